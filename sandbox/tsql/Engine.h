@@ -1,0 +1,91 @@
+// The sandbox's T-SQL engine: databases in files, sessions that run batches.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "SqlType.h"
+
+namespace tsql {
+
+struct Column {
+    std::string name;  // empty for an unnamed expression
+    SqlType type;
+    bool nullable = true;
+    bool identity = false;
+};
+
+// An error or an informational text (PRINT, severity 0), as SQL Server numbers them.
+struct Message {
+    int number = 0;
+    int severity = 0;  // "class": above 10 is an error; 20 and above ends the session
+    int state = 1;
+    int line = 1;           // within the batch or the procedure, from 1
+    std::string procedure;  // empty outside of one
+    std::string text;       // UTF-8
+};
+
+// Receives what a batch produces, in its order. Each statement ends with statementDone().
+// What a sink throws ends the batch (a client that is gone).
+class ResultSink {
+  public:
+    virtual ~ResultSink() = default;
+    virtual void columns(std::span<const Column> columns) = 0;  // begins a result set
+    virtual void row(std::span<const CellView> cells) = 0;
+    // rowCount: rows read or changed, or -1 where there is no count to show (SET NOCOUNT ON, no count).
+    // isSelect: the statement made the result set that columns() began.
+    virtual void statementDone(std::int64_t rowCount, bool isSelect) = 0;
+    virtual void message(const Message& message) = 0;
+    virtual void databaseChanged(std::string_view from, std::string_view to) = 0;  // USE
+    // Asked between rows and statements; true ends the batch as an attention does.
+    virtual bool cancelled() = 0;
+};
+
+// One data directory; shared by all sessions and safe under threads.
+class Engine {
+  public:
+    // Opens the directory, making it and its system databases (master, msdb, tempdb, model) when missing.
+    // Throws std::runtime_error with a text for the operator.
+    explicit Engine(const std::filesystem::path& dataDirectory);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    // Makes the login or gives it a new password. Passwords are kept as salted hashes.
+    void setLogin(std::string_view name, std::string_view password);
+    // False for a wrong password as for an unknown name, after the same work.
+    bool checkLogin(std::string_view name, std::string_view password) const;
+    bool databaseExists(std::string_view name) const;
+
+    struct Impl;
+    Impl& impl() { return *m_impl; }
+
+  private:
+    std::unique_ptr<Impl> m_impl;
+};
+
+// One client's session: current database, temporary tables, transaction, settings. One thread at a time.
+class Session {
+  public:
+    Session(Engine& engine, std::string_view login, std::string_view database, int spid);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    // Runs one batch of UTF-8 text. Errors of T-SQL reach the sink as messages.
+    // False when the batch ended the session (severity 20 and above).
+    bool runBatch(std::string_view batch, ResultSink& sink);
+    std::string_view database() const;
+
+    struct Impl;
+
+  private:
+    std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace tsql

@@ -1,0 +1,53 @@
+// The types of T-SQL as the sandbox knows them, and how a value of each is kept in SQLite.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tsql {
+
+enum class TypeId : std::uint8_t {
+    Bit, TinyInt, SmallInt, Int, BigInt,
+    Decimal, SmallMoney, Money,
+    Real, Float,
+    Char, VarChar, NChar, NVarChar, Text, NText, Xml,
+    Date, Time, DateTime, SmallDateTime, DateTime2, DateTimeOffset,
+    UniqueIdentifier, Binary, VarBinary, Image,
+};
+
+// A column's, variable's or expression's type.
+//
+// Storage in SQLite, the same in tables, variables and results:
+//   Bit..BigInt                 INTEGER
+//   Decimal, SmallMoney, Money  INTEGER scaled by 10^scale (money: scale 4), so that it stays exact
+//   Real, Float                 REAL
+//   Char..Xml                   TEXT, UTF-8 (Char and NChar padded with blanks to their length)
+//   Date                        TEXT "YYYY-MM-DD"
+//   Time                        TEXT "hh:mm:ss.fffffff" with `scale` digits (none: no point)
+//   DateTime                    TEXT "YYYY-MM-DD hh:mm:ss.mmm"
+//   SmallDateTime               TEXT "YYYY-MM-DD hh:mm:00"
+//   DateTime2                   TEXT as DateTime with `scale` digits
+//   UniqueIdentifier            TEXT, 36 characters, upper case
+//   Binary, VarBinary, Image    BLOB
+struct SqlType {
+    static constexpr int kMax = -1;  // length of varchar(max), nvarchar(max), varbinary(max)
+
+    TypeId id = TypeId::Int;
+    int length = 0;              // characters (bytes for Binary, VarBinary), or kMax; 0 where it has no meaning
+    std::uint8_t precision = 0;  // Decimal: 1 to 18
+    std::uint8_t scale = 0;      // Decimal, Money: digits after the point; Time, DateTime2: 0 to 7
+
+    bool operator==(const SqlType&) const = default;
+};
+
+struct Null {
+    bool operator==(const Null&) const = default;
+};
+
+// A value in its storage form. Views stay valid until the next row is fetched.
+using Blob = std::basic_string_view<std::byte>;
+using CellView = std::variant<Null, std::int64_t, double, std::string_view, Blob>;
+
+}  // namespace tsql
