@@ -1,0 +1,184 @@
+// One SQL Server database: its settings, the direct connection, the query tool, and server maintenance.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "DVUtilities/Export.h"
+
+class VTSimpleDBConnObject;
+
+struct IdNameItem_t {
+    int id = 0;
+    std::string name;
+};
+
+struct IdId_t {
+    int id1 = 0;
+    int id2 = 0;
+};
+
+struct IdIdName_t {
+    int id1 = 0;
+    int id2 = 0;
+    std::string name;
+};
+
+// A row text is one result row as one string: its columns as UTF-8 text, joined by the character 0x12.
+//
+// One thread per object. Every failing operation returns false (or the value named); getErrorMsg() holds the
+// reason where the operation leaves one. Direct-connection failures are told in the debug log only.
+class DVU_EXPORT DBBase {
+  public:
+    // `flag` is kept and not consulted.
+    explicit DBBase(bool flag);
+    ~DBBase();  // closes the connection
+    DBBase(const DBBase&) = delete;
+    DBBase& operator=(const DBBase&) = delete;
+
+    // ---- Settings --------------------------------------------------------------------------------------
+
+    // Finds server, authentication and credentials of one of the suite's databases ("Dorvas", "NQ2",
+    // "VTCloud", "WFEngine", "HistoryDB", any case; null or empty: "Dorvas") in the configuration and probes
+    // the connection. The outcome, success included, is in getErrorMsg() and in the log file.
+    bool GetAccountInfo(const char* machineName, const char* controlSetName, const char* logFile,
+                        const char* dbName);
+    // The credentials' part of GetAccountInfo().
+    bool GetDBUser(const char* controlSetName, const char* dbName, std::string& errorText);
+    // Sets these four and nothing else; no check is made. Null counts as empty.
+    void SetAccountInfo(const char* serverInstance, const char* userName, const char* password,
+                        const char* logFile);
+    // 1: the suite's main product; any other value: TNet. Selects the statement DBTest() runs.
+    void setProductTypeZephra(int productType);
+    // Runs the probe statement over the direct connection.
+    bool DBTest();
+    // Appends a line to the object's log file; `level` is not used.
+    void DBLogLine(const std::string& line, int level);
+    // The last error (or result) text; valid until it changes or the object is destroyed.
+    const char* getErrorMsg() const;
+
+    // ---- Direct connection -----------------------------------------------------------------------------
+
+    // Null arguments mean the object's own values; the data source serves the debug log only.
+    bool Open(char* dataSource, char* userName, char* password);
+    bool Connect(char* dataSource, char* userName, char* password);
+    bool Close();  // always true
+    // Both need an open connection.
+    bool ExecuteQuery(const char* sql);
+    bool ExecuteQuery(const unsigned char* sql);
+    // First column of the first row: copied whole with its NUL into `text`, else into `wide` (result 1), else
+    // as a number in the result. -1 for a failure or no row, which a value of -1 cannot be told from. The
+    // buffers are not bounded: they must hold the value.
+    int GetValue(const char* sql, char* text, wchar_t* wide);
+    int GetValue(const unsigned char* sql, char* text, wchar_t* wide);
+    // Appends one row text of the first `columns` columns a row; true also for no rows.
+    bool GetValue(const char* sql, std::vector<std::string>& rows, int columns);
+    bool GetValue(const unsigned char* sql, std::vector<std::string>& rows, int columns);
+
+    // Each opens the connection, runs one statement and closes it.
+    bool SetDBValue(const char* sql);  // after a failed statement the connection stays open
+    bool SetDBValue(const unsigned char* sql);
+    bool GetDBValueInt(const char* sql, int& value);  // false for -1 as well
+    bool GetDBValueInt(const unsigned char* sql, int& value);
+    // `text` must hold the whole value. After a failed read the connection stays open.
+    bool GetDBValueStr(const char* sql, char* text);
+    bool GetDBValueStr(const unsigned char* sql, char* text);
+    bool GetDBValueStr(const char* sql, wchar_t* text);
+    bool GetDBValueStr(const unsigned char* sql, wchar_t* text);
+    bool GetDBValueList(const char* sql, std::vector<std::string>& rows, int columns);
+    bool GetDBValueList(const unsigned char* sql, std::vector<std::string>& rows, int columns);
+    // True with an empty list after a failed statement (docs/quirks.md).
+    bool GetDBValueIntList(const char* sql, std::vector<int>& values);
+    bool GetDBValueIntList(const unsigned char* sql, std::vector<int>& values);
+    bool GetDBValueIntIntList(const char* sql, std::vector<IdId_t>& values);
+    bool GetDBValueIntIntList(const unsigned char* sql, std::vector<IdId_t>& values);
+    bool GetDBValueIdIdNameList(const char* sql, std::vector<IdIdName_t>& values);
+    bool GetDBValueIdIdNameList(const unsigned char* sql, std::vector<IdIdName_t>& values);
+    // Names come with their single quotes doubled, ready for SQL literals.
+    bool GetDBValueIdName(const char* sql, std::vector<IdNameItem_t>& values);
+    bool GetDBValueIdName(const unsigned char* sql, std::vector<IdNameItem_t>& values);
+
+    // Splits a row text into `fieldCount` buffers of 129 characters each, allocated when `fields` is null
+    // (then released by cleanupRecord). Empty fields vanish; a longer field is cut to 128 characters; fields
+    // are interpreted as format strings (docs/quirks.md).
+    void parseRecord(const char* row, char**& fields, int fieldCount);
+    void parseRecord(const wchar_t* row, wchar_t**& fields, int fieldCount);
+    void cleanupRecord(char**& fields, int fieldCount);
+    void cleanupRecord(wchar_t**& fields, int fieldCount);
+    // Doubles single quotes for SQL literals. The char form works in place by ReplaceString()
+    // (docs/quirks.md): the buffer must have room for the longer text.
+    void fixTheString(char* text);
+    void fixTheString(std::string& text);
+    // In place; at most 10 occurrences (docs/quirks.md).
+    void ReplaceString(char* text, const char* find, const char* replacement);
+
+    // ---- Query tool ------------------------------------------------------------------------------------
+
+    // Runs a command line without a shell and waits (`timeout` in milliseconds, 0xFFFFFFFF: without limit).
+    // False for anything but exit code 0.
+    bool StartProcess(const char* commandLine, unsigned int timeout);
+    // The runners start sqlcmd on a file or a text. A null output file means a fresh temporary one. Output
+    // files are left to the caller, who reads and deletes them.
+    bool RunFileQuery(const char* sqlFile, const char* outputFile, const char* dbName, bool toolSyntax,
+                      bool errorLevel);
+    // `options`: 2 error level 1, 4 unlimited column width, 8 Unicode output file.
+    bool RunFileQuery_TS(const char* sqlFile, const char* outputFile, const char* dbName, int options);
+    bool RunStringQuery(const char* sql, const char* outputFile, const char* dbName);
+    bool RunStringQuery_TS(const char* sql, const char* outputFile, const char* dbName, int options);
+    bool generateCSVOutput(const char* sqlFile, const char* outputFile, const char* dbName,
+                           const char* separator);
+    void getSQLPath(const char* fallbackTool);
+    void getTempFileName(std::string& name);
+    // Appends the rows of a file that RunStringQuery() wrote, as row texts of at most `fieldCount` fields.
+    bool parseOutputFile(char* outputFile, std::vector<std::string>& rows, int fieldCount);
+    // Entry points that do nothing and return false.
+    bool createSQLFileAndExecute(const char* sql, const char* outputFile, const char* dbName);
+    bool createSQLFileAndGenerateCSVOutput(const char* sql, const char* outputFile, const char* dbName,
+                                           const char* separator);
+
+    // ---- Server maintenance ----------------------------------------------------------------------------
+
+    std::vector<std::string> getDBList();  // user databases; empty on failure
+    bool backUpDB(const char* backupFile, const char* directory, const char* dbName);
+    // Builds and logs the whole restore statement, then returns false: it is not run (docs/quirks.md).
+    bool restoreDB(const char* backupFile, const char* directory, const char* dbName);
+    // Days since the last full backup (at least 11 bytes) and its date (at least 21 bytes).
+    bool getLastBackUpInfo(const char* dbName, char* days, char* date);
+    std::string checkSQLServerProductVersion();  // major version, or "-1"
+
+  private:
+    friend class AccountDiscovery;
+
+    char m_machineName[128] = {};
+    char m_dataSource[128] = {};
+    std::string m_serverInstance;
+    std::string m_userName;
+    std::string m_password;
+    int m_flag;
+    std::string m_toolPath;
+    int m_productType = 1;
+    bool m_dorvas = false;
+    bool m_wfEngine = false;
+    bool m_historyDB = false;
+    bool m_vtCloud = false;
+    bool m_nq2 = false;
+    std::string m_probeQuery;
+    std::string m_errorMessage;
+    std::string m_logFile;
+    char m_separator[2] = {'\x12', '\0'};
+    wchar_t m_wideSeparator[4] = {L'\x12', L'\0'};
+    bool m_windowsAuthentication = false;
+    std::string m_dbName;
+    VTSimpleDBConnObject* m_connection = nullptr;  // owned
+};
+
+extern "C" {
+
+// The user databases of a server. False when there is none or on a failure; `errorText` then says why.
+DVU_EXPORT bool GetDatabaseList(const char* serverInstance, const char* userName, const char* password,
+                                const char* logFile, std::string& errorText, std::vector<std::string>& names);
+// DBBase::restoreDB() for callers without an object: always false, with the statement in `errorText`.
+DVU_EXPORT bool RestoreDatabase(const char* backupFile, const char* directory, const char* dbName,
+                                const char* serverInstance, const char* userName, const char* password,
+                                const char* logFile, std::string& errorText);
+}
