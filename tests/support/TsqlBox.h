@@ -1,0 +1,58 @@
+// A running tsqlbox with a data directory of its own.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Program.h"
+#include "TempDir.h"
+
+namespace support {
+
+class TsqlBox {
+  public:
+    // Starts the server and waits until it listens. Throws std::runtime_error with what it wrote.
+    explicit TsqlBox(std::vector<std::string> extraArguments = {});
+    ~TsqlBox();  // stops it
+    TsqlBox(const TsqlBox&) = delete;
+    TsqlBox& operator=(const TsqlBox&) = delete;
+
+    int stop();    // SIGTERM; waits and returns the exit code (-1 when it is not running)
+    void kill();   // SIGKILL, as a crash; waits
+    void start();  // again, on the same data and the same port
+
+    int port() const { return m_port; }
+    std::string server() const {
+        return "127.0.0.1," + std::to_string(m_port);
+    }  // as SQL Server people write it
+    const std::string& login() const { return m_login; }
+    const std::string& password() const { return m_password; }
+    std::filesystem::path dataDirectory() const { return m_folder / "data"; }
+    std::filesystem::path passwordFile() const { return m_folder / "password"; }
+    pid_t pid() const { return m_pid; }
+    std::string errors() const { return contentOf(m_errors); }  // the server's standard error since start()
+
+    // For SQLDriverConnect through Debian's FreeTDS driver.
+    std::string odbcConnectionString(const std::string& database = "master") const;
+
+  private:
+    void readPort(const Descriptor& output);
+    [[noreturn]] void failToStart(const std::string& reason);
+
+    TempDir m_folder;
+    std::vector<std::string> m_extraArguments;
+    std::string m_login = "sa";
+    std::string m_password = "Blue;Harbor}7";
+    int m_port = 0;
+    pid_t m_pid = -1;
+    Descriptor m_input;  // its end ends the server, should this process die
+    Descriptor m_errors;
+};
+
+// The built program, for tests of its command line.
+std::string tsqlboxProgram();
+
+}  // namespace support
