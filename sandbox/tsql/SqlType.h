@@ -36,7 +36,7 @@ struct SqlType {
 
     TypeId id = TypeId::Int;
     int length = 0;              // characters (bytes for Binary, VarBinary), or kMax; 0 where it has no meaning
-    std::uint8_t precision = 0;  // Decimal: 1 to 18
+    std::uint8_t precision = 0;  // Decimal: 1 to 38; each value fits 64 bits all the same
     std::uint8_t scale = 0;      // Decimal, Money: digits after the point; Time, DateTime2: 0 to 7
 
     bool operator==(const SqlType&) const = default;

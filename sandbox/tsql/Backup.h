@@ -1,0 +1,55 @@
+// BACKUP and RESTORE as files: one backup file holds a header and the SQLite image of one database.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Engine.h"
+#include "Storage.h"
+#include "Values.h"
+
+namespace tsql {
+
+// What a backup file tells of itself.
+struct BackupHeader {
+    std::string database;
+    std::string started;  // datetime in storage form, local time
+    std::string finished;
+    std::string dataFile;  // physical path of the database when it was backed up
+    std::int64_t pages = 0;
+    std::int64_t bytes = 0;  // of the image
+};
+
+// Names under which a backup lists the two files of a database.
+std::string dataLogicalName(std::string_view database);  // NAME
+std::string logLogicalName(std::string_view database);   // NAME_log
+
+// Copies `database` into `file`, which it replaces only when the copy is whole.
+// Throws SqlError 3201 (the file cannot be opened or written, with the system's text), 911 (no such
+// database). The caller adds error 3013 as terminatedText() says.
+BackupHeader backupDatabase(const Storage& storage, std::string_view database,
+                            const std::filesystem::path& file);
+
+// Throws SqlError 3201 (cannot be opened), 3241 (no backup of ours), 3203 (damaged).
+BackupHeader readBackupHeader(const std::filesystem::path& file);
+
+// RESTORE FILELISTONLY's columns and rows.
+std::span<const Column> fileListColumns();
+std::vector<std::vector<Value>> fileListRows(const BackupHeader& header);
+
+// Puts the backup in the place of `database`, which may be another name than the one it was taken from.
+// Throws SqlError 3201, 3241, 3203; 3159 when the database exists and `replace` is false; 3101 when it is in
+// use; 3234 when `moves` names a logical file that the backup does not have. Nothing is changed then.
+// The moves' target paths are checked for their names alone: the data stays in the data directory.
+BackupHeader restoreDatabase(Storage& storage, const std::filesystem::path& file, std::string_view database,
+                             bool replace, std::span<const std::string> movedNames = {});
+
+// "BACKUP DATABASE is terminating abnormally." (error 3013)
+std::string terminatedText(std::string_view statement);
+inline constexpr int kTerminated = 3013;
+
+}  // namespace tsql

@@ -1,0 +1,77 @@
+// Civil calendar and clock: the date texts that SQL Server reads and writes, date parts and their arithmetic.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "SqlType.h"
+
+namespace tsql {
+
+// A point in local civil time, years 1 to 9999.
+struct DateTime {
+    static constexpr std::int64_t kTicksPerSecond = 10'000'000;
+    static constexpr std::int64_t kTicksPerDay = 86'400 * kTicksPerSecond;
+    static constexpr int kDay1900 = 693'595;  // days from 0001-01-01 to 1900-01-01, day 0 of datetime
+
+    std::int64_t days = kDay1900;  // since 0001-01-01
+    std::int64_t ticks = 0;        // of 100 ns since midnight
+
+    auto operator<=>(const DateTime&) const = default;
+};
+
+struct CivilDate {
+    int year;
+    int month;  // 1 to 12
+    int day;    // 1 to 31
+};
+std::int64_t daysFromCivil(const CivilDate& date);  // since 0001-01-01
+CivilDate civilFromDays(std::int64_t days);
+bool isValidDate(const CivilDate& date);
+
+// A text as people write it ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05'),
+// month before day. Empty: 1900-01-01. Nothing when it is no date and time.
+std::optional<DateTime> parseDateTime(std::string_view text);
+// The same with a CONVERT style that fixes the order of day and month (103, 104, 105, 111 ...).
+std::optional<DateTime> parseDateTime(std::string_view text, int style);
+
+// The storage form of any date or time type, and back. toStorage rounds to what the type keeps (datetime:
+// 1/300 s, smalldatetime: minutes) and throws SqlError 242/8115-class errors outside of the type's range.
+DateTime fromStorage(std::string_view text);
+std::string toStorage(const DateTime& value, const SqlType& type);
+
+// CONVERT(varchar, value, style). Throws SqlError 281 for a style that no date has.
+std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
+
+enum class DatePart {
+    Year,
+    Quarter,
+    Month,
+    DayOfYear,
+    Day,
+    Week,
+    IsoWeek,
+    Weekday,
+    Hour,
+    Minute,
+    Second,
+    Millisecond,
+    Microsecond,
+    Nanosecond,
+};
+// "yy", "year", "dd" ... in any case.
+std::optional<DatePart> findDatePart(std::string_view name);
+
+// Throws SqlError 517 when the result leaves the years 1 to 9999.
+DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value);
+// Boundaries crossed from `start` to `end`.
+std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end);
+std::int64_t datePart(DatePart part, const DateTime& value);
+std::string dateName(DatePart part, const DateTime& value);
+
+DateTime localNow();
+DateTime utcNow();
+
+}  // namespace tsql

@@ -1,0 +1,125 @@
+// T-SQL's built-in functions and operators: how each is written in SQLite, the type of its result, and the
+// functions that are registered in SQLite to do the work.
+//
+// The translator builds expressions bottom-up from Typed pieces. The emit... functions take pieces, put in
+// the conversions that T-SQL's rules ask for, and give back the piece of the whole.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "DateTime.h"
+#include "SqlTypes.h"
+#include "Values.h"
+
+struct sqlite3;
+
+namespace tsql {
+
+// SQLite text whose value is in the storage form of `type`.
+struct Typed {
+    std::string sql;
+    SqlType type;
+    bool nullLiteral = false;             // the literal NULL: takes the type of its partner
+    std::optional<std::int64_t> integer;  // the value of an integer literal: lengths and styles come from it
+    std::string word;                     // a bare name in place of a value: a date part, the * of COUNT(*)
+};
+
+Typed nullLiteral();
+Typed textLiteral(std::string_view text, bool national);
+Typed numberLiteral(std::string_view text);  // as written: 12, 1.50, 1e3
+Typed binaryLiteral(std::string_view hex);   // the digits after 0x
+Typed wordArgument(std::string_view word);
+
+enum class CompareOp { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };
+
+Typed emitBinary(BinaryOp op, const Typed& left, const Typed& right);
+Typed emitNegate(const Typed& value);
+Typed emitBitNot(const Typed& value);
+// Comparisons and LIKE give SQLite's 0, 1 or NULL: conditions, not T-SQL values.
+std::string emitCompare(CompareOp op, const Typed& left, const Typed& right);
+std::string emitLike(const Typed& value, const Typed& pattern, const Typed* escape);
+// CAST/CONVERT/TRY_...; `style` may be null.
+Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind);
+// What CASE branches, UNION columns, variables and arguments get: the value in the form of `to`.
+Typed coerce(const Typed& value, const SqlType& to);
+// The value for a column: too long a text is error 2628, which names table and column.
+Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column);
+// The common type of pieces, NULL literals aside (int when there is nothing else).
+SqlType commonType(std::span<const Typed> pieces);
+// `sql` with the collation that texts are compared, ordered and grouped by; other types as they are.
+std::string collated(const Typed& value);
+
+struct FunctionInfo;
+// Null when T-SQL has no such built-in function here. Any case.
+const FunctionInfo* findFunction(std::string_view name);
+bool isAggregate(const FunctionInfo& function);
+bool takesDatePart(const FunctionInfo& function);  // the first argument is a bare name: wordArgument()
+// Throws SqlError 174/189 for a wrong number of arguments, 8116 for a type that the function does not take.
+Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct = false);
+
+// Functions whose value only the session knows; arguments as the T-SQL function has them, already text or
+// integer. The answer is a value of the type that the comment gives.
+enum class SessionFunction {
+    DbName,              // nvarchar(128); optional id
+    DbId,                // int; optional name
+    ObjectId,            // int; name, optional type ('U', 'P', ...)
+    ObjectName,          // nvarchar(128); id
+    ObjectProperty,      // int; id, property
+    ColLength,           // smallint; table, column
+    SchemaName,          // nvarchar(128)
+    UserName,            // nvarchar(128): USER_NAME, CURRENT_USER, USER
+    LoginName,           // nvarchar(128): SUSER_SNAME, SUSER_NAME, SYSTEM_USER, ORIGINAL_LOGIN
+    HostName,            // nvarchar(128)
+    AppName,             // nvarchar(128)
+    ServerProperty,      // nvarchar(128); name
+    DatabaseProperty,    // nvarchar(128); database, property: DATABASEPROPERTYEX
+    IsServerRoleMember,  // int; role: IS_SRVROLEMEMBER, IS_MEMBER
+    ScopeIdentity,       // decimal(38,0)
+    IdentCurrent,        // decimal(38,0); table
+    ErrorNumber,         // int
+    ErrorSeverity,       // int
+    ErrorState,          // int
+    ErrorLine,           // int
+    ErrorProcedure,      // nvarchar(128)
+    ErrorMessage,        // nvarchar(4000)
+    XactState,           // smallint
+};
+
+// What the session gives to the functions of its connection.
+class SessionFacts {
+  public:
+    virtual ~SessionFacts() = default;
+    virtual Value sessionValue(SessionFunction function, std::span<const CellView> arguments) = 0;
+};
+
+// The functions' side of one connection; must outlive it.
+class FunctionContext {
+  public:
+    explicit FunctionContext(SessionFacts& facts) : m_facts(facts) {}
+
+    // GETDATE() is the same in all rows of a statement: forgets the time of the last one, and its error.
+    void beginStatement();
+    const DateTime& now();  // local time
+    SessionFacts& facts() { return m_facts; }
+
+    // An error that a function raised stands here after SQLite has returned SQLITE_ERROR.
+    void setError(const SqlError& error) { m_error = error; }
+    std::optional<SqlError> takeError();
+
+  private:
+    SessionFacts& m_facts;
+    std::optional<DateTime> m_now;
+    std::optional<SqlError> m_error;
+};
+
+// The collation's name, for COLLATE in table definitions and ORDER BY.
+inline constexpr std::string_view kCollation = "ts_ci";
+
+// Registers all functions, aggregates and the collation. Throws std::runtime_error.
+void registerFunctions(sqlite3* connection, FunctionContext& context);
+
+}  // namespace tsql

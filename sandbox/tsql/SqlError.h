@@ -1,0 +1,18 @@
+// The one exception of the engine: an error as SQL Server numbers it.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace tsql {
+
+struct SqlError : std::runtime_error {
+    SqlError(int errorNumber, const std::string& text, int errorSeverity = 16, int errorState = 1)
+        : std::runtime_error(text), number(errorNumber), severity(errorSeverity), state(errorState) {}
+
+    int number;
+    int severity;  // as Message::severity
+    int state;
+};
+
+}  // namespace tsql

@@ -1,0 +1,59 @@
+// The data directory: one SQLite file a database, and the logins.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tsql {
+
+struct SqliteCloser {
+    void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
+};
+using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
+
+// Opens (and makes, when `create`) a database file: WAL, foreign keys on, a busy time-out of 10 s.
+// Throws std::runtime_error with the file and SQLite's text.
+SqliteConnection openDatabaseFile(const std::filesystem::path& file, bool create);
+// Runs statements that give no rows. Throws std::runtime_error with SQLite's text.
+void execute(sqlite3* connection, const std::string& sql);
+
+// Safe under threads.
+class Storage {
+  public:
+    // Makes the directory (mode 0700) and the system databases when missing. Throws std::runtime_error.
+    explicit Storage(std::filesystem::path directory);
+
+    // Names as they were created, sorted. Names are looked up in any case.
+    std::vector<std::string> databases() const;
+    bool exists(std::string_view name) const;
+    // The name as it was created; empty when there is none.
+    std::string canonicalName(std::string_view name) const;
+    // Where the database's file is (or would be).
+    std::filesystem::path pathOf(std::string_view name) const;
+    const std::filesystem::path& directory() const { return m_directory; }
+
+    // Throws SqlError 1801 (exists) / 1802.
+    void create(std::string_view name);
+    // Throws SqlError 3701 (does not exist) / 3708 (system database). The caller has closed its connections.
+    void drop(std::string_view name);
+    static bool isSystemDatabase(std::string_view name);
+
+    void setLogin(std::string_view name, std::string_view password);
+    // The same work for an unknown name as for a wrong password.
+    bool checkLogin(std::string_view name, std::string_view password) const;
+
+  private:
+    std::filesystem::path m_directory;
+    mutable std::mutex m_mutex;
+};
+
+// The table of master that holds the logins; not part of the T-SQL catalogue.
+inline constexpr std::string_view kLoginTable = "tsqlbox_logins";
+
+}  // namespace tsql

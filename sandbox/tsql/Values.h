@@ -1,0 +1,58 @@
+// Values in their storage form: conversion between all types with T-SQL's rules, and exact arithmetic.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "SqlError.h"
+#include "SqlType.h"
+#include "SqlTypes.h"
+
+namespace tsql {
+
+// As CellView, owning what it holds.
+using Bytes = std::basic_string<std::byte>;
+using Value = std::variant<Null, std::int64_t, double, std::string, Bytes>;
+
+CellView viewOf(const Value& value);
+Value ownedValue(const CellView& view);
+inline bool isNull(const CellView& view) {
+    return std::holds_alternative<Null>(view);
+}
+inline bool isNull(const Value& value) {
+    return std::holds_alternative<Null>(value);
+}
+
+enum class Conversion {
+    Cast,    // CAST, CONVERT, SET @variable: too long a text is cut in silence
+    Try,     // TRY_CAST, TRY_CONVERT: what fails is NULL
+    Assign,  // a column of a table: too long a text is error 8152
+};
+constexpr int kNoStyle = 0;
+
+// Throws SqlError 245, 8114, 8115, 241, 242, 8152, 220, 529 ... as SQL Server numbers the failure.
+// NULL stays NULL. `style` is CONVERT's third argument.
+Value convertValue(const CellView& value, const SqlType& from, const SqlType& to, int style = kNoStyle,
+                   Conversion kind = Conversion::Cast);
+
+// The text of a value as PRINT and a conversion to varchar show it; empty for NULL.
+std::string textOf(const CellView& value, const SqlType& type);
+
+// `left op right` for operands of any number types; the result has operatorType(op, left, right)'s form.
+// Throws SqlError 8115 (overflow) and 8134 (divide by zero). NULL in, NULL out.
+Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
+                 const SqlType& rightType);
+
+// Order of two exact numbers of different scales: below 0, 0, above 0.
+int compareScaled(std::int64_t left, int leftScale, std::int64_t right, int rightScale);
+
+// A numeric literal as written: 12 is int, 3000000000 and 1.50 are decimal, 1e3 is float.
+struct TypedValue {
+    Value value;
+    SqlType type;
+};
+TypedValue numericLiteral(std::string_view text);
+
+}  // namespace tsql
