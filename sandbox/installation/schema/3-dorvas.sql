@@ -1,0 +1,79 @@
+-- The management database: who this installation is, and the tables that maintenance scripts work on.
+SET NOCOUNT ON
+GO
+
+CREATE TABLE simAllZephraRel (
+    id int NOT NULL PRIMARY KEY,
+    parentId int NOT NULL,
+    kind varchar(32) NOT NULL
+)
+CREATE TABLE TNet (
+    id int NOT NULL PRIMARY KEY,
+    name varchar(64) NOT NULL
+)
+GO
+
+-- Row 2 is this site; packages can be bound to its number.
+CREATE TABLE app_plexum (
+    id int NOT NULL PRIMARY KEY,
+    name varchar(64) NOT NULL,
+    number int NOT NULL
+)
+GO
+
+CREATE TABLE DataNode (
+    id int NOT NULL PRIMARY KEY,
+    name nvarchar(64) NOT NULL,
+    zone varchar(16) NOT NULL,
+    enabled bit NOT NULL DEFAULT 1
+)
+GO
+
+-- severity: 1 information, 2 warning, 3 error.
+CREATE TABLE EventLog (
+    id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
+    nodeId int NOT NULL,
+    happened datetime NOT NULL,
+    severity int NOT NULL,
+    message nvarchar(400) NOT NULL
+)
+CREATE TABLE AuditTrail (
+    id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
+    happened datetime NOT NULL DEFAULT GETDATE(),
+    userId int NOT NULL,
+    action varchar(64) NOT NULL,
+    detail nvarchar(400) NULL
+)
+CREATE TABLE AuditPeriod (
+    period char(7) NOT NULL,
+    entries int NOT NULL,
+    CONSTRAINT PK_AuditPeriod PRIMARY KEY (period)
+)
+GO
+
+INSERT simAllZephraRel (id, parentId, kind) VALUES (1, 0, 'server'), (2, 1, 'node'), (3, 1, 'node'), (4, 1, 'node')
+INSERT TNet (id, name) VALUES (1, 'none')
+INSERT app_plexum (id, name, number) VALUES (1, 'vendor', 1), (2, 'sample site', 26)
+INSERT DataNode (id, name, zone, enabled)
+VALUES (1, N'archive-01', 'north', 1), (2, N'archive-02', 'north', 1), (3, N'Zürich', 'south', 1), (4, N'spare', 'south', 0)
+GO
+
+-- 120 events, one every 12 hours back from now, 60 of them older than 30 days: 12 errors, 24 warnings, the
+-- rest information. Nodes 1 to 3 take turns.
+DECLARE @i int, @severity int
+SET @i = 0
+WHILE @i < 120
+BEGIN
+    SET @severity = CASE WHEN @i % 10 = 0 THEN 3 WHEN @i % 4 = 0 THEN 2 ELSE 1 END
+    INSERT EventLog (nodeId, happened, severity, message)
+    VALUES (@i % 3 + 1, DATEADD(hour, -12 * @i - 6, GETDATE()), @severity,
+            CASE @severity WHEN 3 THEN 'Write to volume failed' WHEN 2 THEN 'Volume is 90% full' ELSE 'Volume mounted' END)
+    SET @i = @i + 1
+END
+GO
+
+INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240115 08:30:00', 1, 'login', NULL)
+INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240116 09:00:00', 7, 'node.disable', N'spare')
+INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240203 17:45:10', 7, 'node.enable', N'O''Brien asked for it')
+INSERT AuditPeriod (period, entries) VALUES ('2024-02', 1)
+GO

@@ -1,0 +1,19 @@
+-- The web-service database: its identity and its request queue.
+SET NOCOUNT ON
+GO
+
+CREATE TABLE NQSetting (
+    SettingName varchar(64) NOT NULL PRIMARY KEY,
+    SettingValue varchar(256) NOT NULL
+)
+CREATE TABLE NQRequest (
+    id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
+    queued datetime NOT NULL DEFAULT GETDATE(),
+    state varchar(16) NOT NULL
+)
+GO
+
+INSERT NQSetting (SettingName, SettingValue) VALUES ('NQ2_DATABASE_ID', '6f9619ff-8b86-d011-b42d-00c04fc964ff')
+INSERT NQSetting (SettingName, SettingValue) VALUES ('MAX_REQUESTS', '64')
+INSERT NQRequest (state) VALUES ('done'), ('done'), ('waiting')
+GO
