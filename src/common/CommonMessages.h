@@ -1,0 +1,26 @@
+// The messages of the configuration reader, the log writers and the file cipher. Spelling is part of them.
+#pragma once
+
+namespace messages {
+
+inline constexpr char kInvalidArgument[] = "Error: invalid argument.\n";
+inline constexpr char kNoTextValue[] = "Error getting string key [%s] from registry.\n";
+inline constexpr char kNoNumberValue[] = "Error getting number key [%s] from registry.\n";
+inline constexpr char kUnknownMachine[] = "The input virtual machine name doesn't exist.";
+inline constexpr char kUnknownVersion[] = "Unknown version <%s>\n";
+
+inline constexpr char kInvalidLogName[] = "Invalid log file name.";
+inline constexpr char kCannotOpenLog[] = "Cannot open log file [%s], Error [%d]\n";
+inline constexpr char kCannotWriteLog[] = "Cannot write log file [%s], Error [%d]\n";
+inline constexpr char kCannotOpenReport[] =
+    "Failed to printout the report on demand: Can't open the Media errors Report [%s]";
+
+inline constexpr char kCannotOpenCipherFile[] =
+    "Failed to open source file [%s]";  // said of the target as well
+inline constexpr char kCannotReadSource[] = "Failed to read source file [%s]";
+inline constexpr char kCannotWriteTarget[] = "Failed to write target file [%s]";
+inline constexpr char kCipherFailed[] = "%s failed with error [%ld]";
+inline constexpr char kEncryptName[] = "EncryptFile";
+inline constexpr char kDecryptName[] = "DescryptFile";  // so spelled in the message that callers look for
+
+}  // namespace messages

@@ -1,0 +1,31 @@
+// An open file of the operating system.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <utility>
+
+// Move-only owner; closes at the end. Children do not inherit it.
+class FileDescriptor {
+  public:
+    FileDescriptor() = default;
+    // As open(2); !isOpen() and errno on failure.
+    FileDescriptor(const char* path, int flags, mode_t permissions = 0)
+        : m_descriptor(::open(path, flags | O_CLOEXEC, permissions)) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
+    }
+    ~FileDescriptor() {
+        if (isOpen()) ::close(m_descriptor);
+    }
+
+    bool isOpen() const { return m_descriptor >= 0; }
+    int get() const { return m_descriptor; }
+
+  private:
+    int m_descriptor = -1;
+};
