@@ -1,0 +1,169 @@
+#include "Listener.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+namespace server {
+namespace {
+
+// As in SQL Server, where the lower numbers are the system's own sessions.
+constexpr int kFirstSessionId = 51;
+constexpr int kBacklog = 128;
+constexpr std::chrono::milliseconds kPauseWithoutDescriptors{50};
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::runtime_error(what + ": " + std::strerror(errno));
+}
+
+in_addr parseAddress(const Options& options) {
+    in_addr address{};
+    if (inet_pton(AF_INET, options.listenAddress.c_str(), &address) != 1)
+        throw std::runtime_error("--listen " + options.listenAddress + " is no IPv4 address");
+    const bool loopback = ntohl(address.s_addr) >> 24 == 127;
+    if (!loopback && !options.allowRemote)
+        throw std::runtime_error(
+            "--listen " + options.listenAddress +
+            " can be reached from other hosts; give --allow-remote as well if that is meant");
+    return address;
+}
+
+Socket openListening(const Options& options) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr = parseAddress(options);
+    address.sin_port = htons(options.port);
+    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (socket.get() < 0) fail("socket");
+    const int on = 1;
+    setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(socket.get(), kBacklog) != 0)
+        fail("cannot listen on " + options.listenAddress + ":" + std::to_string(options.port));
+    return socket;
+}
+
+Socket openSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    return Socket(signalfd(-1, &signals, SFD_CLOEXEC));
+}
+
+std::string hostName() {
+    char name[256] = "localhost";
+    gethostname(name, sizeof name - 1);
+    return name;
+}
+
+bool inputEnded() {
+    char block[256];
+    return read(STDIN_FILENO, block, sizeof block) == 0;
+}
+
+}  // namespace
+
+Listener::Listener(const Options& options, tsql::Engine& engine)
+    : m_options(options),
+      m_engine(engine),
+      m_settings{hostName(), options.loginLimit},
+      m_socket(openListening(options)),
+      m_signals(openSignals()),
+      m_clientEnded(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (m_signals.get() < 0 || m_clientEnded.get() < 0) fail("cannot wait for events");
+}
+
+Listener::~Listener() {
+    for (Client& client : m_clients) shutdown(client.socket.get(), SHUT_RDWR);
+    for (Client& client : m_clients) client.thread.join();
+}
+
+std::string Listener::address() const {
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    if (getsockname(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size) != 0) fail("getsockname");
+    return m_options.listenAddress + ":" + std::to_string(ntohs(address.sin_port));
+}
+
+void Listener::run() {
+    bool clientWaits = false;
+    while (waitForEvent(clientWaits)) {
+        joinEnded();
+        if (clientWaits) acceptClient();
+    }
+}
+
+// False when it is time to stop.
+bool Listener::waitForEvent(bool& clientWaits) {
+    pollfd events[] = {{m_socket.get(), POLLIN, 0},
+                       {m_signals.get(), POLLIN, 0},
+                       {m_clientEnded.get(), POLLIN, 0},
+                       {m_options.stopAtEndOfInput ? STDIN_FILENO : -1, POLLIN, 0}};
+    if (poll(events, std::size(events), -1) < 0) {
+        if (errno == EINTR) return true;
+        fail("poll");
+    }
+    clientWaits = events[0].revents != 0;
+    return events[1].revents == 0 && (events[3].revents == 0 || !inputEnded());
+}
+
+void Listener::acceptClient() {
+    Socket socket(accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    if (socket.get() < 0) {
+        const bool noDescriptors = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
+        if (noDescriptors) std::this_thread::sleep_for(kPauseWithoutDescriptors);
+        return;
+    }
+    if (m_clients.size() >= static_cast<std::size_t>(m_options.mostConnections)) {
+        std::fprintf(stderr, "a client was turned away: %d are being served\n", m_options.mostConnections);
+        return;
+    }
+    const int on = 1;
+    setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    const int sessionId = freeSessionId();
+    Client& client = m_clients.emplace_back(std::move(socket), sessionId);
+    try {
+        client.thread = std::thread(&Listener::serve, this, std::ref(client));
+    } catch (const std::system_error& error) {
+        std::fprintf(stderr, "a client was turned away: %s\n", error.what());
+        m_clients.pop_back();
+    }
+}
+
+void Listener::serve(Client& client) {
+    tds::Connection(client.socket.get(), client.sessionId, m_engine, m_settings).run();
+    shutdown(client.socket.get(), SHUT_RDWR);
+    client.ended = true;
+    eventfd_write(m_clientEnded.get(), 1);
+}
+
+void Listener::joinEnded() {
+    eventfd_t count = 0;
+    eventfd_read(m_clientEnded.get(), &count);
+    m_clients.remove_if([](Client& client) {
+        if (client.ended) client.thread.join();
+        return client.ended.load();
+    });
+}
+
+int Listener::freeSessionId() const {
+    int id = kFirstSessionId;
+    const auto taken = [&](const Client& client) { return client.sessionId == id; };
+    while (std::any_of(m_clients.begin(), m_clients.end(), taken)) ++id;
+    return id;
+}
+
+}  // namespace server

@@ -1,0 +1,43 @@
+#include <signal.h>
+
+#include <cstdio>
+#include <exception>
+
+#include "Engine.h"
+#include "Listener.h"
+#include "Options.h"
+
+namespace {
+
+// Blocked before any thread starts, so that the listener alone takes them, between two clients.
+void blockStopSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+void serve(const server::Options& options) {
+    const std::string password = server::readPassword(options.passwordFile);
+    tsql::Engine engine(options.dataDirectory);
+    engine.setLogin(options.login, password);
+    server::Listener listener(options, engine);
+    std::printf("listening on %s\n", listener.address().c_str());
+    std::fflush(stdout);
+    listener.run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    blockStopSignals();
+    const server::Options options = server::parseOptions(argc, argv);
+    try {
+        serve(options);
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tsqlbox: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,67 @@
+// Little-endian reading of wire data, every step checked against the end.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace tds {
+
+using Bytes = std::string;
+using ByteView = std::string_view;
+
+// The peer sent what the protocol does not allow; its connection ends.
+class ProtocolError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+class ByteReader {
+  public:
+    explicit ByteReader(ByteView data) : m_data(data) {}
+
+    std::size_t remaining() const { return m_data.size() - m_position; }
+    bool atEnd() const { return remaining() == 0; }
+
+    ByteView bytes(std::size_t count) {
+        if (count > remaining()) throw ProtocolError("a length points past the end of the message");
+        const ByteView part = m_data.substr(m_position, count);
+        m_position += count;
+        return part;
+    }
+    void skip(std::size_t count) { bytes(count); }
+    // Part of the whole message, wherever the reader stands.
+    ByteView at(std::size_t offset, std::size_t count) const {
+        if (offset > m_data.size() || count > m_data.size() - offset)
+            throw ProtocolError("an offset points outside of the message");
+        return m_data.substr(offset, count);
+    }
+
+    // An unsigned number of 1 to 8 bytes.
+    std::uint64_t number(std::size_t width) {
+        const ByteView part = bytes(width);
+        std::uint64_t value = 0;
+        for (std::size_t i = width; i-- > 0;) value = value << 8 | static_cast<unsigned char>(part[i]);
+        return value;
+    }
+    // A signed number of 1 to 8 bytes.
+    std::int64_t signedNumber(std::size_t width) {
+        const std::size_t unused = 64 - 8 * width;
+        return static_cast<std::int64_t>(number(width) << unused) >> unused;
+    }
+    std::uint8_t u8() { return static_cast<std::uint8_t>(number(1)); }
+    std::uint16_t u16() { return static_cast<std::uint16_t>(number(2)); }
+    std::uint32_t u32() { return static_cast<std::uint32_t>(number(4)); }
+    std::uint16_t u16BigEndian() {
+        const unsigned high = u8();
+        return static_cast<std::uint16_t>(high << 8 | u8());
+    }
+
+  private:
+    ByteView m_data;
+    std::size_t m_position = 0;
+};
+
+}  // namespace tds

@@ -1,0 +1,62 @@
+// One client from its first packet to its last: login, then requests until it leaves.
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "Engine.h"
+#include "PacketChannel.h"
+#include "Rpc.h"
+#include "TokenWriter.h"
+
+namespace tds {
+
+struct Login;
+class ResponseSink;
+
+struct ConnectionSettings {
+    std::string serverName;
+    std::chrono::milliseconds loginLimit{15'000};
+    std::chrono::milliseconds refusalDelay{250};  // before a wrong password is answered
+};
+
+class Connection {
+  public:
+    // socket: connected, stays the caller's. All must outlive the connection.
+    Connection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings);
+
+    // Serves the client until it leaves or its socket is shut down; does not throw.
+    // What ended it other than the client's leaving is written to standard error.
+    void run() noexcept;
+
+  private:
+    bool logIn();
+    Login readLogin();
+    bool accept(const Login& login);
+    void refuse(const Login& login);
+    void greet(const Login& login);
+    void serveRequests();
+    bool serve(const Request& request);
+    void resetSession(ResponseSink& sink);
+    bool runBatch(std::string_view text, ResponseSink& sink);
+    bool runCalls(ByteView body, ResponseSink& sink);
+    bool runCall(const RpcCall& call, ResponseSink& sink);
+    void sendOutputs(const RpcBatch& batch, const ResponseSink& sink);
+    bool runTransactionRequest(ByteView body, ResponseSink& sink);
+    bool changeTransaction(std::string_view batch, EnvChange change, ResponseSink& sink);
+    ByteView withoutHeaders(ByteView data) const;
+
+    tsql::Engine& m_engine;
+    const ConnectionSettings& m_settings;
+    int m_sessionId;
+    PacketChannel m_channel;
+    TokenWriter m_tokens;
+    Version m_version = Version::V74;
+    std::string m_login;
+    std::string m_initialDatabase;
+    std::unique_ptr<tsql::Session> m_session;
+    PreparedStatements m_prepared;
+    std::uint64_t m_transaction = 0;  // the last one's descriptor; 0 before the first
+};
+
+}  // namespace tds

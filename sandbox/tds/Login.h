@@ -1,0 +1,30 @@
+// The two messages before a session: PRELOGIN ([MS-TDS] 2.2.6.5) and LOGIN7 (2.2.6.4).
+#pragma once
+
+#include "ByteReader.h"
+#include "Protocol.h"
+
+namespace tds {
+
+// Checks the client's options and gives the answer: encryption and MARS are not offered.
+Bytes preloginReply(ByteView request);
+
+struct Login {
+    Version version = Version::V74;
+    std::size_t packetSize = 4096;
+    bool integrated = false;  // a login without a password, by the operating system
+    std::string hostName;
+    std::string userName;
+    std::string password;
+    std::string programName;
+    std::string database;  // empty: the server's choice
+};
+
+// Throws ProtocolError for a field that leaves the message or is longer than 128 characters,
+// and for a version of the protocol before 7.1.
+Login parseLogin(ByteView request);
+
+// The version of the server that clients are told: major, minor, build.
+constexpr std::uint32_t kServerVersion = 0x10000FA0;
+
+}  // namespace tds

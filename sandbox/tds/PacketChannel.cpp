@@ -1,0 +1,167 @@
+#include "PacketChannel.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace tds {
+namespace {
+
+constexpr std::size_t kHeaderSize = 8;
+constexpr std::size_t kMostPacketBytes = 32767;
+constexpr std::size_t kReceiveBlock = 32768;
+constexpr std::size_t kSendBlock = 32768;  // several packets go out in one system call
+
+constexpr std::size_t kMostPreloginBytes = 4096;
+constexpr std::size_t kMostLoginBytes = 128 * 1024 - 1;
+constexpr std::size_t kMostTransactionBytes = 64 * 1024;
+constexpr std::size_t kMostRequestBytes = 64 * 1024 * 1024;
+
+constexpr std::uint8_t kStatusEndOfMessage = 0x01;
+constexpr std::uint8_t kStatusIgnore = 0x02;
+constexpr std::uint8_t kStatusReset = 0x08 | 0x10;
+
+}  // namespace
+
+// How long a message of this type may become; throws for one that may not come now.
+std::size_t PacketChannel::mostBytes(PacketType type) const {
+    switch (type) {
+        case PacketType::Prelogin:
+            if (m_loginDeadline) return kMostPreloginBytes;
+            break;
+        case PacketType::Login7:
+            if (m_loginDeadline) return kMostLoginBytes;
+            break;
+        case PacketType::SqlBatch:
+        case PacketType::Rpc:
+            if (!m_loginDeadline) return kMostRequestBytes;
+            break;
+        case PacketType::TransactionManager:
+            if (!m_loginDeadline) return kMostTransactionBytes;
+            break;
+        case PacketType::Attention:
+            if (!m_loginDeadline) return 0;
+            break;
+        default:
+            break;
+    }
+    throw ProtocolError("a packet of type " + std::to_string(static_cast<int>(type)) +
+                        " does not belong here");
+}
+
+PacketChannel::Header PacketChannel::peekHeader() const {
+    ByteReader reader(ByteView(m_input).substr(m_inputPosition));
+    Header header{};
+    header.type = reader.u8();
+    header.status = reader.u8();
+    header.length = reader.u16BigEndian();
+    if (header.length < kHeaderSize || header.length > kMostPacketBytes)
+        throw ProtocolError("a packet gives " + std::to_string(header.length) + " as its length");
+    return header;
+}
+
+Request PacketChannel::readRequest() {
+    Request request{};
+    for (bool first = true;;) {
+        need(kHeaderSize);
+        const Header header = peekHeader();
+        const auto type = static_cast<PacketType>(header.type);
+        const std::size_t most = mostBytes(type);
+        if (first || type == PacketType::Attention)
+            request = {type, (header.status & kStatusReset) != 0, {}};
+        else if (type != request.type)
+            throw ProtocolError("the packets of a message differ in their type");
+        need(header.length);
+        request.data.append(m_input, m_inputPosition + kHeaderSize, header.length - kHeaderSize);
+        m_inputPosition += header.length;
+        if (request.data.size() > most)
+            throw ProtocolError("a message is longer than " + std::to_string(most) + " bytes");
+        const bool ends = (header.status & kStatusEndOfMessage) != 0;
+        const bool takenBack = (header.status & kStatusIgnore) != 0;
+        if (ends && !takenBack) return request;
+        first = ends;  // what follows a message taken back is a message of its own
+    }
+}
+
+bool PacketChannel::attentionArrived() {
+    if (buffered() < kHeaderSize && !receive(false)) return false;
+    if (buffered() < kHeaderSize) return false;
+    const Header header = peekHeader();
+    if (static_cast<PacketType>(header.type) != PacketType::Attention || header.length > kHeaderSize)
+        return false;
+    m_inputPosition += header.length;
+    return true;
+}
+
+void PacketChannel::need(std::size_t bytes) {
+    while (buffered() < bytes) receive(true);
+}
+
+void PacketChannel::waitReadable() const {
+    using std::chrono::milliseconds;
+    const auto left = std::chrono::duration_cast<milliseconds>(*m_loginDeadline - Clock::now());
+    pollfd readable{m_socket, POLLIN, 0};
+    if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) == 0)
+        throw ConnectionClosed("the login took too long");
+}
+
+// False when nothing has come and `wait` is false.
+bool PacketChannel::receive(bool wait) {
+    m_input.erase(0, m_inputPosition);
+    m_inputPosition = 0;
+    if (wait && m_loginDeadline) waitReadable();
+    const std::size_t before = m_input.size();
+    m_input.resize(before + kReceiveBlock);
+    const ssize_t got = recv(m_socket, m_input.data() + before, kReceiveBlock, wait ? 0 : MSG_DONTWAIT);
+    const int error = errno;
+    m_input.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    if (got > 0) return true;
+    if (got < 0 && error == EINTR) return false;
+    if (got < 0 && !wait && (error == EAGAIN || error == EWOULDBLOCK)) return false;
+    throw ConnectionClosed("the client closed the connection");
+}
+
+void PacketChannel::sendSome(Bytes& response) {
+    if (response.size() >= kSendBlock) send(response, false);
+}
+
+void PacketChannel::sendLast(Bytes& response) {
+    send(response, true);
+    m_nextPacket = 1;
+}
+
+void PacketChannel::send(Bytes& response, bool last) {
+    const std::size_t room = m_packetSize - kHeaderSize;
+    Bytes wire;
+    wire.reserve(response.size() + (response.size() / room + 1) * kHeaderSize);
+    std::size_t done = 0;
+    // The last packet must not be sent before it is known to be the last.
+    while (response.size() - done > room || last) {
+        const std::size_t part = std::min(room, response.size() - done);
+        const bool ends = last && done + part == response.size();
+        const std::size_t length = part + kHeaderSize;
+        for (const std::size_t byte :
+             {static_cast<std::size_t>(PacketType::Response), std::size_t{ends}, length >> 8, length,
+              static_cast<std::size_t>(m_sessionId >> 8), static_cast<std::size_t>(m_sessionId),
+              static_cast<std::size_t>(m_nextPacket++), std::size_t{0}})
+            wire += static_cast<char>(byte & 0xFF);
+        wire.append(response, done, part);
+        done += part;
+        if (ends) break;
+    }
+    response.erase(0, done);
+    sendAll(wire);
+}
+
+void PacketChannel::sendAll(ByteView data) const {
+    while (!data.empty()) {
+        const ssize_t sent = ::send(m_socket, data.data(), data.size(), MSG_NOSIGNAL);
+        if (sent < 0 && errno == EINTR) continue;
+        if (sent < 0) throw ConnectionClosed("the client does not take the response any more");
+        data.remove_prefix(static_cast<std::size_t>(sent));
+    }
+}
+
+}  // namespace tds

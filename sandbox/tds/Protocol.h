@@ -1,0 +1,61 @@
+// Numbers of the Tabular Data Stream protocol, [MS-TDS]: packet types 2.2.3.1.1, versions 2.2.6.4,
+// tokens 2.2.4.2, DONE status 2.2.7.6, ENVCHANGE types 2.2.7.9.
+#pragma once
+
+#include <cstdint>
+
+namespace tds {
+
+enum class PacketType : std::uint8_t {
+    SqlBatch = 1,
+    Rpc = 3,
+    Response = 4,
+    Attention = 6,
+    TransactionManager = 14,
+    Login7 = 16,
+    Prelogin = 18,
+};
+
+// Ordered as the protocol grew, so that "since 7.2" is a comparison.
+enum class Version : std::uint32_t {
+    V71 = 0x71000001,
+    V72 = 0x72090002,
+    V73A = 0x730A0003,
+    V73B = 0x730B0003,
+    V74 = 0x74000004,
+};
+
+enum class Token : std::uint8_t {
+    ReturnStatus = 0x79,
+    ColMetadata = 0x81,
+    Error = 0xAA,
+    Info = 0xAB,
+    ReturnValue = 0xAC,
+    LoginAck = 0xAD,
+    Row = 0xD1,
+    NbcRow = 0xD2,
+    EnvChange = 0xE3,
+    Done = 0xFD,
+    DoneProc = 0xFE,
+    DoneInProc = 0xFF,
+};
+
+// Bits of a DONE token's status.
+constexpr unsigned kDoneFinal = 0x00;
+constexpr unsigned kDoneMore = 0x01;
+constexpr unsigned kDoneError = 0x02;
+constexpr unsigned kDoneCount = 0x10;
+constexpr unsigned kDoneAttention = 0x20;
+
+enum class EnvChange : std::uint8_t {
+    Database = 1,
+    Language = 2,
+    PacketSize = 4,
+    Collation = 7,
+    BeginTransaction = 8,
+    CommitTransaction = 9,
+    RollbackTransaction = 10,
+    ResetAcknowledged = 18,
+};
+
+}  // namespace tds
