@@ -14,7 +14,8 @@ class VT_PLATFORM_EXPORT EvDebug {
 
     // Opens the log for the instance in focus; a second call leaves an open log as it is. `facility` is the
     // number under which the programs of the suite register; 0, false and an empty `fileName` choose the
-    // default level, synchronous writing and the default file name. False when the file cannot be opened.
+    // default level (3), writing entry by entry (else: errors at once, other entries when a buffer is full)
+    // and the default file name. False when the file cannot be opened.
     bool initialize(unsigned int facility, int level, bool asynchronous, const char* fileName);
     bool IsInitialized() const;
 
@@ -22,4 +23,8 @@ class VT_PLATFORM_EXPORT EvDebug {
     void Debug(const char* tag, const char* format, ...) const __attribute__((format(printf, 3, 4)));
     // One entry at a level: 1 errors, 2 warnings, 3 traces.
     void DebugLevel(int level, const char* format, ...) const __attribute__((format(printf, 3, 4)));
+
+  private:
+    struct Log;
+    Log* m_log;  // lives as long as the process
 };

@@ -1,0 +1,66 @@
+#include "CipherKey.h"
+
+#include <fcntl.h>
+#include <sodium.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "Descriptor.h"
+#include "Store.h"
+
+namespace hostlayer {
+namespace {
+
+constexpr const char* kKeyFileSetting = "cipherKeyFile";
+constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+
+// Up to `size` bytes; -1 on a failure.
+ssize_t readUpTo(int file, unsigned char* bytes, std::size_t size) {
+    std::size_t filled = 0;
+    while (filled < size) {
+        const ssize_t got = ::read(file, bytes + filled, size - filled);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return -1;
+        if (got == 0) break;
+        filled += static_cast<std::size_t>(got);
+    }
+    return static_cast<ssize_t>(filled);
+}
+
+}  // namespace
+
+VTPassword::Error CipherKey::load() {
+    if (m_isLoaded) return VTPassword::kNoError;
+    const auto store = currentStore();
+    const StoreValue* path = store->content ? findValue(store->content->settings, kKeyFileSetting) : nullptr;
+    if (path == nullptr || textOf(*path).empty()) return VTPassword::kKeyNotConfigured;
+    const VTPassword::Error error = readFile(textOf(*path));
+    m_isLoaded = error == VTPassword::kNoError;
+    if (!m_isLoaded) forget();
+    return error;
+}
+
+VTPassword::Error CipherKey::readFile(const std::string& path) {
+    // Not blocking: a pipe put in the file's place must not hold the process up.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0) return VTPassword::kKeyUnreadable;
+    if (!S_ISREG(status.st_mode)) return VTPassword::kKeyMalformed;
+    if ((status.st_mode & kOthers) != 0) return VTPassword::kKeyExposed;
+    if (status.st_size != static_cast<off_t>(kCipherKeyBytes)) return VTPassword::kKeyMalformed;
+    const ssize_t got = readUpTo(file.get(), m_bytes.data(), m_bytes.size());
+    if (got < 0) return VTPassword::kKeyUnreadable;
+    return got == static_cast<ssize_t>(m_bytes.size()) ? VTPassword::kNoError : VTPassword::kKeyMalformed;
+}
+
+void CipherKey::forget() {
+    ::sodium_memzero(m_bytes.data(), m_bytes.size());
+}
+
+bool startCipherLibrary() {
+    static const bool isStarted = ::sodium_init() >= 0;
+    return isStarted;
+}
+
+}  // namespace hostlayer

@@ -1,0 +1,114 @@
+#include "StoreContent.h"
+
+#include <toml++/toml.h>
+
+#include <sstream>
+
+namespace hostlayer {
+namespace {
+
+constexpr std::string_view kHostTable = "host";
+constexpr std::string_view kProgramsTable = "programs";
+
+// Turns the tables of one document into instances, keys and values.
+class Reader {
+  public:
+    explicit Reader(StoreContent& content) : m_content(content) {}
+
+    void readDocument(const toml::table& document) {
+        for (const auto& [name, node] : document) {
+            const std::string path(name.str());
+            if (!node.is_table()) {
+                oddity(node, path, "stands outside every instance");
+            } else if (path == kHostTable) {
+                readHost(*node.as_table());
+            } else {
+                readInstance(path, *node.as_table());
+            }
+        }
+    }
+
+  private:
+    void readHost(const toml::table& host) {
+        for (const auto& [name, node] : host) {
+            const std::string path(name.str());
+            if (path == kProgramsTable && node.is_table()) {
+                readKey(path, *node.as_table(), m_content.programs);
+            } else {
+                readValue(path, node, m_content.settings, std::string(kHostTable) + "." + path);
+            }
+        }
+    }
+
+    void readInstance(const std::string& instance, const toml::table& keys) {
+        StoreInstance& kept = m_content.instances[instance];
+        for (const auto& [name, node] : keys) {
+            const std::string key(name.str());
+            const std::string path = instance + "." + key;
+            if (const toml::table* values = node.as_table()) {
+                readKey(path, *values, kept[key]);
+            } else {
+                oddity(node, path, "stands outside every key");
+            }
+        }
+    }
+
+    void readKey(const std::string& path, const toml::table& values, StoreKey& key) {
+        for (const auto& [name, node] : values) {
+            const std::string valueName(name.str());
+            readValue(valueName, node, key, path + "." + valueName);
+        }
+    }
+
+    void readValue(const std::string& valueName, const toml::node& node, StoreKey& key,
+                   const std::string& path) {
+        if (const auto* text = node.as_string()) {
+            key.insert_or_assign(valueName, text->get());
+        } else if (const auto* number = node.as_integer()) {
+            key.insert_or_assign(valueName, number->get());
+        } else if (const auto* truth = node.as_boolean()) {
+            key.insert_or_assign(valueName, std::int64_t{truth->get()});
+        } else if (node.is_table() || node.is_array()) {
+            oddity(node, path, "is a table or list where a text or number is expected");
+        } else {  // fractions, dates and times are handed out as the text that they are
+            std::ostringstream written;
+            node.visit([&](const auto& value) {
+                if constexpr (toml::is_value<decltype(value)>) written << value;
+            });
+            key.insert_or_assign(valueName, written.str());
+        }
+    }
+
+    void oddity(const toml::node& node, const std::string& path, const char* what) {
+        m_content.oddities.push_back("line " + std::to_string(node.source().begin.line) + ": " + path + " " +
+                                     what + " and is not read");
+    }
+
+    StoreContent& m_content;
+};
+
+}  // namespace
+
+bool parseStore(std::string_view text, StoreContent& content, std::string& problem) {
+    try {
+        Reader(content).readDocument(toml::parse(text));
+        return true;
+    } catch (const toml::parse_error& error) {
+        const toml::source_position& where = error.source().begin;
+        problem = "line " + std::to_string(where.line) + ", column " + std::to_string(where.column) + ": " +
+                  std::string(error.description());
+        return false;
+    }
+}
+
+std::string textOf(const StoreValue& value) {
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
+    return std::get<std::string>(value);
+}
+
+const StoreValue* findValue(const StoreKey& key, std::string_view valueName) {
+    const auto found = key.find(valueName);
+    return found != key.end() ? &found->second : nullptr;
+}
+
+}  // namespace hostlayer
