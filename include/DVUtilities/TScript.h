@@ -61,10 +61,12 @@ class DVU_EXPORT TScript {
     const char* getCreation();
 
   private:
-    friend class ScriptReport;   // messages: error text, output and log
-    friend class PackageLoader;  // setSQLFile()
-    friend class SqlFileRun;     // executeSQLFile()
-    friend class ProcedureRun;   // execTscript()
+    friend class ScriptReport;     // messages: error text, output and log
+    friend class ScriptSession;    // initialize(), setDbAndLog()
+    friend class ScriptCatalogue;  // getTscriptId(), checks, addNewTscript(), the journal
+    friend class PackageLoader;    // setSQLFile()
+    friend class SqlFileRun;       // executeSQLFile()
+    friend class ProcedureRun;     // execTscript()
 
     DBBase* m_db = nullptr;       // owned
     DVUtilLib* m_util = nullptr;  // owned

@@ -1,0 +1,33 @@
+// The statements on the script catalogue and its journal.
+//
+// Times are whole seconds since 1970; the database converts them.
+#pragma once
+
+namespace catalogue_sql {
+
+// `ZpTscripts` and `ZpTscriptExec` in the script's database.
+inline constexpr char kFindScript[] =  // name, type mask
+    "SELECT TOP 1 id, auditLevel, name FROM ZpTscripts WHERE name = '%s' and type & %d > 0 ORDER BY id DESC";
+inline constexpr char kScriptType[] = "SELECT type FROM ZpTscripts WHERE id = %d";
+inline constexpr char kInsertScript[] =  // type, name, audit level, creation time, usage
+    "SET NOCOUNT ON  INSERT ZpTscripts VALUES (%d, '%s', %d, dbo.GetDateTime(%lld), '%s')  SELECT @@IDENTITY";
+inline constexpr char kUpdateUsage[] = "SET NOCOUNT ON  UPDATE ZpTscripts SET usage = '%s' WHERE id = %d";
+inline constexpr char kRecordStart[] =  // start time, end time, parameters, user, script
+    " SET NOCOUNT ON  INSERT ZpTscriptExec  (tsId, type, name, timeStart, timeEnd, status, inputParams, "
+    "userId)"
+    "  SELECT id, type, name, dbo.GetDateTime(%lld), dbo.GetDateTime(%lld), 0, '%s', %d"
+    "  FROM   ZpTscripts WHERE id = %d  SELECT @@IDENTITY ";
+inline constexpr char kRecordEnd[] =  // end time, status, run
+    " SET NOCOUNT ON  UPDATE ZpTscriptExec  SET timeEnd = dbo.GetDateTime(%lld),  status = %d WHERE id = %d ";
+
+// What a package may be bound to.
+inline constexpr char kSiteNumber[] = "SELECT number FROM dorvas..app_plexum WHERE id = 2";
+inline constexpr char kInstallationGuid[] =
+    "SELECT SettingValue FROM NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'";
+
+// Bits of the column `type`.
+inline constexpr int kPermanent = 2;
+inline constexpr int kSecured = 8;
+inline constexpr int kFromPackage = 100;  // 4, 32 and 64
+
+}  // namespace catalogue_sql

@@ -1,0 +1,68 @@
+#include "OutputHeader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "RemovedAtEnd.h"
+
+namespace {
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+std::size_t skipLine(std::FILE* in) {
+    std::size_t length = 0;
+    for (int c = getc_unlocked(in); c != EOF && c != '\n'; c = getc_unlocked(in)) ++length;
+    return length;
+}
+
+// Reads the second line as far as it may be a separator of that length.
+bool readSeparator(std::FILE* in, std::size_t length) {
+    int last = EOF;
+    std::size_t count = 0;
+    for (int c = getc_unlocked(in); c != EOF && c != '\n'; c = getc_unlocked(in), ++count) {
+        if ((c != '-' && c != '\t') || (count == 0 && c != '-') || count == length) return false;
+        last = c;
+    }
+    return length > 0 && count == length && last == '-';
+}
+
+CVoError copyRest(std::FILE* in, CVoFile& out) {
+    std::vector<char> block(std::size_t{1} << 16);
+    char last = '\n';
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), in)) {
+        if (const CVoError error = out.Write(block.data(), count); error.IsError()) return error;
+        last = block[count - 1];
+    }
+    if (std::ferror(in) != 0) return CVoError(EIO);
+    return last == '\n' ? CVoError() : out.Write("\n", 1);
+}
+
+}  // namespace
+
+CVoError removeOutputHeader(const std::string& path) {
+    const Stream in(std::fopen(path.c_str(), "re"));
+    if (in == nullptr) return CVoError(errno);
+    if (!readSeparator(in.get(), skipLine(in.get()))) return {};
+
+    const std::string scratchPath = path + ".tscript.temp.txt";
+    CVoFile scratch;
+    if (const CVoError error = scratch.Open(scratchPath.c_str(), O_CREAT | O_WRONLY, S_IRUSR | S_IWUSR);
+        error.IsError()) {
+        return error;
+    }
+    RemovedAtEnd removed(scratchPath);
+    if (const CVoError error = copyRest(in.get(), scratch); error.IsError()) return error;
+    if (const CVoError error = scratch.Close(); error.IsError()) return error;
+    // One step instead of a copy back: at no moment does half of the output stand in the file.
+    if (std::rename(scratchPath.c_str(), path.c_str()) != 0) return CVoError(errno);
+    removed.keep();
+    return {};
+}

@@ -1,0 +1,136 @@
+#include "PackageLoader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "CVoFile.h"
+#include "CallerText.h"
+#include "DVUtilities/DVUtilLib.h"
+#include "DVUtilities/TScript.h"
+#include "DVUtilities/commonFunc.h"
+#include "FX.h"
+#include "RemovedAtEnd.h"
+#include "ScriptFileNames.h"
+#include "ScriptMessages.h"
+#include "UniqueFile.h"
+
+namespace {
+
+constexpr std::size_t kConfigurationText = 8192;  // what DVUtilLib's getters may write
+constexpr std::size_t kTraceText = 1023;          // longest trace of a path
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+}  // namespace
+
+bool PackageLoader::run(const char* path) {
+    if (!m_report.hasSession() || !choosePath(path) || !checkReadable()) return false;
+    m_script.m_fromPackage = true;
+    reserveCopy();
+    const RemovedAtEnd copy(m_copyPath);
+    return decipher() && parse() && bindDatabase() && enterIntoCatalogue();
+}
+
+bool PackageLoader::choosePath(const char* path) {
+    std::string& chosen = m_script.m_sqlFilePath;
+    if (!chosen.empty()) return true;
+    if (*textOrEmpty(path) != '\0') {
+        chosen = path;
+        return true;
+    }
+    findByName();
+    return !chosen.empty() || m_report.report(messages::kNoPackagePath);
+}
+
+void PackageLoader::findByName() {
+    if (!m_script.m_sqlFilePath.empty() || !m_report.hasSession()) return;
+    std::string folder(kConfigurationText, '\0');
+    if (!m_script.m_util->GetZephraInstallDir(folder.data())) {
+        m_report.report(messages::kNoBaseFolder);
+        return;
+    }
+    std::string path = folder.c_str();
+    FXPath::Append(path, "Scripts");
+    FXPath::Append(path, m_script.m_scriptName.c_str());
+    m_script.m_sqlFilePath = path + ".sql";
+}
+
+bool PackageLoader::checkReadable() {
+    const char* path = m_script.m_sqlFilePath.c_str();
+    if (access(path, R_OK) == 0) return true;
+    return m_report.reportAs(messages::kPackageNotFound,
+                             FXString::Format(messages::kPackageUnreadable, path));
+}
+
+// A path that cannot be created is used all the same: deciphering into it then tells the user.
+void PackageLoader::reserveCopy() {
+    CVoFile file;
+    createUnique(
+        file, O_RDONLY, m_copyPath, [this] { return scratchPath(m_script.m_scriptName, "_DE.txt"); },
+        [this](const CVoError&) { m_report.log(messages::kCopyNotCreated); });
+    m_report.trace(FXString::Format(messages::kDecrypting, m_copyPath.c_str()).substr(0, kTraceText));
+}
+
+bool PackageLoader::decipher() {
+    if (DecryptFile(m_script.m_sqlFilePath.c_str(), m_copyPath.c_str(), m_script.m_errorMessage)) return true;
+    return m_report.reportAs(messages::kDecryptFailed,
+                             FXString::Format(messages::kDecryptFailedPath, m_copyPath.c_str()));
+}
+
+bool PackageLoader::parse() {
+    const Stream copy(std::fopen(m_copyPath.c_str(), "re"));
+    if (copy == nullptr) return copyUnreadable();
+    PackageContent content = takeContent();
+    PackageParser parser(content, [this](PackageParser::Section section) {
+        m_report.log(FXString::Format(messages::kOutsideSections, static_cast<int>(section)));
+    });
+    char piece[PackageParser::kPieceBuffer];
+    while (std::fgets(piece, sizeof piece, copy.get()) != nullptr) parser.take({piece, std::strlen(piece)});
+    storeContent(std::move(content));
+    return std::ferror(copy.get()) == 0 || copyUnreadable();  // half a script must not run
+}
+
+bool PackageLoader::copyUnreadable() {
+    return m_report.reportAs(messages::kCopyNotOpened,
+                             FXString::Format(messages::kCopyNotOpenedPath, m_copyPath.c_str()));
+}
+
+bool PackageLoader::bindDatabase() {
+    return m_script.setDbAndLog(m_databaseName.c_str()) || m_report.report(messages::kNoDatabaseInfo);
+}
+
+bool PackageLoader::enterIntoCatalogue() {
+    return m_script.checkPlexumId() && m_script.checkGUID() && m_script.addNewTscript();
+}
+
+PackageContent PackageLoader::takeContent() {
+    PackageContent content;
+    content.creationTime = m_script.m_creationTime;
+    content.plexumId = m_script.m_plexumId;
+    content.guid = std::move(m_script.m_guid);
+    content.developerName = std::move(m_script.m_developerName);
+    content.description = std::move(m_script.m_description);
+    content.usage = std::move(m_script.m_usage);
+    content.scriptBody = std::move(m_script.m_scriptBody);
+    content.contentType = m_script.m_contentType;
+    return content;
+}
+
+void PackageLoader::storeContent(PackageContent&& content) {
+    m_script.m_creationTime = content.creationTime;
+    m_script.m_plexumId = content.plexumId;
+    m_script.m_guid = std::move(content.guid);
+    m_script.m_developerName = std::move(content.developerName);
+    m_script.m_description = std::move(content.description);
+    m_script.m_usage = std::move(content.usage);
+    m_script.m_scriptBody = std::move(content.scriptBody);
+    m_script.m_contentType = content.contentType;
+    m_databaseName = std::move(content.databaseName);
+}

@@ -1,0 +1,99 @@
+#include "PackageParser.h"
+
+#include <cstdlib>
+
+namespace {
+
+struct HeaderKey {
+    std::string_view text;
+    void (*store)(PackageContent& content, const std::string& value);
+};
+
+// 32 bits, as the header's numbers are defined; more digits wrap.
+std::int32_t number(const std::string& value) {
+    return static_cast<std::int32_t>(std::strtol(value.c_str(), nullptr, 10));
+}
+
+// In the order of the search: the first key that a line holds anywhere decides, callers rely on it.
+constexpr HeaderKey kKeys[] = {
+    {"Creation Time:", [](PackageContent& c, const std::string& v) { c.creationTime = number(v); }},
+    {"Plexum ID:", [](PackageContent& c, const std::string& v) { c.plexumId = number(v); }},
+    {"Database Name:", [](PackageContent& c, const std::string& v) { c.databaseName = v; }},
+    {"GUID:", [](PackageContent& c, const std::string& v) { c.guid = v; }},
+};
+constexpr std::string_view kDeveloperKey = "Developer Name:";
+constexpr std::string_view kDescriptionKey = "Description:";
+
+constexpr std::string_view kXmlDirective = ":XML ON";
+constexpr std::int32_t kXmlContent = 2;  // the query tool's error level 1
+
+}  // namespace
+
+void PackageParser::take(std::string_view piece) {
+    const std::string_view line = piece.substr(0, piece.find('\n'));
+    if (line.empty() || openSection(line)) return;  // empty lines vanish, statements' included
+    switch (m_section) {
+        case Section::kNone:
+            m_ignored(m_section);
+            break;
+        case Section::kHeader:
+            takeHeaderLine(line);
+            break;
+        case Section::kUsage:
+            m_content.usage.append("\n").append(line);
+            break;
+        case Section::kScript:
+            takeScriptPiece(piece);
+            break;
+    }
+}
+
+bool PackageParser::openSection(std::string_view line) {
+    if (line == "#START_OPTIONS#") {
+        m_section = Section::kHeader;
+    } else if (line == "#START_USAGE#") {
+        m_section = Section::kUsage;
+        m_content.usage.clear();
+    } else if (line == "#START_SCRIPT#") {
+        m_section = Section::kScript;
+        m_content.scriptBody.clear();
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void PackageParser::takeHeaderLine(std::string_view line) {
+    if (!takeKeyLine(line)) takeDescriptiveLine(line);
+}
+
+bool PackageParser::takeKeyLine(std::string_view line) {
+    for (const HeaderKey& key : kKeys) {
+        const std::size_t at = line.find(key.text);
+        if (at == std::string_view::npos) continue;
+        key.store(m_content, std::string(line.substr(at + key.text.size())));
+        return true;
+    }
+    return false;
+}
+
+void PackageParser::takeDescriptiveLine(std::string_view line) {
+    std::string_view value = line;
+    if (const std::size_t at = line.find(kDeveloperKey); at != std::string_view::npos) {
+        m_developer = true;
+        value = line.substr(at + kDeveloperKey.size());
+    } else if (const std::size_t from = line.find(kDescriptionKey); from != std::string_view::npos) {
+        m_developer = false;
+        value = line.substr(from + kDescriptionKey.size());
+    }
+    if (value.empty()) return;
+    (m_developer ? m_content.developerName : m_content.description).append("\n").append(value);
+}
+
+void PackageParser::takeScriptPiece(std::string_view piece) {
+    // Only the first line tells; a directive further down is the query tool's own business.
+    if (m_content.scriptBody.empty() && piece.find(kXmlDirective) != std::string_view::npos) {
+        m_content.contentType = kXmlContent;
+    }
+    m_content.scriptBody.append(piece);
+}

@@ -1,0 +1,37 @@
+#include "PlaceholderFiller.h"
+
+#include "TextAsFormat.h"
+
+namespace {
+constexpr std::string_view kPlaceholder = "%s";
+}
+
+std::string blankPercentSignsInComments(std::string_view body) {
+    std::string blanked(body);
+    bool comment = false;
+    for (std::size_t i = 0; i < blanked.size(); ++i) {
+        const char next = i + 1 < blanked.size() ? blanked[i + 1] : '\0';
+        if (blanked[i] == '/' && next == '*') comment = true;
+        if (comment && blanked[i] == '%') blanked[i] = ' ';
+        if (blanked[i] == '*' && next == '/') comment = false;
+    }
+    return blanked;
+}
+
+bool PlaceholderFiller::fill(std::string_view body, const std::vector<std::string>& values) {
+    std::string_view rest = body;
+    for (const std::string& value : values) {
+        const std::size_t at = rest.find(kPlaceholder);
+        if (at == std::string_view::npos) break;
+        const std::string_view segment = rest.substr(0, at + kPlaceholder.size());
+        if (!m_write(textAsFormat(segment, {m_escape(value)}))) return false;
+        rest.remove_prefix(segment.size());
+        join(value, &value == &values.front());
+    }
+    return m_write(rest);
+}
+
+void PlaceholderFiller::join(const std::string& value, bool first) {
+    if (!first) m_joined += ", ";
+    m_joined += value;
+}

@@ -1,0 +1,48 @@
+// Run of a stored-procedure tscript, or of one of the questions about it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "ScriptReport.h"
+#include "SqlBuffer.h"
+
+class CVoError;
+class TScript;
+
+class ProcedureRun {
+  public:
+    // `arguments` and `recordedInput` may be null, which counts as empty.
+    ProcedureRun(TScript& script, int operation, const char* arguments, const char* recordedInput);
+
+    bool run();
+
+  private:
+    enum Operation { kExecute = 1, kHelp = 2, kParameters = 4 };
+
+    bool findScript();
+    bool buildQuery();
+    bool recordStart();
+    bool createOutputFile();
+    void runQueryTool();
+    void recordEnd();
+    void cleanHeader();
+    void collectOutput();
+    void concludeSuccess();
+
+    bool buildExecution();
+    void buildHelp();
+    void buildParameters();
+    bool journalled() const;
+    void fail(std::string message);
+    void failAtOutput(const char* step, const CVoError& error);
+
+    TScript& m_script;
+    ScriptReport m_report;
+    int m_operation;
+    std::string_view m_arguments;
+    const char* m_recordedInput;
+    SqlBuffer m_query;
+    const char* m_successMessage = "";
+    bool m_failed = false;
+};

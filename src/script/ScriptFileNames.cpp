@@ -1,0 +1,33 @@
+#include "ScriptFileNames.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "FX.h"
+#include "VTPlatformInfo.h"
+
+namespace {
+
+// With its slash.
+std::string scratchFolder() {
+    const VTPlatformInfo configuration;
+    std::string folder;
+    if (configuration.getString("Base", "sSCRIPTSTEMPDIR", &folder) != 0 && !folder.empty())
+        return folder + "/";
+    if (configuration.getString("Base", "dZEPHRATEMPDIR", &folder) != 0) return folder + "/";
+    return "./";
+}
+
+}  // namespace
+
+std::string scratchPath(const std::string& scriptName, const char* ending) {
+    return scratchFolder() + FXString::Format("%s_%d_%d_%d%s", scriptName.c_str(), static_cast<int>(getpid()),
+                                              static_cast<int>(std::time(nullptr)), std::rand(), ending);
+}
+
+std::string outputPath(const std::string& logDir, const std::string& dbName, const std::string& scriptName) {
+    return FXString::Format("%s/Tscript_%s_%s_%lld_%d.log", logDir.c_str(), dbName.c_str(),
+                            scriptName.c_str(), static_cast<long long>(std::time(nullptr)), std::rand());
+}

@@ -1,0 +1,25 @@
+// SQL text of bounded length.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+// What does not fit is cut at the buffer's end, wherever that is: callers rely on the bounds, and the server
+// then refuses the statement.
+class SqlBuffer {
+  public:
+    static constexpr std::size_t kPlain = 8192;  // for statements without user text
+    static constexpr std::size_t kSpare = 1024;  // beside user text
+
+    // `size` in bytes with the NUL. Memory that cannot be had leaves the buffer unavailable.
+    explicit SqlBuffer(std::size_t size);
+
+    bool available() const { return m_text != nullptr; }
+    void format(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    char* text() { return m_text.get(); }
+    const char* text() const { return m_text.get(); }
+
+  private:
+    std::size_t m_size;
+    std::unique_ptr<char[]> m_text;
+};
