@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <regex>
+#include <thread>
+#include <vector>
+
+#include "EvDebug.h"
+#include "TestStore.h"
+
+namespace {
+
+// A log can be opened once in a process, so each test has one of its own name.
+class LogFolder {
+  public:
+    LogFolder()
+        : m_store("[Instance001.EventManager]\ndEVLOGDIR = '" + std::string(m_folder.path()) + "'\n") {}
+    std::string read(const std::string& name) const { return support::readFile(m_folder / name); }
+    const support::TempDir& path() const { return m_folder; }
+    const TestStore& store() const { return m_store; }
+
+  private:
+    support::TempDir m_folder;
+    TestStore m_store;
+};
+
+TEST(DebugLog, IsSilentUntilInitialised) {
+    const LogFolder folder;
+    EvDebug log("silent");
+    log.Debug("tag", "%s", "nothing");
+    EXPECT_FALSE(log.IsInitialized());
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path().path()));
+    EXPECT_TRUE(log.initialize(1165352034, 0, false, ""));
+    EXPECT_TRUE(EvDebug("silent").IsInitialized());
+    EXPECT_FALSE(EvDebug("another").IsInitialized());
+    EvDebug("silent").Debug("StartProcess", "code %d {} %%", 7);
+    EXPECT_TRUE(std::regex_match(
+        folder.read("silent.log"),
+        std::regex("[-0-9]{10} [:.0-9]{12} \\d+ \\d+ I \\[StartProcess\\] code 7 \\{\\} %\n")))
+        << folder.read("silent.log");
+    struct stat status {};
+    ASSERT_EQ(::stat((folder.path() / "silent.log").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640U);
+}
+
+TEST(DebugLog, NoTextPassesForAnotherEntry) {
+    const LogFolder folder;
+    EvDebug log("forgery");
+    ASSERT_TRUE(log.initialize(0, 2, false, nullptr));
+    log.DebugLevel(1, "%s", "first\n2026-01-01 00:00:00.000 1 1 E second\r\x1b[2K\n");
+    log.Debug("tag\n2026", "%s", "third");
+    log.DebugLevel(3, "%s", "below the level");
+    const std::string text = folder.read("forgery.log");
+    EXPECT_NE(text.find("E first\n    2026-01-01 00:00:00.000 1 1 E second\\x0D\\x1B[2K\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("[tag\n    2026] third\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("below"), std::string::npos);
+}
+
+TEST(DebugLog, OpensNobodyElsesFile) {
+    const LogFolder folder;
+    support::writeFile(folder.path() / "target", "untouched");
+    std::filesystem::create_symlink(folder.path() / "target", folder.path() / "linked.log");
+    EvDebug log("linked");
+    EXPECT_FALSE(log.initialize(0, 0, false, ""));
+    EXPECT_FALSE(log.initialize(0, 0, false, "../elsewhere.log"));
+    EXPECT_EQ(folder.read("target"), "untouched");
+    EXPECT_TRUE(log.initialize(0, 0, false, "other.log"));
+}
+
+TEST(DebugLog, TellsWhereTheStoreIsBroken) {
+    const LogFolder folder;
+    EvDebug log;
+    ASSERT_TRUE(log.initialize(0, 0, false, ""));
+    folder.store().write("[Instance001.Base]\nsText = \"open\n");
+    EXPECT_FALSE(EvDebug("unrelated").initialize(0, 0, false, "no/such"));
+    const std::string path = folder.store().path();
+    for (int i = 0; i < 3; ++i) EvDebug("probe").initialize(0, 0, false, "probe.log");
+    const std::string text = folder.read("ZephraDebug.log");
+    const std::size_t at = text.find("Configuration store [" + path + "]: line 2, column ");
+    EXPECT_NE(at, std::string::npos) << text;
+    EXPECT_EQ(text.find("Configuration store", at + 1), std::string::npos) << text;
+}
+
+TEST(DebugLog, ThreadsWriteWholeEntries) {
+    const LogFolder folder;
+    std::vector<std::thread> writers;
+    for (int i = 0; i < 8; ++i) {
+        writers.emplace_back([] {
+            EvDebug log("threads");
+            EXPECT_TRUE(log.initialize(0, 0, false, ""));
+            for (int n = 0; n < 100; ++n) log.Debug("t", "%s", std::string(200, 'w').c_str());
+        });
+    }
+    for (std::thread& writer : writers) writer.join();
+    std::istringstream lines(folder.read("threads.log"));
+    const std::regex entry(".* I \\[t\\] w{200}");
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count)
+        EXPECT_TRUE(std::regex_match(line, entry)) << line;
+    EXPECT_EQ(count, 800);
+}
+
+}  // namespace
