@@ -1,0 +1,140 @@
+#include "Connection.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "Text.h"
+
+namespace sqlcmd {
+namespace {
+
+constexpr std::size_t kMaxConnectionString = 32767;
+
+// Microsoft's driver takes the port with the server's name, FreeTDS as an attribute of its own.
+bool isFreeTds(std::string_view driver) {
+    const std::string name = lowerCase(driver);
+    return name.find("freetds") != std::string::npos || name.find("tdsodbc") != std::string::npos;
+}
+
+// ODBC doubles a closing brace. FreeTDS does not: there a value ends at the first "};".
+std::string braced(std::string_view value, bool freeTds) {
+    if (value.find('\0') != std::string_view::npos || (freeTds && value.find("};") != std::string_view::npos))
+        throw ToolError(
+            "Error: FreeTDS cannot be given a value that holds '};'. Change that login's password or name.");
+    std::string result = "{";
+    for (const char c : value) result.append(c == '}' && !freeTds ? 2 : 1, c);
+    return result + "};";
+}
+
+std::string serverAttributes(const ServerName& server, bool freeTds) {
+    const std::string instance = server.instance.empty() ? "" : "\\" + server.instance;
+    const std::string port = server.port == 0 ? "" : std::to_string(server.port);
+    // A port finds the instance by itself, and FreeTDS takes one or the other.
+    if (freeTds) return "Server=" + server.host + (port.empty() ? instance + ";" : ";Port=" + port + ";");
+    const bool isIpv6 = server.host.find(':') != std::string::npos;
+    return "Server=tcp:" + (isIpv6 ? "[" + server.host + "]" : server.host) + instance +
+           (port.empty() ? "" : "," + port) + ";";
+}
+
+void setTimeout(SQLHDBC connection, int seconds) {
+    SQLSetConnectAttr(connection, SQL_ATTR_LOGIN_TIMEOUT,
+                      reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(seconds)), SQL_IS_UINTEGER);
+}
+
+}  // namespace
+
+std::string connectionString(const Options& options, std::string_view driver) {
+    const bool freeTds = isFreeTds(driver);
+    const auto attribute = [&](const char* name, const std::string& value) {
+        return value.empty() ? "" : std::string(name) + "=" + braced(value, freeTds);
+    };
+    std::string text =
+        "DRIVER=" + braced(driver, freeTds) + serverAttributes(parseServerName(options.server), freeTds);
+    text += attribute("Database", options.database) + attribute("WSID", options.workstation) + "APP=SQLCMD;";
+    if (freeTds) text += "TDS_Version=7.4;ClientCharset=UTF-8;";
+    if (options.encrypt) text += freeTds ? "Encryption=require;" : "Encrypt=yes;";
+    if (options.trustCertificate && !freeTds) text += "TrustServerCertificate=yes;";
+    if (options.trusted) return text + "Trusted_Connection=yes;";
+    return text + "UID=" + braced(options.user, freeTds) + "PWD=" + braced(options.password, freeTds);
+}
+
+Handle::Handle(SQLSMALLINT type, SQLHANDLE parent, DriverFunctions functions)
+    : m_functions(functions), m_type(type) {
+    if (!SQL_SUCCEEDED(m_functions.allocHandle(type, parent, &m_handle))) throw std::bad_alloc();
+    if (type == SQL_HANDLE_ENV)
+        SQLSetEnvAttr(m_handle, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQLULEN{SQL_OV_ODBC3}),
+                      0);
+}
+
+Handle::~Handle() {
+    m_functions.freeHandle(m_type, m_handle);
+}
+
+Connection::Connection(Options& options)
+    : m_environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE),
+      m_connection(SQL_HANDLE_DBC, m_environment.get()),
+      m_queryTimeout(options.queryTimeout) {
+    const char* driver = std::getenv("SQLCMD_ODBC_DRIVER");
+    std::string text = connectionString(options, driver != nullptr && *driver != '\0' ? driver : "FreeTDS");
+    explicit_bzero(options.password.data(), options.password.size());
+    setTimeout(m_connection.get(), options.loginTimeout);
+    logIn(text);
+    m_driver = driverOf(m_connection.get());
+}
+
+void Connection::logIn(std::string& text) {
+    if (text.size() > kMaxConnectionString)
+        throw ToolError("Error: server, login, password and database are too long together.");
+    const SQLRETURN code =
+        SQLDriverConnect(m_connection.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
+                         static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+    explicit_bzero(text.data(), text.size());
+    m_connected = SQL_SUCCEEDED(code);
+    if (!m_connected) throw LoginError(m_connection.diagnostics());
+}
+
+Connection::~Connection() {
+    if (m_connected) SQLDisconnect(m_connection.get());
+}
+
+bool Connection::isDead() const {
+    SQLUINTEGER dead = SQL_CD_FALSE;
+    SQLGetConnectAttr(m_connection.get(), SQL_ATTR_CONNECTION_DEAD, &dead, sizeof dead, nullptr);
+    return dead == SQL_CD_TRUE;
+}
+
+Statement::Statement(const Connection& connection)
+    : m_functions(connection.driver().functions),
+      m_handle(SQL_HANDLE_STMT, connection.driver().connection, m_functions) {
+    if (connection.queryTimeout() > 0)
+        m_functions.setStmtAttr(m_handle.get(), SQL_ATTR_QUERY_TIMEOUT,
+                                reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(connection.queryTimeout())),
+                                0);
+}
+
+SQLRETURN Statement::execute(const std::string& batch) {
+    std::string text = batch;  // the interface takes no constant text
+    return m_functions.execDirect(m_handle.get(), reinterpret_cast<SQLCHAR*>(text.data()),
+                                  static_cast<SQLINTEGER>(text.size()));
+}
+
+SQLRETURN Statement::nextResult() {
+    return m_functions.moreResults(m_handle.get());
+}
+
+SQLRETURN Statement::fetch() {
+    return m_functions.fetch(m_handle.get());
+}
+
+int Statement::columnCount() const {
+    SQLSMALLINT count = 0;
+    return SQL_SUCCEEDED(m_functions.numResultCols(m_handle.get(), &count)) ? count : 0;
+}
+
+long long Statement::rowCount() const {
+    SQLLEN count = -1;
+    return SQL_SUCCEEDED(m_functions.rowCount(m_handle.get(), &count)) ? count : -1;
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,252 @@
+#include "Options.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "Utf.h"
+
+namespace sqlcmd {
+namespace {
+
+using Apply = void (*)(Options&, std::string_view value);
+
+enum class Takes {
+    Nothing,
+    Name,         // a value that never begins with '-': what begins so is the next option
+    Text,         // any value
+    Digit,        // 0 or 1, or nothing
+    Assignments,  // name=value, up to the next option
+};
+
+struct Rule {
+    char letter;
+    Takes takes;
+    const char* help;
+    Apply apply;
+};
+
+int number(std::string_view value, int low, int high) {
+    int result = 0;
+    const char* end = value.data() + value.size();
+    const auto [stop, error] = std::from_chars(value.data(), end, result);
+    if (error != std::errc{} || stop != end || result < low || result > high)
+        throw UsageError("'" + std::string(value) + "' is not a number from " + std::to_string(low) + " to " +
+                         std::to_string(high));
+    return result;
+}
+
+std::string oneCharacter(std::string_view value) {
+    if (utf8Length(value) != 1) throw UsageError("the separator must be one character");
+    return std::string(value);
+}
+
+void setVariable(Options& options, std::string_view assignment) {
+    const auto equals = assignment.find('=');
+    if (equals == 0 || equals == std::string_view::npos)
+        throw UsageError("'" + std::string(assignment) + "' is not of the form name=value");
+    std::string_view value = assignment.substr(equals + 1);
+    if (value.size() >= 2 && value.front() == '"' && value.back() == '"')
+        value = value.substr(1, value.size() - 2);
+    options.variables.emplace_back(assignment.substr(0, equals), value);
+}
+
+constexpr int kMaxTimeout = 65534;
+constexpr int kMaxTypeWidth = 8000;
+
+const Rule kRules[] = {
+    {'S', Takes::Name, "server[\\instance][,port]", [](Options& o, std::string_view v) { o.server = v; }},
+    {'U', Takes::Name, "login name", [](Options& o, std::string_view v) { o.user = v; }},
+    {'P', Takes::Text, "password (else SQLCMDPASSWORD)",
+     [](Options& o, std::string_view v) { o.password = v, o.hasPassword = true; }},
+    {'E', Takes::Nothing, "integrated authentication",
+     [](Options& o, std::string_view) { o.trusted = true; }},
+    {'d', Takes::Name, "database", [](Options& o, std::string_view v) { o.database = v; }},
+    {'H', Takes::Name, "workstation name", [](Options& o, std::string_view v) { o.workstation = v; }},
+    {'l', Takes::Name, "login time-out in seconds",
+     [](Options& o, std::string_view v) { o.loginTimeout = number(v, 0, kMaxTimeout); }},
+    {'t', Takes::Name, "query time-out in seconds",
+     [](Options& o, std::string_view v) { o.queryTimeout = number(v, 0, kMaxTimeout); }},
+    {'N', Takes::Nothing, "encrypt the connection", [](Options& o, std::string_view) { o.encrypt = true; }},
+    {'C', Takes::Nothing, "trust the server's certificate",
+     [](Options& o, std::string_view) { o.trustCertificate = true; }},
+    {'i', Takes::Name, "input file; may be given several times",
+     [](Options& o, std::string_view v) { o.inputFiles.emplace_back(v); }},
+    {'Q', Takes::Text, "run this text and end", [](Options& o, std::string_view v) { o.query = v; }},
+    {'q', Takes::Text, "run this text and end", [](Options& o, std::string_view v) { o.query = v; }},
+    {'o', Takes::Name, "output file", [](Options& o, std::string_view v) { o.outputFile = v; }},
+    {'u', Takes::Nothing, "output file in UTF-16",
+     [](Options& o, std::string_view) { o.unicodeOutput = true; }},
+    {'r', Takes::Digit, "messages to standard error: 0 errors, 1 all",
+     [](Options& o, std::string_view v) {
+         o.errorStream = v == "1" ? ErrorStream::All : ErrorStream::Errors;
+     }},
+    {'b', Takes::Nothing, "end with 1 at the first batch that fails",
+     [](Options& o, std::string_view) { o.stopOnError = true; }},
+    {'V', Takes::Name, "severity from which a batch has failed",
+     [](Options& o, std::string_view v) { o.severityLevel = number(v, 0, 25); }},
+    {'m', Takes::Text, "print messages from this severity on; -1 all, with headings",
+     [](Options& o, std::string_view v) { o.messageLevel = number(v, -1, 25); }},
+    {'s', Takes::Text, "column separator",
+     [](Options& o, std::string_view v) { o.layout.separator = oneCharacter(v); }},
+    {'W', Takes::Nothing, "trim trailing blanks",
+     [](Options& o, std::string_view) { o.layout.trimBlanks = true; }},
+    {'w', Takes::Name, "line width, 9 to 65535",
+     [](Options& o, std::string_view v) { o.layout.lineWidth = number(v, 9, 65535); }},
+    {'h', Takes::Text, "rows between headings; -1 no heading",
+     [](Options& o, std::string_view v) { o.layout.rowsPerHeading = number(v, -1, 2147483647); }},
+    {'y', Takes::Name, "width of long types, 0 to 8000; 0 no limit, no heading",
+     [](Options& o, std::string_view v) {
+         o.layout.longTypeWidth = number(v, 0, kMaxTypeWidth);
+         o.layout.withHeading = o.layout.longTypeWidth != 0;
+     }},
+    {'Y', Takes::Name, "width of other text types, 0 to 8000; 0 as declared",
+     [](Options& o, std::string_view v) { o.layout.shortTypeWidth = number(v, 0, kMaxTypeWidth); }},
+    {'v', Takes::Assignments, "scripting variables, name=value ...", setVariable},
+    {'x', Takes::Nothing, "do not expand $(name)",
+     [](Options& o, std::string_view) { o.expandVariables = false; }},
+    {'I', Takes::Nothing, "QUOTED_IDENTIFIER ON",
+     [](Options& o, std::string_view) { o.quotedIdentifier = true; }},
+    {'c', Takes::Name, "word that ends a batch instead of GO",
+     [](Options& o, std::string_view v) { o.batchEnd = v; }},
+    {'e', Takes::Nothing, "print each batch before it runs",
+     [](Options& o, std::string_view) { o.echo = true; }},
+    {'n', Takes::Nothing, "accepted; there are no line numbers to leave out",
+     [](Options&, std::string_view) {}},
+};
+
+const Rule* findRule(char letter) {
+    for (const Rule& rule : kRules)
+        if (rule.letter == letter) return &rule;
+    return nullptr;
+}
+
+void overwrite(char* text) {
+    explicit_bzero(text, std::strlen(text));
+}
+
+// Walks the arguments; what a rule takes is either attached to the letter or the next argument.
+class ArgumentReader {
+  public:
+    explicit ArgumentReader(std::span<char*> arguments) : m_arguments(arguments) {}
+
+    void readInto(Options& options) {
+        for (m_next = 0; m_next < m_arguments.size();) {
+            char* argument = m_arguments[m_next++];
+            if (readWord(argument, options)) return;
+            const Rule* rule = argument[0] == '-' && argument[1] != '\0' ? findRule(argument[1]) : nullptr;
+            if (rule == nullptr) throw UsageError("'" + std::string(argument) + "': Unknown Option");
+            m_optionName = {'-', rule->letter};
+            readValues(*rule, argument + 2, options);
+        }
+    }
+
+  private:
+    static bool readWord(std::string_view argument, Options& options) {
+        if (argument == "-?" || argument == "--help") options.action = Options::Action::Help;
+        if (argument == "--version") options.action = Options::Action::Version;
+        return options.action != Options::Action::Run;
+    }
+
+    void readValues(const Rule& rule, char* attached, Options& options) {
+        switch (rule.takes) {
+            case Takes::Nothing:
+                if (*attached != '\0') throw UsageError("'" + m_optionName + attached + "': Unknown Option");
+                return apply(rule, attached, options);
+            case Takes::Digit:
+                return apply(rule, digit(attached), options);
+            case Takes::Name:
+            case Takes::Text:
+                return apply(rule, *attached != '\0' ? attached : nextValue(rule.takes), options);
+            case Takes::Assignments:
+                apply(rule, *attached != '\0' ? attached : nextValue(Takes::Name), options);
+                while (m_next < m_arguments.size() && m_arguments[m_next][0] != '-')
+                    apply(rule, m_arguments[m_next++], options);
+        }
+    }
+
+    char* digit(char* attached) {
+        const auto isDigit = [](std::string_view text) { return text == "0" || text == "1"; };
+        if (*attached == '\0' && m_next < m_arguments.size() && isDigit(m_arguments[m_next]))
+            return m_arguments[m_next++];
+        if (*attached != '\0' && !isDigit(attached))
+            throw UsageError("'" + m_optionName + attached + "': Unknown Option");
+        return attached;
+    }
+
+    char* nextValue(Takes takes) {
+        const bool missing =
+            m_next == m_arguments.size() || (takes == Takes::Name && m_arguments[m_next][0] == '-');
+        if (missing) throw UsageError("'" + m_optionName + "': Missing argument");
+        return m_arguments[m_next++];
+    }
+
+    void apply(const Rule& rule, char* value, Options& options) const {
+        try {
+            rule.apply(options, value);
+        } catch (const UsageError& error) {
+            throw UsageError("'" + m_optionName + "': " + error.what());
+        }
+        if (rule.letter == 'P') overwrite(value);
+    }
+
+    std::span<char*> m_arguments;
+    std::size_t m_next = 0;
+    std::string m_optionName;
+};
+
+void readEnvironment(Options& options) {
+    const auto take = [](const char* name, std::string& target) {
+        if (const char* value = std::getenv(name)) target = value;
+    };
+    take("SQLCMDSERVER", options.server);
+    take("SQLCMDUSER", options.user);
+    take("SQLCMDDBNAME", options.database);
+    take("SQLCMDWORKSTATION", options.workstation);
+}
+
+void takePasswordFromEnvironment(Options& options) {
+    char* value = std::getenv("SQLCMDPASSWORD");
+    if (value == nullptr) return;
+    if (!options.hasPassword && !options.trusted) {
+        options.password = value;
+        options.hasPassword = true;
+    }
+    overwrite(value);
+    unsetenv("SQLCMDPASSWORD");
+}
+
+void refuseContradictions(const Options& options, bool userGiven) {
+    if (options.trusted && (userGiven || options.hasPassword))
+        throw UsageError("The -E and the -U/-P options are mutually exclusive.");
+    if (options.query && !options.inputFiles.empty())
+        throw UsageError("The -i and the -Q/-q options are mutually exclusive.");
+    const Layout& layout = options.layout;
+    const bool widthGiven = layout.longTypeWidth != Layout{}.longTypeWidth || layout.shortTypeWidth != 0;
+    if (layout.trimBlanks && widthGiven)
+        throw UsageError("The -W and the -y/-Y options are mutually exclusive.");
+}
+
+}  // namespace
+
+Options parseOptions(int argc, char** argv) {
+    Options options;
+    readEnvironment(options);
+    const std::string userOfEnvironment = std::exchange(options.user, {});
+    ArgumentReader({argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0)}).readInto(options);
+    refuseContradictions(options, !options.user.empty());
+    takePasswordFromEnvironment(options);
+    if (options.user.empty() && !options.trusted) options.user = userOfEnvironment;
+    options.trusted = options.user.empty();
+    return options;
+}
+
+std::string usageText() {
+    std::string text = "usage: sqlcmd [options]; without -i, -Q and -q the script is standard input\n";
+    for (const Rule& rule : kRules) text += std::string("  -") + rule.letter + "  " + rule.help + "\n";
+    return text + "  -?  this text\n  --version\n";
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,63 @@
+#include "Output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "Errors.h"
+#include "Utf.h"
+
+namespace sqlcmd {
+
+Output::Output(const std::string& path, bool utf16) : m_path(path), m_utf16(utf16 && !path.empty()) {
+    m_descriptor =
+        path.empty() ? STDOUT_FILENO : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (m_descriptor < 0)
+        throw ToolError("Error: cannot open output file '" + path + "': " + std::strerror(errno) + ".");
+    m_buffer.reserve(2 * kBufferSize);
+}
+
+Output::~Output() {
+    if (isFile()) close(m_descriptor);
+}
+
+void Output::flush() {
+    flushWholeCharacters();
+    if (m_utf16 && !m_buffer.empty()) {  // the text ended inside a character
+        std::string units;
+        appendUtf16Le(units, m_buffer);
+        writeBytes(units);
+    }
+    m_buffer.clear();
+}
+
+void Output::flushWholeCharacters() {
+    if (!m_utf16) {
+        writeBytes(m_buffer);
+        return m_buffer.clear();
+    }
+    const std::size_t whole = m_buffer.size() - utf8IncompleteTail(m_buffer);
+    std::string units;
+    units.reserve(2 * whole);
+    appendUtf16Le(units, std::string_view(m_buffer).substr(0, whole));
+    writeBytes(units);
+    m_buffer.erase(0, whole);
+}
+
+void Output::writeBytes(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(m_descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) {
+            const std::string reason = std::strerror(errno);
+            m_buffer.clear();
+            throw ToolError("Error: cannot write to " + (isFile() ? "'" + m_path + "'" : "standard output") +
+                            ": " + reason + ".");
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,119 @@
+#include "Tool.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+
+#include "Text.h"
+
+namespace sqlcmd {
+namespace {
+
+constexpr int kErrorSeverity = 11;
+constexpr int kNoExitValue = -101;   // :exit(query) that gave no row
+constexpr int kBadExitValue = -102;  // :exit(query) that gave no number
+
+int exitValue(const std::string& text) {
+    int value = 0;
+    const std::string_view digits = trimmed(text);
+    const char* end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    return error == std::errc{} && stop == end ? value : kBadExitValue;
+}
+
+}  // namespace
+
+int Tool::run() {
+    for (const std::string& file : m_options.inputFiles) requireReadable(file);
+    setVariables();
+    Output output(m_options.outputFile, m_options.unicodeOutput);
+    try {
+        logInAndRun(output);
+    } catch (const LoginError& error) {
+        MessagePrinter(m_options, output).print(error.diagnostics);
+        m_exitCode = 1;
+    } catch (const ToolError& error) {
+        if (output.isFile()) output.write(std::string("Sqlcmd: ") + error.what() + "\n");
+        output.flush();
+        throw;
+    }
+    output.flush();
+    return m_exitCode;
+}
+
+void Tool::setVariables() {
+    m_variables.set("SQLCMDSERVER", m_options.server);
+    m_variables.set("SQLCMDUSER", m_options.user);
+    m_variables.set("SQLCMDDBNAME", m_options.database);
+    for (const auto& [name, value] : m_options.variables) m_variables.set(name, value);
+}
+
+void Tool::logInAndRun(Output& output) {
+    const Connection connection(m_options);
+    BatchRunner runner(connection, m_options, output);
+    setQuotedIdentifier(runner);
+    if (m_options.query) {
+        runScript(runner, output, ScriptSource::ofText(*m_options.query));
+    } else if (m_options.inputFiles.empty()) {
+        runScript(runner, output, ScriptSource::ofStandardInput());
+    } else {
+        for (const std::string& file : m_options.inputFiles)
+            if (!runScript(runner, output, ScriptSource::ofFile(file))) return;
+    }
+}
+
+void Tool::setQuotedIdentifier(BatchRunner& runner) const {
+    runner.run(m_options.quotedIdentifier ? "SET QUOTED_IDENTIFIER ON" : "SET QUOTED_IDENTIFIER OFF", {});
+}
+
+bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
+    BatchReader reader(std::move(source), m_variables, m_options.expandVariables, m_options.batchEnd);
+    for (;;) {
+        const Step step = reader.next();
+        if (step.kind == Step::Kind::End) return true;
+        if (!runStep(runner, output, step)) return false;
+    }
+}
+
+bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
+    switch (step.kind) {
+        case Step::Kind::Batch:
+            return runBatch(runner, output, step);
+        case Step::Kind::ExitQuery:
+            runExitQuery(runner, step);
+            return false;
+        case Step::Kind::Xml:
+            m_xml = step.on;
+            return true;
+        case Step::Kind::OnError:
+            m_stopOnError = step.on;
+            return true;
+        case Step::Kind::Exit:
+        case Step::Kind::End:
+            break;
+    }
+    return false;
+}
+
+bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
+    for (int i = 0; i < step.count; ++i) {
+        if (m_options.echo) output.write(step.text);
+        const int severity = runner.run(step.text, {m_xml, nullptr});
+        if (severity < m_options.severityLevel.value_or(kErrorSeverity)) continue;
+        if (m_stopOnError) {
+            m_exitCode = 1;
+            return false;
+        }
+        if (m_options.severityLevel) m_exitCode = std::max(m_exitCode, severity);
+    }
+    return true;
+}
+
+void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
+    if (trimmed(step.text).empty()) return;
+    std::string value;
+    runner.run(step.text, {m_xml, &value});
+    m_exitCode = value.empty() ? kNoExitValue : exitValue(value);
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,42 @@
+// sqlcmd: runs T-SQL scripts through ODBC and prints what they give, as SQL Server's own tool does.
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "Tool.h"
+
+namespace {
+
+constexpr const char* kVersion = "sqlcmd " SQLCMD_VERSION " (ODBC)\n";
+
+int run(int argc, char** argv) {
+    sqlcmd::Options options = sqlcmd::parseOptions(argc, argv);
+    switch (options.action) {
+        case sqlcmd::Options::Action::Help:
+            std::fputs(sqlcmd::usageText().c_str(), stdout);
+            return 0;
+        case sqlcmd::Options::Action::Version:
+            std::fputs(kVersion, stdout);
+            return 0;
+        case sqlcmd::Options::Action::Run:
+            break;
+    }
+    return sqlcmd::Tool(options).run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);        // a reader that is gone is an error of writing
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // the encoding in which drivers hand over text
+    try {
+        return run(argc, argv);
+    } catch (const sqlcmd::UsageError& error) {
+        std::fprintf(stderr, "Sqlcmd: %s\n\n%s", error.what(), sqlcmd::usageText().c_str());
+    } catch (const sqlcmd::AlreadyReported&) {
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "Sqlcmd: %s\n", error.what());
+    }
+    return 1;
+}
