@@ -11,7 +11,7 @@
 class DBBase;
 class DVUtilLib;
 
-// Construct, initialize(), then setSQLFile() (a package) or setDbAndLog() (a script that only the catalogue
+// Construct, call initialize(), then setSQLFile() (a package) or setDbAndLog() (a script that only the catalogue
 // knows), then an execution operation, then the getters. One thread per object. Every operation returns true
 // for success; messages for the user gather in getOutput(), the last one stands in getErrorMessage(). Texts
 // that getters return stay valid until the object changes or is destroyed.
@@ -22,32 +22,65 @@ class DVU_EXPORT TScript {
     TScript(const TScript&) = delete;
     TScript& operator=(const TScript&) = delete;
 
+    // ---- Session ---------------------------------------------------------------------------------------
+
+    // Names the script (null or empty fails), finds host and instance, makes the instance the one in focus and
+    // starts the session log "Tscript.log". A second call begins anew with its database and host objects and
+    // keeps everything else, the chosen database included.
     bool initialize(const char* name);
     // Chooses the database ("Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB", any case; null or
     // empty: found from the installed components), connects, and finds the script in the catalogue. The
-    // choice is made once per object.
+    // choice is made once per object: a later call returns true whatever it names.
     bool setDbAndLog(const char* dbName);
-    // Looks the script up in the catalogue. True as well after a failed query (docs/quirks.md).
-    bool getTscriptId();
 
-    // Finds (null: by the script's name), deciphers, parses and catalogues a package.
+    // ---- Catalogue (each needs setDbAndLog() or setSQLFile() before it) ---------------
+
+    // Looks the script up in the catalogue: a package's row for a package, else a permanent one, the newest
+    // first. Takes over its id, audit level and spelling of the name. Once found it is not looked up again.
+    // True as well after a failed query (docs/quirks.md).
+    bool getTscriptId();
+    // Is this the site that the package is bound to? True for one that is bound to none.
+    bool checkPlexumId();
+    // The same for the installation's identity; it is asked for NQ2 databases only.
+    bool checkGUID();
+    // Enters a package into the catalogue, or refreshes the usage text of its row. False without a message for
+    // a script that is no package.
+    bool addNewTscript();
+    // Opens this run's row in the journal, with `inputParams` (null: empty) as what the caller passed.
+    bool recordExecStart(const char* inputParams);
+    // Closes it. `status`: 1 succeeded, 2 failed. Fails when no start is recorded.
+    bool recordExecEnd(int status);
+
+    // ---- Package ---------------------------------------------------------------------------------------
+
+    // Finds (null or empty: by the script's name), deciphers, parses and catalogues a package, which also
+    // chooses the database. A path that the object already has is kept and the argument ignored. The plain
+    // copy that it works on is gone when it returns; what a failed load had parsed stays.
     bool setSQLFile(const char* path);
-    const char* getSQLFile();  // the package's path
+    // The package's path, found by the script's name when it is not yet known; empty when the configuration
+    // names no base folder.
+    const char* getSQLFile();
+    // Usage, description and creation time of a loaded package, as one text.
     void getSQLFileHelp(std::string& text);
 
-    bool checkPlexumId();
-    bool checkGUID();
-    bool addNewTscript();
-    bool recordExecStart(const char* inputParams);
-    bool recordExecEnd(int status);  // 1 succeeded, 2 failed
+    // ---- Execution -------------------------------------------------------------------------------------
 
-    // Runs a loaded package. `parameters` fill its "%s" placeholders in order; `recordedInput` is what the
-    // journal keeps (null or empty: the parameters, joined by ", ").
+    // Runs a loaded package through the query tool. `parameters` fill its "%s" placeholders in order;
+    // `recordedInput` is what the journal keeps (null or empty: the parameters that met a placeholder, joined
+    // by ", "). The tool's output is added to getOutput(). The SQL file is removed unless the configuration
+    // sets "dUTILKEEPSQLFILE".
     bool executeSQLFile(std::vector<std::string> parameters, const char* recordedInput);
 
+    // Is the name a stored-procedure tscript? Starts the session and chooses the database where that has not
+    // been done. False for an object that holds a package.
     bool isTscriptSP(const char* name, const char* dbName);
-    // `operation`: 1 execute, 2 help, 4 parameters. `arguments` follow the procedure's name as they stand.
+    // `operation`: 1 execute, 2 help, 4 parameters. `arguments` (may be null) follow the procedure's name as
+    // they stand. `recordedInput`: what the journal keeps (null or empty: the arguments); only executions of
+    // scripts with an audit level above 0 are journalled. `userId`: for whom the script runs; a secured script
+    // needs one other than 0.
     bool execTscript(int operation, const char* arguments, const char* recordedInput, int userId);
+
+    // ---- What the run knows and produced ---------------------------------------------------------------
 
     const char* getScriptName() const;
     const char* getDbName() const;

@@ -7,7 +7,7 @@
 #include "DVUtilities/Export.h"
 
 // Result texts go into strings that the caller owns; they are overwritten. All return true for success;
-// a failure's reason is in the output text.
+// a failure's reason is in the output text. A null address where a result is to go makes the call fail at once.
 extern "C" {
 
 // Is the name a stored-procedure tscript of the catalogue? Both strings are overwritten, whatever the result:
@@ -21,7 +21,8 @@ DVU_EXPORT bool TS_ExecTscript_SP(const char* scriptName, const char* dbName, co
                                   std::string* output, int* auditLevel);
 
 // Runs (1 or 8) or explains (2) a package. `dbName` receives the database that the package names. Any other
-// operation loads the package and runs nothing.
+// operation loads the package, runs nothing and succeeds with an empty output. `parameters` (null: none) fill
+// the package's placeholders; they are copied.
 DVU_EXPORT bool TS_ExecTscript_SQL(const char* scriptName, std::string* dbName,
                                    const std::vector<std::string>* parameters, const char* recordedInput,
                                    int operation, std::string* logFile, std::string* output);

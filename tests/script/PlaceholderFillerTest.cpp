@@ -1,0 +1,65 @@
+#include "PlaceholderFiller.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct FillCase {
+    const char* body;
+    std::vector<std::string> values;
+    const char* filled;
+    const char* joined;
+};
+
+TEST(PlaceholderFiller, FillsPlaceholdersInOrder) {
+    const FillCase cases[] = {
+        {"", {"a"}, "", ""},
+        {"no placeholder 5%", {"a", "b"}, "no placeholder 5%", ""},
+        {"%s,%s,%s", {"a", "b"}, "[a],[b],%s", "a, b"},
+        {"%s", {"a", "b"}, "[a]", "a"},
+        {"%s%s", {"", "b"}, "[][b]", ", b"},
+        {"100%% of %s", {"a"}, "100% of [a]", "a"},
+        {"%s is 100%%", {"a"}, "[a] is 100%%", "a"},  // behind the last filled one nothing is interpreted
+        {"LIKE 'x%d%n' %s", {"a"}, "LIKE 'x%d%n' [a]", "a"},
+        {"%%s %s", {"a", "b"}, "%s [b]", "a, b"},  // a doubled sign eats the placeholder, not the value
+        {"%s", {"%s%n"}, "[%s%n]", "%s%n"},
+    };
+    for (const FillCase& c : cases) {
+        SCOPED_TRACE(c.body);
+        std::string filled;
+        PlaceholderFiller filler([](const std::string& value) { return "[" + value + "]"; },
+                                 [&](std::string_view text) {
+                                     filled += text;
+                                     return true;
+                                 });
+        EXPECT_TRUE(filler.fill(c.body, c.values));
+        EXPECT_EQ(filled, c.filled);
+        EXPECT_EQ(filler.joinedValues(), c.joined);
+    }
+}
+
+TEST(PlaceholderFiller, StopsAtTheFirstFailedWrite) {
+    int writes = 0;
+    PlaceholderFiller filler([](const std::string& value) { return value; },
+                             [&](std::string_view) { return ++writes < 2; });
+    EXPECT_FALSE(filler.fill("%s %s %s rest", {"a", "b", "c"}));
+    EXPECT_EQ(writes, 2);
+}
+
+TEST(PlaceholderFiller, BlanksPercentSignsOfBlockComments) {
+    const struct {
+        const char *body, *blanked;
+    } cases[] = {
+        {"", ""},
+        {"%s /* %s %% */ %s", "%s /*  s    */ %s"},
+        {"-- %s\n%s", "-- %s\n%s"},
+        {"/* open %s", "/* open  s"},
+        {"/*/ %s", "/*/ %s"},                    // the star serves both ends
+        {"'/*' %s '*/' %s", "'/*'  s '*/' %s"},  // quotes do not count
+        {"*/ %s /", "*/ %s /"},
+        {"/* a /* b */ %s */", "/* a /* b */ %s */"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(blankPercentSignsInComments(c.body), c.blanked);
+}
+
+}  // namespace
