@@ -88,7 +88,7 @@ class DVU_EXPORT DVUtilLib {
     std::string m_sqlFile;
     std::string m_instanceName;
     std::string m_machineName;
-    bool m_flag;
+    [[maybe_unused]] bool m_flag;
     bool m_productTypeZephra = true;
     std::uint32_t m_platformType = 0;  // 0: not yet read
     RegistryNames m_names{};

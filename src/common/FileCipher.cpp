@@ -1,0 +1,132 @@
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "CommonMessages.h"
+#include "DVUtilities/commonFunc.h"
+#include "ExceptionGuard.h"
+#include "FX.h"
+#include "OpenFile.h"
+#include "VTPassword.h"
+
+namespace {
+
+// Sizes in bytes, the NUL included. A piece of a plain line is read with the smaller one and the cipher's
+// record stands in the larger one.
+constexpr std::size_t kPlainSize = 511;
+constexpr std::size_t kRecordSize = 2048;
+constexpr std::size_t kShortestPiece = 2;  // a shorter one, an empty line above all, is skipped
+constexpr std::size_t kStreamBufferSize = 65536;
+
+// A buffer of text that is wiped when it goes.
+class Scratch {
+  public:
+    explicit Scratch(std::size_t size) : m_bytes(size) {}
+    ~Scratch() { explicit_bzero(m_bytes.data(), m_bytes.size()); }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    char* data() { return m_bytes.data(); }
+    std::size_t size() const { return m_bytes.size(); }
+
+  private:
+    std::vector<char> m_bytes;
+};
+
+// One run over a source file, line by line.
+class FileCipher {
+  public:
+    FileCipher(bool encrypt, std::string& errorText)
+        : m_encrypt(encrypt),
+          m_errorText(errorText),
+          m_line(encrypt ? kPlainSize : kRecordSize),
+          m_output(encrypt ? kRecordSize : kPlainSize) {}
+
+    bool run(const char* sourcePath, const char* targetPath) {
+        OpenFile source(sourcePath, "r");
+        if (!source.isOpen()) return fail(FXString::Format(messages::kCannotOpenCipherFile, sourcePath));
+        OpenFile target(targetPath, "w");
+        if (!target.isOpen()) return fail(FXString::Format(messages::kCannotOpenCipherFile, targetPath));
+        std::setvbuf(source.get(), m_sourceBuffer.data(), _IOFBF, m_sourceBuffer.size());
+        std::setvbuf(target.get(), m_targetBuffer.data(), _IOFBF, m_targetBuffer.size());
+        return transformLines(source.get(), target.get(), targetPath) &&
+               (std::ferror(source.get()) == 0 ||
+                fail(FXString::Format(messages::kCannotReadSource, sourcePath))) &&
+               (target.close() || failToWrite(targetPath));
+    }
+
+  private:
+    bool transformLines(std::FILE* source, std::FILE* target, const char* targetPath) {
+        // fgets() leaves one byte of its limit to the NUL, and the limit leaves one more: 509 and 2,046.
+        const int limit = static_cast<int>(m_line.size()) - 1;
+        while (std::fgets(m_line.data(), limit, source) != nullptr) {
+            std::size_t length = std::strlen(m_line.data());
+            if (length < kShortestPiece) continue;
+            if (!m_encrypt) length = cutLineEnd(length);
+            if (length == 0) continue;
+            if (!transformPiece()) return false;
+            if (!write(target)) return failToWrite(targetPath);
+        }
+        return true;
+    }
+
+    // Cuts the newline that ends the line, with the carriage return before it; the length that is left.
+    std::size_t cutLineEnd(std::size_t length) {
+        if (m_line.data()[length - 1] != '\n') return length;
+        --length;
+        if (length > 0 && m_line.data()[length - 1] == '\r') --length;
+        m_line.data()[length] = '\0';
+        return length;
+    }
+
+    bool transformPiece() {
+        m_output.data()[0] = '\0';
+        unsigned long size = m_output.size();
+        const int success = m_encrypt ? m_cipher.encrypt(m_line.data(), m_output.data(), &size)
+                                      : m_cipher.decrypt(m_line.data(), m_output.data(), &size);
+        const char* name = m_encrypt ? messages::kEncryptName : messages::kDecryptName;
+        return success != 0 || fail(FXString::Format(messages::kCipherFailed, name,
+                                                     static_cast<long>(m_cipher.getLastError())));
+    }
+
+    bool write(std::FILE* target) {
+        const std::size_t length = std::strlen(m_output.data());
+        if (length == 0) return true;
+        return std::fwrite(m_output.data(), 1, length, target) == length &&
+               (!m_encrypt || std::fputc('\n', target) != EOF);
+    }
+
+    bool failToWrite(const char* targetPath) {
+        return fail(FXString::Format(messages::kCannotWriteTarget, targetPath));
+    }
+
+    bool fail(std::string message) {
+        m_errorText = std::move(message);
+        return false;
+    }
+
+    const bool m_encrypt;
+    std::string& m_errorText;
+    VTPassword m_cipher;
+    Scratch m_line;
+    Scratch m_output;
+    Scratch m_sourceBuffer{kStreamBufferSize};
+    Scratch m_targetBuffer{kStreamBufferSize};
+};
+
+}  // namespace
+
+bool EncryptFile(const char* sourceFile, const char* targetFile, std::string& errorText) {
+    return EncryptDecryptFile(sourceFile, targetFile, errorText, true);
+}
+
+bool DecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText) {
+    return EncryptDecryptFile(sourceFile, targetFile, errorText, false);
+}
+
+bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText,
+                        bool encrypt) {
+    if (sourceFile == nullptr || targetFile == nullptr) return false;
+    return guarded(false, [&] { return FileCipher(encrypt, errorText).run(sourceFile, targetFile); });
+}

@@ -1,0 +1,141 @@
+#include "LogFiles.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "CallerText.h"
+#include "CommonMessages.h"
+#include "DVUtilities/commonFunc.h"
+#include "ExceptionGuard.h"
+#include "FX.h"
+#include "FileDescriptor.h"
+#include "OpenFile.h"
+#include "Registry.h"
+#include "RegistryNames.h"
+
+namespace {
+
+constexpr int kTimeStringSize = 1024;
+constexpr std::size_t kCopiedLineSize = 8192;  // a longer line is copied in pieces of one less
+constexpr std::size_t kReportMessageSize = 8192;
+
+// All of the bytes; a short write is carried on.
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+// Whether echoed lines are logged as well: the setting counts as off without an instance or when it cannot be
+// read.
+bool isEchoLogged(bool echo, const char* instance) {
+    unsigned int setting = 0;
+    std::string ignored;
+    if (echo && instance != nullptr)
+        readRegistryNumber(registry::key::kDatabase, registry::value::kLogScriptResult, setting, ignored);
+    return setting != 0;
+}
+
+std::string_view withoutNewline(std::string_view line) {
+    if (!line.empty() && line.back() == '\n') line.remove_suffix(1);
+    return line;
+}
+
+// Where the pieces of a copied file go.
+struct CopyTarget {
+    const char* logFile;
+    bool echo;
+    bool echoLogged;
+
+    void take(const char* piece) const {
+        if (echo) std::fputs(piece, stdout);
+        if (logFile == nullptr) return;
+        if (!echo) LogToFile(logFile, std::string(withoutNewline(piece)).c_str(), false);
+        if (echoLogged) LogToFile(logFile, piece, true);
+    }
+
+    void end() const {
+        if (!echo) return;
+        std::printf("\n");
+        if (echoLogged) LogToFile(logFile, "\n", true);
+    }
+};
+
+// Pieces end at a NUL, as C texts do.
+void copyLines(std::FILE* source, const CopyTarget& target) {
+    std::array<char, kCopiedLineSize> line{};
+    while (std::fgets(line.data(), kCopiedLineSize, source) != nullptr) target.take(line.data());
+    target.end();
+}
+
+}  // namespace
+
+std::string currentTimeString() {
+    std::array<char, kTimeStringSize> text{};
+    return GetTimeString(text.data(), kTimeStringSize, std::time(nullptr), false);
+}
+
+void appendToLog(const char* logFile, std::string_view entry) {
+    constexpr mode_t kPermissions = 0666;  // less the process's umask, as fopen has it
+    const FileDescriptor log(logFile, O_RDWR | O_CREAT | O_APPEND, kPermissions);
+    if (!log.isOpen())
+        std::printf(messages::kCannotOpenLog, logFile, errno);
+    else if (!writeAll(log.get(), entry))
+        std::printf(messages::kCannotWriteLog, logFile, errno);
+}
+
+const char* GetTimeString(char* buffer, int length, long when, bool dateOnly) {
+    if (buffer == nullptr || length <= 0) return buffer;
+    const std::time_t moment = when;
+    std::tm local{};
+    localtime_r(&moment, &local);
+    const long long year = local.tm_year + 1900LL;
+    const auto size = static_cast<std::size_t>(length);
+    if (dateOnly)
+        std::snprintf(buffer, size, "%04lld/%02d/%02d", year, local.tm_mon + 1, local.tm_mday);
+    else
+        std::snprintf(buffer, size, "%04lld/%02d/%02d %02d:%02d:%02d", year, local.tm_mon + 1, local.tm_mday,
+                      local.tm_hour, local.tm_min, local.tm_sec);
+    return buffer;
+}
+
+void LogToFile(const char* logFile, const char* text, bool raw) {
+    guarded([&] {
+        if (logFile == nullptr) {
+            std::printf(messages::kInvalidLogName);
+            return;
+        }
+        std::string entry = raw ? std::string() : currentTimeString() + " - ";
+        entry += textOrEmpty(text);
+        if (!raw) entry += '\n';
+        appendToLog(logFile, entry);
+    });
+}
+
+void LogFileContent(const char* sourceFile, const char* logFile, bool echo, const char* instance) {
+    guarded([&] {
+        if (sourceFile == nullptr) return;
+        // Read and write: a report that the process may not write is taken as one that cannot be opened.
+        const OpenFile source(sourceFile, "r+");
+        if (!source.isOpen()) {
+            const std::string message = FXString::Format(messages::kCannotOpenReport, sourceFile);
+            LogToFile(logFile, cutTo(message, kReportMessageSize - 1).c_str(), false);
+            return;
+        }
+        copyLines(source.get(), {logFile, echo, isEchoLogged(echo, instance)});
+    });
+}
+
+int DVUtilities_fopen_s(FILE** stream, const char* path, const char* mode) {
+    if (stream == nullptr || path == nullptr || mode == nullptr) return -1;
+    *stream = std::fopen(path, mode);
+    return *stream != nullptr ? 0 : errno;
+}
