@@ -1,7 +1,7 @@
 #include "WireType.h"
 
+#include <algorithm>
 #include <bit>
-#include <cmath>
 
 #include "WireTime.h"
 
@@ -47,65 +47,35 @@ enum class Framing { Byte, Short, Unbounded, TextPointer };
 struct WireForm {
     WireId id;
     Framing framing;
-    std::size_t size = 0;  // of a value; 0 where it depends
+    std::size_t size;  // of a value; 0 where it depends
 };
 
+// In the order of TypeId.
+constexpr WireForm kForms[] = {{kBitN, Framing::Byte, 1},           {kIntN, Framing::Byte, 1},
+                               {kIntN, Framing::Byte, 2},           {kIntN, Framing::Byte, 4},
+                               {kIntN, Framing::Byte, 8},           {kDecimalN, Framing::Byte, 0},
+                               {kMoneyN, Framing::Byte, 4},         {kMoneyN, Framing::Byte, 8},
+                               {kFloatN, Framing::Byte, 4},         {kFloatN, Framing::Byte, 8},
+                               {kNChar, Framing::Short, 0},         {kNVarChar, Framing::Short, 0},
+                               {kNChar, Framing::Short, 0},         {kNVarChar, Framing::Short, 0},
+                               {kNText, Framing::TextPointer, 0},   {kNText, Framing::TextPointer, 0},
+                               {kXml, Framing::Unbounded, 0},       {kDate, Framing::Byte, 3},
+                               {kTime, Framing::Byte, 0},           {kDateTimeN, Framing::Byte, 8},
+                               {kDateTimeN, Framing::Byte, 4},      {kDateTime2, Framing::Byte, 0},
+                               {kDateTimeOffset, Framing::Byte, 0}, {kGuid, Framing::Byte, 16},
+                               {kBigBinary, Framing::Short, 0},     {kBigVarBinary, Framing::Short, 0},
+                               {kImage, Framing::TextPointer, 0}};
+static_assert(std::size(kForms) == static_cast<std::size_t>(TypeId::Image) + 1);
+
 WireForm formOf(const SqlType& type) {
-    const Framing framing = type.length == SqlType::kMax ? Framing::Unbounded : Framing::Short;
-    switch (type.id) {
-        case TypeId::Bit:
-            return {kBitN, Framing::Byte, 1};
-        case TypeId::TinyInt:
-            return {kIntN, Framing::Byte, 1};
-        case TypeId::SmallInt:
-            return {kIntN, Framing::Byte, 2};
-        case TypeId::Int:
-            return {kIntN, Framing::Byte, 4};
-        case TypeId::BigInt:
-            return {kIntN, Framing::Byte, 8};
-        case TypeId::Decimal:
-            return {kDecimalN, Framing::Byte};
-        case TypeId::SmallMoney:
-            return {kMoneyN, Framing::Byte, 4};
-        case TypeId::Money:
-            return {kMoneyN, Framing::Byte, 8};
-        case TypeId::Real:
-            return {kFloatN, Framing::Byte, 4};
-        case TypeId::Float:
-            return {kFloatN, Framing::Byte, 8};
-        case TypeId::Char:
-        case TypeId::NChar:
-            return {kNChar, framing};
-        case TypeId::VarChar:
-        case TypeId::NVarChar:
-            return {kNVarChar, framing};
-        case TypeId::Text:
-        case TypeId::NText:
-            return {kNText, Framing::TextPointer};
-        case TypeId::Xml:
-            return {kXml, Framing::Unbounded};
-        case TypeId::Date:
-            return {kDate, Framing::Byte, 3};
-        case TypeId::Time:
-            return {kTime, Framing::Byte};
-        case TypeId::DateTime:
-            return {kDateTimeN, Framing::Byte, 8};
-        case TypeId::SmallDateTime:
-            return {kDateTimeN, Framing::Byte, 4};
-        case TypeId::DateTime2:
-            return {kDateTime2, Framing::Byte};
-        case TypeId::DateTimeOffset:
-            return {kDateTimeOffset, Framing::Byte};
-        case TypeId::UniqueIdentifier:
-            return {kGuid, Framing::Byte, 16};
-        case TypeId::Binary:
-            return {kBigBinary, framing};
-        case TypeId::VarBinary:
-            return {kBigVarBinary, framing};
-        case TypeId::Image:
-            return {kImage, Framing::TextPointer};
-    }
-    throw ValueError("a column has a type that is not known");
+    WireForm form = kForms[static_cast<std::size_t>(type.id)];
+    if (form.framing == Framing::Short && type.length == SqlType::kMax) form.framing = Framing::Unbounded;
+    return form;
+}
+
+// No column is declared narrower than one, not even an empty literal's.
+std::uint64_t declaredLength(const SqlType& type) {
+    return static_cast<std::uint64_t>(std::max(type.length, 1));
 }
 
 std::size_t decimalMagnitudeSize(int precision) {
@@ -274,7 +244,6 @@ void writeBinary(ByteWriter& out, Framing framing, const CellView& value) {
 
 SqlType wireType(const SqlType& type, Version version) {
     const auto unicodeText = [](int length) { return SqlType{TypeId::NVarChar, length, 0, 0}; };
-    const SqlType wire = type;
     if (version < Version::V73A) {
         if (type.id == TypeId::Date) return unicodeText(10);
         if (type.id == TypeId::Time) return unicodeText(16);
@@ -286,7 +255,7 @@ SqlType wireType(const SqlType& type, Version version) {
         if (type.length == SqlType::kMax)
             return {type.id == TypeId::VarBinary ? TypeId::Image : TypeId::NText, SqlType::kMax, 0, 0};
     }
-    return wire;
+    return type;
 }
 
 bool carriesTableName(const SqlType& type) {
@@ -309,13 +278,11 @@ void writeTypeInfo(ByteWriter& out, const SqlType& type) {
             return out.u8(type.scale);
         case kNChar:
         case kNVarChar:
-            out.u16(form.framing == Framing::Unbounded ? kUnboundedLength16
-                                                       : static_cast<std::uint64_t>(2 * type.length));
+            out.u16(form.framing == Framing::Unbounded ? kUnboundedLength16 : 2 * declaredLength(type));
             return out.bytes(kCollation);
         case kBigBinary:
         case kBigVarBinary:
-            return out.u16(form.framing == Framing::Unbounded ? kUnboundedLength16
-                                                              : static_cast<std::uint64_t>(type.length));
+            return out.u16(form.framing == Framing::Unbounded ? kUnboundedLength16 : declaredLength(type));
         case kNText:
             out.u32(0x7FFFFFFE);
             return out.bytes(kCollation);

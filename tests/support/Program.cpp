@@ -5,7 +5,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -101,7 +101,7 @@ pid_t spawn(const std::vector<std::string>& command, const ProgramOptions& optio
 }
 
 bool waitFor(pid_t pid, std::chrono::milliseconds limit, int& exitCode) {
-    const Descriptor process(pidfd_open(pid, 0));
+    const Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     pollfd ended{process.get(), POLLIN, 0};
     const bool byItself = poll(&ended, 1, static_cast<int>(limit.count())) == 1;
     if (!byItself) kill(-pid, SIGKILL);

@@ -102,10 +102,8 @@ void TsqlBox::kill() {
 }
 
 std::string TsqlBox::odbcConnectionString(const std::string& database) const {
-    std::string password;
-    for (const char c : m_password) password.append(c == '}' ? 2 : 1, c);
     return "Driver=FreeTDS;Server=127.0.0.1;Port=" + std::to_string(m_port) + ";Database=" + database +
-           ";UID=" + m_login + ";PWD={" + password + "};TDS_Version=7.4;ClientCharset=UTF-8";
+           ";UID=" + m_login + ";PWD={" + m_password + "};TDS_Version=7.4;ClientCharset=UTF-8";
 }
 
 }  // namespace support

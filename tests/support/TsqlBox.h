@@ -45,7 +45,7 @@ class TsqlBox {
     TempDir m_folder;
     std::vector<std::string> m_extraArguments;
     std::string m_login = "sa";
-    std::string m_password = "Blue;Harbor}7";
+    std::string m_password = "Blue; Harbor 7";
     int m_port = 0;
     pid_t m_pid = -1;
     Descriptor m_input;  // its end ends the server, should this process die
