@@ -1,0 +1,199 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+#include "TestStore.h"
+#include "VtProcess.h"
+
+namespace {
+
+// One child: what its start and end told. The child is a shell script of the test's.
+struct Outcome {
+    bool isStarted = false;
+    bool isEnded = false;
+    int exitCode = -1;
+    std::string error;
+};
+
+class Process : public ::testing::Test {
+  protected:
+    std::string script(const std::string& name, const std::string& body) const {
+        const std::string path = m_store.folder / name;
+        support::writeFile(path, "#!/bin/sh\n" + body + "\n");
+        ::chmod(path.c_str(), 0700);
+        return path;
+    }
+
+    static Outcome run(const std::string& program, const std::string& line,
+                       unsigned int limit = VtProcess::kNoTimeout, int errorSize = 1024) {
+        Outcome result;
+        std::string error(1024, '#');
+        VtProcess process;
+        process.SetSilence(true);
+        result.isStarted = process.Start(program.c_str(), line.c_str(), error.data(), errorSize, 0);
+        if (result.isStarted) result.isEnded = process.Wait(&result.exitCode, error.data(), errorSize, limit);
+        result.error = error.c_str();
+        return result;
+    }
+
+    const TestStore m_store{""};
+};
+
+TEST_F(Process, SplitsTheCommandLineByDoubleQuotesAlone) {
+    struct Case {
+        const char* line;
+        const char* words;  // a line each, in brackets; null: refused
+    };
+    const std::string tool = script("words", "for w in \"$@\"; do printf '[%s]\\n' \"$w\" >&2; done");
+    for (const Case& split :
+         {Case{"tool a  b\tc ", "[a]\n[b]\n[c]\n"},
+          Case{"tool -Q \"select 'x y'\n\\n\\\" -s \"\t\"", "[-Q]\n[select 'x y'\n\\n\\]\n[-s]\n[\t]\n"},
+          Case{"tool a\"b c\"d \"\" e", "[ab cd]\n[]\n[e]\n"},
+          Case{"\"/a tool\" $HOME `id` ;*", "[$HOME]\n[`id`]\n[;*]\n"}, Case{"tool", ""}, Case{"", ""},
+          Case{"tool \"open", nullptr}, Case{"tool a\"b\" c\"", nullptr}}) {
+        const Outcome result = run("\"" + tool + "\"", split.line);
+        EXPECT_EQ(result.isStarted, split.words != nullptr) << split.line;
+        const std::string words = split.words != nullptr ? split.words : "is not closed.";
+        EXPECT_NE(result.error.find(words), std::string::npos) << result.error;
+        EXPECT_TRUE(split.words == nullptr || result.error == words) << result.error;
+    }
+}
+
+TEST_F(Process, TellsHowTheChildEnded) {
+    struct Case {
+        const char* body;
+        bool isEnded;
+        int exitCode;
+        const char* error;
+    };
+    for (const Case& end :
+         {Case{"exit 0", true, 0, ""}, Case{"echo seen; echo wrong >&2; exit 255", true, 255, "wrong\n"},
+          Case{"kill -9 $$", false, -1, "Ended by signal 9 (Killed)."},
+          Case{"echo why >&2; kill -15 $$", false, -1, "Ended by signal 15 (Terminated). It wrote:\nwhy\n"},
+          Case{"cat; echo $? >&2", true, 0, "0\n"}}) {  // nothing on standard input
+        const Outcome result = run(script("tool", end.body), "tool");
+        EXPECT_TRUE(result.isStarted);
+        EXPECT_EQ(result.isEnded, end.isEnded) << end.body;
+        EXPECT_EQ(result.exitCode, end.exitCode) << end.body;
+        EXPECT_EQ(result.error, end.error);
+    }
+}
+
+TEST_F(Process, KeepsTheTailOfALongStandardError) {
+    const std::string tool =
+        script("loud", "head -c 5000000 /dev/zero | tr '\\0' x >&2; printf 'the end' >&2");
+    EXPECT_EQ(run(tool, "loud").error, std::string(1016, 'x') + "the end");
+    EXPECT_EQ(run(tool, "loud", VtProcess::kNoTimeout, 4).error, "end");
+}
+
+TEST_F(Process, MapsToolNamesToPathsOfTheStore) {
+    m_store.write("[host.programs]\nsqlcmd = '" + script("other-sqlcmd", "echo \"$0 $1\" >&2") + "'\n");
+    EXPECT_EQ(run("\"/opt/mssql-tools/bin/sqlcmd\"", "\"/opt/mssql-tools/bin/sqlcmd\" -b").error,
+              std::string(m_store.folder / "other-sqlcmd") + " -b\n");
+    EXPECT_FALSE(run("/opt/mssql-tools/bin/isql", "isql").isStarted);
+}
+
+TEST_F(Process, SaysWhatToDoWhenAProgramCannotStart) {
+    const Outcome missing = run("\"/no/such/sqlcmd\"", "\"/no/such/sqlcmd\" -P \"secret word\"");
+    EXPECT_FALSE(missing.isStarted);
+    EXPECT_EQ(missing.error,
+              "Cannot start [/no/such/sqlcmd]: No such file or directory. Install it, or name its path as "
+              "sqlcmd under [host.programs] in [" +
+                  m_store.path().string() + "].");
+    EXPECT_NE(run("/dev/null", "null").error.find("Permission denied"), std::string::npos);
+    const Outcome tooLong = run("/bin/true", "true \"" + std::string(1 << 20, 'x') + "\"");
+    EXPECT_NE(tooLong.error.find("Argument list too long. The command line"), std::string::npos)
+        << tooLong.error;
+    EXPECT_EQ(run("/no/such/sqlcmd", "x", 0, 8).error, "Cannot ");
+    char error[64];
+    VtProcess idle;
+    EXPECT_FALSE(idle.Wait(nullptr, error, sizeof error, 0));
+    EXPECT_STREQ(error, "No process was started.");
+}
+
+bool isGone(const std::string& pidFile) {
+    const pid_t pid = std::stoi(support::readFile(pidFile));
+    for (int i = 0; i < 500; ++i) {  // a killed orphan is there until init has reaped it
+        std::ifstream status("/proc/" + std::to_string(pid) + "/stat");
+        std::string text;
+        std::getline(status, text);
+        if (text.empty() || text.find(") Z ") != std::string::npos) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+TEST_F(Process, ATimeOutEndsTheWholeGroup) {
+    const std::string pids = m_store.folder / "pid";
+    for (const std::string& trap : {std::string(), std::string("trap '' TERM;")}) {
+        const Outcome result = run(script("slow", trap + "sh -c '" + trap + "echo $$ > " + pids +
+                                                      "; while :; do sleep 1; done' & wait"),
+                                   "slow", 300);
+        EXPECT_TRUE(result.isStarted);
+        EXPECT_FALSE(result.isEnded);
+        EXPECT_EQ(result.error.rfind("Ended because it ran longer than 300 ms", 0), 0U) << result.error;
+        EXPECT_TRUE(isGone(pids));
+    }
+}
+
+TEST_F(Process, DoesNotWaitForWhatTheChildLeavesBehind) {
+    const std::string pids = m_store.folder / "pid";
+    const auto before = std::chrono::steady_clock::now();
+    const Outcome result =
+        run(script("parent", "sleep 60 & echo $! > " + pids + "; echo said >&2"), "parent");
+    EXPECT_EQ(result.error, "said\n");
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(30));
+    ::kill(std::stoi(support::readFile(pids)), SIGKILL);
+}
+
+TEST_F(Process, TheChildSeesNothingOfTheHostProgram) {
+    const int leaked = ::open("/dev/null", O_RDONLY);  // no close-on-exec
+    sigset_t blocked;
+    sigset_t before;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
+    ::signal(SIGPIPE, SIG_IGN);
+    const Outcome result =
+        run(script("look",
+                   "ls /proc/$$/fd | grep -vx 10 >&2\n"  // 10: the shell's own script
+                   "sed -n 's/^Sig...:.*\\(.......\\)$/\\1/p' /proc/$$/status | head -n 3 | tail -n 2 >&2"),
+            "look");
+    ::signal(SIGPIPE, SIG_DFL);
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    ::close(leaked);
+    EXPECT_EQ(result.error, "0\n1\n2\n0000000\n0000000\n");  // the C library ignores two signals above 28
+}
+
+TEST_F(Process, WorksWhereTheHostProgramHasNoStandardDescriptors) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        for (const int standard : {0, 1, 2}) ::close(standard);
+        const Outcome result = run("/bin/sh", "sh -c \"echo out; echo error >&2\"");
+        ::_exit(result.isEnded && result.exitCode == 0 && result.error == "error\n" ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Process, AnAbandonedChildIsWaitedFor) {
+    const std::string file = m_store.folder / "done";
+    {
+        VtProcess process;
+        char error[64];
+        ASSERT_TRUE(
+            process.Start(script("late", "sleep 0.2; echo x > " + file).c_str(), "late", error, 64, 0));
+        EXPECT_FALSE(process.Start("/bin/true", "true", error, 64, 0));
+    }
+    EXPECT_TRUE(std::filesystem::exists(file));
+}
+
+}  // namespace
