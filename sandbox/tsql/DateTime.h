@@ -42,6 +42,8 @@ std::optional<DateTime> parseDateTime(std::string_view text, int style);
 DateTime fromStorage(std::string_view text);
 std::string toStorage(const DateTime& value, const SqlType& type);
 
+constexpr int kNoStyle = -1;  // each type has its own default
+
 // CONVERT(varchar, value, style). Throws SqlError 281 for a style that no date has.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
 

@@ -2,7 +2,8 @@
 // functions that are registered in SQLite to do the work.
 //
 // The translator builds expressions bottom-up from Typed pieces. The emit... functions take pieces, put in
-// the conversions that T-SQL's rules ask for, and give back the piece of the whole.
+// the conversions that T-SQL's rules ask for, and give back the piece of the whole. A piece may come to stand
+// more than once in the whole: parameters in it are numbered or named (?1, @x), never a bare ?.
 #pragma once
 
 #include <cstdint>
@@ -103,7 +104,8 @@ class FunctionContext {
 
     // GETDATE() is the same in all rows of a statement: forgets the time of the last one, and its error.
     void beginStatement();
-    const DateTime& now();  // local time
+    const DateTime& now();     // local time
+    const DateTime& nowUtc();  // the same moment
     SessionFacts& facts() { return m_facts; }
 
     // An error that a function raised stands here after SQLite has returned SQLITE_ERROR.
@@ -113,6 +115,7 @@ class FunctionContext {
   private:
     SessionFacts& m_facts;
     std::optional<DateTime> m_now;
+    std::optional<DateTime> m_nowUtc;
     std::optional<SqlError> m_error;
 };
 

@@ -9,12 +9,33 @@
 namespace tsql {
 
 enum class TypeId : std::uint8_t {
-    Bit, TinyInt, SmallInt, Int, BigInt,
-    Decimal, SmallMoney, Money,
-    Real, Float,
-    Char, VarChar, NChar, NVarChar, Text, NText, Xml,
-    Date, Time, DateTime, SmallDateTime, DateTime2, DateTimeOffset,
-    UniqueIdentifier, Binary, VarBinary, Image,
+    Bit,
+    TinyInt,
+    SmallInt,
+    Int,
+    BigInt,
+    Decimal,
+    SmallMoney,
+    Money,
+    Real,
+    Float,
+    Char,
+    VarChar,
+    NChar,
+    NVarChar,
+    Text,
+    NText,
+    Xml,
+    Date,
+    Time,
+    DateTime,
+    SmallDateTime,
+    DateTime2,
+    DateTimeOffset,
+    UniqueIdentifier,
+    Binary,
+    VarBinary,
+    Image,
 };
 
 // A column's, variable's or expression's type.
@@ -35,7 +56,7 @@ struct SqlType {
     static constexpr int kMax = -1;  // length of varchar(max), nvarchar(max), varbinary(max)
 
     TypeId id = TypeId::Int;
-    int length = 0;              // characters (bytes for Binary, VarBinary), or kMax; 0 where it has no meaning
+    int length = 0;  // characters (bytes for Binary, VarBinary), or kMax; 0 where it has no meaning
     std::uint8_t precision = 0;  // Decimal: 1 to 38; each value fits 64 bits all the same
     std::uint8_t scale = 0;      // Decimal, Money: digits after the point; Time, DateTime2: 0 to 7
 

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
+#include "DateTime.h"
+#include "Int128.h"
 #include "SqlError.h"
 #include "SqlType.h"
 #include "SqlTypes.h"
@@ -30,7 +33,6 @@ enum class Conversion {
     Try,     // TRY_CAST, TRY_CONVERT: what fails is NULL
     Assign,  // a column of a table: too long a text is error 8152
 };
-constexpr int kNoStyle = 0;
 
 // Throws SqlError 245, 8114, 8115, 241, 242, 8152, 220, 529 ... as SQL Server numbers the failure.
 // NULL stays NULL. `style` is CONVERT's third argument.
@@ -40,10 +42,10 @@ Value convertValue(const CellView& value, const SqlType& from, const SqlType& to
 // The text of a value as PRINT and a conversion to varchar show it; empty for NULL.
 std::string textOf(const CellView& value, const SqlType& type);
 
-// `left op right` for operands of any number types; the result has operatorType(op, left, right)'s form.
+// `left op right` for operands of any number types, in the form of `type`: operatorType(op, left, right).
 // Throws SqlError 8115 (overflow) and 8134 (divide by zero). NULL in, NULL out.
 Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
-                 const SqlType& rightType);
+                 const SqlType& rightType, const SqlType& type);
 
 // Order of two exact numbers of different scales: below 0, 0, above 0.
 int compareScaled(std::int64_t left, int leftScale, std::int64_t right, int rightScale);
@@ -53,6 +55,17 @@ struct TypedValue {
     Value value;
     SqlType type;
 };
+// Throws SqlError 1007 for more digits than are carried.
 TypedValue numericLiteral(std::string_view text);
+
+// Scaled integers, the form of decimal and money.
+enum class Rounding { Truncate, HalfAway };
+std::int64_t powerOfTen(int exponent);  // 0 to 18
+Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding);
+bool fitsScaled(Int128 value, const SqlType& type);
+std::string scaledText(std::int64_t value, int scale);  // 1250, 2: "12.50"
+
+// Pairs of hexadecimal digits; nothing when they are not.
+std::optional<Bytes> parseHex(std::string_view digits);
 
 }  // namespace tsql

@@ -1,0 +1,167 @@
+// T-SQL's aggregates, as SQLite aggregates. NULLs are left out; of no value at all the result is NULL.
+#include <sqlite3.h>
+
+#include <array>
+#include <cmath>
+#include <memory>
+#include <new>
+
+#include "FunctionImpl.h"
+
+namespace tsql {
+namespace {
+
+struct Gathered {
+    std::int64_t count = 0;
+    Int128 sum = 0;
+    double real = 0;     // sum, or mean for the variances
+    double squares = 0;  // sum of squared distances from the mean
+    std::string text;
+};
+
+struct Aggregate {
+    const char* name;
+    int arguments;
+    void (*step)(Gathered& gathered, std::span<const CellView> arguments);
+    Value (*result)(const Gathered& gathered);
+};
+
+struct AggregateBinding {
+    FunctionContext& context;
+    const Aggregate& aggregate;
+};
+
+double realOf(const CellView& value) {
+    const auto* integer = std::get_if<std::int64_t>(&value);
+    return integer ? static_cast<double>(*integer) : std::get<double>(value);
+}
+
+void addExact(Gathered& gathered, std::span<const CellView> arguments) {
+    gathered.sum += std::get<std::int64_t>(arguments[0]);
+}
+
+void addReal(Gathered& gathered, std::span<const CellView> arguments) {
+    gathered.real += realOf(arguments[0]);
+}
+
+// Welford: stable where values are large and close together.
+void addSpread(Gathered& gathered, std::span<const CellView> arguments) {
+    const double value = realOf(arguments[0]), distance = value - gathered.real;
+    gathered.real += distance / static_cast<double>(gathered.count);
+    gathered.squares += distance * (value - gathered.real);
+}
+
+void addText(Gathered& gathered, std::span<const CellView> arguments) {
+    if (gathered.count > 1) gathered.text += std::get<std::string_view>(arguments[1]);
+    gathered.text += std::get<std::string_view>(arguments[0]);
+}
+
+template <TypeId id>
+Value exactSum(const Gathered& gathered) {
+    const bool narrow = id == TypeId::Int;
+    const Int128 most = narrow ? INT32_MAX : INT64_MAX, least = narrow ? INT32_MIN : INT64_MIN;
+    if (gathered.sum <= most && gathered.sum >= least) return static_cast<std::int64_t>(gathered.sum);
+    throw SqlError(8115, "Arithmetic overflow error converting expression to data type " +
+                             std::string(id == TypeId::Decimal ? "numeric" : baseName(id)) + ".");
+}
+
+// The average with so many digits more than the values have, cut.
+template <int digits>
+Value exactAverage(const Gathered& gathered) {
+    const Int128 average = gathered.sum * powerOfTen(digits) / gathered.count;
+    if (average <= INT64_MAX && average >= INT64_MIN) return static_cast<std::int64_t>(average);
+    throw SqlError(8115, "Arithmetic overflow error converting expression to data type numeric.");
+}
+
+Value realSum(const Gathered& gathered) {
+    return gathered.real;
+}
+Value realAverage(const Gathered& gathered) {
+    return gathered.real / static_cast<double>(gathered.count);
+}
+
+// `Sample`: divided by one less than the number of values.
+template <bool sample, bool root>
+Value spread(const Gathered& gathered) {
+    const std::int64_t divisor = gathered.count - (sample ? 1 : 0);
+    if (divisor == 0) return Null{};
+    const double variance = gathered.squares / static_cast<double>(divisor);
+    return root ? std::sqrt(variance) : variance;
+}
+
+Value joinedText(const Gathered& gathered) {
+    return gathered.text;
+}
+
+constexpr Aggregate kAggregates[] = {
+    {"ts_sum_int", 1, addExact, exactSum<TypeId::Int>},
+    {"ts_sum_bigint", 1, addExact, exactSum<TypeId::BigInt>},
+    {"ts_sum_money", 1, addExact, exactSum<TypeId::Money>},
+    {"ts_sum_decimal", 1, addExact, exactSum<TypeId::Decimal>},
+    {"ts_sum_float", 1, addReal, realSum},
+    {"ts_avg_float", 1, addReal, realAverage},
+    {"ts_avg_exact0", 1, addExact, exactAverage<0>},
+    {"ts_avg_exact1", 1, addExact, exactAverage<1>},
+    {"ts_avg_exact2", 1, addExact, exactAverage<2>},
+    {"ts_avg_exact3", 1, addExact, exactAverage<3>},
+    {"ts_avg_exact4", 1, addExact, exactAverage<4>},
+    {"ts_avg_exact5", 1, addExact, exactAverage<5>},
+    {"ts_avg_exact6", 1, addExact, exactAverage<6>},
+    {"ts_stdev", 1, addSpread, spread<true, true>},
+    {"ts_stdevp", 1, addSpread, spread<false, true>},
+    {"ts_var", 1, addSpread, spread<true, false>},
+    {"ts_varp", 1, addSpread, spread<false, false>},
+    {"ts_string_agg", 2, addText, joinedText},
+};
+
+const AggregateBinding& bindingOf(sqlite3_context* call) {
+    return *static_cast<const AggregateBinding*>(sqlite3_user_data(call));
+}
+
+// SQLite keeps a zeroed slot for each group; what it points to is made by the first value.
+Gathered*& slotOf(sqlite3_context* call) {
+    auto* slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(Gathered*)));
+    if (!slot) throw std::bad_alloc();
+    return *slot;
+}
+
+void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
+    const AggregateBinding& binding = bindingOf(call);
+    try {
+        const std::array<CellView, 2> arguments = {viewOf(values[0]),
+                                                   count > 1 ? viewOf(values[1]) : CellView{}};
+        if (isNull(arguments[0])) return;
+        Gathered*& gathered = slotOf(call);
+        if (!gathered) gathered = new Gathered;
+        ++gathered->count;
+        binding.aggregate.step(*gathered, arguments);
+    } catch (...) {
+        reportError(binding.context, call);
+    }
+}
+
+// Also called when a statement ends early, to let go of what was gathered.
+void finishAggregate(sqlite3_context* call) {
+    const AggregateBinding& binding = bindingOf(call);
+    try {
+        const std::unique_ptr<Gathered> gathered(slotOf(call));
+        if (!gathered) return sqlite3_result_null(call);
+        giveResult(call, binding.aggregate.result(*gathered));
+    } catch (...) {
+        reportError(binding.context, call);
+    }
+}
+
+}  // namespace
+
+void registerAggregates(sqlite3* connection, FunctionContext& context) {
+    for (const Aggregate& aggregate : kAggregates) {
+        const int code = sqlite3_create_function_v2(
+            connection, aggregate.name, aggregate.arguments, SQLITE_UTF8,
+            new AggregateBinding{context, aggregate}, nullptr, stepAggregate, finishAggregate,
+            [](void* binding) { delete static_cast<AggregateBinding*>(binding); });
+        if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
+    }
+}
+
+}  // namespace tsql

@@ -1,0 +1,170 @@
+// T-SQL's numeric functions, as SQLite functions.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+
+#include "FunctionImpl.h"
+#include "Text.h"
+
+namespace tsql {
+namespace {
+
+[[noreturn]] void overflow(const SqlType& type) {
+    throw SqlError(8115, "Arithmetic overflow error converting expression to data type " +
+                             std::string(baseName(type.id)) + ".");
+}
+
+// A float function outside of its domain.
+double checked(double result) {
+    if (std::isnan(result)) throw SqlError(3623, "An invalid floating point operation occurred.");
+    if (std::isinf(result)) overflow(simpleType(TypeId::Float));
+    return result;
+}
+
+template <double (*function)(double)>
+Value runFloat(const Call& call) {
+    return checked(function(call.real(0)));
+}
+
+double square(double x) {
+    return x * x;
+}
+double cotangent(double x) {
+    return 1 / std::tan(x);
+}
+double degrees(double x) {
+    return x * 180 / std::numbers::pi;
+}
+double radians(double x) {
+    return x * std::numbers::pi / 180;
+}
+
+// (value, type)
+Value runAbs(const Call& call) {
+    if (isApproximate(call.type(1).id)) return std::fabs(call.real(0));
+    const std::int64_t value = call.integer(0);
+    if (value == std::numeric_limits<std::int64_t>::min() ||
+        (call.type(1).id == TypeId::Int && value == INT32_MIN))
+        overflow(call.type(1));
+    return value < 0 ? -value : value;
+}
+
+// (value, type): of the same type
+Value runSign(const Call& call) {
+    const SqlType type = call.type(1);
+    const double value = call.real(0);
+    const int sign = value > 0 ? 1 : value < 0 ? -1 : 0;
+    if (isApproximate(type.id)) return static_cast<double>(sign);
+    return std::int64_t{sign} * powerOfTen(type.scale);
+}
+
+// (value, type): money keeps its scale, decimal gives decimal(p,0)
+template <bool up>
+Value runWhole(const Call& call) {
+    const SqlType type = call.type(1);
+    if (isApproximate(type.id)) return up ? std::ceil(call.real(0)) : std::floor(call.real(0));
+    const std::int64_t value = call.integer(0), unit = powerOfTen(type.scale);
+    std::int64_t whole = value / unit;
+    if (value % unit != 0 && (value > 0) == up) whole += up ? 1 : -1;
+    return isMoney(type.id) ? whole * unit : whole;
+}
+
+// (value, type, places[, cut]): of the same type, int at least; places below 0 round before the point
+Value runRound(const Call& call) {
+    const SqlType type = call.type(1);
+    const std::int64_t places = call.integer(2);
+    const bool cut = call.count() > 3 && call.integer(3) != 0;
+    if (isApproximate(type.id)) {
+        const double power = std::pow(10.0, static_cast<double>(places)), scaled = call.real(0) * power;
+        if (!std::isfinite(power) || !std::isfinite(scaled) || power == 0)
+            return places < 0 ? 0.0 : call.real(0);
+        return (cut ? std::trunc(scaled) : std::round(scaled)) / power;
+    }
+    if (places >= type.scale) return call.integer(0);
+    if (type.scale - places > 18) return std::int64_t{0};
+    const int dropped = static_cast<int>(type.scale - places);
+    const Int128 whole = rescaled(call.integer(0), dropped, 0, cut ? Rounding::Truncate : Rounding::HalfAway);
+    const Int128 result = whole * powerOfTen(dropped);
+    if (result > INT64_MAX || result < INT64_MIN) overflow(type);
+    if (!isInteger(type.id)) return convertValue(static_cast<std::int64_t>(result), type, type);
+    const SqlType atLeastInt = simpleType(std::max(type.id, TypeId::Int));
+    return convertValue(static_cast<std::int64_t>(result), simpleType(TypeId::BigInt), atLeastInt);
+}
+
+// (base, exponent, result type)
+Value runPower(const Call& call) {
+    const double result = checked(std::pow(call.real(0), call.real(1)));
+    try {
+        return convertValue(result, simpleType(TypeId::Float), call.type(2));
+    } catch (const SqlError&) {
+        overflow(call.type(2));
+    }
+}
+
+Value runLog(const Call& call) {
+    const double result = std::log(call.real(0));
+    if (call.count() < 2) return call.real(0) > 0 ? checked(result) : checked(NAN);
+    return checked(result / std::log(call.real(1)));
+}
+
+Value runLog10(const Call& call) {
+    return checked(call.real(0) > 0 ? std::log10(call.real(0)) : NAN);
+}
+Value runAtn2(const Call& call) {
+    return checked(std::atan2(call.real(0), call.real(1)));
+}
+
+// ([seed])
+Value runRand(const Call& call) {
+    thread_local std::mt19937_64 engine{std::random_device{}()};
+    if (call.count() > 0) engine.seed(static_cast<std::uint64_t>(call.integer(0)));
+    return std::uniform_real_distribution<double>(0, 1)(engine);
+}
+
+// (value, type)
+Value runIsNumeric(const Call& call) {
+    if (isNull(call[0])) return std::int64_t{0};
+    const SqlType type = call.type(1);
+    if (!isText(type.id)) return std::int64_t{isNumber(type.id)};
+    const auto reads = [&](const SqlType& target) {
+        return !isNull(convertValue(call[0], type, target, kNoStyle, Conversion::Try));
+    };
+    if (trimmed(call.text(0)).empty()) return std::int64_t{0};
+    return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
+}
+
+constexpr ScalarFunction kFunctions[] = {
+    {"ts_abs", runAbs},
+    {"ts_sign", runSign},
+    {"ts_ceiling", runWhole<true>},
+    {"ts_floor", runWhole<false>},
+    {"ts_round", runRound},
+    {"ts_power", runPower},
+    {"ts_log", runLog},
+    {"ts_log10", runLog10},
+    {"ts_atn2", runAtn2},
+    {"ts_sqrt", runFloat<std::sqrt>},
+    {"ts_exp", runFloat<std::exp>},
+    {"ts_square", runFloat<square>},
+    {"ts_sin", runFloat<std::sin>},
+    {"ts_cos", runFloat<std::cos>},
+    {"ts_tan", runFloat<std::tan>},
+    {"ts_cot", runFloat<cotangent>},
+    {"ts_asin", runFloat<std::asin>},
+    {"ts_acos", runFloat<std::acos>},
+    {"ts_atan", runFloat<std::atan>},
+    {"ts_degrees", runFloat<degrees>},
+    {"ts_radians", runFloat<radians>},
+    {"ts_rand", runRand, Nulls::GiveNull, Purity::Varying},
+    {"ts_isnumeric", runIsNumeric, Nulls::Reach},
+};
+
+}  // namespace
+
+std::span<const ScalarFunction> mathFunctions() {
+    return kFunctions;
+}
+
+}  // namespace tsql

@@ -1,0 +1,290 @@
+// Conversions, arithmetic and comparisons, as SQLite functions, and the pieces of SQL that call them.
+#include <charconv>
+
+#include "FunctionImpl.h"
+#include "Text.h"
+
+namespace tsql {
+namespace {
+
+// (value, type, target type, style)
+template <Conversion kind>
+Value runConvert(const Call& call) {
+    return convertValue(call[0], call.type(1), call.type(2), static_cast<int>(call.integer(3)), kind);
+}
+
+// (value, type, target type, table, column)
+Value runAssign(const Call& call) {
+    if (isNull(call[0])) return Null{};
+    const SqlType from = call.type(1), to = call.type(2);
+    try {
+        return convertValue(call[0], from, to, kNoStyle, Conversion::Assign);
+    } catch (const SqlError& error) {
+        constexpr int kTruncated = 8152;
+        if (error.number != kTruncated) throw;
+        const std::string kept = textOf(viewOf(convertValue(call[0], from, to)), to);
+        throw SqlError(2628, "String or binary data would be truncated in table '" +
+                                 std::string(call.text(3)) + "', column '" + std::string(call.text(4)) +
+                                 "'. Truncated value: '" + kept + "'.");
+    }
+}
+
+// (left, left type, right, right type, result type)
+template <BinaryOp op>
+Value runArithmetic(const Call& call) {
+    return arithmetic(op, call[0], call.type(1), call[2], call.type(3), call.type(4));
+}
+
+// (left, left scale, right, right scale)
+Value runCompare(const Call& call) {
+    return std::int64_t{compareScaled(call.integer(0), static_cast<int>(call.integer(1)), call.integer(2),
+                                      static_cast<int>(call.integer(3)))};
+}
+
+// (value, pattern[, escape])
+Value runLike(const Call& call) {
+    char32_t escape = 0;
+    if (call.count() == 3) {
+        std::string_view text = call.text(2);
+        if (characterCount(text) != 1)
+            throw SqlError(506, "The invalid escape character \"" + std::string(text) +
+                                    "\" was specified in a LIKE predicate.");
+        escape = nextCharacter(text);
+    }
+    return std::int64_t{matchesLike(call.text(0), call.text(1), escape)};
+}
+
+constexpr ScalarFunction kFunctions[] = {
+    {"ts_convert", runConvert<Conversion::Cast>},
+    {"ts_try_convert", runConvert<Conversion::Try>},
+    {"ts_assign", runAssign, Nulls::Reach},
+    {"ts_add", runArithmetic<BinaryOp::Add>},
+    {"ts_subtract", runArithmetic<BinaryOp::Subtract>},
+    {"ts_multiply", runArithmetic<BinaryOp::Multiply>},
+    {"ts_divide", runArithmetic<BinaryOp::Divide>},
+    {"ts_modulo", runArithmetic<BinaryOp::Modulo>},
+    {"ts_bitand", runArithmetic<BinaryOp::BitAnd>},
+    {"ts_bitor", runArithmetic<BinaryOp::BitOr>},
+    {"ts_bitxor", runArithmetic<BinaryOp::BitXor>},
+    {"ts_compare", runCompare},
+    {"ts_like", runLike},
+};
+
+constexpr std::string_view kOperatorFunctions[] = {"ts_add",    "ts_subtract", "ts_multiply", "ts_divide",
+                                                   "ts_modulo", "ts_bitand",   "ts_bitor",    "ts_bitxor"};
+constexpr std::string_view kCompareSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
+
+std::string code(const SqlType& type) {
+    return std::to_string(encodeType(type));
+}
+
+std::string quoted(std::string_view text) {
+    std::string result = "'";
+    for (const char c : text) result.append(c == '\'' ? 2 : 1, c);
+    return result + "'";
+}
+
+// A value of `from` is in the form of `to` as it stands.
+bool sameForm(const SqlType& from, const SqlType& to) {
+    if (from == to) return true;
+    if (isInteger(from.id) && isInteger(to.id)) return to.id >= from.id && to.id != TypeId::Bit;  // widening
+    if (from.id == TypeId::Decimal && to.id == TypeId::Decimal)
+        return from.scale == to.scale && from.precision <= to.precision;
+    const bool roomy = to.length <= 0 || (from.length > 0 && from.length <= to.length);
+    if (isText(from.id) && isText(to.id)) return roomy && to.id != TypeId::Char && to.id != TypeId::NChar;
+    if (isBinary(from.id) && isBinary(to.id)) return roomy && to.id != TypeId::Binary;
+    return (from.id == TypeId::Real && to.id == TypeId::Float) ||
+           (from.id == TypeId::SmallMoney && to.id == TypeId::Money);
+}
+
+// An integer literal counts with its own digits beside a decimal, not with int's ten.
+SqlType operandType(const Typed& value, const SqlType& partner) {
+    if (!value.integer || partner.id != TypeId::Decimal) return value.type;
+    const auto digits = std::to_string(*value.integer < 0 ? -*value.integer : *value.integer).size();
+    return decimalType(static_cast<int>(digits), 0);
+}
+
+Typed withPartnersType(const Typed& value, const Typed& partner) {
+    Typed result = value;
+    if (value.nullLiteral) result.type = partner.type;
+    return result;
+}
+
+std::string scaledLiteral(std::int64_t value, int scale) {
+    return std::to_string(static_cast<std::int64_t>(value * powerOfTen(scale)));
+}
+
+// Small enough to be scaled beforehand, so that an index of the other side can be used.
+bool isScalable(const Typed& value) {
+    return value.integer && *value.integer < 1'000'000'000 && *value.integer > -1'000'000'000;
+}
+
+std::string compareExact(std::string_view sign, const Typed& left, const Typed& right) {
+    if (left.type.scale == right.type.scale) return "(" + left.sql + std::string(sign) + right.sql + ")";
+    if (isScalable(right) && left.type.scale <= 9)
+        return "(" + left.sql + std::string(sign) + scaledLiteral(*right.integer, left.type.scale) + ")";
+    return "(ts_compare(" + left.sql + "," + std::to_string(left.type.scale) + "," + right.sql + "," +
+           std::to_string(right.type.scale) + ")" + std::string(sign) + "0)";
+}
+
+}  // namespace
+
+std::span<const ScalarFunction> operatorFunctions() {
+    return kFunctions;
+}
+
+Typed nullLiteral() {
+    return {"NULL", simpleType(TypeId::Int), true, {}, {}};
+}
+
+Typed textLiteral(std::string_view text, bool national) {
+    const int length =
+        static_cast<int>(std::min<std::size_t>(std::max<std::size_t>(characterCount(text), 1), 8001));
+    Typed result{quoted(text), national ? nvarcharType(length) : varcharType(length), false, {}, {}};
+    if (text.find('\0') == std::string_view::npos) return result;
+    result.sql = "CAST(x'";  // SQLite reads a statement only up to its first NUL
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        result.sql += "0123456789ABCDEF"[byte >> 4];
+        result.sql += "0123456789ABCDEF"[byte & 15];
+    }
+    result.sql += "' AS TEXT)";
+    return result;
+}
+
+Typed numberLiteral(std::string_view text) {
+    const TypedValue literal = numericLiteral(text);
+    Typed result{{}, literal.type, false, {}, {}};
+    if (const auto* integer = std::get_if<std::int64_t>(&literal.value)) {
+        result.sql = std::to_string(*integer);
+        if (literal.type.id == TypeId::Int) result.integer = *integer;
+        return result;
+    }
+    char digits[40];
+    const auto end = std::to_chars(digits, digits + sizeof digits, std::get<double>(literal.value),
+                                   std::chars_format::scientific)
+                         .ptr;
+    result.sql.assign(digits, end);
+    return result;
+}
+
+Typed binaryLiteral(std::string_view hex) {
+    const std::string digits = (hex.size() % 2 != 0 ? "0" : "") + std::string(hex);
+    SqlType type = simpleType(TypeId::VarBinary);
+    type.length =
+        digits.size() > 16000 ? SqlType::kMax : static_cast<int>(std::max<std::size_t>(digits.size() / 2, 1));
+    return {"x'" + digits + "'", type, false, {}, {}};
+}
+
+Typed wordArgument(std::string_view word) {
+    return {{}, {}, false, {}, std::string(word)};
+}
+
+Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
+    Typed result = value;
+    result.type = to;
+    if (value.nullLiteral) return result;
+    if (!style && sameForm(value.type, to)) {
+        if (!isInteger(to.id)) result.integer.reset();
+        return result;
+    }
+    result.integer.reset();
+    const std::string styleSql =
+        style ? coerce(*style, simpleType(TypeId::Int)).sql : std::to_string(kNoStyle);
+    result.sql = std::string(kind == Conversion::Try ? "ts_try_convert(" : "ts_convert(") + value.sql + "," +
+                 code(value.type) + "," + code(to) + "," + styleSql + ")";
+    return result;
+}
+
+Typed coerce(const Typed& value, const SqlType& to) {
+    return emitConvert(value, to, nullptr, Conversion::Cast);
+}
+
+Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column) {
+    if (value.nullLiteral || sameForm(value.type, to)) return coerce(value, to);
+    return {"ts_assign(" + value.sql + "," + code(value.type) + "," + code(to) + "," + quoted(table) + "," +
+                quoted(column) + ")",
+            to,
+            false,
+            {},
+            {}};
+}
+
+SqlType commonType(std::span<const Typed> pieces) {
+    std::optional<SqlType> type;
+    for (const Typed& piece : pieces) {
+        if (piece.nullLiteral) continue;
+        type =
+            type ? commonType(operandType({{}, *type, false, {}, {}}, piece.type), operandType(piece, *type))
+                 : piece.type;
+    }
+    return type.value_or(simpleType(TypeId::Int));
+}
+
+std::string collated(const Typed& value) {
+    return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
+}
+
+Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
+    const Typed left = withPartnersType(leftPiece, rightPiece),
+                right = withPartnersType(rightPiece, leftPiece);
+    const SqlType type = operatorType(op, operandType(left, right.type), operandType(right, left.type));
+    if (isText(type.id)) return {"(" + left.sql + " || " + right.sql + ")", type, false, {}, {}};
+    if (isBinary(type.id))
+        return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type, false, {}, {}};
+    const std::string name(kOperatorFunctions[static_cast<std::size_t>(op)]);
+    return {name + "(" + left.sql + "," + code(left.type) + "," + right.sql + "," + code(right.type) + "," +
+                code(type) + ")",
+            type,
+            false,
+            {},
+            {}};
+}
+
+Typed emitNegate(const Typed& value) {
+    Typed result = value;
+    if (value.nullLiteral) return result;
+    if (!isNumber(value.type.id) || value.type.id == TypeId::Bit)
+        throw SqlError(8117, "Operand data type " + std::string(baseName(value.type.id)) +
+                                 " is invalid for minus operator.");
+    if (value.integer) {
+        result.integer = -*value.integer;
+        result.sql = "(" + std::to_string(-*value.integer) + ")";
+        return result;
+    }
+    if (value.type.id == TypeId::TinyInt) result.type = simpleType(TypeId::SmallInt);
+    if (isInteger(value.type.id) || isMoney(value.type.id))  // the least value has no counterpart
+        result.sql = "ts_subtract(0," + code(result.type) + "," + value.sql + "," + code(value.type) + "," +
+                     code(result.type) + ")";
+    else
+        result.sql = "(-" + value.sql + ")";
+    return result;
+}
+
+Typed emitBitNot(const Typed& value) {
+    if (!isInteger(value.type.id))
+        throw SqlError(8117, "Operand data type " + std::string(baseName(value.type.id)) +
+                                 " is invalid for '~' operator.");
+    const std::string_view all = value.type.id == TypeId::Bit       ? "(1-"
+                                 : value.type.id == TypeId::TinyInt ? "(255-"
+                                                                    : "(-1-";
+    return {std::string(all) + value.sql + ")", value.type, value.nullLiteral, {}, {}};
+}
+
+std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& rightPiece) {
+    const Typed left = withPartnersType(leftPiece, rightPiece),
+                right = withPartnersType(rightPiece, leftPiece);
+    const std::string_view sign = kCompareSigns[static_cast<std::size_t>(op)];
+    if (isExact(left.type.id) && isExact(right.type.id)) return compareExact(sign, left, right);
+    const SqlType type = commonType(left.type, right.type);
+    const SqlType loose = isText(type.id) ? nvarcharType(SqlType::kMax) : type;
+    return "(" + collated(coerce(left, loose)) + std::string(sign) + coerce(right, loose).sql + ")";
+}
+
+std::string emitLike(const Typed& value, const Typed& pattern, const Typed* escape) {
+    const SqlType text = nvarcharType(SqlType::kMax);
+    return "ts_like(" + coerce(value, text).sql + "," + coerce(pattern, text).sql +
+           (escape ? "," + coerce(*escape, text).sql : "") + ")";
+}
+
+}  // namespace tsql

@@ -1,0 +1,135 @@
+// Puts the functions and the collation into a SQLite connection.
+#include <sqlite3.h>
+
+#include <array>
+#include <new>
+
+#include "FunctionImpl.h"
+#include "Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr std::size_t kMaxArguments = 127;  // SQLite's own limit
+
+struct Binding {
+    FunctionContext& context;
+    const ScalarFunction& function;
+};
+
+bool anyNull(std::span<const CellView> arguments) {
+    for (const CellView& argument : arguments)
+        if (isNull(argument)) return true;
+    return false;
+}
+
+void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
+    const auto& binding = *static_cast<const Binding*>(sqlite3_user_data(call));
+    try {
+        std::array<CellView, kMaxArguments> views;
+        const std::span<CellView> arguments(views.data(), static_cast<std::size_t>(count));
+        for (std::size_t i = 0; i < arguments.size(); ++i) arguments[i] = viewOf(values[i]);
+        if (binding.function.nulls == Nulls::GiveNull && anyNull(arguments)) return sqlite3_result_null(call);
+        giveResult(call, binding.function.run(Call(binding.context, arguments)));
+    } catch (...) {
+        reportError(binding.context, call);
+    }
+}
+
+void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarFunction& function) {
+    const int flags = SQLITE_UTF8 | (function.purity == Purity::Pure ? SQLITE_DETERMINISTIC : 0);
+    const int code = sqlite3_create_function_v2(connection, function.name, -1, flags,
+                                                new Binding{context, function}, callScalar, nullptr, nullptr,
+                                                [](void* binding) { delete static_cast<Binding*>(binding); });
+    if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
+}
+
+int collate(void*, int leftSize, const void* left, int rightSize, const void* right) {
+    return compareText({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
+                       {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
+}
+
+}  // namespace
+
+CellView viewOf(sqlite3_value* value) {
+    switch (sqlite3_value_type(value)) {
+        case SQLITE_INTEGER:
+            return std::int64_t{sqlite3_value_int64(value)};
+        case SQLITE_FLOAT:
+            return sqlite3_value_double(value);
+        case SQLITE_TEXT: {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+            return std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+        }
+        case SQLITE_BLOB: {
+            const auto* bytes = static_cast<const std::byte*>(sqlite3_value_blob(value));
+            return Blob(bytes, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+        }
+        default:
+            return Null{};
+    }
+}
+
+void giveResult(sqlite3_context* call, const Value& value) {
+    if (const auto* text = std::get_if<std::string>(&value))
+        sqlite3_result_text64(call, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    else if (const auto* integer = std::get_if<std::int64_t>(&value))
+        sqlite3_result_int64(call, *integer);
+    else if (const auto* real = std::get_if<double>(&value))
+        sqlite3_result_double(call, *real);
+    else if (const auto* bytes = std::get_if<Bytes>(&value))
+        bytes->empty() ? sqlite3_result_zeroblob(call, 0)
+                       : sqlite3_result_blob64(call, bytes->data(), bytes->size(), SQLITE_TRANSIENT);
+    else
+        sqlite3_result_null(call);
+}
+
+void reportError(FunctionContext& context, sqlite3_context* call) {
+    try {
+        throw;
+    } catch (const SqlError& error) {
+        context.setError(error);
+        sqlite3_result_error(call, error.what(), -1);
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(call);
+    } catch (const std::bad_variant_access&) {
+        context.setError(SqlError(8116, "An argument has a data type that the function does not take."));
+        sqlite3_result_error(call, "argument of a wrong type", -1);
+    } catch (const std::exception& error) {
+        sqlite3_result_error(call, error.what(), -1);
+    }
+}
+
+void FunctionContext::beginStatement() {
+    m_now.reset();
+    m_nowUtc.reset();
+    m_error.reset();
+}
+
+const DateTime& FunctionContext::now() {
+    if (!m_now) m_now = localNow();
+    return *m_now;
+}
+
+const DateTime& FunctionContext::nowUtc() {
+    if (!m_nowUtc) m_nowUtc = utcNow();
+    return *m_nowUtc;
+}
+
+std::optional<SqlError> FunctionContext::takeError() {
+    std::optional<SqlError> error = std::move(m_error);
+    m_error.reset();
+    return error;
+}
+
+void registerFunctions(sqlite3* connection, FunctionContext& context) {
+    for (const auto functions :
+         {operatorFunctions(), textFunctions(), mathFunctions(), dateFunctions(), sessionFunctions()})
+        for (const ScalarFunction& function : functions) registerScalar(connection, context, function);
+    registerAggregates(connection, context);
+    const std::string name(kCollation);
+    if (sqlite3_create_collation(connection, name.c_str(), SQLITE_UTF8, nullptr, collate) != SQLITE_OK)
+        throw std::runtime_error(sqlite3_errmsg(connection));
+}
+
+}  // namespace tsql

@@ -1,0 +1,224 @@
+#include "Text.h"
+
+#include <clocale>
+#include <cwctype>
+#include <vector>
+
+namespace tsql {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+constexpr std::size_t kFoldTable =
+    0x10000;  // the basic plane; the few pairs above it are looked up each time
+
+// The C library's own table of case pairs, independent of the process's locale.
+locale_t unicodeLocale() {
+    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return locale;
+}
+
+char32_t mapUpper(char32_t c) {
+    if (c < 0x80) return c >= 'a' && c <= 'z' ? c - 32 : c;
+    return unicodeLocale() ? static_cast<char32_t>(towupper_l(static_cast<wint_t>(c), unicodeLocale())) : c;
+}
+
+char32_t mapLower(char32_t c) {
+    if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 32 : c;
+    return unicodeLocale() ? static_cast<char32_t>(towlower_l(static_cast<wint_t>(c), unicodeLocale())) : c;
+}
+
+template <typename Map>
+std::string mapped(std::string_view text, Map map) {
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const char32_t c = nextCharacter(text);
+        const char32_t other = map(c);
+        if (other == c)
+            result.append(before.substr(0, before.size() - text.size()));
+        else
+            appendCharacter(result, other);
+    }
+    return result;
+}
+
+// Bytes of the character at the beginning of the text; 1 where it is no UTF-8.
+std::size_t sequenceLength(std::string_view text) {
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const std::size_t length = lead < 0x80   ? 1
+                               : lead < 0xC2 ? 1
+                               : lead < 0xE0 ? 2
+                               : lead < 0xF0 ? 3
+                               : lead < 0xF5 ? 4
+                                             : 1;
+    if (length > text.size()) return 1;
+    for (std::size_t i = 1; i < length; ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return 1;
+    return length;
+}
+
+char32_t nextOrBlank(std::string_view& text) {
+    return text.empty() ? U' ' : nextCharacter(text);
+}
+
+// A [set] of a pattern, its opening bracket already taken; takes all up to the closing one.
+// Nothing closes it: the bracket is itself.
+bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
+    std::string_view rest = pattern;
+    bool negated = false, found = false;
+    if (!rest.empty() && rest[0] == '^') {
+        negated = true;
+        rest.remove_prefix(1);
+    }
+    for (bool first = true; !rest.empty() && (first || rest[0] != ']'); first = false) {
+        const char32_t low = foldCase(nextCharacter(rest));
+        char32_t high = low;
+        if (rest.size() > 1 && rest[0] == '-' && rest[1] != ']') {
+            rest.remove_prefix(1);
+            high = foldCase(nextCharacter(rest));
+        }
+        found = found || (c >= low && c <= high);
+    }
+    if (rest.empty()) return false;
+    pattern = rest.substr(1);
+    matched = found != negated;
+    return true;
+}
+
+// Takes one element of the pattern (not %) and tells whether it matches `c` (folded).
+bool takeElement(std::string_view& pattern, char32_t c, char32_t escape) {
+    const char32_t p = nextCharacter(pattern);
+    if (escape != 0 && p == escape && !pattern.empty()) return foldCase(nextCharacter(pattern)) == c;
+    if (p == U'_') return true;
+    bool matched = false;
+    if (p == U'[' && takeSet(pattern, c, matched)) return matched;
+    return foldCase(p) == c;
+}
+
+}  // namespace
+
+std::string lowerAscii(std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+    return result;
+}
+
+std::string_view trimRight(std::string_view text) {
+    const auto last = text.find_last_not_of(' ');
+    return last == std::string_view::npos ? std::string_view{} : text.substr(0, last + 1);
+}
+
+std::string_view trimLeft(std::string_view text) {
+    const auto first = text.find_first_not_of(' ');
+    return first == std::string_view::npos ? std::string_view{} : text.substr(first);
+}
+
+std::string_view trimmed(std::string_view text) {
+    return trimLeft(trimRight(text));
+}
+
+std::size_t characterCount(std::string_view text) {
+    std::size_t count = 0;
+    for (; !text.empty(); ++count) text.remove_prefix(sequenceLength(text));
+    return count;
+}
+
+std::size_t byteOffset(std::string_view text, std::size_t index) {
+    std::size_t offset = 0;
+    for (; index > 0 && offset < text.size(); --index) offset += sequenceLength(text.substr(offset));
+    return offset;
+}
+
+std::string_view characters(std::string_view text, std::size_t first, std::size_t count) {
+    text.remove_prefix(byteOffset(text, first));
+    return text.substr(0, byteOffset(text, count));
+}
+
+char32_t nextCharacter(std::string_view& text) {
+    const std::size_t length = sequenceLength(text);
+    const auto lead = static_cast<unsigned char>(text[0]);
+    char32_t c = length == 1 ? lead : lead & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i) c = (c << 6) | (static_cast<unsigned char>(text[i]) & 0x3F);
+    text.remove_prefix(length);
+    return length == 1 && lead >= 0x80 ? kReplacement : c;
+}
+
+void appendCharacter(std::string& text, char32_t c) {
+    const auto tail = [&](int shift) { text += static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
+    if (c < 0x80) {
+        text += static_cast<char>(c);
+    } else if (c < 0x800) {
+        text += static_cast<char>(0xC0 | (c >> 6));
+        tail(0);
+    } else if (c < 0x10000) {
+        text += static_cast<char>(0xE0 | (c >> 12));
+        tail(6), tail(0);
+    } else {
+        text += static_cast<char>(0xF0 | (c >> 18));
+        tail(12), tail(6), tail(0);
+    }
+}
+
+std::string toUpper(std::string_view text) {
+    return mapped(text, mapUpper);
+}
+std::string toLower(std::string_view text) {
+    return mapped(text, mapLower);
+}
+
+char32_t foldCase(char32_t c) {
+    static const auto table = [] {
+        std::vector<char32_t> folds(kFoldTable);
+        for (char32_t i = 0; i < kFoldTable; ++i) folds[i] = mapLower(mapUpper(i));
+        return folds;
+    }();
+    return c < kFoldTable ? table[c] : mapLower(mapUpper(c));
+}
+
+int compareText(std::string_view left, std::string_view right) {
+    while (!left.empty() || !right.empty()) {
+        const char32_t a = foldCase(nextOrBlank(left));
+        const char32_t b = foldCase(nextOrBlank(right));
+        if (a != b) return a < b ? -1 : 1;
+    }
+    return 0;
+}
+
+std::size_t findText(std::string_view text, std::string_view part, std::size_t from) {
+    for (std::size_t at = from; at < text.size(); at += sequenceLength(text.substr(at))) {
+        std::string_view here = text.substr(at), wanted = part;
+        while (!wanted.empty() && !here.empty() &&
+               foldCase(nextCharacter(here)) == foldCase(nextCharacter(wanted)))
+            if (wanted.empty()) return at;
+    }
+    return std::string_view::npos;
+}
+
+bool matchesLike(std::string_view text, std::string_view pattern, char32_t escape) {
+    // Where the last % stood: on a mismatch it takes one character more.
+    std::string_view afterPercent, textAtPercent;
+    bool percent = false;
+    while (!text.empty() || !pattern.empty()) {
+        if (!pattern.empty() && pattern[0] == '%' && escape != U'%') {
+            pattern.remove_prefix(1);
+            afterPercent = pattern, textAtPercent = text, percent = true;
+            continue;
+        }
+        if (!text.empty() && !pattern.empty()) {
+            std::string_view restOfText = text, restOfPattern = pattern;
+            if (takeElement(restOfPattern, foldCase(nextCharacter(restOfText)), escape)) {
+                text = restOfText, pattern = restOfPattern;
+                continue;
+            }
+        }
+        if (pattern.empty() && trimRight(text).empty()) return true;  // blanks at the end do not count
+        if (!percent || textAtPercent.empty()) return false;
+        nextCharacter(textAtPercent);
+        text = textAtPercent, pattern = afterPercent;
+    }
+    return true;
+}
+
+}  // namespace tsql

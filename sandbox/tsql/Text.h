@@ -1,0 +1,35 @@
+// UTF-8 text the way T-SQL sees it: counted in characters, compared without regard to case.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tsql {
+
+std::string lowerAscii(std::string_view text);
+std::string_view trimRight(std::string_view text);  // blanks only, as T-SQL's RTRIM
+std::string_view trimLeft(std::string_view text);
+std::string_view trimmed(std::string_view text);
+
+// Code points. A byte that is no UTF-8 counts as one of its own (U+FFFD when it is looked at).
+std::size_t characterCount(std::string_view text);
+// The byte where character number `index` (from 0) begins, or the end of the text.
+std::size_t byteOffset(std::string_view text, std::size_t index);
+// Characters [first, first + count).
+std::string_view characters(std::string_view text, std::size_t first, std::size_t count);
+// Takes the first character off the text, which is not empty.
+char32_t nextCharacter(std::string_view& text);
+void appendCharacter(std::string& text, char32_t character);
+
+std::string toUpper(std::string_view text);
+std::string toLower(std::string_view text);
+char32_t foldCase(char32_t character);
+
+// Below 0, 0, above 0; case aside, and the shorter text counts as padded with blanks.
+int compareText(std::string_view left, std::string_view right);
+// Byte offset of `part` in `text`, case aside, at or behind `from`; npos when absent.
+std::size_t findText(std::string_view text, std::string_view part, std::size_t from = 0);
+// LIKE: %, _, [a-f], [^x]; `escape` is 0 for none.
+bool matchesLike(std::string_view text, std::string_view pattern, char32_t escape = 0);
+
+}  // namespace tsql

@@ -1,0 +1,595 @@
+#include "Values.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+#include "Int128.h"
+#include "Text.h"
+
+namespace tsql {
+
+std::int64_t powerOfTen(int exponent) {
+    std::int64_t power = 1;
+    while (exponent-- > 0) power *= 10;
+    return power;
+}
+
+Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding) {
+    if (toScale >= fromScale) return value * powerOfTen(toScale - fromScale);
+    for (; fromScale - toScale > 18; --fromScale) value /= 10;
+    const Int128 divisor = powerOfTen(fromScale - toScale);
+    if (rounding == Rounding::HalfAway) value += (value < 0 ? -divisor : divisor) / 2;
+    return value / divisor;
+}
+
+namespace {
+
+// What the messages call a type: every decimal is "numeric" there.
+std::string spoken(const SqlType& type) {
+    return type.id == TypeId::Decimal ? "numeric" : std::string(baseName(type.id));
+}
+
+[[noreturn]] void overflow(const SqlType& from, const SqlType& to) {
+    if (isInteger(from.id) && isInteger(to.id))
+        throw SqlError(8115,
+                       "Arithmetic overflow error converting expression to data type " + spoken(to) + ".");
+    throw SqlError(
+        8115, "Arithmetic overflow error converting " + spoken(from) + " to data type " + spoken(to) + ".");
+}
+
+[[noreturn]] void badText(std::string_view text, const SqlType& from, const SqlType& to) {
+    if (to.id == TypeId::BigInt || to.id == TypeId::Decimal || isApproximate(to.id))
+        throw SqlError(8114, "Error converting data type " + spoken(from) + " to " + spoken(to) + ".");
+    if (isMoney(to.id))
+        throw SqlError(235, "Cannot convert a char value to money. The value has incorrect syntax.");
+    throw SqlError(245, "Conversion failed when converting the " + spoken(from) + " value '" +
+                            std::string(text) + "' to data type " + spoken(to) + ".");
+}
+
+[[noreturn]] void notAllowed(const SqlType& from, const SqlType& to) {
+    throw SqlError(
+        529, "Explicit conversion from data type " + spoken(from) + " to " + spoken(to) + " is not allowed.");
+}
+
+struct IntegerRange {
+    std::int64_t low;
+    std::int64_t high;
+};
+
+IntegerRange integerRange(TypeId id) {
+    switch (id) {
+        case TypeId::TinyInt:
+            return {0, 255};
+        case TypeId::SmallInt:
+            return {-32768, 32767};
+        case TypeId::Int:
+            return {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
+        default:
+            return {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()};
+    }
+}
+
+// One conversion: the value, its type and where it goes; the functions are named for the target's family.
+class Converter {
+  public:
+    Converter(const CellView& value, const SqlType& from, const SqlType& to, int style, bool assign)
+        : m_value(value), m_from(from), m_to(to), m_style(style), m_assign(assign) {}
+
+    Value run() const {
+        if (isInteger(m_to.id)) return toInteger();
+        if (m_to.id == TypeId::Decimal || isMoney(m_to.id)) return toScaled();
+        if (isApproximate(m_to.id)) return toFloat();
+        if (isText(m_to.id)) return toText();
+        if (isDateTime(m_to.id)) return toDateTime();
+        if (m_to.id == TypeId::UniqueIdentifier) return toIdentifier();
+        return toBinary();
+    }
+
+  private:
+    std::int64_t integer() const { return std::get<std::int64_t>(m_value); }
+    double real() const { return std::get<double>(m_value); }
+    std::string_view text() const { return std::get<std::string_view>(m_value); }
+    Blob blob() const { return std::get<Blob>(m_value); }
+    bool isClassicDate(TypeId id) const { return id == TypeId::DateTime || id == TypeId::SmallDateTime; }
+
+    Value toInteger() const {
+        if (isText(m_from.id)) return integerFromText();
+        if (isExact(m_from.id)) {
+            const auto rounding = isMoney(m_from.id) ? Rounding::HalfAway : Rounding::Truncate;
+            return rangeChecked(rescaled(integer(), m_from.scale, 0, rounding));
+        }
+        if (isApproximate(m_from.id)) return integerFromFloat();
+        if (isClassicDate(m_from.id)) return rangeChecked(static_cast<Int128>(std::llround(dayNumber())));
+        if (isBinary(m_from.id)) return integerFromBinary();
+        notAllowed(m_from, m_to);
+    }
+
+    Value rangeChecked(Int128 value) const {
+        if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
+        const IntegerRange range = integerRange(m_to.id);
+        if (value >= range.low && value <= range.high) return static_cast<std::int64_t>(value);
+        if (isInteger(m_from.id) && m_to.id < TypeId::Int)
+            throw SqlError(220, "Arithmetic overflow error for data type " + spoken(m_to) +
+                                    ", value = " + std::to_string(static_cast<std::int64_t>(value)) + ".");
+        overflow(m_from, m_to);
+    }
+
+    Value integerFromText() const {
+        std::string_view digits = trimmed(text());
+        if (m_to.id == TypeId::Bit && (compareText(digits, "true") == 0 || compareText(digits, "false") == 0))
+            return std::int64_t{compareText(digits, "true") == 0};
+        if (digits.empty()) return std::int64_t{0};
+        const bool negative = digits[0] == '-';
+        if (negative || digits[0] == '+') digits = trimLeft(digits.substr(1));
+        if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
+            badText(text(), m_from, m_to);
+        const auto significant = digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+        Int128 value = 0;
+        for (const char c : significant.substr(0, 20)) value = value * 10 + (c - '0');
+        if (negative) value = -value;
+        const IntegerRange range = integerRange(m_to.id);
+        if (m_to.id != TypeId::Bit && (significant.size() > 20 || value < range.low || value > range.high))
+            textOverflow();
+        return rangeChecked(value);
+    }
+
+    [[noreturn]] void textOverflow() const {
+        const std::string head =
+            "The conversion of the " + spoken(m_from) + " value '" + std::string(text()) + "' overflowed an ";
+        if (m_to.id == TypeId::Int) throw SqlError(248, head + "int column.");
+        if (m_to.id == TypeId::BigInt)
+            throw SqlError(8115, "Arithmetic overflow error converting expression to data type bigint.");
+        throw SqlError(244, head + (m_to.id == TypeId::TinyInt ? "INT1" : "INT2") +
+                                " column. Use a larger integer column.");
+    }
+
+    Value integerFromFloat() const {
+        const double value = real();
+        if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
+        if (!(std::fabs(value) < 9.2233720368547748e18)) floatOverflow();
+        const auto whole = static_cast<std::int64_t>(value);
+        const IntegerRange range = integerRange(m_to.id);
+        if (whole < range.low || whole > range.high) floatOverflow();
+        return whole;
+    }
+
+    [[noreturn]] void floatOverflow() const {
+        std::array<char, 400> number{};
+        std::snprintf(number.data(), number.size(), "%.6f", real());
+        throw SqlError(
+            232, "Arithmetic overflow error for type " + spoken(m_to) + ", value = " + number.data() + ".");
+    }
+
+    Value integerFromBinary() const {
+        std::uint64_t bits = 0;
+        const Blob bytes = blob();
+        const std::size_t width = static_cast<std::size_t>(maxLength(simpleType(m_to.id)));
+        for (const std::byte b : bytes.substr(bytes.size() - std::min(bytes.size(), width)))
+            bits = bits << 8 | std::to_integer<std::uint64_t>(b);
+        if (m_to.id == TypeId::SmallInt) return std::int64_t{static_cast<std::int16_t>(bits)};
+        if (m_to.id == TypeId::Int) return std::int64_t{static_cast<std::int32_t>(bits)};
+        return m_to.id == TypeId::Bit ? std::int64_t{bits != 0} : static_cast<std::int64_t>(bits);
+    }
+
+    Value toScaled() const {
+        if (isText(m_from.id)) return scaledFromText();
+        if (isExact(m_from.id))
+            return scaleChecked(rescaled(integer(), m_from.scale, m_to.scale, Rounding::HalfAway));
+        if (isApproximate(m_from.id)) return scaledFromReal(static_cast<long double>(real()));
+        if (isClassicDate(m_from.id)) return scaledFromReal(dayNumber());
+        if (isBinary(m_from.id) && isMoney(m_to.id)) return integerFromBinary();
+        notAllowed(m_from, m_to);
+    }
+
+    Value scaledFromReal(long double value) const {
+        const long double scaled = roundl(value * static_cast<long double>(powerOfTen(m_to.scale)));
+        if (!(fabsl(scaled) < 9.3e18L)) overflow(m_from, m_to);
+        return scaleChecked(static_cast<Int128>(scaled));
+    }
+
+    Value scaleChecked(Int128 value) const {
+        if (fitsScaled(value, m_to)) return static_cast<std::int64_t>(value);
+        overflow(m_from, m_to);
+    }
+
+    // Digits with at most one point; money also takes a currency sign and commas.
+    Value scaledFromText() const {
+        std::string_view rest = trimmed(text());
+        if (rest.empty() && isMoney(m_to.id)) return std::int64_t{0};
+        bool negative = false, point = false, any = false;
+        if (!rest.empty() && (rest[0] == '-' || rest[0] == '+'))
+            negative = rest[0] == '-', rest = trimLeft(rest.substr(1));
+        if (isMoney(m_to.id) && !rest.empty() && rest[0] == '$') rest = trimLeft(rest.substr(1));
+        if (isMoney(m_to.id) && !rest.empty() && rest[0] == '-' && !negative)
+            negative = true, rest.remove_prefix(1);
+        Int128 value = 0;
+        int scale = 0;
+        for (const char c : rest) {
+            if (c == ',' && isMoney(m_to.id) && !point) continue;
+            if (c == '.' && !point) {
+                point = true;
+                continue;
+            }
+            if (c < '0' || c > '9') badText(text(), m_from, m_to);
+            any = true;
+            if (point && scale == 18) continue;  // further digits are below any scale that is kept
+            if (value > std::numeric_limits<std::int64_t>::max()) overflow(m_from, m_to);
+            value = value * 10 + (c - '0');
+            scale += point;
+        }
+        if (!any) badText(text(), m_from, m_to);
+        return scaleChecked(rescaled(negative ? -value : value, scale, m_to.scale, Rounding::HalfAway));
+    }
+
+    Value toFloat() const {
+        double value = 0;
+        if (isText(m_from.id))
+            value = floatFromText();
+        else if (isExact(m_from.id))
+            value = static_cast<double>(static_cast<long double>(integer()) /
+                                        static_cast<long double>(powerOfTen(m_from.scale)));
+        else if (isApproximate(m_from.id))
+            value = real();
+        else if (isClassicDate(m_from.id))
+            value = static_cast<double>(dayNumber());
+        else
+            notAllowed(m_from, m_to);
+        if (m_to.id != TypeId::Real) return value;
+        if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max()))
+            throw SqlError(8115, "Arithmetic overflow error converting expression to data type real.");
+        return static_cast<double>(static_cast<float>(value));
+    }
+
+    double floatFromText() const {
+        std::string_view digits = trimmed(text());
+        if (digits.empty()) return 0;
+        if (digits[0] == '+') digits.remove_prefix(1);
+        double value = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        if (error == std::errc::result_out_of_range) overflow(m_from, m_to);
+        if (error != std::errc() || end != digits.data() + digits.size() || !std::isfinite(value))
+            badText(text(), m_from, m_to);
+        return value;
+    }
+
+    long double dayNumber() const {
+        const DateTime value = fromStorage(text());
+        return static_cast<long double>(value.days - DateTime::kDay1900) +
+               static_cast<long double>(value.ticks) / static_cast<long double>(DateTime::kTicksPerDay);
+    }
+
+    Value toText() const {
+        std::string result = textInStyle();
+        const bool fixed = m_to.id == TypeId::Char || m_to.id == TypeId::NChar;
+        if (m_to.length <= 0) return result;  // text, xml, (max)
+        const auto limit = static_cast<std::size_t>(m_to.length);
+        const std::size_t count = characterCount(result);
+        if (count > limit) return fitted(result, limit);
+        if (fixed) result.append(limit - count, ' ');
+        return result;
+    }
+
+    Value fitted(const std::string& result, std::size_t limit) const {
+        if (isInteger(m_from.id) && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit) {
+            std::string star = "*";
+            if (m_to.id == TypeId::Char) star.append(limit - 1, ' ');
+            return star;
+        }
+        if (isInteger(m_from.id) || m_from.id == TypeId::Decimal || isApproximate(m_from.id)) textTooShort();
+        if (isMoney(m_from.id))
+            throw SqlError(
+                234, "There is insufficient result space to convert a money value to " + spoken(m_to) + ".");
+        if (m_from.id == TypeId::UniqueIdentifier)
+            throw SqlError(8170, "Insufficient result space to convert uniqueidentifier value to char.");
+        const std::string_view kept = characters(result, 0, limit);
+        if (m_assign && trimRight(result).size() > kept.size())
+            throw SqlError(8152, "String or binary data would be truncated.");
+        return std::string(kept);
+    }
+
+    [[noreturn]] void textTooShort() const {
+        const std::string source = isInteger(m_from.id) ? "expression" : spoken(m_from);
+        throw SqlError(
+            8115, "Arithmetic overflow error converting " + source + " to data type " + spoken(m_to) + ".");
+    }
+
+    std::string textInStyle() const {
+        if (isDateTime(m_from.id)) return formatDateTime(fromStorage(text()), m_from, m_style);
+        if (isMoney(m_from.id)) return moneyText();
+        if (isApproximate(m_from.id)) return floatText();
+        if (isBinary(m_from.id)) return m_style > 0 ? hexText() : binaryAsText();
+        if (isExact(m_from.id)) return scaledText(integer(), m_from.scale);
+        return std::string(text());
+    }
+
+    std::string moneyText() const {
+        if (m_style == 2 || m_style == 126) return scaledText(integer(), 4);
+        std::string result =
+            scaledText(static_cast<std::int64_t>(rescaled(integer(), 4, 2, Rounding::HalfAway)), 2);
+        const std::size_t first = result[0] == '-' ? 1 : 0;
+        for (std::size_t at = result.size() - 3; m_style == 1 && at > first + 3;)
+            result.insert(at -= 3, 1, ',');
+        return result;
+    }
+
+    // Six digits by default; the exponent always has three.
+    std::string floatText() const {
+        std::array<char, 64> buffer{};
+        const double value = real() == 0 ? 0.0 : real();
+        switch (m_style) {
+            case 1:
+                std::snprintf(buffer.data(), buffer.size(), "%.7e", value);
+                break;
+            case 2:
+                std::snprintf(buffer.data(), buffer.size(), "%.15e", value);
+                break;
+            case 3:
+                std::snprintf(buffer.data(), buffer.size(), "%.16e", value);
+                break;
+            default:
+                std::snprintf(buffer.data(), buffer.size(), "%.6g", value);
+        }
+        std::string result = buffer.data();
+        const auto exponent = result.find('e');
+        if (exponent != std::string::npos && result.size() - exponent < 5)
+            result.insert(exponent + 2, 1, '0');
+        return result;
+    }
+
+    std::string hexText() const {
+        std::string result = m_style == 1 ? "0x" : "";
+        for (const std::byte b : blob()) {
+            result += "0123456789ABCDEF"[std::to_integer<int>(b >> 4)];
+            result += "0123456789ABCDEF"[std::to_integer<int>(b & std::byte{15})];
+        }
+        return result;
+    }
+
+    // A byte is a character of varchar, two bytes (low one first) are one of nvarchar.
+    std::string binaryAsText() const {
+        const Blob bytes = blob();
+        const std::size_t width = isNational(m_to.id) ? 2 : 1;
+        std::string result;
+        for (std::size_t at = 0; at + width <= bytes.size(); at += width) {
+            char32_t c = std::to_integer<unsigned char>(bytes[at]);
+            if (width == 2) c |= std::to_integer<char32_t>(bytes[at + 1]) << 8;
+            const bool high = c >= 0xD800 && c < 0xDC00 && at + 3 < bytes.size();
+            if (high) {
+                const char32_t low =
+                    std::to_integer<char32_t>(bytes[at + 2]) | std::to_integer<char32_t>(bytes[at + 3]) << 8;
+                c = 0x10000 + ((c - 0xD800) << 10) + (low & 0x3FF);
+                at += 2;
+            }
+            appendCharacter(result, c);
+        }
+        return result;
+    }
+
+    Value toDateTime() const {
+        if (isText(m_from.id)) return dateTimeFromText();
+        if (isDateTime(m_from.id)) return dateTimeFromOther();
+        if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
+        notAllowed(m_from, m_to);
+    }
+
+    Value dateTimeFromText() const {
+        const auto parsed = parseDateTime(trimmed(text()), m_style);
+        if (parsed) return stored(*parsed);
+        throw SqlError(241, "Conversion failed when converting date and/or time from character string.");
+    }
+
+    Value dateTimeFromOther() const {
+        const bool clash = (m_from.id == TypeId::Date && m_to.id == TypeId::Time) ||
+                           (m_from.id == TypeId::Time && m_to.id == TypeId::Date);
+        if (clash) notAllowed(m_from, m_to);
+        return stored(fromStorage(text()));
+    }
+
+    Value dateTimeFromNumber() const {
+        const auto number = std::get<double>(convertValue(m_value, m_from, simpleType(TypeId::Float)));
+        const double whole = std::floor(number);
+        if (std::fabs(whole) > 3e6) overflow(m_from, m_to);
+        const auto ticks =
+            static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay));
+        return stored({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks});
+    }
+
+    Value stored(const DateTime& value) const {
+        try {
+            return toStorage(value, m_to);
+        } catch (const SqlError&) {
+            throw SqlError(242,
+                           "The conversion of a " + spoken(m_from) + " data type to a " + spoken(m_to) +
+                               " data type resulted in an out-of-range value.",
+                           16, 3);
+        }
+    }
+
+    Value toIdentifier() const {
+        if (isText(m_from.id)) return identifierFromText();
+        if (m_from.id == TypeId::UniqueIdentifier) return std::string(text());
+        if (isBinary(m_from.id)) return identifierFromBinary();
+        notAllowed(m_from, m_to);
+    }
+
+    Value identifierFromText() const {
+        std::string_view rest = trimmed(text());
+        if (!rest.empty() && rest[0] == '{') rest.remove_prefix(1);
+        std::string result = toUpper(rest.substr(0, 36));
+        for (std::size_t i = 0; i < 36; ++i) {
+            const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+            if (i >= result.size() ||
+                !(dash ? result[i] == '-' : std::strchr("0123456789ABCDEF", result[i]) && result[i]))
+                throw SqlError(
+                    8169, "Conversion failed when converting from a character string to uniqueidentifier.");
+        }
+        return result;
+    }
+
+    // The first three groups stand with their low byte first.
+    static constexpr std::array<std::size_t, 16> kIdentifierOrder = {3, 2, 1,  0,  5,  4,  7,  6,
+                                                                     8, 9, 10, 11, 12, 13, 14, 15};
+
+    Value identifierFromBinary() const {
+        if (blob().size() < 16)
+            throw SqlError(8170, "Insufficient data to convert a binary value to uniqueidentifier.");
+        std::string result;
+        for (std::size_t i = 0; i < 16; ++i) {
+            if (i == 4 || i == 6 || i == 8 || i == 10) result += '-';
+            const std::byte b = blob()[kIdentifierOrder[i]];
+            result += "0123456789ABCDEF"[std::to_integer<int>(b >> 4)];
+            result += "0123456789ABCDEF"[std::to_integer<int>(b & std::byte{15})];
+        }
+        return result;
+    }
+
+    Value toBinary() const {
+        Bytes bytes = bytesOfValue();
+        if (m_to.length <= 0) return bytes;
+        const auto limit = static_cast<std::size_t>(m_to.length);
+        const bool number = isNumber(m_from.id);
+        if (bytes.size() > limit && m_assign && !number)
+            throw SqlError(8152, "String or binary data would be truncated.");
+        // Numbers keep their low end, at the right; all else its beginning.
+        if (bytes.size() > limit)
+            bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
+        if (m_to.id == TypeId::Binary && bytes.size() < limit)
+            bytes.insert(number ? 0 : bytes.size(), limit - bytes.size(), std::byte{0});
+        return bytes;
+    }
+
+    Bytes bytesOfValue() const {
+        if (isBinary(m_from.id)) return Bytes(blob());
+        if (isInteger(m_from.id) || isMoney(m_from.id)) return bytesOfInteger();
+        if (isText(m_from.id)) return m_style > 0 ? bytesOfHex() : bytesOfText();
+        if (m_from.id == TypeId::UniqueIdentifier) return bytesOfIdentifier();
+        notAllowed(m_from, m_to);
+    }
+
+    Bytes bytesOfInteger() const {
+        Bytes bytes;
+        for (int shift = maxLength(m_from) * 8 - 8; shift >= 0; shift -= 8)
+            bytes += static_cast<std::byte>(integer() >> shift);
+        return bytes;
+    }
+
+    // Outside of Latin-1 varchar keeps its UTF-8 bytes.
+    Bytes bytesOfText() const {
+        Bytes bytes;
+        for (std::string_view rest = text(); !rest.empty();) {
+            const std::string_view before = rest;
+            char32_t c = nextCharacter(rest);
+            if (!isNational(m_from.id)) {
+                if (c < 0x100)
+                    bytes += static_cast<std::byte>(c);
+                else
+                    for (const char byte : before.substr(0, before.size() - rest.size()))
+                        bytes += static_cast<std::byte>(byte);
+                continue;
+            }
+            const auto unit = [&](char32_t u) {
+                bytes += static_cast<std::byte>(u);
+                bytes += static_cast<std::byte>(u >> 8);
+            };
+            if (c >= 0x10000) unit(0xD7C0 + (c >> 10)), c = 0xDC00 | (c & 0x3FF);
+            unit(c);
+        }
+        return bytes;
+    }
+
+    Bytes bytesOfHex() const {
+        std::string_view digits = trimmed(text());
+        const bool prefixed = digits.size() >= 2 && digits[0] == '0' && (digits[1] | 32) == 'x';
+        if (prefixed && m_style == 1) digits.remove_prefix(2);
+        Bytes bytes;
+        if (auto parsed = parseHex(digits); parsed && prefixed == (m_style == 1)) return *parsed;
+        throw SqlError(8114, "Error converting data type " + spoken(m_from) + " to " + spoken(m_to) + ".");
+    }
+
+    Bytes bytesOfIdentifier() const {
+        std::string digits(text());
+        std::erase(digits, '-');
+        const Bytes written = parseHex(digits).value_or(Bytes(16, std::byte{0}));
+        Bytes bytes;
+        for (const std::size_t from : kIdentifierOrder) bytes += written[from];
+        return bytes;
+    }
+
+    const CellView& m_value;
+    const SqlType& m_from;
+    const SqlType& m_to;
+    int m_style;
+    bool m_assign;
+};
+
+}  // namespace
+
+std::optional<Bytes> parseHex(std::string_view digits) {
+    if (digits.size() % 2 != 0) return std::nullopt;
+    Bytes bytes;
+    for (std::size_t at = 0; at < digits.size(); at += 2) {
+        unsigned value = 0;
+        const char* end = digits.data() + at + 2;
+        if (std::from_chars(digits.data() + at, end, value, 16).ptr != end) return std::nullopt;
+        bytes += static_cast<std::byte>(value);
+    }
+    return bytes;
+}
+
+bool fitsScaled(Int128 value, const SqlType& type) {
+    Int128 limit = std::numeric_limits<std::int64_t>::max();
+    if (type.id == TypeId::SmallMoney)
+        limit = std::numeric_limits<std::int32_t>::max();
+    else if (type.id == TypeId::Decimal && type.precision <= 18)
+        limit = powerOfTen(type.precision) - 1;
+    return value <= limit && value >= -limit - (isMoney(type.id) ? 1 : 0);
+}
+
+std::string scaledText(std::int64_t value, int scale) {
+    std::string digits = std::to_string(value);
+    if (scale == 0) return digits;
+    const std::size_t first = value < 0 ? 1 : 0;
+    const auto wanted = static_cast<std::size_t>(scale) + 1 + first;
+    if (digits.size() < wanted) digits.insert(first, wanted - digits.size(), '0');
+    digits.insert(digits.size() - static_cast<std::size_t>(scale), 1, '.');
+    return digits;
+}
+
+CellView viewOf(const Value& value) {
+    return std::visit([](const auto& held) -> CellView { return held; }, value);
+}
+
+Value ownedValue(const CellView& view) {
+    if (const auto* text = std::get_if<std::string_view>(&view)) return std::string(*text);
+    if (const auto* blob = std::get_if<Blob>(&view)) return Bytes(*blob);
+    if (const auto* integer = std::get_if<std::int64_t>(&view)) return *integer;
+    if (const auto* real = std::get_if<double>(&view)) return *real;
+    return Null{};
+}
+
+Value convertValue(const CellView& value, const SqlType& from, const SqlType& to, int style,
+                   Conversion kind) {
+    if (isNull(value)) return Null{};
+    try {
+        return Converter(value, from, to, style, kind == Conversion::Assign).run();
+    } catch (const SqlError& error) {
+        constexpr int kNeverAllowed = 529, kNoSuchStyle = 281;
+        if (kind != Conversion::Try || error.number == kNeverAllowed || error.number == kNoSuchStyle) throw;
+        return Null{};
+    } catch (const std::bad_variant_access&) {
+        throw SqlError(8114, "Error converting data type " + spoken(from) + " to " + spoken(to) + ".");
+    }
+}
+
+std::string textOf(const CellView& value, const SqlType& type) {
+    if (isNull(value)) return {};
+    return std::get<std::string>(convertValue(
+        value, type, isNational(type.id) ? nvarcharType(SqlType::kMax) : varcharType(SqlType::kMax)));
+}
+
+}  // namespace tsql
