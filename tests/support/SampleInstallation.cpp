@@ -95,13 +95,10 @@ void SampleInstallation::useServer(const TsqlBox& box) {
 }
 
 void SampleInstallation::loadSchema(const TsqlBox& box) {
-    std::vector<std::filesystem::path> scripts;
-    for (const auto& entry : std::filesystem::directory_iterator(SAMPLE_SCHEMA_FOLDER))
-        scripts.push_back(entry.path());
-    std::sort(scripts.begin(), scripts.end());
-    std::vector<std::string> command = {SQLCMD_PROGRAM, "-b", "-S", box.server(), "-U", box.login()};
-    for (const auto& script : scripts) command.insert(command.end(), {"-i", script.string()});
+    const std::vector<std::string> command = {SQLCMD_PROGRAM, "-b",        "-S", box.server(),
+                                              "-U",           box.login(), "-i", "load.sql"};
     ProgramOptions options;
+    options.workingDirectory = SAMPLE_SCHEMA_FOLDER;
     options.environment = {"SQLCMDPASSWORD=" + box.password()};
     const ProgramResult result = runProgram(command, options);
     if (result.exitCode != 0)
