@@ -76,13 +76,16 @@ std::string withoutForgery(std::string_view text) {
     return safe;
 }
 
-std::string formatted(const char* format, va_list arguments) {
+// Behind the prefix; a long entry stands in memory once.
+std::string formatted(std::string text, const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, again);
     va_end(again);
-    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
-    if (length > 0) std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    const std::size_t prefix = text.size();
+    if (length <= 0) return text;
+    text.resize(prefix + static_cast<std::size_t>(length));
+    std::vsnprintf(text.data() + prefix, static_cast<std::size_t>(length) + 1, format, arguments);
     return text;
 }
 
@@ -156,16 +159,17 @@ void EvDebug::Debug(const char* tag, const char* format, ...) const {
     if (!IsInitialized()) return;
     va_list arguments;
     va_start(arguments, format);
-    const std::string text = formatted(format, arguments);
+    const std::string text =
+        formatted("[" + std::string(tag != nullptr ? tag : "") + "] ", format, arguments);
     va_end(arguments);
-    m_log->write(spdlog::level::info, "[" + std::string(tag != nullptr ? tag : "") + "] " + text);
+    m_log->write(spdlog::level::info, text);
 }
 
 void EvDebug::DebugLevel(int level, const char* format, ...) const {
     if (!IsInitialized() || level > m_log->level) return;
     va_list arguments;
     va_start(arguments, format);
-    const std::string text = formatted(format, arguments);
+    const std::string text = formatted({}, format, arguments);
     va_end(arguments);
     m_log->write(severityOf(level), text);
 }
