@@ -5,17 +5,12 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 #include <vector>
 
+#include "OpenFile.h"
 #include "RemovedAtEnd.h"
 
 namespace {
-
-struct CloseStream {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
 std::size_t skipLine(std::FILE* in) {
     std::size_t length = 0;
@@ -48,8 +43,8 @@ CVoError copyRest(std::FILE* in, CVoFile& out) {
 }  // namespace
 
 CVoError removeOutputHeader(const std::string& path) {
-    const Stream in(std::fopen(path.c_str(), "re"));
-    if (in == nullptr) return CVoError(errno);
+    const OpenFile in(path.c_str(), "r");
+    if (!in.isOpen()) return CVoError(errno);
     if (!readSeparator(in.get(), skipLine(in.get()))) return {};
 
     const std::string scratchPath = path + ".tscript.temp.txt";

@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "CVoFile.h"
 #include "CallerText.h"
@@ -13,6 +12,7 @@
 #include "DVUtilities/TScript.h"
 #include "DVUtilities/commonFunc.h"
 #include "FX.h"
+#include "OpenFile.h"
 #include "RemovedAtEnd.h"
 #include "ScriptFileNames.h"
 #include "ScriptMessages.h"
@@ -22,11 +22,6 @@ namespace {
 
 constexpr std::size_t kConfigurationText = 8192;  // what DVUtilLib's getters may write
 constexpr std::size_t kTraceText = 1023;          // longest trace of a path
-
-struct CloseStream {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
 }  // namespace
 
@@ -85,8 +80,8 @@ bool PackageLoader::decipher() {
 }
 
 bool PackageLoader::parse() {
-    const Stream copy(std::fopen(m_copyPath.c_str(), "re"));
-    if (copy == nullptr) return copyUnreadable();
+    const OpenFile copy(m_copyPath.c_str(), "r");
+    if (!copy.isOpen()) return copyUnreadable();
     PackageContent content = takeContent();
     PackageParser parser(content, [this](PackageParser::Section section) {
         m_report.log(FXString::Format(messages::kOutsideSections, static_cast<int>(section)));
