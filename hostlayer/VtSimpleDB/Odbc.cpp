@@ -1,0 +1,62 @@
+#include "Odbc.h"
+
+#include <string>
+
+#include "EvDebug.h"
+
+namespace hostlayer {
+namespace {
+
+constexpr int kErrorLevel = 1;
+constexpr int kTraceLevel = 3;
+constexpr SQLSMALLINT kMaxRecords = 1000;  // a batch may print without end
+
+// One record's text, of whatever length; false when there is no such record.
+bool diagnosticText(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, std::string& text) {
+    SQLCHAR state[SQL_SQLSTATE_SIZE + 1] = "";
+    SQLINTEGER native = 0;
+    SQLSMALLINT length = 0;
+    std::string message(512, '\0');
+    const auto read = [&] {
+        return ::SQLGetDiagRec(type, handle, number, state, &native,
+                               reinterpret_cast<SQLCHAR*>(message.data()),
+                               static_cast<SQLSMALLINT>(message.size()), &length);
+    };
+    SQLRETURN result = read();
+    if (SQL_SUCCEEDED(result) && static_cast<std::size_t>(length) >= message.size()) {
+        message.resize(static_cast<std::size_t>(length) + 1);
+        result = read();
+    }
+    if (!SQL_SUCCEEDED(result)) return false;
+    message.resize(static_cast<std::size_t>(length));
+    text = std::string(reinterpret_cast<const char*>(state)) + " (" + std::to_string(native) + ") " + message;
+    return true;
+}
+
+void logDiagnostics(SQLSMALLINT type, SQLHANDLE handle, int level, const char* action) {
+    const EvDebug log;
+    if (!log.IsInitialized()) return;
+    std::string text;
+    SQLSMALLINT number = 1;
+    for (; number <= kMaxRecords && diagnosticText(type, handle, number, text); ++number)
+        log.DebugLevel(level, "%s: %s", action, text.c_str());
+    if (number == 1 && level == kErrorLevel) log.DebugLevel(level, "%s failed without a reason", action);
+}
+
+}  // namespace
+
+OdbcHandle::OdbcHandle(SQLSMALLINT type, SQLHANDLE parent) : m_type(type) {
+    if (!SQL_SUCCEEDED(::SQLAllocHandle(type, parent, &m_handle))) m_handle = nullptr;
+}
+
+OdbcHandle::~OdbcHandle() {
+    if (m_handle != nullptr) ::SQLFreeHandle(m_type, m_handle);
+}
+
+bool OdbcHandle::check(SQLRETURN result, const char* action) const {
+    if (result == SQL_SUCCESS || result == SQL_NO_DATA) return true;
+    logDiagnostics(m_type, m_handle, result == SQL_SUCCESS_WITH_INFO ? kTraceLevel : kErrorLevel, action);
+    return result == SQL_SUCCESS_WITH_INFO;
+}
+
+}  // namespace hostlayer

@@ -1,0 +1,37 @@
+// ODBC handles, and the one check that every call goes through.
+#pragma once
+
+#include <sql.h>
+#include <sqlext.h>
+
+#include <utility>
+
+namespace hostlayer {
+
+// Owns a handle of any kind.
+class OdbcHandle {
+  public:
+    OdbcHandle() = default;
+    OdbcHandle(SQLSMALLINT type, SQLHANDLE parent);  // empty when it cannot be made
+    OdbcHandle(OdbcHandle&& other) noexcept
+        : m_type(other.m_type), m_handle(std::exchange(other.m_handle, nullptr)) {}
+    OdbcHandle& operator=(OdbcHandle&& other) noexcept {
+        std::swap(m_type, other.m_type);
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
+    ~OdbcHandle();
+
+    explicit operator bool() const { return m_handle != nullptr; }
+    SQLHANDLE get() const { return m_handle; }
+
+    // True unless the call on this handle failed. Every diagnostic record that it left (SQLSTATE, native
+    // number, text) goes to the debug log; `action` says there what was done.
+    bool check(SQLRETURN result, const char* action) const;
+
+  private:
+    SQLSMALLINT m_type = 0;
+    SQLHANDLE m_handle = nullptr;
+};
+
+}  // namespace hostlayer

@@ -1,0 +1,194 @@
+#include "Rows.h"
+
+#include <algorithm>
+#include <string>
+
+#include "EvDebug.h"
+
+namespace hostlayer {
+namespace {
+
+constexpr std::size_t kBytesPerCharacter = 4;  // of UTF-8
+constexpr std::size_t kLongestBound = 8000;  // characters or bytes; the server's longest column with a bound
+constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
+constexpr std::size_t kBlockRows = 128;
+constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
+constexpr std::size_t kLongestValue = std::size_t{2} << 30;  // the server's own limit
+
+bool isCharacterType(SQLSMALLINT type) {
+    return type == SQL_CHAR || type == SQL_VARCHAR || type == SQL_WCHAR || type == SQL_WVARCHAR;
+}
+
+// Types whose values have no useful bound: the long ones and those that only one server knows (xml, variant).
+bool isLongType(SQLSMALLINT type) {
+    return type == SQL_LONGVARCHAR || type == SQL_WLONGVARCHAR || type == SQL_LONGVARBINARY || type < -100;
+}
+
+std::size_t longestText(SQLSMALLINT type, SQLLEN displaySize) {
+    if (isLongType(type) || displaySize <= 0) return 0;
+    const auto characters = static_cast<std::size_t>(displaySize);
+    if (type == SQL_BINARY || type == SQL_VARBINARY)
+        return characters <= 2 * kLongestBound ? characters + 1 : 0;
+    if (characters > kLongestBound) return 0;
+    return (isCharacterType(type) ? characters * kBytesPerCharacter : characters) + 1;
+}
+
+// One bound column: its values of a block of rows.
+struct BoundColumn {
+    std::size_t width = 0;
+    std::unique_ptr<char[]> texts;  // not cleared: only what the driver writes is read
+    std::unique_ptr<SQLLEN[]> lengths;
+};
+
+class BlockReader : public RowReader {
+  public:
+    explicit BlockReader(const OdbcHandle& statement) : m_statement(statement) {}
+
+    ~BlockReader() override {
+        ::SQLFreeStmt(m_statement.get(), SQL_UNBIND);
+        ::SQLSetStmtAttr(m_statement.get(), SQL_ATTR_ROWS_FETCHED_PTR, nullptr, 0);
+        ::SQLSetStmtAttr(m_statement.get(), SQL_ATTR_ROW_STATUS_PTR, nullptr, 0);
+    }
+    BlockReader(const BlockReader&) = delete;
+    BlockReader& operator=(const BlockReader&) = delete;
+
+    bool bind(const std::vector<ColumnDescription>& columns) {
+        std::size_t rowBytes = 0;
+        for (const ColumnDescription& column : columns) rowBytes += column.textBytes;
+        const std::size_t rows = std::clamp<std::size_t>(kBlockBytes / rowBytes, 1, kBlockRows);
+        m_status.resize(rows);
+        bool isDone = set(SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(rows)) &&
+                      set(SQL_ATTR_ROWS_FETCHED_PTR, &m_rowCount) &&
+                      set(SQL_ATTR_ROW_STATUS_PTR, m_status.data());
+        for (const ColumnDescription& column : columns) isDone = isDone && bindColumn(column.textBytes, rows);
+        return isDone;
+    }
+
+    Fetched next(std::vector<std::optional<std::string_view>>& values) override {
+        if (m_row >= m_rowCount) {
+            const Fetched result = fetchBlock();
+            if (result != Fetched::kRow) return result;
+        }
+        if (m_status[m_row] == SQL_ROW_ERROR) return Fetched::kFailure;
+        for (std::size_t i = 0; i < m_columns.size(); ++i) {
+            const BoundColumn& column = m_columns[i];
+            const SQLLEN length = column.lengths[m_row];
+            if (length == SQL_NULL_DATA) {
+                values[i].reset();
+            } else if (length < 0 || static_cast<std::size_t>(length) >= column.width) {
+                EvDebug().DebugLevel(1, "Fetch: a value of column %zu is longer than the column is described",
+                                     i + 1);
+                return Fetched::kFailure;
+            } else {
+                values[i].emplace(&column.texts[m_row * column.width], static_cast<std::size_t>(length));
+            }
+        }
+        ++m_row;
+        return Fetched::kRow;
+    }
+
+  private:
+    bool set(SQLINTEGER attribute, SQLPOINTER value) {
+        return m_statement.check(::SQLSetStmtAttr(m_statement.get(), attribute, value, 0), "Set rowset");
+    }
+
+    bool bindColumn(std::size_t width, std::size_t rows) {
+        BoundColumn& column = m_columns.emplace_back();
+        column.width = width;
+        column.texts.reset(new char[width * rows]);
+        column.lengths.reset(new SQLLEN[rows]);
+        return m_statement.check(
+            ::SQLBindCol(m_statement.get(), static_cast<SQLUSMALLINT>(m_columns.size()), SQL_C_CHAR,
+                         column.texts.get(), static_cast<SQLLEN>(width), column.lengths.get()),
+            "Bind column");
+    }
+
+    Fetched fetchBlock() {
+        m_row = 0;
+        m_rowCount = 0;
+        const SQLRETURN result = ::SQLFetch(m_statement.get());
+        if (result == SQL_NO_DATA) return Fetched::kEnd;
+        return m_statement.check(result, "Fetch") && m_rowCount > 0 ? Fetched::kRow : Fetched::kFailure;
+    }
+
+    const OdbcHandle& m_statement;
+    std::vector<BoundColumn> m_columns;
+    std::vector<SQLUSMALLINT> m_status;
+    SQLULEN m_rowCount = 0;
+    SQLULEN m_row = 0;
+};
+
+class PieceReader : public RowReader {
+  public:
+    PieceReader(const OdbcHandle& statement, std::size_t columnCount)
+        : m_statement(statement), m_texts(columnCount), m_piece(kPieceBytes) {}
+
+    Fetched next(std::vector<std::optional<std::string_view>>& values) override {
+        const SQLRETURN result = ::SQLFetch(m_statement.get());
+        if (result == SQL_NO_DATA) return Fetched::kEnd;
+        if (!m_statement.check(result, "Fetch")) return Fetched::kFailure;
+        for (std::size_t i = 0; i < m_texts.size(); ++i) {
+            bool isNull = false;
+            if (!readColumn(i, isNull)) return Fetched::kFailure;
+            values[i].reset();
+            if (!isNull) values[i].emplace(m_texts[i]);
+        }
+        return Fetched::kRow;
+    }
+
+  private:
+    bool readColumn(std::size_t index, bool& isNull) {
+        std::string& text = m_texts[index];
+        text.clear();
+        for (;;) {
+            SQLLEN left = 0;  // before this piece
+            const SQLRETURN result =
+                ::SQLGetData(m_statement.get(), static_cast<SQLUSMALLINT>(index + 1), SQL_C_CHAR,
+                             m_piece.data(), static_cast<SQLLEN>(m_piece.size()), &left);
+            if (result == SQL_NO_DATA) return true;
+            if (result != SQL_SUCCESS && result != SQL_SUCCESS_WITH_INFO)
+                return m_statement.check(result, "Read column");
+            isNull = left == SQL_NULL_DATA;
+            if (isNull) return true;
+            const bool isLast = left >= 0 && static_cast<std::size_t>(left) < m_piece.size();
+            text.append(m_piece.data(), isLast ? static_cast<std::size_t>(left) : m_piece.size() - 1);
+            if (isLast) return true;
+            if (text.size() > kLongestValue) return false;
+        }
+    }
+
+    const OdbcHandle& m_statement;
+    std::vector<std::string> m_texts;
+    std::vector<char> m_piece;
+};
+
+}  // namespace
+
+bool describeColumns(const OdbcHandle& statement, std::vector<ColumnDescription>& columns) {
+    SQLSMALLINT count = 0;
+    if (!statement.check(::SQLNumResultCols(statement.get(), &count), "Count columns")) return false;
+    for (SQLUSMALLINT i = 1; i <= count; ++i) {
+        SQLLEN type = 0;
+        SQLLEN size = 0;
+        const auto ask = [&](SQLUSMALLINT field, SQLLEN& answer) {
+            return statement.check(::SQLColAttribute(statement.get(), i, field, nullptr, 0, nullptr, &answer),
+                                   "Describe column");
+        };
+        if (!ask(SQL_DESC_CONCISE_TYPE, type) || !ask(SQL_DESC_DISPLAY_SIZE, size)) return false;
+        const auto concise = static_cast<SQLSMALLINT>(type);
+        columns.push_back({concise, longestText(concise, size)});
+    }
+    return true;
+}
+
+std::unique_ptr<RowReader> makeRowReader(const OdbcHandle& statement,
+                                         const std::vector<ColumnDescription>& columns) {
+    const auto isLong = [](const ColumnDescription& column) { return column.textBytes == 0; };
+    if (std::any_of(columns.begin(), columns.end(), isLong))
+        return std::make_unique<PieceReader>(statement, columns.size());
+    auto reader = std::make_unique<BlockReader>(statement);
+    if (!reader->bind(columns)) return nullptr;
+    return reader;
+}
+
+}  // namespace hostlayer

@@ -1,0 +1,158 @@
+#include "HostSetup.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <csignal>
+#include <thread>
+
+#include "TestStore.h"
+#include "VTPassword.h"
+#include "VTPlatformInfo.h"
+
+namespace {
+
+using hostlayer::setStoreValue;
+using Value = std::variant<std::string, std::int64_t>;
+
+TEST(HostSetup, SetsOneValueAndKeepsTheRest) {
+    struct Case {
+        const char* before;
+        std::vector<std::string> table;
+        const char* name;
+        Value value;
+        const char* after;
+    };
+    const std::string awkward = "a\"b\\c\n\t";
+    for (const Case& set : {
+             Case{"# top\n[I.Base] # base\nsA = 'x' # why\nnB=2\n",
+                  {"I", "Base"},
+                  "sA",
+                  "y",
+                  "# top\n[I.Base] # base\nsA = \"y\" # why\nnB=2\n"},
+             Case{"[I.Base]\n'ключ' = 'Grüße' # ü\n",
+                  {"I", "Base"},
+                  "ключ",
+                  Value(5L),
+                  "[I.Base]\n'ключ' = 5 # ü\n"},
+             Case{"[I.Base]\nsA = '''\nlong\n'''\n\n[J.Base]\n",
+                  {"I", "Base"},
+                  "sA",
+                  "short",
+                  "[I.Base]\nsA = \"short\"\n\n[J.Base]\n"},
+             Case{"[I.Base]\nsA = '''\nlong\n''' # end\n\n[J.Base]\n",
+                  {"I", "Base"},
+                  "sB",
+                  awkward,
+                  "[I.Base]\nsA = '''\nlong\n''' # end\nsB = \"a\\\"b\\\\c\\u000A\\u0009\"\n\n[J.Base]\n"},
+             Case{"[I.Base]\n[J.Base]", {"J", "Base"}, "nA", Value(-1L), "[I.Base]\n[J.Base]\nnA = -1\n"},
+             Case{"[I.Base]\nsA = ''",
+                  {"I", "InstalledPackages\\803"},
+                  "s A",
+                  "x",
+                  "[I.Base]\nsA = ''\n\n[I.'InstalledPackages\\803']\n's A' = \"x\"\n"},
+             Case{"[host.programs]\na = 'b'\n",
+                  {"host"},
+                  "odbcDriver",
+                  "FreeTDS",
+                  "[host.programs]\na = 'b'\n\n[host]\nodbcDriver = \"FreeTDS\"\n"},
+             Case{"I.Base.sA = 'x'\n", {"I", "Base"}, "sA", "y", "I.Base.sA = \"y\"\n"},
+             Case{"I = {Base = {sA = 'x'}}\n", {"I", "Base"}, "sB", "y", nullptr},
+             Case{"I = 5\n", {"I", "Base"}, "sB", "y", nullptr},
+             Case{"[I.Base\n", {"I", "Base"}, "sB", "y", nullptr},
+             Case{"[I.Base]\n", {"I", "Base"}, "sB", "\xff", nullptr},
+             Case{"[I.Base]\n", {"I"}, "sB", "y", nullptr},
+             Case{"[I.Base]\n", {"host", "Base"}, "sB", "y", nullptr},
+         }) {
+        const TestStore store(set.before);
+        std::string problem;
+        EXPECT_EQ(setStoreValue(set.table, set.name, set.value, problem), set.after != nullptr) << problem;
+        EXPECT_EQ(problem.empty(), set.after != nullptr) << problem;
+        EXPECT_EQ(support::readFile(store.path()), set.after != nullptr ? set.after : set.before);
+    }
+}
+
+TEST(HostSetup, ReplacesTheFileAsAWhole) {
+    const TestStore store("[I.Base]\n");
+    const auto real = store.folder / "real.toml";
+    std::filesystem::rename(store.path(), real);
+    std::filesystem::create_symlink(real, store.path());
+    ::chmod(real.c_str(), 0604);
+    std::string problem;
+    ASSERT_TRUE(setStoreValue({"I", "Base"}, "sA", "x", problem)) << problem;
+    EXPECT_TRUE(std::filesystem::is_symlink(store.path()));
+    struct stat status {};
+    ASSERT_EQ(::stat(real.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0604U);
+
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit limit{20, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    const bool isSet = setStoreValue({"I", "Base"}, "sB", std::string(100, 'x'), problem);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(isSet);
+    EXPECT_NE(problem.find("File too large"), std::string::npos) << problem;
+    EXPECT_EQ(support::readFile(real), "[I.Base]\nsA = \"x\"\n");
+    const auto files = std::filesystem::directory_iterator(store.folder.path());
+    EXPECT_EQ(std::distance(begin(files), end(files)), 2);  // nothing is left beside the file and its link
+}
+
+TEST(HostSetup, WritersDoNotLoseEachOthersValues) {
+    const TestStore store("");
+    std::filesystem::remove(store.path());
+    std::vector<std::thread> writers;
+    for (int i = 0; i < 4; ++i) {
+        writers.emplace_back([i] {
+            std::string problem;
+            for (int n = 0; n < 10; ++n)
+                EXPECT_TRUE(
+                    setStoreValue({"I", "Base"}, "n" + std::to_string(i * 10 + n), Value(1L), problem));
+        });
+    }
+    for (std::thread& writer : writers) writer.join();
+    std::map<std::string, std::string> values;
+    EXPECT_NE(VTPlatformInfo("I").getRegValues("Base", &values), 0);
+    EXPECT_EQ(values.size(), 40U);
+}
+
+TEST(HostSetup, ReportsWhatTheStoreSays) {
+    const TestStore store(
+        "stray = 1\n[host]\nodbcDriver = 'FreeTDS'\nloginTimeout = 5\n"
+        "[host.programs]\nsqlcmd = '/bin/x'\n[I]\nloose = 2\n[I.Base.Deep]\nx = 1\n");
+    const hostlayer::StoreReport report = hostlayer::inspectStore();
+    EXPECT_EQ(report.path, store.path());
+    EXPECT_TRUE(report.isInForce && report.problem.empty());
+    EXPECT_EQ(report.settings.at("odbcDriver") + report.settings.at("loginTimeout"), "FreeTDS5");
+    EXPECT_EQ(report.programs.at("sqlcmd"), "/bin/x");
+    ASSERT_EQ(report.oddities.size(), 3U);
+    std::filesystem::remove(store.path());
+    EXPECT_NE(hostlayer::inspectStore().problem.find("No such file"), std::string::npos);
+    store.write("[I.Base]\nsA = \"x\n");
+    const hostlayer::StoreReport broken = hostlayer::inspectStore();
+    EXPECT_NE(broken.problem.find("line 2, column "), std::string::npos) << broken.problem;
+    EXPECT_TRUE(broken.isInForce);
+}
+
+TEST(HostSetup, MakesAKeyFileOnce) {
+    const TestStore store("");
+    const std::string path = store.folder / "cipher.key";
+    std::string problem;
+    ASSERT_TRUE(hostlayer::createCipherKeyFile(path, problem)) << problem;
+    const std::string key = support::readFile(path);
+    EXPECT_EQ(key.size(), 32U);
+    EXPECT_FALSE(hostlayer::createCipherKeyFile(path, problem));
+    EXPECT_EQ(problem, "[" + path + "]: File exists");
+    EXPECT_EQ(support::readFile(path), key);
+    ASSERT_TRUE(setStoreValue({"host"}, "cipherKeyFile", path, problem));
+    char record[128];
+    unsigned long size = sizeof record;
+    EXPECT_NE(VTPassword().encrypt("x", record, &size), 0);
+    EXPECT_FALSE(hostlayer::createCipherKeyFile(store.folder / "none/cipher.key", problem));
+}
+
+}  // namespace
