@@ -12,7 +12,7 @@ namespace tsql {
 // One letter an argument, the last one for all that follow:
 //   T text        other types are converted    I int, B bigint, F float
 //   S text or binary, as it is                  N number, text becomes float
-//   D date or time, text becomes datetime2(7), numbers datetime
+//   D date or time, text becomes datetime2(7), numbers datetime; E the same, but text becomes datetime, too
 //   P the bare name of a date part              A any type
 //   C any type, M a number, each followed by the code of its type
 struct FunctionInfo {
@@ -137,8 +137,7 @@ SqlType powerType(Pieces pieces) {
 }
 
 SqlType dateSumType(Pieces pieces) {
-    const SqlType& type = pieces[2].type;
-    return isDateTime(type.id) ? type : simpleType(TypeId::DateTime);
+    return pieces[2].type;
 }
 
 void refuseOperand(const SqlType& type, std::string_view function) {
@@ -333,7 +332,7 @@ const FunctionInfo kFunctions[] = {
     {"getutcdate", 0, 0, "", kDateTime, "ts_now_utc", writeWithResult},
     {"sysdatetime", 0, 0, "", kDateTime2, "ts_now", writeWithResult},
     {"sysutcdatetime", 0, 0, "", kDateTime2, "ts_now_utc", writeWithResult},
-    {"dateadd", 3, 3, "PID", dateSumType, "ts_dateadd", writeWithResult},
+    {"dateadd", 3, 3, "PIE", dateSumType, "ts_dateadd", writeWithResult},
     {"datediff", 3, 3, "PDD", kInt, "ts_datediff"},
     {"datediff_big", 3, 3, "PDD", always<TypeId::BigInt>, "ts_datediff_big"},
     {"datepart", 2, 2, "PD", kInt, "ts_datepart"},
@@ -409,9 +408,9 @@ SqlType textTypeFor(const SqlType& type) {
     return varcharType(type.id == TypeId::UniqueIdentifier ? 36 : 30);
 }
 
-Typed dateArgument(const Typed& value) {
+Typed dateArgument(const Typed& value, TypeId ofText) {
     if (isDateTime(value.type.id)) return value;
-    return coerce(value, simpleType(isText(value.type.id) ? TypeId::DateTime2 : TypeId::DateTime));
+    return coerce(value, simpleType(isText(value.type.id) ? ofText : TypeId::DateTime));
 }
 
 Typed datePartArgument(const Typed& value, std::string_view function) {

@@ -228,7 +228,9 @@ std::string collated(const Typed& value) {
 Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
     const Typed left = withPartnersType(leftPiece, rightPiece),
                 right = withPartnersType(rightPiece, leftPiece);
-    const SqlType type = operatorType(op, operandType(left, right.type), operandType(right, left.type));
+    const bool bits = op >= BinaryOp::BitAnd;
+    const SqlType type = bits ? operatorType(op, left.type, right.type)
+                              : operatorType(op, operandType(left, right.type), operandType(right, left.type));
     if (isText(type.id)) return {"(" + left.sql + " || " + right.sql + ")", type, false, {}, {}};
     if (isBinary(type.id))
         return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type, false, {}, {}};

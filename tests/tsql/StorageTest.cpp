@@ -1,0 +1,125 @@
+#include "Storage.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "Backup.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tsql;
+
+class StorageTest : public testing::Test {
+  protected:
+    StorageTest() {
+        std::string name = (fs::temp_directory_path() / "storageXXXXXX").string();
+        m_folder = ::mkdtemp(name.data());
+        m_storage.emplace(m_folder / "data");
+    }
+    ~StorageTest() override { fs::remove_all(m_folder); }
+
+    void run(const std::string& database, const std::string& sql) {
+        execute(openDatabaseFile(m_storage->pathOf(database), false).get(), sql);
+    }
+    template <typename Act>
+    static int errorOf(Act act) {
+        try {
+            act();
+        } catch (const SqlError& error) {
+            return error.number;
+        }
+        return 0;
+    }
+    std::size_t filesIn(const fs::path& folder) {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
+    }
+
+    fs::path m_folder;
+    std::optional<Storage> m_storage;
+};
+
+TEST_F(StorageTest, DatabasesAreFilesUnderAnyName) {
+    const std::vector<std::string> system = {"master", "model", "msdb", "tempdb"};
+    EXPECT_EQ(m_storage->databases(), system);
+    const std::string odd = "../Über.db %41";
+    m_storage->create(odd);
+    EXPECT_EQ(m_storage->canonicalName("../üBER.DB %41"), odd);
+    EXPECT_EQ(m_storage->pathOf(odd).parent_path(), m_folder / "data");
+    EXPECT_EQ(errorOf([&] { m_storage->create("MASTER"); }), 1801);
+    EXPECT_EQ(errorOf([&] { m_storage->create(std::string(129, 'x')); }), 103);
+    m_storage->drop(odd);
+    EXPECT_EQ(errorOf([&] { m_storage->drop(odd); }), 3701);
+    EXPECT_EQ(errorOf([&] { m_storage->drop("msdb"); }), 3708);
+    EXPECT_EQ(Storage(m_folder / "data").databases(), system);
+}
+
+TEST_F(StorageTest, LoginsAreHashed) {
+    m_storage->setLogin("Sa", "first");
+    m_storage->setLogin("sa", "secret\xC3\xA4");
+    EXPECT_TRUE(m_storage->checkLogin("SA", "secret\xC3\xA4"));
+    EXPECT_FALSE(m_storage->checkLogin("sa", "first"));
+    EXPECT_FALSE(m_storage->checkLogin("nobody", ""));
+    for (const auto& entry : fs::directory_iterator(m_folder / "data")) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+        EXPECT_EQ(bytes.find("secret"), std::string::npos) << entry.path();
+    }
+}
+
+TEST_F(StorageTest, BackupComesBackUnderAnotherName) {
+    m_storage->create("shop");
+    run("shop", "CREATE TABLE t(x); INSERT INTO t VALUES (1), (2)");
+    const fs::path file = m_folder / "shop.bak";
+    EXPECT_GT(backupDatabase(*m_storage, "SHOP", file).pages, 0);
+    const auto rows = fileListRows(readBackupHeader(file));
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(std::get<std::string>(rows[1][0]), "shop_log");
+    EXPECT_EQ(rows[0].size(), fileListColumns().size());
+
+    const std::string moved[] = {"shop", "shop_log"};
+    restoreDatabase(*m_storage, file, "copy", false, moved);
+    run("copy", "DELETE FROM t WHERE x = 1");
+    EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "Copy", false); }), 3159);
+    const auto open = openDatabaseFile(m_storage->pathOf("copy"), false);  // sees the restored data, too
+    restoreDatabase(*m_storage, file, "Copy", true);
+    EXPECT_NO_THROW(
+        execute(open.get(), "CREATE TABLE c(ok CHECK(ok = 2)); INSERT INTO c SELECT count(*) FROM t"));
+    EXPECT_EQ(
+        errorOf([&] { restoreDatabase(*m_storage, file, "x", true, std::vector<std::string>{"nope"}); }),
+        3234);
+    EXPECT_FALSE(m_storage->exists("x"));
+    EXPECT_EQ(filesIn(m_folder), 2u);  // data and the backup: nothing temporary
+}
+
+TEST_F(StorageTest, DamagedOrForeignBackupsChangeNothing) {
+    m_storage->create("shop");
+    run("shop", "CREATE TABLE t(x)");
+    const fs::path file = m_folder / "b.bak";
+    backupDatabase(*m_storage, "shop", file);
+    const auto size = fs::file_size(file);
+    for (const std::uintmax_t at : {std::uintmax_t{40}, size / 2, size - 1}) {
+        backupDatabase(*m_storage, "shop", file);
+        std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
+        bytes.seekp(static_cast<std::streamoff>(at));
+        bytes.put('\x5A');
+        bytes.close();
+        EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", true); }), 3203) << at;
+    }
+    backupDatabase(*m_storage, "shop", file);
+    fs::resize_file(file, size - 100);
+    EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "new", false); }), 3203);
+    std::ofstream(file) << "no backup of ours, whatever it may be";
+    EXPECT_EQ(errorOf([&] { readBackupHeader(file); }), 3241);
+    EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder / "absent"); }), 3201);
+    EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder); }), 3201);
+    EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", m_folder / "no" / "b.bak"); }), 3201);
+    EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "nope", file); }), 911);
+    EXPECT_EQ(m_storage->databases().size(), 5u);
+    EXPECT_NO_THROW(run("shop", "INSERT INTO t VALUES (1)"));
+    EXPECT_EQ(filesIn(m_folder / "data"), 5u);
+}
+
+}  // namespace
