@@ -441,7 +441,9 @@ Typed argument(const FunctionInfo& function, std::size_t i, const Typed& value) 
         case 'F':
             return coerce(value, simpleType(TypeId::Float));
         case 'D':
-            return dateArgument(value);
+            return dateArgument(value, TypeId::DateTime2);
+        case 'E':
+            return dateArgument(value, TypeId::DateTime);
         case 'P':
             return datePartArgument(value, function.name);
         case 'N':
