@@ -144,7 +144,7 @@ void Listener::acceptClient() {
 }
 
 void Listener::serve(Client& client) {
-    tds::Connection(client.socket.get(), client.sessionId, m_engine, m_settings).run();
+    tds::ClientConnection(client.socket.get(), client.sessionId, m_engine, m_settings).run();
     shutdown(client.socket.get(), SHUT_RDWR);
     client.ended = true;
     eventfd_write(m_clientEnded.get(), 1);

@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "Connection.h"
+#include "ClientConnection.h"
 #include "Engine.h"
 #include "Options.h"
 #include "Socket.h"

@@ -15,9 +15,9 @@ constexpr std::size_t kReceiveBlock = 32768;
 constexpr std::size_t kSendBlock = 32768;  // several packets go out in one system call
 
 constexpr std::size_t kMostPreloginBytes = 4096;
-constexpr std::size_t kMostLoginBytes = 128 * 1024 - 1;
-constexpr std::size_t kMostTransactionBytes = 64 * 1024;
-constexpr std::size_t kMostRequestBytes = 64 * 1024 * 1024;
+constexpr std::size_t kMostLoginBytes = (128UL << 10) - 1;
+constexpr std::size_t kMostTransactionBytes = 64UL << 10;
+constexpr std::size_t kMostRequestBytes = 64UL << 20;
 
 constexpr std::uint8_t kStatusEndOfMessage = 0x01;
 constexpr std::uint8_t kStatusIgnore = 0x02;

@@ -21,11 +21,12 @@ constexpr std::uint16_t kUnbounded = 0xFFFF;
 constexpr std::size_t kCollationSize = 5;
 constexpr unsigned char kCollationUtf8 = 0x04;  // in the collation's fourth byte
 constexpr int kMostSizedBytes = 8000;
+constexpr int kMostOffsetMinutes = 14 * 60;
 
 // Types whose TYPE_INFO is their number alone, or a number and a size; rows of size 0 take a given one.
 struct SimpleType {
     std::uint8_t wireId;
-    std::size_t size;
+    std::uint8_t size;
     bool fixed;
     TypeId id;
 };
@@ -65,7 +66,7 @@ std::string moneyText(std::int64_t value) {
 }
 
 std::string integerText(std::int64_t value) {
-    const std::string digits = std::to_string(value);
+    std::string digits = std::to_string(value);
     if (value == static_cast<std::int32_t>(value)) return digits;
     return "CAST('" + digits + "' AS bigint)";  // a bare number of this size would be a decimal
 }
@@ -188,37 +189,38 @@ void readDecimal(ByteReader& in, Parameter& parameter) {
     parameter.value = scaled(decimalDigits(in.bytes(length - 1)), negative, scale);
 }
 
+// An instant at the server's zone, from one that travelled as UTC.
+std::string zonedText(std::int64_t days, std::int64_t ticks, std::int64_t offsetMinutes, int scale) {
+    if (std::abs(offsetMinutes) > kMostOffsetMinutes)
+        throw ProtocolError("a time zone offset is out of range");
+    ticks += offsetMinutes * kTicksPerMinute;
+    if (ticks < 0) --days, ticks += kTicksPerDay;
+    if (ticks >= kTicksPerDay) ++days, ticks -= kTicksPerDay;
+    const std::string zone = timeText(std::abs(offsetMinutes) * kTicksPerMinute, 0).substr(0, 5);
+    return checkedDate(days) + " " + checkedTime(ticks, scale) + (offsetMinutes < 0 ? " -" : " +") + zone;
+}
+
 void readDateOrTime(ByteReader& in, TypeId id, Parameter& parameter) {
-    const std::uint8_t scale = id == TypeId::Date ? std::uint8_t{0} : in.u8();
+    const bool hasTime = id != TypeId::Date;
+    const bool hasZone = id == TypeId::DateTimeOffset;
+    const std::uint8_t scale = hasTime ? in.u8() : std::uint8_t{0};
     if (scale > 7) throw ProtocolError("a time parameter has an impossible scale");
     parameter.type = {id, 0, 0, scale};
     const std::size_t length = in.u8();
     if (length == 0) return;
-    const std::size_t behindTime = id == TypeId::Time ? 0 : id == TypeId::DateTimeOffset ? 5 : 3;
-    const std::size_t timeLength = scale <= 2 ? 3 : scale <= 4 ? 4 : 5;
-    if (length != behindTime + (id == TypeId::Date ? 0 : timeLength))
+    const std::size_t timeLength = !hasTime ? 0 : scale <= 2 ? 3 : scale <= 4 ? 4 : 5;
+    const std::size_t dateLength = id == TypeId::Time ? 0 : 3;
+    if (length != timeLength + dateLength + (hasZone ? 2 : 0))
         throw ProtocolError("a date or time parameter has a wrong length");
-    std::int64_t ticks = id == TypeId::Date ? 0 : static_cast<std::int64_t>(in.number(timeLength));
+    auto ticks = static_cast<std::int64_t>(in.number(timeLength));
     for (int i = scale; i < 7; ++i) ticks *= 10;
-    if (id == TypeId::Time) {
-        parameter.value = quoted(checkedTime(ticks, scale));
-        return;
-    }
-    auto days = static_cast<std::int64_t>(in.number(3));
-    if (id == TypeId::Date) {
+    const auto days = static_cast<std::int64_t>(in.number(dateLength));
+    if (hasZone)
+        parameter.value = quoted(zonedText(days, ticks, in.signedNumber(2), scale));
+    else if (!hasTime)
         parameter.value = quoted(checkedDate(days));
-        return;
-    }
-    std::string zone;
-    if (id == TypeId::DateTimeOffset) {
-        const auto minutes = in.signedNumber(2);
-        if (std::abs(minutes) > 14 * 60) throw ProtocolError("a time zone offset is out of range");
-        ticks += minutes * kTicksPerMinute;
-        if (ticks < 0) --days, ticks += kTicksPerDay;
-        if (ticks >= kTicksPerDay) ++days, ticks -= kTicksPerDay;
-        zone = (minutes < 0 ? " -" : " +") + timeText(std::abs(minutes) * kTicksPerMinute, 0).substr(0, 5);
-    }
-    parameter.value = quoted(checkedDate(days) + " " + checkedTime(ticks, scale) + zone);
+    else
+        parameter.value = quoted((dateLength > 0 ? checkedDate(days) + " " : "") + checkedTime(ticks, scale));
 }
 
 // Partially length-prefixed data: a total, then chunks up to an empty one, 2.2.5.2.3.
@@ -235,7 +237,7 @@ std::optional<Bytes> readLong(ByteReader& in) {
     return Bytes(in.bytes(length));
 }
 
-enum class Encoding { Unicode, SingleByte, Binary };
+enum class Encoding : std::uint8_t { Unicode, SingleByte, Binary };
 
 struct StringType {
     std::uint8_t wireId;
@@ -355,7 +357,7 @@ Parameter readParameter(ByteReader& in) {
 }
 
 std::string typeName(const SqlType& type) {
-    const std::string name = kTypeNames[static_cast<std::size_t>(type.id)];
+    std::string name = kTypeNames[static_cast<std::size_t>(type.id)];
     const std::string scale = std::to_string(type.scale);
     switch (type.id) {
         case TypeId::Decimal:

@@ -49,7 +49,7 @@ RpcCall parseCall(ByteView body, std::size_t& position) {
     ByteReader in(body.substr(position));
     const auto here = [&] { return body.substr(body.size() - in.remaining()); };
     RpcCall call;
-    const std::uint16_t nameLength = in.u16();
+    const std::size_t nameLength = in.u16();
     call.procedure = nameLength == kCallByNumber ? nameOf(in.u16()) : utf8FromUtf16(in.bytes(2 * nameLength));
     in.skip(2);  // options: recompile and the like
     while (!in.atEnd() && !isNextCall(here())) call.parameters.push_back(readParameter(in));

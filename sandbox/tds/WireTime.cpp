@@ -71,9 +71,9 @@ std::int64_t parseDays(FieldReader& reader) {
 }
 
 std::int64_t parseTicks(FieldReader& reader) {
-    std::int64_t seconds = 3600 * reader.digits(2);
+    std::int64_t seconds = 3600L * reader.digits(2);
     reader.expect(':');
-    seconds += 60 * reader.digits(2);
+    seconds += 60L * reader.digits(2);
     if (reader.next(':')) {
         reader.expect(':');
         seconds += reader.digits(2);

@@ -169,9 +169,10 @@ void writeGuid(ByteWriter& out, ByteView text) {
 
 void writeDateTime(ByteWriter& out, const DateTimeParts& parts) {
     constexpr std::int64_t kTicksPerThreeHundredths = kTicksPerSecond / 100;  // three 1/300 s
+    constexpr std::int64_t kUnitsPerDay = 25'920'000;
     std::int64_t days = parts.days - kDaysTo1900;
     std::int64_t units = (3 * parts.ticks + kTicksPerThreeHundredths / 2) / kTicksPerThreeHundredths;
-    if (units == 86'400 * 300) {
+    if (units == kUnitsPerDay) {
         units = 0;
         ++days;
     }

@@ -20,10 +20,10 @@ struct ConnectionSettings {
     std::chrono::milliseconds refusalDelay{250};  // before a wrong password is answered
 };
 
-class Connection {
+class ClientConnection {
   public:
     // socket: connected, stays the caller's. All must outlive the connection.
-    Connection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings);
+    ClientConnection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings);
 
     // Serves the client until it leaves or its socket is shut down; does not throw.
     // What ended it other than the client's leaving is written to standard error.

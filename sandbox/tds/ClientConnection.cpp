@@ -1,4 +1,4 @@
-#include "Connection.h"
+#include "ClientConnection.h"
 
 #include <cstdio>
 #include <thread>
@@ -55,14 +55,15 @@ std::string beginBatch(ByteReader& in) {
 
 }  // namespace
 
-Connection::Connection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings)
+ClientConnection::ClientConnection(int socket, int sessionId, tsql::Engine& engine,
+                                   const ConnectionSettings& settings)
     : m_engine(engine),
       m_settings(settings),
       m_sessionId(sessionId),
       m_channel(socket, static_cast<std::uint16_t>(sessionId)),
       m_tokens(settings.serverName) {}
 
-void Connection::run() noexcept {
+void ClientConnection::run() noexcept {
     try {
         m_channel.setLoginDeadline(PacketChannel::Clock::now() + m_settings.loginLimit);
         if (logIn()) serveRequests();
@@ -75,7 +76,7 @@ void Connection::run() noexcept {
 
 // ---- Login ----------------------------------------------------------------------------------------
 
-bool Connection::logIn() {
+bool ClientConnection::logIn() {
     const Login login = readLogin();
     m_version = login.version;
     m_tokens.setVersion(login.version);
@@ -87,7 +88,7 @@ bool Connection::logIn() {
     return true;
 }
 
-Login Connection::readLogin() {
+Login ClientConnection::readLogin() {
     Request request = m_channel.readRequest();
     if (request.type == PacketType::Prelogin) {
         Bytes reply = preloginReply(request.data);
@@ -98,7 +99,7 @@ Login Connection::readLogin() {
     return parseLogin(request.data);
 }
 
-bool Connection::accept(const Login& login) {
+bool ClientConnection::accept(const Login& login) {
     if (login.integrated) {
         m_tokens.message(error(kIntegratedLoginFailed, 14,
                                "Login failed. Only logins with a name and a password are accepted here."));
@@ -114,14 +115,14 @@ bool Connection::accept(const Login& login) {
     return false;
 }
 
-void Connection::refuse(const Login& login) {
+void ClientConnection::refuse(const Login& login) {
     std::this_thread::sleep_for(m_settings.refusalDelay);
     m_tokens.message(error(kLoginFailed, 14, "Login failed for user '" + login.userName + "'."));
     m_tokens.done(Token::Done, kDoneError, -1, false);
     m_channel.sendLast(m_tokens.data());
 }
 
-void Connection::greet(const Login& login) {
+void ClientConnection::greet(const Login& login) {
     m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
     const std::string language(kLanguage);
@@ -141,12 +142,12 @@ void Connection::greet(const Login& login) {
 
 // ---- Requests ---------------------------------------------------------------------------------------
 
-void Connection::serveRequests() {
+void ClientConnection::serveRequests() {
     while (serve(m_channel.readRequest())) continue;
 }
 
 // False when the session is over.
-bool Connection::serve(const Request& request) {
+bool ClientConnection::serve(const Request& request) {
     ResponseSink sink(m_channel, m_tokens);
     if (request.resetsSession) resetSession(sink);
     bool goesOn = true;
@@ -164,7 +165,7 @@ bool Connection::serve(const Request& request) {
 }
 
 // Since 7.2 each request starts with headers, whose total length stands first: 2.2.5.3.
-ByteView Connection::withoutHeaders(ByteView data) const {
+ByteView ClientConnection::withoutHeaders(ByteView data) const {
     if (m_version < Version::V72) return data;
     const std::uint32_t length = ByteReader(data).u32();
     if (length < 4 || length > data.size())
@@ -173,7 +174,7 @@ ByteView Connection::withoutHeaders(ByteView data) const {
 }
 
 // What a connection pool asks for when it hands a connection on.
-void Connection::resetSession(ResponseSink& sink) {
+void ClientConnection::resetSession(ResponseSink& sink) {
     const std::string before(m_session->database());
     m_session.reset();
     m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
@@ -182,7 +183,7 @@ void Connection::resetSession(ResponseSink& sink) {
     if (before != m_initialDatabase) sink.databaseChanged(before, m_initialDatabase);
 }
 
-bool Connection::runBatch(std::string_view text, ResponseSink& sink) {
+bool ClientConnection::runBatch(std::string_view text, ResponseSink& sink) {
     try {
         return m_session->runBatch(text, sink);
     } catch (const ValueError& problem) {
@@ -200,7 +201,7 @@ bool Connection::runBatch(std::string_view text, ResponseSink& sink) {
 
 // ---- Procedure calls ----------------------------------------------------------------------------------
 
-bool Connection::runCalls(ByteView body, ResponseSink& sink) {
+bool ClientConnection::runCalls(ByteView body, ResponseSink& sink) {
     for (const RpcCall& call : parseRpc(body)) {
         sink.beginCall(kOutputMarker);
         if (!runCall(call, sink)) return false;
@@ -210,7 +211,7 @@ bool Connection::runCalls(ByteView body, ResponseSink& sink) {
     return true;
 }
 
-bool Connection::runCall(const RpcCall& call, ResponseSink& sink) {
+bool ClientConnection::runCall(const RpcCall& call, ResponseSink& sink) {
     RpcBatch batch;
     try {
         batch = m_prepared.batchFor(call);
@@ -224,7 +225,7 @@ bool Connection::runCall(const RpcCall& call, ResponseSink& sink) {
     return true;
 }
 
-void Connection::sendOutputs(const RpcBatch& batch, const ResponseSink& sink) {
+void ClientConnection::sendOutputs(const RpcBatch& batch, const ResponseSink& sink) {
     const auto& outputs = sink.outputs();
     const std::size_t first = batch.returnsStatus ? 1 : 0;
     std::int32_t status = 0;
@@ -240,7 +241,7 @@ void Connection::sendOutputs(const RpcBatch& batch, const ResponseSink& sink) {
 
 // ---- Transaction manager requests, 2.2.6.9 --------------------------------------------------------------
 
-bool Connection::runTransactionRequest(ByteView body, ResponseSink& sink) {
+bool ClientConnection::runTransactionRequest(ByteView body, ResponseSink& sink) {
     ByteReader in(body);
     const std::uint16_t request = in.u16();
     if (request == kBegin) return changeTransaction(beginBatch(in), EnvChange::BeginTransaction, sink);
@@ -259,7 +260,7 @@ bool Connection::runTransactionRequest(ByteView body, ResponseSink& sink) {
     return changeTransaction(beginBatch(in), EnvChange::BeginTransaction, sink);
 }
 
-bool Connection::changeTransaction(std::string_view batch, EnvChange change, ResponseSink& sink) {
+bool ClientConnection::changeTransaction(std::string_view batch, EnvChange change, ResponseSink& sink) {
     const bool goesOn = runBatch(batch, sink);
     if (sink.anyError()) return goesOn;
     sink.flushDone();

@@ -1,0 +1,252 @@
+// The server as clients see it that nobody wrote for it: FreeTDS's ODBC driver, tsql, bsqldb and isql.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "OdbcClient.h"
+#include "TsqlBox.h"
+
+namespace support {
+namespace {
+
+class ClientTest : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { s_box = new TsqlBox; }
+    static void TearDownTestSuite() {
+        delete s_box;
+        s_box = nullptr;
+    }
+    static TsqlBox& box() { return *s_box; }
+    // A FreeTDS command line tool of db-lib or libtds, with the server's address and a login.
+    static std::vector<std::string> freetds(const std::string& tool, const std::string& password) {
+        return {tool, "-S", "127.0.0.1:" + std::to_string(box().port()), "-U", box().login(), "-P", password};
+    }
+
+  private:
+    static inline TsqlBox* s_box = nullptr;
+};
+
+TEST_F(ClientTest, EveryTypeIsDescribedAndArrivesWithItsValueAndAsNull) {
+    struct Case {
+        const char* type;
+        const char* literal;
+        int sqlType;
+        SQLULEN size;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"bit", "1", SQL_BIT, 1, "1"},
+        {"tinyint", "255", SQL_TINYINT, 3, "255"},
+        {"smallint", "-32768", SQL_SMALLINT, 5, "-32768"},
+        {"int", "-2147483648", SQL_INTEGER, 10, "-2147483648"},
+        {"bigint", "'-9223372036854775807'", SQL_BIGINT, 19, "-9223372036854775807"},
+        {"decimal(9,2)", "-1234567.89", SQL_NUMERIC, 9, "-1234567.89"},
+        {"decimal(18,4)", "12345678901234.5678", SQL_NUMERIC, 18, "12345678901234.5678"},
+        {"smallmoney", "-1.5", SQL_DECIMAL, 10, "-1.5000"},
+        {"money", "-123456789.1234", SQL_DECIMAL, 19, "-123456789.1234"},
+        {"real", "0.5", SQL_REAL, 24, "0.5"},
+        {"float", "-2.5", SQL_FLOAT, 53, "-2.5"},
+        {"char(5)", "'ab'", SQL_WCHAR, 5, "ab   "},
+        {"varchar(30)",
+         "'Gr\xC3\xB6\xC3\x9F"
+         "e'",
+         SQL_WVARCHAR, 30,
+         "Gr\xC3\xB6\xC3\x9F"
+         "e"},
+        {"varchar(8000)", "'x'", SQL_WVARCHAR, 8000, "x"},
+        {"nvarchar(10)", "N'\xE2\x82\xAC\xF0\x9F\x98\x80'", SQL_WVARCHAR, 10, "\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        {"nvarchar(max)", "N''", SQL_WVARCHAR, 0, ""},
+        {"date", "'2024-02-29'", SQL_TYPE_DATE, 10, "2024-02-29"},
+        {"time(7)", "'23:59:59.1234567'", -154, 16, "23:59:59.1234567"},
+        {"datetime", "'2024-02-29 23:59:59.997'", SQL_TYPE_TIMESTAMP, 23, "2024-02-29 23:59:59.997"},
+        {"smalldatetime", "'2024-02-29 23:59'", SQL_TYPE_TIMESTAMP, 16, "2024-02-29 23:59:00"},
+        {"datetime2(3)", "'2024-02-29 00:00:00.123'", SQL_TYPE_TIMESTAMP, 23, "2024-02-29 00:00:00.123"},
+        {"uniqueidentifier", "'6F9619FF-8B86-D011-B42D-00C04FC964FF'", SQL_GUID, 36,
+         "6F9619FF-8B86-D011-B42D-00C04FC964FF"},
+        {"binary(4)", "0x0A0B", SQL_BINARY, 4, "0a0b0000"},
+        {"varbinary(10)", "0x0AFF", SQL_VARBINARY, 10, "0aff"},
+        {"varbinary(max)", "0x00", SQL_VARBINARY, 0, "00"},
+    };
+    OdbcClient client(box().odbcConnectionString());
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.type);
+        const std::string type = c.type;
+        client.run("CREATE TABLE #t (a " + type + ", b " + type + "); INSERT INTO #t VALUES (" + c.literal +
+                   ", NULL)");
+        EXPECT_EQ(client.value("SELECT a, b FROM #t"), std::string(c.text) + "|NULL");
+        SQLExecDirect(client.statement(), reinterpret_cast<SQLCHAR*>(const_cast<char*>("SELECT a FROM #t")),
+                      SQL_NTS);
+        SQLSMALLINT described = 0;
+        SQLULEN size = 0;
+        SQLDescribeCol(client.statement(), 1, nullptr, 0, nullptr, &described, &size, nullptr, nullptr);
+        SQLFreeStmt(client.statement(), SQL_CLOSE);
+        EXPECT_EQ(described, c.sqlType);
+        EXPECT_EQ(size, c.size);
+        client.run("DROP TABLE #t");
+    }
+}
+
+TEST_F(ClientTest, LongTextArrivesWholeAcrossPackets) {
+    OdbcClient client(box().odbcConnectionString());
+    const std::string text = client.value(
+        "SELECT REPLICATE(CAST(N'\xC3\xA4"
+        "b' AS nvarchar(max)), 100000)");
+    ASSERT_EQ(text.size(), 300'000U);
+    EXPECT_EQ(text.substr(299'997),
+              "\xC3\xA4"
+              "b");
+}
+
+TEST_F(ClientTest, MessagesCarryNumberAndLine) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("\nPRINT 'gr\xC3\xBC\xC3\x9F'");
+    EXPECT_EQ(client.diagnostics(), (std::vector<Diagnostic>{{0, 2, "gr\xC3\xBC\xC3\x9F"}}));
+    client.run("SELECT 1\n\nSELECT * FROM NoSuchTable");
+    ASSERT_FALSE(client.diagnostics().empty());
+    EXPECT_EQ(client.diagnostics().back(), (Diagnostic{208, 3, "Invalid object name 'NoSuchTable'."}));
+}
+
+TEST_F(ClientTest, CountsResultsAndMessagesKeepTheirOrder) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("CREATE TABLE #n (i int)");
+    SQLCHAR batch[] = "INSERT INTO #n VALUES (1), (2), (3) SELECT i FROM #n UPDATE #n SET i = 0 WHERE i > 1";
+    ASSERT_EQ(SQLExecDirect(client.statement(), batch, SQL_NTS), SQL_SUCCESS);
+    SQLLEN count = 0;
+    SQLRowCount(client.statement(), &count);
+    EXPECT_EQ(count, 3);
+    ASSERT_EQ(SQLMoreResults(client.statement()), SQL_SUCCESS);
+    SQLSMALLINT columns = 0;
+    SQLNumResultCols(client.statement(), &columns);
+    EXPECT_EQ(columns, 1);
+    ASSERT_EQ(SQLMoreResults(client.statement()), SQL_SUCCESS);
+    SQLRowCount(client.statement(), &count);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(SQLMoreResults(client.statement()), SQL_NO_DATA);
+}
+
+TEST_F(ClientTest, ParametersAndPreparedStatements) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("CREATE TABLE #p (i int, t nvarchar(30), d decimal(10,2))");
+    SQLINTEGER number = -7;
+    char text[40] =
+        "it's\nGr\xC3\xB6\xC3\x9F"
+        "e";
+    double amount = 1.25;
+    SQLLEN given = 0;
+    SQLLEN textLength = SQL_NTS;
+    SQLHSTMT statement = client.statement();
+    SQLBindParameter(statement, 1, SQL_PARAM_INPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, &number, 0, &given);
+    SQLBindParameter(statement, 2, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_WVARCHAR, 30, 0, text, 0, &textLength);
+    SQLBindParameter(statement, 3, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DECIMAL, 10, 2, &amount, 0, &given);
+    SQLCHAR insert[] = "INSERT INTO #p VALUES (?, ?, ?)";
+    ASSERT_EQ(SQLExecDirect(statement, insert, SQL_NTS), SQL_SUCCESS)
+        << client.diagnosticsOf(SQL_HANDLE_STMT, statement)[0].text;
+    ASSERT_EQ(SQLPrepare(statement, insert, SQL_NTS), SQL_SUCCESS);
+    for (number = 1; number <= 2; ++number) ASSERT_EQ(SQLExecute(statement), SQL_SUCCESS);
+    textLength = SQL_NULL_DATA;
+    ASSERT_EQ(SQLExecute(statement), SQL_SUCCESS);
+    SQLFreeStmt(statement, SQL_CLOSE);
+    SQLFreeStmt(statement, SQL_RESET_PARAMS);
+    const std::string row =
+        "|it's\nGr\xC3\xB6\xC3\x9F"
+        "e|1.25";
+    EXPECT_EQ(client.run("SELECT i, t, d FROM #p ORDER BY i"),
+              (std::vector<std::string>{"-7" + row, "1" + row, "2" + row, "3|NULL|1.25"}));
+}
+
+TEST_F(ClientTest, AProcedureGivesBackItsStatusAndOutput) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("CREATE PROCEDURE AddTen @in int, @out int OUTPUT AS SET @out = @in + 10 RETURN 4");
+    SQLINTEGER status = 0, in = 5, out = 0;
+    SQLLEN given = 0;
+    SQLHSTMT statement = client.statement();
+    SQLBindParameter(statement, 1, SQL_PARAM_OUTPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, &status, 0, &given);
+    SQLBindParameter(statement, 2, SQL_PARAM_INPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, &in, 0, &given);
+    SQLBindParameter(statement, 3, SQL_PARAM_INPUT_OUTPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, &out, 0, &given);
+    SQLCHAR call[] = "{? = call AddTen(?, ?)}";
+    ASSERT_EQ(SQLExecDirect(statement, call, SQL_NTS), SQL_SUCCESS)
+        << client.diagnosticsOf(SQL_HANDLE_STMT, statement)[0].text;
+    while (SQLMoreResults(statement) != SQL_NO_DATA) continue;
+    EXPECT_EQ(status, 4);
+    EXPECT_EQ(out, 15);
+}
+
+TEST_F(ClientTest, TransactionsOfADriverAreTheServers) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("CREATE TABLE Kept (i int)");
+    SQLSetConnectAttr(client.connection(), SQL_ATTR_AUTOCOMMIT,
+                      reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0);
+    client.run("INSERT INTO Kept VALUES (1)");
+    ASSERT_EQ(SQLEndTran(SQL_HANDLE_DBC, client.connection(), SQL_ROLLBACK), SQL_SUCCESS);
+    client.run("INSERT INTO Kept VALUES (2)");
+    ASSERT_EQ(SQLEndTran(SQL_HANDLE_DBC, client.connection(), SQL_COMMIT), SQL_SUCCESS);
+    OdbcClient other(box().odbcConnectionString());
+    EXPECT_EQ(other.run("SELECT i FROM Kept"), std::vector<std::string>{"2"});
+}
+
+TEST_F(ClientTest, ATimeOutEndsTheBatchAndTheSessionGoesOn) {
+    OdbcClient client(box().odbcConnectionString());
+    SQLSetStmtAttr(client.statement(), SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(1), 0);
+    EXPECT_EQ(client.value("DECLARE @i int SET @i = 0 WHILE 1 = 1 SET @i = @i + 1"), "Timeout expired");
+    EXPECT_EQ(client.value("SELECT 'goes on'"), "goes on");
+}
+
+TEST_F(ClientTest, FiftyAtATime) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("CREATE TABLE Visits (spid int PRIMARY KEY)");
+    std::vector<std::thread> threads;
+    std::vector<std::string> failures(50);
+    for (std::string& failure : failures)
+        threads.emplace_back([&failure] {
+            try {
+                OdbcClient visitor(box().odbcConnectionString());
+                visitor.run("INSERT INTO Visits VALUES (@@SPID)");
+                for (const Diagnostic& diagnostic : visitor.diagnostics()) failure += diagnostic.text;
+                failure += visitor.value(
+                    "WHILE (SELECT COUNT(*) FROM Visits) < 50 WAITFOR DELAY '00:00:00.050' SELECT ''");
+            } catch (const std::exception& error) {
+                failure = error.what();
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(failures, std::vector<std::string>(50));
+    EXPECT_EQ(client.value("SELECT COUNT(*) FROM Visits"), "50");
+}
+
+TEST_F(ClientTest, ARefusedLoginSaysWhy) {
+    const ProgramResult wrong = runProgram(freetds("bsqldb", "no such password"));
+    EXPECT_NE(wrong.exitCode, 0);
+    EXPECT_NE(wrong.errors.find("Login failed for user 'sa'."), std::string::npos) << wrong.errors;
+    try {
+        OdbcClient client(box().odbcConnectionString("NoSuchDatabase"));
+        FAIL() << "an unknown database was accepted";
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(
+            std::string(error.what()).find("Cannot open database \"NoSuchDatabase\" requested by the login."),
+            std::string::npos)
+            << error.what();
+    }
+}
+
+TEST_F(ClientTest, CommandLineToolsShowRowsAndErrors) {
+    const ProgramOptions batch{"SELECT 1 AS one, 'zwei' AS two\nGO\nSELECT * FROM Nowhere\nGO\n",
+                               {},
+                               {"TDSVER=7.4"},
+                               std::chrono::minutes(1)};
+    ProgramResult result = runProgram({"tsql", "-H", "127.0.0.1", "-p", std::to_string(box().port()), "-U",
+                                       box().login(), "-P", box().password()},
+                                      batch);
+    EXPECT_NE(result.output.find("one\ttwo\n1\tzwei\n"), std::string::npos) << result.output;
+    EXPECT_NE(result.errors.find("Msg 208 (severity 16, state 1)"), std::string::npos) << result.errors;
+
+    result = runProgram(freetds("bsqldb", box().password()), batch);
+    EXPECT_NE(result.output.find("zwei"), std::string::npos) << result.output;
+    EXPECT_NE(result.errors.find("Invalid object name 'Nowhere'."), std::string::npos) << result.errors;
+
+    result = runProgram({"isql", "-k", box().odbcConnectionString(), "-b"},
+                        {"SELECT 'drei' AS three\n", {}, {}, std::chrono::minutes(1)});
+    EXPECT_NE(result.output.find("drei"), std::string::npos) << result.output;
+}
+
+}  // namespace
+}  // namespace support

@@ -1,0 +1,179 @@
+// The server against clients that break the protocol, go slow or cancel; its command line and its end.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <chrono>
+
+#include "RawClient.h"
+#include "TsqlBox.h"
+
+namespace support {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr std::uint8_t kSqlBatch = 1, kRpc = 3, kAttention = 6, kTransaction = 14, kLogin7 = 16,
+                       kPrelogin = 18;
+constexpr std::uint8_t kMoreFollows = 0;
+constexpr unsigned kDoneAttention = 0x20;
+
+bool stillServes(const TsqlBox& box) {
+    RawClient client(box.port());
+    if (!client.logIn(box.login(), box.password())) return false;
+    client.send(packet(kSqlBatch, batchPacket("SELECT 1")));
+    return finalStatus(client.response()) == 0x10;
+}
+
+TEST(Server, AMalformedPacketEndsItsConnectionOnly) {
+    const TsqlBox box;
+    std::string farField = loginPacket("sa", "x");
+    farField[41] = '\x7F';
+    const std::string tooLong = packet(kLogin7, std::string(32000, 'x'), kMoreFollows);
+    struct Case {
+        const char* what;
+        bool loggedIn;
+        std::string bytes;
+    };
+    const Case cases[] = {
+        {"a header shorter than itself", false, "\x12\x01\x00\x04\x00\x00\x01\x00"s},
+        {"a packet longer than any", false, "\x12\x01\xFF\xFF\x00\x00\x01\x00"s},
+        {"an unknown type", false, packet(0x47, "GET / HTTP/1.1")},
+        {"an option outside of the prelogin", false, packet(kPrelogin, "\x00\x7F\x00\x00\x06\xFF"s)},
+        {"a prelogin without an end", false, packet(kPrelogin, "\x00\x00\x05\x00\x00"s)},
+        {"a batch before the login", false, packet(kSqlBatch, batchPacket("SELECT 1"))},
+        {"an empty login", false, packet(kLogin7, "")},
+        {"a login field outside of the packet", false, packet(kLogin7, farField)},
+        {"an endless login", false, tooLong + tooLong + tooLong + tooLong + tooLong},
+        {"a second login", true, packet(kLogin7, loginPacket("sa", "x"))},
+        {"headers longer than the batch", true, packet(kSqlBatch, "\xFF\xFF\xFF\x7FSELECT 1")},
+        {"headers of no length", true, packet(kSqlBatch, "\0\0\0\0"s)},
+        {"no headers", true, packet(kSqlBatch, "")},
+        {"a call whose name leaves the packet", true, packet(kRpc, batchPacket("") + "\xF0\x7F"s)},
+        {"a call with a broken parameter", true,
+         packet(kRpc, batchPacket("") + "\xFF\xFF\x0A\0\0\0\0\0\xE7\x10\0\x09\x04\xD0\0\x34\xF0\x7F"s)},
+        {"packets of two types in a message", true,
+         packet(kSqlBatch, batchPacket("SELECT"), kMoreFollows) + packet(kRpc, "")},
+        {"a transaction request cut short", true, packet(kTransaction, batchPacket("") + "\x05"s)},
+        {"an attention with a body", true, packet(kAttention, "body")},
+    };
+    RawClient bystander(box.port());
+    ASSERT_TRUE(bystander.logIn(box.login(), box.password()));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        RawClient client(box.port());
+        if (c.loggedIn) {
+            ASSERT_TRUE(client.logIn(box.login(), box.password()));
+        }
+        client.send(c.bytes);
+        EXPECT_TRUE(client.isClosed());
+    }
+    EXPECT_TRUE(stillServes(box));
+    bystander.send(packet(kSqlBatch, batchPacket("SELECT 1")));
+    EXPECT_EQ(finalStatus(bystander.response()), 0x10U);
+}
+
+TEST(Server, AnAttentionIsAnsweredWheneverItComes) {
+    const TsqlBox box;
+    RawClient client(box.port());
+    ASSERT_TRUE(client.logIn(box.login(), box.password()));
+
+    client.send(packet(kAttention, ""));
+    EXPECT_EQ(finalStatus(client.response()), kDoneAttention) << "idle";
+
+    client.send(packet(kSqlBatch, batchPacket("WHILE 1 = 1 SELECT REPLICATE('x', 500)")));
+    bool last = false;
+    std::string streamed;
+    for (int i = 0; i < 20; ++i) streamed += client.packetBody(last);
+    ASSERT_FALSE(last);
+    client.send(packet(kAttention, ""));
+    EXPECT_EQ(finalStatus(client.response()), kDoneAttention) << "while a result streams";
+
+    client.send(packet(kSqlBatch, batchPacket("SELECT 1"), kMoreFollows) + packet(kAttention, ""));
+    EXPECT_EQ(finalStatus(client.response()), kDoneAttention) << "while the request is being sent";
+
+    client.send(packet(kSqlBatch, batchPacket("SELECT 1")));
+    EXPECT_EQ(finalStatus(client.response()), 0x10U) << "the session goes on";
+}
+
+TEST(Server, AClientThatDoesNotLogInIsClosed) {
+    const TsqlBox box({"--login-timeout", "1"});
+    for (const std::string& sent : {""s, "\x12"s, preloginPacket(), packet(kPrelogin, "", kMoreFollows)}) {
+        RawClient client(box.port());
+        client.send(sent);
+        EXPECT_TRUE(client.isClosed());
+    }
+    EXPECT_TRUE(stillServes(box));
+}
+
+TEST(Server, MoreClientsThanAllowedAreTurnedAway) {
+    const TsqlBox box({"--max-connections", "2"});
+    {
+        RawClient first(box.port()), second(box.port());
+        ASSERT_TRUE(first.logIn(box.login(), box.password()));
+        ASSERT_TRUE(second.logIn(box.login(), box.password()));
+        EXPECT_TRUE(RawClient(box.port()).isClosed());
+    }
+    bool served = false;  // as soon as the server has seen that they left
+    for (int i = 0; i < 500 && !served; ++i) served = stillServes(box);
+    EXPECT_TRUE(served);
+}
+
+TEST(Server, EndsCleanlyWithClientsInAllStatesAndKeepsWhatWasCommitted) {
+    TsqlBox box;
+    RawClient silent(box.port());
+    RawClient idle(box.port()), busy(box.port()), unread(box.port());
+    for (RawClient* client : {&idle, &busy, &unread}) ASSERT_TRUE(client->logIn(box.login(), box.password()));
+    idle.send(packet(kSqlBatch, batchPacket("CREATE TABLE Kept (i int) INSERT INTO Kept VALUES (1)")));
+    EXPECT_EQ(finalStatus(idle.response()) & 2U, 0U);
+    busy.send(packet(kSqlBatch, batchPacket("WHILE 1 = 1 WAITFOR DELAY '00:00:01'")));
+    unread.send(packet(kSqlBatch, batchPacket("WHILE 1 = 1 SELECT REPLICATE('x', 4000)")));
+    bool last = false;
+    unread.packetBody(last);
+    EXPECT_EQ(box.stop(), 0);
+    EXPECT_EQ(box.errors(), "");
+    box.start();
+    RawClient after(box.port());
+    ASSERT_TRUE(after.logIn(box.login(), box.password()));
+    after.send(packet(kSqlBatch, batchPacket("SELECT i FROM Kept")));
+    EXPECT_EQ(finalStatus(after.response()), 0x10U);
+}
+
+TEST(Server, AWrongCommandLineIsRefusedWithTheReason) {
+    const TsqlBox box;
+    const TempDir folder;
+    writeFile(folder / "password", "secret\n");
+    writeFile(folder / "empty", "\nsecond line\n");
+    writeFile(folder / "file", "");
+    const std::string data = folder / "data", password = folder / "password";
+    struct Case {
+        std::vector<std::string> arguments;
+        std::string reason;
+    };
+    const Case cases[] = {
+        {{"--data", data, "--port", "0", "--login", "sa"}, "--password-file is required"},
+        {{"--data", data, "--port", "0", "--login", "sa", "--password-file", folder / "none"},
+         "cannot read the password file"},
+        {{"--data", data, "--port", "0", "--login", "sa", "--password-file", folder / "empty"},
+         "empty first line"},
+        {{"--data", data, "--port", "70000", "--login", "sa", "--password-file", password}, "--port"},
+        {{"--data", data, "--port", std::to_string(box.port()), "--login", "sa", "--password-file", password},
+         "Address already in use"},
+        {{"--data", data, "--port", "0", "--login", "sa", "--password-file", password, "--listen", "0.0.0.0"},
+         "--allow-remote"},
+        {{"--data", folder / "file", "--port", "0", "--login", "sa", "--password-file", password},
+         folder / "file"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> command = {tsqlboxProgram()};
+        command.insert(command.end(), c.arguments.begin(), c.arguments.end());
+        const ProgramResult result = runProgram(command);
+        EXPECT_NE(result.exitCode, 0) << c.reason;
+        EXPECT_FALSE(result.timedOut) << c.reason;
+        EXPECT_EQ(result.output, "");
+        EXPECT_NE(result.errors.find(c.reason), std::string::npos) << result.errors;
+    }
+}
+
+}  // namespace
+}  // namespace support
