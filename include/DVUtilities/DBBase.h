@@ -147,14 +147,16 @@ class DVU_EXPORT DBBase {
     std::string checkSQLServerProductVersion();  // major version, or "-1"
 
   private:
-    friend class AccountDiscovery;
+    friend class AccountDiscovery;   // GetAccountInfo(), GetDBUser()
+    friend class QueryTool;          // the runners
+    friend class ServerMaintenance;  // the operations on the server as a whole
 
     char m_machineName[128] = {};
     char m_dataSource[128] = {};
     std::string m_serverInstance;
     std::string m_userName;
     std::string m_password;
-    int m_flag;
+    [[maybe_unused]] int m_flag;
     std::string m_toolPath;
     int m_productType = 1;
     bool m_dorvas = false;

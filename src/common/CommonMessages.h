@@ -1,7 +1,7 @@
 // The messages of the configuration reader, the log writers and the file cipher. Spelling is part of them.
 #pragma once
 
-namespace messages {
+namespace common_messages {
 
 inline constexpr char kInvalidArgument[] = "Error: invalid argument.\n";
 inline constexpr char kNoTextValue[] = "Error getting string key [%s] from registry.\n";
@@ -23,4 +23,4 @@ inline constexpr char kCipherFailed[] = "%s failed with error [%ld]";
 inline constexpr char kEncryptName[] = "EncryptFile";
 inline constexpr char kDecryptName[] = "DescryptFile";  // so spelled in the message that callers look for
 
-}  // namespace messages
+}  // namespace common_messages

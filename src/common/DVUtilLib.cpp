@@ -143,7 +143,7 @@ bool DVUtilLib::GetMachineNameFromReg(const char* machine) {
         const VTPlatformInfo info(m_instanceName.c_str());
         if (info.getString(registry::key::kDorvase, registry::value::kHostName, &hostName) == 0) return false;
         if (machine != nullptr && hostName != machine) {
-            m_errorText = messages::kUnknownMachine;
+            m_errorText = common_messages::kUnknownMachine;
             return false;
         }
         m_machineName = hostName;
@@ -190,7 +190,7 @@ bool DVUtilLib::GetZephraVersion(char* version, int& versionNumber) {
         if (!readRegistryText(key, m_names.version, text, m_errorText)) return false;
         copyWhole(version, text);
         if (text.find('(') == text.npos) {
-            m_errorText = FXString::Format(messages::kUnknownVersion, text.c_str());
+            m_errorText = FXString::Format(common_messages::kUnknownVersion, text.c_str());
             return false;
         }
         versionNumber = versionNumberOf(text);
@@ -275,7 +275,7 @@ void DVUtilLib::LogTScript(const char* logFile, const char* dbName, const char* 
         if (debugLog.IsInitialized()) {
             sendToDebugLog(debugLog, database, textOrEmpty(tag), textOrEmpty(message));
         } else if (logFile == nullptr) {
-            std::printf(messages::kCannotOpenLog, "NULL", errno);
+            std::printf(common_messages::kCannotOpenLog, "NULL", errno);
         } else {
             const std::string time = currentTimeString();
             appendToLog(logFile, FXString::Format("%s  %s..%s %s\n", time.c_str(),

@@ -45,14 +45,16 @@ class FileCipher {
 
     bool run(const char* sourcePath, const char* targetPath) {
         OpenFile source(sourcePath, "r");
-        if (!source.isOpen()) return fail(FXString::Format(messages::kCannotOpenCipherFile, sourcePath));
+        if (!source.isOpen())
+            return fail(FXString::Format(common_messages::kCannotOpenCipherFile, sourcePath));
         OpenFile target(targetPath, "w");
-        if (!target.isOpen()) return fail(FXString::Format(messages::kCannotOpenCipherFile, targetPath));
+        if (!target.isOpen())
+            return fail(FXString::Format(common_messages::kCannotOpenCipherFile, targetPath));
         std::setvbuf(source.get(), m_sourceBuffer.data(), _IOFBF, m_sourceBuffer.size());
         std::setvbuf(target.get(), m_targetBuffer.data(), _IOFBF, m_targetBuffer.size());
         return transformLines(source.get(), target.get(), targetPath) &&
                (std::ferror(source.get()) == 0 ||
-                fail(FXString::Format(messages::kCannotReadSource, sourcePath))) &&
+                fail(FXString::Format(common_messages::kCannotReadSource, sourcePath))) &&
                (target.close() || failToWrite(targetPath));
     }
 
@@ -85,8 +87,8 @@ class FileCipher {
         unsigned long size = m_output.size();
         const int success = m_encrypt ? m_cipher.encrypt(m_line.data(), m_output.data(), &size)
                                       : m_cipher.decrypt(m_line.data(), m_output.data(), &size);
-        const char* name = m_encrypt ? messages::kEncryptName : messages::kDecryptName;
-        return success != 0 || fail(FXString::Format(messages::kCipherFailed, name,
+        const char* name = m_encrypt ? common_messages::kEncryptName : common_messages::kDecryptName;
+        return success != 0 || fail(FXString::Format(common_messages::kCipherFailed, name,
                                                      static_cast<long>(m_cipher.getLastError())));
     }
 
@@ -98,7 +100,7 @@ class FileCipher {
     }
 
     bool failToWrite(const char* targetPath) {
-        return fail(FXString::Format(messages::kCannotWriteTarget, targetPath));
+        return fail(FXString::Format(common_messages::kCannotWriteTarget, targetPath));
     }
 
     bool fail(std::string message) {

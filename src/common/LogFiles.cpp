@@ -87,9 +87,9 @@ void appendToLog(const char* logFile, std::string_view entry) {
     constexpr mode_t kPermissions = 0666;  // less the process's umask, as fopen has it
     const FileDescriptor log(logFile, O_RDWR | O_CREAT | O_APPEND, kPermissions);
     if (!log.isOpen())
-        std::printf(messages::kCannotOpenLog, logFile, errno);
+        std::printf(common_messages::kCannotOpenLog, logFile, errno);
     else if (!writeAll(log.get(), entry))
-        std::printf(messages::kCannotWriteLog, logFile, errno);
+        std::printf(common_messages::kCannotWriteLog, logFile, errno);
 }
 
 const char* GetTimeString(char* buffer, int length, long when, bool dateOnly) {
@@ -110,7 +110,7 @@ const char* GetTimeString(char* buffer, int length, long when, bool dateOnly) {
 void LogToFile(const char* logFile, const char* text, bool raw) {
     guarded([&] {
         if (logFile == nullptr) {
-            std::printf(messages::kInvalidLogName);
+            std::printf(common_messages::kInvalidLogName);
             return;
         }
         std::string entry = raw ? std::string() : currentTimeString() + " - ";
@@ -126,7 +126,7 @@ void LogFileContent(const char* sourceFile, const char* logFile, bool echo, cons
         // Read and write: a report that the process may not write is taken as one that cannot be opened.
         const OpenFile source(sourceFile, "r+");
         if (!source.isOpen()) {
-            const std::string message = FXString::Format(messages::kCannotOpenReport, sourceFile);
+            const std::string message = FXString::Format(common_messages::kCannotOpenReport, sourceFile);
             LogToFile(logFile, cutTo(message, kReportMessageSize - 1).c_str(), false);
             return;
         }

@@ -13,7 +13,7 @@
 bool readRegistryText(const char* key, const char* valueName, std::string& text, std::string& errorText) {
     std::string value;
     if (VTPlatformInfo().getString(textOrEmpty(key), textOrEmpty(valueName), &value) == 0) {
-        errorText = FXString::Format(messages::kNoTextValue, textOrEmpty(valueName));
+        errorText = FXString::Format(common_messages::kNoTextValue, textOrEmpty(valueName));
         return false;
     }
     text = textAsFormat(value.c_str(), kRegistryTextSize - 1);
@@ -24,7 +24,7 @@ bool readRegistryNumber(const char* key, const char* valueName, unsigned int& nu
                         std::string& errorText) {
     std::uint64_t value = 0;
     if (VTPlatformInfo().getNumber(textOrEmpty(key), textOrEmpty(valueName), &value) == 0) {
-        errorText = FXString::Format(messages::kNoNumberValue, textOrEmpty(valueName));
+        errorText = FXString::Format(common_messages::kNoNumberValue, textOrEmpty(valueName));
         return false;
     }
     number = static_cast<std::uint32_t>(value);
@@ -43,7 +43,7 @@ bool GetRegistryItemValue(const char* /*instance*/, const char* key, const char*
             return read;
         }
         if (number != nullptr) return readRegistryNumber(key, valueName, *number, errorText);
-        errorText = messages::kInvalidArgument;
+        errorText = common_messages::kInvalidArgument;
         return false;
     });
 }

@@ -1,0 +1,41 @@
+#include "DirectQuery.h"
+
+#include "VTSimpleDBConn.h"
+
+namespace {
+
+constexpr int kNextRow = 0;  // what getNextRow() answers
+constexpr int kNoMoreRows = 1;
+
+bool runAndBind(VTSimpleDBConnObject& connection, const char* sql, VTDBAutoBindResult& result) {
+    if (connection.executeQuery(sql, false) != 0) return false;
+    const int bound = connection.autoBind(result);
+    return bound == 0 || bound == 1;
+}
+
+std::string rowText(const VTDBAutoBindResult& result, int columns, char separator) {
+    std::string row;
+    for (int i = 0; i < columns; ++i) {
+        if (i > 0) row += separator;
+        row += result.column(i).asUtf8();
+    }
+    return row;
+}
+
+}  // namespace
+
+bool readFirstValue(VTSimpleDBConnObject& connection, const char* sql, std::string& value) {
+    VTDBAutoBindResult result;
+    if (!runAndBind(connection, sql, result) || result.getNextRow() != kNextRow) return false;
+    value = result.column(0).asUtf8();
+    return true;
+}
+
+bool readRows(VTSimpleDBConnObject& connection, const char* sql, int columns, char separator,
+              std::vector<std::string>& rows) {
+    VTDBAutoBindResult result;
+    if (!runAndBind(connection, sql, result)) return false;
+    int fetched = kNextRow;
+    while ((fetched = result.getNextRow()) == kNextRow) rows.push_back(rowText(result, columns, separator));
+    return fetched == kNoMoreRows;
+}

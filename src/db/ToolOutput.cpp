@@ -1,0 +1,92 @@
+#include "ToolOutput.h"
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include "FileDescriptor.h"
+
+namespace {
+
+constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr int kHeadingLines = 2;  // the column names and the line of dashes
+constexpr char kBlank = ' ';
+
+// Hands out a file's lines, read in large blocks. Memory: one block, and a line that lies across blocks.
+class LineReader {
+  public:
+    explicit LineReader(const char* path) : m_file(path, O_RDONLY), m_block(new char[kBlockSize]) {}
+
+    bool isOpen() const { return m_file.isOpen(); }
+    bool hasFailed() const { return m_failed; }
+
+    // The next line without its newline, valid until the next call; false at the end. The text behind the
+    // last newline is a line when there is any.
+    bool next(std::string_view& line) {
+        m_carried.clear();
+        while (!m_rest.empty() || readBlock()) {
+            const auto* newline = static_cast<const char*>(std::memchr(m_rest.data(), '\n', m_rest.size()));
+            if (newline != nullptr) {
+                line = take(static_cast<std::size_t>(newline - m_rest.data()));
+                m_rest.remove_prefix(1);
+                return true;
+            }
+            m_carried += m_rest;
+            m_rest = {};
+        }
+        line = m_carried;
+        return !m_carried.empty() && !m_failed;
+    }
+
+  private:
+    // The next `length` bytes, behind what was carried over from earlier blocks.
+    std::string_view take(std::size_t length) {
+        std::string_view taken = m_rest.substr(0, length);
+        m_rest.remove_prefix(length);
+        if (m_carried.empty()) return taken;
+        m_carried += taken;
+        return m_carried;
+    }
+
+    bool readBlock() {
+        ssize_t size = -1;
+        do {
+            size = ::read(m_file.get(), m_block.get(), kBlockSize);
+        } while (size < 0 && errno == EINTR);
+        m_failed = size < 0;
+        if (size > 0) m_rest = {m_block.get(), static_cast<std::size_t>(size)};
+        return size > 0;
+    }
+
+    FileDescriptor m_file;
+    std::unique_ptr<char[]> m_block;
+    std::string_view m_rest;  // of the block
+    std::string m_carried;
+    bool m_failed = false;
+};
+
+}  // namespace
+
+std::string rowOfLine(std::string_view line, char separator, int count) {
+    line = line.substr(0, line.find('\0'));
+    std::string row;
+    row.reserve(line.size() + 1);
+    for (int field = 0;;) {
+        line.remove_prefix(std::min(line.find_first_not_of(kBlank), line.size()));
+        if (line.empty()) return row;
+        const std::string_view text = line.substr(0, line.find(kBlank));
+        row += text;
+        if (++field >= count) return row;
+        row += separator;
+        line.remove_prefix(text.size());
+    }
+}
+
+bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows) {
+    LineReader reader(path);
+    if (!reader.isOpen()) return false;
+    std::string_view line;
+    for (int i = 0; i < kHeadingLines; ++i) reader.next(line);
+    while (reader.next(line) && !line.empty()) rows.push_back(rowOfLine(line, separator, count));
+    return !reader.hasFailed();
+}
