@@ -1,0 +1,14 @@
+// The families of commands, one source file each. An adder defines its commands; the one that is chosen on
+// the command line puts its work into `action`.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "Outcome.h"
+
+void addScriptCommands(CLI::App& app, Action& action);      // run, help, exec, params
+void addPackageCommands(CLI::App& app, Action& action);     // pack
+void addDatabaseCommands(CLI::App& app, Action& action);    // db …
+void addKeyCommands(CLI::App& app, Action& action);         // key create
+void addCredentialCommands(CLI::App& app, Action& action);  // credentials set
+void addSandboxCommands(CLI::App& app, Action& action);     // sandbox …

@@ -1,0 +1,75 @@
+#include "Console.h"
+
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "Outcome.h"
+
+namespace {
+
+// Takes the terminal's echo away. Ctrl-C is read as a byte meanwhile, so that it cannot end the program with
+// the echo still off.
+class WithoutEcho {
+  public:
+    WithoutEcho() {
+        if (tcgetattr(STDIN_FILENO, &m_before) != 0) return;
+        termios silent = m_before;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
+        m_changed = tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
+    }
+    ~WithoutEcho() {
+        if (m_changed) tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
+    }
+    WithoutEcho(const WithoutEcho&) = delete;
+    WithoutEcho& operator=(const WithoutEcho&) = delete;
+    bool works() const { return m_changed; }
+
+  private:
+    termios m_before{};
+    bool m_changed = false;
+};
+
+constexpr char kControlC = '\x03';
+
+// Byte by byte, so that nothing of a secret stays in a buffer of the C library.
+Secret readLine(std::size_t maximum) {
+    Secret line(maximum + 1);
+    char c = 0;
+    for (;;) {
+        const ssize_t got = read(STDIN_FILENO, &c, 1);
+        if (got < 0 && errno == EINTR) continue;
+        if (got != 1 || c == '\n') break;
+        if (c == kControlC) throw Failure(ExitCode::kInterrupted, "interrupted");
+        if (c == '\0') throw Failure(ExitCode::kUsage, "the text read holds a NUL byte");
+        if (line.text().size() == maximum)
+            throw Failure(ExitCode::kUsage,
+                          "the text read is longer than " + std::to_string(maximum) + " bytes");
+        line.text() += c;
+    }
+    if (line.text().empty()) throw Failure(ExitCode::kUsage, "nothing was entered");
+    return line;
+}
+
+}  // namespace
+
+Secret readSecret(const std::string& prompt, std::size_t maximum) {
+    if (isatty(STDIN_FILENO) == 0) return readLine(maximum);
+    const WithoutEcho silence;
+    if (!silence.works()) throw Failure(ExitCode::kUsage, "the terminal's echo cannot be turned off");
+    std::fprintf(stderr, "%s: ", prompt.c_str());
+    Secret line = readLine(maximum);
+    std::fputc('\n', stderr);
+    return line;
+}
+
+void writeResult(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (!text.empty() && text.back() != '\n') std::fputc('\n', stdout);
+}
+
+void writeNote(const std::string& text) {
+    std::fprintf(stderr, "%s\n", text.c_str());
+}

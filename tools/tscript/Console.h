@@ -1,0 +1,16 @@
+// Reading secrets from, and writing output to, the standard streams.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Secret.h"
+
+// One line of at most `maximum` bytes: asked for without echo on a terminal, else the first line of standard
+// input. Throws Failure for a longer line, a NUL byte in it, or no line at all.
+Secret readSecret(const std::string& prompt, std::size_t maximum);
+
+// A result, on standard output, with a line break at its end.
+void writeResult(std::string_view text);
+// A line about the work, on standard error.
+void writeNote(const std::string& text);

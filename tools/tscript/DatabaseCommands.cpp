@@ -1,0 +1,162 @@
+// db: the databases of a server, their backups and their restore.
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "Commands.h"
+#include "Console.h"
+#include "DVUtilities/DBBase.h"
+#include "DVUtilities/DVUtilLib.h"
+#include "Diagnosis.h"
+#include "Installation.h"
+
+namespace {
+
+constexpr std::size_t kLongestPath = 900;  // the library's path buffers hold 1,024 bytes
+constexpr std::size_t kLongestDatabaseName = 128;
+constexpr std::string_view kRestoreBuilt = "Failed to execute Database Restore Command [";
+
+struct DatabaseOptions {
+    std::string account = "Dorvas";  // whose server and login are used
+    std::string name;
+    std::string file;
+    std::string folder;
+};
+
+// Connects with the account's settings, or says why that fails.
+void openAccount(DBBase& db, const std::string& account) {
+    std::string machine;
+    std::string instance;
+    const std::string log = sessionLogFile().string();
+    const bool named = DVUtilLib("tscript", false).GetMachineName(machine, instance);
+    if (named &&
+        db.GetAccountInfo(machine.c_str(), instance.c_str(), log.c_str(), suiteDatabase(account).name))
+        return;
+    const Diagnosis diagnosis = diagnoseDatabase(account);
+    throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+}
+
+[[noreturn]] void failQuery(const DBBase& db) {
+    throw Failure(ExitCode::kScriptFailed, db.getErrorMsg(),
+                  "The server's message stands in " + sessionLogFile().string() + ".");
+}
+
+// Names and paths reach the server as they stand, so what would end a T-SQL literal is refused here.
+void checkForSql(const std::string& what, const std::string& text, std::size_t maximum) {
+    const auto harmful = [](char c) { return c == '\'' || c == '%' || static_cast<unsigned char>(c) < 0x20; };
+    checkQueryText(what, text, maximum);
+    if (text.empty() || std::any_of(text.begin(), text.end(), harmful))
+        throw Failure(ExitCode::kUsage,
+                      what + " must not be empty or hold quotes, percent signs or control characters");
+}
+
+void checkServerPath(const std::string& what, const std::string& path) {
+    checkForSql(what, path, kLongestPath);
+    if (path.front() != '/')
+        throw Failure(ExitCode::kUsage, what + " '" + path + "' is not absolute",
+                      "It is a path on the server's host; write it from the root.");
+}
+
+ExitCode listDatabases(const DatabaseOptions& options) {
+    DBBase db(false);
+    openAccount(db, options.account);
+    const std::vector<std::string> names = db.getDBList();
+    if (names.empty()) failQuery(db);
+    for (const std::string& name : names) writeResult(name);
+    return ExitCode::kDone;
+}
+
+ExitCode showVersion(const DatabaseOptions& options) {
+    DBBase db(false);
+    openAccount(db, options.account);
+    const std::string version = db.checkSQLServerProductVersion();
+    if (version == "-1") failQuery(db);
+    writeResult(version);
+    return ExitCode::kDone;
+}
+
+ExitCode showLastBackup(const DatabaseOptions& options) {
+    checkForSql("the database name", options.name, kLongestDatabaseName);
+    DBBase db(false);
+    openAccount(db, options.account);
+    std::array<char, 256> days{};
+    std::array<char, 256> date{};
+    if (!db.getLastBackUpInfo(options.name.c_str(), days.data(), date.data())) failQuery(db);
+    const bool never = std::string_view(days.data()) == "NULL";
+    writeResult(never ? "never" : std::string(date.data()) + ", " + days.data() + " day(s) ago");
+    return ExitCode::kDone;
+}
+
+ExitCode backUp(const DatabaseOptions& options) {
+    checkForSql("the database name", options.name, kLongestDatabaseName);
+    checkServerPath("the backup file", options.file);
+    const std::filesystem::path file = options.file;
+    DBBase db(false);
+    openAccount(db, options.account);
+    const bool done = db.backUpDB(file.filename().c_str(), file.parent_path().c_str(), options.name.c_str());
+    if (!done) failQuery(db);
+    writeResult(db.getErrorMsg());
+    return ExitCode::kDone;
+}
+
+// The library builds the statement and leaves running it to the administrator.
+ExitCode showRestore(const DatabaseOptions& options) {
+    checkForSql("the database name", options.name, kLongestDatabaseName);
+    checkServerPath("the backup file", options.file);
+    const std::filesystem::path parent = std::filesystem::path(options.file).parent_path();
+    std::string folder = options.folder.empty() ? parent.string() : options.folder;
+    checkServerPath("the folder for the data files", folder);
+    if (folder.back() != '/') folder += '/';
+    DBBase db(false);
+    openAccount(db, options.account);
+    db.restoreDB(options.file.c_str(), folder.c_str(), options.name.c_str());
+    const std::string_view built = db.getErrorMsg();
+    const std::size_t end = built.rfind("].");
+    if (built.substr(0, kRestoreBuilt.size()) != kRestoreBuilt || end == built.npos) failQuery(db);
+    writeResult(built.substr(kRestoreBuilt.size(), end - kRestoreBuilt.size()));
+    writeNote("This is the statement; it has not been run.");
+    return ExitCode::kDone;
+}
+
+using Options = std::shared_ptr<DatabaseOptions>;
+
+CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const char* description,
+                     const Options& options, ExitCode (*work)(const DatabaseOptions&)) {
+    CLI::App* command = family->add_subcommand(name, description);
+    command->callback([&action, options, work] {
+        action = [options, work] {
+            requireStore();
+            return work(*options);
+        };
+    });
+    return command;
+}
+
+}  // namespace
+
+void addDatabaseCommands(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<DatabaseOptions>();
+    CLI::App* family = app.add_subcommand("db", "The databases of a server, their backups and their restore");
+    family->require_subcommand(1);
+    family
+        ->add_option("--db", options->account, "The suite database whose server and login are used (Dorvas)")
+        ->type_name("DB");
+
+    addCommand(family, action, "list", "List the user databases", options, listDatabases);
+    addCommand(family, action, "version", "Show the server's major version", options, showVersion);
+    CLI::App* last = addCommand(family, action, "last-backup", "Show when a database was last backed up",
+                                options, showLastBackup);
+    last->add_option("DB", options->name, "The database")->required();
+    CLI::App* backup = addCommand(family, action, "backup", "Back a database up", options, backUp);
+    backup->add_option("DB", options->name, "The database")->required();
+    backup->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
+    CLI::App* restore = addCommand(family, action, "restore", "Show the statement that restores a database",
+                                   options, showRestore);
+    restore->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
+    restore->add_option("DB", options->name, "The database")->required();
+    restore->add_option("--to", options->folder, "Folder for the data files (default: the backup's)")
+        ->type_name("DIR");
+}

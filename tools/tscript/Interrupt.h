@@ -1,0 +1,22 @@
+// Ctrl-C while a script runs: it ends the query tool, not this process, so that the library closes the run's
+// journal row and removes its files.
+#pragma once
+
+#include <atomic>
+#include <thread>
+
+class InterruptGuard {
+  public:
+    InterruptGuard();  // from here on SIGINT and SIGTERM end the child processes of this thread
+    ~InterruptGuard();
+    InterruptGuard(const InterruptGuard&) = delete;
+    InterruptGuard& operator=(const InterruptGuard&) = delete;
+    bool interrupted() const { return m_interrupted; }
+
+  private:
+    void watch(int parentThread);
+
+    std::atomic<bool> m_interrupted{false};
+    std::atomic<bool> m_ending{false};
+    std::thread m_watcher;
+};

@@ -1,0 +1,56 @@
+// pack: from plain text to an enciphered package.
+#include <filesystem>
+#include <memory>
+
+#include "Commands.h"
+#include "Console.h"
+#include "DVUtilities/commonFunc.h"
+#include "Diagnosis.h"
+#include "Installation.h"
+#include "Pack.h"
+#include "PlainPackage.h"
+#include "ScratchFile.h"
+
+namespace {
+
+void report(const std::string& plain, const PackageCheck& check) {
+    for (const std::string& text : check.warnings) writeNote(plain + ": warning: " + text);
+    for (const std::string& text : check.errors) writeNote(plain + ": " + text);
+    if (!check.errors.empty())
+        throw Failure(ExitCode::kUsage, plain + " cannot be packed",
+                      "docs/package-format.md describes the form.");
+}
+
+}  // namespace
+
+void packFile(const std::string& plain, const std::string& target) {
+    report(plain, checkPlainPackage(plain));
+    ScratchFile enciphered(target);
+    std::string error;
+    if (!EncryptFile(plain.c_str(), enciphered.path().c_str(), error))
+        throw Failure(ExitCode::kInstallation, plain + " cannot be enciphered: " + explainCipherError(error));
+    enciphered.moveTo(target);
+}
+
+void addPackageCommands(CLI::App& app, Action& action) {
+    struct Options {
+        std::string plain;
+        std::string target;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* pack = app.add_subcommand("pack", "Encipher a plain script into a package");
+    pack->add_option("PLAIN", options->plain, "The plain text of the script")->required();
+    pack->add_option("-o,--output", options->target,
+                     "The package (default: the script's name in the installation's Scripts folder)")
+        ->type_name("FILE");
+    pack->callback([&action, options] {
+        action = [options] {
+            requireStore();
+            if (options->target.empty())
+                options->target = packageFile(std::filesystem::path(options->plain).stem()).string();
+            packFile(options->plain, options->target);
+            writeNote("packed " + options->target);
+            return ExitCode::kDone;
+        };
+    });
+}

@@ -1,0 +1,161 @@
+// sandbox: a sample installation with a server of its own.
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <vector>
+
+#include "Commands.h"
+#include "Console.h"
+#include "Credentials.h"
+#include "Installation.h"
+#include "Key.h"
+#include "Pack.h"
+#include "SandboxFolder.h"
+#include "SandboxServer.h"
+#include "Spawn.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct SandboxOptions {
+    std::string folder;
+    int port = 0;
+};
+
+constexpr const char* kLogin = "sa";
+
+std::string defaultFolder() {
+    const char* data = std::getenv("XDG_DATA_HOME");
+    if (data != nullptr && *data == '/') return std::string(data) + "/zephra-sandbox";
+    const char* home = std::getenv("HOME");
+    if (home != nullptr && *home == '/') return std::string(home) + "/.local/share/zephra-sandbox";
+    throw Failure(ExitCode::kUsage, "there is no home folder to make the sandbox in",
+                  "Name a folder with --dir.");
+}
+
+SandboxFolder folderOf(const SandboxOptions& options) {
+    return SandboxFolder(options.folder.empty() ? defaultFolder() : options.folder);
+}
+
+Secret readPassword(const SandboxFolder& folder) {
+    Secret password(256);
+    std::ifstream in(folder.passwordFile());
+    if (!std::getline(in, password.text()))
+        throw Failure(ExitCode::kInstallation, folder.passwordFile().string() + " cannot be read");
+    return password;
+}
+
+void loadSchema(const SandboxFolder& folder, int port, const Secret& password) {
+    const std::string log = (folder.logs() / "schema.log").string();
+    const int code = runChild({(programFolder() / "sqlcmd").string(), "-b", "-S",
+                               "127.0.0.1," + std::to_string(port), "-U", kLogin, "-i", "load.sql"},
+                              {{"SQLCMDPASSWORD=" + password.text()}, log, false, sampleFolder() / "schema"});
+    if (code == 0) return;
+    std::ifstream in(log);
+    const std::string words((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    throw Failure(ExitCode::kInstallation, "the sample's schema cannot be loaded:\n" + words);
+}
+
+void packSamples(const SandboxFolder& folder) {
+    for (const fs::directory_entry& plain : fs::directory_iterator(sampleFolder() / "packages"))
+        packFile(plain.path(), folder.scripts() / (plain.path().stem().string() + ".sql"));
+}
+
+// Everything but the server; the folder counts as complete only at the end, so that what a failure leaves is
+// made anew the next time.
+void furnish(const SandboxFolder& folder, const RunningServer& server) {
+    const Secret password = readPassword(folder);
+    folder.writeStore(server.port);
+    makeKey(folder.key());
+    for (const char* database : {"Dorvas", "NQ2"}) storeCredentials(database, kLogin, password);
+    loadSchema(folder, server.port, password);
+    packSamples(folder);
+    folder.markComplete();
+}
+
+void adoptPort(int port) {
+    for (const char* value : {"sINSTANCE", "sNQ2INSTANCE"})
+        setDatabaseValue(value, "127.0.0.1," + std::to_string(port));
+}
+
+RunningServer bringUp(const SandboxFolder& folder, int port) {
+    const bool fresh = !folder.isComplete();
+    if (fresh) folder.make();
+    const RunningServer server = startServer(folder, port);
+    try {
+        fresh ? furnish(folder, server) : adoptPort(server.port);
+    } catch (...) {
+        stopServer(folder, server);
+        throw;
+    }
+    return server;
+}
+
+std::string describe(const SandboxFolder& folder, const RunningServer& server) {
+    return "running on 127.0.0.1," + std::to_string(server.port) + " (process " + std::to_string(server.pid) +
+           "), folder " + folder.path().string();
+}
+
+// As one word of a shell.
+std::string quoted(const std::string& text) {
+    std::string word = "'";
+    for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return word + "'";
+}
+
+ExitCode up(const SandboxOptions& options) {
+    const SandboxFolder folder = folderOf(options);
+    setenv("ZEPHRA_REGISTRY", folder.store().c_str(), 1);
+    std::optional<RunningServer> server = findServer(folder);
+    if (!server) server = bringUp(folder, options.port);
+    writeNote(describe(folder, *server));
+    writeResult("export ZEPHRA_REGISTRY=" + quoted(folder.store()));
+    return ExitCode::kDone;
+}
+
+ExitCode down(const SandboxOptions& options) {
+    const SandboxFolder folder = folderOf(options);
+    const std::optional<RunningServer> server = findServer(folder);
+    if (server) stopServer(folder, *server);
+    writeNote(server ? "stopped" : "not running");
+    return ExitCode::kDone;
+}
+
+ExitCode status(const SandboxOptions& options) {
+    const SandboxFolder folder = folderOf(options);
+    const std::optional<RunningServer> server = findServer(folder);
+    if (!folder.isComplete())
+        throw Failure(ExitCode::kInstallation, folder.path().string() + " holds no sample installation",
+                      "tscript sandbox up makes one.");
+    writeResult(server ? describe(folder, *server) : "stopped, folder " + folder.path().string());
+    return server ? ExitCode::kDone : ExitCode::kConnection;
+}
+
+CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const char* description,
+                     const std::shared_ptr<SandboxOptions>& options,
+                     ExitCode (*work)(const SandboxOptions&)) {
+    CLI::App* command = family->add_subcommand(name, description);
+    command->callback([&action, options, work] { action = [options, work] { return work(*options); }; });
+    return command;
+}
+
+}  // namespace
+
+void addSandboxCommands(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<SandboxOptions>();
+    CLI::App* family = app.add_subcommand("sandbox", "A sample installation with a local SQL server");
+    family->require_subcommand(1);
+    family
+        ->add_option("--dir", options->folder,
+                     "Its folder (default: zephra-sandbox in the user's data folder)")
+        ->type_name("DIR");
+    CLI::App* start =
+        addCommand(family, action, "up", "Make it if need be and start the server", options, up);
+    start->add_option("--port", options->port, "The server's port (default: a free one)")
+        ->type_name("PORT")
+        ->check(CLI::Range(0, 65535));
+    addCommand(family, action, "down", "Stop the server; the folder stays", options, down);
+    addCommand(family, action, "status", "Tell whether the server runs, and where", options, status);
+}

@@ -1,0 +1,24 @@
+// A private file for a program's output, removed with its object.
+#pragma once
+
+#include <string>
+
+class ScratchFile {
+  public:
+    // In the system's temporary folder, mode 0600. `beside`: next to that file instead, for a later rename.
+    // Throws Failure (installation).
+    ScratchFile();
+    explicit ScratchFile(const std::string& beside);
+    ~ScratchFile();
+    ScratchFile(const ScratchFile&) = delete;
+    ScratchFile& operator=(const ScratchFile&) = delete;
+
+    const std::string& path() const { return m_path; }
+    std::string content() const;  // at most 64 KiB
+    // Puts the file, on disk and with the rights of an ordinary new file, in the place of another one.
+    void moveTo(const std::string& target);
+
+  private:
+    void create(std::string pattern);
+    std::string m_path;
+};

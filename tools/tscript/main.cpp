@@ -1,0 +1,76 @@
+// tscript: runs tscripts and looks after their installation.
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include "Commands.h"
+#include "Suggestion.h"
+
+namespace {
+
+constexpr const char* kDescription = "Runs tscripts, packs them, and looks after their installation.";
+constexpr const char* kFooter = R"(
+Exit codes:
+  0    done
+  1    the script failed
+  2    wrong usage
+  3    something is wrong with the installation
+  4    no connection to the database
+  5    refused: authentication, a secured script, or a package of another site
+  130  interrupted)";
+
+constexpr void (*kFamilies[])(CLI::App&, Action&) = {
+    addScriptCommands, addPackageCommands,    addDatabaseCommands,
+    addKeyCommands,    addCredentialCommands, addSandboxCommands,
+};
+
+int fail(ExitCode code, const std::string& what, const std::string& advice) {
+    std::fprintf(stderr, "tscript: %s\n", what.c_str());
+    if (!advice.empty()) std::fprintf(stderr, "%s\n", advice.c_str());
+    return static_cast<int>(code);
+}
+
+int endOfParsing(const CLI::App& app, const CLI::ParseError& end, int argc, char** argv) {
+    if (end.get_exit_code() == 0) return app.exit(end);  // --help and --version
+    const std::string mistyped = unknownCommand(app, argc, argv);
+    return fail(ExitCode::kUsage, mistyped.empty() ? end.what() : mistyped, "See tscript --help.");
+}
+
+int flushOutput(ExitCode code) {
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return static_cast<int>(code);
+    return fail(ExitCode::kInstallation, "standard output cannot be written", "Is the disk full?");
+}
+
+int runTool(int argc, char** argv) {
+    CLI::App app(kDescription, "tscript");
+    app.footer(kFooter);
+    app.fallthrough();
+    app.require_subcommand(1);
+    app.set_version_flag("--version", TSCRIPT_VERSION);
+    app.add_option_function<std::string>(
+           "--store", [](const std::string& file) { setenv("ZEPHRA_REGISTRY", file.c_str(), 1); },
+           "Configuration store (default: $ZEPHRA_REGISTRY, else /etc/zephra/registry.toml)")
+        ->type_name("FILE");
+    Action action;
+    for (const auto addFamily : kFamilies) addFamily(app, action);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& end) {
+        return endOfParsing(app, end, argc, argv);
+    }
+    return flushOutput(action());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return runTool(argc, argv);
+    } catch (const Failure& failure) {
+        std::fflush(stdout);
+        return fail(failure.code(), failure.what(), failure.advice());
+    } catch (const std::exception& error) {
+        std::fflush(stdout);
+        return fail(ExitCode::kInstallation, error.what(), {});
+    }
+}
