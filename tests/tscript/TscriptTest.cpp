@@ -1,0 +1,291 @@
+// The built command line, end to end, in a sample installation that it makes itself.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Program.h"
+#include "TempDir.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::ProgramResult;
+
+using Words = std::vector<std::string>;
+
+ProgramResult tscript(Words words, const std::string& input = {}, const std::string& store = "/nowhere") {
+    words.insert(words.begin(), TSCRIPT_PROGRAM);
+    support::ProgramOptions options;
+    options.input = input;
+    options.environment = {"ZEPHRA_REGISTRY=" + store};
+    return support::runProgram(words, options);
+}
+
+struct Case {
+    Words words;
+    int exitCode;
+    std::string output;  // these texts are found there
+    std::string errors;
+    std::string input = {};
+};
+
+std::string joined(const Words& words) {
+    std::string text = "tscript";
+    for (const std::string& word : words) text += " " + word.substr(0, 60);
+    return text;
+}
+
+void expectCases(const std::vector<Case>& cases, const std::string& store = "/nowhere") {
+    for (const Case& c : cases) {
+        SCOPED_TRACE(joined(c.words));
+        const ProgramResult result = tscript(c.words, c.input, store);
+        EXPECT_EQ(result.exitCode, c.exitCode) << result.output << result.errors;
+        EXPECT_NE(result.output.find(c.output), std::string::npos) << result.output << result.errors;
+        EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
+    }
+}
+
+mode_t modeOf(const fs::path& path) {
+    struct stat status {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777;
+}
+
+pid_t serverOf(const fs::path& folder) {
+    std::ifstream in(folder / "tsqlbox.pid");
+    pid_t pid = -1;
+    in >> pid;
+    return pid;
+}
+
+void replaceInFile(const fs::path& path, const std::string& from, const std::string& to) {
+    std::string text = support::readFile(path);
+    const std::size_t at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from << " in " << path;
+    support::writeFile(path, text.replace(at, from.size(), to));
+}
+
+// A sample installation, up for the length of a test.
+class Installation : public testing::Test {
+  protected:
+    void SetUp() override {
+        const ProgramResult result = tscript({"sandbox", "up", "--dir", folder});
+        ASSERT_EQ(result.exitCode, 0) << result.errors;
+        EXPECT_EQ(result.output, "export ZEPHRA_REGISTRY='" + store() + "'\n");
+    }
+    void TearDown() override {
+        const pid_t server = serverOf(folder);
+        EXPECT_EQ(tscript({"sandbox", "down", "--dir", folder}).exitCode, 0);
+        if (server > 0) EXPECT_NE(kill(server, 0), 0) << "the server still runs";
+    }
+
+    std::string store() const { return folder / "registry.toml"; }
+    ProgramResult run(const Words& words, const std::string& input = {}) {
+        return tscript(words, input, store());
+    }
+    void expectAll(const std::vector<Case>& cases) { expectCases(cases, store()); }
+    void pack(const std::string& name, const std::string& text) {
+        support::writeFile(m_temp / (name + ".txt"), text);
+        const ProgramResult result = run({"pack", m_temp / (name + ".txt")});
+        ASSERT_EQ(result.exitCode, 0) << result.errors;
+    }
+    // Journal rows of a script, newest first: "status|parameters|".
+    std::string journal(const std::string& script) {
+        pack("Journal",
+             "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nSET NOCOUNT ON\n"
+             "SELECT CONVERT(varchar(9), status) + '|' + inputParams + '|' FROM ZpTscriptExec\n"
+             "WHERE name = '%s' ORDER BY id DESC\n");
+        return run({"run", "Journal", "-p", script}).output;
+    }
+
+    support::TempDir m_temp;
+    const fs::path folder = m_temp / "in st";
+};
+
+TEST(CommandLine, WrongInputsAreRefusedWithTheirExitCode) {
+    const support::TempDir temp;
+    support::writeFile(temp / "bad.toml", "[host]\ncipherKeyFile = \n");
+    expectCases({
+        {{}, 2, "", "See tscript --help"},
+        {{"--help"}, 0, "Exit codes", ""},
+        {{"rnu", "X"}, 2, "", "did you mean 'run'?"},
+        {{"sandbox", "dwon"}, 2, "", "did you mean 'down'?"},
+        {{"--store", "run", "exce", "X"}, 2, "", "did you mean 'exec'?"},
+        {{"run"}, 2, "", "NAME is required"},
+        {{"run", "../x"}, 2, "", "cannot be a script's name"},
+        {{"run", std::string(129, 'x')}, 2, "", "cannot be a script's name"},
+        {{"run", "X"}, 3, "", "/nowhere"},
+        {{"--store", temp / "bad.toml", "run", "X"}, 3, "", "line 2"},
+        {{"pack", temp / "bad.toml"}, 3, "", "/nowhere"},
+        {{"credentials", "set", "Dorvas"}, 2, "", "--user is required"},
+        {{"credentials", "set", "Nothing", "--user", "u"}, 2, "", "Dorvas, NQ2"},
+        {{"sandbox", "up", "--dir", temp.path()}, 3, "", "is not empty"},
+        {{"sandbox", "up", "--port", "70000"}, 2, "", "70000"},
+        {{"sandbox", "status", "--dir", temp / "none"}, 3, "", "holds no sample installation"},
+        {{"sandbox", "down", "--dir", temp / "none"}, 0, "", "not running"},
+    });
+}
+
+TEST_F(Installation, RunsScriptsByName) {
+    pack("Echo",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nSET NOCOUNT ON\n"
+         "SELECT '<%s|%s|%s>'\n");
+    expectAll({
+        {{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted 54 event(s)", ""},
+        {{"run", "PurgeEvents", "-p", "x", "-p", "2"}, 1, "Conversion failed", "the script failed"},
+        {{"run", "CloseAuditPeriods", "-p", "2024-01", "-p", "2024-02"},
+         1,
+         "PRIMARY KEY",
+         "the script failed"},
+        {{"run", "EventReport", "-p", "10"}, 0, "<errors days=\"10\">", ""},
+        {{"run", "SiteInventory"}, 0, "Zürich", ""},
+        {{"run", "NQCleanup"}, 0, "waiting", ""},
+        {{"run", "Echo", "-p", "[a,b]", "-p", "-5", "-p", ""}, 0, "<[a,b]|-5|>", ""},
+        {{"run", "Echo", "-p", "O'Brien", "-p", "50% {x};", "-p", "é"}, 0, "<O'Brien|50% {x};|é>", ""},
+        {{"help", "PurgeEvents"}, 0, "PurgeEvents DAYS SEVERITY", ""},
+        {{"help", "tsEventSummary"}, 0, "EXEC tsEventSummary", ""},
+        {{"params", "tsEventSummary"}, 0, "@zone", ""},
+        {{"exec", "tsEventSummary", "@days = 7", "--input", "seven"}, 0, "archive-01", ""},
+        {{"exec", "tsEventSummary", "\"x\""}, 2, "", "double quote"},
+        {{"exec", "tsSwitchNode", "'spare', 1"}, 5, "", "Need userId input"},
+        {{"exec", "tsNothing"}, 2, "", "not a permanent tscript"},
+        {{"exec", "tsEventSummary", "--db", "Nope"}, 2, "", "Dorvas, NQ2"},
+        {{"run", "tsEventSummary"}, 2, "", "tscript exec tsEventSummary"},
+        {{"run", "Missing"}, 3, "", "there is no package"},
+    });
+    EXPECT_EQ(journal("CloseAuditPeriods").rfind("2|2024-01, 2024-02|"), 3U) << journal("CloseAuditPeriods");
+    EXPECT_NE(journal("tsEventSummary").find("1|seven|"), std::string::npos);
+    EXPECT_NE(journal("Echo").find("1|O'Brien, 50% {x};, é|"), std::string::npos);
+}
+
+TEST_F(Installation, LooksAfterDatabases) {
+    const std::string backup = folder / "backups" / "d.bak";
+    expectAll({
+        {{"db", "list"}, 0, "dorvas", ""},
+        {{"db", "version"}, 0, "\n", ""},
+        {{"db", "last-backup", "dorvas"}, 0, "never", ""},
+        {{"db", "backup", "dorvas", backup}, 0, "Backed-Up the Database [dorvas]", ""},
+        {{"db", "last-backup", "dorvas"}, 0, ", 0 day(s) ago", ""},
+        {{"db", "restore", backup, "copy"}, 0, "RESTORE DATABASE copy FROM DISK", "has not been run"},
+        {{"db", "backup", "dorvas", "relative.bak"}, 2, "", "is not absolute"},
+        {{"db", "backup", "x'; DROP TABLE y --", backup}, 2, "", "must not"},
+        {{"db", "backup", "nothing", backup}, 1, "", "Failed to execute DB query"},
+        {{"db", "backup", "dorvas", "/nowhere/at/all.bak"}, 1, "", "Failed to execute DB query"},
+        {{"db", "list", "--db", "VTCloud"}, 3, "", "VtCloud is not installed"},
+    });
+    EXPECT_TRUE(fs::exists(backup));
+}
+
+TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
+    for (const char* file : {"registry.toml", "cipher.key", "password"})
+        EXPECT_EQ(modeOf(folder / file), 0600U);
+    for (const char* sub : {"", "data", "logs", "temp", "Scripts"}) EXPECT_EQ(modeOf(folder / sub), 0700U);
+    EXPECT_EQ(run({"run", "SiteInventory"}).exitCode, 0);
+    const pid_t server = serverOf(folder);
+    expectAll({{{"sandbox", "up", "--dir", folder}, 0, "export", "(process " + std::to_string(server) + ")"},
+               {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
+               {{"sandbox", "status", "--dir", folder}, 4, "stopped", ""},
+               {{"sandbox", "up", "--dir", folder}, 0, "export", "running on"},
+               {{"sandbox", "status", "--dir", folder}, 0, "running on", ""}});
+    EXPECT_NE(journal("SiteInventory").find("1||"), std::string::npos);
+    EXPECT_TRUE(fs::is_empty(folder / "temp"));
+}
+
+TEST_F(Installation, SaysWhatIsWrongWithAnInstallation) {
+    const Words purge = {"run", "PurgeEvents", "-p", "30", "-p", "2"};
+    const fs::path package = folder / "Scripts" / "PurgeEvents.sql";
+    const std::string intact = support::readFile(package);
+    support::writeFile(package, intact.substr(0, intact.size() / 2));
+    expectAll({{purge, 3, "", "it has been"}});
+    support::writeFile(package, "#START_SCRIPT#\nSELECT 1\n");
+    expectAll({{purge, 3, "", "it is not an enciphered file"}});
+    support::writeFile(package, intact);
+
+    fs::permissions(folder / "cipher.key", fs::perms(0644));
+    expectAll({{purge, 3, "", "may be read by others"}});
+    fs::permissions(folder / "cipher.key", fs::perms(0600));
+    fs::rename(folder / "cipher.key", folder / "old.key");
+    expectAll({{purge, 3, "", "tscript key create"},
+               {{"key", "create"}, 0, "", "made the key"},
+               {{"key", "create"}, 3, "", "cipher.key"},
+               {purge, 3, "", "another key"}});
+    fs::rename(folder / "old.key", folder / "cipher.key");
+
+    pack("Foreign", "#START_OPTIONS#\nPlexum ID:5\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
+    expectAll({{{"run", "Foreign"}, 5, "", "cannot be run on this DV: [1A]"}});
+
+    replaceInFile(store(), "/sqlcmd\"", "/no-sqlcmd\"");
+    expectAll({{purge, 3, "", "sqlcmd cannot be started"}});
+    replaceInFile(store(), "/no-sqlcmd\"", "/sqlcmd\"");
+
+    const std::string password = support::readFile(folder / "password");
+    expectAll(
+        {{{"credentials", "set", "dorvas", "--user", "sa"}, 0, "", "stored", "wrong;}'\n"},
+         {purge, 5, "", "Login failed"},
+         {{"credentials", "set", "dorvas", "--user", "sa"}, 2, "", "double quotes", "a\"b\n"},
+         {{"credentials", "set", "dorvas", "--user", "sa"}, 2, "", "nothing was entered"},
+         {{"credentials", "set", "dorvas", "--user", "sa"}, 2, "", "longer than", std::string(500, 'x')},
+         {{"credentials", "set", "Dorvas", "--user", "sa"}, 0, "", "stored", password},
+         {purge, 0, "Deleted", ""},
+         {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
+         {purge, 4, "", "cannot be reached"}});
+    EXPECT_TRUE(fs::is_empty(folder / "temp"));
+}
+
+TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
+    const fs::path plain = m_temp / "p.txt";
+    const fs::path target = m_temp / "p.sql";
+    support::writeFile(target, "kept");
+    const std::string longLine(509, 'x');
+    const struct {
+        std::string text;
+        int exitCode;
+        std::string errors;
+    } cases[] = {
+        {"", 2, "there is no line #START_SCRIPT#"},
+        {"#START_SCRIPT#\n\n", 2, "no statements"},
+        {"#START_OPTIONS#\n#START_SCRIPT#\r\nSELECT 1\n", 2, "line 2: a carriage return"},
+        {"\xEF\xBB\xBF#START_SCRIPT#\nSELECT 1\n", 2, "byte order mark"},
+        {std::string("#START_SCRIPT#\nSELECT\0001\n", 24), 2, "NUL byte"},
+        {"#START_OPTIONS#\nDatabase Name: Dorvas\n#START_SCRIPT#\nGO\n", 2, "a blank after"},
+        {"#START_SCRIPT#\n" + longLine + "x", 2, "its last character"},
+        {"Hi\n#START_SCRIPT#\n" + longLine + "\nGO\n", 0, "line 3: a line of 509 bytes"},
+    };
+    for (const auto& c : cases) {
+        support::writeFile(plain, c.text);
+        const ProgramResult result = run({"pack", plain, "-o", target});
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.text << result.errors;
+        EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
+        if (c.exitCode != 0) EXPECT_EQ(support::readFile(target), "kept");
+    }
+    for (const auto& entry : fs::directory_iterator(m_temp.path()))
+        EXPECT_EQ(entry.path().filename().string().find("p.sql."), std::string::npos) << entry.path();
+}
+
+// Ctrl-C ends the run; its journal row is closed as failed and no file stays.
+TEST_F(Installation, ClosesTheJournalWhenInterrupted) {
+    pack("Endless",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDECLARE @i int\nSET @i = 0\n"
+         "WHILE @i < 2000000000 SET @i = @i + 1\n");
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {"ZEPHRA_REGISTRY=" + store()};
+    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
+                                     {support::memoryFile().get(), output.get(), output.get()});
+    while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
+    kill(pid, SIGINT);
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+    EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
+    EXPECT_TRUE(fs::is_empty(folder / "temp"));
+}
+
+}  // namespace
