@@ -58,7 +58,7 @@ const SuiteDatabase& suiteDatabase(std::string_view name) {
 void requireStore() {
     const hostlayer::StoreReport store = hostlayer::inspectStore();
     if (store.isInForce && store.problem.empty()) return;
-    throw Failure(ExitCode::kInstallation, "the configuration store " + store.path + ": " + store.problem,
+    throw Failure(ExitCode::kInstallation, store.problem,
                   "Name the store with --store or ZEPHRA_REGISTRY; docs/configuration.md describes it, and "
                   "tscript sandbox up makes a sample.");
 }
