@@ -1,0 +1,250 @@
+// Reads the date and time texts that people write.
+#include <optional>
+#include <vector>
+
+#include "DateTime.h"
+#include "Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr std::int64_t kSecond = DateTime::kTicksPerSecond;
+constexpr int kTwoDigitCutoff = 50;  // 49 is 2049, 50 is 1950
+
+struct Token {
+    enum Kind { Number, Word, Sign } kind;
+    std::string text;
+    int value = 0;
+};
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z');
+}
+
+// Lower-case words, numbers of at most nine digits, single signs. Nothing for any other character.
+std::optional<std::vector<Token>> tokens(std::string_view text) {
+    const std::string lower = lowerAscii(text);
+    std::vector<Token> result;
+    for (std::size_t at = 0; at < lower.size();) {
+        const char first = lower[at];
+        std::size_t end = at + 1;
+        if (isDigit(first)) {
+            while (end < lower.size() && isDigit(lower[end])) ++end;
+            if (end - at > 9) return std::nullopt;
+            const std::string digits = lower.substr(at, end - at);
+            result.push_back({Token::Number, digits, std::stoi(digits)});
+        } else if (isLetter(first)) {
+            while (end < lower.size() && isLetter(lower[end])) ++end;
+            result.push_back({Token::Word, lower.substr(at, end - at)});
+        } else if (std::string_view("/-.:,").find(first) != std::string_view::npos) {
+            result.push_back({Token::Sign, std::string(1, first)});
+        } else if (first != ' ' && first != '\t') {
+            return std::nullopt;
+        }
+        at = end;
+    }
+    return result;
+}
+
+enum class DateOrder { MonthFirst, DayFirst, YearFirst };
+
+DateOrder orderOf(int style) {
+    switch (style % 100) {
+        case 3:
+        case 4:
+        case 5:
+        case 6:
+        case 13:
+            return DateOrder::DayFirst;
+        case 2:
+        case 11:
+        case 12:
+        case 20:
+        case 21:
+        case 23:
+            return DateOrder::YearFirst;
+        default:
+            return DateOrder::MonthFirst;
+    }
+}
+
+int fullYear(const Token& token) {
+    if (token.text.size() > 2) return token.value;
+    return token.value + (token.value < kTwoDigitCutoff ? 2000 : 1900);
+}
+
+// The course: the tokens are taken from the left; a number before a colon or AM/PM begins the time,
+// all others belong to the date, which is put together at the end.
+class DateReader {
+  public:
+    DateReader(std::vector<Token> all, DateOrder order) : m_tokens(std::move(all)), m_order(order) {}
+
+    std::optional<DateTime> read() {
+        while (m_at < m_tokens.size())
+            if (!(isTimeStart() ? takeTime() : takeDateToken())) return std::nullopt;
+        if (!m_numbers.empty() || m_month != 0) {
+            if (!buildDate()) return std::nullopt;
+        } else if (!m_hasTime) {
+            return m_tokens.empty() ? std::optional(m_result) : std::nullopt;
+        }
+        return m_result;
+    }
+
+  private:
+    const Token* peek(std::size_t ahead = 0) const {
+        return m_at + ahead < m_tokens.size() ? &m_tokens[m_at + ahead] : nullptr;
+    }
+    bool isSign(std::size_t ahead, char sign) const {
+        const Token* token = peek(ahead);
+        return token && token->kind == Token::Sign && token->text[0] == sign;
+    }
+    bool isHalfDay(std::size_t ahead) const {
+        const Token* token = peek(ahead);
+        return token && token->kind == Token::Word && (token->text == "am" || token->text == "pm");
+    }
+    bool isTimeStart() const { return peek()->kind == Token::Number && (isSign(1, ':') || isHalfDay(1)); }
+
+    bool takeNumber(int most, int& value) {
+        const Token* token = peek();
+        if (!token || token->kind != Token::Number || token->value > most) return false;
+        value = token->value;
+        ++m_at;
+        return true;
+    }
+
+    bool takeTime() {
+        if (m_hasTime) return false;
+        m_hasTime = true;
+        int hour = 0, minute = 0, second = 0;
+        std::int64_t fraction = 0;
+        if (!takeNumber(23, hour)) return false;
+        if (isSign(0, ':') && (++m_at, !takeNumber(59, minute))) return false;
+        if (isSign(0, ':') && (++m_at, !takeNumber(59, second))) return false;
+        if ((isSign(0, '.') || isSign(0, ':')) && !takeFraction(fraction)) return false;
+        if (isHalfDay(0) && !takeHalfDay(hour)) return false;
+        if (peek() && peek()->text == "z") ++m_at;
+        m_result.ticks = ((hour * 60LL + minute) * 60 + second) * kSecond + fraction;
+        return true;
+    }
+
+    // ".5" is half a second, ":500" thousandths.
+    bool takeFraction(std::int64_t& fraction) {
+        const bool thousandths = isSign(0, ':');
+        ++m_at;
+        const Token* token = peek();
+        if (!token || token->kind != Token::Number) return false;
+        fraction = thousandths ? std::int64_t{token->value} * (kSecond / 1000) : token->value;
+        if (!thousandths)
+            for (std::size_t digits = token->text.size(); digits < 7; ++digits) fraction *= 10;
+        if (!thousandths)
+            for (std::size_t digits = token->text.size(); digits > 7; --digits) fraction /= 10;
+        ++m_at;
+        return fraction < kSecond;
+    }
+
+    bool takeHalfDay(int& hour) {
+        const bool afternoon = peek()->text == "pm";
+        ++m_at;
+        if (hour > 12) return afternoon;
+        hour = hour % 12 + (afternoon ? 12 : 0);
+        return true;
+    }
+
+    bool takeDateToken() {
+        const Token& token = m_tokens[m_at++];
+        if (token.kind == Token::Number) {
+            m_numbers.push_back(token);
+            return m_numbers.size() <= 3;
+        }
+        if (token.kind == Token::Sign) return token.text != ":" && (!m_numbers.empty() || m_month != 0);
+        if (token.text == "t") return !m_numbers.empty() && peek() && isTimeStart();
+        return takeMonthName(token.text);
+    }
+
+    bool takeMonthName(const std::string& word) {
+        if (word.size() < 3 || m_month != 0) return false;
+        for (int month = 1; month <= 12; ++month) {
+            const std::string name = lowerAscii(monthName(month));
+            if (word == name || word == name.substr(0, 3)) m_month = month;
+        }
+        return m_month != 0;
+    }
+
+    bool buildDate() {
+        CivilDate date{1900, 1, 1};
+        if (!(m_month != 0            ? datesWithName(date)
+              : m_numbers.size() == 1 ? compactDate(date)
+                                      : threeNumbers(date)))
+            return false;
+        if (!isValidDate(date)) return false;
+        m_result.days = daysFromCivil(date);
+        return true;
+    }
+
+    bool datesWithName(CivilDate& date) const {
+        date.month = m_month;
+        if (m_numbers.empty() || m_numbers.size() > 2) return false;
+        const bool yearFirst = m_numbers[0].text.size() == 4;
+        if (m_numbers.size() == 1) {
+            date.year = fullYear(m_numbers[0]);
+            return yearFirst;
+        }
+        date.year = fullYear(m_numbers[yearFirst ? 0 : 1]);
+        date.day = m_numbers[yearFirst ? 1 : 0].value;
+        return true;
+    }
+
+    bool compactDate(CivilDate& date) const {
+        const Token& number = m_numbers[0];
+        if (number.text.size() == 4) {
+            date.year = number.value;
+            return true;
+        }
+        if (number.text.size() != 8 && number.text.size() != 6) return false;
+        const int year = number.value / 10000;
+        date = {number.text.size() == 8 ? year : year + (year < kTwoDigitCutoff ? 2000 : 1900),
+                number.value / 100 % 100, number.value % 100};
+        return true;
+    }
+
+    bool threeNumbers(CivilDate& date) const {
+        if (m_numbers.size() != 3) return false;
+        const auto& n = m_numbers;
+        if (n[0].text.size() == 4 || m_order == DateOrder::YearFirst)
+            date = {fullYear(n[0]), n[1].value, n[2].value};
+        else if (m_order == DateOrder::DayFirst)
+            date = {fullYear(n[2]), n[1].value, n[0].value};
+        else
+            date = {fullYear(n[2]), n[0].value, n[1].value};
+        return true;
+    }
+
+    std::vector<Token> m_tokens;
+    DateOrder m_order;
+    std::size_t m_at = 0;
+    std::vector<Token> m_numbers;
+    int m_month = 0;
+    bool m_hasTime = false;
+    DateTime m_result;
+};
+
+std::optional<DateTime> parseOrdered(std::string_view text, DateOrder order) {
+    auto parts = tokens(text);
+    if (!parts) return std::nullopt;
+    return DateReader(std::move(*parts), order).read();
+}
+
+}  // namespace
+
+std::optional<DateTime> parseDateTime(std::string_view text) {
+    return parseOrdered(text, DateOrder::MonthFirst);
+}
+
+std::optional<DateTime> parseDateTime(std::string_view text, int style) {
+    return parseOrdered(text, style < 0 ? DateOrder::MonthFirst : orderOf(style));
+}
+
+}  // namespace tsql
