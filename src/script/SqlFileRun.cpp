@@ -30,13 +30,12 @@ SqlFileRun::SqlFileRun(TScript& script, std::vector<std::string> parameters, con
 bool SqlFileRun::run() {
     if (!m_report.hasSession()) return false;
     readKeepSetting();
-    if (!createSqlFile() || !writeSqlFile() || !recordStart()) return cleanUp();
-    // Without an output file the run ends here: no end is recorded and the SQL file stays. Kept on purpose.
-    if (!createOutputFile()) return false;
+    if (!createSqlFile() || !writeSqlFile() || !recordStart()) return false;
+    if (!createOutputFile()) return endWithoutOutput();
     runQueryTool();
     recordEnd();
     collectOutput();
-    return cleanUp();
+    return !m_failed;
 }
 
 void SqlFileRun::readKeepSetting() {
@@ -47,13 +46,15 @@ void SqlFileRun::readKeepSetting() {
 }
 
 bool SqlFileRun::createSqlFile() {
+    // Unless it is to be kept, the last path tried goes in the end, even one that could not be created and
+    // belongs to somebody else: callers rely on this one rule.
     const bool created = createUnique(
         m_sqlFile, O_WRONLY, m_sqlPath, [this] { return scratchPath(m_script.m_scriptName, ".sql"); },
         [this](const CVoError&) {
             m_report.log(FXString::Format(messages::kSqlFileNotCreated, m_sqlPath.c_str()));
         });
-    if (!created) fail(FXString::Format(messages::kSqlFileNotOpened, m_sqlPath.c_str()));
-    return created;
+    if (m_keepSqlFile == 0) m_sqlRemoval = RemovedAtEnd(m_sqlPath);
+    return created || m_report.report(FXString::Format(messages::kSqlFileNotOpened, m_sqlPath.c_str()));
 }
 
 bool SqlFileRun::writeSqlFile() {
@@ -62,10 +63,9 @@ bool SqlFileRun::writeSqlFile() {
         [this](std::string_view text) { return write(text); });
     const std::string body = blankPercentSignsInComments(m_script.m_scriptBody);
     if (!write(kPrefix) || !filler.fill(body, m_parameters) || !closeSqlFile()) {
-        fail(FXString::Format(messages::kSqlFileNotWritten, m_sqlPath.c_str(), m_writeError.GetErrorCode(),
-                              m_writeError.AsString()));
-        m_keepSqlFile = 0;  // nobody may run half a script later
-        return false;
+        m_sqlRemoval = RemovedAtEnd(m_sqlPath);  // kept or not: nobody may run half a script later
+        return m_report.report(FXString::Format(messages::kSqlFileNotWritten, m_sqlPath.c_str(),
+                                                m_writeError.GetErrorCode(), m_writeError.AsString()));
     }
     if (m_recordedInput.empty()) m_recordedInput = filler.joinedValues();
     m_report.log(messages::kStarted);
@@ -73,8 +73,7 @@ bool SqlFileRun::writeSqlFile() {
 }
 
 bool SqlFileRun::recordStart() {
-    if (!m_script.recordExecStart(m_recordedInput.c_str())) m_failed = true;
-    return !m_failed;
+    return m_script.recordExecStart(m_recordedInput.c_str());
 }
 
 bool SqlFileRun::createOutputFile() {
@@ -88,6 +87,12 @@ bool SqlFileRun::createOutputFile() {
                                           error.GetErrorCode(), error.AsString()));
         });
     return created || m_report.report(FXString::Format(messages::kOutputNotCreated, path.c_str()));
+}
+
+// No end is recorded and the SQL file stays, whatever the configuration says. Kept on purpose.
+bool SqlFileRun::endWithoutOutput() {
+    m_sqlRemoval.keep();
+    return false;
 }
 
 void SqlFileRun::runQueryTool() {
@@ -112,14 +117,6 @@ void SqlFileRun::collectOutput() {
     if (!m_failed) m_report.report(messages::kSucceeded);
     if (file.Close().IsError()) return fail(FXString::Format(texts::kOutputNotClosed, path));
     if (CVoFile::Delete(path, false).IsError()) fail(FXString::Format(texts::kOutputNotDeleted, path));
-}
-
-// Removes the last path tried, even one that could not be created and belongs to somebody else: callers rely
-// on this one rule.
-bool SqlFileRun::cleanUp() {
-    m_sqlFile.Close();
-    if (m_keepSqlFile == 0) CVoFile::Delete(m_sqlPath.c_str(), false);
-    return !m_failed;
 }
 
 bool SqlFileRun::write(std::string_view text) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "CVoFile.h"
+#include "RemovedAtEnd.h"
 #include "ScriptReport.h"
 
 class TScript;
@@ -23,10 +24,10 @@ class SqlFileRun {
     bool writeSqlFile();
     bool recordStart();
     bool createOutputFile();
+    bool endWithoutOutput();
     void runQueryTool();
     void recordEnd();
     void collectOutput();
-    bool cleanUp();
 
     bool write(std::string_view text);
     bool closeSqlFile();
@@ -38,7 +39,8 @@ class SqlFileRun {
     std::string m_recordedInput;
     unsigned int m_keepSqlFile = 0;
     std::string m_sqlPath;
-    CVoFile m_sqlFile;
+    RemovedAtEnd m_sqlRemoval;
+    CVoFile m_sqlFile;  // closed before it is removed
     CVoError m_writeError;
     bool m_failed = false;
 };
