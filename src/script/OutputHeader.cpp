@@ -33,7 +33,7 @@ CVoError copyRest(std::FILE* in, CVoFile& out) {
     std::vector<char> block(std::size_t{1} << 16);
     char last = '\n';
     while (const std::size_t count = std::fread(block.data(), 1, block.size(), in)) {
-        if (const CVoError error = out.Write(block.data(), count); error.IsError()) return error;
+        if (CVoError error = out.Write(block.data(), count); error.IsError()) return error;
         last = block[count - 1];
     }
     if (std::ferror(in) != 0) return CVoError(EIO);
@@ -49,13 +49,13 @@ CVoError removeOutputHeader(const std::string& path) {
 
     const std::string scratchPath = path + ".tscript.temp.txt";
     CVoFile scratch;
-    if (const CVoError error = scratch.Open(scratchPath.c_str(), O_CREAT | O_WRONLY, S_IRUSR | S_IWUSR);
+    if (CVoError error = scratch.Open(scratchPath.c_str(), O_CREAT | O_WRONLY, S_IRUSR | S_IWUSR);
         error.IsError()) {
         return error;
     }
     RemovedAtEnd removed(scratchPath);
-    if (const CVoError error = copyRest(in.get(), scratch); error.IsError()) return error;
-    if (const CVoError error = scratch.Close(); error.IsError()) return error;
+    if (CVoError error = copyRest(in.get(), scratch); error.IsError()) return error;
+    if (CVoError error = scratch.Close(); error.IsError()) return error;
     // One step instead of a copy back: at no moment does half of the output stand in the file.
     if (std::rename(scratchPath.c_str(), path.c_str()) != 0) return CVoError(errno);
     removed.keep();

@@ -51,10 +51,10 @@ void PackageLoader::findByName() {
         m_report.report(messages::kNoBaseFolder);
         return;
     }
-    std::string path = folder.c_str();
-    FXPath::Append(path, "Scripts");
-    FXPath::Append(path, m_script.m_scriptName.c_str());
-    m_script.m_sqlFilePath = path + ".sql";
+    folder.resize(folder.find('\0'));
+    FXPath::Append(folder, "Scripts");
+    FXPath::Append(folder, m_script.m_scriptName.c_str());
+    m_script.m_sqlFilePath = folder + ".sql";
 }
 
 bool PackageLoader::checkReadable() {

@@ -104,7 +104,7 @@ void ProcedureRun::buildHelp() {
 }
 
 void ProcedureRun::buildParameters() {
-    m_query.format(kParametersQuery, doubleQuotes(*m_script.m_db, m_script.m_scriptName).c_str());
+    m_query.format(kParametersQuery, quotesDoubled(*m_script.m_db, m_script.m_scriptName).c_str());
     m_successMessage = texts::kParametersSucceeded;
 }
 

@@ -31,7 +31,7 @@ bool ScriptCatalogue::find() {
     if (!m_report.hasSession()) return false;
     SqlBuffer query(SqlBuffer::kPlain);
     if (!query.available()) throw std::bad_alloc();
-    query.format(catalogue_sql::kFindScript, doubleQuotes(*m_script.m_db, m_script.m_scriptName).c_str(),
+    query.format(catalogue_sql::kFindScript, quotesDoubled(*m_script.m_db, m_script.m_scriptName).c_str(),
                  m_script.m_fromPackage ? catalogue_sql::kFromPackage : catalogue_sql::kPermanent);
     std::vector<IdIdName_t> rows;
     // A failed query counts as found, with the id left as it was: callers that need the row test the id.
@@ -97,7 +97,7 @@ bool ScriptCatalogue::addPackage() {
 
 bool ScriptCatalogue::insertPackage(const char* usage, SqlBuffer& statement) {
     statement.format(catalogue_sql::kInsertScript, catalogue_sql::kFromPackage,
-                     doubleQuotes(*m_script.m_db, m_script.m_scriptName).c_str(), m_script.m_auditLevel,
+                     quotesDoubled(*m_script.m_db, m_script.m_scriptName).c_str(), m_script.m_auditLevel,
                      static_cast<long long>(m_script.m_creationTime), usage);
     if (m_script.m_db->GetDBValueInt(statement.text(), m_script.m_tscriptId)) return true;
     return m_report.report(FXString::Format(messages::kInsertFailed, m_script.m_db->getErrorMsg()));
@@ -119,7 +119,7 @@ bool ScriptCatalogue::recordStart(const char* inputParams) {
     const long long timeStart = now();
     const long long timeEnd = now();
     statement.format(catalogue_sql::kRecordStart, timeStart, timeEnd,
-                     doubleQuotes(*m_script.m_db, parameters).c_str(), m_script.m_userId,
+                     quotesDoubled(*m_script.m_db, parameters).c_str(), m_script.m_userId,
                      m_script.m_tscriptId);
     if (m_script.m_db->GetDBValueInt(statement.text(), m_script.m_execId)) return true;
     return m_report.report(FXString::Format(messages::kStartNotRecorded, m_script.m_db->getErrorMsg()));

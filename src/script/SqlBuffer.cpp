@@ -9,8 +9,8 @@ SqlBuffer::SqlBuffer(std::size_t size) : m_size(size), m_text(new (std::nothrow)
 }
 
 void SqlBuffer::format(const char* format, ...) {
-    std::va_list values;
+    va_list values;
     va_start(values, format);
-    std::vsnprintf(m_text.get(), m_size, format, values);
+    std::vsnprintf(m_text.get(), m_size, format, values);  // NOLINT(clang-analyzer-valist.Uninitialized): it is
     va_end(values);
 }

@@ -59,7 +59,7 @@ bool SqlFileRun::createSqlFile() {
 
 bool SqlFileRun::writeSqlFile() {
     PlaceholderFiller filler(
-        [this](const std::string& value) { return doubleQuotesInPlace(*m_script.m_db, value); },
+        [this](const std::string& value) { return quotesDoubledInPlace(*m_script.m_db, value); },
         [this](std::string_view text) { return write(text); });
     const std::string body = blankPercentSignsInComments(m_script.m_scriptBody);
     if (!write(kPrefix) || !filler.fill(body, m_parameters) || !closeSqlFile()) {

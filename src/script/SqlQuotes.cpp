@@ -2,13 +2,13 @@
 
 #include "DVUtilities/DBBase.h"
 
-std::string doubleQuotes(DBBase& db, std::string_view text) {
+std::string quotesDoubled(DBBase& db, std::string_view text) {
     std::string escaped(text);
     db.fixTheString(escaped);
     return escaped;
 }
 
-std::string doubleQuotesInPlace(DBBase& db, std::string_view text) {
+std::string quotesDoubledInPlace(DBBase& db, std::string_view text) {
     std::string buffer(text.substr(0, text.find('\0')));
     buffer.resize(2 * buffer.size() + 1);  // room for a text made only of quotes, and its NUL
     db.fixTheString(buffer.data());

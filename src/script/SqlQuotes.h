@@ -7,9 +7,9 @@
 class DBBase;
 
 // Every quote doubled: for names and recorded parameters.
-std::string doubleQuotes(DBBase& db, std::string_view text);
+std::string quotesDoubled(DBBase& db, std::string_view text);
 
 // The in-place rule of DBBase::fixTheString(char*), for usage texts and placeholder values. It differs from
 // plain doubling for a text with three or more quotes (docs/quirks.md), and callers rely on its result. A
 // text ends at its first NUL.
-std::string doubleQuotesInPlace(DBBase& db, std::string_view text);
+std::string quotesDoubledInPlace(DBBase& db, std::string_view text);
