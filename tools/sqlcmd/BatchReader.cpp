@@ -129,7 +129,7 @@ void BatchReader::setVariable(std::string_view rest) {
 void BatchReader::includeFile(std::string_view rest) {
     if (rest.empty()) failAtLine(":r");
     if (m_sources.size() == kMaxIncludeDepth)
-        throw ToolError("Error: ':r' files are nested more than 32 deep at '" + std::string(rest) +
+        throw ToolError("Sqlcmd: Error: ':r' files are nested more than 32 deep at '" + std::string(rest) +
                         "'. Does a file include itself?");
     m_sources.push_back(ScriptSource::ofFile(expanded(unquoted(rest))));
 }
@@ -146,7 +146,7 @@ void BatchReader::appendLine() {
     }
     m_batch += '\n';
     if (m_batch.size() > kMaxBatch)
-        throw ToolError("Error: a batch is longer than 256 MB. Divide the script by " + m_batchEnd +
+        throw ToolError("Sqlcmd: Error: a batch is longer than 256 MB. Divide the script by " + m_batchEnd +
                         " lines.");
 }
 
@@ -157,13 +157,14 @@ void BatchReader::scanCharacter(std::size_t& i) {
     m_batch += c;
     const bool opensComment = c == '/' && after == '*' && m_state.closing == 0;
     const bool closesComment = c == '*' && after == '/' && m_state.commentDepth > 0;
-    if (opensComment || closesComment) {
-        m_state.commentDepth += opensComment ? 1 : -1;
+    const bool isDoubled = c == m_state.closing && c == after;
+    if (opensComment || closesComment || isDoubled) {
+        m_state.commentDepth += opensComment ? 1 : closesComment ? -1 : 0;
         m_batch += m_line[++i];
     } else if (m_state.commentDepth > 0) {
         return;
     } else if (m_state.closing != 0) {
-        if (c == m_state.closing) m_state.closing = 0;  // a doubled one opens again at once
+        if (c == m_state.closing) m_state.closing = 0;
     } else if (c == '\'' || c == '"') {
         m_state.closing = c;
     } else if (c == '[') {
@@ -203,7 +204,7 @@ Step BatchReader::batch(int count) {
 
 void BatchReader::failAtLine(std::string_view command) const {
     const ScriptSource& source = m_sources.back();
-    std::string text = "Error: Syntax error at line " + std::to_string(source.lineNumber()) +
+    std::string text = "Sqlcmd: Error: Syntax error at line " + std::to_string(source.lineNumber()) +
                        " near command '" + std::string(command) + "'";
     if (!source.name().empty()) text += " in file '" + source.name() + "'";
     throw ToolError(text + ".");

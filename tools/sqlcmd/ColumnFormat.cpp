@@ -4,6 +4,7 @@
 #include <sqlext.h>
 
 #include <algorithm>
+#include <charconv>
 
 #include "Utf.h"
 
@@ -36,7 +37,7 @@ constexpr FixedType kFixedTypes[] = {
     {SQL_SMALLINT, "", 6, true, Form::AsIs},
     {SQL_INTEGER, "", 11, true, Form::AsIs},
     {SQL_BIGINT, "", 21, true, Form::AsIs},
-    {SQL_REAL, "", 14, true, Form::AsIs},
+    {SQL_REAL, "", 14, true, Form::Real},
     {SQL_FLOAT, "", 24, true, Form::AsIs},
     {SQL_DOUBLE, "", 24, true, Form::AsIs},
     {SQL_DECIMAL, "smallmoney", 14, true, Form::Decimal},
@@ -91,6 +92,14 @@ void describeText(const ColumnInfo& column, const Layout& layout, ColumnFormat& 
     format.limit = format.width;
 }
 
+// The fewest digits that are this real and no other: drivers give nine, of which the last ones say nothing.
+std::string shortestReal(const std::string& text) {
+    float value = 0;
+    if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc{}) return text;
+    char digits[32];
+    return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+}
+
 }  // namespace
 
 ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout) {
@@ -115,6 +124,9 @@ void shapeValue(std::string& text, const ColumnFormat& format) {
         case Form::Decimal:  // no zero before the point: .50 and -.50
             if (text.starts_with("0.")) text.erase(0, 1);
             if (text.starts_with("-0.")) text.erase(1, 1);
+            break;
+        case Form::Real:
+            text = shortestReal(text);
             break;
         case Form::Binary:
             text.insert(0, "0x");

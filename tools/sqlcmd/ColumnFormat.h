@@ -19,7 +19,7 @@ struct ColumnInfo {
 
 struct ColumnFormat {
     // How a value's text from the driver becomes what is shown.
-    enum class Form { AsIs, Decimal, UpperCase, Binary };
+    enum class Form { AsIs, Decimal, Real, UpperCase, Binary };
 
     std::string name;
     std::size_t width = 0;  // characters; 0 without a limit and without padding

@@ -21,7 +21,8 @@ bool isFreeTds(std::string_view driver) {
 std::string braced(std::string_view value, bool freeTds) {
     if (value.find('\0') != std::string_view::npos || (freeTds && value.find("};") != std::string_view::npos))
         throw ToolError(
-            "Error: FreeTDS cannot be given a value that holds '};'. Change that login's password or name.");
+            "Sqlcmd: Error: FreeTDS cannot be given a value that holds '};'. Change that login's password or "
+            "name.");
     std::string result = "{";
     for (const char c : value) result.append(c == '}' && !freeTds ? 2 : 1, c);
     return result + "};";
@@ -85,7 +86,7 @@ Connection::Connection(Options& options)
 
 void Connection::logIn(std::string& text) {
     if (text.size() > kMaxConnectionString)
-        throw ToolError("Error: server, login, password and database are too long together.");
+        throw ToolError("Sqlcmd: Error: server, login, password and database are too long together.");
     const SQLRETURN code =
         SQLDriverConnect(m_connection.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                          static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);

@@ -10,7 +10,7 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A file, a script or the output cannot be used; the text says which and why.
+// A file, a script or the output cannot be used. The text is the whole line to print.
 struct ToolError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -15,7 +15,8 @@ Output::Output(const std::string& path, bool utf16) : m_path(path), m_utf16(utf1
     m_descriptor =
         path.empty() ? STDOUT_FILENO : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (m_descriptor < 0)
-        throw ToolError("Error: cannot open output file '" + path + "': " + std::strerror(errno) + ".");
+        throw ToolError("Sqlcmd: Error: cannot open output file '" + path + "': " + std::strerror(errno) +
+                        ".");
     m_buffer.reserve(2 * kBufferSize);
 }
 
@@ -53,8 +54,8 @@ void Output::writeBytes(std::string_view bytes) {
         if (count < 0) {
             const std::string reason = std::strerror(errno);
             m_buffer.clear();
-            throw ToolError("Error: cannot write to " + (isFile() ? "'" + m_path + "'" : "standard output") +
-                            ": " + reason + ".");
+            throw ToolError("Sqlcmd: Error: cannot write to " +
+                            (isFile() ? "'" + m_path + "'" : "standard output") + ": " + reason + ".");
         }
         bytes.remove_prefix(static_cast<std::size_t>(count));
     }

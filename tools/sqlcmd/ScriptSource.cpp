@@ -23,7 +23,7 @@ int openScript(const std::string& path) {
     if (descriptor >= 0 && fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode)) return descriptor;
     const int error = descriptor < 0 ? errno : EISDIR;
     if (descriptor >= 0) close(descriptor);
-    throw ToolError("'" + path + "': Invalid filename. " + std::strerror(error) + ".");
+    throw ToolError("Sqlcmd: '" + path + "': Invalid filename. " + std::strerror(error) + ".");
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ bool ScriptSource::nextLine(std::string& line) {
     while ((end = m_text.find('\n', searched)) == std::string::npos) {
         m_text.erase(0, std::exchange(m_position, 0));
         searched = m_text.size();
-        if (searched > kMaxLine) throw ToolError("'" + m_name + "': a line is longer than 256 MB.");
+        if (searched > kMaxLine) throw ToolError("Sqlcmd: '" + m_name + "': a line is longer than 256 MB.");
         if (!readMore()) break;
     }
     if (end == std::string::npos && m_position == m_text.size()) return false;
@@ -86,7 +86,7 @@ bool ScriptSource::readMore() {
     ssize_t count;
     do count = read(m_descriptor, m_raw.data() + before, kPiece);
     while (count < 0 && errno == EINTR);
-    if (count < 0) throw ToolError("'" + m_name + "': " + std::strerror(errno) + ".");
+    if (count < 0) throw ToolError("Sqlcmd: '" + m_name + "': " + std::strerror(errno) + ".");
     m_raw.resize(before + static_cast<std::size_t>(count));
     if (count == 0) close(std::exchange(m_descriptor, -1));
     recogniseByteOrderMark();

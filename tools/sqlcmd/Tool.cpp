@@ -33,7 +33,7 @@ int Tool::run() {
         MessagePrinter(m_options, output).print(error.diagnostics);
         m_exitCode = 1;
     } catch (const ToolError& error) {
-        if (output.isFile()) output.write(std::string("Sqlcmd: ") + error.what() + "\n");
+        if (output.isFile()) output.write(std::string(error.what()) + "\n");
         output.flush();
         throw;
     }

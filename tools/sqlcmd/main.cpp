@@ -35,8 +35,10 @@ int main(int argc, char** argv) {
     } catch (const sqlcmd::UsageError& error) {
         std::fprintf(stderr, "Sqlcmd: %s\n\n%s", error.what(), sqlcmd::usageText().c_str());
     } catch (const sqlcmd::AlreadyReported&) {
+    } catch (const sqlcmd::ToolError& error) {
+        std::fprintf(stderr, "%s\n", error.what());
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "Sqlcmd: %s\n", error.what());
+        std::fprintf(stderr, "Sqlcmd: Error: %s\n", error.what());
     }
     return 1;
 }

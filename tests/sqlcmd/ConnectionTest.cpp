@@ -1,0 +1,54 @@
+#include "Connection.h"
+
+#include <gtest/gtest.h>
+
+using namespace sqlcmd;
+
+namespace {
+
+Options optionsFor(std::string_view server, std::string_view password) {
+    Options options;
+    options.server = server;
+    options.user = "u";
+    options.password = password;
+    return options;
+}
+
+TEST(ConnectionString, GivesEachDriverTheServerInItsForm) {
+    struct Case {
+        const char* server;
+        const char* freeTds;
+        const char* microsoft;
+    };
+    const Case cases[] = {
+        {"host", "Server=host;", "Server=tcp:host;"},
+        {"tcp:host,1500", "Server=host;Port=1500;", "Server=tcp:host,1500;"},
+        {"host\\inst", "Server=host\\inst;", "Server=tcp:host\\inst;"},
+        {"host\\inst, 1500", "Server=host;Port=1500;", "Server=tcp:host\\inst,1500;"},
+        {"[::1],1500", "Server=::1;Port=1500;", "Server=tcp:[::1],1500;"},
+        {".", "Server=localhost;", "Server=tcp:localhost;"},
+    };
+    for (const auto& [server, freeTds, microsoft] : cases) {
+        const Options options = optionsFor(server, "p");
+        EXPECT_EQ(connectionString(options, "FreeTDS"),
+                  "DRIVER={FreeTDS};" + std::string(freeTds) +
+                      "APP=SQLCMD;TDS_Version=7.4;ClientCharset=UTF-8;UID={u};PWD={p};");
+        EXPECT_EQ(connectionString(options, "ODBC Driver 18 for SQL Server"),
+                  "DRIVER={ODBC Driver 18 for SQL Server};" + std::string(microsoft) +
+                      "APP=SQLCMD;UID={u};PWD={p};");
+    }
+}
+
+TEST(ConnectionString, BracesPasswords) {
+    const std::string text = connectionString(optionsFor("h", "a;b}c="), "/opt/libtdsodbc.so");
+    EXPECT_TRUE(text.ends_with("PWD={a;b}c=};")) << text;
+    EXPECT_TRUE(connectionString(optionsFor("h", "a;}b"), "Other").ends_with("PWD={a;}}b};"));
+    EXPECT_THROW(connectionString(optionsFor("h", "a};b"), "FreeTDS"), ToolError);
+}
+
+TEST(ServerName, RefusesWhatIsNone) {
+    for (const char* text : {"", ",1", "h,", "h,0", "h,65536", "h,1x", "h\\", "h;UID=x", "{h}", "[::1"})
+        EXPECT_THROW(parseServerName(text), UsageError) << text;
+}
+
+}  // namespace

@@ -1,0 +1,68 @@
+// Runs every case of the golden files against a tsqlbox and compares what the tool prints.
+//
+// A case is:   > arguments
+//              the script, on standard input
+//              = exit code
+//              what is printed
+// Lines that begin with '#' before a case are comments. The server's name is written S.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <sstream>
+
+#include "TsqlBox.h"
+
+namespace {
+
+struct Case {
+    std::vector<std::string> arguments;
+    std::string script;
+    int exitCode = 0;
+    std::string output;
+};
+
+std::vector<std::string> wordsOf(const std::string& line) {
+    std::istringstream stream(line);
+    std::vector<std::string> words;
+    for (std::string word; stream >> word;) words.push_back(word == "TAB" ? "\t" : word);
+    return words;
+}
+
+std::vector<Case> readCases(const std::filesystem::path& path) {
+    std::vector<Case> cases;
+    std::istringstream stream(support::readFile(path));
+    std::string* part = nullptr;
+    for (std::string line; std::getline(stream, line);) {
+        if (line.starts_with('>')) {
+            cases.emplace_back().arguments = wordsOf(line.substr(1));
+            part = &cases.back().script;
+        } else if (line.starts_with("= ")) {
+            cases.back().exitCode = std::stoi(line.substr(2));
+            part = &cases.back().output;
+        } else if (part != nullptr && !line.starts_with('#')) {
+            *part += line + '\n';
+        }
+    }
+    return cases;
+}
+
+TEST(Golden, OutputIsAsRecorded) {
+    const support::TsqlBox server;
+    for (const auto& file : std::filesystem::directory_iterator(GOLDEN_FOLDER)) {
+        for (const Case& c : readCases(file)) {
+            std::vector<std::string> command{SQLCMD_PROGRAM, "-S", server.server(),  "-U",
+                                             server.login(), "-P", server.password()};
+            command.insert(command.end(), c.arguments.begin(), c.arguments.end());
+            support::ProgramOptions options;
+            options.input = c.script;
+            const auto result = support::runProgram(command, options);
+            const std::string output =
+                std::regex_replace(result.output, std::regex("Server [^,\n]+"), "Server S");
+            EXPECT_EQ(output + result.errors, c.output) << file.path().filename() << ":\n" << c.script;
+            EXPECT_EQ(result.exitCode, c.exitCode) << c.script;
+        }
+    }
+}
+
+}  // namespace

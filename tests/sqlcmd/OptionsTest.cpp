@@ -1,0 +1,94 @@
+#include "Options.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+using namespace sqlcmd;
+
+namespace {
+
+// Owns the bytes of an argument list, as the system gives it to main().
+class Arguments {
+  public:
+    explicit Arguments(std::vector<std::string> texts) : m_texts(std::move(texts)) {
+        m_texts.insert(m_texts.begin(), "sqlcmd");
+        for (std::string& text : m_texts) m_pointers.push_back(text.data());
+    }
+    Options parse() { return parseOptions(static_cast<int>(m_pointers.size()), m_pointers.data()); }
+    const std::string& at(std::size_t index) const { return m_texts[index]; }
+
+  private:
+    std::vector<std::string> m_texts;
+    std::vector<char*> m_pointers;
+};
+
+TEST(Options, TakeValuesAttachedOrSeparate) {
+    for (const std::vector<std::string>& texts :
+         {std::vector<std::string>{"-b", "-n", "-S", "h,1", "-U", "u",    "-P", "-p w", "-d",
+                                   "db", "-m", "-1", "-i",  "a",  "-i",   "b",  "-o",   "out",
+                                   "-s", "\t", "-y", "0",   "-w", "4000", "-h", "-1",   "-u"},
+          std::vector<std::string>{"-b", "-n", "-Sh,1", "-Uu", "-P-p w", "-ddb", "-m-1", "-ia", "-ib",
+                                   "-oout", "-s\t", "-y0", "-w4000", "-h-1", "-u"}}) {
+        const Options options = Arguments(texts).parse();
+        EXPECT_TRUE(options.stopOnError && options.unicodeOutput && !options.trusted);
+        EXPECT_EQ(options.server + "|" + options.user + "|" + options.password + "|" + options.database,
+                  "h,1|u|-p w|db");
+        EXPECT_EQ(options.inputFiles, (std::vector<std::string>{"a", "b"}));
+        EXPECT_EQ(options.messageLevel, -1);
+        EXPECT_EQ(options.layout.separator, "\t");
+        EXPECT_EQ(options.layout.lineWidth, 4000);
+        EXPECT_EQ(options.layout.rowsPerHeading, -1);
+        EXPECT_EQ(options.layout.longTypeWidth, 0);
+        EXPECT_FALSE(options.layout.withHeading);
+    }
+}
+
+TEST(Options, TakeVariablesUpToTheNextOption) {
+    const Options options = Arguments({"-v", "a=1", "b=\"x y\"", "c=", "-r", "1", "-r0", "-V16"}).parse();
+    const std::vector<std::pair<std::string, std::string>> expected{{"a", "1"}, {"b", "x y"}, {"c", ""}};
+    EXPECT_EQ(options.variables, expected);
+    EXPECT_EQ(options.errorStream, ErrorStream::Errors);
+    EXPECT_EQ(options.severityLevel, 16);
+}
+
+TEST(Options, RefuseWhatTheyDoNotUnderstand) {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{"-Z"}, "'-Z': Unknown Option"},
+        {{"word"}, "'word': Unknown Option"},
+        {{"-bx"}, "'-bx': Unknown Option"},
+        {{"-Q"}, "'-Q': Missing argument"},
+        {{"-S", "-E"}, "'-S': Missing argument"},
+        {{"-w", "8"}, "'-w': '8' is not a number from 9 to 65535"},
+        {{"-y", "8001"}, "'-y': '8001' is not a number from 0 to 8000"},
+        {{"-l", "1s"}, "'-l': '1s' is not a number from 0 to 65534"},
+        {{"-s", "ab"}, "'-s': the separator must be one character"},
+        {{"-v", "ab"}, "'-v': 'ab' is not of the form name=value"},
+        {{"-E", "-U", "u"}, "The -E and the -U/-P options are mutually exclusive."},
+        {{"-i", "f", "-Q", "q"}, "The -i and the -Q/-q options are mutually exclusive."},
+        {{"-W", "-y", "0"}, "The -W and the -y/-Y options are mutually exclusive."},
+    };
+    for (const auto& [texts, message] : cases) try {
+            Arguments(texts).parse();
+            ADD_FAILURE() << message;
+        } catch (const UsageError& error) {
+            EXPECT_STREQ(error.what(), message);
+        }
+}
+
+TEST(Options, WipeThePasswordWhereOthersCouldReadIt) {
+    Arguments separate({"-U", "u", "-P", "secret"});
+    EXPECT_EQ(separate.parse().password, "secret");
+    EXPECT_EQ(separate.at(4), std::string(6, '\0'));
+    Arguments attached({"-Uu", "-Psecret"});
+    EXPECT_EQ(attached.parse().password, "secret");
+    EXPECT_EQ(attached.at(2), "-P" + std::string(6, '\0'));
+
+    setenv("SQLCMDPASSWORD", "from outside", 1);
+    EXPECT_EQ(Arguments({"-U", "u"}).parse().password, "from outside");
+    EXPECT_EQ(std::getenv("SQLCMDPASSWORD"), nullptr);
+}
+
+}  // namespace

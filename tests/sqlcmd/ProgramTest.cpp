@@ -1,0 +1,94 @@
+// The built program where it needs no database.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+
+#include "Program.h"
+#include "TempDir.h"
+
+namespace {
+
+using support::Descriptor;
+
+support::ProgramResult sqlcmd(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), SQLCMD_PROGRAM);
+    return support::runProgram(arguments);
+}
+
+TEST(Program, TellsItsUsageAndVersion) {
+    const auto help = sqlcmd({"-?"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.output.starts_with("usage: sqlcmd"));
+    EXPECT_TRUE(sqlcmd({"--version"}).output.starts_with("sqlcmd "));
+    const auto unknown = sqlcmd({"-Z"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_TRUE(unknown.errors.starts_with("Sqlcmd: '-Z': Unknown Option\n\nusage: sqlcmd"))
+        << unknown.errors;
+}
+
+TEST(Program, ChecksAllInputFilesBeforeItTouchesAnything) {
+    const support::TempDir folder;
+    support::writeFile(folder / "in.sql", "select 1\n");
+    support::writeFile(folder / "out.txt", "kept");
+    const std::string missing = folder / "missing.sql";
+    const auto result = sqlcmd({"-i", folder / "in.sql", "-i", missing, "-o", folder / "out.txt"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, "Sqlcmd: '" + missing + "': Invalid filename. No such file or directory.\n");
+    EXPECT_EQ(support::readFile(folder / "out.txt"), "kept");
+}
+
+// A server that takes connections and says nothing.
+class SilentServer {
+  public:
+    SilentServer() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        auto* generic = reinterpret_cast<sockaddr*>(&address);
+        if (bind(m_socket.get(), generic, length) != 0 || listen(m_socket.get(), 4) != 0 ||
+            getsockname(m_socket.get(), generic, &length) != 0)
+            throw std::runtime_error("no socket");
+        m_port = ntohs(address.sin_port);
+    }
+    std::string name() const { return "127.0.0.1," + std::to_string(m_port); }
+    bool waitForClient() const {
+        pollfd entry{m_socket.get(), POLLIN, 0};
+        return poll(&entry, 1, 30'000) == 1;
+    }
+
+  private:
+    Descriptor m_socket;
+    int m_port = 0;
+};
+
+TEST(Program, ShowsNoPasswordToTheProcessList) {
+    const SilentServer server;
+    const Descriptor nothing = support::memoryFile(), output = support::memoryFile(),
+                     errors = support::memoryFile();
+    const pid_t pid =
+        support::spawn({SQLCMD_PROGRAM, "-S", server.name(), "-U", "sa", "-P", "secret", "-Q", "select 1"},
+                       {}, {nothing.get(), output.get(), errors.get()});
+    ASSERT_TRUE(server.waitForClient());
+    const std::string commandLine = support::readFile("/proc/" + std::to_string(pid) + "/cmdline");
+    EXPECT_NE(commandLine.find("select 1"), std::string::npos);
+    EXPECT_EQ(commandLine.find("secret"), std::string::npos);
+    kill(pid, SIGKILL);
+    int exitCode = 0;
+    support::waitFor(pid, std::chrono::seconds(10), exitCode);
+}
+
+TEST(Program, GivesUpLoggingInAfterItsTimeout) {
+    const SilentServer server;
+    const support::TempDir folder;
+    const auto result = sqlcmd(
+        {"-S", server.name(), "-U", "sa", "-P", "x", "-l", "1", "-Q", "select 1", "-o", folder / "out"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.errors.starts_with("Sqlcmd: Error: FreeTDS : ")) << result.errors;
+    EXPECT_EQ(support::readFile(folder / "out"), result.errors);
+}
+
+}  // namespace
