@@ -34,6 +34,10 @@ void MessagePrinter::print(const std::vector<Diagnostic>& diagnostics) {
     }
 }
 
+void MessagePrinter::printLoginError(const std::vector<Diagnostic>& diagnostics) {
+    for (const Diagnostic& diagnostic : diagnostics) printOwn(diagnostic);
+}
+
 int MessagePrinter::takeHighestSeverity() {
     return std::exchange(m_highestSeverity, 0);
 }

@@ -17,6 +17,9 @@ class MessagePrinter {
 
     void print(const std::vector<Diagnostic>& diagnostics);
 
+    // Whatever the server says about a login that failed, the tool reports it as its own error.
+    void printLoginError(const std::vector<Diagnostic>& diagnostics);
+
     // Of all messages printed or held back since the last call.
     int takeHighestSeverity();
 

@@ -30,7 +30,7 @@ int Tool::run() {
     try {
         logInAndRun(output);
     } catch (const LoginError& error) {
-        MessagePrinter(m_options, output).print(error.diagnostics);
+        MessagePrinter(m_options, output).printLoginError(error.diagnostics);
         m_exitCode = 1;
     } catch (const ToolError& error) {
         if (output.isFile()) output.write(std::string(error.what()) + "\n");
