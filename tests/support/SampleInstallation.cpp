@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -65,7 +67,7 @@ void SampleInstallation::set(const std::string& key, const std::string& valueNam
     set(key, valueName, std::string(text));
 }
 
-void SampleInstallation::set(const std::string& key, const std::string& valueName, long long number) {
+void SampleInstallation::setNumber(const std::string& key, const std::string& valueName, long long number) {
     m_values[key][valueName] = std::to_string(number);
     write();
 }
@@ -113,6 +115,18 @@ std::string SampleInstallation::encipheredCredentials(const std::string& text) {
         throw std::runtime_error("credentials cannot be enciphered: error " +
                                  std::to_string(cipher.getLastError()));
     return enciphered.data();
+}
+
+std::vector<std::string> logTexts(const std::filesystem::path& logFile) {
+    static const std::regex timed("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} - ");
+    std::vector<std::string> texts;
+    std::istringstream lines(readFile(logFile));
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch time;
+        const bool found = std::regex_search(line, time, timed, std::regex_constants::match_continuous);
+        texts.push_back(found ? time.suffix().str() : "untimed: " + line);
+    }
+    return texts;
 }
 
 // A new file in place of the old one, so that the reader notices two changes within one tick of the clock.

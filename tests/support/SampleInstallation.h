@@ -2,9 +2,11 @@
 // folders, and, on a running server, the sample databases.
 #pragma once
 
+#include <concepts>
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "TempDir.h"
 #include "TsqlBox.h"
@@ -24,7 +26,10 @@ class SampleInstallation {
     // Keys as the library names them ("Database", "InstalledPackages\\803").
     void set(const std::string& key, const std::string& valueName, const std::string& text);
     void set(const std::string& key, const std::string& valueName, const char* text);
-    void set(const std::string& key, const std::string& valueName, long long number);
+    template <std::integral Number>
+    void set(const std::string& key, const std::string& valueName, Number number) {
+        setNumber(key, valueName, static_cast<long long>(number));
+    }
     void remove(const std::string& key, const std::string& valueName);
 
     // Points every database's instance, credentials and connection value at that server and login.
@@ -46,11 +51,15 @@ class SampleInstallation {
     std::filesystem::path storeFile() const { return folder("registry.toml"); }
 
   private:
+    void setNumber(const std::string& key, const std::string& valueName, long long number);
     void write() const;
 
     TempDir m_folder;
     std::string m_instance;
     std::map<std::string, std::map<std::string, std::string>> m_values;  // key, value name, TOML text
 };
+
+// The texts of a log file's lines, without their times; a line without one begins with "untimed: ".
+std::vector<std::string> logTexts(const std::filesystem::path& logFile);
 
 }  // namespace support

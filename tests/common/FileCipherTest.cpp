@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "DVUtilities/commonFunc.h"
+#include "SampleInstallation.h"
+#include "VTPassword.h"
+
+namespace {
+
+using support::readFile;
+using support::writeFile;
+
+class FileCipher : public testing::Test {
+  protected:
+    long lines(const std::string& path) {
+        const std::string content = readFile(path);
+        return std::count(content.begin(), content.end(), '\n');
+    }
+
+    support::SampleInstallation installation;
+    const std::string plain = installation.folder("plain");
+    const std::string secret = installation.folder("secret");
+    const std::string back = installation.folder("back");
+    std::string error = "untouched";
+};
+
+TEST_F(FileCipher, RoundTripKeepsLinesButForTheShortest) {
+    const struct {
+        std::string content, restored;
+        long records;
+    } cases[] = {{"", "", 0},
+                 {"SELECT 1\nGO\n", "SELECT 1\nGO\n", 2},
+                 {"a line\n\n\nanother\n", "a line\nanother\n", 2},  // blank lines vanish
+                 {"last line without its end", "last line without its end", 1},
+                 {"ab\nx", "ab\n", 1},  // one character alone is skipped
+                 {std::string(599, 'p') + "\n", std::string(599, 'p') + "\n", 2},  // 509 and 91 characters
+                 {std::string(509, 'p') + "\nq\n", std::string(509, 'p') + "q\n",
+                  2},  // the newline was a piece of its own
+                 {"\xC3\xA4 100%s\r\n", "\xC3\xA4 100%s\r\n", 1}};
+    for (const auto& c : cases) {
+        writeFile(plain, c.content);
+        ASSERT_TRUE(EncryptFile(plain.c_str(), secret.c_str(), error)) << error;
+        EXPECT_EQ(lines(secret), c.records);
+        ASSERT_TRUE(DecryptFile(secret.c_str(), back.c_str(), error)) << error;
+        EXPECT_EQ(readFile(back), c.restored);
+    }
+    EXPECT_EQ(error, "untouched");
+}
+
+TEST_F(FileCipher, CarriageReturnsAndBlankLinesOfRecordsDoNotCount) {
+    writeFile(plain, "one\ntwo\n");
+    ASSERT_TRUE(EncryptFile(plain.c_str(), secret.c_str(), error));
+    std::string records = readFile(secret);
+    for (std::size_t at = 0; (at = records.find('\n', at)) != std::string::npos; at += 4)
+        records.replace(at, 1, "\r\n\r\n");
+    writeFile(secret, records);
+    ASSERT_TRUE(DecryptFile(secret.c_str(), back.c_str(), error)) << error;
+    EXPECT_EQ(readFile(back), "one\ntwo\n");
+}
+
+TEST_F(FileCipher, TamperedRecordFailsAndKeepsWhatCameBefore) {
+    writeFile(plain, "one\ntwo\n");
+    ASSERT_TRUE(EncryptFile(plain.c_str(), secret.c_str(), error));
+    std::string records = readFile(secret);
+    char& changed = records[records.size() - 10];
+    changed = changed == 'A' ? 'B' : 'A';
+    writeFile(secret, records);
+    EXPECT_FALSE(DecryptFile(secret.c_str(), back.c_str(), error));
+    EXPECT_EQ(error, "DescryptFile failed with error [" + std::to_string(VTPassword::kNotAuthentic) + "]");
+    EXPECT_EQ(readFile(back), "one\n");
+}
+
+TEST_F(FileCipher, RecordOfMoreThan510CharactersIsRefused) {
+    std::string record(2048, '\0');
+    unsigned long size = record.size();
+    ASSERT_NE(VTPassword().encrypt(std::string(511, 'p').c_str(), record.data(), &size), 0);
+    writeFile(secret, record.substr(0, size));
+    EXPECT_FALSE(DecryptFile(secret.c_str(), back.c_str(), error));
+    EXPECT_EQ(error, "DescryptFile failed with error [" + std::to_string(VTPassword::kBufferTooSmall) + "]");
+}
+
+TEST_F(FileCipher, FailuresAreTold) {
+    EXPECT_FALSE(EncryptFile(nullptr, secret.c_str(), error));
+    EXPECT_FALSE(EncryptFile(plain.c_str(), nullptr, error));
+    EXPECT_EQ(error, "untouched");
+    writeFile(plain, "text\n");
+    const struct {
+        std::string source, target, message;
+    } cases[] = {{"/no/such", secret, "Failed to open source file [/no/such]"},
+                 {plain, "/no/such/target", "Failed to open source file [/no/such/target]"},
+                 {installation.folder("."), secret,
+                  "Failed to read source file [" + installation.folder(".").string() + "]"},
+                 {plain, "/dev/full", "Failed to write target file [/dev/full]"}};
+    for (const auto& c : cases) {
+        EXPECT_FALSE(EncryptFile(c.source.c_str(), c.target.c_str(), error));
+        EXPECT_EQ(error, c.message);
+    }
+    std::filesystem::remove(installation.folder("cipher.key"));
+    EXPECT_FALSE(EncryptFile(plain.c_str(), secret.c_str(), error));
+    EXPECT_EQ(error, "EncryptFile failed with error [" + std::to_string(VTPassword::kKeyUnreadable) + "]");
+}
+
+}  // namespace
