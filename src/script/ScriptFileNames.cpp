@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 
@@ -20,14 +21,22 @@ std::string scratchFolder() {
     return "./";
 }
 
+// The query tool's command line encloses paths in double quotes and cannot carry one inside.
+std::string fileNamePart(std::string scriptName) {
+    std::replace(scriptName.begin(), scriptName.end(), '"', '_');
+    return scriptName;
+}
+
 }  // namespace
 
 std::string scratchPath(const std::string& scriptName, const char* ending) {
-    return scratchFolder() + FXString::Format("%s_%d_%d_%d%s", scriptName.c_str(), static_cast<int>(getpid()),
+    return scratchFolder() + FXString::Format("%s_%d_%d_%d%s", fileNamePart(scriptName).c_str(),
+                                              static_cast<int>(getpid()),
                                               static_cast<int>(std::time(nullptr)), std::rand(), ending);
 }
 
 std::string outputPath(const std::string& logDir, const std::string& dbName, const std::string& scriptName) {
     return FXString::Format("%s/Tscript_%s_%s_%lld_%d.log", logDir.c_str(), dbName.c_str(),
-                            scriptName.c_str(), static_cast<long long>(std::time(nullptr)), std::rand());
+                            fileNamePart(scriptName).c_str(), static_cast<long long>(std::time(nullptr)),
+                            std::rand());
 }

@@ -1,4 +1,5 @@
-// Paths of a run's files. Time, process id and rand() keep those of concurrent runs apart.
+// Paths of a run's files. Time, process id and rand() keep those of concurrent runs apart. A double
+// quote in a script's name becomes "_".
 #pragma once
 
 #include <string>
