@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "DVUtilities/DBBase.h"
+#include "SampleInstallation.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Discovery up to the probe, which nothing answers here.
+class AccountDiscovery : public testing::Test {
+  protected:
+    AccountDiscovery() { installation.useServer("127.0.0.1,1", "sa", "secret-word"); }
+
+    bool find(const char* dbName) {
+        std::filesystem::remove(log);
+        return db.GetAccountInfo("MainHost", "Instance001", log.c_str(), dbName);
+    }
+    Lines told() const { return support::logTexts(log); }
+
+    support::SampleInstallation installation;
+    const std::string log = installation.logFolder() / "db.log";
+    DBBase db{true};
+};
+
+TEST_F(AccountDiscovery, ComponentThatIsNotInstalled) {
+    installation.set("Base", "nPLATTYPE", 4);
+    for (const char* number : {"803", "808", "809", "810"})
+        installation.set(std::string("InstalledPackages\\") + number, "sInstallState", "Removed");
+    const struct {
+        const char *name, *message;
+    } cases[] = {{nullptr, "Invalid db name [Dorvas]. This is not a Dorvaser."},
+                 {"", "Invalid db name [Dorvas]. This is not a Dorvaser."},
+                 {"dorvas", "Invalid db name [dorvas]. This is not a Dorvaser."},
+                 {"nq2", "Invalid db name [nq2]. NQ2 is not installed."},
+                 {"VTCLOUD", "Invalid db name [VTCLOUD]. VtCloud is not installed."},
+                 {"WFEngine", "Invalid db name [WFEngine]. WfEngine is not installed."},
+                 {"HistoryDB", "Invalid db name [HistoryDB]. HistoryDB is not installed."}};
+    for (const auto& c : cases) {
+        EXPECT_FALSE(find(c.name));
+        EXPECT_STREQ(db.getErrorMsg(), c.message);
+        EXPECT_EQ(told(), Lines{c.message});
+    }
+}
+
+TEST_F(AccountDiscovery, OtherProductTypeStopsAtTheHostCheck) {
+    db.setProductTypeZephra(0);
+    EXPECT_FALSE(find("Dorvas"));
+    EXPECT_EQ(told(), (Lines{"", "This program can be run only on the Dorvase."}));
+}
+
+TEST_F(AccountDiscovery, ServerInstanceMissing) {
+    const std::string message = "Unable to get SQL Server name from the registry";
+    EXPECT_FALSE(find("Unknown"));
+    EXPECT_EQ(db.getErrorMsg(), message);
+    installation.set("Database", "sNQ2INSTANCE", "");
+    EXPECT_FALSE(find("NQ2"));
+    EXPECT_EQ(told(), Lines{message});
+    installation.remove("Database", "sWFINSTANCE");
+    EXPECT_FALSE(DBBase(true).GetAccountInfo("", "", log.c_str(), "WFEngine"));
+    EXPECT_EQ(told(), (Lines{message, message}));
+}
+
+TEST_F(AccountDiscovery, EachFailureLogsItsReasonThenTheDatabaseAsGiven) {
+    const struct {
+        const char *valueName, *text, *reason;
+    } cases[] = {{"sConnection", nullptr, "Error getting string key [sConnection] from registry.\n"},
+                 {"pACCESS", "no record", "Failed to decrypt username/password"},
+                 {"pACCESS", "", "Failed to decrypt username/password"},
+                 {"pACCESS", nullptr, "Error getting string key [pACCESS] from registry.\n"}};
+    for (const auto& c : cases) {
+        if (c.text != nullptr) installation.set("Database", c.valueName, c.text);
+        if (c.text == nullptr) installation.remove("Database", c.valueName);
+        EXPECT_FALSE(find(nullptr));
+        EXPECT_STREQ(db.getErrorMsg(), "GetDBUser failed for database []");
+        std::string logged;
+        for (const std::string& line : told()) logged += line;
+        std::string reason = c.reason;
+        if (reason.back() == '\n') reason.replace(reason.size() - 1, 1, "untimed: ");
+        EXPECT_EQ(logged, reason + "GetDBUser failed for database []");
+        installation.set("Database", "sConnection", "DSN");
+    }
+}
+
+TEST_F(AccountDiscovery, CredentialsThatDoNotFitTheirLayout) {
+    for (const char* text : {"00secret", "xx", "0", "-5abc"}) {
+        installation.set("Database", "pACCESS", support::SampleInstallation::encipheredCredentials(text));
+        std::string error;
+        EXPECT_FALSE(find("Dorvas"));
+        EXPECT_FALSE(db.GetDBUser("", "Dorvas", error));
+        EXPECT_EQ(error, "Failed to decrypt username/password") << text;
+    }
+    // A length beyond the text takes what is there; the run gets as far as the probe.
+    installation.set("Database", "pACCESS", support::SampleInstallation::encipheredCredentials("99sa"));
+    std::string error = "untouched";
+    EXPECT_FALSE(find("Dorvas"));
+    EXPECT_FALSE(db.GetDBUser("", "Dorvas", error));
+    EXPECT_EQ(error, "untouched");
+}
+
+TEST_F(AccountDiscovery, FailedProbeLeavesTheRegistrysTextAndTellsNoPassword) {
+    EXPECT_FALSE(find("Dorvas"));
+    EXPECT_STREQ(db.getErrorMsg(), "GetDBUser failed for database [Dorvas]");
+    EXPECT_EQ(told(), (Lines{"Error getting number key [nSQLAuthType] from registry.",
+                             "untimed: ", "GetDBUser failed for database [Dorvas]"}));
+    EXPECT_EQ(support::readFile(log).find("secret-word"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "DVUtilities/DBBase.h"
+#include "QueryToolCommand.h"
+#include "SampleInstallation.h"
+
+namespace {
+
+using support::logTexts;
+
+constexpr ToolLogin kSql = {"/opt/mssql-tools/bin/sqlcmd", "host,1433", "sa", "pass word", false};
+constexpr ToolLogin kWindows = {"/opt/mssql-tools/bin/sqlcmd", "host,1433", "sa", "pass word", true};
+constexpr ToolInput kInput = {"in.sql", "out.txt", "NQ2"};
+constexpr ToolInput kNoDatabase = {"in.sql", "out.txt", ""};
+
+TEST(QueryToolCommand, Lines) {
+    const std::string sql = "\"/opt/mssql-tools/bin/sqlcmd\" -b -S host,1433 -U sa -P \"pass word\" ";
+    const std::string windows = "\"/opt/mssql-tools/bin/sqlcmd\" -b -S host,1433 -E ";
+    const std::string files = "-i \"in.sql\" -o \"out.txt\" ";
+    const struct {
+        std::string actual, expected;
+    } cases[] = {
+        {fileCommand(kSql, kInput, true), sql + "-d NQ2 -m 1 " + files + "-s \"\t\" -W"},
+        {fileCommand(kWindows, kNoDatabase, false), windows + "-d Dorvas -m 0 " + files + "-s \"\t\" -W"},
+        {plainFileCommand(kSql, kInput),
+         "\"/opt/mssql-tools/bin/sqlcmd\" -n -b -S host,1433 -U sa -P \"pass word\" -d NQ2 " + files},
+        {plainFileCommand(kWindows, {"in.sql", "out.txt", nullptr}),
+         "\"/opt/mssql-tools/bin/sqlcmd\" -n -b -S host,1433 -E -d Dorvas " + files},
+        {scriptFileCommand(kSql, kInput, 14), sql + "-d NQ2 -u -m 1 " + files + "-s \"\t\" -y 0"},
+        {scriptFileCommand(kWindows, kNoDatabase, 1 | 16),
+         windows + "-d Dorvas  -m 0 " + files + "-s \"\t\" -W"},
+        {scriptStringCommand(kSql, {"SELECT 1", "out.txt", nullptr}, 0),
+         sql + "-d Dorvas  -m 0 -Q \"SELECT 1\" -o \"out.txt\" -s \"\t\" -W"},
+        {csvCommand(kWindows, kInput, ";"), windows + "-d NQ2 " + files + "-s \";\" -W"},
+        {csvCommand(kSql, kNoDatabase, nullptr), sql + "-d Dorvas " + files + "-s \",\" -W"},
+        // always with user and password, and no separator
+        {stringCommand(kWindows, {"SELECT 1", "out.txt", nullptr}),
+         "\"/opt/mssql-tools/bin/sqlcmd\" -b -w 4000 -S host,1433 -U sa -P \"pass word\" -d Dorvas -Q "
+         "\"SELECT 1\" "
+         "-o \"out.txt\""}};
+    for (const auto& c : cases) EXPECT_EQ(c.actual, c.expected);
+}
+
+TEST(QueryToolCommand, Cuts) {
+    const std::string longName(300, 'd');
+    const std::string longSql(5000, 'q');
+    EXPECT_EQ(stringCommand(kSql, {longSql.c_str(), "o", nullptr}).size(), 4095U);
+    const std::string cut = " -d " + std::string(255, 'd') + " ";
+    EXPECT_NE(stringCommand(kSql, {"q", "o", longName.c_str()}).find(cut), std::string::npos);
+    const std::string script = scriptStringCommand(kSql, {longSql.c_str(), "o", longName.c_str()}, 0);
+    EXPECT_NE(script.find(cut), std::string::npos);
+    EXPECT_NE(script.find(longSql), std::string::npos);
+    EXPECT_NE(scriptFileCommand(kSql, {"i", "o", longName.c_str()}, 0).find(longName), std::string::npos);
+}
+
+class QueryTool : public testing::Test {
+  protected:
+    // Nothing listens there: the tool ends with a failure.
+    QueryTool() { db.SetAccountInfo("127.0.0.1,1", "sa", "secret-word", log.c_str()); }
+
+    support::SampleInstallation installation;
+    const std::string log = installation.logFolder() / "db.log";
+    const std::string output = installation.tempFolder() / "output.txt";
+    DBBase db{true};
+};
+
+TEST_F(QueryTool, ProcessesSucceedByExitCodeZeroAlone) {
+    const std::string mark = installation.tempFolder() / "mark";
+    EXPECT_TRUE(db.StartProcess(("\"/usr/bin/touch\" \"" + mark + "\"").c_str(), 0xFFFFFFFFU));
+    EXPECT_TRUE(std::filesystem::exists(mark));
+    EXPECT_TRUE(db.StartProcess("/bin/true", 10'000));
+    EXPECT_FALSE(std::filesystem::exists(log));
+    EXPECT_FALSE(db.StartProcess("/no/such/program x", 10'000));  // never started: no line
+    EXPECT_FALSE(std::filesystem::exists(log));
+    EXPECT_FALSE(db.StartProcess("/bin/false", 10'000));
+    EXPECT_FALSE(db.StartProcess("/bin/sleep 60", 50));
+    EXPECT_EQ(logTexts(log), (std::vector<std::string>{"", ""}));  // the details are in the debug log
+    EXPECT_FALSE(db.StartProcess(nullptr, 10'000));
+    EXPECT_STREQ(db.getErrorMsg(), "");
+}
+
+TEST_F(QueryTool, RunnersTellAFailureEachInItsWords) {
+    support::writeFile(installation.folder("in.sql"), "SELECT 1\n");
+    const std::string input = installation.folder("in.sql");
+    const std::string said = "Failed to execute SQL Script";
+    EXPECT_FALSE(db.RunStringQuery("SELECT 1", output.c_str(), nullptr));
+    EXPECT_EQ(db.getErrorMsg(), said);
+    EXPECT_EQ(logTexts(log),
+              (std::vector<std::string>{"Using sqlExePath : /opt/mssql-tools/bin/sqlcmd", "", said}));
+    EXPECT_FALSE(db.RunFileQuery(input.c_str(), output.c_str(), "", true, true));
+    EXPECT_EQ(db.getErrorMsg(), said + "!");
+    EXPECT_FALSE(db.RunFileQuery_TS(input.c_str(), output.c_str(), "", 0));
+    EXPECT_FALSE(db.RunStringQuery_TS("SELECT 1", output.c_str(), nullptr, 0));
+    EXPECT_FALSE(db.generateCSVOutput(input.c_str(), output.c_str(), "", nullptr));
+    const auto lines = logTexts(log);
+    EXPECT_EQ(lines.size(), 11U) << "the tool's path is told once";
+    for (std::size_t i = 3; i < lines.size(); ++i) EXPECT_EQ(lines[i], i % 2 == 1 ? "" : said + "!");
+    EXPECT_EQ(support::readFile(log).find("secret-word"), std::string::npos);
+}
+
+TEST_F(QueryTool, OutputWithoutANameGoesToATemporaryFile) {
+    std::string before;
+    std::string after;
+    db.getTempFileName(before);
+    db.RunStringQuery("SELECT 1", nullptr, nullptr);
+    db.getTempFileName(after);
+    const std::string prefix = installation.tempFolder() / "sqlFile_";
+    EXPECT_EQ(before.substr(0, prefix.size()), prefix);
+    EXPECT_EQ(before.substr(before.size() - 4), ".txt");
+    std::vector<std::string> left;
+    for (const auto& entry : std::filesystem::directory_iterator(installation.tempFolder()))
+        left.push_back(entry.path());
+    ASSERT_EQ(left.size(), 1U);
+    EXPECT_LE(before, left[0]);
+    EXPECT_LE(left[0], after);
+}
+
+TEST_F(QueryTool, EntryPointsThatDoNothing) {
+    EXPECT_FALSE(db.createSQLFileAndExecute("SELECT 1", output.c_str(), "MASTER"));
+    EXPECT_FALSE(db.createSQLFileAndGenerateCSVOutput("SELECT 1", output.c_str(), "MASTER", ","));
+}
+
+}  // namespace

@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+
+#include "DVUtilities/DBBase.h"
+
+namespace {
+
+std::string replaced(const std::string& text, const char* find, const char* replacement) {
+    std::array<char, 256> buffer{};
+    text.copy(buffer.data(), buffer.size() - 1);
+    DBBase(true).ReplaceString(buffer.data(), find, replacement);
+    return buffer.data();
+}
+
+TEST(QuoteDoubling, StringFormDoublesEveryQuote) {
+    DBBase db(true);
+    for (const auto& [text, expected] : {std::pair<std::string, std::string>{"O'Brien", "O''Brien"},
+                                         {"'a'b'", "''a''b''"},
+                                         {"", ""},
+                                         {"none", "none"}}) {
+        std::string value = text;
+        db.fixTheString(value);
+        EXPECT_EQ(value, expected);
+    }
+}
+
+TEST(QuoteDoubling, BufferFormWorksOnTheLastQuoteAfterTheFirstPass) {
+    const struct {
+        const char *text, *expected;
+    } cases[] = {{"O'Brien", "O''Brien"},
+                 {"a'b'c", "a''b''c"},
+                 {"'a'b'", "''a'b'''"},  // the quote in the middle stays single
+                 {"''",
+                  "'''"
+                  "'"},
+                 {"none", "none"}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(replaced(c.text, "'", "''"), c.expected) << c.text;
+        std::array<char, 64> buffer{};
+        std::string(c.text).copy(buffer.data(), buffer.size());
+        DBBase(true).fixTheString(buffer.data());
+        EXPECT_STREQ(buffer.data(), c.expected);
+    }
+    DBBase(true).fixTheString(static_cast<char*>(nullptr));
+}
+
+TEST(QuoteDoubling, ReplacesAtMostTenOccurrences) {
+    EXPECT_EQ(replaced(std::string(12, 'x'), "x", "y"), "yyyyyyyyyyxx");
+    EXPECT_EQ(replaced("x-x-x-x-x-x-x-x-x-x-x-x", "x-", ""), "x-x");
+    EXPECT_EQ(replaced(std::string(12, '\''), "'", "''"), std::string(22, '\''));
+}
+
+TEST(QuoteDoubling, SearchNeverLooksBack) {
+    const struct {
+        const char *text, *find, *replacement, *expected;
+    } cases[] = {
+        {"aab", "ab", "x", "aab"},  // the mismatch swallowed the second a
+        {"ab-ab", "ab", "X", "X-X"},    {"abcabc", "abc", "xyz", "xyzxyz"}, {"aaaa", "aa", "b", "bb"},
+        {"abab", "ab", "qqa", "qqaab"},  // what is left is not found again
+        {"text", "", "x", "text"},      {"text", nullptr, nullptr, "text"}, {"text", "t", nullptr, "ex"}};
+    for (const auto& c : cases) EXPECT_EQ(replaced(c.text, c.find, c.replacement), c.expected) << c.text;
+}
+
+}  // namespace

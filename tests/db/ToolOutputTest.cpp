@@ -1,0 +1,77 @@
+#include "ToolOutput.h"
+
+#include <gtest/gtest.h>
+
+#include "DVUtilities/DBBase.h"
+#include "SampleInstallation.h"
+
+namespace {
+
+using Rows = std::vector<std::string>;
+using support::writeFile;
+
+class ToolOutput : public testing::Test {
+  protected:
+    bool parse(std::string path, Rows& rows, int count) {
+        return db.parseOutputFile(path.data(), rows, count);
+    }
+
+    support::TempDir folder;
+    const std::string file = folder / "output.txt";
+    DBBase db{true};
+};
+
+TEST_F(ToolOutput, Rows) {
+    const std::string heading = "name  size\n----- ----\n";
+    const struct {
+        std::string content;
+        int count;
+        Rows expected;
+    } cases[] = {{"", 1, {}},
+                 {"name", 1, {}},
+                 {heading + "\n(0 rows affected)\n", 2, {}},
+                 {heading + "a   b c  \n\n(1 rows affected)\n",
+                  2,
+                  {"a\x12"
+                   "b"}},
+                 {heading + "  a\nlast", 2, {"a\x12", "last\x12"}},  // fewer fields: a separator at the end
+                 {heading + "a b\n", 0, {"a"}},
+                 {heading + "   \nb\n", 1, {"", "b"}},
+                 {heading + std::string("a\0x b\n", 6), 2, {"a\x12"}},
+                 {heading + "\r\nb\n", 1, {"\r", "b"}}};
+    for (const auto& c : cases) {
+        writeFile(file, c.content);
+        Rows rows = {"kept"};
+        EXPECT_TRUE(parse(file, rows, c.count));
+        EXPECT_EQ(Rows(rows.begin() + 1, rows.end()), c.expected) << c.content;
+    }
+}
+
+TEST_F(ToolOutput, LinesThatLieAcrossBlocks) {
+    std::string content = "h\n-\n";
+    Rows expected;
+    for (int i = 0; i < 60; ++i) {
+        expected.push_back(std::to_string(i) + "\x12" +
+                           std::string(20000 + static_cast<std::size_t>(i), 'x'));
+        content +=
+            std::to_string(i) + " " + expected.back().substr(expected.back().find('\x12') + 1) + " dropped\n";
+    }
+    writeFile(file, content);
+    Rows rows;
+    ASSERT_TRUE(parse(file, rows, 2));
+    EXPECT_EQ(rows, expected);
+}
+
+TEST_F(ToolOutput, FileThatCannotBeRead) {
+    const std::string log = folder / "db.log";
+    db.SetAccountInfo("", "", "", log.c_str());
+    Rows rows;
+    for (const std::string& path : {std::string("/no/such/file"), folder.path().string()}) {
+        EXPECT_FALSE(parse(path, rows, 1));
+        EXPECT_EQ(db.getErrorMsg(), "Unable to open file: " + path + " !");
+        EXPECT_EQ(support::logTexts(log).back(), db.getErrorMsg());
+    }
+    EXPECT_FALSE(db.parseOutputFile(nullptr, rows, 1));
+}
+
+}  // namespace
