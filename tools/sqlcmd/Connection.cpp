@@ -38,9 +38,14 @@ std::string serverAttributes(const ServerName& server, bool freeTds) {
            (port.empty() ? "" : "," + port) + ";";
 }
 
+// ODBC takes an integer attribute in the place of a pointer.
+SQLPOINTER attributeValue(SQLULEN value) {
+    return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr)
+}
+
 void setTimeout(SQLHDBC connection, int seconds) {
     SQLSetConnectAttr(connection, SQL_ATTR_LOGIN_TIMEOUT,
-                      reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(seconds)), SQL_IS_UINTEGER);
+                      attributeValue(seconds), SQL_IS_UINTEGER);
 }
 
 }  // namespace
@@ -64,7 +69,7 @@ Handle::Handle(SQLSMALLINT type, SQLHANDLE parent, DriverFunctions functions)
     : m_functions(functions), m_type(type) {
     if (!SQL_SUCCEEDED(m_functions.allocHandle(type, parent, &m_handle))) throw std::bad_alloc();
     if (type == SQL_HANDLE_ENV)
-        SQLSetEnvAttr(m_handle, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQLULEN{SQL_OV_ODBC3}),
+        SQLSetEnvAttr(m_handle, SQL_ATTR_ODBC_VERSION, attributeValue(SQL_OV_ODBC3),
                       0);
 }
 
@@ -110,7 +115,7 @@ Statement::Statement(const Connection& connection)
       m_handle(SQL_HANDLE_STMT, connection.driver().connection, m_functions) {
     if (connection.queryTimeout() > 0)
         m_functions.setStmtAttr(m_handle.get(), SQL_ATTR_QUERY_TIMEOUT,
-                                reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(connection.queryTimeout())),
+                                attributeValue(connection.queryTimeout()),
                                 0);
 }
 

@@ -22,7 +22,7 @@ std::size_t filledLength(const std::vector<char>& piece) {
 
 }  // namespace
 
-ResultPrinter::ResultPrinter(const Statement& statement, const Layout& layout, const ResultMode& mode,
+ResultPrinter::ResultPrinter(Statement& statement, const Layout& layout, const ResultMode& mode,
                              Output& output, MessagePrinter& messages)
     : m_statement(statement),
       m_layout(layout),
@@ -60,17 +60,16 @@ void ResultPrinter::bind(SQLUSMALLINT number, Cell& cell) {
                                     static_cast<SQLLEN>(cell.buffer.size()), &cell.length);
 }
 
-SQLRETURN ResultPrinter::print(Statement& statement) {
-    const bool withHeading = m_layout.withHeading && m_layout.rowsPerHeading >= 0 && !m_mode.xml;
-    if (withHeading) printHeading();
+SQLRETURN ResultPrinter::print() {
+    if (isHeadingDue(0)) printHeading();
     SQLRETURN code;
-    for (long long row = 0; SQL_SUCCEEDED(code = statement.fetch()); ++row) {
-        if (code == SQL_SUCCESS_WITH_INFO) m_messages.print(statement.diagnostics());
+    for (long long row = 0; SQL_SUCCEEDED(code = m_statement.fetch()); ++row) {
+        if (code == SQL_SUCCESS_WITH_INFO) m_messages.print(m_statement.diagnostics());
         if (m_mode.xml) {
             printXmlRow();
             continue;
         }
-        if (withHeading && row > 0 && m_layout.rowsPerHeading > 0 && row % m_layout.rowsPerHeading == 0) {
+        if (row > 0 && isHeadingDue(row)) {
             m_output.write("\n");
             printHeading();
         }
@@ -78,6 +77,11 @@ SQLRETURN ResultPrinter::print(Statement& statement) {
     }
     if (m_mode.xml) m_output.write("\n");
     return code;
+}
+
+bool ResultPrinter::isHeadingDue(long long row) const {
+    if (m_mode.xml || !m_layout.withHeading || m_layout.rowsPerHeading < 0) return false;
+    return row == 0 || (m_layout.rowsPerHeading > 0 && row % m_layout.rowsPerHeading == 0);
 }
 
 void ResultPrinter::printHeading() {

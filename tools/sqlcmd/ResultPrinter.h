@@ -20,11 +20,11 @@ struct ResultMode {
 
 class ResultPrinter {
   public:
-    ResultPrinter(const Statement& statement, const Layout& layout, const ResultMode& mode, Output& output,
+    ResultPrinter(Statement& statement, const Layout& layout, const ResultMode& mode, Output& output,
                   MessagePrinter& messages);
 
     // Prints all rows. The return code of the fetch that ended them: SQL_NO_DATA, or an error.
-    SQLRETURN print(Statement& statement);
+    SQLRETURN print();
 
   private:
     // Bound columns have a buffer that each fetch fills. From the first long column on nothing is bound: a
@@ -39,13 +39,14 @@ class ResultPrinter {
     void bind(SQLUSMALLINT number, Cell& cell);
     void printHeading();
     void printRow();
+    bool isHeadingDue(long long row) const;
     void printXmlRow();
     void readValue(SQLUSMALLINT number, Cell& cell, std::string& text);
     SQLRETURN readPieces(SQLUSMALLINT number, std::string& text, std::size_t enough);
     void appendCell(const ColumnFormat& format);
     void endLine();
 
-    const Statement& m_statement;
+    Statement& m_statement;
     const Layout& m_layout;
     ResultMode m_mode;
     Output& m_output;
