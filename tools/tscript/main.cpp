@@ -4,7 +4,6 @@
 #include <exception>
 
 #include "Commands.h"
-#include "Console.h"
 #include "Suggestion.h"
 
 namespace {
@@ -26,8 +25,8 @@ constexpr void (*kFamilies[])(CLI::App&, Action&) = {
 };
 
 int fail(ExitCode code, const std::string& what, const std::string& advice) {
-    writeNote("tscript: " + what);
-    writeNote(advice);
+    std::fprintf(stderr, "tscript: %s\n", what.c_str());
+    if (!advice.empty()) std::fprintf(stderr, "%s\n", advice.c_str());
     return static_cast<int>(code);
 }
 
