@@ -181,14 +181,8 @@ Typed wordArgument(std::string_view word) {
 }
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
-    Typed result = value;
-    result.type = to;
-    if (value.nullLiteral) return result;
-    if (!style && sameForm(value.type, to)) {
-        if (!isInteger(to.id)) result.integer.reset();
-        return result;
-    }
-    result.integer.reset();
+    Typed result{value.sql, to, false, {}, {}};  // what is cast is no literal any more: its type is fixed
+    if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
     const std::string styleSql =
         style ? coerce(*style, simpleType(TypeId::Int)).sql : std::to_string(kNoStyle);
     result.sql = std::string(kind == Conversion::Try ? "ts_try_convert(" : "ts_convert(") + value.sql + "," +
@@ -197,7 +191,10 @@ Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Con
 }
 
 Typed coerce(const Typed& value, const SqlType& to) {
-    return emitConvert(value, to, nullptr, Conversion::Cast);
+    Typed result = emitConvert(value, to, nullptr, Conversion::Cast);
+    result.nullLiteral = value.nullLiteral;
+    if (isInteger(to.id) && sameForm(value.type, to)) result.integer = value.integer;
+    return result;
 }
 
 Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column) {
@@ -229,8 +226,9 @@ Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
     const Typed left = withPartnersType(leftPiece, rightPiece),
                 right = withPartnersType(rightPiece, leftPiece);
     const bool bits = op >= BinaryOp::BitAnd;
-    const SqlType type = bits ? operatorType(op, left.type, right.type)
-                              : operatorType(op, operandType(left, right.type), operandType(right, left.type));
+    const SqlType type = bits
+                             ? operatorType(op, left.type, right.type)
+                             : operatorType(op, operandType(left, right.type), operandType(right, left.type));
     if (isText(type.id)) return {"(" + left.sql + " || " + right.sql + ")", type, false, {}, {}};
     if (isBinary(type.id))
         return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type, false, {}, {}};

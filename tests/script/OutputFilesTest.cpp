@@ -71,6 +71,8 @@ TEST(OutputReader, LosesNoByte) {
 }
 
 struct Attempts {
+    explicit Attempts(std::vector<std::string> givenPaths) : paths(std::move(givenPaths)) {}
+
     std::vector<std::string> paths;  // given in turn, the last one again and again
     std::size_t asked = 0;
     int failures = 0;
@@ -88,7 +90,7 @@ TEST(UniqueFile, PassesOverWhatExistsAndFollowsNoLink) {
     const support::TempDir folder;
     support::writeFile(folder / "taken", "mine");
     fs::create_symlink(folder / "nowhere", folder / "link");
-    Attempts attempts{{folder / "taken", folder / "link", folder / "new"}};
+    Attempts attempts({folder / "taken", folder / "link", folder / "new"});
     const mode_t mask = umask(0);
     EXPECT_TRUE(attempts.create(O_WRONLY));
     umask(mask);
@@ -104,7 +106,7 @@ TEST(UniqueFile, GivesUpAfterAHundredAttempts) {
     const support::TempDir folder;
     support::writeFile(folder / "taken", "");
     for (const auto& [path, failures] : {std::pair{folder / "taken", 0}, {folder / "absent" / "x", 100}}) {
-        Attempts attempts{{path}};
+        Attempts attempts({path});
         EXPECT_FALSE(attempts.create(O_RDONLY));
         EXPECT_EQ(attempts.asked, 100U);
         EXPECT_EQ(attempts.failures, failures);

@@ -133,6 +133,7 @@ TEST(Functions, Calls) {
         {"ISNULL", {null, n("5")}, "int: 5"},
         {"ISNULL", {t("ab"), t("long")}, "varchar(2): ab"},
         {"COALESCE", {null, n("1"), n("2.5")}, "decimal(11,1): 1.0"},
+        {"COALESCE", {emitConvert(null, kDate, nullptr, Conversion::Cast), null}, "date: NULL"},
         {"NULLIF", {t("a"), t("A ")}, "varchar(1): NULL"},
         {"CHOOSE", {n("2"), t("a"), t("bc")}, "varchar(2): bc"},
         {"ISNUMERIC", {t("1.5e3")}, "int: 1"},

@@ -16,7 +16,9 @@ enum DriverField : SQLSMALLINT {
     kLine = -1154
 };
 
-constexpr int kErrorSeverity = 16;  // of a driver's own error
+constexpr std::string_view kInformation = "01000";  // the SQLSTATE of PRINT and the like
+constexpr int kOwnLine = 65535;                     // FreeTDS marks so what it says itself
+constexpr int kErrorSeverity = 16;                  // of a driver's own error
 constexpr int kDisconnectSeverity = 20;
 constexpr SQLSMALLINT kMaxText = 32766;  // bytes that one record can hold
 
@@ -89,21 +91,31 @@ bool startsWithAny(std::string_view text, std::initializer_list<std::string_view
     return false;
 }
 
+// A server's message has a line. Where a driver gives none, the SQLSTATE tells.
+bool comesFromServer(const Diagnostic& diagnostic) {
+    if (diagnostic.line != 0) return diagnostic.line != kOwnLine;
+    if (diagnostic.sqlState == kInformation) return true;
+    return diagnostic.number > 0 && !startsWithAny(diagnostic.sqlState, {"01", "08", "HY", "IM"});
+}
+
+// A driver's own warnings, of a value that was cut for one, are no messages.
+int severityOfDriver(const Diagnostic& diagnostic) {
+    if (diagnostic.sqlState.starts_with("08")) return kDisconnectSeverity;
+    return diagnostic.line != kOwnLine && diagnostic.sqlState.starts_with("01") ? 0 : kErrorSeverity;
+}
+
 void complete(Diagnostic& diagnostic, const Record& record) {
     splitNames(diagnostic);
-    const bool informational = diagnostic.sqlState == "01000";
     diagnostic.line = record.integer(kLine).value_or(0);
-    diagnostic.fromServer =
-        diagnostic.line > 0 || informational ||
-        (diagnostic.number > 0 && !startsWithAny(diagnostic.sqlState, {"01", "08", "HY", "IM"}));
+    diagnostic.fromServer = comesFromServer(diagnostic);
     if (!diagnostic.fromServer) {
-        if (diagnostic.sqlState.starts_with("01")) return;  // a driver's warning, of a value that was cut
-        diagnostic.severity = diagnostic.sqlState.starts_with("08") ? kDisconnectSeverity : kErrorSeverity;
+        diagnostic.severity = severityOfDriver(diagnostic);
         return;
     }
     const auto severity = record.integer(kSeverity);
     const auto state = record.integer(kState);
-    diagnostic.severity = severity ? *severity : state.value_or(informational ? 0 : kErrorSeverity);
+    diagnostic.severity =
+        severity ? *severity : state.value_or(diagnostic.sqlState == kInformation ? 0 : kErrorSeverity);
     if (severity) diagnostic.state = state.value_or(1);
     diagnostic.procedure = record.text(kProcedure);
     diagnostic.server = record.text(kServer);

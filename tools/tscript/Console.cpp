@@ -3,6 +3,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -71,5 +72,7 @@ void writeResult(std::string_view text) {
 }
 
 void writeNote(const std::string& text) {
-    std::fprintf(stderr, "%s\n", text.c_str());
+    const std::size_t begin = std::min(text.find_first_not_of('\n'), text.size());
+    const std::size_t end = text.find_last_not_of('\n') + 1;
+    if (begin < end) std::fprintf(stderr, "%s\n", text.substr(begin, end - begin).c_str());
 }

@@ -12,5 +12,5 @@ Secret readSecret(const std::string& prompt, std::size_t maximum);
 
 // A result, on standard output, with a line break at its end.
 void writeResult(std::string_view text);
-// A line about the work, on standard error.
+// A text about the work, on standard error, without the line breaks around it.
 void writeNote(const std::string& text);

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "Commands.h"
+#include "Console.h"
 #include "Suggestion.h"
 
 namespace {
@@ -25,8 +26,8 @@ constexpr void (*kFamilies[])(CLI::App&, Action&) = {
 };
 
 int fail(ExitCode code, const std::string& what, const std::string& advice) {
-    std::fprintf(stderr, "tscript: %s\n", what.c_str());
-    if (!advice.empty()) std::fprintf(stderr, "%s\n", advice.c_str());
+    writeNote("tscript: " + what);
+    writeNote(advice);
     return static_cast<int>(code);
 }
 
