@@ -27,7 +27,8 @@ DVU_EXPORT bool GetNetHostName(const char* instance, char* hostName, std::string
 // a null buffer.
 DVU_EXPORT bool GetInstanceName(char* instanceName);
 
-// The computer's name, as gethostname(2) gives it, into `*size` bytes; `*size` is not updated.
+// The computer's name, as gethostname(2) gives it, into `*size` bytes; `*size` is not updated. False when it
+// does not fit.
 DVU_EXPORT bool DVUtil_GetComputerName(char* name, unsigned int* size);
 
 // The path of a loaded module. It is not available on this platform: 0, and nothing is written.
@@ -66,7 +67,9 @@ DVU_EXPORT int DVUtilities_fopen_s(FILE** stream, const char* path, const char* 
 
 // Encipher a text file line by line with the platform's cipher, or decipher it. The target is created or
 // truncated; after a failure it keeps the lines written so far and removing it is the caller's business.
-// Null paths: false, `errorText` unchanged.
+// `errorText` names the file that cannot be opened, read or written, or the cipher's error number
+// (VTPassword::Error). Null paths: false, `errorText` unchanged. Lines of fewer than two bytes are skipped;
+// longer ones than 509 (enciphering) or 2,046 bytes (deciphering) are handled in pieces of that size.
 DVU_EXPORT bool EncryptFile(const char* sourceFile, const char* targetFile, std::string& errorText);
 DVU_EXPORT bool DecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText);
 DVU_EXPORT bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText,

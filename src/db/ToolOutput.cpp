@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 constexpr int kHeadingLines = 2;  // the column names and the line of dashes
 constexpr char kBlank = ' ';
 

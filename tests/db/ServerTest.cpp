@@ -1,0 +1,267 @@
+// The direct connection, the query tool and server maintenance against a running server.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string>
+
+#include "DVUtilities/DBBase.h"
+#include "SampleInstallation.h"
+#include "TsqlBox.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using support::logTexts;
+using support::readFile;
+
+class Server : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        s_box = new support::TsqlBox;
+        support::SampleInstallation::loadSchema(*s_box);
+    }
+    static void TearDownTestSuite() { delete s_box; }
+
+    Server() {
+        installation.useServer(*s_box);
+        db.SetAccountInfo(s_box->server().c_str(), s_box->login().c_str(), s_box->password().c_str(),
+                          log.c_str());
+    }
+    bool find(DBBase& base, const char* dbName = "Dorvas") {
+        return base.GetAccountInfo("MainHost", "Instance001", log.c_str(), dbName);
+    }
+    std::string lastLine() { return logTexts(log).back(); }
+
+    static inline support::TsqlBox* s_box = nullptr;
+    support::SampleInstallation installation;
+    const std::string log = installation.logFolder() / "db.log";
+    const std::string output = installation.tempFolder() / "output.txt";
+    DBBase db{true};
+};
+
+TEST_F(Server, DiscoveryConnectsAndSaysSo) {
+    DBBase found(true);
+    ASSERT_TRUE(find(found, "dorvas")) << found.getErrorMsg();
+    EXPECT_STREQ(found.getErrorMsg(), "Successfully connected to database [dorvas] _DSN[DSN_Connection].");
+    EXPECT_EQ(lastLine(), found.getErrorMsg());
+    // Flags stay: with two of them set, the server is the first kind's and the data source the second's.
+    ASSERT_TRUE(find(found, "NQ2")) << found.getErrorMsg();
+    EXPECT_STREQ(found.getErrorMsg(), "Successfully connected to database [NQ2] _DSN[DSN_NQ2CONNECTION].");
+    EXPECT_EQ(readFile(log).find(s_box->password()), std::string::npos);
+}
+
+TEST_F(Server, WindowsAuthenticationIsAskedForByDatabaseFirst) {
+    // With it, neither user nor password goes to the server, which refuses: a failed probe tells that it was
+    // on.
+    const struct {
+        long long own, general;
+        bool windows;
+    } cases[] = {{1, 0, true}, {0, 1, false}, {-1, 1, true}, {-1, 0, false}, {2, 1, false}};
+    for (const auto& c : cases) {
+        installation.set("Database", "nSQLAuthType", c.general);
+        installation.set("Database", "nSQLAuthType_Dorvas", c.own);
+        if (c.own < 0) installation.remove("Database", "nSQLAuthType_Dorvas");
+        DBBase found(true);
+        EXPECT_EQ(find(found), !c.windows) << c.own << " " << c.general;
+    }
+}
+
+TEST_F(Server, SingleValues) {
+    ASSERT_TRUE(find(db));
+    int number = 0;
+    std::array<char, 64> text{};
+    std::array<wchar_t, 64> wide{};
+    EXPECT_TRUE(db.GetDBValueInt("SELECT 42, 7", number));
+    EXPECT_EQ(number, 42);
+    EXPECT_TRUE(db.GetDBValueStr(reinterpret_cast<const unsigned char*>("SELECT N'\xC3\xA4\xE2\x82\xAC'"),
+                                 text.data()));
+    EXPECT_STREQ(text.data(), "\xC3\xA4\xE2\x82\xAC");
+    EXPECT_TRUE(db.GetDBValueStr("SELECT N'\xC3\xA4\xE2\x82\xAC'", wide.data()));
+    EXPECT_STREQ(wide.data(), L"\u00E4\u20AC");
+    EXPECT_TRUE(db.GetDBValueStr("SELECT NULL", text.data()));
+    EXPECT_STREQ(text.data(), "");
+    EXPECT_TRUE(db.SetDBValue("DECLARE @x int"));
+    EXPECT_FALSE(db.ExecuteQuery("SELECT 1")) << "the connection is closed";
+
+    for (const char* sql :
+         {"SELECT -1", "SELECT id FROM ZPDBVersions WHERE 1 = 0", "SELECT * FROM nowhere"}) {
+        number = 0;
+        EXPECT_FALSE(db.GetDBValueInt(sql, number)) << sql;
+        EXPECT_EQ(number, -1);
+    }
+}
+
+TEST_F(Server, FailedReadLeavesTheConnectionOpen) {
+    ASSERT_TRUE(find(db));
+    std::array<char, 64> text{};
+    EXPECT_FALSE(db.GetDBValueStr("SELECT * FROM nowhere", text.data()));
+    EXPECT_TRUE(db.ExecuteQuery("DECLARE @x int"));
+    db.Close();
+    EXPECT_FALSE(db.SetDBValue("SELECT * FROM nowhere"));
+    EXPECT_TRUE(db.ExecuteQuery("DECLARE @x int"));
+    int number = 0;
+    EXPECT_FALSE(db.GetDBValueInt("SELECT * FROM nowhere", number));
+    EXPECT_FALSE(db.ExecuteQuery("DECLARE @x int")) << "this one closes";
+}
+
+TEST_F(Server, Lists) {
+    ASSERT_TRUE(find(db));
+    const char* three = "SELECT 1, 10, 'O''Brien' UNION ALL SELECT 2, 20, '100%%' ORDER BY 1";
+    const char* two = "SELECT 1, 'O''Brien' UNION ALL SELECT 2, 'x' ORDER BY 1";
+    Lines rows = {"old"};
+    EXPECT_TRUE(db.GetDBValueList(three, rows, 3));
+    EXPECT_EQ(rows, (Lines{"1\x12"
+                           "10\x12"
+                           "O'Brien",
+                           "2\x12"
+                           "20\x12"
+                           "100%%"}));
+    std::vector<int> numbers;
+    EXPECT_TRUE(db.GetDBValueIntList(three, numbers));
+    EXPECT_EQ(numbers, (std::vector<int>{1, 2}));
+    std::vector<IdId_t> pairs;
+    EXPECT_TRUE(db.GetDBValueIntIntList(three, pairs));
+    EXPECT_EQ(pairs.at(1).id2, 20);
+    std::vector<IdIdName_t> triples;
+    EXPECT_TRUE(db.GetDBValueIdIdNameList(three, triples));
+    EXPECT_EQ(triples.at(0).name, "O'Brien");
+    EXPECT_EQ(triples.at(1).name, "100%");
+    std::vector<IdNameItem_t> names;
+    EXPECT_TRUE(db.GetDBValueIdName(two, names));
+    EXPECT_EQ(names.at(0).name, "O''Brien");
+    EXPECT_EQ(names.at(1).id, 2);
+
+    EXPECT_TRUE(db.GetDBValueList("SELECT id FROM ZPDBVersions WHERE 1 = 0", rows, 1));
+    EXPECT_TRUE(rows.empty());
+}
+
+TEST_F(Server, FailedStatementIsToldByTwoListsAndNotByThree) {
+    ASSERT_TRUE(find(db));
+    const char* sql = "SELECT * FROM nowhere";
+    Lines rows;
+    std::vector<int> numbers = {1};
+    std::vector<IdId_t> pairs(1);
+    std::vector<IdIdName_t> triples(1);
+    std::vector<IdNameItem_t> names(1);
+    EXPECT_FALSE(db.GetDBValueList(sql, rows, 1));
+    EXPECT_FALSE(db.GetDBValueIdName(sql, names));
+    EXPECT_TRUE(db.GetDBValueIntList(sql, numbers));
+    EXPECT_TRUE(db.GetDBValueIntIntList(sql, pairs));
+    EXPECT_TRUE(db.GetDBValueIdIdNameList(sql, triples));
+    EXPECT_EQ(numbers.size() + pairs.size() + triples.size() + names.size(), 0U);
+}
+
+TEST_F(Server, RunnersWriteTheToolsOutput) {
+    const std::string input = installation.folder("in.sql");
+    support::writeFile(input, "SELECT 1 AS a, 'x y' AS b\n");
+    const char* database = "dorvas";
+    ASSERT_TRUE(db.RunStringQuery("SELECT 'one' AS a, 'two' AS b", output.c_str(), database))
+        << db.getErrorMsg();
+    Lines rows;
+    std::string name = output;
+    ASSERT_TRUE(db.parseOutputFile(name.data(), rows, 2));
+    EXPECT_EQ(rows, Lines{"one\x12"
+                          "two"});
+    ASSERT_TRUE(db.RunFileQuery_TS(input.c_str(), output.c_str(), database, 0));
+    EXPECT_NE(readFile(output).find("1\tx y\n"), std::string::npos);
+    ASSERT_TRUE(db.RunStringQuery_TS("SELECT 5 AS a", output.c_str(), database, 8));
+    EXPECT_NE(readFile(output).find(std::string("5\0", 2)), std::string::npos);
+    ASSERT_TRUE(db.generateCSVOutput(input.c_str(), output.c_str(), database, nullptr));
+    EXPECT_NE(readFile(output).find("1,x y\n"), std::string::npos);
+    ASSERT_TRUE(db.RunFileQuery(input.c_str(), output.c_str(), database, true, true));
+    EXPECT_NE(readFile(output).find("1\tx y\n"), std::string::npos);
+    ASSERT_TRUE(db.RunFileQuery(input.c_str(), output.c_str(), database, false, false));
+    EXPECT_FALSE(db.RunStringQuery("SELECT * FROM nowhere", output.c_str(), database));
+    EXPECT_NE(readFile(output).find("nowhere"), std::string::npos);
+}
+
+TEST_F(Server, Maintenance) {
+    Lines names = db.getDBList();
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Lines{"dorvas", "nq2"}));
+    EXPECT_GE(std::stoi(db.checkSQLServerProductVersion()), 8);
+
+    const std::string directory = installation.folder("home").string();
+    std::array<char, 11> days{};
+    std::array<char, 21> date{};
+    ASSERT_TRUE(db.backUpDB("x.bak", directory.c_str(), "dorvas")) << db.getErrorMsg() << readFile(log);
+    EXPECT_STREQ(db.getErrorMsg(), "Backed-Up the Database [dorvas] as x.bak.");
+    EXPECT_EQ(lastLine(), db.getErrorMsg());
+    EXPECT_TRUE(std::filesystem::exists(directory + "/x.bak"));
+    ASSERT_TRUE(db.getLastBackUpInfo("dorvas", days.data(), date.data())) << db.getErrorMsg();
+    EXPECT_STREQ(days.data(), "0");
+    EXPECT_EQ(std::string(date.data()).size(), 20U);
+    EXPECT_EQ(db.getErrorMsg(), std::string("Last backup of database[dorvas] taken on ") + date.data() +
+                                    ". Days since last backup [0].");
+
+    const std::string backup = directory + "/x.bak";
+    EXPECT_FALSE(db.restoreDB(backup.c_str(), "/data/", "copy"));
+    EXPECT_EQ(db.getErrorMsg(),
+              "Failed to execute Database Restore Command [RESTORE DATABASE copy FROM DISK = '" + backup +
+                  "' WITH RECOVERY, REPLACE,  MOVE 'dorvas' TO '/data/dorvas',  MOVE 'dorvas_log' TO "
+                  "'/data/dorvas_log'].");
+    EXPECT_EQ(db.getDBList().size(), 2U) << "the statement is not run";
+    std::string error;
+    EXPECT_FALSE(RestoreDatabase(backup.c_str(), "/data/", "copy", s_box->server().c_str(),
+                                 s_box->login().c_str(), s_box->password().c_str(), log.c_str(), error));
+    EXPECT_EQ(error.substr(0, 43), "Failed to execute Database Restore Command ");
+}
+
+TEST_F(Server, MaintenanceFailures) {
+    EXPECT_FALSE(db.backUpDB("x.bak", "/no/such/folder", "dorvas"));
+    EXPECT_STREQ(db.getErrorMsg(),
+                 "Failed to execute DB query [BACKUP DATABASE dorvas \t\t\t\t\t\t\n TO DISK = "
+                 "'/no/such/folder/x.bak' ].");
+    EXPECT_NE(readFile(log).find("Msg 3201"), std::string::npos) << "the tool's output goes into the log";
+    std::array<char, 64> text{};
+    EXPECT_FALSE(db.getLastBackUpInfo("O'Brien", text.data(), text.data()));
+    EXPECT_EQ(std::string(db.getErrorMsg()).substr(0, 28), "Failed to execute DB query [");
+    EXPECT_FALSE(db.restoreDB("/no/such/x.bak", "/data/", "copy"));
+    EXPECT_STREQ(db.getErrorMsg(),
+                 "Failed to execute DB query [RESTORE FILELISTONLY FROM DISK = '/no/such/x.bak'].");
+
+    const support::TsqlBox empty;
+    const auto list = [&](const std::string& password, std::string& error) {
+        Lines names;
+        return GetDatabaseList(empty.server().c_str(), empty.login().c_str(), password.c_str(), log.c_str(),
+                               error, names);
+    };
+    const std::string statement =
+        "SELECT name FROM master..sysdatabases WHERE name NOT IN ('master', 'tempdb', 'model', 'msdb', "
+        "'Northwind', "
+        "'pubs')";
+    std::string error;
+    EXPECT_FALSE(list(empty.password(), error));
+    EXPECT_EQ(error, "Failed to parse resultset for DB query [" + statement + "].");
+    EXPECT_FALSE(list("wrong", error));
+    EXPECT_EQ(error, "Failed to execute DB query [" + statement + "].");
+    DBBase nobody(true);
+    nobody.SetAccountInfo(empty.server().c_str(), "sa", "wrong", log.c_str());
+    EXPECT_EQ(nobody.checkSQLServerProductVersion(), "-1");
+}
+
+TEST_F(Server, TemporaryFilesThatStayAndThatGo) {
+    const auto left = [&] {
+        const std::filesystem::directory_iterator entries(installation.tempFolder());
+        const auto count = std::distance(begin(entries), end(entries));
+        for (const auto& entry : std::filesystem::directory_iterator(installation.tempFolder()))
+            std::filesystem::remove(entry);
+        return count;
+    };
+    std::array<char, 64> text{};
+    db.backUpDB("x.bak", installation.homeFolder().c_str(), "dorvas");
+    db.backUpDB("x.bak", "/no/such", "dorvas");
+    db.restoreDB("/no/such/x.bak", "/", "copy");
+    db.getLastBackUpInfo("dorvas", text.data(), text.data());
+    EXPECT_EQ(left(), 0);
+    db.getDBList();
+    EXPECT_EQ(left(), 1);
+    db.checkSQLServerProductVersion();
+    EXPECT_EQ(left(), 1);
+    db.getLastBackUpInfo("O'Brien", text.data(), text.data());
+    EXPECT_EQ(left(), 1);
+}
+
+}  // namespace
