@@ -24,9 +24,10 @@ namespace tsql {
 struct Typed {
     std::string sql;
     SqlType type;
-    bool nullLiteral = false;             // the literal NULL: takes the type of its partner
-    std::optional<std::int64_t> integer;  // the value of an integer literal: lengths and styles come from it
-    std::string word;                     // a bare name in place of a value: a date part, the * of COUNT(*)
+    bool nullLiteral = false;  // the literal NULL: takes the type of its partner
+    std::optional<std::int64_t> integer =
+        {};                 // the value of an integer literal: lengths and styles come from it
+    std::string word = {};  // a bare name in place of a value: a date part, the * of COUNT(*)
 };
 
 Typed nullLiteral();

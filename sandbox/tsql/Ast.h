@@ -1,0 +1,381 @@
+// The syntax tree of a batch: expressions, queries, statements. Every node owns its children.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "Functions.h"
+
+namespace tsql::ast {
+
+struct Expr;
+struct Query;
+struct Statement;
+using ExprPtr = std::unique_ptr<Expr>;
+using QueryPtr = std::unique_ptr<Query>;
+using StatementPtr = std::unique_ptr<Statement>;
+
+// server is refused by the parser; `database..name` leaves schema empty.
+struct ObjectName {
+    std::string database;
+    std::string schema;
+    std::string name;
+    int line = 1;
+};
+
+// ---- expressions: values ---------------------------------------------------------------------------------
+struct Literal {
+    Typed value;
+};
+struct VariableRef {
+    std::string name;  // "@x", or "@@x" for a global one
+};
+struct ColumnRef {
+    std::vector<std::string> path;  // [database .] [schema .] [table .] column
+};
+struct Negate {
+    ExprPtr operand;
+};
+struct BitNot {
+    ExprPtr operand;
+};
+struct Binary {
+    BinaryOp op;
+    ExprPtr left, right;
+};
+struct Case {
+    ExprPtr input;  // null in a searched CASE
+    std::vector<std::pair<ExprPtr, ExprPtr>> branches;
+    ExprPtr otherwise;  // may be null
+};
+struct Cast {
+    ExprPtr operand;
+    SqlType type;
+    ExprPtr style;  // may be null
+    Conversion kind = Conversion::Cast;
+};
+struct Call {
+    ObjectName name;
+    std::vector<ExprPtr> arguments;
+    bool distinct = false;
+    bool star = false;  // COUNT(*)
+};
+struct ScalarQuery {
+    QueryPtr query;
+};
+struct Collate {
+    ExprPtr operand;
+};
+
+// ---- expressions: conditions -----------------------------------------------------------------------------
+struct Compare {
+    CompareOp op;
+    ExprPtr left, right;
+};
+struct Logic {
+    bool isAnd;
+    ExprPtr left, right;
+};
+struct Not {
+    ExprPtr operand;
+};
+struct IsNull {
+    ExprPtr operand;
+    bool negated;
+};
+struct Between {
+    ExprPtr operand, low, high;
+    bool negated;
+};
+struct InList {
+    ExprPtr operand;
+    std::vector<ExprPtr> items;
+    bool negated;
+};
+struct InQuery {
+    ExprPtr operand;
+    QueryPtr query;
+    bool negated;
+};
+struct Like {
+    ExprPtr operand, pattern, escape;
+    bool negated;
+};
+struct Exists {
+    QueryPtr query;
+};
+
+struct Expr {
+    using Node =
+        std::variant<Literal, VariableRef, ColumnRef, Negate, BitNot, Binary, Case, Cast, Call, ScalarQuery,
+                     Collate, Compare, Logic, Not, IsNull, Between, InList, InQuery, Like, Exists>;
+    static constexpr std::size_t kFirstCondition = 11;  // Compare and what follows it
+
+    int line = 1;
+    Node node;
+    bool isCondition() const { return node.index() >= kFirstCondition; }
+};
+
+// ---- queries ---------------------------------------------------------------------------------------------
+struct TableRef;
+using TableRefPtr = std::unique_ptr<TableRef>;
+struct NamedTable {
+    ObjectName name;
+};
+struct DerivedTable {
+    QueryPtr query;
+    std::vector<std::string> columns;  // (SELECT ...) alias(columns)
+};
+enum class JoinKind { Inner, Left, Right, Full, Cross };
+struct Join {
+    JoinKind kind;
+    TableRefPtr left, right;
+    ExprPtr on;  // null for Cross
+};
+struct TableRef {
+    std::variant<NamedTable, DerivedTable, Join> node;
+    std::string alias;  // empty without one, and in a join
+    int line = 1;
+};
+
+struct SelectItem {
+    ExprPtr value;                       // null for a star
+    std::vector<std::string> starOf;     // the qualifier of t.*
+    std::string alias;                   // empty without one
+    std::string variable;                // SELECT @v = value
+    std::optional<BinaryOp> assignment;  // SELECT @v += value
+};
+struct OrderItem {
+    ExprPtr value;
+    bool descending = false;
+};
+struct Top {
+    ExprPtr count;
+};
+struct Select {
+    bool distinct = false;
+    std::optional<Top> top;
+    std::vector<SelectItem> items;
+    std::optional<ObjectName> into;
+    std::vector<TableRefPtr> from;
+    ExprPtr where;
+    std::vector<ExprPtr> groupBy;
+    ExprPtr having;
+};
+enum class SetOp { Union, UnionAll, Except, Intersect };
+struct SetOperation {
+    SetOp op;
+    QueryPtr left, right;
+};
+struct CommonTable {
+    std::string name;
+    std::vector<std::string> columns;
+    QueryPtr query;
+};
+struct Query {
+    std::vector<CommonTable> with;
+    std::variant<Select, SetOperation> body;
+    std::vector<OrderItem> orderBy;
+    ExprPtr offset, fetch;  // OFFSET n ROWS FETCH NEXT m ROWS ONLY
+    int line = 1;
+};
+
+// ---- statements ------------------------------------------------------------------------------------------
+using Block = std::vector<StatementPtr>;
+
+struct Declaration {
+    std::string name;
+    SqlType type;
+    ExprPtr value;  // may be null
+};
+struct Declare {
+    std::vector<Declaration> variables;
+};
+struct Assign {
+    std::string name;
+    std::optional<BinaryOp> op;  // SET @x += 1
+    ExprPtr value;
+};
+struct SetOption {
+    std::vector<std::string> names;
+    bool on = true;
+    std::optional<ObjectName> table;     // IDENTITY_INSERT
+    std::optional<std::int64_t> number;  // LOCK_TIMEOUT, ROWCOUNT
+};
+struct If {
+    ExprPtr condition;
+    StatementPtr then, otherwise;
+};
+struct While {
+    ExprPtr condition;
+    StatementPtr body;
+};
+struct Break {};
+struct Continue {};
+struct Return {
+    ExprPtr value;  // may be null
+};
+struct Compound {
+    Block statements;
+};
+struct TryCatch {
+    Block attempt, handler;
+};
+struct Print {
+    ExprPtr value;
+};
+struct RaiseError {
+    ExprPtr message, severity, state;
+    std::vector<ExprPtr> arguments;
+    bool log = false, setError = false;
+};
+struct Throw {
+    ExprPtr number, message, state;  // all null: THROW alone
+};
+struct WaitFor {
+    ExprPtr delay;
+};
+struct Use {
+    std::string database;
+    int line = 1;
+};
+
+struct SelectStatement {
+    QueryPtr query;
+};
+struct Insert {
+    ObjectName table;
+    std::vector<std::string> columns;
+    std::vector<std::vector<ExprPtr>> rows;  // a null pointer stands for DEFAULT
+    QueryPtr query;                          // or a query, or a procedure
+    StatementPtr execute;
+    bool defaultValues = false;
+    std::vector<CommonTable> with;
+};
+struct SetClause {
+    std::string column;
+    std::string variable;        // SET @v = value
+    std::optional<BinaryOp> op;  // SET column += value
+    ExprPtr value;               // null: DEFAULT
+};
+struct Update {
+    std::optional<Top> top;
+    ObjectName table;  // or the alias of a table in `from`
+    std::vector<SetClause> sets;
+    std::vector<TableRefPtr> from;
+    ExprPtr where;
+};
+struct Delete {
+    std::optional<Top> top;
+    ObjectName table;
+    std::vector<TableRefPtr> from;
+    ExprPtr where;
+};
+struct Truncate {
+    ObjectName table;
+};
+
+enum class ConstraintKind { PrimaryKey, Unique, Check, ForeignKey, Default };
+struct Constraint {
+    ConstraintKind kind;
+    std::string name;  // empty: one is made up
+    std::vector<std::string> columns;
+    ExprPtr check;
+    std::string text;  // of CHECK's condition or DEFAULT's value
+    std::string references;
+    std::vector<std::string> referencedColumns;
+    bool cascade = false;
+};
+struct ColumnDefinition {
+    std::string name;
+    SqlType type;
+    std::optional<bool> nullable;
+    bool identity = false;
+    std::int64_t seed = 1;
+    std::vector<Constraint> constraints;
+};
+struct CreateTable {
+    ObjectName table;
+    std::vector<ColumnDefinition> columns;
+    std::vector<Constraint> constraints;
+};
+struct AlterTable {
+    ObjectName table;
+    std::vector<ColumnDefinition> addColumns;
+    std::vector<std::string> dropColumns;
+};
+struct CreateIndex {
+    std::string name;
+    ObjectName table;
+    std::vector<std::pair<std::string, bool>> columns;  // name, descending
+    bool unique = false;
+};
+enum class ObjectKind { Table, Procedure, Function, Index, Database };
+struct Drop {
+    ObjectKind kind;
+    std::vector<ObjectName> names;  // an index: schema holds the table
+    bool ifExists = false;
+};
+struct CreateDatabase {
+    std::string name;
+};
+
+struct Parameter {
+    std::string name;
+    SqlType type;
+    ExprPtr byDefault;  // null without one
+    bool output = false;
+};
+// CREATE or ALTER PROCEDURE or FUNCTION; the batch's whole text is what is stored.
+struct CreateModule {
+    ObjectName name;
+    bool function = false;
+    bool alter = false, create = true;  // both: CREATE OR ALTER
+    std::vector<Parameter> parameters;
+    SqlType returns;
+    Block body;
+};
+struct Argument {
+    std::string name;  // "@x", empty by position
+    ExprPtr value;     // null: DEFAULT
+    bool output = false;
+};
+struct Execute {
+    std::string resultVariable;
+    ObjectName procedure;
+    std::vector<Argument> arguments;
+    ExprPtr text;  // EXEC ('...')
+};
+
+enum class TransactionVerb { Begin, Commit, Rollback, Save };
+struct Transaction {
+    TransactionVerb verb;
+    std::string name;
+};
+struct Backup {
+    ExprPtr database, file;
+};
+struct Move {
+    ExprPtr logicalName, path;
+};
+struct Restore {
+    bool fileListOnly = false;
+    ExprPtr database, file;
+    bool replace = false;
+    std::vector<Move> moves;
+};
+
+struct Statement {
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
+                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
+                              Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
+                              CreateDatabase, CreateModule, Execute, Transaction, Backup, Restore>;
+    int line = 1;
+    Node node;
+};
+
+}  // namespace tsql::ast

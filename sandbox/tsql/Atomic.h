@@ -1,0 +1,31 @@
+// Several statements of SQLite as one: all of them, or none.
+#pragma once
+
+#include "Connection.h"
+
+namespace tsql {
+
+class Atomic {
+  public:
+    explicit Atomic(Connection& connection) : m_connection(connection) {
+        m_connection.run("SAVEPOINT tsqlbox_atomic");
+    }
+    ~Atomic() {
+        if (m_done) return;
+        sqlite3_exec(m_connection.handle(), "ROLLBACK TO tsqlbox_atomic; RELEASE tsqlbox_atomic", nullptr,
+                     nullptr, nullptr);
+    }
+    Atomic(const Atomic&) = delete;
+    Atomic& operator=(const Atomic&) = delete;
+
+    void commit() {
+        m_connection.run("RELEASE tsqlbox_atomic");
+        m_done = true;
+    }
+
+  private:
+    Connection& m_connection;
+    bool m_done = false;
+};
+
+}  // namespace tsql

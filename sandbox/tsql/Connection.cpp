@@ -1,0 +1,200 @@
+#include "Connection.h"
+
+#include <algorithm>
+
+#include "Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr int kBusyMilliseconds = 10'000;
+constexpr std::size_t kIdleStatements = 64;
+constexpr std::size_t kMostAttached = 10;  // SQLite's own limit
+
+std::string quotedWith(std::string_view text, char quote) {
+    std::string out(1, quote);
+    for (const char c : text) out.append(c == quote ? 2 : 1, c);
+    return out += quote;
+}
+
+}  // namespace
+
+std::string quotedName(std::string_view name) {
+    return quotedWith(name, '"');
+}
+
+std::string quotedText(std::string_view text) {
+    return quotedWith(text, '\'');
+}
+
+std::string databaseKey(std::string_view name) {
+    return toLower(name);
+}
+
+void DatabaseUses::add(const std::string& key, int change) {
+    const std::lock_guard lock(m_mutex);
+    m_counts[key] += change;
+}
+
+int DatabaseUses::count(const std::string& key) const {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_counts.find(key);
+    return found == m_counts.end() ? 0 : found->second;
+}
+
+PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
+    : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}
+
+PreparedStatement::~PreparedStatement() {
+    m_connection.giveBack(m_sql, m_statement);
+}
+
+void PreparedStatement::bind(int index, const CellView& value) {
+    struct Binder {
+        sqlite3_stmt* statement;
+        int index;
+        int operator()(Null) const { return sqlite3_bind_null(statement, index); }
+        int operator()(std::int64_t number) const { return sqlite3_bind_int64(statement, index, number); }
+        int operator()(double number) const { return sqlite3_bind_double(statement, index, number); }
+        int operator()(std::string_view text) const {
+            return sqlite3_bind_text64(statement, index, text.data() ? text.data() : "", text.size(),
+                                       SQLITE_STATIC, SQLITE_UTF8);
+        }
+        int operator()(Blob bytes) const {
+            return bytes.empty()
+                       ? sqlite3_bind_zeroblob(statement, index, 0)
+                       : sqlite3_bind_blob64(statement, index, bytes.data(), bytes.size(), SQLITE_STATIC);
+        }
+    };
+    const int code = std::visit(Binder{m_statement, index}, value);
+    if (code != SQLITE_OK) throw SqliteFailure(code, sqlite3_errstr(code));
+}
+
+void PreparedStatement::bindAll(std::span<const Value> values) {
+    int index = 0;
+    for (const auto& value : values) bind(++index, viewOf(value));
+}
+
+bool PreparedStatement::step() {
+    const int code = sqlite3_step(m_statement);
+    if (code == SQLITE_ROW) return true;
+    if (code == SQLITE_DONE) return false;
+    throw SqliteFailure(sqlite3_extended_errcode(m_connection.handle()),
+                        sqlite3_errmsg(m_connection.handle()));
+}
+
+CellView PreparedStatement::cell(int column) const {
+    switch (sqlite3_column_type(m_statement, column)) {
+        case SQLITE_INTEGER:
+            return std::int64_t{sqlite3_column_int64(m_statement, column)};
+        case SQLITE_FLOAT:
+            return sqlite3_column_double(m_statement, column);
+        case SQLITE_TEXT: {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
+            return std::string_view(text,
+                                    static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column)));
+        }
+        case SQLITE_BLOB: {
+            const auto* bytes = static_cast<const std::byte*>(sqlite3_column_blob(m_statement, column));
+            return Blob(bytes, static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column)));
+        }
+        default:
+            return Null{};
+    }
+}
+
+std::string PreparedStatement::text(int column) const {
+    const CellView view = cell(column);
+    const auto* text = std::get_if<std::string_view>(&view);
+    return text ? std::string(*text) : std::string();
+}
+
+Connection::Connection(const Storage& storage, DatabaseUses& uses)
+    : m_storage(storage), m_uses(uses), m_handle(openDatabaseFile(":memory:", true)) {
+    setBusyTimeout(kBusyMilliseconds);
+    sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a text
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+}
+
+Connection::~Connection() {
+    dropStatements();
+    for (const auto& key : m_attached) m_uses.add(key, -1);
+}
+
+void Connection::dropStatements() {
+    for (const auto& [sql, statement] : m_idle) sqlite3_finalize(statement);
+    m_idle.clear();
+}
+
+bool Connection::isAttached(std::string_view database) const {
+    return std::find(m_attached.begin(), m_attached.end(), databaseKey(database)) != m_attached.end();
+}
+
+std::string Connection::attach(std::string_view database) {
+    const std::string key = databaseKey(database);
+    const auto found = std::find(m_attached.begin(), m_attached.end(), key);
+    if (found != m_attached.end()) {
+        m_attached.splice(m_attached.begin(), m_attached, found);
+        return quotedName(key);
+    }
+    if (!m_storage.exists(database))
+        throw SqlError(911, "Database '" + std::string(database) +
+                                "' does not exist. Make sure that the name is entered correctly.");
+    if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
+    run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
+    m_attached.push_front(key);
+    m_uses.add(key, 1);
+    return quotedName(key);
+}
+
+void Connection::detach(std::string_view database) {
+    const std::string key = databaseKey(database);
+    const auto found = std::find(m_attached.begin(), m_attached.end(), key);
+    if (found == m_attached.end()) return;
+    dropStatements();
+    run("DETACH " + quotedName(key));
+    dropStatements();
+    m_attached.erase(found);
+    m_uses.add(key, -1);
+}
+
+void Connection::detachAllBut(std::string_view database) {
+    const std::list<std::string> attached = m_attached;
+    for (const auto& key : attached)
+        if (key != databaseKey(database)) detach(key);
+}
+
+void Connection::run(const std::string& sql, std::span<const Value> values) {
+    PreparedStatement statement(*this, sql);
+    statement.bindAll(values);
+    while (statement.step()) continue;
+}
+
+// A statement that runs already (a function calls itself) is not among the idle ones, so it is made anew.
+sqlite3_stmt* Connection::borrow(const std::string& sql) {
+    const auto found =
+        std::find_if(m_idle.begin(), m_idle.end(), [&](const auto& idle) { return idle.first == sql; });
+    if (found != m_idle.end()) {
+        sqlite3_stmt* statement = found->second;
+        m_idle.erase(found);
+        return statement;
+    }
+    sqlite3_stmt* statement = nullptr;
+    const char* tail = nullptr;
+    const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &statement, &tail);
+    if (code != SQLITE_OK) throw SqliteFailure(sqlite3_extended_errcode(handle()), sqlite3_errmsg(handle()));
+    return statement;
+}
+
+void Connection::giveBack(const std::string& sql, sqlite3_stmt* statement) {
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    m_idle.emplace_front(sql, statement);
+    if (m_idle.size() <= kIdleStatements) return;
+    sqlite3_finalize(m_idle.back().second);
+    m_idle.pop_back();
+}
+
+}  // namespace tsql

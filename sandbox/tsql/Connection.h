@@ -1,0 +1,96 @@
+// A session's SQLite connection: attached databases, prepared statements, failures.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <list>
+#include <map>
+#include <mutex>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "Storage.h"
+#include "Values.h"
+
+namespace tsql {
+
+// What SQLite answered; the extended result code and its text.
+struct SqliteFailure : std::runtime_error {
+    SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
+    int code;
+};
+
+// Which databases are attached by how many sessions: one that others use is neither dropped nor restored.
+class DatabaseUses {
+  public:
+    void add(const std::string& key, int change);
+    int count(const std::string& key) const;
+
+  private:
+    mutable std::mutex m_mutex;
+    std::map<std::string, int> m_counts;
+};
+
+class Connection;
+
+// A prepared statement on loan from its connection's cache.
+class PreparedStatement {
+  public:
+    PreparedStatement(Connection& connection, std::string sql);
+    ~PreparedStatement();
+    PreparedStatement(const PreparedStatement&) = delete;
+    PreparedStatement& operator=(const PreparedStatement&) = delete;
+
+    void bind(int index, const CellView& value);  // from 1; the value must outlive the steps
+    void bindAll(std::span<const Value> values);
+    bool step();  // false behind the last row; throws SqliteFailure
+    int columnCount() const { return sqlite3_column_count(m_statement); }
+    CellView cell(int column) const;  // from 0
+    std::string text(int column) const;
+    std::int64_t integer(int column) const { return sqlite3_column_int64(m_statement, column); }
+
+  private:
+    Connection& m_connection;
+    std::string m_sql;
+    sqlite3_stmt* m_statement = nullptr;
+};
+
+class Connection {
+  public:
+    Connection(const Storage& storage, DatabaseUses& uses);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    sqlite3* handle() { return m_handle.get(); }
+    void setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(handle(), milliseconds); }
+    bool inTransaction() { return sqlite3_get_autocommit(handle()) == 0; }
+
+    // Attaches the database when it is not yet, and gives its schema's name, quoted. Throws SqlError 911.
+    std::string attach(std::string_view database);
+    void detach(std::string_view database);
+    void detachAllBut(std::string_view database);
+    bool isAttached(std::string_view database) const;
+
+    void run(const std::string& sql, std::span<const Value> values = {});
+
+  private:
+    friend class PreparedStatement;
+    sqlite3_stmt* borrow(const std::string& sql);
+    void giveBack(const std::string& sql, sqlite3_stmt* statement);
+    void dropStatements();
+
+    const Storage& m_storage;
+    DatabaseUses& m_uses;
+    SqliteConnection m_handle;
+    std::list<std::string> m_attached;                        // keys of databases, the latest used first
+    std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // the latest used first
+};
+
+std::string quotedName(std::string_view name);   // "a""b"
+std::string quotedText(std::string_view text);   // 'a''b'
+std::string databaseKey(std::string_view name);  // by which names of databases are compared
+
+}  // namespace tsql

@@ -1,0 +1,67 @@
+#include "Engine.h"
+
+#include "Executor.h"
+
+namespace tsql {
+namespace {
+
+// msdb's record of backups, as far as it is kept.
+constexpr std::string_view kBackupSet =
+    "IF OBJECT_ID('msdb..backupset') IS NULL CREATE TABLE msdb..backupset (backup_set_id int IDENTITY(1,1) "
+    "NOT NULL "
+    "PRIMARY KEY, name nvarchar(128) NULL, database_name nvarchar(128) NULL, backup_start_date datetime "
+    "NULL, "
+    "backup_finish_date datetime NULL, type char(1) NULL, backup_size numeric(18,0) NULL)";
+
+class FailingSink final : public ResultSink {
+  public:
+    void columns(std::span<const Column>) override {}
+    void row(std::span<const CellView>) override {}
+    void statementDone(std::int64_t, bool) override {}
+    void message(const Message& message) override {
+        if (message.severity > 10)
+            throw std::runtime_error("cannot prepare the system databases: " + message.text);
+    }
+    void databaseChanged(std::string_view, std::string_view) override {}
+    bool cancelled() override { return false; }
+};
+
+}  // namespace
+
+Engine::Engine(const std::filesystem::path& dataDirectory) : m_impl(std::make_unique<Impl>(dataDirectory)) {
+    FailingSink sink;
+    Executor(*m_impl, "sa", "msdb", 1).runBatch(kBackupSet, sink);
+}
+
+Engine::~Engine() = default;
+
+void Engine::setLogin(std::string_view name, std::string_view password) {
+    m_impl->storage.setLogin(name, password);
+}
+
+bool Engine::checkLogin(std::string_view name, std::string_view password) const {
+    return m_impl->storage.checkLogin(name, password);
+}
+
+bool Engine::databaseExists(std::string_view name) const {
+    return m_impl->storage.exists(name);
+}
+
+struct Session::Impl {
+    Executor executor;
+};
+
+Session::Session(Engine& engine, std::string_view login, std::string_view database, int spid)
+    : m_impl(new Impl{Executor(engine.impl(), login, database, spid)}) {}
+
+Session::~Session() = default;
+
+bool Session::runBatch(std::string_view batch, ResultSink& sink) {
+    return m_impl->executor.runBatch(batch, sink);
+}
+
+std::string_view Session::database() const {
+    return m_impl->executor.database();
+}
+
+}  // namespace tsql

@@ -1,0 +1,464 @@
+#include "Executor.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <thread>
+
+#include "RaiseErrorText.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr int kProgressSteps = 200'000;  // of SQLite's machine between two looks for a cancel
+constexpr int kFatalSeverity = 20;
+constexpr int kTopUserSeverity = 18;
+
+// Errors that end the batch and roll the transaction back: conversions, and the loser of a deadlock.
+constexpr std::array kBatchErrors = {235, 241, 242, 244, 245, 248, 295, 1205, 8114, 8169};
+// What a compilation would have found: ends the procedure or batch, not the transaction.
+constexpr std::array kScopeErrors = {107, 108,  104,  109,  110,  116,  120,  121,  137,  141,  145, 147,
+                                     164, 174,  189,  195,  205,  206,  207,  208,  209,  213,  263, 402,
+                                     911, 4104, 4121, 4145, 8116, 8117, 8120, 8127, 8144, 8155, 313, 50001};
+
+template <std::size_t N>
+bool contains(const std::array<int, N>& numbers, int number) {
+    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+
+// Counts something up for a while.
+class Deeper {
+  public:
+    explicit Deeper(int& depth) : m_depth(depth) { ++m_depth; }
+    ~Deeper() { --m_depth; }
+    Deeper(const Deeper&) = delete;
+    Deeper& operator=(const Deeper&) = delete;
+
+  private:
+    int& m_depth;
+};
+
+// The sink of a batch; none is left behind, also when the client is gone in the middle.
+class SinkInUse {
+  public:
+    SinkInUse(ResultSink*& place, ResultSink& sink) : m_place(place), m_before(place) { m_place = &sink; }
+    ~SinkInUse() { m_place = m_before; }
+    SinkInUse(const SinkInUse&) = delete;
+    SinkInUse& operator=(const SinkInUse&) = delete;
+
+  private:
+    ResultSink*& m_place;
+    ResultSink* m_before;
+};
+
+}  // namespace
+
+Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid)
+    : m_engine(engine), m_connection(engine.storage, engine.uses), m_login(login), m_spid(spid) {
+    registerFunctions(m_connection.handle(), m_functions);
+    registerSessionFunctions(m_connection.handle(), *this);
+    sqlite3_progress_handler(
+        m_connection.handle(), kProgressSteps,
+        [](void* self) { return static_cast<int>(static_cast<Executor*>(self)->isCancelled()); }, this);
+    m_database = engine.storage.canonicalName(database);
+    if (m_database.empty())
+        throw SqlError(4060, "Cannot open database \"" + std::string(database) + "\".", 11);
+    m_connection.attach(m_database);
+}
+
+Executor::~Executor() = default;
+
+bool Executor::runBatch(std::string_view text, ResultSink& sink) {
+    const SinkInUse inUse(m_sink, sink);
+    m_text = text;
+    Frame frame;
+    bool goesOn = true;
+    try {
+        const auto batch = parseBatch(text, m_quotedIdentifiers);
+        runFrame(batch->statements, frame);
+    } catch (const SyntaxError& error) {
+        m_error = error.number;
+        report(messageOf(error, error.line));
+    } catch (const ScopeEnd&) {
+    } catch (const BatchEnd&) {
+    } catch (const SessionEnd&) {
+        goesOn = false;
+    }
+    if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
+    return goesOn;
+}
+
+Flow Executor::runBlock(const Block& block) {
+    for (const auto& statement : block)
+        if (const Flow flow = runStatement(*statement); flow != Flow::Next) return flow;
+    return Flow::Next;
+}
+
+Flow Executor::runStatement(const Statement& statement) {
+    if (isCancelled()) throw BatchEnd{};
+    m_line = statement.line;
+    m_functions.beginStatement();
+    try {
+        return std::visit([this](const auto& node) { return run(node); }, statement.node);
+    } catch (const SyntaxError& error) {  // of a text that the statement runs
+        fail(error, error.line);
+    } catch (const SqlError& error) {
+        fail(error, statement.line);
+    } catch (const SqliteFailure& failure) {
+        fail(errorOf(failure), statement.line);
+    }
+    return Flow::Next;
+}
+
+Message Executor::messageOf(const SqlError& error, int line) const {
+    return {
+        error.number, error.severity, error.state, line, m_frames.empty() ? "" : m_frames.back()->procedure,
+        error.what()};
+}
+
+void Executor::report(const Message& message) const {
+    m_sink->message(message);
+}
+
+void Executor::fail(const SqlError& error, int line) {
+    afterError(messageOf(error, line), false);
+}
+
+// `raised`: by RAISERROR, which ends nothing by itself.
+void Executor::afterError(const Message& message, bool raised) {
+    m_error = message.number;
+    m_rowCount = 0;
+    const bool inFunction = m_frames.back()->isFunction;
+    const std::string verb = std::exchange(m_verb, {});
+    if (m_transactions > 0 && !m_connection.inTransaction() && message.number == 1205) m_transactions = 0;
+    const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number));
+    if (message.severity < kFatalSeverity && (m_tries > 0 || inFunction)) throw Raised{message};
+    report(message);
+    if (message.severity >= kFatalSeverity) throw SessionEnd{};
+    if (endsBatch) {
+        rollBack();
+        throw BatchEnd{};
+    }
+    if (!raised && contains(kScopeErrors, message.number)) throw ScopeEnd{};
+    if (!raised && !verb.empty())
+        report({3621, 0, 0, message.line, message.procedure, "The statement has been terminated."});
+    done(-1);
+}
+
+void Executor::done(std::int64_t count, bool isSelect) {
+    if (m_sink && !m_frames.back()->isFunction) m_sink->statementDone(m_noCount ? -1 : count, isSelect);
+}
+
+// ---- what SQLite refused, in T-SQL's terms
+
+SqlError Executor::errorOf(const SqliteFailure& failure) {
+    if (const auto error = m_functions.takeError()) return *error;
+    const std::string text = failure.what();
+    switch (failure.code & 0xFF) {
+        case SQLITE_INTERRUPT:
+            throw BatchEnd{};
+        case SQLITE_CONSTRAINT:
+            return constraintError(failure);
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            if (failure.code != SQLITE_BUSY_SNAPSHOT) return {1222, "Lock request time out period exceeded."};
+            return {1205,
+                    "Transaction (Process ID " + std::to_string(m_spid) +
+                        ") was deadlocked on lock resources with another process and has been chosen as the "
+                        "deadlock "
+                        "victim. Rerun the transaction.",
+                    13};
+        case SQLITE_FULL:
+            return {1105, "Could not allocate space in database '" + m_database + "': the disk is full.", 17,
+                    2};
+        default:
+            break;
+    }
+    if (text.find("too large (maximum depth") != std::string::npos ||
+        text.find("stack overflow") != std::string::npos)
+        return {191,
+                "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into "
+                "smaller "
+                "queries.",
+                15};
+    return {50000, "tsqlbox could not run the statement: " + text + "."};
+}
+
+// SQLite's texts: "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
+SqlError Executor::constraintError(const SqliteFailure& failure) {
+    const std::string text = failure.what();
+    const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
+    switch (failure.code) {
+        case SQLITE_CONSTRAINT_NOTNULL:
+            return {515,
+                    "Cannot insert the value NULL into column '" + what.substr(what.rfind('.') + 1) +
+                        "', table '" + m_target.fullName() + "'; column does not allow nulls. " + m_verb +
+                        " fails.",
+                    16, 2};
+        case SQLITE_CONSTRAINT_CHECK:
+            return conflict("CHECK", what);
+        case SQLITE_CONSTRAINT_FOREIGNKEY: {
+            const auto keys = Catalogue(m_connection, m_target.database, m_target.schema)
+                                  .keysOfType(m_target.stored, objectType::kForeignKey);
+            return keys.size() == 1 && m_verb != "DELETE" ? conflict("FOREIGN KEY", keys.front().name)
+                                                          : conflict("REFERENCE", "");
+        }
+        default:
+            return duplicateKey(what);
+    }
+}
+
+SqlError Executor::conflict(std::string_view type, const std::string& name) {
+    return {547,
+            "The " + m_verb + " statement conflicted with the " + std::string(type) + " constraint" +
+                (name.empty() ? "" : " \"" + name + "\"") + ". The conflict occurred in database \"" +
+                m_target.database + "\", table \"dbo." + m_target.name + "\".",
+            16, 0};
+}
+
+SqlError Executor::duplicateKey(const std::string& columns) {
+    std::string names = columns;
+    const std::string prefix = m_target.stored + ".";
+    for (std::size_t at = 0; (at = names.find(prefix, at)) != std::string::npos;)
+        names.erase(at, prefix.size());
+    const auto key = Catalogue(m_connection, m_target.database, m_target.schema).key(m_target.stored, names);
+    if (key && key->type == objectType::kIndex)
+        return {2601,
+                "Cannot insert duplicate key row in object 'dbo." + m_target.name + "' with unique index '" +
+                    key->name + "'.",
+                14};
+    const bool primary = key && key->type == objectType::kPrimaryKey;
+    return {2627,
+            std::string("Violation of ") + (primary ? "PRIMARY" : "UNIQUE") + " KEY constraint '" +
+                (key ? key->name : names) + "'. Cannot insert duplicate key in object 'dbo." + m_target.name +
+                "'.",
+            14};
+}
+
+// ---- values
+
+std::vector<Value> Executor::parameterValues(const Translator& translator) {
+    std::vector<Value> values;
+    for (const auto& name : translator.parameters()) values.push_back(variableValue(name));
+    return values;
+}
+
+Value Executor::evaluate(const Expr& expr, const SqlType& type) {
+    Translator translator(*this);
+    const std::string sql = "SELECT " + coerce(translator.value(expr), type).sql;
+    const auto values = parameterValues(translator);
+    PreparedStatement statement(m_connection, sql);
+    statement.bindAll(values);
+    statement.step();
+    return ownedValue(statement.cell(0));
+}
+
+TypedValue Executor::evaluate(const Expr& expr) {
+    const SqlType type = Translator(*this).value(expr).type;
+    return {evaluate(expr, type), type};
+}
+
+std::string Executor::evaluateText(const Expr& expr) {
+    const Value value = evaluate(expr, nvarcharType(SqlType::kMax));
+    const auto* text = std::get_if<std::string>(&value);
+    return text ? *text : std::string();
+}
+
+bool Executor::holds(const Expr& condition) {
+    Translator translator(*this);
+    const std::string sql = "SELECT " + translator.condition(condition);
+    const auto values = parameterValues(translator);
+    PreparedStatement statement(m_connection, sql);
+    statement.bindAll(values);
+    statement.step();
+    return statement.integer(0) != 0;
+}
+
+void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
+    const auto found = m_frames.back()->variables.find(lowerAscii(name));
+    if (found == m_frames.back()->variables.end())
+        throw SqlError(137, "Must declare the scalar variable \"" + name + "\".", 15);
+    found->second.value = convertValue(value, type, found->second.type);
+}
+
+void Executor::refuseInFunction() const {
+    if (m_frames.back()->isFunction)
+        throw SqlError(443, "Invalid use of a side-effecting operator within a function.");
+}
+
+// ---- statements
+
+Flow Executor::run(const Declare& declare) {
+    for (const auto& each : declare.variables) {
+        Variable& variable = m_frames.back()->variables[lowerAscii(each.name)];
+        variable.type = each.type;
+        variable.value = each.value ? evaluate(*each.value, each.type) : Value(Null{});
+    }
+    return Flow::Next;
+}
+
+Flow Executor::run(const Assign& assign) {
+    const Variable& variable = local(assign.name);
+    if (!assign.op) {
+        setVariable(assign.name, viewOf(evaluate(*assign.value, variable.type)), variable.type);
+    } else {
+        Translator translator(*this);
+        const Typed left{"?1", variable.type};
+        const TypedValue right = evaluate(*assign.value);
+        const std::string sql =
+            "SELECT " + coerce(emitBinary(*assign.op, left, {"?2", right.type}), variable.type).sql;
+        PreparedStatement statement(m_connection, sql);
+        const Value values[] = {variable.value, right.value};
+        statement.bindAll(values);
+        statement.step();
+        setVariable(assign.name, statement.cell(0), variable.type);
+    }
+    m_error = 0;
+    m_rowCount = 1;
+    done(-1);
+    return Flow::Next;
+}
+
+Flow Executor::run(const If& node) {
+    const bool condition = holds(*node.condition);
+    m_error = 0;
+    m_rowCount = 0;
+    if (condition) return runStatement(*node.then);
+    return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
+}
+
+Flow Executor::run(const While& node) {
+    const int line = m_line;
+    while (holds(*node.condition)) {
+        const Flow flow = runStatement(*node.body);
+        if (flow == Flow::Break) break;
+        if (flow == Flow::Return) return flow;
+        if (isCancelled()) throw BatchEnd{};
+        m_line = line;
+        m_functions.beginStatement();
+    }
+    return Flow::Next;
+}
+
+Flow Executor::run(const Return& node) {
+    Frame& frame = *m_frames.back();
+    if (node.value)
+        frame.returned = evaluate(*node.value, frame.returnType);
+    else if (!frame.isFunction)
+        frame.returned = std::int64_t{0};
+    return Flow::Return;
+}
+
+Flow Executor::run(const TryCatch& node) {
+    std::optional<Message> caught;
+    try {
+        const Deeper deeper(m_tries);
+        return runBlock(node.attempt);
+    } catch (const Raised& raised) {
+        caught = raised.message;
+    }
+    m_caught.push_back(*caught);
+    struct Forget {
+        std::vector<Message>& caught;
+        ~Forget() { caught.pop_back(); }
+    } forget{m_caught};
+    return runBlock(node.handler);
+}
+
+Flow Executor::run(const Print& print) {
+    refuseInFunction();
+    const TypedValue value = evaluate(*print.value);
+    report({0, 0, 1, m_line, m_frames.back()->procedure, textOf(viewOf(value.value), value.type)});
+    m_error = 0;
+    m_rowCount = 0;
+    return Flow::Next;
+}
+
+Flow Executor::run(const RaiseError& raise) {
+    refuseInFunction();
+    const auto number = [this](const Expr& expr) {
+        const Value value = evaluate(expr, simpleType(TypeId::Int));
+        return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
+    };
+    const int severity = std::max(0, number(*raise.severity));
+    const int state = std::clamp(number(*raise.state), 0, 255);
+    if (severity > kTopUserSeverity && !raise.log)
+        throw SqlError(
+            2754,
+            "Error severity levels greater than 18 can only be specified by members of the sysadmin role, "
+            "using the WITH LOG option.");
+    const TypedValue message = evaluate(*raise.message);
+    if (isInteger(message.type.id))
+        throw SqlError(18054,
+                       "Error " + textOf(viewOf(message.value), message.type) +
+                           " was raised, but no message with that error number was found in sys.messages.");
+    std::vector<TypedValue> arguments;
+    for (const auto& argument : raise.arguments) arguments.push_back(evaluate(*argument));
+    const Message raised{50000,
+                         severity,
+                         state,
+                         m_line,
+                         m_frames.back()->procedure,
+                         raiseErrorText(textOf(viewOf(message.value), message.type), arguments)};
+    if (severity > 10) {
+        afterError(raised, true);
+    } else {
+        report(raised);
+        m_error = raise.setError ? raised.number : 0;
+        done(-1);
+    }
+    return Flow::Next;
+}
+
+Flow Executor::run(const Throw& node) {
+    Message message;
+    if (!node.number) {
+        if (m_caught.empty())
+            throw SqlError(10704, "To rethrow an error, a THROW statement must be used inside a CATCH block.",
+                           15);
+        message = m_caught.back();
+    } else {
+        const Value number = evaluate(*node.number, simpleType(TypeId::Int));
+        const Value state = evaluate(*node.state, simpleType(TypeId::TinyInt));
+        if (isNull(number) || std::get<std::int64_t>(number) < 50000)
+            throw SqlError(
+                35100,
+                "Error number in the THROW statement is outside the valid range. Specify an error number "
+                "in the valid range of 50000 to 2147483647.");
+        message = {static_cast<int>(std::get<std::int64_t>(number)),
+                   16,
+                   isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
+                   m_line,
+                   m_frames.back()->procedure,
+                   evaluateText(*node.message)};
+    }
+    m_error = message.number;
+    if (m_tries > 0) throw Raised{message};
+    report(message);
+    if (m_abortOnError) rollBack();
+    throw BatchEnd{};
+}
+
+Flow Executor::run(const WaitFor& wait) {
+    refuseInFunction();
+    const std::string text = evaluateText(*wait.delay);
+    const auto time = parseDateTime(text);
+    if (!time || text.find(':') == std::string::npos)
+        throw SqlError(148, "Incorrect time syntax in time string '" + text + "' used with WAITFOR.", 15);
+    using Clock = std::chrono::steady_clock;
+    constexpr std::int64_t kNanosecondsPerTick = 100;
+    const auto until = Clock::now() + std::chrono::nanoseconds(time->ticks * kNanosecondsPerTick);
+    while (Clock::now() < until) {
+        if (isCancelled()) throw BatchEnd{};
+        constexpr std::chrono::nanoseconds kSlice = std::chrono::milliseconds(50);
+        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(kSlice, until - Clock::now()));
+    }
+    done(-1);
+    return Flow::Next;
+}
+
+}  // namespace tsql

@@ -1,0 +1,210 @@
+// Runs the statements of one session: control of flow here, each family of statements in a file of its own.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "Ast.h"
+#include "Catalogue.h"
+#include "Connection.h"
+#include "Engine.h"
+#include "Functions.h"
+#include "Parser.h"
+#include "Storage.h"
+#include "Translator.h"
+
+namespace tsql {
+
+struct Engine::Impl {
+    explicit Impl(const std::filesystem::path& directory) : storage(directory) {}
+    Storage storage;
+    DatabaseUses uses;
+};
+
+struct Variable {
+    SqlType type;
+    Value value;
+};
+
+// What a batch, a procedure or a function has for itself while it runs.
+struct Frame {
+    std::string procedure;                      // empty in a batch
+    std::string database;                       // in which its names are looked up; empty: the session's
+    std::map<std::string, Variable> variables;  // by name in lower case
+    std::optional<std::int64_t> identity;       // SCOPE_IDENTITY()
+    bool isFunction = false;
+    SqlType returnType;
+    Value returned = Null{};
+};
+
+enum class Flow { Next, Break, Continue, Return };
+
+// How the running of statements is left early.
+struct Raised {  // an error on its way to the CATCH block around it
+    Message message;
+};
+struct ScopeEnd {};    // the procedure, or the batch outside of one
+struct BatchEnd {};    // the whole batch
+struct SessionEnd {};  // severity 20 and above
+
+class Executor final : public SessionFacts, public NameResolver {
+  public:
+    Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid);
+    ~Executor() override;
+
+    bool runBatch(std::string_view text, ResultSink& sink);
+    const std::string& database() const { return m_database; }
+
+    // SessionFacts
+    Value sessionValue(SessionFunction function, std::span<const CellView> arguments) override;
+    // NameResolver
+    SqlType variableType(std::string_view name) override;
+    TableInfo table(const ast::ObjectName& name) override;
+    std::optional<SystemView> view(const ast::ObjectName& name) override;
+    std::optional<UserFunction> function(const ast::ObjectName& name) override;
+
+    // For the functions that are registered in SQLite.
+    Value variableValue(std::string_view name);
+    Value callFunction(std::string_view database, std::string_view name, std::span<const CellView> arguments);
+    void setFunctionError(const SqlError& error) { m_functions.setError(error); }
+    bool isCancelled() const { return m_sink && m_sink->cancelled(); }
+
+  private:
+    // ---- flow, variables, errors (Executor.cpp)
+    Flow runBlock(const ast::Block& block);
+    Flow runStatement(const ast::Statement& statement);
+    Flow run(const ast::Declare& declare);
+    Flow run(const ast::Assign& assign);
+    Flow run(const ast::If& node);
+    Flow run(const ast::While& node);
+    Flow run(const ast::Break&) { return Flow::Break; }
+    Flow run(const ast::Continue&) { return Flow::Continue; }
+    Flow run(const ast::Return& node);
+    Flow run(const ast::Compound& node) { return runBlock(node.statements); }
+    Flow run(const ast::TryCatch& node);
+    Flow run(const ast::Print& print);
+    Flow run(const ast::RaiseError& raise);
+    Flow run(const ast::Throw& node);
+    Flow run(const ast::WaitFor& wait);
+    void fail(const SqlError& error, int line);
+    void afterError(const Message& message, bool raised);
+    void report(const Message& message) const;
+    Message messageOf(const SqlError& error, int line) const;
+    SqlError errorOf(const SqliteFailure& failure);
+    SqlError constraintError(const SqliteFailure& failure);
+    SqlError duplicateKey(const std::string& columns);
+    SqlError conflict(std::string_view type, const std::string& name);
+    void done(std::int64_t count, bool isSelect = false);
+    TypedValue evaluate(const ast::Expr& expr);
+    Value evaluate(const ast::Expr& expr, const SqlType& type);
+    std::string evaluateText(const ast::Expr& expr);
+    bool holds(const ast::Expr& condition);
+    std::vector<Value> parameterValues(const Translator& translator);
+    void setVariable(const std::string& name, const CellView& value, const SqlType& type);
+    void refuseInFunction() const;
+
+    // ---- queries and changes of rows (ExecutorQueries.cpp)
+    Flow run(const ast::SelectStatement& statement);
+    Flow run(const ast::Insert& insert);
+    Flow run(const ast::Update& update);
+    Flow run(const ast::Delete& statement);
+    Flow run(const ast::Truncate& truncate);
+    std::int64_t sendRows(PreparedStatement& statement, const QueryText& text);
+    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments);
+    void selectInto(const ast::Query& query, const ast::ObjectName& name);
+    std::vector<const TableColumn*> insertColumns(const TableInfo& target, const ast::Insert& insert) const;
+    void insertExecuted(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                        const ast::Statement& execute);
+    void change(const TableInfo& target, const std::string& sql, const Translator& translator);
+    void rememberIdentity(const TableInfo& target, std::int64_t rows);
+
+    // ---- definitions (ExecutorDefinitions.cpp)
+    Flow run(const ast::CreateTable& create);
+    Flow run(const ast::AlterTable& alter);
+    Flow run(const ast::CreateIndex& create);
+    Flow run(const ast::Drop& drop);
+    TableInfo createTable(const ast::CreateTable& create);
+    void addConstraint(Catalogue& catalogue, TableInfo& table, const ast::Constraint& constraint,
+                       std::string& body);
+    void dropTable(Catalogue& catalogue, const ast::ObjectName& name, bool ifExists);
+    void dropTemporaryTables(std::int64_t after);
+
+    // ---- procedures and functions (ExecutorModules.cpp)
+    Flow run(const ast::CreateModule& module);
+    Flow run(const ast::Execute& execute);
+    std::shared_ptr<const Batch> parsed(const std::string& text);
+    void runText(const ast::Execute& execute);
+    void executeSql(const ast::Execute& execute);
+    void callProcedure(const ast::Execute& execute);
+    void bindArguments(const ast::CreateModule& module, const ast::Execute& execute, Frame& frame);
+    void returnOutputs(const ast::CreateModule& module, const ast::Execute& execute, const Frame& frame);
+    void runFrame(const ast::Block& body, Frame& frame);
+    const ast::Argument* argumentOf(const ast::Execute& execute, const ast::CreateModule& module,
+                                    std::size_t parameter) const;
+    std::optional<ObjectInfo> module(const ast::ObjectName& name, std::string_view type,
+                                     std::string& database);
+
+    // ---- databases, settings, transactions, backup (ExecutorAdministration.cpp)
+    Flow run(const ast::Use& use);
+    Flow run(const ast::SetOption& option);
+    Flow run(const ast::Transaction& transaction);
+    Flow run(const ast::CreateDatabase& create);
+    Flow run(const ast::Backup& backup);
+    Flow run(const ast::Restore& restore);
+    void dropDatabase(const std::string& name, bool ifExists);
+    void beforeWrite();
+    void rollBack();
+    void rollBackTo(const std::string& name);
+    void useDatabase(const std::string& name);
+    void releaseDatabase(std::string_view name, int errorNumber);
+    void recordBackup(std::string_view database, std::string_view started, std::string_view finished,
+                      std::int64_t bytes);
+
+    // ---- names (ExecutorNames.cpp)
+    struct Global;
+    static const std::vector<Global>& globals();
+    static const Global& global(std::string_view name);
+    std::string databaseOf(const ast::ObjectName& name) const;
+    Catalogue catalogue(const ast::ObjectName& name);
+    Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
+    Value objectId(std::span<const CellView> arguments);
+    Value identityOf(std::string_view name);
+    Value errorFact(SessionFunction function) const;
+    const Variable& local(std::string_view name);
+
+    Engine::Impl& m_engine;
+    FunctionContext m_functions{*this};
+    Connection m_connection;
+    std::string m_login;
+    std::string m_database;
+    int m_spid;
+    ResultSink* m_sink = nullptr;
+    std::vector<Frame*> m_frames;
+    std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
+    std::vector<Message> m_caught;  // by the CATCH blocks that run now
+    TableInfo m_target;             // of the change that runs now, for the texts of its errors
+    std::string m_verb;             // INSERT, UPDATE, DELETE
+    std::string m_text;             // the batch that runs now
+    int m_line = 1;                 // of the statement that runs now
+    int m_tries = 0;                // TRY blocks around it
+    int m_error = 0;                // @@ERROR
+    std::int64_t m_rowCount = 0;    // @@ROWCOUNT
+    std::optional<std::int64_t> m_identity;
+    int m_transactions = 0;         // @@TRANCOUNT
+    std::string m_transactionName;  // of the outermost one
+    bool m_noCount = false;
+    bool m_abortOnError = false;  // XACT_ABORT
+    bool m_quotedIdentifiers = true;
+    std::string m_identityInsert;  // full name of the table whose identity may be given
+    int m_lockTimeout = -1;
+};
+
+// ts_variable, ts_call and ts_single of a session's connection.
+void registerSessionFunctions(sqlite3* connection, Executor& executor);
+
+}  // namespace tsql

@@ -1,0 +1,307 @@
+// Databases, settings, transactions, backup.
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+
+#include "Backup.h"
+#include "Executor.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr int kDefaultBusyMilliseconds = 10'000;
+constexpr int kLongestBusyMilliseconds = 60'000;
+
+// Settings that change nothing here, whichever way they are set.
+constexpr std::array<std::string_view, 27> kHarmless = {
+    "ANSI_DEFAULTS",
+    "ANSI_NULL_DFLT_ON",
+    "ANSI_NULL_DFLT_OFF",
+    "ANSI_PADDING",
+    "ANSI_WARNINGS",
+    "ARITHABORT",
+    "ARITHIGNORE",
+    "CURSOR_CLOSE_ON_COMMIT",
+    "NUMERIC_ROUNDABORT",
+    "QUOTED_IDENTIFIER",
+    "TRANSACTION ISOLATION LEVEL",
+    "TEXTSIZE",
+    "STATISTICS",
+    "DEADLOCK_PRIORITY",
+    "LANGUAGE",
+    "DATEFIRST",
+    "FORCEPLAN",
+    "REMOTE_PROC_TRANSACTIONS",
+    "DATEFORMAT",
+    "LOCK_TIMEOUT",
+    "ROWCOUNT",
+    "NOCOUNT",
+    "XACT_ABORT",
+    "IDENTITY_INSERT",
+    "QUERY_GOVERNOR_COST_LIMIT",
+    "CONTEXT_INFO",
+    "NO_BROWSETABLE",
+};
+// Settings that would change answers in one of their positions.
+struct OneWay {
+    std::string_view name;
+    bool on;
+};
+constexpr std::array<OneWay, 9> kOneWay = {{
+    {"ANSI_NULLS", true},
+    {"CONCAT_NULL_YIELDS_NULL", true},
+    {"IMPLICIT_TRANSACTIONS", false},
+    {"FMTONLY", false},
+    {"NOEXEC", false},
+    {"PARSEONLY", false},
+    {"SHOWPLAN_TEXT", false},
+    {"SHOWPLAN_ALL", false},
+    {"SHOWPLAN_XML", false},
+}};
+
+void checkSetting(const std::string& name, const SetOption& option) {
+    for (const auto& each : kOneWay) {
+        if (name != each.name) continue;
+        if (option.on == each.on) return;
+        throw SqlError(50000, "tsqlbox does not support SET " + name + (option.on ? " ON." : " OFF."));
+    }
+    if (std::find(kHarmless.begin(), kHarmless.end(), name) == kHarmless.end())
+        throw SqlError(195, "'" + name + "' is not a recognized SET option.", 15, 7);
+    if (name == "ROWCOUNT" && option.number.value_or(0) != 0)
+        throw SqlError(50000, "tsqlbox does not support SET ROWCOUNT other than 0.");
+    if (name == "DATEFORMAT" && option.names.back() != "MDY")
+        throw SqlError(50000, "tsqlbox does not support SET DATEFORMAT other than mdy.");
+}
+
+}  // namespace
+
+Flow Executor::run(const SetOption& option) {
+    const std::string& first = option.names.front();
+    for (const auto& name : option.names) {
+        if (&name != &first && (first == "DATEFORMAT" || first == "LANGUAGE" || first == "DEADLOCK_PRIORITY"))
+            continue;
+        checkSetting(name, option);
+        if (name == "NOCOUNT") m_noCount = option.on;
+        if (name == "XACT_ABORT") m_abortOnError = option.on;
+        if (name == "QUOTED_IDENTIFIER" || name == "ANSI_DEFAULTS") m_quotedIdentifiers = option.on;
+    }
+    if (first == "IDENTITY_INSERT") {
+        const TableInfo target = table(*option.table);
+        if (!target.identityColumn())
+            throw SqlError(8106, "Table '" + target.name +
+                                     "' does not have the identity property. Cannot perform SET "
+                                     "operation.");
+        m_identityInsert = option.on ? target.fullName() : "";
+    }
+    if (first == "LOCK_TIMEOUT" && option.number) {
+        m_lockTimeout =
+            static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestBusyMilliseconds));
+        m_connection.setBusyTimeout(m_lockTimeout < 0 ? kDefaultBusyMilliseconds : m_lockTimeout);
+    }
+    m_rowCount = 0;
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+// ---- databases
+
+void Executor::useDatabase(const std::string& name) {
+    m_connection.attach(name);
+    const std::string before = std::exchange(m_database, m_engine.storage.canonicalName(name));
+    m_sink->databaseChanged(before, m_database);
+}
+
+Flow Executor::run(const Use& use) {
+    refuseInFunction();
+    if (!m_frames.back()->procedure.empty())
+        throw SqlError(154, "a USE database statement is not allowed in a procedure, function or trigger.",
+                       15);
+    useDatabase(use.database);
+    report({5701, 0, 2, use.line, {}, "Changed database context to '" + m_database + "'."});
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+Flow Executor::run(const CreateDatabase& create) {
+    refuseInFunction();
+    if (m_transactions > 0)
+        throw SqlError(226, "CREATE DATABASE statement not allowed within multi-statement transaction.", 16,
+                       6);
+    m_engine.storage.create(create.name);
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+// Lets go of the database; an error when other sessions have it.
+void Executor::releaseDatabase(std::string_view name, int errorNumber) {
+    if (databaseKey(name) == databaseKey(m_database) ||
+        m_engine.uses.count(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name))) {
+        if (errorNumber == 3702)
+            throw SqlError(
+                3702, "Cannot drop database \"" + std::string(name) + "\" because it is currently in use.",
+                16, 3);
+        throw SqlError(3101, "Exclusive access could not be obtained because the database is in use.");
+    }
+    m_connection.detach(name);
+}
+
+void Executor::dropDatabase(const std::string& name, bool ifExists) {
+    if (!m_engine.storage.exists(name)) {
+        if (ifExists) return;
+        throw SqlError(3701,
+                       "Cannot drop the database '" + name +
+                           "', because it does not exist or you do not have permission.",
+                       11);
+    }
+    if (m_transactions > 0)
+        throw SqlError(226, "DROP DATABASE statement not allowed within multi-statement transaction.", 16, 6);
+    releaseDatabase(name, 3702);
+    m_engine.storage.drop(name);
+}
+
+// ---- transactions
+
+// SQLite's transaction begins with the first change, so that reading before it holds no old state.
+void Executor::beforeWrite() {
+    if (m_transactions > 0 && !m_connection.inTransaction()) m_connection.run("BEGIN");
+}
+
+void Executor::rollBack() {
+    m_transactions = 0;
+    if (m_connection.inTransaction()) m_connection.run("ROLLBACK");
+}
+
+void Executor::rollBackTo(const std::string& name) {
+    if (sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr, nullptr,
+                     nullptr) == SQLITE_OK)
+        return;
+    throw SqlError(6401,
+                   "Cannot roll back " + name + ". No transaction or savepoint of that name was found.");
+}
+
+Flow Executor::run(const Transaction& transaction) {
+    refuseInFunction();
+    switch (transaction.verb) {
+        case TransactionVerb::Begin:
+            if (++m_transactions == 1) m_transactionName = transaction.name;
+            break;
+        case TransactionVerb::Save:
+            if (m_transactions == 0)
+                throw SqlError(628, "Cannot issue SAVE TRANSACTION when there is no active transaction.");
+            beforeWrite();
+            m_connection.run("SAVEPOINT " + quotedName(transaction.name));
+            break;
+        case TransactionVerb::Commit:
+            if (m_transactions == 0)
+                throw SqlError(3902,
+                               "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+            if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
+            --m_transactions;
+            break;
+        case TransactionVerb::Rollback:
+            if (m_transactions == 0)
+                throw SqlError(3903,
+                               "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+            if (transaction.name.empty() || sameWord(transaction.name, m_transactionName))
+                rollBack();
+            else
+                rollBackTo(transaction.name);
+            break;
+    }
+    m_rowCount = 0;
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+// ---- backup
+
+Flow Executor::run(const ast::Backup& backup) {
+    refuseInFunction();
+    const std::string name = evaluateText(*backup.database);
+    const auto start = std::chrono::steady_clock::now();
+    try {
+        const BackupHeader header = backupDatabase(m_engine.storage, name, evaluateText(*backup.file));
+        recordBackup(header.database, header.started, header.finished, header.bytes);
+        const std::string pages = std::to_string(header.pages);
+        const auto inform = [this](int number, const std::string& text) {
+            report({number, 0, 1, m_line, m_frames.back()->procedure, text});
+        };
+        inform(4035, "Processed " + pages + " pages for database '" + header.database + "', file '" +
+                         dataLogicalName(header.database) + "' on file 1.");
+        const double seconds =
+            std::max(0.001, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+        constexpr double kMegabyte = 1024.0 * 1024.0;
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      "BACKUP DATABASE successfully processed %lld pages in %.3f seconds (%.3f MB/sec).",
+                      static_cast<long long>(header.pages), seconds,
+                      static_cast<double>(header.bytes) / kMegabyte / seconds);
+        inform(3014, text);
+    } catch (const SqlError& error) {
+        report(messageOf(error, m_line));
+        throw SqlError(kTerminated, terminatedText("BACKUP DATABASE"));
+    }
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+void Executor::recordBackup(std::string_view database, std::string_view started, std::string_view finished,
+                            std::int64_t bytes) {
+    beforeWrite();
+    const Value values[] = {std::string(database), std::string(started), std::string(finished),
+                            std::string("D"), bytes};
+    m_connection.run(
+        "INSERT INTO " + m_connection.attach("msdb") +
+            ".backupset (database_name, backup_start_date, backup_finish_date, type, backup_size) "
+            "VALUES (?1, ?2, ?3, ?4, ?5)",
+        values);
+}
+
+Flow Executor::run(const Restore& restore) {
+    refuseInFunction();
+    const std::string verb = restore.fileListOnly ? "RESTORE FILELIST" : "RESTORE DATABASE";
+    try {
+        const std::string file = evaluateText(*restore.file);
+        if (restore.fileListOnly) {
+            const auto rows = fileListRows(readBackupHeader(file));
+            m_sink->columns(fileListColumns());
+            for (const auto& row : rows) {
+                std::vector<CellView> cells;
+                for (const auto& value : row) cells.push_back(viewOf(value));
+                m_sink->row(cells);
+            }
+            m_rowCount = static_cast<std::int64_t>(rows.size());
+            m_error = 0;
+            done(m_rowCount, true);
+            return Flow::Next;
+        }
+        const std::string name = evaluateText(*restore.database);
+        std::vector<std::string> moved;
+        for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
+        if (m_engine.storage.exists(name)) releaseDatabase(name, 3101);
+        const BackupHeader header = restoreDatabase(m_engine.storage, file, name, restore.replace, moved);
+        report({4035, 0, 1, m_line, m_frames.back()->procedure,
+                "Processed " + std::to_string(header.pages) + " pages for database '" + name + "', file '" +
+                    dataLogicalName(header.database) + "' on file 1."});
+        report({3014, 0, 1, m_line, m_frames.back()->procedure,
+                "RESTORE DATABASE successfully processed " + std::to_string(header.pages) + " pages."});
+    } catch (const SqlError& error) {
+        report(messageOf(error, m_line));
+        throw SqlError(kTerminated, terminatedText(verb));
+    }
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+}  // namespace tsql

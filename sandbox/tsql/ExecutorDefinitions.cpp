@@ -1,0 +1,334 @@
+// CREATE, ALTER and DROP of tables and indexes.
+#include <algorithm>
+
+#include "Atomic.h"
+#include "Executor.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+bool isTemporaryName(std::string_view name) {
+    return name.starts_with('#');
+}
+
+std::string_view storageClass(const SqlType& type) {
+    if (isExact(type.id)) return "INTEGER";
+    if (isApproximate(type.id)) return "REAL";
+    if (isBinary(type.id)) return "BLOB";
+    return "TEXT COLLATE ts_ci";
+}
+
+std::string nameList(const std::vector<std::string>& names) {
+    std::string list;
+    for (const auto& name : names) list += (list.empty() ? "" : ", ") + quotedName(name);
+    return list;
+}
+
+std::string indexName(const std::string& name, std::int64_t table) {
+    return quotedName(name + "@" + std::to_string(table));
+}
+
+// "PK__Orders__0000002A" when the statement gives no name.
+std::string constraintName(const Constraint& constraint, std::string_view type, const TableInfo& table,
+                           std::size_t number) {
+    if (!constraint.name.empty()) return constraint.name;
+    return std::string(type) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) + "_" +
+           std::to_string(number);
+}
+
+std::vector<const Constraint*> allConstraints(const CreateTable& create) {
+    std::vector<const Constraint*> all;
+    for (const auto& column : create.columns)
+        for (const auto& constraint : column.constraints) all.push_back(&constraint);
+    for (const auto& constraint : create.constraints) all.push_back(&constraint);
+    return all;
+}
+
+bool isKeyColumn(const CreateTable& create, std::string_view name) {
+    for (const auto* constraint : allConstraints(create))
+        if (constraint->kind == ConstraintKind::PrimaryKey)
+            for (const auto& column : constraint->columns)
+                if (compareText(column, name) == 0) return true;
+    return false;
+}
+
+TableColumn columnOf(const ColumnDefinition& definition, bool inKey) {
+    TableColumn column{
+        definition.name, definition.type, definition.nullable.value_or(true), definition.identity, {}};
+    if (definition.identity || inKey) column.nullable = false;
+    for (const auto& constraint : definition.constraints)
+        if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
+    return column;
+}
+
+std::string columnText(const TableColumn& column) {
+    if (column.identity) return quotedName(column.name) + " INTEGER PRIMARY KEY AUTOINCREMENT";
+    return quotedName(column.name) + " " + std::string(storageClass(column.type)) +
+           (column.nullable ? "" : " NOT NULL");
+}
+
+void checkDefinition(const CreateTable& create) {
+    std::vector<std::string> names;
+    bool identity = false;
+    for (const auto& column : create.columns) {
+        for (const auto& name : names)
+            if (compareText(name, column.name) == 0)
+                throw SqlError(2705, "Column names in each table must be unique. Column name '" +
+                                         column.name + "' in table '" + create.table.name +
+                                         "' is specified more than once.");
+        names.push_back(column.name);
+        if (column.identity && !isExact(column.type.id))
+            throw SqlError(
+                2749, "Identity column '" + column.name +
+                          "' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with "
+                          "a scale of 0, and constrained to be nonnullable.");
+        if (column.identity && identity)
+            throw SqlError(2744, "Multiple identity columns specified for table '" + create.table.name +
+                                     "'. Only one identity column per table is allowed.");
+        identity = identity || column.identity;
+    }
+}
+
+}  // namespace
+
+Flow Executor::run(const CreateTable& create) {
+    refuseInFunction();
+    createTable(create);
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+TableInfo Executor::createTable(const CreateTable& create) {
+    checkDefinition(create);
+    Catalogue target = catalogue(create.table);
+    beforeWrite();
+    Atomic atomic(m_connection);
+    const auto existing = target.find(create.table.name);
+    if (existing && !isTemporaryName(create.table.name))
+        throw SqlError(2714, "There is already an object named '" + create.table.name + "' in the database.",
+                       16, 6);
+    TableInfo table;
+    table.name = create.table.name;
+    table.id = target.add(table.name, objectType::kTable, 0, "");
+    table.stored = table.name;
+    if (target.isTemporary()) target.setStored(table.id, table.stored += "@" + std::to_string(table.id));
+    std::string body;
+    for (const auto& definition : create.columns) {
+        table.columns.push_back(columnOf(definition, isKeyColumn(create, definition.name)));
+        body += (body.empty() ? "" : ", ") + columnText(table.columns.back());
+    }
+    for (const auto* constraint : allConstraints(create)) {
+        const bool named = !constraint->columns.empty() && constraint->kind == ConstraintKind::Default;
+        for (auto& column : table.columns)  // DEFAULT ... FOR column
+            if (named && compareText(column.name, constraint->columns.front()) == 0)
+                column.byDefault = constraint->text;
+        addConstraint(target, table, *constraint, body);
+    }
+    target.addColumns(table.id, table.columns);
+    table = *target.table(table.name);
+    m_connection.run("CREATE TABLE " + table.sqlName() + " (" + body + ")");
+    for (const auto& definition : create.columns)
+        if (definition.identity && definition.seed != 1) {
+            const Value start[] = {table.stored, definition.seed - 1};
+            m_connection.run("INSERT INTO " + table.schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)",
+                             start);
+        }
+    atomic.commit();
+    return table;
+}
+
+void Executor::addConstraint(Catalogue& catalogue, TableInfo& table, const Constraint& constraint,
+                             std::string& body) {
+    std::string keys;
+    for (const auto& name : constraint.columns) {
+        const TableColumn* column = table.column(name);
+        if (!column)
+            throw SqlError(1911, "Column name '" + name + "' does not exist in the target table or view.");
+        keys += (keys.empty() ? "" : ", ") + column->name;
+    }
+    const auto note = [&](std::string_view type, std::string_view detail) {
+        const std::string name = constraintName(constraint, type, table, body.size());
+        if (catalogue.find(name) && !catalogue.isTemporary())
+            throw SqlError(2714, "There is already an object named '" + name + "' in the database.", 16, 5);
+        catalogue.add(name, type, table.id, detail);
+        return name;
+    };
+    switch (constraint.kind) {
+        case ConstraintKind::PrimaryKey:
+        case ConstraintKind::Unique:
+            note(constraint.kind == ConstraintKind::Unique ? objectType::kUnique : objectType::kPrimaryKey,
+                 keys);
+            // The identity is SQLite's own key already.
+            if (const TableColumn* identity = table.identityColumn(); !identity || identity->name != keys)
+                body += ", UNIQUE (" + nameList(constraint.columns) + ")";
+            break;
+        case ConstraintKind::Check:
+            body += ", CONSTRAINT " + quotedName(note(objectType::kCheck, "")) + " CHECK (" +
+                    Translator(*this).check(table, *constraint.check) + ")";
+            break;
+        case ConstraintKind::ForeignKey:
+            note(objectType::kForeignKey, keys);
+            body +=
+                ", FOREIGN KEY (" + nameList(constraint.columns) + ") REFERENCES " +
+                quotedName(constraint.references) +
+                (constraint.referencedColumns.empty() ? ""
+                                                      : " (" + nameList(constraint.referencedColumns) + ")") +
+                (constraint.cascade ? " ON DELETE CASCADE" : "");
+            break;
+        case ConstraintKind::Default:
+            break;
+    }
+}
+
+Flow Executor::run(const AlterTable& alter) {
+    refuseInFunction();
+    TableInfo target = table(alter.table);
+    Catalogue owner = catalogue(alter.table);
+    beforeWrite();
+    Atomic atomic(m_connection);
+    for (const auto& definition : alter.addColumns) {
+        const TableColumn column = columnOf(definition, false);
+        if (target.column(column.name))
+            throw SqlError(2705, "Column names in each table must be unique. Column name '" + column.name +
+                                     "' in table '" + target.name + "' is specified more than once.");
+        if (column.identity || definition.constraints.size() > (column.byDefault.empty() ? 0U : 1U))
+            throw SqlError(
+                50000,
+                "tsqlbox does not support ALTER TABLE ADD of an identity or of a constraint other than "
+                "DEFAULT.");
+        std::string text = columnText(column);
+        if (!column.byDefault.empty() && !column.nullable) {
+            const Value value = evaluate(*parseExpression(column.byDefault), column.type);
+            const Value values[] = {value};
+            PreparedStatement quoted(m_connection, "SELECT quote(?1)");
+            quoted.bindAll(values);
+            quoted.step();
+            text += " DEFAULT " + quoted.text(0);
+        } else if (!column.nullable) {
+            throw SqlError(
+                4901,
+                "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT "
+                "definition specified. Column '" +
+                    column.name + "' cannot be added to table '" + target.name +
+                    "' because it does not satisfy these conditions.");
+        }
+        m_connection.run("ALTER TABLE " + target.sqlName() + " ADD COLUMN " + text);
+        owner.addColumns(target.id, {column});
+    }
+    for (const auto& name : alter.dropColumns) {
+        if (!target.column(name))
+            throw SqlError(4924, "ALTER TABLE DROP COLUMN failed because column '" + name +
+                                     "' does not exist in table '" + target.name + "'.");
+        m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
+        owner.removeColumn(target.id, name);
+    }
+    atomic.commit();
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+Flow Executor::run(const CreateIndex& create) {
+    refuseInFunction();
+    const TableInfo target = table(create.table);
+    Catalogue owner = catalogue(create.table);
+    if (owner.index(target.id, create.name))
+        throw SqlError(1913, "The operation failed because an index or statistics with name '" + create.name +
+                                 "' already exists on table 'dbo." + target.name + "'.");
+    std::string list, keys;
+    for (const auto& [name, descending] : create.columns) {
+        const TableColumn* column = target.column(name);
+        if (!column)
+            throw SqlError(1911, "Column name '" + name + "' does not exist in the target table or view.");
+        list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
+        keys += (keys.empty() ? "" : ", ") + column->name;
+    }
+    beforeWrite();
+    Atomic atomic(m_connection);
+    m_target = target;
+    m_verb = "CREATE INDEX";
+    m_connection.run(std::string("CREATE ") + (create.unique ? "UNIQUE " : "") + "INDEX " + target.schema +
+                     "." + indexName(create.name, target.id) + " ON " + quotedName(target.stored) + " (" +
+                     list + ")");
+    owner.add(create.name, objectType::kIndex, target.id, keys);
+    atomic.commit();
+    m_verb.clear();
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+Flow Executor::run(const Drop& drop) {
+    refuseInFunction();
+    for (const auto& name : drop.names) {
+        if (drop.kind == ObjectKind::Database) {
+            dropDatabase(name.name, drop.ifExists);
+            continue;
+        }
+        Catalogue owner =
+            catalogue(drop.kind == ObjectKind::Index ? ObjectName{{}, {}, name.schema, 0} : name);
+        beforeWrite();
+        Atomic atomic(m_connection);
+        if (drop.kind == ObjectKind::Table) {
+            dropTable(owner, name, drop.ifExists);
+        } else if (drop.kind == ObjectKind::Index) {
+            const auto target = owner.table(name.schema);
+            const auto index = target ? owner.index(target->id, name.name) : std::nullopt;
+            if (!index && !drop.ifExists)
+                throw SqlError(3701,
+                               "Cannot drop the index '" + name.schema + "." + name.name +
+                                   "', because it does not exist or you do not have permission.",
+                               11, 7);
+            if (!index) continue;
+            m_connection.run("DROP INDEX " + target->schema + "." + indexName(name.name, target->id));
+            owner.remove(index->id);
+        } else {
+            const bool procedure = drop.kind == ObjectKind::Procedure;
+            const auto module = owner.find(name.name);
+            const bool fits =
+                module && module->type == (procedure ? objectType::kProcedure : objectType::kFunction);
+            if (!fits && !drop.ifExists)
+                throw SqlError(3701,
+                               std::string("Cannot drop the ") + (procedure ? "procedure" : "function") +
+                                   " '" + name.name +
+                                   "', because it does not exist or you do not have permission.",
+                               11, 5);
+            if (fits) owner.remove(module->id);
+        }
+        atomic.commit();
+    }
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+void Executor::dropTable(Catalogue& catalogue, const ObjectName& name, bool ifExists) {
+    const auto target = catalogue.table(name.name);
+    if (!target && ifExists) return;
+    if (!target)
+        throw SqlError(3701,
+                       "Cannot drop the table '" + name.name +
+                           "', because it does not exist or you do not have permission.",
+                       11, 5);
+    m_target = *target;
+    m_verb = "DROP TABLE";
+    m_connection.run("DROP TABLE " + target->sqlName());
+    catalogue.remove(target->id);
+    m_verb.clear();
+}
+
+// What a procedure has made goes with it.
+void Executor::dropTemporaryTables(std::int64_t after) {
+    Catalogue owner = temporary();
+    for (const auto& table : owner.tablesAfter(after)) {
+        m_connection.run("DROP TABLE " + table.sqlName());
+        owner.remove(table.id);
+    }
+}
+
+}  // namespace tsql

@@ -1,0 +1,252 @@
+// Procedures and functions: kept as text, parsed when they run.
+#include "Atomic.h"
+#include "Executor.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::size_t kParsedTexts = 256;
+constexpr std::size_t kDeepestCall = 32;
+
+const CreateModule& moduleOf(const Batch& batch) {
+    return std::get<CreateModule>(batch.statements.front()->node);
+}
+
+std::vector<TableColumn> parameterColumns(const CreateModule& module) {
+    std::vector<TableColumn> columns;
+    if (module.function) columns.push_back({"", module.returns, true, false, {}, true});
+    for (const auto& parameter : module.parameters)
+        columns.push_back({parameter.name, parameter.type, true, false, {}, parameter.output});
+    return columns;
+}
+
+}  // namespace
+
+// The text is the batch that the module stands in: all of it.
+Flow Executor::run(const CreateModule& module) {
+    refuseInFunction();
+    const std::string_view type = module.function ? objectType::kFunction : objectType::kProcedure;
+    if (!module.name.schema.empty() && !sameWord(module.name.schema, "dbo"))
+        throw SqlError(2760, "The specified schema name \"" + module.name.schema +
+                                 "\" either does not exist or you do not have permission to use it.");
+    Catalogue owner = catalogue(module.name);
+    beforeWrite();
+    Atomic atomic(m_connection);
+    const auto existing = owner.find(module.name.name);
+    if (existing && (!module.alter || existing->type != type))
+        throw SqlError(2714, "There is already an object named '" + module.name.name + "' in the database.",
+                       16, 3);
+    if (!existing && !module.create)
+        throw SqlError(208, "Invalid object name '" + module.name.name + "'.", 16, 6);
+    std::int64_t id = existing ? existing->id : owner.add(module.name.name, type, 0, m_text);
+    if (existing) {
+        owner.setSource(id, m_text);
+        owner.removeColumns(id);
+    }
+    owner.addColumns(id, parameterColumns(module));
+    atomic.commit();
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
+    const auto found = m_parsed.find(text);
+    if (found != m_parsed.end()) return found->second;
+    if (m_parsed.size() >= kParsedTexts) m_parsed.clear();
+    return m_parsed[text] = parseBatch(text, m_quotedIdentifiers);
+}
+
+std::optional<ObjectInfo> Executor::module(const ObjectName& name, std::string_view type,
+                                           std::string& database) {
+    Catalogue owner = catalogue(name);
+    auto found = owner.find(name.name);
+    database = databaseOf(name);
+    if ((!found || found->type != type) && name.database.empty() &&
+        lowerAscii(name.name).starts_with("sp_")) {
+        database = "master";  // what master's sp_ procedures read is still the caller's database
+        found = Catalogue(m_connection, "master", m_connection.attach("master")).find(name.name);
+    }
+    return found && found->type == type ? found : std::nullopt;
+}
+
+// Runs `body` with `frame` innermost; its temporary tables end with it.
+void Executor::runFrame(const Block& body, Frame& frame) {
+    if (m_frames.size() >= kDeepestCall)
+        throw SqlError(
+            217, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).");
+    struct Entered {
+        std::vector<Frame*>& frames;
+        ~Entered() { frames.pop_back(); }
+    };
+    m_frames.push_back(&frame);
+    const Entered entered{m_frames};
+    runBlock(body);
+}
+
+Flow Executor::run(const Execute& execute) {
+    refuseInFunction();
+    runText(execute);
+    return Flow::Next;
+}
+
+void Executor::runText(const Execute& execute) {
+    if (execute.text) {
+        const std::string outer = std::exchange(m_text, evaluateText(*execute.text));
+        struct Restore {
+            std::string& place;
+            const std::string& text;
+            ~Restore() { place = text; }
+        } restore{m_text, outer};
+        const auto batch = parseBatch(m_text, m_quotedIdentifiers);
+        Frame frame;
+        frame.database = m_frames.back()->database;
+        const std::string database = m_database;
+        const std::int64_t tables = temporary().lastId();
+        try {
+            runFrame(batch->statements, frame);
+        } catch (const ScopeEnd&) {
+        }
+        dropTemporaryTables(tables);
+        if (m_database != database) useDatabase(database);
+        return;
+    }
+    if (execute.procedure.schema.empty() || sameWord(execute.procedure.schema, "sys")) {
+        if (sameWord(execute.procedure.name, "sp_executesql")) return executeSql(execute);
+    }
+    callProcedure(execute);
+}
+
+// sp_executesql @statement, @declarations, values...: the text is the body of a procedure without a name.
+void Executor::executeSql(const Execute& execute) {
+    if (execute.arguments.empty() || !execute.arguments.front().value)
+        throw SqlError(201,
+                       "Procedure or function 'sp_executesql' expects parameter '@statement', which was not "
+                       "supplied.",
+                       16, 10);
+    const std::string declarations = execute.arguments.size() > 1 && execute.arguments[1].value
+                                         ? evaluateText(*execute.arguments[1].value)
+                                         : "";
+    const std::string text = "CREATE PROCEDURE sp_executesql " + declarations + " AS " +
+                             evaluateText(*execute.arguments.front().value);
+    const auto batch = parsed(text);
+    const CreateModule& module = moduleOf(*batch);
+    Frame frame;
+    frame.database = m_frames.back()->database;
+    const std::int64_t tables = temporary().lastId();
+    bindArguments(module, execute, frame);
+    try {
+        runFrame(module.body, frame);
+    } catch (const ScopeEnd&) {
+    }
+    dropTemporaryTables(tables);
+    returnOutputs(module, execute, frame);
+}
+
+void Executor::callProcedure(const Execute& execute) {
+    Frame frame;
+    const auto procedure = module(execute.procedure, objectType::kProcedure, frame.database);
+    if (!procedure)
+        throw SqlError(2812, "Could not find stored procedure '" + execute.procedure.name + "'.", 16, 62);
+    const auto batch = parsed(procedure->source);
+    const CreateModule& module = moduleOf(*batch);
+    frame.procedure = procedure->name;
+    frame.returned = std::int64_t{0};
+    const bool noCount = m_noCount;
+    const std::int64_t tables = temporary().lastId();
+    bindArguments(module, execute, frame);
+    try {
+        runFrame(module.body, frame);
+    } catch (const ScopeEnd&) {
+        frame.returned = std::int64_t{-6};
+    }
+    m_noCount = noCount;  // what a procedure sets is its own
+    dropTemporaryTables(tables);
+    returnOutputs(module, execute, frame);
+    done(-1);
+}
+
+const Argument* Executor::argumentOf(const Execute& execute, const CreateModule& module,
+                                     std::size_t parameter) const {
+    // The first two of sp_executesql are its text and its declarations.
+    const std::size_t skipped = sameWord(execute.procedure.name, "sp_executesql") ? 2 : 0;
+    for (const auto& argument : execute.arguments)
+        if (!argument.name.empty() && sameWord(argument.name, module.parameters[parameter].name))
+            return &argument;
+    const std::size_t position = parameter + skipped;
+    if (position < execute.arguments.size() && execute.arguments[position].name.empty())
+        return &execute.arguments[position];
+    return nullptr;
+}
+
+void Executor::bindArguments(const CreateModule& module, const Execute& execute, Frame& frame) {
+    const std::string name = execute.procedure.name;
+    const std::size_t skipped = sameWord(name, "sp_executesql") ? 2 : 0;
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < module.parameters.size(); ++i) {
+        const Parameter& parameter = module.parameters[i];
+        const Argument* argument = argumentOf(execute, module, i);
+        const Expr* value = argument && argument->value ? argument->value.get() : parameter.byDefault.get();
+        if (!value)
+            throw SqlError(201,
+                           "Procedure or function '" + name + "' expects parameter '" + parameter.name +
+                               "', which was not supplied.",
+                           16, 4);
+        used += argument != nullptr;
+        frame.variables[lowerAscii(parameter.name)] = {parameter.type, evaluate(*value, parameter.type)};
+    }
+    if (used + skipped >= execute.arguments.size()) return;
+    for (const auto& argument : execute.arguments)
+        if (!argument.name.empty() && !frame.variables.contains(lowerAscii(argument.name)))
+            throw SqlError(8145, argument.name + " is not a parameter for procedure " + name + ".");
+    throw SqlError(8144, "Procedure or function " + name + " has too many arguments specified.", 16, 2);
+}
+
+void Executor::returnOutputs(const CreateModule& module, const Execute& execute, const Frame& frame) {
+    for (std::size_t i = 0; i < module.parameters.size(); ++i) {
+        const Argument* argument = argumentOf(execute, module, i);
+        if (!argument || !argument->output) continue;
+        const Parameter& parameter = module.parameters[i];
+        if (!parameter.output)
+            throw SqlError(
+                8162, "The formal parameter \"" + parameter.name +
+                          "\" was not declared as an OUTPUT parameter, but the actual parameter passed in "
+                          "requested output.");
+        const Variable& value = frame.variables.at(lowerAscii(parameter.name));
+        setVariable(std::get<VariableRef>(argument->value->node).name, viewOf(value.value), value.type);
+    }
+    if (!execute.resultVariable.empty())
+        setVariable(execute.resultVariable, viewOf(frame.returned), simpleType(TypeId::Int));
+}
+
+// Called by SQLite for every row of a query that calls the function.
+Value Executor::callFunction(std::string_view database, std::string_view name,
+                             std::span<const CellView> arguments) {
+    const ObjectName object{std::string(database), "dbo", std::string(name), m_line};
+    Frame frame;
+    const auto function = module(object, objectType::kFunction, frame.database);
+    if (!function) throw SqlError(208, "Invalid object name '" + object.name + "'.");
+    const auto batch = parsed(function->source);
+    const CreateModule& module = moduleOf(*batch);
+    frame.procedure = function->name;
+    frame.isFunction = true;
+    frame.returnType = module.returns;
+    for (std::size_t i = 0; i < module.parameters.size(); ++i)
+        frame.variables[lowerAscii(module.parameters[i].name)] = {
+            module.parameters[i].type, i < arguments.size() ? ownedValue(arguments[i]) : Value(Null{})};
+    const int line = m_line;
+    try {
+        runFrame(module.body, frame);
+    } catch (const Raised& raised) {
+        throw SqlError(raised.message.number, raised.message.text, raised.message.severity,
+                       raised.message.state);
+    }
+    m_line = line;
+    return frame.returned;
+}
+
+}  // namespace tsql

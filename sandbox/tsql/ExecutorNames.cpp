@@ -1,0 +1,307 @@
+// What names mean to a session: variables, tables, functions, and the facts that its functions ask for.
+#include <unistd.h>
+#include <algorithm>
+
+#include "Executor.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::string_view kProductVersion = "15.0.2000.5";
+constexpr std::string_view kVersionText =
+    "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
+
+std::string hostName() {
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
+}
+
+std::string textAt(std::span<const CellView> arguments, std::size_t index) {
+    if (index >= arguments.size()) return {};
+    if (const auto* text = std::get_if<std::string_view>(&arguments[index])) return std::string(*text);
+    return {};
+}
+
+// "[dbo].[t]", "db..t" to their parts.
+ObjectName splitName(std::string_view text) {
+    std::vector<std::string> parts(1);
+    for (const Token& token : tokenize(text)) {
+        if (token.kind == TokenKind::End) break;
+        if (token.raw == ".")
+            parts.emplace_back();
+        else
+            parts.back() = unquoted(token);
+    }
+    ObjectName name;
+    name.name = parts.back();
+    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
+    if (parts.size() > 2) name.database = parts[parts.size() - 3];
+    return name;
+}
+
+SqlType identityType() {
+    constexpr int kDigits = 18;
+    return decimalType(kDigits, 0);
+}
+
+Value number(std::int64_t value) {
+    return Value(value);
+}
+
+Value optionalNumber(const std::optional<std::int64_t>& number) {
+    return number ? Value(*number) : Value(Null{});
+}
+
+}  // namespace
+
+// ---- variables
+
+const Variable& Executor::local(std::string_view name) {
+    const auto found = m_frames.back()->variables.find(lowerAscii(name));
+    if (found == m_frames.back()->variables.end())
+        throw SqlError(137, "Must declare the scalar variable \"" + std::string(name) + "\".", 15);
+    return found->second;
+}
+
+// @@name: its type, and where its value comes from.
+struct Executor::Global {
+    std::string_view name;
+    SqlType type;
+    Value (*value)(const Executor& self);
+};
+
+const std::vector<Executor::Global>& Executor::globals() {
+    using Self = const Executor&;
+    static const std::vector<Global> table = {
+        {"@@error", simpleType(TypeId::Int), [](Self self) { return number(self.m_error); }},
+        {"@@rowcount", simpleType(TypeId::Int), [](Self self) { return number(self.m_rowCount); }},
+        {"@@identity", identityType(), [](Self self) { return optionalNumber(self.m_identity); }},
+        {"@@trancount", simpleType(TypeId::Int), [](Self self) { return number(self.m_transactions); }},
+        {"@@spid", simpleType(TypeId::SmallInt), [](Self self) { return number(self.m_spid); }},
+        {"@@lock_timeout", simpleType(TypeId::Int), [](Self self) { return number(self.m_lockTimeout); }},
+        {"@@nestlevel", simpleType(TypeId::Int),
+         [](Self self) { return number(static_cast<std::int64_t>(self.m_frames.size()) - 1); }},
+        {"@@version", nvarcharType(300), [](Self) { return Value(std::string(kVersionText)); }},
+        {"@@servername", nvarcharType(128), [](Self) { return Value(hostName()); }},
+        {"@@servicename", nvarcharType(128), [](Self) { return Value(std::string("MSSQLSERVER")); }},
+        {"@@language", nvarcharType(128), [](Self) { return Value(std::string("us_english")); }},
+        {"@@max_precision", simpleType(TypeId::TinyInt), [](Self) { return number(38); }},
+        {"@@datefirst", simpleType(TypeId::TinyInt), [](Self) { return number(7); }},
+        {"@@options", simpleType(TypeId::Int), [](Self) { return number(5496); }},
+        {"@@microsoftversion", simpleType(TypeId::Int), [](Self) { return number(0x0F0007D0); }},
+        {"@@textsize", simpleType(TypeId::Int), [](Self) { return number(2147483647); }},
+        {"@@fetch_status", simpleType(TypeId::Int), [](Self) { return number(-1); }},
+        {"@@max_connections", simpleType(TypeId::Int), [](Self) { return number(32767); }},
+    };
+    return table;
+}
+
+const Executor::Global& Executor::global(std::string_view name) {
+    for (const auto& each : globals())
+        if (sameWord(each.name, name)) return each;
+    throw SqlError(137, "Must declare the scalar variable \"" + std::string(name) + "\".", 15);
+}
+
+SqlType Executor::variableType(std::string_view name) {
+    return name.starts_with("@@") ? global(name).type : local(name).type;
+}
+
+Value Executor::variableValue(std::string_view name) {
+    return name.starts_with("@@") ? global(name).value(*this) : local(name).value;
+}
+
+// ---- objects
+
+std::string Executor::databaseOf(const ObjectName& name) const {
+    if (!name.database.empty()) {
+        const std::string known = m_engine.storage.canonicalName(name.database);
+        return known.empty() ? name.database : known;
+    }
+    const std::string& inner = m_frames.empty() ? m_database : m_frames.back()->database;
+    return inner.empty() ? m_database : inner;
+}
+
+// tempdb..#t is #t.
+Catalogue Executor::catalogue(const ObjectName& name) {
+    if (name.name.starts_with('#')) {
+        if (name.name.starts_with("##"))
+            throw SqlError(50000, "tsqlbox does not support global temporary tables.");
+        return temporary();
+    }
+    const std::string database = databaseOf(name);
+    return {m_connection, database, m_connection.attach(database)};
+}
+
+TableInfo Executor::table(const ObjectName& name) {
+    const bool knownSchema =
+        name.schema.empty() || sameWord(name.schema, "dbo") || name.name.starts_with('#');
+    const bool knownDatabase = name.database.empty() || m_engine.storage.exists(name.database);
+    if (knownSchema && knownDatabase)
+        if (auto found = catalogue(name).table(name.name)) return *found;
+    std::string full = name.database;
+    if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
+    throw SqlError(208, "Invalid object name '" + full + name.name + "'.");
+}
+
+std::optional<SystemView> Executor::view(const ObjectName& name) {
+    if (name.name.starts_with('#') || (!name.database.empty() && !m_engine.storage.exists(name.database)))
+        return std::nullopt;
+    const std::string database = databaseOf(name);
+    const bool system = sameWord(name.schema, "sys") || sameWord(name.schema, "INFORMATION_SCHEMA");
+    const Catalogue owner = catalogue(name);
+    if (!system && owner.table(name.name)) return std::nullopt;
+    return systemView(name.schema, name.name, m_connection.attach(database), database, m_engine.storage);
+}
+
+std::optional<UserFunction> Executor::function(const ObjectName& name) {
+    if (!sameWord(name.schema, "dbo") && !name.schema.empty()) return std::nullopt;
+    std::string database;
+    const auto found = module(name, objectType::kFunction, database);
+    if (!found) return std::nullopt;
+    UserFunction function{database, found->name, {}, {}};
+    for (const auto& column : catalogue({database, "dbo", name.name, 0}).columns(found->id)) {
+        if (column.name.empty())
+            function.returns = column.type;
+        else
+            function.parameters.push_back(column.type);
+    }
+    return function;
+}
+
+// ---- facts
+
+Value Executor::objectId(std::span<const CellView> arguments) {
+    const ObjectName name = splitName(textAt(arguments, 0));
+    if (!name.database.empty() && !m_engine.storage.exists(name.database)) return Null{};
+    const auto found = catalogue(name).find(name.name);
+    const std::string type = toUpper(trimmed(textAt(arguments, 1)));
+    if (!found || (!type.empty() && found->type != type)) return Null{};
+    return found->id;
+}
+
+Value Executor::identityOf(std::string_view name) {
+    const TableInfo info = table(splitName(name));
+    if (!info.identityColumn()) return Null{};
+    PreparedStatement query(m_connection,
+                            "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1");
+    query.bind(1, info.stored);
+    return query.step() ? Value(query.integer(0)) : Value(std::int64_t{1});
+}
+
+Value Executor::errorFact(SessionFunction function) const {
+    if (m_caught.empty()) return Null{};
+    const Message& error = m_caught.back();
+    switch (function) {
+        case SessionFunction::ErrorNumber:
+            return std::int64_t{error.number};
+        case SessionFunction::ErrorSeverity:
+            return std::int64_t{error.severity};
+        case SessionFunction::ErrorState:
+            return std::int64_t{error.state};
+        case SessionFunction::ErrorLine:
+            return std::int64_t{error.line};
+        case SessionFunction::ErrorProcedure:
+            return error.procedure.empty() ? Value(Null{}) : Value(error.procedure);
+        default:
+            return error.text;
+    }
+}
+
+Value Executor::sessionValue(SessionFunction function, std::span<const CellView> arguments) {
+    const auto object = [&](std::string_view name) {
+        return catalogue(splitName(name)).find(splitName(name).name);
+    };
+    switch (function) {
+        case SessionFunction::DbName: {
+            if (arguments.empty()) return databaseOf({});
+            for (const auto& name : m_engine.storage.databases())
+                if (const auto* id = std::get_if<std::int64_t>(&arguments[0]);
+                    id && databaseId(m_engine.storage, name) == *id)
+                    return name;
+            return Null{};
+        }
+        case SessionFunction::DbId: {
+            const auto id =
+                databaseId(m_engine.storage, arguments.empty() ? databaseOf({}) : textAt(arguments, 0));
+            return id ? Value(std::int64_t{*id}) : Value(Null{});
+        }
+        case SessionFunction::ObjectId:
+            return objectId(arguments);
+        case SessionFunction::ObjectName: {
+            const auto* id = arguments.empty() ? nullptr : std::get_if<std::int64_t>(&arguments[0]);
+            const auto found = id ? catalogue({}).findById(*id) : std::nullopt;
+            return found ? Value(found->name) : Value(Null{});
+        }
+        case SessionFunction::ObjectProperty: {
+            const auto* id = arguments.empty() ? nullptr : std::get_if<std::int64_t>(&arguments[0]);
+            const auto found = id ? catalogue({}).findById(*id) : std::nullopt;
+            constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
+                {"IsUserTable", objectType::kTable},
+                {"IsTable", objectType::kTable},
+                {"IsProcedure", objectType::kProcedure},
+                {"IsScalarFunction", objectType::kFunction},
+                {"IsPrimaryKey", objectType::kPrimaryKey}};
+            for (const auto& [property, type] : kProperties)
+                if (found && sameWord(property, textAt(arguments, 1)))
+                    return std::int64_t{found->type == type};
+            return Null{};
+        }
+        case SessionFunction::ColLength: {
+            const auto found = object(textAt(arguments, 0));
+            if (!found || found->type != objectType::kTable) return Null{};
+            const TableInfo info = table(splitName(textAt(arguments, 0)));
+            const TableColumn* column = info.column(textAt(arguments, 1));
+            return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
+        }
+        case SessionFunction::SchemaName:
+        case SessionFunction::UserName:
+            return std::string("dbo");
+        case SessionFunction::LoginName:
+            return m_login;
+        case SessionFunction::HostName:
+            return hostName();
+        case SessionFunction::AppName:
+            return std::string("tsqlbox");
+        case SessionFunction::ServerProperty: {
+            const std::string name = textAt(arguments, 0);
+            const std::pair<std::string_view, std::string> kProperties[] = {
+                {"ProductVersion", std::string(kProductVersion)},
+                {"ProductLevel", "RTM"},
+                {"Edition", "tsqlbox"},
+                {"ServerName", hostName()},
+                {"MachineName", hostName()},
+                {"Collation", "SQL_Latin1_General_CP1_CI_AS"}};
+            for (const auto& [property, value] : kProperties)
+                if (sameWord(property, name)) return value;
+            return Null{};
+        }
+        case SessionFunction::DatabaseProperty: {
+            if (!m_engine.storage.exists(textAt(arguments, 0))) return Null{};
+            const std::pair<std::string_view, std::string> kProperties[] = {
+                {"Status", "ONLINE"},
+                {"Recovery", "SIMPLE"},
+                {"Updateability", "READ_WRITE"},
+                {"UserAccess", "MULTI_USER"},
+                {"Collation", "SQL_Latin1_General_CP1_CI_AS"}};
+            for (const auto& [property, value] : kProperties)
+                if (sameWord(property, textAt(arguments, 1))) return value;
+            return Null{};
+        }
+        case SessionFunction::IsServerRoleMember:
+            return std::int64_t{1};
+        case SessionFunction::ScopeIdentity:
+            return optionalNumber(m_frames.empty() ? std::nullopt : m_frames.back()->identity);
+        case SessionFunction::IdentCurrent:
+            return identityOf(textAt(arguments, 0));
+        case SessionFunction::XactState:
+            return std::int64_t{m_transactions > 0};
+        default:
+            return errorFact(function);
+    }
+}
+
+}  // namespace tsql

@@ -1,0 +1,266 @@
+// SELECT, INSERT, UPDATE, DELETE.
+#include <algorithm>
+#include <functional>
+
+#include "Executor.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two questions whether the client cancelled
+
+// The columns by which INSERT gives its values, or the columns' number was wrong.
+SqlError withoutColumnList(const SqlError& error) {
+    return {213, "Column name or number of supplied values does not match table definition.",
+            error.severity > 15 ? error.severity : 16};
+}
+
+bool isCountError(const SqlError& error) {
+    return error.number == 109 || error.number == 110 || error.number == 120 || error.number == 121;
+}
+
+// Collects what a procedure sends as rows of a table.
+class InsertingSink final : public ResultSink {
+  public:
+    using RowConsumer = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+    InsertingSink(ResultSink& outer, RowConsumer consume) : m_outer(outer), m_consume(std::move(consume)) {}
+
+    void columns(std::span<const Column> columns) override {
+        m_columns.assign(columns.begin(), columns.end());
+    }
+    void row(std::span<const CellView> cells) override { m_consume(m_columns, cells); }
+    void statementDone(std::int64_t, bool) override {}
+    void message(const Message& message) override { m_outer.message(message); }
+    void databaseChanged(std::string_view from, std::string_view to) override {
+        m_outer.databaseChanged(from, to);
+    }
+    bool cancelled() override { return m_outer.cancelled(); }
+
+  private:
+    ResultSink& m_outer;
+    RowConsumer m_consume;
+    std::vector<Column> m_columns;
+};
+
+}  // namespace
+
+Flow Executor::run(const SelectStatement& statement) {
+    const auto* select = std::get_if<Select>(&statement.query->body);
+    if (select && select->into) {
+        refuseInFunction();
+        selectInto(*statement.query, *select->into);
+        return Flow::Next;
+    }
+    Translator translator(*this);
+    const QueryText text = translator.query(*statement.query);
+    const auto values = parameterValues(translator);
+    PreparedStatement prepared(m_connection, text.sql);
+    prepared.bindAll(values);
+    if (!translator.assignments().empty()) {
+        m_rowCount = assignRows(prepared, translator.assignments());
+        m_error = 0;
+        done(-1);
+    } else {
+        refuseInFunction();
+        m_rowCount = sendRows(prepared, text);
+        m_error = 0;
+        done(m_rowCount, true);
+    }
+    return Flow::Next;
+}
+
+std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& text) {
+    std::vector<Column> columns;
+    for (const auto& output : text.columns) columns.push_back(output.column);
+    std::vector<CellView> cells(columns.size());
+    bool more = statement.step();  // an error in the first row leaves no result set
+    m_sink->columns(columns);
+    std::int64_t rows = 0;
+    for (; more; more = statement.step()) {
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            cells[i] = statement.cell(static_cast<int>(i));
+            if (const auto* whole = std::get_if<std::int64_t>(&cells[i]);
+                whole && isApproximate(columns[i].type.id))
+                cells[i] = static_cast<double>(*whole);
+        }
+        m_sink->row(cells);
+        if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
+    }
+    return rows;
+}
+
+std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments) {
+    std::int64_t rows = 0;
+    for (; statement.step(); ++rows)
+        for (std::size_t i = 0; i < assignments.size(); ++i)
+            setVariable(assignments[i].variable, statement.cell(static_cast<int>(i)), assignments[i].type);
+    return rows;
+}
+
+void Executor::selectInto(const Query& query, const ObjectName& name) {
+    Translator translator(*this);
+    const QueryText text = translator.query(query);
+    CreateTable create{name, {}, {}};
+    for (const auto& output : text.columns) {
+        if (output.column.name.empty())
+            throw SqlError(
+                1038,
+                "An object or column name is missing or empty. For SELECT INTO statements, verify each "
+                "column has a name.",
+                15, 5);
+        ColumnDefinition column;
+        column.name = output.column.name;
+        column.type = output.column.type;
+        column.nullable = output.column.nullable;
+        column.identity = output.column.identity;
+        create.columns.push_back(std::move(column));
+    }
+    const TableInfo target = createTable(create);
+    std::string names;
+    for (const auto& column : target.columns) names += (names.empty() ? "" : ", ") + quotedName(column.name);
+    change(target, "INSERT INTO " + target.sqlName() + " (" + names + ") " + text.sql, translator);
+    done(m_rowCount);
+}
+
+// Runs the changing statement; `translator` tells its parameters.
+void Executor::change(const TableInfo& target, const std::string& sql, const Translator& translator) {
+    refuseInFunction();
+    m_target = target;
+    beforeWrite();
+    const auto values = parameterValues(translator);
+    m_connection.run(sql, values);
+    m_rowCount = sqlite3_changes64(m_connection.handle());
+    m_error = 0;
+    m_verb.clear();
+}
+
+std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target, const Insert& insert) const {
+    const bool identityGiven = sameWord(m_identityInsert, target.fullName());
+    std::vector<const TableColumn*> columns;
+    for (const auto& name : insert.columns) {
+        const TableColumn* column = target.column(name);
+        if (!column) throw SqlError(207, "Invalid column name '" + name + "'.");
+        if (std::find(columns.begin(), columns.end(), column) != columns.end())
+            throw SqlError(264, "The column name '" + name +
+                                    "' is specified more than once in the SET clause or column "
+                                    "list of an INSERT.");
+        if (column->identity && !identityGiven)
+            throw SqlError(544, "Cannot insert explicit value for identity column in table '" + target.name +
+                                    "' when IDENTITY_INSERT is set to OFF.");
+        columns.push_back(column);
+    }
+    if (!insert.columns.empty() || insert.defaultValues) return columns;
+    if (identityGiven)
+        throw SqlError(8101,
+                       "An explicit value for the identity column in table '" + target.name +
+                           "' can only be specified when a column list is used and IDENTITY_INSERT is ON.");
+    for (const auto& column : target.columns)
+        if (!column.identity) columns.push_back(&column);
+    return columns;
+}
+
+Flow Executor::run(const Insert& insert) {
+    const TableInfo target = table(insert.table);
+    m_verb = "INSERT";
+    const auto columns = insertColumns(target, insert);
+    Translator translator(*this);
+    try {
+        if (insert.execute)
+            insertExecuted(target, columns, *insert.execute);
+        else if (insert.query)
+            change(target, translator.insertQuery(target, columns, *insert.query), translator);
+        else
+            change(target, translator.insertRows(target, columns, insert), translator);
+    } catch (const SqlError& error) {
+        if (insert.columns.empty() && isCountError(error)) throw withoutColumnList(error);
+        throw;
+    }
+    rememberIdentity(target, m_rowCount);
+    done(m_rowCount);
+    return Flow::Next;
+}
+
+void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
+    std::optional<std::int64_t> identity;
+    if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
+    m_identity = identity;
+    m_frames.back()->identity = identity;
+}
+
+void Executor::insertExecuted(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                              const Statement& execute) {
+    struct CollectedRow {
+        std::vector<Value> cells;
+        std::vector<SqlType> types;
+    };
+    std::vector<CollectedRow> collected;  // the procedure may read the table that is filled
+    InsertingSink sink(*m_sink, [&](std::span<const Column> types, std::span<const CellView> cells) {
+        if (cells.size() != columns.size())
+            throw SqlError(213, "Column name or number of supplied values does not match table definition.");
+        CollectedRow& row = collected.emplace_back();
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            row.cells.push_back(ownedValue(cells[i]));
+            row.types.push_back(types[i].type);
+        }
+    });
+    ResultSink* const outer = std::exchange(m_sink, &sink);
+    struct Restore {
+        ResultSink*& place;
+        ResultSink* sink;
+        ~Restore() { place = sink; }
+    };
+    {
+        const Restore restore{m_sink, outer};
+        runText(std::get<Execute>(execute.node));
+    }
+    m_verb = "INSERT";
+    m_target = target;
+    beforeWrite();
+    for (const auto& row : collected) {
+        Translator translator(*this);
+        m_connection.run(translator.insertParameters(target, columns, row.types), row.cells);
+    }
+    m_rowCount = static_cast<std::int64_t>(collected.size());
+    m_error = 0;
+    m_verb.clear();
+}
+
+Flow Executor::run(const Update& update) {
+    const TableInfo target = table(Translator::targetName(update.table, update.from));
+    m_verb = "UPDATE";
+    Translator translator(*this);
+    change(target, translator.update(target, update), translator);
+    done(m_rowCount);
+    return Flow::Next;
+}
+
+Flow Executor::run(const Delete& statement) {
+    const TableInfo target = table(Translator::targetName(statement.table, statement.from));
+    m_verb = "DELETE";
+    Translator translator(*this);
+    change(target, translator.remove(target, statement), translator);
+    done(m_rowCount);
+    return Flow::Next;
+}
+
+// The identity begins anew.
+Flow Executor::run(const Truncate& truncate) {
+    refuseInFunction();
+    const TableInfo target = table(truncate.table);
+    beforeWrite();
+    m_connection.run("DELETE FROM " + target.sqlName());
+    if (target.identityColumn()) {
+        const Value name[] = {target.stored};
+        m_connection.run("DELETE FROM " + target.schema + ".sqlite_sequence WHERE name = ?1", name);
+    }
+    m_rowCount = 0;
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+}  // namespace tsql

@@ -1,0 +1,52 @@
+// T-SQL text to tokens.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "SqlError.h"
+
+namespace tsql {
+
+enum class TokenKind : std::uint8_t {
+    End,
+    Word,          // keyword or plain name
+    Bracketed,     // [name]
+    DoubleQuoted,  // "name", or a text under QUOTED_IDENTIFIER OFF
+    Variable,      // @name
+    Global,        // @@name
+    Number,
+    Text,          // '...'
+    NationalText,  // N'...'
+    Binary,        // 0x...
+    Symbol,        // operators and punctuation, the longest that fits
+};
+
+// Views into the batch's text.
+struct Token {
+    TokenKind kind = TokenKind::End;
+    bool reserved = false;  // a word that cannot be a name
+    int line = 1;           // from 1
+    std::string_view raw;   // as written, quotes and all
+};
+
+// An error that stands at a place of the text: nothing of the batch runs.
+struct SyntaxError : SqlError {
+    SyntaxError(int errorNumber, const std::string& text, int errorLine, int errorSeverity = 15)
+        : SqlError(errorNumber, text, errorSeverity), line(errorLine) {}
+    int line;
+};
+
+// The whole batch, closed by a token of kind End. Throws SyntaxError 105 (open quotation mark), 113 (open
+// comment), 102 (a character that begins no token), 103 (a name above 128 characters).
+std::vector<Token> tokenize(std::string_view text);
+
+// What a token stands for: quotes taken off, doubled quotes made single.
+std::string unquoted(const Token& token);
+
+bool sameWord(std::string_view left, std::string_view right);  // ASCII case aside
+bool isReserved(std::string_view word);
+
+}  // namespace tsql

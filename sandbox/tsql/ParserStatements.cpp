@@ -1,0 +1,411 @@
+// Control of flow, variables, settings, calls, transactions, backup.
+#include "Parser.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+ExprPtr textExpr(const std::string& text, int line) {
+    return std::make_unique<Expr>(Expr{line, Literal{textLiteral(text, true)}});
+}
+
+struct AssignmentSymbol {
+    std::string_view text;
+    BinaryOp op;
+};
+constexpr AssignmentSymbol kAssignments[] = {
+    {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
+    {"/=", BinaryOp::Divide}, {"%=", BinaryOp::Modulo},   {"&=", BinaryOp::BitAnd},
+    {"|=", BinaryOp::BitOr},  {"^=", BinaryOp::BitXor},
+};
+
+// Constructs that begin with a reserved word of their own and that are not there.
+constexpr std::pair<std::string_view, std::string_view> kUnsupported[] = {
+    {"MERGE", "MERGE"},
+    {"GOTO", "GOTO"},
+    {"OPEN", "cursors"},
+    {"FETCH", "cursors"},
+    {"CLOSE", "cursors"},
+    {"DEALLOCATE", "cursors"},
+    {"DBCC", "DBCC"},
+    {"GRANT", "GRANT"},
+    {"REVOKE", "REVOKE"},
+    {"DENY", "DENY"},
+    {"KILL", "KILL"},
+    {"BULK", "BULK INSERT"},
+    {"SHUTDOWN", "SHUTDOWN"},
+    {"CHECKPOINT", "CHECKPOINT"},
+    {"RECONFIGURE", "RECONFIGURE"},
+};
+
+}  // namespace
+
+Block Parser::batch() {
+    Block statements;
+    if (atName() && !at("THROW") && !at(":", 1)) {  // a procedure's name alone, first in the batch
+        const int line = peek().line;
+        statements.push_back(std::make_unique<Statement>(Statement{line, parseExecute()}));
+    }
+    for (;;) {
+        while (accept(";")) continue;
+        if (peek().kind == TokenKind::End) return statements;
+        statements.push_back(parseStatement());
+    }
+}
+
+StatementPtr Parser::parseStatement() {
+    const Nesting nesting(*this);
+    while (accept(";")) continue;
+    auto statement = std::make_unique<Statement>();
+    statement->line = peek().line;
+    statement->node = parseStatementNode();
+    accept(";");
+    return statement;
+}
+
+Statement::Node Parser::parseStatementNode() {
+    using Production = Statement::Node (Parser::*)();
+    static constexpr std::pair<std::string_view, Production> kProductions[] = {
+        {"DECLARE", &Parser::parseDeclare},
+        {"SET", &Parser::parseSet},
+        {"IF", &Parser::parseIf},
+        {"WHILE", &Parser::parseWhile},
+        {"BEGIN", &Parser::parseBegin},
+        {"RETURN", &Parser::parseReturn},
+        {"RAISERROR", &Parser::parseRaiseError},
+        {"THROW", &Parser::parseThrow},
+        {"WAITFOR", &Parser::parseWaitFor},
+        {"EXEC", &Parser::parseExecute},
+        {"EXECUTE", &Parser::parseExecute},
+        {"COMMIT", &Parser::parseTransaction},
+        {"ROLLBACK", &Parser::parseTransaction},
+        {"SAVE", &Parser::parseTransaction},
+        {"BACKUP", &Parser::parseBackup},
+        {"RESTORE", &Parser::parseRestore},
+        {"INSERT", &Parser::parseInsert},
+        {"UPDATE", &Parser::parseUpdate},
+        {"DELETE", &Parser::parseDelete},
+        {"CREATE", &Parser::parseCreate},
+        {"ALTER", &Parser::parseAlter},
+        {"DROP", &Parser::parseDrop},
+    };
+    for (const auto& [word, production] : kProductions)
+        if (at(word)) return (this->*production)();
+    for (const auto& [word, construct] : kUnsupported)
+        if (at(word)) unsupported(construct);
+    if (atQuery()) return SelectStatement{parseQuery()};
+    if (accept("PRINT")) return Print{expression()};
+    if ((at("BREAK") || at("CONTINUE")) && m_loops == 0)
+        throw SyntaxError(135, "Cannot use a BREAK statement outside the scope of a WHILE statement.",
+                          peek().line);
+    if (accept("BREAK")) return Break{};
+    if (accept("CONTINUE")) return Continue{};
+    if (acceptAll({"TRUNCATE", "TABLE"})) return Truncate{objectName()};
+    if (accept("USE")) {
+        const int line = peek().line;
+        return Use{expectName(), line};
+    }
+    syntaxError();
+}
+
+Block Parser::parseBlock() {
+    Block statements;
+    for (;;) {
+        while (accept(";")) continue;
+        if (accept("END")) return statements;
+        statements.push_back(parseStatement());
+    }
+}
+
+std::optional<BinaryOp> Parser::parseAssignmentOperator() {
+    for (const auto& symbol : kAssignments)
+        if (accept(symbol.text)) return symbol.op;
+    expect("=");
+    return std::nullopt;
+}
+
+Statement::Node Parser::parseDeclare() {
+    take();
+    if (atName() && at("CURSOR", 1)) unsupported("cursors");
+    return Declare{list([this] {
+        if (peek().kind != TokenKind::Variable) syntaxError();
+        const Token& name = take();
+        accept("AS");
+        Declaration declaration{std::string(name.raw), type(TypeUse::Declaration), nullptr};
+        if (accept("=")) declaration.value = expression();
+        if (!m_declared.insert(lowerAscii(name.raw)).second)
+            throw SyntaxError(
+                134,
+                "The variable name '" + std::string(name.raw) +
+                    "' has already been declared. Variable names must be unique within a query batch or "
+                    "stored procedure.",
+                name.line);
+        return declaration;
+    })};
+}
+
+Statement::Node Parser::parseSet() {
+    take();
+    if (peek().kind != TokenKind::Variable) return parseSetOption();
+    Assign assign;
+    assign.name = expectVariable();
+    assign.op = parseAssignmentOperator();
+    assign.value = expression();
+    return assign;
+}
+
+Statement::Node Parser::parseSetOption() {
+    SetOption option;
+    const auto word = [this] {
+        if (peek().kind != TokenKind::Word) syntaxError();
+        return toUpper(take().raw);
+    };
+    if (acceptAll({"TRANSACTION", "ISOLATION", "LEVEL"})) {
+        option.names = {"TRANSACTION ISOLATION LEVEL"};
+        if (word() == "READ" || at("READ")) word();
+        return option;
+    }
+    option.names = list(word);
+    const std::string& name = option.names.front();
+    if (name == "STATISTICS") word();
+    if (name == "IDENTITY_INSERT") option.table = objectName();
+    if (at("ON") || at("OFF"))
+        for (const auto& each : option.names)  // what follows is read with the new meaning of "x"
+            if (each == "QUOTED_IDENTIFIER") m_quotedIdentifiers = at("ON");
+    if (accept("ON")) return option;
+    if (accept("OFF"))
+        option.on = false;
+    else if (peek().kind == TokenKind::Number || at("-"))
+        option.number = expectInteger();
+    else if (name == "DATEFORMAT" || name == "LANGUAGE" || name == "DEADLOCK_PRIORITY")
+        option.names.push_back(toUpper(isString(peek()) ? unquoted(take()) : expectName()));
+    else
+        syntaxError();
+    return option;
+}
+
+Statement::Node Parser::parseIf() {
+    take();
+    If node{condition(), parseStatement(), nullptr};
+    if (accept("ELSE")) node.otherwise = parseStatement();
+    return node;
+}
+
+Statement::Node Parser::parseWhile() {
+    take();
+    While node{condition(), nullptr};
+    ++m_loops;
+    node.body = parseStatement();
+    --m_loops;
+    return node;
+}
+
+Statement::Node Parser::parseBegin() {
+    if (at("TRAN", 1) || at("TRANSACTION", 1)) return parseTransaction();
+    take();
+    if (at("DISTRIBUTED")) unsupported("distributed transactions");
+    if (!accept("TRY")) return Compound{parseBlock()};
+    TryCatch node;
+    node.attempt = parseAttempt("TRY");
+    if (!acceptAll({"BEGIN", "CATCH"})) syntaxError();
+    node.handler = parseAttempt("CATCH");
+    return node;
+}
+
+Block Parser::parseAttempt(std::string_view word) {
+    Block block = parseBlock();
+    expect(word);
+    accept(";");
+    return block;
+}
+
+bool Parser::atExpression() const {
+    const Token& token = peek();
+    if (token.kind == TokenKind::End || at(";") || at(")")) return false;
+    return !token.reserved || at("CASE") || at("NULL") || at("CONVERT") || at("COALESCE") || at("NULLIF") ||
+           ((at("LEFT") || at("RIGHT")) && at("(", 1));
+}
+
+Statement::Node Parser::parseReturn() {
+    take();
+    return Return{atExpression() ? expression() : nullptr};
+}
+
+Statement::Node Parser::parseRaiseError() {
+    take();
+    if (!at("(")) unsupported("RAISERROR without parentheses");
+    RaiseError node;
+    expect("(");
+    node.message = expression();
+    expect(",");
+    node.severity = expression();
+    expect(",");
+    node.state = expression();
+    if (accept(",")) node.arguments = expressions();
+    expect(")");
+    if (!accept("WITH")) return node;
+    do {
+        if (accept("LOG"))
+            node.log = true;
+        else if (accept("SETERROR"))
+            node.setError = true;
+        else if (!accept("NOWAIT"))
+            syntaxError();
+    } while (accept(","));
+    return node;
+}
+
+Statement::Node Parser::parseThrow() {
+    take();
+    Throw node;
+    if (peek().kind != TokenKind::Number && peek().kind != TokenKind::Variable) return node;
+    node.number = expression();
+    expect(",");
+    node.message = expression();
+    expect(",");
+    node.state = expression();
+    return node;
+}
+
+Statement::Node Parser::parseWaitFor() {
+    take();
+    if (at("TIME")) unsupported("WAITFOR TIME");
+    expect("DELAY");
+    return WaitFor{expression()};
+}
+
+Statement::Node Parser::parseExecute() {
+    if (!accept("EXEC")) accept("EXECUTE");
+    Execute node;
+    if (accept("(")) {
+        node.text = expression();
+        expect(")");
+        if (at("AT")) unsupported("EXECUTE ... AT");
+        return node;
+    }
+    if (peek().kind == TokenKind::Variable && at("=", 1)) {
+        node.resultVariable = expectVariable();
+        take();
+    }
+    if (peek().kind == TokenKind::Variable) unsupported("EXECUTE with the procedure's name in a variable");
+    node.procedure = objectName();
+    const Token& token = peek();
+    const bool argument = isString(token) || atName() || at("-") || at("NULL") || at("DEFAULT") || at("ON") ||
+                          token.kind == TokenKind::Variable || token.kind == TokenKind::Global ||
+                          token.kind == TokenKind::Number || token.kind == TokenKind::Binary;
+    if (argument && !(at("THROW"))) node.arguments = list([this] { return parseArgument(); });
+    if (acceptAll({"WITH", "RECOMPILE"})) return node;
+    return node;
+}
+
+Argument Parser::parseArgument() {
+    Argument argument;
+    if (peek().kind == TokenKind::Variable && at("=", 1)) {
+        argument.name = std::string(take().raw);
+        take();
+    }
+    if (accept("DEFAULT")) return argument;
+    const int line = peek().line;
+    if (atName() || at("ON"))
+        argument.value = textExpr(unquoted(take()), line);  // a bare word is a text
+    else
+        argument.value = parseUnary();
+    if (accept("OUTPUT") || accept("OUT")) {
+        if (!std::holds_alternative<VariableRef>(argument.value->node)) syntaxError();
+        argument.output = true;
+    }
+    return argument;
+}
+
+Statement::Node Parser::parseTransaction() {
+    Transaction node{TransactionVerb::Begin, {}};
+    if (accept("COMMIT"))
+        node.verb = TransactionVerb::Commit;
+    else if (accept("ROLLBACK"))
+        node.verb = TransactionVerb::Rollback;
+    else if (accept("SAVE"))
+        node.verb = TransactionVerb::Save;
+    else
+        expect("BEGIN");
+    if (!accept("TRAN") && !accept("TRANSACTION")) {
+        accept("WORK");
+        return node;
+    }
+    if (peek().kind == TokenKind::Variable) unsupported("a transaction's name in a variable");
+    if (atName()) node.name = expectName();
+    if (node.verb == TransactionVerb::Save && node.name.empty()) syntaxError();
+    return node;
+}
+
+ExprPtr Parser::parseNameOrVariable() {
+    const int line = peek().line;
+    return peek().kind == TokenKind::Variable ? parsePrimary() : textExpr(expectName(), line);
+}
+
+// DISK = 'path'
+ExprPtr Parser::parseFileName() {
+    if (!at("DISK")) unsupported("a backup device other than DISK");
+    take();
+    expect("=");
+    ExprPtr file = parsePrimary();
+    if (at(",")) unsupported("a backup in several files");
+    return file;
+}
+
+Statement::Node Parser::parseBackup() {
+    take();
+    if (at("LOG")) unsupported("BACKUP LOG");
+    expect("DATABASE");
+    Backup node{parseNameOrVariable(), nullptr};
+    expect("TO");
+    node.file = parseFileName();
+    if (!accept("WITH")) return node;
+    do {  // how to name and format the backup's media; each backup is a file of its own here
+        if (at("DIFFERENTIAL")) unsupported("differential backups");
+        constexpr std::string_view kOptions[] = {"INIT",        "NOINIT",         "FORMAT",   "NOFORMAT",
+                                                 "SKIP",        "NOSKIP",         "CHECKSUM", "COPY_ONLY",
+                                                 "COMPRESSION", "NO_COMPRESSION", "NAME",     "DESCRIPTION",
+                                                 "STATS",       "MEDIANAME",      "NOREWIND", "NOUNLOAD"};
+        bool known = false;
+        for (const auto option : kOptions) known = known || accept(option);
+        if (!known) syntaxError();
+        if (accept("=")) parsePrimary();
+    } while (accept(","));
+    return node;
+}
+
+Statement::Node Parser::parseRestore() {
+    take();
+    Restore node;
+    if (accept("FILELISTONLY"))
+        node.fileListOnly = true;
+    else {
+        if (!at("DATABASE")) unsupported("this form of RESTORE");
+        take();
+        node.database = parseNameOrVariable();
+    }
+    expect("FROM");
+    node.file = parseFileName();
+    if (!accept("WITH")) return node;
+    do {
+        if (accept("MOVE")) {
+            ExprPtr logical = parsePrimary();
+            expect("TO");
+            node.moves.push_back({std::move(logical), parsePrimary()});
+        } else if (accept("REPLACE")) {
+            node.replace = true;
+        } else if (at("NORECOVERY") || at("STANDBY")) {
+            unsupported("RESTORE WITH NORECOVERY or STANDBY");
+        } else if (accept("STATS") || accept("FILE")) {
+            if (accept("=")) parsePrimary();
+        } else if (!accept("RECOVERY") && !accept("NOUNLOAD") && !accept("CHECKSUM")) {
+            syntaxError();
+        }
+    } while (accept(","));
+    return node;
+}
+
+}  // namespace tsql

@@ -1,0 +1,158 @@
+// The functions of SQLite that reach back into the session: live variables, calls of T-SQL functions, and the
+// guard over subqueries that must give one value.
+#include <new>
+#include <vector>
+
+#include "Executor.h"
+
+namespace tsql {
+namespace {
+
+CellView viewOfArgument(sqlite3_value* value) {
+    switch (sqlite3_value_type(value)) {
+        case SQLITE_INTEGER:
+            return std::int64_t{sqlite3_value_int64(value)};
+        case SQLITE_FLOAT:
+            return sqlite3_value_double(value);
+        case SQLITE_TEXT: {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+            return std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+        }
+        case SQLITE_BLOB: {
+            const auto* bytes = static_cast<const std::byte*>(sqlite3_value_blob(value));
+            return Blob(bytes, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+        }
+        default:
+            return Null{};
+    }
+}
+
+struct ResultSetter {
+    sqlite3_context* context;
+    void operator()(Null) const { sqlite3_result_null(context); }
+    void operator()(std::int64_t number) const { sqlite3_result_int64(context, number); }
+    void operator()(double number) const { sqlite3_result_double(context, number); }
+    void operator()(const std::string& text) const {
+        sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    }
+    void operator()(const Bytes& bytes) const {
+        sqlite3_result_blob64(context, bytes.empty() ? "" : static_cast<const void*>(bytes.data()),
+                              bytes.size(), SQLITE_TRANSIENT);
+    }
+};
+
+Executor& executorOf(sqlite3_context* context) {
+    return *static_cast<Executor*>(sqlite3_user_data(context));
+}
+
+// Nothing thrown may pass through SQLite: the error waits in the session.
+template <typename Work>
+void guarded(sqlite3_context* context, Work work) {
+    try {
+        std::visit(ResultSetter{context}, work());
+    } catch (const SqlError& error) {
+        executorOf(context).setFunctionError(error);
+        sqlite3_result_error(context, error.what(), -1);
+    } catch (const BatchEnd&) {
+        sqlite3_result_error_code(context, SQLITE_INTERRUPT);
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(context);
+    }
+}
+
+void variable(sqlite3_context* context, int, sqlite3_value** arguments) {
+    guarded(context, [&] {
+        return executorOf(context).variableValue(std::get<std::string_view>(viewOfArgument(arguments[0])));
+    });
+}
+
+void call(sqlite3_context* context, int count, sqlite3_value** arguments) {
+    guarded(context, [&] {
+        std::vector<CellView> views;
+        for (int i = 0; i < count; ++i) views.push_back(viewOfArgument(arguments[i]));
+        return executorOf(context).callFunction(std::get<std::string_view>(views[0]),
+                                                std::get<std::string_view>(views[1]),
+                                                std::span(views).subspan(2));
+    });
+}
+
+struct Single {
+    sqlite3_value* value;
+};
+
+void singleStep(sqlite3_context* context, int, sqlite3_value** arguments) {
+    auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
+    if (!single) return sqlite3_result_error_nomem(context);
+    if (!single->value) {
+        single->value = sqlite3_value_dup(arguments[0]);
+        return;
+    }
+    const SqlError error(
+        512,
+        "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, "
+        "<= , >, >= or when the subquery is used as an expression.");
+    executorOf(context).setFunctionError(error);
+    sqlite3_result_error(context, error.what(), -1);
+}
+
+void singleFinal(sqlite3_context* context) {
+    auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, 0));
+    if (!single || !single->value) return;
+    sqlite3_result_value(context, single->value);
+    sqlite3_value_free(single->value);
+}
+
+// What the system's views tell of a type, given by its code.
+template <typename Fact>
+void typeFact(sqlite3_context* context, sqlite3_value** arguments, Fact fact) {
+    guarded(context, [&] { return Value(fact(decodeType(sqlite3_value_int64(arguments[0])))); });
+}
+
+void typeName(sqlite3_context* context, int, sqlite3_value** arguments) {
+    typeFact(context, arguments, [](const SqlType& type) { return std::string(baseName(type.id)); });
+}
+
+void typeLength(sqlite3_context* context, int, sqlite3_value** arguments) {
+    typeFact(context, arguments, [](const SqlType& type) { return std::int64_t{maxLength(type)}; });
+}
+
+void typeCharacters(sqlite3_context* context, int, sqlite3_value** arguments) {
+    typeFact(context, arguments, [](const SqlType& type) {
+        return isText(type.id) || isBinary(type.id) ? Value(std::int64_t{type.length}) : Value(Null{});
+    });
+}
+
+void typePrecision(sqlite3_context* context, int, sqlite3_value** arguments) {
+    typeFact(context, arguments, [](const SqlType& type) {
+        return isExact(type.id) ? Value(std::int64_t{precisionOf(type)}) : Value(Null{});
+    });
+}
+
+void typeScale(sqlite3_context* context, int, sqlite3_value** arguments) {
+    typeFact(context, arguments, [](const SqlType& type) {
+        return isExact(type.id) ? Value(std::int64_t{type.scale}) : Value(Null{});
+    });
+}
+
+}  // namespace
+
+void registerSessionFunctions(sqlite3* connection, Executor& executor) {
+    constexpr int kFlags = SQLITE_UTF8;
+    constexpr std::pair<const char*, void (*)(sqlite3_context*, int, sqlite3_value**)> kTypeFacts[] = {
+        {"ts_type_name", typeName},
+        {"ts_type_length", typeLength},
+        {"ts_type_characters", typeCharacters},
+        {"ts_type_precision", typePrecision},
+        {"ts_type_scale", typeScale},
+    };
+    for (const auto& [name, fact] : kTypeFacts)
+        sqlite3_create_function_v2(connection, name, 1, kFlags | SQLITE_DETERMINISTIC, &executor, fact,
+                                   nullptr, nullptr, nullptr);
+    sqlite3_create_function_v2(connection, "ts_variable", 1, kFlags, &executor, variable, nullptr, nullptr,
+                               nullptr);
+    sqlite3_create_function_v2(connection, "ts_call", -1, kFlags, &executor, call, nullptr, nullptr, nullptr);
+    sqlite3_create_function_v2(connection, "ts_single", 1, kFlags, &executor, nullptr, singleStep,
+                               singleFinal, nullptr);
+}
+
+}  // namespace tsql

@@ -1,0 +1,185 @@
+// Syntax tree to SQLite's SQL, with the type of every value. Variables become bound parameters.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Ast.h"
+#include "Catalogue.h"
+#include "Engine.h"
+
+namespace tsql {
+
+// A scalar function of a database, as a call needs it.
+struct UserFunction {
+    std::string database;
+    std::string name;
+    std::vector<SqlType> parameters;
+    SqlType returns;
+};
+
+// What names mean where the statement stands.
+class NameResolver {
+  public:
+    virtual ~NameResolver() = default;
+    virtual SqlType variableType(std::string_view name) = 0;   // also of @@names; throws SqlError 137
+    virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
+    virtual std::optional<SystemView> view(const ast::ObjectName& name) = 0;
+    virtual std::optional<UserFunction> function(const ast::ObjectName& name) = 0;
+};
+
+struct SourceColumn {
+    std::string name;
+    std::string sql;
+    SqlType type;
+    bool nullable = true;
+    bool identity = false;
+};
+
+// One table of a FROM clause, under an alias of its own in SQLite.
+struct Source {
+    std::string exposed;  // the name that T-SQL text uses
+    std::string database;
+    std::string rowid;  // empty for what is no table
+    std::vector<SourceColumn> columns;
+};
+
+struct OutputColumn {
+    Column column;
+    std::string alias;  // in SQLite; SELECT's columns are c1, c2 ...
+};
+
+struct QueryText {
+    std::string sql;
+    std::vector<OutputColumn> columns;
+    bool oneRow = false;   // never more than one row
+    bool bounded = false;  // has an ORDER BY or LIMIT: not a branch of a UNION as it stands
+};
+
+// SELECT @a = ..., @b += ...
+struct Assignment {
+    std::string variable;
+    SqlType type;  // of the value
+};
+
+class Translator {
+  public:
+    explicit Translator(NameResolver& names) : m_names(names) {}
+
+    QueryText query(const ast::Query& query);
+    Typed value(const ast::Expr& expr);
+    std::string condition(const ast::Expr& expr);
+
+    // Statements that change `target`.
+    std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                           const ast::Insert& insert);
+    std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                            const ast::Query& query);
+    // One row of values of the given types, bound as ?1, ?2 ...
+    std::string insertParameters(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                 const std::vector<SqlType>& types);
+    std::string update(const TableInfo& target, const ast::Update& update);
+    std::string remove(const TableInfo& target, const ast::Delete& statement);
+    // A CHECK's condition, its columns without a table.
+    std::string check(const TableInfo& table, const ast::Expr& condition);
+
+    // Names of what ?1, ?2 ... stand for.
+    const std::vector<std::string>& parameters() const { return m_parameters; }
+    const std::vector<Assignment>& assignments() const { return m_assignments; }
+    // The table that UPDATE or DELETE changes: `name` may be an alias of `from`.
+    static const ast::ObjectName& targetName(const ast::ObjectName& name,
+                                             const std::vector<ast::TableRefPtr>& from);
+
+  private:
+    struct Scope {
+        Scope* outer = nullptr;
+        std::vector<Source> sources;
+        std::set<std::string> groupKeys;
+        std::vector<std::string> loose;  // columns outside of aggregates and GROUP BY, as messages name them
+        bool sawAggregate = false;
+        int aggregateDepth = 0;
+    };
+    class Enter;
+
+    // ---- expressions (TranslatorExpressions.cpp)
+    Typed node(const ast::Literal& literal);
+    Typed node(const ast::VariableRef& variable);
+    Typed node(const ast::ColumnRef& column);
+    Typed node(const ast::Negate& negate);
+    Typed node(const ast::BitNot& bitNot);
+    Typed node(const ast::Binary& binary);
+    Typed node(const ast::Case& choice);
+    Typed node(const ast::Cast& cast);
+    Typed node(const ast::Call& call);
+    Typed node(const ast::ScalarQuery& query);
+    Typed node(const ast::Collate& collate);
+    std::string test(const ast::Compare& compare);
+    std::string test(const ast::Logic& logic);
+    std::string test(const ast::Not& negation);
+    std::string test(const ast::IsNull& isNull);
+    std::string test(const ast::Between& between);
+    std::string test(const ast::InList& in);
+    std::string test(const ast::InQuery& in);
+    std::string test(const ast::Like& like);
+    std::string test(const ast::Exists& exists);
+    Typed userCall(const ast::Call& call);
+    Typed aggregateCall(const FunctionInfo& function, const ast::Call& call);
+    std::vector<Typed> callArguments(const ast::Call& call, bool datePart);
+    std::vector<Typed> values(const std::vector<ast::ExprPtr>& exprs);
+    Typed parameter(std::string_view name);
+    const SourceColumn* findColumn(const ast::ColumnRef& column, Scope& scope, const Source*& source);
+
+    // ---- queries (TranslatorQueries.cpp)
+    QueryText body(const ast::Query& query);
+    QueryText select(const ast::Select& select, const ast::Query& query);
+    QueryText setOperation(const ast::SetOperation& operation, const ast::Query& query);
+    void selectItem(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
+    void star(const ast::SelectItem& item, QueryText& text, std::string& list);
+    void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
+    std::string from(const std::vector<ast::TableRefPtr>& tables);
+    std::string tableRef(const ast::TableRef& table);
+    std::string namedTable(const ast::NamedTable& table, const std::string& alias);
+    std::string derivedTable(const ast::Query& query, const std::vector<std::string>& names,
+                             const std::string& alias);
+    std::string join(const ast::Join& join);
+    std::string groupBy(const ast::Select& select);
+    std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text, bool outputOnly);
+    std::optional<std::size_t> outputPosition(const ast::Expr& expr, const QueryText& text) const;
+    std::string limit(const ast::Select* select, const ast::Query& query);
+    void refuseLooseColumns(std::string_view clause, bool grouped);
+    std::string singleValue(const QueryText& text);
+    std::string nextAlias();
+    void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);
+
+    // ---- changes (TranslatorChanges.cpp)
+    std::string insertHead(const TableInfo& target, const std::vector<const TableColumn*>& columns) const;
+    Typed defaultOf(const TableColumn& column);
+    std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
+    std::vector<const TableColumn*> absentDefaults(const TableInfo& target,
+                                                   const std::vector<const TableColumn*>& columns) const;
+    Typed setValue(const ast::Update& update, const ast::SetClause& clause, const TableColumn& column);
+    std::string topRows(const std::optional<ast::Top>& top);
+    std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,
+                              const std::vector<ast::TableRefPtr>& from, std::string& rowid);
+
+    struct CommonTable {
+        const ast::CommonTable* table;
+        bool open = false;  // inside its own definition
+    };
+
+    NameResolver& m_names;
+    Scope* m_scope = nullptr;
+    std::vector<CommonTable> m_with;
+    std::vector<std::string> m_parameters;
+    std::vector<Assignment> m_assignments;
+    std::set<std::string> m_live;  // variables that the statement itself assigns, in lower case
+    bool m_sorted = false;         // then rows are computed before their order is known
+    int m_aliases = 0;
+    bool m_topLevel = true;
+};
+
+}  // namespace tsql

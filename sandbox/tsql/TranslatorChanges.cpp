@@ -1,0 +1,207 @@
+#include <algorithm>
+
+#include "Parser.h"
+#include "Text.h"
+#include "Translator.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+const NamedTable* findTarget(const TableRef& table, std::string_view name) {
+    if (const auto* join = std::get_if<Join>(&table.node)) {
+        const NamedTable* left = findTarget(*join->left, name);
+        return left ? left : findTarget(*join->right, name);
+    }
+    const auto* named = std::get_if<NamedTable>(&table.node);
+    if (!named) return nullptr;
+    return compareText(table.alias.empty() ? named->name.name : table.alias, name) == 0 ? named : nullptr;
+}
+
+bool isAmong(const TableColumn& column, const std::vector<const TableColumn*>& columns) {
+    return std::find(columns.begin(), columns.end(), &column) != columns.end();
+}
+
+}  // namespace
+
+const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
+    for (const auto& table : from)
+        if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
+    return name;
+}
+
+std::string Translator::assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
+    return emitAssign(value, column.type, target.fullName(), column.name).sql;
+}
+
+Typed Translator::defaultOf(const TableColumn& column) {
+    if (column.byDefault.empty()) return nullLiteral();
+    return value(*parseExpression(column.byDefault));
+}
+
+std::vector<const TableColumn*> Translator::absentDefaults(
+    const TableInfo& target, const std::vector<const TableColumn*>& columns) const {
+    std::vector<const TableColumn*> absent;
+    for (const auto& column : target.columns)
+        if (!column.byDefault.empty() && !isAmong(column, columns)) absent.push_back(&column);
+    return absent;
+}
+
+std::string Translator::insertHead(const TableInfo& target,
+                                   const std::vector<const TableColumn*>& columns) const {
+    std::string names;
+    for (const auto* column : columns) names += (names.empty() ? "" : ", ") + quotedName(column->name);
+    return "INSERT INTO " + target.sqlName() + " (" + names + ") ";
+}
+
+std::string Translator::insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                   const Insert& insert) {
+    const auto absent = absentDefaults(target, columns);
+    std::vector<const TableColumn*> all = columns;
+    all.insert(all.end(), absent.begin(), absent.end());
+    if (all.empty()) return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES";
+    const std::vector<ExprPtr> none;
+    std::string rows;
+    const auto addRow = [&](const std::vector<ExprPtr>& cells) {
+        std::string row;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            const bool given = i < cells.size() && cells[i];
+            const Typed typed = given ? value(*cells[i]) : defaultOf(*all[i]);
+            row += (i ? ", " : "") + assigned(typed, target, *all[i]);
+        }
+        rows += (rows.empty() ? "VALUES (" : ", (") + row + ")";
+    };
+    if (insert.defaultValues) addRow(none);
+    for (const auto& row : insert.rows) {
+        if (row.size() != columns.size())
+            throw SqlError(
+                row.size() < columns.size() ? 109 : 110,
+                std::string("There are ") + (row.size() < columns.size() ? "more" : "fewer") +
+                    " columns in the INSERT statement than values specified in the VALUES clause. The number "
+                    "of values in the VALUES clause must match the number of columns specified in the INSERT "
+                    "statement.",
+                15);
+        addRow(row);
+    }
+    return insertHead(target, all) + rows;
+}
+
+std::string Translator::insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                    const Query& query) {
+    m_topLevel = false;
+    const QueryText text = this->query(query);
+    if (text.columns.size() != columns.size())
+        throw SqlError(
+            text.columns.size() < columns.size() ? 120 : 121,
+            std::string("The select list for the INSERT statement contains ") +
+                (text.columns.size() < columns.size() ? "fewer" : "more") +
+                " items than the insert list. The number of SELECT values must match the number of INSERT "
+                "columns.",
+            15);
+    auto all = columns;
+    std::string list;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        list += (i ? ", " : "") +
+                assigned({text.columns[i].alias, text.columns[i].column.type}, target, *columns[i]);
+    for (const auto* column : absentDefaults(target, columns)) {
+        list += ", " + assigned(defaultOf(*column), target, *column);
+        all.push_back(column);
+    }
+    return insertHead(target, all) + "SELECT " + list + " FROM (" + text.sql + ")";
+}
+
+std::string Translator::insertParameters(const TableInfo& target,
+                                         const std::vector<const TableColumn*>& columns,
+                                         const std::vector<SqlType>& types) {
+    auto all = columns;
+    std::string list;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        list += (i ? ", " : "") + assigned({"?" + std::to_string(i + 1), types[i]}, target, *columns[i]);
+    for (const auto* column : absentDefaults(target, columns)) {
+        list += ", " + assigned(defaultOf(*column), target, *column);
+        all.push_back(column);
+    }
+    return insertHead(target, all) + "VALUES (" + list + ")";
+}
+
+Typed Translator::setValue(const Update& update, const SetClause& clause, const TableColumn& column) {
+    const Typed typed = clause.value ? value(*clause.value) : defaultOf(column);
+    if (!clause.op) return typed;
+    return emitBinary(*clause.op, node(ColumnRef{{update.table.name, column.name}}), typed);
+}
+
+std::string Translator::topRows(const std::optional<Top>& top) {
+    if (!top) return {};
+    return " LIMIT max(0, " + coerce(value(*top->count), simpleType(TypeId::BigInt)).sql + ")";
+}
+
+// The FROM clause of a change; gives the row id of the changed table in it.
+std::string Translator::joinedSources(const TableInfo& target, const ObjectName& name,
+                                      const std::vector<TableRefPtr>& from, std::string& rowid) {
+    std::string sql = this->from(from);
+    for (const auto& source : m_scope->sources)
+        if (compareText(source.exposed, name.name) == 0) rowid = source.rowid;
+    if (!rowid.empty()) return sql;
+    const std::string alias = nextAlias();
+    addSource(target, name.name, alias);
+    rowid = alias + "._rowid_";
+    return (sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias;
+}
+
+std::string Translator::update(const TableInfo& target, const Update& update) {
+    m_topLevel = false;
+    Scope scope;
+    m_scope = &scope;
+    std::string rowid;
+    const std::string sources = joinedSources(target, update.table, update.from, rowid);
+    const bool simple = update.from.empty() && !update.top;
+    std::string picked, sets;
+    for (const auto& clause : update.sets) {
+        if (!clause.variable.empty())
+            throw SqlError(50000, "tsqlbox does not support UPDATE ... SET @variable = value.");
+        const TableColumn* column = target.column(clause.column);
+        if (!column) throw SqlError(207, "Invalid column name '" + clause.column + "'.");
+        if (column->identity) throw SqlError(8102, "Cannot update identity column '" + column->name + "'.");
+        const std::string cell = assigned(setValue(update, clause, *column), target, *column);
+        const std::string alias = "v" + std::to_string(&clause - update.sets.data());
+        picked += ", " + cell + " AS " + alias;
+        sets += (sets.empty() ? "" : ", ") + quotedName(column->name) + " = " +
+                (simple ? cell : "picked." + alias);
+    }
+    const std::string where = update.where ? " WHERE " + condition(*update.where) : "";
+    const std::string top = topRows(update.top);
+    m_scope = nullptr;
+    if (simple)
+        return "UPDATE " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + " SET " + sets +
+               where;
+    return "UPDATE " + target.sqlName() + " AS changed SET " + sets + " FROM (SELECT " + rowid + " AS id" +
+           picked + sources + where + top + ") AS picked WHERE changed._rowid_ = picked.id";
+}
+
+std::string Translator::remove(const TableInfo& target, const Delete& statement) {
+    m_topLevel = false;
+    Scope scope;
+    m_scope = &scope;
+    std::string rowid;
+    const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
+    const std::string where = statement.where ? " WHERE " + condition(*statement.where) : "";
+    const std::string top = topRows(statement.top);
+    m_scope = nullptr;
+    if (statement.from.empty() && !statement.top)
+        return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where;
+    return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +
+           ")";
+}
+
+std::string Translator::check(const TableInfo& table, const Expr& expr) {
+    Scope scope;
+    m_scope = &scope;
+    addSource(table, table.name, {});
+    const std::string sql = condition(expr);
+    m_scope = nullptr;
+    return sql;
+}
+
+}  // namespace tsql

@@ -1,0 +1,271 @@
+#include <algorithm>
+
+#include "Text.h"
+#include "Translator.h"
+
+namespace tsql {
+
+using namespace ast;
+
+Typed Translator::value(const Expr& expr) {
+    const std::size_t loose = m_scope ? m_scope->loose.size() : 0;
+    Typed result = std::visit(
+        [this](const auto& each) -> Typed {
+            if constexpr (requires { node(each); })
+                return node(each);
+            else
+                throw SqlError(4145, "A condition stands where a value is expected.", 15);
+        },
+        expr.node);
+    // What is grouped by may stand anywhere as a whole.
+    if (m_scope && m_scope->groupKeys.contains(result.sql)) m_scope->loose.resize(loose);
+    return result;
+}
+
+std::string Translator::condition(const Expr& expr) {
+    return std::visit(
+        [this](const auto& each) -> std::string {
+            if constexpr (requires { test(each); })
+                return test(each);
+            else
+                throw SqlError(4145, "A value stands where a condition is expected.", 15);
+        },
+        expr.node);
+}
+
+std::vector<Typed> Translator::values(const std::vector<ExprPtr>& exprs) {
+    std::vector<Typed> typed;
+    typed.reserve(exprs.size());
+    for (const auto& expr : exprs) typed.push_back(value(*expr));
+    return typed;
+}
+
+Typed Translator::node(const Literal& literal) {
+    return literal.value;
+}
+
+Typed Translator::node(const VariableRef& variable) {
+    return parameter(variable.name);
+}
+
+Typed Translator::parameter(std::string_view name) {
+    const SqlType type = m_names.variableType(name);
+    const std::string key = lowerAscii(name);
+    if (m_live.contains(key) && m_sorted)
+        throw SqlError(50000,
+                       "tsqlbox does not support SELECT @variable = ... of the same variable with ORDER BY.");
+    if (m_live.contains(key)) return {"ts_variable(" + quotedText(key) + ")", type};
+    auto found = std::find(m_parameters.begin(), m_parameters.end(), key);
+    if (found == m_parameters.end()) found = m_parameters.insert(found, key);
+    return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
+}
+
+const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope, const Source*& source) {
+    const std::string& name = column.path.back();
+    const SourceColumn* found = nullptr;
+    for (const auto& each : scope.sources) {
+        if (column.path.size() > 1 && compareText(column.path[column.path.size() - 2], each.exposed) != 0)
+            continue;
+        if (column.path.size() > 3 && compareText(column.path[0], each.database) != 0) continue;
+        for (const auto& candidate : each.columns) {
+            if (compareText(candidate.name, name) != 0) continue;
+            if (found) throw SqlError(209, "Ambiguous column name '" + name + "'.");
+            found = &candidate;
+            source = &each;
+        }
+    }
+    return found;
+}
+
+Typed Translator::node(const ColumnRef& column) {
+    for (Scope* scope = m_scope; scope; scope = scope->outer) {
+        const Source* source = nullptr;
+        const SourceColumn* found = findColumn(column, *scope, source);
+        if (!found) continue;
+        if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
+            scope->loose.push_back(source->exposed.empty() ? found->name
+                                                           : source->exposed + "." + found->name);
+        return {found->sql, found->type};
+    }
+    if (column.path.size() == 1) throw SqlError(207, "Invalid column name '" + column.path.back() + "'.");
+    std::string path;
+    for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
+    throw SqlError(4104, "The multi-part identifier \"" + path + "\" could not be bound.");
+}
+
+Typed Translator::node(const Negate& negate) {
+    return emitNegate(value(*negate.operand));
+}
+
+Typed Translator::node(const BitNot& bitNot) {
+    return emitBitNot(value(*bitNot.operand));
+}
+
+Typed Translator::node(const Binary& binary) {
+    const Typed left = value(*binary.left);
+    return emitBinary(binary.op, left, value(*binary.right));
+}
+
+Typed Translator::node(const Case& choice) {
+    std::vector<std::string> conditions;
+    std::vector<Typed> results;
+    for (const auto& [when, then] : choice.branches) {
+        conditions.push_back(choice.input ? emitCompare(CompareOp::Equal, value(*choice.input), value(*when))
+                                          : condition(*when));
+        results.push_back(value(*then));
+    }
+    results.push_back(choice.otherwise ? value(*choice.otherwise) : nullLiteral());
+    const SqlType type = tsql::commonType(results);
+    std::string sql = "CASE";
+    for (std::size_t i = 0; i < conditions.size(); ++i)
+        sql += " WHEN " + conditions[i] + " THEN " + coerce(results[i], type).sql;
+    return {"(" + sql + " ELSE " + coerce(results.back(), type).sql + " END)", type};
+}
+
+Typed Translator::node(const Cast& cast) {
+    const Typed operand = value(*cast.operand);
+    if (!cast.style) return emitConvert(operand, cast.type, nullptr, cast.kind);
+    const Typed style = value(*cast.style);
+    return emitConvert(operand, cast.type, &style, cast.kind);
+}
+
+Typed Translator::node(const Collate& collate) {
+    return value(*collate.operand);
+}
+
+std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
+    std::vector<Typed> arguments;
+    for (const auto& argument : call.arguments) {
+        const auto* name = std::get_if<ColumnRef>(&argument->node);
+        if (datePart && arguments.empty() && name && name->path.size() == 1)
+            arguments.push_back(wordArgument(name->path.front()));
+        else
+            arguments.push_back(value(*argument));
+    }
+    if (call.star) arguments.push_back(wordArgument("*"));
+    return arguments;
+}
+
+Typed Translator::node(const Call& call) {
+    if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
+    const FunctionInfo* function = findFunction(call.name.name);
+    if (!function)
+        throw SqlError(195, "'" + call.name.name + "' is not a recognized built-in function name.", 15);
+    if (isAggregate(*function)) return aggregateCall(*function, call);
+    return emitCall(*function, callArguments(call, takesDatePart(*function)), call.distinct);
+}
+
+Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
+    if (!m_scope) throw SqlError(147, "An aggregate may not appear here without a table that it counts.", 15);
+    m_scope->sawAggregate = true;
+    ++m_scope->aggregateDepth;
+    const auto arguments = callArguments(call, false);
+    --m_scope->aggregateDepth;
+    return emitCall(function, arguments, call.distinct);
+}
+
+Typed Translator::userCall(const Call& call) {
+    const auto function = m_names.function(call.name);
+    if (!function)
+        throw SqlError(4121, "Cannot find either column \"" + call.name.schema +
+                                 "\" or the user-defined function or aggregate \"" + call.name.schema + "." +
+                                 call.name.name + "\", or the name is ambiguous.");
+    if (call.arguments.size() != function->parameters.size()) {
+        const bool few = call.arguments.size() < function->parameters.size();
+        const std::string what =
+            few ? "An insufficient number of arguments were supplied for the procedure or function "
+                : "Procedure or function ";
+        throw SqlError(few ? 313 : 8144, what + call.name.schema + "." + call.name.name +
+                                             (few ? "." : " has too many arguments specified."));
+    }
+    std::string sql = "ts_call(" + quotedText(function->database) + ", " + quotedText(function->name);
+    for (std::size_t i = 0; i < call.arguments.size(); ++i)
+        sql += ", " + coerce(value(*call.arguments[i]), function->parameters[i]).sql;
+    return {sql + ")", function->returns};
+}
+
+Typed Translator::node(const ScalarQuery& scalar) {
+    const QueryText text = query(*scalar.query);
+    if (text.columns.size() != 1)
+        throw SqlError(
+            116,
+            "Only one expression can be specified in the select list when the subquery is not introduced "
+            "with EXISTS.");
+    return {singleValue(text), text.columns.front().column.type};
+}
+
+// More than one row is an error, where SQLite would take the first.
+std::string Translator::singleValue(const QueryText& text) {
+    if (text.oneRow) return "(" + text.sql + ")";
+    return "(SELECT ts_single(" + text.columns.front().alias + ") FROM (" + text.sql + "))";
+}
+
+std::string Translator::test(const Compare& compare) {
+    const Typed left = value(*compare.left);
+    return emitCompare(compare.op, left, value(*compare.right));
+}
+
+std::string Translator::test(const Logic& logic) {
+    const std::string left = condition(*logic.left);
+    return "(" + left + (logic.isAnd ? " AND " : " OR ") + condition(*logic.right) + ")";
+}
+
+std::string Translator::test(const Not& negation) {
+    return "(NOT " + condition(*negation.operand) + ")";
+}
+
+std::string Translator::test(const IsNull& isNull) {
+    return "(" + value(*isNull.operand).sql + (isNull.negated ? " IS NOT NULL)" : " IS NULL)");
+}
+
+std::string Translator::test(const Between& between) {
+    const Typed operand = value(*between.operand);
+    const std::string inside = "(" + emitCompare(CompareOp::GreaterOrEqual, operand, value(*between.low)) +
+                               " AND " + emitCompare(CompareOp::LessOrEqual, operand, value(*between.high)) +
+                               ")";
+    return between.negated ? "(NOT " + inside + ")" : inside;
+}
+
+std::string Translator::test(const InList& in) {
+    std::vector<Typed> items = values(in.items);
+    items.push_back(value(*in.operand));
+    const SqlType type = tsql::commonType(items);
+    std::string sql = "(" + collated(coerce(items.back(), type)) + (in.negated ? " NOT IN (" : " IN (");
+    for (std::size_t i = 0; i + 1 < items.size(); ++i) sql += (i ? ", " : "") + coerce(items[i], type).sql;
+    return sql + "))";
+}
+
+std::string Translator::test(const InQuery& in) {
+    const Typed operand = value(*in.operand);
+    const QueryText text = query(*in.query);
+    if (text.columns.size() != 1)
+        throw SqlError(
+            116,
+            "Only one expression can be specified in the select list when the subquery is not introduced "
+            "with EXISTS.");
+    const Typed column{text.columns.front().alias, text.columns.front().column.type};
+    const Typed both[] = {operand, column};
+    const SqlType type = tsql::commonType(both);
+    const std::string inner = coerce(column, type).sql;
+    const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
+    return "(" + collated(coerce(operand, type)) + (in.negated ? " NOT IN (" : " IN (") + rows + "))";
+}
+
+std::string Translator::test(const Like& like) {
+    const Typed operand = value(*like.operand);
+    const Typed pattern = value(*like.pattern);
+    std::string sql;
+    if (like.escape) {
+        const Typed escape = value(*like.escape);
+        sql = emitLike(operand, pattern, &escape);
+    } else {
+        sql = emitLike(operand, pattern, nullptr);
+    }
+    return like.negated ? "(NOT " + sql + ")" : sql;
+}
+
+std::string Translator::test(const Exists& exists) {
+    return "EXISTS (" + query(*exists.query).sql + ")";
+}
+
+}  // namespace tsql

@@ -1,0 +1,315 @@
+#include "Text.h"
+#include "Translator.h"
+
+namespace tsql {
+
+using namespace ast;
+
+// A scope stands while its query is translated. Common tables named in it go with it.
+class Translator::Enter {
+  public:
+    explicit Enter(Translator& translator, Scope& scope)
+        : m_translator(translator), m_before(translator.m_scope) {
+        scope.outer = m_before;
+        translator.m_scope = &scope;
+    }
+    ~Enter() { m_translator.m_scope = m_before; }
+    Enter(const Enter&) = delete;
+    Enter& operator=(const Enter&) = delete;
+
+  private:
+    Translator& m_translator;
+    Scope* m_before;
+};
+
+QueryText Translator::query(const Query& query) {
+    const std::size_t common = m_with.size();
+    for (const auto& table : query.with) m_with.push_back({&table});
+    QueryText text = body(query);
+    m_with.resize(common);
+    return text;
+}
+
+QueryText Translator::body(const Query& query) {
+    if (const auto* operation = std::get_if<SetOperation>(&query.body)) {
+        m_topLevel = false;
+        return setOperation(*operation, query);
+    }
+    return select(std::get<Select>(query.body), query);
+}
+
+QueryText Translator::select(const Select& select, const Query& query) {
+    const bool topLevel = std::exchange(m_topLevel, false);
+    Scope scope;
+    const Enter enter(*this, scope);
+    QueryText text;
+    const std::string fromSql = from(select.from);
+    const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
+    if (scope.sawAggregate)
+        throw SqlError(147,
+                       "An aggregate may not appear in the WHERE clause unless it is in a subquery contained "
+                       "in a HAVING "
+                       "clause or a select list, and the column being aggregated is an outer reference.",
+                       15);
+    const std::string groupSql = groupBy(select);
+
+    if (topLevel)
+        for (const auto& item : select.items)
+            if (!item.variable.empty()) m_live.insert(lowerAscii(item.variable));
+    m_sorted = !query.orderBy.empty();
+    std::string list;
+    for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
+    if (!m_assignments.empty() && m_assignments.size() != text.columns.size())
+        throw SqlError(
+            141,
+            "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
+            "operations.",
+            15);
+    const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
+    refuseLooseColumns("select list", !select.groupBy.empty() || select.having);
+    const std::string orderSql = orderBy(query.orderBy, text, false);
+    refuseLooseColumns("ORDER BY clause", !select.groupBy.empty() || select.having);
+
+    const std::string limitSql = limit(&select, query);
+    text.sql = std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + fromSql + whereSql +
+               groupSql + havingSql + orderSql + limitSql;
+    text.bounded = !orderSql.empty() || !limitSql.empty();
+    text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
+    return text;
+}
+
+// Without the check SQLite would take the column's value from any row of the group.
+void Translator::refuseLooseColumns(std::string_view clause, bool grouped) {
+    if ((grouped || m_scope->sawAggregate) && !m_scope->loose.empty())
+        throw SqlError(
+            clause == "select list" ? 8120 : 8127,
+            "Column '" + m_scope->loose.front() + "' is invalid in the " + std::string(clause) +
+                " because it is not contained in either an aggregate function or the GROUP BY clause.");
+}
+
+void Translator::addOutput(QueryText& text, std::string& list, Column column, const std::string& sql) {
+    const std::string alias = "c" + std::to_string(text.columns.size() + 1);
+    list += (list.empty() ? "" : ", ") + sql + " AS " + alias;
+    text.columns.push_back({std::move(column), alias});
+}
+
+void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
+    if (!item.value) return star(item, text, list);
+    Typed typed = value(*item.value);
+    if (item.assignment) typed = emitBinary(*item.assignment, parameter(item.variable), typed);
+    if (!item.variable.empty()) m_assignments.push_back({item.variable, typed.type});
+    Column column{item.alias, typed.type, true, false};
+    if (const auto* ref = std::get_if<ColumnRef>(&item.value->node)) {
+        if (column.name.empty()) column.name = ref->path.back();
+        const Source* source = nullptr;
+        if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) {
+            column.nullable = found->nullable;
+            column.identity = found->identity;
+        }
+    }
+    addOutput(text, list, std::move(column), collate ? collated(typed) : typed.sql);
+}
+
+void Translator::star(const SelectItem& item, QueryText& text, std::string& list) {
+    bool any = false;
+    for (const auto& source : m_scope->sources) {
+        if (!item.starOf.empty() && compareText(item.starOf.back(), source.exposed) != 0) continue;
+        any = true;
+        for (const auto& column : source.columns) {
+            if (!m_scope->groupKeys.contains(column.sql))
+                m_scope->loose.push_back(source.exposed + "." + column.name);
+            addOutput(text, list, {column.name, column.type, column.nullable, column.identity}, column.sql);
+        }
+    }
+    if (any) return;
+    if (item.starOf.empty()) throw SqlError(263, "Must specify table to select from.");
+    throw SqlError(107,
+                   "The column prefix '" + item.starOf.back() +
+                       "' does not match with a table name or alias name used in the query.",
+                   15);
+}
+
+std::string Translator::groupBy(const Select& select) {
+    std::string sql;
+    std::set<std::string> keys;
+    for (const auto& expr : select.groupBy) {
+        const Typed key = value(*expr);
+        if (m_scope->loose.empty())
+            throw SqlError(164,
+                           "Each GROUP BY expression must contain at least one column that is not an outer "
+                           "reference.",
+                           15);
+        m_scope->loose.clear();
+        keys.insert(key.sql);
+        sql += (sql.empty() ? " GROUP BY " : ", ") + collated(key);
+    }
+    m_scope->loose.clear();  // what WHERE and ON read is before the grouping
+    m_scope->groupKeys = std::move(keys);
+    return sql;
+}
+
+// Where an ORDER BY item names an output column: by number, or by its name.
+std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const QueryText& text) const {
+    if (const auto* literal = std::get_if<Literal>(&expr.node)) {
+        if (!literal->value.integer) return std::nullopt;
+        const std::int64_t position = *literal->value.integer;
+        if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
+            throw SqlError(108,
+                           "The ORDER BY position number " + std::to_string(position) +
+                               " is out of range of the number of items in the select list.",
+                           15);
+        return static_cast<std::size_t>(position - 1);
+    }
+    const auto* name = std::get_if<ColumnRef>(&expr.node);
+    if (!name || name->path.size() != 1) return std::nullopt;
+    for (std::size_t i = 0; i < text.columns.size(); ++i)
+        if (compareText(text.columns[i].column.name, name->path.front()) == 0) return i;
+    return std::nullopt;
+}
+
+std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly) {
+    std::string sql;
+    for (const auto& item : items) {
+        sql += sql.empty() ? " ORDER BY " : ", ";
+        if (const auto position = outputPosition(*item.value, text))
+            sql += collated({std::to_string(*position + 1), text.columns[*position].column.type});
+        else if (outputOnly)
+            throw SqlError(104,
+                           "ORDER BY items must appear in the select list if the statement contains a UNION, "
+                           "INTERSECT or EXCEPT operator.",
+                           15);
+        else
+            sql += collated(value(*item.value));
+        if (item.descending) sql += " DESC";
+    }
+    return sql;
+}
+
+std::string Translator::limit(const Select* select, const Query& query) {
+    const auto count = [this](const Expr& expr) {
+        return coerce(value(expr), simpleType(TypeId::BigInt)).sql;
+    };
+    if (select && select->top) return " LIMIT max(0, " + count(*select->top->count) + ")";
+    if (!query.offset) return {};
+    const std::string fetch = query.fetch ? count(*query.fetch) : "-1";
+    return " LIMIT " + fetch + " OFFSET " + count(*query.offset);
+}
+
+QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
+    static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
+    QueryText left = this->query(*operation.left);
+    const QueryText right = this->query(*operation.right);
+    if (left.columns.size() != right.columns.size())
+        throw SqlError(
+            205,
+            "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number "
+            "of expressions in their target lists.");
+    std::string leftList, rightList;
+    for (std::size_t i = 0; i < left.columns.size(); ++i) {
+        OutputColumn& column = left.columns[i];
+        const Typed pieces[] = {{column.alias, column.column.type},
+                                {right.columns[i].alias, right.columns[i].column.type}};
+        column.column.type = tsql::commonType(pieces);
+        column.column.nullable = column.column.nullable || right.columns[i].column.nullable;
+        const std::string comma = i ? ", " : "";
+        leftList += comma + collated(coerce(pieces[0], column.column.type)) + " AS " + column.alias;
+        rightList += comma + coerce(pieces[1], column.column.type).sql;
+    }
+    QueryText text{{}, left.columns, false, false};
+    text.sql = "SELECT " + leftList + " FROM (" + left.sql + ")" +
+               std::string(kWords[static_cast<std::size_t>(operation.op)]) + "SELECT " + rightList +
+               " FROM (" + right.sql + ")" + orderBy(query.orderBy, text, true) + limit(nullptr, query);
+    return text;
+}
+
+std::string Translator::from(const std::vector<TableRefPtr>& tables) {
+    std::string sql;
+    for (const auto& table : tables) {
+        const bool isJoin = std::holds_alternative<Join>(table->node);
+        const std::string one = tableRef(*table);
+        sql += (sql.empty() ? " FROM " : ", ") + (isJoin && !sql.empty() ? "(" + one + ")" : one);
+    }
+    return sql;
+}
+
+std::string Translator::nextAlias() {
+    return "s" + std::to_string(++m_aliases);
+}
+
+std::string Translator::tableRef(const TableRef& table) {
+    if (const auto* joined = std::get_if<Join>(&table.node)) return join(*joined);
+    if (const auto* derived = std::get_if<DerivedTable>(&table.node))
+        return derivedTable(*derived->query, derived->columns, table.alias);
+    return namedTable(std::get<NamedTable>(table.node), table.alias);
+}
+
+void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {
+    const std::string prefix = alias.empty() ? "" : alias + ".";
+    Source source{exposed, table.database, prefix + "_rowid_", {}};
+    for (const auto& column : table.columns)
+        source.columns.push_back(
+            {column.name, prefix + quotedName(column.name), column.type, column.nullable, column.identity});
+    m_scope->sources.push_back(std::move(source));
+}
+
+std::string Translator::namedTable(const NamedTable& table, const std::string& alias) {
+    const std::string exposed = alias.empty() ? table.name.name : alias;
+    if (table.name.schema.empty())
+        for (std::size_t i = m_with.size(); i-- > 0;) {
+            if (m_with[i].open || compareText(m_with[i].table->name, table.name.name) != 0) continue;
+            m_with[i].open = true;
+            const std::string sql = derivedTable(*m_with[i].table->query, m_with[i].table->columns, exposed);
+            m_with[i].open = false;
+            return sql;
+        }
+    const std::string sqlAlias = nextAlias();
+    if (const auto view = m_names.view(table.name)) {
+        TableInfo info;
+        info.columns = view->columns;
+        addSource(info, exposed, sqlAlias);
+        m_scope->sources.back().rowid.clear();
+        return "(" + view->sql + ") AS " + sqlAlias;
+    }
+    const TableInfo info = m_names.table(table.name);
+    addSource(info, exposed, sqlAlias);
+    return info.sqlName() + " AS " + sqlAlias;
+}
+
+// The query inside does not see the tables beside it, but those of the queries around.
+std::string Translator::derivedTable(const Query& query, const std::vector<std::string>& names,
+                                     const std::string& alias) {
+    Scope* const beside = m_scope;
+    m_scope = beside->outer;
+    const QueryText text = this->query(query);
+    m_scope = beside;
+    if (!names.empty() && names.size() != text.columns.size())
+        throw SqlError(
+            names.size() > text.columns.size() ? 8159 : 8158,
+            "'" + alias + "' has another number of columns than were specified in the column list.");
+    const std::string sqlAlias = nextAlias();
+    Source source{alias, {}, {}, {}};
+    for (std::size_t i = 0; i < text.columns.size(); ++i) {
+        const Column& column = text.columns[i].column;
+        const std::string& name = names.empty() ? column.name : names[i];
+        if (name.empty())
+            throw SqlError(8155, "No column name was specified for column " + std::to_string(i + 1) +
+                                     " of '" + alias + "'.");
+        source.columns.push_back(
+            {name, sqlAlias + "." + text.columns[i].alias, column.type, column.nullable, column.identity});
+    }
+    m_scope->sources.push_back(std::move(source));
+    return "(" + text.sql + ") AS " + sqlAlias;
+}
+
+std::string Translator::join(const Join& join) {
+    static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
+                                                  " CROSS JOIN "};
+    const std::string left = tableRef(*join.left);
+    std::string right = tableRef(*join.right);
+    if (std::holds_alternative<Join>(join.right->node)) right = "(" + right + ")";
+    std::string sql = left + std::string(kWords[static_cast<std::size_t>(join.kind)]) + right;
+    if (join.on) sql += " ON " + condition(*join.on);
+    return sql;
+}
+
+}  // namespace tsql

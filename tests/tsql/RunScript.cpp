@@ -1,0 +1,19 @@
+// Prints what the engine says to a script: `tsql_script directory file`. For trying scripts, and for writing
+// the expected output of a new one by hand after reading it.
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+#include "ScriptRunner.h"
+
+int main(int count, char** arguments) {
+    if (count != 3) {
+        std::cerr << "usage: tsql_script data-directory file\n";
+        return 2;
+    }
+    std::ifstream file(arguments[2]);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    tsql::Engine engine(arguments[1]);
+    tsql::Session session(engine, "sa", "master", 51);
+    std::cout << tsql::test::runScript(session, text);
+}
