@@ -39,6 +39,6 @@ TEST_P(Scripts, SayWhatTheyShould) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tsql, Scripts, testing::ValuesIn(scripts()),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& script) { return script.param; });
 
 }  // namespace
