@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
+#include <span>
+#include <utility>
 
 #include "CallerText.h"
 #include "CommonMessages.h"
@@ -19,9 +21,33 @@
 
 namespace {
 
-constexpr int kTimeStringSize = 1024;
+constexpr std::size_t kTimeLength = sizeof "YYYY/MM/DD hh:mm:ss";
 constexpr std::size_t kCopiedLineSize = 8192;  // a longer line is copied in pieces of one less
 constexpr std::size_t kReportMessageSize = 8192;
+
+// With zeros in front up to the width. Every log line goes through here, which is why no printf does it.
+void appendNumber(std::string& text, long long number, std::size_t width) {
+    std::array<char, 24> digits{};
+    const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    const auto length = static_cast<std::size_t>(end - digits.data());
+    if (length < width) text.append(width - length, '0');
+    text.append(digits.data(), length);
+}
+
+void appendTime(std::string& text, std::time_t when, bool dateOnly) {
+    std::tm local{};
+    localtime_r(&when, &local);
+    appendNumber(text, local.tm_year + 1900LL, 4);
+    const std::pair<char, int> parts[] = {{'/', local.tm_mon + 1},
+                                          {'/', local.tm_mday},
+                                          {' ', local.tm_hour},
+                                          {':', local.tm_min},
+                                          {':', local.tm_sec}};
+    for (const auto& [mark, number] : std::span(parts).first(dateOnly ? 2 : 5)) {
+        text += mark;
+        appendNumber(text, number, 2);
+    }
+}
 
 // All of the bytes; a short write is carried on.
 bool writeAll(int descriptor, std::string_view bytes) {
@@ -79,8 +105,9 @@ void copyLines(std::FILE* source, const CopyTarget& target) {
 }  // namespace
 
 std::string currentTimeString() {
-    std::array<char, kTimeStringSize> text{};
-    return GetTimeString(text.data(), kTimeStringSize, std::time(nullptr), false);
+    std::string text;
+    appendTime(text, std::time(nullptr), false);
+    return text;
 }
 
 void appendToLog(const char* logFile, std::string_view entry) {
@@ -93,17 +120,11 @@ void appendToLog(const char* logFile, std::string_view entry) {
 }
 
 const char* GetTimeString(char* buffer, int length, long when, bool dateOnly) {
-    if (buffer == nullptr || length <= 0) return buffer;
-    const std::time_t moment = when;
-    std::tm local{};
-    localtime_r(&moment, &local);
-    const long long year = local.tm_year + 1900LL;
-    const auto size = static_cast<std::size_t>(length);
-    if (dateOnly)
-        std::snprintf(buffer, size, "%04lld/%02d/%02d", year, local.tm_mon + 1, local.tm_mday);
-    else
-        std::snprintf(buffer, size, "%04lld/%02d/%02d %02d:%02d:%02d", year, local.tm_mon + 1, local.tm_mday,
-                      local.tm_hour, local.tm_min, local.tm_sec);
+    guarded([&] {
+        std::string text;
+        appendTime(text, when, dateOnly);
+        copyCut(buffer, static_cast<std::size_t>(std::max(length, 0)), text);
+    });
     return buffer;
 }
 
@@ -113,9 +134,15 @@ void LogToFile(const char* logFile, const char* text, bool raw) {
             std::printf(common_messages::kInvalidLogName);
             return;
         }
-        std::string entry = raw ? std::string() : currentTimeString() + " - ";
-        entry += textOrEmpty(text);
-        if (!raw) entry += '\n';
+        const std::string_view written = textOrEmpty(text);
+        std::string entry;
+        entry.reserve(kTimeLength + written.size() + 4);
+        if (raw) {
+            entry = written;
+        } else {
+            appendTime(entry, std::time(nullptr), false);
+            entry.append(" - ").append(written).append("\n");
+        }
         appendToLog(logFile, entry);
     });
 }
