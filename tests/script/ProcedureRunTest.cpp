@@ -1,0 +1,199 @@
+#include "DVUtilities/TScript.h"
+#include "ScriptFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using ProcedureRun = ScriptFixture;
+
+TEST_F(ProcedureRun, IsRunExplainedAndListed) {
+    const struct {
+        const char* name;
+        int operation;
+        const char *arguments, *recorded;
+        std::vector<const char*> texts;  // what the output holds, in this order
+        int auditLevel;
+        const char* journal;  // the new row, or nothing
+    } cases[] = {
+        {"tsEventSummary",
+         1,
+         "@days = 7, @zone = 'north'",
+         nullptr,
+         {"Events of the last 7 day(s), zone north", "\nTscript Execution Succeeded!"},
+         1,
+         "1|0|@days = 7, @zone = 'north'"},
+        {"tsEventSummary",
+         1,
+         nullptr,
+         "by hand",
+         {"zone all", "\nTscript Execution Succeeded!"},
+         1,
+         "1|0|by hand"},
+        {"tseventsummary",
+         2,
+         nullptr,
+         nullptr,
+         {"Usage:", "Changes nothing.", "Please check readme file", "\nTscript Help Information Retrieved!"},
+         1,
+         nullptr},
+        {"tsEventSummary",
+         4,
+         "",
+         "",
+         {"TScript Parameter(s):", "@days", "\nTscript Parameter Information Retrieved!"},
+         1,
+         nullptr},
+        {"tsListNodes", 1, "", nullptr, {"archive-01", "\nTscript Execution Succeeded!"}, 0, nullptr},
+        {"tsSwitchNode",
+         2,
+         nullptr,
+         nullptr,
+         {"Usage:", "\nTscript Help Information Retrieved!"},
+         2,
+         nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.name) + " " + std::to_string(c.operation));
+        const std::string before = lastRun("tsEventSummary") + runCount();
+        const Result result = runProcedure(c.name, c.operation, c.arguments, c.recorded);
+        EXPECT_TRUE(result.done);
+        std::size_t from = 0;
+        for (const char* text : c.texts) {
+            from = result.output.find(text, from);
+            ASSERT_NE(from, std::string::npos) << text << " in " << result.output;
+        }
+        EXPECT_EQ(result.output.substr(from), c.texts.back()) << "nothing behind it";
+        EXPECT_EQ(result.auditLevel, c.auditLevel);
+        if (c.journal != nullptr) {
+            EXPECT_EQ(lastRun("tsEventSummary"), c.journal);
+        } else {
+            EXPECT_EQ(lastRun("tsEventSummary") + runCount(), before);
+        }
+    }
+}
+
+TEST_F(ProcedureRun, SaysWhyItFails) {
+    const std::string count = runCount();
+    const struct {
+        const char* name;
+        int operation;
+        const char* output;
+        int auditLevel;
+    } cases[] = {
+        {"", 1, "Empty script name! ", 0},
+        {"absent", 1, "\nThis is not a permanent tscript.\n", 0},
+        {"x' OR 1=1 --", 1, "\nThis is not a permanent tscript.\n", 0},
+        {"tsSwitchNode", 1, "\nNeed userId input for secured Tscript!\n", 2},
+        {"tsListNodes", 3, "\nInvalid Tscript Operation Type.\n", 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Result result = runProcedure(c.name, c.operation, "1");
+        EXPECT_FALSE(result.done);
+        EXPECT_EQ(result.output, c.output);
+        EXPECT_EQ(result.auditLevel, c.auditLevel);
+    }
+    EXPECT_EQ(runCount(), count) << "nothing was recorded";
+}
+
+TEST_F(ProcedureRun, AFailedExecutionEndsWithStatusTwo) {
+    const Result result = runProcedure("tsEventSummary", 1, "@nosuch = 1");
+    EXPECT_FALSE(result.done);
+    EXPECT_EQ(
+        result.output.find("\nFailed at RunStringQuery_TS! Error: [Failed to execute SQL Script!].\nMsg "),
+        0U)
+        << result.output;
+    EXPECT_EQ(lastRun("tsEventSummary"), "2|0|@nosuch = 1");
+}
+
+TEST_F(ProcedureRun, ASecuredTscriptRunsForAUser) {
+    TScript script;
+    ASSERT_TRUE(script.isTscriptSP("tsSwitchNode", "dorvas"));
+    EXPECT_TRUE(script.execTscript(1, "'spare', 1", nullptr, 7)) << script.getOutput();
+    EXPECT_EQ(query("SELECT TOP 1 userId, detail FROM AuditTrail ORDER BY id DESC", 2).front(), "7|spare");
+    EXPECT_EQ(query("SELECT TOP 1 userId, tsId FROM ZpTscriptExec ORDER BY id DESC", 2).front().substr(0, 2),
+              "7|");
+}
+
+TEST_F(ProcedureRun, WithoutAnOutputFileTheStartHasNoEnd) {
+    TScript script;
+    ASSERT_TRUE(script.isTscriptSP("tsEventSummary", "Dorvas"));
+    fs::remove_all(m_installation.logFolder());
+    EXPECT_FALSE(script.execTscript(1, nullptr, "homeless", 0));
+    EXPECT_NE(std::string(script.getOutput()).find("\nFailed to create output File: ["), std::string::npos);
+    fs::create_directory(m_installation.logFolder());
+    EXPECT_EQ(lastRun("tsEventSummary"), "0|0|homeless");
+}
+
+TEST_F(ProcedureRun, TellsWhetherANameIsOne) {
+    const struct {
+        const char *name, *database;
+        bool found;
+        const char *foundName, *foundDatabase;
+    } cases[] = {
+        {"TSLISTNODES", "dorvas", true, "tsListNodes", "Dorvas"},
+        {"tsListNodes", "", true, "tsListNodes",
+         "Dorvas"},  // several components, the management server's counts
+        {"absent", "DORVAS", false, "absent", "Dorvas"},
+        {"tsListNodes", "other", false, "tsListNodes", ""},
+        {"", "Dorvas", false, "", ""},
+    };
+    for (const auto& c : cases) {
+        std::string name = c.name, database = c.database;
+        EXPECT_EQ(TS_IsTscriptSP(&name, &database), c.found) << c.name;
+        EXPECT_EQ(name, c.foundName);
+        EXPECT_EQ(database, c.foundDatabase);
+    }
+}
+
+TEST_F(ProcedureRun, ChoosesItsDatabaseOnce) {
+    m_installation.set("Base", "nPLATTYPE", 4);
+    TScript script;
+    ASSERT_TRUE(script.initialize("tsListNodes"));
+    EXPECT_FALSE(script.setDbAndLog(nullptr));
+    EXPECT_STREQ(script.getErrorMessage(), "Please provide database name because multiple databases exist.");
+    for (const char* number : {"808", "809", "810"}) {
+        m_installation.remove(std::string("InstalledPackages\\") + number, "sInstallState");
+    }
+    EXPECT_FALSE(script.setDbAndLog("")) << "the companion's catalogue has no such script";
+    EXPECT_STREQ(script.getDbName(), "NQ2");
+    EXPECT_TRUE(script.setDbAndLog("nonsense"));
+    EXPECT_STREQ(script.getDbName(), "NQ2");
+}
+
+TEST_F(ProcedureRun, AFailedLookUpCountsAsFound) {
+    TScript script;
+    ASSERT_TRUE(script.initialize("tsListNodes"));
+    m_installation.useServer("127.0.0.1,1", "nobody", "x");
+    EXPECT_FALSE(script.setDbAndLog("Dorvas"));
+    EXPECT_TRUE(script.getTscriptId());
+    EXPECT_FALSE(script.isTscriptSP("tsListNodes", "Dorvas"));
+    EXPECT_FALSE(script.execTscript(2, nullptr, nullptr, 0));
+    EXPECT_STREQ(script.getErrorMessage(), "Invalid tscript name!");
+}
+
+TEST_F(ProcedureRun, AnObjectWithoutASessionRefusesToWork) {
+    TScript script;
+    EXPECT_FALSE(script.initialize(nullptr));
+    EXPECT_STREQ(script.getErrorMessage(), "Empty script name! ");
+    EXPECT_FALSE(script.setSQLFile("x") || script.setDbAndLog("Dorvas") || script.getTscriptId() ||
+                 script.executeSQLFile({}, nullptr) || script.execTscript(1, nullptr, nullptr, 0) ||
+                 script.recordExecStart("") || script.recordExecEnd(1) || script.addNewTscript());
+    EXPECT_TRUE(script.checkPlexumId() && script.checkGUID()) << "bound to no site";
+    EXPECT_STREQ(script.getSQLFile(), "");
+}
+
+TEST_F(ProcedureRun, ExportedFunctionsTakeNullAddresses) {
+    std::string text;
+    int level = 0;
+    EXPECT_FALSE(TS_IsTscriptSP(nullptr, &text) || TS_IsTscriptSP(&text, nullptr));
+    EXPECT_FALSE(TS_ExecTscript_SP("tsListNodes", "Dorvas", "", "", 1, nullptr, &text, &level));
+    EXPECT_FALSE(TS_ExecTscript_SP("tsListNodes", "Dorvas", "", "", 1, &text, nullptr, &level));
+    EXPECT_FALSE(TS_ExecTscript_SP("tsListNodes", "Dorvas", "", "", 1, &text, &text, nullptr));
+    EXPECT_FALSE(TS_ExecTscript_SP(nullptr, nullptr, nullptr, nullptr, 1, &text, &text, &level));
+    EXPECT_FALSE(TS_ExecTscript_SQL(nullptr, &text, nullptr, nullptr, 1, &text, &text));
+    EXPECT_FALSE(TS_ExecTscript_SQL("x", nullptr, nullptr, nullptr, 1, &text, &text));
+}
+
+}  // namespace
