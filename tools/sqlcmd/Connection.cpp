@@ -44,8 +44,7 @@ SQLPOINTER attributeValue(SQLULEN value) {
 }
 
 void setTimeout(SQLHDBC connection, int seconds) {
-    SQLSetConnectAttr(connection, SQL_ATTR_LOGIN_TIMEOUT,
-                      attributeValue(seconds), SQL_IS_UINTEGER);
+    SQLSetConnectAttr(connection, SQL_ATTR_LOGIN_TIMEOUT, attributeValue(seconds), SQL_IS_UINTEGER);
 }
 
 }  // namespace
@@ -69,8 +68,7 @@ Handle::Handle(SQLSMALLINT type, SQLHANDLE parent, DriverFunctions functions)
     : m_functions(functions), m_type(type) {
     if (!SQL_SUCCEEDED(m_functions.allocHandle(type, parent, &m_handle))) throw std::bad_alloc();
     if (type == SQL_HANDLE_ENV)
-        SQLSetEnvAttr(m_handle, SQL_ATTR_ODBC_VERSION, attributeValue(SQL_OV_ODBC3),
-                      0);
+        SQLSetEnvAttr(m_handle, SQL_ATTR_ODBC_VERSION, attributeValue(SQL_OV_ODBC3), 0);
 }
 
 Handle::~Handle() {
@@ -115,8 +113,7 @@ Statement::Statement(const Connection& connection)
       m_handle(SQL_HANDLE_STMT, connection.driver().connection, m_functions) {
     if (connection.queryTimeout() > 0)
         m_functions.setStmtAttr(m_handle.get(), SQL_ATTR_QUERY_TIMEOUT,
-                                attributeValue(connection.queryTimeout()),
-                                0);
+                                attributeValue(connection.queryTimeout()), 0);
 }
 
 SQLRETURN Statement::execute(const std::string& batch) {

@@ -1,5 +1,6 @@
 #include "Diagnostic.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 
@@ -27,24 +28,27 @@ class Record {
     Record(const DriverFunctions& functions, SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number)
         : m_functions(functions), m_type(type), m_handle(handle), m_number(number) {}
 
+    // Field by field: a driver brings the most severe record to the front when a whole one is asked for, and
+    // then nobody knows any more where in a row of PRINT texts an error happened.
     bool readTo(Diagnostic& diagnostic) const {
+        diagnostic.sqlState = text(SQL_DIAG_SQLSTATE);
+        diagnostic.text = text(SQL_DIAG_MESSAGE_TEXT);
+        diagnostic.number = integer(SQL_DIAG_NATIVE).value_or(0);
+        return !diagnostic.sqlState.empty();
+    }
+
+    std::string wholeText() const {
+        std::string buffer(kMaxText, '\0');
         SQLCHAR state[6] = {};
         SQLINTEGER number = 0;
         SQLSMALLINT length = 0;
-        std::string text(kMaxText, '\0');
-        const SQLRETURN code =
-            m_functions.getDiagRec(m_type, m_handle, m_number, state, &number,
-                                   reinterpret_cast<SQLCHAR*>(text.data()), kMaxText, &length);
-        if (!SQL_SUCCEEDED(code)) return false;
-        text.resize(text.find('\0') == std::string::npos ? text.size() : text.find('\0'));
-        diagnostic.sqlState = reinterpret_cast<const char*>(state);
-        diagnostic.number = number;
-        diagnostic.text = std::move(text);
-        return true;
+        m_functions.getDiagRec(m_type, m_handle, m_number, state, &number,
+                               reinterpret_cast<SQLCHAR*>(buffer.data()), kMaxText, &length);
+        return buffer.c_str();
     }
 
     // FreeTDS refuses the length that means "an integer", other drivers may want it.
-    std::optional<int> integer(DriverField field) const {
+    std::optional<int> integer(SQLSMALLINT field) const {
         for (const SQLSMALLINT length : {SQLSMALLINT{SQL_IS_INTEGER}, SQLSMALLINT{0}}) {
             SQLINTEGER value = 0;
             if (SQL_SUCCEEDED(
@@ -55,11 +59,11 @@ class Record {
     }
 
     std::string text(SQLSMALLINT field) const {
-        char buffer[512] = {};
+        std::string buffer(kMaxText + 1, '\0');
         SQLSMALLINT length = 0;
         const SQLRETURN code =
-            m_functions.getDiagField(m_type, m_handle, m_number, field, buffer, sizeof buffer - 1, &length);
-        return SQL_SUCCEEDED(code) ? buffer : "";
+            m_functions.getDiagField(m_type, m_handle, m_number, field, buffer.data(), kMaxText, &length);
+        return SQL_SUCCEEDED(code) ? buffer.c_str() : "";
     }
 
   private:
@@ -69,20 +73,36 @@ class Record {
     SQLSMALLINT m_number;
 };
 
-// "[Microsoft][ODBC Driver 17 for SQL Server][SQL Server]text": the names before the server's make the
-// driver.
-void splitNames(Diagnostic& diagnostic) {
-    std::string_view text = diagnostic.text;
-    while (text.starts_with('[')) {
-        const auto end = text.find(']');
+// The names before a text, as in "[Microsoft][ODBC Driver 17 for SQL Server][SQL Server]text".
+struct Names {
+    std::string driver;  // those before the server's
+    std::size_t length = 0;
+};
+
+Names namesBefore(std::string_view text) {
+    Names names;
+    while (text.substr(names.length).starts_with('[')) {
+        const auto end = text.find(']', names.length);
         if (end == std::string_view::npos) break;
-        const std::string_view name = text.substr(1, end - 1);
-        text.remove_prefix(end + 1);
+        const std::string_view name = text.substr(names.length + 1, end - names.length - 1);
+        names.length = end + 1;
         if (name == "SQL Server") break;
-        if (!diagnostic.driver.empty()) diagnostic.driver += ' ';
-        diagnostic.driver += name;
+        if (!names.driver.empty()) names.driver += ' ';
+        names.driver += name;
     }
-    diagnostic.text.erase(0, diagnostic.text.size() - text.size());
+    return names;
+}
+
+// FreeTDS puts the names before the text of a whole record only, other drivers before a field's as well.
+void takeNames(std::vector<Diagnostic>& diagnostics, const std::string& wholeText) {
+    const bool inFields =
+        std::any_of(diagnostics.begin(), diagnostics.end(),
+                    [&](const Diagnostic& diagnostic) { return diagnostic.text == wholeText; });
+    for (Diagnostic& diagnostic : diagnostics) {
+        const Names names = namesBefore(inFields ? diagnostic.text : wholeText);
+        diagnostic.driver = names.driver;
+        if (inFields) diagnostic.text.erase(0, names.length);
+    }
 }
 
 bool startsWithAny(std::string_view text, std::initializer_list<std::string_view> beginnings) {
@@ -105,7 +125,6 @@ int severityOfDriver(const Diagnostic& diagnostic) {
 }
 
 void complete(Diagnostic& diagnostic, const Record& record) {
-    splitNames(diagnostic);
     diagnostic.line = record.integer(kLine).value_or(0);
     diagnostic.fromServer = comesFromServer(diagnostic);
     if (!diagnostic.fromServer) {
@@ -130,10 +149,12 @@ std::vector<Diagnostic> diagnosticsOf(const DriverFunctions& functions, SQLSMALL
     for (SQLSMALLINT number = 1;; ++number) {
         const Record record(functions, handleType, handle, number);
         Diagnostic diagnostic;
-        if (!record.readTo(diagnostic)) return result;
+        if (!record.readTo(diagnostic)) break;
         complete(diagnostic, record);
         result.push_back(std::move(diagnostic));
     }
+    if (!result.empty()) takeNames(result, Record(functions, handleType, handle, 1).wholeText());
+    return result;
 }
 
 }  // namespace sqlcmd
