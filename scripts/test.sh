@@ -1,6 +1,20 @@
 #!/usr/bin/env bash
 # Builds and runs all tests; ends with CTest's summary.
+#   scripts/test.sh               the release build
+#   scripts/test.sh --sanitizers  the same tests under the address, undefined-behaviour and thread sanitizers
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/build.sh release
-ctest --preset release -j "$(nproc)"
+
+presets=(release)
+case "${1-}" in
+  "") ;;
+  --sanitizers) presets=(asan tsan) ;;
+  *) echo "usage: scripts/test.sh [--sanitizers]" >&2; exit 2 ;;
+esac
+
+status=0
+for preset in "${presets[@]}"; do
+  scripts/build.sh "$preset"
+  ctest --preset "$preset" -j "$(nproc)" || status=$?
+done
+exit $status

@@ -13,6 +13,7 @@ std::string FXString::Format(const char* format, ...) {
     va_start(arguments, format);
     va_list again;
     va_copy(again, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the checker does not follow va_copy
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
     std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');

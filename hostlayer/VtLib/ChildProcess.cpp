@@ -100,6 +100,7 @@ int ChildProcess::start(const std::string& program, std::vector<std::string>& wo
     if (const int error = actions.plan(writing.get(), dropsOutput); error != 0) return error;
     const SpawnAttributes attributes;
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     pid_t pid = -1;

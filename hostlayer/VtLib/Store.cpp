@@ -89,7 +89,7 @@ class StoreCache {
         bool isNews = false;
         {
             const std::lock_guard oneReader(m_refreshLock);
-            const StatePointer last = kept();
+            StatePointer last = kept();
             const FileIdentity identity = identify(path.c_str());
             if (last && last->isOf(path.c_str(), identity)) return last;  // another thread was faster
             next = readState(path, identity, last);

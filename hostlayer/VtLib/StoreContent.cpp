@@ -10,6 +10,10 @@ namespace {
 constexpr std::string_view kHostTable = "host";
 constexpr std::string_view kProgramsTable = "programs";
 
+std::string joined(std::string_view outer, std::string_view inner) {
+    return std::string(outer).append(1, '.').append(inner);
+}
+
 // Turns the tables of one document into instances, keys and values.
 class Reader {
   public:
@@ -35,7 +39,7 @@ class Reader {
             if (path == kProgramsTable && node.is_table()) {
                 readKey(path, *node.as_table(), m_content.programs);
             } else {
-                readValue(path, node, m_content.settings, std::string(kHostTable) + "." + path);
+                readValue(path, node, m_content.settings, joined(kHostTable, path));
             }
         }
     }
@@ -44,11 +48,10 @@ class Reader {
         StoreInstance& kept = m_content.instances[instance];
         for (const auto& [name, node] : keys) {
             const std::string key(name.str());
-            const std::string path = instance + "." + key;
             if (const toml::table* values = node.as_table()) {
-                readKey(path, *values, kept[key]);
+                readKey(joined(instance, key), *values, kept[key]);
             } else {
-                oddity(node, path, "stands outside every key");
+                oddity(node, joined(instance, key), "stands outside every key");
             }
         }
     }
@@ -56,7 +59,7 @@ class Reader {
     void readKey(const std::string& path, const toml::table& values, StoreKey& key) {
         for (const auto& [name, node] : values) {
             const std::string valueName(name.str());
-            readValue(valueName, node, key, path + "." + valueName);
+            readValue(valueName, node, key, joined(path, valueName));
         }
     }
 

@@ -8,6 +8,11 @@
 
 namespace hostlayer {
 
+// A number where ODBC takes numbers and pointers in one argument.
+inline SQLPOINTER odbcNumber(SQLULEN number) {
+    return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr): the interface is so
+}
+
 // Owns a handle of any kind.
 class OdbcHandle {
   public:

@@ -53,11 +53,11 @@ class BlockReader : public RowReader {
     BlockReader& operator=(const BlockReader&) = delete;
 
     bool bind(const std::vector<ColumnDescription>& columns) {
-        std::size_t rowBytes = 0;
+        std::size_t rowBytes = 1;
         for (const ColumnDescription& column : columns) rowBytes += column.textBytes;
         const std::size_t rows = std::clamp<std::size_t>(kBlockBytes / rowBytes, 1, kBlockRows);
         m_status.resize(rows);
-        bool isDone = set(SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(rows)) &&
+        bool isDone = set(SQL_ATTR_ROW_ARRAY_SIZE, odbcNumber(rows)) &&
                       set(SQL_ATTR_ROWS_FETCHED_PTR, &m_rowCount) &&
                       set(SQL_ATTR_ROW_STATUS_PTR, m_status.data());
         for (const ColumnDescription& column : columns) isDone = isDone && bindColumn(column.textBytes, rows);

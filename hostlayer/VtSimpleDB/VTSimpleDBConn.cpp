@@ -46,6 +46,7 @@ SQLCHAR* odbcText(const char* text) {
 // there then finds it without a handle.
 struct OpenStatement {
     OdbcHandle handle;
+    bool hasRows = false;
     std::unique_ptr<hostlayer::RowReader> rows;
 
     bool run(SQLHANDLE connection, const char* sql, bool prepared);
@@ -66,7 +67,8 @@ bool OpenStatement::goToFirstRows() {
     for (;;) {
         SQLSMALLINT columns = 0;
         if (!handle.check(::SQLNumResultCols(handle.get(), &columns), "Count columns")) return false;
-        if (columns > 0) return true;
+        hasRows = columns > 0;
+        if (hasRows) return true;
         const SQLRETURN result = ::SQLMoreResults(handle.get());
         if (result == SQL_NO_DATA) return true;
         if (!handle.check(result, "Execute")) return false;
@@ -97,15 +99,14 @@ struct VTSimpleDBConnObject::Impl {
 bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool readOnly) {
     environment = OdbcHandle(SQL_HANDLE_ENV, nullptr);
     if (!environment) return false;
-    const auto version = reinterpret_cast<SQLPOINTER>(std::uintptr_t{SQL_OV_ODBC3});
+    const auto version = hostlayer::odbcNumber(SQL_OV_ODBC3);
     if (!environment.check(::SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, version, 0), "Set up"))
         return false;
     connection = OdbcHandle(SQL_HANDLE_DBC, environment.get());
     if (!connection) return false;
     const auto set = [&](SQLINTEGER attribute, SQLULEN value) {
         return connection.check(
-            ::SQLSetConnectAttr(connection.get(), attribute, reinterpret_cast<SQLPOINTER>(value), 0),
-            "Set up");
+            ::SQLSetConnectAttr(connection.get(), attribute, hostlayer::odbcNumber(value), 0), "Set up");
     };
     if (!set(SQL_ATTR_LOGIN_TIMEOUT, loginTimeout())) return false;
     if (readOnly && !set(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
@@ -171,33 +172,33 @@ int VTSimpleDBConnObject::executeQuery(const char* sql, bool prepared) {
     }
     m_impl->statement->drop();
     m_impl->statement = std::make_shared<OpenStatement>();
-    const bool isDone =
-        m_impl->statement->run(m_impl->connection.get(), sql, prepared) && m_impl->statement->goToFirstRows();
-    return isDone ? 0 : -1;
+    if (m_impl->statement->run(m_impl->connection.get(), sql, prepared) && m_impl->statement->goToFirstRows())
+        return 0;
+    m_impl->statement->drop();
+    return -1;
 }
 
 struct VTDBAutoBindResult::Impl {
     std::shared_ptr<OpenStatement> statement;
     std::vector<std::optional<std::string_view>> values;
     std::vector<VTDBDataTypeBase> columns;
-    int state = 1;  // what getNextRow() answers; kept once it is not 0
+    int state = -1;  // what getNextRow() answers; kept once it is not 0
 };
 
 int VTSimpleDBConnObject::autoBind(VTDBAutoBindResult& result) {
     result.m_impl = std::make_unique<VTDBAutoBindResult::Impl>();
+    VTDBAutoBindResult::Impl& bound = *result.m_impl;
     OpenStatement& statement = *m_impl->statement;
+    if (statement.handle && !statement.hasRows) return bound.state = 1;
     std::vector<hostlayer::ColumnDescription> columns;
-    result.m_impl->state = -1;
     if (!statement.handle || !describeColumns(statement.handle, columns)) return -1;
-    result.m_impl->state = 1;
-    if (columns.empty()) return 1;
     statement.rows.reset();  // an earlier result's, if there is one
     statement.rows = hostlayer::makeRowReader(statement.handle, columns);
-    result.m_impl->state = statement.rows ? 0 : -1;
-    result.m_impl->statement = m_impl->statement;
-    result.m_impl->values.resize(columns.size());
-    result.m_impl->columns.resize(columns.size());
-    return result.m_impl->state;
+    if (!statement.rows) return -1;
+    bound.statement = m_impl->statement;
+    bound.values.resize(columns.size());
+    bound.columns.resize(columns.size());
+    return bound.state = 0;
 }
 
 VTDBAutoBindResult::VTDBAutoBindResult() : m_impl(std::make_unique<Impl>()) {}

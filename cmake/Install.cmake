@@ -1,0 +1,50 @@
+# cmake --install, the CMake package and pkg-config file for consumers, and Debian packages (cpack -G DEB).
+include(CMakePackageConfigHelpers)
+
+install(TARGETS DVUtilities EXPORT DVUtilitiesTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+install(TARGETS VtLib VoUtils VtSimpleDB EXPORT DVUtilitiesTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_SKIP)
+install(TARGETS tscript sqlcmd RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+install(DIRECTORY include/DVUtilities DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
+  FILES_MATCHING PATTERN "*.h")
+install(FILES README.md LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+
+set(dvu_config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DVUtilities)
+install(EXPORT DVUtilitiesTargets NAMESPACE DVUtilities:: DESTINATION ${dvu_config_dir} COMPONENT development)
+configure_package_config_file(cmake/DVUtilitiesConfig.cmake.in "${CMAKE_BINARY_DIR}/DVUtilitiesConfig.cmake"
+  INSTALL_DESTINATION ${dvu_config_dir})
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/DVUtilitiesConfigVersion.cmake"
+  COMPATIBILITY SameMajorVersion)
+configure_file(cmake/DVUtilities.pc.in "${CMAKE_BINARY_DIR}/DVUtilities.pc" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/DVUtilitiesConfig.cmake" "${CMAKE_BINARY_DIR}/DVUtilitiesConfigVersion.cmake"
+  DESTINATION ${dvu_config_dir} COMPONENT development)
+install(FILES "${CMAKE_BINARY_DIR}/DVUtilities.pc"
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME dvutilities)
+set(CPACK_PACKAGE_VENDOR "The DVUtilities developers")
+set(CPACK_PACKAGE_CONTACT "The DVUtilities developers <dvutilities@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL library development tools)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "SQL Server access and script packages: shared library and host layer")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "SQL Server access and script packages: headers and build files")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "SQL Server access and script packages: tscript, sqlcmd, tsqlbox")
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libdvutilities${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS tdsodbc)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libdvutilities-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libdvutilities${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME dvutilities-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION database)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libdvutilities${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS tdsodbc)
+include(CPack)

@@ -1,0 +1,79 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "TestStore.h"
+#include "VTSimpleDBConn.h"
+
+namespace {
+
+constexpr const char* kFreeTds = "[host]\nodbcAttributes = 'TDS_Version=7.4'\n";
+constexpr const char* kMicrosoft =
+    "[host]\nodbcDriver = 'ODBC Driver 18 for SQL Server'\nodbcAttributes = ''\n";
+
+std::string connectionString(const char* server, const char* user = "sa", const char* password = "pw",
+                             bool windows = false, bool encrypt = false) {
+    return VTSimpleDBConnObject().getConnectionString(server, "db", user, password, windows, encrypt);
+}
+
+TEST(ConnectionString, WritesTheServerAsTheDriverWantsIt) {
+    struct Case {
+        const char* server;
+        const char* freeTds;  // null: refused
+        const char* microsoft;
+    };
+    for (const Case& server : {Case{"db1", "Server={db1};Port=1433;", "Server={db1};"},
+                               Case{"db1,14330", "Server={db1};Port=14330;", "Server={db1,14330};"},
+                               Case{"TCP:db1,1", "Server={db1};Port=1;", "Server={db1,1};"},
+                               Case{"db1\\SQL1", "Server={db1\\SQL1};", "Server={db1\\SQL1};"},
+                               Case{"db1\\SQL1,1500", "Server={db1};Port=1500;", "Server={db1,1500};"},
+                               Case{".", "Server={localhost};Port=1433;", "Server={localhost};"},
+                               Case{"(local)\\X", "Server={localhost\\X};", "Server={localhost\\X};"},
+                               Case{"a;PWD=x", "Server={a;PWD=x};Port=1433;", "Server={a;PWD=x};"},
+                               Case{"", nullptr, nullptr}, Case{"db1,", nullptr, nullptr},
+                               Case{"db1,0", nullptr, nullptr}, Case{"db1,65536", nullptr, nullptr},
+                               Case{"db1,1x", nullptr, nullptr}, Case{",1433", nullptr, nullptr}}) {
+        const TestStore store(kFreeTds);
+        EXPECT_EQ(connectionString(server.server),
+                  server.freeTds == nullptr ? ""
+                                            : "Driver={FreeTDS};" + std::string(server.freeTds) +
+                                                  "Database={db};UID={sa};PWD={pw};TDS_Version=7.4");
+        store.write(kMicrosoft);
+        EXPECT_EQ(connectionString(server.server), server.microsoft == nullptr
+                                                       ? ""
+                                                       : "Driver={ODBC Driver 18 for SQL Server};" +
+                                                             std::string(server.microsoft) +
+                                                             "Database={db};UID={sa};PWD={pw};Encrypt=no;");
+    }
+}
+
+TEST(ConnectionString, BracesValuesAndChoosesTheIdentity) {
+    const TestStore store(kFreeTds);
+    EXPECT_NE(connectionString("h", "u;x", "a;b}c").find("UID={u;x};PWD={a;b}c};"), std::string::npos);
+    EXPECT_EQ(connectionString("h", "sa", "a};Server=evil"), "");  // FreeTDS has no way to take it
+    const std::string windows = connectionString("h", "sa", "pw", true, true);
+    EXPECT_NE(windows.find("Trusted_Connection=yes;Encryption=require;"), std::string::npos) << windows;
+    EXPECT_EQ(windows.find("pw"), std::string::npos);
+    store.write(kMicrosoft);
+    EXPECT_NE(connectionString("h", "sa", "a};b").find("PWD={a}};b};"), std::string::npos);
+    store.write("[host]\nodbcDriver = 'msodbcsql'\nodbcAttributes = 'Encrypt=strict'\n");
+    EXPECT_NE(connectionString("h").find("PWD={pw};Encrypt=strict"), std::string::npos);
+}
+
+TEST(Connection, ReportsWhyItCannotBeOpened) {
+    const TestStore store("[host]\nloginTimeout = 2\n");
+    VTSimpleDBConnObject connection;
+    EXPECT_NE(connection.executeQuery("SELECT 1", false), 0);
+    VTDBAutoBindResult result;
+    EXPECT_EQ(connection.autoBind(result), -1);
+    EXPECT_EQ(result.getNextRow(), -1);
+    EXPECT_TRUE(result.column(0).isNull() && result.column(-1).asUtf8().empty());
+    for (const std::string& text :
+         {std::string(), std::string(40000, 'x'), std::string("Driver={no such driver}"),
+          connectionString("127.0.0.1,1", "sa", "very secret")}) {
+        EXPECT_NE(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false), 0);
+    }
+    EXPECT_EQ(connection.CloseSQLConnection(), 0);
+}
+
+}  // namespace

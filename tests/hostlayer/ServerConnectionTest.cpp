@@ -1,0 +1,130 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "EvDebug.h"
+#include "TestStore.h"
+#include "TsqlBox.h"
+#include "VTSimpleDBConn.h"
+
+namespace {
+
+using Rows = std::vector<std::vector<std::string>>;
+
+// One server serves all tests of the suite; each has tables of its own.
+class ServerConnection : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() { s_box = new support::TsqlBox; }
+    static void TearDownTestSuite() {
+        delete s_box;
+        s_box = nullptr;
+    }
+
+    int open(const std::string& password = s_box->password()) {
+        const std::string text = m_connection.getConnectionString(
+            s_box->server().c_str(), "master", s_box->login().c_str(), password.c_str(), false, false);
+        return m_connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false);
+    }
+
+    // The rows, with "NULL" for NULL; a failure is one row that tells where.
+    Rows rows(const std::string& sql, bool prepared = false) {
+        if (m_connection.executeQuery(sql.c_str(), prepared) != 0) return {{"execute failed"}};
+        VTDBAutoBindResult result;
+        if (m_connection.autoBind(result) == -1) return {{"bind failed"}};
+        Rows found;
+        int state = 0;
+        while ((state = result.getNextRow()) == 0) {
+            auto& row = found.emplace_back();
+            for (int i = 0; i < result.columnCount(); ++i)
+                row.emplace_back(result.column(i).isNull() ? "NULL" : result.column(i).asUtf8());
+        }
+        EXPECT_EQ(result.getNextRow(), state);
+        if (state != 1) found.push_back({"fetch failed"});
+        return found;
+    }
+
+    static inline support::TsqlBox* s_box = nullptr;
+    const TestStore m_store{""};
+    VTSimpleDBConnObject m_connection;
+};
+
+TEST_F(ServerConnection, HandsValuesOutAsUtf8Text) {
+    ASSERT_EQ(open(), 0);
+    const std::string sql =
+        "SELECT 7, CAST(N'Grüße 😀' AS nvarchar(20)), NULL, '', CAST(-1.50 AS decimal(10,2)), "
+        "CAST('2024-02-29 23:59:59.997' AS datetime)";
+    const Rows wanted = {{"7", "Grüße 😀", "NULL", "", "-1.50", "2024-02-29 23:59:59.997"}};
+    EXPECT_EQ(rows(sql), wanted);
+    EXPECT_EQ(rows(sql, true), wanted);
+    EXPECT_EQ(rows("SELECT 1 AS a WHERE 1 = 0"), Rows());
+    EXPECT_EQ(rows("PRINT 'x'"), Rows());
+}
+
+TEST_F(ServerConnection, CutsNoLongValue) {
+    ASSERT_EQ(open(), 0);
+    std::string longText;
+    for (int i = 0; i < 70001; ++i) longText += "äb€";
+    const Rows found = rows(
+        "SELECT 1, REPLICATE(CAST(N'äb€' AS nvarchar(max)), 70001), 'after' UNION ALL "
+        "SELECT 2, CAST(NULL AS nvarchar(max)), 'null' UNION ALL SELECT 3, CAST('' AS nvarchar(max)), "
+        "'empty'");
+    const Rows wanted = {{"1", longText, "after"}, {"2", "NULL", "null"}, {"3", "", "empty"}};
+    EXPECT_TRUE(found == wanted) << found.size();
+    EXPECT_EQ(rows("SELECT CAST(REPLICATE(N'€', 4000) AS nvarchar(4000))")[0][0].size(), 12000U);
+}
+
+TEST_F(ServerConnection, ReadsManyBlocksOfRows) {
+    ASSERT_EQ(open(), 0);
+    ASSERT_EQ(rows("CREATE TABLE Many (i int, t varchar(20))"), Rows());
+    ASSERT_EQ(rows("DECLARE @i int SET @i = 0 WHILE @i < 1000 BEGIN INSERT INTO Many VALUES "
+                   "(@i, CASE WHEN @i % 3 = 0 THEN NULL ELSE 'r' END) SET @i = @i + 1 END"),
+              Rows());
+    const Rows found = rows("SELECT i, t FROM Many ORDER BY i");
+    ASSERT_EQ(found.size(), 1000U);
+    for (std::size_t i = 0; i < found.size(); ++i)
+        EXPECT_EQ(found[i], (std::vector<std::string>{std::to_string(i), i % 3 == 0 ? "NULL" : "r"}));
+}
+
+TEST_F(ServerConnection, RunsABatchToItsEnd) {
+    ASSERT_EQ(open(), 0);
+    ASSERT_EQ(rows("CREATE TABLE Steps (id int IDENTITY(1,1), t varchar(20))"), Rows());
+    EXPECT_EQ(rows("INSERT INTO Steps (t) VALUES ('a') INSERT INTO Steps (t) VALUES ('b') SELECT @@IDENTITY"),
+              (Rows{{"2"}}));
+    EXPECT_EQ(rows("INSERT INTO Steps (t) VALUES ('c') SELECT * FROM NoSuchTable"),
+              (Rows{{"execute failed"}}));
+    EXPECT_EQ(m_connection.executeQuery("SELECT 1 INSERT INTO Steps (t) VALUES ('after rows')", false), 0);
+    EXPECT_EQ(m_connection.CloseSQLConnection(), 0);
+    ASSERT_EQ(open(), 0);
+    EXPECT_EQ(rows("SELECT COUNT(*) FROM Steps WHERE t = 'after rows'"), (Rows{{"1"}}));
+    VTDBAutoBindResult old;
+    ASSERT_EQ(m_connection.executeQuery("SELECT id FROM Steps", false), 0);
+    ASSERT_EQ(m_connection.autoBind(old), 0);
+    ASSERT_EQ(old.getNextRow(), 0);
+    EXPECT_EQ(rows("SELECT 5"), (Rows{{"5"}}));
+    EXPECT_EQ(old.getNextRow(), -1);  // its statement is gone
+}
+
+TEST_F(ServerConnection, AFailedLoginIsInTheDebugLogWithoutThePassword) {
+    m_store.write("[Instance001.EventManager]\ndEVLOGDIR = '" + m_store.folder.path().string() + "'\n");
+    EvDebug log;
+    ASSERT_TRUE(log.initialize(0, 0, false, "login.log"));
+    EXPECT_NE(open("Wrong;Secret}1"), 0);
+    EXPECT_NE(m_connection.executeQuery("SELECT 1", false), 0);
+    const std::string text = support::readFile(m_store.folder / "login.log");
+    EXPECT_NE(text.find("(18456)"), std::string::npos) << text;
+    EXPECT_EQ(text.find("Secret"), std::string::npos) << text;
+    EXPECT_EQ(open(), 0);
+}
+
+TEST_F(ServerConnection, ALostServerIsAFailureAndAReopenedOneWorks) {
+    ASSERT_EQ(open(), 0);
+    s_box->kill();
+    EXPECT_EQ(rows("SELECT 1"), (Rows{{"execute failed"}}));
+    EXPECT_NE(open(), 0);
+    s_box->start();
+    ASSERT_EQ(open(), 0);
+    EXPECT_EQ(rows("SELECT 1"), (Rows{{"1"}}));
+}
+
+}  // namespace
