@@ -16,8 +16,8 @@ void ScriptReport::log(std::string message) {
 }
 
 bool ScriptReport::report(std::string message) {
-    tell(message);
     log(std::move(message));
+    tell(m_script.m_errorMessage);
     return false;
 }
 
@@ -28,8 +28,8 @@ bool ScriptReport::reportAs(std::string_view userText, std::string message) {
 }
 
 void ScriptReport::conclude(std::string message) {
-    m_script.m_output.append("\n").append(message);
     log(std::move(message));
+    m_script.m_output.append("\n").append(m_script.m_errorMessage);
 }
 
 void ScriptReport::trace(const std::string& message) {
