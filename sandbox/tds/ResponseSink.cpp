@@ -70,13 +70,18 @@ void ResponseSink::databaseChanged(std::string_view from, std::string_view to) {
         {kDatabaseContextChanged, 0, 1, 1, {}, "Changed database context to '" + std::string(to) + "'."});
 }
 
+// Does not throw: the engine may ask from within SQLite, which no exception can cross.
 bool ResponseSink::cancelled() {
-    if (m_attention) return true;
+    if (m_attention || m_clientGone) return true;
     const auto now = PacketChannel::Clock::now();
     if (now < m_nextLook) return false;
     m_nextLook = now + kLookInterval;
-    m_attention = m_channel.attentionArrived();
-    return m_attention;
+    try {
+        m_attention = m_channel.attentionArrived();
+    } catch (const std::exception&) {
+        m_clientGone = true;  // or sends what is no packet; the next request's reading says which
+    }
+    return m_attention || m_clientGone;
 }
 
 void ResponseSink::hold(Done done) {

@@ -65,6 +65,7 @@ class ResponseSink final : public tsql::ResultSink {
     bool m_failed = false;  // an error since the last statement's end
     bool m_anyError = false;
     bool m_attention = false;
+    bool m_clientGone = false;
     PacketChannel::Clock::time_point m_nextLook{};
 };
 
