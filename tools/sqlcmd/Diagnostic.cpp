@@ -38,13 +38,14 @@ class Record {
     }
 
     std::string wholeText() const {
-        std::string buffer(kMaxText, '\0');
+        std::string buffer(kMaxText + 1, '\0');
         SQLCHAR state[6] = {};
         SQLINTEGER number = 0;
         SQLSMALLINT length = 0;
         m_functions.getDiagRec(m_type, m_handle, m_number, state, &number,
                                reinterpret_cast<SQLCHAR*>(buffer.data()), kMaxText, &length);
-        return buffer.c_str();
+        buffer.resize(buffer.find('\0'));
+        return buffer;
     }
 
     // FreeTDS refuses the length that means "an integer", other drivers may want it.
@@ -63,7 +64,8 @@ class Record {
         SQLSMALLINT length = 0;
         const SQLRETURN code =
             m_functions.getDiagField(m_type, m_handle, m_number, field, buffer.data(), kMaxText, &length);
-        return SQL_SUCCEEDED(code) ? buffer.c_str() : "";
+        buffer.resize(SQL_SUCCEEDED(code) ? buffer.find('\0') : 0);
+        return buffer;
     }
 
   private:

@@ -12,7 +12,7 @@ struct Diagnostic {
     std::string sqlState;
     int number = 0;
     int severity = 0;
-    int state = 1;
+    int state = 1;  // 1, what most messages have, where the driver keeps it to itself, as FreeTDS does
     int line = 0;
     std::string procedure;
     std::string server;
