@@ -9,7 +9,6 @@ namespace {
 constexpr std::chrono::milliseconds kLookInterval{2};
 
 constexpr int kLeastErrorSeverity = 11;
-constexpr int kDatabaseContextChanged = 5701;
 
 struct Owning {
     ResponseSink::OwnedCell operator()(tsql::Null) const { return tsql::Null{}; }
@@ -66,8 +65,6 @@ void ResponseSink::message(const tsql::Message& message) {
 void ResponseSink::databaseChanged(std::string_view from, std::string_view to) {
     flushDone();
     m_tokens.textChange(EnvChange::Database, to, from);
-    m_tokens.message(
-        {kDatabaseContextChanged, 0, 1, 1, {}, "Changed database context to '" + std::string(to) + "'."});
 }
 
 // Does not throw: the engine may ask from within SQLite, which no exception can cross.
