@@ -86,6 +86,22 @@ TEST_F(ClientTest, EveryTypeIsDescribedAndArrivesWithItsValueAndAsNull) {
     }
 }
 
+TEST_F(ClientTest, OlderVersionsOfTheProtocolSeeTheSameValues) {
+    for (const std::string version : {"7.1", "7.2", "7.3"}) {
+        SCOPED_TRACE(version);
+        std::string connection = box().odbcConnectionString();
+        connection.replace(connection.find("TDS_Version=7.4") + 12, 3, version);
+        OdbcClient client(connection);
+        EXPECT_EQ(client.value(
+                      "SELECT CAST(-1.5 AS decimal(9,2)), CAST('2024-02-29' AS date), NULL, "
+                      "CAST(N'\xC3\xA4' AS nvarchar(max)), CAST(0x01 AS varbinary(max)), CAST('t' AS text)"),
+                  "-1.50|2024-02-29|NULL|\xC3\xA4|01|t");
+        client.run("\nSELECT * FROM Nowhere");
+        EXPECT_EQ(client.diagnostics(),
+                  (std::vector<Diagnostic>{{208, 2, "Invalid object name 'Nowhere'."}}));
+    }
+}
+
 TEST_F(ClientTest, LongTextArrivesWholeAcrossPackets) {
     OdbcClient client(box().odbcConnectionString());
     const std::string text = client.value(
