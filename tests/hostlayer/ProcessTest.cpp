@@ -161,11 +161,13 @@ TEST_F(Process, TheChildSeesNothingOfTheHostProgram) {
     ::sigaddset(&blocked, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
     ::signal(SIGPIPE, SIG_IGN);
-    const Outcome result =
-        run(script("look",
-                   "ls /proc/$$/fd | grep -vx 10 >&2\n"  // 10: the shell's own script
+    const std::string list = m_store.folder / "descriptors";
+    const Outcome result = run(
+        script("look",
+               "ls /proc/$$/fd >" + list + "; grep -vx 10 " + list +
+                   " >&2\n"  // 10: the shell's own script
                    "sed -n 's/^Sig...:.*\\(.......\\)$/\\1/p' /proc/$$/status | head -n 3 | tail -n 2 >&2"),
-            "look");
+        "look");
     ::signal(SIGPIPE, SIG_DFL);
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     ::close(leaked);

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "EvDebug.h"
 #include "TempDir.h"
 
 class TestStore {
@@ -22,3 +23,14 @@ class TestStore {
 
     support::TempDir folder;
 };
+
+// What stands in the process-wide debug log. It can be opened once in a process: the first call does it, and
+// has to come before a test makes its own store.
+inline std::string defaultDebugLog() {
+    static const support::TempDir folder;
+    static const bool isOpen = [] {
+        const TestStore store("[Instance001.EventManager]\ndEVLOGDIR = '" + folder.path().string() + "'\n");
+        return EvDebug().initialize(0, 0, false, "");
+    }();
+    return isOpen ? support::readFile(folder / "ZephraDebug.log") : "";
+}
