@@ -3,12 +3,12 @@
 # tscripts at work in it. Argument: the folder (default: demo in the checkout). Ends with 0 only if all came
 # out as expected. The server is stopped at the end; the folder stays for a look and is cleared by the next run.
 set -euo pipefail
-cd "$(dirname "$0")/.."
 
-folder=$(realpath -m "${1:-demo}")
+root=$(realpath "$(dirname "$0")/..")
+folder=$(realpath -m "${1:-$root/demo}")
+cd "$root"
 installation=$folder/installation
-bin=$PWD/build/bin
-output=
+bin=$root/build/bin
 
 fail() {
   printf '\ndemo: %s\n' "$*" >&2
@@ -19,7 +19,7 @@ step() { printf '\n== %s\n' "$*"; }
 
 # expect CODE TEXT COMMAND...: runs it, shows what it writes, and checks its exit code and that the text is there.
 expect() {
-  local code=$1 text=$2 got=0
+  local code=$1 text=$2 got=0 output
   shift 2
   output=$("$@" 2>&1) || got=$?
   printf '%s\n' "$output"
@@ -112,7 +112,7 @@ expect 5 "Need userId input for secured Tscript!" "$bin/tscript" exec tsSwitchNo
 
 step "The server: databases, version, a backup and when it was made, the statement that would restore it"
 expect 0 "dorvas" "$bin/tscript" db list
-expect 0 "" "$bin/tscript" db version
+expect 0 "15" "$bin/tscript" db version
 expect 0 "never" "$bin/tscript" db last-backup dorvas
 expect 0 "Backed-Up the Database" "$bin/tscript" db backup dorvas "$installation/backups/dorvas.bak"
 expect 0 "0 day(s) ago" "$bin/tscript" db last-backup dorvas
