@@ -241,7 +241,6 @@ struct WaitFor {
 };
 struct Use {
     std::string database;
-    int line = 1;
 };
 
 struct SelectStatement {

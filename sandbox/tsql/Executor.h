@@ -120,7 +120,8 @@ class Executor final : public SessionFacts, public NameResolver {
     std::vector<const TableColumn*> insertColumns(const TableInfo& target, const ast::Insert& insert) const;
     void insertExecuted(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                         const ast::Statement& execute);
-    void change(const TableInfo& target, const std::string& sql, const Translator& translator);
+    void change(const TableInfo& target, std::string_view verb, const std::string& sql,
+                const Translator& translator);
     void rememberIdentity(const TableInfo& target, std::int64_t rows);
 
     // ---- definitions (ExecutorDefinitions.cpp)

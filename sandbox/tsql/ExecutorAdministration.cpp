@@ -123,7 +123,6 @@ Flow Executor::run(const Use& use) {
         throw SqlError(154, "a USE database statement is not allowed in a procedure, function or trigger.",
                        15);
     useDatabase(use.database);
-    report({5701, 0, 2, use.line, {}, "Changed database context to '" + m_database + "'."});
     m_error = 0;
     done(-1);
     return Flow::Next;

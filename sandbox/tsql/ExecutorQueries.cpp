@@ -122,14 +122,16 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
     const TableInfo target = createTable(create);
     std::string names;
     for (const auto& column : target.columns) names += (names.empty() ? "" : ", ") + quotedName(column.name);
-    change(target, "INSERT INTO " + target.sqlName() + " (" + names + ") " + text.sql, translator);
+    change(target, "INSERT", "INSERT INTO " + target.sqlName() + " (" + names + ") " + text.sql, translator);
     done(m_rowCount);
 }
 
 // Runs the changing statement; `translator` tells its parameters.
-void Executor::change(const TableInfo& target, const std::string& sql, const Translator& translator) {
+void Executor::change(const TableInfo& target, std::string_view verb, const std::string& sql,
+                      const Translator& translator) {
     refuseInFunction();
     m_target = target;
+    m_verb = verb;
     beforeWrite();
     const auto values = parameterValues(translator);
     m_connection.run(sql, values);
@@ -165,16 +167,15 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
 
 Flow Executor::run(const Insert& insert) {
     const TableInfo target = table(insert.table);
-    m_verb = "INSERT";
     const auto columns = insertColumns(target, insert);
     Translator translator(*this);
     try {
         if (insert.execute)
             insertExecuted(target, columns, *insert.execute);
         else if (insert.query)
-            change(target, translator.insertQuery(target, columns, *insert.query), translator);
+            change(target, "INSERT", translator.insertQuery(target, columns, *insert.query), translator);
         else
-            change(target, translator.insertRows(target, columns, insert), translator);
+            change(target, "INSERT", translator.insertRows(target, columns, insert), translator);
     } catch (const SqlError& error) {
         if (insert.columns.empty() && isCountError(error)) throw withoutColumnList(error);
         throw;
@@ -188,7 +189,7 @@ void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
     std::optional<std::int64_t> identity;
     if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
     m_identity = identity;
-    m_frames.back()->identity = identity;
+    if (identity) m_frames.back()->identity = identity;
 }
 
 void Executor::insertExecuted(const TableInfo& target, const std::vector<const TableColumn*>& columns,
@@ -231,18 +232,16 @@ void Executor::insertExecuted(const TableInfo& target, const std::vector<const T
 
 Flow Executor::run(const Update& update) {
     const TableInfo target = table(Translator::targetName(update.table, update.from));
-    m_verb = "UPDATE";
     Translator translator(*this);
-    change(target, translator.update(target, update), translator);
+    change(target, "UPDATE", translator.update(target, update), translator);
     done(m_rowCount);
     return Flow::Next;
 }
 
 Flow Executor::run(const Delete& statement) {
     const TableInfo target = table(Translator::targetName(statement.table, statement.from));
-    m_verb = "DELETE";
     Translator translator(*this);
-    change(target, translator.remove(target, statement), translator);
+    change(target, "DELETE", translator.remove(target, statement), translator);
     done(m_rowCount);
     return Flow::Next;
 }

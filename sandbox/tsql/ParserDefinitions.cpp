@@ -128,7 +128,7 @@ Statement::Node Parser::parseCreateTable() {
     CreateTable node{objectName(), {}, {}};
     expect("(");
     do {
-        if (at(")")) break;  // a comma may close the list
+        if (at(")") && !node.columns.empty()) break;  // a comma may close the list
         parseTableElement(node);
     } while (accept(","));
     expect(")");
@@ -294,6 +294,11 @@ Statement::Node Parser::parseModule(bool create, bool alter) {
     module.alter = alter;
     module.function = sameWord(take().raw, "FUNCTION");
     module.name = objectName();
+    if (!module.name.database.empty())
+        throw SyntaxError(166,
+                          std::string("'CREATE/ALTER ") + (module.function ? "FUNCTION" : "PROCEDURE") +
+                              "' does not allow specifying the database name as a prefix to the object name.",
+                          module.name.line);
     const bool bracket = accept("(");
     if (peek().kind == TokenKind::Variable) module.parameters = list([this] { return parseParameter(); });
     if (bracket)

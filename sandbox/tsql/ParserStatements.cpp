@@ -104,10 +104,7 @@ Statement::Node Parser::parseStatementNode() {
     if (accept("BREAK")) return Break{};
     if (accept("CONTINUE")) return Continue{};
     if (acceptAll({"TRUNCATE", "TABLE"})) return Truncate{objectName()};
-    if (accept("USE")) {
-        const int line = peek().line;
-        return Use{expectName(), line};
-    }
+    if (accept("USE")) return Use{expectName()};
     syntaxError();
 }
 
@@ -134,6 +131,7 @@ Statement::Node Parser::parseDeclare() {
         if (peek().kind != TokenKind::Variable) syntaxError();
         const Token& name = take();
         accept("AS");
+        if (at("TABLE")) unsupported("table variables");
         Declaration declaration{std::string(name.raw), type(TypeUse::Declaration), nullptr};
         if (accept("=")) declaration.value = expression();
         if (!m_declared.insert(lowerAscii(name.raw)).second)

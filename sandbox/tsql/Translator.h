@@ -131,6 +131,7 @@ class Translator {
     std::vector<Typed> callArguments(const ast::Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ast::ExprPtr>& exprs);
     Typed parameter(std::string_view name);
+    static std::string liveValue(const std::string& key);
     const SourceColumn* findColumn(const ast::ColumnRef& column, Scope& scope, const Source*& source);
 
     // ---- queries (TranslatorQueries.cpp)
@@ -176,8 +177,10 @@ class Translator {
     std::vector<CommonTable> m_with;
     std::vector<std::string> m_parameters;
     std::vector<Assignment> m_assignments;
-    std::set<std::string> m_live;  // variables that the statement itself assigns, in lower case
-    bool m_sorted = false;         // then rows are computed before their order is known
+    // What stands for a variable that the statement itself assigns, by its name in lower case: its value
+    // before the row, then the value of the assignment to the left.
+    std::map<std::string, std::string> m_live;
+    bool m_sorted = false;  // then rows are computed before their order is known
     int m_aliases = 0;
     bool m_topLevel = true;
 };

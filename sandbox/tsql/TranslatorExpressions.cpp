@@ -7,6 +7,15 @@ namespace tsql {
 
 using namespace ast;
 
+namespace {
+
+// "(a || b" of "(a || b)": more operands follow.
+std::string reopened(const std::string& sql) {
+    return sql.substr(0, sql.size() - 1);
+}
+
+}  // namespace
+
 Typed Translator::value(const Expr& expr) {
     const std::size_t loose = m_scope ? m_scope->loose.size() : 0;
     Typed result = std::visit(
@@ -48,13 +57,19 @@ Typed Translator::node(const VariableRef& variable) {
     return parameter(variable.name);
 }
 
+std::string Translator::liveValue(const std::string& key) {
+    return "ts_variable(" + quotedText(key) + ")";
+}
+
 Typed Translator::parameter(std::string_view name) {
     const SqlType type = m_names.variableType(name);
     const std::string key = lowerAscii(name);
-    if (m_live.contains(key) && m_sorted)
-        throw SqlError(50000,
-                       "tsqlbox does not support SELECT @variable = ... of the same variable with ORDER BY.");
-    if (m_live.contains(key)) return {"ts_variable(" + quotedText(key) + ")", type};
+    if (const auto live = m_live.find(key); live != m_live.end()) {
+        if (m_sorted && live->second == liveValue(key))
+            throw SqlError(
+                50000, "tsqlbox does not support SELECT @variable = ... of the same variable with ORDER BY.");
+        return {live->second, type};
+    }
     auto found = std::find(m_parameters.begin(), m_parameters.end(), key);
     if (found == m_parameters.end()) found = m_parameters.insert(found, key);
     return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
@@ -101,9 +116,14 @@ Typed Translator::node(const BitNot& bitNot) {
     return emitBitNot(value(*bitNot.operand));
 }
 
+// A long concatenation stays flat: SQLite's parser bounds how deep brackets may nest.
 Typed Translator::node(const Binary& binary) {
     const Typed left = value(*binary.left);
-    return emitBinary(binary.op, left, value(*binary.right));
+    Typed result = emitBinary(binary.op, left, value(*binary.right));
+    const bool inner = std::holds_alternative<Binary>(binary.left->node) && isText(left.type.id);
+    if (inner && isText(result.type.id) && result.sql.starts_with("(" + left.sql + " || "))
+        result.sql = reopened(left.sql) + result.sql.substr(left.sql.size() + 1);
+    return result;
 }
 
 Typed Translator::node(const Case& choice) {
@@ -206,8 +226,10 @@ std::string Translator::test(const Compare& compare) {
 }
 
 std::string Translator::test(const Logic& logic) {
+    const auto* inner = std::get_if<Logic>(&logic.left->node);
     const std::string left = condition(*logic.left);
-    return "(" + left + (logic.isAnd ? " AND " : " OR ") + condition(*logic.right) + ")";
+    return (inner && inner->isAnd == logic.isAnd ? reopened(left) : "(" + left) +
+           (logic.isAnd ? " AND " : " OR ") + condition(*logic.right) + ")";
 }
 
 std::string Translator::test(const Not& negation) {

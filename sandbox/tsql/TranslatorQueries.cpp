@@ -55,7 +55,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
 
     if (topLevel)
         for (const auto& item : select.items)
-            if (!item.variable.empty()) m_live.insert(lowerAscii(item.variable));
+            if (const std::string key = lowerAscii(item.variable); !key.empty()) m_live[key] = liveValue(key);
     m_sorted = !query.orderBy.empty();
     std::string list;
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
@@ -97,7 +97,11 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
     if (!item.value) return star(item, text, list);
     Typed typed = value(*item.value);
     if (item.assignment) typed = emitBinary(*item.assignment, parameter(item.variable), typed);
-    if (!item.variable.empty()) m_assignments.push_back({item.variable, typed.type});
+    if (!item.variable.empty()) {
+        m_assignments.push_back({item.variable, typed.type});
+        if (const auto live = m_live.find(lowerAscii(item.variable)); live != m_live.end())
+            live->second = coerce(typed, m_names.variableType(item.variable)).sql;
+    }
     Column column{item.alias, typed.type, true, false};
     if (const auto* ref = std::get_if<ColumnRef>(&item.value->node)) {
         if (column.name.empty()) column.name = ref->path.back();

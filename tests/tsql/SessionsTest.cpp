@@ -1,0 +1,126 @@
+// What sessions are to each other, and what stays when one ends badly.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+
+#include "ScriptRunner.h"
+#include "TempDir.h"
+
+namespace {
+
+using tsql::test::runScript;
+
+class Sessions : public testing::Test {
+  protected:
+    std::string first(std::string_view text) { return runScript(m_first, text); }
+    std::string second(std::string_view text) { return runScript(m_second, text); }
+    static bool has(const std::string& text, std::string_view part) {
+        return text.find(part) != std::string::npos;
+    }
+
+    support::TempDir m_directory;
+    tsql::Engine m_engine{m_directory.path()};
+    tsql::Session m_first{m_engine, "sa", "master", 51};
+    tsql::Session m_second{m_engine, "sa", "master", 52};
+};
+
+TEST_F(Sessions, HaveTheirOwnTemporaryTables) {
+    first("CREATE TABLE #t (x int) INSERT #t VALUES (1)");
+    EXPECT_TRUE(has(second("SELECT * FROM #t"), "Msg 208"));
+    EXPECT_TRUE(has(second("CREATE TABLE #t (y int) SELECT COUNT(*) FROM #t"), "\n0\n"));
+}
+
+TEST_F(Sessions, ReadWhatIsCommittedAndWaitNoLongerThanTheyAsk) {
+    first("CREATE TABLE t (x int) BEGIN TRAN INSERT t VALUES (1)");
+    EXPECT_TRUE(has(second("SELECT COUNT(*) FROM t"), "\n0\n"));
+    EXPECT_TRUE(has(second("SET LOCK_TIMEOUT 50 INSERT t VALUES (2)"), "Msg 1222"));
+    first("COMMIT");
+    EXPECT_TRUE(has(second("INSERT t VALUES (2) SELECT COUNT(*) FROM t"), "\n2\n"));
+}
+
+TEST_F(Sessions, ThatReadBeforeAnothersChangeMayStillWrite) {
+    first("CREATE TABLE t (x int) INSERT t VALUES (1)");
+    first("BEGIN TRAN SELECT * FROM t");
+    second("UPDATE t SET x = 5");
+    EXPECT_TRUE(has(first("UPDATE t SET x = x + 1 COMMIT SELECT x FROM t"), "\n6\n"));
+}
+
+TEST_F(Sessions, WriteAtTheSameTime) {
+    first("CREATE TABLE t (id int IDENTITY, who int)");
+    constexpr int kSessions = 4, kRows = 50;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kSessions; ++i)
+        threads.emplace_back([&, i] {
+            tsql::Session session(m_engine, "sa", "master", 60 + i);
+            const std::string insert = "SET NOCOUNT ON INSERT t (who) VALUES (" + std::to_string(i) + ")";
+            for (int row = 0; row < kRows; ++row) EXPECT_EQ(runScript(session, insert), "GO\n");
+        });
+    for (auto& thread : threads) thread.join();
+    EXPECT_TRUE(has(first("SELECT COUNT(*), MAX(id) FROM t"), "\n200 | 200\n"));
+}
+
+TEST_F(Sessions, KeepWhatIsCommittedAndNothingElse) {
+    {
+        tsql::Session gone(m_engine, "sa", "master", 53);
+        runScript(gone, "CREATE TABLE t (x int) INSERT t VALUES (1) BEGIN TRAN INSERT t VALUES (2)");
+    }
+    EXPECT_TRUE(has(first("SELECT COUNT(*) FROM t"), "\n1\n"));
+}
+
+TEST_F(Sessions, HoldTheDatabaseTheyUse) {
+    first("CREATE DATABASE other\nGO\nUSE other");
+    EXPECT_TRUE(has(second("DROP DATABASE other"), "Msg 3702"));
+    first("USE master");
+    EXPECT_EQ(second("DROP DATABASE other"), "GO\n");
+    EXPECT_FALSE(m_engine.databaseExists("other"));
+}
+
+// Takes nothing more after some rows, in one way or another.
+class LeavingSink final : public tsql::ResultSink {
+  public:
+    explicit LeavingSink(bool throws) : m_throws(throws) {}
+    void columns(std::span<const tsql::Column>) override {}
+    void row(std::span<const tsql::CellView>) override {
+        ++m_rows;
+        if (m_throws) throw std::runtime_error("the client is gone");
+    }
+    void statementDone(std::int64_t, bool) override {}
+    void message(const tsql::Message&) override { ++m_messages; }
+    void databaseChanged(std::string_view, std::string_view) override {}
+    bool cancelled() override { return !m_throws && std::chrono::steady_clock::now() > m_until; }
+    int rows() const { return m_rows; }
+    int messages() const { return m_messages; }
+
+  private:
+    bool m_throws;
+    int m_rows = 0, m_messages = 0;
+    std::chrono::steady_clock::time_point m_until =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+};
+
+TEST_F(Sessions, EndACancelledBatchAndGoOn) {
+    constexpr std::string_view kEndless[] = {
+        "WHILE 1 = 1 SET NOCOUNT ON",
+        "SELECT COUNT(*) FROM sys.objects a, sys.objects b, sys.objects c, sys.objects d, sys.objects e, "
+        "sys.objects f, sys.objects g, sys.objects h, sys.objects i, sys.objects j",
+        "WAITFOR DELAY '01:00:00'",
+    };
+    for (int i = 0; i < 12; ++i) first("CREATE TABLE u" + std::to_string(i) + " (x int)");
+    for (const auto batch : kEndless) {
+        LeavingSink sink(false);
+        EXPECT_TRUE(m_first.runBatch(batch, sink)) << batch;
+        EXPECT_EQ(sink.messages(), 0) << batch;
+    }
+    EXPECT_TRUE(has(first("SELECT 1"), "\n1\n"));
+}
+
+TEST_F(Sessions, SurviveASinkThatThrows) {
+    LeavingSink sink(true);
+    EXPECT_THROW(m_first.runBatch("SELECT 1 SELECT 2", sink), std::runtime_error);
+    EXPECT_EQ(sink.rows(), 1);
+    EXPECT_TRUE(has(first("SELECT 3"), "\n3\n"));
+}
+
+}  // namespace

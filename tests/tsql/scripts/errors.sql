@@ -1,0 +1,66 @@
+SELECT 1/0
+PRINT 'reached'
+SELECT CONVERT(int, 'abc')
+PRINT 'not reached'
+GO
+SELECT nocol FROM sysobjects
+PRINT 'not reached'
+GO
+EXEC nosuch 1
+PRINT 'after'
+RAISERROR('bad %d %s %5d|%-4s|', 11, 2, 7, 'x', 12, 'l')
+RAISERROR('info %s', 10, 1, 'x')
+PRINT @@ERROR
+RAISERROR('too much', 19, 1)
+GO
+BEGIN TRY SELECT 1/0 END TRY
+BEGIN CATCH SELECT ERROR_NUMBER(), ERROR_MESSAGE(), ERROR_LINE(), ERROR_SEVERITY() END CATCH
+BEGIN TRY
+ EXEC nosuchproc
+END TRY
+BEGIN CATCH
+ PRINT 'caught'
+ ;THROW
+END CATCH
+PRINT 'not reached'
+GO
+/* outer /* inner */ still */ SELECT 'it''s', [n] = N'Zürich' -- c
+GO
+SET QUOTED_IDENTIFIER OFF
+SELECT "text"
+SET QUOTED_IDENTIFIER ON
+SELECT "text"
+GO
+PRINT 'nothing of a batch runs
+when' SELECT FROM x
+GO
+SELECT 'open
+GO
+SELECT 1 /* open
+GO
+IF 1 PRINT 'x'
+GO
+PRINT @undeclared
+GO
+SELEC 1
+GO
+CREATE TABLE t ()
+GO
+BREAK
+GO
+MERGE a USING b ON 1=1
+GO
+DECLARE cur CURSOR FOR SELECT 1
+GO
+DECLARE @t TABLE (x int)
+GO
+SELECT ROW_NUMBER() OVER (ORDER BY id) FROM c
+GO
+SET ROWCOUNT 5
+SET NOSUCH ON
+GO
+USE nosuchdb
+GO
+RAISERROR('fatal', 20, 1) WITH LOG
+PRINT 'not reached'
+GO

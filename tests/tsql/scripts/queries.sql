@@ -1,0 +1,37 @@
+CREATE TABLE a (id int PRIMARY KEY, g varchar(10), n int NULL)
+INSERT a VALUES (1,'x',10),(2,'x',NULL),(3,'Y',30),(4,'y',5)
+CREATE TABLE b (id int, aid int, t varchar(20))
+INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3
+GO
+-- groups meet without regard to case; a column outside of them is refused
+SELECT g, COUNT(*) c, SUM(n) s, AVG(n) av FROM a GROUP BY g HAVING COUNT(*) > 1 ORDER BY g
+SELECT UPPER(g), COUNT(n) FROM a GROUP BY UPPER(g) ORDER BY 2 DESC
+SELECT COUNT(DISTINCT g), COUNT(*) FROM a
+SELECT g, n FROM a GROUP BY g
+GO
+SELECT a.id, b.t FROM a LEFT OUTER JOIN b ON a.id = b.aid WHERE a.id IN (1,3) ORDER BY a.id
+SELECT a.id, b.t FROM a, b WHERE a.id = b.aid
+SELECT x.id, b.id FROM b RIGHT JOIN a AS x ON x.id = b.aid ORDER BY x.id DESC
+SELECT * FROM a WITH (NOLOCK) WHERE EXISTS (SELECT * FROM b WHERE b.aid = a.id) AND n IS NOT NULL
+SELECT id, (SELECT t FROM b WHERE b.aid = a.id) AS t, (SELECT MAX(t) FROM b) m FROM a
+SELECT id FROM a WHERE id IN (SELECT aid FROM b) UNION SELECT 99 UNION ALL SELECT 99 ORDER BY id DESC
+SELECT id FROM a EXCEPT SELECT aid FROM b
+SELECT DISTINCT g FROM a
+SELECT TOP 2 * FROM a ORDER BY n DESC, id
+SELECT * FROM a WHERE g LIKE '[x]%' AND id BETWEEN 1 AND 2 OR NOT (id <> 4)
+SELECT 'same' WHERE 'abc ' = 'ABC' AND NOT 'a' = 'b'
+SELECT d.t, d.n FROM (SELECT t, COUNT(*) n FROM b GROUP BY t) d WHERE d.n = 1;
+WITH q AS (SELECT t FROM b) SELECT x.t FROM q x JOIN q y ON x.t = y.t
+SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, CASE g WHEN 'x' THEN 1 ELSE 0.5 END FROM a
+SELECT 1/2, 7 % 3, 1.0/3, 'a' + 'b', 5 & 3, -7/2, CAST(1 AS float)/4, 'a' + NULL
+GO
+SELECT id, (SELECT id FROM a) FROM b
+GO
+SELECT id FROM a JOIN b ON a.id = b.aid
+GO
+SELECT x.id FROM a
+GO
+SELECT id FROM a ORDER BY 3
+GO
+SELECT 1 UNION SELECT 2, 3
+GO
