@@ -34,7 +34,7 @@ InterruptGuard::InterruptGuard() {
 
 InterruptGuard::~InterruptGuard() {
     m_ending = true;
-    pthread_kill(m_watcher.native_handle(), SIGTERM);
+    pthread_kill(m_watcher.native_handle(), SIGINT);
     m_watcher.join();
     const sigset_t set = interruptions();
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);

@@ -14,8 +14,11 @@
 namespace {
 
 void report(const std::string& plain, const PackageCheck& check) {
-    for (const std::string& text : check.warnings) writeNote(plain + ": warning: " + text);
-    for (const std::string& text : check.errors) writeNote(plain + ": " + text);
+    const auto tell = [&plain](const char* kind, const std::string& text) {
+        writeNote(std::string(plain).append(": ").append(kind).append(text));
+    };
+    for (const std::string& text : check.warnings) tell("warning: ", text);
+    for (const std::string& text : check.errors) tell("", text);
     if (!check.errors.empty())
         throw Failure(ExitCode::kUsage, plain + " cannot be packed",
                       "docs/package-format.md describes the form.");

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -48,7 +49,7 @@ int announcedPort(const std::string& log) {
     std::ifstream in(log);
     for (std::string line; std::getline(in, line);)
         if (line.rfind(kReady, 0) == 0 && !in.eof())
-            return std::atoi(line.c_str() + std::string(kReady).size());
+            return static_cast<int>(std::strtol(line.c_str() + std::string(kReady).size(), nullptr, 10));
     return 0;
 }
 

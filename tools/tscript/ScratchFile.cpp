@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::size_t kMostContent = 64 * 1024;
+constexpr std::size_t kMostContent = std::size_t{64} << 10;
 
 [[noreturn]] void fail(const std::string& what) {
     throw Failure(ExitCode::kInstallation, what + ": " + std::strerror(errno));

@@ -19,7 +19,7 @@ constexpr int kHelp = 2;
 constexpr int kParameters = 4;
 
 constexpr std::size_t kMostParameters = 1000;
-constexpr std::size_t kLongestText = 64 * 1024;
+constexpr std::size_t kLongestText = std::size_t{64} << 10;
 
 struct ScriptOptions {
     std::string name;
