@@ -40,6 +40,8 @@ inline constexpr char kOpenFailed[] = "VTSimpleDBConn Open failed.";
 inline constexpr char kStartFailed[] = "Start process failed, Error[%s]";
 inline constexpr char kWaitFailed[] = "Wait for process to end failed, Error[%s]";
 inline constexpr char kProcessFailed[] = "Process returned error, Code[%d], Error[%s]";
+inline constexpr char kOutputNotOwn[] =
+    "Output file [%s] is a link, or not a file of this user's own: remove it";
 }  // namespace debug
 
 }  // namespace database_messages

@@ -4,11 +4,12 @@
 
 #include "CallerText.h"
 #include "SecretText.h"
+#include "ToolOutput.h"
 #include "VtProcess.h"
 
 QueryTool::QueryTool(DBBase& db, const char* outputFile, const char* fallbackTool)
-    : m_db(db), m_outputFile(textOrEmpty(outputFile)) {
-    if (outputFile == nullptr) m_db.getTempFileName(m_outputFile);
+    : m_db(db), m_outputFile(textOrEmpty(outputFile)), m_temporary(outputFile == nullptr) {
+    if (m_temporary) m_db.getTempFileName(m_outputFile);
     m_db.getSQLPath(fallbackTool);
 }
 
@@ -19,7 +20,9 @@ ToolLogin QueryTool::login() const {
 
 bool QueryTool::run(std::string command, const char* whenFailed) {
     const SecretText commandLine(std::move(command));
-    if (m_db.StartProcess(commandLine.c_str(), VtProcess::kNoTimeout)) return true;
+    const bool claimed = !m_temporary || claimToolOutput(m_outputFile);
+    if (claimed && m_db.StartProcess(commandLine.c_str(), VtProcess::kNoTimeout)) return true;
+    if (claimed && m_temporary) dropUnwrittenOutput(m_outputFile);
     m_db.m_errorMessage = whenFailed;
     m_db.DBLogLine(m_db.m_errorMessage, 0);
     return false;

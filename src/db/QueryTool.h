@@ -10,7 +10,8 @@
 // command lines of QueryToolCommand.h from login() and input(), run it.
 class QueryTool {
   public:
-    // A null output file means a fresh temporary name. The output file is left to the caller.
+    // A null output file means a temporary one, which nobody else may read. The output file is left to the
+    // caller.
     QueryTool(DBBase& db, const char* outputFile, const char* fallbackTool);
 
     ToolLogin login() const;  // valid as long as the database object is not changed
@@ -22,4 +23,5 @@ class QueryTool {
   private:
     DBBase& m_db;
     std::string m_outputFile;
+    const bool m_temporary;
 };

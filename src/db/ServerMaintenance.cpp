@@ -7,6 +7,7 @@
 #include "MaintenanceSql.h"
 #include "RowText.h"
 #include "TextAsFormat.h"
+#include "ToolOutput.h"
 
 namespace {
 
@@ -106,8 +107,12 @@ std::string ServerMaintenance::productVersion() {
 }
 
 bool ServerMaintenance::run(const std::string& statement, WhenFailed whenFailed) {
-    if (m_db.RunStringQuery(statement.c_str(), m_outputFile.c_str(), maintenance_sql::kDatabase)) return true;
-    if (whenFailed == WhenFailed::kLogOutput) copyOutputToLog();
+    if (claimToolOutput(m_outputFile)) {
+        if (m_db.RunStringQuery(statement.c_str(), m_outputFile.c_str(), maintenance_sql::kDatabase))
+            return true;
+        dropUnwrittenOutput(m_outputFile);
+        if (whenFailed == WhenFailed::kLogOutput) copyOutputToLog();
+    }
     return fail(FXString::Format(database_messages::kQueryFailed, statement.c_str()));
 }
 

@@ -1,9 +1,14 @@
 #include "ToolOutput.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstring>
 #include <memory>
 
+#include "DatabaseMessages.h"
+#include "EvDebug.h"
+#include "FX.h"
 #include "FileDescriptor.h"
 
 namespace {
@@ -11,6 +16,7 @@ namespace {
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 constexpr int kHeadingLines = 2;  // the column names and the line of dashes
 constexpr char kBlank = ' ';
+constexpr mode_t kOwnerOnly = 0600;
 
 // Hands out a file's lines, read in large blocks. Memory: one block, and a line that lies across blocks.
 class LineReader {
@@ -65,6 +71,19 @@ class LineReader {
     bool m_failed = false;
 };
 
+// A regular file of this user's that no other name leads to.
+bool isOwnFile(const struct stat& status) {
+    return S_ISREG(status.st_mode) && status.st_uid == ::geteuid() && status.st_nlink == 1;
+}
+
+bool makeOwn(const char* path) {
+    struct stat status {};
+    // Without blocking: a pipe in the file's place is not waited on.
+    const FileDescriptor file(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly);
+    if (!file.isOpen()) return ::lstat(path, &status) != 0;
+    return ::fstat(file.get(), &status) == 0 && isOwnFile(status) && ::fchmod(file.get(), kOwnerOnly) == 0;
+}
+
 }  // namespace
 
 std::string rowOfLine(std::string_view line, char separator, int count) {
@@ -89,4 +108,16 @@ bool readToolOutput(const char* path, char separator, int count, std::vector<std
     for (int i = 0; i < kHeadingLines; ++i) reader.next(line);
     while (reader.next(line) && !line.empty()) rows.push_back(rowOfLine(line, separator, count));
     return !reader.hasFailed();
+}
+
+bool claimToolOutput(const std::string& path) {
+    if (makeOwn(path.c_str())) return true;
+    EvDebug().Debug("claimToolOutput", database_messages::debug::kOutputNotOwn, path.c_str());
+    return false;
+}
+
+void dropUnwrittenOutput(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) == 0 && isOwnFile(status) && status.st_size == 0)
+        FXFile::Remove(path.c_str());
 }

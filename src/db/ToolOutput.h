@@ -1,4 +1,4 @@
-// The query tool's output files, read back as rows.
+// The query tool's output files: claimed before the tool writes them, read back as rows.
 #pragma once
 
 #include <string>
@@ -13,3 +13,12 @@ std::string rowOfLine(std::string_view line, char separator, int count);
 // Appends the rows that follow the two heading lines, up to the first empty line or the end of the file.
 // False, with errno set, when the file cannot be opened or read.
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows);
+
+// Makes a temporary output file the process's own before the tool opens it by a name that others can foresee:
+// nobody else may read it, and no link or file that somebody else put there is written to. A file that the
+// process left there earlier is taken again; one that cannot be made at all is left to the tool, which then
+// fails on it. False, with a line in the debug log, for what is not the process's own.
+bool claimToolOutput(const std::string& path);
+
+// Takes a claimed file away to which the tool wrote nothing: as if it had not been claimed.
+void dropUnwrittenOutput(const std::string& path);

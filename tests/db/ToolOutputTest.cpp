@@ -1,6 +1,10 @@
 #include "ToolOutput.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <functional>
 
 #include "DVUtilities/DBBase.h"
 #include "SampleInstallation.h"
@@ -72,6 +76,34 @@ TEST_F(ToolOutput, FileThatCannotBeRead) {
         EXPECT_EQ(support::logTexts(log).back(), db.getErrorMsg());
     }
     EXPECT_FALSE(db.parseOutputFile(nullptr, rows, 1));
+}
+
+TEST_F(ToolOutput, TemporaryFilesAreClaimedOnlyWhenTheyAreOnesOwn) {
+    namespace fs = std::filesystem;
+    const std::string victim = folder / "victim";
+    const struct {
+        const char* what;
+        std::function<void()> prepare;
+        bool expected;
+    } cases[] = {{"nothing", [] {}, true},
+                 {"left from an earlier run", [&] { writeFile(file, "rows"); }, true},
+                 {"link", [&] { fs::create_symlink(victim, file); }, false},
+                 {"link to nothing", [&] { fs::create_symlink(folder / "absent", file); }, false},
+                 {"second name", [&] { fs::create_hard_link(victim, file); }, false},
+                 {"pipe", [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0666), 0); }, false},
+                 {"folder", [&] { fs::create_directory(file); }, false}};
+    for (const auto& c : cases) {
+        fs::remove(file);
+        writeFile(victim, "");
+        c.prepare();
+        ASSERT_EQ(claimToolOutput(file), c.expected) << c.what;
+        if (c.expected) EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600)) << c.what;
+        const bool isUnwritten = c.expected && fs::is_empty(file);
+        dropUnwrittenOutput(file);
+        EXPECT_EQ(fs::exists(fs::symlink_status(file)), !isUnwritten) << c.what;
+    }
+    EXPECT_TRUE(fs::exists(victim) && !fs::exists(folder / "absent"));
+    EXPECT_TRUE(claimToolOutput("/no/such/folder/output.txt")) << "the tool tells that";
 }
 
 }  // namespace
