@@ -29,7 +29,8 @@ struct IdIdName_t {
 // One thread per object. Texts are NUL-terminated; a null text counts as empty unless said otherwise. Every
 // failing operation returns false (or the value named). getErrorMsg() holds the reason where the operation
 // leaves one: account discovery, the query tool and server maintenance do, and log it too; direct-connection
-// failures are told in the debug log only.
+// failures are told in the debug log only. Log lines are lost, and standard output says so, when the log file
+// is null, empty or cannot be opened.
 class DVU_EXPORT DBBase {
   public:
     // `flag` is kept and not consulted.
@@ -53,7 +54,8 @@ class DVU_EXPORT DBBase {
     // Sets these four and nothing else; no check is made. Null counts as empty.
     void SetAccountInfo(const char* serverInstance, const char* userName, const char* password,
                         const char* logFile);
-    // 1: the suite's main product; any other value: TNet. Selects the statement DBTest() runs.
+    // 1: the suite's main product; any other value: TNet. DBTest() asks the main product's tables for every
+    // value but 0.
     void setProductTypeZephra(int productType);
     // Runs the probe statement over the direct connection.
     bool DBTest();
@@ -144,10 +146,12 @@ class DVU_EXPORT DBBase {
                            const char* separator);
     // Settles the tool's path on first use and logs it.
     void getSQLPath(const char* fallbackTool);
-    // A name in the installation's temporary folder; the same one for calls within one second.
+    // A name in the installation's temporary folder; the same one for calls within one second. No file is
+    // made.
     void getTempFileName(std::string& name);
     // Appends the rows of a file that RunStringQuery() wrote, as row texts of at most `fieldCount` fields; a
-    // row with fewer ends with a separator. False only for a file that cannot be read.
+    // row with fewer ends with a separator. The first two lines are headings; an empty line ends the rows.
+    // False only for a file that cannot be read; getErrorMsg() names it.
     bool parseOutputFile(char* outputFile, std::vector<std::string>& rows, int fieldCount);
     // Entry points that do nothing and return false.
     bool createSQLFileAndExecute(const char* sql, const char* outputFile, const char* dbName);
@@ -155,17 +159,20 @@ class DVU_EXPORT DBBase {
                                            const char* separator);
 
     // ---- Server maintenance ----------------------------------------------------------------------------
-    // All run in "MASTER" with user name and password. Names and paths stand in the statements as they are;
-    // statements are cut to 4,999 bytes, paths to 1,023. getErrorMsg() and the log file hold the failed
-    // statement, or what was done.
+    // All run in "MASTER" with user name and password. Names and paths stand in the statements as they are: a
+    // quote in them breaks the statement. Statements are cut to 4,999 bytes, paths to 1,023. getErrorMsg()
+    // and the log file hold the failed statement, or what was done. The tool writes to a file of
+    // getTempFileName(), which nobody else may read; the list and the version leave it behind, and so does a
+    // failed getLastBackUpInfo().
 
     std::vector<std::string> getDBList();  // user databases; empty on failure
     // Into "<directory>/<backupFile>" on the server.
     bool backUpDB(const char* backupFile, const char* directory, const char* dbName);
-    // Builds and logs the whole restore statement, then returns false: it is not run (docs/quirks.md).
+    // Builds and logs the whole restore statement, then returns false: it is not run (docs/quirks.md). Data
+    // files keep their logical names, put directly behind `directory`, which therefore ends in "/".
     bool restoreDB(const char* backupFile, const char* directory, const char* dbName);
-    // Days since the last full backup (at least 11 bytes) and its date (at least 21 bytes). False when there
-    // is none.
+    // Days since the last full backup (at least 11 bytes) and its date (at least 21 bytes), both "NULL" when
+    // there is none. Null buffers take nothing.
     bool getLastBackUpInfo(const char* dbName, char* days, char* date);
     std::string checkSQLServerProductVersion();  // major version, or "-1"
 
@@ -199,7 +206,8 @@ class DVU_EXPORT DBBase {
 
 extern "C" {
 
-// The user databases of a server. False when there is none or on a failure; `errorText` then says why.
+// The user databases of a server; `names` is replaced. False when there is none or on a failure; `errorText`
+// then says why, and is left alone otherwise.
 DVU_EXPORT bool GetDatabaseList(const char* serverInstance, const char* userName, const char* password,
                                 const char* logFile, std::string& errorText, std::vector<std::string>& names);
 // DBBase::restoreDB() for callers without an object: always false, with the statement in `errorText`.

@@ -8,7 +8,8 @@
 #include "DVUtilities/Export.h"
 
 // One object per script run. Every operation that returns false leaves the reason, where there is one, in
-// getErrorText(), and its outputs untouched. Caller's buffers hold 8,192 bytes unless said otherwise.
+// getErrorText(), and its outputs untouched unless said otherwise. Caller's buffers hold 8,192 bytes unless
+// said otherwise.
 class DVU_EXPORT DVUtilLib {
   public:
     // `name`: the script's name, which names the run's files. `flag` is kept and not consulted.
@@ -38,7 +39,8 @@ class DVU_EXPORT DVUtilLib {
     bool GetZephraInstallDir(char* dir);
     bool GetZephraLogDir(char* dir);
     bool GetZephraNetworkPassword(char* text);  // exactly as stored, enciphered
-    // `version` may be null. 800 for "8.0.0(…", 0 for a version not in the table.
+    // `version` may be null. 800 for "8.0.0(…", 0 for a version not in the table. A text without "(" is
+    // handed out as well, and then reported as unknown by false.
     bool GetZephraVersion(char* version, int& versionNumber);
     bool GetZephraPlatform(unsigned int& platformType);  // bits of the installed components
     bool IsMachineClusterConfigured();
@@ -61,6 +63,7 @@ class DVU_EXPORT DVUtilLib {
     // itself.
     void printoutContent(const char* sourceFile, const char* logFile, bool echo);
 
+    // Never null; valid until it changes or the object is destroyed. Success does not clear it.
     const char* getErrorText() const { return m_errorText.c_str(); }
 
   private:

@@ -54,7 +54,9 @@ DVU_EXPORT const char* GetTimeString(char* buffer, int length, long when, bool d
 // on standard output and not reported otherwise.
 DVU_EXPORT void LogToFile(const char* logFile, const char* text, bool raw);
 
-// Copies a text file line by line into a log file (null: nowhere) and, with `echo`, onto standard output.
+// Copies a text file line by line into a log file (null: nowhere) and, with `echo`, onto standard output. The
+// source must not be the log file itself, and must be writable too: otherwise the log says that it cannot be
+// opened.
 // `instance` (may be null) names the instance whose setting "dTScriptResultLogOutput" decides whether
 // echoed lines are logged as well. A line longer than 8,191 bytes is handled in pieces of that size.
 DVU_EXPORT void LogFileContent(const char* sourceFile, const char* logFile, bool echo, const char* instance);
