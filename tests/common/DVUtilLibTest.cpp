@@ -111,7 +111,7 @@ TEST_F(DVUtilLibTest, DirectoriesUnderBothProductTypes) {
     }
 }
 
-TEST_F(DVUtilLibTest, PlatformTypeIsCachedUnlessZero) {
+TEST_F(DVUtilLibTest, PlatformTypeIsCachedUnlessZeroAndTheClusterNever) {
     unsigned int type = 9;
     installation.set("Base", "nPLATTYPE", 0);
     EXPECT_TRUE(util.GetZephraPlatform(type));
@@ -121,9 +121,7 @@ TEST_F(DVUtilLibTest, PlatformTypeIsCachedUnlessZero) {
     installation.set("Base", "nPLATTYPE", 4);
     EXPECT_TRUE(util.GetZephraPlatform(type));
     EXPECT_EQ(type, 5U);
-}
 
-TEST_F(DVUtilLibTest, Cluster) {
     EXPECT_FALSE(util.IsMachineClusterConfigured());
     installation.set("Cluster", "ClusterName", "");
     EXPECT_FALSE(util.IsMachineClusterConfigured());

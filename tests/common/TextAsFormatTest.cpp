@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "CallerText.h"
-
 TEST(TextAsFormat, InterpretsPercentSignsWithoutReadingWhatIsNotThere) {
     const struct {
         const char* text;
@@ -28,14 +26,4 @@ TEST(TextAsFormat, CutsWhatWasInterpreted) {
     EXPECT_EQ(textAsFormat("%%%%ab", 3), "%%a");
     EXPECT_EQ(textAsFormat("abc", 0), "");
     EXPECT_EQ(textAsFormat("abc%", 4), "abc%");
-}
-
-TEST(CallerText, CopiesNeverLeaveTheBuffer) {
-    char buffer[5] = "....";
-    copyCut(buffer, 4, "\xC3\xA4\xC3\xA4");  // cut between the bytes of a character
-    EXPECT_STREQ(buffer, "\xC3\xA4\xC3");
-    EXPECT_EQ(buffer[4], '\0');
-    copyCut(buffer, 0, "x");
-    EXPECT_STREQ(buffer, "\xC3\xA4\xC3");
-    copyCut(nullptr, 4, "x");
 }

@@ -118,9 +118,4 @@ TEST_F(QueryTool, OutputWithoutANameGoesToATemporaryFile) {
     EXPECT_LE(left[0], after);
 }
 
-TEST_F(QueryTool, EntryPointsThatDoNothing) {
-    EXPECT_FALSE(db.createSQLFileAndExecute("SELECT 1", output.c_str(), "MASTER"));
-    EXPECT_FALSE(db.createSQLFileAndGenerateCSVOutput("SELECT 1", output.c_str(), "MASTER", ","));
-}
-
 }  // namespace

@@ -37,7 +37,6 @@ TEST(QuoteDoubling, BufferFormWorksOnTheLastQuoteAfterTheFirstPass) {
                   "'"},
                  {"none", "none"}};
     for (const auto& c : cases) {
-        EXPECT_EQ(replaced(c.text, "'", "''"), c.expected) << c.text;
         std::array<char, 64> buffer{};
         std::string(c.text).copy(buffer.data(), buffer.size());
         DBBase(true).fixTheString(buffer.data());

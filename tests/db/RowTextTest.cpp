@@ -81,10 +81,4 @@ TEST(RowText, WideTextOfUtf8) {
     for (const auto& c : cases) EXPECT_EQ(wideText(c.utf8), c.expected) << c.utf8;
 }
 
-TEST(RowText, LeadingNumber) {
-    EXPECT_EQ(leadingNumber(" 12abc"), 12);
-    EXPECT_EQ(leadingNumber("-7"), -7);
-    EXPECT_EQ(leadingNumber("x"), 0);
-}
-
 }  // namespace
