@@ -1,3 +1,5 @@
+#include "FileCipher.h"
+
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -43,11 +45,13 @@ class FileCipher {
           m_line(encrypt ? kPlainSize : kRecordSize),
           m_output(encrypt ? kRecordSize : kPlainSize) {}
 
-    bool run(const char* sourcePath, const char* targetPath) {
+    // `openTarget` yields the target's stream; it is asked once the source is open.
+    template <typename OpenTarget>
+    bool run(const char* sourcePath, const char* targetPath, OpenTarget openTarget) {
         OpenFile source(sourcePath, "r");
         if (!source.isOpen())
             return fail(FXString::Format(common_messages::kCannotOpenCipherFile, sourcePath));
-        OpenFile target(targetPath, "w");
+        OpenFile target = openTarget();
         if (!target.isOpen())
             return fail(FXString::Format(common_messages::kCannotOpenCipherFile, targetPath));
         std::setvbuf(source.get(), m_sourceBuffer.data(), _IOFBF, m_sourceBuffer.size());
@@ -130,5 +134,16 @@ bool DecryptFile(const char* sourceFile, const char* targetFile, std::string& er
 bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText,
                         bool encrypt) {
     if (sourceFile == nullptr || targetFile == nullptr) return false;
-    return guarded(false, [&] { return FileCipher(encrypt, errorText).run(sourceFile, targetFile); });
+    return guarded(false, [&] {
+        return FileCipher(encrypt, errorText).run(sourceFile, targetFile, [&] {
+            return OpenFile(targetFile, "w");
+        });
+    });
+}
+
+bool decipherInto(const char* sourceFile, const FileDescriptor& target, const char* targetName,
+                  std::string& errorText) {
+    return FileCipher(false, errorText).run(sourceFile, targetName, [&] {
+        return OpenFile(target.duplicate(), "w");
+    });
 }

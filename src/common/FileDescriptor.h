@@ -23,6 +23,14 @@ class FileDescriptor {
         if (isOpen()) ::close(m_descriptor);
     }
 
+    // A second descriptor of the same file; both share one position. !isOpen() and errno on failure.
+    FileDescriptor duplicate() const {
+        FileDescriptor second;
+        second.m_descriptor = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);
+        return second;
+    }
+    int release() { return std::exchange(m_descriptor, -1); }
+
     bool isOpen() const { return m_descriptor >= 0; }
     int get() const { return m_descriptor; }
 

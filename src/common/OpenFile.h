@@ -6,12 +6,19 @@
 #include <memory>
 #include <string>
 
+#include "FileDescriptor.h"
+
 // Owner of a stream; closes at the end. Children do not inherit the file.
 class OpenFile {
   public:
     // Modes as of fopen; !isOpen() and errno on failure.
     OpenFile(const char* path, const char* mode)
         : m_stream(std::fopen(path, (std::string(mode) + "e").c_str())) {}
+
+    // On a file that is open already. A stream that cannot be had closes the file.
+    OpenFile(FileDescriptor file, const char* mode) : m_stream(::fdopen(file.get(), mode)) {
+        if (isOpen()) file.release();
+    }
 
     bool isOpen() const { return m_stream != nullptr; }
     std::FILE* get() const { return m_stream.get(); }

@@ -1,17 +1,16 @@
 #include "PackageLoader.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
-#include "CVoFile.h"
 #include "CallerText.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/TScript.h"
-#include "DVUtilities/commonFunc.h"
 #include "FX.h"
+#include "FileCipher.h"
 #include "OpenFile.h"
 #include "RemovedAtEnd.h"
 #include "ScriptFileNames.h"
@@ -64,24 +63,33 @@ bool PackageLoader::checkReadable() {
                              FXString::Format(messages::kPackageUnreadable, path));
 }
 
-// A path that cannot be created is used all the same: deciphering into it then tells the user.
+// The copy is held open from here to its end and never opened by its name again. When no name was free, the
+// last one tried is used all the same, where that harms nobody; else deciphering tells the user.
 void PackageLoader::reserveCopy() {
-    CVoFile file;
-    createUnique(
-        file, O_RDONLY, m_copyPath, [this] { return scratchPath(m_script.m_scriptName, "_DE.txt"); },
-        [this](const CVoError&) { m_report.log(messages::kCopyNotCreated); });
+    const bool created = tryPaths(
+        m_copyPath, [this] { return scratchPath(m_script.m_scriptName, "_DE.txt"); },
+        [this] {
+            m_copy = createPrivateFile(m_copyPath.c_str());
+            if (!m_copy.isOpen()) m_report.log(messages::kCopyNotCreated);
+            return m_copy.isOpen();
+        });
+    if (!created) m_copy = takePrivateFile(m_copyPath.c_str());
     m_report.trace(FXString::Format(messages::kDecrypting, m_copyPath.c_str()).substr(0, kTraceText));
 }
 
 bool PackageLoader::decipher() {
-    if (DecryptFile(m_script.m_sqlFilePath.c_str(), m_copyPath.c_str(), m_script.m_errorMessage)) return true;
+    if (m_copy.isOpen() &&
+        decipherInto(m_script.m_sqlFilePath.c_str(), m_copy, m_copyPath.c_str(), m_script.m_errorMessage)) {
+        return true;
+    }
     return m_report.reportAs(messages::kDecryptFailed,
                              FXString::Format(messages::kDecryptFailedPath, m_copyPath.c_str()));
 }
 
 bool PackageLoader::parse() {
-    const OpenFile copy(m_copyPath.c_str(), "r");
-    if (!copy.isOpen()) return copyUnreadable();
+    const bool atStart = lseek(m_copy.get(), 0, SEEK_SET) == 0;
+    const OpenFile copy(std::move(m_copy), "r");
+    if (!atStart || !copy.isOpen()) return copyUnreadable();
     PackageContent content = takeContent();
     PackageParser parser(content, [this](PackageParser::Section section) {
         m_report.log(FXString::Format(messages::kOutsideSections, static_cast<int>(section)));

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "FileDescriptor.h"
 #include "PackageParser.h"
 #include "ScriptReport.h"
 
@@ -36,5 +37,6 @@ class PackageLoader {
     TScript& m_script;
     ScriptReport m_report;
     std::string m_copyPath;
+    FileDescriptor m_copy;       // open from its making until it has been read
     std::string m_databaseName;  // as the header gives it
 };

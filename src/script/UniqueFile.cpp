@@ -2,6 +2,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
 
 #include "CVoFile.h"
 #include "FX.h"
@@ -11,14 +14,33 @@ constexpr int kAttempts = 100;
 constexpr int kOwnerOnly = S_IRUSR | S_IWUSR;
 }  // namespace
 
-bool createUnique(CVoFile& file, int access, std::string& path, const std::function<std::string()>& nextPath,
-                  const std::function<void(const CVoError&)>& failed) {
+bool tryPaths(std::string& path, const std::function<std::string()>& nextPath,
+              const std::function<bool()>& create) {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         path = nextPath();
-        if (FXFile::Exists(path.c_str())) continue;
-        const CVoError error = file.Open(path.c_str(), O_CREAT | access, kOwnerOnly);
-        if (!error.IsError()) return true;
-        failed(error);
+        if (!FXFile::Exists(path.c_str()) && create()) return true;
     }
     return false;
+}
+
+bool createUnique(CVoFile& file, int access, std::string& path, const std::function<std::string()>& nextPath,
+                  const std::function<void(const CVoError&)>& failed) {
+    return tryPaths(path, nextPath, [&] {
+        const CVoError error = file.Open(path.c_str(), O_CREAT | access, kOwnerOnly);
+        if (error.IsError()) failed(error);
+        return !error.IsError();
+    });
+}
+
+FileDescriptor createPrivateFile(const char* path) {
+    return {path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kOwnerOnly};
+}
+
+FileDescriptor takePrivateFile(const char* path) {
+    FileDescriptor file(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);  // a pipe of that name must not block
+    struct stat status {};
+    const bool ours = file.isOpen() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+                      status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0 &&
+                      ftruncate(file.get(), 0) == 0;
+    return ours ? std::move(file) : FileDescriptor();
 }

@@ -3,8 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <fstream>
+#include <vector>
 
 #include "CVoFile.h"
 #include "OutputHeader.h"
@@ -70,48 +69,45 @@ TEST(OutputReader, LosesNoByte) {
     }
 }
 
-struct Attempts {
-    explicit Attempts(std::vector<std::string> givenPaths) : paths(std::move(givenPaths)) {}
-
-    std::vector<std::string> paths;  // given in turn, the last one again and again
-    std::size_t asked = 0;
-    int failures = 0;
-    std::string path;
-    CVoFile file;
-
-    bool create(int access) {
-        return createUnique(
-            file, access, path, [this] { return paths[std::min(asked++, paths.size() - 1)]; },
-            [this](const CVoError&) { ++failures; });
-    }
-};
-
 TEST(UniqueFile, PassesOverWhatExistsAndFollowsNoLink) {
     const support::TempDir folder;
     support::writeFile(folder / "taken", "mine");
     fs::create_symlink(folder / "nowhere", folder / "link");
-    Attempts attempts({folder / "taken", folder / "link", folder / "new"});
+    std::vector<std::string> paths = {folder / "new", folder / "link", folder / "taken"};  // from the back
+    int failures = 0;
+    std::string path;
+    CVoFile file;
     const mode_t mask = umask(0);
-    EXPECT_TRUE(attempts.create(O_WRONLY));
+    EXPECT_TRUE(createUnique(
+        file, O_WRONLY, path,
+        [&] {
+            path = paths.back();
+            paths.pop_back();
+            return path;
+        },
+        [&](const CVoError&) { ++failures; }));
     umask(mask);
-    EXPECT_EQ(attempts.path, (folder / "new").string());
-    EXPECT_EQ(attempts.failures, 1) << "the link was refused with a message, the file passed over without";
+    EXPECT_EQ(path, (folder / "new").string());
+    EXPECT_EQ(failures, 1) << "the link was refused with a message, the file passed over without";
     EXPECT_FALSE(fs::exists(folder / "nowhere"));
-    EXPECT_EQ(fs::status(folder / "new").permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_FALSE(attempts.file.Write("x", 1).IsError());
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
     EXPECT_EQ(support::readFile(folder / "taken"), "mine");
 }
 
-TEST(UniqueFile, GivesUpAfterAHundredAttempts) {
+TEST(UniqueFile, TakesNothingButAPrivateFileOfItsOwn) {
     const support::TempDir folder;
-    support::writeFile(folder / "taken", "");
-    for (const auto& [path, failures] : {std::pair{folder / "taken", 0}, {folder / "absent" / "x", 100}}) {
-        Attempts attempts({path});
-        EXPECT_FALSE(attempts.create(O_RDONLY));
-        EXPECT_EQ(attempts.asked, 100U);
-        EXPECT_EQ(attempts.failures, failures);
-        EXPECT_EQ(attempts.path, path.string());
+    for (const char* name : {"private", "shared"}) support::writeFile(folder / name, "old");
+    fs::permissions(folder / "private", fs::perms::owner_read | fs::perms::owner_write);
+    fs::permissions(folder / "shared", fs::perms::owner_all | fs::perms::group_read);
+    fs::create_symlink(folder / "private", folder / "link");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+    for (const char* name : {"shared", "link", "pipe", "absent"}) {
+        EXPECT_FALSE(takePrivateFile((folder / name).c_str()).isOpen()) << name;
     }
+    EXPECT_EQ(support::readFile(folder / "private"), "old");
+    EXPECT_EQ(support::readFile(folder / "shared"), "old");
+    EXPECT_TRUE(takePrivateFile((folder / "private").c_str()).isOpen());
+    EXPECT_EQ(support::readFile(folder / "private"), "");
 }
 
 }  // namespace
