@@ -4,7 +4,8 @@
 
 namespace {
 constexpr std::string_view kPlaceholder = "%s";
-}
+constexpr std::size_t kPieceLength = 1 << 16;
+}  // namespace
 
 std::string blankPercentSignsInComments(std::string_view body) {
     std::string blanked(body);
@@ -24,11 +25,23 @@ bool PlaceholderFiller::fill(std::string_view body, const std::vector<std::strin
         const std::size_t at = rest.find(kPlaceholder);
         if (at == std::string_view::npos) break;
         const std::string_view segment = rest.substr(0, at + kPlaceholder.size());
-        if (!m_write(textAsFormat(segment, {m_escape(value)}))) return false;
+        if (!writeSegment(segment, m_escape(value))) return false;
         rest.remove_prefix(segment.size());
         join(value, &value == &values.front());
     }
     return m_write(rest);
+}
+
+// In pieces, so that a long segment takes no memory of its length. A piece ends with an ordinary character,
+// never between a percent sign and what it stands before; the placeholder is in the last one.
+bool PlaceholderFiller::writeSegment(std::string_view segment, std::string_view value) {
+    while (!segment.empty()) {
+        const std::size_t last = segment.find_first_not_of('%', kPieceLength);
+        const std::string_view piece = segment.substr(0, last == std::string_view::npos ? last : last + 1);
+        if (!m_write(textAsFormat(piece, {value}))) return false;
+        segment.remove_prefix(piece.size());
+    }
+    return true;
 }
 
 void PlaceholderFiller::join(const std::string& value, bool first) {

@@ -27,6 +27,7 @@ class PlaceholderFiller {
     const std::string& joinedValues() const { return m_joined; }
 
   private:
+    bool writeSegment(std::string_view segment, std::string_view value);
     void join(const std::string& value, bool first);
 
     Escape m_escape;
