@@ -8,6 +8,7 @@
 #include "DVUtilities/TScript.h"
 #include "FX.h"
 #include "OutputHeader.h"
+#include "RemovedAtEnd.h"
 #include "ScriptFileNames.h"
 #include "ScriptMessages.h"
 #include "SqlQuotes.h"
@@ -37,12 +38,14 @@ constexpr char kParametersQuery[] = " print 'TScript Parameter(s):'  print ' '  
 
 }  // namespace
 
-ProcedureRun::ProcedureRun(TScript& script, int operation, const char* arguments, const char* recordedInput)
+ProcedureRun::ProcedureRun(TScript& script, int operation, const char* arguments, const char* recordedInput,
+                           std::int32_t contentType)
     : m_script(script),
       m_report(script),
       m_operation(operation),
       m_arguments(textOrEmpty(arguments)),
       m_recordedInput(*textOrEmpty(recordedInput) != '\0' ? recordedInput : m_arguments.data()),
+      m_contentType(contentType),
       m_query(SqlBuffer::kPlain + m_arguments.size()) {}
 
 bool ProcedureRun::run() {
@@ -131,7 +134,7 @@ bool ProcedureRun::createOutputFile() {
 void ProcedureRun::runQueryTool() {
     m_report.log(FXString::Format(messages::kOutputFile, m_script.m_outputFile.c_str()));
     if (!m_script.m_db->RunStringQuery_TS(m_query.text(), m_script.m_outputFile.c_str(),
-                                          m_script.m_dbName.c_str(), m_script.m_contentType)) {
+                                          m_script.m_dbName.c_str(), m_contentType)) {
         fail(FXString::Format(texts::kToolFailed, m_script.m_db->getErrorMsg()));
     }
 }
@@ -141,22 +144,24 @@ void ProcedureRun::recordEnd() {
 }
 
 void ProcedureRun::cleanHeader() {
-    if ((m_script.m_contentType & kDropHeader) == 0 || m_failed) return;
+    if ((m_contentType & kDropHeader) == 0 || m_failed) return;
     const CVoError error = removeOutputHeader(m_script.m_outputFile);
     if (!error.IsError()) return;
-    m_report.log(FXString::Format(texts::kHeaderNotRemoved, m_script.m_outputFile.c_str(),
-                                  error.GetErrorCode(), error.AsString()));
+    fail(FXString::Format(texts::kHeaderNotRemoved, m_script.m_outputFile.c_str(), error.GetErrorCode(),
+                          error.AsString()));
 }
 
 // What the tool wrote is read even when it failed.
 void ProcedureRun::collectOutput() {
-    if ((m_script.m_contentType & kUnicodeOutput) != 0) return concludeSuccess();
+    if ((m_contentType & kUnicodeOutput) != 0) return concludeSuccess();
     const char* path = m_script.m_outputFile.c_str();
     CVoFile file;
     if (const CVoError error = file.Open(path, "rb"); error.IsError()) {
         return failAtOutput("open", error);
     }
+    RemovedAtEnd brokenOff(path);  // output that memory cannot hold is not left behind
     m_report.toolOutput(file, kOutputChunk);
+    brokenOff.keep();
     concludeSuccess();
     if (const CVoError error = file.Close(); error.IsError()) {
         return failAtOutput("close", error);

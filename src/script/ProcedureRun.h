@@ -1,6 +1,7 @@
 // Run of a stored-procedure tscript, or of one of the questions about it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,8 +13,10 @@ class TScript;
 
 class ProcedureRun {
   public:
-    // `arguments` and `recordedInput` may be null, which counts as empty.
-    ProcedureRun(TScript& script, int operation, const char* arguments, const char* recordedInput);
+    // `arguments` and `recordedInput` may be null, which counts as empty. `contentType`: the query tool's
+    // option bits, of which 4 also drops the output's heading and 8 leaves the output in its file.
+    ProcedureRun(TScript& script, int operation, const char* arguments, const char* recordedInput,
+                 std::int32_t contentType);
 
     bool run();
 
@@ -42,6 +45,7 @@ class ProcedureRun {
     int m_operation;
     std::string_view m_arguments;
     const char* m_recordedInput;
+    std::int32_t m_contentType;
     SqlBuffer m_query;
     const char* m_successMessage = "";
     bool m_failed = false;

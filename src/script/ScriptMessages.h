@@ -10,6 +10,9 @@ inline constexpr char kNoMachineName[] = "Failed to get machine name. ";
 inline constexpr char kInitialized[] = "Intialized.";
 inline constexpr char kNoSession[] =
     "The script session is not initialized. Call initialize with the script's name first.";
+inline constexpr char kBrokenOff[] =
+    "The operation was broken off, most likely for lack of memory. Free some, or shorten the script or its "
+    "output, and run it again.";
 inline constexpr char kSeveralDatabases[] = "Please provide database name because multiple databases exist.";
 inline constexpr char kInvalidDatabase[] = "Invalid db name [%s] passed to DV.";
 inline constexpr char kNoAccess[] = "Failed to get database access info.";

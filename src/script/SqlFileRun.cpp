@@ -113,7 +113,9 @@ void SqlFileRun::collectOutput() {
     const char* path = m_script.m_outputFile.c_str();
     CVoFile file;
     if (file.Open(path, "rb").IsError()) return fail(FXString::Format(texts::kOutputNotOpened, path));
+    RemovedAtEnd brokenOff(path);  // output that memory cannot hold is not left behind
     m_report.toolOutput(file, kOutputChunk);
+    brokenOff.keep();
     if (!m_failed) m_report.report(messages::kSucceeded);
     if (file.Close().IsError()) return fail(FXString::Format(texts::kOutputNotClosed, path));
     if (CVoFile::Delete(path, false).IsError()) fail(FXString::Format(texts::kOutputNotDeleted, path));

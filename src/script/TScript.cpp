@@ -1,5 +1,6 @@
 #include "DVUtilities/TScript.h"
 
+#include "Attempt.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/commonFunc.h"
@@ -7,12 +8,20 @@
 #include "PackageLoader.h"
 #include "ProcedureRun.h"
 #include "ScriptCatalogue.h"
+#include "ScriptMessages.h"
+#include "ScriptReport.h"
 #include "ScriptSession.h"
 #include "SqlFileRun.h"
 
 namespace {
 constexpr int kTimeText = 1024;
+
+template <typename Work>
+bool attempted(TScript& script, Work&& work) {
+    return attempt(std::forward<Work>(work), [&] { ScriptReport(script).report(messages::kBrokenOff); });
 }
+
+}  // namespace
 
 TScript::TScript() : m_loadTime(std::time(nullptr)), m_creationTime(m_loadTime) {}
 
@@ -24,43 +33,43 @@ TScript::~TScript() {
 // ---- Session -------------------------------------------------------------------------------------------
 
 bool TScript::initialize(const char* name) {
-    return guarded(false, [&] { return ScriptSession(*this).start(name); });
+    return attempted(*this, [&] { return ScriptSession(*this).start(name); });
 }
 
 bool TScript::setDbAndLog(const char* dbName) {
-    return guarded(false, [&] { return ScriptSession(*this).chooseDatabase(dbName); });
+    return attempted(*this, [&] { return ScriptSession(*this).chooseDatabase(dbName); });
 }
 
 // ---- Catalogue -----------------------------------------------------------------------------------------
 
 bool TScript::getTscriptId() {
-    return guarded(false, [&] { return ScriptCatalogue(*this).find(); });
+    return attempted(*this, [&] { return ScriptCatalogue(*this).find(); });
 }
 
 bool TScript::checkPlexumId() {
-    return guarded(false, [&] { return ScriptCatalogue(*this).checkSite(); });
+    return attempted(*this, [&] { return ScriptCatalogue(*this).checkSite(); });
 }
 
 bool TScript::checkGUID() {
-    return guarded(false, [&] { return ScriptCatalogue(*this).checkGuid(); });
+    return attempted(*this, [&] { return ScriptCatalogue(*this).checkGuid(); });
 }
 
 bool TScript::addNewTscript() {
-    return guarded(false, [&] { return ScriptCatalogue(*this).addPackage(); });
+    return attempted(*this, [&] { return ScriptCatalogue(*this).addPackage(); });
 }
 
 bool TScript::recordExecStart(const char* inputParams) {
-    return guarded(false, [&] { return ScriptCatalogue(*this).recordStart(inputParams); });
+    return attempted(*this, [&] { return ScriptCatalogue(*this).recordStart(inputParams); });
 }
 
 bool TScript::recordExecEnd(int status) {
-    return guarded(false, [&] { return ScriptCatalogue(*this).recordEnd(status); });
+    return attempted(*this, [&] { return ScriptCatalogue(*this).recordEnd(status); });
 }
 
 // ---- Package -------------------------------------------------------------------------------------------
 
 bool TScript::setSQLFile(const char* path) {
-    return guarded(false, [&] { return PackageLoader(*this).run(path); });
+    return attempted(*this, [&] { return PackageLoader(*this).run(path); });
 }
 
 const char* TScript::getSQLFile() {
@@ -78,7 +87,7 @@ void TScript::getSQLFileHelp(std::string& text) {
 // ---- Execution -----------------------------------------------------------------------------------------
 
 bool TScript::executeSQLFile(std::vector<std::string> parameters, const char* recordedInput) {
-    return guarded(false, [&] { return SqlFileRun(*this, std::move(parameters), recordedInput).run(); });
+    return attempted(*this, [&] { return SqlFileRun(*this, std::move(parameters), recordedInput).run(); });
 }
 
 bool TScript::isTscriptSP(const char* name, const char* dbName) {
@@ -90,9 +99,9 @@ bool TScript::isTscriptSP(const char* name, const char* dbName) {
 }
 
 bool TScript::execTscript(int operation, const char* arguments, const char* recordedInput, int userId) {
-    return guarded(false, [&] {
+    return attempted(*this, [&] {
         m_userId = userId;
-        return ProcedureRun(*this, operation, arguments, recordedInput).run();
+        return ProcedureRun(*this, operation, arguments, recordedInput, m_contentType).run();
     });
 }
 

@@ -1,9 +1,16 @@
 #include "DVUtilities/TScriptApi.h"
 
+#include "Attempt.h"
 #include "DVUtilities/TScript.h"
 #include "ExceptionGuard.h"
+#include "ScriptMessages.h"
 
 namespace {
+
+template <typename Work>
+bool attempted(std::string& output, Work&& work) {
+    return attempt(std::forward<Work>(work), [&] { output = messages::kBrokenOff; });
+}
 
 enum PackageOperation { kExecute = 1, kHelp = 2, kExecuteFile = 8 };
 
@@ -73,7 +80,7 @@ bool TS_ExecTscript_SP(const char* scriptName, const char* dbName, const char* a
                        const char* recordedInput, int operation, std::string* logFile, std::string* output,
                        int* auditLevel) {
     if (logFile == nullptr || output == nullptr || auditLevel == nullptr) return false;
-    return guarded(false, [&] {
+    return attempted(*output, [&] {
         TScript script;
         output->clear();
         logFile->clear();
@@ -89,7 +96,7 @@ bool TS_ExecTscript_SQL(const char* scriptName, std::string* dbName,
                         const std::vector<std::string>* parameters, const char* recordedInput, int operation,
                         std::string* logFile, std::string* output) {
     if (dbName == nullptr || logFile == nullptr || output == nullptr) return false;
-    return guarded(false, [&] {
+    return attempted(*output, [&] {
         TScript script;
         output->clear();
         logFile->clear();

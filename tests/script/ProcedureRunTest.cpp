@@ -1,3 +1,5 @@
+#include "ProcedureRun.h"
+
 #include "DVUtilities/TScript.h"
 #include "ScriptFixture.h"
 
@@ -5,9 +7,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using ProcedureRun = ScriptFixture;
+using ProcedureRuns = ScriptFixture;
 
-TEST_F(ProcedureRun, IsRunExplainedAndListed) {
+TEST_F(ProcedureRuns, IsRunExplainedAndListed) {
     const struct {
         const char* name;
         int operation, auditLevel;
@@ -44,7 +46,7 @@ TEST_F(ProcedureRun, IsRunExplainedAndListed) {
     }
 }
 
-TEST_F(ProcedureRun, SaysWhyItFails) {
+TEST_F(ProcedureRuns, SaysWhyItFails) {
     const std::string count = runCount();
     const struct {
         const char* name;
@@ -67,7 +69,7 @@ TEST_F(ProcedureRun, SaysWhyItFails) {
     EXPECT_EQ(runCount(), count) << "nothing was recorded";
 }
 
-TEST_F(ProcedureRun, AFailedExecutionEndsWithStatusTwo) {
+TEST_F(ProcedureRuns, AFailedExecutionEndsWithStatusTwo) {
     const Result result = runProcedure("tsEventSummary", 1, "@nosuch = 1");
     EXPECT_FALSE(result.done);
     EXPECT_EQ(
@@ -77,7 +79,7 @@ TEST_F(ProcedureRun, AFailedExecutionEndsWithStatusTwo) {
     EXPECT_EQ(lastRun("tsEventSummary"), "2|0|@nosuch = 1");
 }
 
-TEST_F(ProcedureRun, ASecuredTscriptRunsForAUser) {
+TEST_F(ProcedureRuns, ASecuredTscriptRunsForAUser) {
     TScript script;
     ASSERT_TRUE(script.isTscriptSP("tsSwitchNode", "dorvas"));
     EXPECT_TRUE(script.execTscript(1, "'spare', 1", nullptr, 7)) << script.getOutput();
@@ -86,7 +88,23 @@ TEST_F(ProcedureRun, ASecuredTscriptRunsForAUser) {
               "7|");
 }
 
-TEST_F(ProcedureRun, WithoutAnOutputFileTheStartHasNoEnd) {
+TEST_F(ProcedureRuns, OptionBitsDropTheHeadingOrLeaveTheOutputInItsFile) {
+    TScript script;
+    ASSERT_TRUE(script.isTscriptSP("tsListNodes", "dorvas"));
+    EXPECT_TRUE(ProcedureRun(script, 1, nullptr, nullptr, 4).run());
+    const std::string output = script.getOutput();
+    EXPECT_EQ(output.find("--"), std::string::npos) << output;
+    EXPECT_NE(output.find("archive-01"), std::string::npos);
+
+    EXPECT_TRUE(ProcedureRun(script, 1, nullptr, nullptr, 8).run());
+    EXPECT_EQ(script.getOutput(), output + "\nTscript Execution Succeeded!");
+    m_expectedLeftovers = leftovers();
+    ASSERT_EQ(m_expectedLeftovers.size(), 1U);
+    EXPECT_EQ(support::readFile(m_installation.logFolder() / m_expectedLeftovers[0]).substr(0, 2),
+              std::string("i\0", 2));
+}
+
+TEST_F(ProcedureRuns, WithoutAnOutputFileTheStartHasNoEnd) {
     TScript script;
     ASSERT_TRUE(script.isTscriptSP("tsEventSummary", "Dorvas"));
     fs::remove_all(m_installation.logFolder());
@@ -96,7 +114,7 @@ TEST_F(ProcedureRun, WithoutAnOutputFileTheStartHasNoEnd) {
     EXPECT_EQ(lastRun("tsEventSummary"), "0|0|homeless");
 }
 
-TEST_F(ProcedureRun, TellsWhetherANameIsOne) {
+TEST_F(ProcedureRuns, TellsWhetherANameIsOne) {
     const struct {
         const char *name, *database;
         bool found;
@@ -117,7 +135,7 @@ TEST_F(ProcedureRun, TellsWhetherANameIsOne) {
     }
 }
 
-TEST_F(ProcedureRun, ChoosesItsDatabaseOnce) {
+TEST_F(ProcedureRuns, ChoosesItsDatabaseOnce) {
     m_installation.set("Base", "nPLATTYPE", 4);
     TScript script;
     ASSERT_TRUE(script.initialize("tsListNodes"));
@@ -132,7 +150,7 @@ TEST_F(ProcedureRun, ChoosesItsDatabaseOnce) {
     EXPECT_STREQ(script.getDbName(), "NQ2");
 }
 
-TEST_F(ProcedureRun, AFailedLookUpCountsAsFound) {
+TEST_F(ProcedureRuns, AFailedLookUpCountsAsFound) {
     TScript script;
     ASSERT_TRUE(script.initialize("tsListNodes"));
     m_installation.useServer("127.0.0.1,1", "nobody", "x");
@@ -143,7 +161,7 @@ TEST_F(ProcedureRun, AFailedLookUpCountsAsFound) {
     EXPECT_STREQ(script.getErrorMessage(), "Invalid tscript name!");
 }
 
-TEST_F(ProcedureRun, AnObjectWithoutASessionRefusesToWork) {
+TEST_F(ProcedureRuns, AnObjectWithoutASessionRefusesToWork) {
     TScript script;
     EXPECT_FALSE(script.initialize(nullptr));
     EXPECT_STREQ(script.getErrorMessage(), "Empty script name! ");
@@ -154,7 +172,7 @@ TEST_F(ProcedureRun, AnObjectWithoutASessionRefusesToWork) {
     EXPECT_STREQ(script.getSQLFile(), "");
 }
 
-TEST_F(ProcedureRun, ExportedFunctionsTakeNullAddresses) {
+TEST_F(ProcedureRuns, ExportedFunctionsTakeNullAddresses) {
     std::string text;
     int level = 0;
     EXPECT_FALSE(TS_IsTscriptSP(nullptr, &text) || TS_IsTscriptSP(&text, nullptr));
