@@ -84,13 +84,12 @@ bool ScriptCatalogue::addPackage() {
     }
     usage.format("%s", m_script.m_usage.c_str());
     m_script.m_db->fixTheString(usage.text());
-    find();  // the id tells, also after a failed query
-
     SqlBuffer statement(std::strlen(usage.text()) + SqlBuffer::kSpare);
     if (!statement.available()) {
         m_report.report(messages::kNoMemoryForQuery);
         return kShortOfMemory;
     }
+    m_script.getTscriptId();  // the id tells, also after a failed query
     return m_script.m_tscriptId < 1 ? insertPackage(usage.text(), statement)
                                     : updateUsage(usage.text(), statement);
 }

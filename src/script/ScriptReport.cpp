@@ -16,8 +16,9 @@ void ScriptReport::log(std::string message) {
 }
 
 bool ScriptReport::report(std::string message) {
-    log(std::move(message));
+    set(std::move(message));
     tell(m_script.m_errorMessage);
+    writeLog(m_script.m_errorMessage.c_str());
     return false;
 }
 
