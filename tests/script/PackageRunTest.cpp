@@ -1,8 +1,15 @@
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
 #include <thread>
 
+#include "CVoFile.h"
 #include "DVUtilities/TScript.h"
 #include "ScriptFixture.h"
 
@@ -112,19 +119,77 @@ TEST_F(PackageRun, ARefusedPackageSaysWhyAndLeavesNoPlainCopy) {
     }
 }
 
-TEST_F(PackageRun, ADamagedPackageIsRefused) {
-    const std::string good = support::readFile(writePackage("damaged", packageOf("PRINT 1\n")));
-    std::string changed = good;
-    changed[good.size() / 2] = changed[good.size() / 2] == 'A' ? 'B' : 'A';
-    for (const std::string& content :
-         {changed, good.substr(0, good.size() - 9), std::string("plain text\n")}) {
-        support::writeFile(packagePath("damaged"), content);
-        const Result result = runPackage("damaged");
+TEST_F(PackageRun, WhatIsMissingOrDamagedIsTold) {
+    using Installation = support::SampleInstallation;
+    const std::string refused = "\nFailed to decrypt script file.\n";
+    const std::string noAccess = "\nFailed to get database access info.\n\nFailed to get database info.\n";
+    const std::string path = writePackage("lacking", packageOf("PRINT 1\n"));
+    const std::string good = support::readFile(path);
+    const struct {
+        const char* what;
+        std::function<void(Installation& installation)> damage;
+        std::string output;
+    } cases[] = {
+        {"no base folder", [](Installation& i) { i.remove("Base", "dZEPHRAHOME"); },
+         "\nFailed to get zephra base folder.\n\nFailed to get sql file based on script name.\n"},
+        {"no key", [](Installation& i) { fs::remove(i.folder("cipher.key")); }, refused},
+        {"open key",
+         [](Installation& i) {
+             fs::permissions(i.folder("cipher.key"), fs::perms::group_read, fs::perm_options::add);
+         },
+         refused},
+        {"other key",
+         [](Installation& i) { support::writeFile(i.folder("cipher.key"), std::string(32, 'k')); }, refused},
+        {"no temporary folder", [](Installation& i) { fs::remove_all(i.tempFolder()); }, refused},
+        {"wrong password", [](Installation& i) { i.useServer(s_box->server(), s_box->login(), "x"); },
+         noAccess},
+        {"no server", [](Installation& i) { i.useServer("127.0.0.1,1", s_box->login(), s_box->password()); },
+         noAccess},
+        {"no package", [&](Installation&) { fs::remove(path); }, "\nTScript file not found!\n"},
+        {"changed",
+         [&](Installation&) {
+             std::string changed = good;
+             changed[good.size() / 2] = changed[good.size() / 2] == 'A' ? 'B' : 'A';
+             support::writeFile(path, changed);
+         },
+         refused},
+        {"cut", [&](Installation&) { support::writeFile(path, good.substr(0, good.size() - 9)); }, refused},
+        {"plain", [&](Installation&) { support::writeFile(path, "plain text\n"); }, refused},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Installation damaged;
+        damaged.useServer(*s_box);
+        const std::string copy = damaged.homeFolder() / "Scripts" / "lacking.sql";
+        support::writeFile(path, good);
+        c.damage(damaged);
+        if (fs::exists(path)) fs::copy_file(path, copy);
+        const Result result = runPackage("lacking");
         EXPECT_FALSE(result.done);
-        EXPECT_EQ(result.output, "\nFailed to decrypt script file.\n");
+        EXPECT_EQ(result.output, c.output);
+        EXPECT_TRUE(!fs::exists(damaged.tempFolder()) || fs::is_empty(damaged.tempFolder()));
     }
-    fs::remove(packagePath("damaged"));
-    EXPECT_EQ(runPackage("damaged").output, "\nTScript file not found!\n");
+    setenv("ZEPHRA_REGISTRY", m_installation.storeFile().c_str(), 1);
+}
+
+TEST_F(PackageRun, AMissingToolStillClosesTheJournalRow) {
+    const std::string store = support::readFile(m_installation.storeFile());
+    const std::size_t programs = store.find("sqlcmd = ");
+    support::writeFile(m_installation.storeFile(), store.substr(0, programs) + "sqlcmd = \"/absent/sqlcmd\"" +
+                                                       store.substr(store.find('\n', programs)));
+    writePackage("toolless", packageOf("PRINT 1\n"));
+    EXPECT_EQ(runPackage("toolless").output,
+              "\nFailed at RunFileQuery_TS! Error: [Failed to execute SQL Script!].\n");
+    EXPECT_EQ(lastRun("toolless"), "2|0|");
+}
+
+TEST_F(PackageRun, AStartStatementThatIsCutRunsNothing) {
+    writePackage("quoted", packageOf("PRINT 'ran'\n"));
+    EXPECT_TRUE(runPackage("quoted", {}, 1, std::string(600, '\'').c_str()).done);
+    EXPECT_EQ(lastRun("quoted"), "1|0|" + std::string(600, '\''));
+    const Result cut = runPackage("quoted", {}, 1, std::string(1000, '\'').c_str());
+    EXPECT_FALSE(cut.done);
+    EXPECT_EQ(cut.output.find("\nFailed to record tscript start time. Error : ["), 0U) << cut.output;
 }
 
 TEST_F(PackageRun, KeepsTheSqlFileWhenTheConfigurationAsksForIt) {
@@ -189,25 +254,88 @@ TEST_F(PackageRun, WithoutAFolderForItsFilesTheRunEnds) {
     EXPECT_EQ(lastRun("homeless"), "0|0|none");
 }
 
-TEST_F(PackageRun, ThreadsWithObjectsOfTheirOwnRunSideBySide) {
-    constexpr int kThreads = 8;
-    for (int i = 0; i < kThreads; ++i) {
-        writePackage("thread" + std::to_string(i), packageOf("PRINT 'thread %s'\n"));
+// Every path that a run with this seed may try within the next seconds, taken beforehand.
+std::vector<fs::path> occupy(const fs::path& folder, const std::string& script, const char* ending) {
+    constexpr unsigned int kSeed = 7;
+    std::vector<fs::path> paths;
+    std::srand(kSeed);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const int random = std::rand();
+        for (std::time_t time = std::time(nullptr); time < std::time(nullptr) + 10; ++time) {
+            paths.push_back(folder / (script + "_" + std::to_string(getpid()) + "_" + std::to_string(time) +
+                                      "_" + std::to_string(random) + ending));
+            CVoFile().Open(paths.back().c_str(), O_CREAT | O_WRONLY, S_IRUSR | S_IWUSR);
+        }
     }
-    std::vector<Result> results(kThreads);
+    std::srand(kSeed);
+    return paths;
+}
+
+TEST_F(PackageRun, WhenEveryNameIsTakenTheLastOneServesACopyAndIsRemoved) {
+    writePackage("taken", packageOf("PRINT 'ran'\n"));
+    TScript script;
+    ASSERT_TRUE(script.initialize("taken"));
+    const auto copies = occupy(m_installation.tempFolder(), "taken", "_DE.txt");
+    EXPECT_TRUE(script.setSQLFile(nullptr)) << script.getOutput();
+    EXPECT_EQ(leftovers().size(), copies.size() - 1);
+
+    const auto files = occupy(m_installation.tempFolder(), "taken", ".sql");
+    EXPECT_FALSE(script.executeSQLFile({}, nullptr));
+    const std::string output = script.getOutput();
+    const std::string last = output.substr(output.find('[') + 1, output.rfind(']') - output.find('[') - 1);
+    EXPECT_EQ(output, "\nFailed to open file [" + last + "].\n");
+    EXPECT_FALSE(fs::exists(last)) << "it goes, though another's";
+    m_expectedLeftovers = leftovers();
+    EXPECT_EQ(m_expectedLeftovers.size(), copies.size() - 1 + files.size() - 1);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && \
+    !defined(__SANITIZE_THREAD__)  // their runtimes take memory as they like
+TEST_F(PackageRun, WhatMemoryCannotHoldIsTold) {
+    constexpr rlim_t kSpare = 24 << 20;
+    const std::string large(40 << 20, 'x');
+    writePackage("largebody", packageOf("-- " + large + "\n"));
+    writePackage("largeoutput",
+                 packageOf("DECLARE @i int SET @i = 0\nWHILE @i < 10000 BEGIN PRINT REPLICATE('x', "
+                           "4000) SET @i = @i + 1 END\n"));
+    unsigned long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+    const rlimit small{pages * static_cast<unsigned long>(getpagesize()) + kSpare, before.rlim_max};
+    for (const char* name : {"largebody", "largeoutput"}) {
+        setrlimit(RLIMIT_AS, &small);
+        const Result result = runPackage(name);
+        setrlimit(RLIMIT_AS, &before);
+        EXPECT_FALSE(result.done);
+        EXPECT_EQ(result.output.find("\nThe operation was broken off, most likely for lack of memory."), 0U)
+            << result.output.substr(0, 200);
+    }
+    EXPECT_EQ(lastRun("largeoutput"), "1|0|");
+}
+#endif
+
+TEST_F(PackageRun, ThreadsRunPackagesAndProceduresSideBySide) {
+    constexpr int kThreads = 8;
+    std::vector<std::string> outputs(kThreads);
     std::vector<std::thread> threads;
     for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([i, &results] {
-            const std::string number = std::to_string(i);
-            results[static_cast<std::size_t>(i)] = runPackage("thread" + number, {number});
+        const std::string name = "thread" + std::to_string(i);
+        writePackage(name, packageOf("PRINT 'thread %s'\n"));
+        threads.emplace_back([name, &output = outputs[static_cast<std::size_t>(i)]] {
+            const Result package = runPackage(name, {name});
+            const Result procedure = runProcedure("tsEventSummary", 1, nullptr, name.c_str());
+            output = package.output + (procedure.done ? "" : procedure.output);
         });
     }
     for (std::thread& thread : threads) thread.join();
     for (int i = 0; i < kThreads; ++i) {
-        const std::string number = std::to_string(i);
-        EXPECT_EQ(results[static_cast<std::size_t>(i)].output,
-                  "thread " + number + "\n\nTscript Execution Succeeded!\n");
-        EXPECT_EQ(lastRun("thread" + number), "1|0|" + number);
+        const std::string name = "thread" + std::to_string(i);
+        EXPECT_EQ(outputs[static_cast<std::size_t>(i)],
+                  "thread " + name + "\n\nTscript Execution Succeeded!\n");
+        EXPECT_EQ(
+            query("SELECT status, inputParams FROM ZpTscriptExec WHERE inputParams = '" + name + "'", 2),
+            (Texts{"1|" + name, "1|" + name}));
     }
 }
 
