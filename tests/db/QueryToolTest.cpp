@@ -101,21 +101,4 @@ TEST_F(QueryTool, RunnersTellAFailureEachInItsWords) {
     EXPECT_EQ(support::readFile(log).find("secret-word"), std::string::npos);
 }
 
-TEST_F(QueryTool, OutputWithoutANameGoesToATemporaryFile) {
-    std::string before;
-    std::string after;
-    db.getTempFileName(before);
-    db.RunStringQuery("SELECT 1", nullptr, nullptr);
-    db.getTempFileName(after);
-    const std::string prefix = installation.tempFolder() / "sqlFile_";
-    EXPECT_EQ(before.substr(0, prefix.size()), prefix);
-    EXPECT_EQ(before.substr(before.size() - 4), ".txt");
-    std::vector<std::string> left;
-    for (const auto& entry : std::filesystem::directory_iterator(installation.tempFolder()))
-        left.push_back(entry.path());
-    ASSERT_EQ(left.size(), 1U);
-    EXPECT_LE(before, left[0]);
-    EXPECT_LE(left[0], after);
-}
-
 }  // namespace

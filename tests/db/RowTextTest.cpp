@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr char kSeparator = '\x12';
+constexpr char kSeparator = '\022';
 
 TEST(RowText, SplitsIntoExactlyTheFieldsAskedFor) {
     using Fields = std::vector<std::string>;
@@ -14,20 +14,9 @@ TEST(RowText, SplitsIntoExactlyTheFieldsAskedFor) {
         const char* row;
         int count;
         Fields expected;
-    } cases[] = {{"12\x12\x12"
-                  "abc",
-                  2,
-                  {"12", "abc"}},  // an empty field vanishes
-                 {"\x12one\x12", 3, {"one", "", ""}},
-                 {"", 1, {""}},
-                 {"a\x12"
-                  "b\x12"
-                  "c",
-                  2,
-                  {"a", "b"}},
-                 {"50%% of %s\x12%", 2, {"50% of %s", "%"}},
-                 {"a", 0, {}},
-                 {"a", -1, {}}};
+    } cases[] = {{"12\022\022abc", 2, {"12", "abc"}},  // an empty field vanishes
+                 {"\022one\022", 3, {"one", "", ""}},        {"", 1, {""}}, {"a\022b\022c", 2, {"a", "b"}},
+                 {"50%% of %s\022%", 2, {"50% of %s", "%"}}, {"a", 0, {}},  {"a", -1, {}}};
     for (const auto& c : cases) EXPECT_EQ(splitRow(c.row, kSeparator, c.count), c.expected) << c.row;
 }
 
@@ -40,14 +29,14 @@ TEST(RowText, CutsFieldsTo128AndLooksAt129CharactersAField) {
 }
 
 TEST(RowText, WideRowsAreInterpretedTwice) {
-    const auto fields = splitRow(std::wstring_view(L"50%%%% of\x12%%"), L'\x12', 3);
+    const auto fields = splitRow(std::wstring_view(L"50%%%% of\022%%"), L'\022', 3);
     EXPECT_EQ(fields, (std::vector<std::wstring>{L"50% of", L"%", L""}));
 }
 
 TEST(RowText, ParseRecordAllocatesOrReusesBuffers) {
     DBBase db(true);
     char** fields = nullptr;
-    db.parseRecord("12\x12name", fields, 2);
+    db.parseRecord("12\022name", fields, 2);
     ASSERT_NE(fields, nullptr);
     EXPECT_STREQ(fields[1], "name");
     char** const kept = fields;
@@ -62,7 +51,7 @@ TEST(RowText, ParseRecordAllocatesOrReusesBuffers) {
     db.cleanupRecord(fields, 2);
 
     wchar_t** wide = nullptr;
-    db.parseRecord(L"\x00e4\x12z", wide, 2);
+    db.parseRecord(L"\x00e4\022z", wide, 2);
     EXPECT_STREQ(wide[0], L"\x00e4");
     EXPECT_STREQ(wide[1], L"z");
     db.cleanupRecord(wide, 2);

@@ -112,12 +112,7 @@ TEST_F(Server, Lists) {
     const char* two = "SELECT 1, 'O''Brien' UNION ALL SELECT 2, 'x' ORDER BY 1";
     Lines rows = {"old"};
     EXPECT_TRUE(db.GetDBValueList(three, rows, 3));
-    EXPECT_EQ(rows, (Lines{"1\x12"
-                           "10\x12"
-                           "O'Brien",
-                           "2\x12"
-                           "20\x12"
-                           "100%%"}));
+    EXPECT_EQ(rows, (Lines{"1\02210\022O'Brien", "2\02220\022100%%"}));
     std::vector<int> numbers;
     EXPECT_TRUE(db.GetDBValueIntList(three, numbers));
     EXPECT_EQ(numbers, (std::vector<int>{1, 2}));
@@ -162,8 +157,7 @@ TEST_F(Server, RunnersWriteTheToolsOutput) {
     Lines rows;
     std::string name = output;
     ASSERT_TRUE(db.parseOutputFile(name.data(), rows, 2));
-    EXPECT_EQ(rows, Lines{"one\x12"
-                          "two"});
+    EXPECT_EQ(rows, Lines{"one\022two"});
     ASSERT_TRUE(db.RunFileQuery_TS(input.c_str(), output.c_str(), database, 0));
     EXPECT_NE(readFile(output).find("1\tx y\n"), std::string::npos);
     ASSERT_TRUE(db.RunStringQuery_TS("SELECT 5 AS a", output.c_str(), database, 8));
@@ -283,6 +277,8 @@ TEST_F(Server, TemporaryFilesThatStayAndThatGo) {
     db.checkSQLServerProductVersion();
     EXPECT_EQ(left(), 1);
     db.getLastBackUpInfo("O'Brien", text.data(), text.data());
+    EXPECT_EQ(left(), 1);
+    db.RunStringQuery("SELECT 1", nullptr, "dorvas");
     EXPECT_EQ(left(), 1);
 }
 

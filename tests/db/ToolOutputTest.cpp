@@ -34,14 +34,11 @@ TEST_F(ToolOutput, Rows) {
     } cases[] = {{"", 1, {}},
                  {"name", 1, {}},
                  {heading + "\n(0 rows affected)\n", 2, {}},
-                 {heading + "a   b c  \n\n(1 rows affected)\n",
-                  2,
-                  {"a\x12"
-                   "b"}},
-                 {heading + "  a\nlast", 2, {"a\x12", "last\x12"}},  // fewer fields: a separator at the end
+                 {heading + "a   b c  \n\n(1 rows affected)\n", 2, {"a\022b"}},
+                 {heading + "  a\nlast", 2, {"a\022", "last\022"}},  // fewer fields: a separator at the end
                  {heading + "a b\n", 0, {"a"}},
                  {heading + "   \nb\n", 1, {"", "b"}},
-                 {heading + std::string("a\0x b\n", 6), 2, {"a\x12"}},
+                 {heading + std::string("a\0x b\n", 6), 2, {"a\022"}},
                  {heading + "\r\nb\n", 1, {"\r", "b"}}};
     for (const auto& c : cases) {
         writeFile(file, c.content);
@@ -55,10 +52,10 @@ TEST_F(ToolOutput, LinesThatLieAcrossBlocks) {
     std::string content = "h\n-\n";
     Rows expected;
     for (int i = 0; i < 60; ++i) {
-        expected.push_back(std::to_string(i) + "\x12" +
+        expected.push_back(std::to_string(i) + "\022" +
                            std::string(20000 + static_cast<std::size_t>(i), 'x'));
         content +=
-            std::to_string(i) + " " + expected.back().substr(expected.back().find('\x12') + 1) + " dropped\n";
+            std::to_string(i) + " " + expected.back().substr(expected.back().find('\022') + 1) + " dropped\n";
     }
     writeFile(file, content);
     Rows rows;
