@@ -11,10 +11,15 @@
 class DBBase;
 class DVUtilLib;
 
-// Construct, call initialize(), then setSQLFile() (a package) or setDbAndLog() (a script that only the catalogue
-// knows), then an execution operation, then the getters. One thread per object. Every operation returns true
-// for success; messages for the user gather in getOutput(), the last one stands in getErrorMessage(). Texts
-// that getters return stay valid until the object changes or is destroyed.
+// Construct, call initialize(), then setSQLFile() (a package) or setDbAndLog() (a script that only the
+// catalogue knows), then an execution operation, then the getters. One thread per object. Every operation
+// returns true for success; messages for the user gather in getOutput(), the last one (of success, too)
+// stands in getErrorMessage(). Nothing is thrown: an operation that is broken off, for lack of memory above
+// all, says so there and fails. The texts that getters return are never null and stay the object's, valid
+// until it changes or is destroyed; a query tool's output with NUL bytes in it is seen up to the first one.
+//
+// Before initialize() every operation that needs the session fails and says so. Names that go through the
+// catalogue are cut to 128 bytes there.
 class DVU_EXPORT TScript {
   public:
     TScript();
@@ -24,9 +29,9 @@ class DVU_EXPORT TScript {
 
     // ---- Session ---------------------------------------------------------------------------------------
 
-    // Names the script (null or empty fails), finds host and instance, makes the instance the one in focus and
-    // starts the session log "Tscript.log". A second call begins anew with its database and host objects and
-    // keeps everything else, the chosen database included.
+    // Names the script (null or empty fails), finds host and instance, makes the instance the one in focus
+    // and starts the session log "Tscript.log". A second call begins anew with its database and host objects
+    // and keeps everything else, the chosen database included.
     bool initialize(const char* name);
     // Chooses the database ("Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB", any case; null or
     // empty: found from the installed components), connects, and finds the script in the catalogue. The
@@ -43,10 +48,12 @@ class DVU_EXPORT TScript {
     bool checkPlexumId();
     // The same for the installation's identity; it is asked for NQ2 databases only.
     bool checkGUID();
-    // Enters a package into the catalogue, or refreshes the usage text of its row. False without a message for
-    // a script that is no package.
+    // Enters a package into the catalogue, or refreshes the usage text of its row. False without a message
+    // for a script that is no package.
     bool addNewTscript();
-    // Opens this run's row in the journal, with `inputParams` (null: empty) as what the caller passed.
+    // Opens this run's row in the journal, with `inputParams` (null: empty) as what the caller passed. The
+    // whole statement is cut to the length of `inputParams` and 1,023 bytes, so that a text of more than some
+    // 700 single quotes, each of which is doubled, cannot be recorded.
     bool recordExecStart(const char* inputParams);
     // Closes it. `status`: 1 succeeded, 2 failed. Fails when no start is recorded.
     bool recordExecEnd(int status);
@@ -55,29 +62,34 @@ class DVU_EXPORT TScript {
 
     // Finds (null or empty: by the script's name), deciphers, parses and catalogues a package, which also
     // chooses the database. A path that the object already has is kept and the argument ignored. The plain
-    // copy that it works on is gone when it returns; what a failed load had parsed stays.
+    // copy that it works on, a file that its owner alone may read, is gone when it returns; what a failed
+    // load had parsed stays. Memory for the statements once, and a little.
     bool setSQLFile(const char* path);
     // The package's path, found by the script's name when it is not yet known; empty when the configuration
     // names no base folder.
     const char* getSQLFile();
-    // Usage, description and creation time of a loaded package, as one text.
+    // Usage, description and creation time of a loaded package, as one text in place of what `text` held.
     void getSQLFileHelp(std::string& text);
 
     // ---- Execution -------------------------------------------------------------------------------------
 
     // Runs a loaded package through the query tool. `parameters` fill its "%s" placeholders in order;
     // `recordedInput` is what the journal keeps (null or empty: the parameters that met a placeholder, joined
-    // by ", "). The tool's output is added to getOutput(). The SQL file is removed unless the configuration
-    // sets "dUTILKEEPSQLFILE".
+    // by ", "). Single quotes in a parameter are doubled by DBBase::fixTheString(char*), which yields a valid
+    // literal for at most two of them (docs/quirks.md). The tool's output is added to getOutput(), whether it
+    // succeeded or not; memory for it twice. The SQL file is removed unless the configuration sets
+    // "dUTILKEEPSQLFILE". Without an output file the journal's row stays open and the SQL file stays.
     bool executeSQLFile(std::vector<std::string> parameters, const char* recordedInput);
 
     // Is the name a stored-procedure tscript? Starts the session and chooses the database where that has not
     // been done. False for an object that holds a package.
     bool isTscriptSP(const char* name, const char* dbName);
     // `operation`: 1 execute, 2 help, 4 parameters. `arguments` (may be null) follow the procedure's name as
-    // they stand. `recordedInput`: what the journal keeps (null or empty: the arguments); only executions of
-    // scripts with an audit level above 0 are journalled. `userId`: for whom the script runs; a secured script
-    // needs one other than 0.
+    // they stand; they must hold no double quote, at which the query tool's command line would end them. The
+    // query is cut to 8,191 bytes and their length. `recordedInput`: what the journal keeps (null or empty:
+    // the arguments); only executions of scripts with an audit level above 0 are journalled. `userId`: for
+    // whom the script runs; a secured script needs one other than 0. Without an output file a recorded start
+    // gets no end.
     bool execTscript(int operation, const char* arguments, const char* recordedInput, int userId);
 
     // ---- What the run knows and produced ---------------------------------------------------------------
