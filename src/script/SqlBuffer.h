@@ -4,8 +4,7 @@
 #include <cstddef>
 #include <memory>
 
-// What does not fit is cut at the buffer's end, wherever that is: callers rely on the bounds, and the server
-// then refuses the statement.
+// What does not fit is cut at the buffer's end, wherever that is: callers rely on the bounds.
 class SqlBuffer {
   public:
     static constexpr std::size_t kPlain = 8192;  // for statements without user text

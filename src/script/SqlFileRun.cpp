@@ -53,7 +53,7 @@ bool SqlFileRun::createSqlFile() {
         [this](const CVoError&) {
             m_report.log(FXString::Format(messages::kSqlFileNotCreated, m_sqlPath.c_str()));
         });
-    if (m_keepSqlFile == 0) m_sqlRemoval = RemovedAtEnd(m_sqlPath);
+    if (created || m_keepSqlFile == 0) m_sqlRemoval = RemovedAtEnd(m_sqlPath);
     return created || m_report.report(FXString::Format(messages::kSqlFileNotOpened, m_sqlPath.c_str()));
 }
 
@@ -63,10 +63,11 @@ bool SqlFileRun::writeSqlFile() {
         [this](std::string_view text) { return write(text); });
     const std::string body = blankPercentSignsInComments(m_script.m_scriptBody);
     if (!write(kPrefix) || !filler.fill(body, m_parameters) || !closeSqlFile()) {
-        m_sqlRemoval = RemovedAtEnd(m_sqlPath);  // kept or not: nobody may run half a script later
         return m_report.report(FXString::Format(messages::kSqlFileNotWritten, m_sqlPath.c_str(),
                                                 m_writeError.GetErrorCode(), m_writeError.AsString()));
     }
+    if (m_keepSqlFile != 0)
+        m_sqlRemoval.keep();  // not before it is whole: nobody may run half a script later
     if (m_recordedInput.empty()) m_recordedInput = filler.joinedValues();
     m_report.log(messages::kStarted);
     return true;
