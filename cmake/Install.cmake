@@ -6,6 +6,10 @@ install(TARGETS DVUtilities EXPORT DVUtilitiesTargets
 install(TARGETS VtLib VoUtils VtSimpleDB EXPORT DVUtilitiesTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_SKIP)
 install(TARGETS tscript sqlcmd tsqlbox RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+install(FILES docs/man/tscript.1 docs/man/sqlcmd.1 docs/man/tsqlbox.1
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+install(FILES tools/tscript/tscript.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+  COMPONENT tools RENAME tscript)
 install(DIRECTORY include/DVUtilities DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 install(FILES README.md LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build, the tests and the demo need. Quiet and quick when
 # nothing is missing. Run as root or with sudo at hand.
+#   scripts/setup.sh        for the build, the tests and the demo
+#   scripts/setup.sh docs   what the API reference and the man pages are made with, as well
 set -euo pipefail
 
 packages=(
@@ -9,6 +11,11 @@ packages=(
   unixodbc unixodbc-dev tdsodbc freetds-bin
   libgtest-dev
 )
+case "${1-}" in
+  "") ;;
+  docs) packages+=(doxygen groff-base) ;;
+  *) echo "usage: scripts/setup.sh [docs]" >&2; exit 2 ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do

@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Builds the API reference of the exported headers into build/docs/html and looks at the man pages; any warning
+# is a failure.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh docs
+
+mkdir -p build/docs
+doxygen docs/Doxyfile
+
+for page in docs/man/*.1; do
+  complaints=$(groff -man -Tutf8 -ww "$page" 2>&1 >/dev/null)
+  [[ -z "$complaints" ]] || { printf 'docs: %s\n' "$complaints" >&2; exit 1; }
+done
+echo "docs: build/docs/html/index.html" >&2

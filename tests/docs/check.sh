@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# The documents tell of no command and no option that is not there, the man pages of sqlcmd and tsqlbox of every
+# option, and no link between the documents leads nowhere.
+# Arguments: the checkout, the folder of the programs.
+set -euo pipefail
+cd "$1"
+bin=$2
+status=0
+
+complain() {
+  echo "$*"
+  status=1
+}
+
+# The options that a man page names.
+options_of() { sed 's/\\-/-/g; s/\\f[A-Z]/ /g' "docs/man/$1.1" | grep -oE '(^|[ ("])--?[A-Za-z?][A-Za-z-]*' | tr -d ' ("' | sort -u; }
+
+names_of() { # the options that a program's usage names
+  "$bin/$1" --help | grep -oE '(^|[ ,])--?[A-Za-z?][A-Za-z-]*' | tr -d ' ,' | sort -u
+}
+
+# Both ways, -h and --help of every program aside.
+for program in sqlcmd tsqlbox; do
+  while read -r option; do
+    complain "$program: $option stands in the usage or in the man page alone"
+  done < <(comm -3 <(options_of "$program" | grep -vxE -- '-h|--help') \
+                   <(names_of "$program" | grep -vxE -- '-h|--help') | tr -d '\t')
+done
+
+# Every command of the man page and of the README is one of tscript's, --help says.
+commands_of_page() { sed -nE 's/^(\.BI? "?|\\fB|\.RI "\\fB)(run|exec|help|params|pack|(db|key|credentials|sandbox) [a-z-]+).*/\2/p' docs/man/tscript.1; }
+while read -r -a words; do
+  "$bin/tscript" "${words[@]}" --help >/dev/null 2>&1 || complain "there is no command: tscript ${words[*]}"
+done < <(commands_of_page)
+[[ $(commands_of_page | wc -l) -ge 15 ]] || complain "the commands of tscript's man page were not found"
+
+# The links between the documents.
+while IFS=: read -r document link; do
+  target=$(dirname "$document")/${link%%#*}
+  [[ -e $target ]] || complain "$document: the link to $link leads nowhere"
+done < <(grep -oE '\]\([^)#][^):]*\)' README.md CONTRIBUTING.md docs/*.md | sed -E 's/\]\((.*)\)$/\1/')
+
+exit $status

@@ -1,0 +1,70 @@
+# bash completion for tscript                                               -*- shell-script -*-
+
+# The installation's packages, by the home folder that the store in force names.
+_tscript_packages() {
+  local store=${ZEPHRA_REGISTRY:-/etc/zephra/registry.toml} home name i
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    [[ ${COMP_WORDS[i]} == --store ]] && store=${COMP_WORDS[i + 1]}
+  done
+  [[ -r $store ]] || return 0
+  home=$(sed -n 's/^[[:space:]]*dZEPHRAHOME[[:space:]]*=[[:space:]]*"\(.*\)".*$/\1/p' "$store" | head -n 1)
+  for name in "$home"/Scripts/*.sql; do
+    [[ -e $name ]] || continue
+    name=${name##*/}
+    printf '%s\n' "${name%.sql}"
+  done
+}
+
+# The command's words so far, options and their values left out.
+_tscript_words() {
+  local i
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    case ${COMP_WORDS[i]} in
+      --store | --db | --dir | --port | --user | --to | --input | --output | --parameter | -o | -p) ((i++)) ;;
+      -*) ;;
+      *) printf '%s ' "${COMP_WORDS[i]}" ;;
+    esac
+  done
+}
+
+_tscript_offer() { # WORDS: those that begin with the present word
+  mapfile -t COMPREPLY < <(compgen -W "$1" -- "${COMP_WORDS[COMP_CWORD]}")
+}
+
+_tscript_files() {
+  compopt -o filenames
+  mapfile -t COMPREPLY < <(compgen "$@" -- "${COMP_WORDS[COMP_CWORD]}")
+}
+
+_tscript() {
+  local databases="Dorvas NQ2 WFEngine VTCloud HistoryDB" words
+  read -r -a words < <(_tscript_words)
+  local current=${COMP_WORDS[COMP_CWORD]} options="--help --store"
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
+    --store | --output | -o) _tscript_files -f; return ;;
+    --dir | --to) _tscript_files -d; return ;;
+    --db) _tscript_offer "$databases"; return ;;
+    -p | --parameter | --input | --port | --user) COMPREPLY=(); return ;;
+  esac
+  case "${words[*]}" in
+    "") _tscript_offer "run help exec params pack db key credentials sandbox $options --version" ;;
+    run*) options+=" -p --parameter --input" ;;&
+    exec*) options+=" --db --input" ;;&
+    help* | params* | db*) options+=" --db" ;;&
+    pack*) options+=" -o --output" ;;&
+    "db restore"*) options+=" --to" ;;&
+    "credentials set"*) options+=" --user" ;;&
+    sandbox*) options+=" --dir" ;;&
+    "sandbox up"*) options+=" --port" ;;&
+    ?*) [[ $current != -* ]] || { _tscript_offer "$options"; return; } ;;&
+    run | help) _tscript_offer "$(_tscript_packages)" ;;
+    db) _tscript_offer "list version last-backup backup restore" ;;
+    key) _tscript_offer "create" ;;
+    credentials) _tscript_offer "set" ;;
+    "credentials set") _tscript_offer "$databases" ;;
+    sandbox) _tscript_offer "up down status" ;;
+    pack | "key create") _tscript_files -f ;;
+  esac
+}
+
+complete -F _tscript tscript
