@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "Descriptor.h"
+#include "HostSetup.h"
 #include "Store.h"
 
 namespace hostlayer {
@@ -14,6 +16,8 @@ namespace {
 
 constexpr const char* kKeyFileSetting = "cipherKeyFile";
 constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+
+thread_local const std::string* chosenFile = nullptr;  // instead of the store's
 
 // Up to `size` bytes; -1 on a failure.
 ssize_t readUpTo(int file, unsigned char* bytes, std::size_t size) {
@@ -28,14 +32,26 @@ ssize_t readUpTo(int file, unsigned char* bytes, std::size_t size) {
     return static_cast<ssize_t>(filled);
 }
 
+std::string keyFile() {
+    if (chosenFile != nullptr) return *chosenFile;
+    const auto store = currentStore();
+    const StoreValue* path = store->content ? findValue(store->content->settings, kKeyFileSetting) : nullptr;
+    return path != nullptr ? textOf(*path) : std::string();
+}
+
 }  // namespace
+
+KeyFileChoice::KeyFileChoice(const std::string& file) : m_before(std::exchange(chosenFile, &file)) {}
+
+KeyFileChoice::~KeyFileChoice() {
+    chosenFile = m_before;
+}
 
 VTPassword::Error CipherKey::load() {
     if (m_isLoaded) return VTPassword::kNoError;
-    const auto store = currentStore();
-    const StoreValue* path = store->content ? findValue(store->content->settings, kKeyFileSetting) : nullptr;
-    if (path == nullptr || textOf(*path).empty()) return VTPassword::kKeyNotConfigured;
-    const VTPassword::Error error = readFile(textOf(*path));
+    const std::string path = keyFile();
+    if (path.empty()) return VTPassword::kKeyNotConfigured;
+    const VTPassword::Error error = readFile(path);
     m_isLoaded = error == VTPassword::kNoError;
     if (!m_isLoaded) forget();
     return error;

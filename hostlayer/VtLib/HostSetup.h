@@ -33,6 +33,19 @@ VT_PLATFORM_EXPORT bool setStoreValue(const std::vector<std::string>& table, con
 // name.
 VT_PLATFORM_EXPORT bool createCipherKeyFile(const std::string& path, std::string& problem);
 
+// While it lives, a VTPassword object whose first use falls into it, on this thread, takes the key of that
+// file instead of the store's. `file` outlives it; choices end in the reverse order of their making.
+class VT_PLATFORM_EXPORT KeyFileChoice {
+  public:
+    explicit KeyFileChoice(const std::string& file);
+    ~KeyFileChoice();
+    KeyFileChoice(const KeyFileChoice&) = delete;
+    KeyFileChoice& operator=(const KeyFileChoice&) = delete;
+
+  private:
+    const std::string* m_before;
+};
+
 // What an error number of VTPassword means and what to do about it.
 VT_PLATFORM_EXPORT const char* cipherErrorText(long error);
 
