@@ -275,6 +275,98 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         EXPECT_EQ(entry.path().filename().string().find("p.sql."), std::string::npos) << entry.path();
 }
 
+TEST_F(Installation, LooksIntoPackages) {
+    const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
+    const std::string line(600, 'x');
+    pack("Long",
+         "#START_OPTIONS#\nPlexum ID:26\nDescription:one\ntwo\n#START_USAGE#\nLong X\n#START_SCRIPT#\n--" +
+             line + "\n\nPRINT '%s 5%% %s'\n");
+    const fs::path packed = folder / "Scripts" / "Long.sql";
+    expectAll({
+        {{"inspect", purge}, 0, "yes, every record", ""},
+        {{"inspect", packed}, 0, "Long X", ""},
+        {{"inspect", packed, "--json"}, 0, "\"description\": \"one\\ntwo\"", ""},
+        {{"inspect", packed, "--json"}, 0, "\"bodyLines\": 2,\n  \"placeholders\": 2\n", ""},
+        {{"inspect", packed, "--body"}, 0, "\n\n--" + line + "\nPRINT '%s 5%% %s'\n", ""},
+        {{"inspect", m_temp / "none"}, 2, "", "is no file"},
+        {{"inspect", m_temp.path()}, 2, "", "is no file"},
+        {{"inspect", store()}, 3, "no: ", "is not authentic"},
+    });
+    EXPECT_EQ(run({"inspect", packed}).output.find("PRINT"), std::string::npos);
+    std::string records = support::readFile(purge);
+    const std::size_t third = records.find('\n', records.find('\n') + 1) + 1;
+    records[third + 40] = records[third + 40] == 'A' ? 'B' : 'A';
+    support::writeFile(purge, records + std::string(3000, 'x') + "\n");
+    expectAll({{{"inspect", purge}, 3, "no: 2 of", "is not authentic"},
+               {{"inspect", purge}, 3, "the first in line 3: ", ""},
+               {{"inspect", purge, "--json"}, 3, "\"firstBad\": {\n    \"line\": 3", ""}});
+    fs::rename(folder / "cipher.key", folder / "away.key");
+    expectAll({{{"inspect", packed}, 3, "", "key file"}});
+}
+
+TEST(CommandLine, LintsPlainScripts) {
+    const support::TempDir temp;
+    const fs::path plain = temp / "p.txt";
+    const std::string head = "#START_OPTIONS#\n#START_USAGE#\n#START_SCRIPT#\n";
+    const struct {
+        std::string text;
+        int exitCode;
+        std::string output;
+    } cases[] = {
+        {head + "PRINT '%s %s'\n", 0, "0 error(s), 0 warning(s), 2 placeholder(s)"},
+        {"#START_SCRIPT#\nGO\n", 0, "no line #START_USAGE#"},
+        {"#START_OPTIONS#\nHello\n", 1, "error: there is no line #START_SCRIPT#"},
+        {head + "GO\r\n", 1, "error: line 4: a carriage return"},
+        {head + std::string(509, 'x') + "\nGO\n", 0, "line 4: a line of 509 bytes"},
+        {"#START_OPTIONS#\nAuthor:me\n" + head + "GO\n", 0, "line 2: the key \"Author:\" is unknown"},
+        {"#START_OPTIONS#\nSee GUID:x\n" + head + "GO\n", 0, "\"GUID:\" counts as a key here too"},
+        {"#START_OPTIONS#\nPlexum ID:x\n" + head + "GO\n", 0, "is no number"},
+        {"#START_OPTIONS#\nDatabase Name:Dorvax\n" + head + "GO\n", 0, "no database of that name"},
+        {head + "#START_SCRIPT\nGO\n", 0, "line 4: begins like a marker"},
+        {head + "PRINT '5%%'\nPRINT '%s'\n", 0, "line 4: %% before the last placeholder"},
+        {head + "PRINT '%s'\nPRINT '5%%'\n", 0, "0 warning(s)"},
+        {head + "PRINT '%%s'\n", 0, "line 4: %%s takes a parameter"},
+        {head + "/* 5%s\n*/ PRINT '%s'\n", 0, "line 4: a percent sign between"},
+        {head + "PRINT '--%s'\n", 0, "0 warning(s)"},
+        {head + "GO -- %s\n", 0, "line 4: a placeholder in a -- comment"},
+    };
+    for (const auto& c : cases) {
+        support::writeFile(plain, c.text);
+        const ProgramResult result = tscript({"lint", plain});
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.text << result.errors;
+        EXPECT_NE(result.output.find(c.output), std::string::npos) << c.output << " in " << result.output;
+    }
+    expectCases(
+        {{{"lint", temp / "none"}, 2, "", "is no file"}, {{"lint", plain, "--json"}, 0, "\"line\": 4", ""}});
+}
+
+TEST_F(Installation, BringsPackagesToANewKey) {
+    const fs::path key = folder / "cipher.key";
+    const fs::path next = m_temp / "next.key";
+    const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
+    const fs::path report = folder / "Scripts" / "EventReport.sql";
+    const fs::path broken = folder / "Scripts" / "Broken.sql";
+    const Words words = {"repack", "--old-key", key, "--new-key", next, broken, purge, report};
+    expectAll(
+        {{words, 3, "", "next.key cannot be used: it is missing"}, {{"key", "create", next}, 0, "", "made"}});
+    const std::string old = support::readFile(purge);
+    support::writeFile(broken, old + "ZF1.AAAA\n");
+    fs::permissions(purge, fs::perms(0640));
+    expectAll({{words, 3, "", "Broken.sql was left as it is: line "},
+               {words, 3, "", "PurgeEvents.sql has the new key already"},
+               {{"repack", "--old-key", key, "--new-key", key, purge}, 2, "", "same file"},
+               {{"inspect", purge}, 3, "no: ", ""},
+               {{"inspect", report}, 3, "no: ", ""}});
+    EXPECT_EQ(support::readFile(broken), old + "ZF1.AAAA\n");
+    EXPECT_EQ(modeOf(purge), 0640U);
+    const std::string password = support::readFile(folder / "password");
+    fs::copy_file(next, key, fs::copy_options::overwrite_existing);
+    expectAll({{{"credentials", "set", "Dorvas", "--user", "sa"}, 0, "", "stored", password},
+               {{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted", ""}});
+    for (const auto& entry : fs::directory_iterator(folder / "Scripts"))
+        EXPECT_EQ(entry.path().extension(), ".sql") << entry.path();
+}
+
 // Ctrl-C ends the run; its journal row is closed as failed and no file stays.
 TEST_F(Installation, ClosesTheJournalWhenInterrupted) {
     pack("Endless",

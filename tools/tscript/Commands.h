@@ -6,8 +6,11 @@
 
 #include "Outcome.h"
 
-void addScriptCommands(CLI::App& app, Action& action);      // run, help, exec, params
-void addPackageCommands(CLI::App& app, Action& action);     // pack
+void addScriptCommands(CLI::App& app, Action& action);   // run, help, exec, params
+void addPackageCommands(CLI::App& app, Action& action);  // pack, and:
+void addInspectCommand(CLI::App& app, Action& action);
+void addLintCommand(CLI::App& app, Action& action);
+void addRepackCommand(CLI::App& app, Action& action);
 void addDatabaseCommands(CLI::App& app, Action& action);    // db …
 void addKeyCommands(CLI::App& app, Action& action);         // key create
 void addCredentialCommands(CLI::App& app, Action& action);  // credentials set

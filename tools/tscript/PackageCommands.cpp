@@ -1,4 +1,4 @@
-// pack: from plain text to an enciphered package.
+// pack: from plain text to an enciphered package; with it, what looks at packages.
 #include <filesystem>
 #include <memory>
 
@@ -17,8 +17,8 @@ void report(const std::string& plain, const PackageCheck& check) {
     const auto tell = [&plain](const char* kind, const std::string& text) {
         writeNote(std::string(plain).append(": ").append(kind).append(text));
     };
-    for (const std::string& text : check.warnings) tell("warning: ", text);
-    for (const std::string& text : check.errors) tell("", text);
+    for (const PackageFinding& finding : check.warnings) tell("warning: ", lineText(finding));
+    for (const PackageFinding& finding : check.errors) tell("", lineText(finding));
     if (!check.errors.empty())
         throw Failure(ExitCode::kUsage, plain + " cannot be packed",
                       "docs/package-format.md describes the form.");
@@ -56,4 +56,7 @@ void addPackageCommands(CLI::App& app, Action& action) {
             return ExitCode::kDone;
         };
     });
+    addInspectCommand(app, action);
+    addLintCommand(app, action);
+    addRepackCommand(app, action);
 }

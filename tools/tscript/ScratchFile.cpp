@@ -57,8 +57,23 @@ std::string ScratchFile::content() const {
 }
 
 void ScratchFile::moveTo(const std::string& target) {
+    if (chmod(m_path.c_str(), ordinaryMode()) != 0) fail(m_path + " cannot be given its rights");
+    renameTo(target);
+}
+
+void ScratchFile::replace(const std::string& target) {
+    struct stat status {};
+    if (stat(target.c_str(), &status) != 0) fail(target + " cannot be looked at");
+    const bool own = status.st_uid == geteuid() && status.st_gid == getegid();
+    if ((!own && chown(m_path.c_str(), status.st_uid, status.st_gid) != 0) ||
+        chmod(m_path.c_str(), status.st_mode & 07777) != 0)
+        fail(m_path + " cannot be given the rights of " + target);
+    renameTo(target);
+}
+
+void ScratchFile::renameTo(const std::string& target) {
     const int fd = open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool onDisk = fd >= 0 && fchmod(fd, ordinaryMode()) == 0 && fsync(fd) == 0;
+    const bool onDisk = fd >= 0 && fsync(fd) == 0;
     const int error = errno;
     if (fd >= 0) close(fd);
     errno = error;

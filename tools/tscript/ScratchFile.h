@@ -17,8 +17,11 @@ class ScratchFile {
     std::string content() const;  // at most 64 KiB
     // Puts the file, on disk and with the rights of an ordinary new file, in the place of another one.
     void moveTo(const std::string& target);
+    // The same, with the rights and the owner of the file that is there. Throws Failure.
+    void replace(const std::string& target);
 
   private:
     void create(std::string pattern);
+    void renameTo(const std::string& target);
     std::string m_path;
 };
