@@ -77,7 +77,8 @@ std::string withoutForgery(std::string_view text) {
 }
 
 // Behind the prefix; a long entry stands in memory once.
-std::string formatted(std::string text, const char* format, va_list arguments) {
+__attribute__((format(printf, 2, 0))) std::string formatted(std::string text, const char* format,
+                                                            va_list arguments) {
     va_list again;
     va_copy(again, arguments);
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the checker does not follow va_copy

@@ -145,11 +145,10 @@ class Lexer {
 
     Token quoted(TokenKind kind, std::size_t prefix, char close) {
         std::size_t end = m_at + prefix + 1;
-        for (;; ++end) {
+        for (;; end += 2) {
             end = m_text.find(close, end);
             if (end == std::string_view::npos) openQuote(prefix);
             if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
-            ++end;
         }
         return take(kind, end + 1 - m_at);
     }
