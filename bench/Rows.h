@@ -1,0 +1,18 @@
+// The benchmarks: one function and one source file each.
+#pragma once
+
+namespace bench {
+
+class Bench;
+
+void valueList(Bench& bench);
+void sqlFile(Bench& bench);
+void fileCipher(Bench& bench);
+void packageLoad(Bench& bench);
+void toolOutput(Bench& bench);
+void logLine(Bench& bench);
+void childProcess(Bench& bench);
+void registryValue(Bench& bench);
+void catalogue(Bench& bench);
+
+}  // namespace bench

@@ -1,0 +1,76 @@
+// TScript::executeSQLFile against the same sqlcmd run by hand with its output in a file that is then read
+// once.
+#include <vector>
+
+#include "Bench.h"
+#include "DVUtilities/TScript.h"
+#include "Program.h"
+#include "Rows.h"
+
+namespace bench {
+namespace {
+
+constexpr char kScript[] = "BenchRun";
+
+// About `bodyBytes` of statements that print, and one that gives `rows` lines of 1,000 characters.
+std::string statements(std::size_t bodyBytes, std::size_t rows) {
+    std::string body = "SET NOCOUNT ON\n";
+    while (body.size() < bodyBytes) {
+        for (int line = 0; line < 100; ++line) body += "PRINT '" + std::string(80, 'p') + "'\n";
+        body += "GO\n";
+    }
+    const std::string count = std::to_string(rows);
+    return body +
+           "CREATE TABLE #wide (id int, text varchar(1000))\n"
+           "INSERT #wide VALUES (1, REPLICATE('x', 990))\n"
+           "DECLARE @n int = 1\n"
+           "WHILE @n < " +
+           count +
+           "\nBEGIN\n"
+           "INSERT #wide SELECT id + @n, text FROM #wide WHERE id <= " +
+           count +
+           " - @n\n"
+           "SELECT @n = COUNT(*) FROM #wide\nEND\n"
+           "SELECT id, text FROM #wide\nGO\n";
+}
+
+std::size_t runByHand(const support::TsqlBox& box, const std::string& input, const std::string& output) {
+    support::ProgramOptions options;
+    options.environment = {"SQLCMDPASSWORD=" + box.password()};
+    options.limit = std::chrono::minutes(10);
+    const std::vector<std::string> command = {SQLCMD_PROGRAM, "-b",     "-S", box.server(), "-U", box.login(),
+                                              "-d",           "Dorvas", "-m", "0",          "-i", input,
+                                              "-o",           output,   "-s", "\t",         "-W"};
+    check(support::runProgram(command, options).exitCode == 0, "sqlcmd fails");
+    return readOnce(output).size();
+}
+
+}  // namespace
+
+void sqlFile(Bench& bench) {
+    const support::TsqlBox& box = bench.box();
+    const std::string body = statements(bench.scaled(1'000'000), bench.scaled(50'000));
+    bench.writePackage(kScript, body);
+    const std::string input = bench.installation().folder("by-hand.sql");
+    const std::string output = bench.installation().folder("by-hand.txt");
+    support::writeFile(input, "SET ARITHABORT ON \nGO \n" + body);
+
+    std::unique_ptr<TScript> script;
+    std::size_t outputBytes = 0;
+    std::size_t peak = 0;
+    const Step prepare = [&] {
+        script = std::make_unique<TScript>();
+        check(script->initialize(kScript) && script->setSQLFile(nullptr), script->getOutput());
+    };
+    const Step measured = [&] {
+        const PeakMemory memory;
+        check(script->executeSQLFile({}, nullptr), script->getErrorMessage());
+        peak = std::max(peak, memory.bytes());
+    };
+    const Step reference = [&] { outputBytes = runByHand(box, input, output); };
+    bench.compare("sql-file/time", atMost(1.05), {measured, reference, prepare});
+    Bench::print("sql-file/memory", static_cast<double>(peak) / static_cast<double>(outputBytes), atMost(2.5),
+                 megabytes(peak) + " for " + megabytes(outputBytes) + " of output");
+}
+
+}  // namespace bench
