@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Every test and every function that docs/quirks.md names is there.
+# Arguments: the source folder, the build folder.
+set -euo pipefail
+source=$1
+build=$2
+
+tests=$(ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p')
+cells() { awk -F' [|] ' -v cell="$1" '/^[|] [^b-]/ { print $cell }' "$source/docs/quirks.md" | grep -o '`[^`]*`' | tr -d '`' | sort -u; }
+
+status=0
+for name in $(cells 3); do
+  grep -qxF "$name" <<<"$tests" || { echo "docs/quirks.md names a test that is not there: $name"; status=1; }
+done
+for name in $(cells 2 | grep -v '\.cpp$'); do
+  grep -rqwF "${name##*::}" "$source/src" "$source/include" || { echo "docs/quirks.md names a function that is not there: $name"; status=1; }
+done
+exit $status
