@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The documents tell of no command and no option that is not there, the man pages of sqlcmd and tsqlbox of every
-# option, and no link between the documents leads nowhere.
+# option, the README's program
+# compiles, and no link between the documents leads nowhere.
 # Arguments: the checkout, the folder of the programs.
 set -euo pipefail
 cd "$1"
@@ -28,12 +29,16 @@ for program in sqlcmd tsqlbox; do
 done
 
 # Every command of the man page is one of those that tscript has.
-commands_of_page() { sed -nE 's/^(\.BI? "?|\\fB|\.RI "\\fB)(run|exec|help|params|pack|(db|key|credentials|sandbox) [a-z-]+).*/\2/p' docs/man/tscript.1; }
+commands_of_page() { sed -nE 's/^(\.BI? "?|\\fB|\.RI "\\fB)(run|exec|help|params|pack|lint|inspect|repack|(db|key|credentials|sandbox) [a-z-]+).*/\2/p' docs/man/tscript.1; }
 while read -r -a words; do
   "$bin/tscript" "${words[@]}" --help 2>/dev/null </dev/null | grep -q "^Usage: tscript ${words[*]} " ||
     complain "there is no command: tscript ${words[*]}"
 done < <(commands_of_page)
-[[ $(commands_of_page | wc -l) -ge 15 ]] || complain "the commands of tscript's man page were not found"
+[[ $(commands_of_page | wc -l) -ge 18 ]] || complain "the commands of tscript's man page were not found"
+
+# The program of the README compiles.
+sed -n '/^```cpp$/,/^```$/{/^```/d;p}' README.md | c++ -std=c++17 -Wall -Wextra -Werror -fsyntax-only -I include -x c++ - ||
+  complain "README.md: the program does not compile"
 
 # The links between the documents.
 while IFS=: read -r document link; do

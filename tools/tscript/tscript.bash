@@ -20,7 +20,7 @@ _tscript_words() {
   local i
   for ((i = 1; i < COMP_CWORD; i++)); do
     case ${COMP_WORDS[i]} in
-      --store | --db | --dir | --port | --user | --to | --input | --output | --parameter | -o | -p) ((i++)) ;;
+      --store | --db | --dir | --port | --user | --to | --input | --old-key | --new-key | --output | --parameter | -o | -p) ((i++)) ;;
       -*) ;;
       *) printf '%s ' "${COMP_WORDS[i]}" ;;
     esac
@@ -41,17 +41,20 @@ _tscript() {
   read -r -a words < <(_tscript_words)
   local current=${COMP_WORDS[COMP_CWORD]} options="--help --store"
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    --store | --output | -o) _tscript_files -f; return ;;
+    --store | --output | -o | --old-key | --new-key) _tscript_files -f; return ;;
     --dir | --to) _tscript_files -d; return ;;
     --db) _tscript_offer "$databases"; return ;;
     -p | --parameter | --input | --port | --user) COMPREPLY=(); return ;;
   esac
   case "${words[*]}" in
-    "") _tscript_offer "run help exec params pack db key credentials sandbox $options --version" ;;
+    "") _tscript_offer "run help exec params pack lint inspect repack db key credentials sandbox $options --version" ;;
     run*) options+=" -p --parameter --input" ;;&
     exec*) options+=" --db --input" ;;&
     help* | params* | db*) options+=" --db" ;;&
     pack*) options+=" -o --output" ;;&
+    inspect*) options+=" --body" ;;&
+    inspect* | lint*) options+=" --json" ;;&
+    repack*) options+=" --old-key --new-key" ;;&
     "db restore"*) options+=" --to" ;;&
     "credentials set"*) options+=" --user" ;;&
     sandbox*) options+=" --dir" ;;&
@@ -63,7 +66,7 @@ _tscript() {
     credentials) _tscript_offer "set" ;;
     "credentials set") _tscript_offer "$databases" ;;
     sandbox) _tscript_offer "up down status" ;;
-    pack | "key create") _tscript_files -f ;;
+    pack | lint | inspect | repack* | "key create") _tscript_files -f ;;
   esac
 }
 
