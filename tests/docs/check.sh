@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# The documents tell of no command and no option that is not there, the man pages of sqlcmd and tsqlbox of every
-# option, the README's program
-# compiles, and no link between the documents leads nowhere.
+# What the documents say and what is there agree: man pages name the options and commands that the programs have,
+# the README's program compiles, and no link between the documents leads nowhere.
 # Arguments: the checkout, the folder of the programs.
 set -euo pipefail
 cd "$1"
@@ -35,6 +34,12 @@ while read -r -a words; do
     complain "there is no command: tscript ${words[*]}"
 done < <(commands_of_page)
 [[ $(commands_of_page | wc -l) -ge 18 ]] || complain "the commands of tscript's man page were not found"
+
+# Man pages give no warning, where groff is there.
+if command -v groff >/dev/null; then
+  complaints=$(groff -man -Tutf8 -ww docs/man/*.1 2>&1 >/dev/null)
+  [[ -z $complaints ]] || complain "$complaints"
+fi
 
 # The program of the README compiles.
 sed -n '/^```cpp$/,/^```$/{/^```/d;p}' README.md | c++ -std=c++17 -Wall -Wextra -Werror -fsyntax-only -I include -x c++ - ||
