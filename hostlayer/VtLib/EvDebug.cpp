@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string_view>
 
 #include "Store.h"
@@ -55,10 +56,43 @@ std::shared_ptr<spdlog::logger> openLogger(const std::string& path, bool buffere
     return logger;
 }
 
+// A formatted text: as much of its beginning as an entry may hold, and the length of the whole. Whole tool
+// outputs are logged, and no second copy of them is to stand in memory for that.
+struct Formatted {
+    std::string text;
+    std::size_t size = 0;
+};
+
+// The write function of the stream that a text is formatted into.
+ssize_t keepBeginning(void* cookie, const char* bytes, std::size_t count) noexcept {
+    auto& formatted = *static_cast<Formatted*>(cookie);
+    try {
+        formatted.text.append(bytes, std::min(count, kEntryBytes - formatted.text.size()));
+    } catch (const std::bad_alloc&) {
+        return 0;  // what has been kept is written
+    }
+    formatted.size += count;
+    return static_cast<ssize_t>(count);
+}
+
+__attribute__((format(printf, 2, 0))) Formatted formatted(std::string_view prefix, const char* format,
+                                                          va_list arguments) {
+    Formatted result;
+    keepBeginning(&result, prefix.data(), prefix.size());
+    cookie_io_functions_t functions{};
+    functions.write = keepBeginning;
+    std::FILE* stream = fopencookie(&result, "w", functions);
+    if (stream == nullptr) return result;
+    std::vfprintf(stream, format, arguments);
+    std::fclose(stream);
+    return result;
+}
+
 // Line breaks stay, but a line that is not an entry's first is indented, so that no text can pass for
 // an entry of its own; other control characters are written as \xNN.
-std::string withoutForgery(std::string_view text) {
-    const std::size_t end = std::min(text.find_last_not_of("\r\n") + 1, kEntryBytes);
+std::string withoutForgery(const Formatted& entry) {
+    const std::string_view text = entry.text;
+    const std::size_t end = text.find_last_not_of("\r\n") + 1;
     std::string safe;
     safe.reserve(end + 32);
     for (const char character : text.substr(0, end)) {
@@ -72,23 +106,8 @@ std::string withoutForgery(std::string_view text) {
             safe += character;
         }
     }
-    if (text.size() > kEntryBytes) safe += "... [cut, " + std::to_string(text.size()) + " bytes]";
+    if (entry.size > text.size()) safe += "... [cut, " + std::to_string(entry.size) + " bytes]";
     return safe;
-}
-
-// Behind the prefix; a long entry stands in memory once.
-__attribute__((format(printf, 2, 0))) std::string formatted(std::string text, const char* format,
-                                                            va_list arguments) {
-    va_list again;
-    va_copy(again, arguments);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the checker does not follow va_copy
-    const int length = std::vsnprintf(nullptr, 0, format, again);
-    va_end(again);
-    const std::size_t prefix = text.size();
-    if (length <= 0) return text;
-    text.resize(prefix + static_cast<std::size_t>(length));
-    std::vsnprintf(text.data() + prefix, static_cast<std::size_t>(length) + 1, format, arguments);
-    return text;
 }
 
 spdlog::level::level_enum severityOf(int level) {
@@ -108,8 +127,8 @@ struct EvDebug::Log {
 
     static Log* named(const char* fileInstance);
     bool open(const std::string& path, int wantedLevel, bool buffered);
-    void write(spdlog::level::level_enum severity, std::string_view text) const {
-        logger.load()->log(severity, withoutForgery(text));
+    void write(spdlog::level::level_enum severity, const Formatted& entry) const {
+        logger.load()->log(severity, withoutForgery(entry));
     }
 };
 
@@ -161,17 +180,16 @@ void EvDebug::Debug(const char* tag, const char* format, ...) const {
     if (!IsInitialized()) return;
     va_list arguments;
     va_start(arguments, format);
-    const std::string text =
-        formatted("[" + std::string(tag != nullptr ? tag : "") + "] ", format, arguments);
+    const Formatted entry = formatted("[" + std::string(tag != nullptr ? tag : "") + "] ", format, arguments);
     va_end(arguments);
-    m_log->write(spdlog::level::info, text);
+    m_log->write(spdlog::level::info, entry);
 }
 
 void EvDebug::DebugLevel(int level, const char* format, ...) const {
     if (!IsInitialized() || level > m_log->level) return;
     va_list arguments;
     va_start(arguments, format);
-    const std::string text = formatted({}, format, arguments);
+    const Formatted entry = formatted({}, format, arguments);
     va_end(arguments);
-    m_log->write(severityOf(level), text);
+    m_log->write(severityOf(level), entry);
 }

@@ -58,6 +58,19 @@ TEST(DebugLog, NoTextPassesForAnotherEntry) {
     EXPECT_EQ(text.find("below"), std::string::npos);
 }
 
+TEST(DebugLog, AnEntryIsCutAt4MiBAndSaysHowLongItWas) {
+    const LogFolder folder;
+    EvDebug log("long");
+    ASSERT_TRUE(log.initialize(0, 0, false, ""));
+    constexpr std::size_t kMost = std::size_t{4} << 20;
+    log.DebugLevel(1, "%s", std::string(kMost, 'x').c_str());
+    log.Debug("tag", "%s", std::string(kMost, 'y').c_str());
+    const std::string text = folder.read("long.log");
+    EXPECT_NE(text.find(" E " + std::string(kMost, 'x') + "\n"), std::string::npos);
+    EXPECT_NE(text.find("[tag] " + std::string(kMost - 6, 'y') + "... [cut, 4194310 bytes]\n"),
+              std::string::npos);
+}
+
 TEST(DebugLog, OpensNobodyElsesFile) {
     const LogFolder folder;
     support::writeFile(folder.path() / "target", "untouched");
