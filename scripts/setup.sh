@@ -3,6 +3,7 @@
 # nothing is missing. Run as root or with sudo at hand.
 #   scripts/setup.sh        for the build, the tests and the demo
 #   scripts/setup.sh docs   what the API reference and the man pages are made with, as well
+#   scripts/setup.sh fuzz   what the fuzz targets are built with, as well
 set -euo pipefail
 
 packages=(
@@ -14,7 +15,8 @@ packages=(
 case "${1-}" in
   "") ;;
   docs) packages+=(doxygen groff-base) ;;
-  *) echo "usage: scripts/setup.sh [docs]" >&2; exit 2 ;;
+  fuzz) packages+=(clang libclang-rt-dev llvm) ;;
+  *) echo "usage: scripts/setup.sh [docs | fuzz]" >&2; exit 2 ;;
 esac
 
 missing=()
