@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kLongestMessage = 2047;
 constexpr std::size_t kWidest = 2047;
 
-struct Specification {
+struct Substitution {
     bool left = false, plus = false, zero = false, alternate = false, blank = false;
     std::size_t width = 0;
     std::size_t precision = std::string::npos;
@@ -32,7 +32,7 @@ class Formatter {
             else if (m_format.substr(m_at).starts_with("%%"))
                 m_text += m_format[m_at++];
             else
-                addArgument(specification());
+                addArgument(substitution());
         }
         return std::string(characters(m_text, 0, kLongestMessage));
     }
@@ -41,9 +41,9 @@ class Formatter {
     char next() { return ++m_at < m_format.size() ? m_format[m_at] : '\0'; }
 
     // Begins at the percent sign, ends at the type's letter.
-    Specification specification() {
+    Substitution substitution() {
         const std::size_t begin = m_at;
-        Specification spec;
+        Substitution spec;
         char c = next();
         for (; c && std::string_view("-+0# ").find(c) != std::string_view::npos; c = next()) {
             spec.left |= c == '-';
@@ -76,7 +76,7 @@ class Formatter {
         return value;
     }
 
-    void addArgument(const Specification& spec) {
+    void addArgument(const Substitution& spec) {
         std::string text = "(null)";
         const std::size_t index = m_next++;
         if (index < m_arguments.size() && !isNull(m_arguments[index].value)) {
@@ -94,7 +94,7 @@ class Formatter {
         m_text += spec.left ? text + std::string(padding, ' ') : std::string(padding, ' ') + text;
     }
 
-    static std::string integer(std::int64_t value, const Specification& spec) {
+    static std::string integer(std::int64_t value, const Substitution& spec) {
         const bool isSigned = spec.type == 'd' || spec.type == 'i';
         const int base = spec.type == 'o' ? 8 : spec.type == 'x' || spec.type == 'X' ? 16 : 10;
         const bool negative = isSigned && value < 0;
