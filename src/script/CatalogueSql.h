@@ -20,6 +20,18 @@ inline constexpr char kRecordStart[] =  // start time, end time, parameters, use
 inline constexpr char kRecordEnd[] =  // end time, status, run
     " SET NOCOUNT ON  UPDATE ZpTscriptExec  SET timeEnd = dbo.GetDateTime(%lld),  status = %d WHERE id = %d ";
 
+// Lists, newest first. The conditions come ready with their " WHERE".
+inline constexpr char kListScripts[] =  // page length, conditions
+    "SELECT TOP %d id, type, auditLevel, CONVERT(varchar(19), creationTime, 120), name FROM ZpTscripts%s "
+    "ORDER BY id DESC";
+inline constexpr int kScriptColumns = 5;
+inline constexpr char kListRuns[] =  // earliest start, page length, conditions
+    "SET NOCOUNT ON  DECLARE @since datetime  SET @since = dbo.GetDateTime(%lld)  "
+    "SELECT TOP %d id, tsId, type, status, userId, CONVERT(varchar(19), timeStart, 120), "
+    "CONVERT(varchar(19), timeEnd, 120), name, LEFT(inputParams, 1000) FROM ZpTscriptExec%s ORDER BY id DESC";
+inline constexpr int kRunColumns = 9;
+inline constexpr char kTimeAs[] = "SELECT CONVERT(varchar(19), dbo.GetDateTime(%lld), 120)";
+
 // What a package may be bound to.
 inline constexpr char kSiteNumber[] = "SELECT number FROM dorvas..app_plexum WHERE id = 2";
 inline constexpr char kInstallationGuid[] =

@@ -1,5 +1,6 @@
 #include "PackageLoader.h"
 
+#include <strings.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -25,11 +26,22 @@ constexpr std::size_t kTraceText = 1023;          // longest trace of a path
 }  // namespace
 
 bool PackageLoader::run(const char* path) {
+    if (!open(path)) return false;
+    const RemovedAtEnd copy(m_copyPath);
+    return decipher() && parse() && agreeOnDatabase() && bindDatabase() && enterIntoCatalogue();
+}
+
+bool PackageLoader::read(const char* path) {
+    if (!open(path)) return false;
+    const RemovedAtEnd copy(m_copyPath);
+    return decipher() && parse() && agreeOnDatabase();
+}
+
+bool PackageLoader::open(const char* path) {
     if (!m_report.hasSession() || !choosePath(path) || !checkReadable()) return false;
     m_script.m_fromPackage = true;
     reserveCopy();
-    const RemovedAtEnd copy(m_copyPath);
-    return decipher() && parse() && bindDatabase() && enterIntoCatalogue();
+    return true;
 }
 
 bool PackageLoader::choosePath(const char* path) {
@@ -103,6 +115,14 @@ bool PackageLoader::parse() {
 bool PackageLoader::copyUnreadable() {
     return m_report.reportAs(messages::kCopyNotOpened,
                              FXString::Format(messages::kCopyNotOpenedPath, m_copyPath.c_str()));
+}
+
+bool PackageLoader::agreeOnDatabase() {
+    if (m_chosenDatabase.empty()) return true;
+    if (m_databaseName.empty()) m_databaseName = m_chosenDatabase;
+    if (strcasecmp(m_databaseName.c_str(), m_chosenDatabase.c_str()) == 0) return true;
+    return m_report.report(
+        FXString::Format(messages::kOtherDatabase, m_databaseName.c_str(), m_chosenDatabase.c_str()));
 }
 
 bool PackageLoader::bindDatabase() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "FileDescriptor.h"
 #include "PackageParser.h"
@@ -11,23 +12,31 @@ class TScript;
 
 class PackageLoader {
   public:
-    explicit PackageLoader(TScript& script) : m_script(script), m_report(script) {}
+    // `dbName`: the database for a package that names none; empty for no choice.
+    explicit PackageLoader(TScript& script, std::string dbName = {})
+        : m_script(script), m_report(script), m_chosenDatabase(std::move(dbName)) {}
 
     // `path` may be null: the package is then found by the script's name. A path that the script already has
     // is kept. The plain copy never outlives this call.
     bool run(const char* path);
+    // The same without any database: found, deciphered, parsed.
+    bool read(const char* path);
+    // The package's own database, else the chosen one; known once it has been read.
+    const std::string& databaseName() const { return m_databaseName; }
 
     // Fills in the script's path from its name, when it has none. It stays empty when the configuration names
     // no base folder.
     void findByName();
 
   private:
+    bool open(const char* path);
     bool choosePath(const char* path);
     bool checkReadable();
     void reserveCopy();
     bool decipher();
     bool parse();
     bool copyUnreadable();
+    bool agreeOnDatabase();
     bool bindDatabase();
     bool enterIntoCatalogue();
 
@@ -37,6 +46,7 @@ class PackageLoader {
     TScript& m_script;
     ScriptReport m_report;
     std::string m_copyPath;
-    FileDescriptor m_copy;       // open from its making until it has been read
+    FileDescriptor m_copy;  // open from its making until it has been read
+    std::string m_chosenDatabase;
     std::string m_databaseName;  // as the header gives it
 };

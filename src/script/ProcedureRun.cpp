@@ -61,6 +61,12 @@ bool ProcedureRun::run() {
     return !m_failed;
 }
 
+bool ProcedureRun::preview(std::string& sql) {
+    if (!buildQuery()) return false;
+    sql = m_query.text();
+    return true;
+}
+
 bool ProcedureRun::findScript() {
     m_script.getTscriptId();  // the id tells, also after a failed query
     return m_script.m_tscriptId >= 1 || m_report.report(texts::kInvalidName);

@@ -19,6 +19,8 @@ class ProcedureRun {
                  std::int32_t contentType);
 
     bool run();
+    // The execution's text for a script that is not secured, with nothing run.
+    bool preview(std::string& sql);
 
   private:
     enum Operation { kExecute = 1, kHelp = 2, kParameters = 4 };

@@ -132,3 +132,7 @@ bool ScriptCatalogue::recordEnd(int status) {
     if (m_script.m_db->SetDBValue(statement.c_str())) return true;
     return m_report.report(FXString::Format(messages::kEndNotRecorded, m_script.m_db->getErrorMsg()));
 }
+
+bool ScriptCatalogue::read(const char* sql, int columns, std::vector<std::string>& rows) {
+    return m_script.m_db->GetValue(sql, rows, columns);
+}

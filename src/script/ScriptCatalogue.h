@@ -2,6 +2,9 @@
 // package at the site it was made for.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "ScriptReport.h"
 
 class SqlBuffer;
@@ -18,6 +21,9 @@ class ScriptCatalogue {
     bool addPackage();
     bool recordStart(const char* inputParams);
     bool recordEnd(int status);
+
+    // Appends the row texts of a query on an open connection.
+    bool read(const char* sql, int columns, std::vector<std::string>& rows);
 
   private:
     void readSecured();

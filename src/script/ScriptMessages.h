@@ -45,6 +45,8 @@ inline constexpr char kDecryptFailedPath[] = "Failed to create decrypted script 
 inline constexpr char kCopyNotOpened[] = "Failed to open decrypted script file.";
 inline constexpr char kCopyNotOpenedPath[] = "Failed to open decrypted script file [%s].";
 inline constexpr char kOutsideSections[] = "setSQLFile() - Ignore Unknown Content Type [%d].";
+inline constexpr char kOtherDatabase[] =
+    "The package is made for the database [%s] and cannot run in [%s]. Run it without naming a database.";
 inline constexpr char kNoDatabaseInfo[] = "Failed to get database info.";
 
 // ---- Run of a package or a procedure -------------------------------------------------------------------
@@ -79,5 +81,15 @@ inline constexpr char kHeaderNotRemoved[] =
 inline constexpr char kOutputStepFailed[] =  // "open", "close", "delete"
     "Failed to %s output file [%s], Error[%d : %s].";
 }  // namespace procedure_run
+
+// ---- Records of scripts and runs -----------------------------------------------------------------------
+namespace records {
+inline constexpr char kNotOpen[] = "No database is open. Call open first.";
+inline constexpr char kOpenTwice[] = "The database is chosen already. Take a new object for another one.";
+inline constexpr char kNotRead[] =
+    "Catalogue or journal of [%s] cannot be read. The debug log holds the driver's message.";
+inline constexpr char kPatternTooLong[] = "The name pattern is longer than 256 bytes. Shorten it.";
+inline constexpr char kPageLength[] = "A page has 1 to 10,000 rows.";
+}  // namespace records
 
 }  // namespace messages

@@ -78,8 +78,17 @@ void ScriptSession::startLog() {
 bool ScriptSession::chooseDatabase(const char* dbName) {
     if (!m_script.m_dbName.empty()) return true;
     if (!m_report.hasSession()) return false;
+    return settle(dbName) && connect() && findScript();
+}
+
+bool ScriptSession::openDatabase(const char* dbName) {
+    if (!m_report.hasSession() || !settle(dbName) || !connect()) return false;
+    return m_script.m_db->Open(nullptr, nullptr, nullptr) || m_report.report(messages::kNoAccess);
+}
+
+bool ScriptSession::settle(const char* dbName) {
     const bool given = *textOrEmpty(dbName) != '\0';
-    return (given ? takeDatabase(dbName) : detectDatabase()) && connect() && findScript();
+    return given ? takeDatabase(dbName) : detectDatabase();
 }
 
 // The only component's database, or else, on a management server, that one's.

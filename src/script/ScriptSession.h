@@ -12,12 +12,15 @@ class ScriptSession {
 
     bool start(const char* name);
     bool chooseDatabase(const char* dbName);
+    // The same without a look for the script, and the direct connection stays open.
+    bool openDatabase(const char* dbName);
 
   private:
     void discardObjects();
     bool nameMachine();
     void startLog();
 
+    bool settle(const char* dbName);
     bool detectDatabase();
     bool takeDatabase(const char* name);
     bool connect();

@@ -7,7 +7,6 @@
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/TScript.h"
 #include "FX.h"
-#include "PlaceholderFiller.h"
 #include "ScriptFileNames.h"
 #include "ScriptMessages.h"
 #include "SqlQuotes.h"
@@ -58,19 +57,32 @@ bool SqlFileRun::createSqlFile() {
 }
 
 bool SqlFileRun::writeSqlFile() {
-    PlaceholderFiller filler(
-        [this](const std::string& value) { return quotesDoubledInPlace(*m_script.m_db, value); },
-        [this](std::string_view text) { return write(text); });
-    const std::string body = blankPercentSignsInComments(m_script.m_scriptBody);
-    if (!write(kPrefix) || !filler.fill(body, m_parameters) || !closeSqlFile()) {
+    if (!compose([this](std::string_view text) { return write(text); }) || !closeSqlFile()) {
         return m_report.report(FXString::Format(messages::kSqlFileNotWritten, m_sqlPath.c_str(),
                                                 m_writeError.GetErrorCode(), m_writeError.AsString()));
     }
     if (m_keepSqlFile != 0)
         m_sqlRemoval.keep();  // not before it is whole: nobody may run half a script later
-    if (m_recordedInput.empty()) m_recordedInput = filler.joinedValues();
+    if (m_recordedInput.empty()) m_recordedInput = m_joinedValues;
     m_report.log(messages::kStarted);
     return true;
+}
+
+// Hands the text over piece by piece. False as soon as a write fails.
+bool SqlFileRun::compose(const PlaceholderFiller::Write& write) {
+    PlaceholderFiller filler(
+        [this](const std::string& value) { return quotesDoubledInPlace(*m_script.m_db, value); }, write);
+    const std::string body = blankPercentSignsInComments(m_script.m_scriptBody);
+    if (!write(kPrefix) || !filler.fill(body, m_parameters)) return false;
+    m_joinedValues = filler.joinedValues();
+    return true;
+}
+
+bool SqlFileRun::preview(std::string& sql) {
+    return m_report.hasSession() && compose([&sql](std::string_view text) {
+               sql += text;
+               return true;
+           });
 }
 
 bool SqlFileRun::recordStart() {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "CVoFile.h"
+#include "PlaceholderFiller.h"
 #include "RemovedAtEnd.h"
 #include "ScriptReport.h"
 
@@ -17,6 +18,8 @@ class SqlFileRun {
     SqlFileRun(TScript& script, std::vector<std::string> parameters, const char* recordedInput);
 
     bool run();
+    // The SQL file's text, with nothing run.
+    bool preview(std::string& sql);
 
   private:
     void readKeepSetting();
@@ -29,6 +32,7 @@ class SqlFileRun {
     void recordEnd();
     void collectOutput();
 
+    bool compose(const PlaceholderFiller::Write& write);
     bool write(std::string_view text);
     bool closeSqlFile();
     void fail(std::string message);
@@ -37,6 +41,7 @@ class SqlFileRun {
     ScriptReport m_report;
     std::vector<std::string> m_parameters;
     std::string m_recordedInput;
+    std::string m_joinedValues;
     unsigned int m_keepSqlFile = 0;
     std::string m_sqlPath;
     RemovedAtEnd m_sqlRemoval;

@@ -16,7 +16,8 @@ missing=$(LC_ALL=C comm -13 <(echo "$exported") <(echo "$documented"))
 
 # The entry points for programs that look names up at run time carry plain names.
 plain=$(nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }')
-for name in TS_IsTscriptSP TS_ExecTscript_SP TS_ExecTscript_SQL GetDatabaseList RestoreDatabase; do
+for name in TS_IsTscriptSP TS_ExecTscript_SP TS_ExecTscript_SQL TS_ExecTscript_SQL_In TS_PreviewTscript_SQL TS_PreviewTscript_SP \
+  GetDatabaseList RestoreDatabase; do
   grep -qx "$name" <<<"$plain" || { echo "$name is not exported under its plain name"; status=1; }
 done
 exit $status

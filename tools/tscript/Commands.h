@@ -7,6 +7,7 @@
 #include "Outcome.h"
 
 void addScriptCommands(CLI::App& app, Action& action);   // run, help, exec, params
+void addJournalCommands(CLI::App& app, Action& action);  // catalogue, journal, which
 void addPackageCommands(CLI::App& app, Action& action);  // pack, and:
 void addInspectCommand(CLI::App& app, Action& action);
 void addLintCommand(CLI::App& app, Action& action);

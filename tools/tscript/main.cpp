@@ -21,7 +21,7 @@ Exit codes:
   130  interrupted)";
 
 constexpr void (*kFamilies[])(CLI::App&, Action&) = {
-    addScriptCommands, addPackageCommands,    addDatabaseCommands,
+    addScriptCommands, addJournalCommands,    addPackageCommands, addDatabaseCommands,
     addKeyCommands,    addCredentialCommands, addSandboxCommands,
 };
 

@@ -1,0 +1,88 @@
+// What a script would run, and runs in a database of the caller's choice.
+#include "Attempt.h"
+#include "DVUtilities/TScript.h"
+#include "DVUtilities/TScriptRecords.h"
+#include "PackageLoader.h"
+#include "ProcedureRun.h"
+#include "ScriptMessages.h"
+#include "SqlFileRun.h"
+
+namespace {
+
+using Values = std::vector<std::string>;
+
+template <typename Work>
+bool attempted(std::string& errorText, Work&& work) {
+    return attempt(std::forward<Work>(work), [&] { errorText = messages::kBrokenOff; });
+}
+
+Values valuesOf(const Values* parameters) {
+    return parameters != nullptr ? *parameters : Values();
+}
+
+bool runIn(TScript& script, const char* scriptName, std::string& dbName, const Values* parameters,
+           const char* recordedInput, std::string& output) {
+    if (!script.initialize(scriptName)) {
+        output = script.getErrorMessage();
+        return false;
+    }
+    const bool done = PackageLoader(script, dbName).run(nullptr) &&
+                      script.executeSQLFile(valuesOf(parameters), recordedInput);
+    if (*script.getDbName() != '\0') dbName = script.getDbName();
+    output = script.getOutput();
+    return done;
+}
+
+bool preview(TScript& script, const char* scriptName, std::string& dbName, const Values* parameters,
+             std::string& sql) {
+    if (!script.initialize(scriptName)) return false;
+    PackageLoader loader(script, dbName);
+    if (!loader.read(nullptr)) return false;
+    dbName = loader.databaseName();
+    return SqlFileRun(script, valuesOf(parameters), nullptr).preview(sql);
+}
+
+}  // namespace
+
+bool TS_ExecTscript_SQL_In(const char* scriptName, std::string* dbName, const Values* parameters,
+                           const char* recordedInput, std::string* logFile, std::string* output) {
+    if (dbName == nullptr || logFile == nullptr || output == nullptr) return false;
+    return attempted(*output, [&] {
+        TScript script;
+        output->clear();
+        logFile->clear();
+        const bool done = runIn(script, scriptName, *dbName, parameters, recordedInput, *output);
+        *logFile = script.getLogFile();
+        return done;
+    });
+}
+
+bool TS_PreviewTscript_SQL(const char* scriptName, std::string* dbName, const Values* parameters,
+                           std::string* sql, std::string* errorText) {
+    if (dbName == nullptr || sql == nullptr || errorText == nullptr) return false;
+    return attempted(*errorText, [&] {
+        TScript script;
+        sql->clear();
+        errorText->clear();
+        if (preview(script, scriptName, *dbName, parameters, *sql)) return true;
+        const bool told = *script.getOutput() != '\0';
+        *errorText = told ? script.getOutput() : script.getErrorMessage();
+        return false;
+    });
+}
+
+bool TS_PreviewTscript_SP(const char* scriptName, const char* arguments, std::string* sql,
+                          std::string* errorText) {
+    if (sql == nullptr || errorText == nullptr) return false;
+    return attempted(*errorText, [&] {
+        TScript script;
+        sql->clear();
+        errorText->clear();
+        constexpr int kExecute = 1;
+        if (script.initialize(scriptName) &&
+            ProcedureRun(script, kExecute, arguments, nullptr, 0).preview(*sql))
+            return true;
+        *errorText = script.getErrorMessage();
+        return false;
+    });
+}

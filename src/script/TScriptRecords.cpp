@@ -1,0 +1,203 @@
+#include "DVUtilities/TScriptRecords.h"
+
+#include <array>
+#include <cstdlib>
+#include <ctime>
+#include <string_view>
+#include <utility>
+
+#include "Attempt.h"
+#include "CallerText.h"
+#include "CatalogueSql.h"
+#include "DVUtilities/TScript.h"
+#include "ExceptionGuard.h"
+#include "FX.h"
+#include "NamePattern.h"
+#include "ScriptCatalogue.h"
+#include "ScriptMessages.h"
+#include "ScriptSession.h"
+
+namespace {
+
+constexpr char kSeparator = '\x12';  // of a row text's columns
+constexpr int kLongestPage = 10000;
+constexpr char kSessionName[] = "TScriptRecords";  // in the session log
+
+// The first columns of a row text; the last one takes the rest, separators included.
+template <std::size_t kCount>
+std::array<std::string, kCount> columnsOf(std::string_view row) {
+    std::array<std::string, kCount> columns;
+    for (std::size_t i = 0; i + 1 < kCount; ++i) {
+        const std::size_t end = row.find(kSeparator);
+        columns[i] = row.substr(0, end);
+        row.remove_prefix(end == row.npos ? row.size() : end + 1);
+    }
+    columns.back() = row;
+    return columns;
+}
+
+int number(const std::string& text) {
+    return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+}
+
+// "YYYY-MM-DD hh:mm:ss" as seconds since 1970, read as UTC; 0 for any other text.
+std::int64_t secondsOf(const std::string& text) {
+    std::tm time{};
+    const char* end = strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &time);
+    return end != nullptr && *end == '\0' ? timegm(&time) : 0;
+}
+
+// " WHERE ... AND ..." of those conditions that are not empty.
+std::string where(std::initializer_list<std::string> conditions) {
+    std::string text;
+    for (const std::string& condition : conditions)
+        if (!condition.empty()) text += (text.empty() ? " WHERE " : " AND ") + condition;
+    return text;
+}
+
+std::string olderThan(int id) {
+    return id > 0 ? "id < " + std::to_string(id) : std::string();
+}
+
+std::string named(std::string_view pattern) {
+    return pattern.empty() ? std::string() : nameCondition(pattern);
+}
+
+}  // namespace
+
+struct ScriptRecords {
+    TScript script;
+    std::string error;
+    std::int64_t offset = 0;  // what the database's times are ahead of UTC
+
+    bool fail(std::string reason) {
+        error = std::move(reason);
+        return false;
+    }
+    bool open(const char* dbName);
+    bool read(const std::string& sql, int columns, std::vector<std::string>& rows);
+    bool readOffset();
+    bool checkPage(std::string_view pattern, int maximum);
+    std::int64_t timeOf(const std::string& text) const {
+        const std::int64_t seconds = secondsOf(text);
+        return seconds == 0 ? 0 : seconds - offset;
+    }
+    TScriptEntry_t entryOf(const std::string& row) const;
+    TScriptRun_t runOf(const std::string& row) const;
+
+    template <typename Work>
+    bool attempted(Work&& work) {
+        return attempt(std::forward<Work>(work), [&] { error = messages::kBrokenOff; });
+    }
+};
+
+bool ScriptRecords::open(const char* dbName) {
+    if (*script.getDbName() != '\0') return fail(messages::records::kOpenTwice);
+    if (!script.initialize(kSessionName)) return fail(script.getErrorMessage());
+    if (!ScriptSession(script).openDatabase(dbName)) return fail(script.getErrorMessage());
+    return readOffset();
+}
+
+bool ScriptRecords::read(const std::string& sql, int columns, std::vector<std::string>& rows) {
+    if (*script.getDbName() == '\0') return fail(messages::records::kNotOpen);
+    if (ScriptCatalogue(script).read(sql.c_str(), columns, rows)) return true;
+    return fail(FXString::Format(messages::records::kNotRead, script.getDbName()));
+}
+
+// Whether the database keeps UTC or a local time is its own affair: it tells what it makes of the present.
+bool ScriptRecords::readOffset() {
+    const long long now = std::time(nullptr);
+    std::vector<std::string> rows;
+    if (!read(FXString::Format(catalogue_sql::kTimeAs, now), 1, rows)) return false;
+    const std::int64_t told = rows.empty() ? 0 : secondsOf(rows.front());
+    if (told == 0) return fail(FXString::Format(messages::records::kNotRead, script.getDbName()));
+    offset = told - now;
+    return true;
+}
+
+bool ScriptRecords::checkPage(std::string_view pattern, int maximum) {
+    if (pattern.size() > kLongestNamePattern) return fail(messages::records::kPatternTooLong);
+    if (maximum < 1 || maximum > kLongestPage) return fail(messages::records::kPageLength);
+    return true;
+}
+
+TScriptEntry_t ScriptRecords::entryOf(const std::string& row) const {
+    auto columns = columnsOf<catalogue_sql::kScriptColumns>(row);
+    TScriptEntry_t entry;
+    entry.id = number(columns[0]);
+    entry.type = number(columns[1]);
+    entry.auditLevel = number(columns[2]);
+    entry.creationTime = timeOf(columns[3]);
+    entry.name = std::move(columns[4]);
+    return entry;
+}
+
+TScriptRun_t ScriptRecords::runOf(const std::string& row) const {
+    auto columns = columnsOf<catalogue_sql::kRunColumns>(row);
+    TScriptRun_t run;
+    run.id = number(columns[0]);
+    run.scriptId = number(columns[1]);
+    run.type = number(columns[2]);
+    run.status = number(columns[3]);
+    run.userId = number(columns[4]);
+    run.startTime = timeOf(columns[5]);
+    run.endTime = timeOf(columns[6]);
+    run.name = std::move(columns[7]);
+    run.input = std::move(columns[8]);
+    return run;
+}
+
+TScriptRecords::TScriptRecords()
+    : m_impl(guarded(static_cast<ScriptRecords*>(nullptr), [] { return new ScriptRecords; })) {}
+
+TScriptRecords::~TScriptRecords() {
+    delete m_impl;
+}
+
+bool TScriptRecords::open(const char* dbName) {
+    return m_impl != nullptr && m_impl->attempted([&] { return m_impl->open(dbName); });
+}
+
+bool TScriptRecords::listScripts(const char* namePattern, int beforeId, int maximum,
+                                 std::vector<TScriptEntry_t>& entries) {
+    entries.clear();
+    return m_impl != nullptr && m_impl->attempted([&] {
+        const std::string_view pattern = textOrEmpty(namePattern);
+        if (!m_impl->checkPage(pattern, maximum)) return false;
+        const std::string sql = FXString::Format(catalogue_sql::kListScripts, maximum,
+                                                 where({olderThan(beforeId), named(pattern)}).c_str());
+        std::vector<std::string> rows;
+        if (!m_impl->read(sql, catalogue_sql::kScriptColumns, rows)) return false;
+        std::vector<TScriptEntry_t> page;
+        for (const std::string& row : rows) page.push_back(m_impl->entryOf(row));
+        entries = std::move(page);
+        return true;
+    });
+}
+
+bool TScriptRecords::listRuns(const TScriptRunFilter_t& filter, int beforeId, int maximum,
+                              std::vector<TScriptRun_t>& runs) {
+    runs.clear();
+    return m_impl != nullptr && m_impl->attempted([&] {
+        if (!m_impl->checkPage(filter.namePattern, maximum)) return false;
+        const std::string since = filter.since != 0 ? "timeStart >= @since" : "";
+        const std::string status = filter.status >= 0 ? "status = " + std::to_string(filter.status) : "";
+        const std::string sql =
+            FXString::Format(catalogue_sql::kListRuns, static_cast<long long>(filter.since), maximum,
+                             where({olderThan(beforeId), status, since, named(filter.namePattern)}).c_str());
+        std::vector<std::string> rows;
+        if (!m_impl->read(sql, catalogue_sql::kRunColumns, rows)) return false;
+        std::vector<TScriptRun_t> page;
+        for (const std::string& row : rows) page.push_back(m_impl->runOf(row));
+        runs = std::move(page);
+        return true;
+    });
+}
+
+const char* TScriptRecords::getDbName() const {
+    return m_impl != nullptr ? m_impl->script.getDbName() : "";
+}
+
+const char* TScriptRecords::getErrorMessage() const {
+    return m_impl != nullptr ? m_impl->error.c_str() : messages::kBrokenOff;
+}
