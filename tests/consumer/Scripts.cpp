@@ -1,6 +1,7 @@
 // TScript and the TS_ functions.
 #include <DVUtilities/TScript.h>
 #include <DVUtilities/TScriptApi.h>
+#include <DVUtilities/TScriptRecords.h>
 
 #include <string>
 #include <vector>
@@ -50,6 +51,41 @@ void checkFunctions(const std::string& procedure, Checks& checks) {
     CHECK(contains(output, "TScript file not found!"));
 }
 
+void checkRecords(Checks& checks) {
+    TScriptRecords records;
+    std::vector<TScriptEntry_t> entries;
+    CHECK(!records.listScripts(nullptr, 0, 10, entries) && contains(records.getErrorMessage(), "Call open"));
+    CHECK(records.open("dorvas") && std::string(records.getDbName()) == "Dorvas");
+    CHECK(records.listScripts("tsSwitch*", 0, 10, entries) && entries.size() == 1);
+    CHECK((entries.at(0).type & kTScriptSecured) != 0 && entries.at(0).name == "tsSwitchNode");
+    TScriptRunFilter_t filter;
+    filter.namePattern = "PurgeEvent?";
+    filter.status = 1;
+    std::vector<TScriptRun_t> runs;
+    CHECK(records.listRuns(filter, 0, 1, runs) && runs.size() == 1);
+    const TScriptRun_t newest = runs.at(0);
+    CHECK(newest.input == "consumer" && newest.startTime > 1700000000 && newest.endTime >= newest.startTime);
+    CHECK(records.listRuns(filter, newest.id, 1, runs) && runs.at(0).id < newest.id);
+    CHECK(!records.listRuns(filter, 0, 0, runs) && runs.empty());
+}
+
+void checkPreviews(Checks& checks) {
+    std::string db = "nq2";
+    std::string sql;
+    std::string error;
+    std::string log;
+    const std::vector<std::string> parameters{"3650", "1"};
+    CHECK(!TS_PreviewTscript_SQL("PurgeEvents", &db, &parameters, &sql, &error));
+    CHECK(contains(error, "made for the database [Dorvas]"));
+    CHECK(!TS_ExecTscript_SQL_In("PurgeEvents", &db, &parameters, nullptr, &log, &error) && db == "nq2");
+    db.clear();
+    CHECK(TS_PreviewTscript_SQL("PurgeEvents", &db, &parameters, &sql, &error) && db == "Dorvas");
+    CHECK(contains(sql, "SET ARITHABORT ON") && contains(sql, "3650"));
+    CHECK(TS_ExecTscript_SQL_In("PurgeEvents", &db, &parameters, nullptr, &log, &error));
+    CHECK(TS_PreviewTscript_SP("tsEventSummary", "@days = 7", &sql, &error));
+    CHECK(contains(sql, "EXEC tsEventSummary @days = 7"));
+}
+
 }  // namespace
 
 void checkScripts(const Site&, Checks& checks) {
@@ -57,4 +93,6 @@ void checkScripts(const Site&, Checks& checks) {
     checkPackageObject(checks);
     checkProcedureObject(procedure, checks);
     checkFunctions(procedure, checks);
+    checkRecords(checks);
+    checkPreviews(checks);
 }

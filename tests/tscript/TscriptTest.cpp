@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -365,6 +366,74 @@ TEST_F(Installation, BringsPackagesToANewKey) {
                {{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted", ""}});
     for (const auto& entry : fs::directory_iterator(folder / "Scripts"))
         EXPECT_EQ(entry.path().extension(), ".sql") << entry.path();
+}
+
+// The names in a listing of one row a line, joined by ",".
+std::string namesIn(const ProgramResult& listing) {
+    EXPECT_EQ(listing.exitCode, 0) << listing.errors;
+    std::string names;
+    std::istringstream lines(listing.output);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t begin = line.find('\t') + 1;
+        names += (names.empty() ? "" : ",") + line.substr(begin, line.find('\t', begin) - begin);
+    }
+    return names;
+}
+
+TEST_F(Installation, ListsCatalogueAndJournal) {
+    pack("Rows",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n"
+         "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) VALUES\n"
+         "(1, 2, 'O''Brien', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000125), 1, "
+         "'a' + CHAR(9) + CHAR(27) + 'b', 0),\n"
+         "(1, 2, '50%', dbo.GetDateTime(1700000001), dbo.GetDateTime(1700000001), 2, NULL, 0),\n"
+         "(1, 2, '50x', dbo.GetDateTime(1700000002), dbo.GetDateTime(1700000002), 0, '', 7),\n"
+         "(1, 2, '[a_b]', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 1, '', 0)\n");
+    ASSERT_EQ(run({"run", "Rows"}).exitCode, 0);
+    const std::string all = "[a_b],50x,50%,O'Brien,Rows";
+    const struct {
+        Words filter;
+        std::string names;
+    } cases[] = {
+        {{}, all},
+        {{"--last", "0"}, all},
+        {{"--last", "2"}, "[a_b],50x"},
+        {{"--name", "O'Brien"}, "O'Brien"},
+        {{"--name", "' OR 1 = 1 --"}, ""},
+        {{"--name", "50%"}, "50%"},
+        {{"--name", "50?"}, "50x,50%"},
+        {{"--name", "*r*"}, "O'Brien,Rows"},
+        {{"--name", "[a_b]"}, "[a_b]"},
+        {{"--name", "_a_b]"}, ""},
+        {{"--status", "ok", "--last", "2"}, "[a_b],O'Brien"},
+        {{"--status", "failed"}, "50%"},
+        {{"--since", "1h"}, "Rows"},
+        {{"--since", "2023-11-10", "--name", "50*"}, "50x,50%"},
+        {{"--db", "nq2"}, ""},
+    };
+    for (const auto& c : cases) {
+        Words words = c.filter;
+        words.insert(words.begin(), "journal");
+        EXPECT_EQ(namesIn(run(words)), c.names) << joined(words);
+    }
+    EXPECT_EQ(namesIn(run({"catalogue", "--name", "tsS*"})), "tsSwitchNode");
+    expectAll({
+        {{"journal", "--name", "O*"}, 0, "\t2 min 05 s\ta  b\n", ""},
+        {{"journal", "--status", "running"}, 0, "\t50x\tabandoned\t", ""},
+        {{"journal", "--status", "running", "--stale", "900000"}, 0, "\t50x\trunning\t", ""},
+        {{"journal", "--json", "--name", "50x"}, 0, R"("start":"2023-11-14T22:13:22Z","end":null,)", ""},
+        {{"journal", "--json", "--name", "none"}, 0, "[]\n", ""},
+        {{"which", "tsSwitchNode"}, 0, "audit level 2, secured", ""},
+        {{"which", "Rows", "--json"}, 0, R"("packageDatabase": "Dorvas")", ""},
+        {{"which", "None"}, 2, "", "neither a package nor a stored-procedure"},
+        {{"journal", "--status", "broken"}, 2, "", "broken"},
+        {{"journal", "--since", "2026-02-30"}, 2, "", "is no time"},
+        {{"journal", "--last", "-1"}, 2, "", "-1"},
+        {{"journal", "--name", std::string(257, '*')}, 2, "", "longer than 256"},
+        {{"catalogue", "--db", "Nope"}, 2, "", "Dorvas, NQ2"},
+        {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
+        {{"journal"}, 4, "", "cannot be reached"},
+    });
 }
 
 // Ctrl-C ends the run; its journal row is closed as failed and no file stays.
