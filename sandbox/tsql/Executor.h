@@ -174,6 +174,11 @@ class Executor final : public SessionFacts, public NameResolver {
     Catalogue catalogue(const ast::ObjectName& name);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     Value objectId(std::span<const CellView> arguments);
+    std::optional<ObjectInfo> objectWithId(std::span<const CellView> arguments);
+    Value objectProperty(std::span<const CellView> arguments);
+    Value columnLength(std::span<const CellView> arguments);
+    Value databaseName(std::span<const CellView> arguments);
+    Value databaseProperty(std::span<const CellView> arguments);
     Value identityOf(std::string_view name);
     Value errorFact(SessionFunction function) const;
     const Variable& local(std::string_view name);

@@ -56,6 +56,26 @@ Value optionalNumber(const std::optional<std::int64_t>& number) {
     return number ? Value(*number) : Value(Null{});
 }
 
+constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";
+
+using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
+
+// The value of a property by its name; NULL for one that is not there.
+Value propertyIn(std::string_view name, const Properties& properties) {
+    for (const auto& [property, value] : properties)
+        if (sameWord(property, name)) return value;
+    return Null{};
+}
+
+Value serverProperty(std::string_view name) {
+    return propertyIn(name, {{"ProductVersion", std::string(kProductVersion)},
+                             {"ProductLevel", "RTM"},
+                             {"Edition", "tsqlbox"},
+                             {"ServerName", hostName()},
+                             {"MachineName", hostName()},
+                             {"Collation", std::string(kCollationName)}});
+}
+
 }  // namespace
 
 // ---- variables
@@ -211,19 +231,54 @@ Value Executor::errorFact(SessionFunction function) const {
     }
 }
 
+Value Executor::databaseName(std::span<const CellView> arguments) {
+    if (arguments.empty()) return databaseOf({});
+    const auto* id = std::get_if<std::int64_t>(&arguments[0]);
+    for (const auto& name : m_engine.storage.databases())
+        if (id && databaseId(m_engine.storage, name) == *id) return name;
+    return Null{};
+}
+
+std::optional<ObjectInfo> Executor::objectWithId(std::span<const CellView> arguments) {
+    const auto* id = arguments.empty() ? nullptr : std::get_if<std::int64_t>(&arguments[0]);
+    return id ? catalogue({}).findById(*id) : std::nullopt;
+}
+
+Value Executor::objectProperty(std::span<const CellView> arguments) {
+    constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
+        {"IsUserTable", objectType::kTable},
+        {"IsTable", objectType::kTable},
+        {"IsProcedure", objectType::kProcedure},
+        {"IsScalarFunction", objectType::kFunction},
+        {"IsPrimaryKey", objectType::kPrimaryKey}};
+    const auto found = objectWithId(arguments);
+    for (const auto& [property, type] : kProperties)
+        if (found && sameWord(property, textAt(arguments, 1))) return std::int64_t{found->type == type};
+    return Null{};
+}
+
+Value Executor::columnLength(std::span<const CellView> arguments) {
+    const auto name = splitName(textAt(arguments, 0));
+    const auto found = catalogue(name).find(name.name);
+    if (!found || found->type != objectType::kTable) return Null{};
+    const TableInfo info = table(name);
+    const TableColumn* column = info.column(textAt(arguments, 1));
+    return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
+}
+
+Value Executor::databaseProperty(std::span<const CellView> arguments) {
+    if (!m_engine.storage.exists(textAt(arguments, 0))) return Null{};
+    return propertyIn(textAt(arguments, 1), {{"Status", "ONLINE"},
+                                             {"Recovery", "SIMPLE"},
+                                             {"Updateability", "READ_WRITE"},
+                                             {"UserAccess", "MULTI_USER"},
+                                             {"Collation", std::string(kCollationName)}});
+}
+
 Value Executor::sessionValue(SessionFunction function, std::span<const CellView> arguments) {
-    const auto object = [&](std::string_view name) {
-        return catalogue(splitName(name)).find(splitName(name).name);
-    };
     switch (function) {
-        case SessionFunction::DbName: {
-            if (arguments.empty()) return databaseOf({});
-            for (const auto& name : m_engine.storage.databases())
-                if (const auto* id = std::get_if<std::int64_t>(&arguments[0]);
-                    id && databaseId(m_engine.storage, name) == *id)
-                    return name;
-            return Null{};
-        }
+        case SessionFunction::DbName:
+            return databaseName(arguments);
         case SessionFunction::DbId: {
             const auto id =
                 databaseId(m_engine.storage, arguments.empty() ? databaseOf({}) : textAt(arguments, 0));
@@ -232,31 +287,13 @@ Value Executor::sessionValue(SessionFunction function, std::span<const CellView>
         case SessionFunction::ObjectId:
             return objectId(arguments);
         case SessionFunction::ObjectName: {
-            const auto* id = arguments.empty() ? nullptr : std::get_if<std::int64_t>(&arguments[0]);
-            const auto found = id ? catalogue({}).findById(*id) : std::nullopt;
+            const auto found = objectWithId(arguments);
             return found ? Value(found->name) : Value(Null{});
         }
-        case SessionFunction::ObjectProperty: {
-            const auto* id = arguments.empty() ? nullptr : std::get_if<std::int64_t>(&arguments[0]);
-            const auto found = id ? catalogue({}).findById(*id) : std::nullopt;
-            constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
-                {"IsUserTable", objectType::kTable},
-                {"IsTable", objectType::kTable},
-                {"IsProcedure", objectType::kProcedure},
-                {"IsScalarFunction", objectType::kFunction},
-                {"IsPrimaryKey", objectType::kPrimaryKey}};
-            for (const auto& [property, type] : kProperties)
-                if (found && sameWord(property, textAt(arguments, 1)))
-                    return std::int64_t{found->type == type};
-            return Null{};
-        }
-        case SessionFunction::ColLength: {
-            const auto found = object(textAt(arguments, 0));
-            if (!found || found->type != objectType::kTable) return Null{};
-            const TableInfo info = table(splitName(textAt(arguments, 0)));
-            const TableColumn* column = info.column(textAt(arguments, 1));
-            return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
-        }
+        case SessionFunction::ObjectProperty:
+            return objectProperty(arguments);
+        case SessionFunction::ColLength:
+            return columnLength(arguments);
         case SessionFunction::SchemaName:
         case SessionFunction::UserName:
             return std::string("dbo");
@@ -266,31 +303,10 @@ Value Executor::sessionValue(SessionFunction function, std::span<const CellView>
             return hostName();
         case SessionFunction::AppName:
             return std::string("tsqlbox");
-        case SessionFunction::ServerProperty: {
-            const std::string name = textAt(arguments, 0);
-            const std::pair<std::string_view, std::string> kProperties[] = {
-                {"ProductVersion", std::string(kProductVersion)},
-                {"ProductLevel", "RTM"},
-                {"Edition", "tsqlbox"},
-                {"ServerName", hostName()},
-                {"MachineName", hostName()},
-                {"Collation", "SQL_Latin1_General_CP1_CI_AS"}};
-            for (const auto& [property, value] : kProperties)
-                if (sameWord(property, name)) return value;
-            return Null{};
-        }
-        case SessionFunction::DatabaseProperty: {
-            if (!m_engine.storage.exists(textAt(arguments, 0))) return Null{};
-            const std::pair<std::string_view, std::string> kProperties[] = {
-                {"Status", "ONLINE"},
-                {"Recovery", "SIMPLE"},
-                {"Updateability", "READ_WRITE"},
-                {"UserAccess", "MULTI_USER"},
-                {"Collation", "SQL_Latin1_General_CP1_CI_AS"}};
-            for (const auto& [property, value] : kProperties)
-                if (sameWord(property, textAt(arguments, 1))) return value;
-            return Null{};
-        }
+        case SessionFunction::ServerProperty:
+            return serverProperty(textAt(arguments, 0));
+        case SessionFunction::DatabaseProperty:
+            return databaseProperty(arguments);
         case SessionFunction::IsServerRoleMember:
             return std::int64_t{1};
         case SessionFunction::ScopeIdentity:
