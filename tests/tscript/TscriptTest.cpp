@@ -436,6 +436,82 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
     });
 }
 
+TEST_F(Installation, ShowsAndKeepsWhatARunGives) {
+    pack("Anywhere", "#START_SCRIPT#\nSELECT '<%s>', DB_NAME()\n");
+    const fs::path result = m_temp / "result";
+    support::writeFile(result, "kept");
+    const Words purge = {"run", "PurgeEvents", "-p", "30", "-p", "2"};
+    const auto with = [&](Words more) {
+        more.insert(more.begin(), purge.begin(), purge.end());
+        return more;
+    };
+    expectAll({
+        {with({"--dry-run"}), 0, "CONVERT(int, '30')", "would run in Dorvas; nothing has been run"},
+        {{"run", "Anywhere", "--dry-run", "-p", "it's", "--json"}, 0, R"(\nSELECT '<it''s>')", ""},
+        {{"exec", "tsEventSummary", "@days = 3", "--dry-run"}, 0, " EXEC tsEventSummary @days = 3", ""},
+        {{"run", "Missing", "--dry-run"}, 3, "", "there is no package"},
+        {{"run", "Missing", "-o", result}, 3, "", "there is no package"},
+        {with({"-o", m_temp / "none" / "x"}), 3, "", "No such file"},
+        {with({"-o", m_temp.path()}), 3, "", "Is a directory"},
+        {with({"-o", "/dev/full"}), 3, "", "No space left on device\nThe script has run"},
+        {with({"--db", "nq2"}), 2, "", "made for the database [Dorvas]"},
+        {with({"--quiet", "--json"}), 2, "", "excludes"},
+    });
+    EXPECT_EQ(namesIn(run({"journal"})), "PurgeEvents");  // the one whose result /dev/full did not take
+    EXPECT_EQ(support::readFile(result), "kept");
+    expectAll({
+        {{"run", "Anywhere", "--db", "nq2", "-p", "x"}, 0, "nq2", ""},
+        {with({"--json"}), 0, R"("status": "ok")", ""},
+        {{"run", "PurgeEvents", "-p", "x", "--json"}, 1, R"("exitCode": 1)", "the script failed"},
+        {{"run", "PurgeEvents", "-p", "x", "--quiet"}, 1, "Conversion failed", "the script failed"},
+        {with({"-o", result}), 0, "", ""},
+    });
+    EXPECT_NE(support::readFile(result).find("Execution Succeeded!"), std::string::npos);
+    EXPECT_EQ(run(with({"--quiet"})).output, "");
+}
+
+// A result for which a file system has no room leaves no part of itself, and what stood there stays.
+TEST_F(Installation, LeavesNoHalfResultOnAFullDisk) {
+    const std::string small = m_temp / "small";
+    fs::create_directory(small);
+    const std::string shell = "mount -t tmpfs -o size=64k tmpfs " + small + " || exit 77; cd " + small +
+                              "; echo kept > result; dd if=/dev/zero of=fill 2>/dev/null; '" TSCRIPT_PROGRAM
+                              "' run SiteInventory -o result; echo code $?; cat result; ls";
+    support::ProgramOptions options;
+    options.environment = {"ZEPHRA_REGISTRY=" + store()};
+    const ProgramResult result = support::runProgram({"unshare", "-rm", "sh", "-c", shell}, options);
+    if (result.exitCode != 0) GTEST_SKIP() << "no file system can be mounted here: " << result.errors;
+    EXPECT_EQ(result.output, "code 3\nkept\nfill\nresult\n") << result.errors;
+    EXPECT_NE(result.errors.find("No space left on device"), std::string::npos) << result.errors;
+}
+
+// On a terminal of 40 columns, which `script` makes.
+TEST_F(Installation, FitsTheTerminal) {
+    pack("Long",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:01'\nPRINT '%s'\n");
+    const auto terminal = [&](const std::string& columns, const std::string& words, Words environment) {
+        support::ProgramOptions options;
+        options.environment = std::move(environment);
+        options.environment.push_back("ZEPHRA_REGISTRY=" + store());
+        const std::string command = "stty cols " + columns + "; '" TSCRIPT_PROGRAM "' " + words;
+        return support::runProgram({"script", "-qec", command, "/dev/null"}, options).output;
+    };
+    const Words lively = {"TERM=xterm", "NO_COLOR="};
+    const std::string parameter(60, 'z');
+    EXPECT_NE(terminal("40", "run Long -p " + parameter, lively).find("running in the database"),
+              std::string::npos);
+    EXPECT_NE(terminal("110", "journal", lively).find("\x1b[32mok\x1b[0m"), std::string::npos);
+    for (const Words& plain : {Words{"TERM=dumb", "NO_COLOR="}, Words{"TERM=xterm", "NO_COLOR=1"}}) {
+        EXPECT_EQ(terminal("40", "run Long -p " + parameter, plain).find('\x1b'), std::string::npos);
+        for (const std::size_t columns : {40, 80, 110}) {
+            std::istringstream lines(terminal(std::to_string(columns), "journal", plain));
+            for (std::string line; std::getline(lines, line);)
+                EXPECT_LE(line.size(), columns + 3)
+                    << line;  // a carriage return, and an ellipsis of three bytes
+        }
+    }
+}
+
 // Ctrl-C ends the run; its journal row is closed as failed and no file stays.
 TEST_F(Installation, ClosesTheJournalWhenInterrupted) {
     pack("Endless",

@@ -128,6 +128,7 @@ constexpr Finding kFindings[] = {
     {"Failed to decrypt script file.", packageUnreadable},
     {"Failed to open decrypted script file.", packageUnreadable},
     {"Failed to get database access info.", databaseUnreachable},
+    {"The package is made for the database", told<ExitCode::kUsage>},
     {"Invalid db name", told<ExitCode::kUsage>},
     {"Please provide database name", told<ExitCode::kUsage>},
     {"This is not a permanent tscript.",

@@ -2,7 +2,11 @@
 
 #include "Console.h"
 
-void writeJson(const Json& value) {
+std::string jsonText(const Json& value) {
     constexpr int kIndentation = 2;
-    writeResult(value.dump(kIndentation, ' ', false, Json::error_handler_t::replace));
+    return value.dump(kIndentation, ' ', false, Json::error_handler_t::replace);
+}
+
+void writeJson(const Json& value) {
+    writeResult(jsonText(value));
 }

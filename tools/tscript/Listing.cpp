@@ -3,77 +3,21 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <clocale>
 #include <cstdio>
-#include <cwchar>
 #include <numeric>
-#include <string_view>
 
 #include "Console.h"
 #include "Terminal.h"
+#include "TextWidth.h"
 
 namespace {
 
 constexpr std::size_t kGap = 2;             // blanks between columns
 constexpr std::size_t kLeastFlexible = 12;  // a column cut below this is of no use
-constexpr const char* kEllipsis = "…";
 
 constexpr const char* kColours[] = {"", "\x1b[32m", "\x1b[31m", "\x1b[33m", "\x1b[35m"};  // by Shade
 constexpr const char* kBold = "\x1b[1m";
 constexpr const char* kPlain = "\x1b[0m";
-
-struct Glyph {
-    std::size_t bytes;
-    std::size_t width;
-    bool control;
-};
-
-// The character at the text's beginning; a byte that begins none is taken as a control character.
-Glyph glyphAt(std::string_view text) {
-    wchar_t c = 0;
-    std::mbstate_t state{};
-    const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
-    if (length == 0 || length > text.size()) return {1, 1, true};
-    const int width = wcwidth(c);
-    return width < 0 ? Glyph{length, 1, true} : Glyph{length, static_cast<std::size_t>(width), false};
-}
-
-std::string cleaned(std::string_view text) {
-    std::string clean;
-    for (std::size_t at = 0; at < text.size();) {
-        const Glyph glyph = glyphAt(text.substr(at));
-        clean += glyph.control ? std::string_view(" ") : text.substr(at, glyph.bytes);
-        at += glyph.bytes;
-    }
-    return clean;
-}
-
-std::size_t widthOf(std::string_view text) {
-    std::size_t width = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const Glyph glyph = glyphAt(text.substr(at));
-        width += glyph.width;
-        at += glyph.bytes;
-    }
-    return width;
-}
-
-// The longest beginning that is no wider.
-std::string_view beginning(std::string_view text, std::size_t width) {
-    std::size_t at = 0;
-    while (at < text.size()) {
-        const Glyph glyph = glyphAt(text.substr(at));
-        if (glyph.width > width) break;
-        width -= glyph.width;
-        at += glyph.bytes;
-    }
-    return text.substr(0, at);
-}
-
-std::string fitted(const std::string& text, std::size_t width) {
-    if (widthOf(text) <= width) return text;
-    return std::string(beginning(text, width - 1)) + kEllipsis;
-}
 
 std::string blanks(std::size_t count) {
     return std::string(count, ' ');
@@ -84,9 +28,7 @@ std::string blanks(std::size_t count) {
 Listing::Listing(std::vector<Column> columns)
     : m_columns(std::move(columns)),
       m_terminal(isTerminal(STDOUT_FILENO)),
-      m_lively(isLivelyTerminal(STDOUT_FILENO)) {
-    std::setlocale(LC_CTYPE, "C.UTF-8");  // for the width of characters
-}
+      m_lively(isLivelyTerminal(STDOUT_FILENO)) {}
 
 void Listing::writePage(const std::vector<Cells>& page) {
     std::vector<Cells> clean = page;

@@ -7,9 +7,13 @@
 #include "Commands.h"
 #include "Console.h"
 #include "DVUtilities/TScriptApi.h"
+#include "DVUtilities/TScriptRecords.h"
 #include "Diagnosis.h"
 #include "Installation.h"
 #include "Interrupt.h"
+#include "JsonOutput.h"
+#include "Progress.h"
+#include "ResultFile.h"
 
 namespace {
 
@@ -27,22 +31,70 @@ struct ScriptOptions {
     std::string arguments;
     std::string input;
     std::string database;
+    std::string outputFile;
+    bool dryRun = false;
+    bool quiet = false;
+    bool json = false;
 };
 
-// What a run left: printed as a result when the script ran, as a failure when it did not get that far.
-ExitCode conclude(const ScriptOptions& options, bool succeeded, const std::string& output, bool interrupted) {
-    if (succeeded) {
-        writeResult(output);
-        return ExitCode::kDone;
+// What a run left.
+struct RunResult {
+    const char* kind;
+    std::string database;  // empty where the library does not tell
+    std::string output;
+    bool succeeded = false;
+    bool interrupted = false;
+    double seconds = 0;
+};
+
+Json jsonOf(const ScriptOptions& options, const RunResult& result, const Failure* failure) {
+    const ExitCode code = failure != nullptr ? failure->code() : ExitCode::kDone;
+    Json value = {{"script", options.name}, {"kind", result.kind}};
+    if (!result.database.empty()) value["database"] = result.database;
+    value["status"] = failure == nullptr ? "ok" : result.interrupted ? "interrupted" : "failed";
+    value["exitCode"] = static_cast<int>(code);
+    value["seconds"] = result.seconds;
+    value["output"] = result.output;
+    if (failure != nullptr) {
+        value["error"] = failure->what();
+        value["advice"] = failure->advice();
     }
-    const Diagnosis diagnosis = diagnoseRun(options.name, options.database, output);
-    if (diagnosis.scriptRan) {
-        writeResult(output);
+    return value;
+}
+
+// The script has run by now, so that a result that cannot be written says where else it stands.
+void deliver(ResultFile& target, const std::string& text) {
+    try {
+        target.write(text);
+    } catch (const Failure& failure) {
+        throw Failure(failure.code(), failure.what(),
+                      "The script has run; its output stands in the log " + sessionLogFile().string() + ".");
+    }
+}
+
+// Printed as a result when the script ran, as a note when it did not get that far.
+[[noreturn]] void concludeFailed(const ScriptOptions& options, const RunResult& result, ResultFile& target) {
+    const Diagnosis diagnosis = diagnoseRun(options.name, result.database, result.output);
+    const Failure failure = result.interrupted ? Failure(ExitCode::kInterrupted, "interrupted")
+                                               : Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+    if (options.json) {
+        deliver(target, jsonText(jsonOf(options, result, &failure)));
+    } else if (diagnosis.scriptRan) {
+        deliver(target, result.output);
     } else {
-        writeNote(output);
+        writeNote(result.output);
     }
-    if (interrupted) throw Failure(ExitCode::kInterrupted, "interrupted");
-    throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+    throw failure;
+}
+
+ExitCode conclude(const ScriptOptions& options, const RunResult& result, ResultFile& target) {
+    if (!result.succeeded) concludeFailed(options, result, target);
+    if (options.json) {
+        deliver(target, jsonText(jsonOf(options, result, nullptr)));
+    } else if (!options.quiet || !target.isStandardOutput()) {
+        deliver(target, result.output);
+    }
+    return ExitCode::kDone;
 }
 
 void checkOptions(const ScriptOptions& options) {
@@ -59,27 +111,87 @@ void checkOptions(const ScriptOptions& options) {
         throw Failure(ExitCode::kUsage, "the input is longer than 65536 bytes");
 }
 
-ExitCode runPackage(const ScriptOptions& options, int operation) {
-    std::string database;
+using Run = bool (*)(const ScriptOptions& options, int operation, std::string& database, std::string& output);
+
+bool callPackage(const ScriptOptions& options, int operation, std::string& database, std::string& output) {
     std::string logFile;
-    std::string output;
-    const InterruptGuard guard;
-    const bool succeeded = TS_ExecTscript_SQL(options.name.c_str(), &database, &options.parameters,
-                                              options.input.c_str(), operation, &logFile, &output);
-    ScriptOptions ran = options;
-    ran.database = database;
-    return conclude(ran, succeeded, output, guard.interrupted());
+    const char* name = options.name.c_str();
+    const char* input = options.input.c_str();
+    if (operation == kExecute)
+        return TS_ExecTscript_SQL_In(name, &database, &options.parameters, input, &logFile, &output);
+    return TS_ExecTscript_SQL(name, &database, &options.parameters, input, operation, &logFile, &output);
+}
+
+bool callProcedure(const ScriptOptions& options, int operation, std::string& database, std::string& output) {
+    std::string logFile;
+    int auditLevel = 0;
+    return TS_ExecTscript_SP(options.name.c_str(), database.c_str(), options.arguments.c_str(),
+                             options.input.c_str(), operation, &logFile, &output, &auditLevel);
+}
+
+ExitCode runScript(const ScriptOptions& options, int operation, const char* kind, Run run) {
+    ResultFile target(options.outputFile);  // before the run: a folder that is not there fails early
+    RunResult result{kind, options.database, {}};
+    {
+        const InterruptGuard guard;
+        const Progress progress(options.name, !options.quiet);
+        result.succeeded = run(options, operation, result.database, result.output);
+        result.seconds = progress.seconds();
+        result.interrupted = guard.interrupted();
+    }
+    return conclude(options, result, target);
+}
+
+constexpr const char* kPackage = "package";
+constexpr const char* kProcedure = "procedure";
+
+ExitCode runPackage(const ScriptOptions& options, int operation) {
+    return runScript(options, operation, kPackage, callPackage);
 }
 
 ExitCode runProcedure(const ScriptOptions& options, int operation) {
-    std::string logFile;
-    std::string output;
-    int auditLevel = 0;
-    const InterruptGuard guard;
-    const bool succeeded =
-        TS_ExecTscript_SP(options.name.c_str(), options.database.c_str(), options.arguments.c_str(),
-                          options.input.c_str(), operation, &logFile, &output, &auditLevel);
-    return conclude(options, succeeded, output, guard.interrupted());
+    return runScript(options, operation, kProcedure, callProcedure);
+}
+
+// ---- Dry runs ------------------------------------------------------------------------------------------
+
+ExitCode showSql(const ScriptOptions& options, const char* kind, const std::string& database,
+                 const std::string& sql) {
+    ResultFile target(options.outputFile);
+    if (options.json) {
+        target.write(
+            jsonText({{"script", options.name}, {"kind", kind}, {"database", database}, {"sql", sql}}));
+    } else {
+        target.write(sql);
+    }
+    const std::string place =
+        database.empty() ? "the database found from the installed components" : database;
+    if (!options.quiet) writeNote("This would run in " + place + "; nothing has been run.");
+    return ExitCode::kDone;
+}
+
+[[noreturn]] void failPreview(const ScriptOptions& options, const std::string& database,
+                              const std::string& error) {
+    const Diagnosis diagnosis = diagnoseRun(options.name, database, error);
+    writeNote(error);
+    throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+}
+
+ExitCode previewPackage(const ScriptOptions& options) {
+    std::string database = options.database;
+    std::string sql;
+    std::string error;
+    if (!TS_PreviewTscript_SQL(options.name.c_str(), &database, &options.parameters, &sql, &error))
+        failPreview(options, database, error);
+    return showSql(options, kPackage, database, sql);
+}
+
+ExitCode previewProcedure(const ScriptOptions& options) {
+    std::string sql;
+    std::string error;
+    if (!TS_PreviewTscript_SP(options.name.c_str(), options.arguments.c_str(), &sql, &error))
+        failPreview(options, options.database, error);
+    return showSql(options, kProcedure, options.database, sql);
 }
 
 // A package where there is one of that name, else a procedure.
@@ -115,13 +227,26 @@ void addDatabase(CLI::App* command, const Options& options) {
         ->type_name("DB");
 }
 
+void addRunOptions(CLI::App* command, const Options& options) {
+    command->add_flag("--dry-run", options->dryRun, "Show the SQL that would run, and run nothing");
+    command
+        ->add_option("-o,--output", options->outputFile,
+                     "Write the result to this file, which is either whole or left as it was")
+        ->type_name("FILE");
+    CLI::Option* quiet = command->add_flag(
+        "-q,--quiet", options->quiet, "No output of a script that succeeds, no progress on the terminal");
+    command->add_flag("--json", options->json, "The result as JSON: status, seconds, output, error")
+        ->excludes(quiet);
+}
+
 }  // namespace
 
 void addScriptCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<ScriptOptions>();
 
-    CLI::App* run = addCommand(app, action, "run", "Run a script package", options,
-                               [](const ScriptOptions& o) { return runPackage(o, kExecute); });
+    CLI::App* run = addCommand(
+        app, action, "run", "Run a script package", options,
+        [](const ScriptOptions& o) { return o.dryRun ? previewPackage(o) : runPackage(o, kExecute); });
     // Read as they stand: no splitting, no lists, a leading minus or an empty text is a value as well.
     run->add_option_function<std::string>(
            "-p,--parameter", [options](const std::string& value) { options->parameters.push_back(value); },
@@ -130,16 +255,23 @@ void addScriptCommands(CLI::App& app, Action& action) {
         ->trigger_on_parse()
         ->allow_extra_args(false);
     addInput(run, options);
+    addRunOptions(run, options);
+    run->add_option(
+           "--db", options->database,
+           "The database of a package that names none (default: found from the installed components)")
+        ->type_name("DB");
 
     CLI::App* help = addCommand(app, action, "help", "Show a script's usage", options, explain);
     addDatabase(help, options);
 
-    CLI::App* exec = addCommand(app, action, "exec", "Run a stored-procedure script", options,
-                                [](const ScriptOptions& o) { return runProcedure(o, kExecute); });
+    CLI::App* exec = addCommand(
+        app, action, "exec", "Run a stored-procedure script", options,
+        [](const ScriptOptions& o) { return o.dryRun ? previewProcedure(o) : runProcedure(o, kExecute); });
     exec->add_option("ARGS", options->arguments,
                      "What follows the procedure's name, as T-SQL: \"@days = 7\"");
     addDatabase(exec, options);
     addInput(exec, options);
+    addRunOptions(exec, options);
 
     CLI::App* params =
         addCommand(app, action, "params", "List the parameters of a stored-procedure script", options,

@@ -1,4 +1,5 @@
 // tscript: runs tscripts and looks after their installation.
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -65,6 +66,7 @@ int runTool(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // for the width of characters; nothing else follows the locale
     try {
         return runTool(argc, argv);
     } catch (const Failure& failure) {

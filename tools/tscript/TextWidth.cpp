@@ -1,0 +1,62 @@
+#include "TextWidth.h"
+
+#include <cwchar>
+
+namespace {
+
+constexpr const char* kEllipsis = "…";
+
+struct Glyph {
+    std::size_t bytes;
+    std::size_t width;
+    bool control;
+};
+
+// The character at the text's beginning; a byte that begins none is taken as a control character.
+Glyph glyphAt(std::string_view text) {
+    wchar_t c = 0;
+    std::mbstate_t state{};
+    const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
+    if (length == 0 || length > text.size()) return {1, 1, true};
+    const int width = wcwidth(c);
+    return width < 0 ? Glyph{length, 1, true} : Glyph{length, static_cast<std::size_t>(width), false};
+}
+
+// The longest beginning that is no wider.
+std::string_view beginning(std::string_view text, std::size_t width) {
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        if (glyph.width > width) break;
+        width -= glyph.width;
+        at += glyph.bytes;
+    }
+    return text.substr(0, at);
+}
+
+}  // namespace
+
+std::string cleaned(std::string_view text) {
+    std::string clean;
+    for (std::size_t at = 0; at < text.size();) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        clean += glyph.control ? std::string_view(" ") : text.substr(at, glyph.bytes);
+        at += glyph.bytes;
+    }
+    return clean;
+}
+
+std::size_t widthOf(std::string_view text) {
+    std::size_t width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        width += glyph.width;
+        at += glyph.bytes;
+    }
+    return width;
+}
+
+std::string fitted(const std::string& text, std::size_t width) {
+    if (widthOf(text) <= width) return text;
+    return std::string(beginning(text, width - 1)) + kEllipsis;
+}

@@ -1,0 +1,12 @@
+// UTF-8 texts on a terminal. The process's LC_CTYPE tells how wide characters are; main() sets it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+// Control characters, and bytes that are no UTF-8, become blanks.
+std::string cleaned(std::string_view text);
+std::size_t widthOf(std::string_view text);  // in columns
+// The text, cut and ended by "…" where it is wider. `width` is at least 1.
+std::string fitted(const std::string& text, std::size_t width);
