@@ -20,7 +20,7 @@ _tscript_words() {
   local i
   for ((i = 1; i < COMP_CWORD; i++)); do
     case ${COMP_WORDS[i]} in
-      --store | --db | --dir | --port | --user | --to | --input | --old-key | --new-key | --output | --parameter | -o | -p) ((i++)) ;;
+      --name | --status | --since | --last | --stale | --store | --db | --dir | --port | --user | --to | --input | --old-key | --new-key | --output | --parameter | -o | -p) ((i++)) ;;
       -*) ;;
       *) printf '%s ' "${COMP_WORDS[i]}" ;;
     esac
@@ -43,24 +43,27 @@ _tscript() {
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     --store | --output | -o | --old-key | --new-key) _tscript_files -f; return ;;
     --dir | --to) _tscript_files -d; return ;;
+    --status) _tscript_offer "running ok failed"; return ;;
     --db) _tscript_offer "$databases"; return ;;
-    -p | --parameter | --input | --port | --user) COMPREPLY=(); return ;;
+    -p | --parameter | --input | --name | --since | --last | --stale | --port | --user) COMPREPLY=(); return ;;
   esac
   case "${words[*]}" in
-    "") _tscript_offer "run help exec params pack lint inspect repack db key credentials sandbox $options --version" ;;
+    "") _tscript_offer "run help exec params which catalogue journal pack lint inspect repack db key credentials sandbox $options --version" ;;
     run*) options+=" -p --parameter --input" ;;&
     exec*) options+=" --db --input" ;;&
-    help* | params* | db*) options+=" --db" ;;&
+    help* | params* | which* | catalogue* | journal* | db*) options+=" --db" ;;&
+    catalogue* | journal*) options+=" --name" ;;&
+    journal*) options+=" --status --since --last --stale" ;;&
     pack*) options+=" -o --output" ;;&
     inspect*) options+=" --body" ;;&
-    inspect* | lint*) options+=" --json" ;;&
+    which* | catalogue* | journal* | inspect* | lint*) options+=" --json" ;;&
     repack*) options+=" --old-key --new-key" ;;&
     "db restore"*) options+=" --to" ;;&
     "credentials set"*) options+=" --user" ;;&
     sandbox*) options+=" --dir" ;;&
     "sandbox up"*) options+=" --port" ;;&
     ?*) [[ $current != -* ]] || { _tscript_offer "$options"; return; } ;;&
-    run | help) _tscript_offer "$(_tscript_packages)" ;;
+    run | help | which) _tscript_offer "$(_tscript_packages)" ;;
     db) _tscript_offer "list version last-backup backup restore" ;;
     key) _tscript_offer "create" ;;
     credentials) _tscript_offer "set" ;;
