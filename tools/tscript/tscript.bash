@@ -49,8 +49,8 @@ _tscript() {
   esac
   case "${words[*]}" in
     "") _tscript_offer "run help exec params which catalogue journal pack lint inspect repack db key credentials sandbox $options --version" ;;
-    run*) options+=" -p --parameter --input" ;;&
-    exec*) options+=" --db --input" ;;&
+    run*) options+=" -p --parameter" ;;&
+    run* | exec*) options+=" --db --input --dry-run -o --output -q --quiet --json" ;;&
     help* | params* | which* | catalogue* | journal* | db*) options+=" --db" ;;&
     catalogue* | journal*) options+=" --name" ;;&
     journal*) options+=" --status --since --last --stale" ;;&
