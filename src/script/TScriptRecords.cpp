@@ -169,6 +169,7 @@ bool TScriptRecords::listScripts(const char* namePattern, int beforeId, int maxi
         std::vector<std::string> rows;
         if (!m_impl->read(sql, catalogue_sql::kScriptColumns, rows)) return false;
         std::vector<TScriptEntry_t> page;
+        page.reserve(rows.size());
         for (const std::string& row : rows) page.push_back(m_impl->entryOf(row));
         entries = std::move(page);
         return true;
@@ -188,6 +189,7 @@ bool TScriptRecords::listRuns(const TScriptRunFilter_t& filter, int beforeId, in
         std::vector<std::string> rows;
         if (!m_impl->read(sql, catalogue_sql::kRunColumns, rows)) return false;
         std::vector<TScriptRun_t> page;
+        page.reserve(rows.size());
         for (const std::string& row : rows) page.push_back(m_impl->runOf(row));
         runs = std::move(page);
         return true;
