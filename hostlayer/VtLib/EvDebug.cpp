@@ -83,8 +83,8 @@ __attribute__((format(printf, 2, 0))) Formatted formatted(std::string_view prefi
     functions.write = keepBeginning;
     std::FILE* stream = fopencookie(&result, "w", functions);
     if (stream == nullptr) return result;
-    std::vfprintf(stream, format,
-                  arguments);  // NOLINT(clang-analyzer-valist.Uninitialized): the caller began it
+    // The caller began the list. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+    std::vfprintf(stream, format, arguments);
     std::fclose(stream);
     return result;
 }
