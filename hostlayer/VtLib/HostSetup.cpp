@@ -113,6 +113,9 @@ StoreReport inspectStore() {
     report.oddities = store->content->oddities;
     report.settings = textsOf(store->content->settings);
     report.programs = textsOf(store->content->programs);
+    for (const auto& [instance, keys] : store->content->instances)
+        for (const auto& [key, values] : keys)
+            report.instances[instance][key].insert(values.begin(), values.end());
     return report;
 }
 

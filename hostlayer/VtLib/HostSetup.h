@@ -19,6 +19,10 @@ struct StoreReport {
     std::vector<std::string> oddities;  // what stands in it where no value is looked for
     std::map<std::string, std::string> settings;  // [host]
     std::map<std::string, std::string> programs;  // [host.programs]
+    // instance -> key -> value name -> value
+    std::map<std::string,
+             std::map<std::string, std::map<std::string, std::variant<std::string, std::int64_t>>>>
+        instances;
 };
 VT_PLATFORM_EXPORT StoreReport inspectStore();
 

@@ -512,6 +512,123 @@ TEST_F(Installation, FitsTheTerminal) {
     }
 }
 
+TEST_F(Installation, TellsTheDoctorsFindings) {
+    const std::string password = support::readFile(folder / "password");
+    const Words doctor = {"doctor"};
+    const Words json = {"doctor", "--json"};
+    expectAll({{doctor, 0, "NQ2 catalogue: ZpTscriptExec", ""},
+               {doctor, 0, "Dorvas clock: ", ""},
+               {json, 0, "\"exitCode\": 0", ""}});
+    EXPECT_EQ(run(doctor).output.find("FAILED"), std::string::npos) << run(doctor).output;
+    const struct {
+        std::string from;
+        std::string to;
+        std::string output;
+    } faults[] = {
+        {"\"FreeTDS\"", "\"NoSuchDriver\"", "FAILED   ODBC driver: NoSuchDriver"},
+        {"/sqlcmd\"", "/no-sqlcmd\"", "FAILED   sqlcmd: "},
+        {"/temp\"", "/no-temp\"", "FAILED   temporary folder: "},
+        {"/logs\"", "/registry.toml\"", "skipped  databases: not tried without log folder"},
+        {"sDVHOSTNAME", "sOther", "FAILED   host name: "},
+        {"[host]", "stray = 1\n[host]", "warning  store content: line "},
+        {"[host]", "[host", "FAILED   store: "},
+        {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
+    };
+    const std::string intact = support::readFile(store());
+    for (const auto& fault : faults) {
+        replaceInFile(store(), fault.from, fault.to);
+        expectAll({{doctor, fault.output[0] == 'w' ? 0 : 3, fault.output, ""}});
+        support::writeFile(store(), intact);
+    }
+    fs::permissions(folder / "cipher.key", fs::perms(0640));
+    expectAll({{doctor, 3, "set its mode to 0600", ""}});
+    fs::permissions(folder / "cipher.key", fs::perms(0600));
+    pack("Drop", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDROP TABLE nq2..ZpTscriptExec\n");
+    EXPECT_EQ(run({"run", "Drop"}).exitCode, 0);
+    expectAll({{doctor, 3, "FAILED   NQ2 catalogue: ZpTscriptExec is missing", ""}});
+    expectAll({{{"credentials", "set", "Dorvas", "--user", "sa"}, 0, "", "stored", "wrong\n"},
+               {{"credentials", "set", "NQ2", "--user", "sa"}, 0, "", "stored", "wrong\n"},
+               {doctor, 5, "-> Set the credentials again", ""},
+               {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
+               {json, 4, "\"exitCode\": 4", ""}});
+    EXPECT_EQ(run(json).output.find(password.substr(0, password.size() - 1)), std::string::npos);
+}
+
+TEST_F(Installation, ShowsAndChangesItsValues) {
+    replaceInFile(store(), "TDS_Version=7.4", "PWD=x;TDS_Version=7.4");
+    const std::string before = support::readFile(store());
+    const std::string longText(1024, 'x');
+    expectAll({
+        {{"config", "show"}, 0, "Instance001.Database.pACCESS = (secret)\n", ""},
+        {{"config", "show"}, 0, "host.odbcAttributes = (secret)\n", ""},
+        {{"config", "show", "--key", "Base"}, 0, "Instance001.Base.nPLATTYPE = 1\n", ""},
+        {{"config", "show", "--key", "host", "--json"}, 0, "\"value\": \"FreeTDS\"", ""},
+        {{"config", "show", "--key", "Bas"}, 2, "", "no key 'Bas'"},
+        {{"config", "get", "Dorvase.sDVHOSTNAME"}, 0, "sample\n", ""},
+        {{"config", "get", "Instance001.InstalledPackages\\803.sInstallState"}, 0, "Installed\n", ""},
+        {{"config", "get", "Base.nPLATTYPE", "--json"}, 0, "\"value\": 1\n", ""},
+        {{"config", "get", "Base.sNothing"}, 3, "", "has no value"},
+        {{"config", "get", "Database.pACCESS"}, 2, "", "is a secret"},
+        {{"config", "get", "Base"}, 2, "", "names no value"},
+        {{"config", "set", "a.b.c.d", "1"}, 2, "", "names no value"},
+        {{"config", "set", "Base.nPLATTYP", "1"}, 2, "", "is no value of the store"},
+        {{"config", "set", "Base.nPLATTYPE", "1x"}, 2, "", "whole number"},
+        {{"config", "set", "Base.nPLATTYPE", "2147483648"}, 2, "", "whole number"},
+        {{"config", "set", "Base.dBASEHOME", "relative"}, 2, "", "absolute path"},
+        {{"config", "set", "Base.sVERSION", "50%"}, 2, "", "written twice"},
+        {{"config", "set", "Base.sVERSION", "a\nb"}, 2, "", "control character"},
+        {{"config", "set", "Base.sVERSION", longText}, 2, "", "longer than"},
+        {{"config", "set", "Base.sVERSION", "\xFF"}, 3, "", "no UTF-8"},
+        {{"config", "set", "Database.pACCESS", "ZC1.x"}, 2, "", "is a secret"},
+    });
+    EXPECT_EQ(support::readFile(store()), before);
+    expectAll({{{"config", "set", "Dorvase.sDVHOSTNAME", "other"}, 0, "", "set Instance001.Dorvase"}});
+    std::string wanted = before;
+    wanted.replace(wanted.find("\"sample\""), 8, "\"other\"");
+    EXPECT_EQ(support::readFile(store()), wanted);
+    EXPECT_EQ(modeOf(store()), 0600U);
+}
+
+TEST_F(Installation, AsksBeforeSomethingIsLost) {
+    const std::string backup = folder / "backups" / "d.bak";
+    const std::string password = support::readFile(folder / "password");
+    const Words restore = {"db", "restore", backup, "copy", "--execute"};
+    const Words reset = {"sandbox", "reset", "--dir", folder};
+    const auto with = [](Words words, const char* option) {
+        words.emplace_back(option);
+        return words;
+    };
+    expectAll({
+        {{"credentials", "test", "NQ2"}, 0, "", "the credentials of NQ2 work"},
+        {{"credentials", "test", "VTCloud"}, 3, "", "not installed"},
+        {{"credentials", "set", "NQ2", "--user", "sa"}, 0, "", "stored", "wrong\n"},
+        {{"credentials", "test", "NQ2"}, 5, "", "Login failed"},
+        {{"db", "backup", "dorvas", backup}, 0, "Backed-Up", ""},
+        {restore, 2, "RESTORE DATABASE copy", "Give --yes", "yes\n"},
+        {with(restore, "--no-input"), 2, "", "Nobody can be asked"},
+        {with(restore, "--yes"), 0, "RESTORE DATABASE copy", "restored copy"},
+        {{"db", "list"}, 0, "copy\n", ""},
+        {{"sandbox", "shell", "--dir", folder, "--db", "copy"},
+         0,
+         "26",
+         "",
+         "SELECT number FROM app_plexum\nGO\n"},
+        {reset, 2, "", "Give --yes"},
+        {with(reset, "--no-input"), 2, "", "Give --yes"},
+    });
+    EXPECT_EQ(support::readFile(folder / "password"), password);
+    expectAll(
+        {{with(reset, "--yes"), 0, "export", "running on"}, {{"run", "SiteInventory"}, 0, "Zürich", ""}});
+    EXPECT_EQ(run({"db", "list"}).output.find("copy"), std::string::npos);
+    EXPECT_NE(support::readFile(folder / "password"), password);
+    EXPECT_TRUE(fs::exists(backup));
+    support::writeFile(backup, "no backup");
+    expectAll({{with(restore, "--yes"), 1, "", ""},
+               {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
+               {{"sandbox", "shell", "--dir", folder}, 4, "", "is not running"},
+               {{"sandbox", "reset", "--yes", "--dir", m_temp / "none"}, 3, "", "holds no sample"}});
+}
+
 // Ctrl-C ends the run; its journal row is closed as failed and no file stays.
 TEST_F(Installation, ClosesTheJournalWhenInterrupted) {
     pack("Endless",

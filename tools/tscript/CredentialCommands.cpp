@@ -7,6 +7,9 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Credentials.h"
+#include "DVUtilities/DBBase.h"
+#include "DVUtilities/DVUtilLib.h"
+#include "Diagnosis.h"
 #include "HostSetup.h"
 #include "Installation.h"
 #include "VTPassword.h"
@@ -59,6 +62,22 @@ ExitCode setCredentials(const std::string& database, const std::string& user) {
     return ExitCode::kDone;
 }
 
+ExitCode testCredentials(const std::string& name) {
+    const SuiteDatabase& database = suiteDatabase(name);
+    requireStore();
+    std::string machine;
+    std::string instance;
+    DBBase db(false);
+    const std::string log = sessionLogFile().string();
+    const bool named = DVUtilLib("tscript", false).GetMachineName(machine, instance);
+    if (!named || !db.GetAccountInfo(machine.c_str(), instance.c_str(), log.c_str(), database.name)) {
+        const Diagnosis diagnosis = diagnoseDatabase(database.name);
+        throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+    }
+    writeNote(std::string("the credentials of ") + database.name + " work");
+    return ExitCode::kDone;
+}
+
 }  // namespace
 
 void storeCredentials(const std::string& database, const std::string& user, const Secret& password) {
@@ -83,4 +102,7 @@ void addCredentialCommands(CLI::App& app, Action& action) {
     set->callback([&action, options] {
         action = [options] { return setCredentials(options->database, options->user); };
     });
+    CLI::App* test = family->add_subcommand("test", "Try a database's credentials: connect and probe");
+    test->add_option("DB", options->database, "The database")->required();
+    test->callback([&action, options] { action = [options] { return testCredentials(options->database); }; });
 }

@@ -2,21 +2,25 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 #include "Commands.h"
+#include "Confirmation.h"
 #include "Console.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "Diagnosis.h"
 #include "Installation.h"
+#include "ScratchFile.h"
 
 namespace {
 
 constexpr std::size_t kLongestPath = 900;  // the library's path buffers hold 1,024 bytes
 constexpr std::size_t kLongestDatabaseName = 128;
+constexpr std::size_t kLongestStatement = 4999;  // the library cuts there
 constexpr std::string_view kRestoreBuilt = "Failed to execute Database Restore Command [";
 
 struct DatabaseOptions {
@@ -24,6 +28,8 @@ struct DatabaseOptions {
     std::string name;
     std::string file;
     std::string folder;
+    bool execute = false;
+    Consent consent;
 };
 
 // Connects with the account's settings, or says why that fails.
@@ -102,6 +108,26 @@ ExitCode backUp(const DatabaseOptions& options) {
     return ExitCode::kDone;
 }
 
+// Through the query tool, from a file, since a command line would cut it.
+ExitCode executeRestore(DBBase& db, const DatabaseOptions& options, const std::string& statement) {
+    if (statement.size() >= kLongestStatement)
+        throw Failure(ExitCode::kUsage, "the statement is too long and may have been cut",
+                      "Use shorter paths, or run the statement by hand.");
+    confirm(options.consent, "The database " + options.name + " is replaced by the backup.");
+    const ScratchFile file;
+    const ScratchFile output;
+    std::ofstream out(file.path(), std::ios::binary);
+    out << statement << "\nGO\n";
+    out.close();
+    if (!out) throw Failure(ExitCode::kInstallation, file.path() + " cannot be written");
+    const bool done = db.RunFileQuery(file.path().c_str(), output.path().c_str(), "MASTER", true, false);
+    writeNote(output.content());
+    if (!done)
+        throw Failure(ExitCode::kScriptFailed, "the restore failed", "The server's message stands above.");
+    writeNote("restored " + options.name);
+    return ExitCode::kDone;
+}
+
 // The library builds the statement and leaves running it to the administrator.
 ExitCode showRestore(const DatabaseOptions& options) {
     checkForSql("the database name", options.name, kLongestDatabaseName);
@@ -116,7 +142,10 @@ ExitCode showRestore(const DatabaseOptions& options) {
     const std::string_view built = db.getErrorMsg();
     const std::size_t end = built.rfind("].");
     if (built.substr(0, kRestoreBuilt.size()) != kRestoreBuilt || end == built.npos) failQuery(db);
-    writeResult(built.substr(kRestoreBuilt.size(), end - kRestoreBuilt.size()));
+    const std::string statement(built.substr(kRestoreBuilt.size(), end - kRestoreBuilt.size()));
+    writeResult(statement);
+    std::fflush(stdout);
+    if (options.execute) return executeRestore(db, options, statement);
     writeNote("This is the statement; it has not been run.");
     return ExitCode::kDone;
 }
@@ -153,10 +182,13 @@ void addDatabaseCommands(CLI::App& app, Action& action) {
     CLI::App* backup = addCommand(family, action, "backup", "Back a database up", options, backUp);
     backup->add_option("DB", options->name, "The database")->required();
     backup->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
-    CLI::App* restore = addCommand(family, action, "restore", "Show the statement that restores a database",
+    CLI::App* restore = addCommand(family, action, "restore",
+                                   "Show the statement that restores a database; with --execute run it",
                                    options, showRestore);
     restore->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
     restore->add_option("DB", options->name, "The database")->required();
     restore->add_option("--to", options->folder, "Folder for the data files (default: the backup's)")
         ->type_name("DIR");
+    restore->add_flag("--execute", options->execute, "Run the statement, after asking");
+    addConsent(restore, options->consent);
 }

@@ -35,18 +35,12 @@ bool holdsLine(std::string_view text, std::string_view beginning) {
 
 constexpr const char* kDefaultTool = "/opt/mssql-tools/bin/sqlcmd";
 
-std::string toolPath() {
-    const std::map<std::string, std::string> programs = hostlayer::inspectStore().programs;
-    const auto mapped = programs.find("sqlcmd");
-    return mapped == programs.end() ? kDefaultTool : mapped->second;
-}
-
 bool toolStarts() {
-    return access(toolPath().c_str(), X_OK) == 0;
+    return access(queryToolPath().c_str(), X_OK) == 0;
 }
 
 Diagnosis toolMissing() {
-    return notRun(ExitCode::kInstallation, "the query tool " + toolPath() + " cannot be started",
+    return notRun(ExitCode::kInstallation, "the query tool " + queryToolPath() + " cannot be started",
                   "Give the path of sqlcmd under [host.programs] in the store.");
 }
 
@@ -154,6 +148,12 @@ constexpr Finding kFindings[] = {
 };
 
 }  // namespace
+
+std::string queryToolPath() {
+    const std::map<std::string, std::string> programs = hostlayer::inspectStore().programs;
+    const auto mapped = programs.find("sqlcmd");
+    return mapped == programs.end() ? kDefaultTool : mapped->second;
+}
 
 std::string explainCipherError(const std::string& errorText) {
     const std::size_t mark = errorText.rfind("error [");

@@ -19,5 +19,8 @@ Diagnosis diagnoseRun(const std::string& script, const std::string& database, co
 // Why a suite database cannot be reached: store, credentials, query tool, server or login.
 Diagnosis diagnoseDatabase(const std::string& database);
 
+// The sqlcmd that runs are made with.
+std::string queryToolPath();
+
 // The meaning of the error text that EncryptFile() or DecryptFile() left.
 std::string explainCipherError(const std::string& errorText);

@@ -1,11 +1,16 @@
 // sandbox: a sample installation with a server of its own.
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <vector>
 
 #include "Commands.h"
+#include "Confirmation.h"
 #include "Console.h"
 #include "Credentials.h"
 #include "Installation.h"
@@ -22,6 +27,8 @@ namespace fs = std::filesystem;
 struct SandboxOptions {
     std::string folder;
     int port = 0;
+    Consent consent;
+    std::string database = "dorvas";
 };
 
 constexpr const char* kLogin = "sa";
@@ -123,6 +130,32 @@ ExitCode down(const SandboxOptions& options) {
     return ExitCode::kDone;
 }
 
+ExitCode reset(const SandboxOptions& options) {
+    const SandboxFolder folder = folderOf(options);
+    if (!folder.isOurs())
+        throw Failure(ExitCode::kInstallation, folder.path().string() + " holds no sample installation",
+                      "tscript sandbox up makes one.");
+    confirm(options.consent, "The databases, packages, logs, key and password in " + folder.path().string() +
+                                 " are made anew; what they hold now is lost.");
+    if (const std::optional<RunningServer> server = findServer(folder)) stopServer(folder, *server);
+    folder.markUnfinished();
+    return up(options);
+}
+
+ExitCode shell(const SandboxOptions& options) {
+    const SandboxFolder folder = folderOf(options);
+    const std::optional<RunningServer> server = findServer(folder);
+    if (!server || !folder.isComplete())
+        throw Failure(ExitCode::kConnection, "the sandbox is not running", "Start it: tscript sandbox up");
+    const Secret password = readPassword(folder);
+    setenv("SQLCMDPASSWORD", password.text().c_str(), 1);
+    const std::string program = (programFolder() / "sqlcmd").string();
+    const std::string address = "127.0.0.1," + std::to_string(server->port);
+    execl(program.c_str(), "sqlcmd", "-S", address.c_str(), "-U", kLogin, "-d", options.database.c_str(),
+          static_cast<char*>(nullptr));
+    throw Failure(ExitCode::kInstallation, program + " cannot be started: " + std::strerror(errno));
+}
+
 ExitCode status(const SandboxOptions& options) {
     const SandboxFolder folder = folderOf(options);
     const std::optional<RunningServer> server = findServer(folder);
@@ -158,4 +191,10 @@ void addSandboxCommands(CLI::App& app, Action& action) {
         ->check(CLI::Range(0, 65535));
     addCommand(family, action, "down", "Stop the server; the folder stays", options, down);
     addCommand(family, action, "status", "Tell whether the server runs, and where", options, status);
+    CLI::App* anew = addCommand(family, action, "reset", "Make it anew and start the server; backups stay",
+                                options, reset);
+    addConsent(anew, options->consent);
+    CLI::App* client = addCommand(family, action, "shell",
+                                  "sqlcmd at the server, on the terminal or standard input", options, shell);
+    client->add_option("--db", options->database, "The database (dorvas)")->type_name("DB");
 }

@@ -126,17 +126,21 @@ void SandboxFolder::markComplete() const {
     writePrivate(mark(), kComplete);
 }
 
+void SandboxFolder::markUnfinished() const {
+    writePrivate(mark(), "unfinished\n");
+}
+
 void SandboxFolder::make() const {
     std::error_code ignored;
     if (isOurs()) {
-        for (const char* unfinished : {"data", "Scripts", "temp", "logs"})
+        for (const char* unfinished : {"data", "Scripts", "temp", "logs", "cipher.key"})
             fs::remove_all(m_path / unfinished, ignored);
     } else if (fs::exists(m_path, ignored) && !fs::is_empty(m_path, ignored)) {
         throw Failure(ExitCode::kInstallation, m_path.string() + " is not empty and no sample installation",
                       "Name another folder with --dir.");
     }
     makePrivateFolder(m_path);
-    writePrivate(mark(), "unfinished\n");
+    markUnfinished();
     for (const char* part : {"data", "Scripts", "temp", "logs", "backups"}) makePrivateFolder(m_path / part);
     Secret password = randomPassword();
     password.text() += '\n';

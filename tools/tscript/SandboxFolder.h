@@ -21,6 +21,7 @@ class SandboxFolder {
     bool isOurs() const;      // carries the mark of a sample installation
     bool isComplete() const;  // and was made to its end
     void markComplete() const;
+    void markUnfinished() const;  // make() then makes it anew; backups stay
 
     // Makes the folder, which must be empty, missing, or an unfinished one of ours, with its subfolders, a
     // random password and the mark. Throws Failure (installation).

@@ -22,8 +22,8 @@ Exit codes:
   130  interrupted)";
 
 constexpr void (*kFamilies[])(CLI::App&, Action&) = {
-    addScriptCommands, addJournalCommands,    addPackageCommands, addDatabaseCommands,
-    addKeyCommands,    addCredentialCommands, addSandboxCommands,
+    addScriptCommands,     addJournalCommands, addPackageCommands, addDatabaseCommands, addKeyCommands,
+    addCredentialCommands, addSandboxCommands, addDoctorCommand,   addConfigCommands,
 };
 
 int fail(ExitCode code, const std::string& what, const std::string& advice) {
