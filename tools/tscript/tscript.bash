@@ -20,7 +20,7 @@ _tscript_words() {
   local i
   for ((i = 1; i < COMP_CWORD; i++)); do
     case ${COMP_WORDS[i]} in
-      --name | --status | --since | --last | --stale | --store | --db | --dir | --port | --user | --to | --input | --old-key | --new-key | --output | --parameter | -o | -p) ((i++)) ;;
+      --name | --status | --key | --since | --last | --stale | --store | --db | --dir | --port | --user | --to | --input | --old-key | --new-key | --output | --parameter | -o | -p) ((i++)) ;;
       -*) ;;
       *) printf '%s ' "${COMP_WORDS[i]}" ;;
     esac
@@ -48,7 +48,7 @@ _tscript() {
     -p | --parameter | --input | --name | --since | --last | --stale | --port | --user) COMPREPLY=(); return ;;
   esac
   case "${words[*]}" in
-    "") _tscript_offer "run help exec params which catalogue journal pack lint inspect repack db key credentials sandbox $options --version" ;;
+    "") _tscript_offer "run help exec params which catalogue journal pack lint inspect repack db doctor config key credentials sandbox $options --version" ;;
     run*) options+=" -p --parameter" ;;&
     run* | exec*) options+=" --db --input --dry-run -o --output -q --quiet --json" ;;&
     help* | params* | which* | catalogue* | journal* | db*) options+=" --db" ;;&
@@ -58,7 +58,11 @@ _tscript() {
     inspect*) options+=" --body" ;;&
     which* | catalogue* | journal* | inspect* | lint*) options+=" --json" ;;&
     repack*) options+=" --old-key --new-key" ;;&
-    "db restore"*) options+=" --to" ;;&
+    "db restore"*) options+=" --to --execute" ;;&
+    "db restore"* | "sandbox reset"*) options+=" --yes --no-input" ;;&
+    "config show"*) options+=" --key" ;;&
+    doctor | "config show" | "config get"*) options+=" --json" ;;&
+    "sandbox shell"*) options+=" --db" ;;&
     "credentials set"*) options+=" --user" ;;&
     sandbox*) options+=" --dir" ;;&
     "sandbox up"*) options+=" --port" ;;&
@@ -66,9 +70,10 @@ _tscript() {
     run | help | which) _tscript_offer "$(_tscript_packages)" ;;
     db) _tscript_offer "list version last-backup backup restore" ;;
     key) _tscript_offer "create" ;;
-    credentials) _tscript_offer "set" ;;
-    "credentials set") _tscript_offer "$databases" ;;
-    sandbox) _tscript_offer "up down status" ;;
+    credentials) _tscript_offer "set test" ;;
+    config) _tscript_offer "show get set" ;;
+    "credentials set" | "credentials test") _tscript_offer "$databases" ;;
+    sandbox) _tscript_offer "up down status reset shell" ;;
     pack | lint | inspect | repack* | "key create") _tscript_files -f ;;
   esac
 }
