@@ -1,5 +1,6 @@
 #include "VtProcess.h"
 
+#include <string.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -98,6 +99,7 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     if (words.empty()) words.emplace_back();
     words.front() = path;
     const int failure = m_impl->child.start(path, words, m_impl->isSilent);
+    for (std::string& word : words) ::explicit_bzero(word.data(), word.size());  // one may be a password
     return failure == 0 || fail(startFailure(path, failure, *store));
 }
 

@@ -9,8 +9,8 @@
 
 namespace tsql {
 
-// Missing arguments are "(null)". Throws SqlError 2787 for a specification that is none, 2786 for an argument
-// of another type than its specification asks for.
+// Missing arguments are "(null)". Throws SqlError 2787 for a conversion that is none, 2786 for an argument of
+// another type than its conversion asks for.
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments);
 
 }  // namespace tsql
