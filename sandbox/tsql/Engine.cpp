@@ -60,6 +60,10 @@ bool Session::runBatch(std::string_view batch, ResultSink& sink) {
     return m_impl->executor.runBatch(batch, sink);
 }
 
+bool Session::call(ProcedureCall& call, ResultSink& sink) {
+    return m_impl->executor.call(call, sink);
+}
+
 std::string_view Session::database() const {
     return m_impl->executor.database();
 }

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "SqlType.h"
+#include "Values.h"
 
 namespace tsql {
 
@@ -30,6 +30,22 @@ struct Message {
     std::string text;       // UTF-8
 };
 
+// A procedure call as drivers make it. Text of a call in all but its form: EXEC with these arguments.
+struct ProcedureCall {
+    struct Argument {
+        std::string name;  // with its @; empty when given by position
+        SqlType type;
+        Value value;  // in its storage form; behind the call what came back, when it is an output
+        bool output = false;
+    };
+    std::string procedure;  // as EXEC names it: "master.dbo.[a name]"
+    std::vector<Argument> arguments;
+    bool describeOnly = false;  // tell the columns of what would run, as under SET FMTONLY ON
+    int status = 0;             // what the procedure returned
+};
+
+enum class TransactionEvent { Began, Committed, RolledBack };
+
 // Receives what a batch produces, in its order. Each statement ends with statementDone().
 // What a sink throws ends the batch (a client that is gone).
 class ResultSink {
@@ -42,6 +58,7 @@ class ResultSink {
     virtual void statementDone(std::int64_t rowCount, bool isSelect) = 0;
     virtual void message(const Message& message) = 0;
     virtual void databaseChanged(std::string_view from, std::string_view to) = 0;  // USE
+    virtual void transactionChanged(TransactionEvent) {}  // of the outermost transaction
     // Asked between rows and statements; true ends the batch as an attention does.
     virtual bool cancelled() = 0;
 };
@@ -80,6 +97,7 @@ class Session {
     // Runs one batch of UTF-8 text. Errors of T-SQL reach the sink as messages.
     // False when the batch ended the session (severity 20 and above).
     bool runBatch(std::string_view batch, ResultSink& sink);
+    bool call(ProcedureCall& call, ResultSink& sink);
     std::string_view database() const;
 
     struct Impl;

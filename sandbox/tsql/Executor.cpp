@@ -42,17 +42,18 @@ class Deeper {
     int& m_depth;
 };
 
-// The sink of a batch; none is left behind, also when the client is gone in the middle.
-class SinkInUse {
+// Has another value for a while, also when the client is gone in the middle.
+template <typename T>
+class Restored {
   public:
-    SinkInUse(ResultSink*& place, ResultSink& sink) : m_place(place), m_before(place) { m_place = &sink; }
-    ~SinkInUse() { m_place = m_before; }
-    SinkInUse(const SinkInUse&) = delete;
-    SinkInUse& operator=(const SinkInUse&) = delete;
+    Restored(T& place, T now) : m_place(place), m_before(std::exchange(place, now)) {}
+    ~Restored() { m_place = m_before; }
+    Restored(const Restored&) = delete;
+    Restored& operator=(const Restored&) = delete;
 
   private:
-    ResultSink*& m_place;
-    ResultSink* m_before;
+    T& m_place;
+    T m_before;
 };
 
 }  // namespace
@@ -72,14 +73,13 @@ Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_vie
 
 Executor::~Executor() = default;
 
-bool Executor::runBatch(std::string_view text, ResultSink& sink) {
-    const SinkInUse inUse(m_sink, sink);
-    m_text = text;
-    Frame frame;
+// What a client asked for, up to its end or to what ends it. False when that is the session's end.
+template <typename Work>
+bool Executor::run(ResultSink& sink, Work work) {
+    const Restored<ResultSink*> inUse(m_sink, &sink);
     bool goesOn = true;
     try {
-        const auto batch = parseBatch(text, m_quotedIdentifiers);
-        runFrame(batch->statements, frame);
+        work();
     } catch (const SyntaxError& error) {
         m_error = error.number;
         report(messageOf(error, error.line));
@@ -89,6 +89,41 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
         goesOn = false;
     }
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
+    return goesOn;
+}
+
+bool Executor::runBatch(std::string_view text, ResultSink& sink) {
+    return run(sink, [&] {
+        m_text = text;
+        const auto batch = parseBatch(text, m_quotedIdentifiers);
+        Frame frame;
+        runFrame(batch->statements, frame);
+    });
+}
+
+// The call as EXEC @ = procedure @name = @1 OUTPUT ..., its values in variables that no text can name.
+bool Executor::call(ProcedureCall& call, ResultSink& sink) {
+    Frame frame;
+    const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
+    const bool goesOn = run(sink, [&] {
+        Execute execute{"@", parseObjectName(call.procedure), {}, nullptr};
+        frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
+        for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+            const auto& argument = call.arguments[i];
+            frame.variables[variable(i)] = {argument.type, argument.value};
+            execute.arguments.push_back(
+                {argument.name, std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}}), argument.output});
+        }
+        const Restored<bool> describing(m_describeOnly, m_describeOnly || call.describeOnly);
+        Block block;
+        block.push_back(std::make_unique<Statement>(Statement{1, std::move(execute)}));
+        runFrame(block, frame);
+    });
+    for (std::size_t i = 0; i < call.arguments.size(); ++i)
+        if (const auto found = frame.variables.find(variable(i)); found != frame.variables.end())
+            call.arguments[i].value = found->second.value;
+    if (const auto* status = std::get_if<std::int64_t>(&frame.variables["@"].value))
+        call.status = static_cast<int>(*status);
     return goesOn;
 }
 
@@ -103,6 +138,7 @@ Flow Executor::runStatement(const Statement& statement) {
     m_line = statement.line;
     m_functions.beginStatement();
     try {
+        if (m_describeOnly) return describe(statement);
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
     } catch (const SyntaxError& error) {  // of a text that the statement runs
         fail(error, error.line);
@@ -112,6 +148,23 @@ Flow Executor::runStatement(const Statement& statement) {
         fail(errorOf(failure), statement.line);
     }
     return Flow::Next;
+}
+
+// Under SET FMTONLY ON nothing runs: queries tell their columns, and both branches are looked into.
+Flow Executor::describe(const Statement& statement) {
+    if (const auto* node = std::get_if<If>(&statement.node)) {
+        runStatement(*node->then);
+        if (node->otherwise) runStatement(*node->otherwise);
+    }
+    return std::visit(
+        [this]<typename Node>(const Node& node) {
+            constexpr bool looked = std::is_same_v<Node, SelectStatement> ||
+                                    std::is_same_v<Node, SetOption> || std::is_same_v<Node, Declare> ||
+                                    std::is_same_v<Node, Compound> || std::is_same_v<Node, Execute>;
+            if constexpr (looked) return run(node);
+            return Flow::Next;
+        },
+        statement.node);
 }
 
 Message Executor::messageOf(const SqlError& error, int line) const {
@@ -134,7 +187,7 @@ void Executor::afterError(const Message& message, bool raised) {
     m_rowCount = 0;
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_verb, {});
-    if (m_transactions > 0 && !m_connection.inTransaction() && message.number == 1205) m_transactions = 0;
+    if (m_transactions > 0 && !m_connection.inTransaction() && message.number == 1205) rollBack();
     const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number));
     if (message.severity < kFatalSeverity && (m_tries > 0 || inFunction)) throw Raised{message};
     report(message);

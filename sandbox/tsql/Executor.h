@@ -58,6 +58,7 @@ class Executor final : public SessionFacts, public NameResolver {
     ~Executor() override;
 
     bool runBatch(std::string_view text, ResultSink& sink);
+    bool call(ProcedureCall& call, ResultSink& sink);
     const std::string& database() const { return m_database; }
 
     // SessionFacts
@@ -76,8 +77,11 @@ class Executor final : public SessionFacts, public NameResolver {
 
   private:
     // ---- flow, variables, errors (Executor.cpp)
+    template <typename Work>
+    bool run(ResultSink& sink, Work work);
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
+    Flow describe(const ast::Statement& statement);
     Flow run(const ast::Declare& declare);
     Flow run(const ast::Assign& assign);
     Flow run(const ast::If& node);
@@ -139,7 +143,7 @@ class Executor final : public SessionFacts, public NameResolver {
     Flow run(const ast::CreateModule& module);
     Flow run(const ast::Execute& execute);
     std::shared_ptr<const Batch> parsed(const std::string& text);
-    void runText(const ast::Execute& execute);
+    void runText(const std::string& text);
     void executeSql(const ast::Execute& execute);
     void callProcedure(const ast::Execute& execute);
     void bindArguments(const ast::CreateModule& module, const ast::Execute& execute, Frame& frame);
@@ -206,6 +210,7 @@ class Executor final : public SessionFacts, public NameResolver {
     bool m_noCount = false;
     bool m_abortOnError = false;  // XACT_ABORT
     bool m_quotedIdentifiers = true;
+    bool m_describeOnly = false;   // FMTONLY
     std::string m_identityInsert;  // full name of the table whose identity may be given
     int m_lockTimeout = -1;
 };

@@ -18,7 +18,7 @@ constexpr int kDefaultBusyMilliseconds = 10'000;
 constexpr int kLongestBusyMilliseconds = 60'000;
 
 // Settings that change nothing here, whichever way they are set.
-constexpr std::array<std::string_view, 27> kHarmless = {
+constexpr std::array<std::string_view, 28> kHarmless = {
     "ANSI_DEFAULTS",
     "ANSI_NULL_DFLT_ON",
     "ANSI_NULL_DFLT_OFF",
@@ -46,17 +46,17 @@ constexpr std::array<std::string_view, 27> kHarmless = {
     "QUERY_GOVERNOR_COST_LIMIT",
     "CONTEXT_INFO",
     "NO_BROWSETABLE",
+    "FMTONLY",
 };
 // Settings that would change answers in one of their positions.
 struct OneWay {
     std::string_view name;
     bool on;
 };
-constexpr std::array<OneWay, 9> kOneWay = {{
+constexpr std::array<OneWay, 8> kOneWay = {{
     {"ANSI_NULLS", true},
     {"CONCAT_NULL_YIELDS_NULL", true},
     {"IMPLICIT_TRANSACTIONS", false},
-    {"FMTONLY", false},
     {"NOEXEC", false},
     {"PARSEONLY", false},
     {"SHOWPLAN_TEXT", false},
@@ -87,6 +87,7 @@ Flow Executor::run(const SetOption& option) {
             continue;
         checkSetting(name, option);
         if (name == "NOCOUNT") m_noCount = option.on;
+        if (name == "FMTONLY") m_describeOnly = option.on;
         if (name == "XACT_ABORT") m_abortOnError = option.on;
         if (name == "QUOTED_IDENTIFIER" || name == "ANSI_DEFAULTS") m_quotedIdentifiers = option.on;
     }
@@ -174,7 +175,7 @@ void Executor::beforeWrite() {
 }
 
 void Executor::rollBack() {
-    m_transactions = 0;
+    if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(TransactionEvent::RolledBack);
     if (m_connection.inTransaction()) m_connection.run("ROLLBACK");
 }
 
@@ -190,7 +191,9 @@ Flow Executor::run(const Transaction& transaction) {
     refuseInFunction();
     switch (transaction.verb) {
         case TransactionVerb::Begin:
-            if (++m_transactions == 1) m_transactionName = transaction.name;
+            if (++m_transactions > 1) break;
+            m_transactionName = transaction.name;
+            m_sink->transactionChanged(TransactionEvent::Began);
             break;
         case TransactionVerb::Save:
             if (m_transactions == 0)
@@ -203,7 +206,7 @@ Flow Executor::run(const Transaction& transaction) {
                 throw SqlError(3902,
                                "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
             if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
-            --m_transactions;
+            if (--m_transactions == 0) m_sink->transactionChanged(TransactionEvent::Committed);
             break;
         case TransactionVerb::Rollback:
             if (m_transactions == 0)

@@ -90,35 +90,34 @@ void Executor::runFrame(const Block& body, Frame& frame) {
 
 Flow Executor::run(const Execute& execute) {
     refuseInFunction();
-    runText(execute);
+    const bool mayBeSystem = execute.procedure.schema.empty() || sameWord(execute.procedure.schema, "sys");
+    if (execute.text)
+        runText(evaluateText(*execute.text));
+    else if (mayBeSystem && sameWord(execute.procedure.name, "sp_executesql"))
+        executeSql(execute);
+    else
+        callProcedure(execute);
     return Flow::Next;
 }
 
-void Executor::runText(const Execute& execute) {
-    if (execute.text) {
-        const std::string outer = std::exchange(m_text, evaluateText(*execute.text));
-        struct Restore {
-            std::string& place;
-            const std::string& text;
-            ~Restore() { place = text; }
-        } restore{m_text, outer};
-        const auto batch = parseBatch(m_text, m_quotedIdentifiers);
-        Frame frame;
-        frame.database = m_frames.back()->database;
-        const std::string database = m_database;
-        const std::int64_t tables = temporary().lastId();
-        try {
-            runFrame(batch->statements, frame);
-        } catch (const ScopeEnd&) {
-        }
-        dropTemporaryTables(tables);
-        if (m_database != database) useDatabase(database);
-        return;
+void Executor::runText(const std::string& text) {
+    const std::string outer = std::exchange(m_text, text);
+    struct Restore {
+        std::string& place;
+        const std::string& text;
+        ~Restore() { place = text; }
+    } restore{m_text, outer};
+    const auto batch = parseBatch(m_text, m_quotedIdentifiers);
+    Frame frame;
+    frame.database = m_frames.back()->database;
+    const std::string database = m_database;
+    const std::int64_t tables = temporary().lastId();
+    try {
+        runFrame(batch->statements, frame);
+    } catch (const ScopeEnd&) {
     }
-    if (execute.procedure.schema.empty() || sameWord(execute.procedure.schema, "sys")) {
-        if (sameWord(execute.procedure.name, "sp_executesql")) return executeSql(execute);
-    }
-    callProcedure(execute);
+    dropTemporaryTables(tables);
+    if (m_database != database) useDatabase(database);
 }
 
 // sp_executesql @statement, @declarations, values...: the text is the body of a procedure without a name.
@@ -131,9 +130,9 @@ void Executor::executeSql(const Execute& execute) {
     const std::string declarations = execute.arguments.size() > 1 && execute.arguments[1].value
                                          ? evaluateText(*execute.arguments[1].value)
                                          : "";
-    const std::string text = "CREATE PROCEDURE sp_executesql " + declarations + " AS " +
-                             evaluateText(*execute.arguments.front().value);
-    const auto batch = parsed(text);
+    const std::string statement = evaluateText(*execute.arguments.front().value);
+    if (trimmed(declarations).empty()) return runText(statement);  // which may define a module
+    const auto batch = parsed("CREATE PROCEDURE sp_executesql " + declarations + " AS " + statement);
     const CreateModule& module = moduleOf(*batch);
     Frame frame;
     frame.database = m_frames.back()->database;
@@ -191,6 +190,10 @@ void Executor::bindArguments(const CreateModule& module, const Execute& execute,
         const Parameter& parameter = module.parameters[i];
         const Argument* argument = argumentOf(execute, module, i);
         const Expr* value = argument && argument->value ? argument->value.get() : parameter.byDefault.get();
+        if (!value && m_describeOnly) {
+            frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
+            continue;
+        }
         if (!value)
             throw SqlError(201,
                            "Procedure or function '" + name + "' expects parameter '" + parameter.name +

@@ -38,6 +38,7 @@ class InsertingSink final : public ResultSink {
     void databaseChanged(std::string_view from, std::string_view to) override {
         m_outer.databaseChanged(from, to);
     }
+    void transactionChanged(TransactionEvent event) override { m_outer.transactionChanged(event); }
     bool cancelled() override { return m_outer.cancelled(); }
 
   private:
@@ -51,6 +52,7 @@ class InsertingSink final : public ResultSink {
 Flow Executor::run(const SelectStatement& statement) {
     const auto* select = std::get_if<Select>(&statement.query->body);
     if (select && select->into) {
+        if (m_describeOnly) return Flow::Next;
         refuseInFunction();
         selectInto(*statement.query, *select->into);
         return Flow::Next;
@@ -61,6 +63,7 @@ Flow Executor::run(const SelectStatement& statement) {
     PreparedStatement prepared(m_connection, text.sql);
     prepared.bindAll(values);
     if (!translator.assignments().empty()) {
+        if (m_describeOnly) return Flow::Next;
         m_rowCount = assignRows(prepared, translator.assignments());
         m_error = 0;
         done(-1);
@@ -77,7 +80,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
     std::vector<Column> columns;
     for (const auto& output : text.columns) columns.push_back(output.column);
     std::vector<CellView> cells(columns.size());
-    bool more = statement.step();  // an error in the first row leaves no result set
+    bool more = !m_describeOnly && statement.step();  // an error in the first row leaves no result set
     m_sink->columns(columns);
     std::int64_t rows = 0;
     for (; more; more = statement.step()) {
@@ -216,7 +219,7 @@ void Executor::insertExecuted(const TableInfo& target, const std::vector<const T
     };
     {
         const Restore restore{m_sink, outer};
-        runText(std::get<Execute>(execute.node));
+        run(std::get<Execute>(execute.node));
     }
     m_verb = "INSERT";
     m_target = target;

@@ -32,6 +32,10 @@ ast::ExprPtr parseCondition(std::string_view text) {
     return Parser(text, true).condition();
 }
 
+ast::ObjectName parseObjectName(std::string_view text) {
+    return Parser(text, true).objectName();
+}
+
 Parser::Parser(std::string_view text, bool quotedIdentifiers)
     : m_tokens(tokenize(text)), m_quotedIdentifiers(quotedIdentifiers) {}
 

@@ -21,6 +21,7 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
 // An expression that stands alone, as a column's default does.
 ast::ExprPtr parseExpression(std::string_view text);
 ast::ExprPtr parseCondition(std::string_view text);
+ast::ObjectName parseObjectName(std::string_view text);
 
 class Parser {
   public:
@@ -29,6 +30,7 @@ class Parser {
     ast::Block batch();
     ast::ExprPtr expression();
     ast::ExprPtr condition();
+    ast::ObjectName objectName();
 
   private:
     // ---- tokens (Parser.cpp)
@@ -43,7 +45,6 @@ class Parser {
     std::string expectName();
     std::string expectVariable();
     bool isString(const Token& token) const;
-    ast::ObjectName objectName();
     SqlType type(TypeUse use);
     std::vector<int> typeArguments();
     std::string textSince(const Token& first) const;
