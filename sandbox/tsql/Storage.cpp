@@ -109,7 +109,8 @@ const std::string& nobodysHash() {
 
 SqliteConnection openDatabaseFile(const fs::path& file, bool create) {
     sqlite3* raw = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0);
+    // Without a lock of its own: each connection is one session's.
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
     const int code = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
     SqliteConnection connection(raw);
     if (code != SQLITE_OK)
@@ -129,6 +130,7 @@ void execute(sqlite3* connection, const std::string& sql) {
 }
 
 Storage::Storage(fs::path directory) : m_directory(std::move(directory)) {
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters are one lock for all sessions
     if (sodium_init() < 0) throw std::runtime_error("the cryptographic library does not start");
     if (fs::create_directories(m_directory)) ::chmod(m_directory.c_str(), S_IRWXU);
     for (const std::string_view name : kSystemDatabases)
