@@ -112,12 +112,13 @@ bool PacketChannel::receive(bool wait) {
     m_input.erase(0, m_inputPosition);
     m_inputPosition = 0;
     if (wait && m_loginDeadline) waitReadable();
-    const std::size_t before = m_input.size();
-    m_input.resize(before + kReceiveBlock);
-    const ssize_t got = recv(m_socket, m_input.data() + before, kReceiveBlock, wait ? 0 : MSG_DONTWAIT);
+    char block[kReceiveBlock];
+    const ssize_t got = recv(m_socket, block, sizeof block, wait ? 0 : MSG_DONTWAIT);
     const int error = errno;
-    m_input.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    if (got > 0) return true;
+    if (got > 0) {
+        m_input.append(block, static_cast<std::size_t>(got));
+        return true;
+    }
     if (got < 0 && error == EINTR) return false;
     if (got < 0 && !wait && (error == EAGAIN || error == EWOULDBLOCK)) return false;
     throw ConnectionClosed("the client closed the connection");

@@ -24,6 +24,9 @@ tsql::CellView ResponseSink::Output::view() const {
     return std::visit([](const auto& held) { return tsql::CellView(held); }, value);
 }
 
+ResponseSink::ResponseSink(PacketChannel& channel, TokenWriter& tokens)
+    : m_channel(channel), m_tokens(tokens), m_nextLook(PacketChannel::Clock::now() + kLookInterval) {}
+
 void ResponseSink::beginCall(std::string_view outputMarker) {
     m_inCall = true;
     m_outputMarker = outputMarker;

@@ -13,7 +13,7 @@ namespace tds {
 
 class ResponseSink final : public tsql::ResultSink {
   public:
-    ResponseSink(PacketChannel& channel, TokenWriter& tokens) : m_channel(channel), m_tokens(tokens) {}
+    ResponseSink(PacketChannel& channel, TokenWriter& tokens);
 
     // Statements of a procedure call end with another token than those of a batch. The result set whose
     // first column has the marker's name is kept for outputs() instead of being sent.
@@ -66,7 +66,7 @@ class ResponseSink final : public tsql::ResultSink {
     bool m_anyError = false;
     bool m_attention = false;
     bool m_clientGone = false;
-    PacketChannel::Clock::time_point m_nextLook{};
+    PacketChannel::Clock::time_point m_nextLook;
 };
 
 }  // namespace tds
