@@ -46,10 +46,15 @@ const TableColumn* TableInfo::identityColumn() const {
 
 Catalogue::Catalogue(Connection& connection, std::string database, std::string schema)
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
+    if (m_connection.hasCatalogue(m_schema)) return;
     const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
     {
         PreparedStatement known(m_connection, "SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_columns'");
-        if (known.step()) return;
+        if (known.step()) {
+            // What this session's transaction has made would go with it.
+            if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
+            return;
+        }
     }
     for (const auto table : kTables) m_connection.run(withSchema(table, m_schema));
 }

@@ -156,6 +156,7 @@ void Connection::detach(std::string_view database) {
     run("DETACH " + quotedName(key));
     dropStatements();
     m_attached.erase(found);
+    m_catalogues.erase(quotedName(key));
     m_uses.add(key, -1);
 }
 

@@ -6,6 +6,7 @@
 #include <list>
 #include <map>
 #include <mutex>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -74,6 +75,10 @@ class Connection {
     void detachAllBut(std::string_view database);
     bool isAttached(std::string_view database) const;
 
+    // Schemas whose catalogue's tables are known to be there, until they are detached.
+    bool hasCatalogue(const std::string& schema) const { return m_catalogues.contains(schema); }
+    void noteCatalogue(const std::string& schema) { m_catalogues.insert(schema); }
+
     void run(const std::string& sql, std::span<const Value> values = {});
 
   private:
@@ -85,7 +90,8 @@ class Connection {
     const Storage& m_storage;
     DatabaseUses& m_uses;
     SqliteConnection m_handle;
-    std::list<std::string> m_attached;                        // keys of databases, the latest used first
+    std::list<std::string> m_attached;  // keys of databases, the latest used first
+    std::set<std::string> m_catalogues;
     std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // the latest used first
 };
 
