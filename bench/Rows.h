@@ -14,5 +14,6 @@ void logLine(Bench& bench);
 void childProcess(Bench& bench);
 void registryValue(Bench& bench);
 void catalogue(Bench& bench);
+void server(Bench& bench);
 
 }  // namespace bench

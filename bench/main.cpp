@@ -18,7 +18,7 @@ constexpr Row kRows[] = {
     {"file-cipher", bench::fileCipher},     {"package-load", bench::packageLoad},
     {"tool-output", bench::toolOutput},     {"log-line", bench::logLine},
     {"child-process", bench::childProcess}, {"registry-value", bench::registryValue},
-    {"catalogue", bench::catalogue},
+    {"catalogue", bench::catalogue},        {"server", bench::server},
 };
 
 std::vector<std::string> rowNames() {
