@@ -6,18 +6,32 @@
 #include <iostream>
 
 #include "Outcome.h"
+#include "Terminal.h"
 
-void addConsent(CLI::App* command, Consent& consent) {
-    command->add_flag("--yes", consent.yes, "Do not ask");
-    command->add_flag("--no-input", consent.noInput, "Fail where something would be asked");
+namespace {
+
+bool noInput = false;  // as the command line has it; read once, before any command works
+
+}  // namespace
+
+void addNoInput(CLI::App& app) {
+    app.add_flag("--no-input", noInput, "Ask nothing: fail where something would be asked");
 }
 
-void confirm(const Consent& consent, const std::string& question) {
-    if (consent.yes) return;
-    if (consent.noInput || isatty(STDIN_FILENO) == 0)
+bool canAsk() {
+    return !noInput && isTerminal(STDIN_FILENO);
+}
+
+void addConsent(CLI::App* command, bool& yes) {
+    command->add_flag("--yes", yes, "Do not ask");
+}
+
+void confirm(bool yes, const std::string& question) {
+    if (yes) return;
+    if (!canAsk())
         throw Failure(ExitCode::kUsage, question + " Nobody can be asked.", "Give --yes to go ahead.");
     std::fprintf(stderr, "%s Type yes to go ahead: ", question.c_str());
     std::string answer;
-    std::getline(std::cin, answer);
+    if (!std::getline(std::cin, answer)) std::fputc('\n', stderr);
     if (answer != "yes") throw Failure(ExitCode::kInterrupted, "nothing was changed");
 }

@@ -4,13 +4,13 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-struct Consent {
-    bool yes = false;      // given on the command line
-    bool noInput = false;  // nobody is there to be asked
-};
+// The option --no-input of the whole tool: what would be asked fails instead.
+void addNoInput(CLI::App& app);
+// Whether somebody can be asked: standard input is a terminal, and --no-input was not given.
+bool canAsk();
 
-// The options --yes and --no-input.
-void addConsent(CLI::App* command, Consent& consent);
-
-// Asks on the terminal. Throws Failure: usage when nobody can be asked, interrupted for anything but "yes".
-void confirm(const Consent& consent, const std::string& question);
+// The option --yes of a command that asks.
+void addConsent(CLI::App* command, bool& yes);
+// Asks on the terminal unless `yes`. Throws Failure: usage when nobody can be asked, interrupted for anything
+// but "yes".
+void confirm(bool yes, const std::string& question);

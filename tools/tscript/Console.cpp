@@ -7,18 +7,23 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "Confirmation.h"
 #include "Outcome.h"
+#include "Terminal.h"
 
 namespace {
 
+constexpr char kControlC = '\x03';
+
 // Takes the terminal's echo away. Ctrl-C is read as a byte meanwhile, so that it cannot end the program with
-// the echo still off.
+// the echo still off; it ends the line, so that it is read at once.
 class WithoutEcho {
   public:
     WithoutEcho() {
         if (tcgetattr(STDIN_FILENO, &m_before) != 0) return;
         termios silent = m_before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
+        silent.c_cc[VEOL] = kControlC;
         m_changed = tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
     }
     ~WithoutEcho() {
@@ -32,8 +37,6 @@ class WithoutEcho {
     termios m_before{};
     bool m_changed = false;
 };
-
-constexpr char kControlC = '\x03';
 
 // Byte by byte, so that nothing of a secret stays in a buffer of the C library.
 Secret readLine(std::size_t maximum) {
@@ -57,7 +60,10 @@ Secret readLine(std::size_t maximum) {
 }  // namespace
 
 Secret readSecret(const std::string& prompt, std::size_t maximum) {
-    if (isatty(STDIN_FILENO) == 0) return readLine(maximum);
+    if (!isTerminal(STDIN_FILENO)) return readLine(maximum);
+    if (!canAsk())
+        throw Failure(ExitCode::kUsage, prompt + ": nobody can be asked",
+                      "Give it as the first line of standard input, from a file or a pipe.");
     const WithoutEcho silence;
     if (!silence.works()) throw Failure(ExitCode::kUsage, "the terminal's echo cannot be turned off");
     std::fprintf(stderr, "%s: ", prompt.c_str());

@@ -1,6 +1,7 @@
 // db: the databases of a server, their backups and their restore.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "DVUtilities/DVUtilLib.h"
 #include "Diagnosis.h"
 #include "Installation.h"
+#include "JsonOutput.h"
 #include "ScratchFile.h"
 
 namespace {
@@ -29,7 +31,8 @@ struct DatabaseOptions {
     std::string file;
     std::string folder;
     bool execute = false;
-    Consent consent;
+    bool yes = false;
+    bool json = false;
 };
 
 // Connects with the account's settings, or says why that fails.
@@ -71,7 +74,13 @@ ExitCode listDatabases(const DatabaseOptions& options) {
     openAccount(db, options.account);
     const std::vector<std::string> names = db.getDBList();
     if (names.empty()) failQuery(db);
-    for (const std::string& name : names) writeResult(name);
+    if (options.json) {
+        Json list = Json::array();
+        for (const std::string& name : names) list.push_back({{"name", name}});
+        writeJson(list);
+    } else {
+        for (const std::string& name : names) writeResult(name);
+    }
     return ExitCode::kDone;
 }
 
@@ -80,7 +89,11 @@ ExitCode showVersion(const DatabaseOptions& options) {
     openAccount(db, options.account);
     const std::string version = db.checkSQLServerProductVersion();
     if (version == "-1") failQuery(db);
-    writeResult(version);
+    if (options.json) {
+        writeJson({{"account", suiteDatabase(options.account).name}, {"majorVersion", version}});
+    } else {
+        writeResult(version);
+    }
     return ExitCode::kDone;
 }
 
@@ -92,7 +105,13 @@ ExitCode showLastBackup(const DatabaseOptions& options) {
     std::array<char, 256> date{};
     if (!db.getLastBackUpInfo(options.name.c_str(), days.data(), date.data())) failQuery(db);
     const bool never = std::string_view(days.data()) == "NULL";
-    writeResult(never ? "never" : std::string(date.data()) + ", " + days.data() + " day(s) ago");
+    if (options.json) {
+        writeJson({{"name", options.name},
+                   {"lastBackup", never ? Json() : Json(date.data())},
+                   {"daysAgo", never ? Json() : Json(std::atoi(days.data()))}});
+    } else {
+        writeResult(never ? "never" : std::string(date.data()) + ", " + days.data() + " day(s) ago");
+    }
     return ExitCode::kDone;
 }
 
@@ -113,7 +132,7 @@ ExitCode executeRestore(DBBase& db, const DatabaseOptions& options, const std::s
     if (statement.size() >= kLongestStatement)
         throw Failure(ExitCode::kUsage, "the statement is too long and may have been cut",
                       "Use shorter paths, or run the statement by hand.");
-    confirm(options.consent, "The database " + options.name + " is replaced by the backup.");
+    confirm(options.yes, "The database " + options.name + " is replaced by the backup.");
     const ScratchFile file;
     const ScratchFile output;
     std::ofstream out(file.path(), std::ios::binary);
@@ -174,11 +193,13 @@ void addDatabaseCommands(CLI::App& app, Action& action) {
         ->add_option("--db", options->account, "The suite database whose server and login are used (Dorvas)")
         ->type_name("DB");
 
-    addCommand(family, action, "list", "List the user databases", options, listDatabases);
-    addCommand(family, action, "version", "Show the server's major version", options, showVersion);
+    CLI::App* list = addCommand(family, action, "list", "List the user databases", options, listDatabases);
+    CLI::App* version =
+        addCommand(family, action, "version", "Show the server's major version", options, showVersion);
     CLI::App* last = addCommand(family, action, "last-backup", "Show when a database was last backed up",
                                 options, showLastBackup);
     last->add_option("DB", options->name, "The database")->required();
+    for (CLI::App* listing : {list, version, last}) listing->add_flag("--json", options->json, "Write JSON");
     CLI::App* backup = addCommand(family, action, "backup", "Back a database up", options, backUp);
     backup->add_option("DB", options->name, "The database")->required();
     backup->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
@@ -190,5 +211,5 @@ void addDatabaseCommands(CLI::App& app, Action& action) {
     restore->add_option("--to", options->folder, "Folder for the data files (default: the backup's)")
         ->type_name("DIR");
     restore->add_flag("--execute", options->execute, "Run the statement, after asking");
-    addConsent(restore, options->consent);
+    addConsent(restore, options->yes);
 }

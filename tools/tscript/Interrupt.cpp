@@ -51,3 +51,12 @@ void InterruptGuard::watch(int parentThread) {
         if (m_interrupted) endChildrenOf(parentThread);
     }
 }
+
+InterruptDelay::InterruptDelay() {
+    const sigset_t set = interruptions();
+    pthread_sigmask(SIG_BLOCK, &set, &m_before);
+}
+
+InterruptDelay::~InterruptDelay() {
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+}

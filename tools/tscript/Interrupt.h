@@ -2,6 +2,8 @@
 // journal row and removes its files.
 #pragma once
 
+#include <signal.h>
+
 #include <atomic>
 #include <thread>
 
@@ -19,4 +21,17 @@ class InterruptGuard {
     std::atomic<bool> m_interrupted{false};
     std::atomic<bool> m_ending{false};
     std::thread m_watcher;
+};
+
+// For the short time in which a file is made beside its place: SIGINT and SIGTERM wait until it is there or
+// gone, so that no part of it stays.
+class InterruptDelay {
+  public:
+    InterruptDelay();
+    ~InterruptDelay();
+    InterruptDelay(const InterruptDelay&) = delete;
+    InterruptDelay& operator=(const InterruptDelay&) = delete;
+
+  private:
+    sigset_t m_before;
 };

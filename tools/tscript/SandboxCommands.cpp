@@ -14,6 +14,7 @@
 #include "Console.h"
 #include "Credentials.h"
 #include "Installation.h"
+#include "JsonOutput.h"
 #include "Key.h"
 #include "Pack.h"
 #include "SandboxFolder.h"
@@ -27,7 +28,8 @@ namespace fs = std::filesystem;
 struct SandboxOptions {
     std::string folder;
     int port = 0;
-    Consent consent;
+    bool yes = false;
+    bool json = false;
     std::string database = "dorvas";
 };
 
@@ -100,9 +102,14 @@ RunningServer bringUp(const SandboxFolder& folder, int port) {
     return server;
 }
 
+// As SQL Server people write it.
+std::string addressOf(const RunningServer& server) {
+    return "127.0.0.1," + std::to_string(server.port);
+}
+
 std::string describe(const SandboxFolder& folder, const RunningServer& server) {
-    return "running on 127.0.0.1," + std::to_string(server.port) + " (process " + std::to_string(server.pid) +
-           "), folder " + folder.path().string();
+    return "running on " + addressOf(server) + " (process " + std::to_string(server.pid) + "), folder " +
+           folder.path().string();
 }
 
 // As one word of a shell.
@@ -135,8 +142,8 @@ ExitCode reset(const SandboxOptions& options) {
     if (!folder.isOurs())
         throw Failure(ExitCode::kInstallation, folder.path().string() + " holds no sample installation",
                       "tscript sandbox up makes one.");
-    confirm(options.consent, "The databases, packages, logs, key and password in " + folder.path().string() +
-                                 " are made anew; what they hold now is lost.");
+    confirm(options.yes, "The databases, packages, logs, key and password in " + folder.path().string() +
+                             " are made anew; what they hold now is lost.");
     if (const std::optional<RunningServer> server = findServer(folder)) stopServer(folder, *server);
     folder.markUnfinished();
     return up(options);
@@ -150,10 +157,19 @@ ExitCode shell(const SandboxOptions& options) {
     const Secret password = readPassword(folder);
     setenv("SQLCMDPASSWORD", password.text().c_str(), 1);
     const std::string program = (programFolder() / "sqlcmd").string();
-    const std::string address = "127.0.0.1," + std::to_string(server->port);
+    const std::string address = addressOf(*server);
     execl(program.c_str(), "sqlcmd", "-S", address.c_str(), "-U", kLogin, "-d", options.database.c_str(),
           static_cast<char*>(nullptr));
     throw Failure(ExitCode::kInstallation, program + " cannot be started: " + std::strerror(errno));
+}
+
+Json jsonOf(const SandboxFolder& folder, const std::optional<RunningServer>& server) {
+    Json value = {{"running", server.has_value()}};
+    value["server"] = server ? Json(addressOf(*server)) : Json();
+    value["process"] = server ? Json(server->pid) : Json();
+    value["folder"] = folder.path().string();
+    value["store"] = folder.store().string();
+    return value;
 }
 
 ExitCode status(const SandboxOptions& options) {
@@ -162,7 +178,11 @@ ExitCode status(const SandboxOptions& options) {
     if (!folder.isComplete())
         throw Failure(ExitCode::kInstallation, folder.path().string() + " holds no sample installation",
                       "tscript sandbox up makes one.");
-    writeResult(server ? describe(folder, *server) : "stopped, folder " + folder.path().string());
+    if (options.json) {
+        writeJson(jsonOf(folder, server));
+    } else {
+        writeResult(server ? describe(folder, *server) : "stopped, folder " + folder.path().string());
+    }
     return server ? ExitCode::kDone : ExitCode::kConnection;
 }
 
@@ -190,10 +210,11 @@ void addSandboxCommands(CLI::App& app, Action& action) {
         ->type_name("PORT")
         ->check(CLI::Range(0, 65535));
     addCommand(family, action, "down", "Stop the server; the folder stays", options, down);
-    addCommand(family, action, "status", "Tell whether the server runs, and where", options, status);
+    addCommand(family, action, "status", "Tell whether the server runs, and where", options, status)
+        ->add_flag("--json", options->json, "Write JSON");
     CLI::App* anew = addCommand(family, action, "reset", "Make it anew and start the server; backups stay",
                                 options, reset);
-    addConsent(anew, options->consent);
+    addConsent(anew, options->yes);
     CLI::App* client = addCommand(family, action, "shell",
                                   "sqlcmd at the server, on the terminal or standard input", options, shell);
     client->add_option("--db", options->database, "The database (dorvas)")->type_name("DB");

@@ -14,6 +14,7 @@
 #include "JsonOutput.h"
 #include "Progress.h"
 #include "ResultFile.h"
+#include "ToolTable.h"
 
 namespace {
 
@@ -129,17 +130,19 @@ bool callProcedure(const ScriptOptions& options, int operation, std::string& dat
                              options.input.c_str(), operation, &logFile, &output, &auditLevel);
 }
 
+RunResult perform(const ScriptOptions& options, int operation, const char* kind, Run run) {
+    RunResult result{kind, options.database, {}};
+    const InterruptGuard guard;
+    const Progress progress(options.name, !options.quiet);
+    result.succeeded = run(options, operation, result.database, result.output);
+    result.seconds = progress.seconds();
+    result.interrupted = guard.interrupted();
+    return result;
+}
+
 ExitCode runScript(const ScriptOptions& options, int operation, const char* kind, Run run) {
     ResultFile target(options.outputFile);  // before the run: a folder that is not there fails early
-    RunResult result{kind, options.database, {}};
-    {
-        const InterruptGuard guard;
-        const Progress progress(options.name, !options.quiet);
-        result.succeeded = run(options, operation, result.database, result.output);
-        result.seconds = progress.seconds();
-        result.interrupted = guard.interrupted();
-    }
-    return conclude(options, result, target);
+    return conclude(options, perform(options, operation, kind, run), target);
 }
 
 constexpr const char* kPackage = "package";
@@ -153,19 +156,52 @@ ExitCode runProcedure(const ScriptOptions& options, int operation) {
     return runScript(options, operation, kProcedure, callProcedure);
 }
 
+ExitCode listParameters(const ScriptOptions& options) {
+    if (!options.json) return runProcedure(options, kParameters);
+    ResultFile target({});
+    const RunResult result = perform(options, kParameters, kProcedure, callProcedure);
+    if (!result.succeeded) concludeFailed(options, result, target);
+    target.write(jsonText(rowsOf(result.output)));
+    return ExitCode::kDone;
+}
+
 // ---- Dry runs ------------------------------------------------------------------------------------------
 
-ExitCode showSql(const ScriptOptions& options, const char* kind, const std::string& database,
-                 const std::string& sql) {
-    ResultFile target(options.outputFile);
-    if (options.json) {
-        target.write(
-            jsonText({{"script", options.name}, {"kind", kind}, {"database", database}, {"sql", sql}}));
-    } else {
-        target.write(sql);
+// The SQL that would run, and where.
+struct SqlPreview {
+    const char* kind;
+    std::string database;  // empty: found from the installed components
+    std::string sql;
+    std::size_t placeholders = 0;  // a procedure has none
+};
+
+Json jsonOf(const ScriptOptions& options, const SqlPreview& preview) {
+    Json value = {{"script", options.name}, {"kind", preview.kind}, {"database", preview.database}};
+    if (preview.kind == kPackage) {
+        value["placeholders"] = preview.placeholders;
+        value["values"] = options.parameters.size();
     }
+    value["sql"] = preview.sql;
+    return value;
+}
+
+// A run takes values and placeholders as they come, so that a miscount shows here alone.
+void warnOfMiscount(std::size_t placeholders, std::size_t values) {
+    if (values == placeholders) return;
+    const std::string counts = std::to_string(placeholders) + " placeholder(s), and " +
+                               std::to_string(values) + " value(s) are given; ";
+    const std::size_t difference = std::max(values, placeholders) - std::min(values, placeholders);
+    writeNote(
+        "warning: the script has " + counts + "the last " + std::to_string(difference) +
+        (values > placeholders ? " value(s) would be ignored" : " placeholder(s) would stay as they are"));
+}
+
+ExitCode showSql(const ScriptOptions& options, const SqlPreview& preview) {
+    ResultFile target(options.outputFile);
+    target.write(options.json ? jsonText(jsonOf(options, preview)) : preview.sql);
+    if (preview.kind == kPackage) warnOfMiscount(preview.placeholders, options.parameters.size());
     const std::string place =
-        database.empty() ? "the database found from the installed components" : database;
+        preview.database.empty() ? "the database found from the installed components" : preview.database;
     if (!options.quiet) writeNote("This would run in " + place + "; nothing has been run.");
     return ExitCode::kDone;
 }
@@ -177,13 +213,29 @@ ExitCode showSql(const ScriptOptions& options, const char* kind, const std::stri
     throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
 }
 
-ExitCode previewPackage(const ScriptOptions& options) {
-    std::string database = options.database;
+std::string packageSql(const ScriptOptions& options, const std::vector<std::string>& values,
+                       std::string& database) {
     std::string sql;
     std::string error;
-    if (!TS_PreviewTscript_SQL(options.name.c_str(), &database, &options.parameters, &sql, &error))
+    database = options.database;
+    if (!TS_PreviewTscript_SQL(options.name.c_str(), &database, &values, &sql, &error))
         failPreview(options, database, error);
-    return showSql(options, kPackage, database, sql);
+    return sql;
+}
+
+// In the text without values, since a value may hold the mark as well.
+std::size_t placeholdersIn(std::string_view sql) {
+    constexpr std::string_view kMark = "%s";
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = sql.find(kMark, at)) != sql.npos; at += kMark.size()) ++count;
+    return count;
+}
+
+ExitCode previewPackage(const ScriptOptions& options) {
+    SqlPreview preview{kPackage, {}, {}};
+    preview.placeholders = placeholdersIn(packageSql(options, {}, preview.database));
+    preview.sql = packageSql(options, options.parameters, preview.database);
+    return showSql(options, preview);
 }
 
 ExitCode previewProcedure(const ScriptOptions& options) {
@@ -191,7 +243,7 @@ ExitCode previewProcedure(const ScriptOptions& options) {
     std::string error;
     if (!TS_PreviewTscript_SP(options.name.c_str(), options.arguments.c_str(), &sql, &error))
         failPreview(options, options.database, error);
-    return showSql(options, kProcedure, options.database, sql);
+    return showSql(options, {kProcedure, options.database, sql});
 }
 
 // A package where there is one of that name, else a procedure.
@@ -273,8 +325,8 @@ void addScriptCommands(CLI::App& app, Action& action) {
     addInput(exec, options);
     addRunOptions(exec, options);
 
-    CLI::App* params =
-        addCommand(app, action, "params", "List the parameters of a stored-procedure script", options,
-                   [](const ScriptOptions& o) { return runProcedure(o, kParameters); });
+    CLI::App* params = addCommand(app, action, "params", "List the parameters of a stored-procedure script",
+                                  options, listParameters);
     addDatabase(params, options);
+    params->add_flag("--json", options->json, "As JSON: an object a parameter");
 }

@@ -43,13 +43,22 @@ std::string nearestCommand(const CLI::App& app, const std::string& word) {
     return nearest;
 }
 
+// A command's options are known to those below it.
+bool takesValue(const CLI::App* command, const std::string& option) {
+    if (option.empty() || option.front() != '-') return false;
+    for (; command != nullptr; command = command->get_parent())
+        if (const CLI::Option* known = command->get_option_no_throw(option))
+            return known->get_items_expected_max() > 0;
+    return false;
+}
+
 }  // namespace
 
 std::string unknownCommand(const CLI::App& app, int argc, char** argv) {
     const CLI::App* level = &app;
     for (int i = 1; i < argc && !commandsOf(*level).empty(); ++i) {
         const std::string word = std::string(argv[i]).substr(0, 64);
-        if (word == "--store") ++i;  // its value is no command
+        if (takesValue(level, word)) ++i;
         if (word.empty() || word.front() == '-') continue;
         const auto commands = commandsOf(*level);
         const auto next = std::find_if(commands.begin(), commands.end(),

@@ -1,10 +1,13 @@
 // tscript: runs tscripts and looks after their installation.
+#include <signal.h>
+
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 
 #include "Commands.h"
+#include "Confirmation.h"
 #include "Console.h"
 #include "Suggestion.h"
 
@@ -33,8 +36,9 @@ int fail(ExitCode code, const std::string& what, const std::string& advice) {
 }
 
 int endOfParsing(const CLI::App& app, const CLI::ParseError& end, int argc, char** argv) {
-    if (end.get_exit_code() == 0) return app.exit(end);  // --help and --version
     const std::string mistyped = unknownCommand(app, argc, argv);
+    const bool isAnswered = end.get_exit_code() == 0;  // --help and --version
+    if (isAnswered && mistyped.empty()) return app.exit(end);
     return fail(ExitCode::kUsage, mistyped.empty() ? end.what() : mistyped, "See tscript --help.");
 }
 
@@ -53,6 +57,7 @@ int runTool(int argc, char** argv) {
            "--store", [](const std::string& file) { setenv("ZEPHRA_REGISTRY", file.c_str(), 1); },
            "Configuration store (default: $ZEPHRA_REGISTRY, else /etc/zephra/registry.toml)")
         ->type_name("FILE");
+    addNoInput(app);
     Action action;
     for (const auto addFamily : kFamilies) addFamily(app, action);
     try {
@@ -67,6 +72,7 @@ int runTool(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "C.UTF-8");  // for the width of characters; nothing else follows the locale
+    signal(SIGXFSZ, SIG_IGN);             // a limit of file sizes then fails a write, as a full disk does
     try {
         return runTool(argc, argv);
     } catch (const Failure& failure) {

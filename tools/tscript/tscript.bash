@@ -39,7 +39,7 @@ _tscript_files() {
 _tscript() {
   local databases="Dorvas NQ2 WFEngine VTCloud HistoryDB" words
   read -r -a words < <(_tscript_words)
-  local current=${COMP_WORDS[COMP_CWORD]} options="--help --store"
+  local current=${COMP_WORDS[COMP_CWORD]} options="--help --store --no-input"
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     --store | --output | -o | --old-key | --new-key) _tscript_files -f; return ;;
     --dir | --to) _tscript_files -d; return ;;
@@ -56,12 +56,12 @@ _tscript() {
     journal*) options+=" --status --since --last --stale" ;;&
     pack*) options+=" -o --output" ;;&
     inspect*) options+=" --body" ;;&
-    which* | catalogue* | journal* | inspect* | lint*) options+=" --json" ;;&
+    params* | which* | catalogue* | journal* | inspect* | lint*) options+=" --json" ;;&
     repack*) options+=" --old-key --new-key" ;;&
     "db restore"*) options+=" --to --execute" ;;&
-    "db restore"* | "sandbox reset"*) options+=" --yes --no-input" ;;&
+    "db restore"* | "sandbox reset"*) options+=" --yes" ;;&
     "config show"*) options+=" --key" ;;&
-    doctor | "config show" | "config get"*) options+=" --json" ;;&
+    doctor | "config show" | "config get"* | "db list" | "db version" | "db last-backup"* | "sandbox status") options+=" --json" ;;&
     "sandbox shell"*) options+=" --db" ;;&
     "credentials set"*) options+=" --user" ;;&
     sandbox*) options+=" --dir" ;;&
