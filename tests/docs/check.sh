@@ -35,6 +35,14 @@ while read -r -a words; do
 done < <(commands_of_page)
 [[ $(commands_of_page | wc -l) -ge 28 ]] || complain "the commands of tscript's man page were not found"
 
+# Every option of those commands stands in the man page and in the completion.
+while read -r option; do
+  grep -q -- "$(sed 's/-/\\\\-/g' <<<"$option")" docs/man/tscript.1 || complain "tscript.1 does not name $option"
+  grep -q -- "$option\\b" tools/tscript/tscript.bash || complain "the completion does not know $option"
+done < <({ "$bin/tscript" --help
+           while read -r -a words; do "$bin/tscript" "${words[@]}" --help; done < <(commands_of_page); } </dev/null |
+         grep -oE '(^|[ ,])--[a-z][a-z-]*' | tr -d ' ,' | sort -u)
+
 # Man pages give no warning, where groff is there.
 if command -v groff >/dev/null; then
   complaints=$(groff -man -Tutf8 -ww docs/man/*.1 2>&1 >/dev/null)

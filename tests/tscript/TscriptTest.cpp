@@ -1,120 +1,12 @@
-// The built command line, end to end, in a sample installation that it makes itself.
-#include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/stat.h>
-
-#include <chrono>
-#include <filesystem>
-#include <fstream>
+// The built command line, end to end.
+#include <nlohmann/json.hpp>
 #include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
 
-#include "Program.h"
-#include "TempDir.h"
+#include "Installation.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using support::ProgramResult;
-
-using Words = std::vector<std::string>;
-
-ProgramResult tscript(Words words, const std::string& input = {}, const std::string& store = "/nowhere") {
-    words.insert(words.begin(), TSCRIPT_PROGRAM);
-    support::ProgramOptions options;
-    options.input = input;
-    options.environment = {"ZEPHRA_REGISTRY=" + store};
-    return support::runProgram(words, options);
-}
-
-struct Case {
-    Words words;
-    int exitCode;
-    std::string output;  // these texts are found there
-    std::string errors;
-    std::string input = {};
-};
-
-std::string joined(const Words& words) {
-    std::string text = "tscript";
-    for (const std::string& word : words) text += " " + word.substr(0, 60);
-    return text;
-}
-
-void expectCases(const std::vector<Case>& cases, const std::string& store = "/nowhere") {
-    for (const Case& c : cases) {
-        SCOPED_TRACE(joined(c.words));
-        const ProgramResult result = tscript(c.words, c.input, store);
-        EXPECT_EQ(result.exitCode, c.exitCode) << result.output << result.errors;
-        EXPECT_NE(result.output.find(c.output), std::string::npos) << result.output << result.errors;
-        EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
-    }
-}
-
-mode_t modeOf(const fs::path& path) {
-    struct stat status {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-    return status.st_mode & 07777;
-}
-
-pid_t serverOf(const fs::path& folder) {
-    std::ifstream in(folder / "tsqlbox.pid");
-    pid_t pid = -1;
-    in >> pid;
-    return pid;
-}
-
-// A process that has ended and only waits to be collected does not.
-bool runs(pid_t pid) {
-    std::error_code gone;
-    return pid > 0 && !fs::read_symlink("/proc/" + std::to_string(pid) + "/exe", gone).empty();
-}
-
-void replaceInFile(const fs::path& path, const std::string& from, const std::string& to) {
-    std::string text = support::readFile(path);
-    const std::size_t at = text.find(from);
-    ASSERT_NE(at, std::string::npos) << from << " in " << path;
-    support::writeFile(path, text.replace(at, from.size(), to));
-}
-
-// A sample installation, up for the length of a test.
-class Installation : public testing::Test {
-  protected:
-    void SetUp() override {
-        const ProgramResult result = tscript({"sandbox", "up", "--dir", folder});
-        ASSERT_EQ(result.exitCode, 0) << result.errors;
-        EXPECT_EQ(result.output, "export ZEPHRA_REGISTRY='" + store() + "'\n");
-    }
-    void TearDown() override {
-        const pid_t server = serverOf(folder);
-        EXPECT_EQ(tscript({"sandbox", "down", "--dir", folder}).exitCode, 0);
-        EXPECT_FALSE(runs(server)) << "the server still runs";
-    }
-
-    std::string store() const { return folder / "registry.toml"; }
-    ProgramResult run(const Words& words, const std::string& input = {}) {
-        return tscript(words, input, store());
-    }
-    void expectAll(const std::vector<Case>& cases) { expectCases(cases, store()); }
-    void pack(const std::string& name, const std::string& text) {
-        support::writeFile(m_temp / (name + ".txt"), text);
-        const ProgramResult result = run({"pack", m_temp / (name + ".txt")});
-        ASSERT_EQ(result.exitCode, 0) << result.errors;
-    }
-    // Journal rows of a script, newest first: "status|parameters|".
-    std::string journal(const std::string& script) {
-        pack("Journal",
-             "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nSET NOCOUNT ON\n"
-             "SELECT CONVERT(varchar(9), status) + '|' + inputParams + '|' FROM ZpTscriptExec\n"
-             "WHERE name = '%s' ORDER BY id DESC\n");
-        return run({"run", "Journal", "-p", script}).output;
-    }
-
-    support::TempDir m_temp;
-    const fs::path folder = m_temp / "in st";
-};
 
 TEST(CommandLine, WrongInputsAreRefusedWithTheirExitCode) {
     const support::TempDir temp;
@@ -124,6 +16,12 @@ TEST(CommandLine, WrongInputsAreRefusedWithTheirExitCode) {
         {{"--help"}, 0, "Exit codes", ""},
         {{"rnu", "X"}, 2, "", "did you mean 'run'?"},
         {{"sandbox", "dwon"}, 2, "", "did you mean 'down'?"},
+        {{"WRONG", "--help"}, 2, "", "no command 'WRONG'\n"},
+        {{"rnu", "--help"}, 2, "", "did you mean 'run'?"},
+        {{"db", "--db", "NQ2", "lst", "--help"}, 2, "", "'lst'; did you mean 'list'?"},
+        {{"db", "--db", "NQ2", "list", "--help"}, 0, "List the user databases", ""},
+        {{"run", "rnu", "--help"}, 0, "Run a script package", ""},
+        {{"--no-input", "sandbox", "status", "--no-input", "--dir", temp / "none"}, 3, "", "holds no sample"},
         {{"--store", "run", "exce", "X"}, 2, "", "did you mean 'exec'?"},
         {{"run"}, 2, "", "NAME is required"},
         {{"run", "../x"}, 2, "", "cannot be a script's name"},
@@ -448,6 +346,12 @@ TEST_F(Installation, ShowsAndKeepsWhatARunGives) {
     expectAll({
         {with({"--dry-run"}), 0, "CONVERT(int, '30')", "would run in Dorvas; nothing has been run"},
         {{"run", "Anywhere", "--dry-run", "-p", "it's", "--json"}, 0, R"(\nSELECT '<it''s>')", ""},
+        {with({"--dry-run", "-q", "-p", "%s"}), 0, "", "2 placeholder(s), and 3 value(s) are given"},
+        {{"run", "PurgeEvents", "-p", "%s", "--dry-run"}, 0, "int, '%s')", "the last 1 placeholder(s) would"},
+        {{"run", "Anywhere", "-p", "%s", "--dry-run", "--json"},
+         0,
+         "\"placeholders\": 1,\n  \"values\": 1",
+         ""},
         {{"exec", "tsEventSummary", "@days = 3", "--dry-run"}, 0, " EXEC tsEventSummary @days = 3", ""},
         {{"run", "Missing", "--dry-run"}, 3, "", "there is no package"},
         {{"run", "Missing", "-o", result}, 3, "", "there is no package"},
@@ -470,46 +374,65 @@ TEST_F(Installation, ShowsAndKeepsWhatARunGives) {
     EXPECT_EQ(run(with({"--quiet"})).output, "");
 }
 
-// A result for which a file system has no room leaves no part of itself, and what stood there stays.
-TEST_F(Installation, LeavesNoHalfResultOnAFullDisk) {
-    const std::string small = m_temp / "small";
-    fs::create_directory(small);
-    const std::string shell = "mount -t tmpfs -o size=64k tmpfs " + small + " || exit 77; cd " + small +
-                              "; echo kept > result; dd if=/dev/zero of=fill 2>/dev/null; '" TSCRIPT_PROGRAM
-                              "' run SiteInventory -o result; echo code $?; cat result; ls";
-    support::ProgramOptions options;
-    options.environment = {"ZEPHRA_REGISTRY=" + store()};
-    const ProgramResult result = support::runProgram({"unshare", "-rm", "sh", "-c", shell}, options);
-    if (result.exitCode != 0) GTEST_SKIP() << "no file system can be mounted here: " << result.errors;
-    EXPECT_EQ(result.output, "code 3\nkept\nfill\nresult\n") << result.errors;
-    EXPECT_NE(result.errors.find("No space left on device"), std::string::npos) << result.errors;
+TEST_F(Installation, GivesEveryListingAsJson) {
+    const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
+    support::writeFile(m_temp / "p.txt", "#START_SCRIPT#\nPRINT '%s'\n");
+    ASSERT_EQ(run({"run", "PurgeEvents", "-p", "30", "-p", "2"}).exitCode, 0);
+    const struct {
+        Words words;
+        const char* name;  // a member of the object, or of the array's first one
+    } cases[] = {
+        {{"catalogue"}, "auditLevel"},
+        {{"journal"}, "seconds"},
+        {{"which", "tsSwitchNode"}, "secured"},
+        {{"params", "tsEventSummary"}, "type"},
+        {{"inspect", purge}, "authentic"},
+        {{"lint", m_temp / "p.txt"}, "placeholders"},
+        {{"db", "list"}, "name"},
+        {{"db", "version"}, "majorVersion"},
+        {{"db", "last-backup", "dorvas"}, "daysAgo"},
+        {{"config", "show"}, "value"},
+        {{"config", "get", "Base.nPLATTYPE"}, "value"},
+        {{"doctor"}, "checks"},
+        {{"sandbox", "status", "--dir", folder}, "process"},
+        {{"run", "PurgeEvents", "-p", "30", "-p", "2"}, "output"},
+        {{"run", "PurgeEvents", "--dry-run"}, "sql"},
+        {{"exec", "tsListNodes"}, "status"},
+    };
+    const std::string password = support::readFile(folder / "password").substr(0, 32);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(joined(c.words));
+        Words words = c.words;
+        words.emplace_back("--json");
+        const ProgramResult result = run(words);
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        nlohmann::json value = nlohmann::json::parse(result.output, nullptr, false);
+        if (value.is_array() && !value.empty()) value = value.front();
+        EXPECT_TRUE(value.contains(c.name)) << result.output;
+        EXPECT_EQ(result.output.find(password), std::string::npos);
+        EXPECT_EQ(result.output.find("ZC1."), std::string::npos);
+    }
 }
 
-// On a terminal of 40 columns, which `script` makes.
-TEST_F(Installation, FitsTheTerminal) {
-    pack("Long",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:01'\nPRINT '%s'\n");
-    const auto terminal = [&](const std::string& columns, const std::string& words, Words environment) {
-        support::ProgramOptions options;
-        options.environment = std::move(environment);
-        options.environment.push_back("ZEPHRA_REGISTRY=" + store());
-        const std::string command = "stty cols " + columns + "; '" TSCRIPT_PROGRAM "' " + words;
-        return support::runProgram({"script", "-qec", command, "/dev/null"}, options).output;
+// The code of a result is that of the process.
+TEST_F(Installation, EndsWithTheCodeOfEachFailure) {
+    const auto expectCode = [&](const Words& words, int code) {
+        Words asJson = words;
+        asJson.emplace_back("--json");
+        const ProgramResult result = run(asJson);
+        EXPECT_EQ(result.exitCode, code) << joined(words) << result.output << result.errors;
+        const nlohmann::json value = nlohmann::json::parse(result.output, nullptr, false);
+        EXPECT_EQ(value.value("exitCode", -1), code) << result.output;
+        EXPECT_EQ(value.value("status", ""), code == 0 ? "ok" : "failed");
     };
-    const Words lively = {"TERM=xterm", "NO_COLOR="};
-    const std::string parameter(60, 'z');
-    EXPECT_NE(terminal("40", "run Long -p " + parameter, lively).find("running in the database"),
-              std::string::npos);
-    EXPECT_NE(terminal("110", "journal", lively).find("\x1b[32mok\x1b[0m"), std::string::npos);
-    for (const Words& plain : {Words{"TERM=dumb", "NO_COLOR="}, Words{"TERM=xterm", "NO_COLOR=1"}}) {
-        EXPECT_EQ(terminal("40", "run Long -p " + parameter, plain).find('\x1b'), std::string::npos);
-        for (const std::size_t columns : {40, 80, 110}) {
-            std::istringstream lines(terminal(std::to_string(columns), "journal", plain));
-            for (std::string line; std::getline(lines, line);)
-                EXPECT_LE(line.size(), columns + 3)
-                    << line;  // a carriage return, and an ellipsis of three bytes
-        }
-    }
+    const Words purge = {"run", "PurgeEvents", "-p", "30", "-p", "2"};
+    expectCode(purge, 0);
+    expectCode({"run", "PurgeEvents", "-p", "x", "-p", "2"}, 1);
+    expectCode({"run", "tsListNodes"}, 2);
+    expectCode({"run", "Missing"}, 3);
+    expectCode({"exec", "tsSwitchNode", "'spare', 1"}, 5);
+    ASSERT_EQ(run({"sandbox", "down", "--dir", folder}).exitCode, 0);
+    expectCode(purge, 4);
 }
 
 TEST_F(Installation, TellsTheDoctorsFindings) {
@@ -627,25 +550,6 @@ TEST_F(Installation, AsksBeforeSomethingIsLost) {
                {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
                {{"sandbox", "shell", "--dir", folder}, 4, "", "is not running"},
                {{"sandbox", "reset", "--yes", "--dir", m_temp / "none"}, 3, "", "holds no sample"}});
-}
-
-// Ctrl-C ends the run; its journal row is closed as failed and no file stays.
-TEST_F(Installation, ClosesTheJournalWhenInterrupted) {
-    pack("Endless",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDECLARE @i int\nSET @i = 0\n"
-         "WHILE @i < 2000000000 SET @i = @i + 1\n");
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {"ZEPHRA_REGISTRY=" + store()};
-    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
-                                     {support::memoryFile().get(), output.get(), output.get()});
-    while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
-    kill(pid, SIGINT);
-    int exitCode = -1;
-    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
-    EXPECT_EQ(exitCode, 130) << support::contentOf(output);
-    EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
-    EXPECT_TRUE(fs::is_empty(folder / "temp"));
 }
 
 }  // namespace

@@ -1,0 +1,140 @@
+// Full disks, and others at work on the same files: nothing is left half done.
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "Installation.h"
+
+namespace {
+
+using support::ProgramResult;
+
+std::string inQuotes(const std::string& word) {
+    return "'" + word + "'";
+}
+
+std::vector<std::string> namesBelow(const fs::path& path) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(path)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class Faults : public Installation {
+  protected:
+    // In a process whose files cannot grow beyond 32 KiB: writing fails as it does on a full disk.
+    ProgramResult runWithSmallFiles(const Words& words) const {
+        std::string shell = "ulimit -f 64; exec " + inQuotes(TSCRIPT_PROGRAM);
+        for (const std::string& word : words) shell += " " + inQuotes(word);
+        support::ProgramOptions options;
+        options.environment = {storeVariable()};
+        return support::runProgram({"sh", "-c", shell}, options);
+    }
+};
+
+// A result, a package or a key for which there is no room leaves no part of itself, and what stood there
+// stays.
+TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
+    const fs::path place = m_temp / "place";
+    fs::create_directory(place);
+    std::string text = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
+    for (int i = 0; i < 2000; ++i) text += "PRINT 'line " + std::to_string(i) + " %s'\n";
+    pack("Long", text);
+    const fs::path plain = m_temp / "Long.txt";
+    const fs::path next = m_temp / "next.key";
+    ASSERT_EQ(run({"key", "create", next}).exitCode, 0);
+    fs::copy_file(folder / "Scripts" / "Long.sql", place / "old.sql");
+    const std::string packed = support::readFile(place / "old.sql");
+    const Words preview = {"run", "Long", "--dry-run", "-o", place / "old.sql"};
+    const struct {
+        Words words;
+        std::string errors;
+    } cases[] = {
+        {{"pack", plain, "-o", place / "new.sql"}, "cannot be enciphered"},
+        {{"pack", plain, "-o", place / "old.sql"}, "cannot be enciphered"},
+        {{"repack", "--old-key", folder / "cipher.key", "--new-key", next, place / "old.sql"},
+         "left as it is"},
+        {{"run", "Long", "--dry-run", "-o", place / "old.sql"}, ""},
+        {{"run", "Long", "--dry-run", "-o", place / "new.sql"}, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(joined(c.words));
+        const ProgramResult result = runWithSmallFiles(c.words);
+        EXPECT_EQ(result.exitCode, 3) << result.output << result.errors;
+        EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
+        EXPECT_EQ(namesBelow(place), std::vector<std::string>{"old.sql"});
+        EXPECT_EQ(support::readFile(place / "old.sql"), packed);
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    }
+}
+
+// The script has run, and its result has no room.
+TEST_F(Faults, AResultWithoutRoomSaysThatTheScriptHasRun) {
+    pack("Wide",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT REPLICATE('\"', 7000)\n"
+         "PRINT REPLICATE('\"', 7000)\nPRINT REPLICATE('\"', 7000)\n");
+    const fs::path target = m_temp / "result";
+    support::writeFile(target, "kept");
+    const ProgramResult result = runWithSmallFiles({"run", "Wide", "--json", "-o", target});
+    EXPECT_EQ(result.exitCode, 3) << result.errors;
+    EXPECT_NE(result.errors.find("File too large\nThe script has run"), std::string::npos) << result.errors;
+    EXPECT_EQ(support::readFile(target), "kept");
+    EXPECT_NE(journal("Wide").find("1||"), std::string::npos);
+}
+
+TEST_F(Faults, ConcurrentChangesOfTheStoreAreAllKept) {
+    const std::string comment = "# stays where it is\n";
+    support::writeFile(store(), comment + support::readFile(store()));
+    constexpr int kChanges = 12;
+    const support::Descriptor quiet = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    std::vector<pid_t> writers;
+    const auto write = [&](const std::string& name, const std::string& value) {
+        const std::string loop = "i=0; while [ $i -lt " + std::to_string(kChanges) +
+                                 " ]; do i=$((i + 1)); '" + TSCRIPT_PROGRAM "' config set " + name + " " +
+                                 value + "$i || exit 1; done";
+        writers.push_back(
+            support::spawn({"sh", "-c", loop}, options, {quiet.get(), quiet.get(), quiet.get()}));
+    };
+    write("Dorvase.sDVHOSTNAME", "host");
+    write("Cluster.ClusterName", "cluster");
+    write("host.loginTimeout", "");
+    for (int i = 0; i < kChanges; ++i)
+        expectAll({{{"config", "get", "Database.sConnection"}, 0, "Dorvas\n", ""}});
+    for (const pid_t writer : writers) {
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(writer, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 0) << support::contentOf(quiet);
+    }
+    expectAll({{{"config", "get", "Dorvase.sDVHOSTNAME"}, 0, "host12\n", ""},
+               {{"config", "get", "Cluster.ClusterName"}, 0, "cluster12\n", ""},
+               {{"config", "get", "host.loginTimeout"}, 0, "12\n", ""}});
+    EXPECT_EQ(support::readFile(store()).rfind(comment, 0), 0U);
+    EXPECT_EQ(modeOf(store()), 0600U);
+    for (const std::string& name : namesBelow(folder))
+        EXPECT_EQ(name.find("registry.toml."), std::string::npos) << name;
+}
+
+// A signal to the tool alone, as a service manager sends it, is passed on.
+TEST_F(Faults, AStoppedRunIsClosed) {
+    packEndless();
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
+                                         {support::memoryFile().get(), output.get(), output.get()});
+        while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
+        kill(pid, signal);
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+        EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,158 @@
+// The command line on a terminal: what is asked and typed, what moves there, Ctrl-C, colour and width.
+#include <sstream>
+
+#include "Installation.h"
+#include "TerminalProgram.h"
+
+namespace {
+
+using support::kControlC;
+using support::kControlD;
+using support::TerminalProgram;
+
+class OnATerminal : public Installation {
+  protected:
+    TerminalProgram terminal(Words words, unsigned short columns = 80, Words more = {}) const {
+        words.insert(words.begin(), TSCRIPT_PROGRAM);
+        Words environment = {"TERM=xterm", "NO_COLOR="};
+        environment.insert(environment.end(), more.begin(), more.end());
+        environment.push_back(storeVariable());
+        return TerminalProgram(words, environment, columns);
+    }
+};
+
+const Words kLively = {};
+const Words kDumb = {"TERM=dumb"};
+const Words kColourless = {"NO_COLOR=1"};
+
+TEST_F(OnATerminal, NothingIsLostWithoutTheRightAnswer) {
+    const pid_t server = serverOf(folder);
+    const std::string password = support::readFile(folder / "password");
+    const Words reset = {"sandbox", "reset", "--dir", folder};
+    const struct {
+        std::string_view typed;
+        std::string told;
+    } refusals[] = {
+        {"no\n", "nothing was changed"},   {"y\n", "nothing was changed"},     {"\n", "nothing was changed"},
+        {"yes!\n", "nothing was changed"}, {kControlD, "nothing was changed"}, {kControlC, "^C"},
+    };
+    for (const auto& refusal : refusals) {
+        TerminalProgram program = terminal(reset);
+        ASSERT_TRUE(program.shows("Type yes to go ahead: ")) << program.screen();
+        program.type(refusal.typed);
+        EXPECT_EQ(program.end(), 130) << program.screen();
+        EXPECT_NE(program.screen().find(refusal.told), std::string::npos) << program.screen();
+    }
+    for (const Words& words : {Words{"--no-input", "sandbox", "reset", "--dir", folder},
+                               Words{"sandbox", "--dir", folder, "reset", "--no-input"}}) {
+        TerminalProgram program = terminal(words);
+        EXPECT_EQ(program.end(), 2);
+        EXPECT_NE(program.screen().find("Give --yes to go ahead"), std::string::npos) << program.screen();
+    }
+    EXPECT_EQ(serverOf(folder), server);
+    EXPECT_EQ(support::readFile(folder / "password"), password);
+
+    TerminalProgram program = terminal(reset);
+    ASSERT_TRUE(program.shows("Type yes"));
+    program.type("yes\n");
+    EXPECT_EQ(program.end(), 0) << program.screen();
+    EXPECT_NE(serverOf(folder), server);
+}
+
+TEST_F(OnATerminal, RestoresOnceYesIsTyped) {
+    const std::string backup = folder / "backups" / "d.bak";
+    const Words restore = {"db", "restore", backup, "copy", "--execute"};
+    ASSERT_EQ(run({"db", "backup", "dorvas", backup}).exitCode, 0);
+    for (const std::string_view typed : {std::string_view("no\n"), kControlC, std::string_view("yes\n")}) {
+        TerminalProgram program = terminal(restore);
+        ASSERT_TRUE(program.shows("Type yes")) << program.screen();
+        EXPECT_NE(program.screen().find("RESTORE DATABASE copy"), std::string::npos);
+        EXPECT_EQ(run({"db", "list"}).output, "dorvas\nnq2\n");
+        program.type(typed);
+        EXPECT_EQ(program.end(), typed == "yes\n" ? 0 : 130) << program.screen();
+    }
+    EXPECT_EQ(run({"db", "list"}).output, "copy\ndorvas\nnq2\n");
+}
+
+TEST_F(OnATerminal, APasswordIsTypedUnseen) {
+    const std::string before = support::readFile(store());
+    const std::string password = support::readFile(folder / "password");
+    const Words set = {"credentials", "set", "NQ2", "--user", "sa"};
+    for (const std::string_view given : {kControlC, kControlD, std::string_view("\n")}) {
+        TerminalProgram program = terminal(set);
+        ASSERT_TRUE(program.shows("Password of sa: "));
+        program.type(given);
+        EXPECT_EQ(program.end(), given == kControlC ? 130 : 2) << program.screen();
+    }
+    TerminalProgram unasked = terminal({"credentials", "set", "NQ2", "--user", "sa", "--no-input"});
+    EXPECT_EQ(unasked.end(), 2);
+    EXPECT_NE(unasked.screen().find("first line of standard input"), std::string::npos) << unasked.screen();
+    EXPECT_EQ(support::readFile(store()), before);
+
+    TerminalProgram program = terminal(set);
+    ASSERT_TRUE(program.shows("Password of sa: "));
+    program.type(password);
+    EXPECT_EQ(program.end(), 0) << program.screen();
+    EXPECT_EQ(program.screen().find(password.substr(0, 8)), std::string::npos);
+    EXPECT_EQ(run({"credentials", "test", "NQ2"}).exitCode, 0);
+}
+
+// Ctrl-C ends the run, once the screen tells how long it has been at work; its journal row is closed as
+// failed, and neither a file nor the line of progress stays.
+TEST_F(OnATerminal, AnInterruptedRunIsClosed) {
+    packEndless();
+    TerminalProgram program = terminal({"run", "Endless", "--input", std::string(60, 'z')}, 40);
+    ASSERT_TRUE(program.shows("1 s  running in the database  Endless")) << program.screen();
+    EXPECT_NE(journal("Endless").find("0|zzz"), std::string::npos);
+    program.type(kControlC);
+    EXPECT_EQ(program.end(), 130) << program.screen();
+    EXPECT_NE(program.screen().find("\r\x1b[K"), std::string::npos);
+    EXPECT_NE(program.screen().find("tscript: interrupted"), std::string::npos);
+    EXPECT_NE(journal("Endless").find("2|zzz"), std::string::npos);
+    EXPECT_TRUE(fs::is_empty(folder / "temp"));
+}
+
+// The columns that a line takes, its colours and carriage return aside; a byte that continues a character
+// takes none.
+std::size_t columnsOf(const std::string& line) {
+    std::size_t columns = 0;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '\x1b') {
+            i = line.find_first_of("mK", i);
+            continue;
+        }
+        if (line[i] == '\r') columns = 0;
+        columns += line[i] >= ' ' || static_cast<unsigned char>(line[i]) >= 0xC0 ? 1 : 0;
+    }
+    return columns;
+}
+
+TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
+    pack("ALongNameOfAScriptThatMustBeCut",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:01'\nPRINT '%s'\n");
+    const Words slow = {"run", "ALongNameOfAScriptThatMustBeCut", "-p", "Zürich"};
+    const Words listings[] = {{"journal"}, {"catalogue"}};
+    for (const Words& kind : {kLively, kDumb, kColourless}) {
+        TerminalProgram program = terminal(slow, 40, kind);
+        EXPECT_EQ(program.end(), 0);
+        const bool moves = program.screen().find("running in the database") != std::string::npos;
+        EXPECT_EQ(moves, kind == kLively) << program.screen();
+    }
+    for (const Words& kind : {kLively, kDumb, kColourless}) {
+        for (const int columns : {20, 40, 80, 110}) {
+            for (const Words& words : listings) {
+                TerminalProgram program = terminal(words, static_cast<unsigned short>(columns), kind);
+                EXPECT_EQ(program.end(), 0);
+                std::istringstream lines(program.screen());
+                for (std::string line; std::getline(lines, line);) {
+                    line.erase(line.find_last_not_of('\r') + 1);
+                    EXPECT_LE(columnsOf(line), static_cast<std::size_t>(columns)) << line;
+                }
+                const bool coloured = program.screen().find("\x1b[32mok\x1b[0m") != std::string::npos;
+                EXPECT_EQ(coloured, kind == kLively && words == listings[0]) << program.screen();
+            }
+        }
+    }
+}
+
+}  // namespace
