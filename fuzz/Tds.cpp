@@ -6,6 +6,7 @@
 #include "Login.h"
 #include "PacketChannel.h"
 #include "Rpc.h"
+#include "SqlError.h"
 #include "Utf16.h"
 
 namespace {
@@ -18,7 +19,7 @@ void refusable(Step step) {
     try {
         step();
     } catch (const tds::ProtocolError&) {
-    } catch (const tds::RpcError&) {
+    } catch (const tsql::SqlError&) {
     } catch (const tds::ConnectionClosed&) {
     }
 }
@@ -28,7 +29,7 @@ void readContent(tds::ByteView content) {
     refusable([&] { tds::parseLogin(content); });
     refusable([&] {
         tds::PreparedStatements statements;
-        for (const tds::RpcCall& call : tds::parseRpc(content)) statements.batchFor(call);
+        for (tsql::ProcedureCall& call : tds::parseRpc(content)) statements.plan(std::move(call));
     });
     tds::utf16FromUtf8(tds::utf8FromUtf16(content));
 }

@@ -1,11 +1,11 @@
 #include "ClientConnection.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <thread>
 
 #include "Login.h"
 #include "ResponseSink.h"
-#include "WireType.h"
 
 namespace tds {
 namespace {
@@ -19,38 +19,56 @@ constexpr int kCannotOpenDatabase = 4060;
 constexpr int kDatabaseContextChanged = 5701;
 constexpr int kLanguageChanged = 5703;
 constexpr int kValueNotConvertible = 8114;
+constexpr int kNotPrepared = 8180;
 constexpr int kInternalError = 50000;
-
-enum TransactionRequest : std::uint16_t { kBegin = 5, kCommit = 7, kRollback = 8 };
-
-struct IsolationLevel {
-    std::uint8_t number;
-    const char* name;
-};
-constexpr IsolationLevel kIsolationLevels[] = {{1, "READ UNCOMMITTED"},
-                                               {2, "READ COMMITTED"},
-                                               {3, "REPEATABLE READ"},
-                                               {4, "SERIALIZABLE"},
-                                               {5, "SNAPSHOT"}};
 
 tsql::Message error(int number, int severity, std::string text) {
     return {number, severity, 1, 1, {}, std::move(text)};
 }
 
-Bytes descriptorBytes(std::uint64_t descriptor) {
-    ByteWriter out;
-    out.u64(descriptor);
-    return out.data();
+constexpr std::string_view kIsolationLevels[] = {
+    "", "READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"};
+
+enum TransactionRequest : std::uint16_t { kBegin = 5, kCommit = 7, kRollback = 8, kSave = 9 };
+constexpr std::uint8_t kBeginsNext = 1;  // flag of a commit or rollback
+
+// The name of a transaction or savepoint as T-SQL has it behind a verb.
+std::string transactionName(ByteReader& in) {
+    std::string name = utf8FromUtf16(in.bytes(in.u8()));
+    for (std::size_t at = 0; (at = name.find(']', at)) != std::string::npos; at += 2) name.insert(at, 1, ']');
+    return name.empty() ? name : " [" + name + "]";
 }
 
-// The level and name of a transaction that begins, and the batch for it.
 std::string beginBatch(ByteReader& in) {
-    std::string batch;
-    const std::uint8_t asked = in.u8();
-    for (const IsolationLevel& level : kIsolationLevels)
-        if (level.number == asked) batch = "SET TRANSACTION ISOLATION LEVEL " + std::string(level.name) + " ";
-    in.skip(in.u8());  // its name has no use here
-    return batch + "BEGIN TRANSACTION";
+    const std::uint8_t level = in.u8();
+    const bool known = level > 0 && level < std::size(kIsolationLevels);
+    const std::string first =
+        known ? "SET TRANSACTION ISOLATION LEVEL " + std::string(kIsolationLevels[level]) : "";
+    return first + " BEGIN TRANSACTION" + transactionName(in);
+}
+
+std::string endBatch(const char* verb, ByteReader& in) {
+    const std::string batch = verb + transactionName(in);
+    return (in.u8() & kBeginsNext) != 0 ? batch + " " + beginBatch(in) : batch;
+}
+
+// A transaction manager request (2.2.6.9) as a batch.
+std::string transactionBatch(ByteView body) {
+    ByteReader in(body);
+    switch (const std::uint16_t request = in.u16()) {
+        case kBegin:
+            return beginBatch(in);
+        case kCommit:
+            return endBatch("COMMIT TRANSACTION", in);
+        case kRollback:
+            return endBatch("ROLLBACK TRANSACTION", in);
+        case kSave:
+            return "SAVE TRANSACTION" + transactionName(in);
+        default:
+            throw tsql::SqlError(kInternalError,
+                                 "Transaction manager request " + std::to_string(request) +
+                                     " is not supported: there are no distributed transactions.");
+    }
 }
 
 }  // namespace
@@ -150,16 +168,19 @@ void ClientConnection::serveRequests() {
 bool ClientConnection::serve(const Request& request) {
     ResponseSink sink(m_channel, m_tokens);
     if (request.resetsSession) resetSession(sink);
-    bool goesOn = true;
-    if (request.type == PacketType::Attention) {
-        sink.acknowledgeAttention();
-    } else if (request.type == PacketType::SqlBatch) {
-        goesOn = runBatch(utf8FromUtf16(withoutHeaders(request.data)), sink);
-    } else if (request.type == PacketType::Rpc) {
-        goesOn = runCalls(withoutHeaders(request.data), sink);
-    } else {
-        goesOn = runTransactionRequest(withoutHeaders(request.data), sink);
-    }
+    const bool goesOn = run(sink, [&] {
+        switch (request.type) {
+            case PacketType::SqlBatch:
+                return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), sink);
+            case PacketType::Rpc:
+                return runCalls(withoutHeaders(request.data), sink);
+            case PacketType::TransactionManager:
+                return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), sink);
+            default:
+                sink.acknowledgeAttention();
+                return true;
+        }
+    });
     sink.finish();
     return goesOn;
 }
@@ -183,12 +204,21 @@ void ClientConnection::resetSession(ResponseSink& sink) {
     if (before != m_initialDatabase) sink.databaseChanged(before, m_initialDatabase);
 }
 
-bool ClientConnection::runBatch(std::string_view text, ResponseSink& sink) {
+// What fails is told to the client, which is all that may be lost: but for a fault of the server's own the
+// session goes on.
+template <typename Work>
+bool ClientConnection::run(ResponseSink& sink, Work work) {
     try {
-        return m_session->runBatch(text, sink);
+        return work();
+    } catch (const tsql::SqlError& problem) {
+        sink.message(error(problem.number, problem.severity, problem.what()));
+        return true;
     } catch (const ValueError& problem) {
         sink.message(error(kValueNotConvertible, 16, problem.what()));
+        return true;
     } catch (const ConnectionClosed&) {
+        throw;
+    } catch (const ProtocolError&) {
         throw;
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d: %s\n", m_sessionId, problem.what());
@@ -196,79 +226,39 @@ bool ClientConnection::runBatch(std::string_view text, ResponseSink& sink) {
             error(kInternalError, 20, std::string("The server failed at this batch: ") + problem.what()));
         return false;
     }
-    return true;
 }
 
 // ---- Procedure calls ----------------------------------------------------------------------------------
 
 bool ClientConnection::runCalls(ByteView body, ResponseSink& sink) {
-    for (const RpcCall& call : parseRpc(body)) {
-        sink.beginCall(kOutputMarker);
-        if (!runCall(call, sink)) return false;
+    for (tsql::ProcedureCall& call : parseRpc(body)) {
+        sink.beginCall();
+        if (!run(sink, [&] { return runCall(std::move(call), sink); })) return false;
         sink.endCall();
         if (sink.attention()) break;
     }
     return true;
 }
 
-bool ClientConnection::runCall(const RpcCall& call, ResponseSink& sink) {
-    RpcBatch batch;
-    try {
-        batch = m_prepared.batchFor(call);
-    } catch (const RpcError& problem) {
-        sink.message(problem.message);
-        return true;
+bool ClientConnection::runCall(tsql::ProcedureCall call, ResponseSink& sink) {
+    CallPlan plan = m_prepared.plan(std::move(call));
+    if (plan.run && !m_session->call(*plan.run, sink)) return false;
+    if (plan.run && plan.run->describeOnly && sink.anyError()) {
+        m_prepared.forget(*plan.handle);
+        throw tsql::SqlError(kNotPrepared, "Statement(s) could not be prepared.");
     }
-    if (!batch.text.empty() && !runBatch(batch.text, sink)) return false;
     sink.flushDone();
-    sendOutputs(batch, sink);
+    sendOutputs(plan);
     return true;
 }
 
-void ClientConnection::sendOutputs(const RpcBatch& batch, const ResponseSink& sink) {
-    const auto& outputs = sink.outputs();
-    const std::size_t first = batch.returnsStatus ? 1 : 0;
-    std::int32_t status = 0;
-    if (batch.returnsStatus && !outputs.empty())
-        if (const auto* value = std::get_if<std::int64_t>(&outputs[0].value))
-            status = static_cast<std::int32_t>(*value);
-    m_tokens.returnStatus(status);
-    for (const Parameter& known : batch.known)
-        m_tokens.returnValue(known.name, known.type, tsql::CellView(std::int64_t{std::stoi(*known.value)}));
-    for (std::size_t i = 0; i < batch.outputs.size() && first + i < outputs.size(); ++i)
-        m_tokens.returnValue(batch.outputs[i].name, outputs[first + i].type, outputs[first + i].view());
-}
-
-// ---- Transaction manager requests, 2.2.6.9 --------------------------------------------------------------
-
-bool ClientConnection::runTransactionRequest(ByteView body, ResponseSink& sink) {
-    ByteReader in(body);
-    const std::uint16_t request = in.u16();
-    if (request == kBegin) return changeTransaction(beginBatch(in), EnvChange::BeginTransaction, sink);
-    if (request != kCommit && request != kRollback) {
-        sink.message(error(kInternalError, 16,
-                           "Transaction manager request " + std::to_string(request) +
-                               " is not one that this server takes."));
-        return true;
-    }
-    in.skip(in.u8());  // the transaction's name
-    const bool beginsNext = (in.u8() & 1) != 0;
-    const bool goesOn = request == kCommit
-                            ? changeTransaction("COMMIT TRANSACTION", EnvChange::CommitTransaction, sink)
-                            : changeTransaction("ROLLBACK TRANSACTION", EnvChange::RollbackTransaction, sink);
-    if (!goesOn || !beginsNext) return goesOn;
-    return changeTransaction(beginBatch(in), EnvChange::BeginTransaction, sink);
-}
-
-bool ClientConnection::changeTransaction(std::string_view batch, EnvChange change, ResponseSink& sink) {
-    const bool goesOn = runBatch(batch, sink);
-    if (sink.anyError()) return goesOn;
-    sink.flushDone();
-    if (change == EnvChange::BeginTransaction)
-        m_tokens.bytesChange(change, descriptorBytes(++m_transaction), {});
-    else
-        m_tokens.bytesChange(change, {}, descriptorBytes(m_transaction));
-    return goesOn;
+void ClientConnection::sendOutputs(const CallPlan& plan) {
+    m_tokens.returnStatus(plan.run ? plan.run->status : 0);
+    const auto send = [this](const tsql::ProcedureCall::Argument& argument) {
+        if (argument.output) m_tokens.returnValue(argument.name, argument.type, tsql::viewOf(argument.value));
+    };
+    if (plan.handle) send(*plan.handle);
+    if (plan.run) std::for_each(plan.run->arguments.begin(), plan.run->arguments.end(), send);
 }
 
 }  // namespace tds

@@ -38,12 +38,11 @@ class ClientConnection {
     void serveRequests();
     bool serve(const Request& request);
     void resetSession(ResponseSink& sink);
-    bool runBatch(std::string_view text, ResponseSink& sink);
     bool runCalls(ByteView body, ResponseSink& sink);
-    bool runCall(const RpcCall& call, ResponseSink& sink);
-    void sendOutputs(const RpcBatch& batch, const ResponseSink& sink);
-    bool runTransactionRequest(ByteView body, ResponseSink& sink);
-    bool changeTransaction(std::string_view batch, EnvChange change, ResponseSink& sink);
+    bool runCall(tsql::ProcedureCall call, ResponseSink& sink);
+    void sendOutputs(const CallPlan& plan);
+    template <typename Work>
+    bool run(ResponseSink& sink, Work work);
     ByteView withoutHeaders(ByteView data) const;
 
     tsql::Engine& m_engine;
@@ -56,7 +55,6 @@ class ClientConnection {
     std::string m_initialDatabase;
     std::unique_ptr<tsql::Session> m_session;
     PreparedStatements m_prepared;
-    std::uint64_t m_transaction = 0;  // the last one's descriptor; 0 before the first
 };
 
 }  // namespace tds

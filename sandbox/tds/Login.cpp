@@ -66,25 +66,24 @@ std::string clearPassword(ByteView field) {
 
 Bytes preloginReply(ByteView request) {
     checkPrelogin(request);
-    Bytes version;
-    for (int shift = 24; shift >= 0; shift -= 8) version += static_cast<char>(kServerVersion >> shift & 0xFF);
-    version.append(2, '\0');  // sub-build
-    const std::pair<PreloginOption, Bytes> options[] = {{kOptionVersion, version},
+    ByteWriter version;
+    version.bigEndian(kServerVersion, 4);
+    version.u16(0);  // sub-build
+    const std::pair<PreloginOption, Bytes> options[] = {{kOptionVersion, version.data()},
                                                         {kOptionEncryption, {kEncryptionNotSupported}},
                                                         {kOptionInstance, {'\0'}},
                                                         {kOptionThread, {}},
                                                         {kOptionMars, {'\0'}}};
-    std::size_t offset = std::size(options) * 5 + 1;
-    Bytes head;
+    ByteWriter head;
     Bytes data;
     for (const auto& [option, value] : options) {
-        for (const std::size_t byte :
-             {static_cast<std::size_t>(option), offset >> 8, offset, std::size_t{0}, value.size()})
-            head += static_cast<char>(byte & 0xFF);
+        head.u8(option);
+        head.bigEndian(std::size(options) * 5 + 1 + data.size(), 2);
+        head.bigEndian(value.size(), 2);
         data += value;
-        offset += value.size();
     }
-    return head + static_cast<char>(kOptionTerminator) + data;
+    head.u8(kOptionTerminator);
+    return head.data() + data;
 }
 
 Login parseLogin(ByteView request) {

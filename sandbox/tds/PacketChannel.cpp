@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "ByteWriter.h"
+
 namespace tds {
 namespace {
 
@@ -14,10 +16,19 @@ constexpr std::size_t kMostPacketBytes = 32767;
 constexpr std::size_t kReceiveBlock = 32768;
 constexpr std::size_t kSendBlock = 32768;  // several packets go out in one system call
 
-constexpr std::size_t kMostPreloginBytes = 4096;
-constexpr std::size_t kMostLoginBytes = (128UL << 10) - 1;
-constexpr std::size_t kMostTransactionBytes = 64UL << 10;
-constexpr std::size_t kMostRequestBytes = 64UL << 20;
+struct Limit {
+    PacketType type;
+    bool atLogin;  // before the session or within it
+    std::size_t mostBytes;
+};
+constexpr Limit kLimits[] = {
+    {PacketType::Prelogin, true, 4096},
+    {PacketType::Login7, true, (128UL << 10) - 1},
+    {PacketType::SqlBatch, false, 64UL << 20},
+    {PacketType::Rpc, false, 64UL << 20},
+    {PacketType::TransactionManager, false, 64UL << 10},
+    {PacketType::Attention, false, 0},
+};
 
 constexpr std::uint8_t kStatusEndOfMessage = 0x01;
 constexpr std::uint8_t kStatusIgnore = 0x02;
@@ -27,26 +38,8 @@ constexpr std::uint8_t kStatusReset = 0x08 | 0x10;
 
 // How long a message of this type may become; throws for one that may not come now.
 std::size_t PacketChannel::mostBytes(PacketType type) const {
-    switch (type) {
-        case PacketType::Prelogin:
-            if (m_loginDeadline) return kMostPreloginBytes;
-            break;
-        case PacketType::Login7:
-            if (m_loginDeadline) return kMostLoginBytes;
-            break;
-        case PacketType::SqlBatch:
-        case PacketType::Rpc:
-            if (!m_loginDeadline) return kMostRequestBytes;
-            break;
-        case PacketType::TransactionManager:
-            if (!m_loginDeadline) return kMostTransactionBytes;
-            break;
-        case PacketType::Attention:
-            if (!m_loginDeadline) return 0;
-            break;
-        default:
-            break;
-    }
+    for (const Limit& limit : kLimits)
+        if (limit.type == type && limit.atLogin == m_loginDeadline.has_value()) return limit.mostBytes;
     throw ProtocolError("a packet of type " + std::to_string(static_cast<int>(type)) +
                         " does not belong here");
 }
@@ -135,25 +128,23 @@ void PacketChannel::sendLast(Bytes& response) {
 
 void PacketChannel::send(Bytes& response, bool last) {
     const std::size_t room = m_packetSize - kHeaderSize;
-    Bytes wire;
-    wire.reserve(response.size() + (response.size() / room + 1) * kHeaderSize);
-    std::size_t done = 0;
+    ByteWriter wire;
+    wire.data().reserve(response.size() + (response.size() / room + 1) * kHeaderSize);
+    ByteView rest = response;
     // The last packet must not be sent before it is known to be the last.
-    while (response.size() - done > room || last) {
-        const std::size_t part = std::min(room, response.size() - done);
-        const bool ends = last && done + part == response.size();
-        const std::size_t length = part + kHeaderSize;
-        for (const std::size_t byte :
-             {static_cast<std::size_t>(PacketType::Response), std::size_t{ends}, length >> 8, length,
-              static_cast<std::size_t>(m_sessionId >> 8), static_cast<std::size_t>(m_sessionId),
-              static_cast<std::size_t>(m_nextPacket++), std::size_t{0}})
-            wire += static_cast<char>(byte & 0xFF);
-        wire.append(response, done, part);
-        done += part;
-        if (ends) break;
+    for (bool ended = false; !ended && (rest.size() > room || last);) {
+        const ByteView part = rest.substr(0, room);
+        rest.remove_prefix(part.size());
+        ended = last && rest.empty();
+        wire.u8(static_cast<std::uint8_t>(PacketType::Response));
+        wire.u8(ended ? kStatusEndOfMessage : 0);
+        wire.bigEndian(part.size() + kHeaderSize, 2);
+        wire.bigEndian(m_sessionId, 2);
+        wire.u16(m_nextPacket++);  // and an unused byte
+        wire.bytes(part);
     }
-    response.erase(0, done);
-    sendAll(wire);
+    sendAll(wire.data());
+    response.erase(0, response.size() - rest.size());
 }
 
 void PacketChannel::sendAll(ByteView data) const {

@@ -41,6 +41,9 @@ enum class Token : std::uint8_t {
 };
 
 // Bits of a DONE token's status.
+constexpr int kLeastErrorSeverity = 11;  // of a message: below it is information
+
+// Bits of a DONE token's status.
 constexpr unsigned kDoneFinal = 0x00;
 constexpr unsigned kDoneMore = 0x01;
 constexpr unsigned kDoneError = 0x02;

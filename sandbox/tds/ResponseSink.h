@@ -2,10 +2,7 @@
 #pragma once
 
 #include <optional>
-#include <variant>
-#include <vector>
 
-#include "Engine.h"
 #include "PacketChannel.h"
 #include "TokenWriter.h"
 
@@ -15,30 +12,20 @@ class ResponseSink final : public tsql::ResultSink {
   public:
     ResponseSink(PacketChannel& channel, TokenWriter& tokens);
 
-    // Statements of a procedure call end with another token than those of a batch. The result set whose
-    // first column has the marker's name is kept for outputs() instead of being sent.
-    void beginCall(std::string_view outputMarker);
-
     void columns(std::span<const tsql::Column> columns) override;
     void row(std::span<const tsql::CellView> cells) override;
     void statementDone(std::int64_t rowCount, bool isSelect) override;
     void message(const tsql::Message& message) override;
     void databaseChanged(std::string_view from, std::string_view to) override;
+    void transactionChanged(tsql::TransactionEvent event) override;
     bool cancelled() override;
 
-    using OwnedCell =
-        std::variant<tsql::Null, std::int64_t, double, std::string, std::basic_string<std::byte>>;
-    struct Output {
-        tsql::SqlType type;
-        OwnedCell value;
-        tsql::CellView view() const;
-    };
-    const std::vector<Output>& outputs() const { return m_outputs; }
-
-    // Sends what is held back with "more follows"; needed before tokens are written past the sink.
-    void flushDone();
+    // Statements of a procedure call end with another token than those of a batch.
+    void beginCall();
     // Ends a procedure call within a request; the last one is ended by finish().
     void endCall();
+    // Sends what is held back with "more follows"; needed before tokens are written past the sink.
+    void flushDone();
     // The response's last token, which acknowledges the attention if one came, and the rest of its bytes.
     void finish();
     bool attention() const { return m_attention; }
@@ -53,17 +40,14 @@ class ResponseSink final : public tsql::ResultSink {
         bool isSelect;
     };
     void hold(Done done);
-    void writeDone(const Done& done, unsigned more);
+    void writeDone(unsigned more);
 
     PacketChannel& m_channel;
     TokenWriter& m_tokens;
     std::optional<Done> m_held;  // a statement's end is written when it is known whether more follows
     bool m_inCall = false;
-    std::string m_outputMarker;
-    bool m_capturing = false;
-    std::vector<Output> m_outputs;
-    bool m_failed = false;  // an error since the last statement's end
-    bool m_anyError = false;
+    bool m_failed = false;    // an error since the last statement's end
+    bool m_anyError = false;  // since the call's or the request's begin
     bool m_attention = false;
     bool m_clientGone = false;
     PacketChannel::Clock::time_point m_nextLook;

@@ -1,228 +1,167 @@
 #include "Rpc.h"
 
-#include <algorithm>
-#include <cctype>
-#include <charconv>
+#include <iterator>
 
-#include "Utf16.h"
+#include "Text.h"
+#include "WireType.h"
 
 namespace tds {
 namespace {
 
+using tsql::ProcedureCall;
+using tsql::SqlError;
+using Arguments = std::vector<ProcedureCall::Argument>;
+
 constexpr std::uint16_t kCallByNumber = 0xFFFF;
 constexpr std::uint8_t kNextCallSince72 = 0xFF;
 constexpr std::uint8_t kNextCallBefore72 = 0x80;
+constexpr std::uint8_t kFlagByReference = 0x01;
 constexpr std::size_t kMostStatements = 10'000;
 
-struct KnownProcedure {
-    int number;
-    const char* name;
-};
-constexpr KnownProcedure kKnownProcedures[] = {
-    {10, "sp_executesql"}, {11, "sp_prepare"}, {12, "sp_execute"}, {13, "sp_prepexec"}, {15, "sp_unprepare"}};
+constexpr std::string_view kExecuteSql = "sp_executesql";
+constexpr std::string_view kProcedures[] = {"",
+                                            "sp_cursor",
+                                            "sp_cursoropen",
+                                            "sp_cursorprepare",
+                                            "sp_cursorexecute",
+                                            "sp_cursorprepexec",
+                                            "sp_cursorunprepare",
+                                            "sp_cursorfetch",
+                                            "sp_cursoroption",
+                                            "sp_cursorclose",
+                                            kExecuteSql,
+                                            "sp_prepare",
+                                            "sp_execute",
+                                            "sp_prepexec",
+                                            "sp_prepexecrpc",
+                                            "sp_unprepare"};
 
-std::string nameOf(int number) {
-    for (const KnownProcedure& known : kKnownProcedures)
-        if (known.number == number) return known.name;
-    return "procedure number " + std::to_string(number);
+// Bit of sp_prepare's option: tell the columns.
+constexpr std::int64_t kReturnMetadata = 1;
+
+std::string procedureName(std::uint16_t number) {
+    if (number < std::size(kProcedures)) return std::string(kProcedures[number]);
+    throw SqlError(2812, "Could not find stored procedure '" + std::to_string(number) + "'.", 16, 62);
 }
 
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    for (char& c : result) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return result;
+// A flag where a parameter might begin: a name is at most 128 characters long.
+bool isNextCall(std::uint8_t first) {
+    return first == kNextCallSince72 || first == kNextCallBefore72;
 }
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength) {
+    ProcedureCall::Argument parameter;
+    parameter.name = utf8FromUtf16(in.bytes(2 * nameLength));
+    parameter.output = (in.u8() & kFlagByReference) != 0;
+    const WireType type = readTypeInfo(in);
+    parameter.type = type.type;
+    parameter.value = readValue(in, type);
+    return parameter;
 }
 
-bool isNextCall(ByteView rest) {
-    const auto flag = static_cast<std::uint8_t>(rest[0]);
-    return flag == kNextCallSince72 || flag == kNextCallBefore72;
-}
-
-RpcCall parseCall(ByteView body, std::size_t& position) {
-    ByteReader in(body.substr(position));
-    const auto here = [&] { return body.substr(body.size() - in.remaining()); };
-    RpcCall call;
+ProcedureCall parseCall(ByteReader& in) {
+    ProcedureCall call;
     const std::size_t nameLength = in.u16();
-    call.procedure = nameLength == kCallByNumber ? nameOf(in.u16()) : utf8FromUtf16(in.bytes(2 * nameLength));
+    call.procedure =
+        nameLength == kCallByNumber ? procedureName(in.u16()) : utf8FromUtf16(in.bytes(2 * nameLength));
     in.skip(2);  // options: recompile and the like
-    while (!in.atEnd() && !isNextCall(here())) call.parameters.push_back(readParameter(in));
-    if (!in.atEnd()) in.skip(1);
-    position = body.size() - in.remaining();
+    while (!in.atEnd()) {
+        const std::uint8_t first = in.u8();
+        if (isNextCall(first)) break;
+        call.arguments.push_back(parseParameter(in, first));
+    }
     return call;
 }
 
-// ---- Declarations -------------------------------------------------------------------------------
-
-struct Declaration {
-    std::string name;  // with its @
-    std::string type;
-};
-
-// "@P1 int, @P2 decimal(9,2) OUTPUT" at its commas, those within brackets left.
-std::vector<Declaration> splitDeclarations(std::string_view text) {
-    std::vector<Declaration> declarations;
-    int depth = 0;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        if (i < text.size() && text[i] == '(') ++depth;
-        if (i < text.size() && text[i] == ')') --depth;
-        if (i < text.size() && (text[i] != ',' || depth > 0)) continue;
-        const std::string_view part = trimmed(text.substr(start, i - start));
-        start = i + 1;
-        if (part.empty()) continue;
-        const std::size_t nameEnd = std::min(part.find_first_of(" \t\r\n"), part.size());
-        std::string type(trimmed(part.substr(nameEnd)));
-        for (const std::string_view word : {" output", " out"})
-            if (lowered(type).ends_with(word)) type.resize(type.size() - word.size());
-        std::replace(type.begin(), type.end(), '\n', ' ');
-        declarations.push_back({std::string(part.substr(0, nameEnd)), type});
-    }
-    return declarations;
+void require(const Arguments& arguments, std::size_t count, const char* procedure) {
+    if (arguments.size() < count)
+        throw SqlError(201, std::string("Procedure or function '") + procedure +
+                                "' expects parameter number " + std::to_string(arguments.size() + 1) +
+                                ", which was not supplied.");
 }
 
-const Parameter* valueFor(const Declaration& declaration, std::size_t index,
-                          std::span<const Parameter> values) {
-    for (const Parameter& value : values)
-        if (lowered(value.name) == lowered(declaration.name)) return &value;
-    return index < values.size() && values[index].name.empty() ? &values[index] : nullptr;
+std::int64_t numberOf(const ProcedureCall::Argument& argument) {
+    const auto* number = std::get_if<std::int64_t>(&argument.value);
+    return number ? *number : 0;
 }
 
-std::string declare(std::string_view name, std::string_view type, const Parameter& value) {
-    return "DECLARE " + std::string(name) + " " + std::string(type) + " = " + literal(value) + " ";
+ProcedureCall executeSql(ProcedureCall::Argument text, ProcedureCall::Argument declarations) {
+    text.name.clear();
+    declarations.name.clear();
+    return {std::string(kExecuteSql), {std::move(text), std::move(declarations)}};
 }
 
-std::string outputSelect(const std::vector<std::string>& variables) {
-    std::string text;
-    for (const std::string& variable : variables) {
-        text += text.empty() ? "\nSELECT " : ", ";
-        text += variable;
-        if (&variable == variables.data()) text += " AS [" + std::string(kOutputMarker) + "]";
-    }
-    return text;
-}
-
-// The declarations stand before the statement in its own first line, so that its errors keep their lines.
-RpcBatch statementBatch(std::string_view text, std::string_view declarations,
-                        std::span<const Parameter> values) {
-    RpcBatch batch;
-    std::vector<std::string> outputs;
-    std::size_t index = 0;
-    for (const Declaration& declaration : splitDeclarations(declarations)) {
-        const Parameter* value = valueFor(declaration, index++, values);
-        if (value == nullptr)
-            throw RpcError(8178, 16,
-                           "The parameterized query '(" + std::string(declarations) + ")" +
-                               std::string(text.substr(0, 100)) + "' expects the parameter '" +
-                               declaration.name + "', which was not supplied.");
-        batch.text += declare(declaration.name, declaration.type, *value);
-        if (!value->output) continue;
-        outputs.push_back(declaration.name);
-        batch.outputs.push_back({declaration.name, true, value->type, {}});
-    }
-    batch.text += text;
-    batch.text += outputSelect(outputs);
-    return batch;
-}
-
-RpcBatch procedureBatch(const RpcCall& call) {
-    RpcBatch batch;
-    batch.returnsStatus = true;
-    std::vector<std::string> outputs = {"@tds_status"};
-    std::string arguments;
-    batch.text = "DECLARE @tds_status int ";
-    for (const Parameter& parameter : call.parameters) {
-        const std::string variable = "@tds_p" + std::to_string(&parameter - call.parameters.data() + 1);
-        batch.text += declare(variable, typeName(parameter.type), parameter);
-        arguments += arguments.empty() ? " " : ", ";
-        if (!parameter.name.empty()) arguments += parameter.name + " = ";
-        arguments += variable;
-        if (!parameter.output) continue;
-        arguments += " OUTPUT";
-        outputs.push_back(variable);
-        batch.outputs.push_back(parameter);
-    }
-    batch.text += "EXEC @tds_status = " + call.procedure + arguments + outputSelect(outputs);
-    return batch;
-}
-
-const Parameter& argument(const RpcCall& call, std::size_t index) {
-    if (index >= call.parameters.size())
-        throw RpcError(201, 16,
-                       "Procedure or function '" + call.procedure + "' expects parameter number " +
-                           std::to_string(index + 1) + ", which was not supplied.");
-    return call.parameters[index];
-}
-
-std::string textArgument(const RpcCall& call, std::size_t index) {
-    return argument(call, index).value.value_or("");
-}
-
-int handleArgument(const RpcCall& call) {
-    const std::string text = textArgument(call, 0);
-    int handle = 0;
-    std::from_chars(text.data(), text.data() + text.size(), handle);
-    return handle;
-}
-
-std::span<const Parameter> from(const RpcCall& call, std::size_t index) {
-    return std::span(call.parameters).subspan(std::min(index, call.parameters.size()));
+void appendFrom(std::size_t first, Arguments& from, ProcedureCall& call) {
+    call.arguments.insert(call.arguments.end(),
+                          std::move_iterator(from.begin() + static_cast<std::ptrdiff_t>(first)),
+                          std::move_iterator(from.end()));
 }
 
 }  // namespace
 
-std::vector<RpcCall> parseRpc(ByteView body) {
-    std::vector<RpcCall> calls;
-    for (std::size_t position = 0; position < body.size() || calls.empty();)
-        calls.push_back(parseCall(body, position));
+std::vector<ProcedureCall> parseRpc(ByteView body) {
+    std::vector<ProcedureCall> calls;
+    ByteReader in(body);
+    do calls.push_back(parseCall(in));
+    while (!in.atEnd());
     return calls;
 }
 
-RpcBatch PreparedStatements::batchFor(const RpcCall& call) {
-    const std::string name = lowered(call.procedure);
-    if (name == "sp_executesql") {
-        const std::string declarations = call.parameters.size() > 1 ? textArgument(call, 1) : std::string();
-        return statementBatch(textArgument(call, 0), declarations, from(call, 2));
+CallPlan PreparedStatements::plan(ProcedureCall call) {
+    const std::string name = tsql::lowerAscii(call.procedure);
+    if (name == "sp_prepare") return prepare(std::move(call.arguments));
+    if (name == "sp_prepexec") return prepareAndRun(std::move(call.arguments));
+    if (name == "sp_execute") return run(std::move(call.arguments));
+    if (name == "sp_unprepare") return unprepare(std::move(call.arguments));
+    return {std::move(call), {}};
+}
+
+// handle OUTPUT, declarations, text [, options]
+CallPlan PreparedStatements::prepare(Arguments arguments) {
+    require(arguments, 3, "sp_prepare");
+    CallPlan plan;
+    if (arguments.size() > 3 && (numberOf(arguments[3]) & kReturnMetadata) != 0) {
+        plan.run = executeSql(arguments[2], arguments[1]);
+        plan.run->describeOnly = true;
     }
-    if (name == "sp_prepare") return prepare(call, false);
-    if (name == "sp_prepexec") return prepare(call, true);
-    if (name == "sp_execute") return execute(call);
-    if (name == "sp_unprepare") return unprepare(call);
-    if (name.starts_with("procedure number "))
-        throw RpcError(2812, 16, "Could not find stored procedure '" + call.procedure + "'.");
-    return procedureBatch(call);
+    plan.handle = add(arguments);
+    return plan;
 }
 
-RpcBatch PreparedStatements::prepare(const RpcCall& call, bool executes) {
-    if (m_statements.size() >= kMostStatements)
-        throw RpcError(701, 17, "There are too many prepared statements in this session.");
-    Statement statement{textArgument(call, 1), textArgument(call, 2)};
-    RpcBatch batch;
-    if (executes) batch = statementBatch(statement.text, statement.declarations, from(call, 3));
-    m_statements[++m_lastHandle] = std::move(statement);
-    Parameter handle{call.parameters[0].name, true, {}, std::to_string(m_lastHandle)};
-    handle.type.id = tsql::TypeId::Int;
-    batch.known.push_back(std::move(handle));
-    return batch;
+// handle OUTPUT, declarations, text, values...
+CallPlan PreparedStatements::prepareAndRun(Arguments arguments) {
+    require(arguments, 3, "sp_prepexec");
+    CallPlan plan{executeSql(arguments[2], arguments[1]), add(arguments)};
+    appendFrom(3, arguments, *plan.run);
+    return plan;
 }
 
-RpcBatch PreparedStatements::execute(const RpcCall& call) {
-    const auto found = m_statements.find(handleArgument(call));
+CallPlan PreparedStatements::run(Arguments arguments) {
+    require(arguments, 1, "sp_execute");
+    const auto found = m_statements.find(numberOf(arguments[0]));
     if (found == m_statements.end())
-        throw RpcError(8179, 16,
-                       "Could not find prepared statement with handle " + textArgument(call, 0) + ".");
-    return statementBatch(found->second.text, found->second.declarations, from(call, 1));
+        throw SqlError(8179, "Could not find prepared statement with handle " +
+                                 std::to_string(numberOf(arguments[0])) + ".");
+    CallPlan plan{executeSql(found->second.text, found->second.declarations), {}};
+    appendFrom(1, arguments, *plan.run);
+    return plan;
 }
 
-RpcBatch PreparedStatements::unprepare(const RpcCall& call) {
-    m_statements.erase(handleArgument(call));
+CallPlan PreparedStatements::unprepare(Arguments arguments) {
+    require(arguments, 1, "sp_unprepare");
+    forget(arguments[0]);
     return {};
+}
+
+ProcedureCall::Argument PreparedStatements::add(Arguments& arguments) {
+    if (m_statements.size() >= kMostStatements)
+        throw SqlError(701, "There are too many prepared statements in this session.", 17);
+    m_statements[++m_lastHandle] = {std::move(arguments[2]), std::move(arguments[1])};
+    return {std::move(arguments[0].name), tsql::simpleType(tsql::TypeId::Int), m_lastHandle, true};
+}
+
+void PreparedStatements::forget(const ProcedureCall::Argument& handle) {
+    m_statements.erase(numberOf(handle));
 }
 
 }  // namespace tds

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "Login.h"
-#include "WireType.h"
 
 namespace tds {
 namespace {
@@ -13,7 +12,6 @@ constexpr std::uint8_t kInterfaceTransactSql = 1;
 constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 
 constexpr std::size_t kMostMessageUnits = 8000;
-constexpr int kLeastErrorSeverity = 11;
 
 constexpr unsigned kColumnNullable = 0x01;
 constexpr unsigned kColumnIdentity = 0x10;
@@ -28,9 +26,9 @@ void TokenWriter::loginAck() {
     token(Token::LoginAck);
     const std::size_t place = m_out.openLength();
     m_out.u8(kInterfaceTransactSql);
-    m_out.u32BigEndian(static_cast<std::uint32_t>(m_version));
+    m_out.bigEndian(static_cast<std::uint32_t>(m_version), 4);
     m_out.shortText(kProductName);
-    m_out.u32BigEndian(kServerVersion);
+    m_out.bigEndian(kServerVersion, 4);
     m_out.closeLength(place);
 }
 
@@ -71,6 +69,16 @@ void TokenWriter::collation() {
     bytesChange(EnvChange::Collation, kCollation, {});
 }
 
+void TokenWriter::transactionChange(tsql::TransactionEvent event) {
+    const bool begins = event == tsql::TransactionEvent::Began;
+    if (begins) ++m_transaction;
+    ByteWriter descriptor;
+    descriptor.u64(m_transaction);
+    const auto change =
+        static_cast<EnvChange>(static_cast<int>(EnvChange::BeginTransaction) + static_cast<int>(event));
+    bytesChange(change, begins ? descriptor.data() : ByteView(), begins ? ByteView() : descriptor.data());
+}
+
 void TokenWriter::userTypeAndFlags(unsigned flags) {
     m_out.number(0, m_version >= Version::V72 ? 4 : 2);
     m_out.u16(flags);
@@ -81,7 +89,7 @@ void TokenWriter::columns(std::span<const tsql::Column> columns) {
     token(Token::ColMetadata);
     m_out.u16(columns.size());
     for (const tsql::Column& column : columns) {
-        const tsql::SqlType& type = m_columnTypes.emplace_back(wireType(column.type, m_version));
+        const WireType& type = m_columnTypes.emplace_back(wireType(column.type, m_version));
         userTypeAndFlags((column.nullable ? kColumnNullable : 0U) | (column.identity ? kColumnIdentity : 0U));
         writeTypeInfo(m_out, type);
         // An empty table name: no parts since 7.2, before that no characters.
@@ -123,7 +131,7 @@ void TokenWriter::returnStatus(std::int32_t status) {
 }
 
 void TokenWriter::returnValue(std::string_view name, const tsql::SqlType& type, const tsql::CellView& value) {
-    const tsql::SqlType sent = wireType(type, m_version);
+    const WireType sent = wireType(type, m_version);
     token(Token::ReturnValue);
     m_out.u16(0);
     m_out.shortText(name);

@@ -6,9 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "ByteWriter.h"
 #include "Engine.h"
-#include "Protocol.h"
+#include "WireType.h"
 
 namespace tds {
 
@@ -23,6 +22,8 @@ class TokenWriter {
     void textChange(EnvChange what, std::string_view to, std::string_view from);
     void bytesChange(EnvChange what, ByteView to, ByteView from);
     void collation();
+    // Older clients do not follow transactions; the others are told each one's descriptor.
+    void transactionChange(tsql::TransactionEvent event);
     void columns(std::span<const tsql::Column> columns);
     // A row of the columns last announced. Throws ValueError and leaves nothing of the row.
     void row(std::span<const tsql::CellView> cells);
@@ -41,7 +42,8 @@ class TokenWriter {
     std::string m_serverName;
     Version m_version = Version::V74;
     ByteWriter m_out;
-    std::vector<tsql::SqlType> m_columnTypes;  // as they are sent
+    std::vector<WireType> m_columnTypes;
+    std::uint64_t m_transaction = 0;  // the last one's descriptor
 };
 
 }  // namespace tds

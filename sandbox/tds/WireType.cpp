@@ -2,346 +2,453 @@
 
 #include <algorithm>
 #include <bit>
-
-#include "WireTime.h"
+#include <cmath>
 
 namespace tds {
 namespace {
 
 using tsql::CellView;
+using tsql::DateTime;
 using tsql::SqlType;
 using tsql::TypeId;
+using tsql::Value;
+
+// Each type is sent in the first form that has it; the others are taken from clients only.
+constexpr WireForm kForms[] = {
+    {0x68, Framing::Byte, 1, TypeId::Bit},
+    {0x26, Framing::Byte, 1, TypeId::TinyInt},
+    {0x26, Framing::Byte, 2, TypeId::SmallInt},
+    {0x26, Framing::Byte, 4, TypeId::Int},
+    {0x26, Framing::Byte, 8, TypeId::BigInt},
+    {0x6A, Framing::Byte, 0, TypeId::Decimal},
+    {0x6C, Framing::Byte, 0, TypeId::Decimal},
+    {0x6E, Framing::Byte, 4, TypeId::SmallMoney},
+    {0x6E, Framing::Byte, 8, TypeId::Money},
+    {0x6D, Framing::Byte, 4, TypeId::Real},
+    {0x6D, Framing::Byte, 8, TypeId::Float},
+    {0x28, Framing::Byte, 0, TypeId::Date},
+    {0x29, Framing::Byte, 0, TypeId::Time},
+    {0x2A, Framing::Byte, 0, TypeId::DateTime2},
+    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime},
+    {0x6F, Framing::Byte, 8, TypeId::DateTime},
+    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},
+    {0xEF, Framing::Short, 0, TypeId::NChar},
+    {0xE7, Framing::Short, 0, TypeId::NVarChar},
+    {0xAF, Framing::Short, 0, TypeId::Char},
+    {0xA7, Framing::Short, 0, TypeId::VarChar},
+    {0xAD, Framing::Short, 0, TypeId::Binary},
+    {0xA5, Framing::Short, 0, TypeId::VarBinary},
+    {0x63, Framing::Long, 0, TypeId::NText},
+    {0x23, Framing::Long, 0, TypeId::Text},
+    {0x22, Framing::Long, 0, TypeId::Image},
+    {0xF1, Framing::Chunks, 0, TypeId::Xml},
+    {0x1F, Framing::Fixed, 0, TypeId::Int},  // a bare NULL
+    {0x32, Framing::Fixed, 1, TypeId::Bit},
+    {0x30, Framing::Fixed, 1, TypeId::TinyInt},
+    {0x34, Framing::Fixed, 2, TypeId::SmallInt},
+    {0x38, Framing::Fixed, 4, TypeId::Int},
+    {0x7F, Framing::Fixed, 8, TypeId::BigInt},
+    {0x7A, Framing::Fixed, 4, TypeId::SmallMoney},
+    {0x3C, Framing::Fixed, 8, TypeId::Money},
+    {0x3B, Framing::Fixed, 4, TypeId::Real},
+    {0x3E, Framing::Fixed, 8, TypeId::Float},
+    {0x3A, Framing::Fixed, 4, TypeId::SmallDateTime},
+    {0x3D, Framing::Fixed, 8, TypeId::DateTime},
+};
 
 // SQL_Latin1_General_CP1_CI_AS, 2.2.5.1.2
 constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
+constexpr unsigned char kCollationUtf8 = 0x04;  // in the collation's fourth byte
 
 constexpr std::uint64_t kNullLength16 = 0xFFFF;
+constexpr std::uint64_t kNullLength32 = 0xFFFFFFFF;
 constexpr std::uint64_t kNullLength64 = ~std::uint64_t{0};
-constexpr std::uint64_t kUnboundedLength16 = 0xFFFF;  // of a (max) type
+constexpr std::uint64_t kUnbounded = 0xFFFF;  // the length of a (max) type
+constexpr std::uint64_t kLongestLong = 0x7FFFFFFF;
+constexpr std::uint64_t kMostSizedBytes = 8000;
+constexpr int kMostPrecision = 38;
 constexpr std::size_t kTextPointerSize = 16;
+constexpr std::size_t kTimeStampSize = 8;
 
-enum WireId : std::uint8_t {
-    kImage = 0x22,
-    kGuid = 0x24,
-    kIntN = 0x26,
-    kDate = 0x28,
-    kTime = 0x29,
-    kDateTime2 = 0x2A,
-    kDateTimeOffset = 0x2B,
-    kNText = 0x63,
-    kBitN = 0x68,
-    kDecimalN = 0x6A,
-    kFloatN = 0x6D,
-    kMoneyN = 0x6E,
-    kDateTimeN = 0x6F,
-    kBigVarBinary = 0xA5,
-    kBigBinary = 0xAD,
-    kNVarChar = 0xE7,
-    kNChar = 0xEF,
-    kXml = 0xF1,
-};
+constexpr std::int64_t kLastDay = 3'652'058;   // 9999-12-31
+constexpr std::int64_t kUnitsPerSecond = 300;  // of datetime
+constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
 
-// How the length of a value is given.
-enum class Framing { Byte, Short, Unbounded, TextPointer };
+// The first three groups of a uniqueidentifier are numbers, so they are turned round; the rest are bytes.
+constexpr std::size_t kGuidOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 
-struct WireForm {
-    WireId id;
-    Framing framing;
-    std::size_t size;  // of a value; 0 where it depends
-};
-
-// In the order of TypeId.
-constexpr WireForm kForms[] = {{kBitN, Framing::Byte, 1},           {kIntN, Framing::Byte, 1},
-                               {kIntN, Framing::Byte, 2},           {kIntN, Framing::Byte, 4},
-                               {kIntN, Framing::Byte, 8},           {kDecimalN, Framing::Byte, 0},
-                               {kMoneyN, Framing::Byte, 4},         {kMoneyN, Framing::Byte, 8},
-                               {kFloatN, Framing::Byte, 4},         {kFloatN, Framing::Byte, 8},
-                               {kNChar, Framing::Short, 0},         {kNVarChar, Framing::Short, 0},
-                               {kNChar, Framing::Short, 0},         {kNVarChar, Framing::Short, 0},
-                               {kNText, Framing::TextPointer, 0},   {kNText, Framing::TextPointer, 0},
-                               {kXml, Framing::Unbounded, 0},       {kDate, Framing::Byte, 3},
-                               {kTime, Framing::Byte, 0},           {kDateTimeN, Framing::Byte, 8},
-                               {kDateTimeN, Framing::Byte, 4},      {kDateTime2, Framing::Byte, 0},
-                               {kDateTimeOffset, Framing::Byte, 0}, {kGuid, Framing::Byte, 16},
-                               {kBigBinary, Framing::Short, 0},     {kBigVarBinary, Framing::Short, 0},
-                               {kImage, Framing::TextPointer, 0}};
-static_assert(std::size(kForms) == static_cast<std::size_t>(TypeId::Image) + 1);
-
-WireForm formOf(const SqlType& type) {
-    WireForm form = kForms[static_cast<std::size_t>(type.id)];
-    if (form.framing == Framing::Short && type.length == SqlType::kMax) form.framing = Framing::Unbounded;
-    return form;
+bool isNationalText(TypeId id) {
+    return tsql::isText(id) && tsql::isNational(id);
 }
 
-// No column is declared narrower than one, not even an empty literal's.
-std::uint64_t declaredLength(const SqlType& type) {
-    return static_cast<std::uint64_t>(std::max(type.length, 1));
+bool hasScaledTime(TypeId id) {
+    return id == TypeId::Time || id == TypeId::DateTime2;
 }
 
-std::size_t decimalMagnitudeSize(int precision) {
-    return precision <= 9 ? 4 : precision <= 19 ? 8 : precision <= 28 ? 12 : 16;
+std::size_t decimalSize(int precision) {
+    return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
 }
 
 std::size_t timeSize(int scale) {
     return scale <= 2 ? 3 : scale <= 4 ? 4 : 5;
 }
 
-std::int64_t powerOfTen(int exponent) {
-    std::int64_t power = 1;
-    while (exponent-- > 0) power *= 10;
-    return power;
+[[noreturn]] void outOfRange(const char* what) {
+    throw ValueError(std::string(what) + " is out of its column's range");
 }
 
 // ---- Values going out -------------------------------------------------------------------------
 
 template <typename T>
-const T& as(const CellView& value, const char* what) {
+const T& as(const CellView& value) {
     if (const T* held = std::get_if<T>(&value)) return *held;
-    throw ValueError(std::string("a value does not have the form of its column's type, ") + what);
+    throw ValueError("a value does not have the form of its column's type");
 }
 
 double asDouble(const CellView& value) {
     if (const auto* integer = std::get_if<std::int64_t>(&value)) return static_cast<double>(*integer);
-    return as<double>(value, "a floating-point number");
+    return as<double>(value);
 }
 
-ByteView asText(const CellView& value) {
-    return as<std::string_view>(value, "text");
-}
-
-void writeInteger(ByteWriter& out, const CellView& value, std::size_t size, bool isSigned) {
-    const auto number = as<std::int64_t>(value, "an integer");
+void encodeInteger(ByteWriter& out, const CellView& value, std::size_t size, bool isSigned) {
+    const auto number = as<std::int64_t>(value);
     const std::int64_t limit = std::int64_t{1} << (8 * size - (isSigned ? 1 : 0)) % 64;
-    const bool fits = size == 8 || (number < limit && number >= (isSigned ? -limit : 0));
-    if (!fits) throw ValueError("the number " + std::to_string(number) + " is out of its column's range");
-    out.u8(size);
+    if (size < 8 && (number >= limit || number < (isSigned ? -limit : 0))) outOfRange("a number");
     out.number(static_cast<std::uint64_t>(number), size);
 }
 
-void writeMoney(ByteWriter& out, const CellView& value) {
-    const auto number = static_cast<std::uint64_t>(as<std::int64_t>(value, "money"));
-    out.u8(8);
-    out.u32(number >> 32);
-    out.u32(number);
-}
-
-void writeDecimal(ByteWriter& out, const SqlType& type, const CellView& value) {
-    const auto number = as<std::int64_t>(value, "a decimal number");
-    const std::uint64_t magnitude =
-        number < 0 ? 0 - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
-    const std::size_t size = decimalMagnitudeSize(type.precision);
-    if (size == 4 && magnitude >> 32 != 0) throw ValueError("a decimal number is out of its column's range");
-    out.u8(1 + size);
+void encodeDecimal(ByteWriter& out, const CellView& value, int precision) {
+    const auto number = as<std::int64_t>(value);
+    const auto bits = static_cast<std::uint64_t>(number);
+    const std::uint64_t magnitude = number < 0 ? 0 - bits : bits;
+    const std::size_t size = decimalSize(precision) - 1;
+    if (size == 4 && magnitude >> 32 != 0) outOfRange("a decimal number");
     out.u8(number < 0 ? 0 : 1);
-    out.number(magnitude, std::min<std::size_t>(size, 8));
-    if (size > 8) out.number(0, size - 8);
+    out.number(magnitude, size);
 }
 
-void writeFloat(ByteWriter& out, const CellView& value, std::size_t size) {
-    const double number = asDouble(value);
-    out.u8(size);
-    if (size == 8) return out.u64(std::bit_cast<std::uint64_t>(number));
-    out.u32(std::bit_cast<std::uint32_t>(static_cast<float>(number)));
+void encodeGuid(ByteWriter& out, Bytes text) {
+    std::erase(text, '-');
+    const auto inOrder = tsql::parseHex(text);
+    if (!inOrder || inOrder->size() != std::size(kGuidOrder))
+        throw ValueError("a value is no uniqueidentifier");
+    for (const std::size_t i : kGuidOrder) out.u8(std::to_integer<std::uint8_t>((*inOrder)[i]));
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
+    const std::int64_t days = value.days - DateTime::kDay1900;
+    const bool isSmall = size == 4;
+    if (isSmall && (days < 0 || days > 0xFFFF)) outOfRange("a smalldatetime");
+    const std::int64_t rounded = value.ticks * kUnitsPerSecond + DateTime::kTicksPerSecond / 2;
+    out.number(static_cast<std::uint64_t>(days), size / 2);
+    out.number(static_cast<std::uint64_t>(isSmall ? value.ticks / kTicksPerMinute
+                                                  : rounded / DateTime::kTicksPerSecond),
+               size / 2);
 }
 
-// The first three groups of a uniqueidentifier are numbers, so they are turned round; the rest are bytes.
-constexpr std::size_t kGuidOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
-
-void writeGuid(ByteWriter& out, ByteView text) {
-    Bytes inOrder;
-    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-        if (text[i] == '-') ++i;
-        const int high = hexDigit(text[i]);
-        const int low = i + 1 < text.size() ? hexDigit(text[i + 1]) : -1;
-        if (high < 0 || low < 0) break;
-        inOrder += static_cast<char>(high << 4 | low);
+void encode(ByteWriter& out, const WireType& type, const CellView& value) {
+    const std::size_t size = type.form.size;
+    switch (const TypeId id = type.type.id) {
+        case TypeId::Bit:
+        case TypeId::TinyInt:
+        case TypeId::SmallInt:
+        case TypeId::Int:
+        case TypeId::BigInt:
+        case TypeId::SmallMoney:
+            return encodeInteger(out, value, size, id > TypeId::TinyInt);
+        case TypeId::Money:  // the higher half first
+            out.u32(static_cast<std::uint64_t>(as<std::int64_t>(value)) >> 32);
+            return out.u32(static_cast<std::uint64_t>(as<std::int64_t>(value)));
+        case TypeId::Decimal:
+            return encodeDecimal(out, value, type.type.precision);
+        case TypeId::Real:
+            return out.u32(std::bit_cast<std::uint32_t>(static_cast<float>(asDouble(value))));
+        case TypeId::Float:
+            return out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
+        case TypeId::UniqueIdentifier:
+            return encodeGuid(out, Bytes(as<std::string_view>(value)));
+        case TypeId::Binary:
+        case TypeId::VarBinary:
+        case TypeId::Image: {
+            const auto blob = as<tsql::Blob>(value);
+            return out.bytes({reinterpret_cast<const char*>(blob.data()), blob.size()});
+        }
+        case TypeId::DateTime:
+        case TypeId::SmallDateTime:
+            return encodeDateTime(out, tsql::fromStorage(as<std::string_view>(value)), size);
+        default:
+            break;
     }
-    if (inOrder.size() != 16) throw ValueError("'" + Bytes(text) + "' is no uniqueidentifier");
-    out.u8(16);
-    for (const std::size_t i : kGuidOrder) out.u8(static_cast<unsigned char>(inOrder[i]));
-}
-
-void writeDateTime(ByteWriter& out, const DateTimeParts& parts) {
-    constexpr std::int64_t kTicksPerThreeHundredths = kTicksPerSecond / 100;  // three 1/300 s
-    constexpr std::int64_t kUnitsPerDay = 25'920'000;
-    std::int64_t days = parts.days - kDaysTo1900;
-    std::int64_t units = (3 * parts.ticks + kTicksPerThreeHundredths / 2) / kTicksPerThreeHundredths;
-    if (units == kUnitsPerDay) {
-        units = 0;
-        ++days;
-    }
-    out.u8(8);
-    out.u32(static_cast<std::uint64_t>(days));
-    out.u32(static_cast<std::uint64_t>(units));
-}
-
-void writeSmallDateTime(ByteWriter& out, const DateTimeParts& parts) {
-    const std::int64_t days = parts.days - kDaysTo1900;
-    if (days < 0 || days > 0xFFFF) throw ValueError("a smalldatetime is out of its range");
-    out.u8(4);
-    out.u16(static_cast<std::uint64_t>(days));
-    out.u16(static_cast<std::uint64_t>(parts.ticks / kTicksPerMinute));
-}
-
-void writeTicks(ByteWriter& out, std::int64_t ticks, int scale) {
-    out.number(static_cast<std::uint64_t>(ticks / powerOfTen(7 - scale)), timeSize(scale));
-}
-
-void writeDateTimeOffset(ByteWriter& out, const DateTimeParts& parts, int scale) {
-    std::int64_t days = parts.days;
-    std::int64_t ticks = parts.ticks - parts.offsetMinutes * kTicksPerMinute;
-    if (ticks < 0) --days, ticks += kTicksPerDay;
-    if (ticks >= kTicksPerDay) ++days, ticks -= kTicksPerDay;
-    out.u8(timeSize(scale) + 5);
-    writeTicks(out, ticks, scale);
-    out.number(static_cast<std::uint64_t>(days), 3);
-    out.u16(static_cast<std::uint64_t>(parts.offsetMinutes));
-}
-
-// Unbounded values go out as one chunk of known length, 2.2.5.2.3.
-void writeFramed(ByteWriter& out, Framing framing, ByteView data) {
-    if (framing == Framing::Unbounded) {
-        out.u64(data.size());
-        if (!data.empty()) out.u32(data.size());
-        out.bytes(data);
-        out.u32(0);
-    } else if (framing == Framing::TextPointer) {
-        out.u8(kTextPointerSize);
-        out.bytes(Bytes(kTextPointerSize, '\0'));
-        out.u64(0);  // timestamp
-        out.u32(data.size());
-        out.bytes(data);
-    } else {
-        if (data.size() >= kNullLength16) throw ValueError("a value is longer than its column's type allows");
-        out.u16(data.size());
-        out.bytes(data);
-    }
+    if (!tsql::isDateTime(type.type.id)) return out.utf16(as<std::string_view>(value));
+    const DateTime moment = tsql::fromStorage(as<std::string_view>(value));
+    const int scale = type.type.scale;
+    if (type.type.id != TypeId::Date)
+        out.number(static_cast<std::uint64_t>(moment.ticks / tsql::powerOfTen(7 - scale)), timeSize(scale));
+    if (type.type.id != TypeId::Time) out.number(static_cast<std::uint64_t>(moment.days), 3);
 }
 
 void writeNull(ByteWriter& out, Framing framing) {
-    switch (framing) {
-        case Framing::Byte:
-        case Framing::TextPointer:
-            return out.u8(0);
-        case Framing::Short:
-            return out.u16(kNullLength16);
-        case Framing::Unbounded:
-            return out.u64(kNullLength64);
+    if (framing == Framing::Short) return out.u16(kNullLength16);
+    if (framing == Framing::Chunks) return out.u64(kNullLength64);
+    out.u8(0);  // of a long value: it has no text pointer
+}
+
+// ---- Values coming in ---------------------------------------------------------------------------
+
+DateTime checked(const DateTime& value) {
+    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || value.days < 0 || value.days > kLastDay)
+        throw ProtocolError("a date or time parameter is out of range");
+    return value;
+}
+
+DateTime decodeDateTime(ByteReader in, std::size_t size) {
+    if (size == 4) {
+        const std::int64_t days = in.u16() + DateTime::kDay1900;
+        return checked({days, in.u16() * kTicksPerMinute});
+    }
+    const std::int64_t days = in.signedNumber(4) + DateTime::kDay1900;
+    return checked({days, in.signedNumber(4) * DateTime::kTicksPerSecond / kUnitsPerSecond});
+}
+
+DateTime decodeScaled(ByteReader in, const SqlType& type) {
+    const std::size_t timeBytes = type.id == TypeId::Date ? 0 : timeSize(type.scale);
+    const std::size_t dateBytes = type.id == TypeId::Time ? 0 : 3;
+    if (in.remaining() != timeBytes + dateBytes)
+        throw ProtocolError("a date or time parameter has a wrong length");
+    DateTime value;
+    value.ticks = static_cast<std::int64_t>(in.number(timeBytes)) * tsql::powerOfTen(7 - type.scale);
+    if (dateBytes > 0) value.days = static_cast<std::int64_t>(in.number(dateBytes));
+    return checked(value);
+}
+
+Value decodeDecimal(ByteReader in) {
+    if (in.remaining() > decimalSize(kMostPrecision)) throw ProtocolError("a decimal parameter is too long");
+    const bool negative = in.u8() == 0;
+    const std::size_t low = std::min<std::size_t>(in.remaining(), 8);
+    const auto magnitude = static_cast<std::int64_t>(in.number(low));
+    if (magnitude < 0 || in.number(in.remaining()) != 0)
+        throw tsql::SqlError(8115, "Arithmetic overflow error converting numeric to data type numeric.");
+    return negative ? -magnitude : magnitude;
+}
+
+Value decodeFloat(double value) {
+    if (!std::isfinite(value)) throw ProtocolError("a parameter is no finite number");
+    return value;
+}
+
+std::string decodeGuid(ByteView bytes) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const std::size_t i : kGuidOrder) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        text += {kDigits[byte >> 4], kDigits[byte & 0x0F]};
+        if (text.size() == 8 || text.size() == 13 || text.size() == 18 || text.size() == 23) text += '-';
+    }
+    return text;
+}
+
+Value decode(const WireType& type, ByteView data) {
+    ByteReader in(data);
+    switch (const TypeId id = type.type.id) {
+        case TypeId::Bit:
+            return std::int64_t{in.u8() != 0};
+        case TypeId::TinyInt:
+            return std::int64_t{in.u8()};
+        case TypeId::Money: {
+            const std::uint64_t high = in.u32();
+            return static_cast<std::int64_t>(high << 32 | in.u32());
+        }
+        case TypeId::Decimal:
+            return decodeDecimal(in);
+        case TypeId::Real:
+            return decodeFloat(std::bit_cast<float>(in.u32()));
+        case TypeId::Float:
+            return decodeFloat(std::bit_cast<double>(in.number(8)));
+        case TypeId::DateTime:
+        case TypeId::SmallDateTime:
+            return tsql::toStorage(decodeDateTime(in, data.size()), type.type);
+        case TypeId::UniqueIdentifier:
+            return decodeGuid(data);
+        case TypeId::VarBinary:
+            return tsql::Bytes(reinterpret_cast<const std::byte*>(data.data()), data.size());
+        case TypeId::NVarChar:
+            return utf8FromUtf16(data);
+        case TypeId::VarChar:
+            return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
+        default:
+            if (tsql::isDateTime(id)) return tsql::toStorage(decodeScaled(in, type.type), type.type);
+            return in.signedNumber(data.size());
     }
 }
 
-void writeBinary(ByteWriter& out, Framing framing, const CellView& value) {
-    const tsql::Blob blob = as<tsql::Blob>(value, "bytes");
-    writeFramed(out, framing, ByteView(reinterpret_cast<const char*>(blob.data()), blob.size()));
+// Partially length-prefixed data: a total, which may be unknown, then chunks up to an empty one, 2.2.5.2.3.
+Bytes readChunks(ByteReader& in) {
+    Bytes data;
+    while (const std::uint32_t length = in.u32()) data += in.bytes(length);
+    return data;
 }
 
-}  // namespace
+const WireForm* findForm(std::uint8_t id, std::size_t size) {
+    for (const WireForm& form : kForms)
+        if (form.id == id && (form.size == size || form.size == 0 || form.framing == Framing::Fixed))
+            return &form;
+    return nullptr;
+}
 
-SqlType wireType(const SqlType& type, Version version) {
-    const auto unicodeText = [](int length) { return SqlType{TypeId::NVarChar, length, 0, 0}; };
-    if (version < Version::V73A) {
-        if (type.id == TypeId::Date) return unicodeText(10);
-        if (type.id == TypeId::Time) return unicodeText(16);
-        if (type.id == TypeId::DateTime2) return unicodeText(27);
-        if (type.id == TypeId::DateTimeOffset) return unicodeText(34);
-    }
-    if (version < Version::V72) {
-        if (type.id == TypeId::Xml) return {TypeId::NText, SqlType::kMax, 0, 0};
-        if (type.length == SqlType::kMax)
-            return {type.id == TypeId::VarBinary ? TypeId::Image : TypeId::NText, SqlType::kMax, 0, 0};
+// What a variable has for a type that only columns and constants have.
+SqlType variableType(SqlType type) {
+    switch (type.id) {
+        case TypeId::Char:
+        case TypeId::Text:
+            type.id = TypeId::VarChar;
+            break;
+        case TypeId::NChar:
+        case TypeId::NText:
+        case TypeId::Xml:
+            type.id = TypeId::NVarChar;
+            break;
+        case TypeId::Binary:
+        case TypeId::Image:
+            type.id = TypeId::VarBinary;
+            break;
+        default:
+            break;
     }
     return type;
 }
 
-bool carriesTableName(const SqlType& type) {
-    return formOf(type).framing == Framing::TextPointer;
+// The length in bytes of a text or binary type, which also decides how its values are framed.
+void readLength(ByteReader& in, WireType& type) {
+    const std::uint64_t most = type.form.framing == Framing::Long ? in.u32() : in.u16();
+    if (type.form.framing == Framing::Short && most == kUnbounded) type.form.framing = Framing::Chunks;
+    const int units =
+        static_cast<int>(most <= kMostSizedBytes ? most : 0) / (isNationalText(type.type.id) ? 2 : 1);
+    type.type.length = most <= kMostSizedBytes ? std::max(units, 1) : SqlType::kMax;
+    if (!tsql::isText(type.type.id)) return;
+    type.utf8 = (static_cast<unsigned char>(in.bytes(kCollation.size())[3]) & kCollationUtf8) != 0;
 }
 
-void writeTypeInfo(ByteWriter& out, const SqlType& type) {
-    const WireForm form = formOf(type);
-    out.u8(form.id);
-    switch (form.id) {
-        case kDate:
-            return;
-        case kTime:
-        case kDateTime2:
-        case kDateTimeOffset:
-            return out.u8(type.scale);
-        case kDecimalN:
-            out.u8(1 + decimalMagnitudeSize(type.precision));
-            out.u8(type.precision);
-            return out.u8(type.scale);
-        case kNChar:
-        case kNVarChar:
-            out.u16(form.framing == Framing::Unbounded ? kUnboundedLength16 : 2 * declaredLength(type));
-            return out.bytes(kCollation);
-        case kBigBinary:
-        case kBigVarBinary:
-            return out.u16(form.framing == Framing::Unbounded ? kUnboundedLength16 : declaredLength(type));
-        case kNText:
-            out.u32(0x7FFFFFFE);
-            return out.bytes(kCollation);
-        case kImage:
-            return out.u32(0x7FFFFFFF);
-        case kXml:
-            return out.u8(0);  // no schema
-        default:
-            return out.u8(form.size);
+void readPrecision(ByteReader& in, SqlType& type) {
+    if (type.id == TypeId::Decimal) {
+        in.skip(1);  // most bytes
+        type.precision = in.u8();
+        if (type.precision < 1 || type.precision > kMostPrecision)
+            throw ProtocolError("a decimal parameter has an impossible precision");
     }
+    type.scale = in.u8();
+    if (type.scale > (type.id == TypeId::Decimal ? type.precision : 7))
+        throw ProtocolError("a parameter has an impossible scale");
 }
 
-void writeValue(ByteWriter& out, const SqlType& type, const CellView& value) {
-    const WireForm form = formOf(type);
-    if (std::holds_alternative<tsql::Null>(value)) return writeNull(out, form.framing);
-    switch (form.id) {
-        case kBitN:
-            return writeInteger(out, value, 1, false);
-        case kIntN:
-            return writeInteger(out, value, form.size, type.id != TypeId::TinyInt);
-        case kMoneyN:
-            return form.size == 8 ? writeMoney(out, value) : writeInteger(out, value, 4, true);
-        case kDecimalN:
-            return writeDecimal(out, type, value);
-        case kFloatN:
-            return writeFloat(out, value, form.size);
-        case kGuid:
-            return writeGuid(out, asText(value));
-        case kNChar:
-        case kNVarChar:
-        case kNText:
-        case kXml:
-            return writeFramed(out, form.framing, utf16FromUtf8(asText(value)));
-        case kBigBinary:
-        case kBigVarBinary:
-        case kImage:
-            return writeBinary(out, form.framing, value);
-        default:
-            break;
+}  // namespace
+
+WireType wireType(SqlType type, Version version) {
+    if (type.id == TypeId::Char) type.id = TypeId::NChar;
+    if (type.id == TypeId::VarChar) type.id = TypeId::NVarChar;
+    if (type.id == TypeId::Text) type.id = TypeId::NText;
+    if (version < Version::V73A && (type.id == TypeId::Date || hasScaledTime(type.id)))
+        type = tsql::nvarcharType(type.id == TypeId::Date ? 10 : type.id == TypeId::Time ? 16 : 27);
+    if (version < Version::V72 && (type.length == SqlType::kMax || type.id == TypeId::Xml))
+        type = {tsql::isBinary(type.id) ? TypeId::Image : TypeId::NText, SqlType::kMax, 0, 0};
+    for (WireForm form : kForms) {
+        if (form.type != type.id) continue;
+        if (form.framing == Framing::Short && type.length == SqlType::kMax) form.framing = Framing::Chunks;
+        return {form, type};
     }
-    const DateTimeParts parts = parseDateTime(asText(value));
-    switch (form.id) {
-        case kDateTimeN:
-            return form.size == 8 ? writeDateTime(out, parts) : writeSmallDateTime(out, parts);
-        case kDateTimeOffset:
-            return writeDateTimeOffset(out, parts, type.scale);
-        case kDate:
-            out.u8(3);
-            break;
-        case kTime:
-            out.u8(timeSize(type.scale));
-            break;
-        default:
-            out.u8(timeSize(type.scale) + 3);
-            break;
+    throw ValueError("a column has a type that clients cannot be sent");
+}
+
+bool carriesTableName(const WireType& type) {
+    return type.form.framing == Framing::Long;
+}
+
+void writeTypeInfo(ByteWriter& out, const WireType& type) {
+    const TypeId id = type.type.id;
+    out.u8(type.form.id);
+    if (type.form.size > 0) return out.u8(type.form.size);
+    if (id == TypeId::Xml) return out.u8(0);  // no schema
+    if (id == TypeId::Decimal) {
+        out.u8(decimalSize(type.type.precision));
+        out.u8(type.type.precision);
     }
-    if (form.id != kDate) writeTicks(out, parts.ticks, type.scale);
-    if (form.id != kTime) out.number(static_cast<std::uint64_t>(parts.days), 3);
+    if (id == TypeId::Decimal || hasScaledTime(id)) return out.u8(type.type.scale);
+    if (id == TypeId::Date) return;
+    // No column is declared narrower than one, not even an empty literal's.
+    const auto units = static_cast<std::uint64_t>(std::max(type.type.length, 1));
+    if (type.form.framing == Framing::Long)
+        out.u32(kLongestLong);
+    else
+        out.u16(type.form.framing == Framing::Chunks ? kUnbounded : tsql::isText(id) ? 2 * units : units);
+    if (tsql::isText(id)) out.bytes(kCollation);
+}
+
+void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
+    const Framing framing = type.form.framing;
+    if (std::holds_alternative<tsql::Null>(value)) return writeNull(out, framing);
+    if (framing == Framing::Long) {
+        out.u8(kTextPointerSize);
+        out.number(0, kTextPointerSize + kTimeStampSize);
+    }
+    // Unbounded values go out as one chunk of known length; an empty one's is the end mark as well.
+    const std::size_t total = framing == Framing::Chunks ? out.openLength(8) : 0;
+    const std::size_t width = framing == Framing::Byte ? 1 : framing == Framing::Short ? 2 : 4;
+    const std::size_t place = out.openLength(width);
+    encode(out, type, value);
+    out.closeLength(place, width);
+    const std::size_t length = out.size() - place;
+    if (framing == Framing::Short && length >= kNullLength16)
+        throw ValueError("a value is longer than its column's type allows");
+    if (framing != Framing::Chunks) return;
+    out.fillIn(total, length, 8);
+    if (length > 0) out.u32(0);
+}
+
+WireType readTypeInfo(ByteReader& in) {
+    const std::uint8_t id = in.u8();
+    const WireForm* form = findForm(id, 0);
+    const bool sized = form == nullptr && std::any_of(std::begin(kForms), std::end(kForms),
+                                                      [id](const WireForm& each) { return each.id == id; });
+    if (sized && (form = findForm(id, in.u8())) == nullptr)
+        throw ProtocolError("a parameter's size is none that its type can have");
+    if (form == nullptr)
+        throw tsql::SqlError(50000, "tsqlbox does not support parameters of the type that TDS numbers " +
+                                        std::to_string(id) + ".");
+    WireType type{*form, tsql::simpleType(form->type)};
+    if (form->framing == Framing::Short || form->framing == Framing::Long) readLength(in, type);
+    if (form->type == TypeId::Xml) {
+        if (in.u8() != 0) throw tsql::SqlError(50000, "tsqlbox does not support xml with a schema.");
+        type.type.length = SqlType::kMax;
+    }
+    if (form->type == TypeId::Decimal || hasScaledTime(form->type)) readPrecision(in, type.type);
+    type.type = variableType(type.type);
+    return type;
+}
+
+Value readValue(ByteReader& in, const WireType& type) {
+    std::uint64_t length = type.form.size;
+    switch (type.form.framing) {
+        case Framing::Fixed:
+            if (length == 0) return tsql::Null{};
+            break;
+        case Framing::Byte:
+            length = in.u8();
+            if (length == 0) return tsql::Null{};
+            if (type.form.size != 0 && length != type.form.size)
+                throw ProtocolError("a parameter's length is not that of its type");
+            break;
+        case Framing::Short:
+            length = in.u16();
+            if (length == kNullLength16) return tsql::Null{};
+            break;
+        case Framing::Long:
+            length = in.u32();
+            if (length == kNullLength32) return tsql::Null{};
+            break;
+        case Framing::Chunks:
+            if (in.number(8) == kNullLength64) return tsql::Null{};
+            return decode(type, readChunks(in));
+    }
+    return decode(type, in.bytes(length));
 }
 
 }  // namespace tds

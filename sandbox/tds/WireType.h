@@ -1,4 +1,5 @@
-// How values of each SQL type travel: [MS-TDS] 2.2.5.4 (data types), 2.2.5.6 (TYPE_INFO), 2.2.5.5.1 (values).
+// How types and their values travel, both ways: [MS-TDS] 2.2.5.4 (data types), 2.2.5.5.1 (values), 2.2.5.6
+// (TYPE_INFO).
 //
 // All text goes out in the Unicode types, whose length counts characters, so that UTF-8 survives every
 // client.
@@ -6,7 +7,7 @@
 
 #include "ByteWriter.h"
 #include "Protocol.h"
-#include "SqlType.h"
+#include "Values.h"
 
 namespace tds {
 
@@ -16,13 +17,33 @@ class ValueError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The type in which a client of this version is sent values of `type`: older ones lack some.
-tsql::SqlType wireType(const tsql::SqlType& type, Version version);
+// How a value's length is given.
+enum class Framing : std::uint8_t { Fixed, Byte, Short, Long, Chunks };
 
-void writeTypeInfo(ByteWriter& out, const tsql::SqlType& wireType);
+struct WireForm {
+    std::uint8_t id;  // of the type, as TYPE_INFO names it
+    Framing framing;
+    std::uint8_t size;  // of a value; 0 where it depends
+    tsql::TypeId type;
+};
+
+struct WireType {
+    WireForm form;
+    tsql::SqlType type;
+    bool utf8 = false;  // single-byte text whose collation is a UTF-8 one
+};
+
+// The type in which a client of this version is sent values of `type`: older ones lack some.
+WireType wireType(tsql::SqlType type, Version version);
+void writeTypeInfo(ByteWriter& out, const WireType& type);
 // In COLMETADATA the types text, ntext and image carry a table name behind their TYPE_INFO.
-bool carriesTableName(const tsql::SqlType& wireType);
+bool carriesTableName(const WireType& type);
 // A value in its storage form, Null included. Throws ValueError with `out` partly written.
-void writeValue(ByteWriter& out, const tsql::SqlType& wireType, const tsql::CellView& value);
+void writeValue(ByteWriter& out, const WireType& type, const tsql::CellView& value);
+
+// What a parameter's TYPE_INFO and value say, the type as a variable may have it. Both throw ProtocolError
+// for what no client may send, tsql::SqlError for what it may and is not taken here.
+WireType readTypeInfo(ByteReader& in);
+tsql::Value readValue(ByteReader& in, const WireType& type);
 
 }  // namespace tds

@@ -5,10 +5,9 @@
 
 #include "ByteWriter.h"
 #include "Login.h"
-#include "Parameter.h"
 #include "RawClient.h"
 #include "Rpc.h"
-#include "WireTime.h"
+#include "WireType.h"
 
 namespace tds {
 namespace {
@@ -23,7 +22,7 @@ TEST(Utf16, BrokenTextBecomesTheReplacementCharacter) {
         {"\xF0\x9F\x98\x80", "\x3D\xD8\x00\xDE"s, "\xF0\x9F\x98\x80"},
         {"\xC3", "\xFD\xFF", "\xEF\xBF\xBD"},                          // cut short
         {"\xC0\xAF", "\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD"},  // longer than needed
-        {"\xED\xA0\x80", "\xFD\xFF\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},  // a surrogate
+        {"\xED\xA0\x80", "\xFD\xFF", "\xEF\xBF\xBD"},                  // a surrogate
     };
     for (const Case& c : cases) {
         EXPECT_EQ(utf16FromUtf8(c.utf8), c.wire);
@@ -61,53 +60,43 @@ TEST(Login, FieldsAreReadAndThoseOutsideOfThePacketRefused) {
     }
 }
 
-// A parameter without a name: no flags, then its type and value.
-Parameter parameterOf(const Bytes& typeAndValue) {
-    const Bytes wire = Bytes(2, '\0') + typeAndValue;
-    ByteReader in(wire);
-    Parameter parameter = readParameter(in);
+// What a type and a value on the wire come to: the type's name, and the value in its storage form.
+std::string parameterOf(const Bytes& typeAndValue) {
+    ByteReader in(typeAndValue);
+    const WireType type = readTypeInfo(in);
+    const tsql::Value value = readValue(in, type);
     EXPECT_TRUE(in.atEnd());
-    return parameter;
+    return tsql::displayName(type.type) + " " +
+           (tsql::isNull(value) ? "NULL" : tsql::textOf(tsql::viewOf(value), type.type));
 }
 
-TEST(Parameter, EachWireTypeBecomesATypeAndAnExactLiteral) {
+TEST(Parameter, EachWireTypeBecomesATypeAndAnExactValue) {
     using namespace std::string_literals;
     const Bytes collation("\x09\x04\xD0\x00\x34", 5);
-    struct Case {
-        Bytes wire;
-        const char* type;
-        const char* literal;
+    const std::pair<Bytes, const char*> cases[] = {
+        {"\x38\xFE\xFF\xFF\xFF"s, "int -2"},
+        {"\x26\x01\x01\xC8"s, "tinyint 200"},
+        {"\x26\x08\x08\0\0\0\0\0\0\0\x80"s, "bigint -9223372036854775808"},
+        {"\x68\x01\x01\x01"s, "bit 1"},
+        {"\x26\x04\x00"s, "int NULL"},
+        {"\x1F"s, "int NULL"},
+        {"\x6D\x08\x08\0\0\0\0\0\0\xF8\x3F"s, "float 1.5"},
+        {"\x6E\x08\x08\xFF\xFF\xFF\xFF\xC7\xCF\xFF\xFF"s, "money -1.23"},
+        {"\x6C\x09\x12\x04\x09\x00\x05\0\0\0\0\0\0\0"s, "decimal(18,4) -0.0005"},
+        {"\x6F\x08\x08\x01\0\0\0\x2C\x01\0\0"s, "datetime Jan  2 1900 12:00AM"},
+        {"\x28\x03\x5B\x95\x0A"s, "date 1900-01-01"},
+        {"\x29\x00\x03\x7F\x51\x01"s, "time(0) 23:59:59"},
+        {"\x2A\x02\x06\x01\x00\x00\x5B\x95\x0A"s, "datetime2(2) 1900-01-01 00:00:00.01"},
+        {"\x24\x10\x10\xFF\x19\x96\x6F\x86\x8B\x11\xD0\xB4\x2D\x00\xC0\x4F\xC9\x64\xFF"s,
+         "uniqueidentifier 6F9619FF-8B86-D011-B42D-00C04FC964FF"},
+        {"\xE7\x08\x00"s + collation + "\x06\x00'\0\n\0\xE4\0"s, "nvarchar(4) '\n\xC3\xA4"},
+        {"\xA7\x05\x00"s + collation + "\x01\x00\x80"s, "varchar(5) \xE2\x82\xAC"},
+        {"\xE7\xFF\xFF"s + collation + Bytes(8, '\xFF'), "nvarchar(max) NULL"},
+        {"\xA7\xFF\xFF"s + collation + "\xFE" + Bytes(7, '\xFF') + "\x01\0\0\0a\x01\0\0\0b\0\0\0\0"s,
+         "varchar(max) ab"},
+        {"\x63\xFE\xFF\xFF\x7F"s + collation + "\x02\0\0\0A\0"s, "nvarchar(max) A"},
     };
-    const Case cases[] = {
-        {"\x38\xFE\xFF\xFF\xFF"s, "int", "-2"},
-        {"\x26\x01\x01\xC8"s, "tinyint", "200"},
-        {"\x26\x08\x08\0\0\0\0\0\0\0\x80"s, "bigint", "CAST('-9223372036854775808' AS bigint)"},
-        {"\x68\x01\x01\x01"s, "bit", "1"},
-        {"\x26\x04\x00"s, "int", "NULL"},
-        {"\x6D\x08\x08\0\0\0\0\0\0\xF8\x3F"s, "float", "1.5000000000000000e+00"},
-        {"\x6E\x08\x08\xFF\xFF\xFF\xFF\xC7\xCF\xFF\xFF"s, "money", "-1.2345"},
-        {"\x6C\x09\x12\x04\x09\x00\x05\0\0\0\0\0\0\0"s, "decimal(18,4)", "-0.0005"},
-        {"\x6F\x08\x08\x01\0\0\0\x2C\x01\0\0"s, "datetime", "'1900-01-02 00:00:01.000'"},
-        {"\x28\x03\x5B\x95\x0A"s, "date", "'1900-01-01'"},
-        {"\x29\x00\x03\x7F\x51\x01"s, "time(0)", "'23:59:59'"},
-        {"\x2B\x00\x08\x00\x00\x00\x5B\x95\x0A\xC4\xFF"s, "datetimeoffset(0)",
-         "'1899-12-31 23:00:00 -01:00'"},
-        {"\x24\x10\x10\xFF\x19\x96\x6F\x86\x8B\x11\xD0\xB4\x2D\x00\xC0\x4F\xC9\x64\xFF"s, "uniqueidentifier",
-         "'6F9619FF-8B86-D011-B42D-00C04FC964FF'"},
-        {"\xE7\x08\x00"s + collation + "\x06\x00'\0\n\0\xE4\0"s, "nvarchar(4)",
-         "N'''"
-         "'+NCHAR(10)+N'\xC3\xA4'"},
-        {"\xA7\x05\x00"s + collation + "\x01\x00\x80"s, "varchar(5)", "N'\xE2\x82\xAC'"},
-        {"\xE7\xFF\xFF"s + collation + Bytes(8, '\xFF'), "nvarchar(max)", "NULL"},
-        {"\xA5\xFF\xFF"s + "\xFE" + Bytes(7, '\xFF') + "\x01\0\0\0\xAB\x01\0\0\0\x0C\0\0\0\0"s,
-         "varbinary(max)", "0xAB0C"},
-        {"\x63\xFE\xFF\xFF\x7F"s + collation + "\x02\0\0\0A\0"s, "nvarchar(max)", "N'A'"},
-    };
-    for (const Case& c : cases) {
-        const Parameter parameter = parameterOf(c.wire);
-        EXPECT_EQ(typeName(parameter.type), c.type);
-        EXPECT_EQ(literal(parameter), c.literal);
-    }
+    for (const auto& [wire, parameter] : cases) EXPECT_EQ(parameterOf(wire), parameter);
 }
 
 TEST(Parameter, ImpossibleOnesAreRefused) {
@@ -121,33 +110,40 @@ TEST(Parameter, ImpossibleOnesAreRefused) {
         "\x29\x08\x00"s,                          // eight digits of a second
         "\xE7\x08\x00\x09\x04\xD0\x00\x34\xF0\x7F"s,
         "\x63\xFF\xFF\xFF\x7F\x09\x04\xD0\x00\x34\xF0\xFF\xFF\x7F"s,
-        "\xF3\x00"s,                          // a table
         "\x6D\x08\x08\0\0\0\0\0\0\xF0\x7F"s,  // infinity
     };
     for (const Bytes& wire : cases)
         EXPECT_THROW(parameterOf(wire), ProtocolError) << testing::PrintToString(wire);
 }
 
-TEST(PreparedStatements, DeclarationsStandInTheStatementsFirstLine) {
-    const auto text = [](std::string value) {
-        return Parameter{"", false, {tsql::TypeId::NVarChar, 10, 0, 0}, std::move(value)};
-    };
-    const Parameter two{"", false, {tsql::TypeId::Int, 0, 0, 0}, "2"};
-    const Parameter out{"@b", true, {tsql::TypeId::Int, 0, 0, 0}, {}};
-    PreparedStatements statements;
-    RpcBatch batch = statements.batchFor(
-        {"sp_executesql", {text("SELECT\n@a"), text("@a decimal(9,2), @b int OUTPUT"), two, out}});
-    EXPECT_EQ(batch.text,
-              "DECLARE @a decimal(9,2) = 2 DECLARE @b int = NULL SELECT\n@a\nSELECT @b AS [<tds output>]");
-    EXPECT_THROW(statements.batchFor({"sp_executesql", {text("SELECT @a"), text("@a int")}}), RpcError);
+TEST(Parameter, TypesWithoutAPlaceHereAreErrorsOfTheCall) {
+    using namespace std::string_literals;
+    for (const Bytes& wire : {"\xF3\x00"s, "\x2B\x07\x00"s, "\xF1\x01"s,  // a table, an offset, a schema
+                              "\x6C\x11\x26\x00\x09\x01"s + Bytes(8, '\xFF')})  // more than 64 bits
+        EXPECT_THROW(parameterOf(wire), tsql::SqlError) << testing::PrintToString(wire);
+}
 
-    batch = statements.batchFor({"sp_prepare", {out, text("@a int"), text("SELECT @a")}});
-    EXPECT_EQ(batch.text, "");
-    const Parameter handle{"", false, {tsql::TypeId::Int, 0, 0, 0}, batch.known.at(0).value};
-    EXPECT_EQ(statements.batchFor({"SP_EXECUTE", {handle, two}}).text, "DECLARE @a int = 2 SELECT @a");
-    statements.batchFor({"sp_unprepare", {handle}});
-    EXPECT_THROW(statements.batchFor({"sp_execute", {handle, two}}), RpcError);
-    EXPECT_THROW(statements.batchFor({"sp_prepexec", {}}), RpcError);
+TEST(PreparedStatements, CallsBecomeThoseOfSpExecutesql) {
+    const auto number = [](std::int64_t value) {
+        return tsql::ProcedureCall::Argument{"", tsql::simpleType(tsql::TypeId::Int), value};
+    };
+    const auto text = [](std::string value) {
+        return tsql::ProcedureCall::Argument{"@x", tsql::nvarcharType(10), std::move(value)};
+    };
+    PreparedStatements statements;
+    CallPlan plan =
+        statements.plan({"sp_prepare", {number(0), text("@a int"), text("SELECT @a"), number(1)}});
+    EXPECT_TRUE(plan.run && plan.run->describeOnly);
+    const auto handle = *plan.handle;
+    EXPECT_FALSE(statements.plan({"sp_prepare", {number(0), text(""), text("SELECT 1")}}).run);
+    plan = statements.plan({"SP_EXECUTE", {handle, number(2)}});
+    EXPECT_EQ(plan.run->procedure, "sp_executesql");
+    ASSERT_EQ(plan.run->arguments.size(), 3U);
+    EXPECT_EQ(std::get<std::string>(plan.run->arguments[0].value), "SELECT @a");
+    EXPECT_EQ(plan.run->arguments[1].name, "");
+    statements.plan({"sp_unprepare", {handle}});
+    EXPECT_THROW(statements.plan({"sp_execute", {handle, number(2)}}), tsql::SqlError);
+    EXPECT_THROW(statements.plan({"sp_prepexec", {}}), tsql::SqlError);
 }
 
 }  // namespace
