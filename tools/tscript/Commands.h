@@ -8,6 +8,7 @@
 
 void addScriptCommands(CLI::App& app, Action& action);   // run, help, exec, params
 void addJournalCommands(CLI::App& app, Action& action);  // catalogue, journal, which
+void addReportCommand(CLI::App& app, Action& action);    // report
 void addPackageCommands(CLI::App& app, Action& action);  // pack, and:
 void addInspectCommand(CLI::App& app, Action& action);
 void addLintCommand(CLI::App& app, Action& action);

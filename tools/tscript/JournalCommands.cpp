@@ -1,6 +1,5 @@
 // catalogue, journal, which: what is recorded of scripts and their runs.
 #include <algorithm>
-#include <ctime>
 #include <filesystem>
 #include <limits>
 #include <memory>
@@ -12,47 +11,16 @@
 #include "DVUtilities/TScriptRecords.h"
 #include "Diagnosis.h"
 #include "Installation.h"
+#include "JournalReader.h"
 #include "JsonOutput.h"
 #include "Listing.h"
 #include "Times.h"
 
 namespace {
 
-constexpr std::size_t kLongestPattern = 256;
 constexpr int kPage = 1000;
 constexpr int kAll = 0;
 constexpr int kMost = std::numeric_limits<int>::max();
-
-struct RecordOptions {
-    std::string name;
-    std::string database;
-    std::string status;
-    std::string since;
-    int last = 50;
-    double staleHours = 24;
-    bool json = false;
-};
-
-void openRecords(TScriptRecords& records, const std::string& database) {
-    if (!database.empty()) suiteDatabase(database);
-    if (records.open(database.c_str())) return;
-    const std::string named = records.getDbName();
-    const Diagnosis diagnosis = diagnoseRun({}, named.empty() ? database : named, records.getErrorMessage());
-    if (!diagnosis.scriptRan) writeNote(records.getErrorMessage());
-    throw Failure(diagnosis.scriptRan ? ExitCode::kConnection : diagnosis.code,
-                  diagnosis.scriptRan ? records.getErrorMessage() : diagnosis.what, diagnosis.advice);
-}
-
-[[noreturn]] void failReading(const TScriptRecords& records) {
-    throw Failure(
-        ExitCode::kConnection, records.getErrorMessage(),
-        "Does the database have the tables ZpTscripts and ZpTscriptExec, and may the login read them?");
-}
-
-void checkPattern(const std::string& pattern) {
-    if (pattern.size() > kLongestPattern)
-        throw Failure(ExitCode::kUsage, "the name pattern is longer than 256 bytes");
-}
 
 bool isProcedure(int type) {
     return (type & kTScriptPermanent) != 0;
@@ -92,41 +60,25 @@ Json jsonOf(const TScriptEntry_t& entry) {
 
 // ---- journal -------------------------------------------------------------------------------------------
 
-constexpr struct {
-    const char* name;
-    int status;
-    Shade shade;
-} kStatuses[] = {{"running", 0, Shade::kActive}, {"ok", 1, Shade::kGood}, {"failed", 2, Shade::kBad}};
+constexpr const char* kStatuses[] = {"running", "ok", "failed"};  // by their number in the journal
 
 int statusNumber(const std::string& name) {
-    for (const auto& status : kStatuses)
-        if (name == status.name) return status.status;
+    for (int status = 0; const char* known : kStatuses) {
+        if (name == known) return status;
+        ++status;
+    }
     return -1;
 }
 
-// A run as the journal's reader sees it now.
-struct RunView {
-    const TScriptRun_t& run;
-    std::int64_t seconds;  // what it took, or has taken so far
-    bool abandoned;
-
-    RunView(const TScriptRun_t& shown, double staleHours) : run(shown) {
-        const bool running = run.status == 0;
-        const std::int64_t until = running ? std::time(nullptr) : run.endTime;
-        seconds = run.startTime == 0 ? 0 : std::max<std::int64_t>(until - run.startTime, 0);
-        abandoned = running && static_cast<double>(seconds) > staleHours * 3600;
-    }
-    Cell status() const {
-        if (abandoned) return {"abandoned", Shade::kOdd};
-        for (const auto& status : kStatuses)
-            if (run.status == status.status) return {status.name, status.shade};
-        return {std::to_string(run.status)};
-    }
-};
+Cell statusOf(const RunView& view) {
+    constexpr Shade kShades[] = {Shade::kActive, Shade::kGood, Shade::kBad, Shade::kOdd, Shade::kNone};
+    if (view.state == RunState::kUnknown) return {std::to_string(view.run.status)};
+    return {nameOf(view.state), kShades[static_cast<int>(view.state)]};
+}
 
 Cells cellsOf(const RunView& view) {
     const TScriptRun_t& run = view.run;
-    return {{std::to_string(run.id)}, {run.name}, view.status(), {localTime(run.startTime)},
+    return {{std::to_string(run.id)}, {run.name}, statusOf(view), {localTime(run.startTime)},
             {spanText(view.seconds)}, {run.input}};
 }
 
@@ -136,7 +88,7 @@ Json jsonOf(const RunView& view) {
     return {{"id", run.id},
             {"name", run.name},
             {"kind", kindOf(run.type)},
-            {"status", view.status().text},
+            {"status", statusOf(view).text},
             {"start", utcTime(run.startTime)},
             {"end", ended ? Json(utcTime(run.endTime)) : Json()},
             {"seconds", view.seconds},
@@ -186,11 +138,8 @@ ExitCode listCatalogue(const RecordOptions& options) {
 }
 
 ExitCode listJournal(const RecordOptions& options) {
-    checkPattern(options.name);
-    TScriptRunFilter_t filter;
-    filter.namePattern = options.name;
+    TScriptRunFilter_t filter = runFilter(options);
     filter.status = statusNumber(options.status);
-    if (!options.since.empty()) filter.since = parseMoment(options.since);
     TScriptRecords records;
     openRecords(records, options.database);
     const auto fetch = [&](int beforeId, int length, std::vector<TScriptRun_t>& page) {
@@ -295,9 +244,7 @@ using Options = std::shared_ptr<RecordOptions>;
 CLI::App* addCommand(CLI::App& app, Action& action, const char* name, const char* description,
                      const Options& options, ExitCode (*work)(const RecordOptions&)) {
     CLI::App* command = app.add_subcommand(name, description);
-    command
-        ->add_option("--db", options->database, "The database (default: found from the installed components)")
-        ->type_name("DB");
+    addDatabaseOption(command, options->database);
     command->add_flag("--json", options->json, "As JSON, times in UTC");
     command->callback([&action, options, work] {
         action = [options, work] {
@@ -308,40 +255,26 @@ CLI::App* addCommand(CLI::App& app, Action& action, const char* name, const char
     return command;
 }
 
-void addPattern(CLI::App* command, const Options& options) {
-    command
-        ->add_option("--name", options->name, "Only names like this: * stands for any characters, ? for one")
-        ->type_name("PATTERN");
-}
-
 }  // namespace
 
 void addJournalCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RecordOptions>();
-    addPattern(addCommand(app, action, "catalogue",
-                          "List the scripts of a database's catalogue, newest first", options, listCatalogue),
-               options);
+    CLI::App* catalogue =
+        addCommand(app, action, "catalogue", "List the scripts of a database's catalogue, newest first",
+                   options, listCatalogue);
+    addPatternOption(catalogue, options->name);
 
     CLI::App* journal =
         addCommand(app, action, "journal", "List runs of scripts, newest first", options, listJournal);
-    addPattern(journal, options);
+    addPatternOption(journal, options->name);
     journal->add_option("--status", options->status, "Only runs of this status")
         ->check(CLI::IsMember({"running", "ok", "failed"}));
-    journal
-        ->add_option("--since", options->since,
-                     "Only runs that started then or later: 90m, 24h, 7d, 2w (ago), 2026-01-31, "
-                     "\"2026-01-31 18:30\" (local time)")
-        ->type_name("TIME");
+    addSinceOption(journal, options->since);
     journal->add_option("--last", options->last, "The newest N of these runs; 0 for all")
         ->type_name("N")
         ->check(CLI::Range(0, kMost))
         ->capture_default_str();
-    journal
-        ->add_option("--stale", options->staleHours,
-                     "A run without an end counts as abandoned after so many hours")
-        ->type_name("HOURS")
-        ->check(CLI::Range(0.0, 1e6))
-        ->capture_default_str();
+    addStaleOption(journal, options->staleHours);
 
     CLI::App* which =
         addCommand(app, action, "which", "Show whether a name is a package, a stored procedure, or both",

@@ -69,11 +69,11 @@ std::int64_t parseMoment(const std::string& text) {
         "Write 90m, 24h, 7d or 2w for a time that long ago, or 2026-01-31 or \"2026-01-31 18:30\".");
 }
 
-std::string localTime(std::int64_t seconds) {
+std::string localTime(std::int64_t seconds, const char* form) {
     const std::time_t moment = seconds;
     std::tm time{};
     if (seconds == 0 || localtime_r(&moment, &time) == nullptr) return {};
-    return formatted("%Y-%m-%d %H:%M:%S", time);
+    return formatted(form, time);
 }
 
 std::string utcTime(std::int64_t seconds) {

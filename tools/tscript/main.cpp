@@ -26,7 +26,7 @@ Exit codes:
 
 constexpr void (*kFamilies[])(CLI::App&, Action&) = {
     addScriptCommands,     addJournalCommands, addPackageCommands, addDatabaseCommands, addKeyCommands,
-    addCredentialCommands, addSandboxCommands, addDoctorCommand,   addConfigCommands,
+    addCredentialCommands, addSandboxCommands, addDoctorCommand,   addConfigCommands,   addReportCommand,
 };
 
 int fail(ExitCode code, const std::string& what, const std::string& advice) {

@@ -1,0 +1,238 @@
+// The page of `tscript report`, made of a sample installation's journal and looked at by a browser.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Installation.h"
+
+namespace {
+
+using support::ProgramResult;
+
+// Shows the page in a phone's and in a desk's width, all of it opened, and says what is wrong with it.
+constexpr const char* kViewer = R"html(<!DOCTYPE html><body style="margin:0;display:flex;background:gray">
+<iframe src="report.html" style="flex:none;border:0;width:360px;height:900px"></iframe>
+<iframe src="report.html" style="flex:none;border:0;width:1280px;height:900px"></iframe>
+<pre id="findings"></pre>
+<script>
+const channels = color => color.match(/[\d.]+/g).map(Number);
+const luminance = color => channels(color).slice(0, 3).map(c => c / 255)
+  .map(c => c <= 0.04045 ? c / 12.92 : ((c + 0.055) / 1.055) ** 2.4)
+  .reduce((sum, c, i) => sum + c * [0.2126, 0.7152, 0.0722][i], 0);
+function background(view, element) {
+  for (let at = element; at; at = at.parentElement) {
+    const color = view.getComputedStyle(at).backgroundColor;
+    if (channels(color)[3] !== 0) return color;
+  }
+}
+function contrast(view, element) {
+  const style = view.getComputedStyle(element);
+  const pair = [element.closest('svg') ? style.fill : style.color, background(view, element)].map(luminance);
+  return (Math.max(...pair) + 0.05) / (Math.min(...pair) + 0.05);
+}
+function look(frame) {
+  const view = frame.contentWindow, page = frame.contentDocument, faults = [];
+  const expect = (holds, fault) => { if (!holds) faults.push(fault); };
+  const runs = [...page.querySelectorAll('details.run')];
+  const before = runs.filter(run => run.open).length;
+  runs.forEach(run => { if (!run.open) run.querySelector('summary').click(); });
+  expect(before === 1 && runs.every(run => run.open), 'summaries do not open');
+  page.querySelectorAll('details').forEach(details => details.open = true);
+  expect(page.documentElement.scrollWidth <= view.innerWidth, 'scrolls sideways: ' + page.documentElement.scrollWidth);
+  expect(view.performance.getEntriesByType('resource').length === 0, 'asks for other files');
+  expect(!page.querySelector('script, img, b, link, iframe'), 'markup of the journal got in');
+  expect(page.documentElement.lang && page.title && page.querySelector('meta[name=viewport]'), 'no language, title or viewport');
+  const ids = [...page.querySelectorAll('[id]')].map(element => element.id);
+  expect(new Set(ids).size === ids.length, 'an id stands twice');
+  expect([...page.querySelectorAll('svg')].every(svg => svg.ariaHidden || svg.getAttribute('aria-label')), 'a drawing without a text');
+  expect([...page.querySelectorAll('pre, .scroll')].every(box => box.tabIndex === 0), 'a box that keys cannot scroll');
+  page.querySelector('.skip').focus();
+  expect(page.querySelector('.skip').getBoundingClientRect().left >= 0, 'the focus is not seen');
+  let texts = 0, drawn = page.querySelectorAll('.timeline g rect').length;
+  const walker = page.createTreeWalker(page.body, NodeFilter.SHOW_TEXT);
+  while (walker.nextNode()) {
+    const element = walker.currentNode.parentElement;
+    if (!walker.currentNode.data.trim() || element.closest('title') || !element.getClientRects().length) continue;
+    texts++;
+    expect(contrast(view, element) >= 4.5, 'too pale: ' + walker.currentNode.data);
+  }
+  return `width ${view.innerWidth}, runs ${runs.length}, bars ${drawn > 2}, texts ${texts > 60}, faults: ${faults.join('; ') || 'none'}\n`;
+}
+onload = () => {
+  const scheme = matchMedia('(prefers-color-scheme: dark)').matches ? 'dark' : 'light';
+  document.getElementById('findings').textContent = scheme + '\n' + [...document.querySelectorAll('iframe')].map(look).join('');
+};
+</script>)html";
+
+class Report : public Installation {
+  protected:
+    support::ProgramOptions options() const {
+        support::ProgramOptions options;
+        options.environment = {storeVariable(), "HOME=" + m_temp.path().string()};
+        return options;
+    }
+    void packBody(const std::string& name, const std::string& body) {
+        pack(name, "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n" + body);
+    }
+    // Enters runs as T-SQL says; @now is the present second.
+    void enter(const std::string& statements) {
+        packBody("Enter",
+                 "SET NOCOUNT ON\nDECLARE @i int, @now datetime\nSET @i = 0\nSET @now = dbo.GetDateTime(" +
+                     std::to_string(std::time(nullptr)) + ")\n" + statements + "\nGO\n");
+        const ProgramResult result = run({"run", "Enter"});
+        ASSERT_EQ(result.exitCode, 0) << result.output << result.errors;
+    }
+    static std::string row(const std::string& name, const std::string& start, const std::string& end,
+                           int status) {
+        return "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) "
+               "VALUES (1, 2, '" +
+               name + "', " + start + ", " + end + ", " + std::to_string(status) + ", '<img src=x>', 7)\n";
+    }
+    std::string page(Words words) {
+        words.insert(words.begin(), "report");
+        const ProgramResult result = run(words);
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        EXPECT_EQ(result.errors, "");
+        return result.output;
+    }
+    // A run that is killed once it has written something.
+    void abandonRun() {
+        packBody("Slow", "PRINT 'step 1 of 2'\nGO\nWAITFOR DELAY '00:01:00'\nGO\n");
+        const auto silent = support::memoryFile();
+        const pid_t child = support::spawn({TSCRIPT_PROGRAM, "run", "Slow"}, options(),
+                                           {silent.get(), silent.get(), silent.get()});
+        for (int i = 0; i < 600 && !slowHasWritten(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_TRUE(slowHasWritten());
+        int exitCode = 0;
+        kill(child, SIGKILL);
+        support::waitFor(child, std::chrono::seconds(5), exitCode);
+    }
+    bool slowHasWritten() const {
+        for (const auto& file : fs::directory_iterator(folder / "logs"))
+            if (file.path().filename().string().starts_with("Tscript_Dorvas_Slow_") && file.file_size() > 0)
+                return true;
+        return false;
+    }
+    // DVU_SCREENSHOTS names a folder in which the pictures are kept, to be looked at.
+    std::string browse(const std::string& scheme, const Words& what) {
+        Words words = {
+            "chromium",
+            "--headless=new",
+            "--no-sandbox",
+            "--disable-gpu",
+            "--disable-dev-shm-usage",
+            "--allow-file-access-from-files",
+            "--hide-scrollbars",
+            "--window-size=1640,900",
+            "--user-data-dir=" + (m_temp / "browser").string(),
+            std::string("--blink-settings=preferredColorScheme=") + (scheme == "dark" ? "0" : "1")};
+        words.insert(words.end(), what.begin(), what.end());
+        words.push_back("file://" + (m_temp / "viewer.html").string());
+        const ProgramResult result = support::runProgram(words, options());
+        EXPECT_EQ(result.exitCode, 0)
+            << "chromium (scripts/setup.sh installs it) does not work: " << result.errors;
+        return result.output;
+    }
+};
+
+std::size_t count(const std::string& text, const std::string& part) {
+    std::size_t times = 0;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++times;
+    return times;
+}
+
+void expectIn(const std::string& text, const Words& parts) {
+    const std::size_t body = text.find("<body>");
+    for (const std::string& part : parts)
+        EXPECT_NE(text.find(part), text.npos) << part << " in\n" << text.substr(body == text.npos ? 0 : body);
+}
+
+TEST_F(Report, IsAPageThatEverybodyCanRead) {
+    packBody("Fail",
+             "PRINT '<script>alert(1)</script> & %s'\nDECLARE @i int\nSET @i = 0\nWHILE @i < 20 BEGIN "
+             "PRINT 'line ' + CONVERT(varchar(9), @i) + REPLICATE('-', 90) SET @i = @i + 1 END\n"
+             "RAISERROR('broken', 16, 1)\nGO\n");
+    EXPECT_EQ(run({"run", "PurgeEvents", "-p", "30", "-p", "2"}).exitCode, 0);
+    for (const char* name : {"one", "two"}) EXPECT_EQ(run({"run", "Fail", "-p", name}).exitCode, 1);
+    abandonRun();
+    enter(row("A <b>bold</b> \"quoted\" it''s 100% [x]*", "DATEADD(hour, -2, @now)",
+              "DATEADD(hour, -1, @now)", 2));
+    const fs::path file = m_temp / "report.html";
+    ASSERT_EQ(page({"--stale", "0", "-o", file}), "");
+    const std::string text = support::readFile(file);
+    expectIn(text, {"&lt;b&gt;bold&lt;/b&gt; &quot;quoted&quot; it&#39;s 100% [x]*", "&lt;img src=x&gt;",
+                    "<pre tabindex=\"0\" role=\"region\" aria-label=\"Output of run 2\">"
+                    "&lt;script&gt;alert(1)&lt;/script&gt; &amp; one\nline 0-",
+                    "&lt;/script&gt; &amp; two\nline 0-", "line 8-", "the debug log has more",
+                    "\">step 1 of 2\n</pre>", "Its output is not known", "1 abandoned",
+                    "4 runs failed or abandoned"});
+    for (const std::string& never :
+         {std::string("://"), std::string("line 9-"), support::readFile(folder / "password")})
+        EXPECT_EQ(text.find(never), text.npos) << never;
+
+    support::writeFile(m_temp / "viewer.html", kViewer);
+    for (const std::string scheme : {"light", "dark"}) {
+        const std::string tail = ", runs 4, bars true, texts true, faults: none\n";
+        expectIn(browse(scheme, {"--dump-dom"}), {scheme + "\nwidth 360" + tail + "width 1280" + tail});
+        const char* kept = std::getenv("DVU_SCREENSHOTS");
+        const fs::path picture = (kept != nullptr ? fs::path(kept) : m_temp.path()) / (scheme + ".png");
+        browse(scheme, {"--screenshot=" + picture.string()});
+        EXPECT_GT(support::readFile(picture).size(), 50'000U) << "an empty picture";
+    }
+}
+
+TEST_F(Report, HasBoundsWhateverTheJournalHolds) {
+    expectIn(page({}), {"The journal is empty"});
+    enter("WHILE @i < 250 BEGIN\n" + row("Many", "DATEADD(minute, @i - 250, @now)", "@now", 2) +
+          "SET @i = @i + 1 END");
+    const std::string many = page({"--name", "M?ny"});
+    expectIn(many, {"The newest 200 of 250 runs", "Runs per hour", "names like <bdi><b>M?ny</b></bdi>"});
+    EXPECT_EQ(count(many, "<details class=\"run failed\""), 200U);
+    expectIn(page({"--name", "<*>"}), {"The journal holds no such run", "&lt;*&gt;"});
+
+    enter("SET @i = 1\nWHILE @i <= 100 BEGIN\n" + row("Even", "DATEADD(second, -@i, @now)", "@now", 1) +
+          "SET @i = @i + 1 END");
+    expectIn(page({"--name", "Even"}),
+             {"<td role=\"cell\" data-label=\"Longest\">1 min 40 s</td>", "100.0 %", "No run failed"});
+    const std::string even = page({"--name", "Even"});
+    expectIn(even, {"data-label=\"Median\">50 s<", "data-label=\"95 %\">1 min 3"});
+
+    for (const auto& [unit, ago] : {std::pair("day", "day, -50"),
+                                    {"week", "day, -100"},
+                                    {"month", "day, -1500"},
+                                    {"year", "year, -20"},
+                                    {"decade", "year, -90"}}) {
+        enter(row(unit, std::string("DATEADD(") + ago + ", @now)", "@now", 1) + row(unit, "@now", "@now", 0));
+        expectIn(page({"--name", unit}), {std::string("Runs per ") + unit, "1 ok, 1 running"});
+    }
+}
+
+TEST_F(Report, IsWholeOrNotThere) {
+    expectAll({
+        {{"report", "--since", "yesterday"}, 2, "", "is no time"},
+        {{"report", "--db", "Nothing"}, 2, "", "Dorvas, NQ2"},
+        {{"report", "--name", std::string(257, 'x')}, 2, "", "longer than 256"},
+        {{"report", "--store", "/nowhere"}, 3, "", "/nowhere"},
+        {{"report", "-o", m_temp.path()}, 3, "", "Is a directory"},
+        {{"report", "-o", m_temp / "none" / "x.html"}, 3, "", "No such file"},
+        {{"report", "-o", "/dev/full"}, 3, "", "No space left on device"},
+    });
+    const std::string small = m_temp / "small";
+    fs::create_directory(small);
+    const std::string shell =
+        "mount -t tmpfs -o size=16k tmpfs " + small + " || exit 77; cd " + small +
+        "; echo kept > page; dd if=/dev/zero of=fill bs=4k count=2 2>/dev/null; '" TSCRIPT_PROGRAM
+        "' report -o page; echo code $?; cat page; ls";
+    const ProgramResult result = support::runProgram({"unshare", "-rm", "sh", "-c", shell}, options());
+    if (result.exitCode == 77) GTEST_SKIP() << "no file system can be mounted here: " << result.errors;
+    EXPECT_EQ(result.output, "code 3\nkept\nfill\npage\n") << result.errors;
+}
+
+}  // namespace
