@@ -10,7 +10,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libtomlplusplus-dev libsodium-dev libspdlog-dev libssl-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev
   unixodbc unixodbc-dev tdsodbc freetds-bin
-  libgtest-dev file
+  libgtest-dev file chromium
 )
 case "${1-}" in
   "") ;;

@@ -173,8 +173,8 @@ TEST_F(Report, IsAPageThatEverybodyCanRead) {
                     "&lt;/script&gt; &amp; two\nline 0-", "line 8-", "the debug log has more",
                     "\">step 1 of 2\n</pre>", "Its output is not known", "1 abandoned",
                     "4 runs failed or abandoned"});
-    for (const std::string& never :
-         {std::string("://"), std::string("line 9-"), support::readFile(folder / "password")})
+    const std::string password = support::readFile(folder / "password");
+    for (const std::string& never : {std::string("://"), std::string("line 9-"), password.substr(0, 12)})
         EXPECT_EQ(text.find(never), text.npos) << never;
 
     support::writeFile(m_temp / "viewer.html", kViewer);
@@ -224,15 +224,14 @@ TEST_F(Report, IsWholeOrNotThere) {
         {{"report", "-o", m_temp / "none" / "x.html"}, 3, "", "No such file"},
         {{"report", "-o", "/dev/full"}, 3, "", "No space left on device"},
     });
-    const std::string small = m_temp / "small";
-    fs::create_directory(small);
-    const std::string shell =
-        "mount -t tmpfs -o size=16k tmpfs " + small + " || exit 77; cd " + small +
-        "; echo kept > page; dd if=/dev/zero of=fill bs=4k count=2 2>/dev/null; '" TSCRIPT_PROGRAM
-        "' report -o page; echo code $?; cat page; ls";
-    const ProgramResult result = support::runProgram({"unshare", "-rm", "sh", "-c", shell}, options());
-    if (result.exitCode == 77) GTEST_SKIP() << "no file system can be mounted here: " << result.errors;
-    EXPECT_EQ(result.output, "code 3\nkept\nfill\npage\n") << result.errors;
+    // No file of the process can grow beyond 4 KiB: writing fails as it does on a full disk.
+    const fs::path file = m_temp / "place" / "page";
+    fs::create_directory(file.parent_path());
+    support::writeFile(file, "kept");
+    const std::string shell = "ulimit -f 8; exec '" TSCRIPT_PROGRAM "' report -o '" + file.string() + "'";
+    EXPECT_EQ(support::runProgram({"sh", "-c", shell}, options()).exitCode, 3);
+    EXPECT_EQ(support::readFile(file), "kept");
+    EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), {}), 1);
 }
 
 }  // namespace

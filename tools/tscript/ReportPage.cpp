@@ -78,7 +78,7 @@ constexpr char kScriptRow[] =
 )";
 
 constexpr char kFailure[] = R"(<details class="run {}"{}>
-<summary><span class="what"><bdi>{}</bdi> <span class="state">{}</span></span> <time datetime="{}">{}</time>{}</summary>
+<summary><span class="what"><bdi>{}</bdi> <span class="state">{}</span></span> {}{}</summary>
 <dl><div><dt>Run</dt><dd>{}</dd></div><div><dt>Ended</dt><dd>{}</dd></div><div><dt>Took</dt><dd>{}</dd></div>{}{}</dl>
 {}</details>
 )";
@@ -98,11 +98,15 @@ std::string cut(const std::string& text, std::size_t longest) {
     return text.substr(0, end) + "…";
 }
 
+std::string moment(std::int64_t seconds) {
+    return filled("<time datetime=\"{}\">{}</time>", {utcTime(seconds), localTime(seconds)});
+}
+
 std::string headOf(const Report& report) {
     const std::string database = html(report.database);
-    std::string range = report.since != 0 ? "From " + localTime(report.since) : "All that the journal holds";
+    std::string range = report.since != 0 ? "From " + moment(report.since) : "All that the journal holds";
     if (!report.pattern.empty()) range += ", names like <bdi><b>" + html(report.pattern) + "</b></bdi>";
-    range += "; as of " + localTime(report.now);
+    range += "; as of " + moment(report.now);
     return filled(kHead, {database, kReportStyle, database, range + "."});
 }
 
@@ -208,8 +212,7 @@ std::string failureOf(const BadRun& bad, const RunOutput& output, bool open) {
     const bool abandoned = bad.state == RunState::kAbandoned;
     return filled(
         kFailure,
-        {nameOf(bad.state), open ? " open" : "", html(run.name), nameOf(bad.state), utcTime(run.startTime),
-         localTime(run.startTime),
+        {nameOf(bad.state), open ? " open" : "", html(run.name), nameOf(bad.state), moment(run.startTime),
          preview.empty() ? "" : " <span class=\"preview\"><bdi>" + preview + "</bdi></span>",
          std::to_string(run.id), abandoned ? "–" : localTime(run.endTime),
          abandoned ? "–" : spanText(bad.seconds),

@@ -48,12 +48,14 @@ _tscript() {
     -p | --parameter | --input | --name | --since | --last | --stale | --port | --user) COMPREPLY=(); return ;;
   esac
   case "${words[*]}" in
-    "") _tscript_offer "run help exec params which catalogue journal pack lint inspect repack db doctor config key credentials sandbox $options --version" ;;
+    "") _tscript_offer "run help exec params which catalogue journal report pack lint inspect repack db doctor config key credentials sandbox $options --version" ;;
     run*) options+=" -p --parameter" ;;&
     run* | exec*) options+=" --db --input --dry-run -o --output -q --quiet --json" ;;&
-    help* | params* | which* | catalogue* | journal* | db*) options+=" --db" ;;&
-    catalogue* | journal*) options+=" --name" ;;&
-    journal*) options+=" --status --since --last --stale" ;;&
+    help* | params* | which* | catalogue* | journal* | report* | db*) options+=" --db" ;;&
+    catalogue* | journal* | report*) options+=" --name" ;;&
+    journal* | report*) options+=" --since --stale" ;;&
+    journal*) options+=" --status --last" ;;&
+    report*) options+=" -o --output" ;;&
     pack*) options+=" -o --output" ;;&
     inspect*) options+=" --body" ;;&
     params* | which* | catalogue* | journal* | inspect* | lint*) options+=" --json" ;;&
