@@ -10,6 +10,8 @@
 #include <cstring>
 #include <optional>
 
+#include "Messages.h"
+
 namespace tsql {
 namespace {
 
@@ -24,13 +26,11 @@ constexpr std::size_t kBlock = 1 << 16;
 using Checksum = std::array<unsigned char, kChecksum>;
 
 [[noreturn]] void cannotOpen(const fs::path& file, int error) {
-    throw SqlError(3201, "Cannot open backup device '" + file.string() + "'. Operating system error " +
-                             std::to_string(error) + "(" + std::strerror(error) + ").");
+    throw sqlError(3201, {file.string(), std::to_string(error), std::strerror(error)});
 }
 
 [[noreturn]] void damaged(const fs::path& file) {
-    throw SqlError(3203, "Read on \"" + file.string() +
-                             "\" failed: the backup is damaged (its checksum does not hold).");
+    throw sqlError(3203, {file.string()});
 }
 
 class File {
@@ -174,8 +174,7 @@ void copyDatabase(sqlite3* from, sqlite3* to) {
         sqlite3_sleep(100);
     }
     sqlite3_backup_finish(copy);
-    if (code == SQLITE_BUSY || code == SQLITE_LOCKED)
-        throw SqlError(3101, "Exclusive access could not be obtained because the database is in use.");
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) throw sqlError(3101);
     if (code != SQLITE_DONE) throw std::runtime_error(sqlite3_errstr(code));
 }
 
@@ -214,8 +213,7 @@ struct OpenBackup {
         if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) cannotOpen(path, EISDIR);
         const std::string start = file.read(kMagic.size() + 8);
         if (start.size() < kMagic.size() + 8 || !start.starts_with(kMagic))
-            throw SqlError(3241, "The media family on device '" + path.string() +
-                                     "' is incorrectly formed. SQL Server cannot process this media family.");
+            throw sqlError(3241, {path.string()});
         const std::uint64_t size = decodeSize(std::string_view(start).substr(kMagic.size()));
         if (size > kMaxHeader) damaged(path);
         headerBytes = file.read(size);
@@ -248,10 +246,7 @@ void checkMoves(const BackupHeader& header, std::span<const std::string> movedNa
     for (const std::string& name : movedNames) {
         const bool known =
             name == dataLogicalName(header.database) || name == logLogicalName(header.database);
-        if (!known)
-            throw SqlError(3234, "Logical file '" + name + "' is not part of database '" +
-                                     std::string(database) +
-                                     "'. Use RESTORE FILELISTONLY to list the logical file names.");
+        if (!known) throw sqlError(3234, {name, database});
     }
 }
 
@@ -283,16 +278,14 @@ std::string logLogicalName(std::string_view database) {
 
 BackupHeader backupDatabase(const Storage& storage, std::string_view database, const fs::path& file) {
     const std::string name = storage.canonicalName(database);
-    if (name.empty())
-        throw SqlError(911, "Database '" + std::string(database) +
-                                "' does not exist. Make sure that the name is entered correctly.");
+    if (name.empty()) throw sqlError(911, {database});
     BackupHeader header{name, now(), {}, storage.pathOf(name).string(), 0, 0};
     TemporaryFile image(file);
     TemporaryFile whole(file);
     try {
         header.pages = writeImage(storage.pathOf(name), image.path());
     } catch (const std::runtime_error& error) {
-        throw SqlError(3202, "Write on \"" + file.string() + "\" failed: " + error.what());
+        throw sqlError(3202, {file.string(), error.what()});
     }
     header.bytes = static_cast<std::int64_t>(fs::file_size(image.path()));
     header.finished = now();
@@ -367,11 +360,7 @@ BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string
                              std::span<const std::string> movedNames) {
     OpenBackup backup(file);
     checkMoves(backup.header, movedNames, database);
-    if (storage.exists(database) && !replace)
-        throw SqlError(
-            3159, "The tail of the log for the database \"" + std::string(database) +
-                      "\" has not been backed up. Use the WITH REPLACE clause of the RESTORE statement to "
-                      "overwrite the existing database.");
+    if (storage.exists(database) && !replace) throw sqlError(3159, {database});
     TemporaryFile image(storage.directory() / "restore");
     backup.extractTo(image.path());
     try {
@@ -379,7 +368,7 @@ BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string
     } catch (const SqlError&) {
         throw;
     } catch (const std::runtime_error& error) {
-        throw SqlError(3270, "An internal consistency error has occurred: " + std::string(error.what()));
+        throw sqlError(3270, {error.what()});
     }
     return backup.header;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -138,9 +139,7 @@ std::string Connection::attach(std::string_view database) {
         m_attached.splice(m_attached.begin(), m_attached, found);
         return quotedName(key);
     }
-    if (!m_storage.exists(database))
-        throw SqlError(911, "Database '" + std::string(database) +
-                                "' does not exist. Make sure that the name is entered correctly.");
+    if (!m_storage.exists(database)) throw sqlError(911, {database});
     if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
     run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
     m_attached.push_front(key);

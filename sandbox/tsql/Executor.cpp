@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "Messages.h"
 #include "RaiseErrorText.h"
 #include "Text.h"
 
@@ -66,8 +67,7 @@ Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_vie
         m_connection.handle(), kProgressSteps,
         [](void* self) { return static_cast<int>(static_cast<Executor*>(self)->isCancelled()); }, this);
     m_database = engine.storage.canonicalName(database);
-    if (m_database.empty())
-        throw SqlError(4060, "Cannot open database \"" + std::string(database) + "\".", 11);
+    if (m_database.empty()) throw sqlError(4060, {database});
     m_connection.attach(m_database);
 }
 
@@ -218,26 +218,16 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
             return constraintError(failure);
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            if (failure.code != SQLITE_BUSY_SNAPSHOT) return {1222, "Lock request time out period exceeded."};
-            return {1205,
-                    "Transaction (Process ID " + std::to_string(m_spid) +
-                        ") was deadlocked on lock resources with another process and has been chosen as the "
-                        "deadlock "
-                        "victim. Rerun the transaction.",
-                    13};
+            if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(1222);
+            return sqlError(1205, {std::to_string(m_spid)});
         case SQLITE_FULL:
-            return {1105, "Could not allocate space in database '" + m_database + "': the disk is full.", 17,
-                    2};
+            return sqlError(1105, {m_database});
         default:
             break;
     }
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
-        return {191,
-                "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into "
-                "smaller "
-                "queries.",
-                15};
+        return sqlError(191);
     return {50000, "tsqlbox could not run the statement: " + text + "."};
 }
 
@@ -247,11 +237,7 @@ SqlError Executor::constraintError(const SqliteFailure& failure) {
     const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
     switch (failure.code) {
         case SQLITE_CONSTRAINT_NOTNULL:
-            return {515,
-                    "Cannot insert the value NULL into column '" + what.substr(what.rfind('.') + 1) +
-                        "', table '" + m_target.fullName() + "'; column does not allow nulls. " + m_verb +
-                        " fails.",
-                    16, 2};
+            return sqlError(515, {what.substr(what.rfind('.') + 1), m_target.fullName(), m_verb});
         case SQLITE_CONSTRAINT_CHECK:
             return conflict("CHECK", what);
         case SQLITE_CONSTRAINT_FOREIGNKEY: {
@@ -266,11 +252,8 @@ SqlError Executor::constraintError(const SqliteFailure& failure) {
 }
 
 SqlError Executor::conflict(std::string_view type, const std::string& name) {
-    return {547,
-            "The " + m_verb + " statement conflicted with the " + std::string(type) + " constraint" +
-                (name.empty() ? "" : " \"" + name + "\"") + ". The conflict occurred in database \"" +
-                m_target.database + "\", table \"dbo." + m_target.name + "\".",
-            16, 0};
+    return sqlError(
+        547, {m_verb, type, name.empty() ? "" : " \"" + name + "\"", m_target.database, m_target.name});
 }
 
 SqlError Executor::duplicateKey(const std::string& columns) {
@@ -279,17 +262,9 @@ SqlError Executor::duplicateKey(const std::string& columns) {
     for (std::size_t at = 0; (at = names.find(prefix, at)) != std::string::npos;)
         names.erase(at, prefix.size());
     const auto key = Catalogue(m_connection, m_target.database, m_target.schema).key(m_target.stored, names);
-    if (key && key->type == objectType::kIndex)
-        return {2601,
-                "Cannot insert duplicate key row in object 'dbo." + m_target.name + "' with unique index '" +
-                    key->name + "'.",
-                14};
+    if (key && key->type == objectType::kIndex) return sqlError(2601, {m_target.name, key->name});
     const bool primary = key && key->type == objectType::kPrimaryKey;
-    return {2627,
-            std::string("Violation of ") + (primary ? "PRIMARY" : "UNIQUE") + " KEY constraint '" +
-                (key ? key->name : names) + "'. Cannot insert duplicate key in object 'dbo." + m_target.name +
-                "'.",
-            14};
+    return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key ? key->name : names, m_target.name});
 }
 
 // ---- values
@@ -333,14 +308,12 @@ bool Executor::holds(const Expr& condition) {
 
 void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
     const auto found = m_frames.back()->variables.find(lowerAscii(name));
-    if (found == m_frames.back()->variables.end())
-        throw SqlError(137, "Must declare the scalar variable \"" + name + "\".", 15);
+    if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
     found->second.value = convertValue(value, type, found->second.type);
 }
 
 void Executor::refuseInFunction() const {
-    if (m_frames.back()->isFunction)
-        throw SqlError(443, "Invalid use of a side-effecting operator within a function.");
+    if (m_frames.back()->isFunction) throw sqlError(443);
 }
 
 // ---- statements
@@ -439,16 +412,9 @@ Flow Executor::run(const RaiseError& raise) {
     };
     const int severity = std::max(0, number(*raise.severity));
     const int state = std::clamp(number(*raise.state), 0, 255);
-    if (severity > kTopUserSeverity && !raise.log)
-        throw SqlError(
-            2754,
-            "Error severity levels greater than 18 can only be specified by members of the sysadmin role, "
-            "using the WITH LOG option.");
+    if (severity > kTopUserSeverity && !raise.log) throw sqlError(2754);
     const TypedValue message = evaluate(*raise.message);
-    if (isInteger(message.type.id))
-        throw SqlError(18054,
-                       "Error " + textOf(viewOf(message.value), message.type) +
-                           " was raised, but no message with that error number was found in sys.messages.");
+    if (isInteger(message.type.id)) throw sqlError(18054, {textOf(viewOf(message.value), message.type)});
     std::vector<TypedValue> arguments;
     for (const auto& argument : raise.arguments) arguments.push_back(evaluate(*argument));
     const Message raised{50000,
@@ -470,18 +436,12 @@ Flow Executor::run(const RaiseError& raise) {
 Flow Executor::run(const Throw& node) {
     Message message;
     if (!node.number) {
-        if (m_caught.empty())
-            throw SqlError(10704, "To rethrow an error, a THROW statement must be used inside a CATCH block.",
-                           15);
+        if (m_caught.empty()) throw sqlError(10704);
         message = m_caught.back();
     } else {
         const Value number = evaluate(*node.number, simpleType(TypeId::Int));
         const Value state = evaluate(*node.state, simpleType(TypeId::TinyInt));
-        if (isNull(number) || std::get<std::int64_t>(number) < 50000)
-            throw SqlError(
-                35100,
-                "Error number in the THROW statement is outside the valid range. Specify an error number "
-                "in the valid range of 50000 to 2147483647.");
+        if (isNull(number) || std::get<std::int64_t>(number) < 50000) throw sqlError(35100);
         message = {static_cast<int>(std::get<std::int64_t>(number)),
                    16,
                    isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
@@ -500,8 +460,7 @@ Flow Executor::run(const WaitFor& wait) {
     refuseInFunction();
     const std::string text = evaluateText(*wait.delay);
     const auto time = parseDateTime(text);
-    if (!time || text.find(':') == std::string::npos)
-        throw SqlError(148, "Incorrect time syntax in time string '" + text + "' used with WAITFOR.", 15);
+    if (!time || text.find(':') == std::string::npos) throw sqlError(148, {text});
     using Clock = std::chrono::steady_clock;
     constexpr std::int64_t kNanosecondsPerTick = 100;
     const auto until = Clock::now() + std::chrono::nanoseconds(time->ticks * kNanosecondsPerTick);

@@ -6,6 +6,7 @@
 
 #include "Backup.h"
 #include "Executor.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -68,14 +69,12 @@ void checkSetting(const std::string& name, const SetOption& option) {
     for (const auto& each : kOneWay) {
         if (name != each.name) continue;
         if (option.on == each.on) return;
-        throw SqlError(50000, "tsqlbox does not support SET " + name + (option.on ? " ON." : " OFF."));
+        throw unsupported("SET " + name + (option.on ? " ON" : " OFF"));
     }
-    if (std::find(kHarmless.begin(), kHarmless.end(), name) == kHarmless.end())
-        throw SqlError(195, "'" + name + "' is not a recognized SET option.", 15, 7);
-    if (name == "ROWCOUNT" && option.number.value_or(0) != 0)
-        throw SqlError(50000, "tsqlbox does not support SET ROWCOUNT other than 0.");
+    if (std::find(kHarmless.begin(), kHarmless.end(), name) == kHarmless.end()) throw sqlError(195, {name});
+    if (name == "ROWCOUNT" && option.number.value_or(0) != 0) throw unsupported("SET ROWCOUNT other than 0");
     if (name == "DATEFORMAT" && option.names.back() != "MDY")
-        throw SqlError(50000, "tsqlbox does not support SET DATEFORMAT other than mdy.");
+        throw unsupported("SET DATEFORMAT other than mdy");
 }
 
 }  // namespace
@@ -93,10 +92,7 @@ Flow Executor::run(const SetOption& option) {
     }
     if (first == "IDENTITY_INSERT") {
         const TableInfo target = table(*option.table);
-        if (!target.identityColumn())
-            throw SqlError(8106, "Table '" + target.name +
-                                     "' does not have the identity property. Cannot perform SET "
-                                     "operation.");
+        if (!target.identityColumn()) throw sqlError(8106, {target.name});
         m_identityInsert = option.on ? target.fullName() : "";
     }
     if (first == "LOCK_TIMEOUT" && option.number) {
@@ -120,9 +116,7 @@ void Executor::useDatabase(const std::string& name) {
 
 Flow Executor::run(const Use& use) {
     refuseInFunction();
-    if (!m_frames.back()->procedure.empty())
-        throw SqlError(154, "a USE database statement is not allowed in a procedure, function or trigger.",
-                       15);
+    if (!m_frames.back()->procedure.empty()) throw sqlError(154);
     useDatabase(use.database);
     m_error = 0;
     done(-1);
@@ -131,9 +125,7 @@ Flow Executor::run(const Use& use) {
 
 Flow Executor::run(const CreateDatabase& create) {
     refuseInFunction();
-    if (m_transactions > 0)
-        throw SqlError(226, "CREATE DATABASE statement not allowed within multi-statement transaction.", 16,
-                       6);
+    if (m_transactions > 0) throw sqlError(226, {"CREATE DATABASE"});
     m_engine.storage.create(create.name);
     m_error = 0;
     done(-1);
@@ -144,11 +136,8 @@ Flow Executor::run(const CreateDatabase& create) {
 void Executor::releaseDatabase(std::string_view name, int errorNumber) {
     if (databaseKey(name) == databaseKey(m_database) ||
         m_engine.uses.count(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name))) {
-        if (errorNumber == 3702)
-            throw SqlError(
-                3702, "Cannot drop database \"" + std::string(name) + "\" because it is currently in use.",
-                16, 3);
-        throw SqlError(3101, "Exclusive access could not be obtained because the database is in use.");
+        if (errorNumber == 3702) throw sqlError(3702, {name});
+        throw sqlError(3101);
     }
     m_connection.detach(name);
 }
@@ -156,13 +145,9 @@ void Executor::releaseDatabase(std::string_view name, int errorNumber) {
 void Executor::dropDatabase(const std::string& name, bool ifExists) {
     if (!m_engine.storage.exists(name)) {
         if (ifExists) return;
-        throw SqlError(3701,
-                       "Cannot drop the database '" + name +
-                           "', because it does not exist or you do not have permission.",
-                       11);
+        throw sqlError(3701, {"database", name}, 1);
     }
-    if (m_transactions > 0)
-        throw SqlError(226, "DROP DATABASE statement not allowed within multi-statement transaction.", 16, 6);
+    if (m_transactions > 0) throw sqlError(226, {"DROP DATABASE"});
     releaseDatabase(name, 3702);
     m_engine.storage.drop(name);
 }
@@ -183,8 +168,7 @@ void Executor::rollBackTo(const std::string& name) {
     if (sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr, nullptr,
                      nullptr) == SQLITE_OK)
         return;
-    throw SqlError(6401,
-                   "Cannot roll back " + name + ". No transaction or savepoint of that name was found.");
+    throw sqlError(6401, {name});
 }
 
 Flow Executor::run(const Transaction& transaction) {
@@ -196,22 +180,17 @@ Flow Executor::run(const Transaction& transaction) {
             m_sink->transactionChanged(TransactionEvent::Began);
             break;
         case TransactionVerb::Save:
-            if (m_transactions == 0)
-                throw SqlError(628, "Cannot issue SAVE TRANSACTION when there is no active transaction.");
+            if (m_transactions == 0) throw sqlError(628);
             beforeWrite();
             m_connection.run("SAVEPOINT " + quotedName(transaction.name));
             break;
         case TransactionVerb::Commit:
-            if (m_transactions == 0)
-                throw SqlError(3902,
-                               "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+            if (m_transactions == 0) throw sqlError(3902);
             if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
             if (--m_transactions == 0) m_sink->transactionChanged(TransactionEvent::Committed);
             break;
         case TransactionVerb::Rollback:
-            if (m_transactions == 0)
-                throw SqlError(3903,
-                               "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+            if (m_transactions == 0) throw sqlError(3903);
             if (transaction.name.empty() || sameWord(transaction.name, m_transactionName))
                 rollBack();
             else

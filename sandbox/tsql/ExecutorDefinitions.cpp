@@ -3,6 +3,7 @@
 
 #include "Atomic.h"
 #include "Executor.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -76,19 +77,10 @@ void checkDefinition(const CreateTable& create) {
     bool identity = false;
     for (const auto& column : create.columns) {
         for (const auto& name : names)
-            if (compareText(name, column.name) == 0)
-                throw SqlError(2705, "Column names in each table must be unique. Column name '" +
-                                         column.name + "' in table '" + create.table.name +
-                                         "' is specified more than once.");
+            if (compareText(name, column.name) == 0) throw sqlError(2705, {column.name, create.table.name});
         names.push_back(column.name);
-        if (column.identity && !isExact(column.type.id))
-            throw SqlError(
-                2749, "Identity column '" + column.name +
-                          "' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with "
-                          "a scale of 0, and constrained to be nonnullable.");
-        if (column.identity && identity)
-            throw SqlError(2744, "Multiple identity columns specified for table '" + create.table.name +
-                                     "'. Only one identity column per table is allowed.");
+        if (column.identity && !isExact(column.type.id)) throw sqlError(2749, {column.name});
+        if (column.identity && identity) throw sqlError(2744, {create.table.name});
         identity = identity || column.identity;
     }
 }
@@ -109,9 +101,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
     beforeWrite();
     Atomic atomic(m_connection);
     const auto existing = target.find(create.table.name);
-    if (existing && !isTemporaryName(create.table.name))
-        throw SqlError(2714, "There is already an object named '" + create.table.name + "' in the database.",
-                       16, 6);
+    if (existing && !isTemporaryName(create.table.name)) throw sqlError(2714, {create.table.name});
     TableInfo table;
     table.name = create.table.name;
     table.id = target.add(table.name, objectType::kTable, 0, "");
@@ -147,14 +137,12 @@ void Executor::addConstraint(Catalogue& catalogue, TableInfo& table, const Const
     std::string keys;
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
-        if (!column)
-            throw SqlError(1911, "Column name '" + name + "' does not exist in the target table or view.");
+        if (!column) throw sqlError(1911, {name});
         keys += (keys.empty() ? "" : ", ") + column->name;
     }
     const auto note = [&](std::string_view type, std::string_view detail) {
         const std::string name = constraintName(constraint, type, table, body.size());
-        if (catalogue.find(name) && !catalogue.isTemporary())
-            throw SqlError(2714, "There is already an object named '" + name + "' in the database.", 16, 5);
+        if (catalogue.find(name) && !catalogue.isTemporary()) throw sqlError(2714, {name}, 5);
         catalogue.add(name, type, table.id, detail);
         return name;
     };
@@ -193,14 +181,9 @@ Flow Executor::run(const AlterTable& alter) {
     Atomic atomic(m_connection);
     for (const auto& definition : alter.addColumns) {
         const TableColumn column = columnOf(definition, false);
-        if (target.column(column.name))
-            throw SqlError(2705, "Column names in each table must be unique. Column name '" + column.name +
-                                     "' in table '" + target.name + "' is specified more than once.");
+        if (target.column(column.name)) throw sqlError(2705, {column.name, target.name});
         if (column.identity || definition.constraints.size() > (column.byDefault.empty() ? 0U : 1U))
-            throw SqlError(
-                50000,
-                "tsqlbox does not support ALTER TABLE ADD of an identity or of a constraint other than "
-                "DEFAULT.");
+            throw unsupported("ALTER TABLE ADD of an identity or of a constraint other than DEFAULT");
         std::string text = columnText(column);
         if (!column.byDefault.empty() && !column.nullable) {
             const Value value = evaluate(*parseExpression(column.byDefault), column.type);
@@ -210,20 +193,13 @@ Flow Executor::run(const AlterTable& alter) {
             quoted.step();
             text += " DEFAULT " + quoted.text(0);
         } else if (!column.nullable) {
-            throw SqlError(
-                4901,
-                "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT "
-                "definition specified. Column '" +
-                    column.name + "' cannot be added to table '" + target.name +
-                    "' because it does not satisfy these conditions.");
+            throw sqlError(4901, {column.name, target.name});
         }
         m_connection.run("ALTER TABLE " + target.sqlName() + " ADD COLUMN " + text);
         owner.addColumns(target.id, {column});
     }
     for (const auto& name : alter.dropColumns) {
-        if (!target.column(name))
-            throw SqlError(4924, "ALTER TABLE DROP COLUMN failed because column '" + name +
-                                     "' does not exist in table '" + target.name + "'.");
+        if (!target.column(name)) throw sqlError(4924, {name, target.name});
         m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
         owner.removeColumn(target.id, name);
     }
@@ -237,14 +213,11 @@ Flow Executor::run(const CreateIndex& create) {
     refuseInFunction();
     const TableInfo target = table(create.table);
     Catalogue owner = catalogue(create.table);
-    if (owner.index(target.id, create.name))
-        throw SqlError(1913, "The operation failed because an index or statistics with name '" + create.name +
-                                 "' already exists on table 'dbo." + target.name + "'.");
+    if (owner.index(target.id, create.name)) throw sqlError(1913, {create.name, target.name});
     std::string list, keys;
     for (const auto& [name, descending] : create.columns) {
         const TableColumn* column = target.column(name);
-        if (!column)
-            throw SqlError(1911, "Column name '" + name + "' does not exist in the target table or view.");
+        if (!column) throw sqlError(1911, {name});
         list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
         keys += (keys.empty() ? "" : ", ") + column->name;
     }
@@ -279,11 +252,7 @@ Flow Executor::run(const Drop& drop) {
         } else if (drop.kind == ObjectKind::Index) {
             const auto target = owner.table(name.schema);
             const auto index = target ? owner.index(target->id, name.name) : std::nullopt;
-            if (!index && !drop.ifExists)
-                throw SqlError(3701,
-                               "Cannot drop the index '" + name.schema + "." + name.name +
-                                   "', because it does not exist or you do not have permission.",
-                               11, 7);
+            if (!index && !drop.ifExists) throw sqlError(3701, {"index", name.schema + "." + name.name}, 7);
             if (!index) continue;
             m_connection.run("DROP INDEX " + target->schema + "." + indexName(name.name, target->id));
             owner.remove(index->id);
@@ -293,11 +262,7 @@ Flow Executor::run(const Drop& drop) {
             const bool fits =
                 module && module->type == (procedure ? objectType::kProcedure : objectType::kFunction);
             if (!fits && !drop.ifExists)
-                throw SqlError(3701,
-                               std::string("Cannot drop the ") + (procedure ? "procedure" : "function") +
-                                   " '" + name.name +
-                                   "', because it does not exist or you do not have permission.",
-                               11, 5);
+                throw sqlError(3701, {procedure ? "procedure" : "function", name.name});
             if (fits) owner.remove(module->id);
         }
         atomic.commit();
@@ -310,11 +275,7 @@ Flow Executor::run(const Drop& drop) {
 void Executor::dropTable(Catalogue& catalogue, const ObjectName& name, bool ifExists) {
     const auto target = catalogue.table(name.name);
     if (!target && ifExists) return;
-    if (!target)
-        throw SqlError(3701,
-                       "Cannot drop the table '" + name.name +
-                           "', because it does not exist or you do not have permission.",
-                       11, 5);
+    if (!target) throw sqlError(3701, {"table", name.name});
     m_target = *target;
     m_verb = "DROP TABLE";
     m_connection.run("DROP TABLE " + target->sqlName());

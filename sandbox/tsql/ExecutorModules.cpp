@@ -1,6 +1,7 @@
 // Procedures and functions: kept as text, parsed when they run.
 #include "Atomic.h"
 #include "Executor.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -31,17 +32,13 @@ Flow Executor::run(const CreateModule& module) {
     refuseInFunction();
     const std::string_view type = module.function ? objectType::kFunction : objectType::kProcedure;
     if (!module.name.schema.empty() && !sameWord(module.name.schema, "dbo"))
-        throw SqlError(2760, "The specified schema name \"" + module.name.schema +
-                                 "\" either does not exist or you do not have permission to use it.");
+        throw sqlError(2760, {module.name.schema});
     Catalogue owner = catalogue(module.name);
     beforeWrite();
     Atomic atomic(m_connection);
     const auto existing = owner.find(module.name.name);
-    if (existing && (!module.alter || existing->type != type))
-        throw SqlError(2714, "There is already an object named '" + module.name.name + "' in the database.",
-                       16, 3);
-    if (!existing && !module.create)
-        throw SqlError(208, "Invalid object name '" + module.name.name + "'.", 16, 6);
+    if (existing && (!module.alter || existing->type != type)) throw sqlError(2714, {module.name.name}, 3);
+    if (!existing && !module.create) throw sqlError(208, {module.name.name}, 6);
     std::int64_t id = existing ? existing->id : owner.add(module.name.name, type, 0, m_text);
     if (existing) {
         owner.setSource(id, m_text);
@@ -76,9 +73,7 @@ std::optional<ObjectInfo> Executor::module(const ObjectName& name, std::string_v
 
 // Runs `body` with `frame` innermost; its temporary tables end with it.
 void Executor::runFrame(const Block& body, Frame& frame) {
-    if (m_frames.size() >= kDeepestCall)
-        throw SqlError(
-            217, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).");
+    if (m_frames.size() >= kDeepestCall) throw sqlError(217);
     struct Entered {
         std::vector<Frame*>& frames;
         ~Entered() { frames.pop_back(); }
@@ -123,10 +118,7 @@ void Executor::runText(const std::string& text) {
 // sp_executesql @statement, @declarations, values...: the text is the body of a procedure without a name.
 void Executor::executeSql(const Execute& execute) {
     if (execute.arguments.empty() || !execute.arguments.front().value)
-        throw SqlError(201,
-                       "Procedure or function 'sp_executesql' expects parameter '@statement', which was not "
-                       "supplied.",
-                       16, 10);
+        throw sqlError(201, {"sp_executesql", "@statement"}, 10);
     const std::string declarations = execute.arguments.size() > 1 && execute.arguments[1].value
                                          ? evaluateText(*execute.arguments[1].value)
                                          : "";
@@ -149,8 +141,7 @@ void Executor::executeSql(const Execute& execute) {
 void Executor::callProcedure(const Execute& execute) {
     Frame frame;
     const auto procedure = module(execute.procedure, objectType::kProcedure, frame.database);
-    if (!procedure)
-        throw SqlError(2812, "Could not find stored procedure '" + execute.procedure.name + "'.", 16, 62);
+    if (!procedure) throw sqlError(2812, {execute.procedure.name});
     const auto batch = parsed(procedure->source);
     const CreateModule& module = moduleOf(*batch);
     frame.procedure = procedure->name;
@@ -194,19 +185,15 @@ void Executor::bindArguments(const CreateModule& module, const Execute& execute,
             frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
             continue;
         }
-        if (!value)
-            throw SqlError(201,
-                           "Procedure or function '" + name + "' expects parameter '" + parameter.name +
-                               "', which was not supplied.",
-                           16, 4);
+        if (!value) throw sqlError(201, {name, parameter.name});
         used += argument != nullptr;
         frame.variables[lowerAscii(parameter.name)] = {parameter.type, evaluate(*value, parameter.type)};
     }
     if (used + skipped >= execute.arguments.size()) return;
     for (const auto& argument : execute.arguments)
         if (!argument.name.empty() && !frame.variables.contains(lowerAscii(argument.name)))
-            throw SqlError(8145, argument.name + " is not a parameter for procedure " + name + ".");
-    throw SqlError(8144, "Procedure or function " + name + " has too many arguments specified.", 16, 2);
+            throw sqlError(8145, {argument.name, name});
+    throw sqlError(8144, {name});
 }
 
 void Executor::returnOutputs(const CreateModule& module, const Execute& execute, const Frame& frame) {
@@ -214,11 +201,7 @@ void Executor::returnOutputs(const CreateModule& module, const Execute& execute,
         const Argument* argument = argumentOf(execute, module, i);
         if (!argument || !argument->output) continue;
         const Parameter& parameter = module.parameters[i];
-        if (!parameter.output)
-            throw SqlError(
-                8162, "The formal parameter \"" + parameter.name +
-                          "\" was not declared as an OUTPUT parameter, but the actual parameter passed in "
-                          "requested output.");
+        if (!parameter.output) throw sqlError(8162, {parameter.name});
         const Variable& value = frame.variables.at(lowerAscii(parameter.name));
         setVariable(std::get<VariableRef>(argument->value->node).name, viewOf(value.value), value.type);
     }
@@ -232,7 +215,7 @@ Value Executor::callFunction(std::string_view database, std::string_view name,
     const ObjectName object{std::string(database), "dbo", std::string(name), m_line};
     Frame frame;
     const auto function = module(object, objectType::kFunction, frame.database);
-    if (!function) throw SqlError(208, "Invalid object name '" + object.name + "'.");
+    if (!function) throw sqlError(208, {object.name});
     const auto batch = parsed(function->source);
     const CreateModule& module = moduleOf(*batch);
     frame.procedure = function->name;

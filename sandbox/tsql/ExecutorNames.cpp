@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Executor.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -82,8 +83,7 @@ Value serverProperty(std::string_view name) {
 
 const Variable& Executor::local(std::string_view name) {
     const auto found = m_frames.back()->variables.find(lowerAscii(name));
-    if (found == m_frames.back()->variables.end())
-        throw SqlError(137, "Must declare the scalar variable \"" + std::string(name) + "\".", 15);
+    if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
     return found->second;
 }
 
@@ -123,7 +123,7 @@ const std::vector<Executor::Global>& Executor::globals() {
 const Executor::Global& Executor::global(std::string_view name) {
     for (const auto& each : globals())
         if (sameWord(each.name, name)) return each;
-    throw SqlError(137, "Must declare the scalar variable \"" + std::string(name) + "\".", 15);
+    throw sqlError(137, {name});
 }
 
 SqlType Executor::variableType(std::string_view name) {
@@ -148,8 +148,7 @@ std::string Executor::databaseOf(const ObjectName& name) const {
 // tempdb..#t is #t.
 Catalogue Executor::catalogue(const ObjectName& name) {
     if (name.name.starts_with('#')) {
-        if (name.name.starts_with("##"))
-            throw SqlError(50000, "tsqlbox does not support global temporary tables.");
+        if (name.name.starts_with("##")) throw unsupported("global temporary tables");
         return temporary();
     }
     const std::string database = databaseOf(name);
@@ -164,7 +163,7 @@ TableInfo Executor::table(const ObjectName& name) {
         if (auto found = catalogue(name).table(name.name)) return *found;
     std::string full = name.database;
     if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
-    throw SqlError(208, "Invalid object name '" + full + name.name + "'.");
+    throw sqlError(208, {full + name.name});
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {

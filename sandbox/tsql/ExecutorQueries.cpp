@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "Executor.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -14,11 +15,6 @@ namespace {
 constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two questions whether the client cancelled
 
 // The columns by which INSERT gives its values, or the columns' number was wrong.
-SqlError withoutColumnList(const SqlError& error) {
-    return {213, "Column name or number of supplied values does not match table definition.",
-            error.severity > 15 ? error.severity : 16};
-}
-
 bool isCountError(const SqlError& error) {
     return error.number == 109 || error.number == 110 || error.number == 120 || error.number == 121;
 }
@@ -109,12 +105,7 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
     const QueryText text = translator.query(query);
     CreateTable create{name, {}, {}};
     for (const auto& output : text.columns) {
-        if (output.column.name.empty())
-            throw SqlError(
-                1038,
-                "An object or column name is missing or empty. For SELECT INTO statements, verify each "
-                "column has a name.",
-                15, 5);
+        if (output.column.name.empty()) throw sqlError(1038);
         ColumnDefinition column;
         column.name = output.column.name;
         column.type = output.column.type;
@@ -148,21 +139,13 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
     std::vector<const TableColumn*> columns;
     for (const auto& name : insert.columns) {
         const TableColumn* column = target.column(name);
-        if (!column) throw SqlError(207, "Invalid column name '" + name + "'.");
-        if (std::find(columns.begin(), columns.end(), column) != columns.end())
-            throw SqlError(264, "The column name '" + name +
-                                    "' is specified more than once in the SET clause or column "
-                                    "list of an INSERT.");
-        if (column->identity && !identityGiven)
-            throw SqlError(544, "Cannot insert explicit value for identity column in table '" + target.name +
-                                    "' when IDENTITY_INSERT is set to OFF.");
+        if (!column) throw sqlError(207, {name});
+        if (std::find(columns.begin(), columns.end(), column) != columns.end()) throw sqlError(264, {name});
+        if (column->identity && !identityGiven) throw sqlError(544, {target.name});
         columns.push_back(column);
     }
     if (!insert.columns.empty() || insert.defaultValues) return columns;
-    if (identityGiven)
-        throw SqlError(8101,
-                       "An explicit value for the identity column in table '" + target.name +
-                           "' can only be specified when a column list is used and IDENTITY_INSERT is ON.");
+    if (identityGiven) throw sqlError(8101, {target.name});
     for (const auto& column : target.columns)
         if (!column.identity) columns.push_back(&column);
     return columns;
@@ -180,7 +163,7 @@ Flow Executor::run(const Insert& insert) {
         else
             change(target, "INSERT", translator.insertRows(target, columns, insert), translator);
     } catch (const SqlError& error) {
-        if (insert.columns.empty() && isCountError(error)) throw withoutColumnList(error);
+        if (insert.columns.empty() && isCountError(error)) throw sqlError(213);
         throw;
     }
     rememberIdentity(target, m_rowCount);
@@ -203,8 +186,7 @@ void Executor::insertExecuted(const TableInfo& target, const std::vector<const T
     };
     std::vector<CollectedRow> collected;  // the procedure may read the table that is filled
     InsertingSink sink(*m_sink, [&](std::span<const Column> types, std::span<const CellView> cells) {
-        if (cells.size() != columns.size())
-            throw SqlError(213, "Column name or number of supplied values does not match table definition.");
+        if (cells.size() != columns.size()) throw sqlError(213);
         CollectedRow& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) {
             row.cells.push_back(ownedValue(cells[i]));

@@ -36,6 +36,7 @@ struct Token {
 struct SyntaxError : SqlError {
     SyntaxError(int errorNumber, const std::string& text, int errorLine, int errorSeverity = 15)
         : SqlError(errorNumber, text, errorSeverity), line(errorLine) {}
+    SyntaxError(const SqlError& error, int errorLine) : SqlError(error), line(errorLine) {}
     int line;
 };
 

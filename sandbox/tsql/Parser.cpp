@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -11,11 +12,7 @@ constexpr int kDeepestNesting = 150;
 constexpr int kLongestChain = 400;  // of operators on one level; SQLite's trees end at a depth of 1000
 
 [[noreturn]] void tooDeep(int line) {
-    throw SyntaxError(
-        191,
-        "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up "
-        "into smaller queries.",
-        line);
+    throw SyntaxError(sqlError(191), line);
 }
 
 }  // namespace
@@ -135,7 +132,7 @@ SqlType Parser::type(TypeUse use) {
     } catch (const SyntaxError&) {
         throw;
     } catch (const SqlError& error) {
-        throw SyntaxError(error.number, error.what(), line, error.severity);
+        throw SyntaxError(error, line);
     }
 }
 
@@ -169,13 +166,12 @@ void Parser::syntaxError() const {
 }
 
 void Parser::unsupported(std::string_view construct) const {
-    throw SyntaxError(50000, "tsqlbox does not support " + std::string(construct) + ".", peek().line, 16);
+    throw SyntaxError(tsql::unsupported(construct), peek().line);
 }
 
 void Parser::checkDeclared(const Token& variable) const {
     if (m_checkVariables && !m_declared.contains(lowerAscii(variable.raw)))
-        throw SyntaxError(137, "Must declare the scalar variable \"" + std::string(variable.raw) + "\".",
-                          variable.line);
+        throw SyntaxError(sqlError(137, {variable.raw}), variable.line);
 }
 
 Parser::Nesting::Nesting(Parser& parser) : m_parser(parser) {

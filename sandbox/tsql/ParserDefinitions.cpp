@@ -1,4 +1,5 @@
 // INSERT, UPDATE, DELETE; CREATE, ALTER and DROP.
+#include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
 
@@ -286,19 +287,14 @@ Statement::Node Parser::parseAlterTable() {
 // The rest of the batch is the module's body.
 Statement::Node Parser::parseModule(bool create, bool alter) {
     if (m_next > (create && alter ? 3U : 1U) || m_depth > 1)
-        throw SyntaxError(
-            111, "'CREATE/ALTER " + toUpper(peek().raw) + "' must be the first statement in a query batch.",
-            peek().line);
+        throw SyntaxError(sqlError(111, {toUpper(peek().raw)}), peek().line);
     CreateModule module;
     module.create = create;
     module.alter = alter;
     module.function = sameWord(take().raw, "FUNCTION");
     module.name = objectName();
     if (!module.name.database.empty())
-        throw SyntaxError(166,
-                          std::string("'CREATE/ALTER ") + (module.function ? "FUNCTION" : "PROCEDURE") +
-                              "' does not allow specifying the database name as a prefix to the object name.",
-                          module.name.line);
+        throw SyntaxError(sqlError(166, {module.function ? "FUNCTION" : "PROCEDURE"}), module.name.line);
     const bool bracket = accept("(");
     if (peek().kind == TokenKind::Variable) module.parameters = list([this] { return parseParameter(); });
     if (bracket)
@@ -329,12 +325,7 @@ Parameter Parser::parseParameter() {
     if (accept("OUTPUT") || accept("OUT")) parameter.output = true;
     if (at("READONLY")) unsupported("table-valued parameters");
     if (!m_declared.insert(lowerAscii(name.raw)).second)
-        throw SyntaxError(
-            134,
-            "The variable name '" + std::string(name.raw) +
-                "' has already been declared. Variable names must be unique within a query batch or "
-                "stored procedure.",
-            name.line);
+        throw SyntaxError(sqlError(134, {name.raw}), name.line);
     return parameter;
 }
 

@@ -1,4 +1,5 @@
 // Control of flow, variables, settings, calls, transactions, backup.
+#include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
 
@@ -98,9 +99,7 @@ Statement::Node Parser::parseStatementNode() {
         if (at(word)) unsupported(construct);
     if (atQuery()) return SelectStatement{parseQuery()};
     if (accept("PRINT")) return Print{expression()};
-    if ((at("BREAK") || at("CONTINUE")) && m_loops == 0)
-        throw SyntaxError(135, "Cannot use a BREAK statement outside the scope of a WHILE statement.",
-                          peek().line);
+    if ((at("BREAK") || at("CONTINUE")) && m_loops == 0) throw SyntaxError(sqlError(135), peek().line);
     if (accept("BREAK")) return Break{};
     if (accept("CONTINUE")) return Continue{};
     if (acceptAll({"TRUNCATE", "TABLE"})) return Truncate{objectName()};
@@ -135,12 +134,7 @@ Statement::Node Parser::parseDeclare() {
         Declaration declaration{std::string(name.raw), type(TypeUse::Declaration), nullptr};
         if (accept("=")) declaration.value = expression();
         if (!m_declared.insert(lowerAscii(name.raw)).second)
-            throw SyntaxError(
-                134,
-                "The variable name '" + std::string(name.raw) +
-                    "' has already been declared. Variable names must be unique within a query batch or "
-                    "stored procedure.",
-                name.line);
+            throw SyntaxError(sqlError(134, {name.raw}), name.line);
         return declaration;
     })};
 }

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -57,8 +58,7 @@ class Formatter {
         while (c == 'l' || c == 'h' || c == 'I' || c == '6' || c == '4') c = next();
         spec.type = c;
         if (!c || std::string_view("diouxXs").find(c) == std::string_view::npos)
-            throw SqlError(
-                2787, "Invalid format specification: '" + std::string(m_format.substr(begin, 20)) + "'.");
+            throw sqlError(2787, {m_format.substr(begin, 20)});
         return spec;
     }
 
@@ -83,8 +83,7 @@ class Formatter {
             const TypedValue& argument = m_arguments[index];
             if (isText(argument.type.id) != (spec.type == 's') ||
                 !(isText(argument.type.id) || isInteger(argument.type.id)))
-                throw SqlError(2786, "The data type of substitution parameter " + std::to_string(index + 1) +
-                                         " does not match the expected type of the format specification.");
+                throw sqlError(2786, {std::to_string(index + 1)});
             text = spec.type == 's'
                        ? std::string(characters(std::get<std::string>(argument.value), 0, spec.precision))
                        : integer(std::get<std::int64_t>(argument.value), spec);

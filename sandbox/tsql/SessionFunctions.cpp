@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Executor.h"
+#include "Messages.h"
 
 namespace tsql {
 namespace {
@@ -87,10 +88,7 @@ void singleStep(sqlite3_context* context, int, sqlite3_value** arguments) {
         single->value = sqlite3_value_dup(arguments[0]);
         return;
     }
-    const SqlError error(
-        512,
-        "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, "
-        "<= , >, >= or when the subquery is used as an expression.");
+    const SqlError error = sqlError(512);
     executorOf(context).setFunctionError(error);
     sqlite3_result_error(context, error.what(), -1);
 }

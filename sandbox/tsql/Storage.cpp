@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-#include "SqlError.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -65,9 +65,7 @@ std::vector<std::string> namesIn(const fs::path& directory) {
 
 void checkName(std::string_view name) {
     if (name.empty() || characterCount(name) > kMaxName || encodeName(name).size() > 250)
-        throw SqlError(
-            103, "The database name '" + std::string(name) + "' is empty or too long. Maximum length is 128.",
-            15);
+        throw sqlError(103, {name});
 }
 
 struct Statement {
@@ -162,28 +160,17 @@ fs::path Storage::pathOf(std::string_view name) const {
 
 void Storage::create(std::string_view name) {
     checkName(name);
-    if (exists(name))
-        throw SqlError(
-            1801, "Database '" + std::string(name) + "' already exists. Choose a different database name.",
-            16, 3);
+    if (exists(name)) throw sqlError(1801, {name});
     try {
         openDatabaseFile(pathOf(name), true);
     } catch (const std::runtime_error& error) {
-        throw SqlError(1802,
-                       std::string("CREATE DATABASE failed. Some file names listed could not be created: ") +
-                           error.what());
+        throw sqlError(1802, {error.what()});
     }
 }
 
 void Storage::drop(std::string_view name) {
-    if (isSystemDatabase(name))
-        throw SqlError(
-            3708, "Cannot drop the database '" + std::string(name) + "' because it is a system database.");
-    if (!exists(name))
-        throw SqlError(3701,
-                       "Cannot drop the database '" + std::string(name) +
-                           "', because it does not exist or you do not have permission.",
-                       11);
+    if (isSystemDatabase(name)) throw sqlError(3708, {name});
+    if (!exists(name)) throw sqlError(3701, {"database", name}, 1);
     const std::string file = pathOf(name).string();
     for (const char* suffix : {"-wal", "-shm", ""}) fs::remove(file + suffix);
 }

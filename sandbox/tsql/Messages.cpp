@@ -1,0 +1,144 @@
+#include "Messages.h"
+
+#include <algorithm>
+
+namespace tsql {
+namespace {
+
+struct MessageText {
+    int number, severity, state;
+    std::string_view text;
+};
+
+constexpr MessageText kMessages[] = {
+    {103, 15, 1, "The database name '%s' is empty or too long. Maximum length is 128."},
+    {111, 15, 1, "'CREATE/ALTER %s' must be the first statement in a query batch."},
+    {134, 15, 1,
+     "The variable name '%s' has already been declared. Variable names must be unique within a query batch "
+     "or stored procedure."},
+    {135, 15, 1, "Cannot use a BREAK statement outside the scope of a WHILE statement."},
+    {137, 15, 1, "Must declare the scalar variable \"%s\"."},
+    {148, 15, 1, "Incorrect time syntax in time string '%s' used with WAITFOR."},
+    {154, 15, 1, "a USE database statement is not allowed in a procedure, function or trigger."},
+    {166, 15, 1,
+     "'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name."},
+    {191, 15, 1,
+     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller "
+     "queries."},
+    {195, 15, 7, "'%s' is not a recognized SET option."},
+    {201, 16, 4, "Procedure or function '%s' expects parameter '%s', which was not supplied."},
+    {207, 16, 1, "Invalid column name '%s'."},
+    {208, 16, 1, "Invalid object name '%s'."},
+    {213, 16, 1, "Column name or number of supplied values does not match table definition."},
+    {217, 16, 1, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32)."},
+    {226, 16, 6, "%s statement not allowed within multi-statement transaction."},
+    {264, 16, 1,
+     "The column name '%s' is specified more than once in the SET clause or column list of an INSERT."},
+    {443, 16, 1, "Invalid use of a side-effecting operator within a function."},
+    {512, 16, 1,
+     "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, "
+     ">= or when the subquery is used as an expression."},
+    {515, 16, 2,
+     "Cannot insert the value NULL into column '%s', table '%s'; column does not allow nulls. %s fails."},
+    {544, 16, 1,
+     "Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF."},
+    {547, 16, 0,
+     "The %s statement conflicted with the %s constraint%s. The conflict occurred in database \"%s\", table "
+     "\"dbo.%s\"."},
+    {628, 16, 1, "Cannot issue SAVE TRANSACTION when there is no active transaction."},
+    {911, 16, 1, "Database '%s' does not exist. Make sure that the name is entered correctly."},
+    {1038, 15, 5,
+     "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a "
+     "name."},
+    {1105, 17, 2, "Could not allocate space in database '%s': the disk is full."},
+    {1205, 13, 1,
+     "Transaction (Process ID %s) was deadlocked on lock resources with another process and has been chosen "
+     "as the deadlock victim. Rerun the transaction."},
+    {1222, 16, 1, "Lock request time out period exceeded."},
+    {1801, 16, 3, "Database '%s' already exists. Choose a different database name."},
+    {1802, 16, 1, "CREATE DATABASE failed. Some file names listed could not be created: %s"},
+    {1911, 16, 1, "Column name '%s' does not exist in the target table or view."},
+    {1913, 16, 1,
+     "The operation failed because an index or statistics with name '%s' already exists on table 'dbo.%s'."},
+    {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%s' with unique index '%s'."},
+    {2627, 14, 1, "Violation of %s KEY constraint '%s'. Cannot insert duplicate key in object 'dbo.%s'."},
+    {2705, 16, 1,
+     "Column names in each table must be unique. Column name '%s' in table '%s' is specified more than "
+     "once."},
+    {2714, 16, 6, "There is already an object named '%s' in the database."},
+    {2744, 16, 1,
+     "Multiple identity columns specified for table '%s'. Only one identity column per table is allowed."},
+    {2749, 16, 1,
+     "Identity column '%s' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
+     "scale of 0, and constrained to be nonnullable."},
+    {2754, 16, 1,
+     "Error severity levels greater than 18 can only be specified by members of the sysadmin role, using the "
+     "WITH LOG option."},
+    {2760, 16, 1,
+     "The specified schema name \"%s\" either does not exist or you do not have permission to use it."},
+    {2786, 16, 1,
+     "The data type of substitution parameter %s does not match the expected type of the format "
+     "specification."},
+    {2787, 16, 1, "Invalid format specification: '%s'."},
+    {2812, 16, 62, "Could not find stored procedure '%s'."},
+    {3101, 16, 1, "Exclusive access could not be obtained because the database is in use."},
+    {3159, 16, 1,
+     "The tail of the log for the database \"%s\" has not been backed up. Use the WITH REPLACE clause of the "
+     "RESTORE statement to overwrite the existing database."},
+    {3201, 16, 1, "Cannot open backup device '%s'. Operating system error %s(%s)."},
+    {3202, 16, 1, "Write on \"%s\" failed: %s"},
+    {3203, 16, 1, "Read on \"%s\" failed: the backup is damaged (its checksum does not hold)."},
+    {3234, 16, 1,
+     "Logical file '%s' is not part of database '%s'. Use RESTORE FILELISTONLY to list the logical file "
+     "names."},
+    {3241, 16, 1,
+     "The media family on device '%s' is incorrectly formed. SQL Server cannot process this media family."},
+    {3270, 16, 1, "An internal consistency error has occurred: %s"},
+    {3701, 11, 5, "Cannot drop the %s '%s', because it does not exist or you do not have permission."},
+    {3702, 16, 3, "Cannot drop database \"%s\" because it is currently in use."},
+    {3708, 16, 1, "Cannot drop the database '%s' because it is a system database."},
+    {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
+    {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
+    {4060, 11, 1, "Cannot open database \"%s\" requested by the login. The login failed."},
+    {4901, 16, 1,
+     "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
+     "specified. Column '%s' cannot be added to table '%s' because it does not satisfy these conditions."},
+    {4924, 16, 1, "ALTER TABLE DROP COLUMN failed because column '%s' does not exist in table '%s'."},
+    {6401, 16, 1, "Cannot roll back %s. No transaction or savepoint of that name was found."},
+    {8101, 16, 1,
+     "An explicit value for the identity column in table '%s' can only be specified when a column list is "
+     "used and IDENTITY_INSERT is ON."},
+    {8106, 16, 1, "Table '%s' does not have the identity property. Cannot perform SET operation."},
+    {8144, 16, 2, "Procedure or function %s has too many arguments specified."},
+    {8145, 16, 1, "%s is not a parameter for procedure %s."},
+    {8162, 16, 1,
+     "The formal parameter \"%s\" was not declared as an OUTPUT parameter, but the actual parameter passed "
+     "in requested output."},
+    {10704, 15, 1, "To rethrow an error, a THROW statement must be used inside a CATCH block."},
+    {18054, 16, 1, "Error %s was raised, but no message with that error number was found in sys.messages."},
+    {35100, 16, 1,
+     "Error number in the THROW statement is outside the valid range. Specify an error number in the valid "
+     "range of 50000 to 2147483647."},
+};
+
+}  // namespace
+
+SqlError sqlError(int number, std::initializer_list<std::string_view> values, int state) {
+    const auto* found = std::find_if(std::begin(kMessages), std::end(kMessages),
+                                     [number](const auto& each) { return each.number == number; });
+    if (found == std::end(kMessages)) throw std::logic_error("no text for error " + std::to_string(number));
+    std::string text;
+    std::string_view rest = found->text;
+    for (const auto value : values) {
+        const std::size_t at = std::min(rest.find("%s"), rest.size());
+        text.append(rest.substr(0, at)).append(value);
+        rest.remove_prefix(std::min(at + 2, rest.size()));
+    }
+    return {number, text.append(rest), found->severity, state ? state : found->state};
+}
+
+SqlError unsupported(std::string_view construct) {
+    return {50000, "tsqlbox does not support " + std::string(construct) + "."};
+}
+
+}  // namespace tsql
