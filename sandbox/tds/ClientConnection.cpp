@@ -168,17 +168,18 @@ void ClientConnection::serveRequests() {
 bool ClientConnection::serve(const Request& request) {
     ResponseSink sink(m_channel, m_tokens);
     if (request.resetsSession) resetSession(sink);
+    if (request.type == PacketType::Attention) {
+        sink.acknowledgeAttention();
+        return true;
+    }
     const bool goesOn = run(sink, [&] {
         switch (request.type) {
             case PacketType::SqlBatch:
                 return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), sink);
             case PacketType::Rpc:
                 return runCalls(withoutHeaders(request.data), sink);
-            case PacketType::TransactionManager:
-                return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), sink);
             default:
-                sink.acknowledgeAttention();
-                return true;
+                return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), sink);
         }
     });
     sink.finish();

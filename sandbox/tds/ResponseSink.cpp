@@ -82,13 +82,14 @@ void ResponseSink::endCall() {
 }
 
 void ResponseSink::finish() {
-    if (m_attention) {
-        flushDone();
-        m_tokens.done(Token::Done, kDoneAttention, -1, false);
-    } else {
-        if (!m_held || m_failed) hold({Token::Done, m_failed ? kDoneError : 0U, -1, false});
-        writeDone(kDoneFinal);
-    }
+    if (!m_held || m_failed) hold({Token::Done, m_failed ? kDoneError : 0U, -1, false});
+    writeDone(kDoneFinal);
+    m_channel.sendLast(m_tokens.data());
+    if (m_attention) acknowledgeAttention();
+}
+
+void ResponseSink::acknowledgeAttention() {
+    m_tokens.done(Token::Done, kDoneAttention, -1, false);
     m_channel.sendLast(m_tokens.data());
 }
 

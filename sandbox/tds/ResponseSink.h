@@ -26,10 +26,11 @@ class ResponseSink final : public tsql::ResultSink {
     void endCall();
     // Sends what is held back with "more follows"; needed before tokens are written past the sink.
     void flushDone();
-    // The response's last token, which acknowledges the attention if one came, and the rest of its bytes.
+    // The response's last token and the rest of its bytes; and if an attention came, its acknowledgement.
     void finish();
+    // A message of its own, as clients wait for it behind the response that they broke off.
+    void acknowledgeAttention();
     bool attention() const { return m_attention; }
-    void acknowledgeAttention() { m_attention = true; }
     bool anyError() const { return m_anyError; }
 
   private:

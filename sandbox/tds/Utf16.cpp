@@ -28,6 +28,11 @@ void appendUnit(std::string& wire, char32_t unit) {
 
 void appendUtf16(std::string& wire, std::string_view utf8) {
     while (!utf8.empty()) {
+        if (const auto byte = static_cast<unsigned char>(utf8.front()); byte < 0x80) {
+            appendUnit(wire, byte);
+            utf8.remove_prefix(1);
+            continue;
+        }
         char32_t c = tsql::nextCharacter(utf8);
         if (isSurrogate(c) || c > kLastCharacter) c = kReplacement;
         if (c >= kFirstPair) {

@@ -87,6 +87,7 @@ TEST(Server, AnAttentionIsAnsweredWheneverItComes) {
     for (int i = 0; i < 20; ++i) streamed += client.packetBody(last);
     ASSERT_FALSE(last);
     client.send(packet(kAttention, ""));
+    EXPECT_EQ(finalStatus(client.response()) & kDoneAttention, 0U) << "the result is broken off";
     EXPECT_EQ(finalStatus(client.response()), kDoneAttention) << "while a result streams";
 
     client.send(packet(kSqlBatch, batchPacket("SELECT 1"), kMoreFollows) + packet(kAttention, ""));
