@@ -10,8 +10,11 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libtomlplusplus-dev libsodium-dev libspdlog-dev libssl-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev
   unixodbc unixodbc-dev tdsodbc freetds-bin
-  libgtest-dev file chromium
+  libgtest-dev file chromium python3-pymssql
 )
+# Node.js is often there from elsewhere, and Debian's own packages collide with it.
+command -v node >/dev/null || packages+=(nodejs)
+command -v npm >/dev/null || packages+=(npm)
 case "${1-}" in
   "") ;;
   docs) packages+=(doxygen groff-base) ;;

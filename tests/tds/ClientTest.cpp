@@ -1,4 +1,5 @@
-// The server as clients see it that nobody wrote for it: FreeTDS's ODBC driver, tsql, bsqldb and isql.
+// The server as clients see it that nobody wrote for it: FreeTDS's ODBC driver, tsql, bsqldb and isql,
+// pymssql, tedious.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -169,6 +170,48 @@ TEST_F(ClientTest, ParametersAndPreparedStatements) {
               (std::vector<std::string>{"-7" + row, "1" + row, "2" + row, "3|NULL|1.25"}));
 }
 
+TEST_F(ClientTest, APreparedStatementIsDescribedBeforeItRuns) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("CREATE TABLE Described (i int, t nvarchar(30))");
+    struct Case {
+        const char* text;
+        std::vector<std::string> columns;
+    };
+    const Case cases[] = {
+        {"SELECT i, t AS name, 1 FROM Described WHERE i = ? AND t LIKE ?", {"i", "name", ""}},
+        {"INSERT INTO Described VALUES (?, ?)", {}},
+        {"IF ? = 1 SELECT t FROM Described WHERE i = ?", {"t"}}};
+    const SQLHSTMT statement = client.statement();
+    SQLINTEGER number = 1;
+    SQLLEN given = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        SQLCHAR* const text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(c.text));
+        for (SQLUSMALLINT i = 1; i <= 2; ++i)
+            SQLBindParameter(statement, i, SQL_PARAM_INPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, &number, 0,
+                             &given);
+        ASSERT_EQ(SQLPrepare(statement, text, SQL_NTS), SQL_SUCCESS);
+        SQLSMALLINT count = 0;
+        ASSERT_EQ(SQLNumResultCols(statement, &count), SQL_SUCCESS);
+        std::vector<std::string> columns;
+        for (SQLUSMALLINT i = 1; i <= count; ++i) {
+            SQLCHAR name[64] = "";
+            SQLDescribeCol(statement, i, name, sizeof name, nullptr, nullptr, nullptr, nullptr, nullptr);
+            columns.emplace_back(reinterpret_cast<char*>(name));
+        }
+        EXPECT_EQ(columns, c.columns);
+        EXPECT_TRUE(SQL_SUCCEEDED(SQLExecute(statement)));
+        SQLFreeStmt(statement, SQL_CLOSE);
+    }
+    SQLFreeStmt(statement, SQL_RESET_PARAMS);
+    EXPECT_EQ(client.value("SELECT COUNT(*) FROM Described"), "1");
+    SQLCHAR wrong[] = "SELECT * FROM Nowhere";
+    SQLSMALLINT count = 0;
+    SQLPrepare(statement, wrong, SQL_NTS);
+    EXPECT_EQ(SQLNumResultCols(statement, &count), SQL_ERROR);
+    EXPECT_EQ(OdbcClient::diagnosticsOf(SQL_HANDLE_STMT, statement).front().number, 208);
+}
+
 TEST_F(ClientTest, AProcedureGivesBackItsStatusAndOutput) {
     OdbcClient client(box().odbcConnectionString());
     client.run("CREATE PROCEDURE AddTen @in int, @out int OUTPUT AS SET @out = @in + 10 RETURN 4");
@@ -244,23 +287,42 @@ TEST_F(ClientTest, ARefusedLoginSaysWhy) {
 }
 
 TEST_F(ClientTest, CommandLineToolsShowRowsAndErrors) {
-    const ProgramOptions batch{"SELECT 1 AS one, 'zwei' AS two\nGO\nSELECT * FROM Nowhere\nGO\n",
-                               {},
-                               {"TDSVER=7.4"},
-                               std::chrono::minutes(1)};
-    ProgramResult result = runProgram({"tsql", "-H", "127.0.0.1", "-p", std::to_string(box().port()), "-U",
-                                       box().login(), "-P", box().password()},
-                                      batch);
-    EXPECT_NE(result.output.find("one\ttwo\n1\tzwei\n"), std::string::npos) << result.output;
-    EXPECT_NE(result.errors.find("Msg 208 (severity 16, state 1)"), std::string::npos) << result.errors;
+    for (const std::string version : {"7.1", "7.2", "7.3", "7.4"}) {
+        SCOPED_TRACE(version);
+        const ProgramOptions batch{"SELECT 1 AS one, 'zwei' AS two\nGO\nSELECT * FROM Nowhere\nGO\n",
+                                   {},
+                                   {"TDSVER=" + version},
+                                   std::chrono::minutes(1)};
+        ProgramResult result = runProgram({"tsql", "-H", "127.0.0.1", "-p", std::to_string(box().port()),
+                                           "-U", box().login(), "-P", box().password()},
+                                          batch);
+        EXPECT_NE(result.output.find("one\ttwo\n1\tzwei\n"), std::string::npos) << result.output;
+        EXPECT_NE(result.errors.find("Msg 208 (severity 16, state 1)"), std::string::npos) << result.errors;
 
-    result = runProgram(freetds("bsqldb", box().password()), batch);
-    EXPECT_NE(result.output.find("zwei"), std::string::npos) << result.output;
-    EXPECT_NE(result.errors.find("Invalid object name 'Nowhere'."), std::string::npos) << result.errors;
-
-    result = runProgram({"isql", "-k", box().odbcConnectionString(), "-b"},
-                        {"SELECT 'drei' AS three\n", {}, {}, std::chrono::minutes(1)});
+        result = runProgram(freetds("bsqldb", box().password()), batch);
+        EXPECT_NE(result.output.find("zwei"), std::string::npos) << result.output;
+        EXPECT_NE(result.errors.find("Invalid object name 'Nowhere'."), std::string::npos) << result.errors;
+    }
+    const ProgramResult result = runProgram({"isql", "-k", box().odbcConnectionString(), "-b"},
+                                            {"SELECT 'drei' AS three\n", {}, {}, std::chrono::minutes(1)});
     EXPECT_NE(result.output.find("drei"), std::string::npos) << result.output;
+}
+
+// What these two do stands in their scripts, in clients/.
+TEST_F(ClientTest, Pymssql) {
+    const ProgramResult result = runProgram({"/usr/bin/python3", TDS_CLIENTS "/pymssql_client.py",
+                                             std::to_string(box().port()), box().login(), box().password()});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+}
+
+TEST_F(ClientTest, Tedious) {
+    const ProgramResult installed =
+        runProgram({TDS_CLIENTS "/install_tedious.sh", TDS_TEDIOUS}, {{}, {}, {}, std::chrono::minutes(3)});
+    if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
+    ASSERT_EQ(installed.exitCode, 0) << installed.errors;
+    const ProgramResult result = runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_TEDIOUS,
+                                             std::to_string(box().port()), box().login(), box().password()});
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
 }
 
 }  // namespace

@@ -1,0 +1,226 @@
+// The server through tedious: node tedious_client.js <folder of node_modules> <port> <login> <password>
+'use strict';
+const assert = require('node:assert');
+const path = require('node:path');
+const test = require('node:test');
+
+const [, , modules, port, login, password] = process.argv;
+const tedious = require(path.join(modules, 'node_modules', 'tedious'));
+const { Connection, Request, TYPES, ISOLATION_LEVEL } = tedious;
+
+function connect(options = {}, secret = password) {
+  return new Promise((resolve, reject) => {
+    const connection = new Connection({
+      server: '127.0.0.1',
+      authentication: { type: 'default', options: { userName: login, password: secret } },
+      options: { port: Number(port), encrypt: false, trustServerCertificate: true, useUTC: true, ...options },
+    });
+    connection.connect((error) => (error ? reject(error) : resolve(connection)));
+  });
+}
+
+async function withConnection(options, work) {
+  const connection = await connect(options);
+  try {
+    return await work(connection);
+  } finally {
+    connection.close();
+  }
+}
+
+// Runs a request made by `send`: its rows as arrays, what it gave back, its messages.
+function ask(send, text, parameters = []) {
+  return new Promise((resolve, reject) => {
+    const result = { rows: [], columns: [], outputs: {}, messages: [] };
+    const request = new Request(text, (error, count) => {
+      result.count = count;
+      if (error) reject(Object.assign(error, { result }));
+      else resolve(result);
+    });
+    for (const [name, type, value, options = {}] of parameters)
+      options.output ? request.addOutputParameter(name, type, value, options) : request.addParameter(name, type, value, options);
+    request.on('row', (columns) => result.rows.push(columns.map((column) => column.value)));
+    request.on('columnMetadata', (columns) => result.columns.push(columns.map((column) => column.colName)));
+    request.on('returnValue', (name, value) => (result.outputs[name] = value));
+    request.on('doneProc', (count, more, status) => (result.status = status));
+    result.request = request;
+    send(request);
+  });
+}
+const batch = (connection, text) => ask((request) => connection.execSqlBatch(request), text);
+const query = (connection, text, parameters) => ask((request) => connection.execSql(request), text, parameters);
+const call = (connection, name, parameters) => ask((request) => connection.callProcedure(request), name, parameters);
+const step = (connection, method, ...first) =>
+  new Promise((resolve, reject) => connection[method]((error) => (error ? reject(error) : resolve()), ...first));
+
+test('a wrong password is refused', async () => {
+  await assert.rejects(connect({}, 'no such password'), /Login failed for user/);
+});
+
+const long = '\u00e4\u20ac\u{1F600}'.repeat(30000);
+for (const tdsVersion of ['7_1', '7_2', '7_3_A', '7_3_B', '7_4'])
+  for (const packetSize of [512, 4096, 32767])
+    test(`version ${tdsVersion} in packets of ${packetSize}`, () =>
+      withConnection({ tdsVersion, packetSize }, async (connection) => {
+        const result = await query(connection, 'SELECT @a AS a, @b AS b, @c AS c, NULL AS d', [
+          ['a', TYPES.NVarChar, tdsVersion === '7_1' ? long.slice(0, 4000) : long],
+          ['b', TYPES.Int, -5],
+          ['c', TYPES.VarBinary, Buffer.alloc(3000, 7)],
+        ]);
+        const text = tdsVersion === '7_1' ? long.slice(0, 4000) : long;
+        assert.deepStrictEqual(result.rows, [[text, -5, Buffer.alloc(3000, 7), null]]);
+        const many = await batch(connection,
+          "DECLARE @i int = 0 WHILE @i < 50 BEGIN SELECT REPLICATE('x', 3000) SET @i += 1 END");
+        assert.deepStrictEqual(many.rows, Array(50).fill(['x'.repeat(3000)]));
+      }));
+
+test('parameters of every type keep their values, and their nulls', () =>
+  withConnection({}, async (connection) => {
+    const day = new Date(Date.UTC(2024, 1, 29)), moment = new Date(Date.UTC(2024, 1, 29, 23, 59, 58, 123));
+    const cases = [
+      ['Bit', true], ['TinyInt', 255], ['SmallInt', -32768], ['Int', -2147483648], ['BigInt', '9223372036854775807'],
+      ['Decimal', -12345.6789, { precision: 18, scale: 4 }], ['Numeric', 1.5, { precision: 9, scale: 2 }],
+      ['Money', -1234567.1234], ['SmallMoney', 1.5], ['Real', 0.5], ['Float', -2.5e100],
+      ['Char', 'ab   ', { length: 5 }], ['VarChar', "it's \u20ac"], ['VarChar', 'v'.repeat(9000)],
+      ['NChar', 'ab   ', { length: 5 }], ['NVarChar', 'Gr\u00fc\u00dfe \u{1F600}'], ['NVarChar', ''],
+      ['NVarChar', 'n'.repeat(70000)], ['Text', 'text'], ['NText', 'ntext \u20ac'],
+      ['Date', day], ['DateTime', new Date(Date.UTC(2024, 1, 29, 23, 59, 58, 120))],
+      ['SmallDateTime', new Date(Date.UTC(2024, 1, 29, 23, 59))], ['DateTime2', moment, { scale: 3 }],
+      ['UniqueIdentifier', '6F9619FF-8B86-D011-B42D-00C04FC964FF'],
+      ['Binary', Buffer.from([1, 2, 3, 4]), { length: 4 }], ['VarBinary', Buffer.from([0, 255])],
+      ['VarBinary', Buffer.alloc(100000, 9)], ['Image', Buffer.from([5])],
+    ];
+    for (const [type, value, options] of cases) {
+      const result = await query(connection, 'SELECT @v AS v, @n AS n',
+        [['v', TYPES[type], value, options], ['n', TYPES[type], null, options]]);
+      assert.deepStrictEqual(result.rows, [[value, null]], type);
+    }
+    const time = await query(connection, 'SELECT @v AS v', [['v', TYPES.Time, moment, { scale: 3 }]]);
+    assert.strictEqual(time.rows[0][0].toISOString(), '1970-01-01T23:59:58.123Z');
+  }));
+
+test('a procedure gives back rows, outputs and its status', () =>
+  withConnection({}, async (connection) => {
+    await batch(connection, 'CREATE OR ALTER PROCEDURE TdAdd @a int, @sum int OUTPUT, @text nvarchar(max) OUTPUT, ' +
+      "@d decimal(9,2) OUTPUT AS SELECT @a AS a SET @sum = @a + 1 SET @text = REPLICATE(CAST(@text AS nvarchar(max)), 5000) SET @d = 1.25 RETURN 7");
+    const result = await call(connection, 'TdAdd', [
+      ['a', TYPES.Int, 4],
+      ['sum', TYPES.Int, null, { output: true }],
+      ['text', TYPES.NVarChar, 'x\u20ac', { output: true, length: Infinity }],
+      ['d', TYPES.Decimal, null, { output: true, precision: 9, scale: 2 }],
+    ]);
+    assert.deepStrictEqual([result.rows, result.status], [[[4]], 7]);
+    assert.deepStrictEqual(result.outputs, { sum: 5, text: 'x\u20ac'.repeat(5000), d: 1.25 });
+    const text = await query(connection, 'SET @out = @in * 2', [['in', TYPES.Int, 21], ['out', TYPES.Int, null, { output: true }]]);
+    assert.deepStrictEqual(text.outputs, { out: 42 });
+    await assert.rejects(call(connection, 'NoSuchProcedure'), { number: 2812 });
+    await assert.rejects(call(connection, 'TdAdd', [['a', TYPES.Int, 4]]), { number: 201 });
+  }));
+
+test('prepared statements run, tell their errors and end', () =>
+  withConnection({}, async (connection) => {
+    await batch(connection, 'CREATE TABLE #p (i int, t nvarchar(20))');
+    const rows = [];
+    let failed = null;
+    await new Promise((resolve) => {
+      const request = new Request('INSERT #p VALUES (@i, @t) SELECT i, t FROM #p WHERE i = @i', (error) => {
+        failed = error;
+        request.emit('ended');
+      });
+      request.addParameter('i', TYPES.Int);
+      request.addParameter('t', TYPES.NVarChar);
+      request.on('row', (columns) => rows.push(columns.map((column) => column.value)));
+      let turn = 0;
+      request.on('prepared', () => request.emit('ended'));
+      request.on('ended', () => {
+        assert.ifError(failed);
+        if (turn < 3) connection.execute(request, { i: ++turn, t: `row ${turn}` });
+        else if (turn++ === 3) connection.unprepare(request);
+        else resolve();
+      });
+      connection.prepare(request);
+    });
+    assert.deepStrictEqual(rows, [[1, 'row 1'], [2, 'row 2'], [3, 'row 3']]);
+    const left = await batch(connection, 'SELECT COUNT(*) FROM #p');
+    assert.deepStrictEqual(left.rows, [[3]]);
+  }));
+
+test('errors have number, severity, state, line and procedure', () =>
+  withConnection({}, async (connection) => {
+    await assert.rejects(batch(connection, 'SELECT 1\nSELECT * FROM Nowhere'),
+      { number: 208, class: 16, lineNumber: 2, message: "Invalid object name 'Nowhere'." });
+    await batch(connection, "CREATE OR ALTER PROCEDURE TdFail AS\nRAISERROR('own', 15, 9)");
+    await assert.rejects(batch(connection, 'EXEC TdFail'),
+      { number: 50000, class: 15, state: 9, lineNumber: 2, procName: 'TdFail', message: 'own' });
+    const infos = [];
+    connection.on('infoMessage', (info) => infos.push(info.message));
+    await batch(connection, "PRINT 'gr\u00fc\u00df'");
+    assert.deepStrictEqual(infos, ['gr\u00fc\u00df']);
+  }));
+
+test('several result sets, their columns and counts', () =>
+  withConnection({}, async (connection) => {
+    const result = await batch(connection,
+      'CREATE TABLE #n (i int) INSERT #n VALUES (1), (2), (3) SELECT i AS a FROM #n UPDATE #n SET i = 0 WHERE i > 1 SELECT 4 AS b, 5 AS c');
+    assert.deepStrictEqual(result.columns, [['a'], ['b', 'c']]);
+    assert.deepStrictEqual(result.rows, [[1], [2], [3], [4, 5]]);
+    assert.strictEqual(result.count, 3 + 3 + 2 + 1);
+  }));
+
+test('transactions of every isolation level commit, roll back and nest', () =>
+  withConnection({}, async (connection) => {
+    await batch(connection, "IF OBJECT_ID('TdKept') IS NOT NULL DROP TABLE TdKept CREATE TABLE TdKept (i int)");
+    const begin = (name, level) => step(connection, 'beginTransaction', name, level);
+    const insert = (i) => query(connection, 'INSERT TdKept VALUES (@i)', [['i', TYPES.Int, i]]);
+    for (const level of Object.values(ISOLATION_LEVEL)) {
+      await begin('outer', level);
+      assert.deepStrictEqual((await batch(connection, 'SELECT @@TRANCOUNT')).rows, [[1]]);
+      await insert(level);
+      await step(connection, 'rollbackTransaction');
+    }
+    await begin('a]name');
+    await insert(10);
+    await step(connection, 'saveTransaction', 'point');
+    await insert(11);
+    await step(connection, 'rollbackTransaction', 'point');
+    await insert(12);
+    await step(connection, 'commitTransaction');
+    assert.deepStrictEqual((await batch(connection, 'SELECT i FROM TdKept ORDER BY i')).rows, [[10], [12]]);
+  }));
+
+test('a transaction that a batch begins is followed', () =>
+  withConnection({}, async (connection) => {
+    assert.strictEqual(connection.inTransaction, false);
+    await batch(connection, 'BEGIN TRANSACTION');
+    assert.strictEqual(connection.inTransaction, true);
+    assert.notDeepStrictEqual(connection.currentTransactionDescriptor(), Buffer.alloc(8));
+    await step(connection, 'commitTransaction');
+    assert.strictEqual(connection.inTransaction, false);
+    await assert.rejects(batch(connection, "BEGIN TRANSACTION SET XACT_ABORT ON SELECT 1 / 0 SET XACT_ABORT OFF"), { number: 8134 });
+    assert.strictEqual(connection.inTransaction, false);
+  }));
+
+function cancelled(connection, text, when) {
+  return new Promise((resolve) => {
+    const request = new Request(text, (error) => resolve(error && error.code));
+    let rows = 0;
+    request.on('row', () => ++rows === 500 && when === 'rows' && connection.cancel());
+    connection.execSqlBatch(request);
+    if (when === 'waiting') setTimeout(() => connection.cancel(), 200);
+  });
+}
+
+test('a request is cancelled while it waits and while its rows come', () =>
+  withConnection({}, async (connection) => {
+    assert.strictEqual(await cancelled(connection, "WAITFOR DELAY '00:05:00'", 'waiting'), 'ECANCEL');
+    assert.strictEqual(await cancelled(connection, "WHILE 1 = 1 SELECT REPLICATE('x', 100)", 'rows'), 'ECANCEL');
+    assert.deepStrictEqual((await batch(connection, "SELECT 'goes on'")).rows, [['goes on']]);
+  }));
+
+test('a connection that is reset begins anew', () =>
+  withConnection({}, async (connection) => {
+    await batch(connection, 'USE msdb CREATE TABLE #gone (i int) BEGIN TRANSACTION');
+    await step(connection, 'reset');
+    const state = await batch(connection, "SELECT DB_NAME(), OBJECT_ID('tempdb..#gone'), @@TRANCOUNT");
+    assert.deepStrictEqual(state.rows, [['master', null, 0]]);
+  }));
