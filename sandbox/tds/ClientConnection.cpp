@@ -201,7 +201,7 @@ void ClientConnection::resetSession(ResponseSink& sink) {
     m_session.reset();
     m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
     m_prepared = {};
-    m_tokens.bytesChange(EnvChange::ResetAcknowledged, {}, {});
+    m_tokens.resetAcknowledged();
     if (before != m_initialDatabase) sink.databaseChanged(before, m_initialDatabase);
 }
 

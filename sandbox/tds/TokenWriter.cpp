@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::string_view kProductName = "Microsoft SQL Server";  // clients look for it
 constexpr std::uint8_t kInterfaceTransactSql = 1;
-constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 
 constexpr std::size_t kMostMessageUnits = 8000;
 
@@ -46,27 +45,27 @@ void TokenWriter::message(const tsql::Message& message) {
 }
 
 void TokenWriter::textChange(EnvChange what, std::string_view to, std::string_view from) {
-    token(Token::EnvChange);
-    const std::size_t place = m_out.openLength();
-    m_out.u8(static_cast<std::uint8_t>(what));
-    m_out.shortText(to);
-    m_out.shortText(from);
-    m_out.closeLength(place);
+    change(what, utf16FromUtf8(to), utf16FromUtf8(from), 2);
 }
 
-void TokenWriter::bytesChange(EnvChange what, ByteView to, ByteView from) {
+// The lengths count units.
+void TokenWriter::change(EnvChange what, ByteView to, ByteView from, std::size_t unitSize) {
     token(Token::EnvChange);
     const std::size_t place = m_out.openLength();
     m_out.u8(static_cast<std::uint8_t>(what));
-    m_out.u8(to.size());
-    m_out.bytes(to);
-    m_out.u8(from.size());
-    m_out.bytes(from);
+    for (const ByteView value : {to, from}) {
+        m_out.u8(value.size() / unitSize);
+        m_out.bytes(value);
+    }
     m_out.closeLength(place);
 }
 
 void TokenWriter::collation() {
-    bytesChange(EnvChange::Collation, kCollation, {});
+    change(EnvChange::Collation, kCollation, {}, 1);
+}
+
+void TokenWriter::resetAcknowledged() {
+    change(EnvChange::ResetAcknowledged, {}, {}, 1);
 }
 
 void TokenWriter::transactionChange(tsql::TransactionEvent event) {
@@ -74,9 +73,10 @@ void TokenWriter::transactionChange(tsql::TransactionEvent event) {
     if (begins) ++m_transaction;
     ByteWriter descriptor;
     descriptor.u64(m_transaction);
-    const auto change =
-        static_cast<EnvChange>(static_cast<int>(EnvChange::BeginTransaction) + static_cast<int>(event));
-    bytesChange(change, begins ? descriptor.data() : ByteView(), begins ? ByteView() : descriptor.data());
+    const ByteView to = descriptor.data(), none;
+    constexpr EnvChange kChanges[] = {EnvChange::BeginTransaction, EnvChange::CommitTransaction,
+                                      EnvChange::RollbackTransaction};
+    change(kChanges[static_cast<std::size_t>(event)], begins ? to : none, begins ? none : to, 1);
 }
 
 void TokenWriter::userTypeAndFlags(unsigned flags) {

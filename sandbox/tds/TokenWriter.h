@@ -20,9 +20,9 @@ class TokenWriter {
     void loginAck();
     void message(const tsql::Message& message);
     void textChange(EnvChange what, std::string_view to, std::string_view from);
-    void bytesChange(EnvChange what, ByteView to, ByteView from);
     void collation();
-    // Older clients do not follow transactions; the others are told each one's descriptor.
+    void resetAcknowledged();
+    // Each transaction has a descriptor, by which drivers follow it.
     void transactionChange(tsql::TransactionEvent event);
     void columns(std::span<const tsql::Column> columns);
     // A row of the columns last announced. Throws ValueError and leaves nothing of the row.
@@ -35,6 +35,7 @@ class TokenWriter {
     Bytes& data() { return m_out.data(); }
 
   private:
+    void change(EnvChange what, ByteView to, ByteView from, std::size_t unitSize);
     void token(Token token) { m_out.u8(static_cast<std::uint8_t>(token)); }
     void userTypeAndFlags(unsigned flags);
     void writeCells(std::span<const tsql::CellView> cells);

@@ -34,12 +34,12 @@ constexpr WireForm kForms[] = {
     {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},
     {0xEF, Framing::Short, 0, TypeId::NChar},
     {0xE7, Framing::Short, 0, TypeId::NVarChar},
-    {0xAF, Framing::Short, 0, TypeId::Char},
+    {0xAF, Framing::Short, 0, TypeId::VarChar},
     {0xA7, Framing::Short, 0, TypeId::VarChar},
     {0xAD, Framing::Short, 0, TypeId::Binary},
     {0xA5, Framing::Short, 0, TypeId::VarBinary},
     {0x63, Framing::Long, 0, TypeId::NText},
-    {0x23, Framing::Long, 0, TypeId::Text},
+    {0x23, Framing::Long, 0, TypeId::VarChar},
     {0x22, Framing::Long, 0, TypeId::Image},
     {0xF1, Framing::Chunks, 0, TypeId::Xml},
     {0x1F, Framing::Fixed, 0, TypeId::Int},  // a bare NULL
@@ -56,13 +56,8 @@ constexpr WireForm kForms[] = {
     {0x3D, Framing::Fixed, 8, TypeId::DateTime},
 };
 
-// SQL_Latin1_General_CP1_CI_AS, 2.2.5.1.2
-constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 constexpr unsigned char kCollationUtf8 = 0x04;  // in the collation's fourth byte
 
-constexpr std::uint64_t kNullLength16 = 0xFFFF;
-constexpr std::uint64_t kNullLength32 = 0xFFFFFFFF;
-constexpr std::uint64_t kNullLength64 = ~std::uint64_t{0};
 constexpr std::uint64_t kUnbounded = 0xFFFF;  // the length of a (max) type
 constexpr std::uint64_t kLongestLong = 0x7FFFFFFF;
 constexpr std::uint64_t kMostSizedBytes = 8000;
@@ -77,8 +72,14 @@ constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
 // The first three groups of a uniqueidentifier are numbers, so they are turned round; the rest are bytes.
 constexpr std::size_t kGuidOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 
-bool isNationalText(TypeId id) {
-    return tsql::isText(id) && tsql::isNational(id);
+// Of a value's length; the length of NULL is all ones, or 0 in a single byte.
+std::size_t lengthWidth(Framing framing) {
+    constexpr std::size_t kWidths[] = {0, 1, 2, 4, 8};
+    return kWidths[static_cast<std::size_t>(framing)];
+}
+
+std::uint64_t nullLength(std::size_t width) {
+    return width <= 1 ? 0 : ~std::uint64_t{0} >> (64 - 8 * width);
 }
 
 bool hasScaledTime(TypeId id) {
@@ -146,51 +147,39 @@ void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
                size / 2);
 }
 
-void encode(ByteWriter& out, const WireType& type, const CellView& value) {
-    const std::size_t size = type.form.size;
-    switch (const TypeId id = type.type.id) {
-        case TypeId::Bit:
-        case TypeId::TinyInt:
-        case TypeId::SmallInt:
-        case TypeId::Int:
-        case TypeId::BigInt:
-        case TypeId::SmallMoney:
-            return encodeInteger(out, value, size, id > TypeId::TinyInt);
-        case TypeId::Money:  // the higher half first
-            out.u32(static_cast<std::uint64_t>(as<std::int64_t>(value)) >> 32);
-            return out.u32(static_cast<std::uint64_t>(as<std::int64_t>(value)));
-        case TypeId::Decimal:
-            return encodeDecimal(out, value, type.type.precision);
-        case TypeId::Real:
-            return out.u32(std::bit_cast<std::uint32_t>(static_cast<float>(asDouble(value))));
-        case TypeId::Float:
-            return out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
-        case TypeId::UniqueIdentifier:
-            return encodeGuid(out, Bytes(as<std::string_view>(value)));
-        case TypeId::Binary:
-        case TypeId::VarBinary:
-        case TypeId::Image: {
-            const auto blob = as<tsql::Blob>(value);
-            return out.bytes({reinterpret_cast<const char*>(blob.data()), blob.size()});
-        }
-        case TypeId::DateTime:
-        case TypeId::SmallDateTime:
-            return encodeDateTime(out, tsql::fromStorage(as<std::string_view>(value)), size);
-        default:
-            break;
-    }
-    if (!tsql::isDateTime(type.type.id)) return out.utf16(as<std::string_view>(value));
-    const DateTime moment = tsql::fromStorage(as<std::string_view>(value));
-    const int scale = type.type.scale;
-    if (type.type.id != TypeId::Date)
-        out.number(static_cast<std::uint64_t>(moment.ticks / tsql::powerOfTen(7 - scale)), timeSize(scale));
-    if (type.type.id != TypeId::Time) out.number(static_cast<std::uint64_t>(moment.days), 3);
+void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
+    if (type.id != TypeId::Date)
+        out.number(static_cast<std::uint64_t>(value.ticks / tsql::powerOfTen(7 - type.scale)),
+                   timeSize(type.scale));
+    if (type.id != TypeId::Time) out.number(static_cast<std::uint64_t>(value.days), 3);
 }
 
-void writeNull(ByteWriter& out, Framing framing) {
-    if (framing == Framing::Short) return out.u16(kNullLength16);
-    if (framing == Framing::Chunks) return out.u64(kNullLength64);
-    out.u8(0);  // of a long value: it has no text pointer
+void encode(ByteWriter& out, const WireType& type, const CellView& value) {
+    const std::size_t size = type.form.size;
+    const TypeId id = type.type.id;
+    if (id == TypeId::Money) {  // the higher half first
+        const auto number = static_cast<std::uint64_t>(as<std::int64_t>(value));
+        out.u32(number >> 32);
+        out.u32(number);
+    } else if (id == TypeId::Decimal) {
+        encodeDecimal(out, value, type.type.precision);
+    } else if (tsql::isExact(id)) {
+        encodeInteger(out, value, size, id > TypeId::TinyInt);
+    } else if (id == TypeId::Real) {
+        out.u32(std::bit_cast<std::uint32_t>(static_cast<float>(asDouble(value))));
+    } else if (id == TypeId::Float) {
+        out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
+    } else if (id == TypeId::UniqueIdentifier) {
+        encodeGuid(out, Bytes(as<std::string_view>(value)));
+    } else if (tsql::isBinary(id)) {
+        const auto blob = as<tsql::Blob>(value);
+        out.bytes({reinterpret_cast<const char*>(blob.data()), blob.size()});
+    } else if (tsql::isText(id)) {
+        out.utf16(as<std::string_view>(value));
+    } else {
+        const DateTime moment = tsql::fromStorage(as<std::string_view>(value));
+        size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
+    }
 }
 
 // ---- Values coming in ---------------------------------------------------------------------------
@@ -201,13 +190,13 @@ DateTime checked(const DateTime& value) {
     return value;
 }
 
-DateTime decodeDateTime(ByteReader in, std::size_t size) {
-    if (size == 4) {
-        const std::int64_t days = in.u16() + DateTime::kDay1900;
-        return checked({days, in.u16() * kTicksPerMinute});
-    }
-    const std::int64_t days = in.signedNumber(4) + DateTime::kDay1900;
-    return checked({days, in.signedNumber(4) * DateTime::kTicksPerSecond / kUnitsPerSecond});
+DateTime decodeDateTime(ByteReader in) {
+    const std::size_t half = in.remaining() / 2;
+    const bool isSmall = half == 2;  // unsigned days and minutes
+    const auto days = isSmall ? in.u16() : in.signedNumber(half);
+    const auto time = isSmall ? in.u16() * kTicksPerMinute
+                              : in.signedNumber(half) * DateTime::kTicksPerSecond / kUnitsPerSecond;
+    return {days + DateTime::kDay1900, time};
 }
 
 DateTime decodeScaled(ByteReader in, const SqlType& type) {
@@ -218,7 +207,7 @@ DateTime decodeScaled(ByteReader in, const SqlType& type) {
     DateTime value;
     value.ticks = static_cast<std::int64_t>(in.number(timeBytes)) * tsql::powerOfTen(7 - type.scale);
     if (dateBytes > 0) value.days = static_cast<std::int64_t>(in.number(dateBytes));
-    return checked(value);
+    return value;
 }
 
 Value decodeDecimal(ByteReader in) {
@@ -264,9 +253,6 @@ Value decode(const WireType& type, ByteView data) {
             return decodeFloat(std::bit_cast<float>(in.u32()));
         case TypeId::Float:
             return decodeFloat(std::bit_cast<double>(in.number(8)));
-        case TypeId::DateTime:
-        case TypeId::SmallDateTime:
-            return tsql::toStorage(decodeDateTime(in, data.size()), type.type);
         case TypeId::UniqueIdentifier:
             return decodeGuid(data);
         case TypeId::VarBinary:
@@ -276,8 +262,9 @@ Value decode(const WireType& type, ByteView data) {
         case TypeId::VarChar:
             return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
         default:
-            if (tsql::isDateTime(id)) return tsql::toStorage(decodeScaled(in, type.type), type.type);
-            return in.signedNumber(data.size());
+            if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
+            return tsql::toStorage(
+                checked(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type)), type.type);
     }
 }
 
@@ -295,26 +282,10 @@ const WireForm* findForm(std::uint8_t id, std::size_t size) {
     return nullptr;
 }
 
-// What a variable has for a type that only columns and constants have.
-SqlType variableType(SqlType type) {
-    switch (type.id) {
-        case TypeId::Char:
-        case TypeId::Text:
-            type.id = TypeId::VarChar;
-            break;
-        case TypeId::NChar:
-        case TypeId::NText:
-        case TypeId::Xml:
-            type.id = TypeId::NVarChar;
-            break;
-        case TypeId::Binary:
-        case TypeId::Image:
-            type.id = TypeId::VarBinary;
-            break;
-        default:
-            break;
-    }
-    return type;
+// A variable has none of the types that are for columns alone.
+TypeId variableId(TypeId id) {
+    if (tsql::isBinary(id)) return TypeId::VarBinary;
+    return !tsql::isText(id) ? id : tsql::isNational(id) ? TypeId::NVarChar : TypeId::VarChar;
 }
 
 // The length in bytes of a text or binary type, which also decides how its values are framed.
@@ -322,7 +293,7 @@ void readLength(ByteReader& in, WireType& type) {
     const std::uint64_t most = type.form.framing == Framing::Long ? in.u32() : in.u16();
     if (type.form.framing == Framing::Short && most == kUnbounded) type.form.framing = Framing::Chunks;
     const int units =
-        static_cast<int>(most <= kMostSizedBytes ? most : 0) / (isNationalText(type.type.id) ? 2 : 1);
+        static_cast<int>(most <= kMostSizedBytes ? most : 0) / (type.type.id == TypeId::NVarChar ? 2 : 1);
     type.type.length = most <= kMostSizedBytes ? std::max(units, 1) : SqlType::kMax;
     if (!tsql::isText(type.type.id)) return;
     type.utf8 = (static_cast<unsigned char>(in.bytes(kCollation.size())[3]) & kCollationUtf8) != 0;
@@ -384,19 +355,21 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
 
 void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     const Framing framing = type.form.framing;
-    if (std::holds_alternative<tsql::Null>(value)) return writeNull(out, framing);
-    if (framing == Framing::Long) {
+    const bool isLong = framing == Framing::Long;
+    std::size_t width = lengthWidth(framing);
+    if (tsql::isNull(value)) return isLong ? out.u8(0) : out.number(nullLength(width), width);
+    if (isLong) {
         out.u8(kTextPointerSize);
         out.number(0, kTextPointerSize + kTimeStampSize);
     }
     // Unbounded values go out as one chunk of known length; an empty one's is the end mark as well.
     const std::size_t total = framing == Framing::Chunks ? out.openLength(8) : 0;
-    const std::size_t width = framing == Framing::Byte ? 1 : framing == Framing::Short ? 2 : 4;
+    if (framing == Framing::Chunks) width = 4;
     const std::size_t place = out.openLength(width);
     encode(out, type, value);
     out.closeLength(place, width);
     const std::size_t length = out.size() - place;
-    if (framing == Framing::Short && length >= kNullLength16)
+    if (framing == Framing::Short && length >= nullLength(width))
         throw ValueError("a value is longer than its column's type allows");
     if (framing != Framing::Chunks) return;
     out.fillIn(total, length, 8);
@@ -413,41 +386,23 @@ WireType readTypeInfo(ByteReader& in) {
     if (form == nullptr)
         throw tsql::SqlError(50000, "tsqlbox does not support parameters of the type that TDS numbers " +
                                         std::to_string(id) + ".");
-    WireType type{*form, tsql::simpleType(form->type)};
+    WireType type{*form, tsql::simpleType(variableId(form->type))};
     if (form->framing == Framing::Short || form->framing == Framing::Long) readLength(in, type);
     if (form->type == TypeId::Xml) {
         if (in.u8() != 0) throw tsql::SqlError(50000, "tsqlbox does not support xml with a schema.");
         type.type.length = SqlType::kMax;
     }
     if (form->type == TypeId::Decimal || hasScaledTime(form->type)) readPrecision(in, type.type);
-    type.type = variableType(type.type);
     return type;
 }
 
 Value readValue(ByteReader& in, const WireType& type) {
-    std::uint64_t length = type.form.size;
-    switch (type.form.framing) {
-        case Framing::Fixed:
-            if (length == 0) return tsql::Null{};
-            break;
-        case Framing::Byte:
-            length = in.u8();
-            if (length == 0) return tsql::Null{};
-            if (type.form.size != 0 && length != type.form.size)
-                throw ProtocolError("a parameter's length is not that of its type");
-            break;
-        case Framing::Short:
-            length = in.u16();
-            if (length == kNullLength16) return tsql::Null{};
-            break;
-        case Framing::Long:
-            length = in.u32();
-            if (length == kNullLength32) return tsql::Null{};
-            break;
-        case Framing::Chunks:
-            if (in.number(8) == kNullLength64) return tsql::Null{};
-            return decode(type, readChunks(in));
-    }
+    const std::size_t width = lengthWidth(type.form.framing);
+    const std::uint64_t length = width > 0 ? in.number(width) : type.form.size;
+    if (length == nullLength(width)) return tsql::Null{};
+    if (width == 1 && type.form.size != 0 && length != type.form.size)
+        throw ProtocolError("a parameter's length is not that of its type");
+    if (type.form.framing == Framing::Chunks) return decode(type, readChunks(in));
     return decode(type, in.bytes(length));
 }
 

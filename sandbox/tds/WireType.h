@@ -11,6 +11,9 @@
 
 namespace tds {
 
+// SQL_Latin1_General_CP1_CI_AS, 2.2.5.1.2
+inline constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
+
 // A value that its column's wire type cannot hold; the text says why.
 class ValueError : public std::runtime_error {
   public:
