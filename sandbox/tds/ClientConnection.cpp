@@ -26,6 +26,10 @@ tsql::Message error(int number, int severity, std::string text) {
     return {number, severity, 1, 1, {}, std::move(text)};
 }
 
+tsql::Message loginFailed(const Login& login) {
+    return error(kLoginFailed, 14, "Login failed for user '" + login.userName + "'.");
+}
+
 constexpr std::string_view kIsolationLevels[] = {
     "", "READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"};
 
@@ -98,8 +102,14 @@ bool ClientConnection::logIn() {
     const Login login = readLogin();
     m_version = login.version;
     m_tokens.setVersion(login.version);
-    if (!accept(login)) {
-        refuse(login);
+    try {
+        check(login);
+    } catch (const tsql::SqlError& refusal) {
+        std::this_thread::sleep_for(m_settings.refusalDelay);
+        m_tokens.message(error(refusal.number, refusal.severity, refusal.what()));
+        if (refusal.number != kLoginFailed) m_tokens.message(loginFailed(login));
+        m_tokens.done(Token::Done, kDoneError, -1, false);
+        m_channel.sendLast(m_tokens.data());
         return false;
     }
     greet(login);
@@ -117,27 +127,20 @@ Login ClientConnection::readLogin() {
     return parseLogin(request.data);
 }
 
-bool ClientConnection::accept(const Login& login) {
-    if (login.integrated) {
-        m_tokens.message(error(kIntegratedLoginFailed, 14,
-                               "Login failed. Only logins with a name and a password are accepted here."));
-        return false;
-    }
-    if (!m_engine.checkLogin(login.userName, login.password)) return false;
+// Throws SqlError for a login that is refused.
+void ClientConnection::check(const Login& login) {
+    if (login.integrated)
+        throw tsql::SqlError(kIntegratedLoginFailed,
+                             "Login failed. Only logins with a name and a password are accepted here.", 14);
+    if (!m_engine.checkLogin(login.userName, login.password))
+        throw tsql::SqlError(kLoginFailed, loginFailed(login).text, 14);
     m_login = login.userName;
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
-    if (m_engine.databaseExists(m_initialDatabase)) return true;
-    m_tokens.message(error(
-        kCannotOpenDatabase, 11,
-        "Cannot open database \"" + m_initialDatabase + "\" requested by the login. The login failed."));
-    return false;
-}
-
-void ClientConnection::refuse(const Login& login) {
-    std::this_thread::sleep_for(m_settings.refusalDelay);
-    m_tokens.message(error(kLoginFailed, 14, "Login failed for user '" + login.userName + "'."));
-    m_tokens.done(Token::Done, kDoneError, -1, false);
-    m_channel.sendLast(m_tokens.data());
+    if (!m_engine.databaseExists(m_initialDatabase))
+        throw tsql::SqlError(
+            kCannotOpenDatabase,
+            "Cannot open database \"" + m_initialDatabase + "\" requested by the login. The login failed.",
+            11);
 }
 
 void ClientConnection::greet(const Login& login) {

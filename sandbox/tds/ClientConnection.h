@@ -32,8 +32,7 @@ class ClientConnection {
   private:
     bool logIn();
     Login readLogin();
-    bool accept(const Login& login);
-    void refuse(const Login& login);
+    void check(const Login& login);
     void greet(const Login& login);
     void serveRequests();
     bool serve(const Request& request);

@@ -19,29 +19,16 @@ constexpr std::uint8_t kFlagByReference = 0x01;
 constexpr std::size_t kMostStatements = 10'000;
 
 constexpr std::string_view kExecuteSql = "sp_executesql";
-constexpr std::string_view kProcedures[] = {"",
-                                            "sp_cursor",
-                                            "sp_cursoropen",
-                                            "sp_cursorprepare",
-                                            "sp_cursorexecute",
-                                            "sp_cursorprepexec",
-                                            "sp_cursorunprepare",
-                                            "sp_cursorfetch",
-                                            "sp_cursoroption",
-                                            "sp_cursorclose",
-                                            kExecuteSql,
-                                            "sp_prepare",
-                                            "sp_execute",
-                                            "sp_prepexec",
-                                            "sp_prepexecrpc",
-                                            "sp_unprepare"};
+constexpr std::pair<std::uint16_t, std::string_view> kProcedures[] = {
+    {10, kExecuteSql}, {11, "sp_prepare"}, {12, "sp_execute"}, {13, "sp_prepexec"}, {15, "sp_unprepare"}};
 
 // Bit of sp_prepare's option: tell the columns.
 constexpr std::int64_t kReturnMetadata = 1;
 
 std::string procedureName(std::uint16_t number) {
-    if (number < std::size(kProcedures)) return std::string(kProcedures[number]);
-    throw SqlError(2812, "Could not find stored procedure '" + std::to_string(number) + "'.", 16, 62);
+    for (const auto& [known, name] : kProcedures)
+        if (known == number) return std::string(name);
+    throw SqlError(2812, "Could not find stored procedure number " + std::to_string(number) + ".", 16, 62);
 }
 
 // A flag where a parameter might begin: a name is at most 128 characters long.
@@ -73,28 +60,15 @@ ProcedureCall parseCall(ByteReader& in) {
     return call;
 }
 
-void require(const Arguments& arguments, std::size_t count, const char* procedure) {
-    if (arguments.size() < count)
-        throw SqlError(201, std::string("Procedure or function '") + procedure +
-                                "' expects parameter number " + std::to_string(arguments.size() + 1) +
-                                ", which was not supplied.");
+void require(const ProcedureCall& call, std::size_t count) {
+    if (call.arguments.size() < count)
+        throw SqlError(201, "Procedure or function '" + call.procedure + "' expects parameter number " +
+                                std::to_string(call.arguments.size() + 1) + ", which was not supplied.");
 }
 
 std::int64_t numberOf(const ProcedureCall::Argument& argument) {
     const auto* number = std::get_if<std::int64_t>(&argument.value);
     return number ? *number : 0;
-}
-
-ProcedureCall executeSql(ProcedureCall::Argument text, ProcedureCall::Argument declarations) {
-    text.name.clear();
-    declarations.name.clear();
-    return {std::string(kExecuteSql), {std::move(text), std::move(declarations)}};
-}
-
-void appendFrom(std::size_t first, Arguments& from, ProcedureCall& call) {
-    call.arguments.insert(call.arguments.end(),
-                          std::move_iterator(from.begin() + static_cast<std::ptrdiff_t>(first)),
-                          std::move_iterator(from.end()));
 }
 
 }  // namespace
@@ -109,55 +83,41 @@ std::vector<ProcedureCall> parseRpc(ByteView body) {
 
 CallPlan PreparedStatements::plan(ProcedureCall call) {
     const std::string name = tsql::lowerAscii(call.procedure);
-    if (name == "sp_prepare") return prepare(std::move(call.arguments));
-    if (name == "sp_prepexec") return prepareAndRun(std::move(call.arguments));
-    if (name == "sp_execute") return run(std::move(call.arguments));
-    if (name == "sp_unprepare") return unprepare(std::move(call.arguments));
-    return {std::move(call), {}};
-}
-
-// handle OUTPUT, declarations, text [, options]
-CallPlan PreparedStatements::prepare(Arguments arguments) {
-    require(arguments, 3, "sp_prepare");
+    const bool isPrepare = name == "sp_prepare";
+    const bool prepares = isPrepare || name == "sp_prepexec";
+    if (!prepares && name != "sp_execute" && name != "sp_unprepare") return {std::move(call), {}};
+    Arguments& arguments = call.arguments;
+    const std::size_t used =
+        prepares ? 3 : 1;  // the handle, and of what is prepared the declarations and text
+    require(call, used);
     CallPlan plan;
-    if (arguments.size() > 3 && (numberOf(arguments[3]) & kReturnMetadata) != 0) {
-        plan.run = executeSql(arguments[2], arguments[1]);
-        plan.run->describeOnly = true;
-    }
-    plan.handle = add(arguments);
+    if (prepares) plan.handle = add(arguments);
+    const ProcedureCall::Argument& handle = prepares ? *plan.handle : arguments[0];
+    const bool describes =
+        isPrepare && arguments.size() > used && (numberOf(arguments[used]) & kReturnMetadata) != 0;
+    if (name == "sp_unprepare") forget(handle);
+    if (name == "sp_unprepare" || (isPrepare && !describes)) return plan;
+    plan.run = {std::string(kExecuteSql), find(handle), describes};
+    const auto values = arguments.begin() + static_cast<std::ptrdiff_t>(used);
+    if (!describes)
+        plan.run->arguments.insert(plan.run->arguments.end(), std::move_iterator(values),
+                                   std::move_iterator(arguments.end()));
     return plan;
-}
-
-// handle OUTPUT, declarations, text, values...
-CallPlan PreparedStatements::prepareAndRun(Arguments arguments) {
-    require(arguments, 3, "sp_prepexec");
-    CallPlan plan{executeSql(arguments[2], arguments[1]), add(arguments)};
-    appendFrom(3, arguments, *plan.run);
-    return plan;
-}
-
-CallPlan PreparedStatements::run(Arguments arguments) {
-    require(arguments, 1, "sp_execute");
-    const auto found = m_statements.find(numberOf(arguments[0]));
-    if (found == m_statements.end())
-        throw SqlError(8179, "Could not find prepared statement with handle " +
-                                 std::to_string(numberOf(arguments[0])) + ".");
-    CallPlan plan{executeSql(found->second.text, found->second.declarations), {}};
-    appendFrom(1, arguments, *plan.run);
-    return plan;
-}
-
-CallPlan PreparedStatements::unprepare(Arguments arguments) {
-    require(arguments, 1, "sp_unprepare");
-    forget(arguments[0]);
-    return {};
 }
 
 ProcedureCall::Argument PreparedStatements::add(Arguments& arguments) {
     if (m_statements.size() >= kMostStatements)
         throw SqlError(701, "There are too many prepared statements in this session.", 17);
+    for (const std::size_t i : {1, 2}) arguments[i].name.clear();
     m_statements[++m_lastHandle] = {std::move(arguments[2]), std::move(arguments[1])};
     return {std::move(arguments[0].name), tsql::simpleType(tsql::TypeId::Int), m_lastHandle, true};
+}
+
+const Arguments& PreparedStatements::find(const ProcedureCall::Argument& handle) const {
+    const auto found = m_statements.find(numberOf(handle));
+    if (found != m_statements.end()) return found->second;
+    throw SqlError(8179,
+                   "Could not find prepared statement with handle " + std::to_string(numberOf(handle)) + ".");
 }
 
 void PreparedStatements::forget(const ProcedureCall::Argument& handle) {

@@ -31,17 +31,11 @@ class PreparedStatements {
     void forget(const tsql::ProcedureCall::Argument& handle);
 
   private:
-    struct Statement {
-        tsql::ProcedureCall::Argument text, declarations;
-    };
     using Arguments = std::vector<tsql::ProcedureCall::Argument>;
-    CallPlan prepare(Arguments arguments);
-    CallPlan prepareAndRun(Arguments arguments);
-    CallPlan run(Arguments arguments);
-    CallPlan unprepare(Arguments arguments);
     tsql::ProcedureCall::Argument add(Arguments& arguments);
+    const Arguments& find(const tsql::ProcedureCall::Argument& handle) const;
 
-    std::map<std::int64_t, Statement> m_statements;
+    std::map<std::int64_t, Arguments> m_statements;  // text and declarations
     std::int64_t m_lastHandle = 0;
 };
 
