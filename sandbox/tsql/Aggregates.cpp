@@ -22,7 +22,8 @@ struct Gathered {
 struct Aggregate {
     const char* name;
     int arguments;
-    void (*step)(Gathered& gathered, std::span<const CellView> arguments);
+    // `sign`: 1 for a value that comes, -1 for one that leaves a window's frame; the count is up to date.
+    void (*step)(Gathered& gathered, std::span<const CellView> arguments, int sign);
     Value (*result)(const Gathered& gathered);
 };
 
@@ -36,22 +37,22 @@ double realOf(const CellView& value) {
     return integer ? static_cast<double>(*integer) : std::get<double>(value);
 }
 
-void addExact(Gathered& gathered, std::span<const CellView> arguments) {
-    gathered.sum += std::get<std::int64_t>(arguments[0]);
+void addExact(Gathered& gathered, std::span<const CellView> arguments, int sign) {
+    gathered.sum += sign * Int128{std::get<std::int64_t>(arguments[0])};
 }
 
-void addReal(Gathered& gathered, std::span<const CellView> arguments) {
-    gathered.real += realOf(arguments[0]);
+void addReal(Gathered& gathered, std::span<const CellView> arguments, int sign) {
+    gathered.real += sign * realOf(arguments[0]);
 }
 
 // Welford: stable where values are large and close together.
-void addSpread(Gathered& gathered, std::span<const CellView> arguments) {
+void addSpread(Gathered& gathered, std::span<const CellView> arguments, int sign) {
     const double value = realOf(arguments[0]), distance = value - gathered.real;
-    gathered.real += distance / static_cast<double>(gathered.count);
-    gathered.squares += distance * (value - gathered.real);
+    if (gathered.count > 0) gathered.real += sign * distance / static_cast<double>(gathered.count);
+    gathered.squares += sign * distance * (value - gathered.real);
 }
 
-void addText(Gathered& gathered, std::span<const CellView> arguments) {
+void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
     if (gathered.count > 1) gathered.text += std::get<std::string_view>(arguments[1]);
     gathered.text += std::get<std::string_view>(arguments[0]);
 }
@@ -125,6 +126,7 @@ Gathered*& slotOf(sqlite3_context* call) {
     return *slot;
 }
 
+template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
     const AggregateBinding& binding = bindingOf(call);
     try {
@@ -133,33 +135,43 @@ void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
         if (isNull(arguments[0])) return;
         Gathered*& gathered = slotOf(call);
         if (!gathered) gathered = new Gathered;
-        ++gathered->count;
-        binding.aggregate.step(*gathered, arguments);
+        gathered->count += sign;
+        binding.aggregate.step(*gathered, arguments, sign);
     } catch (...) {
         reportError(binding.context, call);
     }
 }
 
-// Also called when a statement ends early, to let go of what was gathered.
-void finishAggregate(sqlite3_context* call) {
+void giveAggregate(sqlite3_context* call, const Gathered* gathered) {
     const AggregateBinding& binding = bindingOf(call);
     try {
-        const std::unique_ptr<Gathered> gathered(slotOf(call));
-        if (!gathered) return sqlite3_result_null(call);
+        if (!gathered || gathered->count == 0) return sqlite3_result_null(call);
         giveResult(call, binding.aggregate.result(*gathered));
     } catch (...) {
         reportError(binding.context, call);
     }
 }
 
+void currentAggregate(sqlite3_context* call) {
+    auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
+    giveAggregate(call, slot ? *slot : nullptr);
+}
+
+// Also called when a statement ends early, to let go of what was gathered.
+void finishAggregate(sqlite3_context* call) {
+    auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
+    const std::unique_ptr<Gathered> gathered(slot ? *slot : nullptr);
+    giveAggregate(call, gathered.get());
+}
+
 }  // namespace
 
 void registerAggregates(sqlite3* connection, FunctionContext& context) {
     for (const Aggregate& aggregate : kAggregates) {
-        const int code = sqlite3_create_function_v2(
+        const int code = sqlite3_create_window_function(
             connection, aggregate.name, aggregate.arguments, SQLITE_UTF8,
-            new AggregateBinding{context, aggregate}, nullptr, stepAggregate, finishAggregate,
-            [](void* binding) { delete static_cast<AggregateBinding*>(binding); });
+            new AggregateBinding{context, aggregate}, stepAggregate<1>, finishAggregate, currentAggregate,
+            stepAggregate<-1>, [](void* binding) { delete static_cast<AggregateBinding*>(binding); });
         if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
     }
 }

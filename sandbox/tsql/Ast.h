@@ -15,6 +15,8 @@ namespace tsql::ast {
 struct Expr;
 struct Query;
 struct Statement;
+struct Window;
+struct CreateTable;
 using ExprPtr = std::unique_ptr<Expr>;
 using QueryPtr = std::unique_ptr<Query>;
 using StatementPtr = std::unique_ptr<Statement>;
@@ -58,11 +60,17 @@ struct Cast {
     ExprPtr style;  // may be null
     Conversion kind = Conversion::Cast;
 };
+struct OrderItem {
+    ExprPtr value;
+    bool descending = false;
+};
 struct Call {
     ObjectName name;
     std::vector<ExprPtr> arguments;
     bool distinct = false;
-    bool star = false;  // COUNT(*)
+    bool star = false;                   // COUNT(*)
+    std::unique_ptr<Window> over = {};   // null without OVER
+    std::vector<OrderItem> within = {};  // WITHIN GROUP (ORDER BY ...)
 };
 struct ScalarQuery {
     QueryPtr query;
@@ -124,7 +132,8 @@ struct Expr {
 struct TableRef;
 using TableRefPtr = std::unique_ptr<TableRef>;
 struct NamedTable {
-    ObjectName name;
+    ObjectName name;                                     // a variable's begins with @
+    std::optional<std::vector<ExprPtr>> arguments = {};  // of a function
 };
 struct DerivedTable {
     QueryPtr query;
@@ -149,9 +158,10 @@ struct SelectItem {
     std::string variable;                // SELECT @v = value
     std::optional<BinaryOp> assignment;  // SELECT @v += value
 };
-struct OrderItem {
-    ExprPtr value;
-    bool descending = false;
+struct Window {
+    std::vector<ExprPtr> partition;
+    std::vector<OrderItem> order;
+    std::string frame;  // "ROWS ..." as SQLite reads it, too; empty without one
 };
 struct Top {
     ExprPtr count;
@@ -176,11 +186,21 @@ struct CommonTable {
     std::vector<std::string> columns;
     QueryPtr query;
 };
+// FOR XML RAW or PATH
+struct ForXml {
+    bool path = false;
+    bool elements = false;  // columns as elements, not attributes
+    bool typed = false;     // TYPE
+    std::string row = "row";
+    std::string root;  // empty without one
+};
 struct Query {
     std::vector<CommonTable> with;
     std::variant<Select, SetOperation> body;
     std::vector<OrderItem> orderBy;
     ExprPtr offset, fetch;  // OFFSET n ROWS FETCH NEXT m ROWS ONLY
+    std::optional<ForXml> xml;
+    std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
     int line = 1;
 };
 
@@ -190,7 +210,8 @@ using Block = std::vector<StatementPtr>;
 struct Declaration {
     std::string name;
     SqlType type;
-    ExprPtr value;  // may be null
+    ExprPtr value;                                  // may be null
+    std::shared_ptr<const CreateTable> table = {};  // DECLARE @t TABLE (...)
 };
 struct Declare {
     std::vector<Declaration> variables;
@@ -246,6 +267,12 @@ struct Use {
 struct SelectStatement {
     QueryPtr query;
 };
+// OUTPUT items [INTO table [(columns)]]
+struct Output {
+    std::vector<SelectItem> items;
+    std::optional<ObjectName> into;
+    std::vector<std::string> columns;
+};
 struct Insert {
     ObjectName table;
     std::vector<std::string> columns;
@@ -254,10 +281,11 @@ struct Insert {
     StatementPtr execute;
     bool defaultValues = false;
     std::vector<CommonTable> with;
+    std::optional<Output> output;
 };
 struct SetClause {
     std::string column;
-    std::string variable;        // SET @v = value
+    std::string variable;        // SET @v = value, or SET @v = column = value
     std::optional<BinaryOp> op;  // SET column += value
     ExprPtr value;               // null: DEFAULT
 };
@@ -267,12 +295,16 @@ struct Update {
     std::vector<SetClause> sets;
     std::vector<TableRefPtr> from;
     ExprPtr where;
+    std::vector<CommonTable> with;
+    std::optional<Output> output;
 };
 struct Delete {
     std::optional<Top> top;
     ObjectName table;
     std::vector<TableRefPtr> from;
     ExprPtr where;
+    std::vector<CommonTable> with;
+    std::optional<Output> output;
 };
 struct Truncate {
     ObjectName table;
@@ -313,7 +345,7 @@ struct CreateIndex {
     std::vector<std::pair<std::string, bool>> columns;  // name, descending
     bool unique = false;
 };
-enum class ObjectKind { Table, Procedure, Function, Index, Database };
+enum class ObjectKind { Table, View, Procedure, Function, Index, Database };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;  // an index: schema holds the table
@@ -329,7 +361,7 @@ struct Parameter {
     ExprPtr byDefault;  // null without one
     bool output = false;
 };
-// CREATE or ALTER PROCEDURE or FUNCTION; the batch's whole text is what is stored.
+// CREATE or ALTER PROCEDURE, FUNCTION or VIEW; the batch's whole text is what is stored.
 struct CreateModule {
     ObjectName name;
     bool function = false;
@@ -337,6 +369,8 @@ struct CreateModule {
     std::vector<Parameter> parameters;
     SqlType returns;
     Block body;
+    QueryPtr query;                    // of a view, or of a function that returns a table
+    std::vector<std::string> columns;  // CREATE VIEW name (columns)
 };
 struct Argument {
     std::string name;  // "@x", empty by position

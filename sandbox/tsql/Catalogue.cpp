@@ -135,7 +135,8 @@ std::vector<KeyInfo> Catalogue::keysOfType(std::string_view storedTable, std::st
 
 std::int64_t Catalogue::add(std::string_view name, std::string_view type, std::int64_t parent,
                             std::string_view detail) {
-    const bool isModule = isKind(type, {objectType::kProcedure, objectType::kFunction});
+    const bool isModule = isKind(
+        type, {objectType::kProcedure, objectType::kFunction, objectType::kView, objectType::kTableFunction});
     const bool isTable = type == objectType::kTable;
     const Value values[] = {std::string(name),
                             std::string(type),

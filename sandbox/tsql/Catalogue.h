@@ -36,8 +36,9 @@ struct TableInfo {
 
 // Object types as sysobjects.xtype has them.
 namespace objectType {
-inline constexpr std::string_view kTable = "U", kProcedure = "P", kFunction = "FN", kPrimaryKey = "PK",
-                                  kUnique = "UQ", kForeignKey = "F", kCheck = "C", kIndex = "IX";
+inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
+                                  kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
+                                  kForeignKey = "F", kCheck = "C", kIndex = "IX";
 }
 
 struct ObjectInfo {

@@ -68,6 +68,8 @@ class Executor final : public SessionFacts, public NameResolver {
     TableInfo table(const ast::ObjectName& name) override;
     std::optional<SystemView> view(const ast::ObjectName& name) override;
     std::optional<UserFunction> function(const ast::ObjectName& name) override;
+    std::optional<StoredQuery> storedQuery(const ast::ObjectName& name, bool isFunction) override;
+    void within(const StoredQuery& query, const std::function<void()>& work) override;
 
     // For the functions that are registered in SQLite.
     Value variableValue(std::string_view name);
@@ -148,7 +150,9 @@ class Executor final : public SessionFacts, public NameResolver {
     void callProcedure(const ast::Execute& execute);
     void bindArguments(const ast::CreateModule& module, const ast::Execute& execute, Frame& frame);
     void returnOutputs(const ast::CreateModule& module, const ast::Execute& execute, const Frame& frame);
+    class EnteredFrame;
     void runFrame(const ast::Block& body, Frame& frame);
+    std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
     const ast::Argument* argumentOf(const ast::Execute& execute, const ast::CreateModule& module,
                                     std::size_t parameter) const;
     std::optional<ObjectInfo> module(const ast::ObjectName& name, std::string_view type,

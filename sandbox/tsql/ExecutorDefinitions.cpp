@@ -23,6 +23,12 @@ std::string_view storageClass(const SqlType& type) {
     return "TEXT COLLATE ts_ci";
 }
 
+bool isOfKind(std::string_view type, ObjectKind kind) {
+    if (kind == ObjectKind::Procedure) return type == objectType::kProcedure;
+    if (kind == ObjectKind::View) return type == objectType::kView;
+    return type == objectType::kFunction || type == objectType::kTableFunction;
+}
+
 std::string nameList(const std::vector<std::string>& names) {
     std::string list;
     for (const auto& name : names) list += (list.empty() ? "" : ", ") + quotedName(name);
@@ -257,12 +263,12 @@ Flow Executor::run(const Drop& drop) {
             m_connection.run("DROP INDEX " + target->schema + "." + indexName(name.name, target->id));
             owner.remove(index->id);
         } else {
-            const bool procedure = drop.kind == ObjectKind::Procedure;
+            const std::string_view kind = drop.kind == ObjectKind::Procedure  ? "procedure"
+                                          : drop.kind == ObjectKind::Function ? "function"
+                                                                              : "view";
             const auto module = owner.find(name.name);
-            const bool fits =
-                module && module->type == (procedure ? objectType::kProcedure : objectType::kFunction);
-            if (!fits && !drop.ifExists)
-                throw sqlError(3701, {procedure ? "procedure" : "function", name.name});
+            const bool fits = module && isOfKind(module->type, drop.kind);
+            if (!fits && !drop.ifExists) throw sqlError(3701, {kind, name.name});
             if (fits) owner.remove(module->id);
         }
         atomic.commit();

@@ -19,20 +19,75 @@ const CreateModule& moduleOf(const Batch& batch) {
 
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
-    if (module.function) columns.push_back({"", module.returns, true, false, {}, true});
+    if (module.function && !module.query) columns.push_back({"", module.returns, true, false, {}, true});
     for (const auto& parameter : module.parameters)
         columns.push_back({parameter.name, parameter.type, true, false, {}, parameter.output});
     return columns;
 }
 
+std::string_view typeOf(const CreateModule& module) {
+    if (module.query) return module.function ? objectType::kTableFunction : objectType::kView;
+    return module.function ? objectType::kFunction : objectType::kProcedure;
+}
+
 }  // namespace
+
+// Makes a frame the innermost one for a while.
+class Executor::EnteredFrame {
+  public:
+    EnteredFrame(std::vector<Frame*>& frames, Frame& frame) : m_frames(frames) {
+        if (m_frames.size() >= kDeepestCall) throw sqlError(217);
+        m_frames.push_back(&frame);
+    }
+    ~EnteredFrame() { m_frames.pop_back(); }
+    EnteredFrame(const EnteredFrame&) = delete;
+    EnteredFrame& operator=(const EnteredFrame&) = delete;
+
+  private:
+    std::vector<Frame*>& m_frames;
+};
+
+void Executor::within(const StoredQuery& query, const std::function<void()>& work) {
+    for (const Frame* frame : m_frames)
+        if (frame->procedure == query.name && frame->database == query.database)
+            throw sqlError(4429, {query.name});
+    Frame frame;
+    frame.procedure = query.name;
+    frame.database = query.database;
+    for (const auto& parameter : query.module->parameters)
+        frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
+    const EnteredFrame entered(m_frames, frame);
+    work();
+}
+
+// What the query of a view or function gives, found out by translating it.
+std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
+    const StoredQuery stored{databaseOf(module.name), module.name.name, nullptr, &module};
+    std::vector<TableColumn> columns;
+    within(stored, [&] {
+        const QueryText text = Translator(*this).query(*module.query);
+        const auto& names = module.columns;
+        Translator::checkColumnList(names, text, module.name.name);
+        for (std::size_t i = 0; i < text.columns.size(); ++i) {
+            const Column& column = text.columns[i].column;
+            columns.push_back({names.empty() ? column.name : names[i], column.type, column.nullable});
+            const std::string& name = columns.back().name;
+            if (name.empty()) throw sqlError(4511, {std::to_string(i + 1)});
+            for (std::size_t before = 0; before < i; ++before)
+                if (compareText(columns[before].name, name) == 0)
+                    throw sqlError(4506, {name, module.name.name});
+        }
+    });
+    return columns;
+}
 
 // The text is the batch that the module stands in: all of it.
 Flow Executor::run(const CreateModule& module) {
     refuseInFunction();
-    const std::string_view type = module.function ? objectType::kFunction : objectType::kProcedure;
+    const std::string_view type = typeOf(module);
     if (!module.name.schema.empty() && !sameWord(module.name.schema, "dbo"))
         throw sqlError(2760, {module.name.schema});
+    const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     Catalogue owner = catalogue(module.name);
     beforeWrite();
     Atomic atomic(m_connection);
@@ -44,7 +99,7 @@ Flow Executor::run(const CreateModule& module) {
         owner.setSource(id, m_text);
         owner.removeColumns(id);
     }
-    owner.addColumns(id, parameterColumns(module));
+    owner.addColumns(id, module.query && !module.function ? columns : parameterColumns(module));
     atomic.commit();
     m_error = 0;
     done(-1);
@@ -73,13 +128,7 @@ std::optional<ObjectInfo> Executor::module(const ObjectName& name, std::string_v
 
 // Runs `body` with `frame` innermost; its temporary tables end with it.
 void Executor::runFrame(const Block& body, Frame& frame) {
-    if (m_frames.size() >= kDeepestCall) throw sqlError(217);
-    struct Entered {
-        std::vector<Frame*>& frames;
-        ~Entered() { frames.pop_back(); }
-    };
-    m_frames.push_back(&frame);
-    const Entered entered{m_frames};
+    const EnteredFrame entered(m_frames, frame);
     runBlock(body);
 }
 

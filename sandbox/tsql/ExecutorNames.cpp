@@ -159,8 +159,10 @@ TableInfo Executor::table(const ObjectName& name) {
     const bool knownSchema =
         name.schema.empty() || sameWord(name.schema, "dbo") || name.name.starts_with('#');
     const bool knownDatabase = name.database.empty() || m_engine.storage.exists(name.database);
-    if (knownSchema && knownDatabase)
+    if (knownSchema && knownDatabase) {
         if (auto found = catalogue(name).table(name.name)) return *found;
+        if (storedQuery(name, false)) throw unsupported("changes through a view ('" + name.name + "')");
+    }
     std::string full = name.database;
     if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
     throw sqlError(208, {full + name.name});
@@ -189,6 +191,21 @@ std::optional<UserFunction> Executor::function(const ObjectName& name) {
             function.parameters.push_back(column.type);
     }
     return function;
+}
+
+std::optional<StoredQuery> Executor::storedQuery(const ObjectName& name, bool isFunction) {
+    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
+    if (!known || name.name.starts_with('#') || !(name.schema.empty() || sameWord(name.schema, "dbo")))
+        return std::nullopt;
+    StoredQuery stored;
+    const auto found =
+        module(name, isFunction ? objectType::kTableFunction : objectType::kView, stored.database);
+    if (!found) return std::nullopt;
+    const auto batch = parsed(found->source);
+    stored.name = found->name;
+    stored.module = &std::get<CreateModule>(batch->statements.front()->node);
+    stored.text = batch;
+    return stored;
 }
 
 // ---- facts
@@ -248,6 +265,8 @@ Value Executor::objectProperty(std::span<const CellView> arguments) {
         {"IsUserTable", objectType::kTable},
         {"IsTable", objectType::kTable},
         {"IsProcedure", objectType::kProcedure},
+        {"IsView", objectType::kView},
+        {"IsInlineFunction", objectType::kTableFunction},
         {"IsScalarFunction", objectType::kFunction},
         {"IsPrimaryKey", objectType::kPrimaryKey}};
     const auto found = objectWithId(arguments);

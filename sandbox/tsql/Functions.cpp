@@ -25,7 +25,7 @@ struct FunctionInfo {
     // Writes the call where naming the target is not enough; the arguments are converted already.
     std::string (*write)(const FunctionInfo& function, std::span<const Typed> arguments,
                          const SqlType& result) = nullptr;
-    bool aggregate = false;
+    FunctionKind kind = FunctionKind::Scalar;
 };
 
 namespace {
@@ -259,12 +259,21 @@ std::string writeStringAgg(const FunctionInfo& function, Pieces pieces, const Sq
     return std::string(function.target) + "(" + pieces[0].sql + ",ifnull(" + pieces[1].sql + ",''))";
 }
 
+// LAG, LEAD: what stands for the rows that are not there has the value's type.
+std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    std::vector<Typed> converted(pieces.begin(), pieces.end());
+    if (converted.size() > 2) converted[2] = coerce(converted[2], result);
+    return listed(function.target, converted);
+}
+
 using S = SessionFunction;
 constexpr auto kInt = always<TypeId::Int>;
 constexpr auto kFloat = always<TypeId::Float>;
 constexpr auto kDateTime = scaledTime<TypeId::DateTime, 3>;
 constexpr auto kDateTime2 = scaledTime<TypeId::DateTime2, 7>;
 constexpr auto kName = national<128>;
+constexpr auto kBigInt = always<TypeId::BigInt>;
+constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ranking;
 
 // clang-format off
 const FunctionInfo kFunctions[] = {
@@ -373,17 +382,26 @@ const FunctionInfo kFunctions[] = {
     {"error_message", 0, 0, "", national<4000>, "", writeSession<S::ErrorMessage>},
     {"xact_state", 0, 0, "", always<TypeId::SmallInt>, "", writeSession<S::XactState>},
     // aggregates
-    {"count", 1, 1, "A", kInt, "count", writeCollated, true},
-    {"count_big", 1, 1, "A", always<TypeId::BigInt>, "count", writeCollated, true},
-    {"sum", 1, 1, "A", sumType, "", writeSum, true},
-    {"avg", 1, 1, "A", averageType, "", writeAverage, true},
-    {"min", 1, 1, "A", extremeType, "min", writeCollated, true},
-    {"max", 1, 1, "A", extremeType, "max", writeCollated, true},
-    {"stdev", 1, 1, "F", kFloat, "ts_stdev", nullptr, true},
-    {"stdevp", 1, 1, "F", kFloat, "ts_stdevp", nullptr, true},
-    {"var", 1, 1, "F", kFloat, "ts_var", nullptr, true},
-    {"varp", 1, 1, "F", kFloat, "ts_varp", nullptr, true},
-    {"string_agg", 2, 2, "T", aggregatedText, "ts_string_agg", writeStringAgg, true},
+    {"count", 1, 1, "A", kInt, "count", writeCollated, kAggregate},
+    {"count_big", 1, 1, "A", always<TypeId::BigInt>, "count", writeCollated, kAggregate},
+    {"sum", 1, 1, "A", sumType, "", writeSum, kAggregate},
+    {"avg", 1, 1, "A", averageType, "", writeAverage, kAggregate},
+    {"min", 1, 1, "A", extremeType, "min", writeCollated, kAggregate},
+    {"max", 1, 1, "A", extremeType, "max", writeCollated, kAggregate},
+    {"stdev", 1, 1, "F", kFloat, "ts_stdev", nullptr, kAggregate},
+    {"stdevp", 1, 1, "F", kFloat, "ts_stdevp", nullptr, kAggregate},
+    {"var", 1, 1, "F", kFloat, "ts_var", nullptr, kAggregate},
+    {"varp", 1, 1, "F", kFloat, "ts_varp", nullptr, kAggregate},
+    {"string_agg", 2, 2, "T", aggregatedText, "ts_string_agg", writeStringAgg, kAggregate},
+    // windows; the aggregates but STRING_AGG take OVER, too
+    {"row_number", 0, 0, "", kBigInt, "row_number", nullptr, kRanking},
+    {"rank", 0, 0, "", kBigInt, "rank", nullptr, kRanking},
+    {"dense_rank", 0, 0, "", kBigInt, "dense_rank", nullptr, kRanking},
+    {"ntile", 1, 1, "B", kBigInt, "ntile", nullptr, kRanking},
+    {"lag", 1, 3, "AIA", sameAsFirst, "lag", writeShifted, kRanking},
+    {"lead", 1, 3, "AIA", sameAsFirst, "lead", writeShifted, kRanking},
+    {"first_value", 1, 1, "A", sameAsFirst, "first_value", nullptr, FunctionKind::Framed},
+    {"last_value", 1, 1, "A", sameAsFirst, "last_value", nullptr, FunctionKind::Framed},
 };
 
 // YEAR(x) is DATEPART(year, x).
@@ -438,6 +456,8 @@ Typed argument(const FunctionInfo& function, std::size_t i, const Typed& value) 
             return isBinary(value.type.id) ? value : coerce(value, textTypeFor(value.type));
         case 'I':
             return coerce(value, simpleType(TypeId::Int));
+        case 'B':
+            return coerce(value, simpleType(TypeId::BigInt));
         case 'F':
             return coerce(value, simpleType(TypeId::Float));
         case 'D':
@@ -487,8 +507,8 @@ const FunctionInfo* findFunction(std::string_view name) {
     return found == index.end() ? nullptr : found->second;
 }
 
-bool isAggregate(const FunctionInfo& function) {
-    return function.aggregate;
+FunctionKind kindOf(const FunctionInfo& function) {
+    return function.kind;
 }
 
 bool takesDatePart(const FunctionInfo& function) {
@@ -498,7 +518,7 @@ bool takesDatePart(const FunctionInfo& function) {
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {
     const auto count = static_cast<int>(arguments.size());
     if (count < function.least || count > function.most) wrongCount(function);
-    if (function.aggregate && count == 1 && arguments[0].word == "*")
+    if (function.kind == FunctionKind::Aggregate && count == 1 && arguments[0].word == "*")
         return {"count(*)", function.resultType(arguments), false, {}, {}};
     std::vector<Typed> pieces;
     for (std::size_t i = 0; i < arguments.size(); ++i) pieces.push_back(argument(function, i, arguments[i]));

@@ -58,7 +58,9 @@ std::string collated(const Typed& value);
 struct FunctionInfo;
 // Null when T-SQL has no such built-in function here. Any case.
 const FunctionInfo* findFunction(std::string_view name);
-bool isAggregate(const FunctionInfo& function);
+// Ranking: needs OVER with an ORDER BY. Framed: the same, and takes a frame.
+enum class FunctionKind { Scalar, Aggregate, Ranking, Framed };
+FunctionKind kindOf(const FunctionInfo& function);
 bool takesDatePart(const FunctionInfo& function);  // the first argument is a bare name: wordArgument()
 // Throws SqlError 174/189 for a wrong number of arguments, 8116 for a type that the function does not take.
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct = false);

@@ -12,7 +12,8 @@ struct MessageText {
 
 constexpr MessageText kMessages[] = {
     {103, 15, 1, "The database name '%s' is empty or too long. Maximum length is 128."},
-    {111, 15, 1, "'CREATE/ALTER %s' must be the first statement in a query batch."},
+    {106, 15, 1, "Too many table names in the query. The maximum allowable is 256."},
+    {111, 15, 1, "'CREATE%s' must be the first statement in a query batch."},
     {134, 15, 1,
      "The variable name '%s' has already been declared. Variable names must be unique within a query batch "
      "or stored procedure."},
@@ -30,10 +31,12 @@ constexpr MessageText kMessages[] = {
     {207, 16, 1, "Invalid column name '%s'."},
     {208, 16, 1, "Invalid object name '%s'."},
     {213, 16, 1, "Column name or number of supplied values does not match table definition."},
+    {214, 16, 1, "Procedure expects parameter '%s' of type '%s'."},
     {217, 16, 1, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32)."},
     {226, 16, 6, "%s statement not allowed within multi-statement transaction."},
     {264, 16, 1,
      "The column name '%s' is specified more than once in the SET clause or column list of an INSERT."},
+    {313, 16, 1, "An insufficient number of arguments were supplied for the procedure or function %s."},
     {443, 16, 1, "Invalid use of a side-effecting operator within a function."},
     {512, 16, 1,
      "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, "
@@ -47,6 +50,10 @@ constexpr MessageText kMessages[] = {
      "\"dbo.%s\"."},
     {628, 16, 1, "Cannot issue SAVE TRANSACTION when there is no active transaction."},
     {911, 16, 1, "Database '%s' does not exist. Make sure that the name is entered correctly."},
+    {1033, 15, 1,
+     "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
+     "table "
+     "expressions, unless TOP, OFFSET or FOR XML is also specified."},
     {1038, 15, 5,
      "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a "
      "name."},
@@ -100,10 +107,25 @@ constexpr MessageText kMessages[] = {
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {4060, 11, 1, "Cannot open database \"%s\" requested by the login. The login failed."},
+    {4108, 15, 1, "Windowed functions can only appear in the SELECT or ORDER BY clauses."},
+    {4112, 15, 1, "The function '%s' must have an OVER clause with ORDER BY."},
+    {4113, 16, 1,
+     "The function '%s' is not a valid windowing function, and cannot be used with the OVER clause."},
+    {4194, 16, 1, "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters."},
+    {4429, 16, 1,
+     "View or function '%s' contains a self-reference. Views or functions cannot reference themselves "
+     "directly or indirectly."},
+    {4506, 16, 1,
+     "Column names in each view or function must be unique. Column name '%s' in view or function '%s' is "
+     "specified more than once."},
+    {4511, 16, 1, "Create View or Function failed because no column name was specified for column %s."},
     {4901, 16, 1,
      "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
      "specified. Column '%s' cannot be added to table '%s' because it does not satisfy these conditions."},
     {4924, 16, 1, "ALTER TABLE DROP COLUMN failed because column '%s' does not exist in table '%s'."},
+    {5308, 16, 1,
+     "Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY "
+     "clause expressions."},
     {6401, 16, 1, "Cannot roll back %s. No transaction or savepoint of that name was found."},
     {8101, 16, 1,
      "An explicit value for the identity column in table '%s' can only be specified when a column list is "
@@ -111,10 +133,16 @@ constexpr MessageText kMessages[] = {
     {8106, 16, 1, "Table '%s' does not have the identity property. Cannot perform SET operation."},
     {8144, 16, 2, "Procedure or function %s has too many arguments specified."},
     {8145, 16, 1, "%s is not a parameter for procedure %s."},
+    {8158, 16, 1, "'%s' has more columns than were specified in the column list."},
+    {8159, 16, 1, "'%s' has fewer columns than were specified in the column list."},
     {8162, 16, 1,
      "The formal parameter \"%s\" was not declared as an OUTPUT parameter, but the actual parameter passed "
      "in requested output."},
     {10704, 15, 1, "To rethrow an error, a THROW statement must be used inside a CATCH block."},
+    {10752, 15, 1, "The function '%s' may not have a window frame."},
+    {10753, 15, 1, "The function '%s' must have an OVER clause."},
+    {10756, 15, 1, "Window frame with ROWS or RANGE must have an ORDER BY clause."},
+    {10759, 15, 1, "Use of DISTINCT is not allowed with the OVER clause."},
     {18054, 16, 1, "Error %s was raised, but no message with that error number was found in sys.messages."},
     {35100, 16, 1,
      "Error number in the THROW statement is outside the valid range. Specify an error number in the valid "

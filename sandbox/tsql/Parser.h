@@ -98,12 +98,14 @@ class Parser {
     ast::ExprPtr parseConvert();
     ast::ExprPtr parseNamed();
     ast::ExprPtr parseCall(ast::ObjectName name);
+    ast::Window parseWindow();
     ast::ExprPtr value(ast::ExprPtr expr) const;  // refuses a condition
     std::vector<ast::ExprPtr> expressions();
 
     // ---- queries (ParserQueries.cpp)
     bool atQuery() const;
     ast::QueryPtr parseQuery();
+    ast::QueryPtr parseSubquery();
     ast::QueryPtr parseUnion();
     ast::QueryPtr parseIntersect();
     ast::QueryPtr parseQueryTerm();
@@ -167,6 +169,10 @@ class Parser {
     void parseReferences(ast::Constraint& constraint);
     void parseIndexColumns(ast::Constraint& constraint, bool ofTable);
     ast::Statement::Node parseModule(bool create, bool alter);
+    bool atModule() const;
+    void parseModuleOptions();
+    ast::Statement::Node parseView(bool create, bool alter);
+    ast::Statement::Node parseModuleQuery(ast::CreateModule module);
     ast::Parameter parseParameter();
     ast::ExprPtr parseDefaultConstant();
 

@@ -80,7 +80,7 @@ Statement::Node Parser::parseDelete() {
 Statement::Node Parser::parseCreate() {
     take();
     const bool alter = acceptAll({"OR", "ALTER"});
-    if (at("PROCEDURE") || at("PROC") || at("FUNCTION")) return parseModule(true, alter);
+    if (atModule()) return parseModule(true, alter);
     if (at("TABLE")) return parseCreateTable();
     if (accept("DATABASE")) {
         CreateDatabase node{expectName()};
@@ -94,9 +94,13 @@ Statement::Node Parser::parseCreate() {
     unsupported("CREATE " + toUpper(peek().raw));
 }
 
+bool Parser::atModule() const {
+    return at("PROCEDURE") || at("PROC") || at("FUNCTION") || at("VIEW");
+}
+
 Statement::Node Parser::parseAlter() {
     take();
-    if (at("PROCEDURE") || at("PROC") || at("FUNCTION")) return parseModule(false, true);
+    if (atModule()) return parseModule(false, true);
     if (at("TABLE")) return parseAlterTable();
     if (peek().kind != TokenKind::Word) syntaxError();
     unsupported("ALTER " + toUpper(peek().raw));
@@ -112,6 +116,7 @@ Statement::Node Parser::parseDrop() {
         {"TABLE", ObjectKind::Table},    {"PROCEDURE", ObjectKind::Procedure},
         {"PROC", ObjectKind::Procedure}, {"FUNCTION", ObjectKind::Function},
         {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
+        {"VIEW", ObjectKind::View},
     };
     for (const auto& [word, kind] : kKinds) {
         if (!accept(word)) continue;
@@ -287,7 +292,8 @@ Statement::Node Parser::parseAlterTable() {
 // The rest of the batch is the module's body.
 Statement::Node Parser::parseModule(bool create, bool alter) {
     if (m_next > (create && alter ? 3U : 1U) || m_depth > 1)
-        throw SyntaxError(sqlError(111, {toUpper(peek().raw)}), peek().line);
+        throw SyntaxError(sqlError(111, {(at("VIEW") ? " " : "/ALTER ") + toUpper(peek().raw)}), peek().line);
+    if (accept("VIEW")) return parseView(create, alter);
     CreateModule module;
     module.create = create;
     module.alter = alter;
@@ -303,16 +309,49 @@ Statement::Node Parser::parseModule(bool create, bool alter) {
         syntaxError();
     if (module.function) {
         expect("RETURNS");
-        if (at("TABLE") || peek().kind == TokenKind::Variable) unsupported("table-valued functions");
+        if (peek().kind == TokenKind::Variable) unsupported("table-valued functions of several statements");
+        if (accept("TABLE")) {
+            parseModuleOptions();
+            accept("AS");
+            expect("RETURN");
+            return parseModuleQuery(std::move(module));
+        }
         module.returns = type(TypeUse::Declaration);
     }
-    if (accept("WITH")) list([this] { return take().raw; });  // RECOMPILE, SCHEMABINDING: change no result
+    parseModuleOptions();
     if (!module.function)
         expect("AS");
     else
         accept("AS");
     if (module.function && !at("BEGIN")) syntaxError();
     module.body = batch();
+    return module;
+}
+
+// RECOMPILE, SCHEMABINDING: change no result.
+void Parser::parseModuleOptions() {
+    if (accept("WITH")) list([this] { return take().raw; });
+}
+
+Statement::Node Parser::parseView(bool create, bool alter) {
+    CreateModule module;
+    module.create = create;
+    module.alter = alter;
+    module.name = objectName();
+    if (at("(")) module.columns = parseColumnNames();
+    parseModuleOptions();
+    expect("AS");
+    return parseModuleQuery(std::move(module));
+}
+
+// The query is the rest of the batch.
+Statement::Node Parser::parseModuleQuery(CreateModule module) {
+    const bool bracket = at("(") && accept("(");
+    module.query = parseSubquery();
+    if (bracket) expect(")");
+    acceptAll({"WITH", "CHECK", "OPTION"});  // for changes through the view, which are refused
+    accept(";");
+    if (peek().kind != TokenKind::End) syntaxError();
     return module;
 }
 

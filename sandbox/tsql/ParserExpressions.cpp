@@ -1,5 +1,7 @@
 // Expressions and conditions, from the loosest operator to the tightest.
+#include "Messages.h"
 #include "Parser.h"
+#include "Text.h"
 
 namespace tsql {
 
@@ -111,7 +113,7 @@ ExprPtr Parser::parseNot() {
 
 ExprPtr Parser::parsePredicate() {
     const int line = peek().line;
-    if (accept("EXISTS")) return make(line, Exists{parenthesized([this] { return parseQuery(); })});
+    if (accept("EXISTS")) return make(line, Exists{parenthesized([this] { return parseSubquery(); })});
     ExprPtr left = parseAdditive();
     if (left->isCondition()) return left;
     for (const auto& symbol : kCompareSymbols) {
@@ -139,7 +141,7 @@ ExprPtr Parser::parsePredicate() {
 ExprPtr Parser::parseIn(ExprPtr operand, bool negated) {
     const int line = operand->line;
     expect("(");
-    ExprPtr in = atQuery() ? make(line, InQuery{std::move(operand), parseQuery(), negated})
+    ExprPtr in = atQuery() ? make(line, InQuery{std::move(operand), parseSubquery(), negated})
                            : make(line, InList{std::move(operand), expressions(), negated});
     expect(")");
     return in;
@@ -232,7 +234,7 @@ ExprPtr Parser::parseLiteral() {
 ExprPtr Parser::parseParenthesized() {
     const int line = take().line;
     const bool query = at("SELECT") || at("WITH");
-    ExprPtr inner = query ? make(line, ScalarQuery{parseQuery()}) : parseOr();
+    ExprPtr inner = query ? make(line, ScalarQuery{parseSubquery()}) : parseOr();
     expect(")");
     return inner;
 }
@@ -314,8 +316,37 @@ ExprPtr Parser::parseCall(ObjectName name) {
         call.arguments = expressions();
     }
     expect(")");
-    if (at("OVER")) unsupported("window functions (OVER)");
+    if (acceptAll({"WITHIN", "GROUP"})) call.within = parenthesized([this] { return parseOrderBy(); });
+    if (accept("OVER")) call.over = std::make_unique<Window>(parenthesized([this] { return parseWindow(); }));
     return make(line, std::move(call));
+}
+
+Window Parser::parseWindow() {
+    Window window;
+    if (acceptAll({"PARTITION", "BY"})) window.partition = expressions();
+    if (at("ORDER")) window.order = parseOrderBy();
+    if (!at("ROWS") && !at("RANGE")) return window;
+    const bool range = at("RANGE");
+    if (window.order.empty()) throw SyntaxError(sqlError(10756), peek().line);
+    window.frame = toUpper(take().raw);
+    const auto bound = [&] {
+        if (peek().kind == TokenKind::Number && range) throw SyntaxError(sqlError(4194), peek().line);
+        if (acceptAll({"CURRENT", "ROW"})) {
+            window.frame += " CURRENT ROW";
+            return;
+        }
+        window.frame += accept("UNBOUNDED") ? " UNBOUNDED" : " " + std::to_string(expectInteger());
+        if (!at("PRECEDING") && !at("FOLLOWING")) syntaxError();
+        window.frame += " " + toUpper(take().raw);
+    };
+    const bool between = accept("BETWEEN");
+    if (between) window.frame += " BETWEEN";
+    bound();
+    if (!between) return window;
+    expect("AND");
+    window.frame += " AND";
+    bound();
+    return window;
 }
 
 }  // namespace tsql

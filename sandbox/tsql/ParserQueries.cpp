@@ -1,4 +1,5 @@
 // SELECT and what it is made of.
+#include "Messages.h"
 #include "Parser.h"
 
 namespace tsql {
@@ -24,6 +25,15 @@ QueryPtr Parser::parseQuery() {
     return query;
 }
 
+// A query inside of something else, where an order has no meaning by itself.
+QueryPtr Parser::parseSubquery() {
+    QueryPtr query = parseQuery();
+    const auto* select = std::get_if<Select>(&query->body);
+    if (!query->orderBy.empty() && !(select && select->top) && !query->offset && !query->xml)
+        throw SyntaxError(sqlError(1033), query->orderBy.front().value->line);
+    return query;
+}
+
 void Parser::refuseQueryClauses() {
     if (at("FOR") && (at("XML", 1) || at("JSON", 1) || at("BROWSE", 1)))
         unsupported("SELECT ... FOR XML/JSON/BROWSE");
@@ -44,7 +54,7 @@ std::vector<CommonTable> Parser::parseWith() {
         table.name = expectName();
         if (at("(")) table.columns = parseColumnNames();
         expect("AS");
-        table.query = parenthesized([this] { return parseQuery(); });
+        table.query = parenthesized([this] { return parseSubquery(); });
         return table;
     });
 }
@@ -210,7 +220,7 @@ TableRefPtr Parser::parseTablePrimary() {
     table->line = peek().line;
     if (at("(") && !atQuery()) return parenthesized([this] { return parseJoins(); });
     if (accept("(")) {
-        DerivedTable derived{parseQuery(), {}};
+        DerivedTable derived{parseSubquery(), {}};
         expect(")");
         table->alias = parseAlias();
         if (table->alias.empty()) syntaxError();
@@ -220,7 +230,9 @@ TableRefPtr Parser::parseTablePrimary() {
     }
     if (peek().kind == TokenKind::Variable) unsupported("table variables");
     table->node = NamedTable{objectName()};
-    if (at("(") && !at("NOLOCK", 1)) unsupported("table-valued functions");
+    if (at("(") && !at("NOLOCK", 1))
+        std::get<NamedTable>(table->node).arguments =
+            parenthesized([this] { return at(")") ? std::vector<ExprPtr>() : expressions(); });
     parseTableHints();
     table->alias = parseAlias();
     parseTableHints();

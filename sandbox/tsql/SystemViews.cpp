@@ -59,7 +59,8 @@ const std::vector<View>& views() {
          "objects",
          "SELECT name, id, 1, parent, type, CASE type WHEN 'U' THEN 'USER_TABLE' WHEN 'P' THEN "
          "'SQL_STORED_PROCEDURE' "
-         "WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'PK' THEN 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN "
+         "WHEN 'V' THEN 'VIEW' WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN "
+         "'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN "
          "'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END, created "
          "FROM $o WHERE type <> 'IX'",
          {{"name", kName},
@@ -72,6 +73,14 @@ const std::vector<View>& views() {
         {"sys",
          "tables",
          "SELECT name, id, 1, type, created FROM $o WHERE type = 'U'",
+         {{"name", kName},
+          {"object_id", kInt},
+          {"schema_id", kInt},
+          {"type", kKind},
+          {"create_date", kDate}}},
+        {"sys",
+         "views",
+         "SELECT name, id, 1, type, created FROM $o WHERE type = 'V'",
          {{"name", kName},
           {"object_id", kInt},
           {"schema_id", kInt},
@@ -101,7 +110,7 @@ const std::vector<View>& views() {
         {"sys",
          "columns",
          "SELECT c.object, c.name, c.ordinal, " TYPE_FACTS
-         ", c.nullable, c.identity FROM $c c JOIN $o o ON o.id = c.object WHERE o.type = 'U'",
+         ", c.nullable, c.identity FROM $c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')",
          {{"object_id", kInt},
           {"name", kName},
           {"column_id", kInt},
@@ -117,22 +126,30 @@ const std::vector<View>& views() {
          {{"name", kName}, {"id", kInt}, {"colid", kSmall}, {"length", kSmall}, {"isnullable", kInt}}},
         {"sys",
          "sql_modules",
-         "SELECT id, source FROM $o WHERE type IN ('P', 'FN')",
+         "SELECT id, source FROM $o WHERE source <> ''",
          {{"object_id", kInt}, {"definition", kText}}},
         {"",
          "syscomments",
-         "SELECT id, 1, source FROM $o WHERE type IN ('P', 'FN')",
+         "SELECT id, 1, source FROM $o WHERE source <> ''",
          {{"id", kInt}, {"colid", kSmall}, {"text", kText}}},
         {"INFORMATION_SCHEMA",
          "TABLES",
-         "SELECT $d, 'dbo', name, 'BASE TABLE' FROM $o WHERE type = 'U'",
+         "SELECT $d, 'dbo', name, CASE type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END FROM $o WHERE type IN "
+         "('U', 'V')",
          {{"TABLE_CATALOG", kName}, {"TABLE_SCHEMA", kName}, {"TABLE_NAME", kName}, {"TABLE_TYPE", kWord}}},
+        {"INFORMATION_SCHEMA",
+         "VIEWS",
+         "SELECT $d, 'dbo', name, source FROM $o WHERE type = 'V'",
+         {{"TABLE_CATALOG", kName},
+          {"TABLE_SCHEMA", kName},
+          {"TABLE_NAME", kName},
+          {"VIEW_DEFINITION", kText}}},
         {"INFORMATION_SCHEMA",
          "COLUMNS",
          "SELECT $d, 'dbo', o.name, c.name, c.ordinal, nullif(c.fallback, ''), "
          "CASE c.nullable WHEN 1 THEN 'YES' ELSE 'NO' END, ts_type_name(c.type), ts_type_characters(c.type), "
          "ts_type_precision(c.type), ts_type_scale(c.type) FROM $c c JOIN $o o ON o.id = c.object WHERE "
-         "o.type = 'U'",
+         "o.type IN ('U', 'V')",
          {{"TABLE_CATALOG", kName},
           {"TABLE_SCHEMA", kName},
           {"TABLE_NAME", kName},
@@ -148,7 +165,7 @@ const std::vector<View>& views() {
          "ROUTINES",
          "SELECT $d, 'dbo', name, $d, 'dbo', name, CASE type WHEN 'P' THEN 'PROCEDURE' ELSE 'FUNCTION' END, "
          "source, "
-         "created FROM $o WHERE type IN ('P', 'FN')",
+         "created FROM $o WHERE type IN ('P', 'FN', 'IF')",
          {{"SPECIFIC_CATALOG", kName},
           {"SPECIFIC_SCHEMA", kName},
           {"SPECIFIC_NAME", kName},
@@ -163,7 +180,7 @@ const std::vector<View>& views() {
          "SELECT $d, 'dbo', o.name, c.ordinal - (o.type = 'FN'), "
          "CASE WHEN c.output = 1 THEN CASE c.name WHEN '' THEN 'OUT' ELSE 'INOUT' END ELSE 'IN' END, c.name, "
          "ts_type_name(c.type), ts_type_characters(c.type), ts_type_precision(c.type), ts_type_scale(c.type) "
-         "FROM $c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN')",
+         "FROM $c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')",
          {{"SPECIFIC_CATALOG", kName},
           {"SPECIFIC_SCHEMA", kName},
           {"SPECIFIC_NAME", kName},

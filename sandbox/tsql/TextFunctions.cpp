@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "FunctionImpl.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -207,6 +208,27 @@ Value runConcatWs(const Call& call) {
     return result;
 }
 
+// (text, separator): the pieces as a JSON array, which SQLite makes rows of
+Value runSplit(const Call& call) {
+    if (characterCount(call.text(1)) != 1) throw sqlError(214, {"separator", "nchar(1)/nvarchar(1)"});
+    constexpr std::string_view kHex = "0123456789abcdef";
+    std::string result = "[\"";
+    for (std::string_view rest = call.text(0); !rest.empty();) {
+        if (rest.starts_with(call.text(1))) {
+            result += "\",\"";
+            rest.remove_prefix(call.text(1).size());
+            continue;
+        }
+        const auto c = static_cast<unsigned char>(rest.front());
+        if (c < ' ' || c == '"' || c == '\\')
+            result.append("\\u00").append({kHex[c >> 4U], kHex[c & 15U]});
+        else
+            result += rest.front();
+        rest.remove_prefix(1);
+    }
+    return result + "\"]";
+}
+
 Value runQuoteName(const Call& call) {
     constexpr std::string_view kQuotes = "[]()<>{}''\"\"``";
     const char wanted = call.count() > 1 && !call.text(1).empty() ? call.text(1)[0] : '[';
@@ -241,6 +263,7 @@ constexpr ScalarFunction kFunctions[] = {
     {"ts_unicode", runUnicode},
     {"ts_str", runStr},
     {"ts_concat_ws", runConcatWs, Nulls::Reach},
+    {"ts_split", runSplit},
     {"ts_quotename", runQuoteName},
 };
 

@@ -1,7 +1,9 @@
 // Syntax tree to SQLite's SQL, with the type of every value. Variables become bound parameters.
 #pragma once
 
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -22,6 +24,14 @@ struct UserFunction {
     SqlType returns;
 };
 
+// A view, or a function that returns a table: the query that stands for it.
+struct StoredQuery {
+    std::string database;
+    std::string name;
+    std::shared_ptr<const void> text;  // keeps `module`
+    const ast::CreateModule* module = nullptr;
+};
+
 // What names mean where the statement stands.
 class NameResolver {
   public:
@@ -30,6 +40,9 @@ class NameResolver {
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
     virtual std::optional<SystemView> view(const ast::ObjectName& name) = 0;
     virtual std::optional<UserFunction> function(const ast::ObjectName& name) = 0;
+    virtual std::optional<StoredQuery> storedQuery(const ast::ObjectName& name, bool isFunction) = 0;
+    // Does `work` where names mean what they mean to the view or function. Throws SqlError 217 and 4429.
+    virtual void within(const StoredQuery& query, const std::function<void()>& work) = 0;
 };
 
 struct SourceColumn {
@@ -51,6 +64,7 @@ struct Source {
 struct OutputColumn {
     Column column;
     std::string alias;  // in SQLite; SELECT's columns are c1, c2 ...
+    bool nullLiteral = false;
 };
 
 struct QueryText {
@@ -90,6 +104,9 @@ class Translator {
     // Names of what ?1, ?2 ... stand for.
     const std::vector<std::string>& parameters() const { return m_parameters; }
     const std::vector<Assignment>& assignments() const { return m_assignments; }
+    // Throws SqlError 8158 and 8159.
+    static void checkColumnList(const std::vector<std::string>& names, const QueryText& text,
+                                const std::string& of);
     // The table that UPDATE or DELETE changes: `name` may be an alias of `from`.
     static const ast::ObjectName& targetName(const ast::ObjectName& name,
                                              const std::vector<ast::TableRefPtr>& from);
@@ -102,6 +119,7 @@ class Translator {
         std::vector<std::string> loose;  // columns outside of aggregates and GROUP BY, as messages name them
         bool sawAggregate = false;
         int aggregateDepth = 0;
+        bool windows = false;  // in the select list or ORDER BY: windows are allowed
     };
     class Enter;
 
@@ -128,6 +146,8 @@ class Translator {
     std::string test(const ast::Exists& exists);
     Typed userCall(const ast::Call& call);
     Typed aggregateCall(const FunctionInfo& function, const ast::Call& call);
+    Typed windowCall(const FunctionInfo& function, const ast::Call& call);
+    std::string sortKeys(const std::vector<ast::OrderItem>& items);
     std::vector<Typed> callArguments(const ast::Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ast::ExprPtr>& exprs);
     Typed parameter(std::string_view name);
@@ -144,6 +164,11 @@ class Translator {
     std::string from(const std::vector<ast::TableRefPtr>& tables);
     std::string tableRef(const ast::TableRef& table);
     std::string namedTable(const ast::NamedTable& table, const std::string& alias);
+    std::string storedTable(const StoredQuery& stored, const ast::NamedTable& table,
+                            const std::string& alias);
+    std::map<std::string, std::string> tableArguments(const StoredQuery& stored,
+                                                      const ast::NamedTable& table);
+    std::string tableFunction(const ast::NamedTable& table, const std::string& alias);
     std::string derivedTable(const ast::Query& query, const std::vector<std::string>& names,
                              const std::string& alias);
     std::string join(const ast::Join& join);

@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "Lexer.h"
+#include "Messages.h"
 #include "Text.h"
 #include "Translator.h"
 
@@ -171,7 +173,10 @@ Typed Translator::node(const Call& call) {
     const FunctionInfo* function = findFunction(call.name.name);
     if (!function)
         throw SqlError(195, "'" + call.name.name + "' is not a recognized built-in function name.", 15);
-    if (isAggregate(*function)) return aggregateCall(*function, call);
+    const FunctionKind kind = kindOf(*function);
+    if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
+        return windowCall(*function, call);
+    if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
     return emitCall(*function, callArguments(call, takesDatePart(*function)), call.distinct);
 }
 
@@ -184,6 +189,41 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     return emitCall(function, arguments, call.distinct);
 }
 
+// What stands in OVER and beside it sees the groups, if there are any, as its rows.
+Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
+    const std::string name = toUpper(call.name.name);
+    const FunctionKind kind = kindOf(function);
+    const bool windowOnly = kind == FunctionKind::Ranking || kind == FunctionKind::Framed;
+    if (!call.over) throw sqlError(10753, {name});
+    if (kind == FunctionKind::Scalar || !call.within.empty() || sameWord(name, "STRING_AGG"))
+        throw sqlError(4113, {name});
+    if (call.distinct) throw sqlError(10759);
+    if (windowOnly && call.over->order.empty()) throw sqlError(4112, {name});
+    if (kind == FunctionKind::Ranking && !call.over->frame.empty()) throw sqlError(10752, {name});
+    if (!m_scope || !m_scope->windows) throw sqlError(4108);
+    m_scope->windows = false;
+    Typed result = emitCall(function, callArguments(call, false));
+    std::string partition;
+    for (const auto& key : values(call.over->partition))
+        partition += (partition.empty() ? "PARTITION BY " : ", ") + collated(key);
+    const std::string keys = sortKeys(call.over->order);
+    m_scope->windows = true;
+    result.sql +=
+        " OVER (" + partition + (keys.empty() ? "" : " ORDER BY " + keys) + " " + call.over->frame + ")";
+    return result;
+}
+
+// ORDER BY inside of a call: the keys are never positions in the select list.
+std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
+    std::string keys;
+    for (const auto& item : items) {
+        const Typed key = value(*item.value);
+        if (key.integer) throw sqlError(5308);
+        keys += (keys.empty() ? "" : ", ") + collated(key) + (item.descending ? " DESC" : "");
+    }
+    return keys;
+}
+
 Typed Translator::userCall(const Call& call) {
     const auto function = m_names.function(call.name);
     if (!function)
@@ -192,11 +232,8 @@ Typed Translator::userCall(const Call& call) {
                                  call.name.name + "\", or the name is ambiguous.");
     if (call.arguments.size() != function->parameters.size()) {
         const bool few = call.arguments.size() < function->parameters.size();
-        const std::string what =
-            few ? "An insufficient number of arguments were supplied for the procedure or function "
-                : "Procedure or function ";
-        throw SqlError(few ? 313 : 8144, what + call.name.schema + "." + call.name.name +
-                                             (few ? "." : " has too many arguments specified."));
+        const std::string name = call.name.schema + "." + call.name.name;
+        throw sqlError(few ? 313 : 8144, {name});
     }
     std::string sql = "ts_call(" + quotedText(function->database) + ", " + quotedText(function->name);
     for (std::size_t i = 0; i < call.arguments.size(); ++i)

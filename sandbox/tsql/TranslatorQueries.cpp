@@ -1,3 +1,5 @@
+#include "Lexer.h"
+#include "Messages.h"
 #include "Text.h"
 #include "Translator.h"
 
@@ -58,7 +60,9 @@ QueryText Translator::select(const Select& select, const Query& query) {
             if (const std::string key = lowerAscii(item.variable); !key.empty()) m_live[key] = liveValue(key);
     m_sorted = !query.orderBy.empty();
     std::string list;
+    scope.windows = true;
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
+    scope.windows = false;
     if (!m_assignments.empty() && m_assignments.size() != text.columns.size())
         throw SqlError(
             141,
@@ -67,7 +71,9 @@ QueryText Translator::select(const Select& select, const Query& query) {
             15);
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns("select list", !select.groupBy.empty() || select.having);
+    scope.windows = true;
     const std::string orderSql = orderBy(query.orderBy, text, false);
+    scope.windows = false;
     refuseLooseColumns("ORDER BY clause", !select.groupBy.empty() || select.having);
 
     const std::string limitSql = limit(&select, query);
@@ -90,7 +96,7 @@ void Translator::refuseLooseColumns(std::string_view clause, bool grouped) {
 void Translator::addOutput(QueryText& text, std::string& list, Column column, const std::string& sql) {
     const std::string alias = "c" + std::to_string(text.columns.size() + 1);
     list += (list.empty() ? "" : ", ") + sql + " AS " + alias;
-    text.columns.push_back({std::move(column), alias});
+    text.columns.push_back({std::move(column), alias, false});
 }
 
 void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
@@ -112,6 +118,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
         }
     }
     addOutput(text, list, std::move(column), collate ? collated(typed) : typed.sql);
+    text.columns.back().nullLiteral = typed.nullLiteral;
 }
 
 void Translator::star(const SelectItem& item, QueryText& text, std::string& list) {
@@ -211,9 +218,11 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     std::string leftList, rightList;
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
-        const Typed pieces[] = {{column.alias, column.column.type},
-                                {right.columns[i].alias, right.columns[i].column.type}};
+        const Typed pieces[] = {
+            {column.alias, column.column.type, column.nullLiteral},
+            {right.columns[i].alias, right.columns[i].column.type, right.columns[i].nullLiteral}};
         column.column.type = tsql::commonType(pieces);
+        column.nullLiteral = column.nullLiteral && right.columns[i].nullLiteral;
         column.column.nullable = column.column.nullable || right.columns[i].column.nullable;
         const std::string comma = i ? ", " : "";
         leftList += comma + collated(coerce(pieces[0], column.column.type)) + " AS " + column.alias;
@@ -237,7 +246,9 @@ std::string Translator::from(const std::vector<TableRefPtr>& tables) {
 }
 
 std::string Translator::nextAlias() {
-    return "s" + std::to_string(++m_aliases);
+    constexpr int kMostTables = 256;  // views within views would multiply without an end
+    if (++m_aliases > kMostTables) throw sqlError(106);
+    return "s" + std::to_string(m_aliases);
 }
 
 std::string Translator::tableRef(const TableRef& table) {
@@ -258,7 +269,7 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
 
 std::string Translator::namedTable(const NamedTable& table, const std::string& alias) {
     const std::string exposed = alias.empty() ? table.name.name : alias;
-    if (table.name.schema.empty())
+    if (table.name.schema.empty() && !table.arguments)
         for (std::size_t i = m_with.size(); i-- > 0;) {
             if (m_with[i].open || compareText(m_with[i].table->name, table.name.name) != 0) continue;
             m_with[i].open = true;
@@ -266,6 +277,9 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             m_with[i].open = false;
             return sql;
         }
+    if (const auto stored = m_names.storedQuery(table.name, table.arguments.has_value()))
+        return storedTable(*stored, table, exposed);
+    if (table.arguments) return tableFunction(table, exposed);
     const std::string sqlAlias = nextAlias();
     if (const auto view = m_names.view(table.name)) {
         TableInfo info;
@@ -279,6 +293,61 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     return info.sqlName() + " AS " + sqlAlias;
 }
 
+// The query in place of a view's or function's name, blind to what stands around it.
+std::string Translator::storedTable(const StoredQuery& stored, const NamedTable& table,
+                                    const std::string& alias) {
+    auto arguments = tableArguments(stored, table);
+    std::string sql;
+    m_names.within(stored, [&] {
+        const auto common = std::exchange(m_with, {});
+        const auto live = std::exchange(m_live, std::move(arguments));
+        Scope* const outer = std::exchange(m_scope->outer, nullptr);
+        sql = derivedTable(*stored.module->query, stored.module->columns, alias);
+        m_scope->outer = outer;
+        m_live = live;
+        m_with = common;
+    });
+    return sql;
+}
+
+// The values of a function's parameters, each by the parameter's name.
+std::map<std::string, std::string> Translator::tableArguments(const StoredQuery& stored,
+                                                              const NamedTable& table) {
+    std::map<std::string, std::string> arguments;
+    const auto& parameters = stored.module->parameters;
+    const std::size_t given = table.arguments ? table.arguments->size() : 0;
+    if (given < parameters.size()) throw sqlError(313, {stored.name});
+    if (given > parameters.size()) throw sqlError(8144, {stored.name});
+    Scope* const beside = std::exchange(m_scope, m_scope->outer);
+    for (std::size_t i = 0; i < given; ++i)
+        arguments[lowerAscii(parameters[i].name)] =
+            coerce(value(*(*table.arguments)[i]), parameters[i].type).sql;
+    m_scope = beside;
+    return arguments;
+}
+
+// STRING_SPLIT(text, separator)
+std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
+    if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
+        throw SqlError(208, "Invalid object name '" + table.name.name + "'.");
+    if (table.arguments->size() != 2) throw sqlError(8144, {"STRING_SPLIT"});
+    Scope* const beside = std::exchange(m_scope, m_scope->outer);
+    const Typed text = value(*table.arguments->front()), separator = value(*table.arguments->back());
+    m_scope = beside;
+    const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
+    const std::string sqlAlias = nextAlias();
+    m_scope->sources.push_back({alias, {}, {}, {{"value", sqlAlias + ".value", type}}});
+    return "(SELECT value FROM json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
+           coerce(separator, nvarcharType(1)).sql + "))) AS " + sqlAlias;
+}
+
+void Translator::checkColumnList(const std::vector<std::string>& names, const QueryText& text,
+                                 const std::string& of) {
+    if (names.empty() || names.size() == text.columns.size()) return;
+    const bool fewer = names.size() > text.columns.size();
+    throw sqlError(fewer ? 8159 : 8158, {of});
+}
+
 // The query inside does not see the tables beside it, but those of the queries around.
 std::string Translator::derivedTable(const Query& query, const std::vector<std::string>& names,
                                      const std::string& alias) {
@@ -286,10 +355,7 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
     m_scope = beside->outer;
     const QueryText text = this->query(query);
     m_scope = beside;
-    if (!names.empty() && names.size() != text.columns.size())
-        throw SqlError(
-            names.size() > text.columns.size() ? 8159 : 8158,
-            "'" + alias + "' has another number of columns than were specified in the column list.");
+    checkColumnList(names, text, alias);
     const std::string sqlAlias = nextAlias();
     Source source{alias, {}, {}, {}};
     for (std::size_t i = 0; i < text.columns.size(); ++i) {
