@@ -118,6 +118,28 @@ TEST_F(Faults, ConcurrentChangesOfTheStoreAreAllKept) {
         EXPECT_EQ(name.find("registry.toml."), std::string::npos) << name;
 }
 
+// Two starts of one sandbox at a time make one server; what a broken-off start left is made anew.
+TEST_F(Faults, ASandboxIsMadeOnceAndWhole) {
+    const fs::path other = m_temp / "other";
+    const support::Descriptor quiet = support::memoryFile();
+    std::vector<pid_t> starts;
+    for (int i = 0; i < 3; ++i)
+        starts.push_back(support::spawn({TSCRIPT_PROGRAM, "sandbox", "up", "--dir", other}, {},
+                                        {quiet.get(), quiet.get(), quiet.get()}));
+    for (const pid_t start : starts) {
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(start, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 0) << support::contentOf(quiet);
+    }
+    const pid_t server = serverOf(other);
+    support::writeFile(other / ".tscript-sandbox", "unfinished\n");
+    fs::remove(other / "registry.toml");
+    expectAll({{{"sandbox", "up", "--dir", other}, 0, "export", "running on"},
+               {{"--store", other / "registry.toml", "run", "SiteInventory"}, 0, "Zürich", ""}});
+    EXPECT_NE(serverOf(other), server);
+    expectAll({{{"sandbox", "down", "--dir", other}, 0, "", "stopped"}});
+}
+
 // A signal to the tool alone, as a service manager sends it, is passed on.
 TEST_F(Faults, AStoppedRunIsClosed) {
     packEndless();

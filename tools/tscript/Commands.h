@@ -3,8 +3,18 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <memory>
 
 #include "Outcome.h"
+
+// A command that does its work with its options once the command line has been read whole.
+template <typename Options>
+CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const char* description,
+                     const std::shared_ptr<Options>& options, ExitCode (*work)(const Options&)) {
+    CLI::App* command = family->add_subcommand(name, description);
+    command->callback([&action, options, work] { action = [options, work] { return work(*options); }; });
+    return command;
+}
 
 void addScriptCommands(CLI::App& app, Action& action);   // run, help, exec, params
 void addJournalCommands(CLI::App& app, Action& action);  // catalogue, journal, which

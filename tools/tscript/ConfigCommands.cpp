@@ -37,6 +37,7 @@ Json toJson(const StoreEntry& entry) {
 }
 
 ExitCode show(const ConfigOptions& options) {
+    requireStore();
     Json list = Json::array();
     std::size_t shown = 0;
     for (const StoreEntry& entry : storeEntries()) {
@@ -55,6 +56,7 @@ ExitCode show(const ConfigOptions& options) {
 }
 
 ExitCode get(const ConfigOptions& options) {
+    requireStore();
     const StoreEntry wanted = entryNamed(options.name);
     for (const StoreEntry& entry : storeEntries()) {
         if (entry.table != wanted.table || entry.name != wanted.name) continue;
@@ -71,6 +73,7 @@ ExitCode get(const ConfigOptions& options) {
 }
 
 ExitCode set(const ConfigOptions& options) {
+    requireStore();
     const StoreEntry entry = entryNamed(options.name);
     const auto value = checkedValue(entry, options.value);
     std::string problem;
@@ -86,24 +89,16 @@ void addConfigCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<ConfigOptions>();
     CLI::App* family = app.add_subcommand("config", "The values of the configuration store");
     family->require_subcommand(1);
-    const auto add = [&](const char* name, const char* description, ExitCode (*work)(const ConfigOptions&)) {
-        CLI::App* command = family->add_subcommand(name, description);
-        command->callback([&action, options, work] {
-            action = [options, work] {
-                requireStore();
-                return work(*options);
-            };
-        });
-        return command;
-    };
     constexpr const char* kName = "KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL";
-    CLI::App* showing = add("show", "List the values; secrets are masked", show);
+    CLI::App* showing =
+        addCommand(family, action, "show", "List the values; secrets are masked", options, show);
     showing->add_option("--key", options->key, "Those of one key alone")->type_name("KEY");
     showing->add_flag("--json", options->json, "Write JSON");
-    CLI::App* getting = add("get", "Show one value", get);
+    CLI::App* getting = addCommand(family, action, "get", "Show one value", options, get);
     getting->add_option("NAME", options->name, kName)->required();
     getting->add_flag("--json", options->json, "Write JSON");
-    CLI::App* setting = add("set", "Set one value; the file keeps its comments and order", set);
+    CLI::App* setting = addCommand(family, action, "set",
+                                   "Set one value; the file keeps its comments and order", options, set);
     setting->add_option("NAME", options->name, kName)->required();
     setting->add_option("VALUE", options->value, "The new value")->required();
 }

@@ -37,6 +37,7 @@ struct DatabaseOptions {
 
 // Connects with the account's settings, or says why that fails.
 void openAccount(DBBase& db, const std::string& account) {
+    requireStore();
     std::string machine;
     std::string instance;
     const std::string log = sessionLogFile().string();
@@ -108,7 +109,7 @@ ExitCode showLastBackup(const DatabaseOptions& options) {
     if (options.json) {
         writeJson({{"name", options.name},
                    {"lastBackup", never ? Json() : Json(date.data())},
-                   {"daysAgo", never ? Json() : Json(std::atoi(days.data()))}});
+                   {"daysAgo", never ? Json() : Json(std::strtol(days.data(), nullptr, 10))}});
     } else {
         writeResult(never ? "never" : std::string(date.data()) + ", " + days.data() + " day(s) ago");
     }
@@ -167,20 +168,6 @@ ExitCode showRestore(const DatabaseOptions& options) {
     if (options.execute) return executeRestore(db, options, statement);
     writeNote("This is the statement; it has not been run.");
     return ExitCode::kDone;
-}
-
-using Options = std::shared_ptr<DatabaseOptions>;
-
-CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const char* description,
-                     const Options& options, ExitCode (*work)(const DatabaseOptions&)) {
-    CLI::App* command = family->add_subcommand(name, description);
-    command->callback([&action, options, work] {
-        action = [options, work] {
-            requireStore();
-            return work(*options);
-        };
-    });
-    return command;
 }
 
 }  // namespace

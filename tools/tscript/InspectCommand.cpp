@@ -200,10 +200,11 @@ ExitCode inspectPackage(const InspectOptions& options) {
 
 void addInspectCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<InspectOptions>();
-    CLI::App* inspect = app.add_subcommand(
-        "inspect", "Show a package's header, usage and size, and whether every record is authentic");
-    inspect->add_option("FILE", options->file, "The package")->required();
-    inspect->add_flag("--body", options->body, "Show the statements as well");
-    inspect->add_flag("--json", options->json, "Write JSON");
-    inspect->callback([&action, options] { action = [options] { return inspectPackage(*options); }; });
+    CLI::App* command =
+        addCommand(&app, action, "inspect",
+                   "Show a package's header, usage and size, and whether every record is authentic", options,
+                   inspectPackage);
+    command->add_option("FILE", options->file, "The package")->required();
+    command->add_flag("--body", options->body, "Show the statements as well");
+    command->add_flag("--json", options->json, "Write JSON");
 }

@@ -123,7 +123,7 @@ class OdbcHandle {
 };
 
 SQLPOINTER number(std::uintptr_t value) {
-    return reinterpret_cast<SQLPOINTER>(value);
+    return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr): the interface is so
 }
 
 // The driver manager's own complaint; empty when the driver was loaded and answered, whatever it said.
@@ -135,7 +135,7 @@ std::string managerComplaint(SQLHANDLE connection) {
                                          static_cast<SQLSMALLINT>(message.size()), nullptr)))
             return {};
         const std::string_view code = reinterpret_cast<const char*>(state.data());
-        const std::string text = reinterpret_cast<const char*>(message.data());
+        std::string text = reinterpret_cast<const char*>(message.data());
         if (code.substr(0, 2) == "IM" || text.find("Can't open lib") != std::string::npos) return text;
     }
 }

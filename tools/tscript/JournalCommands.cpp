@@ -241,17 +241,11 @@ ExitCode showScript(const RecordOptions& options) {
 
 using Options = std::shared_ptr<RecordOptions>;
 
-CLI::App* addCommand(CLI::App& app, Action& action, const char* name, const char* description,
+CLI::App* addListing(CLI::App& app, Action& action, const char* name, const char* description,
                      const Options& options, ExitCode (*work)(const RecordOptions&)) {
-    CLI::App* command = app.add_subcommand(name, description);
+    CLI::App* command = addCommand(&app, action, name, description, options, work);
     addDatabaseOption(command, options->database);
     command->add_flag("--json", options->json, "As JSON, times in UTC");
-    command->callback([&action, options, work] {
-        action = [options, work] {
-            requireStore();
-            return work(*options);
-        };
-    });
     return command;
 }
 
@@ -260,12 +254,12 @@ CLI::App* addCommand(CLI::App& app, Action& action, const char* name, const char
 void addJournalCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RecordOptions>();
     CLI::App* catalogue =
-        addCommand(app, action, "catalogue", "List the scripts of a database's catalogue, newest first",
+        addListing(app, action, "catalogue", "List the scripts of a database's catalogue, newest first",
                    options, listCatalogue);
     addPatternOption(catalogue, options->name);
 
     CLI::App* journal =
-        addCommand(app, action, "journal", "List runs of scripts, newest first", options, listJournal);
+        addListing(app, action, "journal", "List runs of scripts, newest first", options, listJournal);
     addPatternOption(journal, options->name);
     journal->add_option("--status", options->status, "Only runs of this status")
         ->check(CLI::IsMember({"running", "ok", "failed"}));
@@ -277,7 +271,7 @@ void addJournalCommands(CLI::App& app, Action& action) {
     addStaleOption(journal, options->staleHours);
 
     CLI::App* which =
-        addCommand(app, action, "which", "Show whether a name is a package, a stored procedure, or both",
+        addListing(app, action, "which", "Show whether a name is a package, a stored procedure, or both",
                    options, showScript);
     which->add_option("NAME", options->name, "The script's name")->required();
 }

@@ -59,6 +59,7 @@ TScriptRunFilter_t runFilter(const RecordOptions& options) {
 }
 
 void openRecords(TScriptRecords& records, const std::string& database) {
+    requireStore();
     if (!database.empty()) suiteDatabase(database);
     if (records.open(database.c_str())) return;
     const std::string named = records.getDbName();

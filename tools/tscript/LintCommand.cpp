@@ -64,9 +64,10 @@ ExitCode lint(const LintOptions& options) {
 
 void addLintCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<LintOptions>();
-    CLI::App* command = app.add_subcommand(
-        "lint", "Look for faults in a plain script; ends with 1 for errors, with 0 for warnings alone");
+    CLI::App* command =
+        addCommand(&app, action, "lint",
+                   "Look for faults in a plain script; ends with 1 for errors, with 0 for warnings alone",
+                   options, lint);
     command->add_option("PLAIN", options->plain, "The plain text of the script")->required();
     command->add_flag("--json", options->json, "Write JSON");
-    command->callback([&action, options] { action = [options] { return lint(*options); }; });
 }

@@ -144,8 +144,10 @@ ExitCode repack(const RepackOptions& options) {
 
 void addRepackCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RepackOptions>();
-    CLI::App* command = app.add_subcommand(
-        "repack", "Encipher packages with another key; one that is not authentic is named and left alone");
+    CLI::App* command =
+        addCommand(&app, action, "repack",
+                   "Encipher packages with another key; one that is not authentic is named and left alone",
+                   options, repack);
     command->add_option("--old-key", options->oldKey, "Key file that the packages are enciphered with")
         ->required()
         ->type_name("FILE");
@@ -153,5 +155,4 @@ void addRepackCommand(CLI::App& app, Action& action) {
         ->required()
         ->type_name("FILE");
     command->add_option("FILE", options->files, "The packages")->required();
-    command->callback([&action, options] { action = [options] { return repack(*options); }; });
 }

@@ -119,21 +119,36 @@ std::string quoted(const std::string& text) {
     return word + "'";
 }
 
-ExitCode up(const SandboxOptions& options) {
-    const SandboxFolder folder = folderOf(options);
+// A server that somebody's broken-off start left in an unfinished folder is of no use.
+ExitCode ensureUp(const SandboxFolder& folder, int port) {
     setenv("ZEPHRA_REGISTRY", folder.store().c_str(), 1);
     std::optional<RunningServer> server = findServer(folder);
-    if (!server) server = bringUp(folder, options.port);
+    if (server && !folder.isComplete()) {
+        stopServer(folder, *server);
+        server.reset();
+    }
+    if (!server) server = bringUp(folder, port);
     writeNote(describe(folder, *server));
     writeResult("export ZEPHRA_REGISTRY=" + quoted(folder.store()));
     return ExitCode::kDone;
 }
 
-ExitCode down(const SandboxOptions& options) {
+ExitCode up(const SandboxOptions& options) {
     const SandboxFolder folder = folderOf(options);
+    const SandboxLock lock(folder);
+    return ensureUp(folder, options.port);
+}
+
+bool stopIfRunning(const SandboxFolder& folder) {
+    if (!folder.isOurs()) return false;
+    const SandboxLock lock(folder);
     const std::optional<RunningServer> server = findServer(folder);
     if (server) stopServer(folder, *server);
-    writeNote(server ? "stopped" : "not running");
+    return server.has_value();
+}
+
+ExitCode down(const SandboxOptions& options) {
+    writeNote(stopIfRunning(folderOf(options)) ? "stopped" : "not running");
     return ExitCode::kDone;
 }
 
@@ -144,9 +159,10 @@ ExitCode reset(const SandboxOptions& options) {
                       "tscript sandbox up makes one.");
     confirm(options.yes, "The databases, packages, logs, key and password in " + folder.path().string() +
                              " are made anew; what they hold now is lost.");
+    const SandboxLock lock(folder);
     if (const std::optional<RunningServer> server = findServer(folder)) stopServer(folder, *server);
     folder.markUnfinished();
-    return up(options);
+    return ensureUp(folder, options.port);
 }
 
 ExitCode shell(const SandboxOptions& options) {
@@ -184,14 +200,6 @@ ExitCode status(const SandboxOptions& options) {
         writeResult(server ? describe(folder, *server) : "stopped, folder " + folder.path().string());
     }
     return server ? ExitCode::kDone : ExitCode::kConnection;
-}
-
-CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const char* description,
-                     const std::shared_ptr<SandboxOptions>& options,
-                     ExitCode (*work)(const SandboxOptions&)) {
-    CLI::App* command = family->add_subcommand(name, description);
-    command->callback([&action, options, work] { action = [options, work] { return work(*options); }; });
-    return command;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "SandboxFolder.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,6 +36,13 @@ void writePrivate(const fs::path& path, std::string_view text) {
     const bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     const int error = errno;
     if (close(fd) != 0 || !written) fail(path, std::strerror(error));
+}
+
+// In place, as it is locked.
+void writeMark(const fs::path& mark, std::string_view text) {
+    std::ofstream out(mark, std::ios::trunc);
+    out << text << std::flush;
+    if (!out) fail(mark, std::strerror(errno));
 }
 
 void makePrivateFolder(const fs::path& path) {
@@ -123,24 +131,17 @@ bool SandboxFolder::isComplete() const {
 }
 
 void SandboxFolder::markComplete() const {
-    writePrivate(mark(), kComplete);
+    writeMark(mark(), kComplete);
 }
 
 void SandboxFolder::markUnfinished() const {
-    writePrivate(mark(), "unfinished\n");
+    writeMark(mark(), "unfinished\n");
 }
 
 void SandboxFolder::make() const {
     std::error_code ignored;
-    if (isOurs()) {
-        for (const char* unfinished : {"data", "Scripts", "temp", "logs", "cipher.key"})
-            fs::remove_all(m_path / unfinished, ignored);
-    } else if (fs::exists(m_path, ignored) && !fs::is_empty(m_path, ignored)) {
-        throw Failure(ExitCode::kInstallation, m_path.string() + " is not empty and no sample installation",
-                      "Name another folder with --dir.");
-    }
-    makePrivateFolder(m_path);
-    markUnfinished();
+    for (const char* unfinished : {"data", "Scripts", "temp", "logs", "cipher.key"})
+        fs::remove_all(m_path / unfinished, ignored);
     for (const char* part : {"data", "Scripts", "temp", "logs", "backups"}) makePrivateFolder(m_path / part);
     Secret password = randomPassword();
     password.text() += '\n';
@@ -153,6 +154,26 @@ void SandboxFolder::writeStore(int port) const {
     replaceAll(text, "<programs>", programFolder().string());
     replaceAll(text, "<folder>", m_path.string());
     writePrivate(store(), text);
+}
+
+SandboxLock::SandboxLock(const SandboxFolder& folder) : m_fd(-1) {
+    std::error_code ignored;
+    const fs::path& path = folder.path();
+    const auto isForeign = [&] {
+        return !folder.isOurs() && fs::exists(path, ignored) && !fs::is_empty(path, ignored);
+    };
+    if (isForeign() && isForeign())  // somebody may be making it
+        throw Failure(ExitCode::kInstallation, path.string() + " is not empty and no sample installation",
+                      "Name another folder with --dir.");
+    makePrivateFolder(path);
+    m_fd = open(folder.mark().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (m_fd < 0) fail(folder.mark(), std::strerror(errno));
+    while (flock(m_fd, LOCK_EX) != 0 && errno == EINTR) {
+    }
+}
+
+SandboxLock::~SandboxLock() {
+    close(m_fd);
 }
 
 fs::path programFolder() {

@@ -23,15 +23,30 @@ class SandboxFolder {
     void markComplete() const;
     void markUnfinished() const;  // make() then makes it anew; backups stay
 
-    // Makes the folder, which must be empty, missing, or an unfinished one of ours, with its subfolders, a
-    // random password and the mark. Throws Failure (installation).
+    // Empties an unfinished folder and makes its subfolders and a random password. Throws Failure
+    // (installation).
     void make() const;
     // Writes the store of an installation whose server listens on that port.
     void writeStore(int port) const;
 
-  private:
     std::filesystem::path mark() const { return m_path / ".tscript-sandbox"; }
+
+  private:
     std::filesystem::path m_path;
+};
+
+// While it lives, others wait who want to change the folder. It is the lock of the mark, which is set if need
+// be: the folder of the store is locked by whoever changes a value.
+class SandboxLock {
+  public:
+    // Throws Failure (installation), also for a folder that holds something else.
+    explicit SandboxLock(const SandboxFolder& folder);
+    ~SandboxLock();
+    SandboxLock(const SandboxLock&) = delete;
+    SandboxLock& operator=(const SandboxLock&) = delete;
+
+  private:
+    int m_fd;
 };
 
 // Folder of the programs that are built and installed together with this one.

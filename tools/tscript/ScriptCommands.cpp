@@ -255,8 +255,8 @@ ExitCode explain(const ScriptOptions& options) {
 
 using Options = std::shared_ptr<ScriptOptions>;
 
-CLI::App* addCommand(CLI::App& app, Action& action, const char* name, const char* description,
-                     const Options& options, ExitCode (*work)(const ScriptOptions&)) {
+CLI::App* addScriptCommand(CLI::App& app, Action& action, const char* name, const char* description,
+                           const Options& options, ExitCode (*work)(const ScriptOptions&)) {
     CLI::App* command = app.add_subcommand(name, description);
     command->add_option("NAME", options->name, "The script's name")->required();
     command->callback([&action, options, work] {
@@ -296,7 +296,7 @@ void addRunOptions(CLI::App* command, const Options& options) {
 void addScriptCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<ScriptOptions>();
 
-    CLI::App* run = addCommand(
+    CLI::App* run = addScriptCommand(
         app, action, "run", "Run a script package", options,
         [](const ScriptOptions& o) { return o.dryRun ? previewPackage(o) : runPackage(o, kExecute); });
     // Read as they stand: no splitting, no lists, a leading minus or an empty text is a value as well.
@@ -313,10 +313,10 @@ void addScriptCommands(CLI::App& app, Action& action) {
            "The database of a package that names none (default: found from the installed components)")
         ->type_name("DB");
 
-    CLI::App* help = addCommand(app, action, "help", "Show a script's usage", options, explain);
+    CLI::App* help = addScriptCommand(app, action, "help", "Show a script's usage", options, explain);
     addDatabase(help, options);
 
-    CLI::App* exec = addCommand(
+    CLI::App* exec = addScriptCommand(
         app, action, "exec", "Run a stored-procedure script", options,
         [](const ScriptOptions& o) { return o.dryRun ? previewProcedure(o) : runProcedure(o, kExecute); });
     exec->add_option("ARGS", options->arguments,
@@ -325,8 +325,8 @@ void addScriptCommands(CLI::App& app, Action& action) {
     addInput(exec, options);
     addRunOptions(exec, options);
 
-    CLI::App* params = addCommand(app, action, "params", "List the parameters of a stored-procedure script",
-                                  options, listParameters);
+    CLI::App* params = addScriptCommand(
+        app, action, "params", "List the parameters of a stored-procedure script", options, listParameters);
     addDatabase(params, options);
     params->add_flag("--json", options->json, "As JSON: an object a parameter");
 }
