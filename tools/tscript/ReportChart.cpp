@@ -120,8 +120,9 @@ std::string timelineChart(Timeline& timeline) {
         R"(<text y="100%" dy="22">{}</text>)",
         {first});
     if (bars.size() >= kFewestSlots) {
-        const auto middle = std::next(bars.begin(), static_cast<std::ptrdiff_t>(bars.size() / 2));
-        const double place = slot * (static_cast<double>(bars.size() / 2) + 0.5);
+        const std::size_t half = bars.size() / 2;
+        const auto middle = std::next(bars.begin(), static_cast<std::ptrdiff_t>(half));
+        const double place = slot * (static_cast<double>(half) + 0.5);
         text += filled(R"(<text x="{}" y="100%" dy="22" class="middle">{}</text>)",
                        {percentText(place), name(middle->first)});
         text += filled(R"(<text x="100%" y="100%" dy="22" class="end">{}</text>)", {last});

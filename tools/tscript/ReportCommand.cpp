@@ -18,8 +18,8 @@ namespace {
 
 constexpr int kPage = 10000;
 constexpr std::size_t kMostBadRuns = 200;
-constexpr std::int64_t kShortestStretch =
-    23 * 3600;  // of the runs over time: 24 hours, the present one included
+// Of the runs over time, without the present hour.
+constexpr std::int64_t kShortestStretch = std::int64_t{23} * 3600;
 
 struct ReportOptions {
     RecordOptions records;

@@ -8,10 +8,10 @@
 
 namespace {
 
-constexpr int kHour = 3600;
+constexpr std::int64_t kHour = 3600;
 constexpr std::int64_t kExact = 32;  // shorter durations have a class of their own
-constexpr int kExactBits = 5;
-constexpr int kParts = 16;  // classes between two powers of 2
+constexpr std::int64_t kExactBits = 5;
+constexpr std::int64_t kParts = 16;  // classes between two powers of 2
 constexpr std::int64_t kLongest = std::int64_t{1} << 33;
 
 // Rounds a local time down to a unit's beginning; forward = 1: to the beginning of the next one.
@@ -45,7 +45,8 @@ std::int64_t barStart(std::size_t unit, std::int64_t moment, int forward) {
     const std::time_t seconds = moment;
     std::tm time{};
     localtime_r(&seconds, &time);
-    if (kUnits[unit].round == nullptr) return moment - time.tm_min * 60 - time.tm_sec + forward * kHour;
+    if (kUnits[unit].round == nullptr)
+        return moment - time.tm_sec - std::int64_t{60} * time.tm_min + forward * kHour;
     time.tm_sec = time.tm_min = time.tm_hour = 0;
     kUnits[unit].round(time, forward);
     time.tm_isdst = -1;
@@ -55,7 +56,7 @@ std::int64_t barStart(std::size_t unit, std::int64_t moment, int forward) {
 std::size_t classOf(std::int64_t seconds) {
     const std::int64_t bounded = std::clamp<std::int64_t>(seconds, 0, kLongest);
     if (bounded < kExact) return static_cast<std::size_t>(bounded);
-    const int power = static_cast<int>(std::bit_width(static_cast<std::uint64_t>(bounded))) - 1;
+    const std::int64_t power = std::bit_width(static_cast<std::uint64_t>(bounded)) - 1;
     const std::int64_t part = (bounded * kParts >> power) - kParts;
     return static_cast<std::size_t>(kExact + (power - kExactBits) * kParts + part);
 }
