@@ -56,6 +56,7 @@ TEST_F(Installation, RunsScriptsByName) {
         {{"run", "Echo", "-p", "O'Brien", "-p", "50% {x};", "-p", "é"}, 0, "<O'Brien|50% {x};|é>", ""},
         {{"help", "PurgeEvents"}, 0, "PurgeEvents DAYS SEVERITY", ""},
         {{"help", "tsEventSummary"}, 0, "EXEC tsEventSummary", ""},
+        {{"help", "journal"}, 2, "", "tscript journal --help"},
         {{"params", "tsEventSummary"}, 0, "@zone", ""},
         {{"exec", "tsEventSummary", "@days = 7", "--input", "seven"}, 0, "archive-01", ""},
         {{"exec", "tsEventSummary", "\"x\""}, 2, "", "double quote"},
@@ -249,6 +250,16 @@ TEST_F(Installation, BringsPackagesToANewKey) {
     expectAll(
         {{words, 3, "", "next.key cannot be used: it is missing"}, {{"key", "create", next}, 0, "", "made"}});
     const std::string old = support::readFile(purge);
+    const fs::path third = m_temp / "third.key";
+    expectAll({{{"key", "create", third}, 0, "", "made"},
+               {{"key", "create", third}, 3, "", "File exists"},
+               {{"repack", "--old-key", third, "--new-key", next, purge, report},
+                3,
+                "",
+                "2 of 2 file(s) were not repacked"},
+               {{"inspect", purge}, 0, "yes, every record", ""},
+               {{"inspect", report}, 0, "yes, every record", ""}});
+    EXPECT_EQ(support::readFile(purge), old);
     support::writeFile(broken, old + "ZF1.AAAA\n");
     fs::permissions(purge, fs::perms(0640));
     expectAll({{words, 3, "", "Broken.sql was left as it is: line "},
@@ -315,6 +326,8 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         EXPECT_EQ(namesIn(run(words)), c.names) << joined(words);
     }
     EXPECT_EQ(namesIn(run({"catalogue", "--name", "tsS*"})), "tsSwitchNode");
+    for (const char* pattern : {"ts%", "tsS_itchNode", "[t]s*", "' OR name LIKE '%", "\"", "--"})
+        EXPECT_EQ(namesIn(run({"catalogue", "--name", pattern})), "") << pattern;
     expectAll({
         {{"journal", "--name", "O*"}, 0, "\t2 min 05 s\ta  b\n", ""},
         {{"journal", "--status", "running"}, 0, "\t50x\tabandoned\t", ""},
@@ -456,6 +469,9 @@ TEST_F(Installation, TellsTheDoctorsFindings) {
         {"[host]", "stray = 1\n[host]", "warning  store content: line "},
         {"[host]", "[host", "FAILED   store: "},
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
+        {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},
+        {"/cipher.key\"", "/no.key\"", "FAILED   key: the key file that cipherKeyFile names is missing"},
+        {"/cipher.key\"", "/password\"", "FAILED   key: the key file is not a file of exactly 32 bytes"},
     };
     const std::string intact = support::readFile(store());
     for (const auto& fault : faults) {
@@ -463,6 +479,10 @@ TEST_F(Installation, TellsTheDoctorsFindings) {
         expectAll({{doctor, fault.output[0] == 'w' ? 0 : 3, fault.output, ""}});
         support::writeFile(store(), intact);
     }
+    expectCases({{doctor, 3, "FAILED   store: ", ""}, {doctor, 3, "skipped  everything else", ""}});
+    fs::permissions(store(), fs::perms(0666));
+    expectAll({{doctor, 3, "FAILED   store mode: everybody may change", ""}});
+    fs::permissions(store(), fs::perms(0600));
     fs::permissions(folder / "cipher.key", fs::perms(0640));
     expectAll({{doctor, 3, "set its mode to 0600", ""}});
     fs::permissions(folder / "cipher.key", fs::perms(0600));

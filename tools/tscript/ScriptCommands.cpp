@@ -33,6 +33,7 @@ struct ScriptOptions {
     std::string input;
     std::string database;
     std::string outputFile;
+    const CLI::App* commands = nullptr;  // the tool's, for a name that is one of theirs
     bool dryRun = false;
     bool quiet = false;
     bool json = false;
@@ -246,11 +247,22 @@ ExitCode previewProcedure(const ScriptOptions& options) {
     return showSql(options, {kProcedure, options.database, sql});
 }
 
+bool isCommand(const ScriptOptions& options) {
+    const auto ofThatName = [&](const CLI::App* command) { return command->check_name(options.name); };
+    return !options.commands->get_subcommands(ofThatName).empty();
+}
+
 // A package where there is one of that name, else a procedure.
 ExitCode explain(const ScriptOptions& options) {
     std::error_code ignored;
     const bool isPackage = std::filesystem::exists(packageFile(options.name), ignored);
-    return isPackage ? runPackage(options, kHelp) : runProcedure(options, kHelp);
+    try {
+        return isPackage ? runPackage(options, kHelp) : runProcedure(options, kHelp);
+    } catch (const Failure& failure) {
+        if (failure.code() != ExitCode::kUsage || !isCommand(options)) throw;
+        throw Failure(failure.code(), failure.what(),
+                      "The usage of the command is shown by: tscript " + options.name + " --help");
+    }
 }
 
 using Options = std::shared_ptr<ScriptOptions>;
@@ -295,6 +307,7 @@ void addRunOptions(CLI::App* command, const Options& options) {
 
 void addScriptCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<ScriptOptions>();
+    options->commands = &app;
 
     CLI::App* run = addScriptCommand(
         app, action, "run", "Run a script package", options,
