@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <signal.h>
 
 #include <cstdio>
@@ -31,6 +32,7 @@ void serve(const server::Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    mallopt(M_MMAP_THRESHOLD, 256 << 10);  // what a big request took is given back with it
     blockStopSignals();
     const server::Options options = server::parseOptions(argc, argv);
     try {
