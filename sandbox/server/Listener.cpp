@@ -133,6 +133,7 @@ void Listener::acceptClient() {
     }
     const int on = 1;
     setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(socket.get(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);  // a host that vanished is noticed
     const int sessionId = freeSessionId();
     Client& client = m_clients.emplace_back(std::move(socket), sessionId);
     try {

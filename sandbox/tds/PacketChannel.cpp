@@ -50,7 +50,8 @@ PacketChannel::Header PacketChannel::peekHeader() const {
     header.type = reader.u8();
     header.status = reader.u8();
     header.length = reader.u16BigEndian();
-    if (header.length < kHeaderSize || header.length > kMostPacketBytes)
+    const std::size_t most = m_loginDeadline ? kMostPacketBytes : m_packetSize;
+    if (header.length < kHeaderSize || header.length > most)
         throw ProtocolError("a packet gives " + std::to_string(header.length) + " as its length");
     return header;
 }
