@@ -7,8 +7,9 @@ namespace tsql {
 
 class Atomic {
   public:
-    explicit Atomic(Connection& connection) : m_connection(connection) {
-        m_connection.run("SAVEPOINT tsqlbox_atomic");
+    // Takes the right to write the schema before anything is read: SQLite waits for it only then.
+    Atomic(Connection& connection, const std::string& schema) : Atomic(connection) {
+        m_connection.run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
     }
     ~Atomic() {
         if (m_done) return;
@@ -24,6 +25,10 @@ class Atomic {
     }
 
   private:
+    explicit Atomic(Connection& connection) : m_connection(connection) {
+        m_connection.run("SAVEPOINT tsqlbox_atomic");
+    }
+
     Connection& m_connection;
     bool m_done = false;
 };

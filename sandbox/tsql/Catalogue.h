@@ -62,6 +62,7 @@ class Catalogue {
     // `schema`: quoted, or kTempSchema. Makes the catalogue's tables when they are missing.
     Catalogue(Connection& connection, std::string database, std::string schema);
 
+    const std::string& schema() const { return m_schema; }
     bool isTemporary() const { return m_schema == kTempSchema; }
     std::optional<ObjectInfo> find(std::string_view name) const;
     std::optional<ObjectInfo> findById(std::int64_t id) const;

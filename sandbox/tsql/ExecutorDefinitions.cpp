@@ -105,7 +105,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
     checkDefinition(create);
     Catalogue target = catalogue(create.table);
     beforeWrite();
-    Atomic atomic(m_connection);
+    Atomic atomic(m_connection, target.schema());
     const auto existing = target.find(create.table.name);
     if (existing && !isTemporaryName(create.table.name)) throw sqlError(2714, {create.table.name});
     TableInfo table;
@@ -184,7 +184,7 @@ Flow Executor::run(const AlterTable& alter) {
     TableInfo target = table(alter.table);
     Catalogue owner = catalogue(alter.table);
     beforeWrite();
-    Atomic atomic(m_connection);
+    Atomic atomic(m_connection, owner.schema());
     for (const auto& definition : alter.addColumns) {
         const TableColumn column = columnOf(definition, false);
         if (target.column(column.name)) throw sqlError(2705, {column.name, target.name});
@@ -228,7 +228,7 @@ Flow Executor::run(const CreateIndex& create) {
         keys += (keys.empty() ? "" : ", ") + column->name;
     }
     beforeWrite();
-    Atomic atomic(m_connection);
+    Atomic atomic(m_connection, owner.schema());
     m_target = target;
     m_verb = "CREATE INDEX";
     m_connection.run(std::string("CREATE ") + (create.unique ? "UNIQUE " : "") + "INDEX " + target.schema +
@@ -252,7 +252,7 @@ Flow Executor::run(const Drop& drop) {
         Catalogue owner =
             catalogue(drop.kind == ObjectKind::Index ? ObjectName{{}, {}, name.schema, 0} : name);
         beforeWrite();
-        Atomic atomic(m_connection);
+        Atomic atomic(m_connection, owner.schema());
         if (drop.kind == ObjectKind::Table) {
             dropTable(owner, name, drop.ifExists);
         } else if (drop.kind == ObjectKind::Index) {

@@ -90,7 +90,7 @@ Flow Executor::run(const CreateModule& module) {
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     Catalogue owner = catalogue(module.name);
     beforeWrite();
-    Atomic atomic(m_connection);
+    Atomic atomic(m_connection, owner.schema());
     const auto existing = owner.find(module.name.name);
     if (existing && (!module.alter || existing->type != type)) throw sqlError(2714, {module.name.name}, 3);
     if (!existing && !module.create) throw sqlError(208, {module.name.name}, 6);
