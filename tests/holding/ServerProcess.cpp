@@ -1,0 +1,77 @@
+#include "ServerProcess.h"
+
+#include <chrono>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+namespace support {
+namespace {
+
+constexpr unsigned kRowsWithoutError = 0x10;
+
+// The number behind a name in /proc/PID/status.
+std::size_t statusOf(pid_t pid, const std::string& name) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    for (std::string word; status >> word;) {
+        std::size_t number = 0;
+        if (word == name && status >> number) return number;
+    }
+    throw std::runtime_error("the server is gone");
+}
+
+}  // namespace
+
+// Writing 5 there makes the kernel forget the earlier peak.
+ServerMemory::ServerMemory(const TsqlBox& box) : m_pid(box.pid()) {
+    std::ofstream("/proc/" + std::to_string(m_pid) + "/clear_refs") << 5 << std::flush;
+    m_before = statusOf(m_pid, "VmRSS:") * 1024;
+}
+
+std::size_t ServerMemory::growth() const {
+    const std::size_t now = statusOf(m_pid, "VmRSS:") * 1024;
+    return now > m_before ? now - m_before : 0;
+}
+
+std::size_t ServerMemory::peakGrowth() const {
+    const std::size_t peak = statusOf(m_pid, "VmHWM:") * 1024;
+    return peak > m_before ? peak - m_before : 0;
+}
+
+std::size_t threadsOf(const TsqlBox& box) {
+    return statusOf(box.pid(), "Threads:");
+}
+
+bool becomesTrue(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+std::unique_ptr<RawClient> loggedIn(const TsqlBox& box) {
+    auto client = std::make_unique<RawClient>(box.port());
+    if (!client->logIn(box.login(), box.password())) throw std::runtime_error("the login was refused");
+    return client;
+}
+
+void ask(RawClient& client, const std::string& sql) {
+    client.send(packet(kSqlBatch, batchPacket(sql)));
+}
+
+unsigned answer(RawClient& client) {
+    return finalStatus(client.response());
+}
+
+bool isServed(RawClient& client) {
+    ask(client, "SELECT 1");
+    return answer(client) == kRowsWithoutError;
+}
+
+bool stillServes(const TsqlBox& box) {
+    return isServed(*loggedIn(box));
+}
+
+}  // namespace support
