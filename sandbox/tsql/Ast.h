@@ -258,10 +258,36 @@ struct Throw {
     ExprPtr number, message, state;  // all null: THROW alone
 };
 struct WaitFor {
-    ExprPtr delay;
+    ExprPtr time;
+    bool until = false;  // WAITFOR TIME
 };
 struct Use {
     std::string database;
+};
+
+// DECLARE name CURSOR FOR query
+struct DeclareCursor {
+    std::string name;
+    QueryPtr query;
+    bool local = false;
+    bool scroll = false;
+    bool counted = false;  // STATIC: @@CURSOR_ROWS tells its rows
+};
+enum class CursorVerb { Open, Close, Deallocate };
+struct CursorName {
+    std::string name;
+    bool global = false;
+};
+struct ChangeCursor {
+    CursorVerb verb;
+    CursorName cursor;
+};
+enum class FetchFrom { Next, Prior, First, Last, Absolute, Relative };
+struct Fetch {
+    FetchFrom from = FetchFrom::Next;
+    ExprPtr offset;  // of Absolute and Relative
+    CursorName cursor;
+    std::vector<std::string> into;  // empty: the row is a result set
 };
 
 struct SelectStatement {
@@ -380,6 +406,7 @@ struct Argument {
 struct Execute {
     std::string resultVariable;
     ObjectName procedure;
+    std::string procedureVariable = {};  // EXEC @name
     std::vector<Argument> arguments;
     ExprPtr text;  // EXEC ('...')
 };
@@ -388,6 +415,7 @@ enum class TransactionVerb { Begin, Commit, Rollback, Save };
 struct Transaction {
     TransactionVerb verb;
     std::string name;
+    std::string variable;  // that holds the name
 };
 struct Backup {
     ExprPtr database, file;
@@ -403,10 +431,11 @@ struct Restore {
 };
 
 struct Statement {
-    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
-                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
-                              Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
-                              CreateDatabase, CreateModule, Execute, Transaction, Backup, Restore>;
+    using Node =
+        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound, TryCatch,
+                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, Update, Delete,
+                     Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase, CreateModule,
+                     Execute, Transaction, Backup, Restore, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

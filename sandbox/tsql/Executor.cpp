@@ -71,7 +71,9 @@ Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_vie
     m_connection.attach(m_database);
 }
 
-Executor::~Executor() = default;
+Executor::~Executor() {
+    m_engine.locks.releaseAll(this, false);
+}
 
 // What a client asked for, up to its end or to what ends it. False when that is the session's end.
 template <typename Work>
@@ -87,6 +89,10 @@ bool Executor::run(ResultSink& sink, Work work) {
     } catch (const BatchEnd&) {
     } catch (const SessionEnd&) {
         goesOn = false;
+    }
+    if (m_doomed) {
+        report({3998, 16, 1, 1, "", sqlError(3998).what()});
+        rollBack();
     }
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
     return goesOn;
@@ -106,7 +112,7 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     Frame frame;
     const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
     const bool goesOn = run(sink, [&] {
-        Execute execute{"@", parseObjectName(call.procedure), {}, nullptr};
+        Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
             const auto& argument = call.arguments[i];
@@ -189,14 +195,19 @@ void Executor::afterError(const Message& message, bool raised) {
     const std::string verb = std::exchange(m_verb, {});
     if (m_transactions > 0 && !m_connection.inTransaction() && message.number == 1205) rollBack();
     const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number));
-    if (message.severity < kFatalSeverity && (m_tries > 0 || inFunction)) throw Raised{message};
+    const bool endsScope = !raised && contains(kScopeErrors, message.number);
+    const Frame* const blind = endsScope && !inFunction ? m_frames.back() : nullptr;
+    if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
+        m_doomed = m_doomed || (endsBatch && m_transactions > 0);
+        throw Raised{message, blind};
+    }
     report(message);
     if (message.severity >= kFatalSeverity) throw SessionEnd{};
     if (endsBatch) {
         rollBack();
         throw BatchEnd{};
     }
-    if (!raised && contains(kScopeErrors, message.number)) throw ScopeEnd{};
+    if (endsScope) throw ScopeEnd{};
     if (!raised && !verb.empty())
         report({3621, 0, 0, message.line, message.procedure, "The statement has been terminated."});
     done(-1);
@@ -382,9 +393,10 @@ Flow Executor::run(const Return& node) {
 Flow Executor::run(const TryCatch& node) {
     std::optional<Message> caught;
     try {
-        const Deeper deeper(m_tries);
+        const Deeper deeper(m_tries), deeperHere(m_frames.back()->tries);
         return runBlock(node.attempt);
     } catch (const Raised& raised) {
+        if (raised.within == m_frames.back()) throw;
         caught = raised.message;
     }
     m_caught.push_back(*caught);
@@ -398,7 +410,10 @@ Flow Executor::run(const TryCatch& node) {
 Flow Executor::run(const Print& print) {
     refuseInFunction();
     const TypedValue value = evaluate(*print.value);
-    report({0, 0, 1, m_line, m_frames.back()->procedure, textOf(viewOf(value.value), value.type)});
+    constexpr std::size_t kLongest = 8000;  // bytes
+    const std::string text = textOf(viewOf(value.value), value.type);
+    report({0, 0, 1, m_line, m_frames.back()->procedure,
+            std::string(characters(text, 0, isNational(value.type.id) ? kLongest / 2 : kLongest))});
     m_error = 0;
     m_rowCount = 0;
     return Flow::Next;
@@ -450,7 +465,10 @@ Flow Executor::run(const Throw& node) {
                    evaluateText(*node.message)};
     }
     m_error = message.number;
-    if (m_tries > 0) throw Raised{message};
+    if (m_tries > 0) {
+        m_doomed = m_doomed || (m_abortOnError && m_transactions > 0);
+        throw Raised{message};
+    }
     report(message);
     if (m_abortOnError) rollBack();
     throw BatchEnd{};
@@ -458,12 +476,14 @@ Flow Executor::run(const Throw& node) {
 
 Flow Executor::run(const WaitFor& wait) {
     refuseInFunction();
-    const std::string text = evaluateText(*wait.delay);
+    const std::string text = evaluateText(*wait.time);
     const auto time = parseDateTime(text);
     if (!time || text.find(':') == std::string::npos) throw sqlError(148, {text});
     using Clock = std::chrono::steady_clock;
     constexpr std::int64_t kNanosecondsPerTick = 100;
-    const auto until = Clock::now() + std::chrono::nanoseconds(time->ticks * kNanosecondsPerTick);
+    constexpr std::int64_t kDay = 86'400LL * 10'000'000;
+    const auto ticks = wait.until ? (time->ticks - localNow().ticks + kDay) % kDay : time->ticks;
+    const auto until = Clock::now() + std::chrono::nanoseconds(ticks * kNanosecondsPerTick);
     while (Clock::now() < until) {
         if (isCancelled()) throw BatchEnd{};
         constexpr std::chrono::nanoseconds kSlice = std::chrono::milliseconds(50);

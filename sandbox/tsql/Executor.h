@@ -1,6 +1,7 @@
 // Runs the statements of one session: control of flow here, each family of statements in a file of its own.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -9,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "AppLocks.h"
 #include "Ast.h"
 #include "Catalogue.h"
 #include "Connection.h"
@@ -24,6 +26,7 @@ struct Engine::Impl {
     explicit Impl(const std::filesystem::path& directory) : storage(directory) {}
     Storage storage;
     DatabaseUses uses;
+    AppLocks locks;
 };
 
 struct Variable {
@@ -31,15 +34,30 @@ struct Variable {
     Value value;
 };
 
+// Its query is bound when it is declared; its rows are read when it is opened.
+struct Cursor {
+    QueryText query;
+    std::vector<Value> parameters;
+    bool scroll = false;
+    bool counted = false;
+    bool open = false;
+    std::vector<std::vector<Value>> rows;
+    std::int64_t at = 0;  // from 1; 0 before the first row
+};
+using Cursors = std::map<std::string, Cursor>;  // by name in lower case
+
 // What a batch, a procedure or a function has for itself while it runs.
 struct Frame {
     std::string procedure;                      // empty in a batch
     std::string database;                       // in which its names are looked up; empty: the session's
     std::map<std::string, Variable> variables;  // by name in lower case
+    Cursors cursors;                            // the LOCAL ones
     std::optional<std::int64_t> identity;       // SCOPE_IDENTITY()
     bool isFunction = false;
     SqlType returnType;
     Value returned = Null{};
+    std::size_t skippedArguments = 0;  // those of sp_executesql that are none of the text's
+    int tries = 0;                     // TRY blocks of its own around the statement that runs
 };
 
 enum class Flow { Next, Break, Continue, Return };
@@ -47,6 +65,7 @@ enum class Flow { Next, Break, Continue, Return };
 // How the running of statements is left early.
 struct Raised {  // an error on its way to the CATCH block around it
     Message message;
+    const Frame* within = nullptr;  // whose CATCH blocks do not see it
 };
 struct ScopeEnd {};    // the procedure, or the batch outside of one
 struct BatchEnd {};    // the whole batch
@@ -114,6 +133,14 @@ class Executor final : public SessionFacts, public NameResolver {
     void setVariable(const std::string& name, const CellView& value, const SqlType& type);
     void refuseInFunction() const;
 
+    // ---- cursors (ExecutorCursors.cpp)
+    Flow run(const ast::DeclareCursor& declare);
+    Flow run(const ast::ChangeCursor& change);
+    Flow run(const ast::Fetch& fetch);
+    void openCursor(Cursor& cursor);
+    Cursors* cursorsWith(const std::string& name, bool global);
+    Value cursorStatus(std::string_view scope, std::string_view name);
+
     // ---- queries and changes of rows (ExecutorQueries.cpp)
     Flow run(const ast::SelectStatement& statement);
     Flow run(const ast::Insert& insert);
@@ -122,6 +149,9 @@ class Executor final : public SessionFacts, public NameResolver {
     Flow run(const ast::Truncate& truncate);
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments);
+    // Has the rows that `work` sends taken by `take` in place of the client.
+    using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+    void divert(const RowTaker& take, const std::function<void()>& work);
     void selectInto(const ast::Query& query, const ast::ObjectName& name);
     std::vector<const TableColumn*> insertColumns(const TableInfo& target, const ast::Insert& insert) const;
     void insertExecuted(const TableInfo& target, const std::vector<const TableColumn*>& columns,
@@ -147,16 +177,29 @@ class Executor final : public SessionFacts, public NameResolver {
     std::shared_ptr<const Batch> parsed(const std::string& text);
     void runText(const std::string& text);
     void executeSql(const ast::Execute& execute);
-    void callProcedure(const ast::Execute& execute);
-    void bindArguments(const ast::CreateModule& module, const ast::Execute& execute, Frame& frame);
+    void callProcedure(const ast::Execute& execute, const ast::ObjectName& name);
+    void bindArguments(const ast::CreateModule& module, const ast::Execute& execute, const std::string& name,
+                       Frame& frame);
     void returnOutputs(const ast::CreateModule& module, const ast::Execute& execute, const Frame& frame);
     class EnteredFrame;
     void runFrame(const ast::Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
     const ast::Argument* argumentOf(const ast::Execute& execute, const ast::CreateModule& module,
-                                    std::size_t parameter) const;
+                                    std::size_t parameter, std::size_t skipped) const;
     std::optional<ObjectInfo> module(const ast::ObjectName& name, std::string_view type,
                                      std::string& database);
+
+    // ---- procedures of the system (ExecutorSystem.cpp)
+    struct SystemProcedure {
+        std::string_view name;
+        std::string_view parameters;
+        int (Executor::*body)(const Frame& frame);
+    };
+    static const SystemProcedure* systemProcedure(const ast::ObjectName& name);
+    int helpText(const Frame& frame);
+    int getAppLock(const Frame& frame);
+    int releaseAppLock(const Frame& frame);
+    std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
 
     // ---- databases, settings, transactions, backup (ExecutorAdministration.cpp)
     Flow run(const ast::Use& use);
@@ -167,8 +210,12 @@ class Executor final : public SessionFacts, public NameResolver {
     Flow run(const ast::Restore& restore);
     void dropDatabase(const std::string& name, bool ifExists);
     void beforeWrite();
+    void begin(const std::string& name);
+    void save(const std::string& name);
+    void commit();
     void rollBack();
     void rollBackTo(const std::string& name);
+    void endTransaction(TransactionEvent event);
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, int errorNumber);
     void recordBackup(std::string_view database, std::string_view started, std::string_view finished,
@@ -209,7 +256,11 @@ class Executor final : public SessionFacts, public NameResolver {
     int m_error = 0;                // @@ERROR
     std::int64_t m_rowCount = 0;    // @@ROWCOUNT
     std::optional<std::int64_t> m_identity;
+    Cursors m_cursors;  // the GLOBAL ones
+    int m_fetchStatus = 0;
+    std::int64_t m_cursorRows = 0;
     int m_transactions = 0;         // @@TRANCOUNT
+    bool m_doomed = false;          // the transaction can only be rolled back
     std::string m_transactionName;  // of the outermost one
     bool m_noCount = false;
     bool m_abortOnError = false;  // XACT_ABORT

@@ -116,7 +116,8 @@ void Executor::useDatabase(const std::string& name) {
 
 Flow Executor::run(const Use& use) {
     refuseInFunction();
-    if (!m_frames.back()->procedure.empty()) throw sqlError(154);
+    if (!m_frames.back()->procedure.empty())
+        throw sqlError(154, {"a USE database statement", "a procedure, function or trigger"});
     useDatabase(use.database);
     m_error = 0;
     done(-1);
@@ -156,45 +157,71 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 
 // SQLite's transaction begins with the first change, so that reading before it holds no old state.
 void Executor::beforeWrite() {
+    if (m_doomed) throw sqlError(3930);
     if (m_transactions > 0 && !m_connection.inTransaction()) m_connection.run("BEGIN");
 }
 
+void Executor::endTransaction(TransactionEvent event) {
+    m_doomed = false;
+    m_engine.locks.releaseAll(this, true);
+    if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
+}
+
+void Executor::begin(const std::string& name) {
+    if (++m_transactions > 1) return;
+    m_transactionName = name;
+    m_sink->transactionChanged(TransactionEvent::Began);
+}
+
+void Executor::save(const std::string& name) {
+    if (m_transactions == 0) throw sqlError(628);
+    beforeWrite();
+    m_connection.run("SAVEPOINT " + quotedName(name));
+}
+
+void Executor::commit() {
+    if (m_transactions == 0) throw sqlError(3902);
+    if (m_doomed) throw sqlError(3930);
+    if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
+    if (m_transactions > 1)
+        --m_transactions;
+    else
+        endTransaction(TransactionEvent::Committed);
+}
+
 void Executor::rollBack() {
-    if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(TransactionEvent::RolledBack);
+    endTransaction(TransactionEvent::RolledBack);
     if (m_connection.inTransaction()) m_connection.run("ROLLBACK");
 }
 
 void Executor::rollBackTo(const std::string& name) {
+    if (m_doomed) throw sqlError(3931);
     if (sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr, nullptr,
-                     nullptr) == SQLITE_OK)
-        return;
-    throw sqlError(6401, {name});
+                     nullptr) != SQLITE_OK)
+        throw sqlError(6401, {name});
 }
 
 Flow Executor::run(const Transaction& transaction) {
     refuseInFunction();
+    const std::string name = transaction.variable.empty()
+                                 ? transaction.name
+                                 : evaluateText({m_line, VariableRef{transaction.variable}});
     switch (transaction.verb) {
         case TransactionVerb::Begin:
-            if (++m_transactions > 1) break;
-            m_transactionName = transaction.name;
-            m_sink->transactionChanged(TransactionEvent::Began);
+            begin(name);
             break;
         case TransactionVerb::Save:
-            if (m_transactions == 0) throw sqlError(628);
-            beforeWrite();
-            m_connection.run("SAVEPOINT " + quotedName(transaction.name));
+            save(name);
             break;
         case TransactionVerb::Commit:
-            if (m_transactions == 0) throw sqlError(3902);
-            if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
-            if (--m_transactions == 0) m_sink->transactionChanged(TransactionEvent::Committed);
+            commit();
             break;
         case TransactionVerb::Rollback:
             if (m_transactions == 0) throw sqlError(3903);
-            if (transaction.name.empty() || sameWord(transaction.name, m_transactionName))
+            if (name.empty() || sameWord(name, m_transactionName))
                 rollBack();
             else
-                rollBackTo(transaction.name);
+                rollBackTo(name);
             break;
     }
     m_rowCount = 0;

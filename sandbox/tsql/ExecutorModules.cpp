@@ -139,8 +139,10 @@ Flow Executor::run(const Execute& execute) {
         runText(evaluateText(*execute.text));
     else if (mayBeSystem && sameWord(execute.procedure.name, "sp_executesql"))
         executeSql(execute);
+    else if (execute.procedureVariable.empty())
+        callProcedure(execute, execute.procedure);
     else
-        callProcedure(execute);
+        callProcedure(execute, parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}})));
     return Flow::Next;
 }
 
@@ -172,13 +174,20 @@ void Executor::executeSql(const Execute& execute) {
                                          ? evaluateText(*execute.arguments[1].value)
                                          : "";
     const std::string statement = evaluateText(*execute.arguments.front().value);
-    if (trimmed(declarations).empty()) return runText(statement);  // which may define a module
+    if (trimmed(declarations).empty()) {  // the text may define a module
+        runText(statement);
+        if (!execute.resultVariable.empty())
+            setVariable(execute.resultVariable, std::int64_t{0}, simpleType(TypeId::Int));
+        return;
+    }
     const auto batch = parsed("CREATE PROCEDURE sp_executesql " + declarations + " AS " + statement);
     const CreateModule& module = moduleOf(*batch);
     Frame frame;
     frame.database = m_frames.back()->database;
+    frame.returned = std::int64_t{0};
+    frame.skippedArguments = 2;
     const std::int64_t tables = temporary().lastId();
-    bindArguments(module, execute, frame);
+    bindArguments(module, execute, execute.procedure.name, frame);
     try {
         runFrame(module.body, frame);
     } catch (const ScopeEnd&) {
@@ -187,32 +196,42 @@ void Executor::executeSql(const Execute& execute) {
     returnOutputs(module, execute, frame);
 }
 
-void Executor::callProcedure(const Execute& execute) {
+void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
     Frame frame;
-    const auto procedure = module(execute.procedure, objectType::kProcedure, frame.database);
-    if (!procedure) throw sqlError(2812, {execute.procedure.name});
-    const auto batch = parsed(procedure->source);
+    const SystemProcedure* const system = systemProcedure(name);
+    const auto procedure = system ? std::nullopt : module(name, objectType::kProcedure, frame.database);
+    if (!system && !procedure) throw sqlError(2812, {name.name});
+    const std::string head = system ? "CREATE PROCEDURE " + std::string(system->name) + " " : "";
+    const auto batch =
+        parsed(system ? head + std::string(system->parameters) + " AS RETURN" : procedure->source);
     const CreateModule& module = moduleOf(*batch);
-    frame.procedure = procedure->name;
+    frame.procedure = system ? system->name : procedure->name;
+    if (system) frame.database = databaseOf(name);
     frame.returned = std::int64_t{0};
     const bool noCount = m_noCount;
+    const int transactions = m_transactions;
     const std::int64_t tables = temporary().lastId();
-    bindArguments(module, execute, frame);
+    bindArguments(module, execute, name.name, frame);
     try {
-        runFrame(module.body, frame);
+        if (system)
+            frame.returned = std::int64_t{(this->*system->body)(frame)};
+        else
+            runFrame(module.body, frame);
     } catch (const ScopeEnd&) {
         frame.returned = std::int64_t{-6};
     }
     m_noCount = noCount;  // what a procedure sets is its own
     dropTemporaryTables(tables);
     returnOutputs(module, execute, frame);
+    if (m_transactions != transactions)
+        afterError({266, 16, 2, m_line, frame.procedure,
+                    sqlError(266, {std::to_string(transactions), std::to_string(m_transactions)}).what()},
+                   true);
     done(-1);
 }
 
 const Argument* Executor::argumentOf(const Execute& execute, const CreateModule& module,
-                                     std::size_t parameter) const {
-    // The first two of sp_executesql are its text and its declarations.
-    const std::size_t skipped = sameWord(execute.procedure.name, "sp_executesql") ? 2 : 0;
+                                     std::size_t parameter, std::size_t skipped) const {
     for (const auto& argument : execute.arguments)
         if (!argument.name.empty() && sameWord(argument.name, module.parameters[parameter].name))
             return &argument;
@@ -222,13 +241,13 @@ const Argument* Executor::argumentOf(const Execute& execute, const CreateModule&
     return nullptr;
 }
 
-void Executor::bindArguments(const CreateModule& module, const Execute& execute, Frame& frame) {
-    const std::string name = execute.procedure.name;
-    const std::size_t skipped = sameWord(name, "sp_executesql") ? 2 : 0;
+void Executor::bindArguments(const CreateModule& module, const Execute& execute, const std::string& name,
+                             Frame& frame) {
+    const std::size_t skipped = frame.skippedArguments;
     std::size_t used = 0;
     for (std::size_t i = 0; i < module.parameters.size(); ++i) {
         const Parameter& parameter = module.parameters[i];
-        const Argument* argument = argumentOf(execute, module, i);
+        const Argument* argument = argumentOf(execute, module, i, frame.skippedArguments);
         const Expr* value = argument && argument->value ? argument->value.get() : parameter.byDefault.get();
         if (!value && m_describeOnly) {
             frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
@@ -247,7 +266,7 @@ void Executor::bindArguments(const CreateModule& module, const Execute& execute,
 
 void Executor::returnOutputs(const CreateModule& module, const Execute& execute, const Frame& frame) {
     for (std::size_t i = 0; i < module.parameters.size(); ++i) {
-        const Argument* argument = argumentOf(execute, module, i);
+        const Argument* argument = argumentOf(execute, module, i, frame.skippedArguments);
         if (!argument || !argument->output) continue;
         const Parameter& parameter = module.parameters[i];
         if (!parameter.output) throw sqlError(8162, {parameter.name});

@@ -114,7 +114,8 @@ const std::vector<Executor::Global>& Executor::globals() {
         {"@@options", simpleType(TypeId::Int), [](Self) { return number(5496); }},
         {"@@microsoftversion", simpleType(TypeId::Int), [](Self) { return number(0x0F0007D0); }},
         {"@@textsize", simpleType(TypeId::Int), [](Self) { return number(2147483647); }},
-        {"@@fetch_status", simpleType(TypeId::Int), [](Self) { return number(-1); }},
+        {"@@fetch_status", simpleType(TypeId::Int), [](Self self) { return number(self.m_fetchStatus); }},
+        {"@@cursor_rows", simpleType(TypeId::Int), [](Self self) { return number(self.m_cursorRows); }},
         {"@@max_connections", simpleType(TypeId::Int), [](Self) { return number(32767); }},
     };
     return table;
@@ -332,7 +333,9 @@ Value Executor::sessionValue(SessionFunction function, std::span<const CellView>
         case SessionFunction::IdentCurrent:
             return identityOf(textAt(arguments, 0));
         case SessionFunction::XactState:
-            return std::int64_t{m_transactions > 0};
+            return std::int64_t{m_doomed ? -1 : m_transactions > 0};
+        case SessionFunction::CursorStatus:
+            return cursorStatus(textAt(arguments, 0), textAt(arguments, 1));
         default:
             return errorFact(function);
     }

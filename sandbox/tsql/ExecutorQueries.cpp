@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "Atomic.h"
 #include "Executor.h"
 #include "Messages.h"
 #include "Text.h"
@@ -19,16 +20,16 @@ bool isCountError(const SqlError& error) {
     return error.number == 109 || error.number == 110 || error.number == 120 || error.number == 121;
 }
 
-// Collects what a procedure sends as rows of a table.
-class InsertingSink final : public ResultSink {
+// Keeps the rows from the client, and nothing else.
+class DivertingSink final : public ResultSink {
   public:
-    using RowConsumer = std::function<void(std::span<const Column>, std::span<const CellView>)>;
-    InsertingSink(ResultSink& outer, RowConsumer consume) : m_outer(outer), m_consume(std::move(consume)) {}
+    using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+    DivertingSink(ResultSink& outer, const RowTaker& take) : m_outer(outer), m_take(take) {}
 
     void columns(std::span<const Column> columns) override {
         m_columns.assign(columns.begin(), columns.end());
     }
-    void row(std::span<const CellView> cells) override { m_consume(m_columns, cells); }
+    void row(std::span<const CellView> cells) override { m_take(m_columns, cells); }
     void statementDone(std::int64_t, bool) override {}
     void message(const Message& message) override { m_outer.message(message); }
     void databaseChanged(std::string_view from, std::string_view to) override {
@@ -39,7 +40,7 @@ class InsertingSink final : public ResultSink {
 
   private:
     ResultSink& m_outer;
-    RowConsumer m_consume;
+    const RowTaker& m_take;
     std::vector<Column> m_columns;
 };
 
@@ -90,6 +91,16 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
         if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
     }
     return rows;
+}
+
+void Executor::divert(const RowTaker& take, const std::function<void()>& work) {
+    DivertingSink sink(*m_sink, take);
+    struct Diverted {
+        ResultSink*& place;
+        ResultSink* before;
+        ~Diverted() { place = before; }
+    } const diverted{m_sink, std::exchange(m_sink, &sink)};
+    work();
 }
 
 std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments) {
@@ -185,31 +196,24 @@ void Executor::insertExecuted(const TableInfo& target, const std::vector<const T
         std::vector<SqlType> types;
     };
     std::vector<CollectedRow> collected;  // the procedure may read the table that is filled
-    InsertingSink sink(*m_sink, [&](std::span<const Column> types, std::span<const CellView> cells) {
+    const auto take = [&](std::span<const Column> types, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(213);
         CollectedRow& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) {
             row.cells.push_back(ownedValue(cells[i]));
             row.types.push_back(types[i].type);
         }
-    });
-    ResultSink* const outer = std::exchange(m_sink, &sink);
-    struct Restore {
-        ResultSink*& place;
-        ResultSink* sink;
-        ~Restore() { place = sink; }
     };
-    {
-        const Restore restore{m_sink, outer};
-        run(std::get<Execute>(execute.node));
-    }
+    divert(take, [&] { run(std::get<Execute>(execute.node)); });
     m_verb = "INSERT";
     m_target = target;
     beforeWrite();
+    Atomic atomic(m_connection);
     for (const auto& row : collected) {
         Translator translator(*this);
         m_connection.run(translator.insertParameters(target, columns, row.types), row.cells);
     }
+    atomic.commit();
     m_rowCount = static_cast<std::int64_t>(collected.size());
     m_error = 0;
     m_verb.clear();

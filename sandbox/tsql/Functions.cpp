@@ -380,6 +380,7 @@ const FunctionInfo kFunctions[] = {
     {"error_line", 0, 0, "", kInt, "", writeSession<S::ErrorLine>},
     {"error_procedure", 0, 0, "", kName, "", writeSession<S::ErrorProcedure>},
     {"error_message", 0, 0, "", national<4000>, "", writeSession<S::ErrorMessage>},
+    {"cursor_status", 2, 2, "T", always<TypeId::SmallInt>, "", writeSession<S::CursorStatus>},
     {"xact_state", 0, 0, "", always<TypeId::SmallInt>, "", writeSession<S::XactState>},
     // aggregates
     {"count", 1, 1, "A", kInt, "count", writeCollated, kAggregate},

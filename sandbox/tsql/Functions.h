@@ -91,6 +91,7 @@ enum class SessionFunction {
     ErrorProcedure,      // nvarchar(128)
     ErrorMessage,        // nvarchar(4000)
     XactState,           // smallint
+    CursorStatus,        // smallint; scope, name
 };
 
 // What the session gives to the functions of its connection.

@@ -20,7 +20,7 @@ constexpr MessageText kMessages[] = {
     {135, 15, 1, "Cannot use a BREAK statement outside the scope of a WHILE statement."},
     {137, 15, 1, "Must declare the scalar variable \"%s\"."},
     {148, 15, 1, "Incorrect time syntax in time string '%s' used with WAITFOR."},
-    {154, 15, 1, "a USE database statement is not allowed in a procedure, function or trigger."},
+    {154, 15, 1, "%s is not allowed in %s."},
     {166, 15, 1,
      "'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name."},
     {191, 15, 1,
@@ -36,6 +36,9 @@ constexpr MessageText kMessages[] = {
     {226, 16, 6, "%s statement not allowed within multi-statement transaction."},
     {264, 16, 1,
      "The column name '%s' is specified more than once in the SET clause or column list of an INSERT."},
+    {266, 16, 2,
+     "Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. "
+     "Previous count = %s, current count = %s."},
     {313, 16, 1, "An insufficient number of arguments were supplied for the procedure or function %s."},
     {443, 16, 1, "Invalid use of a side-effecting operator within a function."},
     {512, 16, 1,
@@ -57,11 +60,19 @@ constexpr MessageText kMessages[] = {
     {1038, 15, 5,
      "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a "
      "name."},
+    {1048, 15, 1, "Conflicting cursor options %s and %s."},
     {1105, 17, 2, "Could not allocate space in database '%s': the disk is full."},
     {1205, 13, 1,
      "Transaction (Process ID %s) was deadlocked on lock resources with another process and has been chosen "
      "as the deadlock victim. Rerun the transaction."},
     {1222, 16, 1, "Lock request time out period exceeded."},
+    {1223, 16, 1,
+     "Cannot release the application lock (Database Principal: 'public', Resource: '%s') because it is not "
+     "currently held."},
+    {1225, 16, 1, "An invalid application lock mode was passed to %s."},
+    {1226, 16, 1, "An invalid application lock owner was passed to %s."},
+    {1228, 16, 1,
+     "An invalid parameter \"@DbPrincipal\" was passed to the application lock function or procedure %s."},
     {1801, 16, 3, "Database '%s' already exists. Choose a different database name."},
     {1802, 16, 1, "CREATE DATABASE failed. Some file names listed could not be created: %s"},
     {1911, 16, 1, "Column name '%s' does not exist in the target table or view."},
@@ -106,6 +117,15 @@ constexpr MessageText kMessages[] = {
     {3708, 16, 1, "Cannot drop the database '%s' because it is a system database."},
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
+    {3918, 16, 1, "The statement or function must be executed in the context of a user transaction."},
+    {3930, 16, 1,
+     "The current transaction cannot be committed and cannot support operations that write to the log file. "
+     "Roll back the transaction."},
+    {3931, 16, 1,
+     "The current transaction cannot be committed and cannot be rolled back to a savepoint. Roll back the "
+     "entire transaction."},
+    {3998, 16, 1,
+     "Uncommittable transaction is detected at the end of the batch. The transaction is rolled back."},
     {4060, 11, 1, "Cannot open database \"%s\" requested by the login. The login failed."},
     {4108, 15, 1, "Windowed functions can only appear in the SELECT or ORDER BY clauses."},
     {4112, 15, 1, "The function '%s' must have an OVER clause with ORDER BY."},
@@ -143,6 +163,16 @@ constexpr MessageText kMessages[] = {
     {10753, 15, 1, "The function '%s' must have an OVER clause."},
     {10756, 15, 1, "Window frame with ROWS or RANGE must have an ORDER BY clause."},
     {10759, 15, 1, "Use of DISTINCT is not allowed with the OVER clause."},
+    {15009, 16, 1, "The object '%s' does not exist in database '%s' or is invalid for this operation."},
+    {15197, 16, 1, "There is no text for object '%s'."},
+    {16905, 16, 1, "The cursor is already open."},
+    {16911, 16, 1, "fetch: The fetch type cannot be used with forward only cursors."},
+    {16915, 16, 1, "A cursor with the name '%s' already exists."},
+    {16916, 16, 1, "A cursor with the name '%s' does not exist."},
+    {16917, 16, 1, "Cursor is not open."},
+    {16922, 16, 1, "Cursor Fetch: Implicit conversion from data type %s to %s is not allowed."},
+    {16924, 16, 1,
+     "Cursorfetch: The number of variables declared in the INTO list must match that of selected columns."},
     {18054, 16, 1, "Error %s was raised, but no message with that error number was found in sys.messages."},
     {35100, 16, 1,
      "Error number in the THROW statement is outside the valid range. Specify an error number in the valid "
@@ -159,6 +189,7 @@ SqlError sqlError(int number, std::initializer_list<std::string_view> values, in
     std::string_view rest = found->text;
     for (const auto value : values) {
         const std::size_t at = std::min(rest.find("%s"), rest.size());
+        if (at == rest.size()) break;
         text.append(rest.substr(0, at)).append(value);
         rest.remove_prefix(std::min(at + 2, rest.size()));
     }

@@ -33,6 +33,10 @@ ast::ObjectName parseObjectName(std::string_view text) {
     return Parser(text, true).objectName();
 }
 
+SqlType parseType(std::string_view text) {
+    return Parser(text, true).type(TypeUse::Declaration);
+}
+
 Parser::Parser(std::string_view text, bool quotedIdentifiers)
     : m_tokens(tokenize(text)), m_quotedIdentifiers(quotedIdentifiers) {}
 

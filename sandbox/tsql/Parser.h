@@ -22,6 +22,7 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
 ast::ExprPtr parseExpression(std::string_view text);
 ast::ExprPtr parseCondition(std::string_view text);
 ast::ObjectName parseObjectName(std::string_view text);
+SqlType parseType(std::string_view text);
 
 class Parser {
   public:
@@ -31,6 +32,7 @@ class Parser {
     ast::ExprPtr expression();
     ast::ExprPtr condition();
     ast::ObjectName objectName();
+    SqlType type(TypeUse use);
 
   private:
     // ---- tokens (Parser.cpp)
@@ -45,7 +47,6 @@ class Parser {
     std::string expectName();
     std::string expectVariable();
     bool isString(const Token& token) const;
-    SqlType type(TypeUse use);
     std::vector<int> typeArguments();
     std::string textSince(const Token& first) const;
     [[noreturn]] void syntaxError() const;
@@ -130,6 +131,10 @@ class Parser {
     ast::Statement::Node parseStatementNode();
     ast::Block parseBlock();  // up to END
     ast::Statement::Node parseDeclare();
+    ast::Statement::Node parseDeclareCursor();
+    ast::Statement::Node parseChangeCursor();
+    ast::Statement::Node parseFetch();
+    ast::CursorName parseCursorName();
     ast::Statement::Node parseSet();
     ast::Statement::Node parseSetOption();
     ast::Statement::Node parseIf();

@@ -58,6 +58,7 @@ Statement::Node Parser::parseUpdate() {
     node.sets = list([this] { return parseSetClause(); });
     if (at("OUTPUT")) unsupported("the OUTPUT clause");
     if (accept("FROM")) node.from = parseFrom();
+    if (at("WHERE") && at("CURRENT", 1)) unsupported("WHERE CURRENT OF");
     if (accept("WHERE")) node.where = condition();
     return node;
 }
@@ -72,7 +73,7 @@ Statement::Node Parser::parseDelete() {
     parseTableHints();
     if (at("OUTPUT")) unsupported("the OUTPUT clause");
     if (accept("FROM")) node.from = parseFrom();
-    if (at("WHERE") && at("CURRENT", 1)) unsupported("cursors");
+    if (at("WHERE") && at("CURRENT", 1)) unsupported("WHERE CURRENT OF");
     if (accept("WHERE")) node.where = condition();
     return node;
 }

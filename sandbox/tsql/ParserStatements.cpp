@@ -27,10 +27,6 @@ constexpr AssignmentSymbol kAssignments[] = {
 constexpr std::pair<std::string_view, std::string_view> kUnsupported[] = {
     {"MERGE", "MERGE"},
     {"GOTO", "GOTO"},
-    {"OPEN", "cursors"},
-    {"FETCH", "cursors"},
-    {"CLOSE", "cursors"},
-    {"DEALLOCATE", "cursors"},
     {"DBCC", "DBCC"},
     {"GRANT", "GRANT"},
     {"REVOKE", "REVOKE"},
@@ -72,6 +68,10 @@ Statement::Node Parser::parseStatementNode() {
     static constexpr std::pair<std::string_view, Production> kProductions[] = {
         {"DECLARE", &Parser::parseDeclare},
         {"SET", &Parser::parseSet},
+        {"OPEN", &Parser::parseChangeCursor},
+        {"CLOSE", &Parser::parseChangeCursor},
+        {"DEALLOCATE", &Parser::parseChangeCursor},
+        {"FETCH", &Parser::parseFetch},
         {"IF", &Parser::parseIf},
         {"WHILE", &Parser::parseWhile},
         {"BEGIN", &Parser::parseBegin},
@@ -125,11 +125,12 @@ std::optional<BinaryOp> Parser::parseAssignmentOperator() {
 
 Statement::Node Parser::parseDeclare() {
     take();
-    if (atName() && at("CURSOR", 1)) unsupported("cursors");
+    if (atName()) return parseDeclareCursor();
     return Declare{list([this] {
         if (peek().kind != TokenKind::Variable) syntaxError();
         const Token& name = take();
         accept("AS");
+        if (at("CURSOR")) unsupported("cursor variables");
         if (at("TABLE")) unsupported("table variables");
         Declaration declaration{std::string(name.raw), type(TypeUse::Declaration), nullptr};
         if (accept("=")) declaration.value = expression();
@@ -145,8 +146,71 @@ Statement::Node Parser::parseSet() {
     Assign assign;
     assign.name = expectVariable();
     assign.op = parseAssignmentOperator();
+    if (at("CURSOR")) unsupported("cursor variables");
     assign.value = expression();
     return assign;
+}
+
+// Rows are read when the cursor is opened: what would follow later changes is refused.
+Statement::Node Parser::parseDeclareCursor() {
+    DeclareCursor node{expectName(), nullptr};
+    node.counted = accept("INSENSITIVE");
+    node.scroll = accept("SCROLL");
+    expect("CURSOR");
+    bool forward = false;
+    while (!accept("FOR")) {
+        for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
+            if (at(word)) unsupported(std::string(word) + " cursors");
+        if (accept("LOCAL"))
+            node.local = true;
+        else if (accept("STATIC"))
+            node.counted = true;
+        else if (accept("SCROLL"))
+            node.scroll = true;
+        else if (accept("FORWARD_ONLY") || accept("FAST_FORWARD"))
+            forward = true;
+        else if (!accept("GLOBAL") && !accept("READ_ONLY") && !accept("TYPE_WARNING"))
+            syntaxError();
+    }
+    if (forward && node.scroll) throw SyntaxError(sqlError(1048, {"FORWARD_ONLY", "SCROLL"}), peek().line);
+    node.scroll = node.scroll || (node.counted && !forward);
+    node.query = parseQuery();
+    if (at("FOR") && at("UPDATE", 1)) unsupported("FOR UPDATE of a cursor");
+    if (accept("FOR") && !acceptAll({"READ", "ONLY"})) syntaxError();
+    return node;
+}
+
+CursorName Parser::parseCursorName() {
+    if (peek().kind == TokenKind::Variable) unsupported("cursor variables");
+    const bool global = at("GLOBAL") && atName(1) && accept("GLOBAL");
+    return {expectName(), global};
+}
+
+Statement::Node Parser::parseChangeCursor() {
+    if (accept("OPEN")) return ChangeCursor{CursorVerb::Open, parseCursorName()};
+    if (accept("CLOSE")) return ChangeCursor{CursorVerb::Close, parseCursorName()};
+    take();
+    return ChangeCursor{CursorVerb::Deallocate, parseCursorName()};
+}
+
+Statement::Node Parser::parseFetch() {
+    take();
+    Fetch node;
+    constexpr std::string_view kWords[] = {"NEXT", "PRIOR", "FIRST", "LAST", "ABSOLUTE", "RELATIVE"};
+    for (std::size_t i = 0; i < std::size(kWords); ++i) {
+        const auto from = static_cast<FetchFrom>(i);
+        const bool counted = from >= FetchFrom::Absolute;
+        if (!at(kWords[i]) || !(counted || at("FROM", 1))) continue;
+        take();
+        node.from = from;
+        if (counted) node.offset = parseUnary();
+        if (!at("FROM")) syntaxError();
+        break;
+    }
+    accept("FROM");
+    node.cursor = parseCursorName();
+    if (accept("INTO")) node.into = list([this] { return expectVariable(); });
+    return node;
 }
 
 Statement::Node Parser::parseSetOption() {
@@ -264,9 +328,9 @@ Statement::Node Parser::parseThrow() {
 
 Statement::Node Parser::parseWaitFor() {
     take();
-    if (at("TIME")) unsupported("WAITFOR TIME");
-    expect("DELAY");
-    return WaitFor{expression()};
+    const bool until = accept("TIME");
+    if (!until) expect("DELAY");
+    return WaitFor{expression(), until};
 }
 
 Statement::Node Parser::parseExecute() {
@@ -282,8 +346,10 @@ Statement::Node Parser::parseExecute() {
         node.resultVariable = expectVariable();
         take();
     }
-    if (peek().kind == TokenKind::Variable) unsupported("EXECUTE with the procedure's name in a variable");
-    node.procedure = objectName();
+    if (peek().kind == TokenKind::Variable)
+        node.procedureVariable = expectVariable();
+    else
+        node.procedure = objectName();
     const Token& token = peek();
     const bool argument = isString(token) || atName() || at("-") || at("NULL") || at("DEFAULT") || at("ON") ||
                           token.kind == TokenKind::Variable || token.kind == TokenKind::Global ||
@@ -313,7 +379,7 @@ Argument Parser::parseArgument() {
 }
 
 Statement::Node Parser::parseTransaction() {
-    Transaction node{TransactionVerb::Begin, {}};
+    Transaction node{TransactionVerb::Begin, {}, {}};
     if (accept("COMMIT"))
         node.verb = TransactionVerb::Commit;
     else if (accept("ROLLBACK"))
@@ -326,9 +392,12 @@ Statement::Node Parser::parseTransaction() {
         accept("WORK");
         return node;
     }
-    if (peek().kind == TokenKind::Variable) unsupported("a transaction's name in a variable");
-    if (atName()) node.name = expectName();
-    if (node.verb == TransactionVerb::Save && node.name.empty()) syntaxError();
+    if (peek().kind == TokenKind::Variable)
+        node.variable = expectVariable();
+    else if (atName())
+        node.name = expectName();
+    else if (node.verb == TransactionVerb::Save)
+        syntaxError();
     return node;
 }
 

@@ -101,51 +101,73 @@ void singleFinal(sqlite3_context* context) {
 }
 
 // What the system's views tell of a type, given by its code.
-template <typename Fact>
-void typeFact(sqlite3_context* context, sqlite3_value** arguments, Fact fact) {
-    guarded(context, [&] { return Value(fact(decodeType(sqlite3_value_int64(arguments[0])))); });
+using TypeFact = Value (*)(const SqlType&);
+void typeFact(sqlite3_context* context, int, sqlite3_value** arguments) {
+    const TypeFact fact = *static_cast<const TypeFact*>(sqlite3_user_data(context));
+    std::visit(ResultSetter{context}, fact(decodeType(sqlite3_value_int64(arguments[0]))));
 }
 
-void typeName(sqlite3_context* context, int, sqlite3_value** arguments) {
-    typeFact(context, arguments, [](const SqlType& type) { return std::string(baseName(type.id)); });
+// sys.types.system_type_id, in the order of TypeId.
+constexpr int kSystemTypeIds[] = {104, 48, 52,  56, 127, 106, 122, 60, 59, 62, 175, 167, 239, 231,
+                                  35,  99, 241, 40, 41,  61,  58,  42, 43, 36, 173, 165, 34};
+
+std::string familyOf(const SqlType& type) {
+    return isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
+           : isText(type.id)     ? "t"
+           : isDateTime(type.id) ? "d"
+                                 : "";
 }
 
-void typeLength(sqlite3_context* context, int, sqlite3_value** arguments) {
-    typeFact(context, arguments, [](const SqlType& type) { return std::int64_t{maxLength(type)}; });
+Value charactersOf(const SqlType& type) {
+    constexpr std::int64_t kLongest = 2'147'483'647;
+    if (!isText(type.id) && !isBinary(type.id)) return Null{};
+    if (type.id == TypeId::Text || type.id == TypeId::Image) return kLongest;
+    if (type.id == TypeId::NText) return kLongest / 2;
+    return std::int64_t{type.id == TypeId::Xml ? SqlType::kMax : type.length};
 }
 
-void typeCharacters(sqlite3_context* context, int, sqlite3_value** arguments) {
-    typeFact(context, arguments, [](const SqlType& type) {
-        return isText(type.id) || isBinary(type.id) ? Value(std::int64_t{type.length}) : Value(Null{});
-    });
-}
-
-void typePrecision(sqlite3_context* context, int, sqlite3_value** arguments) {
-    typeFact(context, arguments, [](const SqlType& type) {
-        return isExact(type.id) ? Value(std::int64_t{precisionOf(type)}) : Value(Null{});
-    });
-}
-
-void typeScale(sqlite3_context* context, int, sqlite3_value** arguments) {
-    typeFact(context, arguments, [](const SqlType& type) {
-        return isExact(type.id) ? Value(std::int64_t{type.scale}) : Value(Null{});
-    });
+// What sys.columns has as precision: of a date or time, the characters of its text.
+std::int64_t digitsOf(const SqlType& type) {
+    constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kZone = 7, kReal = 24, kFloat = 53;
+    const int point = type.scale ? type.scale + 1 : 0;
+    switch (type.id) {
+        case TypeId::Date:
+            return kDate;
+        case TypeId::Time:
+            return kSeconds - kDate - 1 + point;
+        case TypeId::SmallDateTime:
+            return kMinutes;
+        case TypeId::DateTime:
+        case TypeId::DateTime2:
+            return kSeconds + point;
+        case TypeId::DateTimeOffset:
+            return kSeconds + point + kZone;
+        case TypeId::Real:
+            return kReal;
+        case TypeId::Float:
+            return kFloat;
+        default:
+            return isExact(type.id) ? precisionOf(type) : 0;
+    }
 }
 
 }  // namespace
 
 void registerSessionFunctions(sqlite3* connection, Executor& executor) {
     constexpr int kFlags = SQLITE_UTF8;
-    constexpr std::pair<const char*, void (*)(sqlite3_context*, int, sqlite3_value**)> kTypeFacts[] = {
-        {"ts_type_name", typeName},
-        {"ts_type_length", typeLength},
-        {"ts_type_characters", typeCharacters},
-        {"ts_type_precision", typePrecision},
-        {"ts_type_scale", typeScale},
+    static constexpr std::pair<const char*, TypeFact> kTypeFacts[] = {
+        {"ts_type_name", [](const SqlType& type) { return Value(std::string(baseName(type.id))); }},
+        {"ts_type_id",
+         [](const SqlType& type) { return Value(std::int64_t{kSystemTypeIds[static_cast<int>(type.id)]}); }},
+        {"ts_type_family", [](const SqlType& type) { return Value(familyOf(type)); }},
+        {"ts_type_length", [](const SqlType& type) { return Value(std::int64_t{maxLength(type)}); }},
+        {"ts_type_characters", charactersOf},
+        {"ts_type_precision", [](const SqlType& type) { return Value(digitsOf(type)); }},
+        {"ts_type_scale", [](const SqlType& type) { return Value(std::int64_t{type.scale}); }},
     };
     for (const auto& [name, fact] : kTypeFacts)
-        sqlite3_create_function_v2(connection, name, 1, kFlags | SQLITE_DETERMINISTIC, &executor, fact,
-                                   nullptr, nullptr, nullptr);
+        sqlite3_create_function_v2(connection, name, 1, kFlags | SQLITE_DETERMINISTIC,
+                                   const_cast<TypeFact*>(&fact), typeFact, nullptr, nullptr, nullptr);
     sqlite3_create_function_v2(connection, "ts_variable", 1, kFlags, &executor, variable, nullptr, nullptr,
                                nullptr);
     sqlite3_create_function_v2(connection, "ts_call", -1, kFlags, &executor, call, nullptr, nullptr, nullptr);

@@ -2,197 +2,198 @@
 #include <algorithm>
 
 #include "Catalogue.h"
-#include "Lexer.h"
+#include "Parser.h"
 #include "Text.h"
 
 namespace tsql {
 namespace {
 
-const SqlType kName = nvarcharType(128);
-const SqlType kInt = simpleType(TypeId::Int);
-const SqlType kBit = simpleType(TypeId::Bit);
-const SqlType kSmall = simpleType(TypeId::SmallInt);
-const SqlType kTiny = simpleType(TypeId::TinyInt);
-const SqlType kDate = simpleType(TypeId::DateTime);
-const SqlType kText = nvarcharType(SqlType::kMax);
-const SqlType kKind{TypeId::Char, 2, 0, 0};
-const SqlType kWord = varcharType(30);
-
-// In `query`, $o and $c are the tables of the catalogue, $d the database's name, $L the list of databases.
-// Its columns are the view's, in their order.
-struct View {
-    std::string_view schema;
-    std::string_view name;
-    std::string_view query;
-    std::vector<TableColumn> columns;
+// A view's columns as "name type = expression; ..." and what they are read from. Marks that stand for more:
+//   $o, $c  the catalogue's tables     $d  the database's name      $L  the list of databases (name, id)
+//   $s      the schema in SQLite       $T  the list of types (type) $C  the collation's name
+//   $OBJECT, $TYPE, $NAMED, $KIND: the texts below
+// A view without a schema is found in sys, in dbo and by its name alone.
+struct ViewText {
+    std::string_view schema, name, columns, from;
 };
 
-#define TYPE_FACTS \
-    "ts_type_name(c.type), ts_type_length(c.type), ts_type_precision(c.type), ts_type_scale(c.type)"
+constexpr std::pair<std::string_view, std::string_view> kFragments[] = {
+    {"$OBJECT",
+     "name sysname = o.name; object_id int = o.id; principal_id int = NULL; schema_id int = 1; "
+     "parent_object_id "
+     "int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime = "
+     "o.created; "
+     "modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0; is_schema_published bit "
+     "= "
+     "0"},
+    {"$KIND",
+     "CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE' WHEN "
+     "'FN' "
+     "THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN "
+     "'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' "
+     "WHEN "
+     "'D' THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END"},
+    {"$TYPE",
+     "system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length "
+     "smallint = "
+     "ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint = "
+     "ts_type_scale(c.type)"},
+    {"$NAMED",
+     "DATA_TYPE sysname = ts_type_name(c.type); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type); "
+     "CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN "
+     "ts_type_characters(c.type) IS NOT NULL THEN "
+     "ts_type_length(c.type) "
+     "END; NUMERIC_PRECISION tinyint = CASE ts_type_family(c.type) WHEN 'd' THEN NULL ELSE "
+     "nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int = CASE ts_type_family(c.type) WHEN 'n' "
+     "THEN "
+     "ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE ts_type_family(c.type) WHEN 'd' THEN "
+     "ts_type_scale(c.type) END"},
+};
 
-const std::vector<View>& views() {
-    static const std::vector<View> table = {
-        {"sys",
-         "databases",
-         "SELECT name, id, 0, 'ONLINE', 0, 150 FROM $L",
-         {{"name", kName},
-          {"database_id", kInt},
-          {"state", kTiny},
-          {"state_desc", kName},
-          {"is_read_only", kBit},
-          {"compatibility_level", kTiny}}},
-        {"",
-         "sysdatabases",
-         "SELECT name, id, 0 FROM $L",
-         {{"name", kName}, {"dbid", kSmall}, {"status", kInt}}},
-        {"",
-         "sysobjects",
-         "SELECT name, id, type, type, 1, parent, created FROM $o WHERE type <> 'IX'",
-         {{"name", kName},
-          {"id", kInt},
-          {"xtype", kKind},
-          {"type", kKind},
-          {"uid", kSmall},
-          {"parent_obj", kInt},
-          {"crdate", kDate}}},
-        {"sys",
-         "objects",
-         "SELECT name, id, 1, parent, type, CASE type WHEN 'U' THEN 'USER_TABLE' WHEN 'P' THEN "
-         "'SQL_STORED_PROCEDURE' "
-         "WHEN 'V' THEN 'VIEW' WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN "
-         "'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN "
-         "'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END, created "
-         "FROM $o WHERE type <> 'IX'",
-         {{"name", kName},
-          {"object_id", kInt},
-          {"schema_id", kInt},
-          {"parent_object_id", kInt},
-          {"type", kKind},
-          {"type_desc", kName},
-          {"create_date", kDate}}},
-        {"sys",
-         "tables",
-         "SELECT name, id, 1, type, created FROM $o WHERE type = 'U'",
-         {{"name", kName},
-          {"object_id", kInt},
-          {"schema_id", kInt},
-          {"type", kKind},
-          {"create_date", kDate}}},
-        {"sys",
-         "views",
-         "SELECT name, id, 1, type, created FROM $o WHERE type = 'V'",
-         {{"name", kName},
-          {"object_id", kInt},
-          {"schema_id", kInt},
-          {"type", kKind},
-          {"create_date", kDate}}},
-        {"sys",
-         "procedures",
-         "SELECT name, id, 1, type, created FROM $o WHERE type = 'P'",
-         {{"name", kName},
-          {"object_id", kInt},
-          {"schema_id", kInt},
-          {"type", kKind},
-          {"create_date", kDate}}},
-        {"sys",
-         "indexes",
-         "SELECT name, parent, 2, id, type = 'PK' FROM $o WHERE type IN ('IX', 'PK', 'UQ')",
-         {{"name", kName},
-          {"object_id", kInt},
-          {"type", kTiny},
-          {"index_id", kInt},
-          {"is_primary_key", kBit}}},
-        {"",
-         "sysindexes",
-         "SELECT name, parent, id FROM $o WHERE type IN ('IX', 'PK', 'UQ')",
-         {{"name", kName}, {"id", kInt}, {"indid", kInt}}},
-        {"sys", "schemas", "SELECT 'dbo', 1", {{"name", kName}, {"schema_id", kInt}}},
-        {"sys",
-         "columns",
-         "SELECT c.object, c.name, c.ordinal, " TYPE_FACTS
-         ", c.nullable, c.identity FROM $c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')",
-         {{"object_id", kInt},
-          {"name", kName},
-          {"column_id", kInt},
-          {"system_type_name", kName},
-          {"max_length", kSmall},
-          {"precision", kTiny},
-          {"scale", kTiny},
-          {"is_nullable", kBit},
-          {"is_identity", kBit}}},
-        {"",
-         "syscolumns",
-         "SELECT c.name, c.object, c.ordinal, ts_type_length(c.type), c.nullable FROM $c c",
-         {{"name", kName}, {"id", kInt}, {"colid", kSmall}, {"length", kSmall}, {"isnullable", kInt}}},
-        {"sys",
-         "sql_modules",
-         "SELECT id, source FROM $o WHERE source <> ''",
-         {{"object_id", kInt}, {"definition", kText}}},
-        {"",
-         "syscomments",
-         "SELECT id, 1, source FROM $o WHERE source <> ''",
-         {{"id", kInt}, {"colid", kSmall}, {"text", kText}}},
-        {"INFORMATION_SCHEMA",
-         "TABLES",
-         "SELECT $d, 'dbo', name, CASE type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END FROM $o WHERE type IN "
-         "('U', 'V')",
-         {{"TABLE_CATALOG", kName}, {"TABLE_SCHEMA", kName}, {"TABLE_NAME", kName}, {"TABLE_TYPE", kWord}}},
-        {"INFORMATION_SCHEMA",
-         "VIEWS",
-         "SELECT $d, 'dbo', name, source FROM $o WHERE type = 'V'",
-         {{"TABLE_CATALOG", kName},
-          {"TABLE_SCHEMA", kName},
-          {"TABLE_NAME", kName},
-          {"VIEW_DEFINITION", kText}}},
-        {"INFORMATION_SCHEMA",
-         "COLUMNS",
-         "SELECT $d, 'dbo', o.name, c.name, c.ordinal, nullif(c.fallback, ''), "
-         "CASE c.nullable WHEN 1 THEN 'YES' ELSE 'NO' END, ts_type_name(c.type), ts_type_characters(c.type), "
-         "ts_type_precision(c.type), ts_type_scale(c.type) FROM $c c JOIN $o o ON o.id = c.object WHERE "
-         "o.type IN ('U', 'V')",
-         {{"TABLE_CATALOG", kName},
-          {"TABLE_SCHEMA", kName},
-          {"TABLE_NAME", kName},
-          {"COLUMN_NAME", kName},
-          {"ORDINAL_POSITION", kInt},
-          {"COLUMN_DEFAULT", kText},
-          {"IS_NULLABLE", kWord},
-          {"DATA_TYPE", kName},
-          {"CHARACTER_MAXIMUM_LENGTH", kInt},
-          {"NUMERIC_PRECISION", kTiny},
-          {"NUMERIC_SCALE", kInt}}},
-        {"INFORMATION_SCHEMA",
-         "ROUTINES",
-         "SELECT $d, 'dbo', name, $d, 'dbo', name, CASE type WHEN 'P' THEN 'PROCEDURE' ELSE 'FUNCTION' END, "
-         "source, "
-         "created FROM $o WHERE type IN ('P', 'FN', 'IF')",
-         {{"SPECIFIC_CATALOG", kName},
-          {"SPECIFIC_SCHEMA", kName},
-          {"SPECIFIC_NAME", kName},
-          {"ROUTINE_CATALOG", kName},
-          {"ROUTINE_SCHEMA", kName},
-          {"ROUTINE_NAME", kName},
-          {"ROUTINE_TYPE", kWord},
-          {"ROUTINE_DEFINITION", kText},
-          {"CREATED", kDate}}},
-        {"INFORMATION_SCHEMA",
-         "PARAMETERS",
-         "SELECT $d, 'dbo', o.name, c.ordinal - (o.type = 'FN'), "
-         "CASE WHEN c.output = 1 THEN CASE c.name WHEN '' THEN 'OUT' ELSE 'INOUT' END ELSE 'IN' END, c.name, "
-         "ts_type_name(c.type), ts_type_characters(c.type), ts_type_precision(c.type), ts_type_scale(c.type) "
-         "FROM $c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')",
-         {{"SPECIFIC_CATALOG", kName},
-          {"SPECIFIC_SCHEMA", kName},
-          {"SPECIFIC_NAME", kName},
-          {"ORDINAL_POSITION", kInt},
-          {"PARAMETER_MODE", kWord},
-          {"PARAMETER_NAME", kName},
-          {"DATA_TYPE", kName},
-          {"CHARACTER_MAXIMUM_LENGTH", kInt},
-          {"NUMERIC_PRECISION", kTiny},
-          {"NUMERIC_SCALE", kInt}}},
-    };
-    return table;
+constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V')";
+constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF')";
+constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
+constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
+
+constexpr ViewText kViews[] = {
+    {"sys", "databases",
+     "name sysname = name; database_id int = id; source_database_id int = NULL; owner_sid varbinary(85) = "
+     "x'01'; "
+     "create_date datetime = '2003-04-08 09:13:36.390'; compatibility_level tinyint = 150; collation_name "
+     "sysname "
+     "= '$C'; user_access tinyint = 0; user_access_desc nvarchar(60) = 'MULTI_USER'; is_read_only bit = 0; "
+     "is_auto_close_on bit = 0; is_auto_shrink_on bit = 0; state tinyint = 0; state_desc nvarchar(60) = "
+     "'ONLINE'; "
+     "is_in_standby bit = 0; recovery_model tinyint = 3; recovery_model_desc nvarchar(60) = 'SIMPLE'",
+     "$L"},
+    {"", "sysdatabases", "name sysname = name; dbid smallint = id; status int = 0; cmptlevel tinyint = 150",
+     "$L"},
+    {"", "sysobjects",
+     "name sysname = o.name; id int = o.id; xtype char(2) = o.type; uid smallint = 1; parent_obj int = "
+     "o.parent; "
+     "crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K' ELSE "
+     "o.type "
+     "END",
+     "$o o WHERE o.type <> 'IX'"},
+    {"sys", "objects", "$OBJECT", "$o o WHERE o.type <> 'IX'"},
+    {"sys", "tables",
+     "$OBJECT; max_column_id_used int = (SELECT max(ordinal) FROM $c c WHERE c.object = o.id)",
+     "$o o WHERE o.type = 'U'"},
+    {"sys", "views", "$OBJECT", "$o o WHERE o.type = 'V'"},
+    {"sys", "procedures", "$OBJECT", "$o o WHERE o.type = 'P'"},
+    {"sys", "key_constraints", "$OBJECT", "$o o WHERE o.type IN ('PK', 'UQ')"},
+    {"sys", "check_constraints", "$OBJECT; definition nvarchar(max) = o.source", "$o o WHERE o.type = 'C'"},
+    {"sys", "default_constraints",
+     "$OBJECT; parent_column_id int = c.ordinal; definition nvarchar(max) = '(' || c.fallback || ')'",
+     "$o o JOIN $c c ON c.object = o.parent AND c.name = o.keys WHERE o.type = 'D'"},
+    {"sys", "foreign_keys", "$OBJECT; referenced_object_id int = r.id",
+     "$o o JOIN $o r ON r.name = o.stored AND r.type = 'U' WHERE o.type = 'F'"},
+    {"sys", "indexes",
+     "object_id int = o.parent; name sysname = o.name; index_id int = CASE o.type WHEN 'PK' THEN 1 ELSE 1 + "
+     "(SELECT "
+     "count(*) FROM $o p WHERE p.parent = o.parent AND p.type IN ('IX', 'UQ') AND p.id <= o.id) END; type "
+     "tinyint = "
+     "CASE o.type WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN "
+     "'CLUSTERED' ELSE "
+     "'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR EXISTS (SELECT 1 FROM pragma_index_list((SELECT "
+     "stored "
+     "FROM $o t WHERE t.id = o.parent), $s) p WHERE p.name = o.name || '@' || o.parent AND p.\"unique\"); "
+     "is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0",
+     kIndexes},
+    {"sys", "index_columns",
+     "object_id int = o.parent; index_id int = CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM "
+     "$o p "
+     "WHERE p.parent = o.parent AND p.type IN ('IX', 'UQ') AND p.id <= o.id) END; index_column_id int = "
+     "k.key + 1; "
+     "column_id int = c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0",
+     "$o o JOIN json_each('[\"' || replace(replace(o.keys, '\"', '\\\"'), ', ', '\",\"') || '\"]') k JOIN $c "
+     "c ON "
+     "c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ')"},
+    {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = o.id", kIndexes},
+    {"sys", "schemas", "name sysname = s.column1; schema_id int = s.column2; principal_id int = s.column2",
+     "(VALUES ('dbo', 1), ('INFORMATION_SCHEMA', 3), ('sys', 4)) s"},
+    {"sys", "types",
+     "name sysname = ts_type_name(c.type); $TYPE; schema_id int = 4; collation_name sysname = CASE "
+     "ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defined bit = 0",
+     "$T c"},
+    {"sys", "columns",
+     "object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name "
+     "sysname = "
+     "CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit = "
+     "c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type "
+     "= 'D' "
+     "AND d.parent = c.object AND d.keys = c.name), 0)",
+     kAllColumns},
+    {"", "syscolumns",
+     "name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint = "
+     "ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable",
+     "$c c"},
+    {"sys", "parameters",
+     "object_id int = c.object; name sysname = c.name; parameter_id int = c.ordinal - (o.type = 'FN'); "
+     "$TYPE; "
+     "is_output bit = c.output",
+     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
+    {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
+    {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
+    {"INFORMATION_SCHEMA", "TABLES",
+     "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name; TABLE_TYPE "
+     "varchar(10) "
+     "= CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
+     "$o o WHERE o.type IN ('U', 'V')"},
+    {"INFORMATION_SCHEMA", "VIEWS",
+     "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name; VIEW_DEFINITION "
+     "nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE varchar(2) = 'NO'",
+     "$o o WHERE o.type = 'V'"},
+    {"INFORMATION_SCHEMA", "COLUMNS",
+     "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name; COLUMN_NAME "
+     "sysname = "
+     "c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT nvarchar(4000) = '(' || nullif(c.fallback, "
+     "'') || "
+     "')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN 'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME "
+     "sysname "
+     "= CASE ts_type_family(c.type) WHEN 't' THEN '$C' END",
+     kAllColumns},
+    {"INFORMATION_SCHEMA", "ROUTINES",
+     "SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = 'dbo'; SPECIFIC_NAME sysname = o.name; "
+     "ROUTINE_CATALOG sysname = $d; ROUTINE_SCHEMA sysname = 'dbo'; ROUTINE_NAME sysname = o.name; "
+     "ROUTINE_TYPE "
+     "nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = "
+     "'SQL'; "
+     "ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime = o.created; LAST_ALTERED datetime = "
+     "o.created",
+     kRoutines},
+    {"INFORMATION_SCHEMA", "PARAMETERS",
+     "SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = 'dbo'; SPECIFIC_NAME sysname = o.name; "
+     "ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output = "
+     "0 THEN "
+     "'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN "
+     "'YES' "
+     "ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED",
+     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
+};
+
+void replaceAll(std::string& text, std::string_view mark, std::string_view value) {
+    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
+        text.replace(at, mark.size(), value);
+}
+
+// The view's columns, and its query with the marks of databases still in it.
+SystemView read(const ViewText& view) {
+    std::string text(view.columns);
+    for (const auto& [mark, fragment] : kFragments) replaceAll(text, mark, fragment);
+    SystemView read;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view item = trimmed(rest.substr(0, rest.find("; ")));
+        rest.remove_prefix(
+            std::min(rest.size(), rest.find("; ") == rest.npos ? rest.size() : rest.find("; ") + 2));
+        const std::size_t name = item.find(' '), value = item.find(" = ");
+        read.columns.push_back(
+            {std::string(item.substr(0, name)), parseType(item.substr(name + 1, value - name - 1))});
+        read.sql += (read.sql.empty() ? "SELECT " : ", ") + std::string(item.substr(value + 3)) + " AS " +
+                    quotedName(read.columns.back().name);
+    }
+    read.sql += " FROM " + std::string(view.from);
+    return read;
 }
 
 std::string databaseList(const Storage& storage) {
@@ -203,9 +204,21 @@ std::string databaseList(const Storage& storage) {
     return "(" + rows + ")";
 }
 
-void replaceAll(std::string& text, std::string_view mark, const std::string& value) {
-    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
-        text.replace(at, mark.size(), value);
+// Each type at its widest.
+std::string typeList() {
+    constexpr int kDigits = 38, kBytes = 8000;
+    std::string rows;
+    for (int id = 0; id <= static_cast<int>(TypeId::Image); ++id) {
+        SqlType type = simpleType(static_cast<TypeId>(id));
+        if (type.id == TypeId::Decimal) type.precision = type.scale = kDigits;
+        const bool bounded =
+            type.id < TypeId::Text || type.id == TypeId::Binary || type.id == TypeId::VarBinary;
+        if (bounded && (isText(type.id) || isBinary(type.id)))
+            type.length = isNational(type.id) ? kBytes / 2 : kBytes;
+        rows +=
+            (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(encodeType(type)) + " AS type";
+    }
+    return "(" + rows + ")";
 }
 
 }  // namespace
@@ -213,22 +226,18 @@ void replaceAll(std::string& text, std::string_view mark, const std::string& val
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage) {
-    const bool legacy = schema.empty() || sameWord(schema, "dbo");
-    for (const auto& view : views()) {
-        if (!sameWord(view.name, name)) continue;
-        if (!(sameWord(view.schema, schema) || (view.schema.empty() && (legacy || sameWord(schema, "sys")))))
+    const bool legacy = schema.empty() || sameWord(schema, "dbo") || sameWord(schema, "sys");
+    for (const auto& view : kViews) {
+        if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
             continue;
-        std::string sql(view.query);
-        replaceAll(sql, "$o", std::string(sqliteSchema) + ".tsqlbox_objects");
-        replaceAll(sql, "$c", std::string(sqliteSchema) + ".tsqlbox_columns");
-        replaceAll(sql, "$d", quotedText(database));
-        replaceAll(sql, "$L", databaseList(storage));
-        SystemView found{{}, view.columns};
-        // A common table gives the columns the names by which they are asked for.
-        std::string names;
-        for (const auto& column : view.columns)
-            names += (names.empty() ? "" : ", ") + quotedName(column.name);
-        found.sql = "WITH facts(" + names + ") AS (" + sql + ") SELECT * FROM facts";
+        SystemView found = read(view);
+        replaceAll(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
+        replaceAll(found.sql, "$T", typeList());
+        replaceAll(found.sql, "$o", std::string(sqliteSchema) + ".tsqlbox_objects");
+        replaceAll(found.sql, "$c", std::string(sqliteSchema) + ".tsqlbox_columns");
+        replaceAll(found.sql, "$d", quotedText(database));
+        replaceAll(found.sql, "$s", quotedText(databaseKey(database)));
+        replaceAll(found.sql, "$C", "SQL_Latin1_General_CP1_CI_AS");
         return found;
     }
     return std::nullopt;

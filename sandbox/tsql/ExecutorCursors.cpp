@@ -1,0 +1,143 @@
+// Cursors: DECLARE, OPEN, FETCH, CLOSE, DEALLOCATE.
+#include <algorithm>
+
+#include "Executor.h"
+#include "Messages.h"
+#include "Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::size_t kMostRows = 1'000'000;  // they are held in memory
+
+std::int64_t target(const Cursor& cursor, FetchFrom from, std::int64_t offset) {
+    const auto rows = static_cast<std::int64_t>(cursor.rows.size());
+    switch (from) {
+        case FetchFrom::Next:
+            return cursor.at + 1;
+        case FetchFrom::Prior:
+            return cursor.at - 1;
+        case FetchFrom::First:
+            return 1;
+        case FetchFrom::Last:
+            return rows;
+        case FetchFrom::Absolute:
+            return offset < 0 ? rows + 1 + offset : offset;
+        default:
+            return cursor.at + offset;
+    }
+}
+
+}  // namespace
+
+// The cursors that a name stands for one of: the innermost frame's, or the session's; null without it.
+Cursors* Executor::cursorsWith(const std::string& name, bool global) {
+    Cursors& local = m_frames.back()->cursors;
+    if (!global && local.contains(name)) return &local;
+    return m_cursors.contains(name) ? &m_cursors : nullptr;
+}
+
+Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
+    const Cursors& cursors = sameWord(scope, "local") ? m_frames.back()->cursors : m_cursors;
+    const auto found = cursors.find(toLower(name));
+    if (found == cursors.end() || sameWord(scope, "variable")) return std::int64_t{-3};
+    if (!found->second.open) return std::int64_t{-1};
+    return std::int64_t{!found->second.rows.empty()};
+}
+
+Flow Executor::run(const DeclareCursor& declare) {
+    Cursors& cursors = declare.local ? m_frames.back()->cursors : m_cursors;
+    const std::string name = toLower(declare.name);
+    if (cursors.contains(name)) throw sqlError(16915, {declare.name});
+    Translator translator(*this);
+    Cursor cursor;
+    cursor.query = translator.query(*declare.query);
+    if (!translator.assignments().empty())
+        throw sqlError(154, {"Variable assignment", "a cursor declaration"});
+    cursor.parameters = parameterValues(translator);
+    cursor.scroll = declare.scroll;
+    cursor.counted = declare.counted;
+    cursors.emplace(name, std::move(cursor));
+    m_error = 0;
+    return Flow::Next;
+}
+
+Flow Executor::run(const ChangeCursor& change) {
+    const std::string name = toLower(change.cursor.name);
+    Cursors* cursors = cursorsWith(name, change.cursor.global);
+    if (!cursors) throw sqlError(16916, {change.cursor.name});
+    Cursor& cursor = cursors->at(name);
+    if (change.verb == CursorVerb::Open) {
+        if (cursor.open) throw sqlError(16905);
+        openCursor(cursor);
+    } else if (change.verb == CursorVerb::Deallocate) {
+        cursors->erase(name);
+    } else {
+        if (!cursor.open) throw sqlError(16917);
+        cursor.open = false;
+        cursor.rows.clear();
+    }
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
+void Executor::openCursor(Cursor& cursor) {
+    cursor.rows.clear();
+    cursor.at = 0;
+    PreparedStatement statement(m_connection, cursor.query.sql);
+    statement.bindAll(cursor.parameters);
+    const auto keep = [&](std::span<const Column>, std::span<const CellView> cells) {
+        if (cursor.rows.size() == kMostRows)
+            throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
+        std::vector<Value>& row = cursor.rows.emplace_back();
+        for (const auto& cell : cells) row.push_back(ownedValue(cell));
+    };
+    divert(keep, [&] { sendRows(statement, cursor.query); });
+    cursor.open = true;
+    m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
+}
+
+Flow Executor::run(const Fetch& fetch) {
+    const std::string name = toLower(fetch.cursor.name);
+    Cursors* cursors = cursorsWith(name, fetch.cursor.global);
+    if (!cursors) throw sqlError(16916, {fetch.cursor.name});
+    Cursor& cursor = cursors->at(name);
+    const auto& columns = cursor.query.columns;
+    if (!cursor.open) throw sqlError(16917);
+    if (!cursor.scroll && fetch.from != FetchFrom::Next) throw sqlError(16911);
+    if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(16924);
+    const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
+    const auto* number = std::get_if<std::int64_t>(&offset);
+    const auto behind = static_cast<std::int64_t>(cursor.rows.size()) + 1;
+    cursor.at = std::clamp<std::int64_t>(target(cursor, fetch.from, number ? *number : 0), 0, behind);
+    const bool found = cursor.at > 0 && cursor.at < behind;
+    const auto* row = found ? &cursor.rows[static_cast<std::size_t>(cursor.at) - 1] : nullptr;
+    m_fetchStatus = found ? 0 : -1;
+    for (std::size_t i = 0; row && i < fetch.into.size(); ++i) try {
+            setVariable(fetch.into[i], viewOf((*row)[i]), columns[i].column.type);
+        } catch (const SqlError& error) {
+            constexpr int kNoConversion = 529;
+            if (error.number != kNoConversion) throw;
+            throw sqlError(16922,
+                           {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
+        }
+    if (fetch.into.empty()) {
+        refuseInFunction();
+        std::vector<Column> heads;
+        std::vector<CellView> cells;
+        for (const auto& column : columns) heads.push_back(column.column);
+        m_sink->columns(heads);
+        for (std::size_t i = 0; row && i < columns.size(); ++i) cells.push_back(viewOf((*row)[i]));
+        if (row) m_sink->row(cells);
+    }
+    m_rowCount = found;
+    m_error = 0;
+    done(fetch.into.empty() ? m_rowCount : -1, fetch.into.empty());
+    return Flow::Next;
+}
+
+}  // namespace tsql

@@ -1,0 +1,47 @@
+CREATE PROCEDURE add_up @a int, @b int = 1, @sum int = NULL OUTPUT AS
+SET @sum = @a + @b
+RETURN @sum
+GO
+DECLARE @p nvarchar(60), @r int, @s int
+SET @p = N'add_up'
+EXEC @r = @p 2, @sum = @s OUTPUT
+SELECT @r, @s
+SET @p = N'master.dbo.[add_up]'
+EXEC @p @a = 1, @b = 2
+SET @p = N'nosuch'
+EXEC @p
+EXEC @r = sp_executesql N'SET @o = @i * 2', N'@i int, @o int OUTPUT', @i = 21, @o = @s OUTPUT
+SELECT @r, @s
+EXEC @r = sp_executesql @stmt = N'PRINT ''plain'''
+SELECT @r
+DECLARE @t nvarchar(100)
+SET @t = 'a'
+EXEC ('PRINT ''' + @t + '''; EXEC (''PRINT @@NESTLEVEL'')')
+GO
+CREATE OR ALTER PROCEDURE add_up AS
+PRINT 'changed'
+GO
+add_up
+EXEC sp_helptext 'dbo.add_up'
+EXEC sp_helptext 'nosuch'
+CREATE TABLE plain (x int)
+EXEC sp_helptext plain
+EXEC sp_nosuch
+DROP PROCEDURE add_up, add_up2
+GO
+DECLARE @r int
+EXEC @r = sp_getapplock 'job', 'Exclusive'
+SELECT @r
+EXEC @r = sp_getapplock 'job', 'Everything', 'Session'
+SELECT @r
+EXEC @r = sp_getapplock @Resource = 'job', @LockMode = 'Exclusive', @LockOwner = 'Session', @LockTimeout = 0
+SELECT @r
+EXEC @r = sp_getapplock 'job', 'Shared', 'Session', 0
+SELECT @r
+EXEC @r = sp_releaseapplock 'job', 'Session'
+SELECT @r
+EXEC @r = sp_releaseapplock 'job', 'Session'
+SELECT @r
+EXEC @r = sp_releaseapplock 'job', 'Session'
+SELECT @r
+GO

@@ -1,0 +1,97 @@
+CREATE TABLE t (id int NOT NULL PRIMARY KEY, nm varchar(10) NULL)
+INSERT t VALUES (1, 'one'), (2, 'two'), (3, NULL)
+DECLARE @id int, @nm nvarchar(20), @from int
+SET @from = 2
+DECLARE c CURSOR LOCAL FAST_FORWARD FOR SELECT id, nm FROM t WHERE id >= @from ORDER BY id
+SET @from = 3 -- the cursor keeps the value of its declaration
+PRINT CURSOR_STATUS('local', 'c')
+OPEN c
+FETCH NEXT FROM c INTO @id, @nm
+WHILE @@FETCH_STATUS = 0
+BEGIN
+    PRINT CONVERT(varchar, @id) + ' ' + ISNULL(@nm, '(null)')
+    UPDATE t SET nm = 'seen' WHERE id = @id
+    FETCH NEXT FROM c INTO @id, @nm
+END
+PRINT CONVERT(varchar, @id) + ' stays'
+CLOSE c
+DEALLOCATE c
+GO
+-- a global cursor outlives its batch; without INTO a row is a result set
+DECLARE g SCROLL CURSOR FOR SELECT id, nm FROM t ORDER BY id
+OPEN g
+GO
+FETCH g
+FETCH LAST FROM g
+FETCH PRIOR FROM g
+FETCH ABSOLUTE -3 FROM g
+FETCH RELATIVE 2 FROM g
+FETCH NEXT FROM GLOBAL g
+SELECT @@FETCH_STATUS, @@CURSOR_ROWS, CURSOR_STATUS('global', 'g'), CURSOR_STATUS('global', 'none')
+FETCH FIRST FROM g
+CLOSE g
+OPEN g
+OPEN g
+GO
+FETCH g INTO @nothing
+GO
+DECLARE @a int
+FETCH g INTO @a
+CLOSE g
+FETCH g
+CLOSE g
+DEALLOCATE g
+DEALLOCATE g
+DECLARE s CURSOR STATIC FORWARD_ONLY FOR SELECT 1 UNION ALL SELECT 2
+DECLARE s CURSOR FOR SELECT 1
+OPEN s
+PRINT @@CURSOR_ROWS
+FETCH PRIOR FROM s
+DEALLOCATE s
+GO
+-- nested, local to a procedure, errors in the query
+CREATE PROCEDURE pairs AS
+DECLARE @x int, @y int
+DECLARE outer_c CURSOR LOCAL FOR SELECT id FROM t WHERE id < 3 ORDER BY id
+OPEN outer_c
+FETCH outer_c INTO @x
+WHILE @@FETCH_STATUS = 0
+BEGIN
+    DECLARE inner_c CURSOR LOCAL FOR SELECT id FROM t WHERE id > @x ORDER BY id
+    OPEN inner_c
+    FETCH inner_c INTO @y
+    WHILE @@FETCH_STATUS = 0
+    BEGIN
+        PRINT STR(@x, 1) + '-' + STR(@y, 1)
+        FETCH inner_c INTO @y
+    END
+    DEALLOCATE inner_c
+    FETCH outer_c INTO @x
+END
+GO
+EXEC pairs
+EXEC pairs
+OPEN outer_c
+DECLARE bad CURSOR FOR SELECT nocolumn FROM t
+GO
+DECLARE @d date
+DECLARE f CURSOR LOCAL FOR SELECT id FROM t
+OPEN f
+FETCH f INTO @d
+GO
+DECLARE e CURSOR LOCAL FOR SELECT id, nm FROM t WHERE id > 5
+OPEN e
+FETCH e
+PRINT CURSOR_STATUS('local', 'e')
+GO
+-- what is refused
+DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm
+GO
+DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t
+GO
+DECLARE @c CURSOR
+GO
+DECLARE u CURSOR FAST_FORWARD SCROLL FOR SELECT id FROM t
+GO
+DELETE t WHERE CURRENT OF u
+GO
