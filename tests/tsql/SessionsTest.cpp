@@ -77,6 +77,47 @@ TEST_F(Sessions, HoldTheDatabaseTheyUse) {
     EXPECT_FALSE(m_engine.databaseExists("other"));
 }
 
+TEST_F(Sessions, WaitForApplicationLocks) {
+    constexpr std::string_view kTake =
+        "DECLARE @r int EXEC @r = sp_getapplock 'job', 'Exclusive', 'Session', 5000 PRINT @r";
+    EXPECT_EQ(first(kTake), "0\nGO\n");
+    EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'job', 'Shared', 'Session', 50 PRINT @r"),
+              "-1\nGO\n");
+    EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'JOB', 'Shared', 'Session', 50 PRINT @r"),
+              "0\nGO\n");
+    std::string waited;
+    std::thread waiting([&] { waited = second(kTake); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    first("EXEC sp_releaseapplock 'job', 'Session'");
+    waiting.join();
+    EXPECT_EQ(waited, "1\nGO\n");
+    {
+        tsql::Session gone(m_engine, "sa", "master", 53);
+        EXPECT_EQ(
+            runScript(gone, "BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Update' PRINT @r"),
+            "0\nGO\n");
+    }
+    EXPECT_EQ(
+        first("BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Exclusive' PRINT @r ROLLBACK"),
+        "0\nGO\n");
+}
+
+TEST_F(Sessions, ThatWouldWaitForEachOtherForApplicationLocksAreTold) {
+    const auto take = [](std::string_view name) {
+        return "DECLARE @r int EXEC @r = sp_getapplock '" + std::string(name) +
+               "', 'Exclusive', 'Session' PRINT @r";
+    };
+    first(take("a"));
+    second(take("b"));
+    std::string waited;
+    std::thread waiting([&] { waited = first(take("b")); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(second(take("a")), "-3\nGO\n");
+    second("EXEC sp_releaseapplock 'b', 'Session'");
+    waiting.join();
+    EXPECT_EQ(waited, "1\nGO\n");
+}
+
 // Takes nothing more after some rows, in one way or another.
 class LeavingSink final : public tsql::ResultSink {
   public:

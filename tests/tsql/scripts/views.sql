@@ -14,7 +14,7 @@ DECLARE @id int = 1; WITH item AS (SELECT 9 AS id) SELECT c.name, item.id FROM i
 SELECT (SELECT name FROM cheap c WHERE c.id = i.id) n FROM item i ORDER BY i.id
 SELECT name, xtype FROM sysobjects WHERE xtype = 'V' ORDER BY name
 SELECT name, type_desc FROM sys.objects WHERE name = 'cheap'
-SELECT c.name, c.system_type_name, c.is_nullable FROM sys.columns c JOIN sys.views v ON v.object_id = c.object_id WHERE v.name = 'cheap'
+SELECT c.name, c.system_type_id, c.is_nullable FROM sys.columns c JOIN sys.views v ON v.object_id = c.object_id WHERE v.name = 'cheap'
 SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1
 SELECT VIEW_DEFINITION FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = 'cheap'
 SELECT OBJECTPROPERTY(OBJECT_ID('cheap'), 'IsView') v
