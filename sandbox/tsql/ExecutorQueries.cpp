@@ -208,7 +208,7 @@ void Executor::insertExecuted(const TableInfo& target, const std::vector<const T
     m_verb = "INSERT";
     m_target = target;
     beforeWrite();
-    Atomic atomic(m_connection);
+    Atomic atomic(m_connection, target.schema);
     for (const auto& row : collected) {
         Translator translator(*this);
         m_connection.run(translator.insertParameters(target, columns, row.types), row.cells);
