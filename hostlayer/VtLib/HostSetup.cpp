@@ -8,9 +8,11 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "CipherKey.h"
 #include "Descriptor.h"
@@ -22,6 +24,8 @@ namespace {
 
 constexpr mode_t kNewStoreMode = 0640;
 constexpr mode_t kKeyMode = 0600;
+constexpr std::chrono::milliseconds kStillness{20};
+constexpr int kMostReadings = 50;
 
 bool fail(std::string& problem, const std::string& path) {
     problem = "[" + path + "]: " + std::strerror(errno);
@@ -88,6 +92,37 @@ class Replacement {
     bool m_isDone = false;
 };
 
+// The store as it is now, to be changed. Somebody who writes the file in place, an editor for one, knows
+// nothing of the lock: what is read counts once the file has stood still, and as long as it does.
+class StoreReading {
+  public:
+    explicit StoreReading(const std::string& path) : m_path(path) {}
+
+    bool isThere() { return look(m_status) || errno != ENOENT; }
+    bool read(std::string& text, std::string& problem) {
+        for (int i = 0; i < kMostReadings; ++i) {
+            look(m_status);  // a file that is gone cannot be read either
+            std::this_thread::sleep_for(kStillness);
+            if (!readBounded(m_path, kMaxStoreBytes, text, problem)) return false;
+            if (isCurrent()) return true;
+        }
+        problem = "another process keeps changing it; try again";
+        return false;
+    }
+    bool isCurrent() const {
+        struct stat now {};
+        return look(now) && now.st_ino == m_status.st_ino && now.st_size == m_status.st_size &&
+               now.st_mtim.tv_sec == m_status.st_mtim.tv_sec &&
+               now.st_mtim.tv_nsec == m_status.st_mtim.tv_nsec;
+    }
+
+  private:
+    bool look(struct stat& status) const { return ::stat(m_path.c_str(), &status) == 0; }
+
+    const std::string& m_path;
+    struct stat m_status {};
+};
+
 bool isPlaceOfValues(const std::vector<std::string>& table, const std::string& valueName) {
     if (valueName.empty() || table.empty() || table.size() > 2 || table.front().empty() ||
         table.back().empty())
@@ -130,16 +165,22 @@ bool setStoreValue(const std::vector<std::string>& table, const std::string& val
     // The folder is locked, not the file, which another writer may be replacing.
     const Descriptor folder(::open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder || ::flock(folder.get(), LOCK_EX) != 0) return fail(problem, folderPath);
-    std::string text;
-    std::string edited;
-    const bool isNew = ::access(path.c_str(), F_OK) != 0 && errno == ENOENT;
-    if ((!isNew && !readBounded(path, kMaxStoreBytes, text, problem)) ||
-        !editStore(text, table, valueName, value, edited, problem)) {
-        problem = "[" + path + "]: " + problem;
-        return false;
+    for (int i = 0; i < kMostReadings; ++i) {
+        std::string text;
+        std::string edited;
+        StoreReading reading(path);
+        const bool isNew = !reading.isThere();
+        if ((!isNew && !reading.read(text, problem)) ||
+            !editStore(text, table, valueName, value, edited, problem)) {
+            problem = "[" + path + "]: " + problem;
+            return false;
+        }
+        Replacement replacement(path);
+        if (!replacement.write(edited)) return fail(problem, path);
+        if (isNew || reading.isCurrent()) return replacement.commit(folder.get()) || fail(problem, path);
     }
-    Replacement replacement(path);
-    return (replacement.write(edited) && replacement.commit(folder.get())) || fail(problem, path);
+    problem = "[" + path + "]: another process keeps changing it; try again";
+    return false;
 }
 
 bool createCipherKeyFile(const std::string& path, std::string& problem) {
