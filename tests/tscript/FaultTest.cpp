@@ -2,7 +2,9 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
 #include "Installation.h"
@@ -116,6 +118,31 @@ TEST_F(Faults, ConcurrentChangesOfTheStoreAreAllKept) {
     EXPECT_EQ(modeOf(store()), 0600U);
     for (const std::string& name : namesBelow(folder))
         EXPECT_EQ(name.find("registry.toml."), std::string::npos) << name;
+}
+
+// Somebody who takes no lock and writes without an end: the change waits for stillness, or is refused with
+// nothing changed. Either way all values are there afterwards.
+TEST_F(Faults, AStoreThatIsBeingWrittenIsWaitedFor) {
+    const fs::path file = store();
+    std::atomic<bool> ending{false};
+    std::thread writer([&] {
+        while (!ending) {
+            std::ofstream(file, std::ios::app) << "#\n";
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    const Words set = {"config", "set", "Cluster.ClusterName", "a"};
+    const ProgramResult result = run(set);
+    ending = true;
+    writer.join();
+    const bool refused = result.exitCode == 3;
+    EXPECT_TRUE(refused || result.exitCode == 0) << result.errors;
+    EXPECT_EQ(result.errors.find("another process keeps changing it; try again") != std::string::npos,
+              refused);
+    EXPECT_EQ(support::readFile(file).find("ClusterName") == std::string::npos, refused);
+    expectAll({{{"config", "get", "Database.sNQ2CONNECTION"}, 0, "NQ2\n", ""},
+               {set, 0, "", "set Instance001.Cluster"},
+               {{"config", "get", "Cluster.ClusterName"}, 0, "a\n", ""}});
 }
 
 // Two starts of one sandbox at a time make one server; what a broken-off start left is made anew.
