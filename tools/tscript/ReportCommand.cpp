@@ -94,18 +94,14 @@ ExitCode writeReport(const ReportOptions& options) {
 
 void addReportCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<ReportOptions>();
-    CLI::App* command = app.add_subcommand(
-        "report", "Write a page about the runs of scripts: over time, how long they took, what failed");
+    CLI::App* command =
+        addCommand(&app, action, "report",
+                   "Write a page about the runs of scripts: over time, how long they took, what failed",
+                   options, writeReport);
     command->add_option("-o,--output", options->output, "The page (default: standard output)")
         ->type_name("FILE");
     addDatabaseOption(command, options->records.database);
     addPatternOption(command, options->records.name);
     addSinceOption(command, options->records.since);
     addStaleOption(command, options->records.staleHours);
-    command->callback([&action, options] {
-        action = [options] {
-            requireStore();
-            return writeReport(*options);
-        };
-    });
 }
