@@ -170,6 +170,30 @@ TEST_F(ClientTest, ParametersAndPreparedStatements) {
               (std::vector<std::string>{"-7" + row, "1" + row, "2" + row, "3|NULL|1.25"}));
 }
 
+// The driver sends the calls of all rows in one request.
+TEST_F(ClientTest, AnArrayOfParametersIsAnArrayOfCalls) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run("CREATE TABLE Arrayed (i int PRIMARY KEY, t nvarchar(10))");
+    SQLINTEGER numbers[] = {1, 2, 2, 4};
+    SQLCHAR texts[][8] = {"one", "two", "again", "four"};
+    SQLLEN lengths[] = {SQL_NTS, SQL_NTS, SQL_NTS, SQL_NULL_DATA};
+    SQLUSMALLINT states[4] = {};
+    const SQLHSTMT statement = client.statement();
+    SQLSetStmtAttr(statement, SQL_ATTR_PARAMSET_SIZE, reinterpret_cast<SQLPOINTER>(4), 0);
+    SQLSetStmtAttr(statement, SQL_ATTR_PARAM_STATUS_PTR, states, 0);
+    SQLBindParameter(statement, 1, SQL_PARAM_INPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, numbers, 0, nullptr);
+    SQLBindParameter(statement, 2, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_WVARCHAR, 10, 0, texts, 8, lengths);
+    SQLCHAR insert[] = "INSERT INTO Arrayed VALUES (?, ?)";
+    SQLExecDirect(statement, insert, SQL_NTS);
+    while (SQLMoreResults(statement) != SQL_NO_DATA) continue;
+    EXPECT_EQ(states[2], SQL_PARAM_ERROR);
+    SQLSetStmtAttr(statement, SQL_ATTR_PARAMSET_SIZE, reinterpret_cast<SQLPOINTER>(1), 0);
+    SQLSetStmtAttr(statement, SQL_ATTR_PARAM_STATUS_PTR, nullptr, 0);
+    SQLFreeStmt(statement, SQL_RESET_PARAMS);
+    EXPECT_EQ(client.run("SELECT i, t FROM Arrayed ORDER BY i"),
+              (std::vector<std::string>{"1|one", "2|two", "4|NULL"}));
+}
+
 TEST_F(ClientTest, APreparedStatementIsDescribedBeforeItRuns) {
     OdbcClient client(box().odbcConnectionString());
     client.run("CREATE TABLE Described (i int, t nvarchar(30))");
