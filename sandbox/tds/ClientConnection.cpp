@@ -175,6 +175,10 @@ bool ClientConnection::serve(const Request& request) {
         sink.acknowledgeAttention();
         return true;
     }
+    if (request.isTakenBack) {
+        sink.refuse();
+        return true;
+    }
     const bool goesOn = run(sink, [&] {
         switch (request.type) {
             case PacketType::SqlBatch:

@@ -47,7 +47,7 @@ std::size_t PacketChannel::mostBytes(PacketType type) const {
 PacketChannel::Header PacketChannel::peekHeader() const {
     ByteReader reader(ByteView(m_input).substr(m_inputPosition));
     Header header{};
-    header.type = reader.u8();
+    header.type = static_cast<PacketType>(reader.u8());
     header.status = reader.u8();
     header.length = reader.u16BigEndian();
     const std::size_t most = m_loginDeadline ? kMostPacketBytes : m_packetSize;
@@ -58,33 +58,30 @@ PacketChannel::Header PacketChannel::peekHeader() const {
 
 Request PacketChannel::readRequest() {
     Request request{};
-    for (bool first = true;;) {
+    for (bool ends = false, first = true; !ends; first = false) {
         need(kHeaderSize);
         const Header header = peekHeader();
-        const auto type = static_cast<PacketType>(header.type);
-        const std::size_t most = mostBytes(type);
-        if (first || type == PacketType::Attention)
-            request = {type, (header.status & kStatusReset) != 0, {}};
-        else if (type != request.type)
+        const std::size_t most = mostBytes(header.type);
+        if (first || header.type == PacketType::Attention)
+            request = {header.type, (header.status & kStatusReset) != 0, false, {}};
+        else if (header.type != request.type)
             throw ProtocolError("the packets of a message differ in their type");
         need(header.length);
         request.data.append(m_input, m_inputPosition + kHeaderSize, header.length - kHeaderSize);
         m_inputPosition += header.length;
         if (request.data.size() > most)
             throw ProtocolError("a message is longer than " + std::to_string(most) + " bytes");
-        const bool ends = (header.status & kStatusEndOfMessage) != 0;
-        const bool takenBack = (header.status & kStatusIgnore) != 0;
-        if (ends && !takenBack) return request;
-        first = ends;  // what follows a message taken back is a message of its own
+        ends = (header.status & kStatusEndOfMessage) != 0;
+        request.isTakenBack = (header.status & kStatusIgnore) != 0;
     }
+    return request;
 }
 
 bool PacketChannel::attentionArrived() {
     if (buffered() < kHeaderSize && !receive(false)) return false;
     if (buffered() < kHeaderSize) return false;
     const Header header = peekHeader();
-    if (static_cast<PacketType>(header.type) != PacketType::Attention || header.length > kHeaderSize)
-        return false;
+    if (header.type != PacketType::Attention || header.length > kHeaderSize) return false;
     m_inputPosition += header.length;
     return true;
 }

@@ -19,6 +19,7 @@ class ConnectionClosed : public std::runtime_error {
 struct Request {
     PacketType type;
     bool resetsSession = false;
+    bool isTakenBack = false;  // by a client that did not want to send it to its end
     Bytes data;
 };
 
@@ -46,7 +47,7 @@ class PacketChannel {
 
   private:
     struct Header {
-        std::uint8_t type;
+        PacketType type;
         std::uint8_t status;
         std::size_t length;
     };

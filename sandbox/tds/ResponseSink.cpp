@@ -88,6 +88,11 @@ void ResponseSink::finish() {
     if (m_attention) acknowledgeAttention();
 }
 
+void ResponseSink::refuse() {
+    m_failed = true;
+    finish();
+}
+
 void ResponseSink::acknowledgeAttention() {
     m_tokens.done(Token::Done, kDoneAttention, -1, false);
     m_channel.sendLast(m_tokens.data());

@@ -28,6 +28,8 @@ class ResponseSink final : public tsql::ResultSink {
     void flushDone();
     // The response's last token and the rest of its bytes; and if an attention came, its acknowledgement.
     void finish();
+    // The whole response to a request that is not run.
+    void refuse();
     // A message of its own, as clients wait for it behind the response that they broke off.
     void acknowledgeAttention();
     bool attention() const { return m_attention; }

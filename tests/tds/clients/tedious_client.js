@@ -206,7 +206,7 @@ function cancelled(connection, text, when) {
     let rows = 0;
     request.on('row', () => ++rows === 500 && when === 'rows' && connection.cancel());
     connection.execSqlBatch(request);
-    if (when === 'waiting') setTimeout(() => connection.cancel(), 200);
+  if (when === 'waiting') setTimeout(() => connection.cancel(), 200);
   });
 }
 
@@ -214,6 +214,20 @@ test('a request is cancelled while it waits and while its rows come', () =>
   withConnection({}, async (connection) => {
     assert.strictEqual(await cancelled(connection, "WAITFOR DELAY '00:05:00'", 'waiting'), 'ECANCEL');
     assert.strictEqual(await cancelled(connection, "WHILE 1 = 1 SELECT REPLICATE('x', 100)", 'rows'), 'ECANCEL');
+    assert.deepStrictEqual((await batch(connection, "SELECT 'goes on'")).rows, [['goes on']]);
+  }));
+
+test('a request that is taken back half sent leaves the connection usable', () =>
+  withConnection({}, async (connection) => {
+    const part = Buffer.alloc(4_000_000, 7);
+    const before = connection.socket.bytesWritten;
+    await new Promise((resolve) => {
+      const request = new Request('SELECT 1', resolve);
+      for (let i = 0; i < 8; ++i) request.addParameter(`p${i}`, TYPES.VarBinary, part);
+      connection.execSql(request);
+      setImmediate(() => connection.cancel());
+    });
+    assert.ok(connection.socket.bytesWritten - before < 8 * part.length);
     assert.deepStrictEqual((await batch(connection, "SELECT 'goes on'")).rows, [['goes on']]);
   }));
 
