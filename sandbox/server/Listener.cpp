@@ -55,11 +55,16 @@ Socket openListening(const Options& options) {
     return socket;
 }
 
-Socket openSignals() {
+sigset_t stopSignals() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
+    return signals;
+}
+
+Socket openSignals() {
+    const sigset_t signals = stopSignals();
     return Socket(signalfd(-1, &signals, SFD_CLOEXEC));
 }
 
@@ -75,6 +80,11 @@ bool inputEnded() {
 }
 
 }  // namespace
+
+void blockStopSignals() {
+    const sigset_t signals = stopSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
 
 Listener::Listener(const Options& options, tsql::Engine& engine)
     : m_options(options),

@@ -13,9 +13,12 @@
 
 namespace server {
 
+// SIGTERM and SIGINT, before any thread starts, so that the listener alone takes them, between two clients.
+void blockStopSignals();
+
 class Listener {
   public:
-    // Binds and listens. SIGTERM and SIGINT must be blocked in every thread. Throws std::runtime_error.
+    // Binds and listens, once the stop signals are blocked. Throws std::runtime_error.
     Listener(const Options& options, tsql::Engine& engine);
     ~Listener();  // ends all sessions
     Listener(const Listener&) = delete;

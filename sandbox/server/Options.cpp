@@ -49,18 +49,17 @@ Options parseOptions(int argc, char** argv) {
 }
 
 std::string readPassword(const std::filesystem::path& file) {
+    const std::string name = "the password file " + file.string();
     std::ifstream in(file, std::ios::binary);
     std::string line(kMostPasswordBytes + 1, '\0');
     in.read(line.data(), static_cast<std::streamsize>(line.size()));
     if (in.gcount() == 0 && (!in.is_open() || in.bad()))
-        throw std::runtime_error("cannot read the password file " + file.string() + ": " +
-                                 std::strerror(errno));
+        throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
     line.resize(static_cast<std::size_t>(in.gcount()));
     line.resize(std::min(line.find_first_of("\r\n"), line.size()));
-    if (line.empty())
-        throw std::runtime_error("the password file " + file.string() + " has an empty first line");
+    if (line.empty()) throw std::runtime_error(name + " has an empty first line");
     if (line.size() > kMostPasswordBytes)
-        throw std::runtime_error("the first line of the password file " + file.string() + " is too long");
+        throw std::runtime_error("the first line of " + name + " is too long");
     return line;
 }
 

@@ -1,5 +1,4 @@
 #include <malloc.h>
-#include <signal.h>
 
 #include <cstdio>
 #include <exception>
@@ -9,15 +8,6 @@
 #include "Options.h"
 
 namespace {
-
-// Blocked before any thread starts, so that the listener alone takes them, between two clients.
-void blockStopSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
 
 void serve(const server::Options& options) {
     const std::string password = server::readPassword(options.passwordFile);
@@ -33,7 +23,7 @@ void serve(const server::Options& options) {
 
 int main(int argc, char** argv) {
     mallopt(M_MMAP_THRESHOLD, 256 << 10);  // what a big request took is given back with it
-    blockStopSignals();
+    server::blockStopSignals();
     const server::Options options = server::parseOptions(argc, argv);
     try {
         serve(options);

@@ -150,7 +150,7 @@ void ClientConnection::greet(const Login& login) {
     m_tokens.textChange(EnvChange::Database, database, kDefaultDatabase);
     m_tokens.message(
         {kDatabaseContextChanged, 0, 2, 1, {}, "Changed database context to '" + database + "'."});
-    m_tokens.collation();
+    m_tokens.binaryChange(EnvChange::Collation, kCollation);
     m_tokens.textChange(EnvChange::Language, kLanguage, {});
     m_tokens.message({kLanguageChanged, 0, 1, 1, {}, "Changed language setting to " + language + "."});
     m_tokens.loginAck();
@@ -208,7 +208,7 @@ void ClientConnection::resetSession(ResponseSink& sink) {
     m_session.reset();
     m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
     m_prepared = {};
-    m_tokens.resetAcknowledged();
+    m_tokens.binaryChange(EnvChange::ResetAcknowledged);
     if (before != m_initialDatabase) sink.databaseChanged(before, m_initialDatabase);
 }
 

@@ -60,12 +60,8 @@ void TokenWriter::change(EnvChange what, ByteView to, ByteView from, std::size_t
     m_out.closeLength(place);
 }
 
-void TokenWriter::collation() {
-    change(EnvChange::Collation, kCollation, {}, 1);
-}
-
-void TokenWriter::resetAcknowledged() {
-    change(EnvChange::ResetAcknowledged, {}, {}, 1);
+void TokenWriter::binaryChange(EnvChange what, ByteView to, ByteView from) {
+    change(what, to, from, 1);
 }
 
 void TokenWriter::transactionChange(tsql::TransactionEvent event) {
@@ -73,10 +69,10 @@ void TokenWriter::transactionChange(tsql::TransactionEvent event) {
     if (begins) ++m_transaction;
     ByteWriter descriptor;
     descriptor.u64(m_transaction);
-    const ByteView to = descriptor.data(), none;
+    const ByteView it = descriptor.data(), none;
     constexpr EnvChange kChanges[] = {EnvChange::BeginTransaction, EnvChange::CommitTransaction,
                                       EnvChange::RollbackTransaction};
-    change(kChanges[static_cast<std::size_t>(event)], begins ? to : none, begins ? none : to, 1);
+    binaryChange(kChanges[static_cast<std::size_t>(event)], begins ? it : none, begins ? none : it);
 }
 
 void TokenWriter::userTypeAndFlags(unsigned flags) {
@@ -112,7 +108,7 @@ void TokenWriter::row(std::span<const tsql::CellView> cells) {
 
 // A row with NULLs goes out in the form that names them in a bit map, where the client knows it.
 void TokenWriter::writeCells(std::span<const tsql::CellView> cells) {
-    const auto isNull = [](const tsql::CellView& cell) { return std::holds_alternative<tsql::Null>(cell); };
+    const auto isNull = [](const tsql::CellView& cell) { return tsql::isNull(cell); };
     const bool bitMap = m_version >= Version::V73B && std::any_of(cells.begin(), cells.end(), isNull);
     token(bitMap ? Token::NbcRow : Token::Row);
     if (bitMap) {

@@ -20,8 +20,7 @@ class TokenWriter {
     void loginAck();
     void message(const tsql::Message& message);
     void textChange(EnvChange what, std::string_view to, std::string_view from);
-    void collation();
-    void resetAcknowledged();
+    void binaryChange(EnvChange what, ByteView to = {}, ByteView from = {});
     // Each transaction has a descriptor, by which drivers follow it.
     void transactionChange(tsql::TransactionEvent event);
     void columns(std::span<const tsql::Column> columns);
