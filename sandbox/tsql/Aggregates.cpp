@@ -1,22 +1,32 @@
 // T-SQL's aggregates, as SQLite aggregates. NULLs are left out; of no value at all the result is NULL.
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
 #include <new>
+#include <vector>
 
 #include "FunctionImpl.h"
+#include "Text.h"
 
 namespace tsql {
 namespace {
+
+constexpr std::size_t kMostArguments = 127;  // SQLite's own limit
 
 struct Gathered {
     std::int64_t count = 0;
     Int128 sum = 0;
     double real = 0;     // sum, or mean for the variances
     double squares = 0;  // sum of squared distances from the mean
-    std::string text;
+    struct Part {
+        std::string separator, text;
+        std::vector<Value> keys;
+    };
+    std::vector<Part> parts;         // of STRING_AGG
+    std::vector<bool> descending{};  // its keys
 };
 
 struct Aggregate {
@@ -52,9 +62,32 @@ void addSpread(Gathered& gathered, std::span<const CellView> arguments, int sign
     gathered.squares += sign * distance * (value - gathered.real);
 }
 
+// (text, separator[, whether descending, key]...)
 void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
-    if (gathered.count > 1) gathered.text += std::get<std::string_view>(arguments[1]);
-    gathered.text += std::get<std::string_view>(arguments[0]);
+    auto& part = gathered.parts.emplace_back();
+    part.text = std::get<std::string_view>(arguments[0]);
+    part.separator = std::get<std::string_view>(arguments[1]);
+    gathered.descending.clear();
+    for (std::size_t i = 2; i + 1 < arguments.size(); i += 2) {
+        gathered.descending.push_back(std::get<std::int64_t>(arguments[i]) != 0);
+        part.keys.push_back(ownedValue(arguments[i + 1]));
+    }
+}
+
+// NULL first, then as ORDER BY has them.
+int compareKeys(const Value& left, const Value& right) {
+    if (left.index() != right.index()) return left.index() < right.index() ? -1 : 1;
+    return std::visit(
+        [&]<typename T>(const T& key) {
+            const T& other = std::get<T>(right);
+            if constexpr (std::is_same_v<T, Null>)
+                return 0;
+            else if constexpr (std::is_same_v<T, std::string>)
+                return compareText(key, other);
+            else
+                return key < other ? -1 : static_cast<int>(other < key);
+        },
+        left);
 }
 
 template <TypeId id>
@@ -91,7 +124,17 @@ Value spread(const Gathered& gathered) {
 }
 
 Value joinedText(const Gathered& gathered) {
-    return gathered.text;
+    std::vector<const Gathered::Part*> order;
+    for (const auto& part : gathered.parts) order.push_back(&part);
+    std::stable_sort(order.begin(), order.end(), [&](const auto* left, const auto* right) {
+        for (std::size_t i = 0; i < left->keys.size(); ++i)
+            if (const int difference = compareKeys(left->keys[i], right->keys[i]))
+                return (difference > 0) == gathered.descending[i];
+        return false;
+    });
+    std::string text;
+    for (const auto* part : order) text.append(part == order.front() ? "" : part->separator) += part->text;
+    return text;
 }
 
 constexpr Aggregate kAggregates[] = {
@@ -112,7 +155,7 @@ constexpr Aggregate kAggregates[] = {
     {"ts_stdevp", 1, addSpread, spread<false, true>},
     {"ts_var", 1, addSpread, spread<true, false>},
     {"ts_varp", 1, addSpread, spread<false, false>},
-    {"ts_string_agg", 2, addText, joinedText},
+    {"ts_string_agg", -1, addText, joinedText},
 };
 
 const AggregateBinding& bindingOf(sqlite3_context* call) {
@@ -130,8 +173,9 @@ template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
     const AggregateBinding& binding = bindingOf(call);
     try {
-        const std::array<CellView, 2> arguments = {viewOf(values[0]),
-                                                   count > 1 ? viewOf(values[1]) : CellView{}};
+        std::array<CellView, kMostArguments> views;
+        const std::span<CellView> arguments(views.data(), static_cast<std::size_t>(count));
+        for (std::size_t i = 0; i < arguments.size(); ++i) arguments[i] = viewOf(values[i]);
         if (isNull(arguments[0])) return;
         Gathered*& gathered = slotOf(call);
         if (!gathered) gathered = new Gathered;

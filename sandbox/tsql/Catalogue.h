@@ -55,6 +55,10 @@ struct KeyInfo {
 };
 
 inline constexpr std::string_view kTempSchema = "temp";
+// #table, or the variable @table.
+inline bool isTemporaryName(std::string_view name) {
+    return name.starts_with('#') || name.starts_with('@');
+}
 
 // The catalogue of one attached database, or of the temporary tables.
 class Catalogue {

@@ -8,6 +8,7 @@
 namespace tsql {
 namespace {
 
+constexpr int kSortVersion = 1;  // goes up when compareText() sorts otherwise
 constexpr int kBusyMilliseconds = 10'000;
 constexpr std::size_t kIdleStatements = 64;
 constexpr std::size_t kMostAttached = 10;  // SQLite's own limit
@@ -143,9 +144,20 @@ std::string Connection::attach(std::string_view database) {
     if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
     run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; a session that waits keeps its pages
+    renewIndexes(quotedName(key));
     m_attached.push_front(key);
     m_uses.add(key, 1);
     return quotedName(key);
+}
+
+// An index made when texts sorted otherwise is of no use.
+void Connection::renewIndexes(const std::string& schema) {
+    {
+        PreparedStatement version(*this, "PRAGMA " + schema + ".user_version");
+        if (version.step() && version.integer(0) >= kSortVersion) return;
+    }
+    run("REINDEX ts_ci");
+    run("PRAGMA " + schema + ".user_version = " + std::to_string(kSortVersion));
 }
 
 void Connection::detach(std::string_view database) {

@@ -86,6 +86,7 @@ class Connection {
     sqlite3_stmt* borrow(const std::string& sql);
     void giveBack(const std::string& sql, sqlite3_stmt* statement);
     void dropStatements();
+    void renewIndexes(const std::string& schema);
 
     const Storage& m_storage;
     DatabaseUses& m_uses;

@@ -94,6 +94,7 @@ bool Executor::run(ResultSink& sink, Work work) {
         report({3998, 16, 1, 1, "", sqlError(3998).what()});
         rollBack();
     }
+    if (std::exchange(m_tableVariables, false)) dropTemporaryTables(0, true);
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
     return goesOn;
 }
@@ -331,6 +332,10 @@ void Executor::refuseInFunction() const {
 
 Flow Executor::run(const Declare& declare) {
     for (const auto& each : declare.variables) {
+        if (each.table) {
+            declareTable(each);
+            continue;
+        }
         Variable& variable = m_frames.back()->variables[lowerAscii(each.name)];
         variable.type = each.type;
         variable.value = each.value ? evaluate(*each.value, each.type) : Value(Null{});

@@ -46,6 +46,12 @@ struct Cursor {
 };
 using Cursors = std::map<std::string, Cursor>;  // by name in lower case
 
+// DECLARE @t TABLE: a temporary table that only its frame knows.
+struct TableVariable {
+    std::shared_ptr<const ast::CreateTable> definition;
+    TableInfo info;
+};
+
 // What a batch, a procedure or a function has for itself while it runs.
 struct Frame {
     std::string procedure;                      // empty in a batch
@@ -53,6 +59,7 @@ struct Frame {
     std::map<std::string, Variable> variables;  // by name in lower case
     Cursors cursors;                            // the LOCAL ones
     std::optional<std::int64_t> identity;       // SCOPE_IDENTITY()
+    std::map<std::string, TableVariable> tables;
     bool isFunction = false;
     SqlType returnType;
     Value returned = Null{};
@@ -153,9 +160,15 @@ class Executor final : public SessionFacts, public NameResolver {
     using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
     void divert(const RowTaker& take, const std::function<void()>& work);
     void selectInto(const ast::Query& query, const ast::ObjectName& name);
-    std::vector<const TableColumn*> insertColumns(const TableInfo& target, const ast::Insert& insert) const;
-    void insertExecuted(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                        const ast::Statement& execute);
+    std::vector<const TableColumn*> insertColumns(const TableInfo& target,
+                                                  const std::vector<std::string>& names,
+                                                  bool defaultValues) const;
+    void insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                      const std::function<void()>& work);
+    void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
+                          const Translator& translator, const std::optional<ast::Output>& output);
+    void updateInSteps(const TableInfo& target, const Translator& translator,
+                       const std::optional<ast::Output>& output);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
     void rememberIdentity(const TableInfo& target, std::int64_t rows);
@@ -169,7 +182,11 @@ class Executor final : public SessionFacts, public NameResolver {
     void addConstraint(Catalogue& catalogue, TableInfo& table, const ast::Constraint& constraint,
                        std::string& body);
     void dropTable(Catalogue& catalogue, const ast::ObjectName& name, bool ifExists);
-    void dropTemporaryTables(std::int64_t after);
+    void dropTemporaryTables(std::int64_t after, bool variables = false);
+    void dropTable(const TableInfo& table);
+    void declareTable(const ast::Declaration& declaration);
+    // Does `rollback`; the table variables keep what they hold.
+    void keepTables(const std::function<void()>& rollback);
 
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const ast::CreateModule& module);
@@ -255,6 +272,7 @@ class Executor final : public SessionFacts, public NameResolver {
     int m_tries = 0;                // TRY blocks around it
     int m_error = 0;                // @@ERROR
     std::int64_t m_rowCount = 0;    // @@ROWCOUNT
+    bool m_tableVariables = false;  // the batch has made some
     std::optional<std::int64_t> m_identity;
     Cursors m_cursors;  // the GLOBAL ones
     int m_fetchStatus = 0;

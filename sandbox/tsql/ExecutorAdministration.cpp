@@ -191,14 +191,17 @@ void Executor::commit() {
 
 void Executor::rollBack() {
     endTransaction(TransactionEvent::RolledBack);
-    if (m_connection.inTransaction()) m_connection.run("ROLLBACK");
+    if (m_connection.inTransaction()) keepTables([this] { m_connection.run("ROLLBACK"); });
 }
 
 void Executor::rollBackTo(const std::string& name) {
     if (m_doomed) throw sqlError(3931);
-    if (sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr, nullptr,
-                     nullptr) != SQLITE_OK)
-        throw sqlError(6401, {name});
+    bool done = false;
+    keepTables([&] {
+        done = sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr,
+                            nullptr, nullptr) == SQLITE_OK;
+    });
+    if (!done) throw sqlError(6401, {name});
 }
 
 Flow Executor::run(const Transaction& transaction) {

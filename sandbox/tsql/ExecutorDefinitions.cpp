@@ -12,10 +12,6 @@ using namespace ast;
 
 namespace {
 
-bool isTemporaryName(std::string_view name) {
-    return name.starts_with('#');
-}
-
 std::string_view storageClass(const SqlType& type) {
     if (isExact(type.id)) return "INTEGER";
     if (isApproximate(type.id)) return "REAL";
@@ -289,12 +285,51 @@ void Executor::dropTable(Catalogue& catalogue, const ObjectName& name, bool ifEx
     m_verb.clear();
 }
 
-// What a procedure has made goes with it.
-void Executor::dropTemporaryTables(std::int64_t after) {
-    Catalogue owner = temporary();
-    for (const auto& table : owner.tablesAfter(after)) {
-        m_connection.run("DROP TABLE " + table.sqlName());
-        owner.remove(table.id);
+void Executor::dropTable(const TableInfo& table) {
+    m_connection.run("DROP TABLE IF EXISTS " + table.sqlName());
+    temporary().remove(table.id);
+}
+
+// What a procedure has made goes with it, what a batch has made only if it is a variable's.
+void Executor::dropTemporaryTables(std::int64_t after, bool variables) {
+    for (const auto& table : temporary().tablesAfter(after))
+        if (!variables || table.name.starts_with('@')) dropTable(table);
+}
+
+// A second time, in a loop, it is what it was.
+void Executor::declareTable(const Declaration& declaration) {
+    auto& tables = m_frames.back()->tables;
+    const std::string key = lowerAscii(declaration.name);
+    if (tables.contains(key)) return;
+    refuseInFunction();
+    m_tableVariables = true;
+    tables[key] = {declaration.table, createTable(*declaration.table)};
+}
+
+void Executor::keepTables(const std::function<void()>& rollback) {
+    struct Kept {
+        TableVariable& table;
+        std::vector<std::vector<Value>> rows;
+    };
+    std::vector<Kept> kept;
+    for (Frame* frame : m_frames)
+        for (auto& [name, table] : frame->tables) {
+            Kept& each = kept.emplace_back(Kept{table, {}});
+            PreparedStatement query(m_connection, "SELECT * FROM " + table.info.sqlName());
+            while (query.step()) {
+                auto& row = each.rows.emplace_back();
+                for (int i = 0; i < query.columnCount(); ++i) row.push_back(ownedValue(query.cell(i)));
+            }
+        }
+    rollback();
+    for (auto& [table, rows] : kept) {
+        dropTable(table.info);
+        table.info = createTable(*table.definition);
+        std::string marks;
+        for (std::size_t i = 1; i <= table.info.columns.size(); ++i)
+            marks += (i > 1 ? ", ?" : "?") + std::to_string(i);
+        for (const auto& row : rows)
+            m_connection.run("INSERT INTO " + table.info.sqlName() + " VALUES (" + marks + ")", row);
     }
 }
 

@@ -148,6 +148,7 @@ std::string Executor::databaseOf(const ObjectName& name) const {
 
 // tempdb..#t is #t.
 Catalogue Executor::catalogue(const ObjectName& name) {
+    if (name.name.starts_with('@')) return temporary();
     if (name.name.starts_with('#')) {
         if (name.name.starts_with("##")) throw unsupported("global temporary tables");
         return temporary();
@@ -157,6 +158,12 @@ Catalogue Executor::catalogue(const ObjectName& name) {
 }
 
 TableInfo Executor::table(const ObjectName& name) {
+    if (name.name.starts_with('@')) {
+        const auto& tables = m_frames.back()->tables;
+        const auto found = tables.find(lowerAscii(name.name));
+        if (found == tables.end()) throw sqlError(1087, {name.name});
+        return found->second.info;
+    }
     const bool knownSchema =
         name.schema.empty() || sameWord(name.schema, "dbo") || name.name.starts_with('#');
     const bool knownDatabase = name.database.empty() || m_engine.storage.exists(name.database);
@@ -170,7 +177,7 @@ TableInfo Executor::table(const ObjectName& name) {
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {
-    if (name.name.starts_with('#') || (!name.database.empty() && !m_engine.storage.exists(name.database)))
+    if (isTemporaryName(name.name) || (!name.database.empty() && !m_engine.storage.exists(name.database)))
         return std::nullopt;
     const std::string database = databaseOf(name);
     const bool system = sameWord(name.schema, "sys") || sameWord(name.schema, "INFORMATION_SCHEMA");
@@ -196,7 +203,7 @@ std::optional<UserFunction> Executor::function(const ObjectName& name) {
 
 std::optional<StoredQuery> Executor::storedQuery(const ObjectName& name, bool isFunction) {
     const bool known = name.database.empty() || m_engine.storage.exists(name.database);
-    if (!known || name.name.starts_with('#') || !(name.schema.empty() || sameWord(name.schema, "dbo")))
+    if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
         return std::nullopt;
     StoredQuery stored;
     const auto found =

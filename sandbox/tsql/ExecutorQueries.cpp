@@ -139,23 +139,50 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     m_verb = verb;
     beforeWrite();
     const auto values = parameterValues(translator);
-    m_connection.run(sql, values);
+    PreparedStatement prepared(m_connection, sql);
+    prepared.bindAll(values);
+    if (!translator.assignments().empty())
+        assignRows(prepared, translator.assignments());
+    else if (!translator.output().columns.empty())
+        sendRows(prepared, translator.output());
+    else
+        while (prepared.step()) continue;
     m_rowCount = sqlite3_changes64(m_connection.handle());
     m_error = 0;
     m_verb.clear();
 }
 
-std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target, const Insert& insert) const {
+// OUTPUT ... INTO: what the change gives goes into another table, or nothing is changed.
+void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
+                                const Translator& translator, const std::optional<Output>& output) {
+    if (!output || !output->into) return change(target, verb, sql, translator);
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    const TableInfo into = table(*output->into);
+    std::int64_t changed = 0, identity = 0;
+    insertRowsOf(into, insertColumns(into, output->columns, false), [&] {
+        change(target, verb, sql, translator);
+        changed = m_rowCount;
+        identity = sqlite3_last_insert_rowid(m_connection.handle());
+    });
+    m_rowCount = changed;
+    sqlite3_set_last_insert_rowid(m_connection.handle(), identity);  // SCOPE_IDENTITY() is the change's own
+    atomic.commit();
+}
+
+std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
+                                                        const std::vector<std::string>& names,
+                                                        bool defaultValues) const {
     const bool identityGiven = sameWord(m_identityInsert, target.fullName());
     std::vector<const TableColumn*> columns;
-    for (const auto& name : insert.columns) {
+    for (const auto& name : names) {
         const TableColumn* column = target.column(name);
         if (!column) throw sqlError(207, {name});
         if (std::find(columns.begin(), columns.end(), column) != columns.end()) throw sqlError(264, {name});
         if (column->identity && !identityGiven) throw sqlError(544, {target.name});
         columns.push_back(column);
     }
-    if (!insert.columns.empty() || insert.defaultValues) return columns;
+    if (!names.empty() || defaultValues) return columns;
     if (identityGiven) throw sqlError(8101, {target.name});
     for (const auto& column : target.columns)
         if (!column.identity) columns.push_back(&column);
@@ -164,21 +191,24 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
 
 Flow Executor::run(const Insert& insert) {
     const TableInfo target = table(insert.table);
-    const auto columns = insertColumns(target, insert);
+    const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
+    translator.useCommonTables(insert.with, insert.table);
     try {
+        if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
         if (insert.execute)
-            insertExecuted(target, columns, *insert.execute);
-        else if (insert.query)
-            change(target, "INSERT", translator.insertQuery(target, columns, *insert.query), translator);
+            insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
         else
-            change(target, "INSERT", translator.insertRows(target, columns, insert), translator);
+            changeWithOutput(target, "INSERT",
+                             insert.query ? translator.insertQuery(target, columns, insert)
+                                          : translator.insertRows(target, columns, insert),
+                             translator, insert.output);
     } catch (const SqlError& error) {
         if (insert.columns.empty() && isCountError(error)) throw sqlError(213);
         throw;
     }
     rememberIdentity(target, m_rowCount);
-    done(m_rowCount);
+    done(m_rowCount, insert.output && !insert.output->into);
     return Flow::Next;
 }
 
@@ -189,13 +219,13 @@ void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
     if (identity) m_frames.back()->identity = identity;
 }
 
-void Executor::insertExecuted(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                              const Statement& execute) {
+void Executor::insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                            const std::function<void()>& work) {
     struct CollectedRow {
         std::vector<Value> cells;
         std::vector<SqlType> types;
     };
-    std::vector<CollectedRow> collected;  // the procedure may read the table that is filled
+    std::vector<CollectedRow> collected;  // the work may read the table that is filled
     const auto take = [&](std::span<const Column> types, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(213);
         CollectedRow& row = collected.emplace_back();
@@ -204,7 +234,7 @@ void Executor::insertExecuted(const TableInfo& target, const std::vector<const T
             row.types.push_back(types[i].type);
         }
     };
-    divert(take, [&] { run(std::get<Execute>(execute.node)); });
+    divert(take, work);
     m_verb = "INSERT";
     m_target = target;
     beforeWrite();
@@ -220,18 +250,53 @@ void Executor::insertExecuted(const TableInfo& target, const std::vector<const T
 }
 
 Flow Executor::run(const Update& update) {
-    const TableInfo target = table(Translator::targetName(update.table, update.from));
+    const ObjectName& name = Translator::targetName(update.table, update.from);
     Translator translator(*this);
-    change(target, "UPDATE", translator.update(target, update), translator);
-    done(m_rowCount);
+    translator.useCommonTables(update.with, name);
+    const TableInfo target = table(name);
+    const std::string sql = translator.update(target, update);
+    try {
+        changeWithOutput(target, "UPDATE", sql, translator, update.output);
+    } catch (const SqliteFailure& failure) {
+        if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+        updateInSteps(target, translator, update.output);
+    }
+    done(m_rowCount, update.output && !update.output->into);
     return Flow::Next;
 }
 
+// SQLite checks a key row by row, T-SQL when the statement is done: so the rows leave their keys first.
+void Executor::updateInSteps(const TableInfo& target, const Translator& translator,
+                             const std::optional<Output>& output) {
+    Atomic atomic(m_connection, target.schema);
+    const auto steps = translator.updateInSteps();
+    m_connection.run(steps[0], parameterValues(translator));
+    m_connection.run("PRAGMA ignore_check_constraints = 1");
+    struct Checked {
+        Connection& connection;
+        ~Checked() {
+            sqlite3_exec(connection.handle(), "PRAGMA ignore_check_constraints = 0", nullptr, nullptr,
+                         nullptr);
+        }
+    };
+    {
+        const Checked checked{m_connection};
+        m_connection.run(steps[1]);
+    }
+    changeWithOutput(target, "UPDATE", steps[2], translator, output);
+    const std::int64_t changed = m_rowCount;
+    m_connection.run(steps[3]);
+    m_rowCount = changed;
+    atomic.commit();
+}
+
 Flow Executor::run(const Delete& statement) {
-    const TableInfo target = table(Translator::targetName(statement.table, statement.from));
+    const ObjectName& name = Translator::targetName(statement.table, statement.from);
     Translator translator(*this);
-    change(target, "DELETE", translator.remove(target, statement), translator);
-    done(m_rowCount);
+    translator.useCommonTables(statement.with, name);
+    const TableInfo target = table(name);
+    changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
+    done(m_rowCount, statement.output && !statement.output->into);
     return Flow::Next;
 }
 

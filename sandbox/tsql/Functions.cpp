@@ -303,6 +303,7 @@ const FunctionInfo kFunctions[] = {
     {"concat", 2, kAnyNumber, "T", joinedText, "", writeConcat},
     {"concat_ws", 3, kAnyNumber, "T", joinedText, "ts_concat_ws"},
     {"quotename", 1, 2, "T", national<258>, "ts_quotename"},
+    {"xml.value", 2, 2, "A", national<SqlType::kMax>, "ts_xml_value"},  // (SELECT ... FOR XML).value()
     // numbers
     {"abs", 1, 1, "N", numberType, "ts_abs", writeWithResult},
     {"sign", 1, 1, "N", numberType, "ts_sign", writeWithResult},

@@ -28,6 +28,7 @@ struct Typed {
     std::optional<std::int64_t> integer =
         {};                 // the value of an integer literal: lengths and styles come from it
     std::string word = {};  // a bare name in place of a value: a date part, the * of COUNT(*)
+    int chain = 0;          // operators in `sql` when it is one call of ts_arithmetic
 };
 
 Typed nullLiteral();

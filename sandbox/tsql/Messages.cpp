@@ -30,10 +30,18 @@ constexpr MessageText kMessages[] = {
     {201, 16, 4, "Procedure or function '%s' expects parameter '%s', which was not supplied."},
     {207, 16, 1, "Invalid column name '%s'."},
     {208, 16, 1, "Invalid object name '%s'."},
+    {205, 16, 1,
+     "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of "
+     "expressions "
+     "in their target lists."},
     {213, 16, 1, "Column name or number of supplied values does not match table definition."},
     {214, 16, 1, "Procedure expects parameter '%s' of type '%s'."},
     {217, 16, 1, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32)."},
     {226, 16, 6, "%s statement not allowed within multi-statement transaction."},
+    {240, 16, 1,
+     "Types don't match between the anchor and the recursive part in column \"%s\" of recursive query "
+     "\"%s\"."},
+    {253, 16, 1, "Recursive member of a common table expression '%s' has multiple recursive references."},
     {264, 16, 1,
      "The column name '%s' is specified more than once in the SET clause or column list of an INSERT."},
     {266, 16, 2,
@@ -46,6 +54,8 @@ constexpr MessageText kMessages[] = {
      ">= or when the subquery is used as an expression."},
     {515, 16, 2,
      "Cannot insert the value NULL into column '%s', table '%s'; column does not allow nulls. %s fails."},
+    {530, 16, 1,
+     "The statement terminated. The maximum recursion %s has been exhausted before statement completion."},
     {544, 16, 1,
      "Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF."},
     {547, 16, 0,
@@ -61,6 +71,7 @@ constexpr MessageText kMessages[] = {
      "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a "
      "name."},
     {1048, 15, 1, "Conflicting cursor options %s and %s."},
+    {1087, 15, 2, "Must declare the table variable \"%s\"."},
     {1105, 17, 2, "Could not allocate space in database '%s': the disk is full."},
     {1205, 13, 1,
      "Transaction (Process ID %s) was deadlocked on lock resources with another process and has been chosen "
@@ -147,6 +158,15 @@ constexpr MessageText kMessages[] = {
      "Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY "
      "clause expressions."},
     {6401, 16, 1, "Cannot roll back %s. No transaction or savepoint of that name was found."},
+    {6809, 16, 1,
+     "Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for "
+     "attribute "
+     "names. Name unnamed columns/tables using AS in the SELECT statement."},
+    {6852, 16, 1,
+     "Attribute-centric column '%s' must not come after a non-attribute-centric sibling in XML hierarchy in "
+     "FOR XML PATH."},
+    {6864, 16, 1,
+     "Row tag omission (empty row tag name) cannot be used with attribute-centric FOR XML serialization."},
     {8101, 16, 1,
      "An explicit value for the identity column in table '%s' can only be specified when a column list is "
      "used and IDENTITY_INSERT is ON."},
@@ -162,6 +182,7 @@ constexpr MessageText kMessages[] = {
     {10752, 15, 1, "The function '%s' may not have a window frame."},
     {10753, 15, 1, "The function '%s' must have an OVER clause."},
     {10756, 15, 1, "Window frame with ROWS or RANGE must have an ORDER BY clause."},
+    {10757, 15, 1, "The function '%s' may not have a WITHIN GROUP clause."},
     {10759, 15, 1, "Use of DISTINCT is not allowed with the OVER clause."},
     {15009, 16, 1, "The object '%s' does not exist in database '%s' or is invalid for this operation."},
     {15197, 16, 1, "There is no text for object '%s'."},

@@ -29,10 +29,17 @@ Value runAssign(const Call& call) {
     }
 }
 
-// (left, left type, right, right type, result type)
-template <BinaryOp op>
+// (left, left type[, operator, right, right type, result type]...), from left to right
 Value runArithmetic(const Call& call) {
-    return arithmetic(op, call[0], call.type(1), call[2], call.type(3), call.type(4));
+    Value left = ownedValue(call[0]);
+    SqlType type = call.type(1);
+    for (std::size_t i = 2; i + 3 < call.count(); i += 4) {
+        const auto op = static_cast<BinaryOp>(call.integer(i));
+        const SqlType result = call.type(i + 3);
+        left = arithmetic(op, viewOf(left), type, call[i + 1], call.type(i + 2), result);
+        type = result;
+    }
+    return left;
 }
 
 // (left, left scale, right, right scale)
@@ -58,20 +65,12 @@ constexpr ScalarFunction kFunctions[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
     {"ts_assign", runAssign, Nulls::Reach},
-    {"ts_add", runArithmetic<BinaryOp::Add>},
-    {"ts_subtract", runArithmetic<BinaryOp::Subtract>},
-    {"ts_multiply", runArithmetic<BinaryOp::Multiply>},
-    {"ts_divide", runArithmetic<BinaryOp::Divide>},
-    {"ts_modulo", runArithmetic<BinaryOp::Modulo>},
-    {"ts_bitand", runArithmetic<BinaryOp::BitAnd>},
-    {"ts_bitor", runArithmetic<BinaryOp::BitOr>},
-    {"ts_bitxor", runArithmetic<BinaryOp::BitXor>},
+    {"ts_arithmetic", runArithmetic, Nulls::Reach},
     {"ts_compare", runCompare},
     {"ts_like", runLike},
 };
 
-constexpr std::string_view kOperatorFunctions[] = {"ts_add",    "ts_subtract", "ts_multiply", "ts_divide",
-                                                   "ts_modulo", "ts_bitand",   "ts_bitor",    "ts_bitxor"};
+constexpr int kLongestChain = 30;  // operators of one ts_arithmetic, within the arguments that SQLite allows
 constexpr std::string_view kCompareSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
 
 std::string code(const SqlType& type) {
@@ -232,17 +231,22 @@ Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
     if (isText(type.id)) return {"(" + left.sql + " || " + right.sql + ")", type, false, {}, {}};
     if (isBinary(type.id))
         return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type, false, {}, {}};
-    const std::string name(kOperatorFunctions[static_cast<std::size_t>(op)]);
-    return {name + "(" + left.sql + "," + code(left.type) + "," + right.sql + "," + code(right.type) + "," +
-                code(type) + ")",
+    // A chain of operators is one call: SQLite's parser bounds how deep calls may nest.
+    const bool joins = left.chain > 0 && left.chain < kLongestChain;
+    const std::string chain =
+        joins ? left.sql.substr(0, left.sql.size() - 1) : "ts_arithmetic(" + left.sql + "," + code(left.type);
+    return {chain + "," + std::to_string(static_cast<int>(op)) + "," + right.sql + "," + code(right.type) +
+                "," + code(type) + ")",
             type,
             false,
             {},
-            {}};
+            {},
+            joins ? left.chain + 1 : 1};
 }
 
 Typed emitNegate(const Typed& value) {
     Typed result = value;
+    result.chain = 0;
     if (value.nullLiteral) return result;
     if (!isNumber(value.type.id) || value.type.id == TypeId::Bit)
         throw SqlError(8117, "Operand data type " + std::string(baseName(value.type.id)) +
@@ -254,8 +258,9 @@ Typed emitNegate(const Typed& value) {
     }
     if (value.type.id == TypeId::TinyInt) result.type = simpleType(TypeId::SmallInt);
     if (isInteger(value.type.id) || isMoney(value.type.id))  // the least value has no counterpart
-        result.sql = "ts_subtract(0," + code(result.type) + "," + value.sql + "," + code(value.type) + "," +
-                     code(result.type) + ")";
+        result.sql = "ts_arithmetic(0," + code(result.type) + "," +
+                     std::to_string(static_cast<int>(BinaryOp::Subtract)) + "," + value.sql + "," +
+                     code(value.type) + "," + code(result.type) + ")";
     else
         result.sql = "(-" + value.sql + ")";
     return result;

@@ -100,12 +100,17 @@ class Parser {
     ast::ExprPtr parseNamed();
     ast::ExprPtr parseCall(ast::ObjectName name);
     ast::Window parseWindow();
+    ast::ExprPtr parseXmlValue(ast::ExprPtr xml);
     ast::ExprPtr value(ast::ExprPtr expr) const;  // refuses a condition
     std::vector<ast::ExprPtr> expressions();
 
     // ---- queries (ParserQueries.cpp)
     bool atQuery() const;
     ast::QueryPtr parseQuery();
+    ast::QueryPtr parseQueryBehind(std::vector<ast::CommonTable> with);
+    ast::ObjectName tableName();
+    void parseOptions(ast::Query* query);
+    std::optional<ast::ForXml> parseForXml();
     ast::QueryPtr parseSubquery();
     ast::QueryPtr parseUnion();
     ast::QueryPtr parseIntersect();
@@ -124,7 +129,6 @@ class Parser {
     std::vector<ast::OrderItem> parseOrderBy();
     void parseOffset(ast::Query& query);
     std::vector<std::string> parseColumnNames();
-    void refuseQueryClauses();
 
     // ---- statements (ParserStatements.cpp)
     ast::StatementPtr parseStatement();
@@ -161,6 +165,9 @@ class Parser {
     ast::Statement::Node parseUpdate();
     ast::Statement::Node parseDelete();
     ast::SetClause parseSetClause();
+    ast::Statement::Node parseCommonTables();
+    std::optional<ast::Output> parseOutput();
+    std::shared_ptr<const ast::CreateTable> parseTableVariable(const Token& name);
     ast::Statement::Node parseCreate();
     ast::Statement::Node parseAlter();
     ast::Statement::Node parseDrop();
@@ -188,6 +195,7 @@ class Parser {
     int m_depth = 0;
     int m_loops = 0;
     std::set<std::string> m_declared;  // variables' names in lower case
+    std::set<std::string> m_declaredTables;
 };
 
 }  // namespace tsql

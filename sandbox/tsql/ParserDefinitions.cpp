@@ -12,11 +12,10 @@ Statement::Node Parser::parseInsert() {
     Insert node;
     if (at("TOP")) unsupported("INSERT TOP");
     accept("INTO");
-    if (peek().kind == TokenKind::Variable) unsupported("table variables");
-    node.table = objectName();
+    node.table = tableName();
     parseTableHints();
     if (at("(") && !at("SELECT", 1) && !at("(", 1)) node.columns = parseColumnNames();
-    if (at("OUTPUT")) unsupported("the OUTPUT clause");
+    node.output = parseOutput();
     if (acceptAll({"DEFAULT", "VALUES"})) {
         node.defaultValues = true;
     } else if (accept("VALUES")) {
@@ -32,16 +31,53 @@ Statement::Node Parser::parseInsert() {
     return node;
 }
 
+// WITH ... before a query or a change.
+Statement::Node Parser::parseCommonTables() {
+    auto with = parseWith();
+    const auto change = [&](Statement::Node node) {
+        std::visit(
+            [&](auto& each) {
+                if constexpr (requires { each.with; }) each.with = std::move(with);
+            },
+            node);
+        return node;
+    };
+    if (at("INSERT")) return change(parseInsert());
+    if (at("UPDATE")) return change(parseUpdate());
+    if (at("DELETE")) return change(parseDelete());
+    return SelectStatement{parseQueryBehind(std::move(with))};
+}
+
+std::optional<Output> Parser::parseOutput() {
+    if (!accept("OUTPUT")) return std::nullopt;
+    Output output{list([this] { return parseSelectItem(); }), {}, {}};
+    if (!accept("INTO")) return output;
+    output.into = tableName();
+    if (at("(")) output.columns = parseColumnNames();
+    return output;
+}
+
+std::shared_ptr<const CreateTable> Parser::parseTableVariable(const Token& name) {
+    expect("TABLE");
+    CreateTable table{{{}, {}, std::string(name.raw), name.line}, {}, {}};
+    parenthesized([&] {
+        do parseTableElement(table);
+        while (accept(","));
+        return 0;
+    });
+    return std::make_shared<const CreateTable>(std::move(table));
+}
+
 SetClause Parser::parseSetClause() {
     SetClause clause;
-    if (peek().kind == TokenKind::Variable)
+    if (peek().kind == TokenKind::Variable) {
         clause.variable = expectVariable();
-    else {
-        clause.column = expectName();
-        while (accept(".")) clause.column = expectName();
+        expect("=");
+        if (!atName() || !at("=", 1)) unsupported("UPDATE ... SET @variable = value without a column");
     }
+    clause.column = expectName();
+    while (accept(".")) clause.column = expectName();
     clause.op = parseAssignmentOperator();
-    if (!clause.variable.empty() && atName() && at("=", 1)) unsupported("SET @variable = column = value");
     if (!accept("DEFAULT")) clause.value = expression();
     return clause;
 }
@@ -51,15 +87,18 @@ Statement::Node Parser::parseUpdate() {
     Update node;
     if (at("STATISTICS")) unsupported("UPDATE STATISTICS");
     node.top = parseTop();
-    if (peek().kind == TokenKind::Variable) unsupported("table variables");
-    node.table = objectName();
+    node.table = tableName();
     parseTableHints();
     expect("SET");
     node.sets = list([this] { return parseSetClause(); });
-    if (at("OUTPUT")) unsupported("the OUTPUT clause");
+    const std::size_t output = m_next;
+    node.output = parseOutput();
+    for (std::size_t i = output; i < m_next; ++i)
+        if (sameWord(m_tokens[i].raw, "deleted")) unsupported("deleted rows in the OUTPUT of UPDATE");
     if (accept("FROM")) node.from = parseFrom();
     if (at("WHERE") && at("CURRENT", 1)) unsupported("WHERE CURRENT OF");
     if (accept("WHERE")) node.where = condition();
+    parseOptions(nullptr);
     return node;
 }
 
@@ -68,10 +107,9 @@ Statement::Node Parser::parseDelete() {
     Delete node;
     node.top = parseTop();
     accept("FROM");
-    if (peek().kind == TokenKind::Variable) unsupported("table variables");
-    node.table = objectName();
+    node.table = tableName();
     parseTableHints();
-    if (at("OUTPUT")) unsupported("the OUTPUT clause");
+    node.output = parseOutput();
     if (accept("FROM")) node.from = parseFrom();
     if (at("WHERE") && at("CURRENT", 1)) unsupported("WHERE CURRENT OF");
     if (accept("WHERE")) node.where = condition();

@@ -236,7 +236,31 @@ ExprPtr Parser::parseParenthesized() {
     const bool query = at("SELECT") || at("WITH");
     ExprPtr inner = query ? make(line, ScalarQuery{parseSubquery()}) : parseOr();
     expect(")");
-    return inner;
+    return query && at(".") && at("VALUE", 1) ? parseXmlValue(std::move(inner)) : std::move(inner);
+}
+
+// (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)'): the text of the XML.
+ExprPtr Parser::parseXmlValue(ExprPtr xml) {
+    constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
+    const int line = peek().line;
+    const auto& query = std::get<ScalarQuery>(xml->node).query;
+    if (!query->xml || !query->xml->typed) syntaxError();
+    take();
+    take();
+    expect("(");
+    const std::string path = isString(peek()) ? unquoted(take()) : std::string();
+    const bool whole = contains(kWhole, path);
+    if (!whole && !contains(kText, path)) unsupported("the path '" + path + "' in .value()");
+    expect(",");
+    if (!isString(peek())) syntaxError();
+    Cast cast;
+    cast.type = Parser(unquoted(take()), true).type(TypeUse::Cast);
+    expect(")");
+    Call call{{"", "", "xml.value", line}, {}};
+    call.arguments.push_back(std::move(xml));
+    call.arguments.push_back(make(line, Literal{numberLiteral(whole ? "1" : "0")}));
+    cast.operand = make(line, std::move(call));
+    return make(line, std::move(cast));
 }
 
 ExprPtr Parser::parseCase() {

@@ -1,6 +1,7 @@
 // SELECT and what it is made of.
 #include "Messages.h"
 #include "Parser.h"
+#include "Text.h"
 
 namespace tsql {
 
@@ -13,15 +14,20 @@ bool Parser::atQuery() const {
 }
 
 QueryPtr Parser::parseQuery() {
+    return parseQueryBehind(parseWith());
+}
+
+QueryPtr Parser::parseQueryBehind(std::vector<CommonTable> with) {
     const Nesting nesting(*this);
     const int line = peek().line;
-    auto with = parseWith();
     QueryPtr query = parseUnion();
     query->with = std::move(with);
     query->line = line;
     if (at("ORDER")) query->orderBy = parseOrderBy();
     parseOffset(*query);
-    refuseQueryClauses();
+    query->xml = parseForXml();
+    if (at("COMPUTE")) unsupported("COMPUTE");
+    parseOptions(query.get());
     return query;
 }
 
@@ -34,17 +40,54 @@ QueryPtr Parser::parseSubquery() {
     return query;
 }
 
-void Parser::refuseQueryClauses() {
-    if (at("FOR") && (at("XML", 1) || at("JSON", 1) || at("BROWSE", 1)))
-        unsupported("SELECT ... FOR XML/JSON/BROWSE");
-    if (at("COMPUTE")) unsupported("COMPUTE");
-    if (at("OPTION") && at("(", 1)) {  // hints to the optimizer change no result
-        take();
-        while (!accept(")")) {
-            if (peek().kind == TokenKind::End) syntaxError();
-            take();
-        }
+// FOR XML RAW | PATH [('row')] [, ELEMENTS] [, ROOT [('root')]] [, TYPE]
+std::optional<ForXml> Parser::parseForXml() {
+    if (!at("FOR")) return std::nullopt;
+    if (at("JSON", 1) || at("BROWSE", 1)) unsupported("SELECT ... FOR JSON/BROWSE");
+    if (!acceptAll({"FOR", "XML"})) return std::nullopt;
+    const auto name = [this](std::string& into) {
+        if (!accept("(")) return;
+        if (!isString(peek())) syntaxError();
+        into = unquoted(take());
+        expect(")");
+    };
+    ForXml xml;
+    if (at("AUTO") || at("EXPLICIT")) unsupported("FOR XML AUTO and EXPLICIT");
+    xml.path = xml.elements = accept("PATH");
+    if (!xml.path) expect("RAW");
+    name(xml.row);
+    while (accept(",")) {
+        if (accept("ROOT"))
+            name(xml.root = "root");
+        else if (accept("TYPE"))
+            xml.typed = true;
+        else if (at("ELEMENTS") && !at("XSINIL", 1))
+            xml.elements = take().kind == TokenKind::Word;
+        else
+            unsupported("this option of FOR XML");
     }
+    return xml;
+}
+
+// Hints to the optimizer change no result; MAXRECURSION does.
+void Parser::parseOptions(Query* query) {
+    if (!at("OPTION") || !at("(", 1)) return;
+    for (take(); !accept(")"); take()) {
+        if (peek().kind == TokenKind::End) syntaxError();
+        if (!at("MAXRECURSION") || !query) continue;
+        take();
+        query->maxRecursion = expectInteger();
+        --m_next;
+    }
+}
+
+// The name of a table, or of a variable that is one.
+ObjectName Parser::tableName() {
+    if (peek().kind != TokenKind::Variable) return objectName();
+    const Token& name = take();
+    if (!m_declaredTables.contains(lowerAscii(name.raw)))
+        throw SyntaxError(sqlError(1087, {name.raw}), name.line);
+    return {{}, {}, std::string(name.raw), name.line};
 }
 
 std::vector<CommonTable> Parser::parseWith() {
@@ -228,8 +271,7 @@ TableRefPtr Parser::parseTablePrimary() {
         table->node = std::move(derived);
         return table;
     }
-    if (peek().kind == TokenKind::Variable) unsupported("table variables");
-    table->node = NamedTable{objectName()};
+    table->node = NamedTable{tableName()};
     if (at("(") && !at("NOLOCK", 1))
         std::get<NamedTable>(table->node).arguments =
             parenthesized([this] { return at(")") ? std::vector<ExprPtr>() : expressions(); });

@@ -97,6 +97,7 @@ Statement::Node Parser::parseStatementNode() {
         if (at(word)) return (this->*production)();
     for (const auto& [word, construct] : kUnsupported)
         if (at(word)) unsupported(construct);
+    if (at("WITH")) return parseCommonTables();
     if (atQuery()) return SelectStatement{parseQuery()};
     if (accept("PRINT")) return Print{expression()};
     if ((at("BREAK") || at("CONTINUE")) && m_loops == 0) throw SyntaxError(sqlError(135), peek().line);
@@ -131,10 +132,15 @@ Statement::Node Parser::parseDeclare() {
         const Token& name = take();
         accept("AS");
         if (at("CURSOR")) unsupported("cursor variables");
-        if (at("TABLE")) unsupported("table variables");
-        Declaration declaration{std::string(name.raw), type(TypeUse::Declaration), nullptr};
+        Declaration declaration{std::string(name.raw), {}, nullptr};
+        if (at("TABLE"))
+            declaration.table = parseTableVariable(name);
+        else
+            declaration.type = type(TypeUse::Declaration);
         if (accept("=")) declaration.value = expression();
-        if (!m_declared.insert(lowerAscii(name.raw)).second)
+        auto& declared = declaration.table ? m_declaredTables : m_declared;
+        const auto& others = declaration.table ? m_declared : m_declaredTables;
+        if (others.contains(lowerAscii(name.raw)) || !declared.insert(lowerAscii(name.raw)).second)
             throw SyntaxError(sqlError(134, {name.raw}), name.line);
         return declaration;
     })};

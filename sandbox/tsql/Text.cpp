@@ -62,6 +62,22 @@ char32_t nextOrBlank(std::string_view& text) {
     return text.empty() ? U' ' : nextCharacter(text);
 }
 
+// The letters without their accents from U+00E0 to U+017F, in lower case; a blank: no such letter.
+constexpr std::string_view kBaseLetters =
+    "aaaaaa ceeeeiiiidnooooo ouuuuy yaaaaaaccccccccddddeeeeeeeeeegggg"
+    "gggghhhhiiiiiiiiii  jjkk llllllllllnnnnnnn  oooooo  rrrrrrssssss"
+    "ssttttttuuuuuuuuuuuuwwyyyzzzzzzs";
+constexpr char32_t kFirstAccented = 0xE0;
+
+// Where a folded character sorts: signs, digits, letters; an accented letter beside its base letter.
+char32_t sortWeight(char32_t c) {
+    if (c >= kFirstAccented && c < kFirstAccented + kBaseLetters.size() &&
+        kBaseLetters[c - kFirstAccented] != ' ')
+        c = static_cast<unsigned char>(kBaseLetters[c - kFirstAccented]);
+    const bool alphanumeric = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z');
+    return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
+}
+
 // A [set] of a pattern, its opening bracket already taken; takes all up to the closing one.
 // Nothing closes it: the bracket is itself.
 bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
@@ -178,12 +194,16 @@ char32_t foldCase(char32_t c) {
 }
 
 int compareText(std::string_view left, std::string_view right) {
+    int accents = 0;  // the first difference between letters of the same base
     while (!left.empty() || !right.empty()) {
         const char32_t a = foldCase(nextOrBlank(left));
         const char32_t b = foldCase(nextOrBlank(right));
-        if (a != b) return a < b ? -1 : 1;
+        if (a == b) continue;
+        const char32_t heavy = sortWeight(a), light = sortWeight(b);
+        if (heavy != light) return heavy < light ? -1 : 1;
+        if (accents == 0) accents = a < b ? -1 : 1;
     }
-    return 0;
+    return accents;
 }
 
 std::size_t findText(std::string_view text, std::string_view part, std::size_t from) {

@@ -229,6 +229,70 @@ Value runSplit(const Call& call) {
     return result + "\"]";
 }
 
+// How a value of the type is converted to its XML text.
+int xmlStyle(const SqlType& type) {
+    constexpr int kIso8601 = 126, kSixteenDigits = 2, kEightDigits = 1, kFourDecimals = 2;
+    if (isDateTime(type.id)) return kIso8601;
+    if (isMoney(type.id)) return kFourDecimals;
+    if (type.id == TypeId::Real) return kEightDigits;
+    return type.id == TypeId::Float ? kSixteenDigits : kNoStyle;
+}
+
+// (value, type, whether in an attribute)
+Value runXml(const Call& call) {
+    const SqlType type = call.type(1);
+    Value value = convertValue(call[0], type, nvarcharType(SqlType::kMax), xmlStyle(type));
+    if (type.id == TypeId::Xml) return value;
+    const bool attribute = call.integer(2) != 0;
+    std::string result;
+    for (const char c : std::get<std::string>(value)) {
+        const auto code = static_cast<unsigned char>(c);
+        const bool space = c == '\n' || c == '\t';
+        if (c == '&')
+            result += "&amp;";
+        else if (c == '<')
+            result += "&lt;";
+        else if (c == '>')
+            result += "&gt;";
+        else if (c == '"' && attribute)
+            result += "&quot;";
+        else if (code < ' ' && (attribute || !space))
+            result.append("&#x").append(code < 16 ? "0" : "1").append(1, "0123456789ABCDEF"[code & 15U]) +=
+                ';';
+        else
+            result += c;
+    }
+    return result;
+}
+
+// (xml, whether its elements' text counts): the text of xml
+Value runXmlValue(const Call& call) {
+    constexpr std::pair<std::string_view, char> kEntities[] = {
+        {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&#x0D;", '\r'}};
+    std::string result;
+    for (std::string_view rest = call.text(0); !rest.empty();) {
+        if (rest.front() == '<') {
+            if (call.integer(1) == 0) throw unsupported(".value('text()[1]', ...) of xml with elements");
+            rest.remove_prefix(std::min(rest.find('>'), rest.size() - 1) + 1);
+            continue;
+        }
+        std::size_t taken = 1;
+        char c = rest.front();
+        for (const auto& [entity, stands] : kEntities)
+            if (rest.starts_with(entity)) taken = entity.size(), c = stands;
+        result += c;
+        rest.remove_prefix(taken);
+    }
+    return result;
+}
+
+// (depth, most): one deeper; 0: without a bound
+Value runDeeper(const Call& call) {
+    if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
+        throw sqlError(530, {std::to_string(call.integer(1))});
+    return call.integer(0) + 1;
+}
+
 Value runQuoteName(const Call& call) {
     constexpr std::string_view kQuotes = "[]()<>{}''\"\"``";
     const char wanted = call.count() > 1 && !call.text(1).empty() ? call.text(1)[0] : '[';
@@ -264,6 +328,9 @@ constexpr ScalarFunction kFunctions[] = {
     {"ts_str", runStr},
     {"ts_concat_ws", runConcatWs, Nulls::Reach},
     {"ts_split", runSplit},
+    {"ts_xml", runXml},
+    {"ts_xml_value", runXmlValue},
+    {"ts_deeper", runDeeper},
     {"ts_quotename", runQuoteName},
 };
 

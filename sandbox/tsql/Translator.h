@@ -92,11 +92,15 @@ class Translator {
     std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const ast::Insert& insert);
     std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                            const ast::Query& query);
+                            const ast::Insert& insert);
     // One row of values of the given types, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                                  const std::vector<SqlType>& types);
+    // What WITH names in front of a change of `target`.
+    void useCommonTables(const std::vector<ast::CommonTable>& with, const ast::ObjectName& target);
     std::string update(const TableInfo& target, const ast::Update& update);
+    // The same in steps, for rows that take over each other's keys.
+    std::vector<std::string> updateInSteps() const { return m_steps; }
     std::string remove(const TableInfo& target, const ast::Delete& statement);
     // A CHECK's condition, its columns without a table.
     std::string check(const TableInfo& table, const ast::Expr& condition);
@@ -104,6 +108,8 @@ class Translator {
     // Names of what ?1, ?2 ... stand for.
     const std::vector<std::string>& parameters() const { return m_parameters; }
     const std::vector<Assignment>& assignments() const { return m_assignments; }
+    // The columns of a change's OUTPUT clause.
+    const QueryText& output() const { return m_output; }
     // Throws SqlError 8158 and 8159.
     static void checkColumnList(const std::vector<std::string>& names, const QueryText& text,
                                 const std::string& of);
@@ -120,6 +126,12 @@ class Translator {
         bool sawAggregate = false;
         int aggregateDepth = 0;
         bool windows = false;  // in the select list or ORDER BY: windows are allowed
+    };
+    struct CommonTable {
+        const ast::CommonTable* table;
+        bool open = false;           // inside its own definition
+        std::string recursive = {};  // its name in SQLite, inside of its recursive part
+        std::vector<OutputColumn> columns = {};
     };
     class Enter;
 
@@ -171,7 +183,12 @@ class Translator {
     std::string tableFunction(const ast::NamedTable& table, const std::string& alias);
     std::string derivedTable(const ast::Query& query, const std::vector<std::string>& names,
                              const std::string& alias);
+    std::string recursiveTable(std::size_t with, const std::string& alias);
+    std::string recursiveReference(const CommonTable& table, const std::string& alias);
     std::string join(const ast::Join& join);
+    // ---- FOR XML (TranslatorXml.cpp)
+    QueryText forXml(const QueryText& rows, const ast::ForXml& xml) const;
+
     std::string groupBy(const ast::Select& select);
     std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text, bool outputOnly);
     std::optional<std::size_t> outputPosition(const ast::Expr& expr, const QueryText& text) const;
@@ -188,14 +205,12 @@ class Translator {
     std::vector<const TableColumn*> absentDefaults(const TableInfo& target,
                                                    const std::vector<const TableColumn*>& columns) const;
     Typed setValue(const ast::Update& update, const ast::SetClause& clause, const TableColumn& column);
+    std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
+                          const std::string& exposed);
+    std::string returnedToVariables(const TableInfo& target, const ast::Update& update);
     std::string topRows(const std::optional<ast::Top>& top);
     std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,
                               const std::vector<ast::TableRefPtr>& from, std::string& rowid);
-
-    struct CommonTable {
-        const ast::CommonTable* table;
-        bool open = false;  // inside its own definition
-    };
 
     NameResolver& m_names;
     Scope* m_scope = nullptr;
@@ -207,6 +222,10 @@ class Translator {
     std::map<std::string, std::string> m_live;
     bool m_sorted = false;  // then rows are computed before their order is known
     int m_aliases = 0;
+    std::string m_depth;  // of the recursion: the column that the recursive part must add
+    std::int64_t m_maxRecursion = 100;
+    QueryText m_output;
+    std::vector<std::string> m_steps;
     bool m_topLevel = true;
 };
 

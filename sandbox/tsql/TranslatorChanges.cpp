@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
 #include "Translator.h"
@@ -61,7 +62,9 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
     const auto absent = absentDefaults(target, columns);
     std::vector<const TableColumn*> all = columns;
     all.insert(all.end(), absent.begin(), absent.end());
-    if (all.empty()) return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES";
+    if (all.empty())
+        return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES" +
+               returning(target, insert.output, "inserted");
     const std::vector<ExprPtr> none;
     std::string rows;
     const auto addRow = [&](const std::vector<ExprPtr>& cells) {
@@ -85,13 +88,13 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
                 15);
         addRow(row);
     }
-    return insertHead(target, all) + rows;
+    return insertHead(target, all) + rows + returning(target, insert.output, "inserted");
 }
 
 std::string Translator::insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                                    const Query& query) {
+                                    const Insert& insert) {
     m_topLevel = false;
-    const QueryText text = this->query(query);
+    const QueryText text = query(*insert.query);
     if (text.columns.size() != columns.size())
         throw SqlError(
             text.columns.size() < columns.size() ? 120 : 121,
@@ -109,7 +112,8 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
         list += ", " + assigned(defaultOf(*column), target, *column);
         all.push_back(column);
     }
-    return insertHead(target, all) + "SELECT " + list + " FROM (" + text.sql + ")";
+    return insertHead(target, all) + "SELECT " + list + " FROM (" + text.sql + ")" +
+           returning(target, insert.output, "inserted");
 }
 
 std::string Translator::insertParameters(const TableInfo& target,
@@ -137,6 +141,46 @@ std::string Translator::topRows(const std::optional<Top>& top) {
     return " LIMIT max(0, " + coerce(value(*top->count), simpleType(TypeId::BigInt)).sql + ")";
 }
 
+void Translator::useCommonTables(const std::vector<ast::CommonTable>& with, const ObjectName& target) {
+    for (const auto& table : with) {
+        if (target.schema.empty() && compareText(table.name, target.name) == 0)
+            throw unsupported("changes through a common table expression ('" + table.name + "')");
+        m_with.push_back({&table});
+    }
+}
+
+// The OUTPUT clause: what the changed row holds then, or held before it was deleted.
+std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
+                                  const std::string& exposed) {
+    if (!output) return {};
+    Scope scope;
+    m_scope = &scope;
+    addSource(target, exposed, {});
+    std::string list;
+    for (const auto& item : output->items) {
+        if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
+        selectItem(item, m_output, list, false);
+    }
+    m_scope = nullptr;
+    return " RETURNING " + list;
+}
+
+// SET @variable = column = value: the variable gets what the column holds then.
+std::string Translator::returnedToVariables(const TableInfo& target, const Update& update) {
+    std::string list;
+    for (const auto& clause : update.sets) {
+        if (clause.variable.empty()) continue;
+        const std::string key = lowerAscii(clause.variable);
+        if (update.output || std::find(m_parameters.begin(), m_parameters.end(), key) != m_parameters.end())
+            throw unsupported(
+                "UPDATE ... SET @variable = column with OUTPUT or with the variable's own value");
+        const TableColumn& column = *target.column(clause.column);
+        list += (list.empty() ? " RETURNING " : ", ") + quotedName(column.name);
+        m_assignments.push_back({clause.variable, column.type});
+    }
+    return list;
+}
+
 // The FROM clause of a change; gives the row id of the changed table in it.
 std::string Translator::joinedSources(const TableInfo& target, const ObjectName& name,
                                       const std::vector<TableRefPtr>& from, std::string& rowid) {
@@ -157,27 +201,35 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
     const bool simple = update.from.empty() && !update.top;
-    std::string picked, sets;
+    std::string picked, sets, moved, away;
     for (const auto& clause : update.sets) {
-        if (!clause.variable.empty())
-            throw SqlError(50000, "tsqlbox does not support UPDATE ... SET @variable = value.");
         const TableColumn* column = target.column(clause.column);
         if (!column) throw SqlError(207, "Invalid column name '" + clause.column + "'.");
         if (column->identity) throw SqlError(8102, "Cannot update identity column '" + column->name + "'.");
         const std::string cell = assigned(setValue(update, clause, *column), target, *column);
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
         picked += ", " + cell + " AS " + alias;
-        sets += (sets.empty() ? "" : ", ") + quotedName(column->name) + " = " +
-                (simple ? cell : "picked." + alias);
+        const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
+        sets += set + (simple ? cell : "picked." + alias);
+        moved += set + "picked." + alias;
+        away += set + "CAST('tsqlbox ' || _rowid_ AS BLOB)";
     }
     const std::string where = update.where ? " WHERE " + condition(*update.where) : "";
     const std::string top = topRows(update.top);
+    const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
+    const std::string returned =
+        returning(target, update.output, "inserted") + returnedToVariables(target, update);
     m_scope = nullptr;
+    const std::string changed = "UPDATE " + target.sqlName() + " AS changed SET ";
+    const std::string joined = " AS picked WHERE changed._rowid_ = picked.id" + returned;
+    m_steps = {"CREATE TEMP TABLE tsqlbox_picked AS " + rows,
+               "UPDATE " + target.sqlName() + " SET " + away +
+                   " WHERE _rowid_ IN (SELECT id FROM temp.tsqlbox_picked)",
+               changed + moved + " FROM temp.tsqlbox_picked" + joined, "DROP TABLE temp.tsqlbox_picked"};
     if (simple)
         return "UPDATE " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + " SET " + sets +
-               where;
-    return "UPDATE " + target.sqlName() + " AS changed SET " + sets + " FROM (SELECT " + rowid + " AS id" +
-           picked + sources + where + top + ") AS picked WHERE changed._rowid_ = picked.id";
+               where + returned;
+    return changed + sets + " FROM (" + rows + ")" + joined;
 }
 
 std::string Translator::remove(const TableInfo& target, const Delete& statement) {
@@ -188,11 +240,13 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
     const std::string where = statement.where ? " WHERE " + condition(*statement.where) : "";
     const std::string top = topRows(statement.top);
+    const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
     if (statement.from.empty() && !statement.top)
-        return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where;
+        return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where +
+               returned;
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +
-           ")";
+           ")" + returned;
 }
 
 std::string Translator::check(const TableInfo& table, const Expr& expr) {

@@ -174,6 +174,8 @@ Typed Translator::node(const Call& call) {
     if (!function)
         throw SqlError(195, "'" + call.name.name + "' is not a recognized built-in function name.", 15);
     const FunctionKind kind = kindOf(*function);
+    if (!call.within.empty() && kind != FunctionKind::Aggregate)
+        throw sqlError(10757, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
     if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
@@ -185,8 +187,16 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     m_scope->sawAggregate = true;
     ++m_scope->aggregateDepth;
     const auto arguments = callArguments(call, false);
+    Typed result = emitCall(function, arguments, call.distinct);
+    if (!call.within.empty()) {
+        if (!sameWord(call.name.name, "STRING_AGG")) throw sqlError(10757, {toUpper(call.name.name)});
+        std::string keys;
+        for (const auto& item : call.within)
+            keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
+        result.sql.insert(result.sql.size() - 1, keys);
+    }
     --m_scope->aggregateDepth;
-    return emitCall(function, arguments, call.distinct);
+    return result;
 }
 
 // What stands in OVER and beside it sees the groups, if there are any, as its rows.

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "Lexer.h"
 #include "Messages.h"
 #include "Text.h"
@@ -6,6 +8,26 @@
 namespace tsql {
 
 using namespace ast;
+
+namespace {
+
+bool reads(const TableRef& table, std::string_view name) {
+    if (const auto* join = std::get_if<Join>(&table.node))
+        return reads(*join->left, name) || reads(*join->right, name);
+    const auto* named = std::get_if<NamedTable>(&table.node);
+    return named && named->name.schema.empty() && compareText(named->name.name, name) == 0;
+}
+
+bool isRecursive(const CommonTable& table) {
+    const auto* operation = std::get_if<SetOperation>(&table.query->body);
+    const auto* next = operation && operation->op == SetOp::UnionAll
+                           ? std::get_if<Select>(&operation->right->body)
+                           : nullptr;
+    return next && std::any_of(next->from.begin(), next->from.end(),
+                               [&](const auto& from) { return reads(*from, table.name); });
+}
+
+}  // namespace
 
 // A scope stands while its query is translated. Common tables named in it go with it.
 class Translator::Enter {
@@ -27,7 +49,9 @@ class Translator::Enter {
 QueryText Translator::query(const Query& query) {
     const std::size_t common = m_with.size();
     for (const auto& table : query.with) m_with.push_back({&table});
+    if (query.maxRecursion) m_maxRecursion = *query.maxRecursion;
     QueryText text = body(query);
+    if (query.xml) text = forXml(text, *query.xml);
     m_with.resize(common);
     return text;
 }
@@ -46,6 +70,9 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const Enter enter(*this, scope);
     QueryText text;
     const std::string fromSql = from(select.from);
+    const std::string depth = std::exchange(m_depth, {});
+    if (!depth.empty() && (select.distinct || select.top || !select.groupBy.empty()))
+        throw unsupported("DISTINCT, TOP or GROUP BY in the recursive part of a common table expression");
     const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
     if (scope.sawAggregate)
         throw SqlError(147,
@@ -77,6 +104,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     refuseLooseColumns("ORDER BY clause", !select.groupBy.empty() || select.having);
 
     const std::string limitSql = limit(&select, query);
+    if (!depth.empty()) list += ", " + depth;
     text.sql = std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + fromSql + whereSql +
                groupSql + havingSql + orderSql + limitSql;
     text.bounded = !orderSql.empty() || !limitSql.empty();
@@ -210,11 +238,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
-    if (left.columns.size() != right.columns.size())
-        throw SqlError(
-            205,
-            "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number "
-            "of expressions in their target lists.");
+    if (left.columns.size() != right.columns.size()) throw sqlError(205);
     std::string leftList, rightList;
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
@@ -271,7 +295,10 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     const std::string exposed = alias.empty() ? table.name.name : alias;
     if (table.name.schema.empty() && !table.arguments)
         for (std::size_t i = m_with.size(); i-- > 0;) {
-            if (m_with[i].open || compareText(m_with[i].table->name, table.name.name) != 0) continue;
+            if (compareText(m_with[i].table->name, table.name.name) != 0) continue;
+            if (!m_with[i].recursive.empty()) return recursiveReference(m_with[i], exposed);
+            if (m_with[i].open) continue;
+            if (isRecursive(*m_with[i].table)) return recursiveTable(i, exposed);
             m_with[i].open = true;
             const std::string sql = derivedTable(*m_with[i].table->query, m_with[i].table->columns, exposed);
             m_with[i].open = false;
@@ -369,6 +396,51 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
     }
     m_scope->sources.push_back(std::move(source));
     return "(" + text.sql + ") AS " + sqlAlias;
+}
+
+// Anchor UNION ALL recursive part. Each row counts how deep it is, for the limit.
+std::string Translator::recursiveTable(std::size_t with, const std::string& alias) {
+    const ast::CommonTable& table = *m_with[with].table;
+    const auto& operation = std::get<SetOperation>(table.query->body);
+    Scope* const beside = std::exchange(m_scope, m_scope->outer);
+    m_with[with].open = true;
+    QueryText anchor = query(*operation.left);
+    checkColumnList(table.columns, anchor, table.name);
+    for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
+        if (!table.columns.empty()) anchor.columns[i].column.name = table.columns[i];
+        anchor.columns[i].column.nullable = true;
+    }
+    m_with[with].columns = anchor.columns;
+    const std::string name = m_with[with].recursive = "r" + nextAlias();
+    const QueryText next = query(*operation.right);
+    m_with[with].recursive.clear();
+    m_with[with].open = false;
+    m_scope = beside;
+    if (next.columns.size() != anchor.columns.size()) throw sqlError(205);
+    const std::string sqlAlias = nextAlias();
+    Source source{alias, {}, {}, {}};
+    std::string list;
+    for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
+        const OutputColumn& output = anchor.columns[i];
+        if (output.column.type != next.columns[i].column.type && !next.columns[i].nullLiteral)
+            throw sqlError(240, {output.column.name, table.name});
+        list += output.alias + ", ";
+        source.columns.push_back({output.column.name, sqlAlias + "." + output.alias, output.column.type});
+    }
+    m_scope->sources.push_back(std::move(source));
+    return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +
+           ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + sqlAlias;
+}
+
+std::string Translator::recursiveReference(const CommonTable& table, const std::string& alias) {
+    if (!m_depth.empty()) throw sqlError(253, {table.table->name});
+    const std::string sqlAlias = nextAlias();
+    Source source{alias, {}, {}, {}};
+    for (const auto& output : table.columns)
+        source.columns.push_back({output.column.name, sqlAlias + "." + output.alias, output.column.type});
+    m_scope->sources.push_back(std::move(source));
+    m_depth = "ts_deeper(" + sqlAlias + ".depth, " + std::to_string(m_maxRecursion) + ")";
+    return table.recursive + " AS " + sqlAlias;
 }
 
 std::string Translator::join(const Join& join) {
