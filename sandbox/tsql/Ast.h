@@ -342,7 +342,8 @@ struct Constraint {
     std::string name;  // empty: one is made up
     std::vector<std::string> columns;
     ExprPtr check;
-    std::string text;  // of CHECK's condition or DEFAULT's value
+    std::string text;    // of CHECK's condition or DEFAULT's value
+    std::string source;  // the whole but its name: parseConstraint() reads it again
     std::string references;
     std::vector<std::string> referencedColumns;
     bool cascade = false;
@@ -361,9 +362,10 @@ struct CreateTable {
     std::vector<Constraint> constraints;
 };
 struct AlterTable {
-    ObjectName table;
-    std::vector<ColumnDefinition> addColumns;
-    std::vector<std::string> dropColumns;
+    CreateTable added;  // to the table that it names
+    std::optional<ColumnDefinition> altered;
+    std::vector<std::string> dropColumns, dropConstraints;
+    bool ifExists = false;
 };
 struct CreateIndex {
     std::string name;
@@ -419,14 +421,17 @@ struct Transaction {
 };
 struct Backup {
     ExprPtr database, file;
+    std::int64_t stats = 0;  // percent between two messages, 0 for none
 };
 struct Move {
     ExprPtr logicalName, path;
 };
+enum class RestoreKind { Database, FileList, Header, Verify };
 struct Restore {
-    bool fileListOnly = false;
+    RestoreKind kind = RestoreKind::Database;
     ExprPtr database, file;
     bool replace = false;
+    std::int64_t stats = 0;
     std::vector<Move> moves;
 };
 

@@ -11,6 +11,8 @@
 #include <optional>
 
 #include "Messages.h"
+#include "Parser.h"
+#include "Text.h"
 
 namespace tsql {
 namespace {
@@ -196,14 +198,32 @@ std::int64_t writeImage(const fs::path& database, const fs::path& image) {
     return pages;
 }
 
-void writeBackup(const fs::path& target, const std::string& header, const fs::path& image) {
+// Calls `progress` as the copied bytes approach `total`.
+class Meter {
+  public:
+    Meter(const Progress& progress, std::int64_t total)
+        : m_progress(progress), m_total(std::max<std::int64_t>(total, 1)) {}
+    void add(std::size_t bytes) {
+        m_done += static_cast<std::int64_t>(bytes);
+        if (m_progress) m_progress(static_cast<int>(m_done * 100 / m_total));
+    }
+
+  private:
+    const Progress& m_progress;
+    std::int64_t m_total, m_done = 0;
+};
+
+void writeBackup(const fs::path& target, const std::string& header, const fs::path& image, Meter meter) {
     File out(target, O_WRONLY | O_TRUNC);
     File in(image, O_RDONLY);
     Hash hash(header);
     eachBlock(in, [&](std::string_view block) { hash.add(block); });
     in.rewindTo(0);
     out.write(std::string(kMagic) + encodeSize(header.size()) + header + hash.value());
-    eachBlock(in, [&](std::string_view block) { out.write(block); });
+    eachBlock(in, [&](std::string_view block) {
+        out.write(block);
+        meter.add(block.size());
+    });
     out.sync();
 }
 
@@ -223,16 +243,18 @@ struct OpenBackup {
         header = *decoded;
     }
 
-    // Copies the image while its checksum is taken; a damaged one is found before it is used.
-    void extractTo(const fs::path& target) {
-        File out(target, O_WRONLY | O_TRUNC);
+    // Copies the image, when there is a target, while its checksum is taken; a damaged one is found before it
+    // is used.
+    void copyTo(File* out, const Progress& progress) {
         Hash hash(headerBytes);
+        Meter meter(progress, header.bytes);
         eachBlock(file, [&](std::string_view block) {
             hash.add(block);
-            out.write(block);
+            if (out) out->write(block);
+            meter.add(block.size());
         });
         if (hash.value() != checksum) damaged(file.path());
-        out.sync();
+        if (out) out->sync();
     }
 
     File file;
@@ -263,6 +285,29 @@ void putInPlace(Storage& storage, TemporaryFile& image, std::string_view databas
     copyDatabase(source.get(), target.get());
 }
 
+BackupReport emptyReport(std::string_view columns) {
+    BackupReport report;
+    for (std::size_t at = 0; at < columns.size();
+         at = std::min(columns.find("; ", at), columns.size() - 2) + 2) {
+        const std::string_view item =
+            columns.substr(at, std::min(columns.find("; ", at), columns.size()) - at);
+        report.columns.push_back(
+            {std::string(item.substr(0, item.find(' '))), parseType(item.substr(item.find(' ') + 1))});
+    }
+    return report;
+}
+
+// What is not told is 0 or NULL.
+void addRow(BackupReport& report, std::initializer_list<std::pair<std::string_view, Value>> known) {
+    auto& row = report.rows.emplace_back();
+    for (const auto& column : report.columns) {
+        Value& cell = row.emplace_back();
+        if (isNumber(column.type.id)) cell = std::int64_t{0};
+        for (const auto& [name, value] : known)
+            if (name == column.name) cell = value;
+    }
+}
+
 std::string now() {
     return toStorage(localNow(), simpleType(TypeId::DateTime));
 }
@@ -276,7 +321,8 @@ std::string logLogicalName(std::string_view database) {
     return std::string(database) + "_log";
 }
 
-BackupHeader backupDatabase(const Storage& storage, std::string_view database, const fs::path& file) {
+BackupHeader backupDatabase(const Storage& storage, std::string_view database, const fs::path& file,
+                            const Progress& progress) {
     const std::string name = storage.canonicalName(database);
     if (name.empty()) throw sqlError(911, {database});
     BackupHeader header{name, now(), {}, storage.pathOf(name).string(), 0, 0};
@@ -289,7 +335,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     }
     header.bytes = static_cast<std::int64_t>(fs::file_size(image.path()));
     header.finished = now();
-    writeBackup(whole.path(), encodeHeader(header), image.path());
+    writeBackup(whole.path(), encodeHeader(header), image.path(), Meter(progress, header.bytes));
     whole.renameTo(file);
     return header;
 }
@@ -298,71 +344,88 @@ BackupHeader readBackupHeader(const fs::path& file) {
     return OpenBackup(file).header;
 }
 
-std::span<const Column> fileListColumns() {
-    static const SqlType kLsn = decimalType(25, 0), kSize = decimalType(20, 0),
-                         kId = simpleType(TypeId::UniqueIdentifier);
-    static const std::vector<Column> columns = {
-        {"LogicalName", nvarcharType(128)},
-        {"PhysicalName", nvarcharType(260)},
-        {"Type", {TypeId::Char, 1, 0, 0}},
-        {"FileGroupName", nvarcharType(128)},
-        {"Size", kSize},
-        {"MaxSize", kSize},
-        {"FileId", simpleType(TypeId::BigInt)},
-        {"CreateLSN", kLsn},
-        {"DropLSN", kLsn},
-        {"UniqueId", kId},
-        {"ReadOnlyLSN", kLsn},
-        {"ReadWriteLSN", kLsn},
-        {"BackupSizeInBytes", simpleType(TypeId::BigInt)},
-        {"SourceBlockSize", simpleType(TypeId::Int)},
-        {"FileGroupId", simpleType(TypeId::Int)},
-        {"LogGroupGUID", kId},
-        {"DifferentialBaseLSN", kLsn},
-        {"DifferentialBaseGUID", kId},
-        {"IsReadOnly", simpleType(TypeId::Bit)},
-        {"IsPresent", simpleType(TypeId::Bit)},
-    };
-    return columns;
+void verifyBackup(const fs::path& file) {
+    OpenBackup(file).copyTo(nullptr, {});
 }
 
-std::vector<std::vector<Value>> fileListRows(const BackupHeader& header) {
+BackupReport fileListOf(const BackupHeader& header) {
     constexpr std::int64_t kUnlimited = 35'184'372'080'640, kBlockSize = 4096;
-    const std::string nobody = "00000000-0000-0000-0000-000000000000";
-    const auto row = [&](bool data) -> std::vector<Value> {
-        const std::int64_t size = data ? header.bytes : 0;
-        const std::string path = data ? header.dataFile : header.dataFile + "-wal";
-        return {data ? dataLogicalName(header.database) : logLogicalName(header.database),
-                path,
-                std::string(data ? "D" : "L"),
-                data ? Value(std::string("PRIMARY")) : Value(Null{}),
-                size,
-                kUnlimited,
-                std::int64_t{data ? 1 : 2},
-                std::int64_t{0},
-                std::int64_t{0},
-                nobody,
-                std::int64_t{0},
-                std::int64_t{0},
-                size,
-                kBlockSize,
-                std::int64_t{data ? 1 : 0},
-                Null{},
-                std::int64_t{0},
-                nobody,
-                std::int64_t{0},
-                std::int64_t{1}};
-    };
-    return {row(true), row(false)};
+    BackupReport report = emptyReport(
+        "LogicalName nvarchar(128); PhysicalName nvarchar(260); Type char(1); FileGroupName nvarchar(128); "
+        "Size "
+        "numeric(20); MaxSize numeric(20); FileId bigint; CreateLSN numeric(25); DropLSN numeric(25); "
+        "UniqueId "
+        "uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes bigint; "
+        "SourceBlockSize int; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN "
+        "numeric(25); "
+        "DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit");
+    addRow(report, {{"LogicalName", dataLogicalName(header.database)},
+                    {"PhysicalName", header.dataFile},
+                    {"Type", std::string("D")},
+                    {"FileGroupName", std::string("PRIMARY")},
+                    {"Size", header.bytes},
+                    {"MaxSize", kUnlimited},
+                    {"FileId", std::int64_t{1}},
+                    {"BackupSizeInBytes", header.bytes},
+                    {"SourceBlockSize", kBlockSize},
+                    {"FileGroupId", std::int64_t{1}},
+                    {"IsPresent", std::int64_t{1}}});
+    addRow(report, {{"LogicalName", logLogicalName(header.database)},
+                    {"PhysicalName", header.dataFile + "-wal"},
+                    {"Type", std::string("L")},
+                    {"MaxSize", kUnlimited},
+                    {"FileId", std::int64_t{2}},
+                    {"SourceBlockSize", kBlockSize},
+                    {"IsPresent", std::int64_t{1}}});
+    return report;
+}
+
+BackupReport headerOf(const BackupHeader& header) {
+    BackupReport report = emptyReport(
+        "BackupName nvarchar(128); BackupDescription nvarchar(255); BackupType smallint; ExpirationDate "
+        "datetime; "
+        "Compressed bit; Position smallint; DeviceType tinyint; UserName nvarchar(128); ServerName "
+        "nvarchar(128); "
+        "DatabaseName nvarchar(128); DatabaseVersion int; DatabaseCreationDate datetime; BackupSize "
+        "numeric(20); "
+        "FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN "
+        "numeric(25); "
+        "BackupStartDate datetime; BackupFinishDate datetime; SortOrder smallint; CodePage smallint; "
+        "UnicodeLocaleId "
+        "int; UnicodeComparisonStyle int; CompatibilityLevel tinyint; SoftwareVendorId int; "
+        "SoftwareVersionMajor int; "
+        "SoftwareVersionMinor int; SoftwareVersionBuild int; MachineName nvarchar(128); Flags int; BindingID "
+        "uniqueidentifier; RecoveryForkID uniqueidentifier; Collation nvarchar(128)");
+    constexpr std::int64_t kDatabase = 1, kDisk = 2, kLevel = 150, kMajor = 15, kBuild = 2000;
+    addRow(report, {{"BackupType", kDatabase},
+                    {"Position", std::int64_t{1}},
+                    {"DeviceType", kDisk},
+                    {"DatabaseName", header.database},
+                    {"BackupSize", header.bytes},
+                    {"BackupStartDate", header.started},
+                    {"BackupFinishDate", header.finished},
+                    {"CompatibilityLevel", kLevel},
+                    {"SoftwareVersionMajor", kMajor},
+                    {"SoftwareVersionBuild", kBuild},
+                    {"Collation", std::string("SQL_Latin1_General_CP1_CI_AS")}});
+    return report;
 }
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
-                             std::span<const std::string> movedNames) {
+                             std::span<const std::string> movedNames, const Progress& progress) {
     OpenBackup backup(file);
     checkMoves(backup.header, movedNames, database);
-    if (storage.exists(database) && !replace) throw sqlError(3159, {database});
+    const std::string& origin = backup.header.database;
+    const bool sameName = compareText(origin, database) == 0;
+    if (storage.exists(database) && !replace) throw sqlError(sameName ? 3159 : 3154, {database});
+    if (!sameName && movedNames.empty() && storage.exists(origin) &&
+        storage.pathOf(origin) == backup.header.dataFile)
+        throw sqlError(1834, {backup.header.dataFile, origin});
     TemporaryFile image(storage.directory() / "restore");
-    backup.extractTo(image.path());
+    {
+        File out(image.path(), O_WRONLY | O_TRUNC);
+        backup.copyTo(&out, progress);
+    }
     try {
         putInPlace(storage, image, database);
     } catch (const SqlError&) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,25 +29,37 @@ struct BackupHeader {
 std::string dataLogicalName(std::string_view database);  // NAME
 std::string logLogicalName(std::string_view database);   // NAME_log
 
+// Told how much of the work is done, in percent.
+using Progress = std::function<void(int percent)>;
+
 // Copies `database` into `file`, which it replaces only when the copy is whole.
 // Throws SqlError 3201 (the file cannot be opened or written, with the system's text), 911 (no such
 // database). The caller adds error 3013 as terminatedText() says.
 BackupHeader backupDatabase(const Storage& storage, std::string_view database,
-                            const std::filesystem::path& file);
+                            const std::filesystem::path& file, const Progress& progress = {});
 
 // Throws SqlError 3201 (cannot be opened), 3241 (no backup of ours), 3203 (damaged).
 BackupHeader readBackupHeader(const std::filesystem::path& file);
 
-// RESTORE FILELISTONLY's columns and rows.
-std::span<const Column> fileListColumns();
-std::vector<std::vector<Value>> fileListRows(const BackupHeader& header);
+// Reads the whole file, and throws as restoreDatabase() does when it is damaged.
+void verifyBackup(const std::filesystem::path& file);
+
+// What RESTORE FILELISTONLY and HEADERONLY show.
+struct BackupReport {
+    std::vector<Column> columns;
+    std::vector<std::vector<Value>> rows;
+};
+BackupReport fileListOf(const BackupHeader& header);
+BackupReport headerOf(const BackupHeader& header);
 
 // Puts the backup in the place of `database`, which may be another name than the one it was taken from.
-// Throws SqlError 3201, 3241, 3203; 3159 when the database exists and `replace` is false; 3101 when it is in
-// use; 3234 when `moves` names a logical file that the backup does not have. Nothing is changed then.
-// The moves' target paths are checked for their names alone: the data stays in the data directory.
+// Throws SqlError 3201, 3241, 3203; 3159 or 3154 when the database exists and `replace` is false; 3101 when
+// it is in use; 3234 when `moves` names a logical file that the backup does not have; 1834 when the files of
+// another database are in the way because they are not moved. Nothing is changed then. The moves' target
+// paths are checked for their names alone: the data stays in the data directory.
 BackupHeader restoreDatabase(Storage& storage, const std::filesystem::path& file, std::string_view database,
-                             bool replace, std::span<const std::string> movedNames = {});
+                             bool replace, std::span<const std::string> movedNames = {},
+                             const Progress& progress = {});
 
 // "BACKUP DATABASE is terminating abnormally." (error 3013)
 std::string terminatedText(std::string_view statement);

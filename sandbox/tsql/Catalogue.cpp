@@ -89,12 +89,13 @@ std::optional<ObjectInfo> Catalogue::index(std::int64_t table, std::string_view 
 std::optional<TableInfo> Catalogue::table(std::string_view name) const {
     TableInfo info;
     {
-        PreparedStatement query(m_connection, "SELECT id, name, stored FROM " + m_schema +
+        PreparedStatement query(m_connection, "SELECT id, name, stored, keys FROM " + m_schema +
                                                   ".tsqlbox_objects WHERE name = ?1 AND type = 'U' "
                                                   "ORDER BY id DESC LIMIT 1");
         query.bind(1, name);
         if (!query.step()) return std::nullopt;
-        info = {query.integer(0), m_database, query.text(1), m_schema, query.text(2), {}};
+        info = {query.integer(0), m_database, query.text(1), m_schema, query.text(2), 1, {}};
+        if (const std::string seed = query.text(3); !seed.empty()) info.seed = std::stoll(seed);
     }
     info.columns = columns(info.id);
     return info;
@@ -113,24 +114,38 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
 }
 
 std::vector<KeyInfo> Catalogue::keys(const std::string& where, std::span<const Value> values) const {
-    PreparedStatement query(m_connection,
-                            "SELECT k.name, k.type FROM " + m_schema + ".tsqlbox_objects k JOIN " + m_schema +
-                                ".tsqlbox_objects t ON t.id = k.parent WHERE " + where + " ORDER BY k.id");
+    PreparedStatement query(
+        m_connection, "SELECT k.id, k.name, k.type, k.keys, k.source, k.stored, t.name FROM " + m_schema +
+                          ".tsqlbox_objects k JOIN " + m_schema +
+                          ".tsqlbox_objects t ON t.id = k.parent WHERE " + where + " ORDER BY k.id");
     query.bindAll(values);
     std::vector<KeyInfo> found;
-    while (query.step()) found.push_back({query.text(0), query.text(1)});
+    while (query.step())
+        found.push_back({query.integer(0), query.text(1), query.text(2), query.text(3), query.text(4),
+                         query.text(5), query.text(6)});
     return found;
 }
 
 std::optional<KeyInfo> Catalogue::key(std::string_view storedTable, std::string_view columns) const {
     const Value values[] = {std::string(storedTable), std::string(columns)};
-    const auto found = keys("t.stored = ?1 AND k.keys = ?2 COLLATE NOCASE", values);
+    const auto found =
+        keys("t.stored = ?1 AND k.keys = ?2 COLLATE NOCASE AND k.type IN ('PK', 'UQ', 'IX')", values);
     return found.empty() ? std::nullopt : std::optional(found.front());
 }
 
 std::vector<KeyInfo> Catalogue::keysOfType(std::string_view storedTable, std::string_view type) const {
     const Value values[] = {std::string(storedTable), std::string(type)};
     return keys("t.stored = ?1 AND k.type = ?2", values);
+}
+
+std::vector<KeyInfo> Catalogue::keysOf(std::int64_t table) const {
+    const Value values[] = {table};
+    return keys("t.id = ?1", values);
+}
+
+std::vector<KeyInfo> Catalogue::keysTo(std::string_view table) const {
+    const Value values[] = {std::string(table)};
+    return keys("k.type = 'F' AND k.stored = ?1 COLLATE NOCASE", values);
 }
 
 std::int64_t Catalogue::add(std::string_view name, std::string_view type, std::int64_t parent,
@@ -152,13 +167,27 @@ std::int64_t Catalogue::add(std::string_view name, std::string_view type, std::i
     return sqlite3_last_insert_rowid(m_connection.handle());
 }
 
-void Catalogue::setStored(std::int64_t table, std::string_view stored) {
-    const Value values[] = {table, std::string(stored)};
+void Catalogue::setStored(std::int64_t object, std::string_view stored) {
+    const Value values[] = {object, std::string(stored)};
     m_connection.run("UPDATE " + m_schema + ".tsqlbox_objects SET stored = ?2 WHERE id = ?1", values);
 }
 
-void Catalogue::setSource(std::int64_t module, std::string_view source) {
-    const Value values[] = {module, std::string(source)};
+void Catalogue::setSeed(std::int64_t table, std::int64_t seed) {
+    const Value values[] = {table, std::to_string(seed)};
+    m_connection.run("UPDATE " + m_schema + ".tsqlbox_objects SET keys = ?2 WHERE id = ?1", values);
+}
+
+void Catalogue::setColumn(std::int64_t object, const TableColumn& column) {
+    const Value values[] = {object, column.name, encodeType(column.type), std::int64_t{column.nullable},
+                            column.byDefault};
+    m_connection.run("UPDATE " + m_schema +
+                         ".tsqlbox_columns SET type = ?3, nullable = ?4, fallback = ?5 WHERE object = ?1 AND "
+                         "name = ?2",
+                     values);
+}
+
+void Catalogue::setSource(std::int64_t object, std::string_view source) {
+    const Value values[] = {object, std::string(source)};
     m_connection.run("UPDATE " + m_schema + ".tsqlbox_objects SET source = ?2 WHERE id = ?1", values);
 }
 
@@ -208,7 +237,7 @@ std::vector<TableInfo> Catalogue::tablesAfter(std::int64_t id) const {
     query.bind(1, id);
     std::vector<TableInfo> tables;
     while (query.step())
-        tables.push_back({query.integer(0), m_database, query.text(1), m_schema, query.text(2), {}});
+        tables.push_back({query.integer(0), m_database, query.text(1), m_schema, query.text(2), 1, {}});
     return tables;
 }
 

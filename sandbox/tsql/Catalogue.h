@@ -24,8 +24,9 @@ struct TableInfo {
     std::int64_t id = 0;
     std::string database;  // as a message names it
     std::string name;
-    std::string schema;  // of SQLite, quoted
-    std::string stored;  // the table's name in SQLite
+    std::string schema;     // of SQLite, quoted
+    std::string stored;     // the table's name in SQLite
+    std::int64_t seed = 1;  // of the identity
     std::vector<TableColumn> columns;
 
     std::string sqlName() const { return schema + "." + quotedName(stored); }
@@ -38,7 +39,7 @@ struct TableInfo {
 namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
-                                  kForeignKey = "F", kCheck = "C", kIndex = "IX";
+                                  kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX";
 }
 
 struct ObjectInfo {
@@ -48,10 +49,15 @@ struct ObjectInfo {
     std::string source;  // a module's text
 };
 
-// What a violated index or constraint is called.
+// A constraint or an index of a table.
 struct KeyInfo {
+    std::int64_t id = 0;
     std::string name;
     std::string type;
+    std::string columns;     // "a, b"
+    std::string source;      // as Constraint::source, empty for an index
+    std::string references;  // the table of a foreign key
+    std::string table;       // whose it is
 };
 
 inline constexpr std::string_view kTempSchema = "temp";
@@ -74,13 +80,17 @@ class Catalogue {
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::optional<KeyInfo> key(std::string_view storedTable, std::string_view columns) const;
     std::vector<KeyInfo> keysOfType(std::string_view storedTable, std::string_view type) const;
+    std::vector<KeyInfo> keysOf(std::int64_t table) const;
+    std::vector<KeyInfo> keysTo(std::string_view table) const;  // foreign keys that refer to it
     std::optional<ObjectInfo> index(std::int64_t table, std::string_view name) const;
 
     // `detail`: a table's name in SQLite (empty: its own), an index's columns, a module's source.
     std::int64_t add(std::string_view name, std::string_view type, std::int64_t parent,
                      std::string_view detail);
-    void setStored(std::int64_t table, std::string_view stored);
-    void setSource(std::int64_t module, std::string_view source);
+    void setStored(std::int64_t object, std::string_view stored);  // of a foreign key: what it refers to
+    void setSource(std::int64_t object, std::string_view source);
+    void setSeed(std::int64_t table, std::int64_t seed);
+    void setColumn(std::int64_t object, const TableColumn& column);
     void addColumns(std::int64_t object, const std::vector<TableColumn>& columns);
     void removeColumn(std::int64_t object, std::string_view name);
     void removeColumns(std::int64_t object);

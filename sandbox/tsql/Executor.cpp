@@ -247,25 +247,67 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
 SqlError Executor::constraintError(const SqliteFailure& failure) {
     const std::string text = failure.what();
     const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
+    const Catalogue catalogue(m_connection, m_target.database, m_target.schema);
     switch (failure.code) {
         case SQLITE_CONSTRAINT_NOTNULL:
             return sqlError(515, {what.substr(what.rfind('.') + 1), m_target.fullName(), m_verb});
         case SQLITE_CONSTRAINT_CHECK:
-            return conflict("CHECK", what);
-        case SQLITE_CONSTRAINT_FOREIGNKEY: {
-            const auto keys = Catalogue(m_connection, m_target.database, m_target.schema)
-                                  .keysOfType(m_target.stored, objectType::kForeignKey);
-            return keys.size() == 1 && m_verb != "DELETE" ? conflict("FOREIGN KEY", keys.front().name)
-                                                          : conflict("REFERENCE", "");
-        }
+            for (const auto& key : catalogue.keysOfType(m_target.stored, objectType::kCheck))
+                if (key.name == what) return conflict("CHECK", m_target, key);
+            return conflict("CHECK", m_target, {0, what, {}, {}, {}, {}, {}});
+        case SQLITE_CONSTRAINT_FOREIGNKEY:
+            return brokenReference();
         default:
             return duplicateKey(what);
     }
 }
 
-SqlError Executor::conflict(std::string_view type, const std::string& name) {
-    return sqlError(
-        547, {m_verb, type, name.empty() ? "" : " \"" + name + "\"", m_target.database, m_target.name});
+SqlError Executor::conflict(std::string_view type, const TableInfo& table, const KeyInfo& key) {
+    const bool single = !key.columns.empty() && key.columns.find(',') == std::string::npos;
+    return sqlError(547, {m_verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database,
+                          table.name, single ? ", column '" + key.columns + "'" : ""});
+}
+
+// The message names what is referred to.
+SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const KeyInfo& key) {
+    KeyInfo named = key;
+    named.columns.clear();
+    for (const auto& column : referencedColumns(catalogue, key))
+        named.columns += (named.columns.empty() ? "" : ", ") + column;
+    return conflict("FOREIGN KEY", *catalogue.table(key.references), named);
+}
+
+// Common tables of which the last, `incoming`, has the rows that the failed statement was to make, with the
+// row ids of those that are there already; empty where that is not known.
+std::string Executor::newRows() const {
+    if (m_verb == "CREATE INDEX")
+        return "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + m_target.sqlName() + ")";
+    const std::string head = "INSERT INTO " + m_target.sqlName() + " (";
+    const std::size_t end = m_changeSql.find(") ");
+    if (m_verb != "INSERT" || !m_changeSql.starts_with(head) || end == std::string::npos) return {};
+    const std::size_t rows = end + 2, returning = m_changeSql.rfind(" RETURNING ");
+    return "given(" + m_changeSql.substr(head.size(), end - head.size()) + ") AS (" +
+           m_changeSql.substr(rows, returning < rows ? std::string::npos : returning - rows) +
+           "), incoming AS (SELECT *, NULL AS ts_row FROM given)";
+}
+
+// SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
+SqlError Executor::brokenReference() {
+    const Catalogue catalogue(m_connection, m_target.database, m_target.schema);
+    const auto own = catalogue.keysOfType(m_target.stored, objectType::kForeignKey);
+    const auto others = catalogue.keysTo(m_target.name);
+    const std::string rows = newRows();
+    for (const auto& key : own) {
+        if (rows.empty()) break;
+        PreparedStatement query(m_connection, "WITH " + rows + " SELECT 1 FROM incoming WHERE " +
+                                                  orphans(catalogue, m_target, key, "incoming") + " LIMIT 1");
+        query.bindAll(m_changeValues);
+        if (query.step()) return foreignKeyConflict(catalogue, key);
+    }
+    if (m_verb == "UPDATE" && own.size() == 1 && others.empty())
+        return foreignKeyConflict(catalogue, own.front());
+    if (others.size() != 1) return conflict("REFERENCE", m_target, {});
+    return conflict("REFERENCE", *catalogue.table(others.front().table), others.front());
 }
 
 SqlError Executor::duplicateKey(const std::string& columns) {
@@ -273,10 +315,49 @@ SqlError Executor::duplicateKey(const std::string& columns) {
     const std::string prefix = m_target.stored + ".";
     for (std::size_t at = 0; (at = names.find(prefix, at)) != std::string::npos;)
         names.erase(at, prefix.size());
-    const auto key = Catalogue(m_connection, m_target.database, m_target.schema).key(m_target.stored, names);
-    if (key && key->type == objectType::kIndex) return sqlError(2601, {m_target.name, key->name});
-    const bool primary = key && key->type == objectType::kPrimaryKey;
-    return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key ? key->name : names, m_target.name});
+    const auto found =
+        Catalogue(m_connection, m_target.database, m_target.schema).key(m_target.stored, names);
+    const KeyInfo key = found.value_or(KeyInfo{0, names, {}, names, {}, {}, {}});
+    const std::string value = duplicateValue(key);
+    if (m_verb == "CREATE INDEX") return sqlError(1505, {m_target.name, m_indexName, value});
+    if (key.type == objectType::kIndex) return sqlError(2601, {m_target.name, key.name, value});
+    const bool primary = key.type == objectType::kPrimaryKey;
+    return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key.name, m_target.name, value});
+}
+
+// " The duplicate key value is (1, x).", looked for among the rows that were to come; empty when it is not
+// found.
+std::string Executor::duplicateValue(const KeyInfo& key) {
+    const std::string rows = newRows();
+    std::string list, match;
+    std::vector<SqlType> types;
+    for (std::string_view rest = key.columns; !rest.empty();) {
+        const std::string_view name = rest.substr(0, rest.find(", "));
+        rest.remove_prefix(std::min(rest.size(), name.size() + 2));
+        const TableColumn* column = m_target.column(name);
+        if (!column || rows.empty()) return {};
+        types.push_back(column->type);
+        list += (list.empty() ? "" : ", ") + quotedName(name);
+        match += " AND present." + quotedName(name) + " = incoming." + quotedName(name);
+    }
+    try {
+        PreparedStatement query(
+            m_connection,
+            "WITH " + rows + " SELECT " + list + " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
+                m_target.sqlName() + " AS present WHERE present._rowid_ IS NOT incoming.ts_row" + match +
+                ") UNION ALL SELECT " + list + " FROM incoming GROUP BY " + list + " HAVING count(*) > 1");
+        query.bindAll(m_changeValues);
+        if (!query.step()) return {};
+        std::string text;
+        for (std::size_t i = 0; i < types.size(); ++i) {
+            const CellView cell = query.cell(static_cast<int>(i));
+            text +=
+                (i ? ", " : "") + (std::holds_alternative<Null>(cell) ? "<NULL>" : textOf(cell, types[i]));
+        }
+        return " The duplicate key value is (" + text + ").";
+    } catch (const SqliteFailure&) {  // not all of the key is in the rows
+        return {};
+    }
 }
 
 // ---- values

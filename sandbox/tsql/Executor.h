@@ -12,6 +12,7 @@
 
 #include "AppLocks.h"
 #include "Ast.h"
+#include "Backup.h"
 #include "Catalogue.h"
 #include "Connection.h"
 #include "Engine.h"
@@ -130,7 +131,11 @@ class Executor final : public SessionFacts, public NameResolver {
     SqlError errorOf(const SqliteFailure& failure);
     SqlError constraintError(const SqliteFailure& failure);
     SqlError duplicateKey(const std::string& columns);
-    SqlError conflict(std::string_view type, const std::string& name);
+    SqlError conflict(std::string_view type, const TableInfo& table, const KeyInfo& key);
+    SqlError foreignKeyConflict(const Catalogue& catalogue, const KeyInfo& key);
+    SqlError brokenReference();
+    std::string duplicateValue(const KeyInfo& key);
+    std::string newRows() const;
     void done(std::int64_t count, bool isSelect = false);
     TypedValue evaluate(const ast::Expr& expr);
     Value evaluate(const ast::Expr& expr, const SqlType& type);
@@ -179,8 +184,22 @@ class Executor final : public SessionFacts, public NameResolver {
     Flow run(const ast::CreateIndex& create);
     Flow run(const ast::Drop& drop);
     TableInfo createTable(const ast::CreateTable& create);
-    void addConstraint(Catalogue& catalogue, TableInfo& table, const ast::Constraint& constraint,
-                       std::string& body);
+    void startIdentity(const TableInfo& table);
+    KeyInfo noteConstraint(Catalogue& catalogue, TableInfo& table, const ast::Constraint& constraint);
+    std::string tableBody(Catalogue& catalogue, const TableInfo& table);
+    std::vector<std::string> referencedColumns(const Catalogue& catalogue, const KeyInfo& key);
+    void makeKeyIndex(const TableInfo& table, const KeyInfo& key);
+    void makeIndex(const TableInfo& table, const std::string& name, const std::string& list, bool unique);
+    void redefine(Catalogue& catalogue, const TableInfo& table);
+    void checkRows(Catalogue& catalogue, const TableInfo& table, const KeyInfo& key);
+    std::string orphans(const Catalogue& catalogue, const TableInfo& table, const KeyInfo& key,
+                        const std::string& rows);
+    void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
+    void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
+    void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
+                          const std::vector<KeyInfo>& keys);
+    void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
+    void dropConstraint(Catalogue& catalogue, TableInfo& table, const std::string& name, bool ifExists);
     void dropTable(Catalogue& catalogue, const ast::ObjectName& name, bool ifExists);
     void dropTemporaryTables(std::int64_t after, bool variables = false);
     void dropTable(const TableInfo& table);
@@ -235,6 +254,12 @@ class Executor final : public SessionFacts, public NameResolver {
     void endTransaction(TransactionEvent event);
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, int errorNumber);
+    void inform(int number, const std::string& text) const;
+    void informProcessed(const BackupHeader& header, std::string_view database) const;
+    Progress progress(std::int64_t step) const;
+    void runMedia(const std::string& verb, const std::function<void()>& work);
+    void sendReport(const BackupReport& report);
+    void restoreFrom(const std::string& file, const ast::Restore& restore);
     void recordBackup(std::string_view database, std::string_view started, std::string_view finished,
                       std::int64_t bytes);
 
@@ -267,6 +292,9 @@ class Executor final : public SessionFacts, public NameResolver {
     std::vector<Message> m_caught;  // by the CATCH blocks that run now
     TableInfo m_target;             // of the change that runs now, for the texts of its errors
     std::string m_verb;             // INSERT, UPDATE, DELETE
+    std::string m_changeSql;        // and its text in SQLite
+    std::vector<Value> m_changeValues;
+    std::string m_indexName;        // of the index that is being made
     std::string m_text;             // the batch that runs now
     int m_line = 1;                 // of the statement that runs now
     int m_tries = 0;                // TRY blocks around it

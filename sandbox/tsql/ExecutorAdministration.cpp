@@ -93,7 +93,10 @@ Flow Executor::run(const SetOption& option) {
     if (first == "IDENTITY_INSERT") {
         const TableInfo target = table(*option.table);
         if (!target.identityColumn()) throw sqlError(8106, {target.name});
-        m_identityInsert = option.on ? target.fullName() : "";
+        if (option.on && !m_identityInsert.empty() && m_identityInsert != target.fullName())
+            throw sqlError(8107, {m_identityInsert, target.name});
+        if (option.on || m_identityInsert == target.fullName())
+            m_identityInsert = option.on ? target.fullName() : "";
     }
     if (first == "LOCK_TIMEOUT" && option.number) {
         m_lockTimeout =
@@ -235,19 +238,45 @@ Flow Executor::run(const Transaction& transaction) {
 
 // ---- backup
 
-Flow Executor::run(const ast::Backup& backup) {
+void Executor::inform(int number, const std::string& text) const {
+    report({number, 0, 1, m_line, m_frames.back()->procedure, text});
+}
+
+// "10 percent processed." as often as STATS asks for it.
+Progress Executor::progress(std::int64_t step) const {
+    if (step <= 0) return {};
+    return [this, step, told = std::int64_t{0}](int percent) mutable {
+        while (told < 100 && std::min<std::int64_t>(told + step, 100) <= percent)
+            inform(3211,
+                   std::to_string(told = std::min<std::int64_t>(told + step, 100)) + " percent processed.");
+    };
+}
+
+// An error in it is followed by one that says what ends.
+void Executor::runMedia(const std::string& verb, const std::function<void()>& work) {
     refuseInFunction();
-    const std::string name = evaluateText(*backup.database);
-    const auto start = std::chrono::steady_clock::now();
+    if (m_transactions > 0) throw sqlError(3021);
     try {
-        const BackupHeader header = backupDatabase(m_engine.storage, name, evaluateText(*backup.file));
+        work();
+    } catch (const SqlError& error) {
+        report(messageOf(error, m_line));
+        throw SqlError(kTerminated, terminatedText(verb));
+    }
+    m_error = 0;
+}
+
+void Executor::informProcessed(const BackupHeader& header, std::string_view database) const {
+    inform(4035, "Processed " + std::to_string(header.pages) + " pages for database '" +
+                     std::string(database) + "', file '" + dataLogicalName(header.database) + "' on file 1.");
+}
+
+Flow Executor::run(const ast::Backup& backup) {
+    runMedia("BACKUP DATABASE", [&] {
+        const auto start = std::chrono::steady_clock::now();
+        const BackupHeader header = backupDatabase(m_engine.storage, evaluateText(*backup.database),
+                                                   evaluateText(*backup.file), progress(backup.stats));
         recordBackup(header.database, header.started, header.finished, header.bytes);
-        const std::string pages = std::to_string(header.pages);
-        const auto inform = [this](int number, const std::string& text) {
-            report({number, 0, 1, m_line, m_frames.back()->procedure, text});
-        };
-        inform(4035, "Processed " + pages + " pages for database '" + header.database + "', file '" +
-                         dataLogicalName(header.database) + "' on file 1.");
+        informProcessed(header, header.database);
         const double seconds =
             std::max(0.001, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
         constexpr double kMegabyte = 1024.0 * 1024.0;
@@ -257,11 +286,7 @@ Flow Executor::run(const ast::Backup& backup) {
                       static_cast<long long>(header.pages), seconds,
                       static_cast<double>(header.bytes) / kMegabyte / seconds);
         inform(3014, text);
-    } catch (const SqlError& error) {
-        report(messageOf(error, m_line));
-        throw SqlError(kTerminated, terminatedText("BACKUP DATABASE"));
-    }
-    m_error = 0;
+    });
     done(-1);
     return Flow::Next;
 }
@@ -279,40 +304,46 @@ void Executor::recordBackup(std::string_view database, std::string_view started,
 }
 
 Flow Executor::run(const Restore& restore) {
-    refuseInFunction();
-    const std::string verb = restore.fileListOnly ? "RESTORE FILELIST" : "RESTORE DATABASE";
-    try {
+    constexpr const char* kVerbs[] = {"RESTORE DATABASE", "RESTORE FILELIST", "RESTORE HEADERONLY",
+                                      "VERIFY DATABASE"};
+    bool isReport = false;
+    runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
         const std::string file = evaluateText(*restore.file);
-        if (restore.fileListOnly) {
-            const auto rows = fileListRows(readBackupHeader(file));
-            m_sink->columns(fileListColumns());
-            for (const auto& row : rows) {
-                std::vector<CellView> cells;
-                for (const auto& value : row) cells.push_back(viewOf(value));
-                m_sink->row(cells);
-            }
-            m_rowCount = static_cast<std::int64_t>(rows.size());
-            m_error = 0;
-            done(m_rowCount, true);
-            return Flow::Next;
+        if (restore.kind == RestoreKind::Verify) {
+            verifyBackup(file);
+            inform(3262, "The backup set on file 1 is valid.");
+        } else if (restore.kind == RestoreKind::Database) {
+            restoreFrom(file, restore);
+        } else {
+            const BackupHeader header = readBackupHeader(file);
+            sendReport(restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header));
+            isReport = true;
         }
-        const std::string name = evaluateText(*restore.database);
-        std::vector<std::string> moved;
-        for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
-        if (m_engine.storage.exists(name)) releaseDatabase(name, 3101);
-        const BackupHeader header = restoreDatabase(m_engine.storage, file, name, restore.replace, moved);
-        report({4035, 0, 1, m_line, m_frames.back()->procedure,
-                "Processed " + std::to_string(header.pages) + " pages for database '" + name + "', file '" +
-                    dataLogicalName(header.database) + "' on file 1."});
-        report({3014, 0, 1, m_line, m_frames.back()->procedure,
-                "RESTORE DATABASE successfully processed " + std::to_string(header.pages) + " pages."});
-    } catch (const SqlError& error) {
-        report(messageOf(error, m_line));
-        throw SqlError(kTerminated, terminatedText(verb));
-    }
-    m_error = 0;
-    done(-1);
+    });
+    done(isReport ? m_rowCount : -1, isReport);
     return Flow::Next;
+}
+
+void Executor::sendReport(const BackupReport& report) {
+    m_sink->columns(report.columns);
+    for (const auto& row : report.rows) {
+        std::vector<CellView> cells;
+        for (const auto& value : row) cells.push_back(viewOf(value));
+        m_sink->row(cells);
+    }
+    m_rowCount = static_cast<std::int64_t>(report.rows.size());
+}
+
+void Executor::restoreFrom(const std::string& file, const Restore& restore) {
+    const std::string name = evaluateText(*restore.database);
+    std::vector<std::string> moved;
+    for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
+    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(3102, {name});
+    if (m_engine.storage.exists(name)) releaseDatabase(name, 3101);
+    const BackupHeader header =
+        restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
+    informProcessed(header, name);
+    inform(3014, "RESTORE DATABASE successfully processed " + std::to_string(header.pages) + " pages.");
 }
 
 }  // namespace tsql

@@ -138,9 +138,10 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     m_target = target;
     m_verb = verb;
     beforeWrite();
-    const auto values = parameterValues(translator);
+    m_changeSql = sql;
+    m_changeValues = parameterValues(translator);
     PreparedStatement prepared(m_connection, sql);
-    prepared.bindAll(values);
+    prepared.bindAll(m_changeValues);
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
     else if (!translator.output().columns.empty())
@@ -237,6 +238,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     divert(take, work);
     m_verb = "INSERT";
     m_target = target;
+    m_changeSql.clear();
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
     for (const auto& row : collected) {
@@ -304,12 +306,11 @@ Flow Executor::run(const Delete& statement) {
 Flow Executor::run(const Truncate& truncate) {
     refuseInFunction();
     const TableInfo target = table(truncate.table);
+    for (const auto& key : catalogue(truncate.table).keysTo(target.name))
+        if (compareText(key.table, target.name) != 0) throw sqlError(4712, {target.name});
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
-    if (target.identityColumn()) {
-        const Value name[] = {target.stored};
-        m_connection.run("DELETE FROM " + target.schema + ".sqlite_sequence WHERE name = ?1", name);
-    }
+    startIdentity(target);
     m_rowCount = 0;
     m_error = 0;
     done(-1);

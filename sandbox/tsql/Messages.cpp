@@ -60,7 +60,7 @@ constexpr MessageText kMessages[] = {
      "Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF."},
     {547, 16, 0,
      "The %s statement conflicted with the %s constraint%s. The conflict occurred in database \"%s\", table "
-     "\"dbo.%s\"."},
+     "\"dbo.%s\"%s."},
     {628, 16, 1, "Cannot issue SAVE TRANSACTION when there is no active transaction."},
     {911, 16, 1, "Database '%s' does not exist. Make sure that the name is entered correctly."},
     {1033, 15, 1,
@@ -84,13 +84,26 @@ constexpr MessageText kMessages[] = {
     {1226, 16, 1, "An invalid application lock owner was passed to %s."},
     {1228, 16, 1,
      "An invalid parameter \"@DbPrincipal\" was passed to the application lock function or procedure %s."},
+    {1505, 16, 1,
+     "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
+     "'dbo.%s' and the index name '%s'.%s"},
+    {1767, 16, 0, "Foreign key '%s' references invalid table '%s'."},
+    {1773, 16, 0,
+     "Foreign key '%s' has implicit reference to object '%s' which does not have a primary key defined on "
+     "it."},
+    {1776, 16, 0,
+     "There are no primary or candidate keys in the referenced table '%s' that match the referencing column "
+     "list in the foreign key '%s'."},
+    {1779, 16, 0, "Table '%s' already has a primary key defined on it."},
+    {1781, 16, 1, "Column already has a DEFAULT bound to it."},
     {1801, 16, 3, "Database '%s' already exists. Choose a different database name."},
     {1802, 16, 1, "CREATE DATABASE failed. Some file names listed could not be created: %s"},
+    {1834, 16, 1, "The file '%s' cannot be overwritten. It is being used by database '%s'."},
     {1911, 16, 1, "Column name '%s' does not exist in the target table or view."},
     {1913, 16, 1,
      "The operation failed because an index or statistics with name '%s' already exists on table 'dbo.%s'."},
-    {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%s' with unique index '%s'."},
-    {2627, 14, 1, "Violation of %s KEY constraint '%s'. Cannot insert duplicate key in object 'dbo.%s'."},
+    {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%s' with unique index '%s'.%s"},
+    {2627, 14, 1, "Violation of %s KEY constraint '%s'. Cannot insert duplicate key in object 'dbo.%s'.%s"},
     {2705, 16, 1,
      "Column names in each table must be unique. Column name '%s' in table '%s' is specified more than "
      "once."},
@@ -110,7 +123,12 @@ constexpr MessageText kMessages[] = {
      "specification."},
     {2787, 16, 1, "Invalid format specification: '%s'."},
     {2812, 16, 62, "Could not find stored procedure '%s'."},
+    {3021, 16, 0, "Cannot perform a backup or restore operation within a transaction."},
     {3101, 16, 1, "Exclusive access could not be obtained because the database is in use."},
+    {3102, 16, 1,
+     "RESTORE cannot process database '%s' because it is in use by this session. It is recommended that the "
+     "master database be used when performing this operation."},
+    {3154, 16, 4, "The backup set holds a backup of a database other than the existing '%s' database."},
     {3159, 16, 1,
      "The tail of the log for the database \"%s\" has not been backed up. Use the WITH REPLACE clause of the "
      "RESTORE statement to overwrite the existing database."},
@@ -126,6 +144,10 @@ constexpr MessageText kMessages[] = {
     {3701, 11, 5, "Cannot drop the %s '%s', because it does not exist or you do not have permission."},
     {3702, 16, 3, "Cannot drop database \"%s\" because it is currently in use."},
     {3708, 16, 1, "Cannot drop the database '%s' because it is a system database."},
+    {3725, 16, 0, "The constraint '%s' is being referenced by table '%s', foreign key constraint '%s'."},
+    {3726, 16, 1, "Could not drop object '%s' because it is referenced by a FOREIGN KEY constraint."},
+    {3727, 16, 0, "Could not drop constraint. See previous errors."},
+    {3728, 16, 1, "'%s' is not a constraint."},
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3918, 16, 1, "The statement or function must be executed in the context of a user transaction."},
@@ -152,11 +174,16 @@ constexpr MessageText kMessages[] = {
     {4511, 16, 1, "Create View or Function failed because no column name was specified for column %s."},
     {4901, 16, 1,
      "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
-     "specified. Column '%s' cannot be added to table '%s' because it does not satisfy these conditions."},
-    {4924, 16, 1, "ALTER TABLE DROP COLUMN failed because column '%s' does not exist in table '%s'."},
+     "specified, or the column being added is an identity or timestamp column, or alternatively if none of "
+     "the previous conditions are satisfied the table must be empty to allow addition of this column. Column "
+     "'%s' cannot be added to non-empty table '%s' because it does not satisfy these conditions."},
+    {4924, 16, 1, "ALTER TABLE %s COLUMN failed because column '%s' does not exist in table '%s'."},
     {5308, 16, 1,
      "Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY "
      "clause expressions."},
+    {4712, 16, 1, "Cannot truncate table '%s' because it is being referenced by a FOREIGN KEY constraint."},
+    {4922, 16, 9, "ALTER TABLE %s COLUMN %s failed because one or more objects access this column."},
+    {5074, 16, 1, "The %s '%s' is dependent on column '%s'."},
     {6401, 16, 1, "Cannot roll back %s. No transaction or savepoint of that name was found."},
     {6809, 16, 1,
      "Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for "
@@ -171,6 +198,9 @@ constexpr MessageText kMessages[] = {
      "An explicit value for the identity column in table '%s' can only be specified when a column list is "
      "used and IDENTITY_INSERT is ON."},
     {8106, 16, 1, "Table '%s' does not have the identity property. Cannot perform SET operation."},
+    {8107, 16, 1,
+     "IDENTITY_INSERT is already ON for table '%s'. Cannot perform SET operation for table '%s'."},
+    {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%s'."},
     {8144, 16, 2, "Procedure or function %s has too many arguments specified."},
     {8145, 16, 1, "%s is not a parameter for procedure %s."},
     {8158, 16, 1, "'%s' has more columns than were specified in the column list."},

@@ -29,6 +29,12 @@ ast::ExprPtr parseCondition(std::string_view text) {
     return Parser(text, true).condition();
 }
 
+ast::Constraint parseConstraint(std::string_view text) {
+    ast::Constraint constraint{};
+    Parser(text, true).parseConstraint(constraint, false);
+    return constraint;
+}
+
 ast::ObjectName parseObjectName(std::string_view text) {
     return Parser(text, true).objectName();
 }

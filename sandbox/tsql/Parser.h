@@ -21,6 +21,7 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
 // An expression that stands alone, as a column's default does.
 ast::ExprPtr parseExpression(std::string_view text);
 ast::ExprPtr parseCondition(std::string_view text);
+ast::Constraint parseConstraint(std::string_view text);
 ast::ObjectName parseObjectName(std::string_view text);
 SqlType parseType(std::string_view text);
 
@@ -33,6 +34,7 @@ class Parser {
     ast::ExprPtr condition();
     ast::ObjectName objectName();
     SqlType type(TypeUse use);
+    bool parseConstraint(ast::Constraint& constraint, bool ofTable);
 
   private:
     // ---- tokens (Parser.cpp)
@@ -157,6 +159,7 @@ class Parser {
     bool atExpression() const;
     ast::Block parseAttempt(std::string_view word);
     ast::ExprPtr parseFileName();
+    bool parseStats(std::int64_t& stats);
     ast::ExprPtr parseNameOrVariable();
     bool acceptIfExists();
 
@@ -177,7 +180,7 @@ class Parser {
     void parseTableElement(ast::CreateTable& table);
     ast::ColumnDefinition parseColumnDefinition();
     bool parseColumnOption(ast::ColumnDefinition& column);
-    bool parseConstraint(ast::Constraint& constraint, bool ofTable);
+    void parseDropped(ast::AlterTable& table);
     void parseReferences(ast::Constraint& constraint);
     void parseIndexColumns(ast::Constraint& constraint, bool ofTable);
     ast::Statement::Node parseModule(bool create, bool alter);

@@ -233,6 +233,7 @@ bool Parser::parseColumnOption(ColumnDefinition& column) {
 bool Parser::parseConstraint(Constraint& constraint, bool ofTable) {
     const bool named = accept("CONSTRAINT");
     if (named) constraint.name = expectName();
+    const Token& begin = peek();
     if (acceptAll({"PRIMARY", "KEY"})) {
         constraint.kind = ConstraintKind::PrimaryKey;
         parseIndexColumns(constraint, ofTable);
@@ -259,6 +260,7 @@ bool Parser::parseConstraint(Constraint& constraint, bool ofTable) {
         if (named) syntaxError();
         return false;
     }
+    constraint.source = textSince(begin);
     return true;
 }
 
@@ -314,18 +316,36 @@ Statement::Node Parser::parseCreateIndex(bool unique) {
 
 Statement::Node Parser::parseAlterTable() {
     take();
-    AlterTable node{objectName(), {}, {}};
-    if (acceptAll({"DROP", "COLUMN"})) {
-        node.dropColumns = list([this] { return expectName(); });
-        return node;
+    AlterTable node{{objectName(), {}, {}}, {}, {}, {}};
+    const auto checked = acceptAll({"WITH", "CHECK"});
+    if (at("NOCHECK") || at("NOCHECK", 1)) unsupported("constraints that are not checked");
+    if (!checked && acceptAll({"CHECK", "CONSTRAINT"})) {  // each constraint is in force already
+        if (!accept("ALL")) list([this] { return expectName(); });
+    } else if (accept("DROP")) {
+        parseDropped(node);
+    } else if (acceptAll({"ALTER", "COLUMN"})) {
+        node.altered = parseColumnDefinition();
+    } else if (accept("ADD")) {
+        do parseTableElement(node.added);
+        while (accept(","));
+    } else {
+        if (peek().kind != TokenKind::Word) syntaxError();
+        unsupported("ALTER TABLE " + toUpper(peek().raw));
     }
-    if (!at("ADD") || at("CONSTRAINT", 1) || at("PRIMARY", 1) || at("FOREIGN", 1) || at("CHECK", 1) ||
-        at("UNIQUE", 1) || at("DEFAULT", 1))
-        unsupported("ALTER TABLE other than ADD column and DROP COLUMN");
-    take();
-    accept("COLUMN");
-    node.addColumns = list([this] { return parseColumnDefinition(); });
     return node;
+}
+
+// CONSTRAINT is what a bare name means.
+void Parser::parseDropped(AlterTable& table) {
+    bool columns = false;
+    do {
+        if (accept("COLUMN"))
+            columns = true;
+        else if (accept("CONSTRAINT"))
+            columns = false;
+        table.ifExists = acceptIfExists() || table.ifExists;
+        (columns ? table.dropColumns : table.dropConstraints).push_back(expectName());
+    } while (accept(","));
 }
 
 // The rest of the batch is the module's body.

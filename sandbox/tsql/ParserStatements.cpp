@@ -431,11 +431,13 @@ Statement::Node Parser::parseBackup() {
     node.file = parseFileName();
     if (!accept("WITH")) return node;
     do {  // how to name and format the backup's media; each backup is a file of its own here
-        if (at("DIFFERENTIAL")) unsupported("differential backups");
-        constexpr std::string_view kOptions[] = {"INIT",        "NOINIT",         "FORMAT",   "NOFORMAT",
-                                                 "SKIP",        "NOSKIP",         "CHECKSUM", "COPY_ONLY",
-                                                 "COMPRESSION", "NO_COMPRESSION", "NAME",     "DESCRIPTION",
-                                                 "STATS",       "MEDIANAME",      "NOREWIND", "NOUNLOAD"};
+        for (const auto option : {"DIFFERENTIAL", "NOINIT", "EXPIREDATE", "RETAINDAYS", "ENCRYPTION"})
+            if (at(option)) unsupported("BACKUP WITH " + std::string(option));
+        constexpr std::string_view kOptions[] = {
+            "INIT",        "FORMAT",           "NOFORMAT",    "SKIP",           "NOSKIP",       "CHECKSUM",
+            "NO_CHECKSUM", "COPY_ONLY",        "COMPRESSION", "NO_COMPRESSION", "NAME",         "DESCRIPTION",
+            "MEDIANAME",   "MEDIADESCRIPTION", "NOREWIND",    "NOUNLOAD",       "STOP_ON_ERROR"};
+        if (parseStats(node.stats)) continue;
         bool known = false;
         for (const auto option : kOptions) known = known || accept(option);
         if (!known) syntaxError();
@@ -444,14 +446,25 @@ Statement::Node Parser::parseBackup() {
     return node;
 }
 
+// STATS [= percentage]
+bool Parser::parseStats(std::int64_t& stats) {
+    constexpr std::int64_t kDefault = 10;
+    if (!accept("STATS")) return false;
+    stats = accept("=") ? expectInteger() : kDefault;
+    return true;
+}
+
 Statement::Node Parser::parseRestore() {
     take();
     Restore node;
-    if (accept("FILELISTONLY"))
-        node.fileListOnly = true;
-    else {
-        if (!at("DATABASE")) unsupported("this form of RESTORE");
-        take();
+    if (accept("FILELISTONLY")) {
+        node.kind = RestoreKind::FileList;
+    } else if (accept("HEADERONLY")) {
+        node.kind = RestoreKind::Header;
+    } else if (accept("VERIFYONLY")) {
+        node.kind = RestoreKind::Verify;
+    } else {
+        if (!accept("DATABASE")) unsupported("this form of RESTORE");
         node.database = parseNameOrVariable();
     }
     expect("FROM");
@@ -466,9 +479,11 @@ Statement::Node Parser::parseRestore() {
             node.replace = true;
         } else if (at("NORECOVERY") || at("STANDBY")) {
             unsupported("RESTORE WITH NORECOVERY or STANDBY");
-        } else if (accept("STATS") || accept("FILE")) {
-            if (accept("=")) parsePrimary();
-        } else if (!accept("RECOVERY") && !accept("NOUNLOAD") && !accept("CHECKSUM")) {
+        } else if (accept("FILE")) {
+            expect("=");
+            if (expectInteger() != 1) unsupported("a backup file with several backups");
+        } else if (!parseStats(node.stats) && !accept("RECOVERY") && !accept("NOUNLOAD") &&
+                   !accept("CHECKSUM") && !accept("NO_CHECKSUM") && !accept("STOP_ON_ERROR")) {
             syntaxError();
         }
     } while (accept(","));

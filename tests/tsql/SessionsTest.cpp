@@ -118,6 +118,44 @@ TEST_F(Sessions, ThatWouldWaitForEachOtherForApplicationLocksAreTold) {
     EXPECT_EQ(waited, "1\nGO\n");
 }
 
+TEST_F(Sessions, BackUpAndRestore) {
+    const std::string disk = "DISK = '" + (m_directory.path() / "shop.bak").string() + "'";
+    first("CREATE DATABASE shop\nGO\nUSE shop CREATE TABLE t (x int) INSERT t VALUES (1)");
+    const std::string said =
+        first("BACKUP DATABASE shop TO " + disk + " WITH COPY_ONLY, INIT, CHECKSUM, STATS = 40");
+    for (const auto line : {"40 percent processed.\n", "80 percent processed.\n", "100 percent processed.\n"})
+        EXPECT_TRUE(has(said, line)) << said;
+    EXPECT_TRUE(has(said, "pages for database 'shop', file 'shop' on file 1.\nMsg 3014")) << said;
+    struct Case {
+        std::string statement, answer;
+    };
+    const std::string restore = "RESTORE DATABASE ";
+    const std::string moves = " WITH MOVE 'shop' TO '/a.mdf', MOVE 'shop_log' TO '/a.ldf', RECOVERY";
+    const Case cases[] = {
+        {"RESTORE FILELISTONLY FROM " + disk, "shop_log | "},
+        {"RESTORE HEADERONLY FROM " + disk, " | shop | "},
+        {"RESTORE VERIFYONLY FROM " + disk, "The backup set on file 1 is valid."},
+        {restore + "shop FROM " + disk + " WITH REPLACE", "Msg 3102"},
+        {restore + "copy FROM " + disk, "Msg 1834"},
+        {restore + "copy FROM " + disk + moves, "RESTORE DATABASE successfully processed"},
+        {restore + "copy FROM " + disk + moves, "Msg 3154"},
+        {restore + "copy FROM " + disk + moves + ", REPLACE, STATS", "90 percent processed.\n"},
+        {restore + "copy FROM " + disk + " WITH MOVE 'nope' TO '/a', REPLACE", "Msg 3234"},
+        {restore + "new FROM DISK = '/nonexistent/file'", "Msg 3201"},
+        {restore + "copy FROM " + disk + " WITH NORECOVERY", "does not support RESTORE WITH NORECOVERY"},
+        {"BACKUP DATABASE shop TO " + disk + " WITH NOINIT", "does not support BACKUP WITH NOINIT"},
+        {"BACKUP DATABASE nosuch TO " + disk, "Msg 3013"},
+        {"BEGIN TRAN BACKUP DATABASE shop TO " + disk + " ROLLBACK", "Msg 3021"},
+        {"SELECT COUNT(*) FROM copy..t", "\n1\n"},
+    };
+    for (const auto& [statement, answer] : cases) {
+        const std::string answered = first(statement);
+        EXPECT_TRUE(has(answered, answer)) << statement << "\n" << answered;
+    }
+    second("USE shop");
+    EXPECT_TRUE(has(first("USE master RESTORE DATABASE shop FROM " + disk + " WITH REPLACE"), "Msg 3101"));
+}
+
 // Takes nothing more after some rows, in one way or another.
 class LeavingSink final : public tsql::ResultSink {
   public:
