@@ -204,12 +204,6 @@ std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
            pieces[0].sql + " END";
 }
 
-// The first argument is a condition, not a value.
-std::string writeIif(const FunctionInfo&, Pieces pieces, const SqlType& result) {
-    return "CASE WHEN " + pieces[0].sql + " THEN " + coerce(pieces[1], result).sql + " ELSE " +
-           coerce(pieces[2], result).sql + " END";
-}
-
 std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType& result) {
     std::string sql = "CASE " + pieces[0].sql;
     for (std::size_t i = 1; i < pieces.size(); ++i)
@@ -226,8 +220,9 @@ std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType&) {
 }
 
 std::string writeReplicate(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
-    constexpr std::string_view kTextLimit = "8000", kMaxLimit = "100000000";
-    return listed(function.target, pieces, result.length == SqlType::kMax ? kMaxLimit : kTextLimit);
+    constexpr int kMaxLimit = 100'000'000;  // where SQL Server goes on to 2 GB
+    return listed(function.target, pieces,
+                  std::to_string(result.length == SqlType::kMax ? kMaxLimit : result.length));
 }
 
 template <SessionFunction function>
@@ -333,7 +328,6 @@ const FunctionInfo kFunctions[] = {
     {"isnull", 2, 2, "A", sameAsFirst, "", writeIsNull},
     {"coalesce", 2, kAnyNumber, "A", common, "", writeCoalesce},
     {"nullif", 2, 2, "A", sameAsFirst, "", writeNullIf},
-    {"iif", 3, 3, "A", commonOfRest, "", writeIif},
     {"choose", 2, kAnyNumber, "IA", commonOfRest, "", writeChoose},
     {"newid", 0, 0, "", always<TypeId::UniqueIdentifier>, "ts_newid"},
     // dates

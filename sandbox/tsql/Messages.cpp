@@ -14,11 +14,13 @@ constexpr MessageText kMessages[] = {
     {103, 15, 1, "The database name '%s' is empty or too long. Maximum length is 128."},
     {106, 15, 1, "Too many table names in the query. The maximum allowable is 256."},
     {111, 15, 1, "'CREATE%s' must be the first statement in a query batch."},
+    {127, 15, 1, "A TOP N or FETCH rowcount value may not be negative."},
     {134, 15, 1,
      "The variable name '%s' has already been declared. Variable names must be unique within a query batch "
      "or stored procedure."},
     {135, 15, 1, "Cannot use a BREAK statement outside the scope of a WHILE statement."},
     {137, 15, 1, "Must declare the scalar variable \"%s\"."},
+    {145, 15, 1, "ORDER BY items must appear in the select list if SELECT DISTINCT is specified."},
     {148, 15, 1, "Incorrect time syntax in time string '%s' used with WAITFOR."},
     {154, 15, 1, "%s is not allowed in %s."},
     {166, 15, 1,
@@ -71,6 +73,8 @@ constexpr MessageText kMessages[] = {
      "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a "
      "name."},
     {1048, 15, 1, "Conflicting cursor options %s and %s."},
+    {1060, 15, 1,
+     "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
     {1087, 15, 2, "Must declare the table variable \"%s\"."},
     {1105, 17, 2, "Could not allocate space in database '%s': the disk is full."},
     {1205, 13, 1,
@@ -209,6 +213,9 @@ constexpr MessageText kMessages[] = {
      "The formal parameter \"%s\" was not declared as an OUTPUT parameter, but the actual parameter passed "
      "in requested output."},
     {10704, 15, 1, "To rethrow an error, a THROW statement must be used inside a CATCH block."},
+    {10741, 15, 2, "A TOP can not be used in the same query or sub-query as a OFFSET."},
+    {10742, 15, 1, "The offset specified in a OFFSET clause may not be negative."},
+    {10744, 15, 1, "The number of rows provided for a FETCH clause must be greater then zero."},
     {10752, 15, 1, "The function '%s' may not have a window frame."},
     {10753, 15, 1, "The function '%s' must have an OVER clause."},
     {10756, 15, 1, "Window frame with ROWS or RANGE must have an ORDER BY clause."},

@@ -97,6 +97,7 @@ class Parser {
     ast::ExprPtr parseLiteral();
     ast::ExprPtr parseParenthesized();
     ast::ExprPtr parseCase();
+    ast::ExprPtr parseIif();
     ast::ExprPtr parseCast();
     ast::ExprPtr parseConvert();
     ast::ExprPtr parseNamed();
@@ -114,6 +115,7 @@ class Parser {
     void parseOptions(ast::Query* query);
     std::optional<ast::ForXml> parseForXml();
     ast::QueryPtr parseSubquery();
+    ast::QueryPtr parseRowValues();
     ast::QueryPtr parseUnion();
     ast::QueryPtr parseIntersect();
     ast::QueryPtr parseQueryTerm();

@@ -209,6 +209,7 @@ ExprPtr Parser::parsePrimary() {
     if (at("CAST", 0) && at("(", 1)) return parseCast();
     if (at("TRY_CAST") && at("(", 1)) return parseCast();
     if (at("CONVERT") || at("TRY_CONVERT")) return parseConvert();
+    if (at("IIF") && at("(", 1)) return parseIif();
     return parseNamed();
 }
 
@@ -276,6 +277,21 @@ ExprPtr Parser::parseCase() {
     if (node.branches.empty()) syntaxError();
     if (accept("ELSE")) node.otherwise = expression();
     expect("END");
+    return make(line, std::move(node));
+}
+
+// IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
+ExprPtr Parser::parseIif() {
+    const Nesting nesting(*this);
+    const int line = take().line;
+    Case node;
+    expect("(");
+    ExprPtr when = condition();
+    expect(",");
+    node.branches.emplace_back(std::move(when), expression());
+    expect(",");
+    node.otherwise = expression();
+    expect(")");
     return make(line, std::move(node));
 }
 

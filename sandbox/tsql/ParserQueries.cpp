@@ -261,9 +261,10 @@ bool Parser::parseJoinKind(JoinKind& kind) {
 TableRefPtr Parser::parseTablePrimary() {
     auto table = std::make_unique<TableRef>();
     table->line = peek().line;
-    if (at("(") && !atQuery()) return parenthesized([this] { return parseJoins(); });
+    const bool values = at("(") && at("VALUES", 1);
+    if (at("(") && !values && !atQuery()) return parenthesized([this] { return parseJoins(); });
     if (accept("(")) {
-        DerivedTable derived{parseSubquery(), {}};
+        DerivedTable derived{values ? parseRowValues() : parseSubquery(), {}};
         expect(")");
         table->alias = parseAlias();
         if (table->alias.empty()) syntaxError();
@@ -279,6 +280,28 @@ TableRefPtr Parser::parseTablePrimary() {
     table->alias = parseAlias();
     parseTableHints();
     return table;
+}
+
+// VALUES (...), (...): a SELECT each, under names that the alias gives.
+QueryPtr Parser::parseRowValues() {
+    QueryPtr rows;
+    take();
+    for (int chain = 0; chain == 0 || accept(","); checkChain(++chain)) {
+        auto row = std::make_unique<Query>();
+        row->line = peek().line;
+        Select select;
+        for (auto& cell : parenthesized([this] { return expressions(); }))
+            select.items.push_back({std::move(cell), {}, {}, {}, {}});
+        row->body = std::move(select);
+        if (rows) {
+            auto both = std::make_unique<Query>();
+            both->line = row->line;
+            both->body = SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)};
+            row = std::move(both);
+        }
+        rows = std::move(row);
+    }
+    return rows;
 }
 
 // Hints say how to lock and which index to take; the rows are the same.

@@ -4,43 +4,11 @@
 #include <vector>
 
 #include "Executor.h"
+#include "FunctionImpl.h"
 #include "Messages.h"
 
 namespace tsql {
 namespace {
-
-CellView viewOfArgument(sqlite3_value* value) {
-    switch (sqlite3_value_type(value)) {
-        case SQLITE_INTEGER:
-            return std::int64_t{sqlite3_value_int64(value)};
-        case SQLITE_FLOAT:
-            return sqlite3_value_double(value);
-        case SQLITE_TEXT: {
-            const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-            return std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
-        }
-        case SQLITE_BLOB: {
-            const auto* bytes = static_cast<const std::byte*>(sqlite3_value_blob(value));
-            return Blob(bytes, static_cast<std::size_t>(sqlite3_value_bytes(value)));
-        }
-        default:
-            return Null{};
-    }
-}
-
-struct ResultSetter {
-    sqlite3_context* context;
-    void operator()(Null) const { sqlite3_result_null(context); }
-    void operator()(std::int64_t number) const { sqlite3_result_int64(context, number); }
-    void operator()(double number) const { sqlite3_result_double(context, number); }
-    void operator()(const std::string& text) const {
-        sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
-    }
-    void operator()(const Bytes& bytes) const {
-        sqlite3_result_blob64(context, bytes.empty() ? "" : static_cast<const void*>(bytes.data()),
-                              bytes.size(), SQLITE_TRANSIENT);
-    }
-};
 
 Executor& executorOf(sqlite3_context* context) {
     return *static_cast<Executor*>(sqlite3_user_data(context));
@@ -50,7 +18,7 @@ Executor& executorOf(sqlite3_context* context) {
 template <typename Work>
 void guarded(sqlite3_context* context, Work work) {
     try {
-        std::visit(ResultSetter{context}, work());
+        giveResult(context, work());
     } catch (const SqlError& error) {
         executorOf(context).setFunctionError(error);
         sqlite3_result_error(context, error.what(), -1);
@@ -63,14 +31,14 @@ void guarded(sqlite3_context* context, Work work) {
 
 void variable(sqlite3_context* context, int, sqlite3_value** arguments) {
     guarded(context, [&] {
-        return executorOf(context).variableValue(std::get<std::string_view>(viewOfArgument(arguments[0])));
+        return executorOf(context).variableValue(std::get<std::string_view>(viewOf(arguments[0])));
     });
 }
 
 void call(sqlite3_context* context, int count, sqlite3_value** arguments) {
     guarded(context, [&] {
         std::vector<CellView> views;
-        for (int i = 0; i < count; ++i) views.push_back(viewOfArgument(arguments[i]));
+        for (int i = 0; i < count; ++i) views.push_back(viewOf(arguments[i]));
         return executorOf(context).callFunction(std::get<std::string_view>(views[0]),
                                                 std::get<std::string_view>(views[1]),
                                                 std::span(views).subspan(2));
@@ -104,7 +72,7 @@ void singleFinal(sqlite3_context* context) {
 using TypeFact = Value (*)(const SqlType&);
 void typeFact(sqlite3_context* context, int, sqlite3_value** arguments) {
     const TypeFact fact = *static_cast<const TypeFact*>(sqlite3_user_data(context));
-    std::visit(ResultSetter{context}, fact(decodeType(sqlite3_value_int64(arguments[0]))));
+    giveResult(context, fact(decodeType(sqlite3_value_int64(arguments[0]))));
 }
 
 // sys.types.system_type_id, in the order of TypeId.

@@ -130,13 +130,15 @@ Value runPatIndex(const Call& call) {
 std::string repeated(std::string_view text, std::int64_t count, std::size_t limit) {
     std::string result;
     if (text.empty()) return result;
-    const std::size_t times = std::min(static_cast<std::size_t>(count), limit / text.size());
+    const std::size_t length = characterCount(text);
+    const std::size_t times = std::min(static_cast<std::size_t>(count), limit / length + 1);
     result.reserve(times * text.size());
     for (std::size_t i = 0; i < times; ++i) result += text;
+    if (times * length > limit) result.resize(byteOffset(result, limit));
     return result;
 }
 
-// (text, count, bytes at most)
+// (text, count, characters at most)
 Value runReplicate(const Call& call) {
     if (call.integer(1) < 0) return Null{};
     return repeated(call.text(0), call.integer(1), static_cast<std::size_t>(call.integer(2)));
@@ -293,6 +295,13 @@ Value runDeeper(const Call& call) {
     return call.integer(0) + 1;
 }
 
+// (rows asked for, least, error)
+Value runRows(const Call& call) {
+    if (isNull(call[0])) throw sqlError(1060);
+    if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
+    return call.integer(0);
+}
+
 Value runQuoteName(const Call& call) {
     constexpr std::string_view kQuotes = "[]()<>{}''\"\"``";
     const char wanted = call.count() > 1 && !call.text(1).empty() ? call.text(1)[0] : '[';
@@ -331,6 +340,7 @@ constexpr ScalarFunction kFunctions[] = {
     {"ts_xml", runXml},
     {"ts_xml_value", runXmlValue},
     {"ts_deeper", runDeeper},
+    {"ts_rows", runRows, Nulls::Reach},
     {"ts_quotename", runQuoteName},
 };
 

@@ -72,6 +72,7 @@ struct QueryText {
     std::vector<OutputColumn> columns;
     bool oneRow = false;   // never more than one row
     bool bounded = false;  // has an ORDER BY or LIMIT: not a branch of a UNION as it stands
+    bool compound = false;  // SELECT ... UNION ... SELECT, which another branch may follow
 };
 
 // SELECT @a = ..., @b += ...
@@ -171,7 +172,7 @@ class Translator {
     QueryText select(const ast::Select& select, const ast::Query& query);
     QueryText setOperation(const ast::SetOperation& operation, const ast::Query& query);
     void selectItem(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
-    void star(const ast::SelectItem& item, QueryText& text, std::string& list);
+    void star(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
     void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
     std::string from(const std::vector<ast::TableRefPtr>& tables);
     std::string tableRef(const ast::TableRef& table);
@@ -190,7 +191,10 @@ class Translator {
     QueryText forXml(const QueryText& rows, const ast::ForXml& xml) const;
 
     std::string groupBy(const ast::Select& select);
-    std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text, bool outputOnly);
+    // `distinctList`: of SELECT DISTINCT, which must have what it is ordered by.
+    std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text, bool outputOnly,
+                        const std::string* distinctList = nullptr);
+    std::string rowCount(const ast::Expr& expr, int least, int error);
     std::optional<std::size_t> outputPosition(const ast::Expr& expr, const QueryText& text) const;
     std::string limit(const ast::Select* select, const ast::Query& query);
     void refuseLooseColumns(std::string_view clause, bool grouped);
@@ -208,7 +212,6 @@ class Translator {
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
                           const std::string& exposed);
     std::string returnedToVariables(const TableInfo& target, const ast::Update& update);
-    std::string topRows(const std::optional<ast::Top>& top);
     std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,
                               const std::vector<ast::TableRefPtr>& from, std::string& rowid);
 

@@ -136,11 +136,6 @@ Typed Translator::setValue(const Update& update, const SetClause& clause, const 
     return emitBinary(*clause.op, node(ColumnRef{{update.table.name, column.name}}), typed);
 }
 
-std::string Translator::topRows(const std::optional<Top>& top) {
-    if (!top) return {};
-    return " LIMIT max(0, " + coerce(value(*top->count), simpleType(TypeId::BigInt)).sql + ")";
-}
-
 void Translator::useCommonTables(const std::vector<ast::CommonTable>& with, const ObjectName& target) {
     for (const auto& table : with) {
         if (target.schema.empty() && compareText(table.name, target.name) == 0)
@@ -215,7 +210,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         away += set + "CAST('tsqlbox ' || _rowid_ AS BLOB)";
     }
     const std::string where = update.where ? " WHERE " + condition(*update.where) : "";
-    const std::string top = topRows(update.top);
+    const std::string top = update.top ? " LIMIT " + rowCount(*update.top->count, 0, 127) : "";
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
         returning(target, update.output, "inserted") + returnedToVariables(target, update);
@@ -239,7 +234,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     std::string rowid;
     const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
     const std::string where = statement.where ? " WHERE " + condition(*statement.where) : "";
-    const std::string top = topRows(statement.top);
+    const std::string top = statement.top ? " LIMIT " + rowCount(*statement.top->count, 0, 127) : "";
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
     if (statement.from.empty() && !statement.top)

@@ -99,7 +99,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns("select list", !select.groupBy.empty() || select.having);
     scope.windows = true;
-    const std::string orderSql = orderBy(query.orderBy, text, false);
+    const std::string orderSql = orderBy(query.orderBy, text, false, select.distinct ? &list : nullptr);
     scope.windows = false;
     refuseLooseColumns("ORDER BY clause", !select.groupBy.empty() || select.having);
 
@@ -128,7 +128,7 @@ void Translator::addOutput(QueryText& text, std::string& list, Column column, co
 }
 
 void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
-    if (!item.value) return star(item, text, list);
+    if (!item.value) return star(item, text, list, collate);
     Typed typed = value(*item.value);
     if (item.assignment) typed = emitBinary(*item.assignment, parameter(item.variable), typed);
     if (!item.variable.empty()) {
@@ -149,7 +149,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
     text.columns.back().nullLiteral = typed.nullLiteral;
 }
 
-void Translator::star(const SelectItem& item, QueryText& text, std::string& list) {
+void Translator::star(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     bool any = false;
     for (const auto& source : m_scope->sources) {
         if (!item.starOf.empty() && compareText(item.starOf.back(), source.exposed) != 0) continue;
@@ -157,7 +157,8 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         for (const auto& column : source.columns) {
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
-            addOutput(text, list, {column.name, column.type, column.nullable, column.identity}, column.sql);
+            addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
+                      collate ? collated({column.sql, column.type}) : column.sql);
         }
     }
     if (any) return;
@@ -206,7 +207,8 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     return std::nullopt;
 }
 
-std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly) {
+std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly,
+                                const std::string* distinctList) {
     std::string sql;
     for (const auto& item : items) {
         sql += sql.empty() ? " ORDER BY " : ", ";
@@ -217,21 +219,29 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
                            "ORDER BY items must appear in the select list if the statement contains a UNION, "
                            "INTERSECT or EXCEPT operator.",
                            15);
-        else
-            sql += collated(value(*item.value));
+        else {
+            const std::string key = collated(value(*item.value));
+            if (distinctList && (", " + *distinctList).find(", " + key + " AS c") == std::string::npos)
+                throw sqlError(145);
+            sql += key;
+        }
         if (item.descending) sql += " DESC";
     }
     return sql;
 }
 
 std::string Translator::limit(const Select* select, const Query& query) {
-    const auto count = [this](const Expr& expr) {
-        return coerce(value(expr), simpleType(TypeId::BigInt)).sql;
-    };
-    if (select && select->top) return " LIMIT max(0, " + count(*select->top->count) + ")";
+    if (select && select->top && query.offset) throw sqlError(10741);
+    if (select && select->top) return " LIMIT " + rowCount(*select->top->count, 0, 127);
     if (!query.offset) return {};
-    const std::string fetch = query.fetch ? count(*query.fetch) : "-1";
-    return " LIMIT " + fetch + " OFFSET " + count(*query.offset);
+    const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, 10744) : "-1";
+    return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, 10742);
+}
+
+// Fewer rows than `least` are an error, where SQLite would take all.
+std::string Translator::rowCount(const Expr& expr, int least, int error) {
+    return "ts_rows(" + coerce(value(expr), simpleType(TypeId::BigInt)).sql + "," + std::to_string(least) +
+           "," + std::to_string(error) + ")";
 }
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
@@ -240,6 +250,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(205);
     std::string leftList, rightList;
+    bool flat = left.compound;  // a long chain stays flat: SQLite's parser bounds the nesting
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
         const Typed pieces[] = {
@@ -249,11 +260,13 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         column.nullLiteral = column.nullLiteral && right.columns[i].nullLiteral;
         column.column.nullable = column.column.nullable || right.columns[i].column.nullable;
         const std::string comma = i ? ", " : "";
+        flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
         leftList += comma + collated(coerce(pieces[0], column.column.type)) + " AS " + column.alias;
         rightList += comma + coerce(pieces[1], column.column.type).sql;
     }
     QueryText text{{}, left.columns, false, false};
-    text.sql = "SELECT " + leftList + " FROM (" + left.sql + ")" +
+    text.compound = query.orderBy.empty() && !query.offset;
+    text.sql = (flat ? left.sql : "SELECT " + leftList + " FROM (" + left.sql + ")") +
                std::string(kWords[static_cast<std::size_t>(operation.op)]) + "SELECT " + rightList +
                " FROM (" + right.sql + ")" + orderBy(query.orderBy, text, true) + limit(nullptr, query);
     return text;
