@@ -70,8 +70,7 @@ struct OutputColumn {
 struct QueryText {
     std::string sql;
     std::vector<OutputColumn> columns;
-    bool oneRow = false;   // never more than one row
-    bool bounded = false;  // has an ORDER BY or LIMIT: not a branch of a UNION as it stands
+    bool oneRow = false;    // never more than one row
     bool compound = false;  // SELECT ... UNION ... SELECT, which another branch may follow
 };
 

@@ -107,7 +107,6 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (!depth.empty()) list += ", " + depth;
     text.sql = std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + fromSql + whereSql +
                groupSql + havingSql + orderSql + limitSql;
-    text.bounded = !orderSql.empty() || !limitSql.empty();
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
 }

@@ -82,7 +82,7 @@ QueryText Translator::forXml(const QueryText& rows, const ast::ForXml& xml) cons
                rows.sql + ")) HAVING count(*) > 0";
     const SqlType type = xml.typed ? simpleType(TypeId::Xml) : nvarcharType(SqlType::kMax);
     text.columns.push_back({{"XML_F52E2B61-18A1-11d1-B105-00805F49916B", type, true, false}, "c1", false});
-    text.oneRow = text.bounded = true;
+    text.oneRow = true;
     return text;
 }
 

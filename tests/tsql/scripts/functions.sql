@@ -42,3 +42,17 @@ SELECT IIF(1, 2, 3)
 GO
 SELECT REPLICATE('x', -1), CHAR(256), SPACE(-1), STUFF('abc', 5, 1, 'x')
 GO
+DECLARE @s nvarchar(max) = N'SELECT COUNT(*) FROM (SELECT 1 AS a' + REPLICATE(CAST(N' UNION ALL SELECT 1' AS nvarchar(max)), 60) + N') q'
+EXEC (@s)
+SET @s = N'SELECT COUNT(*) FROM (VALUES (1)' + REPLICATE(CAST(N',(1)' AS nvarchar(max)), 99) + N') q(a)'
+EXEC (@s)
+SET @s = N'SELECT 1' + REPLICATE(CAST(N' + 1 * 1' AS nvarchar(max)), 399)
+EXEC (@s)
+SELECT 1 AS a UNION SELECT 1 UNION ALL SELECT 1 EXCEPT SELECT 2 UNION ALL SELECT NULL
+SELECT 'a' AS a UNION SELECT 'A' UNION SELECT 2.5e0
+GO
+CREATE TABLE word (t nvarchar(20))
+INSERT word VALUES (N'zebra'),(N'étude'),(N'eta'),(N'Etude'),(N'a_b'),(N'a1'),(N'ab'),(N'Ärger'),(N'az')
+SELECT t FROM word ORDER BY t
+SELECT COUNT(*) FROM word WHERE t = N'ETUDE '
+GO
