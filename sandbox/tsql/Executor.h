@@ -62,6 +62,7 @@ struct Frame {
     std::optional<std::int64_t> identity;       // SCOPE_IDENTITY()
     std::map<std::string, TableVariable> tables;
     bool isFunction = false;
+    bool isQuery = false;  // of a view, or of a function that returns a table
     SqlType returnType;
     Value returned = Null{};
     std::size_t skippedArguments = 0;  // those of sp_executesql that are none of the text's

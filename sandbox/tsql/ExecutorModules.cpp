@@ -54,6 +54,7 @@ void Executor::within(const StoredQuery& query, const std::function<void()>& wor
     Frame frame;
     frame.procedure = query.name;
     frame.database = query.database;
+    frame.isQuery = true;
     for (const auto& parameter : query.module->parameters)
         frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
     const EnteredFrame entered(m_frames, frame);

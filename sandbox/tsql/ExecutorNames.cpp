@@ -158,6 +158,7 @@ Catalogue Executor::catalogue(const ObjectName& name) {
 }
 
 TableInfo Executor::table(const ObjectName& name) {
+    if (isTemporaryName(name.name) && m_frames.back()->isQuery) throw sqlError(4508);
     if (name.name.starts_with('@')) {
         const auto& tables = m_frames.back()->tables;
         const auto found = tables.find(lowerAscii(name.name));

@@ -12,17 +12,45 @@ struct MessageText {
 
 constexpr MessageText kMessages[] = {
     {103, 15, 1, "The database name '%s' is empty or too long. Maximum length is 128."},
+    {104, 15, 1,
+     "ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT "
+     "operator."},
     {106, 15, 1, "Too many table names in the query. The maximum allowable is 256."},
+    {107, 15, 1, "The column prefix '%s' does not match with a table name or alias name used in the query."},
+    {108, 15, 1,
+     "The ORDER BY position number %s is out of range of the number of items in the select list."},
+    {109, 15, 1,
+     "There are more columns in the INSERT statement than values specified in the VALUES clause. The number "
+     "of values in the VALUES clause must match the number of columns specified in the INSERT statement."},
+    {110, 15, 1,
+     "There are fewer columns in the INSERT statement than values specified in the VALUES clause. The number "
+     "of values in the VALUES clause must match the number of columns specified in the INSERT statement."},
     {111, 15, 1, "'CREATE%s' must be the first statement in a query batch."},
+    {116, 16, 1,
+     "Only one expression can be specified in the select list when the subquery is not introduced with "
+     "EXISTS."},
+    {120, 15, 1,
+     "The select list for the INSERT statement contains fewer items than the insert list. The number of "
+     "SELECT values must match the number of INSERT columns."},
+    {121, 15, 1,
+     "The select list for the INSERT statement contains more items than the insert list. The number of "
+     "SELECT values must match the number of INSERT columns."},
     {127, 15, 1, "A TOP N or FETCH rowcount value may not be negative."},
     {134, 15, 1,
      "The variable name '%s' has already been declared. Variable names must be unique within a query batch "
      "or stored procedure."},
     {135, 15, 1, "Cannot use a BREAK statement outside the scope of a WHILE statement."},
     {137, 15, 1, "Must declare the scalar variable \"%s\"."},
+    {141, 15, 1,
+     "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
+     "operations."},
     {145, 15, 1, "ORDER BY items must appear in the select list if SELECT DISTINCT is specified."},
+    {147, 15, 1,
+     "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING "
+     "clause or a select list, and the column being aggregated is an outer reference."},
     {148, 15, 1, "Incorrect time syntax in time string '%s' used with WAITFOR."},
     {154, 15, 1, "%s is not allowed in %s."},
+    {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
     {166, 15, 1,
      "'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name."},
     {191, 15, 1,
@@ -30,12 +58,13 @@ constexpr MessageText kMessages[] = {
      "queries."},
     {195, 15, 7, "'%s' is not a recognized SET option."},
     {201, 16, 4, "Procedure or function '%s' expects parameter '%s', which was not supplied."},
-    {207, 16, 1, "Invalid column name '%s'."},
-    {208, 16, 1, "Invalid object name '%s'."},
     {205, 16, 1,
      "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of "
      "expressions "
      "in their target lists."},
+    {207, 16, 1, "Invalid column name '%s'."},
+    {208, 16, 1, "Invalid object name '%s'."},
+    {209, 16, 1, "Ambiguous column name '%s'."},
     {213, 16, 1, "Column name or number of supplied values does not match table definition."},
     {214, 16, 1, "Procedure expects parameter '%s' of type '%s'."},
     {217, 16, 1, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32)."},
@@ -44,6 +73,7 @@ constexpr MessageText kMessages[] = {
      "Types don't match between the anchor and the recursive part in column \"%s\" of recursive query "
      "\"%s\"."},
     {253, 16, 1, "Recursive member of a common table expression '%s' has multiple recursive references."},
+    {263, 16, 1, "Must specify table to select from."},
     {264, 16, 1,
      "The column name '%s' is specified more than once in the SET clause or column list of an INSERT."},
     {266, 16, 2,
@@ -164,10 +194,14 @@ constexpr MessageText kMessages[] = {
     {3998, 16, 1,
      "Uncommittable transaction is detected at the end of the batch. The transaction is rolled back."},
     {4060, 11, 1, "Cannot open database \"%s\" requested by the login. The login failed."},
+    {4104, 16, 1, "The multi-part identifier \"%s\" could not be bound."},
     {4108, 15, 1, "Windowed functions can only appear in the SELECT or ORDER BY clauses."},
     {4112, 15, 1, "The function '%s' must have an OVER clause with ORDER BY."},
     {4113, 16, 1,
      "The function '%s' is not a valid windowing function, and cannot be used with the OVER clause."},
+    {4121, 16, 1,
+     "Cannot find either column \"%s\" or the user-defined function or aggregate \"%s.%s\", or the name is "
+     "ambiguous."},
     {4194, 16, 1, "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters."},
     {4429, 16, 1,
      "View or function '%s' contains a self-reference. Views or functions cannot reference themselves "
@@ -175,19 +209,23 @@ constexpr MessageText kMessages[] = {
     {4506, 16, 1,
      "Column names in each view or function must be unique. Column name '%s' in view or function '%s' is "
      "specified more than once."},
+    {4508, 16, 1,
+     "Views or functions are not allowed on temporary tables. Table names that begin with '#' denote "
+     "temporary "
+     "tables."},
     {4511, 16, 1, "Create View or Function failed because no column name was specified for column %s."},
+    {4712, 16, 1, "Cannot truncate table '%s' because it is being referenced by a FOREIGN KEY constraint."},
     {4901, 16, 1,
      "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
      "specified, or the column being added is an identity or timestamp column, or alternatively if none of "
      "the previous conditions are satisfied the table must be empty to allow addition of this column. Column "
      "'%s' cannot be added to non-empty table '%s' because it does not satisfy these conditions."},
+    {4922, 16, 9, "ALTER TABLE %s COLUMN %s failed because one or more objects access this column."},
     {4924, 16, 1, "ALTER TABLE %s COLUMN failed because column '%s' does not exist in table '%s'."},
+    {5074, 16, 1, "The %s '%s' is dependent on column '%s'."},
     {5308, 16, 1,
      "Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY "
      "clause expressions."},
-    {4712, 16, 1, "Cannot truncate table '%s' because it is being referenced by a FOREIGN KEY constraint."},
-    {4922, 16, 9, "ALTER TABLE %s COLUMN %s failed because one or more objects access this column."},
-    {5074, 16, 1, "The %s '%s' is dependent on column '%s'."},
     {6401, 16, 1, "Cannot roll back %s. No transaction or savepoint of that name was found."},
     {6809, 16, 1,
      "Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for "
@@ -201,12 +239,20 @@ constexpr MessageText kMessages[] = {
     {8101, 16, 1,
      "An explicit value for the identity column in table '%s' can only be specified when a column list is "
      "used and IDENTITY_INSERT is ON."},
+    {8102, 16, 1, "Cannot update identity column '%s'."},
     {8106, 16, 1, "Table '%s' does not have the identity property. Cannot perform SET operation."},
     {8107, 16, 1,
      "IDENTITY_INSERT is already ON for table '%s'. Cannot perform SET operation for table '%s'."},
     {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%s'."},
+    {8120, 16, 1,
+     "Column '%s' is invalid in the select list because it is not contained in either an aggregate function "
+     "or the GROUP BY clause."},
+    {8127, 16, 1,
+     "Column '%s' is invalid in the ORDER BY clause because it is not contained in either an aggregate "
+     "function or the GROUP BY clause."},
     {8144, 16, 2, "Procedure or function %s has too many arguments specified."},
     {8145, 16, 1, "%s is not a parameter for procedure %s."},
+    {8155, 16, 1, "No column name was specified for column %s of '%s'."},
     {8158, 16, 1, "'%s' has more columns than were specified in the column list."},
     {8159, 16, 1, "'%s' has fewer columns than were specified in the column list."},
     {8162, 16, 1,

@@ -78,14 +78,7 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
     };
     if (insert.defaultValues) addRow(none);
     for (const auto& row : insert.rows) {
-        if (row.size() != columns.size())
-            throw SqlError(
-                row.size() < columns.size() ? 109 : 110,
-                std::string("There are ") + (row.size() < columns.size() ? "more" : "fewer") +
-                    " columns in the INSERT statement than values specified in the VALUES clause. The number "
-                    "of values in the VALUES clause must match the number of columns specified in the INSERT "
-                    "statement.",
-                15);
+        if (row.size() != columns.size()) throw sqlError(row.size() < columns.size() ? 109 : 110);
         addRow(row);
     }
     return insertHead(target, all) + rows + returning(target, insert.output, "inserted");
@@ -96,13 +89,7 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
     m_topLevel = false;
     const QueryText text = query(*insert.query);
     if (text.columns.size() != columns.size())
-        throw SqlError(
-            text.columns.size() < columns.size() ? 120 : 121,
-            std::string("The select list for the INSERT statement contains ") +
-                (text.columns.size() < columns.size() ? "fewer" : "more") +
-                " items than the insert list. The number of SELECT values must match the number of INSERT "
-                "columns.",
-            15);
+        throw sqlError(text.columns.size() < columns.size() ? 120 : 121);
     auto all = columns;
     std::string list;
     for (std::size_t i = 0; i < columns.size(); ++i)
@@ -199,8 +186,8 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     std::string picked, sets, moved, away;
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
-        if (!column) throw SqlError(207, "Invalid column name '" + clause.column + "'.");
-        if (column->identity) throw SqlError(8102, "Cannot update identity column '" + column->name + "'.");
+        if (!column) throw sqlError(207, {clause.column});
+        if (column->identity) throw sqlError(8102, {column->name});
         const std::string cell = assigned(setValue(update, clause, *column), target, *column);
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
         picked += ", " + cell + " AS " + alias;

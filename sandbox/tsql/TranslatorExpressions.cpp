@@ -68,8 +68,7 @@ Typed Translator::parameter(std::string_view name) {
     const std::string key = lowerAscii(name);
     if (const auto live = m_live.find(key); live != m_live.end()) {
         if (m_sorted && live->second == liveValue(key))
-            throw SqlError(
-                50000, "tsqlbox does not support SELECT @variable = ... of the same variable with ORDER BY.");
+            throw unsupported("SELECT @variable = ... of the same variable with ORDER BY");
         return {live->second, type};
     }
     auto found = std::find(m_parameters.begin(), m_parameters.end(), key);
@@ -86,7 +85,7 @@ const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope
         if (column.path.size() > 3 && compareText(column.path[0], each.database) != 0) continue;
         for (const auto& candidate : each.columns) {
             if (compareText(candidate.name, name) != 0) continue;
-            if (found) throw SqlError(209, "Ambiguous column name '" + name + "'.");
+            if (found) throw sqlError(209, {name});
             found = &candidate;
             source = &each;
         }
@@ -104,10 +103,10 @@ Typed Translator::node(const ColumnRef& column) {
                                                            : source->exposed + "." + found->name);
         return {found->sql, found->type};
     }
-    if (column.path.size() == 1) throw SqlError(207, "Invalid column name '" + column.path.back() + "'.");
+    if (column.path.size() == 1) throw sqlError(207, {column.path.back()});
     std::string path;
     for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
-    throw SqlError(4104, "The multi-part identifier \"" + path + "\" could not be bound.");
+    throw sqlError(4104, {path});
 }
 
 Typed Translator::node(const Negate& negate) {
@@ -236,10 +235,7 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
 
 Typed Translator::userCall(const Call& call) {
     const auto function = m_names.function(call.name);
-    if (!function)
-        throw SqlError(4121, "Cannot find either column \"" + call.name.schema +
-                                 "\" or the user-defined function or aggregate \"" + call.name.schema + "." +
-                                 call.name.name + "\", or the name is ambiguous.");
+    if (!function) throw sqlError(4121, {call.name.schema, call.name.schema, call.name.name});
     if (call.arguments.size() != function->parameters.size()) {
         const bool few = call.arguments.size() < function->parameters.size();
         const std::string name = call.name.schema + "." + call.name.name;
@@ -253,11 +249,7 @@ Typed Translator::userCall(const Call& call) {
 
 Typed Translator::node(const ScalarQuery& scalar) {
     const QueryText text = query(*scalar.query);
-    if (text.columns.size() != 1)
-        throw SqlError(
-            116,
-            "Only one expression can be specified in the select list when the subquery is not introduced "
-            "with EXISTS.");
+    if (text.columns.size() != 1) throw sqlError(116);
     return {singleValue(text), text.columns.front().column.type};
 }
 
@@ -307,11 +299,7 @@ std::string Translator::test(const InList& in) {
 std::string Translator::test(const InQuery& in) {
     const Typed operand = value(*in.operand);
     const QueryText text = query(*in.query);
-    if (text.columns.size() != 1)
-        throw SqlError(
-            116,
-            "Only one expression can be specified in the select list when the subquery is not introduced "
-            "with EXISTS.");
+    if (text.columns.size() != 1) throw sqlError(116);
     const Typed column{text.columns.front().alias, text.columns.front().column.type};
     const Typed both[] = {operand, column};
     const SqlType type = tsql::commonType(both);

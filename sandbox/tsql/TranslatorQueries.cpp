@@ -74,12 +74,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (!depth.empty() && (select.distinct || select.top || !select.groupBy.empty()))
         throw unsupported("DISTINCT, TOP or GROUP BY in the recursive part of a common table expression");
     const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
-    if (scope.sawAggregate)
-        throw SqlError(147,
-                       "An aggregate may not appear in the WHERE clause unless it is in a subquery contained "
-                       "in a HAVING "
-                       "clause or a select list, and the column being aggregated is an outer reference.",
-                       15);
+    if (scope.sawAggregate) throw sqlError(147);
     const std::string groupSql = groupBy(select);
 
     if (topLevel)
@@ -90,12 +85,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     scope.windows = true;
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
     scope.windows = false;
-    if (!m_assignments.empty() && m_assignments.size() != text.columns.size())
-        throw SqlError(
-            141,
-            "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
-            "operations.",
-            15);
+    if (!m_assignments.empty() && m_assignments.size() != text.columns.size()) throw sqlError(141);
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns("select list", !select.groupBy.empty() || select.having);
     scope.windows = true;
@@ -114,10 +104,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
 // Without the check SQLite would take the column's value from any row of the group.
 void Translator::refuseLooseColumns(std::string_view clause, bool grouped) {
     if ((grouped || m_scope->sawAggregate) && !m_scope->loose.empty())
-        throw SqlError(
-            clause == "select list" ? 8120 : 8127,
-            "Column '" + m_scope->loose.front() + "' is invalid in the " + std::string(clause) +
-                " because it is not contained in either an aggregate function or the GROUP BY clause.");
+        throw sqlError(clause == "select list" ? 8120 : 8127, {m_scope->loose.front()});
 }
 
 void Translator::addOutput(QueryText& text, std::string& list, Column column, const std::string& sql) {
@@ -161,11 +148,8 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         }
     }
     if (any) return;
-    if (item.starOf.empty()) throw SqlError(263, "Must specify table to select from.");
-    throw SqlError(107,
-                   "The column prefix '" + item.starOf.back() +
-                       "' does not match with a table name or alias name used in the query.",
-                   15);
+    if (item.starOf.empty()) throw sqlError(263);
+    throw sqlError(107, {item.starOf.back()});
 }
 
 std::string Translator::groupBy(const Select& select) {
@@ -173,11 +157,7 @@ std::string Translator::groupBy(const Select& select) {
     std::set<std::string> keys;
     for (const auto& expr : select.groupBy) {
         const Typed key = value(*expr);
-        if (m_scope->loose.empty())
-            throw SqlError(164,
-                           "Each GROUP BY expression must contain at least one column that is not an outer "
-                           "reference.",
-                           15);
+        if (m_scope->loose.empty()) throw sqlError(164);
         m_scope->loose.clear();
         keys.insert(key.sql);
         sql += (sql.empty() ? " GROUP BY " : ", ") + collated(key);
@@ -193,10 +173,7 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
         if (!literal->value.integer) return std::nullopt;
         const std::int64_t position = *literal->value.integer;
         if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
-            throw SqlError(108,
-                           "The ORDER BY position number " + std::to_string(position) +
-                               " is out of range of the number of items in the select list.",
-                           15);
+            throw sqlError(108, {std::to_string(position)});
         return static_cast<std::size_t>(position - 1);
     }
     const auto* name = std::get_if<ColumnRef>(&expr.node);
@@ -214,10 +191,7 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         if (const auto position = outputPosition(*item.value, text))
             sql += collated({std::to_string(*position + 1), text.columns[*position].column.type});
         else if (outputOnly)
-            throw SqlError(104,
-                           "ORDER BY items must appear in the select list if the statement contains a UNION, "
-                           "INTERSECT or EXCEPT operator.",
-                           15);
+            throw sqlError(104);
         else {
             const std::string key = collated(value(*item.value));
             if (distinctList && (", " + *distinctList).find(", " + key + " AS c") == std::string::npos)
@@ -368,7 +342,7 @@ std::map<std::string, std::string> Translator::tableArguments(const StoredQuery&
 // STRING_SPLIT(text, separator)
 std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
-        throw SqlError(208, "Invalid object name '" + table.name.name + "'.");
+        throw sqlError(208, {table.name.name});
     if (table.arguments->size() != 2) throw sqlError(8144, {"STRING_SPLIT"});
     Scope* const beside = std::exchange(m_scope, m_scope->outer);
     const Typed text = value(*table.arguments->front()), separator = value(*table.arguments->back());
@@ -400,9 +374,7 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
     for (std::size_t i = 0; i < text.columns.size(); ++i) {
         const Column& column = text.columns[i].column;
         const std::string& name = names.empty() ? column.name : names[i];
-        if (name.empty())
-            throw SqlError(8155, "No column name was specified for column " + std::to_string(i + 1) +
-                                     " of '" + alias + "'.");
+        if (name.empty()) throw sqlError(8155, {std::to_string(i + 1), alias});
         source.columns.push_back(
             {name, sqlAlias + "." + text.columns[i].alias, column.type, column.nullable, column.identity});
     }
