@@ -119,18 +119,22 @@ void PacketChannel::sendSome(Bytes& response) {
     if (response.size() >= kSendBlock) send(response, false);
 }
 
+void PacketChannel::sendNow(Bytes& response) {
+    send(response, false, true);
+}
+
 void PacketChannel::sendLast(Bytes& response) {
     send(response, true);
     m_nextPacket = 1;
 }
 
-void PacketChannel::send(Bytes& response, bool last) {
+void PacketChannel::send(Bytes& response, bool last, bool now) {
     const std::size_t room = m_packetSize - kHeaderSize;
     ByteWriter wire;
     wire.data().reserve(response.size() + (response.size() / room + 1) * kHeaderSize);
     ByteView rest = response;
     // The last packet must not be sent before it is known to be the last.
-    for (bool ended = false; !ended && (rest.size() > room || last);) {
+    for (bool ended = false; !ended && (rest.size() > room || last || (now && !rest.empty()));) {
         const ByteView part = rest.substr(0, room);
         rest.remove_prefix(part.size());
         ended = last && rest.empty();

@@ -42,6 +42,8 @@ class PacketChannel {
 
     // Sends whole packets of the response, leaving the rest in `response`; cheap while it is short.
     void sendSome(Bytes& response);
+    // Sends all there is so far.
+    void sendNow(Bytes& response);
     // Sends all that is left as the end of the response.
     void sendLast(Bytes& response);
 
@@ -56,7 +58,7 @@ class PacketChannel {
     void need(std::size_t bytes);
     bool receive(bool wait);
     void waitReadable() const;
-    void send(Bytes& response, bool last);
+    void send(Bytes& response, bool last, bool now = false);
     void sendAll(ByteView data) const;
     std::size_t buffered() const { return m_input.size() - m_inputPosition; }
 

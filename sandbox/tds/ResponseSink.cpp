@@ -42,6 +42,11 @@ void ResponseSink::transactionChanged(tsql::TransactionEvent event) {
     m_tokens.transactionChange(event);
 }
 
+void ResponseSink::flush() {
+    flushDone();
+    m_channel.sendNow(m_tokens.data());
+}
+
 // Does not throw: the engine may ask from within SQLite, which no exception can cross.
 bool ResponseSink::cancelled() {
     if (m_attention || m_clientGone) return true;

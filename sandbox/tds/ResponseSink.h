@@ -18,6 +18,7 @@ class ResponseSink final : public tsql::ResultSink {
     void message(const tsql::Message& message) override;
     void databaseChanged(std::string_view from, std::string_view to) override;
     void transactionChanged(tsql::TransactionEvent event) override;
+    void flush() override;
     bool cancelled() override;
 
     // Statements of a procedure call end with another token than those of a batch.

@@ -252,7 +252,7 @@ struct Print {
 struct RaiseError {
     ExprPtr message, severity, state;
     std::vector<ExprPtr> arguments;
-    bool log = false, setError = false;
+    bool log = false, setError = false, noWait = false;
 };
 struct Throw {
     ExprPtr number, message, state;  // all null: THROW alone

@@ -73,8 +73,9 @@ void PreparedStatement::bind(int index, const CellView& value) {
 }
 
 void PreparedStatement::bindAll(std::span<const Value> values) {
-    int index = 0;
-    for (const auto& value : values) bind(++index, viewOf(value));
+    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may have no place in it
+    for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
+        bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
 }
 
 bool PreparedStatement::step() {

@@ -59,6 +59,8 @@ class ResultSink {
     virtual void message(const Message& message) = 0;
     virtual void databaseChanged(std::string_view from, std::string_view to) = 0;  // USE
     virtual void transactionChanged(TransactionEvent) {}  // of the outermost transaction
+    // What has been said reaches the client now: RAISERROR WITH NOWAIT.
+    virtual void flush() {}
     // Asked between rows and statements; true ends the batch as an attention does.
     virtual bool cancelled() = 0;
 };

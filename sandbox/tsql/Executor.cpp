@@ -277,35 +277,18 @@ SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const KeyInfo&
     return conflict("FOREIGN KEY", *catalogue.table(key.references), named);
 }
 
-// Common tables of which the last, `incoming`, has the rows that the failed statement was to make, with the
-// row ids of those that are there already; empty where that is not known.
-std::string Executor::newRows() const {
-    if (m_verb == "CREATE INDEX")
-        return "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + m_target.sqlName() + ")";
-    const std::string head = "INSERT INTO " + m_target.sqlName() + " (";
-    const std::size_t end = m_changeSql.find(") ");
-    if (m_verb != "INSERT" || !m_changeSql.starts_with(head) || end == std::string::npos) return {};
-    const std::size_t rows = end + 2, returning = m_changeSql.rfind(" RETURNING ");
-    return "given(" + m_changeSql.substr(head.size(), end - head.size()) + ") AS (" +
-           m_changeSql.substr(rows, returning < rows ? std::string::npos : returning - rows) +
-           "), incoming AS (SELECT *, NULL AS ts_row FROM given)";
-}
-
 // SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
 SqlError Executor::brokenReference() {
     const Catalogue catalogue(m_connection, m_target.database, m_target.schema);
     const auto own = catalogue.keysOfType(m_target.stored, objectType::kForeignKey);
     const auto others = catalogue.keysTo(m_target.name);
-    const std::string rows = newRows();
     for (const auto& key : own) {
-        if (rows.empty()) break;
-        PreparedStatement query(m_connection, "WITH " + rows + " SELECT 1 FROM incoming WHERE " +
+        if (m_newRows.empty()) break;
+        PreparedStatement query(m_connection, "WITH " + m_newRows + " SELECT 1 FROM incoming WHERE " +
                                                   orphans(catalogue, m_target, key, "incoming") + " LIMIT 1");
         query.bindAll(m_changeValues);
         if (query.step()) return foreignKeyConflict(catalogue, key);
     }
-    if (m_verb == "UPDATE" && own.size() == 1 && others.empty())
-        return foreignKeyConflict(catalogue, own.front());
     if (others.size() != 1) return conflict("REFERENCE", m_target, {});
     return conflict("REFERENCE", *catalogue.table(others.front().table), others.front());
 }
@@ -328,14 +311,13 @@ SqlError Executor::duplicateKey(const std::string& columns) {
 // " The duplicate key value is (1, x).", looked for among the rows that were to come; empty when it is not
 // found.
 std::string Executor::duplicateValue(const KeyInfo& key) {
-    const std::string rows = newRows();
     std::string list, match;
     std::vector<SqlType> types;
     for (std::string_view rest = key.columns; !rest.empty();) {
         const std::string_view name = rest.substr(0, rest.find(", "));
         rest.remove_prefix(std::min(rest.size(), name.size() + 2));
         const TableColumn* column = m_target.column(name);
-        if (!column || rows.empty()) return {};
+        if (!column || m_newRows.empty()) return {};
         types.push_back(column->type);
         list += (list.empty() ? "" : ", ") + quotedName(name);
         match += " AND present." + quotedName(name) + " = incoming." + quotedName(name);
@@ -343,7 +325,7 @@ std::string Executor::duplicateValue(const KeyInfo& key) {
     try {
         PreparedStatement query(
             m_connection,
-            "WITH " + rows + " SELECT " + list + " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
+            "WITH " + m_newRows + " SELECT " + list + " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
                 m_target.sqlName() + " AS present WHERE present._rowid_ IS NOT incoming.ts_row" + match +
                 ") UNION ALL SELECT " + list + " FROM incoming GROUP BY " + list + " HAVING count(*) > 1");
         query.bindAll(m_changeValues);
@@ -512,7 +494,8 @@ Flow Executor::run(const RaiseError& raise) {
         return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
     };
     const int severity = std::max(0, number(*raise.severity));
-    const int state = std::clamp(number(*raise.state), 0, 255);
+    const int asked = number(*raise.state);
+    const int state = asked < 0 ? 1 : std::min(asked, 255);
     if (severity > kTopUserSeverity && !raise.log) throw sqlError(2754);
     const TypedValue message = evaluate(*raise.message);
     if (isInteger(message.type.id)) throw sqlError(18054, {textOf(viewOf(message.value), message.type)});
@@ -531,6 +514,7 @@ Flow Executor::run(const RaiseError& raise) {
         m_error = raise.setError ? raised.number : 0;
         done(-1);
     }
+    if (raise.noWait) m_sink->flush();
     return Flow::Next;
 }
 

@@ -136,7 +136,6 @@ class Executor final : public SessionFacts, public NameResolver {
     SqlError foreignKeyConflict(const Catalogue& catalogue, const KeyInfo& key);
     SqlError brokenReference();
     std::string duplicateValue(const KeyInfo& key);
-    std::string newRows() const;
     void done(std::int64_t count, bool isSelect = false);
     TypedValue evaluate(const ast::Expr& expr);
     Value evaluate(const ast::Expr& expr, const SqlType& type);
@@ -293,7 +292,7 @@ class Executor final : public SessionFacts, public NameResolver {
     std::vector<Message> m_caught;  // by the CATCH blocks that run now
     TableInfo m_target;             // of the change that runs now, for the texts of its errors
     std::string m_verb;             // INSERT, UPDATE, DELETE
-    std::string m_changeSql;        // and its text in SQLite
+    std::string m_newRows;          // as Translator::newRows()
     std::vector<Value> m_changeValues;
     std::string m_indexName;        // of the index that is being made
     std::string m_text;             // the batch that runs now

@@ -243,6 +243,8 @@ void Executor::makeIndex(const TableInfo& table, const std::string& name, const 
     m_target = table;
     m_verb = "CREATE INDEX";
     m_indexName = name;
+    m_newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
+    m_changeValues.clear();
     m_connection.run(std::string("CREATE ") + (unique ? "UNIQUE " : "") + "INDEX " + table.schema + "." +
                      indexName(name, table.id) + " ON " + quotedName(table.stored) + " (" + list + ")");
     m_verb.clear();
@@ -387,6 +389,9 @@ Flow Executor::run(const AlterTable& alter) {
     Catalogue owner = catalogue(alter.added.table);
     beforeWrite();
     Atomic atomic(m_connection, owner.schema());
+    for (const auto& key : owner.keysOf(target.id))  // SQLite's own definition holds what is not known here
+        if (key.type != objectType::kIndex && key.source.empty())
+            throw unsupported("ALTER TABLE of a table that an earlier version of it has made");
     for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
     for (const auto* constraint : allConstraints(alter.added)) {
         const KeyInfo key = noteConstraint(owner, target, *constraint);

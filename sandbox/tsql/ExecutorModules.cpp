@@ -135,15 +135,18 @@ void Executor::runFrame(const Block& body, Frame& frame) {
 
 Flow Executor::run(const Execute& execute) {
     refuseInFunction();
-    const bool mayBeSystem = execute.procedure.schema.empty() || sameWord(execute.procedure.schema, "sys");
-    if (execute.text)
+    if (execute.text) {
         runText(evaluateText(*execute.text));
-    else if (mayBeSystem && sameWord(execute.procedure.name, "sp_executesql"))
+        return Flow::Next;
+    }
+    const ObjectName name = execute.procedureVariable.empty()
+                                ? execute.procedure
+                                : parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}}));
+    const bool mayBeSystem = name.schema.empty() || sameWord(name.schema, "sys");
+    if (mayBeSystem && sameWord(name.name, "sp_executesql"))
         executeSql(execute);
-    else if (execute.procedureVariable.empty())
-        callProcedure(execute, execute.procedure);
     else
-        callProcedure(execute, parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}})));
+        callProcedure(execute, name);
     return Flow::Next;
 }
 
@@ -188,7 +191,7 @@ void Executor::executeSql(const Execute& execute) {
     frame.returned = std::int64_t{0};
     frame.skippedArguments = 2;
     const std::int64_t tables = temporary().lastId();
-    bindArguments(module, execute, execute.procedure.name, frame);
+    bindArguments(module, execute, "sp_executesql", frame);
     try {
         runFrame(module.body, frame);
     } catch (const ScopeEnd&) {

@@ -36,6 +36,7 @@ class DivertingSink final : public ResultSink {
         m_outer.databaseChanged(from, to);
     }
     void transactionChanged(TransactionEvent event) override { m_outer.transactionChanged(event); }
+    void flush() override { m_outer.flush(); }
     bool cancelled() override { return m_outer.cancelled(); }
 
   private:
@@ -138,7 +139,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     m_target = target;
     m_verb = verb;
     beforeWrite();
-    m_changeSql = sql;
+    m_newRows = translator.newRows();
     m_changeValues = parameterValues(translator);
     PreparedStatement prepared(m_connection, sql);
     prepared.bindAll(m_changeValues);
@@ -238,7 +239,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     divert(take, work);
     m_verb = "INSERT";
     m_target = target;
-    m_changeSql.clear();
+    m_newRows.clear();
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
     for (const auto& row : collected) {

@@ -314,7 +314,9 @@ Statement::Node Parser::parseRaiseError() {
             node.log = true;
         else if (accept("SETERROR"))
             node.setError = true;
-        else if (!accept("NOWAIT"))
+        else if (accept("NOWAIT"))
+            node.noWait = true;
+        else
             syntaxError();
     } while (accept(","));
     return node;

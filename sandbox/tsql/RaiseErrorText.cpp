@@ -11,6 +11,7 @@ namespace tsql {
 namespace {
 
 constexpr std::size_t kLongestMessage = 2047;
+constexpr std::string_view kEllipsis = "...";
 constexpr std::size_t kWidest = 2047;
 
 struct Substitution {
@@ -35,7 +36,8 @@ class Formatter {
             else
                 addArgument(substitution());
         }
-        return std::string(characters(m_text, 0, kLongestMessage));
+        if (characterCount(m_text) <= kLongestMessage) return m_text;
+        return std::string(characters(m_text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
     }
 
   private:

@@ -101,6 +101,9 @@ class Translator {
     std::string update(const TableInfo& target, const ast::Update& update);
     // The same in steps, for rows that take over each other's keys.
     std::vector<std::string> updateInSteps() const { return m_steps; }
+    // Common tables of which the last, `incoming`, has the rows that the change makes, with the row ids
+    // (ts_row) of those that are there already. For the texts of errors.
+    const std::string& newRows() const { return m_newRows; }
     std::string remove(const TableInfo& target, const ast::Delete& statement);
     // A CHECK's condition, its columns without a table.
     std::string check(const TableInfo& table, const ast::Expr& condition);
@@ -202,7 +205,8 @@ class Translator {
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);
 
     // ---- changes (TranslatorChanges.cpp)
-    std::string insertHead(const TableInfo& target, const std::vector<const TableColumn*>& columns) const;
+    std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                           const std::string& rows);
     Typed defaultOf(const TableColumn& column);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
     std::vector<const TableColumn*> absentDefaults(const TableInfo& target,
@@ -228,6 +232,7 @@ class Translator {
     std::int64_t m_maxRecursion = 100;
     QueryText m_output;
     std::vector<std::string> m_steps;
+    std::string m_newRows;
     bool m_topLevel = true;
 };
 

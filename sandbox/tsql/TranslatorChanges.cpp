@@ -50,11 +50,12 @@ std::vector<const TableColumn*> Translator::absentDefaults(
     return absent;
 }
 
-std::string Translator::insertHead(const TableInfo& target,
-                                   const std::vector<const TableColumn*>& columns) const {
+std::string Translator::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                   const std::string& rows) {
     std::string names;
     for (const auto* column : columns) names += (names.empty() ? "" : ", ") + quotedName(column->name);
-    return "INSERT INTO " + target.sqlName() + " (" + names + ") ";
+    m_newRows = "given(" + names + ") AS (" + rows + "), incoming AS (SELECT *, NULL AS ts_row FROM given)";
+    return "INSERT INTO " + target.sqlName() + " (" + names + ") " + rows;
 }
 
 std::string Translator::insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
@@ -81,7 +82,7 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
         if (row.size() != columns.size()) throw sqlError(row.size() < columns.size() ? 109 : 110);
         addRow(row);
     }
-    return insertHead(target, all) + rows + returning(target, insert.output, "inserted");
+    return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
 std::string Translator::insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
@@ -99,7 +100,7 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
         list += ", " + assigned(defaultOf(*column), target, *column);
         all.push_back(column);
     }
-    return insertHead(target, all) + "SELECT " + list + " FROM (" + text.sql + ")" +
+    return insertText(target, all, "SELECT " + list + " FROM (" + text.sql + ")") +
            returning(target, insert.output, "inserted");
 }
 
@@ -114,7 +115,7 @@ std::string Translator::insertParameters(const TableInfo& target,
         list += ", " + assigned(defaultOf(*column), target, *column);
         all.push_back(column);
     }
-    return insertHead(target, all) + "VALUES (" + list + ")";
+    return insertText(target, all, "VALUES (" + list + ")");
 }
 
 Typed Translator::setValue(const Update& update, const SetClause& clause, const TableColumn& column) {
@@ -183,7 +184,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
     const bool simple = update.from.empty() && !update.top;
-    std::string picked, sets, moved, away;
+    std::string picked, sets, moved, away, kept;
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
         if (!column) throw sqlError(207, {clause.column});
@@ -202,6 +203,17 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     const std::string returned =
         returning(target, update.output, "inserted") + returnedToVariables(target, update);
     m_scope = nullptr;
+    for (const auto& column : target.columns) {
+        const auto set = std::find_if(update.sets.begin(), update.sets.end(), [&](const SetClause& clause) {
+            return compareText(clause.column, column.name) == 0;
+        });
+        kept += ", " +
+                (set == update.sets.end() ? "present." + quotedName(column.name)
+                                          : "given.v" + std::to_string(set - update.sets.begin())) +
+                " AS " + quotedName(column.name);
+    }
+    m_newRows = "given AS (" + rows + "), incoming AS (SELECT given.id AS ts_row" + kept +
+                " FROM given JOIN " + target.sqlName() + " AS present ON present._rowid_ = given.id)";
     const std::string changed = "UPDATE " + target.sqlName() + " AS changed SET ";
     const std::string joined = " AS picked WHERE changed._rowid_ = picked.id" + returned;
     m_steps = {"CREATE TEMP TABLE tsqlbox_picked AS " + rows,

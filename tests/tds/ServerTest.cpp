@@ -85,6 +85,20 @@ TEST(Server, AClientThatDoesNotLogInIsClosed) {
     EXPECT_TRUE(stillServes(box));
 }
 
+TEST(Server, AMessageWithNoWaitDoesNotWaitForTheBatchesEnd) {
+    const TsqlBox box;
+    RawClient client(box.port());
+    ASSERT_TRUE(client.logIn(box.login(), box.password()));
+    client.send(
+        packet(kSqlBatch, batchPacket("RAISERROR('now', 0, 1) WITH NOWAIT WAITFOR DELAY '01:00:00'")));
+    bool last = true;
+    EXPECT_NE(client.packetBody(last).find("n\0o\0w\0"s), std::string::npos);
+    EXPECT_FALSE(last);
+    client.send(packet(kAttention, ""));
+    EXPECT_EQ(finalStatus(client.response()) & kDoneAttention, 0U) << "the response is broken off";
+    EXPECT_EQ(finalStatus(client.response()), kDoneAttention);
+}
+
 TEST(Server, MoreClientsThanAllowedAreTurnedAway) {
     const TsqlBox box({"--max-connections", "2"});
     {

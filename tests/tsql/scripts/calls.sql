@@ -14,6 +14,8 @@ EXEC @r = sp_executesql N'SET @o = @i * 2', N'@i int, @o int OUTPUT', @i = 21, @
 SELECT @r, @s
 EXEC @r = sp_executesql @stmt = N'PRINT ''plain'''
 SELECT @r
+SET @p = 'sp_executesql'
+EXEC @p N'PRINT @x', N'@x int', 7
 DECLARE @t nvarchar(100)
 SET @t = 'a'
 EXEC ('PRINT ''' + @t + '''; EXEC (''PRINT @@NESTLEVEL'')')

@@ -98,3 +98,14 @@ INSERT #tmp VALUES (1)
 ALTER TABLE #tmp ADD x int NULL CHECK (x > 0)
 INSERT #tmp VALUES (2, 0)
 GO
+CREATE TABLE u (id int NOT NULL CONSTRAINT PK_u PRIMARY KEY, nm varchar(10) NULL, ref int NULL CONSTRAINT FK_u REFERENCES u (id))
+INSERT u VALUES (1, 'a', NULL), (2, 'b', 1), (3, 'c', NULL)
+DECLARE @by int
+SET @by = 1
+UPDATE u SET id = 2 WHERE nm = 'c'
+UPDATE u SET id = id + @by WHERE id > 1
+UPDATE u SET ref = 77 WHERE id = 3
+UPDATE x SET id = 4 FROM u x WHERE x.nm = 'b'
+DELETE u WHERE id = 1
+SELECT * FROM u
+GO
