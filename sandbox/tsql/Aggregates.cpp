@@ -164,7 +164,7 @@ const AggregateBinding& bindingOf(sqlite3_context* call) {
 
 // SQLite keeps a zeroed slot for each group; what it points to is made by the first value.
 Gathered*& slotOf(sqlite3_context* call) {
-    auto* slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(Gathered*)));
+    auto* slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(void*)));
     if (!slot) throw std::bad_alloc();
     return *slot;
 }

@@ -119,7 +119,7 @@ std::string Translator::insertParameters(const TableInfo& target,
 }
 
 Typed Translator::setValue(const Update& update, const SetClause& clause, const TableColumn& column) {
-    const Typed typed = clause.value ? value(*clause.value) : defaultOf(column);
+    Typed typed = clause.value ? value(*clause.value) : defaultOf(column);
     if (!clause.op) return typed;
     return emitBinary(*clause.op, node(ColumnRef{{update.table.name, column.name}}), typed);
 }
@@ -193,9 +193,9 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
         picked += ", " + cell + " AS " + alias;
         const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
-        sets += set + (simple ? cell : "picked." + alias);
-        moved += set + "picked." + alias;
-        away += set + "CAST('tsqlbox ' || _rowid_ AS BLOB)";
+        sets.append(set).append(simple ? cell : "picked." + alias);
+        moved.append(set).append("picked.").append(alias);
+        away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
     }
     const std::string where = update.where ? " WHERE " + condition(*update.where) : "";
     const std::string top = update.top ? " LIMIT " + rowCount(*update.top->count, 0, 127) : "";

@@ -286,7 +286,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             if (m_with[i].open) continue;
             if (isRecursive(*m_with[i].table)) return recursiveTable(i, exposed);
             m_with[i].open = true;
-            const std::string sql = derivedTable(*m_with[i].table->query, m_with[i].table->columns, exposed);
+            std::string sql = derivedTable(*m_with[i].table->query, m_with[i].table->columns, exposed);
             m_with[i].open = false;
             return sql;
         }

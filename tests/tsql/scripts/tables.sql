@@ -104,3 +104,13 @@ WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n
 GO
 WITH part AS (SELECT 1 AS id) DELETE FROM part
 GO
+-- what a change takes for its identity is the change's own; keys that another table needs stay
+CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i))
+INSERT node (k, p) VALUES ('a', NULL), ('b', 1)
+DECLARE @o TABLE (x int IDENTITY(70,1), i int)
+INSERT node (k) OUTPUT inserted.i INTO @o (i) VALUES ('c')
+SELECT SCOPE_IDENTITY() s, x, i FROM @o
+UPDATE node SET k = CASE k WHEN 'a' THEN 'b' ELSE 'a' END WHERE k < 'c'
+UPDATE TOP (1) node SET k = 'a' WHERE k = 'b'
+SELECT i, k FROM node ORDER BY k
+GO
