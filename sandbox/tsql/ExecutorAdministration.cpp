@@ -328,6 +328,7 @@ void Executor::sendReport(const BackupReport& report) {
     m_sink->columns(report.columns);
     for (const auto& row : report.rows) {
         std::vector<CellView> cells;
+        cells.reserve(row.size());
         for (const auto& value : row) cells.push_back(viewOf(value));
         m_sink->row(cells);
     }

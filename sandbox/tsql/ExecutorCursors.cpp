@@ -131,6 +131,7 @@ Flow Executor::run(const Fetch& fetch) {
         std::vector<CellView> cells;
         for (const auto& column : columns) heads.push_back(column.column);
         m_sink->columns(heads);
+        cells.reserve(columns.size());
         for (std::size_t i = 0; row && i < columns.size(); ++i) cells.push_back(viewOf((*row)[i]));
         if (row) m_sink->row(cells);
     }

@@ -223,7 +223,7 @@ std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue,
     const auto given = parseConstraint(key.source).referencedColumns;
     const TableInfo referenced = *catalogue.table(key.references);
     for (const auto& candidate : catalogue.keysOf(referenced.id)) {
-        const auto columns = columnList(candidate.columns);
+        auto columns = columnList(candidate.columns);
         const bool fits =
             given.empty() ? candidate.type == objectType::kPrimaryKey
                           : std::equal(given.begin(), given.end(), columns.begin(), columns.end(),
