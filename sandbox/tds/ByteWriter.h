@@ -9,6 +9,8 @@
 
 namespace tds {
 
+using tsql::appendUtf16, tsql::utf16FromUtf8, tsql::utf8FromCodePage1252, tsql::utf8FromUtf16;
+
 class ByteWriter {
   public:
     void number(std::uint64_t value, std::size_t width) {

@@ -2,7 +2,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <memory>
 #include <new>
@@ -13,8 +12,6 @@
 
 namespace tsql {
 namespace {
-
-constexpr std::size_t kMostArguments = 127;  // SQLite's own limit
 
 struct Gathered {
     std::int64_t count = 0;
@@ -95,8 +92,7 @@ Value exactSum(const Gathered& gathered) {
     const bool narrow = id == TypeId::Int;
     const Int128 most = narrow ? INT32_MAX : INT64_MAX, least = narrow ? INT32_MIN : INT64_MIN;
     if (gathered.sum <= most && gathered.sum >= least) return static_cast<std::int64_t>(gathered.sum);
-    throw SqlError(8115, "Arithmetic overflow error converting expression to data type " +
-                             std::string(id == TypeId::Decimal ? "numeric" : baseName(id)) + ".");
+    overflow(simpleType(id));
 }
 
 // The average with so many digits more than the values have, cut.
@@ -104,7 +100,7 @@ template <int digits>
 Value exactAverage(const Gathered& gathered) {
     const Int128 average = gathered.sum * powerOfTen(digits) / gathered.count;
     if (average <= INT64_MAX && average >= INT64_MIN) return static_cast<std::int64_t>(average);
-    throw SqlError(8115, "Arithmetic overflow error converting expression to data type numeric.");
+    overflow(simpleType(TypeId::Decimal));
 }
 
 Value realSum(const Gathered& gathered) {
@@ -173,14 +169,12 @@ template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
     const AggregateBinding& binding = bindingOf(call);
     try {
-        std::array<CellView, kMostArguments> views;
-        const std::span<CellView> arguments(views.data(), static_cast<std::size_t>(count));
-        for (std::size_t i = 0; i < arguments.size(); ++i) arguments[i] = viewOf(values[i]);
-        if (isNull(arguments[0])) return;
+        const Arguments arguments(count, values);
+        if (isNull(arguments.views()[0])) return;
         Gathered*& gathered = slotOf(call);
         if (!gathered) gathered = new Gathered;
         gathered->count += sign;
-        binding.aggregate.step(*gathered, arguments, sign);
+        binding.aggregate.step(*gathered, arguments.views(), sign);
     } catch (...) {
         reportError(binding.context, call);
     }

@@ -3,70 +3,39 @@
 #include <cmath>
 
 #include "Int128.h"
-#include "Text.h"
+#include "Messages.h"
 #include "Values.h"
 
 namespace tsql {
 namespace {
 
-[[noreturn]] void overflow(const SqlType& type) {
-    throw SqlError(8115, "Arithmetic overflow error converting expression to data type " +
-                             std::string(type.id == TypeId::Decimal ? "numeric" : baseName(type.id)) + ".");
-}
-
-[[noreturn]] void divideByZero() {
-    throw SqlError(8134, "Divide by zero error encountered.");
-}
-
-double realArithmetic(BinaryOp op, double left, double right) {
-    switch (op) {
-        case BinaryOp::Add:
-            return left + right;
-        case BinaryOp::Subtract:
-            return left - right;
-        case BinaryOp::Multiply:
-            return left * right;
-        default:
-            if (right == 0) divideByZero();
-            return left / right;
-    }
+// What is the same for integers and floats.
+template <typename Number>
+Number basic(BinaryOp op, Number left, Number right) {
+    if (op == BinaryOp::Add) return left + right;
+    if (op == BinaryOp::Subtract) return left - right;
+    if (op == BinaryOp::Multiply) return left * right;
+    if (right == 0) throw sqlError(8134);
+    return left / right;
 }
 
 Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
-    const double result = realArithmetic(op, left, right);
+    const double result = basic(op, left, right);
     if (!std::isfinite(result)) overflow(type);
     return convertValue(result, simpleType(TypeId::Float), type);
 }
 
+Int128 modulo(Int128 left, Int128 right) {
+    if (right == 0) throw sqlError(8134);
+    return left % right;
+}
+
 Value integerResult(BinaryOp op, Int128 left, Int128 right, const SqlType& type) {
-    if ((op == BinaryOp::Divide || op == BinaryOp::Modulo) && right == 0) divideByZero();
-    Int128 result = 0;
-    switch (op) {
-        case BinaryOp::Add:
-            result = left + right;
-            break;
-        case BinaryOp::Subtract:
-            result = left - right;
-            break;
-        case BinaryOp::Multiply:
-            result = left * right;
-            break;
-        case BinaryOp::Divide:
-            result = left / right;
-            break;
-        case BinaryOp::Modulo:
-            result = left % right;
-            break;
-        case BinaryOp::BitAnd:
-            result = left & right;
-            break;
-        case BinaryOp::BitOr:
-            result = left | right;
-            break;
-        case BinaryOp::BitXor:
-            result = left ^ right;
-            break;
-    }
+    const Int128 result = op == BinaryOp::Modulo   ? modulo(left, right)
+                          : op == BinaryOp::BitAnd ? left & right
+                          : op == BinaryOp::BitOr  ? left | right
+                          : op == BinaryOp::BitXor ? left ^ right
+                                                   : basic(op, left, right);
     if (result > INT64_MAX || result < INT64_MIN) overflow(type);
     try {
         return convertValue(static_cast<std::int64_t>(result), simpleType(TypeId::BigInt), type);
@@ -77,6 +46,7 @@ Value integerResult(BinaryOp op, Int128 left, Int128 right, const SqlType& type)
 
 // left * 10^shift / right, cut towards zero; in two steps where the numerator may need more than 128 bits.
 Int128 quotient(Int128 left, Int128 right, int shift, const SqlType& type) {
+    if (right == 0) throw sqlError(8134);
     if (shift < 0) return left / (right * powerOfTen(-shift));
     const int first = std::min(shift, 18), second = shift - first;
     const Int128 numerator = left * powerOfTen(first);
@@ -88,29 +58,16 @@ Int128 quotient(Int128 left, Int128 right, int shift, const SqlType& type) {
 
 Value scaledResult(BinaryOp op, Int128 left, int leftScale, Int128 right, int rightScale,
                    const SqlType& type) {
-    if ((op == BinaryOp::Divide || op == BinaryOp::Modulo) && right == 0) divideByZero();
-    const int common = std::max(leftScale, rightScale);
-    const auto atCommon = [&](Int128 value, int scale) {
-        return rescaled(value, scale, common, Rounding::Truncate);
-    };
+    int scale = std::max(leftScale, rightScale);
+    const Int128 a = rescaled(left, leftScale, scale, Rounding::Truncate);
+    const Int128 b = rescaled(right, rightScale, scale, Rounding::Truncate);
     Int128 result = 0;
-    int scale = common;
-    switch (op) {
-        case BinaryOp::Add:
-            result = atCommon(left, leftScale) + atCommon(right, rightScale);
-            break;
-        case BinaryOp::Subtract:
-            result = atCommon(left, leftScale) - atCommon(right, rightScale);
-            break;
-        case BinaryOp::Modulo:
-            result = atCommon(left, leftScale) % atCommon(right, rightScale);
-            break;
-        case BinaryOp::Multiply:
-            result = left * right, scale = leftScale + rightScale;
-            break;
-        default:
-            result = quotient(left, right, type.scale + rightScale - leftScale, type), scale = type.scale;
-    }
+    if (op == BinaryOp::Multiply)
+        result = left * right, scale = leftScale + rightScale;
+    else if (op == BinaryOp::Divide)
+        result = quotient(left, right, type.scale + rightScale - leftScale, type), scale = type.scale;
+    else
+        result = op == BinaryOp::Modulo ? modulo(a, b) : basic(op, a, b);
     result = rescaled(result, scale, type.scale, Rounding::HalfAway);
     if (!fitsScaled(result, type)) overflow(type);
     return static_cast<std::int64_t>(result);
@@ -171,12 +128,7 @@ TypedValue numericLiteral(std::string_view text) {
     const auto firstDigit = std::min(text.find_first_not_of('0'), text.size());
     const auto whole = (point == std::string_view::npos ? text.size() : point) -
                        std::min(firstDigit, std::min(point, text.size()));
-    if (whole + scale > 19 || scale > 18)
-        throw SqlError(1007,
-                       "The number '" + std::string(text) +
-                           "' is out of the range for numeric representation "
-                           "of this server (18 digits).",
-                       15);
+    if (whole + scale > 19 || scale > 18) throw sqlError(1007, {text});
     const SqlType type =
         decimalType(static_cast<int>(std::max<std::size_t>(1, whole + scale)), static_cast<int>(scale));
     const Value value = convertValue(text, asText, type);

@@ -2,12 +2,13 @@
 
 #include <fcntl.h>
 #include <sodium.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <optional>
 
 #include "Messages.h"
@@ -25,6 +26,7 @@ constexpr std::string_view kMagic = "TSQLBOX BACKUP 1\n";
 constexpr std::size_t kMaxHeader = 1 << 16;
 constexpr std::size_t kChecksum = crypto_generichash_BYTES;
 constexpr std::size_t kBlock = 1 << 16;
+constexpr std::int64_t kPage = 4096;  // of every SQLite file that is made here
 using Checksum = std::array<unsigned char, kChecksum>;
 
 [[noreturn]] void cannotOpen(const fs::path& file, int error) {
@@ -37,44 +39,37 @@ using Checksum = std::array<unsigned char, kChecksum>;
 
 class File {
   public:
-    File(fs::path path, int flags)
-        : m_path(std::move(path)), m_descriptor(::open(m_path.c_str(), flags | O_CLOEXEC, 0600)) {
-        if (m_descriptor < 0) cannotOpen(m_path, errno);
+    File(fs::path path, const char* mode)
+        : m_path(std::move(path)), m_stream(std::fopen(m_path.c_str(), mode)) {
+        if (!m_stream) cannotOpen(m_path, errno);
     }
-    ~File() { ::close(m_descriptor); }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
 
     void write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
-            if (written < 0 && errno != EINTR) cannotOpen(m_path, errno);
-            if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
-        }
+        if (std::fwrite(bytes.data(), 1, bytes.size(), m_stream.get()) != bytes.size())
+            cannotOpen(m_path, errno);
     }
     // Fewer bytes than asked for only at the end of the file.
     std::string read(std::size_t size) {
         std::string bytes(size, '\0');
-        std::size_t done = 0;
-        while (done < size) {
-            const ssize_t got = ::read(m_descriptor, bytes.data() + done, size - done);
-            if (got < 0 && errno != EINTR) cannotOpen(m_path, errno);
-            if (got == 0) break;
-            if (got > 0) done += static_cast<std::size_t>(got);
-        }
-        bytes.resize(done);
+        bytes.resize(std::fread(bytes.data(), 1, size, m_stream.get()));
+        if (std::ferror(m_stream.get())) cannotOpen(m_path, errno);
         return bytes;
     }
-    void rewindTo(std::size_t offset) { ::lseek(m_descriptor, static_cast<off_t>(offset), SEEK_SET); }
+    void rewind() { std::rewind(m_stream.get()); }
     void sync() {
-        if (::fsync(m_descriptor) != 0) cannotOpen(m_path, errno);
+        if (std::fflush(m_stream.get()) != 0 || ::fsync(::fileno(m_stream.get())) != 0)
+            cannotOpen(m_path, errno);
     }
     const fs::path& path() const { return m_path; }
 
   private:
+    struct Closer {
+        void operator()(std::FILE* stream) const { std::fclose(stream); }
+    };
     fs::path m_path;
-    int m_descriptor;
+    std::unique_ptr<std::FILE, Closer> m_stream;
 };
+constexpr const char *kRead = "rbe", *kWrite = "wbe";  // closed in programs that are started meanwhile
 
 // A file of ours beside another, gone with this object unless it was renamed into place.
 class TemporaryFile {
@@ -181,7 +176,7 @@ void copyDatabase(sqlite3* from, sqlite3* to) {
 }
 
 // The database as one file that needs no side files.
-std::int64_t writeImage(const fs::path& database, const fs::path& image) {
+void writeImage(const fs::path& database, const fs::path& image) {
     const auto source = openDatabaseFile(database, false);
     sqlite3* raw = nullptr;
     const int code = sqlite3_open(image.c_str(), &raw);
@@ -189,13 +184,6 @@ std::int64_t writeImage(const fs::path& database, const fs::path& image) {
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(code));
     copyDatabase(source.get(), target.get());
     execute(target.get(), "PRAGMA journal_mode=DELETE");
-    std::int64_t pages = 0;
-    const auto take = [](void* result, int, char** cells, char**) {
-        *static_cast<std::int64_t*>(result) = std::stoll(cells[0]);
-        return 0;
-    };
-    sqlite3_exec(raw, "PRAGMA page_count", take, &pages, nullptr);
-    return pages;
 }
 
 // Calls `progress` as the copied bytes approach `total`.
@@ -214,11 +202,11 @@ class Meter {
 };
 
 void writeBackup(const fs::path& target, const std::string& header, const fs::path& image, Meter meter) {
-    File out(target, O_WRONLY | O_TRUNC);
-    File in(image, O_RDONLY);
+    File out(target, kWrite);
+    File in(image, kRead);
     Hash hash(header);
     eachBlock(in, [&](std::string_view block) { hash.add(block); });
-    in.rewindTo(0);
+    in.rewind();
     out.write(std::string(kMagic) + encodeSize(header.size()) + header + hash.value());
     eachBlock(in, [&](std::string_view block) {
         out.write(block);
@@ -228,9 +216,7 @@ void writeBackup(const fs::path& target, const std::string& header, const fs::pa
 }
 
 struct OpenBackup {
-    explicit OpenBackup(const fs::path& path) : file(path, O_RDONLY) {
-        struct stat status {};
-        if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) cannotOpen(path, EISDIR);
+    explicit OpenBackup(const fs::path& path) : file(path, kRead) {
         const std::string start = file.read(kMagic.size() + 8);
         if (start.size() < kMagic.size() + 8 || !start.starts_with(kMagic))
             throw sqlError(3241, {path.string()});
@@ -287,13 +273,9 @@ void putInPlace(Storage& storage, TemporaryFile& image, std::string_view databas
 
 BackupReport emptyReport(std::string_view columns) {
     BackupReport report;
-    for (std::size_t at = 0; at < columns.size();
-         at = std::min(columns.find("; ", at), columns.size() - 2) + 2) {
-        const std::string_view item =
-            columns.substr(at, std::min(columns.find("; ", at), columns.size()) - at);
+    for (const std::string& item : listItems(columns))
         report.columns.push_back(
-            {std::string(item.substr(0, item.find(' '))), parseType(item.substr(item.find(' ') + 1))});
-    }
+            {item.substr(0, item.find(' ')), parseType(item.substr(item.find(' ') + 1))});
     return report;
 }
 
@@ -329,11 +311,12 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     TemporaryFile image(file);
     TemporaryFile whole(file);
     try {
-        header.pages = writeImage(storage.pathOf(name), image.path());
+        writeImage(storage.pathOf(name), image.path());
     } catch (const std::runtime_error& error) {
         throw sqlError(3202, {file.string(), error.what()});
     }
     header.bytes = static_cast<std::int64_t>(fs::file_size(image.path()));
+    header.pages = header.bytes / kPage;
     header.finished = now();
     writeBackup(whole.path(), encodeHeader(header), image.path(), Meter(progress, header.bytes));
     whole.renameTo(file);
@@ -351,14 +334,11 @@ void verifyBackup(const fs::path& file) {
 BackupReport fileListOf(const BackupHeader& header) {
     constexpr std::int64_t kUnlimited = 35'184'372'080'640, kBlockSize = 4096;
     BackupReport report = emptyReport(
-        "LogicalName nvarchar(128); PhysicalName nvarchar(260); Type char(1); FileGroupName nvarchar(128); "
-        "Size "
-        "numeric(20); MaxSize numeric(20); FileId bigint; CreateLSN numeric(25); DropLSN numeric(25); "
-        "UniqueId "
-        "uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes bigint; "
-        "SourceBlockSize int; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN "
-        "numeric(25); "
-        "DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit");
+        R"(LogicalName nvarchar(128); PhysicalName nvarchar(260); Type char(1); FileGroupName nvarchar(128);
+Size numeric(20); MaxSize numeric(20); FileId bigint; CreateLSN numeric(25); DropLSN numeric(25); UniqueId
+uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes bigint;
+SourceBlockSize int; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN numeric(25);
+DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit)");
     addRow(report, {{"LogicalName", dataLogicalName(header.database)},
                     {"PhysicalName", header.dataFile},
                     {"Type", std::string("D")},
@@ -382,20 +362,14 @@ BackupReport fileListOf(const BackupHeader& header) {
 
 BackupReport headerOf(const BackupHeader& header) {
     BackupReport report = emptyReport(
-        "BackupName nvarchar(128); BackupDescription nvarchar(255); BackupType smallint; ExpirationDate "
-        "datetime; "
-        "Compressed bit; Position smallint; DeviceType tinyint; UserName nvarchar(128); ServerName "
-        "nvarchar(128); "
-        "DatabaseName nvarchar(128); DatabaseVersion int; DatabaseCreationDate datetime; BackupSize "
-        "numeric(20); "
-        "FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN "
-        "numeric(25); "
-        "BackupStartDate datetime; BackupFinishDate datetime; SortOrder smallint; CodePage smallint; "
-        "UnicodeLocaleId "
-        "int; UnicodeComparisonStyle int; CompatibilityLevel tinyint; SoftwareVendorId int; "
-        "SoftwareVersionMajor int; "
-        "SoftwareVersionMinor int; SoftwareVersionBuild int; MachineName nvarchar(128); Flags int; BindingID "
-        "uniqueidentifier; RecoveryForkID uniqueidentifier; Collation nvarchar(128)");
+        R"(BackupName nvarchar(128); BackupDescription nvarchar(255); BackupType smallint; ExpirationDate
+datetime; Compressed bit; Position smallint; DeviceType tinyint; UserName nvarchar(128); ServerName
+nvarchar(128); DatabaseName nvarchar(128); DatabaseVersion int; DatabaseCreationDate datetime; BackupSize
+numeric(20); FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN
+numeric(25); BackupStartDate datetime; BackupFinishDate datetime; SortOrder smallint; CodePage smallint;
+UnicodeLocaleId int; UnicodeComparisonStyle int; CompatibilityLevel tinyint; SoftwareVendorId int;
+SoftwareVersionMajor int; SoftwareVersionMinor int; SoftwareVersionBuild int; MachineName nvarchar(128);
+Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collation nvarchar(128))");
     constexpr std::int64_t kDatabase = 1, kDisk = 2, kLevel = 150, kMajor = 15, kBuild = 2000;
     addRow(report, {{"BackupType", kDatabase},
                     {"Position", std::int64_t{1}},
@@ -423,7 +397,7 @@ BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string
         throw sqlError(1834, {backup.header.dataFile, origin});
     TemporaryFile image(storage.directory() / "restore");
     {
-        File out(image.path(), O_WRONLY | O_TRUNC);
+        File out(image.path(), kWrite);
         backup.copyTo(&out, progress);
     }
     try {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "FunctionImpl.h"
 #include "Messages.h"
 #include "Text.h"
 
@@ -87,23 +88,7 @@ bool PreparedStatement::step() {
 }
 
 CellView PreparedStatement::cell(int column) const {
-    switch (sqlite3_column_type(m_statement, column)) {
-        case SQLITE_INTEGER:
-            return std::int64_t{sqlite3_column_int64(m_statement, column)};
-        case SQLITE_FLOAT:
-            return sqlite3_column_double(m_statement, column);
-        case SQLITE_TEXT: {
-            const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
-            return std::string_view(text,
-                                    static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column)));
-        }
-        case SQLITE_BLOB: {
-            const auto* bytes = static_cast<const std::byte*>(sqlite3_column_blob(m_statement, column));
-            return Blob(bytes, static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column)));
-        }
-        default:
-            return Null{};
-    }
+    return viewOf(sqlite3_column_value(m_statement, column));  // the connection is its session's alone
 }
 
 std::string PreparedStatement::text(int column) const {

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "FunctionImpl.h"
+#include "Messages.h"
 
 namespace tsql {
 namespace {
@@ -26,8 +27,7 @@ Value runDateAdd(const Call& call) {
     try {
         return toStorage(result, call.type(3));
     } catch (const SqlError&) {
-        throw SqlError(517, "Adding a value to a '" + std::string(baseName(call.type(3).id)) +
-                                "' column caused an overflow.");
+        throw sqlError(517, {baseName(call.type(3).id)});
     }
 }
 
@@ -38,11 +38,7 @@ Value runDateDiffBig(const Call& call) {
 
 Value runDateDiff(const Call& call) {
     const std::int64_t difference = dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
-    if (difference > INT32_MAX || difference < INT32_MIN)
-        throw SqlError(
-            535,
-            "The datediff function resulted in an overflow. The number of dateparts separating two "
-            "date/time instances is too large. Try to use datediff with a less precise datepart.");
+    if (difference > INT32_MAX || difference < INT32_MIN) throw sqlError(535);
     return difference;
 }
 
@@ -56,26 +52,25 @@ Value runDateName(const Call& call) {
 // (value[, months])
 Value runEndOfMonth(const Call& call) {
     const DateTime moved = dateAdd(DatePart::Month, call.count() > 1 ? call.integer(1) : 0, call.dateTime(0));
-    CivilDate date = civilFromDays(moved.days);
-    for (date.day = 31; !isValidDate(date);) --date.day;
-    return toStorage({daysFromCivil(date), 0}, simpleType(TypeId::Date));
+    const CivilDate date = civilFromDays(moved.days);
+    return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0},
+                     simpleType(TypeId::Date));
 }
 
 // (year, month, day[, hour, minute, second, millisecond], type)
 Value runFromParts(const Call& call) {
-    const auto part = [&](std::size_t i) {
-        const std::int64_t value = i + 1 < call.count() ? call.integer(i) : 0;
-        return value < 0 || value > 9999 ? -1 : static_cast<int>(value);
-    };
-    const CivilDate date{part(0), part(1), part(2)};
-    const bool clock = part(3) >= 0 && part(3) < 24 && part(4) >= 0 && part(4) < 60 && part(5) >= 0 &&
-                       part(5) < 60 && part(6) >= 0 && part(6) < 1000;
-    if (!isValidDate(date) || !clock)
-        throw SqlError(289, "Cannot construct data type " +
-                                std::string(baseName(call.type(call.count() - 1).id)) +
-                                ", some of the arguments have values which are not valid.");
-    const std::int64_t milliseconds = ((part(3) * 60LL + part(4)) * 60 + part(5)) * 1000 + part(6);
-    return toStorage({daysFromCivil(date), milliseconds * 10'000}, call.type(call.count() - 1));
+    const SqlType type = call.type(call.count() - 1);
+    const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
+    const auto days = daysFromParts(part(0), part(1), part(2));
+    constexpr std::int64_t kClock[] = {24, 60, 60, 1000};
+    std::int64_t milliseconds = 0;
+    bool valid = days.has_value();
+    for (std::size_t i = 0; i < std::size(kClock); ++i) {
+        valid = valid && part(3 + i) >= 0 && part(3 + i) < kClock[i];
+        milliseconds = valid ? milliseconds * kClock[i] + part(3 + i) : 0;
+    }
+    if (!valid) throw sqlError(289, {baseName(type.id)});
+    return toStorage({*days, milliseconds * 10'000}, type);
 }
 
 Value runIsDate(const Call& call) {

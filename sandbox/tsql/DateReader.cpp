@@ -1,9 +1,11 @@
 // Reads the date and time texts that people write.
+#include <algorithm>
 #include <optional>
 #include <vector>
 
 #include "DateTime.h"
 #include "Text.h"
+#include "Values.h"
 
 namespace tsql {
 namespace {
@@ -52,23 +54,12 @@ std::optional<std::vector<Token>> tokens(std::string_view text) {
 enum class DateOrder { MonthFirst, DayFirst, YearFirst };
 
 DateOrder orderOf(int style) {
-    switch (style % 100) {
-        case 3:
-        case 4:
-        case 5:
-        case 6:
-        case 13:
-            return DateOrder::DayFirst;
-        case 2:
-        case 11:
-        case 12:
-        case 20:
-        case 21:
-        case 23:
-            return DateOrder::YearFirst;
-        default:
-            return DateOrder::MonthFirst;
-    }
+    const auto isOneOf = [style](std::initializer_list<int> styles) {
+        return std::find(styles.begin(), styles.end(), style % 100) != styles.end();
+    };
+    return isOneOf({3, 4, 5, 6, 13})          ? DateOrder::DayFirst
+           : isOneOf({2, 11, 12, 20, 21, 23}) ? DateOrder::YearFirst
+                                              : DateOrder::MonthFirst;
 }
 
 int fullYear(const Token& token) {
@@ -136,11 +127,8 @@ class DateReader {
         ++m_at;
         const Token* token = peek();
         if (!token || token->kind != Token::Number) return false;
-        fraction = thousandths ? std::int64_t{token->value} * (kSecond / 1000) : token->value;
-        if (!thousandths)
-            for (std::size_t digits = token->text.size(); digits < 7; ++digits) fraction *= 10;
-        if (!thousandths)
-            for (std::size_t digits = token->text.size(); digits > 7; --digits) fraction /= 10;
+        const int scale = thousandths ? 3 : static_cast<int>(token->text.size());
+        fraction = static_cast<std::int64_t>(rescaled(token->value, scale, 7, Rounding::Truncate));
         ++m_at;
         return fraction < kSecond;
     }
@@ -174,52 +162,37 @@ class DateReader {
     }
 
     bool buildDate() {
-        CivilDate date{1900, 1, 1};
-        if (!(m_month != 0            ? datesWithName(date)
-              : m_numbers.size() == 1 ? compactDate(date)
-                                      : threeNumbers(date)))
-            return false;
-        if (!isValidDate(date)) return false;
-        m_result.days = daysFromCivil(date);
-        return true;
-    }
-
-    bool datesWithName(CivilDate& date) const {
-        date.month = m_month;
-        if (m_numbers.empty() || m_numbers.size() > 2) return false;
+        const std::size_t count = m_numbers.size();
+        if (m_month != 0 ? count == 0 || count > 2 : count != 1 && count != 3) return false;
         const bool yearFirst = m_numbers[0].text.size() == 4;
-        if (m_numbers.size() == 1) {
-            date.year = fullYear(m_numbers[0]);
-            return yearFirst;
-        }
-        date.year = fullYear(m_numbers[yearFirst ? 0 : 1]);
-        date.day = m_numbers[yearFirst ? 1 : 0].value;
-        return true;
+        const auto days = m_month != 0 ? dateWithName(yearFirst)
+                          : count == 1 ? compactDate()
+                                       : dateOfThree(yearFirst || m_order == DateOrder::YearFirst);
+        m_result.days = days.value_or(0);
+        return days.has_value();
     }
 
-    bool compactDate(CivilDate& date) const {
-        const Token& number = m_numbers[0];
-        if (number.text.size() == 4) {
-            date.year = number.value;
-            return true;
-        }
-        if (number.text.size() != 8 && number.text.size() != 6) return false;
-        const int year = number.value / 10000;
-        date = {number.text.size() == 8 ? year : year + (year < kTwoDigitCutoff ? 2000 : 1900),
-                number.value / 100 % 100, number.value % 100};
-        return true;
+    std::optional<std::int64_t> dateWithName(bool yearFirst) const {
+        if (m_numbers.size() == 1) return daysFromParts(yearFirst ? m_numbers[0].value : 0, m_month, 1);
+        return daysFromParts(fullYear(m_numbers[yearFirst ? 0 : 1]), m_month,
+                             m_numbers[yearFirst ? 1 : 0].value);
     }
 
-    bool threeNumbers(CivilDate& date) const {
-        if (m_numbers.size() != 3) return false;
-        const auto& n = m_numbers;
-        if (n[0].text.size() == 4 || m_order == DateOrder::YearFirst)
-            date = {fullYear(n[0]), n[1].value, n[2].value};
-        else if (m_order == DateOrder::DayFirst)
-            date = {fullYear(n[2]), n[1].value, n[0].value};
-        else
-            date = {fullYear(n[2]), n[0].value, n[1].value};
-        return true;
+    // 2026, 261121 or 20261121.
+    std::optional<std::int64_t> compactDate() const {
+        const auto& [kind, digits, value] = m_numbers[0];
+        if (digits.size() == 4) return daysFromParts(value, 1, 1);
+        const Token year{kind, digits.substr(0, digits.size() == 6 ? 2 : 4), value / 10000};
+        return daysFromParts(digits.size() == 6 || digits.size() == 8 ? fullYear(year) : 0, value / 100 % 100,
+                             value % 100);
+    }
+
+    std::optional<std::int64_t> dateOfThree(bool yearFirst) const {
+        const Token& last = m_numbers[2];
+        const int a = m_numbers[0].value, b = m_numbers[1].value;
+        if (yearFirst) return daysFromParts(fullYear(m_numbers[0]), b, last.value);
+        return m_order == DateOrder::DayFirst ? daysFromParts(fullYear(last), b, a)
+                                              : daysFromParts(fullYear(last), a, b);
     }
 
     std::vector<Token> m_tokens;
@@ -231,20 +204,12 @@ class DateReader {
     DateTime m_result;
 };
 
-std::optional<DateTime> parseOrdered(std::string_view text, DateOrder order) {
-    auto parts = tokens(text);
-    if (!parts) return std::nullopt;
-    return DateReader(std::move(*parts), order).read();
-}
-
 }  // namespace
 
-std::optional<DateTime> parseDateTime(std::string_view text) {
-    return parseOrdered(text, DateOrder::MonthFirst);
-}
-
 std::optional<DateTime> parseDateTime(std::string_view text, int style) {
-    return parseOrdered(text, style < 0 ? DateOrder::MonthFirst : orderOf(style));
+    auto parts = tokens(text);
+    if (!parts) return std::nullopt;
+    return DateReader(std::move(*parts), style < 0 ? DateOrder::MonthFirst : orderOf(style)).read();
 }
 
 }  // namespace tsql

@@ -1,12 +1,13 @@
 #include "DateTime.h"
 
 #include <algorithm>
-#include <array>
-#include <chrono>
+#include <cstdlib>
 #include <ctime>
+#include <iomanip>
+#include <sstream>
 
 #include "Int128.h"
-#include "SqlError.h"
+#include "Messages.h"
 #include "SqlTypes.h"
 #include "Text.h"
 #include "Values.h"
@@ -14,278 +15,176 @@
 namespace tsql {
 namespace {
 
+using std::chrono::days;
+using std::chrono::sys_days;
+using std::chrono::year;
+
 constexpr std::int64_t kSecond = DateTime::kTicksPerSecond;
 constexpr std::int64_t kMinute = 60 * kSecond;
 constexpr std::int64_t kHour = 60 * kMinute;
-constexpr std::int64_t kLastDay = 3'652'058;  // 9999-12-31
+constexpr sys_days kFirstDay{year(1) / 1 / 1};
+constexpr std::int64_t kLastDay = (sys_days(year(9999) / 12 / 31) - kFirstDay).count();
+constexpr std::int64_t kDay1970 = (sys_days() - kFirstDay).count();
 
-constexpr std::array<std::string_view, 12> kMonths = {"January",   "February", "March",    "April",
-                                                      "May",       "June",     "July",     "August",
-                                                      "September", "October",  "November", "December"};
-constexpr std::array<std::string_view, 7> kWeekdays = {"Monday", "Tuesday",  "Wednesday", "Thursday",
-                                                       "Friday", "Saturday", "Sunday"};
+constexpr std::string_view kIsoDate = "%Y-%m-%d";
+constexpr std::string_view kIsoTime = "%H:%M:%S.f";
 
-void appendPadded(std::string& text, std::int64_t value, std::size_t width, char pad = '0') {
-    const std::string digits = std::to_string(value);
-    if (digits.size() < width) text.append(width - digits.size(), pad);
-    text += digits;
-}
-
-// The fraction of the second in `scale` digits; nothing for scale 0.
-void appendFraction(std::string& text, std::int64_t ticks, int scale, char separator) {
-    if (scale == 0) return;
-    text += separator;
-    appendPadded(text, ticks % kSecond / powerOfTen(7 - scale), static_cast<std::size_t>(scale));
-}
-
-std::string isoDate(std::int64_t days) {
-    const CivilDate date = civilFromDays(days);
-    std::string text;
-    appendPadded(text, date.year, 4);
-    appendPadded(text += '-', date.month, 2);
-    appendPadded(text += '-', date.day, 2);
-    return text;
-}
-
-std::string isoTime(std::int64_t ticks, int scale) {
-    std::string text;
-    appendPadded(text, ticks / kHour, 2);
-    appendPadded(text += ':', ticks / kMinute % 60, 2);
-    appendPadded(text += ':', ticks / kSecond % 60, 2);
-    appendFraction(text, ticks, scale, '.');
-    return text;
-}
-
-// datetime counts three hundredths: the thousandth is always 0, 3 or 7.
-std::int64_t roundedToThreeHundredths(std::int64_t ticks) {
-    const std::int64_t units = (ticks * 300 + kSecond / 2) / kSecond;
-    return (units * 1000 + 150) / 300 * (kSecond / 1000);
+// A pattern of std::put_time(), in which f after a sign is the fraction of the second, in `scale` digits.
+std::string written(std::string pattern, const DateTime& value, int scale = 0, bool shortYear = false) {
+    const std::string fraction =
+        std::to_string(kSecond + value.ticks % kSecond).substr(1, static_cast<std::size_t>(scale));
+    if (const auto mark = pattern.find('f'); mark != std::string::npos)
+        scale == 0 ? pattern.erase(mark - 1, 2) : pattern.replace(mark, 1, fraction);
+    const CivilDate date = civilFromDays(value.days);
+    if (const auto mark = pattern.find("%Y"); mark != std::string::npos)
+        pattern.replace(mark, 2, std::to_string(10'000 + static_cast<int>(date.year())), shortYear ? 3 : 1);
+    std::tm civil{};
+    civil.tm_year = static_cast<int>(date.year()) - 1900;
+    civil.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
+    civil.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
+    civil.tm_wday = static_cast<int>((value.days + 1) % 7);
+    civil.tm_hour = static_cast<int>(value.ticks / kHour);
+    civil.tm_min = static_cast<int>(value.ticks / kMinute % 60);
+    civil.tm_sec = static_cast<int>(value.ticks / kSecond % 60);
+    std::ostringstream text;
+    text << std::put_time(&civil, pattern.c_str());
+    return text.str();
 }
 
 std::int64_t roundedTicks(std::int64_t ticks, const SqlType& type) {
-    if (type.id == TypeId::DateTime) return roundedToThreeHundredths(ticks);
+    // datetime counts three hundredths: the thousandth is always 0, 3 or 7.
+    if (type.id == TypeId::DateTime)
+        return ((ticks * 300 + kSecond / 2) / kSecond * 1000 + 150) / 300 * (kSecond / 1000);
     // 29.998 s rounds down and 29.999 s up.
     if (type.id == TypeId::SmallDateTime) return (ticks + 30 * kSecond + kSecond / 1000) / kMinute * kMinute;
     const std::int64_t unit = powerOfTen(7 - type.scale);
     return (ticks + unit / 2) / unit * unit;
 }
 
-struct DayRange {
-    std::int64_t first;
-    std::int64_t last;
-};
-
-DayRange rangeOf(TypeId id) {
-    if (id == TypeId::DateTime) return {daysFromCivil({1753, 1, 1}), kLastDay};
-    if (id == TypeId::SmallDateTime) return {DateTime::kDay1900, daysFromCivil({2079, 6, 6})};
+// The first and the last day that a type has.
+std::pair<std::int64_t, std::int64_t> rangeOf(TypeId id) {
+    if (id == TypeId::DateTime) return {daysFromCivil(year(1753) / 1 / 1), kLastDay};
+    if (id == TypeId::SmallDateTime) return {DateTime::kDay1900, daysFromCivil(year(2079) / 6 / 6)};
     return {0, kLastDay};
 }
 
-struct StylePattern {
-    int style;  // below 100 the same pattern with a year of two digits, where it is Y
-    std::string_view pattern;
+// The styles of CONVERT, as patterns of written(); 100 to 114 stand for 0 to 14, too, 120 and 121 for 20
+// and 21.
+struct Style {
+    int number;
+    std::string_view date, time = {};
 };
-
-// Y year, M month, N month's name, d day (D: padded with a blank), H hour of 24, h of 12 (padded with a
-// blank), i minute, s second, f thousandths after a colon, F fraction after a point, E the same unless it
-// is zero, P AM or PM.
-constexpr StylePattern kStyles[] = {
-    {100, "N D Y h:iP"},   {101, "M/d/Y"},         {102, "Y.M.d"},        {103, "d/M/Y"},
-    {104, "d.M.Y"},        {105, "d-M-Y"},         {106, "d N Y"},        {107, "N d, Y"},
-    {108, "H:i:s"},        {109, "N D Y h:i:sfP"}, {110, "M-d-Y"},        {111, "Y/M/d"},
-    {112, "YMd"},          {113, "d N Y H:i:sf"},  {114, "H:i:sf"},       {120, "Y-M-d H:i:s"},
-    {121, "Y-M-d H:i:sF"}, {126, "Y-M-dTH:i:sE"},  {127, "Y-M-dTH:i:sE"},
+constexpr Style kStyles[] = {
+    {23, kIsoDate},
+    {24, "", "%H:%M:%S"},
+    {25, kIsoDate, kIsoTime},
+    {100, "%b %e %Y", "%l:%M%p"},
+    {101, "%m/%d/%Y"},
+    {102, "%Y.%m.%d"},
+    {103, "%d/%m/%Y"},
+    {104, "%d.%m.%Y"},
+    {105, "%d-%m-%Y"},
+    {106, "%d %b %Y"},
+    {107, "%b %d, %Y"},
+    {108, "", "%H:%M:%S"},
+    {109, "%b %e %Y", "%l:%M:%S:f%p"},
+    {110, "%m-%d-%Y"},
+    {111, "%Y/%m/%d"},
+    {112, "%Y%m%d"},
+    {113, "%d %b %Y", "%H:%M:%S:f"},
+    {114, "", "%H:%M:%S:f"},
+    {120, kIsoDate, "%H:%M:%S"},
+    {121, kIsoDate, kIsoTime},
+    {126, kIsoDate, kIsoTime},
+    {127, kIsoDate, kIsoTime},
 };
-constexpr std::string_view kTimeLetters = "HhisfFEP";
-
-std::string_view patternOf(int style, const SqlType& type) {
-    if (style == 24) style = 108;
-    if (style == 25) style = 121;
-    if (style == 23) return "Y-M-d";
-    if (style == 22) return "M/d/Y h:i:s P";
-    for (const StylePattern& entry : kStyles)
-        if (entry.style == style || entry.style == style + 100) return entry.pattern;
-    throw SqlError(281, std::to_string(style) + " is not a valid style number when converting from " +
-                            std::string(baseName(type.id)) + " to a character string.");
-}
 
 // date has no time to show, and time no date.
-std::string_view patternFor(int style, const SqlType& type) {
-    const std::string_view pattern = patternOf(style, type);
-    const auto time = pattern.find_first_of(kTimeLetters);
-    if (type.id == TypeId::Time) return time == std::string_view::npos ? "H:i:sF" : pattern.substr(time);
-    if (type.id != TypeId::Date || time == std::string_view::npos) return pattern;
-    if (time == 0) return "Y-M-d";
-    return pattern.substr(0, pattern.find_last_of("YMdND", time) + 1);
-}
-
-// Styles below 100 show two digits of the year, but for these, which always show four.
-bool hasShortYear(int style) {
-    return style > 0 && style < 20 && style != 9 && style != 13;
-}
-
-void appendField(std::string& text, char field, const DateTime& value, int scale, bool shortYear) {
-    const CivilDate date = civilFromDays(value.days);
-    const std::int64_t hour = value.ticks / kHour;
-    switch (field) {
-        case 'Y':
-            shortYear ? appendPadded(text, date.year % 100, 2) : appendPadded(text, date.year, 4);
-            break;
-        case 'M':
-            appendPadded(text, date.month, 2);
-            break;
-        case 'N':
-            text += monthName(date.month).substr(0, 3);
-            break;
-        case 'd':
-            appendPadded(text, date.day, 2);
-            break;
-        case 'D':
-            appendPadded(text, date.day, 2, ' ');
-            break;
-        case 'H':
-            appendPadded(text, hour, 2);
-            break;
-        case 'h':
-            appendPadded(text, (hour + 11) % 12 + 1, 2, ' ');
-            break;
-        case 'i':
-            appendPadded(text, value.ticks / kMinute % 60, 2);
-            break;
-        case 's':
-            appendPadded(text, value.ticks / kSecond % 60, 2);
-            break;
-        case 'f':
-            appendFraction(text, value.ticks, scale, ':');
-            break;
-        case 'F':
-            appendFraction(text, value.ticks, scale, '.');
-            break;
-        case 'E':
-            if (value.ticks % kSecond != 0) appendFraction(text, value.ticks, scale, '.');
-            break;
-        case 'P':
-            text += hour < 12 ? "AM" : "PM";
-            break;
-        default:
-            text += field;
+Style styleFor(int number, const SqlType& type) {
+    for (Style style : kStyles) {
+        if (style.number != number && style.number != number + 100) continue;
+        if (type.id == TypeId::Time) return {number, "", style.time.empty() ? kIsoTime : style.time};
+        if (type.id == TypeId::Date) return {number, style.date.empty() ? kIsoDate : style.date};
+        return style;
     }
+    throw sqlError(281, {std::to_string(number), baseName(type.id)});
 }
 
-struct PartNames {
+struct PartFacts {
     DatePart part;
-    std::string_view names;  // each between blanks
+    std::string_view names;        // each between blanks
+    int months = 0;                // of the parts that months make up
+    std::int64_t nanoseconds = 0;  // of the others
+    std::int64_t cycle = 0;        // of the clock's parts: how many there are in the next larger one
 };
-constexpr PartNames kPartNames[] = {
-    {DatePart::Year, " year yy yyyy "},
-    {DatePart::Quarter, " quarter qq q "},
-    {DatePart::Month, " month mm m "},
-    {DatePart::DayOfYear, " dayofyear dy y "},
-    {DatePart::Day, " day dd d "},
-    {DatePart::Week, " week wk ww "},
-    {DatePart::IsoWeek, " iso_week isowk isoww "},
-    {DatePart::Weekday, " weekday dw w "},
-    {DatePart::Hour, " hour hh "},
-    {DatePart::Minute, " minute mi n "},
-    {DatePart::Second, " second ss s "},
-    {DatePart::Millisecond, " millisecond ms "},
-    {DatePart::Microsecond, " microsecond mcs "},
-    {DatePart::Nanosecond, " nanosecond ns "},
+constexpr std::int64_t kNanosADay = DateTime::kTicksPerDay * 100;
+// In the order of DatePart.
+constexpr PartFacts kParts[] = {
+    {DatePart::Year, " year yy yyyy ", 12},
+    {DatePart::Quarter, " quarter qq q ", 3},
+    {DatePart::Month, " month mm m ", 1},
+    {DatePart::DayOfYear, " dayofyear dy y ", 0, kNanosADay},
+    {DatePart::Day, " day dd d ", 0, kNanosADay},
+    {DatePart::Week, " week wk ww ", 0, 7 * kNanosADay},
+    {DatePart::IsoWeek, " iso_week isowk isoww ", 0, kNanosADay},
+    {DatePart::Weekday, " weekday dw w ", 0, kNanosADay},
+    {DatePart::Hour, " hour hh ", 0, kHour * 100, 24},
+    {DatePart::Minute, " minute mi n ", 0, kMinute * 100, 60},
+    {DatePart::Second, " second ss s ", 0, kSecond * 100, 60},
+    {DatePart::Millisecond, " millisecond ms ", 0, 1'000'000, 1'000},
+    {DatePart::Microsecond, " microsecond mcs ", 0, 1'000, 1'000'000},
+    {DatePart::Nanosecond, " nanosecond ns ", 0, 1, 1'000'000'000},
 };
 
-// Of the parts that have a fixed length; the rest count days.
-std::int64_t nanosecondsOf(DatePart part) {
-    switch (part) {
-        case DatePart::Week:
-            return 7 * DateTime::kTicksPerDay * 100;
-        case DatePart::Hour:
-            return kHour * 100;
-        case DatePart::Minute:
-            return kMinute * 100;
-        case DatePart::Second:
-            return kSecond * 100;
-        case DatePart::Millisecond:
-            return 1'000'000;
-        case DatePart::Microsecond:
-            return 1'000;
-        case DatePart::Nanosecond:
-            return 1;
-        default:
-            return DateTime::kTicksPerDay * 100;
-    }
-}
-
-int monthsOf(DatePart part) {
-    return part == DatePart::Year ? 12 : part == DatePart::Quarter ? 3 : part == DatePart::Month ? 1 : 0;
+const PartFacts& factsOf(DatePart part) {
+    return kParts[static_cast<std::size_t>(part)];
 }
 
 [[noreturn]] void addOverflow() {
-    throw SqlError(517, "Adding a value to a 'datetime' column caused an overflow.");
+    throw sqlError(517, {"datetime"});
 }
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
-    CivilDate date = civilFromDays(value.days);
-    const std::int64_t index = date.year * 12LL + date.month - 1 + months;
-    if (index < 12 || index >= 12 * 10000) addOverflow();
-    date.year = static_cast<int>(index / 12);
-    date.month = static_cast<int>(index % 12) + 1;
-    while (!isValidDate(date)) --date.day;  // January 31 and one month: the last of February
+    constexpr std::int64_t kMostMonths = 10'000 * 12;
+    if (std::abs(months) > kMostMonths) addOverflow();
+    CivilDate date = civilFromDays(value.days) + std::chrono::months(months);
+    if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 and one month
+    if (date.year() < year(1) || date.year() > year(9999)) addOverflow();
     return {daysFromCivil(date), value.ticks};
 }
 
-std::int64_t dayOfYear(std::int64_t days) {
-    return days - daysFromCivil({civilFromDays(days).year, 1, 1}) + 1;
-}
-
-// The Thursday of a week tells the year that the ISO week belongs to.
-std::int64_t isoWeek(std::int64_t days) {
-    return (dayOfYear(days - days % 7 + 3) - 1) / 7 + 1;
+std::int64_t dayOfYear(std::int64_t day) {
+    return day - daysFromCivil(civilFromDays(day).year() / 1 / 1) + 1;
 }
 
 // Sunday begins a week; 0001-01-01 is a Monday.
-std::int64_t sundayWeeks(std::int64_t days) {
-    return (days + 1) / 7;
+std::int64_t sundayWeeks(std::int64_t day) {
+    return (day + 1) / 7;
 }
 
-DateTime now(bool local) {
-    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
-    const auto ticks =
-        std::chrono::duration_cast<std::chrono::duration<std::int64_t, std::ratio<1, kSecond>>>(sinceEpoch)
-            .count();
-    const std::time_t seconds = static_cast<std::time_t>(ticks / kSecond);
-    std::tm civil{};
-    local ? localtime_r(&seconds, &civil) : gmtime_r(&seconds, &civil);
-    return {daysFromCivil({civil.tm_year + 1900, civil.tm_mon + 1, civil.tm_mday}),
-            civil.tm_hour * kHour + civil.tm_min * kMinute + std::min(civil.tm_sec, 59) * kSecond +
-                ticks % kSecond};
+std::int64_t ticksSince1970() {
+    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, kSecond>>;
+    return std::chrono::duration_cast<Ticks>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+DateTime at(std::int64_t ticksFrom1970) {
+    return {kDay1970 + ticksFrom1970 / DateTime::kTicksPerDay, ticksFrom1970 % DateTime::kTicksPerDay};
 }
 
 }  // namespace
 
-// Howard Hinnant's civil calendar: years begin in March, so that the leap day comes last.
 std::int64_t daysFromCivil(const CivilDate& date) {
-    const std::int64_t year = date.year - (date.month <= 2);
-    const std::int64_t shifted = (date.month + 9) % 12;
-    const std::int64_t inYear = (153 * shifted + 2) / 5 + date.day - 1;
-    return year * 365 + year / 4 - year / 100 + year / 400 + inYear - 306;
+    return (sys_days(date) - kFirstDay).count();
 }
 
-CivilDate civilFromDays(std::int64_t days) {
-    const std::int64_t shifted = days + 306;
-    const std::int64_t era = shifted / 146097, inEra = shifted % 146097;
-    const std::int64_t yearOfEra = (inEra - inEra / 1460 + inEra / 36524 - inEra / 146096) / 365;
-    const std::int64_t inYear = inEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const std::int64_t month = (5 * inYear + 2) / 153;
-    const int civilMonth = static_cast<int>(month < 10 ? month + 3 : month - 9);
-    return {static_cast<int>(yearOfEra + era * 400) + (civilMonth <= 2), civilMonth,
-            static_cast<int>(inYear - (153 * month + 2) / 5 + 1)};
+CivilDate civilFromDays(std::int64_t number) {
+    return kFirstDay + days(number);
 }
 
-bool isValidDate(const CivilDate& date) {
-    if (date.year < 1 || date.year > 9999 || date.month < 1 || date.month > 12 || date.day < 1) return false;
-    constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    const bool leap = (date.year % 4 == 0 && date.year % 100 != 0) || date.year % 400 == 0;
-    return date.day <= kDays[date.month - 1] + (leap && date.month == 2);
+std::optional<std::int64_t> daysFromParts(std::int64_t y, std::int64_t m, std::int64_t d) {
+    if (y < 1 || y > 9999 || m < 1 || m > 12 || d < 1 || d > 31) return std::nullopt;
+    const CivilDate date = year(static_cast<int>(y)) / static_cast<int>(m) / static_cast<int>(d);
+    return date.ok() ? std::optional(daysFromCivil(date)) : std::nullopt;
 }
 
 DateTime fromStorage(std::string_view text) {
@@ -297,7 +196,7 @@ DateTime fromStorage(std::string_view text) {
     };
     DateTime result;
     if (text.size() >= 10 && text[4] == '-') {
-        result.days = daysFromCivil({number(0, 4), number(5, 2), number(8, 2)});
+        result.days = daysFromCivil(year(number(0, 4)) / number(5, 2) / number(8, 2));
         text.remove_prefix(std::min<std::size_t>(11, text.size()));
     }
     if (text.size() < 8) return result;
@@ -309,70 +208,59 @@ DateTime fromStorage(std::string_view text) {
 }
 
 std::string toStorage(const DateTime& value, const SqlType& type) {
-    if (type.id == TypeId::Date) return isoDate(value.days);
-    std::int64_t ticks = roundedTicks(value.ticks, type);
-    if (type.id == TypeId::Time) return isoTime(ticks % DateTime::kTicksPerDay, type.scale);
-    const std::int64_t days = value.days + ticks / DateTime::kTicksPerDay;
-    ticks %= DateTime::kTicksPerDay;
-    const DayRange range = rangeOf(type.id);
-    if (days < range.first || days > range.last)
-        throw SqlError(242,
-                       "The conversion to a " + std::string(baseName(type.id)) +
-                           " data type resulted in an out-of-range value.",
-                       16, 3);
-    return isoDate(days) + ' ' + isoTime(ticks, type.scale);
+    if (type.id == TypeId::Date) return written(std::string(kIsoDate), value);
+    const std::int64_t ticks = roundedTicks(value.ticks, type);
+    const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
+    if (type.id == TypeId::Time) return written(std::string(kIsoTime), rounded, type.scale);
+    const auto [first, last] = rangeOf(type.id);
+    if (rounded.days < first || rounded.days > last) throw sqlError(242, {"datetime2", baseName(type.id)});
+    return written(std::string(kIsoDate).append(" ").append(kIsoTime), rounded, type.scale);
 }
 
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
-    const bool classic = type.id == TypeId::DateTime || type.id == TypeId::SmallDateTime;
+    const bool classic = isClassicDate(type.id);
     if (style == kNoStyle) style = classic ? 0 : 121;
-    const int scale = classic ? 3 : type.scale;
-    std::string text;
-    for (const char field : patternFor(style, type))
-        appendField(text, field, value, scale, hasShortYear(style));
-    return text;
+    const bool iso8601 =
+        style % 100 == 26 || style % 100 == 27;  // T between, and a fraction only where it is
+    const Style pattern = styleFor(style, type);
+    std::string whole(pattern.date);
+    if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
+    const int scale = iso8601 && value.ticks % kSecond == 0 ? 0 : classic ? 3 : type.scale;
+    // Styles below 100 show two digits of the year, but for these, which always show four.
+    const bool shortYear = style > 0 && style < 20 && style != 9 && style != 13;
+    return written(whole.append(pattern.time), value, scale, shortYear);
 }
 
 std::optional<DatePart> findDatePart(std::string_view name) {
     const std::string wanted = ' ' + lowerAscii(name) + ' ';
-    for (const PartNames& entry : kPartNames)
-        if (entry.names.find(wanted) != std::string_view::npos) return entry.part;
+    for (const PartFacts& facts : kParts)
+        if (facts.names.find(wanted) != std::string_view::npos) return facts.part;
     return std::nullopt;
 }
 
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value) {
-    if (const int months = monthsOf(part)) {
-        if (std::abs(number) > 120'000) addOverflow();
-        return addMonths(value, number * months);
-    }
-    constexpr Int128 kNanosADay = static_cast<Int128>(DateTime::kTicksPerDay) * 100;
+    const PartFacts& facts = factsOf(part);
+    if (facts.months)
+        return addMonths(value, std::clamp<std::int64_t>(number, -200'000, 200'000) * facts.months);
     const Int128 total = static_cast<Int128>(value.days) * kNanosADay + value.ticks * 100 +
-                         static_cast<Int128>(number) * nanosecondsOf(part);
+                         static_cast<Int128>(number) * facts.nanoseconds;
     if (total < 0 || total / kNanosADay > kLastDay) addOverflow();
     return {static_cast<std::int64_t>(total / kNanosADay),
             static_cast<std::int64_t>(total % kNanosADay / 100)};
 }
 
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end) {
-    if (const int months = monthsOf(part)) {
-        const auto index = [&](const DateTime& value) {
-            const CivilDate date = civilFromDays(value.days);
-            return (date.year * 12 + date.month - 1) / months;
-        };
-        return index(end) - index(start);
-    }
+    const PartFacts& facts = factsOf(part);
     if (part == DatePart::Week || part == DatePart::IsoWeek)
         return sundayWeeks(end.days) - sundayWeeks(start.days);
-    const Int128 unit = nanosecondsOf(part);
-    const auto units = [&](const DateTime& value) {
-        return (static_cast<Int128>(value.days) * DateTime::kTicksPerDay + value.ticks) * 100 / unit;
+    const auto units = [&](const DateTime& value) -> Int128 {
+        const CivilDate date = civilFromDays(value.days);
+        const int months = static_cast<int>(date.year()) * 12 + static_cast<int>(unsigned{date.month()}) - 1;
+        if (facts.months) return months / facts.months;
+        return (static_cast<Int128>(value.days) * kNanosADay + value.ticks * 100) / facts.nanoseconds;
     };
     const Int128 difference = units(end) - units(start);
-    if (difference > INT64_MAX || difference < INT64_MIN)
-        throw SqlError(
-            535,
-            "The datediff function resulted in an overflow. The number of dateparts separating two "
-            "date/time instances is too large. Try to use datediff with a less precise datepart.");
+    if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(535);
     return static_cast<std::int64_t>(difference);
 }
 
@@ -380,52 +268,46 @@ std::int64_t datePart(DatePart part, const DateTime& value) {
     const CivilDate date = civilFromDays(value.days);
     switch (part) {
         case DatePart::Year:
-            return date.year;
+            return static_cast<int>(date.year());
         case DatePart::Quarter:
-            return (date.month + 2) / 3;
+            return (unsigned{date.month()} + 2) / 3;
         case DatePart::Month:
-            return date.month;
+            return unsigned{date.month()};
         case DatePart::DayOfYear:
             return dayOfYear(value.days);
         case DatePart::Day:
-            return date.day;
+            return unsigned{date.day()};
         case DatePart::Week:
-            return sundayWeeks(value.days) - sundayWeeks(daysFromCivil({date.year, 1, 1})) + 1;
-        case DatePart::IsoWeek:
-            return isoWeek(value.days);
+            return sundayWeeks(value.days) - sundayWeeks(daysFromCivil(date.year() / 1 / 1)) + 1;
+        case DatePart::IsoWeek:  // the Thursday of a week tells the year that it belongs to
+            return (dayOfYear(value.days - value.days % 7 + 3) - 1) / 7 + 1;
         case DatePart::Weekday:
             return (value.days + 1) % 7 + 1;
-        case DatePart::Hour:
-            return value.ticks / kHour;
-        case DatePart::Minute:
-            return value.ticks / kMinute % 60;
-        case DatePart::Second:
-            return value.ticks / kSecond % 60;
-        case DatePart::Millisecond:
-            return value.ticks % kSecond / 10'000;
-        case DatePart::Microsecond:
-            return value.ticks % kSecond / 10;
-        case DatePart::Nanosecond:
-            return value.ticks % kSecond * 100;
+        default:
+            return value.ticks * 100 / factsOf(part).nanoseconds % factsOf(part).cycle;
     }
-    return 0;
 }
 
 std::string dateName(DatePart part, const DateTime& value) {
-    if (part == DatePart::Month) return std::string(monthName(civilFromDays(value.days).month));
-    if (part == DatePart::Weekday) return std::string(kWeekdays[static_cast<std::size_t>(value.days % 7)]);
+    if (part == DatePart::Month) return written("%B", value);
+    if (part == DatePart::Weekday) return written("%A", value);
     return std::to_string(datePart(part, value));
 }
 
-std::string_view monthName(int month) {
-    return kMonths[static_cast<std::size_t>(month - 1)];
+std::string monthName(int month) {
+    return written("%B", {daysFromCivil(year(1900) / month / 1), 0});
 }
 
 DateTime localNow() {
-    return now(true);
+    const std::int64_t ticks = ticksSince1970();
+    const std::time_t seconds = ticks / kSecond;
+    std::tm civil{};
+    localtime_r(&seconds, &civil);
+    return at(ticks + civil.tm_gmtoff * kSecond);
 }
+
 DateTime utcNow() {
-    return now(false);
+    return at(ticksSince1970());
 }
 
 }  // namespace tsql

@@ -1,6 +1,7 @@
 // Civil calendar and clock: the date texts that SQL Server reads and writes, date parts and their arithmetic.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,27 +23,22 @@ struct DateTime {
     auto operator<=>(const DateTime&) const = default;
 };
 
-struct CivilDate {
-    int year;
-    int month;  // 1 to 12
-    int day;    // 1 to 31
-};
+using CivilDate = std::chrono::year_month_day;
 std::int64_t daysFromCivil(const CivilDate& date);  // since 0001-01-01
 CivilDate civilFromDays(std::int64_t days);
-bool isValidDate(const CivilDate& date);
+// Nothing when the years 1 to 9999 have no such date.
+std::optional<std::int64_t> daysFromParts(std::int64_t year, std::int64_t month, std::int64_t day);
 
 // A text as people write it ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05'),
-// month before day. Empty: 1900-01-01. Nothing when it is no date and time.
-std::optional<DateTime> parseDateTime(std::string_view text);
-// The same with a CONVERT style that fixes the order of day and month (103, 104, 105, 111 ...).
-std::optional<DateTime> parseDateTime(std::string_view text, int style);
+// month before day. Empty: 1900-01-01. Nothing when it is no date and time. A CONVERT style may fix another
+// order of day and month (103, 104, 105, 111 ...).
+constexpr int kNoStyle = -1;  // each type has its own default
+std::optional<DateTime> parseDateTime(std::string_view text, int style = kNoStyle);
 
 // The storage form of any date or time type, and back. toStorage rounds to what the type keeps (datetime:
 // 1/300 s, smalldatetime: minutes) and throws SqlError 242/8115-class errors outside of the type's range.
 DateTime fromStorage(std::string_view text);
 std::string toStorage(const DateTime& value, const SqlType& type);
-
-constexpr int kNoStyle = -1;  // each type has its own default
 
 // CONVERT(varchar, value, style). Throws SqlError 281 for a style that no date has.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
@@ -72,7 +68,7 @@ DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value);
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end);
 std::int64_t datePart(DatePart part, const DateTime& value);
 std::string dateName(DatePart part, const DateTime& value);
-std::string_view monthName(int month);  // 1: "January"
+std::string monthName(int month);  // 1: "January"
 
 DateTime localNow();
 DateTime utcNow();

@@ -1,6 +1,7 @@
 // What the functions registered in SQLite share: one call's arguments, and the tables they are listed in.
 #pragma once
 
+#include <array>
 #include <span>
 
 #include "Functions.h"
@@ -31,6 +32,22 @@ class Call {
     std::span<const CellView> m_arguments;
 };
 
+CellView viewOf(struct sqlite3_value* value);
+
+// The arguments with which SQLite calls a function.
+class Arguments {
+  public:
+    Arguments(int count, struct sqlite3_value** values) : m_count(static_cast<std::size_t>(count)) {
+        for (std::size_t i = 0; i < m_count; ++i) m_views[i] = viewOf(values[i]);
+    }
+    std::span<const CellView> views() const { return {m_views.data(), m_count}; }
+
+  private:
+    static constexpr std::size_t kMost = 127;  // SQLite's own limit
+    std::array<CellView, kMost> m_views;
+    std::size_t m_count;
+};
+
 enum class Nulls { GiveNull, Reach };  // a NULL argument is the result, or reaches the function
 enum class Purity { Pure, Varying };   // Pure: the same arguments give the same value
 
@@ -51,6 +68,5 @@ void registerAggregates(sqlite3* connection, FunctionContext& context);
 // The error that an exception now being handled stands for goes to the context and to SQLite.
 void reportError(FunctionContext& context, struct sqlite3_context* call);
 void giveResult(struct sqlite3_context* call, const Value& value);
-CellView viewOf(struct sqlite3_value* value);
 
 }  // namespace tsql

@@ -1,8 +1,9 @@
 #include "Lexer.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
+#include <iterator>
+#include <sstream>
 #include <unordered_set>
 
 namespace tsql {
@@ -11,51 +12,19 @@ namespace {
 constexpr std::size_t kLongestName = 128;
 
 // The words that cannot name anything unless they are quoted.
-constexpr std::string_view kReserved[] = {
-    "ADD",          "ALL",          "ALTER",        "AND",
-    "ANY",          "AS",           "ASC",          "AUTHORIZATION",
-    "BACKUP",       "BEGIN",        "BETWEEN",      "BREAK",
-    "BROWSE",       "BULK",         "BY",           "CASCADE",
-    "CASE",         "CHECK",        "CHECKPOINT",   "CLOSE",
-    "CLUSTERED",    "COALESCE",     "COLLATE",      "COLUMN",
-    "COMMIT",       "COMPUTE",      "CONSTRAINT",   "CONTAINS",
-    "CONTINUE",     "CONVERT",      "CREATE",       "CROSS",
-    "CURRENT",      "CURRENT_DATE", "CURRENT_TIME", "CURRENT_TIMESTAMP",
-    "CURRENT_USER", "CURSOR",       "DATABASE",     "DBCC",
-    "DEALLOCATE",   "DECLARE",      "DEFAULT",      "DELETE",
-    "DENY",         "DESC",         "DISTINCT",     "DISTRIBUTED",
-    "DOUBLE",       "DROP",         "ELSE",         "END",
-    "ERRLVL",       "ESCAPE",       "EXCEPT",       "EXEC",
-    "EXECUTE",      "EXISTS",       "EXIT",         "EXTERNAL",
-    "FETCH",        "FILE",         "FILLFACTOR",   "FOR",
-    "FOREIGN",      "FREETEXT",     "FROM",         "FULL",
-    "FUNCTION",     "GOTO",         "GRANT",        "GROUP",
-    "HAVING",       "HOLDLOCK",     "IDENTITY",     "IDENTITY_INSERT",
-    "IDENTITYCOL",  "IF",           "IN",           "INDEX",
-    "INNER",        "INSERT",       "INTERSECT",    "INTO",
-    "IS",           "JOIN",         "KEY",          "KILL",
-    "LEFT",         "LIKE",         "LINENO",       "MERGE",
-    "NATIONAL",     "NOCHECK",      "NONCLUSTERED", "NOT",
-    "NULL",         "NULLIF",       "OF",           "OFF",
-    "OFFSETS",      "ON",           "OPEN",         "OPTION",
-    "OR",           "ORDER",        "OUTER",        "OVER",
-    "PERCENT",      "PIVOT",        "PLAN",         "PRIMARY",
-    "PRINT",        "PROC",         "PROCEDURE",    "PUBLIC",
-    "RAISERROR",    "READ",         "READTEXT",     "RECONFIGURE",
-    "REFERENCES",   "REPLICATION",  "RESTORE",      "RESTRICT",
-    "RETURN",       "REVERT",       "REVOKE",       "RIGHT",
-    "ROLLBACK",     "ROWCOUNT",     "ROWGUIDCOL",   "RULE",
-    "SAVE",         "SCHEMA",       "SELECT",       "SESSION_USER",
-    "SET",          "SETUSER",      "SHUTDOWN",     "SOME",
-    "STATISTICS",   "SYSTEM_USER",  "TABLE",        "TABLESAMPLE",
-    "TEXTSIZE",     "THEN",         "TO",           "TOP",
-    "TRAN",         "TRANSACTION",  "TRIGGER",      "TRUNCATE",
-    "TRY_CONVERT",  "UNION",        "UNIQUE",       "UNPIVOT",
-    "UPDATE",       "UPDATETEXT",   "USE",          "USER",
-    "VALUES",       "VARYING",      "VIEW",         "WAITFOR",
-    "WHEN",         "WHERE",        "WHILE",        "WITH",
-    "WRITETEXT",
-};
+constexpr std::string_view kReserved =
+    R"(ADD ALL ALTER AND ANY AS ASC AUTHORIZATION BACKUP BEGIN BETWEEN BREAK BROWSE BULK BY CASCADE CASE CHECK
+CHECKPOINT CLOSE CLUSTERED COALESCE COLLATE COLUMN COMMIT COMPUTE CONSTRAINT CONTAINS CONTINUE CONVERT
+CREATE CROSS CURRENT CURRENT_DATE CURRENT_TIME CURRENT_TIMESTAMP CURRENT_USER CURSOR DATABASE DBCC
+DEALLOCATE DECLARE DEFAULT DELETE DENY DESC DISTINCT DISTRIBUTED DOUBLE DROP ELSE END ERRLVL ESCAPE EXCEPT
+EXEC EXECUTE EXISTS EXIT EXTERNAL FETCH FILE FILLFACTOR FOR FOREIGN FREETEXT FROM FULL FUNCTION GOTO GRANT
+GROUP HAVING HOLDLOCK IDENTITY IDENTITY_INSERT IDENTITYCOL IF IN INDEX INNER INSERT INTERSECT INTO IS JOIN
+KEY KILL LEFT LIKE LINENO MERGE NATIONAL NOCHECK NONCLUSTERED NOT NULL NULLIF OF OFF OFFSETS ON OPEN OPTION
+OR ORDER OUTER OVER PERCENT PIVOT PLAN PRIMARY PRINT PROC PROCEDURE PUBLIC RAISERROR READ READTEXT
+RECONFIGURE REFERENCES REPLICATION RESTORE RESTRICT RETURN REVERT REVOKE RIGHT ROLLBACK ROWCOUNT ROWGUIDCOL
+RULE SAVE SCHEMA SELECT SESSION_USER SET SETUSER SHUTDOWN SOME STATISTICS SYSTEM_USER TABLE TABLESAMPLE
+TEXTSIZE THEN TO TOP TRAN TRANSACTION TRIGGER TRUNCATE TRY_CONVERT UNION UNIQUE UNPIVOT UPDATE UPDATETEXT
+USE USER VALUES VARYING VIEW WAITFOR WHEN WHERE WHILE WITH WRITETEXT)";
 
 // Longest first.
 constexpr std::string_view kSymbols[] = {
@@ -223,20 +192,12 @@ std::vector<Token> tokenize(std::string_view text) {
 }
 
 std::string unquoted(const Token& token) {
-    std::string_view raw = token.raw;
-    switch (token.kind) {
-        case TokenKind::NationalText:
-            raw.remove_prefix(1);
-            [[fallthrough]];
-        case TokenKind::Text:
-        case TokenKind::Bracketed:
-        case TokenKind::DoubleQuoted:
-            break;
-        default:
-            return std::string(raw);
-    }
-    const char close = raw.back();
-    raw = raw.substr(1, raw.size() - 2);
+    const bool national = token.kind == TokenKind::NationalText;
+    const bool isQuoted = national || token.kind == TokenKind::Text || token.kind == TokenKind::Bracketed ||
+                          token.kind == TokenKind::DoubleQuoted;
+    if (!isQuoted) return std::string(token.raw);
+    const std::string_view raw = token.raw.substr(national ? 2 : 1, token.raw.size() - (national ? 3 : 2));
+    const char close = token.raw.back();
     std::string text;
     text.reserve(raw.size());
     for (std::size_t i = 0; i < raw.size(); ++i) {
@@ -252,13 +213,13 @@ bool sameWord(std::string_view left, std::string_view right) {
 }
 
 bool isReserved(std::string_view word) {
-    static const std::unordered_set<std::string_view> words(std::begin(kReserved), std::end(kReserved));
-    constexpr std::size_t kLongest = 17;
-    std::array<char, kLongest> upper{};
-    if (word.size() > upper.size()) return false;
-    std::transform(word.begin(), word.end(), upper.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return words.contains({upper.data(), word.size()});
+    static const auto words = [] {
+        std::istringstream text{std::string(kReserved)};
+        return std::unordered_set<std::string>(std::istream_iterator<std::string>(text), {});
+    }();
+    std::string upper(word);
+    for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return words.contains(upper);
 }
 
 }  // namespace tsql

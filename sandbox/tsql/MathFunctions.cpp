@@ -6,19 +6,15 @@
 #include <random>
 
 #include "FunctionImpl.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
 namespace {
 
-[[noreturn]] void overflow(const SqlType& type) {
-    throw SqlError(8115, "Arithmetic overflow error converting expression to data type " +
-                             std::string(baseName(type.id)) + ".");
-}
-
 // A float function outside of its domain.
 double checked(double result) {
-    if (std::isnan(result)) throw SqlError(3623, "An invalid floating point operation occurred.");
+    if (std::isnan(result)) throw sqlError(3623);
     if (std::isinf(result)) overflow(simpleType(TypeId::Float));
     return result;
 }

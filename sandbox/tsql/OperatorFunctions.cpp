@@ -1,7 +1,9 @@
 // Conversions, arithmetic and comparisons, as SQLite functions, and the pieces of SQL that call them.
 #include <charconv>
 
+#include "Connection.h"
 #include "FunctionImpl.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -23,9 +25,7 @@ Value runAssign(const Call& call) {
         constexpr int kTruncated = 8152;
         if (error.number != kTruncated) throw;
         const std::string kept = textOf(viewOf(convertValue(call[0], from, to)), to);
-        throw SqlError(2628, "String or binary data would be truncated in table '" +
-                                 std::string(call.text(3)) + "', column '" + std::string(call.text(4)) +
-                                 "'. Truncated value: '" + kept + "'.");
+        throw sqlError(2628, {call.text(3), call.text(4), kept});
     }
 }
 
@@ -53,9 +53,7 @@ Value runLike(const Call& call) {
     char32_t escape = 0;
     if (call.count() == 3) {
         std::string_view text = call.text(2);
-        if (characterCount(text) != 1)
-            throw SqlError(506, "The invalid escape character \"" + std::string(text) +
-                                    "\" was specified in a LIKE predicate.");
+        if (characterCount(text) != 1) throw sqlError(506, {text});
         escape = nextCharacter(text);
     }
     return std::int64_t{matchesLike(call.text(0), call.text(1), escape)};
@@ -75,12 +73,6 @@ constexpr std::string_view kCompareSigns[] = {" = ", " <> ", " < ", " <= ", " > 
 
 std::string code(const SqlType& type) {
     return std::to_string(encodeType(type));
-}
-
-std::string quoted(std::string_view text) {
-    std::string result = "'";
-    for (const char c : text) result.append(c == '\'' ? 2 : 1, c);
-    return result + "'";
 }
 
 // A value of `from` is in the form of `to` as it stands.
@@ -133,27 +125,22 @@ std::span<const ScalarFunction> operatorFunctions() {
 }
 
 Typed nullLiteral() {
-    return {"NULL", simpleType(TypeId::Int), true, {}, {}};
+    return {"NULL", simpleType(TypeId::Int), true};
 }
 
 Typed textLiteral(std::string_view text, bool national) {
     const int length =
         static_cast<int>(std::min<std::size_t>(std::max<std::size_t>(characterCount(text), 1), 8001));
-    Typed result{quoted(text), national ? nvarcharType(length) : varcharType(length), false, {}, {}};
+    Typed result{quotedText(text), national ? nvarcharType(length) : varcharType(length)};
     if (text.find('\0') == std::string_view::npos) return result;
-    result.sql = "CAST(x'";  // SQLite reads a statement only up to its first NUL
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        result.sql += "0123456789ABCDEF"[byte >> 4];
-        result.sql += "0123456789ABCDEF"[byte & 15];
-    }
-    result.sql += "' AS TEXT)";
+    // SQLite reads a statement only up to its first NUL.
+    result.sql = "CAST(x'" + hexDigits(std::as_bytes(std::span(text))) + "' AS TEXT)";
     return result;
 }
 
 Typed numberLiteral(std::string_view text) {
     const TypedValue literal = numericLiteral(text);
-    Typed result{{}, literal.type, false, {}, {}};
+    Typed result{{}, literal.type};
     if (const auto* integer = std::get_if<std::int64_t>(&literal.value)) {
         result.sql = std::to_string(*integer);
         if (literal.type.id == TypeId::Int) result.integer = *integer;
@@ -172,7 +159,7 @@ Typed binaryLiteral(std::string_view hex) {
     SqlType type = simpleType(TypeId::VarBinary);
     type.length =
         digits.size() > 16000 ? SqlType::kMax : static_cast<int>(std::max<std::size_t>(digits.size() / 2, 1));
-    return {"x'" + digits + "'", type, false, {}, {}};
+    return {"x'" + digits + "'", type};
 }
 
 Typed wordArgument(std::string_view word) {
@@ -180,7 +167,7 @@ Typed wordArgument(std::string_view word) {
 }
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
-    Typed result{value.sql, to, false, {}, {}};  // what is cast is no literal any more: its type is fixed
+    Typed result{value.sql, to};  // what is cast is no literal any more: its type is fixed
     if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
     const std::string styleSql =
         style ? coerce(*style, simpleType(TypeId::Int)).sql : std::to_string(kNoStyle);
@@ -198,12 +185,9 @@ Typed coerce(const Typed& value, const SqlType& to) {
 
 Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column) {
     if (value.nullLiteral || sameForm(value.type, to)) return coerce(value, to);
-    return {"ts_assign(" + value.sql + "," + code(value.type) + "," + code(to) + "," + quoted(table) + "," +
-                quoted(column) + ")",
-            to,
-            false,
-            {},
-            {}};
+    return {"ts_assign(" + value.sql + "," + code(value.type) + "," + code(to) + "," + quotedText(table) +
+                "," + quotedText(column) + ")",
+            to};
 }
 
 SqlType commonType(std::span<const Typed> pieces) {
@@ -211,8 +195,7 @@ SqlType commonType(std::span<const Typed> pieces) {
     for (const Typed& piece : pieces) {
         if (piece.nullLiteral) continue;
         type =
-            type ? commonType(operandType({{}, *type, false, {}, {}}, piece.type), operandType(piece, *type))
-                 : piece.type;
+            type ? commonType(operandType({{}, *type}, piece.type), operandType(piece, *type)) : piece.type;
     }
     return type.value_or(simpleType(TypeId::Int));
 }
@@ -228,9 +211,8 @@ Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
     const SqlType type = bits
                              ? operatorType(op, left.type, right.type)
                              : operatorType(op, operandType(left, right.type), operandType(right, left.type));
-    if (isText(type.id)) return {"(" + left.sql + " || " + right.sql + ")", type, false, {}, {}};
-    if (isBinary(type.id))
-        return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type, false, {}, {}};
+    if (isText(type.id)) return {"(" + left.sql + " || " + right.sql + ")", type};
+    if (isBinary(type.id)) return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type};
     // A chain of operators is one call: SQLite's parser bounds how deep calls may nest.
     const bool joins = left.chain > 0 && left.chain < kLongestChain;
     const std::string chain =
@@ -249,8 +231,7 @@ Typed emitNegate(const Typed& value) {
     result.chain = 0;
     if (value.nullLiteral) return result;
     if (!isNumber(value.type.id) || value.type.id == TypeId::Bit)
-        throw SqlError(8117, "Operand data type " + std::string(baseName(value.type.id)) +
-                                 " is invalid for minus operator.");
+        throw sqlError(8117, {baseName(value.type.id), "minus"});
     if (value.integer) {
         result.integer = -*value.integer;
         result.sql = "(" + std::to_string(-*value.integer) + ")";
@@ -267,13 +248,11 @@ Typed emitNegate(const Typed& value) {
 }
 
 Typed emitBitNot(const Typed& value) {
-    if (!isInteger(value.type.id))
-        throw SqlError(8117, "Operand data type " + std::string(baseName(value.type.id)) +
-                                 " is invalid for '~' operator.");
+    if (!isInteger(value.type.id)) throw sqlError(8117, {baseName(value.type.id), "'~'"});
     const std::string_view all = value.type.id == TypeId::Bit       ? "(1-"
                                  : value.type.id == TypeId::TinyInt ? "(255-"
                                                                     : "(-1-";
-    return {std::string(all) + value.sql + ")", value.type, value.nullLiteral, {}, {}};
+    return {std::string(all) + value.sql + ")", value.type, value.nullLiteral};
 }
 
 std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& rightPiece) {

@@ -1,36 +1,30 @@
 // Puts the functions and the collation into a SQLite connection.
 #include <sqlite3.h>
 
-#include <array>
+#include <algorithm>
 #include <new>
+#include <utility>
 
 #include "FunctionImpl.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
 namespace {
-
-constexpr std::size_t kMaxArguments = 127;  // SQLite's own limit
 
 struct Binding {
     FunctionContext& context;
     const ScalarFunction& function;
 };
 
-bool anyNull(std::span<const CellView> arguments) {
-    for (const CellView& argument : arguments)
-        if (isNull(argument)) return true;
-    return false;
-}
-
 void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
     const auto& binding = *static_cast<const Binding*>(sqlite3_user_data(call));
     try {
-        std::array<CellView, kMaxArguments> views;
-        const std::span<CellView> arguments(views.data(), static_cast<std::size_t>(count));
-        for (std::size_t i = 0; i < arguments.size(); ++i) arguments[i] = viewOf(values[i]);
-        if (binding.function.nulls == Nulls::GiveNull && anyNull(arguments)) return sqlite3_result_null(call);
-        giveResult(call, binding.function.run(Call(binding.context, arguments)));
+        const Arguments arguments(count, values);
+        const bool anyNull =
+            std::ranges::any_of(arguments.views(), [](const auto& each) { return isNull(each); });
+        if (binding.function.nulls == Nulls::GiveNull && anyNull) return sqlite3_result_null(call);
+        giveResult(call, binding.function.run(Call(binding.context, arguments.views())));
     } catch (...) {
         reportError(binding.context, call);
     }
@@ -93,7 +87,7 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
     } catch (const std::bad_alloc&) {
         sqlite3_result_error_nomem(call);
     } catch (const std::bad_variant_access&) {
-        context.setError(SqlError(8116, "An argument has a data type that the function does not take."));
+        context.setError(sqlError(8116));
         sqlite3_result_error(call, "argument of a wrong type", -1);
     } catch (const std::exception& error) {
         sqlite3_result_error(call, error.what(), -1);
@@ -117,9 +111,7 @@ const DateTime& FunctionContext::nowUtc() {
 }
 
 std::optional<SqlError> FunctionContext::takeError() {
-    std::optional<SqlError> error = std::move(m_error);
-    m_error.reset();
-    return error;
+    return std::exchange(m_error, std::nullopt);
 }
 
 void registerFunctions(sqlite3* connection, FunctionContext& context) {

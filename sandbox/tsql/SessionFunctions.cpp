@@ -76,8 +76,8 @@ void typeFact(sqlite3_context* context, int, sqlite3_value** arguments) {
 }
 
 // sys.types.system_type_id, in the order of TypeId.
-constexpr int kSystemTypeIds[] = {104, 48, 52,  56, 127, 106, 122, 60, 59, 62, 175, 167, 239, 231,
-                                  35,  99, 241, 40, 41,  61,  58,  42, 43, 36, 173, 165, 34};
+constexpr int kSystemTypeIds[] = {104, 48, 52, 56,  127, 106, 122, 60, 59, 62, 175, 167, 239,
+                                  231, 35, 99, 241, 40,  41,  61,  58, 42, 36, 173, 165, 34};
 
 std::string familyOf(const SqlType& type) {
     return isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
@@ -96,27 +96,14 @@ Value charactersOf(const SqlType& type) {
 
 // What sys.columns has as precision: of a date or time, the characters of its text.
 std::int64_t digitsOf(const SqlType& type) {
-    constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kZone = 7, kReal = 24, kFloat = 53;
+    constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kReal = 24, kFloat = 53;
     const int point = type.scale ? type.scale + 1 : 0;
-    switch (type.id) {
-        case TypeId::Date:
-            return kDate;
-        case TypeId::Time:
-            return kSeconds - kDate - 1 + point;
-        case TypeId::SmallDateTime:
-            return kMinutes;
-        case TypeId::DateTime:
-        case TypeId::DateTime2:
-            return kSeconds + point;
-        case TypeId::DateTimeOffset:
-            return kSeconds + point + kZone;
-        case TypeId::Real:
-            return kReal;
-        case TypeId::Float:
-            return kFloat;
-        default:
-            return isExact(type.id) ? precisionOf(type) : 0;
-    }
+    if (type.id == TypeId::Date) return kDate;
+    if (type.id == TypeId::Time) return kSeconds - kDate - 1 + point;
+    if (type.id == TypeId::SmallDateTime) return kMinutes;
+    if (isDateTime(type.id)) return kSeconds + point;
+    if (isApproximate(type.id)) return type.id == TypeId::Real ? kReal : kFloat;
+    return isExact(type.id) ? precisionOf(type) : 0;
 }
 
 }  // namespace

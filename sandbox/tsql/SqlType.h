@@ -31,7 +31,6 @@ enum class TypeId : std::uint8_t {
     DateTime,
     SmallDateTime,
     DateTime2,
-    DateTimeOffset,
     UniqueIdentifier,
     Binary,
     VarBinary,

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 
-#include "SqlError.h"
-#include "Text.h"
+#include "Lexer.h"
+#include "Messages.h"
 
 namespace tsql {
 namespace {
@@ -27,7 +26,7 @@ struct TypeFacts {
 };
 
 // In the order of TypeId.
-constexpr std::array<TypeFacts, 27> kTypes = {{
+constexpr std::array<TypeFacts, 26> kTypes = {{
     {"bit", 12, 1, 0, 1},
     {"tinyint", 13, 3, 0, 1},
     {"smallint", 14, 5, 0, 2},
@@ -50,7 +49,6 @@ constexpr std::array<TypeFacts, 27> kTypes = {{
     {"datetime", 25, 0, 3, 8},
     {"smalldatetime", 24, 0, 0, 4},
     {"datetime2", 26, 0, 7, 8},
-    {"datetimeoffset", 27, 0, 7, 10},
     {"uniqueidentifier", 7, 0, 0, 16},
     {"binary", 1, 0, 0, 1},
     {"varbinary", 2, 0, 0, 1},
@@ -61,38 +59,33 @@ const TypeFacts& facts(TypeId id) {
     return kTypes[static_cast<std::size_t>(id)];
 }
 
-const std::map<std::string, TypeId, std::less<>>& typeNames() {
-    static const auto names = [] {
-        std::map<std::string, TypeId, std::less<>> table = {
-            {"integer", TypeId::Int},
-            {"numeric", TypeId::Decimal},
-            {"dec", TypeId::Decimal},
-            {"double precision", TypeId::Float},
-            {"character", TypeId::Char},
-            {"char varying", TypeId::VarChar},
-            {"character varying", TypeId::VarChar},
-            {"national char", TypeId::NChar},
-            {"national character", TypeId::NChar},
-            {"national char varying", TypeId::NVarChar},
-            {"national character varying", TypeId::NVarChar},
-            {"national text", TypeId::NText},
-            {"sysname", TypeId::NVarChar},
-            {"binary varying", TypeId::VarBinary},
-        };
-        for (std::size_t i = 0; i < kTypes.size(); ++i) table.emplace(kTypes[i].name, static_cast<TypeId>(i));
-        table.erase("datetimeoffset");  // no time zones here: an unknown type rather than a wrong answer
-        return table;
-    }();
-    return names;
-}
+constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
+    {"integer", TypeId::Int},
+    {"numeric", TypeId::Decimal},
+    {"dec", TypeId::Decimal},
+    {"double precision", TypeId::Float},
+    {"character", TypeId::Char},
+    {"char varying", TypeId::VarChar},
+    {"character varying", TypeId::VarChar},
+    {"national char", TypeId::NChar},
+    {"national character", TypeId::NChar},
+    {"national char varying", TypeId::NVarChar},
+    {"national character varying", TypeId::NVarChar},
+    {"national text", TypeId::NText},
+    {"sysname", TypeId::NVarChar},
+    {"binary varying", TypeId::VarBinary},
+};
 
-bool hasLength(TypeId id) {
-    return id == TypeId::Char || id == TypeId::VarChar || id == TypeId::NChar || id == TypeId::NVarChar ||
-           id == TypeId::Binary || id == TypeId::VarBinary;
+std::optional<TypeId> findType(std::string_view name) {
+    for (std::size_t i = 0; i < kTypes.size(); ++i)
+        if (sameWord(kTypes[i].name, name)) return static_cast<TypeId>(i);
+    for (const auto& [synonym, id] : kSynonyms)
+        if (sameWord(synonym, name)) return id;
+    return std::nullopt;
 }
 
 bool hasScale(TypeId id) {
-    return id == TypeId::Time || id == TypeId::DateTime2 || id == TypeId::DateTimeOffset;
+    return id == TypeId::Time || id == TypeId::DateTime2;
 }
 
 bool mayBeMax(TypeId id) {
@@ -102,49 +95,32 @@ bool mayBeMax(TypeId id) {
 void checkLength(TypeId id, int length) {
     const int most = isNational(id) ? kMaxNational : kMaxBytes;
     if (length == SqlType::kMax && mayBeMax(id)) return;
-    if (length < 1)
-        throw SqlError(1001, "Length or precision specification " + std::to_string(length) + " is invalid.",
-                       15);
-    if (length > most)
-        throw SqlError(131,
-                       "The size (" + std::to_string(length) + ") given to the type '" +
-                           std::string(baseName(id)) + "' exceeds the maximum allowed for any data type (" +
-                           std::to_string(most) + ").",
-                       15);
+    if (length < 1) throw sqlError(1001, {std::to_string(length)});
+    if (length > most) throw sqlError(131, {std::to_string(length), baseName(id), std::to_string(most)});
 }
 
 SqlType makeDecimal(std::span<const int> arguments) {
     const int precision = arguments.empty() ? 18 : arguments[0];
     const int scale = arguments.size() < 2 ? 0 : arguments[1];
-    if (precision < 1)
-        throw SqlError(1001,
-                       "Length or precision specification " + std::to_string(precision) + " is invalid.", 15);
-    if (precision > kMaxDecimal)
-        throw SqlError(2750, "Specified column precision " + std::to_string(precision) +
-                                 " is greater than the maximum precision of 38.");
-    if (scale > precision || scale < 0)
-        throw SqlError(192, "The scale must be less than or equal to the precision.", 15);
+    if (precision < 1) throw sqlError(1001, {std::to_string(precision)});
+    if (precision > kMaxDecimal) throw sqlError(2750, {std::to_string(precision)});
+    if (scale > precision || scale < 0) throw sqlError(192);
     if (scale > kCarriedDigits)
-        throw SqlError(1002,
-                       "Specified scale " + std::to_string(scale) +
-                           " is invalid: this server keeps at most 18 digits after the point.",
-                       15);
+        throw sqlError(1002,
+                       {std::to_string(scale), ": this server keeps at most 18 digits after the point"});
     return decimalType(precision, scale);
 }
 
 SqlType makeFloat(std::span<const int> arguments) {
     const int bits = arguments.empty() ? 53 : arguments[0];
-    if (bits < 1 || bits > 53)
-        throw SqlError(1001, "Length or precision specification " + std::to_string(bits) + " is invalid.",
-                       15);
+    if (bits < 1 || bits > 53) throw sqlError(1001, {std::to_string(bits)});
     return simpleType(bits <= 24 ? TypeId::Real : TypeId::Float);
 }
 
 SqlType makeFractional(TypeId id, std::span<const int> arguments) {
     SqlType type = simpleType(id);
     if (arguments.empty()) return type;
-    if (arguments[0] < 0 || arguments[0] > 7)
-        throw SqlError(1002, "Specified scale " + std::to_string(arguments[0]) + " is invalid.", 15);
+    if (arguments[0] < 0 || arguments[0] > 7) throw sqlError(1002, {std::to_string(arguments[0]), ""});
     type.scale = static_cast<std::uint8_t>(arguments[0]);
     return type;
 }
@@ -193,35 +169,22 @@ SqlType fitted(int precision, int scale) {
 SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
     const int p1 = left.precision, s1 = left.scale, p2 = right.precision, s2 = right.scale;
     const int scale = std::max(s1, s2);
-    switch (op) {
-        case BinaryOp::Multiply:
-            return fitted(p1 + p2 + 1, s1 + s2);
-        case BinaryOp::Divide: {
-            const int digits = std::max(6, s1 + p2 + 1);
-            return fitted(p1 - s1 + s2 + digits, digits);
-        }
-        case BinaryOp::Modulo:
-            return decimalType(std::min(kMaxDecimal, std::min(p1 - s1, p2 - s2) + scale), scale);
-        default:
-            return decimalType(std::min(kMaxDecimal, scale + std::max(p1 - s1, p2 - s2) + 1), scale);
+    if (op == BinaryOp::Multiply) return fitted(p1 + p2 + 1, s1 + s2);
+    if (op == BinaryOp::Divide) {
+        const int digits = std::max(6, s1 + p2 + 1);
+        return fitted(p1 - s1 + s2 + digits, digits);
     }
+    const int whole = op == BinaryOp::Modulo ? std::min(p1 - s1, p2 - s2) : std::max(p1 - s1, p2 - s2) + 1;
+    return decimalType(std::min(kMaxDecimal, scale + whole), scale);
 }
 
 constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract", "multiply", "divide",
                                                             "modulo", "'&'",      "'|'",      "'^'"};
 
 [[noreturn]] void refuseOperands(BinaryOp op, const SqlType& left, const SqlType& right) {
-    const std::string name(kOperatorNames[static_cast<std::size_t>(op)]);
-    if (left.id == right.id)
-        throw SqlError(8117, "Operand data type " + std::string(baseName(left.id)) + " is invalid for " +
-                                 name + " operator.");
-    throw SqlError(402, "The data types " + std::string(baseName(left.id)) + " and " +
-                            std::string(baseName(right.id)) + " are incompatible in the " + name +
-                            " operator.");
-}
-
-bool isClassicDate(TypeId id) {
-    return id == TypeId::DateTime || id == TypeId::SmallDateTime;
+    const auto name = kOperatorNames[static_cast<std::size_t>(op)];
+    if (left.id == right.id) throw sqlError(8117, {baseName(left.id), name});
+    throw sqlError(402, {baseName(left.id), baseName(right.id), name});
 }
 
 // datetime and smalldatetime take + and - with numbers (of days); the newer types do not.
@@ -233,26 +196,21 @@ bool isDateSum(BinaryOp op, const SqlType& left, const SqlType& right) {
 }  // namespace
 
 bool isTypeName(std::string_view name) {
-    return typeNames().count(lowerAscii(name)) != 0;
+    return findType(name).has_value();
 }
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
-    const std::string key = lowerAscii(name);
-    const auto found = typeNames().find(key);
-    if (found == typeNames().end())
-        throw SqlError(2715,
-                       "Column, parameter, or variable #1: Cannot find data type " + std::string(name) + ".");
-    const TypeId id = found->second;
-    if (key == "sysname") return nvarcharType(128);
+    const auto found = findType(name);
+    if (!found) throw sqlError(2715, {name});
+    const TypeId id = *found;
+    if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);
     if (id == TypeId::Float) return makeFloat(arguments);
     if (hasScale(id)) return makeFractional(id, arguments);
     SqlType type = simpleType(id);
     if (!hasLength(id)) {
         if (arguments.empty()) return type;
-        throw SqlError(2716,
-                       "Column, parameter, or variable #1: Cannot specify a column width on data type " +
-                           std::string(name) + ".");
+        throw sqlError(2716, {name});
     }
     type.length = !arguments.empty() ? arguments[0] : use == TypeUse::Cast ? 30 : 1;
     checkLength(id, type.length);
@@ -306,7 +264,14 @@ bool isNational(TypeId id) {
     return id == TypeId::NChar || id == TypeId::NVarChar || id == TypeId::NText || id == TypeId::Xml;
 }
 bool isDateTime(TypeId id) {
-    return id >= TypeId::Date && id <= TypeId::DateTimeOffset;
+    return id >= TypeId::Date && id <= TypeId::DateTime2;
+}
+bool hasLength(TypeId id) {
+    return id == TypeId::Char || id == TypeId::VarChar || id == TypeId::NChar || id == TypeId::NVarChar ||
+           id == TypeId::Binary || id == TypeId::VarBinary;
+}
+bool isClassicDate(TypeId id) {
+    return id == TypeId::DateTime || id == TypeId::SmallDateTime;
 }
 bool isBinary(TypeId id) {
     return id >= TypeId::Binary;

@@ -35,10 +35,12 @@ bool isApproximate(TypeId id);  // real, float
 inline bool isNumber(TypeId id) {
     return isExact(id) || isApproximate(id);
 }
-bool isText(TypeId id);      // char to xml
-bool isNational(TypeId id);  // two bytes a character: nchar, nvarchar, ntext, xml
-bool isDateTime(TypeId id);  // date to datetimeoffset
-bool isBinary(TypeId id);    // binary, varbinary, image
+bool isText(TypeId id);         // char to xml
+bool isNational(TypeId id);     // two bytes a character: nchar, nvarchar, ntext, xml
+bool isDateTime(TypeId id);     // date to datetime2
+bool hasLength(TypeId id);      // char to nvarchar, binary, varbinary
+bool isClassicDate(TypeId id);  // datetime, smalldatetime: numbers of days, too
+bool isBinary(TypeId id);       // binary, varbinary, image
 
 SqlType varcharType(int length);  // shorthands; above 8000 or 4000: (max)
 SqlType nvarcharType(int length);

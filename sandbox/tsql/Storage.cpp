@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <semaphore>
 
 #include "Messages.h"
 #include "Text.h"
+#include "Values.h"
 
 namespace tsql {
 namespace {
@@ -26,31 +28,21 @@ constexpr std::size_t kHashMemory = 4u << 20;
 // Letters, digits, - and _ stand for themselves; every other byte is %XX.
 std::string encodeName(std::string_view name) {
     std::string file;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                           c == '_' || c == '-';
-        if (plain) {
+    for (const char& c : name) {
+        if (std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-')
             file += c;
-            continue;
-        }
-        file += '%';
-        file += "0123456789ABCDEF"[byte >> 4];
-        file += "0123456789ABCDEF"[byte & 15];
+        else
+            file += '%' + hexDigits(std::as_bytes(std::span(&c, 1)));
     }
     return file;
 }
 
 std::string decodeName(std::string_view file) {
-    const auto digit = [](char c) { return c <= '9' ? c - '0' : c - 'A' + 10; };
     std::string name;
-    for (std::size_t i = 0; i < file.size(); ++i) {
-        if (file[i] == '%' && i + 2 < file.size()) {
-            name += static_cast<char>(digit(file[i + 1]) * 16 + digit(file[i + 2]));
-            i += 2;
-        } else {
-            name += file[i];
-        }
+    for (; !file.empty(); file.remove_prefix(1)) {
+        const auto byte = file[0] == '%' ? parseHex(file.substr(1, 2)) : std::nullopt;
+        name += byte && !byte->empty() ? static_cast<char>(byte->front()) : file[0];
+        if (byte) file.remove_prefix(byte->size() * 2);
     }
     return name;
 }

@@ -1,8 +1,8 @@
 #include "Text.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cwctype>
-#include <vector>
 
 namespace tsql {
 namespace {
@@ -133,6 +133,17 @@ std::string_view trimLeft(std::string_view text) {
 
 std::string_view trimmed(std::string_view text) {
     return trimLeft(trimRight(text));
+}
+
+std::vector<std::string> listItems(std::string_view text) {
+    std::string line(text);
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    std::vector<std::string> items;
+    for (std::size_t at = 0, end = 0; at < line.size(); at = end + 1) {
+        end = std::min(line.find(';', at), line.size());
+        items.emplace_back(trimmed(std::string_view(line).substr(at, end - at)));
+    }
+    return items;
 }
 
 std::size_t characterCount(std::string_view text) {

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tsql {
 
@@ -10,6 +11,9 @@ std::string lowerAscii(std::string_view text);
 std::string_view trimRight(std::string_view text);  // blanks only, as T-SQL's RTRIM
 std::string_view trimLeft(std::string_view text);
 std::string_view trimmed(std::string_view text);
+
+// The items of "item; item"; line breaks in it are blanks.
+std::vector<std::string> listItems(std::string_view text);
 
 // Code points. A byte that is no UTF-8 counts as one of its own (U+FFFD when it is looked at).
 std::size_t characterCount(std::string_view text);

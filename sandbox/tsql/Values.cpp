@@ -8,8 +8,9 @@
 #include <cstring>
 #include <limits>
 
-#include "Int128.h"
+#include "Messages.h"
 #include "Text.h"
+#include "Utf16.h"
 
 namespace tsql {
 
@@ -30,48 +31,30 @@ Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding) {
 namespace {
 
 // What the messages call a type: every decimal is "numeric" there.
-std::string spoken(const SqlType& type) {
-    return type.id == TypeId::Decimal ? "numeric" : std::string(baseName(type.id));
+std::string_view spoken(const SqlType& type) {
+    return type.id == TypeId::Decimal ? "numeric" : baseName(type.id);
 }
 
 [[noreturn]] void overflow(const SqlType& from, const SqlType& to) {
-    if (isInteger(from.id) && isInteger(to.id))
-        throw SqlError(8115,
-                       "Arithmetic overflow error converting expression to data type " + spoken(to) + ".");
-    throw SqlError(
-        8115, "Arithmetic overflow error converting " + spoken(from) + " to data type " + spoken(to) + ".");
+    if (isInteger(from.id) && isInteger(to.id)) overflow(to);
+    throw sqlError(8115, {spoken(from), spoken(to)});
 }
 
 [[noreturn]] void badText(std::string_view text, const SqlType& from, const SqlType& to) {
     if (to.id == TypeId::BigInt || to.id == TypeId::Decimal || isApproximate(to.id))
-        throw SqlError(8114, "Error converting data type " + spoken(from) + " to " + spoken(to) + ".");
-    if (isMoney(to.id))
-        throw SqlError(235, "Cannot convert a char value to money. The value has incorrect syntax.");
-    throw SqlError(245, "Conversion failed when converting the " + spoken(from) + " value '" +
-                            std::string(text) + "' to data type " + spoken(to) + ".");
+        throw sqlError(8114, {spoken(from), spoken(to)});
+    if (isMoney(to.id)) throw sqlError(235);
+    throw sqlError(245, {spoken(from), text, spoken(to)});
 }
 
 [[noreturn]] void notAllowed(const SqlType& from, const SqlType& to) {
-    throw SqlError(
-        529, "Explicit conversion from data type " + spoken(from) + " to " + spoken(to) + " is not allowed.");
+    throw sqlError(529, {spoken(from), spoken(to)});
 }
 
-struct IntegerRange {
-    std::int64_t low;
-    std::int64_t high;
-};
-
-IntegerRange integerRange(TypeId id) {
-    switch (id) {
-        case TypeId::TinyInt:
-            return {0, 255};
-        case TypeId::SmallInt:
-            return {-32768, 32767};
-        case TypeId::Int:
-            return {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
-        default:
-            return {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()};
-    }
+bool isInRange(Int128 value, TypeId id) {
+    const int bits = maxLength(simpleType(id)) * 8;
+    if (id == TypeId::TinyInt) return value >= 0 && value < 256;
+    return value >= -(Int128{1} << (bits - 1)) && value < Int128{1} << (bits - 1);
 }
 
 // One conversion: the value, its type and where it goes; the functions are named for the target's family.
@@ -95,7 +78,6 @@ class Converter {
     double real() const { return std::get<double>(m_value); }
     std::string_view text() const { return std::get<std::string_view>(m_value); }
     Blob blob() const { return std::get<Blob>(m_value); }
-    bool isClassicDate(TypeId id) const { return id == TypeId::DateTime || id == TypeId::SmallDateTime; }
 
     Value toInteger() const {
         if (isText(m_from.id)) return integerFromText();
@@ -111,11 +93,10 @@ class Converter {
 
     Value rangeChecked(Int128 value) const {
         if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
-        const IntegerRange range = integerRange(m_to.id);
-        if (value >= range.low && value <= range.high) return static_cast<std::int64_t>(value);
+        const auto number = static_cast<std::int64_t>(value);
+        if (isInRange(value, m_to.id)) return number;
         if (isInteger(m_from.id) && m_to.id < TypeId::Int)
-            throw SqlError(220, "Arithmetic overflow error for data type " + spoken(m_to) +
-                                    ", value = " + std::to_string(static_cast<std::int64_t>(value)) + ".");
+            throw sqlError(220, {spoken(m_to), std::to_string(number)});
         overflow(m_from, m_to);
     }
 
@@ -132,20 +113,14 @@ class Converter {
         Int128 value = 0;
         for (const char c : significant.substr(0, 20)) value = value * 10 + (c - '0');
         if (negative) value = -value;
-        const IntegerRange range = integerRange(m_to.id);
-        if (m_to.id != TypeId::Bit && (significant.size() > 20 || value < range.low || value > range.high))
-            textOverflow();
+        if (m_to.id != TypeId::Bit && (significant.size() > 20 || !isInRange(value, m_to.id))) textOverflow();
         return rangeChecked(value);
     }
 
     [[noreturn]] void textOverflow() const {
-        const std::string head =
-            "The conversion of the " + spoken(m_from) + " value '" + std::string(text()) + "' overflowed an ";
-        if (m_to.id == TypeId::Int) throw SqlError(248, head + "int column.");
-        if (m_to.id == TypeId::BigInt)
-            throw SqlError(8115, "Arithmetic overflow error converting expression to data type bigint.");
-        throw SqlError(244, head + (m_to.id == TypeId::TinyInt ? "INT1" : "INT2") +
-                                " column. Use a larger integer column.");
+        if (m_to.id == TypeId::Int) throw sqlError(248, {spoken(m_from), text()});
+        if (m_to.id == TypeId::BigInt) overflow(m_to);
+        throw sqlError(244, {spoken(m_from), text(), m_to.id == TypeId::TinyInt ? "INT1" : "INT2"});
     }
 
     Value integerFromFloat() const {
@@ -153,16 +128,14 @@ class Converter {
         if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
         if (!(std::fabs(value) < 9.2233720368547748e18)) floatOverflow();
         const auto whole = static_cast<std::int64_t>(value);
-        const IntegerRange range = integerRange(m_to.id);
-        if (whole < range.low || whole > range.high) floatOverflow();
+        if (!isInRange(whole, m_to.id)) floatOverflow();
         return whole;
     }
 
     [[noreturn]] void floatOverflow() const {
         std::array<char, 400> number{};
         std::snprintf(number.data(), number.size(), "%.6f", real());
-        throw SqlError(
-            232, "Arithmetic overflow error for type " + spoken(m_to) + ", value = " + number.data() + ".");
+        throw sqlError(232, {spoken(m_to), number.data()});
     }
 
     Value integerFromBinary() const {
@@ -280,22 +253,13 @@ class Converter {
             if (m_to.id == TypeId::Char) star.append(limit - 1, ' ');
             return star;
         }
-        if (isInteger(m_from.id) || m_from.id == TypeId::Decimal || isApproximate(m_from.id)) textTooShort();
-        if (isMoney(m_from.id))
-            throw SqlError(
-                234, "There is insufficient result space to convert a money value to " + spoken(m_to) + ".");
-        if (m_from.id == TypeId::UniqueIdentifier)
-            throw SqlError(8170, "Insufficient result space to convert uniqueidentifier value to char.");
+        if (isInteger(m_from.id) || m_from.id == TypeId::Decimal || isApproximate(m_from.id))
+            throw sqlError(8115, {isInteger(m_from.id) ? "expression" : spoken(m_from), spoken(m_to)});
+        if (isMoney(m_from.id)) throw sqlError(234, {spoken(m_to)});
+        if (m_from.id == TypeId::UniqueIdentifier) throw sqlError(8170);
         const std::string_view kept = characters(result, 0, limit);
-        if (m_assign && trimRight(result).size() > kept.size())
-            throw SqlError(8152, "String or binary data would be truncated.");
+        if (m_assign && trimRight(result).size() > kept.size()) throw sqlError(8152);
         return std::string(kept);
-    }
-
-    [[noreturn]] void textTooShort() const {
-        const std::string source = isInteger(m_from.id) ? "expression" : spoken(m_from);
-        throw SqlError(
-            8115, "Arithmetic overflow error converting " + source + " to data type " + spoken(m_to) + ".");
     }
 
     std::string textInStyle() const {
@@ -321,19 +285,10 @@ class Converter {
     std::string floatText() const {
         std::array<char, 64> buffer{};
         const double value = real() == 0 ? 0.0 : real();
-        switch (m_style) {
-            case 1:
-                std::snprintf(buffer.data(), buffer.size(), "%.7e", value);
-                break;
-            case 2:
-                std::snprintf(buffer.data(), buffer.size(), "%.15e", value);
-                break;
-            case 3:
-                std::snprintf(buffer.data(), buffer.size(), "%.16e", value);
-                break;
-            default:
-                std::snprintf(buffer.data(), buffer.size(), "%.6g", value);
-        }
+        constexpr int kDigits[] = {6, 7, 15, 16};  // of the styles 0 to 3
+        const bool exponential = m_style >= 1 && m_style <= 3;
+        std::snprintf(buffer.data(), buffer.size(), exponential ? "%.*e" : "%.*g",
+                      kDigits[exponential ? m_style : 0], value);
         std::string result = buffer.data();
         const auto exponent = result.find('e');
         if (exponent != std::string::npos && result.size() - exponent < 5)
@@ -341,32 +296,14 @@ class Converter {
         return result;
     }
 
-    std::string hexText() const {
-        std::string result = m_style == 1 ? "0x" : "";
-        for (const std::byte b : blob()) {
-            result += "0123456789ABCDEF"[std::to_integer<int>(b >> 4)];
-            result += "0123456789ABCDEF"[std::to_integer<int>(b & std::byte{15})];
-        }
-        return result;
-    }
+    std::string hexText() const { return (m_style == 1 ? "0x" : "") + hexDigits(blob()); }
 
     // A byte is a character of varchar, two bytes (low one first) are one of nvarchar.
     std::string binaryAsText() const {
-        const Blob bytes = blob();
-        const std::size_t width = isNational(m_to.id) ? 2 : 1;
+        const auto* bytes = reinterpret_cast<const char*>(blob().data());
+        if (isNational(m_to.id)) return utf8FromUtf16({bytes, blob().size()});
         std::string result;
-        for (std::size_t at = 0; at + width <= bytes.size(); at += width) {
-            char32_t c = std::to_integer<unsigned char>(bytes[at]);
-            if (width == 2) c |= std::to_integer<char32_t>(bytes[at + 1]) << 8;
-            const bool high = c >= 0xD800 && c < 0xDC00 && at + 3 < bytes.size();
-            if (high) {
-                const char32_t low =
-                    std::to_integer<char32_t>(bytes[at + 2]) | std::to_integer<char32_t>(bytes[at + 3]) << 8;
-                c = 0x10000 + ((c - 0xD800) << 10) + (low & 0x3FF);
-                at += 2;
-            }
-            appendCharacter(result, c);
-        }
+        for (const std::byte b : blob()) appendCharacter(result, std::to_integer<unsigned char>(b));
         return result;
     }
 
@@ -380,7 +317,7 @@ class Converter {
     Value dateTimeFromText() const {
         const auto parsed = parseDateTime(trimmed(text()), m_style);
         if (parsed) return stored(*parsed);
-        throw SqlError(241, "Conversion failed when converting date and/or time from character string.");
+        throw sqlError(241);
     }
 
     Value dateTimeFromOther() const {
@@ -403,10 +340,7 @@ class Converter {
         try {
             return toStorage(value, m_to);
         } catch (const SqlError&) {
-            throw SqlError(242,
-                           "The conversion of a " + spoken(m_from) + " data type to a " + spoken(m_to) +
-                               " data type resulted in an out-of-range value.",
-                           16, 3);
+            throw sqlError(242, {spoken(m_from), spoken(m_to)});
         }
     }
 
@@ -425,8 +359,7 @@ class Converter {
             const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
             if (i >= result.size() ||
                 !(dash ? result[i] == '-' : std::strchr("0123456789ABCDEF", result[i]) && result[i]))
-                throw SqlError(
-                    8169, "Conversion failed when converting from a character string to uniqueidentifier.");
+                throw sqlError(8169);
         }
         return result;
     }
@@ -436,15 +369,11 @@ class Converter {
                                                                      8, 9, 10, 11, 12, 13, 14, 15};
 
     Value identifierFromBinary() const {
-        if (blob().size() < 16)
-            throw SqlError(8170, "Insufficient data to convert a binary value to uniqueidentifier.");
-        std::string result;
-        for (std::size_t i = 0; i < 16; ++i) {
-            if (i == 4 || i == 6 || i == 8 || i == 10) result += '-';
-            const std::byte b = blob()[kIdentifierOrder[i]];
-            result += "0123456789ABCDEF"[std::to_integer<int>(b >> 4)];
-            result += "0123456789ABCDEF"[std::to_integer<int>(b & std::byte{15})];
-        }
+        if (blob().size() < 16) throw sqlError(8170);
+        Bytes written;
+        for (const std::size_t from : kIdentifierOrder) written += blob()[from];
+        std::string result = hexDigits(written);
+        for (const std::size_t dash : {8, 13, 18, 23}) result.insert(dash, 1, '-');
         return result;
     }
 
@@ -453,8 +382,7 @@ class Converter {
         if (m_to.length <= 0) return bytes;
         const auto limit = static_cast<std::size_t>(m_to.length);
         const bool number = isNumber(m_from.id);
-        if (bytes.size() > limit && m_assign && !number)
-            throw SqlError(8152, "String or binary data would be truncated.");
+        if (bytes.size() > limit && m_assign && !number) throw sqlError(8152);
         // Numbers keep their low end, at the right; all else its beginning.
         if (bytes.size() > limit)
             bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
@@ -480,35 +408,25 @@ class Converter {
 
     // Outside of Latin-1 varchar keeps its UTF-8 bytes.
     Bytes bytesOfText() const {
-        Bytes bytes;
-        for (std::string_view rest = text(); !rest.empty();) {
+        std::string wire;
+        if (isNational(m_from.id)) appendUtf16(wire, text());
+        for (std::string_view rest = isNational(m_from.id) ? "" : text(); !rest.empty();) {
             const std::string_view before = rest;
-            char32_t c = nextCharacter(rest);
-            if (!isNational(m_from.id)) {
-                if (c < 0x100)
-                    bytes += static_cast<std::byte>(c);
-                else
-                    for (const char byte : before.substr(0, before.size() - rest.size()))
-                        bytes += static_cast<std::byte>(byte);
-                continue;
-            }
-            const auto unit = [&](char32_t u) {
-                bytes += static_cast<std::byte>(u);
-                bytes += static_cast<std::byte>(u >> 8);
-            };
-            if (c >= 0x10000) unit(0xD7C0 + (c >> 10)), c = 0xDC00 | (c & 0x3FF);
-            unit(c);
+            const char32_t c = nextCharacter(rest);
+            if (c < 0x100)
+                wire += static_cast<char>(c);
+            else
+                wire += before.substr(0, before.size() - rest.size());
         }
-        return bytes;
+        return {reinterpret_cast<const std::byte*>(wire.data()), wire.size()};
     }
 
     Bytes bytesOfHex() const {
         std::string_view digits = trimmed(text());
         const bool prefixed = digits.size() >= 2 && digits[0] == '0' && (digits[1] | 32) == 'x';
         if (prefixed && m_style == 1) digits.remove_prefix(2);
-        Bytes bytes;
         if (auto parsed = parseHex(digits); parsed && prefixed == (m_style == 1)) return *parsed;
-        throw SqlError(8114, "Error converting data type " + spoken(m_from) + " to " + spoken(m_to) + ".");
+        throw sqlError(8114, {spoken(m_from), spoken(m_to)});
     }
 
     Bytes bytesOfIdentifier() const {
@@ -528,6 +446,19 @@ class Converter {
 };
 
 }  // namespace
+
+void overflow(const SqlType& type) {
+    throw sqlError(8115, {"expression", spoken(type)});
+}
+
+std::string hexDigits(std::span<const std::byte> bytes) {
+    std::string digits;
+    for (const std::byte b : bytes) {
+        digits += "0123456789ABCDEF"[std::to_integer<int>(b >> 4)];
+        digits += "0123456789ABCDEF"[std::to_integer<int>(b & std::byte{15})];
+    }
+    return digits;
+}
 
 std::optional<Bytes> parseHex(std::string_view digits) {
     if (digits.size() % 2 != 0) return std::nullopt;
@@ -582,7 +513,7 @@ Value convertValue(const CellView& value, const SqlType& from, const SqlType& to
         if (kind != Conversion::Try || error.number == kNeverAllowed || error.number == kNoSuchStyle) throw;
         return Null{};
     } catch (const std::bad_variant_access&) {
-        throw SqlError(8114, "Error converting data type " + spoken(from) + " to " + spoken(to) + ".");
+        throw sqlError(8114, {spoken(from), spoken(to)});
     }
 }
 

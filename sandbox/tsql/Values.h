@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -58,6 +59,8 @@ struct TypedValue {
 // Throws SqlError 1007 for more digits than are carried.
 TypedValue numericLiteral(std::string_view text);
 
+[[noreturn]] void overflow(const SqlType& type);  // error 8115: an expression is too large for its type
+
 // Scaled integers, the form of decimal and money.
 enum class Rounding { Truncate, HalfAway };
 std::int64_t powerOfTen(int exponent);  // 0 to 18
@@ -65,6 +68,7 @@ Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding);
 bool fitsScaled(Int128 value, const SqlType& type);
 std::string scaledText(std::int64_t value, int scale);  // 1250, 2: "12.50"
 
+std::string hexDigits(std::span<const std::byte> bytes);  // "0A1B"
 // Pairs of hexadecimal digits; nothing when they are not.
 std::optional<Bytes> parseHex(std::string_view digits);
 

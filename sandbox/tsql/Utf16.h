@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tds {
+namespace tsql {
 
 // What is no valid UTF-8 or an unpaired surrogate becomes U+FFFD; nothing is refused.
 void appendUtf16(std::string& wire, std::string_view utf8);
@@ -14,4 +14,4 @@ std::string utf8FromUtf16(std::string_view wire);
 // Windows code page 1252, in which clients send char and varchar parameters.
 std::string utf8FromCodePage1252(std::string_view wire);
 
-}  // namespace tds
+}  // namespace tsql

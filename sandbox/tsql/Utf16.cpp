@@ -2,7 +2,7 @@
 
 #include "Text.h"
 
-namespace tds {
+namespace tsql {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
@@ -33,7 +33,7 @@ void appendUtf16(std::string& wire, std::string_view utf8) {
             utf8.remove_prefix(1);
             continue;
         }
-        char32_t c = tsql::nextCharacter(utf8);
+        char32_t c = nextCharacter(utf8);
         if (isSurrogate(c) || c > kLastCharacter) c = kReplacement;
         if (c >= kFirstPair) {
             appendUnit(wire, kHighSurrogate + ((c - kFirstPair) >> 10));
@@ -65,7 +65,7 @@ std::string utf8FromUtf16(std::string_view wire) {
             c = paired ? kFirstPair + ((c - kHighSurrogate) << 10) + (low - kLowSurrogate) : kReplacement;
             if (paired) i += 2;
         }
-        tsql::appendCharacter(text, c);
+        appendCharacter(text, c);
     }
     return text;
 }
@@ -74,9 +74,9 @@ std::string utf8FromCodePage1252(std::string_view wire) {
     std::string text;
     for (const char c : wire) {
         const auto byte = static_cast<unsigned char>(c);
-        tsql::appendCharacter(text, byte >= 0x80 && byte < 0xA0 ? kCodePage1252[byte - 0x80] : byte);
+        appendCharacter(text, byte >= 0x80 && byte < 0xA0 ? kCodePage1252[byte - 0x80] : byte);
     }
     return text;
 }
 
-}  // namespace tds
+}  // namespace tsql
