@@ -31,7 +31,7 @@ void readContent(tds::ByteView content) {
         tds::PreparedStatements statements;
         for (tsql::ProcedureCall& call : tds::parseRpc(content)) statements.plan(std::move(call));
     });
-    tds::utf16FromUtf8(tds::utf8FromUtf16(content));
+    tsql::utf16FromUtf8(tsql::utf8FromUtf16(content));
 }
 
 void readPackets(tds::ByteView stream, bool loggedIn) {
