@@ -75,9 +75,6 @@ struct Call {
 struct ScalarQuery {
     QueryPtr query;
 };
-struct Collate {
-    ExprPtr operand;
-};
 
 // ---- expressions: conditions -----------------------------------------------------------------------------
 struct Compare {
@@ -120,8 +117,8 @@ struct Exists {
 struct Expr {
     using Node =
         std::variant<Literal, VariableRef, ColumnRef, Negate, BitNot, Binary, Case, Cast, Call, ScalarQuery,
-                     Collate, Compare, Logic, Not, IsNull, Between, InList, InQuery, Like, Exists>;
-    static constexpr std::size_t kFirstCondition = 11;  // Compare and what follows it
+                     Compare, Logic, Not, IsNull, Between, InList, InQuery, Like, Exists>;
+    static constexpr std::size_t kFirstCondition = 10;  // Compare and what follows it
 
     int line = 1;
     Node node;

@@ -179,6 +179,14 @@ void Parser::unsupported(std::string_view construct) const {
     throw SyntaxError(tsql::unsupported(construct), peek().line);
 }
 
+// There is one collation, which disregards case and regards accents.
+void Parser::parseCollation() {
+    expect("COLLATE");
+    const bool same = at("DATABASE_DEFAULT") || toUpper(peek().raw).find("_CI_AS") != std::string::npos;
+    if (!same) unsupported("a collation other than those named ..._CI_AS");
+    expectName();
+}
+
 void Parser::checkDeclared(const Token& variable) const {
     if (m_checkVariables && !m_declared.contains(lowerAscii(variable.raw)))
         throw SyntaxError(sqlError(137, {variable.raw}), variable.line);

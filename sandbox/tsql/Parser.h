@@ -53,6 +53,7 @@ class Parser {
     std::string textSince(const Token& first) const;
     [[noreturn]] void syntaxError() const;
     [[noreturn]] void unsupported(std::string_view construct) const;
+    void parseCollation();
     void checkDeclared(const Token& variable) const;
 
     template <typename Item>

@@ -208,8 +208,8 @@ bool Parser::parseColumnOption(ColumnDefinition& column) {
         column.nullable = false;
     else if (accept("NULL"))
         column.nullable = true;
-    else if (accept("COLLATE"))
-        expectName();
+    else if (at("COLLATE"))
+        parseCollation();
     else if (accept("ROWGUIDCOL"))
         return true;
     else if (acceptAll({"NOT", "FOR", "REPLICATION"}))

@@ -191,9 +191,9 @@ ExprPtr Parser::parseUnary() {
         return operand;
     }
     ExprPtr primary = parsePrimary();
-    while (accept("COLLATE")) {
-        expectName();
-        primary = make(line, Collate{value(std::move(primary))});
+    while (at("COLLATE")) {
+        primary = value(std::move(primary));
+        parseCollation();
     }
     return primary;
 }

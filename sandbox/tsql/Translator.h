@@ -149,7 +149,6 @@ class Translator {
     Typed node(const ast::Cast& cast);
     Typed node(const ast::Call& call);
     Typed node(const ast::ScalarQuery& query);
-    Typed node(const ast::Collate& collate);
     std::string test(const ast::Compare& compare);
     std::string test(const ast::Logic& logic);
     std::string test(const ast::Not& negation);

@@ -150,10 +150,6 @@ Typed Translator::node(const Cast& cast) {
     return emitConvert(operand, cast.type, &style, cast.kind);
 }
 
-Typed Translator::node(const Collate& collate) {
-    return value(*collate.operand);
-}
-
 std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
     std::vector<Typed> arguments;
     for (const auto& argument : call.arguments) {
