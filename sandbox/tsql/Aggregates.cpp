@@ -73,18 +73,9 @@ void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
 
 // NULL first, then as ORDER BY has them.
 int compareKeys(const Value& left, const Value& right) {
-    if (left.index() != right.index()) return left.index() < right.index() ? -1 : 1;
-    return std::visit(
-        [&]<typename T>(const T& key) {
-            const T& other = std::get<T>(right);
-            if constexpr (std::is_same_v<T, Null>)
-                return 0;
-            else if constexpr (std::is_same_v<T, std::string>)
-                return compareText(key, other);
-            else
-                return key < other ? -1 : static_cast<int>(other < key);
-        },
-        left);
+    const auto *text = std::get_if<std::string>(&left), *other = std::get_if<std::string>(&right);
+    if (text && other) return compareText(*text, *other);
+    return left < right ? -1 : static_cast<int>(right < left);
 }
 
 template <TypeId id>

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Int128.h"
 #include "Messages.h"
 #include "Values.h"
 

@@ -19,34 +19,23 @@ struct Token {
     int value = 0;
 };
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z');
-}
-
 // Lower-case words, numbers of at most nine digits, single signs. Nothing for any other character.
 std::optional<std::vector<Token>> tokens(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789", kLetters = "abcdefghijklmnopqrstuvwxyz";
     const std::string lower = lowerAscii(text);
     std::vector<Token> result;
-    for (std::size_t at = 0; at < lower.size();) {
-        const char first = lower[at];
-        std::size_t end = at + 1;
-        if (isDigit(first)) {
-            while (end < lower.size() && isDigit(lower[end])) ++end;
-            if (end - at > 9) return std::nullopt;
-            const std::string digits = lower.substr(at, end - at);
-            result.push_back({Token::Number, digits, std::stoi(digits)});
-        } else if (isLetter(first)) {
-            while (end < lower.size() && isLetter(lower[end])) ++end;
-            result.push_back({Token::Word, lower.substr(at, end - at)});
-        } else if (std::string_view("/-.:,").find(first) != std::string_view::npos) {
-            result.push_back({Token::Sign, std::string(1, first)});
-        } else if (first != ' ' && first != '\t') {
-            return std::nullopt;
-        }
-        at = end;
+    for (std::size_t at = 0, end = 0; at < lower.size(); at = end) {
+        const bool number = kDigits.find(lower[at]) != std::string_view::npos;
+        const bool word = kLetters.find(lower[at]) != std::string_view::npos;
+        const bool sign = std::string_view("/-.:,").find(lower[at]) != std::string_view::npos;
+        end = number || word
+                  ? std::min(lower.find_first_not_of(number ? kDigits : kLetters, at), lower.size())
+                  : at + 1;
+        if (!number && !word && !sign && lower[at] != ' ' && lower[at] != '\t') return std::nullopt;
+        if (number && end - at > 9) return std::nullopt;
+        const std::string part = lower.substr(at, end - at);
+        if (number) result.push_back({Token::Number, part, std::stoi(part)});
+        if (word || sign) result.push_back({word ? Token::Word : Token::Sign, part});
     }
     return result;
 }

@@ -6,7 +6,6 @@
 #include <iomanip>
 #include <sstream>
 
-#include "Int128.h"
 #include "Messages.h"
 #include "SqlTypes.h"
 #include "Text.h"
@@ -111,33 +110,37 @@ Style styleFor(int number, const SqlType& type) {
 }
 
 struct PartFacts {
-    DatePart part;
     std::string_view names;        // each between blanks
-    int months = 0;                // of the parts that months make up
+    std::int64_t months = 0;       // of the parts that months make up
     std::int64_t nanoseconds = 0;  // of the others
     std::int64_t cycle = 0;        // of the clock's parts: how many there are in the next larger one
 };
 constexpr std::int64_t kNanosADay = DateTime::kTicksPerDay * 100;
 // In the order of DatePart.
 constexpr PartFacts kParts[] = {
-    {DatePart::Year, " year yy yyyy ", 12},
-    {DatePart::Quarter, " quarter qq q ", 3},
-    {DatePart::Month, " month mm m ", 1},
-    {DatePart::DayOfYear, " dayofyear dy y ", 0, kNanosADay},
-    {DatePart::Day, " day dd d ", 0, kNanosADay},
-    {DatePart::Week, " week wk ww ", 0, 7 * kNanosADay},
-    {DatePart::IsoWeek, " iso_week isowk isoww ", 0, kNanosADay},
-    {DatePart::Weekday, " weekday dw w ", 0, kNanosADay},
-    {DatePart::Hour, " hour hh ", 0, kHour * 100, 24},
-    {DatePart::Minute, " minute mi n ", 0, kMinute * 100, 60},
-    {DatePart::Second, " second ss s ", 0, kSecond * 100, 60},
-    {DatePart::Millisecond, " millisecond ms ", 0, 1'000'000, 1'000},
-    {DatePart::Microsecond, " microsecond mcs ", 0, 1'000, 1'000'000},
-    {DatePart::Nanosecond, " nanosecond ns ", 0, 1, 1'000'000'000},
+    {" year yy yyyy ", 12},
+    {" quarter qq q ", 3},
+    {" month mm m ", 1},
+    {" dayofyear dy y ", 0, kNanosADay},
+    {" day dd d ", 0, kNanosADay},
+    {" week wk ww ", 0, 7 * kNanosADay},
+    {" iso_week isowk isoww ", 0, kNanosADay},
+    {" weekday dw w ", 0, kNanosADay},
+    {" hour hh ", 0, kHour * 100, 24},
+    {" minute mi n ", 0, kMinute * 100, 60},
+    {" second ss s ", 0, kSecond * 100, 60},
+    {" millisecond ms ", 0, 1'000'000, 1'000},
+    {" microsecond mcs ", 0, 1'000, 1'000'000},
+    {" nanosecond ns ", 0, 1, 1'000'000'000},
 };
 
 const PartFacts& factsOf(DatePart part) {
     return kParts[static_cast<std::size_t>(part)];
+}
+
+// From 0001-01-01 on.
+Int128 nanosecondsOf(const DateTime& value) {
+    return (static_cast<Int128>(value.days) * DateTime::kTicksPerDay + value.ticks) * 100;
 }
 
 [[noreturn]] void addOverflow() {
@@ -145,7 +148,7 @@ const PartFacts& factsOf(DatePart part) {
 }
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
-    constexpr std::int64_t kMostMonths = 10'000 * 12;
+    constexpr std::int64_t kMostMonths = 120'000;
     if (std::abs(months) > kMostMonths) addOverflow();
     CivilDate date = civilFromDays(value.days) + std::chrono::months(months);
     if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 and one month
@@ -233,17 +236,18 @@ std::string formatDateTime(const DateTime& value, const SqlType& type, int style
 
 std::optional<DatePart> findDatePart(std::string_view name) {
     const std::string wanted = ' ' + lowerAscii(name) + ' ';
-    for (const PartFacts& facts : kParts)
-        if (facts.names.find(wanted) != std::string_view::npos) return facts.part;
-    return std::nullopt;
+    const auto found = std::find_if(std::begin(kParts), std::end(kParts), [&](const PartFacts& facts) {
+        return facts.names.find(wanted) != std::string_view::npos;
+    });
+    if (found == std::end(kParts)) return std::nullopt;
+    return static_cast<DatePart>(found - std::begin(kParts));
 }
 
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value) {
     const PartFacts& facts = factsOf(part);
     if (facts.months)
         return addMonths(value, std::clamp<std::int64_t>(number, -200'000, 200'000) * facts.months);
-    const Int128 total = static_cast<Int128>(value.days) * kNanosADay + value.ticks * 100 +
-                         static_cast<Int128>(number) * facts.nanoseconds;
+    const Int128 total = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
     if (total < 0 || total / kNanosADay > kLastDay) addOverflow();
     return {static_cast<std::int64_t>(total / kNanosADay),
             static_cast<std::int64_t>(total % kNanosADay / 100)};
@@ -257,7 +261,7 @@ std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end)
         const CivilDate date = civilFromDays(value.days);
         const int months = static_cast<int>(date.year()) * 12 + static_cast<int>(unsigned{date.month()}) - 1;
         if (facts.months) return months / facts.months;
-        return (static_cast<Int128>(value.days) * kNanosADay + value.ticks * 100) / facts.nanoseconds;
+        return nanosecondsOf(value) / facts.nanoseconds;
     };
     const Int128 difference = units(end) - units(start);
     if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(535);

@@ -6,6 +6,8 @@
 #include <sstream>
 #include <unordered_set>
 
+#include "Messages.h"
+
 namespace tsql {
 namespace {
 
@@ -85,7 +87,7 @@ class Lexer {
         const int begin = m_line;
         int depth = 0;
         do {
-            if (m_at >= m_text.size()) throw SyntaxError(113, "Missing end comment mark '*/'.", begin);
+            if (m_at >= m_text.size()) throw SyntaxError(sqlError(113), begin);
             const bool opens = startsWith("/*");
             const bool closes = !opens && startsWith("*/");
             depth += opens - closes;
@@ -116,18 +118,11 @@ class Lexer {
         std::size_t end = m_at + prefix + 1;
         for (;; end += 2) {
             end = m_text.find(close, end);
-            if (end == std::string_view::npos) openQuote(prefix);
+            if (end == std::string_view::npos)
+                throw SyntaxError(sqlError(105, {m_text.substr(m_at + prefix + 1, kLongestName)}), m_line);
             if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
         }
         return take(kind, end + 1 - m_at);
-    }
-
-    [[noreturn]] void openQuote(std::size_t prefix) const {
-        constexpr std::size_t kShown = 128;
-        throw SyntaxError(105,
-                          "Unclosed quotation mark after the character string '" +
-                              std::string(m_text.substr(m_at + prefix + 1, kShown)) + "'.",
-                          m_line);
     }
 
     Token variable() {

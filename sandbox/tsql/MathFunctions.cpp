@@ -24,19 +24,6 @@ Value runFloat(const Call& call) {
     return checked(function(call.real(0)));
 }
 
-double square(double x) {
-    return x * x;
-}
-double cotangent(double x) {
-    return 1 / std::tan(x);
-}
-double degrees(double x) {
-    return x * 180 / std::numbers::pi;
-}
-double radians(double x) {
-    return x * std::numbers::pi / 180;
-}
-
 // (value, type)
 Value runAbs(const Call& call) {
     if (isApproximate(call.type(1).id)) return std::fabs(call.real(0));
@@ -143,16 +130,16 @@ constexpr ScalarFunction kFunctions[] = {
     {"ts_atn2", runAtn2},
     {"ts_sqrt", runFloat<std::sqrt>},
     {"ts_exp", runFloat<std::exp>},
-    {"ts_square", runFloat<square>},
+    {"ts_square", runFloat<[](double x) { return x * x; }>},
     {"ts_sin", runFloat<std::sin>},
     {"ts_cos", runFloat<std::cos>},
     {"ts_tan", runFloat<std::tan>},
-    {"ts_cot", runFloat<cotangent>},
+    {"ts_cot", runFloat<[](double x) { return 1 / std::tan(x); }>},
     {"ts_asin", runFloat<std::asin>},
     {"ts_acos", runFloat<std::acos>},
     {"ts_atan", runFloat<std::atan>},
-    {"ts_degrees", runFloat<degrees>},
-    {"ts_radians", runFloat<radians>},
+    {"ts_degrees", runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
+    {"ts_radians", runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
     {"ts_rand", runRand, Nulls::GiveNull, Purity::Varying},
     {"ts_isnumeric", runIsNumeric, Nulls::Reach},
 };

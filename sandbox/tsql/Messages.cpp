@@ -15,6 +15,7 @@ constexpr MessageText kMessages[] = {
     {104, 15, 1,
      "ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT "
      "operator."},
+    {105, 15, 1, "Unclosed quotation mark after the character string '%s'."},
     {106, 15, 1, "Too many table names in the query. The maximum allowable is 256."},
     {107, 15, 1, "The column prefix '%s' does not match with a table name or alias name used in the query."},
     {108, 15, 1,
@@ -26,6 +27,7 @@ constexpr MessageText kMessages[] = {
      "There are fewer columns in the INSERT statement than values specified in the VALUES clause. The number "
      "of values in the VALUES clause must match the number of columns specified in the INSERT statement."},
     {111, 15, 1, "'CREATE%s' must be the first statement in a query batch."},
+    {113, 15, 1, "Missing end comment mark '*/'."},
     {116, 16, 1,
      "Only one expression can be specified in the select list when the subquery is not introduced with "
      "EXISTS."},
@@ -295,7 +297,7 @@ constexpr MessageText kMessages[] = {
      "The formal parameter \"%s\" was not declared as an OUTPUT parameter, but the actual parameter passed "
      "in requested output."},
     {8169, 16, 1, "Conversion failed when converting from a character string to uniqueidentifier."},
-    {8170, 16, 1, "Insufficient result space to convert uniqueidentifier value to char."},
+    {8170, 16, 1, "Insufficient %s."},
     {10704, 15, 1, "To rethrow an error, a THROW statement must be used inside a CATCH block."},
     {10741, 15, 2, "A TOP can not be used in the same query or sub-query as a OFFSET."},
     {10742, 15, 1, "The offset specified in a OFFSET clause may not be negative."},

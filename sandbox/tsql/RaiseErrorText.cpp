@@ -15,7 +15,8 @@ constexpr std::string_view kEllipsis = "...";
 constexpr std::size_t kWidest = 2047;
 
 struct Substitution {
-    bool left = false, plus = false, zero = false, alternate = false, blank = false;
+    std::string flags;
+    bool has(char flag) const { return flags.find(flag) != std::string::npos; }
     std::size_t width = 0;
     std::size_t precision = std::string::npos;
     char type = 's';
@@ -48,13 +49,7 @@ class Formatter {
         const std::size_t begin = m_at;
         Substitution spec;
         char c = next();
-        for (; c && std::string_view("-+0# ").find(c) != std::string_view::npos; c = next()) {
-            spec.left |= c == '-';
-            spec.plus |= c == '+';
-            spec.zero |= c == '0';
-            spec.alternate |= c == '#';
-            spec.blank |= c == ' ';
-        }
+        for (; c && std::string_view("-+0# ").find(c) != std::string_view::npos; c = next()) spec.flags += c;
         spec.width = number(c, 0);
         if (c == '.') spec.precision = number(c = next(), 0);
         while (c == 'l' || c == 'h' || c == 'I' || c == '6' || c == '4') c = next();
@@ -92,7 +87,7 @@ class Formatter {
         }
         const std::size_t length = characterCount(text);
         const std::size_t padding = spec.width > length ? spec.width - length : 0;
-        m_text += spec.left ? text + std::string(padding, ' ') : std::string(padding, ' ') + text;
+        m_text += spec.has('-') ? text + std::string(padding, ' ') : std::string(padding, ' ') + text;
     }
 
     static std::string integer(std::int64_t value, const Substitution& spec) {
@@ -108,10 +103,13 @@ class Formatter {
         const auto end = std::to_chars(digits, digits + sizeof digits, magnitude, base).ptr;
         std::string text(digits, end);
         if (spec.type == 'X') text = toUpper(text);
-        std::string sign = negative ? "-" : spec.plus && isSigned ? "+" : spec.blank && isSigned ? " " : "";
-        if (spec.alternate && base == 16 && value != 0) sign += spec.type == 'X' ? "0X" : "0x";
+        std::string sign = negative                    ? "-"
+                           : spec.has('+') && isSigned ? "+"
+                           : spec.has(' ') && isSigned ? " "
+                                                       : "";
+        if (spec.has('#') && base == 16 && value != 0) sign += spec.type == 'X' ? "0X" : "0x";
         const std::size_t wanted = spec.precision != std::string::npos ? spec.precision
-                                   : spec.zero && !spec.left && spec.width > sign.size()
+                                   : spec.has('0') && !spec.has('-') && spec.width > sign.size()
                                        ? spec.width - sign.size()
                                        : 0;
         if (text.size() < wanted) text.insert(0, wanted - text.size(), '0');

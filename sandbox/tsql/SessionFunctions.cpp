@@ -1,7 +1,6 @@
 // The functions of SQLite that reach back into the session: live variables, calls of T-SQL functions, and the
 // guard over subqueries that must give one value.
 #include <new>
-#include <vector>
 
 #include "Executor.h"
 #include "FunctionImpl.h"
@@ -37,11 +36,10 @@ void variable(sqlite3_context* context, int, sqlite3_value** arguments) {
 
 void call(sqlite3_context* context, int count, sqlite3_value** arguments) {
     guarded(context, [&] {
-        std::vector<CellView> views;
-        for (int i = 0; i < count; ++i) views.push_back(viewOf(arguments[i]));
+        const Arguments given(count, arguments);
+        const auto views = given.views();
         return executorOf(context).callFunction(std::get<std::string_view>(views[0]),
-                                                std::get<std::string_view>(views[1]),
-                                                std::span(views).subspan(2));
+                                                std::get<std::string_view>(views[1]), views.subspan(2));
     });
 }
 

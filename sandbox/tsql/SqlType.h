@@ -1,6 +1,7 @@
 // The types of T-SQL as the sandbox knows them, and how a value of each is kept in SQLite.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -63,7 +64,7 @@ struct SqlType {
 };
 
 struct Null {
-    bool operator==(const Null&) const = default;
+    auto operator<=>(const Null&) const = default;
 };
 
 // A value in its storage form. Views stay valid until the next row is fetched.

@@ -195,10 +195,6 @@ bool isDateSum(BinaryOp op, const SqlType& left, const SqlType& right) {
 
 }  // namespace
 
-bool isTypeName(std::string_view name) {
-    return findType(name).has_value();
-}
-
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
     const auto found = findType(name);
     if (!found) throw sqlError(2715, {name});

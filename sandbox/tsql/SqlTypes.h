@@ -18,8 +18,6 @@ enum class TypeUse { Declaration, Cast };
 // Synonyms (integer, dec, national character varying, rowversion ...) are known, one blank between words.
 // Throws SqlError: 2715 unknown type, 1001/1002/2750/131 a length, precision or scale out of its range.
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use);
-// Is `name` (one word or several) the name of a type?
-bool isTypeName(std::string_view name);
 
 std::string_view baseName(TypeId id);          // "varchar"
 std::string displayName(const SqlType& type);  // "varchar(20)", "decimal(18,2)", "nvarchar(max)"

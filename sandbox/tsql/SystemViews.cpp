@@ -11,7 +11,7 @@ namespace {
 // A view's columns as "name type = expression; ..." and what they are read from. Marks that stand for more:
 //   $o, $c  the catalogue's tables     $d  the database's name      $L  the list of databases (name, id)
 //   $s      the schema in SQLite       $T  the list of types (type) $C  the collation's name
-//   $OBJECT, $TYPE, $NAMED, $KIND: the texts below
+//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $INDEX: the texts below
 // A view without a schema is found in sys, in dbo and by its name alone.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -39,6 +39,10 @@ ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
+    {"$TABLE", "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name"},
+    {"$INDEX",
+     R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
+p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
 };
 
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V')";
@@ -75,18 +79,15 @@ o.type END)",
     {"sys", "foreign_keys", "$OBJECT; referenced_object_id int = r.id",
      "$o o JOIN $o r ON r.name = o.stored AND r.type = 'U' WHERE o.type = 'F'"},
     {"sys", "indexes",
-     R"(object_id int = o.parent; name sysname = o.name; index_id int = CASE o.type WHEN 'PK' THEN 1 ELSE 1
-+ (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND p.type IN ('IX', 'UQ') AND p.id <= o.id) END;
-type tinyint = CASE o.type WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN
-'CLUSTERED' ELSE 'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR EXISTS (SELECT 1 FROM
-pragma_index_list((SELECT stored FROM $o t WHERE t.id = o.parent), $s) p WHERE p.name = o.name || '@' ||
-o.parent AND p."unique"); is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ';
-is_disabled bit = 0)",
+     R"(object_id int = o.parent; name sysname = o.name; index_id int = $INDEX; type tinyint = CASE o.type
+WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
+'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR EXISTS (SELECT 1 FROM pragma_index_list((SELECT stored
+FROM $o t WHERE t.id = o.parent), $s) p WHERE p.name = o.name || '@' || o.parent AND p."unique");
+is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0)",
      kIndexes},
     {"sys", "index_columns",
-     R"(object_id int = o.parent; index_id int = CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM
-$o p WHERE p.parent = o.parent AND p.type IN ('IX', 'UQ') AND p.id <= o.id) END; index_column_id int = k.key
-+ 1; column_id int = c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0)",
+     R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =
+c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0)",
      R"($o o JOIN json_each('["' || replace(replace(o.keys, '"', '\"'), ', ', '","') || '"]') k JOIN $c c ON
 c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
     {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = o.id", kIndexes},
@@ -113,18 +114,16 @@ $TYPE; is_output bit = c.output)",
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
     {"INFORMATION_SCHEMA", "TABLES",
-     R"(TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name; TABLE_TYPE
-varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END)",
+     "$TABLE; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
      "$o o WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "VIEWS",
-     R"(TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name;
-VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE varchar(2) = 'NO')",
+     R"($TABLE; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE
+varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
-     R"(TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name; COLUMN_NAME
-sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT nvarchar(4000) = '(' ||
-nullif(c.fallback, '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN 'YES' ELSE 'NO' END;
-$NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END)",
+     R"($TABLE; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
+nvarchar(4000) = '(' || nullif(c.fallback, '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
+'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END)",
      kAllColumns},
     {"INFORMATION_SCHEMA", "ROUTINES",
      R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = 'dbo'; SPECIFIC_NAME sysname = o.name;

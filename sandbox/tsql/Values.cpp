@@ -213,8 +213,7 @@ class Converter {
         else
             notAllowed(m_from, m_to);
         if (m_to.id != TypeId::Real) return value;
-        if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max()))
-            throw SqlError(8115, "Arithmetic overflow error converting expression to data type real.");
+        if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max())) overflow(m_to);
         return static_cast<double>(static_cast<float>(value));
     }
 
@@ -256,7 +255,8 @@ class Converter {
         if (isInteger(m_from.id) || m_from.id == TypeId::Decimal || isApproximate(m_from.id))
             throw sqlError(8115, {isInteger(m_from.id) ? "expression" : spoken(m_from), spoken(m_to)});
         if (isMoney(m_from.id)) throw sqlError(234, {spoken(m_to)});
-        if (m_from.id == TypeId::UniqueIdentifier) throw sqlError(8170);
+        if (m_from.id == TypeId::UniqueIdentifier)
+            throw sqlError(8170, {"result space to convert uniqueidentifier value to char"});
         const std::string_view kept = characters(result, 0, limit);
         if (m_assign && trimRight(result).size() > kept.size()) throw sqlError(8152);
         return std::string(kept);
@@ -369,7 +369,7 @@ class Converter {
                                                                      8, 9, 10, 11, 12, 13, 14, 15};
 
     Value identifierFromBinary() const {
-        if (blob().size() < 16) throw sqlError(8170);
+        if (blob().size() < 16) throw sqlError(8170, {"data to convert a binary value to uniqueidentifier"});
         Bytes written;
         for (const std::size_t from : kIdentifierOrder) written += blob()[from];
         std::string result = hexDigits(written);

@@ -9,12 +9,13 @@
 #include <variant>
 
 #include "DateTime.h"
-#include "Int128.h"
 #include "SqlError.h"
 #include "SqlType.h"
 #include "SqlTypes.h"
 
 namespace tsql {
+
+__extension__ typedef __int128 Int128;  // intermediate results that 64 bits do not hold
 
 // As CellView, owning what it holds.
 using Bytes = std::basic_string<std::byte>;
