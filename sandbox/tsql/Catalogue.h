@@ -61,6 +61,7 @@ struct KeyInfo {
 };
 
 inline constexpr std::string_view kTempSchema = "temp";
+inline constexpr std::string_view kNullsSuffix = "@nulls";  // of the index of a unique key's rows with NULL
 // #table, or the variable @table.
 inline bool isTemporaryName(std::string_view name) {
     return name.starts_with('#') || name.starts_with('@');

@@ -293,8 +293,16 @@ SqlError Executor::brokenReference() {
     return conflict("REFERENCE", *catalogue.table(others.front().table), others.front());
 }
 
+// `columns`: "t.a, t.b", or "index 'name@id@nulls'" of the rows that hold NULL.
 SqlError Executor::duplicateKey(const std::string& columns) {
     std::string names = columns;
+    if (const auto end = names.rfind("@" + std::to_string(m_target.id) + std::string(kNullsSuffix));
+        end != std::string::npos) {
+        const std::string_view index = std::string_view(names).substr(0, end).substr(names.find('\'') + 1);
+        for (const auto& key :
+             Catalogue(m_connection, m_target.database, m_target.schema).keysOf(m_target.id))
+            if (key.name == index) return duplicateKey(key.columns);
+    }
     const std::string prefix = m_target.stored + ".";
     for (std::size_t at = 0; (at = names.find(prefix, at)) != std::string::npos;)
         names.erase(at, prefix.size());
@@ -320,7 +328,7 @@ std::string Executor::duplicateValue(const KeyInfo& key) {
         if (!column || m_newRows.empty()) return {};
         types.push_back(column->type);
         list += (list.empty() ? "" : ", ") + quotedName(name);
-        match += " AND present." + quotedName(name) + " = incoming." + quotedName(name);
+        match += " AND present." + quotedName(name) + " IS incoming." + quotedName(name);
     }
     try {
         PreparedStatement query(

@@ -189,7 +189,9 @@ class Executor final : public SessionFacts, public NameResolver {
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
     std::vector<std::string> referencedColumns(const Catalogue& catalogue, const KeyInfo& key);
     void makeKeyIndex(const TableInfo& table, const KeyInfo& key);
-    void makeIndex(const TableInfo& table, const std::string& name, const std::string& list, bool unique);
+    void makeIndex(const TableInfo& table, const std::string& name, const std::string& list,
+                   const std::vector<std::string>& unique);
+    void dropIndex(const TableInfo& table, const std::string& name);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const KeyInfo& key);
     std::string orphans(const Catalogue& catalogue, const TableInfo& table, const KeyInfo& key,

@@ -55,9 +55,25 @@ bool needsIndex(const KeyInfo& key, const TableInfo& table) {
     return isUniqueKey(key) && (!identity || compareText(identity->name, key.columns) != 0);
 }
 
-std::string indexName(const std::string& name, std::int64_t table) {
-    return quotedName(name + "@" + std::to_string(table));
+std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
+    return quotedName(name + "@" + std::to_string(table) + std::string(suffix));
 }
+
+// In a unique key of T-SQL one NULL equals another, in SQLite's none does: the rows that hold one have an
+// index of their own.
+struct NullableKey {
+    NullableKey(const TableInfo& table, const std::vector<std::string>& columns) {
+        for (const auto& name : columns) {
+            const TableColumn& column = *table.column(name);
+            const std::string isNull = quotedName(name) + " IS NULL";
+            list += (list.empty() ? "" : ", ") + isNull + ", " +
+                    collated({"ifnull(" + quotedName(name) + ", 0)", column.type});
+            if (column.nullable) condition += (condition.empty() ? "" : " OR ") + isNull;
+        }
+    }
+    std::string list;
+    std::string condition;  // empty: no column takes NULL
+};
 
 // "PK__Orders__42" when the statement gives no name.
 std::string constraintName(const Constraint& constraint, std::string_view prefix, const TableInfo& table,
@@ -235,19 +251,31 @@ std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue,
 }
 
 void Executor::makeKeyIndex(const TableInfo& table, const KeyInfo& key) {
-    if (needsIndex(key, table)) makeIndex(table, key.name, nameList(columnList(key.columns)), true);
+    if (needsIndex(key, table))
+        makeIndex(table, key.name, nameList(columnList(key.columns)), columnList(key.columns));
 }
 
+// `unique`: the columns of a unique index, none for another.
 void Executor::makeIndex(const TableInfo& table, const std::string& name, const std::string& list,
-                         bool unique) {
+                         const std::vector<std::string>& unique) {
     m_target = table;
     m_verb = "CREATE INDEX";
     m_indexName = name;
     m_newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
     m_changeValues.clear();
-    m_connection.run(std::string("CREATE ") + (unique ? "UNIQUE " : "") + "INDEX " + table.schema + "." +
-                     indexName(name, table.id) + " ON " + quotedName(table.stored) + " (" + list + ")");
+    const std::string on = " ON " + quotedName(table.stored) + " (";
+    m_connection.run(std::string("CREATE ") + (unique.empty() ? "" : "UNIQUE ") + "INDEX " + table.schema +
+                     "." + indexName(name, table.id) + on + list + ")");
+    if (const NullableKey key(table, unique); !key.condition.empty())
+        m_connection.run("CREATE UNIQUE INDEX " + table.schema + "." +
+                         indexName(name, table.id, kNullsSuffix) + on + key.list + ") WHERE " +
+                         key.condition);
     m_verb.clear();
+}
+
+void Executor::dropIndex(const TableInfo& table, const std::string& name) {
+    m_connection.run("DROP INDEX " + table.schema + "." + indexName(name, table.id));
+    m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." + indexName(name, table.id, kNullsSuffix));
 }
 
 // ---- ALTER TABLE
@@ -378,8 +406,7 @@ void Executor::dropConstraint(Catalogue& catalogue, TableInfo& table, const std:
         column.byDefault.clear();
         catalogue.setColumn(table.id, column);
     }
-    if (needsIndex(*key, table))
-        m_connection.run("DROP INDEX " + table.schema + "." + indexName(key->name, table.id));
+    if (needsIndex(*key, table)) dropIndex(table, key->name);
     catalogue.remove(key->id);
 }
 
@@ -423,15 +450,17 @@ Flow Executor::run(const CreateIndex& create) {
     Catalogue owner = catalogue(create.table);
     if (owner.index(target.id, create.name)) throw sqlError(1913, {create.name, target.name});
     std::string list, keys;
+    std::vector<std::string> unique;
     for (const auto& [name, descending] : create.columns) {
         const TableColumn* column = target.column(name);
         if (!column) throw sqlError(1911, {name});
         list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
         keys += (keys.empty() ? "" : ", ") + column->name;
+        if (create.unique) unique.push_back(column->name);
     }
     beforeWrite();
     Atomic atomic(m_connection, owner.schema());
-    makeIndex(target, create.name, list, create.unique);
+    makeIndex(target, create.name, list, unique);
     owner.add(create.name, objectType::kIndex, target.id, keys);
     atomic.commit();
     m_error = 0;
@@ -457,7 +486,7 @@ Flow Executor::run(const Drop& drop) {
             const auto index = target ? owner.index(target->id, name.name) : std::nullopt;
             if (!index && !drop.ifExists) throw sqlError(3701, {"index", name.schema + "." + name.name}, 7);
             if (!index) continue;
-            m_connection.run("DROP INDEX " + target->schema + "." + indexName(name.name, target->id));
+            dropIndex(*target, name.name);
             owner.remove(index->id);
         } else {
             const std::string_view kind = drop.kind == ObjectKind::Procedure  ? "procedure"

@@ -109,3 +109,18 @@ UPDATE x SET id = 4 FROM u x WHERE x.nm = 'b'
 DELETE u WHERE id = 1
 SELECT * FROM u
 GO
+-- one NULL equals another in a unique key
+CREATE TABLE nullable (a int NULL CONSTRAINT UQ_nullable UNIQUE, b varchar(5) NULL, c int NULL)
+CREATE UNIQUE INDEX ix_nullable ON nullable (b, c DESC)
+INSERT nullable VALUES (NULL, 'x', NULL), (1, 'x', 1), (2, NULL, 1), (3, NULL, NULL)
+INSERT nullable VALUES (NULL, 'y', 5)
+INSERT nullable VALUES (4, 'X', NULL)
+INSERT nullable VALUES (5, NULL, NULL)
+INSERT nullable VALUES (6, NULL, 0)
+UPDATE nullable SET a = NULL WHERE a = 6
+ALTER TABLE nullable DROP CONSTRAINT UQ_nullable
+INSERT nullable VALUES (NULL, 'y', 5)
+ALTER TABLE nullable ADD CONSTRAINT UQ_again UNIQUE (a)
+DROP INDEX ix_nullable ON nullable
+INSERT nullable VALUES (7, 'X', NULL)
+GO
