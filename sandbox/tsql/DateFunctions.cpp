@@ -1,13 +1,13 @@
-// T-SQL's date functions and those that ask the session, as SQLite functions.
-#include <sodium.h>
-
-#include <array>
-
+// T-SQL's date functions, as SQLite functions.
 #include "FunctionImpl.h"
 #include "Messages.h"
 
 namespace tsql {
 namespace {
+
+SqlType dateSumType(Pieces pieces) {
+    return pieces[2].type;
+}
 
 DatePart partArgument(const Call& call) {
     return static_cast<DatePart>(call.integer(0));
@@ -49,6 +49,11 @@ Value runDateName(const Call& call) {
     return dateName(partArgument(call), call.dateTime(1));
 }
 
+template <DatePart part>
+Value runPart(const Call& call) {
+    return datePart(part, call.dateTime(0));
+}
+
 // (value[, months])
 Value runEndOfMonth(const Call& call) {
     const DateTime moved = dateAdd(DatePart::Month, call.count() > 1 ? call.integer(1) : 0, call.dateTime(0));
@@ -59,7 +64,7 @@ Value runEndOfMonth(const Call& call) {
 
 // (year, month, day[, hour, minute, second, millisecond], type)
 Value runFromParts(const Call& call) {
-    const SqlType type = call.type(call.count() - 1);
+    const SqlType type = call.resultType();
     const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
     const auto days = daysFromParts(part(0), part(1), part(2));
     constexpr std::int64_t kClock[] = {24, 60, 60, 1000};
@@ -80,48 +85,30 @@ Value runIsDate(const Call& call) {
                         !call.text(0).empty()};
 }
 
-// A random (version 4) identifier.
-Value runNewId(const Call&) {
-    std::array<std::byte, 16> bytes{};
-    randombytes_buf(bytes.data(), bytes.size());
-    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
-    bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
-    SqlType binary = simpleType(TypeId::Binary);
-    binary.length = 16;
-    return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
-}
-
-// (function, argument...)
-Value runSession(const Call& call) {
-    return call.context().facts().sessionValue(static_cast<SessionFunction>(call.integer(0)),
-                                               call.arguments().subspan(1));
-}
-
-constexpr ScalarFunction kDateFunctions[] = {
-    {"ts_now", runNow, Nulls::GiveNull, Purity::Varying},
-    {"ts_now_utc", runNowUtc, Nulls::GiveNull, Purity::Varying},
-    {"ts_dateadd", runDateAdd},
-    {"ts_datediff", runDateDiff},
-    {"ts_datediff_big", runDateDiffBig},
-    {"ts_datepart", runDatePart},
-    {"ts_datename", runDateName},
-    {"ts_eomonth", runEndOfMonth},
-    {"ts_fromparts", runFromParts},
-    {"ts_isdate", runIsDate, Nulls::Reach},
-};
-
-constexpr ScalarFunction kSessionFunctions[] = {
-    {"ts_newid", runNewId, Nulls::GiveNull, Purity::Varying},
-    {"ts_session", runSession, Nulls::Reach, Purity::Varying},
+const FunctionInfo kFunctions[] = {
+    {"getdate", "=", TypeId::DateTime, runNow, Nulls::GiveNull, Purity::Varying},
+    {"current_timestamp", "=", TypeId::DateTime, runNow, Nulls::GiveNull, Purity::Varying},
+    {"getutcdate", "=", TypeId::DateTime, runNowUtc, Nulls::GiveNull, Purity::Varying},
+    {"sysdatetime", "=", TypeId::DateTime2, runNow, Nulls::GiveNull, Purity::Varying},
+    {"sysutcdatetime", "=", TypeId::DateTime2, runNowUtc, Nulls::GiveNull, Purity::Varying},
+    {"dateadd", "PIE=", dateSumType, runDateAdd},
+    {"datediff", "PDD", TypeId::Int, runDateDiff},
+    {"datediff_big", "PDD", TypeId::BigInt, runDateDiffBig},
+    {"datepart", "PD", TypeId::Int, runDatePart},
+    {"datename", "PD", nvarcharType(30), runDateName},
+    {"year", "D", TypeId::Int, runPart<DatePart::Year>},
+    {"month", "D", TypeId::Int, runPart<DatePart::Month>},
+    {"day", "D", TypeId::Int, runPart<DatePart::Day>},
+    {"eomonth", "D[I", TypeId::Date, runEndOfMonth},
+    {"datefromparts", "III=", TypeId::Date, runFromParts},
+    {"datetimefromparts", "IIIIIII=", TypeId::DateTime, runFromParts},
+    {"isdate", "T", TypeId::Int, runIsDate, Nulls::Reach},
 };
 
 }  // namespace
 
-std::span<const ScalarFunction> dateFunctions() {
-    return kDateFunctions;
-}
-std::span<const ScalarFunction> sessionFunctions() {
-    return kSessionFunctions;
+std::span<const FunctionInfo> dateFunctions() {
+    return kFunctions;
 }
 
 }  // namespace tsql

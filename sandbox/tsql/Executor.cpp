@@ -62,7 +62,6 @@ class Restored {
 Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid)
     : m_engine(engine), m_connection(engine.storage, engine.uses), m_login(login), m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
-    registerSessionFunctions(m_connection.handle(), *this);
     sqlite3_progress_handler(
         m_connection.handle(), kProgressSteps,
         [](void* self) { return static_cast<int>(static_cast<Executor*>(self)->isCancelled()); }, this);

@@ -91,6 +91,9 @@ class Executor final : public SessionFacts, public NameResolver {
 
     // SessionFacts
     Value sessionValue(SessionFunction function, std::span<const CellView> arguments) override;
+    Value variableValue(std::string_view name) override;
+    Value callFunction(std::string_view database, std::string_view name,
+                       std::span<const CellView> arguments) override;
     // NameResolver
     SqlType variableType(std::string_view name) override;
     TableInfo table(const ast::ObjectName& name) override;
@@ -99,10 +102,6 @@ class Executor final : public SessionFacts, public NameResolver {
     std::optional<StoredQuery> storedQuery(const ast::ObjectName& name, bool isFunction) override;
     void within(const StoredQuery& query, const std::function<void()>& work) override;
 
-    // For the functions that are registered in SQLite.
-    Value variableValue(std::string_view name);
-    Value callFunction(std::string_view database, std::string_view name, std::span<const CellView> arguments);
-    void setFunctionError(const SqlError& error) { m_functions.setError(error); }
     bool isCancelled() const { return m_sink && m_sink->cancelled(); }
 
   private:
@@ -317,8 +316,5 @@ class Executor final : public SessionFacts, public NameResolver {
     std::string m_identityInsert;  // full name of the table whose identity may be given
     int m_lockTimeout = -1;
 };
-
-// ts_variable, ts_call and ts_single of a session's connection.
-void registerSessionFunctions(sqlite3* connection, Executor& executor);
 
 }  // namespace tsql

@@ -25,6 +25,7 @@ class Call {
         return integer ? static_cast<double>(*integer) : std::get<double>(m_arguments[i]);
     }
     SqlType type(std::size_t i) const { return decodeType(integer(i)); }
+    SqlType resultType() const { return type(count() - 1); }
     DateTime dateTime(std::size_t i) const { return fromStorage(text(i)); }
 
   private:
@@ -51,19 +52,77 @@ class Arguments {
 enum class Nulls { GiveNull, Reach };  // a NULL argument is the result, or reaches the function
 enum class Purity { Pure, Varying };   // Pure: the same arguments give the same value
 
+// A function of SQLite.
 struct ScalarFunction {
-    const char* name;
+    std::string name;
     Value (*run)(const Call& call);
     Nulls nulls = Nulls::GiveNull;
     Purity purity = Purity::Pure;
 };
 
+using Pieces = std::span<const Typed>;
+
+// Always the same type, or one that depends on the arguments.
+class ResultType {
+  public:
+    using Rule = SqlType (*)(Pieces arguments);
+    ResultType(TypeId id) : m_fixed(simpleType(id)) {}
+    ResultType(const SqlType& type) : m_fixed(type) {}
+    ResultType(Rule rule) : m_rule(rule) {}
+    SqlType of(Pieces arguments) const { return m_rule ? m_rule(arguments) : m_fixed; }
+
+  private:
+    SqlType m_fixed;
+    Rule m_rule = nullptr;
+};
+
+struct FunctionInfo;
+using Writer = std::string (*)(const FunctionInfo& function, Pieces arguments, const SqlType& result);
+// ts_NAME(arguments)
+std::string writeOwn(const FunctionInfo& function, Pieces arguments, const SqlType& result);
+
+// A function of T-SQL. What it takes is a pattern:
+//   T text        other types are converted    I int, B bigint, F float
+//   S text or binary, as it is                  N number, text becomes float
+//   D date or time, text becomes datetime2(7), numbers datetime; E the same, but text becomes datetime, too
+//   P the bare name of a date part              A any type
+//   [ begins the optional ones                  * the last one may be repeated
+// and # hands the SQLite function the code of the type of the argument before it, = that of the result.
+struct FunctionInfo {
+    // One that SQLite has as ts_NAME.
+    FunctionInfo(std::string_view called, std::string_view takes, ResultType gives,
+                 Value (*runs)(const Call& call), Nulls nulls = Nulls::GiveNull, Purity purity = Purity::Pure)
+        : name(called),
+          arguments(takes),
+          result(gives),
+          scalar{"ts_" + std::string(called), runs, nulls, purity},
+          write(writeOwn) {}
+    // One that is written in terms of others; the arguments are converted already.
+    FunctionInfo(std::string_view called, std::string_view takes, ResultType gives, Writer writes,
+                 FunctionKind of = FunctionKind::Scalar)
+        : name(called), arguments(takes), result(gives), scalar{}, write(writes), kind(of) {}
+
+    std::string_view name;
+    std::string_view arguments;
+    ResultType result;
+    ScalarFunction scalar;
+    Writer write;
+    FunctionKind kind = FunctionKind::Scalar;
+};
+
+std::span<const FunctionInfo> textFunctions();
+std::span<const FunctionInfo> mathFunctions();
+std::span<const FunctionInfo> dateFunctions();
+std::span<const FunctionInfo> sessionFunctions();
+std::array<std::span<const FunctionInfo>, 5> allFunctions();
+// Those that T-SQL does not have; the translator writes their calls.
 std::span<const ScalarFunction> operatorFunctions();
-std::span<const ScalarFunction> textFunctions();
-std::span<const ScalarFunction> mathFunctions();
-std::span<const ScalarFunction> dateFunctions();
-std::span<const ScalarFunction> sessionFunctions();
+std::span<const ScalarFunction> queryFunctions();
 void registerAggregates(sqlite3* connection, FunctionContext& context);
+
+// ABS, ROUND, SUM ... work in int at least.
+SqlType numberType(Pieces arguments);
+SqlType sameAsFirst(Pieces arguments);
 
 // The error that an exception now being handled stands for goes to the context and to SQLite.
 void reportError(FunctionContext& context, struct sqlite3_context* call);

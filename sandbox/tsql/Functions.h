@@ -25,8 +25,8 @@ struct Typed {
     std::string sql;
     SqlType type;
     bool nullLiteral = false;  // the literal NULL: takes the type of its partner
-    std::optional<std::int64_t> integer =
-        {};                 // the value of an integer literal: lengths and styles come from it
+    // The value of an integer literal: lengths and styles come from it.
+    std::optional<std::int64_t> integer = {};
     std::string word = {};  // a bare name in place of a value: a date part, the * of COUNT(*)
     int chain = 0;          // operators in `sql` when it is one call of ts_arithmetic
 };
@@ -100,6 +100,10 @@ class SessionFacts {
   public:
     virtual ~SessionFacts() = default;
     virtual Value sessionValue(SessionFunction function, std::span<const CellView> arguments) = 0;
+    virtual Value variableValue(std::string_view name) = 0;
+    // A scalar function that T-SQL defines.
+    virtual Value callFunction(std::string_view database, std::string_view name,
+                               std::span<const CellView> arguments) = 0;
 };
 
 // The functions' side of one connection; must outlive it.

@@ -12,6 +12,16 @@
 namespace tsql {
 namespace {
 
+// CEILING, FLOOR: no digits after the point.
+SqlType wholeType(Pieces pieces) {
+    const SqlType type = numberType(pieces);
+    return type.id == TypeId::Decimal ? decimalType(type.precision, 0) : type;
+}
+SqlType powerType(Pieces pieces) {
+    const SqlType type = numberType(pieces);
+    return type.id == TypeId::Decimal ? decimalType(38, type.scale) : type;
+}
+
 // A float function outside of its domain.
 double checked(double result) {
     if (std::isnan(result)) throw sqlError(3623);
@@ -76,13 +86,15 @@ Value runRound(const Call& call) {
     return convertValue(static_cast<std::int64_t>(result), simpleType(TypeId::BigInt), atLeastInt);
 }
 
-// (base, exponent, result type)
+// (base, type, exponent, result type)
 Value runPower(const Call& call) {
-    const double result = checked(std::pow(call.real(0), call.real(1)));
+    const SqlType real = simpleType(TypeId::Float);
+    const Value base = convertValue(call[0], call.type(1), real);
+    const double result = checked(std::pow(std::get<double>(base), call.real(2)));
     try {
-        return convertValue(result, simpleType(TypeId::Float), call.type(2));
+        return convertValue(result, real, call.resultType());
     } catch (const SqlError&) {
-        overflow(call.type(2));
+        overflow(call.resultType());
     }
 }
 
@@ -118,35 +130,35 @@ Value runIsNumeric(const Call& call) {
     return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
 }
 
-constexpr ScalarFunction kFunctions[] = {
-    {"ts_abs", runAbs},
-    {"ts_sign", runSign},
-    {"ts_ceiling", runWhole<true>},
-    {"ts_floor", runWhole<false>},
-    {"ts_round", runRound},
-    {"ts_power", runPower},
-    {"ts_log", runLog},
-    {"ts_log10", runLog10},
-    {"ts_atn2", runAtn2},
-    {"ts_sqrt", runFloat<std::sqrt>},
-    {"ts_exp", runFloat<std::exp>},
-    {"ts_square", runFloat<[](double x) { return x * x; }>},
-    {"ts_sin", runFloat<std::sin>},
-    {"ts_cos", runFloat<std::cos>},
-    {"ts_tan", runFloat<std::tan>},
-    {"ts_cot", runFloat<[](double x) { return 1 / std::tan(x); }>},
-    {"ts_asin", runFloat<std::asin>},
-    {"ts_acos", runFloat<std::acos>},
-    {"ts_atan", runFloat<std::atan>},
-    {"ts_degrees", runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
-    {"ts_radians", runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
-    {"ts_rand", runRand, Nulls::GiveNull, Purity::Varying},
-    {"ts_isnumeric", runIsNumeric, Nulls::Reach},
+const FunctionInfo kFunctions[] = {
+    {"abs", "N=", numberType, runAbs},
+    {"sign", "N=", numberType, runSign},
+    {"ceiling", "N#", wholeType, runWhole<true>},
+    {"floor", "N#", wholeType, runWhole<false>},
+    {"round", "N#I[I", numberType, runRound},
+    {"power", "N#F=", powerType, runPower},
+    {"log", "F[F", TypeId::Float, runLog},
+    {"log10", "F", TypeId::Float, runLog10},
+    {"atn2", "FF", TypeId::Float, runAtn2},
+    {"sqrt", "F", TypeId::Float, runFloat<std::sqrt>},
+    {"exp", "F", TypeId::Float, runFloat<std::exp>},
+    {"square", "F", TypeId::Float, runFloat<[](double x) { return x * x; }>},
+    {"sin", "F", TypeId::Float, runFloat<std::sin>},
+    {"cos", "F", TypeId::Float, runFloat<std::cos>},
+    {"tan", "F", TypeId::Float, runFloat<std::tan>},
+    {"cot", "F", TypeId::Float, runFloat<[](double x) { return 1 / std::tan(x); }>},
+    {"asin", "F", TypeId::Float, runFloat<std::asin>},
+    {"acos", "F", TypeId::Float, runFloat<std::acos>},
+    {"atan", "F", TypeId::Float, runFloat<std::atan>},
+    {"degrees", "F", TypeId::Float, runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
+    {"radians", "F", TypeId::Float, runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
+    {"rand", "[I", TypeId::Float, runRand, Nulls::GiveNull, Purity::Varying},
+    {"isnumeric", "A#", TypeId::Int, runIsNumeric, Nulls::Reach},
 };
 
 }  // namespace
 
-std::span<const ScalarFunction> mathFunctions() {
+std::span<const FunctionInfo> mathFunctions() {
     return kFunctions;
 }
 

@@ -53,9 +53,12 @@ constexpr MessageText kMessages[] = {
      "clause or a select list, and the column being aggregated is an outer reference."},
     {148, 15, 1, "Incorrect time syntax in time string '%s' used with WAITFOR."},
     {154, 15, 1, "%s is not allowed in %s."},
+    {155, 15, 1, "'%s' is not a recognized %s option."},
     {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
     {166, 15, 1,
      "'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name."},
+    {174, 15, 1, "The %s function requires %s argument(s)."},
+    {189, 15, 1, "The %s function requires %s to %s arguments."},
     {191, 15, 1,
      "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller "
      "queries."},
@@ -110,6 +113,7 @@ constexpr MessageText kMessages[] = {
     {535, 16, 1,
      "The datediff function resulted in an overflow. The number of dateparts separating two date/time "
      "instances is too large. Try to use datediff with a less precise datepart."},
+    {537, 16, 1, "Invalid length parameter passed to the %s function."},
     {544, 16, 1,
      "Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF."},
     {547, 16, 0,
@@ -278,7 +282,7 @@ constexpr MessageText kMessages[] = {
     {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%s'."},
     {8114, 16, 1, "Error converting data type %s to %s."},
     {8115, 16, 1, "Arithmetic overflow error converting %s to data type %s."},
-    {8116, 16, 1, "An argument has a data type that the function does not take."},
+    {8116, 16, 1, "Argument data type %s is invalid for argument %s of %s function."},
     {8117, 16, 1, "Operand data type %s is invalid for %s operator."},
     {8120, 16, 1,
      "Column '%s' is invalid in the select list because it is not contained in either an aggregate function "

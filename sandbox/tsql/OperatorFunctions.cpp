@@ -59,7 +59,7 @@ Value runLike(const Call& call) {
     return std::int64_t{matchesLike(call.text(0), call.text(1), escape)};
 }
 
-constexpr ScalarFunction kFunctions[] = {
+const ScalarFunction kFunctions[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
     {"ts_assign", runAssign, Nulls::Reach},

@@ -32,7 +32,7 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
 
 void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarFunction& function) {
     const int flags = SQLITE_UTF8 | (function.purity == Purity::Pure ? SQLITE_DETERMINISTIC : 0);
-    const int code = sqlite3_create_function_v2(connection, function.name, -1, flags,
+    const int code = sqlite3_create_function_v2(connection, function.name.c_str(), -1, flags,
                                                 new Binding{context, function}, callScalar, nullptr, nullptr,
                                                 [](void* binding) { delete static_cast<Binding*>(binding); });
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
@@ -86,11 +86,10 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
         sqlite3_result_error(call, error.what(), -1);
     } catch (const std::bad_alloc&) {
         sqlite3_result_error_nomem(call);
-    } catch (const std::bad_variant_access&) {
-        context.setError(sqlError(8116));
-        sqlite3_result_error(call, "argument of a wrong type", -1);
     } catch (const std::exception& error) {
         sqlite3_result_error(call, error.what(), -1);
+    } catch (...) {  // a function that T-SQL defines ends the batch
+        sqlite3_result_error_code(call, SQLITE_INTERRUPT);
     }
 }
 
@@ -115,9 +114,11 @@ std::optional<SqlError> FunctionContext::takeError() {
 }
 
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
-    for (const auto functions :
-         {operatorFunctions(), textFunctions(), mathFunctions(), dateFunctions(), sessionFunctions()})
+    for (const auto functions : {operatorFunctions(), queryFunctions()})
         for (const ScalarFunction& function : functions) registerScalar(connection, context, function);
+    for (const auto& functions : allFunctions())
+        for (const FunctionInfo& function : functions)
+            if (function.scalar.run) registerScalar(connection, context, function.scalar);
     registerAggregates(connection, context);
     const std::string name(kCollation);
     if (sqlite3_create_collation(connection, name.c_str(), SQLITE_UTF8, nullptr, collate) != SQLITE_OK)

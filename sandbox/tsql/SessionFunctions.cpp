@@ -1,131 +1,73 @@
-// The functions of SQLite that reach back into the session: live variables, calls of T-SQL functions, and the
-// guard over subqueries that must give one value.
-#include <new>
+// T-SQL's functions that ask the session or the server, as SQLite functions.
+#include <sodium.h>
 
-#include "Executor.h"
+#include <array>
+
 #include "FunctionImpl.h"
-#include "Messages.h"
 
 namespace tsql {
 namespace {
 
-Executor& executorOf(sqlite3_context* context) {
-    return *static_cast<Executor*>(sqlite3_user_data(context));
+template <SessionFunction function>
+Value runSession(const Call& call) {
+    return call.context().facts().sessionValue(function, call.arguments());
 }
 
-// Nothing thrown may pass through SQLite: the error waits in the session.
-template <typename Work>
-void guarded(sqlite3_context* context, Work work) {
-    try {
-        giveResult(context, work());
-    } catch (const SqlError& error) {
-        executorOf(context).setFunctionError(error);
-        sqlite3_result_error(context, error.what(), -1);
-    } catch (const BatchEnd&) {
-        sqlite3_result_error_code(context, SQLITE_INTERRUPT);
-    } catch (const std::bad_alloc&) {
-        sqlite3_result_error_nomem(context);
-    }
+// A random (version 4) identifier.
+Value runNewId(const Call&) {
+    std::array<std::byte, 16> bytes{};
+    randombytes_buf(bytes.data(), bytes.size());
+    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
+    bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
+    SqlType binary = simpleType(TypeId::Binary);
+    binary.length = 16;
+    return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
-void variable(sqlite3_context* context, int, sqlite3_value** arguments) {
-    guarded(context, [&] {
-        return executorOf(context).variableValue(std::get<std::string_view>(viewOf(arguments[0])));
-    });
-}
+using S = SessionFunction;
+const SqlType kName = nvarcharType(128);
+constexpr auto kReach = Nulls::Reach;
+constexpr auto kVarying = Purity::Varying;
 
-void call(sqlite3_context* context, int count, sqlite3_value** arguments) {
-    guarded(context, [&] {
-        const Arguments given(count, arguments);
-        const auto views = given.views();
-        return executorOf(context).callFunction(std::get<std::string_view>(views[0]),
-                                                std::get<std::string_view>(views[1]), views.subspan(2));
-    });
-}
-
-struct Single {
-    sqlite3_value* value;
+const FunctionInfo kFunctions[] = {
+    {"newid", "", TypeId::UniqueIdentifier, runNewId, kReach, kVarying},
+    {"db_name", "[I", kName, runSession<S::DbName>, kReach, kVarying},
+    {"db_id", "[T", TypeId::Int, runSession<S::DbId>, kReach, kVarying},
+    {"object_id", "T[T", TypeId::Int, runSession<S::ObjectId>, kReach, kVarying},
+    {"object_name", "I", kName, runSession<S::ObjectName>, kReach, kVarying},
+    {"objectproperty", "IT", TypeId::Int, runSession<S::ObjectProperty>, kReach, kVarying},
+    {"col_length", "TT", TypeId::SmallInt, runSession<S::ColLength>, kReach, kVarying},
+    {"schema_name", "[I", kName, runSession<S::SchemaName>, kReach, kVarying},
+    {"user_name", "[I", kName, runSession<S::UserName>, kReach, kVarying},
+    {"current_user", "", kName, runSession<S::UserName>, kReach, kVarying},
+    {"session_user", "", kName, runSession<S::UserName>, kReach, kVarying},
+    {"user", "", kName, runSession<S::UserName>, kReach, kVarying},
+    {"suser_sname", "[A", kName, runSession<S::LoginName>, kReach, kVarying},
+    {"suser_name", "[A", kName, runSession<S::LoginName>, kReach, kVarying},
+    {"system_user", "", kName, runSession<S::LoginName>, kReach, kVarying},
+    {"original_login", "", kName, runSession<S::LoginName>, kReach, kVarying},
+    {"host_name", "", kName, runSession<S::HostName>, kReach, kVarying},
+    {"app_name", "", kName, runSession<S::AppName>, kReach, kVarying},
+    {"serverproperty", "T", kName, runSession<S::ServerProperty>, kReach, kVarying},
+    {"databasepropertyex", "TT", kName, runSession<S::DatabaseProperty>, kReach, kVarying},
+    {"is_srvrolemember", "T[T", TypeId::Int, runSession<S::IsServerRoleMember>, kReach, kVarying},
+    {"is_member", "T", TypeId::Int, runSession<S::IsServerRoleMember>, kReach, kVarying},
+    {"scope_identity", "", decimalType(38, 0), runSession<S::ScopeIdentity>, kReach, kVarying},
+    {"ident_current", "T", decimalType(38, 0), runSession<S::IdentCurrent>, kReach, kVarying},
+    {"error_number", "", TypeId::Int, runSession<S::ErrorNumber>, kReach, kVarying},
+    {"error_severity", "", TypeId::Int, runSession<S::ErrorSeverity>, kReach, kVarying},
+    {"error_state", "", TypeId::Int, runSession<S::ErrorState>, kReach, kVarying},
+    {"error_line", "", TypeId::Int, runSession<S::ErrorLine>, kReach, kVarying},
+    {"error_procedure", "", kName, runSession<S::ErrorProcedure>, kReach, kVarying},
+    {"error_message", "", nvarcharType(4000), runSession<S::ErrorMessage>, kReach, kVarying},
+    {"cursor_status", "TT", TypeId::SmallInt, runSession<S::CursorStatus>, kReach, kVarying},
+    {"xact_state", "", TypeId::SmallInt, runSession<S::XactState>, kReach, kVarying},
 };
-
-void singleStep(sqlite3_context* context, int, sqlite3_value** arguments) {
-    auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
-    if (!single) return sqlite3_result_error_nomem(context);
-    if (!single->value) {
-        single->value = sqlite3_value_dup(arguments[0]);
-        return;
-    }
-    const SqlError error = sqlError(512);
-    executorOf(context).setFunctionError(error);
-    sqlite3_result_error(context, error.what(), -1);
-}
-
-void singleFinal(sqlite3_context* context) {
-    auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, 0));
-    if (!single || !single->value) return;
-    sqlite3_result_value(context, single->value);
-    sqlite3_value_free(single->value);
-}
-
-// What the system's views tell of a type, given by its code.
-using TypeFact = Value (*)(const SqlType&);
-void typeFact(sqlite3_context* context, int, sqlite3_value** arguments) {
-    const TypeFact fact = *static_cast<const TypeFact*>(sqlite3_user_data(context));
-    giveResult(context, fact(decodeType(sqlite3_value_int64(arguments[0]))));
-}
-
-// sys.types.system_type_id, in the order of TypeId.
-constexpr int kSystemTypeIds[] = {104, 48, 52, 56,  127, 106, 122, 60, 59, 62, 175, 167, 239,
-                                  231, 35, 99, 241, 40,  41,  61,  58, 42, 36, 173, 165, 34};
-
-std::string familyOf(const SqlType& type) {
-    return isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
-           : isText(type.id)     ? "t"
-           : isDateTime(type.id) ? "d"
-                                 : "";
-}
-
-Value charactersOf(const SqlType& type) {
-    constexpr std::int64_t kLongest = 2'147'483'647;
-    if (!isText(type.id) && !isBinary(type.id)) return Null{};
-    if (type.id == TypeId::Text || type.id == TypeId::Image) return kLongest;
-    if (type.id == TypeId::NText) return kLongest / 2;
-    return std::int64_t{type.id == TypeId::Xml ? SqlType::kMax : type.length};
-}
-
-// What sys.columns has as precision: of a date or time, the characters of its text.
-std::int64_t digitsOf(const SqlType& type) {
-    constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kReal = 24, kFloat = 53;
-    const int point = type.scale ? type.scale + 1 : 0;
-    if (type.id == TypeId::Date) return kDate;
-    if (type.id == TypeId::Time) return kSeconds - kDate - 1 + point;
-    if (type.id == TypeId::SmallDateTime) return kMinutes;
-    if (isDateTime(type.id)) return kSeconds + point;
-    if (isApproximate(type.id)) return type.id == TypeId::Real ? kReal : kFloat;
-    return isExact(type.id) ? precisionOf(type) : 0;
-}
 
 }  // namespace
 
-void registerSessionFunctions(sqlite3* connection, Executor& executor) {
-    constexpr int kFlags = SQLITE_UTF8;
-    static constexpr std::pair<const char*, TypeFact> kTypeFacts[] = {
-        {"ts_type_name", [](const SqlType& type) { return Value(std::string(baseName(type.id))); }},
-        {"ts_type_id",
-         [](const SqlType& type) { return Value(std::int64_t{kSystemTypeIds[static_cast<int>(type.id)]}); }},
-        {"ts_type_family", [](const SqlType& type) { return Value(familyOf(type)); }},
-        {"ts_type_length", [](const SqlType& type) { return Value(std::int64_t{maxLength(type)}); }},
-        {"ts_type_characters", charactersOf},
-        {"ts_type_precision", [](const SqlType& type) { return Value(digitsOf(type)); }},
-        {"ts_type_scale", [](const SqlType& type) { return Value(std::int64_t{type.scale}); }},
-    };
-    for (const auto& [name, fact] : kTypeFacts)
-        sqlite3_create_function_v2(connection, name, 1, kFlags | SQLITE_DETERMINISTIC,
-                                   const_cast<TypeFact*>(&fact), typeFact, nullptr, nullptr, nullptr);
-    sqlite3_create_function_v2(connection, "ts_variable", 1, kFlags, &executor, variable, nullptr, nullptr,
-                               nullptr);
-    sqlite3_create_function_v2(connection, "ts_call", -1, kFlags, &executor, call, nullptr, nullptr, nullptr);
-    sqlite3_create_function_v2(connection, "ts_single", 1, kFlags, &executor, nullptr, singleStep,
-                               singleFinal, nullptr);
+std::span<const FunctionInfo> sessionFunctions() {
+    return kFunctions;
 }
 
 }  // namespace tsql

@@ -10,14 +10,63 @@
 namespace tsql {
 namespace {
 
-constexpr std::size_t kMaxRepeated = 8000;  // REPLICATE and SPACE stop here, as in SQL Server
+constexpr std::size_t kMaxRepeated = 8000;  // SPACE and STR stop here, as in SQL Server
 
-[[noreturn]] void invalidLength(std::string_view function) {
-    throw SqlError(537, "Invalid length parameter passed to the " + std::string(function) + " function.");
+// --- what they give
+
+// Text of varying length in the first argument's kind.
+SqlType varying(const SqlType& type, int length) {
+    if (isBinary(type.id)) return {TypeId::VarBinary, length > 8000 ? SqlType::kMax : length, 0, 0};
+    return isNational(type.id) ? nvarcharType(length) : varcharType(length);
+}
+int lengthOf(const SqlType& type) {
+    return type.length <= 0 ? SqlType::kMax : type.length;
 }
 
+SqlType sameText(Pieces pieces) {
+    return varying(pieces[0].type, lengthOf(pieces[0].type));
+}
+
+// A part of a text: as long as a literal length says.
+SqlType partOfText(Pieces pieces) {
+    const int whole = lengthOf(pieces[0].type);
+    const auto literal = pieces.back().integer;
+    const bool shorter =
+        literal && *literal >= 0 && *literal <= 8000 && (whole == SqlType::kMax || *literal < whole);
+    return varying(pieces[0].type, shorter ? std::max(1, static_cast<int>(*literal)) : whole);
+}
+
+// REPLACE, STUFF, REPLICATE: 8000 bytes, or (max) when the first argument is.
+SqlType grownText(Pieces pieces) {
+    const SqlType& type = pieces[0].type;
+    if (type.length <= 0) return varying(type, SqlType::kMax);
+    return varying(type, isNational(type.id) ? 4000 : 8000);
+}
+
+// All of them together.
+SqlType joinedText(Pieces pieces) {
+    bool wide = false;
+    int length = 0;
+    for (const Typed& piece : pieces) {
+        wide = wide || isNational(piece.type.id);
+        length = length < 0 || piece.type.length <= 0 ? SqlType::kMax : length + piece.type.length;
+    }
+    return wide ? nvarcharType(std::min(length, 4000)) : varcharType(std::min(length, 8000));
+}
+
+SqlType strText(Pieces pieces) {
+    const auto length = pieces.size() > 1 ? pieces[1].integer.value_or(10) : 10;
+    return varcharType(static_cast<int>(std::clamp<std::int64_t>(length, 1, 8000)));
+}
+
+SqlType countType(Pieces pieces) {
+    return simpleType(pieces[0].type.length < 0 ? TypeId::BigInt : TypeId::Int);
+}
+
+// --- what they do
+
 std::size_t lengthArgument(const Call& call, std::size_t i, std::string_view function) {
-    if (call.integer(i) < 0) invalidLength(function);
+    if (call.integer(i) < 0) throw sqlError(537, {function});
     return static_cast<std::size_t>(call.integer(i));
 }
 
@@ -36,7 +85,7 @@ Value runDataLength(const Call& call) {
 
 template <typename View, typename Cut>
 Value substring(View source, std::int64_t start, std::int64_t length, Cut cut) {
-    if (length < 0) invalidLength("SUBSTRING");
+    if (length < 0) throw sqlError(537, {"SUBSTRING"});
     const std::int64_t size = static_cast<std::int64_t>(source.size());
     const std::int64_t first = std::clamp<std::int64_t>(start - 1, 0, size);
     const std::int64_t end =
@@ -138,10 +187,13 @@ std::string repeated(std::string_view text, std::int64_t count, std::size_t limi
     return result;
 }
 
-// (text, count, characters at most)
+// (text, count, result type)
 Value runReplicate(const Call& call) {
+    constexpr std::size_t kMostOfMax = 100'000'000;  // where SQL Server goes on to 2 GB
     if (call.integer(1) < 0) return Null{};
-    return repeated(call.text(0), call.integer(1), static_cast<std::size_t>(call.integer(2)));
+    const int length = call.resultType().length;
+    return repeated(call.text(0), call.integer(1),
+                    length == SqlType::kMax ? kMostOfMax : static_cast<std::size_t>(length));
 }
 
 Value runSpace(const Call& call) {
@@ -196,6 +248,14 @@ Value runStr(const Call& call) {
     return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
+// CONCAT: NULL counts as the empty text.
+std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType&) {
+    std::string sql = "(";
+    for (const Typed& piece : pieces)
+        sql.append(sql.size() > 1 ? "||" : "").append("ifnull(" + piece.sql + ",'')");
+    return sql + ")";
+}
+
 // (separator, text...): NULLs are left out
 Value runConcatWs(const Call& call) {
     const std::string_view separator = isNull(call[0]) ? std::string_view{} : call.text(0);
@@ -210,98 +270,6 @@ Value runConcatWs(const Call& call) {
     return result;
 }
 
-// (text, separator): the pieces as a JSON array, which SQLite makes rows of
-Value runSplit(const Call& call) {
-    if (characterCount(call.text(1)) != 1) throw sqlError(214, {"separator", "nchar(1)/nvarchar(1)"});
-    constexpr std::string_view kHex = "0123456789abcdef";
-    std::string result = "[\"";
-    for (std::string_view rest = call.text(0); !rest.empty();) {
-        if (rest.starts_with(call.text(1))) {
-            result += "\",\"";
-            rest.remove_prefix(call.text(1).size());
-            continue;
-        }
-        const auto c = static_cast<unsigned char>(rest.front());
-        if (c < ' ' || c == '"' || c == '\\')
-            result.append("\\u00").append({kHex[c >> 4U], kHex[c & 15U]});
-        else
-            result += rest.front();
-        rest.remove_prefix(1);
-    }
-    return result + "\"]";
-}
-
-// How a value of the type is converted to its XML text.
-int xmlStyle(const SqlType& type) {
-    constexpr int kIso8601 = 126, kSixteenDigits = 2, kEightDigits = 1, kFourDecimals = 2;
-    if (isDateTime(type.id)) return kIso8601;
-    if (isMoney(type.id)) return kFourDecimals;
-    if (type.id == TypeId::Real) return kEightDigits;
-    return type.id == TypeId::Float ? kSixteenDigits : kNoStyle;
-}
-
-// (value, type, whether in an attribute)
-Value runXml(const Call& call) {
-    const SqlType type = call.type(1);
-    Value value = convertValue(call[0], type, nvarcharType(SqlType::kMax), xmlStyle(type));
-    if (type.id == TypeId::Xml) return value;
-    const bool attribute = call.integer(2) != 0;
-    std::string result;
-    for (const char c : std::get<std::string>(value)) {
-        const auto code = static_cast<unsigned char>(c);
-        const bool space = c == '\n' || c == '\t';
-        if (c == '&')
-            result += "&amp;";
-        else if (c == '<')
-            result += "&lt;";
-        else if (c == '>')
-            result += "&gt;";
-        else if (c == '"' && attribute)
-            result += "&quot;";
-        else if (code < ' ' && (attribute || !space))
-            result.append("&#x").append(code < 16 ? "0" : "1").append(1, "0123456789ABCDEF"[code & 15U]) +=
-                ';';
-        else
-            result += c;
-    }
-    return result;
-}
-
-// (xml, whether its elements' text counts): the text of xml
-Value runXmlValue(const Call& call) {
-    constexpr std::pair<std::string_view, char> kEntities[] = {
-        {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&#x0D;", '\r'}};
-    std::string result;
-    for (std::string_view rest = call.text(0); !rest.empty();) {
-        if (rest.front() == '<') {
-            if (call.integer(1) == 0) throw unsupported(".value('text()[1]', ...) of xml with elements");
-            rest.remove_prefix(std::min(rest.find('>'), rest.size() - 1) + 1);
-            continue;
-        }
-        std::size_t taken = 1;
-        char c = rest.front();
-        for (const auto& [entity, stands] : kEntities)
-            if (rest.starts_with(entity)) taken = entity.size(), c = stands;
-        result += c;
-        rest.remove_prefix(taken);
-    }
-    return result;
-}
-
-// (depth, most): one deeper; 0: without a bound
-Value runDeeper(const Call& call) {
-    if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
-        throw sqlError(530, {std::to_string(call.integer(1))});
-    return call.integer(0) + 1;
-}
-
-// (rows asked for, least, error)
-Value runRows(const Call& call) {
-    if (isNull(call[0])) throw sqlError(1060);
-    if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
-    return call.integer(0);
-}
-
 Value runQuoteName(const Call& call) {
     constexpr std::string_view kQuotes = "[]()<>{}''\"\"``";
     const char wanted = call.count() > 1 && !call.text(1).empty() ? call.text(1)[0] : '[';
@@ -313,40 +281,37 @@ Value runQuoteName(const Call& call) {
     return result += right;
 }
 
-constexpr ScalarFunction kFunctions[] = {
-    {"ts_len", runLen},
-    {"ts_datalength", runDataLength},
-    {"ts_substring", runSubstring},
-    {"ts_left", runLeft},
-    {"ts_right", runRight},
-    {"ts_upper", runUpper},
-    {"ts_lower", runLower},
-    {"ts_ltrim", runLTrim},
-    {"ts_rtrim", runRTrim},
-    {"ts_trim", runTrim},
-    {"ts_replace", runReplace},
-    {"ts_stuff", runStuff, Nulls::Reach},
-    {"ts_charindex", runCharIndex},
-    {"ts_patindex", runPatIndex},
-    {"ts_replicate", runReplicate},
-    {"ts_space", runSpace},
-    {"ts_reverse", runReverse},
-    {"ts_char", runCharacter<255>},
-    {"ts_nchar", runCharacter<0x10FFFF>},
-    {"ts_unicode", runUnicode},
-    {"ts_str", runStr},
-    {"ts_concat_ws", runConcatWs, Nulls::Reach},
-    {"ts_split", runSplit},
-    {"ts_xml", runXml},
-    {"ts_xml_value", runXmlValue},
-    {"ts_deeper", runDeeper},
-    {"ts_rows", runRows, Nulls::Reach},
-    {"ts_quotename", runQuoteName},
+const FunctionInfo kFunctions[] = {
+    {"len", "T", countType, runLen},
+    {"datalength", "A#", countType, runDataLength},
+    {"substring", "SII", partOfText, runSubstring},
+    {"left", "TI", partOfText, runLeft},
+    {"right", "TI", partOfText, runRight},
+    {"upper", "T", sameText, runUpper},
+    {"lower", "T", sameText, runLower},
+    {"ltrim", "T", sameText, runLTrim},
+    {"rtrim", "T", sameText, runRTrim},
+    {"trim", "T", sameText, runTrim},
+    {"replace", "TTT", grownText, runReplace},
+    {"stuff", "TIIT", grownText, runStuff, Nulls::Reach},
+    {"charindex", "TT[I", TypeId::Int, runCharIndex},
+    {"patindex", "TT", TypeId::Int, runPatIndex},
+    {"replicate", "TI=", grownText, runReplicate},
+    {"space", "I", varcharType(8000), runSpace},
+    {"reverse", "T", sameText, runReverse},
+    {"char", "I", SqlType{TypeId::Char, 1, 0, 0}, runCharacter<255>},
+    {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runCharacter<0x10FFFF>},
+    {"ascii", "T", TypeId::Int, runUnicode},
+    {"unicode", "T", TypeId::Int, runUnicode},
+    {"str", "F[II", strText, runStr},
+    {"concat", "TT*", joinedText, writeConcat},
+    {"concat_ws", "TTT*", joinedText, runConcatWs, Nulls::Reach},
+    {"quotename", "T[T", nvarcharType(258), runQuoteName},
 };
 
 }  // namespace
 
-std::span<const ScalarFunction> textFunctions() {
+std::span<const FunctionInfo> textFunctions() {
     return kFunctions;
 }
 

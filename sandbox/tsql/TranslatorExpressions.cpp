@@ -252,7 +252,7 @@ Typed Translator::node(const ScalarQuery& scalar) {
 // More than one row is an error, where SQLite would take the first.
 std::string Translator::singleValue(const QueryText& text) {
     if (text.oneRow) return "(" + text.sql + ")";
-    return "(SELECT ts_single(" + text.columns.front().alias + ") FROM (" + text.sql + "))";
+    return "(SELECT ts_single(count(*), " + text.columns.front().alias + ") FROM (" + text.sql + "))";
 }
 
 std::string Translator::test(const Compare& compare) {

@@ -56,6 +56,10 @@ class FunctionBench : private tsql::SessionFacts {
     tsql::Value sessionValue(tsql::SessionFunction, std::span<const tsql::CellView> arguments) override {
         return static_cast<std::int64_t>(arguments.size());
     }
+    tsql::Value variableValue(std::string_view) override { return tsql::Null{}; }
+    tsql::Value callFunction(std::string_view, std::string_view, std::span<const tsql::CellView>) override {
+        return tsql::Null{};
+    }
 
     tsql::FunctionContext m_context;
     tsql::SqliteConnection m_connection;
