@@ -8,25 +8,22 @@
 namespace tsql {
 namespace {
 
-// %s stands for the schema.
+// $ stands for the schema.
 constexpr std::string_view kTables[] = {
-    "CREATE TABLE IF NOT EXISTS %s.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
+    "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
     "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
     "keys TEXT NOT NULL, created TEXT NOT NULL, source TEXT NOT NULL)",
-    "CREATE TABLE IF NOT EXISTS %s.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, "
+    "CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, "
     "name TEXT NOT NULL COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, "
     "identity INTEGER NOT NULL, fallback TEXT NOT NULL, output INTEGER NOT NULL, PRIMARY KEY (object, "
     "ordinal))",
-    "CREATE INDEX IF NOT EXISTS %s.tsqlbox_objects_name ON tsqlbox_objects (name)",
+    "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
 };
 
-std::string withSchema(std::string_view text, std::string_view schema) {
-    std::string sql(text);
-    return sql.replace(sql.find("%s"), 2, schema);
-}
-
-bool isKind(std::string_view type, std::initializer_list<std::string_view> types) {
-    return std::find(types.begin(), types.end(), type) != types.end();
+std::string inSchema(std::string_view text, std::string_view schema) {
+    std::string sql;
+    for (const char c : text) c == '$' ? sql.append(schema) : sql.append(1, c);
+    return sql;
 }
 
 }  // namespace
@@ -56,55 +53,74 @@ Catalogue::Catalogue(Connection& connection, std::string database, std::string s
             return;
         }
     }
-    for (const auto table : kTables) m_connection.run(withSchema(table, m_schema));
+    for (const auto table : kTables) run(table);
 }
 
-std::optional<ObjectInfo> Catalogue::findObject(const std::string& where, const Value& value) const {
-    PreparedStatement query(m_connection, "SELECT id, name, type, source FROM " + m_schema +
-                                              ".tsqlbox_objects WHERE type <> 'IX' AND " + where +
-                                              " ORDER BY id DESC LIMIT 1");
+void Catalogue::run(std::string_view sql, std::span<const Value> values) {
+    m_connection.run(inSchema(sql, m_schema), values);
+}
+
+std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value& value) const {
+    PreparedStatement query(
+        m_connection,
+        inSchema("SELECT o.id, o.name, o.type, o.parent, o.stored, o.keys, o.source, t.name FROM "
+                 "$.tsqlbox_objects o LEFT JOIN $.tsqlbox_objects t ON t.id = o.parent WHERE " +
+                     where + " ORDER BY o.id",
+                 m_schema));
     query.bind(1, viewOf(value));
-    if (!query.step()) return std::nullopt;
-    return ObjectInfo{query.integer(0), query.text(1), query.text(2), query.text(3)};
+    std::vector<ObjectInfo> found;
+    while (query.step())
+        found.push_back({query.integer(0), query.text(1), query.text(2), query.integer(3), query.text(4),
+                         query.text(5), query.text(6), query.text(7)});
+    return found;
+}
+
+std::optional<ObjectInfo> Catalogue::latest(const std::string& where, const Value& value) const {
+    auto found = objects(where, value);
+    return found.empty() ? std::nullopt : std::optional(std::move(found.back()));
 }
 
 std::optional<ObjectInfo> Catalogue::find(std::string_view name) const {
-    return findObject("name = ?1", Value(std::string(name)));
+    return latest("o.name = ?1 AND o.type <> 'IX'", std::string(name));
 }
 
 std::optional<ObjectInfo> Catalogue::findById(std::int64_t id) const {
-    return findObject("id = ?1", Value(id));
+    return latest("o.id = ?1 AND o.type <> 'IX'", id);
 }
 
-std::optional<ObjectInfo> Catalogue::index(std::int64_t table, std::string_view name) const {
-    PreparedStatement query(m_connection,
-                            "SELECT id, stored, type FROM " + m_schema +
-                                ".tsqlbox_objects WHERE type = 'IX' AND parent = ?1 AND name = ?2");
-    query.bind(1, table);
-    query.bind(2, name);
-    if (!query.step()) return std::nullopt;
-    return ObjectInfo{query.integer(0), query.text(1), query.text(2), {}};
+TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
+    return {object.id, m_database,    object.name,
+            m_schema,  object.stored, object.columns.empty() ? 1 : std::stoll(object.columns),
+            {}};
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view name) const {
-    TableInfo info;
-    {
-        PreparedStatement query(m_connection, "SELECT id, name, stored, keys FROM " + m_schema +
-                                                  ".tsqlbox_objects WHERE name = ?1 AND type = 'U' "
-                                                  "ORDER BY id DESC LIMIT 1");
-        query.bind(1, name);
-        if (!query.step()) return std::nullopt;
-        info = {query.integer(0), m_database, query.text(1), m_schema, query.text(2), 1, {}};
-        if (const std::string seed = query.text(3); !seed.empty()) info.seed = std::stoll(seed);
-    }
+    const auto found = latest("o.name = ?1 AND o.type = 'U'", std::string(name));
+    if (!found) return std::nullopt;
+    TableInfo info = tableOf(*found);
     info.columns = columns(info.id);
     return info;
 }
 
+std::vector<TableInfo> Catalogue::tablesAfter(std::int64_t id) const {
+    std::vector<TableInfo> tables;
+    for (const auto& object : objects("o.id > ?1 AND o.type = 'U'", id)) tables.push_back(tableOf(object));
+    return tables;
+}
+
+std::vector<ObjectInfo> Catalogue::keysOf(std::int64_t table) const {
+    return objects("o.parent = ?1", table);
+}
+
+std::vector<ObjectInfo> Catalogue::keysTo(std::string_view table) const {
+    return objects("o.type = 'F' AND o.stored = ?1 COLLATE NOCASE", std::string(table));
+}
+
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
-    PreparedStatement query(m_connection, "SELECT name, type, nullable, identity, fallback, output FROM " +
-                                              m_schema +
-                                              ".tsqlbox_columns WHERE object = ?1 ORDER BY ordinal");
+    PreparedStatement query(m_connection,
+                            inSchema("SELECT name, type, nullable, identity, fallback, output FROM "
+                                     "$.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
+                                     m_schema));
     query.bind(1, object);
     std::vector<TableColumn> columns;
     while (query.step())
@@ -113,82 +129,32 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     return columns;
 }
 
-std::vector<KeyInfo> Catalogue::keys(const std::string& where, std::span<const Value> values) const {
-    PreparedStatement query(
-        m_connection, "SELECT k.id, k.name, k.type, k.keys, k.source, k.stored, t.name FROM " + m_schema +
-                          ".tsqlbox_objects k JOIN " + m_schema +
-                          ".tsqlbox_objects t ON t.id = k.parent WHERE " + where + " ORDER BY k.id");
-    query.bindAll(values);
-    std::vector<KeyInfo> found;
-    while (query.step())
-        found.push_back({query.integer(0), query.text(1), query.text(2), query.text(3), query.text(4),
-                         query.text(5), query.text(6)});
-    return found;
+std::int64_t Catalogue::lastId() const {
+    PreparedStatement query(m_connection,
+                            inSchema("SELECT coalesce(max(id), 0) FROM $.tsqlbox_objects", m_schema));
+    query.step();
+    return query.integer(0);
 }
 
-std::optional<KeyInfo> Catalogue::key(std::string_view storedTable, std::string_view columns) const {
-    const Value values[] = {std::string(storedTable), std::string(columns)};
-    const auto found =
-        keys("t.stored = ?1 AND k.keys = ?2 COLLATE NOCASE AND k.type IN ('PK', 'UQ', 'IX')", values);
-    return found.empty() ? std::nullopt : std::optional(found.front());
-}
-
-std::vector<KeyInfo> Catalogue::keysOfType(std::string_view storedTable, std::string_view type) const {
-    const Value values[] = {std::string(storedTable), std::string(type)};
-    return keys("t.stored = ?1 AND k.type = ?2", values);
-}
-
-std::vector<KeyInfo> Catalogue::keysOf(std::int64_t table) const {
-    const Value values[] = {table};
-    return keys("t.id = ?1", values);
-}
-
-std::vector<KeyInfo> Catalogue::keysTo(std::string_view table) const {
-    const Value values[] = {std::string(table)};
-    return keys("k.type = 'F' AND k.stored = ?1 COLLATE NOCASE", values);
-}
-
-std::int64_t Catalogue::add(std::string_view name, std::string_view type, std::int64_t parent,
-                            std::string_view detail) {
-    const bool isModule = isKind(
-        type, {objectType::kProcedure, objectType::kFunction, objectType::kView, objectType::kTableFunction});
-    const bool isTable = type == objectType::kTable;
-    const Value values[] = {std::string(name),
-                            std::string(type),
-                            parent,
-                            isTable ? std::string(detail.empty() ? name : detail) : std::string(),
-                            isTable || isModule ? std::string() : std::string(detail),
+void Catalogue::save(ObjectInfo& object) {
+    const Value values[] = {object.id ? Value(object.id) : Value(Null{}),
+                            object.name,
+                            object.type,
+                            object.parent,
+                            object.stored,
+                            object.columns,
                             toStorage(localNow(), simpleType(TypeId::DateTime)),
-                            isModule ? std::string(detail) : std::string()};
-    m_connection.run("INSERT INTO " + m_schema +
-                         ".tsqlbox_objects (name, type, parent, stored, keys, created, source) "
-                         "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)",
-                     values);
-    return sqlite3_last_insert_rowid(m_connection.handle());
+                            object.source};
+    run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
+        "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET stored = ?5, keys = ?6, source = ?8",
+        values);
+    if (!object.id) object.id = sqlite3_last_insert_rowid(m_connection.handle());
 }
 
-void Catalogue::setStored(std::int64_t object, std::string_view stored) {
-    const Value values[] = {object, std::string(stored)};
-    m_connection.run("UPDATE " + m_schema + ".tsqlbox_objects SET stored = ?2 WHERE id = ?1", values);
-}
-
-void Catalogue::setSeed(std::int64_t table, std::int64_t seed) {
-    const Value values[] = {table, std::to_string(seed)};
-    m_connection.run("UPDATE " + m_schema + ".tsqlbox_objects SET keys = ?2 WHERE id = ?1", values);
-}
-
-void Catalogue::setColumn(std::int64_t object, const TableColumn& column) {
-    const Value values[] = {object, column.name, encodeType(column.type), std::int64_t{column.nullable},
-                            column.byDefault};
-    m_connection.run("UPDATE " + m_schema +
-                         ".tsqlbox_columns SET type = ?3, nullable = ?4, fallback = ?5 WHERE object = ?1 AND "
-                         "name = ?2",
-                     values);
-}
-
-void Catalogue::setSource(std::int64_t object, std::string_view source) {
-    const Value values[] = {object, std::string(source)};
-    m_connection.run("UPDATE " + m_schema + ".tsqlbox_objects SET source = ?2 WHERE id = ?1", values);
+void Catalogue::remove(std::int64_t object) {
+    const Value values[] = {object};
+    removeColumns(object);
+    run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
 }
 
 void Catalogue::addColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
@@ -200,45 +166,23 @@ void Catalogue::addColumns(std::int64_t object, const std::vector<TableColumn>& 
                                 std::int64_t{column.identity},
                                 column.byDefault,
                                 std::int64_t{column.output}};
-        m_connection.run(
-            "INSERT INTO " + m_schema +
-                ".tsqlbox_columns SELECT ?1, coalesce(max(ordinal), 0) + 1, ?2, ?3, ?4, ?5, ?6, ?7 FROM " +
-                m_schema + ".tsqlbox_columns WHERE object = ?1",
+        run("INSERT INTO $.tsqlbox_columns SELECT ?1, coalesce(max(ordinal), 0) + 1, ?2, ?3, ?4, ?5, ?6, ?7 "
+            "FROM $.tsqlbox_columns WHERE object = ?1",
             values);
     }
 }
 
-void Catalogue::removeColumn(std::int64_t object, std::string_view name) {
+void Catalogue::changeColumn(std::int64_t object, const TableColumn& column) {
+    const Value values[] = {object, column.name, encodeType(column.type), std::int64_t{column.nullable},
+                            column.byDefault};
+    run("UPDATE $.tsqlbox_columns SET type = ?3, nullable = ?4, fallback = ?5 WHERE object = ?1 AND name = "
+        "?2",
+        values);
+}
+
+void Catalogue::removeColumns(std::int64_t object, std::string_view name) {
     const Value values[] = {object, std::string(name)};
-    m_connection.run("DELETE FROM " + m_schema + ".tsqlbox_columns WHERE object = ?1 AND name = ?2", values);
-}
-
-void Catalogue::removeColumns(std::int64_t object) {
-    const Value values[] = {object};
-    m_connection.run("DELETE FROM " + m_schema + ".tsqlbox_columns WHERE object = ?1", values);
-}
-
-void Catalogue::remove(std::int64_t object) {
-    const Value values[] = {object};
-    removeColumns(object);
-    m_connection.run("DELETE FROM " + m_schema + ".tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
-}
-
-std::int64_t Catalogue::lastId() const {
-    PreparedStatement query(m_connection,
-                            "SELECT coalesce(max(id), 0) FROM " + m_schema + ".tsqlbox_objects");
-    query.step();
-    return query.integer(0);
-}
-
-std::vector<TableInfo> Catalogue::tablesAfter(std::int64_t id) const {
-    PreparedStatement query(m_connection, "SELECT id, name, stored FROM " + m_schema +
-                                              ".tsqlbox_objects WHERE type = 'U' AND id > ?1");
-    query.bind(1, id);
-    std::vector<TableInfo> tables;
-    while (query.step())
-        tables.push_back({query.integer(0), m_database, query.text(1), m_schema, query.text(2), 1, {}});
-    return tables;
+    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)", values);
 }
 
 }  // namespace tsql

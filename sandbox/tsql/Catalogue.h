@@ -42,23 +42,22 @@ inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", k
                                   kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX";
 }
 
+// A row of the catalogue: a table, a module, a constraint or an index.
 struct ObjectInfo {
-    std::int64_t id = 0;
+    std::int64_t id = 0;  // 0: not in the catalogue yet
     std::string name;
     std::string type;
-    std::string source;  // a module's text
+    std::int64_t parent = 0;  // the table that a constraint or an index belongs to
+    std::string stored;       // a table: its name in SQLite; a foreign key: the table that it refers to
+    std::string columns;      // a constraint or an index: "a, b"; a table: the seed of its identity
+    std::string source;       // a module's text; a constraint's, as Constraint::source; kUniqueIndex
+    std::string table;        // the parent's name
 };
-
-// A constraint or an index of a table.
-struct KeyInfo {
-    std::int64_t id = 0;
-    std::string name;
-    std::string type;
-    std::string columns;     // "a, b"
-    std::string source;      // as Constraint::source, empty for an index
-    std::string references;  // the table of a foreign key
-    std::string table;       // whose it is
-};
+inline constexpr std::string_view kUniqueIndex = "UNIQUE";
+inline bool isUniqueKey(const ObjectInfo& key) {
+    return key.type == objectType::kPrimaryKey || key.type == objectType::kUnique ||
+           key.source == kUniqueIndex;
+}
 
 inline constexpr std::string_view kTempSchema = "temp";
 inline constexpr std::string_view kNullsSuffix = "@nulls";  // of the index of a unique key's rows with NULL
@@ -75,33 +74,28 @@ class Catalogue {
 
     const std::string& schema() const { return m_schema; }
     bool isTemporary() const { return m_schema == kTempSchema; }
+    // The latest object of that name that is no index.
     std::optional<ObjectInfo> find(std::string_view name) const;
     std::optional<ObjectInfo> findById(std::int64_t id) const;
     std::optional<TableInfo> table(std::string_view name) const;
+    std::vector<TableInfo> tablesAfter(std::int64_t id) const;  // without their columns
     std::vector<TableColumn> columns(std::int64_t object) const;
-    std::optional<KeyInfo> key(std::string_view storedTable, std::string_view columns) const;
-    std::vector<KeyInfo> keysOfType(std::string_view storedTable, std::string_view type) const;
-    std::vector<KeyInfo> keysOf(std::int64_t table) const;
-    std::vector<KeyInfo> keysTo(std::string_view table) const;  // foreign keys that refer to it
-    std::optional<ObjectInfo> index(std::int64_t table, std::string_view name) const;
-
-    // `detail`: a table's name in SQLite (empty: its own), an index's columns, a module's source.
-    std::int64_t add(std::string_view name, std::string_view type, std::int64_t parent,
-                     std::string_view detail);
-    void setStored(std::int64_t object, std::string_view stored);  // of a foreign key: what it refers to
-    void setSource(std::int64_t object, std::string_view source);
-    void setSeed(std::int64_t table, std::int64_t seed);
-    void setColumn(std::int64_t object, const TableColumn& column);
-    void addColumns(std::int64_t object, const std::vector<TableColumn>& columns);
-    void removeColumn(std::int64_t object, std::string_view name);
-    void removeColumns(std::int64_t object);
-    void remove(std::int64_t object);  // with its columns, keys and indexes
+    std::vector<ObjectInfo> keysOf(std::int64_t table) const;      // constraints and indexes
+    std::vector<ObjectInfo> keysTo(std::string_view table) const;  // foreign keys that refer to it
     std::int64_t lastId() const;
-    std::vector<TableInfo> tablesAfter(std::int64_t id) const;
+
+    // Enters a new object (then with a new id) or what has changed of a known one.
+    void save(ObjectInfo& object);
+    void remove(std::int64_t object);  // with its columns, keys and indexes
+    void addColumns(std::int64_t object, const std::vector<TableColumn>& columns);
+    void changeColumn(std::int64_t object, const TableColumn& column);
+    void removeColumns(std::int64_t object, std::string_view name = {});  // all, or one
 
   private:
-    std::optional<ObjectInfo> findObject(const std::string& where, const Value& value) const;
-    std::vector<KeyInfo> keys(const std::string& where, std::span<const Value> values) const;
+    std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
+    std::optional<ObjectInfo> latest(const std::string& where, const Value& value) const;
+    TableInfo tableOf(const ObjectInfo& object) const;
+    void run(std::string_view sql, std::span<const Value> values = {});
 
     Connection& m_connection;
     std::string m_database;

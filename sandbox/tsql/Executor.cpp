@@ -217,6 +217,12 @@ void Executor::done(std::int64_t count, bool isSelect) {
     if (m_sink && !m_frames.back()->isFunction) m_sink->statementDone(m_noCount ? -1 : count, isSelect);
 }
 
+Flow Executor::finished() {
+    m_error = 0;
+    done(-1);
+    return Flow::Next;
+}
+
 // ---- what SQLite refused, in T-SQL's terms
 
 SqlError Executor::errorOf(const SqliteFailure& failure) {
@@ -251,9 +257,9 @@ SqlError Executor::constraintError(const SqliteFailure& failure) {
         case SQLITE_CONSTRAINT_NOTNULL:
             return sqlError(515, {what.substr(what.rfind('.') + 1), m_target.fullName(), m_verb});
         case SQLITE_CONSTRAINT_CHECK:
-            for (const auto& key : catalogue.keysOfType(m_target.stored, objectType::kCheck))
+            for (const auto& key : catalogue.keysOf(m_target.id))
                 if (key.name == what) return conflict("CHECK", m_target, key);
-            return conflict("CHECK", m_target, {0, what, {}, {}, {}, {}, {}});
+            return conflict("CHECK", m_target, {});
         case SQLITE_CONSTRAINT_FOREIGNKEY:
             return brokenReference();
         default:
@@ -261,28 +267,27 @@ SqlError Executor::constraintError(const SqliteFailure& failure) {
     }
 }
 
-SqlError Executor::conflict(std::string_view type, const TableInfo& table, const KeyInfo& key) {
+SqlError Executor::conflict(std::string_view type, const TableInfo& table, const ObjectInfo& key) {
     const bool single = !key.columns.empty() && key.columns.find(',') == std::string::npos;
     return sqlError(547, {m_verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database,
                           table.name, single ? ", column '" + key.columns + "'" : ""});
 }
 
 // The message names what is referred to.
-SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const KeyInfo& key) {
-    KeyInfo named = key;
+SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const ObjectInfo& key) {
+    ObjectInfo named = key;
     named.columns.clear();
     for (const auto& column : referencedColumns(catalogue, key))
         named.columns += (named.columns.empty() ? "" : ", ") + column;
-    return conflict("FOREIGN KEY", *catalogue.table(key.references), named);
+    return conflict("FOREIGN KEY", *catalogue.table(key.stored), named);
 }
 
 // SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
 SqlError Executor::brokenReference() {
     const Catalogue catalogue(m_connection, m_target.database, m_target.schema);
-    const auto own = catalogue.keysOfType(m_target.stored, objectType::kForeignKey);
     const auto others = catalogue.keysTo(m_target.name);
-    for (const auto& key : own) {
-        if (m_newRows.empty()) break;
+    for (const auto& key : catalogue.keysOf(m_target.id)) {
+        if (m_newRows.empty() || key.type != objectType::kForeignKey) continue;
         PreparedStatement query(m_connection, "WITH " + m_newRows + " SELECT 1 FROM incoming WHERE " +
                                                   orphans(catalogue, m_target, key, "incoming") + " LIMIT 1");
         query.bindAll(m_changeValues);
@@ -293,31 +298,26 @@ SqlError Executor::brokenReference() {
 }
 
 // `columns`: "t.a, t.b", or "index 'name@id@nulls'" of the rows that hold NULL.
-SqlError Executor::duplicateKey(const std::string& columns) {
-    std::string names = columns;
-    if (const auto end = names.rfind("@" + std::to_string(m_target.id) + std::string(kNullsSuffix));
-        end != std::string::npos) {
-        const std::string_view index = std::string_view(names).substr(0, end).substr(names.find('\'') + 1);
-        for (const auto& key :
-             Catalogue(m_connection, m_target.database, m_target.schema).keysOf(m_target.id))
-            if (key.name == index) return duplicateKey(key.columns);
-    }
+SqlError Executor::duplicateKey(std::string columns) {
     const std::string prefix = m_target.stored + ".";
-    for (std::size_t at = 0; (at = names.find(prefix, at)) != std::string::npos;)
-        names.erase(at, prefix.size());
-    const auto found =
-        Catalogue(m_connection, m_target.database, m_target.schema).key(m_target.stored, names);
-    const KeyInfo key = found.value_or(KeyInfo{0, names, {}, names, {}, {}, {}});
-    const std::string value = duplicateValue(key);
-    if (m_verb == "CREATE INDEX") return sqlError(1505, {m_target.name, m_indexName, value});
-    if (key.type == objectType::kIndex) return sqlError(2601, {m_target.name, key.name, value});
-    const bool primary = key.type == objectType::kPrimaryKey;
-    return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key.name, m_target.name, value});
+    for (std::size_t at = 0; (at = columns.find(prefix, at)) != std::string::npos;)
+        columns.erase(at, prefix.size());
+    const std::string nulls = "@" + std::to_string(m_target.id) + std::string(kNullsSuffix) + "'";
+    for (const auto& key : Catalogue(m_connection, m_target.database, m_target.schema).keysOf(m_target.id)) {
+        if (!isUniqueKey(key) ||
+            (compareText(key.columns, columns) != 0 && columns != "index '" + key.name + nulls))
+            continue;
+        const std::string value = duplicateValue(key);
+        if (key.type == objectType::kIndex) return sqlError(2601, {m_target.name, key.name, value});
+        const bool primary = key.type == objectType::kPrimaryKey;
+        return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key.name, m_target.name, value});
+    }
+    return sqlError(2627, {"UNIQUE", columns, m_target.name, ""});
 }
 
 // " The duplicate key value is (1, x).", looked for among the rows that were to come; empty when it is not
 // found.
-std::string Executor::duplicateValue(const KeyInfo& key) {
+std::string Executor::duplicateValue(const ObjectInfo& key) {
     std::string list, match;
     std::vector<SqlType> types;
     for (std::string_view rest = key.columns; !rest.empty();) {

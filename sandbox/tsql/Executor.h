@@ -98,9 +98,8 @@ class Executor final : public SessionFacts, public NameResolver {
     SqlType variableType(std::string_view name) override;
     TableInfo table(const ast::ObjectName& name) override;
     std::optional<SystemView> view(const ast::ObjectName& name) override;
-    std::optional<UserFunction> function(const ast::ObjectName& name) override;
-    std::optional<StoredQuery> storedQuery(const ast::ObjectName& name, bool isFunction) override;
-    void within(const StoredQuery& query, const std::function<void()>& work) override;
+    std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
+    void within(const StoredModule& query, const std::function<void()>& work) override;
 
     bool isCancelled() const { return m_sink && m_sink->cancelled(); }
 
@@ -130,12 +129,14 @@ class Executor final : public SessionFacts, public NameResolver {
     Message messageOf(const SqlError& error, int line) const;
     SqlError errorOf(const SqliteFailure& failure);
     SqlError constraintError(const SqliteFailure& failure);
-    SqlError duplicateKey(const std::string& columns);
-    SqlError conflict(std::string_view type, const TableInfo& table, const KeyInfo& key);
-    SqlError foreignKeyConflict(const Catalogue& catalogue, const KeyInfo& key);
+    SqlError duplicateKey(std::string columns);
+    SqlError conflict(std::string_view type, const TableInfo& table, const ObjectInfo& key);
+    SqlError foreignKeyConflict(const Catalogue& catalogue, const ObjectInfo& key);
     SqlError brokenReference();
-    std::string duplicateValue(const KeyInfo& key);
+    std::string duplicateValue(const ObjectInfo& key);
     void done(std::int64_t count, bool isSelect = false);
+    Flow finished();  // of a statement without rows
+    void failingAs(const SqlError& failure, const std::function<void()>& work);
     TypedValue evaluate(const ast::Expr& expr);
     Value evaluate(const ast::Expr& expr, const SqlType& type);
     std::string evaluateText(const ast::Expr& expr);
@@ -182,26 +183,30 @@ class Executor final : public SessionFacts, public NameResolver {
     Flow run(const ast::AlterTable& alter);
     Flow run(const ast::CreateIndex& create);
     Flow run(const ast::Drop& drop);
+    void define(const ast::ObjectName& name, const std::function<void(Catalogue&)>& work);
     TableInfo createTable(const ast::CreateTable& create);
     void startIdentity(const TableInfo& table);
-    KeyInfo noteConstraint(Catalogue& catalogue, TableInfo& table, const ast::Constraint& constraint);
+    std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
+                                            const ast::CreateTable& definition);
+    ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
-    std::vector<std::string> referencedColumns(const Catalogue& catalogue, const KeyInfo& key);
-    void makeKeyIndex(const TableInfo& table, const KeyInfo& key);
-    void makeIndex(const TableInfo& table, const std::string& name, const std::string& list,
-                   const std::vector<std::string>& unique);
+    std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key);
+    void makeKeyIndex(const TableInfo& table, const ObjectInfo& key);
+    void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list);
     void dropIndex(const TableInfo& table, const std::string& name);
+    void dropIndex(const ast::ObjectName& name, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);
-    void checkRows(Catalogue& catalogue, const TableInfo& table, const KeyInfo& key);
-    std::string orphans(const Catalogue& catalogue, const TableInfo& table, const KeyInfo& key,
+    void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
+    bool anyRow(const TableInfo& table, const std::string& condition);
+    std::string orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                         const std::string& rows);
     void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
     void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
-                          const std::vector<KeyInfo>& keys);
+                          const std::vector<ObjectInfo>& keys);
     void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
-    void dropConstraint(Catalogue& catalogue, TableInfo& table, const std::string& name, bool ifExists);
-    void dropTable(Catalogue& catalogue, const ast::ObjectName& name, bool ifExists);
+    void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
+    void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
     void dropTemporaryTables(std::int64_t after, bool variables = false);
     void dropTable(const TableInfo& table);
     void declareTable(const ast::Declaration& declaration);
@@ -223,8 +228,6 @@ class Executor final : public SessionFacts, public NameResolver {
     std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
     const ast::Argument* argumentOf(const ast::Execute& execute, const ast::CreateModule& module,
                                     std::size_t parameter, std::size_t skipped) const;
-    std::optional<ObjectInfo> module(const ast::ObjectName& name, std::string_view type,
-                                     std::string& database);
 
     // ---- procedures of the system (ExecutorSystem.cpp)
     struct SystemProcedure {
@@ -295,7 +298,6 @@ class Executor final : public SessionFacts, public NameResolver {
     std::string m_verb;             // INSERT, UPDATE, DELETE
     std::string m_newRows;          // as Translator::newRows()
     std::vector<Value> m_changeValues;
-    std::string m_indexName;        // of the index that is being made
     std::string m_text;             // the batch that runs now
     int m_line = 1;                 // of the statement that runs now
     int m_tries = 0;                // TRY blocks around it

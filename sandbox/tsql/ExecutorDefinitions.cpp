@@ -19,12 +19,6 @@ std::string_view storageClass(const SqlType& type) {
     return "TEXT COLLATE ts_ci";
 }
 
-bool isOfKind(std::string_view type, ObjectKind kind) {
-    if (kind == ObjectKind::Procedure) return type == objectType::kProcedure;
-    if (kind == ObjectKind::View) return type == objectType::kView;
-    return type == objectType::kFunction || type == objectType::kTableFunction;
-}
-
 std::string nameList(const std::vector<std::string>& names) {
     std::string list;
     for (const auto& name : names) list += (list.empty() ? "" : ", ") + quotedName(name);
@@ -39,20 +33,17 @@ std::vector<std::string> columnList(std::string_view keys) {
     return names;
 }
 
-bool names(const KeyInfo& key, std::string_view column) {
+bool names(const ObjectInfo& key, std::string_view column) {
     const auto columns = columnList(key.columns);
     return std::any_of(columns.begin(), columns.end(),
                        [&](const auto& name) { return compareText(name, column) == 0; });
 }
 
-bool isUniqueKey(const KeyInfo& key) {
-    return key.type == objectType::kPrimaryKey || key.type == objectType::kUnique;
-}
-
 // The identity is SQLite's own key already.
-bool needsIndex(const KeyInfo& key, const TableInfo& table) {
+bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     const TableColumn* identity = table.identityColumn();
-    return isUniqueKey(key) && (!identity || compareText(identity->name, key.columns) != 0);
+    const bool isKey = key.type == objectType::kPrimaryKey || key.type == objectType::kUnique;
+    return isKey && (!identity || compareText(identity->name, key.columns) != 0);
 }
 
 std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
@@ -62,8 +53,9 @@ std::string indexName(const std::string& name, std::int64_t table, std::string_v
 // In a unique key of T-SQL one NULL equals another, in SQLite's none does: the rows that hold one have an
 // index of their own.
 struct NullableKey {
-    NullableKey(const TableInfo& table, const std::vector<std::string>& columns) {
-        for (const auto& name : columns) {
+    NullableKey(const TableInfo& table, const ObjectInfo& index) {
+        if (!isUniqueKey(index)) return;
+        for (const auto& name : columnList(index.columns)) {
             const TableColumn& column = *table.column(name);
             const std::string isNull = quotedName(name) + " IS NULL";
             list += (list.empty() ? "" : ", ") + isNull + ", " +
@@ -72,16 +64,8 @@ struct NullableKey {
         }
     }
     std::string list;
-    std::string condition;  // empty: no column takes NULL
+    std::string condition;  // empty: no column takes NULL, or the index is not unique
 };
-
-// "PK__Orders__42" when the statement gives no name.
-std::string constraintName(const Constraint& constraint, std::string_view prefix, const TableInfo& table,
-                           std::int64_t number) {
-    if (!constraint.name.empty()) return constraint.name;
-    return std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) + "_" +
-           std::to_string(number);
-}
 
 struct ConstraintFacts {
     std::string_view type, prefix;  // of a name that is made up
@@ -139,37 +123,42 @@ void checkDefinition(const CreateTable& create) {
 
 }  // namespace
 
+// Changes the catalogue that has the name, and what it describes: all of it, or nothing.
+void Executor::define(const ObjectName& name, const std::function<void(Catalogue&)>& work) {
+    Catalogue owner = catalogue(name);
+    beforeWrite();
+    Atomic atomic(m_connection, owner.schema());
+    work(owner);
+    atomic.commit();
+}
+
 Flow Executor::run(const CreateTable& create) {
     refuseInFunction();
     createTable(create);
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
 TableInfo Executor::createTable(const CreateTable& create) {
     checkDefinition(create);
-    Catalogue target = catalogue(create.table);
-    beforeWrite();
-    Atomic atomic(m_connection, target.schema());
-    const auto existing = target.find(create.table.name);
-    if (existing && !isTemporaryName(create.table.name)) throw sqlError(2714, {create.table.name});
     TableInfo table;
-    table.name = create.table.name;
-    table.id = target.add(table.name, objectType::kTable, 0, "");
-    if (target.isTemporary()) target.setStored(table.id, table.name + "@" + std::to_string(table.id));
-    for (const auto& definition : create.columns) {
-        table.columns.push_back(columnOf(definition, isKeyColumn(create, definition.name)));
-        if (definition.identity) target.setSeed(table.id, definition.seed);
-    }
-    target.addColumns(table.id, table.columns);
-    table = *target.table(table.name);
-    for (const auto* constraint : allConstraints(create)) noteConstraint(target, table, *constraint);
-    table = *target.table(table.name);
-    m_connection.run("CREATE TABLE " + table.sqlName() + " (" + tableBody(target, table) + ")");
-    for (const auto& key : target.keysOf(table.id)) makeKeyIndex(table, key);
-    startIdentity(table);
-    atomic.commit();
+    define(create.table, [&](Catalogue& owner) {
+        const std::string& name = create.table.name;
+        if (!isTemporaryName(name) && owner.find(name)) throw sqlError(2714, {name});
+        ObjectInfo object{0, name, std::string(objectType::kTable), 0, name, {}, {}, {}};
+        for (const auto& definition : create.columns) {
+            table.columns.push_back(columnOf(definition, isKeyColumn(create, definition.name)));
+            if (definition.identity) object.columns = std::to_string(definition.seed);
+        }
+        if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
+        owner.save(object);
+        owner.addColumns(object.id, table.columns);
+        table = *owner.table(name);
+        const auto keys = noteConstraints(owner, table, create);
+        table = *owner.table(name);
+        m_connection.run("CREATE TABLE " + table.sqlName() + " (" + tableBody(owner, table) + ")");
+        for (const auto& key : keys) makeKeyIndex(table, key);
+        startIdentity(table);
+    });
     return table;
 }
 
@@ -183,9 +172,42 @@ void Executor::startIdentity(const TableInfo& table) {
                          start);
 }
 
-// Enters the constraint into the catalogue, and its default into the column.
-KeyInfo Executor::noteConstraint(Catalogue& catalogue, TableInfo& table, const Constraint& constraint) {
-    KeyInfo key;
+// Does `work`; what goes wrong in it is told, and then that the whole failed for it.
+void Executor::failingAs(const SqlError& failure, const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const SqlError& cause) {
+        if (m_tries == 0) report(messageOf(cause, m_line));  // a CATCH block sees the last error alone
+        throw failure;
+    }
+}
+
+std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const TableInfo& table,
+                                                  const CreateTable& definition) {
+    std::vector<ObjectInfo> keys;
+    failingAs(sqlError(1750), [&] {
+        for (const auto* constraint : allConstraints(definition)) {
+            ObjectInfo key = constraintOf(catalogue, table, *constraint);
+            if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
+                if (table.name.starts_with('@')) throw unsupported("a foreign key of a table variable");
+                report(messageOf(sqlError(1756, {key.name}), m_line));
+                continue;
+            }
+            catalogue.save(key);
+            keys.push_back(key);
+        }
+        for (const auto& key : keys)
+            if (key.type == objectType::kForeignKey) referencedColumns(catalogue, key);
+    });
+    return keys;
+}
+
+// The constraint as the catalogue will have it; a default is entered into its column.
+ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
+                                  const Constraint& constraint) {
+    const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
+    ObjectInfo key{0,  constraint.name,   std::string(type), table.id, constraint.references,
+                   {}, constraint.source, table.name};
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
         if (!column) throw sqlError(1911, {name});
@@ -193,27 +215,19 @@ KeyInfo Executor::noteConstraint(Catalogue& catalogue, TableInfo& table, const C
             throw sqlError(8111, {table.name});
         key.columns += (key.columns.empty() ? "" : ", ") + column->name;
     }
-    const ConstraintFacts& facts = kConstraints[static_cast<int>(constraint.kind)];
-    key.type = facts.type;
-    key.name = constraintName(constraint, facts.prefix, table, catalogue.lastId() + 1);
-    key.source = constraint.source;
+    if (key.name.empty())  // "PK__Orders__7_42"
+        key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
+                   "_" + std::to_string(catalogue.lastId() + 1);
     if (catalogue.find(key.name) && !catalogue.isTemporary()) throw sqlError(2714, {key.name}, 5);
-    if (constraint.kind == ConstraintKind::PrimaryKey &&
-        !catalogue.keysOfType(table.stored, objectType::kPrimaryKey).empty())
-        throw sqlError(1779, {table.name});
+    for (const auto& other : catalogue.keysOf(table.id)) {
+        if (other.type != type) continue;
+        if (constraint.kind == ConstraintKind::PrimaryKey) throw sqlError(1779, {table.name});
+        if (constraint.kind == ConstraintKind::Default && other.columns == key.columns) throw sqlError(1781);
+    }
     if (constraint.kind == ConstraintKind::Default) {
         TableColumn column = *table.column(key.columns);
-        for (const auto& other : catalogue.keysOf(table.id))
-            if (other.type == objectType::kDefault && other.columns == key.columns) throw sqlError(1781);
         column.byDefault = constraint.text;
-        catalogue.setColumn(table.id, column);
-    }
-    key.id = catalogue.add(key.name, key.type, table.id, key.columns);
-    catalogue.setSource(key.id, key.source);
-    if (constraint.kind == ConstraintKind::ForeignKey) {
-        key.references = constraint.references;
-        if (!catalogue.table(key.references)) throw sqlError(1767, {key.name, key.references});
-        catalogue.setStored(key.id, key.references);
+        catalogue.changeColumn(table.id, column);
     }
     return key;
 }
@@ -229,53 +243,69 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
                 name + " CHECK (" + Translator(*this).check(table, *parseConstraint(key.source).check) + ")";
         if (key.type != objectType::kForeignKey) continue;
         body += name + " FOREIGN KEY (" + nameList(columnList(key.columns)) + ") REFERENCES " +
-                quotedName(key.references) + " (" + nameList(referencedColumns(catalogue, key)) + ")" +
+                quotedName(key.stored) + " (" + nameList(referencedColumns(catalogue, key)) + ")" +
                 (parseConstraint(key.source).cascade ? " ON DELETE CASCADE" : "");
     }
     return body;
 }
 
-std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue, const KeyInfo& key) {
-    const auto given = parseConstraint(key.source).referencedColumns;
-    const TableInfo referenced = *catalogue.table(key.references);
-    for (const auto& candidate : catalogue.keysOf(referenced.id)) {
-        auto columns = columnList(candidate.columns);
-        const bool fits =
-            given.empty() ? candidate.type == objectType::kPrimaryKey
-                          : std::equal(given.begin(), given.end(), columns.begin(), columns.end(),
-                                       [](const auto& a, const auto& b) { return compareText(a, b) == 0; });
-        if (fits && (isUniqueKey(candidate) || candidate.type == objectType::kIndex)) return columns;
+// Throws the error of a foreign key that cannot be.
+std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
+    const auto referenced = catalogue.table(key.stored);
+    if (!referenced) throw sqlError(1767, {key.name, key.stored});
+    const auto same = [](const auto& a, const auto& b) { return compareText(a, b) == 0; };
+    auto columns = parseConstraint(key.source).referencedColumns;
+    const auto candidates = catalogue.keysOf(referenced->id);
+    const bool implicit = columns.empty();
+    const auto fitting = std::find_if(candidates.begin(), candidates.end(), [&](const ObjectInfo& candidate) {
+        const auto own = columnList(candidate.columns);
+        return implicit ? candidate.type == objectType::kPrimaryKey
+                        : isUniqueKey(candidate) && std::is_permutation(own.begin(), own.end(),
+                                                                        columns.begin(), columns.end(), same);
+    });
+    if (fitting == candidates.end())
+        throw implicit ? sqlError(1773, {key.name, key.stored}) : sqlError(1776, {key.stored, key.name});
+    if (implicit) columns = columnList(fitting->columns);
+    const auto own = columnList(key.columns);
+    if (own.size() != columns.size()) throw sqlError(1774, {key.name, key.stored});
+    const TableInfo table = *catalogue.table(key.table);
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        const SqlType &from = table.column(own[i])->type, &to = referenced->column(columns[i])->type;
+        if (from == to) continue;
+        throw sqlError(from.id == to.id ? 1753 : 1778,
+                       {referenced->name, columns[i], table.name, own[i], key.name});
     }
-    if (given.empty()) throw sqlError(1773, {key.name, key.references});
-    throw sqlError(1776, {key.references, key.name});
+    return columns;
 }
 
-void Executor::makeKeyIndex(const TableInfo& table, const KeyInfo& key) {
-    if (needsIndex(key, table))
-        makeIndex(table, key.name, nameList(columnList(key.columns)), columnList(key.columns));
+void Executor::makeKeyIndex(const TableInfo& table, const ObjectInfo& key) {
+    if (needsIndex(key, table)) makeIndex(table, key, nameList(columnList(key.columns)));
 }
 
-// `unique`: the columns of a unique index, none for another.
-void Executor::makeIndex(const TableInfo& table, const std::string& name, const std::string& list,
-                         const std::vector<std::string>& unique) {
+void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list) {
     m_target = table;
     m_verb = "CREATE INDEX";
-    m_indexName = name;
-    m_newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
-    m_changeValues.clear();
     const std::string on = " ON " + quotedName(table.stored) + " (";
-    m_connection.run(std::string("CREATE ") + (unique.empty() ? "" : "UNIQUE ") + "INDEX " + table.schema +
-                     "." + indexName(name, table.id) + on + list + ")");
-    if (const NullableKey key(table, unique); !key.condition.empty())
-        m_connection.run("CREATE UNIQUE INDEX " + table.schema + "." +
-                         indexName(name, table.id, kNullsSuffix) + on + key.list + ") WHERE " +
-                         key.condition);
+    const auto make = [&](std::string_view suffix, const std::string& definition) {
+        m_connection.run(std::string("CREATE ") + (isUniqueKey(index) ? "UNIQUE" : "") + " INDEX " +
+                         table.schema + "." + indexName(index.name, table.id, suffix) + on + definition);
+    };
+    try {
+        make("", list + ")");
+        if (const NullableKey key(table, index); !key.condition.empty())
+            make(kNullsSuffix, key.list + ") WHERE " + key.condition);
+    } catch (const SqliteFailure& failure) {
+        if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+        m_newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
+        m_changeValues.clear();
+        throw sqlError(1505, {table.name, index.name, duplicateValue(index)});
+    }
     m_verb.clear();
 }
 
 void Executor::dropIndex(const TableInfo& table, const std::string& name) {
-    m_connection.run("DROP INDEX " + table.schema + "." + indexName(name, table.id));
-    m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." + indexName(name, table.id, kNullsSuffix));
+    for (const auto suffix : {std::string_view(), kNullsSuffix})
+        m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." + indexName(name, table.id, suffix));
 }
 
 // ---- ALTER TABLE
@@ -298,25 +328,27 @@ void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
 }
 
 // Rows that are there already must keep to a new constraint.
-void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const KeyInfo& key) {
-    std::string broken;
-    if (key.type == objectType::kCheck)
-        broken = "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check) + ")";
-    if (key.type == objectType::kForeignKey)
-        broken = orphans(catalogue, table, key, quotedName(table.stored));
-    if (broken.empty()) return;
-    PreparedStatement query(m_connection,
-                            "SELECT 1 FROM " + table.sqlName() + " WHERE " + broken + " LIMIT 1");
-    if (!query.step()) return;
+void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key) {
+    const bool isCheck = key.type == objectType::kCheck;
+    if (!isCheck && key.type != objectType::kForeignKey) return;
+    const std::string broken =
+        isCheck ? "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check) + ")"
+                : orphans(catalogue, table, key, quotedName(table.stored));
+    if (!anyRow(table, broken)) return;
     m_verb = "ALTER TABLE";
-    const SqlError error =
-        key.type == objectType::kCheck ? conflict("CHECK", table, key) : foreignKeyConflict(catalogue, key);
+    const SqlError error = isCheck ? conflict("CHECK", table, key) : foreignKeyConflict(catalogue, key);
     m_verb.clear();
     throw error;
 }
 
+bool Executor::anyRow(const TableInfo& table, const std::string& condition) {
+    PreparedStatement query(m_connection,
+                            "SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1");
+    return query.step();
+}
+
 // The condition that a row of `rows` refers to none: SQL over the table or the rows that were to come.
-std::string Executor::orphans(const Catalogue& catalogue, const TableInfo& table, const KeyInfo& key,
+std::string Executor::orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                               const std::string& rows) {
     const auto columns = columnList(key.columns), referenced = referencedColumns(catalogue, key);
     std::string present, match;
@@ -325,7 +357,7 @@ std::string Executor::orphans(const Catalogue& catalogue, const TableInfo& table
         present += column + " IS NOT NULL AND ";
         match += (i ? " AND " : "") + ("parent." + quotedName(referenced[i])) + " = " + column;
     }
-    return present + "NOT EXISTS (SELECT 1 FROM " + table.schema + "." + quotedName(key.references) +
+    return present + "NOT EXISTS (SELECT 1 FROM " + table.schema + "." + quotedName(key.stored) +
            " AS parent WHERE " + match + ")";
 }
 
@@ -333,12 +365,9 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
     TableColumn column = columnOf(definition, false);
     if (table.column(column.name)) throw sqlError(2705, {column.name, table.name});
     if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
-    const bool filled = !column.byDefault.empty() && !column.nullable;
-    if (!column.nullable && !filled) {
-        PreparedStatement rows(m_connection, "SELECT 1 FROM " + table.sqlName() + " LIMIT 1");
-        if (rows.step()) throw sqlError(4901, {column.name, table.name});
-    }
     const std::string fallback = std::exchange(column.byDefault, {});
+    const bool filled = !fallback.empty() && !column.nullable;
+    if (!column.nullable && !filled && anyRow(table, "1")) throw sqlError(4901, {column.name, table.name});
     m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
                      std::string(storageClass(column.type)));
     catalogue.addColumns(table.id, {column});
@@ -351,15 +380,13 @@ void Executor::fillColumn(const TableInfo& table, const TableColumn& column, con
                      emitAssign(value, column.type, table.fullName(), column.name).sql);
 }
 
-// SQL Server's two messages: what is in the way, and what failed for it.
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
-                                const std::vector<KeyInfo>& keys) {
-    for (const auto& key : keys) {
-        if (!names(key, column)) continue;
-        report(messageOf(
-            sqlError(5074, {key.type == objectType::kIndex ? "index" : "object", key.name, column}), m_line));
-        throw sqlError(4922, {verb, column});
-    }
+                                const std::vector<ObjectInfo>& keys) {
+    for (const auto& key : keys)
+        if (names(key, column))
+            failingAs(sqlError(4922, {verb, column}), [&] {
+                throw sqlError(5074, {key.type == objectType::kIndex ? "index" : "object", key.name, column});
+            });
     if (!table.column(column)) throw sqlError(4924, {verb, column, table.name});
 }
 
@@ -375,36 +402,31 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     if (!longer) refuseDependents(table, column.name, "ALTER", catalogue.keysOf(table.id));
     column.type = definition.type;
     column.nullable = definition.nullable.value_or(true);
-    catalogue.setColumn(table.id, column);
+    catalogue.changeColumn(table.id, column);
     table = *catalogue.table(table.name);
-    if (!column.nullable) {
-        PreparedStatement null(m_connection, "SELECT 1 FROM " + table.sqlName() + " WHERE " +
-                                                 quotedName(column.name) + " IS NULL LIMIT 1");
-        if (null.step()) throw sqlError(515, {column.name, table.fullName(), "UPDATE"});
-    }
+    if (!column.nullable && anyRow(table, quotedName(column.name) + " IS NULL"))
+        throw sqlError(515, {column.name, table.fullName(), "UPDATE"});
     redefine(catalogue, table);
     if (!longer) fillColumn(table, column, {quotedName(column.name), before});
 }
 
-void Executor::dropConstraint(Catalogue& catalogue, TableInfo& table, const std::string& name,
+void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,
                               bool ifExists) {
     const auto keys = catalogue.keysOf(table.id);
-    const auto key = std::find_if(keys.begin(), keys.end(), [&](const KeyInfo& each) {
+    const auto key = std::find_if(keys.begin(), keys.end(), [&](const ObjectInfo& each) {
         return each.type != objectType::kIndex && compareText(each.name, name) == 0;
     });
     if (key == keys.end() && ifExists) return;
-    const auto because = [&](const SqlError& error) {
-        report(messageOf(error, m_line));
-        throw sqlError(3727);
-    };
-    if (key == keys.end()) because(sqlError(3728, {name}));
-    for (const auto& foreign : catalogue.keysTo(table.name))
-        if (isUniqueKey(*key) && referencedColumns(catalogue, foreign) == columnList(key->columns))
-            because(sqlError(3725, {name, foreign.table, foreign.name}));
+    failingAs(sqlError(3727), [&] {
+        if (key == keys.end()) throw sqlError(3728, {name});
+        for (const auto& foreign : catalogue.keysTo(table.name))
+            if (isUniqueKey(*key) && referencedColumns(catalogue, foreign) == columnList(key->columns))
+                throw sqlError(3725, {name, foreign.table, foreign.name});
+    });
     if (key->type == objectType::kDefault) {
         TableColumn column = *table.column(key->columns);
         column.byDefault.clear();
-        catalogue.setColumn(table.id, column);
+        catalogue.changeColumn(table.id, column);
     }
     if (needsIndex(*key, table)) dropIndex(table, key->name);
     catalogue.remove(key->id);
@@ -413,105 +435,97 @@ void Executor::dropConstraint(Catalogue& catalogue, TableInfo& table, const std:
 Flow Executor::run(const AlterTable& alter) {
     refuseInFunction();
     TableInfo target = table(alter.added.table);
-    Catalogue owner = catalogue(alter.added.table);
-    beforeWrite();
-    Atomic atomic(m_connection, owner.schema());
-    for (const auto& key : owner.keysOf(target.id))  // SQLite's own definition holds what is not known here
-        if (key.type != objectType::kIndex && key.source.empty())
-            throw unsupported("ALTER TABLE of a table that an earlier version of it has made");
-    for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
-    for (const auto* constraint : allConstraints(alter.added)) {
-        const KeyInfo key = noteConstraint(owner, target, *constraint);
-        checkRows(owner, target, key);
-        makeKeyIndex(target, key);
-    }
-    for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
-    if (!alter.dropConstraints.empty()) redefine(owner, target);
-    for (const auto& name : alter.dropColumns) {
-        if (alter.ifExists && !target.column(name)) continue;
-        refuseDependents(target, name, "DROP", owner.keysOf(target.id));
-        m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
-        owner.removeColumn(target.id, name);
-    }
-    target = *owner.table(target.name);
-    if (alter.altered)
-        alterColumn(owner, target, *alter.altered);
-    else
-        redefine(owner, target);
-    atomic.commit();
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    define(alter.added.table, [&](Catalogue& owner) {
+        for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
+        for (const auto& key : noteConstraints(owner, target, alter.added)) {
+            checkRows(owner, target, key);
+            failingAs(sqlError(1750), [&] { makeKeyIndex(target, key); });
+        }
+        for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
+        target = *owner.table(target.name);
+        if (alter.altered)
+            alterColumn(owner, target, *alter.altered);
+        else
+            redefine(owner, target);
+        for (const auto& name : alter.dropColumns) {
+            if (alter.ifExists && !target.column(name)) continue;
+            refuseDependents(target, name, "DROP", owner.keysOf(target.id));
+            m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
+            owner.removeColumns(target.id, name);
+        }
+    });
+    return finished();
 }
 
 Flow Executor::run(const CreateIndex& create) {
     refuseInFunction();
     const TableInfo target = table(create.table);
-    Catalogue owner = catalogue(create.table);
-    if (owner.index(target.id, create.name)) throw sqlError(1913, {create.name, target.name});
-    std::string list, keys;
-    std::vector<std::string> unique;
-    for (const auto& [name, descending] : create.columns) {
-        const TableColumn* column = target.column(name);
-        if (!column) throw sqlError(1911, {name});
-        list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
-        keys += (keys.empty() ? "" : ", ") + column->name;
-        if (create.unique) unique.push_back(column->name);
-    }
-    beforeWrite();
-    Atomic atomic(m_connection, owner.schema());
-    makeIndex(target, create.name, list, unique);
-    owner.add(create.name, objectType::kIndex, target.id, keys);
-    atomic.commit();
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    define(create.table, [&](Catalogue& owner) {
+        ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id, {}, {}, {}, target.name};
+        for (const auto& key : owner.keysOf(target.id))
+            if (key.type == index.type && compareText(key.name, index.name) == 0)
+                throw sqlError(1913, {create.name, target.name});
+        if (create.unique) index.source = kUniqueIndex;
+        std::string list;
+        for (const auto& [name, descending] : create.columns) {
+            const TableColumn* column = target.column(name);
+            if (!column) throw sqlError(1911, {name});
+            list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
+            index.columns += (index.columns.empty() ? "" : ", ") + column->name;
+        }
+        makeIndex(target, index, list);
+        owner.save(index);
+    });
+    return finished();
 }
 
 Flow Executor::run(const Drop& drop) {
     refuseInFunction();
     for (const auto& name : drop.names) {
-        if (drop.kind == ObjectKind::Database) {
+        if (drop.kind == ObjectKind::Database)
             dropDatabase(name.name, drop.ifExists);
-            continue;
-        }
-        Catalogue owner =
-            catalogue(drop.kind == ObjectKind::Index ? ObjectName{{}, {}, name.schema, 0} : name);
-        beforeWrite();
-        Atomic atomic(m_connection, owner.schema());
-        if (drop.kind == ObjectKind::Table) {
-            dropTable(owner, name, drop.ifExists);
-        } else if (drop.kind == ObjectKind::Index) {
-            const auto target = owner.table(name.schema);
-            const auto index = target ? owner.index(target->id, name.name) : std::nullopt;
-            if (!index && !drop.ifExists) throw sqlError(3701, {"index", name.schema + "." + name.name}, 7);
-            if (!index) continue;
-            dropIndex(*target, name.name);
-            owner.remove(index->id);
-        } else {
-            const std::string_view kind = drop.kind == ObjectKind::Procedure  ? "procedure"
-                                          : drop.kind == ObjectKind::Function ? "function"
-                                                                              : "view";
-            const auto module = owner.find(name.name);
-            const bool fits = module && isOfKind(module->type, drop.kind);
-            if (!fits && !drop.ifExists) throw sqlError(3701, {kind, name.name});
-            if (fits) owner.remove(module->id);
-        }
-        atomic.commit();
+        else if (drop.kind == ObjectKind::Index)
+            dropIndex(name, drop.ifExists);
+        else
+            dropObject(name, drop);
     }
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
-void Executor::dropTable(Catalogue& catalogue, const ObjectName& name, bool ifExists) {
-    const auto target = catalogue.table(name.name);
-    if (!target && ifExists) return;
-    if (!target) throw sqlError(3701, {"table", name.name});
-    for (const auto& key : catalogue.keysTo(target->name))
-        if (compareText(key.table, target->name) != 0) throw sqlError(3726, {target->name});
-    m_connection.run("DROP TABLE " + target->sqlName());
-    catalogue.remove(target->id);
+void Executor::dropIndex(const ObjectName& name, bool ifExists) {
+    define({{}, {}, name.schema, 0}, [&](Catalogue& owner) {
+        const auto target = owner.table(name.schema);
+        for (const auto& key : owner.keysOf(target ? target->id : 0)) {
+            if (key.type != objectType::kIndex || compareText(key.name, name.name) != 0) continue;
+            dropIndex(*target, key.name);
+            return owner.remove(key.id);
+        }
+        if (!ifExists) throw sqlError(3701, {"index", name.schema + "." + name.name}, 7);
+    });
+}
+
+void Executor::dropObject(const ObjectName& name, const Drop& drop) {
+    struct Kind {
+        std::string_view word, type, otherType;
+    };
+    constexpr Kind kKinds[] = {{"table", objectType::kTable, {}},  // in the order of ObjectKind
+                               {"view", objectType::kView, {}},
+                               {"procedure", objectType::kProcedure, {}},
+                               {"function", objectType::kFunction, objectType::kTableFunction}};
+    const Kind& kind = kKinds[static_cast<int>(drop.kind)];
+    define(name, [&](Catalogue& owner) {
+        const auto found = owner.find(name.name);
+        if (!found || (found->type != kind.type && found->type != kind.otherType)) {
+            if (drop.ifExists) return;
+            throw sqlError(3701, {kind.word, name.name});
+        }
+        if (drop.kind == ObjectKind::Table) {
+            for (const auto& key : owner.keysTo(found->name))
+                if (key.parent != found->id) throw sqlError(3726, {found->name});
+            m_connection.run("DROP TABLE " + owner.schema() + "." + quotedName(found->stored));
+        }
+        owner.remove(found->id);
+    });
 }
 
 void Executor::dropTable(const TableInfo& table) {

@@ -1,5 +1,4 @@
 // Procedures and functions: kept as text, parsed when they run.
-#include "Atomic.h"
 #include "Executor.h"
 #include "Messages.h"
 #include "Text.h"
@@ -47,7 +46,7 @@ class Executor::EnteredFrame {
     std::vector<Frame*>& m_frames;
 };
 
-void Executor::within(const StoredQuery& query, const std::function<void()>& work) {
+void Executor::within(const StoredModule& query, const std::function<void()>& work) {
     for (const Frame* frame : m_frames)
         if (frame->procedure == query.name && frame->database == query.database)
             throw sqlError(4429, {query.name});
@@ -63,7 +62,7 @@ void Executor::within(const StoredQuery& query, const std::function<void()>& wor
 
 // What the query of a view or function gives, found out by translating it.
 std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
-    const StoredQuery stored{databaseOf(module.name), module.name.name, nullptr, &module};
+    const StoredModule stored{databaseOf(module.name), module.name.name, nullptr, &module};
     std::vector<TableColumn> columns;
     within(stored, [&] {
         const QueryText text = Translator(*this).query(*module.query);
@@ -89,22 +88,18 @@ Flow Executor::run(const CreateModule& module) {
     if (!module.name.schema.empty() && !sameWord(module.name.schema, "dbo"))
         throw sqlError(2760, {module.name.schema});
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
-    Catalogue owner = catalogue(module.name);
-    beforeWrite();
-    Atomic atomic(m_connection, owner.schema());
-    const auto existing = owner.find(module.name.name);
-    if (existing && (!module.alter || existing->type != type)) throw sqlError(2714, {module.name.name}, 3);
-    if (!existing && !module.create) throw sqlError(208, {module.name.name}, 6);
-    std::int64_t id = existing ? existing->id : owner.add(module.name.name, type, 0, m_text);
-    if (existing) {
-        owner.setSource(id, m_text);
-        owner.removeColumns(id);
-    }
-    owner.addColumns(id, module.query && !module.function ? columns : parameterColumns(module));
-    atomic.commit();
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    define(module.name, [&](Catalogue& owner) {
+        const std::string& name = module.name.name;
+        const auto existing = owner.find(name);
+        if (existing && (!module.alter || existing->type != type)) throw sqlError(2714, {name}, 3);
+        if (!existing && !module.create) throw sqlError(208, {name}, 6);
+        ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type), 0, {}, {}, {}, {}});
+        object.source = m_text;
+        owner.save(object);
+        owner.removeColumns(object.id);
+        owner.addColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
+    });
+    return finished();
 }
 
 std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
@@ -114,17 +109,21 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
     return m_parsed[text] = parseBatch(text, m_quotedIdentifiers);
 }
 
-std::optional<ObjectInfo> Executor::module(const ObjectName& name, std::string_view type,
-                                           std::string& database) {
-    Catalogue owner = catalogue(name);
-    auto found = owner.find(name.name);
-    database = databaseOf(name);
+// What master's sp_ procedures read is still the caller's database.
+std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
+    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
+    if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
+        return std::nullopt;
+    ObjectName place = name;
+    auto found = catalogue(place).find(name.name);
     if ((!found || found->type != type) && name.database.empty() &&
         lowerAscii(name.name).starts_with("sp_")) {
-        database = "master";  // what master's sp_ procedures read is still the caller's database
-        found = Catalogue(m_connection, "master", m_connection.attach("master")).find(name.name);
+        place.database = "master";
+        found = catalogue(place).find(name.name);
     }
-    return found && found->type == type ? found : std::nullopt;
+    if (!found || found->type != type) return std::nullopt;
+    const auto batch = parsed(found->source);
+    return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch)};
 }
 
 // Runs `body` with `frame` innermost; its temporary tables end with it.
@@ -203,14 +202,16 @@ void Executor::executeSql(const Execute& execute) {
 void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
     Frame frame;
     const SystemProcedure* const system = systemProcedure(name);
-    const auto procedure = system ? std::nullopt : module(name, objectType::kProcedure, frame.database);
-    if (!system && !procedure) throw sqlError(2812, {name.name});
-    const std::string head = system ? "CREATE PROCEDURE " + std::string(system->name) + " " : "";
-    const auto batch =
-        parsed(system ? head + std::string(system->parameters) + " AS RETURN" : procedure->source);
-    const CreateModule& module = moduleOf(*batch);
-    frame.procedure = system ? system->name : procedure->name;
-    if (system) frame.database = databaseOf(name);
+    auto procedure = system ? std::nullopt : Executor::module(name, objectType::kProcedure);
+    if (system) {
+        const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
+                                 std::string(system->parameters) + " AS RETURN");
+        procedure = StoredModule{databaseOf(name), std::string(system->name), head, &moduleOf(*head)};
+    }
+    if (!procedure) throw sqlError(2812, {name.name});
+    const CreateModule& module = *procedure->module;
+    frame.procedure = procedure->name;
+    frame.database = procedure->database;
     frame.returned = std::int64_t{0};
     const bool noCount = m_noCount;
     const int transactions = m_transactions;
@@ -286,11 +287,11 @@ Value Executor::callFunction(std::string_view database, std::string_view name,
                              std::span<const CellView> arguments) {
     const ObjectName object{std::string(database), "dbo", std::string(name), m_line};
     Frame frame;
-    const auto function = module(object, objectType::kFunction, frame.database);
+    const auto function = Executor::module(object, objectType::kFunction);
     if (!function) throw sqlError(208, {object.name});
-    const auto batch = parsed(function->source);
-    const CreateModule& module = moduleOf(*batch);
+    const CreateModule& module = *function->module;
     frame.procedure = function->name;
+    frame.database = function->database;
     frame.isFunction = true;
     frame.returnType = module.returns;
     for (std::size_t i = 0; i < module.parameters.size(); ++i)

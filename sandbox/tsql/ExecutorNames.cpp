@@ -170,7 +170,8 @@ TableInfo Executor::table(const ObjectName& name) {
     const bool knownDatabase = name.database.empty() || m_engine.storage.exists(name.database);
     if (knownSchema && knownDatabase) {
         if (auto found = catalogue(name).table(name.name)) return *found;
-        if (storedQuery(name, false)) throw unsupported("changes through a view ('" + name.name + "')");
+        if (module(name, objectType::kView))
+            throw unsupported("changes through a view ('" + name.name + "')");
     }
     std::string full = name.database;
     if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
@@ -185,36 +186,6 @@ std::optional<SystemView> Executor::view(const ObjectName& name) {
     const Catalogue owner = catalogue(name);
     if (!system && owner.table(name.name)) return std::nullopt;
     return systemView(name.schema, name.name, m_connection.attach(database), database, m_engine.storage);
-}
-
-std::optional<UserFunction> Executor::function(const ObjectName& name) {
-    if (!sameWord(name.schema, "dbo") && !name.schema.empty()) return std::nullopt;
-    std::string database;
-    const auto found = module(name, objectType::kFunction, database);
-    if (!found) return std::nullopt;
-    UserFunction function{database, found->name, {}, {}};
-    for (const auto& column : catalogue({database, "dbo", name.name, 0}).columns(found->id)) {
-        if (column.name.empty())
-            function.returns = column.type;
-        else
-            function.parameters.push_back(column.type);
-    }
-    return function;
-}
-
-std::optional<StoredQuery> Executor::storedQuery(const ObjectName& name, bool isFunction) {
-    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
-    if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
-        return std::nullopt;
-    StoredQuery stored;
-    const auto found =
-        module(name, isFunction ? objectType::kTableFunction : objectType::kView, stored.database);
-    if (!found) return std::nullopt;
-    const auto batch = parsed(found->source);
-    stored.name = found->name;
-    stored.module = &std::get<CreateModule>(batch->statements.front()->node);
-    stored.text = batch;
-    return stored;
 }
 
 // ---- facts

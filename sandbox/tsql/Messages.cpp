@@ -151,13 +151,25 @@ constexpr MessageText kMessages[] = {
     {1505, 16, 1,
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
      "'dbo.%s' and the index name '%s'.%s"},
+    {1750, 16, 1, "Could not create constraint or index. See previous errors."},
+    {1753, 16, 0,
+     "Column '%s.%s' is not the same length or scale as referencing column '%s.%s' in foreign key '%s'. "
+     "Columns participating in a foreign key relationship must be defined with the same length and scale."},
+    {1756, 0, 1,
+     "Skipping FOREIGN KEY constraint '%s' definition for temporary table. FOREIGN KEY constraints are not "
+     "enforced on local or global temporary tables."},
     {1767, 16, 0, "Foreign key '%s' references invalid table '%s'."},
     {1773, 16, 0,
      "Foreign key '%s' has implicit reference to object '%s' which does not have a primary key defined on "
      "it."},
+    {1774, 16, 0,
+     "The number of columns in the referencing column list for foreign key '%s' does not match those of the "
+     "referenced column list in the referenced table '%s'."},
     {1776, 16, 0,
      "There are no primary or candidate keys in the referenced table '%s' that match the referencing column "
      "list in the foreign key '%s'."},
+    {1778, 16, 0,
+     "Column '%s.%s' is not the same data type as referencing column '%s.%s' in foreign key '%s'."},
     {1779, 16, 0, "Table '%s' already has a primary key defined on it."},
     {1781, 16, 1, "Column already has a DEFAULT bound to it."},
     {1801, 16, 3, "Database '%s' already exists. Choose a different database name."},

@@ -107,6 +107,7 @@ class Parser {
     ast::ExprPtr parseXmlValue(ast::ExprPtr xml);
     ast::ExprPtr value(ast::ExprPtr expr) const;  // refuses a condition
     std::vector<ast::ExprPtr> expressions();
+    std::vector<ast::ExprPtr> argumentsOf(const ast::ObjectName& function);
 
     // ---- queries (ParserQueries.cpp)
     bool atQuery() const;

@@ -343,6 +343,14 @@ ExprPtr Parser::parseNamed() {
     return parseCall({column.path[0], column.path[1], column.path[2], first.line});
 }
 
+// A null pointer stands for DEFAULT, which functions of a schema take.
+std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
+    return list([&] {
+        const bool byDefault = !function.schema.empty() && accept("DEFAULT");
+        return byDefault ? ExprPtr() : expression();
+    });
+}
+
 ExprPtr Parser::parseCall(ObjectName name) {
     const Nesting nesting(*this);
     const int line = name.line;
@@ -353,7 +361,7 @@ ExprPtr Parser::parseCall(ObjectName name) {
     else if (!at(")")) {
         call.distinct = accept("DISTINCT");
         if (!call.distinct) accept("ALL");
-        call.arguments = expressions();
+        call.arguments = argumentsOf(call.name);
     }
     expect(")");
     if (acceptAll({"WITHIN", "GROUP"})) call.within = parenthesized([this] { return parseOrderBy(); });

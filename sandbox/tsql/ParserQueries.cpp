@@ -272,10 +272,11 @@ TableRefPtr Parser::parseTablePrimary() {
         table->node = std::move(derived);
         return table;
     }
-    table->node = NamedTable{tableName()};
+    NamedTable named{tableName()};
     if (at("(") && !at("NOLOCK", 1))
-        std::get<NamedTable>(table->node).arguments =
-            parenthesized([this] { return at(")") ? std::vector<ExprPtr>() : expressions(); });
+        named.arguments =
+            parenthesized([&] { return at(")") ? std::vector<ExprPtr>() : argumentsOf(named.name); });
+    table->node = std::move(named);
     parseTableHints();
     table->alias = parseAlias();
     parseTableHints();

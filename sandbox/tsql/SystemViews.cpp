@@ -10,7 +10,7 @@ namespace {
 
 // A view's columns as "name type = expression; ..." and what they are read from. Marks that stand for more:
 //   $o, $c  the catalogue's tables     $d  the database's name      $L  the list of databases (name, id)
-//   $s      the schema in SQLite       $T  the list of types (type) $C  the collation's name
+//   $T      the list of types (type)   $C  the collation's name
 //   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $INDEX: the texts below
 // A view without a schema is found in sys, in dbo and by its name alone.
 struct ViewText {
@@ -81,8 +81,7 @@ o.type END)",
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = o.name; index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
-'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR EXISTS (SELECT 1 FROM pragma_index_list((SELECT stored
-FROM $o t WHERE t.id = o.parent), $s) p WHERE p.name = o.name || '@' || o.parent AND p."unique");
+'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR o.source = 'UNIQUE';
 is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0)",
      kIndexes},
     {"sys", "index_columns",
@@ -196,7 +195,6 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         replaceAll(found.sql, "$o", std::string(sqliteSchema) + ".tsqlbox_objects");
         replaceAll(found.sql, "$c", std::string(sqliteSchema) + ".tsqlbox_columns");
         replaceAll(found.sql, "$d", quotedText(database));
-        replaceAll(found.sql, "$s", quotedText(databaseKey(database)));
         replaceAll(found.sql, "$C", "SQL_Latin1_General_CP1_CI_AS");
         return found;
     }

@@ -16,16 +16,8 @@
 
 namespace tsql {
 
-// A scalar function of a database, as a call needs it.
-struct UserFunction {
-    std::string database;
-    std::string name;
-    std::vector<SqlType> parameters;
-    SqlType returns;
-};
-
-// A view, or a function that returns a table: the query that stands for it.
-struct StoredQuery {
+// A view or a function of a database.
+struct StoredModule {
     std::string database;
     std::string name;
     std::shared_ptr<const void> text;  // keeps `module`
@@ -39,10 +31,9 @@ class NameResolver {
     virtual SqlType variableType(std::string_view name) = 0;   // also of @@names; throws SqlError 137
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
     virtual std::optional<SystemView> view(const ast::ObjectName& name) = 0;
-    virtual std::optional<UserFunction> function(const ast::ObjectName& name) = 0;
-    virtual std::optional<StoredQuery> storedQuery(const ast::ObjectName& name, bool isFunction) = 0;
+    virtual std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) = 0;
     // Does `work` where names mean what they mean to the view or function. Throws SqlError 217 and 4429.
-    virtual void within(const StoredQuery& query, const std::function<void()>& work) = 0;
+    virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
 };
 
 struct SourceColumn {
@@ -178,10 +169,11 @@ class Translator {
     std::string from(const std::vector<ast::TableRefPtr>& tables);
     std::string tableRef(const ast::TableRef& table);
     std::string namedTable(const ast::NamedTable& table, const std::string& alias);
-    std::string storedTable(const StoredQuery& stored, const ast::NamedTable& table,
+    std::string storedTable(const StoredModule& stored, const ast::NamedTable& table,
                             const std::string& alias);
-    std::map<std::string, std::string> tableArguments(const StoredQuery& stored,
-                                                      const ast::NamedTable& table);
+    // The values of the function's parameters, each in its type.
+    std::vector<std::string> argumentsOf(const StoredModule& function,
+                                         const std::vector<ast::ExprPtr>& arguments);
     std::string tableFunction(const ast::NamedTable& table, const std::string& alias);
     std::string derivedTable(const ast::Query& query, const std::vector<std::string>& names,
                              const std::string& alias);

@@ -230,17 +230,25 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
 }
 
 Typed Translator::userCall(const Call& call) {
-    const auto function = m_names.function(call.name);
+    const auto function = m_names.module(call.name, objectType::kFunction);
     if (!function) throw sqlError(4121, {call.name.schema, call.name.schema, call.name.name});
-    if (call.arguments.size() != function->parameters.size()) {
-        const bool few = call.arguments.size() < function->parameters.size();
-        const std::string name = call.name.schema + "." + call.name.name;
-        throw sqlError(few ? 313 : 8144, {name});
-    }
     std::string sql = "ts_call(" + quotedText(function->database) + ", " + quotedText(function->name);
-    for (std::size_t i = 0; i < call.arguments.size(); ++i)
-        sql += ", " + coerce(value(*call.arguments[i]), function->parameters[i]).sql;
-    return {sql + ")", function->returns};
+    for (const auto& argument : argumentsOf(*function, call.arguments)) sql += ", " + argument;
+    return {sql + ")", function->module->returns};
+}
+
+std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
+                                                 const std::vector<ExprPtr>& arguments) {
+    const auto& parameters = function.module->parameters;
+    if (arguments.size() != parameters.size())
+        throw sqlError(arguments.size() < parameters.size() ? 313 : 8144, {"dbo." + function.name});
+    std::vector<std::string> values;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const auto& given = arguments[i] ? arguments[i] : parameters[i].byDefault;
+        if (!given) throw sqlError(201, {function.name, parameters[i].name});
+        values.push_back(coerce(value(*given), parameters[i].type).sql);
+    }
+    return values;
 }
 
 Typed Translator::node(const ScalarQuery& scalar) {

@@ -290,7 +290,8 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             m_with[i].open = false;
             return sql;
         }
-    if (const auto stored = m_names.storedQuery(table.name, table.arguments.has_value()))
+    if (const auto stored =
+            m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView))
         return storedTable(*stored, table, exposed);
     if (table.arguments) return tableFunction(table, exposed);
     const std::string sqlAlias = nextAlias();
@@ -307,9 +308,15 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
 }
 
 // The query in place of a view's or function's name, blind to what stands around it.
-std::string Translator::storedTable(const StoredQuery& stored, const NamedTable& table,
+std::string Translator::storedTable(const StoredModule& stored, const NamedTable& table,
                                     const std::string& alias) {
-    auto arguments = tableArguments(stored, table);
+    const auto& parameters = stored.module->parameters;
+    std::map<std::string, std::string> arguments;
+    const std::vector<ExprPtr> none;
+    Scope* const beside = std::exchange(m_scope, m_scope->outer);
+    const auto values = argumentsOf(stored, table.arguments ? *table.arguments : none);
+    m_scope = beside;
+    for (std::size_t i = 0; i < values.size(); ++i) arguments[lowerAscii(parameters[i].name)] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
         const auto common = std::exchange(m_with, {});
@@ -321,22 +328,6 @@ std::string Translator::storedTable(const StoredQuery& stored, const NamedTable&
         m_with = common;
     });
     return sql;
-}
-
-// The values of a function's parameters, each by the parameter's name.
-std::map<std::string, std::string> Translator::tableArguments(const StoredQuery& stored,
-                                                              const NamedTable& table) {
-    std::map<std::string, std::string> arguments;
-    const auto& parameters = stored.module->parameters;
-    const std::size_t given = table.arguments ? table.arguments->size() : 0;
-    if (given < parameters.size()) throw sqlError(313, {stored.name});
-    if (given > parameters.size()) throw sqlError(8144, {stored.name});
-    Scope* const beside = std::exchange(m_scope, m_scope->outer);
-    for (std::size_t i = 0; i < given; ++i)
-        arguments[lowerAscii(parameters[i].name)] =
-            coerce(value(*(*table.arguments)[i]), parameters[i].type).sql;
-    m_scope = beside;
-    return arguments;
 }
 
 // STRING_SPLIT(text, separator)

@@ -124,3 +124,33 @@ ALTER TABLE nullable ADD CONSTRAINT UQ_again UNIQUE (a)
 DROP INDEX ix_nullable ON nullable
 INSERT nullable VALUES (7, 'X', NULL)
 GO
+GO
+-- a foreign key refers to a key: a plain index is none, a unique one is; the order is free
+CREATE TABLE keys (a int NOT NULL, b int NOT NULL, c varchar(5) NOT NULL, d int NOT NULL)
+CREATE INDEX ix_a ON keys (a)
+CREATE UNIQUE INDEX ux_b ON keys (b)
+ALTER TABLE keys ADD CONSTRAINT UQ_cd UNIQUE (c, d)
+CREATE TABLE to_plain (x int CONSTRAINT FK_plain REFERENCES keys (a))
+CREATE TABLE to_unique (x int REFERENCES keys (b), y int, z varchar(5), CONSTRAINT FK_dc FOREIGN KEY (y, z) REFERENCES keys (d, c))
+CREATE TABLE to_text (x varchar(5) CONSTRAINT FK_text REFERENCES keys (b))
+CREATE TABLE to_longer (x varchar(9), y int, CONSTRAINT FK_longer FOREIGN KEY (x, y) REFERENCES keys (c, d))
+CREATE TABLE to_two (x int CONSTRAINT FK_two REFERENCES keys (c, d))
+CREATE TABLE itself (id int PRIMARY KEY, up int REFERENCES itself)
+INSERT keys VALUES (1, 2, 'c', 3)
+INSERT to_unique VALUES (2, 3, 'c'), (NULL, NULL, NULL)
+INSERT to_unique VALUES (2, 4, 'c')
+BEGIN TRY
+    ALTER TABLE itself ADD CONSTRAINT FK_try FOREIGN KEY (up) REFERENCES keys (a)
+END TRY
+BEGIN CATCH
+    SELECT ERROR_NUMBER()
+END CATCH
+CREATE TABLE #free (x int CONSTRAINT FK_free REFERENCES keys (b))
+INSERT #free VALUES (9)
+DECLARE @free TABLE (x int REFERENCES keys (b))
+GO
+-- two NULLs are one value too many
+CREATE TABLE two_nulls (a int, b int)
+INSERT two_nulls VALUES (NULL, 1), (NULL, 1)
+CREATE UNIQUE INDEX ux_two ON two_nulls (a, b)
+ALTER TABLE two_nulls ADD CONSTRAINT UQ_two UNIQUE (a)

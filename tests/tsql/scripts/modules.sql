@@ -59,3 +59,17 @@ DROP PROCEDURE q, deep
 EXEC q
 DROP DATABASE other
 GO
+GO
+CREATE FUNCTION dbo.scaled (@n int, @by int = 10) RETURNS int AS BEGIN RETURN @n * @by END
+GO
+CREATE FUNCTION dbo.numbers (@from int = 1, @to int) RETURNS TABLE AS RETURN (SELECT @from AS a, @to AS b)
+GO
+SELECT dbo.scaled(3, DEFAULT), dbo.scaled(3, 2)
+SELECT * FROM dbo.numbers(DEFAULT, 5)
+SELECT dbo.scaled(DEFAULT, 2)
+GO
+SELECT * FROM dbo.numbers(1, DEFAULT)
+GO
+SELECT dbo.scaled(3)
+GO
+SELECT LEN(DEFAULT)
