@@ -1,359 +1,309 @@
 #include "Messages.h"
 
 #include <algorithm>
+#include <map>
+#include <sstream>
+#include <string>
 
 namespace tsql {
 namespace {
 
+// Number, severity, state, text; a line that begins with a blank goes on with the text.
+constexpr std::string_view kMessages =
+    R"text(103 15 1 The database name '%s' is empty or too long. Maximum length is 128.
+104 15 1 ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT
+    operator.
+105 15 1 Unclosed quotation mark after the character string '%s'.
+106 15 1 Too many table names in the query. The maximum allowable is 256.
+107 15 1 The column prefix '%s' does not match with a table name or alias name used in the query.
+108 15 1 The ORDER BY position number %s is out of range of the number of items in the select list.
+109 15 1 There are more columns in the INSERT statement than values specified in the VALUES clause. The
+    number of values in the VALUES clause must match the number of columns specified in the INSERT statement.
+110 15 1 There are fewer columns in the INSERT statement than values specified in the VALUES clause. The
+    number of values in the VALUES clause must match the number of columns specified in the INSERT statement.
+111 15 1 'CREATE%s' must be the first statement in a query batch.
+113 15 1 Missing end comment mark '*/'.
+116 16 1 Only one expression can be specified in the select list when the subquery is not introduced with
+    EXISTS.
+120 15 1 The select list for the INSERT statement contains fewer items than the insert list. The number of
+    SELECT values must match the number of INSERT columns.
+121 15 1 The select list for the INSERT statement contains more items than the insert list. The number of
+    SELECT values must match the number of INSERT columns.
+127 15 1 A TOP N or FETCH rowcount value may not be negative.
+131 15 1 The size (%s) given to the type '%s' exceeds the maximum allowed for any data type (%s).
+134 15 1 The variable name '%s' has already been declared. Variable names must be unique within a query batch
+    or stored procedure.
+135 15 1 Cannot use a BREAK statement outside the scope of a WHILE statement.
+137 15 1 Must declare the scalar variable "%s".
+141 15 1 A SELECT statement that assigns a value to a variable must not be combined with data-retrieval
+    operations.
+145 15 1 ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
+147 15 1 An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING
+    clause or a select list, and the column being aggregated is an outer reference.
+148 15 1 Incorrect time syntax in time string '%s' used with WAITFOR.
+154 15 1 %s is not allowed in %s.
+155 15 1 '%s' is not a recognized %s option.
+164 15 1 Each GROUP BY expression must contain at least one column that is not an outer reference.
+166 15 1 'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name.
+174 15 1 The %s function requires %s argument(s).
+189 15 1 The %s function requires %s to %s arguments.
+191 15 1 Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller
+    queries.
+192 15 1 The scale must be less than or equal to the precision.
+195 15 7 '%s' is not a recognized SET option.
+201 16 4 Procedure or function '%s' expects parameter '%s', which was not supplied.
+205 16 1 All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of
+    expressions in their target lists.
+207 16 1 Invalid column name '%s'.
+208 16 1 Invalid object name '%s'.
+209 16 1 Ambiguous column name '%s'.
+213 16 1 Column name or number of supplied values does not match table definition.
+214 16 1 Procedure expects parameter '%s' of type '%s'.
+217 16 1 Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
+220 16 1 Arithmetic overflow error for data type %s, value = %s.
+226 16 6 %s statement not allowed within multi-statement transaction.
+232 16 1 Arithmetic overflow error for type %s, value = %s.
+234 16 1 There is insufficient result space to convert a money value to %s.
+235 16 1 Cannot convert a char value to money. The value has incorrect syntax.
+240 16 1 Types don't match between the anchor and the recursive part in column "%s" of recursive query "%s".
+241 16 1 Conversion failed when converting date and/or time from character string.
+242 16 3 The conversion of a %s data type to a %s data type resulted in an out-of-range value.
+244 16 1 The conversion of the %s value '%s' overflowed an %s column. Use a larger integer column.
+245 16 1 Conversion failed when converting the %s value '%s' to data type %s.
+248 16 1 The conversion of the %s value '%s' overflowed an int column.
+253 16 1 Recursive member of a common table expression '%s' has multiple recursive references.
+263 16 1 Must specify table to select from.
+264 16 1 The column name '%s' is specified more than once in the SET clause or column list of an INSERT.
+266 16 2 Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements.
+    Previous count = %s, current count = %s.
+281 16 1 %s is not a valid style number when converting from %s to a character string.
+289 16 1 Cannot construct data type %s, some of the arguments have values which are not valid.
+313 16 1 An insufficient number of arguments were supplied for the procedure or function %s.
+402 16 1 The data types %s and %s are incompatible in the %s operator.
+443 16 1 Invalid use of a side-effecting operator within a function.
+506 16 1 The invalid escape character "%s" was specified in a LIKE predicate.
+512 16 1 Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= ,
+    >, >= or when the subquery is used as an expression.
+515 16 2 Cannot insert the value NULL into column '%s', table '%s'; column does not allow nulls. %s fails.
+517 16 1 Adding a value to a '%s' column caused an overflow.
+529 16 1 Explicit conversion from data type %s to %s is not allowed.
+530 16 1 The statement terminated. The maximum recursion %s has been exhausted before statement completion.
+535 16 1 The datediff function resulted in an overflow. The number of dateparts separating two date/time
+    instances is too large. Try to use datediff with a less precise datepart.
+537 16 1 Invalid length parameter passed to the %s function.
+544 16 1 Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF.
+547 16 0 The %s statement conflicted with the %s constraint%s. The conflict occurred in database "%s", table
+    "dbo.%s"%s.
+628 16 1 Cannot issue SAVE TRANSACTION when there is no active transaction.
+911 16 1 Database '%s' does not exist. Make sure that the name is entered correctly.
+1001 15 1 Length or precision specification %s is invalid.
+1002 15 1 Specified scale %s is invalid%s.
+1007 15 1 The number '%s' is out of the range for numeric representation of this server (18 digits).
+1033 15 1 The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common
+    table expressions, unless TOP, OFFSET or FOR XML is also specified.
+1038 15 5 An object or column name is missing or empty. For SELECT INTO statements, verify each column has a
+    name.
+1048 15 1 Conflicting cursor options %s and %s.
+1060 15 1 The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
+1087 15 2 Must declare the table variable "%s".
+1105 17 2 Could not allocate space in database '%s': the disk is full.
+1205 13 1 Transaction (Process ID %s) was deadlocked on lock resources with another process and has been
+    chosen as the deadlock victim. Rerun the transaction.
+1222 16 1 Lock request time out period exceeded.
+1223 16 1 Cannot release the application lock (Database Principal: 'public', Resource: '%s') because it is
+    not currently held.
+1225 16 1 An invalid application lock mode was passed to %s.
+1226 16 1 An invalid application lock owner was passed to %s.
+1228 16 1 An invalid parameter "@DbPrincipal" was passed to the application lock function or procedure %s.
+1505 16 1 The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name
+    'dbo.%s' and the index name '%s'.%s
+1750 16 1 Could not create constraint or index. See previous errors.
+1753 16 0 Column '%s.%s' is not the same length or scale as referencing column '%s.%s' in foreign key '%s'.
+    Columns participating in a foreign key relationship must be defined with the same length and scale.
+1756 0 1 Skipping FOREIGN KEY constraint '%s' definition for temporary table. FOREIGN KEY constraints are not
+    enforced on local or global temporary tables.
+1767 16 0 Foreign key '%s' references invalid table '%s'.
+1773 16 0 Foreign key '%s' has implicit reference to object '%s' which does not have a primary key defined on
+    it.
+1774 16 0 The number of columns in the referencing column list for foreign key '%s' does not match those of
+    the referenced column list in the referenced table '%s'.
+1776 16 0 There are no primary or candidate keys in the referenced table '%s' that match the referencing
+    column list in the foreign key '%s'.
+1778 16 0 Column '%s.%s' is not the same data type as referencing column '%s.%s' in foreign key '%s'.
+1779 16 0 Table '%s' already has a primary key defined on it.
+1781 16 1 Column already has a DEFAULT bound to it.
+1801 16 3 Database '%s' already exists. Choose a different database name.
+1802 16 1 CREATE DATABASE failed. Some file names listed could not be created: %s
+1834 16 1 The file '%s' cannot be overwritten. It is being used by database '%s'.
+1911 16 1 Column name '%s' does not exist in the target table or view.
+1913 16 1 The operation failed because an index or statistics with name '%s' already exists on table
+    'dbo.%s'.
+2601 14 1 Cannot insert duplicate key row in object 'dbo.%s' with unique index '%s'.%s
+2627 14 1 Violation of %s KEY constraint '%s'. Cannot insert duplicate key in object 'dbo.%s'.%s
+2628 16 1 String or binary data would be truncated in table '%s', column '%s'. Truncated value: '%s'.
+2705 16 1 Column names in each table must be unique. Column name '%s' in table '%s' is specified more than
+    once.
+2714 16 6 There is already an object named '%s' in the database.
+2715 16 1 Column, parameter, or variable #1: Cannot find data type %s.
+2716 16 1 Column, parameter, or variable #1: Cannot specify a column width on data type %s.
+2744 16 1 Multiple identity columns specified for table '%s'. Only one identity column per table is allowed.
+2749 16 1 Identity column '%s' must be of data type int, bigint, smallint, tinyint, or decimal or numeric
+    with a scale of 0, and constrained to be nonnullable.
+2750 16 1 Specified column precision %s is greater than the maximum precision of 38.
+2754 16 1 Error severity levels greater than 18 can only be specified by members of the sysadmin role, using
+    the WITH LOG option.
+2760 16 1 The specified schema name "%s" either does not exist or you do not have permission to use it.
+2786 16 1 The data type of substitution parameter %s does not match the expected type of the format
+    specification.
+2787 16 1 Invalid format specification: '%s'.
+2812 16 62 Could not find stored procedure '%s'.
+3021 16 0 Cannot perform a backup or restore operation within a transaction.
+3101 16 1 Exclusive access could not be obtained because the database is in use.
+3102 16 1 RESTORE cannot process database '%s' because it is in use by this session. It is recommended that
+    the master database be used when performing this operation.
+3154 16 4 The backup set holds a backup of a database other than the existing '%s' database.
+3159 16 1 The tail of the log for the database "%s" has not been backed up. Use the WITH REPLACE clause of
+    the RESTORE statement to overwrite the existing database.
+3201 16 1 Cannot open backup device '%s'. Operating system error %s(%s).
+3202 16 1 Write on "%s" failed: %s
+3203 16 1 Read on "%s" failed: the backup is damaged (its checksum does not hold).
+3234 16 1 Logical file '%s' is not part of database '%s'. Use RESTORE FILELISTONLY to list the logical file
+    names.
+3241 16 1 The media family on device '%s' is incorrectly formed. SQL Server cannot process this media family.
+3270 16 1 An internal consistency error has occurred: %s
+3623 16 1 An invalid floating point operation occurred.
+3701 11 5 Cannot drop the %s '%s', because it does not exist or you do not have permission.
+3702 16 3 Cannot drop database "%s" because it is currently in use.
+3708 16 1 Cannot drop the database '%s' because it is a system database.
+3725 16 0 The constraint '%s' is being referenced by table '%s', foreign key constraint '%s'.
+3726 16 1 Could not drop object '%s' because it is referenced by a FOREIGN KEY constraint.
+3727 16 0 Could not drop constraint. See previous errors.
+3728 16 1 '%s' is not a constraint.
+3902 16 1 The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.
+3903 16 1 The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.
+3918 16 1 The statement or function must be executed in the context of a user transaction.
+3930 16 1 The current transaction cannot be committed and cannot support operations that write to the log
+    file. Roll back the transaction.
+3931 16 1 The current transaction cannot be committed and cannot be rolled back to a savepoint. Roll back the
+    entire transaction.
+3998 16 1 Uncommittable transaction is detected at the end of the batch. The transaction is rolled back.
+4060 11 1 Cannot open database "%s" requested by the login. The login failed.
+4104 16 1 The multi-part identifier "%s" could not be bound.
+4108 15 1 Windowed functions can only appear in the SELECT or ORDER BY clauses.
+4112 15 1 The function '%s' must have an OVER clause with ORDER BY.
+4113 16 1 The function '%s' is not a valid windowing function, and cannot be used with the OVER clause.
+4121 16 1 Cannot find either column "%s" or the user-defined function or aggregate "%s.%s", or the name is
+    ambiguous.
+4194 16 1 RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters.
+4429 16 1 View or function '%s' contains a self-reference. Views or functions cannot reference themselves
+    directly or indirectly.
+4506 16 1 Column names in each view or function must be unique. Column name '%s' in view or function '%s' is
+    specified more than once.
+4508 16 1 Views or functions are not allowed on temporary tables. Table names that begin with '#' denote
+    temporary tables.
+4511 16 1 Create View or Function failed because no column name was specified for column %s.
+4712 16 1 Cannot truncate table '%s' because it is being referenced by a FOREIGN KEY constraint.
+4901 16 1 ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition
+    specified, or the column being added is an identity or timestamp column, or alternatively if none of the
+    previous conditions are satisfied the table must be empty to allow addition of this column. Column '%s'
+    cannot be added to non-empty table '%s' because it does not satisfy these conditions.
+4922 16 9 ALTER TABLE %s COLUMN %s failed because one or more objects access this column.
+4924 16 1 ALTER TABLE %s COLUMN failed because column '%s' does not exist in table '%s'.
+5074 16 1 The %s '%s' is dependent on column '%s'.
+5308 16 1 Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER
+    BY clause expressions.
+6401 16 1 Cannot roll back %s. No transaction or savepoint of that name was found.
+6809 16 1 Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for
+    attribute names. Name unnamed columns/tables using AS in the SELECT statement.
+6852 16 1 Attribute-centric column '%s' must not come after a non-attribute-centric sibling in XML hierarchy
+    in FOR XML PATH.
+6864 16 1 Row tag omission (empty row tag name) cannot be used with attribute-centric FOR XML serialization.
+8101 16 1 An explicit value for the identity column in table '%s' can only be specified when a column list is
+    used and IDENTITY_INSERT is ON.
+8102 16 1 Cannot update identity column '%s'.
+8106 16 1 Table '%s' does not have the identity property. Cannot perform SET operation.
+8107 16 1 IDENTITY_INSERT is already ON for table '%s'. Cannot perform SET operation for table '%s'.
+8111 16 1 Cannot define PRIMARY KEY constraint on nullable column in table '%s'.
+8114 16 1 Error converting data type %s to %s.
+8115 16 1 Arithmetic overflow error converting %s to data type %s.
+8116 16 1 Argument data type %s is invalid for argument %s of %s function.
+8117 16 1 Operand data type %s is invalid for %s operator.
+8120 16 1 Column '%s' is invalid in the select list because it is not contained in either an aggregate
+    function or the GROUP BY clause.
+8127 16 1 Column '%s' is invalid in the ORDER BY clause because it is not contained in either an aggregate
+    function or the GROUP BY clause.
+8134 16 1 Divide by zero error encountered.
+8144 16 2 Procedure or function %s has too many arguments specified.
+8145 16 1 %s is not a parameter for procedure %s.
+8152 16 1 String or binary data would be truncated.
+8155 16 1 No column name was specified for column %s of '%s'.
+8158 16 1 '%s' has more columns than were specified in the column list.
+8159 16 1 '%s' has fewer columns than were specified in the column list.
+8162 16 1 The formal parameter "%s" was not declared as an OUTPUT parameter, but the actual parameter passed
+    in requested output.
+8169 16 1 Conversion failed when converting from a character string to uniqueidentifier.
+8170 16 1 Insufficient %s.
+10704 15 1 To rethrow an error, a THROW statement must be used inside a CATCH block.
+10741 15 2 A TOP can not be used in the same query or sub-query as a OFFSET.
+10742 15 1 The offset specified in a OFFSET clause may not be negative.
+10744 15 1 The number of rows provided for a FETCH clause must be greater then zero.
+10752 15 1 The function '%s' may not have a window frame.
+10753 15 1 The function '%s' must have an OVER clause.
+10756 15 1 Window frame with ROWS or RANGE must have an ORDER BY clause.
+10757 15 1 The function '%s' may not have a WITHIN GROUP clause.
+10759 15 1 Use of DISTINCT is not allowed with the OVER clause.
+15009 16 1 The object '%s' does not exist in database '%s' or is invalid for this operation.
+15197 16 1 There is no text for object '%s'.
+16905 16 1 The cursor is already open.
+16911 16 1 fetch: The fetch type cannot be used with forward only cursors.
+16915 16 1 A cursor with the name '%s' already exists.
+16916 16 1 A cursor with the name '%s' does not exist.
+16917 16 1 Cursor is not open.
+16922 16 1 Cursor Fetch: Implicit conversion from data type %s to %s is not allowed.
+16924 16 1 Cursorfetch: The number of variables declared in the INTO list must match that of selected
+    columns.
+18054 16 1 Error %s was raised, but no message with that error number was found in sys.messages.
+35100 16 1 Error number in the THROW statement is outside the valid range. Specify an error number in the
+    valid range of 50000 to 2147483647.)text";
+
 struct MessageText {
-    int number, severity, state;
-    std::string_view text;
+    int severity = 0, state = 0;
+    std::string text;
 };
 
-constexpr MessageText kMessages[] = {
-    {103, 15, 1, "The database name '%s' is empty or too long. Maximum length is 128."},
-    {104, 15, 1,
-     "ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT "
-     "operator."},
-    {105, 15, 1, "Unclosed quotation mark after the character string '%s'."},
-    {106, 15, 1, "Too many table names in the query. The maximum allowable is 256."},
-    {107, 15, 1, "The column prefix '%s' does not match with a table name or alias name used in the query."},
-    {108, 15, 1,
-     "The ORDER BY position number %s is out of range of the number of items in the select list."},
-    {109, 15, 1,
-     "There are more columns in the INSERT statement than values specified in the VALUES clause. The number "
-     "of values in the VALUES clause must match the number of columns specified in the INSERT statement."},
-    {110, 15, 1,
-     "There are fewer columns in the INSERT statement than values specified in the VALUES clause. The number "
-     "of values in the VALUES clause must match the number of columns specified in the INSERT statement."},
-    {111, 15, 1, "'CREATE%s' must be the first statement in a query batch."},
-    {113, 15, 1, "Missing end comment mark '*/'."},
-    {116, 16, 1,
-     "Only one expression can be specified in the select list when the subquery is not introduced with "
-     "EXISTS."},
-    {120, 15, 1,
-     "The select list for the INSERT statement contains fewer items than the insert list. The number of "
-     "SELECT values must match the number of INSERT columns."},
-    {121, 15, 1,
-     "The select list for the INSERT statement contains more items than the insert list. The number of "
-     "SELECT values must match the number of INSERT columns."},
-    {127, 15, 1, "A TOP N or FETCH rowcount value may not be negative."},
-    {131, 15, 1, "The size (%s) given to the type '%s' exceeds the maximum allowed for any data type (%s)."},
-    {134, 15, 1,
-     "The variable name '%s' has already been declared. Variable names must be unique within a query batch "
-     "or stored procedure."},
-    {135, 15, 1, "Cannot use a BREAK statement outside the scope of a WHILE statement."},
-    {137, 15, 1, "Must declare the scalar variable \"%s\"."},
-    {141, 15, 1,
-     "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
-     "operations."},
-    {145, 15, 1, "ORDER BY items must appear in the select list if SELECT DISTINCT is specified."},
-    {147, 15, 1,
-     "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING "
-     "clause or a select list, and the column being aggregated is an outer reference."},
-    {148, 15, 1, "Incorrect time syntax in time string '%s' used with WAITFOR."},
-    {154, 15, 1, "%s is not allowed in %s."},
-    {155, 15, 1, "'%s' is not a recognized %s option."},
-    {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
-    {166, 15, 1,
-     "'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name."},
-    {174, 15, 1, "The %s function requires %s argument(s)."},
-    {189, 15, 1, "The %s function requires %s to %s arguments."},
-    {191, 15, 1,
-     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller "
-     "queries."},
-    {192, 15, 1, "The scale must be less than or equal to the precision."},
-    {195, 15, 7, "'%s' is not a recognized SET option."},
-    {201, 16, 4, "Procedure or function '%s' expects parameter '%s', which was not supplied."},
-    {205, 16, 1,
-     "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of "
-     "expressions "
-     "in their target lists."},
-    {207, 16, 1, "Invalid column name '%s'."},
-    {208, 16, 1, "Invalid object name '%s'."},
-    {209, 16, 1, "Ambiguous column name '%s'."},
-    {213, 16, 1, "Column name or number of supplied values does not match table definition."},
-    {214, 16, 1, "Procedure expects parameter '%s' of type '%s'."},
-    {217, 16, 1, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32)."},
-    {220, 16, 1, "Arithmetic overflow error for data type %s, value = %s."},
-    {226, 16, 6, "%s statement not allowed within multi-statement transaction."},
-    {232, 16, 1, "Arithmetic overflow error for type %s, value = %s."},
-    {234, 16, 1, "There is insufficient result space to convert a money value to %s."},
-    {235, 16, 1, "Cannot convert a char value to money. The value has incorrect syntax."},
-    {240, 16, 1,
-     "Types don't match between the anchor and the recursive part in column \"%s\" of recursive query "
-     "\"%s\"."},
-    {241, 16, 1, "Conversion failed when converting date and/or time from character string."},
-    {242, 16, 3, "The conversion of a %s data type to a %s data type resulted in an out-of-range value."},
-    {244, 16, 1, "The conversion of the %s value '%s' overflowed an %s column. Use a larger integer column."},
-    {245, 16, 1, "Conversion failed when converting the %s value '%s' to data type %s."},
-    {248, 16, 1, "The conversion of the %s value '%s' overflowed an int column."},
-    {253, 16, 1, "Recursive member of a common table expression '%s' has multiple recursive references."},
-    {263, 16, 1, "Must specify table to select from."},
-    {264, 16, 1,
-     "The column name '%s' is specified more than once in the SET clause or column list of an INSERT."},
-    {266, 16, 2,
-     "Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. "
-     "Previous count = %s, current count = %s."},
-    {281, 16, 1, "%s is not a valid style number when converting from %s to a character string."},
-    {289, 16, 1, "Cannot construct data type %s, some of the arguments have values which are not valid."},
-    {313, 16, 1, "An insufficient number of arguments were supplied for the procedure or function %s."},
-    {402, 16, 1, "The data types %s and %s are incompatible in the %s operator."},
-    {443, 16, 1, "Invalid use of a side-effecting operator within a function."},
-    {506, 16, 1, "The invalid escape character \"%s\" was specified in a LIKE predicate."},
-    {512, 16, 1,
-     "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, "
-     ">= or when the subquery is used as an expression."},
-    {515, 16, 2,
-     "Cannot insert the value NULL into column '%s', table '%s'; column does not allow nulls. %s fails."},
-    {517, 16, 1, "Adding a value to a '%s' column caused an overflow."},
-    {529, 16, 1, "Explicit conversion from data type %s to %s is not allowed."},
-    {530, 16, 1,
-     "The statement terminated. The maximum recursion %s has been exhausted before statement completion."},
-    {535, 16, 1,
-     "The datediff function resulted in an overflow. The number of dateparts separating two date/time "
-     "instances is too large. Try to use datediff with a less precise datepart."},
-    {537, 16, 1, "Invalid length parameter passed to the %s function."},
-    {544, 16, 1,
-     "Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF."},
-    {547, 16, 0,
-     "The %s statement conflicted with the %s constraint%s. The conflict occurred in database \"%s\", table "
-     "\"dbo.%s\"%s."},
-    {628, 16, 1, "Cannot issue SAVE TRANSACTION when there is no active transaction."},
-    {911, 16, 1, "Database '%s' does not exist. Make sure that the name is entered correctly."},
-    {1001, 15, 1, "Length or precision specification %s is invalid."},
-    {1002, 15, 1, "Specified scale %s is invalid%s."},
-    {1007, 15, 1,
-     "The number '%s' is out of the range for numeric representation of this server (18 digits)."},
-    {1033, 15, 1,
-     "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
-     "table "
-     "expressions, unless TOP, OFFSET or FOR XML is also specified."},
-    {1038, 15, 5,
-     "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a "
-     "name."},
-    {1048, 15, 1, "Conflicting cursor options %s and %s."},
-    {1060, 15, 1,
-     "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
-    {1087, 15, 2, "Must declare the table variable \"%s\"."},
-    {1105, 17, 2, "Could not allocate space in database '%s': the disk is full."},
-    {1205, 13, 1,
-     "Transaction (Process ID %s) was deadlocked on lock resources with another process and has been chosen "
-     "as the deadlock victim. Rerun the transaction."},
-    {1222, 16, 1, "Lock request time out period exceeded."},
-    {1223, 16, 1,
-     "Cannot release the application lock (Database Principal: 'public', Resource: '%s') because it is not "
-     "currently held."},
-    {1225, 16, 1, "An invalid application lock mode was passed to %s."},
-    {1226, 16, 1, "An invalid application lock owner was passed to %s."},
-    {1228, 16, 1,
-     "An invalid parameter \"@DbPrincipal\" was passed to the application lock function or procedure %s."},
-    {1505, 16, 1,
-     "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
-     "'dbo.%s' and the index name '%s'.%s"},
-    {1750, 16, 1, "Could not create constraint or index. See previous errors."},
-    {1753, 16, 0,
-     "Column '%s.%s' is not the same length or scale as referencing column '%s.%s' in foreign key '%s'. "
-     "Columns participating in a foreign key relationship must be defined with the same length and scale."},
-    {1756, 0, 1,
-     "Skipping FOREIGN KEY constraint '%s' definition for temporary table. FOREIGN KEY constraints are not "
-     "enforced on local or global temporary tables."},
-    {1767, 16, 0, "Foreign key '%s' references invalid table '%s'."},
-    {1773, 16, 0,
-     "Foreign key '%s' has implicit reference to object '%s' which does not have a primary key defined on "
-     "it."},
-    {1774, 16, 0,
-     "The number of columns in the referencing column list for foreign key '%s' does not match those of the "
-     "referenced column list in the referenced table '%s'."},
-    {1776, 16, 0,
-     "There are no primary or candidate keys in the referenced table '%s' that match the referencing column "
-     "list in the foreign key '%s'."},
-    {1778, 16, 0,
-     "Column '%s.%s' is not the same data type as referencing column '%s.%s' in foreign key '%s'."},
-    {1779, 16, 0, "Table '%s' already has a primary key defined on it."},
-    {1781, 16, 1, "Column already has a DEFAULT bound to it."},
-    {1801, 16, 3, "Database '%s' already exists. Choose a different database name."},
-    {1802, 16, 1, "CREATE DATABASE failed. Some file names listed could not be created: %s"},
-    {1834, 16, 1, "The file '%s' cannot be overwritten. It is being used by database '%s'."},
-    {1911, 16, 1, "Column name '%s' does not exist in the target table or view."},
-    {1913, 16, 1,
-     "The operation failed because an index or statistics with name '%s' already exists on table 'dbo.%s'."},
-    {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%s' with unique index '%s'.%s"},
-    {2627, 14, 1, "Violation of %s KEY constraint '%s'. Cannot insert duplicate key in object 'dbo.%s'.%s"},
-    {2628, 16, 1,
-     "String or binary data would be truncated in table '%s', column '%s'. Truncated value: '%s'."},
-    {2705, 16, 1,
-     "Column names in each table must be unique. Column name '%s' in table '%s' is specified more than "
-     "once."},
-    {2714, 16, 6, "There is already an object named '%s' in the database."},
-    {2715, 16, 1, "Column, parameter, or variable #1: Cannot find data type %s."},
-    {2716, 16, 1, "Column, parameter, or variable #1: Cannot specify a column width on data type %s."},
-    {2744, 16, 1,
-     "Multiple identity columns specified for table '%s'. Only one identity column per table is allowed."},
-    {2749, 16, 1,
-     "Identity column '%s' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
-     "scale of 0, and constrained to be nonnullable."},
-    {2750, 16, 1, "Specified column precision %s is greater than the maximum precision of 38."},
-    {2754, 16, 1,
-     "Error severity levels greater than 18 can only be specified by members of the sysadmin role, using the "
-     "WITH LOG option."},
-    {2760, 16, 1,
-     "The specified schema name \"%s\" either does not exist or you do not have permission to use it."},
-    {2786, 16, 1,
-     "The data type of substitution parameter %s does not match the expected type of the format "
-     "specification."},
-    {2787, 16, 1, "Invalid format specification: '%s'."},
-    {2812, 16, 62, "Could not find stored procedure '%s'."},
-    {3021, 16, 0, "Cannot perform a backup or restore operation within a transaction."},
-    {3101, 16, 1, "Exclusive access could not be obtained because the database is in use."},
-    {3102, 16, 1,
-     "RESTORE cannot process database '%s' because it is in use by this session. It is recommended that the "
-     "master database be used when performing this operation."},
-    {3154, 16, 4, "The backup set holds a backup of a database other than the existing '%s' database."},
-    {3159, 16, 1,
-     "The tail of the log for the database \"%s\" has not been backed up. Use the WITH REPLACE clause of the "
-     "RESTORE statement to overwrite the existing database."},
-    {3201, 16, 1, "Cannot open backup device '%s'. Operating system error %s(%s)."},
-    {3202, 16, 1, "Write on \"%s\" failed: %s"},
-    {3203, 16, 1, "Read on \"%s\" failed: the backup is damaged (its checksum does not hold)."},
-    {3234, 16, 1,
-     "Logical file '%s' is not part of database '%s'. Use RESTORE FILELISTONLY to list the logical file "
-     "names."},
-    {3241, 16, 1,
-     "The media family on device '%s' is incorrectly formed. SQL Server cannot process this media family."},
-    {3270, 16, 1, "An internal consistency error has occurred: %s"},
-    {3623, 16, 1, "An invalid floating point operation occurred."},
-    {3701, 11, 5, "Cannot drop the %s '%s', because it does not exist or you do not have permission."},
-    {3702, 16, 3, "Cannot drop database \"%s\" because it is currently in use."},
-    {3708, 16, 1, "Cannot drop the database '%s' because it is a system database."},
-    {3725, 16, 0, "The constraint '%s' is being referenced by table '%s', foreign key constraint '%s'."},
-    {3726, 16, 1, "Could not drop object '%s' because it is referenced by a FOREIGN KEY constraint."},
-    {3727, 16, 0, "Could not drop constraint. See previous errors."},
-    {3728, 16, 1, "'%s' is not a constraint."},
-    {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
-    {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
-    {3918, 16, 1, "The statement or function must be executed in the context of a user transaction."},
-    {3930, 16, 1,
-     "The current transaction cannot be committed and cannot support operations that write to the log file. "
-     "Roll back the transaction."},
-    {3931, 16, 1,
-     "The current transaction cannot be committed and cannot be rolled back to a savepoint. Roll back the "
-     "entire transaction."},
-    {3998, 16, 1,
-     "Uncommittable transaction is detected at the end of the batch. The transaction is rolled back."},
-    {4060, 11, 1, "Cannot open database \"%s\" requested by the login. The login failed."},
-    {4104, 16, 1, "The multi-part identifier \"%s\" could not be bound."},
-    {4108, 15, 1, "Windowed functions can only appear in the SELECT or ORDER BY clauses."},
-    {4112, 15, 1, "The function '%s' must have an OVER clause with ORDER BY."},
-    {4113, 16, 1,
-     "The function '%s' is not a valid windowing function, and cannot be used with the OVER clause."},
-    {4121, 16, 1,
-     "Cannot find either column \"%s\" or the user-defined function or aggregate \"%s.%s\", or the name is "
-     "ambiguous."},
-    {4194, 16, 1, "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters."},
-    {4429, 16, 1,
-     "View or function '%s' contains a self-reference. Views or functions cannot reference themselves "
-     "directly or indirectly."},
-    {4506, 16, 1,
-     "Column names in each view or function must be unique. Column name '%s' in view or function '%s' is "
-     "specified more than once."},
-    {4508, 16, 1,
-     "Views or functions are not allowed on temporary tables. Table names that begin with '#' denote "
-     "temporary "
-     "tables."},
-    {4511, 16, 1, "Create View or Function failed because no column name was specified for column %s."},
-    {4712, 16, 1, "Cannot truncate table '%s' because it is being referenced by a FOREIGN KEY constraint."},
-    {4901, 16, 1,
-     "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
-     "specified, or the column being added is an identity or timestamp column, or alternatively if none of "
-     "the previous conditions are satisfied the table must be empty to allow addition of this column. Column "
-     "'%s' cannot be added to non-empty table '%s' because it does not satisfy these conditions."},
-    {4922, 16, 9, "ALTER TABLE %s COLUMN %s failed because one or more objects access this column."},
-    {4924, 16, 1, "ALTER TABLE %s COLUMN failed because column '%s' does not exist in table '%s'."},
-    {5074, 16, 1, "The %s '%s' is dependent on column '%s'."},
-    {5308, 16, 1,
-     "Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY "
-     "clause expressions."},
-    {6401, 16, 1, "Cannot roll back %s. No transaction or savepoint of that name was found."},
-    {6809, 16, 1,
-     "Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for "
-     "attribute "
-     "names. Name unnamed columns/tables using AS in the SELECT statement."},
-    {6852, 16, 1,
-     "Attribute-centric column '%s' must not come after a non-attribute-centric sibling in XML hierarchy in "
-     "FOR XML PATH."},
-    {6864, 16, 1,
-     "Row tag omission (empty row tag name) cannot be used with attribute-centric FOR XML serialization."},
-    {8101, 16, 1,
-     "An explicit value for the identity column in table '%s' can only be specified when a column list is "
-     "used and IDENTITY_INSERT is ON."},
-    {8102, 16, 1, "Cannot update identity column '%s'."},
-    {8106, 16, 1, "Table '%s' does not have the identity property. Cannot perform SET operation."},
-    {8107, 16, 1,
-     "IDENTITY_INSERT is already ON for table '%s'. Cannot perform SET operation for table '%s'."},
-    {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%s'."},
-    {8114, 16, 1, "Error converting data type %s to %s."},
-    {8115, 16, 1, "Arithmetic overflow error converting %s to data type %s."},
-    {8116, 16, 1, "Argument data type %s is invalid for argument %s of %s function."},
-    {8117, 16, 1, "Operand data type %s is invalid for %s operator."},
-    {8120, 16, 1,
-     "Column '%s' is invalid in the select list because it is not contained in either an aggregate function "
-     "or the GROUP BY clause."},
-    {8127, 16, 1,
-     "Column '%s' is invalid in the ORDER BY clause because it is not contained in either an aggregate "
-     "function or the GROUP BY clause."},
-    {8134, 16, 1, "Divide by zero error encountered."},
-    {8144, 16, 2, "Procedure or function %s has too many arguments specified."},
-    {8145, 16, 1, "%s is not a parameter for procedure %s."},
-    {8152, 16, 1, "String or binary data would be truncated."},
-    {8155, 16, 1, "No column name was specified for column %s of '%s'."},
-    {8158, 16, 1, "'%s' has more columns than were specified in the column list."},
-    {8159, 16, 1, "'%s' has fewer columns than were specified in the column list."},
-    {8162, 16, 1,
-     "The formal parameter \"%s\" was not declared as an OUTPUT parameter, but the actual parameter passed "
-     "in requested output."},
-    {8169, 16, 1, "Conversion failed when converting from a character string to uniqueidentifier."},
-    {8170, 16, 1, "Insufficient %s."},
-    {10704, 15, 1, "To rethrow an error, a THROW statement must be used inside a CATCH block."},
-    {10741, 15, 2, "A TOP can not be used in the same query or sub-query as a OFFSET."},
-    {10742, 15, 1, "The offset specified in a OFFSET clause may not be negative."},
-    {10744, 15, 1, "The number of rows provided for a FETCH clause must be greater then zero."},
-    {10752, 15, 1, "The function '%s' may not have a window frame."},
-    {10753, 15, 1, "The function '%s' must have an OVER clause."},
-    {10756, 15, 1, "Window frame with ROWS or RANGE must have an ORDER BY clause."},
-    {10757, 15, 1, "The function '%s' may not have a WITHIN GROUP clause."},
-    {10759, 15, 1, "Use of DISTINCT is not allowed with the OVER clause."},
-    {15009, 16, 1, "The object '%s' does not exist in database '%s' or is invalid for this operation."},
-    {15197, 16, 1, "There is no text for object '%s'."},
-    {16905, 16, 1, "The cursor is already open."},
-    {16911, 16, 1, "fetch: The fetch type cannot be used with forward only cursors."},
-    {16915, 16, 1, "A cursor with the name '%s' already exists."},
-    {16916, 16, 1, "A cursor with the name '%s' does not exist."},
-    {16917, 16, 1, "Cursor is not open."},
-    {16922, 16, 1, "Cursor Fetch: Implicit conversion from data type %s to %s is not allowed."},
-    {16924, 16, 1,
-     "Cursorfetch: The number of variables declared in the INTO list must match that of selected columns."},
-    {18054, 16, 1, "Error %s was raised, but no message with that error number was found in sys.messages."},
-    {35100, 16, 1,
-     "Error number in the THROW statement is outside the valid range. Specify an error number in the valid "
-     "range of 50000 to 2147483647."},
-};
+std::map<int, MessageText> readMessages() {
+    std::map<int, MessageText> messages;
+    MessageText* last = nullptr;
+    std::istringstream lines{std::string(kMessages)};
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(' ')) {
+            last->text += line.substr(line.find_first_not_of(' ') - 1);
+            continue;
+        }
+        std::istringstream words(line);
+        int number = 0;
+        words >> number;
+        last = &messages[number];
+        std::getline(words >> last->severity >> last->state >> std::ws, last->text);
+    }
+    return messages;
+}
 
 }  // namespace
 
 SqlError sqlError(int number, std::initializer_list<std::string_view> values, int state) {
-    const auto* found = std::find_if(std::begin(kMessages), std::end(kMessages),
-                                     [number](const auto& each) { return each.number == number; });
-    if (found == std::end(kMessages)) throw std::logic_error("no text for error " + std::to_string(number));
+    static const std::map<int, MessageText> messages = readMessages();
+    const auto found = messages.find(number);
+    if (found == messages.end()) throw std::logic_error("no text for error " + std::to_string(number));
     std::string text;
-    std::string_view rest = found->text;
+    std::string_view rest = found->second.text;
     for (const auto value : values) {
         const std::size_t at = std::min(rest.find("%s"), rest.size());
         if (at == rest.size()) break;
         text.append(rest.substr(0, at)).append(value);
-        rest.remove_prefix(std::min(at + 2, rest.size()));
+        rest.remove_prefix(at + 2);
     }
-    return {number, text.append(rest), found->severity, state ? state : found->state};
+    return {number, text.append(rest), found->second.severity, state ? state : found->second.state};
 }
 
 SqlError unsupported(std::string_view construct) {
