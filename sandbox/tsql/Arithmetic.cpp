@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "Messages.h"
+#include "Text.h"
 #include "Values.h"
 
 namespace tsql {
@@ -134,6 +135,18 @@ TypedValue numericLiteral(std::string_view text) {
     if (point == std::string_view::npos && std::get<std::int64_t>(value) <= INT32_MAX)
         return {value, simpleType(TypeId::Int)};
     return {value, type};
+}
+
+TypedValue textLiteral(std::string_view text, bool national) {
+    const int length = static_cast<int>(std::clamp<std::size_t>(characterCount(text), 1, 8001));
+    return {std::string(text), national ? nvarcharType(length) : varcharType(length)};
+}
+
+TypedValue binaryLiteral(std::string_view hex) {
+    const Bytes bytes = *parseHex((hex.size() % 2 != 0 ? "0" : "") + std::string(hex));
+    SqlType type = simpleType(TypeId::VarBinary);
+    type.length = bytes.size() > 8000 ? SqlType::kMax : std::max(static_cast<int>(bytes.size()), 1);
+    return {bytes, type};
 }
 
 }  // namespace tsql

@@ -31,7 +31,7 @@ struct ObjectName {
 
 // ---- expressions: values ---------------------------------------------------------------------------------
 struct Literal {
-    Typed value;
+    TypedValue constant;
 };
 struct VariableRef {
     std::string name;  // "@x", or "@@x" for a global one

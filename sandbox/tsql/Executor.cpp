@@ -353,7 +353,8 @@ std::string Executor::duplicateValue(const ObjectInfo& key) {
 
 std::vector<Value> Executor::parameterValues(const Translator& translator) {
     std::vector<Value> values;
-    for (const auto& name : translator.parameters()) values.push_back(variableValue(name));
+    for (const auto& [variable, constant] : translator.parameters())
+        values.push_back(constant ? *constant : variableValue(variable));
     return values;
 }
 

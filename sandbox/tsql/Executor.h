@@ -96,6 +96,7 @@ class Executor final : public SessionFacts, public NameResolver {
                        std::span<const CellView> arguments) override;
     // NameResolver
     SqlType variableType(std::string_view name) override;
+    std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
     TableInfo table(const ast::ObjectName& name) override;
     std::optional<SystemView> view(const ast::ObjectName& name) override;
     std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
@@ -298,6 +299,8 @@ class Executor final : public SessionFacts, public NameResolver {
     std::string m_verb;             // INSERT, UPDATE, DELETE
     std::string m_newRows;          // as Translator::newRows()
     std::vector<Value> m_changeValues;
+    // Tables that the transaction has looked up: they stay what they are until it defines something itself.
+    std::unordered_map<std::string, TableInfo> m_knownTables;
     std::string m_text;             // the batch that runs now
     int m_line = 1;                 // of the statement that runs now
     int m_tries = 0;                // TRY blocks around it

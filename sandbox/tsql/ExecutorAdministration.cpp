@@ -166,6 +166,7 @@ void Executor::beforeWrite() {
 
 void Executor::endTransaction(TransactionEvent event) {
     m_doomed = false;
+    m_knownTables.clear();
     m_engine.locks.releaseAll(this, true);
     if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
 }
@@ -199,6 +200,7 @@ void Executor::rollBack() {
 
 void Executor::rollBackTo(const std::string& name) {
     if (m_doomed) throw sqlError(3931);
+    m_knownTables.clear();
     bool done = false;
     keepTables([&] {
         done = sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr,

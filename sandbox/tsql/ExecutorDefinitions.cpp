@@ -128,7 +128,9 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     Catalogue owner = catalogue(name);
     beforeWrite();
     Atomic atomic(m_connection, owner.schema());
+    m_knownTables.clear();
     work(owner);
+    m_knownTables.clear();
     atomic.commit();
 }
 
@@ -531,6 +533,7 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
 void Executor::dropTable(const TableInfo& table) {
     m_connection.run("DROP TABLE IF EXISTS " + table.sqlName());
     temporary().remove(table.id);
+    m_knownTables.clear();
 }
 
 // What a procedure has made goes with it, what a batch has made only if it is a variable's.

@@ -157,7 +157,7 @@ Catalogue Executor::catalogue(const ObjectName& name) {
     return {m_connection, database, m_connection.attach(database)};
 }
 
-TableInfo Executor::table(const ObjectName& name) {
+std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     if (isTemporaryName(name.name) && m_frames.back()->isQuery) throw sqlError(4508);
     if (name.name.starts_with('@')) {
         const auto& tables = m_frames.back()->tables;
@@ -165,14 +165,20 @@ TableInfo Executor::table(const ObjectName& name) {
         if (found == tables.end()) throw sqlError(1087, {name.name});
         return found->second.info;
     }
-    const bool knownSchema =
-        name.schema.empty() || sameWord(name.schema, "dbo") || name.name.starts_with('#');
-    const bool knownDatabase = name.database.empty() || m_engine.storage.exists(name.database);
-    if (knownSchema && knownDatabase) {
-        if (auto found = catalogue(name).table(name.name)) return *found;
-        if (module(name, objectType::kView))
-            throw unsupported("changes through a view ('" + name.name + "')");
-    }
+    if (!name.schema.empty() && !sameWord(name.schema, "dbo") && !name.name.starts_with('#'))
+        return std::nullopt;
+    if (!m_connection.inTransaction()) m_knownTables.clear();
+    const std::string key = databaseOf(name) + '/' + name.name;
+    if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
+    if (!name.database.empty() && !m_engine.storage.exists(name.database)) return std::nullopt;
+    auto found = catalogue(name).table(name.name);
+    if (found && m_connection.inTransaction()) m_knownTables.emplace(key, *found);
+    return found;
+}
+
+TableInfo Executor::table(const ObjectName& name) {
+    if (auto found = findTable(name)) return *found;
+    if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");
     std::string full = name.database;
     if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
     throw sqlError(208, {full + name.name});
@@ -182,9 +188,6 @@ std::optional<SystemView> Executor::view(const ObjectName& name) {
     if (isTemporaryName(name.name) || (!name.database.empty() && !m_engine.storage.exists(name.database)))
         return std::nullopt;
     const std::string database = databaseOf(name);
-    const bool system = sameWord(name.schema, "sys") || sameWord(name.schema, "INFORMATION_SCHEMA");
-    const Catalogue owner = catalogue(name);
-    if (!system && owner.table(name.name)) return std::nullopt;
     return systemView(name.schema, name.name, m_connection.attach(database), database, m_engine.storage);
 }
 

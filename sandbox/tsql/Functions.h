@@ -32,9 +32,7 @@ struct Typed {
 };
 
 Typed nullLiteral();
-Typed textLiteral(std::string_view text, bool national);
-Typed numberLiteral(std::string_view text);  // as written: 12, 1.50, 1e3
-Typed binaryLiteral(std::string_view hex);   // the digits after 0x
+Typed literal(const TypedValue& constant);
 Typed wordArgument(std::string_view word);
 
 enum class CompareOp { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };

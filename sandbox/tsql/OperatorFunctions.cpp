@@ -128,38 +128,26 @@ Typed nullLiteral() {
     return {"NULL", simpleType(TypeId::Int), true};
 }
 
-Typed textLiteral(std::string_view text, bool national) {
-    const int length =
-        static_cast<int>(std::min<std::size_t>(std::max<std::size_t>(characterCount(text), 1), 8001));
-    Typed result{quotedText(text), national ? nvarcharType(length) : varcharType(length)};
-    if (text.find('\0') == std::string_view::npos) return result;
-    // SQLite reads a statement only up to its first NUL.
-    result.sql = "CAST(x'" + hexDigits(std::as_bytes(std::span(text))) + "' AS TEXT)";
+Typed literal(const TypedValue& constant) {
+    struct ConstantWriter {
+        std::string operator()(Null) const { return "NULL"; }
+        std::string operator()(std::int64_t number) const { return std::to_string(number); }
+        std::string operator()(double number) const {
+            char digits[40];
+            return {digits,
+                    std::to_chars(digits, digits + sizeof digits, number, std::chars_format::scientific).ptr};
+        }
+        std::string operator()(const std::string& text) const {
+            if (text.find('\0') == std::string::npos) return quotedText(text);
+            // SQLite reads a statement only up to its first NUL.
+            return "CAST(x'" + hexDigits(std::as_bytes(std::span(text))) + "' AS TEXT)";
+        }
+        std::string operator()(const Bytes& bytes) const { return "x'" + hexDigits(bytes) + "'"; }
+    };
+    Typed result{std::visit(ConstantWriter{}, constant.value), constant.type, isNull(constant.value)};
+    const auto* integer = std::get_if<std::int64_t>(&constant.value);
+    if (integer && constant.type.id == TypeId::Int) result.integer = *integer;
     return result;
-}
-
-Typed numberLiteral(std::string_view text) {
-    const TypedValue literal = numericLiteral(text);
-    Typed result{{}, literal.type};
-    if (const auto* integer = std::get_if<std::int64_t>(&literal.value)) {
-        result.sql = std::to_string(*integer);
-        if (literal.type.id == TypeId::Int) result.integer = *integer;
-        return result;
-    }
-    char digits[40];
-    const auto end = std::to_chars(digits, digits + sizeof digits, std::get<double>(literal.value),
-                                   std::chars_format::scientific)
-                         .ptr;
-    result.sql.assign(digits, end);
-    return result;
-}
-
-Typed binaryLiteral(std::string_view hex) {
-    const std::string digits = (hex.size() % 2 != 0 ? "0" : "") + std::string(hex);
-    SqlType type = simpleType(TypeId::VarBinary);
-    type.length =
-        digits.size() > 16000 ? SqlType::kMax : static_cast<int>(std::max<std::size_t>(digits.size() / 2, 1));
-    return {"x'" + digits + "'", type};
 }
 
 Typed wordArgument(std::string_view word) {

@@ -218,11 +218,11 @@ ExprPtr Parser::parseLiteral() {
     try {
         switch (token.kind) {
             case TokenKind::Number:
-                return make(token.line, Literal{numberLiteral(token.raw)});
+                return make(token.line, Literal{numericLiteral(token.raw)});
             case TokenKind::Binary:
                 return make(token.line, Literal{binaryLiteral(token.raw.substr(2))});
             case TokenKind::Word:
-                return make(token.line, Literal{nullLiteral()});
+                return make(token.line, Literal{});
             default:
                 return make(token.line,
                             Literal{textLiteral(unquoted(token), token.kind == TokenKind::NationalText)});
@@ -259,7 +259,7 @@ ExprPtr Parser::parseXmlValue(ExprPtr xml) {
     expect(")");
     Call call{{"", "", "xml.value", line}, {}};
     call.arguments.push_back(std::move(xml));
-    call.arguments.push_back(make(line, Literal{numberLiteral(whole ? "1" : "0")}));
+    call.arguments.push_back(make(line, Literal{numericLiteral(whole ? "1" : "0")}));
     cast.operand = make(line, std::move(call));
     return make(line, std::move(cast));
 }

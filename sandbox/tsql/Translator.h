@@ -28,7 +28,8 @@ struct StoredModule {
 class NameResolver {
   public:
     virtual ~NameResolver() = default;
-    virtual SqlType variableType(std::string_view name) = 0;   // also of @@names; throws SqlError 137
+    virtual SqlType variableType(std::string_view name) = 0;  // also of @@names; throws SqlError 137
+    virtual std::optional<TableInfo> findTable(const ast::ObjectName& name) = 0;
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
     virtual std::optional<SystemView> view(const ast::ObjectName& name) = 0;
     virtual std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) = 0;
@@ -99,8 +100,12 @@ class Translator {
     // A CHECK's condition, its columns without a table.
     std::string check(const TableInfo& table, const ast::Expr& condition);
 
-    // Names of what ?1, ?2 ... stand for.
-    const std::vector<std::string>& parameters() const { return m_parameters; }
+    // What ?1, ?2 ... stand for.
+    struct Parameter {
+        std::string variable;             // empty: a constant
+        const Value* constant = nullptr;  // of the syntax tree
+    };
+    const std::vector<Parameter>& parameters() const { return m_parameters; }
     const std::vector<Assignment>& assignments() const { return m_assignments; }
     // The columns of a change's OUTPUT clause.
     const QueryText& output() const { return m_output; }
@@ -199,6 +204,7 @@ class Translator {
     std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const std::string& rows);
     Typed defaultOf(const TableColumn& column);
+    Typed cell(const ast::Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
     std::vector<const TableColumn*> absentDefaults(const TableInfo& target,
                                                    const std::vector<const TableColumn*>& columns) const;
@@ -212,7 +218,7 @@ class Translator {
     NameResolver& m_names;
     Scope* m_scope = nullptr;
     std::vector<CommonTable> m_with;
-    std::vector<std::string> m_parameters;
+    std::vector<Parameter> m_parameters;
     std::vector<Assignment> m_assignments;
     // What stands for a variable that the statement itself assigns, by its name in lower case: its value
     // before the row, then the value of the assignment to the left.

@@ -42,6 +42,18 @@ Typed Translator::defaultOf(const TableColumn& column) {
     return value(*parseExpression(column.byDefault));
 }
 
+// A constant of VALUES is a parameter: rows that differ only in their values are one statement of SQLite.
+Typed Translator::cell(const Expr& expr) {
+    constexpr std::size_t kMostParameters = 1000;  // SQLite takes 32,766
+    const auto* literal = std::get_if<Literal>(&expr.node);
+    if (!literal || isNull(literal->constant.value) || m_parameters.size() >= kMostParameters)
+        return value(expr);
+    m_parameters.push_back({{}, &literal->constant.value});
+    Typed typed = tsql::literal(literal->constant);
+    typed.sql = "?" + std::to_string(m_parameters.size());
+    return typed;
+}
+
 std::vector<const TableColumn*> Translator::absentDefaults(
     const TableInfo& target, const std::vector<const TableColumn*>& columns) const {
     std::vector<const TableColumn*> absent;
@@ -72,7 +84,7 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
         std::string row;
         for (std::size_t i = 0; i < all.size(); ++i) {
             const bool given = i < cells.size() && cells[i];
-            const Typed typed = given ? value(*cells[i]) : defaultOf(*all[i]);
+            const Typed typed = given ? cell(*cells[i]) : defaultOf(*all[i]);
             row += (i ? ", " : "") + assigned(typed, target, *all[i]);
         }
         rows += (rows.empty() ? "VALUES (" : ", (") + row + ")";
@@ -154,7 +166,9 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
     for (const auto& clause : update.sets) {
         if (clause.variable.empty()) continue;
         const std::string key = lowerAscii(clause.variable);
-        if (update.output || std::find(m_parameters.begin(), m_parameters.end(), key) != m_parameters.end())
+        const bool read = std::any_of(m_parameters.begin(), m_parameters.end(),
+                                      [&](const Parameter& each) { return each.variable == key; });
+        if (update.output || read)
             throw unsupported(
                 "UPDATE ... SET @variable = column with OUTPUT or with the variable's own value");
         const TableColumn& column = *target.column(clause.column);

@@ -52,7 +52,7 @@ std::vector<Typed> Translator::values(const std::vector<ExprPtr>& exprs) {
 }
 
 Typed Translator::node(const Literal& literal) {
-    return literal.value;
+    return tsql::literal(literal.constant);
 }
 
 Typed Translator::node(const VariableRef& variable) {
@@ -71,8 +71,9 @@ Typed Translator::parameter(std::string_view name) {
             throw unsupported("SELECT @variable = ... of the same variable with ORDER BY");
         return {live->second, type};
     }
-    auto found = std::find(m_parameters.begin(), m_parameters.end(), key);
-    if (found == m_parameters.end()) found = m_parameters.insert(found, key);
+    auto found = std::find_if(m_parameters.begin(), m_parameters.end(),
+                              [&](const Parameter& each) { return each.variable == key; });
+    if (found == m_parameters.end()) found = m_parameters.insert(found, {key});
     return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
 }
 

@@ -170,8 +170,9 @@ std::string Translator::groupBy(const Select& select) {
 // Where an ORDER BY item names an output column: by number, or by its name.
 std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const QueryText& text) const {
     if (const auto* literal = std::get_if<Literal>(&expr.node)) {
-        if (!literal->value.integer) return std::nullopt;
-        const std::int64_t position = *literal->value.integer;
+        const TypedValue& constant = literal->constant;
+        if (constant.type.id != TypeId::Int || isNull(constant.value)) return std::nullopt;
+        const std::int64_t position = std::get<std::int64_t>(constant.value);
         if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
             throw sqlError(108, {std::to_string(position)});
         return static_cast<std::size_t>(position - 1);
@@ -290,21 +291,24 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             m_with[i].open = false;
             return sql;
         }
-    if (const auto stored =
-            m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView))
-        return storedTable(*stored, table, exposed);
+    std::optional<TableInfo> info;
+    if (!table.arguments) info = m_names.findTable(table.name);
+    if (!info)
+        if (const auto stored =
+                m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView))
+            return storedTable(*stored, table, exposed);
     if (table.arguments) return tableFunction(table, exposed);
     const std::string sqlAlias = nextAlias();
-    if (const auto view = m_names.view(table.name)) {
-        TableInfo info;
-        info.columns = view->columns;
-        addSource(info, exposed, sqlAlias);
-        m_scope->sources.back().rowid.clear();
-        return "(" + view->sql + ") AS " + sqlAlias;
+    const auto view = info ? std::nullopt : m_names.view(table.name);
+    if (view) {
+        info.emplace().columns = view->columns;
+    } else if (!info) {
+        info = m_names.table(table.name);
     }
-    const TableInfo info = m_names.table(table.name);
-    addSource(info, exposed, sqlAlias);
-    return info.sqlName() + " AS " + sqlAlias;
+    addSource(*info, exposed, sqlAlias);
+    if (!view) return info->sqlName() + " AS " + sqlAlias;
+    m_scope->sources.back().rowid.clear();
+    return "(" + view->sql + ") AS " + sqlAlias;
 }
 
 // The query in place of a view's or function's name, blind to what stands around it.

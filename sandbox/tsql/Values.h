@@ -52,13 +52,15 @@ Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, con
 // Order of two exact numbers of different scales: below 0, 0, above 0.
 int compareScaled(std::int64_t left, int leftScale, std::int64_t right, int rightScale);
 
-// A numeric literal as written: 12 is int, 3000000000 and 1.50 are decimal, 1e3 is float.
 struct TypedValue {
-    Value value;
+    Value value = Null{};
     SqlType type;
 };
+// Constants of T-SQL's text. A number as written: 12 is int, 3000000000 and 1.50 are decimal, 1e3 is float.
 // Throws SqlError 1007 for more digits than are carried.
 TypedValue numericLiteral(std::string_view text);
+TypedValue textLiteral(std::string_view text, bool national);
+TypedValue binaryLiteral(std::string_view hex);  // the digits after 0x
 
 [[noreturn]] void overflow(const SqlType& type);  // error 8115: an expression is too large for its type
 

@@ -9,10 +9,12 @@ namespace {
 using namespace tsql;
 
 Typed t(std::string_view text) {
-    return textLiteral(text, false);
+    return literal(textLiteral(text, false));
 }
 Typed n(std::string_view number) {
-    return number[0] == '-' ? emitNegate(numberLiteral(number.substr(1))) : numberLiteral(number);
+    const bool negative = number[0] == '-';
+    const Typed typed = literal(numericLiteral(number.substr(negative)));
+    return negative ? emitNegate(typed) : typed;
 }
 Typed as(std::string_view text, const SqlType& type) {
     return coerce(t(text), type);
@@ -63,7 +65,7 @@ TEST(Functions, Operators) {
         {t("a"), Subtract, t("b"), "error 8117"},
         {as("2026-11-21", kDateTime), Add, n("1.5"), "datetime: Nov 22 2026 12:00PM"},
         {as("2026-11-21", kDate), Add, n("1"), "error 402"},
-        {binaryLiteral("01"), Add, binaryLiteral("FF"), "varbinary(2): 0x01FF"},
+        {literal(binaryLiteral("01")), Add, literal(binaryLiteral("FF")), "varbinary(2): 0x01FF"},
         {n("6"), BitAnd, n("3"), "int: 2"},
         {n("6.0"), BitAnd, n("3"), "error 402"},
     };
@@ -103,11 +105,11 @@ TEST(Functions, Calls) {
         {"LEN", {t("äb  ")}, "int: 2"},
         {"LEN", {n("1234")}, "int: 4"},
         {"LEN", {}, "error 174"},
-        {"DATALENGTH", {textLiteral("äb", true)}, "int: 4"},
+        {"DATALENGTH", {literal(textLiteral("äb", true))}, "int: 4"},
         {"SUBSTRING", {t("hello"), n("2"), n("3")}, "varchar(3): ell"},
         {"SUBSTRING", {t("hello"), n("0"), n("3")}, "varchar(3): he"},
         {"SUBSTRING", {t("hello"), n("2"), n("-1")}, "error 537"},
-        {"SUBSTRING", {binaryLiteral("010203"), n("2"), n("9")}, "varbinary(3): 0x0203"},
+        {"SUBSTRING", {literal(binaryLiteral("010203")), n("2"), n("9")}, "varbinary(3): 0x0203"},
         {"RIGHT", {t("größe"), n("2")}, "varchar(2): ße"},
         {"UPPER", {t("äb")}, "varchar(2): ÄB"},
         {"REPLACE", {t("aXbxc"), t("x"), t("--")}, "varchar(8000): a--b--c"},
