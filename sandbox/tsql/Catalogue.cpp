@@ -102,12 +102,6 @@ std::optional<TableInfo> Catalogue::table(std::string_view name) const {
     return info;
 }
 
-std::vector<TableInfo> Catalogue::tablesAfter(std::int64_t id) const {
-    std::vector<TableInfo> tables;
-    for (const auto& object : objects("o.id > ?1 AND o.type = 'U'", id)) tables.push_back(tableOf(object));
-    return tables;
-}
-
 std::vector<ObjectInfo> Catalogue::keysOf(std::int64_t table) const {
     return objects("o.parent = ?1", table);
 }

@@ -78,7 +78,6 @@ class Catalogue {
     std::optional<ObjectInfo> find(std::string_view name) const;
     std::optional<ObjectInfo> findById(std::int64_t id) const;
     std::optional<TableInfo> table(std::string_view name) const;
-    std::vector<TableInfo> tablesAfter(std::int64_t id) const;  // without their columns
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const;      // constraints and indexes
     std::vector<ObjectInfo> keysTo(std::string_view table) const;  // foreign keys that refer to it

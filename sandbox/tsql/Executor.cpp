@@ -76,7 +76,7 @@ Executor::~Executor() {
 
 // What a client asked for, up to its end or to what ends it. False when that is the session's end.
 template <typename Work>
-bool Executor::run(ResultSink& sink, Work work) {
+bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
     const Restored<ResultSink*> inUse(m_sink, &sink);
     bool goesOn = true;
     try {
@@ -93,16 +93,17 @@ bool Executor::run(ResultSink& sink, Work work) {
         report({3998, 16, 1, 1, "", sqlError(3998).what()});
         rollBack();
     }
-    if (std::exchange(m_tableVariables, false)) dropTemporaryTables(0, true);
+    frame.temporary.clear();  // they are the session's
+    dropTemporaryTables(frame);
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
     return goesOn;
 }
 
 bool Executor::runBatch(std::string_view text, ResultSink& sink) {
-    return run(sink, [&] {
+    Frame frame;
+    return run(sink, frame, [&] {
         m_text = text;
         const auto batch = parseBatch(text, m_quotedIdentifiers);
-        Frame frame;
         runFrame(batch->statements, frame);
     });
 }
@@ -111,7 +112,7 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
 bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     Frame frame;
     const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
-    const bool goesOn = run(sink, [&] {
+    const bool goesOn = run(sink, frame, [&] {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
@@ -358,19 +359,34 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
     return values;
 }
 
-Value Executor::evaluate(const Expr& expr, const SqlType& type) {
-    Translator translator(*this);
-    const std::string sql = "SELECT " + coerce(translator.value(expr), type).sql;
+// The only cell of the row that "SELECT sql" gives.
+Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
-    PreparedStatement statement(m_connection, sql);
+    PreparedStatement statement(m_connection, "SELECT " + sql);
     statement.bindAll(values);
     statement.step();
     return ownedValue(statement.cell(0));
 }
 
+// A constant or a variable, whose value needs no SQL.
+std::optional<TypedValue> Executor::knownValue(const Expr& expr) {
+    if (const auto* literal = std::get_if<Literal>(&expr.node)) return literal->constant;
+    if (const auto* variable = std::get_if<VariableRef>(&expr.node))
+        return TypedValue{variableValue(variable->name), variableType(variable->name)};
+    return std::nullopt;
+}
+
+Value Executor::evaluate(const Expr& expr, const SqlType& type) {
+    if (const auto known = knownValue(expr)) return convertValue(viewOf(known->value), known->type, type);
+    Translator translator(*this);
+    return compute(coerce(translator.value(expr), type).sql, translator);
+}
+
 TypedValue Executor::evaluate(const Expr& expr) {
-    const SqlType type = Translator(*this).value(expr).type;
-    return {evaluate(expr, type), type};
+    if (const auto known = knownValue(expr)) return *known;
+    Translator translator(*this);
+    const Typed typed = translator.value(expr);
+    return {compute(typed.sql, translator), typed.type};
 }
 
 std::string Executor::evaluateText(const Expr& expr) {
@@ -381,12 +397,8 @@ std::string Executor::evaluateText(const Expr& expr) {
 
 bool Executor::holds(const Expr& condition) {
     Translator translator(*this);
-    const std::string sql = "SELECT " + translator.condition(condition);
-    const auto values = parameterValues(translator);
-    PreparedStatement statement(m_connection, sql);
-    statement.bindAll(values);
-    statement.step();
-    return statement.integer(0) != 0;
+    const Value truth = compute(translator.condition(condition), translator);
+    return !isNull(truth) && std::get<std::int64_t>(truth) != 0;
 }
 
 void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {

@@ -61,6 +61,7 @@ struct Frame {
     Cursors cursors;                            // the LOCAL ones
     std::optional<std::int64_t> identity;       // SCOPE_IDENTITY()
     std::map<std::string, TableVariable> tables;
+    std::vector<TableInfo> temporary;  // #tables that it has made
     bool isFunction = false;
     bool isQuery = false;  // of a view, or of a function that returns a table
     SqlType returnType;
@@ -107,7 +108,7 @@ class Executor final : public SessionFacts, public NameResolver {
   private:
     // ---- flow, variables, errors (Executor.cpp)
     template <typename Work>
-    bool run(ResultSink& sink, Work work);
+    bool run(ResultSink& sink, Frame& frame, Work work);
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
     Flow describe(const ast::Statement& statement);
@@ -138,6 +139,8 @@ class Executor final : public SessionFacts, public NameResolver {
     void done(std::int64_t count, bool isSelect = false);
     Flow finished();  // of a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
+    Value compute(const std::string& sql, const Translator& translator);
+    std::optional<TypedValue> knownValue(const ast::Expr& expr);
     TypedValue evaluate(const ast::Expr& expr);
     Value evaluate(const ast::Expr& expr, const SqlType& type);
     std::string evaluateText(const ast::Expr& expr);
@@ -208,7 +211,7 @@ class Executor final : public SessionFacts, public NameResolver {
     void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
-    void dropTemporaryTables(std::int64_t after, bool variables = false);
+    void dropTemporaryTables(Frame& frame);
     void dropTable(const TableInfo& table);
     void declareTable(const ast::Declaration& declaration);
     // Does `rollback`; the table variables keep what they hold.
@@ -226,6 +229,7 @@ class Executor final : public SessionFacts, public NameResolver {
     void returnOutputs(const ast::CreateModule& module, const ast::Execute& execute, const Frame& frame);
     class EnteredFrame;
     void runFrame(const ast::Block& body, Frame& frame);
+    bool runScope(const ast::Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
     const ast::Argument* argumentOf(const ast::Execute& execute, const ast::CreateModule& module,
                                     std::size_t parameter, std::size_t skipped) const;
@@ -301,12 +305,11 @@ class Executor final : public SessionFacts, public NameResolver {
     std::vector<Value> m_changeValues;
     // Tables that the transaction has looked up: they stay what they are until it defines something itself.
     std::unordered_map<std::string, TableInfo> m_knownTables;
-    std::string m_text;             // the batch that runs now
-    int m_line = 1;                 // of the statement that runs now
-    int m_tries = 0;                // TRY blocks around it
-    int m_error = 0;                // @@ERROR
-    std::int64_t m_rowCount = 0;    // @@ROWCOUNT
-    bool m_tableVariables = false;  // the batch has made some
+    std::string m_text;           // the batch that runs now
+    int m_line = 1;               // of the statement that runs now
+    int m_tries = 0;              // TRY blocks around it
+    int m_error = 0;              // @@ERROR
+    std::int64_t m_rowCount = 0;  // @@ROWCOUNT
     std::optional<std::int64_t> m_identity;
     Cursors m_cursors;  // the GLOBAL ones
     int m_fetchStatus = 0;

@@ -161,6 +161,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         for (const auto& key : keys) makeKeyIndex(table, key);
         startIdentity(table);
     });
+    if (table.name.starts_with('#')) m_frames.back()->temporary.push_back(table);
     return table;
 }
 
@@ -536,10 +537,13 @@ void Executor::dropTable(const TableInfo& table) {
     m_knownTables.clear();
 }
 
-// What a procedure has made goes with it, what a batch has made only if it is a variable's.
-void Executor::dropTemporaryTables(std::int64_t after, bool variables) {
-    for (const auto& table : temporary().tablesAfter(after))
-        if (!variables || table.name.starts_with('@')) dropTable(table);
+// A rolled-back table's number may be another's by now.
+void Executor::dropTemporaryTables(Frame& frame) {
+    for (const auto& [name, table] : frame.tables) frame.temporary.push_back(table.info);
+    for (const auto& table : frame.temporary)
+        if (const auto object = temporary().findById(table.id); object && object->stored == table.stored)
+            dropTable(table);
+    frame.temporary.clear();
 }
 
 // A second time, in a loop, it is what it was.
@@ -548,7 +552,6 @@ void Executor::declareTable(const Declaration& declaration) {
     const std::string key = lowerAscii(declaration.name);
     if (tables.contains(key)) return;
     refuseInFunction();
-    m_tableVariables = true;
     tables[key] = {declaration.table, createTable(*declaration.table)};
 }
 

@@ -126,10 +126,25 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch)};
 }
 
-// Runs `body` with `frame` innermost; its temporary tables end with it.
 void Executor::runFrame(const Block& body, Frame& frame) {
     const EnteredFrame entered(m_frames, frame);
     runBlock(body);
+}
+
+// Runs the body of a procedure, or a text as one: its temporary tables end with it. False when an error has
+// ended it.
+bool Executor::runScope(const Block& body, Frame& frame) {
+    bool whole = true;
+    try {
+        runFrame(body, frame);
+    } catch (const ScopeEnd&) {
+        whole = false;
+    } catch (...) {
+        dropTemporaryTables(frame);
+        throw;
+    }
+    dropTemporaryTables(frame);
+    return whole;
 }
 
 Flow Executor::run(const Execute& execute) {
@@ -160,12 +175,7 @@ void Executor::runText(const std::string& text) {
     Frame frame;
     frame.database = m_frames.back()->database;
     const std::string database = m_database;
-    const std::int64_t tables = temporary().lastId();
-    try {
-        runFrame(batch->statements, frame);
-    } catch (const ScopeEnd&) {
-    }
-    dropTemporaryTables(tables);
+    runScope(batch->statements, frame);
     if (m_database != database) useDatabase(database);
 }
 
@@ -189,13 +199,8 @@ void Executor::executeSql(const Execute& execute) {
     frame.database = m_frames.back()->database;
     frame.returned = std::int64_t{0};
     frame.skippedArguments = 2;
-    const std::int64_t tables = temporary().lastId();
     bindArguments(module, execute, "sp_executesql", frame);
-    try {
-        runFrame(module.body, frame);
-    } catch (const ScopeEnd&) {
-    }
-    dropTemporaryTables(tables);
+    runScope(module.body, frame);
     returnOutputs(module, execute, frame);
 }
 
@@ -215,18 +220,12 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
     frame.returned = std::int64_t{0};
     const bool noCount = m_noCount;
     const int transactions = m_transactions;
-    const std::int64_t tables = temporary().lastId();
     bindArguments(module, execute, name.name, frame);
-    try {
-        if (system)
-            frame.returned = std::int64_t{(this->*system->body)(frame)};
-        else
-            runFrame(module.body, frame);
-    } catch (const ScopeEnd&) {
+    if (system)
+        frame.returned = std::int64_t{(this->*system->body)(frame)};
+    else if (!runScope(module.body, frame))
         frame.returned = std::int64_t{-6};
-    }
     m_noCount = noCount;  // what a procedure sets is its own
-    dropTemporaryTables(tables);
     returnOutputs(module, execute, frame);
     if (m_transactions != transactions)
         afterError({266, 16, 2, m_line, frame.procedure,
