@@ -59,6 +59,7 @@ inline bool isUniqueKey(const ObjectInfo& key) {
            key.source == kUniqueIndex;
 }
 
+inline constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";
 inline constexpr std::string_view kTempSchema = "temp";
 inline constexpr std::string_view kNullsSuffix = "@nulls";  // of the index of a unique key's rows with NULL
 // #table, or the variable @table.

@@ -81,7 +81,9 @@ struct ScopeEnd {};    // the procedure, or the batch outside of one
 struct BatchEnd {};    // the whole batch
 struct SessionEnd {};  // severity 20 and above
 
-class Executor final : public SessionFacts, public NameResolver {
+std::string hostName();
+
+class Executor final : public NameResolver {
   public:
     Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid);
     ~Executor() override;
@@ -90,11 +92,10 @@ class Executor final : public SessionFacts, public NameResolver {
     bool call(ProcedureCall& call, ResultSink& sink);
     const std::string& database() const { return m_database; }
 
-    // SessionFacts
-    Value sessionValue(SessionFunction function, std::span<const CellView> arguments) override;
-    Value variableValue(std::string_view name) override;
-    Value callFunction(std::string_view database, std::string_view name,
-                       std::span<const CellView> arguments) override;
+    // For the functions that are registered in SQLite.
+    Value variableValue(std::string_view name);
+    // A scalar function that T-SQL defines.
+    Value callFunction(std::string_view database, std::string_view name, std::span<const CellView> arguments);
     // NameResolver
     SqlType variableType(std::string_view name) override;
     std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
@@ -106,6 +107,7 @@ class Executor final : public SessionFacts, public NameResolver {
     bool isCancelled() const { return m_sink && m_sink->cancelled(); }
 
   private:
+    friend struct SessionFunctions;
     // ---- flow, variables, errors (Executor.cpp)
     template <typename Work>
     bool run(ResultSink& sink, Frame& frame, Work work);
@@ -279,18 +281,10 @@ class Executor final : public SessionFacts, public NameResolver {
     std::string databaseOf(const ast::ObjectName& name) const;
     Catalogue catalogue(const ast::ObjectName& name);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
-    Value objectId(std::span<const CellView> arguments);
-    std::optional<ObjectInfo> objectWithId(std::span<const CellView> arguments);
-    Value objectProperty(std::span<const CellView> arguments);
-    Value columnLength(std::span<const CellView> arguments);
-    Value databaseName(std::span<const CellView> arguments);
-    Value databaseProperty(std::span<const CellView> arguments);
-    Value identityOf(std::string_view name);
-    Value errorFact(SessionFunction function) const;
     const Variable& local(std::string_view name);
 
     Engine::Impl& m_engine;
-    FunctionContext m_functions{*this};
+    FunctionContext m_functions{this};
     Connection m_connection;
     std::string m_login;
     std::string m_database;

@@ -64,63 +64,26 @@ bool takesDatePart(const FunctionInfo& function);  // the first argument is a ba
 // Throws SqlError 174/189 for a wrong number of arguments, 8116 for a type that the function does not take.
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct = false);
 
-// Functions whose value only the session knows; arguments as the T-SQL function has them, already text or
-// integer. The answer is a value of the type that the comment gives.
-enum class SessionFunction {
-    DbName,              // nvarchar(128); optional id
-    DbId,                // int; optional name
-    ObjectId,            // int; name, optional type ('U', 'P', ...)
-    ObjectName,          // nvarchar(128); id
-    ObjectProperty,      // int; id, property
-    ColLength,           // smallint; table, column
-    SchemaName,          // nvarchar(128)
-    UserName,            // nvarchar(128): USER_NAME, CURRENT_USER, USER
-    LoginName,           // nvarchar(128): SUSER_SNAME, SUSER_NAME, SYSTEM_USER, ORIGINAL_LOGIN
-    HostName,            // nvarchar(128)
-    AppName,             // nvarchar(128)
-    ServerProperty,      // nvarchar(128); name
-    DatabaseProperty,    // nvarchar(128); database, property: DATABASEPROPERTYEX
-    IsServerRoleMember,  // int; role: IS_SRVROLEMEMBER, IS_MEMBER
-    ScopeIdentity,       // decimal(38,0)
-    IdentCurrent,        // decimal(38,0); table
-    ErrorNumber,         // int
-    ErrorSeverity,       // int
-    ErrorState,          // int
-    ErrorLine,           // int
-    ErrorProcedure,      // nvarchar(128)
-    ErrorMessage,        // nvarchar(4000)
-    XactState,           // smallint
-    CursorStatus,        // smallint; scope, name
-};
-
-// What the session gives to the functions of its connection.
-class SessionFacts {
-  public:
-    virtual ~SessionFacts() = default;
-    virtual Value sessionValue(SessionFunction function, std::span<const CellView> arguments) = 0;
-    virtual Value variableValue(std::string_view name) = 0;
-    // A scalar function that T-SQL defines.
-    virtual Value callFunction(std::string_view database, std::string_view name,
-                               std::span<const CellView> arguments) = 0;
-};
+class Executor;  // the session
 
 // The functions' side of one connection; must outlive it.
 class FunctionContext {
   public:
-    explicit FunctionContext(SessionFacts& facts) : m_facts(facts) {}
+    // Null: none of the functions that ask the session will be called.
+    explicit FunctionContext(Executor* session) : m_session(session) {}
 
     // GETDATE() is the same in all rows of a statement: forgets the time of the last one, and its error.
     void beginStatement();
     const DateTime& now();     // local time
     const DateTime& nowUtc();  // the same moment
-    SessionFacts& facts() { return m_facts; }
+    Executor& session() { return *m_session; }
 
     // An error that a function raised stands here after SQLite has returned SQLITE_ERROR.
     void setError(const SqlError& error) { m_error = error; }
     std::optional<SqlError> takeError();
 
   private:
-    SessionFacts& m_facts;
+    Executor* m_session;
     std::optional<DateTime> m_now;
     std::optional<DateTime> m_nowUtc;
     std::optional<SqlError> m_error;

@@ -1,6 +1,7 @@
 // Functions of SQLite that the translator and the system's views write calls of: no function of T-SQL's.
 #include <algorithm>
 
+#include "Executor.h"
 #include "FunctionImpl.h"
 #include "Messages.h"
 #include "Text.h"
@@ -12,12 +13,12 @@ namespace {
 
 // (name): its value now
 Value runVariable(const Call& call) {
-    return call.context().facts().variableValue(call.text(0));
+    return call.context().session().variableValue(call.text(0));
 }
 
 // (database, name, argument...): a function that T-SQL defines
 Value runCall(const Call& call) {
-    return call.context().facts().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
+    return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
 }
 
 // --- of queries

@@ -1,17 +1,16 @@
 // T-SQL's functions that ask the session or the server, as SQLite functions.
 #include <sodium.h>
+#include <unistd.h>
 
 #include <array>
 
+#include "Executor.h"
 #include "FunctionImpl.h"
+#include "Messages.h"
+#include "Text.h"
 
 namespace tsql {
 namespace {
-
-template <SessionFunction function>
-Value runSession(const Call& call) {
-    return call.context().facts().sessionValue(function, call.arguments());
-}
 
 // A random (version 4) identifier.
 Value runNewId(const Call&) {
@@ -24,44 +23,193 @@ Value runNewId(const Call&) {
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
-using S = SessionFunction;
+// "[dbo].[t]", "db..t" to their parts.
+ast::ObjectName splitName(std::string_view text) {
+    std::vector<std::string> parts(1);
+    for (const Token& token : tokenize(text)) {
+        if (token.kind == TokenKind::End) break;
+        if (token.raw == ".")
+            parts.emplace_back();
+        else
+            parts.back() = unquoted(token);
+    }
+    ast::ObjectName name;
+    name.name = parts.back();
+    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
+    if (parts.size() > 2) name.database = parts[parts.size() - 3];
+    return name;
+}
+
+template <typename T>
+Value orNull(const std::optional<T>& value) {
+    return value ? Value(*value) : Value(Null{});
+}
+
+using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
+
+// The value of a property by its name; NULL for one that is not there.
+Value propertyIn(const Properties& properties, std::string_view name) {
+    for (const auto& [property, value] : properties)
+        if (sameWord(property, name)) return value;
+    return Null{};
+}
+
+}  // namespace
+
+std::string hostName() {
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
+}
+
+struct SessionFunctions {
+    static Executor& session(const Call& call) { return call.context().session(); }
+
+    static Value databaseName(const Call& call) {
+        if (call.count() == 0) return session(call).databaseOf({});
+        for (const auto& name : session(call).m_engine.storage.databases())
+            if (databaseId(session(call).m_engine.storage, name) == call.integer(0)) return name;
+        return Null{};
+    }
+
+    static Value databaseNumber(const Call& call) {
+        return orNull(databaseId(session(call).m_engine.storage,
+                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
+    }
+
+    static Value databaseProperty(const Call& call) {
+        if (!session(call).m_engine.storage.exists(call.text(0))) return Null{};
+        return propertyIn({{"Status", "ONLINE"},
+                           {"Recovery", "SIMPLE"},
+                           {"Updateability", "READ_WRITE"},
+                           {"UserAccess", "MULTI_USER"},
+                           {"Collation", std::string(kCollationName)}},
+                          call.text(1));
+    }
+
+    static Value serverProperty(const Call& call) {
+        return propertyIn({{"ProductVersion", "15.0.2000.5"},
+                           {"ProductLevel", "RTM"},
+                           {"Edition", "tsqlbox"},
+                           {"ServerName", hostName()},
+                           {"MachineName", hostName()},
+                           {"Collation", std::string(kCollationName)}},
+                          call.text(0));
+    }
+
+    static Value objectId(const Call& call) {
+        const auto name = splitName(call.text(0));
+        if (!name.database.empty() && !session(call).m_engine.storage.exists(name.database)) return Null{};
+        const auto found = session(call).catalogue(name).find(name.name);
+        if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
+        return found->id;
+    }
+
+    static Value objectName(const Call& call) {
+        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        return found ? Value(found->name) : Value(Null{});
+    }
+
+    static Value objectProperty(const Call& call) {
+        constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
+            {"IsUserTable", objectType::kTable},
+            {"IsTable", objectType::kTable},
+            {"IsProcedure", objectType::kProcedure},
+            {"IsView", objectType::kView},
+            {"IsInlineFunction", objectType::kTableFunction},
+            {"IsScalarFunction", objectType::kFunction},
+            {"IsPrimaryKey", objectType::kPrimaryKey}};
+        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        for (const auto& [property, type] : kProperties)
+            if (found && sameWord(property, call.text(1))) return std::int64_t{found->type == type};
+        return Null{};
+    }
+
+    static Value columnLength(const Call& call) {
+        const auto name = splitName(call.text(0));
+        const auto found = session(call).catalogue(name).table(name.name);
+        const TableColumn* column = found ? found->column(call.text(1)) : nullptr;
+        return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
+    }
+
+    static Value currentIdentity(const Call& call) {
+        const TableInfo info = session(call).table(splitName(call.text(0)));
+        if (!info.identityColumn()) return Null{};
+        PreparedStatement query(session(call).m_connection,
+                                "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1");
+        query.bind(1, info.stored);
+        return query.step() ? query.integer(0) : std::int64_t{1};
+    }
+
+    static Value scopeIdentity(const Call& call) {
+        const auto& frames = session(call).m_frames;
+        return frames.empty() ? Value(Null{}) : orNull(frames.back()->identity);
+    }
+
+    static Value transactionState(const Call& call) {
+        return std::int64_t{session(call).m_doomed ? -1 : session(call).m_transactions > 0};
+    }
+
+    static Value cursorStatus(const Call& call) {
+        return session(call).cursorStatus(call.text(0), call.text(1));
+    }
+
+    // Of the error that the CATCH block around has caught.
+    template <auto Message::*fact>
+    static Value caught(const Call& call) {
+        const auto& errors = session(call).m_caught;
+        if (errors.empty()) return Null{};
+        const auto& value = errors.back().*fact;
+        if constexpr (std::is_same_v<decltype(value), const int&>)
+            return std::int64_t{value};
+        else
+            return fact == &Message::procedure && value.empty() ? Value(Null{}) : Value(value);
+    }
+
+    static Value login(const Call& call) { return session(call).m_login; }
+    static Value owner(const Call&) { return std::string("dbo"); }
+    static Value isMember(const Call&) { return std::int64_t{1}; }
+};
+
+namespace {
+
+using S = SessionFunctions;
 const SqlType kName = nvarcharType(128);
-constexpr auto kReach = Nulls::Reach;
+constexpr auto kNulls = Nulls::GiveNull;
 constexpr auto kVarying = Purity::Varying;
 
 const FunctionInfo kFunctions[] = {
-    {"newid", "", TypeId::UniqueIdentifier, runNewId, kReach, kVarying},
-    {"db_name", "[I", kName, runSession<S::DbName>, kReach, kVarying},
-    {"db_id", "[T", TypeId::Int, runSession<S::DbId>, kReach, kVarying},
-    {"object_id", "T[T", TypeId::Int, runSession<S::ObjectId>, kReach, kVarying},
-    {"object_name", "I", kName, runSession<S::ObjectName>, kReach, kVarying},
-    {"objectproperty", "IT", TypeId::Int, runSession<S::ObjectProperty>, kReach, kVarying},
-    {"col_length", "TT", TypeId::SmallInt, runSession<S::ColLength>, kReach, kVarying},
-    {"schema_name", "[I", kName, runSession<S::SchemaName>, kReach, kVarying},
-    {"user_name", "[I", kName, runSession<S::UserName>, kReach, kVarying},
-    {"current_user", "", kName, runSession<S::UserName>, kReach, kVarying},
-    {"session_user", "", kName, runSession<S::UserName>, kReach, kVarying},
-    {"user", "", kName, runSession<S::UserName>, kReach, kVarying},
-    {"suser_sname", "[A", kName, runSession<S::LoginName>, kReach, kVarying},
-    {"suser_name", "[A", kName, runSession<S::LoginName>, kReach, kVarying},
-    {"system_user", "", kName, runSession<S::LoginName>, kReach, kVarying},
-    {"original_login", "", kName, runSession<S::LoginName>, kReach, kVarying},
-    {"host_name", "", kName, runSession<S::HostName>, kReach, kVarying},
-    {"app_name", "", kName, runSession<S::AppName>, kReach, kVarying},
-    {"serverproperty", "T", kName, runSession<S::ServerProperty>, kReach, kVarying},
-    {"databasepropertyex", "TT", kName, runSession<S::DatabaseProperty>, kReach, kVarying},
-    {"is_srvrolemember", "T[T", TypeId::Int, runSession<S::IsServerRoleMember>, kReach, kVarying},
-    {"is_member", "T", TypeId::Int, runSession<S::IsServerRoleMember>, kReach, kVarying},
-    {"scope_identity", "", decimalType(38, 0), runSession<S::ScopeIdentity>, kReach, kVarying},
-    {"ident_current", "T", decimalType(38, 0), runSession<S::IdentCurrent>, kReach, kVarying},
-    {"error_number", "", TypeId::Int, runSession<S::ErrorNumber>, kReach, kVarying},
-    {"error_severity", "", TypeId::Int, runSession<S::ErrorSeverity>, kReach, kVarying},
-    {"error_state", "", TypeId::Int, runSession<S::ErrorState>, kReach, kVarying},
-    {"error_line", "", TypeId::Int, runSession<S::ErrorLine>, kReach, kVarying},
-    {"error_procedure", "", kName, runSession<S::ErrorProcedure>, kReach, kVarying},
-    {"error_message", "", nvarcharType(4000), runSession<S::ErrorMessage>, kReach, kVarying},
-    {"cursor_status", "TT", TypeId::SmallInt, runSession<S::CursorStatus>, kReach, kVarying},
-    {"xact_state", "", TypeId::SmallInt, runSession<S::XactState>, kReach, kVarying},
+    {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
+    {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
+    {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
+    {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
+    {"object_name", "I", kName, S::objectName, kNulls, kVarying},
+    {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
+    {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
+    {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
+    {"user_name", "[I", kName, S::owner, kNulls, kVarying},
+    {"current_user", "", kName, S::owner, kNulls, kVarying},
+    {"session_user", "", kName, S::owner, kNulls, kVarying},
+    {"user", "", kName, S::owner, kNulls, kVarying},
+    {"suser_sname", "[A", kName, S::login, kNulls, kVarying},
+    {"suser_name", "[A", kName, S::login, kNulls, kVarying},
+    {"system_user", "", kName, S::login, kNulls, kVarying},
+    {"original_login", "", kName, S::login, kNulls, kVarying},
+    {"host_name", "", kName, [](const Call&) -> Value { return hostName(); }, kNulls, kVarying},
+    {"app_name", "", kName, [](const Call&) -> Value { return "tsqlbox"; }, kNulls, kVarying},
+    {"serverproperty", "T", kName, S::serverProperty, kNulls, kVarying},
+    {"databasepropertyex", "TT", kName, S::databaseProperty, kNulls, kVarying},
+    {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},
+    {"is_member", "T", TypeId::Int, S::isMember, kNulls, kVarying},
+    {"scope_identity", "", decimalType(38, 0), S::scopeIdentity, kNulls, kVarying},
+    {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
+    {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
+    {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
+    {"error_state", "", TypeId::Int, S::caught<&Message::state>, kNulls, kVarying},
+    {"error_line", "", TypeId::Int, S::caught<&Message::line>, kNulls, kVarying},
+    {"error_procedure", "", kName, S::caught<&Message::procedure>, kNulls, kVarying},
+    {"error_message", "", nvarcharType(4000), S::caught<&Message::text>, kNulls, kVarying},
+    {"cursor_status", "TT", TypeId::SmallInt, S::cursorStatus, kNulls, kVarying},
+    {"xact_state", "", TypeId::SmallInt, S::transactionState, kNulls, kVarying},
 };
 
 }  // namespace

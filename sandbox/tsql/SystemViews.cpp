@@ -195,7 +195,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         replaceAll(found.sql, "$o", std::string(sqliteSchema) + ".tsqlbox_objects");
         replaceAll(found.sql, "$c", std::string(sqliteSchema) + ".tsqlbox_columns");
         replaceAll(found.sql, "$d", quotedText(database));
-        replaceAll(found.sql, "$C", "SQL_Latin1_General_CP1_CI_AS");
+        replaceAll(found.sql, "$C", kCollationName);
         return found;
     }
     return std::nullopt;

@@ -8,9 +8,9 @@
 #include "Functions.h"
 #include "Storage.h"
 
-class FunctionBench : private tsql::SessionFacts {
+class FunctionBench {
   public:
-    FunctionBench() : m_context(*this) {
+    FunctionBench() {
         sqlite3* raw = nullptr;
         sqlite3_open(":memory:", &raw);
         m_connection.reset(raw);
@@ -53,14 +53,7 @@ class FunctionBench : private tsql::SessionFacts {
                 return textOf(std::string_view(reinterpret_cast<const char*>(bytes), size), type);
         }
     }
-    tsql::Value sessionValue(tsql::SessionFunction, std::span<const tsql::CellView> arguments) override {
-        return static_cast<std::int64_t>(arguments.size());
-    }
-    tsql::Value variableValue(std::string_view) override { return tsql::Null{}; }
-    tsql::Value callFunction(std::string_view, std::string_view, std::span<const tsql::CellView>) override {
-        return tsql::Null{};
-    }
 
-    tsql::FunctionContext m_context;
+    tsql::FunctionContext m_context{nullptr};
     tsql::SqliteConnection m_connection;
 };

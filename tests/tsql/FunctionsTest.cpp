@@ -155,7 +155,6 @@ TEST(Functions, Calls) {
         {"YEAR", {day}, "int: 2026"},
         {"EOMONTH", {t("2024-01-31"), n("1")}, "date: 2024-02-29"},
         {"DATEFROMPARTS", {n("2026"), n("2"), n("30")}, "error 289"},
-        {"DB_ID", {t("x")}, "int: 1"},
     };
     for (const Case& c : cases) {
         const FunctionInfo* function = findFunction(c.name);
