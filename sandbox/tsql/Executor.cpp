@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "Finally.h"
 #include "Messages.h"
 #include "RaiseErrorText.h"
 #include "Text.h"
@@ -31,32 +32,6 @@ bool contains(const std::array<int, N>& numbers, int number) {
     return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-// Counts something up for a while.
-class Deeper {
-  public:
-    explicit Deeper(int& depth) : m_depth(depth) { ++m_depth; }
-    ~Deeper() { --m_depth; }
-    Deeper(const Deeper&) = delete;
-    Deeper& operator=(const Deeper&) = delete;
-
-  private:
-    int& m_depth;
-};
-
-// Has another value for a while, also when the client is gone in the middle.
-template <typename T>
-class Restored {
-  public:
-    Restored(T& place, T now) : m_place(place), m_before(std::exchange(place, now)) {}
-    ~Restored() { m_place = m_before; }
-    Restored(const Restored&) = delete;
-    Restored& operator=(const Restored&) = delete;
-
-  private:
-    T& m_place;
-    T m_before;
-};
-
 }  // namespace
 
 Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid)
@@ -77,7 +52,7 @@ Executor::~Executor() {
 // What a client asked for, up to its end or to what ends it. False when that is the session's end.
 template <typename Work>
 bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
-    const Restored<ResultSink*> inUse(m_sink, &sink);
+    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
     bool goesOn = true;
     try {
         work();
@@ -121,7 +96,8 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             execute.arguments.push_back(
                 {argument.name, std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}}), argument.output});
         }
-        const Restored<bool> describing(m_describeOnly, m_describeOnly || call.describeOnly);
+        const Finally describeAgain([this, before = m_describeOnly] { m_describeOnly = before; });
+        m_describeOnly = m_describeOnly || call.describeOnly;
         Block block;
         block.push_back(std::make_unique<Statement>(Statement{1, std::move(execute)}));
         runFrame(block, frame);
@@ -481,17 +457,20 @@ Flow Executor::run(const Return& node) {
 Flow Executor::run(const TryCatch& node) {
     std::optional<Message> caught;
     try {
-        const Deeper deeper(m_tries), deeperHere(m_frames.back()->tries);
+        Frame& frame = *m_frames.back();
+        ++m_tries;
+        ++frame.tries;
+        const Finally left([&] {
+            --m_tries;
+            --frame.tries;
+        });
         return runBlock(node.attempt);
     } catch (const Raised& raised) {
         if (raised.within == m_frames.back()) throw;
         caught = raised.message;
     }
     m_caught.push_back(*caught);
-    struct Forget {
-        std::vector<Message>& caught;
-        ~Forget() { caught.pop_back(); }
-    } forget{m_caught};
+    const Finally forget([this] { m_caught.pop_back(); });
     return runBlock(node.handler);
 }
 

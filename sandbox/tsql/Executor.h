@@ -229,7 +229,7 @@ class Executor final : public NameResolver {
     void bindArguments(const ast::CreateModule& module, const ast::Execute& execute, const std::string& name,
                        Frame& frame);
     void returnOutputs(const ast::CreateModule& module, const ast::Execute& execute, const Frame& frame);
-    class EnteredFrame;
+    void inFrame(Frame& frame, const std::function<void()>& work);
     void runFrame(const ast::Block& body, Frame& frame);
     bool runScope(const ast::Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const ast::CreateModule& module);

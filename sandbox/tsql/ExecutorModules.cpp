@@ -1,5 +1,6 @@
 // Procedures and functions: kept as text, parsed when they run.
 #include "Executor.h"
+#include "Finally.h"
 #include "Messages.h"
 #include "Text.h"
 
@@ -31,21 +32,6 @@ std::string_view typeOf(const CreateModule& module) {
 
 }  // namespace
 
-// Makes a frame the innermost one for a while.
-class Executor::EnteredFrame {
-  public:
-    EnteredFrame(std::vector<Frame*>& frames, Frame& frame) : m_frames(frames) {
-        if (m_frames.size() >= kDeepestCall) throw sqlError(217);
-        m_frames.push_back(&frame);
-    }
-    ~EnteredFrame() { m_frames.pop_back(); }
-    EnteredFrame(const EnteredFrame&) = delete;
-    EnteredFrame& operator=(const EnteredFrame&) = delete;
-
-  private:
-    std::vector<Frame*>& m_frames;
-};
-
 void Executor::within(const StoredModule& query, const std::function<void()>& work) {
     for (const Frame* frame : m_frames)
         if (frame->procedure == query.name && frame->database == query.database)
@@ -56,8 +42,7 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
     frame.isQuery = true;
     for (const auto& parameter : query.module->parameters)
         frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
-    const EnteredFrame entered(m_frames, frame);
-    work();
+    inFrame(frame, work);
 }
 
 // What the query of a view or function gives, found out by translating it.
@@ -65,17 +50,14 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     const StoredModule stored{databaseOf(module.name), module.name.name, nullptr, &module};
     std::vector<TableColumn> columns;
     within(stored, [&] {
-        const QueryText text = Translator(*this).query(*module.query);
-        const auto& names = module.columns;
-        Translator::checkColumnList(names, text, module.name.name);
-        for (std::size_t i = 0; i < text.columns.size(); ++i) {
-            const Column& column = text.columns[i].column;
-            columns.push_back({names.empty() ? column.name : names[i], column.type, column.nullable});
-            const std::string& name = columns.back().name;
-            if (name.empty()) throw sqlError(4511, {std::to_string(i + 1)});
-            for (std::size_t before = 0; before < i; ++before)
-                if (compareText(columns[before].name, name) == 0)
-                    throw sqlError(4506, {name, module.name.name});
+        QueryText text = Translator(*this).query(*module.query);
+        Translator::rename(text, module.columns, module.name.name);
+        for (const auto& [column, alias, nullLiteral] : text.columns) {
+            if (column.name.empty()) throw sqlError(4511, {alias.substr(1)});
+            for (const auto& before : columns)
+                if (compareText(before.name, column.name) == 0)
+                    throw sqlError(4506, {column.name, module.name.name});
+            columns.push_back({column.name, column.type, column.nullable});
         }
     });
     return columns;
@@ -126,9 +108,16 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch)};
 }
 
+// Does `work` with `frame` innermost.
+void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
+    if (m_frames.size() >= kDeepestCall) throw sqlError(217);
+    m_frames.push_back(&frame);
+    const Finally leave([this] { m_frames.pop_back(); });
+    work();
+}
+
 void Executor::runFrame(const Block& body, Frame& frame) {
-    const EnteredFrame entered(m_frames, frame);
-    runBlock(body);
+    inFrame(frame, [&] { runBlock(body); });
 }
 
 // Runs the body of a procedure, or a text as one: its temporary tables end with it. False when an error has
@@ -165,12 +154,7 @@ Flow Executor::run(const Execute& execute) {
 }
 
 void Executor::runText(const std::string& text) {
-    const std::string outer = std::exchange(m_text, text);
-    struct Restore {
-        std::string& place;
-        const std::string& text;
-        ~Restore() { place = text; }
-    } restore{m_text, outer};
+    const Finally textAgain([this, outer = std::exchange(m_text, text)] { m_text = outer; });
     const auto batch = parseBatch(m_text, m_quotedIdentifiers);
     Frame frame;
     frame.database = m_frames.back()->database;

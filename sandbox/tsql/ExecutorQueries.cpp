@@ -4,6 +4,7 @@
 
 #include "Atomic.h"
 #include "Executor.h"
+#include "Finally.h"
 #include "Messages.h"
 #include "Text.h"
 
@@ -96,11 +97,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
 
 void Executor::divert(const RowTaker& take, const std::function<void()>& work) {
     DivertingSink sink(*m_sink, take);
-    struct Diverted {
-        ResultSink*& place;
-        ResultSink* before;
-        ~Diverted() { place = before; }
-    } const diverted{m_sink, std::exchange(m_sink, &sink)};
+    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
     work();
 }
 
@@ -274,16 +271,12 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
     Atomic atomic(m_connection, target.schema);
     const auto steps = translator.updateInSteps();
     m_connection.run(steps[0], parameterValues(translator));
-    m_connection.run("PRAGMA ignore_check_constraints = 1");
-    struct Checked {
-        Connection& connection;
-        ~Checked() {
-            sqlite3_exec(connection.handle(), "PRAGMA ignore_check_constraints = 0", nullptr, nullptr,
-                         nullptr);
-        }
-    };
     {
-        const Checked checked{m_connection};
+        const Finally checkAgain([this] {
+            sqlite3_exec(m_connection.handle(), "PRAGMA ignore_check_constraints = 0", nullptr, nullptr,
+                         nullptr);
+        });
+        m_connection.run("PRAGMA ignore_check_constraints = 1");
         m_connection.run(steps[1]);
     }
     changeWithOutput(target, "UPDATE", steps[2], translator, output);

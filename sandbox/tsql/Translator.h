@@ -13,6 +13,7 @@
 #include "Ast.h"
 #include "Catalogue.h"
 #include "Engine.h"
+#include "Finally.h"
 
 namespace tsql {
 
@@ -110,8 +111,7 @@ class Translator {
     // The columns of a change's OUTPUT clause.
     const QueryText& output() const { return m_output; }
     // Throws SqlError 8158 and 8159.
-    static void checkColumnList(const std::vector<std::string>& names, const QueryText& text,
-                                const std::string& of);
+    static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of);
     // The table that UPDATE or DELETE changes: `name` may be an alias of `from`.
     static const ast::ObjectName& targetName(const ast::ObjectName& name,
                                              const std::vector<ast::TableRefPtr>& from);
@@ -132,7 +132,6 @@ class Translator {
         std::string recursive = {};  // its name in SQLite, inside of its recursive part
         std::vector<OutputColumn> columns = {};
     };
-    class Enter;
 
     // ---- expressions (TranslatorExpressions.cpp)
     Typed node(const ast::Literal& literal);
@@ -199,6 +198,14 @@ class Translator {
     std::string singleValue(const QueryText& text);
     std::string nextAlias();
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);
+    std::string addSource(const std::vector<OutputColumn>& columns, const std::string& exposed);
+    // A derived table and the arguments of a function do not see the tables beside them, but those of the
+    // queries around.
+    template <typename Work>
+    auto blind(Work work) {
+        const Finally seeing([this, beside = std::exchange(m_scope, m_scope->outer)] { m_scope = beside; });
+        return work();
+    }
 
     // ---- changes (TranslatorChanges.cpp)
     std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,

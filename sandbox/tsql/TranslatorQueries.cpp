@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "Finally.h"
 #include "Lexer.h"
 #include "Messages.h"
 #include "Text.h"
@@ -29,23 +30,6 @@ bool isRecursive(const CommonTable& table) {
 
 }  // namespace
 
-// A scope stands while its query is translated. Common tables named in it go with it.
-class Translator::Enter {
-  public:
-    explicit Enter(Translator& translator, Scope& scope)
-        : m_translator(translator), m_before(translator.m_scope) {
-        scope.outer = m_before;
-        translator.m_scope = &scope;
-    }
-    ~Enter() { m_translator.m_scope = m_before; }
-    Enter(const Enter&) = delete;
-    Enter& operator=(const Enter&) = delete;
-
-  private:
-    Translator& m_translator;
-    Scope* m_before;
-};
-
 QueryText Translator::query(const Query& query) {
     const std::size_t common = m_with.size();
     for (const auto& table : query.with) m_with.push_back({&table});
@@ -67,7 +51,8 @@ QueryText Translator::body(const Query& query) {
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
     Scope scope;
-    const Enter enter(*this, scope);
+    scope.outer = m_scope;
+    const Finally leave([this, outer = std::exchange(m_scope, &scope)] { m_scope = outer; });
     QueryText text;
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
@@ -317,9 +302,7 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
     const auto& parameters = stored.module->parameters;
     std::map<std::string, std::string> arguments;
     const std::vector<ExprPtr> none;
-    Scope* const beside = std::exchange(m_scope, m_scope->outer);
-    const auto values = argumentsOf(stored, table.arguments ? *table.arguments : none);
-    m_scope = beside;
+    const auto values = blind([&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
     for (std::size_t i = 0; i < values.size(); ++i) arguments[lowerAscii(parameters[i].name)] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
@@ -339,9 +322,8 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
         throw sqlError(208, {table.name.name});
     if (table.arguments->size() != 2) throw sqlError(8144, {"STRING_SPLIT"});
-    Scope* const beside = std::exchange(m_scope, m_scope->outer);
-    const Typed text = value(*table.arguments->front()), separator = value(*table.arguments->back());
-    m_scope = beside;
+    const auto pieces = blind([&] { return values(*table.arguments); });
+    const Typed &text = pieces.front(), &separator = pieces.back();
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     const std::string sqlAlias = nextAlias();
     m_scope->sources.push_back({alias, {}, {}, {{"value", sqlAlias + ".value", type}}});
@@ -349,75 +331,67 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
            coerce(separator, nvarcharType(1)).sql + "))) AS " + sqlAlias;
 }
 
-void Translator::checkColumnList(const std::vector<std::string>& names, const QueryText& text,
-                                 const std::string& of) {
-    if (names.empty() || names.size() == text.columns.size()) return;
-    const bool fewer = names.size() > text.columns.size();
-    throw sqlError(fewer ? 8159 : 8158, {of});
+// Gives the columns the names that stand behind the query's own, if there are any.
+void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
+    if (names.empty()) return;
+    if (names.size() != text.columns.size())
+        throw sqlError(names.size() > text.columns.size() ? 8159 : 8158, {of});
+    for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
 }
 
-// The query inside does not see the tables beside it, but those of the queries around.
+// Adds a table of these columns to the scope; gives its alias in SQLite.
+std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
+    const std::string sqlAlias = nextAlias();
+    Source source{exposed, {}, {}, {}};
+    for (const auto& [column, alias, nullLiteral] : columns)
+        source.columns.push_back(
+            {column.name, sqlAlias + "." + alias, column.type, column.nullable, column.identity});
+    m_scope->sources.push_back(std::move(source));
+    return sqlAlias;
+}
+
 std::string Translator::derivedTable(const Query& query, const std::vector<std::string>& names,
                                      const std::string& alias) {
-    Scope* const beside = m_scope;
-    m_scope = beside->outer;
-    const QueryText text = this->query(query);
-    m_scope = beside;
-    checkColumnList(names, text, alias);
-    const std::string sqlAlias = nextAlias();
-    Source source{alias, {}, {}, {}};
-    for (std::size_t i = 0; i < text.columns.size(); ++i) {
-        const Column& column = text.columns[i].column;
-        const std::string& name = names.empty() ? column.name : names[i];
-        if (name.empty()) throw sqlError(8155, {std::to_string(i + 1), alias});
-        source.columns.push_back(
-            {name, sqlAlias + "." + text.columns[i].alias, column.type, column.nullable, column.identity});
-    }
-    m_scope->sources.push_back(std::move(source));
-    return "(" + text.sql + ") AS " + sqlAlias;
+    QueryText text = blind([&] { return this->query(query); });
+    rename(text, names, alias);
+    for (const auto& [column, sqlName, nullLiteral] : text.columns)
+        if (column.name.empty()) throw sqlError(8155, {sqlName.substr(1), alias});
+    return "(" + text.sql + ") AS " + addSource(text.columns, alias);
 }
 
 // Anchor UNION ALL recursive part. Each row counts how deep it is, for the limit.
 std::string Translator::recursiveTable(std::size_t with, const std::string& alias) {
     const ast::CommonTable& table = *m_with[with].table;
     const auto& operation = std::get<SetOperation>(table.query->body);
-    Scope* const beside = std::exchange(m_scope, m_scope->outer);
-    m_with[with].open = true;
-    QueryText anchor = query(*operation.left);
-    checkColumnList(table.columns, anchor, table.name);
-    for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
-        if (!table.columns.empty()) anchor.columns[i].column.name = table.columns[i];
-        anchor.columns[i].column.nullable = true;
-    }
-    m_with[with].columns = anchor.columns;
-    const std::string name = m_with[with].recursive = "r" + nextAlias();
-    const QueryText next = query(*operation.right);
-    m_with[with].recursive.clear();
-    m_with[with].open = false;
-    m_scope = beside;
+    const std::string name = "r" + nextAlias();
+    QueryText anchor;
+    const QueryText next = blind([&] {
+        m_with[with].open = true;
+        anchor = query(*operation.left);
+        rename(anchor, table.columns, table.name);
+        for (auto& output : anchor.columns) output.column.nullable = true;
+        m_with[with].columns = anchor.columns;
+        m_with[with].recursive = name;
+        QueryText deeper = query(*operation.right);
+        m_with[with].recursive.clear();
+        m_with[with].open = false;
+        return deeper;
+    });
     if (next.columns.size() != anchor.columns.size()) throw sqlError(205);
-    const std::string sqlAlias = nextAlias();
-    Source source{alias, {}, {}, {}};
     std::string list;
     for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
         const OutputColumn& output = anchor.columns[i];
         if (output.column.type != next.columns[i].column.type && !next.columns[i].nullLiteral)
             throw sqlError(240, {output.column.name, table.name});
         list += output.alias + ", ";
-        source.columns.push_back({output.column.name, sqlAlias + "." + output.alias, output.column.type});
     }
-    m_scope->sources.push_back(std::move(source));
     return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +
-           ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + sqlAlias;
+           ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
 }
 
 std::string Translator::recursiveReference(const CommonTable& table, const std::string& alias) {
     if (!m_depth.empty()) throw sqlError(253, {table.table->name});
-    const std::string sqlAlias = nextAlias();
-    Source source{alias, {}, {}, {}};
-    for (const auto& output : table.columns)
-        source.columns.push_back({output.column.name, sqlAlias + "." + output.alias, output.column.type});
-    m_scope->sources.push_back(std::move(source));
+    const std::string sqlAlias = addSource(table.columns, alias);
     m_depth = "ts_deeper(" + sqlAlias + ".depth, " + std::to_string(m_maxRecursion) + ")";
     return table.recursive + " AS " + sqlAlias;
 }
