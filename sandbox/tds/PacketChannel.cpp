@@ -78,7 +78,10 @@ Request PacketChannel::readRequest() {
 }
 
 bool PacketChannel::attentionArrived() {
-    if (buffered() < kHeaderSize && !receive(false)) return false;
+    pollfd client{m_socket, POLLIN | POLLRDHUP, 0};
+    poll(&client, 1, 0);
+    if ((client.revents & ~POLLIN) != 0) throw ConnectionClosed("the client closed the connection");
+    if (buffered() < kHeaderSize && client.revents != 0) receive(false);
     if (buffered() < kHeaderSize) return false;
     const Header header = peekHeader();
     if (header.type != PacketType::Attention || header.length > kHeaderSize) return false;

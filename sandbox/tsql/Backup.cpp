@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <optional>
 
+#include "Connection.h"
 #include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
@@ -20,14 +20,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A backup file: the magic, the size of the header (8 bytes, low one first), the header, the checksum of
-// header and image, and the image, a whole SQLite database.
-constexpr std::string_view kMagic = "TSQLBOX BACKUP 1\n";
-constexpr std::size_t kMaxHeader = 1 << 16;
+// A backup is the database as one SQLite file, which tells of itself in a table, and behind it the checksum
+// of all that. SQLite's header begins with its own name and has the application's at 68.
+constexpr std::string_view kSqlite("SQLite format 3", 16);
+constexpr std::string_view kApplication = "TSQL";
+constexpr int kApplicationId = 0x5453514C;
+constexpr std::size_t kApplicationAt = 68;
 constexpr std::size_t kChecksum = crypto_generichash_BYTES;
 constexpr std::size_t kBlock = 1 << 16;
 constexpr std::int64_t kPage = 4096;  // of every SQLite file that is made here
-using Checksum = std::array<unsigned char, kChecksum>;
+
+constexpr int kPagesAtATime = 1024;
+constexpr int kTriesToLock = 100;
+constexpr int kPauseMilliseconds = 100;
 
 [[noreturn]] void cannotOpen(const fs::path& file, int error) {
     throw sqlError(3201, {file.string(), std::to_string(error), std::strerror(error)});
@@ -37,39 +42,29 @@ using Checksum = std::array<unsigned char, kChecksum>;
     throw sqlError(3203, {file.string()});
 }
 
-class File {
-  public:
-    File(fs::path path, const char* mode)
-        : m_path(std::move(path)), m_stream(std::fopen(m_path.c_str(), mode)) {
-        if (!m_stream) cannotOpen(m_path, errno);
-    }
+using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-    void write(std::string_view bytes) {
-        if (std::fwrite(bytes.data(), 1, bytes.size(), m_stream.get()) != bytes.size())
-            cannotOpen(m_path, errno);
-    }
-    // Fewer bytes than asked for only at the end of the file.
-    std::string read(std::size_t size) {
-        std::string bytes(size, '\0');
-        bytes.resize(std::fread(bytes.data(), 1, size, m_stream.get()));
-        if (std::ferror(m_stream.get())) cannotOpen(m_path, errno);
-        return bytes;
-    }
-    void rewind() { std::rewind(m_stream.get()); }
-    void sync() {
-        if (std::fflush(m_stream.get()) != 0 || ::fsync(::fileno(m_stream.get())) != 0)
-            cannotOpen(m_path, errno);
-    }
-    const fs::path& path() const { return m_path; }
+Stream openStream(const fs::path& file, const char* mode) {
+    Stream stream(std::fopen(file.c_str(), mode), std::fclose);
+    if (!stream) cannotOpen(file, errno);
+    return stream;
+}
 
-  private:
-    struct Closer {
-        void operator()(std::FILE* stream) const { std::fclose(stream); }
-    };
-    fs::path m_path;
-    std::unique_ptr<std::FILE, Closer> m_stream;
-};
-constexpr const char *kRead = "rbe", *kWrite = "wbe";  // closed in programs that are started meanwhile
+// Fewer bytes than asked for at the end of the file.
+std::string read(std::FILE* stream, std::size_t size) {
+    std::string bytes(size, '\0');
+    bytes.resize(std::fread(bytes.data(), 1, size, stream));
+    return bytes;
+}
+
+// The file, when it is a backup.
+Stream openBackup(const fs::path& file) {
+    Stream stream = openStream(file, "rbe");
+    const std::string head = read(stream.get(), kApplicationAt + kApplication.size());
+    if (std::ferror(stream.get())) cannotOpen(file, errno);
+    if (!head.starts_with(kSqlite) || !head.ends_with(kApplication)) throw sqlError(3241, {file.string()});
+    return stream;
+}
 
 // A file of ours beside another, gone with this object unless it was renamed into place.
 class TemporaryFile {
@@ -99,176 +94,68 @@ class TemporaryFile {
     fs::path m_path;
 };
 
-std::string encodeSize(std::uint64_t value) {
-    std::string bytes;
-    for (int shift = 0; shift < 64; shift += 8) bytes += static_cast<char>(value >> shift);
-    return bytes;
+// Of the first `size` bytes of a file.
+std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& progress) {
+    crypto_generichash_state state;
+    crypto_generichash_init(&state, nullptr, 0, kChecksum);
+    std::rewind(stream);
+    for (std::uintmax_t done = 0; done < size;) {
+        const std::string block = read(stream, std::min<std::uintmax_t>(kBlock, size - done));
+        if (block.empty()) break;
+        crypto_generichash_update(&state, reinterpret_cast<const unsigned char*>(block.data()), block.size());
+        done += block.size();
+        progress(static_cast<int>(done * 100 / size));
+    }
+    std::array<unsigned char, kChecksum> sum{};
+    crypto_generichash_final(&state, sum.data(), sum.size());
+    return {sum.begin(), sum.end()};
 }
 
-std::uint64_t decodeSize(std::string_view bytes) {
-    std::uint64_t value = 0;
-    for (std::size_t i = 8; i-- > 0;) value = value << 8 | static_cast<unsigned char>(bytes[i]);
-    return value;
+void appendChecksum(const fs::path& file, const Progress& progress) {
+    const Stream stream = openStream(file, "rb+e");
+    const std::string sum = checksumOf(stream.get(), fs::file_size(file), progress);
+    std::fseek(stream.get(), 0, SEEK_END);
+    if (std::fwrite(sum.data(), 1, sum.size(), stream.get()) != sum.size() ||
+        std::fflush(stream.get()) != 0 || ::fsync(::fileno(stream.get())) != 0)
+        cannotOpen(file, errno);
 }
 
-// Six fields, each with its size in front.
-std::string encodeHeader(const BackupHeader& header) {
-    std::string bytes;
-    for (const std::string& field : {header.database, header.started, header.finished, header.dataFile,
-                                     std::to_string(header.pages), std::to_string(header.bytes)})
-        bytes += encodeSize(field.size()) + field;
-    return bytes;
-}
-
-std::optional<BackupHeader> decodeHeader(std::string_view bytes) {
-    std::array<std::string, 6> fields;
-    for (std::string& field : fields) {
-        if (bytes.size() < 8 || decodeSize(bytes) > bytes.size() - 8) return std::nullopt;
-        field = bytes.substr(8, decodeSize(bytes));
-        bytes.remove_prefix(8 + field.size());
-    }
-    try {
-        return BackupHeader{
-            fields[0], fields[1], fields[2], fields[3], std::stoll(fields[4]), std::stoll(fields[5])};
-    } catch (const std::logic_error&) {
-        return std::nullopt;
-    }
-}
-
-class Hash {
-  public:
-    explicit Hash(std::string_view first) {
-        crypto_generichash_init(&m_state, nullptr, 0, kChecksum);
-        add(first);
-    }
-    void add(std::string_view bytes) {
-        crypto_generichash_update(&m_state, reinterpret_cast<const unsigned char*>(bytes.data()),
-                                  bytes.size());
-    }
-    std::string value() {
-        Checksum sum{};
-        crypto_generichash_final(&m_state, sum.data(), sum.size());
-        return std::string(sum.begin(), sum.end());
-    }
-
-  private:
-    crypto_generichash_state m_state{};
-};
-
-// Hands the rest of the file to `take`, block by block.
-template <typename Take>
-void eachBlock(File& file, Take take) {
-    for (std::string block; !(block = file.read(kBlock)).empty();) take(block);
-}
-
-void copyDatabase(sqlite3* from, sqlite3* to) {
-    sqlite3_backup* copy = sqlite3_backup_init(to, "main", from, "main");
-    if (!copy) throw std::runtime_error(sqlite3_errmsg(to));
-    int code = SQLITE_OK;
-    for (int tries = 0; tries < 100; ++tries) {  // up to 10 s while others write
-        code = sqlite3_backup_step(copy, -1);
-        if (code != SQLITE_BUSY && code != SQLITE_LOCKED) break;
-        sqlite3_sleep(100);
-    }
-    sqlite3_backup_finish(copy);
-    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) throw sqlError(3101);
-    if (code != SQLITE_DONE) throw std::runtime_error(sqlite3_errstr(code));
-}
-
-// The database as one file that needs no side files.
-void writeImage(const fs::path& database, const fs::path& image) {
-    const auto source = openDatabaseFile(database, false);
+// What copies of databases are written to and read from: without a journal, for a copy is whole or is
+// removed.
+SqliteConnection openCopy(const fs::path& file, int flags) {
     sqlite3* raw = nullptr;
-    const int code = sqlite3_open(image.c_str(), &raw);
-    const SqliteConnection target(raw);
+    const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    SqliteConnection connection(raw);
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(code));
-    copyDatabase(source.get(), target.get());
-    execute(target.get(), "PRAGMA journal_mode=DELETE");
+    execute(raw, "PRAGMA journal_mode = OFF");
+    return connection;
 }
 
-// Calls `progress` as the copied bytes approach `total`.
-class Meter {
-  public:
-    Meter(const Progress& progress, std::int64_t total)
-        : m_progress(progress), m_total(std::max<std::int64_t>(total, 1)) {}
-    void add(std::size_t bytes) {
-        m_done += static_cast<std::int64_t>(bytes);
-        if (m_progress) m_progress(static_cast<int>(m_done * 100 / m_total));
-    }
-
-  private:
-    const Progress& m_progress;
-    std::int64_t m_total, m_done = 0;
-};
-
-void writeBackup(const fs::path& target, const std::string& header, const fs::path& image, Meter meter) {
-    File out(target, kWrite);
-    File in(image, kRead);
-    Hash hash(header);
-    eachBlock(in, [&](std::string_view block) { hash.add(block); });
-    in.rewind();
-    out.write(std::string(kMagic) + encodeSize(header.size()) + header + hash.value());
-    eachBlock(in, [&](std::string_view block) {
-        out.write(block);
-        meter.add(block.size());
-    });
-    out.sync();
-}
-
-struct OpenBackup {
-    explicit OpenBackup(const fs::path& path) : file(path, kRead) {
-        const std::string start = file.read(kMagic.size() + 8);
-        if (start.size() < kMagic.size() + 8 || !start.starts_with(kMagic))
-            throw sqlError(3241, {path.string()});
-        const std::uint64_t size = decodeSize(std::string_view(start).substr(kMagic.size()));
-        if (size > kMaxHeader) damaged(path);
-        headerBytes = file.read(size);
-        checksum = file.read(kChecksum);
-        const auto decoded = decodeHeader(headerBytes);
-        if (!decoded || checksum.size() != kChecksum) damaged(path);
-        header = *decoded;
-    }
-
-    // Copies the image, when there is a target, while its checksum is taken; a damaged one is found before it
-    // is used.
-    void copyTo(File* out, const Progress& progress) {
-        Hash hash(headerBytes);
-        Meter meter(progress, header.bytes);
-        eachBlock(file, [&](std::string_view block) {
-            hash.add(block);
-            if (out) out->write(block);
-            meter.add(block.size());
-        });
-        if (hash.value() != checksum) damaged(file.path());
-        if (out) out->sync();
-    }
-
-    File file;
-    std::string headerBytes;
-    std::string checksum;
-    BackupHeader header;
-};
-
-void checkMoves(const BackupHeader& header, std::span<const std::string> movedNames,
-                std::string_view database) {
-    for (const std::string& name : movedNames) {
-        const bool known =
-            name == dataLogicalName(header.database) || name == logLogicalName(header.database);
-        if (!known) throw sqlError(3234, {name, database});
+// One view of `from` becomes the whole of `to`, at once or not at all. Whoever has locked `to` is waited for.
+void copyDatabase(sqlite3* from, sqlite3* to, const Progress& progress) {
+    sqlite3_busy_timeout(to, 0);
+    execute(from, "BEGIN; SELECT 1 FROM sqlite_master");
+    const std::unique_ptr<sqlite3_backup, int (*)(sqlite3_backup*)> copy(
+        sqlite3_backup_init(to, "main", from, "main"), sqlite3_backup_finish);
+    if (!copy) throw std::runtime_error(sqlite3_errmsg(to));
+    for (int code = SQLITE_OK, tries = 0; code != SQLITE_DONE;) {
+        code = sqlite3_backup_step(copy.get(), kPagesAtATime);
+        const bool locked = code == SQLITE_BUSY || code == SQLITE_LOCKED;
+        if (locked && ++tries == kTriesToLock) throw sqlError(3101);
+        if (!locked && code != SQLITE_OK && code != SQLITE_DONE)
+            throw std::runtime_error(sqlite3_errstr(code));
+        const int pages = std::max(sqlite3_backup_pagecount(copy.get()), 1);
+        progress(locked ? 0 : 100 - sqlite3_backup_remaining(copy.get()) * 100 / pages);
+        if (locked) sqlite3_sleep(kPauseMilliseconds);
     }
 }
 
-// From here on the image is whole: an existing database is overwritten in one SQLite transaction, which other
-// connections see at once or not at all; a new one is renamed into place.
-void putInPlace(Storage& storage, TemporaryFile& image, std::string_view database) {
-    if (!storage.exists(database)) {
-        openDatabaseFile(image.path(), false);
-        image.renameTo(storage.pathOf(database));
-        return;
-    }
-    const auto source = openDatabaseFile(image.path(), false);
-    const auto target = openDatabaseFile(storage.pathOf(database), false);
-    copyDatabase(source.get(), target.get());
+void writeHeader(sqlite3* copy, const BackupHeader& header) {
+    execute(copy, "PRAGMA journal_mode = DELETE; PRAGMA application_id = " + std::to_string(kApplicationId) +
+                      "; DROP TABLE IF EXISTS tsqlbox_backup; CREATE TABLE tsqlbox_backup AS SELECT " +
+                      quotedText(header.database) + " AS database, " + quotedText(header.started) +
+                      " AS started, " + quotedText(header.finished) + " AS finished, " +
+                      quotedText(header.dataFile) + " AS data_file");
 }
 
 BackupReport emptyReport(std::string_view columns) {
@@ -294,41 +181,74 @@ std::string now() {
     return toStorage(localNow(), simpleType(TypeId::DateTime));
 }
 
-}  // namespace
+std::string logName(const BackupHeader& header) {
+    return header.database + "_log";
+}
 
-std::string dataLogicalName(std::string_view database) {
-    return std::string(database);
+// The image is whole: an existing database is overwritten in one SQLite transaction, which other connections
+// see at once or not at all; a new one is renamed into place.
+void putInPlace(const fs::path& file, const fs::path& target, const Progress& progress) {
+    const auto backup = openCopy(file, SQLITE_OPEN_READONLY);
+    if (fs::exists(target))
+        return copyDatabase(backup.get(), openDatabaseFile(target, false).get(), progress);
+    TemporaryFile image(target);
+    copyDatabase(backup.get(), openCopy(image.path(), SQLITE_OPEN_READWRITE).get(), progress);
+    openDatabaseFile(image.path(), false);  // from here on it has a journal
+    image.renameTo(target);
 }
-std::string logLogicalName(std::string_view database) {
-    return std::string(database) + "_log";
+
+void checkMoves(const BackupHeader& header, std::span<const std::string> movedNames,
+                std::string_view database) {
+    for (const std::string& name : movedNames)
+        if (name != header.database && name != logName(header)) throw sqlError(3234, {name, database});
 }
+
+}  // namespace
 
 BackupHeader backupDatabase(const Storage& storage, std::string_view database, const fs::path& file,
                             const Progress& progress) {
     const std::string name = storage.canonicalName(database);
     if (name.empty()) throw sqlError(911, {database});
     BackupHeader header{name, now(), {}, storage.pathOf(name).string(), 0, 0};
-    TemporaryFile image(file);
     TemporaryFile whole(file);
     try {
-        writeImage(storage.pathOf(name), image.path());
+        const auto copy = openCopy(whole.path(), SQLITE_OPEN_READWRITE);
+        copyDatabase(openDatabaseFile(storage.pathOf(name), false).get(), copy.get(), progress);
+        header.finished = now();
+        writeHeader(copy.get(), header);
+    } catch (const SqlError&) {
+        throw;
     } catch (const std::runtime_error& error) {
         throw sqlError(3202, {file.string(), error.what()});
     }
-    header.bytes = static_cast<std::int64_t>(fs::file_size(image.path()));
-    header.pages = header.bytes / kPage;
-    header.finished = now();
-    writeBackup(whole.path(), encodeHeader(header), image.path(), Meter(progress, header.bytes));
+    appendChecksum(whole.path(), progress);
     whole.renameTo(file);
-    return header;
+    return readBackupHeader(file);
 }
 
 BackupHeader readBackupHeader(const fs::path& file) {
-    return OpenBackup(file).header;
+    openBackup(file);
+    BackupHeader header;
+    const auto take = [](void* into, int, char** cells, char**) {
+        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3], 0, 0};
+        return 0;
+    };
+    const auto connection = openCopy(file, SQLITE_OPEN_READONLY);
+    constexpr const char* kQuery =
+        "SELECT ifnull(database, ''), ifnull(started, ''), ifnull(finished, ''), ifnull(data_file, '') "
+        "FROM tsqlbox_backup";
+    const int code = sqlite3_exec(connection.get(), kQuery, take, &header, nullptr);
+    if (code != SQLITE_OK || header.database.empty()) damaged(file);
+    header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
+    header.pages = header.bytes / kPage;
+    return header;
 }
 
-void verifyBackup(const fs::path& file) {
-    OpenBackup(file).copyTo(nullptr, {});
+void verifyBackup(const fs::path& file, const Progress& progress) {
+    const Stream stream = openBackup(file);
+    const std::uintmax_t size = fs::file_size(file);
+    const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
+    if (read(stream.get(), kChecksum) != sum) damaged(file);
 }
 
 BackupReport fileListOf(const BackupHeader& header) {
@@ -339,7 +259,7 @@ Size numeric(20); MaxSize numeric(20); FileId bigint; CreateLSN numeric(25); Dro
 uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes bigint;
 SourceBlockSize int; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN numeric(25);
 DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit)");
-    addRow(report, {{"LogicalName", dataLogicalName(header.database)},
+    addRow(report, {{"LogicalName", header.database},
                     {"PhysicalName", header.dataFile},
                     {"Type", std::string("D")},
                     {"FileGroupName", std::string("PRIMARY")},
@@ -350,7 +270,7 @@ DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit)");
                     {"SourceBlockSize", kBlockSize},
                     {"FileGroupId", std::int64_t{1}},
                     {"IsPresent", std::int64_t{1}}});
-    addRow(report, {{"LogicalName", logLogicalName(header.database)},
+    addRow(report, {{"LogicalName", logName(header)},
                     {"PhysicalName", header.dataFile + "-wal"},
                     {"Type", std::string("L")},
                     {"MaxSize", kUnlimited},
@@ -387,31 +307,22 @@ Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collatio
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
                              std::span<const std::string> movedNames, const Progress& progress) {
-    OpenBackup backup(file);
-    checkMoves(backup.header, movedNames, database);
-    const std::string& origin = backup.header.database;
-    const bool sameName = compareText(origin, database) == 0;
+    BackupHeader header = readBackupHeader(file);
+    checkMoves(header, movedNames, database);
+    const bool sameName = compareText(header.database, database) == 0;
     if (storage.exists(database) && !replace) throw sqlError(sameName ? 3159 : 3154, {database});
-    if (!sameName && movedNames.empty() && storage.exists(origin) &&
-        storage.pathOf(origin) == backup.header.dataFile)
-        throw sqlError(1834, {backup.header.dataFile, origin});
-    TemporaryFile image(storage.directory() / "restore");
-    {
-        File out(image.path(), kWrite);
-        backup.copyTo(&out, progress);
-    }
+    if (!sameName && movedNames.empty() && storage.exists(header.database) &&
+        storage.pathOf(header.database) == header.dataFile)
+        throw sqlError(1834, {header.dataFile, header.database});
+    verifyBackup(file, progress);
     try {
-        putInPlace(storage, image, database);
+        putInPlace(file, storage.pathOf(database), progress);
     } catch (const SqlError&) {
         throw;
     } catch (const std::runtime_error& error) {
         throw sqlError(3270, {error.what()});
     }
-    return backup.header;
-}
-
-std::string terminatedText(std::string_view statement) {
-    return std::string(statement) + " is terminating abnormally.";
+    return header;
 }
 
 }  // namespace tsql

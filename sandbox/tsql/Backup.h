@@ -1,4 +1,4 @@
-// BACKUP and RESTORE as files: one backup file holds a header and the SQLite image of one database.
+// BACKUP and RESTORE as files: a backup holds one database as a SQLite file.
 #pragma once
 
 #include <cstdint>
@@ -25,24 +25,23 @@ struct BackupHeader {
     std::int64_t bytes = 0;  // of the image
 };
 
-// Names under which a backup lists the two files of a database.
-std::string dataLogicalName(std::string_view database);  // NAME
-std::string logLogicalName(std::string_view database);   // NAME_log
-
-// Told how much of the work is done, in percent.
+// Told again and again how much of the work is done, in percent. What it throws ends the work, which then has
+// changed nothing.
 using Progress = std::function<void(int percent)>;
 
 // Copies `database` into `file`, which it replaces only when the copy is whole.
 // Throws SqlError 3201 (the file cannot be opened or written, with the system's text), 911 (no such
-// database). The caller adds error 3013 as terminatedText() says.
-BackupHeader backupDatabase(const Storage& storage, std::string_view database,
-                            const std::filesystem::path& file, const Progress& progress = {});
+// database), 3202 (while it is written).
+BackupHeader backupDatabase(
+    const Storage& storage, std::string_view database, const std::filesystem::path& file,
+    const Progress& progress = [](int) {});
 
 // Throws SqlError 3201 (cannot be opened), 3241 (no backup of ours), 3203 (damaged).
 BackupHeader readBackupHeader(const std::filesystem::path& file);
 
 // Reads the whole file, and throws as restoreDatabase() does when it is damaged.
-void verifyBackup(const std::filesystem::path& file);
+void verifyBackup(
+    const std::filesystem::path& file, const Progress& progress = [](int) {});
 
 // What RESTORE FILELISTONLY and HEADERONLY show.
 struct BackupReport {
@@ -57,12 +56,8 @@ BackupReport headerOf(const BackupHeader& header);
 // it is in use; 3234 when `moves` names a logical file that the backup does not have; 1834 when the files of
 // another database are in the way because they are not moved. Nothing is changed then. The moves' target
 // paths are checked for their names alone: the data stays in the data directory.
-BackupHeader restoreDatabase(Storage& storage, const std::filesystem::path& file, std::string_view database,
-                             bool replace, std::span<const std::string> movedNames = {},
-                             const Progress& progress = {});
-
-// "BACKUP DATABASE is terminating abnormally." (error 3013)
-std::string terminatedText(std::string_view statement);
-inline constexpr int kTerminated = 3013;
+BackupHeader restoreDatabase(
+    Storage& storage, const std::filesystem::path& file, std::string_view database, bool replace,
+    std::span<const std::string> movedNames = {}, const Progress& progress = [](int) {});
 
 }  // namespace tsql

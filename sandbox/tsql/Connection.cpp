@@ -1,6 +1,7 @@
 #include "Connection.h"
 
 #include <algorithm>
+#include <thread>
 
 #include "FunctionImpl.h"
 #include "Messages.h"
@@ -10,7 +11,9 @@ namespace tsql {
 namespace {
 
 constexpr int kSortVersion = 1;  // goes up when compareText() sorts otherwise
-constexpr int kBusyMilliseconds = 10'000;
+constexpr std::chrono::seconds kUsualLockTimeout{10};
+constexpr std::chrono::milliseconds kLongestPause{25};  // between two tries to get a lock
+constexpr int kStepsBetweenLooks = 200'000;             // of SQLite's machine, whether to go on
 constexpr std::size_t kIdleStatements = 64;
 constexpr std::size_t kMostAttached = 10;  // SQLite's own limit
 
@@ -97,9 +100,14 @@ std::string PreparedStatement::text(int column) const {
     return text ? std::string(*text) : std::string();
 }
 
-Connection::Connection(const Storage& storage, DatabaseUses& uses)
-    : m_storage(storage), m_uses(uses), m_handle(openDatabaseFile(":memory:", true)) {
-    setBusyTimeout(kBusyMilliseconds);
+Connection::Connection(const Storage& storage, DatabaseUses& uses, std::function<bool()> cancelled)
+    : m_storage(storage),
+      m_uses(uses),
+      m_cancelled(std::move(cancelled)),
+      m_handle(openDatabaseFile(":memory:", true)) {
+    setLockTimeout(kUsualLockTimeout);
+    sqlite3_busy_handler(handle(), waitForLock, this);
+    sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);
     sqlite3_extended_result_codes(handle(), 1);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a text
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
@@ -108,6 +116,20 @@ Connection::Connection(const Storage& storage, DatabaseUses& uses)
 Connection::~Connection() {
     dropStatements();
     for (const auto& key : m_attached) m_uses.add(key, -1);
+}
+
+void Connection::setLockTimeout(std::chrono::milliseconds timeout) {
+    m_lockTimeout = timeout.count() < 0 ? kUsualLockTimeout : timeout;
+}
+
+// Called by SQLite when a lock is not to be had: false for no more tries. `tries` counts those of one wait.
+int Connection::waitForLock(void* self, int tries) {
+    auto& connection = *static_cast<Connection*>(self);
+    const auto now = std::chrono::steady_clock::now();
+    if (tries == 0) connection.m_waitEnds = now + connection.m_lockTimeout;
+    if (now >= connection.m_waitEnds || connection.m_cancelled()) return false;
+    std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestPause));
+    return true;
 }
 
 void Connection::dropStatements() {
@@ -130,10 +152,19 @@ std::string Connection::attach(std::string_view database) {
     if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
     run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; a session that waits keeps its pages
-    renewIndexes(quotedName(key));
+    if (!inTransaction()) renewIndexes(quotedName(key));      // which would read in it
     m_attached.push_front(key);
     m_uses.add(key, 1);
     return quotedName(key);
+}
+
+void Connection::lock(std::string_view database) {
+    const std::string schema = attach(database);
+    if (sqlite3_txn_state(handle(), databaseKey(database).c_str()) != SQLITE_TXN_NONE) return;
+    const bool isNew =
+        sqlite3_table_column_metadata(handle(), databaseKey(database).c_str(), "tsqlbox_objects", nullptr,
+                                      nullptr, nullptr, nullptr, nullptr, nullptr) != SQLITE_OK;
+    if (!isNew) run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
 }
 
 // An index made when texts sorted otherwise is of no use.

@@ -3,6 +3,8 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
+#include <functional>
 #include <list>
 #include <map>
 #include <mutex>
@@ -60,17 +62,22 @@ class PreparedStatement {
 
 class Connection {
   public:
-    Connection(const Storage& storage, DatabaseUses& uses);
+    // `cancelled` is asked while a statement runs or waits for another session, and ends it.
+    Connection(const Storage& storage, DatabaseUses& uses, std::function<bool()> cancelled);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
     sqlite3* handle() { return m_handle.get(); }
-    void setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(handle(), milliseconds); }
+    // How long a statement waits for a lock; negative: as long as usual.
+    void setLockTimeout(std::chrono::milliseconds timeout);
     bool inTransaction() { return sqlite3_get_autocommit(handle()) == 0; }
 
     // Attaches the database when it is not yet, and gives its schema's name, quoted. Throws SqlError 911.
     std::string attach(std::string_view database);
+    // Takes the right to write the database, before anything else of it is looked at in the transaction:
+    // SQLite waits for another writer only then.
+    void lock(std::string_view database);
     void detach(std::string_view database);
     void detachAllBut(std::string_view database);
     bool isAttached(std::string_view database) const;
@@ -87,9 +94,14 @@ class Connection {
     void giveBack(const std::string& sql, sqlite3_stmt* statement);
     void dropStatements();
     void renewIndexes(const std::string& schema);
+    static int waitForLock(void* self, int tries);
+    static int isCancelled(void* self) { return static_cast<Connection*>(self)->m_cancelled(); }
 
     const Storage& m_storage;
     DatabaseUses& m_uses;
+    std::function<bool()> m_cancelled;
+    std::chrono::milliseconds m_lockTimeout{};
+    std::chrono::steady_clock::time_point m_waitEnds;
     SqliteConnection m_handle;
     std::list<std::string> m_attached;  // keys of databases, the latest used first
     std::set<std::string> m_catalogues;

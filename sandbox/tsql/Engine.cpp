@@ -30,7 +30,11 @@ class FailingSink final : public ResultSink {
 
 Engine::Engine(const std::filesystem::path& dataDirectory) : m_impl(std::make_unique<Impl>(dataDirectory)) {
     FailingSink sink;
-    Executor(*m_impl, "sa", "msdb", 1).runBatch(kBackupSet, sink);
+    Executor executor(*m_impl, "sa", "msdb", 1);
+    executor.runBatch(kBackupSet, sink);
+    // Each is looked at once, outside of a transaction; one that cannot be opened fails when it is used.
+    for (const std::string& name : m_impl->storage.databases())
+        executor.runBatch("BEGIN TRY USE " + quotedName(name) + " END TRY BEGIN CATCH END CATCH", sink);
 }
 
 Engine::~Engine() = default;

@@ -16,7 +16,6 @@ using namespace ast;
 
 namespace {
 
-constexpr int kProgressSteps = 200'000;  // of SQLite's machine between two looks for a cancel
 constexpr int kFatalSeverity = 20;
 constexpr int kTopUserSeverity = 18;
 
@@ -35,11 +34,11 @@ bool contains(const std::array<int, N>& numbers, int number) {
 }  // namespace
 
 Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid)
-    : m_engine(engine), m_connection(engine.storage, engine.uses), m_login(login), m_spid(spid) {
+    : m_engine(engine),
+      m_connection(engine.storage, engine.uses, [this] { return isCancelled(); }),
+      m_login(login),
+      m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
-    sqlite3_progress_handler(
-        m_connection.handle(), kProgressSteps,
-        [](void* self) { return static_cast<int>(static_cast<Executor*>(self)->isCancelled()); }, this);
     m_database = engine.storage.canonicalName(database);
     if (m_database.empty()) throw sqlError(4060, {database});
     m_connection.attach(m_database);
@@ -64,6 +63,8 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
     } catch (const SessionEnd&) {
         goesOn = false;
     }
+    // SQLite takes a transaction back whose change is broken off; XACT_ABORT says so of all that is.
+    if (transactionLost() || (m_abortOnError && m_transactions > 0 && isCancelled())) rollBack();
     if (m_doomed) {
         report({3998, 16, 1, 1, "", sqlError(3998).what()});
         rollBack();
@@ -170,7 +171,7 @@ void Executor::afterError(const Message& message, bool raised) {
     m_rowCount = 0;
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_verb, {});
-    if (m_transactions > 0 && !m_connection.inTransaction() && message.number == 1205) rollBack();
+    if (transactionLost()) rollBack();
     const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number));
     const bool endsScope = !raised && contains(kScopeErrors, message.number);
     const Frame* const blind = endsScope && !inFunction ? m_frames.back() : nullptr;
@@ -203,11 +204,10 @@ Flow Executor::finished() {
 // ---- what SQLite refused, in T-SQL's terms
 
 SqlError Executor::errorOf(const SqliteFailure& failure) {
+    if (isCancelled()) throw BatchEnd{};
     if (const auto error = m_functions.takeError()) return *error;
     const std::string text = failure.what();
     switch (failure.code & 0xFF) {
-        case SQLITE_INTERRUPT:
-            throw BatchEnd{};
         case SQLITE_CONSTRAINT:
             return constraintError(failure);
         case SQLITE_BUSY:

@@ -257,12 +257,14 @@ class Executor final : public NameResolver {
     Flow run(const ast::Restore& restore);
     void dropDatabase(const std::string& name, bool ifExists);
     void beforeWrite();
+    void claim(const ast::ObjectName& target);
     void begin(const std::string& name);
     void save(const std::string& name);
     void commit();
     void rollBack();
     void rollBackTo(const std::string& name);
     void endTransaction(TransactionEvent event);
+    bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, int errorNumber);
     void inform(int number, const std::string& text) const;
@@ -310,6 +312,7 @@ class Executor final : public NameResolver {
     std::int64_t m_cursorRows = 0;
     int m_transactions = 0;         // @@TRANCOUNT
     bool m_doomed = false;          // the transaction can only be rolled back
+    bool m_begun = false;           // it has begun in SQLite as well
     std::string m_transactionName;  // of the outermost one
     bool m_noCount = false;
     bool m_abortOnError = false;  // XACT_ABORT

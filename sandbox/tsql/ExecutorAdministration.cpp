@@ -15,8 +15,7 @@ using namespace ast;
 
 namespace {
 
-constexpr int kDefaultBusyMilliseconds = 10'000;
-constexpr int kLongestBusyMilliseconds = 60'000;
+constexpr int kLongestLockTimeout = 60'000;  // milliseconds
 
 // Settings that change nothing here, whichever way they are set.
 constexpr std::array<std::string_view, 28> kHarmless = {
@@ -99,9 +98,8 @@ Flow Executor::run(const SetOption& option) {
             m_identityInsert = option.on ? target.fullName() : "";
     }
     if (first == "LOCK_TIMEOUT" && option.number) {
-        m_lockTimeout =
-            static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestBusyMilliseconds));
-        m_connection.setBusyTimeout(m_lockTimeout < 0 ? kDefaultBusyMilliseconds : m_lockTimeout);
+        m_lockTimeout = static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
+        m_connection.setLockTimeout(std::chrono::milliseconds(m_lockTimeout));
     }
     m_rowCount = 0;
     m_error = 0;
@@ -161,11 +159,19 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 // SQLite's transaction begins with the first change, so that reading before it holds no old state.
 void Executor::beforeWrite() {
     if (m_doomed) throw sqlError(3930);
-    if (m_transactions > 0 && !m_connection.inTransaction()) m_connection.run("BEGIN");
+    if (m_transactions == 0 || m_connection.inTransaction()) return;
+    m_connection.run("BEGIN");
+    m_begun = true;
+}
+
+// What a statement changes, before its names are looked up: a transaction that has read there cannot wait any
+// more.
+void Executor::claim(const ObjectName& target) {
+    if (m_connection.inTransaction() && !isTemporaryName(target.name)) m_connection.lock(databaseOf(target));
 }
 
 void Executor::endTransaction(TransactionEvent event) {
-    m_doomed = false;
+    m_doomed = m_begun = false;
     m_knownTables.clear();
     m_engine.locks.releaseAll(this, true);
     if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
@@ -244,11 +250,11 @@ void Executor::inform(int number, const std::string& text) const {
     report({number, 0, 1, m_line, m_frames.back()->procedure, text});
 }
 
-// "10 percent processed." as often as STATS asks for it.
+// "10 percent processed." as often as STATS asks for it; and whether the client waits for it still.
 Progress Executor::progress(std::int64_t step) const {
-    if (step <= 0) return {};
     return [this, step, told = std::int64_t{0}](int percent) mutable {
-        while (told < 100 && std::min<std::int64_t>(told + step, 100) <= percent)
+        if (isCancelled()) throw BatchEnd{};
+        while (step > 0 && told < 100 && std::min<std::int64_t>(told + step, 100) <= percent)
             inform(3211,
                    std::to_string(told = std::min<std::int64_t>(told + step, 100)) + " percent processed.");
     };
@@ -262,14 +268,14 @@ void Executor::runMedia(const std::string& verb, const std::function<void()>& wo
         work();
     } catch (const SqlError& error) {
         report(messageOf(error, m_line));
-        throw SqlError(kTerminated, terminatedText(verb));
+        throw sqlError(3013, {verb});
     }
     m_error = 0;
 }
 
 void Executor::informProcessed(const BackupHeader& header, std::string_view database) const {
     inform(4035, "Processed " + std::to_string(header.pages) + " pages for database '" +
-                     std::string(database) + "', file '" + dataLogicalName(header.database) + "' on file 1.");
+                     std::string(database) + "', file '" + header.database + "' on file 1.");
 }
 
 Flow Executor::run(const ast::Backup& backup) {
@@ -312,7 +318,7 @@ Flow Executor::run(const Restore& restore) {
     runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
         const std::string file = evaluateText(*restore.file);
         if (restore.kind == RestoreKind::Verify) {
-            verifyBackup(file);
+            verifyBackup(file, progress(0));
             inform(3262, "The backup set on file 1 is valid.");
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
@@ -345,6 +351,7 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     if (m_engine.storage.exists(name)) releaseDatabase(name, 3101);
     const BackupHeader header =
         restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
+    m_connection.attach(name);  // which brings its indexes up to date
     informProcessed(header, name);
     inform(3014, "RESTORE DATABASE successfully processed " + std::to_string(header.pages) + " pages.");
 }

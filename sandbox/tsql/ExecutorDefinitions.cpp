@@ -125,6 +125,7 @@ void checkDefinition(const CreateTable& create) {
 
 // Changes the catalogue that has the name, and what it describes: all of it, or nothing.
 void Executor::define(const ObjectName& name, const std::function<void(Catalogue&)>& work) {
+    claim(name);
     Catalogue owner = catalogue(name);
     beforeWrite();
     Atomic atomic(m_connection, owner.schema());
@@ -437,6 +438,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 
 Flow Executor::run(const AlterTable& alter) {
     refuseInFunction();
+    claim(alter.added.table);
     TableInfo target = table(alter.added.table);
     define(alter.added.table, [&](Catalogue& owner) {
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
@@ -462,6 +464,7 @@ Flow Executor::run(const AlterTable& alter) {
 
 Flow Executor::run(const CreateIndex& create) {
     refuseInFunction();
+    claim(create.table);
     const TableInfo target = table(create.table);
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id, {}, {}, {}, target.name};

@@ -157,6 +157,7 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
     if (!output || !output->into) return change(target, verb, sql, translator);
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
+    claim(*output->into);
     const TableInfo into = table(*output->into);
     std::int64_t changed = 0, identity = 0;
     insertRowsOf(into, insertColumns(into, output->columns, false), [&] {
@@ -189,6 +190,7 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
 }
 
 Flow Executor::run(const Insert& insert) {
+    claim(insert.table);
     const TableInfo target = table(insert.table);
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
@@ -253,6 +255,7 @@ Flow Executor::run(const Update& update) {
     const ObjectName& name = Translator::targetName(update.table, update.from);
     Translator translator(*this);
     translator.useCommonTables(update.with, name);
+    claim(name);
     const TableInfo target = table(name);
     const std::string sql = translator.update(target, update);
     try {
@@ -290,6 +293,7 @@ Flow Executor::run(const Delete& statement) {
     const ObjectName& name = Translator::targetName(statement.table, statement.from);
     Translator translator(*this);
     translator.useCommonTables(statement.with, name);
+    claim(name);
     const TableInfo target = table(name);
     changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
     done(m_rowCount, statement.output && !statement.output->into);
@@ -299,6 +303,7 @@ Flow Executor::run(const Delete& statement) {
 // The identity begins anew.
 Flow Executor::run(const Truncate& truncate) {
     refuseInFunction();
+    claim(truncate.table);
     const TableInfo target = table(truncate.table);
     for (const auto& key : catalogue(truncate.table).keysTo(target.name))
         if (compareText(key.table, target.name) != 0) throw sqlError(4712, {target.name});

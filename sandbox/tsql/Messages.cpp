@@ -157,6 +157,7 @@ constexpr std::string_view kMessages =
     specification.
 2787 16 1 Invalid format specification: '%s'.
 2812 16 62 Could not find stored procedure '%s'.
+3013 16 1 %s is terminating abnormally.
 3021 16 0 Cannot perform a backup or restore operation within a transaction.
 3101 16 1 Exclusive access could not be obtained because the database is in use.
 3102 16 1 RESTORE cannot process database '%s' because it is in use by this session. It is recommended that

@@ -43,6 +43,26 @@ TEST_F(LocksTest, AWaitEndsWhenTheSessionSaysSo) {
     EXPECT_EQ(second.value("SELECT i FROM Left_..t"), "2");
 }
 
+// Also for what a transaction writes after it has written elsewhere, temporary tables included.
+TEST_F(LocksTest, AWaitEndsWithTheOthersTransaction) {
+    for (const char* statement :
+         {"UPDATE Left_..t SET i = i + 1", "INSERT INTO Left_..t SELECT i FROM Right_..t",
+          "INSERT INTO Right_..t OUTPUT inserted.i INTO Left_..t VALUES (5)", "DELETE FROM Left_..t",
+          "TRUNCATE TABLE Left_..t", "CREATE TABLE Left_..u (i int)", "CREATE INDEX x ON Left_..u (i)",
+          "ALTER TABLE Left_..u ADD j int", "DROP TABLE Left_..u"}) {
+        SCOPED_TRACE(statement);
+        first.run("BEGIN TRANSACTION UPDATE Left_..t SET i = i + 1");
+        second.run("BEGIN TRANSACTION CREATE TABLE #own (i int) UPDATE Right_..t SET i = 3");
+        std::thread waiting([&] { second.run(statement); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        first.run("COMMIT");
+        waiting.join();
+        EXPECT_EQ(firstError(second), 0);
+        second.run("DROP TABLE #own COMMIT");
+        EXPECT_EQ(firstError(second), 0);
+    }
+}
+
 TEST_F(LocksTest, TwoThatWaitForEachOtherDoNotWaitForEver) {
     first.run("SET LOCK_TIMEOUT 1000 BEGIN TRANSACTION UPDATE Left_..t SET i = 1");
     second.run("SET LOCK_TIMEOUT 1000 BEGIN TRANSACTION UPDATE Right_..t SET i = 2");

@@ -1,0 +1,145 @@
+// A client that cancels is answered whatever its session waits for, and one that vanishes leaves nothing
+// behind: what it waited for is given free only afterwards.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "OdbcClient.h"
+#include "ServerProcess.h"
+#include "Storage.h"
+
+namespace support {
+namespace {
+
+constexpr unsigned kErrorBit = 0x02, kAttentionBit = 0x20;
+
+// What the session does last before it waits, for the client to hear of it.
+constexpr const char* kTell = "RAISERROR('now', 0, 1) WITH NOWAIT ";
+
+constexpr const char* kManyRows =
+    "FROM sys.types a, sys.types b, sys.types c, sys.types d, sys.types e, sys.types f, "
+    "sys.types g, sys.types h";
+
+class CancelTest : public testing::Test {
+  protected:
+    CancelTest() {
+        run(*holder, "CREATE DATABASE Held CREATE DATABASE Own");
+        run(*holder,
+            "CREATE TABLE Held..t (i int) CREATE TABLE Own..t (i int) INSERT INTO Held..t VALUES (0)");
+        run(*holder, "BACKUP DATABASE Held TO DISK = '" + backup + "'");
+        run(*holder,
+            "BEGIN TRANSACTION UPDATE Held..t SET i = 1 "
+            "EXEC sp_getapplock 'held', 'Exclusive', 'Session'");
+        tsql::execute(outside.get(), "BEGIN IMMEDIATE");
+    }
+
+    static void run(RawClient& client, const std::string& batch) {
+        ask(client, batch);
+        ASSERT_EQ(answer(client) & kErrorBit, 0U) << batch;
+    }
+    static void startWaiting(RawClient& client, const std::string& batch) {
+        ask(client, kTell + batch);
+        bool last = true;
+        client.packetBody(last);
+        ASSERT_FALSE(last) << batch;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    static void expectCancelled(RawClient& client, const std::string& batch) {
+        SCOPED_TRACE(batch);
+        startWaiting(client, batch);
+        client.send(packet(kAttention, ""));
+        EXPECT_EQ(answer(client) & (kErrorBit | kAttentionBit), 0U) << "what was cancelled tells no error";
+        EXPECT_EQ(answer(client), kAttentionBit);
+    }
+    static std::string one(RawClient& client, const std::string& condition) {
+        ask(client, "IF " + condition + " PRINT 'yes' ELSE RAISERROR('no', 16, 1)");
+        return (answer(client) & kErrorBit) == 0 ? "yes" : "no";
+    }
+
+    TsqlBox box;
+    std::string backup = (std::filesystem::path(box.dataDirectory()) / "held.bak").string();
+    std::unique_ptr<RawClient> holder = loggedIn(box);
+    tsql::SqliteConnection outside = [this] {
+        run(*holder, "CREATE DATABASE Target");
+        return tsql::openDatabaseFile(std::filesystem::path(box.dataDirectory()) / "Target.db", false);
+    }();
+    const std::vector<std::string> waits = {
+        "SET LOCK_TIMEOUT 60000 UPDATE Held..t SET i = 2",
+        "SET LOCK_TIMEOUT 60000 BEGIN TRY CREATE TABLE Held..u (i int) END TRY BEGIN CATCH THROW END CATCH",
+        "SET LOCK_TIMEOUT 60000 EXEC('INSERT INTO Held..t OUTPUT inserted.i VALUES (3)')",
+        "EXEC sp_getapplock 'held', 'Shared', 'Session'",
+        "WAITFOR DELAY '01:00:00'",
+        std::string("SELECT a.name + b.name + c.name AS x ") + kManyRows + " ORDER BY x",
+        std::string("INSERT INTO Own..t SELECT 1 ") + kManyRows,
+        "RESTORE DATABASE Target FROM DISK = '" + backup + "' WITH REPLACE, MOVE 'Held' TO '/t.mdf'",
+    };
+};
+
+TEST_F(CancelTest, EndsEveryWait) {
+    const auto client = loggedIn(box);
+    for (const std::string& wait : waits) {
+        expectCancelled(*client, wait);
+        EXPECT_TRUE(isServed(*client)) << wait;
+    }
+    tsql::execute(outside.get(), "COMMIT");
+    run(*holder, "COMMIT EXEC sp_releaseapplock 'held', 'Session'");
+    run(*client, "UPDATE Held..t SET i = i + 1 EXEC sp_getapplock 'held', 'Exclusive', 'Session'");
+    EXPECT_EQ(one(*client, "(SELECT SUM(i) FROM Held..t) = 2 AND NOT EXISTS (SELECT 1 FROM Own..t)"), "yes");
+    EXPECT_EQ(one(*client, "EXISTS (SELECT 1 FROM Target.sys.tables)"), "no");
+    for (const auto& entry : std::filesystem::directory_iterator(box.dataDirectory()))
+        EXPECT_EQ(entry.path().string().find("restore."), std::string::npos) << entry.path();
+}
+
+// A wait that is broken off leaves the transaction, a change takes it back, as does XACT_ABORT.
+TEST_F(CancelTest, LeavesNoTransactionByHalf) {
+    struct Case {
+        std::string settings, wait, left;
+    };
+    const Case cases[] = {
+        {"", waits[0], "@@TRANCOUNT = 1 AND EXISTS (SELECT 1 FROM Own..t)"},
+        {"", waits[4], "@@TRANCOUNT = 1 AND EXISTS (SELECT 1 FROM Own..t)"},
+        {"", waits[6], "@@TRANCOUNT = 0 AND NOT EXISTS (SELECT 1 FROM Own..t)"},
+        {"SET XACT_ABORT ON ", waits[4], "@@TRANCOUNT = 0 AND NOT EXISTS (SELECT 1 FROM Own..t)"}};
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.settings + each.wait);
+        const auto client = loggedIn(box);
+        run(*client, each.settings + "BEGIN TRANSACTION INSERT INTO Own..t VALUES (7)");
+        expectCancelled(*client, each.wait);
+        EXPECT_EQ(one(*client, each.left), "yes");
+        run(*client, "IF @@TRANCOUNT > 0 ROLLBACK");
+    }
+}
+
+TEST_F(CancelTest, AVanishedClientsSessionEndsAndGivesUpWhatItHolds) {
+    const std::size_t threads = threadsOf(box);
+    for (const std::string& wait : waits) {
+        SCOPED_TRACE(wait);
+        const bool canHold = wait.find("RESTORE") == std::string::npos;
+        {
+            const auto client = loggedIn(box);
+            run(*client, "EXEC sp_getapplock 'own', 'Exclusive', 'Session'");
+            if (canHold) run(*client, "BEGIN TRANSACTION INSERT INTO Own..t VALUES (7)");
+            startWaiting(*client, wait);
+            ask(*client, "SELECT 'what is never read'");
+        }
+        EXPECT_TRUE(becomesTrue([&] { return threadsOf(box) == threads; }));
+        const auto other = loggedIn(box);
+        run(*other,
+            "SET LOCK_TIMEOUT 0 INSERT INTO Own..t VALUES (1) DELETE FROM Own..t WHERE i = 1 DECLARE @r int "
+            "EXEC @r = sp_getapplock 'own', 'Exclusive', 'Session' IF @r <> 0 RAISERROR('held', 16, 1)");
+        EXPECT_EQ(one(*other, "NOT EXISTS (SELECT 1 FROM Own..t)"), "yes");
+    }
+}
+
+// As a driver does it, which sends the attention when its time is over.
+TEST_F(CancelTest, ADriversTimeOutEndsTheWaitForALock) {
+    OdbcClient client(box.odbcConnectionString());
+    client.run("SET LOCK_TIMEOUT 60000");
+    SQLSetStmtAttr(client.statement(), SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(1), 0);
+    EXPECT_EQ(client.value("UPDATE Held..t SET i = 2"), "Timeout expired");
+    EXPECT_EQ(client.value("SELECT i FROM Held..t"), "0");
+}
+
+}  // namespace
+}  // namespace support
