@@ -5,8 +5,35 @@
 namespace tsql {
 namespace {
 
-SqlType dateSumType(Pieces pieces) {
+// Not every type has every part.
+void checkPart(Pieces pieces, std::string_view function) {
+    const auto part = static_cast<DatePart>(*pieces[0].integer);
+    const TypeId type = pieces.back().type.id;
+    const bool changes = function != "datepart" && function != "datename";
+    if (part == DatePart::IsoWeek && changes) throw sqlError(9806, {nameOf(part), function});
+    if (function == "datediff") return;
+    const bool ofClock = part >= DatePart::Hour;
+    const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
+    if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
+        throw sqlError(9810, {nameOf(part), function, baseName(type)});
+}
+
+SqlType sumType(Pieces pieces) {
+    checkPart(pieces, "dateadd");
     return pieces[2].type;
+}
+template <TypeId type>
+SqlType differenceType(Pieces pieces) {
+    checkPart(pieces, "datediff");
+    return simpleType(type);
+}
+SqlType partType(Pieces pieces) {
+    checkPart(pieces, "datepart");
+    return simpleType(TypeId::Int);
+}
+SqlType partNameType(Pieces pieces) {
+    checkPart(pieces, "datename");
+    return nvarcharType(30);
 }
 
 DatePart partArgument(const Call& call) {
@@ -23,12 +50,8 @@ Value runNowUtc(const Call& call) {
 
 // (part, number, value, type)
 Value runDateAdd(const Call& call) {
-    const DateTime result = dateAdd(partArgument(call), call.integer(1), call.dateTime(2));
-    try {
-        return toStorage(result, call.type(3));
-    } catch (const SqlError&) {
-        throw sqlError(517, {baseName(call.type(3).id)});
-    }
+    return toStorage(dateAdd(partArgument(call), call.integer(1), call.dateTime(2), call.type(3)),
+                     call.type(3));
 }
 
 // (part, start, end)
@@ -56,10 +79,10 @@ Value runPart(const Call& call) {
 
 // (value[, months])
 Value runEndOfMonth(const Call& call) {
-    const DateTime moved = dateAdd(DatePart::Month, call.count() > 1 ? call.integer(1) : 0, call.dateTime(0));
-    const CivilDate date = civilFromDays(moved.days);
-    return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0},
-                     simpleType(TypeId::Date));
+    const SqlType type = simpleType(TypeId::Date);
+    const std::int64_t months = call.count() > 1 ? call.integer(1) : 0;
+    const CivilDate date = civilFromDays(dateAdd(DatePart::Month, months, call.dateTime(0), type).days);
+    return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0}, type);
 }
 
 // (year, month, day[, hour, minute, second, millisecond], type)
@@ -74,8 +97,9 @@ Value runFromParts(const Call& call) {
         valid = valid && part(3 + i) >= 0 && part(3 + i) < kClock[i];
         milliseconds = valid ? milliseconds * kClock[i] + part(3 + i) : 0;
     }
-    if (!valid) throw sqlError(289, {baseName(type.id)});
-    return toStorage({*days, milliseconds * 10'000}, type);
+    const DateTime value{days.value_or(0), milliseconds * 10'000};
+    if (!valid || !isInRange(value, type)) throw sqlError(289, {baseName(type.id)});
+    return toStorage(value, type);
 }
 
 Value runIsDate(const Call& call) {
@@ -91,11 +115,11 @@ const FunctionInfo kFunctions[] = {
     {"getutcdate", "=", TypeId::DateTime, runNowUtc, Nulls::GiveNull, Purity::Varying},
     {"sysdatetime", "=", TypeId::DateTime2, runNow, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNowUtc, Nulls::GiveNull, Purity::Varying},
-    {"dateadd", "PIE=", dateSumType, runDateAdd},
-    {"datediff", "PDD", TypeId::Int, runDateDiff},
-    {"datediff_big", "PDD", TypeId::BigInt, runDateDiffBig},
-    {"datepart", "PD", TypeId::Int, runDatePart},
-    {"datename", "PD", nvarcharType(30), runDateName},
+    {"dateadd", "PIE=", sumType, runDateAdd},
+    {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff},
+    {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiffBig},
+    {"datepart", "PD", partType, runDatePart},
+    {"datename", "PD", partNameType, runDateName},
     {"year", "D", TypeId::Int, runPart<DatePart::Year>},
     {"month", "D", TypeId::Int, runPart<DatePart::Month>},
     {"day", "D", TypeId::Int, runPart<DatePart::Day>},

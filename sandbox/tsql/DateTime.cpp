@@ -1,10 +1,7 @@
 #include "DateTime.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
-#include <iomanip>
-#include <sstream>
 
 #include "Messages.h"
 #include "SqlTypes.h"
@@ -25,29 +22,54 @@ constexpr sys_days kFirstDay{year(1) / 1 / 1};
 constexpr std::int64_t kLastDay = (sys_days(year(9999) / 12 / 31) - kFirstDay).count();
 constexpr std::int64_t kDay1970 = (sys_days() - kFirstDay).count();
 
-constexpr std::string_view kIsoDate = "%Y-%m-%d";
-constexpr std::string_view kIsoTime = "%H:%M:%S.f";
+constexpr std::string_view kMonths[] = {"January",   "February", "March",    "April",
+                                        "May",       "June",     "July",     "August",
+                                        "September", "October",  "November", "December"};
+constexpr std::string_view kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                          "Thursday", "Friday", "Saturday"};
 
-// A pattern of std::put_time(), in which f after a sign is the fraction of the second, in `scale` digits.
-std::string written(std::string pattern, const DateTime& value, int scale = 0, bool shortYear = false) {
-    const std::string fraction =
-        std::to_string(kSecond + value.ticks % kSecond).substr(1, static_cast<std::size_t>(scale));
-    if (const auto mark = pattern.find('f'); mark != std::string::npos)
-        scale == 0 ? pattern.erase(mark - 1, 2) : pattern.replace(mark, 1, fraction);
+constexpr std::string_view kIsoDate = "Y-M-D", kIsoTime = "h:m:s.f";
+
+// The letters of the pattern: Y year (y: two digits), M month (N: its name), D day (d: with a blank in the
+// place of a zero), h hour, H hour of twelve, m minute, s second, f its fraction in `scale` digits, P AM or
+// PM.
+std::string written(std::string_view pattern, const DateTime& value, int scale = 0) {
     const CivilDate date = civilFromDays(value.days);
-    if (const auto mark = pattern.find("%Y"); mark != std::string::npos)
-        pattern.replace(mark, 2, std::to_string(10'000 + static_cast<int>(date.year())), shortYear ? 3 : 1);
-    std::tm civil{};
-    civil.tm_year = static_cast<int>(date.year()) - 1900;
-    civil.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
-    civil.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
-    civil.tm_wday = static_cast<int>((value.days + 1) % 7);
-    civil.tm_hour = static_cast<int>(value.ticks / kHour);
-    civil.tm_min = static_cast<int>(value.ticks / kMinute % 60);
-    civil.tm_sec = static_cast<int>(value.ticks / kSecond % 60);
-    std::ostringstream text;
-    text << std::put_time(&civil, pattern.c_str());
-    return text.str();
+    const unsigned month{date.month()}, day{date.day()};
+    const std::int64_t hour = value.ticks / kHour;
+    const int year = static_cast<int>(date.year());
+    const struct {
+        char letter;
+        std::int64_t number;
+        int width;
+        char filler = '0';
+    } fields[] = {{'Y', year, 4},
+                  {'y', year % 100, 2},
+                  {'M', month, 2},
+                  {'D', day, 2},
+                  {'d', day, 2, ' '},
+                  {'h', hour, 2},
+                  {'H', (hour + 11) % 12 + 1, 2, ' '},
+                  {'m', value.ticks / kMinute % 60, 2},
+                  {'s', value.ticks / kSecond % 60, 2},
+                  {'f', value.ticks % kSecond / powerOfTen(7 - scale), scale}};
+    std::string text;
+    for (const char letter : pattern) {
+        const auto* field = std::ranges::find(fields, letter, [](const auto& each) { return each.letter; });
+        if (letter == 'N')
+            text += monthName(static_cast<int>(month)).substr(0, 3);
+        else if (letter == 'P')
+            text += hour < 12 ? "AM" : "PM";
+        else if (field == std::end(fields))
+            text += letter;
+        else if (field->width == 0)
+            text.pop_back();  // a fraction without digits has no point
+        else {
+            const std::string digits = std::to_string(field->number);
+            text.append(static_cast<std::size_t>(field->width) - digits.size(), field->filler) += digits;
+        }
+    }
+    return text;
 }
 
 std::int64_t roundedTicks(std::int64_t ticks, const SqlType& type) {
@@ -60,13 +82,6 @@ std::int64_t roundedTicks(std::int64_t ticks, const SqlType& type) {
     return (ticks + unit / 2) / unit * unit;
 }
 
-// The first and the last day that a type has.
-std::pair<std::int64_t, std::int64_t> rangeOf(TypeId id) {
-    if (id == TypeId::DateTime) return {daysFromCivil(year(1753) / 1 / 1), kLastDay};
-    if (id == TypeId::SmallDateTime) return {DateTime::kDay1900, daysFromCivil(year(2079) / 6 / 6)};
-    return {0, kLastDay};
-}
-
 // The styles of CONVERT, as patterns of written(); 100 to 114 stand for 0 to 14, too, 120 and 121 for 20
 // and 21.
 struct Style {
@@ -74,25 +89,26 @@ struct Style {
     std::string_view date, time = {};
 };
 constexpr Style kStyles[] = {
+    {22, "M/D/y", "H:m:s P"},
     {23, kIsoDate},
-    {24, "", "%H:%M:%S"},
+    {24, "", "h:m:s"},
     {25, kIsoDate, kIsoTime},
-    {100, "%b %e %Y", "%l:%M%p"},
-    {101, "%m/%d/%Y"},
-    {102, "%Y.%m.%d"},
-    {103, "%d/%m/%Y"},
-    {104, "%d.%m.%Y"},
-    {105, "%d-%m-%Y"},
-    {106, "%d %b %Y"},
-    {107, "%b %d, %Y"},
-    {108, "", "%H:%M:%S"},
-    {109, "%b %e %Y", "%l:%M:%S:f%p"},
-    {110, "%m-%d-%Y"},
-    {111, "%Y/%m/%d"},
-    {112, "%Y%m%d"},
-    {113, "%d %b %Y", "%H:%M:%S:f"},
-    {114, "", "%H:%M:%S:f"},
-    {120, kIsoDate, "%H:%M:%S"},
+    {100, "N d Y", "H:mP"},
+    {101, "M/D/Y"},
+    {102, "Y.M.D"},
+    {103, "D/M/Y"},
+    {104, "D.M.Y"},
+    {105, "D-M-Y"},
+    {106, "D N Y"},
+    {107, "N D, Y"},
+    {108, "", "h:m:s"},
+    {109, "N d Y", "H:m:s:fP"},
+    {110, "M-D-Y"},
+    {111, "Y/M/D"},
+    {112, "YMD"},
+    {113, "D N Y", "h:m:s:f"},
+    {114, "", "h:m:s:f"},
+    {120, kIsoDate, "h:m:s"},
     {121, kIsoDate, kIsoTime},
     {126, kIsoDate, kIsoTime},
     {127, kIsoDate, kIsoTime},
@@ -100,6 +116,7 @@ constexpr Style kStyles[] = {
 
 // date has no time to show, and time no date.
 Style styleFor(int number, const SqlType& type) {
+    if (number == 130 || number == 131) throw unsupported("the Hijri calendar (styles 130 and 131)");
     for (Style style : kStyles) {
         if (style.number != number && style.number != number + 100) continue;
         if (type.id == TypeId::Time) return {number, "", style.time.empty() ? kIsoTime : style.time};
@@ -143,16 +160,12 @@ Int128 nanosecondsOf(const DateTime& value) {
     return (static_cast<Int128>(value.days) * DateTime::kTicksPerDay + value.ticks) * 100;
 }
 
-[[noreturn]] void addOverflow() {
-    throw sqlError(517, {"datetime"});
-}
-
 DateTime addMonths(const DateTime& value, std::int64_t months) {
-    constexpr std::int64_t kMostMonths = 120'000;
-    if (std::abs(months) > kMostMonths) addOverflow();
-    CivilDate date = civilFromDays(value.days) + std::chrono::months(months);
+    constexpr std::int64_t kMostMonths =
+        120'000;  // of ten thousand years: more only lead out of the calendar
+    CivilDate date =
+        civilFromDays(value.days) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
     if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 and one month
-    if (date.year() < year(1) || date.year() > year(9999)) addOverflow();
     return {daysFromCivil(date), value.ticks};
 }
 
@@ -210,14 +223,22 @@ DateTime fromStorage(std::string_view text) {
     return result;
 }
 
+bool isInRange(const DateTime& value, const SqlType& type) {
+    const bool small = type.id == TypeId::SmallDateTime;
+    const std::int64_t first = small                         ? DateTime::kDay1900
+                               : type.id == TypeId::DateTime ? daysFromCivil(year(1753) / 1 / 1)
+                                                             : 0;
+    return value.ticks >= 0 && value.days >= first &&
+           value.days <= (small ? daysFromCivil(year(2079) / 6 / 6) : kLastDay);
+}
+
 std::string toStorage(const DateTime& value, const SqlType& type) {
-    if (type.id == TypeId::Date) return written(std::string(kIsoDate), value);
+    if (type.id == TypeId::Date) return written(kIsoDate, value);
     const std::int64_t ticks = roundedTicks(value.ticks, type);
     const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
-    if (type.id == TypeId::Time) return written(std::string(kIsoTime), rounded, type.scale);
-    const auto [first, last] = rangeOf(type.id);
-    if (rounded.days < first || rounded.days > last) throw sqlError(242, {"datetime2", baseName(type.id)});
-    return written(std::string(kIsoDate).append(" ").append(kIsoTime), rounded, type.scale);
+    if (type.id == TypeId::Time) return written(kIsoTime, rounded, type.scale);
+    if (!isInRange(rounded, type)) throw sqlError(242, {"datetime2", baseName(type.id)});
+    return written("Y-M-D h:m:s.f", rounded, type.scale);
 }
 
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
@@ -230,8 +251,8 @@ std::string formatDateTime(const DateTime& value, const SqlType& type, int style
     if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
     const int scale = iso8601 && value.ticks % kSecond == 0 ? 0 : classic ? 3 : type.scale;
     // Styles below 100 show two digits of the year, but for these, which always show four.
-    const bool shortYear = style > 0 && style < 20 && style != 9 && style != 13;
-    return written(whole.append(pattern.time), value, scale, shortYear);
+    if (style > 0 && style < 20 && style != 9 && style != 13) std::ranges::replace(whole, 'Y', 'y');
+    return written(whole.append(pattern.time), value, scale);
 }
 
 std::optional<DatePart> findDatePart(std::string_view name) {
@@ -243,20 +264,26 @@ std::optional<DatePart> findDatePart(std::string_view name) {
     return static_cast<DatePart>(found - std::begin(kParts));
 }
 
-DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value) {
+std::string_view nameOf(DatePart part) {
+    const std::string_view names = factsOf(part).names.substr(1);
+    return names.substr(0, names.find(' '));
+}
+
+DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type) {
     const PartFacts& facts = factsOf(part);
-    if (facts.months)
-        return addMonths(value, std::clamp<std::int64_t>(number, -200'000, 200'000) * facts.months);
-    const Int128 total = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
-    if (total < 0 || total / kNanosADay > kLastDay) addOverflow();
-    return {static_cast<std::int64_t>(total / kNanosADay),
-            static_cast<std::int64_t>(total % kNanosADay / 100)};
+    const Int128 moved = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
+    const Int128 ticks = (moved + (moved < 0 ? -50 : 50)) / 100;
+    const DateTime result = facts.months
+                                ? addMonths(value, number * facts.months)
+                                : DateTime{static_cast<std::int64_t>(ticks / DateTime::kTicksPerDay),
+                                           static_cast<std::int64_t>(ticks % DateTime::kTicksPerDay)};
+    if (type.id != TypeId::Time && !isInRange(result, type)) throw sqlError(517, {baseName(type.id)});
+    return result;
 }
 
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end) {
     const PartFacts& facts = factsOf(part);
-    if (part == DatePart::Week || part == DatePart::IsoWeek)
-        return sundayWeeks(end.days) - sundayWeeks(start.days);
+    if (part == DatePart::Week) return sundayWeeks(end.days) - sundayWeeks(start.days);
     const auto units = [&](const DateTime& value) -> Int128 {
         const CivilDate date = civilFromDays(value.days);
         const int months = static_cast<int>(date.year()) * 12 + static_cast<int>(unsigned{date.month()}) - 1;
@@ -293,13 +320,14 @@ std::int64_t datePart(DatePart part, const DateTime& value) {
 }
 
 std::string dateName(DatePart part, const DateTime& value) {
-    if (part == DatePart::Month) return written("%B", value);
-    if (part == DatePart::Weekday) return written("%A", value);
-    return std::to_string(datePart(part, value));
+    const std::int64_t number = datePart(part, value);
+    if (part == DatePart::Month) return std::string(monthName(static_cast<int>(number)));
+    if (part == DatePart::Weekday) return std::string(kWeekdays[number - 1]);
+    return std::to_string(number);
 }
 
-std::string monthName(int month) {
-    return written("%B", {daysFromCivil(year(1900) / month / 1), 0});
+std::string_view monthName(int month) {
+    return kMonths[month - 1];
 }
 
 DateTime localNow() {

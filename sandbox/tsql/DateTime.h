@@ -30,15 +30,17 @@ CivilDate civilFromDays(std::int64_t days);
 std::optional<std::int64_t> daysFromParts(std::int64_t year, std::int64_t month, std::int64_t day);
 
 // A text as people write it ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05'),
-// month before day. Empty: 1900-01-01. Nothing when it is no date and time. A CONVERT style may fix another
-// order of day and month (103, 104, 105, 111 ...).
+// month before day. Empty: 1900-01-01. A CONVERT style may fix another order of day and month (103, 104, 105,
+// 111 ...). Throws SqlError 241 or 295 for what is no date and time, 242 for one that the calendar or the
+// clock does not have; the types are those of the conversion.
 constexpr int kNoStyle = -1;  // each type has its own default
-std::optional<DateTime> parseDateTime(std::string_view text, int style = kNoStyle);
+DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType& to, int style);
 
 // The storage form of any date or time type, and back. toStorage rounds to what the type keeps (datetime:
 // 1/300 s, smalldatetime: minutes) and throws SqlError 242/8115-class errors outside of the type's range.
 DateTime fromStorage(std::string_view text);
 std::string toStorage(const DateTime& value, const SqlType& type);
+bool isInRange(const DateTime& value, const SqlType& type);
 
 // CONVERT(varchar, value, style). Throws SqlError 281 for a style that no date has.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
@@ -62,13 +64,15 @@ enum class DatePart {
 // "yy", "year", "dd" ... in any case.
 std::optional<DatePart> findDatePart(std::string_view name);
 
-// Throws SqlError 517 when the result leaves the years 1 to 9999.
-DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value);
+std::string_view nameOf(DatePart part);
+
+// Throws SqlError 517 when the result leaves what the type has.
+DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type);
 // Boundaries crossed from `start` to `end`.
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end);
 std::int64_t datePart(DatePart part, const DateTime& value);
 std::string dateName(DatePart part, const DateTime& value);
-std::string monthName(int month);  // 1: "January"
+std::string_view monthName(int month);  // 1: "January"
 
 DateTime localNow();
 DateTime utcNow();

@@ -546,12 +546,14 @@ Flow Executor::run(const Throw& node) {
 Flow Executor::run(const WaitFor& wait) {
     refuseInFunction();
     const std::string text = evaluateText(*wait.time);
-    const auto time = parseDateTime(text);
-    if (!time || text.find(':') == std::string::npos) throw sqlError(148, {text});
+    const Value time =
+        convertValue(text, varcharType(SqlType::kMax), simpleType(TypeId::Time), kNoStyle, Conversion::Try);
+    if (isNull(time) || text.find(':') == std::string::npos) throw sqlError(148, {text});
     using Clock = std::chrono::steady_clock;
     constexpr std::int64_t kNanosecondsPerTick = 100;
     constexpr std::int64_t kDay = 86'400LL * 10'000'000;
-    const auto ticks = wait.until ? (time->ticks - localNow().ticks + kDay) % kDay : time->ticks;
+    const auto given = fromStorage(std::get<std::string>(time)).ticks;
+    const auto ticks = wait.until ? (given - localNow().ticks + kDay) % kDay : given;
     const auto until = Clock::now() + std::chrono::nanoseconds(ticks * kNanosecondsPerTick);
     while (Clock::now() < until) {
         if (isCancelled()) throw BatchEnd{};

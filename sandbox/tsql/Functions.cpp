@@ -196,7 +196,7 @@ Typed dateArgument(const Typed& value, TypeId ofText) {
 Typed datePartArgument(const Typed& value, std::string_view function) {
     const auto part = findDatePart(value.word);
     if (!part) throw sqlError(155, {value.word, function});
-    return {std::to_string(static_cast<int>(*part)), simpleType(TypeId::Int)};
+    return {std::to_string(static_cast<int>(*part)), simpleType(TypeId::Int), false, static_cast<int>(*part)};
 }
 
 Typed numberArgument(const Typed& value, std::string_view function, int position) {

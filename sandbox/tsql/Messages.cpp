@@ -78,6 +78,7 @@ constexpr std::string_view kMessages =
     Previous count = %s, current count = %s.
 281 16 1 %s is not a valid style number when converting from %s to a character string.
 289 16 1 Cannot construct data type %s, some of the arguments have values which are not valid.
+295 16 3 Conversion failed when converting character string to smalldatetime data type.
 313 16 1 An insufficient number of arguments were supplied for the procedure or function %s.
 402 16 1 The data types %s and %s are incompatible in the %s operator.
 443 16 1 Invalid use of a side-effecting operator within a function.
@@ -90,7 +91,8 @@ constexpr std::string_view kMessages =
 530 16 1 The statement terminated. The maximum recursion %s has been exhausted before statement completion.
 535 16 1 The datediff function resulted in an overflow. The number of dateparts separating two date/time
     instances is too large. Try to use datediff with a less precise datepart.
-537 16 1 Invalid length parameter passed to the %s function.
+536 16 1 Invalid length parameter passed to the %s function.
+537 16 3 Invalid length parameter passed to the LEFT or SUBSTRING function.
 544 16 1 Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF.
 547 16 0 The %s statement conflicted with the %s constraint%s. The conflict occurred in database "%s", table
     "dbo.%s"%s.
@@ -244,6 +246,8 @@ constexpr std::string_view kMessages =
     in requested output.
 8169 16 1 Conversion failed when converting from a character string to uniqueidentifier.
 8170 16 1 Insufficient %s.
+9806 16 11 The datepart %s is not supported by date function %s.
+9810 16 1 The datepart %s is not supported by date function %s for data type %s.
 10704 15 1 To rethrow an error, a THROW statement must be used inside a CATCH block.
 10741 15 2 A TOP can not be used in the same query or sub-query as a OFFSET.
 10742 15 1 The offset specified in a OFFSET clause may not be negative.

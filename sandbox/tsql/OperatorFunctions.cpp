@@ -48,15 +48,16 @@ Value runCompare(const Call& call) {
                                       static_cast<int>(call.integer(3)))};
 }
 
-// (value, pattern[, escape])
+// (value, pattern, whether blanks at the end count[, escape])
 Value runLike(const Call& call) {
+    const EndBlanks blanks = call.integer(2) != 0 ? EndBlanks::Counted : EndBlanks::Ignored;
     char32_t escape = 0;
-    if (call.count() == 3) {
-        std::string_view text = call.text(2);
+    if (call.count() == 4) {
+        std::string_view text = call.text(3);
         if (characterCount(text) != 1) throw sqlError(506, {text});
         escape = nextCharacter(text);
     }
-    return std::int64_t{matchesLike(call.text(0), call.text(1), escape)};
+    return std::int64_t{matchesLike(call.text(0), call.text(1), blanks, escape)};
 }
 
 const ScalarFunction kFunctions[] = {
@@ -255,7 +256,8 @@ std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& right
 
 std::string emitLike(const Typed& value, const Typed& pattern, const Typed* escape) {
     const SqlType text = nvarcharType(SqlType::kMax);
-    return "ts_like(" + coerce(value, text).sql + "," + coerce(pattern, text).sql +
+    const bool national = isNational(value.type.id) || isNational(pattern.type.id);
+    return "ts_like(" + coerce(value, text).sql + "," + coerce(pattern, text).sql + (national ? ",1" : ",0") +
            (escape ? "," + coerce(*escape, text).sql : "") + ")";
 }
 

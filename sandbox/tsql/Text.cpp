@@ -53,6 +53,24 @@ std::size_t sequenceLength(std::string_view text) {
     return length;
 }
 
+struct Place {
+    std::size_t bytes = 0, units = 0;
+};
+
+// As far as whole characters of together at most `most` units go.
+Place walk(std::string_view text, std::size_t most) {
+    constexpr std::size_t kPair = 4;  // bytes of a character that is two units
+    Place place;
+    while (place.units < most && place.bytes < text.size()) {
+        const std::size_t length = sequenceLength(text.substr(place.bytes));
+        const std::size_t units = length == kPair ? 2 : 1;
+        if (units > most - place.units) break;
+        place.bytes += length;
+        place.units += units;
+    }
+    return place;
+}
+
 char32_t nextOrBlank(std::string_view& text) {
     return text.empty() ? U' ' : nextCharacter(text);
 }
@@ -73,6 +91,10 @@ char32_t sortWeight(char32_t c) {
     return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
 }
 
+std::pair<char32_t, char32_t> sortPlace(char32_t c) {
+    return {sortWeight(c), c};
+}
+
 // A [set] of a pattern, its opening bracket already taken; takes all up to the closing one.
 // Nothing closes it: the bracket is itself.
 bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
@@ -89,7 +111,7 @@ bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
             rest.remove_prefix(1);
             high = foldCase(nextCharacter(rest));
         }
-        found = found || (c >= low && c <= high);
+        found = found || c == low || (sortPlace(c) >= sortPlace(low) && sortPlace(c) <= sortPlace(high));
     }
     if (rest.empty()) return false;
     pattern = rest.substr(1);
@@ -142,20 +164,20 @@ std::vector<std::string> listItems(std::string_view text) {
 }
 
 std::size_t characterCount(std::string_view text) {
-    std::size_t count = 0;
-    for (; !text.empty(); ++count) text.remove_prefix(sequenceLength(text));
-    return count;
+    return walk(text, std::string_view::npos).units;
 }
 
-std::size_t byteOffset(std::string_view text, std::size_t index) {
-    std::size_t offset = 0;
-    for (; index > 0 && offset < text.size(); --index) offset += sequenceLength(text.substr(offset));
-    return offset;
+std::size_t byteOffset(std::string_view text, std::size_t count) {
+    return walk(text, count).bytes;
 }
 
 std::string_view characters(std::string_view text, std::size_t first, std::size_t count) {
-    text.remove_prefix(byteOffset(text, first));
-    return text.substr(0, byteOffset(text, count));
+    const Place start = walk(text, first);
+    text.remove_prefix(start.bytes);
+    if (start.units == first) return text.substr(0, byteOffset(text, count));
+    if (text.empty() || count == 0) return {};
+    text.remove_prefix(sequenceLength(text));  // `first` is the second half of a character
+    return text.substr(0, byteOffset(text, count - 1));
 }
 
 char32_t nextCharacter(std::string_view& text) {
@@ -222,7 +244,7 @@ std::size_t findText(std::string_view text, std::string_view part, std::size_t f
     return std::string_view::npos;
 }
 
-bool matchesLike(std::string_view text, std::string_view pattern, char32_t escape) {
+bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blanks, char32_t escape) {
     // Where the last % stood: on a mismatch it takes one character more.
     std::string_view afterPercent, textAtPercent;
     bool percent = false;
@@ -239,7 +261,7 @@ bool matchesLike(std::string_view text, std::string_view pattern, char32_t escap
                 continue;
             }
         }
-        if (pattern.empty() && trimRight(text).empty()) return true;  // blanks at the end do not count
+        if (pattern.empty() && blanks == EndBlanks::Ignored && trimRight(text).empty()) return true;
         if (!percent || textAtPercent.empty()) return false;
         nextCharacter(textAtPercent);
         text = textAtPercent, pattern = afterPercent;

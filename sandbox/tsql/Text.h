@@ -15,11 +15,12 @@ std::string_view trimmed(std::string_view text);
 // The items of "item; item"; line breaks in it are blanks.
 std::vector<std::string> listItems(std::string_view text);
 
-// Code points. A byte that is no UTF-8 counts as one of its own (U+FFFD when it is looked at).
+// What T-SQL counts: the units of UTF-16. A character above U+FFFF is two of them, which are never parted.
+// A byte that is no UTF-8 counts as a character of its own (U+FFFD when it is looked at).
 std::size_t characterCount(std::string_view text);
-// The byte where character number `index` (from 0) begins, or the end of the text.
-std::size_t byteOffset(std::string_view text, std::size_t index);
-// Characters [first, first + count).
+// The bytes of the first `count` units, as far as they are whole characters.
+std::size_t byteOffset(std::string_view text, std::size_t count);
+// Units [first, first + count), without the halves of characters.
 std::string_view characters(std::string_view text, std::size_t first, std::size_t count);
 // Takes the first character off the text, which is not empty.
 char32_t nextCharacter(std::string_view& text);
@@ -33,7 +34,8 @@ char32_t foldCase(char32_t character);
 int compareText(std::string_view left, std::string_view right);
 // Byte offset of `part` in `text`, case aside, at or behind `from`; npos when absent.
 std::size_t findText(std::string_view text, std::string_view part, std::size_t from = 0);
-// LIKE: %, _, [a-f], [^x]; `escape` is 0 for none.
-bool matchesLike(std::string_view text, std::string_view pattern, char32_t escape = 0);
+// LIKE: %, _, [a-f], [^x]; `escape` is 0 for none. Blanks at the end of the text count or not.
+enum class EndBlanks { Ignored, Counted };
+bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blanks, char32_t escape = 0);
 
 }  // namespace tsql

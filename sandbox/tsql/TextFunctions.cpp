@@ -1,16 +1,18 @@
 // T-SQL's text functions, as SQLite functions.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 
 #include "FunctionImpl.h"
 #include "Messages.h"
 #include "Text.h"
+#include "Utf16.h"
 
 namespace tsql {
 namespace {
 
-constexpr std::size_t kMaxRepeated = 8000;  // SPACE and STR stop here, as in SQL Server
+constexpr std::size_t kLongest = 8000;  // that SPACE and STR give
 
 // --- what they give
 
@@ -62,12 +64,21 @@ SqlType strText(Pieces pieces) {
 SqlType countType(Pieces pieces) {
     return simpleType(pieces[0].type.length < 0 ? TypeId::BigInt : TypeId::Int);
 }
+SqlType placeType(Pieces pieces) {
+    return countType(pieces.subspan(1));
+}
 
 // --- what they do
 
-std::size_t lengthArgument(const Call& call, std::size_t i, std::string_view function) {
-    if (call.integer(i) < 0) throw sqlError(537, {function});
-    return static_cast<std::size_t>(call.integer(i));
+// What does not fit into the result's type is cut in silence.
+std::string fitted(std::string text, const SqlType& type) {
+    if (type.length > 0) text.resize(byteOffset(text, static_cast<std::size_t>(type.length)));
+    return text;
+}
+
+template <auto function>
+Value runOnText(const Call& call) {
+    return std::string(function(call.text(0)));
 }
 
 Value runLen(const Call& call) {
@@ -83,52 +94,30 @@ Value runDataLength(const Call& call) {
     return isNational(type.id) ? 2 * count : count;
 }
 
-template <typename View, typename Cut>
-Value substring(View source, std::int64_t start, std::int64_t length, Cut cut) {
-    if (length < 0) throw sqlError(537, {"SUBSTRING"});
-    const std::int64_t size = static_cast<std::int64_t>(source.size());
-    const std::int64_t first = std::clamp<std::int64_t>(start - 1, 0, size);
-    const std::int64_t end =
-        std::clamp<std::int64_t>(start - 1 + std::min(length, std::int64_t{INT32_MAX}), first, INT32_MAX);
-    return cut(source, static_cast<std::size_t>(first), static_cast<std::size_t>(end - first));
-}
-
+// Positions before the first character count, but hold nothing.
 Value runSubstring(const Call& call) {
-    if (call.isBlob(0))
-        return substring(
-            std::get<Blob>(call[0]), call.integer(1), call.integer(2),
-            [](Blob source, std::size_t at, std::size_t count) { return Bytes(source.substr(at, count)); });
-    return substring(call.text(0), call.integer(1), call.integer(2),
-                     [](std::string_view source, std::size_t at, std::size_t count) {
-                         return std::string(characters(source, at, count));
-                     });
+    if (call.integer(2) < 0) throw sqlError(537);
+    const std::int64_t start = std::max<std::int64_t>(call.integer(1) - 1, 0);
+    const std::int64_t end = std::max(call.integer(1) - 1 + call.integer(2), start);
+    const auto first = static_cast<std::size_t>(start), count = static_cast<std::size_t>(end - start);
+    if (!call.isBlob(0)) return std::string(characters(call.text(0), first, count));
+    const Blob bytes = std::get<Blob>(call[0]);
+    return Bytes(bytes.substr(std::min(first, bytes.size()), count));
 }
 
 Value runLeft(const Call& call) {
-    return std::string(characters(call.text(0), 0, lengthArgument(call, 1, "left")));
+    if (call.integer(1) < 0) throw sqlError(537);
+    return std::string(characters(call.text(0), 0, static_cast<std::size_t>(call.integer(1))));
 }
 
 Value runRight(const Call& call) {
-    const std::size_t wanted = lengthArgument(call, 1, "right"), count = characterCount(call.text(0));
-    return std::string(call.text(0).substr(byteOffset(call.text(0), count - std::min(count, wanted))));
+    if (call.integer(1) < 0) throw sqlError(536, {"right"});
+    const std::size_t count = characterCount(call.text(0));
+    const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
+    return std::string(characters(call.text(0), count - kept, kept));
 }
 
-Value runUpper(const Call& call) {
-    return toUpper(call.text(0));
-}
-Value runLower(const Call& call) {
-    return toLower(call.text(0));
-}
-Value runLTrim(const Call& call) {
-    return std::string(trimLeft(call.text(0)));
-}
-Value runRTrim(const Call& call) {
-    return std::string(trimRight(call.text(0)));
-}
-Value runTrim(const Call& call) {
-    return std::string(trimmed(call.text(0)));
-}
-
+// (text, part, replacement, result type)
 Value runReplace(const Call& call) {
     const std::string_view text = call.text(0), part = call.text(1);
     const std::size_t partLength = characterCount(part);
@@ -138,20 +127,20 @@ Value runReplace(const Call& call) {
         result.append(text.substr(from, at - from)).append(call.text(2));
         from = at + byteOffset(text.substr(at), partLength);  // case pairs may differ in bytes
     }
-    return result.append(text.substr(from));
+    return fitted(result.append(text.substr(from)), call.resultType());
 }
 
-// (text, start, length, replacement)
+// (text, start, length, replacement, result type)
 Value runStuff(const Call& call) {
     if (isNull(call[0]) || isNull(call[1]) || isNull(call[2])) return Null{};
     const std::string_view text = call.text(0);
-    const std::int64_t start = call.integer(1), length = call.integer(2);
-    if (start < 1 || length < 0 || start > static_cast<std::int64_t>(characterCount(text))) return Null{};
-    const std::size_t first = byteOffset(text, static_cast<std::size_t>(start - 1));
-    const std::string_view tail = text.substr(first);
-    std::string result(text.substr(0, first));
-    if (!isNull(call[3])) result.append(call.text(3));
-    return result.append(tail.substr(byteOffset(tail, static_cast<std::size_t>(length))));
+    const std::int64_t start = call.integer(1) - 1, length = call.integer(2);
+    if (start < 0 || length < 0 || start >= static_cast<std::int64_t>(characterCount(text))) return Null{};
+    const auto first = static_cast<std::size_t>(start);
+    std::string result(characters(text, 0, first));
+    if (!isNull(call[3])) result += call.text(3);
+    result += characters(text, first + static_cast<std::size_t>(length), std::string_view::npos);
+    return fitted(result, call.resultType());
 }
 
 // (part, text[, start])
@@ -164,110 +153,127 @@ Value runCharIndex(const Call& call) {
     return static_cast<std::int64_t>(characterCount(text.substr(0, at))) + 1;
 }
 
-// The pattern's leading % is what lets it begin anywhere.
+// (pattern, text, type of the text): its leading % is what lets the pattern begin anywhere
 Value runPatIndex(const Call& call) {
-    std::string_view pattern = trimRight(call.text(0)), text = call.text(1);
-    if (pattern.empty() || pattern[0] != '%') return std::int64_t{matchesLike(text, pattern)};
-    pattern.remove_prefix(1);
-    for (std::int64_t position = 1; !text.empty(); ++position) {
-        if (matchesLike(text, pattern)) return position;
+    const EndBlanks blanks = isNational(call.type(2).id) ? EndBlanks::Counted : EndBlanks::Ignored;
+    std::string_view pattern = call.text(0), text = call.text(1);
+    const bool anywhere = pattern.starts_with('%');
+    if (anywhere) pattern.remove_prefix(1);
+    while (!text.empty() && !matchesLike(text, pattern, blanks)) {
+        if (!anywhere) return std::int64_t{0};
         nextCharacter(text);
     }
-    return std::int64_t{0};
+    const std::string_view before = call.text(1).substr(0, call.text(1).size() - text.size());
+    return text.empty() ? std::int64_t{0} : static_cast<std::int64_t>(characterCount(before)) + 1;
 }
 
-std::string repeated(std::string_view text, std::int64_t count, std::size_t limit) {
+// NULL for a negative count; no more than `most` characters.
+Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
+    if (count < 0) return Null{};
+    const std::size_t times =
+        text.empty() ? 0 : std::min(static_cast<std::size_t>(count), most / characterCount(text) + 1);
     std::string result;
-    if (text.empty()) return result;
-    const std::size_t length = characterCount(text);
-    const std::size_t times = std::min(static_cast<std::size_t>(count), limit / length + 1);
     result.reserve(times * text.size());
     for (std::size_t i = 0; i < times; ++i) result += text;
-    if (times * length > limit) result.resize(byteOffset(result, limit));
+    result.resize(byteOffset(result, most));
     return result;
 }
 
 // (text, count, result type)
 Value runReplicate(const Call& call) {
     constexpr std::size_t kMostOfMax = 100'000'000;  // where SQL Server goes on to 2 GB
-    if (call.integer(1) < 0) return Null{};
     const int length = call.resultType().length;
     return repeated(call.text(0), call.integer(1),
                     length == SqlType::kMax ? kMostOfMax : static_cast<std::size_t>(length));
 }
 
 Value runSpace(const Call& call) {
-    if (call.integer(0) < 0) return Null{};
-    return repeated(" ", call.integer(0), kMaxRepeated);
+    return repeated(" ", call.integer(0), kLongest);
 }
 
 Value runReverse(const Call& call) {
-    std::string result;
+    std::string result(call.text(0));
+    auto end = result.end();
     for (std::string_view rest = call.text(0); !rest.empty();) {
         const std::string_view before = rest;
         nextCharacter(rest);
-        result.insert(0, before.substr(0, before.size() - rest.size()));
+        const std::string_view character = before.substr(0, before.size() - rest.size());
+        end -= static_cast<std::ptrdiff_t>(character.size());
+        std::ranges::copy(character, end);
     }
     return result;
 }
 
-template <std::int64_t most>
-Value runCharacter(const Call& call) {
-    const std::int64_t code = call.integer(0);
-    if (code < 0 || code > most || (code >= 0xD800 && code < 0xE000)) return Null{};
+Value runChar(const Call& call) {
+    if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
+    return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
+}
+
+Value runNChar(const Call& call) {
+    const std::int64_t unit = call.integer(0);
+    if (unit < 0 || unit > 0xFFFF) return Null{};
+    if (unit >= 0xD800 && unit < 0xE000) throw unsupported("NCHAR of half a character");
     std::string result;
-    appendCharacter(result, static_cast<char32_t>(code));
+    appendCharacter(result, static_cast<char32_t>(unit));
     return result;
 }
 
-Value runUnicode(const Call& call) {
+Value runAscii(const Call& call) {
     std::string_view text = call.text(0);
     if (text.empty()) return Null{};
-    return static_cast<std::int64_t>(nextCharacter(text));
+    return std::int64_t{codePage1252(nextCharacter(text))};
+}
+
+// Of a character that is two units, the first of them.
+Value runUnicode(const Call& call) {
+    const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
+    if (wire.empty()) return Null{};
+    return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
+}
+
+std::string fixedPoint(double value, std::int64_t decimals) {
+    const double power = std::pow(10.0, static_cast<double>(decimals));
+    const double rounded = std::fabs(value) < 1e15 ? std::round(value * power) / power : value;
+    std::array<char, 400> digits{};
+    std::snprintf(digits.data(), digits.size(), "%.*f", static_cast<int>(decimals), rounded + 0.0);
+    return digits.data();
 }
 
 // (number[, length[, decimals]]): right-aligned; stars when the whole part has no room
 Value runStr(const Call& call) {
     const auto length = call.count() > 1 ? call.integer(1) : 10;
-    const auto decimals = call.count() > 2 ? std::clamp<std::int64_t>(call.integer(2), 0, 16) : 0;
-    if (length < 1 || length > static_cast<std::int64_t>(kMaxRepeated) || decimals < 0) return Null{};
-    char digits[400];
-    const auto format = [&](std::int64_t places) {
-        const double power = std::pow(10.0, static_cast<double>(places));
-        const double rounded =
-            std::fabs(call.real(0)) < 1e15 ? std::round(call.real(0) * power) / power : call.real(0);
-        return std::string(digits, static_cast<std::size_t>(std::snprintf(
-                                       digits, sizeof digits, "%.*f", static_cast<int>(places), rounded)));
-    };
+    const auto decimals = call.count() > 2 ? std::min<std::int64_t>(call.integer(2), 16) : 0;
+    if (length < 1 || length > static_cast<std::int64_t>(kLongest) || decimals < 0) return Null{};
     const auto width = static_cast<std::size_t>(length);
-    std::string text = format(decimals);
+    std::string text = fixedPoint(call.real(0), decimals);
     const std::size_t whole = std::min(text.find('.'), text.size());
     if (whole > width) return std::string(width, '*');
     if (text.size() > width)
-        text = format(width > whole + 1 ? static_cast<std::int64_t>(width - whole - 1) : 0);
+        text = fixedPoint(call.real(0),
+                          std::max<std::int64_t>(length - static_cast<std::int64_t>(whole) - 1, 0));
     return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
 // CONCAT: NULL counts as the empty text.
-std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType&) {
-    std::string sql = "(";
+std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    std::string sql;
     for (const Typed& piece : pieces)
-        sql.append(sql.size() > 1 ? "||" : "").append("ifnull(" + piece.sql + ",'')");
-    return sql + ")";
+        sql.append(sql.empty() ? "(" : "||").append("ifnull(" + piece.sql + ",'')");
+    if (result.length == SqlType::kMax) return sql + ")";
+    return "substr(" + sql + "),1," + std::to_string(result.length) + ")";
 }
 
-// (separator, text...): NULLs are left out
+// (separator, text..., result type): NULLs are left out
 Value runConcatWs(const Call& call) {
-    const std::string_view separator = isNull(call[0]) ? std::string_view{} : call.text(0);
     std::string result;
     bool first = true;
-    for (std::size_t i = 1; i < call.count(); ++i) {
-        if (isNull(call[i])) continue;
-        if (!first) result += separator;
-        result += call.text(i);
+    for (const CellView& piece : call.arguments().subspan(1, call.count() - 2)) {
+        if (isNull(piece)) continue;
+        if (!first && !isNull(call[0])) result += call.text(0);
+        result += std::get<std::string_view>(piece);
         first = false;
     }
-    return result;
+    return fitted(result, call.resultType());
 }
 
 Value runQuoteName(const Call& call) {
@@ -287,25 +293,25 @@ const FunctionInfo kFunctions[] = {
     {"substring", "SII", partOfText, runSubstring},
     {"left", "TI", partOfText, runLeft},
     {"right", "TI", partOfText, runRight},
-    {"upper", "T", sameText, runUpper},
-    {"lower", "T", sameText, runLower},
-    {"ltrim", "T", sameText, runLTrim},
-    {"rtrim", "T", sameText, runRTrim},
-    {"trim", "T", sameText, runTrim},
-    {"replace", "TTT", grownText, runReplace},
-    {"stuff", "TIIT", grownText, runStuff, Nulls::Reach},
-    {"charindex", "TT[I", TypeId::Int, runCharIndex},
-    {"patindex", "TT", TypeId::Int, runPatIndex},
+    {"upper", "T", sameText, runOnText<toUpper>},
+    {"lower", "T", sameText, runOnText<toLower>},
+    {"ltrim", "T", sameText, runOnText<trimLeft>},
+    {"rtrim", "T", sameText, runOnText<trimRight>},
+    {"trim", "T", sameText, runOnText<trimmed>},
+    {"replace", "TTT=", grownText, runReplace},
+    {"stuff", "TIIT=", grownText, runStuff, Nulls::Reach},
+    {"charindex", "TT[I", placeType, runCharIndex},
+    {"patindex", "TT#", placeType, runPatIndex},
     {"replicate", "TI=", grownText, runReplicate},
-    {"space", "I", varcharType(8000), runSpace},
+    {"space", "I", varcharType(kLongest), runSpace},
     {"reverse", "T", sameText, runReverse},
-    {"char", "I", SqlType{TypeId::Char, 1, 0, 0}, runCharacter<255>},
-    {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runCharacter<0x10FFFF>},
-    {"ascii", "T", TypeId::Int, runUnicode},
+    {"char", "I", SqlType{TypeId::Char, 1, 0, 0}, runChar},
+    {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},
+    {"ascii", "T", TypeId::Int, runAscii},
     {"unicode", "T", TypeId::Int, runUnicode},
     {"str", "F[II", strText, runStr},
     {"concat", "TT*", joinedText, writeConcat},
-    {"concat_ws", "TTT*", joinedText, runConcatWs, Nulls::Reach},
+    {"concat_ws", "TTT*=", joinedText, runConcatWs, Nulls::Reach},
     {"quotename", "T[T", nvarcharType(258), runQuoteName},
 };
 

@@ -1,5 +1,7 @@
 #include "Utf16.h"
 
+#include <algorithm>
+
 #include "Text.h"
 
 namespace tsql {
@@ -77,6 +79,13 @@ std::string utf8FromCodePage1252(std::string_view wire) {
         appendCharacter(text, byte >= 0x80 && byte < 0xA0 ? kCodePage1252[byte - 0x80] : byte);
     }
     return text;
+}
+
+unsigned char codePage1252(char32_t c) {
+    constexpr unsigned char kUnknown = '?';
+    const auto* found = std::ranges::find(kCodePage1252, c);
+    if (found != std::end(kCodePage1252)) return static_cast<unsigned char>(0x80 + (found - kCodePage1252));
+    return c < 0x80 || (c >= 0xA0 && c < 0x100) ? static_cast<unsigned char>(c) : kUnknown;
 }
 
 }  // namespace tsql

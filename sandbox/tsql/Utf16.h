@@ -13,5 +13,6 @@ std::string utf16FromUtf8(std::string_view utf8);
 std::string utf8FromUtf16(std::string_view wire);
 // Windows code page 1252, in which clients send char and varchar parameters.
 std::string utf8FromCodePage1252(std::string_view wire);
+unsigned char codePage1252(char32_t character);  // a question mark where it has none
 
 }  // namespace tsql

@@ -315,9 +315,7 @@ class Converter {
     }
 
     Value dateTimeFromText() const {
-        const auto parsed = parseDateTime(trimmed(text()), m_style);
-        if (parsed) return stored(*parsed);
-        throw sqlError(241);
+        return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style));
     }
 
     Value dateTimeFromOther() const {

@@ -87,13 +87,13 @@ TEST(Values, ConvertBetweenTypes) {
         {"2026-11-21 13:05:07", "datetime", "varchar(40)", 6, "21 Nov 26"},
         {"2026-11-21 13:05:07", "datetime", "varchar(40)", 8, "13:05:07"},
         {"2026-11-21 13:05:07", "datetime", "varchar(40)", 114, "13:05:07:000"},
-        {"2026-11-21 13:05:07", "datetime", "varchar(40)", 130, "error 281"},
+        {"2026-11-21 13:05:07", "datetime", "varchar(40)", 130, "error 50000"},
         {"2026-11-21 13:05:07", "datetime", "date", none, "2026-11-21"},
         {"2026-11-21", "date", "varchar(40)", 100, "Nov 21 2026"},
         {"13:05:07.5", "time(1)", "varchar(40)", none, "13:05:07.5"},
         {"2026-11-21 13:05:29.999", "datetime2(3)", "smalldatetime", none, "Nov 21 2026  1:06PM"},
         {"21/11/2026", "varchar(20)", "datetime", 103, "Nov 21 2026 12:00AM"},
-        {"21/11/2026", "varchar(20)", "datetime", none, "error 241"},
+        {"21/11/2026", "varchar(20)", "datetime", none, "error 242"},
         {"1600-01-01", "varchar(20)", "datetime", none, "error 242"},
         {"1.5", "float", "datetime", none, "Jan  2 1900 12:00PM"},
         {"2026-11-21", "date", "int", none, "error 529"},
@@ -145,13 +145,8 @@ TEST(Values, DateTextsThatAreRead) {
         {"yesterday", nullptr},
         {"2026-11-21 x", nullptr},
     };
-    for (const auto& [text, expected] : cases) {
-        const auto value = parseDateTime(text);
-        EXPECT_EQ(value.has_value(), expected != nullptr) << text;
-        if (value && expected) {
-            EXPECT_EQ(toStorage(*value, type("datetime2")), expected) << text;
-        }
-    }
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(converted(text, "varchar(40)", "datetime2"), expected ? expected : "error 241") << text;
 }
 
 TEST(Values, TypeNames) {
@@ -196,7 +191,8 @@ TEST(Values, LikeAndCollation) {
         {"", "_", 0, false},           {"aaab", "%a%ab", 0, true},    {"abc", "ab", 0, false},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(matchesLike(c.text, c.pattern, c.escape), c.matches) << c.text << ' ' << c.pattern;
+        EXPECT_EQ(matchesLike(c.text, c.pattern, EndBlanks::Ignored, c.escape), c.matches)
+            << c.text << ' ' << c.pattern;
     EXPECT_EQ(compareText("ÄÖ  ", "äö"), 0);
     EXPECT_EQ(compareText("ПРИВЕТ", "привет"), 0);
     EXPECT_LT(compareText("a", "B"), 0);
