@@ -39,10 +39,8 @@ struct VariableRef {
 struct ColumnRef {
     std::vector<std::string> path;  // [database .] [schema .] [table .] column
 };
-struct Negate {
-    ExprPtr operand;
-};
-struct BitNot {
+struct Unary {
+    bool isBitNot;  // or a minus
     ExprPtr operand;
 };
 struct Binary {
@@ -90,35 +88,29 @@ struct Not {
 };
 struct IsNull {
     ExprPtr operand;
-    bool negated;
 };
 struct Between {
     ExprPtr operand, low, high;
-    bool negated;
 };
 struct InList {
     ExprPtr operand;
     std::vector<ExprPtr> items;
-    bool negated;
 };
 struct InQuery {
     ExprPtr operand;
     QueryPtr query;
-    bool negated;
 };
 struct Like {
-    ExprPtr operand, pattern, escape;
-    bool negated;
+    ExprPtr operand, pattern, escape;  // escape may be null
 };
 struct Exists {
     QueryPtr query;
 };
 
 struct Expr {
-    using Node =
-        std::variant<Literal, VariableRef, ColumnRef, Negate, BitNot, Binary, Case, Cast, Call, ScalarQuery,
-                     Compare, Logic, Not, IsNull, Between, InList, InQuery, Like, Exists>;
-    static constexpr std::size_t kFirstCondition = 10;  // Compare and what follows it
+    using Node = std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery,
+                              Compare, Logic, Not, IsNull, Between, InList, InQuery, Like, Exists>;
+    static constexpr std::size_t kFirstCondition = 9;  // Compare and what follows it
 
     int line = 1;
     Node node;
@@ -160,12 +152,9 @@ struct Window {
     std::vector<OrderItem> order;
     std::string frame;  // "ROWS ..." as SQLite reads it, too; empty without one
 };
-struct Top {
-    ExprPtr count;
-};
 struct Select {
     bool distinct = false;
-    std::optional<Top> top;
+    ExprPtr top;  // may be null
     std::vector<SelectItem> items;
     std::optional<ObjectName> into;
     std::vector<TableRefPtr> from;
@@ -204,11 +193,13 @@ struct Query {
 // ---- statements ------------------------------------------------------------------------------------------
 using Block = std::vector<StatementPtr>;
 
+// Of a variable or a parameter.
 struct Declaration {
     std::string name;
     SqlType type;
     ExprPtr value;                                  // may be null
     std::shared_ptr<const CreateTable> table = {};  // DECLARE @t TABLE (...)
+    bool output = false;
 };
 struct Declare {
     std::vector<Declaration> variables;
@@ -219,10 +210,10 @@ struct Assign {
     ExprPtr value;
 };
 struct SetOption {
-    std::vector<std::string> names;
-    bool on = true;
+    std::vector<std::string> names;  // in capitals
+    bool on = false;
     std::optional<ObjectName> table;     // IDENTITY_INSERT
-    std::optional<std::int64_t> number;  // LOCK_TIMEOUT, ROWCOUNT
+    std::optional<std::int64_t> number;  // LOCK_TIMEOUT
 };
 struct If {
     ExprPtr condition;
@@ -296,15 +287,22 @@ struct Output {
     std::optional<ObjectName> into;
     std::vector<std::string> columns;
 };
-struct Insert {
-    ObjectName table;
+// What changes of rows have in common.
+struct Change {
+    ObjectName table;  // or the alias of a table in `from`
+    std::vector<CommonTable> with;
+    std::optional<Output> output;
+    ExprPtr top;  // may be null, as may `where`
+    std::vector<TableRefPtr> from;
+    ExprPtr where;
+    std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
+};
+struct Insert : Change {
     std::vector<std::string> columns;
     std::vector<std::vector<ExprPtr>> rows;  // a null pointer stands for DEFAULT
     QueryPtr query;                          // or a query, or a procedure
     StatementPtr execute;
     bool defaultValues = false;
-    std::vector<CommonTable> with;
-    std::optional<Output> output;
 };
 struct SetClause {
     std::string column;
@@ -312,23 +310,10 @@ struct SetClause {
     std::optional<BinaryOp> op;  // SET column += value
     ExprPtr value;               // null: DEFAULT
 };
-struct Update {
-    std::optional<Top> top;
-    ObjectName table;  // or the alias of a table in `from`
+struct Update : Change {
     std::vector<SetClause> sets;
-    std::vector<TableRefPtr> from;
-    ExprPtr where;
-    std::vector<CommonTable> with;
-    std::optional<Output> output;
 };
-struct Delete {
-    std::optional<Top> top;
-    ObjectName table;
-    std::vector<TableRefPtr> from;
-    ExprPtr where;
-    std::vector<CommonTable> with;
-    std::optional<Output> output;
-};
+struct Delete : Change {};
 struct Truncate {
     ObjectName table;
 };
@@ -350,6 +335,7 @@ struct ColumnDefinition {
     SqlType type;
     std::optional<bool> nullable;
     bool identity = false;
+    bool withValues = false;  // ALTER TABLE ADD: rows that are there get the default
     std::int64_t seed = 1;
     std::vector<Constraint> constraints;
 };
@@ -368,30 +354,25 @@ struct CreateIndex {
     std::string name;
     ObjectName table;
     std::vector<std::pair<std::string, bool>> columns;  // name, descending
+    std::vector<std::string> included;
     bool unique = false;
 };
 enum class ObjectKind { Table, View, Procedure, Function, Index, Database };
 struct Drop {
     ObjectKind kind;
-    std::vector<ObjectName> names;  // an index: schema holds the table
+    std::vector<ObjectName> names;  // an index's: schema holds the table
     bool ifExists = false;
 };
 struct CreateDatabase {
     std::string name;
 };
 
-struct Parameter {
-    std::string name;
-    SqlType type;
-    ExprPtr byDefault;  // null without one
-    bool output = false;
-};
 // CREATE or ALTER PROCEDURE, FUNCTION or VIEW; the batch's whole text is what is stored.
 struct CreateModule {
     ObjectName name;
     bool function = false;
     bool alter = false, create = true;  // both: CREATE OR ALTER
-    std::vector<Parameter> parameters;
+    std::vector<Declaration> parameters;
     SqlType returns;
     Block body;
     QueryPtr query;                    // of a view, or of a function that returns a table

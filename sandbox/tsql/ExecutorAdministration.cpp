@@ -1,6 +1,5 @@
 // Databases, settings, transactions, backup.
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 
@@ -17,89 +16,27 @@ namespace {
 
 constexpr int kLongestLockTimeout = 60'000;  // milliseconds
 
-// Settings that change nothing here, whichever way they are set.
-constexpr std::array<std::string_view, 28> kHarmless = {
-    "ANSI_DEFAULTS",
-    "ANSI_NULL_DFLT_ON",
-    "ANSI_NULL_DFLT_OFF",
-    "ANSI_PADDING",
-    "ANSI_WARNINGS",
-    "ARITHABORT",
-    "ARITHIGNORE",
-    "CURSOR_CLOSE_ON_COMMIT",
-    "NUMERIC_ROUNDABORT",
-    "QUOTED_IDENTIFIER",
-    "TRANSACTION ISOLATION LEVEL",
-    "TEXTSIZE",
-    "STATISTICS",
-    "DEADLOCK_PRIORITY",
-    "LANGUAGE",
-    "DATEFIRST",
-    "FORCEPLAN",
-    "REMOTE_PROC_TRANSACTIONS",
-    "DATEFORMAT",
-    "LOCK_TIMEOUT",
-    "ROWCOUNT",
-    "NOCOUNT",
-    "XACT_ABORT",
-    "IDENTITY_INSERT",
-    "QUERY_GOVERNOR_COST_LIMIT",
-    "CONTEXT_INFO",
-    "NO_BROWSETABLE",
-    "FMTONLY",
-};
-// Settings that would change answers in one of their positions.
-struct OneWay {
-    std::string_view name;
-    bool on;
-};
-constexpr std::array<OneWay, 8> kOneWay = {{
-    {"ANSI_NULLS", true},
-    {"CONCAT_NULL_YIELDS_NULL", true},
-    {"IMPLICIT_TRANSACTIONS", false},
-    {"NOEXEC", false},
-    {"PARSEONLY", false},
-    {"SHOWPLAN_TEXT", false},
-    {"SHOWPLAN_ALL", false},
-    {"SHOWPLAN_XML", false},
-}};
-
-void checkSetting(const std::string& name, const SetOption& option) {
-    for (const auto& each : kOneWay) {
-        if (name != each.name) continue;
-        if (option.on == each.on) return;
-        throw unsupported("SET " + name + (option.on ? " ON" : " OFF"));
-    }
-    if (std::find(kHarmless.begin(), kHarmless.end(), name) == kHarmless.end()) throw sqlError(195, {name});
-    if (name == "ROWCOUNT" && option.number.value_or(0) != 0) throw unsupported("SET ROWCOUNT other than 0");
-    if (name == "DATEFORMAT" && option.names.back() != "MDY")
-        throw unsupported("SET DATEFORMAT other than mdy");
-}
-
 }  // namespace
 
 Flow Executor::run(const SetOption& option) {
-    const std::string& first = option.names.front();
     for (const auto& name : option.names) {
-        if (&name != &first && (first == "DATEFORMAT" || first == "LANGUAGE" || first == "DEADLOCK_PRIORITY"))
-            continue;
-        checkSetting(name, option);
         if (name == "NOCOUNT") m_noCount = option.on;
         if (name == "FMTONLY") m_describeOnly = option.on;
         if (name == "XACT_ABORT") m_abortOnError = option.on;
-        if (name == "QUOTED_IDENTIFIER" || name == "ANSI_DEFAULTS") m_quotedIdentifiers = option.on;
+        if (name == "QUOTED_IDENTIFIER") m_quotedIdentifiers = option.on;
+        if (name == "LOCK_TIMEOUT") {
+            m_lockTimeout =
+                static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
+            m_connection.setLockTimeout(std::chrono::milliseconds(m_lockTimeout));
+        }
     }
-    if (first == "IDENTITY_INSERT") {
+    if (option.table) {
         const TableInfo target = table(*option.table);
         if (!target.identityColumn()) throw sqlError(8106, {target.name});
         if (option.on && !m_identityInsert.empty() && m_identityInsert != target.fullName())
             throw sqlError(8107, {m_identityInsert, target.name});
         if (option.on || m_identityInsert == target.fullName())
             m_identityInsert = option.on ? target.fullName() : "";
-    }
-    if (first == "LOCK_TIMEOUT" && option.number) {
-        m_lockTimeout = static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
-        m_connection.setLockTimeout(std::chrono::milliseconds(m_lockTimeout));
     }
     m_rowCount = 0;
     m_error = 0;

@@ -370,7 +370,7 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
     if (table.column(column.name)) throw sqlError(2705, {column.name, table.name});
     if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
     const std::string fallback = std::exchange(column.byDefault, {});
-    const bool filled = !fallback.empty() && !column.nullable;
+    const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
     if (!column.nullable && !filled && anyRow(table, "1")) throw sqlError(4901, {column.name, table.name});
     m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
                      std::string(storageClass(column.type)));
@@ -479,6 +479,8 @@ Flow Executor::run(const CreateIndex& create) {
             list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
             index.columns += (index.columns.empty() ? "" : ", ") + column->name;
         }
+        for (const auto& name : create.included)
+            if (!target.column(name)) throw sqlError(1911, {name});
         makeIndex(target, index, list);
         owner.save(index);
     });

@@ -67,8 +67,6 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
 Flow Executor::run(const CreateModule& module) {
     refuseInFunction();
     const std::string_view type = typeOf(module);
-    if (!module.name.schema.empty() && !sameWord(module.name.schema, "dbo"))
-        throw sqlError(2760, {module.name.schema});
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     define(module.name, [&](Catalogue& owner) {
         const std::string& name = module.name.name;
@@ -234,9 +232,9 @@ void Executor::bindArguments(const CreateModule& module, const Execute& execute,
     const std::size_t skipped = frame.skippedArguments;
     std::size_t used = 0;
     for (std::size_t i = 0; i < module.parameters.size(); ++i) {
-        const Parameter& parameter = module.parameters[i];
+        const Declaration& parameter = module.parameters[i];
         const Argument* argument = argumentOf(execute, module, i, frame.skippedArguments);
-        const Expr* value = argument && argument->value ? argument->value.get() : parameter.byDefault.get();
+        const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
         if (!value && m_describeOnly) {
             frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
             continue;
@@ -256,7 +254,7 @@ void Executor::returnOutputs(const CreateModule& module, const Execute& execute,
     for (std::size_t i = 0; i < module.parameters.size(); ++i) {
         const Argument* argument = argumentOf(execute, module, i, frame.skippedArguments);
         if (!argument || !argument->output) continue;
-        const Parameter& parameter = module.parameters[i];
+        const Declaration& parameter = module.parameters[i];
         if (!parameter.output) throw sqlError(8162, {parameter.name});
         const Variable& value = frame.variables.at(lowerAscii(parameter.name));
         setVariable(std::get<VariableRef>(argument->value->node).name, viewOf(value.value), value.type);

@@ -194,7 +194,7 @@ Flow Executor::run(const Insert& insert) {
     const TableInfo target = table(insert.table);
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
-    translator.useCommonTables(insert.with, insert.table);
+    translator.useCommonTables(insert, insert.table);
     try {
         if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
         if (insert.execute)
@@ -254,7 +254,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
 Flow Executor::run(const Update& update) {
     const ObjectName& name = Translator::targetName(update.table, update.from);
     Translator translator(*this);
-    translator.useCommonTables(update.with, name);
+    translator.useCommonTables(update, name);
     claim(name);
     const TableInfo target = table(name);
     const std::string sql = translator.update(target, update);
@@ -292,7 +292,7 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
 Flow Executor::run(const Delete& statement) {
     const ObjectName& name = Translator::targetName(statement.table, statement.from);
     Translator translator(*this);
-    translator.useCommonTables(statement.with, name);
+    translator.useCommonTables(statement, name);
     claim(name);
     const TableInfo target = table(name);
     changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);

@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "Messages.h"
+#include "Text.h"
 
 namespace tsql {
 namespace {
@@ -42,6 +43,17 @@ bool isNamePart(char c) {
 }
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
+}
+bool isHexDigit(char c) {
+    return std::isxdigit(static_cast<unsigned char>(c));
+}
+
+bool isReserved(std::string_view word) {
+    static const auto words = [] {
+        std::istringstream text{std::string(kReserved)};
+        return std::unordered_set<std::string>(std::istream_iterator<std::string>(text), {});
+    }();
+    return words.contains(toUpper(word));
 }
 
 class Lexer {
@@ -99,17 +111,29 @@ class Lexer {
         const char c = peek();
         if ((c == 'N' || c == 'n') && peek(1) == '\'') return quoted(TokenKind::NationalText, 1, '\'');
         if (c == '\'') return quoted(TokenKind::Text, 0, '\'');
-        if (c == '"') return name(quoted(TokenKind::DoubleQuoted, 0, '"'));
-        if (c == '[') return name(quoted(TokenKind::Bracketed, 0, ']'));
-        if (c == '@') return variable();
-        if (c == '0' && (peek(1) == 'x' || peek(1) == 'X')) return binary();
+        if (c == '"') return quoted(TokenKind::DoubleQuoted, 0, '"');
+        if (c == '[') return quoted(TokenKind::Bracketed, 0, ']');
+        if (c == '@' && peek(1) == '@') return take(TokenKind::Global, past(isNamePart, 2));
+        if (c == '@') return take(TokenKind::Variable, past(isNamePart, 1));
+        if (c == '0' && (peek(1) == 'x' || peek(1) == 'X'))
+            return take(TokenKind::Binary, past(isHexDigit, 2));
         if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number();
-        if (isNameStart(c)) return word();
-        return symbol();
+        if (isNameStart(c)) return take(TokenKind::Word, past(isNamePart, 1));
+        for (const auto text : kSymbols)
+            if (startsWith(text)) return take(TokenKind::Symbol, text.size());
+        throw SyntaxError(102, std::string("Incorrect syntax near '") + c + "'.", m_line);
+    }
+
+    // Where what begins at `from` and fits the test ends; both from the token's first character.
+    std::size_t past(bool (*fits)(char), std::size_t from) const {
+        while (fits(peek(from))) ++from;
+        return from;
     }
 
     Token take(TokenKind kind, std::size_t length) {
-        const Token token{kind, false, m_line, m_text.substr(m_at, length)};
+        const std::string_view raw = m_text.substr(m_at, length);
+        const Token token{kind, kind == TokenKind::Word && isReserved(raw), m_line, raw};
+        if (kind < TokenKind::DoubleQuoted || kind == TokenKind::Variable) checkName(token);
         advance(length);
         return token;
     }
@@ -125,54 +149,14 @@ class Lexer {
         return take(kind, end + 1 - m_at);
     }
 
-    Token variable() {
-        const bool global = peek(1) == '@';
-        std::size_t length = global ? 2 : 1;
-        while (isNamePart(peek(length))) ++length;
-        return name(take(global ? TokenKind::Global : TokenKind::Variable, length));
-    }
-
-    Token binary() {
-        std::size_t length = 2;
-        while (std::isxdigit(static_cast<unsigned char>(peek(length)))) ++length;
-        return take(TokenKind::Binary, length);
-    }
-
     Token number() {
-        std::size_t length = 0;
-        while (isDigit(peek(length))) ++length;
-        if (peek(length) == '.') ++length;
-        while (isDigit(peek(length))) ++length;
+        std::size_t length = past(isDigit, 0);
+        if (peek(length) == '.') length = past(isDigit, length + 1);
         if (peek(length) == 'e' || peek(length) == 'E') {
-            ++length;
-            if (peek(length) == '+' || peek(length) == '-') ++length;
-            while (isDigit(peek(length))) ++length;
+            const char sign = peek(length + 1);
+            length = past(isDigit, length + (sign == '+' || sign == '-' ? 2 : 1));
         }
         return take(TokenKind::Number, length);
-    }
-
-    Token word() {
-        std::size_t length = 1;
-        while (isNamePart(peek(length))) ++length;
-        Token token = name(take(TokenKind::Word, length));
-        token.reserved = isReserved(token.raw);
-        return token;
-    }
-
-    Token symbol() {
-        for (const auto text : kSymbols)
-            if (startsWith(text)) return take(TokenKind::Symbol, text.size());
-        throw SyntaxError(102, std::string("Incorrect syntax near '") + peek() + "'.", m_line);
-    }
-
-    static Token name(const Token& token) {
-        if (token.raw.size() > kLongestName + 2)
-            throw SyntaxError(103,
-                              "The identifier that starts with '" +
-                                  std::string(token.raw.substr(0, kLongestName)) +
-                                  "' is too long. Maximum length is 128.",
-                              token.line);
-        return token;
     }
 
     std::string_view m_text;
@@ -186,18 +170,26 @@ std::vector<Token> tokenize(std::string_view text) {
     return Lexer(text).run();
 }
 
+void checkName(const Token& token) {
+    if (token.raw.size() <= kLongestName) return;
+    const std::string name = unquoted(token);
+    if (characterCount(name) <= kLongestName) return;
+    throw SyntaxError(103,
+                      "The identifier that starts with '" + std::string(characters(name, 0, kLongestName)) +
+                          "' is too long. Maximum length is 128.",
+                      token.line);
+}
+
 std::string unquoted(const Token& token) {
     const bool national = token.kind == TokenKind::NationalText;
     const bool isQuoted = national || token.kind == TokenKind::Text || token.kind == TokenKind::Bracketed ||
                           token.kind == TokenKind::DoubleQuoted;
     if (!isQuoted) return std::string(token.raw);
-    const std::string_view raw = token.raw.substr(national ? 2 : 1, token.raw.size() - (national ? 3 : 2));
     const char close = token.raw.back();
     std::string text;
-    text.reserve(raw.size());
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        text += raw[i];
-        if (raw[i] == close) ++i;
+    for (std::size_t i = national ? 2 : 1; i + 1 < token.raw.size(); ++i) {
+        text += token.raw[i];
+        if (token.raw[i] == close) ++i;
     }
     return text;
 }
@@ -205,16 +197,6 @@ std::string unquoted(const Token& token) {
 bool sameWord(std::string_view left, std::string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](unsigned char a, unsigned char b) { return std::toupper(a) == std::toupper(b); });
-}
-
-bool isReserved(std::string_view word) {
-    static const auto words = [] {
-        std::istringstream text{std::string(kReserved)};
-        return std::unordered_set<std::string>(std::istream_iterator<std::string>(text), {});
-    }();
-    std::string upper(word);
-    for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return words.contains(upper);
 }
 
 }  // namespace tsql

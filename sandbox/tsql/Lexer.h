@@ -41,13 +41,15 @@ struct SyntaxError : SqlError {
 };
 
 // The whole batch, closed by a token of kind End. Throws SyntaxError 105 (open quotation mark), 113 (open
-// comment), 102 (a character that begins no token), 103 (a name above 128 characters).
+// comment), 102 (a character that begins no token), 103 (as checkName).
 std::vector<Token> tokenize(std::string_view text);
+
+// Throws SyntaxError 103 for a name above 128 characters; "x" is one or a text, as its reader takes it.
+void checkName(const Token& token);
 
 // What a token stands for: quotes taken off, doubled quotes made single.
 std::string unquoted(const Token& token);
 
 bool sameWord(std::string_view left, std::string_view right);  // ASCII case aside
-bool isReserved(std::string_view word);
 
 }  // namespace tsql

@@ -25,13 +25,9 @@ ast::ExprPtr parseExpression(std::string_view text) {
     return Parser(text, true).expression();
 }
 
-ast::ExprPtr parseCondition(std::string_view text) {
-    return Parser(text, true).condition();
-}
-
 ast::Constraint parseConstraint(std::string_view text) {
     ast::Constraint constraint{};
-    Parser(text, true).parseConstraint(constraint, false);
+    Parser(text, true).acceptConstraint(constraint, false);
     return constraint;
 }
 
@@ -44,7 +40,7 @@ SqlType parseType(std::string_view text) {
 }
 
 Parser::Parser(std::string_view text, bool quotedIdentifiers)
-    : m_tokens(tokenize(text)), m_quotedIdentifiers(quotedIdentifiers) {}
+    : m_quotedIdentifiers(quotedIdentifiers), m_tokens(tokenize(text)) {}
 
 const Token& Parser::peek(std::size_t ahead) const {
     return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
@@ -56,27 +52,34 @@ const Token& Parser::take() {
     return token;
 }
 
-bool Parser::at(std::string_view word, std::size_t ahead) const {
-    const Token& token = peek(ahead);
-    return (token.kind == TokenKind::Word || token.kind == TokenKind::Symbol) && sameWord(token.raw, word);
+// The number of tokens that the phrase takes; 0 where it does not stand.
+std::size_t Parser::match(std::string_view phrase, std::size_t ahead) const {
+    for (std::size_t count = 0;; ++count) {
+        const Token& token = peek(ahead + count);
+        const std::string_view word = phrase.substr(0, phrase.find(' '));
+        const bool mayMatch = token.kind == TokenKind::Word || token.kind == TokenKind::Symbol;
+        if (!mayMatch || !sameWord(token.raw, word)) return 0;
+        if (word.size() == phrase.size()) return count + 1;
+        phrase.remove_prefix(word.size() + 1);
+    }
 }
 
-bool Parser::accept(std::string_view word) {
-    if (!at(word)) return false;
-    take();
-    return true;
+bool Parser::at(std::string_view phrase, std::size_t ahead) const {
+    return match(phrase, ahead) > 0;
 }
 
-bool Parser::acceptAll(std::initializer_list<std::string_view> words) {
-    std::size_t ahead = 0;
-    for (const auto word : words)
-        if (!at(word, ahead++)) return false;
-    m_next += words.size();
-    return true;
+bool Parser::accept(std::string_view phrase) {
+    const std::size_t count = match(phrase, 0);
+    m_next += count;
+    return count > 0;
 }
 
-void Parser::expect(std::string_view word) {
-    if (!accept(word)) syntaxError();
+bool Parser::acceptAny(std::initializer_list<std::string_view> phrases) {
+    return std::any_of(phrases.begin(), phrases.end(), [this](auto each) { return accept(each); });
+}
+
+void Parser::expect(std::string_view phrase) {
+    if (!accept(phrase)) syntaxError();
 }
 
 std::int64_t Parser::expectInteger() {
@@ -95,6 +98,11 @@ bool Parser::isString(const Token& token) const {
            (token.kind == TokenKind::DoubleQuoted && !m_quotedIdentifiers);
 }
 
+std::string Parser::expectString() {
+    if (!isString(peek())) syntaxError();
+    return unquoted(take());
+}
+
 bool Parser::atName(std::size_t ahead) const {
     const Token& token = peek(ahead);
     return (token.kind == TokenKind::Word && !token.reserved) || token.kind == TokenKind::Bracketed ||
@@ -103,11 +111,12 @@ bool Parser::atName(std::size_t ahead) const {
 
 std::string Parser::expectName() {
     if (!atName()) syntaxError();
+    checkName(peek());
     return unquoted(take());
 }
 
 std::string Parser::expectVariable() {
-    if (peek().kind != TokenKind::Variable) syntaxError();
+    if (!atVariable()) syntaxError();
     checkDeclared(peek());
     return std::string(take().raw);
 }
@@ -125,70 +134,84 @@ ast::ObjectName Parser::objectName() {
     return name;
 }
 
+std::vector<std::string> Parser::columnNames() {
+    return parenthesized([this] { return list([this] { return expectName(); }); });
+}
+
 SqlType Parser::type(TypeUse use) {
     const int line = peek().line;
-    if ((atName() && at(".", 1))) {  // [sys].[int], dbo.int
-        take();
-        take();
-    }
+    if (atName() && at(".", 1)) m_next += 2;  // [sys].[int], dbo.int
     const bool keyword = at("NATIONAL") || at("DOUBLE");
     if (!keyword && !atName()) syntaxError();
     std::string name = unquoted(take());
     for (const auto word : {"PRECISION", "CHARACTER", "CHAR", "TEXT", "VARYING"})
         if (at(word)) name += " " + lowerAscii(take().raw);
+    const auto arguments = typeArguments();
     try {
-        if (at("CURSOR") || sameWord(name, "table")) unsupported("a variable or parameter of type " + name);
-        return makeType(name, typeArguments(), use);
-    } catch (const SyntaxError&) {
-        throw;
+        return makeType(name, arguments, use);
     } catch (const SqlError& error) {
         throw SyntaxError(error, line);
     }
 }
 
 std::vector<int> Parser::typeArguments() {
-    if (!accept("(")) return {};
-    auto arguments = list([this] {
-        constexpr std::int64_t kTooLarge = 1'000'000;
-        return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
+    if (!at("(")) return {};
+    return parenthesized([this] {
+        return list([this] {
+            constexpr std::int64_t kTooLarge = 1'000'000;
+            return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
+        });
     });
-    expect(")");
-    return arguments;
-}
-
-// The batch's own text from `first` to the token taken last.
-std::string Parser::textSince(const Token& first) const {
-    const std::string_view last = m_tokens[m_next - 1].raw;
-    return {first.raw.data(), last.data() + last.size()};
-}
-
-void Parser::syntaxError() const {
-    const Token& token = peek();
-    if (token.kind == TokenKind::End) {
-        const std::string_view last = m_next > 0 ? m_tokens[m_next - 1].raw : std::string_view();
-        throw SyntaxError(102, "Incorrect syntax near '" + std::string(last) + "'.",
-                          m_next > 0 ? m_tokens[m_next - 1].line : token.line);
-    }
-    if (token.reserved)
-        throw SyntaxError(156, "Incorrect syntax near the keyword '" + std::string(token.raw) + "'.",
-                          token.line);
-    throw SyntaxError(102, "Incorrect syntax near '" + unquoted(token) + "'.", token.line);
-}
-
-void Parser::unsupported(std::string_view construct) const {
-    throw SyntaxError(tsql::unsupported(construct), peek().line);
 }
 
 // There is one collation, which disregards case and regards accents.
-void Parser::parseCollation() {
+void Parser::collation() {
     expect("COLLATE");
     const bool same = at("DATABASE_DEFAULT") || toUpper(peek().raw).find("_CI_AS") != std::string::npos;
     if (!same) unsupported("a collation other than those named ..._CI_AS");
     expectName();
 }
 
+// To the bracket that closes the one here.
+void Parser::skipParenthesized() {
+    int depth = 0;
+    do {
+        if (peek().kind == TokenKind::End) syntaxError();
+        depth += at("(") - at(")");
+        take();
+    } while (depth > 0);
+}
+
+std::string Parser::textSince(std::size_t token) const {
+    const std::string_view last = m_tokens[m_next - 1].raw;
+    return {m_tokens[token].raw.data(), last.data() + last.size()};
+}
+
+std::string Parser::near() const {
+    const Token& token = peek();
+    if (token.kind != TokenKind::End) return unquoted(token);
+    return m_next > 0 ? std::string(m_tokens[m_next - 1].raw) : std::string();
+}
+
+void Parser::syntaxError() const {
+    const Token& token = peek();
+    const bool atEnd = token.kind == TokenKind::End && m_next > 0;
+    throw SyntaxError(
+        token.reserved ? 156 : 102,
+        std::string("Incorrect syntax near ") + (token.reserved ? "the keyword '" : "'") + near() + "'.",
+        atEnd ? m_tokens[m_next - 1].line : token.line);
+}
+
+void Parser::unsupported(std::string_view construct) const {
+    throw SyntaxError(tsql::unsupported(construct), peek().line);
+}
+
+void Parser::refuse(std::string_view phrase, std::string_view construct) const {
+    if (at(phrase)) unsupported(construct);
+}
+
 void Parser::checkDeclared(const Token& variable) const {
-    if (m_checkVariables && !m_declared.contains(lowerAscii(variable.raw)))
+    if (!m_declared.contains(lowerAscii(variable.raw)))
         throw SyntaxError(sqlError(137, {variable.raw}), variable.line);
 }
 

@@ -1,6 +1,7 @@
-// A batch's tokens to its syntax tree: one parse... function a production.
+// A batch's tokens to its syntax tree. A production that is used in its own file alone is a function there.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <string>
@@ -20,7 +21,6 @@ struct Batch {
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers);
 // An expression that stands alone, as a column's default does.
 ast::ExprPtr parseExpression(std::string_view text);
-ast::ExprPtr parseCondition(std::string_view text);
 ast::Constraint parseConstraint(std::string_view text);
 ast::ObjectName parseObjectName(std::string_view text);
 SqlType parseType(std::string_view text);
@@ -29,32 +29,38 @@ class Parser {
   public:
     Parser(std::string_view text, bool quotedIdentifiers);
 
-    ast::Block batch();
-    ast::ExprPtr expression();
-    ast::ExprPtr condition();
-    ast::ObjectName objectName();
-    SqlType type(TypeUse use);
-    bool parseConstraint(ast::Constraint& constraint, bool ofTable);
-
-  private:
-    // ---- tokens (Parser.cpp)
+    // ---- tokens (Parser.cpp). A phrase is keywords and symbols with a blank between: "ORDER BY".
     const Token& peek(std::size_t ahead = 0) const;
     const Token& take();
-    bool at(std::string_view word, std::size_t ahead = 0) const;  // a keyword or symbol
-    bool accept(std::string_view word);
-    bool acceptAll(std::initializer_list<std::string_view> words);
-    void expect(std::string_view word);
+    bool at(std::string_view phrase, std::size_t ahead = 0) const;
+    bool accept(std::string_view phrase);
+    bool acceptAny(std::initializer_list<std::string_view> phrases);
+    void expect(std::string_view phrase);
+    // Takes the first phrase of `table` that comes next. What it stands for, or null.
+    template <typename Table>
+    auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
+        const auto found = std::find_if(std::begin(table), std::end(table),
+                                        [this](const auto& each) { return accept(each.first); });
+        return found == std::end(table) ? nullptr : &found->second;
+    }
     std::int64_t expectInteger();
+    bool isString(const Token& token) const;
+    std::string expectString();
     bool atName(std::size_t ahead = 0) const;
     std::string expectName();
+    bool atVariable() const { return peek().kind == TokenKind::Variable; }
     std::string expectVariable();
-    bool isString(const Token& token) const;
-    std::vector<int> typeArguments();
-    std::string textSince(const Token& first) const;
+    ast::ObjectName objectName();
+    std::vector<std::string> columnNames();  // in parentheses
+    SqlType type(TypeUse use);
+    void collation();
+    void skipParenthesized();
+    std::string textSince(std::size_t token) const;  // as written, from the token to the one taken last
+    std::size_t position() const { return m_next; }
+    std::string near() const;  // as errors quote the next token
     [[noreturn]] void syntaxError() const;
     [[noreturn]] void unsupported(std::string_view construct) const;
-    void parseCollation();
-    void checkDeclared(const Token& variable) const;
+    void refuse(std::string_view phrase, std::string_view construct) const;
 
     template <typename Item>
     auto list(Item item) {
@@ -85,124 +91,61 @@ class Parser {
     void checkChain(int length) const;
 
     // ---- expressions (ParserExpressions.cpp)
-    ast::ExprPtr parseOr();
-    ast::ExprPtr parseAnd();
-    ast::ExprPtr parseNot();
-    ast::ExprPtr parsePredicate();
-    ast::ExprPtr parseIn(ast::ExprPtr operand, bool negated);
-    ast::ExprPtr parseLike(ast::ExprPtr operand, bool negated);
-    ast::ExprPtr parseAdditive();
-    ast::ExprPtr parseMultiplicative();
-    ast::ExprPtr parseUnary();
-    ast::ExprPtr parsePrimary();
-    ast::ExprPtr parseLiteral();
-    ast::ExprPtr parseParenthesized();
-    ast::ExprPtr parseCase();
-    ast::ExprPtr parseIif();
-    ast::ExprPtr parseCast();
-    ast::ExprPtr parseConvert();
-    ast::ExprPtr parseNamed();
-    ast::ExprPtr parseCall(ast::ObjectName name);
-    ast::Window parseWindow();
-    ast::ExprPtr parseXmlValue(ast::ExprPtr xml);
-    ast::ExprPtr value(ast::ExprPtr expr) const;  // refuses a condition
+    ast::ExprPtr expression();
+    ast::ExprPtr condition();
+    ast::ExprPtr expressionOrCondition();
+    ast::ExprPtr operators(int loosest);
+    ast::ExprPtr unary();
+    ast::ExprPtr primary();
     std::vector<ast::ExprPtr> expressions();
-    std::vector<ast::ExprPtr> argumentsOf(const ast::ObjectName& function);
+    std::vector<ast::ExprPtr> argumentsOf(const ast::ObjectName& function);  // in parentheses
 
     // ---- queries (ParserQueries.cpp)
     bool atQuery() const;
-    ast::QueryPtr parseQuery();
-    ast::QueryPtr parseQueryBehind(std::vector<ast::CommonTable> with);
+    ast::QueryPtr query();
+    ast::QueryPtr queryBehind(std::vector<ast::CommonTable> with);
+    ast::QueryPtr subquery();
+    std::vector<ast::CommonTable> commonTables();
+    ast::ExprPtr top();
+    ast::SelectItem selectItem();
+    std::optional<BinaryOp> assignmentOperator();
     ast::ObjectName tableName();
-    void parseOptions(ast::Query* query);
-    std::optional<ast::ForXml> parseForXml();
-    ast::QueryPtr parseSubquery();
-    ast::QueryPtr parseRowValues();
-    ast::QueryPtr parseUnion();
-    ast::QueryPtr parseIntersect();
-    ast::QueryPtr parseQueryTerm();
-    ast::Select parseSelect();
-    std::vector<ast::CommonTable> parseWith();
-    std::optional<ast::Top> parseTop();
-    ast::SelectItem parseSelectItem();
-    bool parseAssignmentItem(ast::SelectItem& item);
-    std::string parseAlias();
-    std::vector<ast::TableRefPtr> parseFrom();
-    ast::TableRefPtr parseJoins();
-    ast::TableRefPtr parseTablePrimary();
-    bool parseJoinKind(ast::JoinKind& kind);
-    void parseTableHints();
-    std::vector<ast::OrderItem> parseOrderBy();
-    void parseOffset(ast::Query& query);
-    std::vector<std::string> parseColumnNames();
+    void tableHints();
+    std::vector<ast::TableRefPtr> from();
+    std::vector<ast::OrderItem> orderBy();
+    std::optional<std::int64_t> options();  // the MAXRECURSION among them
 
     // ---- statements (ParserStatements.cpp)
-    ast::StatementPtr parseStatement();
-    ast::Statement::Node parseStatementNode();
-    ast::Block parseBlock();  // up to END
-    ast::Statement::Node parseDeclare();
-    ast::Statement::Node parseDeclareCursor();
-    ast::Statement::Node parseChangeCursor();
-    ast::Statement::Node parseFetch();
-    ast::CursorName parseCursorName();
-    ast::Statement::Node parseSet();
-    ast::Statement::Node parseSetOption();
-    ast::Statement::Node parseIf();
-    ast::Statement::Node parseWhile();
-    ast::Statement::Node parseBegin();
-    ast::Statement::Node parseReturn();
-    ast::Statement::Node parseRaiseError();
-    ast::Statement::Node parseThrow();
-    ast::Statement::Node parseWaitFor();
-    ast::Statement::Node parseExecute();
-    ast::Argument parseArgument();
-    ast::Statement::Node parseTransaction();
-    ast::Statement::Node parseBackup();
-    ast::Statement::Node parseRestore();
-    std::optional<BinaryOp> parseAssignmentOperator();
-    bool atExpression() const;
-    ast::Block parseAttempt(std::string_view word);
-    ast::ExprPtr parseFileName();
-    bool parseStats(std::int64_t& stats);
-    ast::ExprPtr parseNameOrVariable();
-    bool acceptIfExists();
+    ast::Block batch();
+    ast::StatementPtr statement();
+    ast::Declaration declaration(bool isParameter);
+    ast::ExprPtr constant();
+    bool atBatchBegin() const { return m_next == 0 && m_depth == 1; }
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
-    ast::Statement::Node parseInsert();
-    ast::Statement::Node parseUpdate();
-    ast::Statement::Node parseDelete();
-    ast::SetClause parseSetClause();
-    ast::Statement::Node parseCommonTables();
-    std::optional<ast::Output> parseOutput();
-    std::shared_ptr<const ast::CreateTable> parseTableVariable(const Token& name);
-    ast::Statement::Node parseCreate();
-    ast::Statement::Node parseAlter();
-    ast::Statement::Node parseDrop();
-    ast::Statement::Node parseCreateTable();
-    ast::Statement::Node parseCreateIndex(bool unique);
-    ast::Statement::Node parseAlterTable();
-    void parseTableElement(ast::CreateTable& table);
-    ast::ColumnDefinition parseColumnDefinition();
-    bool parseColumnOption(ast::ColumnDefinition& column);
-    void parseDropped(ast::AlterTable& table);
-    void parseReferences(ast::Constraint& constraint);
-    void parseIndexColumns(ast::Constraint& constraint, bool ofTable);
-    ast::Statement::Node parseModule(bool create, bool alter);
-    bool atModule() const;
-    void parseModuleOptions();
-    ast::Statement::Node parseView(bool create, bool alter);
-    ast::Statement::Node parseModuleQuery(ast::CreateModule module);
-    ast::Parameter parseParameter();
-    ast::ExprPtr parseDefaultConstant();
+    bool acceptConstraint(ast::Constraint& constraint, bool ofTable);
+    ast::CreateTable tableVariable(const Token& name);
+
+    // What the statements before and around say to the next one.
+    bool m_quotedIdentifiers;
+    int m_loops = 0;
+
+  private:
+    std::size_t match(std::string_view phrase, std::size_t ahead) const;
+    std::vector<int> typeArguments();
+    void checkDeclared(const Token& variable) const;
 
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
-    bool m_quotedIdentifiers;
-    bool m_checkVariables = true;
     int m_depth = 0;
-    int m_loops = 0;
     std::set<std::string> m_declared;  // variables' names in lower case
     std::set<std::string> m_declaredTables;
 };
+
+// ---- statements of ParserDefinitions.cpp
+ast::Statement::Node parseChange(Parser& in);  // INSERT, UPDATE, DELETE, or what begins with WITH
+ast::Statement::Node parseCreate(Parser& in);
+ast::Statement::Node parseAlter(Parser& in);
+ast::Statement::Node parseDrop(Parser& in);
 
 }  // namespace tsql

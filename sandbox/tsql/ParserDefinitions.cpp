@@ -7,430 +7,468 @@ namespace tsql {
 
 using namespace ast;
 
-Statement::Node Parser::parseInsert() {
-    take();
-    Insert node;
-    if (at("TOP")) unsupported("INSERT TOP");
-    accept("INTO");
-    node.table = tableName();
-    parseTableHints();
-    if (at("(") && !at("SELECT", 1) && !at("(", 1)) node.columns = parseColumnNames();
-    node.output = parseOutput();
-    if (acceptAll({"DEFAULT", "VALUES"})) {
-        node.defaultValues = true;
-    } else if (accept("VALUES")) {
-        const auto cell = [this] { return accept("DEFAULT") ? ExprPtr() : expression(); };
-        node.rows = list([&] { return parenthesized([&] { return list(cell); }); });
-    } else if (at("EXEC") || at("EXECUTE")) {
-        node.execute = parseStatement();
-    } else if (atQuery()) {
-        node.query = parseQuery();
-    } else {
-        syntaxError();
-    }
-    return node;
-}
+namespace {
 
-// WITH ... before a query or a change.
-Statement::Node Parser::parseCommonTables() {
-    auto with = parseWith();
-    const auto change = [&](Statement::Node node) {
-        std::visit(
-            [&](auto& each) {
-                if constexpr (requires { each.with; }) each.with = std::move(with);
-            },
-            node);
-        return node;
-    };
-    if (at("INSERT")) return change(parseInsert());
-    if (at("UPDATE")) return change(parseUpdate());
-    if (at("DELETE")) return change(parseDelete());
-    return SelectStatement{parseQueryBehind(std::move(with))};
-}
+// ---- changes of rows
 
-std::optional<Output> Parser::parseOutput() {
-    if (!accept("OUTPUT")) return std::nullopt;
-    Output output{list([this] { return parseSelectItem(); }), {}, {}};
-    if (!accept("INTO")) return output;
-    output.into = tableName();
-    if (at("(")) output.columns = parseColumnNames();
+std::optional<Output> output(Parser& in) {
+    if (!in.accept("OUTPUT")) return std::nullopt;
+    Output output{in.list([&] { return in.selectItem(); }), {}, {}};
+    if (!in.accept("INTO")) return output;
+    output.into = in.tableName();
+    if (in.at("(")) output.columns = in.columnNames();
     return output;
 }
 
-std::shared_ptr<const CreateTable> Parser::parseTableVariable(const Token& name) {
-    expect("TABLE");
-    CreateTable table{{{}, {}, std::string(name.raw), name.line}, {}, {}};
-    parenthesized([&] {
-        do parseTableElement(table);
-        while (accept(","));
-        return 0;
-    });
-    return std::make_shared<const CreateTable>(std::move(table));
+Insert insert(Parser& in) {
+    in.take();
+    Insert node;
+    in.refuse("TOP", "INSERT TOP");
+    in.accept("INTO");
+    node.table = in.tableName();
+    in.tableHints();
+    if (in.at("(") && !in.at("( SELECT") && !in.at("( (")) node.columns = in.columnNames();
+    node.output = output(in);
+    node.defaultValues = in.accept("DEFAULT VALUES");
+    if (node.defaultValues) return node;
+    if (in.accept("VALUES")) {
+        const auto cell = [&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); };
+        node.rows = in.list([&] { return in.parenthesized([&] { return in.list(cell); }); });
+    } else if (in.at("EXEC") || in.at("EXECUTE")) {
+        node.execute = in.statement();
+    } else if (in.atQuery()) {
+        node.query = in.query();
+    } else {
+        in.syntaxError();
+    }
+    return node;
 }
 
-SetClause Parser::parseSetClause() {
+SetClause setClause(Parser& in) {
     SetClause clause;
-    if (peek().kind == TokenKind::Variable) {
-        clause.variable = expectVariable();
-        expect("=");
-        if (!atName() || !at("=", 1)) unsupported("UPDATE ... SET @variable = value without a column");
+    if (in.atVariable()) {
+        clause.variable = in.expectVariable();
+        in.expect("=");
+        if (!in.atName() || !in.at("=", 1))
+            in.unsupported("UPDATE ... SET @variable = value without a column");
     }
-    clause.column = expectName();
-    while (accept(".")) clause.column = expectName();
-    clause.op = parseAssignmentOperator();
-    if (!accept("DEFAULT")) clause.value = expression();
+    clause.column = in.expectName();
+    while (in.accept(".")) clause.column = in.expectName();
+    clause.op = in.assignmentOperator();
+    if (!in.accept("DEFAULT")) clause.value = in.expression();
     return clause;
 }
 
-Statement::Node Parser::parseUpdate() {
-    take();
+// What UPDATE and DELETE end with.
+void affectedRows(Parser& in, Change& node) {
+    if (in.accept("FROM")) node.from = in.from();
+    in.refuse("WHERE CURRENT", "WHERE CURRENT OF");
+    if (in.accept("WHERE")) node.where = in.condition();
+    node.maxRecursion = in.options();
+}
+
+Update update(Parser& in) {
+    in.take();
     Update node;
-    if (at("STATISTICS")) unsupported("UPDATE STATISTICS");
-    node.top = parseTop();
-    node.table = tableName();
-    parseTableHints();
-    expect("SET");
-    node.sets = list([this] { return parseSetClause(); });
-    const std::size_t output = m_next;
-    node.output = parseOutput();
-    for (std::size_t i = output; i < m_next; ++i)
-        if (sameWord(m_tokens[i].raw, "deleted")) unsupported("deleted rows in the OUTPUT of UPDATE");
-    if (accept("FROM")) node.from = parseFrom();
-    if (at("WHERE") && at("CURRENT", 1)) unsupported("WHERE CURRENT OF");
-    if (accept("WHERE")) node.where = condition();
-    parseOptions(nullptr);
+    in.refuse("STATISTICS", "UPDATE STATISTICS");
+    node.top = in.top();
+    node.table = in.tableName();
+    in.tableHints();
+    in.expect("SET");
+    node.sets = in.list([&] { return setClause(in); });
+    const std::size_t begin = in.position();
+    node.output = output(in);
+    if (node.output && findText(in.textSince(begin), "deleted.") != std::string::npos)
+        in.unsupported("deleted rows in the OUTPUT of UPDATE");
+    affectedRows(in, node);
     return node;
 }
 
-Statement::Node Parser::parseDelete() {
-    take();
+Delete remove(Parser& in) {
+    in.take();
     Delete node;
-    node.top = parseTop();
-    accept("FROM");
-    node.table = tableName();
-    parseTableHints();
-    node.output = parseOutput();
-    if (accept("FROM")) node.from = parseFrom();
-    if (at("WHERE") && at("CURRENT", 1)) unsupported("WHERE CURRENT OF");
-    if (accept("WHERE")) node.where = condition();
+    node.top = in.top();
+    in.accept("FROM");
+    node.table = in.tableName();
+    in.tableHints();
+    node.output = output(in);
+    affectedRows(in, node);
     return node;
 }
 
-Statement::Node Parser::parseCreate() {
-    take();
-    const bool alter = acceptAll({"OR", "ALTER"});
-    if (atModule()) return parseModule(true, alter);
-    if (at("TABLE")) return parseCreateTable();
-    if (accept("DATABASE")) {
-        CreateDatabase node{expectName()};
-        if (at("ON") || at("COLLATE") || at("LOG")) unsupported("options of CREATE DATABASE");
-        return node;
+// ---- tables
+
+[[noreturn]] void unsupportedObject(const Parser& in, const std::string& verb) {
+    if (in.peek().kind != TokenKind::Word) in.syntaxError();
+    in.unsupported(verb + " " + toUpper(in.near()));
+}
+
+// The name of what is defined or dropped: there is one schema.
+ObjectName definedName(Parser& in) {
+    ObjectName name = in.objectName();
+    if (!name.schema.empty() && !sameWord(name.schema, "dbo"))
+        throw SyntaxError(sqlError(2760, {name.schema}), name.line);
+    return name;
+}
+
+// a, b DESC
+std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
+    return in.parenthesized([&] {
+        return in.list([&] {
+            std::string name = in.expectName();
+            const bool descending = in.accept("DESC");
+            if (!descending) in.accept("ASC");
+            return std::pair(std::move(name), descending);
+        });
+    });
+}
+
+// ON filegroup: there is one.
+void fileGroup(Parser& in) {
+    while (in.acceptAny({"ON", "TEXTIMAGE_ON", "FILESTREAM_ON"})) {
+        in.expectName();
+        in.refuse("(", "partitions");
     }
-    const bool unique = accept("UNIQUE");
-    if (!accept("CLUSTERED")) accept("NONCLUSTERED");
-    if (at("INDEX")) return parseCreateIndex(unique);
-    if (peek().kind != TokenKind::Word) syntaxError();
-    unsupported("CREATE " + toUpper(peek().raw));
 }
 
-bool Parser::atModule() const {
-    return at("PROCEDURE") || at("PROC") || at("FUNCTION") || at("VIEW");
+// WITH (option = value, ...): how an index is stored and built. Two of the options change what statements do.
+void indexStorage(Parser& in) {
+    const auto option = [&] {
+        for (const auto word : {"IGNORE_DUP_KEY = ON", "DROP_EXISTING = ON"}) in.refuse(word, word);
+        if (!in.acceptAny({"PAD_INDEX", "FILLFACTOR", "SORT_IN_TEMPDB", "IGNORE_DUP_KEY",
+                           "STATISTICS_NORECOMPUTE", "STATISTICS_INCREMENTAL", "DROP_EXISTING", "ONLINE",
+                           "RESUMABLE", "ALLOW_ROW_LOCKS", "ALLOW_PAGE_LOCKS", "OPTIMIZE_FOR_SEQUENTIAL_KEY",
+                           "MAXDOP", "DATA_COMPRESSION"}))
+            in.unsupported("the option " + toUpper(in.near()) + " of an index");
+        in.expect("=");
+        return in.take().kind;
+    };
+    if (in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    fileGroup(in);
 }
 
-Statement::Node Parser::parseAlter() {
-    take();
-    if (atModule()) return parseModule(false, true);
-    if (at("TABLE")) return parseAlterTable();
-    if (peek().kind != TokenKind::Word) syntaxError();
-    unsupported("ALTER " + toUpper(peek().raw));
+void keyColumns(Parser& in, Constraint& constraint, bool ofTable) {
+    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
+    if (ofTable || in.at("("))
+        for (auto& [name, descending] : indexColumns(in)) constraint.columns.push_back(std::move(name));
+    indexStorage(in);
 }
 
-bool Parser::acceptIfExists() {
-    return acceptAll({"IF", "EXISTS"});
+void references(Parser& in, Constraint& constraint) {
+    in.expect("REFERENCES");
+    const ObjectName table = definedName(in);
+    if (!table.database.empty()) in.unsupported("a foreign key to another database");
+    constraint.references = table.name;
+    if (in.at("(")) constraint.referencedColumns = in.columnNames();
+    while (in.accept("ON")) {
+        const bool onDelete = in.accept("DELETE");
+        if (!onDelete) in.expect("UPDATE");
+        if (in.accept("NO ACTION")) continue;
+        if (!onDelete || !in.accept("CASCADE")) in.unsupported("this action of a foreign key");
+        constraint.cascade = true;
+    }
 }
 
-Statement::Node Parser::parseDrop() {
-    take();
+void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
+    in.accept("NOT FOR REPLICATION");
+    const std::size_t begin = in.position();
+    if (constraint.kind == ConstraintKind::Check)
+        constraint.check = in.parenthesized([&] { return in.condition(); });
+    else
+        in.unary();
+    constraint.text = in.textSince(begin);
+    if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR"))
+        constraint.columns = {in.expectName()};
+}
+
+ColumnDefinition columnDefinition(Parser& in) {
+    ColumnDefinition column;
+    const auto option = [&] {
+        for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
+            in.refuse(word, "the option " + std::string(word) + " of a column");
+        Constraint constraint{};
+        if (in.accept("NOT NULL")) {
+            column.nullable = false;
+        } else if (in.accept("NULL")) {
+            column.nullable = true;
+        } else if (in.at("COLLATE")) {
+            in.collation();
+        } else if (in.accept("WITH VALUES")) {
+            column.withValues = true;
+        } else if (in.accept("IDENTITY")) {
+            column.identity = true;
+            if (!in.accept("(")) return true;
+            column.seed = in.expectInteger();
+            in.expect(",");
+            if (in.expectInteger() != 1) in.unsupported("an IDENTITY increment other than 1");
+            in.expect(")");
+        } else if (in.acceptConstraint(constraint, false)) {
+            if (constraint.columns.empty()) constraint.columns = {column.name};
+            column.constraints.push_back(std::move(constraint));
+        } else {
+            return in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
+        }
+        return true;
+    };
+    column.name = in.expectName();
+    in.refuse("AS", "computed columns");
+    column.type = in.type(TypeUse::Declaration);
+    while (option()) continue;
+    return column;
+}
+
+void tableElement(Parser& in, CreateTable& table) {
+    in.refuse("INDEX", "an index within the definition of a table");
+    in.refuse("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
+    Constraint constraint{};
+    if (in.acceptConstraint(constraint, true))
+        table.constraints.push_back(std::move(constraint));
+    else
+        table.columns.push_back(columnDefinition(in));
+}
+
+// A comma may close the list.
+CreateTable tableElements(Parser& in, ObjectName name) {
+    CreateTable table{std::move(name), {}, {}};
+    in.expect("(");
+    do tableElement(in, table);
+    while (in.accept(",") && !in.at(")"));
+    in.expect(")");
+    return table;
+}
+
+Statement::Node createTable(Parser& in) {
+    CreateTable node = tableElements(in, definedName(in));
+    fileGroup(in);
+    in.refuse("WITH (", "options of CREATE TABLE");
+    return node;
+}
+
+Statement::Node createIndex(Parser& in, bool unique) {
+    CreateIndex node;
+    node.unique = unique;
+    node.name = in.expectName();
+    in.expect("ON");
+    node.table = in.objectName();
+    node.columns = indexColumns(in);
+    if (in.accept("INCLUDE")) node.included = in.columnNames();
+    in.refuse("WHERE", "filtered indexes");
+    indexStorage(in);
+    return node;
+}
+
+// CONSTRAINT is what a bare name means.
+void dropParts(Parser& in, AlterTable& table) {
+    bool columns = false;
+    do {
+        columns = in.accept("COLUMN") || (columns && !in.accept("CONSTRAINT"));
+        if (!columns) in.accept("CONSTRAINT");
+        table.ifExists = in.accept("IF EXISTS") || table.ifExists;
+        (columns ? table.dropColumns : table.dropConstraints).push_back(in.expectName());
+    } while (in.accept(","));
+}
+
+Statement::Node alterTable(Parser& in) {
+    AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
+    const bool checked = in.accept("WITH CHECK");
+    if (in.at("NOCHECK") || in.at("WITH NOCHECK")) in.unsupported("constraints that are not checked");
+    if (in.accept("CHECK CONSTRAINT")) {  // each constraint is in force already
+        if (!in.accept("ALL")) in.list([&] { return in.expectName(); });
+    } else if (in.accept("ADD")) {
+        do tableElement(in, node.added);
+        while (in.accept(","));
+    } else if (!checked && in.accept("DROP")) {
+        dropParts(in, node);
+    } else if (!checked && in.accept("ALTER COLUMN")) {
+        const int line = in.peek().line;
+        node.altered = columnDefinition(in);
+        if (node.altered->identity) throw SyntaxError(unsupported("ALTER COLUMN ... IDENTITY"), line);
+    } else {
+        unsupportedObject(in, "ALTER TABLE");
+    }
+    return node;
+}
+
+// ---- modules
+
+bool atModule(const Parser& in) {
+    return in.at("PROCEDURE") || in.at("PROC") || in.at("FUNCTION") || in.at("VIEW");
+}
+
+// Those that change no result.
+void moduleOptions(Parser& in) {
+    const auto option = [&] {
+        in.accept("EXEC");
+        if (!in.acceptAny({"RECOMPILE", "SCHEMABINDING", "VIEW_METADATA", "CALLED ON NULL INPUT",
+                           "EXECUTE AS CALLER", "EXECUTE AS OWNER", "EXECUTE AS SELF"}))
+            in.unsupported("WITH " + toUpper(in.near()) + " of a procedure, function or view");
+        return true;
+    };
+    if (in.accept("WITH")) in.list(option);
+}
+
+// AS query, of a view; RETURN query, of a function. It is the rest of the batch.
+void moduleQuery(Parser& in, CreateModule& module) {
+    moduleOptions(in);
+    if (!in.accept("AS") && !module.function) in.syntaxError();
+    if (module.function) in.expect("RETURN");
+    module.query =
+        module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
+    in.accept("WITH CHECK OPTION");  // for changes through the view, which are refused
+    in.accept(";");
+    if (in.peek().kind != TokenKind::End) in.syntaxError();
+}
+
+void parameters(Parser& in, CreateModule& module) {
+    const bool bracket = in.accept("(");
+    if (in.atVariable()) module.parameters = in.list([&] { return in.declaration(true); });
+    if (bracket)
+        in.expect(")");
+    else if (module.function)
+        in.syntaxError();
+}
+
+// The rest of the batch is the module's body.
+void moduleBody(Parser& in, CreateModule& module) {
+    moduleOptions(in);
+    if (!in.accept("AS") && !module.function) in.syntaxError();
+    if (module.function && !in.at("BEGIN")) in.syntaxError();
+    module.body = in.batch();
+}
+
+Statement::Node createModule(Parser& in, CreateModule module) {
+    const bool view = in.at("VIEW");
+    module.function = in.at("FUNCTION");
+    in.take();
+    module.name = definedName(in);
+    const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
+    if (!module.name.database.empty()) throw SyntaxError(sqlError(166, {kind}), module.name.line);
+    if (view) {
+        if (in.at("(")) module.columns = in.columnNames();
+        moduleQuery(in, module);
+        return module;
+    }
+    parameters(in, module);
+    if (module.function) {
+        in.expect("RETURNS");
+        if (in.atVariable()) in.unsupported("table-valued functions of several statements");
+        if (in.accept("TABLE")) {
+            moduleQuery(in, module);
+            return module;
+        }
+        module.returns = in.type(TypeUse::Declaration);
+    }
+    moduleBody(in, module);
+    return module;
+}
+
+Statement::Node createDatabase(Parser& in) {
+    CreateDatabase node{in.expectName()};
+    for (const auto word : {"ON", "COLLATE", "LOG", "CONTAINMENT", "FOR", "WITH (", "AS"})
+        in.refuse(word, "options of CREATE DATABASE");
+    return node;
+}
+
+// A module must stand first, and on the batch's own level.
+Statement::Node createOrAlter(Parser& in, bool create) {
+    const bool first = in.atBatchBegin();
+    in.take();
+    CreateModule module;
+    module.create = create;
+    module.alter = !create || in.accept("OR ALTER");
+    if (atModule(in)) {
+        if (first) return createModule(in, std::move(module));
+        const std::string name = (in.at("VIEW") ? " " : "/ALTER ") + toUpper(in.peek().raw);
+        throw SyntaxError(sqlError(111, {name}), in.peek().line);
+    }
+    if (!create && in.accept("TABLE")) return alterTable(in);
+    const bool orAlter = create && module.alter;
+    if (!create || orAlter) unsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
+    if (in.accept("TABLE")) return createTable(in);
+    if (in.accept("DATABASE")) return createDatabase(in);
+    const bool unique = in.accept("UNIQUE");
+    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
+    if (in.accept("INDEX")) return createIndex(in, unique);
+    unsupportedObject(in, "CREATE");
+}
+
+// i ON t, or t.i
+ObjectName indexName(Parser& in) {
+    ObjectName name = in.objectName();
+    name.database.clear();  // it was the table's schema
+    if (!in.accept("ON")) return name;
+    const ObjectName table = in.objectName();
+    return {table.database, table.name, name.name, name.line};
+}
+
+}  // namespace
+
+Statement::Node parseChange(Parser& in) {
+    auto with = in.commonTables();
+    const auto change = [&](auto node) -> Statement::Node {
+        node.with = std::move(with);
+        return node;
+    };
+    if (in.at("INSERT")) return change(insert(in));
+    if (in.at("UPDATE")) return change(update(in));
+    if (in.at("DELETE")) return change(remove(in));
+    return SelectStatement{in.queryBehind(std::move(with))};
+}
+
+Statement::Node parseCreate(Parser& in) {
+    return createOrAlter(in, true);
+}
+
+Statement::Node parseAlter(Parser& in) {
+    return createOrAlter(in, false);
+}
+
+Statement::Node parseDrop(Parser& in) {
     constexpr std::pair<std::string_view, ObjectKind> kKinds[] = {
         {"TABLE", ObjectKind::Table},    {"PROCEDURE", ObjectKind::Procedure},
         {"PROC", ObjectKind::Procedure}, {"FUNCTION", ObjectKind::Function},
         {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
         {"VIEW", ObjectKind::View},
     };
-    for (const auto& [word, kind] : kKinds) {
-        if (!accept(word)) continue;
-        Drop node{kind, {}, acceptIfExists()};
-        node.names = list([this] { return objectName(); });
-        if (kind == ObjectKind::Index && accept("ON")) node.names.front().schema = objectName().name;
-        return node;
-    }
-    if (peek().kind != TokenKind::Word) syntaxError();
-    unsupported("DROP " + toUpper(peek().raw));
-}
-
-Statement::Node Parser::parseCreateTable() {
-    take();
-    CreateTable node{objectName(), {}, {}};
-    expect("(");
-    do {
-        if (at(")") && !node.columns.empty()) break;  // a comma may close the list
-        parseTableElement(node);
-    } while (accept(","));
-    expect(")");
-    if (accept("ON")) expectName();  // a file group: there is one
-    if (at("TEXTIMAGE_ON")) {
-        take();
-        expectName();
-    }
+    in.take();
+    const ObjectKind* kind = in.acceptOneOf(kKinds);
+    if (!kind) unsupportedObject(in, "DROP");
+    Drop node{*kind, {}, in.accept("IF EXISTS")};
+    node.names = in.list([&] { return *kind == ObjectKind::Index ? indexName(in) : definedName(in); });
     return node;
 }
 
-void Parser::parseTableElement(CreateTable& table) {
-    Constraint constraint{};
-    if (parseConstraint(constraint, true))
-        table.constraints.push_back(std::move(constraint));
-    else
-        table.columns.push_back(parseColumnDefinition());
-}
-
-ColumnDefinition Parser::parseColumnDefinition() {
-    ColumnDefinition column;
-    column.name = expectName();
-    if (at("AS")) unsupported("computed columns");
-    column.type = type(TypeUse::Declaration);
-    while (parseColumnOption(column)) continue;
-    return column;
-}
-
-bool Parser::parseColumnOption(ColumnDefinition& column) {
-    Constraint constraint{};
-    if (acceptAll({"NOT", "NULL"}))
-        column.nullable = false;
-    else if (accept("NULL"))
-        column.nullable = true;
-    else if (at("COLLATE"))
-        parseCollation();
-    else if (accept("ROWGUIDCOL"))
-        return true;
-    else if (acceptAll({"NOT", "FOR", "REPLICATION"}))
-        return true;
-    else if (accept("IDENTITY")) {
-        column.identity = true;
-        if (!accept("(")) return true;
-        column.seed = expectInteger();
-        expect(",");
-        if (expectInteger() != 1) unsupported("an IDENTITY increment other than 1");
-        expect(")");
-    } else if (parseConstraint(constraint, false)) {
-        if (constraint.columns.empty()) constraint.columns = {column.name};
-        column.constraints.push_back(std::move(constraint));
-    } else {
-        return false;
-    }
-    return true;
-}
-
-bool Parser::parseConstraint(Constraint& constraint, bool ofTable) {
+bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
+    constexpr std::pair<std::string_view, ConstraintKind> kKinds[] = {
+        {"PRIMARY KEY", ConstraintKind::PrimaryKey},
+        {"UNIQUE", ConstraintKind::Unique},
+        {"CHECK", ConstraintKind::Check},
+        {"DEFAULT", ConstraintKind::Default},
+        {"FOREIGN KEY", ConstraintKind::ForeignKey}};
     const bool named = accept("CONSTRAINT");
     if (named) constraint.name = expectName();
-    const Token& begin = peek();
-    if (acceptAll({"PRIMARY", "KEY"})) {
-        constraint.kind = ConstraintKind::PrimaryKey;
-        parseIndexColumns(constraint, ofTable);
-    } else if (accept("UNIQUE")) {
-        constraint.kind = ConstraintKind::Unique;
-        parseIndexColumns(constraint, ofTable);
-    } else if (accept("CHECK")) {
-        constraint.kind = ConstraintKind::Check;
-        const Token& first = peek();
-        constraint.check = parenthesized([this] { return condition(); });
-        constraint.text = textSince(first);
-    } else if (accept("DEFAULT")) {
-        constraint.kind = ConstraintKind::Default;
-        const Token& first = peek();
-        parseUnary();
-        constraint.text = textSince(first);
-        if (ofTable && accept("FOR")) constraint.columns = {expectName()};
-    } else if (acceptAll({"FOREIGN", "KEY"})) {
-        constraint.columns = at("(") ? parseColumnNames() : std::vector<std::string>();
-        parseReferences(constraint);
-    } else if (at("REFERENCES")) {
-        parseReferences(constraint);
-    } else {
+    const std::size_t begin = position();
+    const ConstraintKind* kind = acceptOneOf(kKinds);
+    if (!kind && !at("REFERENCES")) {
         if (named) syntaxError();
         return false;
+    }
+    constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
+    if (constraint.kind == ConstraintKind::Check || constraint.kind == ConstraintKind::Default) {
+        checkOrDefault(*this, constraint, ofTable);
+    } else if (constraint.kind == ConstraintKind::ForeignKey) {
+        if (kind && at("(")) constraint.columns = columnNames();
+        references(*this, constraint);
+    } else {
+        keyColumns(*this, constraint, ofTable);
     }
     constraint.source = textSince(begin);
     return true;
 }
 
-void Parser::parseIndexColumns(Constraint& constraint, bool ofTable) {
-    if (!accept("CLUSTERED")) accept("NONCLUSTERED");
-    if (ofTable || at("("))
-        constraint.columns = parenthesized([this] {
-            return list([this] {
-                std::string name = expectName();
-                if (!accept("ASC")) accept("DESC");
-                return name;
-            });
-        });
-    parseTableHints();  // WITH (PAD_INDEX = ...): storage options
-    if (accept("ON")) expectName();
-}
-
-void Parser::parseReferences(Constraint& constraint) {
-    constraint.kind = ConstraintKind::ForeignKey;
-    expect("REFERENCES");
-    constraint.references = objectName().name;
-    if (at("(")) constraint.referencedColumns = parseColumnNames();
-    while (accept("ON")) {
-        const bool onDelete = accept("DELETE");
-        if (!onDelete) expect("UPDATE");
-        if (acceptAll({"NO", "ACTION"})) continue;
-        if (!onDelete || !at("CASCADE")) unsupported("this action of a foreign key");
-        take();
-        constraint.cascade = true;
-    }
-}
-
-Statement::Node Parser::parseCreateIndex(bool unique) {
-    take();
-    CreateIndex node;
-    node.unique = unique;
-    node.name = expectName();
-    expect("ON");
-    node.table = objectName();
-    node.columns = parenthesized([this] {
-        return list([this] {
-            std::string name = expectName();
-            const bool descending = accept("DESC");
-            if (!descending) accept("ASC");
-            return std::pair(std::move(name), descending);
-        });
-    });
-    if (accept("INCLUDE")) parseColumnNames();
-    if (at("WHERE")) unsupported("filtered indexes");
-    parseTableHints();
-    return node;
-}
-
-Statement::Node Parser::parseAlterTable() {
-    take();
-    AlterTable node{{objectName(), {}, {}}, {}, {}, {}};
-    const auto checked = acceptAll({"WITH", "CHECK"});
-    if (at("NOCHECK") || at("NOCHECK", 1)) unsupported("constraints that are not checked");
-    if (!checked && acceptAll({"CHECK", "CONSTRAINT"})) {  // each constraint is in force already
-        if (!accept("ALL")) list([this] { return expectName(); });
-    } else if (accept("DROP")) {
-        parseDropped(node);
-    } else if (acceptAll({"ALTER", "COLUMN"})) {
-        node.altered = parseColumnDefinition();
-    } else if (accept("ADD")) {
-        do parseTableElement(node.added);
-        while (accept(","));
-    } else {
-        if (peek().kind != TokenKind::Word) syntaxError();
-        unsupported("ALTER TABLE " + toUpper(peek().raw));
-    }
-    return node;
-}
-
-// CONSTRAINT is what a bare name means.
-void Parser::parseDropped(AlterTable& table) {
-    bool columns = false;
-    do {
-        if (accept("COLUMN"))
-            columns = true;
-        else if (accept("CONSTRAINT"))
-            columns = false;
-        table.ifExists = acceptIfExists() || table.ifExists;
-        (columns ? table.dropColumns : table.dropConstraints).push_back(expectName());
-    } while (accept(","));
-}
-
-// The rest of the batch is the module's body.
-Statement::Node Parser::parseModule(bool create, bool alter) {
-    if (m_next > (create && alter ? 3U : 1U) || m_depth > 1)
-        throw SyntaxError(sqlError(111, {(at("VIEW") ? " " : "/ALTER ") + toUpper(peek().raw)}), peek().line);
-    if (accept("VIEW")) return parseView(create, alter);
-    CreateModule module;
-    module.create = create;
-    module.alter = alter;
-    module.function = sameWord(take().raw, "FUNCTION");
-    module.name = objectName();
-    if (!module.name.database.empty())
-        throw SyntaxError(sqlError(166, {module.function ? "FUNCTION" : "PROCEDURE"}), module.name.line);
-    const bool bracket = accept("(");
-    if (peek().kind == TokenKind::Variable) module.parameters = list([this] { return parseParameter(); });
-    if (bracket)
-        expect(")");
-    else if (module.function)
-        syntaxError();
-    if (module.function) {
-        expect("RETURNS");
-        if (peek().kind == TokenKind::Variable) unsupported("table-valued functions of several statements");
-        if (accept("TABLE")) {
-            parseModuleOptions();
-            accept("AS");
-            expect("RETURN");
-            return parseModuleQuery(std::move(module));
-        }
-        module.returns = type(TypeUse::Declaration);
-    }
-    parseModuleOptions();
-    if (!module.function)
-        expect("AS");
-    else
-        accept("AS");
-    if (module.function && !at("BEGIN")) syntaxError();
-    module.body = batch();
-    return module;
-}
-
-// RECOMPILE, SCHEMABINDING: change no result.
-void Parser::parseModuleOptions() {
-    if (accept("WITH")) list([this] { return take().raw; });
-}
-
-Statement::Node Parser::parseView(bool create, bool alter) {
-    CreateModule module;
-    module.create = create;
-    module.alter = alter;
-    module.name = objectName();
-    if (at("(")) module.columns = parseColumnNames();
-    parseModuleOptions();
-    expect("AS");
-    return parseModuleQuery(std::move(module));
-}
-
-// The query is the rest of the batch.
-Statement::Node Parser::parseModuleQuery(CreateModule module) {
-    const bool bracket = at("(") && accept("(");
-    module.query = parseSubquery();
-    if (bracket) expect(")");
-    acceptAll({"WITH", "CHECK", "OPTION"});  // for changes through the view, which are refused
-    accept(";");
-    if (peek().kind != TokenKind::End) syntaxError();
-    return module;
-}
-
-Parameter Parser::parseParameter() {
-    const Token& name = take();
-    if (name.kind != TokenKind::Variable) syntaxError();
-    accept("AS");
-    Parameter parameter{std::string(name.raw), type(TypeUse::Declaration), nullptr, false};
-    if (accept("=")) parameter.byDefault = parseDefaultConstant();
-    if (accept("OUTPUT") || accept("OUT")) parameter.output = true;
-    if (at("READONLY")) unsupported("table-valued parameters");
-    if (!m_declared.insert(lowerAscii(name.raw)).second)
-        throw SyntaxError(sqlError(134, {name.raw}), name.line);
-    return parameter;
-}
-
-ExprPtr Parser::parseDefaultConstant() {
-    if (!atName()) return parseUnary();
-    const Token& word = take();
-    return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), true)}});
+CreateTable Parser::tableVariable(const Token& name) {
+    expect("TABLE");
+    return tableElements(*this, {{}, {}, std::string(name.raw), name.line});
 }
 
 }  // namespace tsql

@@ -1,4 +1,4 @@
-// Expressions and conditions, from the loosest operator to the tightest.
+// Expressions and conditions.
 #include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
@@ -9,32 +9,41 @@ using namespace ast;
 
 namespace {
 
-ExprPtr make(int line, Expr::Node node) {
-    return std::make_unique<Expr>(Expr{line, std::move(node)});
-}
+// How tightly operators bind, from the loosest.
+enum Level { kOr, kAnd, kNot, kPredicate, kAdditive, kMultiplicative, kOperand };
+enum class Predicate { IsNull, IsNotNull, In, Like, Between };
 
-struct CompareSymbol {
-    std::string_view text;
-    CompareOp op;
+// AND and OR are told by their level.
+struct Operator {
+    std::string_view phrase;
+    Level level;
+    std::variant<std::monostate, Predicate, CompareOp, BinaryOp> meaning;
 };
-constexpr CompareSymbol kCompareSymbols[] = {
-    {"=", CompareOp::Equal},   {"<>", CompareOp::NotEqual},       {"!=", CompareOp::NotEqual},
-    {"<", CompareOp::Less},    {"<=", CompareOp::LessOrEqual},    {"!>", CompareOp::LessOrEqual},
-    {">", CompareOp::Greater}, {">=", CompareOp::GreaterOrEqual}, {"!<", CompareOp::GreaterOrEqual},
-};
-
-struct BinarySymbol {
-    std::string_view text;
-    BinaryOp op;
-};
-constexpr BinarySymbol kAdditive[] = {
-    {"+", BinaryOp::Add},   {"-", BinaryOp::Subtract}, {"&", BinaryOp::BitAnd},
-    {"|", BinaryOp::BitOr}, {"^", BinaryOp::BitXor},
-};
-constexpr BinarySymbol kMultiplicative[] = {
-    {"*", BinaryOp::Multiply},
-    {"/", BinaryOp::Divide},
-    {"%", BinaryOp::Modulo},
+constexpr Operator kOperators[] = {
+    {"OR", kOr, {}},
+    {"AND", kAnd, {}},
+    {"IS NULL", kPredicate, Predicate::IsNull},
+    {"IS NOT NULL", kPredicate, Predicate::IsNotNull},
+    {"IN", kPredicate, Predicate::In},
+    {"LIKE", kPredicate, Predicate::Like},
+    {"BETWEEN", kPredicate, Predicate::Between},
+    {"=", kPredicate, CompareOp::Equal},
+    {"<>", kPredicate, CompareOp::NotEqual},
+    {"!=", kPredicate, CompareOp::NotEqual},
+    {"<", kPredicate, CompareOp::Less},
+    {"<=", kPredicate, CompareOp::LessOrEqual},
+    {"!>", kPredicate, CompareOp::LessOrEqual},
+    {">", kPredicate, CompareOp::Greater},
+    {">=", kPredicate, CompareOp::GreaterOrEqual},
+    {"!<", kPredicate, CompareOp::GreaterOrEqual},
+    {"+", kAdditive, BinaryOp::Add},
+    {"-", kAdditive, BinaryOp::Subtract},
+    {"&", kAdditive, BinaryOp::BitAnd},
+    {"|", kAdditive, BinaryOp::BitOr},
+    {"^", kAdditive, BinaryOp::BitXor},
+    {"*", kMultiplicative, BinaryOp::Multiply},
+    {"/", kMultiplicative, BinaryOp::Divide},
+    {"%", kMultiplicative, BinaryOp::Modulo},
 };
 
 // Functions that are written without parentheses, and functions whose names are reserved words.
@@ -42,359 +51,303 @@ constexpr std::string_view kNiladic[] = {"CURRENT_TIMESTAMP", "CURRENT_USER", "S
                                          "USER"};
 constexpr std::string_view kReservedFunctions[] = {"COALESCE", "NULLIF", "LEFT", "RIGHT"};
 
-template <std::size_t N>
-bool contains(const std::string_view (&words)[N], std::string_view word) {
-    for (const auto each : words)
-        if (sameWord(each, word)) return true;
-    return false;
+ExprPtr make(int line, Expr::Node node) {
+    return std::make_unique<Expr>(Expr{line, std::move(node)});
+}
+
+bool contains(std::span<const std::string_view> words, std::string_view word) {
+    return std::any_of(words.begin(), words.end(), [&](auto each) { return sameWord(each, word); });
+}
+
+ExprPtr asValue(const Parser& in, ExprPtr expr) {
+    if (expr->isCondition()) in.syntaxError();
+    return expr;
+}
+
+ExprPtr asCondition(const Parser& in, ExprPtr expr) {
+    if (expr->isCondition()) return expr;
+    constexpr std::string_view kText =
+        "An expression of non-boolean type specified in a context where a condition is expected, near '";
+    throw SyntaxError(4145, std::string(kText) + in.near() + "'.", in.peek().line);
+}
+
+Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
+    const auto operand = [&in] { return asValue(in, in.operators(kAdditive)); };
+    if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{std::move(left)};
+    if (kind == Predicate::In)
+        return in.parenthesized([&]() -> Expr::Node {
+            if (in.atQuery()) return InQuery{std::move(left), in.subquery()};
+            return InList{std::move(left), in.expressions()};
+        });
+    ExprPtr first = operand();
+    if (kind == Predicate::Like)
+        return Like{std::move(left), std::move(first),
+                    in.accept("ESCAPE") ? asValue(in, in.primary()) : nullptr};
+    in.expect("AND");
+    return Between{std::move(left), std::move(first), operand()};
+}
+
+// What the operator, taken already, makes of its left side and what follows.
+Expr::Node operation(Parser& in, const Operator& taken, ExprPtr left) {
+    if (const auto* kind = std::get_if<Predicate>(&taken.meaning))
+        return predicate(in, *kind, std::move(left));
+    if (in.at("ALL") || in.at("ANY") || in.at("SOME")) in.unsupported("a comparison with ALL, ANY or SOME");
+    ExprPtr right = in.operators(taken.level + 1);
+    if (taken.level <= kAnd)
+        return Logic{taken.level == kAnd, std::move(left), asCondition(in, std::move(right))};
+    right = asValue(in, std::move(right));
+    if (const auto* compare = std::get_if<CompareOp>(&taken.meaning))
+        return Compare{*compare, std::move(left), std::move(right)};
+    return Binary{std::get<BinaryOp>(taken.meaning), std::move(left), std::move(right)};
+}
+
+ExprPtr literal(const Token& token) {
+    const auto constant = [&token]() -> TypedValue {
+        if (token.kind == TokenKind::Number) return numericLiteral(token.raw);
+        if (token.kind == TokenKind::Binary) return binaryLiteral(token.raw.substr(2));
+        if (token.kind == TokenKind::Word) return {};
+        return textLiteral(unquoted(token), token.kind == TokenKind::NationalText);
+    };
+    try {
+        return make(token.line, Literal{constant()});
+    } catch (const SqlError& error) {
+        throw SyntaxError(error, token.line);
+    }
+}
+
+// (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)'): the text of the XML.
+ExprPtr xmlValue(Parser& in, QueryPtr query) {
+    constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
+    const int line = in.peek().line;
+    if (!query->xml || !query->xml->typed) in.syntaxError();
+    in.take();
+    in.take();
+    in.expect("(");
+    const std::string path = in.expectString();
+    const bool whole = contains(kWhole, path);
+    if (!whole && !contains(kText, path)) in.unsupported("the path '" + path + "' in .value()");
+    in.expect(",");
+    Cast cast;
+    cast.type = Parser(in.expectString(), true).type(TypeUse::Cast);
+    in.expect(")");
+    Call call{{"", "", "xml.value", line}, {}};
+    call.arguments.push_back(make(line, ScalarQuery{std::move(query)}));
+    call.arguments.push_back(make(line, Literal{numericLiteral(whole ? "1" : "0")}));
+    cast.operand = make(line, std::move(call));
+    return make(line, std::move(cast));
+}
+
+ExprPtr inParentheses(Parser& in) {
+    const int line = in.take().line;
+    const bool isQuery = in.at("SELECT") || in.at("WITH");
+    QueryPtr query = isQuery ? in.subquery() : nullptr;
+    ExprPtr inner = isQuery ? nullptr : in.expressionOrCondition();
+    in.expect(")");
+    if (!isQuery) return inner;
+    if (in.at(". VALUE")) return xmlValue(in, std::move(query));
+    return make(line, ScalarQuery{std::move(query)});
+}
+
+ExprPtr caseOf(Parser& in) {
+    const int line = in.take().line;
+    Case node;
+    if (!in.at("WHEN")) node.input = in.expression();
+    while (in.accept("WHEN")) {
+        ExprPtr when = node.input ? in.expression() : in.condition();
+        in.expect("THEN");
+        node.branches.emplace_back(std::move(when), in.expression());
+    }
+    if (node.branches.empty()) in.syntaxError();
+    if (in.accept("ELSE")) node.otherwise = in.expression();
+    in.expect("END");
+    return make(line, std::move(node));
+}
+
+// IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
+ExprPtr iif(Parser& in) {
+    const int line = in.take().line;
+    Case node;
+    in.expect("(");
+    ExprPtr when = in.condition();
+    in.expect(",");
+    node.branches.emplace_back(std::move(when), in.expression());
+    in.expect(",");
+    node.otherwise = in.expression();
+    in.expect(")");
+    return make(line, std::move(node));
+}
+
+// CAST(value AS type), CONVERT(type, value [, style]); either with TRY_.
+ExprPtr conversion(Parser& in) {
+    const bool convert = in.at("CONVERT") || in.at("TRY_CONVERT");
+    const Token& word = in.take();
+    Cast node;
+    node.kind = toUpper(word.raw).starts_with("TRY_") ? Conversion::Try : Conversion::Cast;
+    in.expect("(");
+    if (convert) {
+        node.type = in.type(TypeUse::Cast);
+        in.expect(",");
+    }
+    node.operand = in.expression();
+    if (convert) {
+        if (in.accept(",")) node.style = in.expression();
+    } else {
+        in.expect("AS");
+        node.type = in.type(TypeUse::Cast);
+    }
+    in.expect(")");
+    return make(word.line, std::move(node));
+}
+
+// ROWS or RANGE, as SQLite reads it, too.
+std::string frame(Parser& in, bool ordered) {
+    const bool range = in.at("RANGE");
+    if (!range && !in.at("ROWS")) return {};
+    if (!ordered) throw SyntaxError(sqlError(10756), in.peek().line);
+    std::string text = toUpper(in.take().raw);
+    const bool between = in.accept("BETWEEN");
+    if (between) text += " BETWEEN";
+    for (int bound = 0; bound <= between; ++bound) {
+        if (bound > 0) in.expect("AND");
+        if (bound > 0) text += " AND";
+        if (in.peek().kind == TokenKind::Number && range) throw SyntaxError(sqlError(4194), in.peek().line);
+        if (in.accept("CURRENT ROW")) {
+            text += " CURRENT ROW";
+            continue;
+        }
+        text += in.accept("UNBOUNDED") ? " UNBOUNDED" : " " + std::to_string(in.expectInteger());
+        if (!in.at("PRECEDING") && !in.at("FOLLOWING")) in.syntaxError();
+        text += " " + toUpper(in.take().raw);
+    }
+    return text;
+}
+
+Window window(Parser& in) {
+    Window window;
+    if (in.accept("PARTITION BY")) window.partition = in.expressions();
+    if (in.at("ORDER")) window.order = in.orderBy();
+    window.frame = frame(in, !window.order.empty());
+    return window;
+}
+
+// Only built-in functions, which have no schema, are aggregates or stand over a window.
+ExprPtr call(Parser& in, ObjectName name) {
+    const bool builtIn = name.schema.empty();
+    const int line = name.line;
+    Call call{std::move(name), {}};
+    call.star = builtIn && in.accept("( * )");
+    call.distinct = builtIn && in.at("( DISTINCT");
+    if (!call.star) call.arguments = in.argumentsOf(call.name);
+    if (builtIn && in.accept("WITHIN GROUP")) call.within = in.parenthesized([&] { return in.orderBy(); });
+    if (builtIn && in.accept("OVER"))
+        call.over = std::make_unique<Window>(in.parenthesized([&] { return window(in); }));
+    return make(line, std::move(call));
+}
+
+// A column, or a function's call.
+ExprPtr named(Parser& in) {
+    const Token& first = in.peek();
+    const bool niladic = first.kind == TokenKind::Word && contains(kNiladic, first.raw);
+    if (niladic ||
+        (first.kind == TokenKind::Word && contains(kReservedFunctions, first.raw) && in.at("(", 1))) {
+        ObjectName name{"", "", std::string(in.take().raw), first.line};
+        return niladic ? make(first.line, Call{std::move(name), {}}) : call(in, std::move(name));
+    }
+    ColumnRef column;
+    column.path.push_back(in.expectName());
+    while (in.accept(".")) column.path.push_back(in.at(".") ? std::string() : in.expectName());
+    if (column.path.size() > (in.at("(") ? 3U : 4U)) in.syntaxError();
+    if (!in.at("(")) return make(first.line, std::move(column));
+    column.path.insert(column.path.begin(), 3 - column.path.size(), std::string());
+    return call(in, {column.path[0], column.path[1], column.path[2], first.line});
 }
 
 }  // namespace
 
-ExprPtr Parser::value(ExprPtr expr) const {
-    if (expr->isCondition()) syntaxError();
-    return expr;
-}
-
 ExprPtr Parser::expression() {
-    return value(parseOr());
+    return asValue(*this, expressionOrCondition());
 }
 
 ExprPtr Parser::condition() {
-    ExprPtr expr = parseOr();
-    if (expr->isCondition()) return expr;
-    const Token& token = peek();
-    const std::string near =
-        token.kind == TokenKind::End ? std::string(m_tokens[m_next - 1].raw) : unquoted(token);
-    throw SyntaxError(
-        4145,
-        "An expression of non-boolean type specified in a context where a condition is expected, near '" +
-            near + "'.",
-        token.line);
+    return asCondition(*this, expressionOrCondition());
+}
+
+ExprPtr Parser::expressionOrCondition() {
+    const Nesting nesting(*this);
+    return operators(kOr);
 }
 
 std::vector<ExprPtr> Parser::expressions() {
     return list([this] { return expression(); });
 }
 
-ExprPtr Parser::parseOr() {
-    const Nesting nesting(*this);
-    ExprPtr left = parseAnd();
-    for (int chain = 0; at("OR"); checkChain(++chain)) {
-        const int line = take().line;
-        if (!left->isCondition()) syntaxError();
-        ExprPtr right = parseAnd();
-        if (!right->isCondition()) syntaxError();
-        left = make(line, Logic{false, std::move(left), std::move(right)});
-    }
-    return left;
-}
-
-ExprPtr Parser::parseAnd() {
-    ExprPtr left = parseNot();
-    for (int chain = 0; at("AND"); checkChain(++chain)) {
-        const int line = take().line;
-        if (!left->isCondition()) syntaxError();
-        ExprPtr right = parseNot();
-        if (!right->isCondition()) syntaxError();
-        left = make(line, Logic{true, std::move(left), std::move(right)});
-    }
-    return left;
-}
-
-ExprPtr Parser::parseNot() {
-    if (!at("NOT")) return parsePredicate();
-    const Nesting nesting(*this);
-    const int line = take().line;
-    ExprPtr operand = parseNot();
-    if (!operand->isCondition()) syntaxError();
-    return make(line, Not{std::move(operand)});
-}
-
-ExprPtr Parser::parsePredicate() {
-    const int line = peek().line;
-    if (accept("EXISTS")) return make(line, Exists{parenthesized([this] { return parseSubquery(); })});
-    ExprPtr left = parseAdditive();
-    if (left->isCondition()) return left;
-    for (const auto& symbol : kCompareSymbols) {
-        if (!at(symbol.text)) continue;
-        take();
-        if (at("ALL") || at("ANY") || at("SOME")) unsupported("a comparison with ALL, ANY or SOME");
-        return make(line, Compare{symbol.op, std::move(left), value(parseAdditive())});
-    }
-    if (accept("IS")) {
-        const bool negated = accept("NOT");
-        expect("NULL");
-        return make(line, IsNull{std::move(left), negated});
-    }
-    const bool negated = (at("IN", 1) || at("LIKE", 1) || at("BETWEEN", 1)) && accept("NOT");
-    if (accept("IN")) return parseIn(std::move(left), negated);
-    if (accept("LIKE")) return parseLike(std::move(left), negated);
-    if (accept("BETWEEN")) {
-        ExprPtr low = value(parseAdditive());
-        expect("AND");
-        return make(line, Between{std::move(left), std::move(low), value(parseAdditive()), negated});
-    }
-    return left;
-}
-
-ExprPtr Parser::parseIn(ExprPtr operand, bool negated) {
-    const int line = operand->line;
+// A built-in function takes DISTINCT or ALL, a null pointer stands for the DEFAULT that one of a schema
+// takes.
+std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
+    const bool builtIn = function.schema.empty();
     expect("(");
-    ExprPtr in = atQuery() ? make(line, InQuery{std::move(operand), parseSubquery(), negated})
-                           : make(line, InList{std::move(operand), expressions(), negated});
+    if (builtIn) acceptAny({"DISTINCT", "ALL"});
+    const auto argument = [&] { return !builtIn && accept("DEFAULT") ? ExprPtr() : expression(); };
+    auto arguments = at(")") ? std::vector<ExprPtr>() : list(argument);
     expect(")");
-    return in;
+    return arguments;
 }
 
-ExprPtr Parser::parseLike(ExprPtr operand, bool negated) {
-    const int line = operand->line;
-    ExprPtr pattern = value(parseAdditive());
-    ExprPtr escape = accept("ESCAPE") ? value(parsePrimary()) : nullptr;
-    return make(line, Like{std::move(operand), std::move(pattern), std::move(escape), negated});
-}
-
-ExprPtr Parser::parseAdditive() {
-    ExprPtr left = parseMultiplicative();
-    for (int chain = 0;; checkChain(++chain)) {
-        const BinarySymbol* found = nullptr;
-        for (const auto& symbol : kAdditive)
-            if (at(symbol.text)) found = &symbol;
-        if (!found) return left;
+// Operators that bind at least as tightly as the loosest one, and their operands.
+ExprPtr Parser::operators(int loosest) {
+    ExprPtr left;
+    if (loosest <= kNot && at("NOT")) {
+        const Nesting nesting(*this);
         const int line = take().line;
-        ExprPtr right = value(parseMultiplicative());
-        left = make(line, Binary{found->op, value(std::move(left)), std::move(right)});
+        left = make(line, Not{asCondition(*this, operators(kNot))});
+    } else {
+        left = unary();
+    }
+    Level level = kOperand;
+    for (int chain = 0;; checkChain(++chain)) {
+        const bool negated = at("NOT IN") || at("NOT LIKE") || at("NOT BETWEEN");
+        const auto* next = std::find_if(std::begin(kOperators), std::end(kOperators),
+                                        [&](const auto& each) { return at(each.phrase, negated); });
+        if (next == std::end(kOperators) || next->level < loosest) return left;
+        if (next->level != std::exchange(level, next->level)) chain = 0;
+        const int line = peek().line;
+        left = next->level <= kAnd ? asCondition(*this, std::move(left)) : asValue(*this, std::move(left));
+        accept("NOT");
+        accept(next->phrase);
+        left = make(line, operation(*this, *next, std::move(left)));
+        const auto* kind = std::get_if<Predicate>(&next->meaning);
+        if (negated || (kind && *kind == Predicate::IsNotNull)) left = make(line, Not{std::move(left)});
     }
 }
 
-ExprPtr Parser::parseMultiplicative() {
-    ExprPtr left = parseUnary();
-    for (int chain = 0;; checkChain(++chain)) {
-        const BinarySymbol* found = nullptr;
-        for (const auto& symbol : kMultiplicative)
-            if (at(symbol.text)) found = &symbol;
-        if (!found) return left;
-        const int line = take().line;
-        ExprPtr right = value(parseUnary());
-        left = make(line, Binary{found->op, value(std::move(left)), std::move(right)});
-    }
-}
-
-ExprPtr Parser::parseUnary() {
+ExprPtr Parser::unary() {
     const int line = peek().line;
     if (at("-") || at("~") || at("+")) {
         const Nesting nesting(*this);
         const std::string_view sign = take().raw;
-        ExprPtr operand = value(parseUnary());
-        if (sign == "-") return make(line, Negate{std::move(operand)});
-        if (sign == "~") return make(line, BitNot{std::move(operand)});
-        return operand;
+        ExprPtr operand = asValue(*this, unary());
+        return sign == "+" ? std::move(operand) : make(line, Unary{sign == "~", std::move(operand)});
     }
-    ExprPtr primary = parsePrimary();
+    ExprPtr operand = primary();
     while (at("COLLATE")) {
-        primary = value(std::move(primary));
-        parseCollation();
+        operand = asValue(*this, std::move(operand));
+        collation();
     }
-    return primary;
+    return operand;
 }
 
-ExprPtr Parser::parsePrimary() {
+ExprPtr Parser::primary() {
     const Token& token = peek();
     if (isString(token) || token.kind == TokenKind::Number || token.kind == TokenKind::Binary || at("NULL"))
-        return parseLiteral();
+        return literal(take());
     if (token.kind == TokenKind::Variable) return make(token.line, VariableRef{expectVariable()});
     if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(take().raw)});
-    if (at("(")) return parseParenthesized();
-    if (at("CASE")) return parseCase();
-    if (at("CAST", 0) && at("(", 1)) return parseCast();
-    if (at("TRY_CAST") && at("(", 1)) return parseCast();
-    if (at("CONVERT") || at("TRY_CONVERT")) return parseConvert();
-    if (at("IIF") && at("(", 1)) return parseIif();
-    return parseNamed();
-}
-
-ExprPtr Parser::parseLiteral() {
-    const Token& token = take();
-    try {
-        switch (token.kind) {
-            case TokenKind::Number:
-                return make(token.line, Literal{numericLiteral(token.raw)});
-            case TokenKind::Binary:
-                return make(token.line, Literal{binaryLiteral(token.raw.substr(2))});
-            case TokenKind::Word:
-                return make(token.line, Literal{});
-            default:
-                return make(token.line,
-                            Literal{textLiteral(unquoted(token), token.kind == TokenKind::NationalText)});
-        }
-    } catch (const SqlError& error) {
-        throw SyntaxError(error.number, error.what(), token.line, error.severity);
-    }
-}
-
-ExprPtr Parser::parseParenthesized() {
-    const int line = take().line;
-    const bool query = at("SELECT") || at("WITH");
-    ExprPtr inner = query ? make(line, ScalarQuery{parseSubquery()}) : parseOr();
-    expect(")");
-    return query && at(".") && at("VALUE", 1) ? parseXmlValue(std::move(inner)) : std::move(inner);
-}
-
-// (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)'): the text of the XML.
-ExprPtr Parser::parseXmlValue(ExprPtr xml) {
-    constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
-    const int line = peek().line;
-    const auto& query = std::get<ScalarQuery>(xml->node).query;
-    if (!query->xml || !query->xml->typed) syntaxError();
-    take();
-    take();
-    expect("(");
-    const std::string path = isString(peek()) ? unquoted(take()) : std::string();
-    const bool whole = contains(kWhole, path);
-    if (!whole && !contains(kText, path)) unsupported("the path '" + path + "' in .value()");
-    expect(",");
-    if (!isString(peek())) syntaxError();
-    Cast cast;
-    cast.type = Parser(unquoted(take()), true).type(TypeUse::Cast);
-    expect(")");
-    Call call{{"", "", "xml.value", line}, {}};
-    call.arguments.push_back(std::move(xml));
-    call.arguments.push_back(make(line, Literal{numericLiteral(whole ? "1" : "0")}));
-    cast.operand = make(line, std::move(call));
-    return make(line, std::move(cast));
-}
-
-ExprPtr Parser::parseCase() {
-    const Nesting nesting(*this);
-    const int line = take().line;
-    Case node;
-    if (!at("WHEN")) node.input = expression();
-    while (accept("WHEN")) {
-        ExprPtr when = node.input ? expression() : condition();
-        expect("THEN");
-        node.branches.emplace_back(std::move(when), expression());
-    }
-    if (node.branches.empty()) syntaxError();
-    if (accept("ELSE")) node.otherwise = expression();
-    expect("END");
-    return make(line, std::move(node));
-}
-
-// IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
-ExprPtr Parser::parseIif() {
-    const Nesting nesting(*this);
-    const int line = take().line;
-    Case node;
-    expect("(");
-    ExprPtr when = condition();
-    expect(",");
-    node.branches.emplace_back(std::move(when), expression());
-    expect(",");
-    node.otherwise = expression();
-    expect(")");
-    return make(line, std::move(node));
-}
-
-ExprPtr Parser::parseCast() {
-    const Token& word = take();
-    Cast node;
-    node.kind = sameWord(word.raw, "TRY_CAST") ? Conversion::Try : Conversion::Cast;
-    expect("(");
-    node.operand = expression();
-    expect("AS");
-    node.type = type(TypeUse::Cast);
-    expect(")");
-    return make(word.line, std::move(node));
-}
-
-ExprPtr Parser::parseConvert() {
-    const Token& word = take();
-    Cast node;
-    node.kind = sameWord(word.raw, "TRY_CONVERT") ? Conversion::Try : Conversion::Cast;
-    expect("(");
-    node.type = type(TypeUse::Cast);
-    expect(",");
-    node.operand = expression();
-    if (accept(",")) node.style = expression();
-    expect(")");
-    return make(word.line, std::move(node));
-}
-
-// A column or a function's call.
-ExprPtr Parser::parseNamed() {
-    const Token& first = peek();
-    if (contains(kNiladic, first.raw) && first.kind == TokenKind::Word) {
-        take();
-        return make(first.line, Call{{"", "", std::string(first.raw), first.line}, {}});
-    }
-    if (contains(kReservedFunctions, first.raw) && first.kind == TokenKind::Word && at("(", 1)) {
-        take();
-        return parseCall({"", "", std::string(first.raw), first.line});
-    }
-    ColumnRef column;
-    column.path.push_back(expectName());
-    while (accept(".")) column.path.push_back(at(".") ? std::string() : expectName());
-    if (!at("(")) {
-        if (column.path.size() > 4) syntaxError();
-        return make(first.line, std::move(column));
-    }
-    if (column.path.size() > 3) syntaxError();
-    column.path.insert(column.path.begin(), 3 - column.path.size(), std::string());
-    return parseCall({column.path[0], column.path[1], column.path[2], first.line});
-}
-
-// A null pointer stands for DEFAULT, which functions of a schema take.
-std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
-    return list([&] {
-        const bool byDefault = !function.schema.empty() && accept("DEFAULT");
-        return byDefault ? ExprPtr() : expression();
-    });
-}
-
-ExprPtr Parser::parseCall(ObjectName name) {
-    const Nesting nesting(*this);
-    const int line = name.line;
-    Call call{std::move(name), {}};
-    expect("(");
-    if (accept("*"))
-        call.star = true;
-    else if (!at(")")) {
-        call.distinct = accept("DISTINCT");
-        if (!call.distinct) accept("ALL");
-        call.arguments = argumentsOf(call.name);
-    }
-    expect(")");
-    if (acceptAll({"WITHIN", "GROUP"})) call.within = parenthesized([this] { return parseOrderBy(); });
-    if (accept("OVER")) call.over = std::make_unique<Window>(parenthesized([this] { return parseWindow(); }));
-    return make(line, std::move(call));
-}
-
-Window Parser::parseWindow() {
-    Window window;
-    if (acceptAll({"PARTITION", "BY"})) window.partition = expressions();
-    if (at("ORDER")) window.order = parseOrderBy();
-    if (!at("ROWS") && !at("RANGE")) return window;
-    const bool range = at("RANGE");
-    if (window.order.empty()) throw SyntaxError(sqlError(10756), peek().line);
-    window.frame = toUpper(take().raw);
-    const auto bound = [&] {
-        if (peek().kind == TokenKind::Number && range) throw SyntaxError(sqlError(4194), peek().line);
-        if (acceptAll({"CURRENT", "ROW"})) {
-            window.frame += " CURRENT ROW";
-            return;
-        }
-        window.frame += accept("UNBOUNDED") ? " UNBOUNDED" : " " + std::to_string(expectInteger());
-        if (!at("PRECEDING") && !at("FOLLOWING")) syntaxError();
-        window.frame += " " + toUpper(take().raw);
-    };
-    const bool between = accept("BETWEEN");
-    if (between) window.frame += " BETWEEN";
-    bound();
-    if (!between) return window;
-    expect("AND");
-    window.frame += " AND";
-    bound();
-    return window;
+    if (at("(")) return inParentheses(*this);
+    if (at("CASE")) return caseOf(*this);
+    if (at("CAST (") || at("TRY_CAST (") || at("CONVERT") || at("TRY_CONVERT")) return conversion(*this);
+    if (at("IIF (")) return iif(*this);
+    if (accept("EXISTS")) return make(token.line, Exists{parenthesized([this] { return subquery(); })});
+    return named(*this);
 }
 
 }  // namespace tsql

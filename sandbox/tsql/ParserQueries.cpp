@@ -7,338 +7,321 @@ namespace tsql {
 
 using namespace ast;
 
+namespace {
+
+constexpr std::pair<std::string_view, SetOp> kSetOperations[] = {
+    {"UNION ALL", SetOp::UnionAll},
+    {"UNION", SetOp::Union},
+    {"EXCEPT", SetOp::Except},
+    {"INTERSECT", SetOp::Intersect},
+};
+constexpr std::pair<std::string_view, JoinKind> kJoins[] = {
+    {"CROSS", JoinKind::Cross},     {"INNER", JoinKind::Inner},       {"LEFT OUTER", JoinKind::Left},
+    {"LEFT", JoinKind::Left},       {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},
+    {"FULL OUTER", JoinKind::Full}, {"FULL", JoinKind::Full},
+};
+constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
+    {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
+    {"/=", BinaryOp::Divide}, {"%=", BinaryOp::Modulo},   {"&=", BinaryOp::BitAnd},
+    {"|=", BinaryOp::BitOr},  {"^=", BinaryOp::BitXor},
+};
+
+QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
+    auto query = std::make_unique<Query>();
+    query->line = line;
+    query->body = std::move(body);
+    return query;
+}
+
+Select select(Parser& in) {
+    in.expect("SELECT");
+    Select select;
+    select.distinct = in.accept("DISTINCT");
+    if (!select.distinct) in.accept("ALL");
+    select.top = in.top();
+    select.items = in.list([&] { return in.selectItem(); });
+    if (in.accept("INTO")) select.into = in.objectName();
+    if (in.accept("FROM")) select.from = in.from();
+    if (in.accept("WHERE")) select.where = in.condition();
+    if (in.accept("GROUP BY")) {
+        select.groupBy = in.expressions();
+        in.refuse("WITH", "GROUP BY ... WITH CUBE or ROLLUP");
+    }
+    if (in.accept("HAVING")) select.having = in.condition();
+    return select;
+}
+
+QueryPtr queryTerm(Parser& in) {
+    const int line = in.peek().line;
+    if (!in.at("(")) return queryOf(line, select(in));
+    return in.parenthesized([&] { return in.query(); });
+}
+
+// INTERSECT binds more tightly than the others.
+QueryPtr setOperations(Parser& in, bool intersect) {
+    const auto operand = [&] { return intersect ? queryTerm(in) : setOperations(in, true); };
+    QueryPtr left = operand();
+    for (int chain = 0; in.at("INTERSECT") == intersect; in.checkChain(++chain)) {
+        const int line = in.peek().line;
+        const SetOp* op = in.acceptOneOf(kSetOperations);
+        if (!op) break;
+        left = queryOf(line, SetOperation{*op, std::move(left), operand()});
+    }
+    return left;
+}
+
+// FOR XML RAW | PATH [('row')] [, ELEMENTS] [, ROOT [('root')]] [, TYPE]
+std::optional<ForXml> forXml(Parser& in) {
+    in.refuse("FOR JSON", "SELECT ... FOR JSON");
+    in.refuse("FOR BROWSE", "SELECT ... FOR BROWSE");
+    if (!in.accept("FOR XML")) return std::nullopt;
+    const auto name = [&](std::string& into) {
+        if (in.at("(")) into = in.parenthesized([&] { return in.expectString(); });
+    };
+    ForXml xml;
+    if (in.at("AUTO") || in.at("EXPLICIT")) in.unsupported("FOR XML AUTO and EXPLICIT");
+    xml.path = xml.elements = in.accept("PATH");
+    if (!xml.path) in.expect("RAW");
+    name(xml.row);
+    while (in.accept(",")) {
+        in.refuse("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
+        if (in.accept("ROOT"))
+            name(xml.root = "root");
+        else if (in.accept("TYPE"))
+            xml.typed = true;
+        else if (in.accept("ELEMENTS"))
+            xml.elements = true;
+        else
+            in.unsupported("the option " + toUpper(in.near()) + " of FOR XML");
+    }
+    return xml;
+}
+
+void offset(Parser& in, Query& query) {
+    const auto rows = [&] {
+        if (!in.acceptAny({"ROWS", "ROW"})) in.syntaxError();
+    };
+    if (query.orderBy.empty() || !in.accept("OFFSET")) return;
+    query.offset = in.expression();
+    rows();
+    if (!in.accept("FETCH")) return;
+    if (!in.acceptAny({"NEXT", "FIRST"})) in.syntaxError();
+    query.fetch = in.expression();
+    rows();
+    in.expect("ONLY");
+}
+
+// An alias may be a text; without AS it must not be a word that begins something else.
+std::string alias(Parser& in) {
+    const bool as = in.accept("AS");
+    if (in.atName()) return in.expectName();
+    return as || in.isString(in.peek()) ? in.expectString() : std::string();
+}
+
+// VALUES (...), (...): a SELECT each, under names that the alias gives.
+QueryPtr rowValues(Parser& in) {
+    QueryPtr rows;
+    in.expect("VALUES");
+    for (int chain = 0; chain == 0 || in.accept(","); in.checkChain(++chain)) {
+        const int line = in.peek().line;
+        Select select;
+        for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
+            select.items.push_back({std::move(cell), {}, {}, {}, {}});
+        QueryPtr row = queryOf(line, std::move(select));
+        rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
+                    : std::move(row);
+    }
+    return rows;
+}
+
+TableRefPtr joins(Parser& in);
+
+TableRefPtr tableRef(Parser& in) {
+    const bool values = in.at("( VALUES");
+    if (in.at("(") && !values && !in.atQuery()) return in.parenthesized([&] { return joins(in); });
+    auto table = std::make_unique<TableRef>();
+    table->line = in.peek().line;
+    if (in.at("(")) {
+        DerivedTable derived{in.parenthesized([&] { return values ? rowValues(in) : in.subquery(); }), {}};
+        table->alias = alias(in);
+        if (table->alias.empty()) in.syntaxError();
+        if (in.at("(")) derived.columns = in.columnNames();
+        table->node = std::move(derived);
+        return table;
+    }
+    NamedTable named{in.tableName()};
+    if (in.at("(") && !in.at("( NOLOCK")) named.arguments = in.argumentsOf(named.name);
+    table->node = std::move(named);
+    in.tableHints();
+    table->alias = alias(in);
+    in.tableHints();
+    return table;
+}
+
+// The kind of the join that comes next, if any; an algorithm that is asked for changes no result.
+std::optional<JoinKind> acceptJoin(Parser& in) {
+    if (in.accept("JOIN")) return JoinKind::Inner;
+    if (in.at("CROSS APPLY") || in.at("OUTER APPLY")) in.unsupported("APPLY");
+    const JoinKind* kind = in.acceptOneOf(kJoins);
+    if (!kind) return std::nullopt;
+    if (*kind != JoinKind::Cross) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});
+    in.expect("JOIN");
+    return *kind;
+}
+
+TableRefPtr joins(Parser& in) {
+    const Parser::Nesting nesting(in);
+    TableRefPtr left = tableRef(in);
+    for (int chain = 0;; in.checkChain(++chain)) {
+        const auto kind = acceptJoin(in);
+        if (!kind) return left;
+        const int line = in.peek().line;
+        Join join{*kind, std::move(left), tableRef(in), nullptr};
+        if (join.kind != JoinKind::Cross) {
+            in.expect("ON");
+            join.on = in.condition();
+        }
+        left = std::make_unique<TableRef>(TableRef{std::move(join), {}, line});
+    }
+}
+
+// t.*, whose qualifier it takes with the star; false where something else stands.
+bool acceptStar(Parser& in, SelectItem& item) {
+    std::size_t ahead = 0;
+    while (in.atName(ahead) && in.at(".", ahead + 1)) ahead += 2;
+    if (!in.at("*", ahead)) return false;
+    for (; !in.at("*"); in.accept(".")) item.starOf.push_back(in.expectName());
+    return in.accept("*");
+}
+
+bool atAssignment(const Parser& in) {
+    return in.atVariable() &&
+           (in.at("=", 1) || std::any_of(std::begin(kAssignments), std::end(kAssignments),
+                                         [&](const auto& each) { return in.at(each.first, 1); }));
+}
+
+}  // namespace
+
 bool Parser::atQuery() const {
     std::size_t ahead = 0;
     while (at("(", ahead)) ++ahead;
     return at("SELECT", ahead) || (ahead == 0 && at("WITH"));
 }
 
-QueryPtr Parser::parseQuery() {
-    return parseQueryBehind(parseWith());
+QueryPtr Parser::query() {
+    return queryBehind(commonTables());
 }
 
-QueryPtr Parser::parseQueryBehind(std::vector<CommonTable> with) {
+QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     const Nesting nesting(*this);
     const int line = peek().line;
-    QueryPtr query = parseUnion();
-    query->with = std::move(with);
+    QueryPtr query = setOperations(*this, false);
     query->line = line;
-    if (at("ORDER")) query->orderBy = parseOrderBy();
-    parseOffset(*query);
-    query->xml = parseForXml();
-    if (at("COMPUTE")) unsupported("COMPUTE");
-    parseOptions(query.get());
+    const bool whole = !query->orderBy.empty() || query->xml;  // as a query in parentheses may be
+    if (whole && (at("ORDER") || at("FOR XML"))) syntaxError();
+    query->with.insert(query->with.begin(), std::move_iterator(with.begin()), std::move_iterator(with.end()));
+    if (at("ORDER")) query->orderBy = orderBy();
+    offset(*this, *query);
+    if (auto xml = forXml(*this)) query->xml = std::move(xml);
+    refuse("COMPUTE", "COMPUTE");
+    if (const auto most = options()) query->maxRecursion = most;
     return query;
 }
 
 // A query inside of something else, where an order has no meaning by itself.
-QueryPtr Parser::parseSubquery() {
-    QueryPtr query = parseQuery();
+QueryPtr Parser::subquery() {
+    QueryPtr query = this->query();
     const auto* select = std::get_if<Select>(&query->body);
     if (!query->orderBy.empty() && !(select && select->top) && !query->offset && !query->xml)
         throw SyntaxError(sqlError(1033), query->orderBy.front().value->line);
     return query;
 }
 
-// FOR XML RAW | PATH [('row')] [, ELEMENTS] [, ROOT [('root')]] [, TYPE]
-std::optional<ForXml> Parser::parseForXml() {
-    if (!at("FOR")) return std::nullopt;
-    if (at("JSON", 1) || at("BROWSE", 1)) unsupported("SELECT ... FOR JSON/BROWSE");
-    if (!acceptAll({"FOR", "XML"})) return std::nullopt;
-    const auto name = [this](std::string& into) {
-        if (!accept("(")) return;
-        if (!isString(peek())) syntaxError();
-        into = unquoted(take());
-        expect(")");
-    };
-    ForXml xml;
-    if (at("AUTO") || at("EXPLICIT")) unsupported("FOR XML AUTO and EXPLICIT");
-    xml.path = xml.elements = accept("PATH");
-    if (!xml.path) expect("RAW");
-    name(xml.row);
-    while (accept(",")) {
-        if (accept("ROOT"))
-            name(xml.root = "root");
-        else if (accept("TYPE"))
-            xml.typed = true;
-        else if (at("ELEMENTS") && !at("XSINIL", 1))
-            xml.elements = take().kind == TokenKind::Word;
-        else
-            unsupported("this option of FOR XML");
-    }
-    return xml;
+std::vector<CommonTable> Parser::commonTables() {
+    if (!accept("WITH")) return {};
+    return list([this] {
+        CommonTable table;
+        table.name = expectName();
+        if (at("(")) table.columns = columnNames();
+        expect("AS");
+        table.query = parenthesized([this] { return subquery(); });
+        return table;
+    });
 }
 
-// Hints to the optimizer change no result; MAXRECURSION does.
-void Parser::parseOptions(Query* query) {
-    if (!at("OPTION") || !at("(", 1)) return;
-    for (take(); !accept(")"); take()) {
-        if (peek().kind == TokenKind::End) syntaxError();
-        if (!at("MAXRECURSION") || !query) continue;
+ExprPtr Parser::top() {
+    if (!accept("TOP")) return nullptr;
+    ExprPtr count = at("(") ? parenthesized([this] { return expression(); }) : primary();
+    refuse("PERCENT", "TOP ... PERCENT");
+    refuse("WITH TIES", "TOP ... WITH TIES");
+    return count;
+}
+
+SelectItem Parser::selectItem() {
+    SelectItem item;
+    if (acceptStar(*this, item)) return item;
+    if (atAssignment(*this)) {
+        item.variable = expectVariable();
+        item.assignment = assignmentOperator();
+    } else if ((atName() || isString(peek())) && at("=", 1)) {
+        item.alias = alias(*this);
         take();
-        query->maxRecursion = expectInteger();
-        --m_next;
     }
+    item.value = expression();
+    if (item.alias.empty() && item.variable.empty()) item.alias = alias(*this);
+    return item;
+}
+
+std::optional<BinaryOp> Parser::assignmentOperator() {
+    if (const BinaryOp* op = acceptOneOf(kAssignments)) return *op;
+    expect("=");
+    return std::nullopt;
 }
 
 // The name of a table, or of a variable that is one.
 ObjectName Parser::tableName() {
-    if (peek().kind != TokenKind::Variable) return objectName();
+    if (!atVariable()) return objectName();
     const Token& name = take();
     if (!m_declaredTables.contains(lowerAscii(name.raw)))
         throw SyntaxError(sqlError(1087, {name.raw}), name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 
-std::vector<CommonTable> Parser::parseWith() {
-    if (!accept("WITH")) return {};
-    return list([this] {
-        CommonTable table;
-        table.name = expectName();
-        if (at("(")) table.columns = parseColumnNames();
-        expect("AS");
-        table.query = parenthesized([this] { return parseSubquery(); });
-        return table;
-    });
-}
-
-std::vector<std::string> Parser::parseColumnNames() {
-    return parenthesized([this] { return list([this] { return expectName(); }); });
-}
-
-QueryPtr Parser::parseUnion() {
-    QueryPtr left = parseIntersect();
-    for (int chain = 0; at("UNION") || at("EXCEPT"); checkChain(++chain)) {
-        const int line = peek().line;
-        SetOp op = SetOp::Except;
-        if (!accept("EXCEPT")) {
-            take();
-            op = accept("ALL") ? SetOp::UnionAll : SetOp::Union;
-        }
-        auto query = std::make_unique<Query>();
-        query->line = line;
-        query->body = SetOperation{op, std::move(left), parseIntersect()};
-        left = std::move(query);
-    }
-    return left;
-}
-
-QueryPtr Parser::parseIntersect() {
-    QueryPtr left = parseQueryTerm();
-    for (int chain = 0; accept("INTERSECT"); checkChain(++chain)) {
-        auto query = std::make_unique<Query>();
-        query->line = left->line;
-        query->body = SetOperation{SetOp::Intersect, std::move(left), parseQueryTerm()};
-        left = std::move(query);
-    }
-    return left;
-}
-
-QueryPtr Parser::parseQueryTerm() {
-    if (accept("(")) {
-        QueryPtr inner = parseQuery();
-        expect(")");
-        return inner;
-    }
-    auto query = std::make_unique<Query>();
-    query->line = peek().line;
-    query->body = parseSelect();
-    return query;
-}
-
-Select Parser::parseSelect() {
-    expect("SELECT");
-    Select select;
-    select.distinct = accept("DISTINCT");
-    if (!select.distinct) accept("ALL");
-    select.top = parseTop();
-    select.items = list([this] { return parseSelectItem(); });
-    if (accept("INTO")) select.into = objectName();
-    if (accept("FROM")) select.from = parseFrom();
-    if (accept("WHERE")) select.where = condition();
-    if (acceptAll({"GROUP", "BY"})) {
-        select.groupBy = expressions();
-        if (at("WITH")) unsupported("GROUP BY ... WITH CUBE or ROLLUP");
-    }
-    if (accept("HAVING")) select.having = condition();
-    return select;
-}
-
-std::optional<Top> Parser::parseTop() {
-    if (!accept("TOP")) return std::nullopt;
-    Top top{at("(") ? parenthesized([this] { return expression(); }) : parsePrimary()};
-    if (at("PERCENT")) unsupported("TOP ... PERCENT");
-    if (at("WITH") && at("TIES", 1)) unsupported("TOP ... WITH TIES");
-    return top;
-}
-
-SelectItem Parser::parseSelectItem() {
-    SelectItem item;
-    if (accept("*")) return item;
-    for (std::size_t ahead = 0; atName(ahead) && at(".", ahead + 1); ahead += 2) {
-        if (!at("*", ahead + 2)) continue;
-        for (; !at("*"); accept(".")) item.starOf.push_back(expectName());
-        take();
-        return item;
-    }
-    if (parseAssignmentItem(item)) return item;
-    if ((atName() || isString(peek())) && at("=", 1)) {  // alias = value
-        item.alias = unquoted(take());
-        take();
-        item.value = expression();
-        return item;
-    }
-    item.value = expression();
-    item.alias = parseAlias();
-    return item;
-}
-
-bool Parser::parseAssignmentItem(SelectItem& item) {
-    if (peek().kind != TokenKind::Variable || peek(1).kind != TokenKind::Symbol) return false;
-    const std::string_view symbol = peek(1).raw;
-    if (symbol != "=" &&
-        !(symbol.size() == 2 && symbol[1] == '=' && symbol[0] != '<' && symbol[0] != '>' && symbol[0] != '!'))
-        return false;
-    item.variable = expectVariable();
-    item.assignment = parseAssignmentOperator();
-    item.value = expression();
-    return true;
-}
-
-// An alias may be a text; without AS it must not be a word that begins something else.
-std::string Parser::parseAlias() {
-    const bool as = accept("AS");
-    if (atName() || isString(peek())) return unquoted(take());
-    if (as) syntaxError();
-    return {};
-}
-
-std::vector<TableRefPtr> Parser::parseFrom() {
-    return list([this] { return parseJoins(); });
-}
-
-TableRefPtr Parser::parseJoins() {
-    const Nesting nesting(*this);
-    TableRefPtr left = parseTablePrimary();
-    JoinKind kind{};
-    for (int chain = 0; parseJoinKind(kind); checkChain(++chain)) {
-        const int line = peek().line;
-        TableRefPtr right = parseTablePrimary();
-        Join join{kind, std::move(left), std::move(right), nullptr};
-        if (kind != JoinKind::Cross) {
-            expect("ON");
-            join.on = condition();
-        }
-        left = std::make_unique<TableRef>(TableRef{std::move(join), {}, line});
-    }
-    return left;
-}
-
-bool Parser::parseJoinKind(JoinKind& kind) {
-    if (acceptAll({"CROSS", "JOIN"})) {
-        kind = JoinKind::Cross;
-        return true;
-    }
-    if ((at("CROSS") || at("OUTER")) && at("APPLY", 1)) unsupported("APPLY");
-    constexpr std::pair<std::string_view, JoinKind> kOuter[] = {
-        {"LEFT", JoinKind::Left}, {"RIGHT", JoinKind::Right}, {"FULL", JoinKind::Full}};
-    for (const auto& [word, outer] : kOuter) {
-        if (!accept(word)) continue;
-        accept("OUTER");
-        expect("JOIN");
-        kind = outer;
-        return true;
-    }
-    const bool inner = accept("INNER");
-    if (inner)
-        expect("JOIN");
-    else if (!accept("JOIN"))
-        return false;
-    kind = JoinKind::Inner;
-    return true;
-}
-
-TableRefPtr Parser::parseTablePrimary() {
-    auto table = std::make_unique<TableRef>();
-    table->line = peek().line;
-    const bool values = at("(") && at("VALUES", 1);
-    if (at("(") && !values && !atQuery()) return parenthesized([this] { return parseJoins(); });
-    if (accept("(")) {
-        DerivedTable derived{values ? parseRowValues() : parseSubquery(), {}};
-        expect(")");
-        table->alias = parseAlias();
-        if (table->alias.empty()) syntaxError();
-        if (at("(")) derived.columns = parseColumnNames();
-        table->node = std::move(derived);
-        return table;
-    }
-    NamedTable named{tableName()};
-    if (at("(") && !at("NOLOCK", 1))
-        named.arguments =
-            parenthesized([&] { return at(")") ? std::vector<ExprPtr>() : argumentsOf(named.name); });
-    table->node = std::move(named);
-    parseTableHints();
-    table->alias = parseAlias();
-    parseTableHints();
-    return table;
-}
-
-// VALUES (...), (...): a SELECT each, under names that the alias gives.
-QueryPtr Parser::parseRowValues() {
-    QueryPtr rows;
-    take();
-    for (int chain = 0; chain == 0 || accept(","); checkChain(++chain)) {
-        auto row = std::make_unique<Query>();
-        row->line = peek().line;
-        Select select;
-        for (auto& cell : parenthesized([this] { return expressions(); }))
-            select.items.push_back({std::move(cell), {}, {}, {}, {}});
-        row->body = std::move(select);
-        if (rows) {
-            auto both = std::make_unique<Query>();
-            both->line = row->line;
-            both->body = SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)};
-            row = std::move(both);
-        }
-        rows = std::move(row);
-    }
-    return rows;
-}
-
 // Hints say how to lock and which index to take; the rows are the same.
-void Parser::parseTableHints() {
-    const bool hints = (at("WITH") && at("(", 1)) || (at("(") && at("NOLOCK", 1));
-    if (!hints) return;
+void Parser::tableHints() {
+    if (!at("WITH (") && !at("( NOLOCK")) return;
     accept("WITH");
-    expect("(");
-    while (!accept(")")) {
-        if (peek().kind == TokenKind::End) syntaxError();
-        take();
-    }
+    skipParenthesized();
 }
 
-std::vector<OrderItem> Parser::parseOrderBy() {
+std::vector<TableRefPtr> Parser::from() {
+    return list([this] { return joins(*this); });
+}
+
+std::vector<OrderItem> Parser::orderBy() {
     expect("ORDER");
     expect("BY");
     return list([this] {
-        OrderItem item{expression(), false};
-        if (accept("DESC"))
-            item.descending = true;
-        else
-            accept("ASC");
+        OrderItem item{expression(), accept("DESC")};
+        if (!item.descending) accept("ASC");
         return item;
     });
 }
 
-void Parser::parseOffset(Query& query) {
-    if (query.orderBy.empty() || !accept("OFFSET")) return;
-    query.offset = expression();
-    if (!accept("ROWS")) expect("ROW");
-    if (!accept("FETCH")) return;
-    if (!accept("NEXT")) expect("FIRST");
-    query.fetch = expression();
-    if (!accept("ROWS")) expect("ROW");
-    expect("ONLY");
+// Hints to the optimizer change no result; MAXRECURSION does.
+std::optional<std::int64_t> Parser::options() {
+    std::optional<std::int64_t> most;
+    if (!accept("OPTION")) return most;
+    expect("(");
+    while (!accept(")")) {
+        if (accept("MAXRECURSION"))
+            most = expectInteger();
+        else if (at("("))
+            skipParenthesized();
+        else if (take().kind == TokenKind::End)
+            syntaxError();
+    }
+    return most;
 }
 
 }  // namespace tsql

@@ -1,4 +1,4 @@
-// Control of flow, variables, settings, calls, transactions, backup.
+// Control of flow, variables, settings, calls, cursors, transactions, backup.
 #include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
@@ -9,33 +9,455 @@ using namespace ast;
 
 namespace {
 
-ExprPtr textExpr(const std::string& text, int line) {
-    return std::make_unique<Expr>(Expr{line, Literal{textLiteral(text, true)}});
+// Constructs that begin with a reserved word of their own and that are not there.
+constexpr std::string_view kUnsupported[] = {
+    "MERGE",    "GOTO",   "DBCC",       "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",
+    "SHUTDOWN", "REVERT", "CHECKPOINT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
+};
+
+// The values that a setting may have: # is any number, * is anything. Most of those that may be set both ways
+// make a difference to speed, to locks or to warnings alone, and have no effect.
+constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
+    {"ANSI_NULLS", "ON"},
+    {"ANSI_NULL_DFLT_OFF", "OFF"},
+    {"ANSI_NULL_DFLT_ON", "ON"},
+    {"ANSI_PADDING", "ON OFF"},
+    {"ANSI_WARNINGS", "ON OFF"},
+    {"ARITHABORT", "ON OFF"},
+    {"ARITHIGNORE", "ON OFF"},
+    {"CONCAT_NULL_YIELDS_NULL", "ON"},
+    {"CURSOR_CLOSE_ON_COMMIT", "ON OFF"},
+    {"DATEFIRST", "7"},
+    {"DATEFORMAT", "MDY"},
+    {"DEADLOCK_PRIORITY", "*"},
+    {"FMTONLY", "ON OFF"},
+    {"FORCEPLAN", "ON OFF"},
+    {"IDENTITY_INSERT", "ON OFF"},
+    {"IMPLICIT_TRANSACTIONS", "OFF"},
+    {"LANGUAGE", "US_ENGLISH ENGLISH"},
+    {"LOCK_TIMEOUT", "#"},
+    {"NOCOUNT", "ON OFF"},
+    {"NOEXEC", "OFF"},
+    {"NO_BROWSETABLE", "ON OFF"},
+    {"NUMERIC_ROUNDABORT", "OFF"},
+    {"PARSEONLY", "OFF"},
+    {"QUERY_GOVERNOR_COST_LIMIT", "#"},
+    {"QUOTED_IDENTIFIER", "ON OFF"},
+    {"REMOTE_PROC_TRANSACTIONS", "ON OFF"},
+    {"ROWCOUNT", "0"},
+    {"SHOWPLAN_ALL", "OFF"},
+    {"SHOWPLAN_TEXT", "OFF"},
+    {"SHOWPLAN_XML", "OFF"},
+    {"STATISTICS", "ON OFF"},
+    {"TEXTSIZE", "#"},
+    {"XACT_ABORT", "ON OFF"},
+};
+
+void checkSetting(const std::string& name, const std::string& value, int line) {
+    const auto* setting = std::find_if(std::begin(kSettings), std::end(kSettings),
+                                       [&](const auto& each) { return each.first == name; });
+    if (setting == std::end(kSettings)) throw SyntaxError(sqlError(195, {name}), line);
+    const auto& values = setting->second;
+    const bool isNumber = value.find_first_not_of("-0123456789") == std::string::npos;
+    if (values == "*" || (values == "#" && isNumber)) return;
+    if ((" " + std::string(values) + " ").find(" " + value + " ") == std::string::npos)
+        throw SyntaxError(unsupported("SET " + name + " " + value), line);
 }
 
-struct AssignmentSymbol {
-    std::string_view text;
-    BinaryOp op;
-};
-constexpr AssignmentSymbol kAssignments[] = {
-    {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
-    {"/=", BinaryOp::Divide}, {"%=", BinaryOp::Modulo},   {"&=", BinaryOp::BitAnd},
-    {"|=", BinaryOp::BitOr},  {"^=", BinaryOp::BitXor},
-};
+Statement::Node setOption(Parser& in) {
+    if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // rows are locked, or kept as they were, at any of them
+        if (!in.acceptAny(
+                {"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"}))
+            in.syntaxError();
+        return SetOption{};
+    }
+    const auto word = [&] {
+        if (in.peek().kind != TokenKind::Word) in.syntaxError();
+        return toUpper(in.take().raw);
+    };
+    const int line = in.peek().line;
+    SetOption option;
+    option.names = in.list(word);
+    const std::string& first = option.names.front();
+    if (first == "STATISTICS") in.list(word);
+    if (first == "IDENTITY_INSERT") option.table = in.objectName();
+    const bool isNumber = in.at("-") || in.peek().kind == TokenKind::Number;
+    if (isNumber) option.number = in.expectInteger();
+    const std::string value = isNumber                 ? std::to_string(*option.number)
+                              : in.isString(in.peek()) ? toUpper(in.expectString())
+                                                       : word();
+    option.on = value == "ON";
+    for (const auto& name : option.names) {
+        checkSetting(name, value, line);
+        // What follows is read with the new meaning of "x".
+        if (name == "QUOTED_IDENTIFIER") in.m_quotedIdentifiers = option.on;
+    }
+    return option;
+}
 
-// Constructs that begin with a reserved word of their own and that are not there.
-constexpr std::pair<std::string_view, std::string_view> kUnsupported[] = {
-    {"MERGE", "MERGE"},
-    {"GOTO", "GOTO"},
-    {"DBCC", "DBCC"},
-    {"GRANT", "GRANT"},
-    {"REVOKE", "REVOKE"},
-    {"DENY", "DENY"},
-    {"KILL", "KILL"},
-    {"BULK", "BULK INSERT"},
-    {"SHUTDOWN", "SHUTDOWN"},
-    {"CHECKPOINT", "CHECKPOINT"},
-    {"RECONFIGURE", "RECONFIGURE"},
+Statement::Node set(Parser& in) {
+    in.take();
+    if (!in.atVariable()) return setOption(in);
+    Assign assign;
+    assign.name = in.expectVariable();
+    assign.op = in.assignmentOperator();
+    in.refuse("CURSOR", "cursor variables");
+    assign.value = in.expression();
+    return assign;
+}
+
+// ---- cursors
+
+// Rows are read when the cursor is opened: what would follow later changes is refused.
+Statement::Node declareCursor(Parser& in) {
+    DeclareCursor node{in.expectName(), nullptr};
+    bool forward = false, nothing = false;
+    const std::pair<std::string_view, bool*> kOptions[] = {
+        {"INSENSITIVE", &node.counted}, {"SCROLL", &node.scroll},
+        {"LOCAL", &node.local},         {"STATIC", &node.counted},
+        {"GLOBAL", &nothing},           {"FORWARD_ONLY", &forward},
+        {"FAST_FORWARD", &forward},     {"READ_ONLY", &nothing},
+        {"TYPE_WARNING", &nothing},     {"CURSOR", &nothing}};
+    while (!in.accept("FOR")) {
+        for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
+            in.refuse(word, std::string(word) + " cursors");
+        bool* const* option = in.acceptOneOf(kOptions);
+        if (!option) in.syntaxError();
+        **option = true;
+    }
+    if (forward && node.scroll) throw SyntaxError(sqlError(1048, {"FORWARD_ONLY", "SCROLL"}), in.peek().line);
+    node.scroll = node.scroll || (node.counted && !forward);
+    node.query = in.query();
+    in.refuse("FOR UPDATE", "FOR UPDATE of a cursor");
+    if (in.at("FOR") && !in.accept("FOR READ ONLY")) in.syntaxError();
+    return node;
+}
+
+Statement::Node declare(Parser& in) {
+    in.take();
+    if (in.atName()) return declareCursor(in);
+    return Declare{in.list([&] { return in.declaration(false); })};
+}
+
+CursorName cursorName(Parser& in) {
+    if (in.atVariable()) in.unsupported("cursor variables");
+    const bool global = in.at("GLOBAL") && in.atName(1) && in.accept("GLOBAL");
+    return {in.expectName(), global};
+}
+
+Statement::Node changeCursor(Parser& in) {
+    constexpr std::pair<std::string_view, CursorVerb> kVerbs[] = {
+        {"OPEN", CursorVerb::Open}, {"CLOSE", CursorVerb::Close}, {"DEALLOCATE", CursorVerb::Deallocate}};
+    const CursorVerb verb = *in.acceptOneOf(kVerbs);
+    return ChangeCursor{verb, cursorName(in)};
+}
+
+Statement::Node fetch(Parser& in) {
+    constexpr std::pair<std::string_view, FetchFrom> kPlaces[] = {
+        {"NEXT FROM", FetchFrom::Next}, {"PRIOR FROM", FetchFrom::Prior},  {"FIRST FROM", FetchFrom::First},
+        {"LAST FROM", FetchFrom::Last}, {"ABSOLUTE", FetchFrom::Absolute}, {"RELATIVE", FetchFrom::Relative},
+        {"FROM", FetchFrom::Next}};
+    in.take();
+    Fetch node;
+    if (const FetchFrom* from = in.acceptOneOf(kPlaces)) node.from = *from;
+    if (node.from >= FetchFrom::Absolute) {
+        node.offset = in.unary();
+        in.expect("FROM");
+    }
+    node.cursor = cursorName(in);
+    if (in.accept("INTO")) node.into = in.list([&] { return in.expectVariable(); });
+    return node;
+}
+
+// ---- flow
+
+// Up to END.
+Block block(Parser& in) {
+    Block statements;
+    for (;;) {
+        while (in.accept(";")) continue;
+        if (in.accept("END")) return statements;
+        statements.push_back(in.statement());
+    }
+}
+
+Statement::Node ifElse(Parser& in) {
+    in.take();
+    If node{in.condition(), in.statement(), nullptr};
+    if (in.accept("ELSE")) node.otherwise = in.statement();
+    return node;
+}
+
+Statement::Node whileLoop(Parser& in) {
+    in.take();
+    While node{in.condition(), nullptr};
+    ++in.m_loops;
+    node.body = in.statement();
+    --in.m_loops;
+    return node;
+}
+
+Statement::Node transaction(Parser& in) {
+    constexpr std::pair<std::string_view, TransactionVerb> kVerbs[] = {
+        {"BEGIN", TransactionVerb::Begin},
+        {"COMMIT", TransactionVerb::Commit},
+        {"ROLLBACK", TransactionVerb::Rollback},
+        {"SAVE", TransactionVerb::Save}};
+    Transaction node{*in.acceptOneOf(kVerbs), {}, {}};
+    const bool saves = node.verb == TransactionVerb::Save;
+    if (!in.acceptAny({"TRANSACTION", "TRAN"})) {
+        if (saves) in.syntaxError();
+        in.accept("WORK");
+        return node;
+    }
+    if (in.atVariable())
+        node.variable = in.expectVariable();
+    else if (in.atName() || saves)
+        node.name = in.expectName();
+    in.refuse("WITH MARK", "marked transactions");
+    return node;
+}
+
+Statement::Node begin(Parser& in) {
+    if (in.at("BEGIN TRAN") || in.at("BEGIN TRANSACTION")) return transaction(in);
+    in.take();
+    in.refuse("DISTRIBUTED", "distributed transactions");
+    if (!in.accept("TRY")) return Compound{block(in)};
+    TryCatch node{block(in), {}};
+    in.expect("TRY");
+    in.accept(";");
+    if (!in.accept("BEGIN CATCH")) in.syntaxError();
+    node.handler = block(in);
+    in.expect("CATCH");
+    return node;
+}
+
+Statement::Node returnValue(Parser& in) {
+    in.take();
+    const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
+    const bool value = !in.peek().reserved || in.at("CASE") || in.at("NULL") || in.at("CONVERT") ||
+                       in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
+                       in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
+    return Return{!ends && value ? in.expression() : nullptr};
+}
+
+// WITH option, option; what `accept` does not take is refused.
+template <typename Accept>
+void withOptions(Parser& in, const std::string& verb, Accept accept) {
+    if (!in.accept("WITH")) return;
+    do
+        if (!accept()) in.unsupported(verb + " WITH " + toUpper(in.near()));
+    while (in.accept(","));
+}
+
+Statement::Node raiseError(Parser& in) {
+    in.take();
+    if (!in.at("(")) in.unsupported("RAISERROR without parentheses");
+    RaiseError node;
+    in.expect("(");
+    node.message = in.expression();
+    in.expect(",");
+    node.severity = in.expression();
+    in.expect(",");
+    node.state = in.expression();
+    if (in.accept(",")) node.arguments = in.expressions();
+    in.expect(")");
+    const std::pair<std::string_view, bool*> kOptions[] = {
+        {"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}};
+    withOptions(in, "RAISERROR", [&] {
+        bool* const* option = in.acceptOneOf(kOptions);
+        return option && (**option = true);
+    });
+    return node;
+}
+
+Statement::Node throwError(Parser& in) {
+    in.take();
+    Throw node;
+    if (in.peek().kind != TokenKind::Number && !in.atVariable()) return node;
+    node.number = in.expression();
+    in.expect(",");
+    node.message = in.expression();
+    in.expect(",");
+    node.state = in.expression();
+    return node;
+}
+
+Statement::Node waitFor(Parser& in) {
+    in.take();
+    const bool until = in.accept("TIME");
+    if (!until) in.expect("DELAY");
+    return WaitFor{in.expression(), until};
+}
+
+// ---- calls
+
+bool atArgument(const Parser& in) {
+    const Token& token = in.peek();
+    return in.isString(token) || (in.atName() && !in.at("THROW")) || in.at("-") || in.at("NULL") ||
+           in.at("DEFAULT") || in.at("ON") || token.kind == TokenKind::Variable ||
+           token.kind == TokenKind::Global || token.kind == TokenKind::Number ||
+           token.kind == TokenKind::Binary;
+}
+
+Argument argument(Parser& in) {
+    Argument argument;
+    if (in.atVariable() && in.at("=", 1)) {
+        argument.name = std::string(in.take().raw);
+        in.take();
+    }
+    if (in.accept("DEFAULT")) return argument;
+    argument.value = in.constant();
+    argument.output = in.acceptAny({"OUTPUT", "OUT"});
+    if (argument.output && !std::holds_alternative<VariableRef>(argument.value->node)) in.syntaxError();
+    return argument;
+}
+
+Statement::Node execute(Parser& in) {
+    in.acceptAny({"EXEC", "EXECUTE"});
+    in.refuse("AS", "EXECUTE AS");
+    Execute node;
+    if (in.at("(")) {
+        node.text = in.parenthesized([&] { return in.expression(); });
+        if (in.at("AT") || in.at("AS")) in.unsupported("EXECUTE (...) " + toUpper(in.near()));
+        return node;
+    }
+    if (in.atVariable() && in.at("=", 1)) {
+        node.resultVariable = in.expectVariable();
+        in.take();
+    }
+    if (in.atVariable())
+        node.procedureVariable = in.expectVariable();
+    else
+        node.procedure = in.objectName();
+    if (atArgument(in)) node.arguments = in.list([&] { return argument(in); });
+    in.refuse("WITH RESULT", "EXECUTE ... WITH RESULT SETS");
+    in.accept("WITH RECOMPILE");
+    return node;
+}
+
+// ---- backup
+
+ExprPtr nameOrVariable(Parser& in) {
+    if (!in.atName() && !in.atVariable()) in.syntaxError();
+    return in.constant();
+}
+
+// DISK = 'path'
+ExprPtr fileName(Parser& in) {
+    if (!in.accept("DISK")) in.unsupported("a backup device other than DISK");
+    in.expect("=");
+    ExprPtr file = in.primary();
+    in.refuse(",", "a backup in several files");
+    return file;
+}
+
+// STATS [= percentage]
+bool acceptStats(Parser& in, std::int64_t& stats) {
+    constexpr std::int64_t kDefault = 10;
+    if (!in.accept("STATS")) return false;
+    stats = in.accept("=") ? in.expectInteger() : kDefault;
+    return true;
+}
+
+Statement::Node backup(Parser& in) {
+    in.take();
+    in.refuse("LOG", "BACKUP LOG");
+    in.expect("DATABASE");
+    Backup node{nameOrVariable(in), nullptr};
+    in.expect("TO");
+    node.file = fileName(in);
+    withOptions(
+        in, "BACKUP", [&] {  // how to name and format the media; each backup is a file of its own here
+            if (acceptStats(in, node.stats)) return true;
+            const bool known =
+                in.acceptAny({"INIT", "FORMAT", "NOFORMAT", "SKIP", "NOSKIP", "CHECKSUM", "NO_CHECKSUM",
+                              "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION", "NAME", "DESCRIPTION",
+                              "MEDIANAME", "MEDIADESCRIPTION", "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
+            if (known && in.accept("=")) in.primary();
+            return known;
+        });
+    return node;
+}
+
+Statement::Node restore(Parser& in) {
+    constexpr std::pair<std::string_view, RestoreKind> kKinds[] = {{"DATABASE", RestoreKind::Database},
+                                                                   {"FILELISTONLY", RestoreKind::FileList},
+                                                                   {"HEADERONLY", RestoreKind::Header},
+                                                                   {"VERIFYONLY", RestoreKind::Verify}};
+    in.take();
+    const RestoreKind* kind = in.acceptOneOf(kKinds);
+    if (!kind) in.unsupported("RESTORE " + toUpper(in.near()));
+    Restore node;
+    node.kind = *kind;
+    if (*kind == RestoreKind::Database) node.database = nameOrVariable(in);
+    in.expect("FROM");
+    node.file = fileName(in);
+    withOptions(in, "RESTORE", [&] {
+        if (in.accept("MOVE")) {
+            Move& move = node.moves.emplace_back(Move{in.primary(), nullptr});
+            in.expect("TO");
+            move.path = in.primary();
+            return true;
+        }
+        if (in.accept("FILE")) {
+            in.expect("=");
+            if (in.expectInteger() != 1) in.unsupported("a backup file with several backups");
+            return true;
+        }
+        node.replace = node.replace || in.at("REPLACE");
+        return acceptStats(in, node.stats) ||
+               in.acceptAny({"REPLACE", "RECOVERY", "NOUNLOAD", "CHECKSUM", "NO_CHECKSUM", "STOP_ON_ERROR"});
+    });
+    return node;
+}
+
+Statement::Node breakOrContinue(Parser& in) {
+    if (in.m_loops == 0) throw SyntaxError(sqlError(135), in.peek().line);
+    if (in.accept("BREAK")) return Break{};
+    in.take();
+    return Continue{};
+}
+
+Statement::Node otherStatement(Parser& in) {
+    for (const auto word : kUnsupported) in.refuse(word, word == "BULK" ? "BULK INSERT" : word);
+    if (in.atQuery()) return SelectStatement{in.query()};
+    if (in.accept("PRINT")) return Print{in.expression()};
+    if (in.accept("TRUNCATE TABLE")) return Truncate{in.objectName()};
+    if (in.accept("USE")) return Use{in.expectName()};
+    in.syntaxError();
+}
+
+constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[] = {
+    {"DECLARE", declare},
+    {"SET", set},
+    {"OPEN", changeCursor},
+    {"CLOSE", changeCursor},
+    {"DEALLOCATE", changeCursor},
+    {"FETCH", fetch},
+    {"IF", ifElse},
+    {"WHILE", whileLoop},
+    {"BREAK", breakOrContinue},
+    {"BEGIN", begin},
+    {"RETURN", returnValue},
+    {"RAISERROR", raiseError},
+    {"CONTINUE", breakOrContinue},
+    {"THROW", throwError},
+    {"WAITFOR", waitFor},
+    {"EXEC", execute},
+    {"EXECUTE", execute},
+    {"SAVE", transaction},
+    {"COMMIT", transaction},
+    {"ROLLBACK", transaction},
+    {"BACKUP", backup},
+    {"RESTORE", restore},
+    {"INSERT", parseChange},
+    {"UPDATE", parseChange},
+    {"DELETE", parseChange},
+    {"WITH", parseChange},
+    {"CREATE", parseCreate},
+    {"ALTER", parseAlter},
+    {"DROP", parseDrop},
 };
 
 }  // namespace
@@ -44,452 +466,53 @@ Block Parser::batch() {
     Block statements;
     if (atName() && !at("THROW") && !at(":", 1)) {  // a procedure's name alone, first in the batch
         const int line = peek().line;
-        statements.push_back(std::make_unique<Statement>(Statement{line, parseExecute()}));
+        statements.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
     }
     for (;;) {
         while (accept(";")) continue;
         if (peek().kind == TokenKind::End) return statements;
-        statements.push_back(parseStatement());
+        statements.push_back(statement());
     }
 }
 
-StatementPtr Parser::parseStatement() {
+StatementPtr Parser::statement() {
     const Nesting nesting(*this);
     while (accept(";")) continue;
+    const auto* known = std::find_if(std::begin(kStatements), std::end(kStatements),
+                                     [this](const auto& each) { return at(each.first); });
     auto statement = std::make_unique<Statement>();
     statement->line = peek().line;
-    statement->node = parseStatementNode();
+    statement->node = known == std::end(kStatements) ? otherStatement(*this) : known->second(*this);
     accept(";");
     return statement;
 }
 
-Statement::Node Parser::parseStatementNode() {
-    using Production = Statement::Node (Parser::*)();
-    static constexpr std::pair<std::string_view, Production> kProductions[] = {
-        {"DECLARE", &Parser::parseDeclare},
-        {"SET", &Parser::parseSet},
-        {"OPEN", &Parser::parseChangeCursor},
-        {"CLOSE", &Parser::parseChangeCursor},
-        {"DEALLOCATE", &Parser::parseChangeCursor},
-        {"FETCH", &Parser::parseFetch},
-        {"IF", &Parser::parseIf},
-        {"WHILE", &Parser::parseWhile},
-        {"BEGIN", &Parser::parseBegin},
-        {"RETURN", &Parser::parseReturn},
-        {"RAISERROR", &Parser::parseRaiseError},
-        {"THROW", &Parser::parseThrow},
-        {"WAITFOR", &Parser::parseWaitFor},
-        {"EXEC", &Parser::parseExecute},
-        {"EXECUTE", &Parser::parseExecute},
-        {"COMMIT", &Parser::parseTransaction},
-        {"ROLLBACK", &Parser::parseTransaction},
-        {"SAVE", &Parser::parseTransaction},
-        {"BACKUP", &Parser::parseBackup},
-        {"RESTORE", &Parser::parseRestore},
-        {"INSERT", &Parser::parseInsert},
-        {"UPDATE", &Parser::parseUpdate},
-        {"DELETE", &Parser::parseDelete},
-        {"CREATE", &Parser::parseCreate},
-        {"ALTER", &Parser::parseAlter},
-        {"DROP", &Parser::parseDrop},
-    };
-    for (const auto& [word, production] : kProductions)
-        if (at(word)) return (this->*production)();
-    for (const auto& [word, construct] : kUnsupported)
-        if (at(word)) unsupported(construct);
-    if (at("WITH")) return parseCommonTables();
-    if (atQuery()) return SelectStatement{parseQuery()};
-    if (accept("PRINT")) return Print{expression()};
-    if ((at("BREAK") || at("CONTINUE")) && m_loops == 0) throw SyntaxError(sqlError(135), peek().line);
-    if (accept("BREAK")) return Break{};
-    if (accept("CONTINUE")) return Continue{};
-    if (acceptAll({"TRUNCATE", "TABLE"})) return Truncate{objectName()};
-    if (accept("USE")) return Use{expectName()};
-    syntaxError();
-}
-
-Block Parser::parseBlock() {
-    Block statements;
-    for (;;) {
-        while (accept(";")) continue;
-        if (accept("END")) return statements;
-        statements.push_back(parseStatement());
-    }
-}
-
-std::optional<BinaryOp> Parser::parseAssignmentOperator() {
-    for (const auto& symbol : kAssignments)
-        if (accept(symbol.text)) return symbol.op;
-    expect("=");
-    return std::nullopt;
-}
-
-Statement::Node Parser::parseDeclare() {
-    take();
-    if (atName()) return parseDeclareCursor();
-    return Declare{list([this] {
-        if (peek().kind != TokenKind::Variable) syntaxError();
-        const Token& name = take();
-        accept("AS");
-        if (at("CURSOR")) unsupported("cursor variables");
-        Declaration declaration{std::string(name.raw), {}, nullptr};
-        if (at("TABLE"))
-            declaration.table = parseTableVariable(name);
-        else
-            declaration.type = type(TypeUse::Declaration);
-        if (accept("=")) declaration.value = expression();
-        auto& declared = declaration.table ? m_declaredTables : m_declared;
-        const auto& others = declaration.table ? m_declared : m_declaredTables;
-        if (others.contains(lowerAscii(name.raw)) || !declared.insert(lowerAscii(name.raw)).second)
-            throw SyntaxError(sqlError(134, {name.raw}), name.line);
-        return declaration;
-    })};
-}
-
-Statement::Node Parser::parseSet() {
-    take();
-    if (peek().kind != TokenKind::Variable) return parseSetOption();
-    Assign assign;
-    assign.name = expectVariable();
-    assign.op = parseAssignmentOperator();
-    if (at("CURSOR")) unsupported("cursor variables");
-    assign.value = expression();
-    return assign;
-}
-
-// Rows are read when the cursor is opened: what would follow later changes is refused.
-Statement::Node Parser::parseDeclareCursor() {
-    DeclareCursor node{expectName(), nullptr};
-    node.counted = accept("INSENSITIVE");
-    node.scroll = accept("SCROLL");
-    expect("CURSOR");
-    bool forward = false;
-    while (!accept("FOR")) {
-        for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
-            if (at(word)) unsupported(std::string(word) + " cursors");
-        if (accept("LOCAL"))
-            node.local = true;
-        else if (accept("STATIC"))
-            node.counted = true;
-        else if (accept("SCROLL"))
-            node.scroll = true;
-        else if (accept("FORWARD_ONLY") || accept("FAST_FORWARD"))
-            forward = true;
-        else if (!accept("GLOBAL") && !accept("READ_ONLY") && !accept("TYPE_WARNING"))
-            syntaxError();
-    }
-    if (forward && node.scroll) throw SyntaxError(sqlError(1048, {"FORWARD_ONLY", "SCROLL"}), peek().line);
-    node.scroll = node.scroll || (node.counted && !forward);
-    node.query = parseQuery();
-    if (at("FOR") && at("UPDATE", 1)) unsupported("FOR UPDATE of a cursor");
-    if (accept("FOR") && !acceptAll({"READ", "ONLY"})) syntaxError();
-    return node;
-}
-
-CursorName Parser::parseCursorName() {
-    if (peek().kind == TokenKind::Variable) unsupported("cursor variables");
-    const bool global = at("GLOBAL") && atName(1) && accept("GLOBAL");
-    return {expectName(), global};
-}
-
-Statement::Node Parser::parseChangeCursor() {
-    if (accept("OPEN")) return ChangeCursor{CursorVerb::Open, parseCursorName()};
-    if (accept("CLOSE")) return ChangeCursor{CursorVerb::Close, parseCursorName()};
-    take();
-    return ChangeCursor{CursorVerb::Deallocate, parseCursorName()};
-}
-
-Statement::Node Parser::parseFetch() {
-    take();
-    Fetch node;
-    constexpr std::string_view kWords[] = {"NEXT", "PRIOR", "FIRST", "LAST", "ABSOLUTE", "RELATIVE"};
-    for (std::size_t i = 0; i < std::size(kWords); ++i) {
-        const auto from = static_cast<FetchFrom>(i);
-        const bool counted = from >= FetchFrom::Absolute;
-        if (!at(kWords[i]) || !(counted || at("FROM", 1))) continue;
-        take();
-        node.from = from;
-        if (counted) node.offset = parseUnary();
-        if (!at("FROM")) syntaxError();
-        break;
-    }
-    accept("FROM");
-    node.cursor = parseCursorName();
-    if (accept("INTO")) node.into = list([this] { return expectVariable(); });
-    return node;
-}
-
-Statement::Node Parser::parseSetOption() {
-    SetOption option;
-    const auto word = [this] {
-        if (peek().kind != TokenKind::Word) syntaxError();
-        return toUpper(take().raw);
-    };
-    if (acceptAll({"TRANSACTION", "ISOLATION", "LEVEL"})) {
-        option.names = {"TRANSACTION ISOLATION LEVEL"};
-        if (word() == "READ" || at("READ")) word();
-        return option;
-    }
-    option.names = list(word);
-    const std::string& name = option.names.front();
-    if (name == "STATISTICS") word();
-    if (name == "IDENTITY_INSERT") option.table = objectName();
-    if (at("ON") || at("OFF"))
-        for (const auto& each : option.names)  // what follows is read with the new meaning of "x"
-            if (each == "QUOTED_IDENTIFIER") m_quotedIdentifiers = at("ON");
-    if (accept("ON")) return option;
-    if (accept("OFF"))
-        option.on = false;
-    else if (peek().kind == TokenKind::Number || at("-"))
-        option.number = expectInteger();
-    else if (name == "DATEFORMAT" || name == "LANGUAGE" || name == "DEADLOCK_PRIORITY")
-        option.names.push_back(toUpper(isString(peek()) ? unquoted(take()) : expectName()));
+// @name [AS] type [= value] of a variable or parameter.
+Declaration Parser::declaration(bool isParameter) {
+    if (!atVariable()) syntaxError();
+    const Token& name = take();
+    Declaration node{std::string(name.raw), {}, nullptr};
+    accept("AS");
+    refuse("CURSOR", "cursor variables");
+    if (at("TABLE") && !isParameter)
+        node.table = std::make_shared<const CreateTable>(tableVariable(name));
     else
-        syntaxError();
-    return option;
-}
-
-Statement::Node Parser::parseIf() {
-    take();
-    If node{condition(), parseStatement(), nullptr};
-    if (accept("ELSE")) node.otherwise = parseStatement();
+        node.type = type(TypeUse::Declaration);
+    if (accept("=")) node.value = isParameter ? constant() : expression();
+    node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
+    refuse("READONLY", "table-valued parameters");
+    const std::string key = lowerAscii(name.raw);
+    if (m_declared.contains(key) || m_declaredTables.contains(key))
+        throw SyntaxError(sqlError(134, {name.raw}), name.line);
+    (node.table ? m_declaredTables : m_declared).insert(key);
     return node;
 }
 
-Statement::Node Parser::parseWhile() {
-    take();
-    While node{condition(), nullptr};
-    ++m_loops;
-    node.body = parseStatement();
-    --m_loops;
-    return node;
-}
-
-Statement::Node Parser::parseBegin() {
-    if (at("TRAN", 1) || at("TRANSACTION", 1)) return parseTransaction();
-    take();
-    if (at("DISTRIBUTED")) unsupported("distributed transactions");
-    if (!accept("TRY")) return Compound{parseBlock()};
-    TryCatch node;
-    node.attempt = parseAttempt("TRY");
-    if (!acceptAll({"BEGIN", "CATCH"})) syntaxError();
-    node.handler = parseAttempt("CATCH");
-    return node;
-}
-
-Block Parser::parseAttempt(std::string_view word) {
-    Block block = parseBlock();
-    expect(word);
-    accept(";");
-    return block;
-}
-
-bool Parser::atExpression() const {
-    const Token& token = peek();
-    if (token.kind == TokenKind::End || at(";") || at(")")) return false;
-    return !token.reserved || at("CASE") || at("NULL") || at("CONVERT") || at("COALESCE") || at("NULLIF") ||
-           ((at("LEFT") || at("RIGHT")) && at("(", 1));
-}
-
-Statement::Node Parser::parseReturn() {
-    take();
-    return Return{atExpression() ? expression() : nullptr};
-}
-
-Statement::Node Parser::parseRaiseError() {
-    take();
-    if (!at("(")) unsupported("RAISERROR without parentheses");
-    RaiseError node;
-    expect("(");
-    node.message = expression();
-    expect(",");
-    node.severity = expression();
-    expect(",");
-    node.state = expression();
-    if (accept(",")) node.arguments = expressions();
-    expect(")");
-    if (!accept("WITH")) return node;
-    do {
-        if (accept("LOG"))
-            node.log = true;
-        else if (accept("SETERROR"))
-            node.setError = true;
-        else if (accept("NOWAIT"))
-            node.noWait = true;
-        else
-            syntaxError();
-    } while (accept(","));
-    return node;
-}
-
-Statement::Node Parser::parseThrow() {
-    take();
-    Throw node;
-    if (peek().kind != TokenKind::Number && peek().kind != TokenKind::Variable) return node;
-    node.number = expression();
-    expect(",");
-    node.message = expression();
-    expect(",");
-    node.state = expression();
-    return node;
-}
-
-Statement::Node Parser::parseWaitFor() {
-    take();
-    const bool until = accept("TIME");
-    if (!until) expect("DELAY");
-    return WaitFor{expression(), until};
-}
-
-Statement::Node Parser::parseExecute() {
-    if (!accept("EXEC")) accept("EXECUTE");
-    Execute node;
-    if (accept("(")) {
-        node.text = expression();
-        expect(")");
-        if (at("AT")) unsupported("EXECUTE ... AT");
-        return node;
-    }
-    if (peek().kind == TokenKind::Variable && at("=", 1)) {
-        node.resultVariable = expectVariable();
-        take();
-    }
-    if (peek().kind == TokenKind::Variable)
-        node.procedureVariable = expectVariable();
-    else
-        node.procedure = objectName();
-    const Token& token = peek();
-    const bool argument = isString(token) || atName() || at("-") || at("NULL") || at("DEFAULT") || at("ON") ||
-                          token.kind == TokenKind::Variable || token.kind == TokenKind::Global ||
-                          token.kind == TokenKind::Number || token.kind == TokenKind::Binary;
-    if (argument && !(at("THROW"))) node.arguments = list([this] { return parseArgument(); });
-    if (acceptAll({"WITH", "RECOMPILE"})) return node;
-    return node;
-}
-
-Argument Parser::parseArgument() {
-    Argument argument;
-    if (peek().kind == TokenKind::Variable && at("=", 1)) {
-        argument.name = std::string(take().raw);
-        take();
-    }
-    if (accept("DEFAULT")) return argument;
-    const int line = peek().line;
-    if (atName() || at("ON"))
-        argument.value = textExpr(unquoted(take()), line);  // a bare word is a text
-    else
-        argument.value = parseUnary();
-    if (accept("OUTPUT") || accept("OUT")) {
-        if (!std::holds_alternative<VariableRef>(argument.value->node)) syntaxError();
-        argument.output = true;
-    }
-    return argument;
-}
-
-Statement::Node Parser::parseTransaction() {
-    Transaction node{TransactionVerb::Begin, {}, {}};
-    if (accept("COMMIT"))
-        node.verb = TransactionVerb::Commit;
-    else if (accept("ROLLBACK"))
-        node.verb = TransactionVerb::Rollback;
-    else if (accept("SAVE"))
-        node.verb = TransactionVerb::Save;
-    else
-        expect("BEGIN");
-    if (!accept("TRAN") && !accept("TRANSACTION")) {
-        accept("WORK");
-        return node;
-    }
-    if (peek().kind == TokenKind::Variable)
-        node.variable = expectVariable();
-    else if (atName())
-        node.name = expectName();
-    else if (node.verb == TransactionVerb::Save)
-        syntaxError();
-    return node;
-}
-
-ExprPtr Parser::parseNameOrVariable() {
-    const int line = peek().line;
-    return peek().kind == TokenKind::Variable ? parsePrimary() : textExpr(expectName(), line);
-}
-
-// DISK = 'path'
-ExprPtr Parser::parseFileName() {
-    if (!at("DISK")) unsupported("a backup device other than DISK");
-    take();
-    expect("=");
-    ExprPtr file = parsePrimary();
-    if (at(",")) unsupported("a backup in several files");
-    return file;
-}
-
-Statement::Node Parser::parseBackup() {
-    take();
-    if (at("LOG")) unsupported("BACKUP LOG");
-    expect("DATABASE");
-    Backup node{parseNameOrVariable(), nullptr};
-    expect("TO");
-    node.file = parseFileName();
-    if (!accept("WITH")) return node;
-    do {  // how to name and format the backup's media; each backup is a file of its own here
-        for (const auto option : {"DIFFERENTIAL", "NOINIT", "EXPIREDATE", "RETAINDAYS", "ENCRYPTION"})
-            if (at(option)) unsupported("BACKUP WITH " + std::string(option));
-        constexpr std::string_view kOptions[] = {
-            "INIT",        "FORMAT",           "NOFORMAT",    "SKIP",           "NOSKIP",       "CHECKSUM",
-            "NO_CHECKSUM", "COPY_ONLY",        "COMPRESSION", "NO_COMPRESSION", "NAME",         "DESCRIPTION",
-            "MEDIANAME",   "MEDIADESCRIPTION", "NOREWIND",    "NOUNLOAD",       "STOP_ON_ERROR"};
-        if (parseStats(node.stats)) continue;
-        bool known = false;
-        for (const auto option : kOptions) known = known || accept(option);
-        if (!known) syntaxError();
-        if (accept("=")) parsePrimary();
-    } while (accept(","));
-    return node;
-}
-
-// STATS [= percentage]
-bool Parser::parseStats(std::int64_t& stats) {
-    constexpr std::int64_t kDefault = 10;
-    if (!accept("STATS")) return false;
-    stats = accept("=") ? expectInteger() : kDefault;
-    return true;
-}
-
-Statement::Node Parser::parseRestore() {
-    take();
-    Restore node;
-    if (accept("FILELISTONLY")) {
-        node.kind = RestoreKind::FileList;
-    } else if (accept("HEADERONLY")) {
-        node.kind = RestoreKind::Header;
-    } else if (accept("VERIFYONLY")) {
-        node.kind = RestoreKind::Verify;
-    } else {
-        if (!accept("DATABASE")) unsupported("this form of RESTORE");
-        node.database = parseNameOrVariable();
-    }
-    expect("FROM");
-    node.file = parseFileName();
-    if (!accept("WITH")) return node;
-    do {
-        if (accept("MOVE")) {
-            ExprPtr logical = parsePrimary();
-            expect("TO");
-            node.moves.push_back({std::move(logical), parsePrimary()});
-        } else if (accept("REPLACE")) {
-            node.replace = true;
-        } else if (at("NORECOVERY") || at("STANDBY")) {
-            unsupported("RESTORE WITH NORECOVERY or STANDBY");
-        } else if (accept("FILE")) {
-            expect("=");
-            if (expectInteger() != 1) unsupported("a backup file with several backups");
-        } else if (!parseStats(node.stats) && !accept("RECOVERY") && !accept("NOUNLOAD") &&
-                   !accept("CHECKSUM") && !accept("NO_CHECKSUM") && !accept("STOP_ON_ERROR")) {
-            syntaxError();
-        }
-    } while (accept(","));
-    return node;
+// A constant or a variable, where a bare word is a text.
+ExprPtr Parser::constant() {
+    if (!atName() && !at("ON")) return unary();
+    const Token& word = take();
+    return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), true)}});
 }
 
 }  // namespace tsql

@@ -90,7 +90,7 @@ class Translator {
     std::string insertParameters(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                                  const std::vector<SqlType>& types);
     // What WITH names in front of a change of `target`.
-    void useCommonTables(const std::vector<ast::CommonTable>& with, const ast::ObjectName& target);
+    void useCommonTables(const ast::Change& change, const ast::ObjectName& target);
     std::string update(const TableInfo& target, const ast::Update& update);
     // The same in steps, for rows that take over each other's keys.
     std::vector<std::string> updateInSteps() const { return m_steps; }
@@ -137,8 +137,7 @@ class Translator {
     Typed node(const ast::Literal& literal);
     Typed node(const ast::VariableRef& variable);
     Typed node(const ast::ColumnRef& column);
-    Typed node(const ast::Negate& negate);
-    Typed node(const ast::BitNot& bitNot);
+    Typed node(const ast::Unary& unary);
     Typed node(const ast::Binary& binary);
     Typed node(const ast::Case& choice);
     Typed node(const ast::Cast& cast);

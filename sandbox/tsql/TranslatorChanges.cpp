@@ -136,8 +136,9 @@ Typed Translator::setValue(const Update& update, const SetClause& clause, const 
     return emitBinary(*clause.op, node(ColumnRef{{update.table.name, column.name}}), typed);
 }
 
-void Translator::useCommonTables(const std::vector<ast::CommonTable>& with, const ObjectName& target) {
-    for (const auto& table : with) {
+void Translator::useCommonTables(const Change& change, const ObjectName& target) {
+    if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
+    for (const auto& table : change.with) {
         if (target.schema.empty() && compareText(table.name, target.name) == 0)
             throw unsupported("changes through a common table expression ('" + table.name + "')");
         m_with.push_back({&table});
@@ -212,7 +213,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
     }
     const std::string where = update.where ? " WHERE " + condition(*update.where) : "";
-    const std::string top = update.top ? " LIMIT " + rowCount(*update.top->count, 0, 127) : "";
+    const std::string top = update.top ? " LIMIT " + rowCount(*update.top, 0, 127) : "";
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
         returning(target, update.output, "inserted") + returnedToVariables(target, update);
@@ -247,7 +248,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     std::string rowid;
     const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
     const std::string where = statement.where ? " WHERE " + condition(*statement.where) : "";
-    const std::string top = statement.top ? " LIMIT " + rowCount(*statement.top->count, 0, 127) : "";
+    const std::string top = statement.top ? " LIMIT " + rowCount(*statement.top, 0, 127) : "";
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
     if (statement.from.empty() && !statement.top)

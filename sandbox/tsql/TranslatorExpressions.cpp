@@ -110,12 +110,9 @@ Typed Translator::node(const ColumnRef& column) {
     throw sqlError(4104, {path});
 }
 
-Typed Translator::node(const Negate& negate) {
-    return emitNegate(value(*negate.operand));
-}
-
-Typed Translator::node(const BitNot& bitNot) {
-    return emitBitNot(value(*bitNot.operand));
+Typed Translator::node(const Unary& unary) {
+    const Typed operand = value(*unary.operand);
+    return unary.isBitNot ? emitBitNot(operand) : emitNegate(operand);
 }
 
 // A long concatenation stays flat: SQLite's parser bounds how deep brackets may nest.
@@ -245,7 +242,7 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
         throw sqlError(arguments.size() < parameters.size() ? 313 : 8144, {"dbo." + function.name});
     std::vector<std::string> values;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const auto& given = arguments[i] ? arguments[i] : parameters[i].byDefault;
+        const auto& given = arguments[i] ? arguments[i] : parameters[i].value;
         if (!given) throw sqlError(201, {function.name, parameters[i].name});
         values.push_back(coerce(value(*given), parameters[i].type).sql);
     }
@@ -281,22 +278,20 @@ std::string Translator::test(const Not& negation) {
 }
 
 std::string Translator::test(const IsNull& isNull) {
-    return "(" + value(*isNull.operand).sql + (isNull.negated ? " IS NOT NULL)" : " IS NULL)");
+    return "(" + value(*isNull.operand).sql + " IS NULL)";
 }
 
 std::string Translator::test(const Between& between) {
     const Typed operand = value(*between.operand);
-    const std::string inside = "(" + emitCompare(CompareOp::GreaterOrEqual, operand, value(*between.low)) +
-                               " AND " + emitCompare(CompareOp::LessOrEqual, operand, value(*between.high)) +
-                               ")";
-    return between.negated ? "(NOT " + inside + ")" : inside;
+    return "(" + emitCompare(CompareOp::GreaterOrEqual, operand, value(*between.low)) + " AND " +
+           emitCompare(CompareOp::LessOrEqual, operand, value(*between.high)) + ")";
 }
 
 std::string Translator::test(const InList& in) {
     std::vector<Typed> items = values(in.items);
     items.push_back(value(*in.operand));
     const SqlType type = tsql::commonType(items);
-    std::string sql = "(" + collated(coerce(items.back(), type)) + (in.negated ? " NOT IN (" : " IN (");
+    std::string sql = "(" + collated(coerce(items.back(), type)) + " IN (";
     for (std::size_t i = 0; i + 1 < items.size(); ++i) sql += (i ? ", " : "") + coerce(items[i], type).sql;
     return sql + "))";
 }
@@ -310,20 +305,15 @@ std::string Translator::test(const InQuery& in) {
     const SqlType type = tsql::commonType(both);
     const std::string inner = coerce(column, type).sql;
     const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
-    return "(" + collated(coerce(operand, type)) + (in.negated ? " NOT IN (" : " IN (") + rows + "))";
+    return "(" + collated(coerce(operand, type)) + " IN (" + rows + "))";
 }
 
 std::string Translator::test(const Like& like) {
     const Typed operand = value(*like.operand);
     const Typed pattern = value(*like.pattern);
-    std::string sql;
-    if (like.escape) {
-        const Typed escape = value(*like.escape);
-        sql = emitLike(operand, pattern, &escape);
-    } else {
-        sql = emitLike(operand, pattern, nullptr);
-    }
-    return like.negated ? "(NOT " + sql + ")" : sql;
+    if (!like.escape) return emitLike(operand, pattern, nullptr);
+    const Typed escape = value(*like.escape);
+    return emitLike(operand, pattern, &escape);
 }
 
 std::string Translator::test(const Exists& exists) {

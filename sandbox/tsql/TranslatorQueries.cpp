@@ -191,7 +191,7 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
 
 std::string Translator::limit(const Select* select, const Query& query) {
     if (select && select->top && query.offset) throw sqlError(10741);
-    if (select && select->top) return " LIMIT " + rowCount(*select->top->count, 0, 127);
+    if (select && select->top) return " LIMIT " + rowCount(*select->top, 0, 127);
     if (!query.offset) return {};
     const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, 10744) : "-1";
     return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, 10742);
