@@ -86,10 +86,10 @@ void blockStopSignals() {
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-Listener::Listener(const Options& options, tsql::Engine& engine)
+Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
       m_engine(engine),
-      m_settings{hostName(), options.loginLimit},
+      m_settings{credentials, hostName(), options.loginLimit},
       m_socket(openListening(options)),
       m_signals(openSignals()),
       m_clientEnded(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {

@@ -19,7 +19,7 @@ void blockStopSignals();
 class Listener {
   public:
     // Binds and listens, once the stop signals are blocked. Throws std::runtime_error.
-    Listener(const Options& options, tsql::Engine& engine);
+    Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine);
     ~Listener();  // ends all sessions
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;

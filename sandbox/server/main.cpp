@@ -10,10 +10,9 @@
 namespace {
 
 void serve(const server::Options& options) {
-    const std::string password = server::readPassword(options.passwordFile);
+    const tds::Credentials credentials(options.login, server::readPassword(options.passwordFile));
     tsql::Engine engine(options.dataDirectory);
-    engine.setLogin(options.login, password);
-    server::Listener listener(options, engine);
+    server::Listener listener(options, credentials, engine);
     std::printf("listening on %s\n", listener.address().c_str());
     std::fflush(stdout);
     listener.run();

@@ -132,11 +132,11 @@ void ClientConnection::check(const Login& login) {
     if (login.integrated)
         throw tsql::SqlError(kIntegratedLoginFailed,
                              "Login failed. Only logins with a name and a password are accepted here.", 14);
-    if (!m_engine.checkLogin(login.userName, login.password))
+    if (!m_settings.credentials.match(login.userName, login.password))
         throw tsql::SqlError(kLoginFailed, loginFailed(login).text, 14);
     m_login = login.userName;
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
-    if (!m_engine.databaseExists(m_initialDatabase))
+    if (!m_engine.storage.exists(m_initialDatabase))
         throw tsql::SqlError(
             kCannotOpenDatabase,
             "Cannot open database \"" + m_initialDatabase + "\" requested by the login. The login failed.",
@@ -170,7 +170,7 @@ void ClientConnection::serveRequests() {
 // False when the session is over.
 bool ClientConnection::serve(const Request& request) {
     ResponseSink sink(m_channel, m_tokens);
-    if (request.resetsSession) resetSession(sink);
+    if (request.reset != Request::Reset::None) resetSession(request.reset, sink);
     if (request.type == PacketType::Attention) {
         sink.acknowledgeAttention();
         return true;
@@ -203,10 +203,13 @@ ByteView ClientConnection::withoutHeaders(ByteView data) const {
 }
 
 // What a connection pool asks for when it hands a connection on.
-void ClientConnection::resetSession(ResponseSink& sink) {
+void ClientConnection::resetSession(Request::Reset reset, ResponseSink& sink) {
     const std::string before(m_session->database());
-    m_session.reset();
-    m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
+    const bool keeps = reset == Request::Reset::AroundTransaction;
+    if (!keeps || !m_session->resetAroundTransaction(m_initialDatabase)) {
+        m_session.reset();
+        m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
+    }
     m_prepared = {};
     m_tokens.binaryChange(EnvChange::ResetAcknowledged);
     if (before != m_initialDatabase) sink.databaseChanged(before, m_initialDatabase);

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 
+#include "Credentials.h"
 #include "Engine.h"
 #include "PacketChannel.h"
 #include "Rpc.h"
@@ -15,6 +16,7 @@ struct Login;
 class ResponseSink;
 
 struct ConnectionSettings {
+    const Credentials& credentials;
     std::string serverName;
     std::chrono::milliseconds loginLimit{15'000};
     std::chrono::milliseconds refusalDelay{250};  // before a wrong password is answered
@@ -36,7 +38,7 @@ class ClientConnection {
     void greet(const Login& login);
     void serveRequests();
     bool serve(const Request& request);
-    void resetSession(ResponseSink& sink);
+    void resetSession(Request::Reset reset, ResponseSink& sink);
     bool runCalls(ByteView body, ResponseSink& sink);
     bool runCall(tsql::ProcedureCall call, ResponseSink& sink);
     void sendOutputs(const CallPlan& plan);

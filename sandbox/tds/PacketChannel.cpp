@@ -32,7 +32,12 @@ constexpr Limit kLimits[] = {
 
 constexpr std::uint8_t kStatusEndOfMessage = 0x01;
 constexpr std::uint8_t kStatusIgnore = 0x02;
-constexpr std::uint8_t kStatusReset = 0x08 | 0x10;
+constexpr std::uint8_t kStatusReset = 0x08, kStatusResetAround = 0x10;
+
+Request::Reset resetOf(std::uint8_t status) {
+    if ((status & kStatusReset) != 0) return Request::Reset::All;
+    return (status & kStatusResetAround) != 0 ? Request::Reset::AroundTransaction : Request::Reset::None;
+}
 
 }  // namespace
 
@@ -63,7 +68,7 @@ Request PacketChannel::readRequest() {
         const Header header = peekHeader();
         const std::size_t most = mostBytes(header.type);
         if (first || header.type == PacketType::Attention)
-            request = {header.type, (header.status & kStatusReset) != 0, false, {}};
+            request = {header.type, resetOf(header.status), false, {}};
         else if (header.type != request.type)
             throw ProtocolError("the packets of a message differ in their type");
         need(header.length);

@@ -17,8 +17,9 @@ class ConnectionClosed : public std::runtime_error {
 };
 
 struct Request {
+    enum class Reset : std::uint8_t { None, All, AroundTransaction };
     PacketType type;
-    bool resetsSession = false;
+    Reset reset = Reset::None;
     bool isTakenBack = false;  // by a client that did not want to send it to its end
     Bytes data;
 };

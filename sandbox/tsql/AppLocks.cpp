@@ -73,10 +73,10 @@ bool AppLocks::release(const std::string& resource, const void* session, bool of
     return true;
 }
 
-void AppLocks::releaseAll(const void* session, bool onlyOfTransaction) {
+void AppLocks::releaseAll(const void* session, std::optional<bool> ofTransaction) {
     const std::lock_guard guard(m_mutex);
     std::erase_if(m_granted, [&](const Lock& held) {
-        return held.session == session && (held.ofTransaction || !onlyOfTransaction);
+        return held.session == session && held.ofTransaction == ofTransaction.value_or(held.ofTransaction);
     });
     m_released.notify_all();
 }

@@ -31,7 +31,8 @@ class AppLocks {
     int acquire(const Lock& lock, std::chrono::milliseconds timeout, const std::function<bool()>& cancelled);
     // One of those that the session took; false when there is none.
     bool release(const std::string& resource, const void* session, bool ofTransaction);
-    void releaseAll(const void* session, bool onlyOfTransaction);
+    // All of a session, or those of its transaction, or those of its own.
+    void releaseAll(const void* session, std::optional<bool> ofTransaction = {});
 
   private:
     std::vector<const void*> blockersOf(const Lock& lock) const;

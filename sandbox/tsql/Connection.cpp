@@ -37,17 +37,6 @@ std::string databaseKey(std::string_view name) {
     return toLower(name);
 }
 
-void DatabaseUses::add(const std::string& key, int change) {
-    const std::lock_guard lock(m_mutex);
-    m_counts[key] += change;
-}
-
-int DatabaseUses::count(const std::string& key) const {
-    const std::lock_guard lock(m_mutex);
-    const auto found = m_counts.find(key);
-    return found == m_counts.end() ? 0 : found->second;
-}
-
 PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
     : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}
 
@@ -100,11 +89,8 @@ std::string PreparedStatement::text(int column) const {
     return text ? std::string(*text) : std::string();
 }
 
-Connection::Connection(const Storage& storage, DatabaseUses& uses, std::function<bool()> cancelled)
-    : m_storage(storage),
-      m_uses(uses),
-      m_cancelled(std::move(cancelled)),
-      m_handle(openDatabaseFile(":memory:", true)) {
+Connection::Connection(Storage& storage, std::function<bool()> cancelled)
+    : m_storage(storage), m_cancelled(std::move(cancelled)), m_handle(openDatabaseFile(":memory:", true)) {
     setLockTimeout(kUsualLockTimeout);
     sqlite3_busy_handler(handle(), waitForLock, this);
     sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);
@@ -115,7 +101,7 @@ Connection::Connection(const Storage& storage, DatabaseUses& uses, std::function
 
 Connection::~Connection() {
     dropStatements();
-    for (const auto& key : m_attached) m_uses.add(key, -1);
+    for (const auto& key : m_attached) m_storage.use(key, -1);
 }
 
 void Connection::setLockTimeout(std::chrono::milliseconds timeout) {
@@ -154,7 +140,7 @@ std::string Connection::attach(std::string_view database) {
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; a session that waits keeps its pages
     if (!inTransaction()) renewIndexes(quotedName(key));      // which would read in it
     m_attached.push_front(key);
-    m_uses.add(key, 1);
+    m_storage.use(key, 1);
     return quotedName(key);
 }
 
@@ -186,7 +172,7 @@ void Connection::detach(std::string_view database) {
     dropStatements();
     m_attached.erase(found);
     m_catalogues.erase(quotedName(key));
-    m_uses.add(key, -1);
+    m_storage.use(key, -1);
 }
 
 void Connection::detachAllBut(std::string_view database) {

@@ -6,8 +6,6 @@
 #include <chrono>
 #include <functional>
 #include <list>
-#include <map>
-#include <mutex>
 #include <set>
 #include <span>
 #include <stdexcept>
@@ -23,17 +21,6 @@ namespace tsql {
 struct SqliteFailure : std::runtime_error {
     SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
     int code;
-};
-
-// Which databases are attached by how many sessions: one that others use is neither dropped nor restored.
-class DatabaseUses {
-  public:
-    void add(const std::string& key, int change);
-    int count(const std::string& key) const;
-
-  private:
-    mutable std::mutex m_mutex;
-    std::map<std::string, int> m_counts;
 };
 
 class Connection;
@@ -63,7 +50,7 @@ class PreparedStatement {
 class Connection {
   public:
     // `cancelled` is asked while a statement runs or waits for another session, and ends it.
-    Connection(const Storage& storage, DatabaseUses& uses, std::function<bool()> cancelled);
+    Connection(Storage& storage, std::function<bool()> cancelled);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -97,8 +84,7 @@ class Connection {
     static int waitForLock(void* self, int tries);
     static int isCancelled(void* self) { return static_cast<Connection*>(self)->m_cancelled(); }
 
-    const Storage& m_storage;
-    DatabaseUses& m_uses;
+    Storage& m_storage;
     std::function<bool()> m_cancelled;
     std::chrono::milliseconds m_lockTimeout{};
     std::chrono::steady_clock::time_point m_waitEnds;

@@ -28,48 +28,34 @@ class FailingSink final : public ResultSink {
 
 }  // namespace
 
-Engine::Engine(const std::filesystem::path& dataDirectory) : m_impl(std::make_unique<Impl>(dataDirectory)) {
+Engine::Engine(const std::filesystem::path& dataDirectory) : storage(dataDirectory) {
     FailingSink sink;
-    Executor executor(*m_impl, "sa", "msdb", 1);
+    Executor executor(*this, "sa", "msdb", 1);
     executor.runBatch(kBackupSet, sink);
     // Each is looked at once, outside of a transaction; one that cannot be opened fails when it is used.
-    for (const std::string& name : m_impl->storage.databases())
+    for (const std::string& name : storage.databases())
         executor.runBatch("BEGIN TRY USE " + quotedName(name) + " END TRY BEGIN CATCH END CATCH", sink);
 }
 
-Engine::~Engine() = default;
-
-void Engine::setLogin(std::string_view name, std::string_view password) {
-    m_impl->storage.setLogin(name, password);
-}
-
-bool Engine::checkLogin(std::string_view name, std::string_view password) const {
-    return m_impl->storage.checkLogin(name, password);
-}
-
-bool Engine::databaseExists(std::string_view name) const {
-    return m_impl->storage.exists(name);
-}
-
-struct Session::Impl {
-    Executor executor;
-};
-
 Session::Session(Engine& engine, std::string_view login, std::string_view database, int spid)
-    : m_impl(new Impl{Executor(engine.impl(), login, database, spid)}) {}
+    : m_executor(std::make_unique<Executor>(engine, login, database, spid)) {}
 
 Session::~Session() = default;
 
 bool Session::runBatch(std::string_view batch, ResultSink& sink) {
-    return m_impl->executor.runBatch(batch, sink);
+    return m_executor->runBatch(batch, sink);
 }
 
 bool Session::call(ProcedureCall& call, ResultSink& sink) {
-    return m_impl->executor.call(call, sink);
+    return m_executor->call(call, sink);
 }
 
 std::string_view Session::database() const {
-    return m_impl->executor.database();
+    return m_executor->database();
+}
+
+bool Session::resetAroundTransaction(std::string_view database) {
+    return m_executor->resetAroundTransaction(database);
 }
 
 }  // namespace tsql

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "AppLocks.h"
+#include "Storage.h"
 #include "Values.h"
 
 namespace tsql {
@@ -65,28 +67,17 @@ class ResultSink {
     virtual bool cancelled() = 0;
 };
 
-// One data directory; shared by all sessions and safe under threads.
-class Engine {
-  public:
+// What all sessions share; safe under threads.
+struct Engine {
     // Opens the directory, making it and its system databases (master, msdb, tempdb, model) when missing.
     // Throws std::runtime_error with a text for the operator.
     explicit Engine(const std::filesystem::path& dataDirectory);
-    ~Engine();
-    Engine(const Engine&) = delete;
-    Engine& operator=(const Engine&) = delete;
 
-    // Makes the login or gives it a new password. Passwords are kept as salted hashes.
-    void setLogin(std::string_view name, std::string_view password);
-    // False for a wrong password as for an unknown name, after the same work.
-    bool checkLogin(std::string_view name, std::string_view password) const;
-    bool databaseExists(std::string_view name) const;
-
-    struct Impl;
-    Impl& impl() { return *m_impl; }
-
-  private:
-    std::unique_ptr<Impl> m_impl;
+    Storage storage;
+    AppLocks locks;
 };
+
+class Executor;
 
 // One client's session: current database, temporary tables, transaction, settings. One thread at a time.
 class Session {
@@ -101,11 +92,11 @@ class Session {
     bool runBatch(std::string_view batch, ResultSink& sink);
     bool call(ProcedureCall& call, ResultSink& sink);
     std::string_view database() const;
-
-    struct Impl;
+    // All but the transaction becomes what it is in a new session; false when there is none to keep.
+    bool resetAroundTransaction(std::string_view database);
 
   private:
-    std::unique_ptr<Impl> m_impl;
+    std::unique_ptr<Executor> m_executor;
 };
 
 }  // namespace tsql

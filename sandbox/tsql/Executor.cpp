@@ -33,9 +33,9 @@ bool contains(const std::array<int, N>& numbers, int number) {
 
 }  // namespace
 
-Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid)
+Executor::Executor(Engine& engine, std::string_view login, std::string_view database, int spid)
     : m_engine(engine),
-      m_connection(engine.storage, engine.uses, [this] { return isCancelled(); }),
+      m_connection(engine.storage, [this] { return isCancelled(); }),
       m_login(login),
       m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
@@ -45,7 +45,7 @@ Executor::Executor(Engine::Impl& engine, std::string_view login, std::string_vie
 }
 
 Executor::~Executor() {
-    m_engine.locks.releaseAll(this, false);
+    m_engine.locks.releaseAll(this);
 }
 
 // What a client asked for, up to its end or to what ends it. False when that is the session's end.

@@ -23,13 +23,6 @@
 
 namespace tsql {
 
-struct Engine::Impl {
-    explicit Impl(const std::filesystem::path& directory) : storage(directory) {}
-    Storage storage;
-    DatabaseUses uses;
-    AppLocks locks;
-};
-
 struct Variable {
     SqlType type;
     Value value;
@@ -85,11 +78,12 @@ std::string hostName();
 
 class Executor final : public NameResolver {
   public:
-    Executor(Engine::Impl& engine, std::string_view login, std::string_view database, int spid);
+    Executor(Engine& engine, std::string_view login, std::string_view database, int spid);
     ~Executor() override;
 
     bool runBatch(std::string_view text, ResultSink& sink);
     bool call(ProcedureCall& call, ResultSink& sink);
+    bool resetAroundTransaction(std::string_view database);
     const std::string& database() const { return m_database; }
 
     // For the functions that are registered in SQLite.
@@ -214,6 +208,7 @@ class Executor final : public NameResolver {
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
     void dropTemporaryTables(Frame& frame);
+    void dropTemporaryTables();
     void dropTable(const TableInfo& table);
     void declareTable(const ast::Declaration& declaration);
     // Does `rollback`; the table variables keep what they hold.
@@ -285,7 +280,7 @@ class Executor final : public NameResolver {
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     const Variable& local(std::string_view name);
 
-    Engine::Impl& m_engine;
+    Engine& m_engine;
     FunctionContext m_functions{this};
     Connection m_connection;
     std::string m_login;
@@ -313,6 +308,7 @@ class Executor final : public NameResolver {
     int m_transactions = 0;         // @@TRANCOUNT
     bool m_doomed = false;          // the transaction can only be rolled back
     bool m_begun = false;           // it has begun in SQLite as well
+    bool m_outlivedReset = false;   // the session was reset around it
     std::string m_transactionName;  // of the outermost one
     bool m_noCount = false;
     bool m_abortOnError = false;  // XACT_ABORT

@@ -74,7 +74,7 @@ Flow Executor::run(const CreateDatabase& create) {
 // Lets go of the database; an error when other sessions have it.
 void Executor::releaseDatabase(std::string_view name, int errorNumber) {
     if (databaseKey(name) == databaseKey(m_database) ||
-        m_engine.uses.count(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name))) {
+        m_engine.storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name))) {
         if (errorNumber == 3702) throw sqlError(3702, {name});
         throw sqlError(3101);
     }
@@ -108,7 +108,7 @@ void Executor::claim(const ObjectName& target) {
 }
 
 void Executor::endTransaction(TransactionEvent event) {
-    m_doomed = m_begun = false;
+    m_doomed = m_begun = m_outlivedReset = false;
     m_knownTables.clear();
     m_engine.locks.releaseAll(this, true);
     if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
@@ -137,8 +137,27 @@ void Executor::commit() {
 }
 
 void Executor::rollBack() {
+    const bool older = m_outlivedReset;
     endTransaction(TransactionEvent::RolledBack);
     if (m_connection.inTransaction()) keepTables([this] { m_connection.run("ROLLBACK"); });
+    if (older) dropTemporaryTables();
+}
+
+bool Executor::resetAroundTransaction(std::string_view database) {
+    if (m_transactions == 0) return false;
+    m_outlivedReset = true;
+    m_database = m_engine.storage.canonicalName(database);
+    m_connection.attach(m_database);
+    m_connection.setLockTimeout(std::chrono::milliseconds(m_lockTimeout = -1));
+    m_engine.locks.releaseAll(this, false);
+    dropTemporaryTables();
+    m_cursors.clear();
+    m_identity.reset();
+    m_identityInsert.clear();
+    m_rowCount = m_cursorRows = m_error = m_fetchStatus = 0;
+    m_noCount = m_abortOnError = m_describeOnly = false;
+    m_quotedIdentifiers = true;
+    return true;
 }
 
 void Executor::rollBackTo(const std::string& name) {

@@ -542,6 +542,13 @@ void Executor::dropTable(const TableInfo& table) {
     m_knownTables.clear();
 }
 
+// Those of the session, which a rollback across a reset brings back.
+void Executor::dropTemporaryTables() {
+    for (auto id = temporary().lastId(); id > 0; --id)
+        if (const auto object = temporary().findById(id); object && object->type == objectType::kTable)
+            if (const auto table = temporary().table(object->name)) dropTable(*table);
+}
+
 // A rolled-back table's number may be another's by now.
 void Executor::dropTemporaryTables(Frame& frame) {
     for (const auto& [name, table] : frame.tables) frame.temporary.push_back(table.info);

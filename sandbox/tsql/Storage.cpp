@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <semaphore>
 
 #include "Messages.h"
 #include "Text.h"
@@ -21,9 +20,6 @@ constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "model",
 constexpr std::string_view kExtension = ".db";
 constexpr std::size_t kMaxName = 128;
 constexpr int kBusyMilliseconds = 10'000;
-// A login costs some milliseconds; the server is for local use.
-constexpr unsigned long long kHashOperations = 3;
-constexpr std::size_t kHashMemory = 4u << 20;
 
 // Letters, digits, - and _ stand for themselves; every other byte is %XX.
 std::string encodeName(std::string_view name) {
@@ -61,41 +57,6 @@ void checkName(std::string_view name) {
         throw sqlError(103, {name});
 }
 
-struct Statement {
-    Statement(sqlite3* connection, const std::string& sql) {
-        if (sqlite3_prepare_v2(connection, sql.c_str(), -1, &handle, nullptr) != SQLITE_OK)
-            throw std::runtime_error(sqlite3_errmsg(connection));
-    }
-    ~Statement() { sqlite3_finalize(handle); }
-    Statement(const Statement&) = delete;
-    Statement& operator=(const Statement&) = delete;
-
-    void bind(int index, std::string_view text) {
-        sqlite3_bind_text64(handle, index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
-    }
-    bool step() {
-        const int code = sqlite3_step(handle);
-        if (code != SQLITE_ROW && code != SQLITE_DONE)
-            throw std::runtime_error(sqlite3_errmsg(sqlite3_db_handle(handle)));
-        return code == SQLITE_ROW;
-    }
-
-    sqlite3_stmt* handle = nullptr;
-};
-
-std::string hashOf(std::string_view password) {
-    std::array<char, crypto_pwhash_STRBYTES> hash{};
-    if (crypto_pwhash_str(hash.data(), password.data(), password.size(), kHashOperations, kHashMemory) != 0)
-        throw std::runtime_error("no memory to hash a password");
-    return hash.data();
-}
-
-// What an unknown name's password is compared with.
-const std::string& nobodysHash() {
-    static const std::string hash = hashOf("");
-    return hash;
-}
-
 }  // namespace
 
 SqliteConnection openDatabaseFile(const fs::path& file, bool create) {
@@ -126,9 +87,6 @@ Storage::Storage(fs::path directory) : m_directory(std::move(directory)) {
     if (fs::create_directories(m_directory)) ::chmod(m_directory.c_str(), S_IRWXU);
     for (const std::string_view name : kSystemDatabases)
         if (!exists(name)) create(name);
-    const auto master = openDatabaseFile(pathOf("master"), false);
-    execute(master.get(), "CREATE TABLE IF NOT EXISTS " + std::string(kLoginTable) +
-                              "(name TEXT PRIMARY KEY, hash TEXT NOT NULL)");
 }
 
 std::vector<std::string> Storage::databases() const {
@@ -173,28 +131,15 @@ bool Storage::isSystemDatabase(std::string_view name) {
                        [&](std::string_view system) { return compareText(system, name) == 0; });
 }
 
-void Storage::setLogin(std::string_view name, std::string_view password) {
-    const auto master = openDatabaseFile(pathOf("master"), false);
-    Statement statement(master.get(), "INSERT INTO " + std::string(kLoginTable) +
-                                          " VALUES(?1, ?2) ON CONFLICT(name) DO UPDATE SET hash = ?2");
-    statement.bind(1, toLower(name));
-    statement.bind(2, hashOf(password));
-    statement.step();
+void Storage::use(const std::string& key, int change) {
+    const std::lock_guard lock(m_mutex);
+    m_uses[key] += change;
 }
 
-bool Storage::checkLogin(std::string_view name, std::string_view password) const {
-    const auto master = openDatabaseFile(pathOf("master"), false);
-    Statement statement(master.get(), "SELECT hash FROM " + std::string(kLoginTable) + " WHERE name = ?1");
-    statement.bind(1, toLower(name));
-    const bool known = statement.step();
-    const std::string hash =
-        known ? reinterpret_cast<const char*>(sqlite3_column_text(statement.handle, 0)) : nobodysHash();
-    // Each takes its share of memory and of a processor: in a flood of logins the others wait for their turn.
-    static std::counting_semaphore<> turns(2);
-    turns.acquire();
-    const bool same = crypto_pwhash_str_verify(hash.c_str(), password.data(), password.size()) == 0;
-    turns.release();
-    return same && known;
+int Storage::uses(const std::string& key) const {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_uses.find(key);
+    return found == m_uses.end() ? 0 : found->second;
 }
 
 }  // namespace tsql

@@ -1,9 +1,10 @@
-// The data directory: one SQLite file a database, and the logins.
+// The data directory: one SQLite file a database.
 #pragma once
 
 #include <sqlite3.h>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -44,16 +45,15 @@ class Storage {
     void drop(std::string_view name);
     static bool isSystemDatabase(std::string_view name);
 
-    void setLogin(std::string_view name, std::string_view password);
-    // The same work for an unknown name as for a wrong password.
-    bool checkLogin(std::string_view name, std::string_view password) const;
+    // How many sessions have a database attached, by its databaseKey(): one that others use is neither
+    // dropped nor restored.
+    void use(const std::string& key, int change);
+    int uses(const std::string& key) const;
 
   private:
     std::filesystem::path m_directory;
     mutable std::mutex m_mutex;
+    std::map<std::string, int> m_uses;
 };
-
-// The table of master that holds the logins; not part of the T-SQL catalogue.
-inline constexpr std::string_view kLoginTable = "tsqlbox_logins";
 
 }  // namespace tsql

@@ -59,6 +59,47 @@ TEST(Server, AClientThatDoesNotLogInIsClosed) {
     EXPECT_TRUE(stillServes(box));
 }
 
+TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
+    constexpr std::uint8_t kResetAll = 0x09, kResetAround = 0x11;  // and the end of the message
+    const TsqlBox box;
+    const auto run = [](RawClient& client, const std::string& batch, std::uint8_t status = 1) {
+        client.send(packet(kSqlBatch, batchPacket(batch), status));
+        return finalStatus(client.response()) & 2U;
+    };
+    const auto check = [](const std::string& condition) {
+        return "IF NOT (" + condition + ") RAISERROR('it is not so', 16, 1)";
+    };
+    RawClient client(box.port()), other(box.port());
+    for (RawClient* each : {&client, &other}) ASSERT_TRUE(each->logIn(box.login(), box.password()));
+    EXPECT_EQ(run(client, "CREATE TABLE Kept (i int)"), 0U);
+    const std::string begin =
+        "SET NOCOUNT ON CREATE TABLE #t (i int) EXEC sp_getapplock 'mine', 'Exclusive', 'Session' BEGIN "
+        "TRANSACTION "
+        "INSERT INTO Kept VALUES (1) CREATE TABLE #u (i int) SET XACT_ABORT ON USE msdb";
+    const std::string fresh =
+        " AND OBJECT_ID('tempdb..#t') IS NULL AND OBJECT_ID('tempdb..#u') IS NULL "
+        "AND DB_NAME() = 'master'";
+    const std::string free =
+        "DECLARE @r int EXEC @r = sp_getapplock 'mine', 'Exclusive', 'Session', 0 "
+        "EXEC sp_releaseapplock 'mine', 'Session' " +
+        check("@r = 0");
+    for (const std::string end : {"ROLLBACK", "COMMIT"}) {
+        SCOPED_TRACE(end);
+        EXPECT_EQ(run(client, begin), 0U);
+        EXPECT_EQ(run(client, check("@@TRANCOUNT = 1 AND EXISTS (SELECT 1 FROM Kept)" + fresh), kResetAround),
+                  0U);
+        EXPECT_EQ(run(other, free), 0U) << "a lock of the session is given up";
+        EXPECT_EQ(run(client, end), 0U);
+        const std::string rows = end == "COMMIT" ? "1" : "0";
+        EXPECT_EQ(run(client, check("@@TRANCOUNT = 0 AND (SELECT COUNT(*) FROM Kept) = " + rows + fresh)),
+                  0U);
+    }
+    EXPECT_EQ(run(client, begin), 0U);
+    EXPECT_EQ(run(client, check("@@TRANCOUNT = 0 AND (SELECT COUNT(*) FROM Kept) = 1" + fresh), kResetAll),
+              0U);
+    EXPECT_EQ(run(client, check("@@TRANCOUNT = 0" + fresh), kResetAround), 0U) << "there is none to keep";
+}
+
 TEST(Server, AMessageWithNoWaitDoesNotWaitForTheBatchesEnd) {
     const TsqlBox box;
     RawClient client(box.port());

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "ByteWriter.h"
+#include "Credentials.h"
 #include "Login.h"
 #include "RawClient.h"
 #include "Rpc.h"
@@ -58,6 +59,14 @@ TEST(Login, FieldsAreReadAndThoseOutsideOfThePacketRefused) {
         damage.apply(packet);
         EXPECT_THROW(parseLogin(packet), ProtocolError) << damage.what;
     }
+}
+
+TEST(Login, NameCountsInAnyCaseThePasswordAsItIs) {
+    const Credentials credentials("Sa", "secret\xC3\xA4");
+    EXPECT_TRUE(credentials.match("sA", "secret\xC3\xA4"));
+    for (const auto& [name, password] :
+         {std::pair("sa", "Secret\xC3\xA4"), {"sa", ""}, {"nobody", "secret\xC3\xA4"}})
+        EXPECT_FALSE(credentials.match(name, password)) << name;
 }
 
 // What a type and a value on the wire come to: the type's name, and the value in its storage form.

@@ -74,7 +74,7 @@ TEST_F(Sessions, HoldTheDatabaseTheyUse) {
     EXPECT_TRUE(has(second("DROP DATABASE other"), "Msg 3702"));
     first("USE master");
     EXPECT_EQ(second("DROP DATABASE other"), "GO\n");
-    EXPECT_FALSE(m_engine.databaseExists("other"));
+    EXPECT_FALSE(m_engine.storage.exists("other"));
 }
 
 TEST_F(Sessions, WaitForApplicationLocks) {

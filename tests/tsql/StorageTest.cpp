@@ -56,19 +56,6 @@ TEST_F(StorageTest, DatabasesAreFilesUnderAnyName) {
     EXPECT_EQ(Storage(m_folder / "data").databases(), system);
 }
 
-TEST_F(StorageTest, LoginsAreHashed) {
-    m_storage->setLogin("Sa", "first");
-    m_storage->setLogin("sa", "secret\xC3\xA4");
-    EXPECT_TRUE(m_storage->checkLogin("SA", "secret\xC3\xA4"));
-    EXPECT_FALSE(m_storage->checkLogin("sa", "first"));
-    EXPECT_FALSE(m_storage->checkLogin("nobody", ""));
-    for (const auto& entry : fs::directory_iterator(m_folder / "data")) {
-        std::ifstream file(entry.path(), std::ios::binary);
-        const std::string bytes((std::istreambuf_iterator<char>(file)), {});
-        EXPECT_EQ(bytes.find("secret"), std::string::npos) << entry.path();
-    }
-}
-
 TEST_F(StorageTest, BackupComesBackUnderAnotherName) {
     m_storage->create("shop");
     run("shop", "CREATE TABLE t(x); INSERT INTO t VALUES (1), (2)");
