@@ -45,13 +45,10 @@ Catalogue::Catalogue(Connection& connection, std::string database, std::string s
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
     if (m_connection.hasCatalogue(m_schema)) return;
     const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
-    {
-        PreparedStatement known(m_connection, "SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_columns'");
-        if (known.step()) {
-            // What this session's transaction has made would go with it.
-            if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
-            return;
-        }
+    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_columns'")) {
+        // What this session's transaction has made would go with it.
+        if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
+        return;
     }
     for (const auto table : kTables) run(table);
 }
@@ -124,10 +121,7 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
 }
 
 std::int64_t Catalogue::lastId() const {
-    PreparedStatement query(m_connection,
-                            inSchema("SELECT coalesce(max(id), 0) FROM $.tsqlbox_objects", m_schema));
-    query.step();
-    return query.integer(0);
+    return *m_connection.number(inSchema("SELECT coalesce(max(id), 0) FROM $.tsqlbox_objects", m_schema));
 }
 
 void Catalogue::save(ObjectInfo& object) {

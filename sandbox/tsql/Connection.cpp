@@ -155,10 +155,7 @@ void Connection::lock(std::string_view database) {
 
 // An index made when texts sorted otherwise is of no use.
 void Connection::renewIndexes(const std::string& schema) {
-    {
-        PreparedStatement version(*this, "PRAGMA " + schema + ".user_version");
-        if (version.step() && version.integer(0) >= kSortVersion) return;
-    }
+    if (number("PRAGMA " + schema + ".user_version") >= kSortVersion) return;
     run("REINDEX ts_ci");
     run("PRAGMA " + schema + ".user_version = " + std::to_string(kSortVersion));
 }
@@ -185,6 +182,12 @@ void Connection::run(const std::string& sql, std::span<const Value> values) {
     PreparedStatement statement(*this, sql);
     statement.bindAll(values);
     while (statement.step()) continue;
+}
+
+std::optional<std::int64_t> Connection::number(const std::string& sql, std::span<const Value> values) {
+    PreparedStatement statement(*this, sql);
+    statement.bindAll(values);
+    return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;
 }
 
 // A statement that runs already (a function calls itself) is not among the idle ones, so it is made anew.

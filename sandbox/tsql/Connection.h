@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <list>
+#include <optional>
 #include <set>
 #include <span>
 #include <stdexcept>
@@ -74,6 +75,8 @@ class Connection {
     void noteCatalogue(const std::string& schema) { m_catalogues.insert(schema); }
 
     void run(const std::string& sql, std::span<const Value> values = {});
+    // The number in the first row's first column; nothing without a row.
+    std::optional<std::int64_t> number(const std::string& sql, std::span<const Value> values = {});
 
   private:
     friend class PreparedStatement;

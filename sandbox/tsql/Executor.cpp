@@ -265,10 +265,9 @@ SqlError Executor::brokenReference() {
     const auto others = catalogue.keysTo(m_target.name);
     for (const auto& key : catalogue.keysOf(m_target.id)) {
         if (m_newRows.empty() || key.type != objectType::kForeignKey) continue;
-        PreparedStatement query(m_connection, "WITH " + m_newRows + " SELECT 1 FROM incoming WHERE " +
-                                                  orphans(catalogue, m_target, key, "incoming") + " LIMIT 1");
-        query.bindAll(m_changeValues);
-        if (query.step()) return foreignKeyConflict(catalogue, key);
+        const std::string broken = "WITH " + m_newRows + " SELECT 1 FROM incoming WHERE " +
+                                   orphans(catalogue, m_target, key, "incoming") + " LIMIT 1";
+        if (m_connection.number(broken, m_changeValues)) return foreignKeyConflict(catalogue, key);
     }
     if (others.size() != 1) return conflict("REFERENCE", m_target, {});
     return conflict("REFERENCE", *catalogue.table(others.front().table), others.front());

@@ -19,9 +19,9 @@ std::string_view storageClass(const SqlType& type) {
     return "TEXT COLLATE ts_ci";
 }
 
-std::string nameList(const std::vector<std::string>& names) {
+std::string nameList(const std::vector<std::string>& names, const std::string& prefix = {}) {
     std::string list;
-    for (const auto& name : names) list += (list.empty() ? "" : ", ") + quotedName(name);
+    for (const auto& name : names) list += (list.empty() ? "" : ", ") + prefix + quotedName(name);
     return list;
 }
 
@@ -85,18 +85,14 @@ std::vector<const Constraint*> allConstraints(const CreateTable& create) {
     return all;
 }
 
-bool isKeyColumn(const CreateTable& create, std::string_view name) {
+// `create`: what tells that the column is of the primary key.
+TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
+    TableColumn column{definition.name, definition.type, !definition.identity, definition.identity};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
-            for (const auto& column : constraint->columns)
-                if (compareText(column, name) == 0) return true;
-    return false;
-}
-
-TableColumn columnOf(const ColumnDefinition& definition, bool inKey) {
-    TableColumn column{
-        definition.name, definition.type, definition.nullable.value_or(true), definition.identity, {}};
-    if (definition.identity || inKey) column.nullable = false;
+            for (const auto& name : constraint->columns)
+                column.nullable = column.nullable && compareText(name, column.name) != 0;
+    column.nullable = definition.nullable.value_or(column.nullable);
     for (const auto& constraint : definition.constraints)
         if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
     return column;
@@ -106,19 +102,6 @@ std::string columnText(const TableColumn& column) {
     if (column.identity) return quotedName(column.name) + " INTEGER PRIMARY KEY AUTOINCREMENT";
     return quotedName(column.name) + " " + std::string(storageClass(column.type)) +
            (column.nullable ? "" : " NOT NULL");
-}
-
-void checkDefinition(const CreateTable& create) {
-    std::vector<std::string> names;
-    bool identity = false;
-    for (const auto& column : create.columns) {
-        for (const auto& name : names)
-            if (compareText(name, column.name) == 0) throw sqlError(2705, {column.name, create.table.name});
-        names.push_back(column.name);
-        if (column.identity && !isExact(column.type.id)) throw sqlError(2749, {column.name});
-        if (column.identity && identity) throw sqlError(2744, {create.table.name});
-        identity = identity || column.identity;
-    }
 }
 
 }  // namespace
@@ -142,16 +125,20 @@ Flow Executor::run(const CreateTable& create) {
 }
 
 TableInfo Executor::createTable(const CreateTable& create) {
-    checkDefinition(create);
+    const std::string& name = create.table.name;
+    ObjectInfo object{0, name, std::string(objectType::kTable), 0, name, {}, {}, {}};
     TableInfo table;
+    for (const auto& definition : create.columns) {
+        if (table.column(definition.name)) throw sqlError(2705, {definition.name, name});
+        if (definition.identity && !isExact(definition.type.id)) throw sqlError(2749, {definition.name});
+        if (definition.identity && definition.nullable.value_or(false))
+            throw sqlError(8147, {definition.name, name});
+        if (definition.identity && table.identityColumn()) throw sqlError(2744, {name});
+        table.columns.push_back(columnOf(definition, create));
+        if (definition.identity) object.columns = std::to_string(definition.seed);
+    }
     define(create.table, [&](Catalogue& owner) {
-        const std::string& name = create.table.name;
         if (!isTemporaryName(name) && owner.find(name)) throw sqlError(2714, {name});
-        ObjectInfo object{0, name, std::string(objectType::kTable), 0, name, {}, {}, {}};
-        for (const auto& definition : create.columns) {
-            table.columns.push_back(columnOf(definition, isKeyColumn(create, definition.name)));
-            if (definition.identity) object.columns = std::to_string(definition.seed);
-        }
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
         owner.save(object);
         owner.addColumns(object.id, table.columns);
@@ -321,13 +308,8 @@ void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
     m_connection.run("PRAGMA writable_schema = ON");
     m_connection.run(
         "UPDATE " + table.schema + ".sqlite_master SET sql = ?2 WHERE type = 'table' AND name = ?1", values);
-    std::int64_t version = 0;
-    {
-        PreparedStatement query(m_connection, "PRAGMA " + table.schema + ".schema_version");
-        query.step();
-        version = query.integer(0);
-    }
-    m_connection.run("PRAGMA " + table.schema + ".schema_version = " + std::to_string(version + 1));
+    const std::string version = "PRAGMA " + table.schema + ".schema_version";
+    m_connection.run(version + " = " + std::to_string(*m_connection.number(version) + 1));
     m_connection.run("PRAGMA writable_schema = RESET");
 }
 
@@ -346,27 +328,22 @@ void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const Obj
 }
 
 bool Executor::anyRow(const TableInfo& table, const std::string& condition) {
-    PreparedStatement query(m_connection,
-                            "SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1");
-    return query.step();
+    return m_connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1")
+        .has_value();
 }
 
-// The condition that a row of `rows` refers to none: SQL over the table or the rows that were to come.
+// The condition that a row of `rows` refers to none: SQL over the table or the rows that were to come. A NULL
+// refers to nothing, and makes the row unequal to itself.
 std::string Executor::orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                               const std::string& rows) {
-    const auto columns = columnList(key.columns), referenced = referencedColumns(catalogue, key);
-    std::string present, match;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        const std::string column = rows + "." + quotedName(columns[i]);
-        present += column + " IS NOT NULL AND ";
-        match += (i ? " AND " : "") + ("parent." + quotedName(referenced[i])) + " = " + column;
-    }
-    return present + "NOT EXISTS (SELECT 1 FROM " + table.schema + "." + quotedName(key.stored) +
-           " AS parent WHERE " + match + ")";
+    const std::string own = "(" + nameList(columnList(key.columns), rows + ".") + ")";
+    return own + " = " + own + " AND NOT EXISTS (SELECT 1 FROM " + table.schema + "." +
+           quotedName(key.stored) + " AS parent WHERE (" +
+           nameList(referencedColumns(catalogue, key), "parent.") + ") = " + own + ")";
 }
 
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
-    TableColumn column = columnOf(definition, false);
+    TableColumn column = columnOf(definition, {});
     if (table.column(column.name)) throw sqlError(2705, {column.name, table.name});
     if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
     const std::string fallback = std::exchange(column.byDefault, {});

@@ -238,6 +238,7 @@ constexpr std::string_view kMessages =
 8134 16 1 Divide by zero error encountered.
 8144 16 2 Procedure or function %s has too many arguments specified.
 8145 16 1 %s is not a parameter for procedure %s.
+8147 16 1 Could not create IDENTITY attribute on nullable column '%s', table '%s'.
 8152 16 1 String or binary data would be truncated.
 8155 16 1 No column name was specified for column %s of '%s'.
 8158 16 1 '%s' has more columns than were specified in the column list.

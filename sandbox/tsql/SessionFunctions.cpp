@@ -134,10 +134,10 @@ struct SessionFunctions {
     static Value currentIdentity(const Call& call) {
         const TableInfo info = session(call).table(splitName(call.text(0)));
         if (!info.identityColumn()) return Null{};
-        PreparedStatement query(session(call).m_connection,
-                                "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1");
-        query.bind(1, info.stored);
-        return query.step() ? query.integer(0) : std::int64_t{1};
+        const Value stored[] = {info.stored};
+        const auto last = session(call).m_connection.number(
+            "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1", stored);
+        return last.value_or(1);
     }
 
     static Value scopeIdentity(const Call& call) {

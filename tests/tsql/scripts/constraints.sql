@@ -154,3 +154,7 @@ CREATE TABLE two_nulls (a int, b int)
 INSERT two_nulls VALUES (NULL, 1), (NULL, 1)
 CREATE UNIQUE INDEX ux_two ON two_nulls (a, b)
 ALTER TABLE two_nulls ADD CONSTRAINT UQ_two UNIQUE (a)
+GO
+-- what takes NULL is no key and no identity
+CREATE TABLE null_key (a int NULL PRIMARY KEY)
+CREATE TABLE null_identity (a int IDENTITY NULL)
