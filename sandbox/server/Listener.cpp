@@ -5,16 +5,15 @@
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 
 namespace server {
 namespace {
@@ -89,16 +88,16 @@ void blockStopSignals() {
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
       m_engine(engine),
-      m_settings{credentials, hostName(), options.loginLimit},
+      m_settings{credentials, hostName(), std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
-      m_signals(openSignals()),
-      m_clientEnded(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    if (m_signals.get() < 0 || m_clientEnded.get() < 0) fail("cannot wait for events");
+      m_signals(openSignals()) {
+    if (m_signals.get() < 0) fail("cannot wait for signals");
 }
 
 Listener::~Listener() {
-    for (Client& client : m_clients) shutdown(client.socket.get(), SHUT_RDWR);
-    for (Client& client : m_clients) client.thread.join();
+    std::unique_lock lock(m_mutex);
+    for (const auto& [id, client] : m_clients) shutdown(client.get(), SHUT_RDWR);
+    m_sessionEnded.wait(lock, [this] { return m_clients.empty(); });
 }
 
 std::string Listener::address() const {
@@ -110,24 +109,21 @@ std::string Listener::address() const {
 
 void Listener::run() {
     bool clientWaits = false;
-    while (waitForEvent(clientWaits)) {
-        joinEnded();
+    while (waitForEvent(clientWaits))
         if (clientWaits) acceptClient();
-    }
 }
 
 // False when it is time to stop.
 bool Listener::waitForEvent(bool& clientWaits) {
     pollfd events[] = {{m_socket.get(), POLLIN, 0},
                        {m_signals.get(), POLLIN, 0},
-                       {m_clientEnded.get(), POLLIN, 0},
                        {m_options.stopAtEndOfInput ? STDIN_FILENO : -1, POLLIN, 0}};
     if (poll(events, std::size(events), -1) < 0) {
         if (errno == EINTR) return true;
         fail("poll");
     }
     clientWaits = events[0].revents != 0;
-    return events[1].revents == 0 && (events[3].revents == 0 || !inputEnded());
+    return events[1].revents == 0 && (events[2].revents == 0 || !inputEnded());
 }
 
 void Listener::acceptClient() {
@@ -137,44 +133,34 @@ void Listener::acceptClient() {
         if (noDescriptors) std::this_thread::sleep_for(kPauseWithoutDescriptors);
         return;
     }
+    const int on = 1;
+    setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(socket.get(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);  // a host that vanished is noticed
+    startSession(std::move(socket));
+}
+
+void Listener::startSession(Socket client) {
+    const std::lock_guard lock(m_mutex);
     if (m_clients.size() >= static_cast<std::size_t>(m_options.mostConnections)) {
         std::fprintf(stderr, "a client was turned away: %d are being served\n", m_options.mostConnections);
         return;
     }
-    const int on = 1;
-    setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    setsockopt(socket.get(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);  // a host that vanished is noticed
-    const int sessionId = freeSessionId();
-    Client& client = m_clients.emplace_back(std::move(socket), sessionId);
+    int id = kFirstSessionId;
+    while (m_clients.contains(id)) ++id;
+    const auto place = m_clients.emplace(id, std::move(client)).first;
     try {
-        client.thread = std::thread(&Listener::serve, this, std::ref(client));
+        std::thread(&Listener::serve, this, place->second.get(), id).detach();
     } catch (const std::system_error& error) {
         std::fprintf(stderr, "a client was turned away: %s\n", error.what());
-        m_clients.pop_back();
+        m_clients.erase(place);
     }
 }
 
-void Listener::serve(Client& client) {
-    tds::ClientConnection(client.socket.get(), client.sessionId, m_engine, m_settings).run();
-    shutdown(client.socket.get(), SHUT_RDWR);
-    client.ended = true;
-    eventfd_write(m_clientEnded.get(), 1);
-}
-
-void Listener::joinEnded() {
-    eventfd_t count = 0;
-    eventfd_read(m_clientEnded.get(), &count);
-    m_clients.remove_if([](Client& client) {
-        if (client.ended) client.thread.join();
-        return client.ended.load();
-    });
-}
-
-int Listener::freeSessionId() const {
-    int id = kFirstSessionId;
-    const auto taken = [&](const Client& client) { return client.sessionId == id; };
-    while (std::any_of(m_clients.begin(), m_clients.end(), taken)) ++id;
-    return id;
+void Listener::serve(int client, int sessionId) {
+    tds::ClientConnection(client, sessionId, m_engine, m_settings).run();
+    const std::lock_guard lock(m_mutex);
+    m_clients.erase(sessionId);
+    m_sessionEnded.notify_all();
 }
 
 }  // namespace server

@@ -1,10 +1,10 @@
 // Accepts clients and gives each a thread of its own, until told to stop.
 #pragma once
 
-#include <atomic>
-#include <list>
+#include <condition_variable>
+#include <map>
+#include <mutex>
 #include <string>
-#include <thread>
 
 #include "ClientConnection.h"
 #include "Engine.h"
@@ -29,28 +29,19 @@ class Listener {
     void run();
 
   private:
-    struct Client {
-        Client(Socket connected, int id) : socket(std::move(connected)), sessionId(id) {}
-
-        Socket socket;
-        int sessionId;
-        std::atomic<bool> ended = false;
-        std::thread thread;
-    };
-
     bool waitForEvent(bool& clientWaits);
     void acceptClient();
-    void serve(Client& client);
-    void joinEnded();
-    int freeSessionId() const;
+    void startSession(Socket client);
+    void serve(int client, int sessionId);
 
     const Options& m_options;
     tsql::Engine& m_engine;
     tds::ConnectionSettings m_settings;
     Socket m_socket;
-    Socket m_signals;      // a signalfd
-    Socket m_clientEnded;  // an eventfd, so that a thread that has ended is joined at once
-    std::list<Client> m_clients;
+    Socket m_signals;  // a signalfd
+    std::mutex m_mutex;
+    std::condition_variable m_sessionEnded;
+    std::map<int, Socket> m_clients;  // by session; each is its thread's, which removes it last of all
 };
 
 }  // namespace server

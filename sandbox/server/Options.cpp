@@ -12,7 +12,7 @@ namespace {
 constexpr int kMostLoginSeconds = 3600;
 constexpr std::size_t kMostPasswordBytes = 512;
 
-void addOptions(CLI::App& app, Options& options, int& loginSeconds) {
+void addOptions(CLI::App& app, Options& options) {
     app.add_option("--data", options.dataDirectory, "directory of the databases; made when missing")
         ->required();
     app.add_option("--port", options.port, "TCP port; 0 picks a free one")->capture_default_str();
@@ -25,7 +25,7 @@ void addOptions(CLI::App& app, Options& options, int& loginSeconds) {
     app.add_option("--max-connections", options.mostConnections, "clients served at a time")
         ->check(CLI::Range(1, 32000))
         ->capture_default_str();
-    app.add_option("--login-timeout", loginSeconds, "seconds that a client has to log in")
+    app.add_option("--login-timeout", options.loginSeconds, "seconds that a client has to log in")
         ->check(CLI::Range(1, kMostLoginSeconds))
         ->capture_default_str();
     app.add_flag("--stop-at-eof", options.stopAtEndOfInput,
@@ -37,14 +37,12 @@ void addOptions(CLI::App& app, Options& options, int& loginSeconds) {
 Options parseOptions(int argc, char** argv) {
     CLI::App app{"tsqlbox: a local SQL server for trying, developing and testing"};
     Options options;
-    int loginSeconds = static_cast<int>(options.loginLimit.count());
-    addOptions(app, options, loginSeconds);
+    addOptions(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         std::exit(app.exit(error));
     }
-    options.loginLimit = std::chrono::seconds(loginSeconds);
     return options;
 }
 

@@ -1,7 +1,6 @@
 // The command line of tsqlbox.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -17,7 +16,7 @@ struct Options {
     bool allowRemote = false;   // needed for an address other than a loopback one
     bool stopAtEndOfInput = false;
     int mostConnections = 512;
-    std::chrono::seconds loginLimit{15};
+    int loginSeconds = 15;  // that a client has to log in
 };
 
 // Ends the process for --help and for a command line that is wrong, saying what is.

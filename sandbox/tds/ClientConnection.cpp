@@ -5,13 +5,11 @@
 #include <thread>
 
 #include "Login.h"
-#include "ResponseSink.h"
 
 namespace tds {
 namespace {
 
 constexpr std::string_view kDefaultDatabase = "master";
-constexpr std::string_view kLanguage = "us_english";
 
 constexpr int kLoginFailed = 18456;
 constexpr int kIntegratedLoginFailed = 18452;
@@ -30,9 +28,6 @@ tsql::Message loginFailed(const Login& login) {
     return error(kLoginFailed, 14, "Login failed for user '" + login.userName + "'.");
 }
 
-constexpr std::string_view kIsolationLevels[] = {
-    "", "READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"};
-
 enum TransactionRequest : std::uint16_t { kBegin = 5, kCommit = 7, kRollback = 8, kSave = 9 };
 constexpr std::uint8_t kBeginsNext = 1;  // flag of a commit or rollback
 
@@ -43,12 +38,10 @@ std::string transactionName(ByteReader& in) {
     return name.empty() ? name : " [" + name + "]";
 }
 
+// Every isolation level is the same here.
 std::string beginBatch(ByteReader& in) {
-    const std::uint8_t level = in.u8();
-    const bool known = level > 0 && level < std::size(kIsolationLevels);
-    const std::string first =
-        known ? "SET TRANSACTION ISOLATION LEVEL " + std::string(kIsolationLevels[level]) : "";
-    return first + " BEGIN TRANSACTION" + transactionName(in);
+    in.skip(1);
+    return "BEGIN TRANSACTION" + transactionName(in);
 }
 
 std::string endBatch(const char* verb, ByteReader& in) {
@@ -83,7 +76,7 @@ ClientConnection::ClientConnection(int socket, int sessionId, tsql::Engine& engi
       m_settings(settings),
       m_sessionId(sessionId),
       m_channel(socket, static_cast<std::uint16_t>(sessionId)),
-      m_tokens(settings.serverName) {}
+      m_response(m_channel, settings.serverName) {}
 
 void ClientConnection::run() noexcept {
     try {
@@ -100,20 +93,17 @@ void ClientConnection::run() noexcept {
 
 bool ClientConnection::logIn() {
     const Login login = readLogin();
-    m_version = login.version;
-    m_tokens.setVersion(login.version);
-    try {
-        check(login);
-    } catch (const tsql::SqlError& refusal) {
-        std::this_thread::sleep_for(m_settings.refusalDelay);
-        m_tokens.message(error(refusal.number, refusal.severity, refusal.what()));
-        if (refusal.number != kLoginFailed) m_tokens.message(loginFailed(login));
-        m_tokens.done(Token::Done, kDoneError, -1, false);
-        m_channel.sendLast(m_tokens.data());
-        return false;
+    m_response.setVersion(login.version);
+    const auto refusal = refusalOf(login);
+    if (!refusal) {
+        greet(login);
+        return true;
     }
-    greet(login);
-    return true;
+    std::this_thread::sleep_for(m_settings.refusalDelay);
+    m_response.message(*refusal);
+    if (refusal->number != kLoginFailed) m_response.message(loginFailed(login));
+    m_response.finish();
+    return false;
 }
 
 Login ClientConnection::readLogin() {
@@ -127,36 +117,31 @@ Login ClientConnection::readLogin() {
     return parseLogin(request.data);
 }
 
-// Throws SqlError for a login that is refused.
-void ClientConnection::check(const Login& login) {
+std::optional<tsql::Message> ClientConnection::refusalOf(const Login& login) {
     if (login.integrated)
-        throw tsql::SqlError(kIntegratedLoginFailed,
-                             "Login failed. Only logins with a name and a password are accepted here.", 14);
-    if (!m_settings.credentials.match(login.userName, login.password))
-        throw tsql::SqlError(kLoginFailed, loginFailed(login).text, 14);
+        return error(kIntegratedLoginFailed, 14,
+                     "Login failed. Only logins with a name and a password are accepted here.");
+    if (!m_settings.credentials.match(login.userName, login.password)) return loginFailed(login);
     m_login = login.userName;
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
-    if (!m_engine.storage.exists(m_initialDatabase))
-        throw tsql::SqlError(
-            kCannotOpenDatabase,
-            "Cannot open database \"" + m_initialDatabase + "\" requested by the login. The login failed.",
-            11);
+    if (m_engine.storage.exists(m_initialDatabase)) return std::nullopt;
+    return error(
+        kCannotOpenDatabase, 11,
+        "Cannot open database \"" + m_initialDatabase + "\" requested by the login. The login failed.");
 }
 
 void ClientConnection::greet(const Login& login) {
     m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
-    const std::string language(kLanguage);
-    m_tokens.textChange(EnvChange::Database, database, kDefaultDatabase);
-    m_tokens.message(
+    m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
+    m_response.message(
         {kDatabaseContextChanged, 0, 2, 1, {}, "Changed database context to '" + database + "'."});
-    m_tokens.binaryChange(EnvChange::Collation, kCollation);
-    m_tokens.textChange(EnvChange::Language, kLanguage, {});
-    m_tokens.message({kLanguageChanged, 0, 1, 1, {}, "Changed language setting to " + language + "."});
-    m_tokens.loginAck();
-    m_tokens.textChange(EnvChange::PacketSize, std::to_string(login.packetSize), "4096");
-    m_tokens.done(Token::Done, kDoneFinal, -1, false);
-    m_channel.sendLast(m_tokens.data());
+    m_response.binaryChange(EnvChange::Collation, kCollation);
+    m_response.textChange(EnvChange::Language, "us_english", {});
+    m_response.message({kLanguageChanged, 0, 1, 1, {}, "Changed language setting to us_english."});
+    m_response.loginAck();
+    m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize), "4096");
+    m_response.finish();
     m_channel.setPacketSize(login.packetSize);
     m_channel.loginIsDone();
 }
@@ -169,33 +154,32 @@ void ClientConnection::serveRequests() {
 
 // False when the session is over.
 bool ClientConnection::serve(const Request& request) {
-    ResponseSink sink(m_channel, m_tokens);
-    if (request.reset != Request::Reset::None) resetSession(request.reset, sink);
+    if (request.reset != Request::Reset::None) resetSession(request.reset);
     if (request.type == PacketType::Attention) {
-        sink.acknowledgeAttention();
+        m_response.acknowledgeAttention();
         return true;
     }
     if (request.isTakenBack) {
-        sink.refuse();
+        m_response.refuse();
         return true;
     }
-    const bool goesOn = run(sink, [&] {
+    const bool goesOn = run([&] {
         switch (request.type) {
             case PacketType::SqlBatch:
-                return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), sink);
+                return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), m_response);
             case PacketType::Rpc:
-                return runCalls(withoutHeaders(request.data), sink);
+                return runCalls(withoutHeaders(request.data));
             default:
-                return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), sink);
+                return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), m_response);
         }
     });
-    sink.finish();
+    m_response.finish();
     return goesOn;
 }
 
 // Since 7.2 each request starts with headers, whose total length stands first: 2.2.5.3.
 ByteView ClientConnection::withoutHeaders(ByteView data) const {
-    if (m_version < Version::V72) return data;
+    if (m_response.version() < Version::V72) return data;
     const std::uint32_t length = ByteReader(data).u32();
     if (length < 4 || length > data.size())
         throw ProtocolError("a request's headers are longer than the request");
@@ -203,7 +187,7 @@ ByteView ClientConnection::withoutHeaders(ByteView data) const {
 }
 
 // What a connection pool asks for when it hands a connection on.
-void ClientConnection::resetSession(Request::Reset reset, ResponseSink& sink) {
+void ClientConnection::resetSession(Request::Reset reset) {
     const std::string before(m_session->database());
     const bool keeps = reset == Request::Reset::AroundTransaction;
     if (!keeps || !m_session->resetAroundTransaction(m_initialDatabase)) {
@@ -211,21 +195,21 @@ void ClientConnection::resetSession(Request::Reset reset, ResponseSink& sink) {
         m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
     }
     m_prepared = {};
-    m_tokens.binaryChange(EnvChange::ResetAcknowledged);
-    if (before != m_initialDatabase) sink.databaseChanged(before, m_initialDatabase);
+    m_response.binaryChange(EnvChange::ResetAcknowledged);
+    if (before != m_initialDatabase) m_response.databaseChanged(before, m_initialDatabase);
 }
 
 // What fails is told to the client, which is all that may be lost: but for a fault of the server's own the
 // session goes on.
 template <typename Work>
-bool ClientConnection::run(ResponseSink& sink, Work work) {
+bool ClientConnection::run(Work work) {
     try {
         return work();
     } catch (const tsql::SqlError& problem) {
-        sink.message(error(problem.number, problem.severity, problem.what()));
+        m_response.message(error(problem.number, problem.severity, problem.what()));
         return true;
     } catch (const ValueError& problem) {
-        sink.message(error(kValueNotConvertible, 16, problem.what()));
+        m_response.message(error(kValueNotConvertible, 16, problem.what()));
         return true;
     } catch (const ConnectionClosed&) {
         throw;
@@ -233,7 +217,7 @@ bool ClientConnection::run(ResponseSink& sink, Work work) {
         throw;
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d: %s\n", m_sessionId, problem.what());
-        sink.message(
+        m_response.message(
             error(kInternalError, 20, std::string("The server failed at this batch: ") + problem.what()));
         return false;
     }
@@ -241,32 +225,32 @@ bool ClientConnection::run(ResponseSink& sink, Work work) {
 
 // ---- Procedure calls ----------------------------------------------------------------------------------
 
-bool ClientConnection::runCalls(ByteView body, ResponseSink& sink) {
+bool ClientConnection::runCalls(ByteView body) {
     for (tsql::ProcedureCall& call : parseRpc(body)) {
-        sink.beginCall();
-        if (!run(sink, [&] { return runCall(std::move(call), sink); })) return false;
-        sink.endCall();
-        if (sink.attention()) break;
+        m_response.beginCall();
+        if (!run([&] { return runCall(std::move(call)); })) return false;
+        m_response.endCall();
+        if (m_response.attention()) break;
     }
     return true;
 }
 
-bool ClientConnection::runCall(tsql::ProcedureCall call, ResponseSink& sink) {
+bool ClientConnection::runCall(tsql::ProcedureCall call) {
     CallPlan plan = m_prepared.plan(std::move(call));
-    if (plan.run && !m_session->call(*plan.run, sink)) return false;
-    if (plan.run && plan.run->describeOnly && sink.anyError()) {
+    if (plan.run && !m_session->call(*plan.run, m_response)) return false;
+    if (plan.run && plan.run->describeOnly && m_response.anyError()) {
         m_prepared.forget(*plan.handle);
         throw tsql::SqlError(kNotPrepared, "Statement(s) could not be prepared.");
     }
-    sink.flushDone();
     sendOutputs(plan);
     return true;
 }
 
 void ClientConnection::sendOutputs(const CallPlan& plan) {
-    m_tokens.returnStatus(plan.run ? plan.run->status : 0);
+    m_response.returnStatus(plan.run ? plan.run->status : 0);
     const auto send = [this](const tsql::ProcedureCall::Argument& argument) {
-        if (argument.output) m_tokens.returnValue(argument.name, argument.type, tsql::viewOf(argument.value));
+        if (argument.output)
+            m_response.returnValue(argument.name, argument.type, tsql::viewOf(argument.value));
     };
     if (plan.handle) send(*plan.handle);
     if (plan.run) std::for_each(plan.run->arguments.begin(), plan.run->arguments.end(), send);

@@ -7,13 +7,12 @@
 #include "Credentials.h"
 #include "Engine.h"
 #include "PacketChannel.h"
+#include "Response.h"
 #include "Rpc.h"
-#include "TokenWriter.h"
 
 namespace tds {
 
 struct Login;
-class ResponseSink;
 
 struct ConnectionSettings {
     const Credentials& credentials;
@@ -34,24 +33,23 @@ class ClientConnection {
   private:
     bool logIn();
     Login readLogin();
-    void check(const Login& login);
+    std::optional<tsql::Message> refusalOf(const Login& login);
     void greet(const Login& login);
     void serveRequests();
     bool serve(const Request& request);
-    void resetSession(Request::Reset reset, ResponseSink& sink);
-    bool runCalls(ByteView body, ResponseSink& sink);
-    bool runCall(tsql::ProcedureCall call, ResponseSink& sink);
+    void resetSession(Request::Reset reset);
+    bool runCalls(ByteView body);
+    bool runCall(tsql::ProcedureCall call);
     void sendOutputs(const CallPlan& plan);
     template <typename Work>
-    bool run(ResponseSink& sink, Work work);
+    bool run(Work work);
     ByteView withoutHeaders(ByteView data) const;
 
     tsql::Engine& m_engine;
     const ConnectionSettings& m_settings;
     int m_sessionId;
     PacketChannel m_channel;
-    TokenWriter m_tokens;
-    Version m_version = Version::V74;
+    Response m_response;
     std::string m_login;
     std::string m_initialDatabase;
     std::unique_ptr<tsql::Session> m_session;

@@ -40,7 +40,6 @@ enum class Token : std::uint8_t {
     DoneInProc = 0xFF,
 };
 
-// Bits of a DONE token's status.
 constexpr int kLeastErrorSeverity = 11;  // of a message: below it is information
 
 // Bits of a DONE token's status.
