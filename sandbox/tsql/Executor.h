@@ -150,7 +150,7 @@ class Executor final : public NameResolver {
     Flow run(const ast::ChangeCursor& change);
     Flow run(const ast::Fetch& fetch);
     void openCursor(Cursor& cursor);
-    Cursors* cursorsWith(const std::string& name, bool global);
+    Cursors& cursorsWith(const ast::CursorName& cursor);
     Value cursorStatus(std::string_view scope, std::string_view name);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
@@ -261,15 +261,12 @@ class Executor final : public NameResolver {
     void endTransaction(TransactionEvent event);
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
     void useDatabase(const std::string& name);
-    void releaseDatabase(std::string_view name, int errorNumber);
-    void inform(int number, const std::string& text) const;
-    void informProcessed(const BackupHeader& header, std::string_view database) const;
+    void releaseDatabase(std::string_view name, const SqlError& inUse);
+    void inform(int number, std::initializer_list<std::string_view> values = {}) const;
     Progress progress(std::int64_t step) const;
-    void runMedia(const std::string& verb, const std::function<void()>& work);
-    void sendReport(const BackupReport& report);
+    void runMedia(std::string_view verb, const std::function<void()>& work);
+    Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);
     void restoreFrom(const std::string& file, const ast::Restore& restore);
-    void recordBackup(std::string_view database, std::string_view started, std::string_view finished,
-                      std::int64_t bytes);
 
     // ---- names (ExecutorNames.cpp)
     struct Global;

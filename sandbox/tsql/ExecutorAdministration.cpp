@@ -39,9 +39,7 @@ Flow Executor::run(const SetOption& option) {
             m_identityInsert = option.on ? target.fullName() : "";
     }
     m_rowCount = 0;
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
 // ---- databases
@@ -57,27 +55,21 @@ Flow Executor::run(const Use& use) {
     if (!m_frames.back()->procedure.empty())
         throw sqlError(154, {"a USE database statement", "a procedure, function or trigger"});
     useDatabase(use.database);
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
 Flow Executor::run(const CreateDatabase& create) {
     refuseInFunction();
     if (m_transactions > 0) throw sqlError(226, {"CREATE DATABASE"});
     m_engine.storage.create(create.name);
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
-// Lets go of the database; an error when other sessions have it.
-void Executor::releaseDatabase(std::string_view name, int errorNumber) {
+// Lets go of the database, unless sessions have it that go on.
+void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
     if (databaseKey(name) == databaseKey(m_database) ||
-        m_engine.storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name))) {
-        if (errorNumber == 3702) throw sqlError(3702, {name});
-        throw sqlError(3101);
-    }
+        m_engine.storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name)))
+        throw inUse;
     m_connection.detach(name);
 }
 
@@ -87,7 +79,7 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
         throw sqlError(3701, {"database", name}, 1);
     }
     if (m_transactions > 0) throw sqlError(226, {"DROP DATABASE"});
-    releaseDatabase(name, 3702);
+    releaseDatabase(name, sqlError(3702, {name}));
     m_engine.storage.drop(name);
 }
 
@@ -176,34 +168,21 @@ Flow Executor::run(const Transaction& transaction) {
     const std::string name = transaction.variable.empty()
                                  ? transaction.name
                                  : evaluateText({m_line, VariableRef{transaction.variable}});
-    switch (transaction.verb) {
-        case TransactionVerb::Begin:
-            begin(name);
-            break;
-        case TransactionVerb::Save:
-            save(name);
-            break;
-        case TransactionVerb::Commit:
-            commit();
-            break;
-        case TransactionVerb::Rollback:
-            if (m_transactions == 0) throw sqlError(3903);
-            if (name.empty() || sameWord(name, m_transactionName))
-                rollBack();
-            else
-                rollBackTo(name);
-            break;
-    }
+    const TransactionVerb verb = transaction.verb;
+    if (verb == TransactionVerb::Rollback && m_transactions == 0) throw sqlError(3903);
+    const bool whole = name.empty() || sameWord(name, m_transactionName);
+    if (verb == TransactionVerb::Begin) begin(name);
+    if (verb == TransactionVerb::Save) save(name);
+    if (verb == TransactionVerb::Commit) commit();
+    if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
     m_rowCount = 0;
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
 // ---- backup
 
-void Executor::inform(int number, const std::string& text) const {
-    report({number, 0, 1, m_line, m_frames.back()->procedure, text});
+void Executor::inform(int number, std::initializer_list<std::string_view> values) const {
+    report(messageOf(sqlError(number, values), m_line));
 }
 
 // "10 percent processed." as often as STATS asks for it; and whether the client waits for it still.
@@ -211,27 +190,15 @@ Progress Executor::progress(std::int64_t step) const {
     return [this, step, told = std::int64_t{0}](int percent) mutable {
         if (isCancelled()) throw BatchEnd{};
         while (step > 0 && told < 100 && std::min<std::int64_t>(told + step, 100) <= percent)
-            inform(3211,
-                   std::to_string(told = std::min<std::int64_t>(told + step, 100)) + " percent processed.");
+            inform(3211, {std::to_string(told = std::min<std::int64_t>(told + step, 100))});
     };
 }
 
 // An error in it is followed by one that says what ends.
-void Executor::runMedia(const std::string& verb, const std::function<void()>& work) {
+void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
     refuseInFunction();
     if (m_transactions > 0) throw sqlError(3021);
-    try {
-        work();
-    } catch (const SqlError& error) {
-        report(messageOf(error, m_line));
-        throw sqlError(3013, {verb});
-    }
-    m_error = 0;
-}
-
-void Executor::informProcessed(const BackupHeader& header, std::string_view database) const {
-    inform(4035, "Processed " + std::to_string(header.pages) + " pages for database '" +
-                     std::string(database) + "', file '" + header.database + "' on file 1.");
+    failingAs(sqlError(3013, {verb}), work);
 }
 
 Flow Executor::run(const ast::Backup& backup) {
@@ -239,64 +206,57 @@ Flow Executor::run(const ast::Backup& backup) {
         const auto start = std::chrono::steady_clock::now();
         const BackupHeader header = backupDatabase(m_engine.storage, evaluateText(*backup.database),
                                                    evaluateText(*backup.file), progress(backup.stats));
-        recordBackup(header.database, header.started, header.finished, header.bytes);
-        informProcessed(header, header.database);
+        beforeWrite();
+        const Value values[] = {header.database, header.started, header.finished, header.bytes};
+        m_connection.run(
+            "INSERT INTO " + m_connection.attach("msdb") +
+                ".backupset (database_name, backup_start_date, backup_finish_date, type, backup_size) "
+                "VALUES (?1, ?2, ?3, 'D', ?4)",
+            values);
+        const std::string pages = std::to_string(header.pages);
+        inform(4035, {pages, header.database, header.database});
         const double seconds =
             std::max(0.001, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
         constexpr double kMegabyte = 1024.0 * 1024.0;
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      "BACKUP DATABASE successfully processed %lld pages in %.3f seconds (%.3f MB/sec).",
-                      static_cast<long long>(header.pages), seconds,
+        char speed[80];
+        std::snprintf(speed, sizeof speed, " in %.3f seconds (%.3f MB/sec)", seconds,
                       static_cast<double>(header.bytes) / kMegabyte / seconds);
-        inform(3014, text);
+        inform(3014, {"BACKUP", pages, speed});
     });
-    done(-1);
-    return Flow::Next;
-}
-
-void Executor::recordBackup(std::string_view database, std::string_view started, std::string_view finished,
-                            std::int64_t bytes) {
-    beforeWrite();
-    const Value values[] = {std::string(database), std::string(started), std::string(finished),
-                            std::string("D"), bytes};
-    m_connection.run(
-        "INSERT INTO " + m_connection.attach("msdb") +
-            ".backupset (database_name, backup_start_date, backup_finish_date, type, backup_size) "
-            "VALUES (?1, ?2, ?3, ?4, ?5)",
-        values);
+    return finished();
 }
 
 Flow Executor::run(const Restore& restore) {
     constexpr const char* kVerbs[] = {"RESTORE DATABASE", "RESTORE FILELIST", "RESTORE HEADERONLY",
                                       "VERIFY DATABASE"};
-    bool isReport = false;
+    std::optional<BackupReport> report;
     runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
         const std::string file = evaluateText(*restore.file);
         if (restore.kind == RestoreKind::Verify) {
             verifyBackup(file, progress(0));
-            inform(3262, "The backup set on file 1 is valid.");
+            inform(3262);
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
             const BackupHeader header = readBackupHeader(file);
-            sendReport(restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header));
-            isReport = true;
+            report = restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header);
         }
     });
-    done(isReport ? m_rowCount : -1, isReport);
-    return Flow::Next;
+    return report ? sendTable(report->columns, report->rows) : finished();
 }
 
-void Executor::sendReport(const BackupReport& report) {
-    m_sink->columns(report.columns);
-    for (const auto& row : report.rows) {
+// A result set that no query gives.
+Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
+    m_sink->columns(columns);
+    for (const auto& row : rows) {
         std::vector<CellView> cells;
-        cells.reserve(row.size());
         for (const auto& value : row) cells.push_back(viewOf(value));
         m_sink->row(cells);
     }
-    m_rowCount = static_cast<std::int64_t>(report.rows.size());
+    m_rowCount = static_cast<std::int64_t>(rows.size());
+    m_error = 0;
+    done(m_rowCount, true);
+    return Flow::Next;
 }
 
 void Executor::restoreFrom(const std::string& file, const Restore& restore) {
@@ -304,12 +264,12 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     std::vector<std::string> moved;
     for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
     if (databaseKey(name) == databaseKey(m_database)) throw sqlError(3102, {name});
-    if (m_engine.storage.exists(name)) releaseDatabase(name, 3101);
+    if (m_engine.storage.exists(name)) releaseDatabase(name, sqlError(3101));
     const BackupHeader header =
         restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
     m_connection.attach(name);  // which brings its indexes up to date
-    informProcessed(header, name);
-    inform(3014, "RESTORE DATABASE successfully processed " + std::to_string(header.pages) + " pages.");
+    inform(4035, {std::to_string(header.pages), name, header.database});
+    inform(3014, {"RESTORE", std::to_string(header.pages), ""});
 }
 
 }  // namespace tsql

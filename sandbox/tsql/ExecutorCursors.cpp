@@ -13,31 +13,24 @@ namespace {
 
 constexpr std::size_t kMostRows = 1'000'000;  // they are held in memory
 
+// Where the cursor comes to stand, on a row or beside them all.
 std::int64_t target(const Cursor& cursor, FetchFrom from, std::int64_t offset) {
     const auto rows = static_cast<std::int64_t>(cursor.rows.size());
-    switch (from) {
-        case FetchFrom::Next:
-            return cursor.at + 1;
-        case FetchFrom::Prior:
-            return cursor.at - 1;
-        case FetchFrom::First:
-            return 1;
-        case FetchFrom::Last:
-            return rows;
-        case FetchFrom::Absolute:
-            return offset < 0 ? rows + 1 + offset : offset;
-        default:
-            return cursor.at + offset;
-    }
+    const std::int64_t places[] = {cursor.at + 1,  // in the order of FetchFrom
+                                   cursor.at - 1,     1, rows, offset < 0 ? rows + 1 + offset : offset,
+                                   cursor.at + offset};
+    return std::clamp<std::int64_t>(places[static_cast<int>(from)], 0, rows + 1);
 }
 
 }  // namespace
 
-// The cursors that a name stands for one of: the innermost frame's, or the session's; null without it.
-Cursors* Executor::cursorsWith(const std::string& name, bool global) {
+// The cursors that a name stands for one of: the innermost frame's, or the session's.
+Cursors& Executor::cursorsWith(const CursorName& cursor) {
+    const std::string name = toLower(cursor.name);
     Cursors& local = m_frames.back()->cursors;
-    if (!global && local.contains(name)) return &local;
-    return m_cursors.contains(name) ? &m_cursors : nullptr;
+    if (!cursor.global && local.contains(name)) return local;
+    if (!m_cursors.contains(name)) throw sqlError(16916, {cursor.name});
+    return m_cursors;
 }
 
 Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
@@ -67,22 +60,19 @@ Flow Executor::run(const DeclareCursor& declare) {
 
 Flow Executor::run(const ChangeCursor& change) {
     const std::string name = toLower(change.cursor.name);
-    Cursors* cursors = cursorsWith(name, change.cursor.global);
-    if (!cursors) throw sqlError(16916, {change.cursor.name});
-    Cursor& cursor = cursors->at(name);
+    Cursors& cursors = cursorsWith(change.cursor);
+    Cursor& cursor = cursors.at(name);
     if (change.verb == CursorVerb::Open) {
         if (cursor.open) throw sqlError(16905);
         openCursor(cursor);
     } else if (change.verb == CursorVerb::Deallocate) {
-        cursors->erase(name);
+        cursors.erase(name);
     } else {
         if (!cursor.open) throw sqlError(16917);
         cursor.open = false;
         cursor.rows.clear();
     }
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
 void Executor::openCursor(Cursor& cursor) {
@@ -102,43 +92,34 @@ void Executor::openCursor(Cursor& cursor) {
 }
 
 Flow Executor::run(const Fetch& fetch) {
-    const std::string name = toLower(fetch.cursor.name);
-    Cursors* cursors = cursorsWith(name, fetch.cursor.global);
-    if (!cursors) throw sqlError(16916, {fetch.cursor.name});
-    Cursor& cursor = cursors->at(name);
+    Cursor& cursor = cursorsWith(fetch.cursor).at(toLower(fetch.cursor.name));
     const auto& columns = cursor.query.columns;
     if (!cursor.open) throw sqlError(16917);
     if (!cursor.scroll && fetch.from != FetchFrom::Next) throw sqlError(16911);
     if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(16924);
     const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
     const auto* number = std::get_if<std::int64_t>(&offset);
-    const auto behind = static_cast<std::int64_t>(cursor.rows.size()) + 1;
-    cursor.at = std::clamp<std::int64_t>(target(cursor, fetch.from, number ? *number : 0), 0, behind);
-    const bool found = cursor.at > 0 && cursor.at < behind;
-    const auto* row = found ? &cursor.rows[static_cast<std::size_t>(cursor.at) - 1] : nullptr;
+    cursor.at = target(cursor, fetch.from, number ? *number : 0);
+    const auto before = static_cast<std::size_t>(std::max<std::int64_t>(cursor.at - 1, 0));
+    const bool found = cursor.at > 0 && before < cursor.rows.size();
+    const auto rows = std::span(cursor.rows).subspan(before, found);
     m_fetchStatus = found ? 0 : -1;
-    for (std::size_t i = 0; row && i < fetch.into.size(); ++i) try {
-            setVariable(fetch.into[i], viewOf((*row)[i]), columns[i].column.type);
+    if (fetch.into.empty()) {
+        refuseInFunction();
+        std::vector<Column> heads;
+        for (const auto& column : columns) heads.push_back(column.column);
+        return sendTable(heads, rows);
+    }
+    for (std::size_t i = 0; found && i < columns.size(); ++i) try {
+            setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
         } catch (const SqlError& error) {
             constexpr int kNoConversion = 529;
             if (error.number != kNoConversion) throw;
             throw sqlError(16922,
                            {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
         }
-    if (fetch.into.empty()) {
-        refuseInFunction();
-        std::vector<Column> heads;
-        std::vector<CellView> cells;
-        for (const auto& column : columns) heads.push_back(column.column);
-        m_sink->columns(heads);
-        cells.reserve(columns.size());
-        for (std::size_t i = 0; row && i < columns.size(); ++i) cells.push_back(viewOf((*row)[i]));
-        if (row) m_sink->row(cells);
-    }
     m_rowCount = found;
-    m_error = 0;
-    done(fetch.into.empty() ? m_rowCount : -1, fetch.into.empty());
-    return Flow::Next;
+    return finished();
 }
 
 }  // namespace tsql

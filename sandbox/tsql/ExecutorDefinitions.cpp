@@ -181,7 +181,7 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const Ta
             ObjectInfo key = constraintOf(catalogue, table, *constraint);
             if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
                 if (table.name.starts_with('@')) throw unsupported("a foreign key of a table variable");
-                report(messageOf(sqlError(1756, {key.name}), m_line));
+                inform(1756, {key.name});
                 continue;
             }
             catalogue.save(key);

@@ -48,15 +48,13 @@ int Executor::helpText(const Frame& frame) {
     if (found->source.empty()) throw sqlError(15197, {name.name});
     constexpr std::size_t kWidest = 255;
     const Column column{"Text", nvarcharType(kWidest)};
-    m_sink->columns({&column, 1});
-    std::int64_t rows = 0;
-    for (std::string_view rest = found->source; !rest.empty(); ++rows) {
+    std::vector<std::vector<Value>> rows;
+    for (std::string_view rest = found->source; !rest.empty();) {
         const std::string_view line = rest.substr(0, std::min(rest.find('\n'), rest.size() - 1) + 1);
-        const CellView cell = characters(line, 0, kWidest);
-        m_sink->row({&cell, 1});
-        rest.remove_prefix(std::get<std::string_view>(cell).size());
+        rows.push_back({ownedValue(characters(line, 0, kWidest))});
+        rest.remove_prefix(std::get<std::string>(rows.back().front()).size());
     }
-    done(m_rowCount = rows, true);
+    sendTable({&column, 1}, rows);
     return 0;
 }
 

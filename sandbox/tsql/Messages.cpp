@@ -160,6 +160,7 @@ constexpr std::string_view kMessages =
 2787 16 1 Invalid format specification: '%s'.
 2812 16 62 Could not find stored procedure '%s'.
 3013 16 1 %s is terminating abnormally.
+3014 0 1 %s DATABASE successfully processed %s pages%s.
 3021 16 0 Cannot perform a backup or restore operation within a transaction.
 3101 16 1 Exclusive access could not be obtained because the database is in use.
 3102 16 1 RESTORE cannot process database '%s' because it is in use by this session. It is recommended that
@@ -170,9 +171,11 @@ constexpr std::string_view kMessages =
 3201 16 1 Cannot open backup device '%s'. Operating system error %s(%s).
 3202 16 1 Write on "%s" failed: %s
 3203 16 1 Read on "%s" failed: the backup is damaged (its checksum does not hold).
+3211 0 1 %s percent processed.
 3234 16 1 Logical file '%s' is not part of database '%s'. Use RESTORE FILELISTONLY to list the logical file
     names.
 3241 16 1 The media family on device '%s' is incorrectly formed. SQL Server cannot process this media family.
+3262 0 1 The backup set on file 1 is valid.
 3270 16 1 An internal consistency error has occurred: %s
 3623 16 1 An invalid floating point operation occurred.
 3701 11 5 Cannot drop the %s '%s', because it does not exist or you do not have permission.
@@ -190,6 +193,7 @@ constexpr std::string_view kMessages =
 3931 16 1 The current transaction cannot be committed and cannot be rolled back to a savepoint. Roll back the
     entire transaction.
 3998 16 1 Uncommittable transaction is detected at the end of the batch. The transaction is rolled back.
+4035 0 1 Processed %s pages for database '%s', file '%s' on file 1.
 4060 11 1 Cannot open database "%s" requested by the login. The login failed.
 4104 16 1 The multi-part identifier "%s" could not be bound.
 4108 15 1 Windowed functions can only appear in the SELECT or ORDER BY clauses.
