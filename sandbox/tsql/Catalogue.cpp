@@ -26,18 +26,31 @@ std::string inSchema(std::string_view text, std::string_view schema) {
     return sql;
 }
 
+std::vector<std::string> namesOf(std::string_view list) {
+    std::vector<std::string> names;
+    while (!list.empty()) {
+        names.emplace_back(list.substr(0, list.find(", ")));
+        list.remove_prefix(std::min(list.size(), names.back().size() + 2));
+    }
+    return names;
+}
+
 }  // namespace
 
+std::string listOf(const std::vector<std::string>& names) {
+    std::string list;
+    for (const auto& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
 const TableColumn* TableInfo::column(std::string_view columnName) const {
-    const auto found = std::find_if(columns.begin(), columns.end(), [&](const TableColumn& each) {
-        return compareText(each.name, columnName) == 0;
-    });
+    const auto found = std::ranges::find_if(
+        columns, [&](const TableColumn& each) { return compareText(each.name, columnName) == 0; });
     return found == columns.end() ? nullptr : &*found;
 }
 
 const TableColumn* TableInfo::identityColumn() const {
-    const auto found =
-        std::find_if(columns.begin(), columns.end(), [](const auto& each) { return each.identity; });
+    const auto found = std::ranges::find(columns, true, &TableColumn::identity);
     return found == columns.end() ? nullptr : &*found;
 }
 
@@ -66,9 +79,17 @@ std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value
                  m_schema));
     query.bind(1, viewOf(value));
     std::vector<ObjectInfo> found;
-    while (query.step())
-        found.push_back({query.integer(0), query.text(1), query.text(2), query.integer(3), query.text(4),
-                         query.text(5), query.text(6), query.text(7)});
+    while (query.step()) {
+        const std::string keys = query.text(5);
+        ObjectInfo& object = found.emplace_back(
+            ObjectInfo{query.integer(0), query.text(1), query.text(2), query.integer(3), query.text(4)});
+        object.source = query.text(6);
+        object.table = query.text(7);
+        if (object.type != objectType::kTable)
+            object.columns = namesOf(keys);
+        else if (!keys.empty())
+            object.seed = std::stoll(keys);
+    }
     return found;
 }
 
@@ -86,9 +107,7 @@ std::optional<ObjectInfo> Catalogue::findById(std::int64_t id) const {
 }
 
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
-    return {object.id, m_database,    object.name,
-            m_schema,  object.stored, object.columns.empty() ? 1 : std::stoll(object.columns),
-            {}};
+    return {object.id, m_database, object.name, m_schema, object.stored, object.seed, {}};
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view name) const {
@@ -125,14 +144,15 @@ std::int64_t Catalogue::lastId() const {
 }
 
 void Catalogue::save(ObjectInfo& object) {
-    const Value values[] = {object.id ? Value(object.id) : Value(Null{}),
-                            object.name,
-                            object.type,
-                            object.parent,
-                            object.stored,
-                            object.columns,
-                            toStorage(localNow(), simpleType(TypeId::DateTime)),
-                            object.source};
+    const Value values[] = {
+        object.id ? Value(object.id) : Value(Null{}),
+        object.name,
+        object.type,
+        object.parent,
+        object.stored,
+        object.type == objectType::kTable ? std::to_string(object.seed) : listOf(object.columns),
+        toStorage(localNow(), simpleType(TypeId::DateTime)),
+        object.source};
     run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
         "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET stored = ?5, keys = ?6, source = ?8",
         values);

@@ -47,12 +47,14 @@ struct ObjectInfo {
     std::int64_t id = 0;  // 0: not in the catalogue yet
     std::string name;
     std::string type;
-    std::int64_t parent = 0;  // the table that a constraint or an index belongs to
-    std::string stored;       // a table: its name in SQLite; a foreign key: the table that it refers to
-    std::string columns;      // a constraint or an index: "a, b"; a table: the seed of its identity
-    std::string source;       // a module's text; a constraint's, as Constraint::source; kUniqueIndex
-    std::string table;        // the parent's name
+    std::int64_t parent = 0;                // the table that a constraint or an index belongs to
+    std::string stored = {};                // a table: its name in SQLite; a foreign key: what it refers to
+    std::vector<std::string> columns = {};  // of a constraint or an index
+    std::string source = {};                // a module's text; Constraint::source; kUniqueIndex
+    std::string table = {};                 // the parent's name
+    std::int64_t seed = 1;                  // of a table's identity
 };
+std::string listOf(const std::vector<std::string>& names);  // "a, b"
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
 inline bool isUniqueKey(const ObjectInfo& key) {
     return key.type == objectType::kPrimaryKey || key.type == objectType::kUnique ||

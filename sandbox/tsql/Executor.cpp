@@ -245,17 +245,15 @@ SqlError Executor::constraintError(const SqliteFailure& failure) {
 }
 
 SqlError Executor::conflict(std::string_view type, const TableInfo& table, const ObjectInfo& key) {
-    const bool single = !key.columns.empty() && key.columns.find(',') == std::string::npos;
-    return sqlError(547, {m_verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database,
-                          table.name, single ? ", column '" + key.columns + "'" : ""});
+    return sqlError(
+        547, {m_verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database, table.name,
+              key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
 }
 
 // The message names what is referred to.
 SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const ObjectInfo& key) {
     ObjectInfo named = key;
-    named.columns.clear();
-    for (const auto& column : referencedColumns(catalogue, key))
-        named.columns += (named.columns.empty() ? "" : ", ") + column;
+    named.columns = referencedColumns(catalogue, key);
     return conflict("FOREIGN KEY", *catalogue.table(key.stored), named);
 }
 
@@ -281,7 +279,7 @@ SqlError Executor::duplicateKey(std::string columns) {
     const std::string nulls = "@" + std::to_string(m_target.id) + std::string(kNullsSuffix) + "'";
     for (const auto& key : Catalogue(m_connection, m_target.database, m_target.schema).keysOf(m_target.id)) {
         if (!isUniqueKey(key) ||
-            (compareText(key.columns, columns) != 0 && columns != "index '" + key.name + nulls))
+            (compareText(listOf(key.columns), columns) != 0 && columns != "index '" + key.name + nulls))
             continue;
         const std::string value = duplicateValue(key);
         if (key.type == objectType::kIndex) return sqlError(2601, {m_target.name, key.name, value});
@@ -296,9 +294,7 @@ SqlError Executor::duplicateKey(std::string columns) {
 std::string Executor::duplicateValue(const ObjectInfo& key) {
     std::string list, match;
     std::vector<SqlType> types;
-    for (std::string_view rest = key.columns; !rest.empty();) {
-        const std::string_view name = rest.substr(0, rest.find(", "));
-        rest.remove_prefix(std::min(rest.size(), name.size() + 2));
+    for (const auto& name : key.columns) {
         const TableColumn* column = m_target.column(name);
         if (!column || m_newRows.empty()) return {};
         types.push_back(column->type);

@@ -25,25 +25,15 @@ std::string nameList(const std::vector<std::string>& names, const std::string& p
     return list;
 }
 
-// "a, b" as they stand in the catalogue.
-std::vector<std::string> columnList(std::string_view keys) {
-    std::vector<std::string> names;
-    for (std::size_t at = 0; at <= keys.size(); at = std::min(keys.find(", ", at), keys.size()) + 2)
-        names.emplace_back(keys.substr(at, std::min(keys.find(", ", at), keys.size()) - at));
-    return names;
-}
-
-bool names(const ObjectInfo& key, std::string_view column) {
-    const auto columns = columnList(key.columns);
-    return std::any_of(columns.begin(), columns.end(),
-                       [&](const auto& name) { return compareText(name, column) == 0; });
+bool isSame(const std::string& left, const std::string& right) {
+    return compareText(left, right) == 0;
 }
 
 // The identity is SQLite's own key already.
 bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     const TableColumn* identity = table.identityColumn();
     const bool isKey = key.type == objectType::kPrimaryKey || key.type == objectType::kUnique;
-    return isKey && (!identity || compareText(identity->name, key.columns) != 0);
+    return isKey && (!identity || key.columns.size() > 1 || !isSame(identity->name, key.columns.front()));
 }
 
 std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
@@ -55,7 +45,7 @@ std::string indexName(const std::string& name, std::int64_t table, std::string_v
 struct NullableKey {
     NullableKey(const TableInfo& table, const ObjectInfo& index) {
         if (!isUniqueKey(index)) return;
-        for (const auto& name : columnList(index.columns)) {
+        for (const auto& name : index.columns) {
             const TableColumn& column = *table.column(name);
             const std::string isNull = quotedName(name) + " IS NULL";
             list += (list.empty() ? "" : ", ") + isNull + ", " +
@@ -126,7 +116,7 @@ Flow Executor::run(const CreateTable& create) {
 
 TableInfo Executor::createTable(const CreateTable& create) {
     const std::string& name = create.table.name;
-    ObjectInfo object{0, name, std::string(objectType::kTable), 0, name, {}, {}, {}};
+    ObjectInfo object{0, name, std::string(objectType::kTable), 0, name};
     TableInfo table;
     for (const auto& definition : create.columns) {
         if (table.column(definition.name)) throw sqlError(2705, {definition.name, name});
@@ -135,7 +125,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
             throw sqlError(8147, {definition.name, name});
         if (definition.identity && table.identityColumn()) throw sqlError(2744, {name});
         table.columns.push_back(columnOf(definition, create));
-        if (definition.identity) object.columns = std::to_string(definition.seed);
+        if (definition.identity) object.seed = definition.seed;
     }
     define(create.table, [&](Catalogue& owner) {
         if (!isTemporaryName(name) && owner.find(name)) throw sqlError(2714, {name});
@@ -197,14 +187,15 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const Ta
 ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
                                   const Constraint& constraint) {
     const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
-    ObjectInfo key{0,  constraint.name,   std::string(type), table.id, constraint.references,
-                   {}, constraint.source, table.name};
+    ObjectInfo key{0, constraint.name, std::string(type), table.id, constraint.references};
+    key.source = constraint.source;
+    key.table = table.name;
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
         if (!column) throw sqlError(1911, {name});
         if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
             throw sqlError(8111, {table.name});
-        key.columns += (key.columns.empty() ? "" : ", ") + column->name;
+        key.columns.push_back(column->name);
     }
     if (key.name.empty())  // "PK__Orders__7_42"
         key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
@@ -216,7 +207,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
         if (constraint.kind == ConstraintKind::Default && other.columns == key.columns) throw sqlError(1781);
     }
     if (constraint.kind == ConstraintKind::Default) {
-        TableColumn column = *table.column(key.columns);
+        TableColumn column = *table.column(key.columns.front());
         column.byDefault = constraint.text;
         catalogue.changeColumn(table.id, column);
     }
@@ -233,8 +224,8 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
             body +=
                 name + " CHECK (" + Translator(*this).check(table, *parseConstraint(key.source).check) + ")";
         if (key.type != objectType::kForeignKey) continue;
-        body += name + " FOREIGN KEY (" + nameList(columnList(key.columns)) + ") REFERENCES " +
-                quotedName(key.stored) + " (" + nameList(referencedColumns(catalogue, key)) + ")" +
+        body += name + " FOREIGN KEY (" + nameList(key.columns) + ") REFERENCES " + quotedName(key.stored) +
+                " (" + nameList(referencedColumns(catalogue, key)) + ")" +
                 (parseConstraint(key.source).cascade ? " ON DELETE CASCADE" : "");
     }
     return body;
@@ -244,20 +235,18 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
 std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
     const auto referenced = catalogue.table(key.stored);
     if (!referenced) throw sqlError(1767, {key.name, key.stored});
-    const auto same = [](const auto& a, const auto& b) { return compareText(a, b) == 0; };
     auto columns = parseConstraint(key.source).referencedColumns;
-    const auto candidates = catalogue.keysOf(referenced->id);
     const bool implicit = columns.empty();
-    const auto fitting = std::find_if(candidates.begin(), candidates.end(), [&](const ObjectInfo& candidate) {
-        const auto own = columnList(candidate.columns);
+    const auto candidates = catalogue.keysOf(referenced->id);
+    const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
         return implicit ? candidate.type == objectType::kPrimaryKey
-                        : isUniqueKey(candidate) && std::is_permutation(own.begin(), own.end(),
-                                                                        columns.begin(), columns.end(), same);
+                        : isUniqueKey(candidate) &&
+                              std::ranges::is_permutation(candidate.columns, columns, isSame);
     });
     if (fitting == candidates.end())
         throw implicit ? sqlError(1773, {key.name, key.stored}) : sqlError(1776, {key.stored, key.name});
-    if (implicit) columns = columnList(fitting->columns);
-    const auto own = columnList(key.columns);
+    if (implicit) columns = fitting->columns;
+    const auto& own = key.columns;
     if (own.size() != columns.size()) throw sqlError(1774, {key.name, key.stored});
     const TableInfo table = *catalogue.table(key.table);
     for (std::size_t i = 0; i < own.size(); ++i) {
@@ -270,7 +259,7 @@ std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue,
 }
 
 void Executor::makeKeyIndex(const TableInfo& table, const ObjectInfo& key) {
-    if (needsIndex(key, table)) makeIndex(table, key, nameList(columnList(key.columns)));
+    if (needsIndex(key, table)) makeIndex(table, key, nameList(key.columns));
 }
 
 void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list) {
@@ -336,7 +325,7 @@ bool Executor::anyRow(const TableInfo& table, const std::string& condition) {
 // refers to nothing, and makes the row unequal to itself.
 std::string Executor::orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                               const std::string& rows) {
-    const std::string own = "(" + nameList(columnList(key.columns), rows + ".") + ")";
+    const std::string own = "(" + nameList(key.columns, rows + ".") + ")";
     return own + " = " + own + " AND NOT EXISTS (SELECT 1 FROM " + table.schema + "." +
            quotedName(key.stored) + " AS parent WHERE (" +
            nameList(referencedColumns(catalogue, key), "parent.") + ") = " + own + ")";
@@ -364,7 +353,8 @@ void Executor::fillColumn(const TableInfo& table, const TableColumn& column, con
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                                 const std::vector<ObjectInfo>& keys) {
     for (const auto& key : keys)
-        if (names(key, column))
+        if (std::ranges::any_of(key.columns,
+                                [&](const auto& name) { return compareText(name, column) == 0; }))
             failingAs(sqlError(4922, {verb, column}), [&] {
                 throw sqlError(5074, {key.type == objectType::kIndex ? "index" : "object", key.name, column});
             });
@@ -401,11 +391,12 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
     failingAs(sqlError(3727), [&] {
         if (key == keys.end()) throw sqlError(3728, {name});
         for (const auto& foreign : catalogue.keysTo(table.name))
-            if (isUniqueKey(*key) && referencedColumns(catalogue, foreign) == columnList(key->columns))
+            if (isUniqueKey(*key) &&
+                std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, isSame))
                 throw sqlError(3725, {name, foreign.table, foreign.name});
     });
     if (key->type == objectType::kDefault) {
-        TableColumn column = *table.column(key->columns);
+        TableColumn column = *table.column(key->columns.front());
         column.byDefault.clear();
         catalogue.changeColumn(table.id, column);
     }
@@ -444,7 +435,7 @@ Flow Executor::run(const CreateIndex& create) {
     claim(create.table);
     const TableInfo target = table(create.table);
     define(create.table, [&](Catalogue& owner) {
-        ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id, {}, {}, {}, target.name};
+        ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
         for (const auto& key : owner.keysOf(target.id))
             if (key.type == index.type && compareText(key.name, index.name) == 0)
                 throw sqlError(1913, {create.name, target.name});
@@ -454,7 +445,7 @@ Flow Executor::run(const CreateIndex& create) {
             const TableColumn* column = target.column(name);
             if (!column) throw sqlError(1911, {name});
             list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
-            index.columns += (index.columns.empty() ? "" : ", ") + column->name;
+            index.columns.push_back(column->name);
         }
         for (const auto& name : create.included)
             if (!target.column(name)) throw sqlError(1911, {name});

@@ -73,7 +73,7 @@ Flow Executor::run(const CreateModule& module) {
         const auto existing = owner.find(name);
         if (existing && (!module.alter || existing->type != type)) throw sqlError(2714, {name}, 3);
         if (!existing && !module.create) throw sqlError(208, {name}, 6);
-        ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type), 0, {}, {}, {}, {}});
+        ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type)});
         object.source = m_text;
         owner.save(object);
         owner.removeColumns(object.id);

@@ -202,17 +202,11 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
 }
 
 std::optional<int> databaseId(const Storage& storage, std::string_view name) {
-    constexpr std::string_view kSystem[] = {"master", "tempdb", "model", "msdb"};
-    int id = 0;
-    for (const auto system : kSystem) {
-        ++id;
-        if (sameWord(system, name)) return id;
-    }
-    for (const auto& each : storage.databases()) {
-        if (Storage::isSystemDatabase(each)) continue;
-        ++id;
-        if (databaseKey(each) == databaseKey(name)) return id;
-    }
+    std::vector<std::string> names = {"master", "tempdb", "model", "msdb"};
+    for (const auto& each : storage.databases())
+        if (!Storage::isSystemDatabase(each)) names.push_back(each);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (databaseKey(names[i]) == databaseKey(name)) return static_cast<int>(i) + 1;
     return std::nullopt;
 }
 
