@@ -178,7 +178,7 @@ void addRow(BackupReport& report, std::initializer_list<std::pair<std::string_vi
 }
 
 std::string now() {
-    return toStorage(localNow(), simpleType(TypeId::DateTime));
+    return toStorage(timeNow().local, simpleType(TypeId::DateTime));
 }
 
 std::string logName(const BackupHeader& header) {

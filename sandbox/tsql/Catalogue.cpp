@@ -151,7 +151,7 @@ void Catalogue::save(ObjectInfo& object) {
         object.parent,
         object.stored,
         object.type == objectType::kTable ? std::to_string(object.seed) : listOf(object.columns),
-        toStorage(localNow(), simpleType(TypeId::DateTime)),
+        toStorage(timeNow().local, simpleType(TypeId::DateTime)),
         object.source};
     run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
         "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET stored = ?5, keys = ?6, source = ?8",

@@ -42,10 +42,10 @@ DatePart partArgument(const Call& call) {
 
 // (type)
 Value runNow(const Call& call) {
-    return toStorage(call.context().now(), call.type(0));
+    return toStorage(call.context().now().local, call.type(0));
 }
 Value runNowUtc(const Call& call) {
-    return toStorage(call.context().nowUtc(), call.type(0));
+    return toStorage(call.context().now().utc, call.type(0));
 }
 
 // (part, number, value, type)

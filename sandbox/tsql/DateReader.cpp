@@ -19,113 +19,85 @@ struct Number {
     std::size_t digits = 0;
 };
 
-// A text as its form and the numbers in it. In the form a number is an n, the name of a month an M, AM and PM
-// are A and P, T and Z and signs are themselves, blanks are left out: "Nov 21, 2026 1:05PM" is "Mn,nn:nP".
-struct Form {
-    std::string letters;
-    std::array<Number, 8> numbers{};
-    std::size_t count = 0;
-    int month = 0;
-};
-
-// Nothing for a word that no date has.
-std::optional<char> letterOf(std::string_view word, int& month) {
-    constexpr std::pair<std::string_view, char> kWords[] = {{"am", 'A'}, {"pm", 'P'}, {"t", 'T'}, {"z", 'Z'}};
-    for (const auto& [known, letter] : kWords)
-        if (word == known) return letter;
-    for (month = 1; month <= 12; ++month) {
-        const std::string name = lowerAscii(monthName(month));
-        if (word == name || word == name.substr(0, 3)) return 'M';
-    }
-    return std::nullopt;
+template <typename T>
+bool isOneOf(const T& value, std::initializer_list<T> values) {
+    return std::ranges::find(values, value) != values.end();
 }
 
-// Nothing for other characters and for longer or more numbers than dates have.
-std::optional<Form> formOf(std::string_view text) {
-    constexpr std::string_view kDigits = "0123456789", kLetters = "abcdefghijklmnopqrstuvwxyz";
-    constexpr std::size_t kLongest = 9;
-    Form form;
-    const std::string lower = lowerAscii(text);
-    std::size_t length = 1;
-    for (std::string_view rest = lower; !rest.empty(); rest.remove_prefix(length)) {
-        const auto run = [rest](std::string_view of) {
-            return std::min(rest.find_first_not_of(of), rest.size());
-        };
-        length = std::max<std::size_t>({run(kDigits), run(kLetters), run(" \t"), 1});
-        if (run(kDigits) > 0) {
-            if (length > kLongest || form.count == form.numbers.size()) return std::nullopt;
-            form.numbers[form.count++] = {std::stoi(std::string(rest.substr(0, length))), length};
-            form.letters += 'n';
-        } else if (run(kLetters) > 0) {
-            const auto letter = letterOf(rest.substr(0, length), form.month);
-            if (!letter) return std::nullopt;
-            form.letters += *letter;
-        } else if (std::string_view("/-.:,").find(rest[0]) != std::string_view::npos) {
-            form.letters += rest[0];
-        } else if (run(" \t") == 0) {
-            return std::nullopt;
-        }
-    }
-    return form;
-}
-
-enum class DateOrder { MonthFirst, DayFirst, YearFirst };
-
-DateOrder orderOf(int style) {
-    const auto isOneOf = [style](std::initializer_list<int> styles) {
-        return std::ranges::find(styles, style % 100) != styles.end();
-    };
-    if (style == 130 || style == 131) throw unsupported("the Hijri calendar (styles 130 and 131)");
-    return isOneOf({3, 4, 5, 6, 13})                  ? DateOrder::DayFirst
-           : isOneOf({2, 11, 12, 20, 21, 23, 26, 27}) ? DateOrder::YearFirst
-                                                      : DateOrder::MonthFirst;
-}
-
-bool isOneOf(std::string_view form, std::initializer_list<std::string_view> forms) {
-    return std::ranges::find(forms, form) != forms.end();
-}
-
-// The course: the time is found by its colon or its AM or PM and taken out; what is left must be a date.
+// The course: the text becomes a form and the numbers in it; the time is found by its colon or its AM or PM
+// and taken out; what is left must be a date. In the form a number is an n, the name of a month an M, AM and
+// PM are A and P, T and Z and signs are themselves, blanks are left out: "Nov 21, 2026 1:05PM" is "Mn,nn:nP".
 class DateReader {
   public:
-    DateReader(const Form& form, DateOrder order, std::size_t fractionDigits)
-        : m_form(form), m_order(order), m_fractionDigits(fractionDigits) {}
+    explicit DateReader(std::size_t fractionDigits) : m_fractionDigits(fractionDigits) {}
 
-    bool read() { return takeTime() && takeDate(); }
-    bool isInRange() const { return m_inRange; }
+    bool read(std::string_view text, int style) {
+        return takeForm(lowerAscii(text)) && takeTime() && takeDate(style);
+    }
+    bool isInRange() const { return m_inRange; }  // all that was read is in the calendar and on the clock
     const DateTime& result() const { return m_result; }
 
   private:
+    // Not for other characters and for longer or more numbers than dates have.
+    bool takeForm(std::string_view rest) {
+        constexpr std::string_view kDigits = "0123456789", kLetters = "abcdefghijklmnopqrstuvwxyz";
+        constexpr std::size_t kLongest = 9;
+        for (std::size_t length = 1; !rest.empty(); rest.remove_prefix(length)) {
+            const bool number = kDigits.find(rest[0]) != rest.npos,
+                       word = kLetters.find(rest[0]) != rest.npos;
+            length = !number && !word
+                         ? 1
+                         : std::min(rest.find_first_not_of(number ? kDigits : kLetters), rest.size());
+            if (number) {
+                if (length > kLongest || m_count == m_numbers.size()) return false;
+                m_numbers[m_count++] = {std::stoi(std::string(rest.substr(0, length))), length};
+            }
+            if (rest[0] == ' ' || rest[0] == '\t') continue;
+            m_form += number ? 'n' : word ? letterOf(rest.substr(0, length)) : rest[0];
+        }
+        return m_form.find_first_not_of("nMAPTZ/-.:,") == std::string::npos;
+    }
+
+    char letterOf(std::string_view word) {
+        constexpr std::pair<std::string_view, char> kWords[] = {
+            {"am", 'A'}, {"pm", 'P'}, {"t", 'T'}, {"z", 'Z'}};
+        for (const auto& [known, letter] : kWords)
+            if (word == known) return letter;
+        for (m_month = 1; m_month <= 12; ++m_month) {
+            const std::string name = lowerAscii(monthName(m_month));
+            if (word == name || word == name.substr(0, 3)) return 'M';
+        }
+        return '?';
+    }
+
     bool isAt(std::size_t at, std::string_view letters) const {
-        return at < m_form.letters.size() && letters.find(m_form.letters[at]) != std::string_view::npos;
+        return at < m_form.size() && letters.find(m_form[at]) != letters.npos;
     }
 
     bool takeTime() {
-        std::string& letters = m_form.letters;
-        std::size_t begin = 0;
-        while (begin < letters.size() && !(letters[begin] == 'n' && isAt(begin + 1, ":AP"))) ++begin;
-        if (begin == letters.size()) return true;
+        std::size_t begin = 0, first = 0;
+        for (; begin < m_form.size() && !isAt(begin + 1, ":AP"); ++begin) first += m_form[begin] == 'n';
+        if (begin == m_form.size()) return true;
         std::size_t end = begin + 1;
         while (isAt(end, ":.") && isAt(end + 1, "n")) end += 2;
-        const std::string form = letters.substr(begin, end - begin);
-        const char half = isAt(end, "AP") ? letters[end++] : ' ';
+        const std::string form = m_form.substr(begin, end - begin);
+        const char half = isAt(end, "AP") ? m_form[end++] : ' ';
         if (isAt(end, "Z")) ++end;
-        const auto first = static_cast<std::size_t>(
-            std::count(letters.begin(), letters.begin() + static_cast<std::ptrdiff_t>(begin), 'n'));
-        const auto numbers = std::span(m_form.numbers).subspan(first);
-        if (begin > 1 && letters[begin - 1] == 'T') --begin;
-        letters.erase(begin, end - begin);
+        if (begin > 0 && m_form[begin - 1] == 'T') --begin;
+        m_form.erase(begin, end - begin);
+        const auto numbers = std::span(m_numbers).subspan(first);
         if (!setTime(form, numbers, half)) return false;
         std::ranges::copy(numbers.subspan(form.size() / 2 + 1), numbers.begin());
         return true;
     }
 
     bool setTime(std::string_view form, std::span<const Number> numbers, char half) {
-        if (!isOneOf(form, {"n:n", "n:n:n", "n:n:n.n", "n:n:n:n"}) && !(form == "n" && half != ' '))
+        if (!isOneOf<std::string_view>(form, {"n:n", "n:n:n", "n:n:n.n", "n:n:n:n"}) &&
+            !(form == "n" && half != ' '))
             return false;
         const auto part = [&](std::size_t i) { return i <= form.size() / 2 ? numbers[i].value : 0; };
         int hour = part(0);
-        if (half == 'A' && hour > 12) return false;
+        if ((half == 'A' && hour > 12) || (half == 'P' && hour == 0)) return false;
         if (half != ' ' && hour <= 12) hour = hour % 12 + (half == 'P' ? 12 : 0);
         m_inRange = hour < 24 && part(1) < 60 && part(2) < 60;
         m_result.ticks = ((hour * 60LL + part(1)) * 60 + part(2)) * DateTime::kTicksPerSecond;
@@ -135,36 +107,34 @@ class DateReader {
     // ".5" is half a second, ":500" thousandths.
     bool addFraction(const Number& fraction, bool thousandths) {
         constexpr int kTickDigits = 7;
-        const auto digits = thousandths ? 3 : static_cast<int>(fraction.digits);
         if (fraction.digits > (thousandths ? 3 : m_fractionDigits)) return false;
+        const int digits = thousandths ? 3 : static_cast<int>(fraction.digits);
         m_result.ticks += fraction.value * powerOfTen(kTickDigits - digits);
         return true;
     }
 
-    bool takeDate() {
-        std::string& form = m_form.letters;
-        const auto& [first, second, third, a, b, c, d, e] = m_form.numbers;
+    bool takeDate(int style) {
+        const Number &first = m_numbers[0], &second = m_numbers[1], &third = m_numbers[2];
         const bool yearFirst = first.digits == 4;
-        if (m_form.month != 0)
-            std::erase_if(form, [](char letter) { return letter != 'M' && letter != 'n'; });
-        if (form.empty()) return true;
-        if (isOneOf(form, {"Mn", "nM"})) return yearFirst && setDay(first, m_form.month, 1);
-        if (isOneOf(form, {"Mnn", "nMn", "nnM"}))
-            return yearFirst ? setDay(first, m_form.month, second.value)
-                             : setDay(second, m_form.month, first.value);
-        if (form == "n") return setCompactDay(first);
-        if (!isOneOf(form, {"n/n/n", "n-n-n", "n.n.n"})) return false;
-        if (yearFirst || m_order == DateOrder::YearFirst) return setDay(first, second.value, third.value);
-        return m_order == DateOrder::DayFirst ? setDay(third, second.value, first.value)
-                                              : setDay(third, first.value, second.value);
+        if (m_month != 0) std::erase_if(m_form, [](char c) { return c != 'M' && c != 'n'; });
+        if (m_form.empty()) return true;
+        if (m_form == "n") return setCompactDay(first);
+        if (m_form == "Mn" || m_form == "nM") return yearFirst && setDay(first, m_month, 1);
+        if (m_form == "Mnn" || m_form == "nMn" || m_form == "nnM")
+            return yearFirst ? setDay(first, m_month, second.value) : setDay(second, m_month, first.value);
+        if (m_form != "n/n/n" && m_form != "n-n-n" && m_form != "n.n.n") return false;
+        if (yearFirst || isOneOf(style % 100, {2, 11, 12, 20, 21, 23, 26, 27}))
+            return setDay(first, second.value, third.value);
+        const bool dayFirst = isOneOf(style % 100, {3, 4, 5, 6, 13});
+        return dayFirst ? setDay(third, second.value, first.value) : setDay(third, first.value, second.value);
     }
 
     // 2026, 261121 or 20261121
     bool setCompactDay(const Number& number) {
         if (number.digits == 4) return setDay(number, 1, 1);
-        if (number.digits != 6 && number.digits != 8) return false;
         const Number year{number.value / 10000, number.digits - 4};
-        return setDay(year, number.value / 100 % 100, number.value % 100);
+        return (number.digits == 6 || number.digits == 8) &&
+               setDay(year, number.value / 100 % 100, number.value % 100);
     }
 
     bool setDay(const Number& year, int month, int day) {
@@ -175,9 +145,11 @@ class DateReader {
         return true;
     }
 
-    Form m_form;
-    DateOrder m_order;
     std::size_t m_fractionDigits;
+    std::string m_form;
+    std::array<Number, 8> m_numbers{};
+    std::size_t m_count = 0;
+    int m_month = 0;
     bool m_inRange = true;
     DateTime m_result;
 };
@@ -186,15 +158,13 @@ class DateReader {
 
 DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType& to, int style) {
     constexpr int kNoDate = 241, kNoSmallDate = 295, kOutOfRange = 242;
+    if (isHijri(style)) throw unsupported(kHijri);
     const bool classic = isClassicDate(to.id);
-    const int noDate = to.id == TypeId::SmallDateTime ? kNoSmallDate : kNoDate;
-    const auto form = formOf(text);
-    if (!form) throw sqlError(noDate);
-    DateReader reader(*form, orderOf(style), classic ? 3 : 7);
-    if (!reader.read()) throw sqlError(noDate);
-    if (reader.isInRange()) return reader.result();
-    if (!classic) throw sqlError(noDate);
-    throw sqlError(kOutOfRange, {baseName(from.id), baseName(to.id)});
+    DateReader reader(classic ? 3 : 7);
+    const bool isDate = reader.read(text, style);
+    if (isDate && reader.isInRange()) return reader.result();
+    if (isDate && classic) throw sqlError(kOutOfRange, {baseName(from.id), baseName(to.id)});
+    throw sqlError(to.id == TypeId::SmallDateTime ? kNoSmallDate : kNoDate);
 }
 
 }  // namespace tsql

@@ -116,7 +116,7 @@ constexpr Style kStyles[] = {
 
 // date has no time to show, and time no date.
 Style styleFor(int number, const SqlType& type) {
-    if (number == 130 || number == 131) throw unsupported("the Hijri calendar (styles 130 and 131)");
+    if (isHijri(number)) throw unsupported(kHijri);
     for (Style style : kStyles) {
         if (style.number != number && style.number != number + 100) continue;
         if (type.id == TypeId::Time) return {number, "", style.time.empty() ? kIsoTime : style.time};
@@ -126,23 +126,45 @@ Style styleFor(int number, const SqlType& type) {
     throw sqlError(281, {std::to_string(number), baseName(type.id)});
 }
 
+std::int64_t dayOfYear(std::int64_t day) {
+    return day - daysFromCivil(civilFromDays(day).year() / 1 / 1) + 1;
+}
+
+// Sunday begins a week; 0001-01-01 is a Monday.
+std::int64_t sundayWeeks(std::int64_t day) {
+    return (day + 1) / 7;
+}
+
+std::int64_t weekOf(std::int64_t day) {
+    return sundayWeeks(day) - sundayWeeks(day - dayOfYear(day) + 1) + 1;
+}
+// The Thursday of a week tells the year that it belongs to.
+std::int64_t isoWeekOf(std::int64_t day) {
+    return (dayOfYear(day - day % 7 + 3) - 1) / 7 + 1;
+}
+std::int64_t monthOf(std::int64_t day) {
+    return unsigned{civilFromDays(day).month()};
+}
+
 struct PartFacts {
     std::string_view names;        // each between blanks
     std::int64_t months = 0;       // of the parts that months make up
     std::int64_t nanoseconds = 0;  // of the others
     std::int64_t cycle = 0;        // of the clock's parts: how many there are in the next larger one
+    std::int64_t (*ofDay)(std::int64_t day) = nullptr;  // of the date's parts: the value
 };
 constexpr std::int64_t kNanosADay = DateTime::kTicksPerDay * 100;
 // In the order of DatePart.
 constexpr PartFacts kParts[] = {
-    {" year yy yyyy ", 12},
-    {" quarter qq q ", 3},
-    {" month mm m ", 1},
-    {" dayofyear dy y ", 0, kNanosADay},
-    {" day dd d ", 0, kNanosADay},
-    {" week wk ww ", 0, 7 * kNanosADay},
-    {" iso_week isowk isoww ", 0, kNanosADay},
-    {" weekday dw w ", 0, kNanosADay},
+    {" year yy yyyy ", 12, 0, 0, [](auto day) { return std::int64_t{int{civilFromDays(day).year()}}; }},
+    {" quarter qq q ", 3, 0, 0, [](auto day) { return (monthOf(day) + 2) / 3; }},
+    {" month mm m ", 1, 0, 0, monthOf},
+    {" dayofyear dy y ", 0, kNanosADay, 0, dayOfYear},
+    {" day dd d ", 0, kNanosADay, 0,
+     [](auto day) { return std::int64_t{unsigned{civilFromDays(day).day()}}; }},
+    {" week wk ww ", 0, 7 * kNanosADay, 0, weekOf},
+    {" iso_week isowk isoww ", 0, kNanosADay, 0, isoWeekOf},
+    {" weekday dw w ", 0, kNanosADay, 0, [](auto day) { return (day + 1) % 7 + 1; }},
     {" hour hh ", 0, kHour * 100, 24},
     {" minute mi n ", 0, kMinute * 100, 60},
     {" second ss s ", 0, kSecond * 100, 60},
@@ -167,24 +189,6 @@ DateTime addMonths(const DateTime& value, std::int64_t months) {
         civilFromDays(value.days) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
     if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 and one month
     return {daysFromCivil(date), value.ticks};
-}
-
-std::int64_t dayOfYear(std::int64_t day) {
-    return day - daysFromCivil(civilFromDays(day).year() / 1 / 1) + 1;
-}
-
-// Sunday begins a week; 0001-01-01 is a Monday.
-std::int64_t sundayWeeks(std::int64_t day) {
-    return (day + 1) / 7;
-}
-
-std::int64_t ticksSince1970() {
-    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, kSecond>>;
-    return std::chrono::duration_cast<Ticks>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
-
-DateTime at(std::int64_t ticksFrom1970) {
-    return {kDay1970 + ticksFrom1970 / DateTime::kTicksPerDay, ticksFrom1970 % DateTime::kTicksPerDay};
 }
 
 }  // namespace
@@ -285,10 +289,8 @@ std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end)
     const PartFacts& facts = factsOf(part);
     if (part == DatePart::Week) return sundayWeeks(end.days) - sundayWeeks(start.days);
     const auto units = [&](const DateTime& value) -> Int128 {
-        const CivilDate date = civilFromDays(value.days);
-        const int months = static_cast<int>(date.year()) * 12 + static_cast<int>(unsigned{date.month()}) - 1;
-        if (facts.months) return months / facts.months;
-        return nanosecondsOf(value) / facts.nanoseconds;
+        if (!facts.months) return nanosecondsOf(value) / facts.nanoseconds;
+        return (datePart(DatePart::Year, value) * 12 + monthOf(value.days) - 1) / facts.months;
     };
     const Int128 difference = units(end) - units(start);
     if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(535);
@@ -296,27 +298,8 @@ std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end)
 }
 
 std::int64_t datePart(DatePart part, const DateTime& value) {
-    const CivilDate date = civilFromDays(value.days);
-    switch (part) {
-        case DatePart::Year:
-            return static_cast<int>(date.year());
-        case DatePart::Quarter:
-            return (unsigned{date.month()} + 2) / 3;
-        case DatePart::Month:
-            return unsigned{date.month()};
-        case DatePart::DayOfYear:
-            return dayOfYear(value.days);
-        case DatePart::Day:
-            return unsigned{date.day()};
-        case DatePart::Week:
-            return sundayWeeks(value.days) - sundayWeeks(daysFromCivil(date.year() / 1 / 1)) + 1;
-        case DatePart::IsoWeek:  // the Thursday of a week tells the year that it belongs to
-            return (dayOfYear(value.days - value.days % 7 + 3) - 1) / 7 + 1;
-        case DatePart::Weekday:
-            return (value.days + 1) % 7 + 1;
-        default:
-            return value.ticks * 100 / factsOf(part).nanoseconds % factsOf(part).cycle;
-    }
+    const PartFacts& facts = factsOf(part);
+    return facts.ofDay ? facts.ofDay(value.days) : value.ticks * 100 / facts.nanoseconds % facts.cycle;
 }
 
 std::string dateName(DatePart part, const DateTime& value) {
@@ -330,16 +313,17 @@ std::string_view monthName(int month) {
     return kMonths[month - 1];
 }
 
-DateTime localNow() {
-    const std::int64_t ticks = ticksSince1970();
+Now timeNow() {
+    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, kSecond>>;
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const std::int64_t ticks = std::chrono::duration_cast<Ticks>(now).count();
     const std::time_t seconds = ticks / kSecond;
     std::tm civil{};
     localtime_r(&seconds, &civil);
-    return at(ticks + civil.tm_gmtoff * kSecond);
-}
-
-DateTime utcNow() {
-    return at(ticksSince1970());
+    const auto at = [](std::int64_t sinceDay1970) -> DateTime {
+        return {kDay1970 + sinceDay1970 / DateTime::kTicksPerDay, sinceDay1970 % DateTime::kTicksPerDay};
+    };
+    return {at(ticks + civil.tm_gmtoff * kSecond), at(ticks)};
 }
 
 }  // namespace tsql

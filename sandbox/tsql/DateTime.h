@@ -42,10 +42,16 @@ DateTime fromStorage(std::string_view text);
 std::string toStorage(const DateTime& value, const SqlType& type);
 bool isInRange(const DateTime& value, const SqlType& type);
 
+inline bool isHijri(int style) {
+    return style == 130 || style == 131;
+}
+constexpr std::string_view kHijri = "the Hijri calendar (styles 130 and 131)";
+
 // CONVERT(varchar, value, style). Throws SqlError 281 for a style that no date has.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
 
 enum class DatePart {
+    // of the date
     Year,
     Quarter,
     Month,
@@ -54,12 +60,13 @@ enum class DatePart {
     Week,
     IsoWeek,
     Weekday,
+    // of the clock
     Hour,
     Minute,
     Second,
     Millisecond,
     Microsecond,
-    Nanosecond,
+    Nanosecond
 };
 // "yy", "year", "dd" ... in any case.
 std::optional<DatePart> findDatePart(std::string_view name);
@@ -74,7 +81,9 @@ std::int64_t datePart(DatePart part, const DateTime& value);
 std::string dateName(DatePart part, const DateTime& value);
 std::string_view monthName(int month);  // 1: "January"
 
-DateTime localNow();
-DateTime utcNow();
+struct Now {
+    DateTime local, utc;
+};
+Now timeNow();
 
 }  // namespace tsql

@@ -548,7 +548,7 @@ Flow Executor::run(const WaitFor& wait) {
     constexpr std::int64_t kNanosecondsPerTick = 100;
     constexpr std::int64_t kDay = 86'400LL * 10'000'000;
     const auto given = fromStorage(std::get<std::string>(time)).ticks;
-    const auto ticks = wait.until ? (given - localNow().ticks + kDay) % kDay : given;
+    const auto ticks = wait.until ? (given - timeNow().local.ticks + kDay) % kDay : given;
     const auto until = Clock::now() + std::chrono::nanoseconds(ticks * kNanosecondsPerTick);
     while (Clock::now() < until) {
         if (isCancelled()) throw BatchEnd{};

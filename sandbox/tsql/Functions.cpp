@@ -22,7 +22,7 @@ SqlType numberType(Pieces pieces) {
 
 namespace {
 
-constexpr std::size_t kAnyNumber = 100;
+constexpr std::size_t kAnyNumber = 254;
 
 bool isArgument(char letter) {
     return letter >= 'A' && letter <= 'Z';
@@ -34,8 +34,13 @@ std::string code(const SqlType& type) {
 
 // --- what the functions give
 
-SqlType common(Pieces pieces) {
+SqlType coalescedType(Pieces pieces) {
+    if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(4127);
     return commonType(pieces);
+}
+SqlType nullIfType(Pieces pieces) {
+    if (pieces[0].nullLiteral) throw sqlError(4151);
+    return pieces[0].type;
 }
 SqlType commonOfRest(Pieces pieces) {
     return commonType(pieces.subspan(1));
@@ -60,7 +65,10 @@ SqlType extremeType(Pieces pieces) {
 }
 
 SqlType aggregatedText(Pieces pieces) {
-    return isNational(pieces[0].type.id) ? nvarcharType(4000) : varcharType(8000);
+    const SqlType& type = pieces[0].type;
+    const bool wide = isNational(type.id);
+    const int most = type.length <= 0 ? SqlType::kMax : wide ? 4000 : 8000;
+    return wide ? nvarcharType(most) : varcharType(most);
 }
 
 // --- how they are written
@@ -151,8 +159,8 @@ constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ra
 // The functions that SQLite has, or that are written in terms of others.
 const FunctionInfo kWritten[] = {
     {"isnull", "AA", sameAsFirst, writeIsNull},
-    {"coalesce", "AA*", common, writeCoalesce},
-    {"nullif", "AA", sameAsFirst, writeNullIf},
+    {"coalesce", "AA*", coalescedType, writeCoalesce},
+    {"nullif", "AA", nullIfType, writeNullIf},
     {"choose", "IA*", commonOfRest, writeChoose},
     {"pi", "", TypeId::Float, writePi},
     {"xml.value", "AA", nvarcharType(SqlType::kMax), writeXmlValue},  // (SELECT ... FOR XML).value()

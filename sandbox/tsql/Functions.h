@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "DateTime.h"
 #include "SqlTypes.h"
@@ -29,6 +30,7 @@ struct Typed {
     std::optional<std::int64_t> integer = {};
     std::string word = {};  // a bare name in place of a value: a date part, the * of COUNT(*)
     int chain = 0;          // operators in `sql` when it is one call of ts_arithmetic
+    bool joined = false;    // `sql` is texts strung together
 };
 
 Typed nullLiteral();
@@ -73,19 +75,20 @@ class FunctionContext {
     explicit FunctionContext(Executor* session) : m_session(session) {}
 
     // GETDATE() is the same in all rows of a statement: forgets the time of the last one, and its error.
-    void beginStatement();
-    const DateTime& now();     // local time
-    const DateTime& nowUtc();  // the same moment
+    void beginStatement() {
+        m_now.reset();
+        m_error.reset();
+    }
+    const Now& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
     Executor& session() { return *m_session; }
 
     // An error that a function raised stands here after SQLite has returned SQLITE_ERROR.
     void setError(const SqlError& error) { m_error = error; }
-    std::optional<SqlError> takeError();
+    std::optional<SqlError> takeError() { return std::exchange(m_error, std::nullopt); }
 
   private:
     Executor* m_session;
-    std::optional<DateTime> m_now;
-    std::optional<DateTime> m_nowUtc;
+    std::optional<Now> m_now;
     std::optional<SqlError> m_error;
 };
 

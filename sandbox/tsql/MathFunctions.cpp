@@ -126,7 +126,10 @@ Value runIsNumeric(const Call& call) {
     const auto reads = [&](const SqlType& target) {
         return !isNull(convertValue(call[0], type, target, kNoStyle, Conversion::Try));
     };
-    if (trimmed(call.text(0)).empty()) return std::int64_t{0};
+    const std::string_view text = trimmed(call.text(0));
+    if (text.empty()) return std::int64_t{0};
+    constexpr std::string_view kSigns = "+-$.,";  // each by itself is money
+    if (text.size() == 1 && kSigns.find(text[0]) != kSigns.npos) return std::int64_t{1};
     return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
 }
 

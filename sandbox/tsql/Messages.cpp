@@ -201,6 +201,9 @@ constexpr std::string_view kMessages =
 4113 16 1 The function '%s' is not a valid windowing function, and cannot be used with the OVER clause.
 4121 16 1 Cannot find either column "%s" or the user-defined function or aggregate "%s.%s", or the name is
     ambiguous.
+4127 16 1 At least one of the arguments to COALESCE must be an expression that is not the NULL constant.
+4151 16 1 The type of the first argument to NULLIF cannot be the NULL constant because the type of the first
+    argument has to be known.
 4194 16 1 RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters.
 4429 16 1 View or function '%s' contains a self-reference. Views or functions cannot reference themselves
     directly or indirectly.

@@ -46,20 +46,17 @@ Value runRows(const Call& call) {
 // (text, separator): the pieces as a JSON array, which SQLite makes rows of
 Value runSplit(const Call& call) {
     if (characterCount(call.text(1)) != 1) throw sqlError(214, {"separator", "nchar(1)/nvarchar(1)"});
-    constexpr std::string_view kHex = "0123456789abcdef";
     std::string result = "[\"";
     for (std::string_view rest = call.text(0); !rest.empty();) {
-        if (rest.starts_with(call.text(1))) {
+        const bool separates = rest.starts_with(call.text(1));
+        const auto code = std::byte(rest.front());
+        if (separates)
             result += "\",\"";
-            rest.remove_prefix(call.text(1).size());
-            continue;
-        }
-        const auto c = static_cast<unsigned char>(rest.front());
-        if (c < ' ' || c == '"' || c == '\\')
-            result.append("\\u00").append({kHex[c >> 4U], kHex[c & 15U]});
+        else if (code < std::byte{' '} || rest.front() == '"' || rest.front() == '\\')
+            result += "\\u00" + hexDigits({&code, 1});
         else
             result += rest.front();
-        rest.remove_prefix(1);
+        rest.remove_prefix(separates ? call.text(1).size() : 1);
     }
     return result + "\"]";
 }
@@ -73,6 +70,12 @@ int xmlStyle(const SqlType& type) {
     return type.id == TypeId::Float ? kSixteenDigits : kNoStyle;
 }
 
+constexpr struct Entity {
+    std::string_view text;
+    char character;
+    bool onlyInAttributes = false;
+} kEntities[] = {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"', true}, {"&#x0D;", '\r'}};
+
 // (value, type, whether in an attribute)
 Value runXml(const Call& call) {
     const SqlType type = call.type(1);
@@ -81,19 +84,12 @@ Value runXml(const Call& call) {
     const bool attribute = call.integer(2) != 0;
     std::string result;
     for (const char c : std::get<std::string>(value)) {
-        const auto code = static_cast<unsigned char>(c);
-        const bool space = c == '\n' || c == '\t';
-        if (c == '&')
-            result += "&amp;";
-        else if (c == '<')
-            result += "&lt;";
-        else if (c == '>')
-            result += "&gt;";
-        else if (c == '"' && attribute)
-            result += "&quot;";
-        else if (code < ' ' && (attribute || !space))
-            result.append("&#x").append(code < 16 ? "0" : "1").append(1, "0123456789ABCDEF"[code & 15U]) +=
-                ';';
+        const auto* entity = std::ranges::find(kEntities, c, &Entity::character);
+        const auto code = std::byte(c);
+        if (entity != std::end(kEntities) && (attribute || !entity->onlyInAttributes))
+            result += entity->text;
+        else if (code < std::byte{' '} && (attribute || (c != '\n' && c != '\t')))
+            result += "&#x" + hexDigits({&code, 1}) + ";";
         else
             result += c;
     }
@@ -102,8 +98,6 @@ Value runXml(const Call& call) {
 
 // (xml, whether its elements' text counts): the text of xml
 Value runXmlValue(const Call& call) {
-    constexpr std::pair<std::string_view, char> kEntities[] = {
-        {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&#x0D;", '\r'}};
     std::string result;
     for (std::string_view rest = call.text(0); !rest.empty();) {
         if (rest.front() == '<') {
@@ -111,12 +105,11 @@ Value runXmlValue(const Call& call) {
             rest.remove_prefix(std::min(rest.find('>'), rest.size() - 1) + 1);
             continue;
         }
-        std::size_t taken = 1;
-        char c = rest.front();
-        for (const auto& [entity, stands] : kEntities)
-            if (rest.starts_with(entity)) taken = entity.size(), c = stands;
-        result += c;
-        rest.remove_prefix(taken);
+        const auto* entity =
+            std::ranges::find_if(kEntities, [&](const Entity& each) { return rest.starts_with(each.text); });
+        const bool plain = entity == std::end(kEntities);
+        result += plain ? rest.front() : entity->character;
+        rest.remove_prefix(plain ? 1 : entity->text.size());
     }
     return result;
 }

@@ -1,8 +1,11 @@
 #include "RaiseErrorText.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
-#include <cctype>
-#include <charconv>
+#include <memory>
+#include <new>
+#include <regex>
 
 #include "Messages.h"
 #include "Text.h"
@@ -12,121 +15,84 @@ namespace {
 
 constexpr std::size_t kLongestMessage = 2047;
 constexpr std::string_view kEllipsis = "...";
-constexpr std::size_t kWidest = 2047;
 
-struct Substitution {
-    std::string flags;
-    bool has(char flag) const { return flags.find(flag) != std::string::npos; }
-    std::size_t width = 0;
-    std::size_t precision = std::string::npos;
-    char type = 's';
-};
+// %% or flags, width, precision and type; without a type it is no conversion.
+constexpr const char* kSubstitution =
+    R"(%(%|([-+0# ]*)(\*|[0-9]{0,4})(\.(?:\*|[0-9]{0,4}))?(?:h|l|I64)?([diouxXs])?))";
+enum Group { kAll, kWhole, kFlags, kWidth, kPrecision, kType };
 
-// One message under construction.
+// As SQLite's printf writes it.
+template <typename Argument>
+std::string written(const std::string& format, Argument argument) {
+    const std::unique_ptr<char, void (*)(void*)> text(sqlite3_mprintf(format.c_str(), argument),
+                                                      sqlite3_free);
+    if (!text) throw std::bad_alloc();
+    return text.get();
+}
+
+// Takes the arguments one after the other.
 class Formatter {
   public:
-    Formatter(std::string_view format, std::span<const TypedValue> arguments)
-        : m_format(format), m_arguments(arguments) {}
+    explicit Formatter(std::span<const TypedValue> arguments) : m_arguments(arguments) {}
 
-    std::string run() {
-        for (; m_at < m_format.size(); ++m_at) {
-            if (m_format[m_at] != '%')
-                m_text += m_format[m_at];
-            else if (m_format.substr(m_at).starts_with("%%"))
-                m_text += m_format[m_at++];
-            else
-                addArgument(substitution());
-        }
-        if (characterCount(m_text) <= kLongestMessage) return m_text;
-        return std::string(characters(m_text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
+    std::string substituted(const std::cmatch& match) {
+        if (match.str(kWhole) == "%") return "%";
+        const std::string format(match[kAll].first, match.suffix().second);
+        if (!match[kType].matched) throw sqlError(2787, {format.substr(0, 20)});
+        std::string flags = match.str(kFlags);
+        const bool left = flags.find('-') != std::string::npos, precise = match[kPrecision].matched;
+        if (left || precise) std::erase(flags, '0');
+        const std::string side = left ? "%-!" : "%!", width = number(match.str(kWidth));
+        const std::string size = width + (precise ? "." + number(match.str(kPrecision).substr(1)) : "");
+        const std::size_t index = m_next++;
+        if (index >= m_arguments.size() || isNull(m_arguments[index].value))
+            return written(side + width + "s", "(null)");
+        const auto& [value, type] = m_arguments[index];
+        const auto* text = std::get_if<std::string>(&value);
+        if ((match.str(kType) == "s") != (text != nullptr) || !(isText(type.id) || isInteger(type.id)))
+            throw sqlError(2786, {std::to_string(index + 1)});
+        if (text) return written(side + size + "s", text->c_str());
+        return integer("%" + flags + size + "ll" + match.str(kType), std::get<std::int64_t>(value));
     }
 
   private:
-    char next() { return ++m_at < m_format.size() ? m_format[m_at] : '\0'; }
-
-    // Begins at the percent sign, ends at the type's letter.
-    Substitution substitution() {
-        const std::size_t begin = m_at;
-        Substitution spec;
-        char c = next();
-        for (; c && std::string_view("-+0# ").find(c) != std::string_view::npos; c = next()) spec.flags += c;
-        spec.width = number(c, 0);
-        if (c == '.') spec.precision = number(c = next(), 0);
-        while (c == 'l' || c == 'h' || c == 'I' || c == '6' || c == '4') c = next();
-        spec.type = c;
-        if (!c || std::string_view("diouxXs").find(c) == std::string_view::npos)
-            throw sqlError(2787, {m_format.substr(begin, 20)});
-        return spec;
-    }
-
     // Digits, or * for the next argument.
-    std::size_t number(char& c, std::size_t value) {
-        if (c == '*') {
+    std::string number(const std::string& digits) {
+        constexpr std::int64_t kWidest = 2047;
+        std::int64_t value = 0;
+        if (digits == "*") {
+            const std::size_t index = m_next++;
             const auto* given =
-                m_next < m_arguments.size() ? std::get_if<std::int64_t>(&m_arguments[m_next].value) : nullptr;
-            ++m_next;
-            c = next();
-            return given && *given > 0 ? std::min(static_cast<std::size_t>(*given), kWidest) : 0;
+                index < m_arguments.size() ? std::get_if<std::int64_t>(&m_arguments[index].value) : nullptr;
+            value = given ? *given : 0;
+        } else if (!digits.empty()) {
+            value = std::stoi(digits);
         }
-        for (; std::isdigit(static_cast<unsigned char>(c)); c = next())
-            value = std::min(value * 10 + static_cast<std::size_t>(c - '0'), kWidest);
-        return value;
+        return std::to_string(std::clamp<std::int64_t>(value, 0, kWidest));
     }
 
-    void addArgument(const Substitution& spec) {
-        std::string text = "(null)";
-        const std::size_t index = m_next++;
-        if (index < m_arguments.size() && !isNull(m_arguments[index].value)) {
-            const TypedValue& argument = m_arguments[index];
-            if (isText(argument.type.id) != (spec.type == 's') ||
-                !(isText(argument.type.id) || isInteger(argument.type.id)))
-                throw sqlError(2786, {std::to_string(index + 1)});
-            text = spec.type == 's'
-                       ? std::string(characters(std::get<std::string>(argument.value), 0, spec.precision))
-                       : integer(std::get<std::int64_t>(argument.value), spec);
-        }
-        const std::size_t length = characterCount(text);
-        const std::size_t padding = spec.width > length ? spec.width - length : 0;
-        m_text += spec.has('-') ? text + std::string(padding, ' ') : std::string(padding, ' ') + text;
+    // A negative number without a sign is shown in 32 bits.
+    static std::string integer(const std::string& format, std::int64_t value) {
+        const bool isSigned = format.ends_with('d') || format.ends_with('i');
+        return written(format, static_cast<long long>(isSigned || value >= 0 ? value : value & 0xFFFFFFFF));
     }
 
-    static std::string integer(std::int64_t value, const Substitution& spec) {
-        const bool isSigned = spec.type == 'd' || spec.type == 'i';
-        const int base = spec.type == 'o' ? 8 : spec.type == 'x' || spec.type == 'X' ? 16 : 10;
-        const bool negative = isSigned && value < 0;
-        std::uint64_t magnitude = static_cast<std::uint64_t>(value);
-        if (negative)
-            magnitude = 0 - magnitude;
-        else if (!isSigned && value < 0)
-            magnitude &= 0xFFFFFFFFU;
-        char digits[32];
-        const auto end = std::to_chars(digits, digits + sizeof digits, magnitude, base).ptr;
-        std::string text(digits, end);
-        if (spec.type == 'X') text = toUpper(text);
-        std::string sign = negative                    ? "-"
-                           : spec.has('+') && isSigned ? "+"
-                           : spec.has(' ') && isSigned ? " "
-                                                       : "";
-        if (spec.has('#') && base == 16 && value != 0) sign += spec.type == 'X' ? "0X" : "0x";
-        const std::size_t wanted = spec.precision != std::string::npos ? spec.precision
-                                   : spec.has('0') && !spec.has('-') && spec.width > sign.size()
-                                       ? spec.width - sign.size()
-                                       : 0;
-        if (text.size() < wanted) text.insert(0, wanted - text.size(), '0');
-        return sign + text;
-    }
-
-    std::string_view m_format;
     std::span<const TypedValue> m_arguments;
-    std::size_t m_at = 0;
     std::size_t m_next = 0;
-    std::string m_text;
 };
 
 }  // namespace
 
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
-    return Formatter(format, arguments).run();
+    static const std::regex substitution(kSubstitution);
+    Formatter formatter(arguments);
+    std::string text;
+    const char *at = format.data(), *const end = at + format.size();
+    for (std::cmatch match; std::regex_search(at, end, match, substitution); at = match.suffix().first)
+        text.append(match.prefix().str()).append(formatter.substituted(match));
+    text.append(at, end);
+    if (characterCount(text) <= kLongestMessage) return text;
+    return std::string(characters(text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
 }
 
 }  // namespace tsql

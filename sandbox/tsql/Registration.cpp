@@ -93,26 +93,6 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
     }
 }
 
-void FunctionContext::beginStatement() {
-    m_now.reset();
-    m_nowUtc.reset();
-    m_error.reset();
-}
-
-const DateTime& FunctionContext::now() {
-    if (!m_now) m_now = localNow();
-    return *m_now;
-}
-
-const DateTime& FunctionContext::nowUtc() {
-    if (!m_nowUtc) m_nowUtc = utcNow();
-    return *m_nowUtc;
-}
-
-std::optional<SqlError> FunctionContext::takeError() {
-    return std::exchange(m_error, std::nullopt);
-}
-
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
     for (const auto functions : {operatorFunctions(), queryFunctions()})
         for (const ScalarFunction& function : functions) registerScalar(connection, context, function);

@@ -289,6 +289,9 @@ SqlType simpleType(TypeId id) {
 
 int maxLength(const SqlType& type) {
     if (hasLength(type.id)) return type.length == SqlType::kMax ? -1 : type.length * facts(type.id).bytes;
+    const int ofTime = type.scale <= 2 ? 3 : type.scale <= 4 ? 4 : 5;
+    if (type.id == TypeId::Time) return ofTime;
+    if (type.id == TypeId::DateTime2) return ofTime + maxLength(simpleType(TypeId::Date));
     if (type.id != TypeId::Decimal) return facts(type.id).bytes;
     return type.precision <= 9 ? 5 : type.precision <= 19 ? 9 : type.precision <= 28 ? 13 : 17;
 }

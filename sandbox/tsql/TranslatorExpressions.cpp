@@ -115,14 +115,9 @@ Typed Translator::node(const Unary& unary) {
     return unary.isBitNot ? emitBitNot(operand) : emitNegate(operand);
 }
 
-// A long concatenation stays flat: SQLite's parser bounds how deep brackets may nest.
 Typed Translator::node(const Binary& binary) {
     const Typed left = value(*binary.left);
-    Typed result = emitBinary(binary.op, left, value(*binary.right));
-    const bool inner = std::holds_alternative<Binary>(binary.left->node) && isText(left.type.id);
-    if (inner && isText(result.type.id) && result.sql.starts_with("(" + left.sql + " || "))
-        result.sql = reopened(left.sql) + result.sql.substr(left.sql.size() + 1);
-    return result;
+    return emitBinary(binary.op, left, value(*binary.right));
 }
 
 Typed Translator::node(const Case& choice) {

@@ -328,7 +328,7 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     const std::string sqlAlias = nextAlias();
     m_scope->sources.push_back({alias, {}, {}, {{"value", sqlAlias + ".value", type}}});
     return "(SELECT value FROM json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
-           coerce(separator, nvarcharType(1)).sql + "))) AS " + sqlAlias;
+           coerce(separator, nvarcharType(SqlType::kMax)).sql + "))) AS " + sqlAlias;
 }
 
 // Gives the columns the names that stand behind the query's own, if there are any.
