@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <memory>
+#include <sstream>
 
 #include "Connection.h"
 #include "Messages.h"
@@ -158,23 +160,27 @@ void writeHeader(sqlite3* copy, const BackupHeader& header) {
                       quotedText(header.dataFile) + " AS data_file");
 }
 
-BackupReport emptyReport(std::string_view columns) {
+// `columns`: of each its name, its type and what stands there when a row tells nothing; 0 or NULL without
+// that.
+BackupReport reportOf(std::string_view columns, const std::vector<std::map<std::string_view, Value>>& rows) {
     BackupReport report;
-    for (const std::string& item : listItems(columns))
-        report.columns.push_back(
-            {item.substr(0, item.find(' ')), parseType(item.substr(item.find(' ') + 1))});
-    return report;
-}
-
-// What is not told is 0 or NULL.
-void addRow(BackupReport& report, std::initializer_list<std::pair<std::string_view, Value>> known) {
-    auto& row = report.rows.emplace_back();
-    for (const auto& column : report.columns) {
-        Value& cell = row.emplace_back();
-        if (isNumber(column.type.id)) cell = std::int64_t{0};
-        for (const auto& [name, value] : known)
-            if (name == column.name) cell = value;
+    report.rows.resize(rows.size());
+    for (const std::string& item : listItems(columns)) {
+        std::istringstream words(item);
+        std::string name, type, usual;
+        words >> name >> type >> usual;
+        const SqlType& is = report.columns.emplace_back(Column{name, parseType(type)}).type;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            Value& cell = report.rows[i].emplace_back(Null{});
+            if (const auto told = rows[i].find(name); told != rows[i].end())
+                cell = told->second;
+            else if (isNumber(is.id))
+                cell = std::int64_t{usual.empty() ? 0 : std::stoll(usual)};
+            else if (!usual.empty())
+                cell = usual;
+        }
     }
+    return report;
 }
 
 std::string now() {
@@ -252,57 +258,41 @@ void verifyBackup(const fs::path& file, const Progress& progress) {
 }
 
 BackupReport fileListOf(const BackupHeader& header) {
-    constexpr std::int64_t kUnlimited = 35'184'372'080'640, kBlockSize = 4096;
-    BackupReport report = emptyReport(
+    constexpr std::string_view kColumns =
         R"(LogicalName nvarchar(128); PhysicalName nvarchar(260); Type char(1); FileGroupName nvarchar(128);
-Size numeric(20); MaxSize numeric(20); FileId bigint; CreateLSN numeric(25); DropLSN numeric(25); UniqueId
-uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes bigint;
-SourceBlockSize int; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN numeric(25);
-DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit)");
-    addRow(report, {{"LogicalName", header.database},
-                    {"PhysicalName", header.dataFile},
-                    {"Type", std::string("D")},
-                    {"FileGroupName", std::string("PRIMARY")},
-                    {"Size", header.bytes},
-                    {"MaxSize", kUnlimited},
-                    {"FileId", std::int64_t{1}},
-                    {"BackupSizeInBytes", header.bytes},
-                    {"SourceBlockSize", kBlockSize},
-                    {"FileGroupId", std::int64_t{1}},
-                    {"IsPresent", std::int64_t{1}}});
-    addRow(report, {{"LogicalName", logName(header)},
-                    {"PhysicalName", header.dataFile + "-wal"},
-                    {"Type", std::string("L")},
-                    {"MaxSize", kUnlimited},
-                    {"FileId", std::int64_t{2}},
-                    {"SourceBlockSize", kBlockSize},
-                    {"IsPresent", std::int64_t{1}}});
-    return report;
+Size numeric(20); MaxSize numeric(20) 35184372080640; FileId bigint; CreateLSN numeric(25); DropLSN
+numeric(25); UniqueId uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes
+bigint; SourceBlockSize int 4096; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN
+numeric(25); DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit 1)";
+    return reportOf(kColumns, {{{"LogicalName", header.database},
+                                {"PhysicalName", header.dataFile},
+                                {"Type", std::string("D")},
+                                {"FileGroupName", std::string("PRIMARY")},
+                                {"Size", header.bytes},
+                                {"FileId", std::int64_t{1}},
+                                {"BackupSizeInBytes", header.bytes},
+                                {"FileGroupId", std::int64_t{1}}},
+                               {{"LogicalName", logName(header)},
+                                {"PhysicalName", header.dataFile + "-wal"},
+                                {"Type", std::string("L")},
+                                {"FileId", std::int64_t{2}}}});
 }
 
 BackupReport headerOf(const BackupHeader& header) {
-    BackupReport report = emptyReport(
-        R"(BackupName nvarchar(128); BackupDescription nvarchar(255); BackupType smallint; ExpirationDate
-datetime; Compressed bit; Position smallint; DeviceType tinyint; UserName nvarchar(128); ServerName
+    constexpr std::string_view kColumns =
+        R"(BackupName nvarchar(128); BackupDescription nvarchar(255); BackupType smallint 1; ExpirationDate
+datetime; Compressed bit; Position smallint 1; DeviceType tinyint 2; UserName nvarchar(128); ServerName
 nvarchar(128); DatabaseName nvarchar(128); DatabaseVersion int; DatabaseCreationDate datetime; BackupSize
 numeric(20); FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN
 numeric(25); BackupStartDate datetime; BackupFinishDate datetime; SortOrder smallint; CodePage smallint;
-UnicodeLocaleId int; UnicodeComparisonStyle int; CompatibilityLevel tinyint; SoftwareVendorId int;
-SoftwareVersionMajor int; SoftwareVersionMinor int; SoftwareVersionBuild int; MachineName nvarchar(128);
-Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collation nvarchar(128))");
-    constexpr std::int64_t kDatabase = 1, kDisk = 2, kLevel = 150, kMajor = 15, kBuild = 2000;
-    addRow(report, {{"BackupType", kDatabase},
-                    {"Position", std::int64_t{1}},
-                    {"DeviceType", kDisk},
-                    {"DatabaseName", header.database},
-                    {"BackupSize", header.bytes},
-                    {"BackupStartDate", header.started},
-                    {"BackupFinishDate", header.finished},
-                    {"CompatibilityLevel", kLevel},
-                    {"SoftwareVersionMajor", kMajor},
-                    {"SoftwareVersionBuild", kBuild},
-                    {"Collation", std::string("SQL_Latin1_General_CP1_CI_AS")}});
-    return report;
+UnicodeLocaleId int; UnicodeComparisonStyle int; CompatibilityLevel tinyint 150; SoftwareVendorId int;
+SoftwareVersionMajor int 15; SoftwareVersionMinor int; SoftwareVersionBuild int 2000; MachineName
+nvarchar(128); Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collation
+nvarchar(128) SQL_Latin1_General_CP1_CI_AS)";
+    return reportOf(kColumns, {{{"DatabaseName", header.database},
+                                {"BackupSize", header.bytes},
+                                {"BackupStartDate", header.started},
+                                {"BackupFinishDate", header.finished}}});
 }
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
