@@ -366,6 +366,14 @@ struct Drop {
 struct CreateDatabase {
     std::string name;
 };
+struct AlterDatabase {
+    std::string name;     // empty: the session's
+    std::string newName;  // empty: a setting that holds already
+};
+struct AlterIndex {
+    std::string name;  // empty: all
+    ObjectName table;
+};
 
 // CREATE or ALTER PROCEDURE, FUNCTION or VIEW; the batch's whole text is what is stored.
 struct CreateModule {
@@ -414,11 +422,11 @@ struct Restore {
 };
 
 struct Statement {
-    using Node =
-        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound, TryCatch,
-                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, Update, Delete,
-                     Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase, CreateModule,
-                     Execute, Transaction, Backup, Restore, DeclareCursor, ChangeCursor, Fetch>;
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
+                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
+                              Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
+                              CreateDatabase, AlterDatabase, AlterIndex, CreateModule, Execute, Transaction,
+                              Backup, Restore, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

@@ -182,6 +182,7 @@ class Executor final : public NameResolver {
     Flow run(const ast::CreateTable& create);
     Flow run(const ast::AlterTable& alter);
     Flow run(const ast::CreateIndex& create);
+    Flow run(const ast::AlterIndex& alter);
     Flow run(const ast::Drop& drop);
     void define(const ast::ObjectName& name, const std::function<void(Catalogue&)>& work);
     TableInfo createTable(const ast::CreateTable& create);
@@ -248,6 +249,7 @@ class Executor final : public NameResolver {
     Flow run(const ast::SetOption& option);
     Flow run(const ast::Transaction& transaction);
     Flow run(const ast::CreateDatabase& create);
+    Flow run(const ast::AlterDatabase& alter);
     Flow run(const ast::Backup& backup);
     Flow run(const ast::Restore& restore);
     void dropDatabase(const std::string& name, bool ifExists);

@@ -65,6 +65,18 @@ Flow Executor::run(const CreateDatabase& create) {
     return finished();
 }
 
+Flow Executor::run(const AlterDatabase& alter) {
+    refuseInFunction();
+    const std::string name = alter.name.empty() ? m_database : m_engine.storage.canonicalName(alter.name);
+    if (name.empty()) throw sqlError(5011, {alter.name});
+    if (alter.newName.empty()) return finished();
+    if (m_transactions > 0) throw sqlError(226, {"ALTER DATABASE"});
+    releaseDatabase(name, sqlError(5030));
+    m_engine.storage.rename(name, alter.newName);
+    inform(5021, {alter.newName});
+    return finished();
+}
+
 // Lets go of the database, unless sessions have it that go on.
 void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
     if (databaseKey(name) == databaseKey(m_database) ||

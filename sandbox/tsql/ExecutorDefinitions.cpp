@@ -455,6 +455,21 @@ Flow Executor::run(const CreateIndex& create) {
     return finished();
 }
 
+Flow Executor::run(const AlterIndex& alter) {
+    refuseInFunction();
+    const TableInfo target = table(alter.table);
+    define(alter.table, [&](Catalogue& owner) {
+        const auto keys = owner.keysOf(target.id);
+        const bool known = std::any_of(keys.begin(), keys.end(), [&](const ObjectInfo& key) {
+            return (key.type == objectType::kIndex || isUniqueKey(key)) &&
+                   compareText(key.name, alter.name) == 0;
+        });
+        if (!alter.name.empty() && !known) throw sqlError(2727, {alter.name});
+        m_connection.run("REINDEX " + target.sqlName());
+    });
+    return finished();
+}
+
 Flow Executor::run(const Drop& drop) {
     refuseInFunction();
     for (const auto& name : drop.names) {

@@ -148,6 +148,7 @@ constexpr std::string_view kMessages =
 2714 16 6 There is already an object named '%s' in the database.
 2715 16 1 Column, parameter, or variable #1: Cannot find data type %s.
 2716 16 1 Column, parameter, or variable #1: Cannot specify a column width on data type %s.
+2727 11 1 Cannot find index '%s'.
 2744 16 1 Multiple identity columns specified for table '%s'. Only one identity column per table is allowed.
 2749 16 1 Identity column '%s' must be of data type int, bigint, smallint, tinyint, or decimal or numeric
     with a scale of 0, and constrained to be nonnullable.
@@ -219,6 +220,11 @@ constexpr std::string_view kMessages =
     cannot be added to non-empty table '%s' because it does not satisfy these conditions.
 4922 16 9 ALTER TABLE %s COLUMN %s failed because one or more objects access this column.
 4924 16 1 ALTER TABLE %s COLUMN failed because column '%s' does not exist in table '%s'.
+5011 14 5 User does not have permission to alter database '%s', the database does not exist, or the
+    database is not in a state that allows access checks.
+5021 0 1 The database name '%s' has been set.
+5030 16 2 The database could not be exclusively locked to perform the operation.
+5058 16 5 Option '%s' cannot be set in database '%s'.
 5074 16 1 The %s '%s' is dependent on column '%s'.
 5308 16 1 Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER
     BY clause expressions.

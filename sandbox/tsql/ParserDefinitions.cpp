@@ -369,6 +369,38 @@ Statement::Node createDatabase(Parser& in) {
     return node;
 }
 
+// Settings that a database has here anyway.
+constexpr std::string_view kDatabaseSettings[] = {
+    "RECOVERY SIMPLE", "MULTI_USER",      "READ_WRITE",          "ONLINE",
+    "AUTO_CLOSE OFF",  "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM"};
+
+Statement::Node alterDatabase(Parser& in) {
+    AlterDatabase node{in.accept("CURRENT") ? "" : in.expectName(), {}};
+    if (in.accept("MODIFY NAME =")) {
+        node.newName = in.expectName();
+        return node;
+    }
+    if (!in.accept("SET")) unsupportedObject(in, "ALTER DATABASE ...");
+    do
+        if (std::none_of(std::begin(kDatabaseSettings), std::end(kDatabaseSettings),
+                         [&](auto each) { return in.accept(each); }))
+            unsupportedObject(in, "ALTER DATABASE ... SET");
+    while (in.accept(","));
+    in.acceptAny({"WITH ROLLBACK IMMEDIATE", "WITH NO_WAIT"});
+    return node;
+}
+
+// The index is made anew, which changes no rows.
+Statement::Node alterIndex(Parser& in) {
+    AlterIndex node{in.accept("ALL") ? "" : in.expectName(), {}};
+    in.expect("ON");
+    node.table = in.objectName();
+    if (!in.acceptAny({"REBUILD", "REORGANIZE"})) unsupportedObject(in, "ALTER INDEX ...");
+    in.accept("PARTITION = ALL");
+    if (in.accept("WITH")) in.skipParenthesized();
+    return node;
+}
+
 // A module must stand first, and on the batch's own level.
 Statement::Node createOrAlter(Parser& in, bool create) {
     const bool first = in.atBatchBegin();
@@ -382,6 +414,8 @@ Statement::Node createOrAlter(Parser& in, bool create) {
         throw SyntaxError(sqlError(111, {name}), in.peek().line);
     }
     if (!create && in.accept("TABLE")) return alterTable(in);
+    if (!create && in.accept("DATABASE")) return alterDatabase(in);
+    if (!create && in.accept("INDEX")) return alterIndex(in);
     const bool orAlter = create && module.alter;
     if (!create || orAlter) unsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);

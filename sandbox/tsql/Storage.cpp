@@ -126,6 +126,15 @@ void Storage::drop(std::string_view name) {
     for (const char* suffix : {"-wal", "-shm", ""}) fs::remove(file + suffix);
 }
 
+void Storage::rename(std::string_view name, std::string_view newName) {
+    if (isSystemDatabase(name)) throw sqlError(5058, {"MODIFY NAME", name});
+    checkName(newName);
+    if (exists(newName) && compareText(name, newName) != 0) throw sqlError(1801, {newName});
+    const fs::path before = pathOf(name);
+    openDatabaseFile(before, false);  // whoever closes it last leaves no journal beside it
+    fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
+}
+
 bool Storage::isSystemDatabase(std::string_view name) {
     return std::any_of(kSystemDatabases.begin(), kSystemDatabases.end(),
                        [&](std::string_view system) { return compareText(system, name) == 0; });

@@ -43,6 +43,8 @@ class Storage {
     void create(std::string_view name);
     // Throws SqlError 3701 (does not exist) / 3708 (system database). The caller has closed its connections.
     void drop(std::string_view name);
+    // Throws SqlError 1801 / 5058 (system database). The caller has closed its connections.
+    void rename(std::string_view name, std::string_view newName);
     static bool isSystemDatabase(std::string_view name);
 
     // How many sessions have a database attached, by its databaseKey(): one that others use is neither
