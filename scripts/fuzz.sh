@@ -11,6 +11,11 @@ scripts/setup.sh fuzz
 scripts/build.sh fuzz
 findings=$PWD/build-fuzz/findings
 mkdir -p "$findings"
+[[ ! -w /dev/shm ]] || export TMPDIR=/dev/shm  # where targets have their data
+
+# A batch of the golden scripts is a seed.
+mkdir -p build-fuzz/batches
+awk -v RS='\nGO\n' '{ file = "build-fuzz/batches/" NR; print > file; close(file) }' tests/tsql/scripts/*.sql
 
 status=0
 for target in build-fuzz/bin/fuzz_*; do
@@ -19,6 +24,7 @@ for target in build-fuzz/bin/fuzz_*; do
   mkdir -p "$corpus"
   seeds=(fuzz/seeds/"$name")
   [[ -d ${seeds[0]} ]] || seeds=()
+  [[ $name != tsql ]] || seeds+=(build-fuzz/batches)
   log=$findings/$name.log
   if "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
       -artifact_prefix="$findings/$name-" "$corpus" "${seeds[@]}" >"$log" 2>&1; then

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "Ast.h"
@@ -77,6 +78,18 @@ class Parser {
         return inner;
     }
 
+    // Phrases that must come next, and the expressions between them.
+    template <typename... Parts>
+    void sequence(Parts&&... parts) {
+        const auto part = [this](auto& each) {
+            if constexpr (std::is_same_v<decltype(each), ast::ExprPtr&>)
+                each = expression();
+            else
+                expect(each);
+        };
+        (part(parts), ...);
+    }
+
     // Bounds the nesting of what calls itself.
     class Nesting {
       public:
@@ -120,7 +133,7 @@ class Parser {
     ast::StatementPtr statement();
     ast::Declaration declaration(bool isParameter);
     ast::ExprPtr constant();
-    bool atBatchBegin() const { return m_next == 0 && m_depth == 1; }
+    bool atBatchBegin() const { return m_next == 1 && m_depth == 1; }  // behind its first word
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
     bool acceptConstraint(ast::Constraint& constraint, bool ofTable);
@@ -142,8 +155,8 @@ class Parser {
     std::set<std::string> m_declaredTables;
 };
 
-// ---- statements of ParserDefinitions.cpp
-ast::Statement::Node parseChange(Parser& in);  // INSERT, UPDATE, DELETE, or what begins with WITH
+// ---- statements of ParserDefinitions.cpp; the word in their names is taken already
+ast::Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, WITH before one of them
 ast::Statement::Node parseCreate(Parser& in);
 ast::Statement::Node parseAlter(Parser& in);
 ast::Statement::Node parseDrop(Parser& in);

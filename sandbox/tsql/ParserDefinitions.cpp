@@ -21,7 +21,6 @@ std::optional<Output> output(Parser& in) {
 }
 
 Insert insert(Parser& in) {
-    in.take();
     Insert node;
     in.refuse("TOP", "INSERT TOP");
     in.accept("INTO");
@@ -68,7 +67,6 @@ void affectedRows(Parser& in, Change& node) {
 }
 
 Update update(Parser& in) {
-    in.take();
     Update node;
     in.refuse("STATISTICS", "UPDATE STATISTICS");
     node.top = in.top();
@@ -85,7 +83,6 @@ Update update(Parser& in) {
 }
 
 Delete remove(Parser& in) {
-    in.take();
     Delete node;
     node.top = in.top();
     in.accept("FROM");
@@ -404,7 +401,6 @@ Statement::Node alterIndex(Parser& in) {
 // A module must stand first, and on the batch's own level.
 Statement::Node createOrAlter(Parser& in, bool create) {
     const bool first = in.atBatchBegin();
-    in.take();
     CreateModule module;
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
@@ -437,15 +433,16 @@ ObjectName indexName(Parser& in) {
 
 }  // namespace
 
-Statement::Node parseChange(Parser& in) {
+Statement::Node parseRows(Parser& in) {
     auto with = in.commonTables();
     const auto change = [&](auto node) -> Statement::Node {
         node.with = std::move(with);
         return node;
     };
-    if (in.at("INSERT")) return change(insert(in));
-    if (in.at("UPDATE")) return change(update(in));
-    if (in.at("DELETE")) return change(remove(in));
+    if (in.accept("INSERT")) return change(insert(in));
+    if (in.accept("UPDATE")) return change(update(in));
+    if (in.accept("DELETE")) return change(remove(in));
+    if (!in.atQuery()) in.syntaxError();
     return SelectStatement{in.queryBehind(std::move(with))};
 }
 
@@ -464,7 +461,6 @@ Statement::Node parseDrop(Parser& in) {
         {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
         {"VIEW", ObjectKind::View},
     };
-    in.take();
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) unsupportedObject(in, "DROP");
     Drop node{*kind, {}, in.accept("IF EXISTS")};

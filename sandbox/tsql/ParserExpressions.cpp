@@ -168,12 +168,8 @@ ExprPtr iif(Parser& in) {
     const int line = in.take().line;
     Case node;
     in.expect("(");
-    ExprPtr when = in.condition();
-    in.expect(",");
-    node.branches.emplace_back(std::move(when), in.expression());
-    in.expect(",");
-    node.otherwise = in.expression();
-    in.expect(")");
+    auto& [when, then] = node.branches.emplace_back(in.condition(), nullptr);
+    in.sequence(",", then, ",", node.otherwise, ")");
     return make(line, std::move(node));
 }
 
@@ -189,12 +185,9 @@ ExprPtr conversion(Parser& in) {
         in.expect(",");
     }
     node.operand = in.expression();
-    if (convert) {
-        if (in.accept(",")) node.style = in.expression();
-    } else {
-        in.expect("AS");
-        node.type = in.type(TypeUse::Cast);
-    }
+    if (!convert) in.expect("AS");
+    if (!convert) node.type = in.type(TypeUse::Cast);
+    if (convert && in.accept(",")) node.style = in.expression();
     in.expect(")");
     return make(word.line, std::move(node));
 }

@@ -15,52 +15,35 @@ constexpr std::string_view kUnsupported[] = {
     "SHUTDOWN", "REVERT", "CHECKPOINT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
 };
 
-// The values that a setting may have: # is any number, * is anything. Most of those that may be set both ways
-// make a difference to speed, to locks or to warnings alone, and have no effect.
+// The values that settings may have, # for any number and * for anything, and the settings. Most of those
+// that may be ON and OFF make a difference to speed, to locks or to warnings alone, and have no effect.
 constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
-    {"ANSI_NULLS", "ON"},
-    {"ANSI_NULL_DFLT_OFF", "OFF"},
-    {"ANSI_NULL_DFLT_ON", "ON"},
-    {"ANSI_PADDING", "ON OFF"},
-    {"ANSI_WARNINGS", "ON OFF"},
-    {"ARITHABORT", "ON OFF"},
-    {"ARITHIGNORE", "ON OFF"},
-    {"CONCAT_NULL_YIELDS_NULL", "ON"},
-    {"CURSOR_CLOSE_ON_COMMIT", "ON OFF"},
-    {"DATEFIRST", "7"},
-    {"DATEFORMAT", "MDY"},
-    {"DEADLOCK_PRIORITY", "*"},
-    {"FMTONLY", "ON OFF"},
-    {"FORCEPLAN", "ON OFF"},
-    {"IDENTITY_INSERT", "ON OFF"},
-    {"IMPLICIT_TRANSACTIONS", "OFF"},
-    {"LANGUAGE", "US_ENGLISH ENGLISH"},
-    {"LOCK_TIMEOUT", "#"},
-    {"NOCOUNT", "ON OFF"},
-    {"NOEXEC", "OFF"},
-    {"NO_BROWSETABLE", "ON OFF"},
-    {"NUMERIC_ROUNDABORT", "OFF"},
-    {"PARSEONLY", "OFF"},
-    {"QUERY_GOVERNOR_COST_LIMIT", "#"},
-    {"QUOTED_IDENTIFIER", "ON OFF"},
-    {"REMOTE_PROC_TRANSACTIONS", "ON OFF"},
-    {"ROWCOUNT", "0"},
-    {"SHOWPLAN_ALL", "OFF"},
-    {"SHOWPLAN_TEXT", "OFF"},
-    {"SHOWPLAN_XML", "OFF"},
-    {"STATISTICS", "ON OFF"},
-    {"TEXTSIZE", "#"},
-    {"XACT_ABORT", "ON OFF"},
+    {"ON OFF",
+     "NOCOUNT XACT_ABORT QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS ANSI_PADDING ANSI_WARNINGS "
+     "ARITHABORT ARITHIGNORE CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE REMOTE_PROC_TRANSACTIONS"},
+    {"ON", "ANSI_NULLS ANSI_NULL_DFLT_ON CONCAT_NULL_YIELDS_NULL"},
+    {"OFF",
+     "ANSI_NULL_DFLT_OFF IMPLICIT_TRANSACTIONS NOEXEC NUMERIC_ROUNDABORT PARSEONLY SHOWPLAN_ALL "
+     "SHOWPLAN_TEXT "
+     "SHOWPLAN_XML"},
+    {"#", "LOCK_TIMEOUT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
+    {"*", "DEADLOCK_PRIORITY"},
+    {"0", "ROWCOUNT"},
+    {"7", "DATEFIRST"},
+    {"MDY", "DATEFORMAT"},
+    {"US_ENGLISH ENGLISH", "LANGUAGE"},
 };
+
+bool hasWord(std::string_view words, const std::string& word) {
+    return (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
+}
 
 void checkSetting(const std::string& name, const std::string& value, int line) {
     const auto* setting = std::find_if(std::begin(kSettings), std::end(kSettings),
-                                       [&](const auto& each) { return each.first == name; });
+                                       [&](const auto& each) { return hasWord(each.second, name); });
     if (setting == std::end(kSettings)) throw SyntaxError(sqlError(195, {name}), line);
-    const auto& values = setting->second;
     const bool isNumber = value.find_first_not_of("-0123456789") == std::string::npos;
-    if (values == "*" || (values == "#" && isNumber)) return;
-    if ((" " + std::string(values) + " ").find(" " + value + " ") == std::string::npos)
+    if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
         throw SyntaxError(unsupported("SET " + name + " " + value), line);
 }
 
@@ -96,7 +79,6 @@ Statement::Node setOption(Parser& in) {
 }
 
 Statement::Node set(Parser& in) {
-    in.take();
     if (!in.atVariable()) return setOption(in);
     Assign assign;
     assign.name = in.expectVariable();
@@ -111,13 +93,12 @@ Statement::Node set(Parser& in) {
 // Rows are read when the cursor is opened: what would follow later changes is refused.
 Statement::Node declareCursor(Parser& in) {
     DeclareCursor node{in.expectName(), nullptr};
-    bool forward = false, nothing = false;
+    bool isCursor = false, forward = false, nothing = false;
     const std::pair<std::string_view, bool*> kOptions[] = {
-        {"INSENSITIVE", &node.counted}, {"SCROLL", &node.scroll},
-        {"LOCAL", &node.local},         {"STATIC", &node.counted},
-        {"GLOBAL", &nothing},           {"FORWARD_ONLY", &forward},
-        {"FAST_FORWARD", &forward},     {"READ_ONLY", &nothing},
-        {"TYPE_WARNING", &nothing},     {"CURSOR", &nothing}};
+        {"INSENSITIVE", &node.counted}, {"SCROLL", &node.scroll}, {"LOCAL", &node.local},
+        {"STATIC", &node.counted},      {"GLOBAL", &nothing},     {"FORWARD_ONLY", &forward},
+        {"FAST_FORWARD", &forward},     {"READ_ONLY", &nothing},  {"TYPE_WARNING", &nothing},
+        {"CURSOR", &isCursor}};
     while (!in.accept("FOR")) {
         for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
             in.refuse(word, std::string(word) + " cursors");
@@ -125,6 +106,7 @@ Statement::Node declareCursor(Parser& in) {
         if (!option) in.syntaxError();
         **option = true;
     }
+    if (!isCursor) in.syntaxError();
     if (forward && node.scroll) throw SyntaxError(sqlError(1048, {"FORWARD_ONLY", "SCROLL"}), in.peek().line);
     node.scroll = node.scroll || (node.counted && !forward);
     node.query = in.query();
@@ -134,7 +116,6 @@ Statement::Node declareCursor(Parser& in) {
 }
 
 Statement::Node declare(Parser& in) {
-    in.take();
     if (in.atName()) return declareCursor(in);
     return Declare{in.list([&] { return in.declaration(false); })};
 }
@@ -145,10 +126,8 @@ CursorName cursorName(Parser& in) {
     return {in.expectName(), global};
 }
 
+template <CursorVerb verb>
 Statement::Node changeCursor(Parser& in) {
-    constexpr std::pair<std::string_view, CursorVerb> kVerbs[] = {
-        {"OPEN", CursorVerb::Open}, {"CLOSE", CursorVerb::Close}, {"DEALLOCATE", CursorVerb::Deallocate}};
-    const CursorVerb verb = *in.acceptOneOf(kVerbs);
     return ChangeCursor{verb, cursorName(in)};
 }
 
@@ -157,7 +136,6 @@ Statement::Node fetch(Parser& in) {
         {"NEXT FROM", FetchFrom::Next}, {"PRIOR FROM", FetchFrom::Prior},  {"FIRST FROM", FetchFrom::First},
         {"LAST FROM", FetchFrom::Last}, {"ABSOLUTE", FetchFrom::Absolute}, {"RELATIVE", FetchFrom::Relative},
         {"FROM", FetchFrom::Next}};
-    in.take();
     Fetch node;
     if (const FetchFrom* from = in.acceptOneOf(kPlaces)) node.from = *from;
     if (node.from >= FetchFrom::Absolute) {
@@ -182,14 +160,12 @@ Block block(Parser& in) {
 }
 
 Statement::Node ifElse(Parser& in) {
-    in.take();
     If node{in.condition(), in.statement(), nullptr};
     if (in.accept("ELSE")) node.otherwise = in.statement();
     return node;
 }
 
 Statement::Node whileLoop(Parser& in) {
-    in.take();
     While node{in.condition(), nullptr};
     ++in.m_loops;
     node.body = in.statement();
@@ -197,32 +173,30 @@ Statement::Node whileLoop(Parser& in) {
     return node;
 }
 
+template <TransactionVerb verb>
 Statement::Node transaction(Parser& in) {
-    constexpr std::pair<std::string_view, TransactionVerb> kVerbs[] = {
-        {"BEGIN", TransactionVerb::Begin},
-        {"COMMIT", TransactionVerb::Commit},
-        {"ROLLBACK", TransactionVerb::Rollback},
-        {"SAVE", TransactionVerb::Save}};
-    Transaction node{*in.acceptOneOf(kVerbs), {}, {}};
-    const bool saves = node.verb == TransactionVerb::Save;
-    if (!in.acceptAny({"TRANSACTION", "TRAN"})) {
-        if (saves) in.syntaxError();
-        in.accept("WORK");
-        return node;
-    }
+    Transaction node{verb, {}, {}};
     if (in.atVariable())
         node.variable = in.expectVariable();
-    else if (in.atName() || saves)
+    else if (in.atName() || verb == TransactionVerb::Save)
         node.name = in.expectName();
     in.refuse("WITH MARK", "marked transactions");
     return node;
 }
 
-Statement::Node begin(Parser& in) {
-    if (in.at("BEGIN TRAN") || in.at("BEGIN TRANSACTION")) return transaction(in);
-    in.take();
+// COMMIT or ROLLBACK, alone or with WORK.
+template <TransactionVerb verb>
+Statement::Node endOfWork(Parser& in) {
+    in.accept("WORK");
+    return Transaction{verb, {}, {}};
+}
+
+Statement::Node compound(Parser& in) {
     in.refuse("DISTRIBUTED", "distributed transactions");
-    if (!in.accept("TRY")) return Compound{block(in)};
+    return Compound{block(in)};
+}
+
+Statement::Node tryCatch(Parser& in) {
     TryCatch node{block(in), {}};
     in.expect("TRY");
     in.accept(";");
@@ -233,7 +207,6 @@ Statement::Node begin(Parser& in) {
 }
 
 Statement::Node returnValue(Parser& in) {
-    in.take();
     const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
     const bool value = !in.peek().reserved || in.at("CASE") || in.at("NULL") || in.at("CONVERT") ||
                        in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
@@ -251,15 +224,9 @@ void withOptions(Parser& in, const std::string& verb, Accept accept) {
 }
 
 Statement::Node raiseError(Parser& in) {
-    in.take();
     if (!in.at("(")) in.unsupported("RAISERROR without parentheses");
     RaiseError node;
-    in.expect("(");
-    node.message = in.expression();
-    in.expect(",");
-    node.severity = in.expression();
-    in.expect(",");
-    node.state = in.expression();
+    in.sequence("(", node.message, ",", node.severity, ",", node.state);
     if (in.accept(",")) node.arguments = in.expressions();
     in.expect(")");
     const std::pair<std::string_view, bool*> kOptions[] = {
@@ -272,19 +239,13 @@ Statement::Node raiseError(Parser& in) {
 }
 
 Statement::Node throwError(Parser& in) {
-    in.take();
     Throw node;
-    if (in.peek().kind != TokenKind::Number && !in.atVariable()) return node;
-    node.number = in.expression();
-    in.expect(",");
-    node.message = in.expression();
-    in.expect(",");
-    node.state = in.expression();
+    if (in.peek().kind == TokenKind::Number || in.atVariable())
+        in.sequence(node.number, ",", node.message, ",", node.state);
     return node;
 }
 
 Statement::Node waitFor(Parser& in) {
-    in.take();
     const bool until = in.accept("TIME");
     if (!until) in.expect("DELAY");
     return WaitFor{in.expression(), until};
@@ -314,7 +275,6 @@ Argument argument(Parser& in) {
 }
 
 Statement::Node execute(Parser& in) {
-    in.acceptAny({"EXEC", "EXECUTE"});
     in.refuse("AS", "EXECUTE AS");
     Execute node;
     if (in.at("(")) {
@@ -361,7 +321,6 @@ bool acceptStats(Parser& in, std::int64_t& stats) {
 }
 
 Statement::Node backup(Parser& in) {
-    in.take();
     in.refuse("LOG", "BACKUP LOG");
     in.expect("DATABASE");
     Backup node{nameOrVariable(in), nullptr};
@@ -385,7 +344,6 @@ Statement::Node restore(Parser& in) {
                                                                    {"FILELISTONLY", RestoreKind::FileList},
                                                                    {"HEADERONLY", RestoreKind::Header},
                                                                    {"VERIFYONLY", RestoreKind::Verify}};
-    in.take();
     const RestoreKind* kind = in.acceptOneOf(kKinds);
     if (!kind) in.unsupported("RESTORE " + toUpper(in.near()));
     Restore node;
@@ -412,52 +370,44 @@ Statement::Node restore(Parser& in) {
     return node;
 }
 
-Statement::Node breakOrContinue(Parser& in) {
-    if (in.m_loops == 0) throw SyntaxError(sqlError(135), in.peek().line);
-    if (in.accept("BREAK")) return Break{};
-    in.take();
-    return Continue{};
-}
-
-Statement::Node otherStatement(Parser& in) {
-    for (const auto word : kUnsupported) in.refuse(word, word == "BULK" ? "BULK INSERT" : word);
-    if (in.atQuery()) return SelectStatement{in.query()};
-    if (in.accept("PRINT")) return Print{in.expression()};
-    if (in.accept("TRUNCATE TABLE")) return Truncate{in.objectName()};
-    if (in.accept("USE")) return Use{in.expectName()};
-    in.syntaxError();
-}
-
+// The words that statements begin with, taken, and what reads the rest.
 constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[] = {
     {"DECLARE", declare},
     {"SET", set},
-    {"OPEN", changeCursor},
-    {"CLOSE", changeCursor},
-    {"DEALLOCATE", changeCursor},
+    {"OPEN", changeCursor<CursorVerb::Open>},
+    {"CLOSE", changeCursor<CursorVerb::Close>},
+    {"DEALLOCATE", changeCursor<CursorVerb::Deallocate>},
     {"FETCH", fetch},
     {"IF", ifElse},
     {"WHILE", whileLoop},
-    {"BREAK", breakOrContinue},
-    {"BEGIN", begin},
+    {"BREAK", [](Parser&) -> Statement::Node { return Break{}; }},
+    {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
+    {"BEGIN TRANSACTION", transaction<TransactionVerb::Begin>},
+    {"BEGIN TRAN", transaction<TransactionVerb::Begin>},
+    {"COMMIT TRANSACTION", transaction<TransactionVerb::Commit>},
+    {"COMMIT TRAN", transaction<TransactionVerb::Commit>},
+    {"COMMIT", endOfWork<TransactionVerb::Commit>},
+    {"ROLLBACK TRANSACTION", transaction<TransactionVerb::Rollback>},
+    {"ROLLBACK TRAN", transaction<TransactionVerb::Rollback>},
+    {"ROLLBACK", endOfWork<TransactionVerb::Rollback>},
+    {"SAVE TRANSACTION", transaction<TransactionVerb::Save>},
+    {"SAVE TRAN", transaction<TransactionVerb::Save>},
+    {"BEGIN TRY", tryCatch},
+    {"BEGIN", compound},
     {"RETURN", returnValue},
     {"RAISERROR", raiseError},
-    {"CONTINUE", breakOrContinue},
     {"THROW", throwError},
     {"WAITFOR", waitFor},
     {"EXEC", execute},
     {"EXECUTE", execute},
-    {"SAVE", transaction},
-    {"COMMIT", transaction},
-    {"ROLLBACK", transaction},
     {"BACKUP", backup},
     {"RESTORE", restore},
-    {"INSERT", parseChange},
-    {"UPDATE", parseChange},
-    {"DELETE", parseChange},
-    {"WITH", parseChange},
     {"CREATE", parseCreate},
     {"ALTER", parseAlter},
     {"DROP", parseDrop},
+    {"PRINT", [](Parser& in) -> Statement::Node { return Print{in.expression()}; }},
+    {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
+    {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };
 
 }  // namespace
@@ -478,11 +428,11 @@ Block Parser::batch() {
 StatementPtr Parser::statement() {
     const Nesting nesting(*this);
     while (accept(";")) continue;
-    const auto* known = std::find_if(std::begin(kStatements), std::end(kStatements),
-                                     [this](const auto& each) { return at(each.first); });
-    auto statement = std::make_unique<Statement>();
-    statement->line = peek().line;
-    statement->node = known == std::end(kStatements) ? otherStatement(*this) : known->second(*this);
+    for (const auto word : kUnsupported) refuse(word, word == "BULK" ? "BULK INSERT" : word);
+    const int line = peek().line;
+    if (m_loops == 0 && (at("BREAK") || at("CONTINUE"))) throw SyntaxError(sqlError(135), line);
+    const auto* read = acceptOneOf(kStatements);
+    auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
     accept(";");
     return statement;
 }
