@@ -371,7 +371,7 @@ class Converter {
         Bytes written;
         for (const std::size_t from : kIdentifierOrder) written += blob()[from];
         std::string result = hexDigits(written);
-        for (const std::size_t dash : {8, 13, 18, 23}) result.insert(dash, 1, '-');
+        for (const std::size_t dash : {8U, 13U, 18U, 23U}) result.insert(dash, 1, '-');
         return result;
     }
 
