@@ -108,7 +108,7 @@ CallPlan PreparedStatements::plan(ProcedureCall call) {
 ProcedureCall::Argument PreparedStatements::add(Arguments& arguments) {
     if (m_statements.size() >= kMostStatements)
         throw SqlError(701, "There are too many prepared statements in this session.", 17);
-    for (const std::size_t i : {1, 2}) arguments[i].name.clear();
+    for (const std::size_t i : {1U, 2U}) arguments[i].name.clear();
     m_statements[++m_lastHandle] = {std::move(arguments[2]), std::move(arguments[1])};
     return {std::move(arguments[0].name), tsql::simpleType(tsql::TypeId::Int), m_lastHandle, true};
 }

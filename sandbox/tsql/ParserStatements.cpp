@@ -32,6 +32,7 @@ constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"7", "DATEFIRST"},
     {"MDY", "DATEFORMAT"},
     {"US_ENGLISH ENGLISH", "LANGUAGE"},
+    {"", "ANSI_DEFAULTS CONTEXT_INFO OFFSETS"},  // none
 };
 
 bool hasWord(std::string_view words, const std::string& word) {
