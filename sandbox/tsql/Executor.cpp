@@ -260,13 +260,14 @@ SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const ObjectIn
 // SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
 SqlError Executor::brokenReference() {
     const Catalogue catalogue(m_connection, m_target.database, m_target.schema);
-    const auto others = catalogue.keysTo(m_target.name);
     for (const auto& key : catalogue.keysOf(m_target.id)) {
         if (m_newRows.empty() || key.type != objectType::kForeignKey) continue;
         const std::string broken = "WITH " + m_newRows + " SELECT 1 FROM incoming WHERE " +
                                    orphans(catalogue, m_target, key, "incoming") + " LIMIT 1";
         if (m_connection.number(broken, m_changeValues)) return foreignKeyConflict(catalogue, key);
     }
+    auto others = catalogue.keysTo(m_target.name);
+    std::erase_if(others, [&](const ObjectInfo& key) { return !anyReference(catalogue, key); });
     if (others.size() != 1) return conflict("REFERENCE", m_target, {});
     return conflict("REFERENCE", *catalogue.table(others.front().table), others.front());
 }

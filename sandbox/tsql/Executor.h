@@ -199,6 +199,7 @@ class Executor final : public NameResolver {
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     bool anyRow(const TableInfo& table, const std::string& condition);
+    bool anyReference(const Catalogue& catalogue, const ObjectInfo& key);
     std::string orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                         const std::string& rows);
     void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);

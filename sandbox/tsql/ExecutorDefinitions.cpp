@@ -41,21 +41,25 @@ std::string indexName(const std::string& name, std::int64_t table, std::string_v
 }
 
 // In a unique key of T-SQL one NULL equals another, in SQLite's none does: the rows that hold one have an
-// index of their own.
-struct NullableKey {
-    NullableKey(const TableInfo& table, const ObjectInfo& index) {
-        if (!isUniqueKey(index)) return;
-        for (const auto& name : index.columns) {
-            const TableColumn& column = *table.column(name);
-            const std::string isNull = quotedName(name) + " IS NULL";
-            list += (list.empty() ? "" : ", ") + isNull + ", " +
-                    collated({"ifnull(" + quotedName(name) + ", 0)", column.type});
-            if (column.nullable) condition += (condition.empty() ? "" : " OR ") + isNull;
-        }
+// index of their own, of which this is the end. Empty: no column takes NULL.
+std::string nullsOf(const TableInfo& table, const ObjectInfo& index) {
+    std::string list, condition;
+    for (const auto& name : index.columns) {
+        const TableColumn& column = *table.column(name);
+        const std::string isNull = quotedName(name) + " IS NULL";
+        list += (list.empty() ? "" : ", ") + isNull + ", " +
+                collated({"ifnull(" + quotedName(name) + ", 0)", column.type});
+        if (column.nullable) condition += (condition.empty() ? "" : " OR ") + isNull;
     }
-    std::string list;
-    std::string condition;  // empty: no column takes NULL, or the index is not unique
-};
+    return condition.empty() ? "" : list + ") WHERE " + condition;
+}
+
+const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name, bool isIndex) {
+    const auto found = std::ranges::find_if(keys, [&](const ObjectInfo& key) {
+        return (key.type == objectType::kIndex) == isIndex && compareText(key.name, name) == 0;
+    });
+    return found == keys.end() ? nullptr : &*found;
+}
 
 struct ConstraintFacts {
     std::string_view type, prefix;  // of a name that is made up
@@ -272,8 +276,8 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
     };
     try {
         make("", list + ")");
-        if (const NullableKey key(table, index); !key.condition.empty())
-            make(kNullsSuffix, key.list + ") WHERE " + key.condition);
+        const std::string nulls = isUniqueKey(index) ? nullsOf(table, index) : "";
+        if (!nulls.empty()) make(kNullsSuffix, nulls);
     } catch (const SqliteFailure& failure) {
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
         m_newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
@@ -319,6 +323,12 @@ void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const Obj
 bool Executor::anyRow(const TableInfo& table, const std::string& condition) {
     return m_connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1")
         .has_value();
+}
+
+// Whether a row stands in the way of what it refers to. A NULL refers to nothing.
+bool Executor::anyReference(const Catalogue& catalogue, const ObjectInfo& key) {
+    const std::string own = "(" + nameList(key.columns) + ")";
+    return !parseConstraint(key.source).cascade && anyRow(*catalogue.table(key.table), own + " = " + own);
 }
 
 // The condition that a row of `rows` refers to none: SQL over the table or the rows that were to come. A NULL
@@ -384,12 +394,10 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
 void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,
                               bool ifExists) {
     const auto keys = catalogue.keysOf(table.id);
-    const auto key = std::find_if(keys.begin(), keys.end(), [&](const ObjectInfo& each) {
-        return each.type != objectType::kIndex && compareText(each.name, name) == 0;
-    });
-    if (key == keys.end() && ifExists) return;
+    const ObjectInfo* key = keyNamed(keys, name, false);
+    if (!key && ifExists) return;
     failingAs(sqlError(3727), [&] {
-        if (key == keys.end()) throw sqlError(3728, {name});
+        if (!key) throw sqlError(3728, {name});
         for (const auto& foreign : catalogue.keysTo(table.name))
             if (isUniqueKey(*key) &&
                 std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, isSame))
@@ -436,9 +444,8 @@ Flow Executor::run(const CreateIndex& create) {
     const TableInfo target = table(create.table);
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
-        for (const auto& key : owner.keysOf(target.id))
-            if (key.type == index.type && compareText(key.name, index.name) == 0)
-                throw sqlError(1913, {create.name, target.name});
+        if (keyNamed(owner.keysOf(target.id), create.name, true))
+            throw sqlError(1913, {create.name, target.name});
         if (create.unique) index.source = kUniqueIndex;
         std::string list;
         for (const auto& [name, descending] : create.columns) {
@@ -484,14 +491,14 @@ Flow Executor::run(const Drop& drop) {
 }
 
 void Executor::dropIndex(const ObjectName& name, bool ifExists) {
-    define({{}, {}, name.schema, 0}, [&](Catalogue& owner) {
+    define({name.database, {}, name.schema, 0}, [&](Catalogue& owner) {
         const auto target = owner.table(name.schema);
-        for (const auto& key : owner.keysOf(target ? target->id : 0)) {
-            if (key.type != objectType::kIndex || compareText(key.name, name.name) != 0) continue;
-            dropIndex(*target, key.name);
-            return owner.remove(key.id);
-        }
-        if (!ifExists) throw sqlError(3701, {"index", name.schema + "." + name.name}, 7);
+        const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
+        const ObjectInfo* index = keyNamed(keys, name.name, true);
+        if (!index && !ifExists) throw sqlError(3701, {"index", name.schema + "." + name.name}, 7);
+        if (!index) return;
+        dropIndex(*target, index->name);
+        owner.remove(index->id);
     });
 }
 

@@ -158,3 +158,24 @@ GO
 -- what takes NULL is no key and no identity
 CREATE TABLE null_key (a int NULL PRIMARY KEY)
 CREATE TABLE null_identity (a int IDENTITY NULL)
+GO
+-- several tables refer to one: rows tell which is in the way
+CREATE TABLE several (id int PRIMARY KEY)
+CREATE TABLE with_none (id int CONSTRAINT FK_none REFERENCES several)
+CREATE TABLE with_null (id int CONSTRAINT FK_null REFERENCES several)
+CREATE TABLE with_one (id int CONSTRAINT FK_one REFERENCES several)
+CREATE TABLE that_follow (id int CONSTRAINT FK_follow REFERENCES several ON DELETE CASCADE)
+INSERT several VALUES (1), (2)
+INSERT with_null VALUES (NULL)
+INSERT with_one VALUES (1)
+INSERT that_follow VALUES (1), (2)
+DELETE several
+DELETE several WHERE id = 2
+SELECT id FROM that_follow
+GO
+-- an index of another database's table
+CREATE DATABASE elsewhere
+CREATE TABLE elsewhere.dbo.indexed (a int)
+CREATE INDEX ix_there ON elsewhere.dbo.indexed (a)
+DROP INDEX ix_there ON elsewhere.dbo.indexed
+DROP INDEX ix_there ON elsewhere.dbo.indexed
