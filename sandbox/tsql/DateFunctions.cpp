@@ -36,6 +36,13 @@ SqlType partNameType(Pieces pieces) {
     return nvarcharType(30);
 }
 
+// YEAR, MONTH, DAY
+template <DatePart part>
+SqlType ofDateType(Pieces pieces) {
+    if (pieces[0].type.id == TypeId::Time) throw sqlError(9810, {nameOf(part), nameOf(part), "time"});
+    return simpleType(TypeId::Int);
+}
+
 DatePart partArgument(const Call& call) {
     return static_cast<DatePart>(call.integer(0));
 }
@@ -120,9 +127,9 @@ const FunctionInfo kFunctions[] = {
     {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiffBig},
     {"datepart", "PD", partType, runDatePart},
     {"datename", "PD", partNameType, runDateName},
-    {"year", "D", TypeId::Int, runPart<DatePart::Year>},
-    {"month", "D", TypeId::Int, runPart<DatePart::Month>},
-    {"day", "D", TypeId::Int, runPart<DatePart::Day>},
+    {"year", "D", ofDateType<DatePart::Year>, runPart<DatePart::Year>},
+    {"month", "D", ofDateType<DatePart::Month>, runPart<DatePart::Month>},
+    {"day", "D", ofDateType<DatePart::Day>, runPart<DatePart::Day>},
     {"eomonth", "D[I", TypeId::Date, runEndOfMonth},
     {"datefromparts", "III=", TypeId::Date, runFromParts},
     {"datetimefromparts", "IIIIIII=", TypeId::DateTime, runFromParts},

@@ -83,7 +83,7 @@ class DateReader {
         const std::string form = m_form.substr(begin, end - begin);
         const char half = isAt(end, "AP") ? m_form[end++] : ' ';
         if (isAt(end, "Z")) ++end;
-        if (begin > 0 && m_form[begin - 1] == 'T') --begin;
+        if (begin > 1 && m_form[begin - 1] == 'T') --begin;  // a T stands behind a date
         m_form.erase(begin, end - begin);
         const auto numbers = std::span(m_numbers).subspan(first);
         if (!setTime(form, numbers, half)) return false;

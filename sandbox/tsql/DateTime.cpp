@@ -183,8 +183,7 @@ Int128 nanosecondsOf(const DateTime& value) {
 }
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
-    constexpr std::int64_t kMostMonths =
-        120'000;  // of ten thousand years: more only lead out of the calendar
+    constexpr std::int64_t kMostMonths = 120'000;  // more only lead out of the calendar
     CivilDate date =
         civilFromDays(value.days) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
     if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 and one month
@@ -232,8 +231,7 @@ bool isInRange(const DateTime& value, const SqlType& type) {
     const std::int64_t first = small                         ? DateTime::kDay1900
                                : type.id == TypeId::DateTime ? daysFromCivil(year(1753) / 1 / 1)
                                                              : 0;
-    return value.ticks >= 0 && value.days >= first &&
-           value.days <= (small ? daysFromCivil(year(2079) / 6 / 6) : kLastDay);
+    return value.days >= first && value.days <= (small ? daysFromCivil(year(2079) / 6 / 6) : kLastDay);
 }
 
 std::string toStorage(const DateTime& value, const SqlType& type) {
@@ -248,8 +246,8 @@ std::string toStorage(const DateTime& value, const SqlType& type) {
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
     const bool classic = isClassicDate(type.id);
     if (style == kNoStyle) style = classic ? 0 : 121;
-    const bool iso8601 =
-        style % 100 == 26 || style % 100 == 27;  // T between, and a fraction only where it is
+    // T between date and time, and a fraction only where it is.
+    const bool iso8601 = style % 100 == 26 || style % 100 == 27;
     const Style pattern = styleFor(style, type);
     std::string whole(pattern.date);
     if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
@@ -274,13 +272,13 @@ std::string_view nameOf(DatePart part) {
 }
 
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type) {
+    constexpr std::int64_t kDay = DateTime::kTicksPerDay;
     const PartFacts& facts = factsOf(part);
     const Int128 moved = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
     const Int128 ticks = (moved + (moved < 0 ? -50 : 50)) / 100;
-    const DateTime result = facts.months
-                                ? addMonths(value, number * facts.months)
-                                : DateTime{static_cast<std::int64_t>(ticks / DateTime::kTicksPerDay),
-                                           static_cast<std::int64_t>(ticks % DateTime::kTicksPerDay)};
+    const auto ofDay = static_cast<std::int64_t>((ticks % kDay + kDay) % kDay);
+    const DateTime result = facts.months ? addMonths(value, number * facts.months)
+                                         : DateTime{static_cast<std::int64_t>((ticks - ofDay) / kDay), ofDay};
     if (type.id != TypeId::Time && !isInRange(result, type)) throw sqlError(517, {baseName(type.id)});
     return result;
 }

@@ -12,34 +12,16 @@ constexpr std::size_t kFoldTable =
     0x10000;  // the basic plane; the few pairs above it are looked up each time
 
 // The C library's own table of case pairs, independent of the process's locale.
-locale_t unicodeLocale() {
+using CaseMap = wint_t (*)(wint_t, locale_t);
+char32_t mapped(char32_t c, CaseMap map) {
     static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return locale;
+    return locale ? static_cast<char32_t>(map(static_cast<wint_t>(c), locale)) : c;
 }
 
-char32_t mapUpper(char32_t c) {
-    if (c < 0x80) return c >= 'a' && c <= 'z' ? c - 32 : c;
-    return unicodeLocale() ? static_cast<char32_t>(towupper_l(static_cast<wint_t>(c), unicodeLocale())) : c;
-}
-
-char32_t mapLower(char32_t c) {
-    if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 32 : c;
-    return unicodeLocale() ? static_cast<char32_t>(towlower_l(static_cast<wint_t>(c), unicodeLocale())) : c;
-}
-
-template <typename Map>
-std::string mapped(std::string_view text, Map map) {
+std::string mapped(std::string_view text, CaseMap map) {
     std::string result;
     result.reserve(text.size());
-    while (!text.empty()) {
-        const std::string_view before = text;
-        const char32_t c = nextCharacter(text);
-        const char32_t other = map(c);
-        if (other == c)
-            result.append(before.substr(0, before.size() - text.size()));
-        else
-            appendCharacter(result, other);
-    }
+    while (!text.empty()) appendCharacter(result, mapped(nextCharacter(text), map));
     return result;
 }
 
@@ -206,19 +188,20 @@ void appendCharacter(std::string& text, char32_t c) {
 }
 
 std::string toUpper(std::string_view text) {
-    return mapped(text, mapUpper);
+    return mapped(text, towupper_l);
 }
 std::string toLower(std::string_view text) {
-    return mapped(text, mapLower);
+    return mapped(text, towlower_l);
 }
 
 char32_t foldCase(char32_t c) {
-    static const auto table = [] {
+    const auto fold = [](char32_t each) { return mapped(mapped(each, towupper_l), towlower_l); };
+    static const auto table = [fold] {
         std::vector<char32_t> folds(kFoldTable);
-        for (char32_t i = 0; i < kFoldTable; ++i) folds[i] = mapLower(mapUpper(i));
+        for (char32_t i = 0; i < kFoldTable; ++i) folds[i] = fold(i);
         return folds;
     }();
-    return c < kFoldTable ? table[c] : mapLower(mapUpper(c));
+    return c < kFoldTable ? table[c] : fold(c);
 }
 
 int compareText(std::string_view left, std::string_view right) {

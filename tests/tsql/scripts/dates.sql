@@ -22,12 +22,16 @@ SELECT CAST('2079-06-07' AS smalldatetime)
 GO
 SELECT CAST('2026-11-21 10:00:00.1234567' AS datetime)
 GO
+SELECT CAST('10:00 11:00' AS datetime)
+GO
+SELECT CAST('1.2.3.4.5:6' AS date)
+GO
 -- rounding: datetime to .000, .003, .007, smalldatetime to minutes, the others at their scale
 SELECT CAST('2026-01-01 00:00:00.001' AS datetime) a, CAST('2026-01-01 00:00:00.002' AS datetime) b, CAST('2026-01-01 00:00:00.005' AS datetime) c, CAST('2026-01-01 00:00:00.008' AS datetime) d, CAST('2026-01-01 00:00:00.009' AS datetime) e, CAST('2026-12-31 23:59:59.999' AS datetime) f
 SELECT CAST('2026-12-31 23:59:29.998' AS smalldatetime) a, CAST('2026-12-31 23:59:29.999' AS smalldatetime) b, CAST('2026-12-31 23:59:59.96' AS datetime2(1)) c, CAST('23:59:59.5' AS time(0)) d, CAST(CAST('2026-11-21 12:00' AS datetime) AS float) e, CAST(0.5 AS datetime) f, CAST(-1 AS datetime) g
 SELECT ISDATE('') a, ISDATE('10:00') b, ISDATE('1752-12-31') c, ISDATE('2026-11-21 10:00:00.1234567') d, ISDATE(20261121) e, ISDATE(NULL) f, ISDATE('9999-12-31') g
 GO
-SELECT DATEADD(month, 1, CAST('2026-01-31' AS date)) a, DATEADD(month, -1, CAST('2024-03-31' AS date)) b, DATEADD(year, 1, CAST('2024-02-29' AS date)) c, DATEADD(quarter, 1, CAST('2026-11-30' AS date)) d, DATEADD(week, -1, CAST('2026-01-01' AS date)) e, DATEADD(weekday, 2, CAST('2026-01-01' AS date)) f, DATEADD(day, 1.9, CAST('2026-01-01' AS date)) g, DATEADD(hour, 2, CAST('23:00' AS time(0))) h, DATEADD(day, NULL, GETDATE()) i
+SELECT DATEADD(month, 1, CAST('2026-01-31' AS date)) a, DATEADD(month, -1, CAST('2024-03-31' AS date)) b, DATEADD(year, 1, CAST('2024-02-29' AS date)) c, DATEADD(quarter, 1, CAST('2026-11-30' AS date)) d, DATEADD(week, -1, CAST('2026-01-01' AS date)) e, DATEADD(weekday, 2, CAST('2026-01-01' AS date)) f, DATEADD(day, 1.9, CAST('2026-01-01' AS date)) g, DATEADD(hour, 2, CAST('23:00' AS time(0))) h, DATEADD(hour, -2147483648, CAST('10:00' AS time(0))) hh, DATEADD(day, NULL, GETDATE()) i
 SELECT DATEADD(ms, 1, CAST('2026-01-01' AS datetime)) a, DATEADD(ms, 2, CAST('2026-01-01' AS datetime)) b, DATEADD(second, 29, CAST('2026-01-01' AS smalldatetime)) c, DATEADD(second, 30, CAST('2026-01-01' AS smalldatetime)) d, DATEADD(ns, 49, CAST('2007-01-01' AS datetime2)) e, DATEADD(ns, 50, CAST('2007-01-01' AS datetime2)) f, DATEADD(mcs, -1, CAST('2007-01-01' AS datetime2)) g, DATEADD(month, 0, '2026-01-01') h
 GO
 SELECT DATEADD(day, 1, CAST('9999-12-31' AS date))
@@ -41,6 +45,8 @@ GO
 SELECT DATEADD(microsecond, 1, CAST('2026-01-01' AS datetime))
 GO
 SELECT DATEPART(year, CAST('10:00' AS time))
+GO
+SELECT MONTH(CAST('10:00' AS time))
 GO
 SELECT DATEADD(iso_week, 1, '2026-01-01')
 GO
