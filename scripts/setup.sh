@@ -9,6 +9,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libtomlplusplus-dev libsodium-dev libspdlog-dev libssl-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev
+  libboost-dev
   unixodbc unixodbc-dev tdsodbc freetds-bin
   libgtest-dev file chromium python3-pymssql
 )

@@ -9,6 +9,7 @@ namespace {
 
 using tsql::CellView;
 using tsql::DateTime;
+using tsql::Int128;
 using tsql::SqlType;
 using tsql::TypeId;
 using tsql::Value;
@@ -61,7 +62,6 @@ constexpr unsigned char kCollationUtf8 = 0x04;  // in the collation's fourth byt
 constexpr std::uint64_t kUnbounded = 0xFFFF;  // the length of a (max) type
 constexpr std::uint64_t kLongestLong = 0x7FFFFFFF;
 constexpr std::uint64_t kMostSizedBytes = 8000;
-constexpr int kMostPrecision = 38;
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
 
@@ -118,14 +118,13 @@ void encodeInteger(ByteWriter& out, const CellView& value, std::size_t size, boo
     out.number(static_cast<std::uint64_t>(number), size);
 }
 
-void encodeDecimal(ByteWriter& out, const CellView& value, int precision) {
-    const auto number = as<std::int64_t>(value);
-    const auto bits = static_cast<std::uint64_t>(number);
-    const std::uint64_t magnitude = number < 0 ? 0 - bits : bits;
-    const std::size_t size = decimalSize(precision) - 1;
-    if (size == 4 && magnitude >> 32 != 0) outOfRange("a decimal number");
+void encodeDecimal(ByteWriter& out, const CellView& value, const SqlType& type) {
+    const Int128 number = tsql::exactOf(value), magnitude = number < 0 ? -number : number;
+    if (!tsql::fits(number, type)) outOfRange("a decimal number");
     out.u8(number < 0 ? 0 : 1);
-    out.number(magnitude, size);
+    const std::size_t size = decimalSize(type.precision) - 1, low = std::min<std::size_t>(size, 8);
+    out.number(static_cast<std::uint64_t>(magnitude), low);
+    out.number(static_cast<std::uint64_t>(magnitude >> 64), size - low);
 }
 
 void encodeGuid(ByteWriter& out, Bytes text) {
@@ -162,7 +161,7 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
         out.u32(number >> 32);
         out.u32(number);
     } else if (id == TypeId::Decimal) {
-        encodeDecimal(out, value, type.type.precision);
+        encodeDecimal(out, value, type.type);
     } else if (tsql::isExact(id)) {
         encodeInteger(out, value, size, id > TypeId::TinyInt);
     } else if (id == TypeId::Real) {
@@ -210,14 +209,16 @@ DateTime decodeScaled(ByteReader in, const SqlType& type) {
     return value;
 }
 
-Value decodeDecimal(ByteReader in) {
-    if (in.remaining() > decimalSize(kMostPrecision)) throw ProtocolError("a decimal parameter is too long");
+Value decodeDecimal(ByteReader in, const SqlType& type) {
+    if (in.remaining() > decimalSize(tsql::kMostDigits))
+        throw ProtocolError("a decimal parameter is too long");
     const bool negative = in.u8() == 0;
-    const std::size_t low = std::min<std::size_t>(in.remaining(), 8);
-    const auto magnitude = static_cast<std::int64_t>(in.number(low));
-    if (magnitude < 0 || in.number(in.remaining()) != 0)
+    const std::uint64_t low = in.number(std::min<std::size_t>(in.remaining(), 8));
+    const std::uint64_t high = in.number(in.remaining());
+    const Int128 magnitude = static_cast<Int128>(high) << 64 | low;
+    if (high > INT64_MAX || !tsql::fits(magnitude, type))
         throw tsql::SqlError(8115, "Arithmetic overflow error converting numeric to data type numeric.");
-    return negative ? -magnitude : magnitude;
+    return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 
 Value decodeFloat(double value) {
@@ -248,7 +249,7 @@ Value decode(const WireType& type, ByteView data) {
             return static_cast<std::int64_t>(high << 32 | in.u32());
         }
         case TypeId::Decimal:
-            return decodeDecimal(in);
+            return decodeDecimal(in, type.type);
         case TypeId::Real:
             return decodeFloat(std::bit_cast<float>(in.u32()));
         case TypeId::Float:
@@ -303,7 +304,7 @@ void readPrecision(ByteReader& in, SqlType& type) {
     if (type.id == TypeId::Decimal) {
         in.skip(1);  // most bytes
         type.precision = in.u8();
-        if (type.precision < 1 || type.precision > kMostPrecision)
+        if (type.precision < 1 || type.precision > tsql::kMostDigits)
             throw ProtocolError("a decimal parameter has an impossible precision");
     }
     type.scale = in.u8();

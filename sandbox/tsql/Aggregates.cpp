@@ -15,7 +15,7 @@ namespace {
 
 struct Gathered {
     std::int64_t count = 0;
-    Int128 sum = 0;
+    Int128 sum = 0;      // of numbers as they are scaled
     double real = 0;     // sum, or mean for the variances
     double squares = 0;  // sum of squared distances from the mean
     struct Part {
@@ -31,7 +31,9 @@ struct Aggregate {
     int arguments;
     // `sign`: 1 for a value that comes, -1 for one that leaves a window's frame; the count is up to date.
     void (*step)(Gathered& gathered, std::span<const CellView> arguments, int sign);
-    Value (*result)(const Gathered& gathered);
+    Value (*result)(const Gathered& gathered, const Aggregate& aggregate);
+    SqlType type = {};  // of an exact result
+    int digits = 0;     // which an average has more than its values
 };
 
 struct AggregateBinding {
@@ -39,13 +41,16 @@ struct AggregateBinding {
     const Aggregate& aggregate;
 };
 
+const SqlType kSumType = decimalType(kMostDigits, 0);
+
 double realOf(const CellView& value) {
     const auto* integer = std::get_if<std::int64_t>(&value);
     return integer ? static_cast<double>(*integer) : std::get<double>(value);
 }
 
 void addExact(Gathered& gathered, std::span<const CellView> arguments, int sign) {
-    gathered.sum += sign * Int128{std::get<std::int64_t>(arguments[0])};
+    gathered.sum += sign * exactOf(arguments[0]);
+    if (!fits(gathered.sum, kSumType)) overflow(kSumType);
 }
 
 void addReal(Gathered& gathered, std::span<const CellView> arguments, int sign) {
@@ -78,39 +83,33 @@ int compareKeys(const Value& left, const Value& right) {
     return left < right ? -1 : static_cast<int>(right < left);
 }
 
-template <TypeId id>
-Value exactSum(const Gathered& gathered) {
-    const bool narrow = id == TypeId::Int;
-    const Int128 most = narrow ? INT32_MAX : INT64_MAX, least = narrow ? INT32_MIN : INT64_MIN;
-    if (gathered.sum <= most && gathered.sum >= least) return static_cast<std::int64_t>(gathered.sum);
-    overflow(simpleType(id));
+Value exactSum(const Gathered& gathered, const Aggregate& aggregate) {
+    return checkedCell(gathered.sum, aggregate.type);
 }
 
-// The average with so many digits more than the values have, cut.
-template <int digits>
-Value exactAverage(const Gathered& gathered) {
-    const Int128 average = gathered.sum * powerOfTen(digits) / gathered.count;
-    if (average <= INT64_MAX && average >= INT64_MIN) return static_cast<std::int64_t>(average);
-    overflow(simpleType(TypeId::Decimal));
+Value exactAverage(const Gathered& gathered, const Aggregate& aggregate) {
+    const Int128 average = exactResult(BinaryOp::Divide, gathered.sum, kSumType, gathered.count,
+                                       simpleType(TypeId::BigInt), aggregate.digits);
+    return checkedCell(average, aggregate.type);
 }
 
-Value realSum(const Gathered& gathered) {
+Value realSum(const Gathered& gathered, const Aggregate&) {
     return gathered.real;
 }
-Value realAverage(const Gathered& gathered) {
+Value realAverage(const Gathered& gathered, const Aggregate&) {
     return gathered.real / static_cast<double>(gathered.count);
 }
 
 // `Sample`: divided by one less than the number of values.
 template <bool sample, bool root>
-Value spread(const Gathered& gathered) {
+Value spread(const Gathered& gathered, const Aggregate&) {
     const std::int64_t divisor = gathered.count - (sample ? 1 : 0);
     if (divisor == 0) return Null{};
     const double variance = gathered.squares / static_cast<double>(divisor);
     return root ? std::sqrt(variance) : variance;
 }
 
-Value joinedText(const Gathered& gathered) {
+Value joinedText(const Gathered& gathered, const Aggregate&) {
     std::vector<const Gathered::Part*> order;
     for (const auto& part : gathered.parts) order.push_back(&part);
     std::stable_sort(order.begin(), order.end(), [&](const auto* left, const auto* right) {
@@ -124,20 +123,23 @@ Value joinedText(const Gathered& gathered) {
     return text;
 }
 
-constexpr Aggregate kAggregates[] = {
-    {"ts_sum_int", 1, addExact, exactSum<TypeId::Int>},
-    {"ts_sum_bigint", 1, addExact, exactSum<TypeId::BigInt>},
-    {"ts_sum_money", 1, addExact, exactSum<TypeId::Money>},
-    {"ts_sum_decimal", 1, addExact, exactSum<TypeId::Decimal>},
+const Aggregate kAggregates[] = {
+    {"ts_sum_int", 1, addExact, exactSum, simpleType(TypeId::Int)},
+    {"ts_sum_bigint", 1, addExact, exactSum, simpleType(TypeId::BigInt)},
+    {"ts_sum_money", 1, addExact, exactSum, simpleType(TypeId::Money)},
+    {"ts_sum_decimal", 1, addExact, exactSum, kSumType},
     {"ts_sum_float", 1, addReal, realSum},
-    {"ts_avg_float", 1, addReal, realAverage},
-    {"ts_avg_exact0", 1, addExact, exactAverage<0>},
-    {"ts_avg_exact1", 1, addExact, exactAverage<1>},
-    {"ts_avg_exact2", 1, addExact, exactAverage<2>},
-    {"ts_avg_exact3", 1, addExact, exactAverage<3>},
-    {"ts_avg_exact4", 1, addExact, exactAverage<4>},
-    {"ts_avg_exact5", 1, addExact, exactAverage<5>},
-    {"ts_avg_exact6", 1, addExact, exactAverage<6>},
+    {"ts_avg_int0", 1, addExact, exactAverage, simpleType(TypeId::Int)},
+    {"ts_avg_bigint0", 1, addExact, exactAverage, simpleType(TypeId::BigInt)},
+    {"ts_avg_money0", 1, addExact, exactAverage, simpleType(TypeId::Money)},
+    {"ts_avg_decimal0", 1, addExact, exactAverage, kSumType, 0},
+    {"ts_avg_decimal1", 1, addExact, exactAverage, kSumType, 1},
+    {"ts_avg_decimal2", 1, addExact, exactAverage, kSumType, 2},
+    {"ts_avg_decimal3", 1, addExact, exactAverage, kSumType, 3},
+    {"ts_avg_decimal4", 1, addExact, exactAverage, kSumType, 4},
+    {"ts_avg_decimal5", 1, addExact, exactAverage, kSumType, 5},
+    {"ts_avg_decimal6", 1, addExact, exactAverage, kSumType, 6},
+    {"ts_avg_float0", 1, addReal, realAverage},
     {"ts_stdev", 1, addSpread, spread<true, true>},
     {"ts_stdevp", 1, addSpread, spread<false, true>},
     {"ts_var", 1, addSpread, spread<true, false>},
@@ -175,7 +177,7 @@ void giveAggregate(sqlite3_context* call, const Gathered* gathered) {
     const AggregateBinding& binding = bindingOf(call);
     try {
         if (!gathered || gathered->count == 0) return sqlite3_result_null(call);
-        giveResult(call, binding.aggregate.result(*gathered));
+        giveResult(call, binding.aggregate.result(*gathered, binding.aggregate));
     } catch (...) {
         reportError(binding.context, call);
     }

@@ -75,6 +75,7 @@ struct BatchEnd {};    // the whole batch
 struct SessionEnd {};  // severity 20 and above
 
 std::string hostName();
+Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)
 
 class Executor final : public NameResolver {
   public:

@@ -13,9 +13,9 @@ using namespace ast;
 namespace {
 
 std::string_view storageClass(const SqlType& type) {
+    if (isBinary(type.id) || isWide(type)) return "BLOB";
     if (isExact(type.id)) return "INTEGER";
     if (isApproximate(type.id)) return "REAL";
-    if (isBinary(type.id)) return "BLOB";
     return "TEXT COLLATE ts_ci";
 }
 
@@ -124,7 +124,10 @@ TableInfo Executor::createTable(const CreateTable& create) {
     TableInfo table;
     for (const auto& definition : create.columns) {
         if (table.column(definition.name)) throw sqlError(2705, {definition.name, name});
-        if (definition.identity && !isExact(definition.type.id)) throw sqlError(2749, {definition.name});
+        if (definition.identity && (!isExact(definition.type.id) || definition.type.scale > 0))
+            throw sqlError(2749, {definition.name});
+        if (definition.identity && isWide(definition.type))
+            throw unsupported("an identity of more than 18 digits");
         if (definition.identity && definition.nullable.value_or(false))
             throw sqlError(8147, {definition.name, name});
         if (definition.identity && table.identityColumn()) throw sqlError(2744, {name});
@@ -379,7 +382,8 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     const bool longer =
         before.id == definition.type.id &&
         (before.length <= definition.type.length || definition.type.length == SqlType::kMax) &&
-        before.scale == definition.type.scale && before.precision <= definition.type.precision;
+        before.scale == definition.type.scale && before.precision <= definition.type.precision &&
+        isWide(before) == isWide(definition.type);
     if (!longer) refuseDependents(table, column.name, "ALTER", catalogue.keysOf(table.id));
     column.type = definition.type;
     column.nullable = definition.nullable.value_or(true);

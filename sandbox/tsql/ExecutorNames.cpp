@@ -13,19 +13,18 @@ constexpr std::string_view kVersionText =
     "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
 
 SqlType identityType() {
-    constexpr int kDigits = 18;
-    return decimalType(kDigits, 0);
+    return decimalType(kMostDigits, 0);
 }
 
 Value number(std::int64_t value) {
     return Value(value);
 }
 
-Value optionalNumber(const std::optional<std::int64_t>& number) {
-    return number ? Value(*number) : Value(Null{});
-}
-
 }  // namespace
+
+Value identityValue(const std::optional<std::int64_t>& identity) {
+    return identity ? exactCell(*identity, identityType()) : Value(Null{});
+}
 
 // ---- variables
 
@@ -47,7 +46,7 @@ const std::vector<Executor::Global>& Executor::globals() {
     static const std::vector<Global> table = {
         {"@@error", simpleType(TypeId::Int), [](Self self) { return number(self.m_error); }},
         {"@@rowcount", simpleType(TypeId::Int), [](Self self) { return number(self.m_rowCount); }},
-        {"@@identity", identityType(), [](Self self) { return optionalNumber(self.m_identity); }},
+        {"@@identity", identityType(), [](Self self) { return identityValue(self.m_identity); }},
         {"@@trancount", simpleType(TypeId::Int), [](Self self) { return number(self.m_transactions); }},
         {"@@spid", simpleType(TypeId::SmallInt), [](Self self) { return number(self.m_spid); }},
         {"@@lock_timeout", simpleType(TypeId::Int), [](Self self) { return number(self.m_lockTimeout); }},

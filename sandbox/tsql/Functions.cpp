@@ -138,8 +138,8 @@ std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) 
 }
 
 std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& result) {
-    if (isApproximate(result.id)) return "ts_avg_float(" + pieces[0].sql + ")";
-    return "ts_avg_exact" + std::to_string(result.scale - pieces[0].type.scale) + "(" + pieces[0].sql + ")";
+    const int digits = isExact(result.id) ? result.scale - pieces[0].type.scale : 0;
+    return "ts_avg_" + std::string(baseName(result.id)) + std::to_string(digits) + "(" + pieces[0].sql + ")";
 }
 
 std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType&) {

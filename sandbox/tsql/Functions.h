@@ -53,6 +53,8 @@ Typed coerce(const Typed& value, const SqlType& to);
 Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column);
 // The common type of pieces, NULL literals aside (int when there is nothing else).
 SqlType commonType(std::span<const Typed> pieces);
+// The same, where values are compared in it: an error when decimals lose digits there.
+SqlType comparedType(std::span<const Typed> pieces);
 // `sql` with the collation that texts are compared, ordered and grouped by; other types as they are.
 std::string collated(const Typed& value);
 

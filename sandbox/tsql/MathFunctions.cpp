@@ -37,20 +37,16 @@ Value runFloat(const Call& call) {
 // (value, type)
 Value runAbs(const Call& call) {
     if (isApproximate(call.type(1).id)) return std::fabs(call.real(0));
-    const std::int64_t value = call.integer(0);
-    if (value == std::numeric_limits<std::int64_t>::min() ||
-        (call.type(1).id == TypeId::Int && value == INT32_MIN))
-        overflow(call.type(1));
-    return value < 0 ? -value : value;
+    const Int128 value = exactOf(call[0]);
+    return checkedCell(value < 0 ? -value : value, call.type(1));
 }
 
 // (value, type): of the same type
 Value runSign(const Call& call) {
     const SqlType type = call.type(1);
-    const double value = call.real(0);
-    const int sign = value > 0 ? 1 : value < 0 ? -1 : 0;
-    if (isApproximate(type.id)) return static_cast<double>(sign);
-    return std::int64_t{sign} * powerOfTen(type.scale);
+    const auto sign = [](auto value) { return value > 0 ? 1 : value < 0 ? -1 : 0; };
+    if (isApproximate(type.id)) return static_cast<double>(sign(call.real(0)));
+    return exactCell(sign(exactOf(call[0])) * powerOfTen<Int128>(type.scale), type);
 }
 
 // (value, type): money keeps its scale, decimal gives decimal(p,0)
@@ -58,10 +54,10 @@ template <bool up>
 Value runWhole(const Call& call) {
     const SqlType type = call.type(1);
     if (isApproximate(type.id)) return up ? std::ceil(call.real(0)) : std::floor(call.real(0));
-    const std::int64_t value = call.integer(0), unit = powerOfTen(type.scale);
-    std::int64_t whole = value / unit;
+    const Int128 value = exactOf(call[0]), unit = powerOfTen<Int128>(type.scale);
+    Int128 whole = value / unit;
     if (value % unit != 0 && (value > 0) == up) whole += up ? 1 : -1;
-    return isMoney(type.id) ? whole * unit : whole;
+    return exactCell(isMoney(type.id) ? whole * unit : whole, type);
 }
 
 // (value, type, places[, cut]): of the same type, int at least; places below 0 round before the point
@@ -75,15 +71,11 @@ Value runRound(const Call& call) {
             return places < 0 ? 0.0 : call.real(0);
         return (cut ? std::trunc(scaled) : std::round(scaled)) / power;
     }
-    if (places >= type.scale) return call.integer(0);
-    if (type.scale - places > 18) return std::int64_t{0};
-    const int dropped = static_cast<int>(type.scale - places);
-    const Int128 whole = rescaled(call.integer(0), dropped, 0, cut ? Rounding::Truncate : Rounding::HalfAway);
-    const Int128 result = whole * powerOfTen(dropped);
-    if (result > INT64_MAX || result < INT64_MIN) overflow(type);
-    if (!isInteger(type.id)) return convertValue(static_cast<std::int64_t>(result), type, type);
-    const SqlType atLeastInt = simpleType(std::max(type.id, TypeId::Int));
-    return convertValue(static_cast<std::int64_t>(result), simpleType(TypeId::BigInt), atLeastInt);
+    const Int128 value = exactOf(call[0]);
+    const int dropped = static_cast<int>(std::clamp<std::int64_t>(type.scale - places, 0, kMostDigits + 1));
+    const Int128 kept = rescaled(value, dropped, 0, cut ? Rounding::Truncate : Rounding::HalfAway);
+    const SqlType result = isInteger(type.id) ? simpleType(std::max(type.id, TypeId::Int)) : type;
+    return checkedCell(rescaled(kept, 0, dropped, Rounding::Truncate), result);
 }
 
 // (base, type, exponent, result type)

@@ -100,7 +100,7 @@ constexpr std::string_view kMessages =
 911 16 1 Database '%s' does not exist. Make sure that the name is entered correctly.
 1001 15 1 Length or precision specification %s is invalid.
 1002 15 1 Specified scale %s is invalid%s.
-1007 15 1 The number '%s' is out of the range for numeric representation of this server (18 digits).
+1007 15 1 The number '%s' is out of the range for numeric representation (maximum precision 38).
 1033 15 1 The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common
     table expressions, unless TOP, OFFSET or FOR XML is also specified.
 1038 15 5 An object or column name is missing or empty. For SELECT INTO statements, verify each column has a

@@ -42,10 +42,9 @@ Value runArithmetic(const Call& call) {
     return left;
 }
 
-// (left, left scale, right, right scale)
+// (left, left type, right, right type)
 Value runCompare(const Call& call) {
-    return std::int64_t{compareScaled(call.integer(0), static_cast<int>(call.integer(1)), call.integer(2),
-                                      static_cast<int>(call.integer(3)))};
+    return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
 }
 
 // (value, pattern, whether blanks at the end count[, escape])
@@ -76,12 +75,17 @@ std::string code(const SqlType& type) {
     return std::to_string(encodeType(type));
 }
 
+// The same number has the same form in both exact types.
+bool sameScaling(const SqlType& left, const SqlType& right) {
+    return left.scale == right.scale && isWide(left) == isWide(right);
+}
+
 // A value of `from` is in the form of `to` as it stands.
 bool sameForm(const SqlType& from, const SqlType& to) {
     if (from == to) return true;
     if (isInteger(from.id) && isInteger(to.id)) return to.id >= from.id && to.id != TypeId::Bit;  // widening
-    if (from.id == TypeId::Decimal && to.id == TypeId::Decimal)
-        return from.scale == to.scale && from.precision <= to.precision;
+    if (isExact(from.id) && to.id == TypeId::Decimal)
+        return sameScaling(from, to) && precisionOf(from) <= to.precision;
     const bool roomy = to.length <= 0 || (from.length > 0 && from.length <= to.length);
     if (isText(from.id) && isText(to.id)) return roomy && to.id != TypeId::Char && to.id != TypeId::NChar;
     if (isBinary(from.id) && isBinary(to.id)) return roomy && to.id != TypeId::Binary;
@@ -89,11 +93,15 @@ bool sameForm(const SqlType& from, const SqlType& to) {
            (from.id == TypeId::SmallMoney && to.id == TypeId::Money);
 }
 
-// An integer literal counts with its own digits beside a decimal, not with int's ten.
-SqlType operandType(const Typed& value, const SqlType& partner) {
-    if (!value.integer || partner.id != TypeId::Decimal) return value.type;
+// An integer literal counts with its own digits, not with int's ten.
+SqlType literalType(const Typed& value) {
+    if (!value.integer) return value.type;
     const auto digits = std::to_string(*value.integer < 0 ? -*value.integer : *value.integer).size();
     return decimalType(static_cast<int>(digits), 0);
+}
+
+SqlType operandType(const Typed& value, const SqlType& partner) {
+    return partner.id == TypeId::Decimal ? literalType(value) : value.type;
 }
 
 Typed withPartnersType(const Typed& value, const Typed& partner) {
@@ -102,21 +110,25 @@ Typed withPartnersType(const Typed& value, const Typed& partner) {
     return result;
 }
 
-std::string scaledLiteral(std::int64_t value, int scale) {
-    return std::to_string(static_cast<std::int64_t>(value * powerOfTen(scale)));
+// Every number of the one exact type is one of the other.
+bool holds(const SqlType& type, const SqlType& other) {
+    // The largest int has ten digits, but not every number of ten digits is an int.
+    const auto whole = [](const SqlType& each) { return precisionOf(each) - each.scale; };
+    return other.scale <= type.scale && whole(other) <= whole(type) - (type.id == TypeId::Decimal ? 0 : 1);
 }
 
-// Small enough to be scaled beforehand, so that an index of the other side can be used.
-bool isScalable(const Typed& value) {
-    return value.integer && *value.integer < 1'000'000'000 && *value.integer > -1'000'000'000;
-}
-
+// Numbers of different forms meet in the form of one side, whose index can be used then, or are compared by a
+// function.
 std::string compareExact(std::string_view sign, const Typed& left, const Typed& right) {
-    if (left.type.scale == right.type.scale) return "(" + left.sql + std::string(sign) + right.sql + ")";
-    if (isScalable(right) && left.type.scale <= 9)
-        return "(" + left.sql + std::string(sign) + scaledLiteral(*right.integer, left.type.scale) + ")";
-    return "(ts_compare(" + left.sql + "," + std::to_string(left.type.scale) + "," + right.sql + "," +
-           std::to_string(right.type.scale) + ")" + std::string(sign) + "0)";
+    const auto compared = [&](const std::string& a, const std::string& b) {
+        return "(" + a + std::string(sign) + b + ")";
+    };
+    if (sameScaling(left.type, right.type)) return compared(left.sql, right.sql);
+    if (holds(left.type, literalType(right))) return compared(left.sql, coerce(right, left.type).sql);
+    if (holds(right.type, literalType(left))) return compared(coerce(left, right.type).sql, right.sql);
+    return compared(
+        "ts_compare(" + left.sql + "," + code(left.type) + "," + right.sql + "," + code(right.type) + ")",
+        "0");
 }
 
 // "(a || b || c)", cut where the type ends: a flat chain, since SQLite's parser bounds how deep brackets
@@ -206,6 +218,14 @@ SqlType commonType(std::span<const Typed> pieces) {
     return type.value_or(simpleType(TypeId::Int));
 }
 
+SqlType comparedType(std::span<const Typed> pieces) {
+    const SqlType type = commonType(pieces);
+    for (const Typed& piece : pieces)
+        if (isExact(piece.type.id) && type.id == TypeId::Decimal && piece.type.scale > type.scale)
+            throw unsupported("IN among decimals that 38 digits do not hold together");
+    return type;
+}
+
 std::string collated(const Typed& value) {
     return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
 }
@@ -244,7 +264,7 @@ Typed emitNegate(const Typed& value) {
         return result;
     }
     if (value.type.id == TypeId::TinyInt) result.type = simpleType(TypeId::SmallInt);
-    if (isInteger(value.type.id) || isMoney(value.type.id))  // the least value has no counterpart
+    if (isExact(value.type.id))  // the least integer has no counterpart
         result.sql = "ts_arithmetic(0," + code(result.type) + "," +
                      std::to_string(static_cast<int>(BinaryOp::Subtract)) + "," + value.sql + "," +
                      code(value.type) + "," + code(result.type) + ")";

@@ -137,12 +137,12 @@ struct SessionFunctions {
         const Value stored[] = {info.stored};
         const auto last = session(call).m_connection.number(
             "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1", stored);
-        return last.value_or(1);
+        return identityValue(last.value_or(1));
     }
 
     static Value scopeIdentity(const Call& call) {
         const auto& frames = session(call).m_frames;
-        return frames.empty() ? Value(Null{}) : orNull(frames.back()->identity);
+        return identityValue(frames.empty() ? std::nullopt : frames.back()->identity);
     }
 
     static Value transactionState(const Call& call) {

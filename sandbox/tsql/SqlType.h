@@ -43,6 +43,8 @@ enum class TypeId : std::uint8_t {
 // Storage in SQLite, the same in tables, variables and results:
 //   Bit..BigInt                 INTEGER
 //   Decimal, SmallMoney, Money  INTEGER scaled by 10^scale (money: scale 4), so that it stays exact
+//   Decimal of above 18 digits  BLOB: the same in 16 bytes, the high one first and the sign bit turned round,
+//                               so that SQLite orders them as numbers
 //   Real, Float                 REAL
 //   Char..Xml                   TEXT, UTF-8 (Char and NChar padded with blanks to their length)
 //   Date                        TEXT "YYYY-MM-DD"
@@ -57,7 +59,7 @@ struct SqlType {
 
     TypeId id = TypeId::Int;
     int length = 0;  // characters (bytes for Binary, VarBinary), or kMax; 0 where it has no meaning
-    std::uint8_t precision = 0;  // Decimal: 1 to 38; each value fits 64 bits all the same
+    std::uint8_t precision = 0;  // Decimal: 1 to 38
     std::uint8_t scale = 0;      // Decimal, Money: digits after the point; Time, DateTime2: 0 to 7
 
     bool operator==(const SqlType&) const = default;
@@ -70,5 +72,9 @@ struct Null {
 // A value in its storage form. Views stay valid until the next row is fetched.
 using Blob = std::basic_string_view<std::byte>;
 using CellView = std::variant<Null, std::int64_t, double, std::string_view, Blob>;
+
+// The same, owning what it holds.
+using Bytes = std::basic_string<std::byte>;
+using Value = std::variant<Null, std::int64_t, double, std::string, Bytes>;
 
 }  // namespace tsql

@@ -12,10 +12,7 @@ namespace {
 constexpr int kMaxBytes = 8000;
 constexpr int kMaxNational = 4000;
 constexpr int kMaxDecimal = 38;
-// Scaled values are 64-bit: products and quotients give up digits after the point from here on, as
-// SQL Server does from 38 on, but never below kKeptScale; larger values then overflow, with an error.
-constexpr int kCarriedDigits = 18;
-constexpr int kKeptScale = 8;
+constexpr int kNarrowDecimal = 18;
 
 struct TypeFacts {
     std::string_view name;
@@ -105,9 +102,6 @@ SqlType makeDecimal(std::span<const int> arguments) {
     if (precision < 1) throw sqlError(1001, {std::to_string(precision)});
     if (precision > kMaxDecimal) throw sqlError(2750, {std::to_string(precision)});
     if (scale > precision || scale < 0) throw sqlError(192);
-    if (scale > kCarriedDigits)
-        throw sqlError(1002,
-                       {std::to_string(scale), ": this server keeps at most 18 digits after the point"});
     return decimalType(precision, scale);
 }
 
@@ -139,10 +133,11 @@ SqlType joinLengths(SqlType result, const SqlType& left, const SqlType& right) {
     return result;
 }
 
+// Where 38 digits do not do, those after the point give way.
 SqlType joinDecimals(const SqlType& left, const SqlType& right) {
-    const int scale = std::max(left.scale, right.scale);
     const int whole = std::max(left.precision - left.scale, right.precision - right.scale);
-    return decimalType(std::min(kMaxDecimal, whole + scale), scale);
+    const int scale = std::min<int>(std::max(left.scale, right.scale), kMaxDecimal - whole);
+    return decimalType(whole + scale, scale);
 }
 
 SqlType concatenation(const SqlType& left, const SqlType& right) {
@@ -158,24 +153,27 @@ SqlType concatenation(const SqlType& left, const SqlType& right) {
     return national ? nvarcharType(std::min(length, kMaxNational)) : varcharType(std::min(length, kMaxBytes));
 }
 
-// The precision and scale of a decimal result; see kCarriedDigits.
-SqlType fitted(int precision, int scale) {
-    if (precision <= kCarriedDigits) return decimalType(precision, scale);
-    const int whole = precision - scale;
-    const int kept = std::min(scale, std::max(kCarriedDigits - whole, std::min(scale, kKeptScale)));
-    return decimalType(kept == scale ? std::min(precision, kMaxDecimal) : kCarriedDigits, kept);
+// The type of a product or quotient: beyond 38 digits it gives up some after the point, though not the
+// first 6.
+SqlType reduced(int precision, int scale) {
+    constexpr int kKeptScale = 6;
+    const int room = kMaxDecimal - (precision - scale);
+    return decimalType(
+        std::min(precision, kMaxDecimal),
+        precision <= kMaxDecimal ? scale : std::max(std::min(scale, room), std::min(scale, kKeptScale)));
 }
 
 SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
     const int p1 = left.precision, s1 = left.scale, p2 = right.precision, s2 = right.scale;
-    const int scale = std::max(s1, s2);
-    if (op == BinaryOp::Multiply) return fitted(p1 + p2 + 1, s1 + s2);
+    if (op == BinaryOp::Multiply) return reduced(p1 + p2 + 1, s1 + s2);
     if (op == BinaryOp::Divide) {
-        const int digits = std::max(6, s1 + p2 + 1);
-        return fitted(p1 - s1 + s2 + digits, digits);
+        const int scale = std::max(6, s1 + p2 + 1);
+        return reduced(p1 - s1 + s2 + scale, scale);
     }
-    const int whole = op == BinaryOp::Modulo ? std::min(p1 - s1, p2 - s2) : std::max(p1 - s1, p2 - s2) + 1;
-    return decimalType(std::min(kMaxDecimal, scale + whole), scale);
+    const int scale = std::max(s1, s2);
+    if (op == BinaryOp::Modulo) return decimalType(std::min(p1 - s1, p2 - s2) + scale, scale);
+    const SqlType sum = joinDecimals(left, right);
+    return decimalType(std::min(sum.precision + 1, kMaxDecimal), sum.scale);
 }
 
 constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract", "multiply", "divide",
@@ -246,6 +244,9 @@ bool isInteger(TypeId id) {
 }
 bool isMoney(TypeId id) {
     return id == TypeId::SmallMoney || id == TypeId::Money;
+}
+bool isWide(const SqlType& type) {
+    return type.precision > kNarrowDecimal;
 }
 bool isExact(TypeId id) {
     return id <= TypeId::Money;

@@ -28,8 +28,9 @@ SqlType decodeType(std::int64_t code);
 
 bool isInteger(TypeId id);  // Bit to BigInt
 bool isMoney(TypeId id);
-bool isExact(TypeId id);        // integers, decimal, money: kept as scaled integers
-bool isApproximate(TypeId id);  // real, float
+bool isWide(const SqlType& type);  // a decimal that 64 bits do not hold
+bool isExact(TypeId id);           // integers, decimal, money: kept as scaled integers
+bool isApproximate(TypeId id);     // real, float
 inline bool isNumber(TypeId id) {
     return isExact(id) || isApproximate(id);
 }

@@ -88,7 +88,7 @@ Value runLen(const Call& call) {
 // (value, type): bytes that SQL Server would keep it in
 Value runDataLength(const Call& call) {
     const SqlType type = call.type(1);
-    if (call.isBlob(0)) return static_cast<std::int64_t>(std::get<Blob>(call[0]).size());
+    if (isBinary(type.id)) return static_cast<std::int64_t>(std::get<Blob>(call[0]).size());
     if (!isText(type.id)) return std::int64_t{maxLength(type)};
     const auto count = static_cast<std::int64_t>(characterCount(call.text(0)));
     return isNational(type.id) ? 2 * count : count;

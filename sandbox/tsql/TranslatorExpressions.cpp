@@ -285,7 +285,7 @@ std::string Translator::test(const Between& between) {
 std::string Translator::test(const InList& in) {
     std::vector<Typed> items = values(in.items);
     items.push_back(value(*in.operand));
-    const SqlType type = tsql::commonType(items);
+    const SqlType type = comparedType(items);
     std::string sql = "(" + collated(coerce(items.back(), type)) + " IN (";
     for (std::size_t i = 0; i + 1 < items.size(); ++i) sql += (i ? ", " : "") + coerce(items[i], type).sql;
     return sql + "))";
@@ -297,7 +297,7 @@ std::string Translator::test(const InQuery& in) {
     if (text.columns.size() != 1) throw sqlError(116);
     const Typed column{text.columns.front().alias, text.columns.front().column.type};
     const Typed both[] = {operand, column};
-    const SqlType type = tsql::commonType(both);
+    const SqlType type = comparedType(both);
     const std::string inner = coerce(column, type).sql;
     const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
     return "(" + collated(coerce(operand, type)) + " IN (" + rows + "))";

@@ -14,20 +14,6 @@
 
 namespace tsql {
 
-std::int64_t powerOfTen(int exponent) {
-    std::int64_t power = 1;
-    while (exponent-- > 0) power *= 10;
-    return power;
-}
-
-Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding) {
-    if (toScale >= fromScale) return value * powerOfTen(toScale - fromScale);
-    for (; fromScale - toScale > 18; --fromScale) value /= 10;
-    const Int128 divisor = powerOfTen(fromScale - toScale);
-    if (rounding == Rounding::HalfAway) value += (value < 0 ? -divisor : divisor) / 2;
-    return value / divisor;
-}
-
 namespace {
 
 // What the messages call a type: every decimal is "numeric" there.
@@ -51,12 +37,6 @@ std::string_view spoken(const SqlType& type) {
     throw sqlError(529, {spoken(from), spoken(to)});
 }
 
-bool isInRange(Int128 value, TypeId id) {
-    const int bits = maxLength(simpleType(id)) * 8;
-    if (id == TypeId::TinyInt) return value >= 0 && value < 256;
-    return value >= -(Int128{1} << (bits - 1)) && value < Int128{1} << (bits - 1);
-}
-
 // One conversion: the value, its type and where it goes; the functions are named for the target's family.
 class Converter {
   public:
@@ -75,6 +55,7 @@ class Converter {
 
   private:
     std::int64_t integer() const { return std::get<std::int64_t>(m_value); }
+    Int128 exact() const { return exactOf(m_value); }
     double real() const { return std::get<double>(m_value); }
     std::string_view text() const { return std::get<std::string_view>(m_value); }
     Blob blob() const { return std::get<Blob>(m_value); }
@@ -82,8 +63,9 @@ class Converter {
     Value toInteger() const {
         if (isText(m_from.id)) return integerFromText();
         if (isExact(m_from.id)) {
+            if (m_to.id == TypeId::Bit) return std::int64_t{exact() != 0};
             const auto rounding = isMoney(m_from.id) ? Rounding::HalfAway : Rounding::Truncate;
-            return rangeChecked(rescaled(integer(), m_from.scale, 0, rounding));
+            return rangeChecked(rescaled(exact(), m_from.scale, 0, rounding));
         }
         if (isApproximate(m_from.id)) return integerFromFloat();
         if (isClassicDate(m_from.id)) return rangeChecked(static_cast<Int128>(std::llround(dayNumber())));
@@ -94,7 +76,7 @@ class Converter {
     Value rangeChecked(Int128 value) const {
         if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
         const auto number = static_cast<std::int64_t>(value);
-        if (isInRange(value, m_to.id)) return number;
+        if (fits(value, m_to)) return number;
         if (isInteger(m_from.id) && m_to.id < TypeId::Int)
             throw sqlError(220, {spoken(m_to), std::to_string(number)});
         overflow(m_from, m_to);
@@ -113,7 +95,7 @@ class Converter {
         Int128 value = 0;
         for (const char c : significant.substr(0, 20)) value = value * 10 + (c - '0');
         if (negative) value = -value;
-        if (m_to.id != TypeId::Bit && (significant.size() > 20 || !isInRange(value, m_to.id))) textOverflow();
+        if (m_to.id != TypeId::Bit && (significant.size() > 20 || !fits(value, m_to))) textOverflow();
         return rangeChecked(value);
     }
 
@@ -128,7 +110,7 @@ class Converter {
         if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
         if (!(std::fabs(value) < 9.2233720368547748e18)) floatOverflow();
         const auto whole = static_cast<std::int64_t>(value);
-        if (!isInRange(whole, m_to.id)) floatOverflow();
+        if (!fits(whole, m_to)) floatOverflow();
         return whole;
     }
 
@@ -152,21 +134,16 @@ class Converter {
     Value toScaled() const {
         if (isText(m_from.id)) return scaledFromText();
         if (isExact(m_from.id))
-            return scaleChecked(rescaled(integer(), m_from.scale, m_to.scale, Rounding::HalfAway));
-        if (isApproximate(m_from.id)) return scaledFromReal(static_cast<long double>(real()));
-        if (isClassicDate(m_from.id)) return scaledFromReal(dayNumber());
+            return scaleChecked(rescaled(exact(), m_from.scale, m_to.scale, Rounding::HalfAway));
+        if (isApproximate(m_from.id)) return scaleChecked(rescaled(real(), m_to.scale));
+        if (isClassicDate(m_from.id))
+            return scaleChecked(rescaled(static_cast<double>(dayNumber()), m_to.scale));
         if (isBinary(m_from.id) && isMoney(m_to.id)) return integerFromBinary();
         notAllowed(m_from, m_to);
     }
 
-    Value scaledFromReal(long double value) const {
-        const long double scaled = roundl(value * static_cast<long double>(powerOfTen(m_to.scale)));
-        if (!(fabsl(scaled) < 9.3e18L)) overflow(m_from, m_to);
-        return scaleChecked(static_cast<Int128>(scaled));
-    }
-
     Value scaleChecked(Int128 value) const {
-        if (fitsScaled(value, m_to)) return static_cast<std::int64_t>(value);
+        if (fits(value, m_to)) return exactCell(value, m_to);
         overflow(m_from, m_to);
     }
 
@@ -180,8 +157,10 @@ class Converter {
         if (isMoney(m_to.id) && !rest.empty() && rest[0] == '$') rest = trimLeft(rest.substr(1));
         if (isMoney(m_to.id) && !rest.empty() && rest[0] == '-' && !negative)
             negative = true, rest.remove_prefix(1);
+        constexpr auto kFull = powerOfTen<Int128>(kMostDigits - 1);  // takes no further digit
         Int128 value = 0;
         int scale = 0;
+        bool up = false;
         for (const char c : rest) {
             if (c == ',' && isMoney(m_to.id) && !point) continue;
             if (c == '.' && !point) {
@@ -190,13 +169,17 @@ class Converter {
             }
             if (c < '0' || c > '9') badText(text(), m_from, m_to);
             any = true;
-            if (point && scale == 18) continue;  // further digits are below any scale that is kept
-            if (value > std::numeric_limits<std::int64_t>::max()) overflow(m_from, m_to);
+            if (point && scale >= m_to.scale) {  // the first digit that is not kept decides
+                up = up || (scale++ == m_to.scale && c >= '5');
+                continue;
+            }
+            if (value >= kFull) overflow(m_from, m_to);
             value = value * 10 + (c - '0');
             scale += point;
         }
         if (!any) badText(text(), m_from, m_to);
-        return scaleChecked(rescaled(negative ? -value : value, scale, m_to.scale, Rounding::HalfAway));
+        value = rescaled(value, std::min<int>(scale, m_to.scale), m_to.scale, Rounding::Truncate) + up;
+        return scaleChecked(negative ? -value : value);
     }
 
     Value toFloat() const {
@@ -204,8 +187,8 @@ class Converter {
         if (isText(m_from.id))
             value = floatFromText();
         else if (isExact(m_from.id))
-            value = static_cast<double>(static_cast<long double>(integer()) /
-                                        static_cast<long double>(powerOfTen(m_from.scale)));
+            value = static_cast<double>(static_cast<long double>(exact()) /
+                                        powerOfTen<long double>(m_from.scale));
         else if (isApproximate(m_from.id))
             value = real();
         else if (isClassicDate(m_from.id))
@@ -267,14 +250,13 @@ class Converter {
         if (isMoney(m_from.id)) return moneyText();
         if (isApproximate(m_from.id)) return floatText();
         if (isBinary(m_from.id)) return m_style > 0 ? hexText() : binaryAsText();
-        if (isExact(m_from.id)) return scaledText(integer(), m_from.scale);
+        if (isExact(m_from.id)) return scaledText(exact(), m_from.scale);
         return std::string(text());
     }
 
     std::string moneyText() const {
         if (m_style == 2 || m_style == 126) return scaledText(integer(), 4);
-        std::string result =
-            scaledText(static_cast<std::int64_t>(rescaled(integer(), 4, 2, Rounding::HalfAway)), 2);
+        std::string result = scaledText(rescaled(integer(), 4, 2, Rounding::HalfAway), 2);
         const std::size_t first = result[0] == '-' ? 1 : 0;
         for (std::size_t at = result.size() - 3; m_style == 1 && at > first + 3;)
             result.insert(at -= 3, 1, ',');
@@ -468,25 +450,6 @@ std::optional<Bytes> parseHex(std::string_view digits) {
         bytes += static_cast<std::byte>(value);
     }
     return bytes;
-}
-
-bool fitsScaled(Int128 value, const SqlType& type) {
-    Int128 limit = std::numeric_limits<std::int64_t>::max();
-    if (type.id == TypeId::SmallMoney)
-        limit = std::numeric_limits<std::int32_t>::max();
-    else if (type.id == TypeId::Decimal && type.precision <= 18)
-        limit = powerOfTen(type.precision) - 1;
-    return value <= limit && value >= -limit - (isMoney(type.id) ? 1 : 0);
-}
-
-std::string scaledText(std::int64_t value, int scale) {
-    std::string digits = std::to_string(value);
-    if (scale == 0) return digits;
-    const std::size_t first = value < 0 ? 1 : 0;
-    const auto wanted = static_cast<std::size_t>(scale) + 1 + first;
-    if (digits.size() < wanted) digits.insert(first, wanted - digits.size(), '0');
-    digits.insert(digits.size() - static_cast<std::size_t>(scale), 1, '.');
-    return digits;
 }
 
 CellView viewOf(const Value& value) {

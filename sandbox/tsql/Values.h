@@ -9,17 +9,12 @@
 #include <variant>
 
 #include "DateTime.h"
+#include "Decimal.h"
 #include "SqlError.h"
 #include "SqlType.h"
 #include "SqlTypes.h"
 
 namespace tsql {
-
-__extension__ typedef __int128 Int128;  // intermediate results that 64 bits do not hold
-
-// As CellView, owning what it holds.
-using Bytes = std::basic_string<std::byte>;
-using Value = std::variant<Null, std::int64_t, double, std::string, Bytes>;
 
 CellView viewOf(const Value& value);
 Value ownedValue(const CellView& view);
@@ -49,27 +44,19 @@ std::string textOf(const CellView& value, const SqlType& type);
 Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type);
 
-// Order of two exact numbers of different scales: below 0, 0, above 0.
-int compareScaled(std::int64_t left, int leftScale, std::int64_t right, int rightScale);
-
 struct TypedValue {
     Value value = Null{};
     SqlType type;
 };
 // Constants of T-SQL's text. A number as written: 12 is int, 3000000000 and 1.50 are decimal, 1e3 is float.
-// Throws SqlError 1007 for more digits than are carried.
+// Throws SqlError 1007 for more than 38 digits.
 TypedValue numericLiteral(std::string_view text);
 TypedValue textLiteral(std::string_view text, bool national);
 TypedValue binaryLiteral(std::string_view hex);  // the digits after 0x
 
+// The storage form of a number of an exact type. Throws SqlError 8115 when it is too large for it.
+Value checkedCell(Int128 number, const SqlType& type);
 [[noreturn]] void overflow(const SqlType& type);  // error 8115: an expression is too large for its type
-
-// Scaled integers, the form of decimal and money.
-enum class Rounding { Truncate, HalfAway };
-std::int64_t powerOfTen(int exponent);  // 0 to 18
-Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding);
-bool fitsScaled(Int128 value, const SqlType& type);
-std::string scaledText(std::int64_t value, int scale);  // 1250, 2: "12.50"
 
 std::string hexDigits(std::span<const std::byte> bytes);  // "0A1B"
 // Pairs of hexadecimal digits; nothing when they are not.

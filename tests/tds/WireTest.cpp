@@ -92,6 +92,9 @@ TEST(Parameter, EachWireTypeBecomesATypeAndAnExactValue) {
         {"\x6D\x08\x08\0\0\0\0\0\0\xF8\x3F"s, "float 1.5"},
         {"\x6E\x08\x08\xFF\xFF\xFF\xFF\xC7\xCF\xFF\xFF"s, "money -1.23"},
         {"\x6C\x09\x12\x04\x09\x00\x05\0\0\0\0\0\0\0"s, "decimal(18,4) -0.0005"},
+        {"\x6A\x0D\x1C\x00\x0D\x01\0\0\0\0\0\0\0\0\x01\0\0\0"s, "decimal(28,0) 18446744073709551616"},
+        {"\x6C\x11\x26\x26\x11\x00\x01"s + Bytes(15, '\0'),
+         "decimal(38,38) -0.00000000000000000000000000000000000001"},
         {"\x6F\x08\x08\x01\0\0\0\x2C\x01\0\0"s, "datetime Jan  2 1900 12:00AM"},
         {"\x28\x03\x5B\x95\x0A"s, "date 1900-01-01"},
         {"\x29\x00\x03\x7F\x51\x01"s, "time(0) 23:59:59"},
@@ -128,7 +131,7 @@ TEST(Parameter, ImpossibleOnesAreRefused) {
 TEST(Parameter, TypesWithoutAPlaceHereAreErrorsOfTheCall) {
     using namespace std::string_literals;
     for (const Bytes& wire : {"\xF3\x00"s, "\x2B\x07\x00"s, "\xF1\x01"s,  // a table, an offset, a schema
-                              "\x6C\x11\x26\x00\x09\x01"s + Bytes(8, '\xFF')})  // more than 64 bits
+                              "\x6C\x11\x26\x00\x11\x01"s + Bytes(16, '\xFF')})  // more than 38 digits
         EXPECT_THROW(parameterOf(wire), tsql::SqlError) << testing::PrintToString(wire);
 }
 

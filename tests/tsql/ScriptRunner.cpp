@@ -3,7 +3,7 @@
 #include <cctype>
 #include <charconv>
 
-#include "SqlTypes.h"
+#include "Values.h"
 
 namespace tsql::test {
 namespace {
@@ -31,7 +31,9 @@ class PrintingSink final : public ResultSink {
   public:
     void columns(std::span<const Column> columns) override {
         std::string line;
+        m_types.clear();
         for (const auto& column : columns) {
+            m_types.push_back(column.type);
             line +=
                 (line.empty() ? "" : " | ") + (column.name.empty() ? std::string("-") : column.name) + " ";
             line += displayName(column.type) + (column.identity ? "*" : "") + (column.nullable ? "?" : "");
@@ -40,7 +42,9 @@ class PrintingSink final : public ResultSink {
     }
     void row(std::span<const CellView> cells) override {
         for (std::size_t i = 0; i < cells.size(); ++i)
-            m_text += (i ? " | " : "") + std::visit(CellText(), cells[i]);
+            m_text += (i ? " | " : "") + (isExact(m_types[i].id) && !isNull(cells[i])
+                                              ? scaledText(exactOf(cells[i]), m_types[i].scale)
+                                              : std::visit(CellText(), cells[i]));
         m_text += "\n";
     }
     void statementDone(std::int64_t rowCount, bool isSelect) override {
@@ -63,6 +67,7 @@ class PrintingSink final : public ResultSink {
 
   private:
     std::string m_text;
+    std::vector<SqlType> m_types;
 };
 
 bool isGo(std::string_view line) {
