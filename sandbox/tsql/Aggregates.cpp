@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "FunctionImpl.h"
+#include "Messages.h"
 #include "Text.h"
 
 namespace tsql {
@@ -24,6 +25,7 @@ struct Gathered {
     };
     std::vector<Part> parts;         // of STRING_AGG
     std::vector<bool> descending{};  // its keys
+    std::int64_t longest = 0;        // its result, in characters
 };
 
 struct Aggregate {
@@ -64,13 +66,14 @@ void addSpread(Gathered& gathered, std::span<const CellView> arguments, int sign
     gathered.squares += sign * distance * (value - gathered.real);
 }
 
-// (text, separator[, whether descending, key]...)
+// (text, separator, characters at most or kMax[, whether descending, key]...)
 void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
     auto& part = gathered.parts.emplace_back();
     part.text = std::get<std::string_view>(arguments[0]);
     part.separator = std::get<std::string_view>(arguments[1]);
     gathered.descending.clear();
-    for (std::size_t i = 2; i + 1 < arguments.size(); i += 2) {
+    gathered.longest = std::get<std::int64_t>(arguments[2]);
+    for (std::size_t i = 3; i + 1 < arguments.size(); i += 2) {
         gathered.descending.push_back(std::get<std::int64_t>(arguments[i]) != 0);
         part.keys.push_back(ownedValue(arguments[i + 1]));
     }
@@ -120,6 +123,9 @@ Value joinedText(const Gathered& gathered, const Aggregate&) {
     });
     std::string text;
     for (const auto* part : order) text.append(part == order.front() ? "" : part->separator) += part->text;
+    if (gathered.longest != SqlType::kMax &&
+        characterCount(text) > static_cast<std::size_t>(gathered.longest))
+        throw sqlError(9829);
     return text;
 }
 

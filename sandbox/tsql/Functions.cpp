@@ -142,8 +142,9 @@ std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& resu
     return "ts_avg_" + std::string(baseName(result.id)) + std::to_string(digits) + "(" + pieces[0].sql + ")";
 }
 
-std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType&) {
-    return "ts_string_agg(" + pieces[0].sql + ",ifnull(" + pieces[1].sql + ",''))";
+std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    return "ts_string_agg(" + pieces[0].sql + ",ifnull(" + pieces[1].sql + ",'')," +
+           std::to_string(result.length) + ")";
 }
 
 // LAG, LEAD: what stands for the rows that are not there has the value's type.

@@ -262,6 +262,8 @@ constexpr std::string_view kMessages =
 8170 16 1 Insufficient %s.
 9806 16 11 The datepart %s is not supported by date function %s.
 9810 16 1 The datepart %s is not supported by date function %s for data type %s.
+9829 16 1 STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result
+    truncation.
 10704 15 1 To rethrow an error, a THROW statement must be used inside a CATCH block.
 10741 15 2 A TOP can not be used in the same query or sub-query as a OFFSET.
 10742 15 1 The offset specified in a OFFSET clause may not be negative.

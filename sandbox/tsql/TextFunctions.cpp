@@ -181,10 +181,13 @@ Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
 
 // (text, count, result type)
 Value runReplicate(const Call& call) {
-    constexpr std::size_t kMostOfMax = 100'000'000;  // where SQL Server goes on to 2 GB
+    constexpr std::int64_t kMostOfMax = 100'000'000;  // where SQL Server goes on to 2 GB
     const int length = call.resultType().length;
+    const auto characters = static_cast<std::int64_t>(characterCount(call.text(0)));
+    if (length == SqlType::kMax && characters > 0 && call.integer(1) > kMostOfMax / characters)
+        throw unsupported("REPLICATE beyond 100,000,000 characters");
     return repeated(call.text(0), call.integer(1),
-                    length == SqlType::kMax ? kMostOfMax : static_cast<std::size_t>(length));
+                    static_cast<std::size_t>(length == SqlType::kMax ? kMostOfMax : length));
 }
 
 Value runSpace(const Call& call) {

@@ -14,6 +14,9 @@ SELECT b.id AS '@id', (SELECT c.id AS '@n' FROM book c WHERE c.id < b.id ORDER B
 DECLARE @x nvarchar(max) = (SELECT CHAR(9) + 'é' + CHAR(13) AS a FOR XML RAW)
 PRINT @x
 SELECT STRING_AGG(title, '; ') WITHIN GROUP (ORDER BY day DESC, id) FROM book
+SELECT STRING_AGG(REPLICATE('x', 3000), '') FROM book
+SELECT LEN(STRING_AGG(CAST(REPLICATE('x', 3000) AS varchar(max)), '')) FROM book
+SELECT LEN(REPLICATE(CAST('xy' AS varchar(max)), 60000000))
 SELECT ok, STRING_AGG(id, ',') WITHIN GROUP (ORDER BY id DESC) ids FROM book GROUP BY ok ORDER BY ok
 GO
 SELECT id, 1 FROM book FOR XML RAW
