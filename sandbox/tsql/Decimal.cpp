@@ -38,8 +38,10 @@ Int128 resultIn(BinaryOp op, const Number& left, int leftScale, const Number& ri
         return bounded<Number>(left * power(shift) / (right * power(-shift)));
     }
     const int common = op == BinaryOp::Multiply ? leftScale + rightScale : std::max(leftScale, rightScale);
-    Number result = left * right;
-    if (op != BinaryOp::Multiply) {
+    Number result;
+    if (op == BinaryOp::Multiply) {
+        result = left * right;
+    } else {
         const Number a = left * power(common - leftScale), b = right * power(common - rightScale);
         result = op == BinaryOp::Add ? a + b : op == BinaryOp::Subtract ? a - b : a % b;
     }
