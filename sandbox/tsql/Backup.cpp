@@ -21,10 +21,11 @@ namespace tsql {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_view_literals;
 
 // A backup is the database as one SQLite file, which tells of itself in a table, and behind it the checksum
 // of all that. SQLite's header begins with its own name and has the application's at 68.
-constexpr std::string_view kSqlite("SQLite format 3", 16);
+constexpr std::string_view kSqlite = "SQLite format 3\0"sv;
 constexpr std::string_view kApplication = "TSQL";
 constexpr int kApplicationId = 0x5453514C;
 constexpr std::size_t kApplicationAt = 68;

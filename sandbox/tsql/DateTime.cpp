@@ -39,20 +39,20 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
     const std::int64_t hour = value.ticks / kHour;
     const int year = static_cast<int>(date.year());
     const struct {
-        char letter;
         std::int64_t number;
         int width;
+        char letter;
         char filler = '0';
-    } fields[] = {{'Y', year, 4},
-                  {'y', year % 100, 2},
-                  {'M', month, 2},
-                  {'D', day, 2},
-                  {'d', day, 2, ' '},
-                  {'h', hour, 2},
-                  {'H', (hour + 11) % 12 + 1, 2, ' '},
-                  {'m', value.ticks / kMinute % 60, 2},
-                  {'s', value.ticks / kSecond % 60, 2},
-                  {'f', value.ticks % kSecond / powerOfTen(7 - scale), scale}};
+    } fields[] = {{year, 4, 'Y'},
+                  {year % 100, 2, 'y'},
+                  {month, 2, 'M'},
+                  {day, 2, 'D'},
+                  {day, 2, 'd', ' '},
+                  {hour, 2, 'h'},
+                  {(hour + 11) % 12 + 1, 2, 'H', ' '},
+                  {value.ticks / kMinute % 60, 2, 'm'},
+                  {value.ticks / kSecond % 60, 2, 's'},
+                  {value.ticks % kSecond / powerOfTen(7 - scale), scale, 'f'}};
     std::string text;
     for (const char letter : pattern) {
         const auto* field = std::ranges::find(fields, letter, [](const auto& each) { return each.letter; });

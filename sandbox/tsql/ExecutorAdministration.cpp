@@ -261,8 +261,8 @@ Flow Executor::run(const Restore& restore) {
 Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
     m_sink->columns(columns);
     for (const auto& row : rows) {
-        std::vector<CellView> cells;
-        for (const auto& value : row) cells.push_back(viewOf(value));
+        std::vector<CellView> cells(row.size());
+        std::transform(row.begin(), row.end(), cells.begin(), viewOf);
         m_sink->row(cells);
     }
     m_rowCount = static_cast<std::int64_t>(rows.size());

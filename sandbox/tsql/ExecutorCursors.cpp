@@ -106,8 +106,9 @@ Flow Executor::run(const Fetch& fetch) {
     m_fetchStatus = found ? 0 : -1;
     if (fetch.into.empty()) {
         refuseInFunction();
-        std::vector<Column> heads;
-        for (const auto& column : columns) heads.push_back(column.column);
+        std::vector<Column> heads(columns.size());
+        std::transform(columns.begin(), columns.end(), heads.begin(),
+                       [](const auto& each) { return each.column; });
         return sendTable(heads, rows);
     }
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {

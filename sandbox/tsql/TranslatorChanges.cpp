@@ -206,7 +206,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         if (column->identity) throw sqlError(8102, {column->name});
         const std::string cell = assigned(setValue(update, clause, *column), target, *column);
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
-        picked += ", " + cell + " AS " + alias;
+        picked.append(", ").append(cell).append(" AS ").append(alias);
         const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
         sets.append(set).append(simple ? cell : "picked." + alias);
         moved.append(set).append("picked.").append(alias);
@@ -262,7 +262,7 @@ std::string Translator::check(const TableInfo& table, const Expr& expr) {
     Scope scope;
     m_scope = &scope;
     addSource(table, table.name, {});
-    const std::string sql = condition(expr);
+    std::string sql = condition(expr);
     m_scope = nullptr;
     return sql;
 }

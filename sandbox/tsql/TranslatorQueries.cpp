@@ -341,11 +341,12 @@ void Translator::rename(QueryText& text, const std::vector<std::string>& names, 
 
 // Adds a table of these columns to the scope; gives its alias in SQLite.
 std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
-    const std::string sqlAlias = nextAlias();
+    std::string sqlAlias = nextAlias();
+    const std::string prefix = sqlAlias + ".";
     Source source{exposed, {}, {}, {}};
     for (const auto& [column, alias, nullLiteral] : columns)
         source.columns.push_back(
-            {column.name, sqlAlias + "." + alias, column.type, column.nullable, column.identity});
+            {column.name, prefix + alias, column.type, column.nullable, column.identity});
     m_scope->sources.push_back(std::move(source));
     return sqlAlias;
 }
