@@ -166,7 +166,7 @@ void ProcedureRun::collectOutput() {
         return failAtOutput("open", error);
     }
     RemovedAtEnd brokenOff(path);  // output that memory cannot hold is not left behind
-    m_report.toolOutput(file, kOutputChunk);
+    m_report.toolOutput(file, kOutputChunk, m_failed);
     brokenOff.keep();
     concludeSuccess();
     if (const CVoError error = file.Close(); error.IsError()) {

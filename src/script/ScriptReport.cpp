@@ -1,5 +1,7 @@
 #include "ScriptReport.h"
 
+#include <utility>
+
 #include "CVoFile.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/TScript.h"
@@ -37,14 +39,17 @@ void ScriptReport::trace(const std::string& message) {
     writeLog(message.c_str());
 }
 
-void ScriptReport::toolOutput(CVoFile& outputFile, std::size_t chunk) {
-    // Gathered behind its heading, so that the text stands in memory twice at most: here and in the output.
-    std::string message = messages::kToolOutput;
-    const std::size_t heading = message.size();
-    readRest(outputFile, m_script.m_outputFile, chunk, message);
-    if (message.size() == heading) return;
-    log(std::move(message));
-    m_script.m_output.append(m_script.m_errorMessage, heading);
+void ScriptReport::toolOutput(CVoFile& outputFile, std::size_t chunk, bool lastMessage) {
+    // Gathered where it is to stand in the end, behind a heading that only the message has: a long text is
+    // not copied for it.
+    const std::size_t begin = m_script.m_output.size();
+    const std::string_view heading = messages::kToolOutput;
+    std::string text = m_script.m_output;
+    readRest(outputFile, m_script.m_outputFile, chunk, text.append(heading));
+    if (text.size() == begin + heading.size()) return;
+    writeLog(text.c_str() + begin);
+    if (lastMessage) set(text.substr(begin));
+    m_script.m_output = std::move(text.erase(begin, heading.size()));
 }
 
 bool ScriptReport::hasSession() {

@@ -27,8 +27,9 @@ class ScriptReport {
     void trace(const std::string& message);
 
     // Hands what stands in a query tool's output file, read `chunk` bytes at a time, to the user's output
-    // and, as one message, to the log. Nothing is told of an empty file.
-    void toolOutput(CVoFile& outputFile, std::size_t chunk);
+    // and, as one message, to the log. Nothing is told of an empty file. Unless it is to be the last message,
+    // the caller sets another one at once.
+    void toolOutput(CVoFile& outputFile, std::size_t chunk, bool lastMessage);
 
     // The session has its database and host objects. False is reported.
     bool hasSession();

@@ -127,7 +127,7 @@ void SqlFileRun::collectOutput() {
     CVoFile file;
     if (file.Open(path, "rb").IsError()) return fail(FXString::Format(texts::kOutputNotOpened, path));
     RemovedAtEnd brokenOff(path);  // output that memory cannot hold is not left behind
-    m_report.toolOutput(file, kOutputChunk);
+    m_report.toolOutput(file, kOutputChunk, m_failed);
     brokenOff.keep();
     if (!m_failed) m_report.report(messages::kSucceeded);
     if (file.Close().IsError()) return fail(FXString::Format(texts::kOutputNotClosed, path));
