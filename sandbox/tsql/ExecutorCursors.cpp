@@ -114,8 +114,8 @@ Flow Executor::run(const Fetch& fetch) {
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {
             setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
         } catch (const SqlError& error) {
-            constexpr int kNoConversion = 529;
-            if (error.number != kNoConversion) throw;
+            constexpr int kClash = 206, kNotImplicit = 257;
+            if (error.number != kClash && error.number != kNotImplicit) throw;
             throw sqlError(16922,
                            {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
         }

@@ -60,7 +60,8 @@ SqlType averageType(Pieces pieces) {
     return type.id == TypeId::Decimal ? decimalType(38, std::max<int>(type.scale, 6)) : numberType(pieces);
 }
 SqlType extremeType(Pieces pieces) {
-    if (pieces[0].type.id == TypeId::Bit) throw sqlError(8117, {"bit", "max"});
+    const TypeId id = pieces[0].type.id;
+    if (id == TypeId::Bit || isLob(id)) throw sqlError(8117, {baseName(id), "max"});
     return pieces[0].type;
 }
 
@@ -197,9 +198,9 @@ SqlType textTypeFor(const SqlType& type) {
     return varcharType(type.id == TypeId::UniqueIdentifier ? 36 : 30);
 }
 
-Typed dateArgument(const Typed& value, TypeId ofText) {
-    if (isDateTime(value.type.id)) return value;
-    return coerce(value, simpleType(isText(value.type.id) ? ofText : TypeId::DateTime));
+SqlType dateTypeFor(const SqlType& type, TypeId ofText) {
+    if (isDateTime(type.id)) return type;
+    return simpleType(isText(type.id) ? ofText : TypeId::DateTime);
 }
 
 Typed datePartArgument(const Typed& value, std::string_view function) {
@@ -208,35 +209,39 @@ Typed datePartArgument(const Typed& value, std::string_view function) {
     return {std::to_string(static_cast<int>(*part)), simpleType(TypeId::Int), false, static_cast<int>(*part)};
 }
 
-Typed numberArgument(const Typed& value, std::string_view function, int position) {
-    if (isText(value.type.id)) return coerce(value, simpleType(TypeId::Float));
-    if (isNumber(value.type.id)) return value;
-    throw sqlError(8116, {baseName(value.type.id), std::to_string(position), function});
+// What a parameter of this letter converts a value of this type to.
+SqlType wantedType(char letter, const SqlType& type) {
+    switch (letter) {
+        case 'S':
+            return isBinary(type.id) ? type : textTypeFor(type);
+        case 'L':
+        case 'T':
+            return textTypeFor(type);
+        case 'I':
+            return simpleType(TypeId::Int);
+        case 'B':
+            return simpleType(TypeId::BigInt);
+        case 'F':
+            return simpleType(TypeId::Float);
+        case 'D':
+            return dateTypeFor(type, TypeId::DateTime2);
+        case 'E':
+            return dateTypeFor(type, TypeId::DateTime);
+        case 'N':
+            return isNumber(type.id) ? type : simpleType(TypeId::Float);
+        default:
+            return type;
+    }
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
-    switch (letter) {
-        case 'T':
-            return coerce(value, textTypeFor(value.type));
-        case 'S':
-            return isBinary(value.type.id) ? value : coerce(value, textTypeFor(value.type));
-        case 'I':
-            return coerce(value, simpleType(TypeId::Int));
-        case 'B':
-            return coerce(value, simpleType(TypeId::BigInt));
-        case 'F':
-            return coerce(value, simpleType(TypeId::Float));
-        case 'D':
-            return dateArgument(value, TypeId::DateTime2);
-        case 'E':
-            return dateArgument(value, TypeId::DateTime);
-        case 'P':
-            return datePartArgument(value, function.name);
-        case 'N':
-            return numberArgument(value, function.name, static_cast<int>(i) + 1);
-        default:
-            return value;
-    }
+    if (letter == 'P') return datePartArgument(value, function.name);
+    const SqlType wanted = wantedType(letter, value.type);
+    const bool taken = conversionRule(value.type.id, wanted.id) == ConversionRule::Implicit &&
+                       !(letter == 'T' && isLob(value.type.id));
+    if (!taken && !value.nullLiteral)
+        throw sqlError(8116, {baseName(value.type.id), std::to_string(i + 1), function.name});
+    return coerce(value, wanted);
 }
 
 // What the pattern of a function's arguments says: their letters, and how many there may be.

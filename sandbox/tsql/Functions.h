@@ -55,8 +55,9 @@ Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, 
 SqlType commonType(std::span<const Typed> pieces);
 // The same, where values are compared in it: an error when decimals lose digits there.
 SqlType comparedType(std::span<const Typed> pieces);
-// `sql` with the collation that texts are compared, ordered and grouped by; other types as they are.
-std::string collated(const Typed& value);
+// `sql` with the collation that texts are compared, ordered and grouped by; other types as they are. Throws
+// SqlError `refusal` for types that are not compared.
+std::string collated(const Typed& value, int refusal = 306);
 
 struct FunctionInfo;
 // Null when T-SQL has no such built-in function here. Any case.

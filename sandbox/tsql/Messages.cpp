@@ -54,6 +54,7 @@ constexpr std::string_view kMessages =
 201 16 4 Procedure or function '%s' expects parameter '%s', which was not supplied.
 205 16 1 All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of
     expressions in their target lists.
+206 16 2 Operand type clash: %s is incompatible with %s
 207 16 1 Invalid column name '%s'.
 208 16 1 Invalid object name '%s'.
 209 16 1 Ambiguous column name '%s'.
@@ -72,6 +73,7 @@ constexpr std::string_view kMessages =
 245 16 1 Conversion failed when converting the %s value '%s' to data type %s.
 248 16 1 The conversion of the %s value '%s' overflowed an int column.
 253 16 1 Recursive member of a common table expression '%s' has multiple recursive references.
+257 16 3 Implicit conversion from data type %s to %s is not allowed. Use the CONVERT function to run this query.
 263 16 1 Must specify table to select from.
 264 16 1 The column name '%s' is specified more than once in the SET clause or column list of an INSERT.
 266 16 2 Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements.
@@ -79,8 +81,11 @@ constexpr std::string_view kMessages =
 281 16 1 %s is not a valid style number when converting from %s to a character string.
 289 16 1 Cannot construct data type %s, some of the arguments have values which are not valid.
 295 16 3 Conversion failed when converting character string to smalldatetime data type.
+306 16 2 The text, ntext, and image data types cannot be compared or sorted, except when using IS NULL or LIKE
+    operator.
 313 16 1 An insufficient number of arguments were supplied for the procedure or function %s.
 402 16 1 The data types %s and %s are incompatible in the %s operator.
+421 16 1 The %s data type cannot be selected as DISTINCT because it is not comparable.
 443 16 1 Invalid use of a side-effecting operator within a function.
 506 16 1 The invalid escape character "%s" was specified in a LIKE predicate.
 512 16 1 Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= ,
@@ -228,6 +233,8 @@ constexpr std::string_view kMessages =
 5074 16 1 The %s '%s' is dependent on column '%s'.
 5308 16 1 Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER
     BY clause expressions.
+5335 16 1 The data type %s cannot be used as an operand to the UNION, INTERSECT or EXCEPT operators because it is
+    not comparable.
 6401 16 1 Cannot roll back %s. No transaction or savepoint of that name was found.
 6809 16 1 Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for
     attribute names. Name unnamed columns/tables using AS in the SELECT statement.
@@ -248,11 +255,14 @@ constexpr std::string_view kMessages =
     function or the GROUP BY clause.
 8127 16 1 Column '%s' is invalid in the ORDER BY clause because it is not contained in either an aggregate
     function or the GROUP BY clause.
+8133 16 1 At least one of the result expressions in a CASE specification must be an expression other than the NULL
+    constant.
 8134 16 1 Divide by zero error encountered.
 8144 16 2 Procedure or function %s has too many arguments specified.
 8145 16 1 %s is not a parameter for procedure %s.
 8147 16 1 Could not create IDENTITY attribute on nullable column '%s', table '%s'.
 8152 16 1 String or binary data would be truncated.
+8154 16 1 The table '%s' is ambiguous.
 8155 16 1 No column name was specified for column %s of '%s'.
 8158 16 1 '%s' has more columns than were specified in the column list.
 8159 16 1 '%s' has fewer columns than were specified in the column list.

@@ -70,6 +70,9 @@ const ScalarFunction kFunctions[] = {
 
 constexpr int kLongestChain = 30;  // operators of one ts_arithmetic, within the arguments that SQLite allows
 constexpr std::string_view kCompareSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
+constexpr std::string_view kCompareNames[] = {"equal to",     "not equal to",
+                                              "less than",    "less than or equal to",
+                                              "greater than", "greater than or equal to"};
 
 std::string code(const SqlType& type) {
     return std::to_string(encodeType(type));
@@ -185,6 +188,8 @@ Typed wordArgument(std::string_view word) {
 }
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
+    if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)
+        throw sqlError(529, {baseName(value.type.id), baseName(to.id)});
     Typed result{value.sql, to};  // what is cast is no literal any more: its type is fixed
     if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
     const std::string styleSql =
@@ -195,6 +200,7 @@ Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Con
 }
 
 Typed coerce(const Typed& value, const SqlType& to) {
+    if (!value.nullLiteral) requireImplicit(value.type, to);
     Typed result = emitConvert(value, to, nullptr, Conversion::Cast);
     result.nullLiteral = value.nullLiteral;
     if (isInteger(to.id) && sameForm(value.type, to)) result.integer = value.integer;
@@ -203,6 +209,7 @@ Typed coerce(const Typed& value, const SqlType& to) {
 
 Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column) {
     if (value.nullLiteral || sameForm(value.type, to)) return coerce(value, to);
+    requireImplicit(value.type, to);
     return {"ts_assign(" + value.sql + "," + code(value.type) + "," + code(to) + "," + quotedText(table) +
                 "," + quotedText(column) + ")",
             to};
@@ -221,12 +228,15 @@ SqlType commonType(std::span<const Typed> pieces) {
 SqlType comparedType(std::span<const Typed> pieces) {
     const SqlType type = commonType(pieces);
     for (const Typed& piece : pieces)
-        if (isExact(piece.type.id) && type.id == TypeId::Decimal && piece.type.scale > type.scale)
+        if (isLob(piece.type.id))
+            commonType(piece.type, type, "equal to");
+        else if (isExact(piece.type.id) && type.id == TypeId::Decimal && piece.type.scale > type.scale)
             throw unsupported("IN among decimals that 38 digits do not hold together");
     return type;
 }
 
-std::string collated(const Typed& value) {
+std::string collated(const Typed& value, int refusal) {
+    if (isLob(value.type.id)) throw sqlError(refusal, {baseName(value.type.id)});
     return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
 }
 
@@ -286,7 +296,7 @@ std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& right
                 right = withPartnersType(rightPiece, leftPiece);
     const std::string_view sign = kCompareSigns[static_cast<std::size_t>(op)];
     if (isExact(left.type.id) && isExact(right.type.id)) return compareExact(sign, left, right);
-    const SqlType type = commonType(left.type, right.type);
+    const SqlType type = commonType(left.type, right.type, kCompareNames[static_cast<std::size_t>(op)]);
     const SqlType loose = isText(type.id) ? nvarcharType(SqlType::kMax) : type;
     return "(" + collated(coerce(left, loose)) + std::string(sign) + coerce(right, loose).sql + ")";
 }

@@ -56,6 +56,19 @@ const TypeFacts& facts(TypeId id) {
     return kTypes[static_cast<std::size_t>(id)];
 }
 
+// The families of types that are converted alike, by TypeId: N exact numbers, F float, C texts, T text and
+// ntext, X xml, A date, M time, D the classic dates, 2 datetime2, U uniqueidentifier, B binary, I image.
+constexpr std::string_view kFamilies = "NNNNNNNNFFCCCCTTXAMDD2UBBI";
+constexpr std::string_view kFamilyOrder = "NFDAM2CTXUBI";
+// From each family, in that order, to each: by itself (i), by CAST alone (e), never (-).
+constexpr std::array<std::string_view, 12> kConversions = {
+    "iii---i---i-", "iii---i---i-", "eeiiiii---e-", "--ii-ii---e-", "--i-iii---e-", "--iiiii---e-",
+    "iiiiiiiiiiei", "------iie---", "------e-i-e-", "------i--ii-", "i-ieeei-iiii", "----------ii"};
+
+std::size_t familyOf(TypeId id) {
+    return kFamilyOrder.find(kFamilies[static_cast<std::size_t>(id)]);
+}
+
 constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
     {"integer", TypeId::Int},
     {"numeric", TypeId::Decimal},
@@ -273,6 +286,22 @@ bool isClassicDate(TypeId id) {
 bool isBinary(TypeId id) {
     return id >= TypeId::Binary;
 }
+bool isLob(TypeId id) {
+    return id == TypeId::Text || id == TypeId::NText || id == TypeId::Xml || id == TypeId::Image;
+}
+
+ConversionRule conversionRule(TypeId from, TypeId to) {
+    const char rule = kConversions[familyOf(from)][familyOf(to)];
+    return rule == 'i'   ? ConversionRule::Implicit
+           : rule == 'e' ? ConversionRule::Explicit
+                         : ConversionRule::Never;
+}
+
+void requireImplicit(const SqlType& from, const SqlType& to) {
+    const ConversionRule rule = conversionRule(from.id, to.id);
+    if (rule != ConversionRule::Implicit)
+        throw sqlError(rule == ConversionRule::Never ? 206 : 257, {baseName(from.id), baseName(to.id)});
+}
 
 SqlType varcharType(int length) {
     return {TypeId::VarChar, length > kMaxBytes ? SqlType::kMax : length, 0, 0};
@@ -301,10 +330,15 @@ int precisionOf(const SqlType& type) {
     return type.id == TypeId::Decimal ? type.precision : facts(type.id).precision;
 }
 
-SqlType commonType(const SqlType& left, const SqlType& right) {
+SqlType commonType(const SqlType& left, const SqlType& right, std::string_view operatorName) {
     const bool leftWins = facts(left.id).precedence >= facts(right.id).precedence;
     const SqlType& high = leftWins ? left : right;
     const SqlType& low = leftWins ? right : left;
+    const bool meet = conversionRule(low.id, high.id) == ConversionRule::Implicit;
+    const bool dates = isDateTime(low.id) && isDateTime(high.id);
+    if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || (dates && !meet)))
+        throw sqlError(402, {baseName(left.id), baseName(right.id), operatorName});
+    if (!meet) throw sqlError(206, {baseName(left.id), baseName(right.id)});
     if (high.id == TypeId::Decimal && isExact(low.id)) return joinDecimals(high, asDecimal(low));
     if ((isText(high.id) && isText(low.id)) || (isBinary(high.id) && isBinary(low.id)))
         return joinLengths(high, left, right);
@@ -314,10 +348,10 @@ SqlType commonType(const SqlType& left, const SqlType& right) {
 }
 
 SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right) {
+    const SqlType high = commonType(left, right, kOperatorNames[static_cast<std::size_t>(op)]);
     const bool texts = isText(left.id) && isText(right.id);
     const bool blobs = isBinary(left.id) && isBinary(right.id);
     if (op == BinaryOp::Add && (texts || blobs)) return concatenation(left, right);
-    const SqlType high = commonType(left, right);
     if (isClassicDate(high.id) && isDateSum(op, left, right)) return high;
     if (!isNumber(high.id) || high.id == TypeId::Bit || isDateTime(left.id) || isDateTime(right.id)) {
         if (high.id == TypeId::Bit && op >= BinaryOp::BitAnd) return high;

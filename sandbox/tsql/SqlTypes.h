@@ -40,6 +40,7 @@ bool isDateTime(TypeId id);     // date to datetime2
 bool hasLength(TypeId id);      // char to nvarchar, binary, varbinary
 bool isClassicDate(TypeId id);  // datetime, smalldatetime: numbers of days, too
 bool isBinary(TypeId id);       // binary, varbinary, image
+bool isLob(TypeId id);          // text, ntext, image, xml: not to be compared
 
 SqlType varcharType(int length);  // shorthands; above 8000 or 4000: (max)
 SqlType nvarcharType(int length);
@@ -51,8 +52,15 @@ int maxLength(const SqlType& type);
 // Decimal digits that an exact type may hold: int 10, bigint 19, money 19.
 int precisionOf(const SqlType& type);
 
+// Where a value's type does not fit it is converted by itself, or only by CAST, or by nothing.
+enum class ConversionRule { Implicit, Explicit, Never };
+ConversionRule conversionRule(TypeId from, TypeId to);
+// Throws SqlError 206 or 257 for a conversion that does not happen by itself.
+void requireImplicit(const SqlType& from, const SqlType& to);
+
 // The type in which CASE, COALESCE, UNION and comparisons meet: the higher precedence, the longer length.
-SqlType commonType(const SqlType& left, const SqlType& right);
+// Throws SqlError 206, or 402 where an operator of this name does not take such operands.
+SqlType commonType(const SqlType& left, const SqlType& right, std::string_view operatorName = {});
 
 enum class BinaryOp { Add, Subtract, Multiply, Divide, Modulo, BitAnd, BitOr, BitXor };
 // The result type of `left op right`. Throws SqlError 402/8117 for types that the operator does not take.

@@ -51,6 +51,7 @@ struct Source {
     std::string exposed;  // the name that T-SQL text uses
     std::string database;
     std::string rowid;  // empty for what is no table
+    std::string table;  // in SQLite; the same
     std::vector<SourceColumn> columns;
 };
 
@@ -214,7 +215,7 @@ class Translator {
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
     std::vector<const TableColumn*> absentDefaults(const TableInfo& target,
                                                    const std::vector<const TableColumn*>& columns) const;
-    Typed setValue(const ast::Update& update, const ast::SetClause& clause, const TableColumn& column);
+    Typed setValue(const std::string& rowid, const ast::SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
                           const std::string& exposed);
     std::string returnedToVariables(const TableInfo& target, const ast::Update& update);

@@ -130,10 +130,11 @@ std::string Translator::insertParameters(const TableInfo& target,
     return insertText(target, all, "VALUES (" + list + ")");
 }
 
-Typed Translator::setValue(const Update& update, const SetClause& clause, const TableColumn& column) {
+Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
     Typed typed = clause.value ? value(*clause.value) : defaultOf(column);
     if (!clause.op) return typed;
-    return emitBinary(*clause.op, node(ColumnRef{{update.table.name, column.name}}), typed);
+    const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
+    return emitBinary(*clause.op, {prefix + quotedName(column.name), column.type}, typed);
 }
 
 void Translator::useCommonTables(const Change& change, const ObjectName& target) {
@@ -183,8 +184,14 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
 std::string Translator::joinedSources(const TableInfo& target, const ObjectName& name,
                                       const std::vector<TableRefPtr>& from, std::string& rowid) {
     std::string sql = this->from(from);
-    for (const auto& source : m_scope->sources)
+    std::string other;  // the table under another name: that is what is changed where it stands once
+    for (const auto& source : m_scope->sources) {
         if (compareText(source.exposed, name.name) == 0) rowid = source.rowid;
+        if (source.table != target.sqlName()) continue;
+        other = other.empty() ? source.rowid : "twice";
+    }
+    if (rowid.empty() && other == "twice") throw sqlError(8154, {name.name});
+    if (rowid.empty()) rowid = other;
     if (!rowid.empty()) return sql;
     const std::string alias = nextAlias();
     addSource(target, name.name, alias);
@@ -200,11 +207,13 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
     const bool simple = update.from.empty() && !update.top;
     std::string picked, sets, moved, away, kept;
+    std::set<const TableColumn*> seen;
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
         if (!column) throw sqlError(207, {clause.column});
         if (column->identity) throw sqlError(8102, {column->name});
-        const std::string cell = assigned(setValue(update, clause, *column), target, *column);
+        if (!seen.insert(column).second) throw sqlError(264, {column->name});
+        const std::string cell = assigned(setValue(rowid, clause, *column), target, *column);
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
         picked.append(", ").append(cell).append(" AS ").append(alias);
         const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";

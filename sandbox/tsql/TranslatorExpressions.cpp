@@ -129,6 +129,7 @@ Typed Translator::node(const Case& choice) {
         results.push_back(value(*then));
     }
     results.push_back(choice.otherwise ? value(*choice.otherwise) : nullLiteral());
+    if (std::ranges::all_of(results, &Typed::nullLiteral)) throw sqlError(8133);
     const SqlType type = tsql::commonType(results);
     std::string sql = "CASE";
     for (std::size_t i = 0; i < conditions.size(); ++i)

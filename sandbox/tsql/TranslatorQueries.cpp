@@ -12,6 +12,8 @@ using namespace ast;
 
 namespace {
 
+constexpr int kNotDistinct = 421, kNotMerged = 5335;  // what cannot be compared there
+
 bool reads(const TableRef& table, std::string_view name) {
     if (const auto* join = std::get_if<Join>(&table.node))
         return reads(*join->left, name) || reads(*join->right, name);
@@ -116,7 +118,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
             column.identity = found->identity;
         }
     }
-    addOutput(text, list, std::move(column), collate ? collated(typed) : typed.sql);
+    addOutput(text, list, std::move(column), collate ? collated(typed, kNotDistinct) : typed.sql);
     text.columns.back().nullLiteral = typed.nullLiteral;
 }
 
@@ -129,7 +131,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
-                      collate ? collated({column.sql, column.type}) : column.sql);
+                      collate ? collated({column.sql, column.type}, kNotDistinct) : column.sql);
         }
     }
     if (any) return;
@@ -220,7 +222,9 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         column.column.nullable = column.column.nullable || right.columns[i].column.nullable;
         const std::string comma = i ? ", " : "";
         flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
-        leftList += comma + collated(coerce(pieces[0], column.column.type)) + " AS " + column.alias;
+        const Typed merged = coerce(pieces[0], column.column.type);
+        leftList += comma + (operation.op == SetOp::UnionAll ? merged.sql : collated(merged, kNotMerged)) +
+                    " AS " + column.alias;
         rightList += comma + coerce(pieces[1], column.column.type).sql;
     }
     QueryText text{{}, left.columns, false, false};
@@ -256,7 +260,7 @@ std::string Translator::tableRef(const TableRef& table) {
 
 void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {
     const std::string prefix = alias.empty() ? "" : alias + ".";
-    Source source{exposed, table.database, prefix + "_rowid_", {}};
+    Source source{exposed, table.database, prefix + "_rowid_", table.sqlName(), {}};
     for (const auto& column : table.columns)
         source.columns.push_back(
             {column.name, prefix + quotedName(column.name), column.type, column.nullable, column.identity});
@@ -326,7 +330,7 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     const Typed &text = pieces.front(), &separator = pieces.back();
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     const std::string sqlAlias = nextAlias();
-    m_scope->sources.push_back({alias, {}, {}, {{"value", sqlAlias + ".value", type}}});
+    m_scope->sources.push_back({alias, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
     return "(SELECT value FROM json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
            coerce(separator, nvarcharType(SqlType::kMax)).sql + "))) AS " + sqlAlias;
 }
@@ -343,7 +347,7 @@ void Translator::rename(QueryText& text, const std::vector<std::string>& names, 
 std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
     std::string sqlAlias = nextAlias();
     const std::string prefix = sqlAlias + ".";
-    Source source{exposed, {}, {}, {}};
+    Source source{exposed, {}, {}, {}, {}};
     for (const auto& [column, alias, nullLiteral] : columns)
         source.columns.push_back(
             {column.name, prefix + alias, column.type, column.nullable, column.identity});

@@ -33,8 +33,8 @@ std::string_view spoken(const SqlType& type) {
     throw sqlError(245, {spoken(from), text, spoken(to)});
 }
 
-[[noreturn]] void notAllowed(const SqlType& from, const SqlType& to) {
-    throw sqlError(529, {spoken(from), spoken(to)});
+[[noreturn]] void notConverted(const SqlType& from, const SqlType& to) {
+    throw unsupported("the conversion of " + std::string(spoken(from)) + " to " + std::string(spoken(to)));
 }
 
 // One conversion: the value, its type and where it goes; the functions are named for the target's family.
@@ -70,7 +70,7 @@ class Converter {
         if (isApproximate(m_from.id)) return integerFromFloat();
         if (isClassicDate(m_from.id)) return rangeChecked(static_cast<Int128>(std::llround(dayNumber())));
         if (isBinary(m_from.id)) return integerFromBinary();
-        notAllowed(m_from, m_to);
+        notConverted(m_from, m_to);
     }
 
     Value rangeChecked(Int128 value) const {
@@ -139,7 +139,7 @@ class Converter {
         if (isClassicDate(m_from.id))
             return scaleChecked(rescaled(static_cast<double>(dayNumber()), m_to.scale));
         if (isBinary(m_from.id) && isMoney(m_to.id)) return integerFromBinary();
-        notAllowed(m_from, m_to);
+        notConverted(m_from, m_to);
     }
 
     Value scaleChecked(Int128 value) const {
@@ -194,7 +194,7 @@ class Converter {
         else if (isClassicDate(m_from.id))
             value = static_cast<double>(dayNumber());
         else
-            notAllowed(m_from, m_to);
+            notConverted(m_from, m_to);
         if (m_to.id != TypeId::Real) return value;
         if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max())) overflow(m_to);
         return static_cast<double>(static_cast<float>(value));
@@ -293,19 +293,12 @@ class Converter {
         if (isText(m_from.id)) return dateTimeFromText();
         if (isDateTime(m_from.id)) return dateTimeFromOther();
         if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
-        notAllowed(m_from, m_to);
+        notConverted(m_from, m_to);
     }
 
-    Value dateTimeFromText() const {
-        return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style));
-    }
+    Value dateTimeFromText() const { return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style)); }
 
-    Value dateTimeFromOther() const {
-        const bool clash = (m_from.id == TypeId::Date && m_to.id == TypeId::Time) ||
-                           (m_from.id == TypeId::Time && m_to.id == TypeId::Date);
-        if (clash) notAllowed(m_from, m_to);
-        return stored(fromStorage(text()));
-    }
+    Value dateTimeFromOther() const { return stored(fromStorage(text())); }
 
     Value dateTimeFromNumber() const {
         const auto number = std::get<double>(convertValue(m_value, m_from, simpleType(TypeId::Float)));
@@ -328,7 +321,7 @@ class Converter {
         if (isText(m_from.id)) return identifierFromText();
         if (m_from.id == TypeId::UniqueIdentifier) return std::string(text());
         if (isBinary(m_from.id)) return identifierFromBinary();
-        notAllowed(m_from, m_to);
+        notConverted(m_from, m_to);
     }
 
     Value identifierFromText() const {
@@ -376,7 +369,7 @@ class Converter {
         if (isInteger(m_from.id) || isMoney(m_from.id)) return bytesOfInteger();
         if (isText(m_from.id)) return m_style > 0 ? bytesOfHex() : bytesOfText();
         if (m_from.id == TypeId::UniqueIdentifier) return bytesOfIdentifier();
-        notAllowed(m_from, m_to);
+        notConverted(m_from, m_to);
     }
 
     Bytes bytesOfInteger() const {
@@ -467,11 +460,13 @@ Value ownedValue(const CellView& view) {
 Value convertValue(const CellView& value, const SqlType& from, const SqlType& to, int style,
                    Conversion kind) {
     if (isNull(value)) return Null{};
+    if (conversionRule(from.id, to.id) == ConversionRule::Never)
+        throw sqlError(529, {spoken(from), spoken(to)});
     try {
         return Converter(value, from, to, style, kind == Conversion::Assign).run();
     } catch (const SqlError& error) {
-        constexpr int kNeverAllowed = 529, kNoSuchStyle = 281;
-        if (kind != Conversion::Try || error.number == kNeverAllowed || error.number == kNoSuchStyle) throw;
+        constexpr int kUnsupported = 50000, kNoSuchStyle = 281;
+        if (kind != Conversion::Try || error.number == kUnsupported || error.number == kNoSuchStyle) throw;
         return Null{};
     } catch (const std::bad_variant_access&) {
         throw sqlError(8114, {spoken(from), spoken(to)});

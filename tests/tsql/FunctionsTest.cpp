@@ -66,7 +66,7 @@ TEST(Functions, Operators) {
         {t("ab"), Add, nullLiteral(), "varchar(4): NULL"},
         {t("a"), Subtract, t("b"), "error 8117"},
         {as("2026-11-21", kDateTime), Add, n("1.5"), "datetime: Nov 22 2026 12:00PM"},
-        {as("2026-11-21", kDate), Add, n("1"), "error 402"},
+        {as("2026-11-21", kDate), Add, n("1"), "error 206"},
         {literal(binaryLiteral("01")), Add, literal(binaryLiteral("FF")), "varbinary(2): 0x01FF"},
         {n("6"), BitAnd, n("3"), "int: 2"},
         {n("6.0"), BitAnd, n("3"), "error 402"},

@@ -46,3 +46,14 @@ DROP TABLE d
 DROP TABLE IF EXISTS d
 CREATE TABLE c (x int)
 GO
+-- the table that is changed may have another name in FROM, once
+CREATE TABLE p (id int, v int)
+INSERT p VALUES (1, 10), (2, 20)
+UPDATE p SET v += 1 FROM p AS q WHERE q.id = 1
+DELETE p FROM p q JOIN c ON 1 = 1 WHERE q.id = 2
+SELECT * FROM p
+GO
+UPDATE p SET v = 0 FROM p q JOIN p r ON q.id = r.id
+GO
+UPDATE p SET v = 0, v = 1
+GO

@@ -56,3 +56,47 @@ INSERT word VALUES (N'zebra'),(N'étude'),(N'eta'),(N'Etude'),(N'a_b'),(N'a1'),(
 SELECT t FROM word ORDER BY t
 SELECT COUNT(*) FROM word WHERE t = N'ETUDE '
 GO
+-- what is converted by itself, by CAST alone, or never
+CREATE TABLE kinds (d date, dt datetime, u uniqueidentifier, t text, b varbinary(9), n int)
+INSERT kinds (dt, b, n, t) VALUES (1, 2, '3', 'x')
+SELECT CASE WHEN dt = 1 AND b = 2 AND t LIKE 'x' AND t IS NOT NULL THEN DATALENGTH(t) + PATINDEX('%x', t) END FROM kinds
+GO
+INSERT kinds (n) VALUES (GETDATE())
+GO
+INSERT kinds (b) VALUES ('x')
+GO
+DECLARE @d date = 1
+GO
+DECLARE @n int SET @n = GETDATE()
+GO
+SELECT 1 FROM kinds WHERE d = 1
+GO
+SELECT d + 1 FROM kinds
+GO
+SELECT 1 FROM kinds WHERE d > CAST('10:00' AS time)
+GO
+SELECT CASE WHEN 1 = 1 THEN u ELSE n END FROM kinds
+GO
+SELECT CASE WHEN 1 = 1 THEN NULL END
+GO
+SELECT CAST(t AS int) FROM kinds
+GO
+SELECT CAST(1.5 AS varbinary(8))
+GO
+-- text is neither compared nor sorted, and few functions take it
+SELECT 1 FROM kinds WHERE t = 'x'
+GO
+SELECT 1 FROM kinds WHERE t IN ('x')
+GO
+SELECT t FROM kinds ORDER BY t
+GO
+SELECT DISTINCT t FROM kinds
+GO
+SELECT t FROM kinds UNION SELECT t FROM kinds
+GO
+SELECT MAX(t) FROM kinds
+GO
+SELECT LEN(t) FROM kinds
+GO
+SELECT LEFT('x', GETDATE())
+GO
