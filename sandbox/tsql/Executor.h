@@ -178,6 +178,8 @@ class Executor final : public NameResolver {
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
     void rememberIdentity(const TableInfo& target, std::int64_t rows);
+    void loseIdentity(const TableInfo& target);
+    void skipIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
     Flow run(const ast::CreateTable& create);
@@ -261,6 +263,7 @@ class Executor final : public NameResolver {
     void save(const std::string& name);
     void commit();
     void rollBack();
+    void undoTransaction();
     void rollBackTo(const std::string& name);
     void endTransaction(TransactionEvent event);
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
@@ -303,6 +306,8 @@ class Executor final : public NameResolver {
     int m_error = 0;              // @@ERROR
     std::int64_t m_rowCount = 0;  // @@ROWCOUNT
     std::optional<std::int64_t> m_identity;
+    // The last identities that the transaction has given out, by schema and stored name of their tables.
+    std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
     Cursors m_cursors;  // the GLOBAL ones
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;

@@ -14,7 +14,8 @@ using namespace ast;
 
 namespace {
 
-constexpr int kLongestLockTimeout = 60'000;  // milliseconds
+constexpr int kLongestLockTimeout = 60'000;           // milliseconds
+constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite's savepoint at the begin of a transaction
 
 }  // namespace
 
@@ -102,6 +103,8 @@ void Executor::beforeWrite() {
     if (m_doomed) throw sqlError(3930);
     if (m_transactions == 0 || m_connection.inTransaction()) return;
     m_connection.run("BEGIN");
+    m_connection.run(std::string("SAVEPOINT ").append(kBegin));
+    m_givenIdentities.clear();
     m_begun = true;
 }
 
@@ -143,8 +146,19 @@ void Executor::commit() {
 void Executor::rollBack() {
     const bool older = m_outlivedReset;
     endTransaction(TransactionEvent::RolledBack);
-    if (m_connection.inTransaction()) keepTables([this] { m_connection.run("ROLLBACK"); });
+    if (m_connection.inTransaction()) keepTables([this] { undoTransaction(); });
     if (older) dropTemporaryTables();
+}
+
+// All is as it was before, but for the identities that have been given out.
+void Executor::undoTransaction() {
+    if (!m_givenIdentities.empty()) try {
+            m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
+            skipIdentities();
+            return m_connection.run("COMMIT");
+        } catch (const SqliteFailure&) {  // no room for that
+        }
+    m_connection.run("ROLLBACK");
 }
 
 bool Executor::resetAroundTransaction(std::string_view database) {
@@ -171,6 +185,7 @@ void Executor::rollBackTo(const std::string& name) {
     keepTables([&] {
         done = sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr,
                             nullptr, nullptr) == SQLITE_OK;
+        skipIdentities();
     });
     if (!done) throw sqlError(6401, {name});
 }

@@ -155,9 +155,7 @@ void Executor::startIdentity(const TableInfo& table) {
     if (!table.identityColumn()) return;
     const Value start[] = {table.stored, table.seed - 1};
     m_connection.run("DELETE FROM " + table.schema + ".sqlite_sequence WHERE name = ?1", {start, 1});
-    if (table.seed != 1)
-        m_connection.run("INSERT INTO " + table.schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)",
-                         start);
+    m_connection.run("INSERT INTO " + table.schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", start);
 }
 
 // Does `work`; what goes wrong in it is told, and then that the whole failed for it.

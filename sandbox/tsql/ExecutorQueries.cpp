@@ -195,6 +195,7 @@ Flow Executor::run(const Insert& insert) {
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
     translator.useCommonTables(insert, insert.table);
+    sqlite3_set_last_insert_rowid(m_connection.handle(), 0);
     try {
         if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
         if (insert.execute)
@@ -207,6 +208,9 @@ Flow Executor::run(const Insert& insert) {
     } catch (const SqlError& error) {
         if (insert.columns.empty() && isCountError(error)) throw sqlError(213);
         throw;
+    } catch (const SqliteFailure& failure) {
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
+        throw;
     }
     rememberIdentity(target, m_rowCount);
     done(m_rowCount, insert.output && !insert.output->into);
@@ -217,7 +221,30 @@ void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
     std::optional<std::int64_t> identity;
     if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
     m_identity = identity;
-    if (identity) m_frames.back()->identity = identity;
+    if (!identity) return;
+    m_frames.back()->identity = identity;
+    if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *identity;
+}
+
+// The row that was refused has used up its identity, as those before it have.
+void Executor::loseIdentity(const TableInfo& target) {
+    if (!target.identityColumn() || sameWord(m_identityInsert, target.fullName())) return;
+    const Value stored[] = {target.stored};
+    const auto before =
+        m_connection.number("SELECT seq FROM " + target.schema + ".sqlite_sequence WHERE name = ?1", stored);
+    m_givenIdentities[{target.schema, target.stored}] =
+        std::max<std::int64_t>(before.value_or(0), sqlite3_last_insert_rowid(m_connection.handle())) + 1;
+    skipIdentities();
+    if (m_transactions == 0) m_givenIdentities.clear();
+}
+
+// What has been given out is not given out again, whatever has become of the rows.
+void Executor::skipIdentities() {
+    for (const auto& [table, last] : m_givenIdentities) {
+        const Value values[] = {table.second, last};
+        m_connection.run("UPDATE " + table.first + ".sqlite_sequence SET seq = max(seq, ?2) WHERE name = ?1",
+                         values);
+    }
 }
 
 void Executor::insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,

@@ -2,6 +2,7 @@
 #include <sodium.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 
 #include "Executor.h"
@@ -137,7 +138,7 @@ struct SessionFunctions {
         const Value stored[] = {info.stored};
         const auto last = session(call).m_connection.number(
             "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1", stored);
-        return identityValue(last.value_or(1));
+        return identityValue(std::max(last.value_or(info.seed), info.seed));  // of no row yet: the first
     }
 
     static Value scopeIdentity(const Call& call) {

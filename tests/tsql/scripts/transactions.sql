@@ -90,3 +90,27 @@ SELECT @@TRANCOUNT, COUNT(*) FROM t
 GO
 SET IMPLICIT_TRANSACTIONS ON
 GO
+GO
+-- what has been given out as an identity is not given out again, whatever becomes of the row
+CREATE TABLE ticket (id int IDENTITY(10,1), a int UNIQUE)
+BEGIN TRAN
+INSERT ticket VALUES (1), (2)
+ROLLBACK
+INSERT ticket VALUES (3)
+INSERT ticket VALUES (3)
+INSERT ticket SELECT a FROM (VALUES (4), (3)) v(a)
+BEGIN TRAN
+SAVE TRAN s
+INSERT ticket VALUES (5)
+ROLLBACK TRAN s
+INSERT ticket VALUES (6)
+COMMIT
+SELECT id, a, IDENT_CURRENT('ticket') now FROM ticket
+BEGIN TRAN
+TRUNCATE TABLE ticket
+INSERT ticket VALUES (7)
+SELECT id, a FROM ticket
+ROLLBACK
+INSERT ticket VALUES (8)
+SELECT id, a FROM ticket
+GO
