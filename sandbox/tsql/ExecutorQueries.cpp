@@ -109,9 +109,14 @@ std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vecto
     return rows;
 }
 
+// The new table inherits an identity when it is given once and of the only table.
 void Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
+    const auto& from = std::get<Select>(query.body).from;
+    const bool inherits =
+        from.size() == 1 && !std::holds_alternative<Join>(from.front()->node) &&
+        std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
     CreateTable create{name, {}, {}};
     for (const auto& output : text.columns) {
         if (output.column.name.empty()) throw sqlError(1038);
@@ -119,7 +124,7 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
         column.name = output.column.name;
         column.type = output.column.type;
         column.nullable = output.column.nullable;
-        column.identity = output.column.identity;
+        column.identity = inherits && output.column.identity;
         create.columns.push_back(std::move(column));
     }
     const TableInfo target = createTable(create);

@@ -308,7 +308,9 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
     const SqlType type = function.result.of(pieces);
     std::string sql = function.write(function, pieces, type);
     if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
-    return {sql, type};
+    Typed result{sql, type};
+    if (function.write == writeIsNull) result.nullable = pieces[0].nullable && pieces[1].nullable;
+    return result;
 }
 
 }  // namespace tsql

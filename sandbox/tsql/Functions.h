@@ -31,6 +31,7 @@ struct Typed {
     std::string word = {};  // a bare name in place of a value: a date part, the * of COUNT(*)
     int chain = 0;          // operators in `sql` when it is one call of ts_arithmetic
     bool joined = false;    // `sql` is texts strung together
+    bool nullable = true;   // may be NULL, for all that is known
 };
 
 Typed nullLiteral();

@@ -178,6 +178,7 @@ Typed literal(const TypedValue& constant) {
         std::string operator()(const Bytes& bytes) const { return "x'" + hexDigits(bytes) + "'"; }
     };
     Typed result{std::visit(ConstantWriter{}, constant.value), constant.type, isNull(constant.value)};
+    result.nullable = result.nullLiteral;
     const auto* integer = std::get_if<std::int64_t>(&constant.value);
     if (integer && constant.type.id == TypeId::Int) result.integer = *integer;
     return result;
@@ -203,6 +204,7 @@ Typed coerce(const Typed& value, const SqlType& to) {
     if (!value.nullLiteral) requireImplicit(value.type, to);
     Typed result = emitConvert(value, to, nullptr, Conversion::Cast);
     result.nullLiteral = value.nullLiteral;
+    result.nullable = value.nullable;
     if (isInteger(to.id) && sameForm(value.type, to)) result.integer = value.integer;
     return result;
 }

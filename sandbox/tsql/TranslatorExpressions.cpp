@@ -102,7 +102,9 @@ Typed Translator::node(const ColumnRef& column) {
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name
                                                            : source->exposed + "." + found->name);
-        return {found->sql, found->type};
+        Typed typed{found->sql, found->type};
+        typed.nullable = found->nullable;
+        return typed;
     }
     if (column.path.size() == 1) throw sqlError(207, {column.path.back()});
     std::string path;

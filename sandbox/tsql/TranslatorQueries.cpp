@@ -109,14 +109,11 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
         if (const auto live = m_live.find(lowerAscii(item.variable)); live != m_live.end())
             live->second = coerce(typed, m_names.variableType(item.variable)).sql;
     }
-    Column column{item.alias, typed.type, true, false};
+    Column column{item.alias, typed.type, typed.nullable, false};
     if (const auto* ref = std::get_if<ColumnRef>(&item.value->node)) {
         if (column.name.empty()) column.name = ref->path.back();
         const Source* source = nullptr;
-        if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) {
-            column.nullable = found->nullable;
-            column.identity = found->identity;
-        }
+        if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) column.identity = found->identity;
     }
     addOutput(text, list, std::move(column), collate ? collated(typed, kNotDistinct) : typed.sql);
     text.columns.back().nullLiteral = typed.nullLiteral;
@@ -220,6 +217,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         column.column.type = tsql::commonType(pieces);
         column.nullLiteral = column.nullLiteral && right.columns[i].nullLiteral;
         column.column.nullable = column.column.nullable || right.columns[i].column.nullable;
+        column.column.identity = false;
         const std::string comma = i ? ", " : "";
         flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
         const Typed merged = coerce(pieces[0], column.column.type);
@@ -404,8 +402,14 @@ std::string Translator::recursiveReference(const CommonTable& table, const std::
 std::string Translator::join(const Join& join) {
     static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
                                                   " CROSS JOIN "};
+    const std::size_t begin = m_scope->sources.size();
     const std::string left = tableRef(*join.left);
+    const std::size_t middle = m_scope->sources.size();
     std::string right = tableRef(*join.right);
+    const bool whole = join.kind == JoinKind::Full;
+    for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // rows that find no partner
+        if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
+            for (auto& column : m_scope->sources[i].columns) column.nullable = true;
     if (std::holds_alternative<Join>(join.right->node)) right = "(" + right + ")";
     std::string sql = left + std::string(kWords[static_cast<std::size_t>(join.kind)]) + right;
     if (join.on) sql += " ON " + condition(*join.on);

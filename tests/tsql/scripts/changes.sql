@@ -57,3 +57,19 @@ UPDATE p SET v = 0 FROM p q JOIN p r ON q.id = r.id
 GO
 UPDATE p SET v = 0, v = 1
 GO
+-- SELECT INTO: what an outer join may leave empty takes NULL, constants and ISNULL do not; an identity is inherited
+-- from the only table
+CREATE TABLE owner (id int IDENTITY PRIMARY KEY, name varchar(10) NOT NULL)
+CREATE TABLE pet (owner int NOT NULL, pet varchar(10) NOT NULL, age int)
+INSERT owner VALUES ('Ann'), ('Bob')
+INSERT pet VALUES (1, 'cat', 3), (1, 'dog', NULL)
+SELECT o.id, o.name, p.pet, ISNULL(p.age, 0) age, 'x' kind INTO #pets FROM owner o LEFT JOIN pet p ON p.owner = o.id
+SELECT * FROM #pets ORDER BY id, pet
+SELECT o.name, p.owner INTO #all FROM pet p FULL JOIN owner o ON p.owner = o.id AND p.pet = 'cat'
+SELECT * FROM #all ORDER BY name, owner
+SELECT id, name INTO #copy FROM owner
+SELECT * INTO #both FROM (SELECT id FROM owner UNION ALL SELECT id FROM owner) b
+INSERT #copy VALUES ('Cid')
+SELECT * FROM #copy
+SELECT * FROM #both
+GO
