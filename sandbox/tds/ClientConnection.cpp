@@ -164,6 +164,9 @@ bool ClientConnection::serve(const Request& request) {
         return true;
     }
     const bool goesOn = run([&] {
+        if (request.isTooLong)
+            throw tsql::SqlError(kInternalError,
+                                 "The request is longer than tsqlbox takes at once (64 MiB).");
         switch (request.type) {
             case PacketType::SqlBatch:
                 return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), m_response);
@@ -206,7 +209,7 @@ bool ClientConnection::run(Work work) {
     try {
         return work();
     } catch (const tsql::SqlError& problem) {
-        m_response.message(error(problem.number, problem.severity, problem.what()));
+        m_response.message({problem.number, problem.severity, problem.state, 1, {}, problem.what()});
         return true;
     } catch (const ValueError& problem) {
         m_response.message(error(kValueNotConvertible, 16, problem.what()));

@@ -23,6 +23,6 @@ struct Login {
 Login parseLogin(ByteView request);
 
 // The version of the server that clients are told: major, minor, build.
-constexpr std::uint32_t kServerVersion = 0x10000FA0;
+constexpr std::uint32_t kServerVersion = 0x0F0007D0;
 
 }  // namespace tds

@@ -68,14 +68,16 @@ Request PacketChannel::readRequest() {
         const Header header = peekHeader();
         const std::size_t most = mostBytes(header.type);
         if (first || header.type == PacketType::Attention)
-            request = {header.type, resetOf(header.status), false, {}};
+            request = {header.type, resetOf(header.status), false, false, {}};
         else if (header.type != request.type)
             throw ProtocolError("the packets of a message differ in their type");
         need(header.length);
         request.data.append(m_input, m_inputPosition + kHeaderSize, header.length - kHeaderSize);
         m_inputPosition += header.length;
-        if (request.data.size() > most)
+        if (request.data.size() > most && (m_loginDeadline || most == 0))
             throw ProtocolError("a message is longer than " + std::to_string(most) + " bytes");
+        if (request.data.size() > most) request.isTooLong = true;
+        if (request.isTooLong) request.data.clear();
         ends = (header.status & kStatusEndOfMessage) != 0;
         request.isTakenBack = (header.status & kStatusIgnore) != 0;
     }

@@ -21,6 +21,7 @@ struct Request {
     PacketType type;
     Reset reset = Reset::None;
     bool isTakenBack = false;  // by a client that did not want to send it to its end
+    bool isTooLong = false;    // and therefore not kept
     Bytes data;
 };
 

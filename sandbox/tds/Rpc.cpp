@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "Messages.h"
 #include "Text.h"
 #include "WireType.h"
 
@@ -15,20 +16,22 @@ using Arguments = std::vector<ProcedureCall::Argument>;
 constexpr std::uint16_t kCallByNumber = 0xFFFF;
 constexpr std::uint8_t kNextCallSince72 = 0xFF;
 constexpr std::uint8_t kNextCallBefore72 = 0x80;
-constexpr std::uint8_t kFlagByReference = 0x01;
+constexpr std::uint8_t kFlagByReference = 0x01, kFlagDefault = 0x02;
 constexpr std::size_t kMostStatements = 10'000;
 
 constexpr std::string_view kExecuteSql = "sp_executesql";
-constexpr std::pair<std::uint16_t, std::string_view> kProcedures[] = {
-    {10, kExecuteSql}, {11, "sp_prepare"}, {12, "sp_execute"}, {13, "sp_prepexec"}, {15, "sp_unprepare"}};
+// By their numbers, from 1; those for cursors are not there, which is told by their names.
+constexpr std::string_view kProcedures[] = {
+    "sp_cursor",          "sp_cursoropen",  "sp_cursorprepare", "sp_cursorexecute", "sp_cursorprepexec",
+    "sp_cursorunprepare", "sp_cursorfetch", "sp_cursoroption",  "sp_cursorclose",   kExecuteSql,
+    "sp_prepare",         "sp_execute",     "sp_prepexec",      "sp_prepexecrpc",   "sp_unprepare"};
 
 // Bit of sp_prepare's option: tell the columns.
 constexpr std::int64_t kReturnMetadata = 1;
 
 std::string procedureName(std::uint16_t number) {
-    for (const auto& [known, name] : kProcedures)
-        if (known == number) return std::string(name);
-    throw SqlError(2812, "Could not find stored procedure number " + std::to_string(number) + ".", 16, 62);
+    if (number >= 1 && number <= std::size(kProcedures)) return std::string(kProcedures[number - 1]);
+    throw ProtocolError("there is no procedure of number " + std::to_string(number));
 }
 
 // A flag where a parameter might begin: a name is at most 128 characters long.
@@ -36,13 +39,20 @@ bool isNextCall(std::uint8_t first) {
     return first == kNextCallSince72 || first == kNextCallBefore72;
 }
 
-ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength) {
+ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, std::size_t position) {
     ProcedureCall::Argument parameter;
     parameter.name = utf8FromUtf16(in.bytes(2 * nameLength));
-    parameter.output = (in.u8() & kFlagByReference) != 0;
+    const std::uint8_t flags = in.u8();
+    parameter.isDefault = (flags & kFlagDefault) != 0;
+    parameter.output = (flags & kFlagByReference) != 0;
     const WireType type = readTypeInfo(in);
     parameter.type = type.type;
-    parameter.value = readValue(in, type);
+    try {
+        parameter.value = readValue(in, type);
+    } catch (const ValueError&) {
+        throw tsql::sqlError(8023,
+                             {std::to_string(position), parameter.name, tsql::displayName(parameter.type)});
+    }
     return parameter;
 }
 
@@ -55,7 +65,7 @@ ProcedureCall parseCall(ByteReader& in) {
     while (!in.atEnd()) {
         const std::uint8_t first = in.u8();
         if (isNextCall(first)) break;
-        call.arguments.push_back(parseParameter(in, first));
+        call.arguments.push_back(parseParameter(in, first, call.arguments.size() + 1));
     }
     return call;
 }
@@ -91,7 +101,10 @@ CallPlan PreparedStatements::plan(ProcedureCall call) {
         prepares ? 3 : 1;  // the handle, and of what is prepared the declarations and text
     require(call, used);
     CallPlan plan;
-    if (prepares) plan.handle = add(arguments);
+    if (prepares) {
+        forget(arguments[0]);  // what a driver prepares another text in place of
+        plan.handle = add(arguments);
+    }
     const ProcedureCall::Argument& handle = prepares ? *plan.handle : arguments[0];
     const bool describes =
         isPrepare && arguments.size() > used && (numberOf(arguments[used]) & kReturnMetadata) != 0;

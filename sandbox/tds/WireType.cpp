@@ -65,7 +65,6 @@ constexpr std::uint64_t kMostSizedBytes = 8000;
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
 
-constexpr std::int64_t kLastDay = 3'652'058;   // 9999-12-31
 constexpr std::int64_t kUnitsPerSecond = 300;  // of datetime
 constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
 
@@ -183,9 +182,9 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
 
 // ---- Values coming in ---------------------------------------------------------------------------
 
-DateTime checked(const DateTime& value) {
-    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || value.days < 0 || value.days > kLastDay)
-        throw ProtocolError("a date or time parameter is out of range");
+DateTime checked(const DateTime& value, const SqlType& type) {
+    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type))
+        throw ValueError("a date or time is out of range");
     return value;
 }
 
@@ -222,7 +221,7 @@ Value decodeDecimal(ByteReader in, const SqlType& type) {
 }
 
 Value decodeFloat(double value) {
-    if (!std::isfinite(value)) throw ProtocolError("a parameter is no finite number");
+    if (!std::isfinite(value)) throw ValueError("a number is not finite");
     return value;
 }
 
@@ -265,7 +264,8 @@ Value decode(const WireType& type, ByteView data) {
         default:
             if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
             return tsql::toStorage(
-                checked(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type)), type.type);
+                checked(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type), type.type),
+                type.type);
     }
 }
 

@@ -14,7 +14,7 @@ namespace tds {
 // SQL_Latin1_General_CP1_CI_AS, 2.2.5.1.2
 inline constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 
-// A value that its column's wire type cannot hold; the text says why.
+// A value that its type cannot hold; the text says why.
 class ValueError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -45,7 +45,8 @@ bool carriesTableName(const WireType& type);
 void writeValue(ByteWriter& out, const WireType& type, const tsql::CellView& value);
 
 // What a parameter's TYPE_INFO and value say, the type as a variable may have it. Both throw ProtocolError
-// for what no client may send, tsql::SqlError for what it may and is not taken here.
+// for what no client may send, ValueError for a value that is none of its type, tsql::SqlError for what is
+// not taken here.
 WireType readTypeInfo(ByteReader& in);
 tsql::Value readValue(ByteReader& in, const WireType& type);
 

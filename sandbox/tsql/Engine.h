@@ -39,6 +39,7 @@ struct ProcedureCall {
         SqlType type;
         Value value;  // in its storage form; behind the call what came back, when it is an output
         bool output = false;
+        bool isDefault = false;  // no value: the parameter's own
     };
     std::string procedure;  // as EXEC names it: "master.dbo.[a name]"
     std::vector<Argument> arguments;

@@ -95,8 +95,10 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
             const auto& argument = call.arguments[i];
             frame.variables[variable(i)] = {argument.type, argument.value};
+            auto value =
+                argument.isDefault ? nullptr : std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
             execute.arguments.push_back(
-                {argument.name, std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}}), argument.output});
+                {argument.name, std::move(value), argument.output && !argument.isDefault});
         }
         const Finally describeAgain([this, before = m_describeOnly] { m_describeOnly = before; });
         m_describeOnly = m_describeOnly || call.describeOnly;

@@ -166,11 +166,14 @@ constexpr std::string_view kMessages =
 2787 16 1 Invalid format specification: '%s'.
 2812 16 62 Could not find stored procedure '%s'.
 3013 16 1 %s is terminating abnormally.
-3014 0 1 %s DATABASE successfully processed %s pages%s.
+3014 0 1 %s DATABASE successfully processed %s pages in %s.
 3021 16 0 Cannot perform a backup or restore operation within a transaction.
 3101 16 1 Exclusive access could not be obtained because the database is in use.
 3102 16 1 RESTORE cannot process database '%s' because it is in use by this session. It is recommended that
     the master database be used when performing this operation.
+3108 16 1 To restore the master database, the server must be running in single-user mode. For information on
+    starting in single-user mode, see "How to: Start an Instance of SQL Server (sqlservr.exe)" in Books Online.
+3147 16 3 Backup and restore operations are not allowed on database %s.
 3154 16 4 The backup set holds a backup of a database other than the existing '%s' database.
 3159 16 1 The tail of the log for the database "%s" has not been backed up. Use the WITH REPLACE clause of
     the RESTORE statement to overwrite the existing database.
@@ -181,6 +184,7 @@ constexpr std::string_view kMessages =
 3234 16 1 Logical file '%s' is not part of database '%s'. Use RESTORE FILELISTONLY to list the logical file
     names.
 3241 16 1 The media family on device '%s' is incorrectly formed. SQL Server cannot process this media family.
+3242 16 2 The file on device '%s' is not a valid Microsoft Tape Format backup set.
 3262 0 1 The backup set on file 1 is valid.
 3270 16 1 An internal consistency error has occurred: %s
 3623 16 1 An invalid floating point operation occurred.
@@ -235,12 +239,16 @@ constexpr std::string_view kMessages =
     BY clause expressions.
 5335 16 1 The data type %s cannot be used as an operand to the UNION, INTERSECT or EXCEPT operators because it is
     not comparable.
+5701 0 1 Changed database context to '%s'.
 6401 16 1 Cannot roll back %s. No transaction or savepoint of that name was found.
 6809 16 1 Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for
     attribute names. Name unnamed columns/tables using AS in the SELECT statement.
 6852 16 1 Attribute-centric column '%s' must not come after a non-attribute-centric sibling in XML hierarchy
     in FOR XML PATH.
 6864 16 1 Row tag omission (empty row tag name) cannot be used with attribute-centric FOR XML serialization.
+8023 16 1 The incoming tabular data stream (TDS) remote procedure call (RPC) protocol stream is incorrect.
+    Parameter %s ("%s"): The supplied value is not a valid instance of data type %s. Check the source data for
+    invalid values. An example of an invalid value is data of numeric type with scale greater than precision.
 8101 16 1 An explicit value for the identity column in table '%s' can only be specified when a column list is
     used and IDENTITY_INSERT is ON.
 8102 16 1 Cannot update identity column '%s'.

@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::string_literals;
 
-constexpr std::uint8_t kSqlBatch = 1, kAttention = 6, kPrelogin = 18;
+constexpr std::uint8_t kSqlBatch = 1, kRpc = 3, kAttention = 6, kPrelogin = 18;
 constexpr std::uint8_t kMoreFollows = 0;
 constexpr unsigned kDoneAttention = 0x20;
 
@@ -98,6 +98,20 @@ TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
     EXPECT_EQ(run(client, check("@@TRANCOUNT = 0 AND (SELECT COUNT(*) FROM Kept) = 1" + fresh), kResetAll),
               0U);
     EXPECT_EQ(run(client, check("@@TRANCOUNT = 0" + fresh), kResetAround), 0U) << "there is none to keep";
+}
+
+TEST(Server, ACallMayLeaveAParameterToItsDefault) {
+    const TsqlBox box;
+    RawClient client(box.port());
+    ASSERT_TRUE(client.logIn(box.login(), box.password()));
+    client.send(
+        packet(kSqlBatch, batchPacket("CREATE PROCEDURE P @a int = 7 AS IF @a <> 7 RAISERROR('no', 16, 1)")));
+    EXPECT_EQ(finalStatus(client.response()), 0U);
+    for (const char flags : {'\2', '\0'}) {  // the default, and the 1 that is given
+        const std::string call = "\1\0P\0\0\0\0"s + flags + "\x26\4\4\1\0\0\0"s;
+        client.send(packet(kRpc, batchPacket("") + call));
+        EXPECT_EQ(client.response().find("n\0o\0"s) != std::string::npos, flags == 0);
+    }
 }
 
 TEST(Server, AMessageWithNoWaitDoesNotWaitForTheBatchesEnd) {

@@ -114,18 +114,34 @@ TEST(Parameter, EachWireTypeBecomesATypeAndAnExactValue) {
 TEST(Parameter, ImpossibleOnesAreRefused) {
     using namespace std::string_literals;
     const Bytes cases[] = {
-        "\x26\x03\x00"s,                          // an integer of three bytes
-        "\x26\x04\x04\x01"s,                      // shorter than it says
-        "\x6C\x11\x40\x00\x00"s,                  // precision 64
-        "\x6F\x08\x08\xFF\xFF\xFF\x7F\0\0\0\0"s,  // past the year 9999
-        "\x29\x00\x03\xFF\xFF\xFF"s,              // past midnight
-        "\x29\x08\x00"s,                          // eight digits of a second
+        "\x26\x03\x00"s,          // an integer of three bytes
+        "\x26\x04\x04\x01"s,      // shorter than it says
+        "\x6C\x11\x40\x00\x00"s,  // precision 64
+        "\x29\x08\x00"s,          // eight digits of a second
         "\xE7\x08\x00\x09\x04\xD0\x00\x34\xF0\x7F"s,
         "\x63\xFF\xFF\xFF\x7F\x09\x04\xD0\x00\x34\xF0\xFF\xFF\x7F"s,
-        "\x6D\x08\x08\0\0\0\0\0\0\xF0\x7F"s,  // infinity
     };
     for (const Bytes& wire : cases)
         EXPECT_THROW(parameterOf(wire), ProtocolError) << testing::PrintToString(wire);
+}
+
+TEST(Parameter, AValueThatIsNoneOfItsTypeIsAnErrorOfTheCall) {
+    using namespace std::string_literals;
+    const std::pair<Bytes, std::string> cases[] = {
+        {"\x6F\x08\x08\xFF\xFF\xFF\x7F\0\0\0\0"s, "datetime"},  // past the year 9999
+        {"\x6F\x08\x08\0\0\xF6\xFF\0\0\0\0"s, "datetime"},      // before 1753
+        {"\x28\x03\xFF\xFF\xFF"s, "date"},
+        {"\x29\x00\x03\xFF\xFF\xFF"s, "time"},           // past midnight
+        {"\x6D\x08\x08\0\0\0\0\0\0\xF0\x7F"s, "float"},  // infinity
+    };
+    for (const auto& [wire, type] : cases) try {
+            parseRpc("\1\0p\0\0\0\0\0\x1F\2@\0a\0\0"s + wire);
+            ADD_FAILURE() << "accepted: " << testing::PrintToString(wire);
+        } catch (const tsql::SqlError& error) {
+            EXPECT_EQ(error.number, 8023);
+            EXPECT_NE(std::string(error.what()).find("Parameter 2 (\"@a\")"), std::string::npos);
+            EXPECT_NE(std::string(error.what()).find("data type " + type), std::string::npos) << error.what();
+        }
 }
 
 TEST(Parameter, TypesWithoutAPlaceHereAreErrorsOfTheCall) {
@@ -156,6 +172,9 @@ TEST(PreparedStatements, CallsBecomeThoseOfSpExecutesql) {
     statements.plan({"sp_unprepare", {handle}});
     EXPECT_THROW(statements.plan({"sp_execute", {handle, number(2)}}), tsql::SqlError);
     EXPECT_THROW(statements.plan({"sp_prepexec", {}}), tsql::SqlError);
+    const auto old = *statements.plan({"sp_prepexec", {number(0), text(""), text("SELECT 1")}}).handle;
+    statements.plan({"sp_prepexec", {old, text(""), text("SELECT 2")}});
+    EXPECT_THROW(statements.plan({"sp_execute", {old}}), tsql::SqlError) << "it was prepared anew";
 }
 
 }  // namespace
