@@ -241,6 +241,7 @@ void Executor::bindArguments(const CreateModule& module, const Execute& execute,
         }
         if (!value) throw sqlError(201, {name, parameter.name});
         used += argument != nullptr;
+        if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
         frame.variables[lowerAscii(parameter.name)] = {parameter.type, evaluate(*value, parameter.type)};
     }
     if (used + skipped >= execute.arguments.size()) return;
@@ -255,7 +256,6 @@ void Executor::returnOutputs(const CreateModule& module, const Execute& execute,
         const Argument* argument = argumentOf(execute, module, i, frame.skippedArguments);
         if (!argument || !argument->output) continue;
         const Declaration& parameter = module.parameters[i];
-        if (!parameter.output) throw sqlError(8162, {parameter.name});
         const Variable& value = frame.variables.at(lowerAscii(parameter.name));
         setVariable(std::get<VariableRef>(argument->value->node).name, viewOf(value.value), value.type);
     }

@@ -125,7 +125,7 @@ std::string Parser::expectVariable() {
 ast::ObjectName Parser::objectName() {
     ast::ObjectName name;
     name.line = peek().line;
-    std::vector<std::string> parts{expectName()};
+    std::vector<std::string> parts{at(".") ? std::string() : expectName()};  // ..name, .schema.name
     while (accept(".")) parts.push_back(at(".") ? std::string() : expectName());
     if (parts.size() > 3) unsupported("a name with a linked server");
     name.name = parts.back();

@@ -8,6 +8,8 @@ EXEC @r = @p 2, @sum = @s OUTPUT
 SELECT @r, @s
 SET @p = N'master.dbo.[add_up]'
 EXEC @p @a = 1, @b = 2
+EXEC ..add_up 1
+EXEC add_up 1, @s OUTPUT
 SET @p = N'nosuch'
 EXEC @p
 EXEC @r = sp_executesql N'SET @o = @i * 2', N'@i int, @o int OUTPUT', @i = 21, @o = @s OUTPUT
