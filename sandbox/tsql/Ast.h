@@ -407,7 +407,8 @@ struct Transaction {
 };
 struct Backup {
     ExprPtr database, file;
-    std::int64_t stats = 0;  // percent between two messages, 0 for none
+    ExprPtr name, description;  // null where none is given
+    std::int64_t stats = 0;     // percent between two messages, 0 for none
 };
 struct Move {
     ExprPtr logicalName, path;

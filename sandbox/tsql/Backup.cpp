@@ -60,12 +60,17 @@ std::string read(std::FILE* stream, std::size_t size) {
     return bytes;
 }
 
+bool isBackup(std::FILE* stream) {
+    const std::string head = read(stream, kApplicationAt + kApplication.size());
+    return head.starts_with(kSqlite) && head.ends_with(kApplication);
+}
+
 // The file, when it is a backup.
 Stream openBackup(const fs::path& file) {
     Stream stream = openStream(file, "rbe");
-    const std::string head = read(stream.get(), kApplicationAt + kApplication.size());
+    const bool opened = isBackup(stream.get());
     if (std::ferror(stream.get())) cannotOpen(file, errno);
-    if (!head.starts_with(kSqlite) || !head.ends_with(kApplication)) throw sqlError(3241, {file.string()});
+    if (!opened) throw sqlError(3241, {file.string()});
     return stream;
 }
 
@@ -158,7 +163,8 @@ void writeHeader(sqlite3* copy, const BackupHeader& header) {
                       "; DROP TABLE IF EXISTS tsqlbox_backup; CREATE TABLE tsqlbox_backup AS SELECT " +
                       quotedText(header.database) + " AS database, " + quotedText(header.started) +
                       " AS started, " + quotedText(header.finished) + " AS finished, " +
-                      quotedText(header.dataFile) + " AS data_file");
+                      quotedText(header.dataFile) + " AS data_file, " + quotedText(header.name) +
+                      " AS name, " + quotedText(header.description) + " AS description");
 }
 
 // `columns`: of each its name, its type and what stands there when a row tells nothing; 0 or NULL without
@@ -175,6 +181,8 @@ BackupReport reportOf(std::string_view columns, const std::vector<std::map<std::
             Value& cell = report.rows[i].emplace_back(Null{});
             if (const auto told = rows[i].find(name); told != rows[i].end())
                 cell = told->second;
+            else if (usual == "NULL")
+                continue;
             else if (isNumber(is.id))
                 cell = std::int64_t{usual.empty() ? 0 : std::stoll(usual)};
             else if (!usual.empty())
@@ -213,14 +221,20 @@ void checkMoves(const BackupHeader& header, std::span<const std::string> movedNa
 }  // namespace
 
 BackupHeader backupDatabase(const Storage& storage, std::string_view database, const fs::path& file,
-                            const Progress& progress) {
-    const std::string name = storage.canonicalName(database);
-    if (name.empty()) throw sqlError(911, {database});
-    BackupHeader header{name, now(), {}, storage.pathOf(name).string(), 0, 0};
+                            const Progress& progress, const std::string& name,
+                            const std::string& description) {
+    const std::string from = storage.canonicalName(database);
+    if (from.empty()) throw sqlError(911, {database});
+    if (from == "tempdb") throw sqlError(3147, {from});
+    BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
+    if (std::error_code error; fs::is_regular_file(file, error) && !fs::is_empty(file)) {
+        const Stream old = openStream(file, "rbe");
+        if (!isBackup(old.get())) throw sqlError(3242, {file.string()});
+    }
     TemporaryFile whole(file);
     try {
         const auto copy = openCopy(whole.path(), SQLITE_OPEN_READWRITE);
-        copyDatabase(openDatabaseFile(storage.pathOf(name), false).get(), copy.get(), progress);
+        copyDatabase(openDatabaseFile(storage.pathOf(from), false).get(), copy.get(), progress);
         header.finished = now();
         writeHeader(copy.get(), header);
     } catch (const SqlError&) {
@@ -236,15 +250,15 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
 BackupHeader readBackupHeader(const fs::path& file) {
     openBackup(file);
     BackupHeader header;
-    const auto take = [](void* into, int, char** cells, char**) {
-        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3], 0, 0};
+    const auto take = [](void* into, int count, char** cells, char**) {
+        std::array<std::string, 6> told;  // the name and what follows it are missing in older backups
+        for (int i = 0; i < std::min(count, 6); ++i)
+            told[static_cast<std::size_t>(i)] = cells[i] ? cells[i] : "";
+        *static_cast<BackupHeader*>(into) = {told[0], told[1], told[2], told[3], told[4], told[5], 0, 0};
         return 0;
     };
     const auto connection = openCopy(file, SQLITE_OPEN_READONLY);
-    constexpr const char* kQuery =
-        "SELECT ifnull(database, ''), ifnull(started, ''), ifnull(finished, ''), ifnull(data_file, '') "
-        "FROM tsqlbox_backup";
-    const int code = sqlite3_exec(connection.get(), kQuery, take, &header, nullptr);
+    const int code = sqlite3_exec(connection.get(), "SELECT * FROM tsqlbox_backup", take, &header, nullptr);
     if (code != SQLITE_OK || header.database.empty()) damaged(file);
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
     header.pages = header.bytes / kPage;
@@ -264,7 +278,7 @@ BackupReport fileListOf(const BackupHeader& header) {
 Size numeric(20); MaxSize numeric(20) 35184372080640; FileId bigint; CreateLSN numeric(25); DropLSN
 numeric(25); UniqueId uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes
 bigint; SourceBlockSize int 4096; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN
-numeric(25); DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit 1)";
+numeric(25); DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit 1; TDEThumbprint varbinary(32); SnapshotUrl nvarchar(360))";
     return reportOf(kColumns, {{{"LogicalName", header.database},
                                 {"PhysicalName", header.dataFile},
                                 {"Type", std::string("D")},
@@ -289,8 +303,18 @@ numeric(25); BackupStartDate datetime; BackupFinishDate datetime; SortOrder smal
 UnicodeLocaleId int; UnicodeComparisonStyle int; CompatibilityLevel tinyint 150; SoftwareVendorId int;
 SoftwareVersionMajor int 15; SoftwareVersionMinor int; SoftwareVersionBuild int 2000; MachineName
 nvarchar(128); Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collation
-nvarchar(128) SQL_Latin1_General_CP1_CI_AS)";
-    return reportOf(kColumns, {{{"DatabaseName", header.database},
+nvarchar(128) SQL_Latin1_General_CP1_CI_AS; FamilyGUID uniqueidentifier; HasBulkLoggedData bit; IsSnapshot
+bit; IsReadOnly bit; IsSingleUser bit; HasBackupChecksums bit 1; IsDamaged bit; BeginsLogChain bit;
+HasIncompleteMetaData bit; IsForceOffline bit; IsCopyOnly bit; FirstRecoveryForkID uniqueidentifier;
+ForkPointLSN numeric(25) NULL; RecoveryModel nvarchar(60) SIMPLE; DifferentialBaseLSN numeric(25) NULL;
+DifferentialBaseGUID uniqueidentifier; BackupTypeDescription nvarchar(60) Database; BackupSetGUID
+uniqueidentifier; CompressedBackupSize bigint; Containment tinyint; KeyAlgorithm nvarchar(32);
+EncryptorThumbprint varbinary(20); EncryptorType nvarchar(32))";
+    const auto given = [](const std::string& text) { return text.empty() ? Value(Null{}) : Value(text); };
+    return reportOf(kColumns, {{{"BackupName", given(header.name)},
+                                {"BackupDescription", given(header.description)},
+                                {"CompressedBackupSize", header.bytes},
+                                {"DatabaseName", header.database},
                                 {"BackupSize", header.bytes},
                                 {"BackupStartDate", header.started},
                                 {"BackupFinishDate", header.finished}}});
@@ -299,6 +323,8 @@ nvarchar(128) SQL_Latin1_General_CP1_CI_AS)";
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
                              std::span<const std::string> movedNames, const Progress& progress) {
     BackupHeader header = readBackupHeader(file);
+    if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
+        throw sqlError(to == "master" ? 3108 : 3147, {to});
     checkMoves(header, movedNames, database);
     const bool sameName = compareText(header.database, database) == 0;
     if (storage.exists(database) && !replace) throw sqlError(sameName ? 3159 : 3154, {database});

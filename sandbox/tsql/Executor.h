@@ -1,6 +1,7 @@
 // Runs the statements of one session: control of flow here, each family of statements in a file of its own.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -270,6 +271,8 @@ class Executor final : public NameResolver {
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, const SqlError& inUse);
     void inform(int number, std::initializer_list<std::string_view> values = {}) const;
+    void informDone(std::string_view verb, const BackupHeader& header, std::string_view database,
+                    std::chrono::steady_clock::time_point start) const;
     Progress progress(std::int64_t step) const;
     void runMedia(std::string_view verb, const std::function<void()>& work);
     Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);

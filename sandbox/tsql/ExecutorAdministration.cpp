@@ -56,6 +56,7 @@ Flow Executor::run(const Use& use) {
     if (!m_frames.back()->procedure.empty())
         throw sqlError(154, {"a USE database statement", "a procedure, function or trigger"});
     useDatabase(use.database);
+    inform(5701, {m_database});
     return finished();
 }
 
@@ -224,31 +225,39 @@ Progress Executor::progress(std::int64_t step) const {
 // An error in it is followed by one that says what ends.
 void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
     refuseInFunction();
-    if (m_transactions > 0) throw sqlError(3021);
-    failingAs(sqlError(3013, {verb}), work);
+    failingAs(sqlError(3013, {verb}), [&] {
+        if (m_transactions > 0) throw sqlError(3021);
+        work();
+    });
+}
+
+void Executor::informDone(std::string_view verb, const BackupHeader& header, std::string_view database,
+                          std::chrono::steady_clock::time_point start) const {
+    const double seconds =
+        std::max(0.001, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    constexpr double kMegabyte = 1024.0 * 1024.0;
+    char speed[80];
+    std::snprintf(speed, sizeof speed, "%.3f seconds (%.3f MB/sec)", seconds,
+                  static_cast<double>(header.bytes) / kMegabyte / seconds);
+    const std::string pages = std::to_string(header.pages);
+    inform(4035, {pages, database, header.database});
+    inform(3014, {verb, pages, speed});
 }
 
 Flow Executor::run(const ast::Backup& backup) {
     runMedia("BACKUP DATABASE", [&] {
         const auto start = std::chrono::steady_clock::now();
-        const BackupHeader header = backupDatabase(m_engine.storage, evaluateText(*backup.database),
-                                                   evaluateText(*backup.file), progress(backup.stats));
+        const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
+        const BackupHeader header =
+            backupDatabase(m_engine.storage, evaluateText(*backup.database), evaluateText(*backup.file),
+                           progress(backup.stats), given(backup.name), given(backup.description));
         beforeWrite();
-        const Value values[] = {header.database, header.started, header.finished, header.bytes};
-        m_connection.run(
-            "INSERT INTO " + m_connection.attach("msdb") +
-                ".backupset (database_name, backup_start_date, backup_finish_date, type, backup_size) "
-                "VALUES (?1, ?2, ?3, 'D', ?4)",
-            values);
-        const std::string pages = std::to_string(header.pages);
-        inform(4035, {pages, header.database, header.database});
-        const double seconds =
-            std::max(0.001, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-        constexpr double kMegabyte = 1024.0 * 1024.0;
-        char speed[80];
-        std::snprintf(speed, sizeof speed, " in %.3f seconds (%.3f MB/sec)", seconds,
-                      static_cast<double>(header.bytes) / kMegabyte / seconds);
-        inform(3014, {"BACKUP", pages, speed});
+        const Value values[] = {header.name, header.database, header.started, header.finished, header.bytes};
+        m_connection.run("INSERT INTO " + m_connection.attach("msdb") +
+                             ".backupset (name, database_name, backup_start_date, backup_finish_date, type, "
+                             "backup_size) VALUES (nullif(?1, ''), ?2, ?3, ?4, 'D', ?5)",
+                         values);
+        informDone("BACKUP", header, header.database, start);
     });
     return finished();
 }
@@ -287,6 +296,7 @@ Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::v
 }
 
 void Executor::restoreFrom(const std::string& file, const Restore& restore) {
+    const auto start = std::chrono::steady_clock::now();
     const std::string name = evaluateText(*restore.database);
     std::vector<std::string> moved;
     for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
@@ -295,8 +305,7 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     const BackupHeader header =
         restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
     m_connection.attach(name);  // which brings its indexes up to date
-    inform(4035, {std::to_string(header.pages), name, header.database});
-    inform(3014, {"RESTORE", std::to_string(header.pages), ""});
+    informDone("RESTORE", header, name, start);
 }
 
 }  // namespace tsql

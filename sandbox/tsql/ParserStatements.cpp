@@ -324,16 +324,23 @@ bool acceptStats(Parser& in, std::int64_t& stats) {
 Statement::Node backup(Parser& in) {
     in.refuse("LOG", "BACKUP LOG");
     in.expect("DATABASE");
-    Backup node{nameOrVariable(in), nullptr};
+    Backup node{nameOrVariable(in), nullptr, nullptr, nullptr};
     in.expect("TO");
     node.file = fileName(in);
     withOptions(
         in, "BACKUP", [&] {  // how to name and format the media; each backup is a file of its own here
             if (acceptStats(in, node.stats)) return true;
+            const std::pair<std::string_view, ExprPtr*> kTexts[] = {{"NAME", &node.name},
+                                                                    {"DESCRIPTION", &node.description}};
+            if (ExprPtr* const* text = in.acceptOneOf(kTexts)) {
+                in.expect("=");
+                **text = in.primary();
+                return true;
+            }
             const bool known =
                 in.acceptAny({"INIT", "FORMAT", "NOFORMAT", "SKIP", "NOSKIP", "CHECKSUM", "NO_CHECKSUM",
-                              "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION", "NAME", "DESCRIPTION",
-                              "MEDIANAME", "MEDIADESCRIPTION", "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
+                              "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION", "MEDIANAME", "MEDIADESCRIPTION",
+                              "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
             if (known && in.accept("=")) in.primary();
             return known;
         });

@@ -81,7 +81,7 @@ void execute(sqlite3* connection, const std::string& sql) {
         throw std::runtime_error(sqlite3_errmsg(connection));
 }
 
-Storage::Storage(fs::path directory) : m_directory(std::move(directory)) {
+Storage::Storage(const fs::path& directory) : m_directory(fs::absolute(directory)) {
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters are one lock for all sessions
     if (sodium_init() < 0) throw std::runtime_error("the cryptographic library does not start");
     if (fs::create_directories(m_directory)) ::chmod(m_directory.c_str(), S_IRWXU);

@@ -28,7 +28,7 @@ void execute(sqlite3* connection, const std::string& sql);
 class Storage {
   public:
     // Makes the directory (mode 0700) and the system databases when missing. Throws std::runtime_error.
-    explicit Storage(std::filesystem::path directory);
+    explicit Storage(const std::filesystem::path& directory);
 
     // Names as they were created, sorted. Names are looked up in any case.
     std::vector<std::string> databases() const;

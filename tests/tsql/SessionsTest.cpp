@@ -121,8 +121,8 @@ TEST_F(Sessions, ThatWouldWaitForEachOtherForApplicationLocksAreTold) {
 TEST_F(Sessions, BackUpAndRestore) {
     const std::string disk = "DISK = '" + (m_directory.path() / "shop.bak").string() + "'";
     first("CREATE DATABASE shop\nGO\nUSE shop CREATE TABLE t (x int) INSERT t VALUES (1)");
-    const std::string said =
-        first("BACKUP DATABASE shop TO " + disk + " WITH COPY_ONLY, INIT, CHECKSUM, STATS = 40");
+    const std::string said = first("BACKUP DATABASE shop TO " + disk +
+                                   " WITH COPY_ONLY, INIT, CHECKSUM, NAME = 'full', STATS = 40");
     for (const auto line : {"40 percent processed.\n", "80 percent processed.\n", "100 percent processed.\n"})
         EXPECT_TRUE(has(said, line)) << said;
     EXPECT_TRUE(has(said, "pages for database 'shop', file 'shop' on file 1.\nMsg 3014")) << said;
@@ -133,7 +133,8 @@ TEST_F(Sessions, BackUpAndRestore) {
     const std::string moves = " WITH MOVE 'shop' TO '/a.mdf', MOVE 'shop_log' TO '/a.ldf', RECOVERY";
     const Case cases[] = {
         {"RESTORE FILELISTONLY FROM " + disk, "shop_log | "},
-        {"RESTORE HEADERONLY FROM " + disk, " | shop | "},
+        {"RESTORE HEADERONLY FROM " + disk, "full | NULL | 1 | "},
+        {"SELECT name FROM msdb..backupset", "\nfull\n"},
         {"RESTORE VERIFYONLY FROM " + disk, "The backup set on file 1 is valid."},
         {restore + "shop FROM " + disk + " WITH REPLACE", "Msg 3102"},
         {restore + "copy FROM " + disk, "Msg 1834"},
@@ -145,7 +146,8 @@ TEST_F(Sessions, BackUpAndRestore) {
         {restore + "copy FROM " + disk + " WITH NORECOVERY", "does not support RESTORE WITH NORECOVERY"},
         {"BACKUP DATABASE shop TO " + disk + " WITH NOINIT", "does not support BACKUP WITH NOINIT"},
         {"BACKUP DATABASE nosuch TO " + disk, "Msg 3013"},
-        {"BEGIN TRAN BACKUP DATABASE shop TO " + disk + " ROLLBACK", "Msg 3021"},
+        {"BACKUP DATABASE tempdb TO " + disk, "Msg 3147"},
+        {"BEGIN TRAN BACKUP DATABASE shop TO " + disk + " ROLLBACK", "transaction.\nMsg 3013"},
         {"SELECT COUNT(*) FROM copy..t", "\n1\n"},
     };
     for (const auto& [statement, answer] : cases) {

@@ -102,6 +102,7 @@ TEST_F(StorageTest, DamagedOrForeignBackupsChangeNothing) {
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", true); }), 3203);
     std::ofstream(file) << "no backup of ours, whatever it may be";
     EXPECT_EQ(errorOf([&] { readBackupHeader(file); }), 3241);
+    EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", file); }), 3242) << "what is no backup stays";
     EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder / "absent"); }), 3201);
     EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder); }), 3201);
     EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", m_folder / "no" / "b.bak"); }), 3201);
