@@ -169,7 +169,10 @@ void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
     const AggregateBinding& binding = bindingOf(call);
     try {
         const Arguments arguments(count, values);
-        if (isNull(arguments.views()[0])) return;
+        if (isNull(arguments.views()[0])) {
+            if (binding.aggregate.step != addText) binding.context.noteNullLeftOut();
+            return;
+        }
         Gathered*& gathered = slotOf(call);
         if (!gathered) gathered = new Gathered;
         gathered->count += sign;

@@ -172,6 +172,7 @@ void Executor::fail(const SqlError& error, int line) {
 void Executor::afterError(const Message& message, bool raised) {
     m_error = message.number;
     m_rowCount = 0;
+    m_functions.beginStatement();
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_verb, {});
     if (transactionLost()) rollBack();
@@ -194,8 +195,15 @@ void Executor::afterError(const Message& message, bool raised) {
     done(-1);
 }
 
+// Of aggregates that have left them out.
+void Executor::warnOfNulls() {
+    if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(8153);
+}
+
 void Executor::done(std::int64_t count, bool isSelect) {
-    if (m_sink && !m_frames.back()->isFunction) m_sink->statementDone(m_noCount ? -1 : count, isSelect);
+    if (!m_sink || m_frames.back()->isFunction) return;
+    warnOfNulls();
+    m_sink->statementDone(m_noCount ? -1 : count, isSelect);
 }
 
 Flow Executor::finished() {
@@ -340,6 +348,7 @@ Value Executor::compute(const std::string& sql, const Translator& translator) {
     PreparedStatement statement(m_connection, "SELECT " + sql);
     statement.bindAll(values);
     statement.step();
+    warnOfNulls();
     return ownedValue(statement.cell(0));
 }
 

@@ -135,6 +135,7 @@ class Executor final : public NameResolver {
     SqlError brokenReference();
     std::string duplicateValue(const ObjectInfo& key);
     void done(std::int64_t count, bool isSelect = false);
+    void warnOfNulls();
     Flow finished();  // of a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);

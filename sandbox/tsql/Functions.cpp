@@ -125,12 +125,17 @@ std::string writeXmlValue(const FunctionInfo& function, Pieces pieces, const Sql
     return listed("ts_xml_value", function, pieces, result);
 }
 
+// SQLite's own aggregates leave NULLs out without a word.
+Typed noted(const Typed& value) {
+    return value.nullable ? Typed{"ts_noted(" + value.sql + ")", value.type} : value;
+}
+
 std::string writeCount(const FunctionInfo&, Pieces pieces, const SqlType&) {
-    return "count(" + collated(pieces[0]) + ")";
+    return "count(" + collated(noted(pieces[0])) + ")";
 }
 
 std::string writeExtreme(const FunctionInfo& function, Pieces pieces, const SqlType&) {
-    return std::string(function.name) + "(" + collated(pieces[0]) + ")";
+    return std::string(function.name) + "(" + collated(noted(pieces[0])) + ")";
 }
 
 std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) {

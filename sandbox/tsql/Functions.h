@@ -82,6 +82,7 @@ class FunctionContext {
     void beginStatement() {
         m_now.reset();
         m_error.reset();
+        m_nullLeftOut = false;
     }
     const Now& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
     Executor& session() { return *m_session; }
@@ -89,11 +90,15 @@ class FunctionContext {
     // An error that a function raised stands here after SQLite has returned SQLITE_ERROR.
     void setError(const SqlError& error) { m_error = error; }
     std::optional<SqlError> takeError() { return std::exchange(m_error, std::nullopt); }
+    // An aggregate has left out a NULL.
+    void noteNullLeftOut() { m_nullLeftOut = true; }
+    bool takeNullLeftOut() { return std::exchange(m_nullLeftOut, false); }
 
   private:
     Executor* m_session;
     std::optional<Now> m_now;
     std::optional<SqlError> m_error;
+    bool m_nullLeftOut = false;
 };
 
 // The collation's name, for COLLATE in table definitions and ORDER BY.

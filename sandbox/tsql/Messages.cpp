@@ -270,6 +270,7 @@ constexpr std::string_view kMessages =
 8145 16 1 %s is not a parameter for procedure %s.
 8147 16 1 Could not create IDENTITY attribute on nullable column '%s', table '%s'.
 8152 16 1 String or binary data would be truncated.
+8153 0 1 Warning: Null value is eliminated by an aggregate or other SET operation.
 8154 16 1 The table '%s' is ambiguous.
 8155 16 1 No column name was specified for column %s of '%s'.
 8158 16 1 '%s' has more columns than were specified in the column list.
