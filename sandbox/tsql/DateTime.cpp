@@ -119,9 +119,10 @@ Style styleFor(int number, const SqlType& type) {
     if (isHijri(number)) throw unsupported(kHijri);
     for (Style style : kStyles) {
         if (style.number != number && style.number != number + 100) continue;
-        if (type.id == TypeId::Time) return {number, "", style.time.empty() ? kIsoTime : style.time};
-        if (type.id == TypeId::Date) return {number, style.date.empty() ? kIsoDate : style.date};
-        return style;
+        if (type.id == TypeId::Time) style.date = "";
+        if (type.id == TypeId::Date) style.time = "";
+        if (!style.date.empty() || !style.time.empty()) return style;
+        throw sqlError(9809, {std::to_string(number), baseName(type.id), "varchar"});
     }
     throw sqlError(281, {std::to_string(number), baseName(type.id)});
 }

@@ -22,10 +22,10 @@ constexpr int kTopUserSeverity = 18;
 // Errors that end the batch and roll the transaction back: conversions, and the loser of a deadlock.
 constexpr std::array kBatchErrors = {235, 241, 242, 244, 245, 248, 295, 1205, 8114, 8169};
 // What a compilation would have found: ends the procedure or batch, not the transaction.
-constexpr std::array kScopeErrors = {107,  108,  104,  109,  110,  116,  120,  121,  137,  141,  145,
-                                     147,  164,  174,  189,  195,  205,  206,  207,  208,  209,  213,
-                                     257,  263,  264,  306,  402,  421,  529,  911,  4104, 4121, 4145,
-                                     5335, 8116, 8117, 8120, 8127, 8133, 8154, 8155, 313};
+constexpr std::array kScopeErrors = {
+    107,  108,  104,  109,  110,  116,  120,  121,  137,  141,  145,  130,  147,  164,  174,  189,  408,
+    1008, 1011, 1013, 5308, 5309, 8121, 8156, 195,  205,  206,  207,  208,  209,  213,  257,  263,  264,
+    306,  402,  421,  529,  911,  4104, 4121, 4145, 5335, 8116, 8117, 8120, 8127, 8133, 8154, 8155, 313};
 
 template <std::size_t N>
 bool contains(const std::array<int, N>& numbers, int number) {

@@ -30,6 +30,7 @@ constexpr std::string_view kMessages =
 121 15 1 The select list for the INSERT statement contains more items than the insert list. The number of
     SELECT values must match the number of INSERT columns.
 127 15 1 A TOP N or FETCH rowcount value may not be negative.
+130 16 1 Cannot perform an aggregate function on an expression containing an aggregate or a subquery.
 131 15 1 The size (%s) given to the type '%s' exceeds the maximum allowed for any data type (%s).
 134 15 1 The variable name '%s' has already been declared. Variable names must be unique within a query batch
     or stored procedure.
@@ -85,6 +86,7 @@ constexpr std::string_view kMessages =
     operator.
 313 16 1 An insufficient number of arguments were supplied for the procedure or function %s.
 402 16 1 The data types %s and %s are incompatible in the %s operator.
+408 16 1 A constant expression was encountered in the ORDER BY list, position %s.
 421 16 1 The %s data type cannot be selected as DISTINCT because it is not comparable.
 443 16 1 Invalid use of a side-effecting operator within a function.
 506 16 1 The invalid escape character "%s" was specified in a LIKE predicate.
@@ -106,6 +108,11 @@ constexpr std::string_view kMessages =
 1001 15 1 Length or precision specification %s is invalid.
 1002 15 1 Specified scale %s is invalid%s.
 1007 15 1 The number '%s' is out of the range for numeric representation (maximum precision 38).
+1008 16 1 The SELECT item identified by the ORDER BY number %s contains a variable as part of the expression identifying a
+    column position. Variables are only allowed when ordering by an expression referencing a column name.
+1011 16 1 The correlation name '%s' is specified multiple times in a FROM clause.
+1013 16 1 The objects "%s" and "%s" in the FROM clause have the same exposed names. Use correlation names to
+    distinguish them.
 1033 15 1 The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common
     table expressions, unless TOP, OFFSET or FOR XML is also specified.
 1038 15 5 An object or column name is missing or empty. For SELECT INTO statements, verify each column has a
@@ -237,6 +244,8 @@ constexpr std::string_view kMessages =
 5074 16 1 The %s '%s' is dependent on column '%s'.
 5308 16 1 Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER
     BY clause expressions.
+5309 16 1 Windowed functions, aggregates and NEXT VALUE FOR functions do not support constants as ORDER BY clause
+    expressions.
 5335 16 1 The data type %s cannot be used as an operand to the UNION, INTERSECT or EXCEPT operators because it is
     not comparable.
 5701 0 1 Changed database context to '%s'.
@@ -261,6 +270,8 @@ constexpr std::string_view kMessages =
 8117 16 1 Operand data type %s is invalid for %s operator.
 8120 16 1 Column '%s' is invalid in the select list because it is not contained in either an aggregate
     function or the GROUP BY clause.
+8121 16 1 Column '%s' is invalid in the HAVING clause because it is not contained in either an aggregate function or
+    the GROUP BY clause.
 8127 16 1 Column '%s' is invalid in the ORDER BY clause because it is not contained in either an aggregate
     function or the GROUP BY clause.
 8133 16 1 At least one of the result expressions in a CASE specification must be an expression other than the NULL
@@ -273,6 +284,7 @@ constexpr std::string_view kMessages =
 8153 0 1 Warning: Null value is eliminated by an aggregate or other SET operation.
 8154 16 1 The table '%s' is ambiguous.
 8155 16 1 No column name was specified for column %s of '%s'.
+8156 16 1 The column '%s' was specified multiple times for '%s'.
 8158 16 1 '%s' has more columns than were specified in the column list.
 8159 16 1 '%s' has fewer columns than were specified in the column list.
 8162 16 1 The formal parameter "%s" was not declared as an OUTPUT parameter, but the actual parameter passed
@@ -280,6 +292,7 @@ constexpr std::string_view kMessages =
 8169 16 1 Conversion failed when converting from a character string to uniqueidentifier.
 8170 16 1 Insufficient %s.
 9806 16 11 The datepart %s is not supported by date function %s.
+9809 16 1 The style %s is not supported for conversions from %s to %s.
 9810 16 1 The datepart %s is not supported by date function %s for data type %s.
 9829 16 1 STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result
     truncation.

@@ -80,6 +80,9 @@ struct SessionFunctions {
     static Value databaseProperty(const Call& call) {
         if (!session(call).m_engine.storage.exists(call.text(0))) return Null{};
         return propertyIn({{"Status", "ONLINE"},
+                           {"IsAutoClose", "0"},
+                           {"IsAutoShrink", "0"},
+                           {"IsInStandBy", "0"},
                            {"Recovery", "SIMPLE"},
                            {"Updateability", "READ_WRITE"},
                            {"UserAccess", "MULTI_USER"},
@@ -90,7 +93,17 @@ struct SessionFunctions {
     static Value serverProperty(const Call& call) {
         return propertyIn({{"ProductVersion", "15.0.2000.5"},
                            {"ProductLevel", "RTM"},
+                           {"ProductMajorVersion", "15"},
+                           {"ProductMinorVersion", "0"},
+                           {"ProductBuild", "2000"},
                            {"Edition", "tsqlbox"},
+                           {"EngineEdition", "3"},
+                           {"IsClustered", "0"},
+                           {"IsHadrEnabled", "0"},
+                           {"IsFullTextInstalled", "0"},
+                           {"IsIntegratedSecurityOnly", "0"},
+                           {"IsSingleUser", "0"},
+                           {"ComputerNamePhysicalNetBIOS", hostName()},
                            {"ServerName", hostName()},
                            {"MachineName", hostName()},
                            {"Collation", std::string(kCollationName)}},
@@ -99,6 +112,7 @@ struct SessionFunctions {
 
     static Value objectId(const Call& call) {
         const auto name = splitName(call.text(0));
+        if (!name.schema.empty() && !sameWord(name.schema, "dbo")) return Null{};
         if (!name.database.empty() && !session(call).m_engine.storage.exists(name.database)) return Null{};
         const auto found = session(call).catalogue(name).find(name.name);
         if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
@@ -118,11 +132,17 @@ struct SessionFunctions {
             {"IsView", objectType::kView},
             {"IsInlineFunction", objectType::kTableFunction},
             {"IsScalarFunction", objectType::kFunction},
-            {"IsPrimaryKey", objectType::kPrimaryKey}};
+            {"IsPrimaryKey", objectType::kPrimaryKey},
+            {"IsMSShipped", ""},
+            {"IsTrigger", ""}};
         const auto found = session(call).catalogue({}).findById(call.integer(0));
+        if (!found) return Null{};
         for (const auto& [property, type] : kProperties)
-            if (found && sameWord(property, call.text(1))) return std::int64_t{found->type == type};
-        return Null{};
+            if (sameWord(property, call.text(1))) return std::int64_t{found->type == type};
+        if (!sameWord(call.text(1), "TableHasIdentity"))
+            throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
+        const auto table = session(call).catalogue({}).table(found->name);
+        return table ? Value(std::int64_t{table->identityColumn() != nullptr}) : Value(Null{});
     }
 
     static Value columnLength(const Call& call) {

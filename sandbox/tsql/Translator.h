@@ -194,7 +194,8 @@ class Translator {
     std::string rowCount(const ast::Expr& expr, int least, int error);
     std::optional<std::size_t> outputPosition(const ast::Expr& expr, const QueryText& text) const;
     std::string limit(const ast::Select* select, const ast::Query& query);
-    void refuseLooseColumns(std::string_view clause, bool grouped);
+    void refuseLooseColumns(int error, bool grouped);
+    void refuseSameName(const ast::TableRef& table) const;
     std::string singleValue(const QueryText& text);
     std::string nextAlias();
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);

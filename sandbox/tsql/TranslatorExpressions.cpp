@@ -175,6 +175,7 @@ Typed Translator::node(const Call& call) {
 
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
     if (!m_scope) throw SqlError(147, "An aggregate may not appear here without a table that it counts.", 15);
+    if (m_scope->aggregateDepth > 0) throw sqlError(130);
     m_scope->sawAggregate = true;
     ++m_scope->aggregateDepth;
     const auto arguments = callArguments(call, false);
@@ -219,7 +220,7 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
     std::string keys;
     for (const auto& item : items) {
         const Typed key = value(*item.value);
-        if (key.integer) throw sqlError(5308);
+        if (std::holds_alternative<Literal>(item.value->node)) throw sqlError(key.integer ? 5308 : 5309);
         keys += (keys.empty() ? "" : ", ") + collated(key) + (item.descending ? " DESC" : "");
     }
     return keys;

@@ -52,6 +52,7 @@ QueryText Translator::body(const Query& query) {
 
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
+    if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(130);
     Scope scope;
     scope.outer = m_scope;
     const Finally leave([this, outer = std::exchange(m_scope, &scope)] { m_scope = outer; });
@@ -73,12 +74,14 @@ QueryText Translator::select(const Select& select, const Query& query) {
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
     scope.windows = false;
     if (!m_assignments.empty() && m_assignments.size() != text.columns.size()) throw sqlError(141);
+    const bool grouped = !select.groupBy.empty() || select.having;
+    refuseLooseColumns(8120, grouped);
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
-    refuseLooseColumns("select list", !select.groupBy.empty() || select.having);
+    refuseLooseColumns(8121, grouped);
     scope.windows = true;
     const std::string orderSql = orderBy(query.orderBy, text, false, select.distinct ? &list : nullptr);
     scope.windows = false;
-    refuseLooseColumns("ORDER BY clause", !select.groupBy.empty() || select.having);
+    refuseLooseColumns(8127, grouped);
 
     const std::string limitSql = limit(&select, query);
     if (!depth.empty()) list += ", " + depth;
@@ -89,9 +92,9 @@ QueryText Translator::select(const Select& select, const Query& query) {
 }
 
 // Without the check SQLite would take the column's value from any row of the group.
-void Translator::refuseLooseColumns(std::string_view clause, bool grouped) {
+void Translator::refuseLooseColumns(int error, bool grouped) {
     if ((grouped || m_scope->sawAggregate) && !m_scope->loose.empty())
-        throw sqlError(clause == "select list" ? 8120 : 8127, {m_scope->loose.front()});
+        throw sqlError(error, {m_scope->loose.front()});
 }
 
 void Translator::addOutput(QueryText& text, std::string& list, Column column, const std::string& sql) {
@@ -175,6 +178,10 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         sql += sql.empty() ? " ORDER BY " : ", ";
         if (const auto position = outputPosition(*item.value, text))
             sql += collated({std::to_string(*position + 1), text.columns[*position].column.type});
+        else if (std::holds_alternative<Literal>(item.value->node))
+            throw sqlError(408, {std::to_string(&item - items.data() + 1)});
+        else if (std::holds_alternative<VariableRef>(item.value->node))
+            throw sqlError(1008, {std::to_string(&item - items.data() + 1)});
         else if (outputOnly)
             throw sqlError(104);
         else {
@@ -251,9 +258,19 @@ std::string Translator::nextAlias() {
 
 std::string Translator::tableRef(const TableRef& table) {
     if (const auto* joined = std::get_if<Join>(&table.node)) return join(*joined);
+    refuseSameName(table);
     if (const auto* derived = std::get_if<DerivedTable>(&table.node))
         return derivedTable(*derived->query, derived->columns, table.alias);
     return namedTable(std::get<NamedTable>(table.node), table.alias);
+}
+
+void Translator::refuseSameName(const TableRef& table) const {
+    const auto* named = std::get_if<NamedTable>(&table.node);
+    const bool bare = table.alias.empty() && named;
+    if (bare && !named->name.database.empty()) return;  // the database's name tells it from the others
+    const std::string& name = bare ? named->name.name : table.alias;
+    for (const auto& source : m_scope->sources)
+        if (compareText(source.exposed, name) == 0) throw sqlError(bare ? 1013 : 1011, {name, name});
 }
 
 void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {
@@ -357,8 +374,11 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
                                      const std::string& alias) {
     QueryText text = blind([&] { return this->query(query); });
     rename(text, names, alias);
-    for (const auto& [column, sqlName, nullLiteral] : text.columns)
+    std::set<std::string> seen;
+    for (const auto& [column, sqlName, nullLiteral] : text.columns) {
         if (column.name.empty()) throw sqlError(8155, {sqlName.substr(1), alias});
+        if (!seen.insert(lowerAscii(column.name)).second) throw sqlError(8156, {column.name, alias});
+    }
     return "(" + text.sql + ") AS " + addSource(text.columns, alias);
 }
 

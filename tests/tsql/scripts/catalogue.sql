@@ -51,3 +51,7 @@ ALTER DATABASE SHOP MODIFY NAME = [the store]
 SELECT code, price FROM [the store]..item
 SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now
 GO
+USE [the store]
+SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e
+SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup')
+GO

@@ -74,3 +74,5 @@ SELECT CONVERT(varchar(30), @at, 99)
 GO
 SELECT CONVERT(varchar(30), GETDATE(), 130)
 GO
+SELECT CONVERT(varchar(30), CAST('2026-11-21' AS date), 108)
+GO

@@ -35,3 +35,18 @@ SELECT id FROM a ORDER BY 3
 GO
 SELECT 1 UNION SELECT 2, 3
 GO
+-- what SQLite would take without a word
+SELECT id FROM a ORDER BY 'id'
+GO
+DECLARE @by varchar(9) = 'id' SELECT id FROM a ORDER BY @by
+GO
+SELECT g FROM a GROUP BY g HAVING n > 1
+GO
+SELECT SUM((SELECT 1)) FROM a
+GO
+SELECT 1 FROM a JOIN a ON 1 = 1
+GO
+SELECT 1 FROM a x, b x
+GO
+SELECT * FROM (SELECT id, n AS id FROM a) q
+GO
