@@ -156,7 +156,6 @@ struct Select {
     bool distinct = false;
     ExprPtr top;  // may be null
     std::vector<SelectItem> items;
-    std::optional<ObjectName> into;
     std::vector<TableRefPtr> from;
     ExprPtr where;
     std::vector<ExprPtr> groupBy;
@@ -280,6 +279,7 @@ struct Fetch {
 
 struct SelectStatement {
     QueryPtr query;
+    std::optional<ObjectName> into;
 };
 // OUTPUT items [INTO table [(columns)]]
 struct Output {

@@ -135,6 +135,7 @@ std::optional<SystemView> Executor::view(const ObjectName& name) {
     if (isTemporaryName(name.name) || (!name.database.empty() && !m_engine.storage.exists(name.database)))
         return std::nullopt;
     const std::string database = databaseOf(name);
+    catalogue(name), temporary();  // what the views read is there then
     return systemView(name.schema, name.name, m_connection.attach(database), database, m_engine.storage);
 }
 

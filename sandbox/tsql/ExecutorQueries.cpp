@@ -49,11 +49,10 @@ class DivertingSink final : public ResultSink {
 }  // namespace
 
 Flow Executor::run(const SelectStatement& statement) {
-    const auto* select = std::get_if<Select>(&statement.query->body);
-    if (select && select->into) {
+    if (statement.into) {
         if (m_describeOnly) return Flow::Next;
         refuseInFunction();
-        selectInto(*statement.query, *select->into);
+        selectInto(*statement.query, *statement.into);
         return Flow::Next;
     }
     Translator translator(*this);
@@ -113,9 +112,9 @@ std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vecto
 void Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
-    const auto& from = std::get<Select>(query.body).from;
+    const auto* select = std::get_if<Select>(&query.body);
     const bool inherits =
-        from.size() == 1 && !std::holds_alternative<Join>(from.front()->node) &&
+        select && select->from.size() == 1 && !std::holds_alternative<Join>(select->from.front()->node) &&
         std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
     CreateTable create{name, {}, {}};
     for (const auto& output : text.columns) {

@@ -142,6 +142,7 @@ class Parser {
     // What the statements before and around say to the next one.
     bool m_quotedIdentifiers;
     int m_loops = 0;
+    std::optional<ast::ObjectName>* m_into = nullptr;  // the next SELECT may have INTO, which is kept there
 
   private:
     std::size_t match(std::string_view phrase, std::size_t ahead) const;

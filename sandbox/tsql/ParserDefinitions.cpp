@@ -438,7 +438,10 @@ Statement::Node parseRows(Parser& in) {
     if (in.accept("UPDATE")) return change(update(in));
     if (in.accept("DELETE")) return change(remove(in));
     if (!in.atQuery()) in.syntaxError();
-    return SelectStatement{in.queryBehind(std::move(with))};
+    SelectStatement statement;
+    in.m_into = &statement.into;
+    statement.query = in.queryBehind(std::move(with));
+    return statement;
 }
 
 Statement::Node parseCreate(Parser& in) {

@@ -35,12 +35,13 @@ QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
 
 Select select(Parser& in) {
     in.expect("SELECT");
+    auto* const into = std::exchange(in.m_into, nullptr);
     Select select;
     select.distinct = in.accept("DISTINCT");
     if (!select.distinct) in.accept("ALL");
     select.top = in.top();
     select.items = in.list([&] { return in.selectItem(); });
-    if (in.accept("INTO")) select.into = in.objectName();
+    if (into && in.accept("INTO")) *into = in.objectName();
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
     if (in.accept("GROUP BY")) {

@@ -116,7 +116,7 @@ struct SessionFunctions {
         if (!name.database.empty() && !session(call).m_engine.storage.exists(name.database)) return Null{};
         const auto found = session(call).catalogue(name).find(name.name);
         if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
-        return found->id;
+        return name.name.starts_with('#') ? -found->id : found->id;
     }
 
     static Value objectName(const Call& call) {

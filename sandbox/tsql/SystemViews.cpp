@@ -139,6 +139,14 @@ THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) =
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
 };
 
+// tempdb also has the session's temporary tables, with negative numbers.
+constexpr std::string_view kTemporaryObjects =
+    R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, name, type, -parent, stored, keys, created, source
+FROM temp.tsqlbox_objects WHERE name NOT LIKE '@%'))";
+constexpr std::string_view kTemporaryColumns =
+    R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
+fallback, output FROM temp.tsqlbox_columns))";
+
 void replaceAll(std::string& text, std::string_view mark, std::string_view value) {
     for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
         text.replace(at, mark.size(), value);
@@ -192,8 +200,11 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         SystemView found = read(view);
         replaceAll(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
         replaceAll(found.sql, "$T", typeList());
-        replaceAll(found.sql, "$o", std::string(sqliteSchema) + ".tsqlbox_objects");
-        replaceAll(found.sql, "$c", std::string(sqliteSchema) + ".tsqlbox_columns");
+        const bool temporary = sameWord(database, "tempdb");
+        const std::string objects = std::string(sqliteSchema) + ".tsqlbox_objects";
+        const std::string columns = std::string(sqliteSchema) + ".tsqlbox_columns";
+        replaceAll(found.sql, "$o", temporary ? kTemporaryObjects : objects);
+        replaceAll(found.sql, "$c", temporary ? kTemporaryColumns : columns);
         replaceAll(found.sql, "$d", quotedText(database));
         replaceAll(found.sql, "$C", kCollationName);
         return found;

@@ -195,7 +195,6 @@ class Translator {
     std::optional<std::size_t> outputPosition(const ast::Expr& expr, const QueryText& text) const;
     std::string limit(const ast::Select* select, const ast::Query& query);
     void refuseLooseColumns(int error, bool grouped);
-    void refuseSameName(const ast::TableRef& table) const;
     std::string singleValue(const QueryText& text);
     std::string nextAlias();
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);

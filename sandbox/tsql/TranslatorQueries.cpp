@@ -258,19 +258,15 @@ std::string Translator::nextAlias() {
 
 std::string Translator::tableRef(const TableRef& table) {
     if (const auto* joined = std::get_if<Join>(&table.node)) return join(*joined);
-    refuseSameName(table);
-    if (const auto* derived = std::get_if<DerivedTable>(&table.node))
-        return derivedTable(*derived->query, derived->columns, table.alias);
-    return namedTable(std::get<NamedTable>(table.node), table.alias);
-}
-
-void Translator::refuseSameName(const TableRef& table) const {
-    const auto* named = std::get_if<NamedTable>(&table.node);
-    const bool bare = table.alias.empty() && named;
-    if (bare && !named->name.database.empty()) return;  // the database's name tells it from the others
-    const std::string& name = bare ? named->name.name : table.alias;
-    for (const auto& source : m_scope->sources)
-        if (compareText(source.exposed, name) == 0) throw sqlError(bare ? 1013 : 1011, {name, name});
+    const auto* derived = std::get_if<DerivedTable>(&table.node);
+    std::string sql = derived ? derivedTable(*derived->query, derived->columns, table.alias)
+                              : namedTable(std::get<NamedTable>(table.node), table.alias);
+    const Source& added = m_scope->sources.back();
+    for (const auto& each : m_scope->sources)
+        if (&each != &added && each.database == added.database &&
+            compareText(each.exposed, added.exposed) == 0)
+            throw sqlError(table.alias.empty() ? 1013 : 1011, {added.exposed, added.exposed});
+    return sql;
 }
 
 void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {

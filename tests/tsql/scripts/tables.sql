@@ -114,3 +114,19 @@ UPDATE node SET k = CASE k WHEN 'a' THEN 'b' ELSE 'a' END WHERE k < 'c'
 UPDATE TOP (1) node SET k = 'a' WHERE k = 'b'
 SELECT i, k FROM node ORDER BY k
 GO
+-- INTO takes over what may be NULL: what an outer join adds, not ISNULL and literals; the first query of a union has it
+CREATE TABLE made (id int IDENTITY, n int NULL)
+INSERT made (n) VALUES (1), (2)
+SELECT a.id, b.id AS other, ISNULL(a.n, 0) AS n, 'x' AS x INTO #made FROM made a LEFT JOIN made b ON b.id > a.id
+SELECT * FROM #made
+SELECT c.name, c.is_nullable, c.is_identity FROM tempdb.sys.columns c WHERE c.object_id = OBJECT_ID('tempdb..#made')
+SELECT id INTO #both FROM made UNION ALL SELECT NULL
+SELECT id FROM #both
+GO
+SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q
+GO
+-- a new database's catalogue is empty, not missing
+CREATE DATABASE newborn
+GO
+SELECT COUNT(*) FROM newborn.sys.tables
+GO
