@@ -45,7 +45,7 @@ bool resolve(void* library, const char* name, Function& function) {
 
 bool resolveAll(void* library, DriverFunctions& f) {
     return resolve(library, "SQLAllocHandle", f.allocHandle) &&
-           resolve(library, "SQLFreeHandle", f.freeHandle) &&
+           resolve(library, "SQLFreeHandle", f.freeHandle) && resolve(library, "SQLFreeStmt", f.freeStmt) &&
            resolve(library, "SQLExecDirect", f.execDirect) &&
            resolve(library, "SQLMoreResults", f.moreResults) &&
            resolve(library, "SQLNumResultCols", f.numResultCols) &&

@@ -13,6 +13,7 @@ namespace sqlcmd {
 struct DriverFunctions {
     decltype(&SQLAllocHandle) allocHandle = &SQLAllocHandle;
     decltype(&SQLFreeHandle) freeHandle = &SQLFreeHandle;
+    decltype(&SQLFreeStmt) freeStmt = &SQLFreeStmt;
     decltype(&SQLExecDirect) execDirect = &SQLExecDirect;
     decltype(&SQLMoreResults) moreResults = &SQLMoreResults;
     decltype(&SQLNumResultCols) numResultCols = &SQLNumResultCols;

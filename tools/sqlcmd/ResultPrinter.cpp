@@ -41,6 +41,11 @@ ResultPrinter::ResultPrinter(Statement& statement, const Layout& layout, const R
     }
 }
 
+// The next result set is not to be fetched into these buffers.
+ResultPrinter::~ResultPrinter() {
+    m_statement.functions().freeStmt(m_statement.handle(), SQL_UNBIND);
+}
+
 ColumnInfo ResultPrinter::describe(SQLUSMALLINT number) const {
     const DriverFunctions& functions = m_statement.functions();
     char name[1024] = {};

@@ -22,6 +22,9 @@ class ResultPrinter {
   public:
     ResultPrinter(Statement& statement, const Layout& layout, const ResultMode& mode, Output& output,
                   MessagePrinter& messages);
+    ~ResultPrinter();
+    ResultPrinter(const ResultPrinter&) = delete;
+    ResultPrinter& operator=(const ResultPrinter&) = delete;
 
     // Prints all rows. The return code of the fetch that ended them: SQL_NO_DATA, or an error.
     SQLRETURN print();
