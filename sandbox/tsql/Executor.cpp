@@ -19,13 +19,12 @@ namespace {
 constexpr int kFatalSeverity = 20;
 constexpr int kTopUserSeverity = 18;
 
-// Errors that end the batch and roll the transaction back: conversions, and the loser of a deadlock.
-constexpr std::array kBatchErrors = {235, 241, 242, 244, 245, 248, 295, 1205, 8114, 8169};
+// Errors that end the batch and roll the transaction back: conversions, tables that cannot become what they
+// should, calls too deep, and the loser of a deadlock.
+constexpr std::array kBatchErrors = {217,  235,  241,  242,  244,  245,  248,  295,  1205, 2705, 2714,
+                                     2744, 2749, 3727, 4901, 4922, 4924, 8110, 8114, 8147, 8169};
 // What a compilation would have found: ends the procedure or batch, not the transaction.
-constexpr std::array kScopeErrors = {
-    107,  108,  104,  109,  110,  116,  120,  121,  137,  141,  145,  130,  147,  164,  174,  189,  408,
-    1008, 1011, 1013, 5308, 5309, 8121, 8156, 195,  205,  206,  207,  208,  209,  213,  257,  263,  264,
-    306,  402,  421,  529,  911,  4104, 4121, 4145, 5335, 8116, 8117, 8120, 8127, 8133, 8154, 8155, 313};
+constexpr std::array kScopeErrors = {104, 107, 108, 109, 110, 116, 120, 121, 130, 137, 141, 145, 147, 164, 174, 189, 195, 205, 206, 207, 208, 209, 213, 257, 263, 264, 306, 313, 402, 408, 421, 529, 911, 1008, 1011, 1013, 1087, 4104, 4121, 4145, 4902, 5308, 5309, 5335, 8101, 8102, 8116, 8117, 8120, 8121, 8127, 8133, 8154, 8155, 8156};
 
 template <std::size_t N>
 bool contains(const std::array<int, N>& numbers, int number) {
@@ -127,8 +126,8 @@ Flow Executor::runStatement(const Statement& statement) {
     try {
         if (m_describeOnly) return describe(statement);
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
-    } catch (const SyntaxError& error) {  // of a text that the statement runs
-        fail(error, error.line);
+    } catch (const SyntaxError& error) {  // of a text that the statement runs, and that ends alone
+        afterError(messageOf(error, error.line), !m_abortOnError);
     } catch (const SqlError& error) {
         fail(error, statement.line);
     } catch (const SqliteFailure& failure) {
@@ -164,6 +163,10 @@ void Executor::report(const Message& message) const {
     m_sink->message(message);
 }
 
+bool Executor::endsScope(int number) {
+    return contains(kScopeErrors, number);
+}
+
 void Executor::fail(const SqlError& error, int line) {
     afterError(messageOf(error, line), false);
 }
@@ -176,9 +179,11 @@ void Executor::afterError(const Message& message, bool raised) {
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_verb, {});
     if (transactionLost()) rollBack();
-    const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number));
-    const bool endsScope = !raised && contains(kScopeErrors, message.number);
-    const Frame* const blind = endsScope && !inFunction ? m_frames.back() : nullptr;
+    constexpr int kNoConstraint = 1750;  // ends more than its statement where rows are not the cause
+    const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number) ||
+                                       (message.number == kNoConstraint && verb.empty()));
+    const bool endsHere = !raised && endsScope(message.number);
+    const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
     if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
         m_doomed = m_doomed || (endsBatch && m_transactions > 0);
         throw Raised{message, blind};
@@ -189,7 +194,7 @@ void Executor::afterError(const Message& message, bool raised) {
         rollBack();
         throw BatchEnd{};
     }
-    if (endsScope) throw ScopeEnd{};
+    if (endsHere) throw ScopeEnd{};
     if (!raised && !verb.empty())
         report({3621, 0, 0, message.line, message.procedure, "The statement has been terminated."});
     done(-1);
@@ -206,8 +211,9 @@ void Executor::done(std::int64_t count, bool isSelect) {
     m_sink->statementDone(m_noCount ? -1 : count, isSelect);
 }
 
-Flow Executor::finished() {
+Flow Executor::finished(std::int64_t rowCount) {
     m_error = 0;
+    m_rowCount = rowCount;
     done(-1);
     return Flow::Next;
 }
@@ -395,10 +401,6 @@ void Executor::setVariable(const std::string& name, const CellView& value, const
     found->second.value = convertValue(value, type, found->second.type);
 }
 
-void Executor::refuseInFunction() const {
-    if (m_frames.back()->isFunction) throw sqlError(443);
-}
-
 // ---- statements
 
 Flow Executor::run(const Declare& declare) {
@@ -407,9 +409,14 @@ Flow Executor::run(const Declare& declare) {
             declareTable(each);
             continue;
         }
-        Variable& variable = m_frames.back()->variables[lowerAscii(each.name)];
-        variable.type = each.type;
-        variable.value = each.value ? evaluate(*each.value, each.type) : Value(Null{});
+        // A second time, in a loop, it keeps its value.
+        Variable& variable = m_frames.back()
+                                 ->variables.try_emplace(lowerAscii(each.name), Variable{each.type, Null{}})
+                                 .first->second;
+        if (!each.value) continue;
+        variable.value = evaluate(*each.value, each.type);
+        m_error = 0;
+        m_rowCount = 1;
     }
     return Flow::Next;
 }
@@ -430,10 +437,7 @@ Flow Executor::run(const Assign& assign) {
         statement.step();
         setVariable(assign.name, statement.cell(0), variable.type);
     }
-    m_error = 0;
-    m_rowCount = 1;
-    done(-1);
-    return Flow::Next;
+    return finished(1);
 }
 
 Flow Executor::run(const If& node) {
@@ -454,15 +458,18 @@ Flow Executor::run(const While& node) {
         m_line = line;
         m_functions.beginStatement();
     }
+    m_error = 0;
+    m_rowCount = 0;
     return Flow::Next;
 }
 
 Flow Executor::run(const Return& node) {
     Frame& frame = *m_frames.back();
-    if (node.value)
-        frame.returned = evaluate(*node.value, frame.returnType);
-    else if (!frame.isFunction)
+    frame.returned = node.value ? evaluate(*node.value, frame.returnType) : Value(std::int64_t{0});
+    if (isNull(frame.returned) && !frame.isFunction) {
+        inform(282, {frame.procedure});
         frame.returned = std::int64_t{0};
+    }
     return Flow::Return;
 }
 
@@ -487,7 +494,6 @@ Flow Executor::run(const TryCatch& node) {
 }
 
 Flow Executor::run(const Print& print) {
-    refuseInFunction();
     const TypedValue value = evaluate(*print.value);
     constexpr std::size_t kLongest = 8000;  // bytes
     const std::string text = textOf(viewOf(value.value), value.type);
@@ -499,7 +505,6 @@ Flow Executor::run(const Print& print) {
 }
 
 Flow Executor::run(const RaiseError& raise) {
-    refuseInFunction();
     const auto number = [this](const Expr& expr) {
         const Value value = evaluate(expr, simpleType(TypeId::Int));
         return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
@@ -509,7 +514,13 @@ Flow Executor::run(const RaiseError& raise) {
     const int state = asked < 0 ? 1 : std::min(asked, 255);
     if (severity > kTopUserSeverity && !raise.log) throw sqlError(2754);
     const TypedValue message = evaluate(*raise.message);
-    if (isInteger(message.type.id)) throw sqlError(18054, {textOf(viewOf(message.value), message.type)});
+    if (isInteger(message.type.id)) {
+        constexpr std::int64_t kFirst = 13'000;
+        const auto* asks = std::get_if<std::int64_t>(&message.value);
+        throw sqlError(
+            asks && *asks >= kFirst ? 18054 : 2732,
+            {textOf(viewOf(message.value), message.type), std::to_string(severity), std::to_string(state)});
+    }
     std::vector<TypedValue> arguments;
     for (const auto& argument : raise.arguments) arguments.push_back(evaluate(*argument));
     const Message raised{50000,
@@ -522,8 +533,8 @@ Flow Executor::run(const RaiseError& raise) {
         afterError(raised, true);
     } else {
         report(raised);
-        m_error = raise.setError ? raised.number : 0;
-        done(-1);
+        finished();
+        if (raise.setError) m_error = raised.number;
     }
     if (raise.noWait) m_sink->flush();
     return Flow::Next;
@@ -556,7 +567,6 @@ Flow Executor::run(const Throw& node) {
 }
 
 Flow Executor::run(const WaitFor& wait) {
-    refuseInFunction();
     const std::string text = evaluateText(*wait.time);
     const Value time =
         convertValue(text, varcharType(SqlType::kMax), simpleType(TypeId::Time), kNoStyle, Conversion::Try);
@@ -572,8 +582,7 @@ Flow Executor::run(const WaitFor& wait) {
         constexpr std::chrono::nanoseconds kSlice = std::chrono::milliseconds(50);
         std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(kSlice, until - Clock::now()));
     }
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
 }  // namespace tsql

@@ -95,7 +95,7 @@ class Executor final : public NameResolver {
     // NameResolver
     SqlType variableType(std::string_view name) override;
     std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
-    TableInfo table(const ast::ObjectName& name) override;
+    TableInfo table(const ast::ObjectName& name) override { return table(name, 208); }
     std::optional<SystemView> view(const ast::ObjectName& name) override;
     std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
@@ -109,6 +109,25 @@ class Executor final : public NameResolver {
     bool run(ResultSink& sink, Frame& frame, Work work);
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
+    void checkFirst(const ast::Block& block);
+    void check(const ast::Block& block);
+    void check(const ast::Statement& statement);
+    void check(const ast::Declare& declare);
+    void check(const ast::If& node);
+    void check(const ast::While& node);
+    void check(const ast::Compound& node) { check(node.statements); }
+    void check(const ast::TryCatch& node);
+    void check(const ast::Use& use);
+    void check(const ast::SelectStatement& statement);
+    void check(const ast::DeclareCursor& declare);
+    void check(const ast::Insert& insert);
+    void check(const ast::Update& update);
+    void check(const ast::Delete& statement);
+    template <typename Node>
+    void check(const Node& node) {
+        if constexpr (requires { node.value; })
+            if (node.value) Translator(*this).value(*node.value);
+    }
     Flow describe(const ast::Statement& statement);
     Flow run(const ast::Declare& declare);
     Flow run(const ast::Assign& assign);
@@ -125,6 +144,7 @@ class Executor final : public NameResolver {
     Flow run(const ast::WaitFor& wait);
     void fail(const SqlError& error, int line);
     void afterError(const Message& message, bool raised);
+    static bool endsScope(int number);
     void report(const Message& message) const;
     Message messageOf(const SqlError& error, int line) const;
     SqlError errorOf(const SqliteFailure& failure);
@@ -136,7 +156,7 @@ class Executor final : public NameResolver {
     std::string duplicateValue(const ObjectInfo& key);
     void done(std::int64_t count, bool isSelect = false);
     void warnOfNulls();
-    Flow finished();  // of a statement without rows
+    Flow finished(std::int64_t rowCount = 0);  // of a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
     std::optional<TypedValue> knownValue(const ast::Expr& expr);
@@ -146,7 +166,6 @@ class Executor final : public NameResolver {
     bool holds(const ast::Expr& condition);
     std::vector<Value> parameterValues(const Translator& translator);
     void setVariable(const std::string& name, const CellView& value, const SqlType& type);
-    void refuseInFunction() const;
 
     // ---- cursors (ExecutorCursors.cpp)
     Flow run(const ast::DeclareCursor& declare);
@@ -171,6 +190,8 @@ class Executor final : public NameResolver {
     std::vector<const TableColumn*> insertColumns(const TableInfo& target,
                                                   const std::vector<std::string>& names,
                                                   bool defaultValues) const;
+    std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                           const ast::Insert& insert, Translator& translator);
     void insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                       const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
@@ -191,6 +212,7 @@ class Executor final : public NameResolver {
     Flow run(const ast::Drop& drop);
     void define(const ast::ObjectName& name, const std::function<void(Catalogue&)>& work);
     TableInfo createTable(const ast::CreateTable& create);
+    bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
     std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                             const ast::CreateTable& definition);
@@ -224,19 +246,22 @@ class Executor final : public NameResolver {
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const ast::CreateModule& module);
     Flow run(const ast::Execute& execute);
+    void checkBody(const ast::CreateModule& module);
     std::shared_ptr<const Batch> parsed(const std::string& text);
     void runText(const std::string& text);
     void executeSql(const ast::Execute& execute);
     void callProcedure(const ast::Execute& execute, const ast::ObjectName& name);
-    void bindArguments(const ast::CreateModule& module, const ast::Execute& execute, const std::string& name,
-                       Frame& frame);
-    void returnOutputs(const ast::CreateModule& module, const ast::Execute& execute, const Frame& frame);
+    // The call's arguments in the order of the parameters, null for those that are not given.
+    using Arguments = std::vector<const ast::Argument*>;
+    Arguments bindArguments(const ast::CreateModule& module, const ast::Execute& execute,
+                            const std::string& name, Frame& frame);
+    Value argumentValue(const ast::Expr& argument, const SqlType& type);
+    void returnOutputs(const ast::CreateModule& module, const Arguments& arguments,
+                       const ast::Execute& execute, const Frame& frame);
     void inFrame(Frame& frame, const std::function<void()>& work);
     void runFrame(const ast::Block& body, Frame& frame);
     bool runScope(const ast::Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
-    const ast::Argument* argumentOf(const ast::Execute& execute, const ast::CreateModule& module,
-                                    std::size_t parameter, std::size_t skipped) const;
 
     // ---- procedures of the system (ExecutorSystem.cpp)
     struct SystemProcedure {
@@ -285,6 +310,7 @@ class Executor final : public NameResolver {
     static const Global& global(std::string_view name);
     std::string databaseOf(const ast::ObjectName& name) const;
     Catalogue catalogue(const ast::ObjectName& name);
+    TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     const Variable& local(std::string_view name);
 
@@ -312,7 +338,8 @@ class Executor final : public NameResolver {
     std::optional<std::int64_t> m_identity;
     // The last identities that the transaction has given out, by schema and stored name of their tables.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
-    Cursors m_cursors;  // the GLOBAL ones
+    Cursors m_cursors;           // the GLOBAL ones
+    bool m_insertsRows = false;  // of a procedure or text that runs
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;
     int m_transactions = 0;         // @@TRANCOUNT

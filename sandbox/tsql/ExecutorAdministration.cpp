@@ -32,14 +32,13 @@ Flow Executor::run(const SetOption& option) {
         }
     }
     if (option.table) {
-        const TableInfo target = table(*option.table);
+        const TableInfo target = table(*option.table, 1088, 11);
         if (!target.identityColumn()) throw sqlError(8106, {target.name});
         if (option.on && !m_identityInsert.empty() && m_identityInsert != target.fullName())
             throw sqlError(8107, {m_identityInsert, target.name});
         if (option.on || m_identityInsert == target.fullName())
             m_identityInsert = option.on ? target.fullName() : "";
     }
-    m_rowCount = 0;
     return finished();
 }
 
@@ -52,7 +51,6 @@ void Executor::useDatabase(const std::string& name) {
 }
 
 Flow Executor::run(const Use& use) {
-    refuseInFunction();
     if (!m_frames.back()->procedure.empty())
         throw sqlError(154, {"a USE database statement", "a procedure, function or trigger"});
     useDatabase(use.database);
@@ -61,14 +59,12 @@ Flow Executor::run(const Use& use) {
 }
 
 Flow Executor::run(const CreateDatabase& create) {
-    refuseInFunction();
     if (m_transactions > 0) throw sqlError(226, {"CREATE DATABASE"});
     m_engine.storage.create(create.name);
     return finished();
 }
 
 Flow Executor::run(const AlterDatabase& alter) {
-    refuseInFunction();
     const std::string name = alter.name.empty() ? m_database : m_engine.storage.canonicalName(alter.name);
     if (name.empty()) throw sqlError(5011, {alter.name});
     if (alter.newName.empty()) return finished();
@@ -192,18 +188,17 @@ void Executor::rollBackTo(const std::string& name) {
 }
 
 Flow Executor::run(const Transaction& transaction) {
-    refuseInFunction();
     const std::string name = transaction.variable.empty()
                                  ? transaction.name
                                  : evaluateText({m_line, VariableRef{transaction.variable}});
     const TransactionVerb verb = transaction.verb;
     if (verb == TransactionVerb::Rollback && m_transactions == 0) throw sqlError(3903);
+    if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(3915);
     const bool whole = name.empty() || sameWord(name, m_transactionName);
     if (verb == TransactionVerb::Begin) begin(name);
     if (verb == TransactionVerb::Save) save(name);
     if (verb == TransactionVerb::Commit) commit();
     if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
-    m_rowCount = 0;
     return finished();
 }
 
@@ -224,7 +219,6 @@ Progress Executor::progress(std::int64_t step) const {
 
 // An error in it is followed by one that says what ends.
 void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
-    refuseInFunction();
     failingAs(sqlError(3013, {verb}), [&] {
         if (m_transactions > 0) throw sqlError(3021);
         work();

@@ -54,8 +54,7 @@ Flow Executor::run(const DeclareCursor& declare) {
     cursor.scroll = declare.scroll;
     cursor.counted = declare.counted;
     cursors.emplace(name, std::move(cursor));
-    m_error = 0;
-    return Flow::Next;
+    return finished(1);
 }
 
 Flow Executor::run(const ChangeCursor& change) {
@@ -105,7 +104,6 @@ Flow Executor::run(const Fetch& fetch) {
     const auto rows = std::span(cursor.rows).subspan(before, found);
     m_fetchStatus = found ? 0 : -1;
     if (fetch.into.empty()) {
-        refuseInFunction();
         std::vector<Column> heads(columns.size());
         std::transform(columns.begin(), columns.end(), heads.begin(),
                        [](const auto& each) { return each.column; });
@@ -119,8 +117,7 @@ Flow Executor::run(const Fetch& fetch) {
             throw sqlError(16922,
                            {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
         }
-    m_rowCount = found;
-    return finished();
+    return finished(found);
 }
 
 }  // namespace tsql

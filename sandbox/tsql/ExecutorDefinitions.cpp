@@ -71,14 +71,6 @@ constexpr ConstraintFacts kConstraints[] = {
     {objectType::kForeignKey, "FK"},
     {objectType::kDefault, "DF"}};
 
-std::vector<const Constraint*> allConstraints(const CreateTable& create) {
-    std::vector<const Constraint*> all;
-    for (const auto& column : create.columns)
-        for (const auto& constraint : column.constraints) all.push_back(&constraint);
-    for (const auto& constraint : create.constraints) all.push_back(&constraint);
-    return all;
-}
-
 // `create`: what tells that the column is of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
     TableColumn column{definition.name, definition.type, !definition.identity, definition.identity};
@@ -113,7 +105,6 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
 }
 
 Flow Executor::run(const CreateTable& create) {
-    refuseInFunction();
     createTable(create);
     return finished();
 }
@@ -134,8 +125,13 @@ TableInfo Executor::createTable(const CreateTable& create) {
         table.columns.push_back(columnOf(definition, create));
         if (definition.identity) object.seed = definition.seed;
     }
+    const auto constraints = allConstraints(create);
+    if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
+        throw sqlError(8110, {name});
     define(create.table, [&](Catalogue& owner) {
-        if (!isTemporaryName(name) && owner.find(name)) throw sqlError(2714, {name});
+        const auto taken = owner.find(name);
+        if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
+            throw sqlError(2714, {name});
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
         owner.save(object);
         owner.addColumns(object.id, table.columns);
@@ -148,6 +144,14 @@ TableInfo Executor::createTable(const CreateTable& create) {
     });
     if (table.name.starts_with('#')) m_frames.back()->temporary.push_back(table);
     return table;
+}
+
+// Whether the temporary table is of the frame that runs now: a procedure may have one by a name of its
+// caller's.
+bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
+    return m_frames.size() == 1 || std::ranges::any_of(m_frames.back()->temporary, [&](const auto& table) {
+               return table.id == temporaryTable.id && table.stored == temporaryTable.stored;
+           });
 }
 
 // What the identity's next value follows.
@@ -175,7 +179,6 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const Ta
         for (const auto* constraint : allConstraints(definition)) {
             ObjectInfo key = constraintOf(catalogue, table, *constraint);
             if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
-                if (table.name.starts_with('@')) throw unsupported("a foreign key of a table variable");
                 inform(1756, {key.name});
                 continue;
             }
@@ -197,6 +200,8 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     key.table = table.name;
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
+        if (!column && constraint.kind == ConstraintKind::ForeignKey)
+            throw sqlError(1769, {key.name, name, table.name});
         if (!column) throw sqlError(1911, {name});
         if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
             throw sqlError(8111, {table.name});
@@ -241,6 +246,8 @@ std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue,
     const auto referenced = catalogue.table(key.stored);
     if (!referenced) throw sqlError(1767, {key.name, key.stored});
     auto columns = parseConstraint(key.source).referencedColumns;
+    for (const auto& name : columns)
+        if (!referenced->column(name)) throw sqlError(1770, {key.name, name, key.stored});
     const bool implicit = columns.empty();
     const auto candidates = catalogue.keysOf(referenced->id);
     const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
@@ -388,7 +395,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     catalogue.changeColumn(table.id, column);
     table = *catalogue.table(table.name);
     if (!column.nullable && anyRow(table, quotedName(column.name) + " IS NULL"))
-        throw sqlError(515, {column.name, table.fullName(), "UPDATE"});
+        m_verb = "UPDATE", throw sqlError(515, {column.name, table.fullName(), m_verb});
     redefine(catalogue, table);
     if (!longer) fillColumn(table, column, {quotedName(column.name), before});
 }
@@ -415,9 +422,8 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 }
 
 Flow Executor::run(const AlterTable& alter) {
-    refuseInFunction();
     claim(alter.added.table);
-    TableInfo target = table(alter.added.table);
+    TableInfo target = table(alter.added.table, 4902);
     define(alter.added.table, [&](Catalogue& owner) {
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
         for (const auto& key : noteConstraints(owner, target, alter.added)) {
@@ -441,9 +447,8 @@ Flow Executor::run(const AlterTable& alter) {
 }
 
 Flow Executor::run(const CreateIndex& create) {
-    refuseInFunction();
     claim(create.table);
-    const TableInfo target = table(create.table);
+    const TableInfo target = table(create.table, 1088);
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
         if (keyNamed(owner.keysOf(target.id), create.name, true))
@@ -465,8 +470,7 @@ Flow Executor::run(const CreateIndex& create) {
 }
 
 Flow Executor::run(const AlterIndex& alter) {
-    refuseInFunction();
-    const TableInfo target = table(alter.table);
+    const TableInfo target = table(alter.table, 1088, 9);
     define(alter.table, [&](Catalogue& owner) {
         const auto keys = owner.keysOf(target.id);
         const bool known = std::any_of(keys.begin(), keys.end(), [&](const ObjectInfo& key) {
@@ -480,7 +484,6 @@ Flow Executor::run(const AlterIndex& alter) {
 }
 
 Flow Executor::run(const Drop& drop) {
-    refuseInFunction();
     for (const auto& name : drop.names) {
         if (drop.kind == ObjectKind::Database)
             dropDatabase(name.name, drop.ifExists);
@@ -517,7 +520,12 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
         const auto found = owner.find(name.name);
         if (!found || (found->type != kind.type && found->type != kind.otherType)) {
             if (drop.ifExists) return;
-            throw sqlError(3701, {kind.word, name.name});
+            const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
+                return found && (found->type == each.type || found->type == each.otherType);
+            });
+            if (other == std::end(kKinds)) throw sqlError(3701, {kind.word, name.name});
+            throw sqlError(3705,
+                           {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
         }
         if (drop.kind == ObjectKind::Table) {
             for (const auto& key : owner.keysTo(found->name))
@@ -555,7 +563,6 @@ void Executor::declareTable(const Declaration& declaration) {
     auto& tables = m_frames.back()->tables;
     const std::string key = lowerAscii(declaration.name);
     if (tables.contains(key)) return;
-    refuseInFunction();
     tables[key] = {declaration.table, createTable(*declaration.table)};
 }
 

@@ -1,4 +1,6 @@
 // Procedures and functions: kept as text, parsed when they run.
+#include <algorithm>
+
 #include "Executor.h"
 #include "Finally.h"
 #include "Messages.h"
@@ -11,7 +13,7 @@ using namespace ast;
 namespace {
 
 constexpr std::size_t kParsedTexts = 256;
-constexpr std::size_t kDeepestCall = 32;
+constexpr std::size_t kDeepestCall = 33;  // the batch, and 32 calls
 
 const CreateModule& moduleOf(const Batch& batch) {
     return std::get<CreateModule>(batch.statements.front()->node);
@@ -63,11 +65,20 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     return columns;
 }
 
+void Executor::checkBody(const CreateModule& module) {
+    Frame frame;
+    frame.procedure = module.name.name;
+    for (const auto& parameter : module.parameters)
+        frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
+    inFrame(frame, [&] { check(module.body); });
+    dropTemporaryTables(frame);
+}
+
 // The text is the batch that the module stands in: all of it.
 Flow Executor::run(const CreateModule& module) {
-    refuseInFunction();
     const std::string_view type = typeOf(module);
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
+    checkBody(module);
     define(module.name, [&](Catalogue& owner) {
         const std::string& name = module.name.name;
         const auto existing = owner.find(name);
@@ -115,7 +126,10 @@ void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
 }
 
 void Executor::runFrame(const Block& body, Frame& frame) {
-    inFrame(frame, [&] { runBlock(body); });
+    inFrame(frame, [&] {
+        if (frame.procedure.empty() && !m_describeOnly) checkFirst(body);
+        runBlock(body);
+    });
 }
 
 // Runs the body of a procedure, or a text as one: its temporary tables end with it. False when an error has
@@ -135,7 +149,7 @@ bool Executor::runScope(const Block& body, Frame& frame) {
 }
 
 Flow Executor::run(const Execute& execute) {
-    refuseInFunction();
+    if (m_frames.back()->isFunction) throw sqlError(557);
     if (execute.text) {
         runText(evaluateText(*execute.text));
         return Flow::Next;
@@ -165,25 +179,38 @@ void Executor::runText(const std::string& text) {
 void Executor::executeSql(const Execute& execute) {
     if (execute.arguments.empty() || !execute.arguments.front().value)
         throw sqlError(201, {"sp_executesql", "@statement"}, 10);
-    const std::string declarations = execute.arguments.size() > 1 && execute.arguments[1].value
-                                         ? evaluateText(*execute.arguments[1].value)
-                                         : "";
-    const std::string statement = evaluateText(*execute.arguments.front().value);
+    std::string texts[2];
+    for (std::size_t i = 0; i < std::min(execute.arguments.size(), std::size(texts)); ++i) {
+        if (!execute.arguments[i].value) continue;
+        const TypedValue given = evaluate(*execute.arguments[i].value);
+        if (!isNational(given.type.id) && !isNull(given.value))
+            throw sqlError(214, {i ? "@params" : "@statement", "ntext/nchar/nvarchar"}, i ? 3 : 2);
+        texts[i] = textOf(viewOf(given.value), given.type);
+    }
+    const auto& [statement, declarations] = texts;
+    Frame frame;
     if (trimmed(declarations).empty()) {  // the text may define a module
         runText(statement);
-        if (!execute.resultVariable.empty())
-            setVariable(execute.resultVariable, std::int64_t{0}, simpleType(TypeId::Int));
+        frame.returned = std::int64_t{m_error};
+        returnOutputs({}, {}, execute, frame);
         return;
     }
     const auto batch = parsed("CREATE PROCEDURE sp_executesql " + declarations + " AS " + statement);
     const CreateModule& module = moduleOf(*batch);
-    Frame frame;
     frame.database = m_frames.back()->database;
-    frame.returned = std::int64_t{0};
-    frame.skippedArguments = 2;
-    bindArguments(module, execute, "sp_executesql", frame);
+    frame.skippedArguments = std::size(texts);
+    Arguments arguments;
+    try {
+        arguments = bindArguments(module, execute, "sp_executesql", frame);
+    } catch (const SqlError& error) {
+        constexpr int kMissing = 201;
+        if (error.number != kMissing) throw;
+        const std::string text = error.what(), name = text.substr(text.find('@'));
+        throw sqlError(8178, {"(" + declarations + ")" + statement, name.substr(0, name.find('\''))});
+    }
     runScope(module.body, frame);
-    returnOutputs(module, execute, frame);
+    frame.returned = std::int64_t{m_error};
+    returnOutputs(module, arguments, execute, frame);
 }
 
 void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
@@ -202,62 +229,75 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
     frame.returned = std::int64_t{0};
     const bool noCount = m_noCount;
     const int transactions = m_transactions;
-    bindArguments(module, execute, name.name, frame);
+    Arguments arguments;
+    try {
+        arguments = bindArguments(module, execute, name.name, frame);
+    } catch (const SqlError& error) {  // told of as the procedure's, before its first line
+        afterError({error.number, error.severity, error.state, 0, frame.procedure, error.what()}, false);
+        return;
+    }
     if (system)
         frame.returned = std::int64_t{(this->*system->body)(frame)};
     else if (!runScope(module.body, frame))
         frame.returned = std::int64_t{-6};
     m_noCount = noCount;  // what a procedure sets is its own
-    returnOutputs(module, execute, frame);
+    returnOutputs(module, arguments, execute, frame);
     if (m_transactions != transactions)
-        afterError({266, 16, 2, m_line, frame.procedure,
+        afterError({266, 16, 2, 0, frame.procedure,
                     sqlError(266, {std::to_string(transactions), std::to_string(m_transactions)}).what()},
                    true);
     done(-1);
 }
 
-const Argument* Executor::argumentOf(const Execute& execute, const CreateModule& module,
-                                     std::size_t parameter, std::size_t skipped) const {
-    for (const auto& argument : execute.arguments)
-        if (!argument.name.empty() && sameWord(argument.name, module.parameters[parameter].name))
-            return &argument;
-    const std::size_t position = parameter + skipped;
-    if (position < execute.arguments.size() && execute.arguments[position].name.empty())
-        return &execute.arguments[position];
-    return nullptr;
-}
-
-void Executor::bindArguments(const CreateModule& module, const Execute& execute, const std::string& name,
-                             Frame& frame) {
-    const std::size_t skipped = frame.skippedArguments;
-    std::size_t used = 0;
-    for (std::size_t i = 0; i < module.parameters.size(); ++i) {
-        const Declaration& parameter = module.parameters[i];
-        const Argument* argument = argumentOf(execute, module, i, frame.skippedArguments);
-        const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
-        if (!value && m_describeOnly) {
-            frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
+Executor::Arguments Executor::bindArguments(const CreateModule& module, const Execute& execute,
+                                            const std::string& name, Frame& frame) {
+    Arguments arguments(module.parameters.size());
+    const Argument* unknown = nullptr;
+    for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
+        const Argument& argument = execute.arguments[i];
+        std::size_t at = i - frame.skippedArguments;
+        if (arguments.empty()) throw sqlError(8146, {name});
+        if (!argument.name.empty())
+            at = static_cast<std::size_t>(
+                std::ranges::find_if(module.parameters,
+                                     [&](const auto& each) { return sameWord(each.name, argument.name); }) -
+                module.parameters.begin());
+        if (at >= arguments.size() && argument.name.empty()) throw sqlError(8144, {name});
+        if (at >= arguments.size()) {
+            unknown = &argument;
             continue;
         }
-        if (!value) throw sqlError(201, {name, parameter.name});
-        used += argument != nullptr;
-        if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
-        frame.variables[lowerAscii(parameter.name)] = {parameter.type, evaluate(*value, parameter.type)};
+        if (arguments[at]) throw sqlError(8143, {argument.name});
+        arguments[at] = &argument;
     }
-    if (used + skipped >= execute.arguments.size()) return;
-    for (const auto& argument : execute.arguments)
-        if (!argument.name.empty() && !frame.variables.contains(lowerAscii(argument.name)))
-            throw sqlError(8145, {argument.name, name});
-    throw sqlError(8144, {name});
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const Declaration& parameter = module.parameters[i];
+        const Argument* argument = arguments[i];
+        const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
+        if (!value && !m_describeOnly) throw sqlError(201, {name, parameter.name});
+        if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
+        frame.variables[lowerAscii(parameter.name)] = {
+            parameter.type, value ? argumentValue(*value, parameter.type) : Value(Null{})};
+    }
+    if (unknown) throw sqlError(8145, {unknown->name, name});
+    return arguments;
 }
 
-void Executor::returnOutputs(const CreateModule& module, const Execute& execute, const Frame& frame) {
-    for (std::size_t i = 0; i < module.parameters.size(); ++i) {
-        const Argument* argument = argumentOf(execute, module, i, frame.skippedArguments);
-        if (!argument || !argument->output) continue;
-        const Declaration& parameter = module.parameters[i];
-        const Variable& value = frame.variables.at(lowerAscii(parameter.name));
-        setVariable(std::get<VariableRef>(argument->value->node).name, viewOf(value.value), value.type);
+Value Executor::argumentValue(const Expr& argument, const SqlType& type) {
+    const TypedValue given = evaluate(argument);
+    try {
+        return convertValue(viewOf(given.value), given.type, type);
+    } catch (const SqlError&) {
+        throw sqlError(8114, {baseName(given.type.id), baseName(type.id)}, 5);
+    }
+}
+
+void Executor::returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
+                             const Frame& frame) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (!arguments[i] || !arguments[i]->output) continue;
+        const Variable& value = frame.variables.at(lowerAscii(module.parameters[i].name));
+        setVariable(std::get<VariableRef>(arguments[i]->value->node).name, viewOf(value.value), value.type);
     }
     if (!execute.resultVariable.empty())
         setVariable(execute.resultVariable, viewOf(frame.returned), simpleType(TypeId::Int));

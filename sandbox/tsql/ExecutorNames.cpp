@@ -123,12 +123,13 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     return found;
 }
 
-TableInfo Executor::table(const ObjectName& name) {
+// `missing`: the error, and its state, where there is none.
+TableInfo Executor::table(const ObjectName& name, int missing, int state) {
     if (auto found = findTable(name)) return *found;
     if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");
     std::string full = name.database;
     if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
-    throw sqlError(208, {full + name.name});
+    throw sqlError(missing, {full + name.name}, state);
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {

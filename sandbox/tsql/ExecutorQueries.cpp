@@ -51,7 +51,6 @@ class DivertingSink final : public ResultSink {
 Flow Executor::run(const SelectStatement& statement) {
     if (statement.into) {
         if (m_describeOnly) return Flow::Next;
-        refuseInFunction();
         selectInto(*statement.query, *statement.into);
         return Flow::Next;
     }
@@ -66,7 +65,6 @@ Flow Executor::run(const SelectStatement& statement) {
         m_error = 0;
         done(-1);
     } else {
-        refuseInFunction();
         m_rowCount = sendRows(prepared, text);
         m_error = 0;
         done(m_rowCount, true);
@@ -136,7 +134,6 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
 // Runs the changing statement; `translator` tells its parameters.
 void Executor::change(const TableInfo& target, std::string_view verb, const std::string& sql,
                       const Translator& translator) {
-    refuseInFunction();
     m_target = target;
     m_verb = verb;
     beforeWrite();
@@ -186,6 +183,8 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
         if (column->identity && !identityGiven) throw sqlError(544, {target.name});
         columns.push_back(column);
     }
+    if (!names.empty() && identityGiven && std::ranges::none_of(columns, &TableColumn::identity))
+        throw sqlError(545, {target.name});
     if (!names.empty() || defaultValues) return columns;
     if (identityGiven) throw sqlError(8101, {target.name});
     for (const auto& column : target.columns)
@@ -193,25 +192,34 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
     return columns;
 }
 
+// Without a list of columns, all but the identity are meant.
+std::string Executor::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                 const Insert& insert, Translator& translator) {
+    translator.useCommonTables(insert, insert.table);
+    try {
+        return insert.query ? translator.insertQuery(target, columns, insert)
+                            : translator.insertRows(target, columns, insert);
+    } catch (const SqlError& error) {
+        if (!insert.columns.empty() || !isCountError(error)) throw;
+        const bool more = insert.query ? error.number == 121 : insert.rows[0].size() == target.columns.size();
+        if (more && target.identityColumn()) throw sqlError(8101, {target.name});
+        throw sqlError(213);
+    }
+}
+
 Flow Executor::run(const Insert& insert) {
     claim(insert.table);
     const TableInfo target = table(insert.table);
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
-    translator.useCommonTables(insert, insert.table);
     sqlite3_set_last_insert_rowid(m_connection.handle(), 0);
     try {
         if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
         if (insert.execute)
             insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
         else
-            changeWithOutput(target, "INSERT",
-                             insert.query ? translator.insertQuery(target, columns, insert)
-                                          : translator.insertRows(target, columns, insert),
-                             translator, insert.output);
-    } catch (const SqlError& error) {
-        if (insert.columns.empty() && isCountError(error)) throw sqlError(213);
-        throw;
+            changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator), translator,
+                             insert.output);
     } catch (const SqliteFailure& failure) {
         if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
         throw;
@@ -266,7 +274,12 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
             row.types.push_back(types[i].type);
         }
     };
-    divert(take, work);
+    if (m_insertsRows) throw sqlError(8164);
+    {
+        const Finally again([this] { m_insertsRows = false; });
+        m_insertsRows = true;
+        divert(take, work);
+    }
     m_verb = "INSERT";
     m_target = target;
     m_newRows.clear();
@@ -333,18 +346,14 @@ Flow Executor::run(const Delete& statement) {
 
 // The identity begins anew.
 Flow Executor::run(const Truncate& truncate) {
-    refuseInFunction();
     claim(truncate.table);
-    const TableInfo target = table(truncate.table);
+    const TableInfo target = table(truncate.table, 4701);
     for (const auto& key : catalogue(truncate.table).keysTo(target.name))
         if (compareText(key.table, target.name) != 0) throw sqlError(4712, {target.name});
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);
-    m_rowCount = 0;
-    m_error = 0;
-    done(-1);
-    return Flow::Next;
+    return finished();
 }
 
 }  // namespace tsql

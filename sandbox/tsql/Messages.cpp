@@ -21,20 +21,25 @@ constexpr std::string_view kMessages =
     number of values in the VALUES clause must match the number of columns specified in the INSERT statement.
 110 15 1 There are fewer columns in the INSERT statement than values specified in the VALUES clause. The
     number of values in the VALUES clause must match the number of columns specified in the INSERT statement.
-111 15 1 'CREATE%s' must be the first statement in a query batch.
+111 15 1 '%s' must be the first statement in a query batch.
 113 15 1 Missing end comment mark '*/'.
 116 16 1 Only one expression can be specified in the select list when the subquery is not introduced with
     EXISTS.
+119 15 1 Must pass parameter number %s and subsequent parameters as '@name = value'. After the form '@name =
+    value' has been used, all subsequent parameters must be passed in the form '@name = value'.
 120 15 1 The select list for the INSERT statement contains fewer items than the insert list. The number of
     SELECT values must match the number of INSERT columns.
 121 15 1 The select list for the INSERT statement contains more items than the insert list. The number of
     SELECT values must match the number of INSERT columns.
 127 15 1 A TOP N or FETCH rowcount value may not be negative.
+128 15 1 The name "%s" is not permitted in this context. Valid expressions are constants, constant
+    expressions, and (in some contexts) variables. Column names are not permitted.
 130 16 1 Cannot perform an aggregate function on an expression containing an aggregate or a subquery.
 131 15 1 The size (%s) given to the type '%s' exceeds the maximum allowed for any data type (%s).
 134 15 1 The variable name '%s' has already been declared. Variable names must be unique within a query batch
     or stored procedure.
 135 15 1 Cannot use a BREAK statement outside the scope of a WHILE statement.
+136 15 1 Cannot use a CONTINUE statement outside the scope of a WHILE statement.
 137 15 1 Must declare the scalar variable "%s".
 141 15 1 A SELECT statement that assigns a value to a variable must not be combined with data-retrieval
     operations.
@@ -47,6 +52,8 @@ constexpr std::string_view kMessages =
 164 15 1 Each GROUP BY expression must contain at least one column that is not an outer reference.
 166 15 1 'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name.
 174 15 1 The %s function requires %s argument(s).
+178 15 1 A RETURN statement with a return value cannot be used in this context.
+179 15 1 Cannot use the OUTPUT option when passing a constant to a stored procedure.
 189 15 1 The %s function requires %s to %s arguments.
 191 15 1 Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller
     queries.
@@ -76,19 +83,29 @@ constexpr std::string_view kMessages =
 253 16 1 Recursive member of a common table expression '%s' has multiple recursive references.
 257 16 3 Implicit conversion from data type %s to %s is not allowed. Use the CONVERT function to run this query.
 263 16 1 Must specify table to select from.
-264 16 1 The column name '%s' is specified more than once in the SET clause or column list of an INSERT.
+264 16 1 The column name '%s' is specified more than once in the SET clause or column list of an INSERT. A
+    column cannot be assigned more than one value in the same clause. Modify the clause to make sure that a
+    column is updated only once. If this statement updates or inserts columns into a view, column aliasing
+    can conceal the duplication in your code.
 266 16 2 Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements.
     Previous count = %s, current count = %s.
 281 16 1 %s is not a valid style number when converting from %s to a character string.
+282 10 1 The '%s' procedure attempted to return a status of NULL, which is not allowed. A status of 0 will
+    be returned instead.
 289 16 1 Cannot construct data type %s, some of the arguments have values which are not valid.
 295 16 3 Conversion failed when converting character string to smalldatetime data type.
 306 16 2 The text, ntext, and image data types cannot be compared or sorted, except when using IS NULL or LIKE
     operator.
 313 16 1 An insufficient number of arguments were supplied for the procedure or function %s.
+319 15 1 Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an
+    xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with
+    a semicolon.
 402 16 1 The data types %s and %s are incompatible in the %s operator.
 408 16 1 A constant expression was encountered in the ORDER BY list, position %s.
 421 16 1 The %s data type cannot be selected as DISTINCT because it is not comparable.
-443 16 1 Invalid use of a side-effecting operator within a function.
+443 16 14 Invalid use of a side-effecting operator '%s' within a function.
+444 16 2 Select statements included within a function cannot return data to a client.
+455 16 2 The last statement included within a function must be a return statement.
 506 16 1 The invalid escape character "%s" was specified in a LIKE predicate.
 512 16 1 Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= ,
     >, >= or when the subquery is used as an expression.
@@ -101,8 +118,11 @@ constexpr std::string_view kMessages =
 536 16 1 Invalid length parameter passed to the %s function.
 537 16 3 Invalid length parameter passed to the LEFT or SUBSTRING function.
 544 16 1 Cannot insert explicit value for identity column in table '%s' when IDENTITY_INSERT is set to OFF.
+545 16 1 Explicit value must be specified for identity column in table '%s' either when IDENTITY_INSERT is set to
+    ON or when a replication user is inserting into a NOT FOR REPLICATION identity column.
 547 16 0 The %s statement conflicted with the %s constraint%s. The conflict occurred in database "%s", table
     "dbo.%s"%s.
+557 16 2 Only functions and some extended stored procedures can be executed from within a function.
 628 16 1 Cannot issue SAVE TRANSACTION when there is no active transaction.
 911 16 1 Database '%s' does not exist. Make sure that the name is entered correctly.
 1001 15 1 Length or precision specification %s is invalid.
@@ -120,6 +140,7 @@ constexpr std::string_view kMessages =
 1048 15 1 Conflicting cursor options %s and %s.
 1060 15 1 The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
 1087 15 2 Must declare the table variable "%s".
+1088 16 12 Cannot find the object "%s" because it does not exist or you do not have permissions.
 1105 17 2 Could not allocate space in database '%s': the disk is full.
 1205 13 1 Transaction (Process ID %s) was deadlocked on lock resources with another process and has been
     chosen as the deadlock victim. Rerun the transaction.
@@ -137,6 +158,8 @@ constexpr std::string_view kMessages =
 1756 0 1 Skipping FOREIGN KEY constraint '%s' definition for temporary table. FOREIGN KEY constraints are not
     enforced on local or global temporary tables.
 1767 16 0 Foreign key '%s' references invalid table '%s'.
+1769 16 1 Foreign key '%s' references invalid column '%s' in referencing table '%s'.
+1770 16 1 Foreign key '%s' references invalid column '%s' in referenced table '%s'.
 1773 16 0 Foreign key '%s' has implicit reference to object '%s' which does not have a primary key defined on
     it.
 1774 16 0 The number of columns in the referencing column list for foreign key '%s' does not match those of
@@ -161,7 +184,10 @@ constexpr std::string_view kMessages =
 2715 16 1 Column, parameter, or variable #1: Cannot find data type %s.
 2716 16 1 Column, parameter, or variable #1: Cannot specify a column width on data type %s.
 2727 11 1 Cannot find index '%s'.
+2732 16 1 Error number %s is invalid. The number must be from 13000 through 2147483647 and it cannot be
+    50000.
 2744 16 1 Multiple identity columns specified for table '%s'. Only one identity column per table is allowed.
+2748 16 1 Cannot specify %s data type (parameter %s) as a substitution parameter.
 2749 16 1 Identity column '%s' must be of data type int, bigint, smallint, tinyint, or decimal or numeric
     with a scale of 0, and constrained to be nonnullable.
 2750 16 1 Specified column precision %s is greater than the maximum precision of 38.
@@ -197,6 +223,7 @@ constexpr std::string_view kMessages =
 3623 16 1 An invalid floating point operation occurred.
 3701 11 5 Cannot drop the %s '%s', because it does not exist or you do not have permission.
 3702 16 3 Cannot drop database "%s" because it is currently in use.
+3705 16 1 Cannot use DROP %s with '%s' because '%s' is a %s. Use DROP %s.
 3708 16 1 Cannot drop the database '%s' because it is a system database.
 3725 16 0 The constraint '%s' is being referenced by table '%s', foreign key constraint '%s'.
 3726 16 1 Could not drop object '%s' because it is referenced by a FOREIGN KEY constraint.
@@ -204,6 +231,7 @@ constexpr std::string_view kMessages =
 3728 16 1 '%s' is not a constraint.
 3902 16 1 The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.
 3903 16 1 The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.
+3915 16 0 Cannot use the ROLLBACK statement within an INSERT-EXEC statement.
 3918 16 1 The statement or function must be executed in the context of a user transaction.
 3930 16 1 The current transaction cannot be committed and cannot support operations that write to the log
     file. Roll back the transaction.
@@ -229,11 +257,13 @@ constexpr std::string_view kMessages =
 4508 16 1 Views or functions are not allowed on temporary tables. Table names that begin with '#' denote
     temporary tables.
 4511 16 1 Create View or Function failed because no column name was specified for column %s.
+4701 16 1 Cannot find the object "%s" because it does not exist or you do not have permissions.
 4712 16 1 Cannot truncate table '%s' because it is being referenced by a FOREIGN KEY constraint.
 4901 16 1 ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition
     specified, or the column being added is an identity or timestamp column, or alternatively if none of the
     previous conditions are satisfied the table must be empty to allow addition of this column. Column '%s'
     cannot be added to non-empty table '%s' because it does not satisfy these conditions.
+4902 16 1 Cannot find the object "%s" because it does not exist or you do not have permissions.
 4922 16 9 ALTER TABLE %s COLUMN %s failed because one or more objects access this column.
 4924 16 1 ALTER TABLE %s COLUMN failed because column '%s' does not exist in table '%s'.
 5011 14 5 User does not have permission to alter database '%s', the database does not exist, or the
@@ -263,6 +293,7 @@ constexpr std::string_view kMessages =
 8102 16 1 Cannot update identity column '%s'.
 8106 16 1 Table '%s' does not have the identity property. Cannot perform SET operation.
 8107 16 1 IDENTITY_INSERT is already ON for table '%s'. Cannot perform SET operation for table '%s'.
+8110 16 0 Cannot add multiple PRIMARY KEY constraints to table '%s'.
 8111 16 1 Cannot define PRIMARY KEY constraint on nullable column in table '%s'.
 8114 16 1 Error converting data type %s to %s.
 8115 16 1 Arithmetic overflow error converting %s to data type %s.
@@ -277,8 +308,10 @@ constexpr std::string_view kMessages =
 8133 16 1 At least one of the result expressions in a CASE specification must be an expression other than the NULL
     constant.
 8134 16 1 Divide by zero error encountered.
+8143 16 1 Parameter '%s' was supplied multiple times.
 8144 16 2 Procedure or function %s has too many arguments specified.
 8145 16 1 %s is not a parameter for procedure %s.
+8146 16 2 Procedure %s has no parameters and arguments were supplied.
 8147 16 1 Could not create IDENTITY attribute on nullable column '%s', table '%s'.
 8152 16 1 String or binary data would be truncated.
 8153 0 1 Warning: Null value is eliminated by an aggregate or other SET operation.
@@ -287,16 +320,19 @@ constexpr std::string_view kMessages =
 8156 16 1 The column '%s' was specified multiple times for '%s'.
 8158 16 1 '%s' has more columns than were specified in the column list.
 8159 16 1 '%s' has fewer columns than were specified in the column list.
-8162 16 1 The formal parameter "%s" was not declared as an OUTPUT parameter, but the actual parameter passed
+8162 16 2 The formal parameter "%s" was not declared as an OUTPUT parameter, but the actual parameter passed
     in requested output.
+8164 16 1 An INSERT EXEC statement cannot be nested.
 8169 16 1 Conversion failed when converting from a character string to uniqueidentifier.
 8170 16 1 Insufficient %s.
+8178 16 1 The parameterized query '%s' expects the parameter '%s', which was not supplied.
 9806 16 11 The datepart %s is not supported by date function %s.
 9809 16 1 The style %s is not supported for conversions from %s to %s.
 9810 16 1 The datepart %s is not supported by date function %s for data type %s.
 9829 16 1 STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result
     truncation.
 10704 15 1 To rethrow an error, a THROW statement must be used inside a CATCH block.
+10709 15 1 The number of columns for each row in a table value constructor must be the same.
 10741 15 2 A TOP can not be used in the same query or sub-query as a OFFSET.
 10742 15 1 The offset specified in a OFFSET clause may not be negative.
 10744 15 1 The number of rows provided for a FETCH clause must be greater then zero.
@@ -315,7 +351,9 @@ constexpr std::string_view kMessages =
 16922 16 1 Cursor Fetch: Implicit conversion from data type %s to %s is not allowed.
 16924 16 1 Cursorfetch: The number of variables declared in the INTO list must match that of selected
     columns.
-18054 16 1 Error %s was raised, but no message with that error number was found in sys.messages.
+18054 16 1 Error %s, severity %s, state %s was raised, but no message with that error number was found in
+    sys.messages. If error is larger than 50000, make sure the user-defined message is added using
+    sp_addmessage.
 35100 16 1 Error number in the THROW statement is outside the valid range. Specify an error number in the
     valid range of 50000 to 2147483647.)text";
 

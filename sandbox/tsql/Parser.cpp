@@ -115,10 +115,12 @@ std::string Parser::expectName() {
     return unquoted(take());
 }
 
-std::string Parser::expectVariable() {
+std::string Parser::expectVariable(int undeclaredState) {
     if (!atVariable()) syntaxError();
-    checkDeclared(peek());
-    return std::string(take().raw);
+    const Token& name = take();
+    if (!m_declared.contains(lowerAscii(name.raw)))
+        throw SyntaxError(sqlError(137, {name.raw}, undeclaredState), name.line);
+    return std::string(name.raw);
 }
 
 // database.schema.name, where the parts in between may be left out.
@@ -208,11 +210,6 @@ void Parser::unsupported(std::string_view construct) const {
 
 void Parser::refuse(std::string_view phrase, std::string_view construct) const {
     if (at(phrase)) unsupported(construct);
-}
-
-void Parser::checkDeclared(const Token& variable) const {
-    if (!m_declared.contains(lowerAscii(variable.raw)))
-        throw SyntaxError(sqlError(137, {variable.raw}), variable.line);
 }
 
 Parser::Nesting::Nesting(Parser& parser) : m_parser(parser) {

@@ -50,7 +50,7 @@ class Parser {
     bool atName(std::size_t ahead = 0) const;
     std::string expectName();
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
-    std::string expectVariable();
+    std::string expectVariable(int undeclaredState = 1);  // of the error
     ast::ObjectName objectName();
     std::vector<std::string> columnNames();  // in parentheses
     SqlType type(TypeUse use);
@@ -78,12 +78,12 @@ class Parser {
         return inner;
     }
 
-    // Phrases that must come next, and the expressions between them.
+    // Phrases that must come next, and what `read` reads between them.
     template <typename... Parts>
-    void sequence(Parts&&... parts) {
-        const auto part = [this](auto& each) {
+    void sequence(ast::ExprPtr (Parser::*read)(), Parts&&... parts) {
+        const auto part = [&](auto& each) {
             if constexpr (std::is_same_v<decltype(each), ast::ExprPtr&>)
-                each = expression();
+                each = (this->*read)();
             else
                 expect(each);
         };
@@ -130,9 +130,12 @@ class Parser {
 
     // ---- statements (ParserStatements.cpp)
     ast::Block batch();
+    ast::Block statements(std::string_view end);
     ast::StatementPtr statement();
     ast::Declaration declaration(bool isParameter);
+    bool atConstant() const;
     ast::ExprPtr constant();
+    ast::ExprPtr wordOrConstant();
     bool atBatchBegin() const { return m_next == 1 && m_depth == 1; }  // behind its first word
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
@@ -143,11 +146,11 @@ class Parser {
     bool m_quotedIdentifiers;
     int m_loops = 0;
     std::optional<ast::ObjectName>* m_into = nullptr;  // the next SELECT may have INTO, which is kept there
+    const ast::CreateModule* m_module = nullptr;  // whose body is read
 
   private:
     std::size_t match(std::string_view phrase, std::size_t ahead) const;
     std::vector<int> typeArguments();
-    void checkDeclared(const Token& variable) const;
 
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
@@ -161,5 +164,8 @@ ast::Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, 
 ast::Statement::Node parseCreate(Parser& in);
 ast::Statement::Node parseAlter(Parser& in);
 ast::Statement::Node parseDrop(Parser& in);
+
+// Those of the columns, and those of the table.
+std::vector<const ast::Constraint*> allConstraints(const ast::CreateTable& create);
 
 }  // namespace tsql

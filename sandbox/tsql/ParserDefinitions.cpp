@@ -32,7 +32,10 @@ Insert insert(Parser& in) {
     if (node.defaultValues) return node;
     if (in.accept("VALUES")) {
         const auto cell = [&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); };
+        const int line = in.peek().line;
         node.rows = in.list([&] { return in.parenthesized([&] { return in.list(cell); }); });
+        for (const auto& row : node.rows)
+            if (row.size() != node.rows.front().size()) throw SyntaxError(sqlError(10709), line);
     } else if (in.at("EXEC") || in.at("EXECUTE")) {
         node.execute = in.statement();
     } else if (in.atQuery()) {
@@ -74,6 +77,10 @@ Update update(Parser& in) {
     in.tableHints();
     in.expect("SET");
     node.sets = in.list([&] { return setClause(in); });
+    for (auto set = node.sets.begin(); set != node.sets.end(); ++set)
+        if (std::any_of(node.sets.begin(), set,
+                        [&](const auto& other) { return sameWord(other.column, set->column); }))
+            throw SyntaxError(sqlError(264, {set->column}), in.peek().line);
     const std::size_t begin = in.position();
     node.output = output(in);
     if (node.output && findText(in.textSince(begin), "deleted.") != std::string::npos)
@@ -169,10 +176,13 @@ void references(Parser& in, Constraint& constraint) {
 void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     in.accept("NOT FOR REPLICATION");
     const std::size_t begin = in.position();
-    if (constraint.kind == ConstraintKind::Check)
+    if (constraint.kind == ConstraintKind::Check) {
         constraint.check = in.parenthesized([&] { return in.condition(); });
-    else
-        in.unary();
+    } else {
+        const ExprPtr value = in.unary();
+        if (const auto* column = std::get_if<ColumnRef>(&value->node))
+            throw SyntaxError(sqlError(128, {column->path.back()}), value->line);
+    }
     constraint.text = in.textSince(begin);
     if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR"))
         constraint.columns = {in.expectName()};
@@ -330,7 +340,13 @@ void moduleBody(Parser& in, CreateModule& module) {
     moduleOptions(in);
     if (!in.accept("AS") && !module.function) in.syntaxError();
     if (module.function && !in.at("BEGIN")) in.syntaxError();
-    module.body = in.batch();
+    in.m_module = &module;
+    module.body = in.statements("");
+    in.m_module = nullptr;
+    if (module.body.empty()) in.syntaxError();
+    const auto* body = std::get_if<Compound>(&module.body.front()->node);
+    if (module.function && (!body || !std::holds_alternative<Return>(body->statements.back()->node)))
+        throw SyntaxError(sqlError(455, {}, 2), in.peek().line);
 }
 
 Statement::Node createModule(Parser& in, CreateModule module) {
@@ -401,8 +417,10 @@ Statement::Node createOrAlter(Parser& in, bool create) {
     module.alter = !create || in.accept("OR ALTER");
     if (atModule(in)) {
         if (first) return createModule(in, std::move(module));
-        const std::string name = (in.at("VIEW") ? " " : "/ALTER ") + toUpper(in.peek().raw);
-        throw SyntaxError(sqlError(111, {name}), in.peek().line);
+        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
+        throw SyntaxError(sqlError(111, {procedure ? "CREATE/ALTER PROCEDURE"
+                                                   : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
+                          in.peek().line);
     }
     if (!create && in.accept("TABLE")) return alterTable(in);
     if (!create && in.accept("DATABASE")) return alterDatabase(in);
@@ -427,6 +445,14 @@ ObjectName indexName(Parser& in) {
 }
 
 }  // namespace
+
+std::vector<const Constraint*> allConstraints(const CreateTable& create) {
+    std::vector<const Constraint*> all;
+    for (const auto& column : create.columns)
+        for (const auto& constraint : column.constraints) all.push_back(&constraint);
+    for (const auto& constraint : create.constraints) all.push_back(&constraint);
+    return all;
+}
 
 Statement::Node parseRows(Parser& in) {
     auto with = in.commonTables();
@@ -496,7 +522,10 @@ bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
 
 CreateTable Parser::tableVariable(const Token& name) {
     expect("TABLE");
-    return tableElements(*this, {{}, {}, std::string(name.raw), name.line});
+    CreateTable table = tableElements(*this, {{}, {}, std::string(name.raw), name.line});
+    for (const auto* constraint : allConstraints(table))
+        if (constraint->kind == ConstraintKind::ForeignKey) unsupported("a foreign key of a table variable");
+    return table;
 }
 
 }  // namespace tsql

@@ -169,7 +169,7 @@ ExprPtr iif(Parser& in) {
     Case node;
     in.expect("(");
     auto& [when, then] = node.branches.emplace_back(in.condition(), nullptr);
-    in.sequence(",", then, ",", node.otherwise, ")");
+    in.sequence(&Parser::expression, ",", then, ",", node.otherwise, ")");
     return make(line, std::move(node));
 }
 
@@ -333,7 +333,7 @@ ExprPtr Parser::primary() {
     const Token& token = peek();
     if (isString(token) || token.kind == TokenKind::Number || token.kind == TokenKind::Binary || at("NULL"))
         return literal(take());
-    if (token.kind == TokenKind::Variable) return make(token.line, VariableRef{expectVariable()});
+    if (token.kind == TokenKind::Variable) return make(token.line, VariableRef{expectVariable(2)});
     if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(take().raw)});
     if (at("(")) return inParentheses(*this);
     if (at("CASE")) return caseOf(*this);

@@ -150,14 +150,9 @@ Statement::Node fetch(Parser& in) {
 
 // ---- flow
 
-// Up to END.
 Block block(Parser& in) {
-    Block statements;
-    for (;;) {
-        while (in.accept(";")) continue;
-        if (in.accept("END")) return statements;
-        statements.push_back(in.statement());
-    }
+    if (in.at("END")) in.syntaxError();
+    return in.statements("END");
 }
 
 Statement::Node ifElse(Parser& in) {
@@ -202,7 +197,7 @@ Statement::Node tryCatch(Parser& in) {
     in.expect("TRY");
     in.accept(";");
     if (!in.accept("BEGIN CATCH")) in.syntaxError();
-    node.handler = block(in);
+    node.handler = in.statements("END");
     in.expect("CATCH");
     return node;
 }
@@ -212,7 +207,9 @@ Statement::Node returnValue(Parser& in) {
     const bool value = !in.peek().reserved || in.at("CASE") || in.at("NULL") || in.at("CONVERT") ||
                        in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
                        in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
-    return Return{!ends && value ? in.expression() : nullptr};
+    if (ends || !value) return Return{};
+    if (!in.m_module) throw SyntaxError(sqlError(178), in.peek().line);
+    return Return{in.expression()};
 }
 
 // WITH option, option; what `accept` does not take is refused.
@@ -227,8 +224,8 @@ void withOptions(Parser& in, const std::string& verb, Accept accept) {
 Statement::Node raiseError(Parser& in) {
     if (!in.at("(")) in.unsupported("RAISERROR without parentheses");
     RaiseError node;
-    in.sequence("(", node.message, ",", node.severity, ",", node.state);
-    if (in.accept(",")) node.arguments = in.expressions();
+    in.sequence(&Parser::constant, "(", node.message, ",", node.severity, ",", node.state);
+    if (in.accept(",")) node.arguments = in.list([&] { return in.constant(); });
     in.expect(")");
     const std::pair<std::string_view, bool*> kOptions[] = {
         {"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}};
@@ -242,44 +239,53 @@ Statement::Node raiseError(Parser& in) {
 Statement::Node throwError(Parser& in) {
     Throw node;
     if (in.peek().kind == TokenKind::Number || in.atVariable())
-        in.sequence(node.number, ",", node.message, ",", node.state);
+        in.sequence(&Parser::constant, node.number, ",", node.message, ",", node.state);
     return node;
 }
 
 Statement::Node waitFor(Parser& in) {
     const bool until = in.accept("TIME");
     if (!until) in.expect("DELAY");
-    return WaitFor{in.expression(), until};
+    return WaitFor{in.constant(), until};
 }
 
 // ---- calls
 
 bool atArgument(const Parser& in) {
-    const Token& token = in.peek();
-    return in.isString(token) || (in.atName() && !in.at("THROW")) || in.at("-") || in.at("NULL") ||
-           in.at("DEFAULT") || in.at("ON") || token.kind == TokenKind::Variable ||
-           token.kind == TokenKind::Global || token.kind == TokenKind::Number ||
-           token.kind == TokenKind::Binary;
+    return in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON");
 }
 
-Argument argument(Parser& in) {
+// The one with that number, from 1.
+Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     Argument argument;
+    if (onlyNamed && !in.at("=", 1))
+        throw SyntaxError(sqlError(119, {std::to_string(number)}), in.peek().line);
     if (in.atVariable() && in.at("=", 1)) {
         argument.name = std::string(in.take().raw);
         in.take();
     }
     if (in.accept("DEFAULT")) return argument;
-    argument.value = in.constant();
+    argument.value = in.wordOrConstant();
     argument.output = in.acceptAny({"OUTPUT", "OUT"});
-    if (argument.output && !std::holds_alternative<VariableRef>(argument.value->node)) in.syntaxError();
+    if (argument.output && !std::holds_alternative<VariableRef>(argument.value->node))
+        throw SyntaxError(sqlError(179), argument.value->line);
     return argument;
+}
+
+// 'text' + @variable ...: functions have no place in it.
+ExprPtr textOfConstants(Parser& in) {
+    std::size_t end = 0;
+    while (in.isString(in.peek(end)) || in.peek(end).kind == TokenKind::Variable || in.at("+", end)) ++end;
+    const bool closed = in.at(")", end);
+    for (; !closed && end > 0; --end) in.take();
+    return closed ? in.expression() : in.constant();
 }
 
 Statement::Node execute(Parser& in) {
     in.refuse("AS", "EXECUTE AS");
     Execute node;
     if (in.at("(")) {
-        node.text = in.parenthesized([&] { return in.expression(); });
+        node.text = in.parenthesized([&] { return textOfConstants(in); });
         if (in.at("AT") || in.at("AS")) in.unsupported("EXECUTE (...) " + toUpper(in.near()));
         return node;
     }
@@ -288,10 +294,16 @@ Statement::Node execute(Parser& in) {
         in.take();
     }
     if (in.atVariable())
-        node.procedureVariable = in.expectVariable();
+        node.procedureVariable = in.expectVariable(2);
     else
         node.procedure = in.objectName();
-    if (atArgument(in)) node.arguments = in.list([&] { return argument(in); });
+    bool named = false;
+    const auto next = [&, number = std::size_t{0}]() mutable {
+        Argument read = argument(in, ++number, named);
+        named = named || !read.name.empty();
+        return read;
+    };
+    if (atArgument(in)) node.arguments = in.list(next);
     in.refuse("WITH RESULT", "EXECUTE ... WITH RESULT SETS");
     in.accept("WITH RECOMPILE");
     return node;
@@ -301,7 +313,7 @@ Statement::Node execute(Parser& in) {
 
 ExprPtr nameOrVariable(Parser& in) {
     if (!in.atName() && !in.atVariable()) in.syntaxError();
-    return in.constant();
+    return in.wordOrConstant();
 }
 
 // DISK = 'path'
@@ -418,17 +430,44 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };
 
+// A function leaves no trace but its value.
+void checkInFunction(const Statement& statement, const std::string& verb) {
+    constexpr std::string_view kTraceless =
+        "DECLARE SET IF WHILE BREAK CONTINUE BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
+        "DEALLOCATE";
+    const auto* select = std::get_if<SelectStatement>(&statement.node);
+    const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
+    if (select && (!body || body->items.front().variable.empty() || body->into))
+        throw SyntaxError(sqlError(444, {}, 2), statement.line);
+    const bool option = std::holds_alternative<SetOption>(statement.node);
+    if (option || !hasWord(kTraceless, verb) || std::holds_alternative<TryCatch>(statement.node) ||
+        std::holds_alternative<Transaction>(statement.node))
+        throw SyntaxError(sqlError(443, {option ? "SET COMMAND" : verb}), statement.line);
+}
+
 }  // namespace
 
 Block Parser::batch() {
-    Block statements;
+    Block first;
     if (atName() && !at("THROW") && !at(":", 1)) {  // a procedure's name alone, first in the batch
         const int line = peek().line;
-        statements.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
+        first.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
     }
+    Block others = statements("");
+    std::move(others.begin(), others.end(), std::back_inserter(first));
+    return first;
+}
+
+// Up to `end`, which is taken, or to the end of the text. THROW and WITH begin a statement only where the one
+// before is closed: it could go on with them.
+Block Parser::statements(std::string_view end) {
+    Block statements;
     for (;;) {
         while (accept(";")) continue;
-        if (peek().kind == TokenKind::End) return statements;
+        if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
+        const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
+        if (open && at("THROW")) syntaxError();
+        if (open && at("WITH")) throw SyntaxError(sqlError(319), peek().line);
         statements.push_back(statement());
     }
 }
@@ -437,10 +476,13 @@ StatementPtr Parser::statement() {
     const Nesting nesting(*this);
     while (accept(";")) continue;
     for (const auto word : kUnsupported) refuse(word, word == "BULK" ? "BULK INSERT" : word);
-    const int line = peek().line;
-    if (m_loops == 0 && (at("BREAK") || at("CONTINUE"))) throw SyntaxError(sqlError(135), line);
+    const Token& first = peek();
+    const int line = first.line;
+    if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
+        throw SyntaxError(sqlError(at("BREAK") ? 135 : 136), line);
     const auto* read = acceptOneOf(kStatements);
     auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
+    if (m_module && m_module->function) checkInFunction(*statement, toUpper(first.raw));
     accept(";");
     return statement;
 }
@@ -456,7 +498,7 @@ Declaration Parser::declaration(bool isParameter) {
         node.table = std::make_shared<const CreateTable>(tableVariable(name));
     else
         node.type = type(TypeUse::Declaration);
-    if (accept("=")) node.value = isParameter ? constant() : expression();
+    if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
     refuse("READONLY", "table-valued parameters");
     const std::string key = lowerAscii(name.raw);
@@ -466,9 +508,23 @@ Declaration Parser::declaration(bool isParameter) {
     return node;
 }
 
-// A constant or a variable, where a bare word is a text.
+bool Parser::atConstant() const {
+    const std::size_t sign = at("-") || at("+");
+    const Token& token = peek(sign);
+    return token.kind == TokenKind::Number ||
+           (!sign && (isString(token) || at("NULL") || token.kind == TokenKind::Variable ||
+                      token.kind == TokenKind::Global || token.kind == TokenKind::Binary));
+}
+
+// A constant or a variable, where other expressions have no place.
 ExprPtr Parser::constant() {
-    if (!atName() && !at("ON")) return unary();
+    if (!atConstant()) syntaxError();
+    return unary();
+}
+
+// The same, where a bare word is a text.
+ExprPtr Parser::wordOrConstant() {
+    if (!atName() && !at("ON")) return constant();
     const Token& word = take();
     return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), true)}});
 }

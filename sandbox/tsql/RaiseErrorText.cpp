@@ -49,7 +49,9 @@ class Formatter {
             return written(side + width + "s", "(null)");
         const auto& [value, type] = m_arguments[index];
         const auto* text = std::get_if<std::string>(&value);
-        if ((match.str(kType) == "s") != (text != nullptr) || !(isText(type.id) || isInteger(type.id)))
+        if (!isText(type.id) && !isInteger(type.id) && !isBinary(type.id))
+            throw sqlError(2748, {baseName(type.id), std::to_string(index + 4)});  // of RAISERROR
+        if ((match.str(kType) == "s") != (text != nullptr) || isBinary(type.id))
             throw sqlError(2786, {std::to_string(index + 1)});
         if (text) return written(side + size + "s", text->c_str());
         return integer("%" + flags + size + "ll" + match.str(kType), std::get<std::int64_t>(value));

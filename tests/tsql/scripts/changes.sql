@@ -24,7 +24,9 @@ GO
 UPDATE c SET v = v + 10, ch = DEFAULT WHERE id > 100
 UPDATE x SET v += d.id FROM c x INNER JOIN d ON x.id = d.cid
 UPDATE TOP (1) c SET nm = 'first' WHERE id < 100
+GO
 UPDATE c SET id = 1
+GO
 SELECT id, nm, ch, v FROM c ORDER BY id
 DELETE d FROM d JOIN c ON c.id = d.cid WHERE c.v = 2
 DELETE FROM c WHERE nm = 'nobody'
@@ -37,6 +39,7 @@ ALTER TABLE #copy DROP COLUMN w
 SELECT * FROM tempdb..#copy
 TRUNCATE TABLE d
 DROP TABLE #copy
+GO
 SELECT * FROM #copy
 GO
 SELECT name, xtype FROM sysobjects WHERE xtype IN ('U', 'PK') ORDER BY name

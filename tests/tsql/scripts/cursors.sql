@@ -72,6 +72,7 @@ GO
 EXEC pairs
 EXEC pairs
 OPEN outer_c
+GO
 DECLARE bad CURSOR FOR SELECT nocolumn FROM t
 GO
 DECLARE @d date

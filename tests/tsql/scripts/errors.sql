@@ -29,6 +29,7 @@ GO
 SET QUOTED_IDENTIFIER OFF
 SELECT "text"
 SET QUOTED_IDENTIFIER ON
+GO
 SELECT "text"
 GO
 PRINT 'nothing of a batch runs

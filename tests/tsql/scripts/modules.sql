@@ -24,7 +24,9 @@ GO
 CREATE FUNCTION dbo.fac (@n int) RETURNS int AS BEGIN IF @n <= 1 RETURN 1 RETURN @n * dbo.fac(@n - 1) END
 GO
 SELECT dbo.fac(5), dbo.fac(id) FROM (SELECT 3 AS id UNION ALL SELECT 4) x
+GO
 SELECT dbo.fac(40)
+GO
 SELECT dbo.fac(13)
 SELECT dbo.fac(1, 2)
 GO

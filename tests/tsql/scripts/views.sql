@@ -90,6 +90,7 @@ DROP VIEW loop2, nested
 DROP VIEW IF EXISTS nested
 DROP VIEW nested
 DROP FUNCTION below
+GO
 SELECT * FROM nested
 GO
 SELECT * FROM (SELECT id FROM item ORDER BY id) q
