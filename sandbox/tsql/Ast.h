@@ -200,6 +200,11 @@ struct Declaration {
     std::shared_ptr<const CreateTable> table = {};  // DECLARE @t TABLE (...)
     bool output = false;
 };
+// What a batch or a module declares anywhere in it: each is there, NULL, from its beginning.
+struct Local {
+    std::string name;  // in lower case
+    SqlType type;
+};
 struct Declare {
     std::vector<Declaration> variables;
 };
@@ -383,6 +388,7 @@ struct CreateModule {
     std::vector<Declaration> parameters;
     SqlType returns;
     Block body;
+    std::vector<Local> locals;
     QueryPtr query;                    // of a view, or of a function that returns a table
     std::vector<std::string> columns;  // CREATE VIEW name (columns)
 };

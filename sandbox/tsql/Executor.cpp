@@ -80,6 +80,7 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     return run(sink, frame, [&] {
         m_text = text;
         const auto batch = parseBatch(text, m_quotedIdentifiers);
+        frame.declare(batch->locals);
         runFrame(batch->statements, frame);
     });
 }
@@ -409,12 +410,8 @@ Flow Executor::run(const Declare& declare) {
             declareTable(each);
             continue;
         }
-        // A second time, in a loop, it keeps its value.
-        Variable& variable = m_frames.back()
-                                 ->variables.try_emplace(lowerAscii(each.name), Variable{each.type, Null{}})
-                                 .first->second;
-        if (!each.value) continue;
-        variable.value = evaluate(*each.value, each.type);
+        if (!each.value) continue;  // a second time, in a loop, it keeps what it holds
+        m_frames.back()->variables[lowerAscii(each.name)].value = evaluate(*each.value, each.type);
         m_error = 0;
         m_rowCount = 1;
     }

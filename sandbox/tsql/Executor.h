@@ -49,6 +49,10 @@ struct TableVariable {
 
 // What a batch, a procedure or a function has for itself while it runs.
 struct Frame {
+    void declare(const std::vector<ast::Local>& locals) {
+        for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
+    }
+
     std::string procedure;                      // empty in a batch
     std::string database;                       // in which its names are looked up; empty: the session's
     std::map<std::string, Variable> variables;  // by name in lower case
@@ -109,7 +113,7 @@ class Executor final : public NameResolver {
     bool run(ResultSink& sink, Frame& frame, Work work);
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
-    void checkFirst(const ast::Block& block);
+    static bool isAlone(const ast::Block& block);
     void check(const ast::Block& block);
     void check(const ast::Statement& statement);
     void check(const ast::Declare& declare);

@@ -192,8 +192,8 @@ Flow Executor::run(const Transaction& transaction) {
                                  ? transaction.name
                                  : evaluateText({m_line, VariableRef{transaction.variable}});
     const TransactionVerb verb = transaction.verb;
-    if (verb == TransactionVerb::Rollback && m_transactions == 0) throw sqlError(3903);
     if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(3915);
+    if (verb == TransactionVerb::Rollback && m_transactions == 0) throw sqlError(3903);
     const bool whole = name.empty() || sameWord(name, m_transactionName);
     if (verb == TransactionVerb::Begin) begin(name);
     if (verb == TransactionVerb::Save) save(name);

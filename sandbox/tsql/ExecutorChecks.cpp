@@ -8,17 +8,25 @@ namespace tsql {
 
 using namespace ast;
 
-// A statement that stands alone is looked at when it runs: nothing precedes it.
-void Executor::checkFirst(const Block& block) {
+// Whether it is one statement, which nothing precedes and which holds no other.
+bool Executor::isAlone(const Block& block) {
     const auto holdsOthers = [](const auto& node) {
-        using Node = std::decay_t<decltype(node)>;
-        return std::is_same_v<Node, If> || std::is_same_v<Node, While> || std::is_same_v<Node, Compound> ||
-               std::is_same_v<Node, TryCatch>;
+        return requires {
+            node.statements;
+        }
+        || requires {
+            node.attempt;
+        }
+        || requires {
+            node.condition;
+        };
     };
-    if (block.size() > 1 || (!block.empty() && std::visit(holdsOthers, block.front()->node))) check(block);
+    return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
 }
 
+// Not within a transaction that has changed something: it could no longer wait for what it has looked at.
 void Executor::check(const Block& block) {
+    if (m_connection.inTransaction() || m_describeOnly) return;
     const Finally databaseAgain(
         [&frame = *m_frames.back(), before = m_frames.back()->database] { frame.database = before; });
     for (const auto& statement : block) check(*statement);
@@ -34,13 +42,9 @@ void Executor::check(const Statement& statement) {
     }
 }
 
-// Variables are there from the first statement on.
 void Executor::check(const Declare& declare) {
     for (const auto& each : declare.variables) {
-        if (each.table)
-            declareTable(each);
-        else
-            m_frames.back()->variables.try_emplace(lowerAscii(each.name), Variable{each.type, Null{}});
+        if (each.table) declareTable(each);
         if (each.value) Translator(*this).value(*each.value);
     }
 }
@@ -75,7 +79,6 @@ void Executor::check(const DeclareCursor& declare) {
 }
 
 void Executor::check(const Insert& insert) {
-    claim(insert.table);
     const TableInfo target = table(insert.table);
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
@@ -86,7 +89,6 @@ void Executor::check(const Update& update) {
     const ObjectName& name = Translator::targetName(update.table, update.from);
     Translator translator(*this);
     translator.useCommonTables(update, name);
-    claim(name);
     translator.update(table(name), update);
 }
 
@@ -94,7 +96,6 @@ void Executor::check(const Delete& statement) {
     const ObjectName& name = Translator::targetName(statement.table, statement.from);
     Translator translator(*this);
     translator.useCommonTables(statement, name);
-    claim(name);
     translator.remove(table(name), statement);
 }
 

@@ -70,6 +70,7 @@ void Executor::checkBody(const CreateModule& module) {
     frame.procedure = module.name.name;
     for (const auto& parameter : module.parameters)
         frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
+    frame.declare(module.locals);
     inFrame(frame, [&] { check(module.body); });
     dropTemporaryTables(frame);
 }
@@ -127,7 +128,8 @@ void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
 
 void Executor::runFrame(const Block& body, Frame& frame) {
     inFrame(frame, [&] {
-        if (frame.procedure.empty() && !m_describeOnly) checkFirst(body);
+        const bool isText = frame.procedure.empty();
+        if (isText && !isAlone(body)) check(body);
         runBlock(body);
     });
 }
@@ -169,6 +171,7 @@ void Executor::runText(const std::string& text) {
     const Finally textAgain([this, outer = std::exchange(m_text, text)] { m_text = outer; });
     const auto batch = parseBatch(m_text, m_quotedIdentifiers);
     Frame frame;
+    frame.declare(batch->locals);
     frame.database = m_frames.back()->database;
     const std::string database = m_database;
     runScope(batch->statements, frame);
@@ -251,6 +254,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
 
 Executor::Arguments Executor::bindArguments(const CreateModule& module, const Execute& execute,
                                             const std::string& name, Frame& frame) {
+    frame.declare(module.locals);
     Arguments arguments(module.parameters.size());
     const Argument* unknown = nullptr;
     for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
@@ -315,6 +319,7 @@ Value Executor::callFunction(std::string_view database, std::string_view name,
     frame.database = function->database;
     frame.isFunction = true;
     frame.returnType = module.returns;
+    frame.declare(module.locals);
     for (std::size_t i = 0; i < module.parameters.size(); ++i)
         frame.variables[lowerAscii(module.parameters[i].name)] = {
             module.parameters[i].type, i < arguments.size() ? ownedValue(arguments[i]) : Value(Null{})};

@@ -18,7 +18,10 @@ constexpr int kLongestChain = 400;  // of operators on one level; SQLite's trees
 }  // namespace
 
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers) {
-    return std::make_shared<Batch>(Batch{Parser(text, quotedIdentifiers).batch()});
+    Parser parser(text, quotedIdentifiers);
+    auto batch = std::make_shared<Batch>(Batch{parser.batch()});
+    batch->locals = std::move(parser.m_locals);
+    return batch;
 }
 
 ast::ExprPtr parseExpression(std::string_view text) {

@@ -16,6 +16,7 @@ namespace tsql {
 
 struct Batch {
     ast::Block statements;
+    std::vector<ast::Local> locals = {};
 };
 
 // Throws SyntaxError; then nothing of the batch may run. `quotedIdentifiers`: whether "x" is a name.
@@ -147,6 +148,7 @@ class Parser {
     int m_loops = 0;
     std::optional<ast::ObjectName>* m_into = nullptr;  // the next SELECT may have INTO, which is kept there
     const ast::CreateModule* m_module = nullptr;  // whose body is read
+    std::vector<ast::Local> m_locals;
 
   private:
     std::size_t match(std::string_view phrase, std::size_t ahead) const;

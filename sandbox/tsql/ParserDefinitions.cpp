@@ -77,10 +77,6 @@ Update update(Parser& in) {
     in.tableHints();
     in.expect("SET");
     node.sets = in.list([&] { return setClause(in); });
-    for (auto set = node.sets.begin(); set != node.sets.end(); ++set)
-        if (std::any_of(node.sets.begin(), set,
-                        [&](const auto& other) { return sameWord(other.column, set->column); }))
-            throw SyntaxError(sqlError(264, {set->column}), in.peek().line);
     const std::size_t begin = in.position();
     node.output = output(in);
     if (node.output && findText(in.textSince(begin), "deleted.") != std::string::npos)
@@ -343,6 +339,7 @@ void moduleBody(Parser& in, CreateModule& module) {
     in.m_module = &module;
     module.body = in.statements("");
     in.m_module = nullptr;
+    module.locals = std::move(in.m_locals);
     if (module.body.empty()) in.syntaxError();
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
     if (module.function && (!body || !std::holds_alternative<Return>(body->statements.back()->node)))

@@ -437,7 +437,7 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
         "DEALLOCATE";
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
-    if (select && (!body || body->items.front().variable.empty() || body->into))
+    if (select && (!body || body->items.front().variable.empty() || select->into))
         throw SyntaxError(sqlError(444, {}, 2), statement.line);
     const bool option = std::holds_alternative<SetOption>(statement.node);
     if (option || !hasWord(kTraceless, verb) || std::holds_alternative<TryCatch>(statement.node) ||
@@ -505,6 +505,7 @@ Declaration Parser::declaration(bool isParameter) {
     if (m_declared.contains(key) || m_declaredTables.contains(key))
         throw SyntaxError(sqlError(134, {name.raw}), name.line);
     (node.table ? m_declaredTables : m_declared).insert(key);
+    if (!isParameter && !node.table) m_locals.push_back({key, node.type});
     return node;
 }
 

@@ -49,3 +49,33 @@ SELECT @r
 EXEC @r = sp_releaseapplock 'job', 'Session'
 SELECT @r
 GO
+-- arguments that do not fit
+CREATE PROCEDURE fit @a int, @b varchar(9) = 'b' AS SELECT @a, @b
+GO
+CREATE PROCEDURE takes_none AS RETURN
+GO
+EXEC fit @a = 1, @a = 2
+EXEC takes_none 1
+DECLARE @v varchar(9) = 'SELECT 1', @r int
+EXEC fit 1, @v OUTPUT
+EXEC sp_executesql @v
+EXEC sp_executesql N'SELECT @x', N'@x int'
+EXEC @r = sp_executesql N'SELECT 1/0'
+PRINT @r
+EXEC ('SELECT FROM')
+EXEC fit 'one'
+PRINT 'not reached'
+GO
+EXEC fit @a = 1, 'b'
+GO
+EXEC fit 1, 'b' OUTPUT
+GO
+EXEC fit 1 + 1
+GO
+EXEC ('SELECT ' + QUOTENAME('a'))
+GO
+CREATE TABLE #rows (a int)
+INSERT #rows EXEC ('ROLLBACK')
+INSERT #rows EXEC ('INSERT #rows EXEC (''SELECT 1'')')
+BEGIN TRAN INSERT #rows EXEC ('ROLLBACK') ROLLBACK
+GO

@@ -48,3 +48,28 @@ SET NOCOUNT ON
 INSERT t VALUES (5)
 SELECT COUNT(*) FROM t
 GO
+-- a variable is there from the batch's beginning and keeps its value in a loop
+DECLARE @i int = 0
+WHILE @i < 2 BEGIN DECLARE @x int; SET @x = ISNULL(@x, 0) + 1; SET @i += 1 END
+IF 1 = 0 BEGIN DECLARE @y int = 5 END
+SELECT @x, @y
+UPDATE t SET id = id RAISERROR('seen', 10, 1) PRINT @@ROWCOUNT
+UPDATE t SET id = id DECLARE @z int = 1 PRINT @@ROWCOUNT
+UPDATE t SET id = id WHILE @@ROWCOUNT > 9 PRINT 'x' PRINT @@ROWCOUNT
+GO
+PRINT 'x' THROW 50001, 'direct', 7
+GO
+PRINT 'x' WITH c AS (SELECT 1 AS a) SELECT a FROM c
+GO
+IF 1 = 1 THROW 50001, 'direct', 7
+GO
+RETURN 1
+GO
+BEGIN END
+GO
+RAISERROR('a' + 'b', 16, 1)
+GO
+CREATE PROCEDURE empty_status AS RETURN NULL
+GO
+DECLARE @s int = 9 EXEC @s = empty_status PRINT @s
+GO

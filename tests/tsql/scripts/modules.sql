@@ -75,3 +75,41 @@ GO
 SELECT dbo.scaled(3)
 GO
 SELECT LEN(DEFAULT)
+GO
+-- what is wrong whatever the values are is found first
+CREATE TABLE checked (a int, id int IDENTITY)
+GO
+CREATE PROCEDURE unchecked AS IF 1 = 0 SELECT nosuch FROM checked
+GO
+PRINT 'not reached' UPDATE checked SET nosuch = 1
+GO
+ALTER TABLE checked ADD b int UPDATE checked SET b = 1
+GO
+INSERT checked VALUES (1, 1)
+GO
+CREATE TABLE #checked (a int)
+GO
+CREATE TABLE #checked (b int)
+PRINT 'not reached'
+GO
+BEGIN TRAN
+ALTER TABLE checked DROP COLUMN nosuch
+PRINT 'not reached'
+GO
+SELECT @@TRANCOUNT
+ALTER TABLE nosuch ADD a int
+GO
+TRUNCATE TABLE nosuch
+CREATE INDEX i ON nosuch (a)
+DROP PROCEDURE checked
+GO
+CREATE FUNCTION dbo.shows () RETURNS int AS BEGIN SELECT 1 RETURN 1 END
+GO
+CREATE FUNCTION dbo.no_return () RETURNS int AS BEGIN IF 1 = 1 RETURN 1 END
+GO
+CREATE TABLE bad (a int DEFAULT b, b int)
+GO
+CREATE TABLE bad (a int PRIMARY KEY, b int PRIMARY KEY)
+GO
+CREATE TABLE bad (a int, CONSTRAINT FK_bad FOREIGN KEY (c) REFERENCES checked (a))
+GO
