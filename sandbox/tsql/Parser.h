@@ -147,7 +147,7 @@ class Parser {
     bool m_quotedIdentifiers;
     int m_loops = 0;
     std::optional<ast::ObjectName>* m_into = nullptr;  // the next SELECT may have INTO, which is kept there
-    const ast::CreateModule* m_module = nullptr;  // whose body is read
+    const ast::CreateModule* m_module = nullptr;       // whose body is read
     std::vector<ast::Local> m_locals;
 
   private:
