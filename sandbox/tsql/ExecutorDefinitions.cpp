@@ -207,6 +207,13 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
             throw sqlError(8111, {table.name});
         key.columns.push_back(column->name);
     }
+    if (constraint.kind == ConstraintKind::Check) {
+        const auto read = Translator(*this).check(table, *constraint.check).columns;
+        for (const auto& name : read)
+            if (!key.columns.empty() && name != key.columns.front())
+                throw sqlError(8141, {key.columns.front(), table.name});
+        key.columns.assign(read.begin(), read.end());
+    }
     if (key.name.empty())  // "PK__Orders__7_42"
         key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
                    "_" + std::to_string(catalogue.lastId() + 1);
@@ -231,8 +238,8 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
     for (const auto& key : catalogue.keysOf(table.id)) {
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
         if (key.type == objectType::kCheck)
-            body +=
-                name + " CHECK (" + Translator(*this).check(table, *parseConstraint(key.source).check) + ")";
+            body += name + " CHECK (" +
+                    Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")";
         if (key.type != objectType::kForeignKey) continue;
         body += name + " FOREIGN KEY (" + nameList(key.columns) + ") REFERENCES " + quotedName(key.stored) +
                 " (" + nameList(referencedColumns(catalogue, key)) + ")" +
@@ -319,7 +326,7 @@ void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const Obj
     const bool isCheck = key.type == objectType::kCheck;
     if (!isCheck && key.type != objectType::kForeignKey) return;
     const std::string broken =
-        isCheck ? "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check) + ")"
+        isCheck ? "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")"
                 : orphans(catalogue, table, key, quotedName(table.stored));
     if (!anyRow(table, broken)) return;
     m_verb = "ALTER TABLE";

@@ -308,6 +308,7 @@ constexpr std::string_view kMessages =
 8133 16 1 At least one of the result expressions in a CASE specification must be an expression other than the NULL
     constant.
 8134 16 1 Divide by zero error encountered.
+8141 16 0 Column CHECK constraint for column '%s' references another column, table '%s'.
 8143 16 1 Parameter '%s' was supplied multiple times.
 8144 16 2 Procedure or function %s has too many arguments specified.
 8145 16 1 %s is not a parameter for procedure %s.

@@ -74,6 +74,12 @@ struct Assignment {
     SqlType type;  // of the value
 };
 
+// A CHECK's condition, its columns without a table, and which they are.
+struct CheckText {
+    std::string sql;
+    std::set<std::string> columns;
+};
+
 class Translator {
   public:
     explicit Translator(NameResolver& names) : m_names(names) {}
@@ -99,8 +105,7 @@ class Translator {
     // (ts_row) of those that are there already. For the texts of errors.
     const std::string& newRows() const { return m_newRows; }
     std::string remove(const TableInfo& target, const ast::Delete& statement);
-    // A CHECK's condition, its columns without a table.
-    std::string check(const TableInfo& table, const ast::Expr& condition);
+    CheckText check(const TableInfo& table, const ast::Expr& condition);
 
     // What ?1, ?2 ... stand for.
     struct Parameter {

@@ -267,13 +267,14 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
            ")" + returned;
 }
 
-std::string Translator::check(const TableInfo& table, const Expr& expr) {
+CheckText Translator::check(const TableInfo& table, const Expr& expr) {
     Scope scope;
     m_scope = &scope;
     addSource(table, table.name, {});
-    std::string sql = condition(expr);
+    CheckText text{condition(expr), {}};
+    for (const auto& name : scope.loose) text.columns.insert(name.substr(table.name.size() + 1));
     m_scope = nullptr;
-    return sql;
+    return text;
 }
 
 }  // namespace tsql

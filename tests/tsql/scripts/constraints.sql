@@ -198,3 +198,11 @@ CREATE TABLE elsewhere.dbo.indexed (a int)
 CREATE INDEX ix_there ON elsewhere.dbo.indexed (a)
 DROP INDEX ix_there ON elsewhere.dbo.indexed
 DROP INDEX ix_there ON elsewhere.dbo.indexed
+-- a CHECK belongs to the columns that it reads
+CREATE TABLE span (a int, b int, CONSTRAINT CK_span CHECK (a < b), CONSTRAINT CK_one CHECK (span.a > 1))
+INSERT span VALUES (1, 2)
+INSERT span VALUES (3, 2)
+ALTER TABLE span DROP COLUMN b
+GO
+ALTER TABLE span ADD c int CHECK (c > a)
+GO
