@@ -68,7 +68,8 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
         goesOn = false;
     }
     // SQLite takes a transaction back whose change is broken off; XACT_ABORT says so of all that is.
-    if (transactionLost() || (m_abortOnError && m_transactions > 0 && isCancelled())) rollBack();
+    const bool aborts = (m_abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
+    if (transactionLost() || (aborts && isCancelled())) rollBack();
     if (m_doomed) {
         report({3998, 16, 1, 1, "", sqlError(3998).what()});
         rollBack();

@@ -134,9 +134,14 @@ void Executor::runFrame(const Block& body, Frame& frame) {
     });
 }
 
-// Runs the body of a procedure, or a text as one: its temporary tables end with it. False when an error has
-// ended it.
+// Runs the body of a procedure, or a text as one: its temporary tables and its settings end with it. False when
+// an error has ended it.
 bool Executor::runScope(const Block& body, Frame& frame) {
+    const Finally settingsAgain([this, noCount = m_noCount, abortOnError = m_abortOnError] {
+        m_abortsCancelled = m_abortsCancelled || (m_abortOnError && isCancelled());
+        m_noCount = noCount;
+        m_abortOnError = abortOnError;
+    });
     bool whole = true;
     try {
         runFrame(body, frame);
@@ -230,7 +235,6 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
     frame.procedure = procedure->name;
     frame.database = procedure->database;
     frame.returned = std::int64_t{0};
-    const bool noCount = m_noCount;
     const int transactions = m_transactions;
     Arguments arguments;
     try {
@@ -243,7 +247,6 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
         frame.returned = std::int64_t{(this->*system->body)(frame)};
     else if (!runScope(module.body, frame))
         frame.returned = std::int64_t{-6};
-    m_noCount = noCount;  // what a procedure sets is its own
     returnOutputs(module, arguments, execute, frame);
     if (m_transactions != transactions)
         afterError({266, 16, 2, 0, frame.procedure,
