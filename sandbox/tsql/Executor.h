@@ -116,22 +116,8 @@ class Executor final : public NameResolver {
     static bool isAlone(const ast::Block& block);
     void check(const ast::Block& block);
     void check(const ast::Statement& statement);
-    void check(const ast::Declare& declare);
-    void check(const ast::If& node);
-    void check(const ast::While& node);
-    void check(const ast::Compound& node) { check(node.statements); }
-    void check(const ast::TryCatch& node);
-    void check(const ast::Use& use);
-    void check(const ast::SelectStatement& statement);
-    void check(const ast::DeclareCursor& declare);
-    void check(const ast::Insert& insert);
-    void check(const ast::Update& update);
-    void check(const ast::Delete& statement);
     template <typename Node>
-    void check(const Node& node) {
-        if constexpr (requires { node.value; })
-            if (node.value) Translator(*this).value(*node.value);
-    }
+    void checkNode(const Node& node);
     Flow describe(const ast::Statement& statement);
     Flow run(const ast::Declare& declare);
     Flow run(const ast::Assign& assign);
@@ -343,6 +329,7 @@ class Executor final : public NameResolver {
     // The last identities that the transaction has given out, by schema and stored name of their tables.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
     Cursors m_cursors;           // the GLOBAL ones
+    bool m_checking = false;     // statements before they run
     bool m_insertsRows = false;  // of a procedure or text that runs
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;

@@ -24,79 +24,67 @@ bool Executor::isAlone(const Block& block) {
     return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
 }
 
+template <typename Node>
+void Executor::checkNode(const Node& node) {
+    Translator translator(*this);
+    if constexpr (requires { node.condition; }) translator.condition(*node.condition);
+    if constexpr (requires { node.value; })
+        if (node.value) translator.value(*node.value);
+    if constexpr (std::is_same_v<Node, If>) {
+        check(*node.then);
+        if (node.otherwise) check(*node.otherwise);
+    } else if constexpr (std::is_same_v<Node, While>) {
+        check(*node.body);
+    } else if constexpr (std::is_same_v<Node, Compound>) {
+        check(node.statements);
+    } else if constexpr (std::is_same_v<Node, TryCatch>) {
+        check(node.attempt);
+        check(node.handler);
+    } else if constexpr (std::is_same_v<Node, Declare>) {
+        for (const auto& each : node.variables) {
+            if (each.table) declareTable(each);
+            checkNode(each);
+        }
+    } else if constexpr (std::is_same_v<Node, Use>) {
+        if (!m_engine.storage.exists(node.database)) throw sqlError(911, {node.database});
+        m_frames.back()->database = node.database;
+    } else if constexpr (std::is_same_v<Node, SelectStatement> || std::is_same_v<Node, DeclareCursor>) {
+        translator.query(*node.query);
+    } else if constexpr (std::is_same_v<Node, Insert>) {
+        const TableInfo target = table(node.table);
+        const auto columns = insertColumns(target, node.columns, node.defaultValues);
+        if (!node.execute) insertText(target, columns, node, translator);
+    } else if constexpr (std::is_base_of_v<Change, Node>) {
+        const ObjectName& name = Translator::targetName(node.table, node.from);
+        translator.useCommonTables(node, name);
+        const TableInfo target = table(name);
+        if constexpr (std::is_same_v<Node, Update>)
+            translator.update(target, node);
+        else
+            translator.remove(target, node);
+    }
+}
+
 // Not within a transaction that has changed something: it could no longer wait for what it has looked at.
 void Executor::check(const Block& block) {
     if (m_connection.inTransaction() || m_describeOnly) return;
-    const Finally databaseAgain(
-        [&frame = *m_frames.back(), before = m_frames.back()->database] { frame.database = before; });
+    const Finally again([this, &frame = *m_frames.back(), database = m_frames.back()->database,
+                         checking = std::exchange(m_checking, true)] {
+        frame.database = database;
+        m_checking = checking;
+    });
     for (const auto& statement : block) check(*statement);
 }
 
-// What is not there yet may come to be until its statement runs.
+// What is not there yet may come to be until its statement runs, and a temporary table may be another by
+// then.
 void Executor::check(const Statement& statement) {
     try {
-        std::visit([this](const auto& node) { check(node); }, statement.node);
+        std::visit([this](const auto& node) { checkNode(node); }, statement.node);
     } catch (const SqlError& error) {
         if (error.number == 208 || error.number == 4121 || !endsScope(error.number)) return;
         fail(error, statement.line);
     }
-}
-
-void Executor::check(const Declare& declare) {
-    for (const auto& each : declare.variables) {
-        if (each.table) declareTable(each);
-        if (each.value) Translator(*this).value(*each.value);
-    }
-}
-
-void Executor::check(const If& node) {
-    Translator(*this).condition(*node.condition);
-    check(*node.then);
-    if (node.otherwise) check(*node.otherwise);
-}
-
-void Executor::check(const While& node) {
-    Translator(*this).condition(*node.condition);
-    check(*node.body);
-}
-
-void Executor::check(const TryCatch& node) {
-    check(node.attempt);
-    check(node.handler);
-}
-
-void Executor::check(const Use& use) {
-    if (!m_engine.storage.exists(use.database)) throw sqlError(911, {use.database});
-    m_frames.back()->database = use.database;
-}
-
-void Executor::check(const SelectStatement& statement) {
-    Translator(*this).query(*statement.query);
-}
-
-void Executor::check(const DeclareCursor& declare) {
-    Translator(*this).query(*declare.query);
-}
-
-void Executor::check(const Insert& insert) {
-    const TableInfo target = table(insert.table);
-    const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
-    Translator translator(*this);
-    if (!insert.execute) insertText(target, columns, insert, translator);
-}
-
-void Executor::check(const Update& update) {
-    const ObjectName& name = Translator::targetName(update.table, update.from);
-    Translator translator(*this);
-    translator.useCommonTables(update, name);
-    translator.update(table(name), update);
-}
-
-void Executor::check(const Delete& statement) {
-    const ObjectName& name = Translator::targetName(statement.table, statement.from);
-    Translator translator(*this);
-    translator.useCommonTables(statement, name);
-    translator.remove(table(name), statement);
 }
 
 }  // namespace tsql

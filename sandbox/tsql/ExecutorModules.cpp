@@ -134,8 +134,8 @@ void Executor::runFrame(const Block& body, Frame& frame) {
     });
 }
 
-// Runs the body of a procedure, or a text as one: its temporary tables and its settings end with it. False when
-// an error has ended it.
+// Runs the body of a procedure, or a text as one: its temporary tables and its settings end with it. False
+// when an error has ended it.
 bool Executor::runScope(const Block& body, Frame& frame) {
     const Finally settingsAgain([this, noCount = m_noCount, abortOnError = m_abortOnError] {
         m_abortsCancelled = m_abortsCancelled || (m_abortOnError && isCancelled());
@@ -207,15 +207,7 @@ void Executor::executeSql(const Execute& execute) {
     const CreateModule& module = moduleOf(*batch);
     frame.database = m_frames.back()->database;
     frame.skippedArguments = std::size(texts);
-    Arguments arguments;
-    try {
-        arguments = bindArguments(module, execute, "sp_executesql", frame);
-    } catch (const SqlError& error) {
-        constexpr int kMissing = 201;
-        if (error.number != kMissing) throw;
-        const std::string text = error.what(), name = text.substr(text.find('@'));
-        throw sqlError(8178, {"(" + declarations + ")" + statement, name.substr(0, name.find('\''))});
-    }
+    const auto arguments = bindArguments(module, execute, "(" + declarations + ")" + statement, frame);
     runScope(module.body, frame);
     frame.returned = std::int64_t{m_error};
     returnOutputs(module, arguments, execute, frame);
@@ -263,30 +255,27 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
     for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
         const Argument& argument = execute.arguments[i];
         std::size_t at = i - frame.skippedArguments;
-        if (arguments.empty()) throw sqlError(8146, {name});
+        if (arguments.empty()) throw sqlError(8146, {frame.procedure});
         if (!argument.name.empty())
             at = static_cast<std::size_t>(
                 std::ranges::find_if(module.parameters,
                                      [&](const auto& each) { return sameWord(each.name, argument.name); }) -
                 module.parameters.begin());
-        if (at >= arguments.size() && argument.name.empty()) throw sqlError(8144, {name});
-        if (at >= arguments.size()) {
-            unknown = &argument;
-            continue;
-        }
-        if (arguments[at]) throw sqlError(8143, {argument.name});
-        arguments[at] = &argument;
+        if (at < arguments.size() && arguments[at]) throw sqlError(8143, {argument.name});
+        if (at >= arguments.size() && argument.name.empty()) throw sqlError(8144, {frame.procedure});
+        (at < arguments.size() ? arguments[at] : unknown) = &argument;
     }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const Declaration& parameter = module.parameters[i];
         const Argument* argument = arguments[i];
         const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
-        if (!value && !m_describeOnly) throw sqlError(201, {name, parameter.name});
+        if (!value && !m_describeOnly)
+            throw sqlError(frame.procedure.empty() ? 8178 : 201, {name, parameter.name});
         if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
         frame.variables[lowerAscii(parameter.name)] = {
             parameter.type, value ? argumentValue(*value, parameter.type) : Value(Null{})};
     }
-    if (unknown) throw sqlError(8145, {unknown->name, name});
+    if (unknown) throw sqlError(8145, {unknown->name, frame.procedure});
     return arguments;
 }
 

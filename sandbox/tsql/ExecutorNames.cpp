@@ -114,6 +114,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     }
     if (!name.schema.empty() && !sameWord(name.schema, "dbo") && !name.name.starts_with('#'))
         return std::nullopt;
+    if (m_checking && name.name.starts_with('#')) return std::nullopt;
     if (!m_connection.inTransaction()) m_knownTables.clear();
     const std::string key = databaseOf(name) + '/' + name.name;
     if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;

@@ -114,3 +114,12 @@ ROLLBACK
 INSERT ticket VALUES (8)
 SELECT id, a FROM ticket
 GO
+-- what a procedure sets ends with it, also when an error ends it
+CREATE PROCEDURE sets_and_fails AS SET NOCOUNT ON SET XACT_ABORT ON SELECT 1/0
+GO
+BEGIN TRY EXEC sets_and_fails END TRY BEGIN CATCH PRINT ERROR_LINE() END CATCH
+EXEC ('SET XACT_ABORT ON')
+INSERT t VALUES (1)
+INSERT t VALUES (1)
+PRINT 'reached'
+GO
