@@ -47,7 +47,9 @@ void BatchRunner::printResult(Statement& statement, const ResultMode& mode) {
 }
 
 void BatchRunner::printRows(Statement& statement, const ResultMode& mode) {
-    const SQLRETURN code = ResultPrinter(statement, m_options.layout, mode, m_output, m_messages).print();
+    ResultPrinter printer(statement, m_options.layout, mode, m_output,
+                          m_messages);  // its end clears messages
+    const SQLRETURN code = printer.print();
     const bool failed = code != SQL_NO_DATA;
     if (failed) report(statement, code);
     if (mode.xml || failed) return;
