@@ -84,6 +84,7 @@ const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope
         if (column.path.size() > 1 && compareText(column.path[column.path.size() - 2], each.exposed) != 0)
             continue;
         if (column.path.size() > 3 && compareText(column.path[0], each.database) != 0) continue;
+        if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
             if (compareText(candidate.name, name) != 0) continue;
             if (found) throw sqlError(209, {name});
@@ -98,6 +99,7 @@ Typed Translator::node(const ColumnRef& column) {
     for (Scope* scope = m_scope; scope; scope = scope->outer) {
         const Source* source = nullptr;
         const SourceColumn* found = findColumn(column, *scope, source);
+        if (!found && source) throw sqlError(207, {column.path.back()});  // its table is known
         if (!found) continue;
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name

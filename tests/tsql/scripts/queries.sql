@@ -51,3 +51,6 @@ SELECT 1 FROM a x, b x
 GO
 SELECT * FROM (SELECT id, n AS id FROM a) q
 GO
+-- the table is known, its column is not
+SELECT x.nosuch FROM a x
+GO
