@@ -300,6 +300,7 @@ class Executor final : public NameResolver {
     static const Global& global(std::string_view name);
     std::string databaseOf(const ast::ObjectName& name) const;
     Catalogue catalogue(const ast::ObjectName& name);
+    static std::string asWritten(const ast::ObjectName& name);
     TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     const Variable& local(std::string_view name);

@@ -222,7 +222,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
                                  std::string(system->parameters) + " AS RETURN");
         procedure = StoredModule{databaseOf(name), std::string(system->name), head, &moduleOf(*head)};
     }
-    if (!procedure) throw sqlError(2812, {name.name});
+    if (!procedure) throw sqlError(2812, {asWritten(name)});
     const CreateModule& module = *procedure->module;
     frame.procedure = procedure->name;
     frame.database = procedure->database;

@@ -124,13 +124,17 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     return found;
 }
 
+std::string Executor::asWritten(const ObjectName& name) {
+    std::string full = name.database;
+    if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
+    return full + name.name;
+}
+
 // `missing`: the error, and its state, where there is none.
 TableInfo Executor::table(const ObjectName& name, int missing, int state) {
     if (auto found = findTable(name)) return *found;
     if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");
-    std::string full = name.database;
-    if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
-    throw sqlError(missing, {full + name.name}, state);
+    throw sqlError(missing, {asWritten(name)}, state);
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {

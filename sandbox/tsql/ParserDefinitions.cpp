@@ -351,6 +351,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     module.function = in.at("FUNCTION");
     in.take();
     module.name = definedName(in);
+    if (module.name.name.starts_with('#')) in.unsupported("temporary procedures");
     const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
     if (!module.name.database.empty()) throw SyntaxError(sqlError(166, {kind}), module.name.line);
     if (view) {

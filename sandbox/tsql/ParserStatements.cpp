@@ -169,22 +169,20 @@ Statement::Node whileLoop(Parser& in) {
     return node;
 }
 
+// TRANSACTION is taken where BEGIN stands before it; COMMIT and ROLLBACK also stand alone or with WORK.
 template <TransactionVerb verb>
 Statement::Node transaction(Parser& in) {
     Transaction node{verb, {}, {}};
-    if (in.atVariable())
+    if (verb != TransactionVerb::Begin && !in.acceptAny({"TRANSACTION", "TRAN"})) {
+        if (verb == TransactionVerb::Save) in.syntaxError();
+        in.accept("WORK");
+    } else if (in.atVariable()) {
         node.variable = in.expectVariable();
-    else if (in.atName() || verb == TransactionVerb::Save)
+    } else if (in.atName() || verb == TransactionVerb::Save) {
         node.name = in.expectName();
+    }
     in.refuse("WITH MARK", "marked transactions");
     return node;
-}
-
-// COMMIT or ROLLBACK, alone or with WORK.
-template <TransactionVerb verb>
-Statement::Node endOfWork(Parser& in) {
-    in.accept("WORK");
-    return Transaction{verb, {}, {}};
 }
 
 Statement::Node compound(Parser& in) {
@@ -404,14 +402,9 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
     {"BEGIN TRANSACTION", transaction<TransactionVerb::Begin>},
     {"BEGIN TRAN", transaction<TransactionVerb::Begin>},
-    {"COMMIT TRANSACTION", transaction<TransactionVerb::Commit>},
-    {"COMMIT TRAN", transaction<TransactionVerb::Commit>},
-    {"COMMIT", endOfWork<TransactionVerb::Commit>},
-    {"ROLLBACK TRANSACTION", transaction<TransactionVerb::Rollback>},
-    {"ROLLBACK TRAN", transaction<TransactionVerb::Rollback>},
-    {"ROLLBACK", endOfWork<TransactionVerb::Rollback>},
-    {"SAVE TRANSACTION", transaction<TransactionVerb::Save>},
-    {"SAVE TRAN", transaction<TransactionVerb::Save>},
+    {"COMMIT", transaction<TransactionVerb::Commit>},
+    {"ROLLBACK", transaction<TransactionVerb::Rollback>},
+    {"SAVE", transaction<TransactionVerb::Save>},
     {"BEGIN TRY", tryCatch},
     {"BEGIN", compound},
     {"RETURN", returnValue},
