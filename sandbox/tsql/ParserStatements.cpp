@@ -487,6 +487,7 @@ Declaration Parser::declaration(bool isParameter) {
     Declaration node{std::string(name.raw), {}, nullptr};
     accept("AS");
     refuse("CURSOR", "cursor variables");
+    if (m_module && m_module->function) refuse("TABLE", "table variables inside functions");
     if (at("TABLE") && !isParameter)
         node.table = std::make_shared<const CreateTable>(tableVariable(name));
     else
