@@ -238,7 +238,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
             if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(1222);
             return sqlError(1205, {std::to_string(m_spid)});
         case SQLITE_FULL:
-            return sqlError(1105, {m_database});
+            return sqlError(1105);
         default:
             break;
     }

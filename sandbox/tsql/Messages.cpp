@@ -141,7 +141,7 @@ constexpr std::string_view kMessages =
 1060 15 1 The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
 1087 15 2 Must declare the table variable "%s".
 1088 16 12 Cannot find the object "%s" because it does not exist or you do not have permissions.
-1105 17 2 Could not allocate space in database '%s': the disk is full.
+1105 17 2 Could not allocate space: the disk is full.
 1205 13 1 Transaction (Process ID %s) was deadlocked on lock resources with another process and has been
     chosen as the deadlock victim. Rerun the transaction.
 1222 16 1 Lock request time out period exceeded.

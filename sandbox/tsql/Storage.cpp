@@ -52,6 +52,10 @@ std::vector<std::string> namesIn(const fs::path& directory) {
     return names;
 }
 
+void removeFiles(const fs::path& file) {
+    for (const char* suffix : {"-wal", "-shm", ""}) fs::remove(file.string() + suffix);
+}
+
 void checkName(std::string_view name) {
     if (name.empty() || characterCount(name) > kMaxName || encodeName(name).size() > 250)
         throw sqlError(103, {name});
@@ -112,9 +116,11 @@ fs::path Storage::pathOf(std::string_view name) const {
 void Storage::create(std::string_view name) {
     checkName(name);
     if (exists(name)) throw sqlError(1801, {name});
+    const fs::path file = pathOf(name);
     try {
-        openDatabaseFile(pathOf(name), true);
+        openDatabaseFile(file, true);
     } catch (const std::runtime_error& error) {
+        removeFiles(file);
         throw sqlError(1802, {error.what()});
     }
 }
@@ -122,8 +128,7 @@ void Storage::create(std::string_view name) {
 void Storage::drop(std::string_view name) {
     if (isSystemDatabase(name)) throw sqlError(3708, {name});
     if (!exists(name)) throw sqlError(3701, {"database", name}, 1);
-    const std::string file = pathOf(name).string();
-    for (const char* suffix : {"-wal", "-shm", ""}) fs::remove(file + suffix);
+    removeFiles(pathOf(name));
 }
 
 void Storage::rename(std::string_view name, std::string_view newName) {
