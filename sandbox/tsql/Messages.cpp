@@ -106,6 +106,7 @@ constexpr std::string_view kMessages =
 443 16 14 Invalid use of a side-effecting operator '%s' within a function.
 444 16 2 Select statements included within a function cannot return data to a client.
 455 16 2 The last statement included within a function must be a return statement.
+462 16 1 Outer join is not allowed in the recursive part of a recursive common table expression '%s'.
 506 16 1 The invalid escape character "%s" was specified in a LIKE predicate.
 512 16 1 Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= ,
     >, >= or when the subquery is used as an expression.

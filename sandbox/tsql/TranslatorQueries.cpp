@@ -418,6 +418,9 @@ std::string Translator::recursiveReference(const CommonTable& table, const std::
 std::string Translator::join(const Join& join) {
     static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
                                                   " CROSS JOIN "};
+    for (const auto& table : m_with)  // rows without a partner would never end
+        if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
+            throw sqlError(462, {table.table->name});
     const std::size_t begin = m_scope->sources.size();
     const std::string left = tableRef(*join.left);
     const std::size_t middle = m_scope->sources.size();

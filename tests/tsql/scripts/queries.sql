@@ -54,3 +54,5 @@ GO
 -- the table is known, its column is not
 SELECT x.nosuch FROM a x
 GO
+WITH c AS (SELECT 1 AS n UNION ALL SELECT c.n + 1 FROM a LEFT JOIN c ON c.n = a.id) SELECT n FROM c
+GO
