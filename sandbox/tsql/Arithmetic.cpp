@@ -38,6 +38,7 @@ Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, con
 
 // An exact number's type has just the digits that are written.
 SqlType typeOfNumber(std::string_view text) {
+    if (text.starts_with('$')) return simpleType(TypeId::Money);
     if (text.find_first_of("eE") != std::string_view::npos) return simpleType(TypeId::Float);
     const auto point = std::min(text.find('.'), text.size());
     const auto scale = point == text.size() ? 0 : text.size() - point - 1;
@@ -81,7 +82,8 @@ TypedValue numericLiteral(std::string_view text) {
     const SqlType type = typeOfNumber(text);
     Value value = convertValue(text, varcharType(SqlType::kMax), type);
     const auto* integer = std::get_if<std::int64_t>(&value);
-    const bool isInt = integer && *integer <= INT32_MAX && text.find('.') == std::string_view::npos;
+    const bool isInt = integer && type.id == TypeId::Decimal && *integer <= INT32_MAX &&
+                       text.find('.') == std::string_view::npos;
     return {std::move(value), isInt ? simpleType(TypeId::Int) : type};
 }
 

@@ -250,16 +250,19 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
 BackupHeader readBackupHeader(const fs::path& file) {
     openBackup(file);
     BackupHeader header;
-    const auto take = [](void* into, int count, char** cells, char**) {
-        std::array<std::string, 6> told;  // the name and what follows it are missing in older backups
-        for (int i = 0; i < std::min(count, 6); ++i)
-            told[static_cast<std::size_t>(i)] = cells[i] ? cells[i] : "";
-        *static_cast<BackupHeader*>(into) = {told[0], told[1], told[2], told[3], told[4], told[5], 0, 0};
+    const auto take = [](void* into, int, char** cells, char**) {
+        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3],
+                                             cells[4], cells[5], 0,        0};
         return 0;
     };
-    const auto connection = openCopy(file, SQLITE_OPEN_READONLY);
-    const int code = sqlite3_exec(connection.get(), "SELECT * FROM tsqlbox_backup", take, &header, nullptr);
-    if (code != SQLITE_OK || header.database.empty()) damaged(file);
+    constexpr const char* kQuery =
+        "SELECT ifnull(database, ''), ifnull(started, ''), ifnull(finished, ''), ifnull(data_file, ''), "
+        "ifnull(name, ''), ifnull(description, '') FROM tsqlbox_backup";
+    try {
+        sqlite3_exec(openCopy(file, SQLITE_OPEN_READONLY).get(), kQuery, take, &header, nullptr);
+    } catch (const std::runtime_error&) {  // too much of it is missing
+    }
+    if (header.database.empty()) damaged(file);
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
     header.pages = header.bytes / kPage;
     return header;

@@ -117,7 +117,8 @@ class Lexer {
         if (c == '@') return take(TokenKind::Variable, past(isNamePart, 1));
         if (c == '0' && (peek(1) == 'x' || peek(1) == 'X'))
             return take(TokenKind::Binary, past(isHexDigit, 2));
-        if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number();
+        if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number(0);
+        if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
         if (isNameStart(c)) return take(TokenKind::Word, past(isNamePart, 1));
         for (const auto text : kSymbols)
             if (startsWith(text)) return take(TokenKind::Symbol, text.size());
@@ -149,12 +150,12 @@ class Lexer {
         return take(kind, end + 1 - m_at);
     }
 
-    Token number() {
-        std::size_t length = past(isDigit, 0);
+    Token number(std::size_t sign) {
+        std::size_t length = past(isDigit, sign);
         if (peek(length) == '.') length = past(isDigit, length + 1);
         if (peek(length) == 'e' || peek(length) == 'E') {
-            const char sign = peek(length + 1);
-            length = past(isDigit, length + (sign == '+' || sign == '-' ? 2 : 1));
+            const char next = peek(length + 1);
+            length = past(isDigit, length + (next == '+' || next == '-' ? 2 : 1));
         }
         return take(TokenKind::Number, length);
     }

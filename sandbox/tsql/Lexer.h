@@ -17,7 +17,7 @@ enum class TokenKind : std::uint8_t {
     DoubleQuoted,  // "name", or a text under QUOTED_IDENTIFIER OFF
     Variable,      // @name
     Global,        // @@name
-    Number,
+    Number,        // $1.50, too
     Text,          // '...'
     NationalText,  // N'...'
     Binary,        // 0x...

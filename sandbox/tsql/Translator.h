@@ -171,6 +171,7 @@ class Translator {
     // ---- queries (TranslatorQueries.cpp)
     QueryText body(const ast::Query& query);
     QueryText select(const ast::Select& select, const ast::Query& query);
+    QueryText assignInOrder(const ast::Select& select, const ast::Query& query, const std::string& rows);
     QueryText setOperation(const ast::SetOperation& operation, const ast::Query& query);
     void selectItem(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);

@@ -52,6 +52,7 @@ QueryText Translator::body(const Query& query) {
 
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
+    const std::size_t assigned = m_assignments.size();
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(130);
     Scope scope;
     scope.outer = m_scope;
@@ -69,12 +70,15 @@ QueryText Translator::select(const Select& select, const Query& query) {
         for (const auto& item : select.items)
             if (const std::string key = lowerAscii(item.variable); !key.empty()) m_live[key] = liveValue(key);
     m_sorted = !query.orderBy.empty();
+    const bool grouped = !select.groupBy.empty() || select.having;
+    if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
+        return assignInOrder(select, query, fromSql + whereSql);
     std::string list;
     scope.windows = true;
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
     scope.windows = false;
-    if (!m_assignments.empty() && m_assignments.size() != text.columns.size()) throw sqlError(141);
-    const bool grouped = !select.groupBy.empty() || select.having;
+    if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
+        throw sqlError(141);
     refuseLooseColumns(8120, grouped);
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns(8121, grouped);
@@ -88,6 +92,27 @@ QueryText Translator::select(const Select& select, const Query& query) {
     text.sql = std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + fromSql + whereSql +
                groupSql + havingSql + orderSql + limitSql;
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
+    return text;
+}
+
+// SELECT @v = @v + a FROM t ORDER BY b: the rows are put in order before the first value is computed.
+QueryText Translator::assignInOrder(const Select& select, const Query& query, const std::string& rows) {
+    QueryText text;
+    const std::string order = orderBy(query.orderBy, text, false) + limit(&select, query);
+    std::string all = "0", list;
+    int columns = 0;
+    for (auto& source : m_scope->sources)
+        for (auto& column : source.columns) {
+            const std::string alias = "o" + std::to_string(++columns);
+            all += ", " + std::exchange(column.sql, "ordered." + alias) + " AS " + alias;
+        }
+    m_scope->loose.clear();
+    m_sorted = false;
+    for (const auto& item : select.items) selectItem(item, text, list, false);
+    if (m_assignments.size() != text.columns.size()) throw sqlError(141);
+    refuseLooseColumns(8120, false);
+    text.sql =
+        "WITH ordered AS MATERIALIZED (SELECT " + all + rows + order + ") SELECT " + list + " FROM ordered";
     return text;
 }
 

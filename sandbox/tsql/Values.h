@@ -48,8 +48,8 @@ struct TypedValue {
     Value value = Null{};
     SqlType type;
 };
-// Constants of T-SQL's text. A number as written: 12 is int, 3000000000 and 1.50 are decimal, 1e3 is float.
-// Throws SqlError 1007 for more than 38 digits.
+// Constants of T-SQL's text. A number as written: 12 is int, 3000000000 and 1.50 are decimal, 1e3 is float,
+// $1.5 is money. Throws SqlError 1007 for more than 38 digits.
 TypedValue numericLiteral(std::string_view text);
 TypedValue textLiteral(std::string_view text, bool national);
 TypedValue binaryLiteral(std::string_view hex);  // the digits after 0x

@@ -97,9 +97,13 @@ TEST_F(StorageTest, DamagedOrForeignBackupsChangeNothing) {
         EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", true); }), 3203) << at;
         EXPECT_EQ(errorOf([&] { verifyBackup(file); }), 3203) << at;
     }
-    backupDatabase(*m_storage, "shop", file);
-    fs::resize_file(file, size - 100);
-    EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", true); }), 3203);
+    for (const std::uintmax_t left : {size - 1, size - 100, size / 2, std::uintmax_t{100}}) {
+        backupDatabase(*m_storage, "shop", file);
+        fs::resize_file(file, left);
+        EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", true); }), 3203) << left;
+        EXPECT_EQ(errorOf([&] { verifyBackup(file); }), 3203) << left;
+    }
+    EXPECT_EQ(errorOf([&] { readBackupHeader(file); }), 3203);
     std::ofstream(file) << "no backup of ours, whatever it may be";
     EXPECT_EQ(errorOf([&] { readBackupHeader(file); }), 3241);
     EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", file); }), 3242) << "what is no backup stays";

@@ -56,3 +56,21 @@ SELECT x.nosuch FROM a x
 GO
 WITH c AS (SELECT 1 AS n UNION ALL SELECT c.n + 1 FROM a LEFT JOIN c ON c.n = a.id) SELECT n FROM c
 GO
+-- variables that rows assign one after the other, in order; a subquery's columns are none of theirs; money as written
+CREATE TABLE piece (id int, n varchar(10), m money)
+INSERT piece VALUES (3, 'c', $1.5), (1, 'a', $20), (2, 'b', -$.25)
+DECLARE @l varchar(100) = '', @s int = 0, @x varchar(10), @i int = 0, @c varchar(100)
+SELECT @l = @l + n + ',', @s += id FROM piece ORDER BY id
+SELECT @c = COALESCE(@c + ', ', '') + QUOTENAME(n) FROM piece p WHERE id > 1 ORDER BY p.n DESC
+SELECT @l, @s, @c
+SELECT @l = ''
+SELECT TOP (2) @l = @l + a.n + b.n + ' ', @i = @i + 1, @x = (SELECT MAX(n) FROM piece q WHERE q.id <= a.id) FROM piece a JOIN piece b ON a.id < b.id ORDER BY a.id, b.id DESC
+SELECT @l, @i, @x, @@ROWCOUNT
+SELECT $5 a, $1.23456 b, -$2 c, $1 + 1 d, 2 * $1.10 e
+GO
+DECLARE @a int
+SELECT @a = id, n FROM piece
+GO
+DECLARE @a int, @b int
+SELECT @a = (SELECT @b = 1)
+GO
