@@ -131,6 +131,7 @@ Flow Executor::runStatement(const Statement& statement) {
     m_functions.beginStatement();
     try {
         if (m_describeOnly) return describe(statement);
+        if (m_implicitTransactions && m_transactions == 0) beginImplicitly(statement);
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
     } catch (const SyntaxError& error) {  // of a text that the statement runs, and that ends alone
         afterError(messageOf(error, error.line), !m_abortOnError);

@@ -277,6 +277,7 @@ class Executor final : public NameResolver {
     void beforeWrite();
     void claim(const ast::ObjectName& target);
     void begin(const std::string& name);
+    void beginImplicitly(const ast::Statement& statement);
     void save(const std::string& name);
     void commit();
     void rollBack();
@@ -341,6 +342,7 @@ class Executor final : public NameResolver {
     std::string m_transactionName;  // of the outermost one
     bool m_noCount = false;
     bool m_abortOnError = false;     // XACT_ABORT
+    bool m_implicitTransactions = false;
     bool m_abortsCancelled = false;  // where it was cancelled, XACT_ABORT was on
     bool m_quotedIdentifiers = true;
     bool m_describeOnly = false;   // FMTONLY

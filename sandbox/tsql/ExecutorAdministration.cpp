@@ -24,6 +24,7 @@ Flow Executor::run(const SetOption& option) {
         if (name == "NOCOUNT") m_noCount = option.on;
         if (name == "FMTONLY") m_describeOnly = option.on;
         if (name == "XACT_ABORT") m_abortOnError = option.on;
+        if (name == "IMPLICIT_TRANSACTIONS") m_implicitTransactions = option.on;
         if (name == "QUOTED_IDENTIFIER") m_quotedIdentifiers = option.on;
         if (name == "LOCK_TIMEOUT") {
             m_lockTimeout =
@@ -124,6 +125,27 @@ void Executor::begin(const std::string& name) {
     m_sink->transactionChanged(TransactionEvent::Began);
 }
 
+// Statements that look at or change what is in tables. BEGIN TRANSACTION itself then opens two.
+void Executor::beginImplicitly(const Statement& statement) {
+    const auto begins = []<typename Node>(const Node& node) {
+        if constexpr (std::is_same_v<Node, SelectStatement>) {
+            const auto* select = std::get_if<Select>(&node.query->body);
+            return !select || !select->from.empty();
+        } else if constexpr (std::is_same_v<Node, ast::Transaction>) {
+            return node.verb == TransactionVerb::Begin;
+        } else if constexpr (std::is_same_v<Node, ChangeCursor>) {
+            return node.verb == CursorVerb::Open;
+        } else if constexpr (std::is_same_v<Node, Drop>) {
+            return node.kind != ObjectKind::Database;
+        }
+        return std::is_base_of_v<Change, Node> || std::is_same_v<Node, Truncate> ||
+               std::is_same_v<Node, CreateTable> || std::is_same_v<Node, AlterTable> ||
+               std::is_same_v<Node, CreateIndex> || std::is_same_v<Node, CreateModule> ||
+               std::is_same_v<Node, Fetch>;
+    };
+    if (std::visit(begins, statement.node)) begin({});
+}
+
 void Executor::save(const std::string& name) {
     if (m_transactions == 0) throw sqlError(628);
     beforeWrite();
@@ -170,7 +192,7 @@ bool Executor::resetAroundTransaction(std::string_view database) {
     m_identity.reset();
     m_identityInsert.clear();
     m_rowCount = m_cursorRows = m_error = m_fetchStatus = 0;
-    m_noCount = m_abortOnError = m_describeOnly = false;
+    m_noCount = m_abortOnError = m_describeOnly = m_implicitTransactions = false;
     m_quotedIdentifiers = true;
     return true;
 }

@@ -240,7 +240,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
     else if (!runScope(module.body, frame))
         frame.returned = std::int64_t{-6};
     returnOutputs(module, arguments, execute, frame);
-    if (m_transactions != transactions)
+    if (m_transactions != transactions && !m_implicitTransactions)
         afterError({266, 16, 2, 0, frame.procedure,
                     sqlError(266, {std::to_string(transactions), std::to_string(m_transactions)}).what()},
                    true);

@@ -88,7 +88,20 @@ SELECT FROM t
 GO
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 GO
+-- what looks into tables begins a transaction of its own accord
 SET IMPLICIT_TRANSACTIONS ON
+SELECT 1, @@TRANCOUNT
+SELECT COUNT(*) FROM t
+SELECT @@TRANCOUNT
+COMMIT
+INSERT t VALUES (77)
+ROLLBACK
+SELECT COUNT(*) FROM t WHERE id = 77
+ROLLBACK
+BEGIN TRAN
+SELECT @@TRANCOUNT
+ROLLBACK
+SET IMPLICIT_TRANSACTIONS OFF
 GO
 GO
 -- what has been given out as an identity is not given out again, whatever becomes of the row
