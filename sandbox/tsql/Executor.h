@@ -341,7 +341,7 @@ class Executor final : public NameResolver {
     bool m_outlivedReset = false;   // the session was reset around it
     std::string m_transactionName;  // of the outermost one
     bool m_noCount = false;
-    bool m_abortOnError = false;     // XACT_ABORT
+    bool m_abortOnError = false;  // XACT_ABORT
     bool m_implicitTransactions = false;
     bool m_abortsCancelled = false;  // where it was cancelled, XACT_ABORT was on
     bool m_quotedIdentifiers = true;

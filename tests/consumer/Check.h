@@ -18,7 +18,9 @@ struct Checks {
     }
 };
 
-inline bool contains(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
+inline bool contains(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
 
 #define CHECK(condition) checks.that((condition), #condition, __FILE__, __LINE__)
 

@@ -10,7 +10,9 @@
 
 namespace {
 
-const unsigned char* asBytes(const char* sql) { return reinterpret_cast<const unsigned char*>(sql); }
+const unsigned char* asBytes(const char* sql) {
+    return reinterpret_cast<const unsigned char*>(sql);
+}
 
 void checkSettings(const Site& site, Checks& checks) {
     DBBase db(false);
@@ -32,7 +34,9 @@ void checkConnection(DBBase& db, Checks& checks) {
     CHECK(db.GetValue("SELECT 41 + 1", nullptr, nullptr) == 42);
     CHECK(db.GetValue(asBytes("SELECT 'text'"), text, nullptr) == 1 && std::string(text) == "text");
     CHECK(db.GetValue("SELECT 'a', 'b'", rows, 2) && db.GetValue(asBytes("SELECT 'c', NULL"), rows, 2));
-    CHECK(rows == (std::vector<std::string>{"a\x12" "b", "c\x12"}));
+    CHECK(rows == (std::vector<std::string>{"a\x12"
+                                            "b",
+                                            "c\x12"}));
     CHECK(db.Close() && db.Connect(nullptr, nullptr, nullptr) && db.Close());
     CHECK(db.GetDBValueStr("SELECT 'plain'", text) && db.GetDBValueStr(asBytes("SELECT 'plain'"), text));
     CHECK(db.GetDBValueStr("SELECT N'Zürich'", wide) && std::wcslen(wide) == 6);
@@ -63,7 +67,10 @@ void checkGetters(DBBase& db, Checks& checks) {
 
 void checkTexts(DBBase& db, Checks& checks) {
     char** fields = nullptr;
-    db.parseRecord("12\x12\x12" "abc", fields, 2);
+    db.parseRecord(
+        "12\x12\x12"
+        "abc",
+        fields, 2);
     CHECK(std::string(fields[0]) == "12" && std::string(fields[1]) == "abc");
     db.cleanupRecord(fields, 2);
     CHECK(fields == nullptr);

@@ -21,7 +21,8 @@ void checkPackageObject(Checks& checks) {
     CHECK(contains(help, "Usage:\n") && contains(help, script.getUsage()));
     CHECK(contains(help, script.getDescription()) && contains(help, script.getCreation()));
     CHECK(script.executeSQLFile({"3650", "1"}, nullptr));
-    CHECK(std::string(script.getScriptName()) == "PurgeEvents" && std::string(script.getDbName()) == "Dorvas");
+    CHECK(std::string(script.getScriptName()) == "PurgeEvents" &&
+          std::string(script.getDbName()) == "Dorvas");
     CHECK(contains(script.getLogFile(), "Tscript.log") && script.getAuditLevel() == 0);
     CHECK(std::string(script.getErrorMessage()) == "Tscript Execution Succeeded!");
     CHECK(!script.isTscriptSP("PurgeEvents", nullptr));  // it came from a package
