@@ -187,6 +187,7 @@ constexpr std::string_view kMessages =
 2727 11 1 Cannot find index '%s'.
 2732 16 1 Error number %s is invalid. The number must be from 13000 through 2147483647 and it cannot be
     50000.
+2739 16 1 The text, ntext, and image data types are invalid for local variables.
 2744 16 1 Multiple identity columns specified for table '%s'. Only one identity column per table is allowed.
 2748 16 1 Cannot specify %s data type (parameter %s) as a substitution parameter.
 2749 16 1 Identity column '%s' must be of data type int, bigint, smallint, tinyint, or decimal or numeric

@@ -493,6 +493,8 @@ Declaration Parser::declaration(bool isParameter) {
         node.table = std::make_shared<const CreateTable>(tableVariable(name));
     else
         node.type = type(TypeUse::Declaration);
+    if (!isParameter && isLob(node.type.id) && node.type.id != TypeId::Xml)
+        throw SyntaxError(sqlError(2739), name.line);
     if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
     refuse("READONLY", "table-valued parameters");

@@ -149,3 +149,5 @@ GO
 RAISERROR('fatal', 20, 1) WITH LOG
 PRINT 'not reached'
 GO
+DECLARE @x ntext
+GO
