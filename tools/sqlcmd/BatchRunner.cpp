@@ -50,9 +50,8 @@ void BatchRunner::printRows(Statement& statement, const ResultMode& mode) {
     ResultPrinter printer(statement, m_options.layout, mode, m_output,
                           m_messages);  // its end clears messages
     const SQLRETURN code = printer.print();
-    const bool failed = code != SQL_NO_DATA;
-    if (failed) report(statement, code);
-    if (mode.xml || failed) return;
+    report(statement, code);  // behind the last row as well: a warning of NULLs that an aggregate left out
+    if (mode.xml || code != SQL_NO_DATA) return;
     if (const long long count = statement.rowCount(); count >= 0)
         printCount(count);
     else

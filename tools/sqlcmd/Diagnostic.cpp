@@ -136,7 +136,7 @@ void complete(Diagnostic& diagnostic, const Record& record) {
     const auto severity = record.integer(kSeverity);
     const auto state = record.integer(kState);
     diagnostic.severity =
-        severity ? *severity : state.value_or(diagnostic.sqlState == kInformation ? 0 : kErrorSeverity);
+        severity ? *severity : state.value_or(diagnostic.sqlState.starts_with("01") ? 0 : kErrorSeverity);
     if (severity) diagnostic.state = state.value_or(1);
     diagnostic.procedure = record.text(kProcedure);
     diagnostic.server = record.text(kServer);
