@@ -1,6 +1,7 @@
 #include "Odbc.h"
 
 #include <string>
+#include <string_view>
 
 #include "EvDebug.h"
 
@@ -57,6 +58,16 @@ bool OdbcHandle::check(SQLRETURN result, const char* action) const {
     if (result == SQL_SUCCESS || result == SQL_NO_DATA) return true;
     logDiagnostics(m_type, m_handle, result == SQL_SUCCESS_WITH_INFO ? kTraceLevel : kErrorLevel, action);
     return result == SQL_SUCCESS_WITH_INFO;
+}
+
+bool OdbcHandle::leftError() const {
+    constexpr std::string_view kWarning = "01";  // the class of SQLSTATE
+    std::string text;
+    for (SQLSMALLINT number = 1; number <= kMaxRecords; ++number) {
+        if (!diagnosticText(m_type, m_handle, number, text)) return false;
+        if (!text.starts_with(kWarning)) return true;
+    }
+    return false;
 }
 
 }  // namespace hostlayer

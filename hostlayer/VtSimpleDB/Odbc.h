@@ -34,6 +34,10 @@ class OdbcHandle {
     // number, text) goes to the debug log; `action` says there what was done.
     bool check(SQLRETURN result, const char* action) const;
 
+    // True when the last call left the record of an error, whatever it returned: a block of rows that an
+    // error ended is a success to a driver.
+    bool leftError() const;
+
   private:
     SQLSMALLINT m_type = 0;
     SQLHANDLE m_handle = nullptr;

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kBytesPerCharacter = 4;  // of UTF-8
 constexpr std::size_t kLongestBound = 8000;  // characters or bytes; the server's longest column with a bound
+constexpr std::size_t kUncounted = 8;  // drivers leave out a decimal's leading zero and digits of a real
 constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
 constexpr std::size_t kBlockRows = 128;
 constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
@@ -30,7 +31,7 @@ std::size_t longestText(SQLSMALLINT type, SQLLEN displaySize) {
     if (type == SQL_BINARY || type == SQL_VARBINARY)
         return characters <= 2 * kLongestBound ? characters + 1 : 0;
     if (characters > kLongestBound) return 0;
-    return (isCharacterType(type) ? characters * kBytesPerCharacter : characters) + 1;
+    return (isCharacterType(type) ? characters * kBytesPerCharacter : characters + kUncounted) + 1;
 }
 
 // One bound column: its values of a block of rows.
@@ -106,8 +107,10 @@ class BlockReader : public RowReader {
     Fetched fetchBlock() {
         m_row = 0;
         m_rowCount = 0;
+        if (m_isBroken) return Fetched::kFailure;
         const SQLRETURN result = ::SQLFetch(m_statement.get());
         if (result == SQL_NO_DATA) return Fetched::kEnd;
+        m_isBroken = result == SQL_SUCCESS_WITH_INFO && m_statement.leftError();
         return m_statement.check(result, "Fetch") && m_rowCount > 0 ? Fetched::kRow : Fetched::kFailure;
     }
 
@@ -116,6 +119,7 @@ class BlockReader : public RowReader {
     std::vector<SQLUSMALLINT> m_status;
     SQLULEN m_rowCount = 0;
     SQLULEN m_row = 0;
+    bool m_isBroken = false;  // an error stands behind the rows of this block
 };
 
 class PieceReader : public RowReader {

@@ -59,6 +59,9 @@ TEST_F(ServerConnection, HandsValuesOutAsUtf8Text) {
     const Rows wanted = {{"7", "Grüße 😀", "NULL", "", "-1.50", "2024-02-29 23:59:59.997"}};
     EXPECT_EQ(rows(sql), wanted);
     EXPECT_EQ(rows(sql, true), wanted);
+    EXPECT_EQ(rows("SELECT CAST('-0.00000000000000000000000000000000000001' AS decimal(38,38)), "
+                   "CAST(-1.17549435E-38 AS real)"),
+              (Rows{{"-0.00000000000000000000000000000000000001", "-1.17549435e-38"}}));
     EXPECT_EQ(rows("SELECT 1 AS a WHERE 1 = 0"), Rows());
     EXPECT_EQ(rows("PRINT 'x'"), Rows());
 }
@@ -88,6 +91,14 @@ TEST_F(ServerConnection, ReadsManyBlocksOfRows) {
     ASSERT_EQ(found.size(), 300U);
     for (std::size_t i = 0; i < found.size(); ++i)
         EXPECT_EQ(found[i], (std::vector<std::string>{std::to_string(i), i % 3 == 0 ? "NULL" : "r"}));
+}
+
+TEST_F(ServerConnection, AnErrorBehindTheFirstRowsIsAFailure) {
+    ASSERT_EQ(open(), 0);
+    for (const std::string value : {"n", "CAST(n AS varchar(max))"})
+        EXPECT_EQ(rows("SELECT 10 / n, " + value + " FROM (VALUES (1), (0)) v (n)").back(),
+                  (std::vector<std::string>{"fetch failed"}))
+            << value;
 }
 
 TEST_F(ServerConnection, RunsABatchToItsEnd) {
