@@ -37,6 +37,7 @@ TEST(BatchReader, DividesScripts) {
     const std::pair<const char*, const char*> cases[] = {
         {"a\nGO\nb", "<a\n><b\n>"},
         {"a\n \tgo  3 \r\nb\ngo 0\nGO\n\nGO\n", "<3*a\n>"},
+        {"a\nGO -- first\nb\ngo 2 --twice\n", "<a\n><2*b\n>"},
         {"a\ngoto x\nGO FROM y\ngo;\n", "<a\ngoto x\nGO FROM y\ngo;\n>"},
         {"s = 'x\nGO\n''\nGO\n'\nGO\nb", "<s = 'x\nGO\n''\nGO\n'\n><b\n>"},
         {"/* ' /*\nGO\n*/\nGO\n*/ a\nGO\nb", "</* ' /*\nGO\n*/\nGO\n*/ a\n><b\n>"},

@@ -60,12 +60,13 @@ bool BatchReader::nextLine() {
     return false;
 }
 
-// A line of its own: the word, and perhaps how often the batch is to run.
+// A line of its own: the word, perhaps how often the batch is to run, and perhaps a comment.
 bool BatchReader::isBatchEnd(std::string_view line, int& count) const {
     line = trimmed(line);
     if (!equalsIgnoringCase(line.substr(0, m_batchEnd.size()), m_batchEnd)) return false;
     line.remove_prefix(m_batchEnd.size());
-    if (line.empty()) return true;
+    line = line.substr(0, line.find("--"));
+    if (trimmed(line).empty()) return true;
     if (kBlanks.find(line.front()) == std::string_view::npos) return false;
     const std::string number = expanded(trimmed(line));
     const char* end = number.data() + number.size();

@@ -10,6 +10,7 @@ namespace sqlcmd {
 namespace {
 
 constexpr int kErrorSeverity = 11;
+constexpr int kNoExitQuery = -100;   // :exit(query) that failed before it gave a row
 constexpr int kNoExitValue = -101;   // :exit(query) that gave no row
 constexpr int kBadExitValue = -102;  // :exit(query) that gave no number
 
@@ -112,8 +113,11 @@ bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
 void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
     if (trimmed(step.text).empty()) return;
     std::string value;
-    runner.run(step.text, {m_xml, &value});
-    m_exitCode = value.empty() ? kNoExitValue : exitValue(value);
+    const int severity = runner.run(step.text, {m_xml, &value});
+    if (!value.empty())
+        m_exitCode = exitValue(value);
+    else
+        m_exitCode = severity < kErrorSeverity ? kNoExitValue : kNoExitQuery;
 }
 
 }  // namespace sqlcmd
