@@ -35,6 +35,10 @@ bool contains(const std::array<int, N>& numbers, int number) {
     return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
+bool isWithinTable(const ObjectInfo& foreignKey) {
+    return compareText(foreignKey.table, foreignKey.stored) == 0;
+}
+
 }  // namespace
 
 Executor::Executor(Engine& engine, std::string_view login, std::string_view database, int spid)
@@ -201,7 +205,10 @@ void Executor::afterError(const Message& message, bool raised) {
         rollBack();
         throw BatchEnd{};
     }
-    if (endsHere) throw ScopeEnd{};
+    if (endsHere) {
+        done(-1);  // clients tell the error from the next statement's rows by it
+        throw ScopeEnd{};
+    }
     if (!raised && !verb.empty())
         report({3621, 0, 0, message.line, message.procedure, "The statement has been terminated."});
     done(-1);
@@ -278,7 +285,8 @@ SqlError Executor::conflict(std::string_view type, const TableInfo& table, const
 SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const ObjectInfo& key) {
     ObjectInfo named = key;
     named.columns = referencedColumns(catalogue, key);
-    return conflict("FOREIGN KEY", *catalogue.table(key.stored), named);
+    return conflict(isWithinTable(key) ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
+                    *catalogue.table(key.stored), named);
 }
 
 // SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
@@ -293,7 +301,9 @@ SqlError Executor::brokenReference() {
     auto others = catalogue.keysTo(m_target.name);
     std::erase_if(others, [&](const ObjectInfo& key) { return !anyReference(catalogue, key); });
     if (others.size() != 1) return conflict("REFERENCE", m_target, {});
-    return conflict("REFERENCE", *catalogue.table(others.front().table), others.front());
+    const ObjectInfo& key = others.front();
+    return conflict(isWithinTable(key) ? "SAME TABLE REFERENCE" : "REFERENCE", *catalogue.table(key.table),
+                    key);
 }
 
 // `columns`: "t.a, t.b", or "index 'name@id@nulls'" of the rows that hold NULL.

@@ -54,6 +54,7 @@ struct Frame {
     }
 
     std::string procedure;                      // empty in a batch
+    std::int64_t procedureId = 0;               // @@PROCID
     std::string database;                       // in which its names are looked up; empty: the session's
     std::map<std::string, Variable> variables;  // by name in lower case
     Cursors cursors;                            // the LOCAL ones

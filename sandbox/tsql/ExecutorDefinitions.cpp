@@ -401,10 +401,12 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     column.nullable = definition.nullable.value_or(true);
     catalogue.changeColumn(table.id, column);
     table = *catalogue.table(table.name);
+    m_verb = "UPDATE";
     if (!column.nullable && anyRow(table, quotedName(column.name) + " IS NULL"))
-        m_verb = "UPDATE", throw sqlError(515, {column.name, table.fullName(), m_verb});
+        throw sqlError(515, {column.name, table.fullName(), m_verb});
     redefine(catalogue, table);
     if (!longer) fillColumn(table, column, {quotedName(column.name), before});
+    m_verb.clear();
 }
 
 void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,
@@ -523,6 +525,7 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
                                {"procedure", objectType::kProcedure, {}},
                                {"function", objectType::kFunction, objectType::kTableFunction}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
+    const std::string written = (name.schema.empty() ? "" : name.schema + ".") + name.name;
     define(name, [&](Catalogue& owner) {
         const auto found = owner.find(name.name);
         if (!found || (found->type != kind.type && found->type != kind.otherType)) {
@@ -530,7 +533,7 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
             const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
                 return found && (found->type == each.type || found->type == each.otherType);
             });
-            if (other == std::end(kKinds)) throw sqlError(3701, {kind.word, name.name});
+            if (other == std::end(kKinds)) throw sqlError(3701, {kind.word, written});
             throw sqlError(3705,
                            {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
         }

@@ -115,7 +115,7 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     }
     if (!found || found->type != type) return std::nullopt;
     const auto batch = parsed(found->source);
-    return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch)};
+    return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch), found->id};
 }
 
 // Does `work` with `frame` innermost.
@@ -225,6 +225,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
     if (!procedure) throw sqlError(2812, {asWritten(name)});
     const CreateModule& module = *procedure->module;
     frame.procedure = procedure->name;
+    frame.procedureId = procedure->id;
     frame.database = procedure->database;
     frame.returned = std::int64_t{0};
     const int transactions = m_transactions;
@@ -308,6 +309,7 @@ Value Executor::callFunction(std::string_view database, std::string_view name,
     if (!function) throw sqlError(208, {object.name});
     const CreateModule& module = *function->module;
     frame.procedure = function->name;
+    frame.procedureId = function->id;
     frame.database = function->database;
     frame.isFunction = true;
     frame.returnType = module.returns;

@@ -52,6 +52,8 @@ const std::vector<Executor::Global>& Executor::globals() {
         {"@@lock_timeout", simpleType(TypeId::Int), [](Self self) { return number(self.m_lockTimeout); }},
         {"@@nestlevel", simpleType(TypeId::Int),
          [](Self self) { return number(static_cast<std::int64_t>(self.m_frames.size()) - 1); }},
+        {"@@procid", simpleType(TypeId::Int),
+         [](Self self) { return number(self.m_frames.back()->procedureId); }},
         {"@@version", nvarcharType(300), [](Self) { return Value(std::string(kVersionText)); }},
         {"@@servername", nvarcharType(128), [](Self) { return Value(hostName()); }},
         {"@@servicename", nvarcharType(128), [](Self) { return Value(std::string("MSSQLSERVER")); }},

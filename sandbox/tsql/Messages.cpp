@@ -334,7 +334,8 @@ constexpr std::string_view kMessages =
 9810 16 1 The datepart %s is not supported by date function %s for data type %s.
 9829 16 1 STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result
     truncation.
-10704 15 1 To rethrow an error, a THROW statement must be used inside a CATCH block.
+10704 15 1 To rethrow an error, a THROW statement must be used inside a CATCH block. Insert the THROW
+    statement inside a CATCH block, or add error parameters to the THROW statement.
 10709 15 1 The number of columns for each row in a table value constructor must be the same.
 10741 15 2 A TOP can not be used in the same query or sub-query as a OFFSET.
 10742 15 1 The offset specified in a OFFSET clause may not be negative.

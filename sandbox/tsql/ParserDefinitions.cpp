@@ -169,6 +169,14 @@ void references(Parser& in, Constraint& constraint) {
     }
 }
 
+// As the catalogue tells it, within one pair of parentheses more: 1 and ((1)) are (1), (f()) is f().
+std::string storedDefault(std::string text) {
+    if (text.starts_with('(')) text = text.substr(1, text.size() - 2);
+    const auto first = text.find_first_not_of('('), last = text.find_last_not_of(')');
+    const std::string number = text.substr(first, last - first + 1);
+    return number.find_first_not_of("+-.0123456789") == std::string::npos ? "(" + number + ")" : text;
+}
+
 void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     in.accept("NOT FOR REPLICATION");
     const std::size_t begin = in.position();
@@ -180,6 +188,7 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
             throw SyntaxError(sqlError(128, {column->path.back()}), value->line);
     }
     constraint.text = in.textSince(begin);
+    if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
     if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR"))
         constraint.columns = {in.expectName()};
 }

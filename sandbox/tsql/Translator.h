@@ -23,6 +23,7 @@ struct StoredModule {
     std::string name;
     std::shared_ptr<const void> text;  // keeps `module`
     const ast::CreateModule* module = nullptr;
+    std::int64_t id = 0;
 };
 
 // What names mean where the statement stands.

@@ -206,3 +206,12 @@ ALTER TABLE span DROP COLUMN b
 GO
 ALTER TABLE span ADD c int CHECK (c > a)
 GO
+CREATE TABLE tree (id int CONSTRAINT pk_tree PRIMARY KEY, note varchar(9), up int CONSTRAINT fk_tree REFERENCES tree)
+INSERT tree VALUES (1, 'lengthy', NULL), (2, '', 1)
+INSERT tree VALUES (3, '', 9)
+DELETE tree WHERE id = 1
+ALTER TABLE tree ADD a varchar(9) CONSTRAINT df_tree_a DEFAULT ((1)), b int CONSTRAINT df_tree_b DEFAULT -1, c datetime CONSTRAINT df_tree_c DEFAULT (GETDATE())
+SELECT COLUMN_NAME, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'tree' AND COLUMN_DEFAULT <> ''
+ALTER TABLE tree ALTER COLUMN note varchar(3)
+DROP TABLE dbo.no_tree
+GO
