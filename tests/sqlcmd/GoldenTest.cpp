@@ -65,4 +65,16 @@ TEST(Golden, OutputIsAsRecorded) {
     }
 }
 
+// In a comment of one byte a character stands what the driver would end the batch at.
+TEST(Script, OfAnotherEncodingIsRunInNoPart) {
+    const support::TsqlBox server;
+    support::ProgramOptions options;
+    options.input = "PRINT 'first'\nGO\nPRINT 'part' -- f\xFCr\nPRINT 'rest'\n";
+    const auto result = support::runProgram(
+        {SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-P", server.password()}, options);
+    EXPECT_EQ(result.output, "first\n");
+    EXPECT_NE(result.errors.find("its line 1 is not UTF-8"), std::string::npos) << result.errors;
+    EXPECT_EQ(result.exitCode, 1);
+}
+
 }  // namespace

@@ -72,6 +72,20 @@ TEST(Utf, PadsAndCutsByCharacters) {
     for (const auto& [text, tail] : tails) EXPECT_EQ(utf8IncompleteTail(text), tail);
 }
 
+TEST(Utf8, FindsTheFirstFault) {
+    const std::pair<std::string_view, std::size_t> cases[] = {
+        {"", std::string_view::npos},
+        {"aü€😀\xEF\xBF\xBD", std::string_view::npos},
+        {"ab\xFCr", 2},
+        {"\xE2\x82", 0},
+        {"a\xC0\x80", 1},
+        {"\xE0\x80\x80", 0},
+        {"\xED\xA0\x80", 0},
+        {"ü\xF4\x90\x80\x80", 2},
+    };
+    for (const auto& [text, fault] : cases) EXPECT_EQ(utf8Fault(text), fault) << text;
+}
+
 TEST(Output, WritesUtf16AcrossItsBuffer) {
     const support::TempDir folder;
     const std::string path = folder / "out.txt";

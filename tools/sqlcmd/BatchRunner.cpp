@@ -3,11 +3,21 @@
 #include <algorithm>
 
 #include "Errors.h"
+#include "Utf.h"
 
 namespace sqlcmd {
 namespace {
 
 constexpr int kFatalSeverity = 20;  // from here on the server ends the connection
+
+// A driver sends what stands before the bytes that it cannot convert: a DELETE would lose its WHERE.
+void refuseUnlessUtf8(std::string_view batch) {
+    const std::size_t fault = utf8Fault(batch);
+    if (fault == std::string_view::npos) return;
+    const auto line = 1 + std::count(batch.begin(), batch.begin() + static_cast<std::ptrdiff_t>(fault), '\n');
+    throw ToolError("Sqlcmd: Error: the batch is not run: its line " + std::to_string(line) +
+                    " is not UTF-8. Save the script in UTF-8, or in UTF-16 with its byte order mark.");
+}
 
 }  // namespace
 
@@ -15,6 +25,7 @@ BatchRunner::BatchRunner(const Connection& connection, const Options& options, O
     : m_connection(connection), m_options(options), m_output(output), m_messages(options, output) {}
 
 int BatchRunner::run(const std::string& batch, const ResultMode& mode) {
+    refuseUnlessUtf8(batch);
     Statement statement(m_connection);
     SQLRETURN code = statement.execute(batch);
     bool more = report(statement, code);

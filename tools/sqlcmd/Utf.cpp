@@ -65,6 +65,18 @@ std::size_t utf8IncompleteTail(std::string_view text) {
     return 0;
 }
 
+std::size_t utf8Fault(std::string_view text) {
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t start = text.size() - rest.size();
+        const char32_t character = takeCharacter(rest);
+        std::string shortest;
+        appendUtf8(shortest, character);
+        const bool isSurrogate = character >= 0xD800 && character < 0xE000;
+        if (isSurrogate || text.substr(start, text.size() - rest.size() - start) != shortest) return start;
+    }
+    return std::string_view::npos;
+}
+
 void appendUtf8(std::string& out, char32_t character) {
     const auto tail = [&](int shift) { out += static_cast<char>(0x80 | (character >> shift & 0x3F)); };
     if (character < 0x80) {

@@ -18,6 +18,9 @@ std::string_view utf8Prefix(std::string_view text, std::size_t characters);
 // The bytes at the end that begin a character whose rest is not there yet.
 std::size_t utf8IncompleteTail(std::string_view text);
 
+// Where the first bytes that are no character stand; npos in UTF-8.
+std::size_t utf8Fault(std::string_view text);
+
 void appendUtf8(std::string& out, char32_t character);
 // Appends UTF-16, little-endian. What is not UTF-8 becomes U+FFFD.
 void appendUtf16Le(std::string& out, std::string_view utf8);
