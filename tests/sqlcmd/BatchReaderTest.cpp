@@ -61,8 +61,8 @@ TEST(BatchReader, ExpandsVariables) {
               "<2*x \"y\" 2$(a b)\n>");
     EXPECT_EQ(stepsOf("$(no)", false), "<$(no)\n>");
 
-    setenv("SQLCMD_TEST_VALUE", "outside", 1);
-    EXPECT_EQ(stepsOf("$(SQLCMD_TEST_VALUE)\n:setvar sqlcmd_test_value in\n$(SQLCMD_TEST_VALUE)"),
+    setenv("SCRIPT_TEST_VALUE", "outside", 1);
+    EXPECT_EQ(stepsOf("$(SCRIPT_TEST_VALUE)\n:setvar script_test_value in\n$(SCRIPT_TEST_VALUE)"),
               "<outside\nin\n>");
 }
 
@@ -74,6 +74,8 @@ TEST(BatchReader, RefusesWhatItDoesNotUnderstand) {
         {"a\n:nothing x", "Sqlcmd: Error: Syntax error at line 2 near command ':nothing'."},
         {":xml maybe", "Sqlcmd: Error: Syntax error at line 1 near command ':xml'."},
         {":setvar", "Sqlcmd: Error: Syntax error at line 1 near command ':setvar'."},
+        {":setvar SqlcmdColSep ,",
+         "Sqlcmd: Error: ':setvar SqlcmdColSep' sets no option. Give the option on the command line."},
         {":r /no/such/file", "Sqlcmd: '/no/such/file': Invalid filename. No such file or directory."},
     };
     for (const auto& [script, message] : cases) try {

@@ -123,6 +123,9 @@ bool BatchReader::readExit(std::string_view rest, Step& step) {
 void BatchReader::setVariable(std::string_view rest) {
     const std::string_view name = takeWord(rest);
     if (!Variables::isName(name)) failAtLine(":setvar");
+    if (equalsIgnoringCase(name.substr(0, 6), "SQLCMD"))  // Microsoft's tool keeps its options in these
+        throw ToolError("Sqlcmd: Error: ':setvar " + std::string(name) +
+                        "' sets no option. Give the option on the command line.");
     if (rest.empty()) return m_variables.remove(name);
     m_variables.set(name, expanded(unquoted(rest)));
 }
