@@ -58,8 +58,8 @@ void BatchRunner::printResult(Statement& statement, const ResultMode& mode) {
 }
 
 void BatchRunner::printRows(Statement& statement, const ResultMode& mode) {
-    ResultPrinter printer(statement, m_options.layout, mode, m_output,
-                          m_messages);  // its end clears messages
+    // Its end clears the statement's messages.
+    ResultPrinter printer(statement, m_options.layout, mode, m_output, m_messages);
     const SQLRETURN code = printer.print();
     report(statement, code);  // behind the last row as well: a warning of NULLs that an aggregate left out
     if (mode.xml || code != SQL_NO_DATA) return;
