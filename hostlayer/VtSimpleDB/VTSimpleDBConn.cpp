@@ -1,5 +1,9 @@
 #include "VTSimpleDBConn.h"
 
+#include <iconv.h>
+
+#include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <optional>
@@ -18,6 +22,7 @@ using hostlayer::OdbcHandle;
 
 constexpr const char* kDefaultDriver = "FreeTDS";
 constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8";
+constexpr std::string_view kUtf8Client = "ClientCharset=UTF-8";
 constexpr const char* kDefaultLoginTimeout = "15";
 constexpr std::size_t kMaxConnectionString = 32767;
 
@@ -34,6 +39,21 @@ SQLULEN loginTimeout() {
     const std::string text = hostlayer::hostSetting("loginTimeout", kDefaultLoginTimeout);
     std::from_chars(text.data(), text.data() + text.size(), seconds);
     return seconds;
+}
+
+// Where the first bytes stand that are no UTF-8; npos when all of the text is.
+std::size_t utf8Fault(std::string_view text) {
+    const iconv_t converter = ::iconv_open("UCS-4LE", "UTF-8");
+    if (converter == iconv_t(-1)) return std::string_view::npos;  // the driver has none either
+    char* next = const_cast<char*>(text.data());
+    std::size_t left = text.size();
+    for (std::array<char, 4096> room; left > 0;) {
+        char* to = room.data();
+        std::size_t free = room.size();
+        if (::iconv(converter, &next, &left, &to, &free) == std::size_t(-1) && errno != E2BIG) break;
+    }
+    ::iconv_close(converter);
+    return left == 0 ? std::string_view::npos : text.size() - left;
 }
 
 SQLCHAR* odbcText(const char* text) {
@@ -94,6 +114,7 @@ struct VTSimpleDBConnObject::Impl {
     OdbcHandle connection;
     std::shared_ptr<OpenStatement> statement = std::make_shared<OpenStatement>();
     bool isOpen = false;
+    bool isUtf8 = false;  // the driver takes texts for UTF-8
 };
 
 bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool readOnly) {
@@ -108,6 +129,7 @@ bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool read
         return connection.check(
             ::SQLSetConnectAttr(connection.get(), attribute, hostlayer::odbcNumber(value), 0), "Set up");
     };
+    isUtf8 = std::string_view(connectionString).find(kUtf8Client) != std::string_view::npos;
     if (!set(SQL_ATTR_LOGIN_TIMEOUT, loginTimeout())) return false;
     if (readOnly && !set(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
     isOpen = connection.check(::SQLDriverConnect(connection.get(), nullptr, odbcText(connectionString),
@@ -172,6 +194,13 @@ int VTSimpleDBConnObject::executeQuery(const char* sql, bool prepared) {
     }
     m_impl->statement->drop();
     m_impl->statement = std::make_shared<OpenStatement>();
+    // The driver would send what stands before such bytes: a DELETE would lose its WHERE.
+    if (const std::size_t fault = m_impl->isUtf8 ? utf8Fault(sql) : std::string_view::npos;
+        fault != std::string_view::npos) {
+        logError("Execute: the statement is not run: its byte " + std::to_string(fault + 1) +
+                 " is not UTF-8");
+        return -1;
+    }
     if (m_impl->statement->run(m_impl->connection.get(), sql, prepared) && m_impl->statement->goToFirstRows())
         return 0;
     m_impl->statement->drop();
