@@ -148,6 +148,7 @@ bool readBounded(const std::string& path, std::size_t limit, std::string& text, 
         problem = "not a regular file";
         return false;
     }
+    text.clear();
     char chunk[16384];
     for (;;) {
         const ssize_t got = ::read(file.get(), chunk, sizeof chunk);

@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <fstream>
 #include <thread>
 
 #include "TestStore.h"
@@ -118,6 +120,21 @@ TEST(HostSetup, WritersDoNotLoseEachOthersValues) {
     std::map<std::string, std::string> values;
     EXPECT_NE(VTPlatformInfo("I").getRegValues("Base", &values), 0);
     EXPECT_EQ(values.size(), 40U);
+}
+
+// Somebody who takes no lock holds a change up as long as he writes, and no longer.
+TEST(HostSetup, WaitsForAWriterToEnd) {
+    const TestStore store("[I.Base]\n");
+    std::thread writer([&store] {
+        for (int i = 0; i < 30; ++i) {
+            std::ofstream(store.path(), std::ios::app) << "#\n";
+            std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        }
+    });
+    std::string problem;
+    EXPECT_TRUE(setStoreValue({"I", "Base"}, "sA", "x", problem)) << problem;
+    writer.join();
+    EXPECT_EQ(support::readFile(store.path()).rfind("[I.Base]\nsA = \"x\"\n", 0), 0U);
 }
 
 TEST(HostSetup, ReportsWhatTheStoreSays) {
