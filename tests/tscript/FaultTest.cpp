@@ -1,5 +1,6 @@
 // Full disks, and others at work on the same files: nothing is left half done.
 #include <signal.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <atomic>
@@ -173,7 +174,7 @@ TEST_F(Faults, AStoppedRunIsClosed) {
     const support::Descriptor output = support::memoryFile();
     support::ProgramOptions options;
     options.environment = {storeVariable()};
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
                                          {support::memoryFile().get(), output.get(), output.get()});
         while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
@@ -182,6 +183,30 @@ TEST_F(Faults, AStoppedRunIsClosed) {
         EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
         EXPECT_EQ(exitCode, 130) << support::contentOf(output);
         EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    }
+}
+
+// The plain copy that a look at a package takes goes as well. Of a pipe's, nothing is read before the signal.
+TEST_F(Faults, AnInterruptedLookLeavesNoPlainCopy) {
+    const fs::path package = folder / "Scripts" / "Piped.sql";
+    ASSERT_EQ(mkfifo(package.c_str(), 0600), 0);
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    for (const Words& look : {Words{"run", "Piped", "--dry-run"}, Words{"which", "Piped"}}) {
+        Words command = {TSCRIPT_PROGRAM};
+        command.insert(command.end(), look.begin(), look.end());
+        const pid_t pid =
+            support::spawn(command, options, {support::memoryFile().get(), output.get(), output.get()});
+        {
+            const std::ofstream writer(package);  // opens once the other end is open
+            EXPECT_FALSE(fs::is_empty(folder / "temp"));
+            kill(pid, SIGINT);
+        }
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }
 }

@@ -10,11 +10,14 @@
 
 namespace {
 
+// One that the caller had ignored (nohup, a shell's background job) stays without effect.
 sigset_t interruptions() {
     sigset_t set;
     sigemptyset(&set);
-    sigaddset(&set, SIGINT);
-    sigaddset(&set, SIGTERM);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) sigaddset(&set, signal);
+    }
     return set;
 }
 

@@ -1,5 +1,5 @@
-// Ctrl-C while a script runs: it ends the query tool, not this process, so that the library closes the run's
-// journal row and removes its files.
+// Ctrl-C, or a terminal that is closed, while a script runs: it ends the query tool, not this process, so
+// that the library closes the run's journal row and removes its files.
 #pragma once
 
 #include <signal.h>
@@ -9,7 +9,7 @@
 
 class InterruptGuard {
   public:
-    InterruptGuard();  // from here on SIGINT and SIGTERM end the child processes of this thread
+    InterruptGuard();  // from here on SIGINT, SIGTERM and SIGHUP end the child processes of this thread
     ~InterruptGuard();
     InterruptGuard(const InterruptGuard&) = delete;
     InterruptGuard& operator=(const InterruptGuard&) = delete;
@@ -23,8 +23,8 @@ class InterruptGuard {
     std::thread m_watcher;
 };
 
-// For the short time in which a file is made beside its place: SIGINT and SIGTERM wait until it is there or
-// gone, so that no part of it stays.
+// For the short time in which a file is made beside its place, or the library works on a package's plain
+// copy: those signals wait until it is there or gone, so that no part of it stays.
 class InterruptDelay {
   public:
     InterruptDelay();

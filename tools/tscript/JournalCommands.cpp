@@ -11,6 +11,7 @@
 #include "DVUtilities/TScriptRecords.h"
 #include "Diagnosis.h"
 #include "Installation.h"
+#include "Interrupt.h"
 #include "JournalReader.h"
 #include "JsonOutput.h"
 #include "Listing.h"
@@ -161,14 +162,19 @@ struct Script {
     TScriptEntry_t procedure;
 };
 
+bool readDatabase(const std::string& package, std::string& database, std::string& error) {
+    std::string sql;
+    const InterruptDelay delay;
+    return TS_PreviewTscript_SQL(package.c_str(), &database, nullptr, &sql, &error);
+}
+
 void findPackage(const std::string& name, Script& script) {
     std::error_code ignored;
     const std::filesystem::path file = packageFile(name);
     if (!std::filesystem::exists(file, ignored)) return;
     script.packageFile = file;
-    std::string sql;
     std::string error;
-    if (TS_PreviewTscript_SQL(name.c_str(), &script.packageDatabase, nullptr, &sql, &error)) return;
+    if (readDatabase(name, script.packageDatabase, error)) return;
     const Diagnosis diagnosis = diagnoseRun(name, {}, error);
     throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
 }

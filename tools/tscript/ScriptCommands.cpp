@@ -219,8 +219,11 @@ std::string packageSql(const ScriptOptions& options, const std::vector<std::stri
     std::string sql;
     std::string error;
     database = options.database;
-    if (!TS_PreviewTscript_SQL(options.name.c_str(), &database, &values, &sql, &error))
-        failPreview(options, database, error);
+    const auto preview = [&] {
+        const InterruptDelay delay;
+        return TS_PreviewTscript_SQL(options.name.c_str(), &database, &values, &sql, &error);
+    };
+    if (!preview()) failPreview(options, database, error);
     return sql;
 }
 
