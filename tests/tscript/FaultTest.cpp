@@ -211,4 +211,20 @@ TEST_F(Faults, AnInterruptedLookLeavesNoPlainCopy) {
     }
 }
 
+// The query tool does not go on behind a command that was stopped: it waits for a pipe that nobody fills.
+TEST_F(Faults, AStoppedRestoreEndsTheQueryTool) {
+    const fs::path backup = folder / "backups" / "pipe";
+    ASSERT_EQ(mkfifo(backup.c_str(), 0600), 0);
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "db", "restore", backup, "copy"}, options,
+                                     {support::memoryFile().get(), output.get(), output.get()});
+    const std::ofstream writer(backup);  // opens once the server reads
+    kill(pid, SIGTERM);
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+}
+
 }  // namespace

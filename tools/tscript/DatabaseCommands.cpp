@@ -15,6 +15,7 @@
 #include "DVUtilities/DVUtilLib.h"
 #include "Diagnosis.h"
 #include "Installation.h"
+#include "Interrupt.h"
 #include "JsonOutput.h"
 #include "ScratchFile.h"
 
@@ -70,6 +71,15 @@ void checkServerPath(const std::string& what, const std::string& path) {
                       "It is a path on the server's host; write it from the root.");
 }
 
+// Ctrl-C ends the query tool, which would otherwise go on behind it. `advice`: what that leaves.
+template <typename Work>
+bool untilInterrupted(const std::string& advice, Work&& work) {
+    const InterruptGuard guard;
+    const bool done = work();
+    if (!done && guard.interrupted()) throw Failure(ExitCode::kInterrupted, "interrupted", advice);
+    return done;
+}
+
 ExitCode listDatabases(const DatabaseOptions& options) {
     DBBase db(false);
     openAccount(db, options.account);
@@ -122,7 +132,9 @@ ExitCode backUp(const DatabaseOptions& options) {
     const std::filesystem::path file = options.file;
     DBBase db(false);
     openAccount(db, options.account);
-    const bool done = db.backUpDB(file.filename().c_str(), file.parent_path().c_str(), options.name.c_str());
+    const bool done = untilInterrupted({}, [&] {
+        return db.backUpDB(file.filename().c_str(), file.parent_path().c_str(), options.name.c_str());
+    });
     if (!done) failQuery(db);
     writeResult(db.getErrorMsg());
     return ExitCode::kDone;
@@ -140,7 +152,9 @@ ExitCode executeRestore(DBBase& db, const DatabaseOptions& options, const std::s
     out << statement << "\nGO\n";
     out.close();
     if (!out) throw Failure(ExitCode::kInstallation, file.path() + " cannot be written");
-    const bool done = db.RunFileQuery(file.path().c_str(), output.path().c_str(), "MASTER", true, false);
+    const bool done = untilInterrupted("The database may be half restored; run the restore again.", [&] {
+        return db.RunFileQuery(file.path().c_str(), output.path().c_str(), "MASTER", true, false);
+    });
     writeNote(output.content());
     if (!done)
         throw Failure(ExitCode::kScriptFailed, "the restore failed", "The server's message stands above.");
@@ -148,7 +162,21 @@ ExitCode executeRestore(DBBase& db, const DatabaseOptions& options, const std::s
     return ExitCode::kDone;
 }
 
-// The library builds the statement and leaves running it to the administrator.
+// The library builds the statement, and fails with it as its message.
+std::string restoreStatement(DBBase& db, const DatabaseOptions& options, const std::string& folder) {
+    std::string_view built;
+    std::size_t end = built.npos;
+    const bool known = untilInterrupted({}, [&] {
+        db.restoreDB(options.file.c_str(), folder.c_str(), options.name.c_str());
+        built = db.getErrorMsg();
+        end = built.rfind("].");
+        return built.substr(0, kRestoreBuilt.size()) == kRestoreBuilt && end != built.npos;
+    });
+    if (!known) failQuery(db);
+    return std::string(built.substr(kRestoreBuilt.size(), end - kRestoreBuilt.size()));
+}
+
+// The library leaves running it to the administrator.
 ExitCode showRestore(const DatabaseOptions& options) {
     checkForSql("the database name", options.name, kLongestDatabaseName);
     checkServerPath("the backup file", options.file);
@@ -158,11 +186,7 @@ ExitCode showRestore(const DatabaseOptions& options) {
     if (folder.back() != '/') folder += '/';
     DBBase db(false);
     openAccount(db, options.account);
-    db.restoreDB(options.file.c_str(), folder.c_str(), options.name.c_str());
-    const std::string_view built = db.getErrorMsg();
-    const std::size_t end = built.rfind("].");
-    if (built.substr(0, kRestoreBuilt.size()) != kRestoreBuilt || end == built.npos) failQuery(db);
-    const std::string statement(built.substr(kRestoreBuilt.size(), end - kRestoreBuilt.size()));
+    const std::string statement = restoreStatement(db, options, folder);
     writeResult(statement);
     std::fflush(stdout);
     if (options.execute) return executeRestore(db, options, statement);

@@ -31,7 +31,7 @@ void endChildrenOf(int thread) {
 
 InterruptGuard::InterruptGuard() {
     const sigset_t set = interruptions();
-    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    pthread_sigmask(SIG_BLOCK, &set, &m_before);
     m_watcher = std::thread(&InterruptGuard::watch, this, gettid());
 }
 
@@ -39,8 +39,7 @@ InterruptGuard::~InterruptGuard() {
     m_ending = true;
     pthread_kill(m_watcher.native_handle(), SIGINT);
     m_watcher.join();
-    const sigset_t set = interruptions();
-    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
 }
 
 // Once interrupted it looks again and again: a child may be about to start.

@@ -20,6 +20,7 @@ class InterruptGuard {
 
     std::atomic<bool> m_interrupted{false};
     std::atomic<bool> m_ending{false};
+    sigset_t m_before;
     std::thread m_watcher;
 };
 

@@ -7,7 +7,6 @@
 #include "DVUtilities/commonFunc.h"
 #include "Diagnosis.h"
 #include "Installation.h"
-#include "Interrupt.h"
 #include "Pack.h"
 #include "PlainPackage.h"
 #include "ScratchFile.h"
@@ -29,7 +28,6 @@ void report(const std::string& plain, const PackageCheck& check) {
 
 void packFile(const std::string& plain, const std::string& target) {
     report(plain, checkPlainPackage(plain));
-    const InterruptDelay delay;
     ScratchFile enciphered(target);
     std::string error;
     if (!EncryptFile(plain.c_str(), enciphered.path().c_str(), error))

@@ -9,7 +9,6 @@
 #include "Commands.h"
 #include "Console.h"
 #include "HostSetup.h"
-#include "Interrupt.h"
 #include "RecordReader.h"
 #include "ScratchFile.h"
 #include "VTPassword.h"
@@ -111,7 +110,6 @@ void repackFile(const std::string& file, KeyedCipher& from, KeyedCipher& to) {
         throw Failure(ExitCode::kInstallation, problem);
     }
     const std::string real = std::filesystem::canonical(file).string();
-    const InterruptDelay delay;
     ScratchFile repacked(real);
     copyRecords(real, repacked.path(), from, to);
     repacked.replace(real);

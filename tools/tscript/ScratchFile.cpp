@@ -34,6 +34,7 @@ ScratchFile::ScratchFile() {
 }
 
 ScratchFile::ScratchFile(const std::string& beside) {
+    m_delay.emplace();
     create(beside + ".XXXXXX");
 }
 

@@ -1,12 +1,15 @@
 // A private file for a program's output, removed with its object.
 #pragma once
 
+#include <optional>
 #include <string>
+
+#include "Interrupt.h"
 
 class ScratchFile {
   public:
-    // In the system's temporary folder, mode 0600. `beside`: next to that file instead, for a later rename.
-    // Throws Failure (installation).
+    // In the system's temporary folder, mode 0600. `beside`: next to that file instead, for a later rename;
+    // signals wait until it is there or gone. Throws Failure (installation).
     ScratchFile();
     explicit ScratchFile(const std::string& beside);
     ~ScratchFile();
@@ -23,5 +26,6 @@ class ScratchFile {
   private:
     void create(std::string pattern);
     void renameTo(const std::string& target);
+    std::optional<InterruptDelay> m_delay;
     std::string m_path;
 };
