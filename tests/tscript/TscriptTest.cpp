@@ -171,6 +171,7 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
         EXPECT_EQ(support::readFile(target) == "kept", c.exitCode != 0) << c.text;
     }
+    expectAll({{{"pack", plain, "-o", plain}, 2, "", "the place of its plain text"}});
     for (const auto& entry : fs::directory_iterator(m_temp.path()))
         EXPECT_EQ(entry.path().filename().string().find("p.sql."), std::string::npos) << entry.path();
 }

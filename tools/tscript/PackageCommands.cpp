@@ -28,6 +28,10 @@ void report(const std::string& plain, const PackageCheck& check) {
 
 void packFile(const std::string& plain, const std::string& target) {
     report(plain, checkPlainPackage(plain));
+    std::error_code ignored;
+    if (std::filesystem::equivalent(plain, target, ignored))
+        throw Failure(ExitCode::kUsage, "the package would take the place of its plain text " + plain,
+                      "Name another file with -o.");
     ScratchFile enciphered(target);
     std::string error;
     if (!EncryptFile(plain.c_str(), enciphered.path().c_str(), error))
