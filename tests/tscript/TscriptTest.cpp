@@ -171,7 +171,9 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
         EXPECT_EQ(support::readFile(target) == "kept", c.exitCode != 0) << c.text;
     }
-    expectAll({{{"pack", plain, "-o", plain}, 2, "", "the place of its plain text"}});
+    fs::copy_file(plain, m_temp / "it's.txt");
+    expectAll({{{"pack", plain, "-o", plain}, 2, "", "the place of its plain text"},
+               {{"pack", m_temp / "it's.txt"}, 2, "", "cannot be a script's name"}});
     for (const auto& entry : fs::directory_iterator(m_temp.path()))
         EXPECT_EQ(entry.path().filename().string().find("p.sql."), std::string::npos) << entry.path();
 }

@@ -24,6 +24,13 @@ void report(const std::string& plain, const PackageCheck& check) {
                       "docs/package-format.md describes the form.");
 }
 
+// Under a name that the script can be run by.
+std::string defaultTarget(const std::string& plain) {
+    const std::string name = std::filesystem::path(plain).stem();
+    checkScriptName(name);
+    return packageFile(name);
+}
+
 }  // namespace
 
 void packFile(const std::string& plain, const std::string& target) {
@@ -53,8 +60,7 @@ void addPackageCommands(CLI::App& app, Action& action) {
     pack->callback([&action, options] {
         action = [options] {
             requireStore();
-            if (options->target.empty())
-                options->target = packageFile(std::filesystem::path(options->plain).stem()).string();
+            if (options->target.empty()) options->target = defaultTarget(options->plain);
             packFile(options->plain, options->target);
             writeNote("packed " + options->target);
             return ExitCode::kDone;
