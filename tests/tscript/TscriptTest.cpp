@@ -162,6 +162,7 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         {std::string("#START_SCRIPT#\nSELECT\0001\n", 24), 2, "NUL byte"},
         {"#START_OPTIONS#\nDatabase Name: Dorvas\n#START_SCRIPT#\nGO\n", 2, "a blank after"},
         {"#START_SCRIPT#\n" + longLine + "x", 2, "its last character"},
+        {"#START_USAGE#\nit's\n'X'\n#START_SCRIPT#\nGO\n", 2, "line 3: a third single quote"},
         {"Hi\n#START_SCRIPT#\n" + longLine + "\nGO\n", 0, "line 3: a line of 509 bytes"},
     };
     for (const auto& c : cases) {

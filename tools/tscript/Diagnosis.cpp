@@ -109,6 +109,11 @@ Diagnosis told(const std::string&, const std::string&) {
     return notRun(code, "the script did not run", {});
 }
 
+Diagnosis notRecorded(const std::string&, const std::string&) {
+    return notRun(ExitCode::kConnection, "the script did not run",
+                  "The debug log beside " + sessionLogFile().string() + " holds the server's message.");
+}
+
 // The first text that the output holds decides.
 constexpr Finding kFindings[] = {
     {"Failed at RunFileQuery_TS!", queryFailed},
@@ -138,9 +143,9 @@ constexpr Finding kFindings[] = {
      }},
     {"Failed to get plexum number", told<ExitCode::kConnection>},
     {"Failed to get GUID", told<ExitCode::kConnection>},
-    {"Failed to insert tscript", told<ExitCode::kConnection>},
-    {"Failed to update tscript", told<ExitCode::kConnection>},
-    {"Failed to record tscript", told<ExitCode::kConnection>},
+    {"Failed to insert tscript", notRecorded},
+    {"Failed to update tscript", notRecorded},
+    {"Failed to record tscript", notRecorded},
     {"Failed to get zephra base folder.", told<ExitCode::kInstallation>},
     {"Failed to open file [", told<ExitCode::kInstallation>},
     {"Failed to create output File", told<ExitCode::kInstallation>},

@@ -16,6 +16,10 @@ constexpr std::size_t kMostFindings = 20;
 constexpr std::size_t kReaderPiece = 509;  // characters that the package reader takes of a line at a time
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+// Of a usage text with more, the way in which its quotes are doubled makes no literal that the catalogue
+// takes.
+constexpr std::ptrdiff_t kMostUsageQuotes = 2;
+
 constexpr std::string_view kMarkerStart = "#START_";
 constexpr std::size_t kLongestKey = 40;
 
@@ -69,6 +73,9 @@ class Checker {
         } else if (!m_statements) {
             m_findings.errors.push_back({0, "there are no statements after #START_SCRIPT#"});
         }
+        if (m_usageQuotes > kMostUsageQuotes)
+            m_findings.errors.push_back(
+                {m_lastQuotes, "a third single quote in the usage; the catalogue would not take the text"});
         if (!m_headerSeen) m_findings.remarks.push_back({0, "there is no line #START_OPTIONS#"});
         if (!m_usageSeen)
             m_findings.remarks.push_back({0, "there is no line #START_USAGE#; help shows nothing"});
@@ -85,6 +92,7 @@ class Checker {
         } else if (line == "#START_USAGE#") {
             m_section = Section::kUsage;
             m_usageSeen = true;
+            m_usageQuotes = 0;
         } else if (line == "#START_SCRIPT#") {
             if (m_markerSeen) warning("a second #START_SCRIPT#; the statements before it are dropped");
             m_section = Section::kScript;
@@ -103,6 +111,7 @@ class Checker {
             remark("begins like a marker and is none; a marker stands alone in its line");
         if (m_section == Section::kNone) warning("text before the first marker is ignored");
         if (m_section == Section::kOptions) takeHeaderLine(line);
+        if (m_section == Section::kUsage) countQuotes(line);
         if (m_section == Section::kScript) {
             m_statements = true;
             m_percentSigns.take(line, m_line);
@@ -111,6 +120,12 @@ class Checker {
         } else if (line.size() > kReaderPiece) {
             warning("a line of more than 509 bytes is broken into pieces");
         }
+    }
+
+    void countQuotes(std::string_view line) {
+        if (m_usageQuotes > kMostUsageQuotes) return;
+        m_usageQuotes += std::count(line.begin(), line.end(), '\'');
+        m_lastQuotes = m_line;
     }
 
     // The first key that stands in the line, anywhere, decides.
@@ -151,6 +166,8 @@ class Checker {
     bool m_usageSeen = false;
     bool m_markerSeen = false;
     bool m_statements = false;
+    std::ptrdiff_t m_usageQuotes = 0;
+    std::size_t m_lastQuotes = 0;  // the line that they were counted to
     std::size_t m_line = 0;
 };
 
