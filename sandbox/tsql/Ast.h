@@ -202,7 +202,7 @@ struct Declaration {
 };
 // What a batch or a module declares anywhere in it: each is there, NULL, from its beginning.
 struct Local {
-    std::string name;  // in lower case
+    std::string name;
     SqlType type;
 };
 struct Declare {

@@ -19,8 +19,9 @@ constexpr std::size_t kMostAttached = 10;  // SQLite's own limit
 
 std::string quotedWith(std::string_view text, char quote) {
     std::string out(1, quote);
-    for (const char c : text) out.append(c == quote ? 2 : 1, c);
-    return out += quote;
+    for (std::size_t at; (at = text.find(quote)) != std::string_view::npos; text.remove_prefix(at + 1))
+        out.append(text.substr(0, at + 1)) += quote;
+    return out.append(text) += quote;
 }
 
 }  // namespace
@@ -145,11 +146,12 @@ std::string Connection::attach(std::string_view database) {
 }
 
 void Connection::lock(std::string_view database) {
+    const std::string key = databaseKey(database);
+    if (sqlite3_txn_state(handle(), key.c_str()) > SQLITE_TXN_NONE) return;
     const std::string schema = attach(database);
-    if (sqlite3_txn_state(handle(), databaseKey(database).c_str()) != SQLITE_TXN_NONE) return;
     const bool isNew =
-        sqlite3_table_column_metadata(handle(), databaseKey(database).c_str(), "tsqlbox_objects", nullptr,
-                                      nullptr, nullptr, nullptr, nullptr, nullptr) != SQLITE_OK;
+        sqlite3_table_column_metadata(handle(), key.c_str(), "tsqlbox_objects", nullptr, nullptr, nullptr,
+                                      nullptr, nullptr, nullptr) != SQLITE_OK;
     if (!isNew) run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
 }
 

@@ -94,7 +94,7 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     });
 }
 
-// The call as EXEC @ = procedure @name = @1 OUTPUT ..., its values in variables that no text can name.
+// The call as EXEC @ = procedure @name = value, @name = @1 OUTPUT ..., with variables that no text can name.
 bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     Frame frame;
     const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
@@ -102,12 +102,13 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-            const auto& argument = call.arguments[i];
-            frame.variables[variable(i)] = {argument.type, argument.value};
-            auto value =
-                argument.isDefault ? nullptr : std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
-            execute.arguments.push_back(
-                {argument.name, std::move(value), argument.output && !argument.isDefault});
+            auto& argument = call.arguments[i];
+            const bool output = argument.output && !argument.isDefault;
+            if (output) frame.variables[variable(i)] = {argument.type, argument.value};
+            Expr::Node value = VariableRef{variable(i)};
+            if (!output) value = Literal{{std::move(argument.value), argument.type}};
+            auto given = argument.isDefault ? nullptr : std::make_unique<Expr>(Expr{1, std::move(value)});
+            execute.arguments.push_back({argument.name, std::move(given), output});
         }
         const Finally describeAgain([this, before = m_describeOnly] { m_describeOnly = before; });
         m_describeOnly = m_describeOnly || call.describeOnly;
@@ -412,7 +413,7 @@ bool Executor::holds(const Expr& condition) {
 }
 
 void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
-    const auto found = m_frames.back()->variables.find(lowerAscii(name));
+    const auto found = m_frames.back()->variables.find(name);
     if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
     if (!isNull(value)) requireImplicit(type, found->second.type);
     found->second.value = convertValue(value, type, found->second.type);
@@ -427,7 +428,7 @@ Flow Executor::run(const Declare& declare) {
             continue;
         }
         if (!each.value) continue;  // a second time, in a loop, it keeps what it holds
-        m_frames.back()->variables[lowerAscii(each.name)].value = evaluate(*each.value, each.type);
+        m_frames.back()->variables[each.name].value = evaluate(*each.value, each.type);
         m_error = 0;
         m_rowCount = 1;
     }

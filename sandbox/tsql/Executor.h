@@ -53,13 +53,13 @@ struct Frame {
         for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
     }
 
-    std::string procedure;                      // empty in a batch
-    std::int64_t procedureId = 0;               // @@PROCID
-    std::string database;                       // in which its names are looked up; empty: the session's
-    std::map<std::string, Variable> variables;  // by name in lower case
-    Cursors cursors;                            // the LOCAL ones
-    std::optional<std::int64_t> identity;       // SCOPE_IDENTITY()
-    std::map<std::string, TableVariable> tables;
+    std::string procedure;         // empty in a batch
+    std::int64_t procedureId = 0;  // @@PROCID
+    std::string database;          // in which its names are looked up; empty: the session's
+    WordMap<Variable> variables;
+    Cursors cursors;                       // the LOCAL ones
+    std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()
+    WordMap<TableVariable> tables;
     std::vector<TableInfo> temporary;  // #tables that it has made
     bool isFunction = false;
     bool isQuery = false;  // of a view, or of a function that returns a table

@@ -571,9 +571,8 @@ void Executor::dropTemporaryTables(Frame& frame) {
 // A second time, in a loop, it is what it was.
 void Executor::declareTable(const Declaration& declaration) {
     auto& tables = m_frames.back()->tables;
-    const std::string key = lowerAscii(declaration.name);
-    if (tables.contains(key)) return;
-    tables[key] = {declaration.table, createTable(*declaration.table)};
+    if (tables.contains(declaration.name)) return;
+    tables[declaration.name] = {declaration.table, createTable(*declaration.table)};
 }
 
 void Executor::keepTables(const std::function<void()>& rollback) {

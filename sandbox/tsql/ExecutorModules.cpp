@@ -43,7 +43,7 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
     frame.database = query.database;
     frame.isQuery = true;
     for (const auto& parameter : query.module->parameters)
-        frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
+        frame.variables[parameter.name] = {parameter.type, Null{}};
     inFrame(frame, work);
 }
 
@@ -69,7 +69,7 @@ void Executor::checkBody(const CreateModule& module) {
     Frame frame;
     frame.procedure = module.name.name;
     for (const auto& parameter : module.parameters)
-        frame.variables[lowerAscii(parameter.name)] = {parameter.type, Null{}};
+        frame.variables[parameter.name] = {parameter.type, Null{}};
     frame.declare(module.locals);
     inFrame(frame, [&] { check(module.body); });
     dropTemporaryTables(frame);
@@ -273,8 +273,8 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
         if (!value && !m_describeOnly)
             throw sqlError(frame.procedure.empty() ? 8178 : 201, {name, parameter.name});
         if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
-        frame.variables[lowerAscii(parameter.name)] = {
-            parameter.type, value ? argumentValue(*value, parameter.type) : Value(Null{})};
+        frame.variables[parameter.name] = {parameter.type,
+                                           value ? argumentValue(*value, parameter.type) : Value(Null{})};
     }
     if (unknown) throw sqlError(8145, {unknown->name, frame.procedure});
     return arguments;
@@ -293,7 +293,7 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
                              const Frame& frame) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (!arguments[i] || !arguments[i]->output) continue;
-        const Variable& value = frame.variables.at(lowerAscii(module.parameters[i].name));
+        const Variable& value = frame.variables.at(module.parameters[i].name);
         setVariable(std::get<VariableRef>(arguments[i]->value->node).name, viewOf(value.value), value.type);
     }
     if (!execute.resultVariable.empty())
@@ -315,7 +315,7 @@ Value Executor::callFunction(std::string_view database, std::string_view name,
     frame.returnType = module.returns;
     frame.declare(module.locals);
     for (std::size_t i = 0; i < module.parameters.size(); ++i)
-        frame.variables[lowerAscii(module.parameters[i].name)] = {
+        frame.variables[module.parameters[i].name] = {
             module.parameters[i].type, i < arguments.size() ? ownedValue(arguments[i]) : Value(Null{})};
     const int line = m_line;
     try {

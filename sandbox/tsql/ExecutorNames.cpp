@@ -29,7 +29,7 @@ Value identityValue(const std::optional<std::int64_t>& identity) {
 // ---- variables
 
 const Variable& Executor::local(std::string_view name) {
-    const auto found = m_frames.back()->variables.find(lowerAscii(name));
+    const auto found = m_frames.back()->variables.find(name);
     if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
     return found->second;
 }
@@ -110,7 +110,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     if (isTemporaryName(name.name) && m_frames.back()->isQuery) throw sqlError(4508);
     if (name.name.starts_with('@')) {
         const auto& tables = m_frames.back()->tables;
-        const auto found = tables.find(lowerAscii(name.name));
+        const auto found = tables.find(name.name);
         if (found == tables.end()) throw sqlError(1087, {name.name});
         return found->second.info;
     }

@@ -36,6 +36,7 @@ struct Typed {
 
 Typed nullLiteral();
 Typed literal(const TypedValue& constant);
+Typed typedConstant(std::string sql, const TypedValue& constant);  // which `sql` stands for
 Typed wordArgument(std::string_view word);
 
 enum class CompareOp { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };

@@ -13,6 +13,7 @@ namespace tsql {
 namespace {
 
 constexpr std::size_t kLongestName = 128;
+constexpr std::size_t kUsualTokens = 64;
 
 // The words that cannot name anything unless they are quoted.
 constexpr std::string_view kReserved =
@@ -29,11 +30,8 @@ RULE SAVE SCHEMA SELECT SESSION_USER SET SETUSER SHUTDOWN SOME STATISTICS SYSTEM
 TEXTSIZE THEN TO TOP TRAN TRANSACTION TRIGGER TRUNCATE TRY_CONVERT UNION UNIQUE UNPIVOT UPDATE UPDATETEXT
 USE USER VALUES VARYING VIEW WAITFOR WHEN WHERE WHILE WITH WRITETEXT)";
 
-// Longest first.
-constexpr std::string_view kSymbols[] = {
-    "<=", ">=", "<>", "!=", "!<", "!>", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "::", "<", ">",
-    "=",  "+",  "-",  "*",  "/",  "%",  "&",  "|",  "^",  "~",  "(",  ")",  ",",  ".",  ";",  ":",
-};
+constexpr std::string_view kPairs = "<= >= <> != !< !> += -= *= /= %= &= |= ^= ::";
+constexpr std::string_view kSymbols = "<>=!+-*/%&|^~(),.;:";
 
 bool isNameStart(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) || c == '_' || c == '#' || (c & 0x80);
@@ -50,10 +48,10 @@ bool isHexDigit(char c) {
 
 bool isReserved(std::string_view word) {
     static const auto words = [] {
-        std::istringstream text{std::string(kReserved)};
+        std::istringstream text{lowerAscii(kReserved)};
         return std::unordered_set<std::string>(std::istream_iterator<std::string>(text), {});
     }();
-    return words.contains(toUpper(word));
+    return words.contains(lowerAscii(word));
 }
 
 class Lexer {
@@ -62,8 +60,9 @@ class Lexer {
 
     std::vector<Token> run() {
         std::vector<Token> tokens;
+        tokens.reserve(kUsualTokens);
         for (skipBlanks(); m_at < m_text.size(); skipBlanks()) tokens.push_back(next());
-        tokens.push_back({TokenKind::End, false, m_line, {}});
+        tokens.push_back({TokenKind::End, false, '\0', m_line, {}});
         return tokens;
     }
 
@@ -120,8 +119,7 @@ class Lexer {
         if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number(0);
         if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
         if (isNameStart(c)) return take(TokenKind::Word, past(isNamePart, 1));
-        for (const auto text : kSymbols)
-            if (startsWith(text)) return take(TokenKind::Symbol, text.size());
+        if (kSymbols.find(c) != std::string_view::npos) return take(TokenKind::Symbol, isPair() ? 2 : 1);
         throw SyntaxError(102, std::string("Incorrect syntax near '") + c + "'.", m_line);
     }
 
@@ -133,7 +131,9 @@ class Lexer {
 
     Token take(TokenKind kind, std::size_t length) {
         const std::string_view raw = m_text.substr(m_at, length);
-        const Token token{kind, kind == TokenKind::Word && isReserved(raw), m_line, raw};
+        const bool isWord = kind == TokenKind::Word, hasInitial = isWord || kind == TokenKind::Symbol;
+        const Token token{kind, isWord && isReserved(raw), hasInitial ? upperAscii(raw[0]) : '\0', m_line,
+                          raw};
         if (kind < TokenKind::DoubleQuoted || kind == TokenKind::Variable) checkName(token);
         advance(length);
         return token;
@@ -148,6 +148,11 @@ class Lexer {
             if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
         }
         return take(kind, end + 1 - m_at);
+    }
+
+    bool isPair() const {
+        const std::string_view two = m_text.substr(m_at, 2);
+        return two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;
     }
 
     Token number(std::size_t sign) {
@@ -193,11 +198,6 @@ std::string unquoted(const Token& token) {
         if (token.raw[i] == close) ++i;
     }
     return text;
-}
-
-bool sameWord(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](unsigned char a, unsigned char b) { return std::toupper(a) == std::toupper(b); });
 }
 
 }  // namespace tsql

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "SqlError.h"
+#include "Text.h"
 
 namespace tsql {
 
@@ -28,6 +29,7 @@ enum class TokenKind : std::uint8_t {
 struct Token {
     TokenKind kind = TokenKind::End;
     bool reserved = false;  // a word that cannot be a name
+    char initial = '\0';    // of a word or symbol, in upper case
     int line = 1;           // from 1
     std::string_view raw;   // as written, quotes and all
 };
@@ -49,7 +51,5 @@ void checkName(const Token& token);
 
 // What a token stands for: quotes taken off, doubled quotes made single.
 std::string unquoted(const Token& token);
-
-bool sameWord(std::string_view left, std::string_view right);  // ASCII case aside
 
 }  // namespace tsql

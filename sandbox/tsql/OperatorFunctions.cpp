@@ -161,6 +161,14 @@ Typed nullLiteral() {
     return {"NULL", simpleType(TypeId::Int), true};
 }
 
+Typed typedConstant(std::string sql, const TypedValue& constant) {
+    Typed result{std::move(sql), constant.type, isNull(constant.value)};
+    result.nullable = result.nullLiteral;
+    const auto* integer = std::get_if<std::int64_t>(&constant.value);
+    if (integer && constant.type.id == TypeId::Int) result.integer = *integer;
+    return result;
+}
+
 Typed literal(const TypedValue& constant) {
     struct ConstantWriter {
         std::string operator()(Null) const { return "NULL"; }
@@ -177,11 +185,7 @@ Typed literal(const TypedValue& constant) {
         }
         std::string operator()(const Bytes& bytes) const { return "x'" + hexDigits(bytes) + "'"; }
     };
-    Typed result{std::visit(ConstantWriter{}, constant.value), constant.type, isNull(constant.value)};
-    result.nullable = result.nullLiteral;
-    const auto* integer = std::get_if<std::int64_t>(&constant.value);
-    if (integer && constant.type.id == TypeId::Int) result.integer = *integer;
-    return result;
+    return typedConstant(std::visit(ConstantWriter{}, constant.value), constant);
 }
 
 Typed wordArgument(std::string_view word) {

@@ -45,30 +45,21 @@ SqlType parseType(std::string_view text) {
 Parser::Parser(std::string_view text, bool quotedIdentifiers)
     : m_quotedIdentifiers(quotedIdentifiers), m_tokens(tokenize(text)) {}
 
-const Token& Parser::peek(std::size_t ahead) const {
-    return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
-}
-
 const Token& Parser::take() {
     const Token& token = peek();
     if (token.kind != TokenKind::End) ++m_next;
     return token;
 }
 
-// The number of tokens that the phrase takes; 0 where it does not stand.
-std::size_t Parser::match(std::string_view phrase, std::size_t ahead) const {
+std::size_t Parser::matchWhole(std::string_view phrase, std::size_t ahead) const {
     for (std::size_t count = 0;; ++count) {
         const Token& token = peek(ahead + count);
-        const std::string_view word = phrase.substr(0, phrase.find(' '));
-        const bool mayMatch = token.kind == TokenKind::Word || token.kind == TokenKind::Symbol;
-        if (!mayMatch || !sameWord(token.raw, word)) return 0;
-        if (word.size() == phrase.size()) return count + 1;
-        phrase.remove_prefix(word.size() + 1);
+        const std::size_t size = token.raw.size();
+        const bool isWord = size == phrase.size() || (size < phrase.size() && phrase[size] == ' ');
+        if (token.initial == '\0' || !isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
+        if (size == phrase.size()) return count + 1;
+        phrase.remove_prefix(size + 1);
     }
-}
-
-bool Parser::at(std::string_view phrase, std::size_t ahead) const {
-    return match(phrase, ahead) > 0;
 }
 
 bool Parser::accept(std::string_view phrase) {
@@ -121,7 +112,7 @@ std::string Parser::expectName() {
 std::string Parser::expectVariable(int undeclaredState) {
     if (!atVariable()) syntaxError();
     const Token& name = take();
-    if (!m_declared.contains(lowerAscii(name.raw)))
+    if (!m_declared.contains(name.raw))
         throw SyntaxError(sqlError(137, {name.raw}, undeclaredState), name.line);
     return std::string(name.raw);
 }

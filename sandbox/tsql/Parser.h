@@ -32,9 +32,11 @@ class Parser {
     Parser(std::string_view text, bool quotedIdentifiers);
 
     // ---- tokens (Parser.cpp). A phrase is keywords and symbols with a blank between: "ORDER BY".
-    const Token& peek(std::size_t ahead = 0) const;
+    const Token& peek(std::size_t ahead = 0) const {
+        return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
+    }
     const Token& take();
-    bool at(std::string_view phrase, std::size_t ahead = 0) const;
+    bool at(std::string_view phrase, std::size_t ahead = 0) const { return match(phrase, ahead) > 0; }
     bool accept(std::string_view phrase);
     bool acceptAny(std::initializer_list<std::string_view> phrases);
     void expect(std::string_view phrase);
@@ -151,14 +153,18 @@ class Parser {
     std::vector<ast::Local> m_locals;
 
   private:
-    std::size_t match(std::string_view phrase, std::size_t ahead) const;
+    // The number of tokens that the phrase takes; 0 where it does not stand, as most show by their initial.
+    std::size_t match(std::string_view phrase, std::size_t ahead) const {
+        return peek(ahead).initial == phrase.front() ? matchWhole(phrase, ahead) : 0;
+    }
+    std::size_t matchWhole(std::string_view phrase, std::size_t ahead) const;
     std::vector<int> typeArguments();
 
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
     int m_depth = 0;
-    std::set<std::string> m_declared;  // variables' names in lower case
-    std::set<std::string> m_declaredTables;
+    WordSet m_declared;  // variables
+    WordSet m_declaredTables;
 };
 
 // ---- statements of ParserDefinitions.cpp; the word in their names is taken already

@@ -283,8 +283,7 @@ std::optional<BinaryOp> Parser::assignmentOperator() {
 ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = take();
-    if (!m_declaredTables.contains(lowerAscii(name.raw)))
-        throw SyntaxError(sqlError(1087, {name.raw}), name.line);
+    if (!m_declaredTables.contains(name.raw)) throw SyntaxError(sqlError(1087, {name.raw}), name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 

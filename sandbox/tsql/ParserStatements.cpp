@@ -498,11 +498,10 @@ Declaration Parser::declaration(bool isParameter) {
     if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
     refuse("READONLY", "table-valued parameters");
-    const std::string key = lowerAscii(name.raw);
-    if (m_declared.contains(key) || m_declaredTables.contains(key))
+    if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
         throw SyntaxError(sqlError(134, {name.raw}), name.line);
-    (node.table ? m_declaredTables : m_declared).insert(key);
-    if (!isParameter && !node.table) m_locals.push_back({key, node.type});
+    (node.table ? m_declaredTables : m_declared).insert(node.name);
+    if (!isParameter && !node.table) m_locals.push_back({node.name, node.type});
     return node;
 }
 

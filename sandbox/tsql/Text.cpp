@@ -191,7 +191,8 @@ std::string toUpper(std::string_view text) {
     return mapped(text, towupper_l);
 }
 std::string toLower(std::string_view text) {
-    return mapped(text, towlower_l);
+    const bool isAscii = std::ranges::all_of(text, [](char c) { return (c & 0x80) == 0; });
+    return isAscii ? lowerAscii(text) : mapped(text, towlower_l);
 }
 
 char32_t foldCase(char32_t c) {

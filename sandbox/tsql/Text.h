@@ -1,11 +1,32 @@
 // UTF-8 text the way T-SQL sees it: counted in characters, compared without regard to case.
 #pragma once
 
+#include <algorithm>
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tsql {
+
+constexpr char upperAscii(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+constexpr bool sameWord(std::string_view left, std::string_view right) {  // ASCII case aside
+    return std::ranges::equal(left, right, {}, upperAscii, upperAscii);
+}
+
+// What names stand for, whatever their case.
+struct WordLess {
+    using is_transparent = void;
+    bool operator()(std::string_view left, std::string_view right) const {
+        return std::ranges::lexicographical_compare(left, right, {}, upperAscii, upperAscii);
+    }
+};
+template <typename T>
+using WordMap = std::map<std::string, T, WordLess>;
+using WordSet = std::set<std::string, WordLess>;
 
 std::string lowerAscii(std::string_view text);
 std::string_view trimRight(std::string_view text);  // blanks only, as T-SQL's RTRIM

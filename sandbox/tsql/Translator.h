@@ -14,6 +14,7 @@
 #include "Catalogue.h"
 #include "Engine.h"
 #include "Finally.h"
+#include "Text.h"
 
 namespace tsql {
 
@@ -236,7 +237,7 @@ class Translator {
     std::vector<Assignment> m_assignments;
     // What stands for a variable that the statement itself assigns, by its name in lower case: its value
     // before the row, then the value of the assignment to the left.
-    std::map<std::string, std::string> m_live;
+    WordMap<std::string> m_live;
     bool m_sorted = false;  // then rows are computed before their order is known
     int m_aliases = 0;
     std::string m_depth;  // of the recursion: the column that the recursive part must add

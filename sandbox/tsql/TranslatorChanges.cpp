@@ -49,9 +49,7 @@ Typed Translator::cell(const Expr& expr) {
     if (!literal || isNull(literal->constant.value) || m_parameters.size() >= kMostParameters)
         return value(expr);
     m_parameters.push_back({{}, &literal->constant.value});
-    Typed typed = tsql::literal(literal->constant);
-    typed.sql = "?" + std::to_string(m_parameters.size());
-    return typed;
+    return typedConstant("?" + std::to_string(m_parameters.size()), literal->constant);
 }
 
 std::vector<const TableColumn*> Translator::absentDefaults(
@@ -167,9 +165,9 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
     std::string list;
     for (const auto& clause : update.sets) {
         if (clause.variable.empty()) continue;
-        const std::string key = lowerAscii(clause.variable);
-        const bool read = std::any_of(m_parameters.begin(), m_parameters.end(),
-                                      [&](const Parameter& each) { return each.variable == key; });
+        const bool read = std::any_of(m_parameters.begin(), m_parameters.end(), [&](const Parameter& each) {
+            return sameWord(each.variable, clause.variable);
+        });
         if (update.output || read)
             throw unsupported(
                 "UPDATE ... SET @variable = column with OUTPUT or with the variable's own value");

@@ -65,15 +65,14 @@ std::string Translator::liveValue(const std::string& key) {
 
 Typed Translator::parameter(std::string_view name) {
     const SqlType type = m_names.variableType(name);
-    const std::string key = lowerAscii(name);
-    if (const auto live = m_live.find(key); live != m_live.end()) {
-        if (m_sorted && live->second == liveValue(key))
+    if (const auto live = m_live.find(name); live != m_live.end()) {
+        if (m_sorted && live->second == liveValue(live->first))
             throw unsupported("SELECT @variable = ... of the same variable with ORDER BY");
         return {live->second, type};
     }
     auto found = std::find_if(m_parameters.begin(), m_parameters.end(),
-                              [&](const Parameter& each) { return each.variable == key; });
-    if (found == m_parameters.end()) found = m_parameters.insert(found, {key});
+                              [&](const Parameter& each) { return sameWord(each.variable, name); });
+    if (found == m_parameters.end()) found = m_parameters.insert(found, {std::string(name)});
     return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
 }
 

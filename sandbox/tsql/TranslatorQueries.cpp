@@ -68,7 +68,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
 
     if (topLevel)
         for (const auto& item : select.items)
-            if (const std::string key = lowerAscii(item.variable); !key.empty()) m_live[key] = liveValue(key);
+            if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
     m_sorted = !query.orderBy.empty();
     const bool grouped = !select.groupBy.empty() || select.having;
     if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
@@ -134,7 +134,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
     if (item.assignment) typed = emitBinary(*item.assignment, parameter(item.variable), typed);
     if (!item.variable.empty()) {
         m_assignments.push_back({item.variable, typed.type});
-        if (const auto live = m_live.find(lowerAscii(item.variable)); live != m_live.end())
+        if (const auto live = m_live.find(item.variable); live != m_live.end())
             live->second = coerce(typed, m_names.variableType(item.variable)).sql;
     }
     Column column{item.alias, typed.type, typed.nullable, false};
@@ -340,10 +340,10 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
 std::string Translator::storedTable(const StoredModule& stored, const NamedTable& table,
                                     const std::string& alias) {
     const auto& parameters = stored.module->parameters;
-    std::map<std::string, std::string> arguments;
+    WordMap<std::string> arguments;
     const std::vector<ExprPtr> none;
     const auto values = blind([&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
-    for (std::size_t i = 0; i < values.size(); ++i) arguments[lowerAscii(parameters[i].name)] = values[i];
+    for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
         const auto common = std::exchange(m_with, {});
@@ -395,10 +395,10 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
                                      const std::string& alias) {
     QueryText text = blind([&] { return this->query(query); });
     rename(text, names, alias);
-    std::set<std::string> seen;
+    WordSet seen;
     for (const auto& [column, sqlName, nullLiteral] : text.columns) {
         if (column.name.empty()) throw sqlError(8155, {sqlName.substr(1), alias});
-        if (!seen.insert(lowerAscii(column.name)).second) throw sqlError(8156, {column.name, alias});
+        if (!seen.insert(column.name).second) throw sqlError(8156, {column.name, alias});
     }
     return "(" + text.sql + ") AS " + addSource(text.columns, alias);
 }

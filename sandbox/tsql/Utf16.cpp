@@ -61,6 +61,10 @@ std::string utf8FromUtf16(std::string_view wire) {
     text.reserve(wire.size() / 2);
     for (std::size_t i = 0; i + 1 < wire.size(); i += 2) {
         char32_t c = unitAt(i);
+        if (c < 0x80) {
+            text += static_cast<char>(c);
+            continue;
+        }
         if (isSurrogate(c)) {
             const char32_t low = c < kLowSurrogate && i + 3 < wire.size() ? unitAt(i + 2) : 0;
             const bool paired = low >= kLowSurrogate && isSurrogate(low);
