@@ -124,6 +124,13 @@ TEST_F(Installation, SaysWhatIsWrongWithAnInstallation) {
                {purge, 3, "", "another key"}});
     fs::rename(folder / "old.key", folder / "cipher.key");
 
+    fs::rename(folder / "logs", folder / "elsewhere");
+    expectAll({{purge, 3, "", "the log folder"}});
+    const ProgramResult listed = run({"journal", "--json"});  // a result stays one
+    EXPECT_EQ(listed.output.rfind("[", 0), 0U) << listed.output;
+    EXPECT_NE(listed.errors.find("Cannot open log file"), std::string::npos) << listed.errors;
+    fs::rename(folder / "elsewhere", folder / "logs");
+
     pack("Foreign", "#START_OPTIONS#\nPlexum ID:5\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
     expectAll({{{"run", "Foreign"}, 5, "", "cannot be run on this DV: [1A]"}});
 

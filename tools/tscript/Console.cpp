@@ -15,6 +15,8 @@ namespace {
 
 constexpr char kControlC = '\x03';
 
+std::FILE* const g_results = stdout;
+
 // Takes the terminal's echo away. Ctrl-C is read as a byte meanwhile, so that it cannot end the program with
 // the echo still off; it ends the line, so that it is read at once.
 class WithoutEcho {
@@ -72,9 +74,18 @@ Secret readSecret(const std::string& prompt, std::size_t maximum) {
     return line;
 }
 
+// The GNU C library's standard streams are variables that may be set; every printf() then follows.
+void separateResults() {
+    stdout = stderr;
+}
+
+std::FILE* resultStream() {
+    return g_results;
+}
+
 void writeResult(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    if (!text.empty() && text.back() != '\n') std::fputc('\n', stdout);
+    std::fwrite(text.data(), 1, text.size(), g_results);
+    if (!text.empty() && text.back() != '\n') std::fputc('\n', g_results);
 }
 
 void writeNote(const std::string& text) {

@@ -1,6 +1,7 @@
 // Reading secrets from, and writing output to, the standard streams.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,11 @@
 // One line of at most `maximum` bytes: asked for without echo on a terminal, else the first line of standard
 // input. Throws Failure for a longer line, a NUL byte in it, or no line at all.
 Secret readSecret(const std::string& prompt, std::size_t maximum);
+
+// Leaves standard output to results: what the library prints there, when a log cannot be written, goes to
+// standard error from here on.
+void separateResults();
+std::FILE* resultStream();
 
 // A result, on standard output, with a line break at its end.
 void writeResult(std::string_view text);

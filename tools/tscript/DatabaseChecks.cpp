@@ -108,7 +108,7 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
 
 }  // namespace
 
-// The library's lines about connections need the log folder; without it they would go to standard output.
+// The library's lines about connections need the log folder; without it they would stand among the findings.
 void checkDatabases(CheckList& list) {
     if (list.failed("store")) return;
     for (const char* needed : {"host name", "log folder"})

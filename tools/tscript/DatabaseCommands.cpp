@@ -188,7 +188,7 @@ ExitCode showRestore(const DatabaseOptions& options) {
     openAccount(db, options.account);
     const std::string statement = restoreStatement(db, options, folder);
     writeResult(statement);
-    std::fflush(stdout);
+    std::fflush(resultStream());
     if (options.execute) return executeRestore(db, options, statement);
     writeNote("This is the statement; it has not been run.");
     return ExitCode::kDone;

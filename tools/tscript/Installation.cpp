@@ -1,15 +1,19 @@
 #include "Installation.h"
 
 #include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <vector>
 
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
 #include "Outcome.h"
+#include "VTPI.h"
 
 namespace {
 
@@ -61,6 +65,17 @@ void requireStore() {
     throw Failure(ExitCode::kInstallation, store.problem,
                   "Name the store with --store or ZEPHRA_REGISTRY; docs/configuration.md describes it, and "
                   "tscript sandbox up makes a sample.");
+}
+
+// Without it a run would end before the script starts, and leave its journal row and its SQL file behind.
+void requireLogFolder() {
+    const VTPI_Base base;
+    const std::string folder = VTPI_EventManager(base).getLogFilesDirectory();
+    if (access((folder + "/.").c_str(), W_OK | X_OK) == 0) return;
+    throw Failure(ExitCode::kInstallation,
+                  "the log folder " + folder + " cannot be used: " + std::strerror(errno),
+                  "Make it and let this user write there, or name another: tscript config set "
+                  "EventManager.dEVLOGDIR FOLDER");
 }
 
 void setDatabaseValue(const std::string& valueName, const std::string& text) {

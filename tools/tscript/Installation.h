@@ -18,6 +18,9 @@ const SuiteDatabase& suiteDatabase(std::string_view name);
 // Throws Failure (installation) when the configuration store is missing, cannot be read or does not parse.
 void requireStore();
 
+// Throws Failure (installation) when scripts could not write their logs and outputs.
+void requireLogFolder();
+
 // Sets a text under the key "Database". Throws Failure (installation).
 void setDatabaseValue(const std::string& valueName, const std::string& text);
 

@@ -119,7 +119,7 @@ void writePages(std::vector<Column> columns, bool json, int most, Fetch fetch, V
             }
         }
         table.writePage(rows);
-        if (page.size() < static_cast<std::size_t>(length) || std::ferror(stdout) != 0) break;
+        if (page.size() < static_cast<std::size_t>(length) || std::ferror(resultStream()) != 0) break;
         beforeId = page.back().id;
     }
     if (json) array.end();

@@ -104,7 +104,7 @@ std::string Listing::painted(const Cell& cell, const std::string& text) const {
 void JsonListing::write(const Json& element) {
     writeResult((m_empty ? "[\n" : ",\n"));
     const std::string text = element.dump(-1, ' ', false, Json::error_handler_t::replace);
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fwrite(text.data(), 1, text.size(), resultStream());
     m_empty = false;
 }
 

@@ -132,6 +132,7 @@ bool callProcedure(const ScriptOptions& options, int operation, std::string& dat
 }
 
 RunResult perform(const ScriptOptions& options, int operation, const char* kind, Run run) {
+    requireLogFolder();
     RunResult result{kind, options.database, {}};
     const InterruptGuard guard;
     const Progress progress(options.name, !options.quiet);

@@ -43,7 +43,7 @@ int endOfParsing(const CLI::App& app, const CLI::ParseError& end, int argc, char
 }
 
 int flushOutput(ExitCode code) {
-    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return static_cast<int>(code);
+    if (std::fflush(resultStream()) == 0 && !std::ferror(resultStream())) return static_cast<int>(code);
     return fail(ExitCode::kInstallation, "standard output cannot be written", "Is the disk full?");
 }
 
@@ -65,6 +65,7 @@ int runTool(int argc, char** argv) {
     } catch (const CLI::ParseError& end) {
         return endOfParsing(app, end, argc, argv);
     }
+    separateResults();
     return flushOutput(action());
 }
 
@@ -76,10 +77,10 @@ int main(int argc, char** argv) {
     try {
         return runTool(argc, argv);
     } catch (const Failure& failure) {
-        std::fflush(stdout);
+        std::fflush(resultStream());
         return fail(failure.code(), failure.what(), failure.advice());
     } catch (const std::exception& error) {
-        std::fflush(stdout);
+        std::fflush(resultStream());
         return fail(ExitCode::kInstallation, error.what(), {});
     }
 }
