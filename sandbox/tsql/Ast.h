@@ -263,7 +263,7 @@ struct DeclareCursor {
     QueryPtr query;
     bool local = false;
     bool scroll = false;
-    bool counted = false;  // STATIC: @@CURSOR_ROWS tells its rows
+    bool counted = false;  // STATIC or SCROLL: @@CURSOR_ROWS tells its rows
 };
 enum class CursorVerb { Open, Close, Deallocate };
 struct CursorName {

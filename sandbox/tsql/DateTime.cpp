@@ -102,12 +102,12 @@ constexpr Style kStyles[] = {
     {106, "D N Y"},
     {107, "N D, Y"},
     {108, "", "h:m:s"},
-    {109, "N d Y", "H:m:s:fP"},
+    {109, "N d Y", "H:m:s.fP"},
     {110, "M-D-Y"},
     {111, "Y/M/D"},
     {112, "YMD"},
-    {113, "D N Y", "h:m:s:f"},
-    {114, "", "h:m:s:f"},
+    {113, "D N Y", kIsoTime},
+    {114, "", kIsoTime},
     {120, kIsoDate, "h:m:s"},
     {121, kIsoDate, kIsoTime},
     {126, kIsoDate, kIsoTime},
@@ -255,7 +255,9 @@ std::string formatDateTime(const DateTime& value, const SqlType& type, int style
     const int scale = iso8601 && value.ticks % kSecond == 0 ? 0 : classic ? 3 : type.scale;
     // Styles below 100 show two digits of the year, but for these, which always show four.
     if (style > 0 && style < 20 && style != 9 && style != 13) std::ranges::replace(whole, 'Y', 'y');
-    return written(whole.append(pattern.time), value, scale);
+    std::string time(pattern.time);
+    if (classic && style % 100 < 20) std::ranges::replace(time, '.', ':');
+    return written(whole + time, value, scale);
 }
 
 std::optional<DatePart> findDatePart(std::string_view name) {

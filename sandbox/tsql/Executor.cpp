@@ -65,7 +65,7 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
         work();
     } catch (const SyntaxError& error) {
         m_error = error.number;
-        report(messageOf(error, error.line));
+        report(messageOf(error));
     } catch (const ScopeEnd&) {
     } catch (const BatchEnd&) {
     } catch (const SessionEnd&) {
@@ -139,7 +139,7 @@ Flow Executor::runStatement(const Statement& statement) {
         if (m_implicitTransactions && m_transactions == 0) beginImplicitly(statement);
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
     } catch (const SyntaxError& error) {  // of a text that the statement runs, and that ends alone
-        afterError(messageOf(error, error.line), !m_abortOnError);
+        afterError(messageOf(error), !m_abortOnError);
     } catch (const SqlError& error) {
         fail(error, statement.line);
     } catch (const SqliteFailure& failure) {
@@ -166,9 +166,11 @@ Flow Executor::describe(const Statement& statement) {
 }
 
 Message Executor::messageOf(const SqlError& error, int line) const {
-    return {
-        error.number, error.severity, error.state, line, m_frames.empty() ? "" : m_frames.back()->procedure,
-        error.what()};
+    return {error.number, error.severity, error.state, line, m_frames.back()->procedure, error.what()};
+}
+
+Message Executor::messageOf(const SyntaxError& error) {
+    return {error.number, error.severity, error.state, error.line, error.procedure, error.what()};
 }
 
 void Executor::report(const Message& message) const {
@@ -562,8 +564,9 @@ Flow Executor::run(const Throw& node) {
     } else {
         const Value number = evaluate(*node.number, simpleType(TypeId::Int));
         const Value state = evaluate(*node.state, simpleType(TypeId::TinyInt));
-        if (isNull(number) || std::get<std::int64_t>(number) < 50000) throw sqlError(35100);
-        message = {static_cast<int>(std::get<std::int64_t>(number)),
+        const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
+        if (given < 50000) throw sqlError(35100, {std::to_string(given)});
+        message = {static_cast<int>(given),
                    16,
                    isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
                    m_line,

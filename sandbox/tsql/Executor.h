@@ -138,6 +138,7 @@ class Executor final : public NameResolver {
     static bool endsScope(int number);
     void report(const Message& message) const;
     Message messageOf(const SqlError& error, int line) const;
+    static Message messageOf(const SyntaxError& error);
     SqlError errorOf(const SqliteFailure& failure);
     SqlError constraintError(const SqliteFailure& failure);
     SqlError duplicateKey(std::string columns);

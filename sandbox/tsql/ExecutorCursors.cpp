@@ -94,7 +94,9 @@ Flow Executor::run(const Fetch& fetch) {
     Cursor& cursor = cursorsWith(fetch.cursor).at(toLower(fetch.cursor.name));
     const auto& columns = cursor.query.columns;
     if (!cursor.open) throw sqlError(16917);
-    if (!cursor.scroll && fetch.from != FetchFrom::Next) throw sqlError(16911);
+    constexpr std::string_view kTypes[] = {"next", "prior", "first", "last", "absolute", "relative"};
+    if (!cursor.scroll && fetch.from != FetchFrom::Next)
+        throw sqlError(16911, {kTypes[static_cast<std::size_t>(fetch.from)]});
     if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(16924);
     const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
     const auto* number = std::get_if<std::int64_t>(&offset);

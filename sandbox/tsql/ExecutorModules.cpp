@@ -76,7 +76,7 @@ void Executor::checkBody(const CreateModule& module) {
 }
 
 // The text is the batch that the module stands in: all of it.
-Flow Executor::run(const CreateModule& module) {
+Flow Executor::run(const CreateModule& module) try {
     const std::string_view type = typeOf(module);
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     checkBody(module);
@@ -92,6 +92,9 @@ Flow Executor::run(const CreateModule& module) {
         owner.addColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
     });
     return finished();
+} catch (const SqlError& error) {  // told of as the module's
+    afterError({error.number, error.severity, error.state, m_line, module.name.name, error.what()}, false);
+    return Flow::Next;
 }
 
 std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
@@ -203,7 +206,7 @@ void Executor::executeSql(const Execute& execute) {
         returnOutputs({}, {}, execute, frame);
         return;
     }
-    const auto batch = parsed("CREATE PROCEDURE sp_executesql " + declarations + " AS " + statement);
+    const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement);
     const CreateModule& module = moduleOf(*batch);
     frame.database = m_frames.back()->database;
     frame.skippedArguments = std::size(texts);
@@ -285,7 +288,7 @@ Value Executor::argumentValue(const Expr& argument, const SqlType& type) {
     try {
         return convertValue(viewOf(given.value), given.type, type);
     } catch (const SqlError&) {
-        throw sqlError(8114, {baseName(given.type.id), baseName(type.id)}, 5);
+        throw sqlError(8114, {baseName(given.type.id), baseName(type.id)});
     }
 }
 

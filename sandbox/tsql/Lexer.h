@@ -40,6 +40,7 @@ struct SyntaxError : SqlError {
         : SqlError(errorNumber, text, errorSeverity), line(errorLine) {}
     SyntaxError(const SqlError& error, int errorLine) : SqlError(error), line(errorLine) {}
     int line;
+    std::string procedure;  // that the text defines, once its name is read
 };
 
 // The whole batch, closed by a token of kind End. Throws SyntaxError 105 (open quotation mark), 113 (open

@@ -82,12 +82,7 @@ Value runRound(const Call& call) {
 Value runPower(const Call& call) {
     const SqlType real = simpleType(TypeId::Float);
     const Value base = convertValue(call[0], call.type(1), real);
-    const double result = checked(std::pow(std::get<double>(base), call.real(2)));
-    try {
-        return convertValue(result, real, call.resultType());
-    } catch (const SqlError&) {
-        overflow(call.resultType());
-    }
+    return convertValue(checked(std::pow(std::get<double>(base), call.real(2))), real, call.resultType());
 }
 
 Value runLog(const Call& call) {

@@ -73,7 +73,7 @@ constexpr std::string_view kMessages =
 226 16 6 %s statement not allowed within multi-statement transaction.
 232 16 1 Arithmetic overflow error for type %s, value = %s.
 234 16 1 There is insufficient result space to convert a money value to %s.
-235 16 1 Cannot convert a char value to money. The value has incorrect syntax.
+235 16 0 Cannot convert a char value to money. The char value has incorrect syntax.
 240 16 1 Types don't match between the anchor and the recursive part in column "%s" of recursive query "%s".
 241 16 1 Conversion failed when converting date and/or time from character string.
 242 16 3 The conversion of a %s data type to a %s data type resulted in an out-of-range value.
@@ -114,7 +114,7 @@ constexpr std::string_view kMessages =
 517 16 1 Adding a value to a '%s' column caused an overflow.
 529 16 1 Explicit conversion from data type %s to %s is not allowed.
 530 16 1 The statement terminated. The maximum recursion %s has been exhausted before statement completion.
-535 16 1 The datediff function resulted in an overflow. The number of dateparts separating two date/time
+535 16 0 The datediff function resulted in an overflow. The number of dateparts separating two date/time
     instances is too large. Try to use datediff with a less precise datepart.
 536 16 1 Invalid length parameter passed to the %s function.
 537 16 3 Invalid length parameter passed to the LEFT or SUBSTRING function.
@@ -297,8 +297,8 @@ constexpr std::string_view kMessages =
 8107 16 1 IDENTITY_INSERT is already ON for table '%s'. Cannot perform SET operation for table '%s'.
 8110 16 0 Cannot add multiple PRIMARY KEY constraints to table '%s'.
 8111 16 1 Cannot define PRIMARY KEY constraint on nullable column in table '%s'.
-8114 16 1 Error converting data type %s to %s.
-8115 16 1 Arithmetic overflow error converting %s to data type %s.
+8114 16 5 Error converting data type %s to %s.
+8115 16 2 Arithmetic overflow error converting %s to data type %s.
 8116 16 1 Argument data type %s is invalid for argument %s of %s function.
 8117 16 1 Operand data type %s is invalid for %s operator.
 8120 16 1 Column '%s' is invalid in the select list because it is not contained in either an aggregate
@@ -326,8 +326,8 @@ constexpr std::string_view kMessages =
 8162 16 2 The formal parameter "%s" was not declared as an OUTPUT parameter, but the actual parameter passed
     in requested output.
 8164 16 1 An INSERT EXEC statement cannot be nested.
-8169 16 1 Conversion failed when converting from a character string to uniqueidentifier.
-8170 16 1 Insufficient %s.
+8169 16 2 Conversion failed when converting from a character string to uniqueidentifier.
+8170 16 2 Insufficient %s.
 8178 16 1 The parameterized query '%s' expects the parameter '%s', which was not supplied.
 9806 16 11 The datepart %s is not supported by date function %s.
 9809 16 1 The style %s is not supported for conversions from %s to %s.
@@ -348,7 +348,7 @@ constexpr std::string_view kMessages =
 15009 16 1 The object '%s' does not exist in database '%s' or is invalid for this operation.
 15197 16 1 There is no text for object '%s'.
 16905 16 1 The cursor is already open.
-16911 16 1 fetch: The fetch type cannot be used with forward only cursors.
+16911 16 1 fetch: The fetch type %s cannot be used with forward only cursors.
 16915 16 1 A cursor with the name '%s' already exists.
 16916 16 1 A cursor with the name '%s' does not exist.
 16917 16 1 Cursor is not open.
@@ -358,7 +358,7 @@ constexpr std::string_view kMessages =
 18054 16 1 Error %s, severity %s, state %s was raised, but no message with that error number was found in
     sys.messages. If error is larger than 50000, make sure the user-defined message is added using
     sp_addmessage.
-35100 16 1 Error number in the THROW statement is outside the valid range. Specify an error number in the
+35100 16 10 Error number %s in the THROW statement is outside the valid range. Specify an error number in the
     valid range of 50000 to 2147483647.)text";
 
 struct MessageText {

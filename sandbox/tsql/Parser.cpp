@@ -19,9 +19,14 @@ constexpr int kLongestChain = 400;  // of operators on one level; SQLite's trees
 
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers) {
     Parser parser(text, quotedIdentifiers);
-    auto batch = std::make_shared<Batch>(Batch{parser.batch()});
-    batch->locals = std::move(parser.m_locals);
-    return batch;
+    try {
+        auto batch = std::make_shared<Batch>(Batch{parser.batch()});
+        batch->locals = std::move(parser.m_locals);
+        return batch;
+    } catch (SyntaxError& error) {
+        error.procedure = parser.m_procedure;
+        throw;
+    }
 }
 
 ast::ExprPtr parseExpression(std::string_view text) {

@@ -150,6 +150,7 @@ class Parser {
     int m_loops = 0;
     std::optional<ast::ObjectName>* m_into = nullptr;  // the next SELECT may have INTO, which is kept there
     const ast::CreateModule* m_module = nullptr;       // whose body is read
+    std::string m_procedure;                           // that the text defines
     std::vector<ast::Local> m_locals;
 
   private:

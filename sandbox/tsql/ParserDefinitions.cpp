@@ -363,6 +363,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     if (module.name.name.starts_with('#')) in.unsupported("temporary procedures");
     const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
     if (!module.name.database.empty()) throw SyntaxError(sqlError(166, {kind}), module.name.line);
+    in.m_procedure = module.name.name;
     if (view) {
         if (in.at("(")) module.columns = in.columnNames();
         moduleQuery(in, module);

@@ -110,7 +110,8 @@ Statement::Node declareCursor(Parser& in) {
     }
     if (!isCursor) in.syntaxError();
     if (forward && node.scroll) throw SyntaxError(sqlError(1048, {"FORWARD_ONLY", "SCROLL"}), in.peek().line);
-    node.scroll = node.scroll || (node.counted && !forward);
+    node.counted = node.counted || node.scroll;
+    node.scroll = node.counted && !forward;
     node.query = in.query();
     in.refuse("FOR UPDATE", "FOR UPDATE of a cursor");
     if (in.at("FOR") && !in.accept("FOR READ ONLY")) in.syntaxError();

@@ -164,7 +164,7 @@ Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
     const FunctionInfo* function = findFunction(call.name.name);
     if (!function)
-        throw SqlError(195, "'" + call.name.name + "' is not a recognized built-in function name.", 15);
+        throw SqlError(195, "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
     const FunctionKind kind = kindOf(*function);
     if (!call.within.empty() && kind != FunctionKind::Aggregate)
         throw sqlError(10757, {toUpper(call.name.name)});

@@ -22,8 +22,9 @@ std::string_view spoken(const SqlType& type) {
 }
 
 [[noreturn]] void overflow(const SqlType& from, const SqlType& to) {
-    if (isInteger(from.id) && isInteger(to.id)) overflow(to);
-    throw sqlError(8115, {spoken(from), spoken(to)});
+    if (from.scale == 0 && !isApproximate(from.id) && isInteger(to.id)) overflow(to);
+    const int textState = from.id == TypeId::Decimal ? 5 : 2, scaledState = isApproximate(from.id) ? 6 : 8;
+    throw sqlError(8115, {spoken(from), spoken(to)}, isText(to.id) ? textState : scaledState);
 }
 
 [[noreturn]] void badText(std::string_view text, const SqlType& from, const SqlType& to) {
@@ -78,7 +79,7 @@ class Converter {
         const auto number = static_cast<std::int64_t>(value);
         if (fits(value, m_to)) return number;
         if (isInteger(m_from.id) && m_to.id < TypeId::Int)
-            throw sqlError(220, {spoken(m_to), std::to_string(number)});
+            throw sqlError(220, {spoken(m_to), std::to_string(number)}, m_to.id == TypeId::TinyInt ? 2 : 1);
         overflow(m_from, m_to);
     }
 
@@ -115,9 +116,10 @@ class Converter {
     }
 
     [[noreturn]] void floatOverflow() const {
+        if (m_to.id == TypeId::BigInt) overflow(m_to);
         std::array<char, 400> number{};
         std::snprintf(number.data(), number.size(), "%.6f", real());
-        throw sqlError(232, {spoken(m_to), number.data()});
+        throw sqlError(232, {spoken(m_to), number.data()}, isText(m_to.id) ? 2 : static_cast<int>(m_to.id));
     }
 
     Value integerFromBinary() const {
@@ -230,13 +232,14 @@ class Converter {
     }
 
     Value fitted(const std::string& result, std::size_t limit) const {
-        if (isInteger(m_from.id) && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit) {
+        if (m_from.id <= TypeId::Int && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit) {
             std::string star = "*";
             if (m_to.id == TypeId::Char) star.append(limit - 1, ' ');
             return star;
         }
-        if (isInteger(m_from.id) || m_from.id == TypeId::Decimal || isApproximate(m_from.id))
-            throw sqlError(8115, {isInteger(m_from.id) ? "expression" : spoken(m_from), spoken(m_to)});
+        if (isApproximate(m_from.id) && !isNational(m_to.id)) floatOverflow();
+        if (isInteger(m_from.id) || isApproximate(m_from.id)) overflow(m_to);
+        if (m_from.id == TypeId::Decimal) overflow(m_from, m_to);
         if (isMoney(m_from.id)) throw sqlError(234, {spoken(m_to)});
         if (m_from.id == TypeId::UniqueIdentifier)
             throw sqlError(8170, {"result space to convert uniqueidentifier value to char"});

@@ -76,3 +76,7 @@ SELECT CONVERT(varchar(30), GETDATE(), 130)
 GO
 SELECT CONVERT(varchar(30), CAST('2026-11-21' AS date), 108)
 GO
+GO
+-- a point before the fraction, but in a classic date
+SELECT CONVERT(varchar(40), CAST('2024-02-29 13:05:07.25' AS datetime2(2)), 109), CONVERT(varchar(40), CAST('13:05:07.25' AS time(3)), 114), CONVERT(varchar(40), CAST('2024-02-29 13:05:07.25' AS datetime), 113)
+GO

@@ -106,3 +106,13 @@ GO
 CREATE TABLE refused (id decimal(19,0) IDENTITY, x int)
 GO
 CREATE TABLE refused (id decimal(9,2) IDENTITY, x int)
+GO
+-- what does not fit says so in the words of its types
+SELECT POWER(2, 31)
+SELECT CAST(256 AS tinyint)
+SELECT CAST(1.5e0 AS varchar(2))
+SELECT CAST(1.5e0 AS nvarchar(2))
+SELECT CAST(CAST(123 AS bigint) AS varchar(2))
+SELECT CAST(2147483648 AS int)
+SELECT CAST('1x' AS money)
+GO

@@ -113,3 +113,11 @@ CREATE TABLE bad (a int PRIMARY KEY, b int PRIMARY KEY)
 GO
 CREATE TABLE bad (a int, CONSTRAINT FK_bad FOREIGN KEY (c) REFERENCES checked (a))
 GO
+GO
+-- a text that a procedure runs is not the procedure's
+CREATE PROCEDURE runs_bad_text AS
+EXEC ('SELECT FROM')
+EXEC sp_executesql N'SELECT FROM', N'@a int', 1
+GO
+EXEC runs_bad_text
+GO
