@@ -240,8 +240,9 @@ class Executor final : public NameResolver {
     Flow run(const ast::Execute& execute);
     void checkBody(const ast::CreateModule& module);
     std::shared_ptr<const Batch> parsed(const std::string& text);
-    void runText(const std::string& text);
-    void executeSql(const ast::Execute& execute);
+    void runText(const std::string& text,
+                 const std::string& inside);  // of which database; empty: the session's
+    void executeSql(const ast::Execute& execute, const std::string& database);
     void callProcedure(const ast::Execute& execute, const ast::ObjectName& name);
     // The call's arguments in the order of the parameters, null for those that are not given.
     using Arguments = std::vector<const ast::Argument*>;

@@ -161,33 +161,34 @@ bool Executor::runScope(const Block& body, Frame& frame) {
 Flow Executor::run(const Execute& execute) {
     if (m_frames.back()->isFunction) throw sqlError(557);
     if (execute.text) {
-        runText(evaluateText(*execute.text));
+        runText(evaluateText(*execute.text), m_frames.back()->database);
         return Flow::Next;
     }
     const ObjectName name = execute.procedureVariable.empty()
                                 ? execute.procedure
                                 : parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}}));
-    const bool mayBeSystem = name.schema.empty() || sameWord(name.schema, "sys");
-    if (mayBeSystem && sameWord(name.name, "sp_executesql"))
-        executeSql(execute);
+    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
+    const bool system = name.schema.empty() || sameWord(name.schema, "sys") || sameWord(name.schema, "dbo");
+    if (known && system && sameWord(name.name, "sp_executesql"))
+        executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
     else
         callProcedure(execute, name);
     return Flow::Next;
 }
 
-void Executor::runText(const std::string& text) {
+void Executor::runText(const std::string& text, const std::string& inside) {
     const Finally textAgain([this, outer = std::exchange(m_text, text)] { m_text = outer; });
     const auto batch = parseBatch(m_text, m_quotedIdentifiers);
     Frame frame;
     frame.declare(batch->locals);
-    frame.database = m_frames.back()->database;
+    frame.database = inside;
     const std::string database = m_database;
     runScope(batch->statements, frame);
     if (m_database != database) useDatabase(database);
 }
 
 // sp_executesql @statement, @declarations, values...: the text is the body of a procedure without a name.
-void Executor::executeSql(const Execute& execute) {
+void Executor::executeSql(const Execute& execute, const std::string& database) {
     if (execute.arguments.empty() || !execute.arguments.front().value)
         throw sqlError(201, {"sp_executesql", "@statement"}, 10);
     std::string texts[2];
@@ -201,14 +202,14 @@ void Executor::executeSql(const Execute& execute) {
     const auto& [statement, declarations] = texts;
     Frame frame;
     if (trimmed(declarations).empty()) {  // the text may define a module
-        runText(statement);
+        runText(statement, database);
         frame.returned = std::int64_t{m_error};
         returnOutputs({}, {}, execute, frame);
         return;
     }
     const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement);
     const CreateModule& module = moduleOf(*batch);
-    frame.database = m_frames.back()->database;
+    frame.database = database;
     frame.skippedArguments = std::size(texts);
     const auto arguments = bindArguments(module, execute, "(" + declarations + ")" + statement, frame);
     runScope(module.body, frame);

@@ -84,3 +84,13 @@ GO
 EXEC who_am_i
 PRINT @@PROCID
 GO
+GO
+-- a text runs in the database whose sp_executesql it is given to
+CREATE DATABASE texts
+DECLARE @there nvarchar(100) = N'texts.sys.sp_executesql'
+EXEC @there N'CREATE TABLE t (i int)'
+EXEC texts..sp_executesql N'SELECT DB_NAME(), COUNT(*) FROM t WHERE i = @i', N'@i int', 1
+EXEC texts.dbo.sp_executesql N'SELECT OBJECT_NAME(OBJECT_ID(''t''))'
+SELECT DB_NAME(), OBJECT_ID('t')
+EXEC nowhere..sp_executesql N'SELECT 1'
+GO
