@@ -43,6 +43,17 @@ done < <({ "$bin/tscript" --help
            while read -r -a words; do "$bin/tscript" "${words[@]}" --help; done < <(commands_of_page); } </dev/null |
          grep -oE '(^|[ ,])--[a-z][a-z-]*' | tr -d ' ,' | sort -u)
 
+# The completion offers the names of packages, quoted, and runs nothing that stands in one.
+home=$(mktemp -d)
+mkdir "$home/Scripts"
+touch "$home/Scripts/Purge \$(exit 7).sql" "$home/Scripts/Report.sql"
+echo "dZEPHRAHOME = \"$home\"" >"$home/store"
+offered=$(ZEPHRA_REGISTRY=$home/store bash -c 'source tools/tscript/tscript.bash
+  COMP_WORDS=(tscript run P) COMP_CWORD=2
+  _tscript && printf "%s\n" "${COMPREPLY[@]}"')
+[[ $offered == 'Purge\ \$\(exit\ 7\)' ]] || complain "the completion offers, for one package's name: $offered"
+rm -r "$home"
+
 # Man pages give no warning, where groff is there.
 if command -v groff >/dev/null; then
   complaints=$(groff -man -Tutf8 -ww docs/man/*.1 2>&1 >/dev/null)

@@ -31,6 +31,16 @@ _tscript_offer() { # WORDS: those that begin with the present word
   mapfile -t COMPREPLY < <(compgen -W "$1" -- "${COMP_WORDS[COMP_CWORD]}")
 }
 
+# A package's name is any text: compgen would run the commands that stand in one.
+_tscript_offer_packages() {
+  local name quoted
+  COMPREPLY=()
+  while IFS= read -r name; do
+    printf -v quoted '%q' "$name"
+    [[ $quoted != "${COMP_WORDS[COMP_CWORD]}"* ]] || COMPREPLY+=("$quoted")
+  done < <(_tscript_packages)
+}
+
 _tscript_files() {
   compopt -o filenames
   mapfile -t COMPREPLY < <(compgen "$@" -- "${COMP_WORDS[COMP_CWORD]}")
@@ -69,7 +79,7 @@ _tscript() {
     sandbox*) options+=" --dir" ;;&
     "sandbox up"*) options+=" --port" ;;&
     ?*) [[ $current != -* ]] || { _tscript_offer "$options"; return; } ;;&
-    run | help | which) _tscript_offer "$(_tscript_packages)" ;;
+    run | help | which) _tscript_offer_packages ;;
     db) _tscript_offer "list version last-backup backup restore" ;;
     key) _tscript_offer "create" ;;
     credentials) _tscript_offer "set test" ;;
