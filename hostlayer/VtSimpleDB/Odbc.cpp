@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "EvDebug.h"
+#include "Utf16.h"
 
 namespace hostlayer {
 namespace {
@@ -14,14 +15,13 @@ constexpr SQLSMALLINT kMaxRecords = 1000;  // a batch may print without end
 
 // One record's text, of whatever length; false when there is no such record.
 bool diagnosticText(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, std::string& text) {
-    SQLCHAR state[SQL_SQLSTATE_SIZE + 1] = "";
+    std::u16string state(SQL_SQLSTATE_SIZE, u'\0');
     SQLINTEGER native = 0;
     SQLSMALLINT length = 0;
-    std::string message(512, '\0');
+    std::u16string message(512, u'\0');
     const auto read = [&] {
-        return ::SQLGetDiagRec(type, handle, number, state, &native,
-                               reinterpret_cast<SQLCHAR*>(message.data()),
-                               static_cast<SQLSMALLINT>(message.size()), &length);
+        return ::SQLGetDiagRecW(type, handle, number, odbcText(state), &native, odbcText(message),
+                                static_cast<SQLSMALLINT>(message.size()), &length);
     };
     SQLRETURN result = read();
     if (SQL_SUCCEEDED(result) && static_cast<std::size_t>(length) >= message.size()) {
@@ -30,7 +30,7 @@ bool diagnosticText(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, std:
     }
     if (!SQL_SUCCEEDED(result)) return false;
     message.resize(static_cast<std::size_t>(length));
-    text = std::string(reinterpret_cast<const char*>(state)) + " (" + std::to_string(native) + ") " + message;
+    text = toUtf8(state) + " (" + std::to_string(native) + ") " + toUtf8(message);
     return true;
 }
 

@@ -3,7 +3,9 @@
 
 #include <sql.h>
 #include <sqlext.h>
+#include <sqlucode.h>
 
+#include <string>
 #include <utility>
 
 namespace hostlayer {
@@ -11,6 +13,12 @@ namespace hostlayer {
 // A number where ODBC takes numbers and pointers in one argument.
 inline SQLPOINTER odbcNumber(SQLULEN number) {
     return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr): the interface is so
+}
+
+// A text where ODBC takes and hands out UTF-16.
+static_assert(sizeof(SQLWCHAR) == sizeof(char16_t));
+inline SQLWCHAR* odbcText(std::u16string& text) {
+    return reinterpret_cast<SQLWCHAR*>(text.data());
 }
 
 // Owns a handle of any kind.

@@ -1,9 +1,7 @@
 #include "VTSimpleDBConn.h"
 
-#include <iconv.h>
+#include <string.h>
 
-#include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <optional>
@@ -14,15 +12,16 @@
 #include "HostSettings.h"
 #include "Odbc.h"
 #include "Rows.h"
+#include "Utf16.h"
 
 namespace {
 
 using hostlayer::Fetched;
 using hostlayer::OdbcHandle;
+using hostlayer::odbcText;
 
 constexpr const char* kDefaultDriver = "FreeTDS";
 constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8";
-constexpr std::string_view kUtf8Client = "ClientCharset=UTF-8";
 constexpr const char* kDefaultLoginTimeout = "15";
 constexpr std::size_t kMaxConnectionString = 32767;
 
@@ -34,30 +33,20 @@ void logError(const std::string& text) {
     EvDebug().DebugLevel(1, "%s", text.c_str());
 }
 
+// False, and `refusal` goes to the debug log, for a text that is not UTF-8: a DELETE that ended before such
+// bytes would have lost its WHERE.
+bool toWide(const char* text, std::u16string& wide, const char* refusal) {
+    const std::size_t fault = hostlayer::toUtf16(text, wide);
+    if (fault == std::string_view::npos) return true;
+    logError(std::string(refusal) + ": its byte " + std::to_string(fault + 1) + " is not UTF-8");
+    return false;
+}
+
 SQLULEN loginTimeout() {
     SQLULEN seconds = 15;
     const std::string text = hostlayer::hostSetting("loginTimeout", kDefaultLoginTimeout);
     std::from_chars(text.data(), text.data() + text.size(), seconds);
     return seconds;
-}
-
-// Where the first bytes stand that are no UTF-8; npos when all of the text is.
-std::size_t utf8Fault(std::string_view text) {
-    const iconv_t converter = ::iconv_open("UCS-4LE", "UTF-8");
-    if (converter == iconv_t(-1)) return std::string_view::npos;  // the driver has none either
-    char* next = const_cast<char*>(text.data());
-    std::size_t left = text.size();
-    for (std::array<char, 4096> room; left > 0;) {
-        char* to = room.data();
-        std::size_t free = room.size();
-        if (::iconv(converter, &next, &left, &to, &free) == std::size_t(-1) && errno != E2BIG) break;
-    }
-    ::iconv_close(converter);
-    return left == 0 ? std::string_view::npos : text.size() - left;
-}
-
-SQLCHAR* odbcText(const char* text) {
-    return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text));
 }
 
 }  // namespace
@@ -69,16 +58,16 @@ struct OpenStatement {
     bool hasRows = false;
     std::unique_ptr<hostlayer::RowReader> rows;
 
-    bool run(SQLHANDLE connection, const char* sql, bool prepared);
+    bool run(SQLHANDLE connection, std::u16string& sql, bool prepared);
     bool goToFirstRows();
     void drop();
 };
 
-bool OpenStatement::run(SQLHANDLE connection, const char* sql, bool prepared) {
+bool OpenStatement::run(SQLHANDLE connection, std::u16string& sql, bool prepared) {
     handle = OdbcHandle(SQL_HANDLE_STMT, connection);
     if (!handle) return false;
-    if (!prepared) return handle.check(::SQLExecDirect(handle.get(), odbcText(sql), SQL_NTS), "Execute");
-    return handle.check(::SQLPrepare(handle.get(), odbcText(sql), SQL_NTS), "Prepare") &&
+    if (!prepared) return handle.check(::SQLExecDirectW(handle.get(), odbcText(sql), SQL_NTS), "Execute");
+    return handle.check(::SQLPrepareW(handle.get(), odbcText(sql), SQL_NTS), "Prepare") &&
            handle.check(::SQLExecute(handle.get()), "Execute");
 }
 
@@ -114,7 +103,6 @@ struct VTSimpleDBConnObject::Impl {
     OdbcHandle connection;
     std::shared_ptr<OpenStatement> statement = std::make_shared<OpenStatement>();
     bool isOpen = false;
-    bool isUtf8 = false;  // the driver takes texts for UTF-8
 };
 
 bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool readOnly) {
@@ -129,12 +117,14 @@ bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool read
         return connection.check(
             ::SQLSetConnectAttr(connection.get(), attribute, hostlayer::odbcNumber(value), 0), "Set up");
     };
-    isUtf8 = std::string_view(connectionString).find(kUtf8Client) != std::string_view::npos;
     if (!set(SQL_ATTR_LOGIN_TIMEOUT, loginTimeout())) return false;
     if (readOnly && !set(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
-    isOpen = connection.check(::SQLDriverConnect(connection.get(), nullptr, odbcText(connectionString),
-                                                 SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT),
+    std::u16string target;
+    isOpen = toWide(connectionString, target, "Connect: the connection string is not used") &&
+             connection.check(::SQLDriverConnectW(connection.get(), nullptr, odbcText(target), SQL_NTS,
+                                                  nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT),
                               "Connect");
+    ::explicit_bzero(target.data(), target.size() * sizeof(char16_t));
     return isOpen;
 }
 
@@ -194,14 +184,10 @@ int VTSimpleDBConnObject::executeQuery(const char* sql, bool prepared) {
     }
     m_impl->statement->drop();
     m_impl->statement = std::make_shared<OpenStatement>();
-    // The driver would send what stands before such bytes: a DELETE would lose its WHERE.
-    if (const std::size_t fault = m_impl->isUtf8 ? utf8Fault(sql) : std::string_view::npos;
-        fault != std::string_view::npos) {
-        logError("Execute: the statement is not run: its byte " + std::to_string(fault + 1) +
-                 " is not UTF-8");
-        return -1;
-    }
-    if (m_impl->statement->run(m_impl->connection.get(), sql, prepared) && m_impl->statement->goToFirstRows())
+    std::u16string text;
+    if (!toWide(sql, text, "Execute: the statement is not run")) return -1;
+    if (m_impl->statement->run(m_impl->connection.get(), text, prepared) &&
+        m_impl->statement->goToFirstRows())
         return 0;
     m_impl->statement->drop();
     return -1;

@@ -23,9 +23,9 @@ class ServerConnection : public ::testing::Test {
         s_box = nullptr;
     }
 
-    int open(const std::string& password = s_box->password()) {
+    int open(const std::string& password = s_box->password(), const char* database = "master") {
         const std::string text = m_connection.getConnectionString(
-            s_box->server().c_str(), "master", s_box->login().c_str(), password.c_str(), false, false);
+            s_box->server().c_str(), database, s_box->login().c_str(), password.c_str(), false, false);
         return m_connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false);
     }
 
@@ -136,6 +136,20 @@ TEST_F(ServerConnection, AFailedLoginIsInTheDebugLogWithoutThePassword) {
     EXPECT_NE(text.find("(18456)"), std::string::npos) << text;
     EXPECT_EQ(text.find("Secret"), std::string::npos) << text;
     EXPECT_EQ(open(), 0);
+}
+
+// Whatever the locale; the driver manager takes the bytes of a connection string for Latin-1.
+TEST_F(ServerConnection, NamesAndPasswordsAreUtf8) {
+    const std::size_t before = defaultDebugLog().size();
+    ASSERT_EQ(open(), 0);
+    ASSERT_EQ(rows("CREATE DATABASE [Größe€😀]"), Rows());
+    ASSERT_EQ(open(s_box->password(), "Größe€😀"), 0);
+    EXPECT_EQ(rows("SELECT DB_NAME()"), (Rows{{"Größe€😀"}}));
+    EXPECT_NE(open(s_box->password(), "größer€"), 0);
+    EXPECT_NE(open("\xFCnsafe"), 0);
+    const std::string text = defaultDebugLog().substr(before);
+    EXPECT_NE(text.find("größer€"), std::string::npos) << text;
+    EXPECT_NE(text.find("is not UTF-8"), std::string::npos) << text;
 }
 
 TEST_F(ServerConnection, ALostServerIsAFailureAndAReopenedOneWorks) {
