@@ -1,10 +1,13 @@
 #include "Connection.h"
 
+#include <sqlucode.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "Text.h"
+#include "Utf.h"
 
 namespace sqlcmd {
 namespace {
@@ -90,10 +93,14 @@ Connection::Connection(Options& options)
 void Connection::logIn(std::string& text) {
     if (text.size() > kMaxConnectionString)
         throw ToolError("Sqlcmd: Error: server, login, password and database are too long together.");
-    const SQLRETURN code =
-        SQLDriverConnect(m_connection.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
-                         static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+    std::string wide;  // the driver manager takes other texts for Latin-1
+    wide.reserve(2 * text.size());
+    appendUtf16Le(wide, text);
+    const SQLRETURN code = SQLDriverConnectW(
+        m_connection.get(), nullptr, reinterpret_cast<SQLWCHAR*>(wide.data()),
+        static_cast<SQLSMALLINT>(wide.size() / 2), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
     explicit_bzero(text.data(), text.size());
+    explicit_bzero(wide.data(), wide.size());
     m_connected = SQL_SUCCEEDED(code);
     if (!m_connected) throw LoginError(m_connection.diagnostics());
 }
