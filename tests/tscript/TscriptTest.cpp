@@ -534,6 +534,7 @@ TEST_F(Installation, ShowsAndChangesItsValues) {
         {{"config", "set", "Base.sVERSION", longText}, 2, "", "longer than"},
         {{"config", "set", "Base.sVERSION", "\xFF"}, 3, "", "no UTF-8"},
         {{"config", "set", "Database.pACCESS", "ZC1.x"}, 2, "", "is a secret"},
+        {{"config", "set", "host.odbcAttributes", "Pwd = x"}, 2, "", "is a secret"},
     });
     EXPECT_EQ(support::readFile(store()), before);
     expectAll({{{"config", "set", "Dorvase.sDVHOSTNAME", "other"}, 0, "", "set Instance001.Dorvase"}});

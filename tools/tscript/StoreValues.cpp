@@ -68,6 +68,12 @@ bool holdsIgnoringCase(std::string_view text, std::string_view part) {
     return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
 }
 
+// An ODBC attribute, with blanks before its "=" or without.
+bool holdsPassword(std::string text) {
+    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+    return holdsIgnoringCase(text, "pwd=") || holdsIgnoringCase(text, "password=");
+}
+
 [[noreturn]] void refuse(const std::string& what, const std::string& advice = {}) {
     throw Failure(ExitCode::kUsage, what, advice);
 }
@@ -129,7 +135,7 @@ bool StoreEntry::isSecret() const {
     const bool enciphered = name.size() > 1 && name[0] == 'p' && name[1] >= 'A' && name[1] <= 'Z';
     const std::string held = text();
     return enciphered || held.rfind("ZC1.", 0) == 0 || holdsIgnoringCase(name, "password") ||
-           holdsIgnoringCase(held, "pwd=") || holdsIgnoringCase(held, "password=");
+           holdsPassword(held);
 }
 
 std::vector<StoreEntry> storeEntries() {
@@ -172,7 +178,7 @@ StoreEntry entryNamed(const std::string& fullName) {
 }
 
 std::variant<std::string, std::int64_t> checkedValue(const StoreEntry& entry, const std::string& text) {
-    if (entry.isSecret())
+    if (StoreEntry{entry.table, entry.name, text}.isSecret())
         refuse("'" + entry.fullName() + "' is a secret", "tscript credentials set stores credentials.");
     const Kind kind = kindOf(entry);
     if (kind == Kind::kNumber) return numberOf(entry, text);
