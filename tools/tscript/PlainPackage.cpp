@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -35,6 +36,19 @@ bool isDatabase(std::string_view name) {
     });
 }
 
+// main() has chosen a locale of UTF-8.
+bool isUtf8(std::string_view text) {
+    std::mbstate_t state{};
+    for (std::size_t at = 0; at < text.size();) {
+        const bool ascii = static_cast<unsigned char>(text[at]) < 0x80;
+        const std::size_t length =
+            ascii ? 1 : std::mbrtowc(nullptr, text.data() + at, text.size() - at, &state);
+        if (length > text.size()) return false;  // what stands for a wrong and for a cut character
+        at += length;
+    }
+    return true;
+}
+
 bool isNumber(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
 }
@@ -56,6 +70,7 @@ class Checker {
         ++m_line;
         if (line.find('\r') != line.npos) error("a carriage return; lines end in a line feed alone");
         if (line.find('\0') != line.npos) error("a NUL byte; packages are UTF-8 text");
+        if (!isUtf8(line)) error("bytes that are not UTF-8; packages are UTF-8 text");
         if (m_line == 1 && line.substr(0, 3) == kByteOrderMark)
             error("a byte order mark; the first marker would not be recognised");
         if (!enterSection(line)) takeContent(line);

@@ -72,7 +72,7 @@ int runTool(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::setlocale(LC_CTYPE, "C.UTF-8");  // for the width of characters; nothing else follows the locale
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // what is UTF-8, and how wide; nothing else follows the locale
     signal(SIGXFSZ, SIG_IGN);             // a limit of file sizes then fails a write, as a full disk does
     try {
         return runTool(argc, argv);
