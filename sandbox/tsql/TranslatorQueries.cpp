@@ -199,10 +199,11 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly,
                                 const std::string* distinctList) {
     std::string sql;
+    std::set<std::string> columns;
     for (const auto& item : items) {
-        sql += sql.empty() ? " ORDER BY " : ", ";
+        std::string key;
         if (const auto position = outputPosition(*item.value, text))
-            sql += collated({std::to_string(*position + 1), text.columns[*position].column.type});
+            key = collated({std::to_string(*position + 1), text.columns[*position].column.type});
         else if (std::holds_alternative<Literal>(item.value->node))
             throw sqlError(408, {std::to_string(&item - items.data() + 1)});
         else if (std::holds_alternative<VariableRef>(item.value->node))
@@ -210,12 +211,15 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         else if (outputOnly)
             throw sqlError(104);
         else {
-            const std::string key = collated(value(*item.value));
+            key = collated(value(*item.value));
             if (distinctList && (", " + *distinctList).find(", " + key + " AS c") == std::string::npos)
                 throw sqlError(145);
-            sql += key;
         }
-        if (item.descending) sql += " DESC";
+        const auto& node = item.value->node;
+        const bool isColumn =
+            std::holds_alternative<ColumnRef>(node) || std::holds_alternative<Literal>(node);
+        if (isColumn && !columns.insert(key).second) throw sqlError(169);
+        sql += (sql.empty() ? " ORDER BY " : ", ") + key + (item.descending ? " DESC" : "");
     }
     return sql;
 }

@@ -34,6 +34,8 @@ SELECT x.id FROM a
 GO
 SELECT id FROM a ORDER BY 3
 GO
+SELECT id FROM a ORDER BY 1, id DESC
+GO
 SELECT 1 UNION SELECT 2, 3
 GO
 -- what SQLite would take without a word
