@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace hostlayer {
 namespace {
@@ -55,6 +56,14 @@ struct Dialect {
     }
 };
 
+std::size_t longestText(const ConnectionSettings& settings, const ConnectionRequest& request) {
+    constexpr std::size_t kKeywords = 256;
+    const ServerAddress& server = request.server;
+    return kKeywords + settings.attributes.size() +
+           2 * (settings.driver.size() + server.host.size() + server.instance.size() + server.port.size() +
+                request.database.size() + request.user.size() + request.password.size());
+}
+
 }  // namespace
 
 bool parseServer(std::string_view server, ServerAddress& address, std::string& problem) {
@@ -82,6 +91,7 @@ bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRe
                           std::string& text, std::string& problem) {
     const Dialect dialect{containsIgnoringCase(settings.driver, "tds")};
     std::string made;
+    made.reserve(longestText(settings, request));  // nothing of a password is left behind where it has grown
     bool isDone = dialect.append(made, "Driver", settings.driver) &&
                   dialect.appendServer(made, request.server) &&
                   dialect.append(made, "Database", request.database);
@@ -97,7 +107,8 @@ bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRe
     }
     // The store's own wish for encryption is the stronger one.
     if (!containsIgnoringCase(settings.attributes, "encrypt")) made += dialect.encryption(request.encrypt);
-    text = made + settings.attributes;
+    made += settings.attributes;
+    text = std::move(made);
     return true;
 }
 
