@@ -194,7 +194,13 @@ std::string unquoted(const Token& token) {
     const char close = token.raw.back();
     std::string text;
     for (std::size_t i = national ? 2 : 1; i + 1 < token.raw.size(); ++i) {
-        text += token.raw[i];
+        const std::string_view rest = token.raw.substr(i);
+        const bool twoEnds = rest.starts_with("\\\r\n");
+        if (twoEnds || rest.starts_with("\\\n")) {  // the line goes on
+            i += twoEnds ? 2 : 1;
+            continue;
+        }
+        text += rest.front();
         if (token.raw[i] == close) ++i;
     }
     return text;

@@ -122,7 +122,7 @@ class Parser {
     ast::QueryPtr queryBehind(std::vector<ast::CommonTable> with);
     ast::QueryPtr subquery();
     std::vector<ast::CommonTable> commonTables();
-    ast::ExprPtr top();
+    ast::ExprPtr top(bool mayBeBare = false);
     ast::SelectItem selectItem();
     std::optional<BinaryOp> assignmentOperator();
     ast::ObjectName tableName();

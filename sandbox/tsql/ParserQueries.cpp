@@ -39,7 +39,7 @@ Select select(Parser& in) {
     Select select;
     select.distinct = in.accept("DISTINCT");
     if (!select.distinct) in.accept("ALL");
-    select.top = in.top();
+    select.top = in.top(true);
     select.items = in.list([&] { return in.selectItem(); });
     if (into && in.accept("INTO")) *into = in.objectName();
     if (in.accept("FROM")) select.from = in.from();
@@ -250,9 +250,10 @@ std::vector<CommonTable> Parser::commonTables() {
     });
 }
 
-ExprPtr Parser::top() {
+ExprPtr Parser::top(bool mayBeBare) {
     if (!accept("TOP")) return nullptr;
-    ExprPtr count = at("(") ? parenthesized([this] { return expression(); }) : primary();
+    if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) syntaxError();
+    ExprPtr count = primary();
     refuse("PERCENT", "TOP ... PERCENT");
     refuse("WITH TIES", "TOP ... WITH TIES");
     return count;

@@ -232,10 +232,13 @@ std::string Translator::limit(const Select* select, const Query& query) {
     return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, 10742);
 }
 
-// Fewer rows than `least` are an error, where SQLite would take all.
+// Sees no columns. Fewer rows than `least` are an error, where SQLite would take all.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
-    return "ts_rows(" + coerce(value(expr), simpleType(TypeId::BigInt)).sql + "," + std::to_string(least) +
-           "," + std::to_string(error) + ")";
+    const Finally seeing([this, scope = std::exchange(m_scope, nullptr)] { m_scope = scope; });
+    const Typed rows = value(expr);
+    if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(1060);
+    return "ts_rows(" + coerce(rows, simpleType(TypeId::BigInt)).sql + "," + std::to_string(least) + "," +
+           std::to_string(error) + ")";
 }
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {

@@ -76,3 +76,15 @@ GO
 DECLARE @a int, @b int
 SELECT @a = (SELECT @b = 1)
 GO
+GO
+-- TOP takes a number, or brackets with anything whole that reads no column; a backslash at its end continues a line
+SELECT TOP (SELECT 1 + 1) i, 'a\
+b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i
+SELECT TOP 1.5 i FROM (VALUES (1)) v (i)
+SELECT TOP (i) i FROM (VALUES (1)) v (i)
+GO
+DECLARE @n int
+SELECT TOP @n 1
+GO
+DELETE TOP 1 FROM t
+GO
