@@ -153,9 +153,14 @@ std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& re
            std::to_string(result.length) + ")";
 }
 
+std::string writeTiles(const FunctionInfo&, Pieces pieces, const SqlType&) {
+    return "ntile(ts_rows(" + pieces[0].sql + ",1,4116))";
+}
+
 // LAG, LEAD: what stands for the rows that are not there has the value's type.
 std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     std::vector<Typed> converted(pieces.begin(), pieces.end());
+    if (converted.size() > 1) converted[1].sql = "ts_rows(" + converted[1].sql + ",0,8730)";
     if (converted.size() > 2) converted[2] = coerce(converted[2], result);
     return writeOfSqlite(function, converted, result);
 }
@@ -186,7 +191,7 @@ const FunctionInfo kWritten[] = {
     {"row_number", "", TypeId::BigInt, writeOfSqlite, kRanking},
     {"rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
     {"dense_rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
-    {"ntile", "B", TypeId::BigInt, writeOfSqlite, kRanking},
+    {"ntile", "B", TypeId::BigInt, writeTiles, kRanking},
     {"lag", "A[IA", sameAsFirst, writeShifted, kRanking},
     {"lead", "A[IA", sameAsFirst, writeShifted, kRanking},
     {"first_value", "A", sameAsFirst, writeOfSqlite, kFramed},

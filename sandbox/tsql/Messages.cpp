@@ -76,6 +76,7 @@ constexpr std::string_view kMessages =
 232 16 1 Arithmetic overflow error for type %s, value = %s.
 234 16 1 There is insufficient result space to convert a money value to %s.
 235 16 0 Cannot convert a char value to money. The char value has incorrect syntax.
+239 16 1 Duplicate common table expression name '%s' was specified.
 240 16 1 Types don't match between the anchor and the recursive part in column "%s" of recursive query "%s".
 241 16 1 Conversion failed when converting date and/or time from character string.
 242 16 3 The conversion of a %s data type to a %s data type resulted in an out-of-range value.
@@ -248,6 +249,7 @@ constexpr std::string_view kMessages =
 4108 15 1 Windowed functions can only appear in the SELECT or ORDER BY clauses.
 4112 15 1 The function '%s' must have an OVER clause with ORDER BY.
 4113 16 1 The function '%s' is not a valid windowing function, and cannot be used with the OVER clause.
+4116 16 1 The function 'ntile' takes only a positive int or bigint expression as its input.
 4121 16 1 Cannot find either column "%s" or the user-defined function or aggregate "%s.%s", or the name is
     ambiguous.
 4127 16 1 At least one of the arguments to COALESCE must be an expression that is not the NULL constant.
@@ -331,6 +333,7 @@ constexpr std::string_view kMessages =
 8169 16 2 Conversion failed when converting from a character string to uniqueidentifier.
 8170 16 2 Insufficient %s.
 8178 16 1 The parameterized query '%s' expects the parameter '%s', which was not supplied.
+8730 16 1 Offset parameter for Lag and Lead functions cannot be a negative value.
 9806 16 11 The datepart %s is not supported by date function %s.
 9809 16 1 The style %s is not supported for conversions from %s to %s.
 9810 16 1 The datepart %s is not supported by date function %s for data type %s.

@@ -240,9 +240,12 @@ QueryPtr Parser::subquery() {
 
 std::vector<CommonTable> Parser::commonTables() {
     if (!accept("WITH")) return {};
-    return list([this] {
+    std::set<std::string> names;
+    return list([this, &names] {
         CommonTable table;
         table.name = expectName();
+        if (!names.insert(toLower(table.name)).second)
+            throw SyntaxError(sqlError(239, {table.name}), peek().line);
         if (at("(")) table.columns = columnNames();
         expect("AS");
         table.query = parenthesized([this] { return subquery(); });

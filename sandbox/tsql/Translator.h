@@ -136,7 +136,6 @@ class Translator {
     };
     struct CommonTable {
         const ast::CommonTable* table;
-        bool open = false;           // inside its own definition
         std::string recursive = {};  // its name in SQLite, inside of its recursive part
         std::vector<OutputColumn> columns = {};
     };
@@ -189,7 +188,7 @@ class Translator {
     std::string tableFunction(const ast::NamedTable& table, const std::string& alias);
     std::string derivedTable(const ast::Query& query, const std::vector<std::string>& names,
                              const std::string& alias);
-    std::string recursiveTable(std::size_t with, const std::string& alias);
+    std::string recursiveTable(const ast::CommonTable& table, const std::string& alias);
     std::string recursiveReference(const CommonTable& table, const std::string& alias);
     std::string join(const ast::Join& join);
     // ---- FOR XML (TranslatorXml.cpp)

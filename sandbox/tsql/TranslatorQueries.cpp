@@ -316,11 +316,12 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
         for (std::size_t i = m_with.size(); i-- > 0;) {
             if (compareText(m_with[i].table->name, table.name.name) != 0) continue;
             if (!m_with[i].recursive.empty()) return recursiveReference(m_with[i], exposed);
-            if (m_with[i].open) continue;
-            if (isRecursive(*m_with[i].table)) return recursiveTable(i, exposed);
-            m_with[i].open = true;
-            std::string sql = derivedTable(*m_with[i].table->query, m_with[i].table->columns, exposed);
-            m_with[i].open = false;
+            const auto all = m_with;
+            const ast::CommonTable& common = *all[i].table;
+            m_with.resize(i);  // it sees those before it
+            std::string sql = isRecursive(common) ? recursiveTable(common, exposed)
+                                                  : derivedTable(*common.query, common.columns, exposed);
+            m_with = all;
             return sql;
         }
     std::optional<TableInfo> info;
@@ -411,22 +412,16 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
 }
 
 // Anchor UNION ALL recursive part. Each row counts how deep it is, for the limit.
-std::string Translator::recursiveTable(std::size_t with, const std::string& alias) {
-    const ast::CommonTable& table = *m_with[with].table;
+std::string Translator::recursiveTable(const ast::CommonTable& table, const std::string& alias) {
     const auto& operation = std::get<SetOperation>(table.query->body);
     const std::string name = "r" + nextAlias();
     QueryText anchor;
     const QueryText next = blind([&] {
-        m_with[with].open = true;
         anchor = query(*operation.left);
         rename(anchor, table.columns, table.name);
         for (auto& output : anchor.columns) output.column.nullable = true;
-        m_with[with].columns = anchor.columns;
-        m_with[with].recursive = name;
-        QueryText deeper = query(*operation.right);
-        m_with[with].recursive.clear();
-        m_with[with].open = false;
-        return deeper;
+        m_with.push_back({&table, name, anchor.columns});
+        return query(*operation.right);
     });
     if (next.columns.size() != anchor.columns.size()) throw sqlError(205);
     std::string list;

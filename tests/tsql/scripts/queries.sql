@@ -81,10 +81,18 @@ GO
 SELECT TOP (SELECT 1 + 1) i, 'a\
 b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i
 SELECT TOP 1.5 i FROM (VALUES (1)) v (i)
+GO
 SELECT TOP (i) i FROM (VALUES (1)) v (i)
 GO
 DECLARE @n int
 SELECT TOP @n 1
 GO
 DELETE TOP 1 FROM t
+GO
+-- a common table sees those before it, and a name is given once
+WITH a AS (SELECT 1 AS x), b AS (SELECT x + 1 AS x FROM a), a2 AS (SELECT x FROM b UNION ALL SELECT x + 1 FROM a2 WHERE x < 3) SELECT x FROM a2
+GO
+WITH a AS (SELECT x FROM later), later AS (SELECT 1 AS x) SELECT x FROM a
+GO
+WITH a AS (SELECT 1 AS x), A AS (SELECT 2 AS x) SELECT x FROM a
 GO
