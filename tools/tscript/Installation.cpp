@@ -13,6 +13,7 @@
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
 #include "Outcome.h"
+#include "TextWidth.h"
 #include "VTPI.h"
 
 namespace {
@@ -98,18 +99,23 @@ std::filesystem::path sessionLogFile() {
     return configuredFolder(&DVUtilLib::GetZephraLogDir, "EventManager", "dEVLOGDIR") / "Tscript.log";
 }
 
+void checkText(const std::string& what, const std::string& text, std::size_t maximum) {
+    if (text.size() > maximum)
+        throw Failure(ExitCode::kUsage, what + " is longer than " + std::to_string(maximum) + " bytes");
+    if (!isUtf8(text)) throw Failure(ExitCode::kUsage, what + " holds bytes that are not UTF-8");
+}
+
 void checkScriptName(const std::string& name) {
-    const bool allowed = !name.empty() && name.size() <= kLongestName &&
+    const bool allowed = !name.empty() && name.size() <= kLongestName && isUtf8(name) &&
                          name.find_first_of("/\\'\"") == std::string::npos &&
                          std::none_of(name.begin(), name.end(), isControl);
     if (!allowed)
         throw Failure(ExitCode::kUsage, "'" + name.substr(0, kLongestName) + "' cannot be a script's name",
-                      "A name has 1 to 128 bytes, without slashes, quotes and control characters.");
+                      "A name has 1 to 128 bytes of UTF-8, without slashes, quotes and control characters.");
 }
 
 void checkQueryText(const std::string& what, const std::string& text, std::size_t maximum) {
-    if (text.size() > maximum)
-        throw Failure(ExitCode::kUsage, what + " is longer than " + std::to_string(maximum) + " bytes");
+    checkText(what, text, maximum);
     if (text.find('"') != std::string::npos)
         throw Failure(ExitCode::kUsage, what + " must not hold a double quote",
                       "The query tool's command line cannot carry one. T-SQL writes texts in single quotes.");

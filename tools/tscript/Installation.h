@@ -28,8 +28,10 @@ std::filesystem::path scriptsFolder();                       // throws Failure w
 std::filesystem::path packageFile(const std::string& name);  // of a script, whether it is there or not
 std::filesystem::path sessionLogFile();                      // "Tscript.log" in the log folder
 
-// Throws Failure (usage) for a name that cannot be a script's: empty, longer than 128 bytes, with a slash,
-// a quote or a control character.
+// Throws Failure (usage) for a text that is longer than `maximum` bytes or not UTF-8.
+void checkText(const std::string& what, const std::string& text, std::size_t maximum);
+// Throws Failure (usage) for a name that cannot be a script's: empty, longer than 128 bytes, not UTF-8, with
+// a slash, a quote or a control character.
 void checkScriptName(const std::string& name);
 // Throws Failure (usage) for a text that the query tool's command line cannot carry: one with a double quote,
 // a NUL or, where it is longer than `maximum` bytes, the rest of it.

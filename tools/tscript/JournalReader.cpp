@@ -46,8 +46,7 @@ void addStaleOption(CLI::App* command, double& hours) {
 }
 
 void checkPattern(const std::string& pattern) {
-    if (pattern.size() > kLongestPattern)
-        throw Failure(ExitCode::kUsage, "the name pattern is longer than 256 bytes");
+    checkText("the name pattern", pattern, kLongestPattern);
 }
 
 TScriptRunFilter_t runFilter(const RecordOptions& options) {

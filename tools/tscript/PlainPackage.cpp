@@ -3,12 +3,12 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 
 #include "Outcome.h"
+#include "TextWidth.h"
 
 namespace {
 
@@ -34,19 +34,6 @@ bool isDatabase(std::string_view name) {
     return std::any_of(std::begin(kDatabases), std::end(kDatabases), [name](const char* known) {
         return strcasecmp(std::string(name).c_str(), known) == 0;
     });
-}
-
-// main() has chosen a locale of UTF-8.
-bool isUtf8(std::string_view text) {
-    std::mbstate_t state{};
-    for (std::size_t at = 0; at < text.size();) {
-        const bool ascii = static_cast<unsigned char>(text[at]) < 0x80;
-        const std::size_t length =
-            ascii ? 1 : std::mbrtowc(nullptr, text.data() + at, text.size() - at, &state);
-        if (length > text.size()) return false;  // what stands for a wrong and for a cut character
-        at += length;
-    }
-    return true;
 }
 
 bool isNumber(std::string_view text) {

@@ -105,12 +105,9 @@ void checkOptions(const ScriptOptions& options) {
     if (!options.database.empty()) suiteDatabase(options.database);
     if (options.parameters.size() > kMostParameters)
         throw Failure(ExitCode::kUsage, "more than " + std::to_string(kMostParameters) + " parameters");
-    for (const std::string& text : options.parameters)
-        if (text.size() > kLongestText)
-            throw Failure(ExitCode::kUsage, "a parameter is longer than 65536 bytes");
+    for (const std::string& text : options.parameters) checkText("a parameter", text, kLongestText);
     checkQueryText("the text of the arguments", options.arguments, kLongestText);
-    if (options.input.size() > kLongestText)
-        throw Failure(ExitCode::kUsage, "the input is longer than 65536 bytes");
+    checkText("the input", options.input, kLongestText);
 }
 
 using Run = bool (*)(const ScriptOptions& options, int operation, std::string& database, std::string& output);

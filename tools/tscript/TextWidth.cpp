@@ -36,6 +36,18 @@ std::string_view beginning(std::string_view text, std::size_t width) {
 
 }  // namespace
 
+bool isUtf8(std::string_view text) {
+    std::mbstate_t state{};
+    for (std::size_t at = 0; at < text.size();) {
+        const bool ascii = static_cast<unsigned char>(text[at]) < 0x80;
+        const std::size_t length =
+            ascii ? 1 : std::mbrtowc(nullptr, text.data() + at, text.size() - at, &state);
+        if (length > text.size()) return false;  // what stands for a wrong and for a cut character
+        at += length;
+    }
+    return true;
+}
+
 std::string cleaned(std::string_view text) {
     std::string clean;
     for (std::size_t at = 0; at < text.size();) {

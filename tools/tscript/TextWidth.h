@@ -1,10 +1,11 @@
-// UTF-8 texts on a terminal. The process's LC_CTYPE tells how wide characters are; main() sets it.
+// UTF-8 texts, and how they stand on a terminal. The process's LC_CTYPE tells; main() sets it.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
+bool isUtf8(std::string_view text);
 // Control characters, and bytes that are no UTF-8, become blanks.
 std::string cleaned(std::string_view text);
 std::size_t widthOf(std::string_view text);  // in columns
