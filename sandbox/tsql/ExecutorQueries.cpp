@@ -282,12 +282,14 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     }
     m_verb = "INSERT";
     m_target = target;
-    m_newRows.clear();
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
-    for (const auto& row : collected) {
+    for (auto& row : collected) {
         Translator translator(*this);
-        m_connection.run(translator.insertParameters(target, columns, row.types), row.cells);
+        const std::string sql = translator.insertParameters(target, columns, row.types);
+        m_newRows = translator.newRows();
+        m_changeValues = std::move(row.cells);
+        m_connection.run(sql, m_changeValues);
     }
     atomic.commit();
     m_rowCount = static_cast<std::int64_t>(collected.size());

@@ -189,8 +189,10 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     }
     constraint.text = in.textSince(begin);
     if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
-    if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR"))
+    if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR")) {
         constraint.columns = {in.expectName()};
+        in.accept("WITH VALUES");  // of no effect on a column that is there
+    }
 }
 
 ColumnDefinition columnDefinition(Parser& in) {

@@ -215,3 +215,13 @@ SELECT COLUMN_NAME, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_N
 ALTER TABLE tree ALTER COLUMN note varchar(3)
 DROP TABLE dbo.no_tree
 GO
+-- rows that another statement gives break a constraint in the same words
+CREATE TABLE given_to (id int CONSTRAINT PK_given PRIMARY KEY, up int CONSTRAINT FK_given REFERENCES given_to)
+INSERT given_to EXEC ('SELECT 1, 9')
+INSERT given_to VALUES (1, NULL)
+CREATE TABLE kept (id int CONSTRAINT PK_kept PRIMARY KEY CONSTRAINT DF_none DEFAULT 1)
+INSERT kept VALUES (1)
+DELETE given_to OUTPUT deleted.id INTO kept
+ALTER TABLE given_to ADD CONSTRAINT DF_given DEFAULT 1 FOR up WITH VALUES
+SELECT * FROM given_to
+GO
