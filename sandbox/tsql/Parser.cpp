@@ -40,7 +40,16 @@ ast::Constraint parseConstraint(std::string_view text) {
 }
 
 ast::ObjectName parseObjectName(std::string_view text) {
-    return Parser(text, true).objectName();
+    ast::ObjectName name;
+    try {
+        Parser parser(text, true);
+        name = parser.objectName();
+        if (parser.peek().kind == TokenKind::End) return name;
+    } catch (const SyntaxError&) {
+    }
+    name = {};
+    name.name = text;
+    return name;
 }
 
 SqlType parseType(std::string_view text) {

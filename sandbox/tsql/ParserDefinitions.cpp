@@ -164,7 +164,8 @@ void references(Parser& in, Constraint& constraint) {
         const bool onDelete = in.accept("DELETE");
         if (!onDelete) in.expect("UPDATE");
         if (in.accept("NO ACTION")) continue;
-        if (!onDelete || !in.accept("CASCADE")) in.unsupported("this action of a foreign key");
+        if (!onDelete || !in.accept("CASCADE"))
+            in.unsupported(std::string(onDelete ? "ON DELETE " : "ON UPDATE ") + toUpper(in.near()));
         constraint.cascade = true;
     }
 }

@@ -93,4 +93,8 @@ EXEC texts..sp_executesql N'SELECT DB_NAME(), COUNT(*) FROM t WHERE i = @i', N'@
 EXEC texts.dbo.sp_executesql N'SELECT OBJECT_NAME(OBJECT_ID(''t''))'
 SELECT DB_NAME(), OBJECT_ID('t')
 EXEC nowhere..sp_executesql N'SELECT 1'
+DECLARE @text nvarchar(50) = N'SELECT 1'
+EXEC @text
+SET @text = N'sp_helptext nothing'
+EXEC @text
 GO
