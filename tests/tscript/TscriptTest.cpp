@@ -137,7 +137,8 @@ TEST_F(Installation, SaysWhatIsWrongWithAnInstallation) {
     expectAll({{{"run", "Foreign"}, 5, "", "cannot be run on this DV: [1A]"}});
 
     replaceInFile(store(), "/sqlcmd\"", "/no-sqlcmd\"");
-    expectAll({{purge, 3, "", "sqlcmd cannot be started"}});
+    expectAll(
+        {{purge, 3, "", "sqlcmd cannot be started"}, {{"db", "version"}, 3, "", "sqlcmd cannot be started"}});
     replaceInFile(store(), "/no-sqlcmd\"", "/sqlcmd\"");
 
     const std::string password = support::readFile(folder / "password");

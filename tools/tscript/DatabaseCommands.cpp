@@ -51,6 +51,7 @@ void openAccount(DBBase& db, const std::string& account) {
 }
 
 [[noreturn]] void failQuery(const DBBase& db) {
+    requireQueryTool();
     throw Failure(ExitCode::kScriptFailed, db.getErrorMsg(),
                   "The server's message stands in " + sessionLogFile().string() + ".");
 }

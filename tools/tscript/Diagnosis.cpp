@@ -160,6 +160,12 @@ std::string queryToolPath() {
     return mapped == programs.end() ? kDefaultTool : mapped->second;
 }
 
+void requireQueryTool() {
+    if (toolStarts()) return;
+    const Diagnosis missing = toolMissing();
+    throw Failure(missing.code, missing.what, missing.advice);
+}
+
 std::string explainCipherError(const std::string& errorText) {
     const std::size_t mark = errorText.rfind("error [");
     if (mark == std::string::npos) return errorText;

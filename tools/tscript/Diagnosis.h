@@ -21,6 +21,7 @@ Diagnosis diagnoseDatabase(const std::string& database);
 
 // The sqlcmd that runs are made with.
 std::string queryToolPath();
+void requireQueryTool();  // throws Failure (installation) when it cannot be started
 
 // The meaning of the error text that EncryptFile() or DecryptFile() left.
 std::string explainCipherError(const std::string& errorText);
