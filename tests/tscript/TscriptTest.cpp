@@ -374,6 +374,7 @@ TEST_F(Installation, ShowsAndKeepsWhatARunGives) {
     expectAll({
         {with({"--dry-run"}), 0, "CONVERT(int, '30')", "would run in Dorvas; nothing has been run"},
         {{"run", "Anywhere", "--dry-run", "-p", "it's", "--json"}, 0, R"(\nSELECT '<it''s>')", ""},
+        {with({"--dry-run", "-o", "/dev/stdout"}), 0, "CONVERT(int, '30')", ""},
         {with({"--dry-run", "-q", "-p", "%s"}), 0, "", "2 placeholder(s), and 3 value(s) are given"},
         {{"run", "PurgeEvents", "-p", "%s", "--dry-run"}, 0, "int, '%s')", "the last 1 placeholder(s) would"},
         {{"run", "Anywhere", "-p", "%s", "--dry-run", "--json"},

@@ -30,9 +30,10 @@ bool writeAll(int fd, std::string_view text) {
 
 }  // namespace
 
-// A link is followed, so that it stays a link to the file that is replaced.
+// A link is followed, so that it stays a link to the file that is replaced. Where standard output goes to a
+// file, that one is not replaced by its name of a device.
 ResultFile::ResultFile(const std::string& file) {
-    if (file.empty()) return;
+    if (file.empty() || file == "/dev/stdout") return;
     std::error_code ignored;
     const fs::path behind = fs::weakly_canonical(file, ignored);
     m_target = behind.empty() ? file : behind.string();

@@ -69,8 +69,9 @@ void deliver(ResultFile& target, const std::string& text) {
     try {
         target.write(text);
     } catch (const Failure& failure) {
-        throw Failure(failure.code(), failure.what(),
-                      "The script has run; its output stands in the log " + sessionLogFile().string() + ".");
+        throw Failure(
+            failure.code(), failure.what(),
+            "The script has run; the debug log beside " + sessionLogFile().string() + " holds its output.");
     }
 }
 
