@@ -143,7 +143,7 @@ void indexStorage(Parser& in) {
         in.expect("=");
         return in.take().kind;
     };
-    if (in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    if (in.at("WITH (") && in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
     fileGroup(in);
 }
 
@@ -280,6 +280,7 @@ void dropParts(Parser& in, AlterTable& table) {
         if (!columns) in.accept("CONSTRAINT");
         table.ifExists = in.accept("IF EXISTS") || table.ifExists;
         (columns ? table.dropColumns : table.dropConstraints).push_back(in.expectName());
+        if (!columns) indexStorage(in);
     } while (in.accept(","));
 }
 
@@ -452,6 +453,7 @@ ObjectName indexName(Parser& in) {
     name.database.clear();  // it was the table's schema
     if (!in.accept("ON")) return name;
     const ObjectName table = in.objectName();
+    indexStorage(in);
     return {table.database, table.name, name.name, name.line};
 }
 

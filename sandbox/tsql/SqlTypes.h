@@ -15,7 +15,7 @@ namespace tsql {
 enum class TypeUse { Declaration, Cast };
 
 // "varchar", {20} -> varchar(20). `arguments` are what the parentheses hold; SqlType::kMax stands for "max".
-// Synonyms (integer, dec, national character varying, rowversion ...) are known, one blank between words.
+// Synonyms (integer, dec, national character varying ...) are known, one blank between words.
 // Throws SqlError: 2715 unknown type, 1001/1002/2750/131 a length, precision or scale out of its range.
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use);
 
