@@ -143,6 +143,7 @@ void indexStorage(Parser& in) {
         in.expect("=");
         return in.take().kind;
     };
+    if (in.accept("WITH FILLFACTOR =")) in.expectInteger();
     if (in.at("WITH (") && in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
     fileGroup(in);
 }
