@@ -235,15 +235,28 @@ class Executor final : public NameResolver {
     // Does `rollback`; the table variables keep what they hold.
     void keepTables(const std::function<void()>& rollback);
 
+    // ---- procedures of the system (ExecutorSystem.cpp)
+    struct SystemProcedure {
+        std::string_view name;
+        std::string_view parameters;
+        int (Executor::*body)(const Frame& frame);
+    };
+    static const SystemProcedure* systemProcedure(std::string_view name);
+    int helpText(const Frame& frame);
+    int getAppLock(const Frame& frame);
+    int releaseAppLock(const Frame& frame);
+    std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
+
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const ast::CreateModule& module);
     Flow run(const ast::Execute& execute);
     void checkBody(const ast::CreateModule& module);
     std::shared_ptr<const Batch> parsed(const std::string& text);
-    void runText(const std::string& text,
-                 const std::string& inside);  // of which database; empty: the session's
+    // `inside`: the database that it runs in; empty: the session's.
+    void runText(const std::string& text, const std::string& inside);
     void executeSql(const ast::Execute& execute, const std::string& database);
-    void callProcedure(const ast::Execute& execute, const ast::ObjectName& name);
+    void callProcedure(const ast::Execute& execute, const ast::ObjectName& name,
+                       const SystemProcedure* system);
     // The call's arguments in the order of the parameters, null for those that are not given.
     using Arguments = std::vector<const ast::Argument*>;
     Arguments bindArguments(const ast::CreateModule& module, const ast::Execute& execute,
@@ -255,18 +268,6 @@ class Executor final : public NameResolver {
     void runFrame(const ast::Block& body, Frame& frame);
     bool runScope(const ast::Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
-
-    // ---- procedures of the system (ExecutorSystem.cpp)
-    struct SystemProcedure {
-        std::string_view name;
-        std::string_view parameters;
-        int (Executor::*body)(const Frame& frame);
-    };
-    static const SystemProcedure* systemProcedure(const ast::ObjectName& name);
-    int helpText(const Frame& frame);
-    int getAppLock(const Frame& frame);
-    int releaseAppLock(const Frame& frame);
-    std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
 
     // ---- databases, settings, transactions, backup (ExecutorAdministration.cpp)
     Flow run(const ast::Use& use);

@@ -172,7 +172,7 @@ Flow Executor::run(const Execute& execute) {
     if (known && system && sameWord(name.name, "sp_executesql"))
         executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
     else
-        callProcedure(execute, name);
+        callProcedure(execute, name, known && system ? systemProcedure(name.name) : nullptr);
     return Flow::Next;
 }
 
@@ -217,9 +217,8 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
     returnOutputs(module, arguments, execute, frame);
 }
 
-void Executor::callProcedure(const Execute& execute, const ObjectName& name) {
+void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
     Frame frame;
-    const SystemProcedure* const system = systemProcedure(name);
     auto procedure = system ? std::nullopt : Executor::module(name, objectType::kProcedure);
     if (system) {
         const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +

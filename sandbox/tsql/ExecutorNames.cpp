@@ -9,15 +9,11 @@ using namespace ast;
 
 namespace {
 
-constexpr std::string_view kVersionText =
+constexpr const char* kVersionText =
     "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
 
 SqlType identityType() {
     return decimalType(kMostDigits, 0);
-}
-
-Value number(std::int64_t value) {
-    return Value(value);
 }
 
 }  // namespace
@@ -43,29 +39,30 @@ struct Executor::Global {
 
 const std::vector<Executor::Global>& Executor::globals() {
     using Self = const Executor&;
+    const SqlType tiny = simpleType(TypeId::TinyInt), integer = simpleType(TypeId::Int),
+                  name = nvarcharType(128);
     static const std::vector<Global> table = {
-        {"@@error", simpleType(TypeId::Int), [](Self self) { return number(self.m_error); }},
-        {"@@rowcount", simpleType(TypeId::Int), [](Self self) { return number(self.m_rowCount); }},
+        {"@@error", integer, [](Self self) -> Value { return self.m_error; }},
+        {"@@rowcount", integer, [](Self self) -> Value { return self.m_rowCount; }},
         {"@@identity", identityType(), [](Self self) { return identityValue(self.m_identity); }},
-        {"@@trancount", simpleType(TypeId::Int), [](Self self) { return number(self.m_transactions); }},
-        {"@@spid", simpleType(TypeId::SmallInt), [](Self self) { return number(self.m_spid); }},
-        {"@@lock_timeout", simpleType(TypeId::Int), [](Self self) { return number(self.m_lockTimeout); }},
-        {"@@nestlevel", simpleType(TypeId::Int),
-         [](Self self) { return number(static_cast<std::int64_t>(self.m_frames.size()) - 1); }},
-        {"@@procid", simpleType(TypeId::Int),
-         [](Self self) { return number(self.m_frames.back()->procedureId); }},
-        {"@@version", nvarcharType(300), [](Self) { return Value(std::string(kVersionText)); }},
-        {"@@servername", nvarcharType(128), [](Self) { return Value(hostName()); }},
-        {"@@servicename", nvarcharType(128), [](Self) { return Value(std::string("MSSQLSERVER")); }},
-        {"@@language", nvarcharType(128), [](Self) { return Value(std::string("us_english")); }},
-        {"@@max_precision", simpleType(TypeId::TinyInt), [](Self) { return number(38); }},
-        {"@@datefirst", simpleType(TypeId::TinyInt), [](Self) { return number(7); }},
-        {"@@options", simpleType(TypeId::Int), [](Self) { return number(5496); }},
-        {"@@microsoftversion", simpleType(TypeId::Int), [](Self) { return number(0x0F0007D0); }},
-        {"@@textsize", simpleType(TypeId::Int), [](Self) { return number(2147483647); }},
-        {"@@fetch_status", simpleType(TypeId::Int), [](Self self) { return number(self.m_fetchStatus); }},
-        {"@@cursor_rows", simpleType(TypeId::Int), [](Self self) { return number(self.m_cursorRows); }},
-        {"@@max_connections", simpleType(TypeId::Int), [](Self) { return number(32767); }},
+        {"@@trancount", integer, [](Self self) -> Value { return self.m_transactions; }},
+        {"@@spid", simpleType(TypeId::SmallInt), [](Self self) -> Value { return self.m_spid; }},
+        {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_lockTimeout; }},
+        {"@@nestlevel", integer,
+         [](Self self) -> Value { return static_cast<int>(self.m_frames.size()) - 1; }},
+        {"@@procid", integer, [](Self self) -> Value { return self.m_frames.back()->procedureId; }},
+        {"@@version", nvarcharType(300), [](Self) -> Value { return kVersionText; }},
+        {"@@servername", name, [](Self) -> Value { return hostName(); }},
+        {"@@servicename", name, [](Self) -> Value { return "MSSQLSERVER"; }},
+        {"@@language", name, [](Self) -> Value { return "us_english"; }},
+        {"@@max_precision", tiny, [](Self) -> Value { return 38; }},
+        {"@@datefirst", tiny, [](Self) -> Value { return 7; }},
+        {"@@options", integer, [](Self) -> Value { return 5496; }},
+        {"@@microsoftversion", integer, [](Self) -> Value { return 0x0F0007D0; }},
+        {"@@textsize", integer, [](Self) -> Value { return 2147483647; }},
+        {"@@fetch_status", integer, [](Self self) -> Value { return self.m_fetchStatus; }},
+        {"@@cursor_rows", integer, [](Self self) -> Value { return self.m_cursorRows; }},
+        {"@@max_connections", integer, [](Self) -> Value { return 32767; }},
     };
     return table;
 }

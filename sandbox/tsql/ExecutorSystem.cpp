@@ -20,7 +20,7 @@ std::string textOf(const Frame& frame, const char* variable) {
 
 }  // namespace
 
-const Executor::SystemProcedure* Executor::systemProcedure(const ObjectName& name) {
+const Executor::SystemProcedure* Executor::systemProcedure(std::string_view name) {
     static constexpr SystemProcedure kProcedures[] = {
         {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", &Executor::helpText},
         {"sp_getapplock",
@@ -31,10 +31,8 @@ const Executor::SystemProcedure* Executor::systemProcedure(const ObjectName& nam
          "@Resource nvarchar(255), @LockOwner varchar(32) = 'Transaction', @DbPrincipal sysname = 'public'",
          &Executor::releaseAppLock},
     };
-    if (!name.schema.empty() && !sameWord(name.schema, "sys") && !sameWord(name.schema, "dbo"))
-        return nullptr;
     const auto* found = std::find_if(std::begin(kProcedures), std::end(kProcedures),
-                                     [&](const auto& each) { return sameWord(each.name, name.name); });
+                                     [&](const auto& each) { return sameWord(each.name, name); });
     return found == std::end(kProcedures) ? nullptr : found;
 }
 

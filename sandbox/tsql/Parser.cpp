@@ -39,16 +39,20 @@ ast::Constraint parseConstraint(std::string_view text) {
     return constraint;
 }
 
+// Takes reserved words, too. What is no name is the name of nothing, as it stands.
 ast::ObjectName parseObjectName(std::string_view text) {
     ast::ObjectName name;
-    try {
-        Parser parser(text, true);
-        name = parser.objectName();
-        if (parser.peek().kind == TokenKind::End) return name;
-    } catch (const SyntaxError&) {
-    }
-    name = {};
     name.name = text;
+    std::vector<std::string> parts(1);
+    for (const Token& token : tokenize(text)) {
+        if (token.raw == ".")
+            parts.emplace_back();
+        else if (token.kind != TokenKind::End && !std::exchange(parts.back(), unquoted(token)).empty())
+            return name;
+    }
+    name.name = parts.back();
+    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
+    if (parts.size() > 2) name.database = parts[parts.size() - 3];
     return name;
 }
 

@@ -24,7 +24,7 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
 // An expression that stands alone, as a column's default does.
 ast::ExprPtr parseExpression(std::string_view text);
 ast::Constraint parseConstraint(std::string_view text);
-ast::ObjectName parseObjectName(std::string_view text);  // what is no name names nothing, as it stands
+ast::ObjectName parseObjectName(std::string_view text);
 SqlType parseType(std::string_view text);
 
 class Parser {

@@ -24,23 +24,6 @@ Value runNewId(const Call&) {
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
-// "[dbo].[t]", "db..t" to their parts.
-ast::ObjectName splitName(std::string_view text) {
-    std::vector<std::string> parts(1);
-    for (const Token& token : tokenize(text)) {
-        if (token.kind == TokenKind::End) break;
-        if (token.raw == ".")
-            parts.emplace_back();
-        else
-            parts.back() = unquoted(token);
-    }
-    ast::ObjectName name;
-    name.name = parts.back();
-    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
-    if (parts.size() > 2) name.database = parts[parts.size() - 3];
-    return name;
-}
-
 template <typename T>
 Value orNull(const std::optional<T>& value) {
     return value ? Value(*value) : Value(Null{});
@@ -111,7 +94,7 @@ struct SessionFunctions {
     }
 
     static Value objectId(const Call& call) {
-        const auto name = splitName(call.text(0));
+        const auto name = parseObjectName(call.text(0));
         if (!name.schema.empty() && !sameWord(name.schema, "dbo")) return Null{};
         if (!name.database.empty() && !session(call).m_engine.storage.exists(name.database)) return Null{};
         const auto found = session(call).catalogue(name).find(name.name);
@@ -146,14 +129,14 @@ struct SessionFunctions {
     }
 
     static Value columnLength(const Call& call) {
-        const auto name = splitName(call.text(0));
+        const auto name = parseObjectName(call.text(0));
         const auto found = session(call).catalogue(name).table(name.name);
         const TableColumn* column = found ? found->column(call.text(1)) : nullptr;
         return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
     }
 
     static Value currentIdentity(const Call& call) {
-        const TableInfo info = session(call).table(splitName(call.text(0)));
+        const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
         const Value stored[] = {info.stored};
         const auto last = session(call).m_connection.number(
