@@ -482,10 +482,8 @@ Flow Executor::run(const AlterIndex& alter) {
     const TableInfo target = table(alter.table, 1088, 9);
     define(alter.table, [&](Catalogue& owner) {
         const auto keys = owner.keysOf(target.id);
-        const bool known = std::any_of(keys.begin(), keys.end(), [&](const ObjectInfo& key) {
-            return (key.type == objectType::kIndex || isUniqueKey(key)) &&
-                   compareText(key.name, alter.name) == 0;
-        });
+        const ObjectInfo* key = keyNamed(keys, alter.name, false);
+        const bool known = keyNamed(keys, alter.name, true) || (key && isUniqueKey(*key));
         if (!alter.name.empty() && !known) throw sqlError(2727, {alter.name});
         m_connection.run("REINDEX " + target.sqlName());
     });

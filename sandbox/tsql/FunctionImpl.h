@@ -124,6 +124,7 @@ void registerAggregates(sqlite3* connection, FunctionContext& context);
 // ABS, ROUND, SUM ... work in int at least.
 SqlType numberType(Pieces arguments);
 SqlType sameAsFirst(Pieces arguments);
+SqlType grownText(Pieces arguments);  // REPLACE and the like: 8000 bytes, or (max) when the first argument is
 
 // The error that an exception now being handled stands for goes to the context and to SQLite.
 void reportError(FunctionContext& context, struct sqlite3_context* call);

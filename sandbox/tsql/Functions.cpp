@@ -65,13 +65,6 @@ SqlType extremeType(Pieces pieces) {
     return pieces[0].type;
 }
 
-SqlType aggregatedText(Pieces pieces) {
-    const SqlType& type = pieces[0].type;
-    const bool wide = isNational(type.id);
-    const int most = type.length <= 0 ? SqlType::kMax : wide ? 4000 : 8000;
-    return wide ? nvarcharType(most) : varcharType(most);
-}
-
 // --- how they are written
 
 // NAME(piece, ...), with the codes of types that the pattern asks for.
@@ -186,7 +179,7 @@ const FunctionInfo kWritten[] = {
     {"stdevp", "F", TypeId::Float, writeOwn, kAggregate},
     {"var", "F", TypeId::Float, writeOwn, kAggregate},
     {"varp", "F", TypeId::Float, writeOwn, kAggregate},
-    {"string_agg", "TT", aggregatedText, writeStringAgg, kAggregate},
+    {"string_agg", "TT", grownText, writeStringAgg, kAggregate},
     // windows; the aggregates but STRING_AGG take OVER, too
     {"row_number", "", TypeId::BigInt, writeOfSqlite, kRanking},
     {"rank", "", TypeId::BigInt, writeOfSqlite, kRanking},

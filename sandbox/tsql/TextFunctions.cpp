@@ -38,13 +38,6 @@ SqlType partOfText(Pieces pieces) {
     return varying(pieces[0].type, shorter ? std::max(1, static_cast<int>(*literal)) : whole);
 }
 
-// REPLACE, STUFF, REPLICATE: 8000 bytes, or (max) when the first argument is.
-SqlType grownText(Pieces pieces) {
-    const SqlType& type = pieces[0].type;
-    if (type.length <= 0) return varying(type, SqlType::kMax);
-    return varying(type, isNational(type.id) ? 4000 : 8000);
-}
-
 // All of them together.
 SqlType joinedText(Pieces pieces) {
     bool wide = false;
@@ -67,6 +60,15 @@ SqlType countType(Pieces pieces) {
 SqlType placeType(Pieces pieces) {
     return countType(pieces.subspan(1));
 }
+
+}  // namespace
+
+SqlType grownText(Pieces pieces) {
+    const SqlType& type = pieces[0].type;
+    return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
+}
+
+namespace {
 
 // --- what they do
 
