@@ -48,11 +48,9 @@ DatePart partArgument(const Call& call) {
 }
 
 // (type)
+template <DateTime Now::*clock>
 Value runNow(const Call& call) {
-    return toStorage(call.context().now().local, call.type(0));
-}
-Value runNowUtc(const Call& call) {
-    return toStorage(call.context().now().utc, call.type(0));
+    return toStorage(call.context().now().*clock, call.type(0));
 }
 
 // (part, number, value, type)
@@ -117,11 +115,11 @@ Value runIsDate(const Call& call) {
 }
 
 const FunctionInfo kFunctions[] = {
-    {"getdate", "=", TypeId::DateTime, runNow, Nulls::GiveNull, Purity::Varying},
-    {"current_timestamp", "=", TypeId::DateTime, runNow, Nulls::GiveNull, Purity::Varying},
-    {"getutcdate", "=", TypeId::DateTime, runNowUtc, Nulls::GiveNull, Purity::Varying},
-    {"sysdatetime", "=", TypeId::DateTime2, runNow, Nulls::GiveNull, Purity::Varying},
-    {"sysutcdatetime", "=", TypeId::DateTime2, runNowUtc, Nulls::GiveNull, Purity::Varying},
+    {"getdate", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
+    {"current_timestamp", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
+    {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
+    {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
+    {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"dateadd", "PIE=", sumType, runDateAdd},
     {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff},
     {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiffBig},

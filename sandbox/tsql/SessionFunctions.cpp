@@ -24,11 +24,6 @@ Value runNewId(const Call&) {
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
-template <typename T>
-Value orNull(const std::optional<T>& value) {
-    return value ? Value(*value) : Value(Null{});
-}
-
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
 // The value of a property by its name; NULL for one that is not there.
@@ -56,8 +51,9 @@ struct SessionFunctions {
     }
 
     static Value databaseNumber(const Call& call) {
-        return orNull(databaseId(session(call).m_engine.storage,
-                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
+        const auto id = databaseId(session(call).m_engine.storage,
+                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
+        return id ? Value(*id) : Value(Null{});
     }
 
     static Value databaseProperty(const Call& call) {

@@ -8,8 +8,7 @@ namespace tsql {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-constexpr std::size_t kFoldTable =
-    0x10000;  // the basic plane; the few pairs above it are looked up each time
+constexpr std::size_t kFoldTable = 0x10000;  // the few pairs above the basic plane are looked up each time
 
 // The C library's own table of case pairs, independent of the process's locale.
 using CaseMap = wint_t (*)(wint_t, locale_t);
@@ -73,13 +72,10 @@ char32_t sortWeight(char32_t c) {
     return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
 }
 
-std::pair<char32_t, char32_t> sortPlace(char32_t c) {
-    return {sortWeight(c), c};
-}
-
 // A [set] of a pattern, its opening bracket already taken; takes all up to the closing one.
 // Nothing closes it: the bracket is itself.
 bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
+    const auto place = [](char32_t each) { return std::pair(sortWeight(each), each); };
     std::string_view rest = pattern;
     bool negated = false, found = false;
     if (!rest.empty() && rest[0] == '^') {
@@ -93,7 +89,7 @@ bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
             rest.remove_prefix(1);
             high = foldCase(nextCharacter(rest));
         }
-        found = found || c == low || (sortPlace(c) >= sortPlace(low) && sortPlace(c) <= sortPlace(high));
+        found = found || c == low || (place(c) >= place(low) && place(c) <= place(high));
     }
     if (rest.empty()) return false;
     pattern = rest.substr(1);
