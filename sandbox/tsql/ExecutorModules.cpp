@@ -75,7 +75,7 @@ void Executor::checkBody(const CreateModule& module) {
     dropTemporaryTables(frame);
 }
 
-// The text is the batch that the module stands in: all of it.
+// The text is the batch that the module stands in: all of it, with CREATE for ALTER.
 Flow Executor::run(const CreateModule& module) try {
     const std::string_view type = typeOf(module);
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
@@ -87,6 +87,9 @@ Flow Executor::run(const CreateModule& module) try {
         if (!existing && !module.create) throw sqlError(208, {name}, 6);
         ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type)});
         object.source = m_text;
+        const std::string_view verb = tokenize(m_text).front().raw;
+        const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
+        if (!module.create) object.source.replace(at, verb.size(), "CREATE");
         owner.save(object);
         owner.removeColumns(object.id);
         owner.addColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));

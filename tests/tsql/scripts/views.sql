@@ -95,3 +95,11 @@ SELECT * FROM nested
 GO
 SELECT * FROM (SELECT id FROM item ORDER BY id) q
 GO
+GO
+-- what is altered, is kept as if it had been created so
+CREATE VIEW altered AS SELECT 1 AS a
+GO
+/* ALTER */ ALTER VIEW altered AS SELECT 2 AS a
+GO
+EXEC sp_helptext 'altered'
+GO
