@@ -12,14 +12,12 @@ namespace {
 constexpr const char* kVersionText =
     "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
 
-SqlType identityType() {
-    return decimalType(kMostDigits, 0);
-}
+const SqlType kIdentity = decimalType(kMostDigits, 0);
 
 }  // namespace
 
 Value identityValue(const std::optional<std::int64_t>& identity) {
-    return identity ? exactCell(*identity, identityType()) : Value(Null{});
+    return identity ? exactCell(*identity, kIdentity) : Value(Null{});
 }
 
 // ---- variables
@@ -44,7 +42,7 @@ const std::vector<Executor::Global>& Executor::globals() {
     static const std::vector<Global> table = {
         {"@@error", integer, [](Self self) -> Value { return self.m_error; }},
         {"@@rowcount", integer, [](Self self) -> Value { return self.m_rowCount; }},
-        {"@@identity", identityType(), [](Self self) { return identityValue(self.m_identity); }},
+        {"@@identity", kIdentity, [](Self self) { return identityValue(self.m_identity); }},
         {"@@trancount", integer, [](Self self) -> Value { return self.m_transactions; }},
         {"@@spid", simpleType(TypeId::SmallInt), [](Self self) -> Value { return self.m_spid; }},
         {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_lockTimeout; }},

@@ -86,13 +86,8 @@ Value runPower(const Call& call) {
 }
 
 Value runLog(const Call& call) {
-    const double result = std::log(call.real(0));
-    if (call.count() < 2) return call.real(0) > 0 ? checked(result) : checked(NAN);
-    return checked(result / std::log(call.real(1)));
-}
-
-Value runLog10(const Call& call) {
-    return checked(call.real(0) > 0 ? std::log10(call.real(0)) : NAN);
+    const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
+    return checked(call.real(0) > 0 ? std::log(call.real(0)) / base : NAN);
 }
 Value runAtn2(const Call& call) {
     return checked(std::atan2(call.real(0), call.real(1)));
@@ -128,7 +123,7 @@ const FunctionInfo kFunctions[] = {
     {"round", "N#I[I", numberType, runRound},
     {"power", "N#F=", powerType, runPower},
     {"log", "F[F", TypeId::Float, runLog},
-    {"log10", "F", TypeId::Float, runLog10},
+    {"log10", "F", TypeId::Float, runFloat<[](double x) { return 0 < x ? std::log10(x) : NAN; }>},
     {"atn2", "FF", TypeId::Float, runAtn2},
     {"sqrt", "F", TypeId::Float, runFloat<std::sqrt>},
     {"exp", "F", TypeId::Float, runFloat<std::exp>},
