@@ -9,7 +9,8 @@
 
 class ResultFile {
   public:
-    // Empty or "/dev/stdout": standard output. Throws Failure (installation) when the file's folder cannot be written.
+    // Empty or "/dev/stdout": standard output. Throws Failure (installation) when the folder cannot be
+    // written.
     explicit ResultFile(const std::string& file);
     bool isStandardOutput() const { return m_target.empty(); }
     // Once. A file is written beside its place and then put there; a device or pipe is written as it is.
