@@ -50,6 +50,8 @@ TEST(BatchReader, DividesScripts) {
         {"a\nexit(select 1)\nb", "<exit?a\nselect 1>"},
         {"a\nGO\nquit\nb", "<a\n><exit>"},
         {"a\n:reset\nb\n::fn()\n", "<b\n::fn()\n>"},
+        {"a\nreset\nb\n:exit()", "<exit?b\n>"},
+        {"exit( )", "<exit>"},
     };
     for (const auto& [script, steps] : cases) EXPECT_EQ(stepsOf(script), steps) << script;
 }
@@ -72,6 +74,8 @@ TEST(BatchReader, RefusesWhatItDoesNotUnderstand) {
         {"$(no)", "'no' scripting variable not defined."},
         {"$(SQLCMDPASSWORD)", "'SQLCMDPASSWORD' scripting variable not defined."},
         {"a\n:nothing x", "Sqlcmd: Error: Syntax error at line 2 near command ':nothing'."},
+        {":Out file", "Sqlcmd: Error: Unsupported command at line 1 near command ':Out'."},
+        {"a\ned", "Sqlcmd: Error: Unsupported command at line 2 near command 'ed'."},
         {":xml maybe", "Sqlcmd: Error: Syntax error at line 1 near command ':xml'."},
         {":setvar", "Sqlcmd: Error: Syntax error at line 1 near command ':setvar'."},
         {":setvar SqlcmdColSep ,",

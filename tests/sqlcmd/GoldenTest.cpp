@@ -11,6 +11,7 @@
 #include <regex>
 #include <sstream>
 
+#include "TempDir.h"
 #include "TsqlBox.h"
 
 namespace {
@@ -63,6 +64,34 @@ TEST(Golden, OutputIsAsRecorded) {
             EXPECT_EQ(result.exitCode, c.exitCode) << c.script;
         }
     }
+}
+
+// A shell runs `command` with the program and its login options in "$@".
+support::ProgramResult inShell(const support::TsqlBox& server, const std::string& command,
+                               const std::filesystem::path& folder = {}) {
+    support::ProgramOptions options;
+    options.workingDirectory = folder;
+    return support::runProgram({"sh", "-c", command, "sh", SQLCMD_PROGRAM, "-S", server.server(), "-U",
+                                server.login(), "-P", server.password()},
+                               options);
+}
+
+TEST(Script, IsReadFromSeveralFilesAndFromANamedPipe) {
+    const support::TsqlBox server;
+    const support::TempDir folder;
+    support::writeFile(folder / "a.sql", "PRINT 'a'\n");
+    support::writeFile(folder / "b,c.sql", "PRINT 'b'\n");
+    EXPECT_EQ(inShell(server, "\"$@\" -i a.sql,b,c.sql -i a.sql", folder.path()).output, "a\nb\na\n");
+    EXPECT_EQ(inShell(server, "mkfifo p && { echo \"PRINT 'p'\" > p & \"$@\" -i p; }", folder.path()).output,
+              "p\n");
+}
+
+// Else the socket to the server would stand in its place.
+TEST(Script, OfAClosedStandardInputCannotBeRead) {
+    const support::TsqlBox server;
+    EXPECT_EQ(inShell(server, "\"$@\" <&-").errors, "Sqlcmd: standard input: Bad file descriptor.\n");
+    EXPECT_EQ(inShell(server, "\"$@\" -Q \"PRINT 'x'\" >&-").errors,
+              "Sqlcmd: Error: cannot write to standard output: Bad file descriptor.\n");
 }
 
 // In a comment of one byte a character stands what the driver would end the batch at.

@@ -40,6 +40,14 @@ TEST(Program, ChecksAllInputFilesBeforeItTouchesAnything) {
     EXPECT_EQ(support::readFile(folder / "out.txt"), "kept");
 }
 
+TEST(Program, DoesNotWriteOverItsScript) {
+    const support::TempDir folder;
+    support::writeFile(folder / "in.sql", "select 1\n");
+    const auto result = sqlcmd({"-i", folder / "in.sql", "-o", folder.path() / "." / "in.sql"});
+    EXPECT_NE(result.errors.find("both the input and the output file"), std::string::npos) << result.errors;
+    EXPECT_EQ(support::readFile(folder / "in.sql"), "select 1\n");
+}
+
 // A server that takes connections and says nothing.
 class SilentServer {
   public:

@@ -1,6 +1,8 @@
 #include "BatchReader.h"
 
+#include <algorithm>
 #include <charconv>
+#include <span>
 #include <utility>
 
 #include "Errors.h"
@@ -11,6 +13,18 @@ namespace {
 
 constexpr std::size_t kMaxIncludeDepth = 32;
 constexpr std::size_t kMaxBatch = std::size_t{256} << 20;  // bytes; no server takes a longer batch
+
+// Commands from before there was a colon.
+constexpr std::string_view kWithoutColon[] = {"exit", "quit", "reset"};
+
+// Commands of Microsoft's tool that this one does not have.
+constexpr std::string_view kNotSupported[] = {"!!",   "connect", "ed",  "error",     "help",
+                                              "list", "listvar", "out", "perftrace", "serverlist"};
+
+bool isOneOf(std::span<const std::string_view> names, std::string_view name) {
+    return std::any_of(names.begin(), names.end(),
+                       [&](std::string_view other) { return equalsIgnoringCase(name, other); });
+}
 
 std::string unquoted(std::string_view text) {
     if (text.size() < 2 || text.front() != '"' || text.back() != '"') return std::string(text);
@@ -79,9 +93,8 @@ bool BatchReader::readCommand(Step& step) {
     const std::string_view line = trimmed(m_line);
     const auto nameLength = std::min(line.find_first_of(" \t("), line.size());
     const std::string_view name = line.substr(0, nameLength);
-    if (equalsIgnoringCase(name, "exit") ||
-        equalsIgnoringCase(name, "quit"))  // from before there was a colon
-        return runCommand(name, line.substr(nameLength), step);
+    if (isOneOf(kWithoutColon, name)) return runCommand(name, line.substr(nameLength), step);
+    if (line.starts_with("!!") || equalsIgnoringCase(line, "ed")) failAtLine(line.substr(0, 2));
     if (!line.starts_with(':') || line.starts_with("::")) return false;  // ::fn_name() is T-SQL
     if (!runCommand(name.substr(1), line.substr(nameLength), step)) failAtLine(name);
     return true;
@@ -115,8 +128,10 @@ bool BatchReader::readExit(std::string_view rest, Step& step) {
         return true;
     }
     if (rest.size() < 2 || rest.front() != '(' || rest.back() != ')') return false;
-    step.kind = Step::Kind::ExitQuery;
-    step.text = std::exchange(m_batch, {}) + expanded(rest.substr(1, rest.size() - 2));
+    const std::string_view query = trimmed(rest.substr(1, rest.size() - 2));
+    step.on = !query.empty();
+    step.text = std::exchange(m_batch, {}) + expanded(query);
+    step.kind = trimmed(step.text).empty() ? Step::Kind::Exit : Step::Kind::ExitQuery;
     return true;
 }
 
@@ -208,8 +223,10 @@ Step BatchReader::batch(int count) {
 
 void BatchReader::failAtLine(std::string_view command) const {
     const ScriptSource& source = m_sources.back();
-    std::string text = "Sqlcmd: Error: Syntax error at line " + std::to_string(source.lineNumber()) +
-                       " near command '" + std::string(command) + "'";
+    const bool isKnown = isOneOf(kNotSupported, command.substr(command.starts_with(':') ? 1 : 0));
+    std::string text = std::string("Sqlcmd: Error: ") + (isKnown ? "Unsupported command" : "Syntax error") +
+                       " at line " + std::to_string(source.lineNumber()) + " near command '" +
+                       std::string(command) + "'";
     if (!source.name().empty()) text += " in file '" + source.name() + "'";
     throw ToolError(text + ".");
 }

@@ -14,7 +14,7 @@ namespace sqlcmd {
 struct Step {
     enum class Kind {
         Batch,      // run the text `count` times
-        ExitQuery,  // run the text; its last row's first column is the exit code (empty text: just end)
+        ExitQuery,  // run the text and end; by `on`, its last row's first column is the exit code
         Exit,       // end without running what stands in the batch
         Xml,        // :XML, by `on`
         OnError,    // :on error, `on` for exit

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <span>
 #include <string_view>
 
@@ -53,6 +54,16 @@ void setVariable(Options& options, std::string_view assignment) {
     options.variables.emplace_back(assignment.substr(0, equals), value);
 }
 
+// Names with a comma between them; a file's own name may hold one.
+void addInputFiles(Options& options, std::string_view names) {
+    std::error_code ignored;
+    for (std::size_t comma;
+         !std::filesystem::exists(names, ignored) && (comma = names.find(',')) != std::string_view::npos;
+         names.remove_prefix(comma + 1))
+        options.inputFiles.emplace_back(names.substr(0, comma));
+    options.inputFiles.emplace_back(names);
+}
+
 constexpr int kMaxTimeout = 65534;
 constexpr int kMaxTypeWidth = 8000;
 
@@ -72,8 +83,7 @@ const Rule kRules[] = {
     {'N', Takes::Nothing, "encrypt the connection", [](Options& o, std::string_view) { o.encrypt = true; }},
     {'C', Takes::Nothing, "trust the server's certificate",
      [](Options& o, std::string_view) { o.trustCertificate = true; }},
-    {'i', Takes::Name, "input file; may be given several times",
-     [](Options& o, std::string_view v) { o.inputFiles.emplace_back(v); }},
+    {'i', Takes::Name, "input file, or several with commas; may be given several times", addInputFiles},
     {'Q', Takes::Text, "run this text and end", [](Options& o, std::string_view v) { o.query = v; }},
     {'q', Takes::Text, "run this text and end", [](Options& o, std::string_view v) { o.query = v; }},
     {'o', Takes::Name, "output file", [](Options& o, std::string_view v) { o.outputFile = v; }},

@@ -17,19 +17,28 @@ namespace {
 constexpr std::size_t kPiece = 65536;
 constexpr std::size_t kMaxLine = std::size_t{256} << 20;  // bytes; no server takes a longer batch
 
-int openScript(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    struct stat status {};
-    if (descriptor >= 0 && fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode)) return descriptor;
-    const int error = descriptor < 0 ? errno : EISDIR;
-    if (descriptor >= 0) close(descriptor);
+[[noreturn]] void refuse(const std::string& path, int error) {
     throw ToolError("Sqlcmd: '" + path + "': Invalid filename. " + std::strerror(error) + ".");
+}
+
+int openScript(const std::string& path) {
+    requireReadable(path);
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) refuse(path, errno);
+    return descriptor;
+}
+
+std::string shownName(const std::string& name) {
+    return name.empty() ? "standard input" : "'" + name + "'";
 }
 
 }  // namespace
 
+// Without opening it: the writer of a named pipe would lose its reader.
 void requireReadable(const std::string& path) {
-    close(openScript(path));
+    struct stat status {};
+    if (access(path.c_str(), R_OK) != 0 || stat(path.c_str(), &status) != 0) refuse(path, errno);
+    if (S_ISDIR(status.st_mode)) refuse(path, EISDIR);
 }
 
 ScriptSource::ScriptSource(int descriptor, std::string name, std::string text)
@@ -69,7 +78,8 @@ bool ScriptSource::nextLine(std::string& line) {
     while ((end = m_text.find('\n', searched)) == std::string::npos) {
         m_text.erase(0, std::exchange(m_position, 0));
         searched = m_text.size();
-        if (searched > kMaxLine) throw ToolError("Sqlcmd: '" + m_name + "': a line is longer than 256 MB.");
+        if (searched > kMaxLine)
+            throw ToolError("Sqlcmd: " + shownName(m_name) + ": a line is longer than 256 MB.");
         if (!readMore()) break;
     }
     if (end == std::string::npos && m_position == m_text.size()) return false;
@@ -86,7 +96,7 @@ bool ScriptSource::readMore() {
     ssize_t count;
     do count = read(m_descriptor, m_raw.data() + before, kPiece);
     while (count < 0 && errno == EINTR);
-    if (count < 0) throw ToolError("Sqlcmd: '" + m_name + "': " + std::strerror(errno) + ".");
+    if (count < 0) throw ToolError("Sqlcmd: " + shownName(m_name) + ": " + std::strerror(errno) + ".");
     m_raw.resize(before + static_cast<std::size_t>(count));
     if (count == 0) close(std::exchange(m_descriptor, -1));
     recogniseByteOrderMark();

@@ -42,7 +42,7 @@ class ScriptSource {
     int m_lineNumber = 0;
 };
 
-// Throws ToolError unless the file can be opened for reading.
+// Throws ToolError unless the file is there, may be read and is no folder.
 void requireReadable(const std::string& path);
 
 }  // namespace sqlcmd

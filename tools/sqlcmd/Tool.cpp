@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 
 #include "Text.h"
 
@@ -22,10 +23,21 @@ int exitValue(const std::string& text) {
     return error == std::errc{} && stop == end ? value : kBadExitValue;
 }
 
+// Opening the output empties it.
+void requireOther(const std::string& input, const std::string& output) {
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(input, ignored) &&
+        std::filesystem::equivalent(input, output, ignored))
+        throw ToolError("Sqlcmd: Error: '" + output + "' is both the input and the output file.");
+}
+
 }  // namespace
 
 int Tool::run() {
-    for (const std::string& file : m_options.inputFiles) requireReadable(file);
+    for (const std::string& file : m_options.inputFiles) {
+        requireReadable(file);
+        requireOther(file, m_options.outputFile);
+    }
     setVariables();
     Output output(m_options.outputFile, m_options.unicodeOutput);
     try {
@@ -81,7 +93,10 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
         case Step::Kind::Batch:
             return runBatch(runner, output, step);
         case Step::Kind::ExitQuery:
-            runExitQuery(runner, step);
+            if (step.on)
+                runExitQuery(runner, step);
+            else
+                runBatch(runner, output, step);
             return false;
         case Step::Kind::Xml:
             m_xml = step.on;
@@ -111,7 +126,6 @@ bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
 }
 
 void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
-    if (trimmed(step.text).empty()) return;
     std::string value;
     const int severity = runner.run(step.text, {m_xml, &value});
     if (!value.empty())

@@ -1,4 +1,6 @@
 // sqlcmd: runs T-SQL scripts through ODBC and prints what they give, as SQL Server's own tool does.
+#include <fcntl.h>
+
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -9,6 +11,13 @@
 namespace {
 
 constexpr const char* kVersion = "sqlcmd " SQLCMD_VERSION " (ODBC)\n";
+
+// The next file or socket would take the number of a standard stream that the caller has closed. What takes
+// it here cannot be used in the stream's direction, so that reading and writing fail.
+void occupyClosedStreams() {
+    for (const int stream : {0, 1, 2})
+        if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY);
+}
 
 int run(int argc, char** argv) {
     sqlcmd::Options options = sqlcmd::parseOptions(argc, argv);
@@ -28,6 +37,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    occupyClosedStreams();
     std::signal(SIGPIPE, SIG_IGN);        // a reader that is gone is an error of writing
     std::setlocale(LC_CTYPE, "C.UTF-8");  // the encoding in which drivers hand over text
     try {
