@@ -12,7 +12,7 @@ install(FILES tools/tscript/tscript.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/ba
   COMPONENT tools RENAME tscript)
 install(DIRECTORY include/DVUtilities DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
-install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT library)
 install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools
   FILES_MATCHING PATTERN "*.md" PATTERN man EXCLUDE)
@@ -23,6 +23,8 @@ configure_package_config_file(cmake/DVUtilitiesConfig.cmake.in "${CMAKE_BINARY_D
   INSTALL_DESTINATION ${dvu_config_dir})
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/DVUtilitiesConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
+file(RELATIVE_PATH DVU_PREFIX_FROM_PC  # the libraries' folder may be one deeper, as in lib/x86_64-linux-gnu
+  "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/DVUtilities.pc.in "${CMAKE_BINARY_DIR}/DVUtilities.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/DVUtilitiesConfig.cmake" "${CMAKE_BINARY_DIR}/DVUtilitiesConfigVersion.cmake"
   DESTINATION ${dvu_config_dir} COMPONENT development)
