@@ -7,7 +7,6 @@ cd "$(dirname "$0")/.."
 seconds=${1:-30}
 [[ $# -le 1 && $seconds =~ ^[1-9][0-9]*$ ]] || { echo "usage: scripts/fuzz.sh [SECONDS]" >&2; exit 2; }
 
-scripts/setup.sh fuzz
 scripts/build.sh fuzz
 findings=$PWD/build-fuzz/findings
 mkdir -p "$findings"

@@ -4,6 +4,7 @@
 #   scripts/setup.sh        for the build, the tests and the demo
 #   scripts/setup.sh docs   what the API reference and the man pages are made with, as well
 #   scripts/setup.sh fuzz   what the fuzz targets are built with, as well
+#   scripts/setup.sh tidy   what the tidy preset looks with, as well
 set -euo pipefail
 
 packages=(
@@ -20,7 +21,8 @@ case "${1-}" in
   "") ;;
   docs) packages+=(doxygen groff-base) ;;
   fuzz) packages+=(clang libclang-rt-dev llvm) ;;
-  *) echo "usage: scripts/setup.sh [docs | fuzz]" >&2; exit 2 ;;
+  tidy) packages+=(clang-tidy) ;;
+  *) echo "usage: scripts/setup.sh [docs | fuzz | tidy]" >&2; exit 2 ;;
 esac
 
 missing=()
