@@ -86,6 +86,18 @@ TEST(Script, IsReadFromSeveralFilesAndFromANamedPipe) {
               "p\n");
 }
 
+TEST(Script, ShowsAMessageWhileItsBatchGoesOn) {
+    const support::TsqlBox server;
+    const support::TempDir folder;
+    EXPECT_EQ(
+        inShell(server,
+                "mkfifo p; \"$@\" -Q \"RAISERROR('now', 0, 1) WITH NOWAIT WAITFOR DELAY '00:10'\" > p & "
+                "read line < p; kill $!; echo \"$line\"",
+                folder.path())
+            .output,
+        "now\n");
+}
+
 // Else the socket to the server would stand in its place.
 TEST(Script, OfAClosedStandardInputCannotBeRead) {
     const support::TsqlBox server;

@@ -31,6 +31,7 @@ int BatchRunner::run(const std::string& batch, const ResultMode& mode) {
     bool more = report(statement, code);
     while (more) {
         if (code != SQL_ERROR) printResult(statement, mode);
+        m_output.flush();  // the server may take its time for what follows
         code = statement.nextResult();
         more = report(statement, code) && code != SQL_NO_DATA;
     }
