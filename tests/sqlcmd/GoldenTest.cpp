@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "TempDir.h"
+#include "TerminalProgram.h"
 #include "TsqlBox.h"
 
 namespace {
@@ -96,6 +97,17 @@ TEST(Script, ShowsAMessageWhileItsBatchGoesOn) {
                 folder.path())
             .output,
         "now\n");
+}
+
+TEST(Terminal, IsAskedForThePassword) {
+    const support::TsqlBox server;
+    support::TerminalProgram program(
+        {SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-Q", "PRINT 'in'"}, {});
+    ASSERT_TRUE(program.shows("Password: ")) << program.screen();
+    program.type(server.password() + "\n");
+    EXPECT_EQ(program.end(), 0);
+    EXPECT_TRUE(program.screen().ends_with("in\r\n")) << program.screen();
+    EXPECT_EQ(program.screen().find(server.password()), std::string::npos);
 }
 
 // Else the socket to the server would stand in its place.

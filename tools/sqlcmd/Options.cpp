@@ -1,5 +1,7 @@
 #include "Options.h"
 
+#include <unistd.h>
+
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -228,6 +230,15 @@ void takePasswordFromEnvironment(Options& options) {
     unsetenv("SQLCMDPASSWORD");
 }
 
+// Whoever sits at a terminal is asked; a program that gives no password has none.
+void askForPassword(Options& options) {
+    if (options.trusted || options.hasPassword || isatty(STDIN_FILENO) == 0) return;
+    if (char* answer = getpass("Password: ")) {
+        options.password = answer;
+        overwrite(answer);
+    }
+}
+
 void refuseContradictions(const Options& options, bool userGiven) {
     if (options.trusted && (userGiven || options.hasPassword))
         throw UsageError("The -E and the -U/-P options are mutually exclusive.");
@@ -250,6 +261,7 @@ Options parseOptions(int argc, char** argv) {
     takePasswordFromEnvironment(options);
     if (options.user.empty() && !options.trusted) options.user = userOfEnvironment;
     options.trusted = options.user.empty();
+    if (options.action == Options::Action::Run) askForPassword(options);
     return options;
 }
 

@@ -60,8 +60,8 @@ struct Options {
 };
 
 // Reads the arguments and the SQLCMD... defaults of the environment. The bytes of a password are overwritten
-// in argv and in the environment, so that neither a process list nor a child sees them.
-// Throws UsageError.
+// in argv and in the environment, so that neither a process list nor a child sees them. Asks for a password
+// that is missing at a terminal. Throws UsageError.
 Options parseOptions(int argc, char** argv);
 
 std::string usageText();
