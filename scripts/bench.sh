@@ -2,6 +2,6 @@
 # Builds the benchmarks into build-bench/ and runs them (docs/measuring.md).
 #   scripts/bench.sh [--quick] [--no-big-process] [--rounds N] [ROW...]
 set -euo pipefail
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 scripts/build.sh bench
 exec build-bench/bin/dvu_bench "$@"

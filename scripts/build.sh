@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything into build/ (build/lib, build/bin). Argument: a preset, "release" by default.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 preset=${1:-release}
 case "$preset" in
   fuzz | tidy) scripts/setup.sh "$preset" ;;

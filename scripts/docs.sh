@@ -2,7 +2,7 @@
 # Builds the API reference of the exported headers into build/docs/html and looks at the man pages; any warning
 # is a failure.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 scripts/setup.sh docs
 
 mkdir -p build/docs

@@ -3,7 +3,7 @@
 # seeds taught it. Ends with 1 at a finding; the input stands in build-fuzz/findings/ and is run again by
 #   build-fuzz/bin/fuzz_NAME FILE
 set -euo pipefail
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 seconds=${1:-30}
 [[ $# -le 1 && $seconds =~ ^[1-9][0-9]*$ ]] || { echo "usage: scripts/fuzz.sh [SECONDS]" >&2; exit 2; }
 

@@ -3,7 +3,7 @@
 #   scripts/test.sh               the release build
 #   scripts/test.sh --sanitizers  the same tests under the address, undefined-behaviour and thread sanitizers
 set -euo pipefail
-cd "$(dirname "$0")/.."
+CDPATH='' cd "$(dirname "$0")/.."
 
 presets=(release)
 case "${1-}" in
