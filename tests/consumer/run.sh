@@ -20,8 +20,7 @@ cmake --build "$work/consumer"
 
 # pkg-config's flags are enough to compile, link and start a program; without arguments it says how it is called.
 flags=$(PKG_CONFIG_PATH="$library/pkgconfig" pkg-config --cflags --libs DVUtilities)
-# shellcheck disable=SC2086
-c++ -std=c++17 "$source"/*.cpp $flags -Wl,-rpath,"$library" -o "$work/by-pkg-config"
+eval "c++ -std=c++17 \"\$source\"/*.cpp $flags -Wl,-rpath,\"\$library\" -o \"\$work/by-pkg-config\""
 "$work/by-pkg-config" 2>/dev/null && exit 1 || [[ $? -eq 2 ]]
 
 "$work/prefix/bin/tscript" sandbox --dir "$work/site" up >/dev/null

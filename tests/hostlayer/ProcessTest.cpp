@@ -133,8 +133,8 @@ bool isGone(const std::string& pidFile) {
 TEST_F(Process, ATimeOutEndsTheWholeGroup) {
     const std::string pids = m_store.folder / "pid";
     for (const std::string& trap : {std::string(), std::string("trap '' TERM;")}) {
-        const Outcome result = run(script("slow", trap + "sh -c '" + trap + "echo $$ > " + pids +
-                                                      "; while :; do sleep 1; done' & wait"),
+        const Outcome result = run(script("slow", trap + "sh -c '" + trap + "echo $$ > \"" + pids +
+                                                      "\"; while :; do sleep 1; done' & wait"),
                                    "slow", 300);
         EXPECT_TRUE(result.isStarted);
         EXPECT_FALSE(result.isEnded);
@@ -147,7 +147,7 @@ TEST_F(Process, DoesNotWaitForWhatTheChildLeavesBehind) {
     const std::string pids = m_store.folder / "pid";
     const auto before = std::chrono::steady_clock::now();
     const Outcome result =
-        run(script("parent", "sleep 60 & echo $! > " + pids + "; echo said >&2"), "parent");
+        run(script("parent", "sleep 60 & echo $! > \"" + pids + "\"; echo said >&2"), "parent");
     EXPECT_EQ(result.error, "said\n");
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(30));
     ::kill(std::stoi(support::readFile(pids)), SIGKILL);
@@ -161,7 +161,7 @@ TEST_F(Process, TheChildSeesNothingOfTheHostProgram) {
     ::sigaddset(&blocked, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
     ::signal(SIGPIPE, SIG_IGN);
-    const std::string list = m_store.folder / "descriptors";
+    const std::string list = "\"" + (m_store.folder / "descriptors").string() + "\"";
     const Outcome result = run(
         script("look",
                "ls /proc/$$/fd >" + list + "; grep -vxE '1[01]' " + list +
@@ -191,8 +191,8 @@ TEST_F(Process, AnAbandonedChildIsWaitedFor) {
     {
         VtProcess process;
         char error[64];
-        ASSERT_TRUE(
-            process.Start(script("late", "sleep 0.2; echo x > " + file).c_str(), "late", error, 64, 0));
+        ASSERT_TRUE(process.Start(script("late", "sleep 0.2; echo x > \"" + file + "\"").c_str(), "late",
+                                  error, 64, 0));
         EXPECT_FALSE(process.Start("/bin/true", "true", error, 64, 0));
     }
     EXPECT_TRUE(std::filesystem::exists(file));

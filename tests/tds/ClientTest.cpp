@@ -331,8 +331,9 @@ TEST_F(ClientTest, CommandLineToolsShowRowsAndErrors) {
         EXPECT_NE(result.output.find("zwei"), std::string::npos) << result.output;
         EXPECT_NE(result.errors.find("Invalid object name 'Nowhere'."), std::string::npos) << result.errors;
     }
-    const ProgramResult result = runProgram({"isql", "-k", box().odbcConnectionString(), "-b"},
-                                            {"SELECT 'drei' AS three\n", {}, {}, std::chrono::minutes(1)});
+    const ProgramResult result =
+        runProgram({"isql", "-k", box().odbcConnectionString(), "-b"},
+                   {"SELECT 'drei' AS three\n", {}, {"HOME=/"}, std::chrono::minutes(1)});
     EXPECT_NE(result.output.find("drei"), std::string::npos) << result.output;
 }
 
