@@ -27,15 +27,25 @@ std::vector<std::string> namesBelow(const fs::path& path) {
 
 class Faults : public Installation {
   protected:
-    // In a process whose files cannot grow beyond 32 KiB: writing fails as it does on a full disk.
-    ProgramResult runWithSmallFiles(const Words& words) const {
-        std::string shell = "ulimit -f 64; exec " + inQuotes(TSCRIPT_PROGRAM);
+    // In the process of a shell that has run this command.
+    ProgramResult runAfter(const std::string& command, const Words& words) const {
+        std::string shell = command + "; exec " + inQuotes(TSCRIPT_PROGRAM);
         for (const std::string& word : words) shell += " " + inQuotes(word);
         support::ProgramOptions options;
         options.environment = {storeVariable()};
         return support::runProgram({"sh", "-c", shell}, options);
     }
+
+    // In a process whose files cannot grow beyond 32 KiB: writing fails as it does on a full disk.
+    ProgramResult runWithSmallFiles(const Words& words) const { return runAfter("ulimit -f 64", words); }
 };
+
+TEST_F(Faults, WhatIsForAClosedStreamStandsInNoLog) {
+    pack("Spoken", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'a result'\n");
+    const ProgramResult result = runAfter("exec >&-", {"run", "Spoken"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.errors.find("standard output cannot be written"), std::string::npos) << result.errors;
+}
 
 // A result, a package or a key for which there is no room leaves no part of itself, and what stood there
 // stays.

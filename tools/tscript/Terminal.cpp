@@ -1,5 +1,6 @@
 #include "Terminal.h"
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -15,6 +16,11 @@ std::string_view setting(const char* name) {
 }
 
 }  // namespace
+
+void occupyClosedStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
 
 bool isTerminal(int fd) {
     return isatty(fd) == 1;

@@ -3,6 +3,10 @@
 
 #include <cstddef>
 
+// The next file or socket would take the number of a standard stream that the caller has closed, and results
+// would stand in a log. What takes it instead cannot be used in the stream's direction.
+void occupyClosedStreams();
+
 bool isTerminal(int fd);
 // A terminal on which colour and moving text are welcome: TERM is set and not "dumb", NO_COLOR is unset or
 // empty.

@@ -10,6 +10,7 @@
 #include "Confirmation.h"
 #include "Console.h"
 #include "Suggestion.h"
+#include "Terminal.h"
 
 namespace {
 
@@ -72,6 +73,7 @@ int runTool(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    occupyClosedStreams();
     std::setlocale(LC_CTYPE, "C.UTF-8");  // what is UTF-8, and how wide; nothing else follows the locale
     signal(SIGXFSZ, SIG_IGN);             // a limit of file sizes then fails a write, as a full disk does
     try {
