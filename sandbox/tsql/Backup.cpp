@@ -227,7 +227,9 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     if (from.empty()) throw sqlError(911, {database});
     if (from == "tempdb") throw sqlError(3147, {from});
     BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
-    if (std::error_code error; fs::is_regular_file(file, error) && !fs::is_empty(file)) {
+    std::error_code ignored;
+    if (fs::is_other(file, ignored)) cannotOpen(file, EINVAL);  // the backup would take the device's place
+    if (fs::is_regular_file(file, ignored) && !fs::is_empty(file)) {
         const Stream old = openStream(file, "rbe");
         if (!isBackup(old.get())) throw sqlError(3242, {file.string()});
     }

@@ -110,6 +110,9 @@ TEST_F(StorageTest, DamagedOrForeignBackupsChangeNothing) {
     EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder / "absent"); }), 3201);
     EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder); }), 3201);
     EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", m_folder / "no" / "b.bak"); }), 3201);
+    ASSERT_EQ(::mkfifo((m_folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", m_folder / "pipe"); }), 3201);
+    EXPECT_TRUE(fs::is_fifo(m_folder / "pipe"));
     EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "nope", file); }), 911);
     EXPECT_EQ(m_storage->databases().size(), 5u);
     EXPECT_NO_THROW(run("shop", "INSERT INTO t VALUES (1)"));
