@@ -12,7 +12,8 @@
 namespace tsql {
 namespace {
 
-constexpr std::size_t kLongest = 8000;  // that SPACE and STR give
+constexpr std::size_t kLongest = 8000;            // that SPACE and STR give
+constexpr std::int64_t kMostOfMax = 100'000'000;  // that grows at once, where SQL Server goes on to 2 GB
 
 // --- what they give
 
@@ -123,11 +124,14 @@ Value runRight(const Call& call) {
 Value runReplace(const Call& call) {
     const std::string_view text = call.text(0), part = call.text(1);
     const std::size_t partLength = characterCount(part);
+    const bool bounded = call.resultType().length != SqlType::kMax;
     std::string result;
     std::size_t from = 0;
     for (std::size_t at; (at = findText(text, part, from)) != std::string_view::npos;) {
         result.append(text.substr(from, at - from)).append(call.text(2));
         from = at + byteOffset(text.substr(at), partLength);  // case pairs may differ in bytes
+        if (!bounded && std::ssize(result) > kMostOfMax)
+            throw unsupported("REPLACE beyond 100,000,000 bytes");
     }
     return fitted(result.append(text.substr(from)), call.resultType());
 }
@@ -183,7 +187,6 @@ Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
 
 // (text, count, result type)
 Value runReplicate(const Call& call) {
-    constexpr std::int64_t kMostOfMax = 100'000'000;  // where SQL Server goes on to 2 GB
     const int length = call.resultType().length;
     const auto characters = static_cast<std::int64_t>(characterCount(call.text(0)));
     if (length == SqlType::kMax && characters > 0 && call.integer(1) > kMostOfMax / characters)
