@@ -1,4 +1,5 @@
 #include <malloc.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 #include <exception>
@@ -22,6 +23,7 @@ void serve(const server::Options& options) {
 
 int main(int argc, char** argv) {
     mallopt(M_MMAP_THRESHOLD, 256 << 10);  // what a big request took is given back with it
+    ::umask(S_IRWXG | S_IRWXO);            // the databases are private in whatever folder they stand
     server::blockStopSignals();
     const server::Options options = server::parseOptions(argc, argv);
     try {

@@ -95,6 +95,7 @@ TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
     for (const char* file : {"registry.toml", "cipher.key", "password"})
         EXPECT_EQ(modeOf(folder / file), 0600U);
     for (const char* sub : {"", "data", "logs", "temp", "Scripts"}) EXPECT_EQ(modeOf(folder / sub), 0700U);
+    EXPECT_EQ(modeOf(folder / "data" / "dorvas.db"), 0600U);
     EXPECT_EQ(run({"run", "SiteInventory"}).exitCode, 0);
     const pid_t server = serverOf(folder);
     expectAll({{{"sandbox", "up", "--dir", folder}, 0, "export", "(process " + std::to_string(server) + ")"},
@@ -104,6 +105,11 @@ TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
                {{"sandbox", "status", "--dir", folder}, 0, "running on", ""}});
     EXPECT_NE(journal("SiteInventory").find("1||"), std::string::npos);
     EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    const support::TempDir temp;
+    const fs::path foreign = temp / "foreign";
+    fs::create_directory(foreign);
+    if (chown(foreign.c_str(), 65534, 65534) == 0)  // which root alone may do
+        expectAll({{{"sandbox", "up", "--dir", foreign}, 3, "", "belongs to another user"}});
 }
 
 TEST_F(Installation, SaysWhatIsWrongWithAnInstallation) {

@@ -49,6 +49,9 @@ void makePrivateFolder(const fs::path& path) {
     std::error_code error;
     fs::create_directories(path.parent_path(), error);
     if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) fail(path, std::strerror(errno));
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) fail(path, std::strerror(errno));
+    if (status.st_uid != geteuid()) fail(path, "it belongs to another user, who could put links into it");
     if (chmod(path.c_str(), 0700) != 0) fail(path, std::strerror(errno));
 }
 
