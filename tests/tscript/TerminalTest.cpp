@@ -130,13 +130,14 @@ std::size_t columnsOf(const std::string& line) {
 TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
     pack("ALongNameOfAScriptThatMustBeCut",
          "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:01'\nPRINT '%s'\n");
-    const Words slow = {"run", "ALongNameOfAScriptThatMustBeCut", "-p", "Zürich"};
+    const Words slow = {"run", "ALongNameOfAScriptThatMustBeCut", "-p", "Zürich\x1b]0;\x07"};
     const Words listings[] = {{"journal"}, {"catalogue"}};
     for (const Words& kind : {kLively, kDumb, kColourless}) {
         TerminalProgram program = terminal(slow, 40, kind);
         EXPECT_EQ(program.end(), 0);
         const bool moves = program.screen().find("running in the database") != std::string::npos;
         EXPECT_EQ(moves, kind == kLively) << program.screen();
+        EXPECT_NE(program.screen().find("Zürich ]0; "), std::string::npos) << program.screen();
     }
     for (const Words& kind : {kLively, kDumb, kColourless}) {
         for (const int columns : {20, 40, 80, 110}) {

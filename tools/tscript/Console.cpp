@@ -10,10 +10,12 @@
 #include "Confirmation.h"
 #include "Outcome.h"
 #include "Terminal.h"
+#include "TextWidth.h"
 
 namespace {
 
 constexpr char kControlC = '\x03';
+constexpr std::string_view kLayout = "\n\t";  // the control characters that a terminal is given
 
 std::FILE* const g_results = stdout;
 
@@ -84,6 +86,10 @@ std::FILE* resultStream() {
 }
 
 void writeResult(std::string_view text) {
+    isTerminal(STDOUT_FILENO) ? writePainted(cleaned(text, kLayout)) : writePainted(text);
+}
+
+void writePainted(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), g_results);
     if (!text.empty() && text.back() != '\n') std::fputc('\n', g_results);
 }
@@ -91,5 +97,7 @@ void writeResult(std::string_view text) {
 void writeNote(const std::string& text) {
     const std::size_t begin = std::min(text.find_first_not_of('\n'), text.size());
     const std::size_t end = text.find_last_not_of('\n') + 1;
-    if (begin < end) std::fprintf(stderr, "%s\n", text.substr(begin, end - begin).c_str());
+    if (begin >= end) return;
+    const std::string note = text.substr(begin, end - begin);
+    std::fprintf(stderr, "%s\n", (isTerminal(STDERR_FILENO) ? cleaned(note, kLayout) : note).c_str());
 }

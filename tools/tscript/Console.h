@@ -16,7 +16,10 @@ Secret readSecret(const std::string& prompt, std::size_t maximum);
 void separateResults();
 std::FILE* resultStream();
 
-// A result, on standard output, with a line break at its end.
+// A result, on standard output, with a line break at its end. What scripts and databases hold must not give a
+// terminal orders: there it is cleaned, but for line breaks and tabs.
 void writeResult(std::string_view text);
+// The same for a text whose colours are ours.
+void writePainted(std::string_view text);
 // A text about the work, on standard error, without the line breaks around it.
 void writeNote(const std::string& text);

@@ -43,7 +43,7 @@ void Listing::writePage(const std::vector<Cells>& page) {
         } else {
             std::string line;
             for (const Cell& cell : row) line += (&cell == &row.front() ? "" : "\t") + cell.text;
-            writeResult(line + '\n');
+            writePainted(line + '\n');
         }
     }
 }
@@ -81,7 +81,7 @@ void Listing::writeAligned(const Cells& row, bool heading) const {
         line += heading && m_lively ? kBold + text + kPlain : painted(row[i], text);
         if (i + 1 < row.size()) line += blanks(m_widths[i] - widthOf(text) + kGap);
     }
-    writeResult(line + '\n');
+    writePainted(line + '\n');
 }
 
 void Listing::writeUpright(const Cells& row) const {
@@ -91,7 +91,7 @@ void Listing::writeUpright(const Cells& row) const {
     for (std::size_t i = 0; i < row.size(); ++i) {
         const std::string title = m_columns[i].title;
         const std::string text = fitted(row[i].text, room);
-        writeResult(title + blanks(widest - title.size() + kGap) + painted(row[i], text) + '\n');
+        writePainted(title + blanks(widest - title.size() + kGap) + painted(row[i], text) + '\n');
     }
     writeResult("\n");
 }

@@ -48,11 +48,12 @@ bool isUtf8(std::string_view text) {
     return true;
 }
 
-std::string cleaned(std::string_view text) {
+std::string cleaned(std::string_view text, std::string_view kept) {
     std::string clean;
     for (std::size_t at = 0; at < text.size();) {
         const Glyph glyph = glyphAt(text.substr(at));
-        clean += glyph.control ? std::string_view(" ") : text.substr(at, glyph.bytes);
+        const bool stays = !glyph.control || kept.find(text[at]) != std::string_view::npos;
+        clean += stays ? text.substr(at, glyph.bytes) : std::string_view(" ");
         at += glyph.bytes;
     }
     return clean;

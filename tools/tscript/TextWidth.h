@@ -6,8 +6,8 @@
 #include <string_view>
 
 bool isUtf8(std::string_view text);
-// Control characters, and bytes that are no UTF-8, become blanks.
-std::string cleaned(std::string_view text);
+// Control characters but for those kept, and bytes that are no UTF-8, become blanks.
+std::string cleaned(std::string_view text, std::string_view kept = {});
 std::size_t widthOf(std::string_view text);  // in columns
 // The text, cut and ended by "…" where it is wider. `width` is at least 1.
 std::string fitted(const std::string& text, std::size_t width);
