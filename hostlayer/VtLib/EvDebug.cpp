@@ -15,6 +15,7 @@
 #include <new>
 #include <string_view>
 
+#include "Descriptor.h"
 #include "Store.h"
 #include "VTPI.h"
 
@@ -29,10 +30,12 @@ constexpr int kErrors = 1;
 constexpr int kWarnings = 2;
 constexpr int kDefaultLevel = 3;
 
-// The log folder may be one that everybody writes to: nobody's link or device is opened as the log.
-void refuseForeignFile(const std::string& path) {
+// The log folder may be one that everybody writes to: nobody's link or device is opened as the log, and a new
+// one is made here, for the open that follows would leave it to all for a moment.
+void makeOrRefuse(const std::string& path) {
+    const hostlayer::Descriptor made(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kLogMode));
     struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0) return;  // made by the open that follows
+    if (made || ::lstat(path.c_str(), &status) != 0) return;
     if (!S_ISREG(status.st_mode) || (status.st_uid != ::geteuid() && status.st_uid != 0))
         throw spdlog::spdlog_ex("not a regular file of this user: " + path);
 }
@@ -44,7 +47,7 @@ void setUpOpened(std::FILE* file) {
 
 std::shared_ptr<spdlog::logger> openLogger(const std::string& path, bool buffered) {
     spdlog::file_event_handlers handlers;
-    handlers.before_open = refuseForeignFile;
+    handlers.before_open = makeOrRefuse;
     handlers.after_open = [](const std::string&, std::FILE* file) { setUpOpened(file); };
     auto sink =
         std::make_shared<spdlog::sinks::rotating_file_sink_mt>(path, kFileBytes, kKeptFiles, false, handlers);
