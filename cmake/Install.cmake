@@ -1,6 +1,11 @@
 # cmake --install, the CMake package and pkg-config file for consumers, and Debian packages (cpack -G DEB).
 include(CMakePackageConfigHelpers)
 
+# Whatever umask it is installed or packed under, the folders made are writable for the owner alone.
+set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+    WORLD_READ WORLD_EXECUTE)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS})
+
 install(TARGETS DVUtilities EXPORT DVUtilitiesTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 install(TARGETS VtLib VoUtils VtSimpleDB EXPORT DVUtilitiesTargets
