@@ -19,3 +19,4 @@ if(DVU_SANITIZE)
   add_compile_options(-fsanitize=${DVU_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${DVU_SANITIZE})
 endif()
+add_link_options(LINKER:-z,relro,-z,now)  # no table of functions can be written to once a program runs
