@@ -14,6 +14,8 @@
 namespace tsql {
 namespace {
 
+constexpr std::size_t kMostTextBytes = 1'000'000'000;  // that SQLite takes
+
 struct Gathered {
     std::int64_t count = 0;
     Int128 sum = 0;      // of numbers as they are scaled
@@ -24,6 +26,7 @@ struct Gathered {
         std::vector<Value> keys;
     };
     std::vector<Part> parts;         // of STRING_AGG
+    std::size_t bytes = 0;           // of their texts
     std::vector<bool> descending{};  // its keys
     std::int64_t longest = 0;        // its result, in characters
 };
@@ -71,6 +74,8 @@ void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
     auto& part = gathered.parts.emplace_back();
     part.text = std::get<std::string_view>(arguments[0]);
     part.separator = std::get<std::string_view>(arguments[1]);
+    gathered.bytes += part.text.size() + part.separator.size();
+    if (gathered.bytes > kMostTextBytes) throw unsupported("STRING_AGG beyond 1,000,000,000 bytes");
     gathered.descending.clear();
     gathered.longest = std::get<std::int64_t>(arguments[2]);
     for (std::size_t i = 3; i + 1 < arguments.size(); i += 2) {
