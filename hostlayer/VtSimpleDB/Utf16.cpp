@@ -1,43 +1,53 @@
 #include "Utf16.h"
 
-#include <iconv.h>
-
-#include <bit>
+#include <algorithm>
+#include <cwchar>
+#include <locale>
 
 namespace hostlayer {
 namespace {
 
-constexpr const char* kUtf16 = std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
+// The standard library's own tables: nothing is loaded for a conversion, and no locale has a say.
+struct Converter : std::codecvt<char16_t, char8_t, std::mbstate_t> {
+    ~Converter() override = default;
+};
 
-// Converts what there is room for; `from` and `to` become what is left of both.
-void convert(const char* fromCode, std::string_view& from, const char* toCode, char* to, std::size_t& room) {
-    const iconv_t converter = ::iconv_open(toCode, fromCode);
-    if (converter == iconv_t(-1)) return;
-    char* next = const_cast<char*>(from.data());
-    std::size_t left = from.size();
-    ::iconv(converter, &next, &left, &to, &room);
-    ::iconv_close(converter);
-    from.remove_prefix(from.size() - left);
+const char8_t* octets(std::string_view utf8) {
+    return reinterpret_cast<const char8_t*>(utf8.data());
+}
+
+// Halves of a pair that are written as characters of their own, which the converter would let pass.
+std::size_t firstSurrogate(std::string_view utf8) {
+    const auto found = std::adjacent_find(utf8.begin(), utf8.end(), [](char lead, char next) {
+        return lead == '\xED' && static_cast<unsigned char>(next) >= 0xA0;
+    });
+    return static_cast<std::size_t>(found - utf8.begin());
 }
 
 }  // namespace
 
 std::size_t toUtf16(std::string_view utf8, std::u16string& wide) {
     wide.resize(utf8.size());  // no character has more units than bytes
-    std::string_view rest = utf8;
-    std::size_t room = wide.size() * sizeof(char16_t);
-    convert("UTF-8", rest, kUtf16, reinterpret_cast<char*>(wide.data()), room);
-    wide.resize(wide.size() - room / sizeof(char16_t));
-    return rest.empty() ? std::string_view::npos : utf8.size() - rest.size();
+    const char8_t* const begin = octets(utf8);
+    const char8_t* read = begin;
+    char16_t* written = wide.data();
+    std::mbstate_t state{};
+    Converter().in(state, begin, begin + firstSurrogate(utf8), read, wide.data(), wide.data() + wide.size(),
+                   written);
+    wide.resize(static_cast<std::size_t>(written - wide.data()));
+    const auto done = static_cast<std::size_t>(read - begin);
+    return done == utf8.size() ? std::string_view::npos : done;
 }
 
 std::string toUtf8(std::u16string_view wide) {
     constexpr std::size_t kMostBytes = 3;  // for one unit
     std::string utf8(kMostBytes * wide.size(), '\0');
-    std::string_view rest(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char16_t));
-    std::size_t room = utf8.size();
-    convert(kUtf16, rest, "UTF-8", utf8.data(), room);
-    utf8.resize(utf8.size() - room);
+    auto* const begin = reinterpret_cast<char8_t*>(utf8.data());
+    const char16_t* read = wide.data();
+    char8_t* written = begin;
+    std::mbstate_t state{};
+    Converter().out(state, wide.data(), wide.data() + wide.size(), read, begin, begin + utf8.size(), written);
+    utf8.resize(static_cast<std::size_t>(written - begin));
     return utf8;
 }
 
