@@ -18,5 +18,9 @@ set(DVU_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize= (
 if(DVU_SANITIZE)
   add_compile_options(-fsanitize=${DVU_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${DVU_SANITIZE})
+else()
+  # An overrun ends the program instead of running what stands behind it. The second needs optimisation.
+  add_compile_options(-fstack-protector-strong -fstack-clash-protection
+    "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 endif()
 add_link_options(LINKER:-z,relro,-z,now)  # no table of functions can be written to once a program runs
