@@ -45,7 +45,7 @@ INSERT u VALUES (1, 0.5, NEWID(), 0x01))");
     }
 
     void run(std::string_view end, std::string_view batch) {
-        tsql::Session session(m_engine, "sa", "master", 51);
+        tsql::Session session(m_engine, {"sa"}, "master", 51);
         Sink sink;
         session.runBatch("BEGIN TRANSACTION", sink);
         if (session.runBatch(batch, sink)) session.runBatch(end, sink);

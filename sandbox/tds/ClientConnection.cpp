@@ -122,7 +122,7 @@ std::optional<tsql::Message> ClientConnection::refusalOf(const Login& login) {
         return error(kIntegratedLoginFailed, 14,
                      "Login failed. Only logins with a name and a password are accepted here.");
     if (!m_settings.credentials.match(login.userName, login.password)) return loginFailed(login);
-    m_login = login.userName;
+    m_client = {login.userName, login.hostName, login.programName};
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
     if (m_engine.storage.exists(m_initialDatabase)) return std::nullopt;
     return error(
@@ -131,7 +131,7 @@ std::optional<tsql::Message> ClientConnection::refusalOf(const Login& login) {
 }
 
 void ClientConnection::greet(const Login& login) {
-    m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
+    m_session = std::make_unique<tsql::Session>(m_engine, m_client, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
     m_response.message(
@@ -195,7 +195,7 @@ void ClientConnection::resetSession(Request::Reset reset) {
     const bool keeps = reset == Request::Reset::AroundTransaction;
     if (!keeps || !m_session->resetAroundTransaction(m_initialDatabase)) {
         m_session.reset();
-        m_session = std::make_unique<tsql::Session>(m_engine, m_login, m_initialDatabase, m_sessionId);
+        m_session = std::make_unique<tsql::Session>(m_engine, m_client, m_initialDatabase, m_sessionId);
     }
     m_prepared = {};
     m_response.binaryChange(EnvChange::ResetAcknowledged);

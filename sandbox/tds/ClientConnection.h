@@ -50,7 +50,7 @@ class ClientConnection {
     int m_sessionId;
     PacketChannel m_channel;
     Response m_response;
-    std::string m_login;
+    tsql::Client m_client;
     std::string m_initialDatabase;
     std::unique_ptr<tsql::Session> m_session;
     PreparedStatements m_prepared;

@@ -95,10 +95,10 @@ Login parseLogin(ByteView request) {
     reader.skip(13);  // program version, process, connection, first option flags
     login.integrated = (reader.u8() & kIntegratedSecurity) != 0;
     reader.skip(10);  // type flags, third option flags, time zone, locale
-    field(reader);    // host
+    login.hostName = utf8FromUtf16(field(reader));
     login.userName = utf8FromUtf16(field(reader));
     login.password = clearPassword(field(reader));
-    field(reader);   // program
+    login.programName = utf8FromUtf16(field(reader));
     field(reader);   // server name
     reader.skip(4);  // feature extensions: none is acknowledged, so none is in force
     field(reader);   // client library

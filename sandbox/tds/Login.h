@@ -13,6 +13,8 @@ struct Login {
     Version version = Version::V74;
     std::size_t packetSize = 4096;
     bool integrated = false;  // a login without a password, by the operating system
+    std::string hostName;     // the client's, as it says
+    std::string programName;  // empty: it says none, as of its host
     std::string userName;
     std::string password;
     std::string database;  // empty: the server's choice

@@ -30,15 +30,15 @@ class FailingSink final : public ResultSink {
 
 Engine::Engine(const std::filesystem::path& dataDirectory) : storage(dataDirectory) {
     FailingSink sink;
-    Executor executor(*this, "sa", "msdb", 1);
+    Executor executor(*this, {"sa"}, "msdb", 1);
     executor.runBatch(kBackupSet, sink);
     // Each is looked at once, outside of a transaction; one that cannot be opened fails when it is used.
     for (const std::string& name : storage.databases())
         executor.runBatch("BEGIN TRY USE " + quotedName(name) + " END TRY BEGIN CATCH END CATCH", sink);
 }
 
-Session::Session(Engine& engine, std::string_view login, std::string_view database, int spid)
-    : m_executor(std::make_unique<Executor>(engine, login, database, spid)) {}
+Session::Session(Engine& engine, Client client, std::string_view database, int spid)
+    : m_executor(std::make_unique<Executor>(engine, std::move(client), database, spid)) {}
 
 Session::~Session() = default;
 

@@ -80,10 +80,17 @@ struct Engine {
 
 class Executor;
 
+// Whom a session serves, as HOST_NAME() and its kin tell it.
+struct Client {
+    std::string login;
+    std::string host = {};
+    std::string program = {};
+};
+
 // One client's session: current database, temporary tables, transaction, settings. One thread at a time.
 class Session {
   public:
-    Session(Engine& engine, std::string_view login, std::string_view database, int spid);
+    Session(Engine& engine, Client client, std::string_view database, int spid);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

@@ -41,10 +41,10 @@ bool isWithinTable(const ObjectInfo& foreignKey) {
 
 }  // namespace
 
-Executor::Executor(Engine& engine, std::string_view login, std::string_view database, int spid)
+Executor::Executor(Engine& engine, Client client, std::string_view database, int spid)
     : m_engine(engine),
       m_connection(engine.storage, [this] { return isCancelled(); }),
-      m_login(login),
+      m_client(std::move(client)),
       m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
     m_database = engine.storage.canonicalName(database);

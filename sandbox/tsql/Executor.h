@@ -85,7 +85,7 @@ Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(
 
 class Executor final : public NameResolver {
   public:
-    Executor(Engine& engine, std::string_view login, std::string_view database, int spid);
+    Executor(Engine& engine, Client client, std::string_view database, int spid);
     ~Executor() override;
 
     bool runBatch(std::string_view text, ResultSink& sink);
@@ -313,7 +313,7 @@ class Executor final : public NameResolver {
     Engine& m_engine;
     FunctionContext m_functions{this};
     Connection m_connection;
-    std::string m_login;
+    Client m_client;
     std::string m_database;
     int m_spid;
     ResultSink* m_sink = nullptr;

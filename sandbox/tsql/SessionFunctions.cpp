@@ -165,7 +165,10 @@ struct SessionFunctions {
             return fact == &Message::procedure && value.empty() ? Value(Null{}) : Value(value);
     }
 
-    static Value login(const Call& call) { return session(call).m_login; }
+    template <auto Client::*name>
+    static Value client(const Call& call) {
+        return session(call).m_client.*name;
+    }
     static Value owner(const Call&) { return std::string("dbo"); }
     static Value isMember(const Call&) { return std::int64_t{1}; }
 };
@@ -190,12 +193,12 @@ const FunctionInfo kFunctions[] = {
     {"current_user", "", kName, S::owner, kNulls, kVarying},
     {"session_user", "", kName, S::owner, kNulls, kVarying},
     {"user", "", kName, S::owner, kNulls, kVarying},
-    {"suser_sname", "[A", kName, S::login, kNulls, kVarying},
-    {"suser_name", "[A", kName, S::login, kNulls, kVarying},
-    {"system_user", "", kName, S::login, kNulls, kVarying},
-    {"original_login", "", kName, S::login, kNulls, kVarying},
-    {"host_name", "", kName, [](const Call&) -> Value { return hostName(); }, kNulls, kVarying},
-    {"app_name", "", kName, [](const Call&) -> Value { return "tsqlbox"; }, kNulls, kVarying},
+    {"suser_sname", "[A", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"suser_name", "[A", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"system_user", "", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"original_login", "", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"host_name", "", kName, S::client<&Client::host>, kNulls, kVarying},
+    {"app_name", "", kName, S::client<&Client::program>, kNulls, kVarying},
     {"serverproperty", "T", kName, S::serverProperty, kNulls, kVarying},
     {"databasepropertyex", "TT", kName, S::databaseProperty, kNulls, kVarying},
     {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},

@@ -33,7 +33,7 @@ TEST_P(Scripts, SayWhatTheyShould) {
     const fs::path script = fs::path(TSQL_SCRIPTS) / (GetParam() + ".sql");
     const support::TempDir directory;
     tsql::Engine engine(directory.path());
-    tsql::Session session(engine, "sa", "master", 51);
+    tsql::Session session(engine, {"sa"}, "master", 51);
     EXPECT_EQ(tsql::test::runScript(session, contentOf(script)),
               contentOf(fs::path(script).replace_extension(".out")));
 }

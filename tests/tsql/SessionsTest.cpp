@@ -22,8 +22,8 @@ class Sessions : public testing::Test {
 
     support::TempDir m_directory;
     tsql::Engine m_engine{m_directory.path()};
-    tsql::Session m_first{m_engine, "sa", "master", 51};
-    tsql::Session m_second{m_engine, "sa", "master", 52};
+    tsql::Session m_first{m_engine, {"sa"}, "master", 51};
+    tsql::Session m_second{m_engine, {"sa"}, "master", 52};
 };
 
 TEST_F(Sessions, HaveTheirOwnTemporaryTables) {
@@ -53,7 +53,7 @@ TEST_F(Sessions, WriteAtTheSameTime) {
     std::vector<std::thread> threads;
     for (int i = 0; i < kSessions; ++i)
         threads.emplace_back([&, i] {
-            tsql::Session session(m_engine, "sa", "master", 60 + i);
+            tsql::Session session(m_engine, {"sa"}, "master", 60 + i);
             const std::string insert = "SET NOCOUNT ON INSERT t (who) VALUES (" + std::to_string(i) + ")";
             for (int row = 0; row < kRows; ++row) EXPECT_EQ(runScript(session, insert), "GO\n");
         });
@@ -63,7 +63,7 @@ TEST_F(Sessions, WriteAtTheSameTime) {
 
 TEST_F(Sessions, KeepWhatIsCommittedAndNothingElse) {
     {
-        tsql::Session gone(m_engine, "sa", "master", 53);
+        tsql::Session gone(m_engine, {"sa"}, "master", 53);
         runScript(gone, "CREATE TABLE t (x int) INSERT t VALUES (1) BEGIN TRAN INSERT t VALUES (2)");
     }
     EXPECT_TRUE(has(first("SELECT COUNT(*) FROM t"), "\n1\n"));
@@ -92,7 +92,7 @@ TEST_F(Sessions, WaitForApplicationLocks) {
     waiting.join();
     EXPECT_EQ(waited, "1\nGO\n");
     {
-        tsql::Session gone(m_engine, "sa", "master", 53);
+        tsql::Session gone(m_engine, {"sa"}, "master", 53);
         EXPECT_EQ(
             runScript(gone, "BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Update' PRINT @r"),
             "0\nGO\n");
