@@ -80,7 +80,8 @@ Value checkedCell(Int128 number, const SqlType& type) {
 
 TypedValue numericLiteral(std::string_view text) {
     const SqlType type = typeOfNumber(text);
-    Value value = convertValue(text, varcharType(SqlType::kMax), type);
+    Value value = convertValue(text, varcharType(SqlType::kMax), type, kNoStyle, Conversion::Try);
+    if (isNull(value)) throw sqlError(type.id == TypeId::Float ? 168 : 1007, {text});
     const auto* integer = std::get_if<std::int64_t>(&value);
     const bool isInt = integer && type.id == TypeId::Decimal && *integer <= INT32_MAX &&
                        text.find('.') == std::string_view::npos;

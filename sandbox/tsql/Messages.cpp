@@ -51,6 +51,7 @@ constexpr std::string_view kMessages =
 155 15 1 '%s' is not a recognized %s option.
 164 15 1 Each GROUP BY expression must contain at least one column that is not an outer reference.
 166 15 1 'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name.
+168 15 1 The floating point value '%s' is out of the range of computer representation (8 bytes).
 169 15 1 A column has been specified more than once in the order by list. Columns in the order by list must be
     unique.
 174 15 1 The %s function requires %s argument(s).
