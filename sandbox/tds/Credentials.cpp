@@ -26,7 +26,7 @@ bool Credentials::match(std::string_view name, std::string_view password) const 
     m_turns.acquire();
     const bool same = crypto_pwhash_str_verify(m_hash.c_str(), password.data(), password.size()) == 0;
     m_turns.release();
-    return same && tsql::compareText(name, m_name) == 0;
+    return same && tsql::sameText(name, m_name);
 }
 
 }  // namespace tds

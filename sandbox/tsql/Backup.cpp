@@ -331,7 +331,7 @@ BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string
     if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
         throw sqlError(to == "master" ? 3108 : 3147, {to});
     checkMoves(header, movedNames, database);
-    const bool sameName = compareText(header.database, database) == 0;
+    const bool sameName = sameText(header.database, database);
     if (storage.exists(database) && !replace) throw sqlError(sameName ? 3159 : 3154, {database});
     if (!sameName && movedNames.empty() && storage.exists(header.database) &&
         storage.pathOf(header.database) == header.dataFile)

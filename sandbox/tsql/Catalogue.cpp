@@ -45,7 +45,7 @@ std::string listOf(const std::vector<std::string>& names) {
 
 const TableColumn* TableInfo::column(std::string_view columnName) const {
     const auto found = std::ranges::find_if(
-        columns, [&](const TableColumn& each) { return compareText(each.name, columnName) == 0; });
+        columns, [&](const TableColumn& each) { return sameText(each.name, columnName); });
     return found == columns.end() ? nullptr : &*found;
 }
 

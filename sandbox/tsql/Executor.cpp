@@ -36,7 +36,7 @@ bool contains(const std::array<int, N>& numbers, int number) {
 }
 
 bool isWithinTable(const ObjectInfo& foreignKey) {
-    return compareText(foreignKey.table, foreignKey.stored) == 0;
+    return sameText(foreignKey.table, foreignKey.stored);
 }
 
 }  // namespace
@@ -317,7 +317,7 @@ SqlError Executor::duplicateKey(std::string columns) {
     const std::string nulls = "@" + std::to_string(m_target.id) + std::string(kNullsSuffix) + "'";
     for (const auto& key : Catalogue(m_connection, m_target.database, m_target.schema).keysOf(m_target.id)) {
         if (!isUniqueKey(key) ||
-            (compareText(listOf(key.columns), columns) != 0 && columns != "index '" + key.name + nulls))
+            (!sameText(listOf(key.columns), columns) && columns != "index '" + key.name + nulls))
             continue;
         const std::string value = duplicateValue(key);
         if (key.type == objectType::kIndex) return sqlError(2601, {m_target.name, key.name, value});

@@ -25,15 +25,11 @@ std::string nameList(const std::vector<std::string>& names, const std::string& p
     return list;
 }
 
-bool isSame(const std::string& left, const std::string& right) {
-    return compareText(left, right) == 0;
-}
-
 // The identity is SQLite's own key already.
 bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     const TableColumn* identity = table.identityColumn();
     const bool isKey = key.type == objectType::kPrimaryKey || key.type == objectType::kUnique;
-    return isKey && (!identity || key.columns.size() > 1 || !isSame(identity->name, key.columns.front()));
+    return isKey && (!identity || key.columns.size() > 1 || !sameText(identity->name, key.columns.front()));
 }
 
 std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
@@ -56,7 +52,7 @@ std::string nullsOf(const TableInfo& table, const ObjectInfo& index) {
 
 const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name, bool isIndex) {
     const auto found = std::ranges::find_if(keys, [&](const ObjectInfo& key) {
-        return (key.type == objectType::kIndex) == isIndex && compareText(key.name, name) == 0;
+        return (key.type == objectType::kIndex) == isIndex && sameText(key.name, name);
     });
     return found == keys.end() ? nullptr : &*found;
 }
@@ -77,7 +73,7 @@ TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& crea
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
             for (const auto& name : constraint->columns)
-                column.nullable = column.nullable && compareText(name, column.name) != 0;
+                column.nullable = column.nullable && !sameText(name, column.name);
     column.nullable = definition.nullable.value_or(column.nullable);
     for (const auto& constraint : definition.constraints)
         if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
@@ -260,7 +256,7 @@ std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue,
     const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
         return implicit ? candidate.type == objectType::kPrimaryKey
                         : isUniqueKey(candidate) &&
-                              std::ranges::is_permutation(candidate.columns, columns, isSame);
+                              std::ranges::is_permutation(candidate.columns, columns, sameText);
     });
     if (fitting == candidates.end())
         throw implicit ? sqlError(1773, {key.name, key.stored}) : sqlError(1776, {key.stored, key.name});
@@ -378,8 +374,7 @@ void Executor::fillColumn(const TableInfo& table, const TableColumn& column, con
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                                 const std::vector<ObjectInfo>& keys) {
     for (const auto& key : keys)
-        if (std::ranges::any_of(key.columns,
-                                [&](const auto& name) { return compareText(name, column) == 0; }))
+        if (std::ranges::any_of(key.columns, [&](const auto& name) { return sameText(name, column); }))
             failingAs(sqlError(4922, {verb, column}), [&] {
                 throw sqlError(5074, {key.type == objectType::kIndex ? "index" : "object", key.name, column});
             });
@@ -418,7 +413,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
         if (!key) throw sqlError(3728, {name});
         for (const auto& foreign : catalogue.keysTo(table.name))
             if (isUniqueKey(*key) &&
-                std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, isSame))
+                std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, sameText))
                 throw sqlError(3725, {name, foreign.table, foreign.name});
     });
     if (key->type == objectType::kDefault) {

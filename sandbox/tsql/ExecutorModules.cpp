@@ -57,8 +57,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
         for (const auto& [column, alias, nullLiteral] : text.columns) {
             if (column.name.empty()) throw sqlError(4511, {alias.substr(1)});
             for (const auto& before : columns)
-                if (compareText(before.name, column.name) == 0)
-                    throw sqlError(4506, {column.name, module.name.name});
+                if (sameText(before.name, column.name)) throw sqlError(4506, {column.name, module.name.name});
             columns.push_back({column.name, column.type, column.nullable});
         }
     });

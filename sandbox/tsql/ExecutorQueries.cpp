@@ -351,7 +351,7 @@ Flow Executor::run(const Truncate& truncate) {
     claim(truncate.table);
     const TableInfo target = table(truncate.table, 4701);
     for (const auto& key : catalogue(truncate.table).keysTo(target.name))
-        if (compareText(key.table, target.name) != 0) throw sqlError(4712, {target.name});
+        if (!sameText(key.table, target.name)) throw sqlError(4712, {target.name});
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);

@@ -100,7 +100,7 @@ std::vector<std::string> Storage::databases() const {
 
 std::string Storage::canonicalName(std::string_view name) const {
     for (std::string& known : databases())
-        if (compareText(known, name) == 0) return std::move(known);
+        if (sameText(known, name)) return std::move(known);
     return {};
 }
 
@@ -134,7 +134,7 @@ void Storage::drop(std::string_view name) {
 void Storage::rename(std::string_view name, std::string_view newName) {
     if (isSystemDatabase(name)) throw sqlError(5058, {"MODIFY NAME", name});
     checkName(newName);
-    if (exists(newName) && compareText(name, newName) != 0) throw sqlError(1801, {newName});
+    if (exists(newName) && !sameText(name, newName)) throw sqlError(1801, {newName});
     const fs::path before = pathOf(name);
     openDatabaseFile(before, false);  // whoever closes it last leaves no journal beside it
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
@@ -142,7 +142,7 @@ void Storage::rename(std::string_view name, std::string_view newName) {
 
 bool Storage::isSystemDatabase(std::string_view name) {
     return std::any_of(kSystemDatabases.begin(), kSystemDatabases.end(),
-                       [&](std::string_view system) { return compareText(system, name) == 0; });
+                       [&](std::string_view system) { return sameText(system, name); });
 }
 
 void Storage::use(const std::string& key, int change) {

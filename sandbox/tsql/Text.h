@@ -53,6 +53,9 @@ char32_t foldCase(char32_t character);
 
 // Below 0, 0, above 0; case aside, and the shorter text counts as padded with blanks.
 int compareText(std::string_view left, std::string_view right);
+inline bool sameText(std::string_view left, std::string_view right) {
+    return compareText(left, right) == 0;
+}
 // Byte offset of `part` in `text`, case aside, at or behind `from`; npos when absent.
 std::size_t findText(std::string_view text, std::string_view part, std::size_t from = 0);
 // LIKE: %, _, [a-f], [^x]; `escape` is 0 for none. Blanks at the end of the text count or not.

@@ -18,7 +18,7 @@ const NamedTable* findTarget(const TableRef& table, std::string_view name) {
     }
     const auto* named = std::get_if<NamedTable>(&table.node);
     if (!named) return nullptr;
-    return compareText(table.alias.empty() ? named->name.name : table.alias, name) == 0 ? named : nullptr;
+    return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
 }
 
 bool isAmong(const TableColumn& column, const std::vector<const TableColumn*>& columns) {
@@ -138,7 +138,7 @@ Typed Translator::setValue(const std::string& rowid, const SetClause& clause, co
 void Translator::useCommonTables(const Change& change, const ObjectName& target) {
     if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
     for (const auto& table : change.with) {
-        if (target.schema.empty() && compareText(table.name, target.name) == 0)
+        if (target.schema.empty() && sameText(table.name, target.name))
             throw unsupported("changes through a common table expression ('" + table.name + "')");
         m_with.push_back({&table});
     }
@@ -184,7 +184,7 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
     std::string sql = this->from(from);
     std::string other;  // the table under another name: that is what is changed where it stands once
     for (const auto& source : m_scope->sources) {
-        if (compareText(source.exposed, name.name) == 0) rowid = source.rowid;
+        if (sameText(source.exposed, name.name)) rowid = source.rowid;
         if (source.table != target.sqlName()) continue;
         other = other.empty() ? source.rowid : "twice";
     }
@@ -227,7 +227,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     m_scope = nullptr;
     for (const auto& column : target.columns) {
         const auto set = std::find_if(update.sets.begin(), update.sets.end(), [&](const SetClause& clause) {
-            return compareText(clause.column, column.name) == 0;
+            return sameText(clause.column, column.name);
         });
         kept += ", " +
                 (set == update.sets.end() ? "present." + quotedName(column.name)

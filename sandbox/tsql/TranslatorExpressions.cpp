@@ -80,12 +80,11 @@ const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope
     const std::string& name = column.path.back();
     const SourceColumn* found = nullptr;
     for (const auto& each : scope.sources) {
-        if (column.path.size() > 1 && compareText(column.path[column.path.size() - 2], each.exposed) != 0)
-            continue;
-        if (column.path.size() > 3 && compareText(column.path[0], each.database) != 0) continue;
+        if (column.path.size() > 1 && !sameText(column.path[column.path.size() - 2], each.exposed)) continue;
+        if (column.path.size() > 3 && !sameText(column.path[0], each.database)) continue;
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
-            if (compareText(candidate.name, name) != 0) continue;
+            if (!sameText(candidate.name, name)) continue;
             if (found) throw sqlError(209, {name});
             found = &candidate;
             source = &each;

@@ -18,7 +18,7 @@ bool reads(const TableRef& table, std::string_view name) {
     if (const auto* join = std::get_if<Join>(&table.node))
         return reads(*join->left, name) || reads(*join->right, name);
     const auto* named = std::get_if<NamedTable>(&table.node);
-    return named && named->name.schema.empty() && compareText(named->name.name, name) == 0;
+    return named && named->name.schema.empty() && sameText(named->name.name, name);
 }
 
 bool isRecursive(const CommonTable& table) {
@@ -150,7 +150,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
 void Translator::star(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     bool any = false;
     for (const auto& source : m_scope->sources) {
-        if (!item.starOf.empty() && compareText(item.starOf.back(), source.exposed) != 0) continue;
+        if (!item.starOf.empty() && !sameText(item.starOf.back(), source.exposed)) continue;
         any = true;
         for (const auto& column : source.columns) {
             if (!m_scope->groupKeys.contains(column.sql))
@@ -192,7 +192,7 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     const auto* name = std::get_if<ColumnRef>(&expr.node);
     if (!name || name->path.size() != 1) return std::nullopt;
     for (std::size_t i = 0; i < text.columns.size(); ++i)
-        if (compareText(text.columns[i].column.name, name->path.front()) == 0) return i;
+        if (sameText(text.columns[i].column.name, name->path.front())) return i;
     return std::nullopt;
 }
 
@@ -295,8 +295,7 @@ std::string Translator::tableRef(const TableRef& table) {
                               : namedTable(std::get<NamedTable>(table.node), table.alias);
     const Source& added = m_scope->sources.back();
     for (const auto& each : m_scope->sources)
-        if (&each != &added && each.database == added.database &&
-            compareText(each.exposed, added.exposed) == 0)
+        if (&each != &added && each.database == added.database && sameText(each.exposed, added.exposed))
             throw sqlError(table.alias.empty() ? 1013 : 1011, {added.exposed, added.exposed});
     return sql;
 }
@@ -314,7 +313,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     const std::string exposed = alias.empty() ? table.name.name : alias;
     if (table.name.schema.empty() && !table.arguments)
         for (std::size_t i = m_with.size(); i-- > 0;) {
-            if (compareText(m_with[i].table->name, table.name.name) != 0) continue;
+            if (!sameText(m_with[i].table->name, table.name.name)) continue;
             if (!m_with[i].recursive.empty()) return recursiveReference(m_with[i], exposed);
             const auto all = m_with;
             const ast::CommonTable& common = *all[i].table;

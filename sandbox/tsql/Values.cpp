@@ -85,8 +85,8 @@ class Converter {
 
     Value integerFromText() const {
         std::string_view digits = trimmed(text());
-        if (m_to.id == TypeId::Bit && (compareText(digits, "true") == 0 || compareText(digits, "false") == 0))
-            return std::int64_t{compareText(digits, "true") == 0};
+        if (m_to.id == TypeId::Bit && (sameText(digits, "true") || sameText(digits, "false")))
+            return std::int64_t{sameText(digits, "true")};
         if (digits.empty()) return std::int64_t{0};
         const bool negative = digits[0] == '-';
         if (negative || digits[0] == '+') digits = trimLeft(digits.substr(1));
