@@ -30,6 +30,12 @@ std::string quotedName(std::string_view name) {
     return quotedWith(name, '"');
 }
 
+std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix) {
+    std::string list;
+    for (const auto& name : names) (list += list.empty() ? "" : ", ").append(prefix) += quotedName(name);
+    return list;
+}
+
 std::string quotedText(std::string_view text) {
     return quotedWith(text, '\'');
 }

@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Storage.h"
 #include "Values.h"
@@ -97,7 +98,9 @@ class Connection {
     std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // the latest used first
 };
 
-std::string quotedName(std::string_view name);   // "a""b"
+std::string quotedName(std::string_view name);  // "a""b"
+// prefix"a", prefix"b"
+std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix = {});
 std::string quotedText(std::string_view text);   // 'a''b'
 std::string databaseKey(std::string_view name);  // by which names of databases are compared
 

@@ -35,10 +35,6 @@ bool contains(const std::array<int, N>& numbers, int number) {
     return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-bool isWithinTable(const ObjectInfo& foreignKey) {
-    return sameText(foreignKey.table, foreignKey.stored);
-}
-
 }  // namespace
 
 Executor::Executor(Engine& engine, Client client, std::string_view database, int spid)
@@ -191,7 +187,7 @@ void Executor::afterError(const Message& message, bool raised) {
     m_rowCount = 0;
     m_functions.beginStatement();
     const bool inFunction = m_frames.back()->isFunction;
-    const std::string verb = std::exchange(m_verb, {});
+    const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
     constexpr int kNoConstraint = 1750;  // ends more than its statement where rows are not the cause
     const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number) ||
@@ -243,7 +239,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     const std::string text = failure.what();
     switch (failure.code & 0xFF) {
         case SQLITE_CONSTRAINT:
-            return constraintError(failure);
+            return BrokenConstraint(m_connection, m_change).error(failure);
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
             if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(1222);
@@ -257,106 +253,6 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
         text.find("stack overflow") != std::string::npos)
         return sqlError(191);
     return {50000, "tsqlbox could not run the statement: " + text + "."};
-}
-
-// SQLite's texts: "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
-SqlError Executor::constraintError(const SqliteFailure& failure) {
-    const std::string text = failure.what();
-    const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
-    const Catalogue catalogue(m_connection, m_target.database, m_target.schema);
-    switch (failure.code) {
-        case SQLITE_CONSTRAINT_NOTNULL:
-            return sqlError(515, {what.substr(what.rfind('.') + 1), m_target.fullName(), m_verb});
-        case SQLITE_CONSTRAINT_CHECK:
-            for (const auto& key : catalogue.keysOf(m_target.id))
-                if (key.name == what) return conflict("CHECK", m_target, key);
-            return conflict("CHECK", m_target, {});
-        case SQLITE_CONSTRAINT_FOREIGNKEY:
-            return brokenReference();
-        default:
-            return duplicateKey(what);
-    }
-}
-
-SqlError Executor::conflict(std::string_view type, const TableInfo& table, const ObjectInfo& key) {
-    return sqlError(
-        547, {m_verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database, table.name,
-              key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
-}
-
-// The message names what is referred to.
-SqlError Executor::foreignKeyConflict(const Catalogue& catalogue, const ObjectInfo& key) {
-    ObjectInfo named = key;
-    named.columns = referencedColumns(catalogue, key);
-    return conflict(isWithinTable(key) ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
-                    *catalogue.table(key.stored), named);
-}
-
-// SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
-SqlError Executor::brokenReference() {
-    const Catalogue catalogue(m_connection, m_target.database, m_target.schema);
-    for (const auto& key : catalogue.keysOf(m_target.id)) {
-        if (m_newRows.empty() || key.type != objectType::kForeignKey) continue;
-        const std::string broken = "WITH " + m_newRows + " SELECT 1 FROM incoming WHERE " +
-                                   orphans(catalogue, m_target, key, "incoming") + " LIMIT 1";
-        if (m_connection.number(broken, m_changeValues)) return foreignKeyConflict(catalogue, key);
-    }
-    auto others = catalogue.keysTo(m_target.name);
-    std::erase_if(others, [&](const ObjectInfo& key) { return !anyReference(catalogue, key); });
-    if (others.size() != 1) return conflict("REFERENCE", m_target, {});
-    const ObjectInfo& key = others.front();
-    return conflict(isWithinTable(key) ? "SAME TABLE REFERENCE" : "REFERENCE", *catalogue.table(key.table),
-                    key);
-}
-
-// `columns`: "t.a, t.b", or "index 'name@id@nulls'" of the rows that hold NULL.
-SqlError Executor::duplicateKey(std::string columns) {
-    const std::string prefix = m_target.stored + ".";
-    for (std::size_t at = 0; (at = columns.find(prefix, at)) != std::string::npos;)
-        columns.erase(at, prefix.size());
-    const std::string nulls = "@" + std::to_string(m_target.id) + std::string(kNullsSuffix) + "'";
-    for (const auto& key : Catalogue(m_connection, m_target.database, m_target.schema).keysOf(m_target.id)) {
-        if (!isUniqueKey(key) ||
-            (!sameText(listOf(key.columns), columns) && columns != "index '" + key.name + nulls))
-            continue;
-        const std::string value = duplicateValue(key);
-        if (key.type == objectType::kIndex) return sqlError(2601, {m_target.name, key.name, value});
-        const bool primary = key.type == objectType::kPrimaryKey;
-        return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key.name, m_target.name, value});
-    }
-    return sqlError(2627, {"UNIQUE", columns, m_target.name, ""});
-}
-
-// " The duplicate key value is (1, x).", looked for among the rows that were to come; empty when it is not
-// found.
-std::string Executor::duplicateValue(const ObjectInfo& key) {
-    std::string list, match;
-    std::vector<SqlType> types;
-    for (const auto& name : key.columns) {
-        const TableColumn* column = m_target.column(name);
-        if (!column || m_newRows.empty()) return {};
-        types.push_back(column->type);
-        list += (list.empty() ? "" : ", ") + quotedName(name);
-        match += " AND present." + quotedName(name) + " IS incoming." + quotedName(name);
-    }
-    try {
-        PreparedStatement query(
-            m_connection,
-            "WITH " + m_newRows + " SELECT " + list + " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
-                m_target.sqlName() + " AS present WHERE present._rowid_ IS NOT incoming.ts_row" + match +
-                ") UNION ALL SELECT " + list + " FROM incoming GROUP BY " + list + " HAVING count(*) > 1");
-        query.bindAll(m_changeValues);
-        if (!query.step()) return {};
-        std::string text;
-        for (std::size_t i = 0; i < types.size(); ++i) {
-            const CellView cell = query.cell(static_cast<int>(i));
-            text +=
-                (i ? ", " : "") + (std::holds_alternative<Null>(cell) ? "<NULL>" : textOf(cell, types[i]));
-        }
-        return " The duplicate key value is (" + text + ").";
-    } catch (const SqliteFailure&) {  // not all of the key is in the rows
-        return {};
-    }
 }
 
 // ---- values

@@ -16,6 +16,7 @@
 #include "Backup.h"
 #include "Catalogue.h"
 #include "Connection.h"
+#include "Constraints.h"
 #include "Engine.h"
 #include "Functions.h"
 #include "Parser.h"
@@ -140,12 +141,6 @@ class Executor final : public NameResolver {
     Message messageOf(const SqlError& error, int line) const;
     static Message messageOf(const SyntaxError& error);
     SqlError errorOf(const SqliteFailure& failure);
-    SqlError constraintError(const SqliteFailure& failure);
-    SqlError duplicateKey(std::string columns);
-    SqlError conflict(std::string_view type, const TableInfo& table, const ObjectInfo& key);
-    SqlError foreignKeyConflict(const Catalogue& catalogue, const ObjectInfo& key);
-    SqlError brokenReference();
-    std::string duplicateValue(const ObjectInfo& key);
     void done(std::int64_t count, bool isSelect = false);
     void warnOfNulls();
     Flow finished(std::int64_t rowCount = 0);  // of a statement without rows
@@ -210,17 +205,12 @@ class Executor final : public NameResolver {
                                             const ast::CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
-    std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key);
     void makeKeyIndex(const TableInfo& table, const ObjectInfo& key);
     void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list);
     void dropIndex(const TableInfo& table, const std::string& name);
     void dropIndex(const ast::ObjectName& name, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
-    bool anyRow(const TableInfo& table, const std::string& condition);
-    bool anyReference(const Catalogue& catalogue, const ObjectInfo& key);
-    std::string orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
-                        const std::string& rows);
     void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
     void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
@@ -320,10 +310,7 @@ class Executor final : public NameResolver {
     std::vector<Frame*> m_frames;
     std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
     std::vector<Message> m_caught;  // by the CATCH blocks that run now
-    TableInfo m_target;             // of the change that runs now, for the texts of its errors
-    std::string m_verb;             // INSERT, UPDATE, DELETE
-    std::string m_newRows;          // as Translator::newRows()
-    std::vector<Value> m_changeValues;
+    RowChange m_change;             // that runs now, for the texts of its errors
     // Tables that the transaction has looked up: they stay what they are until it defines something itself.
     std::unordered_map<std::string, TableInfo> m_knownTables;
     std::string m_text;           // the batch that runs now

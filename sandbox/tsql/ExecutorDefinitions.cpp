@@ -19,12 +19,6 @@ std::string_view storageClass(const SqlType& type) {
     return "TEXT COLLATE ts_ci";
 }
 
-std::string nameList(const std::vector<std::string>& names, const std::string& prefix = {}) {
-    std::string list;
-    for (const auto& name : names) list += (list.empty() ? "" : ", ") + prefix + quotedName(name);
-    return list;
-}
-
 // The identity is SQLite's own key already.
 bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     const TableColumn* identity = table.identityColumn();
@@ -237,49 +231,20 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
             body += name + " CHECK (" +
                     Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")";
         if (key.type != objectType::kForeignKey) continue;
-        body += name + " FOREIGN KEY (" + nameList(key.columns) + ") REFERENCES " + quotedName(key.stored) +
-                " (" + nameList(referencedColumns(catalogue, key)) + ")" +
+        body += name + " FOREIGN KEY (" + quotedNames(key.columns) + ") REFERENCES " +
+                quotedName(key.stored) + " (" + quotedNames(referencedColumns(catalogue, key)) + ")" +
                 (parseConstraint(key.source).cascade ? " ON DELETE CASCADE" : "");
     }
     return body;
 }
 
-// Throws the error of a foreign key that cannot be.
-std::vector<std::string> Executor::referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
-    const auto referenced = catalogue.table(key.stored);
-    if (!referenced) throw sqlError(1767, {key.name, key.stored});
-    auto columns = parseConstraint(key.source).referencedColumns;
-    for (const auto& name : columns)
-        if (!referenced->column(name)) throw sqlError(1770, {key.name, name, key.stored});
-    const bool implicit = columns.empty();
-    const auto candidates = catalogue.keysOf(referenced->id);
-    const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
-        return implicit ? candidate.type == objectType::kPrimaryKey
-                        : isUniqueKey(candidate) &&
-                              std::ranges::is_permutation(candidate.columns, columns, sameText);
-    });
-    if (fitting == candidates.end())
-        throw implicit ? sqlError(1773, {key.name, key.stored}) : sqlError(1776, {key.stored, key.name});
-    if (implicit) columns = fitting->columns;
-    const auto& own = key.columns;
-    if (own.size() != columns.size()) throw sqlError(1774, {key.name, key.stored});
-    const TableInfo table = *catalogue.table(key.table);
-    for (std::size_t i = 0; i < own.size(); ++i) {
-        const SqlType &from = table.column(own[i])->type, &to = referenced->column(columns[i])->type;
-        if (from == to) continue;
-        throw sqlError(from.id == to.id ? 1753 : 1778,
-                       {referenced->name, columns[i], table.name, own[i], key.name});
-    }
-    return columns;
-}
-
 void Executor::makeKeyIndex(const TableInfo& table, const ObjectInfo& key) {
-    if (needsIndex(key, table)) makeIndex(table, key, nameList(key.columns));
+    if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns));
 }
 
 void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list) {
-    m_target = table;
-    m_verb = "CREATE INDEX";
+    m_change.target = table;
+    m_change.verb = "CREATE INDEX";
     const std::string on = " ON " + quotedName(table.stored) + " (";
     const auto make = [&](std::string_view suffix, const std::string& definition) {
         m_connection.run(std::string("CREATE ") + (isUniqueKey(index) ? "UNIQUE" : "") + " INDEX " +
@@ -291,11 +256,12 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
         if (!nulls.empty()) make(kNullsSuffix, nulls);
     } catch (const SqliteFailure& failure) {
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
-        m_newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
-        m_changeValues.clear();
-        throw sqlError(1505, {table.name, index.name, duplicateValue(index)});
+        m_change.newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
+        m_change.values.clear();
+        throw sqlError(
+            1505, {table.name, index.name, BrokenConstraint(m_connection, m_change).duplicateValue(index)});
     }
-    m_verb.clear();
+    m_change.verb.clear();
 }
 
 void Executor::dropIndex(const TableInfo& table, const std::string& name) {
@@ -324,32 +290,9 @@ void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const Obj
     const std::string broken =
         isCheck ? "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")"
                 : orphans(catalogue, table, key, quotedName(table.stored));
-    if (!anyRow(table, broken)) return;
-    m_verb = "ALTER TABLE";
-    const SqlError error = isCheck ? conflict("CHECK", table, key) : foreignKeyConflict(catalogue, key);
-    m_verb.clear();
-    throw error;
-}
-
-bool Executor::anyRow(const TableInfo& table, const std::string& condition) {
-    return m_connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1")
-        .has_value();
-}
-
-// Whether a row stands in the way of what it refers to. A NULL refers to nothing.
-bool Executor::anyReference(const Catalogue& catalogue, const ObjectInfo& key) {
-    const std::string own = "(" + nameList(key.columns) + ")";
-    return !parseConstraint(key.source).cascade && anyRow(*catalogue.table(key.table), own + " = " + own);
-}
-
-// The condition that a row of `rows` refers to none: SQL over the table or the rows that were to come. A NULL
-// refers to nothing, and makes the row unequal to itself.
-std::string Executor::orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
-                              const std::string& rows) {
-    const std::string own = "(" + nameList(key.columns, rows + ".") + ")";
-    return own + " = " + own + " AND NOT EXISTS (SELECT 1 FROM " + table.schema + "." +
-           quotedName(key.stored) + " AS parent WHERE (" +
-           nameList(referencedColumns(catalogue, key), "parent.") + ") = " + own + ")";
+    if (!anyRow(m_connection, table, broken)) return;
+    constexpr std::string_view kVerb = "ALTER TABLE";
+    throw isCheck ? conflict(kVerb, "CHECK", table, key) : foreignKeyConflict(kVerb, catalogue, key);
 }
 
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
@@ -358,7 +301,8 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
     if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
     const std::string fallback = std::exchange(column.byDefault, {});
     const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
-    if (!column.nullable && !filled && anyRow(table, "1")) throw sqlError(4901, {column.name, table.name});
+    if (!column.nullable && !filled && anyRow(m_connection, table, "1"))
+        throw sqlError(4901, {column.name, table.name});
     m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
                      std::string(storageClass(column.type)));
     catalogue.addColumns(table.id, {column});
@@ -396,12 +340,12 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     column.nullable = definition.nullable.value_or(true);
     catalogue.changeColumn(table.id, column);
     table = *catalogue.table(table.name);
-    m_verb = "UPDATE";
-    if (!column.nullable && anyRow(table, quotedName(column.name) + " IS NULL"))
-        throw sqlError(515, {column.name, table.fullName(), m_verb});
+    m_change.verb = "UPDATE";
+    if (!column.nullable && anyRow(m_connection, table, quotedName(column.name) + " IS NULL"))
+        throw sqlError(515, {column.name, table.fullName(), m_change.verb});
     redefine(catalogue, table);
     if (!longer) fillColumn(table, column, {quotedName(column.name), before});
-    m_verb.clear();
+    m_change.verb.clear();
 }
 
 void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,

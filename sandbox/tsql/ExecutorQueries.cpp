@@ -125,22 +125,23 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
         create.columns.push_back(std::move(column));
     }
     const TableInfo target = createTable(create);
-    std::string names;
-    for (const auto& column : target.columns) names += (names.empty() ? "" : ", ") + quotedName(column.name);
-    change(target, "INSERT", "INSERT INTO " + target.sqlName() + " (" + names + ") " + text.sql, translator);
+    std::vector<std::string> names;
+    for (const auto& column : target.columns) names.push_back(column.name);
+    change(target, "INSERT", "INSERT INTO " + target.sqlName() + " (" + quotedNames(names) + ") " + text.sql,
+           translator);
     done(m_rowCount);
 }
 
 // Runs the changing statement; `translator` tells its parameters.
 void Executor::change(const TableInfo& target, std::string_view verb, const std::string& sql,
                       const Translator& translator) {
-    m_target = target;
-    m_verb = verb;
+    m_change.target = target;
+    m_change.verb = verb;
     beforeWrite();
-    m_newRows = translator.newRows();
-    m_changeValues = parameterValues(translator);
+    m_change.newRows = translator.newRows();
+    m_change.values = parameterValues(translator);
     PreparedStatement prepared(m_connection, sql);
-    prepared.bindAll(m_changeValues);
+    prepared.bindAll(m_change.values);
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
     else if (!translator.output().columns.empty())
@@ -149,7 +150,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
         while (prepared.step()) continue;
     m_rowCount = sqlite3_changes64(m_connection.handle());
     m_error = 0;
-    m_verb.clear();
+    m_change.verb.clear();
 }
 
 // OUTPUT ... INTO: what the change gives goes into another table, or nothing is changed.
@@ -280,21 +281,21 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         m_insertsRows = true;
         divert(take, work);
     }
-    m_verb = "INSERT";
-    m_target = target;
+    m_change.verb = "INSERT";
+    m_change.target = target;
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
     for (auto& row : collected) {
         Translator translator(*this);
         const std::string sql = translator.insertParameters(target, columns, row.types);
-        m_newRows = translator.newRows();
-        m_changeValues = std::move(row.cells);
-        m_connection.run(sql, m_changeValues);
+        m_change.newRows = translator.newRows();
+        m_change.values = std::move(row.cells);
+        m_connection.run(sql, m_change.values);
     }
     atomic.commit();
     m_rowCount = static_cast<std::int64_t>(collected.size());
     m_error = 0;
-    m_verb.clear();
+    m_change.verb.clear();
 }
 
 Flow Executor::run(const Update& update) {
