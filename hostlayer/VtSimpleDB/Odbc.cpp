@@ -1,5 +1,6 @@
 #include "Odbc.h"
 
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -48,6 +49,13 @@ void logDiagnostics(SQLSMALLINT type, SQLHANDLE handle, int level, const char* a
 
 OdbcHandle::OdbcHandle(SQLSMALLINT type, SQLHANDLE parent) : m_type(type) {
     if (!SQL_SUCCEEDED(::SQLAllocHandle(type, parent, &m_handle))) m_handle = nullptr;
+}
+
+// One at a time: unixODBC notes the paths of its configuration then, in variables that it does not guard.
+OdbcHandle OdbcHandle::environment() {
+    static std::mutex guard;
+    const std::lock_guard lock(guard);
+    return {SQL_HANDLE_ENV, nullptr};
 }
 
 OdbcHandle::~OdbcHandle() {

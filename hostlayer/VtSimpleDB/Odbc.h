@@ -26,6 +26,7 @@ class OdbcHandle {
   public:
     OdbcHandle() = default;
     OdbcHandle(SQLSMALLINT type, SQLHANDLE parent);  // empty when it cannot be made
+    static OdbcHandle environment();                 // the same
     OdbcHandle(OdbcHandle&& other) noexcept
         : m_type(other.m_type), m_handle(std::exchange(other.m_handle, nullptr)) {}
     OdbcHandle& operator=(OdbcHandle&& other) noexcept {

@@ -106,7 +106,7 @@ struct VTSimpleDBConnObject::Impl {
 };
 
 bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool readOnly) {
-    environment = OdbcHandle(SQL_HANDLE_ENV, nullptr);
+    environment = OdbcHandle::environment();
     if (!environment) return false;
     const auto version = hostlayer::odbcNumber(SQL_OV_ODBC3);
     if (!environment.check(::SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, version, 0), "Set up"))
