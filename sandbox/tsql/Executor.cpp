@@ -68,7 +68,8 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
         goesOn = false;
     }
     // SQLite takes a transaction back whose change is broken off; XACT_ABORT says so of all that is.
-    const bool aborts = (m_abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
+    const bool aborts =
+        (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
     if (transactionLost() || (aborts && isCancelled())) rollBack();
     if (m_doomed) {
         report({3998, 16, 1, 1, "", sqlError(3998).what()});
@@ -84,7 +85,7 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     Frame frame;
     return run(sink, frame, [&] {
         m_text = text;
-        const auto batch = parseBatch(text, m_quotedIdentifiers);
+        const auto batch = parseBatch(text, m_settings.quotedIdentifiers);
         frame.declare(batch->locals);
         runFrame(batch->statements, frame);
     });
@@ -106,8 +107,9 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             auto given = argument.isDefault ? nullptr : std::make_unique<Expr>(Expr{1, std::move(value)});
             execute.arguments.push_back({argument.name, std::move(given), output});
         }
-        const Finally describeAgain([this, before = m_describeOnly] { m_describeOnly = before; });
-        m_describeOnly = m_describeOnly || call.describeOnly;
+        const Finally describeAgain(
+            [this, before = m_settings.describeOnly] { m_settings.describeOnly = before; });
+        m_settings.describeOnly = m_settings.describeOnly || call.describeOnly;
         Block block;
         block.push_back(std::make_unique<Statement>(Statement{1, std::move(execute)}));
         runFrame(block, frame);
@@ -131,11 +133,11 @@ Flow Executor::runStatement(const Statement& statement) {
     m_line = statement.line;
     m_functions.beginStatement();
     try {
-        if (m_describeOnly) return describe(statement);
-        if (m_implicitTransactions && m_transactions == 0) beginImplicitly(statement);
+        if (m_settings.describeOnly) return describe(statement);
+        if (m_settings.implicitTransactions && m_transactions == 0) beginImplicitly(statement);
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
     } catch (const SyntaxError& error) {  // of a text that the statement runs, and that ends alone
-        afterError(messageOf(error), !m_abortOnError);
+        afterError(messageOf(error), !m_settings.abortOnError);
     } catch (const SqlError& error) {
         fail(error, statement.line);
     } catch (const SqliteFailure& failure) {
@@ -173,6 +175,10 @@ void Executor::report(const Message& message) const {
     m_sink->message(message);
 }
 
+void Executor::inform(int number, std::initializer_list<std::string_view> values) const {
+    report(messageOf(sqlError(number, values), m_line));
+}
+
 bool Executor::endsScope(int number) {
     return contains(kScopeErrors, number);
 }
@@ -190,7 +196,7 @@ void Executor::afterError(const Message& message, bool raised) {
     const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
     constexpr int kNoConstraint = 1750;  // ends more than its statement where rows are not the cause
-    const bool endsBatch = !raised && (m_abortOnError || contains(kBatchErrors, message.number) ||
+    const bool endsBatch = !raised && (m_settings.abortOnError || contains(kBatchErrors, message.number) ||
                                        (message.number == kNoConstraint && verb.empty()));
     const bool endsHere = !raised && endsScope(message.number);
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
@@ -221,7 +227,7 @@ void Executor::warnOfNulls() {
 void Executor::done(std::int64_t count, bool isSelect) {
     if (!m_sink || m_frames.back()->isFunction) return;
     warnOfNulls();
-    m_sink->statementDone(m_noCount ? -1 : count, isSelect);
+    m_sink->statementDone(m_settings.noCount ? -1 : count, isSelect);
 }
 
 Flow Executor::finished(std::int64_t rowCount) {
@@ -471,11 +477,11 @@ Flow Executor::run(const Throw& node) {
     }
     m_error = message.number;
     if (m_tries > 0) {
-        m_doomed = m_doomed || (m_abortOnError && m_transactions > 0);
+        m_doomed = m_doomed || (m_settings.abortOnError && m_transactions > 0);
         throw Raised{message};
     }
     report(message);
-    if (m_abortOnError) rollBack();
+    if (m_settings.abortOnError) rollBack();
     throw BatchEnd{};
 }
 

@@ -18,57 +18,13 @@
 #include "Connection.h"
 #include "Constraints.h"
 #include "Engine.h"
+#include "Frame.h"
 #include "Functions.h"
 #include "Parser.h"
 #include "Storage.h"
 #include "Translator.h"
 
 namespace tsql {
-
-struct Variable {
-    SqlType type;
-    Value value;
-};
-
-// Its query is bound when it is declared; its rows are read when it is opened.
-struct Cursor {
-    QueryText query;
-    std::vector<Value> parameters;
-    bool scroll = false;
-    bool counted = false;
-    bool open = false;
-    std::vector<std::vector<Value>> rows;
-    std::int64_t at = 0;  // from 1; 0 before the first row
-};
-using Cursors = std::map<std::string, Cursor>;  // by name in lower case
-
-// DECLARE @t TABLE: a temporary table that only its frame knows.
-struct TableVariable {
-    std::shared_ptr<const ast::CreateTable> definition;
-    TableInfo info;
-};
-
-// What a batch, a procedure or a function has for itself while it runs.
-struct Frame {
-    void declare(const std::vector<ast::Local>& locals) {
-        for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
-    }
-
-    std::string procedure;         // empty in a batch
-    std::int64_t procedureId = 0;  // @@PROCID
-    std::string database;          // in which its names are looked up; empty: the session's
-    WordMap<Variable> variables;
-    Cursors cursors;                       // the LOCAL ones
-    std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()
-    WordMap<TableVariable> tables;
-    std::vector<TableInfo> temporary;  // #tables that it has made
-    bool isFunction = false;
-    bool isQuery = false;  // of a view, or of a function that returns a table
-    SqlType returnType;
-    Value returned = Null{};
-    std::size_t skippedArguments = 0;  // those of sp_executesql that are none of the text's
-    int tries = 0;                     // TRY blocks of its own around the statement that runs
-};
 
 enum class Flow { Next, Break, Continue, Return };
 
@@ -80,6 +36,17 @@ struct Raised {  // an error on its way to the CATCH block around it
 struct ScopeEnd {};    // the procedure, or the batch outside of one
 struct BatchEnd {};    // the whole batch
 struct SessionEnd {};  // severity 20 and above
+
+// What SET sets.
+struct Settings {
+    bool noCount = false;
+    bool abortOnError = false;  // XACT_ABORT
+    bool implicitTransactions = false;
+    bool quotedIdentifiers = true;
+    bool describeOnly = false;        // FMTONLY
+    std::string identityInsert = {};  // full name of the table whose identity may be given
+    int lockTimeout = -1;             // milliseconds; negative: as long as usual
+};
 
 std::string hostName();
 Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)
@@ -138,6 +105,7 @@ class Executor final : public NameResolver {
     void afterError(const Message& message, bool raised);
     static bool endsScope(int number);
     void report(const Message& message) const;
+    void inform(int number, std::initializer_list<std::string_view> values = {}) const;
     Message messageOf(const SqlError& error, int line) const;
     static Message messageOf(const SyntaxError& error);
     SqlError errorOf(const SqliteFailure& failure);
@@ -259,15 +227,8 @@ class Executor final : public NameResolver {
     bool runScope(const ast::Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
 
-    // ---- databases, settings, transactions, backup (ExecutorAdministration.cpp)
-    Flow run(const ast::Use& use);
-    Flow run(const ast::SetOption& option);
+    // ---- transactions (ExecutorTransactions.cpp)
     Flow run(const ast::Transaction& transaction);
-    Flow run(const ast::CreateDatabase& create);
-    Flow run(const ast::AlterDatabase& alter);
-    Flow run(const ast::Backup& backup);
-    Flow run(const ast::Restore& restore);
-    void dropDatabase(const std::string& name, bool ifExists);
     void beforeWrite();
     void claim(const ast::ObjectName& target);
     void begin(const std::string& name);
@@ -279,9 +240,18 @@ class Executor final : public NameResolver {
     void rollBackTo(const std::string& name);
     void endTransaction(TransactionEvent event);
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
+
+    // ---- settings, databases, backup (ExecutorAdministration.cpp)
+    Flow run(const ast::SetOption& option);
+    Flow run(const ast::Use& use);
+    Flow run(const ast::CreateDatabase& create);
+    Flow run(const ast::AlterDatabase& alter);
+    Flow run(const ast::Backup& backup);
+    Flow run(const ast::Restore& restore);
+    void set(const Settings& settings);
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, const SqlError& inUse);
-    void inform(int number, std::initializer_list<std::string_view> values = {}) const;
+    void dropDatabase(const std::string& name, bool ifExists);
     void informDone(std::string_view verb, const BackupHeader& header, std::string_view database,
                     std::chrono::steady_clock::time_point start) const;
     Progress progress(std::int64_t step) const;
@@ -331,14 +301,8 @@ class Executor final : public NameResolver {
     bool m_begun = false;           // it has begun in SQLite as well
     bool m_outlivedReset = false;   // the session was reset around it
     std::string m_transactionName;  // of the outermost one
-    bool m_noCount = false;
-    bool m_abortOnError = false;  // XACT_ABORT
-    bool m_implicitTransactions = false;
+    Settings m_settings;
     bool m_abortsCancelled = false;  // where it was cancelled, XACT_ABORT was on
-    bool m_quotedIdentifiers = true;
-    bool m_describeOnly = false;   // FMTONLY
-    std::string m_identityInsert;  // full name of the table whose identity may be given
-    int m_lockTimeout = -1;
 };
 
 }  // namespace tsql

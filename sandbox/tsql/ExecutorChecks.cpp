@@ -67,7 +67,7 @@ void Executor::checkNode(const Node& node) {
 
 // Not within a transaction that has changed something: it could no longer wait for what it has looked at.
 void Executor::check(const Block& block) {
-    if (m_connection.inTransaction() || m_describeOnly) return;
+    if (m_connection.inTransaction() || m_settings.describeOnly) return;
     const Finally again([this, &frame = *m_frames.back(), database = m_frames.back()->database,
                          checking = std::exchange(m_checking, true)] {
         frame.database = database;

@@ -103,7 +103,7 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
     const auto found = m_parsed.find(text);
     if (found != m_parsed.end()) return found->second;
     if (m_parsed.size() >= kParsedTexts) m_parsed.clear();
-    return m_parsed[text] = parseBatch(text, m_quotedIdentifiers);
+    return m_parsed[text] = parseBatch(text, m_settings.quotedIdentifiers);
 }
 
 // What master's sp_ procedures read is still the caller's database.
@@ -142,10 +142,10 @@ void Executor::runFrame(const Block& body, Frame& frame) {
 // Runs the body of a procedure, or a text as one: its temporary tables and its settings end with it. False
 // when an error has ended it.
 bool Executor::runScope(const Block& body, Frame& frame) {
-    const Finally settingsAgain([this, noCount = m_noCount, abortOnError = m_abortOnError] {
-        m_abortsCancelled = m_abortsCancelled || (m_abortOnError && isCancelled());
-        m_noCount = noCount;
-        m_abortOnError = abortOnError;
+    const Finally settingsAgain([this, noCount = m_settings.noCount, abortOnError = m_settings.abortOnError] {
+        m_abortsCancelled = m_abortsCancelled || (m_settings.abortOnError && isCancelled());
+        m_settings.noCount = noCount;
+        m_settings.abortOnError = abortOnError;
     });
     bool whole = true;
     try {
@@ -180,7 +180,7 @@ Flow Executor::run(const Execute& execute) {
 
 void Executor::runText(const std::string& text, const std::string& inside) {
     const Finally textAgain([this, outer = std::exchange(m_text, text)] { m_text = outer; });
-    const auto batch = parseBatch(m_text, m_quotedIdentifiers);
+    const auto batch = parseBatch(m_text, m_settings.quotedIdentifiers);
     Frame frame;
     frame.declare(batch->locals);
     frame.database = inside;
@@ -246,7 +246,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     else if (!runScope(module.body, frame))
         frame.returned = std::int64_t{-6};
     returnOutputs(module, arguments, execute, frame);
-    if (m_transactions != transactions && !m_implicitTransactions)
+    if (m_transactions != transactions && !m_settings.implicitTransactions)
         afterError({266, 16, 2, 0, frame.procedure,
                     sqlError(266, {std::to_string(transactions), std::to_string(m_transactions)}).what()},
                    true);
@@ -275,7 +275,7 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
         const Declaration& parameter = module.parameters[i];
         const Argument* argument = arguments[i];
         const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
-        if (!value && !m_describeOnly)
+        if (!value && !m_settings.describeOnly)
             throw sqlError(frame.procedure.empty() ? 8178 : 201, {name, parameter.name});
         if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
         frame.variables[parameter.name] = {parameter.type,

@@ -45,7 +45,7 @@ const std::vector<Executor::Global>& Executor::globals() {
         {"@@identity", kIdentity, [](Self self) { return identityValue(self.m_identity); }},
         {"@@trancount", integer, [](Self self) -> Value { return self.m_transactions; }},
         {"@@spid", simpleType(TypeId::SmallInt), [](Self self) -> Value { return self.m_spid; }},
-        {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_lockTimeout; }},
+        {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_settings.lockTimeout; }},
         {"@@nestlevel", integer,
          [](Self self) -> Value { return static_cast<int>(self.m_frames.size()) - 1; }},
         {"@@procid", integer, [](Self self) -> Value { return self.m_frames.back()->procedureId; }},

@@ -50,7 +50,7 @@ class DivertingSink final : public ResultSink {
 
 Flow Executor::run(const SelectStatement& statement) {
     if (statement.into) {
-        if (m_describeOnly) return Flow::Next;
+        if (m_settings.describeOnly) return Flow::Next;
         selectInto(*statement.query, *statement.into);
         return Flow::Next;
     }
@@ -60,7 +60,7 @@ Flow Executor::run(const SelectStatement& statement) {
     PreparedStatement prepared(m_connection, text.sql);
     prepared.bindAll(values);
     if (!translator.assignments().empty()) {
-        if (m_describeOnly) return Flow::Next;
+        if (m_settings.describeOnly) return Flow::Next;
         m_rowCount = assignRows(prepared, translator.assignments());
         m_error = 0;
         done(-1);
@@ -76,7 +76,8 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
     std::vector<Column> columns;
     for (const auto& output : text.columns) columns.push_back(output.column);
     std::vector<CellView> cells(columns.size());
-    bool more = !m_describeOnly && statement.step();  // an error in the first row leaves no result set
+    bool more =
+        !m_settings.describeOnly && statement.step();  // an error in the first row leaves no result set
     m_sink->columns(columns);
     std::int64_t rows = 0;
     for (; more; more = statement.step()) {
@@ -175,7 +176,7 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
 std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
                                                         const std::vector<std::string>& names,
                                                         bool defaultValues) const {
-    const bool identityGiven = sameWord(m_identityInsert, target.fullName());
+    const bool identityGiven = sameWord(m_settings.identityInsert, target.fullName());
     std::vector<const TableColumn*> columns;
     for (const auto& name : names) {
         const TableColumn* column = target.column(name);
@@ -241,7 +242,7 @@ void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
 
 // The row that was refused has used up its identity, as those before it have.
 void Executor::loseIdentity(const TableInfo& target) {
-    if (!target.identityColumn() || sameWord(m_identityInsert, target.fullName())) return;
+    if (!target.identityColumn() || sameWord(m_settings.identityInsert, target.fullName())) return;
     const Value stored[] = {target.stored};
     const auto before =
         m_connection.number("SELECT seq FROM " + target.schema + ".sqlite_sequence WHERE name = ?1", stored);

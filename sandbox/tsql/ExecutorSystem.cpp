@@ -78,7 +78,7 @@ int Executor::getAppLock(const Frame& frame) {
     const auto lock = appLock(frame, textOf(frame, "@lockmode"));
     if (!lock) return kWrongCall;
     const auto* given = std::get_if<std::int64_t>(&frame.variables.at("@locktimeout").value);
-    return m_engine.locks.acquire(*lock, std::chrono::milliseconds(given ? *given : m_lockTimeout),
+    return m_engine.locks.acquire(*lock, std::chrono::milliseconds(given ? *given : m_settings.lockTimeout),
                                   [this] { return isCancelled(); });
 }
 
