@@ -37,7 +37,7 @@ struct ScopeEnd {};    // the procedure, or the batch outside of one
 struct BatchEnd {};    // the whole batch
 struct SessionEnd {};  // severity 20 and above
 
-// What SET sets.
+// What SET sets; a procedure or a text gives it back as it was.
 struct Settings {
     bool noCount = false;
     bool abortOnError = false;  // XACT_ABORT

@@ -142,10 +142,9 @@ void Executor::runFrame(const Block& body, Frame& frame) {
 // Runs the body of a procedure, or a text as one: its temporary tables and its settings end with it. False
 // when an error has ended it.
 bool Executor::runScope(const Block& body, Frame& frame) {
-    const Finally settingsAgain([this, noCount = m_settings.noCount, abortOnError = m_settings.abortOnError] {
+    const Finally settingsAgain([this, before = m_settings] {
         m_abortsCancelled = m_abortsCancelled || (m_settings.abortOnError && isCancelled());
-        m_settings.noCount = noCount;
-        m_settings.abortOnError = abortOnError;
+        set(before);
     });
     bool whole = true;
     try {
