@@ -111,7 +111,7 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
 // The library's lines about connections need the log folder; without it they would stand among the findings.
 void checkDatabases(CheckList& list) {
     if (list.failed("store")) return;
-    for (const char* needed : {"host name", "log folder"})
+    for (const char* needed : {"host name", "log folder", "key"})
         if (list.failed(needed)) return list.skip("databases", std::string("not tried without ") + needed);
     std::size_t installed = 0;
     std::string ignored;

@@ -53,8 +53,9 @@ void checkKey(CheckList& list) {
     VTPassword cipher;
     if (cipher.encrypt("", record.data(), &size) != 0)
         return list.good("key", hostlayer::hostSetting("cipherKeyFile", ""));
-    list.fail("key", ExitCode::kInstallation, hostlayer::cipherErrorText(cipher.getLastError()),
-              "Bring the key back from a backup; a new installation makes one with: tscript key create");
+    list.fail(
+        "key", ExitCode::kInstallation, hostlayer::cipherErrorText(cipher.getLastError()),
+        "If it is lost, bring it back from a backup; a new installation makes one with: tscript key create");
 }
 
 // ---- Folders -------------------------------------------------------------------------------------------
