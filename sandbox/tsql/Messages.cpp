@@ -11,12 +11,12 @@ namespace {
 // Number, severity, state, text; a line that begins with a blank goes on with the text.
 constexpr std::string_view kMessages =
     R"text(103 15 1 The database name '%s' is empty or too long. Maximum length is 128.
-104 15 1 ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT
+104 16 1 ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT
     operator.
 105 15 1 Unclosed quotation mark after the character string '%s'.
 106 15 1 Too many table names in the query. The maximum allowable is 256.
 107 15 1 The column prefix '%s' does not match with a table name or alias name used in the query.
-108 15 1 The ORDER BY position number %s is out of range of the number of items in the select list.
+108 16 1 The ORDER BY position number %s is out of range of the number of items in the select list.
 109 15 1 There are more columns in the INSERT statement than values specified in the VALUES clause. The
     number of values in the VALUES clause must match the number of columns specified in the INSERT statement.
 110 15 1 There are fewer columns in the INSERT statement than values specified in the VALUES clause. The
@@ -142,6 +142,7 @@ constexpr std::string_view kMessages =
     table expressions, unless TOP, OFFSET or FOR XML is also specified.
 1038 15 5 An object or column name is missing or empty. For SELECT INTO statements, verify each column has a
     name.
+1046 15 1 Subqueries are not allowed in this context. Only scalar expressions are allowed.
 1048 15 1 Conflicting cursor options %s and %s.
 1060 15 1 The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
 1087 15 2 Must declare the table variable "%s".
@@ -212,8 +213,10 @@ constexpr std::string_view kMessages =
     the master database be used when performing this operation.
 3108 16 1 To restore the master database, the server must be running in single-user mode. For information on
     starting in single-user mode, see "How to: Start an Instance of SQL Server (sqlservr.exe)" in Books Online.
+3119 16 1 Problems were identified while planning for the RESTORE statement. Previous messages provide details.
 3147 16 3 Backup and restore operations are not allowed on database %s.
 3154 16 4 The backup set holds a backup of a database other than the existing '%s' database.
+3156 16 4 File '%s' cannot be restored to '%s'. Use WITH MOVE to identify a valid location for the file.
 3159 16 1 The tail of the log for the database "%s" has not been backed up. Use the WITH REPLACE clause of
     the RESTORE statement to overwrite the existing database.
 3201 16 1 Cannot open backup device '%s'. Operating system error %s(%s).

@@ -201,23 +201,26 @@ std::string Parser::textSince(std::size_t token) const {
     return {m_tokens[token].raw.data(), last.data() + last.size()};
 }
 
+// At the end of the text it is the last one.
+const Token& Parser::faulty() const {
+    const bool atEnd = peek().kind == TokenKind::End && m_next > 0;
+    return atEnd ? m_tokens[m_next - 1] : peek();
+}
+
 std::string Parser::near() const {
-    const Token& token = peek();
-    if (token.kind != TokenKind::End) return unquoted(token);
-    return m_next > 0 ? std::string(m_tokens[m_next - 1].raw) : std::string();
+    return unquoted(faulty());
 }
 
 void Parser::syntaxError() const {
-    const Token& token = peek();
-    const bool atEnd = token.kind == TokenKind::End && m_next > 0;
+    const bool reserved = peek().reserved;
     throw SyntaxError(
-        token.reserved ? 156 : 102,
-        std::string("Incorrect syntax near ") + (token.reserved ? "the keyword '" : "'") + near() + "'.",
-        atEnd ? m_tokens[m_next - 1].line : token.line);
+        reserved ? 156 : 102,
+        std::string("Incorrect syntax near ") + (reserved ? "the keyword '" : "'") + near() + "'.",
+        faulty().line);
 }
 
 void Parser::unsupported(std::string_view construct) const {
-    throw SyntaxError(tsql::unsupported(construct), peek().line);
+    throw SyntaxError(tsql::unsupported(construct), faulty().line);
 }
 
 void Parser::refuse(std::string_view phrase, std::string_view construct) const {

@@ -61,7 +61,8 @@ class Parser {
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from the token to the one taken last
     std::size_t position() const { return m_next; }
-    std::string near() const;  // as errors quote the next token
+    const Token& faulty() const;  // the token that an error is about
+    std::string near() const;     // as errors quote it
     [[noreturn]] void syntaxError() const;
     [[noreturn]] void unsupported(std::string_view construct) const;
     void refuse(std::string_view phrase, std::string_view construct) const;
@@ -109,6 +110,7 @@ class Parser {
     // ---- expressions (ParserExpressions.cpp)
     ast::ExprPtr expression();
     ast::ExprPtr condition();
+    ast::ExprPtr scalar(ast::ExprPtr (Parser::*read)());  // without subqueries
     ast::ExprPtr expressionOrCondition();
     ast::ExprPtr operators(int loosest);
     ast::ExprPtr unary();
@@ -164,6 +166,7 @@ class Parser {
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
     int m_depth = 0;
+    bool m_scalarOnly = false;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
 };

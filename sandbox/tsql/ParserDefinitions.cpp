@@ -183,9 +183,9 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     in.accept("NOT FOR REPLICATION");
     const std::size_t begin = in.position();
     if (constraint.kind == ConstraintKind::Check) {
-        constraint.check = in.parenthesized([&] { return in.condition(); });
+        constraint.check = in.parenthesized([&] { return in.scalar(&Parser::condition); });
     } else {
-        const ExprPtr value = in.unary();
+        const ExprPtr value = in.scalar(&Parser::unary);
         if (const auto* column = std::get_if<ColumnRef>(&value->node))
             throw SyntaxError(sqlError(128, {column->path.back()}), value->line);
     }

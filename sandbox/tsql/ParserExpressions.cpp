@@ -1,4 +1,7 @@
 // Expressions and conditions.
+#include <utility>
+
+#include "Finally.h"
 #include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
@@ -68,7 +71,7 @@ ExprPtr asCondition(const Parser& in, ExprPtr expr) {
     if (expr->isCondition()) return expr;
     constexpr std::string_view kText =
         "An expression of non-boolean type specified in a context where a condition is expected, near '";
-    throw SyntaxError(4145, std::string(kText) + in.near() + "'.", in.peek().line);
+    throw SyntaxError(4145, std::string(kText) + in.near() + "'.", in.faulty().line);
 }
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
@@ -259,6 +262,11 @@ ExprPtr named(Parser& in) {
 
 ExprPtr Parser::expression() {
     return asValue(*this, expressionOrCondition());
+}
+
+ExprPtr Parser::scalar(ExprPtr (Parser::*read)()) {
+    const Finally again([this, before = std::exchange(m_scalarOnly, true)] { m_scalarOnly = before; });
+    return (this->*read)();
 }
 
 ExprPtr Parser::condition() {

@@ -231,6 +231,7 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
 
 // A query inside of something else, where an order has no meaning by itself.
 QueryPtr Parser::subquery() {
+    if (m_scalarOnly) throw SyntaxError(sqlError(1046), peek().line);
     QueryPtr query = this->query();
     const auto* select = std::get_if<Select>(&query->body);
     if (!query->orderBy.empty() && !(select && select->top) && !query->offset && !query->xml)

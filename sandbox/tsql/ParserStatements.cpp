@@ -420,7 +420,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"CREATE", parseCreate},
     {"ALTER", parseAlter},
     {"DROP", parseDrop},
-    {"PRINT", [](Parser& in) -> Statement::Node { return Print{in.expression()}; }},
+    {"PRINT", [](Parser& in) -> Statement::Node { return Print{in.scalar(&Parser::expression)}; }},
     {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };

@@ -191,9 +191,13 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     }
     const auto* name = std::get_if<ColumnRef>(&expr.node);
     if (!name || name->path.size() != 1) return std::nullopt;
+    std::optional<std::size_t> position;
     for (std::size_t i = 0; i < text.columns.size(); ++i)
-        if (sameText(text.columns[i].column.name, name->path.front())) return i;
-    return std::nullopt;
+        if (sameText(text.columns[i].column.name, name->path.front())) {
+            if (position) throw sqlError(209, {name->path.front()});
+            position = i;
+        }
+    return position;
 }
 
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly,

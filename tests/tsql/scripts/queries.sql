@@ -96,3 +96,20 @@ WITH a AS (SELECT x FROM later), later AS (SELECT 1 AS x) SELECT x FROM a
 GO
 WITH a AS (SELECT 1 AS x), A AS (SELECT 2 AS x) SELECT x FROM a
 GO
+SELECT 1 AS x, 2 AS x ORDER BY x
+GO
+SELECT id FROM a UNION SELECT 99 ORDER BY id + 1
+GO
+-- places that take no subquery
+PRINT 'rows: ' + STR((SELECT 1))
+GO
+CREATE TABLE of_one (a int DEFAULT (SELECT 1))
+GO
+CREATE TABLE of_one (a int CHECK (EXISTS (SELECT 1)))
+GO
+-- an error at the end
+SELECT 1 WHERE 'on' 
+
+GO
+BEGIN PRINT 'no end'
+GO
