@@ -78,8 +78,10 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
     const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
     switch (failure.code) {
         case SQLITE_CONSTRAINT_NOTNULL:
-            return sqlError(515,
-                            {what.substr(what.rfind('.') + 1), m_change.target.fullName(), m_change.verb});
+            return sqlError(
+                515, {what.substr(what.rfind('.') + 1),
+                      m_change.target.name.front() == '@' ? m_change.target.name : m_change.target.fullName(),
+                      m_change.verb});
         case SQLITE_CONSTRAINT_CHECK:
             for (const auto& key : m_catalogue.keysOf(m_change.target.id))
                 if (key.name == what) return conflictWith("CHECK", key);

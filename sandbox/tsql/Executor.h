@@ -215,6 +215,7 @@ class Executor final : public NameResolver {
     void executeSql(const ast::Execute& execute, const std::string& database);
     void callProcedure(const ast::Execute& execute, const ast::ObjectName& name,
                        const SystemProcedure* system);
+    void checkTransactions(int before, const std::string& procedure);
     // The call's arguments in the order of the parameters, null for those that are not given.
     using Arguments = std::vector<const ast::Argument*>;
     Arguments bindArguments(const ast::CreateModule& module, const ast::Execute& execute,
@@ -258,6 +259,7 @@ class Executor final : public NameResolver {
     void runMedia(std::string_view verb, const std::function<void()>& work);
     Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);
     void restoreFrom(const std::string& file, const ast::Restore& restore);
+    void reportFilesInUse(const BackupHeader& header) const;
 
     // ---- names (ExecutorNames.cpp)
     struct Global;

@@ -188,10 +188,26 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
     if (databaseKey(name) == databaseKey(m_database)) throw sqlError(3102, {name});
     if (m_engine.storage.exists(name)) releaseDatabase(name, sqlError(3101));
-    const BackupHeader header =
-        restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
-    m_connection.attach(name);  // which brings its indexes up to date
-    informDone("RESTORE", header, name, start);
+    try {
+        const BackupHeader header =
+            restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
+        m_connection.attach(name);  // which brings its indexes up to date
+        informDone("RESTORE", header, name, start);
+    } catch (const SqlError& error) {
+        constexpr int kFileInUse = 1834;
+        if (error.number != kFileInUse) throw;
+        reportFilesInUse(readBackupHeader(file));
+        throw sqlError(3119);
+    }
+}
+
+void Executor::reportFilesInUse(const BackupHeader& header) const {
+    if (m_tries > 0) return;
+    for (const auto& row : fileListOf(header).rows) {
+        const auto &name = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
+        report(messageOf(sqlError(1834, {path, header.database}), m_line));
+        report(messageOf(sqlError(3156, {name, path}), m_line));
+    }
 }
 
 }  // namespace tsql

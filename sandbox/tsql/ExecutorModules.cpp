@@ -161,8 +161,10 @@ bool Executor::runScope(const Block& body, Frame& frame) {
 
 Flow Executor::run(const Execute& execute) {
     if (m_frames.back()->isFunction) throw sqlError(557);
+    const int transactions = m_transactions;
     if (execute.text) {
         runText(evaluateText(*execute.text), m_frames.back()->database);
+        checkTransactions(transactions, "");
         return Flow::Next;
     }
     const ObjectName name = execute.procedureVariable.empty()
@@ -170,11 +172,20 @@ Flow Executor::run(const Execute& execute) {
                                 : parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}}));
     const bool known = name.database.empty() || m_engine.storage.exists(name.database);
     const bool system = name.schema.empty() || sameWord(name.schema, "sys") || sameWord(name.schema, "dbo");
-    if (known && system && sameWord(name.name, "sp_executesql"))
+    if (known && system && sameWord(name.name, "sp_executesql")) {
         executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
-    else
+        checkTransactions(transactions, "");
+    } else {
         callProcedure(execute, name, known && system ? systemProcedure(name.name) : nullptr);
+    }
     return Flow::Next;
+}
+
+// A call leaves as many transactions open as it has found.
+void Executor::checkTransactions(int before, const std::string& procedure) {
+    if (m_transactions == before || m_settings.implicitTransactions) return;
+    const SqlError error = sqlError(266, {std::to_string(before), std::to_string(m_transactions)});
+    afterError({error.number, error.severity, error.state, 0, procedure, error.what()}, true);
 }
 
 void Executor::runText(const std::string& text, const std::string& inside) {
@@ -245,10 +256,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     else if (!runScope(module.body, frame))
         frame.returned = std::int64_t{-6};
     returnOutputs(module, arguments, execute, frame);
-    if (m_transactions != transactions && !m_settings.implicitTransactions)
-        afterError({266, 16, 2, 0, frame.procedure,
-                    sqlError(266, {std::to_string(transactions), std::to_string(m_transactions)}).what()},
-                   true);
+    checkTransactions(transactions, frame.procedure);
     done(-1);
 }
 

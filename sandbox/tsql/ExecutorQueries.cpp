@@ -76,19 +76,26 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
     std::vector<Column> columns;
     for (const auto& output : text.columns) columns.push_back(output.column);
     std::vector<CellView> cells(columns.size());
-    bool more =
-        !m_settings.describeOnly && statement.step();  // an error in the first row leaves no result set
-    m_sink->columns(columns);
+    // An error in the first row leaves no result set, except in TRY, where CATCH follows an empty one.
+    const bool shown = m_tries > 0 && m_change.verb.empty();
+    if (shown) m_sink->columns(columns);
     std::int64_t rows = 0;
-    for (; more; more = statement.step()) {
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            cells[i] = statement.cell(static_cast<int>(i));
-            if (const auto* whole = std::get_if<std::int64_t>(&cells[i]);
-                whole && isApproximate(columns[i].type.id))
-                cells[i] = static_cast<double>(*whole);
+    try {
+        bool more = !m_settings.describeOnly && statement.step();
+        if (!shown) m_sink->columns(columns);
+        for (; more; more = statement.step()) {
+            for (std::size_t i = 0; i < cells.size(); ++i) {
+                cells[i] = statement.cell(static_cast<int>(i));
+                if (const auto* whole = std::get_if<std::int64_t>(&cells[i]);
+                    whole && isApproximate(columns[i].type.id))
+                    cells[i] = static_cast<double>(*whole);
+            }
+            m_sink->row(cells);
+            if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
         }
-        m_sink->row(cells);
-        if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
+    } catch (const SqliteFailure&) {
+        if (shown) done(rows, true);
+        throw;
     }
     return rows;
 }

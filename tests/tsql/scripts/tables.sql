@@ -13,6 +13,7 @@ DELETE FROM @t WHERE code = 'c'
 SELECT * FROM @t ORDER BY id
 SELECT x.code FROM @t AS x WHERE EXISTS (SELECT * FROM part p WHERE p.code = x.code)
 INSERT @t (code) VALUES ('Q')
+INSERT @t (code, at) VALUES ('r', NULL)
 GO
 DECLARE @t TABLE (a int)
 SELECT COUNT(*) FROM @t

@@ -136,3 +136,10 @@ INSERT t VALUES (1)
 INSERT t VALUES (1)
 PRINT 'reached'
 GO
+GO
+EXEC ('BEGIN TRAN')
+EXEC sp_executesql N'COMMIT'
+GO
+-- what a statement within TRY has done when it fails, is told
+BEGIN TRY SELECT 6 / a FROM (VALUES (3), (0)) v (a) END TRY BEGIN CATCH PRINT ERROR_NUMBER() END CATCH
+GO
