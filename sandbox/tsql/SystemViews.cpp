@@ -90,7 +90,7 @@ is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is
 c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0)",
      R"($o o JOIN json_each('["' || replace(replace(o.keys, '"', '\"'), ', ', '","') || '"]') k JOIN $c c ON
 c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
-    {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = o.id", kIndexes},
+    {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = $INDEX", kIndexes},
     {"sys", "schemas", "name sysname = s.column1; schema_id int = s.column2; principal_id int = s.column2",
      "(VALUES ('dbo', 1), ('INFORMATION_SCHEMA', 3), ('sys', 4)) s"},
     {"sys", "types",

@@ -15,7 +15,7 @@ SELECT name, dbid FROM master..sysdatabases WHERE name = 'shop'
 SELECT name, type, type_desc, OBJECT_NAME(parent_object_id) AS parent FROM sys.objects ORDER BY name
 SELECT name, xtype, type FROM sysobjects WHERE parent_obj = OBJECT_ID('item') ORDER BY name
 SELECT t.name, c.name, c.column_id, ty.name AS type, c.max_length, c.precision, c.scale, c.is_nullable, c.is_identity FROM sys.tables t JOIN sys.columns c ON c.object_id = t.object_id JOIN sys.types ty ON ty.user_type_id = c.user_type_id ORDER BY t.name, c.column_id
-SELECT i.name, i.index_id, i.type_desc, i.is_unique, i.is_primary_key, i.is_unique_constraint, c.name AS col, k.key_ordinal FROM sys.indexes i JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id ORDER BY i.name, k.key_ordinal
+SELECT i.name, i.index_id, i.type_desc, i.is_unique, i.is_primary_key, i.is_unique_constraint, c.name AS col, k.key_ordinal FROM sys.indexes i JOIN sysindexes s ON s.id = i.object_id AND s.indid = i.index_id JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id ORDER BY i.name, k.key_ordinal
 SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_length FROM sys.parameters ORDER BY 1, 2
 SELECT name, schema_id FROM sys.schemas ORDER BY name
 SELECT name, is_ms_shipped FROM sys.procedures
