@@ -53,7 +53,12 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (std::is_same_v<Node, Insert>) {
         const TableInfo target = table(node.table);
         const auto columns = insertColumns(target, node.columns, node.defaultValues);
-        if (!node.execute) insertText(target, columns, node, translator);
+        if (node.execute)
+            checkNode(std::get<Execute>(node.execute->node));
+        else
+            insertText(target, columns, node, translator);
+    } else if constexpr (std::is_same_v<Node, Execute>) {
+        tellOfMissing(node.procedure);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
         const ObjectName& name = Translator::targetName(node.table, node.from);
         translator.useCommonTables(node, name);
@@ -63,6 +68,14 @@ void Executor::checkNode(const Node& node) {
         else
             translator.remove(target, node);
     }
+}
+
+// Of what a procedure that is defined calls; those of the system are not all here.
+void Executor::tellOfMissing(const ObjectName& procedure) {
+    const Frame& frame = *m_frames.back();
+    const bool ofSystem = lowerAscii(procedure.name).starts_with("sp_");
+    if (frame.procedure.empty() || procedure.name.empty() || ofSystem) return;
+    if (!module(procedure, objectType::kProcedure)) inform(2007, {frame.procedure, asWritten(procedure)});
 }
 
 // Not within a transaction that has changed something: it could no longer wait for what it has looked at.

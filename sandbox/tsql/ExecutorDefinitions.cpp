@@ -446,7 +446,11 @@ void Executor::dropIndex(const ObjectName& name, bool ifExists) {
         const auto target = owner.table(name.schema);
         const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
         const ObjectInfo* index = keyNamed(keys, name.name, true);
-        if (!index && !ifExists) throw sqlError(3701, {"index", name.schema + "." + name.name}, 7);
+        const ObjectInfo* key = keyNamed(keys, name.name, false);
+        const std::string written = name.schema + "." + name.name;
+        if (key && isUniqueKey(*key))
+            throw sqlError(3723, {written, key->type == objectType::kPrimaryKey ? "PRIMARY" : "UNIQUE"});
+        if (!index && !ifExists) throw sqlError(3701, {"index", written}, 7);
         if (!index) return;
         dropIndex(*target, index->name);
         owner.remove(index->id);

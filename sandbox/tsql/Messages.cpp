@@ -181,6 +181,8 @@ constexpr std::string_view kMessages =
 1911 16 1 Column name '%s' does not exist in the target table or view.
 1913 16 1 The operation failed because an index or statistics with name '%s' already exists on table
     'dbo.%s'.
+2007 0 1 The module '%s' depends on the missing object '%s'. The module will still be created; however, it
+    cannot run successfully until the object exists.
 2601 14 1 Cannot insert duplicate key row in object 'dbo.%s' with unique index '%s'.%s
 2627 14 1 Violation of %s KEY constraint '%s'. Cannot insert duplicate key in object 'dbo.%s'.%s
 2628 16 1 String or binary data would be truncated in table '%s', column '%s'. Truncated value: '%s'.
@@ -234,6 +236,7 @@ constexpr std::string_view kMessages =
 3702 16 3 Cannot drop database "%s" because it is currently in use.
 3705 16 1 Cannot use DROP %s with '%s' because '%s' is a %s. Use DROP %s.
 3708 16 1 Cannot drop the database '%s' because it is a system database.
+3723 16 4 An explicit DROP INDEX is not allowed on index '%s'. It is being used for %s KEY constraint enforcement.
 3725 16 0 The constraint '%s' is being referenced by table '%s', foreign key constraint '%s'.
 3726 16 1 Could not drop object '%s' because it is referenced by a FOREIGN KEY constraint.
 3727 16 0 Could not drop constraint. See previous errors.

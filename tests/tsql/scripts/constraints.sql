@@ -131,6 +131,7 @@ INSERT nullable VALUES (4, 'X', NULL)
 INSERT nullable VALUES (5, NULL, NULL)
 INSERT nullable VALUES (6, NULL, 0)
 UPDATE nullable SET a = NULL WHERE a = 6
+DROP INDEX UQ_nullable ON nullable
 ALTER TABLE nullable DROP CONSTRAINT UQ_nullable
 INSERT nullable VALUES (NULL, 'y', 5)
 ALTER TABLE nullable ADD CONSTRAINT UQ_again UNIQUE (a) WITH FILLFACTOR = 90 ON [PRIMARY]
