@@ -84,7 +84,8 @@ std::string writeOwn(const FunctionInfo& function, Pieces arguments, const SqlTy
 // A function of T-SQL. What it takes is a pattern:
 //   T text        other types are converted    I int, B bigint, F float
 //   L the same, and the types text and ntext, too
-//   S text or binary, as it is                  N number, text becomes float
+//   C text or binary alone, made text           N number, text becomes float
+//   S the same, as it is
 //   D date or time, text becomes datetime2(7), numbers datetime; E the same, but text becomes datetime, too
 //   P the bare name of a date part              A any type
 //   [ begins the optional ones                  * the last one may be repeated

@@ -215,8 +215,7 @@ Typed datePartArgument(const Typed& value, std::string_view function) {
 // What a parameter of this letter converts a value of this type to.
 SqlType wantedType(char letter, const SqlType& type) {
     switch (letter) {
-        case 'S':
-            return isBinary(type.id) ? type : textTypeFor(type);
+        case 'C':
         case 'L':
         case 'T':
             return textTypeFor(type);
@@ -240,10 +239,13 @@ SqlType wantedType(char letter, const SqlType& type) {
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
     if (letter == 'P') return datePartArgument(value, function.name);
     const SqlType wanted = wantedType(letter, value.type);
-    const bool taken = conversionRule(value.type.id, wanted.id) == ConversionRule::Implicit &&
-                       !(letter == 'T' && isLob(value.type.id));
+    const TypeId given = value.type.id;
+    const bool asItIs = letter == 'S' || letter == 'C';
+    const bool taken = conversionRule(given, wanted.id) == ConversionRule::Implicit &&
+                       !((letter == 'T' || letter == 'C') && isLob(given)) &&
+                       (!asItIs || isText(given) || isBinary(given));
     if (!taken && !value.nullLiteral)
-        throw sqlError(8116, {baseName(value.type.id), std::to_string(i + 1), function.name});
+        throw sqlError(8116, {baseName(given), std::to_string(i + 1), function.name});
     return coerce(value, wanted);
 }
 
