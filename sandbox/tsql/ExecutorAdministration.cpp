@@ -72,8 +72,8 @@ Flow Executor::run(const CreateDatabase& create) {
 Flow Executor::run(const AlterDatabase& alter) {
     const std::string name = alter.name.empty() ? m_database : m_engine.storage.canonicalName(alter.name);
     if (name.empty()) throw sqlError(5011, {alter.name});
-    if (alter.newName.empty()) return finished();
     if (m_transactions > 0) throw sqlError(226, {"ALTER DATABASE"});
+    if (alter.newName.empty()) return finished();
     releaseDatabase(name, sqlError(5030));
     m_engine.storage.rename(name, alter.newName);
     inform(5021, {alter.newName});

@@ -349,6 +349,8 @@ constexpr std::string_view kMessages =
 10704 15 1 To rethrow an error, a THROW statement must be used inside a CATCH block. Insert the THROW
     statement inside a CATCH block, or add error parameters to the THROW statement.
 10709 15 1 The number of columns for each row in a table value constructor must be the same.
+10738 15 1 The number of row value expressions in the INSERT statement exceeds the maximum allowed number of
+    1000 row values.
 10741 15 2 A TOP can not be used in the same query or sub-query as a OFFSET.
 10742 15 1 The offset specified in a OFFSET clause may not be negative.
 10744 15 1 The number of rows provided for a FETCH clause must be greater then zero.

@@ -33,7 +33,11 @@ Insert insert(Parser& in) {
     if (in.accept("VALUES")) {
         const auto cell = [&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); };
         const int line = in.peek().line;
-        node.rows = in.list([&] { return in.parenthesized([&] { return in.list(cell); }); });
+        constexpr int kMostRows = 1000;
+        node.rows = in.list([&, count = 0]() mutable {
+            if (++count > kMostRows) throw SyntaxError(sqlError(10738), in.peek().line);
+            return in.parenthesized([&] { return in.list(cell); });
+        });
         for (const auto& row : node.rows)
             if (row.size() != node.rows.front().size()) throw SyntaxError(sqlError(10709), line);
     } else if (in.at("EXEC") || in.at("EXECUTE")) {

@@ -461,7 +461,12 @@ std::string Translator::join(const Join& join) {
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;
     if (std::holds_alternative<Join>(join.right->node)) right = "(" + right + ")";
     std::string sql = left + std::string(kWords[static_cast<std::size_t>(join.kind)]) + right;
-    if (join.on) sql += " ON " + condition(*join.on);
+    if (!join.on) return sql;
+    auto& sources = m_scope->sources;  // ON sees none of those in front of a comma
+    const std::vector<Source> before(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
+    sources.erase(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
+    sql += " ON " + condition(*join.on);
+    sources.insert(sources.begin(), before.begin(), before.end());
     return sql;
 }
 

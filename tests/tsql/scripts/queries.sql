@@ -80,6 +80,7 @@ GO
 -- TOP takes a number, or brackets with anything whole that reads no column; a backslash at its end continues a line
 SELECT TOP (SELECT 1 + 1) i, 'a\
 b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i
+GO
 SELECT TOP 1.5 i FROM (VALUES (1)) v (i)
 GO
 SELECT TOP (i) i FROM (VALUES (1)) v (i)
@@ -106,6 +107,8 @@ GO
 CREATE TABLE of_one (a int DEFAULT (SELECT 1))
 GO
 CREATE TABLE of_one (a int CHECK (EXISTS (SELECT 1)))
+GO
+SELECT 1 FROM a, a AS b JOIN a AS c ON c.id = a.id
 GO
 -- an error at the end
 SELECT 1 WHERE 'on' 
