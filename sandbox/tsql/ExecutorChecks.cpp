@@ -29,7 +29,11 @@ void Executor::checkNode(const Node& node) {
     Translator translator(*this);
     if constexpr (requires { node.condition; }) translator.condition(*node.condition);
     if constexpr (requires { node.value; })
-        if (node.value) translator.value(*node.value);
+        if (node.value) {
+            const Typed value = translator.value(*node.value);
+            if constexpr (requires { node.type; })
+                if (!value.nullLiteral) requireImplicit(value.type, node.type);
+        }
     if constexpr (std::is_same_v<Node, If>) {
         check(*node.then);
         if (node.otherwise) check(*node.otherwise);

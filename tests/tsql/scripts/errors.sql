@@ -151,3 +151,5 @@ PRINT 'not reached'
 GO
 DECLARE @x ntext
 GO
+PRINT 'not reached' DECLARE @day date = 5
+GO
