@@ -230,6 +230,9 @@ Window window(Parser& in) {
 ExprPtr call(Parser& in, ObjectName name) {
     const bool builtIn = name.schema.empty();
     const int line = name.line;
+    const bool differs = builtIn && (sameWord(name.name, "RAND") || sameWord(name.name, "NEWID"));
+    if (differs && in.m_module && in.m_module->function)
+        throw SyntaxError(sqlError(443, {lowerAscii(name.name)}, 1), line);
     Call call{std::move(name), {}};
     call.star = builtIn && in.accept("( * )");
     call.distinct = builtIn && in.at("( DISTINCT");

@@ -32,6 +32,8 @@ SELECT dbo.fac(1, 2)
 GO
 CREATE FUNCTION dbo.bad () RETURNS int AS BEGIN PRINT 'x' RETURN 1 END
 GO
+CREATE FUNCTION bad () RETURNS float AS BEGIN RETURN 1 + RAND() END
+GO
 SELECT dbo.bad()
 GO
 -- what a procedure makes ends with it; a missing table ends it
