@@ -212,9 +212,9 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
         texts[i] = textOf(viewOf(given.value), given.type);
     }
     const auto& [statement, declarations] = texts;
-    Frame frame;
+    Frame frame, own;                     // the procedure and its text are a level each
     if (trimmed(declarations).empty()) {  // the text may define a module
-        runText(statement, database);
+        inFrame(own, [&] { runText(statement, database); });
         frame.returned = std::int64_t{m_error};
         returnOutputs({}, {}, execute, frame);
         return;
@@ -224,7 +224,7 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
     frame.database = database;
     frame.skippedArguments = std::size(texts);
     const auto arguments = bindArguments(module, execute, "(" + declarations + ")" + statement, frame);
-    runScope(module.body, frame);
+    inFrame(own, [&] { runScope(module.body, frame); });
     frame.returned = std::int64_t{m_error};
     returnOutputs(module, arguments, execute, frame);
 }

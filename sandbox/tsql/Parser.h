@@ -137,6 +137,7 @@ class Parser {
     ast::Block batch();
     ast::Block statements(std::string_view end);
     ast::StatementPtr statement();
+    void noteTemporary(const ast::Statement& statement);
     ast::Declaration declaration(bool isParameter);
     bool atConstant() const;
     ast::ExprPtr constant();
@@ -169,6 +170,7 @@ class Parser {
     bool m_scalarOnly = false;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
+    WordSet m_temporary;  // tables that the text makes
 };
 
 // ---- statements of ParserDefinitions.cpp; the word in their names is taken already

@@ -122,12 +122,15 @@ std::string alias(Parser& in) {
 // VALUES (...), (...): a SELECT each, under names that the alias gives.
 QueryPtr rowValues(Parser& in) {
     QueryPtr rows;
+    std::size_t width = 0;
     in.expect("VALUES");
     for (int chain = 0; chain == 0 || in.accept(","); in.checkChain(++chain)) {
         const int line = in.peek().line;
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
             select.items.push_back({std::move(cell), {}, {}, {}, {}});
+        if (rows && select.items.size() != width) throw SyntaxError(sqlError(10709), line);
+        width = select.items.size();
         QueryPtr row = queryOf(line, std::move(select));
         rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
                     : std::move(row);

@@ -479,7 +479,17 @@ StatementPtr Parser::statement() {
     auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
     if (m_module && m_module->function) checkInFunction(*statement, toUpper(first.raw));
     accept(";");
+    noteTemporary(*statement);
     return statement;
+}
+
+// A batch or module makes a temporary table once, even where it drops it in between or in one branch only.
+void Parser::noteTemporary(const Statement& statement) {
+    const auto* create = std::get_if<CreateTable>(&statement.node);
+    const auto* select = std::get_if<SelectStatement>(&statement.node);
+    const ObjectName* made = create ? &create->table : select && select->into ? &*select->into : nullptr;
+    if (made && made->name.starts_with('#') && !m_temporary.insert(made->name).second)
+        throw SyntaxError(sqlError(2714, {made->name}, 1), faulty().line);
 }
 
 // @name [AS] type [= value] of a variable or parameter.

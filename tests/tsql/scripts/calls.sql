@@ -21,6 +21,7 @@ EXEC @p N'PRINT @x', N'@x int', 7
 DECLARE @t nvarchar(100)
 SET @t = 'a'
 EXEC ('PRINT ''' + @t + '''; EXEC (''PRINT @@NESTLEVEL'')')
+EXEC sp_executesql N'PRINT @@NESTLEVEL'
 GO
 CREATE OR ALTER PROCEDURE add_up AS
 PRINT 'changed'

@@ -110,6 +110,8 @@ CREATE TABLE of_one (a int CHECK (EXISTS (SELECT 1)))
 GO
 SELECT 1 FROM a, a AS b JOIN a AS c ON c.id = a.id
 GO
+SELECT a FROM (VALUES (1, 2), (3)) v (a, b)
+GO
 -- an error at the end
 SELECT 1 WHERE 'on' 
 

@@ -131,3 +131,7 @@ CREATE DATABASE newborn
 GO
 SELECT COUNT(*) FROM newborn.sys.tables
 GO
+IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once
+GO
+CREATE PROC makes_twice AS CREATE TABLE #once (a int) DROP TABLE #once CREATE TABLE #Once (b int)
+GO
