@@ -51,6 +51,11 @@ const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view
     return found == keys.end() ? nullptr : &*found;
 }
 
+void requireKeyType(const TableInfo& table, const TableColumn& column) {
+    if (column.type.length == SqlType::kMax || isLob(column.type.id))
+        throw sqlError(1919, {column.name, table.name});
+}
+
 struct ConstraintFacts {
     std::string_view type, prefix;  // of a name that is made up
 };
@@ -195,6 +200,8 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
         if (!column) throw sqlError(1911, {name});
         if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
             throw sqlError(8111, {table.name});
+        if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique)
+            requireKeyType(table, *column);
         key.columns.push_back(column->name);
     }
     if (constraint.kind == ConstraintKind::Check) {
@@ -406,6 +413,7 @@ Flow Executor::run(const CreateIndex& create) {
         for (const auto& [name, descending] : create.columns) {
             const TableColumn* column = target.column(name);
             if (!column) throw sqlError(1911, {name});
+            requireKeyType(target, *column);
             list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
             index.columns.push_back(column->name);
         }

@@ -181,6 +181,7 @@ constexpr std::string_view kMessages =
 1911 16 1 Column name '%s' does not exist in the target table or view.
 1913 16 1 The operation failed because an index or statistics with name '%s' already exists on table
     'dbo.%s'.
+1919 16 1 Column '%s' in table '%s' is of a type that is invalid for use as a key column in an index.
 2007 0 1 The module '%s' depends on the missing object '%s'. The module will still be created; however, it
     cannot run successfully until the object exists.
 2601 14 1 Cannot insert duplicate key row in object 'dbo.%s' with unique index '%s'.%s

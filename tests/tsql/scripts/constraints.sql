@@ -226,3 +226,9 @@ DELETE given_to OUTPUT deleted.id INTO kept
 ALTER TABLE given_to ADD CONSTRAINT DF_given DEFAULT 1 FOR up WITH VALUES
 SELECT * FROM given_to
 GO
+CREATE TABLE endless (t varchar(max) UNIQUE)
+GO
+CREATE TABLE endless (t nvarchar(max), x int)
+CREATE INDEX ix_endless ON endless (x) INCLUDE (t)
+CREATE INDEX ix_of_text ON endless (x, t)
+GO
