@@ -310,6 +310,7 @@ struct Insert : Change {
     bool defaultValues = false;
 };
 struct SetClause {
+    std::string table;  // may be empty
     std::string column;
     std::string variable;        // SET @v = value, or SET @v = column = value
     std::optional<BinaryOp> op;  // SET column += value

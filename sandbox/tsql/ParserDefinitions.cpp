@@ -1,4 +1,6 @@
 // INSERT, UPDATE, DELETE; CREATE, ALTER and DROP.
+#include <utility>
+
 #include "Messages.h"
 #include "Parser.h"
 #include "Text.h"
@@ -59,7 +61,7 @@ SetClause setClause(Parser& in) {
             in.unsupported("UPDATE ... SET @variable = value without a column");
     }
     clause.column = in.expectName();
-    while (in.accept(".")) clause.column = in.expectName();
+    while (in.accept(".")) clause.table = std::exchange(clause.column, in.expectName());
     clause.op = in.assignmentOperator();
     if (!in.accept("DEFAULT")) clause.value = in.expression();
     return clause;

@@ -208,6 +208,11 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     std::set<const TableColumn*> seen;
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
+        const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
+                              std::ranges::any_of(scope.sources, [&](const Source& each) {
+                                  return each.rowid == rowid && sameText(each.exposed, clause.table);
+                              });
+        if (!isTarget) throw sqlError(4104, {clause.table + "." + clause.column});
         if (!column) throw sqlError(207, {clause.column});
         if (column->identity) throw sqlError(8102, {column->name});
         if (!seen.insert(column).second) throw sqlError(264, {column->name});
