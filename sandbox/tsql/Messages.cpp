@@ -49,6 +49,7 @@ constexpr std::string_view kMessages =
 148 15 1 Incorrect time syntax in time string '%s' used with WAITFOR.
 154 15 1 %s is not allowed in %s.
 155 15 1 '%s' is not a recognized %s option.
+157 15 1 An aggregate may not appear in the set list of an UPDATE statement.
 164 15 1 Each GROUP BY expression must contain at least one column that is not an outer reference.
 166 15 1 'CREATE/ALTER %s' does not allow specifying the database name as a prefix to the object name.
 168 15 1 The floating point value '%s' is out of the range of computer representation (8 bytes).
@@ -110,7 +111,12 @@ constexpr std::string_view kMessages =
 443 16 14 Invalid use of a side-effecting operator '%s' within a function.
 444 16 2 Select statements included within a function cannot return data to a client.
 455 16 2 The last statement included within a function must be a return statement.
+460 16 1 DISTINCT operator is not allowed in the recursive part of a recursive common table expression '%s'.
+461 16 1 The TOP or OFFSET operator is not allowed in the recursive part of a recursive common table expression
+    '%s'.
 462 16 1 Outer join is not allowed in the recursive part of a recursive common table expression '%s'.
+467 16 1 GROUP BY, HAVING, or aggregate functions are not allowed in the recursive part of a recursive common
+    table expression '%s'.
 506 16 1 The invalid escape character "%s" was specified in a LIKE predicate.
 512 16 1 Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= ,
     >, >= or when the subquery is used as an expression.

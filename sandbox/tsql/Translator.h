@@ -173,6 +173,7 @@ class Translator {
     QueryText body(const ast::Query& query);
     QueryText select(const ast::Select& select, const ast::Query& query);
     QueryText assignInOrder(const ast::Select& select, const ast::Query& query, const std::string& rows);
+    void refuseInRecursion(const ast::Select& select) const;
     QueryText setOperation(const ast::SetOperation& operation, const ast::Query& query);
     void selectItem(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
@@ -226,6 +227,7 @@ class Translator {
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
                           const std::string& exposed);
     std::string returnedToVariables(const TableInfo& target, const ast::Update& update);
+    std::string filter(const ast::Change& change);  // its WHERE
     std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,
                               const std::vector<ast::TableRefPtr>& from, std::string& rowid);
 

@@ -224,7 +224,8 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         moved.append(set).append("picked.").append(alias);
         away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
     }
-    const std::string where = update.where ? " WHERE " + condition(*update.where) : "";
+    if (scope.sawAggregate) throw sqlError(157);
+    const std::string where = filter(update);
     const std::string top = update.top ? " LIMIT " + rowCount(*update.top, 0, 127) : "";
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
@@ -253,13 +254,19 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     return changed + sets + " FROM (" + rows + ")" + joined;
 }
 
+std::string Translator::filter(const Change& change) {
+    const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
+    if (m_scope->sawAggregate) throw sqlError(147);
+    return where;
+}
+
 std::string Translator::remove(const TableInfo& target, const Delete& statement) {
     m_topLevel = false;
     Scope scope;
     m_scope = &scope;
     std::string rowid;
     const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
-    const std::string where = statement.where ? " WHERE " + condition(*statement.where) : "";
+    const std::string where = filter(statement);
     const std::string top = statement.top ? " LIMIT " + rowCount(*statement.top, 0, 127) : "";
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;

@@ -60,8 +60,6 @@ QueryText Translator::select(const Select& select, const Query& query) {
     QueryText text;
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
-    if (!depth.empty() && (select.distinct || select.top || !select.groupBy.empty()))
-        throw unsupported("DISTINCT, TOP or GROUP BY in the recursive part of a common table expression");
     const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
     if (scope.sawAggregate) throw sqlError(147);
     const std::string groupSql = groupBy(select);
@@ -80,6 +78,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
         throw sqlError(141);
     refuseLooseColumns(8120, grouped);
+    const bool listHasAggregate = scope.sawAggregate;
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns(8121, grouped);
     scope.windows = true;
@@ -88,11 +87,24 @@ QueryText Translator::select(const Select& select, const Query& query) {
     refuseLooseColumns(8127, grouped);
 
     const std::string limitSql = limit(&select, query);
-    if (!depth.empty()) list += ", " + depth;
-    text.sql = std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + fromSql + whereSql +
-               groupSql + havingSql + orderSql + limitSql;
+    if (!depth.empty()) {
+        refuseInRecursion(select);
+        list += ", " + depth;
+    }
+    std::string rows = fromSql + whereSql + groupSql + havingSql;
+    if (select.having && select.groupBy.empty() &&
+        !listHasAggregate)  // SQLite knows a group by its list alone
+        rows = " FROM (SELECT count(*)" + rows + ")";
+    text.sql =
+        std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows + orderSql + limitSql;
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
+}
+
+void Translator::refuseInRecursion(const Select& select) const {
+    const bool grouped = !select.groupBy.empty() || select.having || m_scope->sawAggregate;
+    const int error = select.distinct ? 460 : select.top ? 461 : grouped ? 467 : 0;
+    if (error) throw sqlError(error, {m_with.back().table->name});
 }
 
 // SELECT @v = @v + a FROM t ORDER BY b: the rows are put in order before the first value is computed.

@@ -58,6 +58,17 @@ SELECT x.nosuch FROM a x
 GO
 WITH c AS (SELECT 1 AS n UNION ALL SELECT c.n + 1 FROM a LEFT JOIN c ON c.n = a.id) SELECT n FROM c
 GO
+WITH c AS (SELECT 1 AS n UNION ALL SELECT MAX(n) + 1 FROM c) SELECT n FROM c
+GO
+UPDATE a SET id = MAX(id)
+GO
+DELETE a WHERE id = MAX(id)
+GO
+SELECT 'many' FROM a HAVING COUNT(*) > 1
+SELECT 'none' AS how, 1 AS n FROM a WHERE 1 = 0 HAVING COUNT(*) = 0 ORDER BY n
+SELECT 1 WHERE EXISTS (SELECT 1 FROM a HAVING COUNT(*) > 1000)
+SELECT SUM(id) FROM a HAVING 1 = 1
+GO
 -- variables that rows assign one after the other, in order; a subquery's columns are none of theirs; money as written
 CREATE TABLE piece (id int, n varchar(10), m money)
 INSERT piece VALUES (3, 'c', $1.5), (1, 'a', $20), (2, 'b', -$.25)
