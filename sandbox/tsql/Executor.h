@@ -166,6 +166,7 @@ class Executor final : public NameResolver {
     Flow run(const ast::AlterIndex& alter);
     Flow run(const ast::Drop& drop);
     void define(const ast::ObjectName& name, const std::function<void(Catalogue&)>& work);
+    void checkDefaults(const ast::CreateTable& definition);
     TableInfo createTable(const ast::CreateTable& create);
     bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);

@@ -104,7 +104,15 @@ Flow Executor::run(const CreateTable& create) {
     return finished();
 }
 
+// Their texts are read again where rows get them, and tell no variable then.
+void Executor::checkDefaults(const CreateTable& definition) {
+    for (const auto* constraint : allConstraints(definition))
+        if (constraint->kind == ConstraintKind::Default)
+            Translator(*this).value(*parseExpression(constraint->text));
+}
+
 TableInfo Executor::createTable(const CreateTable& create) {
+    checkDefaults(create);
     const std::string& name = create.table.name;
     ObjectInfo object{0, name, std::string(objectType::kTable), 0, name};
     TableInfo table;
@@ -377,6 +385,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 }
 
 Flow Executor::run(const AlterTable& alter) {
+    checkDefaults(alter.added);
     claim(alter.added.table);
     TableInfo target = table(alter.added.table, 4902);
     define(alter.added.table, [&](Catalogue& owner) {

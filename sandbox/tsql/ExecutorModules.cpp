@@ -237,6 +237,8 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
                                  std::string(system->parameters) + " AS RETURN");
         procedure = StoredModule{databaseOf(name), std::string(system->name), head, &moduleOf(*head)};
     }
+    if (!procedure && Executor::module(name, objectType::kFunction))
+        throw unsupported("EXECUTE of a function");
     if (!procedure) throw sqlError(2812, {asWritten(name)});
     const CreateModule& module = *procedure->module;
     frame.procedure = procedure->name;

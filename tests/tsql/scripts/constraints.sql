@@ -232,3 +232,8 @@ CREATE TABLE endless (t nvarchar(max), x int)
 CREATE INDEX ix_endless ON endless (x) INCLUDE (t)
 CREATE INDEX ix_of_text ON endless (x, t)
 GO
+CREATE TABLE nd (a int DEFAULT nosuch(1))
+GO
+DECLARE @x int = 3
+CREATE TABLE nd (a int DEFAULT (@x))
+GO
