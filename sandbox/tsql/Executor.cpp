@@ -99,13 +99,16 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     const bool goesOn = run(sink, frame, [&] {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
+        execute.arguments.reserve(call.arguments.size());
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
             auto& argument = call.arguments[i];
             const bool output = argument.output && !argument.isDefault;
             if (output) frame.variables[variable(i)] = {argument.type, argument.value};
-            Expr::Node value = VariableRef{variable(i)};
-            if (!output) value = Literal{{std::move(argument.value), argument.type}};
-            auto given = argument.isDefault ? nullptr : std::make_unique<Expr>(Expr{1, std::move(value)});
+            auto given = argument.isDefault ? nullptr : std::make_unique<Expr>();
+            if (output)
+                given->node = VariableRef{variable(i)};
+            else if (given)
+                given->node = Literal{{std::move(argument.value), argument.type}};
             execute.arguments.push_back({argument.name, std::move(given), output});
         }
         const Finally describeAgain(
@@ -116,8 +119,8 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
         runFrame(block, frame);
     });
     for (std::size_t i = 0; i < call.arguments.size(); ++i)
-        if (const auto found = frame.variables.find(variable(i)); found != frame.variables.end())
-            call.arguments[i].value = found->second.value;
+        if (call.arguments[i].output && frame.variables.contains(variable(i)))
+            call.arguments[i].value = frame.variables[variable(i)].value;
     if (const auto* status = std::get_if<std::int64_t>(&frame.variables["@"].value))
         call.status = static_cast<int>(*status);
     return goesOn;
@@ -301,7 +304,7 @@ Value Executor::evaluate(const Expr& expr, const SqlType& type) {
 }
 
 TypedValue Executor::evaluate(const Expr& expr) {
-    if (const auto known = knownValue(expr)) return *known;
+    if (auto known = knownValue(expr)) return std::move(*known);
     Translator translator(*this);
     const Typed typed = translator.value(expr);
     return {compute(typed.sql, translator), typed.type};

@@ -206,10 +206,11 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
     std::string texts[2];
     for (std::size_t i = 0; i < std::min(execute.arguments.size(), std::size(texts)); ++i) {
         if (!execute.arguments[i].value) continue;
-        const TypedValue given = evaluate(*execute.arguments[i].value);
-        if (!isNational(given.type.id) && !isNull(given.value))
+        TypedValue given = evaluate(*execute.arguments[i].value);
+        if (isNull(given.value)) continue;
+        if (!isNational(given.type.id))
             throw sqlError(214, {i ? "@params" : "@statement", "ntext/nchar/nvarchar"}, i ? 3 : 2);
-        texts[i] = textOf(viewOf(given.value), given.type);
+        texts[i] = std::move(std::get<std::string>(given.value));
     }
     const auto& [statement, declarations] = texts;
     Frame frame, own;                     // the procedure and its text are a level each
