@@ -212,7 +212,7 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
             throw sqlError(214, {i ? "@params" : "@statement", "ntext/nchar/nvarchar"}, i ? 3 : 2);
         texts[i] = std::move(std::get<std::string>(given.value));
     }
-    const auto& [statement, declarations] = texts;
+    const std::string &statement = texts[0], &declarations = texts[1];
     Frame frame, own;                     // the procedure and its text are a level each
     if (trimmed(declarations).empty()) {  // the text may define a module
         inFrame(own, [&] { runText(statement, database); });
