@@ -6,8 +6,8 @@
 #include "Login.h"
 #include "PacketChannel.h"
 #include "Rpc.h"
-#include "SqlError.h"
-#include "Utf16.h"
+#include "messages/SqlError.h"
+#include "types/Utf16.h"
 
 namespace {
 

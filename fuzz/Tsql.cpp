@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <chrono>
 
-#include "Engine.h"
 #include "Fuzz.h"
-#include "Parser.h"
 #include "TempDir.h"
-#include "Text.h"
+#include "execute/Engine.h"
+#include "syntax/Parser.h"
+#include "types/Text.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "ClientConnection.h"
-#include "Engine.h"
 #include "Options.h"
 #include "Socket.h"
+#include "execute/Engine.h"
 
 namespace server {
 

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <exception>
 
-#include "Engine.h"
 #include "Listener.h"
 #include "Options.h"
+#include "execute/Engine.h"
 
 namespace {
 

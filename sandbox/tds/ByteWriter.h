@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "ByteReader.h"
-#include "Utf16.h"
+#include "types/Utf16.h"
 
 namespace tds {
 

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "Text.h"
+#include "types/Text.h"
 
 namespace tds {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <iterator>
 
-#include "Messages.h"
-#include "Text.h"
 #include "WireType.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
 
 namespace tds {
 namespace {

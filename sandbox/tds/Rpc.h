@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "ByteReader.h"
-#include "Engine.h"
+#include "execute/Engine.h"
 
 namespace tds {
 

@@ -7,7 +7,7 @@
 
 #include "ByteWriter.h"
 #include "Protocol.h"
-#include "Values.h"
+#include "types/Values.h"
 
 namespace tds {
 

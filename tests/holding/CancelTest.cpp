@@ -7,7 +7,7 @@
 
 #include "OdbcClient.h"
 #include "ServerProcess.h"
-#include "Storage.h"
+#include "storage/Storage.h"
 
 namespace support {
 namespace {

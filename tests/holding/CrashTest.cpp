@@ -12,8 +12,8 @@
 
 #include "OdbcClient.h"
 #include "ServerProcess.h"
-#include "Storage.h"
-#include "Text.h"
+#include "storage/Storage.h"
+#include "types/Text.h"
 
 namespace support {
 namespace {

@@ -3,7 +3,7 @@
 #include <cctype>
 #include <charconv>
 
-#include "Values.h"
+#include "types/Values.h"
 
 namespace tsql::test {
 namespace {

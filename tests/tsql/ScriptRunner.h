@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Engine.h"
+#include "execute/Engine.h"
 
 namespace tsql::test {
 

@@ -1,11 +1,11 @@
-#include "Storage.h"
+#include "storage/Storage.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <fstream>
 
-#include "Backup.h"
+#include "storage/Backup.h"
 
 namespace {
 

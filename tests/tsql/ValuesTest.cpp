@@ -1,8 +1,8 @@
-#include "Values.h"
+#include "types/Values.h"
 
 #include <gtest/gtest.h>
 
-#include "Text.h"
+#include "types/Text.h"
 
 namespace {
 

@@ -1,0 +1,196 @@
+#include "catalogue/Catalogue.h"
+
+#include <algorithm>
+
+#include "types/DateTime.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+// $ stands for the schema.
+constexpr std::string_view kTables[] = {
+    "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
+    "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
+    "keys TEXT NOT NULL, created TEXT NOT NULL, source TEXT NOT NULL)",
+    "CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, "
+    "name TEXT NOT NULL COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, "
+    "identity INTEGER NOT NULL, fallback TEXT NOT NULL, output INTEGER NOT NULL, PRIMARY KEY (object, "
+    "ordinal))",
+    "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
+};
+
+std::string inSchema(std::string_view text, std::string_view schema) {
+    std::string sql;
+    for (const char c : text) c == '$' ? sql.append(schema) : sql.append(1, c);
+    return sql;
+}
+
+std::vector<std::string> namesOf(std::string_view list) {
+    std::vector<std::string> names;
+    while (!list.empty()) {
+        names.emplace_back(list.substr(0, list.find(", ")));
+        list.remove_prefix(std::min(list.size(), names.back().size() + 2));
+    }
+    return names;
+}
+
+}  // namespace
+
+std::string listOf(const std::vector<std::string>& names) {
+    std::string list;
+    for (const auto& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+const TableColumn* TableInfo::column(std::string_view columnName) const {
+    const auto found = std::ranges::find_if(
+        columns, [&](const TableColumn& each) { return sameText(each.name, columnName); });
+    return found == columns.end() ? nullptr : &*found;
+}
+
+const TableColumn* TableInfo::identityColumn() const {
+    const auto found = std::ranges::find(columns, true, &TableColumn::identity);
+    return found == columns.end() ? nullptr : &*found;
+}
+
+Catalogue::Catalogue(Connection& connection, std::string database, std::string schema)
+    : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
+    if (m_connection.hasCatalogue(m_schema)) return;
+    const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
+    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_columns'")) {
+        // What this session's transaction has made would go with it.
+        if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
+        return;
+    }
+    for (const auto table : kTables) run(table);
+}
+
+void Catalogue::run(std::string_view sql, std::span<const Value> values) {
+    m_connection.run(inSchema(sql, m_schema), values);
+}
+
+std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value& value) const {
+    PreparedStatement query(
+        m_connection,
+        inSchema("SELECT o.id, o.name, o.type, o.parent, o.stored, o.keys, o.source, t.name FROM "
+                 "$.tsqlbox_objects o LEFT JOIN $.tsqlbox_objects t ON t.id = o.parent WHERE " +
+                     where + " ORDER BY o.id",
+                 m_schema));
+    query.bind(1, viewOf(value));
+    std::vector<ObjectInfo> found;
+    while (query.step()) {
+        const std::string keys = query.text(5);
+        ObjectInfo& object = found.emplace_back(
+            ObjectInfo{query.integer(0), query.text(1), query.text(2), query.integer(3), query.text(4)});
+        object.source = query.text(6);
+        object.table = query.text(7);
+        if (object.type != objectType::kTable)
+            object.columns = namesOf(keys);
+        else if (!keys.empty())
+            object.seed = std::stoll(keys);
+    }
+    return found;
+}
+
+std::optional<ObjectInfo> Catalogue::latest(const std::string& where, const Value& value) const {
+    auto found = objects(where, value);
+    return found.empty() ? std::nullopt : std::optional(std::move(found.back()));
+}
+
+std::optional<ObjectInfo> Catalogue::find(std::string_view name) const {
+    return latest("o.name = ?1 AND o.type <> 'IX'", std::string(name));
+}
+
+std::optional<ObjectInfo> Catalogue::findById(std::int64_t id) const {
+    return latest("o.id = ?1 AND o.type <> 'IX'", id);
+}
+
+TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
+    return {object.id, m_database, object.name, m_schema, object.stored, object.seed, {}};
+}
+
+std::optional<TableInfo> Catalogue::table(std::string_view name) const {
+    const auto found = latest("o.name = ?1 AND o.type = 'U'", std::string(name));
+    if (!found) return std::nullopt;
+    TableInfo info = tableOf(*found);
+    info.columns = columns(info.id);
+    return info;
+}
+
+std::vector<ObjectInfo> Catalogue::keysOf(std::int64_t table) const {
+    return objects("o.parent = ?1", table);
+}
+
+std::vector<ObjectInfo> Catalogue::keysTo(std::string_view table) const {
+    return objects("o.type = 'F' AND o.stored = ?1 COLLATE NOCASE", std::string(table));
+}
+
+std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
+    PreparedStatement query(m_connection,
+                            inSchema("SELECT name, type, nullable, identity, fallback, output FROM "
+                                     "$.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
+                                     m_schema));
+    query.bind(1, object);
+    std::vector<TableColumn> columns;
+    while (query.step())
+        columns.push_back({query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
+                           query.integer(3) != 0, query.text(4), query.integer(5) != 0});
+    return columns;
+}
+
+std::int64_t Catalogue::lastId() const {
+    return *m_connection.number(inSchema("SELECT coalesce(max(id), 0) FROM $.tsqlbox_objects", m_schema));
+}
+
+void Catalogue::save(ObjectInfo& object) {
+    const Value values[] = {
+        object.id ? Value(object.id) : Value(Null{}),
+        object.name,
+        object.type,
+        object.parent,
+        object.stored,
+        object.type == objectType::kTable ? std::to_string(object.seed) : listOf(object.columns),
+        toStorage(timeNow().local, simpleType(TypeId::DateTime)),
+        object.source};
+    run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
+        "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET stored = ?5, keys = ?6, source = ?8",
+        values);
+    if (!object.id) object.id = sqlite3_last_insert_rowid(m_connection.handle());
+}
+
+void Catalogue::remove(std::int64_t object) {
+    const Value values[] = {object};
+    removeColumns(object);
+    run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
+}
+
+void Catalogue::addColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
+    for (const auto& column : columns) {
+        const Value values[] = {object,
+                                column.name,
+                                encodeType(column.type),
+                                std::int64_t{column.nullable},
+                                std::int64_t{column.identity},
+                                column.byDefault,
+                                std::int64_t{column.output}};
+        run("INSERT INTO $.tsqlbox_columns SELECT ?1, coalesce(max(ordinal), 0) + 1, ?2, ?3, ?4, ?5, ?6, ?7 "
+            "FROM $.tsqlbox_columns WHERE object = ?1",
+            values);
+    }
+}
+
+void Catalogue::changeColumn(std::int64_t object, const TableColumn& column) {
+    const Value values[] = {object, column.name, encodeType(column.type), std::int64_t{column.nullable},
+                            column.byDefault};
+    run("UPDATE $.tsqlbox_columns SET type = ?3, nullable = ?4, fallback = ?5 WHERE object = ?1 AND name = "
+        "?2",
+        values);
+}
+
+void Catalogue::removeColumns(std::int64_t object, std::string_view name) {
+    const Value values[] = {object, std::string(name)};
+    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)", values);
+}
+
+}  // namespace tsql

@@ -1,0 +1,174 @@
+#include "catalogue/Constraints.h"
+
+#include <algorithm>
+
+#include "messages/Messages.h"
+#include "syntax/Parser.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+bool isWithinTable(const ObjectInfo& foreignKey) {
+    return sameText(foreignKey.table, foreignKey.stored);
+}
+
+}  // namespace
+
+std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
+    const auto referenced = catalogue.table(key.stored);
+    if (!referenced) throw sqlError(1767, {key.name, key.stored});
+    auto columns = parseConstraint(key.source).referencedColumns;
+    for (const auto& name : columns)
+        if (!referenced->column(name)) throw sqlError(1770, {key.name, name, key.stored});
+    const bool implicit = columns.empty();
+    const auto candidates = catalogue.keysOf(referenced->id);
+    const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
+        return implicit ? candidate.type == objectType::kPrimaryKey
+                        : isUniqueKey(candidate) &&
+                              std::ranges::is_permutation(candidate.columns, columns, sameText);
+    });
+    if (fitting == candidates.end())
+        throw implicit ? sqlError(1773, {key.name, key.stored}) : sqlError(1776, {key.stored, key.name});
+    if (implicit) columns = fitting->columns;
+    const auto& own = key.columns;
+    if (own.size() != columns.size()) throw sqlError(1774, {key.name, key.stored});
+    const TableInfo table = *catalogue.table(key.table);
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        const SqlType &from = table.column(own[i])->type, &to = referenced->column(columns[i])->type;
+        if (from == to) continue;
+        throw sqlError(from.id == to.id ? 1753 : 1778,
+                       {referenced->name, columns[i], table.name, own[i], key.name});
+    }
+    return columns;
+}
+
+// A NULL refers to nothing, and makes the row unequal to itself.
+std::string orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
+                    const std::string& rows) {
+    const std::string own = "(" + quotedNames(key.columns, rows + ".") + ")";
+    return own + " = " + own + " AND NOT EXISTS (SELECT 1 FROM " + table.schema + "." +
+           quotedName(key.stored) + " AS parent WHERE (" +
+           quotedNames(referencedColumns(catalogue, key), "parent.") + ") = " + own + ")";
+}
+
+bool anyRow(Connection& connection, const TableInfo& table, const std::string& condition) {
+    return connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1")
+        .has_value();
+}
+
+SqlError conflict(std::string_view verb, std::string_view type, const TableInfo& table,
+                  const ObjectInfo& key) {
+    return sqlError(547,
+                    {verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database, table.name,
+                     key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
+}
+
+// The message names what is referred to.
+SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, const ObjectInfo& key) {
+    ObjectInfo named = key;
+    named.columns = referencedColumns(catalogue, key);
+    return conflict(verb, isWithinTable(key) ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
+                    *catalogue.table(key.stored), named);
+}
+
+// SQLite's texts: "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
+SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
+    const std::string text = failure.what();
+    const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
+    switch (failure.code) {
+        case SQLITE_CONSTRAINT_NOTNULL:
+            return sqlError(
+                515, {what.substr(what.rfind('.') + 1),
+                      m_change.target.name.front() == '@' ? m_change.target.name : m_change.target.fullName(),
+                      m_change.verb});
+        case SQLITE_CONSTRAINT_CHECK:
+            for (const auto& key : m_catalogue.keysOf(m_change.target.id))
+                if (key.name == what) return conflictWith("CHECK", key);
+            return conflictWith("CHECK", {});
+        case SQLITE_CONSTRAINT_FOREIGNKEY:
+            return brokenReference();
+        default:
+            return duplicateKey(what);
+    }
+}
+
+SqlError BrokenConstraint::conflictWith(std::string_view type, const ObjectInfo& key) const {
+    return conflict(m_change.verb, type, m_change.target, key);
+}
+
+// SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
+SqlError BrokenConstraint::brokenReference() const {
+    for (const auto& key : m_catalogue.keysOf(m_change.target.id)) {
+        if (m_change.newRows.empty() || key.type != objectType::kForeignKey) continue;
+        const std::string broken = "WITH " + m_change.newRows + " SELECT 1 FROM incoming WHERE " +
+                                   orphans(m_catalogue, m_change.target, key, "incoming") + " LIMIT 1";
+        if (m_connection.number(broken, m_change.values))
+            return foreignKeyConflict(m_change.verb, m_catalogue, key);
+    }
+    auto others = m_catalogue.keysTo(m_change.target.name);
+    std::erase_if(others, [&](const ObjectInfo& key) { return !isReferred(key); });
+    if (others.size() != 1) return conflictWith("REFERENCE", {});
+    const ObjectInfo& key = others.front();
+    return conflict(m_change.verb, isWithinTable(key) ? "SAME TABLE REFERENCE" : "REFERENCE",
+                    *m_catalogue.table(key.table), key);
+}
+
+// Whether a row stands in the way of what it refers to. A NULL refers to nothing.
+bool BrokenConstraint::isReferred(const ObjectInfo& key) const {
+    const std::string own = "(" + quotedNames(key.columns) + ")";
+    return !parseConstraint(key.source).cascade &&
+           anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
+}
+
+// `columns`: "t.a, t.b", or "index 'name@id@nulls'" of the rows that hold NULL.
+SqlError BrokenConstraint::duplicateKey(std::string columns) const {
+    const TableInfo& target = m_change.target;
+    const std::string prefix = target.stored + ".";
+    for (std::size_t at = 0; (at = columns.find(prefix, at)) != std::string::npos;)
+        columns.erase(at, prefix.size());
+    const std::string nulls = "@" + std::to_string(target.id) + std::string(kNullsSuffix) + "'";
+    for (const auto& key : m_catalogue.keysOf(target.id)) {
+        if (!isUniqueKey(key) ||
+            (!sameText(listOf(key.columns), columns) && columns != "index '" + key.name + nulls))
+            continue;
+        const std::string value = duplicateValue(key);
+        if (key.type == objectType::kIndex) return sqlError(2601, {target.name, key.name, value});
+        const bool primary = key.type == objectType::kPrimaryKey;
+        return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key.name, target.name, value});
+    }
+    return sqlError(2627, {"UNIQUE", columns, target.name, ""});
+}
+
+std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
+    std::string match;
+    std::vector<SqlType> types;
+    for (const auto& name : key.columns) {
+        const TableColumn* column = m_change.target.column(name);
+        if (!column || m_change.newRows.empty()) return {};
+        types.push_back(column->type);
+        match += " AND present." + quotedName(name) + " IS incoming." + quotedName(name);
+    }
+    const std::string list = quotedNames(key.columns);
+    try {
+        PreparedStatement query(m_connection, "WITH " + m_change.newRows + " SELECT " + list +
+                                                  " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
+                                                  m_change.target.sqlName() +
+                                                  " AS present WHERE present._rowid_ IS NOT incoming.ts_row" +
+                                                  match + ") UNION ALL SELECT " + list +
+                                                  " FROM incoming GROUP BY " + list + " HAVING count(*) > 1");
+        query.bindAll(m_change.values);
+        if (!query.step()) return {};
+        std::string text;
+        for (std::size_t i = 0; i < types.size(); ++i) {
+            const CellView cell = query.cell(static_cast<int>(i));
+            text +=
+                (i ? ", " : "") + (std::holds_alternative<Null>(cell) ? "<NULL>" : textOf(cell, types[i]));
+        }
+        return " The duplicate key value is (" + text + ").";
+    } catch (const SqliteFailure&) {  // not all of the key is in the rows
+        return {};
+    }
+}
+
+}  // namespace tsql

@@ -1,0 +1,225 @@
+// The system's views, each a query over a database's catalogue.
+#include <algorithm>
+
+#include "catalogue/Catalogue.h"
+#include "syntax/Parser.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+// A view's columns as "name type = expression; ..." and what they are read from. Marks that stand for more:
+//   $o, $c  the catalogue's tables     $d  the database's name      $L  the list of databases (name, id)
+//   $T      the list of types (type)   $C  the collation's name
+//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $INDEX: the texts below
+// A view without a schema is found in sys, in dbo and by its name alone.
+struct ViewText {
+    std::string_view schema, name, columns, from;
+};
+
+constexpr std::pair<std::string_view, std::string_view> kFragments[] = {
+    {"$OBJECT",
+     R"(name sysname = o.name; object_id int = o.id; principal_id int = NULL; schema_id int = 1;
+parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime
+= o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0;
+is_schema_published bit = 0)"},
+    {"$KIND",
+     R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE'
+WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
+'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
+THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
+    {"$TYPE",
+     R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
+smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
+ts_type_scale(c.type))"},
+    {"$NAMED",
+     R"(DATA_TYPE sysname = ts_type_name(c.type); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
+CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN
+ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_PRECISION tinyint = CASE
+ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
+CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
+ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
+    {"$TABLE", "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name"},
+    {"$INDEX",
+     R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
+p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
+};
+
+constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V')";
+constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF')";
+constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
+constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
+
+constexpr ViewText kViews[] = {
+    {"sys", "databases",
+     R"(name sysname = name; database_id int = id; source_database_id int = NULL; owner_sid varbinary(85) =
+x'01'; create_date datetime = '2003-04-08 09:13:36.390'; compatibility_level tinyint = 150; collation_name
+sysname = '$C'; user_access tinyint = 0; user_access_desc nvarchar(60) = 'MULTI_USER'; is_read_only bit = 0;
+is_auto_close_on bit = 0; is_auto_shrink_on bit = 0; state tinyint = 0; state_desc nvarchar(60) = 'ONLINE';
+is_in_standby bit = 0; recovery_model tinyint = 3; recovery_model_desc nvarchar(60) = 'SIMPLE')",
+     "$L"},
+    {"", "sysdatabases", "name sysname = name; dbid smallint = id; status int = 0; cmptlevel tinyint = 150",
+     "$L"},
+    {"", "sysobjects",
+     R"(name sysname = o.name; id int = o.id; xtype char(2) = o.type; uid smallint = 1; parent_obj int =
+o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K' ELSE
+o.type END)",
+     "$o o WHERE o.type <> 'IX'"},
+    {"sys", "objects", "$OBJECT", "$o o WHERE o.type <> 'IX'"},
+    {"sys", "tables",
+     "$OBJECT; max_column_id_used int = (SELECT max(ordinal) FROM $c c WHERE c.object = o.id)",
+     "$o o WHERE o.type = 'U'"},
+    {"sys", "views", "$OBJECT", "$o o WHERE o.type = 'V'"},
+    {"sys", "procedures", "$OBJECT", "$o o WHERE o.type = 'P'"},
+    {"sys", "key_constraints", "$OBJECT", "$o o WHERE o.type IN ('PK', 'UQ')"},
+    {"sys", "check_constraints", "$OBJECT; definition nvarchar(max) = substr(o.source, instr(o.source, '('))",
+     "$o o WHERE o.type = 'C'"},
+    {"sys", "default_constraints",
+     "$OBJECT; parent_column_id int = c.ordinal; definition nvarchar(max) = '(' || c.fallback || ')'",
+     "$o o JOIN $c c ON c.object = o.parent AND c.name = o.keys WHERE o.type = 'D'"},
+    {"sys", "foreign_keys", "$OBJECT; referenced_object_id int = r.id",
+     "$o o JOIN $o r ON r.name = o.stored AND r.type = 'U' WHERE o.type = 'F'"},
+    {"sys", "indexes",
+     R"(object_id int = o.parent; name sysname = o.name; index_id int = $INDEX; type tinyint = CASE o.type
+WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
+'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR o.source = 'UNIQUE';
+is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0)",
+     kIndexes},
+    {"sys", "index_columns",
+     R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =
+c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0)",
+     R"($o o JOIN json_each('["' || replace(replace(o.keys, '"', '\"'), ', ', '","') || '"]') k JOIN $c c ON
+c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
+    {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = $INDEX", kIndexes},
+    {"sys", "schemas", "name sysname = s.column1; schema_id int = s.column2; principal_id int = s.column2",
+     "(VALUES ('dbo', 1), ('INFORMATION_SCHEMA', 3), ('sys', 4)) s"},
+    {"sys", "types",
+     R"(name sysname = ts_type_name(c.type); $TYPE; schema_id int = 4; collation_name sysname = CASE
+ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defined bit = 0)",
+     "$T c"},
+    {"sys", "columns",
+     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name
+sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit
+= c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
+'D' AND d.parent = c.object AND d.keys = c.name), 0))",
+     kAllColumns},
+    {"", "syscolumns",
+     R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint =
+ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)",
+     "$c c"},
+    {"sys", "parameters",
+     R"(object_id int = c.object; name sysname = c.name; parameter_id int = c.ordinal - (o.type = 'FN');
+$TYPE; is_output bit = c.output)",
+     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
+    {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
+    {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
+    {"INFORMATION_SCHEMA", "TABLES",
+     "$TABLE; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
+     "$o o WHERE o.type IN ('U', 'V')"},
+    {"INFORMATION_SCHEMA", "VIEWS",
+     R"($TABLE; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE
+varchar(2) = 'NO')",
+     "$o o WHERE o.type = 'V'"},
+    {"INFORMATION_SCHEMA", "COLUMNS",
+     R"($TABLE; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
+nvarchar(4000) = '(' || nullif(c.fallback, '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
+'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END)",
+     kAllColumns},
+    {"INFORMATION_SCHEMA", "ROUTINES",
+     R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = 'dbo'; SPECIFIC_NAME sysname = o.name;
+ROUTINE_CATALOG sysname = $d; ROUTINE_SCHEMA sysname = 'dbo'; ROUTINE_NAME sysname = o.name; ROUTINE_TYPE
+nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL';
+ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime = o.created; LAST_ALTERED datetime =
+o.created)",
+     kRoutines},
+    {"INFORMATION_SCHEMA", "PARAMETERS",
+     R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = 'dbo'; SPECIFIC_NAME sysname = o.name;
+ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output = 0
+THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
+'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
+     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
+};
+
+// tempdb also has the session's temporary tables, with negative numbers.
+constexpr std::string_view kTemporaryObjects =
+    R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, name, type, -parent, stored, keys, created, source
+FROM temp.tsqlbox_objects WHERE name NOT LIKE '@%'))";
+constexpr std::string_view kTemporaryColumns =
+    R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
+fallback, output FROM temp.tsqlbox_columns))";
+
+void replaceAll(std::string& text, std::string_view mark, std::string_view value) {
+    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
+        text.replace(at, mark.size(), value);
+}
+
+// The view's columns, and its query with the marks of databases still in it.
+SystemView read(const ViewText& view) {
+    std::string text(view.columns);
+    for (const auto& [mark, fragment] : kFragments) replaceAll(text, mark, fragment);
+    SystemView read;
+    for (const std::string& item : listItems(text)) {
+        const std::size_t name = item.find(' '), value = item.find(" = ");
+        read.columns.push_back({item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))});
+        read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
+                    quotedName(read.columns.back().name);
+    }
+    read.sql += " FROM " + std::string(view.from);
+    return read;
+}
+
+std::string databaseList(const Storage& storage) {
+    std::string rows;
+    for (const auto& name : storage.databases())
+        rows += (rows.empty() ? "" : " UNION ALL ") + ("SELECT " + quotedText(name)) + " AS name, " +
+                std::to_string(*databaseId(storage, name)) + " AS id";
+    return "(" + rows + ")";
+}
+
+// Each type at its widest.
+std::string typeList() {
+    std::string rows;
+    for (int id = 0; id <= static_cast<int>(TypeId::Image); ++id) {
+        SqlType type = simpleType(static_cast<TypeId>(id));
+        if (type.id == TypeId::Decimal) type.precision = type.scale = 38;
+        if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;
+        rows +=
+            (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(encodeType(type)) + " AS type";
+    }
+    return "(" + rows + ")";
+}
+
+}  // namespace
+
+std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
+                                     std::string_view sqliteSchema, std::string_view database,
+                                     const Storage& storage) {
+    const bool legacy = schema.empty() || sameWord(schema, "dbo") || sameWord(schema, "sys");
+    for (const auto& view : kViews) {
+        if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
+            continue;
+        SystemView found = read(view);
+        replaceAll(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
+        replaceAll(found.sql, "$T", typeList());
+        const bool temporary = sameWord(database, "tempdb");
+        const std::string objects = std::string(sqliteSchema) + ".tsqlbox_objects";
+        const std::string columns = std::string(sqliteSchema) + ".tsqlbox_columns";
+        replaceAll(found.sql, "$o", temporary ? kTemporaryObjects : objects);
+        replaceAll(found.sql, "$c", temporary ? kTemporaryColumns : columns);
+        replaceAll(found.sql, "$d", quotedText(database));
+        replaceAll(found.sql, "$C", kCollationName);
+        return found;
+    }
+    return std::nullopt;
+}
+
+std::optional<int> databaseId(const Storage& storage, std::string_view name) {
+    std::vector<std::string> names = {"master", "tempdb", "model", "msdb"};
+    for (const auto& each : storage.databases())
+        if (!Storage::isSystemDatabase(each)) names.push_back(each);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (databaseKey(names[i]) == databaseKey(name)) return static_cast<int>(i) + 1;
+    return std::nullopt;
+}
+
+}  // namespace tsql

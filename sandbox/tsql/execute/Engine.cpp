@@ -1,0 +1,61 @@
+#include "execute/Engine.h"
+
+#include "execute/Executor.h"
+
+namespace tsql {
+namespace {
+
+// msdb's record of backups, as far as it is kept.
+constexpr std::string_view kBackupSet =
+    "IF OBJECT_ID('msdb..backupset') IS NULL CREATE TABLE msdb..backupset (backup_set_id int IDENTITY(1,1) "
+    "NOT NULL "
+    "PRIMARY KEY, name nvarchar(128) NULL, database_name nvarchar(128) NULL, backup_start_date datetime "
+    "NULL, "
+    "backup_finish_date datetime NULL, type char(1) NULL, backup_size numeric(18,0) NULL)";
+
+class FailingSink final : public ResultSink {
+  public:
+    void columns(std::span<const Column>) override {}
+    void row(std::span<const CellView>) override {}
+    void statementDone(std::int64_t, bool) override {}
+    void message(const Message& message) override {
+        if (message.severity > 10)
+            throw std::runtime_error("cannot prepare the system databases: " + message.text);
+    }
+    void databaseChanged(std::string_view, std::string_view) override {}
+    bool cancelled() override { return false; }
+};
+
+}  // namespace
+
+Engine::Engine(const std::filesystem::path& dataDirectory) : storage(dataDirectory) {
+    FailingSink sink;
+    Executor executor(*this, {"sa"}, "msdb", 1);
+    executor.runBatch(kBackupSet, sink);
+    // Each is looked at once, outside of a transaction; one that cannot be opened fails when it is used.
+    for (const std::string& name : storage.databases())
+        executor.runBatch("BEGIN TRY USE " + quotedName(name) + " END TRY BEGIN CATCH END CATCH", sink);
+}
+
+Session::Session(Engine& engine, Client client, std::string_view database, int spid)
+    : m_executor(std::make_unique<Executor>(engine, std::move(client), database, spid)) {}
+
+Session::~Session() = default;
+
+bool Session::runBatch(std::string_view batch, ResultSink& sink) {
+    return m_executor->runBatch(batch, sink);
+}
+
+bool Session::call(ProcedureCall& call, ResultSink& sink) {
+    return m_executor->call(call, sink);
+}
+
+std::string_view Session::database() const {
+    return m_executor->database();
+}
+
+bool Session::resetAroundTransaction(std::string_view database) {
+    return m_executor->resetAroundTransaction(database);
+}
+
+}  // namespace tsql

@@ -1,0 +1,513 @@
+#include "execute/Executor.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <thread>
+
+#include "execute/RaiseErrorText.h"
+#include "messages/Messages.h"
+#include "types/Finally.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr int kFatalSeverity = 20;
+constexpr int kTopUserSeverity = 18;
+
+// Errors that end the batch and roll the transaction back: conversions, tables that cannot become what they
+// should, calls too deep, and the loser of a deadlock.
+constexpr std::array kBatchErrors = {217,  235,  241,  242,  244,  245,  248,  295,  1205, 2705, 2714,
+                                     2744, 2749, 3727, 4901, 4922, 4924, 8110, 8114, 8147, 8169};
+// What a compilation would have found: ends the procedure or batch, not the transaction.
+constexpr std::array kScopeErrors = {
+    104,  107,  108,  109,  110,  116,  120,  121,  130,  137,  141,   145,   147,   155,   157,   164,
+    169,  174,  189,  195,  205,  206,  207,  208,  209,  213,  239,   240,   253,   257,   263,   264,
+    306,  313,  402,  408,  421,  460,  461,  462,  467,  529,  911,   1008,  1011,  1013,  1060,  1087,
+    4104, 4108, 4112, 4113, 4121, 4127, 4145, 4151, 4194, 4902, 5308,  5309,  5335,  8101,  8102,  8116,
+    8117, 8120, 8121, 8127, 8133, 8154, 8155, 8156, 8158, 8159, 10741, 10752, 10753, 10756, 10757, 10759};
+
+template <std::size_t N>
+bool contains(const std::array<int, N>& numbers, int number) {
+    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+
+}  // namespace
+
+Executor::Executor(Engine& engine, Client client, std::string_view database, int spid)
+    : m_engine(engine),
+      m_connection(engine.storage, [this] { return isCancelled(); }),
+      m_client(std::move(client)),
+      m_spid(spid) {
+    registerFunctions(m_connection.handle(), m_functions);
+    m_database = engine.storage.canonicalName(database);
+    if (m_database.empty()) throw sqlError(4060, {database});
+    m_connection.attach(m_database);
+}
+
+Executor::~Executor() {
+    m_engine.locks.releaseAll(this);
+}
+
+// What a client asked for, up to its end or to what ends it. False when that is the session's end.
+template <typename Work>
+bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
+    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
+    bool goesOn = true;
+    try {
+        work();
+    } catch (const SyntaxError& error) {
+        m_error = error.number;
+        report(messageOf(error));
+    } catch (const ScopeEnd&) {
+    } catch (const BatchEnd&) {
+    } catch (const SessionEnd&) {
+        goesOn = false;
+    }
+    // SQLite takes a transaction back whose change is broken off; XACT_ABORT says so of all that is.
+    const bool aborts =
+        (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
+    if (transactionLost() || (aborts && isCancelled())) rollBack();
+    if (m_doomed) {
+        report({3998, 16, 1, 1, "", sqlError(3998).what()});
+        rollBack();
+    }
+    frame.temporary.clear();  // they are the session's
+    dropTemporaryTables(frame);
+    if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
+    return goesOn;
+}
+
+bool Executor::runBatch(std::string_view text, ResultSink& sink) {
+    Frame frame;
+    return run(sink, frame, [&] {
+        m_text = text;
+        const auto batch = parseBatch(text, m_settings.quotedIdentifiers);
+        frame.declare(batch->locals);
+        runFrame(batch->statements, frame);
+    });
+}
+
+// The call as EXEC @ = procedure @name = value, @name = @1 OUTPUT ..., with variables that no text can name.
+bool Executor::call(ProcedureCall& call, ResultSink& sink) {
+    Frame frame;
+    const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
+    const bool goesOn = run(sink, frame, [&] {
+        Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
+        frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
+        execute.arguments.reserve(call.arguments.size());
+        for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+            auto& argument = call.arguments[i];
+            const bool output = argument.output && !argument.isDefault;
+            if (output) frame.variables[variable(i)] = {argument.type, argument.value};
+            auto given = argument.isDefault ? nullptr : std::make_unique<Expr>();
+            if (output)
+                given->node = VariableRef{variable(i)};
+            else if (given)
+                given->node = Literal{{std::move(argument.value), argument.type}};
+            execute.arguments.push_back({argument.name, std::move(given), output});
+        }
+        const Finally describeAgain(
+            [this, before = m_settings.describeOnly] { m_settings.describeOnly = before; });
+        m_settings.describeOnly = m_settings.describeOnly || call.describeOnly;
+        Block block;
+        block.push_back(std::make_unique<Statement>(Statement{1, std::move(execute)}));
+        runFrame(block, frame);
+    });
+    for (std::size_t i = 0; i < call.arguments.size(); ++i)
+        if (call.arguments[i].output && frame.variables.contains(variable(i)))
+            call.arguments[i].value = frame.variables[variable(i)].value;
+    if (const auto* status = std::get_if<std::int64_t>(&frame.variables["@"].value))
+        call.status = static_cast<int>(*status);
+    return goesOn;
+}
+
+Flow Executor::runBlock(const Block& block) {
+    for (const auto& statement : block)
+        if (const Flow flow = runStatement(*statement); flow != Flow::Next) return flow;
+    return Flow::Next;
+}
+
+Flow Executor::runStatement(const Statement& statement) {
+    if (isCancelled()) throw BatchEnd{};
+    m_line = statement.line;
+    m_functions.beginStatement();
+    try {
+        if (m_settings.describeOnly) return describe(statement);
+        if (m_settings.implicitTransactions && m_transactions == 0) beginImplicitly(statement);
+        return std::visit([this](const auto& node) { return run(node); }, statement.node);
+    } catch (const SyntaxError& error) {  // of a text that the statement runs, and that ends alone
+        afterError(messageOf(error), !m_settings.abortOnError);
+    } catch (const SqlError& error) {
+        fail(error, statement.line);
+    } catch (const SqliteFailure& failure) {
+        fail(errorOf(failure), statement.line);
+    }
+    return Flow::Next;
+}
+
+// Under SET FMTONLY ON nothing runs: queries tell their columns, and both branches are looked into.
+Flow Executor::describe(const Statement& statement) {
+    if (const auto* node = std::get_if<If>(&statement.node)) {
+        runStatement(*node->then);
+        if (node->otherwise) runStatement(*node->otherwise);
+    }
+    return std::visit(
+        [this]<typename Node>(const Node& node) {
+            constexpr bool looked = std::is_same_v<Node, SelectStatement> ||
+                                    std::is_same_v<Node, SetOption> || std::is_same_v<Node, Declare> ||
+                                    std::is_same_v<Node, Compound> || std::is_same_v<Node, Execute>;
+            if constexpr (looked) return run(node);
+            return Flow::Next;
+        },
+        statement.node);
+}
+
+Message Executor::messageOf(const SqlError& error, int line) const {
+    return {error.number, error.severity, error.state, line, m_frames.back()->procedure, error.what()};
+}
+
+Message Executor::messageOf(const SyntaxError& error) {
+    return {error.number, error.severity, error.state, error.line, error.procedure, error.what()};
+}
+
+void Executor::report(const Message& message) const {
+    m_sink->message(message);
+}
+
+void Executor::inform(int number, std::initializer_list<std::string_view> values) const {
+    report(messageOf(sqlError(number, values), m_line));
+}
+
+bool Executor::endsScope(int number) {
+    return contains(kScopeErrors, number);
+}
+
+void Executor::fail(const SqlError& error, int line) {
+    afterError(messageOf(error, line), false);
+}
+
+// `raised`: by RAISERROR, which ends nothing by itself.
+void Executor::afterError(const Message& message, bool raised) {
+    m_error = message.number;
+    m_rowCount = 0;
+    m_functions.beginStatement();
+    const bool inFunction = m_frames.back()->isFunction;
+    const std::string verb = std::exchange(m_change.verb, {});
+    if (transactionLost()) rollBack();
+    constexpr int kNoConstraint = 1750;  // ends more than its statement where rows are not the cause
+    const bool endsBatch = !raised && (m_settings.abortOnError || contains(kBatchErrors, message.number) ||
+                                       (message.number == kNoConstraint && verb.empty()));
+    const bool endsHere = !raised && endsScope(message.number);
+    const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
+    if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
+        m_doomed = m_doomed || (endsBatch && m_transactions > 0);
+        const bool changes = verb == "INSERT" || verb == "UPDATE" || verb == "DELETE";
+        if (changes) done(0);  // in front of what CATCH does
+        throw Raised{message, blind};
+    }
+    report(message);
+    if (message.severity >= kFatalSeverity) throw SessionEnd{};
+    if (endsBatch) {
+        rollBack();
+        throw BatchEnd{};
+    }
+    if (endsHere) {
+        done(-1);  // clients tell the error from the next statement's rows by it
+        throw ScopeEnd{};
+    }
+    if (!raised && !verb.empty())
+        report({3621, 0, 0, message.line, message.procedure, "The statement has been terminated."});
+    done(-1);
+}
+
+// Of aggregates that have left them out.
+void Executor::warnOfNulls() {
+    if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(8153);
+}
+
+void Executor::done(std::int64_t count, bool isSelect) {
+    if (!m_sink || m_frames.back()->isFunction) return;
+    warnOfNulls();
+    m_sink->statementDone(m_settings.noCount ? -1 : count, isSelect);
+}
+
+Flow Executor::finished(std::int64_t rowCount) {
+    m_error = 0;
+    m_rowCount = rowCount;
+    done(-1);
+    return Flow::Next;
+}
+
+// ---- what SQLite refused, in T-SQL's terms
+
+SqlError Executor::errorOf(const SqliteFailure& failure) {
+    if (isCancelled()) throw BatchEnd{};
+    if (const auto error = m_functions.takeError()) return *error;
+    const std::string text = failure.what();
+    switch (failure.code & 0xFF) {
+        case SQLITE_CONSTRAINT:
+            return BrokenConstraint(m_connection, m_change).error(failure);
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(1222);
+            return sqlError(1205, {std::to_string(m_spid)});
+        case SQLITE_FULL:
+            return sqlError(1105);
+        default:
+            break;
+    }
+    if (text.find("too large (maximum depth") != std::string::npos ||
+        text.find("stack overflow") != std::string::npos)
+        return sqlError(191);
+    return {50000, "tsqlbox could not run the statement: " + text + "."};
+}
+
+// ---- values
+
+std::vector<Value> Executor::parameterValues(const Translator& translator) {
+    std::vector<Value> values;
+    for (const auto& [variable, constant] : translator.parameters())
+        values.push_back(constant ? *constant : variableValue(variable));
+    return values;
+}
+
+// The only cell of the row that "SELECT sql" gives.
+Value Executor::compute(const std::string& sql, const Translator& translator) {
+    const auto values = parameterValues(translator);
+    PreparedStatement statement(m_connection, "SELECT " + sql);
+    statement.bindAll(values);
+    statement.step();
+    warnOfNulls();
+    return ownedValue(statement.cell(0));
+}
+
+// A constant or a variable, whose value needs no SQL.
+std::optional<TypedValue> Executor::knownValue(const Expr& expr) {
+    if (const auto* literal = std::get_if<Literal>(&expr.node)) return literal->constant;
+    if (const auto* variable = std::get_if<VariableRef>(&expr.node))
+        return TypedValue{variableValue(variable->name), variableType(variable->name)};
+    return std::nullopt;
+}
+
+Value Executor::evaluate(const Expr& expr, const SqlType& type) {
+    if (const auto known = knownValue(expr)) {
+        if (!isNull(known->value)) requireImplicit(known->type, type);
+        return convertValue(viewOf(known->value), known->type, type);
+    }
+    Translator translator(*this);
+    return compute(coerce(translator.value(expr), type).sql, translator);
+}
+
+TypedValue Executor::evaluate(const Expr& expr) {
+    if (auto known = knownValue(expr)) return std::move(*known);
+    Translator translator(*this);
+    const Typed typed = translator.value(expr);
+    return {compute(typed.sql, translator), typed.type};
+}
+
+std::string Executor::evaluateText(const Expr& expr) {
+    const Value value = evaluate(expr, nvarcharType(SqlType::kMax));
+    const auto* text = std::get_if<std::string>(&value);
+    return text ? *text : std::string();
+}
+
+bool Executor::holds(const Expr& condition) {
+    Translator translator(*this);
+    const Value truth = compute(translator.condition(condition), translator);
+    return !isNull(truth) && std::get<std::int64_t>(truth) != 0;
+}
+
+void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
+    const auto found = m_frames.back()->variables.find(name);
+    if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
+    if (!isNull(value)) requireImplicit(type, found->second.type);
+    found->second.value = convertValue(value, type, found->second.type);
+}
+
+// ---- statements
+
+Flow Executor::run(const Declare& declare) {
+    for (const auto& each : declare.variables) {
+        if (each.table) {
+            declareTable(each);
+            continue;
+        }
+        if (!each.value) continue;  // a second time, in a loop, it keeps what it holds
+        m_frames.back()->variables[each.name].value = evaluate(*each.value, each.type);
+        m_error = 0;
+        m_rowCount = 1;
+    }
+    return Flow::Next;
+}
+
+Flow Executor::run(const Assign& assign) {
+    const Variable& variable = local(assign.name);
+    if (!assign.op) {
+        setVariable(assign.name, viewOf(evaluate(*assign.value, variable.type)), variable.type);
+    } else {
+        Translator translator(*this);
+        const Typed left{"?1", variable.type};
+        const TypedValue right = evaluate(*assign.value);
+        const std::string sql =
+            "SELECT " + coerce(emitBinary(*assign.op, left, {"?2", right.type}), variable.type).sql;
+        PreparedStatement statement(m_connection, sql);
+        const Value values[] = {variable.value, right.value};
+        statement.bindAll(values);
+        statement.step();
+        setVariable(assign.name, statement.cell(0), variable.type);
+    }
+    return finished(1);
+}
+
+Flow Executor::run(const If& node) {
+    const bool condition = holds(*node.condition);
+    m_error = 0;
+    m_rowCount = 0;
+    if (condition) return runStatement(*node.then);
+    return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
+}
+
+Flow Executor::run(const While& node) {
+    const int line = m_line;
+    while (holds(*node.condition)) {
+        const Flow flow = runStatement(*node.body);
+        if (flow == Flow::Break) break;
+        if (flow == Flow::Return) return flow;
+        if (isCancelled()) throw BatchEnd{};
+        m_line = line;
+        m_functions.beginStatement();
+    }
+    m_error = 0;
+    m_rowCount = 0;
+    return Flow::Next;
+}
+
+Flow Executor::run(const Return& node) {
+    Frame& frame = *m_frames.back();
+    frame.returned = node.value ? evaluate(*node.value, frame.returnType) : Value(std::int64_t{0});
+    if (isNull(frame.returned) && !frame.isFunction) {
+        inform(282, {frame.procedure});
+        frame.returned = std::int64_t{0};
+    }
+    return Flow::Return;
+}
+
+Flow Executor::run(const TryCatch& node) {
+    std::optional<Message> caught;
+    try {
+        Frame& frame = *m_frames.back();
+        ++m_tries;
+        ++frame.tries;
+        const Finally left([&] {
+            --m_tries;
+            --frame.tries;
+        });
+        return runBlock(node.attempt);
+    } catch (const Raised& raised) {
+        if (raised.within == m_frames.back()) throw;
+        caught = raised.message;
+    }
+    m_caught.push_back(*caught);
+    const Finally forget([this] { m_caught.pop_back(); });
+    return runBlock(node.handler);
+}
+
+Flow Executor::run(const Print& print) {
+    const TypedValue value = evaluate(*print.value);
+    constexpr std::size_t kLongest = 8000;  // bytes
+    const std::string text = textOf(viewOf(value.value), value.type);
+    report({0, 0, 1, m_line, m_frames.back()->procedure,
+            std::string(characters(text, 0, isNational(value.type.id) ? kLongest / 2 : kLongest))});
+    m_error = 0;
+    m_rowCount = 0;
+    return Flow::Next;
+}
+
+Flow Executor::run(const RaiseError& raise) {
+    const auto number = [this](const Expr& expr) {
+        const Value value = evaluate(expr, simpleType(TypeId::Int));
+        return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
+    };
+    const int severity = std::max(0, number(*raise.severity));
+    const int asked = number(*raise.state);
+    const int state = asked < 0 ? 1 : std::min(asked, 255);
+    if (severity > kTopUserSeverity && !raise.log) throw sqlError(2754);
+    const TypedValue message = evaluate(*raise.message);
+    if (isInteger(message.type.id)) {
+        constexpr std::int64_t kFirst = 13'000;
+        const auto* asks = std::get_if<std::int64_t>(&message.value);
+        throw sqlError(
+            asks && *asks >= kFirst ? 18054 : 2732,
+            {textOf(viewOf(message.value), message.type), std::to_string(severity), std::to_string(state)});
+    }
+    std::vector<TypedValue> arguments;
+    for (const auto& argument : raise.arguments) arguments.push_back(evaluate(*argument));
+    const Message raised{50000,
+                         severity,
+                         state,
+                         m_line,
+                         m_frames.back()->procedure,
+                         raiseErrorText(textOf(viewOf(message.value), message.type), arguments)};
+    if (severity > 10) {
+        afterError(raised, true);
+    } else {
+        report(raised);
+        finished();
+        if (raise.setError) m_error = raised.number;
+    }
+    if (raise.noWait) m_sink->flush();
+    return Flow::Next;
+}
+
+Flow Executor::run(const Throw& node) {
+    Message message;
+    if (!node.number) {
+        if (m_caught.empty()) throw sqlError(10704);
+        message = m_caught.back();
+    } else {
+        const Value number = evaluate(*node.number, simpleType(TypeId::Int));
+        const Value state = evaluate(*node.state, simpleType(TypeId::TinyInt));
+        const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
+        if (given < 50000) throw sqlError(35100, {std::to_string(given)});
+        message = {static_cast<int>(given),
+                   16,
+                   isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
+                   m_line,
+                   m_frames.back()->procedure,
+                   evaluateText(*node.message)};
+    }
+    m_error = message.number;
+    if (m_tries > 0) {
+        m_doomed = m_doomed || (m_settings.abortOnError && m_transactions > 0);
+        throw Raised{message};
+    }
+    report(message);
+    if (m_settings.abortOnError) rollBack();
+    throw BatchEnd{};
+}
+
+Flow Executor::run(const WaitFor& wait) {
+    const std::string text = evaluateText(*wait.time);
+    const Value time =
+        convertValue(text, varcharType(SqlType::kMax), simpleType(TypeId::Time), kNoStyle, Conversion::Try);
+    if (isNull(time) || text.find(':') == std::string::npos) throw sqlError(148, {text});
+    using Clock = std::chrono::steady_clock;
+    constexpr std::int64_t kNanosecondsPerTick = 100;
+    constexpr std::int64_t kDay = 86'400LL * 10'000'000;
+    const auto given = fromStorage(std::get<std::string>(time)).ticks;
+    const auto ticks = wait.until ? (given - timeNow().local.ticks + kDay) % kDay : given;
+    const auto until = Clock::now() + std::chrono::nanoseconds(ticks * kNanosecondsPerTick);
+    while (Clock::now() < until) {
+        if (isCancelled()) throw BatchEnd{};
+        constexpr std::chrono::nanoseconds kSlice = std::chrono::milliseconds(50);
+        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(kSlice, until - Clock::now()));
+    }
+    return finished();
+}
+
+}  // namespace tsql

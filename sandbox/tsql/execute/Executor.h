@@ -1,0 +1,312 @@
+// Runs the statements of one session: control of flow here, each family of statements in a file of its own.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "catalogue/Catalogue.h"
+#include "catalogue/Constraints.h"
+#include "execute/AppLocks.h"
+#include "execute/Engine.h"
+#include "execute/Frame.h"
+#include "functions/Functions.h"
+#include "storage/Backup.h"
+#include "storage/Connection.h"
+#include "storage/Storage.h"
+#include "syntax/Ast.h"
+#include "syntax/Parser.h"
+#include "translate/Translator.h"
+
+namespace tsql {
+
+enum class Flow { Next, Break, Continue, Return };
+
+// How the running of statements is left early.
+struct Raised {  // an error on its way to the CATCH block around it
+    Message message;
+    const Frame* within = nullptr;  // whose CATCH blocks do not see it
+};
+struct ScopeEnd {};    // the procedure, or the batch outside of one
+struct BatchEnd {};    // the whole batch
+struct SessionEnd {};  // severity 20 and above
+
+// What SET sets; a procedure or a text gives it back as it was.
+struct Settings {
+    bool noCount = false;
+    bool abortOnError = false;  // XACT_ABORT
+    bool implicitTransactions = false;
+    bool quotedIdentifiers = true;
+    bool describeOnly = false;        // FMTONLY
+    std::string identityInsert = {};  // full name of the table whose identity may be given
+    int lockTimeout = -1;             // milliseconds; negative: as long as usual
+};
+
+std::string hostName();
+Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)
+
+class Executor final : public NameResolver {
+  public:
+    Executor(Engine& engine, Client client, std::string_view database, int spid);
+    ~Executor() override;
+
+    bool runBatch(std::string_view text, ResultSink& sink);
+    bool call(ProcedureCall& call, ResultSink& sink);
+    bool resetAroundTransaction(std::string_view database);
+    const std::string& database() const { return m_database; }
+
+    // For the functions that are registered in SQLite.
+    Value variableValue(std::string_view name);
+    // A scalar function that T-SQL defines.
+    Value callFunction(std::string_view database, std::string_view name, std::span<const CellView> arguments);
+    // NameResolver
+    SqlType variableType(std::string_view name) override;
+    std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
+    TableInfo table(const ast::ObjectName& name) override { return table(name, 208); }
+    std::optional<SystemView> view(const ast::ObjectName& name) override;
+    std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
+    void within(const StoredModule& query, const std::function<void()>& work) override;
+
+    bool isCancelled() const { return m_sink && m_sink->cancelled(); }
+
+  private:
+    friend struct SessionFunctions;
+    // ---- flow, variables, errors (Executor.cpp)
+    template <typename Work>
+    bool run(ResultSink& sink, Frame& frame, Work work);
+    Flow runBlock(const ast::Block& block);
+    Flow runStatement(const ast::Statement& statement);
+    static bool isAlone(const ast::Block& block);
+    void check(const ast::Block& block);
+    void check(const ast::Statement& statement);
+    template <typename Node>
+    void checkNode(const Node& node);
+    Flow describe(const ast::Statement& statement);
+    Flow run(const ast::Declare& declare);
+    Flow run(const ast::Assign& assign);
+    Flow run(const ast::If& node);
+    Flow run(const ast::While& node);
+    Flow run(const ast::Break&) { return Flow::Break; }
+    Flow run(const ast::Continue&) { return Flow::Continue; }
+    Flow run(const ast::Return& node);
+    Flow run(const ast::Compound& node) { return runBlock(node.statements); }
+    Flow run(const ast::TryCatch& node);
+    Flow run(const ast::Print& print);
+    Flow run(const ast::RaiseError& raise);
+    Flow run(const ast::Throw& node);
+    Flow run(const ast::WaitFor& wait);
+    void fail(const SqlError& error, int line);
+    void afterError(const Message& message, bool raised);
+    static bool endsScope(int number);
+    void report(const Message& message) const;
+    void inform(int number, std::initializer_list<std::string_view> values = {}) const;
+    Message messageOf(const SqlError& error, int line) const;
+    static Message messageOf(const SyntaxError& error);
+    SqlError errorOf(const SqliteFailure& failure);
+    void done(std::int64_t count, bool isSelect = false);
+    void warnOfNulls();
+    Flow finished(std::int64_t rowCount = 0);  // of a statement without rows
+    void failingAs(const SqlError& failure, const std::function<void()>& work);
+    Value compute(const std::string& sql, const Translator& translator);
+    std::optional<TypedValue> knownValue(const ast::Expr& expr);
+    TypedValue evaluate(const ast::Expr& expr);
+    Value evaluate(const ast::Expr& expr, const SqlType& type);
+    std::string evaluateText(const ast::Expr& expr);
+    bool holds(const ast::Expr& condition);
+    std::vector<Value> parameterValues(const Translator& translator);
+    void setVariable(const std::string& name, const CellView& value, const SqlType& type);
+
+    // ---- cursors (ExecutorCursors.cpp)
+    Flow run(const ast::DeclareCursor& declare);
+    Flow run(const ast::ChangeCursor& change);
+    Flow run(const ast::Fetch& fetch);
+    void openCursor(Cursor& cursor);
+    Cursors& cursorsWith(const ast::CursorName& cursor);
+    Value cursorStatus(std::string_view scope, std::string_view name);
+
+    // ---- queries and changes of rows (ExecutorQueries.cpp)
+    Flow run(const ast::SelectStatement& statement);
+    Flow run(const ast::Insert& insert);
+    Flow run(const ast::Update& update);
+    Flow run(const ast::Delete& statement);
+    Flow run(const ast::Truncate& truncate);
+    std::int64_t sendRows(PreparedStatement& statement, const QueryText& text);
+    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments);
+    // Has the rows that `work` sends taken by `take` in place of the client.
+    using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+    void divert(const RowTaker& take, const std::function<void()>& work);
+    void selectInto(const ast::Query& query, const ast::ObjectName& name);
+    std::vector<const TableColumn*> insertColumns(const TableInfo& target,
+                                                  const std::vector<std::string>& names,
+                                                  bool defaultValues) const;
+    std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                           const ast::Insert& insert, Translator& translator);
+    void insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                      const std::function<void()>& work);
+    void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
+                          const Translator& translator, const std::optional<ast::Output>& output);
+    void updateInSteps(const TableInfo& target, const Translator& translator,
+                       const std::optional<ast::Output>& output);
+    void change(const TableInfo& target, std::string_view verb, const std::string& sql,
+                const Translator& translator);
+    void rememberIdentity(const TableInfo& target, std::int64_t rows);
+    void loseIdentity(const TableInfo& target);
+    void skipIdentities();
+
+    // ---- definitions (ExecutorDefinitions.cpp)
+    Flow run(const ast::CreateTable& create);
+    Flow run(const ast::AlterTable& alter);
+    Flow run(const ast::CreateIndex& create);
+    Flow run(const ast::AlterIndex& alter);
+    Flow run(const ast::Drop& drop);
+    void define(const ast::ObjectName& name, const std::function<void(Catalogue&)>& work);
+    void checkDefaults(const ast::CreateTable& definition);
+    TableInfo createTable(const ast::CreateTable& create);
+    bool isOwn(const ObjectInfo& temporaryTable) const;
+    void startIdentity(const TableInfo& table);
+    std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
+                                            const ast::CreateTable& definition);
+    ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
+    std::string tableBody(Catalogue& catalogue, const TableInfo& table);
+    void makeKeyIndex(const TableInfo& table, const ObjectInfo& key);
+    void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list);
+    void dropIndex(const TableInfo& table, const std::string& name);
+    void dropIndex(const ast::ObjectName& name, bool ifExists);
+    void redefine(Catalogue& catalogue, const TableInfo& table);
+    void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
+    void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
+    void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
+    void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
+                          const std::vector<ObjectInfo>& keys);
+    void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
+    void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
+    void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
+    void dropTemporaryTables(Frame& frame);
+    void dropTemporaryTables();
+    void dropTable(const TableInfo& table);
+    void declareTable(const ast::Declaration& declaration);
+    // Does `rollback`; the table variables keep what they hold.
+    void keepTables(const std::function<void()>& rollback);
+
+    // ---- procedures of the system (ExecutorSystem.cpp)
+    struct SystemProcedure {
+        std::string_view name;
+        std::string_view parameters;
+        int (Executor::*body)(const Frame& frame);
+    };
+    static const SystemProcedure* systemProcedure(std::string_view name);
+    int helpText(const Frame& frame);
+    int getAppLock(const Frame& frame);
+    int releaseAppLock(const Frame& frame);
+    std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
+
+    // ---- procedures and functions (ExecutorModules.cpp)
+    Flow run(const ast::CreateModule& module);
+    Flow run(const ast::Execute& execute);
+    void checkBody(const ast::CreateModule& module);
+    void tellOfMissing(const ast::ObjectName& procedure);
+    std::shared_ptr<const Batch> parsed(const std::string& text);
+    // `inside`: the database that it runs in; empty: the session's.
+    void runText(const std::string& text, const std::string& inside);
+    void executeSql(const ast::Execute& execute, const std::string& database);
+    void callProcedure(const ast::Execute& execute, const ast::ObjectName& name,
+                       const SystemProcedure* system);
+    void checkTransactions(int before, const std::string& procedure);
+    // The call's arguments in the order of the parameters, null for those that are not given.
+    using Arguments = std::vector<const ast::Argument*>;
+    Arguments bindArguments(const ast::CreateModule& module, const ast::Execute& execute,
+                            const std::string& name, Frame& frame);
+    Value argumentValue(const ast::Expr& argument, const SqlType& type);
+    void returnOutputs(const ast::CreateModule& module, const Arguments& arguments,
+                       const ast::Execute& execute, const Frame& frame);
+    void inFrame(Frame& frame, const std::function<void()>& work);
+    void runFrame(const ast::Block& body, Frame& frame);
+    bool runScope(const ast::Block& body, Frame& frame);
+    std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
+
+    // ---- transactions (ExecutorTransactions.cpp)
+    Flow run(const ast::Transaction& transaction);
+    void beforeWrite();
+    void claim(const ast::ObjectName& target);
+    void begin(const std::string& name);
+    void beginImplicitly(const ast::Statement& statement);
+    void save(const std::string& name);
+    void commit();
+    void rollBack();
+    void undoTransaction();
+    void rollBackTo(const std::string& name);
+    void endTransaction(TransactionEvent event);
+    bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
+
+    // ---- settings, databases, backup (ExecutorAdministration.cpp)
+    Flow run(const ast::SetOption& option);
+    Flow run(const ast::Use& use);
+    Flow run(const ast::CreateDatabase& create);
+    Flow run(const ast::AlterDatabase& alter);
+    Flow run(const ast::Backup& backup);
+    Flow run(const ast::Restore& restore);
+    void set(const Settings& settings);
+    void useDatabase(const std::string& name);
+    void releaseDatabase(std::string_view name, const SqlError& inUse);
+    void dropDatabase(const std::string& name, bool ifExists);
+    void informDone(std::string_view verb, const BackupHeader& header, std::string_view database,
+                    std::chrono::steady_clock::time_point start) const;
+    Progress progress(std::int64_t step) const;
+    void runMedia(std::string_view verb, const std::function<void()>& work);
+    Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);
+    void restoreFrom(const std::string& file, const ast::Restore& restore);
+    void reportFilesInUse(const BackupHeader& header) const;
+
+    // ---- names (ExecutorNames.cpp)
+    struct Global;
+    static const std::vector<Global>& globals();
+    static const Global& global(std::string_view name);
+    std::string databaseOf(const ast::ObjectName& name) const;
+    Catalogue catalogue(const ast::ObjectName& name);
+    static std::string asWritten(const ast::ObjectName& name);
+    TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
+    Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
+    const Variable& local(std::string_view name);
+
+    Engine& m_engine;
+    FunctionContext m_functions{this};
+    Connection m_connection;
+    Client m_client;
+    std::string m_database;
+    int m_spid;
+    ResultSink* m_sink = nullptr;
+    std::vector<Frame*> m_frames;
+    std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
+    std::vector<Message> m_caught;  // by the CATCH blocks that run now
+    RowChange m_change;             // that runs now, for the texts of its errors
+    // Tables that the transaction has looked up: they stay what they are until it defines something itself.
+    std::unordered_map<std::string, TableInfo> m_knownTables;
+    std::string m_text;           // the batch that runs now
+    int m_line = 1;               // of the statement that runs now
+    int m_tries = 0;              // TRY blocks around it
+    int m_error = 0;              // @@ERROR
+    std::int64_t m_rowCount = 0;  // @@ROWCOUNT
+    std::optional<std::int64_t> m_identity;
+    // The last identities that the transaction has given out, by schema and stored name of their tables.
+    std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
+    Cursors m_cursors;           // the GLOBAL ones
+    bool m_checking = false;     // statements before they run
+    bool m_insertsRows = false;  // of a procedure or text that runs
+    int m_fetchStatus = 0;
+    std::int64_t m_cursorRows = 0;
+    int m_transactions = 0;         // @@TRANCOUNT
+    bool m_doomed = false;          // the transaction can only be rolled back
+    bool m_begun = false;           // it has begun in SQLite as well
+    bool m_outlivedReset = false;   // the session was reset around it
+    std::string m_transactionName;  // of the outermost one
+    Settings m_settings;
+    bool m_abortsCancelled = false;  // where it was cancelled, XACT_ABORT was on
+};
+
+}  // namespace tsql

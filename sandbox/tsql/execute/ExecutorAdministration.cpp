@@ -1,0 +1,213 @@
+// Settings, databases, backup.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "storage/Backup.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr int kLongestLockTimeout = 60'000;  // milliseconds
+
+}  // namespace
+
+void Executor::set(const Settings& settings) {
+    m_settings = settings;
+    m_connection.setLockTimeout(std::chrono::milliseconds(m_settings.lockTimeout));
+}
+
+Flow Executor::run(const SetOption& option) {
+    for (const auto& name : option.names) {
+        if (name == "NOCOUNT") m_settings.noCount = option.on;
+        if (name == "FMTONLY") m_settings.describeOnly = option.on;
+        if (name == "XACT_ABORT") m_settings.abortOnError = option.on;
+        if (name == "IMPLICIT_TRANSACTIONS") m_settings.implicitTransactions = option.on;
+        if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;
+        if (name == "LOCK_TIMEOUT") {
+            m_settings.lockTimeout =
+                static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
+            m_connection.setLockTimeout(std::chrono::milliseconds(m_settings.lockTimeout));
+        }
+    }
+    if (option.table) {
+        const TableInfo target = table(*option.table, 1088, 11);
+        if (!target.identityColumn()) throw sqlError(8106, {target.name});
+        if (option.on && !m_settings.identityInsert.empty() && m_settings.identityInsert != target.fullName())
+            throw sqlError(8107, {m_settings.identityInsert, target.name});
+        if (option.on || m_settings.identityInsert == target.fullName())
+            m_settings.identityInsert = option.on ? target.fullName() : "";
+    }
+    return finished();
+}
+
+// ---- databases
+
+void Executor::useDatabase(const std::string& name) {
+    m_connection.attach(name);
+    const std::string before = std::exchange(m_database, m_engine.storage.canonicalName(name));
+    m_sink->databaseChanged(before, m_database);
+}
+
+Flow Executor::run(const Use& use) {
+    if (!m_frames.back()->procedure.empty())
+        throw sqlError(154, {"a USE database statement", "a procedure, function or trigger"});
+    useDatabase(use.database);
+    inform(5701, {m_database});
+    return finished();
+}
+
+Flow Executor::run(const CreateDatabase& create) {
+    if (m_transactions > 0) throw sqlError(226, {"CREATE DATABASE"});
+    m_engine.storage.create(create.name);
+    return finished();
+}
+
+Flow Executor::run(const AlterDatabase& alter) {
+    const std::string name = alter.name.empty() ? m_database : m_engine.storage.canonicalName(alter.name);
+    if (name.empty()) throw sqlError(5011, {alter.name});
+    if (m_transactions > 0) throw sqlError(226, {"ALTER DATABASE"});
+    if (alter.newName.empty()) return finished();
+    releaseDatabase(name, sqlError(5030));
+    m_engine.storage.rename(name, alter.newName);
+    inform(5021, {alter.newName});
+    return finished();
+}
+
+// Lets go of the database, unless sessions have it that go on.
+void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
+    if (databaseKey(name) == databaseKey(m_database) ||
+        m_engine.storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name)))
+        throw inUse;
+    m_connection.detach(name);
+}
+
+void Executor::dropDatabase(const std::string& name, bool ifExists) {
+    if (!m_engine.storage.exists(name)) {
+        if (ifExists) return;
+        throw sqlError(3701, {"database", name}, 1);
+    }
+    if (m_transactions > 0) throw sqlError(226, {"DROP DATABASE"});
+    releaseDatabase(name, sqlError(3702, {name}));
+    m_engine.storage.drop(name);
+}
+
+// ---- backup
+
+// "10 percent processed." as often as STATS asks for it; and whether the client waits for it still.
+Progress Executor::progress(std::int64_t step) const {
+    return [this, step, told = std::int64_t{0}](int percent) mutable {
+        if (isCancelled()) throw BatchEnd{};
+        while (step > 0 && told < 100 && std::min<std::int64_t>(told + step, 100) <= percent)
+            inform(3211, {std::to_string(told = std::min<std::int64_t>(told + step, 100))});
+    };
+}
+
+// An error in it is followed by one that says what ends.
+void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
+    failingAs(sqlError(3013, {verb}), [&] {
+        if (m_transactions > 0) throw sqlError(3021);
+        work();
+    });
+}
+
+void Executor::informDone(std::string_view verb, const BackupHeader& header, std::string_view database,
+                          std::chrono::steady_clock::time_point start) const {
+    const double seconds =
+        std::max(0.001, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    constexpr double kMegabyte = 1024.0 * 1024.0;
+    char speed[80];
+    std::snprintf(speed, sizeof speed, "%.3f seconds (%.3f MB/sec)", seconds,
+                  static_cast<double>(header.bytes) / kMegabyte / seconds);
+    const std::string pages = std::to_string(header.pages);
+    inform(4035, {pages, database, header.database});
+    inform(3014, {verb, pages, speed});
+}
+
+Flow Executor::run(const ast::Backup& backup) {
+    runMedia("BACKUP DATABASE", [&] {
+        const auto start = std::chrono::steady_clock::now();
+        const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
+        const BackupHeader header =
+            backupDatabase(m_engine.storage, evaluateText(*backup.database), evaluateText(*backup.file),
+                           progress(backup.stats), given(backup.name), given(backup.description));
+        beforeWrite();
+        const Value values[] = {header.name, header.database, header.started, header.finished, header.bytes};
+        m_connection.run("INSERT INTO " + m_connection.attach("msdb") +
+                             ".backupset (name, database_name, backup_start_date, backup_finish_date, type, "
+                             "backup_size) VALUES (nullif(?1, ''), ?2, ?3, ?4, 'D', ?5)",
+                         values);
+        informDone("BACKUP", header, header.database, start);
+    });
+    return finished();
+}
+
+Flow Executor::run(const Restore& restore) {
+    constexpr const char* kVerbs[] = {"RESTORE DATABASE", "RESTORE FILELIST", "RESTORE HEADERONLY",
+                                      "VERIFY DATABASE"};
+    std::optional<BackupReport> report;
+    runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
+        const std::string file = evaluateText(*restore.file);
+        if (restore.kind == RestoreKind::Verify) {
+            verifyBackup(file, progress(0));
+            inform(3262);
+        } else if (restore.kind == RestoreKind::Database) {
+            restoreFrom(file, restore);
+        } else {
+            const BackupHeader header = readBackupHeader(file);
+            report = restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header);
+        }
+    });
+    return report ? sendTable(report->columns, report->rows) : finished();
+}
+
+// A result set that no query gives.
+Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
+    m_sink->columns(columns);
+    for (const auto& row : rows) {
+        std::vector<CellView> cells(row.size());
+        std::transform(row.begin(), row.end(), cells.begin(), viewOf);
+        m_sink->row(cells);
+    }
+    m_rowCount = static_cast<std::int64_t>(rows.size());
+    m_error = 0;
+    done(m_rowCount, true);
+    return Flow::Next;
+}
+
+void Executor::restoreFrom(const std::string& file, const Restore& restore) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::string name = evaluateText(*restore.database);
+    std::vector<std::string> moved;
+    for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
+    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(3102, {name});
+    if (m_engine.storage.exists(name)) releaseDatabase(name, sqlError(3101));
+    try {
+        const BackupHeader header =
+            restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
+        m_connection.attach(name);  // which brings its indexes up to date
+        informDone("RESTORE", header, name, start);
+    } catch (const SqlError& error) {
+        constexpr int kFileInUse = 1834;
+        if (error.number != kFileInUse) throw;
+        reportFilesInUse(readBackupHeader(file));
+        throw sqlError(3119);
+    }
+}
+
+void Executor::reportFilesInUse(const BackupHeader& header) const {
+    if (m_tries > 0) return;
+    for (const auto& row : fileListOf(header).rows) {
+        const auto &name = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
+        report(messageOf(sqlError(1834, {path, header.database}), m_line));
+        report(messageOf(sqlError(3156, {name, path}), m_line));
+    }
+}
+
+}  // namespace tsql

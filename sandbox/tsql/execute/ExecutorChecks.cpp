@@ -1,0 +1,107 @@
+// What is wrong with statements whatever their values are: it is found before the first of them runs.
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "types/Finally.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+// Whether it is one statement, which nothing precedes and which holds no other.
+bool Executor::isAlone(const Block& block) {
+    const auto holdsOthers = [](const auto& node) {
+        return requires {
+            node.statements;
+        }
+        || requires {
+            node.attempt;
+        }
+        || requires {
+            node.condition;
+        };
+    };
+    return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
+}
+
+template <typename Node>
+void Executor::checkNode(const Node& node) {
+    Translator translator(*this);
+    if constexpr (requires { node.condition; }) translator.condition(*node.condition);
+    if constexpr (requires { node.value; })
+        if (node.value) {
+            const Typed value = translator.value(*node.value);
+            if constexpr (requires { node.type; })
+                if (!value.nullLiteral) requireImplicit(value.type, node.type);
+        }
+    if constexpr (std::is_same_v<Node, If>) {
+        check(*node.then);
+        if (node.otherwise) check(*node.otherwise);
+    } else if constexpr (std::is_same_v<Node, While>) {
+        check(*node.body);
+    } else if constexpr (std::is_same_v<Node, Compound>) {
+        check(node.statements);
+    } else if constexpr (std::is_same_v<Node, TryCatch>) {
+        check(node.attempt);
+        check(node.handler);
+    } else if constexpr (std::is_same_v<Node, Declare>) {
+        for (const auto& each : node.variables) {
+            if (each.table) declareTable(each);
+            checkNode(each);
+        }
+    } else if constexpr (std::is_same_v<Node, Use>) {
+        if (!m_engine.storage.exists(node.database)) throw sqlError(911, {node.database});
+        m_frames.back()->database = node.database;
+    } else if constexpr (std::is_same_v<Node, SelectStatement> || std::is_same_v<Node, DeclareCursor>) {
+        translator.query(*node.query);
+    } else if constexpr (std::is_same_v<Node, Insert>) {
+        const TableInfo target = table(node.table);
+        const auto columns = insertColumns(target, node.columns, node.defaultValues);
+        if (node.execute)
+            checkNode(std::get<Execute>(node.execute->node));
+        else
+            insertText(target, columns, node, translator);
+    } else if constexpr (std::is_same_v<Node, Execute>) {
+        tellOfMissing(node.procedure);
+    } else if constexpr (std::is_base_of_v<Change, Node>) {
+        const ObjectName& name = Translator::targetName(node.table, node.from);
+        translator.useCommonTables(node, name);
+        const TableInfo target = table(name);
+        if constexpr (std::is_same_v<Node, Update>)
+            translator.update(target, node);
+        else
+            translator.remove(target, node);
+    }
+}
+
+// Of what a procedure that is defined calls; those of the system are not all here.
+void Executor::tellOfMissing(const ObjectName& procedure) {
+    const Frame& frame = *m_frames.back();
+    const bool ofSystem = lowerAscii(procedure.name).starts_with("sp_");
+    if (frame.procedure.empty() || procedure.name.empty() || ofSystem) return;
+    if (!module(procedure, objectType::kProcedure)) inform(2007, {frame.procedure, asWritten(procedure)});
+}
+
+// Not within a transaction that has changed something: it could no longer wait for what it has looked at.
+void Executor::check(const Block& block) {
+    if (m_connection.inTransaction() || m_settings.describeOnly) return;
+    const Finally again([this, &frame = *m_frames.back(), database = m_frames.back()->database,
+                         checking = std::exchange(m_checking, true)] {
+        frame.database = database;
+        m_checking = checking;
+    });
+    for (const auto& statement : block) check(*statement);
+}
+
+// What is not there yet may come to be until its statement runs, and a temporary table may be another by
+// then.
+void Executor::check(const Statement& statement) {
+    try {
+        std::visit([this](const auto& node) { checkNode(node); }, statement.node);
+    } catch (const SqlError& error) {
+        if (error.number == 208 || error.number == 4121 || !endsScope(error.number)) return;
+        fail(error, statement.line);
+    }
+}
+
+}  // namespace tsql

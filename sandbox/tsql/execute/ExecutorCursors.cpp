@@ -1,0 +1,125 @@
+// Cursors: DECLARE, OPEN, FETCH, CLOSE, DEALLOCATE.
+#include <algorithm>
+
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::size_t kMostRows = 1'000'000;  // they are held in memory
+
+// Where the cursor comes to stand, on a row or beside them all.
+std::int64_t target(const Cursor& cursor, FetchFrom from, std::int64_t offset) {
+    const auto rows = static_cast<std::int64_t>(cursor.rows.size());
+    const std::int64_t places[] = {cursor.at + 1,  // in the order of FetchFrom
+                                   cursor.at - 1,     1, rows, offset < 0 ? rows + 1 + offset : offset,
+                                   cursor.at + offset};
+    return std::clamp<std::int64_t>(places[static_cast<int>(from)], 0, rows + 1);
+}
+
+}  // namespace
+
+// The cursors that a name stands for one of: the innermost frame's, or the session's.
+Cursors& Executor::cursorsWith(const CursorName& cursor) {
+    const std::string name = toLower(cursor.name);
+    Cursors& local = m_frames.back()->cursors;
+    if (!cursor.global && local.contains(name)) return local;
+    if (!m_cursors.contains(name)) throw sqlError(16916, {cursor.name});
+    return m_cursors;
+}
+
+Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
+    const Cursors& cursors = sameWord(scope, "local") ? m_frames.back()->cursors : m_cursors;
+    const auto found = cursors.find(toLower(name));
+    if (found == cursors.end() || sameWord(scope, "variable")) return std::int64_t{-3};
+    if (!found->second.open) return std::int64_t{-1};
+    return std::int64_t{!found->second.rows.empty()};
+}
+
+Flow Executor::run(const DeclareCursor& declare) {
+    Cursors& cursors = declare.local ? m_frames.back()->cursors : m_cursors;
+    const std::string name = toLower(declare.name);
+    if (cursors.contains(name)) throw sqlError(16915, {declare.name});
+    Translator translator(*this);
+    Cursor cursor;
+    cursor.query = translator.query(*declare.query);
+    if (!translator.assignments().empty())
+        throw sqlError(154, {"Variable assignment", "a cursor declaration"});
+    cursor.parameters = parameterValues(translator);
+    cursor.scroll = declare.scroll;
+    cursor.counted = declare.counted;
+    cursors.emplace(name, std::move(cursor));
+    return finished(1);
+}
+
+Flow Executor::run(const ChangeCursor& change) {
+    const std::string name = toLower(change.cursor.name);
+    Cursors& cursors = cursorsWith(change.cursor);
+    Cursor& cursor = cursors.at(name);
+    if (change.verb == CursorVerb::Open) {
+        if (cursor.open) throw sqlError(16905);
+        openCursor(cursor);
+    } else if (change.verb == CursorVerb::Deallocate) {
+        cursors.erase(name);
+    } else {
+        if (!cursor.open) throw sqlError(16917);
+        cursor.open = false;
+        cursor.rows.clear();
+    }
+    return finished();
+}
+
+void Executor::openCursor(Cursor& cursor) {
+    cursor.rows.clear();
+    cursor.at = 0;
+    PreparedStatement statement(m_connection, cursor.query.sql);
+    statement.bindAll(cursor.parameters);
+    const auto keep = [&](std::span<const Column>, std::span<const CellView> cells) {
+        if (cursor.rows.size() == kMostRows)
+            throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
+        std::vector<Value>& row = cursor.rows.emplace_back();
+        for (const auto& cell : cells) row.push_back(ownedValue(cell));
+    };
+    divert(keep, [&] { sendRows(statement, cursor.query); });
+    cursor.open = true;
+    m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
+}
+
+Flow Executor::run(const Fetch& fetch) {
+    Cursor& cursor = cursorsWith(fetch.cursor).at(toLower(fetch.cursor.name));
+    const auto& columns = cursor.query.columns;
+    if (!cursor.open) throw sqlError(16917);
+    constexpr std::string_view kTypes[] = {"next", "prior", "first", "last", "absolute", "relative"};
+    if (!cursor.scroll && fetch.from != FetchFrom::Next)
+        throw sqlError(16911, {kTypes[static_cast<std::size_t>(fetch.from)]});
+    if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(16924);
+    const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
+    const auto* number = std::get_if<std::int64_t>(&offset);
+    cursor.at = target(cursor, fetch.from, number ? *number : 0);
+    const auto before = static_cast<std::size_t>(std::max<std::int64_t>(cursor.at - 1, 0));
+    const bool found = cursor.at > 0 && before < cursor.rows.size();
+    const auto rows = std::span(cursor.rows).subspan(before, found);
+    m_fetchStatus = found ? 0 : -1;
+    if (fetch.into.empty()) {
+        std::vector<Column> heads(columns.size());
+        std::transform(columns.begin(), columns.end(), heads.begin(),
+                       [](const auto& each) { return each.column; });
+        return sendTable(heads, rows);
+    }
+    for (std::size_t i = 0; found && i < columns.size(); ++i) try {
+            setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
+        } catch (const SqlError& error) {
+            constexpr int kClash = 206, kNotImplicit = 257;
+            if (error.number != kClash && error.number != kNotImplicit) throw;
+            throw sqlError(16922,
+                           {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
+        }
+    return finished(found);
+}
+
+}  // namespace tsql

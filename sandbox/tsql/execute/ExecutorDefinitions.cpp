@@ -1,0 +1,563 @@
+// CREATE, ALTER and DROP of tables and indexes.
+#include <algorithm>
+
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "storage/Atomic.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+std::string_view storageClass(const SqlType& type) {
+    if (isBinary(type.id) || isWide(type)) return "BLOB";
+    if (isExact(type.id)) return "INTEGER";
+    if (isApproximate(type.id)) return "REAL";
+    return "TEXT COLLATE ts_ci";
+}
+
+// The identity is SQLite's own key already.
+bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
+    const TableColumn* identity = table.identityColumn();
+    const bool isKey = key.type == objectType::kPrimaryKey || key.type == objectType::kUnique;
+    return isKey && (!identity || key.columns.size() > 1 || !sameText(identity->name, key.columns.front()));
+}
+
+std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
+    return quotedName(name + "@" + std::to_string(table) + std::string(suffix));
+}
+
+// In a unique key of T-SQL one NULL equals another, in SQLite's none does: the rows that hold one have an
+// index of their own, of which this is the end. Empty: no column takes NULL.
+std::string nullsOf(const TableInfo& table, const ObjectInfo& index) {
+    std::string list, condition;
+    for (const auto& name : index.columns) {
+        const TableColumn& column = *table.column(name);
+        const std::string isNull = quotedName(name) + " IS NULL";
+        list += (list.empty() ? "" : ", ") + isNull + ", " +
+                collated({"ifnull(" + quotedName(name) + ", 0)", column.type});
+        if (column.nullable) condition += (condition.empty() ? "" : " OR ") + isNull;
+    }
+    return condition.empty() ? "" : list + ") WHERE " + condition;
+}
+
+const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name, bool isIndex) {
+    const auto found = std::ranges::find_if(keys, [&](const ObjectInfo& key) {
+        return (key.type == objectType::kIndex) == isIndex && sameText(key.name, name);
+    });
+    return found == keys.end() ? nullptr : &*found;
+}
+
+void requireKeyType(const TableInfo& table, const TableColumn& column) {
+    if (column.type.length == SqlType::kMax || isLob(column.type.id))
+        throw sqlError(1919, {column.name, table.name});
+}
+
+struct ConstraintFacts {
+    std::string_view type, prefix;  // of a name that is made up
+};
+constexpr ConstraintFacts kConstraints[] = {
+    {objectType::kPrimaryKey, "PK"},  // in the order of ConstraintKind
+    {objectType::kUnique, "UQ"},
+    {objectType::kCheck, "CK"},
+    {objectType::kForeignKey, "FK"},
+    {objectType::kDefault, "DF"}};
+
+// `create`: what tells that the column is of the primary key.
+TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
+    TableColumn column{definition.name, definition.type, !definition.identity, definition.identity};
+    for (const auto* constraint : allConstraints(create))
+        if (constraint->kind == ConstraintKind::PrimaryKey)
+            for (const auto& name : constraint->columns)
+                column.nullable = column.nullable && !sameText(name, column.name);
+    column.nullable = definition.nullable.value_or(column.nullable);
+    for (const auto& constraint : definition.constraints)
+        if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
+    return column;
+}
+
+std::string columnText(const TableColumn& column) {
+    if (column.identity) return quotedName(column.name) + " INTEGER PRIMARY KEY AUTOINCREMENT";
+    return quotedName(column.name) + " " + std::string(storageClass(column.type)) +
+           (column.nullable ? "" : " NOT NULL");
+}
+
+}  // namespace
+
+// Changes the catalogue that has the name, and what it describes: all of it, or nothing.
+void Executor::define(const ObjectName& name, const std::function<void(Catalogue&)>& work) {
+    claim(name);
+    Catalogue owner = catalogue(name);
+    beforeWrite();
+    Atomic atomic(m_connection, owner.schema());
+    m_knownTables.clear();
+    work(owner);
+    m_knownTables.clear();
+    atomic.commit();
+}
+
+Flow Executor::run(const CreateTable& create) {
+    createTable(create);
+    return finished();
+}
+
+// Their texts are read again where rows get them, and tell no variable then.
+void Executor::checkDefaults(const CreateTable& definition) {
+    for (const auto* constraint : allConstraints(definition))
+        if (constraint->kind == ConstraintKind::Default)
+            Translator(*this).value(*parseExpression(constraint->text));
+}
+
+TableInfo Executor::createTable(const CreateTable& create) {
+    checkDefaults(create);
+    const std::string& name = create.table.name;
+    ObjectInfo object{0, name, std::string(objectType::kTable), 0, name};
+    TableInfo table;
+    for (const auto& definition : create.columns) {
+        if (table.column(definition.name)) throw sqlError(2705, {definition.name, name});
+        if (definition.identity && (!isExact(definition.type.id) || definition.type.scale > 0))
+            throw sqlError(2749, {definition.name});
+        if (definition.identity && isWide(definition.type))
+            throw unsupported("an identity of more than 18 digits");
+        if (definition.identity && definition.nullable.value_or(false))
+            throw sqlError(8147, {definition.name, name});
+        if (definition.identity && table.identityColumn()) throw sqlError(2744, {name});
+        table.columns.push_back(columnOf(definition, create));
+        if (definition.identity) object.seed = definition.seed;
+    }
+    const auto constraints = allConstraints(create);
+    if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
+        throw sqlError(8110, {name});
+    define(create.table, [&](Catalogue& owner) {
+        const auto taken = owner.find(name);
+        if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
+            throw sqlError(2714, {name});
+        if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
+        owner.save(object);
+        owner.addColumns(object.id, table.columns);
+        table = *owner.table(name);
+        const auto keys = noteConstraints(owner, table, create);
+        table = *owner.table(name);
+        m_connection.run("CREATE TABLE " + table.sqlName() + " (" + tableBody(owner, table) + ")");
+        for (const auto& key : keys) makeKeyIndex(table, key);
+        startIdentity(table);
+    });
+    if (table.name.starts_with('#')) m_frames.back()->temporary.push_back(table);
+    return table;
+}
+
+// Whether the temporary table is of the frame that runs now: a procedure may have one by a name of its
+// caller's.
+bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
+    return m_frames.size() == 1 || std::ranges::any_of(m_frames.back()->temporary, [&](const auto& table) {
+               return table.id == temporaryTable.id && table.stored == temporaryTable.stored;
+           });
+}
+
+// What the identity's next value follows.
+void Executor::startIdentity(const TableInfo& table) {
+    if (!table.identityColumn()) return;
+    const Value start[] = {table.stored, table.seed - 1};
+    m_connection.run("DELETE FROM " + table.schema + ".sqlite_sequence WHERE name = ?1", {start, 1});
+    m_connection.run("INSERT INTO " + table.schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", start);
+}
+
+// Does `work`; what goes wrong in it is told, and then that the whole failed for it.
+void Executor::failingAs(const SqlError& failure, const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const SqlError& cause) {
+        if (m_tries == 0) report(messageOf(cause, m_line));  // a CATCH block sees the last error alone
+        throw failure;
+    }
+}
+
+std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const TableInfo& table,
+                                                  const CreateTable& definition) {
+    std::vector<ObjectInfo> keys;
+    failingAs(sqlError(1750), [&] {
+        for (const auto* constraint : allConstraints(definition)) {
+            ObjectInfo key = constraintOf(catalogue, table, *constraint);
+            if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
+                inform(1756, {key.name});
+                continue;
+            }
+            catalogue.save(key);
+            keys.push_back(key);
+        }
+        for (const auto& key : keys)
+            if (key.type == objectType::kForeignKey) referencedColumns(catalogue, key);
+    });
+    return keys;
+}
+
+// The constraint as the catalogue will have it; a default is entered into its column.
+ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
+                                  const Constraint& constraint) {
+    const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
+    ObjectInfo key{0, constraint.name, std::string(type), table.id, constraint.references};
+    key.source = constraint.source;
+    key.table = table.name;
+    for (const auto& name : constraint.columns) {
+        const TableColumn* column = table.column(name);
+        if (!column && constraint.kind == ConstraintKind::ForeignKey)
+            throw sqlError(1769, {key.name, name, table.name});
+        if (!column) throw sqlError(1911, {name});
+        if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
+            throw sqlError(8111, {table.name});
+        if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique)
+            requireKeyType(table, *column);
+        key.columns.push_back(column->name);
+    }
+    if (constraint.kind == ConstraintKind::Check) {
+        const auto read = Translator(*this).check(table, *constraint.check).columns;
+        for (const auto& name : read)
+            if (!key.columns.empty() && name != key.columns.front())
+                throw sqlError(8141, {key.columns.front(), table.name});
+        key.columns.assign(read.begin(), read.end());
+    }
+    if (key.name.empty())  // "PK__Orders__7_42"
+        key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
+                   "_" + std::to_string(catalogue.lastId() + 1);
+    if (catalogue.find(key.name) && !catalogue.isTemporary()) throw sqlError(2714, {key.name}, 5);
+    for (const auto& other : catalogue.keysOf(table.id)) {
+        if (other.type != type) continue;
+        if (constraint.kind == ConstraintKind::PrimaryKey) throw sqlError(1779, {table.name});
+        if (constraint.kind == ConstraintKind::Default && other.columns == key.columns) throw sqlError(1781);
+    }
+    if (constraint.kind == ConstraintKind::Default) {
+        TableColumn column = *table.column(key.columns.front());
+        column.byDefault = constraint.text;
+        catalogue.changeColumn(table.id, column);
+    }
+    return key;
+}
+
+// What stands between the brackets of SQLite's CREATE TABLE; keys are indexes of their own.
+std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
+    std::string body;
+    for (const auto& column : table.columns) body += (body.empty() ? "" : ", ") + columnText(column);
+    for (const auto& key : catalogue.keysOf(table.id)) {
+        const std::string name = ", CONSTRAINT " + quotedName(key.name);
+        if (key.type == objectType::kCheck)
+            body += name + " CHECK (" +
+                    Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")";
+        if (key.type != objectType::kForeignKey) continue;
+        body += name + " FOREIGN KEY (" + quotedNames(key.columns) + ") REFERENCES " +
+                quotedName(key.stored) + " (" + quotedNames(referencedColumns(catalogue, key)) + ")" +
+                (parseConstraint(key.source).cascade ? " ON DELETE CASCADE" : "");
+    }
+    return body;
+}
+
+void Executor::makeKeyIndex(const TableInfo& table, const ObjectInfo& key) {
+    if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns));
+}
+
+void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list) {
+    m_change.target = table;
+    m_change.verb = "CREATE INDEX";
+    const std::string on = " ON " + quotedName(table.stored) + " (";
+    const auto make = [&](std::string_view suffix, const std::string& definition) {
+        m_connection.run(std::string("CREATE ") + (isUniqueKey(index) ? "UNIQUE" : "") + " INDEX " +
+                         table.schema + "." + indexName(index.name, table.id, suffix) + on + definition);
+    };
+    try {
+        make("", list + ")");
+        const std::string nulls = isUniqueKey(index) ? nullsOf(table, index) : "";
+        if (!nulls.empty()) make(kNullsSuffix, nulls);
+    } catch (const SqliteFailure& failure) {
+        if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+        m_change.newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
+        m_change.values.clear();
+        throw sqlError(
+            1505, {table.name, index.name, BrokenConstraint(m_connection, m_change).duplicateValue(index)});
+    }
+    m_change.verb.clear();
+}
+
+void Executor::dropIndex(const TableInfo& table, const std::string& name) {
+    for (const auto suffix : {std::string_view(), kNullsSuffix})
+        m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." + indexName(name, table.id, suffix));
+}
+
+// ---- ALTER TABLE
+
+// Gives SQLite the table's definition anew where its rows stay as they are.
+void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
+    const Value values[] = {
+        table.stored, "CREATE TABLE " + quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")"};
+    m_connection.run("PRAGMA writable_schema = ON");
+    m_connection.run(
+        "UPDATE " + table.schema + ".sqlite_master SET sql = ?2 WHERE type = 'table' AND name = ?1", values);
+    const std::string version = "PRAGMA " + table.schema + ".schema_version";
+    m_connection.run(version + " = " + std::to_string(*m_connection.number(version) + 1));
+    m_connection.run("PRAGMA writable_schema = RESET");
+}
+
+// Rows that are there already must keep to a new constraint.
+void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key) {
+    const bool isCheck = key.type == objectType::kCheck;
+    if (!isCheck && key.type != objectType::kForeignKey) return;
+    const std::string broken =
+        isCheck ? "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")"
+                : orphans(catalogue, table, key, quotedName(table.stored));
+    if (!anyRow(m_connection, table, broken)) return;
+    constexpr std::string_view kVerb = "ALTER TABLE";
+    throw isCheck ? conflict(kVerb, "CHECK", table, key) : foreignKeyConflict(kVerb, catalogue, key);
+}
+
+void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
+    TableColumn column = columnOf(definition, {});
+    if (table.column(column.name)) throw sqlError(2705, {column.name, table.name});
+    if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
+    const std::string fallback = std::exchange(column.byDefault, {});
+    const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
+    if (!column.nullable && !filled && anyRow(m_connection, table, "1"))
+        throw sqlError(4901, {column.name, table.name});
+    m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
+                     std::string(storageClass(column.type)));
+    catalogue.addColumns(table.id, {column});
+    table = *catalogue.table(table.name);
+    if (filled) fillColumn(table, column, Translator(*this).value(*parseExpression(fallback)));
+}
+
+void Executor::fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value) {
+    m_connection.run("UPDATE " + table.sqlName() + " SET " + quotedName(column.name) + " = " +
+                     emitAssign(value, column.type, table.fullName(), column.name).sql);
+}
+
+void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
+                                const std::vector<ObjectInfo>& keys) {
+    for (const auto& key : keys)
+        if (std::ranges::any_of(key.columns, [&](const auto& name) { return sameText(name, column); }))
+            failingAs(sqlError(4922, {verb, column}), [&] {
+                throw sqlError(5074, {key.type == objectType::kIndex ? "index" : "object", key.name, column});
+            });
+    if (!table.column(column)) throw sqlError(4924, {verb, column, table.name});
+}
+
+void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
+    refuseDependents(table, definition.name, "ALTER", {});
+    TableColumn column = *table.column(definition.name);
+    const SqlType before = column.type;
+    if (column.identity || !definition.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
+    const bool longer =
+        before.id == definition.type.id &&
+        (before.length <= definition.type.length || definition.type.length == SqlType::kMax) &&
+        before.scale == definition.type.scale && before.precision <= definition.type.precision &&
+        isWide(before) == isWide(definition.type);
+    if (!longer) refuseDependents(table, column.name, "ALTER", catalogue.keysOf(table.id));
+    column.type = definition.type;
+    column.nullable = definition.nullable.value_or(true);
+    catalogue.changeColumn(table.id, column);
+    table = *catalogue.table(table.name);
+    m_change.verb = "UPDATE";
+    if (!column.nullable && anyRow(m_connection, table, quotedName(column.name) + " IS NULL"))
+        throw sqlError(515, {column.name, table.fullName(), m_change.verb});
+    redefine(catalogue, table);
+    if (!longer) fillColumn(table, column, {quotedName(column.name), before});
+    m_change.verb.clear();
+}
+
+void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,
+                              bool ifExists) {
+    const auto keys = catalogue.keysOf(table.id);
+    const ObjectInfo* key = keyNamed(keys, name, false);
+    if (!key && ifExists) return;
+    failingAs(sqlError(3727), [&] {
+        if (!key) throw sqlError(3728, {name});
+        for (const auto& foreign : catalogue.keysTo(table.name))
+            if (isUniqueKey(*key) &&
+                std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, sameText))
+                throw sqlError(3725, {name, foreign.table, foreign.name});
+    });
+    if (key->type == objectType::kDefault) {
+        TableColumn column = *table.column(key->columns.front());
+        column.byDefault.clear();
+        catalogue.changeColumn(table.id, column);
+    }
+    if (needsIndex(*key, table)) dropIndex(table, key->name);
+    catalogue.remove(key->id);
+}
+
+Flow Executor::run(const AlterTable& alter) {
+    checkDefaults(alter.added);
+    claim(alter.added.table);
+    TableInfo target = table(alter.added.table, 4902);
+    define(alter.added.table, [&](Catalogue& owner) {
+        for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
+        for (const auto& key : noteConstraints(owner, target, alter.added)) {
+            checkRows(owner, target, key);
+            failingAs(sqlError(1750), [&] { makeKeyIndex(target, key); });
+        }
+        for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
+        target = *owner.table(target.name);
+        if (alter.altered)
+            alterColumn(owner, target, *alter.altered);
+        else
+            redefine(owner, target);
+        for (const auto& name : alter.dropColumns) {
+            if (alter.ifExists && !target.column(name)) continue;
+            refuseDependents(target, name, "DROP", owner.keysOf(target.id));
+            m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
+            owner.removeColumns(target.id, name);
+        }
+    });
+    return finished();
+}
+
+Flow Executor::run(const CreateIndex& create) {
+    claim(create.table);
+    const TableInfo target = table(create.table, 1088);
+    define(create.table, [&](Catalogue& owner) {
+        ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
+        if (keyNamed(owner.keysOf(target.id), create.name, true))
+            throw sqlError(1913, {create.name, target.name});
+        if (create.unique) index.source = kUniqueIndex;
+        std::string list;
+        for (const auto& [name, descending] : create.columns) {
+            const TableColumn* column = target.column(name);
+            if (!column) throw sqlError(1911, {name});
+            requireKeyType(target, *column);
+            list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
+            index.columns.push_back(column->name);
+        }
+        for (const auto& name : create.included)
+            if (!target.column(name)) throw sqlError(1911, {name});
+        makeIndex(target, index, list);
+        owner.save(index);
+    });
+    return finished();
+}
+
+Flow Executor::run(const AlterIndex& alter) {
+    const TableInfo target = table(alter.table, 1088, 9);
+    define(alter.table, [&](Catalogue& owner) {
+        const auto keys = owner.keysOf(target.id);
+        const ObjectInfo* key = keyNamed(keys, alter.name, false);
+        const bool known = keyNamed(keys, alter.name, true) || (key && isUniqueKey(*key));
+        if (!alter.name.empty() && !known) throw sqlError(2727, {alter.name});
+        m_connection.run("REINDEX " + target.sqlName());
+    });
+    return finished();
+}
+
+Flow Executor::run(const Drop& drop) {
+    for (const auto& name : drop.names) {
+        if (drop.kind == ObjectKind::Database)
+            dropDatabase(name.name, drop.ifExists);
+        else if (drop.kind == ObjectKind::Index)
+            dropIndex(name, drop.ifExists);
+        else
+            dropObject(name, drop);
+    }
+    return finished();
+}
+
+void Executor::dropIndex(const ObjectName& name, bool ifExists) {
+    define({name.database, {}, name.schema, 0}, [&](Catalogue& owner) {
+        const auto target = owner.table(name.schema);
+        const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
+        const ObjectInfo* index = keyNamed(keys, name.name, true);
+        const ObjectInfo* key = keyNamed(keys, name.name, false);
+        const std::string written = name.schema + "." + name.name;
+        if (key && isUniqueKey(*key))
+            throw sqlError(3723, {written, key->type == objectType::kPrimaryKey ? "PRIMARY" : "UNIQUE"});
+        if (!index && !ifExists) throw sqlError(3701, {"index", written}, 7);
+        if (!index) return;
+        dropIndex(*target, index->name);
+        owner.remove(index->id);
+    });
+}
+
+void Executor::dropObject(const ObjectName& name, const Drop& drop) {
+    struct Kind {
+        std::string_view word, type, otherType;
+    };
+    constexpr Kind kKinds[] = {{"table", objectType::kTable, {}},  // in the order of ObjectKind
+                               {"view", objectType::kView, {}},
+                               {"procedure", objectType::kProcedure, {}},
+                               {"function", objectType::kFunction, objectType::kTableFunction}};
+    const Kind& kind = kKinds[static_cast<int>(drop.kind)];
+    const std::string written = (name.schema.empty() ? "" : name.schema + ".") + name.name;
+    define(name, [&](Catalogue& owner) {
+        const auto found = owner.find(name.name);
+        if (!found || (found->type != kind.type && found->type != kind.otherType)) {
+            if (drop.ifExists) return;
+            const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
+                return found && (found->type == each.type || found->type == each.otherType);
+            });
+            if (other == std::end(kKinds)) throw sqlError(3701, {kind.word, written});
+            throw sqlError(3705,
+                           {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
+        }
+        if (drop.kind == ObjectKind::Table) {
+            for (const auto& key : owner.keysTo(found->name))
+                if (key.parent != found->id) throw sqlError(3726, {found->name});
+            m_connection.run("DROP TABLE " + owner.schema() + "." + quotedName(found->stored));
+        }
+        owner.remove(found->id);
+    });
+}
+
+void Executor::dropTable(const TableInfo& table) {
+    m_connection.run("DROP TABLE IF EXISTS " + table.sqlName());
+    temporary().remove(table.id);
+    m_knownTables.clear();
+}
+
+// Those of the session, which a rollback across a reset brings back.
+void Executor::dropTemporaryTables() {
+    for (auto id = temporary().lastId(); id > 0; --id)
+        if (const auto object = temporary().findById(id); object && object->type == objectType::kTable)
+            if (const auto table = temporary().table(object->name)) dropTable(*table);
+}
+
+// A rolled-back table's number may be another's by now.
+void Executor::dropTemporaryTables(Frame& frame) {
+    for (const auto& [name, table] : frame.tables) frame.temporary.push_back(table.info);
+    for (const auto& table : frame.temporary)
+        if (const auto object = temporary().findById(table.id); object && object->stored == table.stored)
+            dropTable(table);
+    frame.temporary.clear();
+}
+
+// A second time, in a loop, it is what it was.
+void Executor::declareTable(const Declaration& declaration) {
+    auto& tables = m_frames.back()->tables;
+    if (tables.contains(declaration.name)) return;
+    tables[declaration.name] = {declaration.table, createTable(*declaration.table)};
+}
+
+void Executor::keepTables(const std::function<void()>& rollback) {
+    struct Kept {
+        TableVariable& table;
+        std::vector<std::vector<Value>> rows;
+    };
+    std::vector<Kept> kept;
+    for (Frame* frame : m_frames)
+        for (auto& [name, table] : frame->tables) {
+            Kept& each = kept.emplace_back(Kept{table, {}});
+            PreparedStatement query(m_connection, "SELECT * FROM " + table.info.sqlName());
+            while (query.step()) {
+                auto& row = each.rows.emplace_back();
+                for (int i = 0; i < query.columnCount(); ++i) row.push_back(ownedValue(query.cell(i)));
+            }
+        }
+    rollback();
+    for (auto& [table, rows] : kept) {
+        dropTable(table.info);
+        table.info = createTable(*table.definition);
+        std::string marks;
+        for (std::size_t i = 1; i <= table.info.columns.size(); ++i)
+            marks += (i > 1 ? ", ?" : "?") + std::to_string(i);
+        for (const auto& row : rows)
+            m_connection.run("INSERT INTO " + table.info.sqlName() + " VALUES (" + marks + ")", row);
+    }
+}
+
+}  // namespace tsql

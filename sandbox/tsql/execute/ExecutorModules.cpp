@@ -1,0 +1,346 @@
+// Procedures and functions: kept as text, parsed when they run.
+#include <algorithm>
+
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "types/Finally.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::size_t kParsedTexts = 256;
+constexpr std::size_t kDeepestCall = 33;  // the batch, and 32 calls
+
+const CreateModule& moduleOf(const Batch& batch) {
+    return std::get<CreateModule>(batch.statements.front()->node);
+}
+
+std::vector<TableColumn> parameterColumns(const CreateModule& module) {
+    std::vector<TableColumn> columns;
+    if (module.function && !module.query) columns.push_back({"", module.returns, true, false, {}, true});
+    for (const auto& parameter : module.parameters)
+        columns.push_back({parameter.name, parameter.type, true, false, {}, parameter.output});
+    return columns;
+}
+
+std::string_view typeOf(const CreateModule& module) {
+    if (module.query) return module.function ? objectType::kTableFunction : objectType::kView;
+    return module.function ? objectType::kFunction : objectType::kProcedure;
+}
+
+}  // namespace
+
+void Executor::within(const StoredModule& query, const std::function<void()>& work) {
+    for (const Frame* frame : m_frames)
+        if (frame->procedure == query.name && frame->database == query.database)
+            throw sqlError(4429, {query.name});
+    Frame frame;
+    frame.procedure = query.name;
+    frame.database = query.database;
+    frame.isQuery = true;
+    for (const auto& parameter : query.module->parameters)
+        frame.variables[parameter.name] = {parameter.type, Null{}};
+    inFrame(frame, work);
+}
+
+// What the query of a view or function gives, found out by translating it.
+std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
+    const StoredModule stored{databaseOf(module.name), module.name.name, nullptr, &module};
+    std::vector<TableColumn> columns;
+    within(stored, [&] {
+        QueryText text = Translator(*this).query(*module.query);
+        Translator::rename(text, module.columns, module.name.name);
+        for (const auto& [column, alias, nullLiteral] : text.columns) {
+            if (column.name.empty()) throw sqlError(4511, {alias.substr(1)});
+            for (const auto& before : columns)
+                if (sameText(before.name, column.name)) throw sqlError(4506, {column.name, module.name.name});
+            columns.push_back({column.name, column.type, column.nullable});
+        }
+    });
+    return columns;
+}
+
+void Executor::checkBody(const CreateModule& module) {
+    Frame frame;
+    frame.procedure = module.name.name;
+    for (const auto& parameter : module.parameters)
+        frame.variables[parameter.name] = {parameter.type, Null{}};
+    frame.declare(module.locals);
+    inFrame(frame, [&] { check(module.body); });
+    dropTemporaryTables(frame);
+}
+
+// The text is the batch that the module stands in: all of it, with CREATE for ALTER.
+Flow Executor::run(const CreateModule& module) try {
+    const std::string_view type = typeOf(module);
+    const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
+    checkBody(module);
+    define(module.name, [&](Catalogue& owner) {
+        const std::string& name = module.name.name;
+        const auto existing = owner.find(name);
+        if (existing && (!module.alter || existing->type != type)) throw sqlError(2714, {name}, 3);
+        if (!existing && !module.create) throw sqlError(208, {name}, 6);
+        ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type)});
+        object.source = m_text;
+        const std::string_view verb = tokenize(m_text).front().raw;
+        const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
+        if (!module.create) object.source.replace(at, verb.size(), "CREATE");
+        owner.save(object);
+        owner.removeColumns(object.id);
+        owner.addColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
+    });
+    return finished();
+} catch (const SqlError& error) {  // told of as the module's
+    afterError({error.number, error.severity, error.state, m_line, module.name.name, error.what()}, false);
+    return Flow::Next;
+}
+
+std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
+    const auto found = m_parsed.find(text);
+    if (found != m_parsed.end()) return found->second;
+    if (m_parsed.size() >= kParsedTexts) m_parsed.clear();
+    return m_parsed[text] = parseBatch(text, m_settings.quotedIdentifiers);
+}
+
+// What master's sp_ procedures read is still the caller's database.
+std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
+    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
+    if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
+        return std::nullopt;
+    ObjectName place = name;
+    auto found = catalogue(place).find(name.name);
+    if ((!found || found->type != type) && name.database.empty() &&
+        lowerAscii(name.name).starts_with("sp_")) {
+        place.database = "master";
+        found = catalogue(place).find(name.name);
+    }
+    if (!found || found->type != type) return std::nullopt;
+    const auto batch = parsed(found->source);
+    return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch), found->id};
+}
+
+// Does `work` with `frame` innermost.
+void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
+    if (m_frames.size() >= kDeepestCall) throw sqlError(217);
+    m_frames.push_back(&frame);
+    const Finally leave([this] { m_frames.pop_back(); });
+    work();
+}
+
+void Executor::runFrame(const Block& body, Frame& frame) {
+    inFrame(frame, [&] {
+        const bool isText = frame.procedure.empty();
+        if (isText && !isAlone(body)) check(body);
+        runBlock(body);
+    });
+}
+
+// Runs the body of a procedure, or a text as one: its temporary tables and its settings end with it. False
+// when an error has ended it.
+bool Executor::runScope(const Block& body, Frame& frame) {
+    const Finally settingsAgain([this, before = m_settings] {
+        m_abortsCancelled = m_abortsCancelled || (m_settings.abortOnError && isCancelled());
+        set(before);
+    });
+    bool whole = true;
+    try {
+        runFrame(body, frame);
+    } catch (const ScopeEnd&) {
+        whole = false;
+    } catch (...) {
+        dropTemporaryTables(frame);
+        throw;
+    }
+    dropTemporaryTables(frame);
+    return whole;
+}
+
+Flow Executor::run(const Execute& execute) {
+    if (m_frames.back()->isFunction) throw sqlError(557);
+    const int transactions = m_transactions;
+    if (execute.text) {
+        runText(evaluateText(*execute.text), m_frames.back()->database);
+        checkTransactions(transactions, "");
+        return Flow::Next;
+    }
+    const ObjectName name = execute.procedureVariable.empty()
+                                ? execute.procedure
+                                : parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}}));
+    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
+    const bool system = name.schema.empty() || sameWord(name.schema, "sys") || sameWord(name.schema, "dbo");
+    if (known && system && sameWord(name.name, "sp_executesql")) {
+        executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
+        checkTransactions(transactions, "");
+    } else {
+        callProcedure(execute, name, known && system ? systemProcedure(name.name) : nullptr);
+    }
+    return Flow::Next;
+}
+
+// A call leaves as many transactions open as it has found.
+void Executor::checkTransactions(int before, const std::string& procedure) {
+    if (m_transactions == before || m_settings.implicitTransactions) return;
+    const SqlError error = sqlError(266, {std::to_string(before), std::to_string(m_transactions)});
+    afterError({error.number, error.severity, error.state, 0, procedure, error.what()}, true);
+}
+
+void Executor::runText(const std::string& text, const std::string& inside) {
+    const Finally textAgain([this, outer = std::exchange(m_text, text)] { m_text = outer; });
+    const auto batch = parseBatch(m_text, m_settings.quotedIdentifiers);
+    Frame frame;
+    frame.declare(batch->locals);
+    frame.database = inside;
+    const std::string database = m_database;
+    runScope(batch->statements, frame);
+    if (m_database != database) useDatabase(database);
+}
+
+// sp_executesql @statement, @declarations, values...: the text is the body of a procedure without a name.
+void Executor::executeSql(const Execute& execute, const std::string& database) {
+    if (execute.arguments.empty() || !execute.arguments.front().value)
+        throw sqlError(201, {"sp_executesql", "@statement"}, 10);
+    std::string texts[2];
+    for (std::size_t i = 0; i < std::min(execute.arguments.size(), std::size(texts)); ++i) {
+        if (!execute.arguments[i].value) continue;
+        TypedValue given = evaluate(*execute.arguments[i].value);
+        if (isNull(given.value)) continue;
+        if (!isNational(given.type.id))
+            throw sqlError(214, {i ? "@params" : "@statement", "ntext/nchar/nvarchar"}, i ? 3 : 2);
+        texts[i] = std::move(std::get<std::string>(given.value));
+    }
+    const std::string &statement = texts[0], &declarations = texts[1];
+    Frame frame, own;                     // the procedure and its text are a level each
+    if (trimmed(declarations).empty()) {  // the text may define a module
+        inFrame(own, [&] { runText(statement, database); });
+        frame.returned = std::int64_t{m_error};
+        returnOutputs({}, {}, execute, frame);
+        return;
+    }
+    const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement);
+    const CreateModule& module = moduleOf(*batch);
+    frame.database = database;
+    frame.skippedArguments = std::size(texts);
+    const auto arguments = bindArguments(module, execute, "(" + declarations + ")" + statement, frame);
+    inFrame(own, [&] { runScope(module.body, frame); });
+    frame.returned = std::int64_t{m_error};
+    returnOutputs(module, arguments, execute, frame);
+}
+
+void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
+    Frame frame;
+    auto procedure = system ? std::nullopt : Executor::module(name, objectType::kProcedure);
+    if (system) {
+        const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
+                                 std::string(system->parameters) + " AS RETURN");
+        procedure = StoredModule{databaseOf(name), std::string(system->name), head, &moduleOf(*head)};
+    }
+    if (!procedure && Executor::module(name, objectType::kFunction))
+        throw unsupported("EXECUTE of a function");
+    if (!procedure) throw sqlError(2812, {asWritten(name)});
+    const CreateModule& module = *procedure->module;
+    frame.procedure = procedure->name;
+    frame.procedureId = procedure->id;
+    frame.database = procedure->database;
+    frame.returned = std::int64_t{0};
+    const int transactions = m_transactions;
+    Arguments arguments;
+    try {
+        arguments = bindArguments(module, execute, name.name, frame);
+    } catch (const SqlError& error) {  // told of as the procedure's, before its first line
+        afterError({error.number, error.severity, error.state, 0, frame.procedure, error.what()}, false);
+        return;
+    }
+    if (system)
+        frame.returned = std::int64_t{(this->*system->body)(frame)};
+    else if (!runScope(module.body, frame))
+        frame.returned = std::int64_t{-6};
+    returnOutputs(module, arguments, execute, frame);
+    checkTransactions(transactions, frame.procedure);
+    done(-1);
+}
+
+Executor::Arguments Executor::bindArguments(const CreateModule& module, const Execute& execute,
+                                            const std::string& name, Frame& frame) {
+    frame.declare(module.locals);
+    Arguments arguments(module.parameters.size());
+    const Argument* unknown = nullptr;
+    for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
+        const Argument& argument = execute.arguments[i];
+        std::size_t at = i - frame.skippedArguments;
+        if (arguments.empty()) throw sqlError(8146, {frame.procedure});
+        if (!argument.name.empty())
+            at = static_cast<std::size_t>(
+                std::ranges::find_if(module.parameters,
+                                     [&](const auto& each) { return sameWord(each.name, argument.name); }) -
+                module.parameters.begin());
+        if (at < arguments.size() && arguments[at]) throw sqlError(8143, {argument.name});
+        if (at >= arguments.size() && argument.name.empty()) throw sqlError(8144, {frame.procedure});
+        (at < arguments.size() ? arguments[at] : unknown) = &argument;
+    }
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const Declaration& parameter = module.parameters[i];
+        const Argument* argument = arguments[i];
+        const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
+        if (!value && !m_settings.describeOnly)
+            throw sqlError(frame.procedure.empty() ? 8178 : 201, {name, parameter.name});
+        if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
+        frame.variables[parameter.name] = {parameter.type,
+                                           value ? argumentValue(*value, parameter.type) : Value(Null{})};
+    }
+    if (unknown) throw sqlError(8145, {unknown->name, frame.procedure});
+    return arguments;
+}
+
+Value Executor::argumentValue(const Expr& argument, const SqlType& type) {
+    const TypedValue given = evaluate(argument);
+    try {
+        return convertValue(viewOf(given.value), given.type, type);
+    } catch (const SqlError&) {
+        throw sqlError(8114, {baseName(given.type.id), baseName(type.id)});
+    }
+}
+
+void Executor::returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
+                             const Frame& frame) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (!arguments[i] || !arguments[i]->output) continue;
+        const Variable& value = frame.variables.at(module.parameters[i].name);
+        setVariable(std::get<VariableRef>(arguments[i]->value->node).name, viewOf(value.value), value.type);
+    }
+    if (!execute.resultVariable.empty())
+        setVariable(execute.resultVariable, viewOf(frame.returned), simpleType(TypeId::Int));
+}
+
+// Called by SQLite for every row of a query that calls the function.
+Value Executor::callFunction(std::string_view database, std::string_view name,
+                             std::span<const CellView> arguments) {
+    const ObjectName object{std::string(database), "dbo", std::string(name), m_line};
+    Frame frame;
+    const auto function = Executor::module(object, objectType::kFunction);
+    if (!function) throw sqlError(208, {object.name});
+    const CreateModule& module = *function->module;
+    frame.procedure = function->name;
+    frame.procedureId = function->id;
+    frame.database = function->database;
+    frame.isFunction = true;
+    frame.returnType = module.returns;
+    frame.declare(module.locals);
+    for (std::size_t i = 0; i < module.parameters.size(); ++i)
+        frame.variables[module.parameters[i].name] = {
+            module.parameters[i].type, i < arguments.size() ? ownedValue(arguments[i]) : Value(Null{})};
+    const int line = m_line;
+    try {
+        runFrame(module.body, frame);
+    } catch (const Raised& raised) {
+        throw SqlError(raised.message.number, raised.message.text, raised.message.severity,
+                       raised.message.state);
+    }
+    m_line = line;
+    return frame.returned;
+}
+
+}  // namespace tsql

@@ -1,0 +1,145 @@
+// What names mean to a session: variables and tables.
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr const char* kVersionText =
+    "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
+
+const SqlType kIdentity = decimalType(kMostDigits, 0);
+
+}  // namespace
+
+Value identityValue(const std::optional<std::int64_t>& identity) {
+    return identity ? exactCell(*identity, kIdentity) : Value(Null{});
+}
+
+// ---- variables
+
+const Variable& Executor::local(std::string_view name) {
+    const auto found = m_frames.back()->variables.find(name);
+    if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
+    return found->second;
+}
+
+// @@name: its type, and where its value comes from.
+struct Executor::Global {
+    std::string_view name;
+    SqlType type;
+    Value (*value)(const Executor& self);
+};
+
+const std::vector<Executor::Global>& Executor::globals() {
+    using Self = const Executor&;
+    const SqlType tiny = simpleType(TypeId::TinyInt), integer = simpleType(TypeId::Int),
+                  name = nvarcharType(128);
+    static const std::vector<Global> table = {
+        {"@@error", integer, [](Self self) -> Value { return self.m_error; }},
+        {"@@rowcount", integer, [](Self self) -> Value { return self.m_rowCount; }},
+        {"@@identity", kIdentity, [](Self self) { return identityValue(self.m_identity); }},
+        {"@@trancount", integer, [](Self self) -> Value { return self.m_transactions; }},
+        {"@@spid", simpleType(TypeId::SmallInt), [](Self self) -> Value { return self.m_spid; }},
+        {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_settings.lockTimeout; }},
+        {"@@nestlevel", integer,
+         [](Self self) -> Value { return static_cast<int>(self.m_frames.size()) - 1; }},
+        {"@@procid", integer, [](Self self) -> Value { return self.m_frames.back()->procedureId; }},
+        {"@@version", nvarcharType(300), [](Self) -> Value { return kVersionText; }},
+        {"@@servername", name, [](Self) -> Value { return hostName(); }},
+        {"@@servicename", name, [](Self) -> Value { return "MSSQLSERVER"; }},
+        {"@@language", name, [](Self) -> Value { return "us_english"; }},
+        {"@@max_precision", tiny, [](Self) -> Value { return 38; }},
+        {"@@datefirst", tiny, [](Self) -> Value { return 7; }},
+        {"@@options", integer, [](Self) -> Value { return 5496; }},
+        {"@@microsoftversion", integer, [](Self) -> Value { return 0x0F0007D0; }},
+        {"@@textsize", integer, [](Self) -> Value { return 2147483647; }},
+        {"@@fetch_status", integer, [](Self self) -> Value { return self.m_fetchStatus; }},
+        {"@@cursor_rows", integer, [](Self self) -> Value { return self.m_cursorRows; }},
+        {"@@max_connections", integer, [](Self) -> Value { return 32767; }},
+    };
+    return table;
+}
+
+const Executor::Global& Executor::global(std::string_view name) {
+    for (const auto& each : globals())
+        if (sameWord(each.name, name)) return each;
+    throw sqlError(137, {name});
+}
+
+SqlType Executor::variableType(std::string_view name) {
+    return name.starts_with("@@") ? global(name).type : local(name).type;
+}
+
+Value Executor::variableValue(std::string_view name) {
+    return name.starts_with("@@") ? global(name).value(*this) : local(name).value;
+}
+
+// ---- objects
+
+std::string Executor::databaseOf(const ObjectName& name) const {
+    if (!name.database.empty()) {
+        const std::string known = m_engine.storage.canonicalName(name.database);
+        return known.empty() ? name.database : known;
+    }
+    const std::string& inner = m_frames.empty() ? m_database : m_frames.back()->database;
+    return inner.empty() ? m_database : inner;
+}
+
+// tempdb..#t is #t.
+Catalogue Executor::catalogue(const ObjectName& name) {
+    if (name.name.starts_with('@')) return temporary();
+    if (name.name.starts_with('#')) {
+        if (name.name.starts_with("##")) throw unsupported("global temporary tables");
+        return temporary();
+    }
+    const std::string database = databaseOf(name);
+    return {m_connection, database, m_connection.attach(database)};
+}
+
+std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
+    if (isTemporaryName(name.name) && m_frames.back()->isQuery) throw sqlError(4508);
+    if (name.name.starts_with('@')) {
+        const auto& tables = m_frames.back()->tables;
+        const auto found = tables.find(name.name);
+        if (found == tables.end()) throw sqlError(1087, {name.name});
+        return found->second.info;
+    }
+    if (!name.schema.empty() && !sameWord(name.schema, "dbo") && !name.name.starts_with('#'))
+        return std::nullopt;
+    if (m_checking && name.name.starts_with('#')) return std::nullopt;
+    if (!m_connection.inTransaction()) m_knownTables.clear();
+    const std::string key = databaseOf(name) + '/' + name.name;
+    if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
+    if (!name.database.empty() && !m_engine.storage.exists(name.database)) return std::nullopt;
+    auto found = catalogue(name).table(name.name);
+    if (found && m_connection.inTransaction()) m_knownTables.emplace(key, *found);
+    return found;
+}
+
+std::string Executor::asWritten(const ObjectName& name) {
+    std::string full = name.database;
+    if (!full.empty() || !name.schema.empty()) full += (full.empty() ? "" : ".") + name.schema + ".";
+    return full + name.name;
+}
+
+// `missing`: the error, and its state, where there is none.
+TableInfo Executor::table(const ObjectName& name, int missing, int state) {
+    if (auto found = findTable(name)) return *found;
+    if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");
+    throw sqlError(missing, {asWritten(name)}, state);
+}
+
+std::optional<SystemView> Executor::view(const ObjectName& name) {
+    if (isTemporaryName(name.name) || (!name.database.empty() && !m_engine.storage.exists(name.database)))
+        return std::nullopt;
+    const std::string database = databaseOf(name);
+    catalogue(name), temporary();  // what the views read is there then
+    return systemView(name.schema, name.name, m_connection.attach(database), database, m_engine.storage);
+}
+
+}  // namespace tsql

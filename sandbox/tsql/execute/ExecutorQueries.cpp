@@ -1,0 +1,370 @@
+// SELECT, INSERT, UPDATE, DELETE.
+#include <algorithm>
+#include <functional>
+
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "storage/Atomic.h"
+#include "types/Finally.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two questions whether the client cancelled
+
+// The columns by which INSERT gives its values, or the columns' number was wrong.
+bool isCountError(const SqlError& error) {
+    return error.number == 109 || error.number == 110 || error.number == 120 || error.number == 121;
+}
+
+// Keeps the rows from the client, and nothing else.
+class DivertingSink final : public ResultSink {
+  public:
+    using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+    DivertingSink(ResultSink& outer, const RowTaker& take) : m_outer(outer), m_take(take) {}
+
+    void columns(std::span<const Column> columns) override {
+        m_columns.assign(columns.begin(), columns.end());
+    }
+    void row(std::span<const CellView> cells) override { m_take(m_columns, cells); }
+    void statementDone(std::int64_t, bool) override {}
+    void message(const Message& message) override { m_outer.message(message); }
+    void databaseChanged(std::string_view from, std::string_view to) override {
+        m_outer.databaseChanged(from, to);
+    }
+    void transactionChanged(TransactionEvent event) override { m_outer.transactionChanged(event); }
+    void flush() override { m_outer.flush(); }
+    bool cancelled() override { return m_outer.cancelled(); }
+
+  private:
+    ResultSink& m_outer;
+    const RowTaker& m_take;
+    std::vector<Column> m_columns;
+};
+
+}  // namespace
+
+Flow Executor::run(const SelectStatement& statement) {
+    if (statement.into) {
+        if (m_settings.describeOnly) return Flow::Next;
+        selectInto(*statement.query, *statement.into);
+        return Flow::Next;
+    }
+    Translator translator(*this);
+    const QueryText text = translator.query(*statement.query);
+    const auto values = parameterValues(translator);
+    PreparedStatement prepared(m_connection, text.sql);
+    prepared.bindAll(values);
+    if (!translator.assignments().empty()) {
+        if (m_settings.describeOnly) return Flow::Next;
+        m_rowCount = assignRows(prepared, translator.assignments());
+        m_error = 0;
+        done(-1);
+    } else {
+        m_rowCount = sendRows(prepared, text);
+        m_error = 0;
+        done(m_rowCount, true);
+    }
+    return Flow::Next;
+}
+
+std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& text) {
+    std::vector<Column> columns;
+    for (const auto& output : text.columns) columns.push_back(output.column);
+    std::vector<CellView> cells(columns.size());
+    // An error in the first row leaves no result set, except in TRY, where CATCH follows an empty one.
+    const bool shown = m_tries > 0 && m_change.verb.empty();
+    if (shown) m_sink->columns(columns);
+    std::int64_t rows = 0;
+    try {
+        bool more = !m_settings.describeOnly && statement.step();
+        if (!shown) m_sink->columns(columns);
+        for (; more; more = statement.step()) {
+            for (std::size_t i = 0; i < cells.size(); ++i) {
+                cells[i] = statement.cell(static_cast<int>(i));
+                if (const auto* whole = std::get_if<std::int64_t>(&cells[i]);
+                    whole && isApproximate(columns[i].type.id))
+                    cells[i] = static_cast<double>(*whole);
+            }
+            m_sink->row(cells);
+            if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
+        }
+    } catch (const SqliteFailure&) {
+        if (shown) done(rows, true);
+        throw;
+    }
+    return rows;
+}
+
+void Executor::divert(const RowTaker& take, const std::function<void()>& work) {
+    DivertingSink sink(*m_sink, take);
+    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
+    work();
+}
+
+std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments) {
+    std::int64_t rows = 0;
+    for (; statement.step(); ++rows)
+        for (std::size_t i = 0; i < assignments.size(); ++i)
+            setVariable(assignments[i].variable, statement.cell(static_cast<int>(i)), assignments[i].type);
+    return rows;
+}
+
+// The new table inherits an identity when it is given once and of the only table.
+void Executor::selectInto(const Query& query, const ObjectName& name) {
+    Translator translator(*this);
+    const QueryText text = translator.query(query);
+    const auto* select = std::get_if<Select>(&query.body);
+    const bool inherits =
+        select && select->from.size() == 1 && !std::holds_alternative<Join>(select->from.front()->node) &&
+        std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
+    CreateTable create{name, {}, {}};
+    for (const auto& output : text.columns) {
+        if (output.column.name.empty()) throw sqlError(1038);
+        ColumnDefinition column;
+        column.name = output.column.name;
+        column.type = output.column.type;
+        column.nullable = output.column.nullable;
+        column.identity = inherits && output.column.identity;
+        create.columns.push_back(std::move(column));
+    }
+    const TableInfo target = createTable(create);
+    std::vector<std::string> names;
+    for (const auto& column : target.columns) names.push_back(column.name);
+    change(target, "INSERT", "INSERT INTO " + target.sqlName() + " (" + quotedNames(names) + ") " + text.sql,
+           translator);
+    done(m_rowCount);
+}
+
+// Runs the changing statement; `translator` tells its parameters.
+void Executor::change(const TableInfo& target, std::string_view verb, const std::string& sql,
+                      const Translator& translator) {
+    m_change.target = target;
+    m_change.verb = verb;
+    beforeWrite();
+    m_change.newRows = translator.newRows();
+    m_change.values = parameterValues(translator);
+    PreparedStatement prepared(m_connection, sql);
+    prepared.bindAll(m_change.values);
+    if (!translator.assignments().empty())
+        assignRows(prepared, translator.assignments());
+    else if (!translator.output().columns.empty())
+        sendRows(prepared, translator.output());
+    else
+        while (prepared.step()) continue;
+    m_rowCount = sqlite3_changes64(m_connection.handle());
+    m_error = 0;
+    m_change.verb.clear();
+}
+
+// OUTPUT ... INTO: what the change gives goes into another table, or nothing is changed.
+void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
+                                const Translator& translator, const std::optional<Output>& output) {
+    if (!output || !output->into) return change(target, verb, sql, translator);
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    claim(*output->into);
+    const TableInfo into = table(*output->into);
+    std::int64_t changed = 0, identity = 0;
+    insertRowsOf(into, insertColumns(into, output->columns, false), [&] {
+        change(target, verb, sql, translator);
+        changed = m_rowCount;
+        identity = sqlite3_last_insert_rowid(m_connection.handle());
+    });
+    m_rowCount = changed;
+    sqlite3_set_last_insert_rowid(m_connection.handle(), identity);  // SCOPE_IDENTITY() is the change's own
+    atomic.commit();
+}
+
+std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
+                                                        const std::vector<std::string>& names,
+                                                        bool defaultValues) const {
+    const bool identityGiven = sameWord(m_settings.identityInsert, target.fullName());
+    std::vector<const TableColumn*> columns;
+    for (const auto& name : names) {
+        const TableColumn* column = target.column(name);
+        if (!column) throw sqlError(207, {name});
+        if (std::find(columns.begin(), columns.end(), column) != columns.end()) throw sqlError(264, {name});
+        if (column->identity && !identityGiven) throw sqlError(544, {target.name});
+        columns.push_back(column);
+    }
+    if (!names.empty() && identityGiven && std::ranges::none_of(columns, &TableColumn::identity))
+        throw sqlError(545, {target.name});
+    if (!names.empty() || defaultValues) return columns;
+    if (identityGiven) throw sqlError(8101, {target.name});
+    for (const auto& column : target.columns)
+        if (!column.identity) columns.push_back(&column);
+    return columns;
+}
+
+// Without a list of columns, all but the identity are meant.
+std::string Executor::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                 const Insert& insert, Translator& translator) {
+    translator.useCommonTables(insert, insert.table);
+    try {
+        return insert.query ? translator.insertQuery(target, columns, insert)
+                            : translator.insertRows(target, columns, insert);
+    } catch (const SqlError& error) {
+        if (!insert.columns.empty() || !isCountError(error)) throw;
+        const bool more = insert.query ? error.number == 121 : insert.rows[0].size() == target.columns.size();
+        if (more && target.identityColumn()) throw sqlError(8101, {target.name});
+        throw sqlError(213);
+    }
+}
+
+Flow Executor::run(const Insert& insert) {
+    claim(insert.table);
+    const TableInfo target = table(insert.table);
+    const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
+    Translator translator(*this);
+    sqlite3_set_last_insert_rowid(m_connection.handle(), 0);
+    try {
+        if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
+        if (insert.execute)
+            insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+        else
+            changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator), translator,
+                             insert.output);
+    } catch (const SqliteFailure& failure) {
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
+        throw;
+    }
+    rememberIdentity(target, m_rowCount);
+    done(m_rowCount, insert.output && !insert.output->into);
+    return Flow::Next;
+}
+
+void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
+    std::optional<std::int64_t> identity;
+    if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
+    m_identity = identity;
+    if (!identity) return;
+    m_frames.back()->identity = identity;
+    if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *identity;
+}
+
+// The row that was refused has used up its identity, as those before it have.
+void Executor::loseIdentity(const TableInfo& target) {
+    if (!target.identityColumn() || sameWord(m_settings.identityInsert, target.fullName())) return;
+    const Value stored[] = {target.stored};
+    const auto before =
+        m_connection.number("SELECT seq FROM " + target.schema + ".sqlite_sequence WHERE name = ?1", stored);
+    m_givenIdentities[{target.schema, target.stored}] =
+        std::max<std::int64_t>(before.value_or(0), sqlite3_last_insert_rowid(m_connection.handle())) + 1;
+    skipIdentities();
+    if (m_transactions == 0) m_givenIdentities.clear();
+}
+
+// What has been given out is not given out again, whatever has become of the rows.
+void Executor::skipIdentities() {
+    for (const auto& [table, last] : m_givenIdentities) {
+        const Value values[] = {table.second, last};
+        m_connection.run("UPDATE " + table.first + ".sqlite_sequence SET seq = max(seq, ?2) WHERE name = ?1",
+                         values);
+    }
+}
+
+void Executor::insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                            const std::function<void()>& work) {
+    struct CollectedRow {
+        std::vector<Value> cells;
+        std::vector<SqlType> types;
+    };
+    std::vector<CollectedRow> collected;  // the work may read the table that is filled
+    const auto take = [&](std::span<const Column> types, std::span<const CellView> cells) {
+        if (cells.size() != columns.size()) throw sqlError(213);
+        CollectedRow& row = collected.emplace_back();
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            row.cells.push_back(ownedValue(cells[i]));
+            row.types.push_back(types[i].type);
+        }
+    };
+    if (m_insertsRows) throw sqlError(8164);
+    {
+        const Finally again([this] { m_insertsRows = false; });
+        m_insertsRows = true;
+        divert(take, work);
+    }
+    m_change.verb = "INSERT";
+    m_change.target = target;
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    for (auto& row : collected) {
+        Translator translator(*this);
+        const std::string sql = translator.insertParameters(target, columns, row.types);
+        m_change.newRows = translator.newRows();
+        m_change.values = std::move(row.cells);
+        m_connection.run(sql, m_change.values);
+    }
+    atomic.commit();
+    m_rowCount = static_cast<std::int64_t>(collected.size());
+    m_error = 0;
+    m_change.verb.clear();
+}
+
+Flow Executor::run(const Update& update) {
+    const ObjectName& name = Translator::targetName(update.table, update.from);
+    Translator translator(*this);
+    translator.useCommonTables(update, name);
+    claim(name);
+    const TableInfo target = table(name);
+    const std::string sql = translator.update(target, update);
+    try {
+        changeWithOutput(target, "UPDATE", sql, translator, update.output);
+    } catch (const SqliteFailure& failure) {
+        if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+        updateInSteps(target, translator, update.output);
+    }
+    done(m_rowCount, update.output && !update.output->into);
+    return Flow::Next;
+}
+
+// SQLite checks a key row by row, T-SQL when the statement is done: so the rows leave their keys first.
+void Executor::updateInSteps(const TableInfo& target, const Translator& translator,
+                             const std::optional<Output>& output) {
+    Atomic atomic(m_connection, target.schema);
+    const auto steps = translator.updateInSteps();
+    m_connection.run(steps[0], parameterValues(translator));
+    {
+        const Finally checkAgain([this] {
+            sqlite3_exec(m_connection.handle(), "PRAGMA ignore_check_constraints = 0", nullptr, nullptr,
+                         nullptr);
+        });
+        m_connection.run("PRAGMA ignore_check_constraints = 1");
+        m_connection.run(steps[1]);
+    }
+    changeWithOutput(target, "UPDATE", steps[2], translator, output);
+    const std::int64_t changed = m_rowCount;
+    m_connection.run(steps[3]);
+    m_rowCount = changed;
+    atomic.commit();
+}
+
+Flow Executor::run(const Delete& statement) {
+    const ObjectName& name = Translator::targetName(statement.table, statement.from);
+    Translator translator(*this);
+    translator.useCommonTables(statement, name);
+    claim(name);
+    const TableInfo target = table(name);
+    changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
+    done(m_rowCount, statement.output && !statement.output->into);
+    return Flow::Next;
+}
+
+// The identity begins anew.
+Flow Executor::run(const Truncate& truncate) {
+    claim(truncate.table);
+    const TableInfo target = table(truncate.table, 4701);
+    for (const auto& key : catalogue(truncate.table).keysTo(target.name))
+        if (!sameText(key.table, target.name)) throw sqlError(4712, {target.name});
+    beforeWrite();
+    m_connection.run("DELETE FROM " + target.sqlName());
+    startIdentity(target);
+    return finished();
+}
+
+}  // namespace tsql

@@ -1,0 +1,93 @@
+// Procedures of the system: each a head in T-SQL, by which its arguments are bound, and a body here.
+#include <algorithm>
+
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr int kWrongCall = -999;
+
+std::string textOf(const Frame& frame, const char* variable) {
+    const auto* text = std::get_if<std::string>(&frame.variables.at(variable).value);
+    return text ? *text : std::string();
+}
+
+}  // namespace
+
+const Executor::SystemProcedure* Executor::systemProcedure(std::string_view name) {
+    static constexpr SystemProcedure kProcedures[] = {
+        {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", &Executor::helpText},
+        {"sp_getapplock",
+         "@Resource nvarchar(255), @LockMode varchar(32), @LockOwner varchar(32) = 'Transaction', "
+         "@LockTimeout int = NULL, @DbPrincipal sysname = 'public'",
+         &Executor::getAppLock},
+        {"sp_releaseapplock",
+         "@Resource nvarchar(255), @LockOwner varchar(32) = 'Transaction', @DbPrincipal sysname = 'public'",
+         &Executor::releaseAppLock},
+    };
+    const auto* found = std::find_if(std::begin(kProcedures), std::end(kProcedures),
+                                     [&](const auto& each) { return sameWord(each.name, name); });
+    return found == std::end(kProcedures) ? nullptr : found;
+}
+
+// The module's text, a row for each line with its end, cut at 255 characters.
+int Executor::helpText(const Frame& frame) {
+    if (!textOf(frame, "@columnname").empty()) throw unsupported("sp_helptext with a column");
+    ObjectName name = parseObjectName(textOf(frame, "@objname"));
+    if (name.database.empty()) name.database = frame.database;
+    const auto found = catalogue(name).find(name.name);
+    if (!found) throw sqlError(15009, {name.name, name.database});
+    if (found->source.empty()) throw sqlError(15197, {name.name});
+    constexpr std::size_t kWidest = 255;
+    const Column column{"Text", nvarcharType(kWidest)};
+    std::vector<std::vector<Value>> rows;
+    for (std::string_view rest = found->source; !rest.empty();) {
+        const std::string_view line = rest.substr(0, std::min(rest.find('\n'), rest.size() - 1) + 1);
+        rows.push_back({ownedValue(characters(line, 0, kWidest))});
+        rest.remove_prefix(std::get<std::string>(rows.back().front()).size());
+    }
+    sendTable({&column, 1}, rows);
+    return 0;
+}
+
+// What both lock procedures ask for; nothing, with the error reported, when it is no lock.
+std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_view mode) {
+    const std::string owner = textOf(frame, "@lockowner");
+    const auto known = lockModeNamed(mode);
+    const bool ofTransaction = sameWord(owner, "Transaction");
+    const int wrong = !known                                               ? 1225
+                      : !ofTransaction && !sameWord(owner, "Session")      ? 1226
+                      : !sameWord(textOf(frame, "@dbprincipal"), "public") ? 1228
+                      : ofTransaction && m_transactions == 0               ? 3918
+                                                                           : 0;
+    if (wrong) {
+        afterError(messageOf(sqlError(wrong, {frame.procedure}), m_line), true);
+        return std::nullopt;
+    }
+    return AppLocks::Lock{databaseKey(frame.database) + ":" + textOf(frame, "@resource"), *known, this,
+                          ofTransaction};
+}
+
+int Executor::getAppLock(const Frame& frame) {
+    const auto lock = appLock(frame, textOf(frame, "@lockmode"));
+    if (!lock) return kWrongCall;
+    const auto* given = std::get_if<std::int64_t>(&frame.variables.at("@locktimeout").value);
+    return m_engine.locks.acquire(*lock, std::chrono::milliseconds(given ? *given : m_settings.lockTimeout),
+                                  [this] { return isCancelled(); });
+}
+
+int Executor::releaseAppLock(const Frame& frame) {
+    const auto lock = appLock(frame, "Exclusive");
+    if (!lock) return kWrongCall;
+    if (m_engine.locks.release(lock->resource, this, lock->ofTransaction)) return 0;
+    afterError(messageOf(sqlError(1223, {textOf(frame, "@resource")}), m_line), true);
+    return kWrongCall;
+}
+
+}  // namespace tsql

@@ -1,0 +1,141 @@
+// BEGIN, SAVE, COMMIT and ROLLBACK, and what changes of rows and definitions ask of the transaction.
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite's savepoint at the begin of a transaction
+
+}  // namespace
+
+// SQLite's transaction begins with the first change, so that reading before it holds no old state.
+void Executor::beforeWrite() {
+    if (m_doomed) throw sqlError(3930);
+    if (m_transactions == 0 || m_connection.inTransaction()) return;
+    m_connection.run("BEGIN");
+    m_connection.run(std::string("SAVEPOINT ").append(kBegin));
+    m_givenIdentities.clear();
+    m_begun = true;
+}
+
+// What a statement changes, before its names are looked up: a transaction that has read there cannot wait any
+// more.
+void Executor::claim(const ObjectName& target) {
+    if (m_connection.inTransaction() && !isTemporaryName(target.name)) m_connection.lock(databaseOf(target));
+}
+
+void Executor::endTransaction(TransactionEvent event) {
+    m_doomed = m_begun = m_outlivedReset = false;
+    m_knownTables.clear();
+    m_engine.locks.releaseAll(this, true);
+    if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
+}
+
+void Executor::begin(const std::string& name) {
+    if (++m_transactions > 1) return;
+    m_transactionName = name;
+    m_sink->transactionChanged(TransactionEvent::Began);
+}
+
+// Statements that look at or change what is in tables. BEGIN TRANSACTION itself then opens two.
+void Executor::beginImplicitly(const Statement& statement) {
+    const auto begins = []<typename Node>(const Node& node) {
+        if constexpr (std::is_same_v<Node, SelectStatement>) {
+            const auto* select = std::get_if<Select>(&node.query->body);
+            return !select || !select->from.empty();
+        } else if constexpr (std::is_same_v<Node, ast::Transaction>) {
+            return node.verb == TransactionVerb::Begin;
+        } else if constexpr (std::is_same_v<Node, ChangeCursor>) {
+            return node.verb == CursorVerb::Open;
+        } else if constexpr (std::is_same_v<Node, Drop>) {
+            return node.kind != ObjectKind::Database;
+        }
+        return std::is_base_of_v<Change, Node> || std::is_same_v<Node, Truncate> ||
+               std::is_same_v<Node, CreateTable> || std::is_same_v<Node, AlterTable> ||
+               std::is_same_v<Node, CreateIndex> || std::is_same_v<Node, CreateModule> ||
+               std::is_same_v<Node, Fetch>;
+    };
+    if (std::visit(begins, statement.node)) begin({});
+}
+
+void Executor::save(const std::string& name) {
+    if (m_transactions == 0) throw sqlError(628);
+    beforeWrite();
+    m_connection.run("SAVEPOINT " + quotedName(name));
+}
+
+void Executor::commit() {
+    if (m_transactions == 0) throw sqlError(3902);
+    if (m_doomed) throw sqlError(3930);
+    if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
+    if (m_transactions > 1)
+        --m_transactions;
+    else
+        endTransaction(TransactionEvent::Committed);
+}
+
+void Executor::rollBack() {
+    const bool older = m_outlivedReset;
+    endTransaction(TransactionEvent::RolledBack);
+    if (m_connection.inTransaction()) keepTables([this] { undoTransaction(); });
+    if (older) dropTemporaryTables();
+}
+
+// All is as it was before, but for the identities that have been given out.
+void Executor::undoTransaction() {
+    if (!m_givenIdentities.empty()) try {
+            m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
+            skipIdentities();
+            return m_connection.run("COMMIT");
+        } catch (const SqliteFailure&) {  // no room for that
+        }
+    m_connection.run("ROLLBACK");
+}
+
+bool Executor::resetAroundTransaction(std::string_view database) {
+    if (m_transactions == 0) return false;
+    m_outlivedReset = true;
+    m_database = m_engine.storage.canonicalName(database);
+    m_connection.attach(m_database);
+    set({});
+    m_engine.locks.releaseAll(this, false);
+    dropTemporaryTables();
+    m_cursors.clear();
+    m_identity.reset();
+    m_rowCount = m_cursorRows = m_error = m_fetchStatus = 0;
+    return true;
+}
+
+void Executor::rollBackTo(const std::string& name) {
+    if (m_doomed) throw sqlError(3931);
+    m_knownTables.clear();
+    bool done = false;
+    keepTables([&] {
+        done = sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr,
+                            nullptr, nullptr) == SQLITE_OK;
+        skipIdentities();
+    });
+    if (!done) throw sqlError(6401, {name});
+}
+
+Flow Executor::run(const Transaction& transaction) {
+    const std::string name = transaction.variable.empty()
+                                 ? transaction.name
+                                 : evaluateText({m_line, VariableRef{transaction.variable}});
+    const TransactionVerb verb = transaction.verb;
+    if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(3915);
+    if (verb == TransactionVerb::Rollback && m_transactions == 0) throw sqlError(3903);
+    const bool whole = name.empty() || sameWord(name, m_transactionName);
+    if (verb == TransactionVerb::Begin) begin(name);
+    if (verb == TransactionVerb::Save) save(name);
+    if (verb == TransactionVerb::Commit) commit();
+    if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
+    return finished();
+}
+
+}  // namespace tsql

@@ -1,0 +1,100 @@
+#include "execute/RaiseErrorText.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <regex>
+
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr std::size_t kLongestMessage = 2047;
+constexpr std::string_view kEllipsis = "...";
+
+// %% or flags, width, precision and type; without a type it is no conversion.
+constexpr const char* kSubstitution =
+    R"(%(%|([-+0# ]*)(\*|[0-9]{0,4})(\.(?:\*|[0-9]{0,4}))?(?:h|l|I64)?([diouxXs])?))";
+enum Group { kAll, kWhole, kFlags, kWidth, kPrecision, kType };
+
+// As SQLite's printf writes it.
+template <typename Argument>
+std::string written(const std::string& format, Argument argument) {
+    const std::unique_ptr<char, void (*)(void*)> text(sqlite3_mprintf(format.c_str(), argument),
+                                                      sqlite3_free);
+    if (!text) throw std::bad_alloc();
+    return text.get();
+}
+
+// Takes the arguments one after the other.
+class Formatter {
+  public:
+    explicit Formatter(std::span<const TypedValue> arguments) : m_arguments(arguments) {}
+
+    std::string substituted(const std::cmatch& match) {
+        if (match.str(kWhole) == "%") return "%";
+        const std::string format(match[kAll].first, match.suffix().second);
+        if (!match[kType].matched) throw sqlError(2787, {format.substr(0, 20)});
+        std::string flags = match.str(kFlags);
+        const bool left = flags.find('-') != std::string::npos, precise = match[kPrecision].matched;
+        if (left || precise) std::erase(flags, '0');
+        const std::string side = left ? "%-!" : "%!", width = number(match.str(kWidth));
+        const std::string size = width + (precise ? "." + number(match.str(kPrecision).substr(1)) : "");
+        const std::size_t index = m_next++;
+        if (index >= m_arguments.size() || isNull(m_arguments[index].value))
+            return written(side + width + "s", "(null)");
+        const auto& [value, type] = m_arguments[index];
+        const auto* text = std::get_if<std::string>(&value);
+        if (!isText(type.id) && !isInteger(type.id) && !isBinary(type.id))
+            throw sqlError(2748, {baseName(type.id), std::to_string(index + 4)});  // of RAISERROR
+        if ((match.str(kType) == "s") != (text != nullptr) || isBinary(type.id))
+            throw sqlError(2786, {std::to_string(index + 1)});
+        if (text) return written(side + size + "s", text->c_str());
+        return integer("%" + flags + size + "ll" + match.str(kType), std::get<std::int64_t>(value));
+    }
+
+  private:
+    // Digits, or * for the next argument.
+    std::string number(const std::string& digits) {
+        constexpr std::int64_t kWidest = 2047;
+        std::int64_t value = 0;
+        if (digits == "*") {
+            const std::size_t index = m_next++;
+            const auto* given =
+                index < m_arguments.size() ? std::get_if<std::int64_t>(&m_arguments[index].value) : nullptr;
+            value = given ? *given : 0;
+        } else if (!digits.empty()) {
+            value = std::stoi(digits);
+        }
+        return std::to_string(std::clamp<std::int64_t>(value, 0, kWidest));
+    }
+
+    // A negative number without a sign is shown in 32 bits.
+    static std::string integer(const std::string& format, std::int64_t value) {
+        const bool isSigned = format.ends_with('d') || format.ends_with('i');
+        return written(format, static_cast<long long>(isSigned || value >= 0 ? value : value & 0xFFFFFFFF));
+    }
+
+    std::span<const TypedValue> m_arguments;
+    std::size_t m_next = 0;
+};
+
+}  // namespace
+
+std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
+    static const std::regex substitution(kSubstitution);
+    Formatter formatter(arguments);
+    std::string text;
+    const char *at = format.data(), *const end = at + format.size();
+    for (std::cmatch match; std::regex_search(at, end, match, substitution); at = match.suffix().first)
+        text.append(match.prefix().str()).append(formatter.substituted(match));
+    text.append(at, end);
+    if (characterCount(text) <= kLongestMessage) return text;
+    return std::string(characters(text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
+}
+
+}  // namespace tsql

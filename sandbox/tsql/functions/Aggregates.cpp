@@ -1,0 +1,224 @@
+// T-SQL's aggregates, as SQLite aggregates. NULLs are left out; of no value at all the result is NULL.
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr std::size_t kMostTextBytes = 1'000'000'000;  // that SQLite takes
+
+struct Gathered {
+    std::int64_t count = 0;
+    Int128 sum = 0;      // of numbers as they are scaled
+    double real = 0;     // sum, or mean for the variances
+    double squares = 0;  // sum of squared distances from the mean
+    struct Part {
+        std::string separator, text;
+        std::vector<Value> keys;
+    };
+    std::vector<Part> parts;         // of STRING_AGG
+    std::size_t bytes = 0;           // of their texts
+    std::vector<bool> descending{};  // its keys
+    std::int64_t longest = 0;        // its result, in characters
+};
+
+struct Aggregate {
+    const char* name;
+    int arguments;
+    // `sign`: 1 for a value that comes, -1 for one that leaves a window's frame; the count is up to date.
+    void (*step)(Gathered& gathered, std::span<const CellView> arguments, int sign);
+    Value (*result)(const Gathered& gathered, const Aggregate& aggregate);
+    SqlType type = {};  // of an exact result
+    int digits = 0;     // which an average has more than its values
+};
+
+struct AggregateBinding {
+    FunctionContext& context;
+    const Aggregate& aggregate;
+};
+
+const SqlType kSumType = decimalType(kMostDigits, 0);
+
+double realOf(const CellView& value) {
+    const auto* integer = std::get_if<std::int64_t>(&value);
+    return integer ? static_cast<double>(*integer) : std::get<double>(value);
+}
+
+void addExact(Gathered& gathered, std::span<const CellView> arguments, int sign) {
+    gathered.sum += sign * exactOf(arguments[0]);
+    if (!fits(gathered.sum, kSumType)) overflow(kSumType);
+}
+
+void addReal(Gathered& gathered, std::span<const CellView> arguments, int sign) {
+    gathered.real += sign * realOf(arguments[0]);
+}
+
+// Welford: stable where values are large and close together.
+void addSpread(Gathered& gathered, std::span<const CellView> arguments, int sign) {
+    const double value = realOf(arguments[0]), distance = value - gathered.real;
+    if (gathered.count > 0) gathered.real += sign * distance / static_cast<double>(gathered.count);
+    gathered.squares += sign * distance * (value - gathered.real);
+}
+
+// (text, separator, characters at most or kMax[, whether descending, key]...)
+void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
+    auto& part = gathered.parts.emplace_back();
+    part.text = std::get<std::string_view>(arguments[0]);
+    part.separator = std::get<std::string_view>(arguments[1]);
+    gathered.bytes += part.text.size() + part.separator.size();
+    if (gathered.bytes > kMostTextBytes) throw unsupported("STRING_AGG beyond 1,000,000,000 bytes");
+    gathered.descending.clear();
+    gathered.longest = std::get<std::int64_t>(arguments[2]);
+    for (std::size_t i = 3; i + 1 < arguments.size(); i += 2) {
+        gathered.descending.push_back(std::get<std::int64_t>(arguments[i]) != 0);
+        part.keys.push_back(ownedValue(arguments[i + 1]));
+    }
+}
+
+// NULL first, then as ORDER BY has them.
+int compareKeys(const Value& left, const Value& right) {
+    const auto *text = std::get_if<std::string>(&left), *other = std::get_if<std::string>(&right);
+    if (text && other) return compareText(*text, *other);
+    return left < right ? -1 : static_cast<int>(right < left);
+}
+
+Value exactSum(const Gathered& gathered, const Aggregate& aggregate) {
+    return checkedCell(gathered.sum, aggregate.type);
+}
+
+Value exactAverage(const Gathered& gathered, const Aggregate& aggregate) {
+    const Int128 average = exactResult(BinaryOp::Divide, gathered.sum, kSumType, gathered.count,
+                                       simpleType(TypeId::BigInt), aggregate.digits);
+    return checkedCell(average, aggregate.type);
+}
+
+Value realSum(const Gathered& gathered, const Aggregate&) {
+    return gathered.real;
+}
+Value realAverage(const Gathered& gathered, const Aggregate&) {
+    return gathered.real / static_cast<double>(gathered.count);
+}
+
+// `Sample`: divided by one less than the number of values.
+template <bool sample, bool root>
+Value spread(const Gathered& gathered, const Aggregate&) {
+    const std::int64_t divisor = gathered.count - (sample ? 1 : 0);
+    if (divisor == 0) return Null{};
+    const double variance = gathered.squares / static_cast<double>(divisor);
+    return root ? std::sqrt(variance) : variance;
+}
+
+Value joinedText(const Gathered& gathered, const Aggregate&) {
+    std::vector<const Gathered::Part*> order;
+    for (const auto& part : gathered.parts) order.push_back(&part);
+    std::stable_sort(order.begin(), order.end(), [&](const auto* left, const auto* right) {
+        for (std::size_t i = 0; i < left->keys.size(); ++i)
+            if (const int difference = compareKeys(left->keys[i], right->keys[i]))
+                return (difference > 0) == gathered.descending[i];
+        return false;
+    });
+    std::string text;
+    for (const auto* part : order) text.append(part == order.front() ? "" : part->separator) += part->text;
+    if (gathered.longest != SqlType::kMax &&
+        characterCount(text) > static_cast<std::size_t>(gathered.longest))
+        throw sqlError(9829);
+    return text;
+}
+
+const Aggregate kAggregates[] = {
+    {"ts_sum_int", 1, addExact, exactSum, simpleType(TypeId::Int)},
+    {"ts_sum_bigint", 1, addExact, exactSum, simpleType(TypeId::BigInt)},
+    {"ts_sum_money", 1, addExact, exactSum, simpleType(TypeId::Money)},
+    {"ts_sum_decimal", 1, addExact, exactSum, kSumType},
+    {"ts_sum_float", 1, addReal, realSum},
+    {"ts_avg_int0", 1, addExact, exactAverage, simpleType(TypeId::Int)},
+    {"ts_avg_bigint0", 1, addExact, exactAverage, simpleType(TypeId::BigInt)},
+    {"ts_avg_money0", 1, addExact, exactAverage, simpleType(TypeId::Money)},
+    {"ts_avg_decimal0", 1, addExact, exactAverage, kSumType, 0},
+    {"ts_avg_decimal1", 1, addExact, exactAverage, kSumType, 1},
+    {"ts_avg_decimal2", 1, addExact, exactAverage, kSumType, 2},
+    {"ts_avg_decimal3", 1, addExact, exactAverage, kSumType, 3},
+    {"ts_avg_decimal4", 1, addExact, exactAverage, kSumType, 4},
+    {"ts_avg_decimal5", 1, addExact, exactAverage, kSumType, 5},
+    {"ts_avg_decimal6", 1, addExact, exactAverage, kSumType, 6},
+    {"ts_avg_float0", 1, addReal, realAverage},
+    {"ts_stdev", 1, addSpread, spread<true, true>},
+    {"ts_stdevp", 1, addSpread, spread<false, true>},
+    {"ts_var", 1, addSpread, spread<true, false>},
+    {"ts_varp", 1, addSpread, spread<false, false>},
+    {"ts_string_agg", -1, addText, joinedText},
+};
+
+const AggregateBinding& bindingOf(sqlite3_context* call) {
+    return *static_cast<const AggregateBinding*>(sqlite3_user_data(call));
+}
+
+// SQLite keeps a zeroed slot for each group; what it points to is made by the first value.
+Gathered*& slotOf(sqlite3_context* call) {
+    auto* slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(void*)));
+    if (!slot) throw std::bad_alloc();
+    return *slot;
+}
+
+template <int sign>
+void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
+    const AggregateBinding& binding = bindingOf(call);
+    try {
+        const Arguments arguments(count, values);
+        if (isNull(arguments.views()[0])) {
+            if (binding.aggregate.step != addText) binding.context.noteNullLeftOut();
+            return;
+        }
+        Gathered*& gathered = slotOf(call);
+        if (!gathered) gathered = new Gathered;
+        gathered->count += sign;
+        binding.aggregate.step(*gathered, arguments.views(), sign);
+    } catch (...) {
+        reportError(binding.context, call);
+    }
+}
+
+void giveAggregate(sqlite3_context* call, const Gathered* gathered) {
+    const AggregateBinding& binding = bindingOf(call);
+    try {
+        if (!gathered || gathered->count == 0) return sqlite3_result_null(call);
+        giveResult(call, binding.aggregate.result(*gathered, binding.aggregate));
+    } catch (...) {
+        reportError(binding.context, call);
+    }
+}
+
+void currentAggregate(sqlite3_context* call) {
+    auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
+    giveAggregate(call, slot ? *slot : nullptr);
+}
+
+// Also called when a statement ends early, to let go of what was gathered.
+void finishAggregate(sqlite3_context* call) {
+    auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
+    const std::unique_ptr<Gathered> gathered(slot ? *slot : nullptr);
+    giveAggregate(call, gathered.get());
+}
+
+}  // namespace
+
+void registerAggregates(sqlite3* connection, FunctionContext& context) {
+    for (const Aggregate& aggregate : kAggregates) {
+        const int code = sqlite3_create_window_function(
+            connection, aggregate.name, aggregate.arguments, SQLITE_UTF8,
+            new AggregateBinding{context, aggregate}, stepAggregate<1>, finishAggregate, currentAggregate,
+            stepAggregate<-1>, [](void* binding) { delete static_cast<AggregateBinding*>(binding); });
+        if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
+    }
+}
+
+}  // namespace tsql

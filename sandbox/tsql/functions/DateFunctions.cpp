@@ -1,0 +1,143 @@
+// T-SQL's date functions, as SQLite functions.
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+
+namespace tsql {
+namespace {
+
+// Not every type has every part.
+void checkPart(Pieces pieces, std::string_view function) {
+    const auto part = static_cast<DatePart>(*pieces[0].integer);
+    const TypeId type = pieces.back().type.id;
+    const bool changes = function != "datepart" && function != "datename";
+    if (part == DatePart::IsoWeek && changes) throw sqlError(9806, {nameOf(part), function});
+    if (function == "datediff") return;
+    const bool ofClock = part >= DatePart::Hour;
+    const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
+    if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
+        throw sqlError(9810, {nameOf(part), function, baseName(type)});
+}
+
+SqlType sumType(Pieces pieces) {
+    checkPart(pieces, "dateadd");
+    return pieces[2].type;
+}
+template <TypeId type>
+SqlType differenceType(Pieces pieces) {
+    checkPart(pieces, "datediff");
+    return simpleType(type);
+}
+SqlType partType(Pieces pieces) {
+    checkPart(pieces, "datepart");
+    return simpleType(TypeId::Int);
+}
+SqlType partNameType(Pieces pieces) {
+    checkPart(pieces, "datename");
+    return nvarcharType(30);
+}
+
+// YEAR, MONTH, DAY
+template <DatePart part>
+SqlType ofDateType(Pieces pieces) {
+    if (pieces[0].type.id == TypeId::Time) throw sqlError(9810, {nameOf(part), nameOf(part), "time"});
+    return simpleType(TypeId::Int);
+}
+
+DatePart partArgument(const Call& call) {
+    return static_cast<DatePart>(call.integer(0));
+}
+
+// (type)
+template <DateTime Now::*clock>
+Value runNow(const Call& call) {
+    return toStorage(call.context().now().*clock, call.type(0));
+}
+
+// (part, number, value, type)
+Value runDateAdd(const Call& call) {
+    return toStorage(dateAdd(partArgument(call), call.integer(1), call.dateTime(2), call.type(3)),
+                     call.type(3));
+}
+
+// (part, start, end)
+Value runDateDiffBig(const Call& call) {
+    return dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
+}
+
+Value runDateDiff(const Call& call) {
+    const std::int64_t difference = dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
+    if (difference > INT32_MAX || difference < INT32_MIN) throw sqlError(535);
+    return difference;
+}
+
+Value runDatePart(const Call& call) {
+    return datePart(partArgument(call), call.dateTime(1));
+}
+Value runDateName(const Call& call) {
+    return dateName(partArgument(call), call.dateTime(1));
+}
+
+template <DatePart part>
+Value runPart(const Call& call) {
+    return datePart(part, call.dateTime(0));
+}
+
+// (value[, months])
+Value runEndOfMonth(const Call& call) {
+    const SqlType type = simpleType(TypeId::Date);
+    const std::int64_t months = call.count() > 1 ? call.integer(1) : 0;
+    const CivilDate date = civilFromDays(dateAdd(DatePart::Month, months, call.dateTime(0), type).days);
+    return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0}, type);
+}
+
+// (year, month, day[, hour, minute, second, millisecond], type)
+Value runFromParts(const Call& call) {
+    const SqlType type = call.resultType();
+    const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
+    const auto days = daysFromParts(part(0), part(1), part(2));
+    constexpr std::int64_t kClock[] = {24, 60, 60, 1000};
+    std::int64_t milliseconds = 0;
+    bool valid = days.has_value();
+    for (std::size_t i = 0; i < std::size(kClock); ++i) {
+        valid = valid && part(3 + i) >= 0 && part(3 + i) < kClock[i];
+        milliseconds = valid ? milliseconds * kClock[i] + part(3 + i) : 0;
+    }
+    const DateTime value{days.value_or(0), milliseconds * 10'000};
+    if (!valid || !isInRange(value, type)) throw sqlError(289, {baseName(type.id)});
+    return toStorage(value, type);
+}
+
+Value runIsDate(const Call& call) {
+    if (isNull(call[0])) return std::int64_t{0};
+    return std::int64_t{!isNull(convertValue(call[0], varcharType(SqlType::kMax),
+                                             simpleType(TypeId::DateTime), kNoStyle, Conversion::Try)) &&
+                        !call.text(0).empty()};
+}
+
+const FunctionInfo kFunctions[] = {
+    {"getdate", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
+    {"current_timestamp", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
+    {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
+    {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
+    {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
+    {"dateadd", "PIE=", sumType, runDateAdd},
+    {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff},
+    {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiffBig},
+    {"datepart", "PD", partType, runDatePart},
+    {"datename", "PD", partNameType, runDateName},
+    {"year", "D", ofDateType<DatePart::Year>, runPart<DatePart::Year>},
+    {"month", "D", ofDateType<DatePart::Month>, runPart<DatePart::Month>},
+    {"day", "D", ofDateType<DatePart::Day>, runPart<DatePart::Day>},
+    {"eomonth", "D[I", TypeId::Date, runEndOfMonth},
+    {"datefromparts", "III=", TypeId::Date, runFromParts},
+    {"datetimefromparts", "IIIIIII=", TypeId::DateTime, runFromParts},
+    {"isdate", "T", TypeId::Int, runIsDate, Nulls::Reach},
+};
+
+}  // namespace
+
+std::span<const FunctionInfo> dateFunctions() {
+    return kFunctions;
+}
+
+}  // namespace tsql

@@ -1,0 +1,321 @@
+// How a call of a built-in function of T-SQL is written in SQLite.
+#include <algorithm>
+#include <map>
+#include <vector>
+
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+SqlType sameAsFirst(Pieces pieces) {
+    return pieces[pieces[0].nullLiteral ? 1 : 0].type;
+}
+
+SqlType numberType(Pieces pieces) {
+    const SqlType& type = pieces[0].type;
+    if (type.id < TypeId::Int) return simpleType(TypeId::Int);
+    if (type.id == TypeId::SmallMoney) return simpleType(TypeId::Money);
+    return type.id == TypeId::Real ? simpleType(TypeId::Float) : type;
+}
+
+namespace {
+
+constexpr std::size_t kAnyNumber = 254;
+
+bool isArgument(char letter) {
+    return letter >= 'A' && letter <= 'Z';
+}
+
+std::string code(const SqlType& type) {
+    return std::to_string(encodeType(type));
+}
+
+// --- what the functions give
+
+SqlType coalescedType(Pieces pieces) {
+    if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(4127);
+    return commonType(pieces);
+}
+SqlType nullIfType(Pieces pieces) {
+    if (pieces[0].nullLiteral) throw sqlError(4151);
+    return pieces[0].type;
+}
+SqlType commonOfRest(Pieces pieces) {
+    return commonType(pieces.subspan(1));
+}
+
+SqlType summable(Pieces pieces, std::string_view function) {
+    const SqlType& type = pieces[0].type;
+    if (!isNumber(type.id) || type.id == TypeId::Bit) throw sqlError(8117, {baseName(type.id), function});
+    return type;
+}
+SqlType sumType(Pieces pieces) {
+    const SqlType type = summable(pieces, "sum");
+    return type.id == TypeId::Decimal ? decimalType(38, type.scale) : numberType(pieces);
+}
+SqlType averageType(Pieces pieces) {
+    const SqlType type = summable(pieces, "avg");
+    return type.id == TypeId::Decimal ? decimalType(38, std::max<int>(type.scale, 6)) : numberType(pieces);
+}
+SqlType extremeType(Pieces pieces) {
+    const TypeId id = pieces[0].type.id;
+    if (id == TypeId::Bit || isLob(id)) throw sqlError(8117, {baseName(id), "max"});
+    return pieces[0].type;
+}
+
+// --- how they are written
+
+// NAME(piece, ...), with the codes of types that the pattern asks for.
+std::string listed(std::string_view name, const FunctionInfo& function, Pieces pieces,
+                   const SqlType& result) {
+    std::string sql(name);
+    const auto add = [&](const std::string& text) { sql.append(sql.back() == '(' ? "" : ",").append(text); };
+    sql += '(';
+    std::size_t next = 0;
+    for (const char letter : function.arguments) {
+        if (letter == '#') add(code(pieces[next - 1].type));
+        if (isArgument(letter) && next < pieces.size()) add(pieces[next++].sql);
+    }
+    while (next < pieces.size()) add(pieces[next++].sql);
+    if (function.arguments.ends_with('=')) add(code(result));
+    return sql + ')';
+}
+
+// SQLite has it by the same name.
+std::string writeOfSqlite(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    return listed(function.name, function, pieces, result);
+}
+
+std::string writeIsNull(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    return "ifnull(" + pieces[0].sql + "," + coerce(pieces[1], result).sql + ")";
+}
+
+std::string writeCoalesce(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    std::vector<Typed> converted;
+    for (const Typed& piece : pieces) converted.push_back(coerce(piece, result));
+    return writeOfSqlite(function, converted, result);
+}
+
+std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
+    return "CASE WHEN " + emitCompare(CompareOp::Equal, pieces[0], pieces[1]) + " THEN NULL ELSE " +
+           pieces[0].sql + " END";
+}
+
+std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    std::string sql = "CASE " + pieces[0].sql;
+    for (std::size_t i = 1; i < pieces.size(); ++i)
+        sql += " WHEN " + std::to_string(i) + " THEN " + coerce(pieces[i], result).sql;
+    return sql + " END";
+}
+
+std::string writePi(const FunctionInfo&, Pieces, const SqlType&) {
+    return "3.141592653589793";
+}
+
+std::string writeXmlValue(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    return listed("ts_xml_value", function, pieces, result);
+}
+
+// SQLite's own aggregates leave NULLs out without a word.
+Typed noted(const Typed& value) {
+    return value.nullable ? Typed{"ts_noted(" + value.sql + ")", value.type} : value;
+}
+
+std::string writeCount(const FunctionInfo&, Pieces pieces, const SqlType&) {
+    return "count(" + collated(noted(pieces[0])) + ")";
+}
+
+std::string writeExtreme(const FunctionInfo& function, Pieces pieces, const SqlType&) {
+    return std::string(function.name) + "(" + collated(noted(pieces[0])) + ")";
+}
+
+std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    const std::string kind(baseName(result.id));
+    return "ts_sum_" + kind + "(" + pieces[0].sql + ")";
+}
+
+std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    const int digits = isExact(result.id) ? result.scale - pieces[0].type.scale : 0;
+    return "ts_avg_" + std::string(baseName(result.id)) + std::to_string(digits) + "(" + pieces[0].sql + ")";
+}
+
+std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    return "ts_string_agg(" + pieces[0].sql + ",ifnull(" + pieces[1].sql + ",'')," +
+           std::to_string(result.length) + ")";
+}
+
+std::string writeTiles(const FunctionInfo&, Pieces pieces, const SqlType&) {
+    return "ntile(ts_rows(" + pieces[0].sql + ",1,4116))";
+}
+
+// LAG, LEAD: what stands for the rows that are not there has the value's type.
+std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    std::vector<Typed> converted(pieces.begin(), pieces.end());
+    if (converted.size() > 1) converted[1].sql = "ts_rows(" + converted[1].sql + ",0,8730)";
+    if (converted.size() > 2) converted[2] = coerce(converted[2], result);
+    return writeOfSqlite(function, converted, result);
+}
+
+constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ranking,
+               kFramed = FunctionKind::Framed;
+
+// The functions that SQLite has, or that are written in terms of others.
+const FunctionInfo kWritten[] = {
+    {"isnull", "AA", sameAsFirst, writeIsNull},
+    {"coalesce", "AA*", coalescedType, writeCoalesce},
+    {"nullif", "AA", nullIfType, writeNullIf},
+    {"choose", "IA*", commonOfRest, writeChoose},
+    {"pi", "", TypeId::Float, writePi},
+    {"xml.value", "AA", nvarcharType(SqlType::kMax), writeXmlValue},  // (SELECT ... FOR XML).value()
+    {"count", "A", TypeId::Int, writeCount, kAggregate},
+    {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
+    {"sum", "A", sumType, writeSum, kAggregate},
+    {"avg", "A", averageType, writeAverage, kAggregate},
+    {"min", "A", extremeType, writeExtreme, kAggregate},
+    {"max", "A", extremeType, writeExtreme, kAggregate},
+    {"stdev", "F", TypeId::Float, writeOwn, kAggregate},
+    {"stdevp", "F", TypeId::Float, writeOwn, kAggregate},
+    {"var", "F", TypeId::Float, writeOwn, kAggregate},
+    {"varp", "F", TypeId::Float, writeOwn, kAggregate},
+    {"string_agg", "TT", grownText, writeStringAgg, kAggregate},
+    // windows; the aggregates but STRING_AGG take OVER, too
+    {"row_number", "", TypeId::BigInt, writeOfSqlite, kRanking},
+    {"rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
+    {"dense_rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
+    {"ntile", "B", TypeId::BigInt, writeTiles, kRanking},
+    {"lag", "A[IA", sameAsFirst, writeShifted, kRanking},
+    {"lead", "A[IA", sameAsFirst, writeShifted, kRanking},
+    {"first_value", "A", sameAsFirst, writeOfSqlite, kFramed},
+    {"last_value", "A", sameAsFirst, writeOfSqlite, kFramed},
+};
+
+// --- arguments
+
+// Wide enough for the text of any value of the type.
+SqlType textTypeFor(const SqlType& type) {
+    if (isText(type.id)) return type;
+    if (isBinary(type.id)) return varcharType(type.length);
+    if (type.id == TypeId::Decimal) return varcharType(type.precision + 3);
+    return varcharType(type.id == TypeId::UniqueIdentifier ? 36 : 30);
+}
+
+SqlType dateTypeFor(const SqlType& type, TypeId ofText) {
+    if (isDateTime(type.id)) return type;
+    return simpleType(isText(type.id) ? ofText : TypeId::DateTime);
+}
+
+Typed datePartArgument(const Typed& value, std::string_view function) {
+    const auto part = findDatePart(value.word);
+    if (!part) throw sqlError(155, {value.word, function});
+    return {std::to_string(static_cast<int>(*part)), simpleType(TypeId::Int), false, static_cast<int>(*part)};
+}
+
+// What a parameter of this letter converts a value of this type to.
+SqlType wantedType(char letter, const SqlType& type) {
+    switch (letter) {
+        case 'C':
+        case 'L':
+        case 'T':
+            return textTypeFor(type);
+        case 'I':
+            return simpleType(TypeId::Int);
+        case 'B':
+            return simpleType(TypeId::BigInt);
+        case 'F':
+            return simpleType(TypeId::Float);
+        case 'D':
+            return dateTypeFor(type, TypeId::DateTime2);
+        case 'E':
+            return dateTypeFor(type, TypeId::DateTime);
+        case 'N':
+            return isNumber(type.id) ? type : simpleType(TypeId::Float);
+        default:
+            return type;
+    }
+}
+
+Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
+    if (letter == 'P') return datePartArgument(value, function.name);
+    const SqlType wanted = wantedType(letter, value.type);
+    const TypeId given = value.type.id;
+    const bool asItIs = letter == 'S' || letter == 'C';
+    const bool taken = conversionRule(given, wanted.id) == ConversionRule::Implicit &&
+                       !((letter == 'T' || letter == 'C') && isLob(given)) &&
+                       (!asItIs || isText(given) || isBinary(given));
+    if (!taken && !value.nullLiteral)
+        throw sqlError(8116, {baseName(given), std::to_string(i + 1), function.name});
+    return coerce(value, wanted);
+}
+
+// What the pattern of a function's arguments says: their letters, and how many there may be.
+struct Signature {
+    std::string letters;
+    std::size_t least = 0, most = 0;
+};
+
+Signature signatureOf(const FunctionInfo& function) {
+    Signature result;
+    for (const char letter : function.arguments)
+        if (isArgument(letter)) result.letters += letter;
+    const std::string_view required = function.arguments.substr(0, function.arguments.find('['));
+    result.least = static_cast<std::size_t>(std::ranges::count_if(required, isArgument));
+    result.most = function.arguments.find('*') == std::string_view::npos ? result.letters.size() : kAnyNumber;
+    return result;
+}
+
+void checkCount(const FunctionInfo& function, const Signature& signature, std::size_t count) {
+    if (count >= signature.least && count <= signature.most) return;
+    const std::string least = std::to_string(signature.least);
+    if (signature.least == signature.most) throw sqlError(174, {function.name, least});
+    throw sqlError(189, {function.name, least, std::to_string(signature.most)});
+}
+
+}  // namespace
+
+std::string writeOwn(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    return listed("ts_" + std::string(function.name), function, pieces, result);
+}
+
+std::array<std::span<const FunctionInfo>, 5> allFunctions() {
+    return {textFunctions(), mathFunctions(), dateFunctions(), sessionFunctions(), kWritten};
+}
+
+const FunctionInfo* findFunction(std::string_view name) {
+    static const auto index = [] {
+        std::map<std::string_view, const FunctionInfo*> table;
+        for (const auto& functions : allFunctions())
+            for (const FunctionInfo& function : functions) table.emplace(function.name, &function);
+        return table;
+    }();
+    const auto found = index.find(lowerAscii(name));
+    return found == index.end() ? nullptr : found->second;
+}
+
+FunctionKind kindOf(const FunctionInfo& function) {
+    return function.kind;
+}
+
+bool takesDatePart(const FunctionInfo& function) {
+    return function.arguments.starts_with('P');
+}
+
+Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {
+    const Signature signature = signatureOf(function);
+    checkCount(function, signature, arguments.size());
+    if (function.kind == FunctionKind::Aggregate && arguments[0].word == "*")
+        return {"count(*)", function.result.of(arguments)};
+    std::vector<Typed> pieces;
+    for (std::size_t i = 0; i < arguments.size(); ++i)
+        pieces.push_back(argument(function, i, signature.letters[std::min(i, signature.letters.size() - 1)],
+                                  arguments[i]));
+    const SqlType type = function.result.of(pieces);
+    std::string sql = function.write(function, pieces, type);
+    if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
+    Typed result{sql, type};
+    if (function.write == writeIsNull) result.nullable = pieces[0].nullable && pieces[1].nullable;
+    return result;
+}
+
+}  // namespace tsql

@@ -1,0 +1,317 @@
+// Conversions, arithmetic and comparisons, as SQLite functions, and the pieces of SQL that call them.
+#include <charconv>
+
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+#include "storage/Connection.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+// (value, type, target type, style)
+template <Conversion kind>
+Value runConvert(const Call& call) {
+    return convertValue(call[0], call.type(1), call.type(2), static_cast<int>(call.integer(3)), kind);
+}
+
+// (value, type, target type, table, column)
+Value runAssign(const Call& call) {
+    if (isNull(call[0])) return Null{};
+    const SqlType from = call.type(1), to = call.type(2);
+    try {
+        return convertValue(call[0], from, to, kNoStyle, Conversion::Assign);
+    } catch (const SqlError& error) {
+        constexpr int kTruncated = 8152;
+        if (error.number != kTruncated) throw;
+        const std::string kept = textOf(viewOf(convertValue(call[0], from, to)), to);
+        throw sqlError(2628, {call.text(3), call.text(4), kept});
+    }
+}
+
+// (left, left type[, operator, right, right type, result type]...), from left to right
+Value runArithmetic(const Call& call) {
+    Value left = ownedValue(call[0]);
+    SqlType type = call.type(1);
+    for (std::size_t i = 2; i + 3 < call.count(); i += 4) {
+        const auto op = static_cast<BinaryOp>(call.integer(i));
+        const SqlType result = call.type(i + 3);
+        left = arithmetic(op, viewOf(left), type, call[i + 1], call.type(i + 2), result);
+        type = result;
+    }
+    return left;
+}
+
+// (left, left type, right, right type)
+Value runCompare(const Call& call) {
+    return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
+}
+
+// (value, pattern, whether blanks at the end count[, escape])
+Value runLike(const Call& call) {
+    const EndBlanks blanks = call.integer(2) != 0 ? EndBlanks::Counted : EndBlanks::Ignored;
+    char32_t escape = 0;
+    if (call.count() == 4) {
+        std::string_view text = call.text(3);
+        if (characterCount(text) != 1) throw sqlError(506, {text});
+        escape = nextCharacter(text);
+    }
+    return std::int64_t{matchesLike(call.text(0), call.text(1), blanks, escape)};
+}
+
+const ScalarFunction kFunctions[] = {
+    {"ts_convert", runConvert<Conversion::Cast>},
+    {"ts_try_convert", runConvert<Conversion::Try>},
+    {"ts_assign", runAssign, Nulls::Reach},
+    {"ts_arithmetic", runArithmetic, Nulls::Reach},
+    {"ts_compare", runCompare},
+    {"ts_like", runLike},
+};
+
+constexpr int kLongestChain = 30;  // operators of one ts_arithmetic, within the arguments that SQLite allows
+constexpr std::string_view kCompareSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
+constexpr std::string_view kCompareNames[] = {"equal to",     "not equal to",
+                                              "less than",    "less than or equal to",
+                                              "greater than", "greater than or equal to"};
+
+std::string code(const SqlType& type) {
+    return std::to_string(encodeType(type));
+}
+
+// The same number has the same form in both exact types.
+bool sameScaling(const SqlType& left, const SqlType& right) {
+    return left.scale == right.scale && isWide(left) == isWide(right);
+}
+
+// A value of `from` is in the form of `to` as it stands.
+bool sameForm(const SqlType& from, const SqlType& to) {
+    if (from == to) return true;
+    if (isInteger(from.id) && isInteger(to.id)) return to.id >= from.id && to.id != TypeId::Bit;  // widening
+    if (isExact(from.id) && to.id == TypeId::Decimal)
+        return sameScaling(from, to) && precisionOf(from) <= to.precision;
+    const bool roomy = to.length <= 0 || (from.length > 0 && from.length <= to.length);
+    if (isText(from.id) && isText(to.id)) return roomy && to.id != TypeId::Char && to.id != TypeId::NChar;
+    if (isBinary(from.id) && isBinary(to.id)) return roomy && to.id != TypeId::Binary;
+    return (from.id == TypeId::Real && to.id == TypeId::Float) ||
+           (from.id == TypeId::SmallMoney && to.id == TypeId::Money);
+}
+
+// An integer literal counts with its own digits, not with int's ten.
+SqlType literalType(const Typed& value) {
+    if (!value.integer) return value.type;
+    const auto digits = std::to_string(*value.integer < 0 ? -*value.integer : *value.integer).size();
+    return decimalType(static_cast<int>(digits), 0);
+}
+
+SqlType operandType(const Typed& value, const SqlType& partner) {
+    return partner.id == TypeId::Decimal ? literalType(value) : value.type;
+}
+
+Typed withPartnersType(const Typed& value, const Typed& partner) {
+    Typed result = value;
+    if (value.nullLiteral) result.type = partner.type;
+    return result;
+}
+
+// Every number of the one exact type is one of the other.
+bool holds(const SqlType& type, const SqlType& other) {
+    // The largest int has ten digits, but not every number of ten digits is an int.
+    const auto whole = [](const SqlType& each) { return precisionOf(each) - each.scale; };
+    return other.scale <= type.scale && whole(other) <= whole(type) - (type.id == TypeId::Decimal ? 0 : 1);
+}
+
+// Numbers of different forms meet in the form of one side, whose index can be used then, or are compared by a
+// function.
+std::string compareExact(std::string_view sign, const Typed& left, const Typed& right) {
+    const auto compared = [&](const std::string& a, const std::string& b) {
+        return "(" + a + std::string(sign) + b + ")";
+    };
+    if (sameScaling(left.type, right.type)) return compared(left.sql, right.sql);
+    if (holds(left.type, literalType(right))) return compared(left.sql, coerce(right, left.type).sql);
+    if (holds(right.type, literalType(left))) return compared(coerce(left, right.type).sql, right.sql);
+    return compared(
+        "ts_compare(" + left.sql + "," + code(left.type) + "," + right.sql + "," + code(right.type) + ")",
+        "0");
+}
+
+// "(a || b || c)", cut where the type ends: a flat chain, since SQLite's parser bounds how deep brackets
+// nest.
+Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
+    constexpr std::string_view kCut = "substr(", kFrom = ",1,";
+    const bool cut = left.sql.starts_with(kCut);
+    std::string sql = "(" + left.sql;
+    if (left.joined && !cut) sql = left.sql.substr(0, left.sql.size() - 1);
+    if (left.joined && cut && type.length != SqlType::kMax)
+        sql = left.sql.substr(kCut.size(), left.sql.rfind(kFrom) - kCut.size() - 1);
+    sql += " || " + right.sql + ")";
+    if (type.length != SqlType::kMax && left.type.length + right.type.length > type.length)
+        sql = std::string(kCut).append(sql).append(kFrom) + std::to_string(type.length) + ")";
+    Typed result{sql, type};
+    result.joined = true;
+    return result;
+}
+
+}  // namespace
+
+std::span<const ScalarFunction> operatorFunctions() {
+    return kFunctions;
+}
+
+Typed nullLiteral() {
+    return {"NULL", simpleType(TypeId::Int), true};
+}
+
+Typed typedConstant(std::string sql, const TypedValue& constant) {
+    Typed result{std::move(sql), constant.type, isNull(constant.value)};
+    result.nullable = result.nullLiteral;
+    const auto* integer = std::get_if<std::int64_t>(&constant.value);
+    if (integer && constant.type.id == TypeId::Int) result.integer = *integer;
+    return result;
+}
+
+Typed literal(const TypedValue& constant) {
+    struct ConstantWriter {
+        std::string operator()(Null) const { return "NULL"; }
+        std::string operator()(std::int64_t number) const { return std::to_string(number); }
+        std::string operator()(double number) const {
+            char digits[40];
+            return {digits,
+                    std::to_chars(digits, digits + sizeof digits, number, std::chars_format::scientific).ptr};
+        }
+        std::string operator()(const std::string& text) const {
+            if (text.find('\0') == std::string::npos) return quotedText(text);
+            // SQLite reads a statement only up to its first NUL.
+            return "CAST(x'" + hexDigits(std::as_bytes(std::span(text))) + "' AS TEXT)";
+        }
+        std::string operator()(const Bytes& bytes) const { return "x'" + hexDigits(bytes) + "'"; }
+    };
+    return typedConstant(std::visit(ConstantWriter{}, constant.value), constant);
+}
+
+Typed wordArgument(std::string_view word) {
+    return {{}, {}, false, {}, std::string(word)};
+}
+
+Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
+    if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)
+        throw sqlError(529, {baseName(value.type.id), baseName(to.id)});
+    Typed result{value.sql, to};  // what is cast is no literal any more: its type is fixed
+    if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
+    const std::string styleSql =
+        style ? coerce(*style, simpleType(TypeId::Int)).sql : std::to_string(kNoStyle);
+    result.sql = std::string(kind == Conversion::Try ? "ts_try_convert(" : "ts_convert(") + value.sql + "," +
+                 code(value.type) + "," + code(to) + "," + styleSql + ")";
+    return result;
+}
+
+Typed coerce(const Typed& value, const SqlType& to) {
+    if (!value.nullLiteral) requireImplicit(value.type, to);
+    Typed result = emitConvert(value, to, nullptr, Conversion::Cast);
+    result.nullLiteral = value.nullLiteral;
+    result.nullable = value.nullable;
+    if (isInteger(to.id) && sameForm(value.type, to)) result.integer = value.integer;
+    return result;
+}
+
+Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column) {
+    if (value.nullLiteral || sameForm(value.type, to)) return coerce(value, to);
+    requireImplicit(value.type, to);
+    return {"ts_assign(" + value.sql + "," + code(value.type) + "," + code(to) + "," + quotedText(table) +
+                "," + quotedText(column) + ")",
+            to};
+}
+
+SqlType commonType(std::span<const Typed> pieces) {
+    std::optional<SqlType> type;
+    for (const Typed& piece : pieces) {
+        if (piece.nullLiteral) continue;
+        type =
+            type ? commonType(operandType({{}, *type}, piece.type), operandType(piece, *type)) : piece.type;
+    }
+    return type.value_or(simpleType(TypeId::Int));
+}
+
+SqlType comparedType(std::span<const Typed> pieces) {
+    const SqlType type = commonType(pieces);
+    for (const Typed& piece : pieces)
+        if (isLob(piece.type.id))
+            commonType(piece.type, type, "equal to");
+        else if (isExact(piece.type.id) && type.id == TypeId::Decimal && piece.type.scale > type.scale)
+            throw unsupported("IN among decimals that 38 digits do not hold together");
+    return type;
+}
+
+std::string collated(const Typed& value, int refusal) {
+    if (isLob(value.type.id)) throw sqlError(refusal, {baseName(value.type.id)});
+    return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
+}
+
+Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
+    const Typed left = withPartnersType(leftPiece, rightPiece),
+                right = withPartnersType(rightPiece, leftPiece);
+    const bool bits = op >= BinaryOp::BitAnd;
+    const SqlType type = bits
+                             ? operatorType(op, left.type, right.type)
+                             : operatorType(op, operandType(left, right.type), operandType(right, left.type));
+    if (isText(type.id)) return joined(left, right, type);
+    if (isBinary(type.id)) return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type};
+    // A chain of operators is one call: SQLite's parser bounds how deep calls may nest.
+    const bool joins = left.chain > 0 && left.chain < kLongestChain;
+    const std::string chain =
+        joins ? left.sql.substr(0, left.sql.size() - 1) : "ts_arithmetic(" + left.sql + "," + code(left.type);
+    return {chain + "," + std::to_string(static_cast<int>(op)) + "," + right.sql + "," + code(right.type) +
+                "," + code(type) + ")",
+            type,
+            false,
+            {},
+            {},
+            joins ? left.chain + 1 : 1};
+}
+
+Typed emitNegate(const Typed& value) {
+    Typed result = value;
+    result.chain = 0;
+    if (value.nullLiteral) return result;
+    if (!isNumber(value.type.id) || value.type.id == TypeId::Bit)
+        throw sqlError(8117, {baseName(value.type.id), "minus"});
+    if (value.integer) {
+        result.integer = -*value.integer;
+        result.sql = "(" + std::to_string(-*value.integer) + ")";
+        return result;
+    }
+    if (value.type.id == TypeId::TinyInt) result.type = simpleType(TypeId::SmallInt);
+    if (isExact(value.type.id))  // the least integer has no counterpart
+        result.sql = "ts_arithmetic(0," + code(result.type) + "," +
+                     std::to_string(static_cast<int>(BinaryOp::Subtract)) + "," + value.sql + "," +
+                     code(value.type) + "," + code(result.type) + ")";
+    else
+        result.sql = "(-" + value.sql + ")";
+    return result;
+}
+
+Typed emitBitNot(const Typed& value) {
+    if (!isInteger(value.type.id)) throw sqlError(8117, {baseName(value.type.id), "'~'"});
+    const std::string_view all = value.type.id == TypeId::Bit       ? "(1-"
+                                 : value.type.id == TypeId::TinyInt ? "(255-"
+                                                                    : "(-1-";
+    return {std::string(all) + value.sql + ")", value.type, value.nullLiteral};
+}
+
+std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& rightPiece) {
+    const Typed left = withPartnersType(leftPiece, rightPiece),
+                right = withPartnersType(rightPiece, leftPiece);
+    const std::string_view sign = kCompareSigns[static_cast<std::size_t>(op)];
+    if (isExact(left.type.id) && isExact(right.type.id)) return compareExact(sign, left, right);
+    const SqlType type = commonType(left.type, right.type, kCompareNames[static_cast<std::size_t>(op)]);
+    const SqlType loose = isText(type.id) ? nvarcharType(SqlType::kMax) : type;
+    return "(" + collated(coerce(left, loose)) + std::string(sign) + coerce(right, loose).sql + ")";
+}
+
+std::string emitLike(const Typed& value, const Typed& pattern, const Typed* escape) {
+    const SqlType text = nvarcharType(SqlType::kMax);
+    const bool national = isNational(value.type.id) || isNational(pattern.type.id);
+    return "ts_like(" + coerce(value, text).sql + "," + coerce(pattern, text).sql + (national ? ",1" : ",0") +
+           (escape ? "," + coerce(*escape, text).sql : "") + ")";
+}
+
+}  // namespace tsql

@@ -1,0 +1,201 @@
+// Functions of SQLite that the translator and the system's views write calls of: no function of T-SQL's.
+#include <algorithm>
+
+#include "execute/Executor.h"
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+// --- of the session
+
+// (name): its value now
+Value runVariable(const Call& call) {
+    return call.context().session().variableValue(call.text(0));
+}
+
+// (database, name, argument...): a function that T-SQL defines
+Value runCall(const Call& call) {
+    return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
+}
+
+// --- of queries
+
+// (value): as it is
+Value runNoted(const Call& call) {
+    if (isNull(call[0])) call.context().noteNullLeftOut();
+    return ownedValue(call[0]);
+}
+
+// (rows, value): the value of a subquery that has at most one row
+Value runSingle(const Call& call) {
+    if (call.integer(0) > 1) throw sqlError(512);
+    return ownedValue(call[1]);
+}
+
+// (depth, most): one deeper; 0: without a bound
+Value runDeeper(const Call& call) {
+    if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
+        throw sqlError(530, {std::to_string(call.integer(1))});
+    return call.integer(0) + 1;
+}
+
+// (rows asked for, least, error)
+Value runRows(const Call& call) {
+    if (isNull(call[0])) throw sqlError(1060);
+    if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
+    return call.integer(0);
+}
+
+// (text, separator): the pieces as a JSON array, which SQLite makes rows of
+Value runSplit(const Call& call) {
+    if (characterCount(call.text(1)) != 1) throw sqlError(214, {"separator", "nchar(1)/nvarchar(1)"});
+    std::string result = "[\"";
+    for (std::string_view rest = call.text(0); !rest.empty();) {
+        const bool separates = rest.starts_with(call.text(1));
+        const auto code = std::byte(rest.front());
+        if (separates)
+            result += "\",\"";
+        else if (code < std::byte{' '} || rest.front() == '"' || rest.front() == '\\')
+            result += "\\u00" + hexDigits({&code, 1});
+        else
+            result += rest.front();
+        rest.remove_prefix(separates ? call.text(1).size() : 1);
+    }
+    return result + "\"]";
+}
+
+// How a value of the type is converted to its XML text.
+int xmlStyle(const SqlType& type) {
+    constexpr int kIso8601 = 126, kSixteenDigits = 2, kEightDigits = 1, kFourDecimals = 2;
+    if (isDateTime(type.id)) return kIso8601;
+    if (isMoney(type.id)) return kFourDecimals;
+    if (type.id == TypeId::Real) return kEightDigits;
+    return type.id == TypeId::Float ? kSixteenDigits : kNoStyle;
+}
+
+constexpr struct Entity {
+    std::string_view text;
+    char character;
+    bool onlyInAttributes = false;
+} kEntities[] = {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"', true}, {"&#x0D;", '\r'}};
+
+// (value, type, whether in an attribute)
+Value runXml(const Call& call) {
+    const SqlType type = call.type(1);
+    Value value = convertValue(call[0], type, nvarcharType(SqlType::kMax), xmlStyle(type));
+    if (type.id == TypeId::Xml) return value;
+    const bool attribute = call.integer(2) != 0;
+    std::string result;
+    for (const char c : std::get<std::string>(value)) {
+        const auto* entity = std::ranges::find(kEntities, c, &Entity::character);
+        const auto code = std::byte(c);
+        if (entity != std::end(kEntities) && (attribute || !entity->onlyInAttributes))
+            result += entity->text;
+        else if (code < std::byte{' '} && (attribute || (c != '\n' && c != '\t')))
+            result += "&#x" + hexDigits({&code, 1}) + ";";
+        else
+            result += c;
+    }
+    return result;
+}
+
+// (xml, whether its elements' text counts): the text of xml
+Value runXmlValue(const Call& call) {
+    std::string result;
+    for (std::string_view rest = call.text(0); !rest.empty();) {
+        if (rest.front() == '<') {
+            if (call.integer(1) == 0) throw unsupported(".value('text()[1]', ...) of xml with elements");
+            rest.remove_prefix(std::min(rest.find('>'), rest.size() - 1) + 1);
+            continue;
+        }
+        const auto* entity =
+            std::ranges::find_if(kEntities, [&](const Entity& each) { return rest.starts_with(each.text); });
+        const bool plain = entity == std::end(kEntities);
+        result += plain ? rest.front() : entity->character;
+        rest.remove_prefix(plain ? 1 : entity->text.size());
+    }
+    return result;
+}
+
+// --- what the system's views tell of a type
+
+template <Value (*fact)(const SqlType&)>
+Value runTypeFact(const Call& call) {
+    return fact(call.type(0));
+}
+
+// sys.types.system_type_id, in the order of TypeId.
+constexpr int kSystemTypeIds[] = {104, 48, 52, 56,  127, 106, 122, 60, 59, 62, 175, 167, 239,
+                                  231, 35, 99, 241, 40,  41,  61,  58, 42, 36, 173, 165, 34};
+
+Value systemIdOf(const SqlType& type) {
+    return std::int64_t{kSystemTypeIds[static_cast<int>(type.id)]};
+}
+Value nameOf(const SqlType& type) {
+    return std::string(baseName(type.id));
+}
+Value lengthOf(const SqlType& type) {
+    return std::int64_t{maxLength(type)};
+}
+Value scaleOf(const SqlType& type) {
+    return std::int64_t{type.scale};
+}
+
+Value familyOf(const SqlType& type) {
+    return std::string(isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
+                       : isText(type.id)     ? "t"
+                       : isDateTime(type.id) ? "d"
+                                             : "");
+}
+
+Value charactersOf(const SqlType& type) {
+    constexpr std::int64_t kLongest = 2'147'483'647;
+    if (!isText(type.id) && !isBinary(type.id)) return Null{};
+    if (type.id == TypeId::Text || type.id == TypeId::Image) return kLongest;
+    if (type.id == TypeId::NText) return kLongest / 2;
+    return std::int64_t{type.id == TypeId::Xml ? SqlType::kMax : type.length};
+}
+
+// What sys.columns has as precision: of a date or time, the characters of its text.
+Value digitsOf(const SqlType& type) {
+    constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kReal = 24, kFloat = 53;
+    const int point = type.scale ? type.scale + 1 : 0;
+    if (type.id == TypeId::Date) return std::int64_t{kDate};
+    if (type.id == TypeId::Time) return std::int64_t{kSeconds - kDate - 1 + point};
+    if (type.id == TypeId::SmallDateTime) return std::int64_t{kMinutes};
+    if (isDateTime(type.id)) return std::int64_t{kSeconds + point};
+    if (isApproximate(type.id)) return std::int64_t{type.id == TypeId::Real ? kReal : kFloat};
+    return std::int64_t{isExact(type.id) ? precisionOf(type) : 0};
+}
+
+constexpr auto kReach = Nulls::Reach;
+
+const ScalarFunction kFunctions[] = {
+    {"ts_variable", runVariable, kReach, Purity::Varying},
+    {"ts_call", runCall, kReach, Purity::Varying},
+    {"ts_noted", runNoted, kReach, Purity::Varying},
+    {"ts_single", runSingle, kReach},
+    {"ts_deeper", runDeeper},
+    {"ts_rows", runRows, kReach},
+    {"ts_split", runSplit},
+    {"ts_xml", runXml},
+    {"ts_xml_value", runXmlValue},
+    {"ts_type_name", runTypeFact<nameOf>},
+    {"ts_type_id", runTypeFact<systemIdOf>},
+    {"ts_type_family", runTypeFact<familyOf>},
+    {"ts_type_length", runTypeFact<lengthOf>},
+    {"ts_type_characters", runTypeFact<charactersOf>},
+    {"ts_type_precision", runTypeFact<digitsOf>},
+    {"ts_type_scale", runTypeFact<scaleOf>},
+};
+
+}  // namespace
+
+std::span<const ScalarFunction> queryFunctions() {
+    return kFunctions;
+}
+
+}  // namespace tsql

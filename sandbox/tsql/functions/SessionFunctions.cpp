@@ -1,0 +1,224 @@
+// T-SQL's functions that ask the session or the server, as SQLite functions.
+#include <sodium.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+
+#include "execute/Executor.h"
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+// A random (version 4) identifier.
+Value runNewId(const Call&) {
+    std::array<std::byte, 16> bytes{};
+    randombytes_buf(bytes.data(), bytes.size());
+    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
+    bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
+    SqlType binary = simpleType(TypeId::Binary);
+    binary.length = 16;
+    return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
+}
+
+using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
+
+// The value of a property by its name; NULL for one that is not there.
+Value propertyIn(const Properties& properties, std::string_view name) {
+    for (const auto& [property, value] : properties)
+        if (sameWord(property, name)) return value;
+    return Null{};
+}
+
+}  // namespace
+
+std::string hostName() {
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
+}
+
+struct SessionFunctions {
+    static Executor& session(const Call& call) { return call.context().session(); }
+
+    static Value databaseName(const Call& call) {
+        if (call.count() == 0) return session(call).databaseOf({});
+        for (const auto& name : session(call).m_engine.storage.databases())
+            if (databaseId(session(call).m_engine.storage, name) == call.integer(0)) return name;
+        return Null{};
+    }
+
+    static Value databaseNumber(const Call& call) {
+        const auto id = databaseId(session(call).m_engine.storage,
+                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
+        return id ? Value(*id) : Value(Null{});
+    }
+
+    static Value databaseProperty(const Call& call) {
+        if (!session(call).m_engine.storage.exists(call.text(0))) return Null{};
+        return propertyIn({{"Status", "ONLINE"},
+                           {"IsAutoClose", "0"},
+                           {"IsAutoShrink", "0"},
+                           {"IsInStandBy", "0"},
+                           {"Recovery", "SIMPLE"},
+                           {"Updateability", "READ_WRITE"},
+                           {"UserAccess", "MULTI_USER"},
+                           {"Collation", std::string(kCollationName)}},
+                          call.text(1));
+    }
+
+    static Value serverProperty(const Call& call) {
+        return propertyIn({{"ProductVersion", "15.0.2000.5"},
+                           {"ProductLevel", "RTM"},
+                           {"ProductMajorVersion", "15"},
+                           {"ProductMinorVersion", "0"},
+                           {"ProductBuild", "2000"},
+                           {"Edition", "tsqlbox"},
+                           {"EngineEdition", "3"},
+                           {"IsClustered", "0"},
+                           {"IsHadrEnabled", "0"},
+                           {"IsFullTextInstalled", "0"},
+                           {"IsIntegratedSecurityOnly", "0"},
+                           {"IsSingleUser", "0"},
+                           {"ComputerNamePhysicalNetBIOS", hostName()},
+                           {"ServerName", hostName()},
+                           {"MachineName", hostName()},
+                           {"Collation", std::string(kCollationName)}},
+                          call.text(0));
+    }
+
+    static Value objectId(const Call& call) {
+        const auto name = parseObjectName(call.text(0));
+        if (!name.schema.empty() && !sameWord(name.schema, "dbo")) return Null{};
+        if (!name.database.empty() && !session(call).m_engine.storage.exists(name.database)) return Null{};
+        const auto found = session(call).catalogue(name).find(name.name);
+        if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
+        return name.name.starts_with('#') ? -found->id : found->id;
+    }
+
+    static Value objectName(const Call& call) {
+        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        return found ? Value(found->name) : Value(Null{});
+    }
+
+    static Value objectProperty(const Call& call) {
+        constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
+            {"IsUserTable", objectType::kTable},
+            {"IsTable", objectType::kTable},
+            {"IsProcedure", objectType::kProcedure},
+            {"IsView", objectType::kView},
+            {"IsInlineFunction", objectType::kTableFunction},
+            {"IsScalarFunction", objectType::kFunction},
+            {"IsPrimaryKey", objectType::kPrimaryKey},
+            {"IsMSShipped", ""},
+            {"IsTrigger", ""}};
+        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        if (!found) return Null{};
+        for (const auto& [property, type] : kProperties)
+            if (sameWord(property, call.text(1))) return std::int64_t{found->type == type};
+        if (!sameWord(call.text(1), "TableHasIdentity"))
+            throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
+        const auto table = session(call).catalogue({}).table(found->name);
+        return table ? Value(std::int64_t{table->identityColumn() != nullptr}) : Value(Null{});
+    }
+
+    static Value columnLength(const Call& call) {
+        const auto name = parseObjectName(call.text(0));
+        const auto found = session(call).catalogue(name).table(name.name);
+        const TableColumn* column = found ? found->column(call.text(1)) : nullptr;
+        return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
+    }
+
+    static Value currentIdentity(const Call& call) {
+        const TableInfo info = session(call).table(parseObjectName(call.text(0)));
+        if (!info.identityColumn()) return Null{};
+        const Value stored[] = {info.stored};
+        const auto last = session(call).m_connection.number(
+            "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1", stored);
+        return identityValue(std::max(last.value_or(info.seed), info.seed));  // of no row yet: the first
+    }
+
+    static Value scopeIdentity(const Call& call) {
+        const auto& frames = session(call).m_frames;
+        return identityValue(frames.empty() ? std::nullopt : frames.back()->identity);
+    }
+
+    static Value transactionState(const Call& call) {
+        return std::int64_t{session(call).m_doomed ? -1 : session(call).m_transactions > 0};
+    }
+
+    static Value cursorStatus(const Call& call) {
+        return session(call).cursorStatus(call.text(0), call.text(1));
+    }
+
+    // Of the error that the CATCH block around has caught.
+    template <auto Message::*fact>
+    static Value caught(const Call& call) {
+        const auto& errors = session(call).m_caught;
+        if (errors.empty()) return Null{};
+        const auto& value = errors.back().*fact;
+        if constexpr (std::is_same_v<decltype(value), const int&>)
+            return std::int64_t{value};
+        else
+            return fact == &Message::procedure && value.empty() ? Value(Null{}) : Value(value);
+    }
+
+    template <auto Client::*name>
+    static Value client(const Call& call) {
+        return session(call).m_client.*name;
+    }
+    static Value owner(const Call&) { return std::string("dbo"); }
+    static Value isMember(const Call&) { return std::int64_t{1}; }
+};
+
+namespace {
+
+using S = SessionFunctions;
+const SqlType kName = nvarcharType(128);
+constexpr auto kNulls = Nulls::GiveNull;
+constexpr auto kVarying = Purity::Varying;
+
+const FunctionInfo kFunctions[] = {
+    {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
+    {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
+    {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
+    {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
+    {"object_name", "I", kName, S::objectName, kNulls, kVarying},
+    {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
+    {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
+    {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
+    {"user_name", "[I", kName, S::owner, kNulls, kVarying},
+    {"current_user", "", kName, S::owner, kNulls, kVarying},
+    {"session_user", "", kName, S::owner, kNulls, kVarying},
+    {"user", "", kName, S::owner, kNulls, kVarying},
+    {"suser_sname", "[A", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"suser_name", "[A", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"system_user", "", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"original_login", "", kName, S::client<&Client::login>, kNulls, kVarying},
+    {"host_name", "", kName, S::client<&Client::host>, kNulls, kVarying},
+    {"app_name", "", kName, S::client<&Client::program>, kNulls, kVarying},
+    {"serverproperty", "T", kName, S::serverProperty, kNulls, kVarying},
+    {"databasepropertyex", "TT", kName, S::databaseProperty, kNulls, kVarying},
+    {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},
+    {"is_member", "T", TypeId::Int, S::isMember, kNulls, kVarying},
+    {"scope_identity", "", decimalType(38, 0), S::scopeIdentity, kNulls, kVarying},
+    {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
+    {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
+    {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
+    {"error_state", "", TypeId::Int, S::caught<&Message::state>, kNulls, kVarying},
+    {"error_line", "", TypeId::Int, S::caught<&Message::line>, kNulls, kVarying},
+    {"error_procedure", "", kName, S::caught<&Message::procedure>, kNulls, kVarying},
+    {"error_message", "", nvarcharType(4000), S::caught<&Message::text>, kNulls, kVarying},
+    {"cursor_status", "TT", TypeId::SmallInt, S::cursorStatus, kNulls, kVarying},
+    {"xact_state", "", TypeId::SmallInt, S::transactionState, kNulls, kVarying},
+};
+
+}  // namespace
+
+std::span<const FunctionInfo> sessionFunctions() {
+    return kFunctions;
+}
+
+}  // namespace tsql

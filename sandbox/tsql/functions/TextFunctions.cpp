@@ -1,0 +1,332 @@
+// T-SQL's text functions, as SQLite functions.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+#include "types/Utf16.h"
+
+namespace tsql {
+namespace {
+
+constexpr std::size_t kLongest = 8000;            // that SPACE and STR give
+constexpr std::int64_t kMostOfMax = 100'000'000;  // that grows at once, where SQL Server goes on to 2 GB
+
+// --- what they give
+
+// Text of varying length in the first argument's kind.
+SqlType varying(const SqlType& type, int length) {
+    if (isBinary(type.id)) return {TypeId::VarBinary, length > 8000 ? SqlType::kMax : length, 0, 0};
+    return isNational(type.id) ? nvarcharType(length) : varcharType(length);
+}
+int lengthOf(const SqlType& type) {
+    return type.length <= 0 ? SqlType::kMax : type.length;
+}
+
+SqlType sameText(Pieces pieces) {
+    return varying(pieces[0].type, lengthOf(pieces[0].type));
+}
+
+// A part of a text: as long as a literal length says.
+SqlType partOfText(Pieces pieces) {
+    const int whole = lengthOf(pieces[0].type);
+    const auto literal = pieces.back().integer;
+    const bool shorter =
+        literal && *literal >= 0 && *literal <= 8000 && (whole == SqlType::kMax || *literal < whole);
+    return varying(pieces[0].type, shorter ? std::max(1, static_cast<int>(*literal)) : whole);
+}
+
+// All of them together.
+SqlType joinedText(Pieces pieces) {
+    bool wide = false;
+    int length = 0;
+    for (const Typed& piece : pieces) {
+        wide = wide || isNational(piece.type.id);
+        length = length < 0 || piece.type.length <= 0 ? SqlType::kMax : length + piece.type.length;
+    }
+    return wide ? nvarcharType(std::min(length, 4000)) : varcharType(std::min(length, 8000));
+}
+
+SqlType strText(Pieces pieces) {
+    const auto length = pieces.size() > 1 ? pieces[1].integer.value_or(10) : 10;
+    return varcharType(static_cast<int>(std::clamp<std::int64_t>(length, 1, 8000)));
+}
+
+SqlType countType(Pieces pieces) {
+    return simpleType(pieces[0].type.length < 0 ? TypeId::BigInt : TypeId::Int);
+}
+SqlType placeType(Pieces pieces) {
+    return countType(pieces.subspan(1));
+}
+
+}  // namespace
+
+SqlType grownText(Pieces pieces) {
+    const SqlType& type = pieces[0].type;
+    return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
+}
+
+namespace {
+
+// --- what they do
+
+// What does not fit into the result's type is cut in silence.
+std::string fitted(std::string text, const SqlType& type) {
+    if (type.length > 0) text.resize(byteOffset(text, static_cast<std::size_t>(type.length)));
+    return text;
+}
+
+template <auto function>
+Value runOnText(const Call& call) {
+    return std::string(function(call.text(0)));
+}
+
+Value runLen(const Call& call) {
+    return static_cast<std::int64_t>(characterCount(trimRight(call.text(0))));
+}
+
+// (value, type): bytes that SQL Server would keep it in
+Value runDataLength(const Call& call) {
+    const SqlType type = call.type(1);
+    if (isBinary(type.id)) return static_cast<std::int64_t>(std::get<Blob>(call[0]).size());
+    if (!isText(type.id)) return std::int64_t{maxLength(type)};
+    const auto count = static_cast<std::int64_t>(characterCount(call.text(0)));
+    return isNational(type.id) ? 2 * count : count;
+}
+
+// Positions before the first character count, but hold nothing.
+Value runSubstring(const Call& call) {
+    if (call.integer(2) < 0) throw sqlError(537);
+    const std::int64_t start = std::max<std::int64_t>(call.integer(1) - 1, 0);
+    const std::int64_t end = std::max(call.integer(1) - 1 + call.integer(2), start);
+    const auto first = static_cast<std::size_t>(start), count = static_cast<std::size_t>(end - start);
+    if (!call.isBlob(0)) return std::string(characters(call.text(0), first, count));
+    const Blob bytes = std::get<Blob>(call[0]);
+    return Bytes(bytes.substr(std::min(first, bytes.size()), count));
+}
+
+Value runLeft(const Call& call) {
+    if (call.integer(1) < 0) throw sqlError(537);
+    return std::string(characters(call.text(0), 0, static_cast<std::size_t>(call.integer(1))));
+}
+
+Value runRight(const Call& call) {
+    if (call.integer(1) < 0) throw sqlError(536, {"right"});
+    const std::size_t count = characterCount(call.text(0));
+    const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
+    return std::string(characters(call.text(0), count - kept, kept));
+}
+
+// (text, part, replacement, result type)
+Value runReplace(const Call& call) {
+    const std::string_view text = call.text(0), part = call.text(1);
+    const std::size_t partLength = characterCount(part);
+    const bool bounded = call.resultType().length != SqlType::kMax;
+    std::string result;
+    std::size_t from = 0;
+    for (std::size_t at; (at = findText(text, part, from)) != std::string_view::npos;) {
+        result.append(text.substr(from, at - from)).append(call.text(2));
+        from = at + byteOffset(text.substr(at), partLength);  // case pairs may differ in bytes
+        if (!bounded && std::ssize(result) > kMostOfMax)
+            throw unsupported("REPLACE beyond 100,000,000 bytes");
+    }
+    return fitted(result.append(text.substr(from)), call.resultType());
+}
+
+// (text, start, length, replacement, result type)
+Value runStuff(const Call& call) {
+    if (isNull(call[0]) || isNull(call[1]) || isNull(call[2])) return Null{};
+    const std::string_view text = call.text(0);
+    const std::int64_t start = call.integer(1) - 1, length = call.integer(2);
+    if (start < 0 || length < 0 || start >= static_cast<std::int64_t>(characterCount(text))) return Null{};
+    const auto first = static_cast<std::size_t>(start);
+    std::string result(characters(text, 0, first));
+    if (!isNull(call[3])) result += call.text(3);
+    result += characters(text, first + static_cast<std::size_t>(length), std::string_view::npos);
+    return fitted(result, call.resultType());
+}
+
+// (part, text[, start])
+Value runCharIndex(const Call& call) {
+    const std::string_view text = call.text(1);
+    const std::int64_t start = call.count() > 2 ? std::max<std::int64_t>(call.integer(2), 1) : 1;
+    const std::size_t at =
+        findText(text, call.text(0), byteOffset(text, static_cast<std::size_t>(start - 1)));
+    if (at == std::string_view::npos) return std::int64_t{0};
+    return static_cast<std::int64_t>(characterCount(text.substr(0, at))) + 1;
+}
+
+// (pattern, text, type of the text): its leading % is what lets the pattern begin anywhere
+Value runPatIndex(const Call& call) {
+    const EndBlanks blanks = isNational(call.type(2).id) ? EndBlanks::Counted : EndBlanks::Ignored;
+    std::string_view pattern = call.text(0), text = call.text(1);
+    const bool anywhere = pattern.starts_with('%');
+    if (anywhere) pattern.remove_prefix(1);
+    while (!text.empty() && !matchesLike(text, pattern, blanks)) {
+        if (!anywhere) return std::int64_t{0};
+        nextCharacter(text);
+    }
+    const std::string_view before = call.text(1).substr(0, call.text(1).size() - text.size());
+    return text.empty() ? std::int64_t{0} : static_cast<std::int64_t>(characterCount(before)) + 1;
+}
+
+// NULL for a negative count; no more than `most` characters.
+Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
+    if (count < 0) return Null{};
+    const std::size_t times =
+        text.empty() ? 0 : std::min(static_cast<std::size_t>(count), most / characterCount(text) + 1);
+    std::string result;
+    result.reserve(times * text.size());
+    for (std::size_t i = 0; i < times; ++i) result += text;
+    result.resize(byteOffset(result, most));
+    return result;
+}
+
+// (text, count, result type)
+Value runReplicate(const Call& call) {
+    const int length = call.resultType().length;
+    const auto characters = static_cast<std::int64_t>(characterCount(call.text(0)));
+    if (length == SqlType::kMax && characters > 0 && call.integer(1) > kMostOfMax / characters)
+        throw unsupported("REPLICATE beyond 100,000,000 characters");
+    return repeated(call.text(0), call.integer(1),
+                    static_cast<std::size_t>(length == SqlType::kMax ? kMostOfMax : length));
+}
+
+Value runSpace(const Call& call) {
+    return repeated(" ", call.integer(0), kLongest);
+}
+
+Value runReverse(const Call& call) {
+    std::string result(call.text(0));
+    auto end = result.end();
+    for (std::string_view rest = call.text(0); !rest.empty();) {
+        const std::string_view before = rest;
+        nextCharacter(rest);
+        const std::string_view character = before.substr(0, before.size() - rest.size());
+        end -= static_cast<std::ptrdiff_t>(character.size());
+        std::ranges::copy(character, end);
+    }
+    return result;
+}
+
+Value runChar(const Call& call) {
+    if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
+    return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
+}
+
+Value runNChar(const Call& call) {
+    const std::int64_t unit = call.integer(0);
+    if (unit < 0 || unit > 0xFFFF) return Null{};
+    if (unit >= 0xD800 && unit < 0xE000) throw unsupported("NCHAR of half a character");
+    std::string result;
+    appendCharacter(result, static_cast<char32_t>(unit));
+    return result;
+}
+
+Value runAscii(const Call& call) {
+    std::string_view text = call.text(0);
+    if (text.empty()) return Null{};
+    return std::int64_t{codePage1252(nextCharacter(text))};
+}
+
+// Of a character that is two units, the first of them.
+Value runUnicode(const Call& call) {
+    const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
+    if (wire.empty()) return Null{};
+    return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
+}
+
+std::string fixedPoint(double value, std::int64_t decimals) {
+    const double power = std::pow(10.0, static_cast<double>(decimals));
+    const double rounded = std::fabs(value) < 1e15 ? std::round(value * power) / power : value;
+    std::array<char, 400> digits{};
+    std::snprintf(digits.data(), digits.size(), "%.*f", static_cast<int>(decimals), rounded + 0.0);
+    return digits.data();
+}
+
+// (number[, length[, decimals]]): right-aligned; stars when the whole part has no room
+Value runStr(const Call& call) {
+    const auto length = call.count() > 1 ? call.integer(1) : 10;
+    const auto decimals = call.count() > 2 ? std::min<std::int64_t>(call.integer(2), 16) : 0;
+    if (length < 1 || length > static_cast<std::int64_t>(kLongest) || decimals < 0) return Null{};
+    const auto width = static_cast<std::size_t>(length);
+    std::string text = fixedPoint(call.real(0), decimals);
+    const std::size_t whole = std::min(text.find('.'), text.size());
+    if (whole > width) return std::string(width, '*');
+    if (text.size() > width)
+        text = fixedPoint(call.real(0),
+                          std::max<std::int64_t>(length - static_cast<std::int64_t>(whole) - 1, 0));
+    return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+// CONCAT: NULL counts as the empty text.
+std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    std::string sql;
+    for (const Typed& piece : pieces)
+        sql.append(sql.empty() ? "(" : "||").append("ifnull(" + piece.sql + ",'')");
+    if (result.length == SqlType::kMax) return sql + ")";
+    return "substr(" + sql + "),1," + std::to_string(result.length) + ")";
+}
+
+// (separator, text..., result type): NULLs are left out
+Value runConcatWs(const Call& call) {
+    std::string result;
+    bool first = true;
+    for (const CellView& piece : call.arguments().subspan(1, call.count() - 2)) {
+        if (isNull(piece)) continue;
+        if (!first && !isNull(call[0])) result += call.text(0);
+        result += std::get<std::string_view>(piece);
+        first = false;
+    }
+    return fitted(result, call.resultType());
+}
+
+Value runQuoteName(const Call& call) {
+    constexpr std::string_view kQuotes = "[]()<>{}''\"\"``";
+    const char wanted = call.count() > 1 && !call.text(1).empty() ? call.text(1)[0] : '[';
+    const auto found = kQuotes.find(wanted);
+    if (found == std::string_view::npos || characterCount(call.text(0)) > 128) return Null{};
+    const char left = kQuotes[found & ~std::size_t{1}], right = kQuotes[found | 1];
+    std::string result(1, left);
+    for (const char c : call.text(0)) result.append(c == right ? 2 : 1, c);
+    return result += right;
+}
+
+const FunctionInfo kFunctions[] = {
+    {"len", "T", countType, runLen},
+    {"datalength", "A#", countType, runDataLength},
+    {"substring", "SII", partOfText, runSubstring},
+    {"left", "TI", partOfText, runLeft},
+    {"right", "TI", partOfText, runRight},
+    {"upper", "T", sameText, runOnText<toUpper>},
+    {"lower", "T", sameText, runOnText<toLower>},
+    {"ltrim", "T", sameText, runOnText<trimLeft>},
+    {"rtrim", "T", sameText, runOnText<trimRight>},
+    {"trim", "C", sameText, runOnText<trimmed>},
+    {"replace", "TTT=", grownText, runReplace},
+    {"stuff", "TIIT=", grownText, runStuff, Nulls::Reach},
+    {"charindex", "CL[I", placeType, runCharIndex},
+    {"patindex", "TL#", placeType, runPatIndex},
+    {"replicate", "TI=", grownText, runReplicate},
+    {"space", "I", varcharType(kLongest), runSpace},
+    {"reverse", "T", sameText, runReverse},
+    {"char", "I", SqlType{TypeId::Char, 1, 0, 0}, runChar},
+    {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},
+    {"ascii", "T", TypeId::Int, runAscii},
+    {"unicode", "T", TypeId::Int, runUnicode},
+    {"str", "F[II", strText, runStr},
+    {"concat", "TT*", joinedText, writeConcat},
+    {"concat_ws", "TTT*=", joinedText, runConcatWs, Nulls::Reach},
+    {"quotename", "T[T", nvarcharType(258), runQuoteName},
+};
+
+}  // namespace
+
+std::span<const FunctionInfo> textFunctions() {
+    return kFunctions;
+}
+
+}  // namespace tsql

@@ -1,0 +1,36 @@
+// Several statements of SQLite as one: all of them, or none.
+#pragma once
+
+#include "storage/Connection.h"
+
+namespace tsql {
+
+class Atomic {
+  public:
+    // Takes the right to write the schema before anything is read: SQLite waits for it only then.
+    Atomic(Connection& connection, const std::string& schema) : Atomic(connection) {
+        m_connection.run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
+    }
+    ~Atomic() {
+        if (m_done) return;
+        sqlite3_exec(m_connection.handle(), "ROLLBACK TO tsqlbox_atomic; RELEASE tsqlbox_atomic", nullptr,
+                     nullptr, nullptr);
+    }
+    Atomic(const Atomic&) = delete;
+    Atomic& operator=(const Atomic&) = delete;
+
+    void commit() {
+        m_connection.run("RELEASE tsqlbox_atomic");
+        m_done = true;
+    }
+
+  private:
+    explicit Atomic(Connection& connection) : m_connection(connection) {
+        m_connection.run("SAVEPOINT tsqlbox_atomic");
+    }
+
+    Connection& m_connection;
+    bool m_done = false;
+};
+
+}  // namespace tsql

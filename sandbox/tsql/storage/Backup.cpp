@@ -1,0 +1,350 @@
+#include "storage/Backup.h"
+
+#include <fcntl.h>
+#include <sodium.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <sstream>
+
+#include "messages/Messages.h"
+#include "storage/Connection.h"
+#include "syntax/Parser.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::string_view_literals;
+
+// A backup is the database as one SQLite file, which tells of itself in a table, and behind it the checksum
+// of all that. SQLite's header begins with its own name and has the application's at 68.
+constexpr std::string_view kSqlite = "SQLite format 3\0"sv;
+constexpr std::string_view kApplication = "TSQL";
+constexpr int kApplicationId = 0x5453514C;
+constexpr std::size_t kApplicationAt = 68;
+constexpr std::size_t kChecksum = crypto_generichash_BYTES;
+constexpr std::size_t kBlock = 1 << 16;
+constexpr std::int64_t kPage = 4096;  // of every SQLite file that is made here
+
+constexpr int kPagesAtATime = 1024;
+constexpr int kTriesToLock = 100;
+constexpr int kPauseMilliseconds = 100;
+
+[[noreturn]] void cannotOpen(const fs::path& file, int error) {
+    throw sqlError(3201, {file.string(), std::to_string(error), std::strerror(error)});
+}
+
+[[noreturn]] void damaged(const fs::path& file) {
+    throw sqlError(3203, {file.string()});
+}
+
+using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+Stream openStream(const fs::path& file, const char* mode) {
+    Stream stream(std::fopen(file.c_str(), mode), std::fclose);
+    if (!stream) cannotOpen(file, errno);
+    return stream;
+}
+
+// Fewer bytes than asked for at the end of the file.
+std::string read(std::FILE* stream, std::size_t size) {
+    std::string bytes(size, '\0');
+    bytes.resize(std::fread(bytes.data(), 1, size, stream));
+    return bytes;
+}
+
+bool isBackup(std::FILE* stream) {
+    const std::string head = read(stream, kApplicationAt + kApplication.size());
+    return head.starts_with(kSqlite) && head.ends_with(kApplication);
+}
+
+// The file, when it is a backup.
+Stream openBackup(const fs::path& file) {
+    Stream stream = openStream(file, "rbe");
+    const bool opened = isBackup(stream.get());
+    if (std::ferror(stream.get())) cannotOpen(file, errno);
+    if (!opened) throw sqlError(3241, {file.string()});
+    return stream;
+}
+
+// A file of ours beside another, gone with this object unless it was renamed into place.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(const fs::path& beside) {
+        std::string name = beside.string() + ".XXXXXX";
+        const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+        if (descriptor < 0) cannotOpen(beside, errno);
+        ::close(descriptor);
+        m_path = name;
+    }
+    ~TemporaryFile() {
+        std::error_code ignored;
+        for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+            if (!m_path.empty()) fs::remove(m_path.string() + suffix, ignored);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    void renameTo(const fs::path& target) {
+        if (::rename(m_path.c_str(), target.c_str()) != 0) cannotOpen(target, errno);
+        m_path.clear();
+    }
+    const fs::path& path() const { return m_path; }
+
+  private:
+    fs::path m_path;
+};
+
+// Of the first `size` bytes of a file.
+std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& progress) {
+    crypto_generichash_state state;
+    crypto_generichash_init(&state, nullptr, 0, kChecksum);
+    std::rewind(stream);
+    for (std::uintmax_t done = 0; done < size;) {
+        const std::string block = read(stream, std::min<std::uintmax_t>(kBlock, size - done));
+        if (block.empty()) break;
+        crypto_generichash_update(&state, reinterpret_cast<const unsigned char*>(block.data()), block.size());
+        done += block.size();
+        progress(static_cast<int>(done * 100 / size));
+    }
+    std::array<unsigned char, kChecksum> sum{};
+    crypto_generichash_final(&state, sum.data(), sum.size());
+    return {sum.begin(), sum.end()};
+}
+
+void appendChecksum(const fs::path& file, const Progress& progress) {
+    const Stream stream = openStream(file, "rb+e");
+    const std::string sum = checksumOf(stream.get(), fs::file_size(file), progress);
+    std::fseek(stream.get(), 0, SEEK_END);
+    if (std::fwrite(sum.data(), 1, sum.size(), stream.get()) != sum.size() ||
+        std::fflush(stream.get()) != 0 || ::fsync(::fileno(stream.get())) != 0)
+        cannotOpen(file, errno);
+}
+
+// What copies of databases are written to and read from: without a journal, for a copy is whole or is
+// removed.
+SqliteConnection openCopy(const fs::path& file, int flags) {
+    sqlite3* raw = nullptr;
+    const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    SqliteConnection connection(raw);
+    if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(code));
+    execute(raw, "PRAGMA journal_mode = OFF");
+    return connection;
+}
+
+// One view of `from` becomes the whole of `to`, at once or not at all. Whoever has locked `to` is waited for.
+void copyDatabase(sqlite3* from, sqlite3* to, const Progress& progress) {
+    sqlite3_busy_timeout(to, 0);
+    execute(from, "BEGIN; SELECT 1 FROM sqlite_master");
+    const std::unique_ptr<sqlite3_backup, int (*)(sqlite3_backup*)> copy(
+        sqlite3_backup_init(to, "main", from, "main"), sqlite3_backup_finish);
+    if (!copy) throw std::runtime_error(sqlite3_errmsg(to));
+    for (int code = SQLITE_OK, tries = 0; code != SQLITE_DONE;) {
+        code = sqlite3_backup_step(copy.get(), kPagesAtATime);
+        const bool locked = code == SQLITE_BUSY || code == SQLITE_LOCKED;
+        if (locked && ++tries == kTriesToLock) throw sqlError(3101);
+        if (!locked && code != SQLITE_OK && code != SQLITE_DONE)
+            throw std::runtime_error(sqlite3_errstr(code));
+        const int pages = std::max(sqlite3_backup_pagecount(copy.get()), 1);
+        progress(locked ? 0 : 100 - sqlite3_backup_remaining(copy.get()) * 100 / pages);
+        if (locked) sqlite3_sleep(kPauseMilliseconds);
+    }
+}
+
+void writeHeader(sqlite3* copy, const BackupHeader& header) {
+    execute(copy, "PRAGMA journal_mode = DELETE; PRAGMA application_id = " + std::to_string(kApplicationId) +
+                      "; DROP TABLE IF EXISTS tsqlbox_backup; CREATE TABLE tsqlbox_backup AS SELECT " +
+                      quotedText(header.database) + " AS database, " + quotedText(header.started) +
+                      " AS started, " + quotedText(header.finished) + " AS finished, " +
+                      quotedText(header.dataFile) + " AS data_file, " + quotedText(header.name) +
+                      " AS name, " + quotedText(header.description) + " AS description");
+}
+
+// `columns`: of each its name, its type and what stands there when a row tells nothing; 0 or NULL without
+// that.
+BackupReport reportOf(std::string_view columns, const std::vector<std::map<std::string_view, Value>>& rows) {
+    BackupReport report;
+    report.rows.resize(rows.size());
+    for (const std::string& item : listItems(columns)) {
+        std::istringstream words(item);
+        std::string name, type, usual;
+        words >> name >> type >> usual;
+        const SqlType& is = report.columns.emplace_back(Column{name, parseType(type)}).type;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            Value& cell = report.rows[i].emplace_back(Null{});
+            if (const auto told = rows[i].find(name); told != rows[i].end())
+                cell = told->second;
+            else if (usual == "NULL")
+                continue;
+            else if (isNumber(is.id))
+                cell = std::int64_t{usual.empty() ? 0 : std::stoll(usual)};
+            else if (!usual.empty())
+                cell = usual;
+        }
+    }
+    return report;
+}
+
+std::string now() {
+    return toStorage(timeNow().local, simpleType(TypeId::DateTime));
+}
+
+std::string logName(const BackupHeader& header) {
+    return header.database + "_log";
+}
+
+// The image is whole: an existing database is overwritten in one SQLite transaction, which other connections
+// see at once or not at all; a new one is renamed into place.
+void putInPlace(const fs::path& file, const fs::path& target, const Progress& progress) {
+    const auto backup = openCopy(file, SQLITE_OPEN_READONLY);
+    if (fs::exists(target))
+        return copyDatabase(backup.get(), openDatabaseFile(target, false).get(), progress);
+    TemporaryFile image(target);
+    copyDatabase(backup.get(), openCopy(image.path(), SQLITE_OPEN_READWRITE).get(), progress);
+    openDatabaseFile(image.path(), false);  // from here on it has a journal
+    image.renameTo(target);
+}
+
+void checkMoves(const BackupHeader& header, std::span<const std::string> movedNames,
+                std::string_view database) {
+    for (const std::string& name : movedNames)
+        if (name != header.database && name != logName(header)) throw sqlError(3234, {name, database});
+}
+
+}  // namespace
+
+BackupHeader backupDatabase(const Storage& storage, std::string_view database, const fs::path& file,
+                            const Progress& progress, const std::string& name,
+                            const std::string& description) {
+    const std::string from = storage.canonicalName(database);
+    if (from.empty()) throw sqlError(911, {database});
+    if (from == "tempdb") throw sqlError(3147, {from});
+    BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
+    std::error_code ignored;
+    if (fs::is_other(file, ignored)) cannotOpen(file, EINVAL);  // the backup would take the device's place
+    if (fs::is_regular_file(file, ignored) && !fs::is_empty(file)) {
+        const Stream old = openStream(file, "rbe");
+        if (!isBackup(old.get())) throw sqlError(3242, {file.string()});
+    }
+    TemporaryFile whole(file);
+    try {
+        const auto copy = openCopy(whole.path(), SQLITE_OPEN_READWRITE);
+        copyDatabase(openDatabaseFile(storage.pathOf(from), false).get(), copy.get(), progress);
+        header.finished = now();
+        writeHeader(copy.get(), header);
+    } catch (const SqlError&) {
+        throw;
+    } catch (const std::runtime_error& error) {
+        throw sqlError(3202, {file.string(), error.what()});
+    }
+    appendChecksum(whole.path(), progress);
+    whole.renameTo(file);
+    return readBackupHeader(file);
+}
+
+BackupHeader readBackupHeader(const fs::path& file) {
+    openBackup(file);
+    BackupHeader header;
+    const auto take = [](void* into, int, char** cells, char**) {
+        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3],
+                                             cells[4], cells[5], 0,        0};
+        return 0;
+    };
+    constexpr const char* kQuery =
+        "SELECT ifnull(database, ''), ifnull(started, ''), ifnull(finished, ''), ifnull(data_file, ''), "
+        "ifnull(name, ''), ifnull(description, '') FROM tsqlbox_backup";
+    try {
+        sqlite3_exec(openCopy(file, SQLITE_OPEN_READONLY).get(), kQuery, take, &header, nullptr);
+    } catch (const std::runtime_error&) {  // too much of it is missing
+    }
+    if (header.database.empty()) damaged(file);
+    header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
+    header.pages = header.bytes / kPage;
+    return header;
+}
+
+void verifyBackup(const fs::path& file, const Progress& progress) {
+    const Stream stream = openBackup(file);
+    const std::uintmax_t size = fs::file_size(file);
+    const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
+    if (read(stream.get(), kChecksum) != sum) damaged(file);
+}
+
+BackupReport fileListOf(const BackupHeader& header) {
+    constexpr std::string_view kColumns =
+        R"(LogicalName nvarchar(128); PhysicalName nvarchar(260); Type char(1); FileGroupName nvarchar(128);
+Size numeric(20); MaxSize numeric(20) 35184372080640; FileId bigint; CreateLSN numeric(25); DropLSN
+numeric(25); UniqueId uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes
+bigint; SourceBlockSize int 4096; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN
+numeric(25); DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit 1; TDEThumbprint varbinary(32); SnapshotUrl nvarchar(360))";
+    return reportOf(kColumns, {{{"LogicalName", header.database},
+                                {"PhysicalName", header.dataFile},
+                                {"Type", std::string("D")},
+                                {"FileGroupName", std::string("PRIMARY")},
+                                {"Size", header.bytes},
+                                {"FileId", std::int64_t{1}},
+                                {"BackupSizeInBytes", header.bytes},
+                                {"FileGroupId", std::int64_t{1}}},
+                               {{"LogicalName", logName(header)},
+                                {"PhysicalName", header.dataFile + "-wal"},
+                                {"Type", std::string("L")},
+                                {"FileId", std::int64_t{2}}}});
+}
+
+BackupReport headerOf(const BackupHeader& header) {
+    constexpr std::string_view kColumns =
+        R"(BackupName nvarchar(128); BackupDescription nvarchar(255); BackupType smallint 1; ExpirationDate
+datetime; Compressed bit; Position smallint 1; DeviceType tinyint 2; UserName nvarchar(128); ServerName
+nvarchar(128); DatabaseName nvarchar(128); DatabaseVersion int; DatabaseCreationDate datetime; BackupSize
+numeric(20); FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN
+numeric(25); BackupStartDate datetime; BackupFinishDate datetime; SortOrder smallint; CodePage smallint;
+UnicodeLocaleId int; UnicodeComparisonStyle int; CompatibilityLevel tinyint 150; SoftwareVendorId int;
+SoftwareVersionMajor int 15; SoftwareVersionMinor int; SoftwareVersionBuild int 2000; MachineName
+nvarchar(128); Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collation
+nvarchar(128) SQL_Latin1_General_CP1_CI_AS; FamilyGUID uniqueidentifier; HasBulkLoggedData bit; IsSnapshot
+bit; IsReadOnly bit; IsSingleUser bit; HasBackupChecksums bit 1; IsDamaged bit; BeginsLogChain bit;
+HasIncompleteMetaData bit; IsForceOffline bit; IsCopyOnly bit; FirstRecoveryForkID uniqueidentifier;
+ForkPointLSN numeric(25) NULL; RecoveryModel nvarchar(60) SIMPLE; DifferentialBaseLSN numeric(25) NULL;
+DifferentialBaseGUID uniqueidentifier; BackupTypeDescription nvarchar(60) Database; BackupSetGUID
+uniqueidentifier; CompressedBackupSize bigint; Containment tinyint; KeyAlgorithm nvarchar(32);
+EncryptorThumbprint varbinary(20); EncryptorType nvarchar(32))";
+    const auto given = [](const std::string& text) { return text.empty() ? Value(Null{}) : Value(text); };
+    return reportOf(kColumns, {{{"BackupName", given(header.name)},
+                                {"BackupDescription", given(header.description)},
+                                {"CompressedBackupSize", header.bytes},
+                                {"DatabaseName", header.database},
+                                {"BackupSize", header.bytes},
+                                {"BackupStartDate", header.started},
+                                {"BackupFinishDate", header.finished}}});
+}
+
+BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
+                             std::span<const std::string> movedNames, const Progress& progress) {
+    BackupHeader header = readBackupHeader(file);
+    if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
+        throw sqlError(to == "master" ? 3108 : 3147, {to});
+    checkMoves(header, movedNames, database);
+    const bool sameName = sameText(header.database, database);
+    if (storage.exists(database) && !replace) throw sqlError(sameName ? 3159 : 3154, {database});
+    if (!sameName && movedNames.empty() && storage.exists(header.database) &&
+        storage.pathOf(header.database) == header.dataFile)
+        throw sqlError(1834, {header.dataFile, header.database});
+    verifyBackup(file, progress);
+    try {
+        putInPlace(file, storage.pathOf(database), progress);
+    } catch (const SqlError&) {
+        throw;
+    } catch (const std::runtime_error& error) {
+        throw sqlError(3270, {error.what()});
+    }
+    return header;
+}
+
+}  // namespace tsql

@@ -1,0 +1,227 @@
+#include "storage/Connection.h"
+
+#include <algorithm>
+#include <thread>
+
+#include "functions/FunctionImpl.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr int kSortVersion = 1;  // goes up when compareText() sorts otherwise
+constexpr std::chrono::seconds kUsualLockTimeout{10};
+constexpr std::chrono::milliseconds kLongestPause{25};  // between two tries to get a lock
+constexpr int kStepsBetweenLooks = 200'000;             // of SQLite's machine, whether to go on
+constexpr std::size_t kIdleStatements = 64;
+constexpr std::size_t kMostAttached = 10;  // SQLite's own limit
+
+std::string quotedWith(std::string_view text, char quote) {
+    std::string out(1, quote);
+    for (std::size_t at; (at = text.find(quote)) != std::string_view::npos; text.remove_prefix(at + 1))
+        out.append(text.substr(0, at + 1)) += quote;
+    return out.append(text) += quote;
+}
+
+}  // namespace
+
+std::string quotedName(std::string_view name) {
+    return quotedWith(name, '"');
+}
+
+std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix) {
+    std::string list;
+    for (const auto& name : names) (list += list.empty() ? "" : ", ").append(prefix) += quotedName(name);
+    return list;
+}
+
+std::string quotedText(std::string_view text) {
+    return quotedWith(text, '\'');
+}
+
+std::string databaseKey(std::string_view name) {
+    return toLower(name);
+}
+
+PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
+    : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}
+
+PreparedStatement::~PreparedStatement() {
+    m_connection.giveBack(m_sql, m_statement);
+}
+
+void PreparedStatement::bind(int index, const CellView& value) {
+    struct Binder {
+        sqlite3_stmt* statement;
+        int index;
+        int operator()(Null) const { return sqlite3_bind_null(statement, index); }
+        int operator()(std::int64_t number) const { return sqlite3_bind_int64(statement, index, number); }
+        int operator()(double number) const { return sqlite3_bind_double(statement, index, number); }
+        int operator()(std::string_view text) const {
+            return sqlite3_bind_text64(statement, index, text.data() ? text.data() : "", text.size(),
+                                       SQLITE_STATIC, SQLITE_UTF8);
+        }
+        int operator()(Blob bytes) const {
+            return bytes.empty()
+                       ? sqlite3_bind_zeroblob(statement, index, 0)
+                       : sqlite3_bind_blob64(statement, index, bytes.data(), bytes.size(), SQLITE_STATIC);
+        }
+    };
+    const int code = std::visit(Binder{m_statement, index}, value);
+    if (code != SQLITE_OK) throw SqliteFailure(code, sqlite3_errstr(code));
+}
+
+void PreparedStatement::bindAll(std::span<const Value> values) {
+    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may have no place in it
+    for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
+        bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
+}
+
+bool PreparedStatement::step() {
+    const int code = sqlite3_step(m_statement);
+    if (code == SQLITE_ROW) return true;
+    if (code == SQLITE_DONE) return false;
+    throw SqliteFailure(sqlite3_extended_errcode(m_connection.handle()),
+                        sqlite3_errmsg(m_connection.handle()));
+}
+
+CellView PreparedStatement::cell(int column) const {
+    return viewOf(sqlite3_column_value(m_statement, column));  // the connection is its session's alone
+}
+
+std::string PreparedStatement::text(int column) const {
+    const CellView view = cell(column);
+    const auto* text = std::get_if<std::string_view>(&view);
+    return text ? std::string(*text) : std::string();
+}
+
+Connection::Connection(Storage& storage, std::function<bool()> cancelled)
+    : m_storage(storage), m_cancelled(std::move(cancelled)), m_handle(openDatabaseFile(":memory:", true)) {
+    setLockTimeout(kUsualLockTimeout);
+    sqlite3_busy_handler(handle(), waitForLock, this);
+    sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);
+    sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a text
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+}
+
+Connection::~Connection() {
+    dropStatements();
+    for (const auto& key : m_attached) m_storage.use(key, -1);
+}
+
+void Connection::setLockTimeout(std::chrono::milliseconds timeout) {
+    m_lockTimeout = timeout.count() < 0 ? kUsualLockTimeout : timeout;
+}
+
+// Called by SQLite when a lock is not to be had: false for no more tries. `tries` counts those of one wait.
+int Connection::waitForLock(void* self, int tries) {
+    auto& connection = *static_cast<Connection*>(self);
+    const auto now = std::chrono::steady_clock::now();
+    if (tries == 0) connection.m_waitEnds = now + connection.m_lockTimeout;
+    if (now >= connection.m_waitEnds || connection.m_cancelled()) return false;
+    std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestPause));
+    return true;
+}
+
+void Connection::dropStatements() {
+    for (const auto& [sql, statement] : m_idle) sqlite3_finalize(statement);
+    m_idle.clear();
+}
+
+bool Connection::isAttached(std::string_view database) const {
+    return std::find(m_attached.begin(), m_attached.end(), databaseKey(database)) != m_attached.end();
+}
+
+std::string Connection::attach(std::string_view database) {
+    const std::string key = databaseKey(database);
+    const auto found = std::find(m_attached.begin(), m_attached.end(), key);
+    if (found != m_attached.end()) {
+        m_attached.splice(m_attached.begin(), m_attached, found);
+        return quotedName(key);
+    }
+    if (!m_storage.exists(database)) throw sqlError(911, {database});
+    if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
+    run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
+    run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; a session that waits keeps its pages
+    if (!inTransaction()) renewIndexes(quotedName(key));      // which would read in it
+    m_attached.push_front(key);
+    m_storage.use(key, 1);
+    return quotedName(key);
+}
+
+void Connection::lock(std::string_view database) {
+    const std::string key = databaseKey(database);
+    if (sqlite3_txn_state(handle(), key.c_str()) > SQLITE_TXN_NONE) return;
+    const std::string schema = attach(database);
+    const bool isNew =
+        sqlite3_table_column_metadata(handle(), key.c_str(), "tsqlbox_objects", nullptr, nullptr, nullptr,
+                                      nullptr, nullptr, nullptr) != SQLITE_OK;
+    if (!isNew) run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
+}
+
+// An index made when texts sorted otherwise is of no use.
+void Connection::renewIndexes(const std::string& schema) {
+    if (number("PRAGMA " + schema + ".user_version") >= kSortVersion) return;
+    run("REINDEX ts_ci");
+    run("PRAGMA " + schema + ".user_version = " + std::to_string(kSortVersion));
+}
+
+void Connection::detach(std::string_view database) {
+    const std::string key = databaseKey(database);
+    const auto found = std::find(m_attached.begin(), m_attached.end(), key);
+    if (found == m_attached.end()) return;
+    dropStatements();
+    run("DETACH " + quotedName(key));
+    dropStatements();
+    m_attached.erase(found);
+    m_catalogues.erase(quotedName(key));
+    m_storage.use(key, -1);
+}
+
+void Connection::detachAllBut(std::string_view database) {
+    const std::list<std::string> attached = m_attached;
+    for (const auto& key : attached)
+        if (key != databaseKey(database)) detach(key);
+}
+
+void Connection::run(const std::string& sql, std::span<const Value> values) {
+    PreparedStatement statement(*this, sql);
+    statement.bindAll(values);
+    while (statement.step()) continue;
+}
+
+std::optional<std::int64_t> Connection::number(const std::string& sql, std::span<const Value> values) {
+    PreparedStatement statement(*this, sql);
+    statement.bindAll(values);
+    return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;
+}
+
+// A statement that runs already (a function calls itself) is not among the idle ones, so it is made anew.
+sqlite3_stmt* Connection::borrow(const std::string& sql) {
+    const auto found =
+        std::find_if(m_idle.begin(), m_idle.end(), [&](const auto& idle) { return idle.first == sql; });
+    if (found != m_idle.end()) {
+        sqlite3_stmt* statement = found->second;
+        m_idle.erase(found);
+        return statement;
+    }
+    sqlite3_stmt* statement = nullptr;
+    const char* tail = nullptr;
+    const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &statement, &tail);
+    if (code != SQLITE_OK) throw SqliteFailure(sqlite3_extended_errcode(handle()), sqlite3_errmsg(handle()));
+    return statement;
+}
+
+void Connection::giveBack(const std::string& sql, sqlite3_stmt* statement) {
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    m_idle.emplace_front(sql, statement);
+    if (m_idle.size() <= kIdleStatements) return;
+    sqlite3_finalize(m_idle.back().second);
+    m_idle.pop_back();
+}
+
+}  // namespace tsql

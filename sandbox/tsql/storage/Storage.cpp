@@ -1,0 +1,159 @@
+#include "storage/Storage.h"
+
+#include <sodium.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "messages/Messages.h"
+#include "types/Text.h"
+#include "types/Values.h"
+
+namespace tsql {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "model", "msdb", "tempdb"};
+constexpr std::string_view kExtension = ".db";
+constexpr std::size_t kMaxName = 128;
+constexpr int kBusyMilliseconds = 10'000;
+
+// Letters, digits, - and _ stand for themselves; every other byte is %XX.
+std::string encodeName(std::string_view name) {
+    std::string file;
+    for (const char& c : name) {
+        if (std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-')
+            file += c;
+        else
+            file += '%' + hexDigits(std::as_bytes(std::span(&c, 1)));
+    }
+    return file;
+}
+
+std::string decodeName(std::string_view file) {
+    std::string name;
+    for (; !file.empty(); file.remove_prefix(1)) {
+        const auto byte = file[0] == '%' ? parseHex(file.substr(1, 2)) : std::nullopt;
+        name += byte && !byte->empty() ? static_cast<char>(byte->front()) : file[0];
+        if (byte) file.remove_prefix(byte->size() * 2);
+    }
+    return name;
+}
+
+// The names of SQLite's side files begin with the database's: only whole names end in the extension.
+std::vector<std::string> namesIn(const fs::path& directory) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(directory))
+        if (entry.path().extension() == kExtension) names.push_back(decodeName(entry.path().stem().string()));
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void removeFiles(const fs::path& file) {
+    for (const char* suffix : {"-wal", "-shm", ""}) fs::remove(file.string() + suffix);
+}
+
+void checkName(std::string_view name) {
+    if (name.empty() || characterCount(name) > kMaxName || encodeName(name).size() > 250)
+        throw sqlError(103, {name});
+}
+
+}  // namespace
+
+SqliteConnection openDatabaseFile(const fs::path& file, bool create) {
+    sqlite3* raw = nullptr;
+    // Without a lock of its own: each connection is one session's.
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
+    const int code = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
+    SqliteConnection connection(raw);
+    if (code != SQLITE_OK)
+        throw std::runtime_error("cannot open " + file.string() + ": " + sqlite3_errstr(code));
+    sqlite3_busy_timeout(raw, kBusyMilliseconds);
+    try {
+        execute(raw, "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON");
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error("cannot open " + file.string() + ": " + error.what());
+    }
+    return connection;
+}
+
+void execute(sqlite3* connection, const std::string& sql) {
+    if (sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        throw std::runtime_error(sqlite3_errmsg(connection));
+}
+
+Storage::Storage(const fs::path& directory) : m_directory(fs::absolute(directory)) {
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters are one lock for all sessions
+    if (sodium_init() < 0) throw std::runtime_error("the cryptographic library does not start");
+    if (fs::create_directories(m_directory)) ::chmod(m_directory.c_str(), S_IRWXU);
+    for (const std::string_view name : kSystemDatabases)
+        if (!exists(name)) create(name);
+}
+
+std::vector<std::string> Storage::databases() const {
+    const std::lock_guard lock(m_mutex);
+    return namesIn(m_directory);
+}
+
+std::string Storage::canonicalName(std::string_view name) const {
+    for (std::string& known : databases())
+        if (sameText(known, name)) return std::move(known);
+    return {};
+}
+
+bool Storage::exists(std::string_view name) const {
+    return !canonicalName(name).empty();
+}
+
+fs::path Storage::pathOf(std::string_view name) const {
+    const std::string known = canonicalName(name);
+    return m_directory / (encodeName(known.empty() ? name : known) + std::string(kExtension));
+}
+
+void Storage::create(std::string_view name) {
+    checkName(name);
+    if (exists(name)) throw sqlError(1801, {name});
+    const fs::path file = pathOf(name);
+    try {
+        openDatabaseFile(file, true);
+    } catch (const std::runtime_error& error) {
+        removeFiles(file);
+        throw sqlError(1802, {error.what()});
+    }
+}
+
+void Storage::drop(std::string_view name) {
+    if (isSystemDatabase(name)) throw sqlError(3708, {name});
+    if (!exists(name)) throw sqlError(3701, {"database", name}, 1);
+    removeFiles(pathOf(name));
+}
+
+void Storage::rename(std::string_view name, std::string_view newName) {
+    if (isSystemDatabase(name)) throw sqlError(5058, {"MODIFY NAME", name});
+    checkName(newName);
+    if (exists(newName) && !sameText(name, newName)) throw sqlError(1801, {newName});
+    const fs::path before = pathOf(name);
+    openDatabaseFile(before, false);  // whoever closes it last leaves no journal beside it
+    fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
+}
+
+bool Storage::isSystemDatabase(std::string_view name) {
+    return std::any_of(kSystemDatabases.begin(), kSystemDatabases.end(),
+                       [&](std::string_view system) { return sameText(system, name); });
+}
+
+void Storage::use(const std::string& key, int change) {
+    const std::lock_guard lock(m_mutex);
+    m_uses[key] += change;
+}
+
+int Storage::uses(const std::string& key) const {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_uses.find(key);
+    return found == m_uses.end() ? 0 : found->second;
+}
+
+}  // namespace tsql

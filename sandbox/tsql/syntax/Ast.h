@@ -1,0 +1,442 @@
+// The syntax tree of a batch: expressions, queries, statements. Every node owns its children.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "functions/Functions.h"
+
+namespace tsql::ast {
+
+struct Expr;
+struct Query;
+struct Statement;
+struct Window;
+struct CreateTable;
+using ExprPtr = std::unique_ptr<Expr>;
+using QueryPtr = std::unique_ptr<Query>;
+using StatementPtr = std::unique_ptr<Statement>;
+
+// server is refused by the parser; `database..name` leaves schema empty.
+struct ObjectName {
+    std::string database;
+    std::string schema;
+    std::string name;
+    int line = 1;
+};
+
+// ---- expressions: values ---------------------------------------------------------------------------------
+struct Literal {
+    TypedValue constant;
+};
+struct VariableRef {
+    std::string name;  // "@x", or "@@x" for a global one
+};
+struct ColumnRef {
+    std::vector<std::string> path;  // [database .] [schema .] [table .] column
+};
+struct Unary {
+    bool isBitNot;  // or a minus
+    ExprPtr operand;
+};
+struct Binary {
+    BinaryOp op;
+    ExprPtr left, right;
+};
+struct Case {
+    ExprPtr input;  // null in a searched CASE
+    std::vector<std::pair<ExprPtr, ExprPtr>> branches;
+    ExprPtr otherwise;  // may be null
+};
+struct Cast {
+    ExprPtr operand;
+    SqlType type;
+    ExprPtr style;  // may be null
+    Conversion kind = Conversion::Cast;
+};
+struct OrderItem {
+    ExprPtr value;
+    bool descending = false;
+};
+struct Call {
+    ObjectName name;
+    std::vector<ExprPtr> arguments;
+    bool distinct = false;
+    bool star = false;                   // COUNT(*)
+    std::unique_ptr<Window> over = {};   // null without OVER
+    std::vector<OrderItem> within = {};  // WITHIN GROUP (ORDER BY ...)
+};
+struct ScalarQuery {
+    QueryPtr query;
+};
+
+// ---- expressions: conditions -----------------------------------------------------------------------------
+struct Compare {
+    CompareOp op;
+    ExprPtr left, right;
+};
+struct Logic {
+    bool isAnd;
+    ExprPtr left, right;
+};
+struct Not {
+    ExprPtr operand;
+};
+struct IsNull {
+    ExprPtr operand;
+};
+struct Between {
+    ExprPtr operand, low, high;
+};
+struct InList {
+    ExprPtr operand;
+    std::vector<ExprPtr> items;
+};
+struct InQuery {
+    ExprPtr operand;
+    QueryPtr query;
+};
+struct Like {
+    ExprPtr operand, pattern, escape;  // escape may be null
+};
+struct Exists {
+    QueryPtr query;
+};
+
+struct Expr {
+    using Node = std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery,
+                              Compare, Logic, Not, IsNull, Between, InList, InQuery, Like, Exists>;
+    static constexpr std::size_t kFirstCondition = 9;  // Compare and what follows it
+
+    int line = 1;
+    Node node;
+    bool isCondition() const { return node.index() >= kFirstCondition; }
+};
+
+// ---- queries ---------------------------------------------------------------------------------------------
+struct TableRef;
+using TableRefPtr = std::unique_ptr<TableRef>;
+struct NamedTable {
+    ObjectName name;                                     // a variable's begins with @
+    std::optional<std::vector<ExprPtr>> arguments = {};  // of a function
+};
+struct DerivedTable {
+    QueryPtr query;
+    std::vector<std::string> columns;  // (SELECT ...) alias(columns)
+};
+enum class JoinKind { Inner, Left, Right, Full, Cross };
+struct Join {
+    JoinKind kind;
+    TableRefPtr left, right;
+    ExprPtr on;  // null for Cross
+};
+struct TableRef {
+    std::variant<NamedTable, DerivedTable, Join> node;
+    std::string alias;  // empty without one, and in a join
+    int line = 1;
+};
+
+struct SelectItem {
+    ExprPtr value;                       // null for a star
+    std::vector<std::string> starOf;     // the qualifier of t.*
+    std::string alias;                   // empty without one
+    std::string variable;                // SELECT @v = value
+    std::optional<BinaryOp> assignment;  // SELECT @v += value
+};
+struct Window {
+    std::vector<ExprPtr> partition;
+    std::vector<OrderItem> order;
+    std::string frame;  // "ROWS ..." as SQLite reads it, too; empty without one
+};
+struct Select {
+    bool distinct = false;
+    ExprPtr top;  // may be null
+    std::vector<SelectItem> items;
+    std::vector<TableRefPtr> from;
+    ExprPtr where;
+    std::vector<ExprPtr> groupBy;
+    ExprPtr having;
+};
+enum class SetOp { Union, UnionAll, Except, Intersect };
+struct SetOperation {
+    SetOp op;
+    QueryPtr left, right;
+};
+struct CommonTable {
+    std::string name;
+    std::vector<std::string> columns;
+    QueryPtr query;
+};
+// FOR XML RAW or PATH
+struct ForXml {
+    bool path = false;
+    bool elements = false;  // columns as elements, not attributes
+    bool typed = false;     // TYPE
+    std::string row = "row";
+    std::string root;  // empty without one
+};
+struct Query {
+    std::vector<CommonTable> with;
+    std::variant<Select, SetOperation> body;
+    std::vector<OrderItem> orderBy;
+    ExprPtr offset, fetch;  // OFFSET n ROWS FETCH NEXT m ROWS ONLY
+    std::optional<ForXml> xml;
+    std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
+    int line = 1;
+};
+
+// ---- statements ------------------------------------------------------------------------------------------
+using Block = std::vector<StatementPtr>;
+
+// Of a variable or a parameter.
+struct Declaration {
+    std::string name;
+    SqlType type;
+    ExprPtr value;                                  // may be null
+    std::shared_ptr<const CreateTable> table = {};  // DECLARE @t TABLE (...)
+    bool output = false;
+};
+// What a batch or a module declares anywhere in it: each is there, NULL, from its beginning.
+struct Local {
+    std::string name;
+    SqlType type;
+};
+struct Declare {
+    std::vector<Declaration> variables;
+};
+struct Assign {
+    std::string name;
+    std::optional<BinaryOp> op;  // SET @x += 1
+    ExprPtr value;
+};
+struct SetOption {
+    std::vector<std::string> names;  // in capitals
+    bool on = false;
+    std::optional<ObjectName> table;     // IDENTITY_INSERT
+    std::optional<std::int64_t> number;  // LOCK_TIMEOUT
+};
+struct If {
+    ExprPtr condition;
+    StatementPtr then, otherwise;
+};
+struct While {
+    ExprPtr condition;
+    StatementPtr body;
+};
+struct Break {};
+struct Continue {};
+struct Return {
+    ExprPtr value;  // may be null
+};
+struct Compound {
+    Block statements;
+};
+struct TryCatch {
+    Block attempt, handler;
+};
+struct Print {
+    ExprPtr value;
+};
+struct RaiseError {
+    ExprPtr message, severity, state;
+    std::vector<ExprPtr> arguments;
+    bool log = false, setError = false, noWait = false;
+};
+struct Throw {
+    ExprPtr number, message, state;  // all null: THROW alone
+};
+struct WaitFor {
+    ExprPtr time;
+    bool until = false;  // WAITFOR TIME
+};
+struct Use {
+    std::string database;
+};
+
+// DECLARE name CURSOR FOR query
+struct DeclareCursor {
+    std::string name;
+    QueryPtr query;
+    bool local = false;
+    bool scroll = false;
+    bool counted = false;  // STATIC or SCROLL: @@CURSOR_ROWS tells its rows
+};
+enum class CursorVerb { Open, Close, Deallocate };
+struct CursorName {
+    std::string name;
+    bool global = false;
+};
+struct ChangeCursor {
+    CursorVerb verb;
+    CursorName cursor;
+};
+enum class FetchFrom { Next, Prior, First, Last, Absolute, Relative };
+struct Fetch {
+    FetchFrom from = FetchFrom::Next;
+    ExprPtr offset;  // of Absolute and Relative
+    CursorName cursor;
+    std::vector<std::string> into;  // empty: the row is a result set
+};
+
+struct SelectStatement {
+    QueryPtr query;
+    std::optional<ObjectName> into;
+};
+// OUTPUT items [INTO table [(columns)]]
+struct Output {
+    std::vector<SelectItem> items;
+    std::optional<ObjectName> into;
+    std::vector<std::string> columns;
+};
+// What changes of rows have in common.
+struct Change {
+    ObjectName table;  // or the alias of a table in `from`
+    std::vector<CommonTable> with;
+    std::optional<Output> output;
+    ExprPtr top;  // may be null, as may `where`
+    std::vector<TableRefPtr> from;
+    ExprPtr where;
+    std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
+};
+struct Insert : Change {
+    std::vector<std::string> columns;
+    std::vector<std::vector<ExprPtr>> rows;  // a null pointer stands for DEFAULT
+    QueryPtr query;                          // or a query, or a procedure
+    StatementPtr execute;
+    bool defaultValues = false;
+};
+struct SetClause {
+    std::string table;  // may be empty
+    std::string column;
+    std::string variable;        // SET @v = value, or SET @v = column = value
+    std::optional<BinaryOp> op;  // SET column += value
+    ExprPtr value;               // null: DEFAULT
+};
+struct Update : Change {
+    std::vector<SetClause> sets;
+};
+struct Delete : Change {};
+struct Truncate {
+    ObjectName table;
+};
+
+enum class ConstraintKind { PrimaryKey, Unique, Check, ForeignKey, Default };
+struct Constraint {
+    ConstraintKind kind;
+    std::string name;  // empty: one is made up
+    std::vector<std::string> columns;
+    ExprPtr check;
+    std::string text;    // of CHECK's condition or DEFAULT's value
+    std::string source;  // the whole but its name: parseConstraint() reads it again
+    std::string references;
+    std::vector<std::string> referencedColumns;
+    bool cascade = false;
+};
+struct ColumnDefinition {
+    std::string name;
+    SqlType type;
+    std::optional<bool> nullable;
+    bool identity = false;
+    bool withValues = false;  // ALTER TABLE ADD: rows that are there get the default
+    std::int64_t seed = 1;
+    std::vector<Constraint> constraints;
+};
+struct CreateTable {
+    ObjectName table;
+    std::vector<ColumnDefinition> columns;
+    std::vector<Constraint> constraints;
+};
+struct AlterTable {
+    CreateTable added;  // to the table that it names
+    std::optional<ColumnDefinition> altered;
+    std::vector<std::string> dropColumns, dropConstraints;
+    bool ifExists = false;
+};
+struct CreateIndex {
+    std::string name;
+    ObjectName table;
+    std::vector<std::pair<std::string, bool>> columns;  // name, descending
+    std::vector<std::string> included;
+    bool unique = false;
+};
+enum class ObjectKind { Table, View, Procedure, Function, Index, Database };
+struct Drop {
+    ObjectKind kind;
+    std::vector<ObjectName> names;  // an index's: schema holds the table
+    bool ifExists = false;
+};
+struct CreateDatabase {
+    std::string name;
+};
+struct AlterDatabase {
+    std::string name;     // empty: the session's
+    std::string newName;  // empty: a setting that holds already
+};
+struct AlterIndex {
+    std::string name;  // empty: all
+    ObjectName table;
+};
+
+// CREATE or ALTER PROCEDURE, FUNCTION or VIEW; the batch's whole text is what is stored.
+struct CreateModule {
+    ObjectName name;
+    bool function = false;
+    bool alter = false, create = true;  // both: CREATE OR ALTER
+    std::vector<Declaration> parameters;
+    SqlType returns;
+    Block body;
+    std::vector<Local> locals;
+    QueryPtr query;                    // of a view, or of a function that returns a table
+    std::vector<std::string> columns;  // CREATE VIEW name (columns)
+};
+struct Argument {
+    std::string name;  // "@x", empty by position
+    ExprPtr value;     // null: DEFAULT
+    bool output = false;
+};
+struct Execute {
+    std::string resultVariable;
+    ObjectName procedure;
+    std::string procedureVariable = {};  // EXEC @name
+    std::vector<Argument> arguments;
+    ExprPtr text;  // EXEC ('...')
+};
+
+enum class TransactionVerb { Begin, Commit, Rollback, Save };
+struct Transaction {
+    TransactionVerb verb;
+    std::string name;
+    std::string variable;  // that holds the name
+};
+struct Backup {
+    ExprPtr database, file;
+    ExprPtr name, description;  // null where none is given
+    std::int64_t stats = 0;     // percent between two messages, 0 for none
+};
+struct Move {
+    ExprPtr logicalName, path;
+};
+enum class RestoreKind { Database, FileList, Header, Verify };
+struct Restore {
+    RestoreKind kind = RestoreKind::Database;
+    ExprPtr database, file;
+    bool replace = false;
+    std::int64_t stats = 0;
+    std::vector<Move> moves;
+};
+
+struct Statement {
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
+                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
+                              Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
+                              CreateDatabase, AlterDatabase, AlterIndex, CreateModule, Execute, Transaction,
+                              Backup, Restore, DeclareCursor, ChangeCursor, Fetch>;
+    int line = 1;
+    Node node;
+};
+
+}  // namespace tsql::ast

@@ -1,0 +1,209 @@
+#include "syntax/Lexer.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <sstream>
+#include <unordered_set>
+
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr std::size_t kLongestName = 128;
+constexpr std::size_t kUsualTokens = 64;
+
+// The words that cannot name anything unless they are quoted.
+constexpr std::string_view kReserved =
+    R"(ADD ALL ALTER AND ANY AS ASC AUTHORIZATION BACKUP BEGIN BETWEEN BREAK BROWSE BULK BY CASCADE CASE CHECK
+CHECKPOINT CLOSE CLUSTERED COALESCE COLLATE COLUMN COMMIT COMPUTE CONSTRAINT CONTAINS CONTINUE CONVERT
+CREATE CROSS CURRENT CURRENT_DATE CURRENT_TIME CURRENT_TIMESTAMP CURRENT_USER CURSOR DATABASE DBCC
+DEALLOCATE DECLARE DEFAULT DELETE DENY DESC DISTINCT DISTRIBUTED DOUBLE DROP ELSE END ERRLVL ESCAPE EXCEPT
+EXEC EXECUTE EXISTS EXIT EXTERNAL FETCH FILE FILLFACTOR FOR FOREIGN FREETEXT FROM FULL FUNCTION GOTO GRANT
+GROUP HAVING HOLDLOCK IDENTITY IDENTITY_INSERT IDENTITYCOL IF IN INDEX INNER INSERT INTERSECT INTO IS JOIN
+KEY KILL LEFT LIKE LINENO MERGE NATIONAL NOCHECK NONCLUSTERED NOT NULL NULLIF OF OFF OFFSETS ON OPEN OPTION
+OR ORDER OUTER OVER PERCENT PIVOT PLAN PRIMARY PRINT PROC PROCEDURE PUBLIC RAISERROR READ READTEXT
+RECONFIGURE REFERENCES REPLICATION RESTORE RESTRICT RETURN REVERT REVOKE RIGHT ROLLBACK ROWCOUNT ROWGUIDCOL
+RULE SAVE SCHEMA SELECT SESSION_USER SET SETUSER SHUTDOWN SOME STATISTICS SYSTEM_USER TABLE TABLESAMPLE
+TEXTSIZE THEN TO TOP TRAN TRANSACTION TRIGGER TRUNCATE TRY_CONVERT UNION UNIQUE UNPIVOT UPDATE UPDATETEXT
+USE USER VALUES VARYING VIEW WAITFOR WHEN WHERE WHILE WITH WRITETEXT)";
+
+constexpr std::string_view kPairs = "<= >= <> != !< !> += -= *= /= %= &= |= ^= ::";
+constexpr std::string_view kSymbols = "<>=!+-*/%&|^~(),.;:";
+
+bool isNameStart(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) || c == '_' || c == '#' || (c & 0x80);
+}
+bool isNamePart(char c) {
+    return isNameStart(c) || std::isdigit(static_cast<unsigned char>(c)) || c == '@' || c == '$';
+}
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool isHexDigit(char c) {
+    return std::isxdigit(static_cast<unsigned char>(c));
+}
+
+bool isReserved(std::string_view word) {
+    static const auto words = [] {
+        std::istringstream text{lowerAscii(kReserved)};
+        return std::unordered_set<std::string>(std::istream_iterator<std::string>(text), {});
+    }();
+    return words.contains(lowerAscii(word));
+}
+
+class Lexer {
+  public:
+    explicit Lexer(std::string_view text) : m_text(text) {}
+
+    std::vector<Token> run() {
+        std::vector<Token> tokens;
+        tokens.reserve(kUsualTokens);
+        for (skipBlanks(); m_at < m_text.size(); skipBlanks()) tokens.push_back(next());
+        tokens.push_back({TokenKind::End, false, '\0', m_line, {}});
+        return tokens;
+    }
+
+  private:
+    char peek(std::size_t ahead = 0) const {
+        return m_at + ahead < m_text.size() ? m_text[m_at + ahead] : '\0';
+    }
+    bool startsWith(std::string_view what) const { return m_text.substr(m_at).starts_with(what); }
+
+    void advance(std::size_t count) {
+        for (; count > 0; --count) m_line += m_text[m_at++] == '\n';
+    }
+
+    void skipBlanks() {
+        while (m_at < m_text.size()) {
+            if (std::isspace(static_cast<unsigned char>(peek())) || peek() == '\0')
+                advance(1);
+            else if (startsWith("\xC2\xA0"))
+                advance(2);
+            else if (startsWith("\xEF\xBB\xBF"))
+                advance(3);
+            else if (startsWith("--"))
+                advance(std::min(m_text.find('\n', m_at), m_text.size()) - m_at);
+            else if (startsWith("/*"))
+                skipComment();
+            else
+                return;
+        }
+    }
+
+    // Comments nest.
+    void skipComment() {
+        const int begin = m_line;
+        int depth = 0;
+        do {
+            if (m_at >= m_text.size()) throw SyntaxError(sqlError(113), begin);
+            const bool opens = startsWith("/*");
+            const bool closes = !opens && startsWith("*/");
+            depth += opens - closes;
+            advance(opens || closes ? 2 : 1);
+        } while (depth > 0);
+    }
+
+    Token next() {
+        const char c = peek();
+        if ((c == 'N' || c == 'n') && peek(1) == '\'') return quoted(TokenKind::NationalText, 1, '\'');
+        if (c == '\'') return quoted(TokenKind::Text, 0, '\'');
+        if (c == '"') return quoted(TokenKind::DoubleQuoted, 0, '"');
+        if (c == '[') return quoted(TokenKind::Bracketed, 0, ']');
+        if (c == '@' && peek(1) == '@') return take(TokenKind::Global, past(isNamePart, 2));
+        if (c == '@') return take(TokenKind::Variable, past(isNamePart, 1));
+        if (c == '0' && (peek(1) == 'x' || peek(1) == 'X'))
+            return take(TokenKind::Binary, past(isHexDigit, 2));
+        if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number(0);
+        if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
+        if (isNameStart(c)) return take(TokenKind::Word, past(isNamePart, 1));
+        if (kSymbols.find(c) != std::string_view::npos) return take(TokenKind::Symbol, isPair() ? 2 : 1);
+        throw SyntaxError(102, std::string("Incorrect syntax near '") + c + "'.", m_line);
+    }
+
+    // Where what begins at `from` and fits the test ends; both from the token's first character.
+    std::size_t past(bool (*fits)(char), std::size_t from) const {
+        while (fits(peek(from))) ++from;
+        return from;
+    }
+
+    Token take(TokenKind kind, std::size_t length) {
+        const std::string_view raw = m_text.substr(m_at, length);
+        const bool isWord = kind == TokenKind::Word, hasInitial = isWord || kind == TokenKind::Symbol;
+        const Token token{kind, isWord && isReserved(raw), hasInitial ? upperAscii(raw[0]) : '\0', m_line,
+                          raw};
+        if (kind < TokenKind::DoubleQuoted || kind == TokenKind::Variable) checkName(token);
+        advance(length);
+        return token;
+    }
+
+    Token quoted(TokenKind kind, std::size_t prefix, char close) {
+        std::size_t end = m_at + prefix + 1;
+        for (;; end += 2) {
+            end = m_text.find(close, end);
+            if (end == std::string_view::npos)
+                throw SyntaxError(sqlError(105, {m_text.substr(m_at + prefix + 1, kLongestName)}), m_line);
+            if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
+        }
+        return take(kind, end + 1 - m_at);
+    }
+
+    bool isPair() const {
+        const std::string_view two = m_text.substr(m_at, 2);
+        return two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;
+    }
+
+    Token number(std::size_t sign) {
+        std::size_t length = past(isDigit, sign);
+        if (peek(length) == '.') length = past(isDigit, length + 1);
+        if (peek(length) == 'e' || peek(length) == 'E') {
+            const char next = peek(length + 1);
+            length = past(isDigit, length + (next == '+' || next == '-' ? 2 : 1));
+        }
+        return take(TokenKind::Number, length);
+    }
+
+    std::string_view m_text;
+    std::size_t m_at = 0;
+    int m_line = 1;
+};
+
+}  // namespace
+
+std::vector<Token> tokenize(std::string_view text) {
+    return Lexer(text).run();
+}
+
+void checkName(const Token& token) {
+    if (token.raw.size() <= kLongestName) return;
+    const std::string name = unquoted(token);
+    if (characterCount(name) <= kLongestName) return;
+    throw SyntaxError(103,
+                      "The identifier that starts with '" + std::string(characters(name, 0, kLongestName)) +
+                          "' is too long. Maximum length is 128.",
+                      token.line);
+}
+
+std::string unquoted(const Token& token) {
+    const bool national = token.kind == TokenKind::NationalText;
+    const bool isQuoted = national || token.kind == TokenKind::Text || token.kind == TokenKind::Bracketed ||
+                          token.kind == TokenKind::DoubleQuoted;
+    if (!isQuoted) return std::string(token.raw);
+    const char close = token.raw.back();
+    std::string text;
+    for (std::size_t i = national ? 2 : 1; i + 1 < token.raw.size(); ++i) {
+        const std::string_view rest = token.raw.substr(i);
+        const bool twoEnds = rest.starts_with("\\\r\n");
+        if (twoEnds || rest.starts_with("\\\n")) {  // the line goes on
+            i += twoEnds ? 2 : 1;
+            continue;
+        }
+        text += rest.front();
+        if (token.raw[i] == close) ++i;
+    }
+    return text;
+}
+
+}  // namespace tsql

@@ -1,0 +1,241 @@
+#include "syntax/Parser.h"
+
+#include <charconv>
+
+#include "messages/Messages.h"
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr int kDeepestNesting = 150;
+constexpr int kLongestChain = 400;  // of operators on one level; SQLite's trees end at a depth of 1000
+
+[[noreturn]] void tooDeep(int line) {
+    throw SyntaxError(sqlError(191), line);
+}
+
+}  // namespace
+
+std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers) {
+    Parser parser(text, quotedIdentifiers);
+    try {
+        auto batch = std::make_shared<Batch>(Batch{parser.batch()});
+        batch->locals = std::move(parser.m_locals);
+        return batch;
+    } catch (SyntaxError& error) {
+        error.procedure = parser.m_procedure;
+        throw;
+    }
+}
+
+ast::ExprPtr parseExpression(std::string_view text) {
+    return Parser(text, true).expression();
+}
+
+ast::Constraint parseConstraint(std::string_view text) {
+    ast::Constraint constraint{};
+    Parser(text, true).acceptConstraint(constraint, false);
+    return constraint;
+}
+
+// Takes reserved words, too. What is no name is the name of nothing, as it stands.
+ast::ObjectName parseObjectName(std::string_view text) {
+    ast::ObjectName name;
+    name.name = text;
+    std::vector<std::string> parts(1);
+    for (const Token& token : tokenize(text)) {
+        if (token.raw == ".")
+            parts.emplace_back();
+        else if (token.kind != TokenKind::End && !std::exchange(parts.back(), unquoted(token)).empty())
+            return name;
+    }
+    name.name = parts.back();
+    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
+    if (parts.size() > 2) name.database = parts[parts.size() - 3];
+    return name;
+}
+
+SqlType parseType(std::string_view text) {
+    return Parser(text, true).type(TypeUse::Declaration);
+}
+
+Parser::Parser(std::string_view text, bool quotedIdentifiers)
+    : m_quotedIdentifiers(quotedIdentifiers), m_tokens(tokenize(text)) {}
+
+const Token& Parser::take() {
+    const Token& token = peek();
+    if (token.kind != TokenKind::End) ++m_next;
+    return token;
+}
+
+std::size_t Parser::matchWhole(std::string_view phrase, std::size_t ahead) const {
+    for (std::size_t count = 0;; ++count) {
+        const Token& token = peek(ahead + count);
+        const std::size_t size = token.raw.size();
+        const bool isWord = size == phrase.size() || (size < phrase.size() && phrase[size] == ' ');
+        if (token.initial == '\0' || !isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
+        if (size == phrase.size()) return count + 1;
+        phrase.remove_prefix(size + 1);
+    }
+}
+
+bool Parser::accept(std::string_view phrase) {
+    const std::size_t count = match(phrase, 0);
+    m_next += count;
+    return count > 0;
+}
+
+bool Parser::acceptAny(std::initializer_list<std::string_view> phrases) {
+    return std::any_of(phrases.begin(), phrases.end(), [this](auto each) { return accept(each); });
+}
+
+void Parser::expect(std::string_view phrase) {
+    if (!accept(phrase)) syntaxError();
+}
+
+std::int64_t Parser::expectInteger() {
+    const bool negative = accept("-");
+    const Token& token = peek();
+    std::int64_t number = 0;
+    const auto* end = token.raw.data() + token.raw.size();
+    const auto parsed = std::from_chars(token.raw.data(), end, number);
+    if (token.kind != TokenKind::Number || parsed.ec != std::errc() || parsed.ptr != end) syntaxError();
+    take();
+    return negative ? -number : number;
+}
+
+bool Parser::isString(const Token& token) const {
+    return token.kind == TokenKind::Text || token.kind == TokenKind::NationalText ||
+           (token.kind == TokenKind::DoubleQuoted && !m_quotedIdentifiers);
+}
+
+std::string Parser::expectString() {
+    if (!isString(peek())) syntaxError();
+    return unquoted(take());
+}
+
+bool Parser::atName(std::size_t ahead) const {
+    const Token& token = peek(ahead);
+    return (token.kind == TokenKind::Word && !token.reserved) || token.kind == TokenKind::Bracketed ||
+           (token.kind == TokenKind::DoubleQuoted && m_quotedIdentifiers);
+}
+
+std::string Parser::expectName() {
+    if (!atName()) syntaxError();
+    checkName(peek());
+    return unquoted(take());
+}
+
+std::string Parser::expectVariable(int undeclaredState) {
+    if (!atVariable()) syntaxError();
+    const Token& name = take();
+    if (!m_declared.contains(name.raw))
+        throw SyntaxError(sqlError(137, {name.raw}, undeclaredState), name.line);
+    return std::string(name.raw);
+}
+
+// database.schema.name, where the parts in between may be left out.
+ast::ObjectName Parser::objectName() {
+    ast::ObjectName name;
+    name.line = peek().line;
+    std::vector<std::string> parts{at(".") ? std::string() : expectName()};  // ..name, .schema.name
+    while (accept(".")) parts.push_back(at(".") ? std::string() : expectName());
+    if (parts.size() > 3) unsupported("a name with a linked server");
+    name.name = parts.back();
+    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
+    if (parts.size() > 2) name.database = parts.front();
+    return name;
+}
+
+std::vector<std::string> Parser::columnNames() {
+    return parenthesized([this] { return list([this] { return expectName(); }); });
+}
+
+SqlType Parser::type(TypeUse use) {
+    const int line = peek().line;
+    if (atName() && at(".", 1)) m_next += 2;  // [sys].[int], dbo.int
+    const bool keyword = at("NATIONAL") || at("DOUBLE");
+    if (!keyword && !atName()) syntaxError();
+    std::string name = unquoted(take());
+    for (const auto word : {"PRECISION", "CHARACTER", "CHAR", "TEXT", "VARYING"})
+        if (at(word)) name += " " + lowerAscii(take().raw);
+    const auto arguments = typeArguments();
+    try {
+        return makeType(name, arguments, use);
+    } catch (const SqlError& error) {
+        throw SyntaxError(error, line);
+    }
+}
+
+std::vector<int> Parser::typeArguments() {
+    if (!at("(")) return {};
+    return parenthesized([this] {
+        return list([this] {
+            constexpr std::int64_t kTooLarge = 1'000'000;
+            return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
+        });
+    });
+}
+
+// There is one collation, which disregards case and regards accents.
+void Parser::collation() {
+    expect("COLLATE");
+    const bool same = at("DATABASE_DEFAULT") || toUpper(peek().raw).find("_CI_AS") != std::string::npos;
+    if (!same) unsupported("a collation other than those named ..._CI_AS");
+    expectName();
+}
+
+// To the bracket that closes the one here.
+void Parser::skipParenthesized() {
+    int depth = 0;
+    do {
+        if (peek().kind == TokenKind::End) syntaxError();
+        depth += at("(") - at(")");
+        take();
+    } while (depth > 0);
+}
+
+std::string Parser::textSince(std::size_t token) const {
+    const std::string_view last = m_tokens[m_next - 1].raw;
+    return {m_tokens[token].raw.data(), last.data() + last.size()};
+}
+
+// At the end of the text it is the last one.
+const Token& Parser::faulty() const {
+    const bool atEnd = peek().kind == TokenKind::End && m_next > 0;
+    return atEnd ? m_tokens[m_next - 1] : peek();
+}
+
+std::string Parser::near() const {
+    return unquoted(faulty());
+}
+
+void Parser::syntaxError() const {
+    const bool reserved = peek().reserved;
+    throw SyntaxError(
+        reserved ? 156 : 102,
+        std::string("Incorrect syntax near ") + (reserved ? "the keyword '" : "'") + near() + "'.",
+        faulty().line);
+}
+
+void Parser::unsupported(std::string_view construct) const {
+    throw SyntaxError(tsql::unsupported(construct), faulty().line);
+}
+
+void Parser::refuse(std::string_view phrase, std::string_view construct) const {
+    if (at(phrase)) unsupported(construct);
+}
+
+Parser::Nesting::Nesting(Parser& parser) : m_parser(parser) {
+    if (++m_parser.m_depth > kDeepestNesting) {
+        --m_parser.m_depth;
+        tooDeep(parser.peek().line);
+    }
+}
+
+void Parser::checkChain(int length) const {
+    if (length > kLongestChain) tooDeep(peek().line);
+}
+
+}  // namespace tsql

@@ -1,0 +1,551 @@
+// INSERT, UPDATE, DELETE; CREATE, ALTER and DROP.
+#include <utility>
+
+#include "messages/Messages.h"
+#include "syntax/Parser.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+// ---- changes of rows
+
+std::optional<Output> output(Parser& in) {
+    if (!in.accept("OUTPUT")) return std::nullopt;
+    Output output{in.list([&] { return in.selectItem(); }), {}, {}};
+    if (!in.accept("INTO")) return output;
+    output.into = in.tableName();
+    if (in.at("(")) output.columns = in.columnNames();
+    return output;
+}
+
+Insert insert(Parser& in) {
+    Insert node;
+    in.refuse("TOP", "INSERT TOP");
+    in.accept("INTO");
+    node.table = in.tableName();
+    in.tableHints();
+    if (in.at("(") && !in.at("( SELECT") && !in.at("( (")) node.columns = in.columnNames();
+    node.output = output(in);
+    node.defaultValues = in.accept("DEFAULT VALUES");
+    if (node.defaultValues) return node;
+    if (in.accept("VALUES")) {
+        const auto cell = [&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); };
+        const int line = in.peek().line;
+        constexpr int kMostRows = 1000;
+        node.rows = in.list([&, count = 0]() mutable {
+            if (++count > kMostRows) throw SyntaxError(sqlError(10738), in.peek().line);
+            return in.parenthesized([&] { return in.list(cell); });
+        });
+        for (const auto& row : node.rows)
+            if (row.size() != node.rows.front().size()) throw SyntaxError(sqlError(10709), line);
+    } else if (in.at("EXEC") || in.at("EXECUTE")) {
+        node.execute = in.statement();
+    } else if (in.atQuery()) {
+        node.query = in.query();
+    } else {
+        in.syntaxError();
+    }
+    return node;
+}
+
+SetClause setClause(Parser& in) {
+    SetClause clause;
+    if (in.atVariable()) {
+        clause.variable = in.expectVariable();
+        in.expect("=");
+        if (!in.atName() || !in.at("=", 1))
+            in.unsupported("UPDATE ... SET @variable = value without a column");
+    }
+    clause.column = in.expectName();
+    while (in.accept(".")) clause.table = std::exchange(clause.column, in.expectName());
+    clause.op = in.assignmentOperator();
+    if (!in.accept("DEFAULT")) clause.value = in.expression();
+    return clause;
+}
+
+// What UPDATE and DELETE end with.
+void affectedRows(Parser& in, Change& node) {
+    if (in.accept("FROM")) node.from = in.from();
+    in.refuse("WHERE CURRENT", "WHERE CURRENT OF");
+    if (in.accept("WHERE")) node.where = in.condition();
+    node.maxRecursion = in.options();
+}
+
+Update update(Parser& in) {
+    Update node;
+    in.refuse("STATISTICS", "UPDATE STATISTICS");
+    node.top = in.top();
+    node.table = in.tableName();
+    in.tableHints();
+    in.expect("SET");
+    node.sets = in.list([&] { return setClause(in); });
+    const std::size_t begin = in.position();
+    node.output = output(in);
+    if (node.output && findText(in.textSince(begin), "deleted.") != std::string::npos)
+        in.unsupported("deleted rows in the OUTPUT of UPDATE");
+    affectedRows(in, node);
+    return node;
+}
+
+Delete remove(Parser& in) {
+    Delete node;
+    node.top = in.top();
+    in.accept("FROM");
+    node.table = in.tableName();
+    in.tableHints();
+    node.output = output(in);
+    affectedRows(in, node);
+    return node;
+}
+
+// ---- tables
+
+[[noreturn]] void unsupportedObject(const Parser& in, const std::string& verb) {
+    if (in.peek().kind != TokenKind::Word) in.syntaxError();
+    in.unsupported(verb + " " + toUpper(in.near()));
+}
+
+// The name of what is defined or dropped: there is one schema.
+ObjectName definedName(Parser& in) {
+    ObjectName name = in.objectName();
+    if (!name.schema.empty() && !sameWord(name.schema, "dbo"))
+        throw SyntaxError(sqlError(2760, {name.schema}), name.line);
+    return name;
+}
+
+// a, b DESC
+std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
+    return in.parenthesized([&] {
+        return in.list([&] {
+            std::string name = in.expectName();
+            const bool descending = in.accept("DESC");
+            if (!descending) in.accept("ASC");
+            return std::pair(std::move(name), descending);
+        });
+    });
+}
+
+// ON filegroup: there is one.
+void fileGroup(Parser& in) {
+    while (in.acceptAny({"ON", "TEXTIMAGE_ON", "FILESTREAM_ON"})) {
+        in.expectName();
+        in.refuse("(", "partitions");
+    }
+}
+
+// WITH (option = value, ...): how an index is stored and built. Two of the options change what statements do.
+void indexStorage(Parser& in) {
+    const auto option = [&] {
+        for (const auto word : {"IGNORE_DUP_KEY = ON", "DROP_EXISTING = ON"}) in.refuse(word, word);
+        if (!in.acceptAny({"PAD_INDEX", "FILLFACTOR", "SORT_IN_TEMPDB", "IGNORE_DUP_KEY",
+                           "STATISTICS_NORECOMPUTE", "STATISTICS_INCREMENTAL", "DROP_EXISTING", "ONLINE",
+                           "RESUMABLE", "ALLOW_ROW_LOCKS", "ALLOW_PAGE_LOCKS", "OPTIMIZE_FOR_SEQUENTIAL_KEY",
+                           "MAXDOP", "DATA_COMPRESSION", "LOB_COMPACTION"}))
+            in.unsupported("the option " + toUpper(in.near()) + " of an index");
+        in.expect("=");
+        return in.take().kind;
+    };
+    if (in.accept("WITH FILLFACTOR =")) in.expectInteger();
+    if (in.at("WITH (") && in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    fileGroup(in);
+}
+
+void keyColumns(Parser& in, Constraint& constraint, bool ofTable) {
+    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
+    if (ofTable || in.at("("))
+        for (auto& [name, descending] : indexColumns(in)) constraint.columns.push_back(std::move(name));
+    indexStorage(in);
+}
+
+void references(Parser& in, Constraint& constraint) {
+    in.expect("REFERENCES");
+    const ObjectName table = definedName(in);
+    if (!table.database.empty()) in.unsupported("a foreign key to another database");
+    constraint.references = table.name;
+    if (in.at("(")) constraint.referencedColumns = in.columnNames();
+    while (in.accept("ON")) {
+        const bool onDelete = in.accept("DELETE");
+        if (!onDelete) in.expect("UPDATE");
+        if (in.accept("NO ACTION")) continue;
+        if (!onDelete || !in.accept("CASCADE"))
+            in.unsupported(std::string(onDelete ? "ON DELETE " : "ON UPDATE ") + toUpper(in.near()));
+        constraint.cascade = true;
+    }
+}
+
+// As the catalogue tells it, within one pair of parentheses more: 1 and ((1)) are (1), (f()) is f().
+std::string storedDefault(std::string text) {
+    if (text.starts_with('(')) text = text.substr(1, text.size() - 2);
+    const auto first = text.find_first_not_of('('), last = text.find_last_not_of(')');
+    const std::string number = text.substr(first, last - first + 1);
+    return number.find_first_not_of("+-.0123456789") == std::string::npos ? "(" + number + ")" : text;
+}
+
+void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
+    in.accept("NOT FOR REPLICATION");
+    const std::size_t begin = in.position();
+    if (constraint.kind == ConstraintKind::Check) {
+        constraint.check = in.parenthesized([&] { return in.scalar(&Parser::condition); });
+    } else {
+        const ExprPtr value = in.scalar(&Parser::unary);
+        if (const auto* column = std::get_if<ColumnRef>(&value->node))
+            throw SyntaxError(sqlError(128, {column->path.back()}), value->line);
+    }
+    constraint.text = in.textSince(begin);
+    if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
+    if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR")) {
+        constraint.columns = {in.expectName()};
+        in.accept("WITH VALUES");  // of no effect on a column that is there
+    }
+}
+
+ColumnDefinition columnDefinition(Parser& in) {
+    ColumnDefinition column;
+    const auto option = [&] {
+        for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
+            in.refuse(word, "the option " + std::string(word) + " of a column");
+        Constraint constraint{};
+        if (in.accept("NOT NULL")) {
+            column.nullable = false;
+        } else if (in.accept("NULL")) {
+            column.nullable = true;
+        } else if (in.at("COLLATE")) {
+            in.collation();
+        } else if (in.accept("WITH VALUES")) {
+            column.withValues = true;
+        } else if (in.accept("IDENTITY")) {
+            column.identity = true;
+            if (!in.accept("(")) return true;
+            column.seed = in.expectInteger();
+            in.expect(",");
+            if (in.expectInteger() != 1) in.unsupported("an IDENTITY increment other than 1");
+            in.expect(")");
+        } else if (in.acceptConstraint(constraint, false)) {
+            if (constraint.columns.empty()) constraint.columns = {column.name};
+            column.constraints.push_back(std::move(constraint));
+        } else {
+            return in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
+        }
+        return true;
+    };
+    column.name = in.expectName();
+    in.refuse("AS", "computed columns");
+    column.type = in.type(TypeUse::Declaration);
+    while (option()) continue;
+    return column;
+}
+
+void tableElement(Parser& in, CreateTable& table) {
+    in.refuse("INDEX", "an index within the definition of a table");
+    in.refuse("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
+    Constraint constraint{};
+    if (in.acceptConstraint(constraint, true))
+        table.constraints.push_back(std::move(constraint));
+    else
+        table.columns.push_back(columnDefinition(in));
+}
+
+// A comma may close the list.
+CreateTable tableElements(Parser& in, ObjectName name) {
+    CreateTable table{std::move(name), {}, {}};
+    in.expect("(");
+    do tableElement(in, table);
+    while (in.accept(",") && !in.at(")"));
+    in.expect(")");
+    return table;
+}
+
+Statement::Node createTable(Parser& in) {
+    CreateTable node = tableElements(in, definedName(in));
+    fileGroup(in);
+    in.refuse("WITH (", "options of CREATE TABLE");
+    return node;
+}
+
+Statement::Node createIndex(Parser& in, bool unique) {
+    CreateIndex node;
+    node.unique = unique;
+    node.name = in.expectName();
+    in.expect("ON");
+    node.table = in.objectName();
+    node.columns = indexColumns(in);
+    if (in.accept("INCLUDE")) node.included = in.columnNames();
+    in.refuse("WHERE", "filtered indexes");
+    indexStorage(in);
+    return node;
+}
+
+// CONSTRAINT is what a bare name means.
+void dropParts(Parser& in, AlterTable& table) {
+    bool columns = false;
+    do {
+        columns = in.accept("COLUMN") || (columns && !in.accept("CONSTRAINT"));
+        if (!columns) in.accept("CONSTRAINT");
+        table.ifExists = in.accept("IF EXISTS") || table.ifExists;
+        (columns ? table.dropColumns : table.dropConstraints).push_back(in.expectName());
+        if (!columns) indexStorage(in);
+    } while (in.accept(","));
+}
+
+Statement::Node alterTable(Parser& in) {
+    AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
+    const bool checked = in.accept("WITH CHECK");
+    if (in.at("NOCHECK") || in.at("WITH NOCHECK")) in.unsupported("constraints that are not checked");
+    if (in.accept("CHECK CONSTRAINT")) {  // each constraint is in force already
+        if (!in.accept("ALL")) in.list([&] { return in.expectName(); });
+    } else if (in.accept("ADD")) {
+        do tableElement(in, node.added);
+        while (in.accept(","));
+    } else if (!checked && in.accept("DROP")) {
+        dropParts(in, node);
+    } else if (!checked && in.accept("ALTER COLUMN")) {
+        const int line = in.peek().line;
+        node.altered = columnDefinition(in);
+        if (node.altered->identity) throw SyntaxError(unsupported("ALTER COLUMN ... IDENTITY"), line);
+    } else {
+        unsupportedObject(in, "ALTER TABLE");
+    }
+    return node;
+}
+
+// ---- modules
+
+bool atModule(const Parser& in) {
+    return in.at("PROCEDURE") || in.at("PROC") || in.at("FUNCTION") || in.at("VIEW");
+}
+
+// Those that change no result.
+void moduleOptions(Parser& in) {
+    const auto option = [&] {
+        in.accept("EXEC");
+        if (!in.acceptAny({"RECOMPILE", "SCHEMABINDING", "VIEW_METADATA", "CALLED ON NULL INPUT",
+                           "EXECUTE AS CALLER", "EXECUTE AS OWNER", "EXECUTE AS SELF"}))
+            in.unsupported("WITH " + toUpper(in.near()) + " of a procedure, function or view");
+        return true;
+    };
+    if (in.accept("WITH")) in.list(option);
+}
+
+// AS query, of a view; RETURN query, of a function. It is the rest of the batch.
+void moduleQuery(Parser& in, CreateModule& module) {
+    moduleOptions(in);
+    if (!in.accept("AS") && !module.function) in.syntaxError();
+    if (module.function) in.expect("RETURN");
+    module.query =
+        module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
+    in.accept("WITH CHECK OPTION");  // for changes through the view, which are refused
+    in.accept(";");
+    if (in.peek().kind != TokenKind::End) in.syntaxError();
+}
+
+void parameters(Parser& in, CreateModule& module) {
+    const bool bracket = in.accept("(");
+    if (in.atVariable()) module.parameters = in.list([&] { return in.declaration(true); });
+    if (bracket)
+        in.expect(")");
+    else if (module.function)
+        in.syntaxError();
+}
+
+// The rest of the batch is the module's body.
+void moduleBody(Parser& in, CreateModule& module) {
+    moduleOptions(in);
+    if (!in.accept("AS") && !module.function) in.syntaxError();
+    if (module.function && !in.at("BEGIN")) in.syntaxError();
+    in.m_module = &module;
+    module.body = in.statements("");
+    in.m_module = nullptr;
+    module.locals = std::move(in.m_locals);
+    if (module.body.empty()) in.syntaxError();
+    const auto* body = std::get_if<Compound>(&module.body.front()->node);
+    if (module.function && (!body || !std::holds_alternative<Return>(body->statements.back()->node)))
+        throw SyntaxError(sqlError(455, {}, 2), in.peek().line);
+}
+
+Statement::Node createModule(Parser& in, CreateModule module) {
+    const bool view = in.at("VIEW");
+    module.function = in.at("FUNCTION");
+    in.take();
+    module.name = definedName(in);
+    if (module.name.name.starts_with('#')) in.unsupported("temporary procedures");
+    const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
+    if (!module.name.database.empty()) throw SyntaxError(sqlError(166, {kind}), module.name.line);
+    in.m_procedure = module.name.name;
+    if (view) {
+        if (in.at("(")) module.columns = in.columnNames();
+        moduleQuery(in, module);
+        return module;
+    }
+    parameters(in, module);
+    if (module.function) {
+        in.expect("RETURNS");
+        if (in.atVariable()) in.unsupported("table-valued functions of several statements");
+        if (in.accept("TABLE")) {
+            moduleQuery(in, module);
+            return module;
+        }
+        module.returns = in.type(TypeUse::Declaration);
+    }
+    moduleBody(in, module);
+    return module;
+}
+
+Statement::Node createDatabase(Parser& in) {
+    CreateDatabase node{in.expectName()};
+    for (const auto word : {"ON", "COLLATE", "LOG", "CONTAINMENT", "FOR", "WITH (", "AS"})
+        in.refuse(word, "options of CREATE DATABASE");
+    return node;
+}
+
+Statement::Node alterDatabase(Parser& in) {
+    AlterDatabase node{in.accept("CURRENT") ? "" : in.expectName(), {}};
+    if (in.accept("MODIFY NAME =")) {
+        node.newName = in.expectName();
+        return node;
+    }
+    if (!in.accept("SET")) unsupportedObject(in, "ALTER DATABASE ...");
+    do  // what a database has here anyway
+        if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
+                           "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM"}))
+            unsupportedObject(in, "ALTER DATABASE ... SET");
+    while (in.accept(","));
+    in.acceptAny({"WITH ROLLBACK IMMEDIATE", "WITH NO_WAIT"});
+    return node;
+}
+
+// The index is made anew, which changes no rows.
+Statement::Node alterIndex(Parser& in) {
+    AlterIndex node{in.accept("ALL") ? "" : in.expectName(), {}};
+    in.expect("ON");
+    node.table = in.objectName();
+    if (!in.acceptAny({"REBUILD", "REORGANIZE"})) unsupportedObject(in, "ALTER INDEX ...");
+    in.accept("PARTITION = ALL");
+    indexStorage(in);
+    return node;
+}
+
+// A module must stand first, and on the batch's own level.
+Statement::Node createOrAlter(Parser& in, bool create) {
+    const bool first = in.atBatchBegin();
+    CreateModule module;
+    module.create = create;
+    module.alter = !create || in.accept("OR ALTER");
+    if (atModule(in)) {
+        if (first) return createModule(in, std::move(module));
+        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
+        throw SyntaxError(sqlError(111, {procedure ? "CREATE/ALTER PROCEDURE"
+                                                   : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
+                          in.peek().line);
+    }
+    if (!create && in.accept("TABLE")) return alterTable(in);
+    if (!create && in.accept("DATABASE")) return alterDatabase(in);
+    if (!create && in.accept("INDEX")) return alterIndex(in);
+    const bool orAlter = create && module.alter;
+    if (!create || orAlter) unsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
+    if (in.accept("TABLE")) return createTable(in);
+    if (in.accept("DATABASE")) return createDatabase(in);
+    const bool unique = in.accept("UNIQUE");
+    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
+    if (in.accept("INDEX")) return createIndex(in, unique);
+    unsupportedObject(in, "CREATE");
+}
+
+// i ON t, or t.i
+ObjectName indexName(Parser& in) {
+    ObjectName name = in.objectName();
+    name.database.clear();  // it was the table's schema
+    if (!in.accept("ON")) return name;
+    const ObjectName table = in.objectName();
+    indexStorage(in);
+    return {table.database, table.name, name.name, name.line};
+}
+
+}  // namespace
+
+std::vector<const Constraint*> allConstraints(const CreateTable& create) {
+    std::vector<const Constraint*> all;
+    for (const auto& column : create.columns)
+        for (const auto& constraint : column.constraints) all.push_back(&constraint);
+    for (const auto& constraint : create.constraints) all.push_back(&constraint);
+    return all;
+}
+
+Statement::Node parseRows(Parser& in) {
+    auto with = in.commonTables();
+    const auto change = [&](auto node) -> Statement::Node {
+        node.with = std::move(with);
+        return node;
+    };
+    if (in.accept("INSERT")) return change(insert(in));
+    if (in.accept("UPDATE")) return change(update(in));
+    if (in.accept("DELETE")) return change(remove(in));
+    if (!in.atQuery()) in.syntaxError();
+    SelectStatement statement;
+    in.m_into = &statement.into;
+    statement.query = in.queryBehind(std::move(with));
+    return statement;
+}
+
+Statement::Node parseCreate(Parser& in) {
+    return createOrAlter(in, true);
+}
+
+Statement::Node parseAlter(Parser& in) {
+    return createOrAlter(in, false);
+}
+
+Statement::Node parseDrop(Parser& in) {
+    constexpr std::pair<std::string_view, ObjectKind> kKinds[] = {
+        {"TABLE", ObjectKind::Table},    {"PROCEDURE", ObjectKind::Procedure},
+        {"PROC", ObjectKind::Procedure}, {"FUNCTION", ObjectKind::Function},
+        {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
+        {"VIEW", ObjectKind::View},
+    };
+    const ObjectKind* kind = in.acceptOneOf(kKinds);
+    if (!kind) unsupportedObject(in, "DROP");
+    Drop node{*kind, {}, in.accept("IF EXISTS")};
+    node.names = in.list([&] { return *kind == ObjectKind::Index ? indexName(in) : definedName(in); });
+    return node;
+}
+
+bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
+    constexpr std::pair<std::string_view, ConstraintKind> kKinds[] = {
+        {"PRIMARY KEY", ConstraintKind::PrimaryKey},
+        {"UNIQUE", ConstraintKind::Unique},
+        {"CHECK", ConstraintKind::Check},
+        {"DEFAULT", ConstraintKind::Default},
+        {"FOREIGN KEY", ConstraintKind::ForeignKey}};
+    const bool named = accept("CONSTRAINT");
+    if (named) constraint.name = expectName();
+    const std::size_t begin = position();
+    const ConstraintKind* kind = acceptOneOf(kKinds);
+    if (!kind && !at("REFERENCES")) {
+        if (named) syntaxError();
+        return false;
+    }
+    constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
+    if (constraint.kind == ConstraintKind::Check || constraint.kind == ConstraintKind::Default) {
+        checkOrDefault(*this, constraint, ofTable);
+    } else if (constraint.kind == ConstraintKind::ForeignKey) {
+        if (kind && at("(")) constraint.columns = columnNames();
+        references(*this, constraint);
+    } else {
+        keyColumns(*this, constraint, ofTable);
+    }
+    constraint.source = textSince(begin);
+    return true;
+}
+
+CreateTable Parser::tableVariable(const Token& name) {
+    expect("TABLE");
+    CreateTable table = tableElements(*this, {{}, {}, std::string(name.raw), name.line});
+    for (const auto* constraint : allConstraints(table))
+        if (constraint->kind == ConstraintKind::ForeignKey) unsupported("a foreign key of a table variable");
+    return table;
+}
+
+}  // namespace tsql

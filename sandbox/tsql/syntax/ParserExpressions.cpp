@@ -1,0 +1,357 @@
+// Expressions and conditions.
+#include <utility>
+
+#include "messages/Messages.h"
+#include "syntax/Parser.h"
+#include "types/Finally.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+// How tightly operators bind, from the loosest.
+enum Level { kOr, kAnd, kNot, kPredicate, kAdditive, kMultiplicative, kOperand };
+enum class Predicate { IsNull, IsNotNull, In, Like, Between };
+
+// AND and OR are told by their level.
+struct Operator {
+    std::string_view phrase;
+    Level level;
+    std::variant<std::monostate, Predicate, CompareOp, BinaryOp> meaning;
+};
+constexpr Operator kOperators[] = {
+    {"OR", kOr, {}},
+    {"AND", kAnd, {}},
+    {"IS NULL", kPredicate, Predicate::IsNull},
+    {"IS NOT NULL", kPredicate, Predicate::IsNotNull},
+    {"IN", kPredicate, Predicate::In},
+    {"LIKE", kPredicate, Predicate::Like},
+    {"BETWEEN", kPredicate, Predicate::Between},
+    {"=", kPredicate, CompareOp::Equal},
+    {"<>", kPredicate, CompareOp::NotEqual},
+    {"!=", kPredicate, CompareOp::NotEqual},
+    {"<", kPredicate, CompareOp::Less},
+    {"<=", kPredicate, CompareOp::LessOrEqual},
+    {"!>", kPredicate, CompareOp::LessOrEqual},
+    {">", kPredicate, CompareOp::Greater},
+    {">=", kPredicate, CompareOp::GreaterOrEqual},
+    {"!<", kPredicate, CompareOp::GreaterOrEqual},
+    {"+", kAdditive, BinaryOp::Add},
+    {"-", kAdditive, BinaryOp::Subtract},
+    {"&", kAdditive, BinaryOp::BitAnd},
+    {"|", kAdditive, BinaryOp::BitOr},
+    {"^", kAdditive, BinaryOp::BitXor},
+    {"*", kMultiplicative, BinaryOp::Multiply},
+    {"/", kMultiplicative, BinaryOp::Divide},
+    {"%", kMultiplicative, BinaryOp::Modulo},
+};
+
+// Functions that are written without parentheses, and functions whose names are reserved words.
+constexpr std::string_view kNiladic[] = {"CURRENT_TIMESTAMP", "CURRENT_USER", "SYSTEM_USER", "SESSION_USER",
+                                         "USER"};
+constexpr std::string_view kReservedFunctions[] = {"COALESCE", "NULLIF", "LEFT", "RIGHT"};
+
+ExprPtr make(int line, Expr::Node node) {
+    return std::make_unique<Expr>(Expr{line, std::move(node)});
+}
+
+bool contains(std::span<const std::string_view> words, std::string_view word) {
+    return std::any_of(words.begin(), words.end(), [&](auto each) { return sameWord(each, word); });
+}
+
+ExprPtr asValue(const Parser& in, ExprPtr expr) {
+    if (expr->isCondition()) in.syntaxError();
+    return expr;
+}
+
+ExprPtr asCondition(const Parser& in, ExprPtr expr) {
+    if (expr->isCondition()) return expr;
+    constexpr std::string_view kText =
+        "An expression of non-boolean type specified in a context where a condition is expected, near '";
+    throw SyntaxError(4145, std::string(kText) + in.near() + "'.", in.faulty().line);
+}
+
+Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
+    const auto operand = [&in] { return asValue(in, in.operators(kAdditive)); };
+    if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{std::move(left)};
+    if (kind == Predicate::In)
+        return in.parenthesized([&]() -> Expr::Node {
+            if (in.atQuery()) return InQuery{std::move(left), in.subquery()};
+            return InList{std::move(left), in.expressions()};
+        });
+    ExprPtr first = operand();
+    if (kind == Predicate::Like)
+        return Like{std::move(left), std::move(first),
+                    in.accept("ESCAPE") ? asValue(in, in.primary()) : nullptr};
+    in.expect("AND");
+    return Between{std::move(left), std::move(first), operand()};
+}
+
+// What the operator, taken already, makes of its left side and what follows.
+Expr::Node operation(Parser& in, const Operator& taken, ExprPtr left) {
+    if (const auto* kind = std::get_if<Predicate>(&taken.meaning))
+        return predicate(in, *kind, std::move(left));
+    if (in.at("ALL") || in.at("ANY") || in.at("SOME")) in.unsupported("a comparison with ALL, ANY or SOME");
+    ExprPtr right = in.operators(taken.level + 1);
+    if (taken.level <= kAnd)
+        return Logic{taken.level == kAnd, std::move(left), asCondition(in, std::move(right))};
+    right = asValue(in, std::move(right));
+    if (const auto* compare = std::get_if<CompareOp>(&taken.meaning))
+        return Compare{*compare, std::move(left), std::move(right)};
+    return Binary{std::get<BinaryOp>(taken.meaning), std::move(left), std::move(right)};
+}
+
+ExprPtr literal(const Token& token) {
+    const auto constant = [&token]() -> TypedValue {
+        if (token.kind == TokenKind::Number) return numericLiteral(token.raw);
+        if (token.kind == TokenKind::Binary) return binaryLiteral(token.raw.substr(2));
+        if (token.kind == TokenKind::Word) return {};
+        return textLiteral(unquoted(token), token.kind == TokenKind::NationalText);
+    };
+    try {
+        return make(token.line, Literal{constant()});
+    } catch (const SqlError& error) {
+        throw SyntaxError(error, token.line);
+    }
+}
+
+// (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)'): the text of the XML.
+ExprPtr xmlValue(Parser& in, QueryPtr query) {
+    constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
+    const int line = in.peek().line;
+    if (!query->xml || !query->xml->typed) in.syntaxError();
+    in.take();
+    in.take();
+    in.expect("(");
+    const std::string path = in.expectString();
+    const bool whole = contains(kWhole, path);
+    if (!whole && !contains(kText, path)) in.unsupported("the path '" + path + "' in .value()");
+    in.expect(",");
+    Cast cast;
+    cast.type = Parser(in.expectString(), true).type(TypeUse::Cast);
+    in.expect(")");
+    Call call{{"", "", "xml.value", line}, {}};
+    call.arguments.push_back(make(line, ScalarQuery{std::move(query)}));
+    call.arguments.push_back(make(line, Literal{numericLiteral(whole ? "1" : "0")}));
+    cast.operand = make(line, std::move(call));
+    return make(line, std::move(cast));
+}
+
+ExprPtr inParentheses(Parser& in) {
+    const int line = in.take().line;
+    const bool isQuery = in.at("SELECT") || in.at("WITH");
+    QueryPtr query = isQuery ? in.subquery() : nullptr;
+    ExprPtr inner = isQuery ? nullptr : in.expressionOrCondition();
+    in.expect(")");
+    if (!isQuery) return inner;
+    if (in.at(". VALUE")) return xmlValue(in, std::move(query));
+    return make(line, ScalarQuery{std::move(query)});
+}
+
+ExprPtr caseOf(Parser& in) {
+    const int line = in.take().line;
+    Case node;
+    if (!in.at("WHEN")) node.input = in.expression();
+    while (in.accept("WHEN")) {
+        ExprPtr when = node.input ? in.expression() : in.condition();
+        in.expect("THEN");
+        node.branches.emplace_back(std::move(when), in.expression());
+    }
+    if (node.branches.empty()) in.syntaxError();
+    if (in.accept("ELSE")) node.otherwise = in.expression();
+    in.expect("END");
+    return make(line, std::move(node));
+}
+
+// IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
+ExprPtr iif(Parser& in) {
+    const int line = in.take().line;
+    Case node;
+    in.expect("(");
+    auto& [when, then] = node.branches.emplace_back(in.condition(), nullptr);
+    in.sequence(&Parser::expression, ",", then, ",", node.otherwise, ")");
+    return make(line, std::move(node));
+}
+
+// CAST(value AS type), CONVERT(type, value [, style]); either with TRY_.
+ExprPtr conversion(Parser& in) {
+    const bool convert = in.at("CONVERT") || in.at("TRY_CONVERT");
+    const Token& word = in.take();
+    Cast node;
+    node.kind = toUpper(word.raw).starts_with("TRY_") ? Conversion::Try : Conversion::Cast;
+    in.expect("(");
+    if (convert) {
+        node.type = in.type(TypeUse::Cast);
+        in.expect(",");
+    }
+    node.operand = in.expression();
+    if (!convert) in.expect("AS");
+    if (!convert) node.type = in.type(TypeUse::Cast);
+    if (convert && in.accept(",")) node.style = in.expression();
+    in.expect(")");
+    return make(word.line, std::move(node));
+}
+
+// ROWS or RANGE, as SQLite reads it, too.
+std::string frame(Parser& in, bool ordered) {
+    const bool range = in.at("RANGE");
+    if (!range && !in.at("ROWS")) return {};
+    if (!ordered) throw SyntaxError(sqlError(10756), in.peek().line);
+    std::string text = toUpper(in.take().raw);
+    const bool between = in.accept("BETWEEN");
+    if (between) text += " BETWEEN";
+    for (int bound = 0; bound <= between; ++bound) {
+        if (bound > 0) in.expect("AND");
+        if (bound > 0) text += " AND";
+        if (in.peek().kind == TokenKind::Number && range) throw SyntaxError(sqlError(4194), in.peek().line);
+        if (in.accept("CURRENT ROW")) {
+            text += " CURRENT ROW";
+            continue;
+        }
+        text += in.accept("UNBOUNDED") ? " UNBOUNDED" : " " + std::to_string(in.expectInteger());
+        if (!in.at("PRECEDING") && !in.at("FOLLOWING")) in.syntaxError();
+        text += " " + toUpper(in.take().raw);
+    }
+    return text;
+}
+
+Window window(Parser& in) {
+    Window window;
+    if (in.accept("PARTITION BY")) window.partition = in.expressions();
+    if (in.at("ORDER")) window.order = in.orderBy();
+    window.frame = frame(in, !window.order.empty());
+    return window;
+}
+
+// Only built-in functions, which have no schema, are aggregates or stand over a window.
+ExprPtr call(Parser& in, ObjectName name) {
+    const bool builtIn = name.schema.empty();
+    const int line = name.line;
+    const bool differs = builtIn && (sameWord(name.name, "RAND") || sameWord(name.name, "NEWID"));
+    if (differs && in.m_module && in.m_module->function)
+        throw SyntaxError(sqlError(443, {lowerAscii(name.name)}, 1), line);
+    Call call{std::move(name), {}};
+    call.star = builtIn && in.accept("( * )");
+    call.distinct = builtIn && in.at("( DISTINCT");
+    if (!call.star) call.arguments = in.argumentsOf(call.name);
+    if (builtIn && in.accept("WITHIN GROUP")) call.within = in.parenthesized([&] { return in.orderBy(); });
+    if (builtIn && in.accept("OVER"))
+        call.over = std::make_unique<Window>(in.parenthesized([&] { return window(in); }));
+    return make(line, std::move(call));
+}
+
+// A column, or a function's call.
+ExprPtr named(Parser& in) {
+    const Token& first = in.peek();
+    const bool niladic = first.kind == TokenKind::Word && contains(kNiladic, first.raw);
+    if (niladic ||
+        (first.kind == TokenKind::Word && contains(kReservedFunctions, first.raw) && in.at("(", 1))) {
+        ObjectName name{"", "", std::string(in.take().raw), first.line};
+        return niladic ? make(first.line, Call{std::move(name), {}}) : call(in, std::move(name));
+    }
+    ColumnRef column;
+    column.path.push_back(in.expectName());
+    while (in.accept(".")) column.path.push_back(in.at(".") ? std::string() : in.expectName());
+    if (column.path.size() > (in.at("(") ? 3U : 4U)) in.syntaxError();
+    if (!in.at("(")) return make(first.line, std::move(column));
+    column.path.insert(column.path.begin(), 3 - column.path.size(), std::string());
+    return call(in, {column.path[0], column.path[1], column.path[2], first.line});
+}
+
+}  // namespace
+
+ExprPtr Parser::expression() {
+    return asValue(*this, expressionOrCondition());
+}
+
+ExprPtr Parser::scalar(ExprPtr (Parser::*read)()) {
+    const Finally again([this, before = std::exchange(m_scalarOnly, true)] { m_scalarOnly = before; });
+    return (this->*read)();
+}
+
+ExprPtr Parser::condition() {
+    return asCondition(*this, expressionOrCondition());
+}
+
+ExprPtr Parser::expressionOrCondition() {
+    const Nesting nesting(*this);
+    return operators(kOr);
+}
+
+std::vector<ExprPtr> Parser::expressions() {
+    return list([this] { return expression(); });
+}
+
+// A built-in function takes DISTINCT or ALL, a null pointer stands for the DEFAULT that one of a schema
+// takes.
+std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
+    const bool builtIn = function.schema.empty();
+    expect("(");
+    if (builtIn) acceptAny({"DISTINCT", "ALL"});
+    const auto argument = [&] { return !builtIn && accept("DEFAULT") ? ExprPtr() : expression(); };
+    auto arguments = at(")") ? std::vector<ExprPtr>() : list(argument);
+    expect(")");
+    return arguments;
+}
+
+// Operators that bind at least as tightly as the loosest one, and their operands.
+ExprPtr Parser::operators(int loosest) {
+    ExprPtr left;
+    if (loosest <= kNot && at("NOT")) {
+        const Nesting nesting(*this);
+        const int line = take().line;
+        left = make(line, Not{asCondition(*this, operators(kNot))});
+    } else {
+        left = unary();
+    }
+    Level level = kOperand;
+    for (int chain = 0;; checkChain(++chain)) {
+        const bool negated = at("NOT IN") || at("NOT LIKE") || at("NOT BETWEEN");
+        const auto* next = std::find_if(std::begin(kOperators), std::end(kOperators),
+                                        [&](const auto& each) { return at(each.phrase, negated); });
+        if (next == std::end(kOperators) || next->level < loosest) return left;
+        if (next->level != std::exchange(level, next->level)) chain = 0;
+        const int line = peek().line;
+        left = next->level <= kAnd ? asCondition(*this, std::move(left)) : asValue(*this, std::move(left));
+        accept("NOT");
+        accept(next->phrase);
+        left = make(line, operation(*this, *next, std::move(left)));
+        const auto* kind = std::get_if<Predicate>(&next->meaning);
+        if (negated || (kind && *kind == Predicate::IsNotNull)) left = make(line, Not{std::move(left)});
+    }
+}
+
+ExprPtr Parser::unary() {
+    const int line = peek().line;
+    if (at("-") || at("~") || at("+")) {
+        const Nesting nesting(*this);
+        const std::string_view sign = take().raw;
+        ExprPtr operand = asValue(*this, unary());
+        return sign == "+" ? std::move(operand) : make(line, Unary{sign == "~", std::move(operand)});
+    }
+    ExprPtr operand = primary();
+    while (at("COLLATE")) {
+        operand = asValue(*this, std::move(operand));
+        collation();
+    }
+    return operand;
+}
+
+ExprPtr Parser::primary() {
+    const Token& token = peek();
+    if (isString(token) || token.kind == TokenKind::Number || token.kind == TokenKind::Binary || at("NULL"))
+        return literal(take());
+    if (token.kind == TokenKind::Variable) return make(token.line, VariableRef{expectVariable(2)});
+    if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(take().raw)});
+    if (at("(")) return inParentheses(*this);
+    if (at("CASE")) return caseOf(*this);
+    if (at("CAST (") || at("TRY_CAST (") || at("CONVERT") || at("TRY_CONVERT")) return conversion(*this);
+    if (at("IIF (")) return iif(*this);
+    if (accept("EXISTS")) return make(token.line, Exists{parenthesized([this] { return subquery(); })});
+    return named(*this);
+}
+
+}  // namespace tsql

@@ -1,0 +1,335 @@
+// SELECT and what it is made of.
+#include "messages/Messages.h"
+#include "syntax/Parser.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr std::pair<std::string_view, SetOp> kSetOperations[] = {
+    {"UNION ALL", SetOp::UnionAll},
+    {"UNION", SetOp::Union},
+    {"EXCEPT", SetOp::Except},
+    {"INTERSECT", SetOp::Intersect},
+};
+constexpr std::pair<std::string_view, JoinKind> kJoins[] = {
+    {"CROSS", JoinKind::Cross},     {"INNER", JoinKind::Inner},       {"LEFT OUTER", JoinKind::Left},
+    {"LEFT", JoinKind::Left},       {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},
+    {"FULL OUTER", JoinKind::Full}, {"FULL", JoinKind::Full},
+};
+constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
+    {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
+    {"/=", BinaryOp::Divide}, {"%=", BinaryOp::Modulo},   {"&=", BinaryOp::BitAnd},
+    {"|=", BinaryOp::BitOr},  {"^=", BinaryOp::BitXor},
+};
+
+QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
+    auto query = std::make_unique<Query>();
+    query->line = line;
+    query->body = std::move(body);
+    return query;
+}
+
+Select select(Parser& in) {
+    in.expect("SELECT");
+    auto* const into = std::exchange(in.m_into, nullptr);
+    Select select;
+    select.distinct = in.accept("DISTINCT");
+    if (!select.distinct) in.accept("ALL");
+    select.top = in.top(true);
+    select.items = in.list([&] { return in.selectItem(); });
+    if (into && in.accept("INTO")) *into = in.objectName();
+    if (in.accept("FROM")) select.from = in.from();
+    if (in.accept("WHERE")) select.where = in.condition();
+    if (in.accept("GROUP BY")) {
+        select.groupBy = in.expressions();
+        in.refuse("WITH", "GROUP BY ... WITH CUBE or ROLLUP");
+    }
+    if (in.accept("HAVING")) select.having = in.condition();
+    return select;
+}
+
+QueryPtr queryTerm(Parser& in) {
+    const int line = in.peek().line;
+    if (!in.at("(")) return queryOf(line, select(in));
+    return in.parenthesized([&] { return in.query(); });
+}
+
+// INTERSECT binds more tightly than the others.
+QueryPtr setOperations(Parser& in, bool intersect) {
+    const auto operand = [&] { return intersect ? queryTerm(in) : setOperations(in, true); };
+    QueryPtr left = operand();
+    for (int chain = 0; in.at("INTERSECT") == intersect; in.checkChain(++chain)) {
+        const int line = in.peek().line;
+        const SetOp* op = in.acceptOneOf(kSetOperations);
+        if (!op) break;
+        left = queryOf(line, SetOperation{*op, std::move(left), operand()});
+    }
+    return left;
+}
+
+// FOR XML RAW | PATH [('row')] [, ELEMENTS] [, ROOT [('root')]] [, TYPE]
+std::optional<ForXml> forXml(Parser& in) {
+    in.refuse("FOR JSON", "SELECT ... FOR JSON");
+    in.refuse("FOR BROWSE", "SELECT ... FOR BROWSE");
+    if (!in.accept("FOR XML")) return std::nullopt;
+    const auto name = [&](std::string& into) {
+        if (in.at("(")) into = in.parenthesized([&] { return in.expectString(); });
+    };
+    ForXml xml;
+    if (in.at("AUTO") || in.at("EXPLICIT")) in.unsupported("FOR XML AUTO and EXPLICIT");
+    xml.path = xml.elements = in.accept("PATH");
+    if (!xml.path) in.expect("RAW");
+    name(xml.row);
+    while (in.accept(",")) {
+        in.refuse("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
+        if (in.accept("ROOT"))
+            name(xml.root = "root");
+        else if (in.accept("TYPE"))
+            xml.typed = true;
+        else if (in.accept("ELEMENTS"))
+            xml.elements = true;
+        else
+            in.unsupported("the option " + toUpper(in.near()) + " of FOR XML");
+    }
+    return xml;
+}
+
+void offset(Parser& in, Query& query) {
+    const auto rows = [&] {
+        if (!in.acceptAny({"ROWS", "ROW"})) in.syntaxError();
+    };
+    if (query.orderBy.empty() || !in.accept("OFFSET")) return;
+    query.offset = in.expression();
+    rows();
+    if (!in.accept("FETCH")) return;
+    if (!in.acceptAny({"NEXT", "FIRST"})) in.syntaxError();
+    query.fetch = in.expression();
+    rows();
+    in.expect("ONLY");
+}
+
+// An alias may be a text; without AS it must not be a word that begins something else.
+std::string alias(Parser& in) {
+    const bool as = in.accept("AS");
+    if (in.atName()) return in.expectName();
+    return as || in.isString(in.peek()) ? in.expectString() : std::string();
+}
+
+// VALUES (...), (...): a SELECT each, under names that the alias gives.
+QueryPtr rowValues(Parser& in) {
+    QueryPtr rows;
+    std::size_t width = 0;
+    in.expect("VALUES");
+    for (int chain = 0; chain == 0 || in.accept(","); in.checkChain(++chain)) {
+        const int line = in.peek().line;
+        Select select;
+        for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
+            select.items.push_back({std::move(cell), {}, {}, {}, {}});
+        if (rows && select.items.size() != width) throw SyntaxError(sqlError(10709), line);
+        width = select.items.size();
+        QueryPtr row = queryOf(line, std::move(select));
+        rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
+                    : std::move(row);
+    }
+    return rows;
+}
+
+TableRefPtr joins(Parser& in);
+
+TableRefPtr tableRef(Parser& in) {
+    const bool values = in.at("( VALUES");
+    if (in.at("(") && !values && !in.atQuery()) return in.parenthesized([&] { return joins(in); });
+    auto table = std::make_unique<TableRef>();
+    table->line = in.peek().line;
+    if (in.at("(")) {
+        DerivedTable derived{in.parenthesized([&] { return values ? rowValues(in) : in.subquery(); }), {}};
+        table->alias = alias(in);
+        if (table->alias.empty()) in.syntaxError();
+        if (in.at("(")) derived.columns = in.columnNames();
+        table->node = std::move(derived);
+        return table;
+    }
+    NamedTable named{in.tableName()};
+    if (in.at("(") && !in.at("( NOLOCK")) named.arguments = in.argumentsOf(named.name);
+    table->node = std::move(named);
+    in.tableHints();
+    table->alias = alias(in);
+    in.tableHints();
+    return table;
+}
+
+// The kind of the join that comes next, if any; an algorithm that is asked for changes no result.
+std::optional<JoinKind> acceptJoin(Parser& in) {
+    if (in.accept("JOIN")) return JoinKind::Inner;
+    if (in.at("CROSS APPLY") || in.at("OUTER APPLY")) in.unsupported("APPLY");
+    const JoinKind* kind = in.acceptOneOf(kJoins);
+    if (!kind) return std::nullopt;
+    if (*kind != JoinKind::Cross) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});
+    in.expect("JOIN");
+    return *kind;
+}
+
+TableRefPtr joins(Parser& in) {
+    const Parser::Nesting nesting(in);
+    TableRefPtr left = tableRef(in);
+    for (int chain = 0;; in.checkChain(++chain)) {
+        const auto kind = acceptJoin(in);
+        if (!kind) return left;
+        const int line = in.peek().line;
+        Join join{*kind, std::move(left), tableRef(in), nullptr};
+        if (join.kind != JoinKind::Cross) {
+            in.expect("ON");
+            join.on = in.condition();
+        }
+        left = std::make_unique<TableRef>(TableRef{std::move(join), {}, line});
+    }
+}
+
+// t.*, whose qualifier it takes with the star; false where something else stands.
+bool acceptStar(Parser& in, SelectItem& item) {
+    std::size_t ahead = 0;
+    while (in.atName(ahead) && in.at(".", ahead + 1)) ahead += 2;
+    if (!in.at("*", ahead)) return false;
+    for (; !in.at("*"); in.accept(".")) item.starOf.push_back(in.expectName());
+    return in.accept("*");
+}
+
+bool atAssignment(const Parser& in) {
+    return in.atVariable() &&
+           (in.at("=", 1) || std::any_of(std::begin(kAssignments), std::end(kAssignments),
+                                         [&](const auto& each) { return in.at(each.first, 1); }));
+}
+
+}  // namespace
+
+bool Parser::atQuery() const {
+    std::size_t ahead = 0;
+    while (at("(", ahead)) ++ahead;
+    return at("SELECT", ahead) || (ahead == 0 && at("WITH"));
+}
+
+QueryPtr Parser::query() {
+    return queryBehind(commonTables());
+}
+
+QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
+    const Nesting nesting(*this);
+    const int line = peek().line;
+    QueryPtr query = setOperations(*this, false);
+    query->line = line;
+    const bool whole = !query->orderBy.empty() || query->xml;  // as a query in parentheses may be
+    if (whole && (at("ORDER") || at("FOR XML"))) syntaxError();
+    query->with.insert(query->with.begin(), std::move_iterator(with.begin()), std::move_iterator(with.end()));
+    if (at("ORDER")) query->orderBy = orderBy();
+    offset(*this, *query);
+    if (auto xml = forXml(*this)) query->xml = std::move(xml);
+    refuse("COMPUTE", "COMPUTE");
+    if (const auto most = options()) query->maxRecursion = most;
+    return query;
+}
+
+// A query inside of something else, where an order has no meaning by itself.
+QueryPtr Parser::subquery() {
+    if (m_scalarOnly) throw SyntaxError(sqlError(1046), peek().line);
+    QueryPtr query = this->query();
+    const auto* select = std::get_if<Select>(&query->body);
+    if (!query->orderBy.empty() && !(select && select->top) && !query->offset && !query->xml)
+        throw SyntaxError(sqlError(1033), query->orderBy.front().value->line);
+    return query;
+}
+
+std::vector<CommonTable> Parser::commonTables() {
+    if (!accept("WITH")) return {};
+    std::set<std::string> names;
+    return list([this, &names] {
+        CommonTable table;
+        table.name = expectName();
+        if (!names.insert(toLower(table.name)).second)
+            throw SyntaxError(sqlError(239, {table.name}), peek().line);
+        if (at("(")) table.columns = columnNames();
+        expect("AS");
+        table.query = parenthesized([this] { return subquery(); });
+        return table;
+    });
+}
+
+ExprPtr Parser::top(bool mayBeBare) {
+    if (!accept("TOP")) return nullptr;
+    if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) syntaxError();
+    ExprPtr count = primary();
+    refuse("PERCENT", "TOP ... PERCENT");
+    refuse("WITH TIES", "TOP ... WITH TIES");
+    return count;
+}
+
+SelectItem Parser::selectItem() {
+    SelectItem item;
+    if (acceptStar(*this, item)) return item;
+    if (atAssignment(*this)) {
+        item.variable = expectVariable();
+        item.assignment = assignmentOperator();
+    } else if ((atName() || isString(peek())) && at("=", 1)) {
+        item.alias = alias(*this);
+        take();
+    }
+    item.value = expression();
+    if (item.alias.empty() && item.variable.empty()) item.alias = alias(*this);
+    return item;
+}
+
+std::optional<BinaryOp> Parser::assignmentOperator() {
+    if (const BinaryOp* op = acceptOneOf(kAssignments)) return *op;
+    expect("=");
+    return std::nullopt;
+}
+
+// The name of a table, or of a variable that is one.
+ObjectName Parser::tableName() {
+    if (!atVariable()) return objectName();
+    const Token& name = take();
+    if (!m_declaredTables.contains(name.raw)) throw SyntaxError(sqlError(1087, {name.raw}), name.line);
+    return {{}, {}, std::string(name.raw), name.line};
+}
+
+// Hints say how to lock and which index to take; the rows are the same.
+void Parser::tableHints() {
+    if (!at("WITH (") && !at("( NOLOCK")) return;
+    accept("WITH");
+    skipParenthesized();
+}
+
+std::vector<TableRefPtr> Parser::from() {
+    return list([this] { return joins(*this); });
+}
+
+std::vector<OrderItem> Parser::orderBy() {
+    expect("ORDER");
+    expect("BY");
+    return list([this] {
+        OrderItem item{expression(), accept("DESC")};
+        if (!item.descending) accept("ASC");
+        return item;
+    });
+}
+
+// Hints to the optimizer change no result; MAXRECURSION does.
+std::optional<std::int64_t> Parser::options() {
+    std::optional<std::int64_t> most;
+    if (!accept("OPTION")) return most;
+    expect("(");
+    while (!accept(")")) {
+        if (accept("MAXRECURSION"))
+            most = expectInteger();
+        else if (at("("))
+            skipParenthesized();
+        else if (take().kind == TokenKind::End)
+            syntaxError();
+    }
+    return most;
+}
+
+}  // namespace tsql

@@ -1,0 +1,540 @@
+// Control of flow, variables, settings, calls, cursors, transactions, backup.
+#include "messages/Messages.h"
+#include "syntax/Parser.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+// Constructs that begin with a reserved word of their own and that are not there.
+constexpr std::string_view kUnsupported[] = {
+    "MERGE",    "GOTO",   "DBCC",       "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",
+    "SHUTDOWN", "REVERT", "CHECKPOINT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
+};
+
+// The values that settings may have, # for any number and * for anything, and the settings. Most of those
+// that may be ON and OFF make a difference to speed, to locks or to warnings alone, and have no effect.
+constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
+    {"ON OFF",
+     "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS "
+     "ARITHABORT ARITHIGNORE "
+     "CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE REMOTE_PROC_TRANSACTIONS"},
+    {"ON", "ANSI_NULLS ANSI_NULL_DFLT_ON ANSI_PADDING ANSI_WARNINGS CONCAT_NULL_YIELDS_NULL"},
+    {"OFF",
+     "ANSI_NULL_DFLT_OFF NOEXEC NUMERIC_ROUNDABORT PARSEONLY SHOWPLAN_ALL "
+     "SHOWPLAN_TEXT "
+     "SHOWPLAN_XML"},
+    {"#", "LOCK_TIMEOUT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
+    {"*", "DEADLOCK_PRIORITY"},
+    {"0", "ROWCOUNT"},
+    {"7", "DATEFIRST"},
+    {"MDY", "DATEFORMAT"},
+    {"US_ENGLISH ENGLISH", "LANGUAGE"},
+    {"", "ANSI_DEFAULTS CONTEXT_INFO OFFSETS"},  // none
+};
+
+bool hasWord(std::string_view words, const std::string& word) {
+    return (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
+}
+
+void checkSetting(const std::string& name, const std::string& value, int line) {
+    const auto* setting = std::find_if(std::begin(kSettings), std::end(kSettings),
+                                       [&](const auto& each) { return hasWord(each.second, name); });
+    if (setting == std::end(kSettings)) throw SyntaxError(sqlError(195, {name}), line);
+    const bool isNumber = value.find_first_not_of("-0123456789") == std::string::npos;
+    if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
+        throw SyntaxError(unsupported("SET " + name + " " + value), line);
+}
+
+Statement::Node setOption(Parser& in) {
+    if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // rows are locked, or kept as they were, at any of them
+        if (!in.acceptAny(
+                {"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"}))
+            in.syntaxError();
+        return SetOption{};
+    }
+    const auto word = [&] {
+        if (in.peek().kind != TokenKind::Word) in.syntaxError();
+        return toUpper(in.take().raw);
+    };
+    const int line = in.peek().line;
+    SetOption option;
+    option.names = in.list(word);
+    const std::string& first = option.names.front();
+    if (first == "STATISTICS") in.list(word);
+    if (first == "IDENTITY_INSERT") option.table = in.objectName();
+    const bool isNumber = in.at("-") || in.peek().kind == TokenKind::Number;
+    if (isNumber) option.number = in.expectInteger();
+    const std::string value = isNumber                 ? std::to_string(*option.number)
+                              : in.isString(in.peek()) ? toUpper(in.expectString())
+                                                       : word();
+    option.on = value == "ON";
+    for (const auto& name : option.names) {
+        checkSetting(name, value, line);
+        // What follows is read with the new meaning of "x".
+        if (name == "QUOTED_IDENTIFIER") in.m_quotedIdentifiers = option.on;
+    }
+    return option;
+}
+
+Statement::Node set(Parser& in) {
+    if (!in.atVariable()) return setOption(in);
+    Assign assign;
+    assign.name = in.expectVariable();
+    assign.op = in.assignmentOperator();
+    in.refuse("CURSOR", "cursor variables");
+    assign.value = in.expression();
+    return assign;
+}
+
+// ---- cursors
+
+// Rows are read when the cursor is opened: what would follow later changes is refused.
+Statement::Node declareCursor(Parser& in) {
+    DeclareCursor node{in.expectName(), nullptr};
+    bool isCursor = false, forward = false, nothing = false;
+    const std::pair<std::string_view, bool*> kOptions[] = {
+        {"INSENSITIVE", &node.counted}, {"SCROLL", &node.scroll}, {"LOCAL", &node.local},
+        {"STATIC", &node.counted},      {"GLOBAL", &nothing},     {"FORWARD_ONLY", &forward},
+        {"FAST_FORWARD", &forward},     {"READ_ONLY", &nothing},  {"TYPE_WARNING", &nothing},
+        {"CURSOR", &isCursor}};
+    while (!in.accept("FOR")) {
+        for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
+            in.refuse(word, std::string(word) + " cursors");
+        bool* const* option = in.acceptOneOf(kOptions);
+        if (!option) in.syntaxError();
+        **option = true;
+    }
+    if (!isCursor) in.syntaxError();
+    if (forward && node.scroll) throw SyntaxError(sqlError(1048, {"FORWARD_ONLY", "SCROLL"}), in.peek().line);
+    node.counted = node.counted || node.scroll;
+    node.scroll = node.counted && !forward;
+    node.query = in.query();
+    in.refuse("FOR UPDATE", "FOR UPDATE of a cursor");
+    if (in.at("FOR") && !in.accept("FOR READ ONLY")) in.syntaxError();
+    return node;
+}
+
+Statement::Node declare(Parser& in) {
+    if (in.atName()) return declareCursor(in);
+    return Declare{in.list([&] { return in.declaration(false); })};
+}
+
+CursorName cursorName(Parser& in) {
+    if (in.atVariable()) in.unsupported("cursor variables");
+    const bool global = in.at("GLOBAL") && in.atName(1) && in.accept("GLOBAL");
+    return {in.expectName(), global};
+}
+
+template <CursorVerb verb>
+Statement::Node changeCursor(Parser& in) {
+    return ChangeCursor{verb, cursorName(in)};
+}
+
+Statement::Node fetch(Parser& in) {
+    constexpr std::pair<std::string_view, FetchFrom> kPlaces[] = {
+        {"NEXT FROM", FetchFrom::Next}, {"PRIOR FROM", FetchFrom::Prior},  {"FIRST FROM", FetchFrom::First},
+        {"LAST FROM", FetchFrom::Last}, {"ABSOLUTE", FetchFrom::Absolute}, {"RELATIVE", FetchFrom::Relative},
+        {"FROM", FetchFrom::Next}};
+    Fetch node;
+    if (const FetchFrom* from = in.acceptOneOf(kPlaces)) node.from = *from;
+    if (node.from >= FetchFrom::Absolute) {
+        node.offset = in.unary();
+        in.expect("FROM");
+    }
+    node.cursor = cursorName(in);
+    if (in.accept("INTO")) node.into = in.list([&] { return in.expectVariable(); });
+    return node;
+}
+
+// ---- flow
+
+Block block(Parser& in) {
+    if (in.at("END")) in.syntaxError();
+    return in.statements("END");
+}
+
+Statement::Node ifElse(Parser& in) {
+    If node{in.condition(), in.statement(), nullptr};
+    if (in.accept("ELSE")) node.otherwise = in.statement();
+    return node;
+}
+
+Statement::Node whileLoop(Parser& in) {
+    While node{in.condition(), nullptr};
+    ++in.m_loops;
+    node.body = in.statement();
+    --in.m_loops;
+    return node;
+}
+
+// TRANSACTION is taken where BEGIN stands before it; COMMIT and ROLLBACK also stand alone or with WORK.
+template <TransactionVerb verb>
+Statement::Node transaction(Parser& in) {
+    Transaction node{verb, {}, {}};
+    if (verb != TransactionVerb::Begin && !in.acceptAny({"TRANSACTION", "TRAN"})) {
+        if (verb == TransactionVerb::Save) in.syntaxError();
+        in.accept("WORK");
+    } else if (in.atVariable()) {
+        node.variable = in.expectVariable();
+    } else if (in.atName() || verb == TransactionVerb::Save) {
+        node.name = in.expectName();
+    }
+    in.refuse("WITH MARK", "marked transactions");
+    return node;
+}
+
+Statement::Node compound(Parser& in) {
+    in.refuse("DISTRIBUTED", "distributed transactions");
+    return Compound{block(in)};
+}
+
+Statement::Node tryCatch(Parser& in) {
+    TryCatch node{block(in), {}};
+    in.expect("TRY");
+    in.accept(";");
+    if (!in.accept("BEGIN CATCH")) in.syntaxError();
+    node.handler = in.statements("END");
+    in.expect("CATCH");
+    return node;
+}
+
+Statement::Node returnValue(Parser& in) {
+    const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
+    const bool value = !in.peek().reserved || in.at("CASE") || in.at("NULL") || in.at("CONVERT") ||
+                       in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
+                       in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
+    if (ends || !value) return Return{};
+    if (!in.m_module) throw SyntaxError(sqlError(178), in.peek().line);
+    return Return{in.expression()};
+}
+
+// WITH option, option; what `accept` does not take is refused.
+template <typename Accept>
+void withOptions(Parser& in, const std::string& verb, Accept accept) {
+    if (!in.accept("WITH")) return;
+    do
+        if (!accept()) in.unsupported(verb + " WITH " + toUpper(in.near()));
+    while (in.accept(","));
+}
+
+Statement::Node raiseError(Parser& in) {
+    if (!in.at("(")) in.unsupported("RAISERROR without parentheses");
+    RaiseError node;
+    in.sequence(&Parser::constant, "(", node.message, ",", node.severity, ",", node.state);
+    if (in.accept(",")) node.arguments = in.list([&] { return in.constant(); });
+    in.expect(")");
+    const std::pair<std::string_view, bool*> kOptions[] = {
+        {"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}};
+    withOptions(in, "RAISERROR", [&] {
+        bool* const* option = in.acceptOneOf(kOptions);
+        return option && (**option = true);
+    });
+    return node;
+}
+
+Statement::Node throwError(Parser& in) {
+    Throw node;
+    if (in.peek().kind == TokenKind::Number || in.atVariable())
+        in.sequence(&Parser::constant, node.number, ",", node.message, ",", node.state);
+    return node;
+}
+
+Statement::Node waitFor(Parser& in) {
+    const bool until = in.accept("TIME");
+    if (!until) in.expect("DELAY");
+    return WaitFor{in.constant(), until};
+}
+
+// ---- calls
+
+bool atArgument(const Parser& in) {
+    return in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON");
+}
+
+// The one with that number, from 1.
+Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
+    Argument argument;
+    if (onlyNamed && !in.at("=", 1))
+        throw SyntaxError(sqlError(119, {std::to_string(number)}), in.peek().line);
+    if (in.atVariable() && in.at("=", 1)) {
+        argument.name = std::string(in.take().raw);
+        in.take();
+    }
+    if (in.accept("DEFAULT")) return argument;
+    argument.value = in.wordOrConstant();
+    argument.output = in.acceptAny({"OUTPUT", "OUT"});
+    if (argument.output && !std::holds_alternative<VariableRef>(argument.value->node))
+        throw SyntaxError(sqlError(179), argument.value->line);
+    return argument;
+}
+
+// 'text' + @variable ...: functions have no place in it.
+ExprPtr textOfConstants(Parser& in) {
+    std::size_t end = 0;
+    while (in.isString(in.peek(end)) || in.peek(end).kind == TokenKind::Variable || in.at("+", end)) ++end;
+    const bool closed = in.at(")", end);
+    for (; !closed && end > 0; --end) in.take();
+    return closed ? in.expression() : in.constant();
+}
+
+Statement::Node execute(Parser& in) {
+    in.refuse("AS", "EXECUTE AS");
+    Execute node;
+    if (in.at("(")) {
+        node.text = in.parenthesized([&] { return textOfConstants(in); });
+        if (in.at("AT") || in.at("AS")) in.unsupported("EXECUTE (...) " + toUpper(in.near()));
+        return node;
+    }
+    if (in.atVariable() && in.at("=", 1)) {
+        node.resultVariable = in.expectVariable();
+        in.take();
+    }
+    if (in.atVariable())
+        node.procedureVariable = in.expectVariable(2);
+    else
+        node.procedure = in.objectName();
+    bool named = false;
+    const auto next = [&, number = std::size_t{0}]() mutable {
+        Argument read = argument(in, ++number, named);
+        named = named || !read.name.empty();
+        return read;
+    };
+    if (atArgument(in)) node.arguments = in.list(next);
+    in.refuse("WITH RESULT", "EXECUTE ... WITH RESULT SETS");
+    in.accept("WITH RECOMPILE");
+    return node;
+}
+
+// ---- backup
+
+ExprPtr nameOrVariable(Parser& in) {
+    if (!in.atName() && !in.atVariable()) in.syntaxError();
+    return in.wordOrConstant();
+}
+
+// DISK = 'path'
+ExprPtr fileName(Parser& in) {
+    if (!in.accept("DISK")) in.unsupported("a backup device other than DISK");
+    in.expect("=");
+    ExprPtr file = in.primary();
+    in.refuse(",", "a backup in several files");
+    return file;
+}
+
+// STATS [= percentage]
+bool acceptStats(Parser& in, std::int64_t& stats) {
+    constexpr std::int64_t kDefault = 10;
+    if (!in.accept("STATS")) return false;
+    stats = in.accept("=") ? in.expectInteger() : kDefault;
+    return true;
+}
+
+Statement::Node backup(Parser& in) {
+    in.refuse("LOG", "BACKUP LOG");
+    in.expect("DATABASE");
+    Backup node{nameOrVariable(in), nullptr, nullptr, nullptr};
+    in.expect("TO");
+    node.file = fileName(in);
+    withOptions(
+        in, "BACKUP", [&] {  // how to name and format the media; each backup is a file of its own here
+            if (acceptStats(in, node.stats)) return true;
+            const std::pair<std::string_view, ExprPtr*> kTexts[] = {{"NAME", &node.name},
+                                                                    {"DESCRIPTION", &node.description}};
+            if (ExprPtr* const* text = in.acceptOneOf(kTexts)) {
+                in.expect("=");
+                **text = in.primary();
+                return true;
+            }
+            const bool known =
+                in.acceptAny({"INIT", "FORMAT", "NOFORMAT", "SKIP", "NOSKIP", "CHECKSUM", "NO_CHECKSUM",
+                              "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION", "MEDIANAME", "MEDIADESCRIPTION",
+                              "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
+            if (known && in.accept("=")) in.primary();
+            return known;
+        });
+    return node;
+}
+
+Statement::Node restore(Parser& in) {
+    constexpr std::pair<std::string_view, RestoreKind> kKinds[] = {{"DATABASE", RestoreKind::Database},
+                                                                   {"FILELISTONLY", RestoreKind::FileList},
+                                                                   {"HEADERONLY", RestoreKind::Header},
+                                                                   {"VERIFYONLY", RestoreKind::Verify}};
+    const RestoreKind* kind = in.acceptOneOf(kKinds);
+    if (!kind) in.unsupported("RESTORE " + toUpper(in.near()));
+    Restore node;
+    node.kind = *kind;
+    if (*kind == RestoreKind::Database) node.database = nameOrVariable(in);
+    in.expect("FROM");
+    node.file = fileName(in);
+    withOptions(in, "RESTORE", [&] {
+        if (in.accept("MOVE")) {
+            Move& move = node.moves.emplace_back(Move{in.primary(), nullptr});
+            in.expect("TO");
+            move.path = in.primary();
+            return true;
+        }
+        if (in.accept("FILE")) {
+            in.expect("=");
+            if (in.expectInteger() != 1) in.unsupported("a backup file with several backups");
+            return true;
+        }
+        node.replace = node.replace || in.at("REPLACE");
+        return acceptStats(in, node.stats) ||
+               in.acceptAny({"REPLACE", "RECOVERY", "NOUNLOAD", "CHECKSUM", "NO_CHECKSUM", "STOP_ON_ERROR"});
+    });
+    return node;
+}
+
+// The words that statements begin with, taken, and what reads the rest.
+constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[] = {
+    {"DECLARE", declare},
+    {"SET", set},
+    {"OPEN", changeCursor<CursorVerb::Open>},
+    {"CLOSE", changeCursor<CursorVerb::Close>},
+    {"DEALLOCATE", changeCursor<CursorVerb::Deallocate>},
+    {"FETCH", fetch},
+    {"IF", ifElse},
+    {"WHILE", whileLoop},
+    {"BREAK", [](Parser&) -> Statement::Node { return Break{}; }},
+    {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
+    {"BEGIN TRANSACTION", transaction<TransactionVerb::Begin>},
+    {"BEGIN TRAN", transaction<TransactionVerb::Begin>},
+    {"COMMIT", transaction<TransactionVerb::Commit>},
+    {"ROLLBACK", transaction<TransactionVerb::Rollback>},
+    {"SAVE", transaction<TransactionVerb::Save>},
+    {"BEGIN TRY", tryCatch},
+    {"BEGIN", compound},
+    {"RETURN", returnValue},
+    {"RAISERROR", raiseError},
+    {"THROW", throwError},
+    {"WAITFOR", waitFor},
+    {"EXEC", execute},
+    {"EXECUTE", execute},
+    {"BACKUP", backup},
+    {"RESTORE", restore},
+    {"CREATE", parseCreate},
+    {"ALTER", parseAlter},
+    {"DROP", parseDrop},
+    {"PRINT", [](Parser& in) -> Statement::Node { return Print{in.scalar(&Parser::expression)}; }},
+    {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
+    {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
+};
+
+// A function leaves no trace but its value.
+void checkInFunction(const Statement& statement, const std::string& verb) {
+    constexpr std::string_view kTraceless =
+        "DECLARE SET IF WHILE BREAK CONTINUE BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
+        "DEALLOCATE";
+    const auto* select = std::get_if<SelectStatement>(&statement.node);
+    const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
+    if (select && (!body || body->items.front().variable.empty() || select->into))
+        throw SyntaxError(sqlError(444, {}, 2), statement.line);
+    const bool option = std::holds_alternative<SetOption>(statement.node);
+    if (option || !hasWord(kTraceless, verb) || std::holds_alternative<TryCatch>(statement.node) ||
+        std::holds_alternative<Transaction>(statement.node))
+        throw SyntaxError(sqlError(443, {option ? "SET COMMAND" : verb}), statement.line);
+}
+
+}  // namespace
+
+Block Parser::batch() {
+    Block first;
+    if (atName() && !at("THROW") && !at(":", 1)) {  // a procedure's name alone, first in the batch
+        const int line = peek().line;
+        first.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
+    }
+    Block others = statements("");
+    std::move(others.begin(), others.end(), std::back_inserter(first));
+    return first;
+}
+
+// Up to `end`, which is taken, or to the end of the text. THROW and WITH begin a statement only where the one
+// before is closed: it could go on with them.
+Block Parser::statements(std::string_view end) {
+    Block statements;
+    for (;;) {
+        while (accept(";")) continue;
+        if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
+        const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
+        if (open && at("THROW")) syntaxError();
+        if (open && at("WITH")) throw SyntaxError(sqlError(319), peek().line);
+        statements.push_back(statement());
+    }
+}
+
+StatementPtr Parser::statement() {
+    const Nesting nesting(*this);
+    while (accept(";")) continue;
+    for (const auto word : kUnsupported) refuse(word, word == "BULK" ? "BULK INSERT" : word);
+    const Token& first = peek();
+    const int line = first.line;
+    if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
+        throw SyntaxError(sqlError(at("BREAK") ? 135 : 136), line);
+    const auto* read = acceptOneOf(kStatements);
+    auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
+    if (m_module && m_module->function) checkInFunction(*statement, toUpper(first.raw));
+    accept(";");
+    noteTemporary(*statement);
+    return statement;
+}
+
+// A batch or module makes a temporary table once, even where it drops it in between or in one branch only.
+void Parser::noteTemporary(const Statement& statement) {
+    const auto* create = std::get_if<CreateTable>(&statement.node);
+    const auto* select = std::get_if<SelectStatement>(&statement.node);
+    const ObjectName* made = create ? &create->table : select && select->into ? &*select->into : nullptr;
+    if (made && made->name.starts_with('#') && !m_temporary.insert(made->name).second)
+        throw SyntaxError(sqlError(2714, {made->name}, 1), faulty().line);
+}
+
+// @name [AS] type [= value] of a variable or parameter.
+Declaration Parser::declaration(bool isParameter) {
+    if (!atVariable()) syntaxError();
+    const Token& name = take();
+    Declaration node{std::string(name.raw), {}, nullptr};
+    accept("AS");
+    refuse("CURSOR", "cursor variables");
+    if (m_module && m_module->function) refuse("TABLE", "table variables inside functions");
+    if (at("TABLE") && !isParameter)
+        node.table = std::make_shared<const CreateTable>(tableVariable(name));
+    else
+        node.type = type(TypeUse::Declaration);
+    if (!isParameter && isLob(node.type.id) && node.type.id != TypeId::Xml)
+        throw SyntaxError(sqlError(2739), name.line);
+    if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
+    node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
+    refuse("READONLY", "table-valued parameters");
+    if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
+        throw SyntaxError(sqlError(134, {name.raw}), name.line);
+    (node.table ? m_declaredTables : m_declared).insert(node.name);
+    if (!isParameter && !node.table) m_locals.push_back({node.name, node.type});
+    return node;
+}
+
+bool Parser::atConstant() const {
+    const std::size_t sign = at("-") || at("+");
+    const Token& token = peek(sign);
+    return token.kind == TokenKind::Number ||
+           (!sign && (isString(token) || at("NULL") || token.kind == TokenKind::Variable ||
+                      token.kind == TokenKind::Global || token.kind == TokenKind::Binary));
+}
+
+// A constant or a variable, where other expressions have no place.
+ExprPtr Parser::constant() {
+    if (!atConstant()) syntaxError();
+    return unary();
+}
+
+// The same, where a bare word is a text.
+ExprPtr Parser::wordOrConstant() {
+    if (!atName() && !at("ON")) return constant();
+    const Token& word = take();
+    return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), true)}});
+}
+
+}  // namespace tsql

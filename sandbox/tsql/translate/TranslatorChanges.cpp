@@ -1,0 +1,290 @@
+#include <algorithm>
+
+#include "messages/Messages.h"
+#include "syntax/Parser.h"
+#include "translate/Translator.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+const NamedTable* findTarget(const TableRef& table, std::string_view name) {
+    if (const auto* join = std::get_if<Join>(&table.node)) {
+        const NamedTable* left = findTarget(*join->left, name);
+        return left ? left : findTarget(*join->right, name);
+    }
+    const auto* named = std::get_if<NamedTable>(&table.node);
+    if (!named) return nullptr;
+    return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
+}
+
+bool isAmong(const TableColumn& column, const std::vector<const TableColumn*>& columns) {
+    return std::find(columns.begin(), columns.end(), &column) != columns.end();
+}
+
+}  // namespace
+
+const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
+    for (const auto& table : from)
+        if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
+    return name;
+}
+
+std::string Translator::assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
+    return emitAssign(value, column.type, target.fullName(), column.name).sql;
+}
+
+Typed Translator::defaultOf(const TableColumn& column) {
+    if (column.byDefault.empty()) return nullLiteral();
+    return value(*parseExpression(column.byDefault));
+}
+
+// A constant of VALUES is a parameter: rows that differ only in their values are one statement of SQLite.
+Typed Translator::cell(const Expr& expr) {
+    constexpr std::size_t kMostParameters = 1000;  // SQLite takes 32,766
+    const auto* literal = std::get_if<Literal>(&expr.node);
+    if (!literal || isNull(literal->constant.value) || m_parameters.size() >= kMostParameters)
+        return value(expr);
+    m_parameters.push_back({{}, &literal->constant.value});
+    return typedConstant("?" + std::to_string(m_parameters.size()), literal->constant);
+}
+
+std::vector<const TableColumn*> Translator::absentDefaults(
+    const TableInfo& target, const std::vector<const TableColumn*>& columns) const {
+    std::vector<const TableColumn*> absent;
+    for (const auto& column : target.columns)
+        if (!column.byDefault.empty() && !isAmong(column, columns)) absent.push_back(&column);
+    return absent;
+}
+
+std::string Translator::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                   const std::string& rows) {
+    std::string names;
+    for (const auto* column : columns) names += (names.empty() ? "" : ", ") + quotedName(column->name);
+    m_newRows = "given(" + names + ") AS (" + rows + "), incoming AS (SELECT *, NULL AS ts_row FROM given)";
+    return "INSERT INTO " + target.sqlName() + " (" + names + ") " + rows;
+}
+
+std::string Translator::insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                   const Insert& insert) {
+    const auto absent = absentDefaults(target, columns);
+    std::vector<const TableColumn*> all = columns;
+    all.insert(all.end(), absent.begin(), absent.end());
+    if (all.empty())
+        return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES" +
+               returning(target, insert.output, "inserted");
+    const std::vector<ExprPtr> none;
+    std::string rows;
+    const auto addRow = [&](const std::vector<ExprPtr>& cells) {
+        std::string row;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            const bool given = i < cells.size() && cells[i];
+            const Typed typed = given ? cell(*cells[i]) : defaultOf(*all[i]);
+            row += (i ? ", " : "") + assigned(typed, target, *all[i]);
+        }
+        rows += (rows.empty() ? "VALUES (" : ", (") + row + ")";
+    };
+    if (insert.defaultValues) addRow(none);
+    for (const auto& row : insert.rows) {
+        if (row.size() != columns.size()) throw sqlError(row.size() < columns.size() ? 109 : 110);
+        addRow(row);
+    }
+    return insertText(target, all, rows) + returning(target, insert.output, "inserted");
+}
+
+std::string Translator::insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                                    const Insert& insert) {
+    m_topLevel = false;
+    const QueryText text = query(*insert.query);
+    if (text.columns.size() != columns.size())
+        throw sqlError(text.columns.size() < columns.size() ? 120 : 121);
+    auto all = columns;
+    std::string list;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        list += (i ? ", " : "") +
+                assigned({text.columns[i].alias, text.columns[i].column.type}, target, *columns[i]);
+    for (const auto* column : absentDefaults(target, columns)) {
+        list += ", " + assigned(defaultOf(*column), target, *column);
+        all.push_back(column);
+    }
+    return insertText(target, all, "SELECT " + list + " FROM (" + text.sql + ")") +
+           returning(target, insert.output, "inserted");
+}
+
+std::string Translator::insertParameters(const TableInfo& target,
+                                         const std::vector<const TableColumn*>& columns,
+                                         const std::vector<SqlType>& types) {
+    auto all = columns;
+    std::string list;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        list += (i ? ", " : "") + assigned({"?" + std::to_string(i + 1), types[i]}, target, *columns[i]);
+    for (const auto* column : absentDefaults(target, columns)) {
+        list += ", " + assigned(defaultOf(*column), target, *column);
+        all.push_back(column);
+    }
+    return insertText(target, all, "VALUES (" + list + ")");
+}
+
+Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
+    Typed typed = clause.value ? value(*clause.value) : defaultOf(column);
+    if (!clause.op) return typed;
+    const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
+    return emitBinary(*clause.op, {prefix + quotedName(column.name), column.type}, typed);
+}
+
+void Translator::useCommonTables(const Change& change, const ObjectName& target) {
+    if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
+    for (const auto& table : change.with) {
+        if (target.schema.empty() && sameText(table.name, target.name))
+            throw unsupported("changes through a common table expression ('" + table.name + "')");
+        m_with.push_back({&table});
+    }
+}
+
+// The OUTPUT clause: what the changed row holds then, or held before it was deleted.
+std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
+                                  const std::string& exposed) {
+    if (!output) return {};
+    Scope scope;
+    m_scope = &scope;
+    addSource(target, exposed, {});
+    std::string list;
+    for (const auto& item : output->items) {
+        if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
+        selectItem(item, m_output, list, false);
+    }
+    m_scope = nullptr;
+    return " RETURNING " + list;
+}
+
+// SET @variable = column = value: the variable gets what the column holds then.
+std::string Translator::returnedToVariables(const TableInfo& target, const Update& update) {
+    std::string list;
+    for (const auto& clause : update.sets) {
+        if (clause.variable.empty()) continue;
+        const bool read = std::any_of(m_parameters.begin(), m_parameters.end(), [&](const Parameter& each) {
+            return sameWord(each.variable, clause.variable);
+        });
+        if (update.output || read)
+            throw unsupported(
+                "UPDATE ... SET @variable = column with OUTPUT or with the variable's own value");
+        const TableColumn& column = *target.column(clause.column);
+        list += (list.empty() ? " RETURNING " : ", ") + quotedName(column.name);
+        m_assignments.push_back({clause.variable, column.type});
+    }
+    return list;
+}
+
+// The FROM clause of a change; gives the row id of the changed table in it.
+std::string Translator::joinedSources(const TableInfo& target, const ObjectName& name,
+                                      const std::vector<TableRefPtr>& from, std::string& rowid) {
+    std::string sql = this->from(from);
+    std::string other;  // the table under another name: that is what is changed where it stands once
+    for (const auto& source : m_scope->sources) {
+        if (sameText(source.exposed, name.name)) rowid = source.rowid;
+        if (source.table != target.sqlName()) continue;
+        other = other.empty() ? source.rowid : "twice";
+    }
+    if (rowid.empty() && other == "twice") throw sqlError(8154, {name.name});
+    if (rowid.empty()) rowid = other;
+    if (!rowid.empty()) return sql;
+    const std::string alias = nextAlias();
+    addSource(target, name.name, alias);
+    rowid = alias + "._rowid_";
+    return (sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias;
+}
+
+std::string Translator::update(const TableInfo& target, const Update& update) {
+    m_topLevel = false;
+    Scope scope;
+    m_scope = &scope;
+    std::string rowid;
+    const std::string sources = joinedSources(target, update.table, update.from, rowid);
+    const bool simple = update.from.empty() && !update.top;
+    std::string picked, sets, moved, away, kept;
+    std::set<const TableColumn*> seen;
+    for (const auto& clause : update.sets) {
+        const TableColumn* column = target.column(clause.column);
+        const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
+                              std::ranges::any_of(scope.sources, [&](const Source& each) {
+                                  return each.rowid == rowid && sameText(each.exposed, clause.table);
+                              });
+        if (!isTarget) throw sqlError(4104, {clause.table + "." + clause.column});
+        if (!column) throw sqlError(207, {clause.column});
+        if (column->identity) throw sqlError(8102, {column->name});
+        if (!seen.insert(column).second) throw sqlError(264, {column->name});
+        const std::string cell = assigned(setValue(rowid, clause, *column), target, *column);
+        const std::string alias = "v" + std::to_string(&clause - update.sets.data());
+        picked.append(", ").append(cell).append(" AS ").append(alias);
+        const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
+        sets.append(set).append(simple ? cell : "picked." + alias);
+        moved.append(set).append("picked.").append(alias);
+        away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
+    }
+    if (scope.sawAggregate) throw sqlError(157);
+    const std::string where = filter(update);
+    const std::string top = update.top ? " LIMIT " + rowCount(*update.top, 0, 127) : "";
+    const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
+    const std::string returned =
+        returning(target, update.output, "inserted") + returnedToVariables(target, update);
+    m_scope = nullptr;
+    for (const auto& column : target.columns) {
+        const auto set = std::find_if(update.sets.begin(), update.sets.end(), [&](const SetClause& clause) {
+            return sameText(clause.column, column.name);
+        });
+        kept += ", " +
+                (set == update.sets.end() ? "present." + quotedName(column.name)
+                                          : "given.v" + std::to_string(set - update.sets.begin())) +
+                " AS " + quotedName(column.name);
+    }
+    m_newRows = "given AS (" + rows + "), incoming AS (SELECT given.id AS ts_row" + kept +
+                " FROM given JOIN " + target.sqlName() + " AS present ON present._rowid_ = given.id)";
+    const std::string changed = "UPDATE " + target.sqlName() + " AS changed SET ";
+    const std::string joined = " AS picked WHERE changed._rowid_ = picked.id" + returned;
+    m_steps = {"CREATE TEMP TABLE tsqlbox_picked AS " + rows,
+               "UPDATE " + target.sqlName() + " SET " + away +
+                   " WHERE _rowid_ IN (SELECT id FROM temp.tsqlbox_picked)",
+               changed + moved + " FROM temp.tsqlbox_picked" + joined, "DROP TABLE temp.tsqlbox_picked"};
+    if (simple)
+        return "UPDATE " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + " SET " + sets +
+               where + returned;
+    return changed + sets + " FROM (" + rows + ")" + joined;
+}
+
+std::string Translator::filter(const Change& change) {
+    const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
+    if (m_scope->sawAggregate) throw sqlError(147);
+    return where;
+}
+
+std::string Translator::remove(const TableInfo& target, const Delete& statement) {
+    m_topLevel = false;
+    Scope scope;
+    m_scope = &scope;
+    std::string rowid;
+    const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
+    const std::string where = filter(statement);
+    const std::string top = statement.top ? " LIMIT " + rowCount(*statement.top, 0, 127) : "";
+    const std::string returned = returning(target, statement.output, "deleted");
+    m_scope = nullptr;
+    if (statement.from.empty() && !statement.top)
+        return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where +
+               returned;
+    return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +
+           ")" + returned;
+}
+
+CheckText Translator::check(const TableInfo& table, const Expr& expr) {
+    Scope scope;
+    m_scope = &scope;
+    addSource(table, table.name, {});
+    CheckText text{condition(expr), {}};
+    for (const auto& name : scope.loose) text.columns.insert(name.substr(table.name.size() + 1));
+    m_scope = nullptr;
+    return text;
+}
+
+}  // namespace tsql

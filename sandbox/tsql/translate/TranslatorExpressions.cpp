@@ -1,0 +1,322 @@
+#include <algorithm>
+
+#include "messages/Messages.h"
+#include "syntax/Lexer.h"
+#include "translate/Translator.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+// "(a || b" of "(a || b)": more operands follow.
+std::string reopened(const std::string& sql) {
+    return sql.substr(0, sql.size() - 1);
+}
+
+}  // namespace
+
+Typed Translator::value(const Expr& expr) {
+    const std::size_t loose = m_scope ? m_scope->loose.size() : 0;
+    Typed result = std::visit(
+        [this](const auto& each) -> Typed {
+            if constexpr (requires { node(each); })
+                return node(each);
+            else
+                throw SqlError(4145, "A condition stands where a value is expected.", 15);
+        },
+        expr.node);
+    // What is grouped by may stand anywhere as a whole.
+    if (m_scope && m_scope->groupKeys.contains(result.sql)) m_scope->loose.resize(loose);
+    return result;
+}
+
+std::string Translator::condition(const Expr& expr) {
+    return std::visit(
+        [this](const auto& each) -> std::string {
+            if constexpr (requires { test(each); })
+                return test(each);
+            else
+                throw SqlError(4145, "A value stands where a condition is expected.", 15);
+        },
+        expr.node);
+}
+
+std::vector<Typed> Translator::values(const std::vector<ExprPtr>& exprs) {
+    std::vector<Typed> typed;
+    typed.reserve(exprs.size());
+    for (const auto& expr : exprs) typed.push_back(value(*expr));
+    return typed;
+}
+
+Typed Translator::node(const Literal& literal) {
+    return tsql::literal(literal.constant);
+}
+
+Typed Translator::node(const VariableRef& variable) {
+    return parameter(variable.name);
+}
+
+std::string Translator::liveValue(const std::string& key) {
+    return "ts_variable(" + quotedText(key) + ")";
+}
+
+Typed Translator::parameter(std::string_view name) {
+    const SqlType type = m_names.variableType(name);
+    if (const auto live = m_live.find(name); live != m_live.end()) {
+        if (m_sorted && live->second == liveValue(live->first))
+            throw unsupported("SELECT @variable = ... of the same variable with ORDER BY");
+        return {live->second, type};
+    }
+    auto found = std::find_if(m_parameters.begin(), m_parameters.end(),
+                              [&](const Parameter& each) { return sameWord(each.variable, name); });
+    if (found == m_parameters.end()) found = m_parameters.insert(found, {std::string(name)});
+    return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
+}
+
+const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope, const Source*& source) {
+    const std::string& name = column.path.back();
+    const SourceColumn* found = nullptr;
+    for (const auto& each : scope.sources) {
+        if (column.path.size() > 1 && !sameText(column.path[column.path.size() - 2], each.exposed)) continue;
+        if (column.path.size() > 3 && !sameText(column.path[0], each.database)) continue;
+        if (column.path.size() > 1 && !found) source = &each;
+        for (const auto& candidate : each.columns) {
+            if (!sameText(candidate.name, name)) continue;
+            if (found) throw sqlError(209, {name});
+            found = &candidate;
+            source = &each;
+        }
+    }
+    return found;
+}
+
+Typed Translator::node(const ColumnRef& column) {
+    for (Scope* scope = m_scope; scope; scope = scope->outer) {
+        const Source* source = nullptr;
+        const SourceColumn* found = findColumn(column, *scope, source);
+        if (!found && source) throw sqlError(207, {column.path.back()});  // its table is known
+        if (!found) continue;
+        if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
+            scope->loose.push_back(source->exposed.empty() ? found->name
+                                                           : source->exposed + "." + found->name);
+        Typed typed{found->sql, found->type};
+        typed.nullable = found->nullable;
+        return typed;
+    }
+    if (column.path.size() == 1) throw sqlError(207, {column.path.back()});
+    std::string path;
+    for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
+    throw sqlError(4104, {path});
+}
+
+Typed Translator::node(const Unary& unary) {
+    const Typed operand = value(*unary.operand);
+    return unary.isBitNot ? emitBitNot(operand) : emitNegate(operand);
+}
+
+Typed Translator::node(const Binary& binary) {
+    const Typed left = value(*binary.left);
+    return emitBinary(binary.op, left, value(*binary.right));
+}
+
+Typed Translator::node(const Case& choice) {
+    std::vector<std::string> conditions;
+    std::vector<Typed> results;
+    for (const auto& [when, then] : choice.branches) {
+        conditions.push_back(choice.input ? emitCompare(CompareOp::Equal, value(*choice.input), value(*when))
+                                          : condition(*when));
+        results.push_back(value(*then));
+    }
+    results.push_back(choice.otherwise ? value(*choice.otherwise) : nullLiteral());
+    if (std::ranges::all_of(results, &Typed::nullLiteral)) throw sqlError(8133);
+    const SqlType type = tsql::commonType(results);
+    std::string sql = "CASE";
+    for (std::size_t i = 0; i < conditions.size(); ++i)
+        sql += " WHEN " + conditions[i] + " THEN " + coerce(results[i], type).sql;
+    return {"(" + sql + " ELSE " + coerce(results.back(), type).sql + " END)", type};
+}
+
+Typed Translator::node(const Cast& cast) {
+    const Typed operand = value(*cast.operand);
+    if (!cast.style) return emitConvert(operand, cast.type, nullptr, cast.kind);
+    const Typed style = value(*cast.style);
+    return emitConvert(operand, cast.type, &style, cast.kind);
+}
+
+std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
+    std::vector<Typed> arguments;
+    for (const auto& argument : call.arguments) {
+        const auto* name = std::get_if<ColumnRef>(&argument->node);
+        if (datePart && arguments.empty() && name && name->path.size() == 1)
+            arguments.push_back(wordArgument(name->path.front()));
+        else
+            arguments.push_back(value(*argument));
+    }
+    if (call.star) arguments.push_back(wordArgument("*"));
+    return arguments;
+}
+
+Typed Translator::node(const Call& call) {
+    if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
+    const FunctionInfo* function = findFunction(call.name.name);
+    if (!function)
+        throw SqlError(195, "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
+    const FunctionKind kind = kindOf(*function);
+    if (!call.within.empty() && kind != FunctionKind::Aggregate)
+        throw sqlError(10757, {toUpper(call.name.name)});
+    if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
+        return windowCall(*function, call);
+    if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
+    return emitCall(*function, callArguments(call, takesDatePart(*function)), call.distinct);
+}
+
+Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
+    if (!m_scope) throw SqlError(147, "An aggregate may not appear here without a table that it counts.", 15);
+    if (m_scope->aggregateDepth > 0) throw sqlError(130);
+    m_scope->sawAggregate = true;
+    ++m_scope->aggregateDepth;
+    const auto arguments = callArguments(call, false);
+    Typed result = emitCall(function, arguments, call.distinct);
+    if (!call.within.empty()) {
+        if (!sameWord(call.name.name, "STRING_AGG")) throw sqlError(10757, {toUpper(call.name.name)});
+        std::string keys;
+        for (const auto& item : call.within)
+            keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
+        result.sql.insert(result.sql.size() - 1, keys);
+    }
+    --m_scope->aggregateDepth;
+    return result;
+}
+
+// What stands in OVER and beside it sees the groups, if there are any, as its rows.
+Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
+    const std::string name = toUpper(call.name.name);
+    const FunctionKind kind = kindOf(function);
+    const bool windowOnly = kind == FunctionKind::Ranking || kind == FunctionKind::Framed;
+    if (!call.over) throw sqlError(10753, {name});
+    if (kind == FunctionKind::Scalar || !call.within.empty() || sameWord(name, "STRING_AGG"))
+        throw sqlError(4113, {name});
+    if (call.distinct) throw sqlError(10759);
+    if (windowOnly && call.over->order.empty()) throw sqlError(4112, {name});
+    if (kind == FunctionKind::Ranking && !call.over->frame.empty()) throw sqlError(10752, {name});
+    if (!m_scope || !m_scope->windows) throw sqlError(4108);
+    m_scope->windows = false;
+    Typed result = emitCall(function, callArguments(call, false));
+    std::string partition;
+    for (const auto& key : values(call.over->partition))
+        partition += (partition.empty() ? "PARTITION BY " : ", ") + collated(key);
+    const std::string keys = sortKeys(call.over->order);
+    m_scope->windows = true;
+    result.sql +=
+        " OVER (" + partition + (keys.empty() ? "" : " ORDER BY " + keys) + " " + call.over->frame + ")";
+    return result;
+}
+
+// ORDER BY inside of a call: the keys are never positions in the select list.
+std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
+    std::string keys;
+    for (const auto& item : items) {
+        const Typed key = value(*item.value);
+        if (std::holds_alternative<Literal>(item.value->node)) throw sqlError(key.integer ? 5308 : 5309);
+        keys += (keys.empty() ? "" : ", ") + collated(key) + (item.descending ? " DESC" : "");
+    }
+    return keys;
+}
+
+Typed Translator::userCall(const Call& call) {
+    const auto function = m_names.module(call.name, objectType::kFunction);
+    if (!function) throw sqlError(4121, {call.name.schema, call.name.schema, call.name.name});
+    std::string sql = "ts_call(" + quotedText(function->database) + ", " + quotedText(function->name);
+    for (const auto& argument : argumentsOf(*function, call.arguments)) sql += ", " + argument;
+    return {sql + ")", function->module->returns};
+}
+
+std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
+                                                 const std::vector<ExprPtr>& arguments) {
+    const auto& parameters = function.module->parameters;
+    if (arguments.size() != parameters.size())
+        throw sqlError(arguments.size() < parameters.size() ? 313 : 8144, {"dbo." + function.name});
+    std::vector<std::string> values;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const auto& given = arguments[i] ? arguments[i] : parameters[i].value;
+        if (!given) throw sqlError(201, {function.name, parameters[i].name});
+        values.push_back(coerce(value(*given), parameters[i].type).sql);
+    }
+    return values;
+}
+
+Typed Translator::node(const ScalarQuery& scalar) {
+    const QueryText text = query(*scalar.query);
+    if (text.columns.size() != 1) throw sqlError(116);
+    return {singleValue(text), text.columns.front().column.type};
+}
+
+// More than one row is an error, where SQLite would take the first.
+std::string Translator::singleValue(const QueryText& text) {
+    if (text.oneRow) return "(" + text.sql + ")";
+    return "(SELECT ts_single(count(*), " + text.columns.front().alias + ") FROM (" + text.sql + "))";
+}
+
+std::string Translator::test(const Compare& compare) {
+    const Typed left = value(*compare.left);
+    return emitCompare(compare.op, left, value(*compare.right));
+}
+
+std::string Translator::test(const Logic& logic) {
+    const auto* inner = std::get_if<Logic>(&logic.left->node);
+    const std::string left = condition(*logic.left);
+    return (inner && inner->isAnd == logic.isAnd ? reopened(left) : "(" + left) +
+           (logic.isAnd ? " AND " : " OR ") + condition(*logic.right) + ")";
+}
+
+std::string Translator::test(const Not& negation) {
+    return "(NOT " + condition(*negation.operand) + ")";
+}
+
+std::string Translator::test(const IsNull& isNull) {
+    return "(" + value(*isNull.operand).sql + " IS NULL)";
+}
+
+std::string Translator::test(const Between& between) {
+    const Typed operand = value(*between.operand);
+    return "(" + emitCompare(CompareOp::GreaterOrEqual, operand, value(*between.low)) + " AND " +
+           emitCompare(CompareOp::LessOrEqual, operand, value(*between.high)) + ")";
+}
+
+std::string Translator::test(const InList& in) {
+    std::vector<Typed> items = values(in.items);
+    items.push_back(value(*in.operand));
+    const SqlType type = comparedType(items);
+    std::string sql = "(" + collated(coerce(items.back(), type)) + " IN (";
+    for (std::size_t i = 0; i + 1 < items.size(); ++i) sql += (i ? ", " : "") + coerce(items[i], type).sql;
+    return sql + "))";
+}
+
+std::string Translator::test(const InQuery& in) {
+    const Typed operand = value(*in.operand);
+    const QueryText text = query(*in.query);
+    if (text.columns.size() != 1) throw sqlError(116);
+    const Typed column{text.columns.front().alias, text.columns.front().column.type};
+    const Typed both[] = {operand, column};
+    const SqlType type = comparedType(both);
+    const std::string inner = coerce(column, type).sql;
+    const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
+    return "(" + collated(coerce(operand, type)) + " IN (" + rows + "))";
+}
+
+std::string Translator::test(const Like& like) {
+    const Typed operand = value(*like.operand);
+    const Typed pattern = value(*like.pattern);
+    if (!like.escape) return emitLike(operand, pattern, nullptr);
+    const Typed escape = value(*like.escape);
+    return emitLike(operand, pattern, &escape);
+}
+
+std::string Translator::test(const Exists& exists) {
+    return "EXISTS (" + query(*exists.query).sql + ")";
+}
+
+}  // namespace tsql

@@ -1,0 +1,485 @@
+#include <algorithm>
+
+#include "messages/Messages.h"
+#include "syntax/Lexer.h"
+#include "translate/Translator.h"
+#include "types/Finally.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+using namespace ast;
+
+namespace {
+
+constexpr int kNotDistinct = 421, kNotMerged = 5335;  // what cannot be compared there
+
+bool reads(const TableRef& table, std::string_view name) {
+    if (const auto* join = std::get_if<Join>(&table.node))
+        return reads(*join->left, name) || reads(*join->right, name);
+    const auto* named = std::get_if<NamedTable>(&table.node);
+    return named && named->name.schema.empty() && sameText(named->name.name, name);
+}
+
+bool isRecursive(const CommonTable& table) {
+    const auto* operation = std::get_if<SetOperation>(&table.query->body);
+    const auto* next = operation && operation->op == SetOp::UnionAll
+                           ? std::get_if<Select>(&operation->right->body)
+                           : nullptr;
+    return next && std::any_of(next->from.begin(), next->from.end(),
+                               [&](const auto& from) { return reads(*from, table.name); });
+}
+
+}  // namespace
+
+QueryText Translator::query(const Query& query) {
+    const std::size_t common = m_with.size();
+    for (const auto& table : query.with) m_with.push_back({&table});
+    if (query.maxRecursion) m_maxRecursion = *query.maxRecursion;
+    QueryText text = body(query);
+    if (query.xml) text = forXml(text, *query.xml);
+    m_with.resize(common);
+    return text;
+}
+
+QueryText Translator::body(const Query& query) {
+    if (const auto* operation = std::get_if<SetOperation>(&query.body)) {
+        m_topLevel = false;
+        return setOperation(*operation, query);
+    }
+    return select(std::get<Select>(query.body), query);
+}
+
+QueryText Translator::select(const Select& select, const Query& query) {
+    const bool topLevel = std::exchange(m_topLevel, false);
+    const std::size_t assigned = m_assignments.size();
+    if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(130);
+    Scope scope;
+    scope.outer = m_scope;
+    const Finally leave([this, outer = std::exchange(m_scope, &scope)] { m_scope = outer; });
+    QueryText text;
+    const std::string fromSql = from(select.from);
+    const std::string depth = std::exchange(m_depth, {});
+    const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
+    if (scope.sawAggregate) throw sqlError(147);
+    const std::string groupSql = groupBy(select);
+
+    if (topLevel)
+        for (const auto& item : select.items)
+            if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
+    m_sorted = !query.orderBy.empty();
+    const bool grouped = !select.groupBy.empty() || select.having;
+    if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
+        return assignInOrder(select, query, fromSql + whereSql);
+    std::string list;
+    scope.windows = true;
+    for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
+    scope.windows = false;
+    if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
+        throw sqlError(141);
+    refuseLooseColumns(8120, grouped);
+    const bool listHasAggregate = scope.sawAggregate;
+    const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
+    refuseLooseColumns(8121, grouped);
+    scope.windows = true;
+    const std::string orderSql = orderBy(query.orderBy, text, false, select.distinct ? &list : nullptr);
+    scope.windows = false;
+    refuseLooseColumns(8127, grouped);
+
+    const std::string limitSql = limit(&select, query);
+    if (!depth.empty()) {
+        refuseInRecursion(select);
+        list += ", " + depth;
+    }
+    std::string rows = fromSql + whereSql + groupSql + havingSql;
+    if (select.having && select.groupBy.empty() &&
+        !listHasAggregate)  // SQLite knows a group by its list alone
+        rows = " FROM (SELECT count(*)" + rows + ")";
+    text.sql =
+        std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows + orderSql + limitSql;
+    text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
+    return text;
+}
+
+void Translator::refuseInRecursion(const Select& select) const {
+    const bool grouped = !select.groupBy.empty() || select.having || m_scope->sawAggregate;
+    const int error = select.distinct ? 460 : select.top ? 461 : grouped ? 467 : 0;
+    if (error) throw sqlError(error, {m_with.back().table->name});
+}
+
+// SELECT @v = @v + a FROM t ORDER BY b: the rows are put in order before the first value is computed.
+QueryText Translator::assignInOrder(const Select& select, const Query& query, const std::string& rows) {
+    QueryText text;
+    const std::string order = orderBy(query.orderBy, text, false) + limit(&select, query);
+    std::string all = "0", list;
+    int columns = 0;
+    for (auto& source : m_scope->sources)
+        for (auto& column : source.columns) {
+            const std::string alias = "o" + std::to_string(++columns);
+            all += ", " + std::exchange(column.sql, "ordered." + alias) + " AS " + alias;
+        }
+    m_scope->loose.clear();
+    m_sorted = false;
+    for (const auto& item : select.items) selectItem(item, text, list, false);
+    if (m_assignments.size() != text.columns.size()) throw sqlError(141);
+    refuseLooseColumns(8120, false);
+    text.sql =
+        "WITH ordered AS MATERIALIZED (SELECT " + all + rows + order + ") SELECT " + list + " FROM ordered";
+    return text;
+}
+
+// Without the check SQLite would take the column's value from any row of the group.
+void Translator::refuseLooseColumns(int error, bool grouped) {
+    if ((grouped || m_scope->sawAggregate) && !m_scope->loose.empty())
+        throw sqlError(error, {m_scope->loose.front()});
+}
+
+void Translator::addOutput(QueryText& text, std::string& list, Column column, const std::string& sql) {
+    const std::string alias = "c" + std::to_string(text.columns.size() + 1);
+    list += (list.empty() ? "" : ", ") + sql + " AS " + alias;
+    text.columns.push_back({std::move(column), alias, false});
+}
+
+void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
+    if (!item.value) return star(item, text, list, collate);
+    Typed typed = value(*item.value);
+    if (item.assignment) typed = emitBinary(*item.assignment, parameter(item.variable), typed);
+    if (!item.variable.empty()) {
+        m_assignments.push_back({item.variable, typed.type});
+        if (const auto live = m_live.find(item.variable); live != m_live.end())
+            live->second = coerce(typed, m_names.variableType(item.variable)).sql;
+    }
+    Column column{item.alias, typed.type, typed.nullable, false};
+    if (const auto* ref = std::get_if<ColumnRef>(&item.value->node)) {
+        if (column.name.empty()) column.name = ref->path.back();
+        const Source* source = nullptr;
+        if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) column.identity = found->identity;
+    }
+    addOutput(text, list, std::move(column), collate ? collated(typed, kNotDistinct) : typed.sql);
+    text.columns.back().nullLiteral = typed.nullLiteral;
+}
+
+void Translator::star(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
+    bool any = false;
+    for (const auto& source : m_scope->sources) {
+        if (!item.starOf.empty() && !sameText(item.starOf.back(), source.exposed)) continue;
+        any = true;
+        for (const auto& column : source.columns) {
+            if (!m_scope->groupKeys.contains(column.sql))
+                m_scope->loose.push_back(source.exposed + "." + column.name);
+            addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
+                      collate ? collated({column.sql, column.type}, kNotDistinct) : column.sql);
+        }
+    }
+    if (any) return;
+    if (item.starOf.empty()) throw sqlError(263);
+    throw sqlError(107, {item.starOf.back()});
+}
+
+std::string Translator::groupBy(const Select& select) {
+    std::string sql;
+    std::set<std::string> keys;
+    for (const auto& expr : select.groupBy) {
+        const Typed key = value(*expr);
+        if (m_scope->loose.empty()) throw sqlError(164);
+        m_scope->loose.clear();
+        keys.insert(key.sql);
+        sql += (sql.empty() ? " GROUP BY " : ", ") + collated(key);
+    }
+    m_scope->loose.clear();  // what WHERE and ON read is before the grouping
+    m_scope->groupKeys = std::move(keys);
+    return sql;
+}
+
+// Where an ORDER BY item names an output column: by number, or by its name.
+std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const QueryText& text) const {
+    if (const auto* literal = std::get_if<Literal>(&expr.node)) {
+        const TypedValue& constant = literal->constant;
+        if (constant.type.id != TypeId::Int || isNull(constant.value)) return std::nullopt;
+        const std::int64_t position = std::get<std::int64_t>(constant.value);
+        if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
+            throw sqlError(108, {std::to_string(position)});
+        return static_cast<std::size_t>(position - 1);
+    }
+    const auto* name = std::get_if<ColumnRef>(&expr.node);
+    if (!name || name->path.size() != 1) return std::nullopt;
+    std::optional<std::size_t> position;
+    for (std::size_t i = 0; i < text.columns.size(); ++i)
+        if (sameText(text.columns[i].column.name, name->path.front())) {
+            if (position) throw sqlError(209, {name->path.front()});
+            position = i;
+        }
+    return position;
+}
+
+std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly,
+                                const std::string* distinctList) {
+    std::string sql;
+    std::set<std::string> columns;
+    for (const auto& item : items) {
+        std::string key;
+        if (const auto position = outputPosition(*item.value, text))
+            key = collated({std::to_string(*position + 1), text.columns[*position].column.type});
+        else if (std::holds_alternative<Literal>(item.value->node))
+            throw sqlError(408, {std::to_string(&item - items.data() + 1)});
+        else if (std::holds_alternative<VariableRef>(item.value->node))
+            throw sqlError(1008, {std::to_string(&item - items.data() + 1)});
+        else if (outputOnly)
+            throw sqlError(104);
+        else {
+            key = collated(value(*item.value));
+            if (distinctList && (", " + *distinctList).find(", " + key + " AS c") == std::string::npos)
+                throw sqlError(145);
+        }
+        const auto& node = item.value->node;
+        const bool isColumn =
+            std::holds_alternative<ColumnRef>(node) || std::holds_alternative<Literal>(node);
+        if (isColumn && !columns.insert(key).second) throw sqlError(169);
+        sql += (sql.empty() ? " ORDER BY " : ", ") + key + (item.descending ? " DESC" : "");
+    }
+    return sql;
+}
+
+std::string Translator::limit(const Select* select, const Query& query) {
+    if (select && select->top && query.offset) throw sqlError(10741);
+    if (select && select->top) return " LIMIT " + rowCount(*select->top, 0, 127);
+    if (!query.offset) return {};
+    const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, 10744) : "-1";
+    return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, 10742);
+}
+
+// Sees no columns. Fewer rows than `least` are an error, where SQLite would take all.
+std::string Translator::rowCount(const Expr& expr, int least, int error) {
+    const Finally seeing([this, scope = std::exchange(m_scope, nullptr)] { m_scope = scope; });
+    const Typed rows = value(expr);
+    if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(1060);
+    return "ts_rows(" + coerce(rows, simpleType(TypeId::BigInt)).sql + "," + std::to_string(least) + "," +
+           std::to_string(error) + ")";
+}
+
+QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
+    static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
+    QueryText left = this->query(*operation.left);
+    const QueryText right = this->query(*operation.right);
+    if (left.columns.size() != right.columns.size()) throw sqlError(205);
+    std::string leftList, rightList;
+    bool flat = left.compound;  // a long chain stays flat: SQLite's parser bounds the nesting
+    for (std::size_t i = 0; i < left.columns.size(); ++i) {
+        OutputColumn& column = left.columns[i];
+        const Typed pieces[] = {
+            {column.alias, column.column.type, column.nullLiteral},
+            {right.columns[i].alias, right.columns[i].column.type, right.columns[i].nullLiteral}};
+        column.column.type = tsql::commonType(pieces);
+        column.nullLiteral = column.nullLiteral && right.columns[i].nullLiteral;
+        column.column.nullable = column.column.nullable || right.columns[i].column.nullable;
+        column.column.identity = false;
+        const std::string comma = i ? ", " : "";
+        flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
+        const Typed merged = coerce(pieces[0], column.column.type);
+        leftList += comma + (operation.op == SetOp::UnionAll ? merged.sql : collated(merged, kNotMerged)) +
+                    " AS " + column.alias;
+        rightList += comma + coerce(pieces[1], column.column.type).sql;
+    }
+    QueryText text{{}, left.columns, false, false};
+    text.compound = query.orderBy.empty() && !query.offset;
+    text.sql = (flat ? left.sql : "SELECT " + leftList + " FROM (" + left.sql + ")") +
+               std::string(kWords[static_cast<std::size_t>(operation.op)]) + "SELECT " + rightList +
+               " FROM (" + right.sql + ")" + orderBy(query.orderBy, text, true) + limit(nullptr, query);
+    return text;
+}
+
+std::string Translator::from(const std::vector<TableRefPtr>& tables) {
+    std::string sql;
+    for (const auto& table : tables) {
+        const bool isJoin = std::holds_alternative<Join>(table->node);
+        const std::string one = tableRef(*table);
+        sql += (sql.empty() ? " FROM " : ", ") + (isJoin && !sql.empty() ? "(" + one + ")" : one);
+    }
+    return sql;
+}
+
+std::string Translator::nextAlias() {
+    constexpr int kMostTables = 256;  // views within views would multiply without an end
+    if (++m_aliases > kMostTables) throw sqlError(106);
+    return "s" + std::to_string(m_aliases);
+}
+
+std::string Translator::tableRef(const TableRef& table) {
+    if (const auto* joined = std::get_if<Join>(&table.node)) return join(*joined);
+    const auto* derived = std::get_if<DerivedTable>(&table.node);
+    std::string sql = derived ? derivedTable(*derived->query, derived->columns, table.alias)
+                              : namedTable(std::get<NamedTable>(table.node), table.alias);
+    const Source& added = m_scope->sources.back();
+    for (const auto& each : m_scope->sources)
+        if (&each != &added && each.database == added.database && sameText(each.exposed, added.exposed))
+            throw sqlError(table.alias.empty() ? 1013 : 1011, {added.exposed, added.exposed});
+    return sql;
+}
+
+void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {
+    const std::string prefix = alias.empty() ? "" : alias + ".";
+    Source source{exposed, table.database, prefix + "_rowid_", table.sqlName(), {}};
+    for (const auto& column : table.columns)
+        source.columns.push_back(
+            {column.name, prefix + quotedName(column.name), column.type, column.nullable, column.identity});
+    m_scope->sources.push_back(std::move(source));
+}
+
+std::string Translator::namedTable(const NamedTable& table, const std::string& alias) {
+    const std::string exposed = alias.empty() ? table.name.name : alias;
+    if (table.name.schema.empty() && !table.arguments)
+        for (std::size_t i = m_with.size(); i-- > 0;) {
+            if (!sameText(m_with[i].table->name, table.name.name)) continue;
+            if (!m_with[i].recursive.empty()) return recursiveReference(m_with[i], exposed);
+            const auto all = m_with;
+            const ast::CommonTable& common = *all[i].table;
+            m_with.resize(i);  // it sees those before it
+            std::string sql = isRecursive(common) ? recursiveTable(common, exposed)
+                                                  : derivedTable(*common.query, common.columns, exposed);
+            m_with = all;
+            return sql;
+        }
+    std::optional<TableInfo> info;
+    if (!table.arguments) info = m_names.findTable(table.name);
+    if (!info)
+        if (const auto stored =
+                m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView))
+            return storedTable(*stored, table, exposed);
+    if (table.arguments) return tableFunction(table, exposed);
+    const std::string sqlAlias = nextAlias();
+    const auto view = info ? std::nullopt : m_names.view(table.name);
+    if (view) {
+        info.emplace().columns = view->columns;
+    } else if (!info) {
+        info = m_names.table(table.name);
+    }
+    addSource(*info, exposed, sqlAlias);
+    if (!view) return info->sqlName() + " AS " + sqlAlias;
+    m_scope->sources.back().rowid.clear();
+    return "(" + view->sql + ") AS " + sqlAlias;
+}
+
+// The query in place of a view's or function's name, blind to what stands around it.
+std::string Translator::storedTable(const StoredModule& stored, const NamedTable& table,
+                                    const std::string& alias) {
+    const auto& parameters = stored.module->parameters;
+    WordMap<std::string> arguments;
+    const std::vector<ExprPtr> none;
+    const auto values = blind([&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
+    for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
+    std::string sql;
+    m_names.within(stored, [&] {
+        const auto common = std::exchange(m_with, {});
+        const auto live = std::exchange(m_live, std::move(arguments));
+        Scope* const outer = std::exchange(m_scope->outer, nullptr);
+        sql = derivedTable(*stored.module->query, stored.module->columns, alias);
+        m_scope->outer = outer;
+        m_live = live;
+        m_with = common;
+    });
+    return sql;
+}
+
+// STRING_SPLIT(text, separator)
+std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
+    if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
+        throw sqlError(208, {table.name.name});
+    if (table.arguments->size() != 2) throw sqlError(8144, {"STRING_SPLIT"});
+    const auto pieces = blind([&] { return values(*table.arguments); });
+    const Typed &text = pieces.front(), &separator = pieces.back();
+    const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
+    const std::string sqlAlias = nextAlias();
+    m_scope->sources.push_back({alias, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
+    return "(SELECT value FROM json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
+           coerce(separator, nvarcharType(SqlType::kMax)).sql + "))) AS " + sqlAlias;
+}
+
+// Gives the columns the names that stand behind the query's own, if there are any.
+void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
+    if (names.empty()) return;
+    if (names.size() != text.columns.size())
+        throw sqlError(names.size() > text.columns.size() ? 8159 : 8158, {of});
+    for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
+}
+
+// Adds a table of these columns to the scope; gives its alias in SQLite.
+std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
+    std::string sqlAlias = nextAlias();
+    const std::string prefix = sqlAlias + ".";
+    Source source{exposed, {}, {}, {}, {}};
+    for (const auto& [column, alias, nullLiteral] : columns)
+        source.columns.push_back(
+            {column.name, prefix + alias, column.type, column.nullable, column.identity});
+    m_scope->sources.push_back(std::move(source));
+    return sqlAlias;
+}
+
+std::string Translator::derivedTable(const Query& query, const std::vector<std::string>& names,
+                                     const std::string& alias) {
+    QueryText text = blind([&] { return this->query(query); });
+    rename(text, names, alias);
+    WordSet seen;
+    for (const auto& [column, sqlName, nullLiteral] : text.columns) {
+        if (column.name.empty()) throw sqlError(8155, {sqlName.substr(1), alias});
+        if (!seen.insert(column.name).second) throw sqlError(8156, {column.name, alias});
+    }
+    return "(" + text.sql + ") AS " + addSource(text.columns, alias);
+}
+
+// Anchor UNION ALL recursive part. Each row counts how deep it is, for the limit.
+std::string Translator::recursiveTable(const ast::CommonTable& table, const std::string& alias) {
+    const auto& operation = std::get<SetOperation>(table.query->body);
+    const std::string name = "r" + nextAlias();
+    QueryText anchor;
+    const QueryText next = blind([&] {
+        anchor = query(*operation.left);
+        rename(anchor, table.columns, table.name);
+        for (auto& output : anchor.columns) output.column.nullable = true;
+        m_with.push_back({&table, name, anchor.columns});
+        return query(*operation.right);
+    });
+    if (next.columns.size() != anchor.columns.size()) throw sqlError(205);
+    std::string list;
+    for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
+        const OutputColumn& output = anchor.columns[i];
+        if (output.column.type != next.columns[i].column.type && !next.columns[i].nullLiteral)
+            throw sqlError(240, {output.column.name, table.name});
+        list += output.alias + ", ";
+    }
+    return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +
+           ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
+}
+
+std::string Translator::recursiveReference(const CommonTable& table, const std::string& alias) {
+    if (!m_depth.empty()) throw sqlError(253, {table.table->name});
+    const std::string sqlAlias = addSource(table.columns, alias);
+    m_depth = "ts_deeper(" + sqlAlias + ".depth, " + std::to_string(m_maxRecursion) + ")";
+    return table.recursive + " AS " + sqlAlias;
+}
+
+std::string Translator::join(const Join& join) {
+    static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
+                                                  " CROSS JOIN "};
+    for (const auto& table : m_with)  // rows without a partner would never end
+        if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
+            throw sqlError(462, {table.table->name});
+    const std::size_t begin = m_scope->sources.size();
+    const std::string left = tableRef(*join.left);
+    const std::size_t middle = m_scope->sources.size();
+    std::string right = tableRef(*join.right);
+    const bool whole = join.kind == JoinKind::Full;
+    for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // rows that find no partner
+        if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
+            for (auto& column : m_scope->sources[i].columns) column.nullable = true;
+    if (std::holds_alternative<Join>(join.right->node)) right = "(" + right + ")";
+    std::string sql = left + std::string(kWords[static_cast<std::size_t>(join.kind)]) + right;
+    if (!join.on) return sql;
+    auto& sources = m_scope->sources;  // ON sees none of those in front of a comma
+    const std::vector<Source> before(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
+    sources.erase(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
+    sql += " ON " + condition(*join.on);
+    sources.insert(sources.begin(), before.begin(), before.end());
+    return sql;
+}
+
+}  // namespace tsql

@@ -1,0 +1,89 @@
+// FOR XML: the rows of a query as one text.
+#include "messages/Messages.h"
+#include "translate/Translator.h"
+#include "types/Text.h"
+
+namespace tsql {
+
+namespace {
+
+// A column of such a name is text beside the elements.
+bool isXmlText(std::string_view name) {
+    return name.empty() || name == "*" || name == "text()" || name == "node()";
+}
+
+// What a name of XML cannot hold stands in it as _x0020_.
+std::string xmlName(std::string_view name) {
+    constexpr std::string_view kHex = "0123456789ABCDEF";
+    std::string result;
+    while (!name.empty()) {
+        const std::string_view before = name;
+        const char32_t c = nextCharacter(name);
+        const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c >= 0xC0;
+        const bool inside = (c >= '0' && c <= '9') || c == '-' || c == '.';
+        if (letter || (inside && !result.empty())) {
+            result += before.substr(0, before.size() - name.size());
+            continue;
+        }
+        result += "_x";
+        for (int shift = 12; shift >= 0; shift -= 4) result += kHex[(c >> shift) & 15U];
+        result += '_';
+    }
+    return result;
+}
+
+// ts_xml(cell): the text as XML has it, NULL for NULL.
+std::string cellText(const OutputColumn& output, bool attribute) {
+    const TypeId id = output.column.type.id;
+    if (isBinary(id)) throw unsupported("binary columns in FOR XML");
+    if (attribute && id == TypeId::Xml) throw unsupported("xml in an attribute of FOR XML");
+    return "ts_xml(" + output.alias + "," + std::to_string(encodeType(output.column.type)) +
+           (attribute ? ",1)" : ",0)");
+}
+
+std::string orNothing(const std::string& sql) {
+    return " || ifnull(" + sql + ", '')";
+}
+
+}  // namespace
+
+QueryText Translator::forXml(const QueryText& rows, const ast::ForXml& xml) const {
+    if (!m_assignments.empty()) throw unsupported("SELECT @variable = ... FOR XML");
+    std::string attributes = "''", content = "''";
+    for (const auto& output : rows.columns) {
+        const std::string& name = output.column.name;
+        if (xml.path && isXmlText(name)) {
+            content += orNothing(cellText(output, false));
+        } else if (name.empty()) {
+            throw sqlError(6809);
+        } else if (!xml.elements || (xml.path && name.starts_with('@'))) {
+            if (content.size() > 2) throw sqlError(6852, {name});
+            if (xml.row.empty()) throw sqlError(6864);
+            const std::string tag = quotedText(" " + xmlName(name.substr(xml.path)) + "=\"");
+            attributes += orNothing(tag + " || " + cellText(output, true) + " || '\"'");
+        } else {
+            if (xml.path && name.find_first_of("/()") != std::string::npos)
+                throw unsupported("the path '" + name + "' in FOR XML PATH");
+            const std::string tag = xmlName(name);
+            content += orNothing(quotedText("<" + tag + ">") + " || " + cellText(output, false) + " || " +
+                                 quotedText("</" + tag + ">"));
+        }
+    }
+    const std::string row = xmlName(xml.row), root = xmlName(xml.root);
+    std::string one = "c";
+    if (!row.empty())
+        one = quotedText("<" + row) + " || a || CASE c WHEN '' THEN '/>' ELSE '>' || c || " +
+              quotedText("</" + row + ">") + " END";
+    std::string all = "group_concat(" + one + ", '')";
+    if (!root.empty())
+        all = quotedText("<" + root + ">") + " || " + all + " || " + quotedText("</" + root + ">");
+    QueryText text;
+    text.sql = "SELECT " + all + " AS c1 FROM (SELECT " + attributes + " AS a, " + content + " AS c FROM (" +
+               rows.sql + ")) HAVING count(*) > 0";
+    const SqlType type = xml.typed ? simpleType(TypeId::Xml) : nvarcharType(SqlType::kMax);
+    text.columns.push_back({{"XML_F52E2B61-18A1-11d1-B105-00805F49916B", type, true, false}, "c1", false});
+    text.oneRow = true;
+    return text;
+}
+
+}  // namespace tsql

@@ -1,0 +1,103 @@
+// The operators on values of any types, declared in Values.h.
+#include <algorithm>
+#include <cmath>
+
+#include "messages/Messages.h"
+#include "types/Text.h"
+#include "types/Values.h"
+
+namespace tsql {
+namespace {
+
+Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
+    if (op == BinaryOp::Divide && right == 0) throw sqlError(8134);
+    const double result = op == BinaryOp::Add        ? left + right
+                          : op == BinaryOp::Subtract ? left - right
+                          : op == BinaryOp::Multiply ? left * right
+                                                     : left / right;
+    if (!std::isfinite(result)) overflow(type);
+    return convertValue(result, simpleType(TypeId::Float), type);
+}
+
+// datetime + number: the number is days, and so is a datetime, since 1900.
+Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
+                 const SqlType& rightType, const SqlType& type) {
+    const auto ticks = [&](const CellView& value, const SqlType& from) {
+        const Value stored = convertValue(value, from, type);
+        const DateTime at = fromStorage(std::get<std::string>(stored));
+        return (at.days - DateTime::kDay1900) * static_cast<Int128>(DateTime::kTicksPerDay) + at.ticks;
+    };
+    const Int128 sum = op == BinaryOp::Add ? ticks(left, leftType) + ticks(right, rightType)
+                                           : ticks(left, leftType) - ticks(right, rightType);
+    const Int128 total = sum + DateTime::kDay1900 * static_cast<Int128>(DateTime::kTicksPerDay);
+    if (total < 0) overflow(type);
+    return toStorage({static_cast<std::int64_t>(total / DateTime::kTicksPerDay),
+                      static_cast<std::int64_t>(total % DateTime::kTicksPerDay)},
+                     type);
+}
+
+// An exact number's type has just the digits that are written.
+SqlType typeOfNumber(std::string_view text) {
+    if (text.starts_with('$')) return simpleType(TypeId::Money);
+    if (text.find_first_of("eE") != std::string_view::npos) return simpleType(TypeId::Float);
+    const auto point = std::min(text.find('.'), text.size());
+    const auto scale = point == text.size() ? 0 : text.size() - point - 1;
+    const auto whole = point - std::min(text.find_first_not_of('0'), point);
+    if (whole + scale > kMostDigits) throw sqlError(1007, {text});
+    return decimalType(static_cast<int>(std::max<std::size_t>(1, whole + scale)), static_cast<int>(scale));
+}
+
+}  // namespace
+
+Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
+                 const SqlType& rightType, const SqlType& type) {
+    if (isNull(left) || isNull(right)) return Null{};
+    if (isDateTime(type.id)) return dateResult(op, left, leftType, right, rightType, type);
+    if (isApproximate(type.id)) {
+        const SqlType wide = simpleType(TypeId::Float);
+        const auto real = [&](const CellView& value, const SqlType& from) {
+            return std::get<double>(convertValue(value, from, wide));
+        };
+        return floatResult(op, real(left, leftType), real(right, rightType), type);
+    }
+    // A text beside a number is read in the type that they meet in.
+    const SqlType common = commonType(leftType, rightType);
+    const SqlType a = isExact(leftType.id) ? leftType : common,
+                  b = isExact(rightType.id) ? rightType : common;
+    const Int128 x = exactOf(a == leftType ? left : viewOf(convertValue(left, leftType, a)));
+    const Int128 y = exactOf(b == rightType ? right : viewOf(convertValue(right, rightType, b)));
+    const Int128 result = op == BinaryOp::BitAnd   ? x & y
+                          : op == BinaryOp::BitOr  ? x | y
+                          : op == BinaryOp::BitXor ? x ^ y
+                                                   : exactResult(op, x, a, y, b, type.scale);
+    return checkedCell(result, type);
+}
+
+Value checkedCell(Int128 number, const SqlType& type) {
+    if (!fits(number, type)) overflow(type);
+    return exactCell(number, type);
+}
+
+TypedValue numericLiteral(std::string_view text) {
+    const SqlType type = typeOfNumber(text);
+    Value value = convertValue(text, varcharType(SqlType::kMax), type, kNoStyle, Conversion::Try);
+    if (isNull(value)) throw sqlError(type.id == TypeId::Float ? 168 : 1007, {text});
+    const auto* integer = std::get_if<std::int64_t>(&value);
+    const bool isInt = integer && type.id == TypeId::Decimal && *integer <= INT32_MAX &&
+                       text.find('.') == std::string_view::npos;
+    return {std::move(value), isInt ? simpleType(TypeId::Int) : type};
+}
+
+TypedValue textLiteral(std::string_view text, bool national) {
+    const int length = static_cast<int>(std::clamp<std::size_t>(characterCount(text), 1, 8001));
+    return {std::string(text), national ? nvarcharType(length) : varcharType(length)};
+}
+
+TypedValue binaryLiteral(std::string_view hex) {
+    const Bytes bytes = *parseHex((hex.size() % 2 != 0 ? "0" : "") + std::string(hex));
+    SqlType type = simpleType(TypeId::VarBinary);
+    type.length = bytes.size() > 8000 ? SqlType::kMax : std::max(static_cast<int>(bytes.size()), 1);
+    return {bytes, type};
+}
+
+}  // namespace tsql

@@ -1,0 +1,330 @@
+#include "types/DateTime.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "messages/Messages.h"
+#include "types/SqlTypes.h"
+#include "types/Text.h"
+#include "types/Values.h"
+
+namespace tsql {
+namespace {
+
+using std::chrono::days;
+using std::chrono::sys_days;
+using std::chrono::year;
+
+constexpr std::int64_t kSecond = DateTime::kTicksPerSecond;
+constexpr std::int64_t kMinute = 60 * kSecond;
+constexpr std::int64_t kHour = 60 * kMinute;
+constexpr sys_days kFirstDay{year(1) / 1 / 1};
+constexpr std::int64_t kLastDay = (sys_days(year(9999) / 12 / 31) - kFirstDay).count();
+constexpr std::int64_t kDay1970 = (sys_days() - kFirstDay).count();
+
+constexpr std::string_view kMonths[] = {"January",   "February", "March",    "April",
+                                        "May",       "June",     "July",     "August",
+                                        "September", "October",  "November", "December"};
+constexpr std::string_view kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                          "Thursday", "Friday", "Saturday"};
+
+constexpr std::string_view kIsoDate = "Y-M-D", kIsoTime = "h:m:s.f";
+
+// The letters of the pattern: Y year (y: two digits), M month (N: its name), D day (d: with a blank in the
+// place of a zero), h hour, H hour of twelve, m minute, s second, f its fraction in `scale` digits, P AM or
+// PM.
+std::string written(std::string_view pattern, const DateTime& value, int scale = 0) {
+    const CivilDate date = civilFromDays(value.days);
+    const unsigned month{date.month()}, day{date.day()};
+    const std::int64_t hour = value.ticks / kHour;
+    const int year = static_cast<int>(date.year());
+    const struct {
+        std::int64_t number;
+        int width;
+        char letter;
+        char filler = '0';
+    } fields[] = {{year, 4, 'Y'},
+                  {year % 100, 2, 'y'},
+                  {month, 2, 'M'},
+                  {day, 2, 'D'},
+                  {day, 2, 'd', ' '},
+                  {hour, 2, 'h'},
+                  {(hour + 11) % 12 + 1, 2, 'H', ' '},
+                  {value.ticks / kMinute % 60, 2, 'm'},
+                  {value.ticks / kSecond % 60, 2, 's'},
+                  {value.ticks % kSecond / powerOfTen(7 - scale), scale, 'f'}};
+    std::string text;
+    for (const char letter : pattern) {
+        const auto* field = std::ranges::find(fields, letter, [](const auto& each) { return each.letter; });
+        if (letter == 'N')
+            text += monthName(static_cast<int>(month)).substr(0, 3);
+        else if (letter == 'P')
+            text += hour < 12 ? "AM" : "PM";
+        else if (field == std::end(fields))
+            text += letter;
+        else if (field->width == 0)
+            text.pop_back();  // a fraction without digits has no point
+        else {
+            const std::string digits = std::to_string(field->number);
+            text.append(static_cast<std::size_t>(field->width) - digits.size(), field->filler) += digits;
+        }
+    }
+    return text;
+}
+
+std::int64_t roundedTicks(std::int64_t ticks, const SqlType& type) {
+    // datetime counts three hundredths: the thousandth is always 0, 3 or 7.
+    if (type.id == TypeId::DateTime)
+        return ((ticks * 300 + kSecond / 2) / kSecond * 1000 + 150) / 300 * (kSecond / 1000);
+    // 29.998 s rounds down and 29.999 s up.
+    if (type.id == TypeId::SmallDateTime) return (ticks + 30 * kSecond + kSecond / 1000) / kMinute * kMinute;
+    const std::int64_t unit = powerOfTen(7 - type.scale);
+    return (ticks + unit / 2) / unit * unit;
+}
+
+// The styles of CONVERT, as patterns of written(); 100 to 114 stand for 0 to 14, too, 120 and 121 for 20
+// and 21.
+struct Style {
+    int number;
+    std::string_view date, time = {};
+};
+constexpr Style kStyles[] = {
+    {22, "M/D/y", "H:m:s P"},
+    {23, kIsoDate},
+    {24, "", "h:m:s"},
+    {25, kIsoDate, kIsoTime},
+    {100, "N d Y", "H:mP"},
+    {101, "M/D/Y"},
+    {102, "Y.M.D"},
+    {103, "D/M/Y"},
+    {104, "D.M.Y"},
+    {105, "D-M-Y"},
+    {106, "D N Y"},
+    {107, "N D, Y"},
+    {108, "", "h:m:s"},
+    {109, "N d Y", "H:m:s.fP"},
+    {110, "M-D-Y"},
+    {111, "Y/M/D"},
+    {112, "YMD"},
+    {113, "D N Y", kIsoTime},
+    {114, "", kIsoTime},
+    {120, kIsoDate, "h:m:s"},
+    {121, kIsoDate, kIsoTime},
+    {126, kIsoDate, kIsoTime},
+    {127, kIsoDate, kIsoTime},
+};
+
+// date has no time to show, and time no date.
+Style styleFor(int number, const SqlType& type) {
+    if (isHijri(number)) throw unsupported(kHijri);
+    for (Style style : kStyles) {
+        if (style.number != number && style.number != number + 100) continue;
+        if (type.id == TypeId::Time) style.date = "";
+        if (type.id == TypeId::Date) style.time = "";
+        if (!style.date.empty() || !style.time.empty()) return style;
+        throw sqlError(9809, {std::to_string(number), baseName(type.id), "varchar"});
+    }
+    throw sqlError(281, {std::to_string(number), baseName(type.id)});
+}
+
+std::int64_t dayOfYear(std::int64_t day) {
+    return day - daysFromCivil(civilFromDays(day).year() / 1 / 1) + 1;
+}
+
+// Sunday begins a week; 0001-01-01 is a Monday.
+std::int64_t sundayWeeks(std::int64_t day) {
+    return (day + 1) / 7;
+}
+
+std::int64_t weekOf(std::int64_t day) {
+    return sundayWeeks(day) - sundayWeeks(day - dayOfYear(day) + 1) + 1;
+}
+// The Thursday of a week tells the year that it belongs to.
+std::int64_t isoWeekOf(std::int64_t day) {
+    return (dayOfYear(day - day % 7 + 3) - 1) / 7 + 1;
+}
+std::int64_t monthOf(std::int64_t day) {
+    return unsigned{civilFromDays(day).month()};
+}
+
+struct PartFacts {
+    std::string_view names;        // each between blanks
+    std::int64_t months = 0;       // of the parts that months make up
+    std::int64_t nanoseconds = 0;  // of the others
+    std::int64_t cycle = 0;        // of the clock's parts: how many there are in the next larger one
+    std::int64_t (*ofDay)(std::int64_t day) = nullptr;  // of the date's parts: the value
+};
+constexpr std::int64_t kNanosADay = DateTime::kTicksPerDay * 100;
+// In the order of DatePart.
+constexpr PartFacts kParts[] = {
+    {" year yy yyyy ", 12, 0, 0, [](auto day) { return std::int64_t{int{civilFromDays(day).year()}}; }},
+    {" quarter qq q ", 3, 0, 0, [](auto day) { return (monthOf(day) + 2) / 3; }},
+    {" month mm m ", 1, 0, 0, monthOf},
+    {" dayofyear dy y ", 0, kNanosADay, 0, dayOfYear},
+    {" day dd d ", 0, kNanosADay, 0,
+     [](auto day) { return std::int64_t{unsigned{civilFromDays(day).day()}}; }},
+    {" week wk ww ", 0, 7 * kNanosADay, 0, weekOf},
+    {" iso_week isowk isoww ", 0, kNanosADay, 0, isoWeekOf},
+    {" weekday dw w ", 0, kNanosADay, 0, [](auto day) { return (day + 1) % 7 + 1; }},
+    {" hour hh ", 0, kHour * 100, 24},
+    {" minute mi n ", 0, kMinute * 100, 60},
+    {" second ss s ", 0, kSecond * 100, 60},
+    {" millisecond ms ", 0, 1'000'000, 1'000},
+    {" microsecond mcs ", 0, 1'000, 1'000'000},
+    {" nanosecond ns ", 0, 1, 1'000'000'000},
+};
+
+const PartFacts& factsOf(DatePart part) {
+    return kParts[static_cast<std::size_t>(part)];
+}
+
+// From 0001-01-01 on.
+Int128 nanosecondsOf(const DateTime& value) {
+    return (static_cast<Int128>(value.days) * DateTime::kTicksPerDay + value.ticks) * 100;
+}
+
+DateTime addMonths(const DateTime& value, std::int64_t months) {
+    constexpr std::int64_t kMostMonths = 120'000;  // more only lead out of the calendar
+    CivilDate date =
+        civilFromDays(value.days) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
+    if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 and one month
+    return {daysFromCivil(date), value.ticks};
+}
+
+}  // namespace
+
+std::int64_t daysFromCivil(const CivilDate& date) {
+    return (sys_days(date) - kFirstDay).count();
+}
+
+CivilDate civilFromDays(std::int64_t number) {
+    return kFirstDay + days(number);
+}
+
+std::optional<std::int64_t> daysFromParts(std::int64_t y, std::int64_t m, std::int64_t d) {
+    if (y < 1 || y > 9999 || m < 1 || m > 12 || d < 1 || d > 31) return std::nullopt;
+    const CivilDate date = year(static_cast<int>(y)) / static_cast<int>(m) / static_cast<int>(d);
+    return date.ok() ? std::optional(daysFromCivil(date)) : std::nullopt;
+}
+
+DateTime fromStorage(std::string_view text) {
+    const auto number = [&](std::size_t at, std::size_t digits) {
+        int value = 0;
+        for (std::size_t i = at; i < at + digits && i < text.size(); ++i)
+            value = value * 10 + (text[i] - '0');
+        return value;
+    };
+    DateTime result;
+    if (text.size() >= 10 && text[4] == '-') {
+        result.days = daysFromCivil(year(number(0, 4)) / number(5, 2) / number(8, 2));
+        text.remove_prefix(std::min<std::size_t>(11, text.size()));
+    }
+    if (text.size() < 8) return result;
+    result.ticks = number(0, 2) * kHour + number(3, 2) * kMinute + number(6, 2) * kSecond;
+    if (text.size() > 9)
+        result.ticks +=
+            number(9, 7) * powerOfTen(7 - static_cast<int>(std::min<std::size_t>(7, text.size() - 9)));
+    return result;
+}
+
+bool isInRange(const DateTime& value, const SqlType& type) {
+    const bool small = type.id == TypeId::SmallDateTime;
+    const std::int64_t first = small                         ? DateTime::kDay1900
+                               : type.id == TypeId::DateTime ? daysFromCivil(year(1753) / 1 / 1)
+                                                             : 0;
+    return value.days >= first && value.days <= (small ? daysFromCivil(year(2079) / 6 / 6) : kLastDay);
+}
+
+std::string toStorage(const DateTime& value, const SqlType& type) {
+    if (type.id == TypeId::Date) return written(kIsoDate, value);
+    const std::int64_t ticks = roundedTicks(value.ticks, type);
+    const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
+    if (type.id == TypeId::Time) return written(kIsoTime, rounded, type.scale);
+    if (!isInRange(rounded, type)) throw sqlError(242, {"datetime2", baseName(type.id)});
+    return written("Y-M-D h:m:s.f", rounded, type.scale);
+}
+
+std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
+    const bool classic = isClassicDate(type.id);
+    if (style == kNoStyle) style = classic ? 0 : 121;
+    // T between date and time, and a fraction only where it is.
+    const bool iso8601 = style % 100 == 26 || style % 100 == 27;
+    const Style pattern = styleFor(style, type);
+    std::string whole(pattern.date);
+    if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
+    const int scale = iso8601 && value.ticks % kSecond == 0 ? 0 : classic ? 3 : type.scale;
+    // Styles below 100 show two digits of the year, but for these, which always show four.
+    if (style > 0 && style < 20 && style != 9 && style != 13) std::ranges::replace(whole, 'Y', 'y');
+    std::string time(pattern.time);
+    if (classic && style % 100 < 20) std::ranges::replace(time, '.', ':');
+    return written(whole + time, value, scale);
+}
+
+std::optional<DatePart> findDatePart(std::string_view name) {
+    const std::string wanted = ' ' + lowerAscii(name) + ' ';
+    const auto found = std::find_if(std::begin(kParts), std::end(kParts), [&](const PartFacts& facts) {
+        return facts.names.find(wanted) != std::string_view::npos;
+    });
+    if (found == std::end(kParts)) return std::nullopt;
+    return static_cast<DatePart>(found - std::begin(kParts));
+}
+
+std::string_view nameOf(DatePart part) {
+    const std::string_view names = factsOf(part).names.substr(1);
+    return names.substr(0, names.find(' '));
+}
+
+DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type) {
+    constexpr std::int64_t kDay = DateTime::kTicksPerDay;
+    const PartFacts& facts = factsOf(part);
+    const Int128 moved = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
+    const Int128 ticks = (moved + (moved < 0 ? -50 : 50)) / 100;
+    const auto ofDay = static_cast<std::int64_t>((ticks % kDay + kDay) % kDay);
+    const DateTime result = facts.months ? addMonths(value, number * facts.months)
+                                         : DateTime{static_cast<std::int64_t>((ticks - ofDay) / kDay), ofDay};
+    if (type.id != TypeId::Time && !isInRange(result, type)) throw sqlError(517, {baseName(type.id)});
+    return result;
+}
+
+std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end) {
+    const PartFacts& facts = factsOf(part);
+    if (part == DatePart::Week) return sundayWeeks(end.days) - sundayWeeks(start.days);
+    const auto units = [&](const DateTime& value) -> Int128 {
+        if (!facts.months) return nanosecondsOf(value) / facts.nanoseconds;
+        return (datePart(DatePart::Year, value) * 12 + monthOf(value.days) - 1) / facts.months;
+    };
+    const Int128 difference = units(end) - units(start);
+    if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(535);
+    return static_cast<std::int64_t>(difference);
+}
+
+std::int64_t datePart(DatePart part, const DateTime& value) {
+    const PartFacts& facts = factsOf(part);
+    return facts.ofDay ? facts.ofDay(value.days) : value.ticks * 100 / facts.nanoseconds % facts.cycle;
+}
+
+std::string dateName(DatePart part, const DateTime& value) {
+    const std::int64_t number = datePart(part, value);
+    if (part == DatePart::Month) return std::string(monthName(static_cast<int>(number)));
+    if (part == DatePart::Weekday) return std::string(kWeekdays[number - 1]);
+    return std::to_string(number);
+}
+
+std::string_view monthName(int month) {
+    return kMonths[month - 1];
+}
+
+Now timeNow() {
+    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, kSecond>>;
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const std::int64_t ticks = std::chrono::duration_cast<Ticks>(now).count();
+    const std::time_t seconds = ticks / kSecond;
+    std::tm civil{};
+    localtime_r(&seconds, &civil);
+    const auto at = [](std::int64_t sinceDay1970) -> DateTime {
+        return {kDay1970 + sinceDay1970 / DateTime::kTicksPerDay, sinceDay1970 % DateTime::kTicksPerDay};
+    };
+    return {at(ticks + civil.tm_gmtoff * kSecond), at(ticks)};
+}
+
+}  // namespace tsql

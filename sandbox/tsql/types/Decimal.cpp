@@ -1,0 +1,141 @@
+#include "types/Decimal.h"
+
+#include <algorithm>
+#include <boost/multiprecision/cpp_int.hpp>
+#include <cmath>
+#include <limits>
+
+#include "messages/Messages.h"
+
+namespace tsql {
+namespace {
+
+__extension__ typedef unsigned __int128 Bits128;
+using Wide = boost::multiprecision::int512_t;  // of two numbers of 38 digits, every step of every operator
+
+constexpr Int128 kTooLarge = powerOfTen<Int128>(kMostDigits);
+constexpr Bits128 kSign = Bits128{1} << 127;
+
+template <typename Number>
+Int128 bounded(const Number& value) {
+    if (value >= Number(kTooLarge)) return kTooLarge;
+    return value <= Number(-kTooLarge) ? -kTooLarge : static_cast<Int128>(value);
+}
+
+template <typename Number>
+Number divided(const Number& value, const Number& divisor, Rounding rounding) {
+    if (rounding == Rounding::Truncate) return value / divisor;
+    return (value + (value < 0 ? -divisor : divisor) / 2) / divisor;
+}
+
+// In `Number`s that hold every step.
+template <typename Number>
+Int128 resultIn(BinaryOp op, const Number& left, int leftScale, const Number& right, int rightScale,
+                int scale) {
+    const auto power = [](int exponent) { return powerOfTen<Number>(exponent); };
+    if (op == BinaryOp::Divide) {
+        const int shift = scale + rightScale - leftScale;
+        return bounded<Number>(left * power(shift) / (right * power(-shift)));
+    }
+    const int common = op == BinaryOp::Multiply ? leftScale + rightScale : std::max(leftScale, rightScale);
+    Number result;
+    if (op == BinaryOp::Multiply) {
+        result = left * right;
+    } else {
+        const Number a = left * power(common - leftScale), b = right * power(common - rightScale);
+        result = op == BinaryOp::Add ? a + b : op == BinaryOp::Subtract ? a - b : a % b;
+    }
+    return bounded<Number>(divided<Number>(result, power(common - scale), Rounding::HalfAway));
+}
+
+// Digits that the steps may need.
+int digitsNeeded(BinaryOp op, const SqlType& left, const SqlType& right, int scale) {
+    const int p1 = precisionOf(left), p2 = precisionOf(right), shift = scale + right.scale - left.scale;
+    if (op == BinaryOp::Multiply) return p1 + p2;
+    if (op == BinaryOp::Divide) return std::max(p1 + std::max(shift, 0), p2 + std::max(-shift, 0));
+    return std::max(left.scale, right.scale) + std::max(p1 - left.scale, p2 - right.scale) + 1;
+}
+
+std::string digitsOf(Bits128 value) {
+    constexpr int kGroup = 18;
+    if (value <= std::numeric_limits<std::uint64_t>::max())
+        return std::to_string(static_cast<std::uint64_t>(value));
+    const auto power = powerOfTen<Bits128>(kGroup);
+    const std::string last = digitsOf(value % power);
+    return digitsOf(value / power) + std::string(kGroup - last.size(), '0') + last;
+}
+
+}  // namespace
+
+Int128 exactOf(const CellView& cell) {
+    if (const auto* integer = std::get_if<std::int64_t>(&cell)) return *integer;
+    Bits128 bits = 0;
+    for (const std::byte each : std::get<Blob>(cell)) bits = bits << 8 | std::to_integer<unsigned>(each);
+    return static_cast<Int128>(bits ^ kSign);
+}
+
+Value exactCell(Int128 number, const SqlType& type) {
+    if (!isWide(type)) return static_cast<std::int64_t>(number);
+    Bytes bytes(sizeof number, std::byte{0});
+    Bits128 bits = static_cast<Bits128>(number) ^ kSign;
+    for (auto each = bytes.rbegin(); each != bytes.rend(); ++each, bits >>= 8)
+        *each = static_cast<std::byte>(bits);
+    return bytes;
+}
+
+Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding) {
+    const int dropped = fromScale - toScale;
+    if (dropped > kMostDigits) return 0;
+    if (dropped >= 0) return divided(value, powerOfTen<Int128>(dropped), rounding);
+    const Int128 power = powerOfTen<Int128>(std::min(-dropped, kMostDigits));
+    if (value >= kTooLarge / power) return kTooLarge;
+    return value <= -kTooLarge / power ? -kTooLarge : value * power;
+}
+
+// Exactly what the binary number stands for, rounded.
+Int128 rescaled(double value, int toScale) {
+    if (!(std::fabs(value) < 1e38)) return value < 0 ? -kTooLarge : kTooLarge;
+    constexpr int kBits = std::numeric_limits<double>::digits, kDeepest = 300;
+    int exponent = 0;
+    Wide scaled = static_cast<std::int64_t>(std::ldexp(std::frexp(value, &exponent), kBits));
+    scaled *= powerOfTen<Wide>(toScale);
+    exponent -= kBits;
+    if (exponent < -kDeepest) return 0;
+    return bounded<Wide>(exponent >= 0 ? Wide(scaled << exponent)
+                                       : divided<Wide>(scaled, Wide(1) << -exponent, Rounding::HalfAway));
+}
+
+Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType,
+                   int scale) {
+    if (right == 0 && (op == BinaryOp::Divide || op == BinaryOp::Modulo)) throw sqlError(8134);
+    if (digitsNeeded(op, leftType, rightType, scale) <= kMostDigits)
+        return resultIn<Int128>(op, left, leftType.scale, right, rightType.scale, scale);
+    return resultIn<Wide>(op, left, leftType.scale, right, rightType.scale, scale);
+}
+
+int compareExact(Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType) {
+    const int scale = std::max(leftType.scale, rightType.scale);
+    const Int128 difference = exactResult(BinaryOp::Subtract, left, leftType, right, rightType, scale);
+    return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+}
+
+bool fits(Int128 value, const SqlType& type) {
+    if (type.id == TypeId::Decimal) {
+        const Int128 limit = powerOfTen<Int128>(type.precision);
+        return value < limit && value > -limit;
+    }
+    if (type.id == TypeId::TinyInt) return value >= 0 && value < 256;
+    const Int128 limit = Int128{1} << (maxLength(type) * 8 - 1);
+    return value >= -limit && value < limit;
+}
+
+std::string scaledText(Int128 value, int scale) {
+    if (value < 0) return "-" + scaledText(-value, scale);
+    std::string digits = digitsOf(static_cast<Bits128>(value));
+    const auto places = static_cast<std::size_t>(scale);
+    if (digits.size() <= places) digits.insert(0, places + 1 - digits.size(), '0');
+    if (places > 0) digits.insert(digits.size() - places, 1, '.');
+    return digits;
+}
+
+}  // namespace tsql

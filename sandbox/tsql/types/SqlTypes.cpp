@@ -1,0 +1,367 @@
+#include "types/SqlTypes.h"
+
+#include <algorithm>
+#include <array>
+
+#include "messages/Messages.h"
+#include "syntax/Lexer.h"
+
+namespace tsql {
+namespace {
+
+constexpr int kMaxBytes = 8000;
+constexpr int kMaxNational = 4000;
+constexpr int kMaxDecimal = 38;
+constexpr int kNarrowDecimal = 18;
+
+struct TypeFacts {
+    std::string_view name;
+    int precedence;  // T-SQL's: the lower one is converted to the higher one
+    int precision;   // decimal digits of exact types
+    int scale;
+    int bytes;  // of a value; of one character or byte where the type has a length
+};
+
+// In the order of TypeId.
+constexpr std::array<TypeFacts, 26> kTypes = {{
+    {"bit", 12, 1, 0, 1},
+    {"tinyint", 13, 3, 0, 1},
+    {"smallint", 14, 5, 0, 2},
+    {"int", 15, 10, 0, 4},
+    {"bigint", 16, 19, 0, 8},
+    {"decimal", 19, 18, 0, 17},
+    {"smallmoney", 17, 10, 4, 4},
+    {"money", 18, 19, 4, 8},
+    {"real", 20, 0, 0, 4},
+    {"float", 21, 0, 0, 8},
+    {"char", 3, 0, 0, 1},
+    {"varchar", 4, 0, 0, 1},
+    {"nchar", 5, 0, 0, 2},
+    {"nvarchar", 6, 0, 0, 2},
+    {"text", 10, 0, 0, 16},
+    {"ntext", 11, 0, 0, 16},
+    {"xml", 28, 0, 0, -1},
+    {"date", 23, 0, 0, 3},
+    {"time", 22, 0, 7, 5},
+    {"datetime", 25, 0, 3, 8},
+    {"smalldatetime", 24, 0, 0, 4},
+    {"datetime2", 26, 0, 7, 8},
+    {"uniqueidentifier", 7, 0, 0, 16},
+    {"binary", 1, 0, 0, 1},
+    {"varbinary", 2, 0, 0, 1},
+    {"image", 9, 0, 0, 16},
+}};
+
+const TypeFacts& facts(TypeId id) {
+    return kTypes[static_cast<std::size_t>(id)];
+}
+
+// The families of types that are converted alike, by TypeId: N exact numbers, F float, C texts, T text and
+// ntext, X xml, A date, M time, D the classic dates, 2 datetime2, U uniqueidentifier, B binary, I image.
+constexpr std::string_view kFamilies = "NNNNNNNNFFCCCCTTXAMDD2UBBI";
+constexpr std::string_view kFamilyOrder = "NFDAM2CTXUBI";
+// From each family, in that order, to each: by itself (i), by CAST alone (e), never (-).
+constexpr std::array<std::string_view, 12> kConversions = {
+    "iii---i---i-", "iii---i---i-", "eeiiiii---e-", "--ii-ii---e-", "--i-iii---e-", "--iiiii---e-",
+    "iiiiiiiiiiei", "------iie---", "------e-i-e-", "------i--ii-", "i-ieeei-iiii", "----------ii"};
+
+std::size_t familyOf(TypeId id) {
+    return kFamilyOrder.find(kFamilies[static_cast<std::size_t>(id)]);
+}
+
+constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
+    {"integer", TypeId::Int},
+    {"numeric", TypeId::Decimal},
+    {"dec", TypeId::Decimal},
+    {"double precision", TypeId::Float},
+    {"character", TypeId::Char},
+    {"char varying", TypeId::VarChar},
+    {"character varying", TypeId::VarChar},
+    {"national char", TypeId::NChar},
+    {"national character", TypeId::NChar},
+    {"national char varying", TypeId::NVarChar},
+    {"national character varying", TypeId::NVarChar},
+    {"national text", TypeId::NText},
+    {"sysname", TypeId::NVarChar},
+    {"binary varying", TypeId::VarBinary},
+};
+
+std::optional<TypeId> findType(std::string_view name) {
+    for (std::size_t i = 0; i < kTypes.size(); ++i)
+        if (sameWord(kTypes[i].name, name)) return static_cast<TypeId>(i);
+    for (const auto& [synonym, id] : kSynonyms)
+        if (sameWord(synonym, name)) return id;
+    return std::nullopt;
+}
+
+bool hasScale(TypeId id) {
+    return id == TypeId::Time || id == TypeId::DateTime2;
+}
+
+bool mayBeMax(TypeId id) {
+    return id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
+}
+
+void checkLength(TypeId id, int length) {
+    const int most = isNational(id) ? kMaxNational : kMaxBytes;
+    if (length == SqlType::kMax && mayBeMax(id)) return;
+    if (length < 1) throw sqlError(1001, {std::to_string(length)});
+    if (length > most) throw sqlError(131, {std::to_string(length), baseName(id), std::to_string(most)});
+}
+
+SqlType makeDecimal(std::span<const int> arguments) {
+    const int precision = arguments.empty() ? 18 : arguments[0];
+    const int scale = arguments.size() < 2 ? 0 : arguments[1];
+    if (precision < 1) throw sqlError(1001, {std::to_string(precision)});
+    if (precision > kMaxDecimal) throw sqlError(2750, {std::to_string(precision)});
+    if (scale > precision || scale < 0) throw sqlError(192);
+    return decimalType(precision, scale);
+}
+
+SqlType makeFloat(std::span<const int> arguments) {
+    const int bits = arguments.empty() ? 53 : arguments[0];
+    if (bits < 1 || bits > 53) throw sqlError(1001, {std::to_string(bits)});
+    return simpleType(bits <= 24 ? TypeId::Real : TypeId::Float);
+}
+
+SqlType makeFractional(TypeId id, std::span<const int> arguments) {
+    SqlType type = simpleType(id);
+    if (arguments.empty()) return type;
+    if (arguments[0] < 0 || arguments[0] > 7) throw sqlError(1002, {std::to_string(arguments[0]), ""});
+    type.scale = static_cast<std::uint8_t>(arguments[0]);
+    return type;
+}
+
+SqlType asDecimal(const SqlType& type) {
+    return type.id == TypeId::Decimal ? type : decimalType(precisionOf(type), facts(type.id).scale);
+}
+
+SqlType joinLengths(SqlType result, const SqlType& left, const SqlType& right) {
+    const bool unbounded = left.length == SqlType::kMax || right.length == SqlType::kMax;
+    result.length = unbounded ? SqlType::kMax : std::max(left.length, right.length);
+    if (hasLength(result.id) && left.id != right.id) {  // char meets varchar: varying
+        if (result.id == TypeId::NChar) result.id = TypeId::NVarChar;
+        if (isNational(result.id) && result.length > kMaxNational) result.length = SqlType::kMax;
+    }
+    return result;
+}
+
+// Where 38 digits do not do, those after the point give way.
+SqlType joinDecimals(const SqlType& left, const SqlType& right) {
+    const int whole = std::max(left.precision - left.scale, right.precision - right.scale);
+    const int scale = std::min<int>(std::max(left.scale, right.scale), kMaxDecimal - whole);
+    return decimalType(whole + scale, scale);
+}
+
+SqlType concatenation(const SqlType& left, const SqlType& right) {
+    const bool unbounded = left.length <= 0 || right.length <= 0;
+    const int length = left.length + right.length;
+    if (isBinary(left.id)) {
+        SqlType type = simpleType(TypeId::VarBinary);
+        type.length = unbounded ? SqlType::kMax : std::min(length, kMaxBytes);
+        return type;
+    }
+    const bool national = isNational(left.id) || isNational(right.id);
+    if (unbounded) return national ? nvarcharType(SqlType::kMax) : varcharType(SqlType::kMax);
+    return national ? nvarcharType(std::min(length, kMaxNational)) : varcharType(std::min(length, kMaxBytes));
+}
+
+// The type of a product or quotient: beyond 38 digits it gives up some after the point, though not the
+// first 6.
+SqlType reduced(int precision, int scale) {
+    constexpr int kKeptScale = 6;
+    const int room = kMaxDecimal - (precision - scale);
+    return decimalType(
+        std::min(precision, kMaxDecimal),
+        precision <= kMaxDecimal ? scale : std::max(std::min(scale, room), std::min(scale, kKeptScale)));
+}
+
+SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
+    const int p1 = left.precision, s1 = left.scale, p2 = right.precision, s2 = right.scale;
+    if (op == BinaryOp::Multiply) return reduced(p1 + p2 + 1, s1 + s2);
+    if (op == BinaryOp::Divide) {
+        const int scale = std::max(6, s1 + p2 + 1);
+        return reduced(p1 - s1 + s2 + scale, scale);
+    }
+    const int scale = std::max(s1, s2);
+    if (op == BinaryOp::Modulo) return decimalType(std::min(p1 - s1, p2 - s2) + scale, scale);
+    const SqlType sum = joinDecimals(left, right);
+    return decimalType(std::min(sum.precision + 1, kMaxDecimal), sum.scale);
+}
+
+constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract", "multiply", "divide",
+                                                            "modulo", "'&'",      "'|'",      "'^'"};
+
+[[noreturn]] void refuseOperands(BinaryOp op, const SqlType& left, const SqlType& right) {
+    const auto name = kOperatorNames[static_cast<std::size_t>(op)];
+    if (left.id == right.id) throw sqlError(8117, {baseName(left.id), name});
+    throw sqlError(402, {baseName(left.id), baseName(right.id), name});
+}
+
+// datetime and smalldatetime take + and - with numbers (of days); the newer types do not.
+bool isDateSum(BinaryOp op, const SqlType& left, const SqlType& right) {
+    const auto fits = [](TypeId id) { return isClassicDate(id) || isNumber(id) || isText(id); };
+    return (op == BinaryOp::Add || op == BinaryOp::Subtract) && fits(left.id) && fits(right.id);
+}
+
+}  // namespace
+
+SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
+    const auto found = findType(name);
+    if (!found) throw sqlError(2715, {name});
+    const TypeId id = *found;
+    if (sameWord(name, "sysname")) return nvarcharType(128);
+    if (id == TypeId::Decimal) return makeDecimal(arguments);
+    if (id == TypeId::Float) return makeFloat(arguments);
+    if (hasScale(id)) return makeFractional(id, arguments);
+    SqlType type = simpleType(id);
+    if (!hasLength(id)) {
+        if (arguments.empty()) return type;
+        throw sqlError(2716, {name});
+    }
+    type.length = !arguments.empty() ? arguments[0] : use == TypeUse::Cast ? 30 : 1;
+    checkLength(id, type.length);
+    return type;
+}
+
+std::string_view baseName(TypeId id) {
+    return facts(id).name;
+}
+
+std::string displayName(const SqlType& type) {
+    std::string name(baseName(type.id));
+    if (type.id == TypeId::Decimal)
+        return name + "(" + std::to_string(type.precision) + "," + std::to_string(type.scale) + ")";
+    if (hasScale(type.id)) return name + "(" + std::to_string(type.scale) + ")";
+    if (!hasLength(type.id)) return name;
+    return name + "(" + (type.length == SqlType::kMax ? "max" : std::to_string(type.length)) + ")";
+}
+
+std::int64_t encodeType(const SqlType& type) {
+    const auto length = static_cast<std::int64_t>(static_cast<std::uint32_t>(type.length));
+    return static_cast<std::int64_t>(type.id) | (std::int64_t{type.precision} << 8) |
+           (std::int64_t{type.scale} << 16) | (length << 24);
+}
+
+SqlType decodeType(std::int64_t code) {
+    SqlType type;
+    type.id = static_cast<TypeId>(std::min<std::int64_t>(code & 0xff, kTypes.size() - 1));
+    type.precision = static_cast<std::uint8_t>((code >> 8) & 0xff);
+    type.scale = static_cast<std::uint8_t>((code >> 16) & 0xff);
+    type.length = static_cast<int>(static_cast<std::uint32_t>(code >> 24));
+    return type;
+}
+
+bool isInteger(TypeId id) {
+    return id <= TypeId::BigInt;
+}
+bool isMoney(TypeId id) {
+    return id == TypeId::SmallMoney || id == TypeId::Money;
+}
+bool isWide(const SqlType& type) {
+    return type.precision > kNarrowDecimal;
+}
+bool isExact(TypeId id) {
+    return id <= TypeId::Money;
+}
+bool isApproximate(TypeId id) {
+    return id == TypeId::Real || id == TypeId::Float;
+}
+bool isText(TypeId id) {
+    return id >= TypeId::Char && id <= TypeId::Xml;
+}
+bool isNational(TypeId id) {
+    return id == TypeId::NChar || id == TypeId::NVarChar || id == TypeId::NText || id == TypeId::Xml;
+}
+bool isDateTime(TypeId id) {
+    return id >= TypeId::Date && id <= TypeId::DateTime2;
+}
+bool hasLength(TypeId id) {
+    return id == TypeId::Char || id == TypeId::VarChar || id == TypeId::NChar || id == TypeId::NVarChar ||
+           id == TypeId::Binary || id == TypeId::VarBinary;
+}
+bool isClassicDate(TypeId id) {
+    return id == TypeId::DateTime || id == TypeId::SmallDateTime;
+}
+bool isBinary(TypeId id) {
+    return id >= TypeId::Binary;
+}
+bool isLob(TypeId id) {
+    return id == TypeId::Text || id == TypeId::NText || id == TypeId::Xml || id == TypeId::Image;
+}
+
+ConversionRule conversionRule(TypeId from, TypeId to) {
+    const char rule = kConversions[familyOf(from)][familyOf(to)];
+    return rule == 'i'   ? ConversionRule::Implicit
+           : rule == 'e' ? ConversionRule::Explicit
+                         : ConversionRule::Never;
+}
+
+void requireImplicit(const SqlType& from, const SqlType& to) {
+    const ConversionRule rule = conversionRule(from.id, to.id);
+    if (rule != ConversionRule::Implicit)
+        throw sqlError(rule == ConversionRule::Never ? 206 : 257, {baseName(from.id), baseName(to.id)});
+}
+
+SqlType varcharType(int length) {
+    return {TypeId::VarChar, length > kMaxBytes ? SqlType::kMax : length, 0, 0};
+}
+SqlType nvarcharType(int length) {
+    return {TypeId::NVarChar, length > kMaxNational ? SqlType::kMax : length, 0, 0};
+}
+SqlType decimalType(int precision, int scale) {
+    return {TypeId::Decimal, 0, static_cast<std::uint8_t>(precision), static_cast<std::uint8_t>(scale)};
+}
+SqlType simpleType(TypeId id) {
+    const bool sized = id == TypeId::Decimal;
+    return {id, 0, static_cast<std::uint8_t>(sized ? 18 : 0), static_cast<std::uint8_t>(facts(id).scale)};
+}
+
+int maxLength(const SqlType& type) {
+    if (hasLength(type.id)) return type.length == SqlType::kMax ? -1 : type.length * facts(type.id).bytes;
+    const int ofTime = type.scale <= 2 ? 3 : type.scale <= 4 ? 4 : 5;
+    if (type.id == TypeId::Time) return ofTime;
+    if (type.id == TypeId::DateTime2) return ofTime + maxLength(simpleType(TypeId::Date));
+    if (type.id != TypeId::Decimal) return facts(type.id).bytes;
+    return type.precision <= 9 ? 5 : type.precision <= 19 ? 9 : type.precision <= 28 ? 13 : 17;
+}
+
+int precisionOf(const SqlType& type) {
+    return type.id == TypeId::Decimal ? type.precision : facts(type.id).precision;
+}
+
+SqlType commonType(const SqlType& left, const SqlType& right, std::string_view operatorName) {
+    const bool leftWins = facts(left.id).precedence >= facts(right.id).precedence;
+    const SqlType& high = leftWins ? left : right;
+    const SqlType& low = leftWins ? right : left;
+    const bool meet = conversionRule(low.id, high.id) == ConversionRule::Implicit;
+    const bool dates = isDateTime(low.id) && isDateTime(high.id);
+    if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || (dates && !meet)))
+        throw sqlError(402, {baseName(left.id), baseName(right.id), operatorName});
+    if (!meet) throw sqlError(206, {baseName(left.id), baseName(right.id)});
+    if (high.id == TypeId::Decimal && isExact(low.id)) return joinDecimals(high, asDecimal(low));
+    if ((isText(high.id) && isText(low.id)) || (isBinary(high.id) && isBinary(low.id)))
+        return joinLengths(high, left, right);
+    SqlType result = high;
+    if (hasScale(high.id) && hasScale(low.id)) result.scale = std::max(left.scale, right.scale);
+    return result;
+}
+
+SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right) {
+    const SqlType high = commonType(left, right, kOperatorNames[static_cast<std::size_t>(op)]);
+    const bool texts = isText(left.id) && isText(right.id);
+    const bool blobs = isBinary(left.id) && isBinary(right.id);
+    if (op == BinaryOp::Add && (texts || blobs)) return concatenation(left, right);
+    if (isClassicDate(high.id) && isDateSum(op, left, right)) return high;
+    if (!isNumber(high.id) || high.id == TypeId::Bit || isDateTime(left.id) || isDateTime(right.id)) {
+        if (high.id == TypeId::Bit && op >= BinaryOp::BitAnd) return high;
+        refuseOperands(op, left, right);
+    }
+    if (op >= BinaryOp::BitAnd && !isInteger(high.id)) refuseOperands(op, left, right);
+    if (op == BinaryOp::Modulo && isApproximate(high.id)) refuseOperands(op, left, right);
+    if (high.id != TypeId::Decimal) return high;
+    const auto operand = [&](const SqlType& type) { return isExact(type.id) ? asDecimal(type) : high; };
+    return decimalResult(op, operand(left), operand(right));
+}
+
+}  // namespace tsql

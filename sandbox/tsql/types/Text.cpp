@@ -1,0 +1,252 @@
+#include "types/Text.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cwctype>
+
+namespace tsql {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+constexpr std::size_t kFoldTable = 0x10000;  // the few pairs above the basic plane are looked up each time
+
+// The C library's own table of case pairs, independent of the process's locale.
+using CaseMap = wint_t (*)(wint_t, locale_t);
+char32_t mapped(char32_t c, CaseMap map) {
+    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return locale ? static_cast<char32_t>(map(static_cast<wint_t>(c), locale)) : c;
+}
+
+std::string mapped(std::string_view text, CaseMap map) {
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) appendCharacter(result, mapped(nextCharacter(text), map));
+    return result;
+}
+
+// Bytes of the character at the beginning of the text; 1 where it is no UTF-8.
+std::size_t sequenceLength(std::string_view text) {
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const std::size_t length = lead < 0xC2 || lead > 0xF4 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    if (length > text.size()) return 1;
+    for (std::size_t i = 1; i < length; ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return 1;
+    return length;
+}
+
+struct Place {
+    std::size_t bytes = 0, units = 0;
+};
+
+// As far as whole characters of together at most `most` units go.
+Place walk(std::string_view text, std::size_t most) {
+    constexpr std::size_t kPair = 4;  // bytes of a character that is two units
+    Place place;
+    while (place.units < most && place.bytes < text.size()) {
+        const std::size_t length = sequenceLength(text.substr(place.bytes));
+        const std::size_t units = length == kPair ? 2 : 1;
+        if (units > most - place.units) break;
+        place.bytes += length;
+        place.units += units;
+    }
+    return place;
+}
+
+char32_t nextOrBlank(std::string_view& text) {
+    return text.empty() ? U' ' : nextCharacter(text);
+}
+
+// The letters without their accents from U+00E0 to U+017F, in lower case; a blank: no such letter.
+constexpr std::string_view kBaseLetters =
+    "aaaaaa ceeeeiiiidnooooo ouuuuy yaaaaaaccccccccddddeeeeeeeeeegggg"
+    "gggghhhhiiiiiiiiii  jjkk llllllllllnnnnnnn  oooooo  rrrrrrssssss"
+    "ssttttttuuuuuuuuuuuuwwyyyzzzzzzs";
+constexpr char32_t kFirstAccented = 0xE0;
+
+// Where a folded character sorts: signs, digits, letters; an accented letter beside its base letter.
+char32_t sortWeight(char32_t c) {
+    if (c >= kFirstAccented && c < kFirstAccented + kBaseLetters.size() &&
+        kBaseLetters[c - kFirstAccented] != ' ')
+        c = static_cast<unsigned char>(kBaseLetters[c - kFirstAccented]);
+    const bool alphanumeric = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z');
+    return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
+}
+
+// A [set] of a pattern, its opening bracket already taken; takes all up to the closing one.
+// Nothing closes it: the bracket is itself.
+bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
+    const auto place = [](char32_t each) { return std::pair(sortWeight(each), each); };
+    std::string_view rest = pattern;
+    bool negated = false, found = false;
+    if (!rest.empty() && rest[0] == '^') {
+        negated = true;
+        rest.remove_prefix(1);
+    }
+    for (bool first = true; !rest.empty() && (first || rest[0] != ']'); first = false) {
+        const char32_t low = foldCase(nextCharacter(rest));
+        char32_t high = low;
+        if (rest.size() > 1 && rest[0] == '-' && rest[1] != ']') {
+            rest.remove_prefix(1);
+            high = foldCase(nextCharacter(rest));
+        }
+        found = found || c == low || (place(c) >= place(low) && place(c) <= place(high));
+    }
+    if (rest.empty()) return false;
+    pattern = rest.substr(1);
+    matched = found != negated;
+    return true;
+}
+
+// Takes one element of the pattern (not %) and tells whether it matches `c` (folded).
+bool takeElement(std::string_view& pattern, char32_t c, char32_t escape) {
+    const char32_t p = nextCharacter(pattern);
+    if (escape != 0 && p == escape && !pattern.empty()) return foldCase(nextCharacter(pattern)) == c;
+    if (p == U'_') return true;
+    bool matched = false;
+    if (p == U'[' && takeSet(pattern, c, matched)) return matched;
+    return foldCase(p) == c;
+}
+
+}  // namespace
+
+std::string lowerAscii(std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+    return result;
+}
+
+std::string_view trimRight(std::string_view text) {
+    const auto last = text.find_last_not_of(' ');
+    return last == std::string_view::npos ? std::string_view{} : text.substr(0, last + 1);
+}
+
+std::string_view trimLeft(std::string_view text) {
+    const auto first = text.find_first_not_of(' ');
+    return first == std::string_view::npos ? std::string_view{} : text.substr(first);
+}
+
+std::string_view trimmed(std::string_view text) {
+    return trimLeft(trimRight(text));
+}
+
+std::vector<std::string> listItems(std::string_view text) {
+    std::string line(text);
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    std::vector<std::string> items;
+    for (std::size_t at = 0, end = 0; at < line.size(); at = end + 1) {
+        end = std::min(line.find(';', at), line.size());
+        items.emplace_back(trimmed(std::string_view(line).substr(at, end - at)));
+    }
+    return items;
+}
+
+std::size_t characterCount(std::string_view text) {
+    return walk(text, std::string_view::npos).units;
+}
+
+std::size_t byteOffset(std::string_view text, std::size_t count) {
+    return walk(text, count).bytes;
+}
+
+std::string_view characters(std::string_view text, std::size_t first, std::size_t count) {
+    const Place start = walk(text, first);
+    text.remove_prefix(start.bytes);
+    if (start.units == first) return text.substr(0, byteOffset(text, count));
+    if (text.empty() || count == 0) return {};
+    text.remove_prefix(sequenceLength(text));  // `first` is the second half of a character
+    return text.substr(0, byteOffset(text, count - 1));
+}
+
+char32_t nextCharacter(std::string_view& text) {
+    const std::size_t length = sequenceLength(text);
+    const auto lead = static_cast<unsigned char>(text[0]);
+    char32_t c = length == 1 ? lead : lead & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i) c = (c << 6) | (static_cast<unsigned char>(text[i]) & 0x3F);
+    text.remove_prefix(length);
+    return length == 1 && lead >= 0x80 ? kReplacement : c;
+}
+
+void appendCharacter(std::string& text, char32_t c) {
+    const auto tail = [&](int shift) { text += static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
+    if (c < 0x80) {
+        text += static_cast<char>(c);
+    } else if (c < 0x800) {
+        text += static_cast<char>(0xC0 | (c >> 6));
+        tail(0);
+    } else if (c < 0x10000) {
+        text += static_cast<char>(0xE0 | (c >> 12));
+        tail(6), tail(0);
+    } else {
+        text += static_cast<char>(0xF0 | (c >> 18));
+        tail(12), tail(6), tail(0);
+    }
+}
+
+std::string toUpper(std::string_view text) {
+    return mapped(text, towupper_l);
+}
+std::string toLower(std::string_view text) {
+    const bool isAscii = std::ranges::all_of(text, [](char c) { return (c & 0x80) == 0; });
+    return isAscii ? lowerAscii(text) : mapped(text, towlower_l);
+}
+
+char32_t foldCase(char32_t c) {
+    const auto fold = [](char32_t each) { return mapped(mapped(each, towupper_l), towlower_l); };
+    static const auto table = [fold] {
+        std::vector<char32_t> folds(kFoldTable);
+        for (char32_t i = 0; i < kFoldTable; ++i) folds[i] = fold(i);
+        return folds;
+    }();
+    return c < kFoldTable ? table[c] : fold(c);
+}
+
+int compareText(std::string_view left, std::string_view right) {
+    int accents = 0;  // the first difference between letters of the same base
+    while (!left.empty() || !right.empty()) {
+        const char32_t a = foldCase(nextOrBlank(left));
+        const char32_t b = foldCase(nextOrBlank(right));
+        if (a == b) continue;
+        const char32_t heavy = sortWeight(a), light = sortWeight(b);
+        if (heavy != light) return heavy < light ? -1 : 1;
+        if (accents == 0) accents = a < b ? -1 : 1;
+    }
+    return accents;
+}
+
+std::size_t findText(std::string_view text, std::string_view part, std::size_t from) {
+    for (std::size_t at = from; at < text.size(); at += sequenceLength(text.substr(at))) {
+        std::string_view here = text.substr(at), wanted = part;
+        while (!wanted.empty() && !here.empty() &&
+               foldCase(nextCharacter(here)) == foldCase(nextCharacter(wanted)))
+            if (wanted.empty()) return at;
+    }
+    return std::string_view::npos;
+}
+
+bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blanks, char32_t escape) {
+    // Where the last % stood: on a mismatch it takes one character more.
+    std::string_view afterPercent, textAtPercent;
+    bool percent = false;
+    while (!text.empty() || !pattern.empty()) {
+        if (!pattern.empty() && pattern[0] == '%' && escape != U'%') {
+            pattern.remove_prefix(1);
+            afterPercent = pattern, textAtPercent = text, percent = true;
+            continue;
+        }
+        if (!text.empty() && !pattern.empty()) {
+            std::string_view restOfText = text, restOfPattern = pattern;
+            if (takeElement(restOfPattern, foldCase(nextCharacter(restOfText)), escape)) {
+                text = restOfText, pattern = restOfPattern;
+                continue;
+            }
+        }
+        if (pattern.empty() && blanks == EndBlanks::Ignored && trimRight(text).empty()) return true;
+        if (!percent || textAtPercent.empty()) return false;
+        nextCharacter(textAtPercent);
+        text = textAtPercent, pattern = afterPercent;
+    }
+    return true;
+}
+
+}  // namespace tsql

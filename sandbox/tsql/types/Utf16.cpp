@@ -1,0 +1,95 @@
+#include "types/Utf16.h"
+
+#include <algorithm>
+
+#include "types/Text.h"
+
+namespace tsql {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kFirstPair = 0x10000, kLastCharacter = 0x10FFFF;
+constexpr char32_t kHighSurrogate = 0xD800, kLowSurrogate = 0xDC00, kBehindSurrogates = 0xE000;
+
+// The upper half of the control range; undefined places keep their number.
+constexpr char16_t kCodePage1252[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                      0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                      0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                      0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+bool isSurrogate(char32_t c) {
+    return c >= kHighSurrogate && c < kBehindSurrogates;
+}
+
+void appendUnit(std::string& wire, char32_t unit) {
+    wire += static_cast<char>(unit & 0xFF);
+    wire += static_cast<char>(unit >> 8 & 0xFF);
+}
+
+}  // namespace
+
+void appendUtf16(std::string& wire, std::string_view utf8) {
+    while (!utf8.empty()) {
+        if (const auto byte = static_cast<unsigned char>(utf8.front()); byte < 0x80) {
+            appendUnit(wire, byte);
+            utf8.remove_prefix(1);
+            continue;
+        }
+        char32_t c = nextCharacter(utf8);
+        if (isSurrogate(c) || c > kLastCharacter) c = kReplacement;
+        if (c >= kFirstPair) {
+            appendUnit(wire, kHighSurrogate + ((c - kFirstPair) >> 10));
+            c = kLowSurrogate + ((c - kFirstPair) & 0x3FF);
+        }
+        appendUnit(wire, c);
+    }
+}
+
+std::string utf16FromUtf8(std::string_view utf8) {
+    std::string wire;
+    wire.reserve(2 * utf8.size());
+    appendUtf16(wire, utf8);
+    return wire;
+}
+
+std::string utf8FromUtf16(std::string_view wire) {
+    const auto unitAt = [wire](std::size_t i) {
+        return static_cast<char32_t>(static_cast<unsigned char>(wire[i]) |
+                                     static_cast<unsigned char>(wire[i + 1]) << 8);
+    };
+    std::string text;
+    text.reserve(wire.size() / 2);
+    for (std::size_t i = 0; i + 1 < wire.size(); i += 2) {
+        char32_t c = unitAt(i);
+        if (c < 0x80) {
+            text += static_cast<char>(c);
+            continue;
+        }
+        if (isSurrogate(c)) {
+            const char32_t low = c < kLowSurrogate && i + 3 < wire.size() ? unitAt(i + 2) : 0;
+            const bool paired = low >= kLowSurrogate && isSurrogate(low);
+            c = paired ? kFirstPair + ((c - kHighSurrogate) << 10) + (low - kLowSurrogate) : kReplacement;
+            if (paired) i += 2;
+        }
+        appendCharacter(text, c);
+    }
+    return text;
+}
+
+std::string utf8FromCodePage1252(std::string_view wire) {
+    std::string text;
+    for (const char c : wire) {
+        const auto byte = static_cast<unsigned char>(c);
+        appendCharacter(text, byte >= 0x80 && byte < 0xA0 ? kCodePage1252[byte - 0x80] : byte);
+    }
+    return text;
+}
+
+unsigned char codePage1252(char32_t c) {
+    constexpr unsigned char kUnknown = '?';
+    const auto* found = std::ranges::find(kCodePage1252, c);
+    if (found != std::end(kCodePage1252)) return static_cast<unsigned char>(0x80 + (found - kCodePage1252));
+    return c < 0x80 || (c >= 0xA0 && c < 0x100) ? static_cast<unsigned char>(c) : kUnknown;
+}
+
+}  // namespace tsql

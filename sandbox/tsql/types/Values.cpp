@@ -1,0 +1,485 @@
+#include "types/Values.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+#include "messages/Messages.h"
+#include "types/Text.h"
+#include "types/Utf16.h"
+
+namespace tsql {
+
+namespace {
+
+// What the messages call a type: every decimal is "numeric" there.
+std::string_view spoken(const SqlType& type) {
+    return type.id == TypeId::Decimal ? "numeric" : baseName(type.id);
+}
+
+[[noreturn]] void overflow(const SqlType& from, const SqlType& to) {
+    if (from.scale == 0 && !isApproximate(from.id) && isInteger(to.id)) overflow(to);
+    const int textState = from.id == TypeId::Decimal ? 5 : 2, scaledState = isApproximate(from.id) ? 6 : 8;
+    throw sqlError(8115, {spoken(from), spoken(to)}, isText(to.id) ? textState : scaledState);
+}
+
+[[noreturn]] void badText(std::string_view text, const SqlType& from, const SqlType& to) {
+    if (to.id == TypeId::BigInt || to.id == TypeId::Decimal || isApproximate(to.id))
+        throw sqlError(8114, {spoken(from), spoken(to)});
+    if (isMoney(to.id)) throw sqlError(235);
+    throw sqlError(245, {spoken(from), text, spoken(to)});
+}
+
+[[noreturn]] void notConverted(const SqlType& from, const SqlType& to) {
+    throw unsupported("the conversion of " + std::string(spoken(from)) + " to " + std::string(spoken(to)));
+}
+
+// One conversion: the value, its type and where it goes; the functions are named for the target's family.
+class Converter {
+  public:
+    Converter(const CellView& value, const SqlType& from, const SqlType& to, int style, bool assign)
+        : m_value(value), m_from(from), m_to(to), m_style(style), m_assign(assign) {}
+
+    Value run() const {
+        if (isInteger(m_to.id)) return toInteger();
+        if (m_to.id == TypeId::Decimal || isMoney(m_to.id)) return toScaled();
+        if (isApproximate(m_to.id)) return toFloat();
+        if (isText(m_to.id)) return toText();
+        if (isDateTime(m_to.id)) return toDateTime();
+        if (m_to.id == TypeId::UniqueIdentifier) return toIdentifier();
+        return toBinary();
+    }
+
+  private:
+    std::int64_t integer() const { return std::get<std::int64_t>(m_value); }
+    Int128 exact() const { return exactOf(m_value); }
+    double real() const { return std::get<double>(m_value); }
+    std::string_view text() const { return std::get<std::string_view>(m_value); }
+    Blob blob() const { return std::get<Blob>(m_value); }
+
+    Value toInteger() const {
+        if (isText(m_from.id)) return integerFromText();
+        if (isExact(m_from.id)) {
+            if (m_to.id == TypeId::Bit) return std::int64_t{exact() != 0};
+            const auto rounding = isMoney(m_from.id) ? Rounding::HalfAway : Rounding::Truncate;
+            return rangeChecked(rescaled(exact(), m_from.scale, 0, rounding));
+        }
+        if (isApproximate(m_from.id)) return integerFromFloat();
+        if (isClassicDate(m_from.id)) return rangeChecked(static_cast<Int128>(std::llround(dayNumber())));
+        if (isBinary(m_from.id)) return integerFromBinary();
+        notConverted(m_from, m_to);
+    }
+
+    Value rangeChecked(Int128 value) const {
+        if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
+        const auto number = static_cast<std::int64_t>(value);
+        if (fits(value, m_to)) return number;
+        if (isInteger(m_from.id) && m_to.id < TypeId::Int)
+            throw sqlError(220, {spoken(m_to), std::to_string(number)}, m_to.id == TypeId::TinyInt ? 2 : 1);
+        overflow(m_from, m_to);
+    }
+
+    Value integerFromText() const {
+        std::string_view digits = trimmed(text());
+        if (m_to.id == TypeId::Bit && (sameText(digits, "true") || sameText(digits, "false")))
+            return std::int64_t{sameText(digits, "true")};
+        if (digits.empty()) return std::int64_t{0};
+        const bool negative = digits[0] == '-';
+        if (negative || digits[0] == '+') digits = trimLeft(digits.substr(1));
+        if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
+            badText(text(), m_from, m_to);
+        const auto significant = digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+        Int128 value = 0;
+        for (const char c : significant.substr(0, 20)) value = value * 10 + (c - '0');
+        if (negative) value = -value;
+        if (m_to.id != TypeId::Bit && (significant.size() > 20 || !fits(value, m_to))) textOverflow();
+        return rangeChecked(value);
+    }
+
+    [[noreturn]] void textOverflow() const {
+        if (m_to.id == TypeId::Int) throw sqlError(248, {spoken(m_from), text()});
+        if (m_to.id == TypeId::BigInt) overflow(m_to);
+        throw sqlError(244, {spoken(m_from), text(), m_to.id == TypeId::TinyInt ? "INT1" : "INT2"});
+    }
+
+    Value integerFromFloat() const {
+        const double value = real();
+        if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
+        if (!(std::fabs(value) < 9.2233720368547748e18)) floatOverflow();
+        const auto whole = static_cast<std::int64_t>(value);
+        if (!fits(whole, m_to)) floatOverflow();
+        return whole;
+    }
+
+    [[noreturn]] void floatOverflow() const {
+        if (m_to.id == TypeId::BigInt) overflow(m_to);
+        std::array<char, 400> number{};
+        std::snprintf(number.data(), number.size(), "%.6f", real());
+        throw sqlError(232, {spoken(m_to), number.data()}, isText(m_to.id) ? 2 : static_cast<int>(m_to.id));
+    }
+
+    Value integerFromBinary() const {
+        std::uint64_t bits = 0;
+        const Blob bytes = blob();
+        const std::size_t width = static_cast<std::size_t>(maxLength(simpleType(m_to.id)));
+        for (const std::byte b : bytes.substr(bytes.size() - std::min(bytes.size(), width)))
+            bits = bits << 8 | std::to_integer<std::uint64_t>(b);
+        if (m_to.id == TypeId::SmallInt) return std::int64_t{static_cast<std::int16_t>(bits)};
+        if (m_to.id == TypeId::Int) return std::int64_t{static_cast<std::int32_t>(bits)};
+        return m_to.id == TypeId::Bit ? std::int64_t{bits != 0} : static_cast<std::int64_t>(bits);
+    }
+
+    Value toScaled() const {
+        if (isText(m_from.id)) return scaledFromText();
+        if (isExact(m_from.id))
+            return scaleChecked(rescaled(exact(), m_from.scale, m_to.scale, Rounding::HalfAway));
+        if (isApproximate(m_from.id)) return scaleChecked(rescaled(real(), m_to.scale));
+        if (isClassicDate(m_from.id))
+            return scaleChecked(rescaled(static_cast<double>(dayNumber()), m_to.scale));
+        if (isBinary(m_from.id) && isMoney(m_to.id)) return integerFromBinary();
+        notConverted(m_from, m_to);
+    }
+
+    Value scaleChecked(Int128 value) const {
+        if (fits(value, m_to)) return exactCell(value, m_to);
+        overflow(m_from, m_to);
+    }
+
+    // Digits with at most one point; money also takes a currency sign and commas.
+    Value scaledFromText() const {
+        std::string_view rest = trimmed(text());
+        if (rest.empty() && isMoney(m_to.id)) return std::int64_t{0};
+        bool negative = false, point = false, any = false;
+        if (!rest.empty() && (rest[0] == '-' || rest[0] == '+'))
+            negative = rest[0] == '-', rest = trimLeft(rest.substr(1));
+        if (isMoney(m_to.id) && !rest.empty() && rest[0] == '$') rest = trimLeft(rest.substr(1));
+        if (isMoney(m_to.id) && !rest.empty() && rest[0] == '-' && !negative)
+            negative = true, rest.remove_prefix(1);
+        constexpr auto kFull = powerOfTen<Int128>(kMostDigits - 1);  // takes no further digit
+        Int128 value = 0;
+        int scale = 0;
+        bool up = false;
+        for (const char c : rest) {
+            if (c == ',' && isMoney(m_to.id) && !point) continue;
+            if (c == '.' && !point) {
+                point = true;
+                continue;
+            }
+            if (c < '0' || c > '9') badText(text(), m_from, m_to);
+            any = true;
+            if (point && scale >= m_to.scale) {  // the first digit that is not kept decides
+                up = up || (scale++ == m_to.scale && c >= '5');
+                continue;
+            }
+            if (value >= kFull) overflow(m_from, m_to);
+            value = value * 10 + (c - '0');
+            scale += point;
+        }
+        if (!any) badText(text(), m_from, m_to);
+        value = rescaled(value, std::min<int>(scale, m_to.scale), m_to.scale, Rounding::Truncate) + up;
+        return scaleChecked(negative ? -value : value);
+    }
+
+    Value toFloat() const {
+        double value = 0;
+        if (isText(m_from.id))
+            value = floatFromText();
+        else if (isExact(m_from.id))
+            value = static_cast<double>(static_cast<long double>(exact()) /
+                                        powerOfTen<long double>(m_from.scale));
+        else if (isApproximate(m_from.id))
+            value = real();
+        else if (isClassicDate(m_from.id))
+            value = static_cast<double>(dayNumber());
+        else
+            notConverted(m_from, m_to);
+        if (m_to.id != TypeId::Real) return value;
+        if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max())) overflow(m_to);
+        return static_cast<double>(static_cast<float>(value));
+    }
+
+    double floatFromText() const {
+        std::string_view digits = trimmed(text());
+        if (digits.empty()) return 0;
+        if (digits[0] == '+') digits.remove_prefix(1);
+        double value = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        if (error == std::errc::result_out_of_range) overflow(m_from, m_to);
+        if (error != std::errc() || end != digits.data() + digits.size() || !std::isfinite(value))
+            badText(text(), m_from, m_to);
+        return value;
+    }
+
+    long double dayNumber() const {
+        const DateTime value = fromStorage(text());
+        return static_cast<long double>(value.days - DateTime::kDay1900) +
+               static_cast<long double>(value.ticks) / static_cast<long double>(DateTime::kTicksPerDay);
+    }
+
+    Value toText() const {
+        std::string result = textInStyle();
+        const bool fixed = m_to.id == TypeId::Char || m_to.id == TypeId::NChar;
+        if (m_to.length <= 0) return result;  // text, xml, (max)
+        const auto limit = static_cast<std::size_t>(m_to.length);
+        const std::size_t count = characterCount(result);
+        if (count > limit) return fitted(result, limit);
+        if (fixed) result.append(limit - count, ' ');
+        return result;
+    }
+
+    Value fitted(const std::string& result, std::size_t limit) const {
+        if (m_from.id <= TypeId::Int && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit) {
+            std::string star = "*";
+            if (m_to.id == TypeId::Char) star.append(limit - 1, ' ');
+            return star;
+        }
+        if (isApproximate(m_from.id) && !isNational(m_to.id)) floatOverflow();
+        if (isInteger(m_from.id) || isApproximate(m_from.id)) overflow(m_to);
+        if (m_from.id == TypeId::Decimal) overflow(m_from, m_to);
+        if (isMoney(m_from.id)) throw sqlError(234, {spoken(m_to)});
+        if (m_from.id == TypeId::UniqueIdentifier)
+            throw sqlError(8170, {"result space to convert uniqueidentifier value to char"});
+        const std::string_view kept = characters(result, 0, limit);
+        if (m_assign && trimRight(result).size() > kept.size()) throw sqlError(8152);
+        return std::string(kept);
+    }
+
+    std::string textInStyle() const {
+        if (isDateTime(m_from.id)) return formatDateTime(fromStorage(text()), m_from, m_style);
+        if (isMoney(m_from.id)) return moneyText();
+        if (isApproximate(m_from.id)) return floatText();
+        if (isBinary(m_from.id)) return m_style > 0 ? hexText() : binaryAsText();
+        if (isExact(m_from.id)) return scaledText(exact(), m_from.scale);
+        return std::string(text());
+    }
+
+    std::string moneyText() const {
+        if (m_style == 2 || m_style == 126) return scaledText(integer(), 4);
+        std::string result = scaledText(rescaled(integer(), 4, 2, Rounding::HalfAway), 2);
+        const std::size_t first = result[0] == '-' ? 1 : 0;
+        for (std::size_t at = result.size() - 3; m_style == 1 && at > first + 3;)
+            result.insert(at -= 3, 1, ',');
+        return result;
+    }
+
+    // Six digits by default; the exponent always has three.
+    std::string floatText() const {
+        std::array<char, 64> buffer{};
+        const double value = real() == 0 ? 0.0 : real();
+        constexpr int kDigits[] = {6, 7, 15, 16};  // of the styles 0 to 3
+        const bool exponential = m_style >= 1 && m_style <= 3;
+        std::snprintf(buffer.data(), buffer.size(), exponential ? "%.*e" : "%.*g",
+                      kDigits[exponential ? m_style : 0], value);
+        std::string result = buffer.data();
+        const auto exponent = result.find('e');
+        if (exponent != std::string::npos && result.size() - exponent < 5)
+            result.insert(exponent + 2, 1, '0');
+        return result;
+    }
+
+    std::string hexText() const { return (m_style == 1 ? "0x" : "") + hexDigits(blob()); }
+
+    // A byte is a character of varchar, two bytes (low one first) are one of nvarchar.
+    std::string binaryAsText() const {
+        const auto* bytes = reinterpret_cast<const char*>(blob().data());
+        if (isNational(m_to.id)) return utf8FromUtf16({bytes, blob().size()});
+        std::string result;
+        for (const std::byte b : blob()) appendCharacter(result, std::to_integer<unsigned char>(b));
+        return result;
+    }
+
+    Value toDateTime() const {
+        if (isText(m_from.id)) return dateTimeFromText();
+        if (isDateTime(m_from.id)) return dateTimeFromOther();
+        if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
+        notConverted(m_from, m_to);
+    }
+
+    Value dateTimeFromText() const { return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style)); }
+
+    Value dateTimeFromOther() const { return stored(fromStorage(text())); }
+
+    Value dateTimeFromNumber() const {
+        const auto number = std::get<double>(convertValue(m_value, m_from, simpleType(TypeId::Float)));
+        const double whole = std::floor(number);
+        if (std::fabs(whole) > 3e6) overflow(m_from, m_to);
+        const auto ticks =
+            static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay));
+        return stored({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks});
+    }
+
+    Value stored(const DateTime& value) const {
+        try {
+            return toStorage(value, m_to);
+        } catch (const SqlError&) {
+            throw sqlError(242, {spoken(m_from), spoken(m_to)});
+        }
+    }
+
+    Value toIdentifier() const {
+        if (isText(m_from.id)) return identifierFromText();
+        if (m_from.id == TypeId::UniqueIdentifier) return std::string(text());
+        if (isBinary(m_from.id)) return identifierFromBinary();
+        notConverted(m_from, m_to);
+    }
+
+    Value identifierFromText() const {
+        std::string_view rest = trimmed(text());
+        if (!rest.empty() && rest[0] == '{') rest.remove_prefix(1);
+        std::string result = toUpper(rest.substr(0, 36));
+        for (std::size_t i = 0; i < 36; ++i) {
+            const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+            if (i >= result.size() ||
+                !(dash ? result[i] == '-' : std::strchr("0123456789ABCDEF", result[i]) && result[i]))
+                throw sqlError(8169);
+        }
+        return result;
+    }
+
+    // The first three groups stand with their low byte first.
+    static constexpr std::array<std::size_t, 16> kIdentifierOrder = {3, 2, 1,  0,  5,  4,  7,  6,
+                                                                     8, 9, 10, 11, 12, 13, 14, 15};
+
+    Value identifierFromBinary() const {
+        if (blob().size() < 16) throw sqlError(8170, {"data to convert a binary value to uniqueidentifier"});
+        Bytes written;
+        for (const std::size_t from : kIdentifierOrder) written += blob()[from];
+        std::string result = hexDigits(written);
+        for (const std::size_t dash : {8U, 13U, 18U, 23U}) result.insert(dash, 1, '-');
+        return result;
+    }
+
+    Value toBinary() const {
+        Bytes bytes = bytesOfValue();
+        if (m_to.length <= 0) return bytes;
+        const auto limit = static_cast<std::size_t>(m_to.length);
+        const bool number = isNumber(m_from.id);
+        if (bytes.size() > limit && m_assign && !number) throw sqlError(8152);
+        // Numbers keep their low end, at the right; all else its beginning.
+        if (bytes.size() > limit)
+            bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
+        if (m_to.id == TypeId::Binary && bytes.size() < limit)
+            bytes.insert(number ? 0 : bytes.size(), limit - bytes.size(), std::byte{0});
+        return bytes;
+    }
+
+    Bytes bytesOfValue() const {
+        if (isBinary(m_from.id)) return Bytes(blob());
+        if (isInteger(m_from.id) || isMoney(m_from.id)) return bytesOfInteger();
+        if (isText(m_from.id)) return m_style > 0 ? bytesOfHex() : bytesOfText();
+        if (m_from.id == TypeId::UniqueIdentifier) return bytesOfIdentifier();
+        notConverted(m_from, m_to);
+    }
+
+    Bytes bytesOfInteger() const {
+        Bytes bytes;
+        for (int shift = maxLength(m_from) * 8 - 8; shift >= 0; shift -= 8)
+            bytes += static_cast<std::byte>(integer() >> shift);
+        return bytes;
+    }
+
+    // Outside of Latin-1 varchar keeps its UTF-8 bytes.
+    Bytes bytesOfText() const {
+        std::string wire;
+        if (isNational(m_from.id)) appendUtf16(wire, text());
+        for (std::string_view rest = isNational(m_from.id) ? "" : text(); !rest.empty();) {
+            const std::string_view before = rest;
+            const char32_t c = nextCharacter(rest);
+            if (c < 0x100)
+                wire += static_cast<char>(c);
+            else
+                wire += before.substr(0, before.size() - rest.size());
+        }
+        return {reinterpret_cast<const std::byte*>(wire.data()), wire.size()};
+    }
+
+    Bytes bytesOfHex() const {
+        std::string_view digits = trimmed(text());
+        const bool prefixed = digits.size() >= 2 && digits[0] == '0' && (digits[1] | 32) == 'x';
+        if (prefixed && m_style == 1) digits.remove_prefix(2);
+        if (auto parsed = parseHex(digits); parsed && prefixed == (m_style == 1)) return *parsed;
+        throw sqlError(8114, {spoken(m_from), spoken(m_to)});
+    }
+
+    Bytes bytesOfIdentifier() const {
+        std::string digits(text());
+        std::erase(digits, '-');
+        const Bytes written = parseHex(digits).value_or(Bytes(16, std::byte{0}));
+        Bytes bytes;
+        for (const std::size_t from : kIdentifierOrder) bytes += written[from];
+        return bytes;
+    }
+
+    const CellView& m_value;
+    const SqlType& m_from;
+    const SqlType& m_to;
+    int m_style;
+    bool m_assign;
+};
+
+}  // namespace
+
+void overflow(const SqlType& type) {
+    throw sqlError(8115, {"expression", spoken(type)});
+}
+
+std::string hexDigits(std::span<const std::byte> bytes) {
+    std::string digits;
+    for (const std::byte b : bytes) {
+        digits += "0123456789ABCDEF"[std::to_integer<int>(b >> 4)];
+        digits += "0123456789ABCDEF"[std::to_integer<int>(b & std::byte{15})];
+    }
+    return digits;
+}
+
+std::optional<Bytes> parseHex(std::string_view digits) {
+    if (digits.size() % 2 != 0) return std::nullopt;
+    Bytes bytes;
+    for (std::size_t at = 0; at < digits.size(); at += 2) {
+        unsigned value = 0;
+        const char* end = digits.data() + at + 2;
+        if (std::from_chars(digits.data() + at, end, value, 16).ptr != end) return std::nullopt;
+        bytes += static_cast<std::byte>(value);
+    }
+    return bytes;
+}
+
+CellView viewOf(const Value& value) {
+    return std::visit([](const auto& held) -> CellView { return held; }, value);
+}
+
+Value ownedValue(const CellView& view) {
+    if (const auto* text = std::get_if<std::string_view>(&view)) return std::string(*text);
+    if (const auto* blob = std::get_if<Blob>(&view)) return Bytes(*blob);
+    if (const auto* integer = std::get_if<std::int64_t>(&view)) return *integer;
+    if (const auto* real = std::get_if<double>(&view)) return *real;
+    return Null{};
+}
+
+Value convertValue(const CellView& value, const SqlType& from, const SqlType& to, int style,
+                   Conversion kind) {
+    if (isNull(value)) return Null{};
+    if (conversionRule(from.id, to.id) == ConversionRule::Never)
+        throw sqlError(529, {spoken(from), spoken(to)});
+    try {
+        return Converter(value, from, to, style, kind == Conversion::Assign).run();
+    } catch (const SqlError& error) {
+        constexpr int kUnsupported = 50000, kNoSuchStyle = 281;
+        if (kind != Conversion::Try || error.number == kUnsupported || error.number == kNoSuchStyle) throw;
+        return Null{};
+    } catch (const std::bad_variant_access&) {
+        throw sqlError(8114, {spoken(from), spoken(to)});
+    }
+}
+
+std::string textOf(const CellView& value, const SqlType& type) {
+    if (isNull(value)) return {};
+    return std::get<std::string>(convertValue(
+        value, type, isNational(type.id) ? nvarcharType(SqlType::kMax) : varcharType(SqlType::kMax)));
+}
+
+}  // namespace tsql
