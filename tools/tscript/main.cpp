@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <exception>
 
-#include "Commands.h"
-#include "Confirmation.h"
-#include "Console.h"
-#include "Suggestion.h"
-#include "Terminal.h"
+#include "commands/Commands.h"
+#include "commands/Suggestion.h"
+#include "console/Confirmation.h"
+#include "console/Console.h"
+#include "console/Terminal.h"
 
 namespace {
 

@@ -1,0 +1,104 @@
+// config: the values of the store.
+#include <algorithm>
+#include <memory>
+
+#include "HostSetup.h"
+#include "commands/Commands.h"
+#include "console/Console.h"
+#include "console/JsonOutput.h"
+#include "installation/Installation.h"
+#include "installation/StoreValues.h"
+
+namespace {
+
+struct ConfigOptions {
+    std::string key;
+    std::string name;
+    std::string value;
+    bool json = false;
+};
+
+constexpr const char* kMasked = "(secret)";
+
+// By a key's name, with or without its instance; "host" has its programs below it.
+bool isBelow(const StoreEntry& entry, const std::string& key) {
+    const std::string full = entry.fullName();
+    return key.empty() || entry.table.back() == key || entry.table.front() == key ||
+           full.substr(0, full.size() - entry.name.size() - 1) == key;
+}
+
+Json toJson(const StoreEntry& entry) {
+    Json result;
+    result["name"] = entry.fullName();
+    result["secret"] = entry.isSecret();
+    if (entry.isSecret()) return result;
+    std::visit([&result](const auto& value) { result["value"] = value; }, entry.value);
+    return result;
+}
+
+ExitCode show(const ConfigOptions& options) {
+    requireStore();
+    Json list = Json::array();
+    std::size_t shown = 0;
+    for (const StoreEntry& entry : storeEntries()) {
+        if (!isBelow(entry, options.key)) continue;
+        ++shown;
+        if (options.json) {
+            list.push_back(toJson(entry));
+        } else {
+            writeResult(entry.fullName() + " = " + (entry.isSecret() ? kMasked : entry.text()));
+        }
+    }
+    if (options.json) writeJson(list);
+    if (shown > 0 || options.key.empty()) return ExitCode::kDone;
+    throw Failure(ExitCode::kUsage, "the store has no key '" + options.key.substr(0, 128) + "'",
+                  "tscript config show lists all values.");
+}
+
+ExitCode get(const ConfigOptions& options) {
+    requireStore();
+    const StoreEntry wanted = entryNamed(options.name);
+    for (const StoreEntry& entry : storeEntries()) {
+        if (entry.table != wanted.table || entry.name != wanted.name) continue;
+        if (entry.isSecret())
+            throw Failure(ExitCode::kUsage, "'" + entry.fullName() + "' is a secret and is not shown");
+        if (options.json) {
+            writeJson(toJson(entry));
+        } else {
+            writeResult(entry.text() + "\n");
+        }
+        return ExitCode::kDone;
+    }
+    throw Failure(ExitCode::kInstallation, "the store has no value '" + wanted.fullName() + "'");
+}
+
+ExitCode set(const ConfigOptions& options) {
+    requireStore();
+    const StoreEntry entry = entryNamed(options.name);
+    const auto value = checkedValue(entry, options.value);
+    std::string problem;
+    if (!hostlayer::setStoreValue(entry.table, entry.name, value, problem))
+        throw Failure(ExitCode::kInstallation, "the store cannot be changed: " + problem);
+    writeNote("set " + entry.fullName());
+    return ExitCode::kDone;
+}
+
+}  // namespace
+
+void addConfigCommands(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<ConfigOptions>();
+    CLI::App* family = app.add_subcommand("config", "The values of the configuration store");
+    family->require_subcommand(1);
+    constexpr const char* kName = "KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL";
+    CLI::App* showing =
+        addCommand(family, action, "show", "List the values; secrets are masked", options, show);
+    showing->add_option("--key", options->key, "Those of one key alone")->type_name("KEY");
+    showing->add_flag("--json", options->json, "Write JSON");
+    CLI::App* getting = addCommand(family, action, "get", "Show one value", options, get);
+    getting->add_option("NAME", options->name, kName)->required();
+    getting->add_flag("--json", options->json, "Write JSON");
+    CLI::App* setting = addCommand(family, action, "set",
+                                   "Set one value; the file keeps its comments and order", options, set);
+    setting->add_option("NAME", options->name, kName)->required();
+    setting->add_option("VALUE", options->value, "The new value")->required();
+}

@@ -1,0 +1,283 @@
+// catalogue, journal, which: what is recorded of scripts and their runs.
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "DVUtilities/TScriptApi.h"
+#include "DVUtilities/TScriptRecords.h"
+#include "commands/Commands.h"
+#include "console/Console.h"
+#include "console/JsonOutput.h"
+#include "console/Listing.h"
+#include "console/Times.h"
+#include "installation/Diagnosis.h"
+#include "installation/Installation.h"
+#include "journal/JournalReader.h"
+#include "system/Interrupt.h"
+
+namespace {
+
+constexpr int kPage = 1000;
+constexpr int kAll = 0;
+constexpr int kMost = std::numeric_limits<int>::max();
+
+bool isProcedure(int type) {
+    return (type & kTScriptPermanent) != 0;
+}
+bool isSecured(int type) {
+    return (type & kTScriptSecured) != 0;
+}
+bool isPackage(int type) {
+    return (type & kTScriptPackageBits) != 0;
+}
+
+const char* kindOf(int type) {
+    if (isProcedure(type) && isPackage(type)) return "both";
+    return isProcedure(type) ? "procedure" : isPackage(type) ? "package" : "other";
+}
+
+// ---- catalogue -----------------------------------------------------------------------------------------
+
+Cells cellsOf(const TScriptEntry_t& entry) {
+    return {{std::to_string(entry.id)},
+            {entry.name},
+            {kindOf(entry.type)},
+            {isSecured(entry.type) ? "secured" : "-", isSecured(entry.type) ? Shade::kOdd : Shade::kNone},
+            {std::to_string(entry.auditLevel)},
+            {localTime(entry.creationTime)}};
+}
+
+Json jsonOf(const TScriptEntry_t& entry) {
+    return {{"id", entry.id},
+            {"name", entry.name},
+            {"kind", kindOf(entry.type)},
+            {"type", entry.type},
+            {"secured", isSecured(entry.type)},
+            {"auditLevel", entry.auditLevel},
+            {"created", utcTime(entry.creationTime)}};
+}
+
+// ---- journal -------------------------------------------------------------------------------------------
+
+constexpr const char* kStatuses[] = {"running", "ok", "failed"};  // by their number in the journal
+
+int statusNumber(const std::string& name) {
+    for (int status = 0; const char* known : kStatuses) {
+        if (name == known) return status;
+        ++status;
+    }
+    return -1;
+}
+
+Cell statusOf(const RunView& view) {
+    constexpr Shade kShades[] = {Shade::kActive, Shade::kGood, Shade::kBad, Shade::kOdd, Shade::kNone};
+    if (view.state == RunState::kUnknown) return {std::to_string(view.run.status)};
+    return {nameOf(view.state), kShades[static_cast<int>(view.state)]};
+}
+
+Cells cellsOf(const RunView& view) {
+    const TScriptRun_t& run = view.run;
+    return {{std::to_string(run.id)}, {run.name}, statusOf(view), {localTime(run.startTime)},
+            {spanText(view.seconds)}, {run.input}};
+}
+
+Json jsonOf(const RunView& view) {
+    const TScriptRun_t& run = view.run;
+    const bool ended = run.status != 0;
+    return {{"id", run.id},
+            {"name", run.name},
+            {"kind", kindOf(run.type)},
+            {"status", statusOf(view).text},
+            {"start", utcTime(run.startTime)},
+            {"end", ended ? Json(utcTime(run.endTime)) : Json()},
+            {"seconds", view.seconds},
+            {"user", run.userId},
+            {"input", run.input}};
+}
+
+// ---- Pages ---------------------------------------------------------------------------------------------
+
+// Writes pages as they come, until `most` rows (0: all) are written or the last page was short. `fetch` reads
+// the page of a length behind an id.
+template <typename Row, typename Fetch, typename View>
+void writePages(std::vector<Column> columns, bool json, int most, Fetch fetch, View view) {
+    Listing table(std::move(columns));
+    JsonListing array;
+    std::vector<Row> page;
+    int beforeId = 0;
+    for (int left = most == kAll ? kMost : most; left > 0; left -= static_cast<int>(page.size())) {
+        const int length = std::min(left, kPage);
+        fetch(beforeId, length, page);
+        std::vector<Cells> rows;
+        for (const Row& row : page) {
+            if (json) {
+                array.write(jsonOf(view(row)));
+            } else {
+                rows.push_back(cellsOf(view(row)));
+            }
+        }
+        table.writePage(rows);
+        if (page.size() < static_cast<std::size_t>(length) || std::ferror(resultStream()) != 0) break;
+        beforeId = page.back().id;
+    }
+    if (json) array.end();
+}
+
+ExitCode listCatalogue(const RecordOptions& options) {
+    checkPattern(options.name);
+    TScriptRecords records;
+    openRecords(records, options.database);
+    const auto fetch = [&](int beforeId, int length, std::vector<TScriptEntry_t>& page) {
+        if (!records.listScripts(options.name.c_str(), beforeId, length, page)) failReading(records);
+    };
+    writePages<TScriptEntry_t>({{"ID"}, {"NAME", true}, {"KIND"}, {"SECURED"}, {"AUDIT"}, {"CREATED"}},
+                               options.json, kAll, fetch,
+                               [](const TScriptEntry_t& entry) -> const TScriptEntry_t& { return entry; });
+    return ExitCode::kDone;
+}
+
+ExitCode listJournal(const RecordOptions& options) {
+    TScriptRunFilter_t filter = runFilter(options);
+    filter.status = statusNumber(options.status);
+    TScriptRecords records;
+    openRecords(records, options.database);
+    const auto fetch = [&](int beforeId, int length, std::vector<TScriptRun_t>& page) {
+        if (!records.listRuns(filter, beforeId, length, page)) failReading(records);
+    };
+    writePages<TScriptRun_t>({{"ID"}, {"NAME", true}, {"STATUS"}, {"STARTED"}, {"DURATION"}, {"INPUT", true}},
+                             options.json, options.last, fetch,
+                             [&](const TScriptRun_t& run) { return RunView(run, options.staleHours); });
+    return ExitCode::kDone;
+}
+
+// ---- which ---------------------------------------------------------------------------------------------
+
+struct Script {
+    std::string packageFile;  // empty: there is no package
+    std::string packageDatabase;
+    bool hasProcedure = false;
+    std::string database;  // whose catalogue was read
+    TScriptEntry_t procedure;
+};
+
+bool readDatabase(const std::string& package, std::string& database, std::string& error) {
+    std::string sql;
+    const InterruptDelay delay;
+    return TS_PreviewTscript_SQL(package.c_str(), &database, nullptr, &sql, &error);
+}
+
+void findPackage(const std::string& name, Script& script) {
+    std::error_code ignored;
+    const std::filesystem::path file = packageFile(name);
+    if (!std::filesystem::exists(file, ignored)) return;
+    script.packageFile = file;
+    std::string error;
+    if (readDatabase(name, script.packageDatabase, error)) return;
+    const Diagnosis diagnosis = diagnoseRun(name, {}, error);
+    throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+}
+
+// The newest permanent row of that very name; as the given name can hold the pattern's wildcards, each row is
+// compared by length as well.
+void findProcedure(const std::string& name, const std::string& database, Script& script) {
+    TScriptRecords records;
+    openRecords(records, database);
+    script.database = records.getDbName();
+    std::vector<TScriptEntry_t> page;
+    for (int beforeId = 0; records.listScripts(name.c_str(), beforeId, kPage, page);
+         beforeId = page.back().id) {
+        for (const TScriptEntry_t& entry : page) {
+            const bool sameName = name.find_first_of("*?") == name.npos || entry.name == name;
+            if (!sameName || !isProcedure(entry.type)) continue;
+            script.hasProcedure = true;
+            script.procedure = entry;
+            return;
+        }
+        if (page.size() < kPage) return;
+    }
+    failReading(records);
+}
+
+void writeScript(const std::string& name, const Script& script, bool json) {
+    const bool package = !script.packageFile.empty();
+    const char* kind = package && script.hasProcedure ? "both" : package ? "package" : "procedure";
+    Json value = {{"name", script.hasProcedure ? script.procedure.name : name}, {"kind", kind}};
+    if (package) {
+        value["file"] = script.packageFile;
+        value["packageDatabase"] = script.packageDatabase;
+    }
+    if (script.hasProcedure) {
+        value["database"] = script.database;
+        value["auditLevel"] = script.procedure.auditLevel;
+        value["secured"] = isSecured(script.procedure.type);
+    }
+    if (json) return writeJson(value);
+    std::string text = "name      " + value["name"].get<std::string>() + "\nkind      " + kind + "\n";
+    if (package) {
+        text += "package   " + script.packageFile + "\n          runs in " +
+                (script.packageDatabase.empty() ? "the database found from the installed components"
+                                                : script.packageDatabase) +
+                "\n";
+    }
+    if (script.hasProcedure) {
+        text += "procedure in " + script.database + ", audit level " +
+                std::to_string(script.procedure.auditLevel) +
+                (isSecured(script.procedure.type) ? ", secured" : ", not secured") + "\n";
+    }
+    writeResult(text);
+}
+
+ExitCode showScript(const RecordOptions& options) {
+    checkScriptName(options.name);
+    Script script;
+    findPackage(options.name, script);
+    findProcedure(options.name, options.database, script);
+    if (script.packageFile.empty() && !script.hasProcedure)
+        throw Failure(ExitCode::kUsage,
+                      "there is neither a package nor a stored-procedure script '" + options.name + "'",
+                      "tscript catalogue --name PATTERN lists what " + script.database +
+                          " knows; packages stand in " + scriptsFolder().string() + ".");
+    writeScript(options.name, script, options.json);
+    return ExitCode::kDone;
+}
+
+// ---- Commands ------------------------------------------------------------------------------------------
+
+using Options = std::shared_ptr<RecordOptions>;
+
+CLI::App* addListing(CLI::App& app, Action& action, const char* name, const char* description,
+                     const Options& options, ExitCode (*work)(const RecordOptions&)) {
+    CLI::App* command = addCommand(&app, action, name, description, options, work);
+    addDatabaseOption(command, options->database);
+    command->add_flag("--json", options->json, "As JSON, times in UTC");
+    return command;
+}
+
+}  // namespace
+
+void addJournalCommands(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<RecordOptions>();
+    CLI::App* catalogue =
+        addListing(app, action, "catalogue", "List the scripts of a database's catalogue, newest first",
+                   options, listCatalogue);
+    addPatternOption(catalogue, options->name);
+
+    CLI::App* journal =
+        addListing(app, action, "journal", "List runs of scripts, newest first", options, listJournal);
+    addPatternOption(journal, options->name);
+    journal->add_option("--status", options->status, "Only runs of this status")
+        ->check(CLI::IsMember({"running", "ok", "failed"}));
+    addSinceOption(journal, options->since);
+    journal->add_option("--last", options->last, "The newest N of these runs; 0 for all")
+        ->type_name("N")
+        ->check(CLI::Range(0, kMost))
+        ->capture_default_str();
+    addStaleOption(journal, options->staleHours);
+
+    CLI::App* which =
+        addListing(app, action, "which", "Show whether a name is a package, a stored procedure, or both",
+                   options, showScript);
+    which->add_option("NAME", options->name, "The script's name")->required();
+}

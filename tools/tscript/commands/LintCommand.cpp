@@ -1,0 +1,73 @@
+// lint: faults of a package's plain text.
+#include <algorithm>
+#include <memory>
+
+#include "commands/Commands.h"
+#include "console/Console.h"
+#include "console/JsonOutput.h"
+#include "package/PlainPackage.h"
+
+namespace {
+
+struct LintOptions {
+    std::string plain;
+    bool json = false;
+};
+
+using Findings = std::vector<PackageFinding>;
+
+// What pack warns of and what is worth a look, in the text's order.
+Findings warningsOf(const PackageCheck& check) {
+    Findings all = check.warnings;
+    all.insert(all.end(), check.remarks.begin(), check.remarks.end());
+    std::stable_sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.line < b.line; });
+    return all;
+}
+
+Json listJson(const Findings& findings) {
+    Json list = Json::array();
+    for (const PackageFinding& finding : findings) {
+        Json entry;
+        if (finding.line > 0) entry["line"] = finding.line;
+        entry["text"] = finding.text;
+        list.push_back(entry);
+    }
+    return list;
+}
+
+void writeFindings(const LintOptions& options, const char* kind, const Findings& findings) {
+    for (const PackageFinding& finding : findings)
+        writeResult(options.plain + ": " + kind + ": " + lineText(finding));
+}
+
+ExitCode lint(const LintOptions& options) {
+    const PackageCheck check = checkPlainPackage(options.plain);
+    const Findings warnings = warningsOf(check);
+    if (options.json) {
+        Json result;
+        result["file"] = options.plain;
+        result["errors"] = listJson(check.errors);
+        result["warnings"] = listJson(warnings);
+        result["placeholders"] = check.placeholders;
+        writeJson(result);
+    } else {
+        writeFindings(options, "error", check.errors);
+        writeFindings(options, "warning", warnings);
+        writeResult(options.plain + ": " + std::to_string(check.errors.size()) + " error(s), " +
+                    std::to_string(warnings.size()) + " warning(s), " + std::to_string(check.placeholders) +
+                    " placeholder(s)");
+    }
+    return check.errors.empty() ? ExitCode::kDone : ExitCode::kScriptFailed;
+}
+
+}  // namespace
+
+void addLintCommand(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<LintOptions>();
+    CLI::App* command =
+        addCommand(&app, action, "lint",
+                   "Look for faults in a plain script; ends with 1 for errors, with 0 for warnings alone",
+                   options, lint);
+    command->add_option("PLAIN", options->plain, "The plain text of the script")->required();
+    command->add_flag("--json", options->json, "Write JSON");
+}

@@ -1,0 +1,107 @@
+// report: a page about the runs that a database's journal holds.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+
+#include "commands/Commands.h"
+#include "console/Terminal.h"
+#include "installation/Installation.h"
+#include "journal/JournalReader.h"
+#include "report/Html.h"
+#include "report/ReportPage.h"
+#include "system/ResultFile.h"
+
+namespace {
+
+constexpr int kPage = 10000;
+constexpr std::size_t kMostBadRuns = 200;
+// Of the runs over time, without the present hour.
+constexpr std::int64_t kShortestStretch = std::int64_t{23} * 3600;
+
+struct ReportOptions {
+    RecordOptions records;
+    std::string output;
+};
+
+// A line on a lively terminal that tells how far the reading is.
+class ReadingLine {
+  public:
+    ~ReadingLine() { draw({}); }
+    void show(std::int64_t runs) const { draw("reading the journal: " + countText(runs, "run")); }
+
+  private:
+    void draw(const std::string& text) const {
+        if (m_wanted) std::fprintf(stderr, "\r\x1b[K%s", text.c_str());
+    }
+    const bool m_wanted = isLivelyTerminal(STDERR_FILENO);
+};
+
+void take(const RunView& view, Report& report) {
+    const TScriptRun_t& run = view.run;
+    ++report.counts[view.state];
+    report.totals.add(view);
+    if (run.startTime != 0) report.timeline.add(run.startTime, view.state);
+    const bool bad = view.state == RunState::kFailed || view.state == RunState::kAbandoned;
+    if (bad && report.badRuns.size() < kMostBadRuns)
+        report.badRuns.push_back({run, view.state, view.seconds});
+}
+
+void readJournal(TScriptRecords& records, const TScriptRunFilter_t& filter, double staleHours,
+                 Report& report) {
+    const ReadingLine line;
+    std::vector<TScriptRun_t> page;
+    int beforeId = 0;
+    do {
+        if (!records.listRuns(filter, beforeId, kPage, page)) failReading(records);
+        for (const TScriptRun_t& run : page) take(RunView(run, staleHours), report);
+        if (!page.empty()) beforeId = page.back().id;
+        line.show(report.counts.all());
+    } while (page.size() == static_cast<std::size_t>(kPage));
+}
+
+void addOutputs(Report& report) {
+    std::vector<TScriptRun_t> runs;
+    for (const BadRun& bad : report.badRuns) runs.push_back(bad.run);
+    if (!runs.empty()) report.outputs = findOutputs(sessionLogFile().parent_path(), report.database, runs);
+}
+
+ExitCode writeReport(const ReportOptions& options) {
+    if (options.output.empty() && isTerminal(STDOUT_FILENO))
+        throw Failure(ExitCode::kUsage, "the page would go to the terminal", "Name a file: -o report.html");
+    const TScriptRunFilter_t filter = runFilter(options.records);
+    // Whether the file can be written is known before the journal is read.
+    static_cast<void>(ResultFile(options.output));
+    TScriptRecords records;
+    openRecords(records, options.records.database);
+
+    Report report;
+    report.database = records.getDbName();
+    report.pattern = options.records.name;
+    report.since = filter.since;
+    report.now = std::time(nullptr);
+    report.timeline.cover(report.now);
+    report.timeline.cover(report.since != 0 ? report.since : report.now - kShortestStretch);
+    readJournal(records, filter, options.records.staleHours, report);
+    addOutputs(report);
+    ResultFile(options.output).write(reportPage(report));
+    return ExitCode::kDone;
+}
+
+}  // namespace
+
+void addReportCommand(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<ReportOptions>();
+    CLI::App* command =
+        addCommand(&app, action, "report",
+                   "Write a page about the runs of scripts: over time, how long they took, what failed",
+                   options, writeReport);
+    command->add_option("-o,--output", options->output, "The page (default: standard output)")
+        ->type_name("FILE");
+    addDatabaseOption(command, options->records.database);
+    addPatternOption(command, options->records.name);
+    addSinceOption(command, options->records.since);
+    addStaleOption(command, options->records.staleHours);
+}

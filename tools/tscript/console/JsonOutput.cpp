@@ -1,0 +1,12 @@
+#include "console/JsonOutput.h"
+
+#include "console/Console.h"
+
+std::string jsonText(const Json& value) {
+    constexpr int kIndentation = 2;
+    return value.dump(kIndentation, ' ', false, Json::error_handler_t::replace);
+}
+
+void writeJson(const Json& value) {
+    writeResult(jsonText(value));
+}

@@ -1,0 +1,75 @@
+#include "console/TextWidth.h"
+
+#include <cwchar>
+
+namespace {
+
+constexpr const char* kEllipsis = "…";
+
+struct Glyph {
+    std::size_t bytes;
+    std::size_t width;
+    bool control;
+};
+
+// The character at the text's beginning; a byte that begins none is taken as a control character.
+Glyph glyphAt(std::string_view text) {
+    wchar_t c = 0;
+    std::mbstate_t state{};
+    const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
+    if (length == 0 || length > text.size()) return {1, 1, true};
+    const int width = wcwidth(c);
+    return width < 0 ? Glyph{length, 1, true} : Glyph{length, static_cast<std::size_t>(width), false};
+}
+
+// The longest beginning that is no wider.
+std::string_view beginning(std::string_view text, std::size_t width) {
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        if (glyph.width > width) break;
+        width -= glyph.width;
+        at += glyph.bytes;
+    }
+    return text.substr(0, at);
+}
+
+}  // namespace
+
+bool isUtf8(std::string_view text) {
+    std::mbstate_t state{};
+    for (std::size_t at = 0; at < text.size();) {
+        const bool ascii = static_cast<unsigned char>(text[at]) < 0x80;
+        const std::size_t length =
+            ascii ? 1 : std::mbrtowc(nullptr, text.data() + at, text.size() - at, &state);
+        if (length > text.size()) return false;  // what stands for a wrong and for a cut character
+        at += length;
+    }
+    return true;
+}
+
+std::string cleaned(std::string_view text, std::string_view kept) {
+    std::string clean;
+    for (std::size_t at = 0; at < text.size();) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        const bool stays = !glyph.control || kept.find(text[at]) != std::string_view::npos;
+        clean += stays ? text.substr(at, glyph.bytes) : std::string_view(" ");
+        at += glyph.bytes;
+    }
+    return clean;
+}
+
+std::size_t widthOf(std::string_view text) {
+    std::size_t width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        width += glyph.width;
+        at += glyph.bytes;
+    }
+    return width;
+}
+
+std::string fitted(const std::string& text, std::size_t width) {
+    if (widthOf(text) <= width) return text;
+    return std::string(beginning(text, width - 1)) + kEllipsis;
+}

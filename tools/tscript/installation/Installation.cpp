@@ -1,0 +1,122 @@
+#include "installation/Installation.h"
+
+#include <strings.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "DVUtilities/DVUtilLib.h"
+#include "DVUtilities/commonFunc.h"
+#include "HostSetup.h"
+#include "VTPI.h"
+#include "console/Outcome.h"
+#include "console/TextWidth.h"
+
+namespace {
+
+constexpr SuiteDatabase kDatabases[] = {
+    {"Dorvas", "sINSTANCE", "pACCESS"},
+    {"NQ2", "sNQ2INSTANCE", "pNQ2ACCESS"},
+    {"WFEngine", "sWFINSTANCE", "pWFACCESS"},
+    {"HistoryDB", "sINSTANCE", "pACCESS"},
+    {"VTCloud", "sCLOUDINSTANCE", "pCLOUDACCESS"},
+};
+
+constexpr std::size_t kLongestName = 128;
+constexpr std::size_t kLongestValue = 8192;  // of the store's texts, as the library hands them out
+
+using FolderGetter = bool (DVUtilLib::*)(char*);
+
+std::filesystem::path configuredFolder(FolderGetter getter, const char* key, const char* value) {
+    requireStore();
+    DVUtilLib util("tscript", false);
+    std::vector<char> folder(kLongestValue);
+    if (util.getInstanceName() && (util.*getter)(folder.data()) && folder.front() != '\0')
+        return folder.data();
+    throw Failure(ExitCode::kInstallation,
+                  "the store " + hostlayer::inspectStore().path + " has no value " + value,
+                  std::string("Give the folder as ") + value + " under [Instance001." + key + "].");
+}
+
+bool isControl(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
+
+}  // namespace
+
+const SuiteDatabase& suiteDatabase(std::string_view name) {
+    std::string names;
+    for (const SuiteDatabase& database : kDatabases) {
+        if (name.size() < kLongestName && strcasecmp(std::string(name).c_str(), database.name) == 0)
+            return database;
+        names += std::string(names.empty() ? "" : ", ") + database.name;
+    }
+    throw Failure(ExitCode::kUsage,
+                  "there is no database '" + std::string(name.substr(0, kLongestName)) + "'",
+                  "The suite's databases are " + names + ".");
+}
+
+void requireStore() {
+    const hostlayer::StoreReport store = hostlayer::inspectStore();
+    if (store.isInForce && store.problem.empty()) return;
+    throw Failure(ExitCode::kInstallation, store.problem,
+                  "Name the store with --store or ZEPHRA_REGISTRY; docs/configuration.md describes it, and "
+                  "tscript sandbox up makes a sample.");
+}
+
+// Without it a run would end before the script starts, and leave its journal row and its SQL file behind.
+void requireLogFolder() {
+    const VTPI_Base base;
+    const std::string folder = VTPI_EventManager(base).getLogFilesDirectory();
+    if (access((folder + "/.").c_str(), W_OK | X_OK) == 0) return;
+    throw Failure(ExitCode::kInstallation,
+                  "the log folder " + folder + " cannot be used: " + std::strerror(errno),
+                  "Make it and let this user write there, or name another: tscript config set "
+                  "EventManager.dEVLOGDIR FOLDER");
+}
+
+void setDatabaseValue(const std::string& valueName, const std::string& text) {
+    std::array<char, 1024> instance{};
+    std::string problem;
+    if (!GetInstanceName(instance.data()) ||
+        !hostlayer::setStoreValue({instance.data(), "Database"}, valueName, text, problem))
+        throw Failure(ExitCode::kInstallation, "the store cannot be changed: " + problem);
+}
+
+std::filesystem::path scriptsFolder() {
+    return configuredFolder(&DVUtilLib::GetZephraInstallDir, "Base", "dZEPHRAHOME") / "Scripts";
+}
+
+std::filesystem::path packageFile(const std::string& name) {
+    return scriptsFolder() / (name + ".sql");
+}
+
+std::filesystem::path sessionLogFile() {
+    return configuredFolder(&DVUtilLib::GetZephraLogDir, "EventManager", "dEVLOGDIR") / "Tscript.log";
+}
+
+void checkText(const std::string& what, const std::string& text, std::size_t maximum) {
+    if (text.size() > maximum)
+        throw Failure(ExitCode::kUsage, what + " is longer than " + std::to_string(maximum) + " bytes");
+    if (!isUtf8(text)) throw Failure(ExitCode::kUsage, what + " holds bytes that are not UTF-8");
+}
+
+void checkScriptName(const std::string& name) {
+    const bool allowed = !name.empty() && name.size() <= kLongestName && isUtf8(name) &&
+                         name.find_first_of("/\\'\"") == std::string::npos &&
+                         std::none_of(name.begin(), name.end(), isControl);
+    if (!allowed)
+        throw Failure(ExitCode::kUsage, "'" + name.substr(0, kLongestName) + "' cannot be a script's name",
+                      "A name has 1 to 128 bytes of UTF-8, without slashes, quotes and control characters.");
+}
+
+void checkQueryText(const std::string& what, const std::string& text, std::size_t maximum) {
+    checkText(what, text, maximum);
+    if (text.find('"') != std::string::npos)
+        throw Failure(ExitCode::kUsage, what + " must not hold a double quote",
+                      "The query tool's command line cannot carry one. T-SQL writes texts in single quotes.");
+}

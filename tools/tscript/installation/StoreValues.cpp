@@ -1,0 +1,187 @@
+#include "installation/StoreValues.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <string_view>
+
+#include "DVUtilities/commonFunc.h"
+#include "HostSetup.h"
+#include "console/Outcome.h"
+
+namespace {
+
+constexpr std::size_t kLongestText = 1023;
+constexpr std::size_t kLongestName = 128;
+constexpr std::int64_t kLargestNumber = 0x7FFFFFFF;
+constexpr std::string_view kHost = "host";
+constexpr std::string_view kPrograms = "programs";
+
+enum class Kind { kText, kNumber, kPath };
+
+struct KnownValue {
+    std::string_view key;
+    std::string_view name;
+    Kind kind;
+};
+
+constexpr KnownValue kKnown[] = {
+    {"host", "cipherKeyFile", Kind::kPath},
+    {"host", "odbcDriver", Kind::kText},
+    {"host", "odbcAttributes", Kind::kText},
+    {"host", "loginTimeout", Kind::kNumber},
+    {"programs", "sqlcmd", Kind::kPath},
+    {"Base", "nPLATTYPE", Kind::kNumber},
+    {"Base", "dZEPHRAHOME", Kind::kPath},
+    {"Base", "dZEPHRATEMPDIR", Kind::kPath},
+    {"Base", "sSCRIPTSTEMPDIR", Kind::kPath},
+    {"Base", "dBASEHOME", Kind::kPath},
+    {"Base", "sVERSION", Kind::kText},
+    {"EventManager", "dEVLOGDIR", Kind::kPath},
+    {"Dorvase", "sDVHOSTNAME", Kind::kText},
+    {"Database", "nSQLAuthType", Kind::kNumber},
+    {"Database", "nSQLAuthType_Dorvas", Kind::kNumber},
+    {"Database", "nSQLAuthType_NQ2", Kind::kNumber},
+    {"Database", "nSQLAuthType_WFEngine", Kind::kNumber},
+    {"Database", "nSQLAuthType_VTCloud", Kind::kNumber},
+    {"Database", "nSQLAuthType_HistoryDB", Kind::kNumber},
+    {"Database", "dUTILKEEPSQLFILE", Kind::kNumber},
+    {"Database", "dTScriptResultLogOutput", Kind::kNumber},
+    {"Database", "sINSTANCE", Kind::kText},
+    {"Database", "sNQ2INSTANCE", Kind::kText},
+    {"Database", "sWFINSTANCE", Kind::kText},
+    {"Database", "sCLOUDINSTANCE", Kind::kText},
+    {"Database", "sConnection", Kind::kText},
+    {"Database", "sNQ2CONNECTION", Kind::kText},
+    {"Database", "sWFCONNECTION", Kind::kText},
+    {"Database", "sCLOUDCONNECTION", Kind::kText},
+    {"Database", "sHISTORYCONNECTION", Kind::kText},
+    {"Cluster", "ClusterName", Kind::kText},
+    {"InstalledPackages\\803", "sInstallState", Kind::kText},
+    {"InstalledPackages\\808", "sInstallState", Kind::kText},
+    {"InstalledPackages\\809", "sInstallState", Kind::kText},
+    {"InstalledPackages\\810", "sInstallState", Kind::kText},
+};
+
+bool holdsIgnoringCase(std::string_view text, std::string_view part) {
+    const auto same = [](char a, char b) { return (a | 0x20) == (b | 0x20); };
+    return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
+}
+
+// An ODBC attribute, with blanks before its "=" or without.
+bool holdsPassword(std::string text) {
+    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+    return holdsIgnoringCase(text, "pwd=") || holdsIgnoringCase(text, "password=");
+}
+
+[[noreturn]] void refuse(const std::string& what, const std::string& advice = {}) {
+    throw Failure(ExitCode::kUsage, what, advice);
+}
+
+const StoreEntry* findEntry(const std::vector<StoreEntry>& entries, const StoreEntry& wanted) {
+    const auto found = std::find_if(entries.begin(), entries.end(), [&wanted](const StoreEntry& entry) {
+        return entry.table == wanted.table && entry.name == wanted.name;
+    });
+    return found == entries.end() ? nullptr : &*found;
+}
+
+// From the table, else from what the store holds under that name.
+Kind kindOf(const StoreEntry& entry) {
+    for (const KnownValue& known : kKnown)
+        if (known.key == entry.table.back() && known.name == entry.name) return known.kind;
+    const std::vector<StoreEntry> entries = storeEntries();
+    const StoreEntry* present = findEntry(entries, entry);
+    if (present == nullptr)
+        refuse("'" + entry.fullName() + "' is no value of the store",
+               "docs/configuration.md lists them; tscript config show lists what is set.");
+    return std::holds_alternative<std::int64_t>(present->value) ? Kind::kNumber : Kind::kText;
+}
+
+std::int64_t numberOf(const StoreEntry& entry, const std::string& text) {
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number < 0 || number > kLargestNumber)
+        refuse(entry.fullName() + " is a whole number from 0 to 2147483647");
+    return number;
+}
+
+// Texts of an instance are interpreted when they are read: a percent sign is written twice.
+void checkText(const StoreEntry& entry, const std::string& text, Kind kind) {
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
+    if (text.size() > kLongestText) refuse("the value is longer than 1023 bytes");
+    if (std::any_of(text.begin(), text.end(), isControl)) refuse("the value holds a control character");
+    if (kind == Kind::kPath && (text.empty() || text.front() != '/'))
+        refuse(entry.fullName() + " is an absolute path");
+    if (entry.table.front() == kHost) return;
+    for (std::size_t at = 0; (at = text.find('%', at)) != std::string::npos; at += 2)
+        if (text.compare(at, 2, "%%") != 0) refuse("a percent sign is written twice: %%");
+}
+
+}  // namespace
+
+std::string StoreEntry::fullName() const {
+    std::string full;
+    for (const std::string& part : table) full += part + ".";
+    return full + name;
+}
+
+std::string StoreEntry::text() const {
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
+    return std::get<std::string>(value);
+}
+
+// Enciphered values begin with a small p; a driver's attributes may hold a password as well.
+bool StoreEntry::isSecret() const {
+    const bool enciphered = name.size() > 1 && name[0] == 'p' && name[1] >= 'A' && name[1] <= 'Z';
+    const std::string held = text();
+    return enciphered || held.rfind("ZC1.", 0) == 0 || holdsIgnoringCase(name, "password") ||
+           holdsPassword(held);
+}
+
+std::vector<StoreEntry> storeEntries() {
+    const hostlayer::StoreReport store = hostlayer::inspectStore();
+    std::vector<StoreEntry> entries;
+    for (const auto& [name, text] : store.settings) entries.push_back({{std::string(kHost)}, name, text});
+    for (const auto& [name, text] : store.programs)
+        entries.push_back({{std::string(kHost), std::string(kPrograms)}, name, text});
+    for (const auto& [instance, keys] : store.instances)
+        for (const auto& [key, values] : keys)
+            for (const auto& [name, value] : values) entries.push_back({{instance, key}, name, value});
+    return entries;
+}
+
+StoreEntry entryNamed(const std::string& fullName) {
+    std::vector<std::string> parts(1);
+    for (const char c : fullName.substr(0, 4 * kLongestName)) {
+        if (c == '.') {
+            parts.emplace_back();
+        } else {
+            parts.back() += c;
+        }
+    }
+    const bool bounded = std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
+        return !part.empty() && part.size() <= kLongestName;
+    });
+    if (!bounded || parts.size() < 2 || parts.size() > 3)
+        refuse("'" + fullName.substr(0, kLongestName) + "' names no value",
+               "Write KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL.");
+    if (parts.size() == 2 && parts.front() != kHost) {
+        std::array<char, 1024> instance{};
+        GetInstanceName(instance.data());
+        parts.insert(parts.begin(), instance.data());
+    }
+    StoreEntry entry;
+    entry.name = parts.back();
+    parts.pop_back();
+    entry.table = parts;
+    return entry;
+}
+
+std::variant<std::string, std::int64_t> checkedValue(const StoreEntry& entry, const std::string& text) {
+    if (StoreEntry{entry.table, entry.name, text}.isSecret())
+        refuse("'" + entry.fullName() + "' is a secret", "tscript credentials set stores credentials.");
+    const Kind kind = kindOf(entry);
+    if (kind == Kind::kNumber) return numberOf(entry, text);
+    checkText(entry, text, kind);
+    return text;
+}

@@ -1,0 +1,138 @@
+#include "journal/RunStatistics.h"
+
+#include <algorithm>
+#include <bit>
+#include <ctime>
+#include <numeric>
+#include <utility>
+
+namespace {
+
+constexpr std::int64_t kHour = 3600;
+constexpr std::int64_t kExact = 32;  // shorter durations have a class of their own
+constexpr std::int64_t kExactBits = 5;
+constexpr std::int64_t kParts = 16;  // classes between two powers of 2
+constexpr std::int64_t kLongest = std::int64_t{1} << 33;
+
+// Rounds a local time down to a unit's beginning; forward = 1: to the beginning of the next one.
+using Rounding = void (*)(std::tm& time, int forward);
+
+void roundToYears(std::tm& time, int years, int forward) {
+    time.tm_year = (time.tm_year + 1900) / years * years + forward * years - 1900;
+    time.tm_mon = 0;
+    time.tm_mday = 1;
+}
+
+constexpr struct {
+    Timeline::Unit unit;
+    Rounding round;  // nullptr: an hour, whose beginning no change of the clocks moves
+} kUnits[] = {
+    {{"hour", "%d %b %H:%M"}, nullptr},
+    {{"day", "%d %b %Y"}, [](std::tm& time, int forward) { time.tm_mday += forward; }},
+    {{"week", "%d %b %Y"},
+     [](std::tm& time, int forward) { time.tm_mday += 7 * forward - (time.tm_wday + 6) % 7; }},
+    {{"month", "%b %Y"},
+     [](std::tm& time, int forward) {
+         time.tm_mon += forward;
+         time.tm_mday = 1;
+     }},
+    {{"year", "%Y"}, [](std::tm& time, int forward) { roundToYears(time, 1, forward); }},
+    {{"decade", "%Y"}, [](std::tm& time, int forward) { roundToYears(time, 10, forward); }},
+    {{"century", "%Y"}, [](std::tm& time, int forward) { roundToYears(time, 100, forward); }},
+};
+
+std::int64_t barStart(std::size_t unit, std::int64_t moment, int forward) {
+    const std::time_t seconds = moment;
+    std::tm time{};
+    localtime_r(&seconds, &time);
+    if (kUnits[unit].round == nullptr)
+        return moment - time.tm_sec - std::int64_t{60} * time.tm_min + forward * kHour;
+    time.tm_sec = time.tm_min = time.tm_hour = 0;
+    kUnits[unit].round(time, forward);
+    time.tm_isdst = -1;
+    return std::mktime(&time);
+}
+
+std::size_t classOf(std::int64_t seconds) {
+    const std::int64_t bounded = std::clamp<std::int64_t>(seconds, 0, kLongest);
+    if (bounded < kExact) return static_cast<std::size_t>(bounded);
+    const std::int64_t power = std::bit_width(static_cast<std::uint64_t>(bounded)) - 1;
+    const std::int64_t part = (bounded * kParts >> power) - kParts;
+    return static_cast<std::size_t>(kExact + (power - kExactBits) * kParts + part);
+}
+
+}  // namespace
+
+StateCounts& StateCounts::operator+=(const StateCounts& other) {
+    for (std::size_t i = 0; i < m_counts.size(); ++i) m_counts[i] += other.m_counts[i];
+    return *this;
+}
+
+std::int64_t StateCounts::all() const {
+    return std::accumulate(m_counts.begin(), m_counts.end(), std::int64_t{0});
+}
+
+const Timeline::Unit& Timeline::unit() const {
+    return kUnits[m_unit].unit;
+}
+
+StateCounts& Timeline::at(std::int64_t moment) {
+    if (moment >= m_barStart && moment < m_barEnd) return m_bars[m_barStart];
+    m_bars[barStart(m_unit, moment, 0)];
+    while (tooLong() && m_unit + 1 < std::size(kUnits)) coarsen();
+    m_barStart = barStart(m_unit, moment, 0);
+    m_barEnd = barStart(m_unit, moment, 1);
+    return m_bars[m_barStart];
+}
+
+bool Timeline::tooLong() const {
+    std::int64_t last = m_bars.begin()->first;
+    for (std::size_t bars = 1; bars < kMostBars; ++bars) last = barStart(m_unit, last, 1);
+    return m_bars.rbegin()->first > last;
+}
+
+void Timeline::coarsen() {
+    ++m_unit;
+    std::map<std::int64_t, StateCounts> coarser;
+    for (const auto& [start, counts] : m_bars) coarser[barStart(m_unit, start, 0)] += counts;
+    m_bars = std::move(coarser);
+}
+
+const std::map<std::int64_t, StateCounts>& Timeline::bars() {
+    if (m_bars.empty()) return m_bars;
+    const std::int64_t last = m_bars.rbegin()->first;
+    for (std::int64_t start = m_bars.begin()->first; start < last; start = barStart(m_unit, start, 1))
+        m_bars[start];
+    return m_bars;
+}
+
+void Durations::add(std::int64_t seconds) {
+    const std::size_t number = classOf(seconds);
+    if (m_classes.size() <= number) m_classes.resize(number + 1);
+    ++m_classes[number].runs;
+    m_classes[number].seconds += seconds;
+    ++m_number;
+    m_longest = std::max(m_longest, seconds);
+    m_total += seconds;
+}
+
+std::int64_t Durations::quantile(double part) const {
+    const auto wanted = static_cast<std::int64_t>(part * static_cast<double>(m_number - 1)) + 1;
+    std::int64_t seen = 0;
+    for (const Class& one : m_classes) {
+        seen += one.runs;
+        if (one.runs > 0 && seen >= wanted) return one.seconds / one.runs;
+    }
+    return 0;
+}
+
+void ScriptTotals::add(const RunView& view) {
+    if (m_scripts.size() >= kMostScripts && !m_scripts.contains(view.run.name)) {
+        ++m_otherRuns;
+        return;
+    }
+    ScriptFigures& figures = m_scripts[view.run.name];
+    ++figures.counts[view.state];
+    const bool ended = view.state == RunState::kOk || view.state == RunState::kFailed;
+    if (ended && view.run.startTime != 0) figures.durations.add(view.seconds);
+}

@@ -1,0 +1,197 @@
+#include "package/PlainPackage.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+#include "console/Outcome.h"
+#include "console/TextWidth.h"
+
+namespace {
+
+constexpr std::uintmax_t kLargest = std::uintmax_t{1} << 30;
+constexpr std::size_t kMostFindings = 20;
+constexpr std::size_t kReaderPiece = 509;  // characters that the package reader takes of a line at a time
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// Of a usage text with more, the way in which its quotes are doubled makes no literal that the catalogue
+// takes.
+constexpr std::ptrdiff_t kMostUsageQuotes = 2;
+
+constexpr std::string_view kMarkerStart = "#START_";
+constexpr std::size_t kLongestKey = 40;
+
+constexpr std::string_view kKeys[] = {
+    "Creation Time:", "Plexum ID:", "Database Name:", "GUID:", "Developer Name:", "Description:"};
+constexpr std::string_view kNumberKeys[] = {"Creation Time:", "Plexum ID:"};
+constexpr std::string_view kDatabaseKey = "Database Name:";
+constexpr const char* kDatabases[] = {"Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB"};
+
+bool isDatabase(std::string_view name) {
+    return std::any_of(std::begin(kDatabases), std::end(kDatabases), [name](const char* known) {
+        return strcasecmp(std::string(name).c_str(), known) == 0;
+    });
+}
+
+bool isNumber(std::string_view text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+}
+
+// What looks like a key: words with a colon behind them, at the line's beginning. Empty for none.
+std::string_view keyOf(std::string_view line) {
+    const std::size_t colon = line.substr(0, kLongestKey).find(':');
+    if (colon == line.npos || colon == 0) return {};
+    const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == ' '; };
+    const std::string_view words = line.substr(0, colon);
+    return std::all_of(words.begin(), words.end(), isLetter) ? line.substr(0, colon + 1) : std::string_view();
+}
+
+enum class Section { kNone, kOptions, kUsage, kScript };
+
+class Checker {
+  public:
+    void take(std::string_view line) {
+        ++m_line;
+        if (line.find('\r') != line.npos) error("a carriage return; lines end in a line feed alone");
+        if (line.find('\0') != line.npos) error("a NUL byte; packages are UTF-8 text");
+        if (!isUtf8(line)) error("bytes that are not UTF-8; packages are UTF-8 text");
+        if (m_line == 1 && line.substr(0, 3) == kByteOrderMark)
+            error("a byte order mark; the first marker would not be recognised");
+        if (!enterSection(line)) takeContent(line);
+    }
+
+    // The cipher takes a line in the reader's pieces and passes over one of a single character.
+    void takeLastLineWithoutBreak(std::string_view line) {
+        if (line.size() % kReaderPiece == 1)
+            error("no line feed at the end; its last character would be lost");
+    }
+
+    PackageCheck finish() {
+        if (!m_markerSeen) {
+            m_findings.errors.push_back({0, "there is no line #START_SCRIPT#"});
+        } else if (!m_statements) {
+            m_findings.errors.push_back({0, "there are no statements after #START_SCRIPT#"});
+        }
+        if (m_usageQuotes > kMostUsageQuotes)
+            m_findings.errors.push_back(
+                {m_lastQuotes, "a third single quote in the usage; the catalogue would not take the text"});
+        if (!m_headerSeen) m_findings.remarks.push_back({0, "there is no line #START_OPTIONS#"});
+        if (!m_usageSeen)
+            m_findings.remarks.push_back({0, "there is no line #START_USAGE#; help shows nothing"});
+        m_findings.placeholders = m_percentSigns.placeholders();
+        for (const PackageFinding& finding : m_percentSigns.findings()) m_findings.remarks.push_back(finding);
+        return std::move(m_findings);
+    }
+
+  private:
+    bool enterSection(std::string_view line) {
+        if (line == "#START_OPTIONS#") {
+            m_section = Section::kOptions;
+            m_headerSeen = true;
+        } else if (line == "#START_USAGE#") {
+            m_section = Section::kUsage;
+            m_usageSeen = true;
+            m_usageQuotes = 0;
+        } else if (line == "#START_SCRIPT#") {
+            if (m_markerSeen) warning("a second #START_SCRIPT#; the statements before it are dropped");
+            m_section = Section::kScript;
+            m_markerSeen = true;
+            m_statements = false;
+            m_percentSigns = {};
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    void takeContent(std::string_view line) {
+        if (line.empty()) return;
+        if (line.substr(0, kMarkerStart.size()) == kMarkerStart)
+            remark("begins like a marker and is none; a marker stands alone in its line");
+        if (m_section == Section::kNone) warning("text before the first marker is ignored");
+        if (m_section == Section::kOptions) takeHeaderLine(line);
+        if (m_section == Section::kUsage) countQuotes(line);
+        if (m_section == Section::kScript) {
+            m_statements = true;
+            m_percentSigns.take(line, m_line);
+            if (line.size() % kReaderPiece == 0)
+                warning("a line of " + std::to_string(line.size()) + " bytes is joined to the next one");
+        } else if (line.size() > kReaderPiece) {
+            warning("a line of more than 509 bytes is broken into pieces");
+        }
+    }
+
+    void countQuotes(std::string_view line) {
+        if (m_usageQuotes > kMostUsageQuotes) return;
+        m_usageQuotes += std::count(line.begin(), line.end(), '\'');
+        m_lastQuotes = m_line;
+    }
+
+    // The first key that stands in the line, anywhere, decides.
+    void takeHeaderLine(std::string_view line) {
+        for (const std::string_view key : kKeys) {
+            const std::size_t at = line.find(key);
+            if (at == line.npos) continue;
+            if (at > 0) remark("\"" + std::string(key) + "\" counts as a key here too");
+            return takeValue(key, line.substr(at + key.size()));
+        }
+        if (const std::string_view key = keyOf(line); !key.empty())
+            remark("the key \"" + std::string(key) + "\" is unknown; the line is taken as text");
+    }
+
+    void takeValue(std::string_view key, std::string_view value) {
+        if (std::find(std::begin(kNumberKeys), std::end(kNumberKeys), key) != std::end(kNumberKeys) &&
+            !isNumber(value))
+            remark("the value of \"" + std::string(key) + "\" is no number");
+        if (key != kDatabaseKey || value.empty()) return;
+        if (value.front() == ' ') {
+            error("a blank after \"Database Name:\"; it would be part of the name");
+        } else if (value.find('\r') == value.npos && !isDatabase(value)) {
+            remark("there is no database of that name");
+        }
+    }
+
+    void error(const std::string& text) { add(m_findings.errors, text); }
+    void warning(const std::string& text) { add(m_findings.warnings, text); }
+    void remark(const std::string& text) { add(m_findings.remarks, text); }
+    void add(std::vector<PackageFinding>& list, const std::string& text) const {
+        if (list.size() < kMostFindings) list.push_back({m_line, text});
+    }
+
+    PackageCheck m_findings;
+    PercentSigns m_percentSigns;
+    Section m_section = Section::kNone;
+    bool m_headerSeen = false;
+    bool m_usageSeen = false;
+    bool m_markerSeen = false;
+    bool m_statements = false;
+    std::ptrdiff_t m_usageQuotes = 0;
+    std::size_t m_lastQuotes = 0;  // the line that they were counted to
+    std::size_t m_line = 0;
+};
+
+}  // namespace
+
+PackageCheck checkPlainPackage(const std::string& file) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error))
+        throw Failure(ExitCode::kUsage,
+                      file + " is no file" + (error ? ": " + error.message() : std::string()));
+    if (std::filesystem::file_size(file, error) > kLargest || error)
+        throw Failure(ExitCode::kUsage, file + " is larger than 1 GiB");
+    std::ifstream in(file, std::ios::binary);
+    if (!in) throw Failure(ExitCode::kUsage, file + " cannot be read");
+    Checker checker;
+    for (std::string line; std::getline(in, line);) {
+        checker.take(line);
+        if (in.eof()) checker.takeLastLineWithoutBreak(line);
+    }
+    return checker.finish();
+}
+
+std::string lineText(const PackageFinding& finding) {
+    return finding.line == 0 ? finding.text : "line " + std::to_string(finding.line) + ": " + finding.text;
+}

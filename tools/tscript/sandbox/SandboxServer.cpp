@@ -1,0 +1,103 @@
+#include "sandbox/SandboxServer.h"
+
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "console/Outcome.h"
+#include "system/Spawn.h"
+
+namespace {
+
+constexpr std::chrono::seconds kStartLimit{60};
+constexpr std::chrono::seconds kStopLimit{60};
+constexpr std::chrono::milliseconds kPause{20};
+constexpr const char* kReady = "listening on 127.0.0.1:";
+
+// Since the machine's start, in clock ticks: field 22 of /proc/PID/stat, counted from after the program's
+// name, which may hold anything. 0 for a process that is gone or only waits to be collected.
+unsigned long long startTime(pid_t pid) {
+    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    std::getline(in, line);
+    const std::size_t name = line.rfind(") ");
+    if (name == std::string::npos || line.compare(name + 2, 1, "Z") == 0) return 0;
+    std::size_t at = name + 2;
+    for (int field = 3; field < 22 && at != std::string::npos; ++field) at = line.find(' ', at + 1);
+    return at == std::string::npos ? 0 : std::stoull(line.substr(at));
+}
+
+std::string logFile(const SandboxFolder& folder) {
+    return (folder.logs() / "tsqlbox.log").string();
+}
+
+std::string content(const std::string& file) {
+    std::ifstream in(file);
+    std::string text;
+    for (std::string line; text.size() < 4096 && std::getline(in, line);) text += line + "\n";
+    return text;
+}
+
+// The port from the server's own line, 0 as long as the line is not there.
+int announcedPort(const std::string& log) {
+    std::ifstream in(log);
+    for (std::string line; std::getline(in, line);)
+        if (line.rfind(kReady, 0) == 0 && !in.eof())
+            return static_cast<int>(std::strtol(line.c_str() + std::string(kReady).size(), nullptr, 10));
+    return 0;
+}
+
+int waitForPort(const SandboxFolder& folder, pid_t pid) {
+    const auto deadline = std::chrono::steady_clock::now() + kStartLimit;
+    while (std::chrono::steady_clock::now() < deadline && waitpid(pid, nullptr, WNOHANG) == 0) {
+        if (const int port = announcedPort(logFile(folder))) return port;
+        std::this_thread::sleep_for(kPause);
+    }
+    kill(pid, SIGKILL);
+    throw Failure(ExitCode::kConnection, "the server did not start:\n" + content(logFile(folder)));
+}
+
+}  // namespace
+
+std::optional<RunningServer> findServer(const SandboxFolder& folder) {
+    std::ifstream in(folder.pidFile());
+    RunningServer server;
+    unsigned long long started = 0;
+    if (!(in >> server.pid >> started >> server.port) || server.pid <= 1) return std::nullopt;
+    if (started == 0 || startTime(server.pid) != started) return std::nullopt;
+    return server;
+}
+
+RunningServer startServer(const SandboxFolder& folder, int port) {
+    const std::string program = (programFolder() / "tsqlbox").string();
+    const pid_t pid = startChild({program, "--data", folder.data(), "--port", std::to_string(port), "--login",
+                                  "sa", "--password-file", folder.passwordFile()},
+                                 {{}, logFile(folder), true, "/"});
+    const RunningServer server{pid, waitForPort(folder, pid)};
+    std::ofstream out(folder.pidFile(), std::ios::trunc);
+    out << server.pid << ' ' << startTime(pid) << ' ' << server.port << '\n' << std::flush;
+    if (!out) {
+        kill(pid, SIGTERM);
+        throw Failure(ExitCode::kInstallation, folder.pidFile().string() + " cannot be written");
+    }
+    return server;
+}
+
+void stopServer(const SandboxFolder& folder, const RunningServer& server) {
+    const auto deadline = std::chrono::steady_clock::now() + kStopLimit;
+    kill(server.pid, SIGTERM);
+    while (findServer(folder)) {
+        if (std::chrono::steady_clock::now() > deadline)
+            throw Failure(ExitCode::kConnection,
+                          "the server (process " + std::to_string(server.pid) + ") does not end");
+        std::this_thread::sleep_for(kPause);
+    }
+    std::error_code ignored;
+    std::filesystem::remove(folder.pidFile(), ignored);
+}
