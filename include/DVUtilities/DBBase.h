@@ -177,9 +177,7 @@ class DVU_EXPORT DBBase {
     std::string checkSQLServerProductVersion();  // major version, or "-1"
 
   private:
-    friend class AccountDiscovery;   // GetAccountInfo(), GetDBUser()
-    friend class QueryTool;          // the runners
-    friend class ServerMaintenance;  // the operations on the server as a whole
+    friend struct DatabaseParts partsOf(DBBase& db);  // the library's own view
 
     char m_machineName[128] = {};
     char m_dataSource[128] = {};

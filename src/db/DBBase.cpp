@@ -1,28 +1,23 @@
 #include "DVUtilities/DBBase.h"
 
 #include <array>
-#include <ctime>
 #include <memory>
 #include <string_view>
-#include <utility>
 
 #include "AccountDiscovery.h"
 #include "CallerText.h"
 #include "DVUtilities/commonFunc.h"
 #include "DatabaseMessages.h"
+#include "DatabaseParts.h"
+#include "DirectConnection.h"
 #include "DirectQuery.h"
-#include "EvDebug.h"
 #include "ExceptionGuard.h"
-#include "FX.h"
 #include "QueryTool.h"
 #include "QuoteDoubling.h"
 #include "RowText.h"
 #include "SecretText.h"
 #include "ServerMaintenance.h"
 #include "ToolOutput.h"
-#include "ToolProcess.h"
-#include "VTPI.h"
-#include "VTSimpleDBConn.h"
 
 namespace {
 
@@ -30,17 +25,33 @@ constexpr char kFirstProbe[] = "SELECT count(*) FROM ZPDBVersions";
 constexpr char kZephraProbe[] = "SELECT count(*) FROM simAllZephraRel";
 constexpr char kTNetProbe[] = "SELECT count(*) FROM TNet";
 
-constexpr char kToolPath[] = "/opt/mssql-tools/bin/sqlcmd";
-constexpr char kToolName[] = "sqlcmd";
-constexpr std::size_t kToolPathMessageLength = 8191;
-
-constexpr int kNoValue = -1;  // GetValue()'s answer to a failure, and to a value of -1
+constexpr int kNoValue = -1;  // GetValue()'s result for a failure; a value of -1 looks the same
+constexpr bool kUnusedFlag = true;
 
 const char* asText(const unsigned char* sql) {
     return reinterpret_cast<const char*>(sql);
 }
 
 }  // namespace
+
+DatabaseParts partsOf(DBBase& db) {
+    return {.machineName = db.m_machineName,
+            .logFile = db.m_logFile,
+            .account = {.dataSource = db.m_dataSource,
+                        .serverInstance = db.m_serverInstance,
+                        .userName = db.m_userName,
+                        .password = db.m_password,
+                        .dbName = db.m_dbName,
+                        .windowsAuthentication = db.m_windowsAuthentication},
+            .productType = db.m_productType,
+            // In the order of DatabaseKind.
+            .kindFlags = {&db.m_dorvas, &db.m_nq2, &db.m_vtCloud, &db.m_wfEngine, &db.m_historyDB},
+            .probeQuery = db.m_probeQuery,
+            .connection = db.m_connection,
+            .toolPath = db.m_toolPath,
+            .report = {.message = db.m_errorMessage, .logFile = db.m_logFile},
+            .separator = db.m_separator[0]};
+}
 
 // ---- Settings ------------------------------------------------------------------------------------------
 
@@ -56,13 +67,13 @@ DBBase::~DBBase() {
 bool DBBase::GetAccountInfo(const char* machineName, const char* controlSetName, const char* logFile,
                             const char* dbName) {
     return guarded(false, [&] {
-        return AccountDiscovery(*this).findAccount(machineName, controlSetName, logFile, dbName);
+        return AccountDiscovery(partsOf(*this)).findAccount(machineName, controlSetName, logFile, dbName);
     });
 }
 
 bool DBBase::GetDBUser(const char* controlSetName, const char* dbName, std::string& errorText) {
-    return guarded(false,
-                   [&] { return AccountDiscovery(*this).findUser(controlSetName, dbName, errorText); });
+    return guarded(
+        false, [&] { return AccountDiscovery(partsOf(*this)).findUser(controlSetName, dbName, errorText); });
 }
 
 void DBBase::SetAccountInfo(const char* serverInstance, const char* userName, const char* password,
@@ -97,16 +108,7 @@ const char* DBBase::getErrorMsg() const {
 
 bool DBBase::Open(char* dataSource, char* userName, char* password) {
     return guarded(false, [&] {
-        const char* user = userName != nullptr ? userName : m_userName.c_str();
-        EvDebug().DebugLevel(database_messages::debug::kTrace, database_messages::debug::kOpen,
-                             dataSource != nullptr ? dataSource : m_dataSource, user);
-        if (m_connection == nullptr) m_connection = new VTSimpleDBConnObject;
-        const SecretText target(m_connection->getConnectionString(
-            m_serverInstance.c_str(), m_dbName.c_str(), user,
-            password != nullptr ? password : m_password.c_str(), m_windowsAuthentication, false));
-        if (m_connection->OpenSQLConnectionUsingConnectionString(target.c_str(), false) == 0) return true;
-        EvDebug().Debug("Open", "%s", database_messages::debug::kOpenFailed);
-        return false;
+        return DirectConnection(partsOf(*this).account, m_connection).open(dataSource, userName, password);
     });
 }
 
@@ -115,14 +117,14 @@ bool DBBase::Connect(char* dataSource, char* userName, char* password) {
 }
 
 bool DBBase::Close() {
-    const std::unique_ptr<VTSimpleDBConnObject> connection(std::exchange(m_connection, nullptr));
-    if (connection != nullptr) guarded([&] { connection->CloseSQLConnection(); });
+    guarded([&] { DirectConnection(partsOf(*this).account, m_connection).close(); });
     return true;
 }
 
 bool DBBase::ExecuteQuery(const char* sql) {
-    return m_connection != nullptr &&
-           guarded(false, [&] { return m_connection->executeQuery(textOrEmpty(sql), false) == 0; });
+    return guarded(false, [&] {
+        return DirectConnection(partsOf(*this).account, m_connection).execute(textOrEmpty(sql));
+    });
 }
 
 int DBBase::GetValue(const char* sql, char* text, wchar_t* wide) {
@@ -145,9 +147,10 @@ bool DBBase::GetValue(const char* sql, std::vector<std::string>& rows, int colum
            });
 }
 
-// After a failed statement the connection stays open.
 bool DBBase::SetDBValue(const char* sql) {
-    return Open(nullptr, nullptr, nullptr) && ExecuteQuery(sql) && Close();
+    return guarded(false, [&] {
+        return DirectConnection(partsOf(*this).account, m_connection).executeOnce(textOrEmpty(sql));
+    });
 }
 
 bool DBBase::GetDBValueInt(const char* sql, int& value) {
@@ -174,9 +177,8 @@ bool DBBase::GetDBValueList(const char* sql, std::vector<std::string>& rows, int
 
 namespace {
 
-// The rows of a list of records, each split into `columns` fields. A failed statement is not told from one
-// without rows: callers of the id lists rely on getting true and an empty list. False only when there is no
-// connection.
+// Reads the row texts of a list. True with no rows after a failed statement, too: callers of the id lists
+// rely on it. False only when the connection cannot be opened.
 bool readRecords(DBBase& db, const char* sql, int columns, std::vector<std::string>& rows) {
     if (!db.Open(nullptr, nullptr, nullptr)) return false;
     db.GetValue(sql, rows, columns);
@@ -222,7 +224,7 @@ bool DBBase::GetDBValueIdIdNameList(const char* sql, std::vector<IdIdName_t>& va
     });
 }
 
-// Unlike the id lists it reports a failed statement; the names come with their quotes doubled.
+// Unlike the id lists, reports a failed statement.
 bool DBBase::GetDBValueIdName(const char* sql, std::vector<IdNameItem_t>& values) {
     return guarded(false, [&] {
         if (!Open(nullptr, nullptr, nullptr)) return false;
@@ -242,7 +244,6 @@ bool DBBase::GetDBValueIdName(const char* sql, std::vector<IdNameItem_t>& values
     });
 }
 
-// Statements given as unsigned char are the same statements.
 bool DBBase::ExecuteQuery(const unsigned char* sql) {
     return ExecuteQuery(asText(sql));
 }
@@ -282,7 +283,7 @@ bool DBBase::GetDBValueIdName(const unsigned char* sql, std::vector<IdNameItem_t
 
 namespace {
 
-// `count` pointers to buffers of one field each.
+// Allocates `count` buffers of one field each.
 template <typename Char>
 Char** newFields(std::size_t count) {
     std::vector<std::unique_ptr<Char[]>> buffers(count);
@@ -340,19 +341,15 @@ void DBBase::ReplaceString(char* text, const char* find, const char* replacement
 
 // ---- Query tool ----------------------------------------------------------------------------------------
 
-// The details of a failure are in the debug log; the log file gets an empty line.
 bool DBBase::StartProcess(const char* commandLine, unsigned int timeout) {
-    return guarded(false, [&] {
-        const ProcessEnd end = runProcess(textOrEmpty(commandLine), timeout);
-        if (end == ProcessEnd::kFailed) DBLogLine("", 0);
-        return end == ProcessEnd::kSucceeded;
-    });
+    return guarded(false,
+                   [&] { return runLogged(textOrEmpty(commandLine), timeout, partsOf(*this).report); });
 }
 
 bool DBBase::RunFileQuery(const char* sqlFile, const char* outputFile, const char* dbName, bool toolSyntax,
                           bool errorLevel) {
     return guarded(false, [&] {
-        QueryTool tool(*this, outputFile, toolSyntax ? kToolName : nullptr);
+        QueryTool tool(partsOf(*this), outputFile, toolSyntax ? kToolName : nullptr);
         const ToolInput input = tool.input(sqlFile, dbName);
         return tool.run(
             toolSyntax ? fileCommand(tool.login(), input, errorLevel) : plainFileCommand(tool.login(), input),
@@ -362,23 +359,19 @@ bool DBBase::RunFileQuery(const char* sqlFile, const char* outputFile, const cha
 
 bool DBBase::RunFileQuery_TS(const char* sqlFile, const char* outputFile, const char* dbName, int options) {
     return guarded(false, [&] {
-        QueryTool tool(*this, outputFile, kToolName);
+        QueryTool tool(partsOf(*this), outputFile, kToolName);
         return tool.run(scriptFileCommand(tool.login(), tool.input(sqlFile, dbName), options),
                         database_messages::kScriptFailed);
     });
 }
 
 bool DBBase::RunStringQuery(const char* sql, const char* outputFile, const char* dbName) {
-    return guarded(false, [&] {
-        QueryTool tool(*this, outputFile, nullptr);
-        return tool.run(stringCommand(tool.login(), tool.input(sql, dbName)),
-                        database_messages::kStringScriptFailed);
-    });
+    return guarded(false, [&] { return runStringQuery(partsOf(*this), sql, outputFile, dbName); });
 }
 
 bool DBBase::RunStringQuery_TS(const char* sql, const char* outputFile, const char* dbName, int options) {
     return guarded(false, [&] {
-        QueryTool tool(*this, outputFile, kToolName);
+        QueryTool tool(partsOf(*this), outputFile, kToolName);
         return tool.run(scriptStringCommand(tool.login(), tool.input(sql, dbName), options),
                         database_messages::kScriptFailed);
     });
@@ -387,39 +380,24 @@ bool DBBase::RunStringQuery_TS(const char* sql, const char* outputFile, const ch
 bool DBBase::generateCSVOutput(const char* sqlFile, const char* outputFile, const char* dbName,
                                const char* separator) {
     return guarded(false, [&] {
-        QueryTool tool(*this, outputFile, kToolName);
+        QueryTool tool(partsOf(*this), outputFile, kToolName);
         return tool.run(csvCommand(tool.login(), tool.input(sqlFile, dbName), separator),
                         database_messages::kScriptFailed);
     });
 }
 
-// Told once an object; the fallback name would serve only if there were no default path.
 void DBBase::getSQLPath(const char* fallbackTool) {
-    if (!m_toolPath.empty()) return;
-    guarded([&] {
-        m_toolPath = kToolPath;
-        if (m_toolPath.empty()) m_toolPath = fallbackTool != nullptr ? fallbackTool : kToolName;
-        DBLogLine(
-            cutTo(FXString::Format(database_messages::kToolPath, m_toolPath.c_str()), kToolPathMessageLength),
-            0);
-    });
+    guarded([&] { chooseToolPath(m_toolPath, fallbackTool, partsOf(*this).report); });
 }
 
-// Two calls within a second yield the same name; callers that may run together pass names of their own.
 void DBBase::getTempFileName(std::string& name) {
-    guarded([&] {
-        const VTPI_Base installation;
-        name = FXString::Format("%s/sqlFile_%lld.txt", installation.getZephraTempDirectory().c_str(),
-                                static_cast<long long>(std::time(nullptr)));
-    });
+    guarded([&] { name = temporaryOutputPath(); });
 }
 
 bool DBBase::parseOutputFile(char* outputFile, std::vector<std::string>& rows, int fieldCount) {
     return guarded(false, [&] {
-        if (readToolOutput(textOrEmpty(outputFile), m_separator[0], fieldCount, rows)) return true;
-        m_errorMessage = FXString::Format(database_messages::kOutputNotOpened, textOrEmpty(outputFile));
-        DBLogLine(m_errorMessage, 0);
-        return false;
+        return readToolOutput(textOrEmpty(outputFile), m_separator[0], fieldCount, rows,
+                              partsOf(*this).report);
     });
 }
 
@@ -436,41 +414,44 @@ bool DBBase::createSQLFileAndGenerateCSVOutput(const char* /*sql*/, const char* 
 // ---- Server maintenance --------------------------------------------------------------------------------
 
 std::vector<std::string> DBBase::getDBList() {
-    return guarded(std::vector<std::string>(), [&] { return ServerMaintenance(*this).databaseList(); });
+    return guarded(std::vector<std::string>(),
+                   [&] { return ServerMaintenance(partsOf(*this)).databaseList(); });
 }
 
 bool DBBase::backUpDB(const char* backupFile, const char* directory, const char* dbName) {
     return guarded(false, [&] {
-        return ServerMaintenance(*this).backUp(textOrEmpty(backupFile), textOrEmpty(directory),
-                                               textOrEmpty(dbName));
+        return ServerMaintenance(partsOf(*this))
+            .backUp(textOrEmpty(backupFile), textOrEmpty(directory), textOrEmpty(dbName));
     });
 }
 
 bool DBBase::restoreDB(const char* backupFile, const char* directory, const char* dbName) {
     return guarded(false, [&] {
-        return ServerMaintenance(*this).restore(textOrEmpty(backupFile), textOrEmpty(directory),
-                                                textOrEmpty(dbName));
+        return ServerMaintenance(partsOf(*this))
+            .restore(textOrEmpty(backupFile), textOrEmpty(directory), textOrEmpty(dbName));
     });
 }
 
 bool DBBase::getLastBackUpInfo(const char* dbName, char* days, char* date) {
-    return guarded(false,
-                   [&] { return ServerMaintenance(*this).lastBackup(textOrEmpty(dbName), days, date); });
+    return guarded(
+        false, [&] { return ServerMaintenance(partsOf(*this)).lastBackup(textOrEmpty(dbName), days, date); });
 }
 
 std::string DBBase::checkSQLServerProductVersion() {
-    return guarded(std::string(kUnknownVersion), [&] { return ServerMaintenance(*this).productVersion(); });
+    return guarded(std::string(kUnknownVersion),
+                   [&] { return ServerMaintenance(partsOf(*this)).productVersion(); });
 }
 
 namespace {
 
-// What the exported functions below have in common: an object for that server, no configuration read.
+// Runs an operation on an object for that server, without reading the configuration.
 template <typename Operation>
 bool onServer(const char* serverInstance, const char* userName, const char* password, const char* logFile,
               std::string& errorText, Operation operation) {
     return guarded(false, [&] {
-        DBBase db(true);
-        db.setProductTypeZephra(1);
+        constexpr int kZephra = 1;
+        DBBase db(kUnusedFlag);
+        db.setProductTypeZephra(kZephra);
         db.SetAccountInfo(serverInstance, userName, password, logFile);
         const bool succeeded = operation(db);
         if (!succeeded) errorText = db.getErrorMsg();

@@ -5,6 +5,7 @@
 #include "DatabaseMessages.h"
 #include "FX.h"
 #include "MaintenanceSql.h"
+#include "QueryTool.h"
 #include "RowText.h"
 #include "TextAsFormat.h"
 #include "ToolOutput.h"
@@ -13,8 +14,9 @@ namespace {
 
 constexpr std::size_t kPathLength = 1023;
 constexpr std::size_t kStatementLength = 4999;
+// The restore statement is built and reported but not sent: callers take it from the message.
+constexpr bool kRestoreIsSent = false;
 
-// Removes a file at the end.
 class RemovedFile {
   public:
     explicit RemovedFile(const std::string& path) : m_path(path) {}
@@ -28,13 +30,10 @@ class RemovedFile {
 
 }  // namespace
 
-ServerMaintenance::ServerMaintenance(DBBase& db) : m_db(db) {
-    std::string name;
-    m_db.getTempFileName(name);
-    m_outputFile = cutTo(name, kPathLength);
-}
+ServerMaintenance::ServerMaintenance(const DatabaseParts& db)
+    : m_db(db), m_outputFile(cutTo(temporaryOutputPath(), kPathLength)) {}
 
-// The output file stays behind.
+// Leaves the output file behind.
 std::vector<std::string> ServerMaintenance::databaseList() {
     const std::string statement = maintenance_sql::kDatabaseList;
     std::vector<std::string> names;
@@ -46,8 +45,9 @@ bool ServerMaintenance::backUp(const char* backupFile, const char* directory, co
     const RemovedFile output(m_outputFile);
     const std::string path = cutTo(FXString::Format("%s/%s", directory, backupFile), kPathLength);
     const std::string statement = FXString::Format(maintenance_sql::kBackup, dbName, path.c_str());
-    return run(cutTo(statement, kStatementLength)) &&
-           tell(FXString::Format(database_messages::kBackedUp, dbName, backupFile));
+    if (!run(cutTo(statement, kStatementLength))) return false;
+    m_db.report.report(FXString::Format(database_messages::kBackedUp, dbName, backupFile));
+    return true;
 }
 
 bool ServerMaintenance::restore(const char* backupFile, const char* directory, const char* dbName) {
@@ -57,48 +57,48 @@ bool ServerMaintenance::restore(const char* backupFile, const char* directory, c
         cutTo(FXString::Format(maintenance_sql::kFileList, path.c_str()), kStatementLength);
     std::vector<std::string> logicalNames;
     return run(fileList) && readRows(fileList, 1, logicalNames) &&
-           sendRestore(restoreStatement(path, directory, dbName, logicalNames), path);
+           reportRestore(restoreStatement(path, directory, dbName, logicalNames), path);
 }
 
-// The data files keep their logical names, put directly behind the directory: no separator, no extension. The
-// whole is interpreted as a format string and ends before its last comma.
+// Each data file moves to the directory with its logical name appended: no separator, no extension. The whole
+// statement is interpreted as a format string and ends before its last comma.
 std::string ServerMaintenance::restoreStatement(const std::string& backupFile, const char* directory,
                                                 const char* dbName,
                                                 const std::vector<std::string>& logicalNames) {
     std::string text = FXString::Format(maintenance_sql::kRestore, dbName, backupFile.c_str());
     for (const std::string& row : logicalNames) {
-        const std::string name = splitRow(row, m_db.m_separator[0], 1).front();
+        const std::string name = splitRow(row, m_db.separator, 1).front();
         text += FXString::Format(maintenance_sql::kMoveFile, name.c_str(), directory, name.c_str());
     }
     const std::string statement = textAsFormat(text, kStatementLength);
     return statement.substr(0, statement.rfind(','));
 }
 
-// Restores are built and logged but not run: createSQLFileAndExecute() always reports failure, and callers
-// take the statement from the message.
-bool ServerMaintenance::sendRestore(const std::string& statement, const std::string& backupFile) {
-    if (m_db.createSQLFileAndExecute(statement.c_str(), m_outputFile.c_str(), maintenance_sql::kDatabase))
-        return tell(FXString::Format(database_messages::kRestored, backupFile.c_str()));
+bool ServerMaintenance::reportRestore(const std::string& statement, const std::string& backupFile) {
+    if (kRestoreIsSent) {
+        m_db.report.report(FXString::Format(database_messages::kRestored, backupFile.c_str()));
+        return true;
+    }
     copyOutputToLog();
-    return fail(FXString::Format(database_messages::kRestoreFailed, statement.c_str()));
+    return m_db.report.fail(FXString::Format(database_messages::kRestoreFailed, statement.c_str()));
 }
 
-// The output file is removed on success alone.
+// Removes the output file on success only.
 bool ServerMaintenance::lastBackup(const char* dbName, char* days, char* date) {
     const std::string statement =
         cutTo(FXString::Format(maintenance_sql::kLastBackup, dbName), kStatementLength);
     std::vector<std::string> rows;
-    if (!run(statement, WhenFailed::kKeepSilent) || !readRows(statement, 2, rows)) return false;
-    const std::vector<std::string> fields =
-        splitRow(rows.back(), m_db.m_separator[0], 2);  // the last row wins
+    if (!run(statement, WhenFailed::kDropOutput) || !readRows(statement, 2, rows)) return false;
+    const std::vector<std::string> fields = splitRow(rows.back(), m_db.separator, 2);
     copyWhole(days, fields[0]);
     copyWhole(date, fields[1]);
-    tell(FXString::Format(database_messages::kLastBackup, dbName, fields[1].c_str(), fields[0].c_str()));
+    m_db.report.report(
+        FXString::Format(database_messages::kLastBackup, dbName, fields[1].c_str(), fields[0].c_str()));
     FXFile::Remove(m_outputFile.c_str());
     return true;
 }
 
-// The output file stays behind.
+// Leaves the output file behind.
 std::string ServerMaintenance::productVersion() {
     const std::string statement = maintenance_sql::kProductVersion;
     std::vector<std::string> rows;
@@ -108,31 +108,21 @@ std::string ServerMaintenance::productVersion() {
 
 bool ServerMaintenance::run(const std::string& statement, WhenFailed whenFailed) {
     if (claimToolOutput(m_outputFile)) {
-        if (m_db.RunStringQuery(statement.c_str(), m_outputFile.c_str(), maintenance_sql::kDatabase))
+        if (runStringQuery(m_db, statement.c_str(), m_outputFile.c_str(), maintenance_sql::kDatabase))
             return true;
         dropUnwrittenOutput(m_outputFile);
         if (whenFailed == WhenFailed::kLogOutput) copyOutputToLog();
     }
-    return fail(FXString::Format(database_messages::kQueryFailed, statement.c_str()));
+    return m_db.report.fail(FXString::Format(database_messages::kQueryFailed, statement.c_str()));
 }
 
-// No rows are a failure as well.
+// An empty result is a failure, too.
 bool ServerMaintenance::readRows(const std::string& statement, int fields, std::vector<std::string>& rows) {
-    return (m_db.parseOutputFile(m_outputFile.data(), rows, fields) && !rows.empty()) ||
-           fail(FXString::Format(database_messages::kResultNotParsed, statement.c_str()));
+    return (readToolOutput(m_outputFile.c_str(), m_db.separator, fields, rows, m_db.report) &&
+            !rows.empty()) ||
+           m_db.report.fail(FXString::Format(database_messages::kResultNotParsed, statement.c_str()));
 }
 
 void ServerMaintenance::copyOutputToLog() {
-    LogFileContent(m_outputFile.c_str(), m_db.m_logFile.c_str(), false, nullptr);
-}
-
-bool ServerMaintenance::tell(const std::string& message) {
-    m_db.m_errorMessage = message;
-    m_db.DBLogLine(m_db.m_errorMessage, 0);
-    return true;
-}
-
-bool ServerMaintenance::fail(const std::string& message) {
-    tell(message);
-    return false;
+    LogFileContent(m_outputFile.c_str(), m_db.report.logFile.c_str(), /*echo=*/false, /*instance=*/nullptr);
 }

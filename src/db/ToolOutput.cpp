@@ -4,12 +4,14 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <memory>
 
 #include "DatabaseMessages.h"
 #include "EvDebug.h"
 #include "FX.h"
 #include "FileDescriptor.h"
+#include "VTPI.h"
 
 namespace {
 
@@ -33,7 +35,7 @@ class LineReader {
         while (!m_rest.empty() || readBlock()) {
             const auto* newline = static_cast<const char*>(std::memchr(m_rest.data(), '\n', m_rest.size()));
             if (newline != nullptr) {
-                line = take(static_cast<std::size_t>(newline - m_rest.data()));
+                line = cutFromBlock(static_cast<std::size_t>(newline - m_rest.data()));
                 m_rest.remove_prefix(1);
                 return true;
             }
@@ -45,12 +47,12 @@ class LineReader {
     }
 
   private:
-    // The next `length` bytes, behind what was carried over from earlier blocks.
-    std::string_view take(std::size_t length) {
-        std::string_view taken = m_rest.substr(0, length);
+    // Removes the next `length` bytes from the block and returns them after what earlier blocks left over.
+    std::string_view cutFromBlock(std::size_t length) {
+        const std::string_view bytes = m_rest.substr(0, length);
         m_rest.remove_prefix(length);
-        if (m_carried.empty()) return taken;
-        m_carried += taken;
+        if (m_carried.empty()) return bytes;
+        m_carried += bytes;
         return m_carried;
     }
 
@@ -76,7 +78,7 @@ bool isOwnFile(const struct stat& status) {
     return S_ISREG(status.st_mode) && status.st_uid == ::geteuid() && status.st_nlink == 1;
 }
 
-bool makeOwn(const char* path) {
+bool createOrClaim(const char* path) {
     struct stat status {};
     // Without blocking: a pipe in the file's place is not waited on.
     const FileDescriptor file(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly);
@@ -110,8 +112,20 @@ bool readToolOutput(const char* path, char separator, int count, std::vector<std
     return !reader.hasFailed();
 }
 
+bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
+                    const DatabaseReport& report) {
+    return readToolOutput(path, separator, count, rows) ||
+           report.fail(FXString::Format(database_messages::kOutputNotOpened, path));
+}
+
+std::string temporaryOutputPath() {
+    const VTPI_Base installation;
+    return FXString::Format("%s/sqlFile_%lld.txt", installation.getZephraTempDirectory().c_str(),
+                            static_cast<long long>(std::time(nullptr)));
+}
+
 bool claimToolOutput(const std::string& path) {
-    if (makeOwn(path.c_str())) return true;
+    if (createOrClaim(path.c_str())) return true;
     EvDebug().Debug("claimToolOutput", database_messages::debug::kOutputNotOwn, path.c_str());
     return false;
 }

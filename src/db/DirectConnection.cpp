@@ -1,0 +1,44 @@
+#include "DirectConnection.h"
+
+#include <memory>
+#include <utility>
+
+#include "DatabaseMessages.h"
+#include "EvDebug.h"
+#include "SecretText.h"
+#include "VTSimpleDBConn.h"
+
+namespace {
+constexpr bool kEncrypted = false;  // the driver's own settings decide
+constexpr bool kReadOnly = false;
+constexpr bool kPrepared = false;
+}  // namespace
+
+bool DirectConnection::open(const char* dataSource, const char* userName, const char* password) {
+    const char* user = userName != nullptr ? userName : m_account.userName.c_str();
+    EvDebug().DebugLevel(database_messages::debug::kTrace, database_messages::debug::kOpen,
+                         dataSource != nullptr ? dataSource : m_account.dataSource, user);
+    if (m_connection == nullptr) m_connection = new VTSimpleDBConnObject;
+    const SecretText target(
+        m_connection->getConnectionString(m_account.serverInstance.c_str(), m_account.dbName.c_str(), user,
+                                          password != nullptr ? password : m_account.password.c_str(),
+                                          m_account.windowsAuthentication, kEncrypted));
+    if (m_connection->OpenSQLConnectionUsingConnectionString(target.c_str(), kReadOnly) == 0) return true;
+    EvDebug().Debug("Open", "%s", database_messages::debug::kOpenFailed);
+    return false;
+}
+
+void DirectConnection::close() {
+    const std::unique_ptr<VTSimpleDBConnObject> connection(std::exchange(m_connection, nullptr));
+    if (connection != nullptr) connection->CloseSQLConnection();
+}
+
+bool DirectConnection::execute(const char* sql) {
+    return m_connection != nullptr && m_connection->executeQuery(sql, kPrepared) == 0;
+}
+
+bool DirectConnection::executeOnce(const char* sql) {
+    if (!open() || !execute(sql)) return false;
+    close();
+    return true;
+}
