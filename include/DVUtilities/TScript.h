@@ -106,12 +106,7 @@ class DVU_EXPORT TScript {
     const char* getCreation();
 
   private:
-    friend class ScriptReport;     // messages: error text, output and log
-    friend class ScriptSession;    // initialize(), setDbAndLog()
-    friend class ScriptCatalogue;  // getTscriptId(), checks, addNewTscript(), the journal
-    friend class PackageLoader;    // setSQLFile()
-    friend class SqlFileRun;       // executeSQLFile()
-    friend class ProcedureRun;     // execTscript()
+    friend struct ScriptParts partsOf(TScript& script);  // the library's own view
 
     DBBase* m_db = nullptr;       // owned
     DVUtilLib* m_util = nullptr;  // owned

@@ -1,19 +1,20 @@
-// An exported operation that tells its caller when it was broken off.
+// An exported operation whose caller learns when an exception ended it.
 #pragma once
 
 #include <utility>
 
 #include "ExceptionGuard.h"
 
-// What `work` returns. When it throws: false, and `tell` runs, with the memory of `work` given back.
-template <typename Work, typename Tell>
-bool attempt(Work&& work, Tell&& tell) noexcept {
+// Returns what `work` returns. When it throws, calls `onException` after the stack is unwound, which frees
+// the memory of `work`, and returns false.
+template <typename Work, typename OnException>
+bool attempt(Work&& work, OnException&& onException) noexcept {
     bool ended = false;
     const bool done = guarded(false, [&] {
         const bool result = work();
         ended = true;
         return result;
     });
-    if (!ended) guarded(std::forward<Tell>(tell));
+    if (!ended) guarded(std::forward<OnException>(onException));
     return done;
 }

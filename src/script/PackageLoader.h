@@ -1,4 +1,4 @@
-// Loading of a script package: found, deciphered, parsed, bound to its database, catalogued.
+// Load of a script package: finds, decrypts and parses it, chooses its database, catalogues it.
 #pragma once
 
 #include <string>
@@ -6,26 +6,27 @@
 
 #include "FileDescriptor.h"
 #include "PackageParser.h"
+#include "ScriptCatalogue.h"
+#include "ScriptParts.h"
 #include "ScriptReport.h"
-
-class TScript;
+#include "ScriptSession.h"
+#include "SiteCheck.h"
 
 class PackageLoader {
   public:
     // `dbName`: the database for a package that names none; empty for no choice.
-    explicit PackageLoader(TScript& script, std::string dbName = {})
-        : m_script(script), m_report(script), m_chosenDatabase(std::move(dbName)) {}
+    explicit PackageLoader(const ScriptParts& script, std::string dbName = {});
 
-    // `path` may be null: the package is then found by the script's name. A path that the script already has
-    // is kept. The plain copy never outlives this call.
+    // A null `path` means that the package is found by the script's name. A path that the script already has
+    // is kept. The plain copy is deleted before this returns.
     bool run(const char* path);
-    // The same without any database: found, deciphered, parsed.
+    // Finds, decrypts and parses the package without a database.
     bool read(const char* path);
-    // The package's own database, else the chosen one; known once it has been read.
+    // The package's own database, else the chosen one. Empty before the package is read.
     const std::string& databaseName() const { return m_databaseName; }
 
-    // Fills in the script's path from its name, when it has none. It stays empty when the configuration names
-    // no base folder.
+    // Derives the package's path from the script's name, unless there is one. The path stays empty when the
+    // configuration names no base folder.
     void findByName();
 
   private:
@@ -33,20 +34,26 @@ class PackageLoader {
     bool choosePath(const char* path);
     bool checkReadable();
     void reserveCopy();
-    bool decipher();
+    bool decrypt();
     bool parse();
     bool copyUnreadable();
     bool agreeOnDatabase();
     bool bindDatabase();
-    bool enterIntoCatalogue();
+    bool catalogue();
 
-    PackageContent takeContent();
+    PackageContent moveContentOut();
     void storeContent(PackageContent&& content);
 
-    TScript& m_script;
+    SessionParts m_session;
+    PackageParts m_package;
+    bool& m_fromPackage;
+    std::string& m_lastMessage;
     ScriptReport m_report;
+    ScriptSession m_scriptSession;
+    SiteCheck m_siteCheck;
+    ScriptCatalogue m_scriptCatalogue;
     std::string m_copyPath;
-    FileDescriptor m_copy;  // open from its making until it has been read
+    FileDescriptor m_copy;  // open from its creation until it is read
     std::string m_chosenDatabase;
-    std::string m_databaseName;  // as the header gives it
+    std::string m_databaseName;  // in the header's spelling
 };

@@ -9,12 +9,12 @@ struct HeaderKey {
     void (*store)(PackageContent& content, const std::string& value);
 };
 
-// 32 bits, as the header's numbers are defined; more digits wrap.
+// A header number has 32 bits: larger ones wrap.
 std::int32_t number(const std::string& value) {
     return static_cast<std::int32_t>(std::strtol(value.c_str(), nullptr, 10));
 }
 
-// In the order of the search: the first key that a line holds anywhere decides, callers rely on it.
+// In search order: the first key found anywhere in a line decides. Callers rely on it.
 constexpr HeaderKey kKeys[] = {
     {"Creation Time:", [](PackageContent& c, const std::string& v) { c.creationTime = number(v); }},
     {"Plexum ID:", [](PackageContent& c, const std::string& v) { c.plexumId = number(v); }},
@@ -25,25 +25,26 @@ constexpr std::string_view kDeveloperKey = "Developer Name:";
 constexpr std::string_view kDescriptionKey = "Description:";
 
 constexpr std::string_view kXmlDirective = ":XML ON";
-constexpr std::int32_t kXmlContent = 2;  // the query tool's error level 1
+constexpr std::int32_t kXmlContent = 2;  // the query tool's option bit for error level 1
 
 }  // namespace
 
-void PackageParser::take(std::string_view piece) {
+void PackageParser::parse(std::string_view piece) {
     const std::string_view line = piece.substr(0, piece.find('\n'));
-    if (line.empty() || openSection(line)) return;  // empty lines vanish, statements' included
+    if (line.empty() || openSection(line))
+        return;  // empty lines are dropped, those between statements included
     switch (m_section) {
         case Section::kNone:
             m_ignored(m_section);
             break;
         case Section::kHeader:
-            takeHeaderLine(line);
+            parseHeaderLine(line);
             break;
         case Section::kUsage:
             m_content.usage.append("\n").append(line);
             break;
         case Section::kScript:
-            takeScriptPiece(piece);
+            appendScriptPiece(piece);
             break;
     }
 }
@@ -63,11 +64,11 @@ bool PackageParser::openSection(std::string_view line) {
     return true;
 }
 
-void PackageParser::takeHeaderLine(std::string_view line) {
-    if (!takeKeyLine(line)) takeDescriptiveLine(line);
+void PackageParser::parseHeaderLine(std::string_view line) {
+    if (!parseKeyLine(line)) parseDescriptiveLine(line);
 }
 
-bool PackageParser::takeKeyLine(std::string_view line) {
+bool PackageParser::parseKeyLine(std::string_view line) {
     for (const HeaderKey& key : kKeys) {
         const std::size_t at = line.find(key.text);
         if (at == std::string_view::npos) continue;
@@ -77,7 +78,7 @@ bool PackageParser::takeKeyLine(std::string_view line) {
     return false;
 }
 
-void PackageParser::takeDescriptiveLine(std::string_view line) {
+void PackageParser::parseDescriptiveLine(std::string_view line) {
     std::string_view value = line;
     if (const std::size_t at = line.find(kDeveloperKey); at != std::string_view::npos) {
         m_developer = true;
@@ -90,8 +91,8 @@ void PackageParser::takeDescriptiveLine(std::string_view line) {
     (m_developer ? m_content.developerName : m_content.description).append("\n").append(value);
 }
 
-void PackageParser::takeScriptPiece(std::string_view piece) {
-    // Only the first line tells; a directive further down is the query tool's own business.
+void PackageParser::appendScriptPiece(std::string_view piece) {
+    // Counts in the first line only; the query tool handles a directive further down.
     if (m_content.scriptBody.empty() && piece.find(kXmlDirective) != std::string_view::npos) {
         m_content.contentType = kXmlContent;
     }

@@ -1,4 +1,4 @@
-// Parser of a package's plain text: pieces of lines in, sections out.
+// Parser of a package's plain text.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-// What a package holds. A parse starts from what is given and adds to it; markers empty their section.
+// The content of a package. A parse appends to what is there; a section's marker empties the section first.
 struct PackageContent {
     std::time_t creationTime = 0;
     std::int64_t plexumId = 0;
@@ -26,26 +26,27 @@ class PackageParser {
     enum class Section { kNone = 0, kHeader = 1, kUsage = 2, kScript = 3 };
     using IgnoredLine = std::function<void(Section)>;
 
-    // Lines are read with a buffer of this size, the NUL included: a longer line arrives in pieces of 509
-    // bytes, each handled as a line of its own.
+    // Size of the buffer that lines are read with, the NUL included. A longer line arrives in pieces of 509
+    // bytes, and each piece counts as a line.
     static constexpr std::size_t kPieceBuffer = 510;
 
-    // `ignored` hears of every line outside the sections.
+    // `ignored` is called for every line outside the sections.
     PackageParser(PackageContent& content, IgnoredLine ignored)
         : m_content(content), m_ignored(std::move(ignored)) {}
 
-    // A line with its line break, or a piece of one without. Carriage returns are ordinary characters.
-    void take(std::string_view piece);
+    // Parses the next line with its line break, or a piece of a line without one. Carriage returns are
+    // ordinary characters.
+    void parse(std::string_view piece);
 
   private:
     bool openSection(std::string_view line);
-    void takeHeaderLine(std::string_view line);
-    bool takeKeyLine(std::string_view line);
-    void takeDescriptiveLine(std::string_view line);
-    void takeScriptPiece(std::string_view piece);
+    void parseHeaderLine(std::string_view line);
+    bool parseKeyLine(std::string_view line);
+    void parseDescriptiveLine(std::string_view line);
+    void appendScriptPiece(std::string_view piece);
 
     PackageContent& m_content;
     IgnoredLine m_ignored;
     Section m_section = Section::kNone;
-    bool m_developer = false;  // header lines without a key continue the developer's text
+    bool m_developer = false;  // header lines without a key belong to the developer's name
 };

@@ -5,7 +5,6 @@
 #include "CVoFile.h"
 #include "CallerText.h"
 #include "DVUtilities/DBBase.h"
-#include "DVUtilities/TScript.h"
 #include "FX.h"
 #include "OutputHeader.h"
 #include "RemovedAtEnd.h"
@@ -18,12 +17,11 @@ namespace {
 
 namespace texts = messages::procedure_run;
 
-// Option bits of the run beside those of the query tool.
+// Option bits of the run, in addition to those of the query tool.
 constexpr int kDropHeader = 4;
-constexpr int kUnicodeOutput = 8;  // not read back
+constexpr int kUnicodeOutput = 8;  // the output is not read back
 
 constexpr std::size_t kOutputChunk = 32767;
-enum ExecStatus { kExecSucceeded = 1, kExecFailed = 2 };
 
 constexpr char kExecution[] = " %s EXEC %s %s %s ";  // user prefix, procedure, arguments, user suffix
 constexpr char kPlainExecution[] = " %s EXEC %s %s ";
@@ -38,10 +36,14 @@ constexpr char kParametersQuery[] = " print 'TScript Parameter(s):'  print ' '  
 
 }  // namespace
 
-ProcedureRun::ProcedureRun(TScript& script, int operation, const char* arguments, const char* recordedInput,
-                           std::int32_t contentType)
-    : m_script(script),
+ProcedureRun::ProcedureRun(const ScriptParts& script, int operation, const char* arguments,
+                           const char* recordedInput, std::int32_t contentType)
+    : m_session(script.session),
+      m_entry(script.entry),
+      m_run(script.run),
       m_report(script),
+      m_catalogue(script),
+      m_journal(script),
       m_operation(operation),
       m_arguments(textOrEmpty(arguments)),
       m_recordedInput(*textOrEmpty(recordedInput) != '\0' ? recordedInput : m_arguments.data()),
@@ -49,10 +51,10 @@ ProcedureRun::ProcedureRun(TScript& script, int operation, const char* arguments
       m_query(SqlBuffer::kPlain + m_arguments.size()) {}
 
 bool ProcedureRun::run() {
-    if (!m_report.hasSession() || !findScript() || !buildQuery()) return false;
-    m_report.log(FXString::Format(texts::kStartedAs, m_operation, m_script.m_auditLevel));
+    if (!m_report.requireSession() || !findScript() || !buildQuery()) return false;
+    m_report.log(FXString::Format(texts::kStartedAs, m_operation, m_entry.auditLevel));
     if (!recordStart()) return false;
-    // Without an output file the run ends here, and a recorded start gets no end. Kept on purpose.
+    // Without an output file the run ends, and a recorded start gets no end. Callers rely on it.
     if (!createOutputFile()) return false;
     runQueryTool();
     recordEnd();
@@ -68,36 +70,36 @@ bool ProcedureRun::preview(std::string& sql) {
 }
 
 bool ProcedureRun::findScript() {
-    m_script.getTscriptId();  // the id tells, also after a failed query
-    return m_script.m_tscriptId >= 1 || m_report.report(texts::kInvalidName);
+    m_catalogue.find();  // after a failed query only the id says whether there is a row
+    return m_entry.id >= 1 || m_report.fail(texts::kInvalidName);
 }
 
 bool ProcedureRun::buildQuery() {
-    if (!m_query.available()) return m_report.report(messages::kNoMemoryForQuery);
+    if (!m_query.available()) return m_report.fail(messages::kNoMemoryForQuery);
     switch (m_operation) {
-        case kExecute:
+        case kExecuteProcedure:
             return buildExecution();
-        case kHelp:
+        case kProcedureHelp:
             buildHelp();
             return true;
-        case kParameters:
+        case kProcedureParameters:
             buildParameters();
             return true;
         default:
-            return m_report.report(texts::kInvalidOperation);
+            return m_report.fail(texts::kInvalidOperation);
     }
 }
 
-// The arguments stand in the query as they are: the caller writes them as the server wants them.
+// The arguments are inserted as they are: the caller writes them as SQL.
 bool ProcedureRun::buildExecution() {
     std::string prefix;
     const char* suffix = "";
-    if (m_script.m_secured) {
-        if (m_script.m_userId == 0) return m_report.report(texts::kNeedUser);
-        prefix = FXString::Format(kUserPrefix, m_script.m_userId);
+    if (m_entry.secured) {
+        if (m_run.userId == 0) return m_report.fail(texts::kNeedUser);
+        prefix = FXString::Format(kUserPrefix, m_run.userId);
         suffix = kUserSuffix;
     }
-    const char* name = m_script.m_scriptName.c_str();
+    const char* name = m_session.scriptName.c_str();
     if (m_arguments.empty()) {
         m_query.format(kPlainExecution, prefix.c_str(), name, suffix);
     } else {
@@ -108,67 +110,69 @@ bool ProcedureRun::buildExecution() {
 }
 
 void ProcedureRun::buildHelp() {
-    m_query.format(kHelpQuery, m_script.m_tscriptId);
+    m_query.format(kHelpQuery, m_entry.id);
     m_successMessage = texts::kHelpSucceeded;
 }
 
 void ProcedureRun::buildParameters() {
-    m_query.format(kParametersQuery, quotesDoubled(*m_script.m_db, m_script.m_scriptName).c_str());
+    m_query.format(kParametersQuery, quotesDoubled(*m_session.db, m_session.scriptName).c_str());
     m_successMessage = texts::kParametersSucceeded;
 }
 
 bool ProcedureRun::journalled() const {
-    return m_operation == kExecute && m_script.m_auditLevel > 0;
+    return m_operation == kExecuteProcedure && m_entry.auditLevel > 0;
 }
 
 bool ProcedureRun::recordStart() {
-    return !journalled() || m_script.recordExecStart(m_recordedInput);
+    return !journalled() || m_journal.recordStart(m_recordedInput);
 }
 
 bool ProcedureRun::createOutputFile() {
     CVoFile file;
-    std::string& path = m_script.m_outputFile;
+    std::string& path = m_run.outputFile;
     const bool created = createUnique(
         file, O_RDONLY, path,
-        [this] { return outputPath(m_script.m_logDir, m_script.m_dbName, m_script.m_scriptName); },
+        [this] { return outputPath(m_session.logDir, m_session.dbName, m_session.scriptName); },
         [&](const CVoError& error) {
             m_report.log(FXString::Format(texts::kOutputAttemptFailed, path.c_str(), error.GetErrorCode()));
         });
-    return created || m_report.report(FXString::Format(messages::kOutputNotCreated, path.c_str()));
+    return created || m_report.fail(FXString::Format(messages::kOutputNotCreated, path.c_str()));
 }
 
 void ProcedureRun::runQueryTool() {
-    m_report.log(FXString::Format(messages::kOutputFile, m_script.m_outputFile.c_str()));
-    if (!m_script.m_db->RunStringQuery_TS(m_query.text(), m_script.m_outputFile.c_str(),
-                                          m_script.m_dbName.c_str(), m_contentType)) {
-        fail(FXString::Format(texts::kToolFailed, m_script.m_db->getErrorMsg()));
+    m_report.log(FXString::Format(messages::kOutputFile, m_run.outputFile.c_str()));
+    if (!m_session.db->RunStringQuery_TS(m_query.text(), m_run.outputFile.c_str(), m_session.dbName.c_str(),
+                                         m_contentType)) {
+        fail(FXString::Format(texts::kToolFailed, m_session.db->getErrorMsg()));
     }
 }
 
 void ProcedureRun::recordEnd() {
-    if (journalled() && !m_script.recordExecEnd(m_failed ? kExecFailed : kExecSucceeded)) m_failed = true;
+    if (!journalled()) return;
+    const RunStatus status = m_failed ? RunStatus::kFailed : RunStatus::kSucceeded;
+    if (!m_report.attempted([&] { return m_journal.recordEnd(status); })) m_failed = true;
 }
 
 void ProcedureRun::cleanHeader() {
     if ((m_contentType & kDropHeader) == 0 || m_failed) return;
-    const CVoError error = removeOutputHeader(m_script.m_outputFile);
+    const CVoError error = removeOutputHeader(m_run.outputFile);
     if (!error.IsError()) return;
-    fail(FXString::Format(texts::kHeaderNotRemoved, m_script.m_outputFile.c_str(), error.GetErrorCode(),
+    fail(FXString::Format(texts::kHeaderNotRemoved, m_run.outputFile.c_str(), error.GetErrorCode(),
                           error.AsString()));
 }
 
-// What the tool wrote is read even when it failed.
+// Reads the tool's output also after a failure.
 void ProcedureRun::collectOutput() {
-    if ((m_contentType & kUnicodeOutput) != 0) return concludeSuccess();
-    const char* path = m_script.m_outputFile.c_str();
+    if ((m_contentType & kUnicodeOutput) != 0) return reportExecuted();
+    const char* path = m_run.outputFile.c_str();
     CVoFile file;
     if (const CVoError error = file.Open(path, "rb"); error.IsError()) {
         return failAtOutput("open", error);
     }
-    RemovedAtEnd brokenOff(path);  // output that memory cannot hold is not left behind
-    m_report.toolOutput(file, kOutputChunk, m_failed);
+    RemovedAtEnd brokenOff(path);  // also when the output does not fit into memory
+    m_report.toolOutput(file, m_run.outputFile, kOutputChunk, m_failed);
     brokenOff.keep();
-    concludeSuccess();
+    reportExecuted();
     if (const CVoError error = file.Close(); error.IsError()) {
         return failAtOutput("close", error);
     }
@@ -177,8 +181,9 @@ void ProcedureRun::collectOutput() {
     }
 }
 
-void ProcedureRun::concludeSuccess() {
-    if (!m_failed) m_report.conclude(m_successMessage);
+// The script ran; the clean-up of its output may still fail.
+void ProcedureRun::reportExecuted() {
+    if (!m_failed) m_report.reportLast(m_successMessage);
 }
 
 void ProcedureRun::fail(std::string message) {
@@ -187,6 +192,6 @@ void ProcedureRun::fail(std::string message) {
 }
 
 void ProcedureRun::failAtOutput(const char* step, const CVoError& error) {
-    fail(FXString::Format(texts::kOutputStepFailed, step, m_script.m_outputFile.c_str(), error.GetErrorCode(),
+    fail(FXString::Format(texts::kOutputStepFailed, step, m_run.outputFile.c_str(), error.GetErrorCode(),
                           error.AsString()));
 }

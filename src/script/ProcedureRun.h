@@ -1,30 +1,33 @@
-// Run of a stored-procedure tscript, or of one of the questions about it.
+// Run of a stored-procedure tscript, or a query about it: help, parameters.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "ScriptCatalogue.h"
+#include "ScriptJournal.h"
+#include "ScriptParts.h"
 #include "ScriptReport.h"
 #include "SqlBuffer.h"
 
 class CVoError;
-class TScript;
+
+// Values of an operation argument; any other value is reported as invalid.
+enum ProcedureOperation { kExecuteProcedure = 1, kProcedureHelp = 2, kProcedureParameters = 4 };
 
 class ProcedureRun {
   public:
-    // `arguments` and `recordedInput` may be null, which counts as empty. `contentType`: the query tool's
-    // option bits, of which 4 also drops the output's heading and 8 leaves the output in its file.
-    ProcedureRun(TScript& script, int operation, const char* arguments, const char* recordedInput,
+    // Null `arguments` and `recordedInput` count as empty. `contentType`: the query tool's option bits. Bit 4
+    // also drops the output's heading, bit 8 leaves the output in its file.
+    ProcedureRun(const ScriptParts& script, int operation, const char* arguments, const char* recordedInput,
                  std::int32_t contentType);
 
     bool run();
-    // The execution's text for a script that is not secured, with nothing run.
+    // Returns in `sql` the text that run() would execute; executes nothing.
     bool preview(std::string& sql);
 
   private:
-    enum Operation { kExecute = 1, kHelp = 2, kParameters = 4 };
-
     bool findScript();
     bool buildQuery();
     bool recordStart();
@@ -33,7 +36,7 @@ class ProcedureRun {
     void recordEnd();
     void cleanHeader();
     void collectOutput();
-    void concludeSuccess();
+    void reportExecuted();
 
     bool buildExecution();
     void buildHelp();
@@ -42,8 +45,12 @@ class ProcedureRun {
     void fail(std::string message);
     void failAtOutput(const char* step, const CVoError& error);
 
-    TScript& m_script;
+    SessionParts m_session;
+    EntryParts m_entry;
+    RunParts m_run;
     ScriptReport m_report;
+    ScriptCatalogue m_catalogue;
+    ScriptJournal m_journal;
     int m_operation;
     std::string_view m_arguments;
     const char* m_recordedInput;

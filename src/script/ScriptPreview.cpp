@@ -1,10 +1,11 @@
-// What a script would run, and runs in a database of the caller's choice.
+// Previews of what a script would run, and runs in a database of the caller's choice.
 #include "Attempt.h"
 #include "DVUtilities/TScript.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "PackageLoader.h"
 #include "ProcedureRun.h"
 #include "ScriptMessages.h"
+#include "ScriptParts.h"
 #include "SqlFileRun.h"
 
 namespace {
@@ -26,7 +27,7 @@ bool runIn(TScript& script, const char* scriptName, std::string& dbName, const V
         output = script.getErrorMessage();
         return false;
     }
-    const bool done = PackageLoader(script, dbName).run(nullptr) &&
+    const bool done = PackageLoader(partsOf(script), dbName).run(nullptr) &&
                       script.executeSQLFile(valuesOf(parameters), recordedInput);
     if (*script.getDbName() != '\0') dbName = script.getDbName();
     output = script.getOutput();
@@ -36,10 +37,10 @@ bool runIn(TScript& script, const char* scriptName, std::string& dbName, const V
 bool preview(TScript& script, const char* scriptName, std::string& dbName, const Values* parameters,
              std::string& sql) {
     if (!script.initialize(scriptName)) return false;
-    PackageLoader loader(script, dbName);
+    PackageLoader loader(partsOf(script), dbName);
     if (!loader.read(nullptr)) return false;
     dbName = loader.databaseName();
-    return SqlFileRun(script, valuesOf(parameters), nullptr).preview(sql);
+    return SqlFileRun(partsOf(script), valuesOf(parameters), nullptr).preview(sql);
 }
 
 }  // namespace
@@ -65,8 +66,8 @@ bool TS_PreviewTscript_SQL(const char* scriptName, std::string* dbName, const Va
         sql->clear();
         errorText->clear();
         if (preview(script, scriptName, *dbName, parameters, *sql)) return true;
-        const bool told = *script.getOutput() != '\0';
-        *errorText = told ? script.getOutput() : script.getErrorMessage();
+        const bool hasOutput = *script.getOutput() != '\0';
+        *errorText = hasOutput ? script.getOutput() : script.getErrorMessage();
         return false;
     });
 }
@@ -78,9 +79,10 @@ bool TS_PreviewTscript_SP(const char* scriptName, const char* arguments, std::st
         TScript script;
         sql->clear();
         errorText->clear();
-        constexpr int kExecute = 1;
+        constexpr int kNoOptions = 0;
         if (script.initialize(scriptName) &&
-            ProcedureRun(script, kExecute, arguments, nullptr, 0).preview(*sql))
+            ProcedureRun(partsOf(script), kExecuteProcedure, arguments, /*recordedInput=*/nullptr, kNoOptions)
+                .preview(*sql))
             return true;
         *errorText = script.getErrorMessage();
         return false;

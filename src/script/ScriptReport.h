@@ -1,42 +1,55 @@
-// How a script run tells what happens: the last message, the output for the user, the session log.
+// Reports of a script run: the last message, the output for the user, the session log.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "Attempt.h"
+#include "ScriptParts.h"
 
 class CVoFile;
-class TScript;
 
 class ScriptReport {
   public:
-    explicit ScriptReport(TScript& script) : m_script(script) {}
+    explicit ScriptReport(const ScriptParts& script)
+        : m_session(script.session), m_messages(script.messages) {}
 
-    // The message becomes the object's last message.
+    // Makes the message the object's last one.
     void set(std::string message);
-    // The same, and it goes to the session log.
+    // set(), and writes it to the session log.
     void log(std::string message);
-    // The same, and it goes to the user's output, on a line of its own. Always false, for the caller to
-    // return.
-    bool report(std::string message);
-    // The user reads one text; the last message and the log tell more. Always false.
-    bool reportAs(std::string_view userText, std::string message);
-    // As log(), and the user's output gets the message behind a single line break.
-    void conclude(std::string message);
-    // To the log alone; the last message stays.
+    // log(), and appends it to the user's output, on a line of its own.
+    void report(std::string message);
+    // log(), and appends it to the user's output behind a line break, without one after it.
+    void reportLast(std::string message);
+    // report() for a failure: always false.
+    bool fail(std::string message);
+    // The user's output gets `userText`, the last message and the log get `message`. Always false.
+    bool failAs(std::string_view userText, std::string message);
+    // Writes to the log only; the last message stays.
     void trace(const std::string& message);
 
-    // Hands what stands in a query tool's output file, read `chunk` bytes at a time, to the user's output
-    // and, as one message, to the log. Nothing is told of an empty file. Unless it is to be the last message,
-    // the caller sets another one at once.
-    void toolOutput(CVoFile& outputFile, std::size_t chunk, bool lastMessage);
+    // Appends the rest of a query tool's output file, read `chunk` bytes at a time, to the user's output and
+    // writes it to the log as one message. An empty file is not reported. `path` is the file's. With
+    // `lastMessage` the text becomes the last message, too.
+    void toolOutput(CVoFile& outputFile, const std::string& path, std::size_t chunk, bool lastMessage);
 
-    // The session has its database and host objects. False is reported.
-    bool hasSession();
+    // False, and reported, without the session's database and host objects.
+    bool requireSession();
+
+    // What `work` returns; an exception is reported and counts as false.
+    template <typename Work>
+    bool attempted(Work&& work) {
+        return attempt(std::forward<Work>(work), [this] { reportBrokenOff(); });
+    }
 
   private:
-    void tell(std::string_view userText);
+    void reportBrokenOff();
+    void appendLine(std::string_view userText);
     void writeLog(const char* message);
 
-    TScript& m_script;
+    SessionParts m_session;
+    MessageParts m_messages;
 };

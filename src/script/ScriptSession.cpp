@@ -8,7 +8,6 @@
 #include "CallerText.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
-#include "DVUtilities/TScript.h"
 #include "DVUtilities/commonFunc.h"
 #include "EvDebug.h"
 #include "FX.h"
@@ -17,11 +16,15 @@
 
 namespace {
 
-// The number under which script runs register with the debug log.
+// Number of script runs in the debug log.
 constexpr unsigned int kDebugFacility = 1165352034;
+constexpr int kDefaultLevel = 0;
+constexpr bool kAsynchronous = false;
+constexpr char kDefaultLogName[] = "";
 constexpr char kLogName[] = "Tscript.log";
+constexpr bool kUnusedFlag = false;
 
-// Every name that a caller may give, in the spelling that is kept.
+// Accepted names, in the spelling that is stored.
 constexpr const char* kDatabases[] = {"Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB"};
 constexpr const char* kManagementDatabase = "Dorvas";
 
@@ -39,14 +42,14 @@ constexpr Component kComponents[] = {{isPlatformDV, kManagementDatabase},
 }  // namespace
 
 bool ScriptSession::start(const char* name) {
-    m_script.m_scriptName = textOrEmpty(name);
+    m_session.scriptName = textOrEmpty(name);
     discardObjects();
-    if (m_script.m_scriptName.empty()) {
+    if (m_session.scriptName.empty()) {
         m_report.set(messages::kEmptyScriptName);
         return false;
     }
-    m_script.m_db = new DBBase(false);
-    m_script.m_util = new DVUtilLib(m_script.m_scriptName.c_str(), false);
+    m_session.db = new DBBase(kUnusedFlag);
+    m_session.util = new DVUtilLib(m_session.scriptName.c_str(), kUnusedFlag);
     if (!nameMachine()) return false;
     startLog();
     m_report.log(messages::kInitialized);
@@ -54,77 +57,77 @@ bool ScriptSession::start(const char* name) {
 }
 
 void ScriptSession::discardObjects() {
-    delete m_script.m_db;
-    m_script.m_db = nullptr;
-    delete m_script.m_util;
-    m_script.m_util = nullptr;
+    delete m_session.db;
+    m_session.db = nullptr;
+    delete m_session.util;
+    m_session.util = nullptr;
 }
 
 bool ScriptSession::nameMachine() {
-    if (m_script.m_util->GetMachineName(m_script.m_machineName, m_script.m_instanceName)) return true;
+    if (m_session.util->GetMachineName(m_session.machineName, m_session.instanceName)) return true;
     m_report.set(messages::kNoMachineName);
     return false;
 }
 
 void ScriptSession::startLog() {
-    VTPI_Focus::setFocus(m_script.m_instanceName.c_str());
-    EvDebug().initialize(kDebugFacility, 0, false, "");
+    VTPI_Focus::setFocus(m_session.instanceName.c_str());
+    EvDebug().initialize(kDebugFacility, kDefaultLevel, kAsynchronous, kDefaultLogName);
     const VTPI_Base base;
-    m_script.m_logDir = VTPI_EventManager(base).getLogFilesDirectory();
-    m_script.m_logFile = m_script.m_logDir;
-    FXPath::Append(m_script.m_logFile, kLogName);
+    m_session.logDir = VTPI_EventManager(base).getLogFilesDirectory();
+    m_session.logFile = m_session.logDir;
+    FXPath::Append(m_session.logFile, kLogName);
 }
 
 bool ScriptSession::chooseDatabase(const char* dbName) {
-    if (!m_script.m_dbName.empty()) return true;
-    if (!m_report.hasSession()) return false;
-    return settle(dbName) && connect() && findScript();
+    if (!m_session.dbName.empty()) return true;
+    if (!m_report.requireSession()) return false;
+    return chooseName(dbName) && connect() && findScript();
 }
 
 bool ScriptSession::openDatabase(const char* dbName) {
-    if (!m_report.hasSession() || !settle(dbName) || !connect()) return false;
-    return m_script.m_db->Open(nullptr, nullptr, nullptr) || m_report.report(messages::kNoAccess);
+    if (!m_report.requireSession() || !chooseName(dbName) || !connect()) return false;
+    return m_session.db->Open(nullptr, nullptr, nullptr) || m_report.fail(messages::kNoAccess);
 }
 
-bool ScriptSession::settle(const char* dbName) {
+bool ScriptSession::chooseName(const char* dbName) {
     const bool given = *textOrEmpty(dbName) != '\0';
-    return given ? takeDatabase(dbName) : detectDatabase();
+    return given ? acceptName(dbName) : detectDatabase();
 }
 
-// The only component's database, or else, on a management server, that one's.
+// The database of the only installed component; the management server's if several are.
 bool ScriptSession::detectDatabase() {
     int count = 0;
     const char* first = nullptr;
     for (const Component& component : kComponents) {
-        if (!component.installed(m_script.m_instanceName.c_str(), m_script.m_errorMessage)) continue;
+        if (!component.installed(m_session.instanceName.c_str(), m_messages.last)) continue;
         if (++count == 1) first = component.database;
     }
-    if (count != 1 && first != kManagementDatabase) return m_report.report(messages::kSeveralDatabases);
-    m_script.m_dbName = first;
+    if (count != 1 && first != kManagementDatabase) return m_report.fail(messages::kSeveralDatabases);
+    m_session.dbName = first;
     return true;
 }
 
-bool ScriptSession::takeDatabase(const char* name) {
+bool ScriptSession::acceptName(const char* name) {
     const auto* known = std::find_if(std::begin(kDatabases), std::end(kDatabases),
                                      [&](const char* database) { return strcasecmp(database, name) == 0; });
     if (known == std::end(kDatabases)) {
-        return m_report.report(FXString::Format(messages::kInvalidDatabase, name));
+        return m_report.fail(FXString::Format(messages::kInvalidDatabase, name));
     }
-    m_script.m_dbName = *known;
+    m_session.dbName = *known;
     return true;
 }
 
 bool ScriptSession::connect() {
-    if (!m_script.m_db->GetAccountInfo(m_script.m_machineName.c_str(), m_script.m_instanceName.c_str(),
-                                       m_script.m_logFile.c_str(), m_script.m_dbName.c_str())) {
-        return m_report.report(messages::kNoAccess);
+    if (!m_session.db->GetAccountInfo(m_session.machineName.c_str(), m_session.instanceName.c_str(),
+                                      m_session.logFile.c_str(), m_session.dbName.c_str())) {
+        return m_report.fail(messages::kNoAccess);
     }
-    m_report.log(FXString::Format(messages::kConnected, m_script.m_machineName.c_str(),
-                                  m_script.m_instanceName.c_str(), m_script.m_dbName.c_str()));
+    m_report.log(FXString::Format(messages::kConnected, m_session.machineName.c_str(),
+                                  m_session.instanceName.c_str(), m_session.dbName.c_str()));
     return true;
 }
 
-// A package may be missing from the catalogue: loading adds it.
+// A package may be missing from the catalogue: its load adds it.
 bool ScriptSession::findScript() {
-    return m_script.getTscriptId() || m_script.m_fromPackage || m_report.report(messages::kNotPermanent);
+    return m_catalogue.find() || m_fromPackage || m_report.fail(messages::kNotPermanent);
 }

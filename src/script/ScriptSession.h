@@ -1,18 +1,24 @@
 // Start of a script run: host, log, database.
 #pragma once
 
+#include "ScriptCatalogue.h"
+#include "ScriptParts.h"
 #include "ScriptReport.h"
 
-class TScript;
-
-// What each operation does is told at TScript's operations.
 class ScriptSession {
   public:
-    explicit ScriptSession(TScript& script) : m_script(script), m_report(script) {}
+    explicit ScriptSession(const ScriptParts& script)
+        : m_session(script.session),
+          m_messages(script.messages),
+          m_fromPackage(script.entry.fromPackage),
+          m_catalogue(script),
+          m_report(script) {}
 
+    // TScript::initialize()
     bool start(const char* name);
+    // TScript::setDbAndLog()
     bool chooseDatabase(const char* dbName);
-    // The same without a look for the script, and the direct connection stays open.
+    // Chooses the database and leaves the direct connection open; does not look for the script.
     bool openDatabase(const char* dbName);
 
   private:
@@ -20,12 +26,15 @@ class ScriptSession {
     bool nameMachine();
     void startLog();
 
-    bool settle(const char* dbName);
+    bool chooseName(const char* dbName);
     bool detectDatabase();
-    bool takeDatabase(const char* name);
+    bool acceptName(const char* name);
     bool connect();
     bool findScript();
 
-    TScript& m_script;
+    SessionParts m_session;
+    MessageParts m_messages;
+    const bool& m_fromPackage;
+    ScriptCatalogue m_catalogue;
     ScriptReport m_report;
 };

@@ -1,4 +1,4 @@
-// Run of a loaded package: its statements go through an SQL file and the query tool.
+// Run of a loaded package: its statements are written to an SQL file, which the query tool executes.
 #pragma once
 
 #include <string>
@@ -8,17 +8,17 @@
 #include "CVoFile.h"
 #include "PlaceholderFiller.h"
 #include "RemovedAtEnd.h"
+#include "ScriptJournal.h"
+#include "ScriptParts.h"
 #include "ScriptReport.h"
-
-class TScript;
 
 class SqlFileRun {
   public:
-    // Null as `recordedInput` counts as empty.
-    SqlFileRun(TScript& script, std::vector<std::string> parameters, const char* recordedInput);
+    // A null `recordedInput` counts as empty.
+    SqlFileRun(const ScriptParts& script, std::vector<std::string> parameters, const char* recordedInput);
 
     bool run();
-    // The SQL file's text, with nothing run.
+    // Returns the SQL file's text in `sql`; executes nothing.
     bool preview(std::string& sql);
 
   private:
@@ -33,12 +33,14 @@ class SqlFileRun {
     void collectOutput();
 
     bool compose(const PlaceholderFiller::Write& write);
-    bool write(std::string_view text);
-    bool closeSqlFile();
+    CVoError composeToFile();
     void fail(std::string message);
 
-    TScript& m_script;
+    SessionParts m_session;
+    PackageParts m_package;
+    std::string& m_outputFile;
     ScriptReport m_report;
+    ScriptJournal m_journal;
     std::vector<std::string> m_parameters;
     std::string m_recordedInput;
     std::string m_joinedValues;
@@ -46,6 +48,5 @@ class SqlFileRun {
     std::string m_sqlPath;
     RemovedAtEnd m_sqlRemoval;
     CVoFile m_sqlFile;  // closed before it is removed
-    CVoError m_writeError;
     bool m_failed = false;
 };

@@ -1,6 +1,5 @@
 #include "DVUtilities/TScript.h"
 
-#include "Attempt.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/commonFunc.h"
@@ -8,20 +7,49 @@
 #include "PackageLoader.h"
 #include "ProcedureRun.h"
 #include "ScriptCatalogue.h"
-#include "ScriptMessages.h"
+#include "ScriptJournal.h"
+#include "ScriptParts.h"
 #include "ScriptReport.h"
 #include "ScriptSession.h"
+#include "SiteCheck.h"
 #include "SqlFileRun.h"
 
 namespace {
 constexpr int kTimeText = 1024;
 
+// Runs `work` on the parts of a script; an exception is reported and counts as false.
 template <typename Work>
-bool attempted(TScript& script, Work&& work) {
-    return attempt(std::forward<Work>(work), [&] { ScriptReport(script).report(messages::kBrokenOff); });
+bool attempted(const ScriptParts& script, Work&& work) {
+    return ScriptReport(script).attempted([&] { return work(script); });
 }
 
 }  // namespace
+
+ScriptParts partsOf(TScript& script) {
+    return {.session = {.db = script.m_db,
+                        .util = script.m_util,
+                        .scriptName = script.m_scriptName,
+                        .machineName = script.m_machineName,
+                        .instanceName = script.m_instanceName,
+                        .dbName = script.m_dbName,
+                        .logDir = script.m_logDir,
+                        .logFile = script.m_logFile},
+            .messages = {.last = script.m_errorMessage, .output = script.m_output},
+            .entry = {.id = script.m_tscriptId,
+                      .auditLevel = script.m_auditLevel,
+                      .secured = script.m_secured,
+                      .fromPackage = script.m_fromPackage},
+            .package = {.path = script.m_sqlFilePath,
+                        .plexumId = script.m_plexumId,
+                        .creationTime = script.m_creationTime,
+                        .guid = script.m_guid,
+                        .developerName = script.m_developerName,
+                        .description = script.m_description,
+                        .usage = script.m_usage,
+                        .scriptBody = script.m_scriptBody,
+                        .contentType = script.m_contentType},
+            .run = {.execId = script.m_execId, .userId = script.m_userId, .outputFile = script.m_outputFile}};
+}
 
 TScript::TScript() : m_loadTime(std::time(nullptr)), m_creationTime(m_loadTime) {}
 
@@ -33,47 +61,53 @@ TScript::~TScript() {
 // ---- Session -------------------------------------------------------------------------------------------
 
 bool TScript::initialize(const char* name) {
-    return attempted(*this, [&] { return ScriptSession(*this).start(name); });
+    return attempted(partsOf(*this),
+                     [&](const ScriptParts& parts) { return ScriptSession(parts).start(name); });
 }
 
 bool TScript::setDbAndLog(const char* dbName) {
-    return attempted(*this, [&] { return ScriptSession(*this).chooseDatabase(dbName); });
+    return attempted(partsOf(*this),
+                     [&](const ScriptParts& parts) { return ScriptSession(parts).chooseDatabase(dbName); });
 }
 
 // ---- Catalogue -----------------------------------------------------------------------------------------
 
 bool TScript::getTscriptId() {
-    return attempted(*this, [&] { return ScriptCatalogue(*this).find(); });
+    return attempted(partsOf(*this), [&](const ScriptParts& parts) { return ScriptCatalogue(parts).find(); });
 }
 
 bool TScript::checkPlexumId() {
-    return attempted(*this, [&] { return ScriptCatalogue(*this).checkSite(); });
+    return attempted(partsOf(*this), [&](const ScriptParts& parts) { return SiteCheck(parts).checkSite(); });
 }
 
 bool TScript::checkGUID() {
-    return attempted(*this, [&] { return ScriptCatalogue(*this).checkGuid(); });
+    return attempted(partsOf(*this), [&](const ScriptParts& parts) { return SiteCheck(parts).checkGuid(); });
 }
 
 bool TScript::addNewTscript() {
-    return attempted(*this, [&] { return ScriptCatalogue(*this).addPackage(); });
+    return attempted(partsOf(*this),
+                     [&](const ScriptParts& parts) { return ScriptCatalogue(parts).addPackage(); });
 }
 
 bool TScript::recordExecStart(const char* inputParams) {
-    return attempted(*this, [&] { return ScriptCatalogue(*this).recordStart(inputParams); });
+    return attempted(partsOf(*this),
+                     [&](const ScriptParts& parts) { return ScriptJournal(parts).recordStart(inputParams); });
 }
 
 bool TScript::recordExecEnd(int status) {
-    return attempted(*this, [&] { return ScriptCatalogue(*this).recordEnd(status); });
+    return attempted(partsOf(*this),
+                     [&](const ScriptParts& parts) { return ScriptJournal(parts).recordEnd(status); });
 }
 
 // ---- Package -------------------------------------------------------------------------------------------
 
 bool TScript::setSQLFile(const char* path) {
-    return attempted(*this, [&] { return PackageLoader(*this).run(path); });
+    return attempted(partsOf(*this),
+                     [&](const ScriptParts& parts) { return PackageLoader(parts).run(path); });
 }
 
 const char* TScript::getSQLFile() {
-    guarded([&] { PackageLoader(*this).findByName(); });
+    guarded([&] { PackageLoader(partsOf(*this)).findByName(); });
     return m_sqlFilePath.c_str();
 }
 
@@ -87,7 +121,9 @@ void TScript::getSQLFileHelp(std::string& text) {
 // ---- Execution -----------------------------------------------------------------------------------------
 
 bool TScript::executeSQLFile(std::vector<std::string> parameters, const char* recordedInput) {
-    return attempted(*this, [&] { return SqlFileRun(*this, std::move(parameters), recordedInput).run(); });
+    return attempted(partsOf(*this), [&](const ScriptParts& parts) {
+        return SqlFileRun(parts, std::move(parameters), recordedInput).run();
+    });
 }
 
 bool TScript::isTscriptSP(const char* name, const char* dbName) {
@@ -99,9 +135,9 @@ bool TScript::isTscriptSP(const char* name, const char* dbName) {
 }
 
 bool TScript::execTscript(int operation, const char* arguments, const char* recordedInput, int userId) {
-    return attempted(*this, [&] {
+    return attempted(partsOf(*this), [&](const ScriptParts& parts) {
         m_userId = userId;
-        return ProcedureRun(*this, operation, arguments, recordedInput, m_contentType).run();
+        return ProcedureRun(parts, operation, arguments, recordedInput, m_contentType).run();
     });
 }
 

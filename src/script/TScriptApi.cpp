@@ -12,11 +12,11 @@ bool attempted(std::string& output, Work&& work) {
     return attempt(std::forward<Work>(work), [&] { output = messages::kBrokenOff; });
 }
 
-enum PackageOperation { kExecute = 1, kHelp = 2, kExecuteFile = 8 };
+enum PackageOperation { kExecutePackage = 1, kPackageHelp = 2, kExecutePackageFile = 8 };
 
 bool runProcedure(TScript& script, const char* scriptName, const char* dbName, const char* arguments,
                   const char* recordedInput, int operation, std::string& output) {
-    constexpr int kNoUser = 0;  // no user can be named on this road: a secured tscript always fails
+    constexpr int kNoUser = 0;  // no user can be named here: a secured tscript always fails
     if (!script.initialize(scriptName)) {
         output = script.getErrorMessage();
         return false;
@@ -30,21 +30,21 @@ bool runProcedure(TScript& script, const char* scriptName, const char* dbName, c
 bool runLoaded(TScript& script, const std::vector<std::string>* parameters, const char* recordedInput,
                int operation, std::string& output) {
     switch (operation) {
-        case kHelp: {
+        case kPackageHelp: {
             std::string help;
             script.getSQLFileHelp(help);
             output += help;
             return true;
         }
-        case kExecute:
-        case kExecuteFile: {
+        case kExecutePackage:
+        case kExecutePackageFile: {
             const bool done = script.executeSQLFile(
                 parameters != nullptr ? *parameters : std::vector<std::string>(), recordedInput);
             output = script.getOutput();
             return done;
         }
         default:
-            return true;  // loaded, nothing run
+            return true;  // the package is loaded only
     }
 }
 

@@ -9,12 +9,13 @@
 #include "Attempt.h"
 #include "CallerText.h"
 #include "CatalogueSql.h"
+#include "DVUtilities/DBBase.h"
 #include "DVUtilities/TScript.h"
 #include "ExceptionGuard.h"
 #include "FX.h"
 #include "NamePattern.h"
-#include "ScriptCatalogue.h"
 #include "ScriptMessages.h"
+#include "ScriptParts.h"
 #include "ScriptSession.h"
 
 namespace {
@@ -23,7 +24,7 @@ constexpr char kSeparator = '\x12';  // of a row text's columns
 constexpr int kLongestPage = 10000;
 constexpr char kSessionName[] = "TScriptRecords";  // in the session log
 
-// The first columns of a row text; the last one takes the rest, separators included.
+// The columns of a row text. The last one gets the rest, separators included.
 template <std::size_t kCount>
 std::array<std::string, kCount> columnsOf(std::string_view row) {
     std::array<std::string, kCount> columns;
@@ -47,7 +48,7 @@ std::int64_t secondsOf(const std::string& text) {
     return end != nullptr && *end == '\0' ? timegm(&time) : 0;
 }
 
-// " WHERE ... AND ..." of those conditions that are not empty.
+// " WHERE ... AND ..." of the conditions that are not empty.
 std::string where(std::initializer_list<std::string> conditions) {
     std::string text;
     for (const std::string& condition : conditions)
@@ -68,7 +69,7 @@ std::string named(std::string_view pattern) {
 struct ScriptRecords {
     TScript script;
     std::string error;
-    std::int64_t offset = 0;  // what the database's times are ahead of UTC
+    std::int64_t offset = 0;  // of the database's times from UTC
 
     bool fail(std::string reason) {
         error = std::move(reason);
@@ -94,24 +95,24 @@ struct ScriptRecords {
 bool ScriptRecords::open(const char* dbName) {
     if (*script.getDbName() != '\0') return fail(messages::records::kOpenTwice);
     if (!script.initialize(kSessionName)) return fail(script.getErrorMessage());
-    if (!ScriptSession(script).openDatabase(dbName)) return fail(script.getErrorMessage());
+    if (!ScriptSession(partsOf(script)).openDatabase(dbName)) return fail(script.getErrorMessage());
     return readOffset();
 }
 
 bool ScriptRecords::read(const std::string& sql, int columns, std::vector<std::string>& rows) {
     if (*script.getDbName() == '\0') return fail(messages::records::kNotOpen);
-    if (ScriptCatalogue(script).read(sql.c_str(), columns, rows)) return true;
+    if (partsOf(script).session.db->GetValue(sql.c_str(), rows, columns)) return true;
     return fail(FXString::Format(messages::records::kNotRead, script.getDbName()));
 }
 
-// Whether the database keeps UTC or a local time is its own affair: it tells what it makes of the present.
+// The database may store UTC or a local time: its conversion of the current time shows the difference.
 bool ScriptRecords::readOffset() {
     const long long now = std::time(nullptr);
     std::vector<std::string> rows;
     if (!read(FXString::Format(catalogue_sql::kTimeAs, now), 1, rows)) return false;
-    const std::int64_t told = rows.empty() ? 0 : secondsOf(rows.front());
-    if (told == 0) return fail(FXString::Format(messages::records::kNotRead, script.getDbName()));
-    offset = told - now;
+    const std::int64_t converted = rows.empty() ? 0 : secondsOf(rows.front());
+    if (converted == 0) return fail(FXString::Format(messages::records::kNotRead, script.getDbName()));
+    offset = converted - now;
     return true;
 }
 

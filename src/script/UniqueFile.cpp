@@ -36,8 +36,8 @@ FileDescriptor createPrivateFile(const char* path) {
     return {path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kOwnerOnly};
 }
 
-FileDescriptor takePrivateFile(const char* path) {
-    FileDescriptor file(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);  // a pipe of that name must not block
+FileDescriptor openPrivateFile(const char* path) {
+    FileDescriptor file(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);  // an open of a pipe must not block
     struct stat status {};
     const bool ours = file.isOpen() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
                       status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0 &&

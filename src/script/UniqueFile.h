@@ -1,4 +1,4 @@
-// Files under names that nobody else has.
+// Files under new, unique names.
 #pragma once
 
 #include <functional>
@@ -9,22 +9,22 @@
 class CVoError;
 class CVoFile;
 
-// Builds paths until one of them does not exist and `create` has made it, at most 100 times. One that exists
-// is passed over in silence. `path` is the last path tried, whatever the result.
+// Builds paths until one does not exist and `create` succeeds for it, at most 100 times. Existing paths are
+// skipped silently. `path` receives the last path tried, whatever the result.
 bool tryPaths(std::string& path, const std::function<std::string()>& nextPath,
               const std::function<bool()>& create);
 
-// Files are made exclusively, readable by their owner only, so that neither another's file nor a link is
-// opened in their place.
+// The following functions create a file exclusively and readable by its owner only, so that no existing file
+// or link is opened in its place.
 
-// One of those paths; `file` holds it, open with `access` (O_RDONLY, O_WRONLY). `failed` hears of every path
-// that could not be created.
+// Creates a file at the first free path and opens it with `access` (O_RDONLY, O_WRONLY). Calls `failed` for
+// every path that cannot be created.
 bool createUnique(CVoFile& file, int access, std::string& path, const std::function<std::string()>& nextPath,
                   const std::function<void(const CVoError&)>& failed);
 
-// To write and to read back; !isOpen() and errno on failure.
+// Creates a file to write and read back. !isOpen() and errno on failure.
 FileDescriptor createPrivateFile(const char* path);
 
-// An existing private file of the process's own user, emptied. !isOpen() for anything else: a link, another's
-// file, one that others may read.
-FileDescriptor takePrivateFile(const char* path);
+// Opens and empties an existing private file of the process's user. !isOpen() for anything else: a link,
+// another user's file, a file that others may read.
+FileDescriptor openPrivateFile(const char* path);

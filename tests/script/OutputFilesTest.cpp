@@ -87,11 +87,11 @@ TEST(UniqueFile, TakesNothingButAPrivateFileOfItsOwn) {
     fs::create_symlink(folder / "private", folder / "link");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), S_IRUSR | S_IWUSR), 0);
     for (const char* name : {"shared", "link", "pipe", "absent"}) {
-        EXPECT_FALSE(takePrivateFile((folder / name).c_str()).isOpen()) << name;
+        EXPECT_FALSE(openPrivateFile((folder / name).c_str()).isOpen()) << name;
     }
     EXPECT_EQ(support::readFile(folder / "private"), "old");
     EXPECT_EQ(support::readFile(folder / "shared"), "old");
-    EXPECT_TRUE(takePrivateFile((folder / "private").c_str()).isOpen());
+    EXPECT_TRUE(openPrivateFile((folder / "private").c_str()).isOpen());
     EXPECT_EQ(support::readFile(folder / "private"), "");
 }
 

@@ -13,7 +13,7 @@ struct Parsed : PackageContent {
         while (!text.empty()) {
             const std::size_t line = std::min(text.find('\n'), text.size() - 1) + 1;
             const std::size_t piece = std::min(line, PackageParser::kPieceBuffer - 1);
-            parser.take(text.substr(0, piece));
+            parser.parse(text.substr(0, piece));
             text.remove_prefix(piece);
         }
     }

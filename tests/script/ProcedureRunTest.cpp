@@ -91,12 +91,12 @@ TEST_F(ProcedureRuns, ASecuredTscriptRunsForAUser) {
 TEST_F(ProcedureRuns, OptionBitsDropTheHeadingOrLeaveTheOutputInItsFile) {
     TScript script;
     ASSERT_TRUE(script.isTscriptSP("tsListNodes", "dorvas"));
-    EXPECT_TRUE(ProcedureRun(script, 1, nullptr, nullptr, 4).run());
+    EXPECT_TRUE(ProcedureRun(partsOf(script), 1, nullptr, nullptr, 4).run());
     const std::string output = script.getOutput();
     EXPECT_EQ(output.find("--"), std::string::npos) << output;
     EXPECT_NE(output.find("archive-01"), std::string::npos);
 
-    EXPECT_TRUE(ProcedureRun(script, 1, nullptr, nullptr, 8).run());
+    EXPECT_TRUE(ProcedureRun(partsOf(script), 1, nullptr, nullptr, 8).run());
     EXPECT_EQ(script.getOutput(), output + "\nTscript Execution Succeeded!");
     m_expectedLeftovers = leftovers();
     ASSERT_EQ(m_expectedLeftovers.size(), 1U);

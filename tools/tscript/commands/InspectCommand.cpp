@@ -45,12 +45,12 @@ class PieceFeed {
     void take(std::string_view text) {
         m_pending.append(text);
         for (std::size_t end = pieceEnd(); end > 0; end = pieceEnd()) {
-            m_parser.take(std::string_view(m_pending).substr(0, end));
+            m_parser.parse(std::string_view(m_pending).substr(0, end));
             m_pending.erase(0, end);
         }
     }
     void finish() {
-        if (!m_pending.empty()) m_parser.take(m_pending);
+        if (!m_pending.empty()) m_parser.parse(m_pending);
     }
 
   private:

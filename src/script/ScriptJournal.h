@@ -1,0 +1,25 @@
+// The management database's journal of script runs.
+#pragma once
+
+#include "ScriptParts.h"
+#include "ScriptReport.h"
+
+enum class RunStatus { kSucceeded = 1, kFailed = 2 };
+
+class ScriptJournal {
+  public:
+    explicit ScriptJournal(const ScriptParts& script)
+        : m_session(script.session), m_entry(script.entry), m_run(script.run), m_report(script) {}
+
+    // TScript::recordExecStart()
+    bool recordStart(const char* inputParams);
+    // TScript::recordExecEnd(). The journal stores any status.
+    bool recordEnd(int status);
+    bool recordEnd(RunStatus status) { return recordEnd(static_cast<int>(status)); }
+
+  private:
+    SessionParts m_session;
+    EntryParts m_entry;
+    RunParts m_run;
+    ScriptReport m_report;
+};
