@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (!rest.empty()) {
         const std::size_t line = std::min(rest.find('\n'), rest.size() - 1) + 1;
         const std::size_t piece = std::min(line, PackageParser::kPieceBuffer - 1);
-        parser.take(rest.substr(0, piece));
+        parser.parse(rest.substr(0, piece));
         rest.remove_prefix(piece);
     }
     fuzz::require(content.scriptBody.size() <= size && content.usage.size() <= size);

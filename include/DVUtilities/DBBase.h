@@ -24,16 +24,16 @@ struct IdIdName_t {
     std::string name;
 };
 
-// A row text is one result row as one string: its columns as UTF-8 text, joined by the character 0x12.
+// A row text is one result row as one string: its columns in UTF-8, joined by the character 0x12.
 //
-// One thread per object. Texts are NUL-terminated; a null text counts as empty unless said otherwise. Every
-// failing operation returns false (or the value named). getErrorMsg() holds the reason where the operation
-// leaves one: account discovery, the query tool and server maintenance do, and log it too; direct-connection
-// failures are told in the debug log only. Log lines are lost, and standard output says so, when the log file
-// is null, empty or cannot be opened.
+// One thread per object. Strings are NUL-terminated; a null string counts as empty unless stated otherwise.
+// An operation that fails returns false (or the value named). Account discovery, the query tool and server
+// maintenance leave the reason in getErrorMsg() and in the log file. A direct connection reports its failures
+// in the debug log only. A log line that cannot be written, because the log file is null, empty or cannot be
+// opened, is lost; a message on standard output says so.
 class DVU_EXPORT DBBase {
   public:
-    // `flag` is kept and not consulted.
+    // `flag` is stored and not used.
     explicit DBBase(bool flag);
     ~DBBase();  // closes the connection
     DBBase(const DBBase&) = delete;
@@ -41,117 +41,139 @@ class DVU_EXPORT DBBase {
 
     // ---- Settings --------------------------------------------------------------------------------------
 
-    // Finds server, authentication and credentials of one of the suite's databases ("Dorvas", "NQ2",
-    // "VTCloud", "WFEngine", "HistoryDB", any case; null or empty: "Dorvas") in the configuration and probes
-    // the connection. The outcome, success included, is in getErrorMsg() and in the log file. The machine's
-    // name is kept to 127 bytes, the database's to 255; both are interpreted as format strings
-    // (docs/quirks.md). A second call overwrites what the first one found.
+    // Reads server, authentication and credentials of one of the suite's databases from the configuration and
+    // probes the connection. `dbName`: "Dorvas", "NQ2", "VTCloud", "WFEngine" or "HistoryDB" in any case;
+    // null or empty means "Dorvas". getErrorMsg() and the log file get the outcome, success included. The
+    // machine's name is cut to 127 bytes, the database's to 255; both are interpreted as format strings
+    // (docs/quirks.md).
+    //
+    // A failed call keeps what it has read so far. A second call overwrites the settings, with two
+    // exceptions: Windows authentication, once on, stays on; and the object keeps the kind of the first
+    // database beside that of the second. Server, credentials and connection name are then read for one of
+    // the two, by fixed orders of precedence. Use a new object for another database.
     bool GetAccountInfo(const char* machineName, const char* controlSetName, const char* logFile,
                         const char* dbName);
-    // The credentials' part of GetAccountInfo(), for the database that it settled on. `errorText` says why it
-    // failed, or "Successfully connected ..."; it is left alone when the probe alone fails.
+    // The part of GetAccountInfo() that reads the credentials and probes, for the database that
+    // GetAccountInfo() chose. `errorText` receives the reason of a failure, or "Successfully connected ...".
+    // It stays unchanged when only the probe fails.
     bool GetDBUser(const char* controlSetName, const char* dbName, std::string& errorText);
-    // Sets these four and nothing else; no check is made. Null counts as empty.
+    // Sets these four values without a check. Database name, authentication and everything else stay as they
+    // are. Null counts as empty.
     void SetAccountInfo(const char* serverInstance, const char* userName, const char* password,
                         const char* logFile);
-    // 1: the suite's main product; any other value: TNet. DBTest() asks the main product's tables for every
-    // value but 0.
+    // 1: the suite's main product; any other value: TNet. DBTest() queries a table of the main product for
+    // every value but 0.
     void setProductTypeZephra(int productType);
     // Runs the probe statement over the direct connection.
     bool DBTest();
     // Appends a line to the object's log file; `level` is not used.
     void DBLogLine(const std::string& line, int level);
-    // The last error (or result) text, never null; valid until it changes or the object is destroyed. Success
-    // does not clear it.
+    // The last error (or result) message. Never null; valid until it changes or the object is destroyed.
+    // Success does not clear it.
     const char* getErrorMsg() const;
 
     // ---- Direct connection -----------------------------------------------------------------------------
 
-    // Null arguments mean the object's own values; the data source serves the debug log only. An open
-    // connection is opened anew.
+    // Opens the connection; an open one is closed and opened again. Null arguments mean the object's own
+    // values. The data source appears in the debug log only.
     bool Open(char* dataSource, char* userName, char* password);
     bool Connect(char* dataSource, char* userName, char* password);
     bool Close();  // always true
-    // ExecuteQuery() and GetValue() need an open connection and fail without one.
+    // ExecuteQuery() and GetValue() need an open connection and fail without one. An error behind the first
+    // rows of a result is detected only by an operation that reads all rows (the list forms).
     bool ExecuteQuery(const char* sql);
     bool ExecuteQuery(const unsigned char* sql);
-    // First column of the first row: copied whole with its NUL into `text`, else into `wide` (result 1), else
-    // as a number in the result. -1 for a failure or no row, which a value of -1 cannot be told from. The
-    // buffers are not bounded: they must hold the value.
+    // Reads the first column of the first row: into `text`, with its NUL (result 1); if that is null, into
+    // `wide` (result 1); if both are null, as a number, which is the result. -1 means a failure or no row,
+    // and also a value of -1. The buffers must have room for the whole value.
     int GetValue(const char* sql, char* text, wchar_t* wide);
     int GetValue(const unsigned char* sql, char* text, wchar_t* wide);
-    // Appends one row text of the first `columns` columns a row; true also for no rows. Rows that came before
-    // a failed fetch stay in the list.
+    // Appends a row text of the first `columns` columns for each row. True also for no rows. After a failed
+    // fetch, the rows before it stay in the list.
     bool GetValue(const char* sql, std::vector<std::string>& rows, int columns);
     bool GetValue(const unsigned char* sql, std::vector<std::string>& rows, int columns);
 
-    // Each opens the connection, runs one statement and closes it. Lists are cleared once it is open.
+    // Each opens the connection, executes one statement and closes the connection. Lists are cleared when it
+    // is open.
     bool SetDBValue(const char* sql);  // after a failed statement the connection stays open
     bool SetDBValue(const unsigned char* sql);
     bool GetDBValueInt(const char* sql, int& value);  // false for -1 as well
     bool GetDBValueInt(const unsigned char* sql, int& value);
-    // `text` must hold the whole value with its NUL. After a failed read the connection stays open.
+    // `text` must have room for the whole value with its NUL. A null buffer drops the value, and a value of
+    // "-1" then counts as a failure. After a failed read the connection stays open.
     bool GetDBValueStr(const char* sql, char* text);
     bool GetDBValueStr(const unsigned char* sql, char* text);
     bool GetDBValueStr(const char* sql, wchar_t* text);
     bool GetDBValueStr(const unsigned char* sql, wchar_t* text);
     bool GetDBValueList(const char* sql, std::vector<std::string>& rows, int columns);
     bool GetDBValueList(const unsigned char* sql, std::vector<std::string>& rows, int columns);
-    // True with an empty list after a failed statement (docs/quirks.md).
+    // These three return true with an empty list after a failed statement, and true with the rows before it
+    // after a failed fetch (docs/quirks.md).
     bool GetDBValueIntList(const char* sql, std::vector<int>& values);
     bool GetDBValueIntList(const unsigned char* sql, std::vector<int>& values);
     bool GetDBValueIntIntList(const char* sql, std::vector<IdId_t>& values);
     bool GetDBValueIntIntList(const unsigned char* sql, std::vector<IdId_t>& values);
     bool GetDBValueIdIdNameList(const char* sql, std::vector<IdIdName_t>& values);
     bool GetDBValueIdIdNameList(const unsigned char* sql, std::vector<IdIdName_t>& values);
-    // Names come with their single quotes doubled, ready for SQL literals.
+    // The names' single quotes are doubled by fixTheString(char*). False after a failed statement.
     bool GetDBValueIdName(const char* sql, std::vector<IdNameItem_t>& values);
     bool GetDBValueIdName(const unsigned char* sql, std::vector<IdNameItem_t>& values);
 
-    // Splits a row text into `fieldCount` buffers of 129 characters each, allocated when `fields` is null
-    // (then owned by the caller and released by cleanupRecord with the same count). Empty fields vanish; a
-    // longer field is cut to 128 characters; fields are interpreted as format strings (docs/quirks.md).
+    // Splits a row text into `fieldCount` buffers of 129 characters each. If `fields` is null, they are
+    // allocated; the caller owns them and releases them by cleanupRecord() with the same count. Empty fields
+    // are skipped; a longer field is cut to 128 characters; fields are interpreted as format strings
+    // (docs/quirks.md).
     void parseRecord(const char* row, char**& fields, int fieldCount);
     void parseRecord(const wchar_t* row, wchar_t**& fields, int fieldCount);
     void cleanupRecord(char**& fields, int fieldCount);
     void cleanupRecord(wchar_t**& fields, int fieldCount);
-    // Doubles single quotes for SQL literals. The char form works in place by ReplaceString()
-    // (docs/quirks.md): the buffer must have room for the longer text.
+    // Doubles single quotes for SQL literals. The char form works in place by ReplaceString(), which doubles
+    // at most two quotes correctly (docs/quirks.md); the buffer must have room for the longer string.
     void fixTheString(char* text);
     void fixTheString(std::string& text);
-    // In place; the buffer must have room for the result. At most 10 occurrences, found without looking back
-    // (docs/quirks.md).
+    // Replaces in place at most 10 occurrences; the buffer must have room for the result. A longer
+    // replacement and overlapping matches have rules of their own (docs/quirks.md).
     void ReplaceString(char* text, const char* find, const char* replacement);
 
     // ---- Query tool ------------------------------------------------------------------------------------
 
-    // Runs a command line without a shell and waits (`timeout` in milliseconds, 0xFFFFFFFF: without limit).
-    // False for anything but exit code 0; the reason goes to the debug log. No path with a blank in the
-    // program's name, quoted or not.
+    // Runs a command line without a shell and waits (`timeout` in milliseconds; 0xFFFFFFFF: no limit). True
+    // for exit code 0 only; the debug log holds the reason of a failure. The program's path must not contain
+    // a blank, quoted or not.
     bool StartProcess(const char* commandLine, unsigned int timeout);
-    // The runners start sqlcmd on a file or a text and wait without limit. A null output file means a fresh
-    // temporary one; a null or empty database means "Dorvas". Output files are left to the caller, who reads
-    // and deletes them. Nothing in texts and names is escaped: they must hold no double quote. A failure is
-    // "Failed to execute SQL Script!" in getErrorMsg(); the tool's own messages are in the output file.
-    // `toolSyntax`: columns kept apart by tabs, trailing blanks trimmed, and `errorLevel` for "-m 1".
+    // The following operations run sqlcmd on a file or a string and wait without limit. A null output file
+    // means a new temporary one; a null or empty database means "Dorvas". The caller reads and deletes the
+    // output file. On failure getErrorMsg() is "Failed to execute SQL Script!"; the tool's own messages are
+    // in the output file.
+    //
+    // Nothing is escaped. No argument may contain a double quote. Server, user and database are not quoted on
+    // the command line: they must not contain blanks. SQL given as a string is one argument of the tool, for
+    // which the operating system's limit is 128 KiB; above it the tool does not start. RunStringQuery() has a
+    // limit of its own.
+    //
+    // `toolSyntax`: columns separated by tabs, trailing blanks trimmed, and `errorLevel` for "-m 1".
     bool RunFileQuery(const char* sqlFile, const char* outputFile, const char* dbName, bool toolSyntax,
                       bool errorLevel);
     // `options`: 2 error level 1, 4 unlimited column width, 8 Unicode output file.
     bool RunFileQuery_TS(const char* sqlFile, const char* outputFile, const char* dbName, int options);
-    // Always with user name and password. The whole command line is cut to 4,095 bytes (docs/quirks.md).
-    // Writes the layout that parseOutputFile() reads. Its failure text ends without "!".
+    // Always uses user name and password. The whole command line is cut to 4,095 bytes (docs/quirks.md): a
+    // longer one usually loses a closing quote, and then the tool does not start. Writes the layout that
+    // parseOutputFile() reads. The failure message has no "!".
     bool RunStringQuery(const char* sql, const char* outputFile, const char* dbName);
     bool RunStringQuery_TS(const char* sql, const char* outputFile, const char* dbName, int options);
     bool generateCSVOutput(const char* sqlFile, const char* outputFile, const char* dbName,
                            const char* separator);
-    // Settles the tool's path on first use and logs it.
+    // Sets and logs the path of sqlcmd that the command lines use; only the first call has an effect. The
+    // path is always "/opt/mssql-tools/bin/sqlcmd" and `fallbackTool` stays unused; the configuration may map
+    // the tool to another program. The operations above call it.
     void getSQLPath(const char* fallbackTool);
-    // A name in the installation's temporary folder; the same one for calls within one second. No file is
-    // made.
+    // Returns a path in the installation's temporary folder; the same one for calls within one second.
+    // Creates no file.
     void getTempFileName(std::string& name);
-    // Appends the rows of a file that RunStringQuery() wrote, as row texts of at most `fieldCount` fields; a
-    // row with fewer ends with a separator. The first two lines are headings; an empty line ends the rows.
-    // False only for a file that cannot be read; getErrorMsg() names it.
+    // Appends the rows of a file that RunStringQuery() wrote, as row texts of at most `fieldCount` fields. A
+    // row with fewer fields ends with a separator. Blanks separate fields, so a value with blanks becomes
+    // several. The first two lines are headings; an empty line ends the rows. False only for a file that
+    // cannot be read; getErrorMsg() names it.
     bool parseOutputFile(char* outputFile, std::vector<std::string>& rows, int fieldCount);
     // Entry points that do nothing and return false.
     bool createSQLFileAndExecute(const char* sql, const char* outputFile, const char* dbName);
@@ -159,20 +181,20 @@ class DVU_EXPORT DBBase {
                                            const char* separator);
 
     // ---- Server maintenance ----------------------------------------------------------------------------
-    // All run in "MASTER" with user name and password. Names and paths stand in the statements as they are: a
-    // quote in them breaks the statement. Statements are cut to 4,999 bytes, paths to 1,023. getErrorMsg()
-    // and the log file hold the failed statement, or what was done. The tool writes to a file of
-    // getTempFileName(), which nobody else may read; the list and the version leave it behind, and so does a
-    // failed getLastBackUpInfo().
+    // All run in "MASTER" by RunStringQuery(), and so with user name and password. Names and paths are
+    // inserted into the statements as they are: a quote in them breaks the statement. Statements are cut to
+    // 4,999 bytes, paths to 1,023. getErrorMsg() and the log file get the failed statement, or what was done.
+    // The tool's output goes to a file of getTempFileName(), which only its owner may read. getDBList(),
+    // checkSQLServerProductVersion() and a failed getLastBackUpInfo() leave it behind.
 
     std::vector<std::string> getDBList();  // user databases; empty on failure
-    // Into "<directory>/<backupFile>" on the server.
+    // Backs up to "<directory>/<backupFile>" on the server.
     bool backUpDB(const char* backupFile, const char* directory, const char* dbName);
-    // Builds and logs the whole restore statement, then returns false: it is not run (docs/quirks.md). Data
-    // files keep their logical names, put directly behind `directory`, which therefore ends in "/".
+    // Builds and logs the whole restore statement, but does not execute it: always false (docs/quirks.md).
+    // Each data file's path is `directory` and its logical name, so `directory` must end in "/".
     bool restoreDB(const char* backupFile, const char* directory, const char* dbName);
-    // Days since the last full backup (at least 11 bytes) and its date (at least 21 bytes), both "NULL" when
-    // there is none. Null buffers take nothing.
+    // Returns the days since the last full backup (at least 11 bytes) and its date (at least 21 bytes), both
+    // "NULL" when there is none. Null buffers are skipped.
     bool getLastBackUpInfo(const char* dbName, char* days, char* date);
     std::string checkSQLServerProductVersion();  // major version, or "-1"
 
@@ -204,11 +226,11 @@ class DVU_EXPORT DBBase {
 
 extern "C" {
 
-// The user databases of a server; `names` is replaced. False when there is none or on a failure; `errorText`
-// then says why, and is left alone otherwise.
+// Lists the user databases of a server; replaces `names`. False when there is none and on a failure, with the
+// object's last message in `errorText`. `errorText` is unchanged on success.
 DVU_EXPORT bool GetDatabaseList(const char* serverInstance, const char* userName, const char* password,
                                 const char* logFile, std::string& errorText, std::vector<std::string>& names);
-// DBBase::restoreDB() for callers without an object: always false, with the statement in `errorText`.
+// DBBase::restoreDB() without an object: always false, with the message in `errorText`.
 DVU_EXPORT bool RestoreDatabase(const char* backupFile, const char* directory, const char* dbName,
                                 const char* serverInstance, const char* userName, const char* password,
                                 const char* logFile, std::string& errorText);

@@ -7,67 +7,77 @@
 
 #include "DVUtilities/Export.h"
 
-// One object per script run. Every operation that returns false leaves the reason, where there is one, in
-// getErrorText(), and its outputs untouched unless said otherwise. Caller's buffers hold 8,192 bytes unless
-// said otherwise.
+// One object per script run. An operation that returns false leaves the reason, if there is one, in
+// getErrorText(), and its outputs unchanged unless stated otherwise. Caller's buffers have 8,192 bytes unless
+// stated otherwise.
+//
+// Strings that come through GetRegItemValue(), the folders and getDVHostList() are interpreted as format
+// strings (a percent sign is written "%%" in the configuration); those of the GetMachineName functions are
+// not.
+//
+// Instance name and machine name are read once an object, the platform type once it is not 0. Everything else
+// is read at every call. No read uses an instance but the default one, the GetMachineName functions excepted.
 class DVU_EXPORT DVUtilLib {
   public:
-    // `name`: the script's name, which names the run's files. `flag` is kept and not consulted.
+    // `name`: the script's name, part of the names of the run's files. `flag` is stored and not used.
     DVUtilLib(const char* name, bool flag);
-    // Removes the scratch SQL file unless the setting "dUTILKEEPSQLFILE" is nonzero.
+    // Deletes the scratch SQL file unless the setting "dUTILKEEPSQLFILE" is nonzero.
     ~DVUtilLib();
     DVUtilLib(const DVUtilLib&) = delete;
     DVUtilLib& operator=(const DVUtilLib&) = delete;
 
-    // Selects the names under which the product keeps its settings: true for Zephra, false for TNet.
+    // Selects the product whose configuration names are used: true for Zephra, false for TNet. Values already
+    // read are kept.
     void setProductTypeZephra(bool zephra);
 
-    // Fixes the run's log file ("<log folder>/<name>.log", 1,024 bytes) and, unless `sqlFile` is null, its
-    // scratch SQL file ("<log folder>/<name>_<pid>.sql", 1,024 bytes).
+    // Chooses and returns the run's log file ("<log folder>/<name>.log", 1,024 bytes) and, unless `sqlFile`
+    // is null, its scratch SQL file ("<log folder>/<name>_<pid>.sql", 1,024 bytes). Creates neither.
     bool Initialize(char* logFile, char* sqlFile);
 
     // The management server's host name.
     bool GetMachineName(std::string& machine);
-    // Checks `machine` when it is not empty, fills it otherwise; `controlSet` receives the instance name.
+    // Checks `machine`, or fills it if it is empty. `controlSet` receives the instance name.
     bool GetMachineName(std::string& machine, std::string& controlSet);
-    // Reads the host name of this object's instance; a `machine` that is not null must equal it exactly.
+    // Reads the host name of this object's instance. `machine`, if not null, must equal it exactly.
     bool GetMachineNameFromReg(const char* machine);
     bool GetControlSetName(std::string& controlSet);  // always true
-    bool getInstanceName();                           // finds this object's instance
+    bool getInstanceName();                           // determines this object's instance
 
     bool GetZephraBaseDir(char* dir);
     bool GetZephraInstallDir(char* dir);
     bool GetZephraLogDir(char* dir);
-    bool GetZephraNetworkPassword(char* text);  // exactly as stored, enciphered
-    // `version` may be null. 800 for "8.0.0(…", 0 for a version not in the table. A text without "(" is
-    // handed out as well, and then reported as unknown by false.
+    bool GetZephraNetworkPassword(char* text);  // encrypted, as stored
+    // Returns the version and its number: 800 for "8.0.0(…", 0 for an unknown version. `version` may be null.
+    // A version without "(" is returned, too, but with false.
     bool GetZephraVersion(char* version, int& versionNumber);
     bool GetZephraPlatform(unsigned int& platformType);  // bits of the installed components
     bool IsMachineClusterConfigured();
 
-    // GetRegistryItemValue() for this object's instance, or for a named one.
+    // GetRegistryItemValue(). The instance is not used.
     bool GetRegItemValue(const char* key, const char* valueName, char* text, unsigned int* number);
     bool GetRegItemValue(const char* instance, const char* key, const char* valueName, char* text,
                          unsigned int* number);
 
-    // The host names of all instances that are management servers.
+    // For each instance of the installation, the host name of the default instance, if that one is a
+    // management server: several instances yield the same name several times.
     std::vector<std::string> getDVHostList();
-    // The instance of the management server of that host name (compared without regard to case), into the
-    // caller's buffer, which must hold it whole.
+    // Returns in `instanceName`, which must have room for it, the first instance by name if `hostName` is the
+    // default instance's host name (case is ignored) and that one is a management server. The object then
+    // uses that instance.
     bool getInstanceNameFromDVHostName(char* hostName, char* instanceName);
 
-    // Writes a line of a script's log: to the debug log once that is initialised, else to `logFile`.
-    // `dbName` must not be null.
+    // Writes a line to the debug log if that is initialised, otherwise to `logFile`. An empty or null
+    // `dbName` is marked as missing.
     void LogTScript(const char* logFile, const char* dbName, const char* tag, const char* message);
-    // LogFileContent() into `logFile`, or into this object's log file when it is null, but never a file into
-    // itself.
+    // LogFileContent() to `logFile`, or to this object's log file if that is null. A file is never copied
+    // into itself (case is ignored): it is then echoed only.
     void printoutContent(const char* sourceFile, const char* logFile, bool echo);
 
     // Never null; valid until it changes or the object is destroyed. Success does not clear it.
     const char* getErrorText() const { return m_errorText.c_str(); }
 
   private:
-    // Names under which the product keeps its settings.
+    // The product's configuration keys and value names.
     struct RegistryNames {
         const char* root;
         const char* baseKey;

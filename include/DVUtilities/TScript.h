@@ -11,15 +11,15 @@
 class DBBase;
 class DVUtilLib;
 
-// Construct, call initialize(), then setSQLFile() (a package) or setDbAndLog() (a script that only the
-// catalogue knows), then an execution operation, then the getters. One thread per object. Every operation
-// returns true for success; messages for the user gather in getOutput(), the last one (of success, too)
-// stands in getErrorMessage(). Nothing is thrown: an operation that is broken off, for lack of memory above
-// all, says so there and fails. The texts that getters return are never null and stay the object's, valid
-// until it changes or is destroyed; a query tool's output with NUL bytes in it is seen up to the first one.
+// Use: construct, call initialize(), then setSQLFile() (a package) or setDbAndLog() (a stored procedure),
+// then an execution operation, then the getters. One thread per object. Every operation returns true for
+// success. Messages for the user accumulate in getOutput(); getErrorMessage() holds the last message, of
+// success, too. No operation throws: one that cannot be completed, for lack of memory above all, reports so
+// and fails. Before initialize() every operation that needs the session reports so and fails. Script names
+// are cut to 128 bytes in the catalogue.
 //
-// Before initialize() every operation that needs the session fails and says so. Names that go through the
-// catalogue are cut to 128 bytes there.
+// The getters' strings are never null. The object owns them; they are valid until they change or the object
+// is destroyed. A query tool's output with NUL bytes appears to end at the first one.
 class DVU_EXPORT TScript {
   public:
     TScript();
@@ -29,70 +29,90 @@ class DVU_EXPORT TScript {
 
     // ---- Session ---------------------------------------------------------------------------------------
 
-    // Names the script (null or empty fails), finds host and instance, makes the instance the one in focus
-    // and starts the session log "Tscript.log". A second call begins anew with its database and host objects
-    // and keeps everything else, the chosen database included.
+    // Sets the script's name (null or empty fails), reads host and instance names, makes the instance the one
+    // in focus and starts the session log "Tscript.log". A second call replaces the database and host objects
+    // only. The chosen database stays chosen, but the new database object has no account: operations on the
+    // database then fail, and setDbAndLog() returns true without connecting. A loaded package, the
+    // catalogue's id and the output stay as well. Use a new object for another script.
     bool initialize(const char* name);
-    // Chooses the database ("Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB", any case; null or
-    // empty: found from the installed components), connects, and finds the script in the catalogue. The
-    // choice is made once per object: a later call returns true whatever it names.
+    // Chooses the database, connects to it and looks the script up in the catalogue. `dbName`: "Dorvas",
+    // "TNet", "NQ2", "WFEngine", "VTCloud" or "HistoryDB" in any case; null or empty: the database of the
+    // installed component. A valid name is chosen once per object, even if the connection then fails: every
+    // later call returns true whatever it names and does not connect. After a failure use a new object.
     bool setDbAndLog(const char* dbName);
 
     // ---- Catalogue (each needs setDbAndLog() or setSQLFile() before it) ---------------
 
-    // Looks the script up in the catalogue: a package's row for a package, else a permanent one, the newest
-    // first. Takes over its id, audit level and spelling of the name. Once found it is not looked up again.
-    // True as well after a failed query (docs/quirks.md).
+    // Looks the script up in the catalogue, unless its id is known: a package's row for a package, otherwise
+    // a permanent one; the newest row counts. Sets id, audit level and the name in the catalogue's spelling.
+    // A failed statement is false, like a script that is not found. A failed connection is true, with the id
+    // left at 0 (docs/quirks.md).
     bool getTscriptId();
-    // Is this the site that the package is bound to? True for one that is bound to none.
+    // Returns whether the package may run at this site. True for a package that is bound to none.
     bool checkPlexumId();
-    // The same for the installation's identity; it is asked for NQ2 databases only.
+    // The same for the installation's GUID, which is checked for the database NQ2 only.
     bool checkGUID();
-    // Enters a package into the catalogue, or refreshes the usage text of its row. False without a message
-    // for a script that is no package.
+    // Adds a package to the catalogue, or updates the usage text of its row. False without a message for a
+    // script that is not a package. The usage text's single quotes are doubled by
+    // DBBase::fixTheString(char*): with more than two of them the statement usually is invalid and fails.
     bool addNewTscript();
-    // Opens this run's row in the journal, with `inputParams` (null: empty) as what the caller passed. The
-    // whole statement is cut to the length of `inputParams` and 1,023 bytes, so that a text of more than some
-    // 700 single quotes, each of which is doubled, cannot be recorded.
+    // Adds the run to the journal, with `inputParams` (null: empty) as the caller's input. The whole
+    // statement is cut to the length of `inputParams` plus 1,023 bytes, so that it fails for an input with
+    // more than about 700 single quotes, each of which is doubled. True also for a script that is not in the
+    // catalogue, although no row is written then; recordExecEnd() fails for that run.
     bool recordExecStart(const char* inputParams);
-    // Closes it. `status`: 1 succeeded, 2 failed. Fails when no start is recorded.
+    // Records the end of the run. `status`: 1 succeeded, 2 failed. Fails when no start is recorded.
     bool recordExecEnd(int status);
 
     // ---- Package ---------------------------------------------------------------------------------------
 
-    // Finds (null or empty: by the script's name), deciphers, parses and catalogues a package, which also
-    // chooses the database. A path that the object already has is kept and the argument ignored. The plain
-    // copy that it works on, a file that its owner alone may read, is gone when it returns; what a failed
-    // load had parsed stays. Memory for the statements once, and a little.
+    // Decrypts and parses a package, chooses its database and adds it to the catalogue. Null or empty: the
+    // package is found by the script's name. If the object has a path already, it keeps that and ignores the
+    // argument. The decrypted copy, a file that only its owner may read, is deleted before the call returns.
+    // After a failure what has been parsed stays. Memory: the statements once, and a little more.
     bool setSQLFile(const char* path);
-    // The package's path, found by the script's name when it is not yet known; empty when the configuration
-    // names no base folder.
+    // Returns the package's path, derived from the script's name if it is not known yet; empty when the
+    // configuration names no installation folder.
     const char* getSQLFile();
-    // Usage, description and creation time of a loaded package, as one text in place of what `text` held.
+    // Replaces `text` by usage, description and creation time of a loaded package. Loading it has written to
+    // the catalogue already.
     void getSQLFileHelp(std::string& text);
 
     // ---- Execution -------------------------------------------------------------------------------------
 
-    // Runs a loaded package through the query tool. `parameters` fill its "%s" placeholders in order;
-    // `recordedInput` is what the journal keeps (null or empty: the parameters that met a placeholder, joined
-    // by ", "). Single quotes in a parameter are doubled by DBBase::fixTheString(char*), which yields a valid
-    // literal for at most two of them (docs/quirks.md). The tool's output is added to getOutput(), whether it
-    // succeeded or not; memory for it twice. The SQL file is removed unless the configuration sets
-    // "dUTILKEEPSQLFILE". Without an output file the journal's row stays open and the SQL file stays.
+    // Runs a loaded package through the query tool. `parameters` fill its "%s" placeholders in order. Every
+    // run is recorded in the journal, whatever the audit level, with `recordedInput` (null or empty: the
+    // parameters that filled a placeholder, joined by ", ").
+    //
+    // Single quotes in a parameter are doubled by DBBase::fixTheString(char*), which yields a valid literal
+    // for at most two of them (docs/quirks.md). The query tool expands "$(NAME)" in the statements and in
+    // parameters as its own variables.
+    //
+    // The tool's output is added to getOutput(), after a failure as well; memory for it twice. After a
+    // success a line "Tscript Execution Succeeded!" follows. The SQL file is deleted unless the configuration
+    // sets "dUTILKEEPSQLFILE". If no output file can be created, the journal's row gets no end and the SQL
+    // file stays.
     bool executeSQLFile(std::vector<std::string> parameters, const char* recordedInput);
 
-    // Is the name a stored-procedure tscript? Starts the session and chooses the database where that has not
-    // been done. False for an object that holds a package.
+    // Returns whether the name is a stored-procedure tscript. Starts the session and chooses the database if
+    // that has not been done. False for an object that holds a package.
     bool isTscriptSP(const char* name, const char* dbName);
     // `operation`: 1 execute, 2 help, 4 parameters. `arguments` (may be null) follow the procedure's name as
-    // they stand; they must hold no double quote, at which the query tool's command line would end them. The
-    // query is cut to 8,191 bytes and their length. `recordedInput`: what the journal keeps (null or empty:
-    // the arguments); only executions of scripts with an audit level above 0 are journalled. `userId`: for
-    // whom the script runs; a secured script needs one other than 0. Without an output file a recorded start
+    // they are. They must not contain a double quote, which would end the argument on the query tool's
+    // command line; the tool expands "$(NAME)" in them as its own variables. The query is cut to 8,191 bytes
+    // plus the length of `arguments`; as one argument of the query tool it must stay below the operating
+    // system's limit of 128 KiB.
+    //
+    // Only executions of scripts with an audit level above 0 are recorded in the journal, with
+    // `recordedInput` (null or empty: the arguments). `userId`: the user of the run; a secured script needs
+    // one other than 0.
+    //
+    // The tool's output is added to getOutput(), after a failure as well. After a success a message of
+    // success follows, without a line break at its end. If no output file can be created, the journal's row
     // gets no end.
     bool execTscript(int operation, const char* arguments, const char* recordedInput, int userId);
 
-    // ---- What the run knows and produced ---------------------------------------------------------------
+    // ---- State and results of the run ------------------------------------------------------------------
 
     const char* getScriptName() const;
     const char* getDbName() const;
@@ -102,7 +122,8 @@ class DVU_EXPORT TScript {
     const char* getOutput() const;
     const char* getDescription() const;
     int getAuditLevel() const;
-    // The script's creation time as "YYYY/MM/DD hh:mm:ss", local time.
+    // The script's creation time as "YYYY/MM/DD hh:mm:ss", local time. For a script that is not a package,
+    // the time of the object's construction.
     const char* getCreation();
 
   private:
@@ -135,5 +156,5 @@ class DVU_EXPORT TScript {
     std::int32_t m_auditLevel = 0;
     bool m_secured = false;
     std::int32_t m_userId = 0;
-    std::string m_creationText;  // what getCreation() returned last
+    std::string m_creationText;  // last result of getCreation()
 };

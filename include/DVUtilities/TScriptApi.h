@@ -1,4 +1,4 @@
-// Script runs for programs that handle no TScript object. Unmangled names; nothing survives between calls.
+// Script runs for programs without a TScript object. Unmangled names; no state is kept between calls.
 #pragma once
 
 #include <string>
@@ -6,25 +6,30 @@
 
 #include "DVUtilities/Export.h"
 
-// Result texts go into strings that the caller owns; they are overwritten. All return true for success;
-// a failure's reason is in the output text. A null address where a result is to go makes the call fail at
-// once; null names count as empty ones. An output ends at its first NUL byte. Nothing is thrown.
+// Results are returned in strings that the caller owns. All functions return true for success; on failure the
+// output string holds the reason. A null address of a result makes the call fail at once; null names count as
+// empty. The functions clear output and log file first: no input may point into these strings. An output ends
+// at its first NUL byte. No function throws.
+//
+// The query tool expands "$(NAME)" in statements, parameters and arguments as its own variables.
 extern "C" {
 
-// Is the name a stored-procedure tscript of the catalogue? Both strings are overwritten, whatever the result:
-// with the name as the catalogue spells it, and with the database that was settled on.
+// Returns whether the name is a stored-procedure tscript of the catalogue. Overwrites both strings, whatever
+// the result: with the name in the catalogue's spelling and with the database that was chosen.
 DVU_EXPORT bool TS_IsTscriptSP(std::string* scriptName, std::string* dbName);
 
-// Runs (1), explains (2) or lists the parameters of (4) a stored-procedure tscript. `arguments` (without
-// double quotes) and `recordedInput` may be null, as told at TScript::execTscript(). `auditLevel` receives 0
-// when the script was not found. A secured tscript always fails here: no user can be named.
+// Executes (1) a stored-procedure tscript, or returns its help (2) or its parameters (4). `arguments`
+// (without double quotes) and `recordedInput` may be null, as for TScript::execTscript(). `auditLevel`
+// receives 0 when the script is not found. A secured tscript always fails, since no user can be named.
 DVU_EXPORT bool TS_ExecTscript_SP(const char* scriptName, const char* dbName, const char* arguments,
                                   const char* recordedInput, int operation, std::string* logFile,
                                   std::string* output, int* auditLevel);
 
-// Runs (1 or 8) or explains (2) a package. `dbName` receives the database that was chosen, and is left alone
-// when the package cannot be loaded. Any other operation loads the package, runs nothing and succeeds with an
-// empty output. `parameters` (null: none) fill the package's placeholders; they are copied.
+// Executes (1 or 8) a package or returns its help (2). Any other operation loads the package only and
+// succeeds with an empty output. Every operation, help included, adds the package to the catalogue or updates
+// its usage text. `dbName` receives the database that was chosen and is unchanged when the package cannot be
+// loaded. `parameters` (null: none) fill the package's placeholders. Executions are recorded in the journal,
+// whatever the audit level.
 DVU_EXPORT bool TS_ExecTscript_SQL(const char* scriptName, std::string* dbName,
                                    const std::vector<std::string>* parameters, const char* recordedInput,
                                    int operation, std::string* logFile, std::string* output);
