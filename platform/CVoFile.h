@@ -1,4 +1,4 @@
-// Files whose every failure reaches the caller as a value.
+// Files that return every failure as an error value.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ class VT_PLATFORM_EXPORT CVoError {
 
     bool IsError() const { return m_code != 0; }
     int GetErrorCode() const { return m_code; }  // an errno value; 0 for none
-    // The code's text. Valid as long as this object.
+    // Description of the code, valid as long as this object.
     const char* AsString() const;
 
   private:
@@ -28,18 +28,18 @@ class VT_PLATFORM_EXPORT CVoFile {
     CVoFile(const CVoFile&) = delete;
     CVoFile& operator=(const CVoFile&) = delete;
 
-    // Modes as of fopen: "r", "w", "a", each with "+" and "b".
+    // Modes of fopen(): "r", "w", "a", each with "+" and "b".
     CVoError Open(const char* path, const char* mode);
-    // Flags and permission bits as of open(2). With O_CREAT (64) the file is made exclusively: one that
-    // exists, or a link of that name, is an error and is not opened.
+    // Flags and permission bits of open(2). O_CREAT (64) creates the file exclusively: an existing file or
+    // link of that name is an error and is not opened.
     CVoError Open(const char* path, int flags, int permissions);
-    // At most `size` bytes; `bytesRead` is 0 at the end of the file. Interrupted and short reads are
-    // carried on until the buffer is full or the file ends.
+    // Reads until the buffer is full or the file ends, after interrupted and short reads, too. `bytesRead` is
+    // 0 at the end of the file.
     CVoError Read(void* buffer, std::size_t size, std::size_t* bytesRead);
-    // All of the bytes, or an error (ENOSPC on a full disk).
+    // Writes all bytes or returns an error (ENOSPC on a full disk).
     CVoError Write(const void* data, std::size_t size);
     CVoError Close();
-    // Removes a file. `missingIsFine`: one that is not there is no error.
+    // Deletes a file. With `missingIsFine` a missing file is no error.
     static CVoError Delete(const char* path, bool missingIsFine);
 
   private:

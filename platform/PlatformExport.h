@@ -1,4 +1,4 @@
-// Marks what the platform libraries export; everything else in them stays hidden.
+// Export macro of the platform libraries; everything without it is hidden.
 #pragma once
 
 #define VT_PLATFORM_EXPORT __attribute__((visibility("default")))

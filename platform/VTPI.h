@@ -1,4 +1,4 @@
-// The installation's folders and the instance in focus.
+// Folders of the installation, and the instance in focus.
 #pragma once
 
 #include <string>
@@ -23,7 +23,7 @@ class VT_PLATFORM_EXPORT VTPI_EventManager {
 
 class VT_PLATFORM_EXPORT VTPI_Focus {
   public:
-    // Makes an instance the process's default instance; null or empty takes the focus away.
+    // Makes an instance the process's default instance; null or empty clears the focus.
     static void setFocus(const char* instance);
     static std::string getFocus();  // empty: no instance is in focus
 };

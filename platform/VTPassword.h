@@ -1,14 +1,13 @@
-// The platform's cipher: stored credentials and lines of enciphered files.
+// The platform's cipher for stored credentials and lines of files.
 #pragma once
 
 #include <memory>
 
 #include "PlatformExport.h"
 
-// Texts are NUL-terminated. `size` holds the size in bytes of the output buffer, its NUL included, and
-// receives the length written, without it. A nonzero result means success; after a failure nothing of
-// the plain text stands in the output buffer and getLastError() tells why. What an object holds of a
-// secret is wiped when it is destroyed.
+// Strings are NUL-terminated. `size` is the size in bytes of the output buffer, the NUL included, and
+// receives the length written, without the NUL. A nonzero result means success. After a failure the output
+// buffer contains no plain text and getLastError() returns the reason. The destructor wipes all secrets.
 class VT_PLATFORM_EXPORT VTPassword {
   public:
     VTPassword();
@@ -16,13 +15,13 @@ class VT_PLATFORM_EXPORT VTPassword {
     VTPassword(const VTPassword&) = delete;
     VTPassword& operator=(const VTPassword&) = delete;
 
-    // Stored credentials: hand in the enciphered text, then have it deciphered.
+    // Stored credentials: set the encrypted string, then decrypt it.
     void putEncPwd(const char* enciphered);
     int decrypt(char* plain, unsigned long* size);
-    // The reverse: makes the text that putEncPwd() takes.
+    // Encrypts credentials for putEncPwd().
     int encryptPwd(const char* plain, char* enciphered, unsigned long* size);
 
-    // One line of a file. A credentials text is no file record and the other way round.
+    // One line of a file. Encrypted credentials are not accepted as a line of a file, nor the reverse.
     int encrypt(const char* plain, char* enciphered, unsigned long* size);
     int decrypt(const char* enciphered, char* plain, unsigned long* size);
 
@@ -34,9 +33,9 @@ class VT_PLATFORM_EXPORT VTPassword {
         kKeyMalformed = 4,       // the key file does not hold exactly 32 bytes
         kBufferTooSmall = 5,     // the output does not fit
         kNotARecord = 6,         // no version mark, or not base64
-        kRecordCut = 7,          // shorter than any record
-        kNotAuthentic = 8,       // changed, or enciphered with another key
-        kWrongKind = 9,          // a credentials text where a file record is wanted, or the reverse
+        kRecordCut = 7,          // shorter than the shortest record
+        kNotAuthentic = 8,       // changed, or encrypted with another key
+        kWrongKind = 9,          // credentials in place of a line of a file, or the reverse
         kCipherUnavailable = 10  // the cipher library could not be started
     };
     long getLastError() const;

@@ -8,8 +8,8 @@
 #include "PlatformExport.h"
 
 // A value is addressed by an instance, a key ("Database", "InstalledPackages\803") and a value name.
-// Every operation reports success as a nonzero result and leaves its outputs untouched on failure.
-// Objects are cheap: the store is parsed once for the process and read again when its file has changed.
+// Every operation returns nonzero for success and leaves its outputs unchanged on failure. Objects are cheap:
+// the process parses the store once, and again when its file has changed.
 class VT_PLATFORM_EXPORT VTPlatformInfo {
   public:
     // The instance in focus (VTPI_Focus), else "Instance001".
@@ -17,19 +17,19 @@ class VT_PLATFORM_EXPORT VTPlatformInfo {
     // A named instance; null or empty means the same as the default constructor.
     explicit VTPlatformInfo(const char* instance);
 
-    // A text value; a number is handed out in decimal digits.
+    // Returns a string value, or a number in decimal digits.
     int getString(const char* key, const char* valueName, std::string* value) const;
-    // A number value; a text that is wholly a decimal or 0x number counts as one.
+    // Returns a number value, or the number in a string that is a decimal or 0x number as a whole.
     int getNumber(const char* key, const char* valueName, std::uint64_t* value) const;
 
     enum ValueType : unsigned long { kText = 1, kBinary = 3, kNumber = 4 };
-    // The value's bytes as they are kept: text with its NUL when there is room, a number as 4 or 8
-    // little-endian bytes. `size` is the buffer's size in bytes; a value that does not fit is a failure.
+    // Returns the value's bytes: a string with its NUL if that fits, a number as 4 or 8 little-endian bytes.
+    // `size` is the buffer's size in bytes; a value that does not fit is a failure.
     // `type` may be null.
     int getRegValue(const char* key, const char* valueName, unsigned long* type, char* buffer,
                     unsigned long size) const;
-    // All values under a key, as texts. For the root of the installation
-    // ("SOFTWARE\Veltrane Systems\Zephra") the names are those of the instances, their values empty.
+    // Returns all values under a key as strings. For the root of the installation ("SOFTWARE\Veltrane
+    // Systems\Zephra") the names are the instances and the values are empty.
     int getRegValues(const char* key, std::map<std::string, std::string>* values) const;
 
   private:

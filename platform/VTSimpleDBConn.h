@@ -8,11 +8,11 @@
 
 #include "PlatformExport.h"
 
-// One column's value in the current row.
+// Value of one column in the current row.
 class VT_PLATFORM_EXPORT VTDBDataTypeBase {
   public:
     bool isNull() const { return m_null; }
-    // The value as UTF-8 text; NULL is the empty text. Valid until the next row is fetched.
+    // The value in UTF-8; NULL is an empty string. Valid until the next row is fetched.
     std::string_view asUtf8() const { return m_text; }
 
   private:
@@ -30,9 +30,9 @@ class VT_PLATFORM_EXPORT VTDBAutoBindResult {
     VTDBAutoBindResult& operator=(const VTDBAutoBindResult&) = delete;
 
     int columnCount() const;
-    // 0: the next row stands in the columns; 1: there is none; -1: the fetch failed.
+    // Fetches the next row into the columns. 0: fetched; 1: no more rows; -1: the fetch failed.
     int getNextRow();
-    // Column from 0; one beyond the last is NULL.
+    // `index` from 0; beyond the last column the value is NULL.
     const VTDBDataTypeBase& column(int index) const;
 
   private:
@@ -41,8 +41,8 @@ class VT_PLATFORM_EXPORT VTDBAutoBindResult {
     std::unique_ptr<Impl> m_impl;
 };
 
-// A connection. One thread at a time. Results are 0 for success unless said otherwise; every diagnostic
-// (SQLSTATE, native number, text) goes to the debug log, a password never does.
+// Connection for one thread at a time. Results are 0 for success unless stated otherwise. Every diagnostic
+// record (SQLSTATE, native number, message) goes to the debug log; a password never does.
 class VT_PLATFORM_EXPORT VTSimpleDBConnObject {
   public:
     VTSimpleDBConnObject();
@@ -50,20 +50,19 @@ class VT_PLATFORM_EXPORT VTSimpleDBConnObject {
     VTSimpleDBConnObject(const VTSimpleDBConnObject&) = delete;
     VTSimpleDBConnObject& operator=(const VTSimpleDBConnObject&) = delete;
 
-    // Server as `host`, `host\instance`, `host,port` or `tcp:host,port`. With `windowsAuthentication`
-    // no user and password are put in. `encrypt` asks the driver for an encrypted connection.
+    // Builds a connection string. `server`: `host`, `host\instance`, `host,port` or `tcp:host,port`. With
+    // `windowsAuthentication` it contains no user and password. `encrypt` requests an encrypted connection.
     std::string getConnectionString(const char* server, const char* database, const char* user,
                                     const char* password, bool windowsAuthentication, bool encrypt) const;
-    // An open connection is closed first. `readOnly` opens it for reading only.
+    // Closes an open connection and opens a new one. `readOnly`: for reading only.
     int OpenSQLConnectionUsingConnectionString(const char* connectionString, bool readOnly);
     int CloseSQLConnection();
 
-    // Runs a statement or batch; results left from the one before are dropped. `prepared` goes by way of
-    // a prepared statement. An error in any of the batch's statements that comes before its first rows is
-    // reported here.
+    // Executes a statement or batch, as a prepared statement with `prepared`. Remaining results of the
+    // previous one are dropped. Reports errors of the batch's statements up to its first rows.
     int executeQuery(const char* sql, bool prepared);
-    // Binds the columns of the statement's first result set. 0: bound; 1: the statement has no columns
-    // (no rows will come); -1: failure. The result must not outlive the connection.
+    // Binds the columns of the first result set. 0: bound; 1: the statement has no columns and returns no
+    // rows; -1: failure. The result must not outlive the connection.
     int autoBind(VTDBAutoBindResult& result);
 
     struct Impl;

@@ -10,23 +10,23 @@ class VT_PLATFORM_EXPORT VtProcess {
     static constexpr unsigned int kNoTimeout = 0xFFFFFFFFU;
 
     VtProcess();
-    ~VtProcess();  // a child that nobody waited for is waited for
+    ~VtProcess();  // waits for a child process that is still running
     VtProcess(const VtProcess&) = delete;
     VtProcess& operator=(const VtProcess&) = delete;
 
-    // Silent: the child's standard output is dropped; otherwise it is the host program's.
+    // With `silent` the child's standard output is dropped; otherwise it is that of this process.
     void SetSilence(bool silent);
 
-    // Starts `program` without a shell. Its name may carry double quotes, and the configuration store may
-    // map it to another path. The command line (its first word stands for the program) is split at blanks;
-    // between double quotes every character stands for itself. Standard input is /dev/null. `option` is
-    // kept for callers of other platforms and selects nothing here. True when the child runs; otherwise
-    // `error` (size in bytes with the NUL) tells why.
+    // Starts `program` without a shell. The name may contain double quotes, which are removed, and the
+    // configuration store may map it to another path. The command line, whose first word names the program,
+    // is split at blanks; between double quotes every character is literal. Standard input is /dev/null.
+    // `option` is not used on this platform. True if the child process runs; otherwise `error` (`errorSize`
+    // bytes with the NUL) receives the reason.
     bool Start(const char* program, const char* commandLine, char* error, int errorSize, int option);
 
-    // Waits for the child. True when it ended by itself: `exitCode` is set and `error` holds the tail of
-    // its standard error. False, with a text in `error`, when the time-out (milliseconds; kNoTimeout: none)
-    // ran out, which ends the child's process group, or when a signal ended the child.
+    // Waits for the child process. True when it exited: `exitCode` is set and `error` receives the end of its
+    // standard error. False, with the reason in `error`, when a signal ended it or when the time-out
+    // (milliseconds; kNoTimeout: none) expired, which kills its process group.
     bool Wait(int* exitCode, char* error, int errorSize, unsigned int timeoutMilliseconds);
 
   private:

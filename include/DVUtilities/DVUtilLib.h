@@ -11,9 +11,9 @@
 // getErrorText(), and its outputs unchanged unless stated otherwise. Caller's buffers have 8,192 bytes unless
 // stated otherwise.
 //
-// Strings that come through GetRegItemValue(), the folders and getDVHostList() are interpreted as format
-// strings (a percent sign is written "%%" in the configuration); those of the GetMachineName functions are
-// not.
+// Strings returned by GetRegItemValue(), by the getters of folders, password and version and by
+// getDVHostList() are interpreted as format strings (a percent sign is written "%%" in the configuration);
+// those of the GetMachineName functions are not.
 //
 // Instance name and machine name are read once an object, the platform type once it is not 0. Everything else
 // is read at every call. No read uses an instance but the default one, the GetMachineName functions excepted.

@@ -30,15 +30,16 @@ class DVU_EXPORT TScript {
     // ---- Session ---------------------------------------------------------------------------------------
 
     // Sets the script's name (null or empty fails), reads host and instance names, makes the instance the one
-    // in focus and starts the session log "Tscript.log". A second call replaces the database and host objects
-    // only. The chosen database stays chosen, but the new database object has no account: operations on the
-    // database then fail, and setDbAndLog() returns true without connecting. A loaded package, the
-    // catalogue's id and the output stay as well. Use a new object for another script.
+    // in focus and starts the session log "Tscript.log". A second call does the same with new database and
+    // host objects and keeps everything else: the loaded package, the catalogue's id, the output, the name of
+    // the chosen database. The new database object has no account, so operations on the database fail, and
+    // setDbAndLog() returns true without connecting. Use a new object for another script.
     bool initialize(const char* name);
     // Chooses the database, connects to it and looks the script up in the catalogue. `dbName`: "Dorvas",
     // "TNet", "NQ2", "WFEngine", "VTCloud" or "HistoryDB" in any case; null or empty: the database of the
-    // installed component. A valid name is chosen once per object, even if the connection then fails: every
-    // later call returns true whatever it names and does not connect. After a failure use a new object.
+    // installed component. A valid name is chosen once per object, even if the connection or the look-up then
+    // fails: every later call returns true, whatever it names, and does not connect. After a failure use a
+    // new object.
     bool setDbAndLog(const char* dbName);
 
     // ---- Catalogue (each needs setDbAndLog() or setSQLFile() before it) ---------------
@@ -97,11 +98,11 @@ class DVU_EXPORT TScript {
     // Returns whether the name is a stored-procedure tscript. Starts the session and chooses the database if
     // that has not been done. False for an object that holds a package.
     bool isTscriptSP(const char* name, const char* dbName);
-    // `operation`: 1 execute, 2 help, 4 parameters. `arguments` (may be null) follow the procedure's name as
-    // they are. They must not contain a double quote, which would end the argument on the query tool's
-    // command line; the tool expands "$(NAME)" in them as its own variables. The query is cut to 8,191 bytes
-    // plus the length of `arguments`; as one argument of the query tool it must stay below the operating
-    // system's limit of 128 KiB.
+    // Runs a stored-procedure tscript through the query tool, or a query about it. `operation`: 1 execute, 2
+    // help, 4 parameters. `arguments` (may be null) follow the procedure's name as they are. They must not
+    // contain a double quote, which would end the argument on the query tool's command line; the tool expands
+    // "$(NAME)" in them as its own variables. The query is cut to 8,191 bytes plus the length of `arguments`;
+    // as one argument of the query tool it must stay below the operating system's limit of 128 KiB.
     //
     // Only executions of scripts with an audit level above 0 are recorded in the journal, with
     // `recordedInput` (null or empty: the arguments). `userId`: the user of the run; a secured script needs

@@ -57,12 +57,11 @@ DVU_EXPORT void LogToFile(const char* logFile, const char* text, bool raw);
 
 // Copies a text file line by line to a log file or to standard output. A line longer than 8,191 bytes is
 // handled in pieces of that size; a line ends at its first NUL.
-//   - Without `echo`: each line becomes an entry of the log file with its own time. A null log file gets
-//   nothing.
-//   - With `echo`: the lines and one more line break go to standard output. The log file gets the same,
-//   without
-//     times, only if the setting "dTScriptResultLogOutput" is nonzero and `instance` is not null. The setting
-//     is read from the default instance, whatever `instance` names.
+//   - Without `echo`: each line becomes an entry of the log file, with its own time. If the log file is null,
+//     nothing is written.
+//   - With `echo`: the lines and one more line break are printed on standard output. The log file gets the
+//     same, without times, only if the setting "dTScriptResultLogOutput" is nonzero and `instance` is not
+//     null. The setting is read from the default instance, whatever `instance` names.
 // The source must not be the log file itself, and it must be writable: otherwise the log file gets a message
 // that it cannot be opened.
 DVU_EXPORT void LogFileContent(const char* sourceFile, const char* logFile, bool echo, const char* instance);
@@ -74,15 +73,15 @@ DVU_EXPORT int DVUtilities_fopen_s(FILE** stream, const char* path, const char* 
 // ---- File encryption -----------------------------------------------------------------------------------
 
 // Encrypt or decrypt a text file line by line with the platform's cipher. The target is created or truncated,
-// so it must differ from the source. A new target has mode 0666 less the umask, a plain text, too; an
+// so it must differ from the source. A new target has mode 0666 less the umask, also for decrypted text; an
 // existing one keeps its mode. After a failure the target keeps the lines written so far; the caller deletes
 // it. `errorText` names the file that cannot be opened, read or written, or the cipher's error number
 // (VTPassword::Error). Null paths: false, with `errorText` unchanged.
 //
-// A round trip does not keep every file: lines of less than two bytes, the line break counted, are skipped,
-// empty lines above all. Longer lines than 509 bytes (encryption) or 2,046 bytes (decryption) are handled in
-// pieces of that size; a line of exactly 509 bytes without its line break, or a multiple of that, loses the
-// line break and is joined to the next line.
+// A round trip does not preserve every file. Lines of less than two bytes, line break included, are skipped:
+// above all empty lines. Lines longer than 509 bytes (encryption) or 2,046 bytes (decryption) are handled in
+// pieces of that size. A line whose length without its line break is 509 bytes, or a multiple of it, loses
+// the line break and is joined to the next line.
 DVU_EXPORT bool EncryptFile(const char* sourceFile, const char* targetFile, std::string& errorText);
 DVU_EXPORT bool DecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText);
 DVU_EXPORT bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText,

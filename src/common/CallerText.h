@@ -1,4 +1,4 @@
-// Texts that come from callers and buffers that callers own.
+// Strings from callers and buffers of callers.
 #pragma once
 
 #include <algorithm>
@@ -6,13 +6,13 @@
 #include <string>
 #include <string_view>
 
-// A null text counts as the empty one.
+// Returns the string, or an empty one for null.
 inline const char* textOrEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
-// Copies what fits into `size` bytes (characters), NUL included; the rest is cut off, between two bytes of a
-// UTF-8 character if need be. A null buffer or one without room takes nothing.
+// Copies at most `size` - 1 characters and a NUL. The cut may be inside a UTF-8 character. Does nothing for a
+// null buffer or size 0.
 template <typename Char>
 void copyCut(Char* buffer, std::size_t size, std::basic_string_view<Char> text) {
     if (buffer == nullptr || size == 0) return;
@@ -24,14 +24,13 @@ inline void copyCut(char* buffer, std::size_t size, std::string_view text) {
     copyCut<char>(buffer, size, text);
 }
 
-// Copies the whole text with its NUL into a buffer that the caller promised to be large enough. A null buffer
-// takes nothing.
+// Copies the whole string with its NUL. The buffer must be large enough; a null buffer is ignored.
 template <typename Char>
 void copyWhole(Char* buffer, const std::basic_string<Char>& text) {
     copyCut<Char>(buffer, text.size() + 1, text);
 }
 
-// The text cut to `maxLength` bytes, as the fixed buffers of names and commands cut it.
+// Returns the first `maxLength` bytes.
 inline std::string cutTo(std::string_view text, std::size_t maxLength) {
     return std::string(text.substr(0, maxLength));
 }

@@ -1,4 +1,4 @@
-// The messages of the configuration reader, the log writers and the file cipher. Spelling is part of them.
+// Messages of the configuration reader, the log writers and the file cipher. Callers rely on the spelling.
 #pragma once
 
 namespace common_messages {
@@ -16,11 +16,11 @@ inline constexpr char kCannotOpenReport[] =
     "Failed to printout the report on demand: Can't open the Media errors Report [%s]";
 
 inline constexpr char kCannotOpenCipherFile[] =
-    "Failed to open source file [%s]";  // said of the target as well
+    "Failed to open source file [%s]";  // used for the target, too
 inline constexpr char kCannotReadSource[] = "Failed to read source file [%s]";
 inline constexpr char kCannotWriteTarget[] = "Failed to write target file [%s]";
 inline constexpr char kCipherFailed[] = "%s failed with error [%ld]";
 inline constexpr char kEncryptName[] = "EncryptFile";
-inline constexpr char kDecryptName[] = "DescryptFile";  // so spelled in the message that callers look for
+inline constexpr char kDecryptName[] = "DescryptFile";  // misspelled in the message; callers look for it
 
 }  // namespace common_messages

@@ -23,7 +23,7 @@
 
 namespace {
 
-constexpr std::size_t kNameSize = 1024;  // of names and paths, the NUL included
+constexpr std::size_t kNameSize = 1024;  // buffer size of names and paths, the NUL included
 
 struct KnownVersion {
     std::string_view beginning;
@@ -52,7 +52,7 @@ bool equalIgnoringCase(const char* one, const char* other) {
 
 using Names = std::map<std::string, std::string>;
 
-// The installation's instances, in the order of their names.
+// Reads the installation's instances, sorted by name.
 Names instancesUnder(const char* root) {
     Names instances;
     VTPlatformInfo().getRegValues(root, &instances);
@@ -264,7 +264,7 @@ void sendToDebugLog(const EvDebug& log, const char* dbName, const char* tag, con
         log.Debug(tag, "<db>..%s\n", message);
 }
 
-constexpr char kNoDatabase[] = "xx";  // in a log file; the debug log says "<db>", and readers tell by that
+constexpr char kNoDatabase[] = "xx";  // log file only; the debug log says "<db>". Callers rely on both
 
 }  // namespace
 

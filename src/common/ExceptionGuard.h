@@ -1,10 +1,10 @@
-// The one place where exceptions end: exported operations run inside guarded(), so that neither bad_alloc nor
-// whatever a platform class throws reaches a caller.
+// The only place that catches exceptions: every exported operation runs inside guarded(), so that no
+// exception reaches a caller, neither bad_alloc nor one of a platform class.
 #pragma once
 
 #include <utility>
 
-// What `work` returns, or `failure` when it throws.
+// Returns what `work` returns, or `failure` if it throws.
 template <typename Result, typename Work>
 Result guarded(Result failure, Work&& work) noexcept {
     try {
@@ -14,7 +14,7 @@ Result guarded(Result failure, Work&& work) noexcept {
     }
 }
 
-// The same for work without a result: what is left undone stays undone.
+// The same for work without a result.
 template <typename Work>
 void guarded(Work&& work) noexcept {
     guarded(false, [&work] {

@@ -14,14 +14,13 @@
 
 namespace {
 
-// Sizes in bytes, the NUL included. A piece of a plain line is read with the smaller one and the cipher's
-// record stands in the larger one.
+// Buffer sizes in bytes, the NUL included: of a piece of a plain line and of the cipher's record.
 constexpr std::size_t kPlainSize = 511;
 constexpr std::size_t kRecordSize = 2048;
-constexpr std::size_t kShortestPiece = 2;  // a shorter one, an empty line above all, is skipped
+constexpr std::size_t kShortestPiece = 2;  // shorter ones, above all empty lines, are skipped
 constexpr std::size_t kStreamBufferSize = 65536;
 
-// A buffer of text that is wiped when it goes.
+// Buffer that is wiped when it is destroyed.
 class Scratch {
   public:
     explicit Scratch(std::size_t size) : m_bytes(size) {}
@@ -36,7 +35,7 @@ class Scratch {
     std::vector<char> m_bytes;
 };
 
-// One run over a source file, line by line.
+// Encryption or decryption of one file, line by line.
 class FileCipher {
   public:
     FileCipher(bool encrypt, std::string& errorText)
@@ -45,7 +44,8 @@ class FileCipher {
           m_line(encrypt ? kPlainSize : kRecordSize),
           m_output(encrypt ? kRecordSize : kPlainSize) {}
 
-    // `openTarget` yields the target's stream; it is asked once the source is open.
+    // `openTarget` returns the target's stream. It is called after the source has been opened, so that a
+    // missing source does not truncate the target.
     template <typename OpenTarget>
     bool run(const char* sourcePath, const char* targetPath, OpenTarget openTarget) {
         OpenFile source(sourcePath, "r");
@@ -64,7 +64,7 @@ class FileCipher {
 
   private:
     bool transformLines(std::FILE* source, std::FILE* target, const char* targetPath) {
-        // fgets() leaves one byte of its limit to the NUL, and the limit leaves one more: 509 and 2,046.
+        // fgets() reads one byte less than its limit: pieces have 509 or 2,046 bytes.
         const int limit = static_cast<int>(m_line.size()) - 1;
         while (std::fgets(m_line.data(), limit, source) != nullptr) {
             std::size_t length = std::strlen(m_line.data());
@@ -77,7 +77,7 @@ class FileCipher {
         return true;
     }
 
-    // Cuts the newline that ends the line, with the carriage return before it; the length that is left.
+    // Cuts a line break ("\n" or "\r\n") off the end of the line; returns the remaining length.
     std::size_t cutLineEnd(std::size_t length) {
         if (m_line.data()[length - 1] != '\n') return length;
         --length;
@@ -141,8 +141,8 @@ bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::str
     });
 }
 
-bool decipherInto(const char* sourceFile, const FileDescriptor& target, const char* targetName,
-                  std::string& errorText) {
+bool decryptInto(const char* sourceFile, const FileDescriptor& target, const char* targetName,
+                 std::string& errorText) {
     return FileCipher(false, errorText).run(sourceFile, targetName, [&] {
         return OpenFile(target.duplicate(), "w");
     });

@@ -1,11 +1,11 @@
-// Deciphering into a file that is open already.
+// Decryption to an open file.
 #pragma once
 
 #include <string>
 
 class FileDescriptor;
 
-// As DecryptFile(), for a target that must not be opened by its name; `targetName` serves the error text. The
-// target's position is left at its end.
-bool decipherInto(const char* sourceFile, const FileDescriptor& target, const char* targetName,
-                  std::string& errorText);
+// DecryptFile() for a target that must not be opened by its name; `targetName` is used in the error text
+// only. Leaves the target's position at its end.
+bool decryptInto(const char* sourceFile, const FileDescriptor& target, const char* targetName,
+                 std::string& errorText);

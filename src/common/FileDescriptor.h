@@ -1,4 +1,4 @@
-// An open file of the operating system.
+// File descriptor.
 #pragma once
 
 #include <fcntl.h>
@@ -7,11 +7,11 @@
 
 #include <utility>
 
-// Move-only owner; closes at the end. Children do not inherit it.
+// Move-only owner; closes the descriptor. Child processes do not inherit it.
 class FileDescriptor {
   public:
     FileDescriptor() = default;
-    // As open(2); !isOpen() and errno on failure.
+    // Calls open(2); !isOpen() and errno on failure.
     FileDescriptor(const char* path, int flags, mode_t permissions = 0)
         : m_descriptor(::open(path, flags | O_CLOEXEC, permissions)) {}
     FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}

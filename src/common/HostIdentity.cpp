@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr std::size_t kNameSize = 1024;  // of names and paths, the NUL included
+constexpr std::size_t kNameSize = 1024;  // buffer size of names and paths, the NUL included
 constexpr char kMarkerFile[] = "VorlentVM";
 
 bool hasPlatformBit(unsigned int bit, std::string& errorText) {
@@ -94,5 +94,5 @@ bool isPlatformHistory(const char* /*instance*/, std::string& errorText) {
 }
 
 bool isPlatformTNet(const char* /*instance*/, std::string& /*errorText*/) {
-    return false;  // no host of this platform is one
+    return false;  // TNet does not exist on this platform
 }

@@ -1,12 +1,12 @@
-// Where this host stands in the installation.
+// Host name and instance of this host.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// The management server's host name, from the default instance.
+// Reads the management server's host name of the default instance.
 bool readHostName(std::string& hostName, std::string& errorText);
 
-// The instance named in the first line of the marker file "VorlentVM", which stands beside the module of that
-// path; empty when the path has no folder or the file no such line.
+// Returns the instance in the first line of the marker file "VorlentVM" in the module's folder; empty if the
+// path has no folder or the file has no such line.
 std::string instanceFromMarkerFile(std::string_view modulePath);

@@ -22,10 +22,10 @@
 namespace {
 
 constexpr std::size_t kTimeLength = sizeof "YYYY/MM/DD hh:mm:ss";
-constexpr std::size_t kCopiedLineSize = 8192;  // a longer line is copied in pieces of one less
+constexpr std::size_t kCopiedLineSize = 8192;  // a longer line is copied in pieces of 8,191 bytes
 constexpr std::size_t kReportMessageSize = 8192;
 
-// With zeros in front up to the width. Every log line goes through here, which is why no printf does it.
+// Appends a number, padded with zeros to `width`. Avoids printf because every log line comes through here.
 void appendNumber(std::string& text, long long number, std::size_t width) {
     std::array<char, 24> digits{};
     const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
@@ -49,7 +49,7 @@ void appendTime(std::string& text, std::time_t when, bool dateOnly) {
     }
 }
 
-// All of the bytes; a short write is carried on.
+// Writes all bytes, after short writes and interruptions, too.
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
@@ -60,8 +60,7 @@ bool writeAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
-// Whether echoed lines are logged as well: the setting counts as off without an instance or when it cannot be
-// read.
+// Whether echoed lines are also logged. Off without an instance and when the setting cannot be read.
 bool isEchoLogged(bool echo, const char* instance) {
     unsigned int setting = 0;
     std::string ignored;
@@ -75,13 +74,13 @@ std::string_view withoutNewline(std::string_view line) {
     return line;
 }
 
-// Where the pieces of a copied file go.
+// Destination of a copied file.
 struct CopyTarget {
     const char* logFile;
     bool echo;
     bool echoLogged;
 
-    void take(const char* piece) const {
+    void write(const char* piece) const {
         if (echo) std::fputs(piece, stdout);
         if (logFile == nullptr) return;
         if (!echo) LogToFile(logFile, std::string(withoutNewline(piece)).c_str(), false);
@@ -95,10 +94,10 @@ struct CopyTarget {
     }
 };
 
-// Pieces end at a NUL, as C texts do.
+// A piece ends at its first NUL.
 void copyLines(std::FILE* source, const CopyTarget& target) {
     std::array<char, kCopiedLineSize> line{};
-    while (std::fgets(line.data(), kCopiedLineSize, source) != nullptr) target.take(line.data());
+    while (std::fgets(line.data(), kCopiedLineSize, source) != nullptr) target.write(line.data());
     target.end();
 }
 
@@ -111,7 +110,7 @@ std::string currentTimeString() {
 }
 
 void appendToLog(const char* logFile, std::string_view entry) {
-    constexpr mode_t kPermissions = 0666;  // less the process's umask, as fopen has it
+    constexpr mode_t kPermissions = 0666;  // less the umask, like fopen()
     const FileDescriptor log(logFile, O_RDWR | O_CREAT | O_APPEND, kPermissions);
     if (!log.isOpen())
         std::printf(common_messages::kCannotOpenLog, logFile, errno);
@@ -150,7 +149,7 @@ void LogToFile(const char* logFile, const char* text, bool raw) {
 void LogFileContent(const char* sourceFile, const char* logFile, bool echo, const char* instance) {
     guarded([&] {
         if (sourceFile == nullptr) return;
-        // Read and write: a report that the process may not write is taken as one that cannot be opened.
+        // "r+" because callers rely on a file that is not writable counting as one that cannot be opened.
         const OpenFile source(sourceFile, "r+");
         if (!source.isOpen()) {
             const std::string message = FXString::Format(common_messages::kCannotOpenReport, sourceFile);

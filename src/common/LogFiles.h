@@ -1,12 +1,12 @@
-// Lines of log files, each one open, one append and one close.
+// Writers of log files. Each entry opens the file, appends and closes it.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// The present moment as log lines begin with it: "YYYY/MM/DD hh:mm:ss", local time.
+// Current local time as "YYYY/MM/DD hh:mm:ss", the prefix of every log line.
 std::string currentTimeString();
 
-// Appends in one write, so that entries of concurrent writers never mix; a problem is printed on standard
-// output.
+// Appends an entry with one write, so that entries of concurrent writers do not mix. Prints a failure on
+// standard output.
 void appendToLog(const char* logFile, std::string_view entry);

@@ -1,4 +1,4 @@
-// A file read or written through the C library's streams.
+// C stream.
 #pragma once
 
 #include <cerrno>
@@ -8,21 +8,21 @@
 
 #include "FileDescriptor.h"
 
-// Owner of a stream; closes at the end. Children do not inherit the file.
+// Owner of a stream; closes it. Child processes do not inherit the file.
 class OpenFile {
   public:
-    // Modes as of fopen; !isOpen() and errno on failure.
+    // Modes of fopen(); !isOpen() and errno on failure.
     OpenFile(const char* path, const char* mode)
         : m_stream(std::fopen(path, (std::string(mode) + "e").c_str())) {}
 
-    // On a file that is open already. A stream that cannot be had closes the file.
+    // Wraps an open descriptor; if fdopen() fails, the descriptor is closed.
     OpenFile(FileDescriptor file, const char* mode) : m_stream(::fdopen(file.get(), mode)) {
         if (isOpen()) file.release();
     }
 
     bool isOpen() const { return m_stream != nullptr; }
     std::FILE* get() const { return m_stream.get(); }
-    // False when what was written has not all reached the file: the answer to a full disk comes here at last.
+    // False when not everything has been written: a full disk may show here only.
     bool close() { return std::fclose(m_stream.release()) == 0; }
 
   private:

@@ -31,8 +31,7 @@ bool readRegistryNumber(const char* key, const char* valueName, unsigned int& nu
     return true;
 }
 
-// The instance is not passed on: every read goes to the platform's default instance, whatever the caller
-// names.
+// Reads the platform's default instance, whatever instance the caller names. Callers rely on it.
 bool GetRegistryItemValue(const char* /*instance*/, const char* key, const char* valueName,
                           unsigned int* number, char* text, std::string& errorText) {
     return guarded(false, [&] {

@@ -1,14 +1,15 @@
-// Single values of the configuration, as texts of their own. What the exported readers are made of.
+// Readers of single configuration values; the exported readers use them.
 #pragma once
 
 #include <string>
 
-// The bound of every text that the exported readers hand out, its NUL included.
+// Buffer size of every string that the exported readers return, the NUL included.
 inline constexpr unsigned int kRegistryTextSize = 8192;
 
-// The default instance's value as it leaves the reader: interpreted as a format string, so that "%%" is "%",
-// and cut to 8,191 bytes. Callers rely on the former. On failure `errorText` names the value.
+// Reads a string of the default instance. It is interpreted as a format string, so that "%%" becomes "%",
+// which callers rely on, and cut to 8,191 bytes. On failure `errorText` names the value.
 bool readRegistryText(const char* key, const char* valueName, std::string& text, std::string& errorText);
 
-// The low 32 bits of the default instance's value. On failure `number` is untouched.
+// Reads the low 32 bits of a number of the default instance. On failure `number` is unchanged and `errorText`
+// names the value.
 bool readRegistryNumber(const char* key, const char* valueName, unsigned int& number, std::string& errorText);

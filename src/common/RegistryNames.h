@@ -1,5 +1,6 @@
-// Where the installation keeps its settings: the keys and value names that the library reads.
-// The letter in front of a value's name is its type: s text, n number, d directory, p protected text.
+// Configuration keys and value names that the library reads.
+// The first letter of a value's name is its type: s string, n number, d directory, p protected (encrypted)
+// string.
 #pragma once
 
 namespace registry {
@@ -36,7 +37,8 @@ inline constexpr char kHostName[] = "sDVHOSTNAME";
 inline constexpr char kInstallState[] = "sInstallState";
 inline constexpr char kClusterName[] = "ClusterName";
 // Under "Database"
-inline constexpr char kLogScriptResult[] = "dTScriptResultLogOutput";  // nonzero: echoed output is logged too
+inline constexpr char kLogScriptResult[] =
+    "dTScriptResultLogOutput";                              // nonzero: echoed output is also logged
 inline constexpr char kKeepSqlFile[] = "dUTILKEEPSQLFILE";  // nonzero: generated SQL files are kept
 inline constexpr char kAuthentication[] =
     "nSQLAuthType";  // 1: Windows authentication; also "nSQLAuthType_<db>"
@@ -47,7 +49,7 @@ inline constexpr char kTNetLogDirectory[] = "dLog";
 inline constexpr char kTNetVersion[] = "TNetServerVersion";
 }  // namespace value
 
-inline constexpr char kInstalled[] = "Installed";  // what "sInstallState" of an installed component says
+inline constexpr char kInstalled[] = "Installed";  // "sInstallState" of an installed component
 inline constexpr char kDefaultInstance[] = "Instance001";
 inline constexpr unsigned int kManagementServerBit = 0x1;  // in "nPLATTYPE"
 inline constexpr unsigned int kConsoleBit = 0x4;

@@ -1,19 +1,19 @@
-// Texts that must not stay behind in memory: passwords, deciphered credentials, command lines that carry
-// them.
+// Strings that are wiped from memory after use: passwords, decrypted credentials, command lines with
+// passwords.
 #pragma once
 
 #include <cstring>
 #include <string>
 #include <utility>
 
-// Overwrites the text, unused capacity included, and empties it.
+// Overwrites the string, unused capacity included, and clears it.
 inline void wipe(std::string& text) noexcept {
     text.resize(text.capacity());  // no reallocation: cannot throw
     explicit_bzero(text.data(), text.size());
     text.clear();
 }
 
-// Owns a secret and wipes it at the end.
+// Owner of a secret; wipes it when it is destroyed.
 class SecretText {
   public:
     explicit SecretText(std::string text) : m_text(std::move(text)) {}

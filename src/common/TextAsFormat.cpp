@@ -2,8 +2,7 @@
 
 namespace {
 
-// The interpreted text; stops early once `maxLength` is reached, so that a cut costs no more than what is
-// kept.
+// Stops when `maxLength` is reached, so that the cost does not depend on the part that is cut.
 template <typename Char>
 std::basic_string<Char> interpret(std::basic_string_view<Char> text, std::size_t maxLength,
                                   std::initializer_list<std::basic_string_view<Char>> arguments) {

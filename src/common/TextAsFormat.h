@@ -1,9 +1,9 @@
-// Texts that are, on purpose, interpreted as format strings.
+// Interpretation of strings as format strings.
 //
-// Several values (configuration texts, machine names, columns of a row, ...) pass through a formatting step
-// before they are used, and callers rely on what it does to a percent sign. Unlike printf this step can never
-// read an argument that is not there and never writes anywhere: "%%" becomes "%", "%s" takes the next of the
-// given arguments, and anything else, "%s" without an argument included, stays as it stands.
+// Several values (configuration values, machine names, columns of a row, ...) are formatted before they are
+// used, and callers rely on the effect on percent signs: "%%" becomes "%", "%s" is replaced by the next
+// argument, and everything else, "%s" without an argument included, stays unchanged. Unlike printf(), this
+// never reads a missing argument and never writes to one.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,9 @@
 #include <string>
 #include <string_view>
 
-// The interpreted text, cut to `maxLength` characters (no NUL counted).
+// Interprets without arguments and cuts the result to `maxLength` characters (without the NUL).
 std::string textAsFormat(std::string_view text, std::size_t maxLength = std::string::npos);
 std::wstring textAsFormat(std::wstring_view text, std::size_t maxLength = std::wstring::npos);
 
-// The interpreted text with arguments for its "%s".
+// Interprets with arguments for "%s".
 std::string textAsFormat(std::string_view text, std::initializer_list<std::string_view> arguments);

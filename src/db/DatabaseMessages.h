@@ -1,5 +1,5 @@
-// The messages of the database subsystem: what stands in the error text and the log files, and what the debug
-// log gets. Spelling and line tags are part of them.
+// Messages of the database subsystem, for error text, log files and debug log. Callers rely on spelling and
+// line tags.
 #pragma once
 
 namespace database_messages {
@@ -41,7 +41,7 @@ inline constexpr char kStartFailed[] = "Start process failed, Error[%s]";
 inline constexpr char kWaitFailed[] = "Wait for process to end failed, Error[%s]";
 inline constexpr char kProcessFailed[] = "Process returned error, Code[%d], Error[%s]";
 inline constexpr char kOutputNotOwn[] =
-    "Output file [%s] is a link, or not a file of this user's own: remove it";
+    "Output file [%s] is a link or does not belong to this user: delete it";
 }  // namespace debug
 
 }  // namespace database_messages

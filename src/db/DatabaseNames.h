@@ -1,14 +1,14 @@
-// Value names under the configuration key "Database" by which the suite's databases are found.
+// Value names of the suite's databases under the configuration key "Database".
 #pragma once
 
 namespace registry::value {
 
-inline constexpr char kInstance[] = "sINSTANCE";  // of the management database and of the history database
+inline constexpr char kInstance[] = "sINSTANCE";  // management database and history database
 inline constexpr char kNQ2Instance[] = "sNQ2INSTANCE";
 inline constexpr char kCloudInstance[] = "sCLOUDINSTANCE";
 inline constexpr char kWFInstance[] = "sWFINSTANCE";
 
-inline constexpr char kAccess[] = "pACCESS";  // enciphered; of the history database as well
+inline constexpr char kAccess[] = "pACCESS";  // encrypted; management database and history database
 inline constexpr char kNQ2Access[] = "pNQ2ACCESS";
 inline constexpr char kCloudAccess[] = "pCLOUDACCESS";
 inline constexpr char kWFAccess[] = "pWFACCESS";

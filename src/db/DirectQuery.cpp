@@ -4,13 +4,17 @@
 
 namespace {
 
-constexpr int kNextRow = 0;  // what getNextRow() answers
+// Results of getNextRow() and autoBind().
+constexpr int kNextRow = 0;
 constexpr int kNoMoreRows = 1;
+constexpr int kBound = 0;
+constexpr int kNoColumns = 1;
+constexpr bool kPrepared = false;
 
 bool runAndBind(VTSimpleDBConnObject& connection, const char* sql, VTDBAutoBindResult& result) {
-    if (connection.executeQuery(sql, false) != 0) return false;
+    if (connection.executeQuery(sql, kPrepared) != 0) return false;
     const int bound = connection.autoBind(result);
-    return bound == 0 || bound == 1;
+    return bound == kBound || bound == kNoColumns;
 }
 
 std::string rowText(const VTDBAutoBindResult& result, int columns, char separator) {

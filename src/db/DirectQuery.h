@@ -1,4 +1,4 @@
-// Statements on an open direct connection, their results as texts.
+// Queries on an open direct connection, with results as strings.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 
 class VTSimpleDBConnObject;
 
-// The first column of the statement's first row. False on an error and when there is no row.
+// Reads the first column of the first row. False on an error and without a row.
 bool readFirstValue(VTSimpleDBConnObject& connection, const char* sql, std::string& value);
 
-// Appends one row text of the first `columns` columns a row. False on an error, one in the midst of the rows
-// included: the rows before it stay in the list.
+// Appends a row text of the first `columns` columns for each row. False on an error; if it comes between
+// rows, the rows before it stay in the list.
 bool readRows(VTSimpleDBConnObject& connection, const char* sql, int columns, char separator,
               std::vector<std::string>& rows);

@@ -1,10 +1,10 @@
-// The statements of server maintenance, to the letter: tabs, line ends and trailing blanks are sent as well.
-// Names and paths are put in as they are; nothing is escaped.
+// Statements of server maintenance. They are sent as they are, tabs, line breaks and trailing blanks
+// included. Names and paths are inserted without escaping.
 #pragma once
 
 namespace maintenance_sql {
 
-inline constexpr char kDatabase[] = "MASTER";  // where all of them run
+inline constexpr char kDatabase[] = "MASTER";  // the database in which all of them run
 
 inline constexpr char kDatabaseList[] =
     "SELECT name FROM master..sysdatabases WHERE name NOT IN ('master', 'tempdb', 'model', 'msdb', "
@@ -14,7 +14,7 @@ inline constexpr char kBackup[] = "BACKUP DATABASE %s \t\t\t\t\t\t\n TO DISK = '
 inline constexpr char kFileList[] = "RESTORE FILELISTONLY FROM DISK = '%s'";
 inline constexpr char kRestore[] = "RESTORE DATABASE %s FROM DISK = '%s' WITH RECOVERY, REPLACE, ";
 inline constexpr char kMoveFile[] = " MOVE '%s' TO '%s%s', ";  // logical name, directory, logical name
-// The date is one word (style 113 with "-" for its blanks), so that a row parses into two fields.
+// The date (style 113) has "-" in place of blanks, so that a row is parsed into two fields.
 inline constexpr char kLastBackup[] =
     "select convert(varchar(10), datediff(dd, max(backup_start_date), getdate())) as 'Days', \t\t\t\t\t\n "
     "convert(varchar(20), replace(convert(varchar(20), max(backup_start_date), 113), ' ', '-')) as "

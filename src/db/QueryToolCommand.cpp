@@ -30,7 +30,7 @@ const char* databaseOf(const ToolInput& input) {
     return *textOrEmpty(input.dbName) != '\0' ? input.dbName : kDefaultDatabase;
 }
 
-// The string runners take at most 255 bytes of a database's name.
+// The string commands cut the database's name to 255 bytes.
 std::string cutDatabaseOf(const ToolInput& input) {
     return cutTo(databaseOf(input), kStringDatabaseLength);
 }
@@ -40,11 +40,11 @@ SecretText withLogin(const ToolLogin& login, const std::string& base) {
     return SecretText(FXString::Format(format::kSqlLogin, base.c_str(), login.userName, login.password));
 }
 
-SecretText started(const ToolLogin& login) {
+SecretText baseCommand(const ToolLogin& login) {
     return withLogin(login, FXString::Format(format::kBase, login.toolPath, login.serverInstance));
 }
 
-// Without "-u" an empty text stands in its place, so that two blanks follow the database.
+// An empty string in place of "-u" leaves two blanks behind the database. Callers rely on it.
 const char* unicodeSwitch(int options) {
     return (options & kUnicodeOption) != 0 ? "-u" : "";
 }
@@ -58,9 +58,9 @@ int errorLevel(int options) {
 }  // namespace
 
 std::string fileCommand(const ToolLogin& login, const ToolInput& input, bool errorLevelSet) {
-    return FXString::Format(format::kFile, started(login).c_str(), databaseOf(input), errorLevelSet ? 1 : 0,
-                            textOrEmpty(input.sql), textOrEmpty(input.outputFile), kColumnSeparator,
-                            kTrimBlanks);
+    return FXString::Format(format::kFile, baseCommand(login).c_str(), databaseOf(input),
+                            errorLevelSet ? 1 : 0, textOrEmpty(input.sql), textOrEmpty(input.outputFile),
+                            kColumnSeparator, kTrimBlanks);
 }
 
 std::string plainFileCommand(const ToolLogin& login, const ToolInput& input) {
@@ -71,20 +71,20 @@ std::string plainFileCommand(const ToolLogin& login, const ToolInput& input) {
 }
 
 std::string scriptFileCommand(const ToolLogin& login, const ToolInput& input, int options) {
-    return FXString::Format(format::kScriptFile, started(login).c_str(), databaseOf(input),
+    return FXString::Format(format::kScriptFile, baseCommand(login).c_str(), databaseOf(input),
                             unicodeSwitch(options), errorLevel(options), textOrEmpty(input.sql),
                             textOrEmpty(input.outputFile), kColumnSeparator, widthSwitch(options));
 }
 
 std::string scriptStringCommand(const ToolLogin& login, const ToolInput& input, int options) {
-    return FXString::Format(format::kScriptString, started(login).c_str(), cutDatabaseOf(input).c_str(),
+    return FXString::Format(format::kScriptString, baseCommand(login).c_str(), cutDatabaseOf(input).c_str(),
                             unicodeSwitch(options), errorLevel(options), textOrEmpty(input.sql),
                             textOrEmpty(input.outputFile), kColumnSeparator, widthSwitch(options));
 }
 
 std::string csvCommand(const ToolLogin& login, const ToolInput& input, const char* separator) {
-    return FXString::Format(format::kCsv, started(login).c_str(), databaseOf(input), textOrEmpty(input.sql),
-                            textOrEmpty(input.outputFile),
+    return FXString::Format(format::kCsv, baseCommand(login).c_str(), databaseOf(input),
+                            textOrEmpty(input.sql), textOrEmpty(input.outputFile),
                             separator != nullptr ? separator : kDefaultSeparator);
 }
 

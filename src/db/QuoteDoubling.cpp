@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kMostMatches = 10;
 
-// Calls `found` with the start of each occurrence, from left to right. Never looks back.
+// Calls `found` with the start of each occurrence, from left to right, without backtracking.
 template <typename Found>
 void scan(std::string_view text, std::string_view find, Found found) {
     std::size_t matched = 0;
@@ -40,7 +40,7 @@ std::size_t lastMatch(std::string_view text, std::string_view find) {
     return last;
 }
 
-// Puts the replacement where `length` characters stood at `start`, moving the rest with its NUL.
+// Replaces `length` characters at `start` and moves the rest with its NUL.
 void replaceAt(char* text, std::size_t start, std::size_t length, std::string_view replacement) {
     char* rest = text + start + length;
     std::memmove(text + start + replacement.size(), rest, std::strlen(rest) + 1);
@@ -82,6 +82,6 @@ void replaceInPlace(char* text, const char* find, const char* replacement) {
     if (matches.count == 0) return;
     if (put.size() > sought.size())
         replaceByLonger(text, sought, put, matches);
-    else  // of equal length too: nothing moves then
+    else  // or equally long
         replaceByShorter(text, sought, put, matches);
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-std::size_t lookedAt(int count) {
+std::size_t readLength(int count) {
     return kFieldSize * static_cast<std::size_t>(std::max(count, 0));
 }
 
@@ -26,7 +26,7 @@ std::vector<std::basic_string<Char>> split(std::basic_string_view<Char> row, Cha
     return fields;
 }
 
-// The bytes of the UTF-8 character that begins with `lead`; 0 when none does.
+// Length of the UTF-8 character that begins with `lead`; 0 for an invalid lead byte.
 std::size_t utf8Length(unsigned char lead) {
     if (lead < 0x80) return 1;
     if (lead < 0xC2) return 0;
@@ -35,10 +35,10 @@ std::size_t utf8Length(unsigned char lead) {
     return lead < 0xF5 ? 4 : 0;
 }
 
-// Takes the first character off `text`; false, and one byte is taken, when the bytes are none.
-bool takeCharacter(std::string_view& text, wchar_t& character) {
-    constexpr unsigned int kSmallest[] = {0, 0, 0x80, 0x800,
-                                          0x10000};  // by length: a shorter form exists below
+// Decodes the first character and removes it from `text`. If it is invalid: false, and one byte is removed.
+bool decodeCharacter(std::string_view& text, wchar_t& character) {
+    // The smallest code of each length; below it a shorter form exists.
+    constexpr unsigned int kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
     const auto lead = static_cast<unsigned char>(text.front());
     const std::size_t length = utf8Length(lead);
     const std::string_view rest = text.substr(1, length == 0 ? 0 : length - 1);
@@ -60,11 +60,11 @@ bool takeCharacter(std::string_view& text, wchar_t& character) {
 }  // namespace
 
 std::vector<std::string> splitRow(std::string_view row, char separator, int count) {
-    return split(row.substr(0, lookedAt(count)), separator, count);
+    return split(row.substr(0, readLength(count)), separator, count);
 }
 
 std::vector<std::wstring> splitRow(std::wstring_view row, wchar_t separator, int count) {
-    const std::wstring interpreted = textAsFormat(row, lookedAt(count));
+    const std::wstring interpreted = textAsFormat(row, readLength(count));
     return split<wchar_t>(interpreted, separator, count);
 }
 
@@ -78,7 +78,7 @@ std::wstring wideText(std::string_view utf8) {
     wide.reserve(utf8.size());
     while (!utf8.empty()) {
         wchar_t character = 0;
-        wide += takeCharacter(utf8, character) ? character : kReplacement;
+        wide += decodeCharacter(utf8, character) ? character : kReplacement;
     }
     return wide;
 }

@@ -20,7 +20,7 @@ constexpr int kHeadingLines = 2;  // the column names and the line of dashes
 constexpr char kBlank = ' ';
 constexpr mode_t kOwnerOnly = 0600;
 
-// Hands out a file's lines, read in large blocks. Memory: one block, and a line that lies across blocks.
+// Reader of a file's lines in large blocks. Memory: one block and one line that crosses blocks.
 class LineReader {
   public:
     explicit LineReader(const char* path) : m_file(path, O_RDONLY), m_block(new char[kBlockSize]) {}
@@ -28,8 +28,8 @@ class LineReader {
     bool isOpen() const { return m_file.isOpen(); }
     bool hasFailed() const { return m_failed; }
 
-    // The next line without its newline, valid until the next call; false at the end. The text behind the
-    // last newline is a line when there is any.
+    // Returns the next line without its newline, valid until the next call; false at the end. Text behind the
+    // last newline is a line, too.
     bool next(std::string_view& line) {
         m_carried.clear();
         while (!m_rest.empty() || readBlock()) {
@@ -73,14 +73,14 @@ class LineReader {
     bool m_failed = false;
 };
 
-// A regular file of this user's that no other name leads to.
+// A regular file of this user without a second name.
 bool isOwnFile(const struct stat& status) {
     return S_ISREG(status.st_mode) && status.st_uid == ::geteuid() && status.st_nlink == 1;
 }
 
 bool createOrClaim(const char* path) {
     struct stat status {};
-    // Without blocking: a pipe in the file's place is not waited on.
+    // O_NONBLOCK: the open of a pipe in the file's place must not wait.
     const FileDescriptor file(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly);
     if (!file.isOpen()) return ::lstat(path, &status) != 0;
     return ::fstat(file.get(), &status) == 0 && isOwnFile(status) && ::fchmod(file.get(), kOwnerOnly) == 0;

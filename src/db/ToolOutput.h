@@ -1,4 +1,4 @@
-// The query tool's output files: claimed before the tool writes them, read back as rows.
+// The query tool's output files: temporary ones, and their rows.
 #pragma once
 
 #include <string>
@@ -7,27 +7,27 @@
 
 #include "DatabaseReport.h"
 
-// One line as a row text: its first `count` fields (at least one), which blanks keep apart, joined by the
-// separator. A line with fewer fields gives a row that ends with one separator; a line of blanks gives an
-// empty row. The line counts up to its first NUL.
+// Converts a line to a row text: its first `count` fields (at least one), which blanks separate, joined by
+// the separator. A row with fewer fields ends with a separator; callers rely on it. A line of blanks becomes
+// an empty row. The line ends at its first NUL.
 std::string rowOfLine(std::string_view line, char separator, int count);
 
-// Appends the rows that follow the two heading lines, up to the first empty line or the end of the file.
-// False, with errno set, when the file cannot be opened or read.
+// Appends the rows behind the two heading lines, up to the first empty line or the end of the file. False
+// when the file cannot be opened or read.
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows);
 
-// readToolOutput(); a failure is reported.
+// The same; reports a failure.
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
                     const DatabaseReport& report);
 
 // A name in the installation's temporary folder; the same one for calls within one second. Creates no file.
 std::string temporaryOutputPath();
 
-// Makes a temporary output file the process's own before the tool opens it by a name that others can foresee:
-// nobody else may read it, and no link or file that somebody else put there is written to. A file that the
-// process left there earlier is taken again; one that cannot be made at all is left to the tool, which then
-// fails on it. False, with a line in the debug log, for what is not the process's own.
+// Creates a temporary output file before the tool opens it, because others can guess its name: only this user
+// may read it, and the tool does not write to a link or a file of somebody else. A file that this user left
+// there earlier is used again. Also true if the file cannot be created at all: the tool then fails on it.
+// False, with a line in the debug log, for a link or another user's file.
 bool claimToolOutput(const std::string& path);
 
-// Takes a claimed file away to which the tool wrote nothing: as if it had not been claimed.
+// Deletes a claimed file if the tool has written nothing to it.
 void dropUnwrittenOutput(const std::string& path);

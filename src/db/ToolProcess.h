@@ -1,10 +1,9 @@
-// A child process from its start to its end.
+// Run of a child process.
 #pragma once
 
 enum class ProcessEnd { kNotStarted, kFailed, kSucceeded };
 
-// Starts the command line silently and waits (milliseconds; 0xFFFFFFFF: without limit). The program's name is
-// the text before the first blank. It carries the quotes of a quoted path, and a path with a blank in it is
-// cut there: the platform takes both as they are. Anything but exit code 0 is kFailed; why goes to the debug
-// log, where the command line itself never does.
+// Starts a command line silently and waits (`timeout` in milliseconds; 0xFFFFFFFF: no limit). The program's
+// name is everything before the first blank, quotes included: a path with a blank is cut there. Callers rely
+// on it. Any end but exit code 0 is kFailed. The reason goes to the debug log, the command line never does.
 ProcessEnd runProcess(const char* commandLine, unsigned int timeout);

@@ -1,6 +1,5 @@
-// The statements on the script catalogue and its journal.
-//
-// Times are whole seconds since 1970; the database converts them.
+// Statements on the script catalogue and the journal. Times are seconds since 1970; the database converts
+// them.
 #pragma once
 
 namespace catalogue_sql {
@@ -20,7 +19,7 @@ inline constexpr char kRecordStart[] =  // start time, end time, parameters, use
 inline constexpr char kRecordEnd[] =  // end time, status, run
     " SET NOCOUNT ON  UPDATE ZpTscriptExec  SET timeEnd = dbo.GetDateTime(%lld),  status = %d WHERE id = %d ";
 
-// Lists, newest first. The conditions come ready with their " WHERE".
+// Lists, newest first. The conditions include " WHERE" or are empty.
 inline constexpr char kListScripts[] =  // page length, conditions
     "SELECT TOP %d id, type, auditLevel, CONVERT(varchar(19), creationTime, 120), name FROM ZpTscripts%s "
     "ORDER BY id DESC";
@@ -32,7 +31,7 @@ inline constexpr char kListRuns[] =  // earliest start, page length, conditions
 inline constexpr int kRunColumns = 9;
 inline constexpr char kTimeAs[] = "SELECT CONVERT(varchar(19), dbo.GetDateTime(%lld), 120)";
 
-// What a package may be bound to.
+// Site and installation that a package may be bound to.
 inline constexpr char kSiteNumber[] = "SELECT number FROM dorvas..app_plexum WHERE id = 2";
 inline constexpr char kInstallationGuid[] =
     "SELECT SettingValue FROM NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'";

@@ -1,4 +1,4 @@
-// Name patterns of callers as conditions in SQL.
+// Name patterns as SQL conditions.
 #pragma once
 
 #include <string>
@@ -6,6 +6,6 @@
 
 inline constexpr std::size_t kLongestNamePattern = 256;  // bytes
 
-// "name LIKE ..." for a pattern in which "*" stands for any characters and "?" for one. What LIKE itself
-// treats specially stands for itself, and no quote ends the literal.
+// Returns "name LIKE ..." for a pattern in which "*" matches any characters and "?" matches one. LIKE's own
+// wildcards and quotes are escaped.
 std::string nameCondition(std::string_view pattern);

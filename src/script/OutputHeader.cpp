@@ -18,7 +18,7 @@ std::size_t skipLine(std::FILE* in) {
     return length;
 }
 
-// Reads the second line as far as it may be a separator of that length.
+// Reads the second line until it differs from a line of dashes of that length.
 bool readSeparator(std::FILE* in, std::size_t length) {
     int last = EOF;
     std::size_t count = 0;
@@ -56,7 +56,7 @@ CVoError removeOutputHeader(const std::string& path) {
     RemovedAtEnd removed(scratchPath);
     if (CVoError error = copyRest(in.get(), scratch); error.IsError()) return error;
     if (CVoError error = scratch.Close(); error.IsError()) return error;
-    // One step instead of a copy back: at no moment does half of the output stand in the file.
+    // rename() instead of a copy: the file never holds a part of the output only.
     if (std::rename(scratchPath.c_str(), path.c_str()) != 0) return CVoError(errno);
     removed.keep();
     return {};

@@ -1,12 +1,12 @@
-// The column heading of a query tool's output file.
+// Column heading of a query tool's output file.
 #pragma once
 
 #include <string>
 
 #include "CVoFile.h"
 
-// Drops the heading and its line of dashes from the file; every later line stays and ends with a line break.
-// A file whose second line is no separator (dashes and tabs alone, as long as the first line, a dash at each
-// end) stays as it is. It works through "<path>.tscript.temp.txt"; when that cannot be written, the file
-// stays whole and the reason is returned. Lines may be of any length: memory does not grow with them.
+// Deletes the heading and its line of dashes from the file; all later lines stay and end with a line break.
+// The file stays unchanged if its second line is not such a line: dashes and tabs only, as long as the first
+// line, with a dash at each end. Writes to "<path>.tscript.temp.txt" first; if that fails, the file stays
+// unchanged and the error is returned. Memory does not depend on the length of lines.
 CVoError removeOutputHeader(const std::string& path);

@@ -7,12 +7,12 @@
 
 namespace {
 
-constexpr std::size_t kClosingWords = 1024;  // what is added to a long text later is not to move it
+constexpr std::size_t kClosingMessages = 1024;  // room for later additions without a copy of a long text
 
 void reserveFor(const std::string& path, std::string& text) {
     std::error_code error;
     const auto size = std::filesystem::file_size(path, error);
-    if (!error) text.reserve(text.size() + size + kClosingWords);
+    if (!error) text.reserve(text.size() + size + kClosingMessages);
 }
 
 }  // namespace

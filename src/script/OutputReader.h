@@ -6,6 +6,6 @@
 
 class CVoFile;
 
-// Appends what is left of an open file to `text`, `chunk` bytes at a time, until a read fails or the file
-// ends. Every byte counts, NUL bytes included. `path` serves to make room once for the whole.
+// Appends the rest of an open file to `text`, NUL bytes included, `chunk` bytes at a time, until a read fails
+// or the file ends. `path` is the file's path; its size is reserved at once.
 void readRest(CVoFile& file, const std::string& path, std::size_t chunk, std::string& text);

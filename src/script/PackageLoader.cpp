@@ -100,7 +100,7 @@ void PackageLoader::reserveCopy() {
 }
 
 bool PackageLoader::decrypt() {
-    if (m_copy.isOpen() && decipherInto(m_package.path.c_str(), m_copy, m_copyPath.c_str(), m_lastMessage)) {
+    if (m_copy.isOpen() && decryptInto(m_package.path.c_str(), m_copy, m_copyPath.c_str(), m_lastMessage)) {
         return true;
     }
     return m_report.failAs(messages::kDecryptFailed,

@@ -32,8 +32,8 @@ bool PlaceholderFiller::fill(std::string_view body, const std::vector<std::strin
     return m_write(rest);
 }
 
-// In pieces, so that a long segment takes no memory of its length. A piece ends with an ordinary character,
-// never between a percent sign and what it stands before; the placeholder is in the last one.
+// Writes pieces, so that memory does not grow with the segment. A piece never ends with a percent sign, which
+// belongs to the character behind it; the placeholder is in the last piece.
 bool PlaceholderFiller::writeSegment(std::string_view segment, std::string_view value) {
     while (!segment.empty()) {
         const std::size_t last = segment.find_first_not_of('%', kPieceLength);

@@ -1,4 +1,4 @@
-// A package's statements with the caller's values in their "%s" placeholders.
+// Replacement of "%s" placeholders in a package's statements by the caller's values.
 #pragma once
 
 #include <functional>
@@ -6,13 +6,13 @@
 #include <string_view>
 #include <vector>
 
-// Percent signs inside block comments become blanks, so that no comment holds a placeholder. Line comments do
-// not count (docs/quirks.md).
+// Replaces percent signs in block comments by blanks, so that comments contain no placeholders. Line comments
+// are not recognised (docs/quirks.md).
 std::string blankPercentSignsInComments(std::string_view body);
 
-// Writes a body piece by piece. Each segment up to and including its placeholder is a format text of its own:
-// a doubled percent sign in it comes out as one. What follows the last filled placeholder is written as it
-// stands, unfilled placeholders included.
+// Writes a body piece by piece. Each segment up to and including its placeholder is interpreted as a format
+// string: a doubled percent sign in it becomes one. The text behind the last filled placeholder is written
+// unchanged, unfilled placeholders included.
 class PlaceholderFiller {
   public:
     using Escape = std::function<std::string(const std::string& value)>;
@@ -20,10 +20,10 @@ class PlaceholderFiller {
 
     PlaceholderFiller(Escape escape, Write write) : m_escape(std::move(escape)), m_write(std::move(write)) {}
 
-    // False as soon as a write fails. Values without a placeholder are dropped.
+    // Stops with false when a write fails. Values without a placeholder are ignored.
     bool fill(std::string_view body, const std::vector<std::string>& values);
 
-    // The values that met a placeholder, as they were given, joined by ", ".
+    // The values that filled a placeholder, unescaped, joined by ", ".
     const std::string& joinedValues() const { return m_joined; }
 
   private:

@@ -1,4 +1,4 @@
-// Owner of a file that must not outlive a scope.
+// Owner of a file that is deleted at the end of a scope.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ class RemovedAtEnd {
   public:
     explicit RemovedAtEnd(std::string path = {}) : m_path(std::move(path)) {}
     ~RemovedAtEnd() {
-        if (!m_path.empty()) CVoFile::Delete(m_path.c_str(), false);  // a failure has nobody to hear of it
+        if (!m_path.empty()) CVoFile::Delete(m_path.c_str(), false);  // a failure cannot be reported here
     }
     RemovedAtEnd(RemovedAtEnd&& other) noexcept : m_path(std::exchange(other.m_path, {})) {}
     RemovedAtEnd& operator=(RemovedAtEnd&& other) noexcept {

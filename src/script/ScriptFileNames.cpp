@@ -11,7 +11,7 @@
 
 namespace {
 
-// With its slash.
+// Ends with a slash.
 std::string scratchFolder() {
     const VTPlatformInfo configuration;
     std::string folder;
@@ -21,7 +21,7 @@ std::string scratchFolder() {
     return "./";
 }
 
-// The query tool's command line encloses paths in double quotes and cannot carry one inside.
+// The query tool's command line puts paths between double quotes and cannot escape one.
 std::string fileNamePart(std::string scriptName) {
     std::replace(scriptName.begin(), scriptName.end(), '"', '_');
     return scriptName;

@@ -1,13 +1,13 @@
-// Paths of a run's files. Time, process id and rand() keep those of concurrent runs apart. A double
-// quote in a script's name becomes "_".
+// Paths of a run's files. Time, process id and rand() make those of concurrent runs different. A double quote
+// in a script's name becomes "_".
 #pragma once
 
 #include <string>
 
-// A file for the run's own use: "<script>_<pid>_<time>_<random><ending>" in the folder that the configuration
-// names for scripts ("sSCRIPTSTEMPDIR", when not empty), else in its temporary folder ("dZEPHRATEMPDIR", even
-// when empty), else in the working directory.
+// Path of a temporary file, "<script>_<pid>_<time>_<random><ending>". The folder is the configuration's
+// "sSCRIPTSTEMPDIR" if it is not empty, otherwise "dZEPHRATEMPDIR", even if it is empty, otherwise the
+// working directory.
 std::string scratchPath(const std::string& scriptName, const char* ending);
 
-// The query tool's output: "<log folder>/Tscript_<database>_<script>_<time>_<random>.log".
+// Path of the query tool's output file: "<log folder>/Tscript_<database>_<script>_<time>_<random>.log".
 std::string outputPath(const std::string& logDir, const std::string& dbName, const std::string& scriptName);

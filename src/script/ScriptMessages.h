@@ -1,5 +1,5 @@
-// Every message of a script run, and the formats of those that carry values. The texts are relied upon to the
-// letter, misspellings and trailing blanks included.
+// Messages of a script run and their formats. Callers rely on the exact text, misspellings and trailing
+// blanks included.
 #pragma once
 
 namespace messages {
@@ -11,7 +11,7 @@ inline constexpr char kInitialized[] = "Intialized.";
 inline constexpr char kNoSession[] =
     "The script session is not initialized. Call initialize with the script's name first.";
 inline constexpr char kBrokenOff[] =
-    "The operation was broken off, most likely for lack of memory. Free some, or shorten the script or its "
+    "The operation was stopped, most likely for lack of memory. Free memory, or shorten the script or its "
     "output, and run it again.";
 inline constexpr char kSeveralDatabases[] = "Please provide database name because multiple databases exist.";
 inline constexpr char kInvalidDatabase[] = "Invalid db name [%s] passed to DV.";
@@ -38,7 +38,8 @@ inline constexpr char kNoBaseFolder[] = "Failed to get zephra base folder.";
 inline constexpr char kNoPackagePath[] = "Failed to get sql file based on script name.";
 inline constexpr char kPackageNotFound[] = "TScript file not found!";
 inline constexpr char kPackageUnreadable[] = "Failed to access script file [%s].";
-inline constexpr char kCopyNotCreated[] = "Failed to create decrypted File: [%s].";  // logged as it stands
+inline constexpr char kCopyNotCreated[] =
+    "Failed to create decrypted File: [%s].";  // logged with its placeholder unfilled; callers rely on it
 inline constexpr char kDecrypting[] = "Decrypt script file [%s].";
 inline constexpr char kDecryptFailed[] = "Failed to decrypt script file.";
 inline constexpr char kDecryptFailedPath[] = "Failed to create decrypted script file [%s].";
@@ -85,9 +86,10 @@ inline constexpr char kOutputStepFailed[] =  // "open", "close", "delete"
 // ---- Records of scripts and runs -----------------------------------------------------------------------
 namespace records {
 inline constexpr char kNotOpen[] = "No database is open. Call open first.";
-inline constexpr char kOpenTwice[] = "The database is chosen already. Take a new object for another one.";
+inline constexpr char kOpenTwice[] =
+    "The database has been chosen already. Use a new object for another one.";
 inline constexpr char kNotRead[] =
-    "Catalogue or journal of [%s] cannot be read. The debug log holds the driver's message.";
+    "The catalogue or journal of [%s] cannot be read. The debug log has the driver's message.";
 inline constexpr char kPatternTooLong[] = "The name pattern is longer than 256 bytes. Shorten it.";
 inline constexpr char kPageLength[] = "A page has 1 to 10,000 rows.";
 }  // namespace records

@@ -11,7 +11,7 @@ SqlBuffer::SqlBuffer(std::size_t size) : m_size(size), m_text(new (std::nothrow)
 void SqlBuffer::format(const char* format, ...) {
     va_list values;
     va_start(values, format);
-    // Just begun. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+    // va_start() has initialised it. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
     std::vsnprintf(m_text.get(), m_size, format, values);
     va_end(values);
 }

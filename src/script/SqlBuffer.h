@@ -1,16 +1,16 @@
-// SQL text of bounded length.
+// Buffer for SQL text of limited length.
 #pragma once
 
 #include <cstddef>
 #include <memory>
 
-// What does not fit is cut at the buffer's end, wherever that is: callers rely on the bounds.
+// Text that does not fit is cut at the buffer's end. Callers rely on the limits.
 class SqlBuffer {
   public:
     static constexpr std::size_t kPlain = 8192;  // for statements without user text
-    static constexpr std::size_t kSpare = 1024;  // beside user text
+    static constexpr std::size_t kSpare = 1024;  // in addition to user text
 
-    // `size` in bytes with the NUL. Memory that cannot be had leaves the buffer unavailable.
+    // `size` in bytes with the NUL. Check available(): the memory may be missing.
     explicit SqlBuffer(std::size_t size);
 
     bool available() const { return m_text != nullptr; }

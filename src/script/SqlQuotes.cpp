@@ -10,7 +10,7 @@ std::string quotesDoubled(DBBase& db, std::string_view text) {
 
 std::string quotesDoubledInPlace(DBBase& db, std::string_view text) {
     std::string buffer(text.substr(0, text.find('\0')));
-    buffer.resize(2 * buffer.size() + 1);  // room for a text made only of quotes, and its NUL
+    buffer.resize(2 * buffer.size() + 1);  // enough for quotes only, and a NUL
     db.fixTheString(buffer.data());
     buffer.resize(buffer.find('\0'));
     return buffer;

@@ -1,4 +1,4 @@
-// Single quotes of values that go into SQL literals.
+// Doubling of single quotes in values for SQL literals.
 #pragma once
 
 #include <string>
@@ -6,10 +6,9 @@
 
 class DBBase;
 
-// Every quote doubled: for names and recorded parameters.
+// Doubles every quote; for names and recorded parameters.
 std::string quotesDoubled(DBBase& db, std::string_view text);
 
-// The in-place rule of DBBase::fixTheString(char*), for usage texts and placeholder values. It differs from
-// plain doubling for a text with three or more quotes (docs/quirks.md), and callers rely on its result. A
-// text ends at its first NUL.
+// Applies DBBase::fixTheString(char*); for usage texts and placeholder values. The result differs from plain
+// doubling for three or more quotes (docs/quirks.md); callers rely on it. The text ends at its first NUL.
 std::string quotesDoubledInPlace(DBBase& db, std::string_view text);

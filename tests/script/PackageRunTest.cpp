@@ -286,7 +286,7 @@ TEST_F(PackageRun, WhatMemoryCannotHoldIsTold) {
         const Result result = runPackage(name);
         setrlimit(RLIMIT_AS, &before);
         EXPECT_FALSE(result.done);
-        EXPECT_EQ(result.output.find("\nThe operation was broken off, most likely for lack of memory."), 0U)
+        EXPECT_EQ(result.output.find("\nThe operation was stopped, most likely for lack of memory."), 0U)
             << result.output.substr(0, 200);
     }
     EXPECT_EQ(lastRun("largeoutput"), "1|0|");
