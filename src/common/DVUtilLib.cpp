@@ -63,7 +63,7 @@ Names instancesUnder(const char* root) {
 
 DVUtilLib::DVUtilLib(const char* name, bool flag) : m_flag(flag) {
     guarded([&] { m_name = textOrEmpty(name); });
-    setProductTypeZephra(true);
+    setProductTypeZephra(/*zephra=*/true);
 }
 
 DVUtilLib::~DVUtilLib() {

@@ -124,11 +124,11 @@ class FileCipher {
 }  // namespace
 
 bool EncryptFile(const char* sourceFile, const char* targetFile, std::string& errorText) {
-    return EncryptDecryptFile(sourceFile, targetFile, errorText, true);
+    return EncryptDecryptFile(sourceFile, targetFile, errorText, /*encrypt=*/true);
 }
 
 bool DecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText) {
-    return EncryptDecryptFile(sourceFile, targetFile, errorText, false);
+    return EncryptDecryptFile(sourceFile, targetFile, errorText, /*encrypt=*/false);
 }
 
 bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText,
@@ -143,7 +143,7 @@ bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::str
 
 bool decryptInto(const char* sourceFile, const FileDescriptor& target, const char* targetName,
                  std::string& errorText) {
-    return FileCipher(false, errorText).run(sourceFile, targetName, [&] {
+    return FileCipher(/*encrypt=*/false, errorText).run(sourceFile, targetName, [&] {
         return OpenFile(target.duplicate(), "w");
     });
 }

@@ -83,14 +83,14 @@ struct CopyTarget {
     void write(const char* piece) const {
         if (echo) std::fputs(piece, stdout);
         if (logFile == nullptr) return;
-        if (!echo) LogToFile(logFile, std::string(withoutNewline(piece)).c_str(), false);
-        if (echoLogged) LogToFile(logFile, piece, true);
+        if (!echo) LogToFile(logFile, std::string(withoutNewline(piece)).c_str(), /*raw=*/false);
+        if (echoLogged) LogToFile(logFile, piece, /*raw=*/true);
     }
 
     void end() const {
         if (!echo) return;
         std::printf("\n");
-        if (echoLogged) LogToFile(logFile, "\n", true);
+        if (echoLogged) LogToFile(logFile, "\n", /*raw=*/true);
     }
 };
 
@@ -105,7 +105,7 @@ void copyLines(std::FILE* source, const CopyTarget& target) {
 
 std::string currentTimeString() {
     std::string text;
-    appendTime(text, std::time(nullptr), false);
+    appendTime(text, std::time(nullptr), /*dateOnly=*/false);
     return text;
 }
 
@@ -139,7 +139,7 @@ void LogToFile(const char* logFile, const char* text, bool raw) {
         if (raw) {
             entry = written;
         } else {
-            appendTime(entry, std::time(nullptr), false);
+            appendTime(entry, std::time(nullptr), /*dateOnly=*/false);
             entry.append(" - ").append(written).append("\n");
         }
         appendToLog(logFile, entry);
@@ -153,7 +153,7 @@ void LogFileContent(const char* sourceFile, const char* logFile, bool echo, cons
         const OpenFile source(sourceFile, "r+");
         if (!source.isOpen()) {
             const std::string message = FXString::Format(common_messages::kCannotOpenReport, sourceFile);
-            LogToFile(logFile, cutTo(message, kReportMessageSize - 1).c_str(), false);
+            LogToFile(logFile, cutTo(message, kReportMessageSize - 1).c_str(), /*raw=*/false);
             return;
         }
         copyLines(source.get(), {logFile, echo, isEchoLogged(echo, instance)});

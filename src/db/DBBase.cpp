@@ -97,7 +97,7 @@ bool DBBase::DBTest() {
 }
 
 void DBBase::DBLogLine(const std::string& line, int /*level*/) {
-    LogToFile(m_logFile.c_str(), line.c_str(), false);
+    LogToFile(m_logFile.c_str(), line.c_str(), /*raw=*/false);
 }
 
 const char* DBBase::getErrorMsg() const {

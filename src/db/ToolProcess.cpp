@@ -24,7 +24,7 @@ ProcessEnd runProcess(const char* commandLine, unsigned int timeout) {
     VtProcess process;
     const std::string_view command = commandLine;
     const std::string program(command.substr(0, command.find(' ')));
-    process.SetSilence(true);
+    process.SetSilence(/*silent=*/true);
     if (!process.Start(program.c_str(), commandLine, error.data(), kErrorSize, kStartOption)) {
         debugLog.Debug(kTag, debug::kStartFailed, error.data());
         return ProcessEnd::kNotStarted;

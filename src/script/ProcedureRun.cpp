@@ -176,7 +176,7 @@ void ProcedureRun::collectOutput() {
     if (const CVoError error = file.Close(); error.IsError()) {
         return failAtOutput("close", error);
     }
-    if (const CVoError error = CVoFile::Delete(path, false); error.IsError()) {
+    if (const CVoError error = CVoFile::Delete(path, /*missingIsFine=*/false); error.IsError()) {
         failAtOutput("delete", error);
     }
 }

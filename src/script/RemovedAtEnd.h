@@ -10,7 +10,8 @@ class RemovedAtEnd {
   public:
     explicit RemovedAtEnd(std::string path = {}) : m_path(std::move(path)) {}
     ~RemovedAtEnd() {
-        if (!m_path.empty()) CVoFile::Delete(m_path.c_str(), false);  // a failure cannot be reported here
+        if (!m_path.empty())
+            CVoFile::Delete(m_path.c_str(), /*missingIsFine=*/false);  // a failure cannot be reported here
     }
     RemovedAtEnd(RemovedAtEnd&& other) noexcept : m_path(std::exchange(other.m_path, {})) {}
     RemovedAtEnd& operator=(RemovedAtEnd&& other) noexcept {

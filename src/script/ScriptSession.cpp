@@ -16,7 +16,7 @@
 
 namespace {
 
-// Number of script runs in the debug log.
+// Facility number of script runs in the debug log.
 constexpr unsigned int kDebugFacility = 1165352034;
 constexpr int kDefaultLevel = 0;
 constexpr bool kAsynchronous = false;

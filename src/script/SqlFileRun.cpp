@@ -6,6 +6,7 @@
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "FX.h"
+#include "RegistryNames.h"
 #include "ScriptFileNames.h"
 #include "ScriptMessages.h"
 #include "SqlQuotes.h"
@@ -40,8 +41,8 @@ bool SqlFileRun::run() {
 }
 
 void SqlFileRun::readKeepSetting() {
-    if (!m_session.util->GetRegItemValue(m_session.instanceName.c_str(), "Database", "dUTILKEEPSQLFILE",
-                                         nullptr, &m_keepSqlFile)) {
+    if (!m_session.util->GetRegItemValue(m_session.instanceName.c_str(), registry::key::kDatabase,
+                                         registry::value::kKeepSqlFile, /*text=*/nullptr, &m_keepSqlFile)) {
         m_keepSqlFile = 0;
     }
 }
@@ -142,7 +143,8 @@ void SqlFileRun::collectOutput() {
     brokenOff.keep();
     if (!m_failed) m_report.report(messages::kSucceeded);
     if (file.Close().IsError()) return fail(FXString::Format(texts::kOutputNotClosed, path));
-    if (CVoFile::Delete(path, false).IsError()) fail(FXString::Format(texts::kOutputNotDeleted, path));
+    if (CVoFile::Delete(path, /*missingIsFine=*/false).IsError())
+        fail(FXString::Format(texts::kOutputNotDeleted, path));
 }
 
 void SqlFileRun::fail(std::string message) {

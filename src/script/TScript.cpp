@@ -14,17 +14,6 @@
 #include "SiteCheck.h"
 #include "SqlFileRun.h"
 
-namespace {
-constexpr int kTimeText = 1024;
-
-// Runs `work` on the parts of a script; an exception is reported and counts as false.
-template <typename Work>
-bool attempted(const ScriptParts& script, Work&& work) {
-    return ScriptReport(script).attempted([&] { return work(script); });
-}
-
-}  // namespace
-
 ScriptParts partsOf(TScript& script) {
     return {.session = {.db = script.m_db,
                         .util = script.m_util,
@@ -51,6 +40,19 @@ ScriptParts partsOf(TScript& script) {
             .run = {.execId = script.m_execId, .userId = script.m_userId, .outputFile = script.m_outputFile}};
 }
 
+namespace {
+
+constexpr int kTimeText = 1024;
+
+// Runs `work` on the parts of a script; an exception is reported and counts as false.
+template <typename Work>
+bool attempted(TScript& script, Work&& work) {
+    const ScriptParts parts = partsOf(script);
+    return ScriptReport(parts).attempted([&] { return work(parts); });
+}
+
+}  // namespace
+
 TScript::TScript() : m_loadTime(std::time(nullptr)), m_creationTime(m_loadTime) {}
 
 TScript::~TScript() {
@@ -61,49 +63,43 @@ TScript::~TScript() {
 // ---- Session -------------------------------------------------------------------------------------------
 
 bool TScript::initialize(const char* name) {
-    return attempted(partsOf(*this),
-                     [&](const ScriptParts& parts) { return ScriptSession(parts).start(name); });
+    return attempted(*this, [&](auto& parts) { return ScriptSession(parts).start(name); });
 }
 
 bool TScript::setDbAndLog(const char* dbName) {
-    return attempted(partsOf(*this),
-                     [&](const ScriptParts& parts) { return ScriptSession(parts).chooseDatabase(dbName); });
+    return attempted(*this, [&](auto& parts) { return ScriptSession(parts).chooseDatabase(dbName); });
 }
 
 // ---- Catalogue -----------------------------------------------------------------------------------------
 
 bool TScript::getTscriptId() {
-    return attempted(partsOf(*this), [&](const ScriptParts& parts) { return ScriptCatalogue(parts).find(); });
+    return attempted(*this, [&](auto& parts) { return ScriptCatalogue(parts).find(); });
 }
 
 bool TScript::checkPlexumId() {
-    return attempted(partsOf(*this), [&](const ScriptParts& parts) { return SiteCheck(parts).checkSite(); });
+    return attempted(*this, [&](auto& parts) { return SiteCheck(parts).checkSite(); });
 }
 
 bool TScript::checkGUID() {
-    return attempted(partsOf(*this), [&](const ScriptParts& parts) { return SiteCheck(parts).checkGuid(); });
+    return attempted(*this, [&](auto& parts) { return SiteCheck(parts).checkGuid(); });
 }
 
 bool TScript::addNewTscript() {
-    return attempted(partsOf(*this),
-                     [&](const ScriptParts& parts) { return ScriptCatalogue(parts).addPackage(); });
+    return attempted(*this, [&](auto& parts) { return ScriptCatalogue(parts).addPackage(); });
 }
 
 bool TScript::recordExecStart(const char* inputParams) {
-    return attempted(partsOf(*this),
-                     [&](const ScriptParts& parts) { return ScriptJournal(parts).recordStart(inputParams); });
+    return attempted(*this, [&](auto& parts) { return ScriptJournal(parts).recordStart(inputParams); });
 }
 
 bool TScript::recordExecEnd(int status) {
-    return attempted(partsOf(*this),
-                     [&](const ScriptParts& parts) { return ScriptJournal(parts).recordEnd(status); });
+    return attempted(*this, [&](auto& parts) { return ScriptJournal(parts).recordEnd(status); });
 }
 
 // ---- Package -------------------------------------------------------------------------------------------
 
 bool TScript::setSQLFile(const char* path) {
-    return attempted(partsOf(*this),
-                     [&](const ScriptParts& parts) { return PackageLoader(parts).run(path); });
+    return attempted(*this, [&](auto& parts) { return PackageLoader(parts).run(path); });
 }
 
 const char* TScript::getSQLFile() {
@@ -121,9 +117,8 @@ void TScript::getSQLFileHelp(std::string& text) {
 // ---- Execution -----------------------------------------------------------------------------------------
 
 bool TScript::executeSQLFile(std::vector<std::string> parameters, const char* recordedInput) {
-    return attempted(partsOf(*this), [&](const ScriptParts& parts) {
-        return SqlFileRun(parts, std::move(parameters), recordedInput).run();
-    });
+    return attempted(
+        *this, [&](auto& parts) { return SqlFileRun(parts, std::move(parameters), recordedInput).run(); });
 }
 
 bool TScript::isTscriptSP(const char* name, const char* dbName) {
@@ -135,13 +130,14 @@ bool TScript::isTscriptSP(const char* name, const char* dbName) {
 }
 
 bool TScript::execTscript(int operation, const char* arguments, const char* recordedInput, int userId) {
-    return attempted(partsOf(*this), [&](const ScriptParts& parts) {
+    return attempted(*this, [&](auto& parts) {
         m_userId = userId;
         return ProcedureRun(parts, operation, arguments, recordedInput, m_contentType).run();
     });
 }
 
-// ---- What the run knows and produced -------------------------------------------------------------------
+// ---- State and results of the run
+// --------------------------------------------------------------------------
 
 const char* TScript::getScriptName() const {
     return m_scriptName.c_str();
@@ -171,7 +167,7 @@ int TScript::getAuditLevel() const {
 const char* TScript::getCreation() {
     guarded([&] {
         char text[kTimeText];
-        m_creationText = GetTimeString(text, kTimeText, m_creationTime, false);
+        m_creationText = GetTimeString(text, kTimeText, m_creationTime, /*dateOnly=*/false);
     });
     return m_creationText.c_str();
 }
