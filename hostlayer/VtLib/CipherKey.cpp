@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "Descriptor.h"
+#include "FileAccess.h"
 #include "HostSetup.h"
 #include "Store.h"
 
@@ -18,19 +18,6 @@ constexpr const char* kKeyFileSetting = "cipherKeyFile";
 constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
 
 thread_local const std::string* chosenFile = nullptr;  // instead of the store's
-
-// Up to `size` bytes; -1 on a failure.
-ssize_t readUpTo(int file, unsigned char* bytes, std::size_t size) {
-    std::size_t filled = 0;
-    while (filled < size) {
-        const ssize_t got = ::read(file, bytes + filled, size - filled);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return -1;
-        if (got == 0) break;
-        filled += static_cast<std::size_t>(got);
-    }
-    return static_cast<ssize_t>(filled);
-}
 
 std::string keyFile() {
     if (chosenFile != nullptr) return *chosenFile;

@@ -1,17 +1,14 @@
 #include "Store.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <mutex>
 #include <shared_mutex>
 
-#include "Descriptor.h"
 #include "EvDebug.h"
+#include "FileAccess.h"
 
 namespace hostlayer {
 namespace {
@@ -134,36 +131,6 @@ std::string storePath() {
 std::shared_ptr<const StoreState> currentStore() {
     static StoreCache& cache = *new StoreCache;  // never destroyed: read until the process's last moment
     return cache.current();
-}
-
-bool readBounded(const std::string& path, std::size_t limit, std::string& text, std::string& problem) {
-    // Not blocking: a pipe put in the file's place must not hold the process up.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
-    if (!file || ::fstat(file.get(), &status) != 0) {
-        problem = std::strerror(errno);
-        return false;
-    }
-    if (!S_ISREG(status.st_mode)) {
-        problem = "not a regular file";
-        return false;
-    }
-    text.clear();
-    char chunk[16384];
-    for (;;) {
-        const ssize_t got = ::read(file.get(), chunk, sizeof chunk);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) {
-            problem = std::strerror(errno);
-            return false;
-        }
-        if (got == 0) return true;
-        text.append(chunk, static_cast<std::size_t>(got));
-        if (text.size() > limit) {
-            problem = "larger than " + std::to_string(limit) + " bytes";
-            return false;
-        }
-    }
 }
 
 }  // namespace hostlayer

@@ -22,9 +22,6 @@ std::string storePath();
 // The present state. Costs one stat as long as the file is the same. A new problem goes to the debug log.
 std::shared_ptr<const StoreState> currentStore();
 
-// Makes `text` the whole of a file of at most `limit` bytes; false and the reason otherwise.
-bool readBounded(const std::string& path, std::size_t limit, std::string& text, std::string& problem);
-
 constexpr std::size_t kMaxStoreBytes = std::size_t{4} << 20;
 
 }  // namespace hostlayer
