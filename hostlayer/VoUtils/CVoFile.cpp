@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0666;  // before the umask, as fopen does
+constexpr mode_t kNewFileMode = 0666;  // the one fopen() uses, reduced by the umask
 
-// open(2) flags for a mode text of fopen; -1 for a text that is none.
+// Returns the open(2) flags of an fopen() mode, or -1 for an invalid mode.
 int flagsOfMode(std::string_view mode) {
     if (mode.empty()) return -1;
     bool update = false;
@@ -32,7 +32,7 @@ int flagsOfMode(std::string_view mode) {
     }
 }
 
-int openRestarting(const char* path, int flags, mode_t permissions) {
+int openRetryingOnSignals(const char* path, int flags, mode_t permissions) {
     int descriptor = -1;
     do {
         descriptor = ::open(path, flags | O_CLOEXEC, permissions);
@@ -56,7 +56,7 @@ CVoError CVoFile::Open(const char* path, const char* mode) {
     const int flags = path != nullptr && mode != nullptr ? flagsOfMode(mode) : -1;
     if (flags < 0) return CVoError(EINVAL);
     if (m_descriptor >= 0) Close();
-    m_descriptor = openRestarting(path, flags, kNewFileMode);
+    m_descriptor = openRetryingOnSignals(path, flags, kNewFileMode);
     return CVoError(m_descriptor < 0 ? errno : 0);
 }
 
@@ -64,7 +64,7 @@ CVoError CVoFile::Open(const char* path, int flags, int permissions) {
     if (path == nullptr) return CVoError(EINVAL);
     if (m_descriptor >= 0) Close();
     if ((flags & O_CREAT) != 0) flags |= O_EXCL | O_NOFOLLOW;
-    m_descriptor = openRestarting(path, flags, static_cast<mode_t>(permissions));
+    m_descriptor = openRetryingOnSignals(path, flags, static_cast<mode_t>(permissions));
     return CVoError(m_descriptor < 0 ? errno : 0);
 }
 
@@ -72,10 +72,11 @@ CVoError CVoFile::Read(void* buffer, std::size_t size, std::size_t* bytesRead) {
     if (bytesRead == nullptr || (buffer == nullptr && size > 0)) return CVoError(EINVAL);
     *bytesRead = 0;
     while (*bytesRead < size) {
-        const ssize_t got = ::read(m_descriptor, static_cast<char*>(buffer) + *bytesRead, size - *bytesRead);
-        if (got > 0) *bytesRead += static_cast<std::size_t>(got);
-        if (got == 0) break;
-        if (got < 0 && errno != EINTR) return CVoError(errno);
+        const ssize_t count =
+            ::read(m_descriptor, static_cast<char*>(buffer) + *bytesRead, size - *bytesRead);
+        if (count > 0) *bytesRead += static_cast<std::size_t>(count);
+        if (count == 0) break;
+        if (count < 0 && errno != EINTR) return CVoError(errno);
     }
     return CVoError();
 }
@@ -85,12 +86,12 @@ CVoError CVoFile::Write(const void* data, std::size_t size) {
     if (m_descriptor < 0) return CVoError(EBADF);
     const char* rest = static_cast<const char*>(data);
     while (size > 0) {
-        const ssize_t put = ::write(m_descriptor, rest, size);
-        if (put < 0 && errno == EINTR) continue;
-        if (put < 0) return CVoError(errno);
-        if (put == 0) return CVoError(EIO);  // a device that takes nothing would be asked for ever
-        rest += put;
-        size -= static_cast<std::size_t>(put);
+        const ssize_t count = ::write(m_descriptor, rest, size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return CVoError(errno);
+        if (count == 0) return CVoError(EIO);  // a device that accepts no bytes would keep the loop running
+        rest += count;
+        size -= static_cast<std::size_t>(count);
     }
     return CVoError();
 }
@@ -99,7 +100,8 @@ CVoError CVoFile::Close() {
     if (m_descriptor < 0) return CVoError(EBADF);
     const int result = ::close(m_descriptor);
     m_descriptor = -1;
-    // An interrupted close has released the descriptor; a repeated one could close another thread's file.
+    // On Linux close() releases the descriptor even when a signal interrupts it. Calling it again could close
+    // a file that another thread has opened in between.
     return CVoError(result != 0 && errno != EINTR ? errno : 0);
 }
 

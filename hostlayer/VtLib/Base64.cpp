@@ -9,23 +9,24 @@ namespace {
 
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-struct Pair {
+struct CharacterPair {
     char text[2];
 };
 
-// Twelve bits at a time make two characters.
-constexpr std::array<Pair, 4096> makePairs() {
-    std::array<Pair, 4096> pairs{};
+// Encoding table: the two characters of every 12-bit number.
+constexpr std::array<CharacterPair, 4096> makePairs() {
+    std::array<CharacterPair, 4096> pairs{};
     for (std::size_t i = 0; i < pairs.size(); ++i) pairs[i] = {{kAlphabet[i >> 6], kAlphabet[i & 63]}};
     return pairs;
 }
 
-constexpr std::uint32_t kNoCharacter = 0x80000000U;
+// Flags a byte outside the alphabet. Four characters hold 24 bits, so that it never is one of theirs.
+constexpr std::uint32_t kNotInAlphabet = 0x80000000U;
 
-// A character's six bits at their place in the group of four.
+// Decoding table: the six bits of every character, shifted to their place in a group of four characters.
 constexpr std::array<std::uint32_t, 256> makeBits(unsigned int shift) {
     std::array<std::uint32_t, 256> bits{};
-    for (auto& entry : bits) entry = kNoCharacter;
+    for (auto& entry : bits) entry = kNotInAlphabet;
     for (std::uint32_t i = 0; i < 64; ++i) bits[static_cast<unsigned char>(kAlphabet[i])] = i << shift;
     return bits;
 }
@@ -36,7 +37,7 @@ constexpr auto kSecond = makeBits(12);
 constexpr auto kThird = makeBits(6);
 constexpr auto kFourth = makeBits(0);
 
-// The last one or two bytes, as two or three characters.
+// Encodes the last one or two bytes as two or three characters.
 void encodeRest(const unsigned char* bytes, std::size_t byteCount, char* text) {
     const std::uint32_t group =
         (std::uint32_t{bytes[0]} << 16) | (byteCount > 1 ? std::uint32_t{bytes[1]} << 8 : 0U);
@@ -44,13 +45,14 @@ void encodeRest(const unsigned char* bytes, std::size_t byteCount, char* text) {
     if (byteCount > 1) text[2] = kAlphabet[(group >> 6) & 63];
 }
 
-// The last two or three characters. Bits beyond the last byte must be zero, so that a record has one text
-// only.
+// Decodes the last two or three characters. The bits after the last byte must be zero: each byte sequence has
+// exactly one encoding.
 bool decodeRest(const unsigned char* text, std::size_t length, unsigned char* bytes) {
     const std::uint32_t group = kFirst[text[0]] | kSecond[text[1]] | (length > 2 ? kThird[text[2]] : 0U);
     bytes[0] = static_cast<unsigned char>(group >> 16);
     if (length > 2) bytes[1] = static_cast<unsigned char>(group >> 8);
-    return (group & (kNoCharacter | (length > 2 ? 0xFFU : 0xFFFFU))) == 0;
+    const std::uint32_t unusedBits = length > 2 ? 0xFFU : 0xFFFFU;
+    return (group & (kNotInAlphabet | unusedBits)) == 0;
 }
 
 }  // namespace
@@ -76,7 +78,7 @@ bool decodeBase64(std::string_view text, unsigned char* bytes) {
         bytes[1] = static_cast<unsigned char>(group >> 8);
         bytes[2] = static_cast<unsigned char>(group);
     }
-    if ((seen & kNoCharacter) != 0 || length == 1) return false;
+    if ((seen & kNotInAlphabet) != 0 || length == 1) return false;
     return length == 0 || decodeRest(from, length, bytes);
 }
 

@@ -18,12 +18,13 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr int kFirstOther = STDERR_FILENO + 1;
-constexpr milliseconds kGrace{2000};    // between asking a group to end and forcing it to
-constexpr milliseconds kBlindPoll{10};  // between two looks where the kernel cannot tell of the end
-constexpr std::size_t kPipeBytes = 65536;
+constexpr milliseconds kGrace{2000};            // between SIGTERM and SIGKILL
+constexpr milliseconds kPollWithoutPidfd{10};   // time between two checks of a child that has no pidfd
+constexpr milliseconds kLongestPoll{3600'000};  // poll() takes an int
+constexpr std::size_t kPipeBytes = 65536;       // default capacity of a pipe, pipe(7)
 constexpr std::size_t kChunkBytes = 8192;
 
-// What the child's descriptors become.
+// Descriptors of the child: 0 is /dev/null, 1 inherited or /dev/null, 2 the pipe; the others are closed.
 class FileActions {
   public:
     FileActions() { ::posix_spawn_file_actions_init(&m_actions); }
@@ -31,11 +32,12 @@ class FileActions {
     FileActions(const FileActions&) = delete;
     FileActions& operator=(const FileActions&) = delete;
 
-    int plan(int errors, bool dropsOutput) {
+    // Returns 0 or an errno.
+    int plan(int errorPipe, ChildProcess::Output output) {
         int error = ::posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        if (error == 0 && dropsOutput)
+        if (error == 0 && output == ChildProcess::Output::kDiscard)
             error = ::posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        if (error == 0) error = ::posix_spawn_file_actions_adddup2(&m_actions, errors, STDERR_FILENO);
+        if (error == 0) error = ::posix_spawn_file_actions_adddup2(&m_actions, errorPipe, STDERR_FILENO);
         if (error == 0) error = ::posix_spawn_file_actions_addclosefrom_np(&m_actions, kFirstOther);
         return error;
     }
@@ -45,7 +47,8 @@ class FileActions {
     posix_spawn_file_actions_t m_actions;
 };
 
-// A group of its own, and no blocked or ignored signal of the host program's.
+// Attributes of the child: its own process group, no signal blocked or ignored whatever the host program
+// does.
 class SpawnAttributes {
   public:
     SpawnAttributes() {
@@ -69,21 +72,22 @@ class SpawnAttributes {
     posix_spawnattr_t m_attributes;
 };
 
-// A pipe's end above the standard descriptors: where the host program has closed one of those, the pipe
-// would otherwise take its place and be replaced in the child.
-bool liftAboveStandard(Descriptor& end) {
+// Moves a descriptor above the standard ones. A host program that has closed one of those would otherwise get
+// the pipe at its number, where the file actions replace it in the child.
+bool moveAboveStandard(Descriptor& end) {
     if (end.get() >= kFirstOther) return true;
     end = Descriptor(::fcntl(end.get(), F_DUPFD_CLOEXEC, kFirstOther));
     return static_cast<bool>(end);
 }
 
+// Returns 0 or an errno.
 int makePipe(Descriptor& reading, Descriptor& writing) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) return errno;
     reading = Descriptor(ends[0]);
     writing = Descriptor(ends[1]);
-    if (!liftAboveStandard(reading) || !liftAboveStandard(writing)) return errno;
-    // The child's end stays blocking: programs expect that of standard error.
+    if (!moveAboveStandard(reading) || !moveAboveStandard(writing)) return errno;
+    // The child's end stays blocking, as programs expect of standard error.
     return ::fcntl(reading.get(), F_SETFL, O_NONBLOCK) == 0 ? 0 : errno;
 }
 
@@ -91,28 +95,34 @@ milliseconds timeLeft(Clock::time_point end) {
     return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(end - Clock::now()));
 }
 
+// Array of pointers to the strings, with the null pointer at its end that exec functions want.
+std::vector<char*> argvOf(std::vector<std::string>& arguments) {
+    std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    return argv;
+}
+
 }  // namespace
 
-int ChildProcess::start(const std::string& program, std::vector<std::string>& words, bool dropsOutput) {
+int ChildProcess::start(const std::string& program, std::vector<std::string>& arguments, Output output) {
     Descriptor writing;
     if (const int error = makePipe(m_errors, writing); error != 0) return error;
     FileActions actions;
-    if (const int error = actions.plan(writing.get(), dropsOutput); error != 0) return error;
+    if (const int error = actions.plan(writing.get(), output); error != 0) return error;
     const SpawnAttributes attributes;
-    std::vector<char*> arguments;
-    arguments.reserve(words.size() + 1);
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
+    const std::vector<char*> argv = argvOf(arguments);
     pid_t pid = -1;
     const int error =
-        ::posix_spawnp(&pid, program.c_str(), actions.get(), attributes.get(), arguments.data(), ::environ);
+        ::posix_spawnp(&pid, program.c_str(), actions.get(), attributes.get(), argv.data(), ::environ);
     if (error != 0) {
         m_errors.reset();
         return error;
     }
     m_pid = pid;
     m_tail.clear();
-    m_watch = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    m_pidfd = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
     return 0;
 }
 
@@ -122,51 +132,49 @@ bool ChildProcess::hasEnded() const {
     return result != 0 ? errno != EINTR : info.si_pid != 0;
 }
 
-// Waits for the child's end or its next errors; true when there is something to look at.
-bool ChildProcess::pollOnce(milliseconds limit) {
-    if (!m_watch && (limit.count() < 0 || limit > kBlindPoll)) limit = kBlindPoll;
-    pollfd watched[] = {{m_watch.get(), POLLIN, 0}, {m_errors.get(), POLLIN, 0}};
-    constexpr milliseconds kLongest{60 * 60 * 1000};
-    const auto wait = static_cast<int>(std::min(limit, kLongest).count());
-    return ::poll(watched, std::size(watched), wait) > 0 && watched[0].revents != 0;
+// Waits until the child ends, writes to standard error, or the time is over. True when the child has ended.
+bool ChildProcess::pollForEnd(milliseconds limit) {
+    pollfd watched[] = {{m_pidfd.get(), POLLIN, 0}, {m_errors.get(), POLLIN, 0}};
+    const milliseconds wait = std::min(limit, m_pidfd ? kLongestPoll : kPollWithoutPidfd);
+    const int ready = ::poll(watched, std::size(watched), static_cast<int>(wait.count()));
+    return m_pidfd ? ready > 0 && watched[0].revents != 0 : hasEnded();
 }
 
-// One read; false when nothing is there at present.
+// Reads once. False when the pipe is empty or closed.
 bool ChildProcess::readErrors(std::size_t tailSize) {
     if (!m_errors) return false;
     char chunk[kChunkBytes];
-    const ssize_t got = ::read(m_errors.get(), chunk, sizeof chunk);
-    if (got < 0 && errno == EINTR) return true;
-    if (got == 0 || (got < 0 && errno != EAGAIN)) m_errors.reset();
-    if (got <= 0) return false;
-    m_tail.append(chunk, static_cast<std::size_t>(got));
+    const ssize_t count = ::read(m_errors.get(), chunk, sizeof chunk);
+    if (count < 0 && errno == EINTR) return true;
+    if (count == 0 || (count < 0 && errno != EAGAIN)) m_errors.reset();
+    if (count <= 0) return false;
+    m_tail.append(chunk, static_cast<std::size_t>(count));
     if (m_tail.size() > tailSize) m_tail.erase(0, m_tail.size() - tailSize);
     return true;
 }
 
-// What the child has left in the pipe. No more than a pipe holds: processes that it started may hold the pipe
-// and go on writing.
+// Reads what the ended child has left in the pipe, at most what a pipe can hold: processes that the child has
+// started may still have the pipe open and keep writing.
 void ChildProcess::drainErrors(std::size_t tailSize) {
     constexpr std::size_t kReads = kPipeBytes / kChunkBytes + 1;
     for (std::size_t reads = 0; reads < kReads && readErrors(tailSize);) ++reads;
     m_errors.reset();
 }
 
-bool ChildProcess::waitForEnd(milliseconds limit, std::size_t tailSize) {
-    const Clock::time_point end = Clock::now() + limit;
-    const bool isBounded = limit.count() >= 0;
+bool ChildProcess::waitForEnd(std::optional<milliseconds> limit, std::size_t tailSize) {
+    const Clock::time_point end = Clock::now() + limit.value_or(milliseconds(0));
     for (;;) {
-        const bool isTold = pollOnce(isBounded ? timeLeft(end) : limit);
+        const bool isEnded = pollForEnd(limit ? timeLeft(end) : kLongestPoll);
         readErrors(tailSize);
-        if (isTold || (!m_watch && hasEnded())) return true;
-        if (isBounded && Clock::now() >= end) return false;
+        if (isEnded) return true;
+        if (limit && Clock::now() >= end) return false;
     }
 }
 
 void ChildProcess::endGroup(std::size_t tailSize) {
-    // The child is not reaped in between: as long as it is not, its group's number is nobody else's.
+    // Until the child is reaped, no other group can get its process group ID.
     ::kill(-m_pid, SIGTERM);
-    ::kill(-m_pid, SIGCONT);
+    ::kill(-m_pid, SIGCONT);  // a stopped process does not receive SIGTERM before it continues
     waitForEnd(kGrace, tailSize);
     ::kill(-m_pid, SIGKILL);
 }
@@ -178,7 +186,7 @@ int ChildProcess::reap(int& status, std::size_t tailSize) {
     } while (result < 0 && errno == EINTR);
     const int error = result < 0 ? errno : 0;
     m_pid = -1;
-    m_watch.reset();
+    m_pidfd.reset();
     drainErrors(tailSize);
     return error;
 }

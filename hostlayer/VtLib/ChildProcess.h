@@ -1,9 +1,10 @@
-// One running child process: started in a group of its own, watched, ended.
+// A child process that leads its own process group.
 #pragma once
 
 #include <sys/types.h>
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,36 +12,46 @@
 
 namespace hostlayer {
 
+// Runs one child at a time: start(), then waitForEnd() and, if that times out, endGroup(), then reap(). A
+// child that is not reaped stays a zombie. `tailSize` is the number of bytes of the child's standard error to
+// keep: the last ones.
 class ChildProcess {
   public:
+    enum class Output { kInherit, kDiscard };
+
     ChildProcess() = default;
 
-    // Starts the program (looked for in PATH when its name has no slash). Standard input is /dev/null,
-    // standard error is kept, every other descriptor but standard output is closed. 0, or the errno of what
-    // failed.
-    int start(const std::string& program, std::vector<std::string>& words, bool dropsOutput);
-    bool isRunning() const { return m_pid > 0; }
+    // Starts a program; a name without a slash is looked up in PATH. `arguments` begins with the program's
+    // own name and is not changed. The child's standard input is /dev/null, its standard error a pipe to this
+    // object; all descriptors above standard error are closed. Returns 0 or the errno of the failure.
+    int start(const std::string& program, std::vector<std::string>& arguments, Output output);
 
-    // Keeps the last `tailSize` bytes of standard error and waits for the child's end, which is left for
-    // reap(). False when the time ran out; a negative time is none.
-    bool waitForEnd(std::chrono::milliseconds limit, std::size_t tailSize);
-    // Ends the whole process group: first asked to, then forced to.
+    // True from a successful start() to reap().
+    bool isStarted() const { return m_pid > 0; }
+
+    // Waits until the child has ended. Without a limit (nullopt) it waits for as long as that takes. False
+    // when the time ran out. Does not reap the child.
+    bool waitForEnd(std::optional<std::chrono::milliseconds> limit, std::size_t tailSize);
+
+    // Ends the child's process group: SIGTERM, two seconds to react, SIGKILL.
     void endGroup(std::size_t tailSize);
-    // Takes the ended child's status, as of waitpid(2), and what is left of its standard error. 0, or the
-    // errno of what failed.
+
+    // Reaps the child and reads the rest of its standard error. `status` is that of waitpid(2). Returns 0 or
+    // the errno of the failure.
     int reap(int& status, std::size_t tailSize);
 
+    // End of the child's standard error. Kept until the next start().
     const std::string& errorTail() const { return m_tail; }
 
   private:
-    bool pollOnce(std::chrono::milliseconds limit);
+    bool pollForEnd(std::chrono::milliseconds limit);
     bool hasEnded() const;
     bool readErrors(std::size_t tailSize);
     void drainErrors(std::size_t tailSize);
 
-    pid_t m_pid = -1;
-    Descriptor m_watch;   // readable once the child has ended; none on a kernel without such descriptors
-    Descriptor m_errors;  // the pipe of the child's standard error; none once it is closed
+    pid_t m_pid = -1;     // -1: none
+    Descriptor m_pidfd;   // readable once the child has ended; empty before Linux 5.3
+    Descriptor m_errors;  // reading end of the child's standard error; empty once the pipe has closed
     std::string m_tail;
 };
 

@@ -1,4 +1,5 @@
-// The installation's cipher key: 32 bytes in a file that the store names.
+// The installation's cipher key: a file of exactly 32 bytes, named by cipherKeyFile in the store's [host]
+// table.
 #pragma once
 
 #include <array>
@@ -10,27 +11,30 @@ namespace hostlayer {
 
 constexpr std::size_t kCipherKeyBytes = 32;
 
-// Holds a key and wipes it.
+// Owner of a loaded key. Overwrites it with zeros at the end.
 class CipherKey {
   public:
     CipherKey() = default;
-    ~CipherKey() { forget(); }
+    ~CipherKey() { wipe(); }
     CipherKey(const CipherKey&) = delete;
     CipherKey& operator=(const CipherKey&) = delete;
 
-    // Reads the key once; later calls keep it.
+    // Reads the key file. After the first success the key is kept and the file is not read again. A file that
+    // its group or others can access is an error (kKeyExposed).
     VTPassword::Error load();
+
+    // kCipherKeyBytes bytes; zeros before load() has succeeded.
     const unsigned char* bytes() const { return m_bytes.data(); }
 
   private:
     VTPassword::Error readFile(const std::string& path);
-    void forget();
+    void wipe();
 
     std::array<unsigned char, kCipherKeyBytes> m_bytes{};
     bool m_isLoaded = false;
 };
 
-// Starts the cipher library; false when it cannot be used. Cheap after the first call.
-bool startCipherLibrary();
+// Initialises libsodium on the first call. False when that failed.
+bool initializeSodium();
 
 }  // namespace hostlayer

@@ -2,20 +2,20 @@
 
 namespace hostlayer {
 
-bool splitCommandLine(std::string_view line, std::vector<std::string>& words) {
+bool splitCommandLine(std::string_view line, std::vector<std::string>& arguments) {
     bool isQuoted = false;
-    bool isInWord = false;
+    bool isInArgument = false;
     for (const char character : line) {
         if (!isQuoted && (character == ' ' || character == '\t')) {
-            isInWord = false;
+            isInArgument = false;
             continue;
         }
-        if (!isInWord) words.emplace_back();
-        isInWord = true;
+        if (!isInArgument) arguments.emplace_back();
+        isInArgument = true;
         if (character == '"') {
             isQuoted = !isQuoted;
         } else {
-            words.back() += character;
+            arguments.back() += character;
         }
     }
     return !isQuoted;

@@ -1,4 +1,4 @@
-// A command line's words.
+// Splitting of a command line into a program's arguments.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace hostlayer {
 
-// Splits at blanks and tabs outside double quotes. Between double quotes every character stands for itself,
-// line breaks and backslashes included; the quotes themselves are dropped, and "" is an empty word. False
+// Appends the line's arguments, which are separated by spaces and tabs. Text between double quotes is taken
+// literally, line breaks and backslashes included; the quotes are removed, and "" is an empty argument. False
 // when a quote is not closed.
-bool splitCommandLine(std::string_view line, std::vector<std::string>& words);
+bool splitCommandLine(std::string_view line, std::vector<std::string>& arguments);
 
 }  // namespace hostlayer

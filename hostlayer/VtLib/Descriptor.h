@@ -1,4 +1,4 @@
-// Owner of a file descriptor.
+// Move-only owner of a file descriptor; -1 is empty.
 #pragma once
 
 #include <unistd.h>

@@ -23,79 +23,82 @@ namespace {
 
 constexpr const char* kDefaultName = "ZephraDebug";
 constexpr std::size_t kFileBytes = std::size_t{16} << 20;
-constexpr std::size_t kKeptFiles = 5;
-constexpr std::size_t kEntryBytes = std::size_t{4} << 20;  // a longer entry is cut, and says so
+constexpr std::size_t kKeptFiles = 5;  // rotated ones
+constexpr std::size_t kEntryBytes = std::size_t{4}
+                                    << 20;  // a longer entry is cut and gets a note of its length
 constexpr mode_t kLogMode = 0640;
 constexpr int kErrors = 1;
 constexpr int kWarnings = 2;
 constexpr int kDefaultLevel = 3;
 
-// The log folder may be one that everybody writes to: nobody's link or device is opened as the log, and a new
-// one is made here, for the open that follows would leave it to all for a moment.
-void makeOrRefuse(const std::string& path) {
-    const hostlayer::Descriptor made(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kLogMode));
+// Creates the log file with its mode, or checks that an existing one may be opened: the log folder may be
+// writable for everybody, so links, devices and other users' files are refused. spdlog itself would create
+// the file with the umask's mode.
+void createOrCheckLogFile(const std::string& path) {
+    const hostlayer::Descriptor created(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kLogMode));
     struct stat status {};
-    if (made || ::lstat(path.c_str(), &status) != 0) return;
+    if (created || ::lstat(path.c_str(), &status) != 0) return;
     if (!S_ISREG(status.st_mode) || (status.st_uid != ::geteuid() && status.st_uid != 0))
         throw spdlog::spdlog_ex("not a regular file of this user: " + path);
 }
 
-void setUpOpened(std::FILE* file) {
+void setModeAndCloseOnExec(std::FILE* file) {
     ::fchmod(::fileno(file), kLogMode);
     ::fcntl(::fileno(file), F_SETFD, FD_CLOEXEC);
 }
 
 std::shared_ptr<spdlog::logger> openLogger(const std::string& path, bool buffered) {
     spdlog::file_event_handlers handlers;
-    handlers.before_open = makeOrRefuse;
-    handlers.after_open = [](const std::string&, std::FILE* file) { setUpOpened(file); };
-    auto sink =
-        std::make_shared<spdlog::sinks::rotating_file_sink_mt>(path, kFileBytes, kKeptFiles, false, handlers);
+    handlers.before_open = createOrCheckLogFile;
+    handlers.after_open = [](const std::string&, std::FILE* file) { setModeAndCloseOnExec(file); };
+    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(path, kFileBytes, kKeptFiles,
+                                                                       /*rotate_on_open=*/false, handlers);
     auto logger = std::make_shared<spdlog::logger>(kDefaultName, std::move(sink));
     logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %P %t %L %v");
     logger->set_level(spdlog::level::trace);
     logger->flush_on(buffered ? spdlog::level::err : spdlog::level::trace);
-    logger->set_error_handler([](const std::string&) {});  // the host program's standard error is not ours
+    logger->set_error_handler([](const std::string&) {});  // spdlog's own prints to standard error
     return logger;
 }
 
-// A formatted text: as much of its beginning as an entry may hold, and the length of the whole. Whole tool
-// outputs are logged, and no second copy of them is to stand in memory for that.
+// The beginning of a formatted entry, at most kEntryBytes, and the length of the whole. Entries may be
+// outputs of the query tool, too large for a second copy in memory.
 struct Formatted {
-    std::string text;
+    std::string beginning;
     std::size_t size = 0;
 };
 
-// The write function of the stream that a text is formatted into.
+// Write function of the stdio stream that an entry is formatted into, fopencookie(3).
 ssize_t keepBeginning(void* cookie, const char* bytes, std::size_t count) noexcept {
     auto& formatted = *static_cast<Formatted*>(cookie);
     try {
-        formatted.text.append(bytes, std::min(count, kEntryBytes - formatted.text.size()));
+        formatted.beginning.append(bytes, std::min(count, kEntryBytes - formatted.beginning.size()));
     } catch (const std::bad_alloc&) {
-        return 0;  // what has been kept is written
+        return 0;  // ends the formatting; the bytes kept so far are logged
     }
     formatted.size += count;
     return static_cast<ssize_t>(count);
 }
 
-__attribute__((format(printf, 2, 0))) Formatted formatted(std::string_view prefix, const char* format,
-                                                          va_list arguments) {
+__attribute__((format(printf, 2, 0))) Formatted formatEntry(std::string_view prefix, const char* format,
+                                                            va_list arguments) {
     Formatted result;
     keepBeginning(&result, prefix.data(), prefix.size());
     cookie_io_functions_t functions{};
     functions.write = keepBeginning;
     std::FILE* stream = fopencookie(&result, "w", functions);
     if (stream == nullptr) return result;
-    // The caller began the list. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has called va_start
     std::vfprintf(stream, format, arguments);
     std::fclose(stream);
     return result;
 }
 
-// Line breaks stay, but a line that is not an entry's first is indented, so that no text can pass for
-// an entry of its own; other control characters are written as \xNN.
-std::string withoutForgery(const Formatted& entry) {
-    const std::string_view text = entry.text;
+// Returns the entry in a form that cannot imitate further entries: every line after the first is indented,
+// control characters other than line breaks and tabs become \xNN.
+std::string sanitized(const Formatted& entry) {
+    const std::string_view text = entry.beginning;
     const std::size_t end = text.find_last_not_of("\r\n") + 1;
     std::string safe;
     safe.reserve(end + 32);
@@ -121,7 +124,7 @@ spdlog::level::level_enum severityOf(int level) {
 
 }  // namespace
 
-// One log of the process. Its logger is set once and then kept to the end, so that writers take no lock.
+// A log of the process. `logger` is set once and lives as long as the process, so that writers need no lock.
 struct EvDebug::Log {
     std::string name;
     std::mutex opening;
@@ -132,13 +135,13 @@ struct EvDebug::Log {
     static Log* named(const char* fileInstance);
     bool open(const std::string& path, int wantedLevel, bool buffered);
     void write(spdlog::level::level_enum severity, const Formatted& entry) const {
-        logger.load()->log(severity, withoutForgery(entry));
+        logger.load()->log(severity, sanitized(entry));
     }
 };
 
 EvDebug::Log* EvDebug::Log::named(const char* fileInstance) {
     static std::mutex& lock = *new std::mutex;
-    static auto& logs = *new std::map<std::string, Log>;  // never destroyed: written to until the last moment
+    static auto& logs = *new std::map<std::string, Log>;  // never destroyed: static destructors may still log
     const std::string name = fileInstance != nullptr && *fileInstance != '\0' ? fileInstance : kDefaultName;
     const std::lock_guard guard(lock);
     const auto [log, isNew] = logs.try_emplace(name);
@@ -162,7 +165,7 @@ bool EvDebug::Log::open(const std::string& path, int wantedLevel, bool buffered)
 EvDebug::EvDebug(const char* fileInstance) : m_log(Log::named(fileInstance)) {}
 
 bool EvDebug::initialize(unsigned int facility, int level, bool asynchronous, const char* fileName) {
-    static_cast<void>(facility);  // tells the suite's programs apart where they share a log service
+    static_cast<void>(facility);  // for platforms on which the suite's programs share one log service
     if (IsInitialized()) return true;
     const std::string file = fileName != nullptr && *fileName != '\0' ? fileName : m_log->name + ".log";
     if (file.find('/') != std::string::npos) return false;
@@ -171,7 +174,8 @@ bool EvDebug::initialize(unsigned int facility, int level, bool asynchronous, co
     struct stat status {};
     if (::stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return false;
     if (!m_log->open(folder + "/" + file, level, asynchronous)) return false;
-    const auto store = hostlayer::currentStore();  // what was wrong before there was a log to say it in
+    // The store was read before the log was open and could not report its problem there.
+    const auto store = hostlayer::currentStore();
     if (!store->problem.empty()) DebugLevel(kErrors, "%s", store->problem.c_str());
     return true;
 }
@@ -184,7 +188,8 @@ void EvDebug::Debug(const char* tag, const char* format, ...) const {
     if (!IsInitialized()) return;
     va_list arguments;
     va_start(arguments, format);
-    const Formatted entry = formatted("[" + std::string(tag != nullptr ? tag : "") + "] ", format, arguments);
+    const Formatted entry =
+        formatEntry("[" + std::string(tag != nullptr ? tag : "") + "] ", format, arguments);
     va_end(arguments);
     m_log->write(spdlog::level::info, entry);
 }
@@ -193,7 +198,7 @@ void EvDebug::DebugLevel(int level, const char* format, ...) const {
     if (!IsInitialized() || level > m_log->level) return;
     va_list arguments;
     va_start(arguments, format);
-    const Formatted entry = formatted({}, format, arguments);
+    const Formatted entry = formatEntry({}, format, arguments);
     va_end(arguments);
     m_log->write(severityOf(level), entry);
 }

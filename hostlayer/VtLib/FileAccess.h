@@ -1,4 +1,4 @@
-// Small files and descriptors, read and written whole.
+// Reading and writing whole files of limited size.
 #pragma once
 
 #include <sys/types.h>
@@ -10,13 +10,21 @@
 
 namespace hostlayer {
 
-// Reads up to `size` bytes. Returns their number, fewer at the end of the file; -1 with errno on a failure.
+// Opens a file for reading. A pipe without a writer does not block. Empty, with errno, on a failure.
+Descriptor openWithoutBlocking(const std::string& path);
+
+// Reads until `size` bytes are read or the file ends. Returns the number of bytes; -1, with errno, on a
+// failure.
 ssize_t readUpTo(int file, unsigned char* bytes, std::size_t size);
 
-// Writes all of the bytes. False with errno otherwise.
+// Writes all of the bytes. False, with errno, on a failure.
 bool writeAll(int file, const char* bytes, std::size_t size);
 
-// Makes `text` the whole of a file of at most `limit` bytes; false and the reason otherwise.
+// Reads a whole regular file into `text`. False, with the reason in `problem`, on a failure or when the file
+// has more than `limit` bytes.
 bool readBounded(const std::string& path, std::size_t limit, std::string& text, std::string& problem);
+
+// Sets `problem` to the path and errno's text. Returns false, for the caller to return.
+bool reportErrno(std::string& problem, const std::string& path);
 
 }  // namespace hostlayer

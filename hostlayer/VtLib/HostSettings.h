@@ -1,4 +1,4 @@
-// Settings of the host layer itself, as the store's [host] table gives them.
+// Settings of the host layer: the values of the store's [host] table. Exported by libVtLib.so.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace hostlayer {
 
-// The setting's text (a number in decimal digits); the fallback when the store has none.
+// Returns a setting, a number as decimal digits; `fallback` when the store does not set it.
 VT_PLATFORM_EXPORT std::string hostSetting(const char* name, const char* fallback);
 
 }  // namespace hostlayer

@@ -18,11 +18,6 @@ namespace {
 
 constexpr mode_t kKeyMode = 0600;
 
-bool fail(std::string& problem, const std::string& path) {
-    problem = "[" + path + "]: " + std::strerror(errno);
-    return false;
-}
-
 std::map<std::string, std::string> textsOf(const StoreKey& key) {
     std::map<std::string, std::string> texts;
     for (const auto& [name, value] : key) texts.emplace(name, textOf(value));
@@ -48,22 +43,23 @@ StoreReport inspectStore() {
 }
 
 bool createCipherKeyFile(const std::string& path, std::string& problem) {
-    if (!startCipherLibrary()) {
+    if (!initializeSodium()) {
         problem = cipherErrorText(VTPassword::kCipherUnavailable);
         return false;
     }
     const Descriptor file(
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kKeyMode));
-    if (!file) return fail(problem, path);
+    if (!file) return reportErrno(problem, path);
     std::array<char, kCipherKeyBytes> key{};
     ::randombytes_buf(key.data(), key.size());
-    const bool isDone = ::fchmod(file.get(), kKeyMode) == 0 && writeAll(file.get(), key.data(), key.size()) &&
-                        ::fsync(file.get()) == 0;
+    const bool isWritten = ::fchmod(file.get(), kKeyMode) == 0 &&
+                           writeAll(file.get(), key.data(), key.size()) && ::fsync(file.get()) == 0;
+    if (!isWritten) {
+        reportErrno(problem, path);
+        ::unlink(path.c_str());
+    }
     ::sodium_memzero(key.data(), key.size());
-    if (isDone) return true;
-    fail(problem, path);
-    ::unlink(path.c_str());
-    return false;
+    return isWritten;
 }
 
 const char* cipherErrorText(long error) {
@@ -75,21 +71,21 @@ const char* cipherErrorText(long error) {
         case VTPassword::kKeyUnreadable:
             return "the key file that cipherKeyFile names is missing or cannot be read";
         case VTPassword::kKeyExposed:
-            return "others than its owner may read the key file: set its mode to 0600";
+            return "users other than its owner can access the key file: set its mode to 0600";
         case VTPassword::kKeyMalformed:
-            return "the key file is not a file of exactly 32 bytes";
+            return "the key file is not a regular file of exactly 32 bytes";
         case VTPassword::kBufferTooSmall:
-            return "the text does not fit into the room for it";
+            return "the text does not fit into its buffer";
         case VTPassword::kNotARecord:
-            return "the text is no enciphered record";
+            return "the text is not an encrypted record";
         case VTPassword::kRecordCut:
-            return "the enciphered record is cut";
+            return "the encrypted record is cut off";
         case VTPassword::kNotAuthentic:
-            return "the enciphered record was changed, or enciphered with another key";
+            return "the encrypted record was changed, or encrypted with another key";
         case VTPassword::kWrongKind:
-            return "credentials stand where a file record is wanted, or the reverse";
+            return "encrypted credentials where a file record is expected, or the reverse";
         case VTPassword::kCipherUnavailable:
-            return "the cipher library cannot be started";
+            return "the cipher library cannot be initialised";
         default:
             return "unknown cipher error";
     }

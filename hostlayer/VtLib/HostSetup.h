@@ -1,4 +1,5 @@
-// Setting up a host and looking at its set-up: for the command line tool. libVtLib.so exports it.
+// Inspecting and changing the configuration store and the cipher key file. For the command line tool;
+// exported by libVtLib.so.
 #pragma once
 
 #include <cstdint>
@@ -11,12 +12,12 @@
 
 namespace hostlayer {
 
-// What the process sees of the configuration store at this moment.
+// State of the configuration store as this process reads it.
 struct StoreReport {
-    std::string path;                   // the file in use
-    bool isInForce = false;             // whether there is content to read values from
-    std::string problem;                // why the file cannot be read, with line and column; empty: it can
-    std::vector<std::string> oddities;  // what stands in it where no value is looked for
+    std::string path;                   // of the file in use
+    bool isInForce = false;             // values can be read: from the file, or from its last good content
+    std::string problem;                // why the file cannot be read or parsed; empty: no problem
+    std::vector<std::string> oddities;  // entries that are ignored because of their place or type
     std::map<std::string, std::string> settings;  // [host]
     std::map<std::string, std::string> programs;  // [host.programs]
     // instance -> key -> value name -> value
@@ -24,21 +25,25 @@ struct StoreReport {
              std::map<std::string, std::map<std::string, std::variant<std::string, std::int64_t>>>>
         instances;
 };
+
+// Reads the store again if its file has changed. The maps are empty unless isInForce.
 VT_PLATFORM_EXPORT StoreReport inspectStore();
 
-// Sets one value and keeps the file's comments, order, mode and owner; the file is replaced as a whole, so a
-// reader sees the old one or the new one, or is made (mode 0640) when there is none. `table` is instance and
-// key, or "host", or "host" and "programs". False and the reason when nothing was changed.
+// Sets one value in the store's file; comments, order, mode and owner stay. The file is replaced by
+// rename(2): readers see the old content or the new one. A missing file is created with mode 0640. `table` is
+// {instance, key}, {"host"} or {"host", "programs"}. False, with the reason in `problem`, when the value was
+// not set.
 VT_PLATFORM_EXPORT bool setStoreValue(const std::vector<std::string>& table, const std::string& valueName,
                                       const std::variant<std::string, std::int64_t>& value,
                                       std::string& problem);
 
-// Makes a file with a new random key, mode 0600. False and the reason, always when there is a file of that
-// name.
+// Creates a file with a new random key, mode 0600. An existing file is never overwritten. False, with the
+// reason in `problem`, on a failure; no partly written file is left.
 VT_PLATFORM_EXPORT bool createCipherKeyFile(const std::string& path, std::string& problem);
 
-// While it lives, a VTPassword object whose first use falls into it, on this thread, takes the key of that
-// file instead of the store's. `file` outlives it; choices end in the reverse order of their making.
+// Scope in which VTPassword objects of this thread load their key from another file than the store's. A
+// VTPassword that has loaded its key before keeps it. `file` is not copied and must outlive the scope; scopes
+// may nest.
 class VT_PLATFORM_EXPORT KeyFileChoice {
   public:
     explicit KeyFileChoice(const std::string& file);
@@ -50,7 +55,7 @@ class VT_PLATFORM_EXPORT KeyFileChoice {
     const std::string* m_before;
 };
 
-// What an error number of VTPassword means and what to do about it.
+// Describes an error number of VTPassword and what to do about it. Never null; not to be freed.
 VT_PLATFORM_EXPORT const char* cipherErrorText(long error);
 
 }  // namespace hostlayer

@@ -6,11 +6,12 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace hostlayer {
 
 struct Nonces::Page {
-    bool isFilled;  // false in a new page, and in a forked child
+    bool isInitialized;  // false in a new page, and after fork() in the child
     unsigned char prefix[kNoncePrefixBytes];
     std::uint64_t counter;
 };
@@ -19,7 +20,8 @@ namespace {
 
 constexpr std::size_t kPageBytes = 4096;
 
-void* makeForgettingPage() {
+// Returns a page of zeros that fork() clears in the child, or null.
+void* allocatePageWipedOnFork() {
     void* page = ::mmap(nullptr, kPageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (page == MAP_FAILED) return nullptr;
     if (::madvise(page, kPageBytes, MADV_WIPEONFORK) == 0) return page;
@@ -34,20 +36,19 @@ Nonces::~Nonces() {
 }
 
 void Nonces::next(unsigned char nonce[kNonceBytes]) {
-    if (!m_isAsked) m_page = static_cast<Page*>(makeForgettingPage());
-    m_isAsked = true;
+    if (!std::exchange(m_isPageRequested, true)) m_page = static_cast<Page*>(allocatePageWipedOnFork());
     if (m_page == nullptr) {
         ::randombytes_buf(nonce, kNonceBytes);
         return;
     }
-    if (!m_page->isFilled) {
+    if (!m_page->isInitialized) {
         ::randombytes_buf(m_page->prefix, sizeof m_page->prefix);
         m_page->counter = 0;
-        m_page->isFilled = true;
+        m_page->isInitialized = true;
     }
-    const std::uint64_t number = m_page->counter++;
+    const std::uint64_t counter = m_page->counter++;
     std::memcpy(nonce, m_page->prefix, kNoncePrefixBytes);
-    std::memcpy(nonce + kNoncePrefixBytes, &number, sizeof number);
+    std::memcpy(nonce + kNoncePrefixBytes, &counter, sizeof counter);
 }
 
 }  // namespace hostlayer

@@ -1,4 +1,4 @@
-// Nonces for XChaCha20-Poly1305: 24 bytes that no other record of any process carries.
+// Generator of nonces for XChaCha20-Poly1305: 24 bytes, never used twice with one key.
 #pragma once
 
 #include <cstddef>
@@ -6,11 +6,12 @@
 namespace hostlayer {
 
 constexpr std::size_t kNonceBytes = 24;
-constexpr std::size_t kNoncePrefixBytes = 16;  // the part that selects the record's own key
+constexpr std::size_t kNoncePrefixBytes = 16;  // the input of HChaCha20, which derives the record's key
 
-// Sixteen fresh random bytes for each source, then a counter: one call for randomness and one derived key
-// serve all records of a source. The state stands in a page that the kernel empties in a forked child, which
-// therefore starts with random bytes of its own; where it cannot do so, every nonce is drawn at random.
+// Nonces of one generator are 16 random bytes followed by an 8-byte counter: consecutive records share a
+// derived key and need no random bytes. The state is in a page that the kernel clears in a forked child
+// (MADV_WIPEONFORK), so that the child draws a new prefix. Where the kernel cannot do that, every nonce is
+// random. One thread at a time.
 class Nonces {
   public:
     Nonces() = default;
@@ -22,8 +23,8 @@ class Nonces {
 
   private:
     struct Page;
-    Page* m_page = nullptr;
-    bool m_isAsked = false;  // whether a page was asked for
+    Page* m_page = nullptr;  // null: not allocated yet, or not available
+    bool m_isPageRequested = false;
 };
 
 }  // namespace hostlayer

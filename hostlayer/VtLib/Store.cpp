@@ -15,13 +15,14 @@ namespace {
 
 constexpr const char* kPathVariable = "ZEPHRA_REGISTRY";
 constexpr const char* kDefaultPath = "/etc/zephra/registry.toml";
+constexpr int kErrorLevel = 1;  // of the debug log
 
 const char* pathInUse() {
-    const char* named = ::secure_getenv(kPathVariable);
-    return named != nullptr && *named != '\0' ? named : kDefaultPath;
+    const char* path = ::secure_getenv(kPathVariable);
+    return path != nullptr && *path != '\0' ? path : kDefaultPath;
 }
 
-// Tells one content of a file from the next without reading it.
+// Metadata of a file that differs after a change of the file.
 struct FileIdentity {
     dev_t device = 0;
     ino_t inode = 0;
@@ -44,66 +45,67 @@ FileIdentity identify(const char* path) {
     return {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
 }
 
-// File times advance in steps of the kernel's clock: a file that changed a moment ago may change once
-// more under the same identity, so such an identity is not relied on yet.
-bool isSettled(const FileIdentity& identity) {
-    constexpr double kStep = 0.05;  // seconds, well above a clock step
+// True when the file's next change is sure to change the identity. File times advance with the kernel's clock
+// tick: two changes within one tick have the same times.
+bool isReliable(const FileIdentity& identity) {
+    constexpr double kSeconds = 0.05;  // well above a tick
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
     const double age = static_cast<double>(now.tv_sec - identity.changed.tv_sec) +
                        static_cast<double>(now.tv_nsec - identity.changed.tv_nsec) / 1e9;
-    return age > kStep || age < -kStep;
+    return age > kSeconds || age < -kSeconds;
 }
 
-struct KeptState : StoreState {
+struct CachedState : StoreState {
     FileIdentity identity;
-    bool settled = false;
+    bool isIdentityReliable = false;
 
-    bool isOf(const char* otherPath, const FileIdentity& other) const {
-        return settled && identity == other && path == otherPath;
+    bool isCurrent(const char* currentPath, const FileIdentity& currentIdentity) const {
+        return isIdentityReliable && identity == currentIdentity && path == currentPath;
     }
 };
 
-using StatePointer = std::shared_ptr<const KeptState>;
+using StatePointer = std::shared_ptr<const CachedState>;
 
 class StoreCache {
   public:
     StatePointer current() {
         const char* path = pathInUse();
         const FileIdentity identity = identify(path);
-        const StatePointer state = kept();
-        return state && state->isOf(path, identity) ? state : refresh(path);
+        const StatePointer state = cached();
+        return state && state->isCurrent(path, identity) ? state : refresh(path);
     }
 
   private:
-    StatePointer kept() const {
+    StatePointer cached() const {
         const std::shared_lock lock(m_stateLock);
         return m_state;
     }
 
     StatePointer refresh(const std::string& path) {
         StatePointer next;
-        bool isNews = false;
+        bool isNewProblem = false;
         {
             const std::lock_guard oneReader(m_refreshLock);
-            StatePointer last = kept();
+            StatePointer last = cached();
             const FileIdentity identity = identify(path.c_str());
-            if (last && last->isOf(path.c_str(), identity)) return last;  // another thread was faster
+            if (last && last->isCurrent(path.c_str(), identity)) return last;  // another thread was faster
             next = readState(path, identity, last);
-            isNews = !next->problem.empty() && (!last || last->problem != next->problem);
+            isNewProblem = !next->problem.empty() && (!last || last->problem != next->problem);
             const std::unique_lock lock(m_stateLock);
             m_state = next;
         }
-        if (isNews) EvDebug().DebugLevel(1, "%s", next->problem.c_str());
+        // Without the lock: the debug log reads the store itself.
+        if (isNewProblem) EvDebug().DebugLevel(kErrorLevel, "%s", next->problem.c_str());
         return next;
     }
 
     static StatePointer readState(const std::string& path, const FileIdentity& identity,
                                   const StatePointer& last) {
-        auto state = std::make_shared<KeptState>();
+        auto state = std::make_shared<CachedState>();
         state->path = path;
         state->identity = identity;
-        state->settled = isSettled(identity);
+        state->isIdentityReliable = isReliable(identity);
         auto content = std::make_shared<StoreContent>();
         std::string text;
         std::string problem;
@@ -119,7 +121,7 @@ class StoreCache {
 
     mutable std::shared_mutex m_stateLock;
     StatePointer m_state;
-    std::mutex m_refreshLock;  // held over the file's reading, so that one thread reads it
+    std::mutex m_refreshLock;  // held while a thread reads the file; the others wait for its result
 };
 
 }  // namespace
@@ -129,7 +131,7 @@ std::string storePath() {
 }
 
 std::shared_ptr<const StoreState> currentStore() {
-    static StoreCache& cache = *new StoreCache;  // never destroyed: read until the process's last moment
+    static StoreCache& cache = *new StoreCache;  // never destroyed: static destructors may still read values
     return cache.current();
 }
 

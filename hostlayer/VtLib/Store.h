@@ -1,4 +1,5 @@
-// The configuration store of the process: its file, parsed once and read again when it has changed.
+// The process's configuration store: a TOML 1.0 file, parsed again when it has changed. For any number of
+// threads.
 #pragma once
 
 #include <memory>
@@ -8,20 +9,22 @@
 
 namespace hostlayer {
 
-// One state of the store's file. Never changed once made, so threads share it.
+constexpr std::size_t kMaxStoreBytes = std::size_t{4} << 20;  // a larger file is not read
+
+// Immutable state of the store's file.
 struct StoreState {
     std::string path;
-    // The file's content, or the last good one when the file no longer parses; null when there never was one.
+    // The file's content; the last good content if the file cannot be read or parsed; null if there is none.
     std::shared_ptr<const StoreContent> content;
-    std::string problem;  // why the file could not be read, with line and column; empty: it could
+    std::string problem;  // why the file cannot be read or parsed, with line and column; empty: no problem
 };
 
-// The path in use: ZEPHRA_REGISTRY, else /etc/zephra/registry.toml.
+// Path of the store's file: the environment variable ZEPHRA_REGISTRY (ignored in set-user-ID programs),
+// else /etc/zephra/registry.toml.
 std::string storePath();
 
-// The present state. Costs one stat as long as the file is the same. A new problem goes to the debug log.
+// Returns the current state, never null. An unchanged file costs one stat(2). A new problem is logged to the
+// debug log.
 std::shared_ptr<const StoreState> currentStore();
-
-constexpr std::size_t kMaxStoreBytes = std::size_t{4} << 20;
 
 }  // namespace hostlayer

@@ -14,16 +14,16 @@ std::string joined(std::string_view outer, std::string_view inner) {
     return std::string(outer).append(1, '.').append(inner);
 }
 
-// Turns the tables of one document into instances, keys and values.
-class Reader {
+// Converts the tables of a TOML document into instances, keys and values.
+class DocumentReader {
   public:
-    explicit Reader(StoreContent& content) : m_content(content) {}
+    explicit DocumentReader(StoreContent& content) : m_content(content) {}
 
     void readDocument(const toml::table& document) {
         for (const auto& [name, node] : document) {
             const std::string path(name.str());
             if (!node.is_table()) {
-                oddity(node, path, "stands outside every instance");
+                reportIgnored(node, path, "is outside every instance");
             } else if (path == kHostTable) {
                 readHost(*node.as_table());
             } else {
@@ -45,13 +45,13 @@ class Reader {
     }
 
     void readInstance(const std::string& instance, const toml::table& keys) {
-        StoreInstance& kept = m_content.instances[instance];
+        StoreInstance& content = m_content.instances[instance];
         for (const auto& [name, node] : keys) {
             const std::string key(name.str());
             if (const toml::table* values = node.as_table()) {
-                readKey(joined(instance, key), *values, kept[key]);
+                readKey(joined(instance, key), *values, content[key]);
             } else {
-                oddity(node, joined(instance, key), "stands outside every key");
+                reportIgnored(node, joined(instance, key), "is outside every key");
             }
         }
     }
@@ -72,8 +72,8 @@ class Reader {
         } else if (const auto* truth = node.as_boolean()) {
             key.insert_or_assign(valueName, std::int64_t{truth->get()});
         } else if (node.is_table() || node.is_array()) {
-            oddity(node, path, "is a table or list where a text or number is expected");
-        } else {  // fractions, dates and times are handed out as the text that they are
+            reportIgnored(node, path, "is a table or list where a text or number is expected");
+        } else {  // fractions, dates and times become strings
             std::ostringstream written;
             node.visit([&](const auto& value) {
                 if constexpr (toml::is_value<decltype(value)>) written << value;
@@ -82,9 +82,9 @@ class Reader {
         }
     }
 
-    void oddity(const toml::node& node, const std::string& path, const char* what) {
+    void reportIgnored(const toml::node& node, const std::string& path, const char* reason) {
         m_content.oddities.push_back("line " + std::to_string(node.source().begin.line) + ": " + path + " " +
-                                     what + " and is not read");
+                                     reason + " and is not read");
     }
 
     StoreContent& m_content;
@@ -94,7 +94,7 @@ class Reader {
 
 bool parseStore(std::string_view text, StoreContent& content, std::string& problem) {
     try {
-        Reader(content).readDocument(toml::parse(text));
+        DocumentReader(content).readDocument(toml::parse(text));
         return true;
     } catch (const toml::parse_error& error) {
         const toml::source_position& where = error.source().begin;

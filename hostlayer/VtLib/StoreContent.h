@@ -1,4 +1,4 @@
-// What a configuration store's text says.
+// Content of a configuration store: a TOML 1.0 document with one table per instance and one subtable per key.
 #pragma once
 
 #include <cstdint>
@@ -19,16 +19,17 @@ struct StoreContent {
     StoreInstances instances;
     StoreKey settings;                  // [host]
     StoreKey programs;                  // [host.programs]
-    std::vector<std::string> oddities;  // what stands at a place where no value is looked for, with its line
+    std::vector<std::string> oddities;  // entries ignored because of their place or type, with their line
 };
 
-// True and the content, or false and the problem with its line and column.
+// Parses a store into `content`. False, with line and column of the syntax error in `problem`, if the text is
+// not TOML.
 bool parseStore(std::string_view text, StoreContent& content, std::string& problem);
 
-// A text as it is, a number in decimal digits.
+// Returns a string value unchanged, a number as decimal digits.
 std::string textOf(const StoreValue& value);
 
-// The value of that name; null when there is none.
+// Returns the key's value of that name, owned by the key, or null.
 const StoreValue* findValue(const StoreKey& key, std::string_view valueName);
 
 }  // namespace hostlayer

@@ -8,7 +8,7 @@
 namespace hostlayer {
 namespace {
 
-// A basic string (TOML 1.0, "String").
+// Returns the text as a basic string (TOML 1.0, "String").
 std::string quoted(std::string_view text) {
     std::string literal = "\"";
     for (const char character : text) {
@@ -25,7 +25,8 @@ std::string quoted(std::string_view text) {
     return literal + '"';
 }
 
-// A name as people write it: bare where it can be, in single quotes where they do.
+// Returns the name as a key (TOML 1.0, "Keys") in the most readable form: bare, else as a literal string,
+// else as a basic string.
 std::string nameText(std::string_view name) {
     const auto isBare = [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
@@ -44,7 +45,7 @@ std::string valueText(const StoreValue& value) {
     return text != nullptr ? quoted(*text) : textOf(value);
 }
 
-// Columns count characters, not bytes.
+// Byte offset of a parser position, whose column counts characters.
 std::size_t offsetOf(std::string_view text, const toml::source_position& position) {
     std::size_t offset = 0;
     for (toml::source_index line = 1; line < position.line && offset < text.size(); ++line)
@@ -56,7 +57,8 @@ std::size_t offsetOf(std::string_view text, const toml::source_position& positio
     return offset;
 }
 
-// One change: tried in several ways, of which the first that has the wanted effect, and no other, is taken.
+// A change of one value. Each way of making it yields a candidate text; the first one that parses to the
+// wanted document is the result.
 class Edit {
   public:
     Edit(const std::string& text, const std::vector<std::string>& tables, const std::string& name,
@@ -66,8 +68,8 @@ class Edit {
     bool apply(std::string& edited) const {
         toml::table wanted = m_document;
         if (!setIn(wanted)) return false;
-        for (const std::string& candidate : {replaced(), inserted(), appended()}) {
-            if (!candidate.empty() && isSame(candidate, wanted)) {
+        for (const std::string& candidate : {withValueReplaced(), withLineInserted(), withTableAppended()}) {
+            if (!candidate.empty() && parsesTo(candidate, wanted)) {
                 edited = candidate;
                 return true;
             }
@@ -86,7 +88,7 @@ class Edit {
         return true;
     }
 
-    static bool isSame(const std::string& candidate, const toml::table& wanted) {
+    static bool parsesTo(const std::string& candidate, const toml::table& wanted) {
         try {
             return toml::parse(candidate) == wanted;
         } catch (const toml::parse_error&) {
@@ -94,7 +96,7 @@ class Edit {
         }
     }
 
-    const toml::table* presentTable() const {
+    const toml::table* existingTable() const {
         const toml::table* table = &m_document;
         for (const std::string& name : m_tables) {
             if (table != nullptr) table = table->get_as<toml::table>(name);
@@ -102,18 +104,19 @@ class Edit {
         return table;
     }
 
-    std::string replaced() const {
-        const toml::table* table = presentTable();
-        const toml::node* present = table != nullptr ? table->get(m_name) : nullptr;
-        if (present == nullptr) return "";
-        const std::size_t begin = offsetOf(m_text, present->source().begin);
-        const std::size_t end = offsetOf(m_text, present->source().end);
+    // Empty when the value does not exist.
+    std::string withValueReplaced() const {
+        const toml::table* table = existingTable();
+        const toml::node* existing = table != nullptr ? table->get(m_name) : nullptr;
+        if (existing == nullptr) return "";
+        const std::size_t begin = offsetOf(m_text, existing->source().begin);
+        const std::size_t end = offsetOf(m_text, existing->source().end);
         return end < begin ? "" : m_text.substr(0, begin) + valueText(m_value) + m_text.substr(end);
     }
 
-    // A line of its own after the table's last value, or after its heading.
-    std::string inserted() const {
-        const toml::table* table = presentTable();
+    // Adds a line after the table's last value, or after its header. Empty when the table does not exist.
+    std::string withLineInserted() const {
+        const toml::table* table = existingTable();
         if (table == nullptr) return "";
         toml::source_position last = table->source().end;
         for (const auto& [name, node] : *table) {
@@ -126,11 +129,11 @@ class Edit {
         return m_text.substr(0, end + 1) + line + m_text.substr(end + 1);
     }
 
-    std::string appended() const {
-        std::string heading;
-        for (const std::string& name : m_tables) heading += (heading.empty() ? "" : ".") + nameText(name);
-        const bool isLineOpen = !m_text.empty() && m_text.back() != '\n';
-        return m_text + (isLineOpen ? "\n" : "") + (m_text.empty() ? "" : "\n") + "[" + heading + "]\n" +
+    std::string withTableAppended() const {
+        std::string header;
+        for (const std::string& name : m_tables) header += (header.empty() ? "" : ".") + nameText(name);
+        const bool lacksLineEnd = !m_text.empty() && m_text.back() != '\n';
+        return m_text + (lacksLineEnd ? "\n" : "") + (m_text.empty() ? "" : "\n") + "[" + header + "]\n" +
                nameText(m_name) + " = " + valueText(m_value) + "\n";
     }
 
@@ -149,7 +152,7 @@ bool editStore(const std::string& text, const std::vector<std::string>& table, c
     if (!parseStore(text, content, problem)) return false;
     if (Edit(text, table, valueName, value).apply(edited)) return true;
     problem = "the value [" + valueName +
-              "] cannot be set without changing more than it, or is no UTF-8 text; set it by hand";
+              "] is not UTF-8, or cannot be set without changing other values; edit the file by hand";
     return false;
 }
 

@@ -1,4 +1,4 @@
-// Changes to a configuration store's text that keep its comments and order.
+// Changing a value in the text of a configuration store (TOML 1.0).
 #pragma once
 
 #include <string>
@@ -8,8 +8,9 @@
 
 namespace hostlayer {
 
-// Sets one value of a table (named from the outside in). The edited text differs in that value alone; where
-// the text has a form in which that cannot be done, the result is false and the problem says so.
+// Sets one value and keeps comments and order: parsed again, `edited` differs from `text` in that value only.
+// `table` names the table from the outermost to the innermost. False, with the reason in `problem`, if the
+// text is not TOML or is written in a form that does not permit such a change.
 bool editStore(const std::string& text, const std::vector<std::string>& table, const std::string& valueName,
                const StoreValue& value, std::string& edited, std::string& problem);
 

@@ -15,11 +15,11 @@ struct Focus {
 };
 
 Focus& focus() {
-    static Focus& only = *new Focus;  // never destroyed: read until the process's last moment
-    return only;
+    static Focus& instance = *new Focus;  // never destroyed: static destructors may still read it
+    return instance;
 }
 
-std::string folder(const char* key, const char* valueName, const std::string& fallback) {
+std::string folderSetting(const char* key, const char* valueName, const std::string& fallback) {
     std::string path;
     if (VTPlatformInfo().getString(key, valueName, &path) == 0 || path.empty()) return fallback;
     while (path.size() > 1 && path.back() == '/') path.pop_back();
@@ -29,11 +29,11 @@ std::string folder(const char* key, const char* valueName, const std::string& fa
 }  // namespace
 
 std::string VTPI_Base::getZephraTempDirectory() const {
-    return folder("Base", "dZEPHRATEMPDIR", kFallbackFolder);
+    return folderSetting("Base", "dZEPHRATEMPDIR", kFallbackFolder);
 }
 
 std::string VTPI_EventManager::getLogFilesDirectory() const {
-    return folder("EventManager", "dEVLOGDIR", m_base.getZephraTempDirectory());
+    return folderSetting("EventManager", "dEVLOGDIR", m_base.getZephraTempDirectory());
 }
 
 void VTPI_Focus::setFocus(const char* instance) {

@@ -11,13 +11,14 @@
 #include "CipherKey.h"
 #include "Nonces.h"
 
-// A record is the text
+// Format of a record:
 //
-//     mark base64(nonce[24] enciphered[n] tag[16])
+//     mark base64(nonce[24] ciphertext[n] tag[16])
 //
-// whose four-character mark tells the format's version and the record's kind and is authenticated as the
-// associated data. The cipher is XChaCha20-Poly1305 (draft-irtf-cfrg-xchacha, section 2.3), taken in its two
-// steps: the key derived from a nonce's first 16 bytes is kept, since neighbouring records share it.
+// The mark is four characters: the record's kind and the format's version. It is the associated data of the
+// authentication. The cipher is XChaCha20-Poly1305 (draft-irtf-cfrg-xchacha, section 2.3), carried out in its
+// two steps: HChaCha20 derives a key from the first 16 bytes of the nonce, ChaCha20-Poly1305 (RFC 8439)
+// encrypts with that key. Consecutive records share those 16 bytes, so that the derived key is kept.
 
 namespace {
 
@@ -40,27 +41,27 @@ const unsigned char* bytesOf(std::string_view text) {
 }  // namespace
 
 struct VTPassword::Impl {
-    ~Impl() { ::sodium_memzero(recordKey, sizeof recordKey); }
+    ~Impl() { ::sodium_memzero(derivedKey, sizeof derivedKey); }
 
-    Error prepare();
-    const unsigned char* keyFor(const unsigned char* nonce);
-    Error seal(std::string_view mark, const char* plain, char* enciphered, unsigned long* size);
-    Error open(std::string_view mark, const char* enciphered, char* plain, unsigned long* size);
-    Error decode(std::string_view mark, std::string_view text, std::size_t room);
+    Error loadKey();
+    const unsigned char* derivedKeyFor(const unsigned char* nonce);
+    Error seal(std::string_view mark, const char* plain, char* encrypted, unsigned long* size);
+    Error open(std::string_view mark, const char* encrypted, char* plain, unsigned long* size);
+    Error decode(std::string_view mark, std::string_view text, std::size_t bufferSize);
 
     hostlayer::CipherKey key;
     hostlayer::Nonces nonces;
-    unsigned char recordKey[crypto_core_hchacha20_OUTPUTBYTES]{};  // derived for keyPrefix
-    unsigned char keyPrefix[kNoncePrefixBytes]{};
-    bool hasRecordKey = false;
-    std::vector<unsigned char> record;  // nonce, enciphered bytes, tag: nothing plain
-    std::string credentials;            // as handed in, enciphered
+    unsigned char derivedKey[crypto_core_hchacha20_OUTPUTBYTES]{};
+    unsigned char derivedKeyPrefix[kNoncePrefixBytes]{};  // the nonce prefix that derivedKey belongs to
+    bool hasDerivedKey = false;
+    std::vector<unsigned char> record;  // nonce, ciphertext and tag; reused to save allocations
+    std::string credentials;            // encrypted, from putEncPwd()
     Error lastError = kNoError;
 };
 
 namespace {
 
-// The nonce's last 8 bytes, after four of zero, are the nonce under the derived key.
+// The nonce of the inner ChaCha20-Poly1305: four zero bytes and the last 8 bytes of the record's nonce.
 struct InnerNonce {
     explicit InnerNonce(const unsigned char* nonce) { std::memcpy(bytes + 4, nonce + kNoncePrefixBytes, 8); }
     unsigned char bytes[crypto_aead_chacha20poly1305_IETF_NPUBBYTES]{};
@@ -68,23 +69,23 @@ struct InnerNonce {
 
 }  // namespace
 
-VTPassword::Error VTPassword::Impl::prepare() {
-    return hostlayer::startCipherLibrary() ? key.load() : kCipherUnavailable;
+VTPassword::Error VTPassword::Impl::loadKey() {
+    return hostlayer::initializeSodium() ? key.load() : kCipherUnavailable;
 }
 
-const unsigned char* VTPassword::Impl::keyFor(const unsigned char* nonce) {
-    if (!hasRecordKey || std::memcmp(keyPrefix, nonce, kNoncePrefixBytes) != 0) {
-        ::crypto_core_hchacha20(recordKey, nonce, key.bytes(), nullptr);
-        std::memcpy(keyPrefix, nonce, kNoncePrefixBytes);
-        hasRecordKey = true;
+const unsigned char* VTPassword::Impl::derivedKeyFor(const unsigned char* nonce) {
+    if (!hasDerivedKey || std::memcmp(derivedKeyPrefix, nonce, kNoncePrefixBytes) != 0) {
+        ::crypto_core_hchacha20(derivedKey, nonce, key.bytes(), /*c=*/nullptr);
+        std::memcpy(derivedKeyPrefix, nonce, kNoncePrefixBytes);
+        hasDerivedKey = true;
     }
-    return recordKey;
+    return derivedKey;
 }
 
-VTPassword::Error VTPassword::Impl::seal(std::string_view mark, const char* plain, char* enciphered,
+VTPassword::Error VTPassword::Impl::seal(std::string_view mark, const char* plain, char* encrypted,
                                          unsigned long* size) {
-    if (enciphered == nullptr || size == nullptr) return kBufferTooSmall;
-    if (const Error error = prepare(); error != kNoError) return error;
+    if (encrypted == nullptr || size == nullptr) return kBufferTooSmall;
+    if (const Error error = loadKey(); error != kNoError) return error;
     const std::string_view text(plain != nullptr ? plain : "");
     const std::size_t recordBytes = kNonceBytes + text.size() + kTagBytes;
     const std::size_t length = kMarkLength + hostlayer::base64Length(recordBytes);
@@ -94,39 +95,40 @@ VTPassword::Error VTPassword::Impl::seal(std::string_view mark, const char* plai
     const InnerNonce inner(record.data());
     ::crypto_aead_chacha20poly1305_ietf_encrypt(record.data() + kNonceBytes, nullptr, bytesOf(text),
                                                 text.size(), bytesOf(mark), mark.size(), nullptr, inner.bytes,
-                                                keyFor(record.data()));
-    mark.copy(enciphered, kMarkLength);
-    hostlayer::encodeBase64(record.data(), recordBytes, enciphered + kMarkLength);
-    enciphered[length] = '\0';
+                                                derivedKeyFor(record.data()));
+    mark.copy(encrypted, kMarkLength);
+    hostlayer::encodeBase64(record.data(), recordBytes, encrypted + kMarkLength);
+    encrypted[length] = '\0';
     *size = length;
     return kNoError;
 }
 
-// Text to record; everything that can be told without the key is told here.
-VTPassword::Error VTPassword::Impl::decode(std::string_view mark, std::string_view text, std::size_t room) {
-    const std::string_view found = text.substr(0, kMarkLength);
-    if (!isAnyMark(found)) return kNotARecord;
-    if (found != mark) return kWrongKind;
+// Decodes the text into `record`. Finds all errors that can be found without the key.
+VTPassword::Error VTPassword::Impl::decode(std::string_view mark, std::string_view text,
+                                           std::size_t bufferSize) {
+    const std::string_view markInText = text.substr(0, kMarkLength);
+    if (!isAnyMark(markInText)) return kNotARecord;
+    if (markInText != mark) return kWrongKind;
     text.remove_prefix(kMarkLength);
     const std::size_t recordBytes = hostlayer::base64ByteCount(text.size());
     if (recordBytes < kNonceBytes + kTagBytes) return kRecordCut;
-    if (recordBytes - kNonceBytes - kTagBytes + 1 > room) return kBufferTooSmall;
+    if (recordBytes - kNonceBytes - kTagBytes + 1 > bufferSize) return kBufferTooSmall;
     record.resize(recordBytes);
     return hostlayer::decodeBase64(text, record.data()) ? kNoError : kNotARecord;
 }
 
-VTPassword::Error VTPassword::Impl::open(std::string_view mark, const char* enciphered, char* plain,
+VTPassword::Error VTPassword::Impl::open(std::string_view mark, const char* encrypted, char* plain,
                                          unsigned long* size) {
     if (plain == nullptr || size == nullptr) return kBufferTooSmall;
-    if (const Error error = decode(mark, enciphered != nullptr ? enciphered : "", *size); error != kNoError)
+    if (const Error error = decode(mark, encrypted != nullptr ? encrypted : "", *size); error != kNoError)
         return error;
-    if (const Error error = prepare(); error != kNoError) return error;
+    if (const Error error = loadKey(); error != kNoError) return error;
     const InnerNonce inner(record.data());
     const std::size_t length = record.size() - kNonceBytes - kTagBytes;
     const int result = ::crypto_aead_chacha20poly1305_ietf_decrypt(
         reinterpret_cast<unsigned char*>(plain), nullptr, nullptr, record.data() + kNonceBytes,
-        length + kTagBytes, bytesOf(mark), mark.size(), inner.bytes, keyFor(record.data()));
-    if (result != 0) return kNotAuthentic;  // the library has written nothing plain
+        length + kTagBytes, bytesOf(mark), mark.size(), inner.bytes, derivedKeyFor(record.data()));
+    if (result != 0) return kNotAuthentic;  // libsodium leaves no plain text in the buffer
     plain[length] = '\0';
     *size = length;
     return kNoError;
@@ -134,10 +136,11 @@ VTPassword::Error VTPassword::Impl::open(std::string_view mark, const char* enci
 
 namespace {
 
-// A failure leaves an empty text in the output.
+// Returns 1 for success. Otherwise empties the output buffer and returns 0.
 int resultOf(VTPassword::Error error, char* output, const unsigned long* size) {
-    if (error != VTPassword::kNoError && output != nullptr && size != nullptr && *size > 0) *output = '\0';
-    return error == VTPassword::kNoError ? 1 : 0;
+    if (error == VTPassword::kNoError) return 1;
+    if (output != nullptr && size != nullptr && *size > 0) *output = '\0';
+    return 0;
 }
 
 }  // namespace
@@ -146,8 +149,8 @@ VTPassword::VTPassword() : m_impl(std::make_unique<Impl>()) {}
 
 VTPassword::~VTPassword() = default;
 
-void VTPassword::putEncPwd(const char* enciphered) {
-    m_impl->credentials = enciphered != nullptr ? enciphered : "";
+void VTPassword::putEncPwd(const char* encrypted) {
+    m_impl->credentials = encrypted != nullptr ? encrypted : "";
 }
 
 int VTPassword::decrypt(char* plain, unsigned long* size) {
@@ -155,18 +158,18 @@ int VTPassword::decrypt(char* plain, unsigned long* size) {
     return resultOf(m_impl->lastError, plain, size);
 }
 
-int VTPassword::encryptPwd(const char* plain, char* enciphered, unsigned long* size) {
-    m_impl->lastError = m_impl->seal(kCredentialsMark, plain, enciphered, size);
-    return resultOf(m_impl->lastError, enciphered, size);
+int VTPassword::encryptPwd(const char* plain, char* encrypted, unsigned long* size) {
+    m_impl->lastError = m_impl->seal(kCredentialsMark, plain, encrypted, size);
+    return resultOf(m_impl->lastError, encrypted, size);
 }
 
-int VTPassword::encrypt(const char* plain, char* enciphered, unsigned long* size) {
-    m_impl->lastError = m_impl->seal(kFileMark, plain, enciphered, size);
-    return resultOf(m_impl->lastError, enciphered, size);
+int VTPassword::encrypt(const char* plain, char* encrypted, unsigned long* size) {
+    m_impl->lastError = m_impl->seal(kFileMark, plain, encrypted, size);
+    return resultOf(m_impl->lastError, encrypted, size);
 }
 
-int VTPassword::decrypt(const char* enciphered, char* plain, unsigned long* size) {
-    m_impl->lastError = m_impl->open(kFileMark, enciphered, plain, size);
+int VTPassword::decrypt(const char* encrypted, char* plain, unsigned long* size) {
+    m_impl->lastError = m_impl->open(kFileMark, encrypted, plain, size);
     return resultOf(m_impl->lastError, plain, size);
 }
 

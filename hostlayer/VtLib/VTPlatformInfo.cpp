@@ -1,7 +1,6 @@
 #include "VTPlatformInfo.h"
 
 #include <charconv>
-#include <cstring>
 #include <string_view>
 
 #include "Store.h"
@@ -15,13 +14,13 @@ using StatePointer = std::shared_ptr<const hostlayer::StoreState>;
 constexpr std::string_view kDefaultInstance = "Instance001";
 constexpr std::string_view kInstallationRoot = "SOFTWARE\\Veltrane Systems\\Zephra";
 
-std::string instanceOrDefault(const std::string& named) {
-    if (!named.empty()) return named;
+std::string instanceOrDefault(const std::string& instance) {
+    if (!instance.empty()) return instance;
     std::string focus = VTPI_Focus::getFocus();
     return focus.empty() ? std::string(kDefaultInstance) : focus;
 }
 
-// The key's values in that state of the store; null when there is no such key.
+// Returns the key's values, owned by the state, or null.
 const hostlayer::StoreKey* findKey(const StatePointer& state, const std::string& instance, const char* key) {
     if (!state->content || key == nullptr) return nullptr;
     const auto keys = state->content->instances.find(instanceOrDefault(instance));
@@ -30,14 +29,15 @@ const hostlayer::StoreKey* findKey(const StatePointer& state, const std::string&
     return values != keys->second.end() ? &values->second : nullptr;
 }
 
-const StoreValue* findIn(const StatePointer& state, const std::string& instance, const char* key,
-                         const char* valueName) {
+// Returns the value, owned by the state, or null.
+const StoreValue* findValueOf(const StatePointer& state, const std::string& instance, const char* key,
+                              const char* valueName) {
     const hostlayer::StoreKey* values = findKey(state, instance, key);
     return values != nullptr && valueName != nullptr ? hostlayer::findValue(*values, valueName) : nullptr;
 }
 
-// A text that is wholly a decimal or 0x number.
-bool numberOf(std::string_view text, std::uint64_t& number) {
+// Parses a decimal or 0x number. False if the text is anything else.
+bool parseNumber(std::string_view text, std::uint64_t& number) {
     const bool isHex = text.starts_with("0x") || text.starts_with("0X");
     if (isHex) text.remove_prefix(2);
     const char* end = text.data() + text.size();
@@ -45,15 +45,12 @@ bool numberOf(std::string_view text, std::uint64_t& number) {
     return error == std::errc() && stop == end;
 }
 
-// A number takes 4 bytes when it fits into them, else 8; text is counted without its NUL.
-std::string_view bytesOf(const StoreValue& value, std::uint64_t& room) {
-    if (const auto* text = std::get_if<std::string>(&value)) return *text;
-    room = static_cast<std::uint64_t>(std::get<std::int64_t>(value));
-    const std::size_t width = room <= 0xFFFFFFFFU ? 4 : 8;
-    unsigned char little[8];
-    for (std::size_t i = 0; i < sizeof little; ++i) little[i] = static_cast<unsigned char>(room >> (8 * i));
-    std::memcpy(&room, little, sizeof little);
-    return {reinterpret_cast<const char*>(&room), width};
+// Little-endian bytes of a number: 4 if it fits into them, else 8.
+std::string littleEndian(std::uint64_t number) {
+    const std::size_t width = number <= 0xFFFFFFFFU ? 4 : 8;
+    std::string bytes;
+    for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFF);
+    return bytes;
 }
 
 }  // namespace
@@ -64,7 +61,7 @@ VTPlatformInfo::VTPlatformInfo(const char* instance) : m_instance(instance != nu
 
 int VTPlatformInfo::getString(const char* key, const char* valueName, std::string* value) const {
     const StatePointer state = hostlayer::currentStore();
-    const StoreValue* found = findIn(state, m_instance, key, valueName);
+    const StoreValue* found = findValueOf(state, m_instance, key, valueName);
     if (found == nullptr || value == nullptr) return 0;
     *value = hostlayer::textOf(*found);
     return 1;
@@ -72,14 +69,14 @@ int VTPlatformInfo::getString(const char* key, const char* valueName, std::strin
 
 int VTPlatformInfo::getNumber(const char* key, const char* valueName, std::uint64_t* value) const {
     const StatePointer state = hostlayer::currentStore();
-    const StoreValue* found = findIn(state, m_instance, key, valueName);
+    const StoreValue* found = findValueOf(state, m_instance, key, valueName);
     if (found == nullptr || value == nullptr) return 0;
     if (const auto* number = std::get_if<std::int64_t>(found)) {
         *value = static_cast<std::uint64_t>(*number);
         return 1;
     }
     std::uint64_t number = 0;
-    if (!numberOf(std::get<std::string>(*found), number)) return 0;
+    if (!parseNumber(std::get<std::string>(*found), number)) return 0;
     *value = number;
     return 1;
 }
@@ -87,15 +84,15 @@ int VTPlatformInfo::getNumber(const char* key, const char* valueName, std::uint6
 int VTPlatformInfo::getRegValue(const char* key, const char* valueName, unsigned long* type, char* buffer,
                                 unsigned long size) const {
     const StatePointer state = hostlayer::currentStore();
-    const StoreValue* found = findIn(state, m_instance, key, valueName);
+    const StoreValue* found = findValueOf(state, m_instance, key, valueName);
     if (found == nullptr || buffer == nullptr) return 0;
-    std::uint64_t room = 0;
-    const std::string_view bytes = bytesOf(*found, room);
-    if (bytes.size() > size) return 0;
-    const bool isText = std::holds_alternative<std::string>(*found);
-    std::memcpy(buffer, bytes.data(), bytes.size());
-    if (isText && bytes.size() < size) buffer[bytes.size()] = '\0';
-    if (type != nullptr) *type = isText ? kText : kNumber;
+    const auto* number = std::get_if<std::int64_t>(found);
+    const std::string bytes =
+        number != nullptr ? littleEndian(static_cast<std::uint64_t>(*number)) : std::get<std::string>(*found);
+    if (bytes.size() > size) return 0;  // the NUL of a string is optional
+    bytes.copy(buffer, bytes.size());
+    if (number == nullptr && bytes.size() < size) buffer[bytes.size()] = '\0';
+    if (type != nullptr) *type = number == nullptr ? kText : kNumber;
     return 1;
 }
 

@@ -23,12 +23,13 @@ bool isPort(std::string_view text) {
     return error == std::errc() && stop == end && port >= 1 && port <= 65535;
 }
 
-// The drivers differ in how they read a connection string.
+// A driver's notation of attributes.
 struct Dialect {
     bool isFreeTds;
 
-    // Microsoft's driver wants a closing brace in a value doubled. FreeTDS takes it as it is: the value ends
-    // at the first closing brace that a semicolon or the string's end follows.
+    // Microsoft's driver follows ODBC and reads }} as a closing brace. FreeTDS reads braces literally: a
+    // value ends at the first one that a semicolon or the end of the string follows. False for a value that
+    // has no notation.
     bool append(std::string& text, std::string_view keyword, std::string_view value) const {
         if (isFreeTds && value.find("};") != std::string_view::npos) return false;
         text.append(keyword).append("={");
@@ -37,8 +38,8 @@ struct Dialect {
         return true;
     }
 
-    // FreeTDS wants the port apart. An instance without a port is left to the driver, which asks the browser
-    // service of that host for the instance's port.
+    // FreeTDS has an attribute for the port. For an instance without a port, the driver asks the host's SQL
+    // Server Browser service.
     bool appendServer(std::string& text, const ServerAddress& server) const {
         std::string host = server.host;
         if (!server.instance.empty()) host += "\\" + server.instance;
@@ -50,13 +51,14 @@ struct Dialect {
         return true;
     }
 
-    const char* encryption(bool isWanted) const {
-        if (isFreeTds) return isWanted ? "Encryption=require;" : "";
-        return isWanted ? "Encrypt=yes;" : "Encrypt=no;";
+    const char* encryption(bool encrypt) const {
+        if (isFreeTds) return encrypt ? "Encryption=require;" : "";
+        return encrypt ? "Encrypt=yes;" : "Encrypt=no;";
     }
 };
 
-std::size_t longestText(const ConnectionSettings& settings, const ConnectionRequest& request) {
+// Upper bound of the connection string's length: every character may be doubled.
+std::size_t longestConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request) {
     constexpr std::size_t kKeywords = 256;
     const ServerAddress& server = request.server;
     return kKeywords + settings.attributes.size() +
@@ -74,7 +76,7 @@ bool parseServer(std::string_view server, ServerAddress& address, std::string& p
         address.port = server.substr(comma + 1);
         server = server.substr(0, comma);
         if (!isPort(address.port)) {
-            problem = "The port after the comma of the server [" + std::string(server) + "] is none";
+            problem = "The port of the server [" + std::string(server) + "] is not a number from 1 to 65535";
             return false;
         }
     }
@@ -83,32 +85,33 @@ bool parseServer(std::string_view server, ServerAddress& address, std::string& p
     if (backslash != std::string_view::npos && address.port.empty())
         address.instance = server.substr(backslash + 1);
     if (address.host == "." || address.host == "(local)") address.host = "localhost";
-    if (address.host.empty()) problem = "No server is named";
-    return !address.host.empty();
+    if (!address.host.empty()) return true;
+    problem = "The server has no name";
+    return false;
 }
 
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem) {
     const Dialect dialect{containsIgnoringCase(settings.driver, "tds")};
-    std::string made;
-    made.reserve(longestText(settings, request));  // nothing of a password is left behind where it has grown
-    bool isDone = dialect.append(made, "Driver", settings.driver) &&
-                  dialect.appendServer(made, request.server) &&
-                  dialect.append(made, "Database", request.database);
+    std::string result;
+    result.reserve(longestConnectionString(settings, request));  // growing would leave copies of the password
+    bool isRepresentable = dialect.append(result, "Driver", settings.driver) &&
+                           dialect.appendServer(result, request.server) &&
+                           dialect.append(result, "Database", request.database);
     if (request.windowsAuthentication) {
-        made += "Trusted_Connection=yes;";
+        result += "Trusted_Connection=yes;";
     } else {
-        isDone = isDone && dialect.append(made, "UID", request.user) &&
-                 dialect.append(made, "PWD", request.password);
+        isRepresentable = isRepresentable && dialect.append(result, "UID", request.user) &&
+                          dialect.append(result, "PWD", request.password);
     }
-    if (!isDone) {
-        problem = "A value for the connection holds \"};\", which the FreeTDS driver cannot be given";
+    if (!isRepresentable) {
+        problem = "A value of the connection contains \"};\", for which the FreeTDS driver has no notation";
         return false;
     }
-    // The store's own wish for encryption is the stronger one.
-    if (!containsIgnoringCase(settings.attributes, "encrypt")) made += dialect.encryption(request.encrypt);
-    made += settings.attributes;
-    text = std::move(made);
+    // The store's setting for encryption takes precedence.
+    if (!containsIgnoringCase(settings.attributes, "encrypt")) result += dialect.encryption(request.encrypt);
+    result += settings.attributes;
+    text = std::move(result);
     return true;
 }
 

@@ -1,4 +1,6 @@
-// ODBC connection strings (ODBC Programmer's Reference, SQLDriverConnect) for SQL Server drivers.
+// Connection strings for SQL Server's ODBC drivers (ODBC Programmer's Reference, SQLDriverConnect: attributes
+// `keyword=value;`, a value with special characters between braces, a closing brace in it doubled). All
+// strings are UTF-8.
 #pragma once
 
 #include <string>
@@ -6,32 +8,35 @@
 
 namespace hostlayer {
 
-// Where a server listens, from the way SQL Server people write it.
 struct ServerAddress {
     std::string host;
-    std::string instance;  // empty: none, or a port makes it needless
-    std::string port;      // empty: the driver finds it
+    std::string instance;  // empty: the default instance, or a port is given
+    std::string port;      // empty: the default port, or the one of the named instance
 };
 
-// Takes `host`, `host\instance`, `host,port`, each also after `tcp:`; `.` and `(local)` are this machine.
-// False and the reason for anything else.
+// Parses `host`, `host\instance`, `host,port` and `host\instance,port`, each also after `tcp:`. The hosts `.`
+// and
+// `(local)` become `localhost`; a port replaces the instance. False, with the reason in `problem`, without a
+// host or with a port that is not a number from 1 to 65535.
 bool parseServer(std::string_view server, ServerAddress& address, std::string& problem);
 
 struct ConnectionSettings {
-    std::string driver;      // a name in odbcinst.ini, or a driver library's path
-    std::string attributes;  // put into every connection string as they stand
+    std::string driver;      // a name of odbcinst.ini, or the path of a driver library
+    std::string attributes;  // appended to every connection string unchanged
 };
 
+// The strings that are views must outlive the request.
 struct ConnectionRequest {
     ServerAddress server;
     std::string_view database;
     std::string_view user;
     std::string_view password;
-    bool windowsAuthentication = false;
-    bool encrypt = false;
+    bool windowsAuthentication = false;  // user and password are not used
+    bool encrypt = false;                // not used if the settings' attributes set encryption
 };
 
-// False and the reason when a value cannot be handed to the driver; no reason quotes a value.
+// Builds the connection string, `text`, which holds the password. False, with the reason in `problem`, when
+// the driver has no notation for one of the values. The reason does not quote the value.
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem);
 

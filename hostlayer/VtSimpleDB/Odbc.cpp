@@ -12,14 +12,15 @@ namespace {
 
 constexpr int kErrorLevel = 1;
 constexpr int kTraceLevel = 3;
-constexpr SQLSMALLINT kMaxRecords = 1000;  // a batch may print without end
+constexpr SQLSMALLINT kMaxRecords = 1000;         // a batch may print any number of lines
+constexpr std::size_t kUsualMessageLength = 512;  // UTF-16 units
 
-// One record's text, of whatever length; false when there is no such record.
+// Reads one diagnostic record as "SQLSTATE (native number) message". False when there is no such record.
 bool diagnosticText(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, std::string& text) {
     std::u16string state(SQL_SQLSTATE_SIZE, u'\0');
     SQLINTEGER native = 0;
     SQLSMALLINT length = 0;
-    std::u16string message(512, u'\0');
+    std::u16string message(kUsualMessageLength, u'\0');
     const auto read = [&] {
         return ::SQLGetDiagRecW(type, handle, number, odbcText(state), &native, odbcText(message),
                                 static_cast<SQLSMALLINT>(message.size()), &length);
@@ -42,7 +43,8 @@ void logDiagnostics(SQLSMALLINT type, SQLHANDLE handle, int level, const char* a
     SQLSMALLINT number = 1;
     for (; number <= kMaxRecords && diagnosticText(type, handle, number, text); ++number)
         log.DebugLevel(level, "%s: %s", action, text.c_str());
-    if (number == 1 && level == kErrorLevel) log.DebugLevel(level, "%s failed without a reason", action);
+    const bool hasRecords = number > 1;
+    if (!hasRecords && level == kErrorLevel) log.DebugLevel(level, "%s failed without a diagnostic", action);
 }
 
 }  // namespace
@@ -51,7 +53,7 @@ OdbcHandle::OdbcHandle(SQLSMALLINT type, SQLHANDLE parent) : m_type(type) {
     if (!SQL_SUCCEEDED(::SQLAllocHandle(type, parent, &m_handle))) m_handle = nullptr;
 }
 
-// One at a time: unixODBC notes the paths of its configuration then, in variables that it does not guard.
+// Serialised: unixODBC stores the paths of its configuration in unprotected static variables meanwhile.
 OdbcHandle OdbcHandle::environment() {
     static std::mutex guard;
     const std::lock_guard lock(guard);
@@ -68,12 +70,12 @@ bool OdbcHandle::check(SQLRETURN result, const char* action) const {
     return result == SQL_SUCCESS_WITH_INFO;
 }
 
-bool OdbcHandle::leftError() const {
-    constexpr std::string_view kWarning = "01";  // the class of SQLSTATE
+bool OdbcHandle::hasErrorRecord() const {
+    constexpr std::string_view kWarningClass = "01";  // first two characters of the SQLSTATE
     std::string text;
     for (SQLSMALLINT number = 1; number <= kMaxRecords; ++number) {
         if (!diagnosticText(m_type, m_handle, number, text)) return false;
-        if (!text.starts_with(kWarning)) return true;
+        if (!text.starts_with(kWarningClass)) return true;
     }
     return false;
 }

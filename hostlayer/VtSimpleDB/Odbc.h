@@ -1,4 +1,4 @@
-// ODBC handles, and the one check that every call goes through.
+// Owner of an ODBC handle, and the check of every ODBC call.
 #pragma once
 
 #include <sql.h>
@@ -10,23 +10,26 @@
 
 namespace hostlayer {
 
-// A number where ODBC takes numbers and pointers in one argument.
+// An integer attribute value: ODBC passes integers and pointers in the same argument.
 inline SQLPOINTER odbcNumber(SQLULEN number) {
-    return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr): the interface is so
+    return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr): as ODBC defines it
 }
 
-// A text where ODBC takes and hands out UTF-16.
+// The string's buffer, in the type of ODBC's UTF-16 functions.
 static_assert(sizeof(SQLWCHAR) == sizeof(char16_t));
 inline SQLWCHAR* odbcText(std::u16string& text) {
     return reinterpret_cast<SQLWCHAR*>(text.data());
 }
 
-// Owns a handle of any kind.
+// Move-only owner of a handle of any type. Frees it without disconnecting.
 class OdbcHandle {
   public:
     OdbcHandle() = default;
-    OdbcHandle(SQLSMALLINT type, SQLHANDLE parent);  // empty when it cannot be made
-    static OdbcHandle environment();                 // the same
+
+    // Both are empty when the driver manager cannot allocate the handle. `parent` must outlive the handle.
+    OdbcHandle(SQLSMALLINT type, SQLHANDLE parent);
+    static OdbcHandle environment();
+
     OdbcHandle(OdbcHandle&& other) noexcept
         : m_type(other.m_type), m_handle(std::exchange(other.m_handle, nullptr)) {}
     OdbcHandle& operator=(OdbcHandle&& other) noexcept {
@@ -39,13 +42,14 @@ class OdbcHandle {
     explicit operator bool() const { return m_handle != nullptr; }
     SQLHANDLE get() const { return m_handle; }
 
-    // True unless the call on this handle failed. Every diagnostic record that it left (SQLSTATE, native
-    // number, text) goes to the debug log; `action` says there what was done.
+    // Returns whether an ODBC call on this handle succeeded. Logs all its diagnostic records (SQLSTATE,
+    // native error number, text) to the debug log under the name `action`: errors at level 1, information at
+    // level 3.
     bool check(SQLRETURN result, const char* action) const;
 
-    // True when the last call left the record of an error, whatever it returned: a block of rows that an
-    // error ended is a success to a driver.
-    bool leftError() const;
+    // True if one of the last call's diagnostic records is an error. Drivers return success for a block of
+    // rows that an error has cut short.
+    bool hasErrorRecord() const;
 
   private:
     SQLSMALLINT m_type = 0;

@@ -8,39 +8,44 @@
 namespace hostlayer {
 namespace {
 
-constexpr std::size_t kBytesPerCharacter = 4;  // of UTF-8
-constexpr std::size_t kLongestBound = 8000;  // characters or bytes; the server's longest column with a bound
-constexpr std::size_t kUncounted = 8;  // drivers leave out a decimal's leading zero and digits of a real
+constexpr std::size_t kBytesPerCharacter = 4;     // of UTF-8, at most
+constexpr std::size_t kLongestDeclared = 8000;    // longest length of a column that is not a (max) type
+constexpr std::size_t kDisplaySizeShortfall = 8;  // drivers omit a decimal's leading zero and a real's digits
+constexpr int kErrorLevel = 1;                    // of the debug log
 constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
 constexpr std::size_t kBlockRows = 128;
 constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
-constexpr std::size_t kLongestValue = std::size_t{2} << 30;  // the server's own limit
+constexpr std::size_t kLongestValue = std::size_t{2} << 30;  // limit of SQL Server
+constexpr SQLSMALLINT kFirstDriverType = -100;  // numbers below it are types of one driver: xml, sql_variant
 
 bool isCharacterType(SQLSMALLINT type) {
     return type == SQL_CHAR || type == SQL_VARCHAR || type == SQL_WCHAR || type == SQL_WVARCHAR;
 }
 
-// Types whose values have no useful bound: the long ones and those that only one server knows (xml, variant).
+// Types whose values have no useful length limit.
 bool isLongType(SQLSMALLINT type) {
-    return type == SQL_LONGVARCHAR || type == SQL_WLONGVARCHAR || type == SQL_LONGVARBINARY || type < -100;
+    return type == SQL_LONGVARCHAR || type == SQL_WLONGVARCHAR || type == SQL_LONGVARBINARY ||
+           type < kFirstDriverType;
 }
 
+// ColumnDescription::textBytes of a column.
 std::size_t longestText(SQLSMALLINT type, SQLLEN displaySize) {
     if (isLongType(type) || displaySize <= 0) return 0;
     const auto characters = static_cast<std::size_t>(displaySize);
-    if (type == SQL_BINARY || type == SQL_VARBINARY)
-        return characters <= 2 * kLongestBound ? characters + 1 : 0;
-    if (characters > kLongestBound) return 0;
-    return (isCharacterType(type) ? characters * kBytesPerCharacter : characters + kUncounted) + 1;
+    if (type == SQL_BINARY || type == SQL_VARBINARY)  // two hexadecimal digits a byte
+        return characters <= 2 * kLongestDeclared ? characters + 1 : 0;
+    if (characters > kLongestDeclared) return 0;
+    return (isCharacterType(type) ? characters * kBytesPerCharacter : characters + kDisplaySizeShortfall) + 1;
 }
 
-// One bound column: its values of a block of rows.
+// Buffers of a column for one block of rows.
 struct BoundColumn {
-    std::size_t width = 0;
-    std::unique_ptr<char[]> texts;  // not cleared: only what the driver writes is read
-    std::unique_ptr<SQLLEN[]> lengths;
+    std::size_t width = 0;              // bytes per value
+    std::unique_ptr<char[]> texts;      // uninitialised: only what the driver has written is read
+    std::unique_ptr<SQLLEN[]> lengths;  // bytes, or SQL_NULL_DATA
 };
 
+// Fetches blocks of rows into bound columns.
 class BlockReader : public RowReader {
   public:
     explicit BlockReader(const OdbcHandle& statement) : m_statement(statement) {}
@@ -58,11 +63,12 @@ class BlockReader : public RowReader {
         for (const ColumnDescription& column : columns) rowBytes += column.textBytes;
         const std::size_t rows = std::clamp<std::size_t>(kBlockBytes / rowBytes, 1, kBlockRows);
         m_status.resize(rows);
-        bool isDone = set(SQL_ATTR_ROW_ARRAY_SIZE, odbcNumber(rows)) &&
-                      set(SQL_ATTR_ROWS_FETCHED_PTR, &m_rowCount) &&
-                      set(SQL_ATTR_ROW_STATUS_PTR, m_status.data());
-        for (const ColumnDescription& column : columns) isDone = isDone && bindColumn(column.textBytes, rows);
-        return isDone;
+        bool isBound = setAttribute(SQL_ATTR_ROW_ARRAY_SIZE, odbcNumber(rows)) &&
+                       setAttribute(SQL_ATTR_ROWS_FETCHED_PTR, &m_rowCount) &&
+                       setAttribute(SQL_ATTR_ROW_STATUS_PTR, m_status.data());
+        for (const ColumnDescription& column : columns)
+            isBound = isBound && bindColumn(column.textBytes, rows);
+        return isBound;
     }
 
     Fetched next(std::vector<std::optional<std::string_view>>& values) override {
@@ -77,8 +83,8 @@ class BlockReader : public RowReader {
             if (length == SQL_NULL_DATA) {
                 values[i].reset();
             } else if (length < 0 || static_cast<std::size_t>(length) >= column.width) {
-                EvDebug().DebugLevel(1, "Fetch: a value of column %zu is longer than the column is described",
-                                     i + 1);
+                EvDebug().DebugLevel(
+                    kErrorLevel, "Fetch: a value of column %zu is longer than its description says", i + 1);
                 return Fetched::kFailure;
             } else {
                 values[i].emplace(&column.texts[m_row * column.width], static_cast<std::size_t>(length));
@@ -89,7 +95,7 @@ class BlockReader : public RowReader {
     }
 
   private:
-    bool set(SQLINTEGER attribute, SQLPOINTER value) {
+    bool setAttribute(SQLINTEGER attribute, SQLPOINTER value) {
         return m_statement.check(::SQLSetStmtAttr(m_statement.get(), attribute, value, 0), "Set rowset");
     }
 
@@ -107,21 +113,22 @@ class BlockReader : public RowReader {
     Fetched fetchBlock() {
         m_row = 0;
         m_rowCount = 0;
-        if (m_isBroken) return Fetched::kFailure;
+        if (m_failsAfterBlock) return Fetched::kFailure;
         const SQLRETURN result = ::SQLFetch(m_statement.get());
         if (result == SQL_NO_DATA) return Fetched::kEnd;
-        m_isBroken = result == SQL_SUCCESS_WITH_INFO && m_statement.leftError();
+        m_failsAfterBlock = result == SQL_SUCCESS_WITH_INFO && m_statement.hasErrorRecord();
         return m_statement.check(result, "Fetch") && m_rowCount > 0 ? Fetched::kRow : Fetched::kFailure;
     }
 
     const OdbcHandle& m_statement;
     std::vector<BoundColumn> m_columns;
     std::vector<SQLUSMALLINT> m_status;
-    SQLULEN m_rowCount = 0;
-    SQLULEN m_row = 0;
-    bool m_isBroken = false;  // an error stands behind the rows of this block
+    SQLULEN m_rowCount = 0;          // of the current block
+    SQLULEN m_row = 0;               // the next one in the block
+    bool m_failsAfterBlock = false;  // an error has ended the result set after this block's rows
 };
 
+// Fetches one row at a time and reads its values in pieces.
 class PieceReader : public RowReader {
   public:
     PieceReader(const OdbcHandle& statement, std::size_t columnCount)
@@ -145,7 +152,7 @@ class PieceReader : public RowReader {
         std::string& text = m_texts[index];
         text.clear();
         for (;;) {
-            SQLLEN left = 0;  // before this piece
+            SQLLEN left = 0;  // bytes left before this piece
             const SQLRETURN result =
                 ::SQLGetData(m_statement.get(), static_cast<SQLUSMALLINT>(index + 1), SQL_C_CHAR,
                              m_piece.data(), static_cast<SQLLEN>(m_piece.size()), &left);
@@ -174,11 +181,12 @@ bool describeColumns(const OdbcHandle& statement, std::vector<ColumnDescription>
     for (SQLUSMALLINT i = 1; i <= count; ++i) {
         SQLLEN type = 0;
         SQLLEN size = 0;
-        const auto ask = [&](SQLUSMALLINT field, SQLLEN& answer) {
-            return statement.check(::SQLColAttribute(statement.get(), i, field, nullptr, 0, nullptr, &answer),
+        const auto readAttribute = [&](SQLUSMALLINT field, SQLLEN& value) {
+            return statement.check(::SQLColAttribute(statement.get(), i, field, nullptr, 0, nullptr, &value),
                                    "Describe column");
         };
-        if (!ask(SQL_DESC_CONCISE_TYPE, type) || !ask(SQL_DESC_DISPLAY_SIZE, size)) return false;
+        if (!readAttribute(SQL_DESC_CONCISE_TYPE, type) || !readAttribute(SQL_DESC_DISPLAY_SIZE, size))
+            return false;
         const auto concise = static_cast<SQLSMALLINT>(type);
         columns.push_back({concise, longestText(concise, size)});
     }

@@ -1,4 +1,4 @@
-// The rows of a statement's result set, column by column as UTF-8 text.
+// Reading the rows of a statement's result set, with every value as a UTF-8 string.
 #pragma once
 
 #include <memory>
@@ -14,22 +14,24 @@ enum class Fetched { kRow, kEnd, kFailure };
 
 struct ColumnDescription {
     SQLSMALLINT type = 0;
-    std::size_t textBytes = 0;  // the longest value's text with its NUL; 0: it may be of any length
+    std::size_t textBytes = 0;  // size of the longest value, its NUL included; 0: no limit
 };
 
-// Describes the columns of the statement's present result set.
+// Appends the descriptions of the columns of the statement's current result set. False on a failure.
 bool describeColumns(const OdbcHandle& statement, std::vector<ColumnDescription>& columns);
 
 class RowReader {
   public:
     virtual ~RowReader() = default;
-    // Fills one entry a column; no value means NULL. The texts stay until the next call.
+
+    // Reads the next row into `values`, which has one entry per column; nullopt is NULL. The views are valid
+    // until the next call.
     virtual Fetched next(std::vector<std::optional<std::string_view>>& values) = 0;
 };
 
-// Binds the columns: a block of rows at a time when all of them have a bound on their length, else one row at
-// a time in pieces of whatever number is needed (drivers do not offer both together). Null on a failure.
-// The statement must live longer than the reader.
+// Returns a reader, or null on a failure. Rows are fetched in blocks if the length of every column is
+// limited, else one at a time with long values in pieces: drivers do not support both together. The statement
+// must outlive the reader.
 std::unique_ptr<RowReader> makeRowReader(const OdbcHandle& statement,
                                          const std::vector<ColumnDescription>& columns);
 

@@ -1,5 +1,5 @@
-// UTF-16, in which the driver manager takes and hands out texts whatever the driver and the locale are. It
-// takes the bytes of other texts for Latin-1, those of a connection string for one.
+// Conversion between UTF-8 and UTF-16. unixODBC's UTF-16 functions do not depend on driver and locale; the
+// others treat a connection string as Latin-1.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace hostlayer {
 
-// Makes `wide` the text, up to the first bytes that are not UTF-8. Where those stand; npos when there are
-// none.
+// Converts up to the first bytes that are not UTF-8. Returns their offset, or npos if all was converted.
 std::size_t toUtf16(std::string_view utf8, std::u16string& wide);
 
+// Converts up to the first unit that is not UTF-16.
 std::string toUtf8(std::u16string_view wide);
 
 }  // namespace hostlayer

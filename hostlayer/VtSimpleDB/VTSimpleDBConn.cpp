@@ -22,45 +22,47 @@ using hostlayer::odbcText;
 
 constexpr const char* kDefaultDriver = "FreeTDS";
 constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8";
-constexpr const char* kDefaultLoginTimeout = "15";
-constexpr std::size_t kMaxConnectionString = 32767;
+constexpr SQLULEN kDefaultLoginTimeout = 15;         // seconds
+constexpr std::size_t kMaxConnectionString = 32767;  // bytes; ODBC counts them in 16 bits
+constexpr int kErrorLevel = 1;                       // of the debug log
 
 const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
 void logError(const std::string& text) {
-    EvDebug().DebugLevel(1, "%s", text.c_str());
+    EvDebug().DebugLevel(kErrorLevel, "%s", text.c_str());
 }
 
-// False, and `refusal` goes to the debug log, for a text that is not UTF-8: a DELETE that ended before such
-// bytes would have lost its WHERE.
-bool toWide(const char* text, std::u16string& wide, const char* refusal) {
-    const std::size_t fault = hostlayer::toUtf16(text, wide);
-    if (fault == std::string_view::npos) return true;
-    logError(std::string(refusal) + ": its byte " + std::to_string(fault + 1) + " is not UTF-8");
+// Converts the whole text. If it is not UTF-8, logs `refusal` with the position and returns false: a DELETE
+// cut off there might have lost its WHERE.
+bool convertOrLog(const char* text, std::u16string& wide, const char* refusal) {
+    const std::size_t invalid = hostlayer::toUtf16(text, wide);
+    if (invalid == std::string_view::npos) return true;
+    logError(std::string(refusal) + ": its byte " + std::to_string(invalid + 1) + " is not UTF-8");
     return false;
 }
 
+// Seconds; 0 waits without a limit.
 SQLULEN loginTimeout() {
-    SQLULEN seconds = 15;
-    const std::string text = hostlayer::hostSetting("loginTimeout", kDefaultLoginTimeout);
+    SQLULEN seconds = kDefaultLoginTimeout;
+    const std::string text = hostlayer::hostSetting("loginTimeout", "");
     std::from_chars(text.data(), text.data() + text.size(), seconds);
     return seconds;
 }
 
 }  // namespace
 
-// What a statement and the result that is bound to it share. The connection drops it; a result that is still
-// there then finds it without a handle.
+// A statement that has run. The connection and the result bound to it share it: after finish(), the result
+// has no more rows to read.
 struct OpenStatement {
-    OdbcHandle handle;
-    bool hasRows = false;
+    OdbcHandle handle;     // empty: not run yet, failed or finished
+    bool hasRows = false;  // the current result is a result set
     std::unique_ptr<hostlayer::RowReader> rows;
 
     bool run(SQLHANDLE connection, std::u16string& sql, bool prepared);
-    bool goToFirstRows();
-    void drop();
+    bool skipToFirstRows();
+    void finish();
 };
 
 bool OpenStatement::run(SQLHANDLE connection, std::u16string& sql, bool prepared) {
@@ -71,8 +73,9 @@ bool OpenStatement::run(SQLHANDLE connection, std::u16string& sql, bool prepared
            handle.check(::SQLExecute(handle.get()), "Execute");
 }
 
-// Passes the row counts of statements without rows; their errors come to light here.
-bool OpenStatement::goToFirstRows() {
+// Skips the row counts of statements that return no rows. Errors of these statements are reported here:
+// false.
+bool OpenStatement::skipToFirstRows() {
     for (;;) {
         SQLSMALLINT columns = 0;
         if (!handle.check(::SQLNumResultCols(handle.get(), &columns), "Count columns")) return false;
@@ -84,8 +87,8 @@ bool OpenStatement::goToFirstRows() {
     }
 }
 
-// The batch is read to its end: to break it off would undo or skip statements that stand after its rows.
-void OpenStatement::drop() {
+// Reads the batch to its end: cancelling it would skip or roll back the statements after its first rows.
+void OpenStatement::finish() {
     rows.reset();
     if (!handle) return;
     SQLRETURN result = SQL_SUCCESS;
@@ -113,23 +116,23 @@ bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool read
         return false;
     connection = OdbcHandle(SQL_HANDLE_DBC, environment.get());
     if (!connection) return false;
-    const auto set = [&](SQLINTEGER attribute, SQLULEN value) {
+    const auto setAttribute = [&](SQLINTEGER attribute, SQLULEN value) {
         return connection.check(
             ::SQLSetConnectAttr(connection.get(), attribute, hostlayer::odbcNumber(value), 0), "Set up");
     };
-    if (!set(SQL_ATTR_LOGIN_TIMEOUT, loginTimeout())) return false;
-    if (readOnly && !set(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
-    std::u16string target;
-    isOpen = toWide(connectionString, target, "Connect: the connection string is not used") &&
-             connection.check(::SQLDriverConnectW(connection.get(), nullptr, odbcText(target), SQL_NTS,
-                                                  nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT),
+    if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, loginTimeout())) return false;
+    if (readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
+    std::u16string text;
+    isOpen = convertOrLog(connectionString, text, "Connect: the connection string is not used") &&
+             connection.check(::SQLDriverConnectW(connection.get(), nullptr, odbcText(text), SQL_NTS, nullptr,
+                                                  0, nullptr, SQL_DRIVER_NOPROMPT),
                               "Connect");
-    ::explicit_bzero(target.data(), target.size() * sizeof(char16_t));
+    ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
     return isOpen;
 }
 
 void VTSimpleDBConnObject::Impl::close() {
-    statement->drop();
+    statement->finish();
     if (isOpen) connection.check(::SQLDisconnect(connection.get()), "Disconnect");
     isOpen = false;
     connection = OdbcHandle();
@@ -163,7 +166,7 @@ int VTSimpleDBConnObject::OpenSQLConnectionUsingConnectionString(const char* con
     m_impl->close();
     const std::size_t length = std::strlen(orEmpty(connectionString));
     if (length == 0 || length > kMaxConnectionString) {
-        logError(length == 0 ? "Connect: there is no connection string"
+        logError(length == 0 ? "Connect: the connection string is empty"
                              : "Connect: the connection string is too long");
         return -1;
     }
@@ -179,17 +182,17 @@ int VTSimpleDBConnObject::CloseSQLConnection() {
 
 int VTSimpleDBConnObject::executeQuery(const char* sql, bool prepared) {
     if (!m_impl->isOpen || sql == nullptr) {
-        logError(sql == nullptr ? "Execute: there is no statement" : "Execute: the connection is not open");
+        logError(sql == nullptr ? "Execute: the statement is null" : "Execute: the connection is not open");
         return -1;
     }
-    m_impl->statement->drop();
+    m_impl->statement->finish();
     m_impl->statement = std::make_shared<OpenStatement>();
     std::u16string text;
-    if (!toWide(sql, text, "Execute: the statement is not run")) return -1;
+    if (!convertOrLog(sql, text, "Execute: the statement is not run")) return -1;
     if (m_impl->statement->run(m_impl->connection.get(), text, prepared) &&
-        m_impl->statement->goToFirstRows())
+        m_impl->statement->skipToFirstRows())
         return 0;
-    m_impl->statement->drop();
+    m_impl->statement->finish();
     return -1;
 }
 
@@ -197,7 +200,7 @@ struct VTDBAutoBindResult::Impl {
     std::shared_ptr<OpenStatement> statement;
     std::vector<std::optional<std::string_view>> values;
     std::vector<VTDBDataTypeBase> columns;
-    int state = -1;  // what getNextRow() answers; kept once it is not 0
+    int state = -1;  // the last result of getNextRow(); final once it is not 0
 };
 
 int VTSimpleDBConnObject::autoBind(VTDBAutoBindResult& result) {
@@ -207,7 +210,7 @@ int VTSimpleDBConnObject::autoBind(VTDBAutoBindResult& result) {
     if (statement.handle && !statement.hasRows) return bound.state = 1;
     std::vector<hostlayer::ColumnDescription> columns;
     if (!statement.handle || !describeColumns(statement.handle, columns)) return -1;
-    statement.rows.reset();  // an earlier result's, if there is one
+    statement.rows.reset();  // its destructor unbinds the columns of an earlier result
     statement.rows = hostlayer::makeRowReader(statement.handle, columns);
     if (!statement.rows) return -1;
     bound.statement = m_impl->statement;
@@ -231,15 +234,15 @@ int VTDBAutoBindResult::getNextRow() {
     const Fetched fetched = rows ? rows->next(result.values) : Fetched::kFailure;
     if (fetched != Fetched::kRow) result.state = fetched == Fetched::kEnd ? 1 : -1;
     for (std::size_t i = 0; i < result.columns.size(); ++i) {
-        const bool isThere = result.state == 0 && result.values[i].has_value();
-        result.columns[i].m_null = !isThere;
-        result.columns[i].m_text = isThere ? *result.values[i] : std::string_view();
+        const bool hasValue = result.state == 0 && result.values[i].has_value();
+        result.columns[i].m_null = !hasValue;
+        result.columns[i].m_text = hasValue ? *result.values[i] : std::string_view();
     }
     return result.state;
 }
 
 const VTDBDataTypeBase& VTDBAutoBindResult::column(int index) const {
-    static const VTDBDataTypeBase none;
-    const bool isThere = index >= 0 && index < columnCount();
-    return isThere ? m_impl->columns[static_cast<std::size_t>(index)] : none;
+    static const VTDBDataTypeBase nullColumn;
+    const bool exists = index >= 0 && index < columnCount();
+    return exists ? m_impl->columns[static_cast<std::size_t>(index)] : nullColumn;
 }

@@ -119,7 +119,7 @@ TEST_F(Installation, SaysWhatIsWrongWithAnInstallation) {
     support::writeFile(package, intact.substr(0, intact.size() / 2));
     expectAll({{purge, 3, "", "record"}});
     support::writeFile(package, "#START_SCRIPT#\nSELECT 1\n");
-    expectAll({{purge, 3, "", "no enciphered record"}});
+    expectAll({{purge, 3, "", "not an encrypted record"}});
     support::writeFile(package, intact);
 
     fs::permissions(folder / "cipher.key", fs::perms(0644));
