@@ -83,7 +83,7 @@ TEST(Utf8, FindsTheFirstFault) {
         {"\xED\xA0\x80", 0},
         {"ü\xF4\x90\x80\x80", 2},
     };
-    for (const auto& [text, fault] : cases) EXPECT_EQ(utf8Fault(text), fault) << text;
+    for (const auto& [text, fault] : cases) EXPECT_EQ(firstInvalidUtf8(text), fault) << text;
 }
 
 TEST(Output, WritesUtf16AcrossItsBuffer) {

@@ -12,14 +12,21 @@ namespace sqlcmd {
 namespace {
 
 constexpr std::size_t kMaxIncludeDepth = 32;
-constexpr std::size_t kMaxBatch = std::size_t{256} << 20;  // bytes; no server takes a longer batch
+constexpr std::size_t kMaxBatch = std::size_t{256} << 20;  // bytes; SQL Server accepts less
+constexpr std::string_view kReservedPrefix = "SQLCMD";     // of the variables that hold the tool's options
 
-// Commands from before there was a colon.
+// Commands that are also recognised without a colon, as older tools spell them.
 constexpr std::string_view kWithoutColon[] = {"exit", "quit", "reset"};
 
-// Commands of Microsoft's tool that this one does not have.
+// Commands of Microsoft's tool that this one does not support.
 constexpr std::string_view kNotSupported[] = {"!!",   "connect", "ed",  "error",     "help",
                                               "list", "listvar", "out", "perftrace", "serverlist"};
+
+Step stepOf(Step::Kind kind) {
+    Step step;
+    step.kind = kind;
+    return step;
+}
 
 bool isOneOf(std::span<const std::string_view> names, std::string_view name) {
     return std::any_of(names.begin(), names.end(),
@@ -31,7 +38,7 @@ std::string unquoted(std::string_view text) {
     std::string result;
     for (std::size_t i = 1; i + 1 < text.size(); ++i) {
         result += text[i];
-        if (text[i] == '"' && i + 2 < text.size() && text[i + 1] == '"') ++i;  // "" stands for one
+        if (text[i] == '"' && i + 2 < text.size() && text[i + 1] == '"') ++i;  // "" means one quote
     }
     return result;
 }
@@ -45,24 +52,19 @@ BatchReader::BatchReader(ScriptSource source, Variables& variables, bool expandV
 }
 
 Step BatchReader::next() {
-    Step step;
     while (nextLine()) {
-        int count = 1;
-        if (m_state.inBatchText()) {
-            if (isBatchEnd(m_line, count)) {
-                if (trimmed(m_batch).empty() || count == 0) {
-                    m_batch.clear();
-                    continue;
-                }
-                return batch(count);
-            }
-            const bool isCommand = readCommand(step);
-            if (step.kind != Step::Kind::End) return step;
-            if (isCommand) continue;
+        if (!m_state.inBatchText()) {
+            appendLine();
+        } else if (const std::optional<int> count = batchEndCount(m_line)) {
+            if (hasBatch() && *count > 0) return takeBatch(*count);
+            m_batch.clear();
+        } else if (const std::optional<Step> command = readCommand()) {
+            if (command->kind != Step::Kind::None) return *command;
+        } else {
+            appendLine();
         }
-        appendLine();
     }
-    return trimmed(m_batch).empty() ? Step{} : batch(1);
+    return hasBatch() ? takeBatch(1) : stepOf(Step::Kind::End);
 }
 
 bool BatchReader::nextLine() {
@@ -74,86 +76,91 @@ bool BatchReader::nextLine() {
     return false;
 }
 
-// A line of its own: the word, perhaps how often the batch is to run, and perhaps a comment.
-bool BatchReader::isBatchEnd(std::string_view line, int& count) const {
+// Returns the number of executions if the line ends a batch: the separator, an optional number, an optional
+// comment.
+std::optional<int> BatchReader::batchEndCount(std::string_view line) const {
     line = trimmed(line);
-    if (!equalsIgnoringCase(line.substr(0, m_batchEnd.size()), m_batchEnd)) return false;
+    if (!equalsIgnoringCase(line.substr(0, m_batchEnd.size()), m_batchEnd)) return std::nullopt;
     line.remove_prefix(m_batchEnd.size());
     line = line.substr(0, line.find("--"));
-    if (trimmed(line).empty()) return true;
-    if (kBlanks.find(line.front()) == std::string_view::npos) return false;
+    if (trimmed(line).empty()) return 1;
+    const bool isLongerWord = kBlanks.find(line.front()) == std::string_view::npos;
+    if (isLongerWord) return std::nullopt;
+    int count = 0;
     const std::string number = expanded(trimmed(line));
     const char* end = number.data() + number.size();
     const auto [stop, error] = std::from_chars(number.data(), end, count);
-    return error == std::errc{} && stop == end && count >= 0;
+    const bool isNumber = error == std::errc{} && stop == end && count >= 0;
+    return isNumber ? std::optional(count) : std::nullopt;
 }
 
-// True when the line is a command; what the caller must do about it stands in the step.
-bool BatchReader::readCommand(Step& step) {
+// Returns nullopt if the line is not a command.
+std::optional<Step> BatchReader::readCommand() {
     const std::string_view line = trimmed(m_line);
     const auto nameLength = std::min(line.find_first_of(" \t("), line.size());
     const std::string_view name = line.substr(0, nameLength);
-    if (isOneOf(kWithoutColon, name)) return runCommand(name, line.substr(nameLength), step);
-    if (line.starts_with("!!") || equalsIgnoringCase(line, "ed")) failAtLine(line.substr(0, 2));
-    if (!line.starts_with(':') || line.starts_with("::")) return false;  // ::fn_name() is T-SQL
-    if (!runCommand(name.substr(1), line.substr(nameLength), step)) failAtLine(name);
-    return true;
+    if (isOneOf(kWithoutColon, name)) return runCommand(name, line.substr(nameLength));
+    if (line.starts_with("!!") || equalsIgnoringCase(line, "ed")) throwCommandError(line.substr(0, 2));
+    const bool isCommand = line.starts_with(':') && !line.starts_with("::");  // ::fn_name() is T-SQL
+    if (!isCommand) return std::nullopt;
+    std::optional<Step> step = runCommand(name.substr(1), line.substr(nameLength));
+    if (!step) throwCommandError(name);
+    return step;
 }
 
-bool BatchReader::runCommand(std::string_view name, std::string_view rest, Step& step) {
-    rest = trimmed(rest);
-    if (equalsIgnoringCase(name, "setvar")) return setVariable(rest), true;
-    if (equalsIgnoringCase(name, "r")) return includeFile(rest), true;
-    if (equalsIgnoringCase(name, "exit")) return readExit(rest, step);
-    if (equalsIgnoringCase(name, "reset") && rest.empty()) return m_batch.clear(), true;
-    if (equalsIgnoringCase(name, "quit") && rest.empty()) {
-        step.kind = Step::Kind::Exit;
-        return true;
-    }
-    const auto readSwitch = [&](Step::Kind kind, std::string_view yes, std::string_view no) {
-        step.on = equalsIgnoringCase(rest, yes);
-        if (!step.on && !equalsIgnoringCase(rest, no)) return false;
-        step.kind = kind;
-        return true;
+// Returns nullopt for an unknown name or invalid arguments.
+std::optional<Step> BatchReader::runCommand(std::string_view name, std::string_view arguments) {
+    arguments = trimmed(arguments);
+    if (equalsIgnoringCase(name, "setvar")) return setVariable(arguments), stepOf(Step::Kind::None);
+    if (equalsIgnoringCase(name, "r")) return includeFile(arguments), stepOf(Step::Kind::None);
+    if (equalsIgnoringCase(name, "exit")) return readExit(arguments);
+    if (equalsIgnoringCase(name, "reset") && arguments.empty())
+        return m_batch.clear(), stepOf(Step::Kind::None);
+    if (equalsIgnoringCase(name, "quit") && arguments.empty()) return stepOf(Step::Kind::Exit);
+    const auto readSwitch = [&](Step::Kind kind, std::string_view yes,
+                                std::string_view no) -> std::optional<Step> {
+        Step step = stepOf(kind);
+        step.on = equalsIgnoringCase(arguments, yes);
+        return step.on || equalsIgnoringCase(arguments, no) ? std::optional(step) : std::nullopt;
     };
     if (equalsIgnoringCase(name, "xml")) return readSwitch(Step::Kind::Xml, "on", "off");
-    if (!equalsIgnoringCase(name, "on") || !equalsIgnoringCase(takeWord(rest), "error")) return false;
-    return readSwitch(Step::Kind::OnError, "exit", "ignore");
+    if (equalsIgnoringCase(name, "on") && equalsIgnoringCase(takeWord(arguments), "error"))
+        return readSwitch(Step::Kind::OnError, "exit", "ignore");
+    return std::nullopt;
 }
 
-// :exit ends at once, :exit() runs the batch first, :exit(query) runs both and gives the query's value.
-bool BatchReader::readExit(std::string_view rest, Step& step) {
-    if (rest.empty()) {
-        step.kind = Step::Kind::Exit;
-        return true;
-    }
-    if (rest.size() < 2 || rest.front() != '(' || rest.back() != ')') return false;
-    const std::string_view query = trimmed(rest.substr(1, rest.size() - 2));
+// :exit ends at once. :exit() runs the batch first. :exit(query) runs the batch and the query; the exit code
+// is the query's value.
+std::optional<Step> BatchReader::readExit(std::string_view arguments) {
+    if (arguments.empty()) return stepOf(Step::Kind::Exit);
+    if (arguments.size() < 2 || arguments.front() != '(' || arguments.back() != ')') return std::nullopt;
+    const std::string_view query = trimmed(arguments.substr(1, arguments.size() - 2));
+    Step step = stepOf(Step::Kind::ExitQuery);
     step.on = !query.empty();
     step.text = std::exchange(m_batch, {}) + expanded(query);
-    step.kind = trimmed(step.text).empty() ? Step::Kind::Exit : Step::Kind::ExitQuery;
-    return true;
+    if (trimmed(step.text).empty()) step.kind = Step::Kind::Exit;
+    return step;
 }
 
-void BatchReader::setVariable(std::string_view rest) {
-    const std::string_view name = takeWord(rest);
-    if (!Variables::isName(name)) failAtLine(":setvar");
-    if (equalsIgnoringCase(name.substr(0, 6), "SQLCMD"))  // Microsoft's tool keeps its options in these
+void BatchReader::setVariable(std::string_view arguments) {
+    const std::string_view name = takeWord(arguments);
+    if (!Variables::isName(name)) throwCommandError(":setvar");
+    if (equalsIgnoringCase(name.substr(0, kReservedPrefix.size()), kReservedPrefix))
         throw ToolError("Sqlcmd: Error: ':setvar " + std::string(name) +
                         "' sets no option. Give the option on the command line.");
-    if (rest.empty()) return m_variables.remove(name);
-    m_variables.set(name, expanded(unquoted(rest)));
+    if (arguments.empty()) return m_variables.remove(name);
+    m_variables.set(name, expanded(unquoted(arguments)));
 }
 
-void BatchReader::includeFile(std::string_view rest) {
-    if (rest.empty()) failAtLine(":r");
+void BatchReader::includeFile(std::string_view arguments) {
+    if (arguments.empty()) throwCommandError(":r");
     if (m_sources.size() == kMaxIncludeDepth)
-        throw ToolError("Sqlcmd: Error: ':r' files are nested more than 32 deep at '" + std::string(rest) +
-                        "'. Does a file include itself?");
-    m_sources.push_back(ScriptSource::ofFile(expanded(unquoted(rest))));
+        throw ToolError("Sqlcmd: Error: ':r' files are nested more than 32 deep at '" +
+                        std::string(arguments) + "'. Does a file include itself?");
+    m_sources.push_back(ScriptSource::ofFile(expanded(unquoted(arguments))));
 }
 
-// Follows strings, quoted names and comments, and expands variables everywhere but in comments.
+// Tracks strings, quoted names and comments. Expands variables everywhere but in comments.
 void BatchReader::appendLine() {
     for (std::size_t i = 0; i < m_line.size(); ++i) {
         if (m_state.commentDepth == 0 && expandAt(m_line, i, m_batch)) continue;
@@ -161,16 +168,17 @@ void BatchReader::appendLine() {
             m_batch.append(m_line, i);
             break;
         }
-        scanCharacter(i);
+        appendCharacter(i);
     }
     m_batch += '\n';
     if (m_batch.size() > kMaxBatch)
-        throw ToolError("Sqlcmd: Error: a batch is longer than 256 MB. Divide the script by " + m_batchEnd +
+        throw ToolError("Sqlcmd: Error: a batch is longer than 256 MB. Divide the script with " + m_batchEnd +
                         " lines.");
 }
 
-// Takes one character to the batch, or two that belong together.
-void BatchReader::scanCharacter(std::size_t& i) {
+// Appends the character at i to the batch and updates the lexical state. Two-character tokens are appended
+// whole; i then is at their last character.
+void BatchReader::appendCharacter(std::size_t& i) {
     const char c = m_line[i];
     const char after = i + 1 < m_line.size() ? m_line[i + 1] : '\0';
     m_batch += c;
@@ -198,7 +206,7 @@ std::string BatchReader::expanded(std::string_view text) const {
     return result;
 }
 
-// When a variable stands at i: appends its value and leaves i at its last character.
+// If a variable reference begins at i, appends its value, moves i to its last character and returns true.
 bool BatchReader::expandAt(std::string_view text, std::size_t& i, std::string& out) const {
     if (!m_expandVariables || !text.substr(i).starts_with("$(")) return false;
     const auto end = text.find(')', i);
@@ -212,16 +220,19 @@ bool BatchReader::expandAt(std::string_view text, std::size_t& i, std::string& o
     return true;
 }
 
-Step BatchReader::batch(int count) {
-    Step step;
-    step.kind = Step::Kind::Batch;
+bool BatchReader::hasBatch() const {
+    return !trimmed(m_batch).empty();
+}
+
+Step BatchReader::takeBatch(int count) {
+    Step step = stepOf(Step::Kind::Batch);
     step.text = std::exchange(m_batch, {});
     step.count = count;
     m_state = {};
     return step;
 }
 
-void BatchReader::failAtLine(std::string_view command) const {
+void BatchReader::throwCommandError(std::string_view command) const {
     const ScriptSource& source = m_sources.back();
     const bool isKnown = isOneOf(kNotSupported, command.substr(command.starts_with(':') ? 1 : 0));
     std::string text = std::string("Sqlcmd: Error: ") + (isKnown ? "Unsupported command" : "Syntax error") +

@@ -1,6 +1,7 @@
-// From the lines of scripts to what is to be done: batches and the tool's own commands.
+// Reads scripts: divides their lines into batches and the tool's own commands.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,15 +11,16 @@
 
 namespace sqlcmd {
 
-// One thing that the script asks for.
+// A batch or command that the reader's caller has to carry out.
 struct Step {
     enum class Kind {
         Batch,      // run the text `count` times
-        ExitQuery,  // run the text and end; by `on`, its last row's first column is the exit code
-        Exit,       // end without running what stands in the batch
-        Xml,        // :XML, by `on`
-        OnError,    // :on error, `on` for exit
-        End,        // the script has ended
+        ExitQuery,  // run the text and end; if `on`, the exit code is the first column of its last row
+        Exit,       // end without running the pending batch
+        Xml,        // :XML ON or OFF, as `on`
+        OnError,    // :on error exit (`on`) or ignore
+        None,       // nothing: the reader has carried out the command itself
+        End,        // end of the script
     };
     Kind kind = Kind::End;
     std::string text;
@@ -26,9 +28,9 @@ struct Step {
     bool on = false;
 };
 
-// Inside what a line begins. T-SQL's block comments nest.
+// Lexical state at the beginning of a line. T-SQL's block comments nest.
 struct LexicalState {
-    char closing = 0;      // the character that ends the string or name; 0 outside of them
+    char closing = 0;      // closing character of the string or quoted name; 0 outside of them
     int commentDepth = 0;  // of block comments
 
     bool inBatchText() const { return closing == 0 && commentDepth == 0; }
@@ -36,28 +38,31 @@ struct LexicalState {
 
 class BatchReader {
   public:
-    // Without expandVariables, $(name) is text like any other.
+    // Without `expandVariables`, $(name) is ordinary text. `batchEnd` is the batch separator, usually GO.
+    // `variables` must outlive the reader; :setvar changes them.
     BatchReader(ScriptSource source, Variables& variables, bool expandVariables, std::string batchEnd);
 
-    // Throws ToolError for a command that is not understood and for an undefined variable.
+    // Returns the next step, never one of kind None. Throws ToolError for an invalid or unsupported command,
+    // an undefined variable, a script that cannot be read and a batch of more than 256 MB.
     Step next();
 
   private:
     bool nextLine();
-    bool isBatchEnd(std::string_view line, int& count) const;
-    bool readCommand(Step& step);
-    bool runCommand(std::string_view name, std::string_view rest, Step& step);
-    bool readExit(std::string_view rest, Step& step);
-    void setVariable(std::string_view rest);
-    void includeFile(std::string_view rest);
+    std::optional<int> batchEndCount(std::string_view line) const;
+    std::optional<Step> readCommand();
+    std::optional<Step> runCommand(std::string_view name, std::string_view arguments);
+    std::optional<Step> readExit(std::string_view arguments);
+    void setVariable(std::string_view arguments);
+    void includeFile(std::string_view arguments);
     void appendLine();
-    void scanCharacter(std::size_t& i);
+    void appendCharacter(std::size_t& i);
     std::string expanded(std::string_view text) const;
     bool expandAt(std::string_view text, std::size_t& i, std::string& out) const;
-    Step batch(int count);
-    [[noreturn]] void failAtLine(std::string_view command) const;
+    bool hasBatch() const;
+    Step takeBatch(int count);
+    [[noreturn]] void throwCommandError(std::string_view command) const;
 
-    std::vector<ScriptSource> m_sources;  // the innermost :r last
+    std::vector<ScriptSource> m_sources;  // the script and its :r files, the innermost last
     Variables& m_variables;
     bool m_expandVariables;
     std::string m_batchEnd;

@@ -1,4 +1,4 @@
-// Runs batches and prints what they give, in the order in which it happens.
+// Runs batches and prints their rows, row counts and messages in the order in which they arrive.
 #pragma once
 
 #include <string>
@@ -13,21 +13,22 @@ namespace sqlcmd {
 
 class BatchRunner {
   public:
-    BatchRunner(const Connection& connection, const Options& options, Output& output);
+    // The arguments must outlive the runner.
+    BatchRunner(const Connection& connection, const Options& options, Output& output)
+        : m_connection(connection), m_options(options), m_output(output) {}
 
-    // The highest severity of its messages. Throws AlreadyReported when the connection is lost.
+    // Returns the highest severity of the batch's messages. Throws AlreadyReported when the connection is
+    // lost, ToolError when the batch is not UTF-8 or the output cannot be written.
     int run(const std::string& batch, const ResultMode& mode);
 
   private:
-    bool report(const Statement& statement, SQLRETURN code);
-    void printResult(Statement& statement, const ResultMode& mode);
-    void printRows(Statement& statement, const ResultMode& mode);
+    void printResult(Statement& statement, const ResultMode& mode, MessagePrinter& messages);
+    void printRows(Statement& statement, const ResultMode& mode, MessagePrinter& messages);
     void printCount(long long count);
 
     const Connection& m_connection;
     const Options& m_options;
     Output& m_output;
-    MessagePrinter m_messages;
 };
 
 }  // namespace sqlcmd

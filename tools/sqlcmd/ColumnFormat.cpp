@@ -11,14 +11,14 @@
 namespace sqlcmd {
 namespace {
 
-// Types of SQL Server that ODBC does not number.
+// ODBC type numbers of SQL Server's own types.
 constexpr int kVariant = -150;
 constexpr int kUserDefined = -151;
 constexpr int kXml = -152;
 constexpr int kTime2 = -154;
 constexpr int kDateTimeOffset = -155;
 
-constexpr std::size_t kLongestShortType = 8000;  // characters or bytes; beyond it a type is a (max) one
+constexpr std::size_t kLongestDeclared = 8000;  // characters or bytes; a longer column is a (max) type
 
 using Form = ColumnFormat::Form;
 
@@ -30,7 +30,7 @@ struct FixedType {
     Form form;
 };
 
-// The first row that fits counts. Width 0: the column's size and the sign and the point.
+// The first matching row applies. Width 0: the column's size plus sign and decimal point.
 constexpr FixedType kFixedTypes[] = {
     {SQL_BIT, "", 1, true, Form::AsIs},
     {SQL_TINYINT, "", 3, true, Form::AsIs},
@@ -75,24 +75,27 @@ bool isLong(const ColumnInfo& column) {
         case kXml:
             return true;
         default:
-            return column.size == 0 || column.size > kLongestShortType;
+            return column.size == 0 || column.size > kLongestDeclared;
     }
 }
 
-void describeText(const ColumnInfo& column, const Layout& layout, ColumnFormat& format) {
+// Sets the format of a character or binary type.
+void setTextFormat(const ColumnInfo& column, const Layout& layout, ColumnFormat& format) {
     format.isLong = isLong(column);
     format.form = isBinary(column.odbcType) ? Form::Binary : Form::AsIs;
-    const auto cap = static_cast<std::size_t>(format.isLong ? layout.longTypeWidth : layout.shortTypeWidth);
+    const auto maxWidth =
+        static_cast<std::size_t>(format.isLong ? layout.longTypeWidth : layout.shortTypeWidth);
     if (format.isLong) {
-        format.width = cap;
+        format.width = maxWidth;
     } else {
         format.width = format.form == Form::Binary ? 2 * column.size + 2 : column.size;
-        if (cap != 0) format.width = std::min(format.width, cap);
+        if (maxWidth != 0) format.width = std::min(format.width, maxWidth);
     }
     format.limit = format.width;
 }
 
-// The fewest digits that are this real and no other: drivers give nine, of which the last ones say nothing.
+// Returns the shortest decimal that reads back as the same real. Drivers return nine digits, more than a real
+// has.
 std::string shortestReal(const std::string& text) {
     float value = 0;
     if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc{}) return text;
@@ -110,10 +113,10 @@ ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout) {
         format.rightAligned = type->rightAligned;
         format.form = type->form;
     } else {
-        describeText(column, layout, format);
+        setTextFormat(column, layout, format);
     }
-    const bool unlimited = format.isLong && format.width == 0;
-    if (!unlimited) format.width = std::max(format.width, utf8Length(column.name));
+    const bool isUnlimited = format.isLong && format.width == 0;
+    if (!isUnlimited) format.width = std::max(format.width, utf8Length(column.name));
     return format;
 }
 
@@ -121,7 +124,7 @@ void shapeValue(std::string& text, const ColumnFormat& format) {
     switch (format.form) {
         case Form::AsIs:
             break;
-        case Form::Decimal:  // no zero before the point: .50 and -.50
+        case Form::Decimal:  // printed without a zero before the point: .50 and -.50
             if (text.starts_with("0.")) text.erase(0, 1);
             if (text.starts_with("-0.")) text.erase(1, 1);
             break;

@@ -1,4 +1,4 @@
-// How one column of a result is laid out: its width, its alignment, and the form of its values.
+// Layout of a result column: width, alignment and the form of its values.
 #pragma once
 
 #include <cstddef>
@@ -9,33 +9,33 @@
 
 namespace sqlcmd {
 
-// What the driver says about a column.
+// Column metadata from the driver.
 struct ColumnInfo {
-    std::string name;      // empty for an expression without one
-    std::string typeName;  // the server's, in lower case
+    std::string name;      // empty for an unnamed expression
+    std::string typeName;  // of SQL Server, in lower case
     int odbcType = 0;
-    std::size_t size = 0;  // characters, bytes or digits, by type; 0 without a limit
+    std::size_t size = 0;  // characters, bytes or digits, depending on the type; 0: no limit
 };
 
 struct ColumnFormat {
-    // How a value's text from the driver becomes what is shown.
+    // Conversion of the driver's string to the printed one.
     enum class Form { AsIs, Decimal, Real, UpperCase, Binary };
 
     std::string name;
-    std::size_t width = 0;  // characters; 0 without a limit and without padding
-    std::size_t limit = 0;  // characters of a value that are shown; 0 all
+    std::size_t width = 0;  // characters; 0: no padding
+    std::size_t limit = 0;  // characters of a value that are printed; 0: all
     bool rightAligned = false;
-    bool isLong = false;  // may be of any length: read in pieces
+    bool isLong = false;  // values have no length limit and are read in pieces
     Form form = Form::AsIs;
 };
 
 ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout);
 
-// A value in its form, cut at the column's limit. The text is that of the whole value, or at least as much of
-// it as the limit asks for.
+// Converts the driver's string to the printed form and cuts it at the column's limit. `text` may be the
+// beginning of a value that is longer than the limit.
 void shapeValue(std::string& text, const ColumnFormat& format);
 
-// Appends a text, padded to the width on the side that the alignment leaves.
+// Appends a string, padded with spaces to `width` characters.
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned);
 
 }  // namespace sqlcmd

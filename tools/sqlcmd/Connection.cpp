@@ -12,42 +12,41 @@
 namespace sqlcmd {
 namespace {
 
-constexpr std::size_t kMaxConnectionString = 32767;
+constexpr std::size_t kMaxConnectionString = 32767;  // bytes; ODBC counts them in 16 bits
+constexpr const char* kDefaultDriver = "FreeTDS";
 
-// Microsoft's driver takes the port with the server's name, FreeTDS as an attribute of its own.
 bool isFreeTds(std::string_view driver) {
     const std::string name = lowerCase(driver);
     return name.find("freetds") != std::string::npos || name.find("tdsodbc") != std::string::npos;
 }
 
-// ODBC doubles a closing brace. FreeTDS does not: there a value ends at the first "};".
+// Returns the value between braces. ODBC doubles a closing brace in it. FreeTDS does not: a value ends at the
+// first "};", so that it cannot contain these characters.
 std::string braced(std::string_view value, bool freeTds) {
     if (value.find('\0') != std::string_view::npos || (freeTds && value.find("};") != std::string_view::npos))
         throw ToolError(
-            "Sqlcmd: Error: FreeTDS cannot be given a value that holds '};'. Change that login's password or "
-            "name.");
+            "Sqlcmd: Error: FreeTDS cannot connect with a value that contains '};'. Change the login's "
+            "password "
+            "or name.");
     std::string result = "{";
     for (const char c : value) result.append(c == '}' && !freeTds ? 2 : 1, c);
     return result + "};";
 }
 
+// Microsoft's driver expects the port after the server's name, FreeTDS in an attribute.
 std::string serverAttributes(const ServerName& server, bool freeTds) {
     const std::string instance = server.instance.empty() ? "" : "\\" + server.instance;
     const std::string port = server.port == 0 ? "" : std::to_string(server.port);
-    // A port finds the instance by itself, and FreeTDS takes one or the other.
+    // A port identifies the instance, and FreeTDS does not accept both.
     if (freeTds) return "Server=" + server.host + (port.empty() ? instance + ";" : ";Port=" + port + ";");
     const bool isIpv6 = server.host.find(':') != std::string::npos;
     return "Server=tcp:" + (isIpv6 ? "[" + server.host + "]" : server.host) + instance +
            (port.empty() ? "" : "," + port) + ";";
 }
 
-// ODBC takes an integer attribute in the place of a pointer.
+// An integer attribute value: ODBC passes integers and pointers in the same argument.
 SQLPOINTER attributeValue(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr)
-}
-
-void setTimeout(SQLHDBC connection, int seconds) {
-    SQLSetConnectAttr(connection, SQL_ATTR_LOGIN_TIMEOUT, attributeValue(seconds), SQL_IS_UINTEGER);
 }
 
 }  // namespace
@@ -83,9 +82,11 @@ Connection::Connection(Options& options)
       m_connection(SQL_HANDLE_DBC, m_environment.get()),
       m_queryTimeout(options.queryTimeout) {
     const char* driver = std::getenv("SQLCMD_ODBC_DRIVER");
-    std::string text = connectionString(options, driver != nullptr && *driver != '\0' ? driver : "FreeTDS");
+    const bool hasDriver = driver != nullptr && *driver != '\0';
+    std::string text = connectionString(options, hasDriver ? driver : kDefaultDriver);
     explicit_bzero(options.password.data(), options.password.size());
-    setTimeout(m_connection.get(), options.loginTimeout);
+    SQLSetConnectAttr(m_connection.get(), SQL_ATTR_LOGIN_TIMEOUT, attributeValue(options.loginTimeout),
+                      SQL_IS_UINTEGER);
     logIn(text);
     m_driver = driverOf(m_connection.get());
 }
@@ -93,8 +94,8 @@ Connection::Connection(Options& options)
 void Connection::logIn(std::string& text) {
     if (text.size() > kMaxConnectionString)
         throw ToolError("Sqlcmd: Error: server, login, password and database are too long together.");
-    std::string wide;  // the driver manager takes other texts for Latin-1
-    wide.reserve(2 * text.size());
+    std::string wide;               // UTF-16: the driver manager would treat another string as Latin-1
+    wide.reserve(2 * text.size());  // growing would leave copies of the password
     appendUtf16Le(wide, text);
     const SQLRETURN code = SQLDriverConnectW(
         m_connection.get(), nullptr, reinterpret_cast<SQLWCHAR*>(wide.data()),
@@ -124,7 +125,7 @@ Statement::Statement(const Connection& connection)
 }
 
 SQLRETURN Statement::execute(const std::string& batch) {
-    std::string text = batch;  // the interface takes no constant text
+    std::string text = batch;  // ODBC's parameter is not const
     return m_functions.execDirect(m_handle.get(), reinterpret_cast<SQLCHAR*>(text.data()),
                                   static_cast<SQLINTEGER>(text.size()));
 }

@@ -1,4 +1,4 @@
-// The connection to the server, and a batch's statement on it.
+// Connection to SQL Server through ODBC, and the statement that runs a batch on it.
 #pragma once
 
 #include <string>
@@ -13,9 +13,10 @@
 
 namespace sqlcmd {
 
-// Owns one ODBC handle of the given kind.
+// Owner of an ODBC handle.
 class Handle {
   public:
+    // Throws std::bad_alloc.
     Handle(SQLSMALLINT type, SQLHANDLE parent, DriverFunctions functions = {});
     ~Handle();
     Handle(const Handle&) = delete;
@@ -30,7 +31,7 @@ class Handle {
     SQLHANDLE m_handle = SQL_NULL_HANDLE;
 };
 
-// The login was refused, or there is no server.
+// The connection could not be established: no server, or the login failed.
 struct LoginError : std::exception {
     explicit LoginError(std::vector<Diagnostic> what) : diagnostics(std::move(what)) {}
     std::vector<Diagnostic> diagnostics;
@@ -38,14 +39,15 @@ struct LoginError : std::exception {
 
 class Connection {
   public:
-    // Logs in. Throws LoginError. Wipes the password of the options.
+    // Connects and overwrites the password in `options`. Throws LoginError; ToolError for a value that the
+    // connection string cannot hold.
     explicit Connection(Options& options);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
     const Driver& driver() const { return m_driver; }
-    int queryTimeout() const { return m_queryTimeout; }
+    int queryTimeout() const { return m_queryTimeout; }  // seconds; 0: none
     bool isDead() const;
 
   private:
@@ -58,8 +60,8 @@ class Connection {
     bool m_connected = false;
 };
 
-// One batch on its way. Every function gives back ODBC's return code; what a code other than SQL_SUCCESS
-// means stands in diagnostics().
+// A batch that is running. execute(), nextResult() and fetch() return ODBC's return code; the messages of a
+// code other than SQL_SUCCESS are in diagnostics() until the next call. Must not outlive the connection.
 class Statement {
   public:
     explicit Statement(const Connection& connection);
@@ -69,9 +71,8 @@ class Statement {
     SQLRETURN fetch();
     std::vector<Diagnostic> diagnostics() const { return m_handle.diagnostics(); }
 
-    int columnCount() const;
-    // -1 where the server counted nothing.
-    long long rowCount() const;
+    int columnCount() const;     // 0: the current result has no rows
+    long long rowCount() const;  // -1: the server has not sent a count
     SQLHSTMT handle() const { return m_handle.get(); }
     const DriverFunctions& functions() const { return m_functions; }
 
@@ -80,8 +81,9 @@ class Statement {
     Handle m_handle;
 };
 
-// For SQLDriverConnect. The driver is SQLCMD_ODBC_DRIVER (a name of odbcinst.ini or a library's path),
-// FreeTDS by default. Throws ToolError for a value that the driver cannot be given.
+// Returns the connection string, which holds the password, for SQLDriverConnect (ODBC Programmer's
+// Reference). `driver` is a name of odbcinst.ini or a library's path. Throws ToolError for a value for which
+// the driver has no notation, UsageError for an invalid server name.
 std::string connectionString(const Options& options, std::string_view driver);
 
 }  // namespace sqlcmd

@@ -7,8 +7,8 @@
 namespace sqlcmd {
 namespace {
 
-// Fields that Microsoft's driver adds to a record. FreeTDS offers two of them: the line, and in the place of
-// the state it gives the severity. The state itself it keeps to itself, and the procedure's name too.
+// Fields that Microsoft's driver adds to a record. FreeTDS has two of them, kLine and kState, and returns the
+// severity as kState.
 enum DriverField : SQLSMALLINT {
     kState = -1150,
     kSeverity = -1151,
@@ -17,19 +17,19 @@ enum DriverField : SQLSMALLINT {
     kLine = -1154
 };
 
-constexpr std::string_view kInformation = "01000";  // the SQLSTATE of PRINT and the like
-constexpr int kOwnLine = 65535;                     // FreeTDS marks so what it says itself
-constexpr int kErrorSeverity = 16;                  // of a driver's own error
+constexpr std::string_view kInformation = "01000";  // SQLSTATE of PRINT and other messages of the server
+constexpr int kDriverLine = 65535;                  // FreeTDS's line number for messages of its own
+constexpr int kDriverErrorSeverity = 16;
 constexpr int kDisconnectSeverity = 20;
-constexpr SQLSMALLINT kMaxText = 32766;  // bytes that one record can hold
+constexpr SQLSMALLINT kMaxText = 32766;  // bytes that a record can hold
 
 class Record {
   public:
     Record(const DriverFunctions& functions, SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number)
         : m_functions(functions), m_type(type), m_handle(handle), m_number(number) {}
 
-    // Field by field: a driver brings the most severe record to the front when a whole one is asked for, and
-    // then nobody knows any more where in a row of PRINT texts an error happened.
+    // Reads field by field: when a whole record is read, drivers sort the most severe one to the front, and
+    // the order of PRINT messages and errors is lost. False when there is no such record.
     bool readTo(Diagnostic& diagnostic) const {
         diagnostic.sqlState = text(SQL_DIAG_SQLSTATE);
         diagnostic.text = text(SQL_DIAG_MESSAGE_TEXT);
@@ -48,7 +48,7 @@ class Record {
         return buffer;
     }
 
-    // FreeTDS refuses the length that means "an integer", other drivers may want it.
+    // Tries both lengths: FreeTDS rejects SQL_IS_INTEGER, other drivers may require it.
     std::optional<int> integer(SQLSMALLINT field) const {
         for (const SQLSMALLINT length : {SQLSMALLINT{SQL_IS_INTEGER}, SQLSMALLINT{0}}) {
             SQLINTEGER value = 0;
@@ -75,10 +75,10 @@ class Record {
     SQLSMALLINT m_number;
 };
 
-// The names before a text, as in "[Microsoft][ODBC Driver 17 for SQL Server][SQL Server]text".
+// Bracketed names before a message, as in "[Microsoft][ODBC Driver 17 for SQL Server][SQL Server]text".
 struct Names {
-    std::string driver;  // those before the server's
-    std::size_t length = 0;
+    std::string driver;      // the names before the server's, joined by spaces
+    std::size_t length = 0;  // bytes of all names with their brackets
 };
 
 Names namesBefore(std::string_view text) {
@@ -95,8 +95,9 @@ Names namesBefore(std::string_view text) {
     return names;
 }
 
-// FreeTDS puts the names before the text of a whole record only, other drivers before a field's as well.
-void takeNames(std::vector<Diagnostic>& diagnostics, const std::string& wholeText) {
+// Moves the names from the messages to Diagnostic::driver. FreeTDS puts them before the text of a whole
+// record only, other drivers before the text field as well.
+void moveNamesToDriver(std::vector<Diagnostic>& diagnostics, const std::string& wholeText) {
     const bool inFields =
         std::any_of(diagnostics.begin(), diagnostics.end(),
                     [&](const Diagnostic& diagnostic) { return diagnostic.text == wholeText; });
@@ -113,19 +114,21 @@ bool startsWithAny(std::string_view text, std::initializer_list<std::string_view
     return false;
 }
 
-// A server's message has a line. Where a driver gives none, the SQLSTATE tells.
+// A message of the server has a line. If the driver reports no lines, the SQLSTATE decides.
 bool comesFromServer(const Diagnostic& diagnostic) {
-    if (diagnostic.line != 0) return diagnostic.line != kOwnLine;
+    if (diagnostic.line != 0) return diagnostic.line != kDriverLine;
     if (diagnostic.sqlState == kInformation) return true;
     return diagnostic.number > 0 && !startsWithAny(diagnostic.sqlState, {"01", "08", "HY", "IM"});
 }
 
-// A driver's own warnings, of a value that was cut for one, are no messages.
+// Severity of a driver's own message. Its warnings, such as one of a truncated value, are not printed: 0.
 int severityOfDriver(const Diagnostic& diagnostic) {
     if (diagnostic.sqlState.starts_with("08")) return kDisconnectSeverity;
-    return diagnostic.line != kOwnLine && diagnostic.sqlState.starts_with("01") ? 0 : kErrorSeverity;
+    const bool isWarning = diagnostic.line != kDriverLine && diagnostic.sqlState.starts_with("01");
+    return isWarning ? 0 : kDriverErrorSeverity;
 }
 
+// Fills the fields that depend on the message's origin.
 void complete(Diagnostic& diagnostic, const Record& record) {
     diagnostic.line = record.integer(kLine).value_or(0);
     diagnostic.fromServer = comesFromServer(diagnostic);
@@ -134,10 +137,10 @@ void complete(Diagnostic& diagnostic, const Record& record) {
         return;
     }
     const auto severity = record.integer(kSeverity);
-    const auto state = record.integer(kState);
-    diagnostic.severity =
-        severity ? *severity : state.value_or(diagnostic.sqlState.starts_with("01") ? 0 : kErrorSeverity);
-    if (severity) diagnostic.state = state.value_or(1);
+    const auto state = record.integer(kState);  // without kSeverity: FreeTDS, which returns the severity
+    const int severityOfSqlState = diagnostic.sqlState.starts_with("01") ? 0 : kDriverErrorSeverity;
+    diagnostic.severity = severity ? *severity : state.value_or(severityOfSqlState);
+    if (severity) diagnostic.state = state.value_or(diagnostic.state);
     diagnostic.procedure = record.text(kProcedure);
     diagnostic.server = record.text(kServer);
     if (diagnostic.server.empty()) diagnostic.server = record.text(SQL_DIAG_SERVER_NAME);
@@ -155,7 +158,7 @@ std::vector<Diagnostic> diagnosticsOf(const DriverFunctions& functions, SQLSMALL
         complete(diagnostic, record);
         result.push_back(std::move(diagnostic));
     }
-    if (!result.empty()) takeNames(result, Record(functions, handleType, handle, 1).wholeText());
+    if (!result.empty()) moveNamesToDriver(result, Record(functions, handleType, handle, 1).wholeText());
     return result;
 }
 

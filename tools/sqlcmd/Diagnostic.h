@@ -1,4 +1,4 @@
-// What the server or the driver has to say: errors, warnings and PRINT texts.
+// Diagnostics: errors, warnings and PRINT messages of the server and the driver.
 #pragma once
 
 #include <string>
@@ -8,22 +8,24 @@
 
 namespace sqlcmd {
 
+constexpr int kErrorSeverity = 11;  // lower severities are information
+
 struct Diagnostic {
     std::string sqlState;
     int number = 0;
     int severity = 0;
-    int state = 1;  // 1, what most messages have, where the driver keeps it to itself, as FreeTDS does
-    int line = 0;
-    std::string procedure;
+    int state = 1;          // FreeTDS does not report it; 1 is the most frequent one
+    int line = 0;           // in the batch or procedure, from 1
+    std::string procedure;  // empty outside procedures, and with FreeTDS
     std::string server;
-    std::string driver;  // as the driver calls itself
-    std::string text;    // without the names in brackets before it
+    std::string driver;  // the name that the driver gives itself
+    std::string text;    // without the bracketed names that drivers put before it
     bool fromServer = false;
 
-    bool isError() const { return severity > 10; }
+    bool isError() const { return severity >= kErrorSeverity; }
 };
 
-// All records of the handle's last call.
+// Returns the diagnostics of the last call on the handle.
 std::vector<Diagnostic> diagnosticsOf(const DriverFunctions& functions, SQLSMALLINT handleType,
                                       SQLHANDLE handle);
 

@@ -9,7 +9,7 @@
 namespace sqlcmd {
 namespace {
 
-// The loaded library whose file name is that one; the manager gives the name alone.
+// Search for a loaded library by its file name: the driver manager does not report the path.
 struct LibrarySearch {
     std::string fileName;
     std::string path;
@@ -30,17 +30,15 @@ void* loadedDriver(SQLHDBC connection) {
     const std::string_view fullName = name;
     LibrarySearch search{std::string(fullName.substr(fullName.rfind('/') + 1)), {}};
     if (dl_iterate_phdr(compareLibrary, &search) == 0) return nullptr;
-    return dlopen(search.path.c_str(),
-                  RTLD_LAZY | RTLD_NOLOAD);  // never closed: the manager keeps it as well
+    // Never closed: the driver manager does not unload it either.
+    return dlopen(search.path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
 }
 
 template <typename Function>
 bool resolve(void* library, const char* name, Function& function) {
-    if (void* symbol = dlsym(library, name))
-        function = reinterpret_cast<Function>(symbol);
-    else
-        return false;
-    return true;
+    void* symbol = dlsym(library, name);
+    if (symbol != nullptr) function = reinterpret_cast<Function>(symbol);
+    return symbol != nullptr;
 }
 
 bool resolveAll(void* library, DriverFunctions& f) {
@@ -61,15 +59,12 @@ bool resolveAll(void* library, DriverFunctions& f) {
 
 Driver driverOf(SQLHDBC connection) {
     Driver driver;
-    SQLHDBC own = SQL_NULL_HDBC;
     void* library = loadedDriver(connection);
-    if (library != nullptr && resolveAll(library, driver.functions) &&
-        SQL_SUCCEEDED(SQLGetInfo(connection, SQL_DRIVER_HDBC, &own, sizeof own, nullptr)) &&
-        own != SQL_NULL_HDBC) {
-        driver.connection = own;
-        return driver;
-    }
-    return {DriverFunctions{}, connection};
+    const bool isUsable = library != nullptr && resolveAll(library, driver.functions) &&
+                          SQL_SUCCEEDED(SQLGetInfo(connection, SQL_DRIVER_HDBC, &driver.connection,
+                                                   sizeof driver.connection, nullptr)) &&
+                          driver.connection != SQL_NULL_HDBC;
+    return isUsable ? driver : Driver{DriverFunctions{}, connection};
 }
 
 }  // namespace sqlcmd

@@ -1,4 +1,4 @@
-// The ODBC functions that work on statements, as the driver itself has them.
+// The loaded driver's own ODBC functions for statements, called without the driver manager.
 #pragma once
 
 #include <sql.h>
@@ -6,10 +6,9 @@
 
 namespace sqlcmd {
 
-// The driver manager forgets what is left of a batch as soon as its first statement has failed: no further
-// results, no PRINT texts, and closing the statement would cancel what the server has not run yet. A batch
-// goes on after most errors, so the tool calls the driver that the manager has loaded directly, wherever that
-// driver offers every one of these functions.
+// When the first statement of a batch fails, the driver manager permits no further calls for the batch's
+// other results and messages, and closing the statement would cancel the statements that have not run. Most
+// errors do not end a batch, though. That is why the tool calls the driver directly.
 struct DriverFunctions {
     decltype(&SQLAllocHandle) allocHandle = &SQLAllocHandle;
     decltype(&SQLFreeHandle) freeHandle = &SQLFreeHandle;
@@ -30,10 +29,11 @@ struct DriverFunctions {
 
 struct Driver {
     DriverFunctions functions;
-    SQLHDBC connection = SQL_NULL_HDBC;  // the handle that those functions know
+    SQLHDBC connection = SQL_NULL_HDBC;  // the connection's handle in these functions; not owned
 };
 
-// For a connection that stands. Falls back to the driver manager's functions and handle.
+// Returns the driver of an open connection, given by the driver manager's handle; the driver manager itself
+// if the driver does not export all of these functions.
 Driver driverOf(SQLHDBC connection);
 
 }  // namespace sqlcmd

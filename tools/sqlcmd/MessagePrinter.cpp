@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <utility>
 
 namespace sqlcmd {
 namespace {
 
-constexpr int kShowAll = -1;  // -m: every message has its heading
+constexpr int kAllWithHeading = -1;  // value of -m
 
-// PRINT texts and the server's plain information.
+// PRINT messages and the server's information, which are printed without a heading.
 bool isPlainText(int severity) {
     return severity == 0 || severity == 10;
 }
@@ -28,31 +27,27 @@ void MessagePrinter::print(const std::vector<Diagnostic>& diagnostics) {
     for (const Diagnostic& diagnostic : diagnostics) {
         m_highestSeverity = std::max(m_highestSeverity, diagnostic.severity);
         if (diagnostic.fromServer)
-            print(diagnostic);
+            printServerMessage(diagnostic);
         else if (diagnostic.isError())
-            printOwn(diagnostic);
+            printToolError(diagnostic);
     }
 }
 
 void MessagePrinter::printLoginError(const std::vector<Diagnostic>& diagnostics) {
-    for (const Diagnostic& diagnostic : diagnostics) printOwn(diagnostic);
+    for (const Diagnostic& diagnostic : diagnostics) printToolError(diagnostic);
 }
 
-int MessagePrinter::takeHighestSeverity() {
-    return std::exchange(m_highestSeverity, 0);
-}
-
-void MessagePrinter::print(const Diagnostic& diagnostic) {
+void MessagePrinter::printServerMessage(const Diagnostic& diagnostic) {
     if (diagnostic.severity < m_options.messageLevel) return;
-    const bool withHeading = m_options.messageLevel == kShowAll || !isPlainText(diagnostic.severity);
+    const bool withHeading = m_options.messageLevel == kAllWithHeading || !isPlainText(diagnostic.severity);
     const bool toErrorStream = m_options.errorStream == ErrorStream::All ||
                                (m_options.errorStream == ErrorStream::Errors && diagnostic.isError());
     write((withHeading ? messageHeading(diagnostic) + "\n" : "") + diagnostic.text + "\n", toErrorStream);
 }
 
-// An error of the driver or the tool: always on standard error, and in the output file as well, where whoever
-// reads the results finds why they end.
-void MessagePrinter::printOwn(const Diagnostic& diagnostic) {
+// Prints to standard error whatever -r says. Also prints to the output file, so that its readers see why the
+// results end.
+void MessagePrinter::printToolError(const Diagnostic& diagnostic) {
     const std::string text = "Sqlcmd: Error: " + diagnostic.driver + " : " + diagnostic.text + ".\n";
     if (m_output.isFile()) m_output.write(text);
     m_output.flush();

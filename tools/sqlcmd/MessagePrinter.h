@@ -1,4 +1,4 @@
-// Prints what the server and the driver say, as -m and -r want it.
+// Prints messages of the server and the driver according to the options -m and -r.
 #pragma once
 
 #include <string>
@@ -13,19 +13,21 @@ namespace sqlcmd {
 
 class MessagePrinter {
   public:
+    // The arguments must outlive the printer.
     MessagePrinter(const Options& options, Output& output) : m_options(options), m_output(output) {}
 
     void print(const std::vector<Diagnostic>& diagnostics);
 
-    // Whatever the server says about a login that failed, the tool reports it as its own error.
+    // Prints the messages of a failed login. All of them, also the server's, are printed as errors of the
+    // tool.
     void printLoginError(const std::vector<Diagnostic>& diagnostics);
 
-    // Of all messages printed or held back since the last call.
-    int takeHighestSeverity();
+    // Highest severity of all messages passed to print(), printed or not.
+    int highestSeverity() const { return m_highestSeverity; }
 
   private:
-    void print(const Diagnostic& diagnostic);
-    void printOwn(const Diagnostic& diagnostic);
+    void printServerMessage(const Diagnostic& diagnostic);
+    void printToolError(const Diagnostic& diagnostic);
     void write(std::string_view text, bool toErrorStream);
 
     const Options& m_options;
@@ -33,7 +35,8 @@ class MessagePrinter {
     int m_highestSeverity = 0;
 };
 
-// "Msg 208, Level 16, State 1, Server S, Procedure P, Line 3", without the procedure where there is none.
+// Returns "Msg 208, Level 16, State 1, Server S, Procedure P, Line 3"; outside procedures without "Procedure
+// P".
 std::string messageHeading(const Diagnostic& diagnostic);
 
 }  // namespace sqlcmd

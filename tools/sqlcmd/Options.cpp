@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <span>
 #include <string_view>
 
@@ -18,10 +19,10 @@ using Apply = void (*)(Options&, std::string_view value);
 
 enum class Takes {
     Nothing,
-    Name,         // a value that never begins with '-': what begins so is the next option
+    Name,         // a value that does not begin with '-'
     Text,         // any value
-    Digit,        // 0 or 1, or nothing
-    Assignments,  // name=value, up to the next option
+    Digit,        // 0 or 1, optional
+    Assignments,  // one or more name=value, up to the next option
 };
 
 struct Rule {
@@ -31,7 +32,7 @@ struct Rule {
     Apply apply;
 };
 
-int number(std::string_view value, int low, int high) {
+int parseNumber(std::string_view value, int low, int high) {
     int result = 0;
     const char* end = value.data() + value.size();
     const auto [stop, error] = std::from_chars(value.data(), end, result);
@@ -56,18 +57,24 @@ void setVariable(Options& options, std::string_view assignment) {
     options.variables.emplace_back(assignment.substr(0, equals), value);
 }
 
-// Names with a comma between them; a file's own name may hold one.
+// Divides the names at commas, unless a file exists whose name contains them.
 void addInputFiles(Options& options, std::string_view names) {
     std::error_code ignored;
-    for (std::size_t comma;
-         !std::filesystem::exists(names, ignored) && (comma = names.find(',')) != std::string_view::npos;
-         names.remove_prefix(comma + 1))
+    while (!std::filesystem::exists(names, ignored)) {
+        const std::size_t comma = names.find(',');
+        if (comma == std::string_view::npos) break;
         options.inputFiles.emplace_back(names.substr(0, comma));
+        names.remove_prefix(comma + 1);
+    }
     options.inputFiles.emplace_back(names);
 }
 
-constexpr int kMaxTimeout = 65534;
+constexpr int kMaxTimeout = 65534;  // seconds
+constexpr int kMaxSeverity = 25;
+constexpr int kMinLineWidth = 9;
+constexpr int kMaxLineWidth = 65535;
 constexpr int kMaxTypeWidth = 8000;
+constexpr int kMaxRowsPerHeading = std::numeric_limits<int>::max();
 
 const Rule kRules[] = {
     {'S', Takes::Name, "server[\\instance][,port]", [](Options& o, std::string_view v) { o.server = v; }},
@@ -79,54 +86,57 @@ const Rule kRules[] = {
     {'d', Takes::Name, "database", [](Options& o, std::string_view v) { o.database = v; }},
     {'H', Takes::Name, "workstation name", [](Options& o, std::string_view v) { o.workstation = v; }},
     {'l', Takes::Name, "login time-out in seconds",
-     [](Options& o, std::string_view v) { o.loginTimeout = number(v, 0, kMaxTimeout); }},
+     [](Options& o, std::string_view v) { o.loginTimeout = parseNumber(v, 0, kMaxTimeout); }},
     {'t', Takes::Name, "query time-out in seconds",
-     [](Options& o, std::string_view v) { o.queryTimeout = number(v, 0, kMaxTimeout); }},
+     [](Options& o, std::string_view v) { o.queryTimeout = parseNumber(v, 0, kMaxTimeout); }},
     {'N', Takes::Nothing, "encrypt the connection", [](Options& o, std::string_view) { o.encrypt = true; }},
     {'C', Takes::Nothing, "trust the server's certificate",
      [](Options& o, std::string_view) { o.trustCertificate = true; }},
-    {'i', Takes::Name, "input file, or several with commas; may be given several times", addInputFiles},
-    {'Q', Takes::Text, "run this text and end", [](Options& o, std::string_view v) { o.query = v; }},
-    {'q', Takes::Text, "run this text and end", [](Options& o, std::string_view v) { o.query = v; }},
+    {'i', Takes::Name, "input files, separated by commas; may be repeated", addInputFiles},
+    {'Q', Takes::Text, "run this query and exit", [](Options& o, std::string_view v) { o.query = v; }},
+    {'q', Takes::Text, "the same as -Q", [](Options& o, std::string_view v) { o.query = v; }},
     {'o', Takes::Name, "output file", [](Options& o, std::string_view v) { o.outputFile = v; }},
     {'u', Takes::Nothing, "output file in UTF-16",
      [](Options& o, std::string_view) { o.unicodeOutput = true; }},
-    {'r', Takes::Digit, "messages to standard error: 0 errors, 1 all",
+    {'r', Takes::Digit, "print to standard error: 0 errors, 1 all messages",
      [](Options& o, std::string_view v) {
          o.errorStream = v == "1" ? ErrorStream::All : ErrorStream::Errors;
      }},
-    {'b', Takes::Nothing, "end with 1 at the first batch that fails",
+    {'b', Takes::Nothing, "exit with code 1 when a batch fails",
      [](Options& o, std::string_view) { o.stopOnError = true; }},
-    {'V', Takes::Name, "severity from which a batch has failed",
-     [](Options& o, std::string_view v) { o.severityLevel = number(v, 0, 25); }},
-    {'m', Takes::Text, "print messages from this severity on; -1 all, with headings",
-     [](Options& o, std::string_view v) { o.messageLevel = number(v, -1, 25); }},
+    {'V', Takes::Name, "lowest severity that counts as a failure",
+     [](Options& o, std::string_view v) { o.severityLevel = parseNumber(v, 0, kMaxSeverity); }},
+    {'m', Takes::Text, "lowest severity to print; -1 all messages, with headings",
+     [](Options& o, std::string_view v) { o.messageLevel = parseNumber(v, -1, kMaxSeverity); }},
     {'s', Takes::Text, "column separator",
      [](Options& o, std::string_view v) { o.layout.separator = oneCharacter(v); }},
     {'W', Takes::Nothing, "trim trailing blanks",
      [](Options& o, std::string_view) { o.layout.trimBlanks = true; }},
     {'w', Takes::Name, "line width, 9 to 65535",
-     [](Options& o, std::string_view v) { o.layout.lineWidth = number(v, 9, 65535); }},
+     [](Options& o, std::string_view v) {
+         o.layout.lineWidth = parseNumber(v, kMinLineWidth, kMaxLineWidth);
+     }},
     {'h', Takes::Text, "rows between headings; -1 no heading",
-     [](Options& o, std::string_view v) { o.layout.rowsPerHeading = number(v, -1, 2147483647); }},
+     [](Options& o, std::string_view v) {
+         o.layout.rowsPerHeading = parseNumber(v, -1, kMaxRowsPerHeading);
+     }},
     {'y', Takes::Name, "width of long types, 0 to 8000; 0 no limit, no heading",
      [](Options& o, std::string_view v) {
-         o.layout.longTypeWidth = number(v, 0, kMaxTypeWidth);
+         o.layout.longTypeWidth = parseNumber(v, 0, kMaxTypeWidth);
          o.layout.withHeading = o.layout.longTypeWidth != 0;
      }},
-    {'Y', Takes::Name, "width of other text types, 0 to 8000; 0 as declared",
-     [](Options& o, std::string_view v) { o.layout.shortTypeWidth = number(v, 0, kMaxTypeWidth); }},
+    {'Y', Takes::Name, "width of other character types, 0 to 8000; 0 as declared",
+     [](Options& o, std::string_view v) { o.layout.shortTypeWidth = parseNumber(v, 0, kMaxTypeWidth); }},
     {'v', Takes::Assignments, "scripting variables, name=value ...", setVariable},
     {'x', Takes::Nothing, "do not expand $(name)",
      [](Options& o, std::string_view) { o.expandVariables = false; }},
     {'I', Takes::Nothing, "QUOTED_IDENTIFIER ON",
      [](Options& o, std::string_view) { o.quotedIdentifier = true; }},
-    {'c', Takes::Name, "word that ends a batch instead of GO",
+    {'c', Takes::Name, "batch separator instead of GO",
      [](Options& o, std::string_view v) { o.batchEnd = v; }},
     {'e', Takes::Nothing, "print each batch before it runs",
      [](Options& o, std::string_view) { o.echo = true; }},
-    {'n', Takes::Nothing, "accepted; there are no line numbers to leave out",
-     [](Options&, std::string_view) {}},
+    {'n', Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
 };
 
 const Rule* findRule(char letter) {
@@ -139,7 +149,7 @@ void overwrite(char* text) {
     explicit_bzero(text, std::strlen(text));
 }
 
-// Walks the arguments; what a rule takes is either attached to the letter or the next argument.
+// Applies the arguments to the options. A value is attached to the option's letter or is the next argument.
 class ArgumentReader {
   public:
     explicit ArgumentReader(std::span<char*> arguments) : m_arguments(arguments) {}
@@ -147,7 +157,7 @@ class ArgumentReader {
     void readInto(Options& options) {
         for (m_next = 0; m_next < m_arguments.size();) {
             char* argument = m_arguments[m_next++];
-            if (readWord(argument, options)) return;
+            if (readHelpOrVersion(argument, options)) return;
             const Rule* rule = argument[0] == '-' && argument[1] != '\0' ? findRule(argument[1]) : nullptr;
             if (rule == nullptr) throw UsageError("'" + std::string(argument) + "': Unknown Option");
             m_optionName = {'-', rule->letter};
@@ -156,7 +166,7 @@ class ArgumentReader {
     }
 
   private:
-    static bool readWord(std::string_view argument, Options& options) {
+    static bool readHelpOrVersion(std::string_view argument, Options& options) {
         if (argument == "-?" || argument == "--help") options.action = Options::Action::Help;
         if (argument == "--version") options.action = Options::Action::Version;
         return options.action != Options::Action::Run;
@@ -168,7 +178,7 @@ class ArgumentReader {
                 if (*attached != '\0') throw UsageError("'" + m_optionName + attached + "': Unknown Option");
                 return apply(rule, attached, options);
             case Takes::Digit:
-                return apply(rule, digit(attached), options);
+                return apply(rule, optionalDigit(attached), options);
             case Takes::Name:
             case Takes::Text:
                 return apply(rule, *attached != '\0' ? attached : nextValue(rule.takes), options);
@@ -179,11 +189,11 @@ class ArgumentReader {
         }
     }
 
-    char* digit(char* attached) {
-        const auto isDigit = [](std::string_view text) { return text == "0" || text == "1"; };
-        if (*attached == '\0' && m_next < m_arguments.size() && isDigit(m_arguments[m_next]))
+    char* optionalDigit(char* attached) {
+        const auto isZeroOrOne = [](std::string_view text) { return text == "0" || text == "1"; };
+        if (*attached == '\0' && m_next < m_arguments.size() && isZeroOrOne(m_arguments[m_next]))
             return m_arguments[m_next++];
-        if (*attached != '\0' && !isDigit(attached))
+        if (*attached != '\0' && !isZeroOrOne(attached))
             throw UsageError("'" + m_optionName + attached + "': Unknown Option");
         return attached;
     }
@@ -210,13 +220,13 @@ class ArgumentReader {
 };
 
 void readEnvironment(Options& options) {
-    const auto take = [](const char* name, std::string& target) {
+    const auto readVariable = [](const char* name, std::string& target) {
         if (const char* value = std::getenv(name)) target = value;
     };
-    take("SQLCMDSERVER", options.server);
-    take("SQLCMDUSER", options.user);
-    take("SQLCMDDBNAME", options.database);
-    take("SQLCMDWORKSTATION", options.workstation);
+    readVariable("SQLCMDSERVER", options.server);
+    readVariable("SQLCMDUSER", options.user);
+    readVariable("SQLCMDDBNAME", options.database);
+    readVariable("SQLCMDWORKSTATION", options.workstation);
 }
 
 void takePasswordFromEnvironment(Options& options) {
@@ -230,7 +240,7 @@ void takePasswordFromEnvironment(Options& options) {
     unsetenv("SQLCMDPASSWORD");
 }
 
-// Whoever sits at a terminal is asked; a program that gives no password has none.
+// Asks at a terminal only. Without a terminal a missing password is an empty one.
 void askForPassword(Options& options) {
     if (options.trusted || options.hasPassword || isatty(STDIN_FILENO) == 0) return;
     if (char* answer = getpass("Password: ")) {
@@ -239,7 +249,7 @@ void askForPassword(Options& options) {
     }
 }
 
-void refuseContradictions(const Options& options, bool userGiven) {
+void checkExclusiveOptions(const Options& options, bool userGiven) {
     if (options.trusted && (userGiven || options.hasPassword))
         throw UsageError("The -E and the -U/-P options are mutually exclusive.");
     if (options.query && !options.inputFiles.empty())
@@ -257,7 +267,7 @@ Options parseOptions(int argc, char** argv) {
     readEnvironment(options);
     const std::string userOfEnvironment = std::exchange(options.user, {});
     ArgumentReader({argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0)}).readInto(options);
-    refuseContradictions(options, !options.user.empty());
+    checkExclusiveOptions(options, /*userGiven=*/!options.user.empty());
     takePasswordFromEnvironment(options);
     if (options.user.empty() && !options.trusted) options.user = userOfEnvironment;
     options.trusted = options.user.empty();
@@ -266,9 +276,10 @@ Options parseOptions(int argc, char** argv) {
 }
 
 std::string usageText() {
-    std::string text = "usage: sqlcmd [options]; without -i, -Q and -q the script is standard input\n";
+    std::string text =
+        "usage: sqlcmd [options]\nReads the script from standard input without -i, -Q and -q.\n";
     for (const Rule& rule : kRules) text += std::string("  -") + rule.letter + "  " + rule.help + "\n";
-    return text + "  -?  this text\n  --version\n";
+    return text + "  -?  print this help\n  --version\n";
 }
 
 }  // namespace sqlcmd

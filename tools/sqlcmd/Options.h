@@ -10,18 +10,18 @@
 
 namespace sqlcmd {
 
-// How result sets are laid out. Widths are in characters; 0 is without a limit.
+// Layout of result sets. Widths are in characters; 0 means no limit.
 struct Layout {
-    std::string separator = " ";
-    int lineWidth = 0;        // -w: rows are broken there
-    bool trimBlanks = false;  // -W
-    int rowsPerHeading = 0;   // -h: 0 one heading a result set, -1 none
-    int longTypeWidth = 256;  // -y: (max) types, text, xml
-    int shortTypeWidth = 0;   // -Y: char, varchar, nvarchar ... of a declared length
-    bool withHeading = true;  // -y 0 prints none
+    std::string separator = " ";  // -s
+    int lineWidth = 0;            // -w: longer lines are wrapped
+    bool trimBlanks = false;      // -W
+    int rowsPerHeading = 0;       // -h: 0 one heading per result set, -1 none
+    int longTypeWidth = 256;      // -y: (max) types, text, xml
+    int shortTypeWidth = 0;       // -Y: char, varchar, nvarchar and others with a declared length
+    bool withHeading = true;      // false with -y 0
 };
 
-// Which messages go to standard error instead of standard output (-r).
+// Messages that are printed to standard error instead of standard output (-r).
 enum class ErrorStream { None, Errors, All };
 
 struct Options {
@@ -30,15 +30,15 @@ struct Options {
 
     std::string server = "localhost";
     std::string user;
-    std::string password;  // wiped by the connection once it is used
+    std::string password;  // overwritten by Connection after use
     bool hasPassword = false;
     bool trusted = false;  // -E
     bool encrypt = false;
     bool trustCertificate = false;
     std::string database;
     std::string workstation;
-    int loginTimeout = 8;  // seconds, 0: none
-    int queryTimeout = 0;  // seconds, 0: none
+    int loginTimeout = 8;  // seconds; 0: none
+    int queryTimeout = 0;  // seconds; 0: none
 
     std::vector<std::string> inputFiles;
     std::optional<std::string> query;  // -Q, -q
@@ -54,14 +54,14 @@ struct Options {
 
     bool stopOnError = false;          // -b
     std::optional<int> severityLevel;  // -V
-    int messageLevel = 0;              // -m: -1 shows every message with its heading
+    int messageLevel = 0;              // -m: -1 prints all messages, each with its heading
 
     Layout layout;
 };
 
-// Reads the arguments and the SQLCMD... defaults of the environment. The bytes of a password are overwritten
-// in argv and in the environment, so that neither a process list nor a child sees them. Asks for a password
-// that is missing at a terminal. Throws UsageError.
+// Reads the arguments and the defaults from the environment variables SQLCMD*. Overwrites the password in
+// argv and in the environment: process lists and child processes must not show it. Asks for a missing
+// password if standard input is a terminal. Throws UsageError.
 Options parseOptions(int argc, char** argv);
 
 std::string usageText();

@@ -26,7 +26,7 @@ Output::~Output() {
 
 void Output::flush() {
     flushWholeCharacters();
-    if (m_utf16 && !m_buffer.empty()) {  // the text ended inside a character
+    if (m_utf16 && !m_buffer.empty()) {  // an incomplete character
         std::string units;
         appendUtf16Le(units, m_buffer);
         writeBytes(units);

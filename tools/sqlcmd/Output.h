@@ -1,4 +1,4 @@
-// Where the tool writes: a file (-o) or standard output.
+// The tool's output: a file (-o) or standard output.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,13 @@
 
 namespace sqlcmd {
 
-// Buffered. Throws ToolError when something cannot be written, with the system's reason.
+// Buffered. Every operation throws ToolError when the file cannot be opened or written.
 class Output {
   public:
-    // An empty path is standard output. An existing file is emptied and keeps its mode.
+    // An empty path means standard output, which is always UTF-8. An existing file is truncated and keeps its
+    // mode.
     Output(const std::string& path, bool utf16);
-    ~Output();  // what has not been flushed is lost: call flush() first
+    ~Output();  // does not flush: it could not report a failure
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
@@ -24,7 +25,7 @@ class Output {
     bool isFile() const { return !m_path.empty(); }
 
   private:
-    static constexpr std::size_t kBufferSize = 65536;
+    static constexpr std::size_t kBufferSize = 65536;  // bytes
 
     void flushWholeCharacters();
     void writeBytes(std::string_view bytes);

@@ -8,13 +8,14 @@
 namespace sqlcmd {
 namespace {
 
-constexpr std::size_t kPieceSize = 65536;
+constexpr std::size_t kPieceSize = 65536;      // bytes
 constexpr std::size_t kBytesPerCharacter = 4;  // of UTF-8, at most
 constexpr std::size_t kShortestBuffer = 64;
+constexpr std::size_t kWholeValue = 0;  // no limit for readPieces()
 constexpr std::string_view kNull = "NULL";
 
-// Of a piece that is not the last one. It ends with a NUL, a few bytes before the buffer's end where a driver
-// does not divide a character.
+// Length of a piece that is not the last one. It ends with a NUL, up to three bytes before the end of the
+// buffer if the driver does not divide a character. readPieces() has filled these bytes with others before.
 std::size_t filledLength(const std::vector<char>& piece) {
     return static_cast<std::size_t>(std::find(piece.end() - kBytesPerCharacter, piece.end(), '\0') -
                                     piece.begin());
@@ -30,18 +31,18 @@ ResultPrinter::ResultPrinter(Statement& statement, const Layout& layout, const R
       m_output(output),
       m_messages(messages),
       m_piece(kPieceSize) {
-    bool bindable = !mode.xml;
+    bool isBindable = !mode.xml;
     const int count = statement.columnCount();
     for (int number = 1; number <= count; ++number) {
         auto cell = std::make_unique<Cell>();
         cell->format = formatOf(describe(static_cast<SQLUSMALLINT>(number)), layout);
-        bindable = bindable && !cell->format.isLong;
-        if (bindable) bind(static_cast<SQLUSMALLINT>(number), *cell);
+        isBindable = isBindable && !cell->format.isLong;
+        if (isBindable) bind(static_cast<SQLUSMALLINT>(number), *cell);
         m_cells.push_back(std::move(cell));
     }
 }
 
-// The next result set is not to be fetched into these buffers.
+// The next result set must not be fetched into freed buffers.
 ResultPrinter::~ResultPrinter() {
     m_statement.functions().freeStmt(m_statement.handle(), SQL_UNBIND);
 }
@@ -90,40 +91,41 @@ bool ResultPrinter::isHeadingDue(long long row) const {
 }
 
 void ResultPrinter::printHeading() {
+    std::string names;
     std::string dashes;
     for (const auto& cell : m_cells) {
         const ColumnFormat& format = cell->format;
         const std::size_t nameLength = utf8Length(format.name);
         const std::size_t width = m_layout.trimBlanks ? std::max<std::size_t>(nameLength, 1) : format.width;
         if (cell != m_cells.front()) {
-            m_line += m_layout.separator;
+            names += m_layout.separator;
             dashes += m_layout.separator;
         }
-        appendPadded(m_line, format.name, m_layout.trimBlanks ? 0 : width, false);
+        appendPadded(names, format.name, m_layout.trimBlanks ? 0 : width, /*rightAligned=*/false);
         dashes.append(std::max<std::size_t>(width, 1), '-');
     }
-    endLine();
-    m_line = dashes;
-    endLine();
+    writeLine(names);
+    writeLine(dashes);
 }
 
 void ResultPrinter::printRow() {
+    m_line.clear();
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
         Cell& cell = *m_cells[i];
         readValue(static_cast<SQLUSMALLINT>(i + 1), cell, m_value);
         if (i == 0 && m_mode.lastValue != nullptr) *m_mode.lastValue = m_value;
         if (i > 0) m_line += m_layout.separator;
-        appendCell(cell.format);
+        appendValue(m_line, m_value, cell.format);
     }
-    endLine();
+    writeLine(m_line);
 }
 
 void ResultPrinter::printXmlRow() {
     m_value.clear();
-    if (readPieces(1, m_value, 0) == SQL_SUCCESS) m_output.write(m_value);
+    if (readPieces(1, m_value, kWholeValue) == SQL_SUCCESS) m_output.write(m_value);
 }
 
-// The value as it is shown, in m_value; `NULL` for what is null.
+// Sets `text` to the printed form of the value.
 void ResultPrinter::readValue(SQLUSMALLINT number, Cell& cell, std::string& text) {
     text.clear();
     if (cell.buffer.empty()) {
@@ -131,9 +133,10 @@ void ResultPrinter::readValue(SQLUSMALLINT number, Cell& cell, std::string& text
         const std::size_t enough = cell.format.limit * kBytesPerCharacter;
         if (readPieces(number, text, enough) == SQL_NO_DATA) cell.length = SQL_NULL_DATA;
     } else if (cell.length != SQL_NULL_DATA) {
-        const std::size_t room = cell.buffer.size() - 1;  // the length may also be unknown: SQL_NO_TOTAL
-        text.assign(cell.buffer.data(),
-                    cell.length < 0 ? room : std::min(static_cast<std::size_t>(cell.length), room));
+        const std::size_t capacity = cell.buffer.size() - 1;
+        const bool isCut =
+            cell.length < 0 || static_cast<std::size_t>(cell.length) > capacity;  // SQL_NO_TOTAL
+        text.assign(cell.buffer.data(), isCut ? capacity : static_cast<std::size_t>(cell.length));
     }
     if (cell.length == SQL_NULL_DATA)
         text = kNull;
@@ -141,7 +144,8 @@ void ResultPrinter::readValue(SQLUSMALLINT number, Cell& cell, std::string& text
         shapeValue(text, cell.format);
 }
 
-// Reads a value piece by piece; beyond `enough` bytes (0: all) the rest is left. SQL_NO_DATA for a null.
+// Appends a value piece by piece until it ends or `text` has `enough` bytes (kWholeValue: until it ends).
+// Returns SQL_SUCCESS, SQL_NO_DATA for NULL, or SQL_ERROR.
 SQLRETURN ResultPrinter::readPieces(SQLUSMALLINT number, std::string& text, std::size_t enough) {
     for (;;) {
         std::fill(m_piece.end() - kBytesPerCharacter, m_piece.end(), '\xFF');
@@ -151,30 +155,31 @@ SQLRETURN ResultPrinter::readPieces(SQLUSMALLINT number, std::string& text, std:
                                             static_cast<SQLLEN>(m_piece.size()), &length);
         if (!SQL_SUCCEEDED(code)) return SQL_ERROR;
         if (length == SQL_NULL_DATA) return SQL_NO_DATA;
-        const bool complete = code == SQL_SUCCESS;
-        text.append(m_piece.data(), complete ? static_cast<std::size_t>(length) : filledLength(m_piece));
-        if (complete || (enough != 0 && text.size() >= enough)) return SQL_SUCCESS;
+        const bool isComplete = code == SQL_SUCCESS;
+        text.append(m_piece.data(), isComplete ? static_cast<std::size_t>(length) : filledLength(m_piece));
+        if (isComplete || (enough != kWholeValue && text.size() >= enough)) return SQL_SUCCESS;
     }
 }
 
-void ResultPrinter::appendCell(const ColumnFormat& format) {
+void ResultPrinter::appendValue(std::string& line, std::string_view value, const ColumnFormat& format) const {
     if (m_layout.trimBlanks)
-        m_line += std::string_view(m_value).substr(0, m_value.find_last_not_of(' ') + 1);
+        line += value.substr(0, value.find_last_not_of(' ') + 1);
     else
-        appendPadded(m_line, m_value, format.width, format.rightAligned);
+        appendPadded(line, value, format.width, format.rightAligned);
 }
 
-void ResultPrinter::endLine() {
+// Writes the line, wrapped at the line width.
+void ResultPrinter::writeLine(std::string_view line) {
     const auto width = static_cast<std::size_t>(m_layout.lineWidth);
-    std::string_view rest = m_line;
-    for (std::string_view part; width != 0 && (part = utf8Prefix(rest, width)).size() < rest.size();) {
+    while (width != 0) {
+        const std::string_view part = utf8Prefix(line, width);
+        if (part.size() == line.size()) break;
         m_output.write(part);
         m_output.write("\n");
-        rest.remove_prefix(part.size());
+        line.remove_prefix(part.size());
     }
-    m_output.write(rest);
+    m_output.write(line);
     m_output.write("\n");
-    m_line.clear();
 }
 
 }  // namespace sqlcmd

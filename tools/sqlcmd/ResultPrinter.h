@@ -1,8 +1,9 @@
-// One result set on its way from the driver to the output, row by row.
+// Prints one result set, row by row.
 #pragma once
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ColumnFormat.h"
@@ -12,26 +13,28 @@
 
 namespace sqlcmd {
 
-// What is asked for beyond the layout.
+// Settings of a single result set.
 struct ResultMode {
-    bool xml = false;                  // :XML ON: the first column's text, unformatted
-    std::string* lastValue = nullptr;  // takes the first column of the last row
+    bool xml = false;                  // :XML ON: prints the first column only, unformatted
+    std::string* lastValue = nullptr;  // receives the first column of the last row; may be null
 };
 
 class ResultPrinter {
   public:
+    // Binds the columns of the statement's current result. The arguments must outlive the printer.
     ResultPrinter(Statement& statement, const Layout& layout, const ResultMode& mode, Output& output,
                   MessagePrinter& messages);
     ~ResultPrinter();
     ResultPrinter(const ResultPrinter&) = delete;
     ResultPrinter& operator=(const ResultPrinter&) = delete;
 
-    // Prints all rows. The return code of the fetch that ended them: SQL_NO_DATA, or an error.
+    // Prints all rows. Returns the code of the last fetch: SQL_NO_DATA, or an error.
     SQLRETURN print();
 
   private:
-    // Bound columns have a buffer that each fetch fills. From the first long column on nothing is bound: a
-    // driver hands out pieces only of the columns after the last bound one, in their order.
+    // A column's value in the current row. The columns before the first long one are bound: a fetch fills
+    // their buffers. The others are not, because ODBC drivers return values in pieces only for columns after
+    // the last bound one, in ascending order.
     struct Cell {
         ColumnFormat format;
         std::vector<char> buffer;  // empty: read in pieces
@@ -46,8 +49,8 @@ class ResultPrinter {
     void printXmlRow();
     void readValue(SQLUSMALLINT number, Cell& cell, std::string& text);
     SQLRETURN readPieces(SQLUSMALLINT number, std::string& text, std::size_t enough);
-    void appendCell(const ColumnFormat& format);
-    void endLine();
+    void appendValue(std::string& line, std::string_view value, const ColumnFormat& format) const;
+    void writeLine(std::string_view line);
 
     Statement& m_statement;
     const Layout& m_layout;
@@ -55,6 +58,7 @@ class ResultPrinter {
     Output& m_output;
     MessagePrinter& m_messages;
     std::vector<std::unique_ptr<Cell>> m_cells;
+    // Reused by every row to save allocations.
     std::vector<char> m_piece;
     std::string m_line;
     std::string m_value;

@@ -14,17 +14,17 @@
 namespace sqlcmd {
 namespace {
 
-constexpr std::size_t kPiece = 65536;
-constexpr std::size_t kMaxLine = std::size_t{256} << 20;  // bytes; no server takes a longer batch
+constexpr std::size_t kPiece = 65536;                     // bytes
+constexpr std::size_t kMaxLine = std::size_t{256} << 20;  // bytes; SQL Server accepts no batch of this size
 
-[[noreturn]] void refuse(const std::string& path, int error) {
+[[noreturn]] void throwInvalidFile(const std::string& path, int error) {
     throw ToolError("Sqlcmd: '" + path + "': Invalid filename. " + std::strerror(error) + ".");
 }
 
 int openScript(const std::string& path) {
     requireReadable(path);
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) refuse(path, errno);
+    if (descriptor < 0) throwInvalidFile(path, errno);
     return descriptor;
 }
 
@@ -34,11 +34,11 @@ std::string shownName(const std::string& name) {
 
 }  // namespace
 
-// Without opening it: the writer of a named pipe would lose its reader.
+// Does not open the file: closing a named pipe again would end its writer.
 void requireReadable(const std::string& path) {
     struct stat status {};
-    if (access(path.c_str(), R_OK) != 0 || stat(path.c_str(), &status) != 0) refuse(path, errno);
-    if (S_ISDIR(status.st_mode)) refuse(path, EISDIR);
+    if (access(path.c_str(), R_OK) != 0 || stat(path.c_str(), &status) != 0) throwInvalidFile(path, errno);
+    if (S_ISDIR(status.st_mode)) throwInvalidFile(path, EISDIR);
 }
 
 ScriptSource::ScriptSource(int descriptor, std::string name, std::string text)
@@ -104,6 +104,7 @@ bool ScriptSource::readMore() {
     return true;
 }
 
+// Determines the encoding once three bytes, or the whole script, have been read.
 void ScriptSource::recogniseByteOrderMark() {
     if (m_encoding != Encoding::Unknown || (m_raw.size() < 3 && m_descriptor >= 0)) return;
     m_encoding = Encoding::Utf8;

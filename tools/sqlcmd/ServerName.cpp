@@ -8,7 +8,7 @@
 namespace sqlcmd {
 namespace {
 
-[[noreturn]] void refuse(std::string_view text) {
+[[noreturn]] void throwInvalidName(std::string_view text) {
     throw UsageError("'-S': '" + std::string(text) +
                      "' is not a server name. Give host, host\\instance or host,port.");
 }
@@ -17,7 +17,7 @@ int parsePort(std::string_view digits, std::string_view text) {
     int port = 0;
     const char* end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, port);
-    if (error != std::errc{} || stop != end || port < 1 || port > 65535) refuse(text);
+    if (error != std::errc{} || stop != end || port < 1 || port > 65535) throwInvalidName(text);
     return port;
 }
 
@@ -34,11 +34,11 @@ ServerName parseServerName(std::string_view text) {
     if (const auto slash = rest.find('\\'); slash != std::string_view::npos) {
         server.instance = rest.substr(slash + 1);
         rest = rest.substr(0, slash);
-        if (server.instance.empty()) refuse(text);
+        if (server.instance.empty()) throwInvalidName(text);
     }
     if (rest.starts_with('[') && rest.ends_with(']')) rest = rest.substr(1, rest.size() - 2);
     if (rest == "." || equalsIgnoringCase(rest, "(local)")) rest = "localhost";
-    if (rest.empty() || rest.find_first_of(";{}[]=") != std::string_view::npos) refuse(text);
+    if (rest.empty() || rest.find_first_of(";{}[]=") != std::string_view::npos) throwInvalidName(text);
     server.host = rest;
     return server;
 }

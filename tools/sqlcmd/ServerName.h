@@ -1,4 +1,4 @@
-// A server as SQL Server people write it.
+// Server names as SQL Server's tools accept them.
 #pragma once
 
 #include <string>
@@ -6,13 +6,14 @@
 
 namespace sqlcmd {
 
-// From: host, host\instance, host,port, tcp:host,port, [::1],port. Throws UsageError for anything else.
 struct ServerName {
     std::string host;      // without the brackets of an IPv6 address
-    std::string instance;  // empty: the default one
+    std::string instance;  // empty: the default instance
     int port = 0;          // 0: not given
 };
 
+// Parses host, host\instance, host,port and host\instance,port, each also after "tcp:". The host may be an
+// IPv6 address in brackets; "." and "(local)" become "localhost". Throws UsageError for anything else.
 ServerName parseServerName(std::string_view text);
 
 }  // namespace sqlcmd

@@ -1,4 +1,4 @@
-// ASCII text helpers of the script reader.
+// ASCII string helpers of the script and option readers.
 #pragma once
 
 #include <algorithm>
@@ -28,19 +28,19 @@ constexpr bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Letters, digits, '_' and everything beyond ASCII.
+// True for letters, digits, '_' and bytes of non-ASCII characters.
 constexpr bool isWordCharacter(char c) {
     return (lowerCase(c) >= 'a' && lowerCase(c) <= 'z') || isDigit(c) || c == '_' ||
            static_cast<unsigned char>(c) >= 0x80;
 }
 
-constexpr std::string_view trimmed(std::string_view text, std::string_view what = kBlanks) {
-    const auto first = text.find_first_not_of(what);
+constexpr std::string_view trimmed(std::string_view text) {
+    const auto first = text.find_first_not_of(kBlanks);
     if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(what) - first + 1);
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// Takes the first word, up to a blank, from the front of a text.
+// Removes the first word and the blanks around it from `text` and returns the word.
 constexpr std::string_view takeWord(std::string_view& text) {
     text = trimmed(text);
     const auto end = std::min(text.find_first_of(kBlanks), text.size());

@@ -10,21 +10,21 @@
 namespace sqlcmd {
 namespace {
 
-constexpr int kErrorSeverity = 11;
-constexpr int kNoExitQuery = -100;   // :exit(query) that failed before it gave a row
-constexpr int kNoExitValue = -101;   // :exit(query) that gave no row
-constexpr int kBadExitValue = -102;  // :exit(query) that gave no number
+// Exit codes of :exit(query) without a value.
+constexpr int kExitQueryFailed = -100;
+constexpr int kExitQueryWithoutRows = -101;
+constexpr int kExitValueNotANumber = -102;
 
-int exitValue(const std::string& text) {
+int exitCodeOf(const std::string& text) {
     int value = 0;
     const std::string_view digits = trimmed(text);
     const char* end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, value);
-    return error == std::errc{} && stop == end ? value : kBadExitValue;
+    return error == std::errc{} && stop == end ? value : kExitValueNotANumber;
 }
 
-// Opening the output empties it.
-void requireOther(const std::string& input, const std::string& output) {
+// Throws if both are the same file: opening the output truncates it.
+void requireDifferentFiles(const std::string& input, const std::string& output) {
     std::error_code ignored;
     if (std::filesystem::is_regular_file(input, ignored) &&
         std::filesystem::equivalent(input, output, ignored))
@@ -36,7 +36,7 @@ void requireOther(const std::string& input, const std::string& output) {
 int Tool::run() {
     for (const std::string& file : m_options.inputFiles) {
         requireReadable(file);
-        requireOther(file, m_options.outputFile);
+        requireDifferentFiles(file, m_options.outputFile);
     }
     setVariables();
     Output output(m_options.outputFile, m_options.unicodeOutput);
@@ -104,6 +104,8 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
         case Step::Kind::OnError:
             m_stopOnError = step.on;
             return true;
+        case Step::Kind::None:
+            return true;
         case Step::Kind::Exit:
         case Step::Kind::End:
             break;
@@ -129,9 +131,9 @@ void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
     std::string value;
     const int severity = runner.run(step.text, {m_xml, &value});
     if (!value.empty())
-        m_exitCode = exitValue(value);
+        m_exitCode = exitCodeOf(value);
     else
-        m_exitCode = severity < kErrorSeverity ? kNoExitValue : kNoExitQuery;
+        m_exitCode = severity < kErrorSeverity ? kExitQueryWithoutRows : kExitQueryFailed;
 }
 
 }  // namespace sqlcmd

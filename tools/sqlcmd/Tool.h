@@ -1,4 +1,4 @@
-// One run of the tool: log in, then every batch of every script.
+// A run of the tool: connects, then runs the batches of every script.
 #pragma once
 
 #include <optional>
@@ -12,16 +12,17 @@ namespace sqlcmd {
 
 class Tool {
   public:
+    // `options` must outlive the tool, which overwrites their password.
     explicit Tool(Options& options) : m_options(options), m_stopOnError(options.stopOnError) {}
 
-    // The exit code. Throws what stands in Errors.h.
+    // Returns the exit code. Throws the exceptions of Errors.h.
     int run();
 
   private:
     void setVariables();
     void logInAndRun(Output& output);
     void setQuotedIdentifier(BatchRunner& runner) const;
-    // Each gives false when the tool is to end with m_exitCode.
+    // These return false if the tool must end with m_exitCode.
     bool runScript(BatchRunner& runner, Output& output, ScriptSource source);
     bool runStep(BatchRunner& runner, Output& output, const Step& step);
     bool runBatch(BatchRunner& runner, Output& output, const Step& step);

@@ -7,7 +7,7 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-// Bytes of the character that this byte leads; 0 when it leads none.
+// Number of bytes of the character that begins with this byte; 0 if no character does.
 std::size_t sequenceLength(unsigned char lead) {
     if (lead < 0x80) return 1;
     if (lead < 0xC2) return 0;
@@ -16,7 +16,7 @@ std::size_t sequenceLength(unsigned char lead) {
     return lead < 0xF5 ? 4 : 0;
 }
 
-// Takes one character from the front of a text that is not empty.
+// Removes one character, or invalid bytes, from the front of a string that is not empty and returns it.
 char32_t takeCharacter(std::string_view& text) {
     const auto lead = static_cast<unsigned char>(text.front());
     const std::size_t length = sequenceLength(lead);
@@ -65,7 +65,7 @@ std::size_t utf8IncompleteTail(std::string_view text) {
     return 0;
 }
 
-std::size_t utf8Fault(std::string_view text) {
+std::size_t firstInvalidUtf8(std::string_view text) {
     for (std::string_view rest = text; !rest.empty();) {
         const std::size_t start = text.size() - rest.size();
         const char32_t character = takeCharacter(rest);

@@ -1,4 +1,4 @@
-// Scripting variables: $(name).
+// Scripting variables, $(name) in a script.
 #pragma once
 
 #include <map>
@@ -8,14 +8,15 @@
 
 namespace sqlcmd {
 
-// Names compare without regard to case. A variable that was set (-v, :setvar) hides the environment's.
+// Names are not case-sensitive. A variable set with -v or :setvar takes precedence over the environment's.
 class Variables {
   public:
     void set(std::string_view name, std::string_view value);
     void remove(std::string_view name);
-    // The password's variable is never readable.
+    // Returns nullopt for an undefined variable and for the password's, SQLCMDPASSWORD.
     std::optional<std::string> find(std::string_view name) const;
 
+    // True for letters, digits, '_', '-' and '.'.
     static bool isName(std::string_view name);
 
   private:

@@ -1,4 +1,4 @@
-// sqlcmd: runs T-SQL scripts through ODBC and prints what they give, as SQL Server's own tool does.
+// sqlcmd: runs T-SQL scripts through ODBC and prints their results in the format of SQL Server's tool.
 #include <fcntl.h>
 
 #include <clocale>
@@ -12,8 +12,8 @@ namespace {
 
 constexpr const char* kVersion = "sqlcmd " SQLCMD_VERSION " (ODBC)\n";
 
-// The next file or socket would take the number of a standard stream that the caller has closed. What takes
-// it here cannot be used in the stream's direction, so that reading and writing fail.
+// Opens /dev/null at the numbers of closed standard streams: a file or socket opened later would get them. It
+// is opened for the wrong direction, so that using the stream fails.
 void occupyClosedStreams() {
     for (const int stream : {0, 1, 2})
         if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY);
@@ -38,8 +38,8 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     occupyClosedStreams();
-    std::signal(SIGPIPE, SIG_IGN);        // a reader that is gone is an error of writing
-    std::setlocale(LC_CTYPE, "C.UTF-8");  // the encoding in which drivers hand over text
+    std::signal(SIGPIPE, SIG_IGN);        // a closed pipe is reported as a write error
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // drivers convert strings to the locale's encoding
     try {
         return run(argc, argv);
     } catch (const sqlcmd::UsageError& error) {
