@@ -14,7 +14,7 @@
 namespace bench {
 namespace {
 
-// A line of /proc/self/status, in bytes.
+// Returns the value of a line of /proc/self/status in bytes.
 std::size_t processStatus(const std::string& name) {
     std::ifstream status("/proc/self/status");
     for (std::string word; status >> word;) {
@@ -74,10 +74,10 @@ double secondsOf(const Step& step) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// Writing 5 there makes the kernel forget the earlier peak.
 PeakMemory::PeakMemory() {
-    malloc_trim(0);
-    std::ofstream("/proc/self/clear_refs") << 5 << std::flush;
+    constexpr int kResetPeak = 5;  // proc(5), /proc/pid/clear_refs
+    malloc_trim(/*pad=*/0);
+    std::ofstream("/proc/self/clear_refs") << kResetPeak << std::flush;
     m_before = processStatus("VmRSS:");
 }
 
@@ -86,8 +86,8 @@ std::size_t PeakMemory::bytes() const {
     return peak > m_before ? peak - m_before : 0;
 }
 
-void check(bool done, std::string_view what) {
-    if (!done) throw std::runtime_error(std::string(what));
+void check(bool succeeded, std::string_view message) {
+    if (!succeeded) throw std::runtime_error(std::string(message));
 }
 
 std::string readOnce(const std::string& path) {

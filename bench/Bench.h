@@ -1,5 +1,4 @@
-// What every row of the benchmarks works with: an installation and a server, and the comparison of the
-// measured thing with a reference.
+// Fixture of the benchmarks: an installation, a server, and the comparison of measured code with a reference.
 #pragma once
 
 #include <cstddef>
@@ -14,12 +13,12 @@
 namespace bench {
 
 struct Options {
-    bool quick = false;      // about a twentieth of the work
-    bool bigProcess = true;  // also measure child processes of a process with 4 GiB of its own
-    int rounds = 5;          // of which each side's best counts
+    bool quick = false;      // a twentieth of the work
+    bool bigProcess = true;  // also start child processes while this process holds 4 GiB
+    int rounds = 5;          // the best time of each side counts
 };
 
-// What a ratio should be. It is printed beside it and judged by the reader.
+// Limit that a ratio should keep. It is printed next to the ratio and not enforced.
 struct Bar {
     enum Kind { kNone, kAtMost, kAtLeast } kind = kNone;
     double limit = 0;
@@ -36,7 +35,7 @@ using Step = std::function<void()>;
 struct Sides {
     Step measured;
     Step reference;
-    Step prepare = [] {};  // before each run of the measured side, untimed
+    Step prepare = [] {};  // runs before each round and is not timed
 };
 
 class Bench {
@@ -47,13 +46,16 @@ class Bench {
     std::size_t scaled(std::size_t full) const { return m_options.quick ? full / 20 : full; }
 
     support::SampleInstallation& installation() { return m_installation; }
-    // Started, with the sample databases, by the first call; the installation then points at it.
+
+    // Returns the server. The first call starts it, with the sample databases, and makes it the
+    // installation's.
     const support::TsqlBox& box();
-    // Enciphers a package of these statements into the installation.
+
+    // Writes an encrypted package with these statements into the installation.
     void writePackage(const std::string& name, const std::string& statements);
 
-    // Runs both sides alternately and prints a line. The ratio is measured time over reference time; where
-    // the bar is a least one, measured speed over reference speed.
+    // Runs both sides alternately and prints a line. The ratio is measured time by reference time; with
+    // atLeast(), measured speed by reference speed.
     void compare(const std::string& name, Bar bar, const Sides& sides) const;
     static void print(const std::string& name, double ratio, Bar bar, const std::string& absolute);
 
@@ -65,7 +67,7 @@ class Bench {
 
 double secondsOf(const Step& step);
 
-// The most memory that the process held since this object was made, beyond what it held then.
+// Growth of the process's memory: its peak since construction less its size at construction.
 class PeakMemory {
   public:
     PeakMemory();
@@ -75,10 +77,10 @@ class PeakMemory {
     std::size_t m_before;
 };
 
-// Throws std::runtime_error: a benchmark whose work fails has measured nothing.
-void check(bool done, std::string_view what);
+// Throws std::runtime_error with the message unless the work succeeded: a failure makes the time meaningless.
+void check(bool succeeded, std::string_view message);
 
-// The whole file by one read.
+// Reads a whole file in one call.
 std::string readOnce(const std::string& path);
 
 std::string milliseconds(double seconds);

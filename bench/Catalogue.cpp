@@ -1,5 +1,5 @@
-// TScript::setDbAndLog, which probes the database and looks a script up in the catalogue, against the same
-// three statements over ODBC, each on a connection of its own.
+// TScript::setDbAndLog(), which tests the database and looks up a script in the catalogue, against the same
+// three statements over ODBC, each on a new connection.
 #include "Bench.h"
 #include "DVUtilities/TScript.h"
 #include "HandOdbc.h"

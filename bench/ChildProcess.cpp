@@ -1,5 +1,5 @@
-// VtProcess starting and waiting for /bin/true against bare posix_spawn and waitpid; once more in a process
-// that holds 4 GiB.
+// VtProcess starting and waiting for /bin/true, against posix_spawn() and waitpid(). A second row does the
+// same while the process holds 4 GiB.
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -41,7 +41,7 @@ Step times(std::size_t count, void (*run)()) {
     };
 }
 
-bool hasRoom() {
+bool hasMemoryForBigProcess() {
     return static_cast<std::size_t>(sysconf(_SC_AVPHYS_PAGES)) *
                static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) >
            kBigProcess + kBigProcess / 4;
@@ -54,13 +54,13 @@ void childProcess(Bench& bench) {
     const Sides sides = {times(count, runMeasured), times(count, runBare)};
     bench.compare("child-process", atMost(1.15), sides);
     if (!bench.options().bigProcess) return;
-    if (!hasRoom()) {
-        std::printf("%-28s left out: less than 5 GiB of memory are free\n", "child-process/4GiB");
+    if (!hasMemoryForBigProcess()) {
+        std::printf("%-28s skipped: less than 5 GiB of memory are free\n", "child-process/4GiB");
         return;
     }
     void* block =
         mmap(nullptr, kBigProcess, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
-    check(block != MAP_FAILED, "4 GiB");
+    check(block != MAP_FAILED, "4 GiB cannot be allocated");
     bench.compare("child-process/4GiB", atMost(1.15), sides);
     munmap(block, kBigProcess);
 }

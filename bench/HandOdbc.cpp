@@ -8,7 +8,8 @@ namespace {
 SQLHENV environment() {
     static const SQLHENV handle = [] {
         SQLHENV made = nullptr;
-        check(SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &made)), "no ODBC environment");
+        check(SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &made)),
+              "the ODBC environment cannot be allocated");
         SQLSetEnvAttr(made, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
         return made;
     }();
@@ -26,7 +27,7 @@ HandConnection::HandConnection(const std::string& connectionString) {
     const SQLRETURN result = SQLDriverConnect(m_connection, nullptr, sqlText(connectionString), SQL_NTS,
                                               nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
     if (!SQL_SUCCEEDED(result)) SQLFreeHandle(SQL_HANDLE_DBC, m_connection);
-    check(SQL_SUCCEEDED(result), "no connection by hand");
+    check(SQL_SUCCEEDED(result), "hand-written ODBC cannot connect");
     SQLAllocHandle(SQL_HANDLE_STMT, m_connection, &m_statement);
 }
 
@@ -37,7 +38,8 @@ HandConnection::~HandConnection() {
 }
 
 void HandConnection::execute(const std::string& sql) const {
-    check(SQL_SUCCEEDED(SQLExecDirect(m_statement, sqlText(sql), SQL_NTS)), "by hand fails: " + sql);
+    check(SQL_SUCCEEDED(SQLExecDirect(m_statement, sqlText(sql), SQL_NTS)),
+          "hand-written ODBC fails: " + sql);
 }
 
 int HandConnection::readAll(const std::string& sql) const {

@@ -1,4 +1,4 @@
-// ODBC as a program without the library writes it: one environment, a connection, its statement.
+// Hand-written ODBC, the reference for the library's: one environment, a connection, a statement.
 #pragma once
 
 #include <sql.h>
@@ -17,7 +17,7 @@ class HandConnection {
 
     SQLHSTMT statement() const { return m_statement; }
     void execute(const std::string& sql) const;
-    // Runs a query and reads its rows, at most four columns wide, and drops them. Returns their number.
+    // Runs a query and fetches its rows, of which at most four columns are bound. Returns the number of rows.
     int readAll(const std::string& sql) const;
 
   private:

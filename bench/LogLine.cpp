@@ -1,4 +1,4 @@
-// LogToFile against a bare open, append, write and close of a finished line.
+// LogToFile() against open(), write() and close() with a line formatted before.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -11,7 +11,7 @@ namespace bench {
 void logLine(Bench& bench) {
     const std::string ours = bench.installation().folder("lines.log");
     const std::string bare = bench.installation().folder("bare.log");
-    const std::string text = "a line of usual length that tells what a run has just done to a database";
+    const std::string text = "a line of usual length that reports what a run has done to the database";
     const std::string line = "2024/01/02 03:04:05 - " + text + "\n";
     const std::size_t count = bench.scaled(100'000);
     const Step measured = [&] {

@@ -1,4 +1,4 @@
-// TScript::setSQLFile against one read of the package's file, and against a package half as long.
+// TScript::setSQLFile() against one read of the package's file, and against a package of half the length.
 #include "Bench.h"
 #include "DVUtilities/TScript.h"
 #include "Rows.h"
@@ -6,7 +6,7 @@
 namespace bench {
 namespace {
 
-void write(Bench& bench, const std::string& name, std::size_t bytes) {
+void writePackageOfSize(Bench& bench, const std::string& name, std::size_t bytes) {
     std::string body;
     const std::string line = "PRINT '" + std::string(91, 'p') + "'\n";
     while (body.size() < bytes) body += line;
@@ -21,10 +21,10 @@ void load(const std::string& name) {
 }  // namespace
 
 void packageLoad(Bench& bench) {
-    bench.box();
+    bench.box();  // loading a package needs its database
     const std::size_t bytes = bench.scaled(100'000'000);
-    write(bench, "BenchWhole", bytes);
-    write(bench, "BenchHalf", bytes / 2);
+    writePackageOfSize(bench, "BenchWhole", bytes);
+    writePackageOfSize(bench, "BenchHalf", bytes / 2);
     const std::string file = bench.installation().homeFolder() / "Scripts" / "BenchWhole.sql";
     {
         const PeakMemory memory;

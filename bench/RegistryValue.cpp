@@ -1,4 +1,4 @@
-// GetRegistryItemValue against one stat of the store's file.
+// GetRegistryItemValue() against one stat() of the store's file.
 #include <sys/stat.h>
 
 #include "Bench.h"

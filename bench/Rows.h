@@ -1,4 +1,4 @@
-// The benchmarks: one function and one source file each.
+// The benchmarks, each in a source file of its name.
 #pragma once
 
 namespace bench {

@@ -1,5 +1,5 @@
-// tsqlbox by itself: how fast a program on the same machine reads rows, asks small questions and fills a
-// table. The reference is the rate that the server is to reach.
+// Rates of tsqlbox for a client on the same machine: rows read, round trips, rows inserted. The reference is
+// a required rate.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kBlockRows = 256;
 
-// What is asked of the server, a second.
+// Required rates, per second.
 constexpr double kRows = 500'000;
 constexpr double kRoundTrips = 5'000;
 constexpr double kInserts = 100'000 / 3.0;
@@ -26,15 +26,15 @@ struct BoundRow {
     std::array<SQLLEN, 3> lengths;
 };
 
-// A batch of changes to its end. One that has nothing to tell gives "no data".
+// Runs a batch without result sets to its end.
 void run(const HandConnection& connection, const std::string& batch) {
     auto* const text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(batch.c_str()));
     SQLRETURN result = SQLExecDirect(connection.statement(), text, SQL_NTS);
     while (SQL_SUCCEEDED(result)) result = SQLMoreResults(connection.statement());
-    check(result == SQL_NO_DATA, "by hand fails: " + batch);
+    check(result == SQL_NO_DATA, "hand-written ODBC fails: " + batch);
 }
 
-// Doubles the rows of the table until there are enough.
+// Creates a table and doubles its rows until it has `rows` of them.
 void makeTable(const HandConnection& connection, std::size_t rows) {
     run(connection,
         "CREATE TABLE #Rows (id int NOT NULL PRIMARY KEY, name varchar(40), amount decimal(12,2)) "
@@ -66,14 +66,14 @@ std::size_t readBound(const HandConnection& connection) {
     return rows;
 }
 
-void askOften(const HandConnection& connection, std::size_t count) {
-    SQLINTEGER answer = 0;
+void makeRoundTrips(const HandConnection& connection, std::size_t count) {
+    SQLINTEGER value = 0;
     SQLLEN length = 0;
     for (std::size_t i = 0; i < count; ++i) {
         connection.execute("SELECT 1");
-        SQLBindCol(connection.statement(), 1, SQL_C_LONG, &answer, sizeof answer, &length);
-        check(SQL_SUCCEEDED(SQLFetch(connection.statement())) && answer == 1, "SELECT 1");
-        SQLFetch(connection.statement());  // behind the last row
+        SQLBindCol(connection.statement(), 1, SQL_C_LONG, &value, sizeof value, &length);
+        check(SQL_SUCCEEDED(SQLFetch(connection.statement())) && value == 1, "SELECT 1");
+        SQLFetch(connection.statement());  // reads the end of the result set
         SQLFreeStmt(connection.statement(), SQL_CLOSE);
     }
 }
@@ -102,16 +102,18 @@ void insertPrepared(const HandConnection& connection, std::size_t count) {
     SQLFreeStmt(statement, SQL_CLOSE);
 }
 
-// The measured side does `count` things; the ratio is their rate over the one that is asked for.
-void rate(const Bench& bench, const std::string& name, std::size_t count, double asked, const Sides& sides) {
+// Prints the best rate at which `measured` does `count` operations. The ratio is this rate by the required
+// one.
+void printRate(const Bench& bench, const std::string& name, std::size_t count, double required,
+               const Sides& sides) {
     double best = 0;
     for (int round = 0; round < bench.options().rounds; ++round) {
         sides.prepare();
         best = std::max(best, static_cast<double>(count) / secondsOf(sides.measured));
     }
     char absolute[80];
-    std::snprintf(absolute, sizeof absolute, "%.0f/s against %.0f/s", best, asked);
-    Bench::print(name, best / asked, atLeast(1), absolute);
+    std::snprintf(absolute, sizeof absolute, "%.0f/s against %.0f/s", best, required);
+    Bench::print(name, best / required, atLeast(1), absolute);
 }
 
 }  // namespace
@@ -121,10 +123,12 @@ void server(Bench& bench) {
     const std::size_t rows = bench.scaled(300'000);
     makeTable(connection, rows);
     const Step read = [&] { check(readBound(connection) == rows, "rows are missing"); };
-    rate(bench, "server/rows", rows, kRows, {read, {}});
+    const Step noReference;
+    printRate(bench, "server/rows", rows, kRows, {read, noReference});
 
-    const std::size_t questions = bench.scaled(20'000);
-    rate(bench, "server/round-trips", questions, kRoundTrips, {[&] { askOften(connection, questions); }, {}});
+    const std::size_t roundTrips = bench.scaled(20'000);
+    printRate(bench, "server/round-trips", roundTrips, kRoundTrips,
+              {[&] { makeRoundTrips(connection, roundTrips); }, noReference});
 
     const std::size_t inserts = bench.scaled(100'000);
     const Step makeEmpty = [&] {
@@ -140,8 +144,9 @@ void server(Bench& bench) {
             run(connection, "COMMIT");
         };
     };
-    rate(bench, "server/inserts", inserts, kInserts, {insertWith(insertTexts), {}, makeEmpty});
-    rate(bench, "server/inserts-prepared", inserts, kInserts, {insertWith(insertPrepared), {}, makeEmpty});
+    printRate(bench, "server/inserts", inserts, kInserts, {insertWith(insertTexts), noReference, makeEmpty});
+    printRate(bench, "server/inserts-prepared", inserts, kInserts,
+              {insertWith(insertPrepared), noReference, makeEmpty});
 }
 
 }  // namespace bench

@@ -1,5 +1,5 @@
-// TScript::executeSQLFile against the same sqlcmd run by hand with its output in a file that is then read
-// once.
+// TScript::executeSQLFile() against sqlcmd with the same options and its output in a file, which is then read
+// in one call.
 #include <vector>
 
 #include "Bench.h"
@@ -12,7 +12,7 @@ namespace {
 
 constexpr char kScript[] = "BenchRun";
 
-// About `bodyBytes` of statements that print, and one that gives `rows` lines of 1,000 characters.
+// Returns about `bodyBytes` of PRINT statements and a query of `rows` rows, each a line of 1,000 characters.
 std::string statements(std::size_t bodyBytes, std::size_t rows) {
     std::string body = "SET NOCOUNT ON\n";
     while (body.size() < bodyBytes) {

@@ -1,4 +1,4 @@
-// DBBase::parseOutputFile against std::getline and std::istringstream making the same row texts.
+// DBBase::parseOutputFile() against std::getline() and std::istringstream, which make the same row texts.
 #include <fstream>
 #include <sstream>
 #include <vector>

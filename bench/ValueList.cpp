@@ -1,5 +1,5 @@
-// DBBase::GetDBValueList against a loop over bound columns. Both connect, read the same rows in blocks and
-// keep them as row texts.
+// DBBase::GetDBValueList() against a loop over bound columns. Both connect, fetch the same rows in blocks and
+// store them as row texts.
 #include <array>
 #include <vector>
 
@@ -25,7 +25,7 @@ struct BoundRow {
     std::array<Cell, 3> cells;
 };
 
-// Doubles the rows of the table until there are enough.
+// Creates a table and doubles its rows until it has `rows` of them.
 void makeTable(DBBase& db, std::size_t rows) {
     const char* const create =
         "IF OBJECT_ID('BenchRows') IS NOT NULL DROP TABLE BenchRows "
@@ -35,7 +35,7 @@ void makeTable(DBBase& db, std::size_t rows) {
         "DECLARE @n int SELECT @n = COUNT(*) FROM BenchRows WHILE @n < " + std::to_string(rows) +
         " BEGIN INSERT BenchRows SELECT id + @n, name, amount + id FROM BenchRows WHERE id <= " +
         std::to_string(rows) + " - @n SELECT @n = COUNT(*) FROM BenchRows END";
-    check(db.SetDBValue(create) && db.SetDBValue(fill.c_str()), "the table cannot be made");
+    check(db.SetDBValue(create) && db.SetDBValue(fill.c_str()), "the table cannot be created");
 }
 
 void readBound(const std::string& connectionString, Texts& rows) {
@@ -72,7 +72,7 @@ void valueList(Bench& bench) {
     makeTable(db, count);
 
     Texts rows;
-    const auto checkRows = [&] { check(rows.size() == count, std::to_string(rows.size()) + " rows came"); };
+    const auto checkRows = [&] { check(rows.size() == count, std::to_string(rows.size()) + " rows read"); };
     const Step measured = [&] {
         rows.clear();
         check(db.GetDBValueList(kQuery, rows, 3), "GetDBValueList fails");

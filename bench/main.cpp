@@ -1,4 +1,4 @@
-// dvu_bench: compares what the library does with the same thing written by hand, in one run.
+// dvu_bench: compares the library with hand-written code that does the same.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -41,24 +41,26 @@ bool runAll(const bench::Options& options, const std::vector<std::string>& names
     bench::Bench bench(options);
     std::printf("%-28s %8s  %-8s (best times of %d rounds: measured against reference)\n", "name", "ratio",
                 "bar", options.rounds);
-    bool allDone = true;
-    for (const Row& row : kRows)
-        if (names.empty() || std::find(names.begin(), names.end(), row.name) != names.end())
-            allDone &= run(row, bench);
-    return allDone;
+    bool allSucceeded = true;
+    for (const Row& row : kRows) {
+        const bool isSelected =
+            names.empty() || std::find(names.begin(), names.end(), row.name) != names.end();
+        if (isSelected) allSucceeded &= run(row, bench);
+    }
+    return allSucceeded;
 }
 
 }  // namespace
 
-// Ends with 0 however slow things were, and with 1 when something did not work.
+// The exit code is 0 even if ratios miss their bars, and 1 after an error.
 int main(int argc, char** argv) {
-    CLI::App app("Compares what the library does with the same thing written by hand.", "dvu_bench");
+    CLI::App app("Compares the library with hand-written code that does the same.", "dvu_bench");
     bench::Options options;
     std::vector<std::string> names;
-    app.add_flag("--quick", options.quick, "About a twentieth of the work");
-    app.add_flag("!--no-big-process", options.bigProcess, "Skip what needs 4 GiB of memory");
-    app.add_option("--rounds", options.rounds, "How often each side runs")->check(CLI::Range(1, 1000));
-    app.add_option("rows", names, "Only these")->check(CLI::IsMember(rowNames()));
+    app.add_flag("--quick", options.quick, "Do a twentieth of the work");
+    app.add_flag("!--no-big-process", options.bigProcess, "Skip the row that needs 4 GiB of memory");
+    app.add_option("--rounds", options.rounds, "Number of runs of each side")->check(CLI::Range(1, 1000));
+    app.add_option("rows", names, "Run only these benchmarks")->check(CLI::IsMember(rowNames()));
     CLI11_PARSE(app, argc, argv);
     try {
         return runAll(options, names) ? 0 : 1;

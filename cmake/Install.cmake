@@ -1,7 +1,7 @@
-# cmake --install, the CMake package and pkg-config file for consumers, and Debian packages (cpack -G DEB).
+# Installation (cmake --install), CMake package and pkg-config file for consumers, Debian packages (cpack -G DEB).
 include(CMakePackageConfigHelpers)
 
-# Whatever umask it is installed or packed under, the folders made are writable for the owner alone.
+# Created folders are writable for their owner only, whatever the umask.
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
     WORLD_READ WORLD_EXECUTE)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS})
@@ -28,7 +28,7 @@ configure_package_config_file(cmake/DVUtilitiesConfig.cmake.in "${CMAKE_BINARY_D
   INSTALL_DESTINATION ${dvu_config_dir})
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/DVUtilitiesConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
-file(RELATIVE_PATH DVU_PREFIX_FROM_PC  # the libraries' folder may be one deeper, as in lib/x86_64-linux-gnu
+file(RELATIVE_PATH DVU_PREFIX_FROM_PC  # the library folder may have two levels: lib/x86_64-linux-gnu
   "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/DVUtilities.pc.in "${CMAKE_BINARY_DIR}/DVUtilities.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/DVUtilitiesConfig.cmake" "${CMAKE_BINARY_DIR}/DVUtilitiesConfigVersion.cmake"

@@ -1,8 +1,7 @@
-# dvu_layer(NAME SOURCES file... [LINKS target...])
+# dvu_layer(NAME SOURCES file... [LINKS target...] [PRIVATE_LINKS target...])
 #
-# One folder of the tree as an object library: compiled once, linked into the shipped library or
-# program and into the tests. Its headers are seen by what links it and by nothing else, so an
-# include against the direction of the layers does not compile.
+# Compiles one folder of the tree as an object library, for the shipped library or program and for the tests. Only
+# targets that link the layer see its headers, so that an include from a lower layer does not compile.
 function(dvu_layer name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
   add_library(${name} OBJECT ${arg_SOURCES})

@@ -9,7 +9,7 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE RelWithDebInfo)
 endif()
 
-# Built files always stand in lib and bin of the build folder.
+
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
@@ -19,8 +19,8 @@ if(DVU_SANITIZE)
   add_compile_options(-fsanitize=${DVU_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${DVU_SANITIZE})
 else()
-  # An overrun ends the program instead of running what stands behind it. The second needs optimisation.
+  # A buffer overrun ends the program. _FORTIFY_SOURCE needs optimisation.
   add_compile_options(-fstack-protector-strong -fstack-clash-protection
     "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 endif()
-add_link_options(LINKER:-z,relro,-z,now)  # no table of functions can be written to once a program runs
+add_link_options(LINKER:-z,relro,-z,now)  # makes the tables of function addresses read-only after loading

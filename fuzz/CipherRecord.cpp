@@ -1,4 +1,4 @@
-// Records of the platform's cipher: what it did not write is refused, what it wrote comes back.
+// Records of the platform's cipher: its own are decrypted to the same text, all others are rejected.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -10,15 +10,15 @@
 
 namespace {
 
-// A store with a key, in a folder that goes when the target ends.
-class KeyedStore {
+// Temporary configuration store with a cipher key.
+class StoreWithKey {
   public:
-    KeyedStore() {
+    StoreWithKey() {
         const std::string key = m_folder / "key";
         support::writeFile(key, "sample key of thirty-two bytes..");
         std::filesystem::permissions(key, std::filesystem::perms::owner_read);
         support::writeFile(m_folder / "registry.toml", "[host]\ncipherKeyFile = '" + key + "'\n");
-        setenv("ZEPHRA_REGISTRY", (m_folder / "registry.toml").c_str(), 1);
+        setenv("ZEPHRA_REGISTRY", (m_folder / "registry.toml").c_str(), /*overwrite=*/1);
     }
 
   private:
@@ -27,7 +27,7 @@ class KeyedStore {
 
 using Buffer = std::array<char, 8192>;
 
-void refused(const char* record) {
+void requireRejected(const char* record) {
     Buffer plain{};
     unsigned long size = plain.size();
     VTPassword cipher;
@@ -40,11 +40,12 @@ void refused(const char* record) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const KeyedStore store;
-    const std::string text(fuzz::textOf(data, std::min<std::size_t>(size, 2000)));
-    refused(text.c_str());
+    constexpr std::size_t kMaxText = 2000;
+    static const StoreWithKey store;
+    const std::string text(fuzz::textOf(data, std::min(size, kMaxText)));
+    requireRejected(text.c_str());
 
-    // A record that the cipher wrote, and the same with one byte changed.
+    // Encrypt the text, decrypt the record, then change one byte of the record.
     Buffer record{};
     Buffer plain{};
     unsigned long length = record.size();
@@ -58,6 +59,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     char& changed = record[(data[0] * 256U + data[1]) % length];
     if (data[2] == 0 || changed == static_cast<char>(data[2])) return 0;
     changed = static_cast<char>(data[2]);
-    refused(record.data());
+    requireRejected(record.data());
     return 0;
 }

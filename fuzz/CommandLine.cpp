@@ -1,16 +1,17 @@
-// Command lines of child processes: the words of a well-formed one, quoted and joined, are split to
-// themselves.
+// Command lines of child processes: the arguments of a valid one, quoted and joined, are split into the same
+// arguments.
 #include <algorithm>
 
 #include "CommandLine.h"
 #include "Fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::vector<std::string> words;
-    if (!hostlayer::splitCommandLine(fuzz::textOf(data, size), words)) return 0;
+    std::vector<std::string> arguments;
+    if (!hostlayer::splitCommandLine(fuzz::textOf(data, size), arguments)) return 0;
     std::string joined;
-    for (const std::string& word : words) joined.append(joined.empty() ? "" : " ").append("\"" + word + "\"");
+    for (const std::string& argument : arguments)
+        joined.append(joined.empty() ? "" : " ").append("\"" + argument + "\"");
     std::vector<std::string> again;
-    fuzz::require(hostlayer::splitCommandLine(joined, again) && again == words);
+    fuzz::require(hostlayer::splitCommandLine(joined, again) && again == arguments);
     return 0;
 }

@@ -1,4 +1,4 @@
-// What the fuzz targets share: an input that is several texts, and properties that must hold.
+// Helpers of the fuzz targets: inputs made of several strings, properties that must hold.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-// The parts of an input between bytes 0x1F (a byte that no other use is made of).
+// Splits an input at its bytes 0x1F, a byte with no meaning to the tested parsers. Returns at least one part.
 inline std::vector<std::string_view> partsOf(std::string_view input) {
     constexpr char kUnitSeparator = '\x1F';
     std::vector<std::string_view> parts;
@@ -25,9 +25,9 @@ inline std::vector<std::string_view> partsOf(std::string_view input) {
     return parts;
 }
 
-// A broken property is a finding, as a fault of memory is.
-inline void require(bool holds) {
-    if (!holds) std::abort();
+// Ends the program, which libFuzzer records as a finding, unless the property holds.
+inline void require(bool property) {
+    if (!property) std::abort();
 }
 
 }  // namespace fuzz

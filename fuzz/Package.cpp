@@ -1,4 +1,4 @@
-// A package's text, in the pieces that the loader reads.
+// Parser of packages, fed with the pieces in which the loader reads a file.
 #include <algorithm>
 
 #include "Fuzz.h"

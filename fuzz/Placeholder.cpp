@@ -1,4 +1,4 @@
-// A script's body with its comments blanked and values in its placeholders, and texts taken as formats.
+// Script bodies: percent signs in comments blanked, placeholders filled with values; texts used as formats.
 #include "Fuzz.h"
 #include "PlaceholderFiller.h"
 #include "TextAsFormat.h"

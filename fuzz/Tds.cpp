@@ -1,6 +1,8 @@
-// What a client sends to the server: its messages cut into packets, and the content of each.
+// Messages of a TDS client: the packets of a stream, and the content of each kind of message.
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include <chrono>
 
 #include "Fuzz.h"
 #include "Login.h"
@@ -11,11 +13,12 @@
 
 namespace {
 
-constexpr std::size_t kMostBytes = 64 << 10;  // what the socket takes without a reader
+constexpr std::size_t kMaxInput = 64 << 10;  // bytes that a socket buffers without a reader
+constexpr std::chrono::seconds kLoginTimeout{60};
 
-// Runs a step that may refuse its input, and in no other way than the protocol's own.
+// Runs a step that may reject its input. Exceptions other than these three are findings.
 template <typename Step>
-void refusable(Step step) {
+void allowRejection(Step step) {
     try {
         step();
     } catch (const tds::ProtocolError&) {
@@ -25,9 +28,9 @@ void refusable(Step step) {
 }
 
 void readContent(tds::ByteView content) {
-    refusable([&] { tds::preloginReply(content); });
-    refusable([&] { tds::parseLogin(content); });
-    refusable([&] {
+    allowRejection([&] { tds::preloginReply(content); });
+    allowRejection([&] { tds::parseLogin(content); });
+    allowRejection([&] {
         tds::PreparedStatements statements;
         for (tsql::ProcedureCall& call : tds::parseRpc(content)) statements.plan(std::move(call));
     });
@@ -40,8 +43,8 @@ void readPackets(tds::ByteView stream, bool loggedIn) {
     fuzz::require(send(ends[0], stream.data(), stream.size(), 0) == static_cast<ssize_t>(stream.size()));
     close(ends[0]);
     tds::PacketChannel channel(ends[1], 1);
-    if (!loggedIn) channel.setLoginDeadline(tds::PacketChannel::Clock::now() + std::chrono::seconds(60));
-    refusable([&] {
+    if (!loggedIn) channel.setLoginDeadline(tds::PacketChannel::Clock::now() + kLoginTimeout);
+    allowRejection([&] {
         for (;;) {
             channel.attentionArrived();
             readContent(channel.readRequest().data);
@@ -52,13 +55,14 @@ void readPackets(tds::ByteView stream, bool loggedIn) {
 
 }  // namespace
 
-// The first byte says how the rest is taken.
+// The first byte selects the reader of the others: message content, or packets before or after the login.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0 || size > kMostBytes) return 0;
+    if (size == 0 || size > kMaxInput) return 0;
     const tds::ByteView rest = fuzz::textOf(data + 1, size - 1);
-    if (data[0] % 3 == 0)
+    const int reader = data[0] % 3;
+    if (reader == 0)
         readContent(rest);
     else
-        readPackets(rest, data[0] % 3 == 1);
+        readPackets(rest, /*loggedIn=*/reader == 1);
     return 0;
 }

@@ -1,4 +1,4 @@
-// The query tool's output files: parsed to rows, their heading dropped, row texts split into fields.
+// Output files of the query tool: parsed to row texts, which are split into fields.
 #include <sys/mman.h>
 #include <unistd.h>
 

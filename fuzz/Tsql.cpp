@@ -1,5 +1,5 @@
-// Batches of T-SQL: read to a syntax tree, or refused with an error of a number and a line of the batch. What
-// is read runs, too: in one engine for all inputs, each in a session and a transaction of its own.
+// Batches of T-SQL: parsed, or rejected with an error number and a line of the batch. Parsed batches run,
+// too: in one engine, each in a new session and in a transaction that is rolled back.
 #include <algorithm>
 #include <chrono>
 
@@ -13,7 +13,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Takes everything, and ends what runs for longer than a test should.
+constexpr std::chrono::milliseconds kBatchTimeout{500};
+
+// Checks results and discards them. Cancels a batch after kBatchTimeout.
 class Sink final : public tsql::ResultSink {
   public:
     void columns(std::span<const tsql::Column> columns) override { m_columns = columns.size(); }
@@ -25,7 +27,7 @@ class Sink final : public tsql::ResultSink {
 
   private:
     std::size_t m_columns = 0;
-    Clock::time_point m_end = Clock::now() + std::chrono::milliseconds(500);
+    Clock::time_point m_end = Clock::now() + kBatchTimeout;
 };
 
 class Sandbox {
@@ -44,6 +46,7 @@ INSERT u VALUES (1, 0.5, NEWID(), 0x01))");
         run("COMMIT", "CREATE FUNCTION g (@a int) RETURNS TABLE AS RETURN (SELECT * FROM t WHERE a = @a)");
     }
 
+    // Runs a batch in a transaction, and `end` (COMMIT or ROLLBACK) after it.
     void run(std::string_view end, std::string_view batch) {
         tsql::Session session(m_engine, {"sa"}, "master", 51);
         Sink sink;
@@ -56,14 +59,15 @@ INSERT u VALUES (1, 0.5, NEWID(), 0x01))");
     tsql::Engine m_engine{m_folder.path()};
 };
 
-// Files and databases outlive a transaction.
-bool staysInside(std::string_view text) {
+// False if the batch may create files or databases, which a rollback would not remove.
+bool canBeRolledBack(std::string_view text) {
     for (const std::string_view word : {"BACKUP", "RESTORE", "DATABASE"})
         if (tsql::findText(text, word) != std::string::npos) return false;
     return true;
 }
 
-bool isRead(std::string_view text, bool quotedIdentifiers) {
+// Returns whether the batch is syntactically correct.
+bool parses(std::string_view text, bool quotedIdentifiers) {
     const auto lines = std::count(text.begin(), text.end(), '\n') + 1;
     try {
         tsql::parseBatch(text, quotedIdentifiers);
@@ -79,7 +83,7 @@ bool isRead(std::string_view text, bool quotedIdentifiers) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static Sandbox sandbox;
     const std::string_view text = fuzz::textOf(data, size);
-    isRead(text, false);
-    if (isRead(text, true) && staysInside(text)) sandbox.run("ROLLBACK", text);
+    parses(text, /*quotedIdentifiers=*/false);
+    if (parses(text, /*quotedIdentifiers=*/true) && canBeRolledBack(text)) sandbox.run("ROLLBACK", text);
     return 0;
 }

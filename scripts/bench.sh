@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the benchmarks into build-bench/ and runs them (docs/measuring.md).
+# Builds the benchmarks in build-bench/ and runs them (docs/measuring.md).
 #   scripts/bench.sh [--quick] [--no-big-process] [--rounds N] [ROW...]
 set -euo pipefail
 CDPATH='' cd "$(dirname "$0")/.."

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds everything into build/ (build/lib, build/bin). Argument: a preset, "release" by default.
+# Builds everything; libraries in build/lib, programs in build/bin.
+#   scripts/build.sh [PRESET]   a preset of CMakePresets.json; default: release
 set -euo pipefail
 CDPATH='' cd "$(dirname "$0")/.."
 preset=${1:-release}

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the API reference of the exported headers into build/docs/html and looks at the man pages; any warning
-# is a failure.
+# Builds the API reference of the exported headers in build/docs/html and checks the man pages. A warning is a
+# failure.
 set -euo pipefail
 CDPATH='' cd "$(dirname "$0")/.."
 scripts/setup.sh docs

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets into build-fuzz/ and runs each for some seconds (30), after what earlier runs and the
-# seeds taught it. Ends with 1 at a finding; the input stands in build-fuzz/findings/ and is run again by
+# Builds the fuzz targets in build-fuzz/ and runs each, starting from its seeds and the corpus of earlier runs.
+#   scripts/fuzz.sh [SECONDS]   per target; default: 30
+# The exit code is 1 after a finding. Its input is saved in build-fuzz/findings/; to reproduce it:
 #   build-fuzz/bin/fuzz_NAME FILE
 set -euo pipefail
 CDPATH='' cd "$(dirname "$0")/.."
@@ -10,9 +11,9 @@ seconds=${1:-30}
 scripts/build.sh fuzz
 findings=$PWD/build-fuzz/findings
 mkdir -p "$findings"
-[[ ! -w /dev/shm ]] || export TMPDIR=/dev/shm  # where targets have their data
+[[ ! -w /dev/shm ]] || export TMPDIR=/dev/shm  # for the data of the targets
 
-# A batch of the golden scripts is a seed.
+# Every batch of the golden scripts is a seed of fuzz_tsql.
 mkdir -p build-fuzz/batches
 awk -v RS='\nGO\n' '{ file = "build-fuzz/batches/" NR; print > file; close(file) }' tests/tsql/scripts/*.sql
 

@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that the build, the tests and the demo need. Quiet and quick when
-# nothing is missing. Run as root or with sudo at hand.
-#   scripts/setup.sh        for the build, the tests and the demo
-#   scripts/setup.sh docs   what the API reference and the man pages are made with, as well
-#   scripts/setup.sh fuzz   what the fuzz targets are built with, as well
-#   scripts/setup.sh tidy   what the tidy preset looks with, as well
+# Installs missing Debian packages. Prints nothing if none is missing. Needs root or sudo.
+#   scripts/setup.sh        packages for the build, the tests and the demo
+#   scripts/setup.sh docs   also those for the API reference and the man pages
+#   scripts/setup.sh fuzz   also those for the fuzz targets
+#   scripts/setup.sh tidy   also those for the preset tidy
 set -euo pipefail
 
 packages=(
@@ -14,7 +13,7 @@ packages=(
   unixodbc unixodbc-dev tdsodbc freetds-bin
   libgtest-dev file chromium python3-pymssql
 )
-# Node.js is often there from elsewhere, and Debian's own packages collide with it.
+# Debian's packages conflict with a Node.js from another source.
 command -v node >/dev/null || packages+=(nodejs)
 command -v npm >/dev/null || packages+=(npm)
 case "${1-}" in

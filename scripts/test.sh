@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and runs all tests; ends with CTest's summary.
+# Builds and runs all tests and prints CTest's summary.
 #   scripts/test.sh               the release build
 #   scripts/test.sh --sanitizers  the same tests under the address, undefined-behaviour and thread sanitizers
 set -euo pipefail
