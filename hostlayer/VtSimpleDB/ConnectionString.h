@@ -15,9 +15,8 @@ struct ServerAddress {
 };
 
 // Parses `host`, `host\instance`, `host,port` and `host\instance,port`, each also after `tcp:`. The hosts `.`
-// and
-// `(local)` become `localhost`; a port replaces the instance. False, with the reason in `problem`, without a
-// host or with a port that is not a number from 1 to 65535.
+// and `(local)` become `localhost`; a port replaces the instance. False, with the reason in `problem`,
+// without a host or with a port that is not a number from 1 to 65535.
 bool parseServer(std::string_view server, ServerAddress& address, std::string& problem);
 
 struct ConnectionSettings {

@@ -104,8 +104,8 @@ TEST_F(Process, SaysWhatToDoWhenAProgramCannotStart) {
     const Outcome missing = run("\"/no/such/sqlcmd\"", "\"/no/such/sqlcmd\" -P \"secret word\"");
     EXPECT_FALSE(missing.isStarted);
     EXPECT_EQ(missing.error,
-              "Cannot start [/no/such/sqlcmd]: No such file or directory. Install it, or name its path as "
-              "sqlcmd under [host.programs] in [" +
+              "Cannot start [/no/such/sqlcmd]: No such file or directory. Install it, or set sqlcmd to its "
+              "path under [host.programs] in [" +
                   m_store.path().string() + "].");
     EXPECT_NE(run("/dev/null", "null").error.find("Permission denied"), std::string::npos);
     const Outcome tooLong = run("/bin/true", "true \"" + std::string(1 << 20, 'x') + "\"");
