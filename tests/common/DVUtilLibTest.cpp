@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <string>
@@ -25,6 +26,12 @@ TEST_F(DVUtilLibTest, InitializeFixesTheRunsFiles) {
     const std::string base = installation.logFolder() / "purge";
     EXPECT_EQ(std::string(logFile.data()), base + ".log");
     EXPECT_EQ(std::string(sqlFile.data()), base + "_" + std::to_string(getpid()) + ".sql");
+
+    const std::string longName(1100, 'n');
+    ASSERT_TRUE(DVUtilLib(longName.c_str(), true).Initialize(logFile.data(), sqlFile.data()));
+    const std::string cut = (installation.logFolder() / longName).string().substr(0, 1023);
+    EXPECT_EQ(std::string(logFile.data()), cut);
+    EXPECT_EQ(std::string(sqlFile.data()), cut);
 
     installation.remove("EventManager", "dEVLOGDIR");
     EXPECT_FALSE(DVUtilLib("purge", true).Initialize(logFile.data(), nullptr));
@@ -57,6 +64,9 @@ TEST_F(DVUtilLibTest, MachineAndInstanceNames) {
     EXPECT_FALSE(util.GetMachineName(machine, controlSet));
     EXPECT_STREQ(util.getErrorText(), "The input virtual machine name doesn't exist.");
     EXPECT_EQ(controlSet, "untouched");
+    EXPECT_TRUE(util.GetMachineNameFromReg("MainHost"));
+    EXPECT_TRUE(util.GetControlSetName(controlSet));
+    EXPECT_EQ(controlSet, "Instance001");
 
     installation.remove("Dorvase", "sDVHOSTNAME");
     EXPECT_TRUE(util.GetMachineName(machine)) << "kept once read";
@@ -130,6 +140,11 @@ TEST_F(DVUtilLibTest, PlatformTypeIsCachedUnlessZeroAndTheClusterNever) {
 }
 
 TEST_F(DVUtilLibTest, ManagementServersAndTheirInstances) {
+    for (const std::size_t length : {1022, 1023, 1024, 1025}) {
+        installation.set("Dorvase", "sDVHOSTNAME", std::string(length, 'h'));
+        EXPECT_EQ(util.getDVHostList().at(0).size(), std::min<std::size_t>(length, 1023));
+    }
+    installation.set("Dorvase", "sDVHOSTNAME", "MainHost");
     EXPECT_EQ(util.getDVHostList(), std::vector<std::string>{"MainHost"});
     std::string host = "MAINHOST";  // the case does not count here
     ASSERT_TRUE(util.getInstanceNameFromDVHostName(host.data(), text.data()));

@@ -88,7 +88,12 @@ TEST_F(Registry, PlatformChecks) {
 
 TEST_F(Registry, HostIdentityKeepsToTheBuffers) {
     EXPECT_FALSE(GetNetHostName(nullptr, nullptr, error));
+    EXPECT_TRUE(GetNetHostName(nullptr, text.data(), error));
+    EXPECT_STREQ(text.data(), "MainHost");
     EXPECT_FALSE(GetInstanceName(nullptr));
+    EXPECT_TRUE(GetInstanceName(text.data()));
+    EXPECT_STREQ(text.data(), "Instance001");
+    EXPECT_EQ(DVUtil_GetModuleFileName(nullptr, text.data(), 100), 0U);
     unsigned int size = 8192;
     EXPECT_FALSE(DVUtil_GetComputerName(nullptr, &size));
     ASSERT_TRUE(DVUtil_GetComputerName(text.data(), &size));

@@ -1,17 +1,24 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <string>
 
 #include "DVUtilities/DBBase.h"
 
 namespace {
 
+// The buffer has no NUL but the text's, and nothing behind the longer of the two texts changes.
 std::string replaced(const std::string& text, const char* find, const char* replacement) {
     std::array<char, 256> buffer{};
-    text.copy(buffer.data(), buffer.size() - 1);
+    buffer.fill('#');
+    text.copy(buffer.data(), text.size());
+    buffer.at(text.size()) = '\0';
     DBBase(true).ReplaceString(buffer.data(), find, replacement);
-    return buffer.data();
+    const std::string result(buffer.data(), strnlen(buffer.data(), buffer.size()));
+    EXPECT_EQ(buffer.at(std::max(text.size(), result.size()) + 1), '#') << text;
+    return result;
 }
 
 TEST(QuoteDoubling, StringFormDoublesEveryQuote) {
@@ -39,6 +46,7 @@ TEST(QuoteDoubling, BufferFormWorksOnTheLastQuoteAfterTheFirstPass) {
         std::string(c.text).copy(buffer.data(), buffer.size());
         DBBase(true).fixTheString(buffer.data());
         EXPECT_STREQ(buffer.data(), c.expected);
+        EXPECT_EQ(replaced(c.text, "'", "''"), c.expected);
     }
     DBBase(true).fixTheString(static_cast<char*>(nullptr));
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "DVUtilities/DBBase.h"
@@ -66,6 +67,81 @@ TEST_F(Server, WindowsAuthenticationIsAskedForByDatabaseFirst) {
         DBBase found(true);
         EXPECT_EQ(find(found), !c.windows) << c.own << " " << c.general;
     }
+}
+
+TEST_F(Server, EachDatabaseIsFoundByItsOwnValues) {
+    const struct {
+        const char *name, *instance, *access, *connection;
+    } kinds[] = {{"dorvas", "sINSTANCE", "pACCESS", "sConnection"},
+                 {"nq2", "sNQ2INSTANCE", "pNQ2ACCESS", "sNQ2CONNECTION"},
+                 {"VTCloud", "sCLOUDINSTANCE", "pCLOUDACCESS", "sCLOUDCONNECTION"},
+                 {"WFEngine", "sWFINSTANCE", "pWFACCESS", "sWFCONNECTION"},
+                 {"HistoryDB", "sINSTANCE", "pACCESS", "sHISTORYCONNECTION"}};
+    const std::string credentials =
+        support::SampleInstallation::encipheredCredentials("02" + s_box->login() + s_box->password());
+    for (const auto& kind : kinds) {
+        const std::string name = kind.name;
+        const bool isNew = !db.SetDBValue(("USE " + name).c_str());
+        if (isNew) {
+            ASSERT_TRUE(db.SetDBValue(("CREATE DATABASE " + name).c_str()));
+            ASSERT_TRUE(db.SetDBValue(("USE " + name + " CREATE TABLE ZPDBVersions (id int)").c_str()));
+        }
+        installation.useServer("127.0.0.1,1", "nobody", "x");
+        installation.set("Database", kind.instance, s_box->server());
+        installation.set("Database", kind.access, credentials);
+        installation.set("Database", kind.connection, "own");
+        DBBase found(true);
+        std::array<char, 64> text{};
+        EXPECT_TRUE(find(found, kind.name)) << found.getErrorMsg();
+        EXPECT_EQ(found.getErrorMsg(), "Successfully connected to database [" + name + "] _DSN[own].");
+        EXPECT_TRUE(found.GetDBValueStr("SELECT DB_NAME()", text.data()));
+        EXPECT_EQ(text.data(), name);
+        EXPECT_TRUE(!isNew || db.SetDBValue(("DROP DATABASE " + name).c_str()));
+    }
+}
+
+TEST_F(Server, TheProbedTableFollowsTheProductType) {
+    const struct {
+        int productType;  // -1: never set
+        std::string table;
+    } cases[] = {{-1, "ZPDBVersions"}, {1, "simAllZephraRel"}, {0, "TNet"}};
+    for (const auto& c : cases) {
+        if (c.productType >= 0) db.setProductTypeZephra(c.productType);
+        EXPECT_FALSE(db.DBTest()) << c.table;
+        ASSERT_TRUE(db.SetDBValue(("CREATE TABLE " + c.table + " (id int)").c_str()));
+        EXPECT_TRUE(db.DBTest()) << c.table;
+        ASSERT_TRUE(db.SetDBValue(("DROP TABLE " + c.table).c_str()));
+    }
+}
+
+// Each overload for SQL given as unsigned char, and what GetValue() returns.
+TEST_F(Server, StatementsOfUnsignedCharacters) {
+    const auto bytes = [](const char* sql) { return reinterpret_cast<const unsigned char*>(sql); };
+    const unsigned char* one = bytes("SELECT 1, 2, '3'");
+    std::array<char, 64> text{};
+    std::array<wchar_t, 64> wide{};
+    Lines rows;
+    int number = 0;
+    ASSERT_TRUE(db.Connect(nullptr, nullptr, nullptr));
+    EXPECT_TRUE(db.ExecuteQuery(one));
+    EXPECT_EQ(db.GetValue("SELECT 41 + 1", nullptr, nullptr), 42);
+    EXPECT_EQ(db.GetValue(bytes("SELECT 'text'"), text.data(), nullptr), 1);
+    EXPECT_STREQ(text.data(), "text");
+    EXPECT_TRUE(db.GetValue(one, rows, 2) && db.GetValue(bytes("SELECT 'c', NULL"), rows, 2));
+    EXPECT_EQ(rows, (Lines{"1\0222", "c\022"})) << "rows are appended";
+    EXPECT_TRUE(db.Close());
+    EXPECT_TRUE(db.SetDBValue(one));
+    EXPECT_TRUE(db.GetDBValueInt(one, number) && number == 1);
+    EXPECT_TRUE(db.GetDBValueStr(bytes("SELECT 'w'"), wide.data()) && wide[0] == L'w');
+    EXPECT_TRUE(db.GetDBValueList(one, rows, 1) && rows == Lines{"1"});
+    std::vector<int> numbers;
+    std::vector<IdId_t> pairs;
+    std::vector<IdIdName_t> triples;
+    std::vector<IdNameItem_t> names;
+    EXPECT_TRUE(db.GetDBValueIntList(one, numbers) && numbers.at(0) == 1);
+    EXPECT_TRUE(db.GetDBValueIntIntList(one, pairs) && pairs.at(0).id2 == 2);
+    EXPECT_TRUE(db.GetDBValueIdIdNameList(one, triples) && triples.at(0).name == "3");
+    EXPECT_TRUE(db.GetDBValueIdName(one, names) && names.at(0).name == "2");
 }
 
 TEST_F(Server, SingleValues) {
@@ -200,6 +276,11 @@ TEST_F(Server, Maintenance) {
                   "' WITH RECOVERY, REPLACE,  MOVE 'dorvas' TO '/data/dorvas',  MOVE 'dorvas_log' TO "
                   "'/data/dorvas_log'].");
     EXPECT_EQ(db.getDBList().size(), 2U) << "the statement is not run";
+    std::string error;
+    EXPECT_FALSE(RestoreDatabase(backup.c_str(), "/data/", "copy", s_box->server().c_str(),
+                                 s_box->login().c_str(), s_box->password().c_str(), log.c_str(), error));
+    EXPECT_EQ(error, db.getErrorMsg());
+    EXPECT_FALSE(db.createSQLFileAndGenerateCSVOutput("SELECT 1", output.c_str(), "dorvas", ""));
 }
 
 TEST_F(Server, MaintenanceFailures) {
@@ -254,32 +335,37 @@ TEST_F(Server, OutputIsNeverWrittenThroughAForeignLink) {
 }
 
 TEST_F(Server, TemporaryFilesThatStayAndThatGo) {
-    const auto left = [&] {
-        const std::filesystem::directory_iterator entries(installation.tempFolder());
-        const auto count = std::distance(begin(entries), end(entries));
-        for (const auto& entry : std::filesystem::directory_iterator(installation.tempFolder())) {
-            EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600));
-            std::filesystem::remove(entry);
-        }
-        return count;
-    };
     std::array<char, 64> text{};
-    db.backUpDB("x.bak", installation.homeFolder().c_str(), "dorvas");
-    db.backUpDB("x.bak", "/no/such", "dorvas");
-    db.restoreDB("/no/such/x.bak", "/", "copy");
-    db.getLastBackUpInfo("dorvas", text.data(), text.data());
+    const std::string home = installation.homeFolder();
+    const auto execute = [&](const char* sql) { db.RunStringQuery(sql, nullptr, "dorvas"); };
     DBBase unknown(true);
     unknown.SetAccountInfo("", "", "", log.c_str());  // the tool refuses before it writes
-    unknown.getDBList();
-    EXPECT_EQ(left(), 0);
-    db.getDBList();
-    EXPECT_EQ(left(), 1);
-    db.checkSQLServerProductVersion();
-    EXPECT_EQ(left(), 1);
-    db.getLastBackUpInfo("O'Brien", text.data(), text.data());
-    EXPECT_EQ(left(), 1);
-    db.RunStringQuery("SELECT 1", nullptr, "dorvas");
-    EXPECT_EQ(left(), 1);
+    const struct {
+        const char* what;
+        std::function<void()> work;
+        int left;
+    } cases[] = {{"backup", [&] { db.backUpDB("x.bak", home.c_str(), "dorvas"); }, 0},
+                 {"failed backup", [&] { db.backUpDB("x.bak", "/no/such", "dorvas"); }, 0},
+                 {"restore", [&] { db.restoreDB((home + "/x.bak").c_str(), "/", "copy"); }, 0},
+                 {"failed restore", [&] { db.restoreDB("/no/such/x.bak", "/", "copy"); }, 0},
+                 {"date", [&] { db.getLastBackUpInfo("dorvas", text.data(), text.data()); }, 0},
+                 {"failed date", [&] { db.getLastBackUpInfo("O'Brien", text.data(), text.data()); }, 1},
+                 {"list", [&] { db.getDBList(); }, 1},
+                 {"refused list", [&] { unknown.getDBList(); }, 0},
+                 {"version", [&] { db.checkSQLServerProductVersion(); }, 1},
+                 {"statement", [&] { execute("SELECT 1"); }, 1},
+                 {"failed statement", [&] { execute("SELECT * FROM nowhere"); }, 1},
+                 {"refused statement", [&] { unknown.RunStringQuery("SELECT 1", nullptr, ""); }, 0}};
+    for (const auto& c : cases) {
+        c.work();
+        int left = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(installation.tempFolder())) {
+            EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << c.what;
+            std::filesystem::remove(entry);
+            ++left;
+        }
+        EXPECT_EQ(left, c.left) << c.what;
+    }
 }
 
 }  // namespace

@@ -61,6 +61,14 @@ TEST_F(ToolOutput, LinesThatLieAcrossBlocks) {
     Rows rows;
     ASSERT_TRUE(parse(file, rows, 2));
     EXPECT_EQ(rows, expected);
+
+    constexpr std::size_t kBlock = std::size_t{256} * 1024;
+    const std::string full = "h\n-\n" + std::string(kBlock - 5, 'y') + "\n";
+    ASSERT_EQ(full.size(), kBlock);
+    writeFile(file, full + "z");  // one byte in the last block
+    rows.clear();
+    ASSERT_TRUE(parse(file, rows, 1));
+    EXPECT_EQ(rows, (Rows{std::string(kBlock - 5, 'y'), "z"}));
 }
 
 TEST_F(ToolOutput, FileThatCannotBeRead) {

@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
 
 #include <string>
+#include <thread>
 
+#include "Program.h"
 #include "TestStore.h"
 #include "VTSimpleDBConn.h"
 
@@ -30,9 +35,11 @@ TEST(ConnectionString, WritesTheServerAsTheDriverWantsIt) {
                                Case{".", "Server={localhost};Port=1433;", "Server={localhost};"},
                                Case{"(local)\\X", "Server={localhost\\X};", "Server={localhost\\X};"},
                                Case{"a;PWD=x", "Server={a;PWD=x};Port=1433;", "Server={a;PWD=x};"},
-                               Case{"", nullptr, nullptr}, Case{"db1,", nullptr, nullptr},
-                               Case{"db1,0", nullptr, nullptr}, Case{"db1,65536", nullptr, nullptr},
-                               Case{"db1,1x", nullptr, nullptr}, Case{",1433", nullptr, nullptr}}) {
+                               Case{"a}b}", "Server={a}b}};Port=1433;", "Server={a}}b}}};"},
+                               Case{"a};b\\X", nullptr, "Server={a}};b\\X};"}, Case{"", nullptr, nullptr},
+                               Case{"db1,", nullptr, nullptr}, Case{"db1,0", nullptr, nullptr},
+                               Case{"db1,65536", nullptr, nullptr}, Case{"db1,1x", nullptr, nullptr},
+                               Case{",1433", nullptr, nullptr}}) {
         const TestStore store(kFreeTds);
         EXPECT_EQ(connectionString(server.server),
                   server.freeTds == nullptr ? ""
@@ -74,6 +81,34 @@ TEST(Connection, ReportsWhyItCannotBeOpened) {
         EXPECT_NE(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false), 0);
     }
     EXPECT_EQ(connection.CloseSQLConnection(), 0);
+}
+
+TEST(Connection, AServerThatNeverAnswersIsLeftAfterTheLoginTimeout) {
+    constexpr int kLongerThanTheTimeout = 10'000;  // milliseconds, and less than the default of 15 s
+    const TestStore store("[host]\nloginTimeout = 1\n");
+    const support::Descriptor listener(::socket(AF_INET, SOCK_STREAM, 0));
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    ASSERT_EQ(::bind(listener.get(), generic, size) + ::listen(listener.get(), 1), 0);
+    ASSERT_EQ(::getsockname(listener.get(), generic, &size), 0);
+    bool isLeft = false;
+    std::thread silentServer([&] {
+        const support::Descriptor client(::accept(listener.get(), nullptr, nullptr));
+        pollfd waiting{client.get(), POLLIN, 0};
+        char request[512];
+        while (!isLeft && ::poll(&waiting, 1, kLongerThanTheTimeout) == 1)
+            isLeft = ::recv(client.get(), request, sizeof request, 0) <= 0;
+    });
+    const std::string server = "127.0.0.1," + std::to_string(ntohs(address.sin_port));
+    VTSimpleDBConnObject connection;
+    EXPECT_NE(
+        connection.OpenSQLConnectionUsingConnectionString(connectionString(server.c_str()).c_str(), false),
+        0);
+    silentServer.join();
+    EXPECT_TRUE(isLeft);
 }
 
 }  // namespace

@@ -55,6 +55,15 @@ TEST(Files, CreationNeverOpensWhatIsThere) {
     const CVoError error = file.Open(link.c_str(), O_CREAT | O_WRONLY, 0600);
     EXPECT_EQ(error.GetErrorCode(), EEXIST);
     EXPECT_STREQ(error.AsString(), "File exists");
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = descriptors();
+    EXPECT_FALSE(file.Open(path.c_str(), "r").IsError());
+    EXPECT_EQ(descriptors(), before + 1);
+    EXPECT_FALSE(file.Open(path.c_str(), "r").IsError());
+    EXPECT_FALSE(file.Open(path.c_str(), O_RDONLY, 0).IsError());
+    EXPECT_EQ(descriptors(), before + 1) << "an open file is closed before the next one is opened";
     EXPECT_FALSE(std::filesystem::exists(folder / "elsewhere"));
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -88,6 +89,12 @@ TEST(HostSetup, ReplacesTheFileAsAWhole) {
     struct stat status {};
     ASSERT_EQ(::stat(real.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0604U);
+    constexpr uid_t kOther = 65534;
+    if (::chown(real.c_str(), kOther, kOther) == 0) {  // as only root may
+        ASSERT_TRUE(setStoreValue({"I", "Base"}, "sA", "x", problem)) << problem;
+        ASSERT_EQ(::stat(real.c_str(), &status), 0);
+        EXPECT_EQ(std::pair(status.st_uid, status.st_gid), std::pair(kOther, kOther));
+    }
 
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);

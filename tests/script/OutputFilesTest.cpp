@@ -22,6 +22,7 @@ TEST(OutputHeader, IsDroppedOnlyAboveItsSeparator) {
         {"a\tb\n-\t-\n", ""},
         {"n\n-", ""},
         {wide + "\n" + dashes + "\n" + wide + "\n", wide + "\n"},
+        {"n\n-\n" + wide + "x", wide + "x\n"},  // one byte in the last block
     };
     for (const auto& c : cases) {
         const support::TempDir folder;

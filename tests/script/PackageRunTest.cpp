@@ -5,7 +5,10 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <thread>
 
 #include "CVoFile.h"
@@ -63,6 +66,39 @@ TEST_F(PackageRun, IsCataloguedOnceAndOnlyItsUsageRefreshed) {
     EXPECT_EQ(query(rows, 4), (std::vector<std::string>{"100|0|1700000000|\nHow to call it"}));
 }
 
+// In a new database the first script and its first run have the id 1.
+TEST_F(PackageRun, RunsInADatabaseThatIsNamedOrDetected) {
+    const struct {
+        std::string database, component;
+    } cases[] = {{"WFEngine", "808"}, {"VTCloud", "809"}, {"HistoryDB", "810"}};
+    m_installation.set("Base", "nPLATTYPE", 4);
+    m_installation.remove("InstalledPackages\\803", "sInstallState");
+    const std::string log = m_installation.baseFolder() / "made.log";
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.database);
+        DBBase db(true);
+        db.SetAccountInfo(s_box->server().c_str(), s_box->login().c_str(), s_box->password().c_str(),
+                          log.c_str());
+        ASSERT_TRUE(db.SetDBValue(("CREATE DATABASE " + c.database).c_str()));
+        ASSERT_TRUE(db.RunFileQuery(CATALOGUE_SQL, log.c_str(), c.database.c_str(), true, false));
+        for (const auto& other : cases)
+            m_installation.set("InstalledPackages\\" + other.component, "sInstallState",
+                               other.component == c.component ? "Installed" : "Removed");
+        const std::string script = "#START_SCRIPT#\nPRINT DB_NAME()\n";
+        writePackage("named", "#START_OPTIONS#\nDatabase Name:" + c.database + "\n" + script);
+        writePackage("detected", script);
+        for (const char* name : {"named", "named", "detected"}) {
+            const Result result = runPackage(name);
+            EXPECT_EQ(result.output, c.database + "\n\nTscript Execution Succeeded!\n");
+            EXPECT_EQ(result.database, c.database);
+        }
+        EXPECT_EQ(query("SELECT s.id, e.id, e.status FROM ZpTscripts s JOIN ZpTscriptExec e ON e.tsId = s.id "
+                        "ORDER BY e.id",
+                        3, c.database.c_str()),
+                  (Texts{"1|1|1", "1|2|1", "2|3|1"}));
+    }
+}
+
 TEST_F(PackageRun, NamesWithQuotesAndPercentSignsAreHarmless) {
     const std::string name = "it's {\u00fc} \"100%s\"';\nDELETE ZpTscripts --";
     writePackage(name, packageOf("PRINT 'ran'\n"));
@@ -80,10 +116,13 @@ TEST_F(PackageRun, HelpAndOtherOperationsRunNothing) {
     ASSERT_TRUE(script.initialize("helped") && script.setSQLFile(nullptr)) << script.getOutput();
     const Result help = runPackage("helped", {}, 2);
     EXPECT_TRUE(help.done);
-    EXPECT_EQ(
-        help.output,
-        std::string("\n\nUsage:\n\nHow to call it\n\nDescription:\n\nWhat it does\n\nCreation Time:\n") +
-            script.getCreation() + "\n\n");
+    const std::time_t created = 1700000000;
+    std::ostringstream creation;
+    creation << std::put_time(std::localtime(&created), "%Y/%m/%d %H:%M:%S");
+    EXPECT_EQ(script.getCreation(), creation.str());
+    EXPECT_EQ(help.output,
+              "\n\nUsage:\n\nHow to call it\n\nDescription:\n\nWhat it does\n\nCreation Time:\n" +
+                  creation.str() + "\n\n");
     const Result other = runPackage("helped", {}, 3);
     EXPECT_TRUE(other.done);
     EXPECT_EQ(other.output, "");

@@ -1,6 +1,7 @@
 #include "ProcedureRun.h"
 
 #include "DVUtilities/TScript.h"
+#include "DVUtilities/TScriptRecords.h"
 #include "ScriptFixture.h"
 
 namespace {
@@ -88,6 +89,67 @@ TEST_F(ProcedureRuns, ASecuredTscriptRunsForAUser) {
               "7|");
 }
 
+TEST_F(ProcedureRuns, AnEndIsRecordedOnlyAfterAStart) {
+    TScript script;
+    ASSERT_TRUE(script.isTscriptSP("tsEventSummary", "Dorvas"));
+    EXPECT_FALSE(script.recordExecEnd(1));
+    EXPECT_STREQ(script.getErrorMessage(),
+                 "Failed to record tscript end time because start time is not recorded!");
+    EXPECT_TRUE(script.recordExecStart("by hand"));
+    EXPECT_EQ(lastRun("tsEventSummary"), "0|0|by hand");
+    EXPECT_TRUE(script.recordExecEnd(2));
+    EXPECT_EQ(lastRun("tsEventSummary"), "2|0|by hand");
+}
+
+TEST_F(ProcedureRuns, RecordsComeInPages) {
+    TScriptRecords records;
+    std::vector<TScriptEntry_t> entries(1);
+    std::vector<TScriptRun_t> runs;
+    EXPECT_FALSE(records.listScripts(nullptr, 0, 10, entries));
+    EXPECT_TRUE(entries.empty());
+    EXPECT_STREQ(records.getErrorMessage(), "No database is open. Call open first.");
+    ASSERT_TRUE(records.open("dorvas")) << records.getErrorMessage();
+    EXPECT_STREQ(records.getDbName(), "Dorvas");
+    EXPECT_FALSE(records.open("Dorvas"));
+    EXPECT_STREQ(records.getErrorMessage(),
+                 "The database is chosen already. Take a new object for another one.");
+    const std::string wrongPage = "A page has 1 to 10,000 rows.";
+    const std::string longPattern = "The name pattern is longer than 256 bytes. Shorten it.";
+    const struct {
+        std::size_t pattern;
+        int maximum;
+        std::string error;
+    } cases[] = {{256, 1, ""},   {257, 1, longPattern}, {0, 1, ""},        {0, 0, wrongPage},
+                 {0, 10000, ""}, {0, 10001, wrongPage}, {0, -1, wrongPage}};
+    for (const auto& c : cases) {
+        TScriptRunFilter_t filter;
+        filter.namePattern = std::string(c.pattern, '*');
+        entries.resize(1);
+        runs.resize(1);
+        EXPECT_EQ(records.listScripts(filter.namePattern.c_str(), 0, c.maximum, entries), c.error.empty());
+        EXPECT_EQ(records.listRuns(filter, 0, c.maximum, runs), c.error.empty());
+        if (c.error.empty()) continue;
+        EXPECT_EQ(records.getErrorMessage(), c.error);
+        EXPECT_TRUE(entries.empty() && runs.empty());
+    }
+    EXPECT_TRUE(records.listScripts("tsSwitch*", 0, 10, entries));
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_EQ(entries[0].type, kTScriptPermanent | kTScriptSecured);
+    EXPECT_EQ(entries[0].creationTime, 1704067200);
+
+    for (const char* input : {"first", "second"}) runProcedure("tsEventSummary", 1, nullptr, input);
+    TScriptRunFilter_t filter;
+    filter.namePattern = "tsEventSummar?";
+    filter.status = 1;
+    int beforeId = 0;
+    for (const char* input : {"second", "first"}) {
+        ASSERT_TRUE(records.listRuns(filter, beforeId, 1, runs) && runs.size() == 1);
+        EXPECT_EQ(runs[0].input, input);
+        EXPECT_TRUE(runs[0].startTime > 1700000000 && runs[0].endTime >= runs[0].startTime);
+        beforeId = runs[0].id;
+    }
+}
+
 TEST_F(ProcedureRuns, OptionBitsDropTheHeadingOrLeaveTheOutputInItsFile) {
     TScript script;
     ASSERT_TRUE(script.isTscriptSP("tsListNodes", "dorvas"));
@@ -120,7 +182,7 @@ TEST_F(ProcedureRuns, TellsWhetherANameIsOne) {
         bool found;
         const char *foundName, *foundDatabase;
     } cases[] = {
-        {"TSLISTNODES", "dorvas", true, "tsListNodes", "Dorvas"},
+        {"TSEVENTSUMMARY", "dorvas", true, "tsEventSummary", "Dorvas"},  // its id is 1
         {"tsListNodes", "", true, "tsListNodes",
          "Dorvas"},  // several components, the management server's counts
         {"absent", "DORVAS", false, "absent", "Dorvas"},
@@ -182,6 +244,25 @@ TEST_F(ProcedureRuns, ExportedFunctionsTakeNullAddresses) {
     EXPECT_FALSE(TS_ExecTscript_SP(nullptr, nullptr, nullptr, nullptr, 1, &text, &text, &level));
     EXPECT_FALSE(TS_ExecTscript_SQL(nullptr, &text, nullptr, nullptr, 1, &text, &text));
     EXPECT_FALSE(TS_ExecTscript_SQL("x", nullptr, nullptr, nullptr, 1, &text, &text));
+    EXPECT_FALSE(TS_ExecTscript_SQL("x", &text, nullptr, nullptr, 1, nullptr, &text));
+    EXPECT_FALSE(TS_ExecTscript_SQL("x", &text, nullptr, nullptr, 1, &text, nullptr));
+    EXPECT_FALSE(TS_ExecTscript_SQL_In("x", nullptr, nullptr, nullptr, &text, &text));
+    EXPECT_FALSE(TS_ExecTscript_SQL_In("x", &text, nullptr, nullptr, nullptr, &text));
+    EXPECT_FALSE(TS_ExecTscript_SQL_In("x", &text, nullptr, nullptr, &text, nullptr));
+    EXPECT_FALSE(TS_PreviewTscript_SQL("x", nullptr, nullptr, &text, &text));
+    EXPECT_FALSE(TS_PreviewTscript_SQL("x", &text, nullptr, nullptr, &text));
+    EXPECT_FALSE(TS_PreviewTscript_SQL("x", &text, nullptr, &text, nullptr));
+    EXPECT_FALSE(TS_PreviewTscript_SP("x", nullptr, nullptr, &text));
+    EXPECT_FALSE(TS_PreviewTscript_SP("x", nullptr, &text, nullptr));
+    std::string log, error, database;
+    EXPECT_FALSE(TS_ExecTscript_SQL_In(nullptr, &database, nullptr, nullptr, &log, &error));
+    EXPECT_EQ(error, "Empty script name! ");
+    EXPECT_FALSE(TS_PreviewTscript_SQL(nullptr, &database, nullptr, &text, &error));
+    EXPECT_EQ(error, "Empty script name! ");
+    EXPECT_FALSE(TS_PreviewTscript_SP(nullptr, nullptr, &text, &error));
+    EXPECT_EQ(error, "Empty script name! ");
+    EXPECT_TRUE(TS_PreviewTscript_SP("tsListNodes", nullptr, &text, &error));
+    EXPECT_EQ(text, "  EXEC tsListNodes  ");
 }
 
 }  // namespace

@@ -217,6 +217,58 @@ TEST_F(Report, HasBoundsWhateverTheJournalHolds) {
     }
 }
 
+TEST_F(Report, FiguresOfFewRuns) {
+    const std::int64_t anHour = std::time(nullptr) / 3600 * 3600 - 7200;
+    const struct {
+        const char* name;
+        int seconds, status;
+    } runs[] = {{"F one", 100, 1},     {"F two", 10, 1},        {"F two", 20, 1},    {"F 3599 s", 3599, 1},
+                {"F 3600 s", 3600, 2}, {"F 86399 s", 86399, 1}, {"F day", 86400, 1}, {"F days", 93600, 1},
+                {"F open", 0, 0},      {"F odd", 5, 7}};
+    std::string statements =
+        "DECLARE @hour datetime SET @hour = dbo.GetDateTime(" + std::to_string(anHour) + ")\n";
+    for (const auto& run : runs)
+        statements +=
+            row(run.name, "@hour", "DATEADD(second, " + std::to_string(run.seconds) + ", @hour)", run.status);
+    enter(statements);
+    const std::string text = page({"--name", "F *", "--stale", "1"});
+    expectIn(text,
+             {"<dt>Runs</dt><dd>10</dd>", "<dt>Succeeded</dt><dd>77.7 %</dd>", "<dt>Failed</dt><dd>1</dd>",
+              "<dt>Abandoned</dt><dd>1</dd>", "<dt>Unknown state</dt><dd>1</dd>",
+              "In all 7 ok, 1 failed, 1 abandoned, 1 unknown. At most 10 in one hour.",
+              "</th><td>10</td><td>7</td><td>1</td><td>1</td><td>1</td></tr>\n</tbody>"});
+    const struct {
+        const char *name, *median, *most, *longest;
+    } scripts[] = {{"F one", "1 min 40 s", "1 min 40 s", "1 min 40 s"},
+                   {"F two", "10 s", "10 s", "20 s"},
+                   {"F 3599 s", "59 min 59 s", "59 min 59 s", "59 min 59 s"},
+                   {"F 3600 s", "1 h 00 min", "1 h 00 min", "1 h 00 min"},
+                   {"F 86399 s", "23 h 59 min", "23 h 59 min", "23 h 59 min"},
+                   {"F day", "1 d 00 h", "1 d 00 h", "1 d 00 h"},
+                   {"F days", "1 d 02 h", "1 d 02 h", "1 d 02 h"},
+                   {"F open", "–", "–", "–"},
+                   {"F odd", "–", "–", "–"}};
+    for (const auto& script : scripts) {
+        const std::size_t at = text.find("<bdi>" + std::string(script.name) + "</bdi></th>");
+        const std::string cells = text.substr(at, text.find("</tr>", at) - at);
+        expectIn(cells, {std::string("\"Median\">") + script.median + "<",
+                         std::string("95 %\">") + script.most + "<",
+                         std::string("\"Longest\">") + script.longest + "<"});
+    }
+}
+
+// The log holds a run of the same script at the same time, which succeeded.
+TEST_F(Report, TheOutputOfASuccessIsNotAFailures) {
+    packBody("Quiet", "PRINT 'all is well'\n");
+    ASSERT_EQ(run({"run", "Quiet"}).exitCode, 0);
+    enter(
+        "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId)\n"
+        "SELECT tsId, type, name, timeStart, timeEnd, 2, '', 0 FROM ZpTscriptExec WHERE name = 'Quiet'");
+    const std::string text = page({});
+    expectIn(text, {"1 run failed or abandoned", "Its output is not known"});
+    EXPECT_EQ(count(text, "all is well"), 0U);
+}
+
 TEST_F(Report, IsWholeOrNotThere) {
     expectAll({
         {{"report", "--since", "yesterday"}, 2, "", "is no time"},

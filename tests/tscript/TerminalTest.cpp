@@ -156,4 +156,28 @@ TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
     }
 }
 
+TEST_F(OnATerminal, ListingsAreAligned) {
+    pack("Zürich日", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
+    ASSERT_EQ(run({"run", "Zürich日"}).exitCode, 0);
+    const struct {
+        unsigned short columns;
+        std::string name, screen;  // what the screen begins with
+    } cases[] = {
+        {80, "tsS*",
+         "ID  NAME          KIND       SECURED  AUDIT  CREATED\r\n"
+         "3   tsSwitchNode  procedure  secured  2      20"},
+        {80, "Z*",
+         "ID  NAME      KIND     SECURED  AUDIT  CREATED\r\n"
+         "4   Zürich日  package  -        0      20"},
+        {30, "Z*",
+         "ID       4\r\nNAME     Zürich日\r\nKIND     package\r\nSECURED  -\r\nAUDIT    0\r\n"
+         "CREATED  20"},
+    };
+    for (const auto& c : cases) {
+        TerminalProgram program = terminal({"catalogue", "--name", c.name}, c.columns, kDumb);
+        EXPECT_EQ(program.end(), 0);
+        EXPECT_EQ(program.screen().substr(0, c.screen.size()), c.screen);
+    }
+}
+
 }  // namespace

@@ -15,6 +15,12 @@ TEST(CommandLine, WrongInputsAreRefusedWithTheirExitCode) {
         {{}, 2, "", "See tscript --help"},
         {{"--help"}, 0, "Exit codes", ""},
         {{"rnu", "X"}, 2, "", "did you mean 'run'?"},
+        {{"lin"}, 2, "", "did you mean 'lint'?"},        // "run" is two letters away
+        {{"epack"}, 2, "", "did you mean 'pack'?"},      // "repack" is as near
+        {{"jounrl"}, 2, "", "did you mean 'journal'?"},  // swapped letters count once
+        {{"catalog"}, 2, "", "did you mean 'catalogue'?"},
+        {{"ctalog"}, 2, "", "no command 'ctalog'\n"},
+        {{"xx"}, 2, "", "no command 'xx'\n"},
         {{"sandbox", "dwon"}, 2, "", "did you mean 'down'?"},
         {{"WRONG", "--help"}, 2, "", "no command 'WRONG'\n"},
         {{"rnu", "--help"}, 2, "", "did you mean 'run'?"},
@@ -82,6 +88,15 @@ TEST_F(Installation, LooksAfterDatabases) {
         {{"db", "backup", "dorvas", backup}, 0, "Backed-Up the Database [dorvas]", ""},
         {{"db", "last-backup", "dorvas"}, 0, ", 0 day(s) ago", ""},
         {{"db", "restore", backup, "copy"}, 0, "RESTORE DATABASE copy FROM DISK", "has not been run"},
+        {{"db", "restore", backup, "copy", "--to", "/data"}, 0, "TO '/data/dorvas'", "has not been run"},
+        {{"db", "restore", backup, "copy", "--to", "data"}, 2, "", "'data' is not absolute"},
+        {{"db", "restore", backup, "copy", "--to", "/50%"}, 2, "", "the folder for the data files must not"},
+        {{"db", "restore", backup, "x'y"}, 2, "", "the database name must not"},
+        {{"db", "restore", backup, ""}, 2, "", "the database name must not"},
+        {{"db", "restore", backup, std::string(129, 'x')}, 2, "", "the database name"},
+        {{"db", "restore", "/x\ny.bak", "copy"}, 2, "", "the backup file must not"},
+        {{"db", "restore", "x.bak", "copy"}, 2, "", "'x.bak' is not absolute"},
+        {{"db", "last-backup", "x'y"}, 2, "", "the database name must not"},
         {{"db", "backup", "dorvas", "relative.bak"}, 2, "", "is not absolute"},
         {{"db", "backup", "x'; DROP TABLE y --", backup}, 2, "", "must not"},
         {{"db", "backup", "nothing", backup}, 1, "", "Failed to execute DB query"},
@@ -198,22 +213,28 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
 
 TEST_F(Installation, LooksIntoPackages) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
-    const std::string line(600, 'x');
+    const std::string body = "--" + std::string(600, 'x') + "\nPRINT '%s 5%% %s'\nPRINT '%s'\n";
     pack("Long",
-         "#START_OPTIONS#\nPlexum ID:26\nDescription:one\ntwo\n#START_USAGE#\nLong X\n#START_SCRIPT#\n--" +
-             line + "\n\nPRINT '%s 5%% %s'\n");
+         "#START_OPTIONS#\nPlexum ID:26\nDescription:one\ntwo\n#START_USAGE#\nLong X\n#START_SCRIPT#\n" +
+             body);
     const fs::path packed = folder / "Scripts" / "Long.sql";
     expectAll({
         {{"inspect", purge}, 0, "yes, every record", ""},
         {{"inspect", packed}, 0, "Long X", ""},
         {{"inspect", packed, "--json"}, 0, "\"description\": \"one\\ntwo\"", ""},
-        {{"inspect", packed, "--json"}, 0, "\"bodyLines\": 2,\n  \"placeholders\": 2\n", ""},
-        {{"inspect", packed, "--body"}, 0, "\n\n--" + line + "\nPRINT '%s 5%% %s'\n", ""},
+        {{"inspect", packed, "--json"}, 0, "\"bodyLines\": 3,\n  \"placeholders\": 3\n", ""},
+        {{"inspect", packed}, 0, " bytes, 3 line(s), 3 placeholder(s)\n", ""},
+        {{"inspect", packed, "--body"}, 0, "\n\n" + body, ""},
         {{"inspect", m_temp / "none"}, 2, "", "is no file"},
         {{"inspect", m_temp.path()}, 2, "", "is no file"},
         {{"inspect", store()}, 3, "no: ", "is not authentic"},
     });
     EXPECT_EQ(run({"inspect", packed}).output.find("PRINT"), std::string::npos);
+    std::string blankLines = support::readFile(packed);
+    for (std::size_t at = 0; (at = blankLines.find('\n', at)) != std::string::npos; at += 4)
+        blankLines.replace(at, 1, "\r\n\r\n");
+    support::writeFile(packed, blankLines);
+    expectAll({{{"inspect", packed}, 0, "yes, every record", ""}, {{"run", "Long"}, 0, "5% %s", ""}});
     std::string records = support::readFile(purge);
     const std::size_t third = records.find('\n', records.find('\n') + 1) + 1;
     records[third + 40] = records[third + 40] == 'A' ? 'B' : 'A';
@@ -318,16 +339,19 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
          "'a' + CHAR(9) + CHAR(27) + 'b', 0),\n"
          "(1, 2, '50%', dbo.GetDateTime(1700000001), dbo.GetDateTime(1700000001), 2, NULL, 0),\n"
          "(1, 2, '50x', dbo.GetDateTime(1700000002), dbo.GetDateTime(1700000002), 0, '', 7),\n"
-         "(1, 2, '[a_b]', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 1, '', 0)\n");
+         "(1, 2, '[a_b]', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 1, '', 0),\n"
+         "(1, 1, 'Odd', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 7, '', 0)\n"
+         "INSERT ZpTscripts VALUES (102, 'Both', 0, GETDATE(), ''), (1, 'Other', 0, GETDATE(), '')\n");
     ASSERT_EQ(run({"run", "Rows"}).exitCode, 0);
-    const std::string all = "[a_b],50x,50%,O'Brien,Rows";
+    pack("tsListNodes", "#START_SCRIPT#\nPRINT 'x'\n");
+    const std::string all = "Odd,[a_b],50x,50%,O'Brien,Rows";
     const struct {
         Words filter;
         std::string names;
     } cases[] = {
         {{}, all},
         {{"--last", "0"}, all},
-        {{"--last", "2"}, "[a_b],50x"},
+        {{"--last", "2"}, "Odd,[a_b]"},
         {{"--name", "O'Brien"}, "O'Brien"},
         {{"--name", "' OR 1 = 1 --"}, ""},
         {{"--name", "50%"}, "50%"},
@@ -337,6 +361,7 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"--name", "_a_b]"}, ""},
         {{"--status", "ok", "--last", "2"}, "[a_b],O'Brien"},
         {{"--status", "failed"}, "50%"},
+        {{"--status", "running"}, "50x"},
         {{"--since", "1h"}, "Rows"},
         {{"--since", "2023-11-10", "--name", "50*"}, "50x,50%"},
         {{"--db", "nq2"}, ""},
@@ -352,10 +377,25 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
     expectAll({
         {{"journal", "--name", "O*"}, 0, "\t2 min 05 s\ta  b\n", ""},
         {{"journal", "--status", "running"}, 0, "\t50x\tabandoned\t", ""},
+        {{"journal", "--name", "Odd"}, 0, "\tOdd\t7\t", ""},
         {{"journal", "--status", "running", "--stale", "900000"}, 0, "\t50x\trunning\t", ""},
-        {{"journal", "--json", "--name", "50x"}, 0, R"("start":"2023-11-14T22:13:22Z","end":null,)", ""},
+        {{"journal", "--json", "--name", "50x"},
+         0,
+         R"("kind":"procedure","status":"abandoned","start":"2023-11-14T22:13:22Z","end":null,)",
+         ""},
+        {{"journal", "--json", "--name", "Rows"}, 0, R"("name":"Rows","kind":"package","status":"ok",)", ""},
+        {{"journal", "--json", "--name", "Odd"}, 0, R"("kind":"other","status":"7",)", ""},
+        {{"catalogue", "--json", "--name", "Both"}, 0, R"("kind":"both","type":102,"secured":false,)", ""},
+        {{"catalogue", "--json", "--name", "Other"}, 0, R"("kind":"other","type":1,)", ""},
+        {{"catalogue", "--json", "--name", "tsSw*"},
+         0,
+         R"("kind":"procedure","type":10,"secured":true,)",
+         ""},
         {{"journal", "--json", "--name", "none"}, 0, "[]\n", ""},
         {{"which", "tsSwitchNode"}, 0, "audit level 2, secured", ""},
+        {{"which", "tsSwitchNode", "--json"}, 0, R"("kind": "procedure",)", ""},
+        {{"which", "tsListNodes", "--json"}, 0, R"("kind": "both",)", ""},
+        {{"which", "Rows", "--json"}, 0, R"("kind": "package",)", ""},
         {{"which", "Rows", "--json"}, 0, R"("packageDatabase": "Dorvas")", ""},
         {{"which", "None"}, 2, "", "neither a package nor a stored-procedure"},
         {{"journal", "--status", "broken"}, 2, "", "broken"},
@@ -574,6 +614,7 @@ TEST_F(Installation, AsksBeforeSomethingIsLost) {
         {with(restore, "--no-input"), 2, "", "Nobody can be asked"},
         {with(restore, "--yes"), 0, "RESTORE DATABASE copy", "restored copy"},
         {{"db", "list"}, 0, "copy\n", ""},
+        {{"sandbox", "shell", "--dir", folder}, 0, "dorvas", "", "SELECT DB_NAME()\nGO\n"},
         {{"sandbox", "shell", "--dir", folder, "--db", "copy"},
          0,
          "26",
