@@ -1,21 +1,32 @@
-// Calls every exported operation of the installed library against a running sample installation.
-// Arguments: the installation's folder, its server, login and the file with its password.
-#include <fstream>
+// A program of another project: includes every exported header and runs a package of a sample installation.
+#include <DVUtilities/DBBase.h>
+#include <DVUtilities/DVUtilLib.h>
+#include <DVUtilities/TScript.h>
+#include <DVUtilities/TScriptApi.h>
+#include <DVUtilities/TScriptRecords.h>
+#include <DVUtilities/commonFunc.h>
 
-#include "Check.h"
+#include <cstdio>
 
-int main(int argc, char** argv) {
-    if (argc != 5) {
-        std::fprintf(stderr, "usage: consumer FOLDER SERVER LOGIN PASSWORD-FILE\n");
-        return 2;
-    }
-    Site site{argv[1], argv[2], argv[3], {}, std::string(argv[1]) + "/logs/consumer.log"};
-    std::getline(std::ifstream(argv[4]) >> std::ws, site.password);
-
-    Checks checks;
-    checkHostFacts(site, checks);
-    checkDatabase(site, checks);
-    checkScripts(site, checks);
-    std::printf("%d passed, %d failed\n", checks.passed, checks.failed);
-    return checks.failed == 0 ? 0 : 1;
+int main() {
+    std::string error;
+    char instance[1024];
+    std::string machine;
+    TScript script;
+    DBBase db(false);
+    int events = 0;
+    TScriptRecords records;
+    std::vector<TScriptEntry_t> entries;
+    std::string procedure = "tsEventSummary";
+    std::string database = "Dorvas";
+    const bool done = GetInstanceName(instance) && isPlatformDV(instance, error) &&
+                      DVUtilLib("consumer", false).GetMachineName(machine) &&
+                      script.initialize("PurgeEvents") && script.setSQLFile(nullptr) &&
+                      script.executeSQLFile({"3650", "1"}, nullptr) &&
+                      db.GetAccountInfo(machine.c_str(), instance, script.getLogFile(), database.c_str()) &&
+                      db.GetDBValueInt("SELECT COUNT(*) FROM EventLog", events) && events > 0 &&
+                      records.open("Dorvas") && records.listScripts("PurgeEvents", 0, 1, entries) &&
+                      entries.size() == 1 && TS_IsTscriptSP(&procedure, &database);
+    std::puts(script.getOutput());
+    return done ? 0 : 1;
 }

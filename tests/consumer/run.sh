@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the build into a folder, configures and builds the consumer against it as another project would,
-# also by pkg-config, and runs it against a sample installation made by the installed tools.
+# Installs the build into a folder, builds the consumer against it as another project would, by CMake and by
+# pkg-config, and runs it against a sample installation made by the installed tools.
 # Argument: the build folder.
 set -euo pipefail
 build=$1
@@ -18,12 +18,11 @@ library=$(dirname "$(find "$work/prefix" -name libDVUtilities.so)")
 cmake -S "$source" -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build "$work/consumer"
 
-# pkg-config's flags are enough to compile, link and start a program; without arguments it says how it is called.
+# pkg-config's flags are enough to compile, link and start a program.
 flags=$(PKG_CONFIG_PATH="$library/pkgconfig" pkg-config --cflags --libs DVUtilities)
-eval "c++ -std=c++17 \"\$source\"/*.cpp $flags -Wl,-rpath,\"\$library\" -o \"\$work/by-pkg-config\""
-"$work/by-pkg-config" 2>/dev/null && exit 1 || [[ $? -eq 2 ]]
+eval "c++ -std=c++17 \"\$source\"/main.cpp $flags -Wl,-rpath,\"\$library\" -o \"\$work/by-pkg-config\""
 
 "$work/prefix/bin/tscript" sandbox --dir "$work/site" up >/dev/null
-store=$work/site/registry.toml
-server=$(sed -n 's/^sINSTANCE *= *"\(.*\)"/\1/p' "$store")
-ZEPHRA_REGISTRY=$store "$work/consumer/consumer" "$work/site" "$server" sa "$work/site/password"
+for program in "$work/consumer/consumer" "$work/by-pkg-config"; do
+  ZEPHRA_REGISTRY=$work/site/registry.toml "$program"
+done

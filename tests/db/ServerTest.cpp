@@ -277,6 +277,10 @@ TEST_F(Server, Maintenance) {
                   "'/data/dorvas_log'].");
     EXPECT_EQ(db.getDBList().size(), 2U) << "the statement is not run";
     std::string error;
+    Lines listed;
+    EXPECT_TRUE(GetDatabaseList(s_box->server().c_str(), s_box->login().c_str(), s_box->password().c_str(),
+                                log.c_str(), error, listed));
+    EXPECT_EQ(error + std::to_string(listed.size()), "2");
     EXPECT_FALSE(RestoreDatabase(backup.c_str(), "/data/", "copy", s_box->server().c_str(),
                                  s_box->login().c_str(), s_box->password().c_str(), log.c_str(), error));
     EXPECT_EQ(error, db.getErrorMsg());

@@ -13,6 +13,7 @@
 
 #include "CVoFile.h"
 #include "DVUtilities/TScript.h"
+#include "DVUtilities/TScriptRecords.h"
 #include "ScriptFixture.h"
 
 namespace {
@@ -238,7 +239,30 @@ TEST_F(PackageRun, APathOnceSetIsKept) {
     ASSERT_TRUE(script.setSQLFile(second.c_str()));
     ASSERT_TRUE(script.executeSQLFile({}, nullptr));
     EXPECT_EQ(std::string(script.getOutput()).find("first"), 0U);
+    EXPECT_STREQ(script.getErrorMessage(), "Tscript Execution Succeeded!");
     EXPECT_FALSE(script.isTscriptSP("tsListNodes", "Dorvas")) << "the object holds a package";
+}
+
+TEST_F(PackageRun, APreviewShowsTheTextThatRuns) {
+    writePackage("shown", packageOf("PRINT '%s'\n"));
+    const Texts values{"it's"};
+    std::string database = "nq2", sql, log, output;
+    EXPECT_FALSE(TS_PreviewTscript_SQL("shown", &database, &values, &sql, &output));
+    EXPECT_NE(output.find("made for the database [Dorvas]"), std::string::npos) << output;
+    EXPECT_FALSE(TS_ExecTscript_SQL_In("shown", &database, &values, nullptr, &log, &output));
+    EXPECT_NE(output.find("made for the database [Dorvas]"), std::string::npos) << output;
+    EXPECT_EQ(database, "nq2");
+    database.clear();
+    EXPECT_TRUE(TS_PreviewTscript_SQL("shown", &database, &values, &sql, &output)) << output;
+    EXPECT_EQ(database, "Dorvas");
+    EXPECT_EQ(sql, "SET ARITHABORT ON \nGO \nPRINT 'it''s'\n");
+    database.clear();
+    EXPECT_TRUE(TS_ExecTscript_SQL_In("shown", &database, &values, nullptr, &log, &output));
+    EXPECT_EQ(database + ": " + output, "Dorvas: it's\n\nTscript Execution Succeeded!\n");
+    for (const char* arguments : {"", "@days = 7"}) {
+        EXPECT_TRUE(TS_PreviewTscript_SP("tsEventSummary", arguments, &sql, &output));
+        EXPECT_EQ(sql, std::string("  EXEC tsEventSummary ") + arguments + (*arguments != '\0' ? "  " : " "));
+    }
 }
 
 TEST_F(PackageRun, AnSqlFileThatCannotBeWrittenWholeNeverRuns) {

@@ -3,9 +3,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <thread>
 
 #include "Installation.h"
@@ -34,6 +34,24 @@ class Faults : public Installation {
         support::ProgramOptions options;
         options.environment = {storeVariable()};
         return support::runProgram({"sh", "-c", shell}, options);
+    }
+
+    // Starts a command, and sends it the signal once `waitUntilAtWork` has returned; its file is closed then.
+    void expectInterrupted(Words command, int signal,
+                           const std::function<std::ofstream()>& waitUntilAtWork) const {
+        command.insert(command.begin(), TSCRIPT_PROGRAM);
+        const support::Descriptor output = support::memoryFile();
+        const support::Descriptor input = support::memoryFile();
+        support::ProgramOptions options;
+        options.environment = {storeVariable()};
+        const pid_t pid = support::spawn(command, options, {input.get(), output.get(), output.get()});
+        {
+            const std::ofstream held = waitUntilAtWork();
+            kill(pid, signal);
+        }
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
     }
 
     // In a process whose files cannot grow beyond 32 KiB: writing fails as it does on a full disk.
@@ -97,65 +115,6 @@ TEST_F(Faults, AResultWithoutRoomSaysThatTheScriptHasRun) {
     EXPECT_NE(journal("Wide").find("1||"), std::string::npos);
 }
 
-TEST_F(Faults, ConcurrentChangesOfTheStoreAreAllKept) {
-    const std::string comment = "# stays where it is\n";
-    support::writeFile(store(), comment + support::readFile(store()));
-    constexpr int kChanges = 12;
-    const support::Descriptor quiet = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    std::vector<pid_t> writers;
-    const auto write = [&](const std::string& name, const std::string& value) {
-        const std::string loop = "i=0; while [ $i -lt " + std::to_string(kChanges) +
-                                 " ]; do i=$((i + 1)); '" + TSCRIPT_PROGRAM "' config set " + name + " " +
-                                 value + "$i || exit 1; done";
-        writers.push_back(
-            support::spawn({"sh", "-c", loop}, options, {quiet.get(), quiet.get(), quiet.get()}));
-    };
-    write("Dorvase.sDVHOSTNAME", "host");
-    write("Cluster.ClusterName", "cluster");
-    write("host.loginTimeout", "");
-    for (int i = 0; i < kChanges; ++i)
-        expectAll({{{"config", "get", "Database.sConnection"}, 0, "Dorvas\n", ""}});
-    for (const pid_t writer : writers) {
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(writer, std::chrono::seconds(60), exitCode));
-        EXPECT_EQ(exitCode, 0) << support::contentOf(quiet);
-    }
-    expectAll({{{"config", "get", "Dorvase.sDVHOSTNAME"}, 0, "host12\n", ""},
-               {{"config", "get", "Cluster.ClusterName"}, 0, "cluster12\n", ""},
-               {{"config", "get", "host.loginTimeout"}, 0, "12\n", ""}});
-    EXPECT_EQ(support::readFile(store()).rfind(comment, 0), 0U);
-    EXPECT_EQ(modeOf(store()), 0600U);
-    for (const std::string& name : namesBelow(folder))
-        EXPECT_EQ(name.find("registry.toml."), std::string::npos) << name;
-}
-
-// Somebody who takes no lock and writes without an end: the change waits for stillness, or is refused with
-// nothing changed. Either way all values are there afterwards.
-TEST_F(Faults, AStoreThatIsBeingWrittenIsWaitedFor) {
-    const fs::path file = store();
-    std::atomic<bool> ending{false};
-    std::thread writer([&] {
-        while (!ending) {
-            std::ofstream(file, std::ios::app) << "#\n";
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
-    const Words set = {"config", "set", "Cluster.ClusterName", "a"};
-    const ProgramResult result = run(set);
-    ending = true;
-    writer.join();
-    const bool refused = result.exitCode == 3;
-    EXPECT_TRUE(refused || result.exitCode == 0) << result.errors;
-    EXPECT_EQ(result.errors.find("another process keeps changing it; try again") != std::string::npos,
-              refused);
-    EXPECT_EQ(support::readFile(file).find("ClusterName") == std::string::npos, refused);
-    expectAll({{{"config", "get", "Database.sNQ2CONNECTION"}, 0, "NQ2\n", ""},
-               {set, 0, "", "set Instance001.Cluster"},
-               {{"config", "get", "Cluster.ClusterName"}, 0, "a\n", ""}});
-}
-
 // Two starts of one sandbox at a time make one server; what a broken-off start left is made anew.
 TEST_F(Faults, ASandboxIsMadeOnceAndWhole) {
     const fs::path other = m_temp / "other";
@@ -181,60 +140,40 @@ TEST_F(Faults, ASandboxIsMadeOnceAndWhole) {
 // A signal to the tool alone, as a service manager sends it, is passed on.
 TEST_F(Faults, AStoppedRunIsClosed) {
     packEndless();
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
-                                         {support::memoryFile().get(), output.get(), output.get()});
-        while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
-        kill(pid, signal);
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
-        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+        expectInterrupted({"run", "Endless"}, signal, [&] {
+            while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
+            return std::ofstream();
+        });
         EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }
 }
 
-// The plain copy that a look at a package takes goes as well. Of a pipe's, nothing is read before the signal.
-TEST_F(Faults, AnInterruptedLookLeavesNoPlainCopy) {
+// The plain copy that a preview makes is deleted as well. The package is a pipe, from which nothing can be
+// read before the signal.
+TEST_F(Faults, AnInterruptedPreviewLeavesNoPlainCopy) {
     const fs::path package = folder / "Scripts" / "Piped.sql";
     ASSERT_EQ(mkfifo(package.c_str(), 0600), 0);
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    for (const Words& look : {Words{"run", "Piped", "--dry-run"}, Words{"which", "Piped"}}) {
-        Words command = {TSCRIPT_PROGRAM};
-        command.insert(command.end(), look.begin(), look.end());
-        const pid_t pid =
-            support::spawn(command, options, {support::memoryFile().get(), output.get(), output.get()});
-        {
-            const std::ofstream writer(package);  // opens once the other end is open
+    for (const Words& preview : {Words{"run", "Piped", "--dry-run"}, Words{"which", "Piped"}}) {
+        expectInterrupted(preview, SIGINT, [&] {
+            std::ofstream writer(package);  // opens once the other end is open
             EXPECT_FALSE(fs::is_empty(folder / "temp"));
-            kill(pid, SIGINT);
-        }
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
-        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+            return writer;
+        });
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }
 }
 
-// The query tool does not go on behind a command that was stopped: it waits for a pipe that nobody fills.
+// The query tool ends with a command that was stopped: it waits for a pipe that nobody fills.
 TEST_F(Faults, AStoppedRestoreEndsTheQueryTool) {
     const fs::path backup = folder / "backups" / "pipe";
     ASSERT_EQ(mkfifo(backup.c_str(), 0600), 0);
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "db", "restore", backup, "copy"}, options,
-                                     {support::memoryFile().get(), output.get(), output.get()});
-    const std::ofstream writer(backup);  // opens once the server reads
-    kill(pid, SIGTERM);
-    int exitCode = -1;
-    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
-    EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+    std::ofstream writer;
+    expectInterrupted({"db", "restore", backup, "copy"}, SIGTERM, [&] {
+        writer.open(backup);  // opens once the server reads
+        return std::ofstream();
+    });
 }
 
 }  // namespace

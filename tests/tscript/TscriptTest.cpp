@@ -234,7 +234,8 @@ TEST_F(Installation, LooksIntoPackages) {
     for (std::size_t at = 0; (at = blankLines.find('\n', at)) != std::string::npos; at += 4)
         blankLines.replace(at, 1, "\r\n\r\n");
     support::writeFile(packed, blankLines);
-    expectAll({{{"inspect", packed}, 0, "yes, every record", ""}, {{"run", "Long"}, 0, "5% %s", ""}});
+    expectAll(
+        {{{"inspect", packed}, 0, "yes, every record", ""}, {{"run", "Long"}, 0, "%s 5%% %s\n%s\n", ""}});
     std::string records = support::readFile(purge);
     const std::size_t third = records.find('\n', records.find('\n') + 1) + 1;
     records[third + 40] = records[third + 40] == 'A' ? 'B' : 'A';
