@@ -15,9 +15,9 @@ TEST(CommandLine, WrongInputsAreRefusedWithTheirExitCode) {
         {{}, 2, "", "See tscript --help"},
         {{"--help"}, 0, "Exit codes", ""},
         {{"rnu", "X"}, 2, "", "did you mean 'run'?"},
-        {{"lin"}, 2, "", "did you mean 'lint'?"},        // "run" is two letters away
-        {{"epack"}, 2, "", "did you mean 'pack'?"},      // "repack" is as near
-        {{"jounrl"}, 2, "", "did you mean 'journal'?"},  // swapped letters count once
+        {{"lin"}, 2, "", "did you mean 'lint'?"},         // "run" is two letters away
+        {{"epack"}, 2, "", "did you mean 'pack'?"},       // "repack" is as near
+        {{"ojurnla"}, 2, "", "did you mean 'journal'?"},  // swapped letters count once
         {{"catalog"}, 2, "", "did you mean 'catalogue'?"},
         {{"ctalog"}, 2, "", "no command 'ctalog'\n"},
         {{"xx"}, 2, "", "no command 'xx'\n"},
