@@ -37,7 +37,7 @@ TEST_F(DVUtilLibTest, InitializeFixesTheRunsFiles) {
     EXPECT_FALSE(DVUtilLib("purge", true).Initialize(logFile.data(), nullptr));
 }
 
-TEST_F(DVUtilLibTest, ScratchFileGoesUnlessTheSettingKeepsIt) {
+TEST_F(DVUtilLibTest, ScratchFileIsDeletedUnlessTheSettingKeepsIt) {
     for (const long long keep : {0LL, 1LL, -1LL}) {
         if (keep >= 0) installation.set("Database", "dUTILKEEPSQLFILE", keep);
         if (keep < 0) installation.remove("Database", "dUTILKEEPSQLFILE");

@@ -81,7 +81,7 @@ TEST_F(FileCipher, RecordOfMoreThan510CharactersIsRefused) {
     EXPECT_EQ(error, "DescryptFile failed with error [" + std::to_string(VTPassword::kBufferTooSmall) + "]");
 }
 
-TEST_F(FileCipher, FailuresAreTold) {
+TEST_F(FileCipher, FailuresAreReported) {
     EXPECT_FALSE(EncryptFile(nullptr, secret.c_str(), error));
     EXPECT_FALSE(EncryptFile(plain.c_str(), nullptr, error));
     EXPECT_EQ(error, "untouched");

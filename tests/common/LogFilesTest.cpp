@@ -111,7 +111,7 @@ TEST_F(LogFiles, EchoIsLoggedOnlyBySettingAndThenExactly) {
               "one\ntwo\nInvalid log file name.");
 }
 
-TEST_F(LogFiles, SourceThatCannotBeOpenedForWritingIsTold) {
+TEST_F(LogFiles, SourceThatCannotBeOpenedForWritingIsReported) {
     LogFileContent("/no/such/report", log.c_str(), false, nullptr);
     LogFileContent(installation.tempFolder().c_str(), log.c_str(), false,
                    nullptr);  // a folder opens for "r" alone

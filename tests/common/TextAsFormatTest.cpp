@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(TextAsFormat, InterpretsPercentSignsWithoutReadingWhatIsNotThere) {
+TEST(TextAsFormat, InterpretsPercentSignsWithoutReadingMissingArguments) {
     const struct {
         const char* text;
         const char* expected;
@@ -22,7 +22,7 @@ TEST(TextAsFormat, FillsArgumentsInOrderAndOnlyOnce) {
     EXPECT_EQ(textAsFormat("a %s b %%s c %s d %s", {"1", "%s"}), "a 1 b %s c %s d %s");
 }
 
-TEST(TextAsFormat, CutsWhatWasInterpreted) {
+TEST(TextAsFormat, CutsAfterInterpreting) {
     EXPECT_EQ(textAsFormat("%%%%ab", 3), "%%a");
     EXPECT_EQ(textAsFormat("abc", 0), "");
     EXPECT_EQ(textAsFormat("abc%", 4), "abc%");

@@ -100,7 +100,7 @@ TEST_F(AccountDiscovery, CredentialsThatDoNotFitTheirLayout) {
     EXPECT_EQ(error, "untouched");
 }
 
-TEST_F(AccountDiscovery, FailedProbeLeavesTheRegistrysTextAndTellsNoPassword) {
+TEST_F(AccountDiscovery, FailedProbeKeepsTheRegistryMessageAndHidesThePassword) {
     EXPECT_FALSE(find("Dorvas"));
     EXPECT_STREQ(db.getErrorMsg(), "GetDBUser failed for database [Dorvas]");
     EXPECT_EQ(told(), (Lines{"Error getting number key [nSQLAuthType] from registry.",

@@ -82,7 +82,7 @@ TEST_F(QueryTool, ProcessesSucceedByExitCodeZeroAlone) {
     EXPECT_STREQ(db.getErrorMsg(), "");
 }
 
-TEST_F(QueryTool, RunnersTellAFailureEachInItsWords) {
+TEST_F(QueryTool, EachRunnerReportsAFailureInItsOwnWords) {
     support::writeFile(installation.folder("in.sql"), "SELECT 1\n");
     const std::string input = installation.folder("in.sql");
     const std::string said = "Failed to execute SQL Script";

@@ -17,6 +17,11 @@ using Lines = std::vector<std::string>;
 using support::logTexts;
 using support::readFile;
 
+// For the overloads that take SQL as unsigned characters.
+const unsigned char* bytes(const char* sql) {
+    return reinterpret_cast<const unsigned char*>(sql);
+}
+
 class Server : public testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -42,7 +47,7 @@ class Server : public testing::Test {
     DBBase db{true};
 };
 
-TEST_F(Server, DiscoveryConnectsAndSaysSo) {
+TEST_F(Server, DiscoveryConnectsAndReportsIt) {
     DBBase found(true);
     ASSERT_TRUE(find(found, "dorvas")) << found.getErrorMsg();
     EXPECT_STREQ(found.getErrorMsg(), "Successfully connected to database [dorvas] _DSN[DSN_Connection].");
@@ -114,34 +119,17 @@ TEST_F(Server, TheProbedTableFollowsTheProductType) {
     }
 }
 
-// Each overload for SQL given as unsigned char, and what GetValue() returns.
-TEST_F(Server, StatementsOfUnsignedCharacters) {
-    const auto bytes = [](const char* sql) { return reinterpret_cast<const unsigned char*>(sql); };
-    const unsigned char* one = bytes("SELECT 1, 2, '3'");
+TEST_F(Server, StatementsOnTheOpenConnection) {
     std::array<char, 64> text{};
-    std::array<wchar_t, 64> wide{};
     Lines rows;
-    int number = 0;
     ASSERT_TRUE(db.Connect(nullptr, nullptr, nullptr));
-    EXPECT_TRUE(db.ExecuteQuery(one));
+    EXPECT_TRUE(db.ExecuteQuery(bytes("DECLARE @x int")));
     EXPECT_EQ(db.GetValue("SELECT 41 + 1", nullptr, nullptr), 42);
     EXPECT_EQ(db.GetValue(bytes("SELECT 'text'"), text.data(), nullptr), 1);
     EXPECT_STREQ(text.data(), "text");
-    EXPECT_TRUE(db.GetValue(one, rows, 2) && db.GetValue(bytes("SELECT 'c', NULL"), rows, 2));
-    EXPECT_EQ(rows, (Lines{"1\0222", "c\022"})) << "rows are appended";
+    EXPECT_TRUE(db.GetValue("SELECT 'a', 'b'", rows, 2) && db.GetValue(bytes("SELECT 'c', NULL"), rows, 2));
+    EXPECT_EQ(rows, (Lines{"a\022b", "c\022"})) << "rows are appended";
     EXPECT_TRUE(db.Close());
-    EXPECT_TRUE(db.SetDBValue(one));
-    EXPECT_TRUE(db.GetDBValueInt(one, number) && number == 1);
-    EXPECT_TRUE(db.GetDBValueStr(bytes("SELECT 'w'"), wide.data()) && wide[0] == L'w');
-    EXPECT_TRUE(db.GetDBValueList(one, rows, 1) && rows == Lines{"1"});
-    std::vector<int> numbers;
-    std::vector<IdId_t> pairs;
-    std::vector<IdIdName_t> triples;
-    std::vector<IdNameItem_t> names;
-    EXPECT_TRUE(db.GetDBValueIntList(one, numbers) && numbers.at(0) == 1);
-    EXPECT_TRUE(db.GetDBValueIntIntList(one, pairs) && pairs.at(0).id2 == 2);
-    EXPECT_TRUE(db.GetDBValueIdIdNameList(one, triples) && triples.at(0).name == "3");
-    EXPECT_TRUE(db.GetDBValueIdName(one, names) && names.at(0).name == "2");
 }
 
 TEST_F(Server, SingleValues) {
@@ -149,16 +137,15 @@ TEST_F(Server, SingleValues) {
     int number = 0;
     std::array<char, 64> text{};
     std::array<wchar_t, 64> wide{};
-    EXPECT_TRUE(db.GetDBValueInt("SELECT 42, 7", number));
+    EXPECT_TRUE(db.GetDBValueInt(bytes("SELECT 42, 7"), number));
     EXPECT_EQ(number, 42);
-    EXPECT_TRUE(db.GetDBValueStr(reinterpret_cast<const unsigned char*>("SELECT N'\xC3\xA4\xE2\x82\xAC'"),
-                                 text.data()));
+    EXPECT_TRUE(db.GetDBValueStr(bytes("SELECT N'\xC3\xA4\xE2\x82\xAC'"), text.data()));
     EXPECT_STREQ(text.data(), "\xC3\xA4\xE2\x82\xAC");
-    EXPECT_TRUE(db.GetDBValueStr("SELECT N'\xC3\xA4\xE2\x82\xAC'", wide.data()));
+    EXPECT_TRUE(db.GetDBValueStr(bytes("SELECT N'\xC3\xA4\xE2\x82\xAC'"), wide.data()));
     EXPECT_STREQ(wide.data(), L"\u00E4\u20AC");
     EXPECT_TRUE(db.GetDBValueStr("SELECT NULL", text.data()));
     EXPECT_STREQ(text.data(), "");
-    EXPECT_TRUE(db.SetDBValue("DECLARE @x int"));
+    EXPECT_TRUE(db.SetDBValue(bytes("DECLARE @x int")));
     EXPECT_FALSE(db.ExecuteQuery("SELECT 1")) << "the connection is closed";
 
     for (const char* sql :
@@ -184,8 +171,8 @@ TEST_F(Server, FailedReadLeavesTheConnectionOpen) {
 
 TEST_F(Server, Lists) {
     ASSERT_TRUE(find(db));
-    const char* three = "SELECT 1, 10, 'O''Brien' UNION ALL SELECT 2, 20, '100%%' ORDER BY 1";
-    const char* two = "SELECT 1, 'O''Brien' UNION ALL SELECT 2, 'x' ORDER BY 1";
+    const auto* three = bytes("SELECT 1, 10, 'O''Brien' UNION ALL SELECT 2, 20, '100%%' ORDER BY 1");
+    const auto* two = bytes("SELECT 1, 'O''Brien' UNION ALL SELECT 2, 'x' ORDER BY 1");
     Lines rows = {"old"};
     EXPECT_TRUE(db.GetDBValueList(three, rows, 3));
     EXPECT_EQ(rows, (Lines{"1\02210\022O'Brien", "2\02220\022100%%"}));
@@ -208,7 +195,7 @@ TEST_F(Server, Lists) {
     EXPECT_TRUE(rows.empty());
 }
 
-TEST_F(Server, FailedStatementIsToldByTwoListsAndNotByThree) {
+TEST_F(Server, FailedStatementIsReportedByTwoListsOnly) {
     ASSERT_TRUE(find(db));
     const char* sql = "SELECT * FROM nowhere";
     Lines rows;
@@ -320,7 +307,7 @@ TEST_F(Server, MaintenanceFailures) {
     EXPECT_EQ(nobody.checkSQLServerProductVersion(), "-1");
 }
 
-TEST_F(Server, OutputIsNeverWrittenThroughAForeignLink) {
+TEST_F(Server, OutputIsNeverWrittenThroughALink) {
     const std::string victim = installation.folder("victim");
     support::writeFile(victim, "kept");
     // The name of this second and of those in which the operations below run.
@@ -338,7 +325,7 @@ TEST_F(Server, OutputIsNeverWrittenThroughAForeignLink) {
     EXPECT_EQ(readFile(log).find("kept"), std::string::npos);
 }
 
-TEST_F(Server, TemporaryFilesThatStayAndThatGo) {
+TEST_F(Server, TemporaryFilesThatStayOrAreDeleted) {
     std::array<char, 64> text{};
     const std::string home = installation.homeFolder();
     const auto execute = [&](const char* sql) { db.RunStringQuery(sql, nullptr, "dorvas"); };

@@ -83,7 +83,7 @@ TEST_F(ToolOutput, FileThatCannotBeRead) {
     EXPECT_FALSE(db.parseOutputFile(nullptr, rows, 1));
 }
 
-TEST_F(ToolOutput, TemporaryFilesAreClaimedOnlyWhenTheyAreOnesOwn) {
+TEST_F(ToolOutput, OnlyThisUsersFilesServeAsTemporaryOutput) {
     namespace fs = std::filesystem;
     const std::string victim = folder / "victim";
     const struct {

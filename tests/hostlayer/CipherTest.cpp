@@ -46,7 +46,7 @@ class Cipher : public ::testing::Test {
     TestStore m_store;
 };
 
-TEST_F(Cipher, BringsTextsBack) {
+TEST_F(Cipher, DecryptsWhatItEncrypted) {
     VTPassword cipher;
     for (std::size_t length = 0; length <= 510; ++length) {
         const std::string plain(length, static_cast<char>('A' + length % 26));
@@ -75,7 +75,7 @@ TEST_F(Cipher, FormatIsXChaCha20Poly1305) {
     EXPECT_EQ(std::string(reinterpret_cast<char*>(plain), plainLength), "PRINT 1\n");
 }
 
-TEST_F(Cipher, RefusesWhatIsNotItsRecord) {
+TEST_F(Cipher, RejectsForeignAndChangedRecords) {
     VTPassword cipher;
     const std::string record = encrypted(cipher, "a secret of this file");
     for (std::size_t i = 0; i < record.size(); ++i) {  // no character can be changed, nor a record cut there
@@ -106,7 +106,7 @@ TEST_F(Cipher, RefusesWhatIsNotItsRecord) {
     EXPECT_EQ(decrypted(record), "error " + std::to_string(VTPassword::kNotAuthentic));
 }
 
-TEST_F(Cipher, KeepsToTheSizeGiven) {
+TEST_F(Cipher, NeverWritesBeyondTheGivenSize) {
     VTPassword cipher;
     const std::string record = encrypted(cipher, "12345");
     EXPECT_EQ(decrypted(record, 6), "12345");
@@ -119,7 +119,7 @@ TEST_F(Cipher, KeepsToTheSizeGiven) {
     EXPECT_EQ(std::string(buffer + 1), "######");
 }
 
-TEST_F(Cipher, CredentialsComeBackThroughTheObject) {
+TEST_F(Cipher, DecryptsCredentialsSetOnTheObject) {
     VTPassword maker;
     char enciphered[kRecordRoom];
     unsigned long size = sizeof enciphered;
@@ -134,7 +134,7 @@ TEST_F(Cipher, CredentialsComeBackThroughTheObject) {
     EXPECT_EQ(std::string(plain), "02sapass;}word");
 }
 
-TEST_F(Cipher, RefusesUnfitKeyFiles) {
+TEST_F(Cipher, RejectsUnusableKeyFiles) {
     VTPassword maker;
     const std::string record = encrypted(maker, "x");
     struct Case {
@@ -158,7 +158,7 @@ TEST_F(Cipher, RefusesUnfitKeyFiles) {
     EXPECT_EQ(decrypted(record), "error " + std::to_string(VTPassword::kKeyNotConfigured));
 }
 
-TEST_F(Cipher, NoNonceServesTwiceAlsoNotInAForkedChild) {
+TEST_F(Cipher, NeverReusesANonceNotEvenInAForkedChild) {
     VTPassword cipher;
     std::set<std::string> nonces{encrypted(cipher, "x").substr(4, 32)};
     int ends[2];

@@ -71,7 +71,7 @@ TEST(DebugLog, AnEntryIsCutAt4MiBAndSaysHowLongItWas) {
               std::string::npos);
 }
 
-TEST(DebugLog, OpensNobodyElsesFile) {
+TEST(DebugLog, FollowsNoLinkAndOpensNoPath) {
     const LogFolder folder;
     support::writeFile(folder.path() / "target", "untouched");
     std::filesystem::create_symlink(folder.path() / "target", folder.path() / "linked.log");
@@ -82,7 +82,7 @@ TEST(DebugLog, OpensNobodyElsesFile) {
     EXPECT_TRUE(log.initialize(0, 0, false, "other.log"));
 }
 
-TEST(DebugLog, TellsOnceWhereTheStoreIsBroken) {
+TEST(DebugLog, ReportsABrokenStoreOnce) {
     const std::size_t before = defaultDebugLog().size();
     const TestStore store("[Instance001.Base]\nsText = \"open\n");
     for (int i = 0; i < 3; ++i) EXPECT_EQ(VTPI_Base().getZephraTempDirectory(), "/tmp");

@@ -85,7 +85,7 @@ TEST(Files, FullDisksAndWrongUsesAreErrors) {
     EXPECT_STREQ(CVoError(4711).AsString(), "Unknown error 4711");
 }
 
-TEST(Files, AFileThatMayGrowNoFurtherKeepsWhatFitted) {
+TEST(Files, AWriteBeyondTheFileSizeLimitKeepsTheFirstBytes) {
     const support::TempDir folder;
     const std::string path = folder / "limited";
     rlimit before{};
@@ -102,7 +102,7 @@ TEST(Files, AFileThatMayGrowNoFurtherKeepsWhatFitted) {
     EXPECT_EQ(std::filesystem::file_size(path), 1000U);
 }
 
-TEST(Files, ShortReadsAreCarriedOn) {
+TEST(Files, ReadsGoOnAfterShortReads) {
     const support::TempDir folder;
     const std::string path = folder / "pipe";
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);

@@ -22,54 +22,42 @@ using hostlayer::setStoreValue;
 using Value = std::variant<std::string, std::int64_t>;
 
 TEST(HostSetup, SetsOneValueAndKeepsTheRest) {
-    struct Case {
+    using Texts = std::vector<std::string>;
+    const Texts base = {"I", "Base"};
+    const struct {
         const char* before;
-        std::vector<std::string> table;
+        Texts table;
         const char* name;
         Value value;
-        const char* after;
+        const char* after;  // null: refused
+    } cases[] = {
+        {"# top\n[I.Base] # base\nsA = 'x' # why\nnB=2\n", base, "sA", "y",
+         "# top\n[I.Base] # base\nsA = \"y\" # why\nnB=2\n"},
+        {"[I.Base]\n'ключ' = 'Grüße' # ü\n", base, "ключ", Value(5L), "[I.Base]\n'ключ' = 5 # ü\n"},
+        {"[I.Base]\nsA = '''\nlong\n'''\n\n[J.Base]\n", base, "sA", "short",
+         "[I.Base]\nsA = \"short\"\n\n[J.Base]\n"},
+        {"[I.Base]\nsA = '''\nlong\n''' # end\n\n[J.Base]\n", base, "sB", "a\"b\\c\n\t",
+         "[I.Base]\nsA = '''\nlong\n''' # end\nsB = \"a\\\"b\\\\c\\u000A\\u0009\"\n\n[J.Base]\n"},
+        {"[I.Base]\n[J.Base]", {"J", "Base"}, "nA", Value(-1L), "[I.Base]\n[J.Base]\nnA = -1\n"},
+        {"[I.Base]\nsA = ''",
+         {"I", "InstalledPackages\\803"},
+         "s A",
+         "x",
+         "[I.Base]\nsA = ''\n\n[I.'InstalledPackages\\803']\n's A' = \"x\"\n"},
+        {"[host.programs]\na = 'b'\n",
+         {"host"},
+         "odbcDriver",
+         "FreeTDS",
+         "[host.programs]\na = 'b'\n\n[host]\nodbcDriver = \"FreeTDS\"\n"},
+        {"I.Base.sA = 'x'\n", base, "sA", "y", "I.Base.sA = \"y\"\n"},
+        {"I = {Base = {sA = 'x'}}\n", base, "sB", "y", nullptr},
+        {"I = 5\n", base, "sB", "y", nullptr},
+        {"[I.Base\n", base, "sB", "y", nullptr},
+        {"[I.Base]\n", base, "sB", "\xff", nullptr},
+        {"[I.Base]\n", {"I"}, "sB", "y", nullptr},
+        {"[I.Base]\n", {"host", "Base"}, "sB", "y", nullptr},
     };
-    const std::string awkward = "a\"b\\c\n\t";
-    for (const Case& set : {
-             Case{"# top\n[I.Base] # base\nsA = 'x' # why\nnB=2\n",
-                  {"I", "Base"},
-                  "sA",
-                  "y",
-                  "# top\n[I.Base] # base\nsA = \"y\" # why\nnB=2\n"},
-             Case{"[I.Base]\n'ключ' = 'Grüße' # ü\n",
-                  {"I", "Base"},
-                  "ключ",
-                  Value(5L),
-                  "[I.Base]\n'ключ' = 5 # ü\n"},
-             Case{"[I.Base]\nsA = '''\nlong\n'''\n\n[J.Base]\n",
-                  {"I", "Base"},
-                  "sA",
-                  "short",
-                  "[I.Base]\nsA = \"short\"\n\n[J.Base]\n"},
-             Case{"[I.Base]\nsA = '''\nlong\n''' # end\n\n[J.Base]\n",
-                  {"I", "Base"},
-                  "sB",
-                  awkward,
-                  "[I.Base]\nsA = '''\nlong\n''' # end\nsB = \"a\\\"b\\\\c\\u000A\\u0009\"\n\n[J.Base]\n"},
-             Case{"[I.Base]\n[J.Base]", {"J", "Base"}, "nA", Value(-1L), "[I.Base]\n[J.Base]\nnA = -1\n"},
-             Case{"[I.Base]\nsA = ''",
-                  {"I", "InstalledPackages\\803"},
-                  "s A",
-                  "x",
-                  "[I.Base]\nsA = ''\n\n[I.'InstalledPackages\\803']\n's A' = \"x\"\n"},
-             Case{"[host.programs]\na = 'b'\n",
-                  {"host"},
-                  "odbcDriver",
-                  "FreeTDS",
-                  "[host.programs]\na = 'b'\n\n[host]\nodbcDriver = \"FreeTDS\"\n"},
-             Case{"I.Base.sA = 'x'\n", {"I", "Base"}, "sA", "y", "I.Base.sA = \"y\"\n"},
-             Case{"I = {Base = {sA = 'x'}}\n", {"I", "Base"}, "sB", "y", nullptr},
-             Case{"I = 5\n", {"I", "Base"}, "sB", "y", nullptr},
-             Case{"[I.Base\n", {"I", "Base"}, "sB", "y", nullptr},
-             Case{"[I.Base]\n", {"I", "Base"}, "sB", "\xff", nullptr},
-             Case{"[I.Base]\n", {"I"}, "sB", "y", nullptr},
-             Case{"[I.Base]\n", {"host", "Base"}, "sB", "y", nullptr},
-         }) {
+    for (const auto& set : cases) {
         const TestStore store(set.before);
         std::string problem;
         EXPECT_EQ(setStoreValue(set.table, set.name, set.value, problem), set.after != nullptr) << problem;

@@ -66,7 +66,7 @@ TEST_F(Process, SplitsTheCommandLineByDoubleQuotesAlone) {
     }
 }
 
-TEST_F(Process, TellsHowTheChildEnded) {
+TEST_F(Process, ReportsHowTheChildEnded) {
     struct Case {
         const char* body;
         bool isEnded;
@@ -100,7 +100,7 @@ TEST_F(Process, MapsToolNamesToPathsOfTheStore) {
     EXPECT_FALSE(run("/opt/mssql-tools/bin/isql", "isql").isStarted);
 }
 
-TEST_F(Process, SaysWhatToDoWhenAProgramCannotStart) {
+TEST_F(Process, ReportsHowToRepairAFailedStart) {
     const Outcome missing = run("\"/no/such/sqlcmd\"", "\"/no/such/sqlcmd\" -P \"secret word\"");
     EXPECT_FALSE(missing.isStarted);
     EXPECT_EQ(missing.error,
@@ -186,7 +186,7 @@ TEST_F(Process, WorksWhereTheHostProgramHasNoStandardDescriptors) {
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(Process, AnAbandonedChildIsWaitedFor) {
+TEST_F(Process, TheDestructorWaitsForTheChild) {
     const std::string file = m_store.folder / "done";
     {
         VtProcess process;

@@ -51,7 +51,7 @@ class ServerConnection : public ::testing::Test {
     VTSimpleDBConnObject m_connection;
 };
 
-TEST_F(ServerConnection, HandsValuesOutAsUtf8Text) {
+TEST_F(ServerConnection, ReturnsValuesAsUtf8) {
     ASSERT_EQ(open(), 0);
     const std::string sql =
         "SELECT 7, CAST(N'Grüße 😀' AS nvarchar(20)), NULL, '', CAST(-1.50 AS decimal(10,2)), "

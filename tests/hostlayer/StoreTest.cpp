@@ -41,7 +41,7 @@ std::string text(const char* key, const char* name) {
     return VTPlatformInfo().getString(key, name, &value) != 0 ? value : "failed, " + value;
 }
 
-TEST(Store, HandsOutTextsAndNumbers) {
+TEST(Store, ReturnsStringsAndNumbers) {
     const TestStore store(kStore);
     struct Case {
         const char* name;
@@ -67,7 +67,7 @@ TEST(Store, HandsOutTextsAndNumbers) {
     EXPECT_EQ(text(nullptr, "nPLATTYPE"), "failed, unset");
 }
 
-TEST(Store, HandsOutRawBytes) {
+TEST(Store, ReturnsRawBytes) {
     const TestStore store(kStore);
     const VTPlatformInfo info;
     struct Case {

@@ -130,7 +130,7 @@ TEST_F(PackageRun, HelpAndOtherOperationsRunNothing) {
     EXPECT_EQ(query("SELECT COUNT(*) FROM ZpTscriptExec WHERE name = 'helped'").front(), "0");
 }
 
-TEST_F(PackageRun, ARefusedPackageSaysWhyAndLeavesNoPlainCopy) {
+TEST_F(PackageRun, ARefusedPackageReportsWhyAndLeavesNoPlainCopy) {
     const std::string script = "#START_SCRIPT#\nPRINT 1\n";
     const std::string guid = query("SELECT SettingValue FROM NQSetting", 1, "NQ2").front();
     const struct {
@@ -158,7 +158,7 @@ TEST_F(PackageRun, ARefusedPackageSaysWhyAndLeavesNoPlainCopy) {
     }
 }
 
-TEST_F(PackageRun, WhatIsMissingOrDamagedIsTold) {
+TEST_F(PackageRun, MissingOrDamagedPartsAreReported) {
     using Installation = support::SampleInstallation;
     const std::string refused = "\nFailed to decrypt script file.\n", missing = "\nTScript file not found!\n";
     const std::string noAccess = "\nFailed to get database access info.\n\nFailed to get database info.\n";
@@ -332,7 +332,7 @@ TEST_F(PackageRun, WhenEveryNameIsTakenTheLastOneServesACopyAndIsRemoved) {
 
 #if !defined(__SANITIZE_ADDRESS__) && \
     !defined(__SANITIZE_THREAD__)  // their runtimes take memory as they like
-TEST_F(PackageRun, WhatMemoryCannotHoldIsTold) {
+TEST_F(PackageRun, LackOfMemoryIsReported) {
     constexpr rlim_t kSpare = 24 << 20;
     const std::string large(40 << 20, 'x');
     writePackage("largebody", packageOf("-- " + large + "\n"));

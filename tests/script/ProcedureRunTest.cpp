@@ -47,7 +47,7 @@ TEST_F(ProcedureRuns, IsRunExplainedAndListed) {
     }
 }
 
-TEST_F(ProcedureRuns, SaysWhyItFails) {
+TEST_F(ProcedureRuns, ReportsWhyItFails) {
     const std::string count = runCount();
     const struct {
         const char* name;
@@ -176,7 +176,7 @@ TEST_F(ProcedureRuns, WithoutAnOutputFileTheStartHasNoEnd) {
     EXPECT_EQ(lastRun("tsEventSummary"), "0|0|homeless");
 }
 
-TEST_F(ProcedureRuns, TellsWhetherANameIsOne) {
+TEST_F(ProcedureRuns, RecognisesPermanentScripts) {
     const struct {
         const char *name, *database;
         bool found;

@@ -58,7 +58,7 @@ class Faults : public Installation {
     ProgramResult runWithSmallFiles(const Words& words) const { return runAfter("ulimit -f 64", words); }
 };
 
-TEST_F(Faults, WhatIsForAClosedStreamStandsInNoLog) {
+TEST_F(Faults, OutputForAClosedStreamReachesNoLog) {
     pack("Spoken", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'a result'\n");
     const ProgramResult result = runAfter("exec >&-", {"run", "Spoken"});
     EXPECT_EQ(result.exitCode, 3);
@@ -102,7 +102,7 @@ TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
 }
 
 // The script has run, and its result has no room.
-TEST_F(Faults, AResultWithoutRoomSaysThatTheScriptHasRun) {
+TEST_F(Faults, AResultThatCannotBeWrittenIsReportedAfterTheRun) {
     pack("Wide",
          "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT REPLICATE('\"', 7000)\n"
          "PRINT REPLICATE('\"', 7000)\nPRINT REPLICATE('\"', 7000)\n");

@@ -79,7 +79,7 @@ TEST_F(Installation, RunsScriptsByName) {
     EXPECT_NE(journal("Echo").find("1|O'Brien, 50% {x};, é|"), std::string::npos);
 }
 
-TEST_F(Installation, LooksAfterDatabases) {
+TEST_F(Installation, ListsBacksUpAndRestoresDatabases) {
     const std::string backup = folder / "backups" / "d.bak";
     expectAll({
         {{"db", "list"}, 0, "dorvas", ""},
@@ -127,7 +127,7 @@ TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
         expectAll({{{"sandbox", "up", "--dir", foreign}, 3, "", "belongs to another user"}});
 }
 
-TEST_F(Installation, SaysWhatIsWrongWithAnInstallation) {
+TEST_F(Installation, ReportsFaultsOfAnInstallation) {
     const Words purge = {"run", "PurgeEvents", "-p", "30", "-p", "2"};
     const fs::path package = folder / "Scripts" / "PurgeEvents.sql";
     const std::string intact = support::readFile(package);
@@ -211,7 +211,7 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         EXPECT_EQ(entry.path().filename().string().find("p.sql."), std::string::npos) << entry.path();
 }
 
-TEST_F(Installation, LooksIntoPackages) {
+TEST_F(Installation, InspectsPackages) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
     const std::string body = "--" + std::string(600, 'x') + "\nPRINT '%s 5%% %s'\nPRINT '%s'\n";
     pack("Long",
@@ -283,7 +283,7 @@ TEST(CommandLine, LintsPlainScripts) {
         {{{"lint", temp / "none"}, 2, "", "is no file"}, {{"lint", plain, "--json"}, 0, "\"line\": 4", ""}});
 }
 
-TEST_F(Installation, BringsPackagesToANewKey) {
+TEST_F(Installation, RepacksWithANewKey) {
     const fs::path key = folder / "cipher.key";
     const fs::path next = m_temp / "next.key";
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
@@ -409,7 +409,7 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
     });
 }
 
-TEST_F(Installation, ShowsAndKeepsWhatARunGives) {
+TEST_F(Installation, ShowsAndSavesResults) {
     pack("Anywhere", "#START_SCRIPT#\nSELECT '<%s>', DB_NAME()\n");
     const fs::path result = m_temp / "result";
     support::writeFile(result, "kept");
@@ -511,7 +511,7 @@ TEST_F(Installation, EndsWithTheCodeOfEachFailure) {
     expectCode(purge, 4);
 }
 
-TEST_F(Installation, TellsTheDoctorsFindings) {
+TEST_F(Installation, DoctorReportsItsFindings) {
     const std::string password = support::readFile(folder / "password");
     const Words doctor = {"doctor"};
     const Words json = {"doctor", "--json"};
@@ -596,7 +596,7 @@ TEST_F(Installation, ShowsAndChangesItsValues) {
     EXPECT_EQ(modeOf(store()), 0600U);
 }
 
-TEST_F(Installation, AsksBeforeSomethingIsLost) {
+TEST_F(Installation, AsksBeforeDataIsLost) {
     const std::string backup = folder / "backups" / "d.bak";
     const std::string password = support::readFile(folder / "password");
     const Words restore = {"db", "restore", backup, "copy", "--execute"};
