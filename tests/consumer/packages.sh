@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the Debian packages, unpacks them side by side and starts the tools from there: each file is in one
-# package, and what the tools need is in them. The packer's umask leaves no mark.
+# Builds the Debian packages, unpacks them side by side and starts the tools from there. No file is in two
+# packages, and the packer's umask does not change the folders' modes.
 # Argument: the build folder.
 set -euo pipefail
 build=$1

@@ -59,8 +59,7 @@ TEST_F(Server, DiscoveryConnectsAndReportsIt) {
 }
 
 TEST_F(Server, WindowsAuthenticationIsAskedForByDatabaseFirst) {
-    // With it, neither user nor password goes to the server, which refuses: a failed probe tells that it was
-    // on.
+    // With Windows authentication the login lacks user and password, so the probe fails.
     const struct {
         long long own, general;
         bool windows;

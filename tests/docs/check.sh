@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What the documents say and what is there agree: man pages name the options and commands that the programs have,
-# the README's program compiles, and no link between the documents leads nowhere.
+# Checks the documents: man pages name the options and commands that the programs have, the README's program
+# compiles, and links between documents lead to existing files.
 # Arguments: the checkout, the folder of the programs.
 set -euo pipefail
 cd "$1"
@@ -22,7 +22,7 @@ names_of() { # the options that a program's usage names
 # Both ways, -h and --help of every program aside.
 for program in sqlcmd tsqlbox; do
   while read -r option; do
-    complain "$program: $option stands in the usage or in the man page alone"
+    complain "$program: $option is in only one of usage and man page"
   done < <(comm -3 <(options_of "$program" | grep -vxE -- '-h|--help') \
                    <(names_of "$program" | grep -vxE -- '-h|--help') | tr -d '\t')
 done
@@ -35,7 +35,7 @@ while read -r -a words; do
 done < <(commands_of_page)
 [[ $(commands_of_page | wc -l) -ge 29 ]] || complain "the commands of tscript's man page were not found"
 
-# Every option of those commands stands in the man page and in the completion.
+# Every option of those commands is in the man page and in the completion.
 while read -r option; do
   grep -q -- "$(sed 's/-/\\\\-/g' <<<"$option")" docs/man/tscript.1 || complain "tscript.1 does not name $option"
   grep -q -- "$option\\b" tools/tscript/tscript.bash || complain "the completion does not know $option"
@@ -43,7 +43,7 @@ done < <({ "$bin/tscript" --help
            while read -r -a words; do "$bin/tscript" "${words[@]}" --help; done < <(commands_of_page); } </dev/null |
          grep -oE '(^|[ ,])--[a-z][a-z-]*' | tr -d ' ,' | sort -u)
 
-# The completion offers the names of packages, quoted, and runs nothing that stands in one.
+# The completion offers the names of packages, quoted, and never runs a part of a name.
 home=$(mktemp -d)
 mkdir "$home/Scripts"
 touch "$home/Scripts/Purge \$(exit 7).sql" "$home/Scripts/Report.sql"
@@ -54,7 +54,7 @@ offered=$(ZEPHRA_REGISTRY=$home/store bash -c 'source tools/tscript/tscript.bash
 [[ $offered == 'Purge\ \$\(exit\ 7\)' ]] || complain "the completion offers, for one package's name: $offered"
 rm -r "$home"
 
-# Man pages give no warning, where groff is there.
+# groff, if installed, finds no fault in the man pages.
 if command -v groff >/dev/null; then
   complaints=$(groff -man -Tutf8 -ww docs/man/*.1 2>&1 >/dev/null)
   [[ -z $complaints ]] || complain "$complaints"

@@ -118,7 +118,7 @@ TEST(HostSetup, WritersDoNotLoseEachOthersValues) {
     EXPECT_EQ(values.size(), 40U);
 }
 
-// A writer that takes no lock: the change waits until the file stands still. Before an endless one it gives
+// A writer that takes no lock: the change waits until the file is left alone. Before an endless one it gives
 // up and leaves the file as it is.
 TEST(HostSetup, WaitsForAWriterToEnd) {
     for (const bool isEndless : {false, true}) {

@@ -14,7 +14,7 @@
 
 namespace {
 
-// One child: what its start and end told. The child is a shell script of the test's.
+// Results of starting a child process, a shell script, and of waiting for it.
 struct Outcome {
     bool isStarted = false;
     bool isEnded = false;

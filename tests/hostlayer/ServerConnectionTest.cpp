@@ -29,7 +29,7 @@ class ServerConnection : public ::testing::Test {
         return m_connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false);
     }
 
-    // The rows, with "NULL" for NULL; a failure is one row that tells where.
+    // The rows, with "NULL" for NULL. A failure is one row that names the failed step.
     Rows rows(const std::string& sql, bool prepared = false) {
         if (m_connection.executeQuery(sql.c_str(), prepared) != 0) return {{"execute failed"}};
         VTDBAutoBindResult result;

@@ -1,4 +1,4 @@
-// A configuration store of a test's own, in force as long as it lives.
+// Configuration store of a test, in force as long as the object lives.
 #pragma once
 
 #include <cstdlib>
@@ -24,8 +24,8 @@ class TestStore {
     support::TempDir folder;
 };
 
-// What stands in the process-wide debug log. It can be opened once in a process: the first call does it, and
-// has to come before a test makes its own store.
+// Content of the process-wide debug log. The first call opens it, which works once in a process and before a
+// test makes its own store.
 inline std::string defaultDebugLog() {
     static const support::TempDir folder;
     static const bool isOpen = [] {

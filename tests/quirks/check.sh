@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Every test and every function that docs/quirks.md names is there.
+# Checks that every test and every function that docs/quirks.md names exists.
 # Arguments: the source folder, the build folder.
 set -euo pipefail
 source=$1
@@ -10,9 +10,9 @@ cells() { awk -F' [|] ' -v cell="$1" '/^[|] [^b-]/ { print $cell }' "$source/doc
 
 status=0
 for name in $(cells 3); do
-  grep -qxF "$name" <<<"$tests" || { echo "docs/quirks.md names a test that is not there: $name"; status=1; }
+  grep -qxF "$name" <<<"$tests" || { echo "docs/quirks.md names a test that does not exist: $name"; status=1; }
 done
 for name in $(cells 2 | grep -v '\.cpp$'); do
-  grep -rqwF "${name##*::}" "$source/src" "$source/include" || { echo "docs/quirks.md names a function that is not there: $name"; status=1; }
+  grep -rqwF "${name##*::}" "$source/src" "$source/include" || { echo "docs/quirks.md names a function that does not exist: $name"; status=1; }
 done
 exit $status

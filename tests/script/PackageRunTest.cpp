@@ -325,7 +325,7 @@ TEST_F(PackageRun, WhenEveryNameIsTakenTheLastOneServesACopyAndIsRemoved) {
     const std::string output = script.getOutput();
     const std::string last = output.substr(output.find('[') + 1, output.rfind(']') - output.find('[') - 1);
     EXPECT_EQ(output, "\nFailed to open file [" + last + "].\n");
-    EXPECT_FALSE(fs::exists(last)) << "it goes, though another's";
+    EXPECT_FALSE(fs::exists(last)) << "it is deleted, though it is another's";
     m_expectedLeftovers = leftovers();
     EXPECT_EQ(m_expectedLeftovers.size(), copies.size() - 1 + files.size() - 1);
 }

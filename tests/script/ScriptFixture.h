@@ -81,7 +81,7 @@ class ScriptFixture : public testing::Test {
     }
     std::string runCount() const { return query("SELECT COUNT(*) FROM ZpTscriptExec").front(); }
 
-    // What runs left in the temporary and log folders, logs aside; checked after every test.
+    // Files that runs left in the temporary and log folders, logs aside. Checked after every test.
     Texts leftovers() const {
         Texts names;
         for (const auto& folder : {m_installation.tempFolder(), m_installation.logFolder()}) {

@@ -1,4 +1,4 @@
-// Full disks, and others at work on the same files: nothing is left half done.
+// Full disks, concurrent starts and signals: nothing is left half done.
 #include <signal.h>
 #include <sys/stat.h>
 
@@ -65,8 +65,7 @@ TEST_F(Faults, OutputForAClosedStreamReachesNoLog) {
     EXPECT_NE(result.errors.find("standard output cannot be written"), std::string::npos) << result.errors;
 }
 
-// A result, a package or a key for which there is no room leaves no part of itself, and what stood there
-// stays.
+// A package or a result that does not fit on the disk leaves no part of itself, and an existing file stays.
 TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
     const fs::path place = m_temp / "place";
     fs::create_directory(place);
@@ -101,21 +100,7 @@ TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
     }
 }
 
-// The script has run, and its result has no room.
-TEST_F(Faults, AResultThatCannotBeWrittenIsReportedAfterTheRun) {
-    pack("Wide",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT REPLICATE('\"', 7000)\n"
-         "PRINT REPLICATE('\"', 7000)\nPRINT REPLICATE('\"', 7000)\n");
-    const fs::path target = m_temp / "result";
-    support::writeFile(target, "kept");
-    const ProgramResult result = runWithSmallFiles({"run", "Wide", "--json", "-o", target});
-    EXPECT_EQ(result.exitCode, 3) << result.errors;
-    EXPECT_NE(result.errors.find("File too large\nThe script has run"), std::string::npos) << result.errors;
-    EXPECT_EQ(support::readFile(target), "kept");
-    EXPECT_NE(journal("Wide").find("1||"), std::string::npos);
-}
-
-// Two starts of one sandbox at a time make one server; what a broken-off start left is made anew.
+// Simultaneous starts of one sandbox make one server; what an interrupted start left is made anew.
 TEST_F(Faults, ASandboxIsMadeOnceAndWhole) {
     const fs::path other = m_temp / "other";
     const support::Descriptor quiet = support::memoryFile();

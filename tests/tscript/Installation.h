@@ -1,4 +1,4 @@
-// The built command line in a sample installation that it makes itself.
+// Runs the built command line in a sample installation that it makes itself.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ support::ProgramResult tscript(Words words, const std::string& input = {},
 struct Case {
     Words words;
     int exitCode;
-    std::string output;  // these texts are found there
+    std::string output;  // parts of standard output and standard error
     std::string errors;
     std::string input = {};
 };

@@ -1,4 +1,4 @@
-// The page of `tscript report`, made of a sample installation's journal and looked at by a browser.
+// The page of `tscript report`, made from a sample installation's journal and checked in a browser.
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 using support::ProgramResult;
 
-// Shows the page in a phone's and in a desk's width, all of it opened, and says what is wrong with it.
+// Shows the page at a phone's and at a desktop's width, with every part opened, and lists its faults.
 constexpr const char* kViewer = R"html(<!DOCTYPE html><body style="margin:0;display:flex;background:gray">
 <iframe src="report.html" style="flex:none;border:0;width:360px;height:900px"></iframe>
 <iframe src="report.html" style="flex:none;border:0;width:1280px;height:900px"></iframe>
@@ -121,7 +121,7 @@ class Report : public Installation {
                 return true;
         return false;
     }
-    // DVU_SCREENSHOTS names a folder in which the pictures are kept, to be looked at.
+    // DVU_SCREENSHOTS names a folder in which the screenshots are kept.
     std::string browse(const std::string& scheme, const Words& what) {
         Words words = {
             "chromium",

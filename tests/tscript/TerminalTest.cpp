@@ -1,4 +1,4 @@
-// The command line on a terminal: what is asked and typed, what moves there, Ctrl-C, colour and width.
+// The command line on a terminal: questions, typed answers, progress, Ctrl-C, colours and widths.
 #include <sstream>
 
 #include "Installation.h"
@@ -31,7 +31,7 @@ TEST_F(OnATerminal, NothingIsLostUnlessYesIsTyped) {
     const Words reset = {"sandbox", "reset", "--dir", folder};
     const struct {
         std::string_view typed;
-        std::string told;
+        std::string shown;
     } refusals[] = {
         {"no\n", "nothing was changed"},   {"y\n", "nothing was changed"},     {"\n", "nothing was changed"},
         {"yes!\n", "nothing was changed"}, {kControlD, "nothing was changed"}, {kControlC, "^C"},
@@ -41,7 +41,7 @@ TEST_F(OnATerminal, NothingIsLostUnlessYesIsTyped) {
         ASSERT_TRUE(program.shows("Type yes to go ahead: ")) << program.screen();
         program.type(refusal.typed);
         EXPECT_EQ(program.end(), 130) << program.screen();
-        EXPECT_NE(program.screen().find(refusal.told), std::string::npos) << program.screen();
+        EXPECT_NE(program.screen().find(refusal.shown), std::string::npos) << program.screen();
     }
     for (const Words& words : {Words{"--no-input", "sandbox", "reset", "--dir", folder},
                                Words{"sandbox", "--dir", folder, "reset", "--no-input"}}) {
@@ -94,8 +94,8 @@ TEST_F(OnATerminal, APasswordIsTypedUnseen) {
     EXPECT_EQ(run({"credentials", "test", "NQ2"}).exitCode, 0);
 }
 
-// Ctrl-C ends the run, once the screen tells how long it has been at work; its journal row is closed as
-// failed, and neither a file nor the line of progress stays.
+// Ctrl-C ends a run whose progress line is shown. Its journal row is closed as failed, and neither a file nor
+// the progress line remains.
 TEST_F(OnATerminal, AnInterruptedRunIsClosed) {
     packEndless();
     TerminalProgram program = terminal({"run", "Endless", "--input", std::string(60, 'z')}, 40);
@@ -109,8 +109,7 @@ TEST_F(OnATerminal, AnInterruptedRunIsClosed) {
     EXPECT_TRUE(fs::is_empty(folder / "temp"));
 }
 
-// The columns that a line takes, its colours and carriage return aside; a byte that continues a character
-// takes none.
+// Width of a line without its colours and carriage return. Continuation bytes of UTF-8 have no width.
 std::size_t columnsOf(const std::string& line) {
     std::size_t columns = 0;
     for (std::size_t i = 0; i < line.size(); ++i) {
