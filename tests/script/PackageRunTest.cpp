@@ -121,6 +121,8 @@ TEST_F(PackageRun, HelpAndOtherOperationsRunNothing) {
     std::ostringstream creation;
     creation << std::put_time(std::localtime(&created), "%Y/%m/%d %H:%M:%S");
     EXPECT_EQ(script.getCreation(), creation.str());
+    EXPECT_STREQ(script.getUsage(), "\nHow to call it");
+    EXPECT_STREQ(script.getDescription(), "\nWhat it does");
     EXPECT_EQ(help.output,
               "\n\nUsage:\n\nHow to call it\n\nDescription:\n\nWhat it does\n\nCreation Time:\n" +
                   creation.str() + "\n\n");

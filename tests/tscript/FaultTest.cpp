@@ -77,7 +77,6 @@ TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
     ASSERT_EQ(run({"key", "create", next}).exitCode, 0);
     fs::copy_file(folder / "Scripts" / "Long.sql", place / "old.sql");
     const std::string packed = support::readFile(place / "old.sql");
-    const Words preview = {"run", "Long", "--dry-run", "-o", place / "old.sql"};
     const struct {
         Words words;
         std::string errors;
