@@ -1,5 +1,5 @@
-// Prints what the engine says to a script: `tsql_script directory file`. For trying scripts, and for writing
-// the expected output of a new one by hand after reading it.
+// Prints a golden script with the output of today: `tsql_script data-directory file`. To add batches, write
+// them with a line GO after each, run this, read the result and replace the script with it.
 #include <fstream>
 #include <iostream>
 #include <iterator>

@@ -1,6 +1,5 @@
 #include "ScriptRunner.h"
 
-#include <cctype>
 #include <charconv>
 
 #include "types/Values.h"
@@ -38,64 +37,101 @@ class PrintingSink final : public ResultSink {
                 (line.empty() ? "" : " | ") + (column.name.empty() ? std::string("-") : column.name) + " ";
             line += displayName(column.type) + (column.identity ? "*" : "") + (column.nullable ? "?" : "");
         }
-        m_text += line + "\n";
+        m_lines.push_back(line);
     }
     void row(std::span<const CellView> cells) override {
+        std::string line;
         for (std::size_t i = 0; i < cells.size(); ++i)
-            m_text += (i ? " | " : "") + (isExact(m_types[i].id) && !isNull(cells[i])
-                                              ? scaledText(exactOf(cells[i]), m_types[i].scale)
-                                              : std::visit(CellText(), cells[i]));
-        m_text += "\n";
+            line += (i ? " | " : "") + (isExact(m_types[i].id) && !isNull(cells[i])
+                                            ? scaledText(exactOf(cells[i]), m_types[i].scale)
+                                            : std::visit(CellText(), cells[i]));
+        m_lines.push_back(line);
     }
     void statementDone(std::int64_t rowCount, bool isSelect) override {
-        if (rowCount >= 0) m_text += "(" + std::to_string(rowCount) + (isSelect ? " rows)\n" : " changed)\n");
+        if (rowCount >= 0) appendToLine("(" + std::to_string(rowCount) + (isSelect ? " rows)" : " changed)"));
     }
     void message(const Message& message) override {
-        if (message.number != 0 && (message.number != 50000 || message.severity > 10))
-            m_text += "Msg " + std::to_string(message.number) + ", Level " +
-                      std::to_string(message.severity) + ", State " + std::to_string(message.state) +
-                      ", Line " + std::to_string(message.line) +
-                      (message.procedure.empty() ? "" : ", Procedure " + message.procedure) + ": ";
-        m_text += message.text + "\n";
+        const std::string origin = ", Line " + std::to_string(message.line) +
+                                   (message.procedure.empty() ? "" : ", Procedure " + message.procedure);
+        if (message.number == 3621 && message.severity == 0 && message.state == 0 && origin == m_lastOrigin &&
+            message.text == "The statement has been terminated.")
+            return appendToLine("(3621)");
+        m_lastOrigin = origin;
+        if (message.number == 0 || (message.number == 50000 && message.severity <= 10))
+            m_lines.push_back(message.text);
+        else
+            m_lines.push_back("Msg " + std::to_string(message.number) + ", Level " +
+                              std::to_string(message.severity) + ", State " + std::to_string(message.state) +
+                              origin + ": " + message.text);
     }
     void databaseChanged(std::string_view, std::string_view to) override {
-        m_text += "USE " + std::string(to) + "\n";
+        m_lines.push_back("USE " + std::string(to));
     }
     bool cancelled() override { return false; }
 
-    std::string take() { return std::move(m_text); }
+    std::string text() const {
+        std::string text;
+        for (const std::string& line : m_lines) text += line + '\n';
+        return text;
+    }
 
   private:
-    std::string m_text;
+    void appendToLine(const std::string& note) {
+        if (m_lines.empty())
+            m_lines.push_back(note);
+        else
+            m_lines.back() += " " + note;
+    }
+
+    std::vector<std::string> m_lines;
     std::vector<SqlType> m_types;
+    std::string m_lastOrigin;
 };
 
-bool isGo(std::string_view line) {
-    return line == "GO" || line == "go";
+constexpr std::string_view kOutputMark = "-->";
+
+bool endsBatch(std::string_view line) {
+    return line == "GO" || line.starts_with(kOutputMark);
+}
+
+std::string_view cutLine(std::string_view& text) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return line;
+}
+
+std::string marked(std::string_view output) {
+    if (output.empty()) return "GO\n";
+    std::string text;
+    while (!output.empty()) text.append(kOutputMark).append(" ").append(cutLine(output)) += '\n';
+    return text;
 }
 
 }  // namespace
 
-std::string runScript(Session& session, std::string_view text) {
+std::string runBatch(Session& session, std::string_view batch) {
     PrintingSink sink;
-    std::string output, batch;
-    const auto flush = [&] {
-        if (batch.find_first_not_of(" \n") == std::string::npos) return;
-        const bool goesOn = session.runBatch(batch, sink);
-        output += sink.take() + (goesOn ? "GO\n" : "THE SESSION HAS ENDED\n");
+    const bool sessionContinues = session.runBatch(batch, sink);
+    return sink.text() + (sessionContinues ? "" : "THE SESSION HAS ENDED\n");
+}
+
+std::string runScript(Session& session, std::string_view script) {
+    std::string result, batch;
+    const auto runCollected = [&] {
+        if (batch.empty()) return;
+        result += batch + marked(runBatch(session, batch));
         batch.clear();
     };
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        if (isGo(line))
-            flush();
+    while (!script.empty()) {
+        const std::string_view line = cutLine(script);
+        if (endsBatch(line))
+            runCollected();
         else
             batch.append(line) += '\n';
     }
-    flush();
-    return output;
+    runCollected();
+    return result;
 }
 
 }  // namespace tsql::test

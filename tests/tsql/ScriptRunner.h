@@ -1,4 +1,4 @@
-// Runs a golden script: batches between GO lines, each followed by what the engine must say to it.
+// Golden scripts: batches of T-SQL, each followed by what it prints.
 #pragma once
 
 #include <string>
@@ -8,12 +8,16 @@
 
 namespace tsql::test {
 
-// Runs the text's batches (lines "GO" end them) in one session and gives back what they print:
-//   name type | name type     the columns of a result set, * marks an identity, ? what may be NULL
-//   value | value             its rows, in their storage form; NULL, and blobs as 0x...
-//   (3 rows) / (3 changed) / (done)
-//   Msg 208, Level 16, State 1, Line 2 [, Procedure p]: text;   texts without severity stand as "text"
+// Runs a batch and returns what it prints, line by line:
+//   name type | name type     columns of a result set; * marks an identity, ? a nullable column
+//   value | value             a row in storage form: NULL, blobs as 0x...
+//   Msg 208, Level 16, State 1, Line 2[, Procedure p]: text, or the text alone of an informational message
 //   USE database
-std::string runScript(tsql::Session& session, std::string_view text);
+// Row counts, "(3 rows)" or "(3 changed)", and message 3621 of the same line, "(3621)", end the line before.
+std::string runBatch(tsql::Session& session, std::string_view batch);
+
+// Runs every batch of a script and returns the script with what they print now. A batch ends at its recorded
+// output, lines that begin with "-->", or at a line "GO", which stands for no output.
+std::string runScript(tsql::Session& session, std::string_view script);
 
 }  // namespace tsql::test

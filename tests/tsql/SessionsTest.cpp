@@ -10,12 +10,12 @@
 
 namespace {
 
-using tsql::test::runScript;
+using tsql::test::runBatch;
 
 class Sessions : public testing::Test {
   protected:
-    std::string first(std::string_view text) { return runScript(m_first, text); }
-    std::string second(std::string_view text) { return runScript(m_second, text); }
+    std::string first(std::string_view text) { return runBatch(m_first, text); }
+    std::string second(std::string_view text) { return runBatch(m_second, text); }
     static bool has(const std::string& text, std::string_view part) {
         return text.find(part) != std::string::npos;
     }
@@ -29,22 +29,22 @@ class Sessions : public testing::Test {
 TEST_F(Sessions, HaveTheirOwnTemporaryTables) {
     first("CREATE TABLE #t (x int) INSERT #t VALUES (1)");
     EXPECT_TRUE(has(second("SELECT * FROM #t"), "Msg 208"));
-    EXPECT_TRUE(has(second("CREATE TABLE #t (y int) SELECT COUNT(*) FROM #t"), "\n0\n"));
+    EXPECT_TRUE(has(second("CREATE TABLE #t (y int) SELECT COUNT(*) FROM #t"), "\n0 (1 rows)\n"));
 }
 
 TEST_F(Sessions, ReadWhatIsCommittedAndWaitNoLongerThanTheyAsk) {
     first("CREATE TABLE t (x int) BEGIN TRAN INSERT t VALUES (1)");
-    EXPECT_TRUE(has(second("SELECT COUNT(*) FROM t"), "\n0\n"));
+    EXPECT_TRUE(has(second("SELECT COUNT(*) FROM t"), "\n0 (1 rows)\n"));
     EXPECT_TRUE(has(second("SET LOCK_TIMEOUT 50 INSERT t VALUES (2)"), "Msg 1222"));
     first("COMMIT");
-    EXPECT_TRUE(has(second("INSERT t VALUES (2) SELECT COUNT(*) FROM t"), "\n2\n"));
+    EXPECT_TRUE(has(second("INSERT t VALUES (2) SELECT COUNT(*) FROM t"), "\n2 (1 rows)\n"));
 }
 
 TEST_F(Sessions, ThatReadBeforeAnothersChangeMayStillWrite) {
     first("CREATE TABLE t (x int) INSERT t VALUES (1)");
     first("BEGIN TRAN SELECT * FROM t");
     second("UPDATE t SET x = 5");
-    EXPECT_TRUE(has(first("UPDATE t SET x = x + 1 COMMIT SELECT x FROM t"), "\n6\n"));
+    EXPECT_TRUE(has(first("UPDATE t SET x = x + 1 COMMIT SELECT x FROM t"), "\n6 (1 rows)\n"));
 }
 
 TEST_F(Sessions, WriteAtTheSameTime) {
@@ -55,51 +55,52 @@ TEST_F(Sessions, WriteAtTheSameTime) {
         threads.emplace_back([&, i] {
             tsql::Session session(m_engine, {"sa"}, "master", 60 + i);
             const std::string insert = "SET NOCOUNT ON INSERT t (who) VALUES (" + std::to_string(i) + ")";
-            for (int row = 0; row < kRows; ++row) EXPECT_EQ(runScript(session, insert), "GO\n");
+            for (int row = 0; row < kRows; ++row) EXPECT_EQ(runBatch(session, insert), "");
         });
     for (auto& thread : threads) thread.join();
-    EXPECT_TRUE(has(first("SELECT COUNT(*), MAX(id) FROM t"), "\n200 | 200\n"));
+    EXPECT_TRUE(has(first("SELECT COUNT(*), MAX(id) FROM t"), "\n200 | 200 (1 rows)\n"));
 }
 
 TEST_F(Sessions, KeepWhatIsCommittedAndNothingElse) {
     {
         tsql::Session gone(m_engine, {"sa"}, "master", 53);
-        runScript(gone, "CREATE TABLE t (x int) INSERT t VALUES (1) BEGIN TRAN INSERT t VALUES (2)");
+        runBatch(gone, "CREATE TABLE t (x int) INSERT t VALUES (1) BEGIN TRAN INSERT t VALUES (2)");
     }
-    EXPECT_TRUE(has(first("SELECT COUNT(*) FROM t"), "\n1\n"));
+    EXPECT_TRUE(has(first("SELECT COUNT(*) FROM t"), "\n1 (1 rows)\n"));
 }
 
 TEST_F(Sessions, HoldTheDatabaseTheyUse) {
-    first("CREATE DATABASE other\nGO\nUSE other");
+    first("CREATE DATABASE other");
+    first("USE other");
     EXPECT_TRUE(has(second("DROP DATABASE other"), "Msg 3702"));
     first("USE master");
-    EXPECT_EQ(second("DROP DATABASE other"), "GO\n");
+    EXPECT_EQ(second("DROP DATABASE other"), "");
     EXPECT_FALSE(m_engine.storage.exists("other"));
 }
 
 TEST_F(Sessions, WaitForApplicationLocks) {
     constexpr std::string_view kTake =
         "DECLARE @r int EXEC @r = sp_getapplock 'job', 'Exclusive', 'Session', 5000 PRINT @r";
-    EXPECT_EQ(first(kTake), "0\nGO\n");
+    EXPECT_EQ(first(kTake), "0\n");
     EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'job', 'Shared', 'Session', 50 PRINT @r"),
-              "-1\nGO\n");
+              "-1\n");
     EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'JOB', 'Shared', 'Session', 50 PRINT @r"),
-              "0\nGO\n");
+              "0\n");
     std::string waited;
     std::thread waiting([&] { waited = second(kTake); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     first("EXEC sp_releaseapplock 'job', 'Session'");
     waiting.join();
-    EXPECT_EQ(waited, "1\nGO\n");
+    EXPECT_EQ(waited, "1\n");
     {
         tsql::Session gone(m_engine, {"sa"}, "master", 53);
         EXPECT_EQ(
-            runScript(gone, "BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Update' PRINT @r"),
-            "0\nGO\n");
+            runBatch(gone, "BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Update' PRINT @r"),
+            "0\n");
     }
     EXPECT_EQ(
         first("BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Exclusive' PRINT @r ROLLBACK"),
-        "0\nGO\n");
+        "0\n");
 }
 
 TEST_F(Sessions, ThatWouldWaitForEachOtherForApplicationLocksAreTold) {
@@ -112,15 +113,16 @@ TEST_F(Sessions, ThatWouldWaitForEachOtherForApplicationLocksAreTold) {
     std::string waited;
     std::thread waiting([&] { waited = first(take("b")); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_EQ(second(take("a")), "-3\nGO\n");
+    EXPECT_EQ(second(take("a")), "-3\n");
     second("EXEC sp_releaseapplock 'b', 'Session'");
     waiting.join();
-    EXPECT_EQ(waited, "1\nGO\n");
+    EXPECT_EQ(waited, "1\n");
 }
 
 TEST_F(Sessions, BackUpAndRestore) {
     const std::string disk = "DISK = '" + (m_directory.path() / "shop.bak").string() + "'";
-    first("CREATE DATABASE shop\nGO\nUSE shop CREATE TABLE t (x int) INSERT t VALUES (1)");
+    first("CREATE DATABASE shop");
+    first("USE shop CREATE TABLE t (x int) INSERT t VALUES (1)");
     const std::string said = first("BACKUP DATABASE shop TO " + disk +
                                    " WITH COPY_ONLY, INIT, CHECKSUM, NAME = 'full', STATS = 40");
     for (const auto line : {"40 percent processed.\n", "80 percent processed.\n", "100 percent processed.\n"})
@@ -134,7 +136,7 @@ TEST_F(Sessions, BackUpAndRestore) {
     const Case cases[] = {
         {"RESTORE FILELISTONLY FROM " + disk, "shop_log | "},
         {"RESTORE HEADERONLY FROM " + disk, "full | NULL | 1 | "},
-        {"SELECT name FROM msdb..backupset", "\nfull\n"},
+        {"SELECT name FROM msdb..backupset", "\nfull (1 rows)\n"},
         {"RESTORE VERIFYONLY FROM " + disk, "The backup set on file 1 is valid."},
         {restore + "shop FROM " + disk + " WITH REPLACE", "Msg 3102"},
         {restore + "copy FROM " + disk, "File 'shop_log' cannot be restored"},
@@ -148,7 +150,7 @@ TEST_F(Sessions, BackUpAndRestore) {
         {"BACKUP DATABASE nosuch TO " + disk, "Msg 3013"},
         {"BACKUP DATABASE tempdb TO " + disk, "Msg 3147"},
         {"BEGIN TRAN BACKUP DATABASE shop TO " + disk + " ROLLBACK", "transaction.\nMsg 3013"},
-        {"SELECT COUNT(*) FROM copy..t", "\n1\n"},
+        {"SELECT COUNT(*) FROM copy..t", "\n1 (1 rows)\n"},
     };
     for (const auto& [statement, answer] : cases) {
         const std::string answered = first(statement);
@@ -194,14 +196,14 @@ TEST_F(Sessions, EndACancelledBatchAndGoOn) {
         EXPECT_TRUE(m_first.runBatch(batch, sink)) << batch;
         EXPECT_EQ(sink.messages(), 0) << batch;
     }
-    EXPECT_TRUE(has(first("SELECT 1"), "\n1\n"));
+    EXPECT_TRUE(has(first("SELECT 1"), "\n1\n"));  // NOCOUNT is ON
 }
 
 TEST_F(Sessions, SurviveASinkThatThrows) {
     LeavingSink sink(true);
     EXPECT_THROW(m_first.runBatch("SELECT 1 SELECT 2", sink), std::runtime_error);
     EXPECT_EQ(sink.rows(), 1);
-    EXPECT_TRUE(has(first("SELECT 3"), "\n3\n"));
+    EXPECT_TRUE(has(first("SELECT 3"), "\n3 (1 rows)\n"));
 }
 
 }  // namespace

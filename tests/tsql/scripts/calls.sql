@@ -22,7 +22,19 @@ DECLARE @t nvarchar(100)
 SET @t = 'a'
 EXEC ('PRINT ''' + @t + '''; EXEC (''PRINT @@NESTLEVEL'')')
 EXEC sp_executesql N'PRINT @@NESTLEVEL'
-GO
+--> - int? | - int?
+--> 3 | 3 (1 rows)
+--> Msg 8162, Level 16, State 2, Line 0, Procedure add_up: The formal parameter "@b" was not declared as an OUTPUT parameter, but the actual parameter passed in requested output.
+--> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'nosuch'.
+--> - int? | - int?
+--> 0 | 42 (1 rows)
+--> plain
+--> - int?
+--> 0 (1 rows)
+--> 7
+--> a
+--> 2
+--> 2
 CREATE OR ALTER PROCEDURE add_up AS
 PRINT 'changed'
 GO
@@ -33,7 +45,16 @@ CREATE TABLE plain (x int)
 EXEC sp_helptext plain
 EXEC sp_nosuch
 DROP PROCEDURE add_up, add_up2
-GO
+--> changed
+--> Text nvarchar(255)?
+--> CREATE OR ALTER PROCEDURE add_up AS
+--> 
+--> PRINT 'changed'
+-->  (2 rows)
+--> Msg 15009, Level 16, State 1, Line 3: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
+--> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'.
+--> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
+--> Msg 3701, Level 11, State 5, Line 7: Cannot drop the procedure 'add_up2', because it does not exist or you do not have permission.
 DECLARE @r int
 EXEC @r = sp_getapplock 'job', 'Exclusive'
 SELECT @r
@@ -49,7 +70,23 @@ EXEC @r = sp_releaseapplock 'job', 'Session'
 SELECT @r
 EXEC @r = sp_releaseapplock 'job', 'Session'
 SELECT @r
-GO
+--> Msg 3918, Level 16, State 1, Line 2: The statement or function must be executed in the context of a user transaction.
+--> - int?
+--> -999 (1 rows)
+--> Msg 1225, Level 16, State 1, Line 4: An invalid application lock mode was passed to sp_getapplock.
+--> - int?
+--> -999 (1 rows)
+--> - int?
+--> 0 (1 rows)
+--> - int?
+--> 0 (1 rows)
+--> - int?
+--> 0 (1 rows)
+--> - int?
+--> 0 (1 rows)
+--> Msg 1223, Level 16, State 1, Line 14: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held.
+--> - int?
+--> -999 (1 rows)
 -- arguments that do not fit
 CREATE PROCEDURE fit @a int, @b varchar(9) = 'b' AS SELECT @a, @b
 GO
@@ -66,26 +103,36 @@ PRINT @r
 EXEC ('SELECT FROM')
 EXEC fit 'one'
 PRINT 'not reached'
-GO
+--> Msg 8143, Level 16, State 1, Line 0, Procedure fit: Parameter '@a' was supplied multiple times.
+--> Msg 8146, Level 16, State 2, Line 0, Procedure takes_none: Procedure takes_none has no parameters and arguments were supplied.
+--> Msg 8162, Level 16, State 2, Line 0, Procedure fit: The formal parameter "@b" was not declared as an OUTPUT parameter, but the actual parameter passed in requested output.
+--> Msg 214, Level 16, State 2, Line 5: Procedure expects parameter '@statement' of type 'ntext/nchar/nvarchar'.
+--> Msg 8178, Level 16, State 1, Line 6: The parameterized query '(@x int)SELECT @x' expects the parameter '@x', which was not supplied.
+--> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered.
+--> 8134
+--> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
+--> Msg 8114, Level 16, State 5, Line 0, Procedure fit: Error converting data type varchar to int.
 EXEC fit @a = 1, 'b'
-GO
+--> Msg 119, Level 15, State 1, Line 1: Must pass parameter number 2 and subsequent parameters as '@name = value'. After the form '@name = value' has been used, all subsequent parameters must be passed in the form '@name = value'.
 EXEC fit 1, 'b' OUTPUT
-GO
+--> Msg 179, Level 15, State 1, Line 1: Cannot use the OUTPUT option when passing a constant to a stored procedure.
 EXEC fit 1 + 1
-GO
+--> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '+'.
 EXEC ('SELECT ' + QUOTENAME('a'))
-GO
+--> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'QUOTENAME'.
 CREATE TABLE #rows (a int)
 INSERT #rows EXEC ('ROLLBACK')
 INSERT #rows EXEC ('INSERT #rows EXEC (''SELECT 1'')')
 BEGIN TRAN INSERT #rows EXEC ('ROLLBACK') ROLLBACK
-GO
+--> Msg 3915, Level 16, State 0, Line 1: Cannot use the ROLLBACK statement within an INSERT-EXEC statement. (0 changed)
+--> Msg 8164, Level 16, State 1, Line 1: An INSERT EXEC statement cannot be nested. (0 changed)
+--> Msg 3915, Level 16, State 0, Line 1: Cannot use the ROLLBACK statement within an INSERT-EXEC statement. (0 changed)
 CREATE PROCEDURE who_am_i AS PRINT OBJECT_NAME(@@PROCID)
 GO
 EXEC who_am_i
 PRINT @@PROCID
-GO
-GO
+--> who_am_i
+--> 0
 -- a text runs in the database whose sp_executesql it is given to
 CREATE DATABASE texts
 DECLARE @there nvarchar(100) = N'texts.sys.sp_executesql'
@@ -98,4 +145,12 @@ DECLARE @text nvarchar(50) = N'SELECT 1'
 EXEC @text
 SET @text = N'sp_helptext nothing'
 EXEC @text
-GO
+--> - nvarchar(128)? | - int?
+--> texts | 0 (1 rows)
+--> - nvarchar(128)?
+--> t (1 rows)
+--> - nvarchar(128)? | - int?
+--> master | NULL (1 rows)
+--> Msg 2812, Level 16, State 62, Line 8: Could not find stored procedure 'nowhere..sp_executesql'.
+--> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'SELECT 1'.
+--> Msg 2812, Level 16, State 62, Line 12: Could not find stored procedure 'sp_helptext nothing'.

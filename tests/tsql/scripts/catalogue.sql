@@ -5,7 +5,8 @@ CREATE TABLE item (id int IDENTITY(1,1) CONSTRAINT PK_item PRIMARY KEY, code nva
 CREATE TABLE line (item int NOT NULL CONSTRAINT FK_item REFERENCES item(id), n tinyint NOT NULL, note text NULL, f float NULL)
 CREATE UNIQUE INDEX ix_line ON line (item, n DESC)
 CREATE INDEX ix_made ON item (made)
-GO
+--> USE shop
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'shop'.
 CREATE PROCEDURE restock @code nvarchar(20), @n int OUTPUT AS RETURN 0
 GO
 CREATE FUNCTION dbo.twice (@x decimal(9,2)) RETURNS decimal(9,2) AS BEGIN RETURN @x * 2 END
@@ -27,31 +28,115 @@ SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACT
 SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME
 SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
 SELECT * FROM sys.nosuch
-GO
+--> name nvarchar(128)? | database_id int? | state_desc nvarchar(60)? | recovery_model_desc nvarchar(60)? | compatibility_level tinyint? | collation_name nvarchar(128)?
+--> master | 1 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
+--> tempdb | 2 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
+--> model | 3 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
+--> msdb | 4 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
+--> shop | 5 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS (5 rows)
+--> name nvarchar(128)? | dbid smallint?
+--> shop | 5 (1 rows)
+--> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? | parent nvarchar(128)?
+--> CK_price | C | CHECK_CONSTRAINT | item
+--> DF_price | D | DEFAULT_CONSTRAINT | item
+--> FK_item | F | FOREIGN_KEY_CONSTRAINT | line
+--> item | U | USER_TABLE | NULL
+--> line | U | USER_TABLE | NULL
+--> PK_item | PK | PRIMARY_KEY_CONSTRAINT | item
+--> restock | P | SQL_STORED_PROCEDURE | NULL
+--> twice | FN | SQL_SCALAR_FUNCTION | NULL
+--> UQ_code | UQ | UNIQUE_CONSTRAINT | item (9 rows)
+--> name nvarchar(128)? | xtype char(2)? | type char(2)?
+--> CK_price | C | C
+--> DF_price | D | D
+--> PK_item | PK | K
+--> UQ_code | UQ | K (4 rows)
+--> name nvarchar(128)? | name nvarchar(128)? | column_id int? | type nvarchar(128)? | max_length smallint? | precision tinyint? | scale tinyint? | is_nullable bit? | is_identity bit?
+--> item | id | 1 | int | 4 | 10 | 0 | 0 | 1
+--> item | code | 2 | nvarchar | 40 | 0 | 0 | 0 | 0
+--> item | price | 3 | decimal | 5 | 9 | 2 | 1 | 0
+--> item | made | 4 | datetime | 8 | 23 | 3 | 1 | 0
+--> line | item | 1 | int | 4 | 10 | 0 | 0 | 0
+--> line | n | 2 | tinyint | 1 | 3 | 0 | 0 | 0
+--> line | note | 3 | text | 16 | 0 | 0 | 1 | 0
+--> line | f | 4 | float | 8 | 53 | 0 | 1 | 0 (8 rows)
+--> name nvarchar(128)? | index_id int? | type_desc nvarchar(60)? | is_unique bit? | is_primary_key bit? | is_unique_constraint bit? | col nvarchar(128)? | key_ordinal tinyint?
+--> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | item | 1
+--> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | n | 2
+--> ix_made | 3 | NONCLUSTERED | 0 | 0 | 0 | made | 1
+--> PK_item | 1 | CLUSTERED | 1 | 1 | 0 | id | 1
+--> UQ_code | 2 | NONCLUSTERED | 1 | 0 | 1 | code | 1 (5 rows)
+--> module nvarchar(128)? | parameter_id int? | name nvarchar(128)? | is_output bit? | max_length smallint?
+--> restock | 1 | @code | 0 | 40
+--> restock | 2 | @n | 1 | 4
+--> twice | 0 |  | 1 | 5
+--> twice | 1 | @x | 0 | 5 (4 rows)
+--> name nvarchar(128)? | schema_id int?
+--> dbo | 1
+--> INFORMATION_SCHEMA | 3
+--> sys | 4 (3 rows)
+--> name nvarchar(128)? | is_ms_shipped bit?
+--> restock | 0 (1 rows)
+--> - int?
+--> 4 (1 rows)
+--> name nvarchar(128)? | referenced nvarchar(128)?
+--> FK_item | item (1 rows)
+--> name nvarchar(128)? | definition nvarchar(max)?
+--> DF_price | ((0)) (1 rows)
+--> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
+--> shop | dbo | item | BASE TABLE
+--> shop | dbo | line | BASE TABLE (2 rows)
+--> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | CHARACTER_OCTET_LENGTH int? | NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? | DATETIME_PRECISION smallint? | COLLATION_NAME nvarchar(128)?
+--> id | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL
+--> code | NULL | nvarchar | 20 | 40 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
+--> price | ((0)) | decimal | NULL | NULL | 9 | 2 | NULL | NULL
+--> made | NULL | datetime | NULL | NULL | NULL | NULL | 3 | NULL
+--> item | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL
+--> n | NULL | tinyint | NULL | NULL | 3 | 0 | NULL | NULL
+--> note | NULL | text | 2147483647 | 2147483647 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
+--> f | NULL | float | NULL | NULL | 53 | NULL | NULL | NULL (8 rows)
+--> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)?
+--> restock | PROCEDURE
+--> twice | FUNCTION (2 rows)
+--> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
+--> restock | 1 | IN | NO | @code | nvarchar
+--> restock | 2 | INOUT | NO | @n | int
+--> twice | 0 | OUT | YES |  | decimal
+--> twice | 1 | IN | NO | @x | decimal (4 rows)
+--> Msg 208, Level 16, State 1, Line 17: Invalid object name 'sys.nosuch'.
 -- indexes are made anew; a database changes its name, or takes a setting that it has
 ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80)
 ALTER INDEX ALL ON dbo.line REORGANIZE
 ALTER INDEX nosuch ON item REBUILD
-GO
+--> Msg 2727, Level 11, State 1, Line 4: Cannot find index 'nosuch'.
 ALTER INDEX ix_made ON item DISABLE
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER INDEX ... DISABLE.
 ALTER DATABASE CURRENT SET RECOVERY SIMPLE, MULTI_USER WITH ROLLBACK IMMEDIATE
 ALTER DATABASE shop MODIFY NAME = store
-GO
+--> Msg 5030, Level 16, State 2, Line 2: The database could not be exclusively locked to perform the operation.
 ALTER DATABASE shop SET RECOVERY FULL
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER DATABASE ... SET RECOVERY.
 USE master
 ALTER DATABASE shop MODIFY NAME = tempdb
-GO
+--> USE master
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+--> Msg 1801, Level 16, State 3, Line 2: Database 'tempdb' already exists. Choose a different database name.
 ALTER DATABASE tempdb MODIFY NAME = shop2
-GO
+--> Msg 5058, Level 16, State 5, Line 1: Option 'MODIFY NAME' cannot be set in database 'tempdb'.
 ALTER DATABASE nosuch MODIFY NAME = store
-GO
+--> Msg 5011, Level 14, State 5, Line 1: User does not have permission to alter database 'nosuch', the database does not exist, or the database is not in a state that allows access checks.
 ALTER DATABASE SHOP MODIFY NAME = [the store]
 SELECT code, price FROM [the store]..item
 SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now
-GO
+--> Msg 5021, Level 0, State 1, Line 1: The database name 'the store' has been set.
+--> code nvarchar(20) | price decimal(9,2)? (0 rows)
+--> gone int? | now nvarchar(128)?
+--> NULL | the store (1 rows)
 USE [the store]
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup')
-GO
+--> USE the store
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'the store'.
+--> a int? | b int? | c int? | d nvarchar(128)? | e nvarchar(128)?
+--> 1 | 0 | NULL | 15 | 0 (1 rows)
+--> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.

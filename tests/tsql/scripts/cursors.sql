@@ -16,7 +16,11 @@ END
 PRINT CONVERT(varchar, @id) + ' stays'
 CLOSE c
 DEALLOCATE c
-GO
+--> (3 changed)
+--> -1
+--> 2 two (1 changed)
+--> 3 (null) (1 changed)
+--> 3 stays
 -- a global cursor outlives its batch; without INTO a row is a result set
 DECLARE g SCROLL CURSOR FOR SELECT id, nm FROM t ORDER BY id
 OPEN g
@@ -32,9 +36,24 @@ FETCH FIRST FROM g
 CLOSE g
 OPEN g
 OPEN g
-GO
+--> id int | nm varchar(10)?
+--> 1 | one (1 rows)
+--> id int | nm varchar(10)?
+--> 3 | seen (1 rows)
+--> id int | nm varchar(10)?
+--> 2 | seen (1 rows)
+--> id int | nm varchar(10)?
+--> 1 | one (1 rows)
+--> id int | nm varchar(10)?
+--> 3 | seen (1 rows)
+--> id int | nm varchar(10)? (0 rows)
+--> - int? | - int? | - smallint? | - smallint?
+--> -1 | 3 | 1 | -3 (1 rows)
+--> id int | nm varchar(10)?
+--> 1 | one (1 rows)
+--> Msg 16905, Level 16, State 1, Line 11: The cursor is already open.
 FETCH g INTO @nothing
-GO
+--> Msg 137, Level 15, State 1, Line 1: Must declare the scalar variable "@nothing".
 DECLARE @a int
 FETCH g INTO @a
 CLOSE g
@@ -48,7 +67,13 @@ OPEN s
 PRINT @@CURSOR_ROWS
 FETCH PRIOR FROM s
 DEALLOCATE s
-GO
+--> Msg 16924, Level 16, State 1, Line 2: Cursorfetch: The number of variables declared in the INTO list must match that of selected columns.
+--> Msg 16917, Level 16, State 1, Line 4: Cursor is not open.
+--> Msg 16917, Level 16, State 1, Line 5: Cursor is not open.
+--> Msg 16916, Level 16, State 1, Line 7: A cursor with the name 'g' does not exist.
+--> Msg 16915, Level 16, State 1, Line 9: A cursor with the name 's' already exists.
+--> 2
+--> Msg 16911, Level 16, State 1, Line 12: fetch: The fetch type prior cannot be used with forward only cursors.
 -- nested, local to a procedure, errors in the query
 CREATE PROCEDURE pairs AS
 DECLARE @x int, @y int
@@ -72,27 +97,34 @@ GO
 EXEC pairs
 EXEC pairs
 OPEN outer_c
-GO
+--> 1-2
+--> 1-3
+--> 2-3
+--> 1-2
+--> 1-3
+--> 2-3
+--> Msg 16916, Level 16, State 1, Line 3: A cursor with the name 'outer_c' does not exist.
 DECLARE bad CURSOR FOR SELECT nocolumn FROM t
-GO
+--> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nocolumn'.
 DECLARE @d date
 DECLARE f CURSOR LOCAL FOR SELECT id FROM t
 OPEN f
 FETCH f INTO @d
-GO
+--> Msg 16922, Level 16, State 1, Line 4: Cursor Fetch: Implicit conversion from data type int to date is not allowed.
 DECLARE e CURSOR LOCAL FOR SELECT id, nm FROM t WHERE id > 5
 OPEN e
 FETCH e
 PRINT CURSOR_STATUS('local', 'e')
-GO
+--> id int | nm varchar(10)? (0 rows)
+--> 0
 -- what is refused
 DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm
-GO
+--> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE of a cursor.
 DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DYNAMIC cursors.
 DECLARE @c CURSOR
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support cursor variables.
 DECLARE u CURSOR FAST_FORWARD SCROLL FOR SELECT id FROM t
-GO
+--> Msg 1048, Level 15, State 1, Line 1: Conflicting cursor options FORWARD_ONLY and SCROLL.
 DELETE t WHERE CURRENT OF u
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WHERE CURRENT OF.

@@ -2,7 +2,7 @@ CREATE TABLE part (id int IDENTITY PRIMARY KEY, code varchar(10) NOT NULL UNIQUE
 INSERT part (code, n, parent) VALUES ('a',1,NULL),('b',2,1),('c',3,1),('d',4,3)
 CREATE TABLE slot (pos int PRIMARY KEY CHECK (pos > 0), what varchar(10))
 INSERT slot VALUES (1,'x'),(2,'y'),(3,'z')
-GO
+--> (4 changed) (3 changed)
 -- table variables
 DECLARE @t TABLE (id int IDENTITY(5,1) PRIMARY KEY, code varchar(10) UNIQUE, at int NOT NULL DEFAULT 3), @n int = 2
 INSERT INTO @t (code) SELECT code FROM part WHERE id > @n
@@ -14,13 +14,24 @@ SELECT * FROM @t ORDER BY id
 SELECT x.code FROM @t AS x WHERE EXISTS (SELECT * FROM part p WHERE p.code = x.code)
 INSERT @t (code) VALUES ('Q')
 INSERT @t (code, at) VALUES ('r', NULL)
-GO
+--> (2 changed) (1 changed) (1 changed) (1 changed) (1 changed)
+--> id int* | code varchar(10)? | at int
+--> 6 | d | 4
+--> 7 | q | 3 (2 rows)
+--> code varchar(10)?
+--> d (1 rows)
+--> Msg 2627, Level 14, State 1, Line 10: Violation of UNIQUE KEY constraint 'UQ__@t__1_3'. Cannot insert duplicate key in object 'dbo.@t'. The duplicate key value is (Q). (3621)
+--> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'at', table '@t'; column does not allow nulls. INSERT fails. (3621)
 DECLARE @t TABLE (a int)
 SELECT COUNT(*) FROM @t
 DECLARE @i int = 0
 WHILE @i < 2 BEGIN DECLARE @u TABLE (a int); INSERT @u VALUES (@i); SET @i += 1 END
 SELECT * FROM @u
-GO
+--> - int?
+--> 0 (1 rows) (1 changed) (1 changed)
+--> a int?
+--> 0
+--> 1 (2 rows)
 CREATE PROCEDURE fill AS DECLARE @t TABLE (a int) INSERT @t VALUES (8) SELECT a FROM @t
 GO
 -- each scope has its own; ROLLBACK leaves them alone
@@ -42,20 +53,37 @@ INSERT @t (a) EXEC fill
 SELECT * FROM @t
 SELECT * FROM @late
 SELECT COUNT(*) FROM part
-GO
+--> (1 changed) (1 changed) (1 changed) (2 changed) (1 changed) (1 changed)
+--> Msg 2627, Level 14, State 1, Line 14: Violation of UNIQUE KEY constraint 'UQ__@late__11_12'. Cannot insert duplicate key in object 'dbo.@late'. The duplicate key value is (5). (3621) (1 changed)
+--> a int?
+--> 8 (1 rows) (1 changed)
+--> a int? | b varchar(5)?
+--> 1 | one
+--> 2 | two
+--> 8 | NULL (3 rows)
+--> x int* | y int?
+--> 1 | 4
+--> 2 | 6
+--> 3 | 9
+--> 4 | 5 (4 rows)
+--> - int?
+--> 4 (1 rows)
 SELECT * FROM @t
-GO
+--> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
 DECLARE @t int SELECT * FROM @t
-GO
+--> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
 DECLARE @t TABLE (a int) PRINT @t
-GO
+--> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@t".
 DECLARE @t TABLE (a int), @T int
-GO
+--> Msg 134, Level 15, State 1, Line 1: The variable name '@T' has already been declared. Variable names must be unique within a query batch or stored procedure.
 -- OUTPUT
 DECLARE @ids TABLE (id int, code varchar(10))
 INSERT part (code) OUTPUT inserted.id, inserted.n * 2 AS twice, inserted.code AS [c d] VALUES ('e'), ('f')
 INSERT part (code, n) OUTPUT inserted.* INTO @ids (id, code) SELECT 'g', 1
-GO
+--> id int* | twice int? | c d varchar(10)
+--> 6 | 14 | e
+--> 7 | 14 | f (2 rows)
+--> Msg 213, Level 16, State 1, Line 4: Column name or number of supplied values does not match table definition.
 DECLARE @ids TABLE (id int, code varchar(10))
 INSERT part (code, n) OUTPUT inserted.id, inserted.code INTO @ids SELECT 'g', 1
 UPDATE part SET n = n + 100 OUTPUT inserted.id, inserted.n WHERE id > 5
@@ -67,20 +95,44 @@ SELECT id - (SELECT MIN(id) FROM @ids) d, code FROM @ids ORDER BY id
 DECLARE @got int
 UPDATE part SET @got = n = n + 10 WHERE code = 'a'
 SELECT @got
-GO
+--> (1 changed)
+--> id int* | n int?
+--> 6 | 107
+--> 7 | 107
+--> 8 | 101 (3 rows)
+--> code varchar(10)
+--> g (1 rows)
+--> code varchar(10) | n int?
+--> e | 107 (1 rows) (2 changed)
+--> - int?
+--> 2 (1 rows)
+--> d int? | code varchar(10)?
+--> 0 | f
+--> 1 | g
+--> 1 | g (3 rows) (1 changed)
+--> - int?
+--> 11 (1 rows)
 UPDATE part SET n = 1 OUTPUT deleted.n
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support deleted rows in the OUTPUT of UPDATE.
 DECLARE @a int UPDATE part SET @a = n
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
 -- rows may take over each other's keys
 UPDATE slot SET pos = pos + 1
 UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what
 SELECT * FROM slot ORDER BY pos
-GO
+--> (3 changed)
+--> pos int | what varchar(10)?
+--> 4 | x
+--> 3 | y
+--> 2 | z (3 rows)
+--> pos int | what varchar(10)?
+--> 2 | z
+--> 3 | y
+--> 4 | x (3 rows)
 UPDATE slot SET pos = 5
-GO
+--> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__slot__5_6'. Cannot insert duplicate key in object 'dbo.slot'. The duplicate key value is (5). (3621)
 UPDATE slot SET pos = pos - 2
-GO
+--> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK__slot__5_7". The conflict occurred in database "master", table "dbo.slot", column 'pos'. (3621)
 SELECT MIN(pos) FROM slot
 -- common tables: before changes, and recursive
 ;WITH s AS (SELECT id, n FROM part WHERE n > 2) DELETE p FROM part p JOIN s ON s.id = p.id WHERE s.n = 4;
@@ -92,19 +144,33 @@ WITH tree AS (SELECT id, code, 0 AS level, CAST(code AS varchar(50)) AS path FRO
 SELECT code, level, path FROM tree ORDER BY path;
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 150) SELECT COUNT(*), SUM(i) FROM n OPTION (MAXRECURSION 200)
 INSERT #none SELECT 1
-GO
+--> - int?
+--> 2 (1 rows) (1 changed) (1 changed) (1 changed)
+--> code varchar(10) | n int?
+--> a | 11
+--> b | 2
+--> c | 3
+--> zz | 11 (4 rows)
+--> code varchar(10)? | level int? | path varchar(50)?
+--> a | 0 | a
+--> b | 1 | a/b
+--> c | 1 | a/c (3 rows)
+--> - int? | - int?
+--> 150 | 11325 (1 rows)
+--> Msg 208, Level 16, State 1, Line 11: Invalid object name '#none'.
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 101) SELECT COUNT(*) FROM n
-GO
+--> - int?
+--> 101 (1 rows)
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 102) SELECT COUNT(*) FROM n
-GO
+--> Msg 530, Level 16, State 1, Line 1: The statement terminated. The maximum recursion 100 has been exhausted before statement completion.
 WITH n (i) AS (SELECT 'a' UNION ALL SELECT i + 'b' FROM n) SELECT i FROM n
-GO
+--> Msg 240, Level 16, State 1, Line 1: Types don't match between the anchor and the recursive part in column "i" of recursive query "n".
 WITH n (i) AS (SELECT 1 UNION ALL SELECT DISTINCT i + 1 FROM n) SELECT i FROM n
-GO
+--> Msg 460, Level 16, State 1, Line 1: DISTINCT operator is not allowed in the recursive part of a recursive common table expression 'n'.
 WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n
-GO
+--> Msg 253, Level 16, State 1, Line 1: Recursive member of a common table expression 'n' has multiple recursive references.
 WITH part AS (SELECT 1 AS id) DELETE FROM part
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a common table expression ('part').
 -- what a change takes for its identity is the change's own; keys that another table needs stay
 CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i))
 INSERT node (k, p) VALUES ('a', NULL), ('b', 1)
@@ -114,7 +180,14 @@ SELECT SCOPE_IDENTITY() s, x, i FROM @o
 UPDATE node SET k = CASE k WHEN 'a' THEN 'b' ELSE 'a' END WHERE k < 'c'
 UPDATE TOP (1) node SET k = 'a' WHERE k = 'b'
 SELECT i, k FROM node ORDER BY k
-GO
+--> (2 changed) (1 changed)
+--> s decimal(38,0)? | x int* | i int?
+--> 3 | 70 | 3 (1 rows) (2 changed)
+--> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__node__9_11'. Cannot insert duplicate key in object 'dbo.node'. The duplicate key value is (a). (3621)
+--> i int* | k varchar(5)?
+--> 2 | a
+--> 1 | b
+--> 3 | c (3 rows)
 -- INTO takes over what may be NULL: what an outer join adds, not ISNULL and literals; the first query of a union has it
 CREATE TABLE made (id int IDENTITY, n int NULL)
 INSERT made (n) VALUES (1), (2)
@@ -123,15 +196,28 @@ SELECT * FROM #made
 SELECT c.name, c.is_nullable, c.is_identity FROM tempdb.sys.columns c WHERE c.object_id = OBJECT_ID('tempdb..#made')
 SELECT id INTO #both FROM made UNION ALL SELECT NULL
 SELECT id FROM #both
-GO
+--> (2 changed) (2 changed)
+--> id int | other int? | n int | x varchar(1)
+--> 1 | 2 | 1 | x
+--> 2 | NULL | 2 | x (2 rows)
+--> name nvarchar(128)? | is_nullable bit? | is_identity bit?
+--> id | 0 | 0
+--> other | 1 | 0
+--> n | 0 | 0
+--> x | 0 | 0 (4 rows) (3 changed)
+--> id int?
+--> 1
+--> 2
+--> NULL (3 rows)
 SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q
-GO
+--> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'INTO'.
 -- a new database's catalogue is empty, not missing
 CREATE DATABASE newborn
 GO
 SELECT COUNT(*) FROM newborn.sys.tables
-GO
+--> - int?
+--> 0 (1 rows)
 IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once
-GO
+--> Msg 2714, Level 16, State 1, Line 1: There is already an object named '#once' in the database.
 CREATE PROC makes_twice AS CREATE TABLE #once (a int) DROP TABLE #once CREATE TABLE #Once (b int)
-GO
+--> Msg 2714, Level 16, State 1, Line 1, Procedure makes_twice: There is already an object named '#Once' in the database.

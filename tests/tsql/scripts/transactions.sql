@@ -17,7 +17,17 @@ SELECT @@TRANCOUNT, COUNT(*) FROM t
 ROLLBACK TRAN @name
 SELECT @@TRANCOUNT, XACT_STATE(), COUNT(*) FROM t
 SAVE TRAN nothing
-GO
+--> (1 changed) (1 changed) (1 changed)
+--> - int? | - smallint? | - int?
+--> 2 | 1 | 2 (1 rows)
+--> Msg 6401, Level 16, State 1, Line 12: Cannot roll back inner_one. No transaction or savepoint of that name was found.
+--> Msg 2627, Level 14, State 1, Line 14: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
+--> Msg 2627, Level 14, State 1, Line 15: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (5). (3621)
+--> - int? | - int?
+--> 1 | 2 (1 rows)
+--> - int? | - smallint? | - int?
+--> 0 | 0 | 0 (1 rows)
+--> Msg 628, Level 16, State 1, Line 19: Cannot issue SAVE TRANSACTION when there is no active transaction.
 -- an error that ends the batch dooms the transaction when it is caught
 BEGIN TRY
     BEGIN TRAN
@@ -33,7 +43,16 @@ BEGIN CATCH
     PRINT XACT_STATE()
 END CATCH
 SELECT COUNT(*) FROM t
-GO
+--> (1 changed)
+--> - int? (0 rows)
+--> -1 Conversion failed when converting the varchar value 'x' to data type int.
+--> - int?
+--> 1 (1 rows) (0 changed)
+--> 3930
+--> The current transaction cannot be committed and cannot support operations that write to the log file. Roll back the transaction.
+--> 0
+--> - int?
+--> 0 (1 rows)
 -- one that does not, leaves it as it is
 BEGIN TRY
     BEGIN TRAN
@@ -45,7 +64,10 @@ BEGIN CATCH
     COMMIT
 END CATCH
 SELECT COUNT(*) FROM t
-GO
+--> (1 changed) (0 changed)
+--> 1
+--> - int?
+--> 1 (1 rows)
 SET XACT_ABORT ON
 BEGIN TRY
     BEGIN TRAN
@@ -56,16 +78,22 @@ BEGIN CATCH
     PRINT XACT_STATE()
 END CATCH
 PRINT 'the batch ends'
-GO
+--> (1 changed) (0 changed)
+--> -1
+--> the batch ends
+--> Msg 3998, Level 16, State 1, Line 1: Uncommittable transaction is detected at the end of the batch. The transaction is rolled back.
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 BEGIN TRAN
 INSERT t VALUES (2)
 INSERT t VALUES (1)
 PRINT 'not reached'
-GO
+--> - int? | - int?
+--> 0 | 1 (1 rows) (1 changed)
+--> Msg 2627, Level 14, State 1, Line 4: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1).
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 SET XACT_ABORT OFF
-GO
+--> - int? | - int?
+--> 0 | 1 (1 rows)
 CREATE PROCEDURE leaves_open AS BEGIN TRAN
 GO
 CREATE PROCEDURE rolls_back AS ROLLBACK
@@ -74,20 +102,27 @@ EXEC leaves_open
 SELECT @@TRANCOUNT
 EXEC rolls_back
 SELECT @@TRANCOUNT
-GO
+--> Msg 266, Level 16, State 2, Line 0, Procedure leaves_open: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 0, current count = 1.
+--> - int?
+--> 1 (1 rows)
+--> Msg 266, Level 16, State 2, Line 0, Procedure rolls_back: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 1, current count = 0.
+--> - int?
+--> 0 (1 rows)
 -- a missing object is not seen by the CATCH block of its own batch or procedure
 CREATE PROCEDURE misses AS BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH
 GO
 BEGIN TRY EXEC misses END TRY BEGIN CATCH PRINT 'outside: ' + ERROR_MESSAGE() + ' in ' + ERROR_PROCEDURE() END CATCH
 BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH
 PRINT 'not reached'
-GO
+--> outside: Invalid object name 'nosuch'. in misses
+--> Msg 208, Level 16, State 1, Line 2: Invalid object name 'nosuch'.
 BEGIN TRAN
 INSERT t VALUES (9)
 SELECT FROM t
-GO
+--> Msg 156, Level 15, State 1, Line 3: Incorrect syntax near the keyword 'FROM'.
 SELECT @@TRANCOUNT, COUNT(*) FROM t
-GO
+--> - int? | - int?
+--> 0 | 1 (1 rows)
 -- what looks into tables begins a transaction of its own accord
 SET IMPLICIT_TRANSACTIONS ON
 SELECT 1, @@TRANCOUNT
@@ -102,8 +137,16 @@ BEGIN TRAN
 SELECT @@TRANCOUNT
 ROLLBACK
 SET IMPLICIT_TRANSACTIONS OFF
-GO
-GO
+--> - int | - int?
+--> 1 | 0 (1 rows)
+--> - int?
+--> 1 (1 rows)
+--> - int?
+--> 1 (1 rows) (1 changed)
+--> - int?
+--> 0 (1 rows)
+--> - int?
+--> 2 (1 rows)
 -- what has been given out as an identity is not given out again, whatever becomes of the row
 CREATE TABLE ticket (id int IDENTITY(10,1), a int UNIQUE)
 BEGIN TRAN
@@ -126,7 +169,18 @@ SELECT id, a FROM ticket
 ROLLBACK
 INSERT ticket VALUES (8)
 SELECT id, a FROM ticket
-GO
+--> (2 changed) (1 changed)
+--> Msg 2627, Level 14, State 1, Line 7: Violation of UNIQUE KEY constraint 'UQ__ticket__6_7'. Cannot insert duplicate key in object 'dbo.ticket'. The duplicate key value is (3). (3621)
+--> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__ticket__6_7'. Cannot insert duplicate key in object 'dbo.ticket'. The duplicate key value is (3). (3621) (1 changed) (1 changed)
+--> id int* | a int? | now decimal(38,0)?
+--> 12 | 3 | 17
+--> 17 | 6 | 17 (2 rows) (1 changed)
+--> id int* | a int?
+--> 10 | 7 (1 rows) (1 changed)
+--> id int* | a int?
+--> 12 | 3
+--> 17 | 6
+--> 18 | 8 (3 rows)
 -- what a procedure sets ends with it, also when an error ends it
 CREATE PROCEDURE sets_and_fails AS SET NOCOUNT ON SET XACT_ABORT ON SELECT 1/0
 GO
@@ -135,11 +189,17 @@ EXEC ('SET XACT_ABORT ON')
 INSERT t VALUES (1)
 INSERT t VALUES (1)
 PRINT 'reached'
-GO
-GO
+--> - int?
+--> 2
+--> Msg 2627, Level 14, State 1, Line 3: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
+--> Msg 2627, Level 14, State 1, Line 4: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
+--> reached
 EXEC ('BEGIN TRAN')
 EXEC sp_executesql N'COMMIT'
-GO
+--> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 0, current count = 1.
+--> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 1, current count = 0.
 -- what a statement within TRY has done when it fails, is told
 BEGIN TRY SELECT 6 / a FROM (VALUES (3), (0)) v (a) END TRY BEGIN CATCH PRINT ERROR_NUMBER() END CATCH
-GO
+--> - int?
+--> 2 (1 rows)
+--> 8134

@@ -1,6 +1,6 @@
 CREATE TABLE item (id int NOT NULL PRIMARY KEY, name varchar(20), price decimal(8,2))
 INSERT item VALUES (1,'pen',1.20),(2,'ink',4.00),(3,'Pad',2.50)
-GO
+--> (3 changed)
 CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3;
 GO
 CREATE VIEW named (nr, word) WITH SCHEMABINDING AS SELECT TOP 10 id, UPPER(name) FROM dbo.item ORDER BY name DESC
@@ -18,13 +18,50 @@ SELECT c.name, c.system_type_id, c.is_nullable FROM sys.columns c JOIN sys.views
 SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1
 SELECT VIEW_DEFINITION FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = 'cheap'
 SELECT OBJECTPROPERTY(OBJECT_ID('cheap'), 'IsView') v
-GO
+--> id int | name varchar(20)? | twice decimal(10,2)?
+--> 1 | pen | 2.40
+--> 3 | Pad | 5.00 (2 rows)
+--> word varchar(20)?
+--> INK
+--> PAD (2 rows)
+--> n int? | w varchar(20)?
+--> 3 | PEN
+--> Msg 8153, Level 0, State 1, Line 3: Warning: Null value is eliminated by an aggregate or other SET operation. (1 rows)
+--> name varchar(20)? | id int
+--> pen | 9 (1 rows)
+--> n varchar(20)?
+--> pen
+--> NULL
+--> Pad (3 rows)
+--> name nvarchar(128)? | xtype char(2)?
+--> cheap | V
+--> named | V
+--> nested | V (3 rows)
+--> name nvarchar(128)? | type_desc nvarchar(60)?
+--> cheap | VIEW (1 rows)
+--> name nvarchar(128)? | system_type_id tinyint? | is_nullable bit?
+--> id | 56 | 0
+--> name | 167 | 1
+--> twice | 106 | 1 (3 rows)
+--> TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
+--> cheap | VIEW
+--> item | BASE TABLE
+--> named | VIEW
+--> nested | VIEW (4 rows)
+--> VIEW_DEFINITION nvarchar(4000)?
+--> CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3;
+-->  (1 rows)
+--> v int?
+--> 1 (1 rows)
 ALTER VIEW cheap AS SELECT name FROM item WHERE price < 2
 GO
 SELECT * FROM cheap
 SELECT * INTO #copy FROM cheap
 SELECT * FROM #copy
-GO
+--> name varchar(20)?
+--> pen (1 rows) (1 changed)
+--> name varchar(20)?
+--> pen (1 rows)
 CREATE FUNCTION below (@most decimal(8,2), @extra int) RETURNS TABLE AS RETURN (SELECT id, name, @extra + id AS sum FROM item WHERE price < @most)
 GO
 -- from another database the names in it mean what they meant where it was made
@@ -33,73 +70,96 @@ GO
 USE other
 SELECT * FROM master..cheap
 SELECT * FROM master.dbo.below(2.6, 0) ORDER BY name
-GO
+--> USE other
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'other'.
+--> name varchar(20)?
+--> pen (1 rows)
+--> id int | name varchar(20)? | sum int?
+--> 3 | Pad | 3
+--> 1 | pen | 1 (2 rows)
 USE master
-GO
+--> USE master
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 DECLARE @m money = 2.6
 SELECT * FROM dbo.below(@m, 10) b ORDER BY b.id
 SELECT i.id, (SELECT COUNT(*) FROM below(i.price, 0)) cheaper FROM item i ORDER BY i.id
 SELECT value FROM STRING_SPLIT('a,"b",,' + CHAR(9) + 'é', ',')
 SELECT COUNT(*) FROM STRING_SPLIT(NULL, ',')
 SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES
-GO
+--> id int | name varchar(20)? | sum int?
+--> 1 | pen | 11
+--> 3 | Pad | 13 (2 rows)
+--> id int | cheaper int?
+--> 1 | 0
+--> 2 | 2
+--> 3 | 1 (3 rows)
+--> value varchar(9)?
+--> a
+--> "b"
+--> 
+--> 	é (4 rows)
+--> - int?
+--> 0 (1 rows)
+--> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)?
+--> below | FUNCTION (1 rows)
 SELECT * FROM below(1)
-GO
+--> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function dbo.below.
 SELECT * FROM below(1, 2, 3)
-GO
+--> Msg 8144, Level 16, State 2, Line 1: Procedure or function dbo.below has too many arguments specified.
 SELECT * FROM nofun(1)
-GO
+--> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nofun'.
 SELECT * FROM STRING_SPLIT('a', '')
-GO
+--> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
 CREATE FUNCTION several() RETURNS @t TABLE (a int) AS BEGIN RETURN END
-GO
+--> Msg 50000, Level 16, State 1, Line 1, Procedure several: tsqlbox does not support table-valued functions of several statements.
 INSERT cheap VALUES ('z')
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
 UPDATE c SET name = 'z' FROM cheap c
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
 DELETE cheap
-GO
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
 SELECT 1
 CREATE VIEW late AS SELECT 1 AS a
-GO
+--> Msg 111, Level 15, State 1, Line 2: 'CREATE VIEW' must be the first statement in a query batch.
 CREATE VIEW bad AS SELECT 1 AS a SELECT 2
-GO
+--> Msg 156, Level 15, State 1, Line 1, Procedure bad: Incorrect syntax near the keyword 'SELECT'.
 CREATE VIEW bad AS SELECT id FROM item ORDER BY id
-GO
+--> Msg 1033, Level 15, State 1, Line 1, Procedure bad: The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is also specified.
 CREATE VIEW bad AS SELECT id, id + 1 FROM item
-GO
+--> Msg 4511, Level 16, State 1, Line 1, Procedure bad: Create View or Function failed because no column name was specified for column 2.
 CREATE VIEW bad AS SELECT id, name AS ID FROM item
-GO
+--> Msg 4506, Level 16, State 1, Line 1, Procedure bad: Column names in each view or function must be unique. Column name 'ID' in view or function 'bad' is specified more than once.
 CREATE VIEW bad (a) AS SELECT id, name FROM item
-GO
+--> Msg 8158, Level 16, State 1, Line 1, Procedure bad: 'bad' has more columns than were specified in the column list.
 CREATE VIEW bad AS SELECT * FROM nothing
-GO
+--> Msg 208, Level 16, State 1, Line 1, Procedure bad: Invalid object name 'nothing'.
 CREATE VIEW bad AS SELECT * FROM #copy
-GO
+--> Msg 4508, Level 16, State 1, Line 1, Procedure bad: Views or functions are not allowed on temporary tables. Table names that begin with '#' denote temporary tables.
 CREATE VIEW cheap AS SELECT 1 AS a
-GO
+--> Msg 2714, Level 16, State 3, Line 1, Procedure cheap: There is already an object named 'cheap' in the database.
 ALTER VIEW missing AS SELECT 1 AS a
-GO
+--> Msg 208, Level 16, State 6, Line 1, Procedure missing: Invalid object name 'missing'.
 CREATE VIEW loop1 AS SELECT 1 AS a
 GO
 CREATE VIEW loop2 AS SELECT * FROM loop1
 GO
 ALTER VIEW loop1 AS SELECT * FROM loop2
-GO
+--> Msg 4429, Level 16, State 1, Line 1, Procedure loop1: View or function 'loop1' contains a self-reference. Views or functions cannot reference themselves directly or indirectly.
 DROP VIEW loop2, nested
 DROP VIEW IF EXISTS nested
 DROP VIEW nested
 DROP FUNCTION below
-GO
+--> Msg 3701, Level 11, State 5, Line 3: Cannot drop the view 'nested', because it does not exist or you do not have permission.
 SELECT * FROM nested
-GO
+--> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nested'.
 SELECT * FROM (SELECT id FROM item ORDER BY id) q
-GO
-GO
+--> Msg 1033, Level 15, State 1, Line 1: The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is also specified.
 -- what is altered, is kept as if it had been created so
 CREATE VIEW altered AS SELECT 1 AS a
 GO
 /* ALTER */ ALTER VIEW altered AS SELECT 2 AS a
 GO
 EXEC sp_helptext 'altered'
-GO
+--> Text nvarchar(255)?
+--> /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a
+-->  (1 rows)
