@@ -15,8 +15,8 @@ mkdir -p "$findings"
 
 # Every batch of the golden scripts is a seed of fuzz_tsql.
 mkdir -p build-fuzz/batches
-awk '/^(GO$|-->)/ { close(file); ++batch; next } { file = "build-fuzz/batches/" batch + 0; print > file }' \
-  tests/tsql/scripts/*.sql
+awk '/^(GO$|-->)/ { close(file); ++batch; next } { file = "build-fuzz/batches/" batch + 0; print > file }
+     / -->/ { close(file); ++batch }' tests/tsql/scripts/*.sql
 
 status=0
 for target in build-fuzz/bin/fuzz_*; do

@@ -1,5 +1,6 @@
 #include "ScriptRunner.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "types/Values.h"
@@ -26,56 +27,89 @@ struct CellText {
     }
 };
 
+// A message that follows from what the line before reports.
+struct Note {
+    int number, severity, state;
+    std::string_view text;
+};
+constexpr Note kNotes[] = {
+    {1750, 16, 1, "Could not create constraint or index. See previous errors."},
+    {3621, 0, 0, "The statement has been terminated."},
+    {8153, 0, 1, "Warning: Null value is eliminated by an aggregate or other SET operation."},
+};
+
+bool isNote(const Message& message) {
+    return std::ranges::any_of(kNotes, [&](const Note& note) {
+        return message.number == note.number && message.severity == note.severity &&
+               message.state == note.state && message.text == note.text;
+    });
+}
+
 class PrintingSink final : public ResultSink {
   public:
     void columns(std::span<const Column> columns) override {
-        std::string line;
-        m_types.clear();
-        for (const auto& column : columns) {
-            m_types.push_back(column.type);
-            line +=
-                (line.empty() ? "" : " | ") + (column.name.empty() ? std::string("-") : column.name) + " ";
-            line += displayName(column.type) + (column.identity ? "*" : "") + (column.nullable ? "?" : "");
-        }
-        m_lines.push_back(line);
+        printRows();
+        m_columns.assign(columns.begin(), columns.end());
     }
     void row(std::span<const CellView> cells) override {
-        std::string line;
+        auto& row = m_rows.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i)
-            line += (i ? " | " : "") + (isExact(m_types[i].id) && !isNull(cells[i])
-                                            ? scaledText(exactOf(cells[i]), m_types[i].scale)
-                                            : std::visit(CellText(), cells[i]));
-        m_lines.push_back(line);
+            row.push_back(isExact(m_columns[i].type.id) && !isNull(cells[i])
+                              ? scaledText(exactOf(cells[i]), m_columns[i].type.scale)
+                              : std::visit(CellText(), cells[i]));
     }
     void statementDone(std::int64_t rowCount, bool isSelect) override {
+        printRows();
         if (rowCount >= 0) appendToLine("(" + std::to_string(rowCount) + (isSelect ? " rows)" : " changed)"));
     }
     void message(const Message& message) override {
+        printRows();
         const std::string origin = ", Line " + std::to_string(message.line) +
                                    (message.procedure.empty() ? "" : ", Procedure " + message.procedure);
-        if (message.number == 3621 && message.severity == 0 && message.state == 0 && origin == m_lastOrigin &&
-            message.text == "The statement has been terminated.")
-            return appendToLine("(3621)");
+        const std::string number = std::to_string(message.number);
+        if (isNote(message)) return appendToLine("(" + number + (origin == m_lastOrigin ? "" : origin) + ")");
         m_lastOrigin = origin;
         if (message.number == 0 || (message.number == 50000 && message.severity <= 10))
             m_lines.push_back(message.text);
         else
-            m_lines.push_back("Msg " + std::to_string(message.number) + ", Level " +
-                              std::to_string(message.severity) + ", State " + std::to_string(message.state) +
-                              origin + ": " + message.text);
+            m_lines.push_back("Msg " + number + ", Level " + std::to_string(message.severity) + ", State " +
+                              std::to_string(message.state) + origin + ": " + message.text);
     }
     void databaseChanged(std::string_view, std::string_view to) override {
+        printRows();
         m_lines.push_back("USE " + std::string(to));
     }
     bool cancelled() override { return false; }
 
-    std::string text() const {
+    std::string text() {
+        printRows();
         std::string text;
         for (const std::string& line : m_lines) text += line + '\n';
         return text;
     }
 
   private:
+    static std::string describe(const Column& column) {
+        return (column.name.empty() ? "-" : column.name) + " " + displayName(column.type) +
+               (column.identity ? "*" : "") + (column.nullable ? "?" : "");
+    }
+    void printRows() {
+        if (m_columns.empty()) return;
+        std::vector<std::string> heading;
+        for (const Column& column : m_columns) heading.push_back(describe(column));
+        if (m_rows.size() == 1)
+            for (std::size_t i = 0; i < heading.size(); ++i) heading[i] += " = " + m_rows.front()[i];
+        m_lines.push_back(joined(heading));
+        if (m_rows.size() != 1)
+            for (const auto& row : m_rows) m_lines.push_back(joined(row));
+        m_columns.clear();
+        m_rows.clear();
+    }
+    static std::string joined(const std::vector<std::string>& cells) {
+        std::string line;
+        for (const std::string& cell : cells) line += (&cell == &cells.front() ? "" : " | ") + cell;
+        return line;
+    }
     void appendToLine(const std::string& note) {
         if (m_lines.empty())
             m_lines.push_back(note);
@@ -83,16 +117,14 @@ class PrintingSink final : public ResultSink {
             m_lines.back() += " " + note;
     }
 
+    std::vector<Column> m_columns;
+    std::vector<std::vector<std::string>> m_rows;
     std::vector<std::string> m_lines;
-    std::vector<SqlType> m_types;
     std::string m_lastOrigin;
 };
 
 constexpr std::string_view kOutputMark = "-->";
-
-bool endsBatch(std::string_view line) {
-    return line == "GO" || line.starts_with(kOutputMark);
-}
+constexpr std::string_view kOutputOnLine = " -->";
 
 std::string_view cutLine(std::string_view& text) {
     const std::size_t end = std::min(text.find('\n'), text.size());
@@ -101,11 +133,13 @@ std::string_view cutLine(std::string_view& text) {
     return line;
 }
 
-std::string marked(std::string_view output) {
-    if (output.empty()) return "GO\n";
-    std::string text;
-    while (!output.empty()) text.append(kOutputMark).append(" ").append(cutLine(output)) += '\n';
-    return text;
+// At most one line of output goes to the end of the batch's last line.
+std::string withOutput(std::string batch, std::string_view output) {
+    const bool onLine = output.find('\n') + 1 >= output.size();
+    if (onLine) batch.back() = ' ';
+    do batch.append(kOutputMark).append(output.empty() ? "" : " ").append(cutLine(output)) += '\n';
+    while (!output.empty());
+    return batch;
 }
 
 }  // namespace
@@ -120,15 +154,15 @@ std::string runScript(Session& session, std::string_view script) {
     std::string result, batch;
     const auto runCollected = [&] {
         if (batch.empty()) return;
-        result += batch + marked(runBatch(session, batch));
+        result += withOutput(batch, runBatch(session, batch));
         batch.clear();
     };
     while (!script.empty()) {
         const std::string_view line = cutLine(script);
-        if (endsBatch(line))
-            runCollected();
-        else
-            batch.append(line) += '\n';
+        const std::size_t output = line.find(kOutputOnLine);
+        const bool endsBatch = line == "GO" || line.starts_with(kOutputMark);
+        if (!endsBatch) batch.append(line.substr(0, output)) += '\n';
+        if (endsBatch || output != std::string_view::npos) runCollected();
     }
     runCollected();
     return result;

@@ -11,13 +11,17 @@ namespace tsql::test {
 // Runs a batch and returns what it prints, line by line:
 //   name type | name type     columns of a result set; * marks an identity, ? a nullable column
 //   value | value             a row in storage form: NULL, blobs as 0x...
+//   name type = value | ...   a result set of one row
 //   Msg 208, Level 16, State 1, Line 2[, Procedure p]: text, or the text alone of an informational message
 //   USE database
-// Row counts, "(3 rows)" or "(3 changed)", and message 3621 of the same line, "(3621)", end the line before.
+// Row counts, "(3 rows)" or "(3 changed)", and the messages 1750, 3621 and 8153 end the line before, the
+// messages as
+// "(3621)" or, from another line of the batch than the message before, "(8153, Line 4)".
 std::string runBatch(tsql::Session& session, std::string_view batch);
 
 // Runs every batch of a script and returns the script with what they print now. A batch ends at its recorded
-// output, lines that begin with "-->", or at a line "GO", which stands for no output.
+// output: " -->" on its last line with at most one line of output, or else lines that begin with "-->". A
+// line "GO" ends a batch without recorded output.
 std::string runScript(tsql::Session& session, std::string_view script);
 
 }  // namespace tsql::test

@@ -8,12 +8,10 @@ INSERT t (name) VALUES ('one'), ('two')
 INSERT INTO t VALUES ('three', 7.25, '20240102 10:11:12')
 SELECT @@IDENTITY
 SELECT id, name, amount, amount * 2 AS twice FROM t WHERE name = 'ONE  ' OR id > 1 ORDER BY id DESC
---> - int
---> 1 (1 rows)
+--> - int = 1 (1 rows)
 --> hello
 --> big 3 (2 changed) (1 changed)
---> - decimal(38,0)?
---> 3 (1 rows)
+--> - decimal(38,0)? = 3 (1 rows)
 --> id int* | name varchar(20) | amount decimal(10,2)? | twice decimal(12,2)?
 --> 3 | three | 7.25 | 14.50
 --> 2 | two | 1.50 | 3.00

@@ -1,7 +1,6 @@
 CREATE PROCEDURE add_up @a int, @b int = 1, @sum int = NULL OUTPUT AS
 SET @sum = @a + @b
-RETURN @sum
-GO
+RETURN @sum -->
 DECLARE @p nvarchar(60), @r int, @s int
 SET @p = N'add_up'
 EXEC @r = @p 2, @sum = @s OUTPUT
@@ -22,22 +21,18 @@ DECLARE @t nvarchar(100)
 SET @t = 'a'
 EXEC ('PRINT ''' + @t + '''; EXEC (''PRINT @@NESTLEVEL'')')
 EXEC sp_executesql N'PRINT @@NESTLEVEL'
---> - int? | - int?
---> 3 | 3 (1 rows)
+--> - int? = 3 | - int? = 3 (1 rows)
 --> Msg 8162, Level 16, State 2, Line 0, Procedure add_up: The formal parameter "@b" was not declared as an OUTPUT parameter, but the actual parameter passed in requested output.
 --> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'nosuch'.
---> - int? | - int?
---> 0 | 42 (1 rows)
+--> - int? = 0 | - int? = 42 (1 rows)
 --> plain
---> - int?
---> 0 (1 rows)
+--> - int? = 0 (1 rows)
 --> 7
 --> a
 --> 2
 --> 2
 CREATE OR ALTER PROCEDURE add_up AS
-PRINT 'changed'
-GO
+PRINT 'changed' -->
 add_up
 EXEC sp_helptext 'dbo.add_up'
 EXEC sp_helptext 'nosuch'
@@ -71,27 +66,18 @@ SELECT @r
 EXEC @r = sp_releaseapplock 'job', 'Session'
 SELECT @r
 --> Msg 3918, Level 16, State 1, Line 2: The statement or function must be executed in the context of a user transaction.
---> - int?
---> -999 (1 rows)
+--> - int? = -999 (1 rows)
 --> Msg 1225, Level 16, State 1, Line 4: An invalid application lock mode was passed to sp_getapplock.
---> - int?
---> -999 (1 rows)
---> - int?
---> 0 (1 rows)
---> - int?
---> 0 (1 rows)
---> - int?
---> 0 (1 rows)
---> - int?
---> 0 (1 rows)
+--> - int? = -999 (1 rows)
+--> - int? = 0 (1 rows)
+--> - int? = 0 (1 rows)
+--> - int? = 0 (1 rows)
+--> - int? = 0 (1 rows)
 --> Msg 1223, Level 16, State 1, Line 14: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held.
---> - int?
---> -999 (1 rows)
+--> - int? = -999 (1 rows)
 -- arguments that do not fit
-CREATE PROCEDURE fit @a int, @b varchar(9) = 'b' AS SELECT @a, @b
-GO
-CREATE PROCEDURE takes_none AS RETURN
-GO
+CREATE PROCEDURE fit @a int, @b varchar(9) = 'b' AS SELECT @a, @b -->
+CREATE PROCEDURE takes_none AS RETURN -->
 EXEC fit @a = 1, @a = 2
 EXEC takes_none 1
 DECLARE @v varchar(9) = 'SELECT 1', @r int
@@ -112,14 +98,10 @@ PRINT 'not reached'
 --> 8134
 --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
 --> Msg 8114, Level 16, State 5, Line 0, Procedure fit: Error converting data type varchar to int.
-EXEC fit @a = 1, 'b'
---> Msg 119, Level 15, State 1, Line 1: Must pass parameter number 2 and subsequent parameters as '@name = value'. After the form '@name = value' has been used, all subsequent parameters must be passed in the form '@name = value'.
-EXEC fit 1, 'b' OUTPUT
---> Msg 179, Level 15, State 1, Line 1: Cannot use the OUTPUT option when passing a constant to a stored procedure.
-EXEC fit 1 + 1
---> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '+'.
-EXEC ('SELECT ' + QUOTENAME('a'))
---> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'QUOTENAME'.
+EXEC fit @a = 1, 'b' --> Msg 119, Level 15, State 1, Line 1: Must pass parameter number 2 and subsequent parameters as '@name = value'. After the form '@name = value' has been used, all subsequent parameters must be passed in the form '@name = value'.
+EXEC fit 1, 'b' OUTPUT --> Msg 179, Level 15, State 1, Line 1: Cannot use the OUTPUT option when passing a constant to a stored procedure.
+EXEC fit 1 + 1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '+'.
+EXEC ('SELECT ' + QUOTENAME('a')) --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'QUOTENAME'.
 CREATE TABLE #rows (a int)
 INSERT #rows EXEC ('ROLLBACK')
 INSERT #rows EXEC ('INSERT #rows EXEC (''SELECT 1'')')
@@ -127,8 +109,7 @@ BEGIN TRAN INSERT #rows EXEC ('ROLLBACK') ROLLBACK
 --> Msg 3915, Level 16, State 0, Line 1: Cannot use the ROLLBACK statement within an INSERT-EXEC statement. (0 changed)
 --> Msg 8164, Level 16, State 1, Line 1: An INSERT EXEC statement cannot be nested. (0 changed)
 --> Msg 3915, Level 16, State 0, Line 1: Cannot use the ROLLBACK statement within an INSERT-EXEC statement. (0 changed)
-CREATE PROCEDURE who_am_i AS PRINT OBJECT_NAME(@@PROCID)
-GO
+CREATE PROCEDURE who_am_i AS PRINT OBJECT_NAME(@@PROCID) -->
 EXEC who_am_i
 PRINT @@PROCID
 --> who_am_i
@@ -145,12 +126,9 @@ DECLARE @text nvarchar(50) = N'SELECT 1'
 EXEC @text
 SET @text = N'sp_helptext nothing'
 EXEC @text
---> - nvarchar(128)? | - int?
---> texts | 0 (1 rows)
---> - nvarchar(128)?
---> t (1 rows)
---> - nvarchar(128)? | - int?
---> master | NULL (1 rows)
+--> - nvarchar(128)? = texts | - int? = 0 (1 rows)
+--> - nvarchar(128)? = t (1 rows)
+--> - nvarchar(128)? = master | - int? = NULL (1 rows)
 --> Msg 2812, Level 16, State 62, Line 8: Could not find stored procedure 'nowhere..sp_executesql'.
 --> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'SELECT 1'.
 --> Msg 2812, Level 16, State 62, Line 12: Could not find stored procedure 'sp_helptext nothing'.

@@ -1,5 +1,4 @@
-CREATE DATABASE shop
-GO
+CREATE DATABASE shop -->
 USE shop
 CREATE TABLE item (id int IDENTITY(1,1) CONSTRAINT PK_item PRIMARY KEY, code nvarchar(20) NOT NULL CONSTRAINT UQ_code UNIQUE, price decimal(9,2) NULL CONSTRAINT DF_price DEFAULT (0), made datetime NULL, CONSTRAINT CK_price CHECK (price >= 0))
 CREATE TABLE line (item int NOT NULL CONSTRAINT FK_item REFERENCES item(id), n tinyint NOT NULL, note text NULL, f float NULL)
@@ -7,10 +6,8 @@ CREATE UNIQUE INDEX ix_line ON line (item, n DESC)
 CREATE INDEX ix_made ON item (made)
 --> USE shop
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'shop'.
-CREATE PROCEDURE restock @code nvarchar(20), @n int OUTPUT AS RETURN 0
-GO
-CREATE FUNCTION dbo.twice (@x decimal(9,2)) RETURNS decimal(9,2) AS BEGIN RETURN @x * 2 END
-GO
+CREATE PROCEDURE restock @code nvarchar(20), @n int OUTPUT AS RETURN 0 -->
+CREATE FUNCTION dbo.twice (@x decimal(9,2)) RETURNS decimal(9,2) AS BEGIN RETURN @x * 2 END -->
 SELECT name, database_id, state_desc, recovery_model_desc, compatibility_level, collation_name FROM sys.databases ORDER BY database_id
 SELECT name, dbid FROM master..sysdatabases WHERE name = 'shop'
 SELECT name, type, type_desc, OBJECT_NAME(parent_object_id) AS parent FROM sys.objects ORDER BY name
@@ -34,8 +31,7 @@ SELECT * FROM sys.nosuch
 --> model | 3 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
 --> msdb | 4 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
 --> shop | 5 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS (5 rows)
---> name nvarchar(128)? | dbid smallint?
---> shop | 5 (1 rows)
+--> name nvarchar(128)? = shop | dbid smallint? = 5 (1 rows)
 --> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? | parent nvarchar(128)?
 --> CK_price | C | CHECK_CONSTRAINT | item
 --> DF_price | D | DEFAULT_CONSTRAINT | item
@@ -75,14 +71,10 @@ SELECT * FROM sys.nosuch
 --> dbo | 1
 --> INFORMATION_SCHEMA | 3
 --> sys | 4 (3 rows)
---> name nvarchar(128)? | is_ms_shipped bit?
---> restock | 0 (1 rows)
---> - int?
---> 4 (1 rows)
---> name nvarchar(128)? | referenced nvarchar(128)?
---> FK_item | item (1 rows)
---> name nvarchar(128)? | definition nvarchar(max)?
---> DF_price | ((0)) (1 rows)
+--> name nvarchar(128)? = restock | is_ms_shipped bit? = 0 (1 rows)
+--> - int? = 4 (1 rows)
+--> name nvarchar(128)? = FK_item | referenced nvarchar(128)? = item (1 rows)
+--> name nvarchar(128)? = DF_price | definition nvarchar(max)? = ((0)) (1 rows)
 --> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
 --> shop | dbo | item | BASE TABLE
 --> shop | dbo | line | BASE TABLE (2 rows)
@@ -107,36 +99,28 @@ SELECT * FROM sys.nosuch
 -- indexes are made anew; a database changes its name, or takes a setting that it has
 ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80)
 ALTER INDEX ALL ON dbo.line REORGANIZE
-ALTER INDEX nosuch ON item REBUILD
---> Msg 2727, Level 11, State 1, Line 4: Cannot find index 'nosuch'.
-ALTER INDEX ix_made ON item DISABLE
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER INDEX ... DISABLE.
+ALTER INDEX nosuch ON item REBUILD --> Msg 2727, Level 11, State 1, Line 4: Cannot find index 'nosuch'.
+ALTER INDEX ix_made ON item DISABLE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER INDEX ... DISABLE.
 ALTER DATABASE CURRENT SET RECOVERY SIMPLE, MULTI_USER WITH ROLLBACK IMMEDIATE
-ALTER DATABASE shop MODIFY NAME = store
---> Msg 5030, Level 16, State 2, Line 2: The database could not be exclusively locked to perform the operation.
-ALTER DATABASE shop SET RECOVERY FULL
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER DATABASE ... SET RECOVERY.
+ALTER DATABASE shop MODIFY NAME = store --> Msg 5030, Level 16, State 2, Line 2: The database could not be exclusively locked to perform the operation.
+ALTER DATABASE shop SET RECOVERY FULL --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER DATABASE ... SET RECOVERY.
 USE master
 ALTER DATABASE shop MODIFY NAME = tempdb
 --> USE master
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 --> Msg 1801, Level 16, State 3, Line 2: Database 'tempdb' already exists. Choose a different database name.
-ALTER DATABASE tempdb MODIFY NAME = shop2
---> Msg 5058, Level 16, State 5, Line 1: Option 'MODIFY NAME' cannot be set in database 'tempdb'.
-ALTER DATABASE nosuch MODIFY NAME = store
---> Msg 5011, Level 14, State 5, Line 1: User does not have permission to alter database 'nosuch', the database does not exist, or the database is not in a state that allows access checks.
+ALTER DATABASE tempdb MODIFY NAME = shop2 --> Msg 5058, Level 16, State 5, Line 1: Option 'MODIFY NAME' cannot be set in database 'tempdb'.
+ALTER DATABASE nosuch MODIFY NAME = store --> Msg 5011, Level 14, State 5, Line 1: User does not have permission to alter database 'nosuch', the database does not exist, or the database is not in a state that allows access checks.
 ALTER DATABASE SHOP MODIFY NAME = [the store]
 SELECT code, price FROM [the store]..item
 SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now
 --> Msg 5021, Level 0, State 1, Line 1: The database name 'the store' has been set.
 --> code nvarchar(20) | price decimal(9,2)? (0 rows)
---> gone int? | now nvarchar(128)?
---> NULL | the store (1 rows)
+--> gone int? = NULL | now nvarchar(128)? = the store (1 rows)
 USE [the store]
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup')
 --> USE the store
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'the store'.
---> a int? | b int? | c int? | d nvarchar(128)? | e nvarchar(128)?
---> 1 | 0 | NULL | 15 | 0 (1 rows)
+--> a int? = 1 | b int? = 0 | c int? = NULL | d nvarchar(128)? = 15 | e nvarchar(128)? = 0 (1 rows)
 --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.

@@ -14,15 +14,13 @@ INSERT d VALUES (1, 100)
 DELETE c WHERE id = 100
 INSERT d VALUES (1)
 --> (1 changed) (2 changed)
---> - decimal(38,0)? | - decimal(38,0)? | - decimal(38,0)? | - int?
---> 102 | 102 | 102 | 2 (1 rows)
+--> - decimal(38,0)? = 102 | - decimal(38,0)? = 102 | - decimal(38,0)? = 102 | - int? = 2 (1 rows)
 --> id int* | nm nvarchar(5)? | ch char(3)? | v int? | - varchar(5)?
 --> 100 | Ünï | ab  | 1 | [ab ]
 --> 101 | two | ab  | 2 | [ab ]
 --> 102 | three | x   | 3 | [x  ] (3 rows)
 --> Msg 2627, Level 14, State 1, Line 7: Violation of UNIQUE KEY constraint 'UQ__c__1_2'. Cannot insert duplicate key in object 'dbo.c'. The duplicate key value is (ünï). (3621)
---> - int? | - int?
---> 2627 | 0 (1 rows)
+--> - int? = 2627 | - int? = 0 (1 rows)
 --> Msg 2628, Level 16, State 1, Line 9: String or binary data would be truncated in table 'master.dbo.c', column 'nm'. Truncated value: 'toolo'. (3621)
 --> Msg 547, Level 16, State 0, Line 10: The INSERT statement conflicted with the CHECK constraint "CK_v". The conflict occurred in database "master", table "dbo.c", column 'v'. (3621)
 --> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'id', table 'master.dbo.d'; column does not allow nulls. INSERT fails. (3621)
@@ -43,10 +41,8 @@ INSERT c (nm, v) VALUES ('w', 4)
 --> Msg 2601, Level 14, State 1, Line 8: Cannot insert duplicate key row in object 'dbo.c' with unique index 'ix_v'. The duplicate key value is (4). (3621)
 UPDATE c SET v = v + 10, ch = DEFAULT WHERE id > 100
 UPDATE x SET v += d.id FROM c x INNER JOIN d ON x.id = d.cid
-UPDATE TOP (1) c SET nm = 'first' WHERE id < 100
---> (2 changed) (1 changed) (1 changed)
-UPDATE c SET id = 1
---> Msg 8102, Level 16, State 1, Line 1: Cannot update identity column 'id'.
+UPDATE TOP (1) c SET nm = 'first' WHERE id < 100 --> (2 changed) (1 changed) (1 changed)
+UPDATE c SET id = 1 --> Msg 8102, Level 16, State 1, Line 1: Cannot update identity column 'id'.
 SELECT id, nm, ch, v FROM c ORDER BY id
 DELETE d FROM d JOIN c ON c.id = d.cid WHERE c.v = 2
 DELETE FROM c WHERE nm = 'nobody'
@@ -64,8 +60,7 @@ DROP TABLE #copy
 --> 100 | Ünï | ab  | 2
 --> 101 | two | ab  | 12
 --> 102 | three | ab  | 13 (4 rows) (1 changed) (0 changed) (1 changed)
---> - int?
---> 3 (1 rows) (3 changed)
+--> - int? = 3 (1 rows) (3 changed)
 --> id int* | w int?
 --> 7 | 8
 --> 100 | 4
@@ -74,8 +69,7 @@ DROP TABLE #copy
 --> 7 | n
 --> 100 | n
 --> 102 | n (3 rows)
-SELECT * FROM #copy
---> Msg 208, Level 16, State 1, Line 1: Invalid object name '#copy'.
+SELECT * FROM #copy --> Msg 208, Level 16, State 1, Line 1: Invalid object name '#copy'.
 SELECT name, xtype FROM sysobjects WHERE xtype IN ('U', 'PK') ORDER BY name
 SELECT COLUMN_NAME, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, IS_NULLABLE, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'C'
 IF OBJECT_ID('d', 'U') IS NOT NULL DROP TABLE d
@@ -100,12 +94,9 @@ UPDATE p SET v += 1 FROM p AS q WHERE q.id = 1
 DELETE p FROM p q JOIN c ON 1 = 1 WHERE q.id = 2
 SELECT * FROM p
 --> (2 changed) (1 changed) (1 changed)
---> id int? | v int?
---> 1 | 11 (1 rows)
-UPDATE p SET v = 0 FROM p q JOIN p r ON q.id = r.id
---> Msg 8154, Level 16, State 1, Line 1: The table 'p' is ambiguous.
-UPDATE p SET v = 0, v = 1
---> Msg 264, Level 16, State 1, Line 1: The column name 'v' is specified more than once in the SET clause or column list of an INSERT. A column cannot be assigned more than one value in the same clause. Modify the clause to make sure that a column is updated only once. If this statement updates or inserts columns into a view, column aliasing can conceal the duplication in your code.
+--> id int? = 1 | v int? = 11 (1 rows)
+UPDATE p SET v = 0 FROM p q JOIN p r ON q.id = r.id --> Msg 8154, Level 16, State 1, Line 1: The table 'p' is ambiguous.
+UPDATE p SET v = 0, v = 1 --> Msg 264, Level 16, State 1, Line 1: The column name 'v' is specified more than once in the SET clause or column list of an INSERT. A column cannot be assigned more than one value in the same clause. Modify the clause to make sure that a column is updated only once. If this statement updates or inserts columns into a view, column aliasing can conceal the duplication in your code.
 -- SELECT INTO: what an outer join may leave empty takes NULL, constants and ISNULL do not; an identity is inherited
 -- from the only table
 CREATE TABLE owner (id int IDENTITY PRIMARY KEY, name varchar(10) NOT NULL)
@@ -140,11 +131,8 @@ SELECT * FROM #both
 --> 1
 --> 2 (4 rows)
 DECLARE @rows varchar(max) = 'INSERT nosuch VALUES (1)' + REPLICATE(CAST(',(1)' AS varchar(max)), 1000)
-EXEC (@rows)
---> Msg 10738, Level 15, State 1, Line 1: The number of row value expressions in the INSERT statement exceeds the maximum allowed number of 1000 row values.
+EXEC (@rows) --> Msg 10738, Level 15, State 1, Line 1: The number of row value expressions in the INSERT statement exceeds the maximum allowed number of 1000 row values.
 BEGIN TRAN
 ALTER DATABASE CURRENT SET RECOVERY SIMPLE
-ROLLBACK
---> Msg 226, Level 16, State 6, Line 2: ALTER DATABASE statement not allowed within multi-statement transaction.
-UPDATE c SET o.id = 0 FROM owner c JOIN owner o ON o.id = c.id
---> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "o.id" could not be bound.
+ROLLBACK --> Msg 226, Level 16, State 6, Line 2: ALTER DATABASE statement not allowed within multi-statement transaction.
+UPDATE c SET o.id = 0 FROM owner c JOIN owner o ON o.id = c.id --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "o.id" could not be bound.

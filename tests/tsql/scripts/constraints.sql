@@ -3,8 +3,7 @@ CREATE TABLE other (id int IDENTITY(5,1) PRIMARY KEY, nm nvarchar(20) NULL)
 CREATE TABLE child (id int NOT NULL, parent int NULL CONSTRAINT FK_parent REFERENCES parent, other int NULL, n int NULL CONSTRAINT CK_n CHECK (n < 10), CONSTRAINT FK_other FOREIGN KEY (other) REFERENCES other (id) ON DELETE CASCADE, CONSTRAINT CK_both CHECK (n <> id))
 CREATE UNIQUE INDEX ix_child ON child (id, n)
 INSERT parent VALUES (1, 'a'), (2, 'b')
-INSERT other VALUES (N'fünf')
---> (2 changed) (1 changed)
+INSERT other VALUES (N'fünf') --> (2 changed) (1 changed)
 -- errors name key, values, table and column
 INSERT parent VALUES (1, 'c')
 INSERT parent SELECT 3, 'c' UNION ALL SELECT 3, 'd'
@@ -36,8 +35,7 @@ TRUNCATE TABLE child
 --> Msg 547, Level 16, State 0, Line 13: The UPDATE statement conflicted with the REFERENCE constraint "FK_parent". The conflict occurred in database "master", table "dbo.child", column 'parent'. (3621)
 --> Msg 3726, Level 16, State 1, Line 14: Could not drop object 'parent' because it is referenced by a FOREIGN KEY constraint.
 --> Msg 4712, Level 16, State 1, Line 15: Cannot truncate table 'parent' because it is being referenced by a FOREIGN KEY constraint. (1 changed)
---> - int?
---> 0 (1 rows)
+--> - int? = 0 (1 rows)
 -- a table is altered
 CREATE TABLE t (a int NOT NULL, b varchar(5) NULL)
 INSERT t VALUES (1, 'one'), (2, 'two')
@@ -58,37 +56,25 @@ ALTER TABLE t ADD f int NOT NULL
 --> 2 | two | 7 | NULL | NULL
 --> 3 | three | 7 | NULL | NULL (3 rows)
 --> Msg 4901, Level 16, State 1, Line 11: ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition specified, or the column being added is an identity or timestamp column, or alternatively if none of the previous conditions are satisfied the table must be empty to allow addition of this column. Column 'f' cannot be added to non-empty table 't' because it does not satisfy these conditions.
-ALTER TABLE t ADD c int NULL
---> Msg 2705, Level 16, State 1, Line 1: Column names in each table must be unique. Column name 'c' in table 't' is specified more than once.
+ALTER TABLE t ADD c int NULL --> Msg 2705, Level 16, State 1, Line 1: Column names in each table must be unique. Column name 'c' in table 't' is specified more than once.
 ALTER TABLE t ADD CONSTRAINT DF_b DEFAULT 'none' FOR b
-ALTER TABLE t ADD DEFAULT 'again' FOR b
---> Msg 1781, Level 16, State 1, Line 2: Column already has a DEFAULT bound to it.
---> Msg 1750, Level 16, State 1, Line 2: Could not create constraint or index. See previous errors.
+ALTER TABLE t ADD DEFAULT 'again' FOR b --> Msg 1781, Level 16, State 1, Line 2: Column already has a DEFAULT bound to it. (1750)
 ALTER TABLE t WITH CHECK ADD CONSTRAINT CK_a CHECK (a > 1)
 ALTER TABLE t ADD CONSTRAINT CK_a CHECK (a > 0), CONSTRAINT UQ_b UNIQUE (b)
 ALTER TABLE t ADD CONSTRAINT UQ_c UNIQUE (c)
 ALTER TABLE t ADD CONSTRAINT FK_c FOREIGN KEY (c) REFERENCES parent (id)
 ALTER TABLE t ADD CONSTRAINT FK_d FOREIGN KEY (c) REFERENCES parent (code)
 --> Msg 547, Level 16, State 0, Line 1: The ALTER TABLE statement conflicted with the CHECK constraint "CK_a". The conflict occurred in database "master", table "dbo.t", column 'a'.
---> Msg 1505, Level 16, State 1, Line 3: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'UQ_c'. The duplicate key value is (7).
---> Msg 1750, Level 16, State 1, Line 3: Could not create constraint or index. See previous errors. (3621)
+--> Msg 1505, Level 16, State 1, Line 3: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'UQ_c'. The duplicate key value is (7). (1750) (3621)
 --> Msg 547, Level 16, State 0, Line 4: The ALTER TABLE statement conflicted with the FOREIGN KEY constraint "FK_c". The conflict occurred in database "master", table "dbo.parent", column 'id'.
---> Msg 1776, Level 16, State 0, Line 5: There are no primary or candidate keys in the referenced table 'parent' that match the referencing column list in the foreign key 'FK_d'.
---> Msg 1750, Level 16, State 1, Line 5: Could not create constraint or index. See previous errors.
-ALTER TABLE t ADD CONSTRAINT FK_n FOREIGN KEY (c) REFERENCES nosuch (id)
---> Msg 1767, Level 16, State 0, Line 1: Foreign key 'FK_n' references invalid table 'nosuch'.
---> Msg 1750, Level 16, State 1, Line 1: Could not create constraint or index. See previous errors.
-ALTER TABLE t ADD PRIMARY KEY (c)
---> Msg 1779, Level 16, State 0, Line 1: Table 't' already has a primary key defined on it.
---> Msg 1750, Level 16, State 1, Line 1: Could not create constraint or index. See previous errors.
-ALTER TABLE t ADD CONSTRAINT UQ_x UNIQUE (x)
---> Msg 1911, Level 16, State 1, Line 1: Column name 'x' does not exist in the target table or view.
---> Msg 1750, Level 16, State 1, Line 1: Could not create constraint or index. See previous errors.
+--> Msg 1776, Level 16, State 0, Line 5: There are no primary or candidate keys in the referenced table 'parent' that match the referencing column list in the foreign key 'FK_d'. (1750)
+ALTER TABLE t ADD CONSTRAINT FK_n FOREIGN KEY (c) REFERENCES nosuch (id) --> Msg 1767, Level 16, State 0, Line 1: Foreign key 'FK_n' references invalid table 'nosuch'. (1750)
+ALTER TABLE t ADD PRIMARY KEY (c) --> Msg 1779, Level 16, State 0, Line 1: Table 't' already has a primary key defined on it. (1750)
+ALTER TABLE t ADD CONSTRAINT UQ_x UNIQUE (x) --> Msg 1911, Level 16, State 1, Line 1: Column name 'x' does not exist in the target table or view. (1750)
 INSERT t (a) VALUES (8)
 SELECT a, b FROM t WHERE a = 8
 --> (1 changed)
---> a int | b varchar(5)?
---> 8 | none (1 rows)
+--> a int = 8 | b varchar(5)? = none (1 rows)
 ALTER TABLE t ALTER COLUMN b varchar(20) NULL
 INSERT t (a, b) VALUES (9, 'more than five')
 ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL
@@ -106,8 +92,7 @@ SELECT MAX(c) + 1 FROM t
 --> 3 | three | 7!
 --> 8 | none | 7!
 --> 9 | more than five | 7! (5 rows)
---> - int?
---> 8 (1 rows)
+--> - int? = 8 (1 rows)
 ALTER TABLE t ALTER COLUMN e int NOT NULL
 ALTER TABLE t ALTER COLUMN nosuch int
 --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'e', table 'master.dbo.t'; column does not allow nulls. UPDATE fails. (3621)
@@ -139,8 +124,7 @@ INSERT t VALUES (20, 'y', 1)
 --> CK_a | C
 --> DF_b | D
 --> UQ_b | UQ (3 rows) (1 changed)
-ALTER TABLE t NOCHECK CONSTRAINT CK_a
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support constraints that are not checked.
+ALTER TABLE t NOCHECK CONSTRAINT CK_a --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support constraints that are not checked.
 -- identities
 INSERT other VALUES (N'sechs')
 SELECT MAX(id) FROM other
@@ -162,13 +146,10 @@ INSERT #tmp VALUES (1)
 ALTER TABLE #tmp ADD x int NULL CHECK (x > 0)
 INSERT #tmp VALUES (2, 0)
 --> (1 changed)
---> - int?
---> 6 (1 rows) (0 changed) (1 changed)
---> id int* | - decimal(38,0)?
---> 5 | 5 (1 rows) (1 changed)
+--> - int? = 6 (1 rows) (0 changed) (1 changed)
+--> id int* = 5 | - decimal(38,0)? = 5 (1 rows) (1 changed)
 --> Msg 8107, Level 16, State 1, Line 12: IDENTITY_INSERT is already ON for table 'master.dbo.other'. Cannot perform SET operation for table 'third'. (1 changed)
---> - decimal(38,0)?
---> 51 (1 rows) (1 changed)
+--> - decimal(38,0)? = 51 (1 rows) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 18: Violation of PRIMARY KEY constraint 'PK__#tmp__1_2'. Cannot insert duplicate key in object 'dbo.#tmp'. The duplicate key value is (1). (3621)
 --> Msg 547, Level 16, State 0, Line 20: The INSERT statement conflicted with the CHECK constraint "CK__#tmp__1_3". The conflict occurred in database "tempdb", table "dbo.#tmp", column 'x'. (3621)
 CREATE TABLE u (id int NOT NULL CONSTRAINT PK_u PRIMARY KEY, nm varchar(10) NULL, ref int NULL CONSTRAINT FK_u REFERENCES u (id))
@@ -211,26 +192,17 @@ INSERT nullable VALUES (7, 'X', NULL)
 --> Msg 2601, Level 14, State 1, Line 7: Cannot insert duplicate key row in object 'dbo.nullable' with unique index 'ix_nullable'. The duplicate key value is (<NULL>, <NULL>). (3621) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 9: Violation of UNIQUE KEY constraint 'UQ_nullable'. Cannot insert duplicate key in object 'dbo.nullable'. The duplicate key value is (<NULL>). (3621)
 --> Msg 3723, Level 16, State 4, Line 10: An explicit DROP INDEX is not allowed on index 'nullable.UQ_nullable'. It is being used for UNIQUE KEY constraint enforcement. (1 changed)
---> Msg 1505, Level 16, State 1, Line 13: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.nullable' and the index name 'UQ_again'. The duplicate key value is (<NULL>).
---> Msg 1750, Level 16, State 1, Line 13: Could not create constraint or index. See previous errors. (3621) (1 changed)
+--> Msg 1505, Level 16, State 1, Line 13: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.nullable' and the index name 'UQ_again'. The duplicate key value is (<NULL>). (1750) (3621) (1 changed)
 -- a foreign key refers to a key: a plain index is none, a unique one is; the order is free
 CREATE TABLE keys (a int NOT NULL, b int NOT NULL, c varchar(5) NOT NULL, d int NOT NULL)
 CREATE INDEX ix_a ON keys (a)
 CREATE UNIQUE INDEX ux_b ON keys (b)
 ALTER TABLE keys ADD CONSTRAINT UQ_cd UNIQUE (c, d)
-CREATE TABLE to_plain (x int CONSTRAINT FK_plain REFERENCES keys (a))
---> Msg 1776, Level 16, State 0, Line 6: There are no primary or candidate keys in the referenced table 'keys' that match the referencing column list in the foreign key 'FK_plain'.
---> Msg 1750, Level 16, State 1, Line 6: Could not create constraint or index. See previous errors.
+CREATE TABLE to_plain (x int CONSTRAINT FK_plain REFERENCES keys (a)) --> Msg 1776, Level 16, State 0, Line 6: There are no primary or candidate keys in the referenced table 'keys' that match the referencing column list in the foreign key 'FK_plain'. (1750)
 CREATE TABLE to_unique (x int REFERENCES keys (b), y int, z varchar(5), CONSTRAINT FK_dc FOREIGN KEY (y, z) REFERENCES keys (d, c))
-CREATE TABLE to_text (x varchar(5) CONSTRAINT FK_text REFERENCES keys (b))
---> Msg 1778, Level 16, State 0, Line 2: Column 'keys.b' is not the same data type as referencing column 'to_text.x' in foreign key 'FK_text'.
---> Msg 1750, Level 16, State 1, Line 2: Could not create constraint or index. See previous errors.
-CREATE TABLE to_longer (x varchar(9), y int, CONSTRAINT FK_longer FOREIGN KEY (x, y) REFERENCES keys (c, d))
---> Msg 1753, Level 16, State 0, Line 1: Column 'keys.c' is not the same length or scale as referencing column 'to_longer.x' in foreign key 'FK_longer'. Columns participating in a foreign key relationship must be defined with the same length and scale.
---> Msg 1750, Level 16, State 1, Line 1: Could not create constraint or index. See previous errors.
-CREATE TABLE to_two (x int CONSTRAINT FK_two REFERENCES keys (c, d))
---> Msg 1774, Level 16, State 0, Line 1: The number of columns in the referencing column list for foreign key 'FK_two' does not match those of the referenced column list in the referenced table 'keys'.
---> Msg 1750, Level 16, State 1, Line 1: Could not create constraint or index. See previous errors.
+CREATE TABLE to_text (x varchar(5) CONSTRAINT FK_text REFERENCES keys (b)) --> Msg 1778, Level 16, State 0, Line 2: Column 'keys.b' is not the same data type as referencing column 'to_text.x' in foreign key 'FK_text'. (1750)
+CREATE TABLE to_longer (x varchar(9), y int, CONSTRAINT FK_longer FOREIGN KEY (x, y) REFERENCES keys (c, d)) --> Msg 1753, Level 16, State 0, Line 1: Column 'keys.c' is not the same length or scale as referencing column 'to_longer.x' in foreign key 'FK_longer'. Columns participating in a foreign key relationship must be defined with the same length and scale. (1750)
+CREATE TABLE to_two (x int CONSTRAINT FK_two REFERENCES keys (c, d)) --> Msg 1774, Level 16, State 0, Line 1: The number of columns in the referencing column list for foreign key 'FK_two' does not match those of the referenced column list in the referenced table 'keys'. (1750)
 CREATE TABLE itself (id int PRIMARY KEY, up int REFERENCES itself)
 INSERT keys VALUES (1, 2, 'c', 3)
 INSERT to_unique VALUES (2, 3, 'c'), (NULL, NULL, NULL)
@@ -245,11 +217,9 @@ CREATE TABLE #free (x int CONSTRAINT FK_free REFERENCES keys (b))
 INSERT #free VALUES (9)
 --> (1 changed) (2 changed)
 --> Msg 547, Level 16, State 0, Line 4: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_dc". The conflict occurred in database "master", table "dbo.keys". (3621)
---> - int?
---> 1750 (1 rows)
+--> - int? = 1750 (1 rows)
 --> Msg 1756, Level 0, State 1, Line 11: Skipping FOREIGN KEY constraint 'FK_free' definition for temporary table. FOREIGN KEY constraints are not enforced on local or global temporary tables. (1 changed)
-DECLARE @free TABLE (x int REFERENCES keys (b))
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key of a table variable.
+DECLARE @free TABLE (x int REFERENCES keys (b)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key of a table variable.
 -- two NULLs are one value too many
 CREATE TABLE two_nulls (a int, b int)
 INSERT two_nulls VALUES (NULL, 1), (NULL, 1)
@@ -257,14 +227,10 @@ CREATE UNIQUE INDEX ux_two ON two_nulls (a, b)
 ALTER TABLE two_nulls ADD CONSTRAINT UQ_two UNIQUE (a)
 --> (2 changed)
 --> Msg 1505, Level 16, State 1, Line 4: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'ux_two'. The duplicate key value is (<NULL>, 1). (3621)
---> Msg 1505, Level 16, State 1, Line 5: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'UQ_two'. The duplicate key value is (<NULL>).
---> Msg 1750, Level 16, State 1, Line 5: Could not create constraint or index. See previous errors. (3621)
+--> Msg 1505, Level 16, State 1, Line 5: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'UQ_two'. The duplicate key value is (<NULL>). (1750) (3621)
 -- what takes NULL is no key and no identity
-CREATE TABLE null_key (a int NULL PRIMARY KEY)
---> Msg 8111, Level 16, State 1, Line 2: Cannot define PRIMARY KEY constraint on nullable column in table 'null_key'.
---> Msg 1750, Level 16, State 1, Line 2: Could not create constraint or index. See previous errors.
-CREATE TABLE null_identity (a int IDENTITY NULL)
---> Msg 8147, Level 16, State 1, Line 1: Could not create IDENTITY attribute on nullable column 'a', table 'null_identity'.
+CREATE TABLE null_key (a int NULL PRIMARY KEY) --> Msg 8111, Level 16, State 1, Line 2: Cannot define PRIMARY KEY constraint on nullable column in table 'null_key'. (1750)
+CREATE TABLE null_identity (a int IDENTITY NULL) --> Msg 8147, Level 16, State 1, Line 1: Could not create IDENTITY attribute on nullable column 'a', table 'null_identity'.
 -- several tables refer to one: rows tell which is in the way
 CREATE TABLE several (id int PRIMARY KEY)
 CREATE TABLE with_none (id int CONSTRAINT FK_none REFERENCES several)
@@ -280,8 +246,7 @@ DELETE several WHERE id = 2
 SELECT id FROM that_follow
 --> (2 changed) (1 changed) (1 changed) (2 changed)
 --> Msg 547, Level 16, State 0, Line 11: The DELETE statement conflicted with the REFERENCE constraint "FK_one". The conflict occurred in database "master", table "dbo.with_one", column 'id'. (3621) (1 changed)
---> id int?
---> 1 (1 rows)
+--> id int? = 1 (1 rows)
 -- an index of another database's table
 CREATE DATABASE elsewhere
 CREATE TABLE elsewhere.dbo.indexed (a int)
@@ -298,9 +263,7 @@ ALTER TABLE span DROP COLUMN b
 --> Msg 547, Level 16, State 0, Line 10: The INSERT statement conflicted with the CHECK constraint "CK_span". The conflict occurred in database "master", table "dbo.span". (3621)
 --> Msg 5074, Level 16, State 1, Line 11: The object 'CK_span' is dependent on column 'b'.
 --> Msg 4922, Level 16, State 9, Line 11: ALTER TABLE DROP COLUMN b failed because one or more objects access this column.
-ALTER TABLE span ADD c int CHECK (c > a)
---> Msg 8141, Level 16, State 0, Line 1: Column CHECK constraint for column 'c' references another column, table 'span'.
---> Msg 1750, Level 16, State 1, Line 1: Could not create constraint or index. See previous errors.
+ALTER TABLE span ADD c int CHECK (c > a) --> Msg 8141, Level 16, State 0, Line 1: Column CHECK constraint for column 'c' references another column, table 'span'. (1750)
 CREATE TABLE tree (id int CONSTRAINT pk_tree PRIMARY KEY, note varchar(9), up int CONSTRAINT fk_tree REFERENCES tree)
 INSERT tree VALUES (1, 'lengthy', NULL), (2, '', 1)
 INSERT tree VALUES (3, '', 9)
@@ -329,17 +292,11 @@ ALTER TABLE given_to ADD CONSTRAINT DF_given DEFAULT 1 FOR up WITH VALUES
 SELECT * FROM given_to
 --> Msg 547, Level 16, State 0, Line 3: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_given". The conflict occurred in database "master", table "dbo.given_to", column 'id'. (3621) (1 changed) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 7: Violation of PRIMARY KEY constraint 'PK_kept'. Cannot insert duplicate key in object 'dbo.kept'. The duplicate key value is (1). (3621)
---> id int | up int?
---> 1 | NULL (1 rows)
-CREATE TABLE endless (t varchar(max) UNIQUE)
---> Msg 1919, Level 16, State 1, Line 1: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index.
---> Msg 1750, Level 16, State 1, Line 1: Could not create constraint or index. See previous errors.
+--> id int = 1 | up int? = NULL (1 rows)
+CREATE TABLE endless (t varchar(max) UNIQUE) --> Msg 1919, Level 16, State 1, Line 1: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index. (1750)
 CREATE TABLE endless (t nvarchar(max), x int)
 CREATE INDEX ix_endless ON endless (x) INCLUDE (t)
-CREATE INDEX ix_of_text ON endless (x, t)
---> Msg 1919, Level 16, State 1, Line 3: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index.
-CREATE TABLE nd (a int DEFAULT nosuch(1))
---> Msg 195, Level 15, State 10, Line 1: 'nosuch' is not a recognized built-in function name.
+CREATE INDEX ix_of_text ON endless (x, t) --> Msg 1919, Level 16, State 1, Line 3: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index.
+CREATE TABLE nd (a int DEFAULT nosuch(1)) --> Msg 195, Level 15, State 10, Line 1: 'nosuch' is not a recognized built-in function name.
 DECLARE @x int = 3
-CREATE TABLE nd (a int DEFAULT (@x))
---> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@x".
+CREATE TABLE nd (a int DEFAULT (@x)) --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@x".

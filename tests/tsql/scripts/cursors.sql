@@ -23,8 +23,7 @@ DEALLOCATE c
 --> 3 stays
 -- a global cursor outlives its batch; without INTO a row is a result set
 DECLARE g SCROLL CURSOR FOR SELECT id, nm FROM t ORDER BY id
-OPEN g
-GO
+OPEN g -->
 FETCH g
 FETCH LAST FROM g
 FETCH PRIOR FROM g
@@ -36,24 +35,16 @@ FETCH FIRST FROM g
 CLOSE g
 OPEN g
 OPEN g
---> id int | nm varchar(10)?
---> 1 | one (1 rows)
---> id int | nm varchar(10)?
---> 3 | seen (1 rows)
---> id int | nm varchar(10)?
---> 2 | seen (1 rows)
---> id int | nm varchar(10)?
---> 1 | one (1 rows)
---> id int | nm varchar(10)?
---> 3 | seen (1 rows)
+--> id int = 1 | nm varchar(10)? = one (1 rows)
+--> id int = 3 | nm varchar(10)? = seen (1 rows)
+--> id int = 2 | nm varchar(10)? = seen (1 rows)
+--> id int = 1 | nm varchar(10)? = one (1 rows)
+--> id int = 3 | nm varchar(10)? = seen (1 rows)
 --> id int | nm varchar(10)? (0 rows)
---> - int? | - int? | - smallint? | - smallint?
---> -1 | 3 | 1 | -3 (1 rows)
---> id int | nm varchar(10)?
---> 1 | one (1 rows)
+--> - int? = -1 | - int? = 3 | - smallint? = 1 | - smallint? = -3 (1 rows)
+--> id int = 1 | nm varchar(10)? = one (1 rows)
 --> Msg 16905, Level 16, State 1, Line 11: The cursor is already open.
-FETCH g INTO @nothing
---> Msg 137, Level 15, State 1, Line 1: Must declare the scalar variable "@nothing".
+FETCH g INTO @nothing --> Msg 137, Level 15, State 1, Line 1: Must declare the scalar variable "@nothing".
 DECLARE @a int
 FETCH g INTO @a
 CLOSE g
@@ -92,8 +83,7 @@ BEGIN
     END
     DEALLOCATE inner_c
     FETCH outer_c INTO @x
-END
-GO
+END -->
 EXEC pairs
 EXEC pairs
 OPEN outer_c
@@ -104,13 +94,11 @@ OPEN outer_c
 --> 1-3
 --> 2-3
 --> Msg 16916, Level 16, State 1, Line 3: A cursor with the name 'outer_c' does not exist.
-DECLARE bad CURSOR FOR SELECT nocolumn FROM t
---> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nocolumn'.
+DECLARE bad CURSOR FOR SELECT nocolumn FROM t --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nocolumn'.
 DECLARE @d date
 DECLARE f CURSOR LOCAL FOR SELECT id FROM t
 OPEN f
-FETCH f INTO @d
---> Msg 16922, Level 16, State 1, Line 4: Cursor Fetch: Implicit conversion from data type int to date is not allowed.
+FETCH f INTO @d --> Msg 16922, Level 16, State 1, Line 4: Cursor Fetch: Implicit conversion from data type int to date is not allowed.
 DECLARE e CURSOR LOCAL FOR SELECT id, nm FROM t WHERE id > 5
 OPEN e
 FETCH e
@@ -118,13 +106,8 @@ PRINT CURSOR_STATUS('local', 'e')
 --> id int | nm varchar(10)? (0 rows)
 --> 0
 -- what is refused
-DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm
---> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE of a cursor.
-DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DYNAMIC cursors.
-DECLARE @c CURSOR
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support cursor variables.
-DECLARE u CURSOR FAST_FORWARD SCROLL FOR SELECT id FROM t
---> Msg 1048, Level 15, State 1, Line 1: Conflicting cursor options FORWARD_ONLY and SCROLL.
-DELETE t WHERE CURRENT OF u
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WHERE CURRENT OF.
+DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE of a cursor.
+DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DYNAMIC cursors.
+DECLARE @c CURSOR --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support cursor variables.
+DECLARE u CURSOR FAST_FORWARD SCROLL FOR SELECT id FROM t --> Msg 1048, Level 15, State 1, Line 1: Conflicting cursor options FORWARD_ONLY and SCROLL.
+DELETE t WHERE CURRENT OF u --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WHERE CURRENT OF.

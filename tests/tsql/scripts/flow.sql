@@ -14,8 +14,7 @@ SELECT @s = @s + name + ',' FROM (SELECT 'a' AS name UNION ALL SELECT 'b') q
 PRINT @s
 RETURN
 PRINT 'not reached'
---> - int? | - decimal(5,2)? | - datetime? | - varchar(20)?
---> 7 | 2.33 | 2024-02-29 13:14:15.000 | Feb 28 2025  1:14PM (1 rows)
+--> - int? = 7 | - decimal(5,2)? = 2.33 | - datetime? = 2024-02-29 13:14:15.000 | - varchar(20)? = Feb 28 2025  1:14PM (1 rows)
 --> yes
 --> equal
 --> unset
@@ -23,8 +22,7 @@ PRINT 'not reached'
 --> 2
 --> 4
 --> a,b,
-PRINT @s
---> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@s".
+PRINT @s --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@s".
 CREATE TABLE t (id int)
 BEGIN TRAN
 INSERT t VALUES (1)
@@ -44,14 +42,11 @@ BEGIN TRAN
 INSERT t VALUES (3)
 SELECT CONVERT(int, 'x')
 --> (1 changed) (1 changed)
---> - int? | - int?
---> 1 | 1 (1 rows)
---> - int? | - int?
---> 0 | 1 (1 rows)
+--> - int? = 1 | - int? = 1 (1 rows)
+--> - int? = 0 | - int? = 1 (1 rows)
 --> Msg 3902, Level 16, State 1, Line 12: The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.
 --> Msg 3903, Level 16, State 1, Line 13: The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION. (1 changed)
---> - int?
---> 1 (1 rows) (1 changed)
+--> - int? = 1 (1 rows) (1 changed)
 --> Msg 245, Level 16, State 1, Line 18: Conversion failed when converting the varchar value 'x' to data type int.
 -- the failed conversion has ended the batch and the transaction
 SELECT @@TRANCOUNT, COUNT(*) FROM t
@@ -59,17 +54,14 @@ SET XACT_ABORT ON
 BEGIN TRAN
 INSERT t VALUES (4)
 SELECT 1/0
---> - int? | - int?
---> 0 | 1 (1 rows) (1 changed)
+--> - int? = 0 | - int? = 1 (1 rows) (1 changed)
 --> Msg 8134, Level 16, State 1, Line 6: Divide by zero error encountered.
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 SET NOCOUNT ON
 INSERT t VALUES (5)
 SELECT COUNT(*) FROM t
---> - int? | - int?
---> 0 | 1 (1 rows)
---> - int?
---> 2
+--> - int? = 0 | - int? = 1 (1 rows)
+--> - int? = 2
 -- a variable is there from the batch's beginning and keeps its value in a loop
 DECLARE @i int = 0
 WHILE @i < 2 BEGIN DECLARE @x int; SET @x = ISNULL(@x, 0) + 1; SET @i += 1 END
@@ -78,26 +70,18 @@ SELECT @x, @y
 UPDATE t SET id = id RAISERROR('seen', 10, 1) PRINT @@ROWCOUNT
 UPDATE t SET id = id DECLARE @z int = 1 PRINT @@ROWCOUNT
 UPDATE t SET id = id WHILE @@ROWCOUNT > 9 PRINT 'x' PRINT @@ROWCOUNT
---> - int? | - int?
---> 2 | NULL
+--> - int? = 2 | - int? = NULL
 --> seen
 --> 0
 --> 1
 --> 0
-PRINT 'x' THROW 50001, 'direct', 7
---> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'THROW'.
-PRINT 'x' WITH c AS (SELECT 1 AS a) SELECT a FROM c
---> Msg 319, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with a semicolon.
-IF 1 = 1 THROW 50001, 'direct', 7
---> Msg 50001, Level 16, State 7, Line 1: direct
-RETURN 1
---> Msg 178, Level 15, State 1, Line 1: A RETURN statement with a return value cannot be used in this context.
-BEGIN END
---> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'END'.
-RAISERROR('a' + 'b', 16, 1)
---> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '+'.
-CREATE PROCEDURE empty_status AS RETURN NULL
-GO
+PRINT 'x' THROW 50001, 'direct', 7 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'THROW'.
+PRINT 'x' WITH c AS (SELECT 1 AS a) SELECT a FROM c --> Msg 319, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with a semicolon.
+IF 1 = 1 THROW 50001, 'direct', 7 --> Msg 50001, Level 16, State 7, Line 1: direct
+RETURN 1 --> Msg 178, Level 15, State 1, Line 1: A RETURN statement with a return value cannot be used in this context.
+BEGIN END --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'END'.
+RAISERROR('a' + 'b', 16, 1) --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '+'.
+CREATE PROCEDURE empty_status AS RETURN NULL -->
 DECLARE @s int = 9 EXEC @s = empty_status PRINT @s
 --> Msg 282, Level 10, State 1, Line 1, Procedure empty_status: The 'empty_status' procedure attempted to return a status of NULL, which is not allowed. A status of 0 will be returned instead.
 --> 0

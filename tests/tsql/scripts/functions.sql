@@ -7,34 +7,23 @@ SELECT TRY_CAST('x' AS int) a, TRY_CONVERT(int, '12') b, ISNULL(NULL, 'abc') c, 
 SELECT ABS(-3) a, CEILING(1.2) b, FLOOR(-1.2) c, ROUND(2.567, 1) d, ROUND(2.567, 1, 1) e, POWER(2, 10) f, SQRT(16) g, SIGN(-2.5) h, CAST(PI() AS decimal(9,5)) i, SQUARE(3) j
 SELECT COUNT_BIG(*) a, DB_NAME() b, DB_ID('master') c, OBJECT_NAME(OBJECT_ID('nothing')) d, SUSER_SNAME() e, @@TRANCOUNT f, XACT_STATE() g, @@ERROR h FROM (SELECT 1 AS x) q
 SELECT CASE WHEN SERVERPROPERTY('ProductVersion') IS NOT NULL AND @@VERSION LIKE '%SQL Server%' AND @@SERVERNAME <> '' AND @@SPID > 0 AND RAND() < 1 AND GETDATE() < DATEADD(day, 2, GETUTCDATE()) AND SYSDATETIME() > '2000' THEN 'fine' END a
---> a int? | b int? | c varchar(2)? | d varchar(2)? | e varchar(3)? | f int? | g int? | h varchar(8000)? | i varchar(8000)? | j varchar(8000)? | k varchar(3)?
---> 3 | 8 | ab | bc | bcd | 3 | 3 | a-b- | aZZZd | ababab | cba (1 rows)
---> a varchar(6)? | b varchar(5)? | c varchar(5)? | d varchar(2)? | e varchar(2)? | f varchar(8000)? | g varchar(6)? | h char(1)? | i nchar(1)? | j int? | k int?
---> <a > | < a> | <a> | AÉ | aé | <  > |   3.14 | A | é | 65 | 233 (1 rows)
---> a varchar(66)? | b varchar(33)? | c nvarchar(258)? | d nvarchar(258)? | e varchar(6)? | f decimal(11,1)? | g varchar(1)? | h varchar(1)?
---> a12.5 | a-b | [a]]b] | 'a' | longer | 1.0 | b | NULL (1 rows)
---> a datetime? | b date? | c int? | d bigint? | e int? | f nvarchar(30)? | g int? | h int? | i int? | j date? | k date? | l date? | m int?
---> 2024-02-29 00:00:00.000 | 2024-02-29 | 2 | 3913056000 | 2 | January | 6 | 5 | 2024 | 2024-02-29 | 2024-03-31 | 2024-02-29 | 0 (1 rows)
---> a varchar(30)? | b varchar(30)? | c varchar(30)? | d varchar(30)? | e varchar(30)? | f varchar(30)? | g varchar(8)?
---> 05/06/2024 | 06/05/2024 | 20240506 | 2024-05-06 07:08:09 | 2024-05-06 07:08:09.123 | 2024-05-06T07:08:09.123 | 07:08:09 (1 rows)
---> a int? | b int? | c varchar(3) | d int? | e int? | f int? | g int? | h int?
---> NULL | 12 | abc | 3 | NULL | 1 | 0 | 36 (1 rows)
---> a int? | b decimal(2,0)? | c decimal(2,0)? | d decimal(4,3)? | e decimal(4,3)? | f int? | g float? | h decimal(2,1)? | i decimal(9,5)? | j float?
---> 3 | 2 | -2 | 2.600 | 2.500 | 1024 | 4 | -1.0 | 3.14159 | 9 (1 rows)
---> a bigint? | b nvarchar(128)? | c int? | d nvarchar(128)? | e nvarchar(128)? | f int? | g smallint? | h int?
---> 1 | master | 1 | NULL | sa | 0 | 0 | 0 (1 rows)
---> a varchar(4)?
---> fine (1 rows)
+--> a int? = 3 | b int? = 8 | c varchar(2)? = ab | d varchar(2)? = bc | e varchar(3)? = bcd | f int? = 3 | g int? = 3 | h varchar(8000)? = a-b- | i varchar(8000)? = aZZZd | j varchar(8000)? = ababab | k varchar(3)? = cba (1 rows)
+--> a varchar(6)? = <a > | b varchar(5)? = < a> | c varchar(5)? = <a> | d varchar(2)? = AÉ | e varchar(2)? = aé | f varchar(8000)? = <  > | g varchar(6)? =   3.14 | h char(1)? = A | i nchar(1)? = é | j int? = 65 | k int? = 233 (1 rows)
+--> a varchar(66)? = a12.5 | b varchar(33)? = a-b | c nvarchar(258)? = [a]]b] | d nvarchar(258)? = 'a' | e varchar(6)? = longer | f decimal(11,1)? = 1.0 | g varchar(1)? = b | h varchar(1)? = NULL (1 rows)
+--> a datetime? = 2024-02-29 00:00:00.000 | b date? = 2024-02-29 | c int? = 2 | d bigint? = 3913056000 | e int? = 2 | f nvarchar(30)? = January | g int? = 6 | h int? = 5 | i int? = 2024 | j date? = 2024-02-29 | k date? = 2024-03-31 | l date? = 2024-02-29 | m int? = 0 (1 rows)
+--> a varchar(30)? = 05/06/2024 | b varchar(30)? = 06/05/2024 | c varchar(30)? = 20240506 | d varchar(30)? = 2024-05-06 07:08:09 | e varchar(30)? = 2024-05-06 07:08:09.123 | f varchar(30)? = 2024-05-06T07:08:09.123 | g varchar(8)? = 07:08:09 (1 rows)
+--> a int? = NULL | b int? = 12 | c varchar(3) = abc | d int? = 3 | e int? = NULL | f int? = 1 | g int? = 0 | h int? = 36 (1 rows)
+--> a int? = 3 | b decimal(2,0)? = 2 | c decimal(2,0)? = -2 | d decimal(4,3)? = 2.600 | e decimal(4,3)? = 2.500 | f int? = 1024 | g float? = 4 | h decimal(2,1)? = -1.0 | i decimal(9,5)? = 3.14159 | j float? = 9 (1 rows)
+--> a bigint? = 1 | b nvarchar(128)? = master | c int? = 1 | d nvarchar(128)? = NULL | e nvarchar(128)? = sa | f int? = 0 | g smallint? = 0 | h int? = 0 (1 rows)
+--> a varchar(4)? = fine (1 rows)
 -- 8,000 bytes, unless the text is (max)
 SELECT LEN(REPLICATE(N'x', 5000)) a, LEN(REPLICATE('x', 9000)) b, LEN(REPLICATE(CAST('x' AS varchar(max)), 9000)) c, LEN(REPLICATE(N'é', 4000)) d, LEN(REPLICATE('é', 8000)) e, DATALENGTH(REPLICATE(N'xy', 3000)) f
 DECLARE @v varchar(20) = '', @n int = 1
 SELECT @v += q.a, @n *= 3 FROM (SELECT 'p' AS a UNION ALL SELECT 'q') q
 SELECT @v v, @n n
 SELECT a FROM (VALUES (1), (2)) v (a)
---> a int? | b int? | c bigint? | d int? | e int? | f int?
---> 4000 | 8000 | 9000 | 4000 | 8000 | 8000 (1 rows)
---> v varchar(20)? | n int?
---> pq | 9 (1 rows)
+--> a int? = 4000 | b int? = 8000 | c bigint? = 9000 | d int? = 4000 | e int? = 8000 | f int? = 8000 (1 rows)
+--> v varchar(20)? = pq | n int? = 9 (1 rows)
 --> a int
 --> 1
 --> 2 (2 rows)
@@ -42,35 +31,22 @@ SELECT a FROM (SELECT 1 AS a UNION SELECT 2 UNION SELECT 3) q ORDER BY a DESC OF
 SELECT DISTINCT a % 2 AS r FROM (SELECT 1 AS a UNION SELECT 2 UNION SELECT 3) q ORDER BY a % 2
 DECLARE @o int = -1
 SELECT 1 AS a ORDER BY a OFFSET @o ROWS
---> a int
---> 2 (1 rows)
+--> a int = 2 (1 rows)
 --> r int?
 --> 0
 --> 1 (2 rows)
 --> Msg 10742, Level 15, State 1, Line 4: The offset specified in a OFFSET clause may not be negative.
-SELECT 1 AS a ORDER BY a OFFSET 0 ROWS FETCH NEXT 0 ROWS ONLY
---> Msg 10744, Level 15, State 1, Line 1: The number of rows provided for a FETCH clause must be greater then zero.
-SELECT TOP 1 1 AS a ORDER BY a OFFSET 0 ROWS
---> Msg 10741, Level 15, State 2, Line 1: A TOP can not be used in the same query or sub-query as a OFFSET.
-DECLARE @top int = -5 SELECT TOP (@top) 1 AS a
---> Msg 127, Level 15, State 1, Line 1: A TOP N or FETCH rowcount value may not be negative.
-SELECT DISTINCT a FROM (SELECT 1 AS a, 2 AS b) q ORDER BY b
---> Msg 145, Level 15, State 1, Line 1: ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
-SELECT FORMAT(GETDATE(), 'd')
---> Msg 195, Level 15, State 10, Line 1: 'FORMAT' is not a recognized built-in function name.
-SELECT CHECKSUM('a')
---> Msg 195, Level 15, State 10, Line 1: 'CHECKSUM' is not a recognized built-in function name.
-SELECT 1 WHERE 1 > ALL (SELECT 1)
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a comparison with ALL, ANY or SOME.
-SELECT TOP 1 WITH TIES 1 AS a ORDER BY a
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... WITH TIES.
-SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY.
-SELECT IIF(1, 2, 3)
---> Msg 4145, Level 15, State 1, Line 1: An expression of non-boolean type specified in a context where a condition is expected, near ','.
-SELECT REPLICATE('x', -1), CHAR(256), SPACE(-1), STUFF('abc', 5, 1, 'x')
---> - varchar(8000)? | - char(1)? | - varchar(8000)? | - varchar(8000)?
---> NULL | NULL | NULL | NULL (1 rows)
+SELECT 1 AS a ORDER BY a OFFSET 0 ROWS FETCH NEXT 0 ROWS ONLY --> Msg 10744, Level 15, State 1, Line 1: The number of rows provided for a FETCH clause must be greater then zero.
+SELECT TOP 1 1 AS a ORDER BY a OFFSET 0 ROWS --> Msg 10741, Level 15, State 2, Line 1: A TOP can not be used in the same query or sub-query as a OFFSET.
+DECLARE @top int = -5 SELECT TOP (@top) 1 AS a --> Msg 127, Level 15, State 1, Line 1: A TOP N or FETCH rowcount value may not be negative.
+SELECT DISTINCT a FROM (SELECT 1 AS a, 2 AS b) q ORDER BY b --> Msg 145, Level 15, State 1, Line 1: ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
+SELECT FORMAT(GETDATE(), 'd') --> Msg 195, Level 15, State 10, Line 1: 'FORMAT' is not a recognized built-in function name.
+SELECT CHECKSUM('a') --> Msg 195, Level 15, State 10, Line 1: 'CHECKSUM' is not a recognized built-in function name.
+SELECT 1 WHERE 1 > ALL (SELECT 1) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a comparison with ALL, ANY or SOME.
+SELECT TOP 1 WITH TIES 1 AS a ORDER BY a --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... WITH TIES.
+SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY.
+SELECT IIF(1, 2, 3) --> Msg 4145, Level 15, State 1, Line 1: An expression of non-boolean type specified in a context where a condition is expected, near ','.
+SELECT REPLICATE('x', -1), CHAR(256), SPACE(-1), STUFF('abc', 5, 1, 'x') --> - varchar(8000)? = NULL | - char(1)? = NULL | - varchar(8000)? = NULL | - varchar(8000)? = NULL (1 rows)
 DECLARE @s nvarchar(max) = N'SELECT COUNT(*) FROM (SELECT 1 AS a' + REPLICATE(CAST(N' UNION ALL SELECT 1' AS nvarchar(max)), 60) + N') q'
 EXEC (@s)
 SET @s = N'SELECT COUNT(*) FROM (VALUES (1)' + REPLICATE(CAST(N',(1)' AS nvarchar(max)), 99) + N') q(a)'
@@ -79,12 +55,9 @@ SET @s = N'SELECT 1' + REPLICATE(CAST(N' + 1 * 1' AS nvarchar(max)), 399)
 EXEC (@s)
 SELECT 1 AS a UNION SELECT 1 UNION ALL SELECT 1 EXCEPT SELECT 2 UNION ALL SELECT NULL
 SELECT 'a' AS a UNION SELECT 'A' UNION SELECT 2.5e0
---> - int?
---> 61 (1 rows)
---> - int?
---> 100 (1 rows)
---> - int?
---> 400 (1 rows)
+--> - int? = 61 (1 rows)
+--> - int? = 100 (1 rows)
+--> - int? = 400 (1 rows)
 --> a int?
 --> 1
 --> NULL (2 rows)
@@ -104,55 +77,32 @@ SELECT COUNT(*) FROM word WHERE t = N'ETUDE '
 --> Etude
 --> étude
 --> zebra (9 rows)
---> - int?
---> 1 (1 rows)
+--> - int? = 1 (1 rows)
 -- what is converted by itself, by CAST alone, or never
 CREATE TABLE kinds (d date, dt datetime, u uniqueidentifier, t text, b varbinary(9), n int)
 INSERT kinds (dt, b, n, t) VALUES (1, 2, '3', 'x')
 SELECT CASE WHEN dt = 1 AND b = 2 AND t LIKE 'x' AND t IS NOT NULL THEN DATALENGTH(t) + PATINDEX('%x', t) END FROM kinds
 --> (1 changed)
---> - int?
---> 2 (1 rows)
-INSERT kinds (n) VALUES (GETDATE())
---> Msg 257, Level 16, State 3, Line 1: Implicit conversion from data type datetime to int is not allowed. Use the CONVERT function to run this query.
-INSERT kinds (b) VALUES ('x')
---> Msg 257, Level 16, State 3, Line 1: Implicit conversion from data type varchar to varbinary is not allowed. Use the CONVERT function to run this query.
-DECLARE @d date = 1
---> Msg 206, Level 16, State 2, Line 1: Operand type clash: int is incompatible with date
-DECLARE @n int SET @n = GETDATE()
---> Msg 257, Level 16, State 3, Line 1: Implicit conversion from data type datetime to int is not allowed. Use the CONVERT function to run this query.
-SELECT 1 FROM kinds WHERE d = 1
---> Msg 206, Level 16, State 2, Line 1: Operand type clash: date is incompatible with int
-SELECT d + 1 FROM kinds
---> Msg 206, Level 16, State 2, Line 1: Operand type clash: date is incompatible with int
-SELECT 1 FROM kinds WHERE d > CAST('10:00' AS time)
---> Msg 402, Level 16, State 1, Line 1: The data types date and time are incompatible in the greater than operator.
-SELECT CASE WHEN 1 = 1 THEN u ELSE n END FROM kinds
---> Msg 206, Level 16, State 2, Line 1: Operand type clash: uniqueidentifier is incompatible with int
-SELECT CASE WHEN 1 = 1 THEN NULL END
---> Msg 8133, Level 16, State 1, Line 1: At least one of the result expressions in a CASE specification must be an expression other than the NULL constant.
-SELECT CAST(t AS int) FROM kinds
---> Msg 529, Level 16, State 1, Line 1: Explicit conversion from data type text to int is not allowed.
-SELECT CAST(1.5 AS varbinary(8))
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the conversion of numeric to varbinary.
+--> - int? = 2 (1 rows)
+INSERT kinds (n) VALUES (GETDATE()) --> Msg 257, Level 16, State 3, Line 1: Implicit conversion from data type datetime to int is not allowed. Use the CONVERT function to run this query.
+INSERT kinds (b) VALUES ('x') --> Msg 257, Level 16, State 3, Line 1: Implicit conversion from data type varchar to varbinary is not allowed. Use the CONVERT function to run this query.
+DECLARE @d date = 1 --> Msg 206, Level 16, State 2, Line 1: Operand type clash: int is incompatible with date
+DECLARE @n int SET @n = GETDATE() --> Msg 257, Level 16, State 3, Line 1: Implicit conversion from data type datetime to int is not allowed. Use the CONVERT function to run this query.
+SELECT 1 FROM kinds WHERE d = 1 --> Msg 206, Level 16, State 2, Line 1: Operand type clash: date is incompatible with int
+SELECT d + 1 FROM kinds --> Msg 206, Level 16, State 2, Line 1: Operand type clash: date is incompatible with int
+SELECT 1 FROM kinds WHERE d > CAST('10:00' AS time) --> Msg 402, Level 16, State 1, Line 1: The data types date and time are incompatible in the greater than operator.
+SELECT CASE WHEN 1 = 1 THEN u ELSE n END FROM kinds --> Msg 206, Level 16, State 2, Line 1: Operand type clash: uniqueidentifier is incompatible with int
+SELECT CASE WHEN 1 = 1 THEN NULL END --> Msg 8133, Level 16, State 1, Line 1: At least one of the result expressions in a CASE specification must be an expression other than the NULL constant.
+SELECT CAST(t AS int) FROM kinds --> Msg 529, Level 16, State 1, Line 1: Explicit conversion from data type text to int is not allowed.
+SELECT CAST(1.5 AS varbinary(8)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the conversion of numeric to varbinary.
 -- text is neither compared nor sorted, and few functions take it
-SELECT 1 FROM kinds WHERE t = 'x'
---> Msg 402, Level 16, State 1, Line 2: The data types text and varchar are incompatible in the equal to operator.
-SELECT 1 FROM kinds WHERE t IN ('x')
---> Msg 402, Level 16, State 1, Line 1: The data types text and text are incompatible in the equal to operator.
-SELECT t FROM kinds ORDER BY t
---> Msg 306, Level 16, State 2, Line 1: The text, ntext, and image data types cannot be compared or sorted, except when using IS NULL or LIKE operator.
-SELECT DISTINCT t FROM kinds
---> Msg 421, Level 16, State 1, Line 1: The text data type cannot be selected as DISTINCT because it is not comparable.
-SELECT t FROM kinds UNION SELECT t FROM kinds
---> Msg 5335, Level 16, State 1, Line 1: The data type text cannot be used as an operand to the UNION, INTERSECT or EXCEPT operators because it is not comparable.
-SELECT MAX(t) FROM kinds
---> Msg 8117, Level 16, State 1, Line 1: Operand data type text is invalid for max operator.
-SELECT LEN(t) FROM kinds
---> Msg 8116, Level 16, State 1, Line 1: Argument data type text is invalid for argument 1 of len function.
-SELECT LEFT('x', GETDATE())
---> Msg 8116, Level 16, State 1, Line 1: Argument data type datetime is invalid for argument 2 of left function.
-SELECT SUBSTRING(12345, 2, 2)
---> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of substring function.
-SELECT CHARINDEX(3, '12345')
---> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of charindex function.
+SELECT 1 FROM kinds WHERE t = 'x' --> Msg 402, Level 16, State 1, Line 2: The data types text and varchar are incompatible in the equal to operator.
+SELECT 1 FROM kinds WHERE t IN ('x') --> Msg 402, Level 16, State 1, Line 1: The data types text and text are incompatible in the equal to operator.
+SELECT t FROM kinds ORDER BY t --> Msg 306, Level 16, State 2, Line 1: The text, ntext, and image data types cannot be compared or sorted, except when using IS NULL or LIKE operator.
+SELECT DISTINCT t FROM kinds --> Msg 421, Level 16, State 1, Line 1: The text data type cannot be selected as DISTINCT because it is not comparable.
+SELECT t FROM kinds UNION SELECT t FROM kinds --> Msg 5335, Level 16, State 1, Line 1: The data type text cannot be used as an operand to the UNION, INTERSECT or EXCEPT operators because it is not comparable.
+SELECT MAX(t) FROM kinds --> Msg 8117, Level 16, State 1, Line 1: Operand data type text is invalid for max operator.
+SELECT LEN(t) FROM kinds --> Msg 8116, Level 16, State 1, Line 1: Argument data type text is invalid for argument 1 of len function.
+SELECT LEFT('x', GETDATE()) --> Msg 8116, Level 16, State 1, Line 1: Argument data type datetime is invalid for argument 2 of left function.
+SELECT SUBSTRING(12345, 2, 2) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of substring function.
+SELECT CHARINDEX(3, '12345') --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of charindex function.

@@ -48,30 +48,24 @@ BEGIN CATCH
     PRINT ERROR_MESSAGE()
 END CATCH
 PRINT ISNULL(ERROR_MESSAGE(), 'none')
---> - int? | - int? | - int? | - int? | - nvarchar(4000)?
---> 50000 | 11 | 7 | 2 | caught 5 (1 rows)
+--> - int? = 50000 | - int? = 11 | - int? = 7 | - int? = 2 | - nvarchar(4000)? = caught 5 (1 rows)
 --> - int? (0 rows)
 --> Divide by zero error encountered.
 --> caught 5
 --> none
 CREATE PROCEDURE fails AS
 
-THROW 50001, 'from inside', 3
-GO
+THROW 50001, 'from inside', 3 -->
 EXEC fails
-PRINT 'not reached'
---> Msg 50001, Level 16, State 3, Line 3, Procedure fails: from inside
+PRINT 'not reached' --> Msg 50001, Level 16, State 3, Line 3, Procedure fails: from inside
 BEGIN TRY EXEC fails END TRY BEGIN CATCH PRINT ERROR_PROCEDURE() + ' ' + STR(ERROR_LINE(), 1); THROW END CATCH
 --> fails 3
 --> Msg 50001, Level 16, State 3, Line 3, Procedure fails: from inside
-THROW 49999, 'too low', 1
---> Msg 35100, Level 16, State 10, Line 1: Error number 49999 in the THROW statement is outside the valid range. Specify an error number in the valid range of 50000 to 2147483647.
-THROW
---> Msg 10704, Level 15, State 1, Line 1: To rethrow an error, a THROW statement must be used inside a CATCH block. Insert the THROW statement inside a CATCH block, or add error parameters to the THROW statement.
+THROW 49999, 'too low', 1 --> Msg 35100, Level 16, State 10, Line 1: Error number 49999 in the THROW statement is outside the valid range. Specify an error number in the valid range of 50000 to 2147483647.
+THROW --> Msg 10704, Level 15, State 1, Line 1: To rethrow an error, a THROW statement must be used inside a CATCH block. Insert the THROW statement inside a CATCH block, or add error parameters to the THROW statement.
 WAITFOR DELAY '00:00:00.050'
 WAITFOR DELAY 'soon'
 WAITFOR TIME '25:00'
 --> Msg 148, Level 15, State 1, Line 2: Incorrect time syntax in time string 'soon' used with WAITFOR.
 --> Msg 148, Level 15, State 1, Line 3: Incorrect time syntax in time string '25:00' used with WAITFOR.
-GOTO done
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GOTO.
+GOTO done --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GOTO.

@@ -1,24 +1,19 @@
 CREATE TABLE a (id int PRIMARY KEY, g varchar(10), n int NULL)
 INSERT a VALUES (1,'x',10),(2,'x',NULL),(3,'Y',30),(4,'y',5)
 CREATE TABLE b (id int, aid int, t varchar(20))
-INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3
---> (4 changed) (2 changed)
+INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3 --> (4 changed) (2 changed)
 -- groups meet without regard to case; a column outside of them is refused
 SELECT g, COUNT(*) c, SUM(n) s, AVG(n) av FROM a GROUP BY g HAVING COUNT(*) > 1 ORDER BY g
 SELECT UPPER(g), COUNT(n) FROM a GROUP BY UPPER(g) ORDER BY 2 DESC
 SELECT COUNT(DISTINCT g), COUNT(*) FROM a
 --> g varchar(10)? | c int? | s int? | av int?
 --> x | 2 | 10 | 10
---> Y | 2 | 35 | 17
---> Msg 8153, Level 0, State 1, Line 2: Warning: Null value is eliminated by an aggregate or other SET operation. (2 rows)
+--> Y | 2 | 35 | 17 (8153, Line 2) (2 rows)
 --> - varchar(10)? | - int?
 --> Y | 2
---> X | 1
---> Msg 8153, Level 0, State 1, Line 3: Warning: Null value is eliminated by an aggregate or other SET operation. (2 rows)
---> - int? | - int?
---> 2 | 4 (1 rows)
-SELECT g, n FROM a GROUP BY g
---> Msg 8120, Level 16, State 1, Line 1: Column 'a.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.
+--> X | 1 (8153, Line 3) (2 rows)
+--> - int? = 2 | - int? = 4 (1 rows)
+SELECT g, n FROM a GROUP BY g --> Msg 8120, Level 16, State 1, Line 1: Column 'a.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.
 SELECT a.id, b.t FROM a LEFT OUTER JOIN b ON a.id = b.aid WHERE a.id IN (1,3) ORDER BY a.id
 SELECT a.id, b.t FROM a, b WHERE a.id = b.aid
 SELECT x.id, b.id FROM b RIGHT JOIN a AS x ON x.id = b.aid ORDER BY x.id DESC
@@ -45,8 +40,7 @@ SELECT 1/2, 7 % 3, 1.0/3, 'a' + 'b', 5 & 3, -7/2, CAST(1 AS float)/4, 'a' + NULL
 --> 3 | NULL
 --> 2 | 12
 --> 1 | 11 (4 rows)
---> id int | g varchar(10)? | n int?
---> 1 | x | 10 (1 rows)
+--> id int = 1 | g varchar(10)? = x | n int? = 10 (1 rows)
 --> id int | t varchar(20)? | m varchar(20)?
 --> 1 | b1 | b2
 --> 2 | b2 | b2
@@ -70,8 +64,7 @@ SELECT 1/2, 7 % 3, 1.0/3, 'a' + 'b', 5 & 3, -7/2, CAST(1 AS float)/4, 'a' + NULL
 --> 1 | x | 10
 --> 2 | x | NULL
 --> 4 | y | 5 (3 rows)
---> - varchar(4)
---> same (1 rows)
+--> - varchar(4) = same (1 rows)
 --> t varchar(20)? | n int?
 --> b1 | 1
 --> b2 | 1 (2 rows)
@@ -83,57 +76,35 @@ SELECT 1/2, 7 % 3, 1.0/3, 'a' + 'b', 5 & 3, -7/2, CAST(1 AS float)/4, 'a' + NULL
 --> NULL | 1.0
 --> big | 0.5
 --> small | 0.5 (4 rows)
---> - int? | - int? | - decimal(7,6)? | - varchar(2)? | - int? | - int? | - float? | - varchar(2)?
---> 0 | 1 | 0.333333 | ab | 1 | -3 | 0.25 | NULL (1 rows)
-SELECT id, (SELECT id FROM a) FROM b
---> Msg 512, Level 16, State 1, Line 1: Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, >= or when the subquery is used as an expression.
-SELECT id FROM a JOIN b ON a.id = b.aid
---> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
-SELECT x.id FROM a
---> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "x.id" could not be bound.
-SELECT id FROM a ORDER BY 3
---> Msg 108, Level 16, State 1, Line 1: The ORDER BY position number 3 is out of range of the number of items in the select list.
-SELECT id FROM a ORDER BY 1, id DESC
---> Msg 169, Level 15, State 1, Line 1: A column has been specified more than once in the order by list. Columns in the order by list must be unique.
-SELECT 1 UNION SELECT 2, 3
---> Msg 205, Level 16, State 1, Line 1: All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of expressions in their target lists.
+--> - int? = 0 | - int? = 1 | - decimal(7,6)? = 0.333333 | - varchar(2)? = ab | - int? = 1 | - int? = -3 | - float? = 0.25 | - varchar(2)? = NULL (1 rows)
+SELECT id, (SELECT id FROM a) FROM b --> Msg 512, Level 16, State 1, Line 1: Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, >= or when the subquery is used as an expression.
+SELECT id FROM a JOIN b ON a.id = b.aid --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
+SELECT x.id FROM a --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "x.id" could not be bound.
+SELECT id FROM a ORDER BY 3 --> Msg 108, Level 16, State 1, Line 1: The ORDER BY position number 3 is out of range of the number of items in the select list.
+SELECT id FROM a ORDER BY 1, id DESC --> Msg 169, Level 15, State 1, Line 1: A column has been specified more than once in the order by list. Columns in the order by list must be unique.
+SELECT 1 UNION SELECT 2, 3 --> Msg 205, Level 16, State 1, Line 1: All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of expressions in their target lists.
 -- what SQLite would take without a word
-SELECT id FROM a ORDER BY 'id'
---> Msg 408, Level 16, State 1, Line 2: A constant expression was encountered in the ORDER BY list, position 1.
-DECLARE @by varchar(9) = 'id' SELECT id FROM a ORDER BY @by
---> Msg 1008, Level 16, State 1, Line 1: The SELECT item identified by the ORDER BY number 1 contains a variable as part of the expression identifying a column position. Variables are only allowed when ordering by an expression referencing a column name.
-SELECT g FROM a GROUP BY g HAVING n > 1
---> Msg 8121, Level 16, State 1, Line 1: Column 'a.n' is invalid in the HAVING clause because it is not contained in either an aggregate function or the GROUP BY clause.
-SELECT SUM((SELECT 1)) FROM a
---> Msg 130, Level 16, State 1, Line 1: Cannot perform an aggregate function on an expression containing an aggregate or a subquery.
-SELECT 1 FROM a JOIN a ON 1 = 1
---> Msg 1013, Level 16, State 1, Line 1: The objects "a" and "a" in the FROM clause have the same exposed names. Use correlation names to distinguish them.
-SELECT 1 FROM a x, b x
---> Msg 1011, Level 16, State 1, Line 1: The correlation name 'x' is specified multiple times in a FROM clause.
-SELECT * FROM (SELECT id, n AS id FROM a) q
---> Msg 8156, Level 16, State 1, Line 1: The column 'id' was specified multiple times for 'q'.
+SELECT id FROM a ORDER BY 'id' --> Msg 408, Level 16, State 1, Line 2: A constant expression was encountered in the ORDER BY list, position 1.
+DECLARE @by varchar(9) = 'id' SELECT id FROM a ORDER BY @by --> Msg 1008, Level 16, State 1, Line 1: The SELECT item identified by the ORDER BY number 1 contains a variable as part of the expression identifying a column position. Variables are only allowed when ordering by an expression referencing a column name.
+SELECT g FROM a GROUP BY g HAVING n > 1 --> Msg 8121, Level 16, State 1, Line 1: Column 'a.n' is invalid in the HAVING clause because it is not contained in either an aggregate function or the GROUP BY clause.
+SELECT SUM((SELECT 1)) FROM a --> Msg 130, Level 16, State 1, Line 1: Cannot perform an aggregate function on an expression containing an aggregate or a subquery.
+SELECT 1 FROM a JOIN a ON 1 = 1 --> Msg 1013, Level 16, State 1, Line 1: The objects "a" and "a" in the FROM clause have the same exposed names. Use correlation names to distinguish them.
+SELECT 1 FROM a x, b x --> Msg 1011, Level 16, State 1, Line 1: The correlation name 'x' is specified multiple times in a FROM clause.
+SELECT * FROM (SELECT id, n AS id FROM a) q --> Msg 8156, Level 16, State 1, Line 1: The column 'id' was specified multiple times for 'q'.
 -- the table is known, its column is not
-SELECT x.nosuch FROM a x
---> Msg 207, Level 16, State 1, Line 2: Invalid column name 'nosuch'.
-WITH c AS (SELECT 1 AS n UNION ALL SELECT c.n + 1 FROM a LEFT JOIN c ON c.n = a.id) SELECT n FROM c
---> Msg 462, Level 16, State 1, Line 1: Outer join is not allowed in the recursive part of a recursive common table expression 'c'.
-WITH c AS (SELECT 1 AS n UNION ALL SELECT MAX(n) + 1 FROM c) SELECT n FROM c
---> Msg 467, Level 16, State 1, Line 1: GROUP BY, HAVING, or aggregate functions are not allowed in the recursive part of a recursive common table expression 'c'.
-UPDATE a SET id = MAX(id)
---> Msg 157, Level 15, State 1, Line 1: An aggregate may not appear in the set list of an UPDATE statement.
-DELETE a WHERE id = MAX(id)
---> Msg 147, Level 15, State 1, Line 1: An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING clause or a select list, and the column being aggregated is an outer reference.
+SELECT x.nosuch FROM a x --> Msg 207, Level 16, State 1, Line 2: Invalid column name 'nosuch'.
+WITH c AS (SELECT 1 AS n UNION ALL SELECT c.n + 1 FROM a LEFT JOIN c ON c.n = a.id) SELECT n FROM c --> Msg 462, Level 16, State 1, Line 1: Outer join is not allowed in the recursive part of a recursive common table expression 'c'.
+WITH c AS (SELECT 1 AS n UNION ALL SELECT MAX(n) + 1 FROM c) SELECT n FROM c --> Msg 467, Level 16, State 1, Line 1: GROUP BY, HAVING, or aggregate functions are not allowed in the recursive part of a recursive common table expression 'c'.
+UPDATE a SET id = MAX(id) --> Msg 157, Level 15, State 1, Line 1: An aggregate may not appear in the set list of an UPDATE statement.
+DELETE a WHERE id = MAX(id) --> Msg 147, Level 15, State 1, Line 1: An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING clause or a select list, and the column being aggregated is an outer reference.
 SELECT 'many' FROM a HAVING COUNT(*) > 1
 SELECT 'none' AS how, 1 AS n FROM a WHERE 1 = 0 HAVING COUNT(*) = 0 ORDER BY n
 SELECT 1 WHERE EXISTS (SELECT 1 FROM a HAVING COUNT(*) > 1000)
 SELECT SUM(id) FROM a HAVING 1 = 1
---> - varchar(4)
---> many (1 rows)
---> how varchar(4) | n int
---> none | 1 (1 rows)
+--> - varchar(4) = many (1 rows)
+--> how varchar(4) = none | n int = 1 (1 rows)
 --> - int (0 rows)
---> - int?
---> 10 (1 rows)
+--> - int? = 10 (1 rows)
 -- variables that rows assign one after the other, in order; a subquery's columns are none of theirs; money as written
 CREATE TABLE piece (id int, n varchar(10), m money)
 INSERT piece VALUES (3, 'c', $1.5), (1, 'a', $20), (2, 'b', -$.25)
@@ -146,60 +117,40 @@ SELECT TOP (2) @l = @l + a.n + b.n + ' ', @i = @i + 1, @x = (SELECT MAX(n) FROM 
 SELECT @l, @i, @x, @@ROWCOUNT
 SELECT $5 a, $1.23456 b, -$2 c, $1 + 1 d, 2 * $1.10 e
 --> (3 changed)
---> - varchar(100)? | - int? | - varchar(100)?
---> a,b,c, | 6 | [c], [b] (1 rows)
---> - varchar(100)? | - int? | - varchar(10)? | - int?
---> ac ab  | 2 | a | 2 (1 rows)
---> a money | b money | c money | d money? | e money?
---> 5.0000 | 1.2346 | -2.0000 | 2.0000 | 2.2000 (1 rows)
+--> - varchar(100)? = a,b,c, | - int? = 6 | - varchar(100)? = [c], [b] (1 rows)
+--> - varchar(100)? = ac ab  | - int? = 2 | - varchar(10)? = a | - int? = 2 (1 rows)
+--> a money = 5.0000 | b money = 1.2346 | c money = -2.0000 | d money? = 2.0000 | e money? = 2.2000 (1 rows)
 DECLARE @a int
-SELECT @a = id, n FROM piece
---> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
+SELECT @a = id, n FROM piece --> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
 DECLARE @a int, @b int
-SELECT @a = (SELECT @b = 1)
---> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
+SELECT @a = (SELECT @b = 1) --> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
 -- TOP takes a number, or brackets with anything whole that reads no column; a backslash at its end continues a line
 SELECT TOP (SELECT 1 + 1) i, 'a\
 b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i
 --> i int | - varchar(3)
 --> 1 | ab\
 --> 2 | ab\ (2 rows)
-SELECT TOP 1.5 i FROM (VALUES (1)) v (i)
---> Msg 1060, Level 15, State 1, Line 1: The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
-SELECT TOP (i) i FROM (VALUES (1)) v (i)
---> Msg 207, Level 16, State 1, Line 1: Invalid column name 'i'.
+SELECT TOP 1.5 i FROM (VALUES (1)) v (i) --> Msg 1060, Level 15, State 1, Line 1: The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
+SELECT TOP (i) i FROM (VALUES (1)) v (i) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'i'.
 DECLARE @n int
-SELECT TOP @n 1
---> Msg 102, Level 15, State 1, Line 2: Incorrect syntax near '@n'.
-DELETE TOP 1 FROM t
---> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
+SELECT TOP @n 1 --> Msg 102, Level 15, State 1, Line 2: Incorrect syntax near '@n'.
+DELETE TOP 1 FROM t --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
 -- a common table sees those before it, and a name is given once
 WITH a AS (SELECT 1 AS x), b AS (SELECT x + 1 AS x FROM a), a2 AS (SELECT x FROM b UNION ALL SELECT x + 1 FROM a2 WHERE x < 3) SELECT x FROM a2
 --> x int?
 --> 2
 --> 3 (2 rows)
-WITH a AS (SELECT x FROM later), later AS (SELECT 1 AS x) SELECT x FROM a
---> Msg 208, Level 16, State 1, Line 1: Invalid object name 'later'.
-WITH a AS (SELECT 1 AS x), A AS (SELECT 2 AS x) SELECT x FROM a
---> Msg 239, Level 16, State 1, Line 1: Duplicate common table expression name 'A' was specified.
-SELECT 1 AS x, 2 AS x ORDER BY x
---> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'x'.
-SELECT id FROM a UNION SELECT 99 ORDER BY id + 1
---> Msg 104, Level 16, State 1, Line 1: ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT operator.
+WITH a AS (SELECT x FROM later), later AS (SELECT 1 AS x) SELECT x FROM a --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'later'.
+WITH a AS (SELECT 1 AS x), A AS (SELECT 2 AS x) SELECT x FROM a --> Msg 239, Level 16, State 1, Line 1: Duplicate common table expression name 'A' was specified.
+SELECT 1 AS x, 2 AS x ORDER BY x --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'x'.
+SELECT id FROM a UNION SELECT 99 ORDER BY id + 1 --> Msg 104, Level 16, State 1, Line 1: ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT operator.
 -- places that take no subquery
-PRINT 'rows: ' + STR((SELECT 1))
---> Msg 1046, Level 15, State 1, Line 2: Subqueries are not allowed in this context. Only scalar expressions are allowed.
-CREATE TABLE of_one (a int DEFAULT (SELECT 1))
---> Msg 1046, Level 15, State 1, Line 1: Subqueries are not allowed in this context. Only scalar expressions are allowed.
-CREATE TABLE of_one (a int CHECK (EXISTS (SELECT 1)))
---> Msg 1046, Level 15, State 1, Line 1: Subqueries are not allowed in this context. Only scalar expressions are allowed.
-SELECT 1 FROM a, a AS b JOIN a AS c ON c.id = a.id
---> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "a.id" could not be bound.
-SELECT a FROM (VALUES (1, 2), (3)) v (a, b)
---> Msg 10709, Level 15, State 1, Line 1: The number of columns for each row in a table value constructor must be the same.
+PRINT 'rows: ' + STR((SELECT 1)) --> Msg 1046, Level 15, State 1, Line 2: Subqueries are not allowed in this context. Only scalar expressions are allowed.
+CREATE TABLE of_one (a int DEFAULT (SELECT 1)) --> Msg 1046, Level 15, State 1, Line 1: Subqueries are not allowed in this context. Only scalar expressions are allowed.
+CREATE TABLE of_one (a int CHECK (EXISTS (SELECT 1))) --> Msg 1046, Level 15, State 1, Line 1: Subqueries are not allowed in this context. Only scalar expressions are allowed.
+SELECT 1 FROM a, a AS b JOIN a AS c ON c.id = a.id --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "a.id" could not be bound.
+SELECT a FROM (VALUES (1, 2), (3)) v (a, b) --> Msg 10709, Level 15, State 1, Line 1: The number of columns for each row in a table value constructor must be the same.
 -- an error at the end
 SELECT 1 WHERE 'on' 
-
---> Msg 4145, Level 15, State 1, Line 2: An expression of non-boolean type specified in a context where a condition is expected, near 'on'.
-BEGIN PRINT 'no end'
---> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'no end'.
+ --> Msg 4145, Level 15, State 1, Line 2: An expression of non-boolean type specified in a context where a condition is expected, near 'on'.
+BEGIN PRINT 'no end' --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'no end'.

@@ -1,8 +1,7 @@
 CREATE TABLE part (id int IDENTITY PRIMARY KEY, code varchar(10) NOT NULL UNIQUE, n int DEFAULT 7, parent int NULL)
 INSERT part (code, n, parent) VALUES ('a',1,NULL),('b',2,1),('c',3,1),('d',4,3)
 CREATE TABLE slot (pos int PRIMARY KEY CHECK (pos > 0), what varchar(10))
-INSERT slot VALUES (1,'x'),(2,'y'),(3,'z')
---> (4 changed) (3 changed)
+INSERT slot VALUES (1,'x'),(2,'y'),(3,'z') --> (4 changed) (3 changed)
 -- table variables
 DECLARE @t TABLE (id int IDENTITY(5,1) PRIMARY KEY, code varchar(10) UNIQUE, at int NOT NULL DEFAULT 3), @n int = 2
 INSERT INTO @t (code) SELECT code FROM part WHERE id > @n
@@ -18,8 +17,7 @@ INSERT @t (code, at) VALUES ('r', NULL)
 --> id int* | code varchar(10)? | at int
 --> 6 | d | 4
 --> 7 | q | 3 (2 rows)
---> code varchar(10)?
---> d (1 rows)
+--> code varchar(10)? = d (1 rows)
 --> Msg 2627, Level 14, State 1, Line 10: Violation of UNIQUE KEY constraint 'UQ__@t__1_3'. Cannot insert duplicate key in object 'dbo.@t'. The duplicate key value is (Q). (3621)
 --> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'at', table '@t'; column does not allow nulls. INSERT fails. (3621)
 DECLARE @t TABLE (a int)
@@ -27,13 +25,11 @@ SELECT COUNT(*) FROM @t
 DECLARE @i int = 0
 WHILE @i < 2 BEGIN DECLARE @u TABLE (a int); INSERT @u VALUES (@i); SET @i += 1 END
 SELECT * FROM @u
---> - int?
---> 0 (1 rows) (1 changed) (1 changed)
+--> - int? = 0 (1 rows) (1 changed) (1 changed)
 --> a int?
 --> 0
 --> 1 (2 rows)
-CREATE PROCEDURE fill AS DECLARE @t TABLE (a int) INSERT @t VALUES (8) SELECT a FROM @t
-GO
+CREATE PROCEDURE fill AS DECLARE @t TABLE (a int) INSERT @t VALUES (8) SELECT a FROM @t -->
 -- each scope has its own; ROLLBACK leaves them alone
 DECLARE @t TABLE (a int, b varchar(5))
 INSERT @t VALUES (1, 'one')
@@ -55,8 +51,7 @@ SELECT * FROM @late
 SELECT COUNT(*) FROM part
 --> (1 changed) (1 changed) (1 changed) (2 changed) (1 changed) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 14: Violation of UNIQUE KEY constraint 'UQ__@late__11_12'. Cannot insert duplicate key in object 'dbo.@late'. The duplicate key value is (5). (3621) (1 changed)
---> a int?
---> 8 (1 rows) (1 changed)
+--> a int? = 8 (1 rows) (1 changed)
 --> a int? | b varchar(5)?
 --> 1 | one
 --> 2 | two
@@ -66,16 +61,11 @@ SELECT COUNT(*) FROM part
 --> 2 | 6
 --> 3 | 9
 --> 4 | 5 (4 rows)
---> - int?
---> 4 (1 rows)
-SELECT * FROM @t
---> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
-DECLARE @t int SELECT * FROM @t
---> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
-DECLARE @t TABLE (a int) PRINT @t
---> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@t".
-DECLARE @t TABLE (a int), @T int
---> Msg 134, Level 15, State 1, Line 1: The variable name '@T' has already been declared. Variable names must be unique within a query batch or stored procedure.
+--> - int? = 4 (1 rows)
+SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
+DECLARE @t int SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
+DECLARE @t TABLE (a int) PRINT @t --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@t".
+DECLARE @t TABLE (a int), @T int --> Msg 134, Level 15, State 1, Line 1: The variable name '@T' has already been declared. Variable names must be unique within a query batch or stored procedure.
 -- OUTPUT
 DECLARE @ids TABLE (id int, code varchar(10))
 INSERT part (code) OUTPUT inserted.id, inserted.n * 2 AS twice, inserted.code AS [c d] VALUES ('e'), ('f')
@@ -100,22 +90,16 @@ SELECT @got
 --> 6 | 107
 --> 7 | 107
 --> 8 | 101 (3 rows)
---> code varchar(10)
---> g (1 rows)
---> code varchar(10) | n int?
---> e | 107 (1 rows) (2 changed)
---> - int?
---> 2 (1 rows)
+--> code varchar(10) = g (1 rows)
+--> code varchar(10) = e | n int? = 107 (1 rows) (2 changed)
+--> - int? = 2 (1 rows)
 --> d int? | code varchar(10)?
 --> 0 | f
 --> 1 | g
 --> 1 | g (3 rows) (1 changed)
---> - int?
---> 11 (1 rows)
-UPDATE part SET n = 1 OUTPUT deleted.n
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support deleted rows in the OUTPUT of UPDATE.
-DECLARE @a int UPDATE part SET @a = n
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
+--> - int? = 11 (1 rows)
+UPDATE part SET n = 1 OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support deleted rows in the OUTPUT of UPDATE.
+DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
 -- rows may take over each other's keys
 UPDATE slot SET pos = pos + 1
 UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what
@@ -129,10 +113,8 @@ SELECT * FROM slot ORDER BY pos
 --> 2 | z
 --> 3 | y
 --> 4 | x (3 rows)
-UPDATE slot SET pos = 5
---> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__slot__5_6'. Cannot insert duplicate key in object 'dbo.slot'. The duplicate key value is (5). (3621)
-UPDATE slot SET pos = pos - 2
---> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK__slot__5_7". The conflict occurred in database "master", table "dbo.slot", column 'pos'. (3621)
+UPDATE slot SET pos = 5 --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__slot__5_6'. Cannot insert duplicate key in object 'dbo.slot'. The duplicate key value is (5). (3621)
+UPDATE slot SET pos = pos - 2 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK__slot__5_7". The conflict occurred in database "master", table "dbo.slot", column 'pos'. (3621)
 SELECT MIN(pos) FROM slot
 -- common tables: before changes, and recursive
 ;WITH s AS (SELECT id, n FROM part WHERE n > 2) DELETE p FROM part p JOIN s ON s.id = p.id WHERE s.n = 4;
@@ -144,8 +126,7 @@ WITH tree AS (SELECT id, code, 0 AS level, CAST(code AS varchar(50)) AS path FRO
 SELECT code, level, path FROM tree ORDER BY path;
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 150) SELECT COUNT(*), SUM(i) FROM n OPTION (MAXRECURSION 200)
 INSERT #none SELECT 1
---> - int?
---> 2 (1 rows) (1 changed) (1 changed) (1 changed)
+--> - int? = 2 (1 rows) (1 changed) (1 changed) (1 changed)
 --> code varchar(10) | n int?
 --> a | 11
 --> b | 2
@@ -155,22 +136,14 @@ INSERT #none SELECT 1
 --> a | 0 | a
 --> b | 1 | a/b
 --> c | 1 | a/c (3 rows)
---> - int? | - int?
---> 150 | 11325 (1 rows)
+--> - int? = 150 | - int? = 11325 (1 rows)
 --> Msg 208, Level 16, State 1, Line 11: Invalid object name '#none'.
-WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 101) SELECT COUNT(*) FROM n
---> - int?
---> 101 (1 rows)
-WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 102) SELECT COUNT(*) FROM n
---> Msg 530, Level 16, State 1, Line 1: The statement terminated. The maximum recursion 100 has been exhausted before statement completion.
-WITH n (i) AS (SELECT 'a' UNION ALL SELECT i + 'b' FROM n) SELECT i FROM n
---> Msg 240, Level 16, State 1, Line 1: Types don't match between the anchor and the recursive part in column "i" of recursive query "n".
-WITH n (i) AS (SELECT 1 UNION ALL SELECT DISTINCT i + 1 FROM n) SELECT i FROM n
---> Msg 460, Level 16, State 1, Line 1: DISTINCT operator is not allowed in the recursive part of a recursive common table expression 'n'.
-WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n
---> Msg 253, Level 16, State 1, Line 1: Recursive member of a common table expression 'n' has multiple recursive references.
-WITH part AS (SELECT 1 AS id) DELETE FROM part
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a common table expression ('part').
+WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 101) SELECT COUNT(*) FROM n --> - int? = 101 (1 rows)
+WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 102) SELECT COUNT(*) FROM n --> Msg 530, Level 16, State 1, Line 1: The statement terminated. The maximum recursion 100 has been exhausted before statement completion.
+WITH n (i) AS (SELECT 'a' UNION ALL SELECT i + 'b' FROM n) SELECT i FROM n --> Msg 240, Level 16, State 1, Line 1: Types don't match between the anchor and the recursive part in column "i" of recursive query "n".
+WITH n (i) AS (SELECT 1 UNION ALL SELECT DISTINCT i + 1 FROM n) SELECT i FROM n --> Msg 460, Level 16, State 1, Line 1: DISTINCT operator is not allowed in the recursive part of a recursive common table expression 'n'.
+WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n --> Msg 253, Level 16, State 1, Line 1: Recursive member of a common table expression 'n' has multiple recursive references.
+WITH part AS (SELECT 1 AS id) DELETE FROM part --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a common table expression ('part').
 -- what a change takes for its identity is the change's own; keys that another table needs stay
 CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i))
 INSERT node (k, p) VALUES ('a', NULL), ('b', 1)
@@ -181,8 +154,7 @@ UPDATE node SET k = CASE k WHEN 'a' THEN 'b' ELSE 'a' END WHERE k < 'c'
 UPDATE TOP (1) node SET k = 'a' WHERE k = 'b'
 SELECT i, k FROM node ORDER BY k
 --> (2 changed) (1 changed)
---> s decimal(38,0)? | x int* | i int?
---> 3 | 70 | 3 (1 rows) (2 changed)
+--> s decimal(38,0)? = 3 | x int* = 70 | i int? = 3 (1 rows) (2 changed)
 --> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__node__9_11'. Cannot insert duplicate key in object 'dbo.node'. The duplicate key value is (a). (3621)
 --> i int* | k varchar(5)?
 --> 2 | a
@@ -209,15 +181,9 @@ SELECT id FROM #both
 --> 1
 --> 2
 --> NULL (3 rows)
-SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q
---> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'INTO'.
+SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'INTO'.
 -- a new database's catalogue is empty, not missing
-CREATE DATABASE newborn
-GO
-SELECT COUNT(*) FROM newborn.sys.tables
---> - int?
---> 0 (1 rows)
-IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once
---> Msg 2714, Level 16, State 1, Line 1: There is already an object named '#once' in the database.
-CREATE PROC makes_twice AS CREATE TABLE #once (a int) DROP TABLE #once CREATE TABLE #Once (b int)
---> Msg 2714, Level 16, State 1, Line 1, Procedure makes_twice: There is already an object named '#Once' in the database.
+CREATE DATABASE newborn -->
+SELECT COUNT(*) FROM newborn.sys.tables --> - int? = 0 (1 rows)
+IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once --> Msg 2714, Level 16, State 1, Line 1: There is already an object named '#once' in the database.
+CREATE PROC makes_twice AS CREATE TABLE #once (a int) DROP TABLE #once CREATE TABLE #Once (b int) --> Msg 2714, Level 16, State 1, Line 1, Procedure makes_twice: There is already an object named '#Once' in the database.

@@ -18,63 +18,35 @@ SELECT LEN(REPLACE(REPLICATE('x', 5000), 'x', 'yy')) a, LEN(STUFF(REPLICATE('x',
 SELECT value FROM STRING_SPLIT('', ',')
 SELECT value FROM STRING_SPLIT('a,,"b\', ',')
 SELECT value FROM STRING_SPLIT(NULL, ',')
---> a int? | b int? | c int? | d int? | e int? | f int? | g int?
---> 4 | 4 | 0 | 0 | 2 | 3 | NULL (1 rows)
---> a nvarchar(2)? | b nvarchar(1)? | c nvarchar(2)? | d nvarchar(1)? | e nvarchar(4)? | f nvarchar(4)? | g int? | h int? | i nchar(1)? | j nchar(1)?
---> 😀 |  | 😀 |  | b | b😀a | 3 | 55357 | € | NULL (1 rows)
---> a nvarchar(3)? | b nvarchar(4)?
---> 😀 | 😀😀 (1 rows)
---> a char(1)? | b char(1)? | c int? | d int? | e int? | f char(1)? | g char(1)? | h int?
---> € | ä | 128 | 63 | NULL | NULL | NULL | NULL (1 rows)
---> a varchar(4)? | b varchar(5)? | c varchar(3)? | d varchar(5)? | e varchar(3)? | f varchar(1)? | g varchar(2)? | h varchar(3)?
---> [a] | [a] | [] | [bc] | [] | NULL | | | abc (1 rows)
---> a varchar(8000)? | b varchar(8000)? | c varchar(8000)? | d varchar(8000)? | e varchar(8000)? | f varchar(8000)? | g varchar(8000)? | h varchar(8000)?
---> NULL | NULL | abxyz | xabc | ac | NULL | NULL | NULL (1 rows)
---> a varchar(8000)? | b varchar(8000)? | c varchar(8000)? | d varchar(8000)? | e varchar(8000)?
---> abc | | | ba | NULL | ac (1 rows)
---> a int? | b int? | c int? | d int? | e int? | f int? | g bigint?
---> 0 | 0 | 3 | 0 | 0 | NULL | 2 (1 rows)
---> a int? | b int? | c int? | d int? | e int? | f int? | g int? | h int?
---> 2 | 0 | 1 | 3 | 3 | 1 | NULL | 4 (1 rows)
---> a int? | b int? | c int? | d int? | e int? | f int?
---> 1 | NULL | NULL | 1 | 0 | 1 (1 rows)
---> a varchar(6)? | b varchar(2)? | c varchar(10)? | d varchar(10)? | e varchar(5)? | f varchar(8)? | g varchar(3)? | h varchar(10)? | i varchar(25)?
--->  123.5 | ** |        123 |          0 | NULL |     2.50 | *** | NULL |     100000000000000000000 (1 rows)
---> a nvarchar(258)? | b nvarchar(258)? | c nvarchar(258)? | d nvarchar(258)? | e nvarchar(258)? | f nvarchar(258)? | g nvarchar(258)? | h nvarchar(258)? | i nvarchar(258)? | j nvarchar(258)?
---> [a]]b] | "a""b" | <a>>b> | (a))b) | {a}}b} | `a``b` | 'it''s' | NULL | NULL | NULL (1 rows)
---> a varchar(8000)? | b varchar(8000)? | c varchar(8000)? | d int? | e varchar(8)? | f varchar(4)? | g nvarchar(8)? | h nvarchar(2)?
---> | | NULL | | | 8000 | [a b] | [	a] | STRAßE É | àž (1 rows)
---> a varchar(61)? | b varchar(67)? | c varchar(32)? | d varchar(62)? | e varchar(35)? | f varchar(32)?
---> | | 12.50x | ab | | | a, , b | <2026-11-21> (1 rows)
---> a int? | b int? | c int? | d int? | e bigint?
---> 8000 | 8000 | 8000 | 4000 | 10000 (1 rows)
---> value varchar(1)?
--->  (1 rows)
+--> a int? = 4 | b int? = 4 | c int? = 0 | d int? = 0 | e int? = 2 | f int? = 3 | g int? = NULL (1 rows)
+--> a nvarchar(2)? = 😀 | b nvarchar(1)? =  | c nvarchar(2)? = 😀 | d nvarchar(1)? =  | e nvarchar(4)? = b | f nvarchar(4)? = b😀a | g int? = 3 | h int? = 55357 | i nchar(1)? = € | j nchar(1)? = NULL (1 rows)
+--> a nvarchar(3)? = 😀 | b nvarchar(4)? = 😀😀 (1 rows)
+--> a char(1)? = € | b char(1)? = ä | c int? = 128 | d int? = 63 | e int? = NULL | f char(1)? = NULL | g char(1)? = NULL | h int? = NULL (1 rows)
+--> a varchar(4)? = [a] | b varchar(5)? = [a] | c varchar(3)? = [] | d varchar(5)? = [bc] | e varchar(3)? = [] | f varchar(1)? = NULL | g varchar(2)? = | | h varchar(3)? = abc (1 rows)
+--> a varchar(8000)? = NULL | b varchar(8000)? = NULL | c varchar(8000)? = abxyz | d varchar(8000)? = xabc | e varchar(8000)? = ac | f varchar(8000)? = NULL | g varchar(8000)? = NULL | h varchar(8000)? = NULL (1 rows)
+--> a varchar(8000)? = abc | b varchar(8000)? = | | c varchar(8000)? = ba | d varchar(8000)? = NULL | e varchar(8000)? = ac (1 rows)
+--> a int? = 0 | b int? = 0 | c int? = 3 | d int? = 0 | e int? = 0 | f int? = NULL | g bigint? = 2 (1 rows)
+--> a int? = 2 | b int? = 0 | c int? = 1 | d int? = 3 | e int? = 3 | f int? = 1 | g int? = NULL | h int? = 4 (1 rows)
+--> a int? = 1 | b int? = NULL | c int? = NULL | d int? = 1 | e int? = 0 | f int? = 1 (1 rows)
+--> a varchar(6)? =  123.5 | b varchar(2)? = ** | c varchar(10)? =        123 | d varchar(10)? =          0 | e varchar(5)? = NULL | f varchar(8)? =     2.50 | g varchar(3)? = *** | h varchar(10)? = NULL | i varchar(25)? =     100000000000000000000 (1 rows)
+--> a nvarchar(258)? = [a]]b] | b nvarchar(258)? = "a""b" | c nvarchar(258)? = <a>>b> | d nvarchar(258)? = (a))b) | e nvarchar(258)? = {a}}b} | f nvarchar(258)? = `a``b` | g nvarchar(258)? = 'it''s' | h nvarchar(258)? = NULL | i nvarchar(258)? = NULL | j nvarchar(258)? = NULL (1 rows)
+--> a varchar(8000)? = | | b varchar(8000)? = NULL | c varchar(8000)? = | | d int? = 8000 | e varchar(8)? = [a b] | f varchar(4)? = [	a] | g nvarchar(8)? = STRAßE É | h nvarchar(2)? = àž (1 rows)
+--> a varchar(61)? = | | b varchar(67)? = 12.50x | c varchar(32)? = ab | d varchar(62)? = | | e varchar(35)? = a, , b | f varchar(32)? = <2026-11-21> (1 rows)
+--> a int? = 8000 | b int? = 8000 | c int? = 8000 | d int? = 4000 | e bigint? = 10000 (1 rows)
+--> value varchar(1)? =  (1 rows)
 --> value varchar(6)?
 --> a
 --> 
 --> "b\ (3 rows)
 --> value int? (0 rows)
-SELECT value FROM STRING_SPLIT('a', ',;')
---> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
-SELECT LEFT('abc', -1)
---> Msg 537, Level 16, State 3, Line 1: Invalid length parameter passed to the LEFT or SUBSTRING function.
-SELECT RIGHT('abc', -1)
---> Msg 536, Level 16, State 1, Line 1: Invalid length parameter passed to the right function.
-SELECT SUBSTRING('abc', 1, -1)
---> Msg 537, Level 16, State 3, Line 1: Invalid length parameter passed to the LEFT or SUBSTRING function.
-SELECT NCHAR(55357)
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support NCHAR of half a character.
-SELECT LEN()
---> Msg 174, Level 15, State 1, Line 1: The len function requires 1 argument(s).
-SELECT CONCAT('a')
---> Msg 189, Level 15, State 1, Line 1: The concat function requires 2 to 254 arguments.
-SELECT CHOOSE(0, 'a', 'b') a, CHOOSE(3, 'a', 'b') b, CHOOSE(NULL, 'a') c, CHOOSE(1.9, 'a', 'b') d, CHOOSE(2, 1, 2.5) e, ISNULL(CAST(NULL AS varchar(2)), 'long') f, ISNULL(NULL, 'long') g, NULLIF('a', 'A ') h, NULLIF(1, 1.5) i, IIF(1 = 1, NULL, 2) j
---> a varchar(1)? | b varchar(1)? | c varchar(1)? | d varchar(1)? | e decimal(11,1)? | f varchar(2) | g varchar(4) | h varchar(1)? | i int? | j int?
---> NULL | NULL | NULL | a | 2.5 | lo | long | NULL | 1 | NULL (1 rows)
-SELECT NULLIF(NULL, 1)
---> Msg 4151, Level 16, State 1, Line 1: The type of the first argument to NULLIF cannot be the NULL constant because the type of the first argument has to be known.
-SELECT COALESCE(NULL, NULL)
---> Msg 4127, Level 16, State 1, Line 1: At least one of the arguments to COALESCE must be an expression that is not the NULL constant.
-SELECT LEN(REPLACE(REPLICATE(CAST('a' AS varchar(max)), 20000), 'a', REPLICATE('b', 8000)))
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support REPLACE beyond 100,000,000 bytes.
+SELECT value FROM STRING_SPLIT('a', ',;') --> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
+SELECT LEFT('abc', -1) --> Msg 537, Level 16, State 3, Line 1: Invalid length parameter passed to the LEFT or SUBSTRING function.
+SELECT RIGHT('abc', -1) --> Msg 536, Level 16, State 1, Line 1: Invalid length parameter passed to the right function.
+SELECT SUBSTRING('abc', 1, -1) --> Msg 537, Level 16, State 3, Line 1: Invalid length parameter passed to the LEFT or SUBSTRING function.
+SELECT NCHAR(55357) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support NCHAR of half a character.
+SELECT LEN() --> Msg 174, Level 15, State 1, Line 1: The len function requires 1 argument(s).
+SELECT CONCAT('a') --> Msg 189, Level 15, State 1, Line 1: The concat function requires 2 to 254 arguments.
+SELECT CHOOSE(0, 'a', 'b') a, CHOOSE(3, 'a', 'b') b, CHOOSE(NULL, 'a') c, CHOOSE(1.9, 'a', 'b') d, CHOOSE(2, 1, 2.5) e, ISNULL(CAST(NULL AS varchar(2)), 'long') f, ISNULL(NULL, 'long') g, NULLIF('a', 'A ') h, NULLIF(1, 1.5) i, IIF(1 = 1, NULL, 2) j --> a varchar(1)? = NULL | b varchar(1)? = NULL | c varchar(1)? = NULL | d varchar(1)? = a | e decimal(11,1)? = 2.5 | f varchar(2) = lo | g varchar(4) = long | h varchar(1)? = NULL | i int? = 1 | j int? = NULL (1 rows)
+SELECT NULLIF(NULL, 1) --> Msg 4151, Level 16, State 1, Line 1: The type of the first argument to NULLIF cannot be the NULL constant because the type of the first argument has to be known.
+SELECT COALESCE(NULL, NULL) --> Msg 4127, Level 16, State 1, Line 1: At least one of the arguments to COALESCE must be an expression that is not the NULL constant.
+SELECT LEN(REPLACE(REPLICATE(CAST('a' AS varchar(max)), 20000), 'a', REPLICATE('b', 8000))) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support REPLACE beyond 100,000,000 bytes.

@@ -18,15 +18,12 @@ ROLLBACK TRAN @name
 SELECT @@TRANCOUNT, XACT_STATE(), COUNT(*) FROM t
 SAVE TRAN nothing
 --> (1 changed) (1 changed) (1 changed)
---> - int? | - smallint? | - int?
---> 2 | 1 | 2 (1 rows)
+--> - int? = 2 | - smallint? = 1 | - int? = 2 (1 rows)
 --> Msg 6401, Level 16, State 1, Line 12: Cannot roll back inner_one. No transaction or savepoint of that name was found.
 --> Msg 2627, Level 14, State 1, Line 14: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
 --> Msg 2627, Level 14, State 1, Line 15: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (5). (3621)
---> - int? | - int?
---> 1 | 2 (1 rows)
---> - int? | - smallint? | - int?
---> 0 | 0 | 0 (1 rows)
+--> - int? = 1 | - int? = 2 (1 rows)
+--> - int? = 0 | - smallint? = 0 | - int? = 0 (1 rows)
 --> Msg 628, Level 16, State 1, Line 19: Cannot issue SAVE TRANSACTION when there is no active transaction.
 -- an error that ends the batch dooms the transaction when it is caught
 BEGIN TRY
@@ -46,13 +43,11 @@ SELECT COUNT(*) FROM t
 --> (1 changed)
 --> - int? (0 rows)
 --> -1 Conversion failed when converting the varchar value 'x' to data type int.
---> - int?
---> 1 (1 rows) (0 changed)
+--> - int? = 1 (1 rows) (0 changed)
 --> 3930
 --> The current transaction cannot be committed and cannot support operations that write to the log file. Roll back the transaction.
 --> 0
---> - int?
---> 0 (1 rows)
+--> - int? = 0 (1 rows)
 -- one that does not, leaves it as it is
 BEGIN TRY
     BEGIN TRAN
@@ -66,8 +61,7 @@ END CATCH
 SELECT COUNT(*) FROM t
 --> (1 changed) (0 changed)
 --> 1
---> - int?
---> 1 (1 rows)
+--> - int? = 1 (1 rows)
 SET XACT_ABORT ON
 BEGIN TRY
     BEGIN TRAN
@@ -87,30 +81,22 @@ BEGIN TRAN
 INSERT t VALUES (2)
 INSERT t VALUES (1)
 PRINT 'not reached'
---> - int? | - int?
---> 0 | 1 (1 rows) (1 changed)
+--> - int? = 0 | - int? = 1 (1 rows) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 4: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1).
 SELECT @@TRANCOUNT, COUNT(*) FROM t
-SET XACT_ABORT OFF
---> - int? | - int?
---> 0 | 1 (1 rows)
-CREATE PROCEDURE leaves_open AS BEGIN TRAN
-GO
-CREATE PROCEDURE rolls_back AS ROLLBACK
-GO
+SET XACT_ABORT OFF --> - int? = 0 | - int? = 1 (1 rows)
+CREATE PROCEDURE leaves_open AS BEGIN TRAN -->
+CREATE PROCEDURE rolls_back AS ROLLBACK -->
 EXEC leaves_open
 SELECT @@TRANCOUNT
 EXEC rolls_back
 SELECT @@TRANCOUNT
 --> Msg 266, Level 16, State 2, Line 0, Procedure leaves_open: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 0, current count = 1.
---> - int?
---> 1 (1 rows)
+--> - int? = 1 (1 rows)
 --> Msg 266, Level 16, State 2, Line 0, Procedure rolls_back: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 1, current count = 0.
---> - int?
---> 0 (1 rows)
+--> - int? = 0 (1 rows)
 -- a missing object is not seen by the CATCH block of its own batch or procedure
-CREATE PROCEDURE misses AS BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH
-GO
+CREATE PROCEDURE misses AS BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH -->
 BEGIN TRY EXEC misses END TRY BEGIN CATCH PRINT 'outside: ' + ERROR_MESSAGE() + ' in ' + ERROR_PROCEDURE() END CATCH
 BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH
 PRINT 'not reached'
@@ -118,11 +104,8 @@ PRINT 'not reached'
 --> Msg 208, Level 16, State 1, Line 2: Invalid object name 'nosuch'.
 BEGIN TRAN
 INSERT t VALUES (9)
-SELECT FROM t
---> Msg 156, Level 15, State 1, Line 3: Incorrect syntax near the keyword 'FROM'.
-SELECT @@TRANCOUNT, COUNT(*) FROM t
---> - int? | - int?
---> 0 | 1 (1 rows)
+SELECT FROM t --> Msg 156, Level 15, State 1, Line 3: Incorrect syntax near the keyword 'FROM'.
+SELECT @@TRANCOUNT, COUNT(*) FROM t --> - int? = 0 | - int? = 1 (1 rows)
 -- what looks into tables begins a transaction of its own accord
 SET IMPLICIT_TRANSACTIONS ON
 SELECT 1, @@TRANCOUNT
@@ -137,16 +120,11 @@ BEGIN TRAN
 SELECT @@TRANCOUNT
 ROLLBACK
 SET IMPLICIT_TRANSACTIONS OFF
---> - int | - int?
---> 1 | 0 (1 rows)
---> - int?
---> 1 (1 rows)
---> - int?
---> 1 (1 rows) (1 changed)
---> - int?
---> 0 (1 rows)
---> - int?
---> 2 (1 rows)
+--> - int = 1 | - int? = 0 (1 rows)
+--> - int? = 1 (1 rows)
+--> - int? = 1 (1 rows) (1 changed)
+--> - int? = 0 (1 rows)
+--> - int? = 2 (1 rows)
 -- what has been given out as an identity is not given out again, whatever becomes of the row
 CREATE TABLE ticket (id int IDENTITY(10,1), a int UNIQUE)
 BEGIN TRAN
@@ -175,15 +153,13 @@ SELECT id, a FROM ticket
 --> id int* | a int? | now decimal(38,0)?
 --> 12 | 3 | 17
 --> 17 | 6 | 17 (2 rows) (1 changed)
---> id int* | a int?
---> 10 | 7 (1 rows) (1 changed)
+--> id int* = 10 | a int? = 7 (1 rows) (1 changed)
 --> id int* | a int?
 --> 12 | 3
 --> 17 | 6
 --> 18 | 8 (3 rows)
 -- what a procedure sets ends with it, also when an error ends it
-CREATE PROCEDURE sets_and_fails AS SET NOCOUNT ON SET XACT_ABORT ON SELECT 1/0
-GO
+CREATE PROCEDURE sets_and_fails AS SET NOCOUNT ON SET XACT_ABORT ON SELECT 1/0 -->
 BEGIN TRY EXEC sets_and_fails END TRY BEGIN CATCH PRINT ERROR_LINE() END CATCH
 EXEC ('SET XACT_ABORT ON')
 INSERT t VALUES (1)
@@ -200,6 +176,5 @@ EXEC sp_executesql N'COMMIT'
 --> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 1, current count = 0.
 -- what a statement within TRY has done when it fails, is told
 BEGIN TRY SELECT 6 / a FROM (VALUES (3), (0)) v (a) END TRY BEGIN CATCH PRINT ERROR_NUMBER() END CATCH
---> - int?
---> 2 (1 rows)
+--> - int? = 2 (1 rows)
 --> 8134

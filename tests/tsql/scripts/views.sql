@@ -1,12 +1,8 @@
 CREATE TABLE item (id int NOT NULL PRIMARY KEY, name varchar(20), price decimal(8,2))
-INSERT item VALUES (1,'pen',1.20),(2,'ink',4.00),(3,'Pad',2.50)
---> (3 changed)
-CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3;
-GO
-CREATE VIEW named (nr, word) WITH SCHEMABINDING AS SELECT TOP 10 id, UPPER(name) FROM dbo.item ORDER BY name DESC
-GO
-CREATE OR ALTER VIEW dbo.nested AS WITH c AS (SELECT * FROM cheap) SELECT c.name, n.word FROM c JOIN named n ON n.nr = c.id UNION ALL SELECT 'x', NULL
-GO
+INSERT item VALUES (1,'pen',1.20),(2,'ink',4.00),(3,'Pad',2.50) --> (3 changed)
+CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3; -->
+CREATE VIEW named (nr, word) WITH SCHEMABINDING AS SELECT TOP 10 id, UPPER(name) FROM dbo.item ORDER BY name DESC -->
+CREATE OR ALTER VIEW dbo.nested AS WITH c AS (SELECT * FROM cheap) SELECT c.name, n.word FROM c JOIN named n ON n.nr = c.id UNION ALL SELECT 'x', NULL -->
 SELECT * FROM cheap ORDER BY id
 SELECT v.word FROM named AS v WHERE v.nr > 1 ORDER BY 1
 SELECT COUNT(*) n, MAX(word) w FROM nested
@@ -24,11 +20,8 @@ SELECT OBJECTPROPERTY(OBJECT_ID('cheap'), 'IsView') v
 --> word varchar(20)?
 --> INK
 --> PAD (2 rows)
---> n int? | w varchar(20)?
---> 3 | PEN
---> Msg 8153, Level 0, State 1, Line 3: Warning: Null value is eliminated by an aggregate or other SET operation. (1 rows)
---> name varchar(20)? | id int
---> pen | 9 (1 rows)
+--> n int? = 3 | w varchar(20)? = PEN (8153, Line 3) (1 rows)
+--> name varchar(20)? = pen | id int = 9 (1 rows)
 --> n varchar(20)?
 --> pen
 --> NULL
@@ -37,8 +30,7 @@ SELECT OBJECTPROPERTY(OBJECT_ID('cheap'), 'IsView') v
 --> cheap | V
 --> named | V
 --> nested | V (3 rows)
---> name nvarchar(128)? | type_desc nvarchar(60)?
---> cheap | VIEW (1 rows)
+--> name nvarchar(128)? = cheap | type_desc nvarchar(60)? = VIEW (1 rows)
 --> name nvarchar(128)? | system_type_id tinyint? | is_nullable bit?
 --> id | 56 | 0
 --> name | 167 | 1
@@ -48,32 +40,24 @@ SELECT OBJECTPROPERTY(OBJECT_ID('cheap'), 'IsView') v
 --> item | BASE TABLE
 --> named | VIEW
 --> nested | VIEW (4 rows)
---> VIEW_DEFINITION nvarchar(4000)?
---> CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3;
+--> VIEW_DEFINITION nvarchar(4000)? = CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3;
 -->  (1 rows)
---> v int?
---> 1 (1 rows)
-ALTER VIEW cheap AS SELECT name FROM item WHERE price < 2
-GO
+--> v int? = 1 (1 rows)
+ALTER VIEW cheap AS SELECT name FROM item WHERE price < 2 -->
 SELECT * FROM cheap
 SELECT * INTO #copy FROM cheap
 SELECT * FROM #copy
---> name varchar(20)?
---> pen (1 rows) (1 changed)
---> name varchar(20)?
---> pen (1 rows)
-CREATE FUNCTION below (@most decimal(8,2), @extra int) RETURNS TABLE AS RETURN (SELECT id, name, @extra + id AS sum FROM item WHERE price < @most)
-GO
+--> name varchar(20)? = pen (1 rows) (1 changed)
+--> name varchar(20)? = pen (1 rows)
+CREATE FUNCTION below (@most decimal(8,2), @extra int) RETURNS TABLE AS RETURN (SELECT id, name, @extra + id AS sum FROM item WHERE price < @most) -->
 -- from another database the names in it mean what they meant where it was made
-CREATE DATABASE other
-GO
+CREATE DATABASE other -->
 USE other
 SELECT * FROM master..cheap
 SELECT * FROM master.dbo.below(2.6, 0) ORDER BY name
 --> USE other
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'other'.
---> name varchar(20)?
---> pen (1 rows)
+--> name varchar(20)? = pen (1 rows)
 --> id int | name varchar(20)? | sum int?
 --> 3 | Pad | 3
 --> 1 | pen | 1 (2 rows)
@@ -98,68 +82,39 @@ SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES
 --> "b"
 --> 
 --> 	é (4 rows)
---> - int?
---> 0 (1 rows)
---> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)?
---> below | FUNCTION (1 rows)
-SELECT * FROM below(1)
---> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function dbo.below.
-SELECT * FROM below(1, 2, 3)
---> Msg 8144, Level 16, State 2, Line 1: Procedure or function dbo.below has too many arguments specified.
-SELECT * FROM nofun(1)
---> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nofun'.
-SELECT * FROM STRING_SPLIT('a', '')
---> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
-CREATE FUNCTION several() RETURNS @t TABLE (a int) AS BEGIN RETURN END
---> Msg 50000, Level 16, State 1, Line 1, Procedure several: tsqlbox does not support table-valued functions of several statements.
-INSERT cheap VALUES ('z')
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
-UPDATE c SET name = 'z' FROM cheap c
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
-DELETE cheap
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
+--> - int? = 0 (1 rows)
+--> ROUTINE_NAME nvarchar(128)? = below | ROUTINE_TYPE nvarchar(20)? = FUNCTION (1 rows)
+SELECT * FROM below(1) --> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function dbo.below.
+SELECT * FROM below(1, 2, 3) --> Msg 8144, Level 16, State 2, Line 1: Procedure or function dbo.below has too many arguments specified.
+SELECT * FROM nofun(1) --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nofun'.
+SELECT * FROM STRING_SPLIT('a', '') --> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
+CREATE FUNCTION several() RETURNS @t TABLE (a int) AS BEGIN RETURN END --> Msg 50000, Level 16, State 1, Line 1, Procedure several: tsqlbox does not support table-valued functions of several statements.
+INSERT cheap VALUES ('z') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
+UPDATE c SET name = 'z' FROM cheap c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
+DELETE cheap --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
 SELECT 1
-CREATE VIEW late AS SELECT 1 AS a
---> Msg 111, Level 15, State 1, Line 2: 'CREATE VIEW' must be the first statement in a query batch.
-CREATE VIEW bad AS SELECT 1 AS a SELECT 2
---> Msg 156, Level 15, State 1, Line 1, Procedure bad: Incorrect syntax near the keyword 'SELECT'.
-CREATE VIEW bad AS SELECT id FROM item ORDER BY id
---> Msg 1033, Level 15, State 1, Line 1, Procedure bad: The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is also specified.
-CREATE VIEW bad AS SELECT id, id + 1 FROM item
---> Msg 4511, Level 16, State 1, Line 1, Procedure bad: Create View or Function failed because no column name was specified for column 2.
-CREATE VIEW bad AS SELECT id, name AS ID FROM item
---> Msg 4506, Level 16, State 1, Line 1, Procedure bad: Column names in each view or function must be unique. Column name 'ID' in view or function 'bad' is specified more than once.
-CREATE VIEW bad (a) AS SELECT id, name FROM item
---> Msg 8158, Level 16, State 1, Line 1, Procedure bad: 'bad' has more columns than were specified in the column list.
-CREATE VIEW bad AS SELECT * FROM nothing
---> Msg 208, Level 16, State 1, Line 1, Procedure bad: Invalid object name 'nothing'.
-CREATE VIEW bad AS SELECT * FROM #copy
---> Msg 4508, Level 16, State 1, Line 1, Procedure bad: Views or functions are not allowed on temporary tables. Table names that begin with '#' denote temporary tables.
-CREATE VIEW cheap AS SELECT 1 AS a
---> Msg 2714, Level 16, State 3, Line 1, Procedure cheap: There is already an object named 'cheap' in the database.
-ALTER VIEW missing AS SELECT 1 AS a
---> Msg 208, Level 16, State 6, Line 1, Procedure missing: Invalid object name 'missing'.
-CREATE VIEW loop1 AS SELECT 1 AS a
-GO
-CREATE VIEW loop2 AS SELECT * FROM loop1
-GO
-ALTER VIEW loop1 AS SELECT * FROM loop2
---> Msg 4429, Level 16, State 1, Line 1, Procedure loop1: View or function 'loop1' contains a self-reference. Views or functions cannot reference themselves directly or indirectly.
+CREATE VIEW late AS SELECT 1 AS a --> Msg 111, Level 15, State 1, Line 2: 'CREATE VIEW' must be the first statement in a query batch.
+CREATE VIEW bad AS SELECT 1 AS a SELECT 2 --> Msg 156, Level 15, State 1, Line 1, Procedure bad: Incorrect syntax near the keyword 'SELECT'.
+CREATE VIEW bad AS SELECT id FROM item ORDER BY id --> Msg 1033, Level 15, State 1, Line 1, Procedure bad: The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is also specified.
+CREATE VIEW bad AS SELECT id, id + 1 FROM item --> Msg 4511, Level 16, State 1, Line 1, Procedure bad: Create View or Function failed because no column name was specified for column 2.
+CREATE VIEW bad AS SELECT id, name AS ID FROM item --> Msg 4506, Level 16, State 1, Line 1, Procedure bad: Column names in each view or function must be unique. Column name 'ID' in view or function 'bad' is specified more than once.
+CREATE VIEW bad (a) AS SELECT id, name FROM item --> Msg 8158, Level 16, State 1, Line 1, Procedure bad: 'bad' has more columns than were specified in the column list.
+CREATE VIEW bad AS SELECT * FROM nothing --> Msg 208, Level 16, State 1, Line 1, Procedure bad: Invalid object name 'nothing'.
+CREATE VIEW bad AS SELECT * FROM #copy --> Msg 4508, Level 16, State 1, Line 1, Procedure bad: Views or functions are not allowed on temporary tables. Table names that begin with '#' denote temporary tables.
+CREATE VIEW cheap AS SELECT 1 AS a --> Msg 2714, Level 16, State 3, Line 1, Procedure cheap: There is already an object named 'cheap' in the database.
+ALTER VIEW missing AS SELECT 1 AS a --> Msg 208, Level 16, State 6, Line 1, Procedure missing: Invalid object name 'missing'.
+CREATE VIEW loop1 AS SELECT 1 AS a -->
+CREATE VIEW loop2 AS SELECT * FROM loop1 -->
+ALTER VIEW loop1 AS SELECT * FROM loop2 --> Msg 4429, Level 16, State 1, Line 1, Procedure loop1: View or function 'loop1' contains a self-reference. Views or functions cannot reference themselves directly or indirectly.
 DROP VIEW loop2, nested
 DROP VIEW IF EXISTS nested
 DROP VIEW nested
-DROP FUNCTION below
---> Msg 3701, Level 11, State 5, Line 3: Cannot drop the view 'nested', because it does not exist or you do not have permission.
-SELECT * FROM nested
---> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nested'.
-SELECT * FROM (SELECT id FROM item ORDER BY id) q
---> Msg 1033, Level 15, State 1, Line 1: The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is also specified.
+DROP FUNCTION below --> Msg 3701, Level 11, State 5, Line 3: Cannot drop the view 'nested', because it does not exist or you do not have permission.
+SELECT * FROM nested --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nested'.
+SELECT * FROM (SELECT id FROM item ORDER BY id) q --> Msg 1033, Level 15, State 1, Line 1: The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is also specified.
 -- what is altered, is kept as if it had been created so
-CREATE VIEW altered AS SELECT 1 AS a
-GO
-/* ALTER */ ALTER VIEW altered AS SELECT 2 AS a
-GO
+CREATE VIEW altered AS SELECT 1 AS a -->
+/* ALTER */ ALTER VIEW altered AS SELECT 2 AS a -->
 EXEC sp_helptext 'altered'
---> Text nvarchar(255)?
---> /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a
+--> Text nvarchar(255)? = /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a
 -->  (1 rows)

@@ -1,6 +1,5 @@
 CREATE TABLE sale (id int PRIMARY KEY, who varchar(10), n int NULL, d decimal(8,2))
-INSERT sale VALUES (1,'ann',10,1.50),(2,'Ann',20,2.25),(3,'bob',20,3.00),(4,'BOB',NULL,4.00),(5,'cy',5,0.75)
---> (5 changed)
+INSERT sale VALUES (1,'ann',10,1.50),(2,'Ann',20,2.25),(3,'bob',20,3.00),(4,'BOB',NULL,4.00),(5,'cy',5,0.75) --> (5 changed)
 -- ranking; texts meet without regard to case
 SELECT id, ROW_NUMBER() OVER (ORDER BY n DESC, id) r, RANK() OVER (ORDER BY n) k, DENSE_RANK() OVER (ORDER BY n) dk, NTILE(2) OVER (ORDER BY id) t FROM sale ORDER BY id
 SELECT id, ROW_NUMBER() OVER (PARTITION BY who ORDER BY id DESC) r FROM sale ORDER BY who, id
@@ -41,47 +40,33 @@ SELECT TOP 1 ROW_NUMBER() OVER (ORDER BY (SELECT NULL)) FROM sale
 --> 2 | 30 | 1.875000 | 5 | Ann
 --> 3 | 50 | 3.500000 | 5 | bob
 --> 4 | 50 | 3.500000 | 5 | BOB
---> 5 | 55 | 0.750000 | 5 | cy
---> Msg 8153, Level 0, State 1, Line 2: Warning: Null value is eliminated by an aggregate or other SET operation. (5 rows)
+--> 5 | 55 | 0.750000 | 5 | cy (8153, Line 2) (5 rows)
 --> id int | s int? | t decimal(38,2)? | c int? | sd float?
 --> 1 | 30 | 1.50 | 2 | NULL
 --> 2 | 50 | 3.75 | 2 | 7.0710678118654755
 --> 3 | 40 | 5.25 | 1 | 0
 --> 4 | 25 | 7.00 | 1 | NULL
---> 5 | 5 | 4.75 | 1 | NULL
---> Msg 8153, Level 0, State 1, Line 3: Warning: Null value is eliminated by an aggregate or other SET operation. (5 rows)
+--> 5 | 5 | 4.75 | 1 | NULL (8153, Line 3) (5 rows)
 --> who varchar(10)? | s int? | r bigint?
 --> ann | 30 | 1
 --> bob | 20 | 2
---> cy | 5 | 3
---> Msg 8153, Level 0, State 1, Line 4: Warning: Null value is eliminated by an aggregate or other SET operation. (3 rows)
+--> cy | 5 | 3 (8153, Line 4) (3 rows)
 --> id int
 --> 5
 --> 3
 --> 1 (3 rows)
---> - bigint?
---> 1 (1 rows)
-SELECT ROW_NUMBER() OVER (PARTITION BY who) FROM sale
---> Msg 4112, Level 15, State 1, Line 1: The function 'ROW_NUMBER' must have an OVER clause with ORDER BY.
-SELECT id FROM sale WHERE ROW_NUMBER() OVER (ORDER BY id) = 1
---> Msg 4108, Level 15, State 1, Line 1: Windowed functions can only appear in the SELECT or ORDER BY clauses.
-SELECT RANK() FROM sale
---> Msg 10753, Level 15, State 1, Line 1: The function 'RANK' must have an OVER clause.
-SELECT LEN(who) OVER (ORDER BY id) FROM sale
---> Msg 4113, Level 16, State 1, Line 1: The function 'LEN' is not a valid windowing function, and cannot be used with the OVER clause.
-SELECT COUNT(DISTINCT who) OVER () FROM sale
---> Msg 10759, Level 15, State 1, Line 1: Use of DISTINCT is not allowed with the OVER clause.
-SELECT SUM(RANK() OVER (ORDER BY id)) OVER () FROM sale
---> Msg 4108, Level 15, State 1, Line 1: Windowed functions can only appear in the SELECT or ORDER BY clauses.
-SELECT ROW_NUMBER() OVER (ORDER BY 1) FROM sale
---> Msg 5308, Level 16, State 1, Line 1: Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY clause expressions.
-SELECT SUM(n) OVER (ROWS 2 PRECEDING) FROM sale
---> Msg 10756, Level 15, State 1, Line 1: Window frame with ROWS or RANGE must have an ORDER BY clause.
+--> - bigint? = 1 (1 rows)
+SELECT ROW_NUMBER() OVER (PARTITION BY who) FROM sale --> Msg 4112, Level 15, State 1, Line 1: The function 'ROW_NUMBER' must have an OVER clause with ORDER BY.
+SELECT id FROM sale WHERE ROW_NUMBER() OVER (ORDER BY id) = 1 --> Msg 4108, Level 15, State 1, Line 1: Windowed functions can only appear in the SELECT or ORDER BY clauses.
+SELECT RANK() FROM sale --> Msg 10753, Level 15, State 1, Line 1: The function 'RANK' must have an OVER clause.
+SELECT LEN(who) OVER (ORDER BY id) FROM sale --> Msg 4113, Level 16, State 1, Line 1: The function 'LEN' is not a valid windowing function, and cannot be used with the OVER clause.
+SELECT COUNT(DISTINCT who) OVER () FROM sale --> Msg 10759, Level 15, State 1, Line 1: Use of DISTINCT is not allowed with the OVER clause.
+SELECT SUM(RANK() OVER (ORDER BY id)) OVER () FROM sale --> Msg 4108, Level 15, State 1, Line 1: Windowed functions can only appear in the SELECT or ORDER BY clauses.
+SELECT ROW_NUMBER() OVER (ORDER BY 1) FROM sale --> Msg 5308, Level 16, State 1, Line 1: Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY clause expressions.
+SELECT SUM(n) OVER (ROWS 2 PRECEDING) FROM sale --> Msg 10756, Level 15, State 1, Line 1: Window frame with ROWS or RANGE must have an ORDER BY clause.
 SELECT SUM(n) OVER (ORDER BY id
-  RANGE 2 PRECEDING) FROM sale
---> Msg 4194, Level 16, State 1, Line 2: RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters.
-SELECT who, SUM(n) OVER (ORDER BY who) FROM sale GROUP BY who
---> Msg 8120, Level 16, State 1, Line 1: Column 'sale.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.
+  RANGE 2 PRECEDING) FROM sale --> Msg 4194, Level 16, State 1, Line 2: RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters.
+SELECT who, SUM(n) OVER (ORDER BY who) FROM sale GROUP BY who --> Msg 8120, Level 16, State 1, Line 1: Column 'sale.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.
 SELECT NTILE(0) OVER (ORDER BY (SELECT 1)) FROM (VALUES (1)) v (i)
 SELECT LAG(i, -1) OVER (ORDER BY i) FROM (VALUES (1)) v (i)
 --> Msg 4116, Level 16, State 1, Line 1: The function 'ntile' takes only a positive int or bigint expression as its input.
