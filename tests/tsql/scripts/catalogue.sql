@@ -1,37 +1,22 @@
 CREATE DATABASE shop -->
 USE shop
-CREATE TABLE item (id int IDENTITY(1,1) CONSTRAINT PK_item PRIMARY KEY, code nvarchar(20) NOT NULL CONSTRAINT UQ_code UNIQUE, price decimal(9,2) NULL CONSTRAINT DF_price DEFAULT (0), made datetime NULL, CONSTRAINT CK_price CHECK (price >= 0))
-CREATE TABLE line (item int NOT NULL CONSTRAINT FK_item REFERENCES item(id), n tinyint NOT NULL, note text NULL, f float NULL)
-CREATE UNIQUE INDEX ix_line ON line (item, n DESC)
-CREATE INDEX ix_made ON item (made)
 --> USE shop
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'shop'.
+CREATE TABLE item (id int IDENTITY(1,1) CONSTRAINT PK_item PRIMARY KEY, code nvarchar(20) NOT NULL CONSTRAINT UQ_code UNIQUE, price decimal(9,2) NULL CONSTRAINT DF_price DEFAULT (0), made datetime NULL, CONSTRAINT CK_price CHECK (price >= 0)) -->
+CREATE TABLE line (item int NOT NULL CONSTRAINT FK_item REFERENCES item(id), n tinyint NOT NULL, note text NULL, f float NULL) -->
+CREATE UNIQUE INDEX ix_line ON line (item, n DESC) -->
+CREATE INDEX ix_made ON item (made) -->
 CREATE PROCEDURE restock @code nvarchar(20), @n int OUTPUT AS RETURN 0 -->
 CREATE FUNCTION dbo.twice (@x decimal(9,2)) RETURNS decimal(9,2) AS BEGIN RETURN @x * 2 END -->
 SELECT name, database_id, state_desc, recovery_model_desc, compatibility_level, collation_name FROM sys.databases ORDER BY database_id
-SELECT name, dbid FROM master..sysdatabases WHERE name = 'shop'
-SELECT name, type, type_desc, OBJECT_NAME(parent_object_id) AS parent FROM sys.objects ORDER BY name
-SELECT name, xtype, type FROM sysobjects WHERE parent_obj = OBJECT_ID('item') ORDER BY name
-SELECT t.name, c.name, c.column_id, ty.name AS type, c.max_length, c.precision, c.scale, c.is_nullable, c.is_identity FROM sys.tables t JOIN sys.columns c ON c.object_id = t.object_id JOIN sys.types ty ON ty.user_type_id = c.user_type_id ORDER BY t.name, c.column_id
-SELECT i.name, i.index_id, i.type_desc, i.is_unique, i.is_primary_key, i.is_unique_constraint, c.name AS col, k.key_ordinal FROM sys.indexes i JOIN sysindexes s ON s.id = i.object_id AND s.indid = i.index_id JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id ORDER BY i.name, k.key_ordinal
-SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_length FROM sys.parameters ORDER BY 1, 2
-SELECT name, schema_id FROM sys.schemas ORDER BY name
-SELECT name, is_ms_shipped FROM sys.procedures
-SELECT COUNT(*) FROM sys.types WHERE name IN ('int', 'nvarchar', 'datetime2', 'uniqueidentifier')
-SELECT name, OBJECT_NAME(referenced_object_id) AS referenced FROM sys.foreign_keys
-SELECT name, definition FROM sys.default_constraints
-SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY TABLE_NAME
-SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACTER_OCTET_LENGTH, NUMERIC_PRECISION, NUMERIC_SCALE, DATETIME_PRECISION, COLLATION_NAME FROM INFORMATION_SCHEMA.COLUMNS ORDER BY TABLE_NAME, ORDINAL_POSITION
-SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME
-SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
-SELECT * FROM sys.nosuch
 --> name nvarchar(128)? | database_id int? | state_desc nvarchar(60)? | recovery_model_desc nvarchar(60)? | compatibility_level tinyint? | collation_name nvarchar(128)?
 --> master | 1 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
 --> tempdb | 2 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
 --> model | 3 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
 --> msdb | 4 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
 --> shop | 5 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS (5 rows)
---> name nvarchar(128)? = shop | dbid smallint? = 5 (1 rows)
+SELECT name, dbid FROM master..sysdatabases WHERE name = 'shop' --> name nvarchar(128)? = shop | dbid smallint? = 5 (1 rows)
+SELECT name, type, type_desc, OBJECT_NAME(parent_object_id) AS parent FROM sys.objects ORDER BY name
 --> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? | parent nvarchar(128)?
 --> CK_price | C | CHECK_CONSTRAINT | item
 --> DF_price | D | DEFAULT_CONSTRAINT | item
@@ -42,11 +27,13 @@ SELECT * FROM sys.nosuch
 --> restock | P | SQL_STORED_PROCEDURE | NULL
 --> twice | FN | SQL_SCALAR_FUNCTION | NULL
 --> UQ_code | UQ | UNIQUE_CONSTRAINT | item (9 rows)
+SELECT name, xtype, type FROM sysobjects WHERE parent_obj = OBJECT_ID('item') ORDER BY name
 --> name nvarchar(128)? | xtype char(2)? | type char(2)?
 --> CK_price | C | C
 --> DF_price | D | D
 --> PK_item | PK | K
 --> UQ_code | UQ | K (4 rows)
+SELECT t.name, c.name, c.column_id, ty.name AS type, c.max_length, c.precision, c.scale, c.is_nullable, c.is_identity FROM sys.tables t JOIN sys.columns c ON c.object_id = t.object_id JOIN sys.types ty ON ty.user_type_id = c.user_type_id ORDER BY t.name, c.column_id
 --> name nvarchar(128)? | name nvarchar(128)? | column_id int? | type nvarchar(128)? | max_length smallint? | precision tinyint? | scale tinyint? | is_nullable bit? | is_identity bit?
 --> item | id | 1 | int | 4 | 10 | 0 | 0 | 1
 --> item | code | 2 | nvarchar | 40 | 0 | 0 | 0 | 0
@@ -56,28 +43,33 @@ SELECT * FROM sys.nosuch
 --> line | n | 2 | tinyint | 1 | 3 | 0 | 0 | 0
 --> line | note | 3 | text | 16 | 0 | 0 | 1 | 0
 --> line | f | 4 | float | 8 | 53 | 0 | 1 | 0 (8 rows)
+SELECT i.name, i.index_id, i.type_desc, i.is_unique, i.is_primary_key, i.is_unique_constraint, c.name AS col, k.key_ordinal FROM sys.indexes i JOIN sysindexes s ON s.id = i.object_id AND s.indid = i.index_id JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id ORDER BY i.name, k.key_ordinal
 --> name nvarchar(128)? | index_id int? | type_desc nvarchar(60)? | is_unique bit? | is_primary_key bit? | is_unique_constraint bit? | col nvarchar(128)? | key_ordinal tinyint?
 --> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | item | 1
 --> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | n | 2
 --> ix_made | 3 | NONCLUSTERED | 0 | 0 | 0 | made | 1
 --> PK_item | 1 | CLUSTERED | 1 | 1 | 0 | id | 1
 --> UQ_code | 2 | NONCLUSTERED | 1 | 0 | 1 | code | 1 (5 rows)
+SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_length FROM sys.parameters ORDER BY 1, 2
 --> module nvarchar(128)? | parameter_id int? | name nvarchar(128)? | is_output bit? | max_length smallint?
 --> restock | 1 | @code | 0 | 40
 --> restock | 2 | @n | 1 | 4
 --> twice | 0 |  | 1 | 5
 --> twice | 1 | @x | 0 | 5 (4 rows)
+SELECT name, schema_id FROM sys.schemas ORDER BY name
 --> name nvarchar(128)? | schema_id int?
 --> dbo | 1
 --> INFORMATION_SCHEMA | 3
 --> sys | 4 (3 rows)
---> name nvarchar(128)? = restock | is_ms_shipped bit? = 0 (1 rows)
---> - int? = 4 (1 rows)
---> name nvarchar(128)? = FK_item | referenced nvarchar(128)? = item (1 rows)
---> name nvarchar(128)? = DF_price | definition nvarchar(max)? = ((0)) (1 rows)
+SELECT name, is_ms_shipped FROM sys.procedures --> name nvarchar(128)? = restock | is_ms_shipped bit? = 0 (1 rows)
+SELECT COUNT(*) FROM sys.types WHERE name IN ('int', 'nvarchar', 'datetime2', 'uniqueidentifier') --> - int? = 4 (1 rows)
+SELECT name, OBJECT_NAME(referenced_object_id) AS referenced FROM sys.foreign_keys --> name nvarchar(128)? = FK_item | referenced nvarchar(128)? = item (1 rows)
+SELECT name, definition FROM sys.default_constraints --> name nvarchar(128)? = DF_price | definition nvarchar(max)? = ((0)) (1 rows)
+SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY TABLE_NAME
 --> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
 --> shop | dbo | item | BASE TABLE
 --> shop | dbo | line | BASE TABLE (2 rows)
+SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACTER_OCTET_LENGTH, NUMERIC_PRECISION, NUMERIC_SCALE, DATETIME_PRECISION, COLLATION_NAME FROM INFORMATION_SCHEMA.COLUMNS ORDER BY TABLE_NAME, ORDINAL_POSITION
 --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | CHARACTER_OCTET_LENGTH int? | NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? | DATETIME_PRECISION smallint? | COLLATION_NAME nvarchar(128)?
 --> id | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL
 --> code | NULL | nvarchar | 20 | 40 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
@@ -87,40 +79,36 @@ SELECT * FROM sys.nosuch
 --> n | NULL | tinyint | NULL | NULL | 3 | 0 | NULL | NULL
 --> note | NULL | text | 2147483647 | 2147483647 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
 --> f | NULL | float | NULL | NULL | 53 | NULL | NULL | NULL (8 rows)
+SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME
 --> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)?
 --> restock | PROCEDURE
 --> twice | FUNCTION (2 rows)
+SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
 --> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
 --> restock | 1 | IN | NO | @code | nvarchar
 --> restock | 2 | INOUT | NO | @n | int
 --> twice | 0 | OUT | YES |  | decimal
 --> twice | 1 | IN | NO | @x | decimal (4 rows)
---> Msg 208, Level 16, State 1, Line 17: Invalid object name 'sys.nosuch'.
+SELECT * FROM sys.nosuch --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'sys.nosuch'.
 -- indexes are made anew; a database changes its name, or takes a setting that it has
-ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80)
-ALTER INDEX ALL ON dbo.line REORGANIZE
-ALTER INDEX nosuch ON item REBUILD --> Msg 2727, Level 11, State 1, Line 4: Cannot find index 'nosuch'.
+ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80) -->
+ALTER INDEX ALL ON dbo.line REORGANIZE -->
+ALTER INDEX nosuch ON item REBUILD --> Msg 2727, Level 11, State 1, Line 1: Cannot find index 'nosuch'.
 ALTER INDEX ix_made ON item DISABLE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER INDEX ... DISABLE.
-ALTER DATABASE CURRENT SET RECOVERY SIMPLE, MULTI_USER WITH ROLLBACK IMMEDIATE
-ALTER DATABASE shop MODIFY NAME = store --> Msg 5030, Level 16, State 2, Line 2: The database could not be exclusively locked to perform the operation.
+ALTER DATABASE CURRENT SET RECOVERY SIMPLE, MULTI_USER WITH ROLLBACK IMMEDIATE -->
+ALTER DATABASE shop MODIFY NAME = store --> Msg 5030, Level 16, State 2, Line 1: The database could not be exclusively locked to perform the operation.
 ALTER DATABASE shop SET RECOVERY FULL --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER DATABASE ... SET RECOVERY.
 USE master
-ALTER DATABASE shop MODIFY NAME = tempdb
 --> USE master
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
---> Msg 1801, Level 16, State 3, Line 2: Database 'tempdb' already exists. Choose a different database name.
+ALTER DATABASE shop MODIFY NAME = tempdb --> Msg 1801, Level 16, State 3, Line 1: Database 'tempdb' already exists. Choose a different database name.
 ALTER DATABASE tempdb MODIFY NAME = shop2 --> Msg 5058, Level 16, State 5, Line 1: Option 'MODIFY NAME' cannot be set in database 'tempdb'.
 ALTER DATABASE nosuch MODIFY NAME = store --> Msg 5011, Level 14, State 5, Line 1: User does not have permission to alter database 'nosuch', the database does not exist, or the database is not in a state that allows access checks.
-ALTER DATABASE SHOP MODIFY NAME = [the store]
-SELECT code, price FROM [the store]..item
-SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now
---> Msg 5021, Level 0, State 1, Line 1: The database name 'the store' has been set.
---> code nvarchar(20) | price decimal(9,2)? (0 rows)
---> gone int? = NULL | now nvarchar(128)? = the store (1 rows)
+ALTER DATABASE SHOP MODIFY NAME = [the store] --> Msg 5021, Level 0, State 1, Line 1: The database name 'the store' has been set.
+SELECT code, price FROM [the store]..item --> code nvarchar(20) | price decimal(9,2)? (0 rows)
+SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now --> gone int? = NULL | now nvarchar(128)? = the store (1 rows)
 USE [the store]
-SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e
-SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup')
 --> USE the store
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'the store'.
---> a int? = 1 | b int? = 0 | c int? = NULL | d nvarchar(128)? = 15 | e nvarchar(128)? = 0 (1 rows)
---> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.
+SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e --> a int? = 1 | b int? = 0 | c int? = NULL | d nvarchar(128)? = 15 | e nvarchar(128)? = 0 (1 rows)
+SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.

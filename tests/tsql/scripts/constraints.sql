@@ -1,302 +1,233 @@
-CREATE TABLE parent (id int NOT NULL, code varchar(10) NOT NULL, CONSTRAINT PK_parent PRIMARY KEY (id), CONSTRAINT UQ_parent UNIQUE (code, id))
-CREATE TABLE other (id int IDENTITY(5,1) PRIMARY KEY, nm nvarchar(20) NULL)
-CREATE TABLE child (id int NOT NULL, parent int NULL CONSTRAINT FK_parent REFERENCES parent, other int NULL, n int NULL CONSTRAINT CK_n CHECK (n < 10), CONSTRAINT FK_other FOREIGN KEY (other) REFERENCES other (id) ON DELETE CASCADE, CONSTRAINT CK_both CHECK (n <> id))
-CREATE UNIQUE INDEX ix_child ON child (id, n)
-INSERT parent VALUES (1, 'a'), (2, 'b')
-INSERT other VALUES (N'fünf') --> (2 changed) (1 changed)
+CREATE TABLE parent (id int NOT NULL, code varchar(10) NOT NULL, CONSTRAINT PK_parent PRIMARY KEY (id), CONSTRAINT UQ_parent UNIQUE (code, id)) -->
+CREATE TABLE other (id int IDENTITY(5,1) PRIMARY KEY, nm nvarchar(20) NULL) -->
+CREATE TABLE child (id int NOT NULL, parent int NULL CONSTRAINT FK_parent REFERENCES parent, other int NULL, n int NULL CONSTRAINT CK_n CHECK (n < 10), CONSTRAINT FK_other FOREIGN KEY (other) REFERENCES other (id) ON DELETE CASCADE, CONSTRAINT CK_both CHECK (n <> id)) -->
+CREATE UNIQUE INDEX ix_child ON child (id, n) -->
+INSERT parent VALUES (1, 'a'), (2, 'b') --> (2 changed)
+INSERT other VALUES (N'fünf') --> (1 changed)
 -- errors name key, values, table and column
-INSERT parent VALUES (1, 'c')
-INSERT parent SELECT 3, 'c' UNION ALL SELECT 3, 'd'
-INSERT child VALUES (1, 1, 5, 2)
-INSERT child SELECT 1, NULL, NULL, 2
-INSERT child VALUES (30, 99, 5, 2)
-INSERT child VALUES (30, 1, 99, 2)
-INSERT child VALUES (30, 1, 5, 10)
-INSERT child VALUES (2, 1, 5, 2)
-INSERT child VALUES (NULL, 1, 5, 2)
-UPDATE child SET id = NULL
-DELETE parent WHERE id = 1
-UPDATE parent SET id = 7 WHERE id = 1
-DROP TABLE parent
-TRUNCATE TABLE parent
-DELETE other
-SELECT COUNT(*) FROM child
-TRUNCATE TABLE child
---> Msg 2627, Level 14, State 1, Line 2: Violation of PRIMARY KEY constraint 'PK_parent'. Cannot insert duplicate key in object 'dbo.parent'. The duplicate key value is (1). (3621)
---> Msg 2627, Level 14, State 1, Line 3: Violation of PRIMARY KEY constraint 'PK_parent'. Cannot insert duplicate key in object 'dbo.parent'. The duplicate key value is (3). (3621) (1 changed)
---> Msg 2601, Level 14, State 1, Line 5: Cannot insert duplicate key row in object 'dbo.child' with unique index 'ix_child'. The duplicate key value is (1, 2). (3621)
---> Msg 547, Level 16, State 0, Line 6: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_parent". The conflict occurred in database "master", table "dbo.parent", column 'id'. (3621)
---> Msg 547, Level 16, State 0, Line 7: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_other". The conflict occurred in database "master", table "dbo.other", column 'id'. (3621)
---> Msg 547, Level 16, State 0, Line 8: The INSERT statement conflicted with the CHECK constraint "CK_n". The conflict occurred in database "master", table "dbo.child", column 'n'. (3621)
---> Msg 547, Level 16, State 0, Line 9: The INSERT statement conflicted with the CHECK constraint "CK_both". The conflict occurred in database "master", table "dbo.child". (3621)
---> Msg 515, Level 16, State 2, Line 10: Cannot insert the value NULL into column 'id', table 'master.dbo.child'; column does not allow nulls. INSERT fails. (3621)
---> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'id', table 'master.dbo.child'; column does not allow nulls. UPDATE fails. (3621)
---> Msg 547, Level 16, State 0, Line 12: The DELETE statement conflicted with the REFERENCE constraint "FK_parent". The conflict occurred in database "master", table "dbo.child", column 'parent'. (3621)
---> Msg 547, Level 16, State 0, Line 13: The UPDATE statement conflicted with the REFERENCE constraint "FK_parent". The conflict occurred in database "master", table "dbo.child", column 'parent'. (3621)
---> Msg 3726, Level 16, State 1, Line 14: Could not drop object 'parent' because it is referenced by a FOREIGN KEY constraint.
---> Msg 4712, Level 16, State 1, Line 15: Cannot truncate table 'parent' because it is being referenced by a FOREIGN KEY constraint. (1 changed)
---> - int? = 0 (1 rows)
+INSERT parent VALUES (1, 'c') --> Msg 2627, Level 14, State 1, Line 2: Violation of PRIMARY KEY constraint 'PK_parent'. Cannot insert duplicate key in object 'dbo.parent'. The duplicate key value is (1). (3621)
+INSERT parent SELECT 3, 'c' UNION ALL SELECT 3, 'd' --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_parent'. Cannot insert duplicate key in object 'dbo.parent'. The duplicate key value is (3). (3621)
+INSERT child VALUES (1, 1, 5, 2) --> (1 changed)
+INSERT child SELECT 1, NULL, NULL, 2 --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.child' with unique index 'ix_child'. The duplicate key value is (1, 2). (3621)
+INSERT child VALUES (30, 99, 5, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_parent". The conflict occurred in database "master", table "dbo.parent", column 'id'. (3621)
+INSERT child VALUES (30, 1, 99, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_other". The conflict occurred in database "master", table "dbo.other", column 'id'. (3621)
+INSERT child VALUES (30, 1, 5, 10) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_n". The conflict occurred in database "master", table "dbo.child", column 'n'. (3621)
+INSERT child VALUES (2, 1, 5, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_both". The conflict occurred in database "master", table "dbo.child". (3621)
+INSERT child VALUES (NULL, 1, 5, 2) --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'id', table 'master.dbo.child'; column does not allow nulls. INSERT fails. (3621)
+UPDATE child SET id = NULL --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'id', table 'master.dbo.child'; column does not allow nulls. UPDATE fails. (3621)
+DELETE parent WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_parent". The conflict occurred in database "master", table "dbo.child", column 'parent'. (3621)
+UPDATE parent SET id = 7 WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the REFERENCE constraint "FK_parent". The conflict occurred in database "master", table "dbo.child", column 'parent'. (3621)
+DROP TABLE parent --> Msg 3726, Level 16, State 1, Line 1: Could not drop object 'parent' because it is referenced by a FOREIGN KEY constraint.
+TRUNCATE TABLE parent --> Msg 4712, Level 16, State 1, Line 1: Cannot truncate table 'parent' because it is being referenced by a FOREIGN KEY constraint.
+DELETE other --> (1 changed)
+SELECT COUNT(*) FROM child --> - int? = 0 (1 rows)
+TRUNCATE TABLE child -->
 -- a table is altered
-CREATE TABLE t (a int NOT NULL, b varchar(5) NULL)
-INSERT t VALUES (1, 'one'), (2, 'two')
-ALTER TABLE t ADD c int NOT NULL CONSTRAINT DF_c DEFAULT 7, d datetime NULL, CONSTRAINT PK_t PRIMARY KEY (a)
-ALTER TABLE t ADD e int NULL CONSTRAINT CK_e CHECK (e > 0) CONSTRAINT FK_e REFERENCES parent
-INSERT t (a, b) VALUES (3, 'three')
-INSERT t (a, e) VALUES (1, 1)
-INSERT t (a, e) VALUES (4, -1)
-INSERT t (a, e) VALUES (4, 9)
+CREATE TABLE t (a int NOT NULL, b varchar(5) NULL) -->
+INSERT t VALUES (1, 'one'), (2, 'two') --> (2 changed)
+ALTER TABLE t ADD c int NOT NULL CONSTRAINT DF_c DEFAULT 7, d datetime NULL, CONSTRAINT PK_t PRIMARY KEY (a) -->
+ALTER TABLE t ADD e int NULL CONSTRAINT CK_e CHECK (e > 0) CONSTRAINT FK_e REFERENCES parent -->
+INSERT t (a, b) VALUES (3, 'three') --> (1 changed)
+INSERT t (a, e) VALUES (1, 1) --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_t'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
+INSERT t (a, e) VALUES (4, -1) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_e". The conflict occurred in database "master", table "dbo.t", column 'e'. (3621)
+INSERT t (a, e) VALUES (4, 9) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_e". The conflict occurred in database "master", table "dbo.parent", column 'id'. (3621)
 SELECT * FROM t
-ALTER TABLE t ADD f int NOT NULL
---> (2 changed) (1 changed)
---> Msg 2627, Level 14, State 1, Line 7: Violation of PRIMARY KEY constraint 'PK_t'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
---> Msg 547, Level 16, State 0, Line 8: The INSERT statement conflicted with the CHECK constraint "CK_e". The conflict occurred in database "master", table "dbo.t", column 'e'. (3621)
---> Msg 547, Level 16, State 0, Line 9: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_e". The conflict occurred in database "master", table "dbo.parent", column 'id'. (3621)
 --> a int | b varchar(5)? | c int | d datetime? | e int?
 --> 1 | one | 7 | NULL | NULL
 --> 2 | two | 7 | NULL | NULL
 --> 3 | three | 7 | NULL | NULL (3 rows)
---> Msg 4901, Level 16, State 1, Line 11: ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition specified, or the column being added is an identity or timestamp column, or alternatively if none of the previous conditions are satisfied the table must be empty to allow addition of this column. Column 'f' cannot be added to non-empty table 't' because it does not satisfy these conditions.
+ALTER TABLE t ADD f int NOT NULL --> Msg 4901, Level 16, State 1, Line 1: ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition specified, or the column being added is an identity or timestamp column, or alternatively if none of the previous conditions are satisfied the table must be empty to allow addition of this column. Column 'f' cannot be added to non-empty table 't' because it does not satisfy these conditions.
 ALTER TABLE t ADD c int NULL --> Msg 2705, Level 16, State 1, Line 1: Column names in each table must be unique. Column name 'c' in table 't' is specified more than once.
-ALTER TABLE t ADD CONSTRAINT DF_b DEFAULT 'none' FOR b
-ALTER TABLE t ADD DEFAULT 'again' FOR b --> Msg 1781, Level 16, State 1, Line 2: Column already has a DEFAULT bound to it. (1750)
-ALTER TABLE t WITH CHECK ADD CONSTRAINT CK_a CHECK (a > 1)
-ALTER TABLE t ADD CONSTRAINT CK_a CHECK (a > 0), CONSTRAINT UQ_b UNIQUE (b)
-ALTER TABLE t ADD CONSTRAINT UQ_c UNIQUE (c)
-ALTER TABLE t ADD CONSTRAINT FK_c FOREIGN KEY (c) REFERENCES parent (id)
-ALTER TABLE t ADD CONSTRAINT FK_d FOREIGN KEY (c) REFERENCES parent (code)
---> Msg 547, Level 16, State 0, Line 1: The ALTER TABLE statement conflicted with the CHECK constraint "CK_a". The conflict occurred in database "master", table "dbo.t", column 'a'.
---> Msg 1505, Level 16, State 1, Line 3: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'UQ_c'. The duplicate key value is (7). (1750) (3621)
---> Msg 547, Level 16, State 0, Line 4: The ALTER TABLE statement conflicted with the FOREIGN KEY constraint "FK_c". The conflict occurred in database "master", table "dbo.parent", column 'id'.
---> Msg 1776, Level 16, State 0, Line 5: There are no primary or candidate keys in the referenced table 'parent' that match the referencing column list in the foreign key 'FK_d'. (1750)
+ALTER TABLE t ADD CONSTRAINT DF_b DEFAULT 'none' FOR b -->
+ALTER TABLE t ADD DEFAULT 'again' FOR b --> Msg 1781, Level 16, State 1, Line 1: Column already has a DEFAULT bound to it. (1750)
+ALTER TABLE t WITH CHECK ADD CONSTRAINT CK_a CHECK (a > 1) --> Msg 547, Level 16, State 0, Line 1: The ALTER TABLE statement conflicted with the CHECK constraint "CK_a". The conflict occurred in database "master", table "dbo.t", column 'a'.
+ALTER TABLE t ADD CONSTRAINT CK_a CHECK (a > 0), CONSTRAINT UQ_b UNIQUE (b) -->
+ALTER TABLE t ADD CONSTRAINT UQ_c UNIQUE (c) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'UQ_c'. The duplicate key value is (7). (1750) (3621)
+ALTER TABLE t ADD CONSTRAINT FK_c FOREIGN KEY (c) REFERENCES parent (id) --> Msg 547, Level 16, State 0, Line 1: The ALTER TABLE statement conflicted with the FOREIGN KEY constraint "FK_c". The conflict occurred in database "master", table "dbo.parent", column 'id'.
+ALTER TABLE t ADD CONSTRAINT FK_d FOREIGN KEY (c) REFERENCES parent (code) --> Msg 1776, Level 16, State 0, Line 1: There are no primary or candidate keys in the referenced table 'parent' that match the referencing column list in the foreign key 'FK_d'. (1750)
 ALTER TABLE t ADD CONSTRAINT FK_n FOREIGN KEY (c) REFERENCES nosuch (id) --> Msg 1767, Level 16, State 0, Line 1: Foreign key 'FK_n' references invalid table 'nosuch'. (1750)
 ALTER TABLE t ADD PRIMARY KEY (c) --> Msg 1779, Level 16, State 0, Line 1: Table 't' already has a primary key defined on it. (1750)
 ALTER TABLE t ADD CONSTRAINT UQ_x UNIQUE (x) --> Msg 1911, Level 16, State 1, Line 1: Column name 'x' does not exist in the target table or view. (1750)
-INSERT t (a) VALUES (8)
-SELECT a, b FROM t WHERE a = 8
---> (1 changed)
---> a int = 8 | b varchar(5)? = none (1 rows)
-ALTER TABLE t ALTER COLUMN b varchar(20) NULL
-INSERT t (a, b) VALUES (9, 'more than five')
+INSERT t (a) VALUES (8) --> (1 changed)
+SELECT a, b FROM t WHERE a = 8 --> a int = 8 | b varchar(5)? = none (1 rows)
+ALTER TABLE t ALTER COLUMN b varchar(20) NULL -->
+INSERT t (a, b) VALUES (9, 'more than five') --> (1 changed)
 ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL
---> (1 changed)
---> Msg 5074, Level 16, State 1, Line 3: The object 'DF_c' is dependent on column 'c'.
---> Msg 4922, Level 16, State 9, Line 3: ALTER TABLE ALTER COLUMN c failed because one or more objects access this column.
-ALTER TABLE t DROP CONSTRAINT DF_c WITH (ONLINE = OFF)
-ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL
+--> Msg 5074, Level 16, State 1, Line 1: The object 'DF_c' is dependent on column 'c'.
+--> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE ALTER COLUMN c failed because one or more objects access this column.
+ALTER TABLE t DROP CONSTRAINT DF_c WITH (ONLINE = OFF) -->
+ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL -->
 SELECT a, b, c + '!' FROM t
-ALTER TABLE t ALTER COLUMN c int NULL
-SELECT MAX(c) + 1 FROM t
 --> a int | b varchar(20)? | - varchar(11)?
 --> 1 | one | 7!
 --> 2 | two | 7!
 --> 3 | three | 7!
 --> 8 | none | 7!
 --> 9 | more than five | 7! (5 rows)
---> - int? = 8 (1 rows)
-ALTER TABLE t ALTER COLUMN e int NOT NULL
-ALTER TABLE t ALTER COLUMN nosuch int
---> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'e', table 'master.dbo.t'; column does not allow nulls. UPDATE fails. (3621)
---> Msg 4924, Level 16, State 1, Line 2: ALTER TABLE ALTER COLUMN failed because column 'nosuch' does not exist in table 't'.
+ALTER TABLE t ALTER COLUMN c int NULL -->
+SELECT MAX(c) + 1 FROM t --> - int? = 8 (1 rows)
+ALTER TABLE t ALTER COLUMN e int NOT NULL --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'e', table 'master.dbo.t'; column does not allow nulls. UPDATE fails. (3621)
+ALTER TABLE t ALTER COLUMN nosuch int --> Msg 4924, Level 16, State 1, Line 1: ALTER TABLE ALTER COLUMN failed because column 'nosuch' does not exist in table 't'.
 ALTER TABLE t DROP COLUMN e
 --> Msg 5074, Level 16, State 1, Line 1: The object 'CK_e' is dependent on column 'e'.
 --> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE DROP COLUMN e failed because one or more objects access this column.
-ALTER TABLE t DROP CONSTRAINT CK_e, FK_e, COLUMN e, d
+ALTER TABLE t DROP CONSTRAINT CK_e, FK_e, COLUMN e, d -->
 ALTER TABLE t DROP CONSTRAINT CK_e
---> Msg 3728, Level 16, State 1, Line 2: 'CK_e' is not a constraint.
---> Msg 3727, Level 16, State 0, Line 2: Could not drop constraint. See previous errors.
-ALTER TABLE t DROP CONSTRAINT IF EXISTS CK_e
+--> Msg 3728, Level 16, State 1, Line 1: 'CK_e' is not a constraint.
+--> Msg 3727, Level 16, State 0, Line 1: Could not drop constraint. See previous errors.
+ALTER TABLE t DROP CONSTRAINT IF EXISTS CK_e -->
 ALTER TABLE parent DROP CONSTRAINT PK_parent
---> Msg 3725, Level 16, State 0, Line 2: The constraint 'PK_parent' is being referenced by table 'child', foreign key constraint 'FK_parent'.
---> Msg 3727, Level 16, State 0, Line 2: Could not drop constraint. See previous errors.
-INSERT t VALUES (1, 'x', 1)
-ALTER TABLE t DROP CONSTRAINT PK_t
-INSERT t VALUES (1, 'x', 1)
-CREATE UNIQUE INDEX ix_a ON t (a)
+--> Msg 3725, Level 16, State 0, Line 1: The constraint 'PK_parent' is being referenced by table 'child', foreign key constraint 'FK_parent'.
+--> Msg 3727, Level 16, State 0, Line 1: Could not drop constraint. See previous errors.
+INSERT t VALUES (1, 'x', 1) --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_t'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
+ALTER TABLE t DROP CONSTRAINT PK_t -->
+INSERT t VALUES (1, 'x', 1) --> (1 changed)
+CREATE UNIQUE INDEX ix_a ON t (a) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'ix_a'. The duplicate key value is (1). (3621)
 SELECT name, type FROM sys.objects WHERE parent_object_id = OBJECT_ID('t') ORDER BY name
-BEGIN TRAN
-ALTER TABLE t ADD g int NULL
-ALTER TABLE t ADD CONSTRAINT CK_g CHECK (g = 1)
-ROLLBACK
-INSERT t VALUES (20, 'y', 1)
---> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_t'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621) (1 changed)
---> Msg 1505, Level 16, State 1, Line 4: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'ix_a'. The duplicate key value is (1). (3621)
 --> name nvarchar(128)? | type char(2)?
 --> CK_a | C
 --> DF_b | D
---> UQ_b | UQ (3 rows) (1 changed)
+--> UQ_b | UQ (3 rows)
+BEGIN TRAN -->
+ALTER TABLE t ADD g int NULL -->
+ALTER TABLE t ADD CONSTRAINT CK_g CHECK (g = 1) -->
+ROLLBACK -->
+INSERT t VALUES (20, 'y', 1) --> (1 changed)
 ALTER TABLE t NOCHECK CONSTRAINT CK_a --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support constraints that are not checked.
 -- identities
-INSERT other VALUES (N'sechs')
-SELECT MAX(id) FROM other
-DELETE child
-ALTER TABLE child DROP CONSTRAINT FK_other
-TRUNCATE TABLE other
-INSERT other VALUES (N'neu')
-SELECT id, IDENT_CURRENT('other') FROM other
-SET IDENTITY_INSERT other ON
-INSERT other (id, nm) VALUES (50, N'x')
-CREATE TABLE third (id int IDENTITY)
-SET IDENTITY_INSERT third ON
-SET IDENTITY_INSERT other OFF
+INSERT other VALUES (N'sechs') --> (1 changed)
+SELECT MAX(id) FROM other --> - int? = 6 (1 rows)
+DELETE child --> (0 changed)
+ALTER TABLE child DROP CONSTRAINT FK_other -->
+TRUNCATE TABLE other -->
+INSERT other VALUES (N'neu') --> (1 changed)
+SELECT id, IDENT_CURRENT('other') FROM other --> id int* = 5 | - decimal(38,0)? = 5 (1 rows)
+SET IDENTITY_INSERT other ON -->
+INSERT other (id, nm) VALUES (50, N'x') --> (1 changed)
+CREATE TABLE third (id int IDENTITY) -->
+SET IDENTITY_INSERT third ON --> Msg 8107, Level 16, State 1, Line 1: IDENTITY_INSERT is already ON for table 'master.dbo.other'. Cannot perform SET operation for table 'third'.
+SET IDENTITY_INSERT other OFF -->
 INSERT other (nm) VALUES (N'y')
 SELECT SCOPE_IDENTITY()
-CREATE TABLE #tmp (id int NOT NULL PRIMARY KEY)
-INSERT #tmp VALUES (1)
-INSERT #tmp VALUES (1)
-ALTER TABLE #tmp ADD x int NULL CHECK (x > 0)
-INSERT #tmp VALUES (2, 0)
 --> (1 changed)
---> - int? = 6 (1 rows) (0 changed) (1 changed)
---> id int* = 5 | - decimal(38,0)? = 5 (1 rows) (1 changed)
---> Msg 8107, Level 16, State 1, Line 12: IDENTITY_INSERT is already ON for table 'master.dbo.other'. Cannot perform SET operation for table 'third'. (1 changed)
---> - decimal(38,0)? = 51 (1 rows) (1 changed)
---> Msg 2627, Level 14, State 1, Line 18: Violation of PRIMARY KEY constraint 'PK__#tmp__1_2'. Cannot insert duplicate key in object 'dbo.#tmp'. The duplicate key value is (1). (3621)
---> Msg 547, Level 16, State 0, Line 20: The INSERT statement conflicted with the CHECK constraint "CK__#tmp__1_3". The conflict occurred in database "tempdb", table "dbo.#tmp", column 'x'. (3621)
-CREATE TABLE u (id int NOT NULL CONSTRAINT PK_u PRIMARY KEY, nm varchar(10) NULL, ref int NULL CONSTRAINT FK_u REFERENCES u (id))
-INSERT u VALUES (1, 'a', NULL), (2, 'b', 1), (3, 'c', NULL)
+--> - decimal(38,0)? = 51 (1 rows)
+CREATE TABLE #tmp (id int NOT NULL PRIMARY KEY) -->
+INSERT #tmp VALUES (1) --> (1 changed)
+INSERT #tmp VALUES (1) --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__#tmp__1_2'. Cannot insert duplicate key in object 'dbo.#tmp'. The duplicate key value is (1). (3621)
+ALTER TABLE #tmp ADD x int NULL CHECK (x > 0) -->
+INSERT #tmp VALUES (2, 0) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK__#tmp__1_3". The conflict occurred in database "tempdb", table "dbo.#tmp", column 'x'. (3621)
+CREATE TABLE u (id int NOT NULL CONSTRAINT PK_u PRIMARY KEY, nm varchar(10) NULL, ref int NULL CONSTRAINT FK_u REFERENCES u (id)) -->
+INSERT u VALUES (1, 'a', NULL), (2, 'b', 1), (3, 'c', NULL) --> (3 changed)
 DECLARE @by int
 SET @by = 1
 UPDATE u SET id = 2 WHERE nm = 'c'
-UPDATE u SET id = id + @by WHERE id > 1
-UPDATE u SET ref = 77 WHERE id = 3
-UPDATE x SET id = 4 FROM u x WHERE x.nm = 'b'
-DELETE u WHERE id = 1
+UPDATE u SET id = id + @by WHERE id > 1 --> Msg 2627, Level 14, State 1, Line 3: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (2). (3621) (2 changed)
+UPDATE u SET ref = 77 WHERE id = 3 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'id'. (3621)
+UPDATE x SET id = 4 FROM u x WHERE x.nm = 'b' --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (4). (3621)
+DELETE u WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the SAME TABLE REFERENCE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'ref'. (3621)
 SELECT * FROM u
---> (3 changed)
---> Msg 2627, Level 14, State 1, Line 5: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (2). (3621) (2 changed)
---> Msg 547, Level 16, State 0, Line 7: The UPDATE statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'id'. (3621)
---> Msg 2627, Level 14, State 1, Line 8: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (4). (3621)
---> Msg 547, Level 16, State 0, Line 9: The DELETE statement conflicted with the SAME TABLE REFERENCE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'ref'. (3621)
 --> id int | nm varchar(10)? | ref int?
 --> 1 | a | NULL
 --> 3 | b | 1
 --> 4 | c | NULL (3 rows)
 -- one NULL equals another in a unique key
-CREATE TABLE nullable (a int NULL CONSTRAINT UQ_nullable UNIQUE, b varchar(5) NULL, c int NULL)
-CREATE UNIQUE INDEX ix_nullable ON nullable (b, c DESC)
-INSERT nullable VALUES (NULL, 'x', NULL), (1, 'x', 1), (2, NULL, 1), (3, NULL, NULL)
-INSERT nullable VALUES (NULL, 'y', 5)
-INSERT nullable VALUES (4, 'X', NULL)
-INSERT nullable VALUES (5, NULL, NULL)
-INSERT nullable VALUES (6, NULL, 0)
-UPDATE nullable SET a = NULL WHERE a = 6
-DROP INDEX UQ_nullable ON nullable
-ALTER TABLE nullable DROP CONSTRAINT UQ_nullable
-INSERT nullable VALUES (NULL, 'y', 5)
-ALTER TABLE nullable ADD CONSTRAINT UQ_again UNIQUE (a) WITH FILLFACTOR = 90 ON [PRIMARY]
-DROP INDEX ix_nullable ON nullable WITH (ONLINE = OFF)
-INSERT nullable VALUES (7, 'X', NULL)
---> (4 changed)
---> Msg 2627, Level 14, State 1, Line 5: Violation of UNIQUE KEY constraint 'UQ_nullable'. Cannot insert duplicate key in object 'dbo.nullable'. The duplicate key value is (<NULL>). (3621)
---> Msg 2601, Level 14, State 1, Line 6: Cannot insert duplicate key row in object 'dbo.nullable' with unique index 'ix_nullable'. The duplicate key value is (X, <NULL>). (3621)
---> Msg 2601, Level 14, State 1, Line 7: Cannot insert duplicate key row in object 'dbo.nullable' with unique index 'ix_nullable'. The duplicate key value is (<NULL>, <NULL>). (3621) (1 changed)
---> Msg 2627, Level 14, State 1, Line 9: Violation of UNIQUE KEY constraint 'UQ_nullable'. Cannot insert duplicate key in object 'dbo.nullable'. The duplicate key value is (<NULL>). (3621)
---> Msg 3723, Level 16, State 4, Line 10: An explicit DROP INDEX is not allowed on index 'nullable.UQ_nullable'. It is being used for UNIQUE KEY constraint enforcement. (1 changed)
---> Msg 1505, Level 16, State 1, Line 13: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.nullable' and the index name 'UQ_again'. The duplicate key value is (<NULL>). (1750) (3621) (1 changed)
+CREATE TABLE nullable (a int NULL CONSTRAINT UQ_nullable UNIQUE, b varchar(5) NULL, c int NULL) -->
+CREATE UNIQUE INDEX ix_nullable ON nullable (b, c DESC) -->
+INSERT nullable VALUES (NULL, 'x', NULL), (1, 'x', 1), (2, NULL, 1), (3, NULL, NULL) --> (4 changed)
+INSERT nullable VALUES (NULL, 'y', 5) --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ_nullable'. Cannot insert duplicate key in object 'dbo.nullable'. The duplicate key value is (<NULL>). (3621)
+INSERT nullable VALUES (4, 'X', NULL) --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.nullable' with unique index 'ix_nullable'. The duplicate key value is (X, <NULL>). (3621)
+INSERT nullable VALUES (5, NULL, NULL) --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.nullable' with unique index 'ix_nullable'. The duplicate key value is (<NULL>, <NULL>). (3621)
+INSERT nullable VALUES (6, NULL, 0) --> (1 changed)
+UPDATE nullable SET a = NULL WHERE a = 6 --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ_nullable'. Cannot insert duplicate key in object 'dbo.nullable'. The duplicate key value is (<NULL>). (3621)
+DROP INDEX UQ_nullable ON nullable --> Msg 3723, Level 16, State 4, Line 1: An explicit DROP INDEX is not allowed on index 'nullable.UQ_nullable'. It is being used for UNIQUE KEY constraint enforcement.
+ALTER TABLE nullable DROP CONSTRAINT UQ_nullable -->
+INSERT nullable VALUES (NULL, 'y', 5) --> (1 changed)
+ALTER TABLE nullable ADD CONSTRAINT UQ_again UNIQUE (a) WITH FILLFACTOR = 90 ON [PRIMARY] --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.nullable' and the index name 'UQ_again'. The duplicate key value is (<NULL>). (1750) (3621)
+DROP INDEX ix_nullable ON nullable WITH (ONLINE = OFF) -->
+INSERT nullable VALUES (7, 'X', NULL) --> (1 changed)
 -- a foreign key refers to a key: a plain index is none, a unique one is; the order is free
-CREATE TABLE keys (a int NOT NULL, b int NOT NULL, c varchar(5) NOT NULL, d int NOT NULL)
-CREATE INDEX ix_a ON keys (a)
-CREATE UNIQUE INDEX ux_b ON keys (b)
-ALTER TABLE keys ADD CONSTRAINT UQ_cd UNIQUE (c, d)
-CREATE TABLE to_plain (x int CONSTRAINT FK_plain REFERENCES keys (a)) --> Msg 1776, Level 16, State 0, Line 6: There are no primary or candidate keys in the referenced table 'keys' that match the referencing column list in the foreign key 'FK_plain'. (1750)
-CREATE TABLE to_unique (x int REFERENCES keys (b), y int, z varchar(5), CONSTRAINT FK_dc FOREIGN KEY (y, z) REFERENCES keys (d, c))
-CREATE TABLE to_text (x varchar(5) CONSTRAINT FK_text REFERENCES keys (b)) --> Msg 1778, Level 16, State 0, Line 2: Column 'keys.b' is not the same data type as referencing column 'to_text.x' in foreign key 'FK_text'. (1750)
+CREATE TABLE keys (a int NOT NULL, b int NOT NULL, c varchar(5) NOT NULL, d int NOT NULL) -->
+CREATE INDEX ix_a ON keys (a) -->
+CREATE UNIQUE INDEX ux_b ON keys (b) -->
+ALTER TABLE keys ADD CONSTRAINT UQ_cd UNIQUE (c, d) -->
+CREATE TABLE to_plain (x int CONSTRAINT FK_plain REFERENCES keys (a)) --> Msg 1776, Level 16, State 0, Line 1: There are no primary or candidate keys in the referenced table 'keys' that match the referencing column list in the foreign key 'FK_plain'. (1750)
+CREATE TABLE to_unique (x int REFERENCES keys (b), y int, z varchar(5), CONSTRAINT FK_dc FOREIGN KEY (y, z) REFERENCES keys (d, c)) -->
+CREATE TABLE to_text (x varchar(5) CONSTRAINT FK_text REFERENCES keys (b)) --> Msg 1778, Level 16, State 0, Line 1: Column 'keys.b' is not the same data type as referencing column 'to_text.x' in foreign key 'FK_text'. (1750)
 CREATE TABLE to_longer (x varchar(9), y int, CONSTRAINT FK_longer FOREIGN KEY (x, y) REFERENCES keys (c, d)) --> Msg 1753, Level 16, State 0, Line 1: Column 'keys.c' is not the same length or scale as referencing column 'to_longer.x' in foreign key 'FK_longer'. Columns participating in a foreign key relationship must be defined with the same length and scale. (1750)
 CREATE TABLE to_two (x int CONSTRAINT FK_two REFERENCES keys (c, d)) --> Msg 1774, Level 16, State 0, Line 1: The number of columns in the referencing column list for foreign key 'FK_two' does not match those of the referenced column list in the referenced table 'keys'. (1750)
-CREATE TABLE itself (id int PRIMARY KEY, up int REFERENCES itself)
-INSERT keys VALUES (1, 2, 'c', 3)
-INSERT to_unique VALUES (2, 3, 'c'), (NULL, NULL, NULL)
-INSERT to_unique VALUES (2, 4, 'c')
+CREATE TABLE itself (id int PRIMARY KEY, up int REFERENCES itself) -->
+INSERT keys VALUES (1, 2, 'c', 3) --> (1 changed)
+INSERT to_unique VALUES (2, 3, 'c'), (NULL, NULL, NULL) --> (2 changed)
+INSERT to_unique VALUES (2, 4, 'c') --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_dc". The conflict occurred in database "master", table "dbo.keys". (3621)
 BEGIN TRY
     ALTER TABLE itself ADD CONSTRAINT FK_try FOREIGN KEY (up) REFERENCES keys (a)
 END TRY
 BEGIN CATCH
     SELECT ERROR_NUMBER()
-END CATCH
-CREATE TABLE #free (x int CONSTRAINT FK_free REFERENCES keys (b))
-INSERT #free VALUES (9)
---> (1 changed) (2 changed)
---> Msg 547, Level 16, State 0, Line 4: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_dc". The conflict occurred in database "master", table "dbo.keys". (3621)
---> - int? = 1750 (1 rows)
---> Msg 1756, Level 0, State 1, Line 11: Skipping FOREIGN KEY constraint 'FK_free' definition for temporary table. FOREIGN KEY constraints are not enforced on local or global temporary tables. (1 changed)
+END CATCH --> - int? = 1750 (1 rows)
+CREATE TABLE #free (x int CONSTRAINT FK_free REFERENCES keys (b)) --> Msg 1756, Level 0, State 1, Line 1: Skipping FOREIGN KEY constraint 'FK_free' definition for temporary table. FOREIGN KEY constraints are not enforced on local or global temporary tables.
+INSERT #free VALUES (9) --> (1 changed)
 DECLARE @free TABLE (x int REFERENCES keys (b)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key of a table variable.
 -- two NULLs are one value too many
-CREATE TABLE two_nulls (a int, b int)
-INSERT two_nulls VALUES (NULL, 1), (NULL, 1)
-CREATE UNIQUE INDEX ux_two ON two_nulls (a, b)
-ALTER TABLE two_nulls ADD CONSTRAINT UQ_two UNIQUE (a)
---> (2 changed)
---> Msg 1505, Level 16, State 1, Line 4: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'ux_two'. The duplicate key value is (<NULL>, 1). (3621)
---> Msg 1505, Level 16, State 1, Line 5: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'UQ_two'. The duplicate key value is (<NULL>). (1750) (3621)
+CREATE TABLE two_nulls (a int, b int) -->
+INSERT two_nulls VALUES (NULL, 1), (NULL, 1) --> (2 changed)
+CREATE UNIQUE INDEX ux_two ON two_nulls (a, b) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'ux_two'. The duplicate key value is (<NULL>, 1). (3621)
+ALTER TABLE two_nulls ADD CONSTRAINT UQ_two UNIQUE (a) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'UQ_two'. The duplicate key value is (<NULL>). (1750) (3621)
 -- what takes NULL is no key and no identity
 CREATE TABLE null_key (a int NULL PRIMARY KEY) --> Msg 8111, Level 16, State 1, Line 2: Cannot define PRIMARY KEY constraint on nullable column in table 'null_key'. (1750)
 CREATE TABLE null_identity (a int IDENTITY NULL) --> Msg 8147, Level 16, State 1, Line 1: Could not create IDENTITY attribute on nullable column 'a', table 'null_identity'.
 -- several tables refer to one: rows tell which is in the way
-CREATE TABLE several (id int PRIMARY KEY)
-CREATE TABLE with_none (id int CONSTRAINT FK_none REFERENCES several)
-CREATE TABLE with_null (id int CONSTRAINT FK_null REFERENCES several)
-CREATE TABLE with_one (id int CONSTRAINT FK_one REFERENCES several)
-CREATE TABLE that_follow (id int CONSTRAINT FK_follow REFERENCES several ON DELETE CASCADE)
-INSERT several VALUES (1), (2)
-INSERT with_null VALUES (NULL)
-INSERT with_one VALUES (1)
-INSERT that_follow VALUES (1), (2)
-DELETE several
-DELETE several WHERE id = 2
-SELECT id FROM that_follow
---> (2 changed) (1 changed) (1 changed) (2 changed)
---> Msg 547, Level 16, State 0, Line 11: The DELETE statement conflicted with the REFERENCE constraint "FK_one". The conflict occurred in database "master", table "dbo.with_one", column 'id'. (3621) (1 changed)
---> id int? = 1 (1 rows)
+CREATE TABLE several (id int PRIMARY KEY) -->
+CREATE TABLE with_none (id int CONSTRAINT FK_none REFERENCES several) -->
+CREATE TABLE with_null (id int CONSTRAINT FK_null REFERENCES several) -->
+CREATE TABLE with_one (id int CONSTRAINT FK_one REFERENCES several) -->
+CREATE TABLE that_follow (id int CONSTRAINT FK_follow REFERENCES several ON DELETE CASCADE) -->
+INSERT several VALUES (1), (2) --> (2 changed)
+INSERT with_null VALUES (NULL) --> (1 changed)
+INSERT with_one VALUES (1) --> (1 changed)
+INSERT that_follow VALUES (1), (2) --> (2 changed)
+DELETE several --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_one". The conflict occurred in database "master", table "dbo.with_one", column 'id'. (3621)
+DELETE several WHERE id = 2 --> (1 changed)
+SELECT id FROM that_follow --> id int? = 1 (1 rows)
 -- an index of another database's table
-CREATE DATABASE elsewhere
-CREATE TABLE elsewhere.dbo.indexed (a int)
-CREATE INDEX ix_there ON elsewhere.dbo.indexed (a)
-DROP INDEX ix_there ON elsewhere.dbo.indexed
-DROP INDEX ix_there ON elsewhere.dbo.indexed
+CREATE DATABASE elsewhere -->
+CREATE TABLE elsewhere.dbo.indexed (a int) -->
+CREATE INDEX ix_there ON elsewhere.dbo.indexed (a) -->
+DROP INDEX ix_there ON elsewhere.dbo.indexed -->
+DROP INDEX ix_there ON elsewhere.dbo.indexed --> Msg 3701, Level 11, State 7, Line 1: Cannot drop the index 'indexed.ix_there', because it does not exist or you do not have permission.
 -- a CHECK belongs to the columns that it reads
-CREATE TABLE span (a int, b int, CONSTRAINT CK_span CHECK (a < b), CONSTRAINT CK_one CHECK (span.a > 1))
-INSERT span VALUES (1, 2)
-INSERT span VALUES (3, 2)
+CREATE TABLE span (a int, b int, CONSTRAINT CK_span CHECK (a < b), CONSTRAINT CK_one CHECK (span.a > 1)) -->
+INSERT span VALUES (1, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_one". The conflict occurred in database "master", table "dbo.span", column 'a'. (3621)
+INSERT span VALUES (3, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_span". The conflict occurred in database "master", table "dbo.span". (3621)
 ALTER TABLE span DROP COLUMN b
---> Msg 3701, Level 11, State 7, Line 6: Cannot drop the index 'indexed.ix_there', because it does not exist or you do not have permission.
---> Msg 547, Level 16, State 0, Line 9: The INSERT statement conflicted with the CHECK constraint "CK_one". The conflict occurred in database "master", table "dbo.span", column 'a'. (3621)
---> Msg 547, Level 16, State 0, Line 10: The INSERT statement conflicted with the CHECK constraint "CK_span". The conflict occurred in database "master", table "dbo.span". (3621)
---> Msg 5074, Level 16, State 1, Line 11: The object 'CK_span' is dependent on column 'b'.
---> Msg 4922, Level 16, State 9, Line 11: ALTER TABLE DROP COLUMN b failed because one or more objects access this column.
+--> Msg 5074, Level 16, State 1, Line 1: The object 'CK_span' is dependent on column 'b'.
+--> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE DROP COLUMN b failed because one or more objects access this column.
 ALTER TABLE span ADD c int CHECK (c > a) --> Msg 8141, Level 16, State 0, Line 1: Column CHECK constraint for column 'c' references another column, table 'span'. (1750)
-CREATE TABLE tree (id int CONSTRAINT pk_tree PRIMARY KEY, note varchar(9), up int CONSTRAINT fk_tree REFERENCES tree)
-INSERT tree VALUES (1, 'lengthy', NULL), (2, '', 1)
-INSERT tree VALUES (3, '', 9)
-DELETE tree WHERE id = 1
-ALTER TABLE tree ADD a varchar(9) CONSTRAINT df_tree_a DEFAULT ((1)), b int CONSTRAINT df_tree_b DEFAULT -1, c datetime CONSTRAINT df_tree_c DEFAULT (GETDATE())
+CREATE TABLE tree (id int CONSTRAINT pk_tree PRIMARY KEY, note varchar(9), up int CONSTRAINT fk_tree REFERENCES tree) -->
+INSERT tree VALUES (1, 'lengthy', NULL), (2, '', 1) --> (2 changed)
+INSERT tree VALUES (3, '', 9) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "fk_tree". The conflict occurred in database "master", table "dbo.tree", column 'id'. (3621)
+DELETE tree WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the SAME TABLE REFERENCE constraint "fk_tree". The conflict occurred in database "master", table "dbo.tree", column 'up'. (3621)
+ALTER TABLE tree ADD a varchar(9) CONSTRAINT df_tree_a DEFAULT ((1)), b int CONSTRAINT df_tree_b DEFAULT -1, c datetime CONSTRAINT df_tree_c DEFAULT (GETDATE()) -->
 SELECT COLUMN_NAME, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'tree' AND COLUMN_DEFAULT <> ''
-ALTER TABLE tree ALTER COLUMN note varchar(3)
-DROP TABLE dbo.no_tree
---> (2 changed)
---> Msg 547, Level 16, State 0, Line 3: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "fk_tree". The conflict occurred in database "master", table "dbo.tree", column 'id'. (3621)
---> Msg 547, Level 16, State 0, Line 4: The DELETE statement conflicted with the SAME TABLE REFERENCE constraint "fk_tree". The conflict occurred in database "master", table "dbo.tree", column 'up'. (3621)
 --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)?
 --> a | ((1))
 --> b | ((-1))
 --> c | (GETDATE()) (3 rows)
---> Msg 2628, Level 16, State 1, Line 7: String or binary data would be truncated in table 'master.dbo.tree', column 'note'. Truncated value: 'len'. (3621)
---> Msg 3701, Level 11, State 5, Line 8: Cannot drop the table 'dbo.no_tree', because it does not exist or you do not have permission.
+ALTER TABLE tree ALTER COLUMN note varchar(3) --> Msg 2628, Level 16, State 1, Line 1: String or binary data would be truncated in table 'master.dbo.tree', column 'note'. Truncated value: 'len'. (3621)
+DROP TABLE dbo.no_tree --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the table 'dbo.no_tree', because it does not exist or you do not have permission.
 -- rows that another statement gives break a constraint in the same words
-CREATE TABLE given_to (id int CONSTRAINT PK_given PRIMARY KEY, up int CONSTRAINT FK_given REFERENCES given_to)
-INSERT given_to EXEC ('SELECT 1, 9')
-INSERT given_to VALUES (1, NULL)
-CREATE TABLE kept (id int CONSTRAINT PK_kept PRIMARY KEY CONSTRAINT DF_none DEFAULT 1)
-INSERT kept VALUES (1)
-DELETE given_to OUTPUT deleted.id INTO kept
-ALTER TABLE given_to ADD CONSTRAINT DF_given DEFAULT 1 FOR up WITH VALUES
-SELECT * FROM given_to
---> Msg 547, Level 16, State 0, Line 3: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_given". The conflict occurred in database "master", table "dbo.given_to", column 'id'. (3621) (1 changed) (1 changed)
---> Msg 2627, Level 14, State 1, Line 7: Violation of PRIMARY KEY constraint 'PK_kept'. Cannot insert duplicate key in object 'dbo.kept'. The duplicate key value is (1). (3621)
---> id int = 1 | up int? = NULL (1 rows)
+CREATE TABLE given_to (id int CONSTRAINT PK_given PRIMARY KEY, up int CONSTRAINT FK_given REFERENCES given_to) -->
+INSERT given_to EXEC ('SELECT 1, 9') --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_given". The conflict occurred in database "master", table "dbo.given_to", column 'id'. (3621)
+INSERT given_to VALUES (1, NULL) --> (1 changed)
+CREATE TABLE kept (id int CONSTRAINT PK_kept PRIMARY KEY CONSTRAINT DF_none DEFAULT 1) -->
+INSERT kept VALUES (1) --> (1 changed)
+DELETE given_to OUTPUT deleted.id INTO kept --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_kept'. Cannot insert duplicate key in object 'dbo.kept'. The duplicate key value is (1). (3621)
+ALTER TABLE given_to ADD CONSTRAINT DF_given DEFAULT 1 FOR up WITH VALUES -->
+SELECT * FROM given_to --> id int = 1 | up int? = NULL (1 rows)
 CREATE TABLE endless (t varchar(max) UNIQUE) --> Msg 1919, Level 16, State 1, Line 1: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index. (1750)
-CREATE TABLE endless (t nvarchar(max), x int)
-CREATE INDEX ix_endless ON endless (x) INCLUDE (t)
-CREATE INDEX ix_of_text ON endless (x, t) --> Msg 1919, Level 16, State 1, Line 3: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index.
+CREATE TABLE endless (t nvarchar(max), x int) -->
+CREATE INDEX ix_endless ON endless (x) INCLUDE (t) -->
+CREATE INDEX ix_of_text ON endless (x, t) --> Msg 1919, Level 16, State 1, Line 1: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index.
 CREATE TABLE nd (a int DEFAULT nosuch(1)) --> Msg 195, Level 15, State 10, Line 1: 'nosuch' is not a recognized built-in function name.
-DECLARE @x int = 3
+DECLARE @x int = 3 -->
 CREATE TABLE nd (a int DEFAULT (@x)) --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@x".

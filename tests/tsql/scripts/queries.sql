@@ -1,82 +1,78 @@
-CREATE TABLE a (id int PRIMARY KEY, g varchar(10), n int NULL)
-INSERT a VALUES (1,'x',10),(2,'x',NULL),(3,'Y',30),(4,'y',5)
-CREATE TABLE b (id int, aid int, t varchar(20))
-INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3 --> (4 changed) (2 changed)
+CREATE TABLE a (id int PRIMARY KEY, g varchar(10), n int NULL) -->
+INSERT a VALUES (1,'x',10),(2,'x',NULL),(3,'Y',30),(4,'y',5) --> (4 changed)
+CREATE TABLE b (id int, aid int, t varchar(20)) -->
+INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3 --> (2 changed)
 -- groups meet without regard to case; a column outside of them is refused
 SELECT g, COUNT(*) c, SUM(n) s, AVG(n) av FROM a GROUP BY g HAVING COUNT(*) > 1 ORDER BY g
-SELECT UPPER(g), COUNT(n) FROM a GROUP BY UPPER(g) ORDER BY 2 DESC
-SELECT COUNT(DISTINCT g), COUNT(*) FROM a
 --> g varchar(10)? | c int? | s int? | av int?
 --> x | 2 | 10 | 10
 --> Y | 2 | 35 | 17 (8153, Line 2) (2 rows)
+SELECT UPPER(g), COUNT(n) FROM a GROUP BY UPPER(g) ORDER BY 2 DESC
 --> - varchar(10)? | - int?
 --> Y | 2
---> X | 1 (8153, Line 3) (2 rows)
---> - int? = 2 | - int? = 4 (1 rows)
+--> X | 1 (8153, Line 1) (2 rows)
+SELECT COUNT(DISTINCT g), COUNT(*) FROM a --> - int? = 2 | - int? = 4 (1 rows)
 SELECT g, n FROM a GROUP BY g --> Msg 8120, Level 16, State 1, Line 1: Column 'a.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.
 SELECT a.id, b.t FROM a LEFT OUTER JOIN b ON a.id = b.aid WHERE a.id IN (1,3) ORDER BY a.id
-SELECT a.id, b.t FROM a, b WHERE a.id = b.aid
-SELECT x.id, b.id FROM b RIGHT JOIN a AS x ON x.id = b.aid ORDER BY x.id DESC
-SELECT * FROM a WITH (NOLOCK) WHERE EXISTS (SELECT * FROM b WHERE b.aid = a.id) AND n IS NOT NULL
-SELECT id, (SELECT t FROM b WHERE b.aid = a.id) AS t, (SELECT MAX(t) FROM b) m FROM a
-SELECT id FROM a WHERE id IN (SELECT aid FROM b) UNION SELECT 99 UNION ALL SELECT 99 ORDER BY id DESC
-SELECT id FROM a EXCEPT SELECT aid FROM b
-SELECT DISTINCT g FROM a
-SELECT TOP 2 * FROM a ORDER BY n DESC, id
-SELECT * FROM a WHERE g LIKE '[x]%' AND id BETWEEN 1 AND 2 OR NOT (id <> 4)
-SELECT 'same' WHERE 'abc ' = 'ABC' AND NOT 'a' = 'b'
-SELECT d.t, d.n FROM (SELECT t, COUNT(*) n FROM b GROUP BY t) d WHERE d.n = 1;
-WITH q AS (SELECT t FROM b) SELECT x.t FROM q x JOIN q y ON x.t = y.t
-SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, CASE g WHEN 'x' THEN 1 ELSE 0.5 END FROM a
-SELECT 1/2, 7 % 3, 1.0/3, 'a' + 'b', 5 & 3, -7/2, CAST(1 AS float)/4, 'a' + NULL
 --> id int | t varchar(20)?
 --> 1 | b1
 --> 3 | NULL (2 rows)
+SELECT a.id, b.t FROM a, b WHERE a.id = b.aid
 --> id int | t varchar(20)?
 --> 1 | b1
 --> 2 | b2 (2 rows)
+SELECT x.id, b.id FROM b RIGHT JOIN a AS x ON x.id = b.aid ORDER BY x.id DESC
 --> id int | id int?
 --> 4 | NULL
 --> 3 | NULL
 --> 2 | 12
 --> 1 | 11 (4 rows)
---> id int = 1 | g varchar(10)? = x | n int? = 10 (1 rows)
+SELECT * FROM a WITH (NOLOCK) WHERE EXISTS (SELECT * FROM b WHERE b.aid = a.id) AND n IS NOT NULL --> id int = 1 | g varchar(10)? = x | n int? = 10 (1 rows)
+SELECT id, (SELECT t FROM b WHERE b.aid = a.id) AS t, (SELECT MAX(t) FROM b) m FROM a
 --> id int | t varchar(20)? | m varchar(20)?
 --> 1 | b1 | b2
 --> 2 | b2 | b2
 --> 3 | NULL | b2
 --> 4 | NULL | b2 (4 rows)
+SELECT id FROM a WHERE id IN (SELECT aid FROM b) UNION SELECT 99 UNION ALL SELECT 99 ORDER BY id DESC
 --> id int
 --> 99
 --> 99
 --> 2
 --> 1 (4 rows)
+SELECT id FROM a EXCEPT SELECT aid FROM b
 --> id int?
 --> 3
 --> 4 (2 rows)
+SELECT DISTINCT g FROM a
 --> g varchar(10)?
 --> x
 --> Y (2 rows)
+SELECT TOP 2 * FROM a ORDER BY n DESC, id
 --> id int | g varchar(10)? | n int?
 --> 3 | Y | 30
 --> 1 | x | 10 (2 rows)
+SELECT * FROM a WHERE g LIKE '[x]%' AND id BETWEEN 1 AND 2 OR NOT (id <> 4)
 --> id int | g varchar(10)? | n int?
 --> 1 | x | 10
 --> 2 | x | NULL
 --> 4 | y | 5 (3 rows)
---> - varchar(4) = same (1 rows)
+SELECT 'same' WHERE 'abc ' = 'ABC' AND NOT 'a' = 'b' --> - varchar(4) = same (1 rows)
+SELECT d.t, d.n FROM (SELECT t, COUNT(*) n FROM b GROUP BY t) d WHERE d.n = 1;
 --> t varchar(20)? | n int?
 --> b1 | 1
 --> b2 | 1 (2 rows)
+WITH q AS (SELECT t FROM b) SELECT x.t FROM q x JOIN q y ON x.t = y.t
 --> t varchar(20)?
 --> b1
 --> b2 (2 rows)
+SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, CASE g WHEN 'x' THEN 1 ELSE 0.5 END FROM a
 --> z varchar(5)? | - decimal(11,1)?
 --> big | 1.0
 --> NULL | 1.0
 --> big | 0.5
 --> small | 0.5 (4 rows)
---> - int? = 0 | - int? = 1 | - decimal(7,6)? = 0.333333 | - varchar(2)? = ab | - int? = 1 | - int? = -3 | - float? = 0.25 | - varchar(2)? = NULL (1 rows)
+SELECT 1/2, 7 % 3, 1.0/3, 'a' + 'b', 5 & 3, -7/2, CAST(1 AS float)/4, 'a' + NULL --> - int? = 0 | - int? = 1 | - decimal(7,6)? = 0.333333 | - varchar(2)? = ab | - int? = 1 | - int? = -3 | - float? = 0.25 | - varchar(2)? = NULL (1 rows)
 SELECT id, (SELECT id FROM a) FROM b --> Msg 512, Level 16, State 1, Line 1: Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, >= or when the subquery is used as an expression.
 SELECT id FROM a JOIN b ON a.id = b.aid --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 SELECT x.id FROM a --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "x.id" could not be bound.
@@ -97,17 +93,13 @@ WITH c AS (SELECT 1 AS n UNION ALL SELECT c.n + 1 FROM a LEFT JOIN c ON c.n = a.
 WITH c AS (SELECT 1 AS n UNION ALL SELECT MAX(n) + 1 FROM c) SELECT n FROM c --> Msg 467, Level 16, State 1, Line 1: GROUP BY, HAVING, or aggregate functions are not allowed in the recursive part of a recursive common table expression 'c'.
 UPDATE a SET id = MAX(id) --> Msg 157, Level 15, State 1, Line 1: An aggregate may not appear in the set list of an UPDATE statement.
 DELETE a WHERE id = MAX(id) --> Msg 147, Level 15, State 1, Line 1: An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING clause or a select list, and the column being aggregated is an outer reference.
-SELECT 'many' FROM a HAVING COUNT(*) > 1
-SELECT 'none' AS how, 1 AS n FROM a WHERE 1 = 0 HAVING COUNT(*) = 0 ORDER BY n
-SELECT 1 WHERE EXISTS (SELECT 1 FROM a HAVING COUNT(*) > 1000)
-SELECT SUM(id) FROM a HAVING 1 = 1
---> - varchar(4) = many (1 rows)
---> how varchar(4) = none | n int = 1 (1 rows)
---> - int (0 rows)
---> - int? = 10 (1 rows)
+SELECT 'many' FROM a HAVING COUNT(*) > 1 --> - varchar(4) = many (1 rows)
+SELECT 'none' AS how, 1 AS n FROM a WHERE 1 = 0 HAVING COUNT(*) = 0 ORDER BY n --> how varchar(4) = none | n int = 1 (1 rows)
+SELECT 1 WHERE EXISTS (SELECT 1 FROM a HAVING COUNT(*) > 1000) --> - int (0 rows)
+SELECT SUM(id) FROM a HAVING 1 = 1 --> - int? = 10 (1 rows)
 -- variables that rows assign one after the other, in order; a subquery's columns are none of theirs; money as written
-CREATE TABLE piece (id int, n varchar(10), m money)
-INSERT piece VALUES (3, 'c', $1.5), (1, 'a', $20), (2, 'b', -$.25)
+CREATE TABLE piece (id int, n varchar(10), m money) -->
+INSERT piece VALUES (3, 'c', $1.5), (1, 'a', $20), (2, 'b', -$.25) --> (3 changed)
 DECLARE @l varchar(100) = '', @s int = 0, @x varchar(10), @i int = 0, @c varchar(100)
 SELECT @l = @l + n + ',', @s += id FROM piece ORDER BY id
 SELECT @c = COALESCE(@c + ', ', '') + QUOTENAME(n) FROM piece p WHERE id > 1 ORDER BY p.n DESC
@@ -115,11 +107,9 @@ SELECT @l, @s, @c
 SELECT @l = ''
 SELECT TOP (2) @l = @l + a.n + b.n + ' ', @i = @i + 1, @x = (SELECT MAX(n) FROM piece q WHERE q.id <= a.id) FROM piece a JOIN piece b ON a.id < b.id ORDER BY a.id, b.id DESC
 SELECT @l, @i, @x, @@ROWCOUNT
-SELECT $5 a, $1.23456 b, -$2 c, $1 + 1 d, 2 * $1.10 e
---> (3 changed)
 --> - varchar(100)? = a,b,c, | - int? = 6 | - varchar(100)? = [c], [b] (1 rows)
 --> - varchar(100)? = ac ab  | - int? = 2 | - varchar(10)? = a | - int? = 2 (1 rows)
---> a money = 5.0000 | b money = 1.2346 | c money = -2.0000 | d money? = 2.0000 | e money? = 2.2000 (1 rows)
+SELECT $5 a, $1.23456 b, -$2 c, $1 + 1 d, 2 * $1.10 e --> a money = 5.0000 | b money = 1.2346 | c money = -2.0000 | d money? = 2.0000 | e money? = 2.2000 (1 rows)
 DECLARE @a int
 SELECT @a = id, n FROM piece --> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
 DECLARE @a int, @b int
@@ -132,8 +122,8 @@ b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i
 --> 2 | ab\ (2 rows)
 SELECT TOP 1.5 i FROM (VALUES (1)) v (i) --> Msg 1060, Level 15, State 1, Line 1: The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
 SELECT TOP (i) i FROM (VALUES (1)) v (i) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'i'.
-DECLARE @n int
-SELECT TOP @n 1 --> Msg 102, Level 15, State 1, Line 2: Incorrect syntax near '@n'.
+DECLARE @n int -->
+SELECT TOP @n 1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '@n'.
 DELETE TOP 1 FROM t --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
 -- a common table sees those before it, and a name is given once
 WITH a AS (SELECT 1 AS x), b AS (SELECT x + 1 AS x FROM a), a2 AS (SELECT x FROM b UNION ALL SELECT x + 1 FROM a2 WHERE x < 3) SELECT x FROM a2
