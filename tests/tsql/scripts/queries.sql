@@ -72,7 +72,6 @@ SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, C
 --> NULL | 1.0
 --> big | 0.5
 --> small | 0.5 (4 rows)
-SELECT 1/2, 7 % 3, 1.0/3, 'a' + 'b', 5 & 3, -7/2, CAST(1 AS float)/4, 'a' + NULL --> - int? = 0 | - int? = 1 | - decimal(7,6)? = 0.333333 | - varchar(2)? = ab | - int? = 1 | - int? = -3 | - float? = 0.25 | - varchar(2)? = NULL (1 rows)
 SELECT id, (SELECT id FROM a) FROM b --> Msg 512, Level 16, State 1, Line 1: Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, >= or when the subquery is used as an expression.
 SELECT id FROM a JOIN b ON a.id = b.aid --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 SELECT x.id FROM a --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "x.id" could not be bound.
