@@ -64,7 +64,11 @@ TEST(Logins, MustBeOverInTime) {
     const TsqlBox box({"--login-timeout", "1"});
     const auto slow = loggedIn(box);
     Clients silent;
-    for (int i = 0; i < 100; ++i) silent.push_back(std::make_unique<RawClient>(box.port()));
+    const std::string starts[] = {"", "\x12", preloginPacket(), packet(kPrelogin, "", /*status=*/0)};
+    for (std::size_t i = 0; i < 100; ++i) {
+        silent.push_back(std::make_unique<RawClient>(box.port()));
+        silent.back()->send(starts[i % std::size(starts)]);
+    }
     RawClient dripping(box.port());
     const std::string login = packet(kLogin7, loginPacket(box.login(), box.password()));
     ASSERT_GT(login.size(), 100U);

@@ -6,57 +6,38 @@
 #include <chrono>
 #include <fstream>
 
-#include "RawClient.h"
-#include "TsqlBox.h"
+#include "ServerProcess.h"
 
 namespace support {
 namespace {
 
 using namespace std::string_literals;
 
-constexpr std::uint8_t kSqlBatch = 1, kRpc = 3, kAttention = 6, kPrelogin = 18;
 constexpr std::uint8_t kMoreFollows = 0;
 constexpr unsigned kDoneAttention = 0x20;
 
-bool stillServes(const TsqlBox& box) {
-    RawClient client(box.port());
-    if (!client.logIn(box.login(), box.password())) return false;
-    client.send(packet(kSqlBatch, batchPacket("SELECT 1")));
-    return finalStatus(client.response()) == 0x10;
-}
-
 TEST(Server, AnAttentionIsAnsweredWheneverItComes) {
     const TsqlBox box;
-    RawClient client(box.port());
-    ASSERT_TRUE(client.logIn(box.login(), box.password()));
+    const auto connection = loggedIn(box);
+    RawClient& client = *connection;
 
     client.send(packet(kAttention, ""));
-    EXPECT_EQ(finalStatus(client.response()), kDoneAttention) << "idle";
+    EXPECT_EQ(answer(client), kDoneAttention) << "idle";
 
-    client.send(packet(kSqlBatch, batchPacket("WHILE 1 = 1 SELECT REPLICATE('x', 500)")));
+    ask(client, "WHILE 1 = 1 SELECT REPLICATE('x', 500)");
     bool last = false;
     std::string streamed;
     for (int i = 0; i < 20; ++i) streamed += client.packetBody(last);
     ASSERT_FALSE(last);
     client.send(packet(kAttention, ""));
-    EXPECT_EQ(finalStatus(client.response()) & kDoneAttention, 0U) << "the result is broken off";
-    EXPECT_EQ(finalStatus(client.response()), kDoneAttention) << "while a result streams";
+    EXPECT_EQ(answer(client) & kDoneAttention, 0U) << "the result is broken off";
+    EXPECT_EQ(answer(client), kDoneAttention) << "while a result streams";
 
     client.send(packet(kSqlBatch, batchPacket("SELECT 1"), kMoreFollows) + packet(kAttention, ""));
-    EXPECT_EQ(finalStatus(client.response()), kDoneAttention) << "while the request is being sent";
+    EXPECT_EQ(answer(client), kDoneAttention) << "while the request is being sent";
 
-    client.send(packet(kSqlBatch, batchPacket("SELECT 1")));
-    EXPECT_EQ(finalStatus(client.response()), 0x10U) << "the session goes on";
-}
-
-TEST(Server, AClientThatDoesNotLogInIsClosed) {
-    const TsqlBox box({"--login-timeout", "1"});
-    for (const std::string& sent : {""s, "\x12"s, preloginPacket(), packet(kPrelogin, "", kMoreFollows)}) {
-        RawClient client(box.port());
-        client.send(sent);
-        EXPECT_TRUE(client.isClosed());
-    }
-    EXPECT_TRUE(stillServes(box));
+    ask(client, "SELECT 1");
+    EXPECT_EQ(answer(client), 0x10U) << "the session goes on";
 }
 
 TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
@@ -64,7 +45,7 @@ TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
     const TsqlBox box;
     const auto run = [](RawClient& client, const std::string& batch, std::uint8_t status = 1) {
         client.send(packet(kSqlBatch, batchPacket(batch), status));
-        return finalStatus(client.response()) & 2U;
+        return answer(client) & 2U;
     };
     const auto check = [](const std::string& condition) {
         return "IF NOT (" + condition + ") RAISERROR('it is not so', 16, 1)";
@@ -102,30 +83,16 @@ TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
 
 TEST(Server, ACallMayLeaveAParameterToItsDefault) {
     const TsqlBox box;
-    RawClient client(box.port());
-    ASSERT_TRUE(client.logIn(box.login(), box.password()));
+    const auto connection = loggedIn(box);
+    RawClient& client = *connection;
     client.send(
         packet(kSqlBatch, batchPacket("CREATE PROCEDURE P @a int = 7 AS IF @a <> 7 RAISERROR('no', 16, 1)")));
-    EXPECT_EQ(finalStatus(client.response()), 0U);
+    EXPECT_EQ(answer(client), 0U);
     for (const char flags : {'\2', '\0'}) {  // the default, and the 1 that is given
         const std::string call = "\1\0P\0\0\0\0"s + flags + "\x26\4\4\1\0\0\0"s;
         client.send(packet(kRpc, batchPacket("") + call));
         EXPECT_EQ(client.response().find("n\0o\0"s) != std::string::npos, flags == 0);
     }
-}
-
-TEST(Server, AMessageWithNoWaitDoesNotWaitForTheBatchesEnd) {
-    const TsqlBox box;
-    RawClient client(box.port());
-    ASSERT_TRUE(client.logIn(box.login(), box.password()));
-    client.send(
-        packet(kSqlBatch, batchPacket("RAISERROR('now', 0, 1) WITH NOWAIT WAITFOR DELAY '01:00:00'")));
-    bool last = true;
-    EXPECT_NE(client.packetBody(last).find("n\0o\0w\0"s), std::string::npos);
-    EXPECT_FALSE(last);
-    client.send(packet(kAttention, ""));
-    EXPECT_EQ(finalStatus(client.response()) & kDoneAttention, 0U) << "the response is broken off";
-    EXPECT_EQ(finalStatus(client.response()), kDoneAttention);
 }
 
 TEST(Server, MoreClientsThanAllowedAreTurnedAway) {
@@ -137,7 +104,8 @@ TEST(Server, MoreClientsThanAllowedAreTurnedAway) {
         EXPECT_TRUE(RawClient(box.port()).isClosed());
     }
     bool served = false;  // as soon as the server has seen that they left
-    for (int i = 0; i < 500 && !served; ++i) served = stillServes(box);
+    for (int i = 0; i < 500 && !served; ++i)
+        served = RawClient(box.port()).logIn(box.login(), box.password());
     EXPECT_TRUE(served);
 }
 
@@ -146,10 +114,10 @@ TEST(Server, EndsCleanlyWithClientsInAllStatesAndKeepsWhatWasCommitted) {
     RawClient silent(box.port());
     RawClient idle(box.port()), busy(box.port()), unread(box.port());
     for (RawClient* client : {&idle, &busy, &unread}) ASSERT_TRUE(client->logIn(box.login(), box.password()));
-    idle.send(packet(kSqlBatch, batchPacket("CREATE TABLE Kept (i int) INSERT INTO Kept VALUES (1)")));
-    EXPECT_EQ(finalStatus(idle.response()) & 2U, 0U);
-    busy.send(packet(kSqlBatch, batchPacket("WHILE 1 = 1 WAITFOR DELAY '00:00:01'")));
-    unread.send(packet(kSqlBatch, batchPacket("WHILE 1 = 1 SELECT REPLICATE('x', 4000)")));
+    ask(idle, "CREATE TABLE Kept (i int) INSERT INTO Kept VALUES (1)");
+    EXPECT_EQ(answer(idle) & 2U, 0U);
+    ask(busy, "WHILE 1 = 1 WAITFOR DELAY '00:00:01'");
+    ask(unread, "WHILE 1 = 1 SELECT REPLICATE('x', 4000)");
     bool last = false;
     unread.packetBody(last);
     EXPECT_EQ(box.stop(), 0);
@@ -157,8 +125,8 @@ TEST(Server, EndsCleanlyWithClientsInAllStatesAndKeepsWhatWasCommitted) {
     box.start();
     RawClient after(box.port());
     ASSERT_TRUE(after.logIn(box.login(), box.password()));
-    after.send(packet(kSqlBatch, batchPacket("SELECT i FROM Kept")));
-    EXPECT_EQ(finalStatus(after.response()), 0x10U);
+    ask(after, "SELECT i FROM Kept");
+    EXPECT_EQ(answer(after), 0x10U);
 }
 
 TEST(Server, AWrongCommandLineIsRefusedWithTheReason) {
@@ -181,8 +149,6 @@ TEST(Server, AWrongCommandLineIsRefusedWithTheReason) {
         {{"--data", data, "--port", "70000", "--login", "sa", "--password-file", password}, "--port"},
         {{"--data", data, "--port", std::to_string(box.port()), "--login", "sa", "--password-file", password},
          "Address already in use"},
-        {{"--data", data, "--port", "0", "--login", "sa", "--password-file", password, "--listen", "0.0.0.0"},
-         "--allow-remote"},
         {{"--data", folder / "file", "--port", "0", "--login", "sa", "--password-file", password},
          folder / "file"},
     };

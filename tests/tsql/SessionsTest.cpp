@@ -32,33 +32,11 @@ TEST_F(Sessions, HaveTheirOwnTemporaryTables) {
     EXPECT_TRUE(has(second("CREATE TABLE #t (y int) SELECT COUNT(*) FROM #t"), "= 0 (1 rows)\n"));
 }
 
-TEST_F(Sessions, ReadWhatIsCommittedAndWaitNoLongerThanTheyAsk) {
-    first("CREATE TABLE t (x int) BEGIN TRAN INSERT t VALUES (1)");
-    EXPECT_TRUE(has(second("SELECT COUNT(*) FROM t"), "= 0 (1 rows)\n"));
-    EXPECT_TRUE(has(second("SET LOCK_TIMEOUT 50 INSERT t VALUES (2)"), "Msg 1222"));
-    first("COMMIT");
-    EXPECT_TRUE(has(second("INSERT t VALUES (2) SELECT COUNT(*) FROM t"), "= 2 (1 rows)\n"));
-}
-
 TEST_F(Sessions, ThatReadBeforeAnothersChangeMayStillWrite) {
     first("CREATE TABLE t (x int) INSERT t VALUES (1)");
     first("BEGIN TRAN SELECT * FROM t");
     second("UPDATE t SET x = 5");
     EXPECT_TRUE(has(first("UPDATE t SET x = x + 1 COMMIT SELECT x FROM t"), "= 6 (1 rows)\n"));
-}
-
-TEST_F(Sessions, WriteAtTheSameTime) {
-    first("CREATE TABLE t (id int IDENTITY, who int)");
-    constexpr int kSessions = 4, kRows = 50;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kSessions; ++i)
-        threads.emplace_back([&, i] {
-            tsql::Session session(m_engine, {"sa"}, "master", 60 + i);
-            const std::string insert = "SET NOCOUNT ON INSERT t (who) VALUES (" + std::to_string(i) + ")";
-            for (int row = 0; row < kRows; ++row) EXPECT_EQ(runBatch(session, insert), "");
-        });
-    for (auto& thread : threads) thread.join();
-    EXPECT_TRUE(has(first("SELECT COUNT(*), MAX(id) FROM t"), "- int? = 200 | - int? = 200 (1 rows)\n"));
 }
 
 TEST_F(Sessions, KeepWhatIsCommittedAndNothingElse) {
