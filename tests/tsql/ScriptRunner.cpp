@@ -45,6 +45,9 @@ bool isNote(const Message& message) {
     });
 }
 
+// Bytes of a short result set: heading and rows on one line.
+constexpr std::size_t kLongestOneLine = 120;
+
 class PrintingSink final : public ResultSink {
   public:
     void columns(std::span<const Column> columns) override {
@@ -97,17 +100,24 @@ class PrintingSink final : public ResultSink {
         if (m_columns.empty()) return;
         std::vector<std::string> heading;
         for (const Column& column : m_columns) heading.push_back(describe(column));
-        if (m_rows.size() == 1)
+        std::vector<std::string> rows;
+        for (const auto& row : m_rows) rows.push_back(joined(row, " | "));
+        const std::string onOneLine = joined(heading, " | ") + " = " + joined(rows, "; ");
+        if (rows.size() == 1) {
             for (std::size_t i = 0; i < heading.size(); ++i) heading[i] += " = " + m_rows.front()[i];
-        m_lines.push_back(joined(heading));
-        if (m_rows.size() != 1)
-            for (const auto& row : m_rows) m_lines.push_back(joined(row));
+            m_lines.push_back(joined(heading, " | "));
+        } else if (rows.size() > 1 && onOneLine.size() <= kLongestOneLine) {
+            m_lines.push_back(onOneLine);
+        } else {
+            m_lines.push_back(joined(heading, " | "));
+            m_lines.insert(m_lines.end(), rows.begin(), rows.end());
+        }
         m_columns.clear();
         m_rows.clear();
     }
-    static std::string joined(const std::vector<std::string>& cells) {
+    static std::string joined(const std::vector<std::string>& parts, const std::string& separator) {
         std::string line;
-        for (const std::string& cell : cells) line += (&cell == &cells.front() ? "" : " | ") + cell;
+        for (const std::string& part : parts) line += (&part == &parts.front() ? "" : separator) + part;
         return line;
     }
     void appendToLine(const std::string& note) {

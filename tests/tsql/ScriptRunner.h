@@ -12,6 +12,7 @@ namespace tsql::test {
 //   name type | name type     columns of a result set; * marks an identity, ? a nullable column
 //   value | value             a row in storage form: NULL, blobs as 0x...
 //   name type = value | ...   a result set of one row
+//   name type | name type = value | value; value | value   a short one of several rows
 //   Msg 208, Level 16, State 1, Line 2[, Procedure p]: text, or the text alone of an informational message
 //   USE database
 // Row counts, "(3 rows)" or "(3 changed)", and the messages 1750, 3621 and 8153 end the line before, the

@@ -41,10 +41,8 @@ EXEC sp_helptext plain
 EXEC sp_nosuch
 DROP PROCEDURE add_up, add_up2
 --> changed
---> Text nvarchar(255)?
---> CREATE OR ALTER PROCEDURE add_up AS
---> 
---> PRINT 'changed'
+--> Text nvarchar(255)? = CREATE OR ALTER PROCEDURE add_up AS
+--> ; PRINT 'changed'
 -->  (2 rows)
 --> Msg 15009, Level 16, State 1, Line 3: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
 --> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'.

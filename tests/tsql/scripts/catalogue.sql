@@ -56,11 +56,7 @@ SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_leng
 --> restock | 2 | @n | 1 | 4
 --> twice | 0 |  | 1 | 5
 --> twice | 1 | @x | 0 | 5 (4 rows)
-SELECT name, schema_id FROM sys.schemas ORDER BY name
---> name nvarchar(128)? | schema_id int?
---> dbo | 1
---> INFORMATION_SCHEMA | 3
---> sys | 4 (3 rows)
+SELECT name, schema_id FROM sys.schemas ORDER BY name --> name nvarchar(128)? | schema_id int? = dbo | 1; INFORMATION_SCHEMA | 3; sys | 4 (3 rows)
 SELECT name, is_ms_shipped FROM sys.procedures --> name nvarchar(128)? = restock | is_ms_shipped bit? = 0 (1 rows)
 SELECT COUNT(*) FROM sys.types WHERE name IN ('int', 'nvarchar', 'datetime2', 'uniqueidentifier') --> - int? = 4 (1 rows)
 SELECT name, OBJECT_NAME(referenced_object_id) AS referenced FROM sys.foreign_keys --> name nvarchar(128)? = FK_item | referenced nvarchar(128)? = item (1 rows)
@@ -79,10 +75,7 @@ SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACT
 --> n | NULL | tinyint | NULL | NULL | 3 | 0 | NULL | NULL
 --> note | NULL | text | 2147483647 | 2147483647 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
 --> f | NULL | float | NULL | NULL | 53 | NULL | NULL | NULL (8 rows)
-SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME
---> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)?
---> restock | PROCEDURE
---> twice | FUNCTION (2 rows)
+SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME --> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)? = restock | PROCEDURE; twice | FUNCTION (2 rows)
 SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
 --> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
 --> restock | 1 | IN | NO | @code | nvarchar

@@ -61,14 +61,8 @@ DROP TABLE #copy
 --> 101 | two | ab  | 12
 --> 102 | three | ab  | 13 (4 rows) (1 changed) (0 changed) (1 changed)
 --> - int? = 3 (1 rows) (3 changed)
---> id int* | w int?
---> 7 | 8
---> 100 | 4
---> 102 | 26 (3 rows)
---> id int* | note varchar(10)
---> 7 | n
---> 100 | n
---> 102 | n (3 rows)
+--> id int* | w int? = 7 | 8; 100 | 4; 102 | 26 (3 rows)
+--> id int* | note varchar(10) = 7 | n; 100 | n; 102 | n (3 rows)
 SELECT * FROM #copy --> Msg 208, Level 16, State 1, Line 1: Invalid object name '#copy'.
 SELECT name, xtype FROM sysobjects WHERE xtype IN ('U', 'PK') ORDER BY name
 SELECT COLUMN_NAME, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, IS_NULLABLE, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'C'
@@ -76,10 +70,7 @@ IF OBJECT_ID('d', 'U') IS NOT NULL DROP TABLE d
 DROP TABLE d
 DROP TABLE IF EXISTS d
 CREATE TABLE c (x int)
---> name nvarchar(128)? | xtype char(2)?
---> c | U
---> d | U
---> PK_c | PK (3 rows)
+--> name nvarchar(128)? | xtype char(2)? = c | U; d | U; PK_c | PK (3 rows)
 --> COLUMN_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | IS_NULLABLE varchar(3)? | COLUMN_DEFAULT nvarchar(4000)?
 --> id | int | NULL | NO | NULL
 --> nm | nvarchar | 5 | YES | NULL
@@ -117,19 +108,9 @@ SELECT * FROM #both
 --> 1 | Ann | cat | 3 | x
 --> 1 | Ann | dog | 0 | x
 --> 2 | Bob | NULL | 0 | x (3 rows) (3 changed)
---> name varchar(10)? | owner int?
---> NULL | 1
---> Ann | 1
---> Bob | NULL (3 rows) (2 changed) (4 changed) (1 changed)
---> id int* | name varchar(10)
---> 1 | Ann
---> 2 | Bob
---> 3 | Cid (3 rows)
---> id int
---> 1
---> 2
---> 1
---> 2 (4 rows)
+--> name varchar(10)? | owner int? = NULL | 1; Ann | 1; Bob | NULL (3 rows) (2 changed) (4 changed) (1 changed)
+--> id int* | name varchar(10) = 1 | Ann; 2 | Bob; 3 | Cid (3 rows)
+--> id int = 1; 2; 1; 2 (4 rows)
 DECLARE @rows varchar(max) = 'INSERT nosuch VALUES (1)' + REPLICATE(CAST(',(1)' AS varchar(max)), 1000)
 EXEC (@rows) --> Msg 10738, Level 15, State 1, Line 1: The number of row value expressions in the INSERT statement exceeds the maximum allowed number of 1000 row values.
 BEGIN TRAN

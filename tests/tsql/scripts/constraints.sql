@@ -82,11 +82,7 @@ INSERT t VALUES (1, 'x', 1) --> Msg 2627, Level 14, State 1, Line 1: Violation o
 ALTER TABLE t DROP CONSTRAINT PK_t -->
 INSERT t VALUES (1, 'x', 1) --> (1 changed)
 CREATE UNIQUE INDEX ix_a ON t (a) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'ix_a'. The duplicate key value is (1). (3621)
-SELECT name, type FROM sys.objects WHERE parent_object_id = OBJECT_ID('t') ORDER BY name
---> name nvarchar(128)? | type char(2)?
---> CK_a | C
---> DF_b | D
---> UQ_b | UQ (3 rows)
+SELECT name, type FROM sys.objects WHERE parent_object_id = OBJECT_ID('t') ORDER BY name --> name nvarchar(128)? | type char(2)? = CK_a | C; DF_b | D; UQ_b | UQ (3 rows)
 BEGIN TRAN -->
 ALTER TABLE t ADD g int NULL -->
 ALTER TABLE t ADD CONSTRAINT CK_g CHECK (g = 1) -->
@@ -124,11 +120,7 @@ UPDATE u SET id = id + @by WHERE id > 1 --> Msg 2627, Level 14, State 1, Line 3:
 UPDATE u SET ref = 77 WHERE id = 3 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'id'. (3621)
 UPDATE x SET id = 4 FROM u x WHERE x.nm = 'b' --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (4). (3621)
 DELETE u WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the SAME TABLE REFERENCE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'ref'. (3621)
-SELECT * FROM u
---> id int | nm varchar(10)? | ref int?
---> 1 | a | NULL
---> 3 | b | 1
---> 4 | c | NULL (3 rows)
+SELECT * FROM u --> id int | nm varchar(10)? | ref int? = 1 | a | NULL; 3 | b | 1; 4 | c | NULL (3 rows)
 -- one NULL equals another in a unique key
 CREATE TABLE nullable (a int NULL CONSTRAINT UQ_nullable UNIQUE, b varchar(5) NULL, c int NULL) -->
 CREATE UNIQUE INDEX ix_nullable ON nullable (b, c DESC) -->
@@ -204,11 +196,7 @@ ALTER TABLE span ADD c int CHECK (c > a) --> Msg 8141, Level 16, State 0, Line 1
 CREATE TABLE tree (id int CONSTRAINT pk_tree PRIMARY KEY, note varchar(9), up int CONSTRAINT fk_tree REFERENCES tree) -->
 INSERT tree VALUES (1, 'lengthy', NULL), (2, '', 1) --> (2 changed)
 ALTER TABLE tree ADD a varchar(9) CONSTRAINT df_tree_a DEFAULT ((1)), b int CONSTRAINT df_tree_b DEFAULT -1, c datetime CONSTRAINT df_tree_c DEFAULT (GETDATE()) -->
-SELECT COLUMN_NAME, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'tree' AND COLUMN_DEFAULT <> ''
---> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)?
---> a | ((1))
---> b | ((-1))
---> c | (GETDATE()) (3 rows)
+SELECT COLUMN_NAME, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'tree' AND COLUMN_DEFAULT <> '' --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? = a | ((1)); b | ((-1)); c | (GETDATE()) (3 rows)
 ALTER TABLE tree ALTER COLUMN note varchar(3) --> Msg 2628, Level 16, State 1, Line 1: String or binary data would be truncated in table 'master.dbo.tree', column 'note'. Truncated value: 'len'. (3621)
 DROP TABLE dbo.no_tree --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the table 'dbo.no_tree', because it does not exist or you do not have permission.
 -- rows that another statement gives break a constraint in the same words

@@ -66,15 +66,8 @@ SELECT w, n FROM wide ORDER BY w
 --> 0.0001 | 2.00
 --> 12345678901234567890.1234 | 1.25
 --> 12345678901234567891.1234 | 0.50 (7 rows)
-SELECT w FROM wide WHERE w BETWEEN -0.0001 AND 1 ORDER BY w DESC
---> w decimal(38,4)?
---> 0.0001
---> 0.0000
---> -0.0001 (3 rows)
-SELECT id FROM wide WHERE w = 12345678901234567890.1234 OR w = 0
---> id int*
---> 3
---> 1 (2 rows)
+SELECT w FROM wide WHERE w BETWEEN -0.0001 AND 1 ORDER BY w DESC --> w decimal(38,4)? = 0.0001; 0.0000; -0.0001 (3 rows)
+SELECT id FROM wide WHERE w = 12345678901234567890.1234 OR w = 0 --> id int* = 3; 1 (2 rows)
 SELECT MIN(w) lo, MAX(w) hi, SUM(w) s, AVG(w) a, SUM(n) sn, AVG(n) an, COUNT(DISTINCT w) c, SUM(DISTINCT n) sd, STDEV(n) dev FROM wide --> lo decimal(38,4)? = -12345678901234567890.1234 | hi decimal(38,4)? = 12345678901234567891.1234 | s decimal(38,4)? = 12345678901234567891.1234 | a decimal(38,6)? = 2057613150205761315.187233 | sn decimal(38,2)? = 2.75 | an decimal(38,6)? = 0.458333 | c int? = 6 | sd decimal(38,2)? = 0.75 | dev float? = 1.8736105963264265 (8153, Line 1) (1 rows)
 SELECT n, SUM(w) s FROM wide GROUP BY n ORDER BY n
 --> n decimal(9,2)? | s decimal(38,4)?
@@ -93,19 +86,10 @@ SELECT id, SUM(w) OVER (ORDER BY id ROWS 1 PRECEDING) s, LAG(w, 1, 7) OVER (ORDE
 --> 5 | 0.0001 | NULL
 --> 6 | 0.0000 | 0.0001
 --> 7 | 12345678901234567891.1233 | -0.0001 (8153, Line 1) (7 rows)
-SELECT w FROM wide WHERE id < 3 UNION SELECT n FROM wide WHERE id < 4 ORDER BY 1
---> w decimal(38,4)?
---> -12345678901234567890.1234
---> -3.0000
---> 1.2500
---> 2.0000
---> 12345678901234567890.1234 (5 rows)
+SELECT w FROM wide WHERE id < 3 UNION SELECT n FROM wide WHERE id < 4 ORDER BY 1 --> w decimal(38,4)? = -12345678901234567890.1234; -3.0000; 1.2500; 2.0000; 12345678901234567890.1234 (5 rows)
 UPDATE wide SET w = w * 2, n = -n WHERE w > 1 --> (2 changed)
 UPDATE wide SET w -= 1 WHERE id = 1 --> (1 changed)
-SELECT w, n FROM wide WHERE id IN (1, 7)
---> w decimal(38,4)? | n decimal(9,2)?
---> 24691357802469135779.2468 | -1.25
---> 24691357802469135782.2468 | -0.50 (2 rows)
+SELECT w, n FROM wide WHERE id IN (1, 7) --> w decimal(38,4)? | n decimal(9,2)? = 24691357802469135779.2468 | -1.25; 24691357802469135782.2468 | -0.50 (2 rows)
 SELECT w, n * 3 AS three INTO copied FROM wide WHERE w IS NOT NULL --> (6 changed)
 SELECT c.w, w.id FROM copied c JOIN wide w ON w.w = c.w WHERE c.three < w.n ORDER BY w.id
 --> w decimal(38,4)? | id int*
@@ -116,10 +100,7 @@ SELECT c.name, t.name type, c.max_length, c.precision, c.scale FROM sys.columns 
 --> name nvarchar(128)? | type nvarchar(128)? | max_length smallint? | precision tinyint? | scale tinyint?
 --> w | decimal | 17 | 38 | 4
 --> three | decimal | 9 | 11 | 2 (2 rows)
-SELECT NUMERIC_PRECISION, NUMERIC_SCALE FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'copied' ORDER BY ORDINAL_POSITION
---> NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int?
---> 38 | 4
---> 11 | 2 (2 rows)
+SELECT NUMERIC_PRECISION, NUMERIC_SCALE FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'copied' ORDER BY ORDINAL_POSITION --> NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? = 38 | 4; 11 | 2 (2 rows)
 SELECT w FROM copied WHERE w > 1 FOR XML RAW --> XML_F52E2B61-18A1-11d1-B105-00805F49916B nvarchar(max)? = <row w="24691357802469135779.2468"/><row w="24691357802469135782.2468"/> (1 rows)
 ALTER TABLE copied ALTER COLUMN three decimal(30,10) -->
 ALTER TABLE copied ALTER COLUMN w decimal(18,0) --> Msg 8115, Level 16, State 8, Line 1: Arithmetic overflow error converting numeric to data type numeric. (3621)

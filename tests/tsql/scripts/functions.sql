@@ -10,10 +10,7 @@ DECLARE @v varchar(20) = '', @n int = 1
 SELECT @v += q.a, @n *= 3 FROM (SELECT 'p' AS a UNION ALL SELECT 'q') q
 SELECT @v v, @n n --> v varchar(20)? = pq | n int? = 9 (1 rows)
 SELECT a FROM (SELECT 1 AS a UNION SELECT 2 UNION SELECT 3) q ORDER BY a DESC OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY --> a int = 2 (1 rows)
-SELECT DISTINCT a % 2 AS r FROM (SELECT 1 AS a UNION SELECT 2 UNION SELECT 3) q ORDER BY a % 2
---> r int?
---> 0
---> 1 (2 rows)
+SELECT DISTINCT a % 2 AS r FROM (SELECT 1 AS a UNION SELECT 2 UNION SELECT 3) q ORDER BY a % 2 --> r int? = 0; 1 (2 rows)
 DECLARE @o int = -1
 SELECT 1 AS a ORDER BY a OFFSET @o ROWS --> Msg 10742, Level 15, State 1, Line 2: The offset specified in a OFFSET clause may not be negative.
 SELECT 1 AS a ORDER BY a OFFSET 0 ROWS FETCH NEXT 0 ROWS ONLY --> Msg 10744, Level 15, State 1, Line 1: The number of rows provided for a FETCH clause must be greater then zero.
@@ -34,24 +31,11 @@ EXEC (@s)
 --> - int? = 61 (1 rows)
 --> - int? = 100 (1 rows)
 --> - int? = 400 (1 rows)
-SELECT 1 AS a UNION SELECT 1 UNION ALL SELECT 1 EXCEPT SELECT 2 UNION ALL SELECT NULL
---> a int?
---> 1
---> NULL (2 rows)
+SELECT 1 AS a UNION SELECT 1 UNION ALL SELECT 1 EXCEPT SELECT 2 UNION ALL SELECT NULL --> a int? = 1; NULL (2 rows)
 SELECT 'a' AS a UNION SELECT 'A' UNION SELECT 2.5e0 --> Msg 8114, Level 16, State 5, Line 1: Error converting data type varchar to float.
 CREATE TABLE word (t nvarchar(20)) -->
 INSERT word VALUES (N'zebra'),(N'étude'),(N'eta'),(N'Etude'),(N'a_b'),(N'a1'),(N'ab'),(N'Ärger'),(N'az') --> (9 changed)
-SELECT t FROM word ORDER BY t
---> t nvarchar(20)?
---> a_b
---> a1
---> ab
---> Ärger
---> az
---> eta
---> Etude
---> étude
---> zebra (9 rows)
+SELECT t FROM word ORDER BY t --> t nvarchar(20)? = a_b; a1; ab; Ärger; az; eta; Etude; étude; zebra (9 rows)
 SELECT COUNT(*) FROM word WHERE t = N'ETUDE ' --> - int? = 1 (1 rows)
 -- what is converted by itself, by CAST alone, or never
 CREATE TABLE kinds (d date, dt datetime, u uniqueidentifier, t text, b varbinary(9), n int) -->

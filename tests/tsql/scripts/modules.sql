@@ -26,10 +26,7 @@ ALTER PROCEDURE p AS PRINT 'altered' -->
 p --> altered
 CREATE PROCEDURE p AS PRINT 'again' --> Msg 2714, Level 16, State 3, Line 1, Procedure p: There is already an object named 'p' in the database.
 CREATE FUNCTION dbo.fac (@n int) RETURNS int AS BEGIN IF @n <= 1 RETURN 1 RETURN @n * dbo.fac(@n - 1) END -->
-SELECT dbo.fac(5), dbo.fac(id) FROM (SELECT 3 AS id UNION ALL SELECT 4) x
---> - int? | - int?
---> 120 | 6
---> 120 | 24 (2 rows)
+SELECT dbo.fac(5), dbo.fac(id) FROM (SELECT 3 AS id UNION ALL SELECT 4) x --> - int? | - int? = 120 | 6; 120 | 24 (2 rows)
 SELECT dbo.fac(40) --> Msg 217, Level 16, State 1, Line 1: Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
 SELECT dbo.fac(13)
 SELECT dbo.fac(1, 2)
@@ -67,9 +64,7 @@ DROP DATABASE other
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 --> - nvarchar(128)? = other (1 rows)
 --> - int? = 0 (1 rows)
---> PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | PARAMETER_MODE nvarchar(10)?
--->  | int | OUT
---> @n | int | IN (2 rows)
+--> PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | PARAMETER_MODE nvarchar(10)? =  | int | OUT; @n | int | IN (2 rows)
 --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'q'.
 CREATE FUNCTION dbo.scaled (@n int, @by int = 10) RETURNS int AS BEGIN RETURN @n * @by END -->
 CREATE FUNCTION dbo.numbers (@from int = 1, @to int) RETURNS TABLE AS RETURN (SELECT @from AS a, @to AS b) -->

@@ -3,75 +3,24 @@ INSERT a VALUES (1,'x',10),(2,'x',NULL),(3,'Y',30),(4,'y',5) --> (4 changed)
 CREATE TABLE b (id int, aid int, t varchar(20)) -->
 INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3 --> (2 changed)
 -- groups meet without regard to case; a column outside of them is refused
-SELECT g, COUNT(*) c, SUM(n) s, AVG(n) av FROM a GROUP BY g HAVING COUNT(*) > 1 ORDER BY g
---> g varchar(10)? | c int? | s int? | av int?
---> x | 2 | 10 | 10
---> Y | 2 | 35 | 17 (8153, Line 2) (2 rows)
-SELECT UPPER(g), COUNT(n) FROM a GROUP BY UPPER(g) ORDER BY 2 DESC
---> - varchar(10)? | - int?
---> Y | 2
---> X | 1 (8153, Line 1) (2 rows)
+SELECT g, COUNT(*) c, SUM(n) s, AVG(n) av FROM a GROUP BY g HAVING COUNT(*) > 1 ORDER BY g --> g varchar(10)? | c int? | s int? | av int? = x | 2 | 10 | 10; Y | 2 | 35 | 17 (8153, Line 2) (2 rows)
+SELECT UPPER(g), COUNT(n) FROM a GROUP BY UPPER(g) ORDER BY 2 DESC --> - varchar(10)? | - int? = Y | 2; X | 1 (8153, Line 1) (2 rows)
 SELECT COUNT(DISTINCT g), COUNT(*) FROM a --> - int? = 2 | - int? = 4 (1 rows)
 SELECT g, n FROM a GROUP BY g --> Msg 8120, Level 16, State 1, Line 1: Column 'a.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.
-SELECT a.id, b.t FROM a LEFT OUTER JOIN b ON a.id = b.aid WHERE a.id IN (1,3) ORDER BY a.id
---> id int | t varchar(20)?
---> 1 | b1
---> 3 | NULL (2 rows)
-SELECT a.id, b.t FROM a, b WHERE a.id = b.aid
---> id int | t varchar(20)?
---> 1 | b1
---> 2 | b2 (2 rows)
-SELECT x.id, b.id FROM b RIGHT JOIN a AS x ON x.id = b.aid ORDER BY x.id DESC
---> id int | id int?
---> 4 | NULL
---> 3 | NULL
---> 2 | 12
---> 1 | 11 (4 rows)
+SELECT a.id, b.t FROM a LEFT OUTER JOIN b ON a.id = b.aid WHERE a.id IN (1,3) ORDER BY a.id --> id int | t varchar(20)? = 1 | b1; 3 | NULL (2 rows)
+SELECT a.id, b.t FROM a, b WHERE a.id = b.aid --> id int | t varchar(20)? = 1 | b1; 2 | b2 (2 rows)
+SELECT x.id, b.id FROM b RIGHT JOIN a AS x ON x.id = b.aid ORDER BY x.id DESC --> id int | id int? = 4 | NULL; 3 | NULL; 2 | 12; 1 | 11 (4 rows)
 SELECT * FROM a WITH (NOLOCK) WHERE EXISTS (SELECT * FROM b WHERE b.aid = a.id) AND n IS NOT NULL --> id int = 1 | g varchar(10)? = x | n int? = 10 (1 rows)
-SELECT id, (SELECT t FROM b WHERE b.aid = a.id) AS t, (SELECT MAX(t) FROM b) m FROM a
---> id int | t varchar(20)? | m varchar(20)?
---> 1 | b1 | b2
---> 2 | b2 | b2
---> 3 | NULL | b2
---> 4 | NULL | b2 (4 rows)
-SELECT id FROM a WHERE id IN (SELECT aid FROM b) UNION SELECT 99 UNION ALL SELECT 99 ORDER BY id DESC
---> id int
---> 99
---> 99
---> 2
---> 1 (4 rows)
-SELECT id FROM a EXCEPT SELECT aid FROM b
---> id int?
---> 3
---> 4 (2 rows)
-SELECT DISTINCT g FROM a
---> g varchar(10)?
---> x
---> Y (2 rows)
-SELECT TOP 2 * FROM a ORDER BY n DESC, id
---> id int | g varchar(10)? | n int?
---> 3 | Y | 30
---> 1 | x | 10 (2 rows)
-SELECT * FROM a WHERE g LIKE '[x]%' AND id BETWEEN 1 AND 2 OR NOT (id <> 4)
---> id int | g varchar(10)? | n int?
---> 1 | x | 10
---> 2 | x | NULL
---> 4 | y | 5 (3 rows)
+SELECT id, (SELECT t FROM b WHERE b.aid = a.id) AS t, (SELECT MAX(t) FROM b) m FROM a --> id int | t varchar(20)? | m varchar(20)? = 1 | b1 | b2; 2 | b2 | b2; 3 | NULL | b2; 4 | NULL | b2 (4 rows)
+SELECT id FROM a WHERE id IN (SELECT aid FROM b) UNION SELECT 99 UNION ALL SELECT 99 ORDER BY id DESC --> id int = 99; 99; 2; 1 (4 rows)
+SELECT id FROM a EXCEPT SELECT aid FROM b --> id int? = 3; 4 (2 rows)
+SELECT DISTINCT g FROM a --> g varchar(10)? = x; Y (2 rows)
+SELECT TOP 2 * FROM a ORDER BY n DESC, id --> id int | g varchar(10)? | n int? = 3 | Y | 30; 1 | x | 10 (2 rows)
+SELECT * FROM a WHERE g LIKE '[x]%' AND id BETWEEN 1 AND 2 OR NOT (id <> 4) --> id int | g varchar(10)? | n int? = 1 | x | 10; 2 | x | NULL; 4 | y | 5 (3 rows)
 SELECT 'same' WHERE 'abc ' = 'ABC' AND NOT 'a' = 'b' --> - varchar(4) = same (1 rows)
-SELECT d.t, d.n FROM (SELECT t, COUNT(*) n FROM b GROUP BY t) d WHERE d.n = 1;
---> t varchar(20)? | n int?
---> b1 | 1
---> b2 | 1 (2 rows)
-WITH q AS (SELECT t FROM b) SELECT x.t FROM q x JOIN q y ON x.t = y.t
---> t varchar(20)?
---> b1
---> b2 (2 rows)
-SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, CASE g WHEN 'x' THEN 1 ELSE 0.5 END FROM a
---> z varchar(5)? | - decimal(11,1)?
---> big | 1.0
---> NULL | 1.0
---> big | 0.5
---> small | 0.5 (4 rows)
+SELECT d.t, d.n FROM (SELECT t, COUNT(*) n FROM b GROUP BY t) d WHERE d.n = 1; --> t varchar(20)? | n int? = b1 | 1; b2 | 1 (2 rows)
+WITH q AS (SELECT t FROM b) SELECT x.t FROM q x JOIN q y ON x.t = y.t --> t varchar(20)? = b1; b2 (2 rows)
+SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, CASE g WHEN 'x' THEN 1 ELSE 0.5 END FROM a --> z varchar(5)? | - decimal(11,1)? = big | 1.0; NULL | 1.0; big | 0.5; small | 0.5 (4 rows)
 SELECT id, (SELECT id FROM a) FROM b --> Msg 512, Level 16, State 1, Line 1: Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, >= or when the subquery is used as an expression.
 SELECT id FROM a JOIN b ON a.id = b.aid --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 SELECT x.id FROM a --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "x.id" could not be bound.
@@ -115,20 +64,14 @@ DECLARE @a int, @b int
 SELECT @a = (SELECT @b = 1) --> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
 -- TOP takes a number, or brackets with anything whole that reads no column; a backslash at its end continues a line
 SELECT TOP (SELECT 1 + 1) i, 'a\
-b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i
---> i int | - varchar(3)
---> 1 | ab\
---> 2 | ab\ (2 rows)
+b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i --> i int | - varchar(3) = 1 | ab\; 2 | ab\ (2 rows)
 SELECT TOP 1.5 i FROM (VALUES (1)) v (i) --> Msg 1060, Level 15, State 1, Line 1: The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
 SELECT TOP (i) i FROM (VALUES (1)) v (i) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'i'.
 DECLARE @n int -->
 SELECT TOP @n 1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '@n'.
 DELETE TOP 1 FROM t --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
 -- a common table sees those before it, and a name is given once
-WITH a AS (SELECT 1 AS x), b AS (SELECT x + 1 AS x FROM a), a2 AS (SELECT x FROM b UNION ALL SELECT x + 1 FROM a2 WHERE x < 3) SELECT x FROM a2
---> x int?
---> 2
---> 3 (2 rows)
+WITH a AS (SELECT 1 AS x), b AS (SELECT x + 1 AS x FROM a), a2 AS (SELECT x FROM b UNION ALL SELECT x + 1 FROM a2 WHERE x < 3) SELECT x FROM a2 --> x int? = 2; 3 (2 rows)
 WITH a AS (SELECT x FROM later), later AS (SELECT 1 AS x) SELECT x FROM a --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'later'.
 WITH a AS (SELECT 1 AS x), A AS (SELECT 2 AS x) SELECT x FROM a --> Msg 239, Level 16, State 1, Line 1: Duplicate common table expression name 'A' was specified.
 SELECT 1 AS x, 2 AS x ORDER BY x --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'x'.

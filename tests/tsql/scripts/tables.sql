@@ -14,9 +14,7 @@ SELECT x.code FROM @t AS x WHERE EXISTS (SELECT * FROM part p WHERE p.code = x.c
 INSERT @t (code) VALUES ('Q')
 INSERT @t (code, at) VALUES ('r', NULL)
 --> (2 changed) (1 changed) (1 changed) (1 changed) (1 changed)
---> id int* | code varchar(10)? | at int
---> 6 | d | 4
---> 7 | q | 3 (2 rows)
+--> id int* | code varchar(10)? | at int = 6 | d | 4; 7 | q | 3 (2 rows)
 --> code varchar(10)? = d (1 rows)
 --> Msg 2627, Level 14, State 1, Line 10: Violation of UNIQUE KEY constraint 'UQ__@t__1_3'. Cannot insert duplicate key in object 'dbo.@t'. The duplicate key value is (Q). (3621)
 --> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'at', table '@t'; column does not allow nulls. INSERT fails. (3621)
@@ -26,9 +24,7 @@ DECLARE @i int = 0
 WHILE @i < 2 BEGIN DECLARE @u TABLE (a int); INSERT @u VALUES (@i); SET @i += 1 END
 SELECT * FROM @u
 --> - int? = 0 (1 rows) (1 changed) (1 changed)
---> a int?
---> 0
---> 1 (2 rows)
+--> a int? = 0; 1 (2 rows)
 CREATE PROCEDURE fill AS DECLARE @t TABLE (a int) INSERT @t VALUES (8) SELECT a FROM @t -->
 -- each scope has its own; ROLLBACK leaves them alone
 DECLARE @t TABLE (a int, b varchar(5))
@@ -52,15 +48,8 @@ SELECT COUNT(*) FROM part
 --> (1 changed) (1 changed) (1 changed) (2 changed) (1 changed) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 14: Violation of UNIQUE KEY constraint 'UQ__@late__11_12'. Cannot insert duplicate key in object 'dbo.@late'. The duplicate key value is (5). (3621) (1 changed)
 --> a int? = 8 (1 rows) (1 changed)
---> a int? | b varchar(5)?
---> 1 | one
---> 2 | two
---> 8 | NULL (3 rows)
---> x int* | y int?
---> 1 | 4
---> 2 | 6
---> 3 | 9
---> 4 | 5 (4 rows)
+--> a int? | b varchar(5)? = 1 | one; 2 | two; 8 | NULL (3 rows)
+--> x int* | y int? = 1 | 4; 2 | 6; 3 | 9; 4 | 5 (4 rows)
 --> - int? = 4 (1 rows)
 SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
 DECLARE @t int SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
@@ -70,9 +59,7 @@ DECLARE @t TABLE (a int), @T int --> Msg 134, Level 15, State 1, Line 1: The var
 DECLARE @ids TABLE (id int, code varchar(10))
 INSERT part (code) OUTPUT inserted.id, inserted.n * 2 AS twice, inserted.code AS [c d] VALUES ('e'), ('f')
 INSERT part (code, n) OUTPUT inserted.* INTO @ids (id, code) SELECT 'g', 1
---> id int* | twice int? | c d varchar(10)
---> 6 | 14 | e
---> 7 | 14 | f (2 rows)
+--> id int* | twice int? | c d varchar(10) = 6 | 14 | e; 7 | 14 | f (2 rows)
 --> Msg 213, Level 16, State 1, Line 4: Column name or number of supplied values does not match table definition.
 DECLARE @ids TABLE (id int, code varchar(10))
 INSERT part (code, n) OUTPUT inserted.id, inserted.code INTO @ids SELECT 'g', 1
@@ -86,17 +73,11 @@ DECLARE @got int
 UPDATE part SET @got = n = n + 10 WHERE code = 'a'
 SELECT @got
 --> (1 changed)
---> id int* | n int?
---> 6 | 107
---> 7 | 107
---> 8 | 101 (3 rows)
+--> id int* | n int? = 6 | 107; 7 | 107; 8 | 101 (3 rows)
 --> code varchar(10) = g (1 rows)
 --> code varchar(10) = e | n int? = 107 (1 rows) (2 changed)
 --> - int? = 2 (1 rows)
---> d int? | code varchar(10)?
---> 0 | f
---> 1 | g
---> 1 | g (3 rows) (1 changed)
+--> d int? | code varchar(10)? = 0 | f; 1 | g; 1 | g (3 rows) (1 changed)
 --> - int? = 11 (1 rows)
 UPDATE part SET n = 1 OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support deleted rows in the OUTPUT of UPDATE.
 DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
@@ -105,14 +86,8 @@ UPDATE slot SET pos = pos + 1
 UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what
 SELECT * FROM slot ORDER BY pos
 --> (3 changed)
---> pos int | what varchar(10)?
---> 4 | x
---> 3 | y
---> 2 | z (3 rows)
---> pos int | what varchar(10)?
---> 2 | z
---> 3 | y
---> 4 | x (3 rows)
+--> pos int | what varchar(10)? = 4 | x; 3 | y; 2 | z (3 rows)
+--> pos int | what varchar(10)? = 2 | z; 3 | y; 4 | x (3 rows)
 UPDATE slot SET pos = 5 --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__slot__5_6'. Cannot insert duplicate key in object 'dbo.slot'. The duplicate key value is (5). (3621)
 UPDATE slot SET pos = pos - 2 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK__slot__5_7". The conflict occurred in database "master", table "dbo.slot", column 'pos'. (3621)
 SELECT MIN(pos) FROM slot
@@ -127,15 +102,8 @@ SELECT code, level, path FROM tree ORDER BY path;
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 150) SELECT COUNT(*), SUM(i) FROM n OPTION (MAXRECURSION 200)
 INSERT #none SELECT 1
 --> - int? = 2 (1 rows) (1 changed) (1 changed) (1 changed)
---> code varchar(10) | n int?
---> a | 11
---> b | 2
---> c | 3
---> zz | 11 (4 rows)
---> code varchar(10)? | level int? | path varchar(50)?
---> a | 0 | a
---> b | 1 | a/b
---> c | 1 | a/c (3 rows)
+--> code varchar(10) | n int? = a | 11; b | 2; c | 3; zz | 11 (4 rows)
+--> code varchar(10)? | level int? | path varchar(50)? = a | 0 | a; b | 1 | a/b; c | 1 | a/c (3 rows)
 --> - int? = 150 | - int? = 11325 (1 rows)
 --> Msg 208, Level 16, State 1, Line 11: Invalid object name '#none'.
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 101) SELECT COUNT(*) FROM n --> - int? = 101 (1 rows)
@@ -156,10 +124,7 @@ SELECT i, k FROM node ORDER BY k
 --> (2 changed) (1 changed)
 --> s decimal(38,0)? = 3 | x int* = 70 | i int? = 3 (1 rows) (2 changed)
 --> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__node__9_11'. Cannot insert duplicate key in object 'dbo.node'. The duplicate key value is (a). (3621)
---> i int* | k varchar(5)?
---> 2 | a
---> 1 | b
---> 3 | c (3 rows)
+--> i int* | k varchar(5)? = 2 | a; 1 | b; 3 | c (3 rows)
 -- INTO takes over what may be NULL: what an outer join adds, not ISNULL and literals; the first query of a union has it
 CREATE TABLE made (id int IDENTITY, n int NULL)
 INSERT made (n) VALUES (1), (2)
@@ -169,18 +134,9 @@ SELECT c.name, c.is_nullable, c.is_identity FROM tempdb.sys.columns c WHERE c.ob
 SELECT id INTO #both FROM made UNION ALL SELECT NULL
 SELECT id FROM #both
 --> (2 changed) (2 changed)
---> id int | other int? | n int | x varchar(1)
---> 1 | 2 | 1 | x
---> 2 | NULL | 2 | x (2 rows)
---> name nvarchar(128)? | is_nullable bit? | is_identity bit?
---> id | 0 | 0
---> other | 1 | 0
---> n | 0 | 0
---> x | 0 | 0 (4 rows) (3 changed)
---> id int?
---> 1
---> 2
---> NULL (3 rows)
+--> id int | other int? | n int | x varchar(1) = 1 | 2 | 1 | x; 2 | NULL | 2 | x (2 rows)
+--> name nvarchar(128)? | is_nullable bit? | is_identity bit? = id | 0 | 0; other | 1 | 0; n | 0 | 0; x | 0 | 0 (4 rows) (3 changed)
+--> id int? = 1; 2; NULL (3 rows)
 SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'INTO'.
 -- a new database's catalogue is empty, not missing
 CREATE DATABASE newborn -->

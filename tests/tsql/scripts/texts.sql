@@ -16,11 +16,7 @@ SELECT CONCAT(NULL, NULL) + '|' a, CONCAT(1, NULL, 2.50, 'x') b, CONCAT_WS(NULL,
 -- results end at 8,000 bytes unless the first text is (max)
 SELECT LEN(REPLACE(REPLICATE('x', 5000), 'x', 'yy')) a, LEN(STUFF(REPLICATE('x', 8000), 1, 0, 'abc')) b, LEN(CONCAT(REPLICATE('x', 8000), 'y')) c, LEN(CONCAT_WS('-', REPLICATE(N'x', 4000), 'y')) d, LEN(REPLACE(CAST(REPLICATE('x', 5000) AS varchar(max)), 'x', 'yy')) e --> a int? = 8000 | b int? = 8000 | c int? = 8000 | d int? = 4000 | e bigint? = 10000 (1 rows)
 SELECT value FROM STRING_SPLIT('', ',') --> value varchar(1)? =  (1 rows)
-SELECT value FROM STRING_SPLIT('a,,"b\', ',')
---> value varchar(6)?
---> a
---> 
---> "b\ (3 rows)
+SELECT value FROM STRING_SPLIT('a,,"b\', ',') --> value varchar(6)? = a; ; "b\ (3 rows)
 SELECT value FROM STRING_SPLIT(NULL, ',') --> value int? (0 rows)
 SELECT value FROM STRING_SPLIT('a', ',;') --> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
 SELECT LEFT('abc', -1) --> Msg 537, Level 16, State 3, Line 1: Invalid length parameter passed to the LEFT or SUBSTRING function.

@@ -150,14 +150,9 @@ SELECT id, a FROM ticket
 --> (2 changed) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 7: Violation of UNIQUE KEY constraint 'UQ__ticket__6_7'. Cannot insert duplicate key in object 'dbo.ticket'. The duplicate key value is (3). (3621)
 --> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__ticket__6_7'. Cannot insert duplicate key in object 'dbo.ticket'. The duplicate key value is (3). (3621) (1 changed) (1 changed)
---> id int* | a int? | now decimal(38,0)?
---> 12 | 3 | 17
---> 17 | 6 | 17 (2 rows) (1 changed)
+--> id int* | a int? | now decimal(38,0)? = 12 | 3 | 17; 17 | 6 | 17 (2 rows) (1 changed)
 --> id int* = 10 | a int? = 7 (1 rows) (1 changed)
---> id int* | a int?
---> 12 | 3
---> 17 | 6
---> 18 | 8 (3 rows)
+--> id int* | a int? = 12 | 3; 17 | 6; 18 | 8 (3 rows)
 -- what a procedure sets ends with it, also when an error ends it
 CREATE PROCEDURE sets_and_fails AS SET NOCOUNT ON SET XACT_ABORT ON SELECT 1/0 -->
 BEGIN TRY EXEC sets_and_fails END TRY BEGIN CATCH PRINT ERROR_LINE() END CATCH

@@ -3,38 +3,15 @@ INSERT item VALUES (1,'pen',1.20),(2,'ink',4.00),(3,'Pad',2.50) --> (3 changed)
 CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3; -->
 CREATE VIEW named (nr, word) WITH SCHEMABINDING AS SELECT TOP 10 id, UPPER(name) FROM dbo.item ORDER BY name DESC -->
 CREATE OR ALTER VIEW dbo.nested AS WITH c AS (SELECT * FROM cheap) SELECT c.name, n.word FROM c JOIN named n ON n.nr = c.id UNION ALL SELECT 'x', NULL -->
-SELECT * FROM cheap ORDER BY id
---> id int | name varchar(20)? | twice decimal(10,2)?
---> 1 | pen | 2.40
---> 3 | Pad | 5.00 (2 rows)
-SELECT v.word FROM named AS v WHERE v.nr > 1 ORDER BY 1
---> word varchar(20)?
---> INK
---> PAD (2 rows)
+SELECT * FROM cheap ORDER BY id --> id int | name varchar(20)? | twice decimal(10,2)? = 1 | pen | 2.40; 3 | Pad | 5.00 (2 rows)
+SELECT v.word FROM named AS v WHERE v.nr > 1 ORDER BY 1 --> word varchar(20)? = INK; PAD (2 rows)
 SELECT COUNT(*) n, MAX(word) w FROM nested --> n int? = 3 | w varchar(20)? = PEN (8153, Line 1) (1 rows)
 DECLARE @id int = 1; WITH item AS (SELECT 9 AS id) SELECT c.name, item.id FROM item JOIN cheap c ON c.id = @id --> name varchar(20)? = pen | id int = 9 (1 rows)
-SELECT (SELECT name FROM cheap c WHERE c.id = i.id) n FROM item i ORDER BY i.id
---> n varchar(20)?
---> pen
---> NULL
---> Pad (3 rows)
-SELECT name, xtype FROM sysobjects WHERE xtype = 'V' ORDER BY name
---> name nvarchar(128)? | xtype char(2)?
---> cheap | V
---> named | V
---> nested | V (3 rows)
+SELECT (SELECT name FROM cheap c WHERE c.id = i.id) n FROM item i ORDER BY i.id --> n varchar(20)? = pen; NULL; Pad (3 rows)
+SELECT name, xtype FROM sysobjects WHERE xtype = 'V' ORDER BY name --> name nvarchar(128)? | xtype char(2)? = cheap | V; named | V; nested | V (3 rows)
 SELECT name, type_desc FROM sys.objects WHERE name = 'cheap' --> name nvarchar(128)? = cheap | type_desc nvarchar(60)? = VIEW (1 rows)
-SELECT c.name, c.system_type_id, c.is_nullable FROM sys.columns c JOIN sys.views v ON v.object_id = c.object_id WHERE v.name = 'cheap'
---> name nvarchar(128)? | system_type_id tinyint? | is_nullable bit?
---> id | 56 | 0
---> name | 167 | 1
---> twice | 106 | 1 (3 rows)
-SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1
---> TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
---> cheap | VIEW
---> item | BASE TABLE
---> named | VIEW
---> nested | VIEW (4 rows)
+SELECT c.name, c.system_type_id, c.is_nullable FROM sys.columns c JOIN sys.views v ON v.object_id = c.object_id WHERE v.name = 'cheap' --> name nvarchar(128)? | system_type_id tinyint? | is_nullable bit? = id | 56 | 0; name | 167 | 1; twice | 106 | 1 (3 rows)
+SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1 --> TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? = cheap | VIEW; item | BASE TABLE; named | VIEW; nested | VIEW (4 rows)
 SELECT VIEW_DEFINITION FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = 'cheap'
 --> VIEW_DEFINITION nvarchar(4000)? = CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3;
 -->  (1 rows)
@@ -50,29 +27,14 @@ USE other
 --> USE other
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'other'.
 SELECT * FROM master..cheap --> name varchar(20)? = pen (1 rows)
-SELECT * FROM master.dbo.below(2.6, 0) ORDER BY name
---> id int | name varchar(20)? | sum int?
---> 3 | Pad | 3
---> 1 | pen | 1 (2 rows)
+SELECT * FROM master.dbo.below(2.6, 0) ORDER BY name --> id int | name varchar(20)? | sum int? = 3 | Pad | 3; 1 | pen | 1 (2 rows)
 USE master
 --> USE master
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 DECLARE @m money = 2.6
-SELECT * FROM dbo.below(@m, 10) b ORDER BY b.id
---> id int | name varchar(20)? | sum int?
---> 1 | pen | 11
---> 3 | Pad | 13 (2 rows)
-SELECT i.id, (SELECT COUNT(*) FROM below(i.price, 0)) cheaper FROM item i ORDER BY i.id
---> id int | cheaper int?
---> 1 | 0
---> 2 | 2
---> 3 | 1 (3 rows)
-SELECT value FROM STRING_SPLIT('a,"b",,' + CHAR(9) + 'é', ',')
---> value varchar(9)?
---> a
---> "b"
---> 
---> 	é (4 rows)
+SELECT * FROM dbo.below(@m, 10) b ORDER BY b.id --> id int | name varchar(20)? | sum int? = 1 | pen | 11; 3 | Pad | 13 (2 rows)
+SELECT i.id, (SELECT COUNT(*) FROM below(i.price, 0)) cheaper FROM item i ORDER BY i.id --> id int | cheaper int? = 1 | 0; 2 | 2; 3 | 1 (3 rows)
+SELECT value FROM STRING_SPLIT('a,"b",,' + CHAR(9) + 'é', ',') --> value varchar(9)? = a; "b"; ; 	é (4 rows)
 SELECT COUNT(*) FROM STRING_SPLIT(NULL, ',') --> - int? = 0 (1 rows)
 SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES --> ROUTINE_NAME nvarchar(128)? = below | ROUTINE_TYPE nvarchar(20)? = FUNCTION (1 rows)
 SELECT * FROM below(1) --> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function dbo.below.

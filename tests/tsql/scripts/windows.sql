@@ -11,24 +11,14 @@ SELECT id, FIRST_VALUE(id) OVER (PARTITION BY who ORDER BY id) f, LAST_VALUE(id)
 --> 3 | 2 | 4 | 4 | 1
 --> 4 | 5 | 1 | 1 | 2
 --> 5 | 4 | 2 | 2 | 2 (5 rows)
---> id int | r bigint?
---> 1 | 2
---> 2 | 1
---> 3 | 2
---> 4 | 1
---> 5 | 1 (5 rows)
+--> id int | r bigint? = 1 | 2; 2 | 1; 3 | 2; 4 | 1; 5 | 1 (5 rows)
 --> id int | a int? | b int? | c decimal(8,2)?
 --> 1 | NULL | -1 | 2.25
 --> 2 | 10 | -1 | 3.00
 --> 3 | 20 | 10 | 4.00
 --> 4 | 20 | 20 | 0.75
 --> 5 | NULL | 20 | 0.00 (5 rows)
---> id int | f int? | l int?
---> 1 | 1 | 5
---> 2 | 1 | 5
---> 3 | 3 | 5
---> 4 | 3 | 5
---> 5 | 5 | 5 (5 rows)
+--> id int | f int? | l int? = 1 | 1 | 5; 2 | 1 | 5; 3 | 3 | 5; 4 | 3 | 5; 5 | 5 | 5 (5 rows)
 -- aggregates over a window keep every row
 SELECT id, SUM(n) OVER (ORDER BY id) run, AVG(d) OVER (PARTITION BY who) av, COUNT(*) OVER () c, MAX(who) OVER (ORDER BY id ROWS 1 PRECEDING) m FROM sale ORDER BY id
 SELECT id, SUM(n) OVER (ORDER BY id ROWS BETWEEN 1 PRECEDING AND 1 FOLLOWING) s, SUM(d) OVER (ORDER BY id ROWS BETWEEN 1 PRECEDING AND CURRENT ROW) t, COUNT(n) OVER (ORDER BY id ROWS BETWEEN CURRENT ROW AND 1 FOLLOWING) c, STDEV(n) OVER (ORDER BY id ROWS 1 PRECEDING) sd FROM sale ORDER BY id
@@ -47,14 +37,8 @@ SELECT TOP 1 ROW_NUMBER() OVER (ORDER BY (SELECT NULL)) FROM sale
 --> 3 | 40 | 5.25 | 1 | 0
 --> 4 | 25 | 7.00 | 1 | NULL
 --> 5 | 5 | 4.75 | 1 | NULL (8153, Line 3) (5 rows)
---> who varchar(10)? | s int? | r bigint?
---> ann | 30 | 1
---> bob | 20 | 2
---> cy | 5 | 3 (8153, Line 4) (3 rows)
---> id int
---> 5
---> 3
---> 1 (3 rows)
+--> who varchar(10)? | s int? | r bigint? = ann | 30 | 1; bob | 20 | 2; cy | 5 | 3 (8153, Line 4) (3 rows)
+--> id int = 5; 3; 1 (3 rows)
 --> - bigint? = 1 (1 rows)
 SELECT ROW_NUMBER() OVER (PARTITION BY who) FROM sale --> Msg 4112, Level 15, State 1, Line 1: The function 'ROW_NUMBER' must have an OVER clause with ORDER BY.
 SELECT id FROM sale WHERE ROW_NUMBER() OVER (ORDER BY id) = 1 --> Msg 4108, Level 15, State 1, Line 1: Windowed functions can only appear in the SELECT or ORDER BY clauses.
