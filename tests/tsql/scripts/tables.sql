@@ -1,7 +1,7 @@
-CREATE TABLE part (id int IDENTITY PRIMARY KEY, code varchar(10) NOT NULL UNIQUE, n int DEFAULT 7, parent int NULL)
-INSERT part (code, n, parent) VALUES ('a',1,NULL),('b',2,1),('c',3,1),('d',4,3)
-CREATE TABLE slot (pos int PRIMARY KEY CHECK (pos > 0), what varchar(10))
-INSERT slot VALUES (1,'x'),(2,'y'),(3,'z') --> (4 changed) (3 changed)
+CREATE TABLE part (id int IDENTITY PRIMARY KEY, code varchar(10) NOT NULL UNIQUE, n int DEFAULT 7, parent int NULL) -->
+INSERT part (code, n, parent) VALUES ('a',1,NULL),('b',2,1),('c',3,1),('d',4,3) --> (4 changed)
+CREATE TABLE slot (pos int PRIMARY KEY CHECK (pos > 0), what varchar(10)) -->
+INSERT slot VALUES (1,'x'),(2,'y'),(3,'z') --> (3 changed)
 -- table variables
 DECLARE @t TABLE (id int IDENTITY(5,1) PRIMARY KEY, code varchar(10) UNIQUE, at int NOT NULL DEFAULT 3), @n int = 2
 INSERT INTO @t (code) SELECT code FROM part WHERE id > @n
@@ -19,11 +19,11 @@ INSERT @t (code, at) VALUES ('r', NULL)
 --> Msg 2627, Level 14, State 1, Line 10: Violation of UNIQUE KEY constraint 'UQ__@t__1_3'. Cannot insert duplicate key in object 'dbo.@t'. The duplicate key value is (Q). (3621)
 --> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'at', table '@t'; column does not allow nulls. INSERT fails. (3621)
 DECLARE @t TABLE (a int)
-SELECT COUNT(*) FROM @t
+SELECT COUNT(*) FROM @t --> - int? = 0 (1 rows)
 DECLARE @i int = 0
 WHILE @i < 2 BEGIN DECLARE @u TABLE (a int); INSERT @u VALUES (@i); SET @i += 1 END
 SELECT * FROM @u
---> - int? = 0 (1 rows) (1 changed) (1 changed)
+--> (1 changed) (1 changed)
 --> a int? = 0; 1 (2 rows)
 CREATE PROCEDURE fill AS DECLARE @t TABLE (a int) INSERT @t VALUES (8) SELECT a FROM @t -->
 -- each scope has its own; ROLLBACK leaves them alone
@@ -44,13 +44,12 @@ EXEC fill
 INSERT @t (a) EXEC fill
 SELECT * FROM @t
 SELECT * FROM @late
-SELECT COUNT(*) FROM part
 --> (1 changed) (1 changed) (1 changed) (2 changed) (1 changed) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 14: Violation of UNIQUE KEY constraint 'UQ__@late__11_12'. Cannot insert duplicate key in object 'dbo.@late'. The duplicate key value is (5). (3621) (1 changed)
 --> a int? = 8 (1 rows) (1 changed)
 --> a int? | b varchar(5)? = 1 | one; 2 | two; 8 | NULL (3 rows)
 --> x int* | y int? = 1 | 4; 2 | 6; 3 | 9; 4 | 5 (4 rows)
---> - int? = 4 (1 rows)
+SELECT COUNT(*) FROM part --> - int? = 4 (1 rows)
 SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
 DECLARE @t int SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
 DECLARE @t TABLE (a int) PRINT @t --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@t".
@@ -69,43 +68,36 @@ DELETE TOP (1) FROM part OUTPUT deleted.code, deleted.n WHERE id > 4
 DELETE part OUTPUT deleted.id, deleted.code INTO @ids WHERE id > 4
 SELECT @@ROWCOUNT
 SELECT id - (SELECT MIN(id) FROM @ids) d, code FROM @ids ORDER BY id
-DECLARE @got int
-UPDATE part SET @got = n = n + 10 WHERE code = 'a'
-SELECT @got
 --> (1 changed)
 --> id int* | n int? = 6 | 107; 7 | 107; 8 | 101 (3 rows)
 --> code varchar(10) = g (1 rows)
 --> code varchar(10) = e | n int? = 107 (1 rows) (2 changed)
 --> - int? = 2 (1 rows)
---> d int? | code varchar(10)? = 0 | f; 1 | g; 1 | g (3 rows) (1 changed)
+--> d int? | code varchar(10)? = 0 | f; 1 | g; 1 | g (3 rows)
+DECLARE @got int
+UPDATE part SET @got = n = n + 10 WHERE code = 'a'
+SELECT @got
+--> (1 changed)
 --> - int? = 11 (1 rows)
 UPDATE part SET n = 1 OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support deleted rows in the OUTPUT of UPDATE.
 DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
 -- rows may take over each other's keys
-UPDATE slot SET pos = pos + 1
-UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what
-SELECT * FROM slot ORDER BY pos
---> (3 changed)
---> pos int | what varchar(10)? = 4 | x; 3 | y; 2 | z (3 rows)
---> pos int | what varchar(10)? = 2 | z; 3 | y; 4 | x (3 rows)
+UPDATE slot SET pos = pos + 1 --> (3 changed)
+UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what --> pos int | what varchar(10)? = 4 | x; 3 | y; 2 | z (3 rows)
+SELECT * FROM slot ORDER BY pos --> pos int | what varchar(10)? = 2 | z; 3 | y; 4 | x (3 rows)
 UPDATE slot SET pos = 5 --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__slot__5_6'. Cannot insert duplicate key in object 'dbo.slot'. The duplicate key value is (5). (3621)
 UPDATE slot SET pos = pos - 2 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK__slot__5_7". The conflict occurred in database "master", table "dbo.slot", column 'pos'. (3621)
-SELECT MIN(pos) FROM slot
+SELECT MIN(pos) FROM slot --> - int? = 2 (1 rows)
 -- common tables: before changes, and recursive
-;WITH s AS (SELECT id, n FROM part WHERE n > 2) DELETE p FROM part p JOIN s ON s.id = p.id WHERE s.n = 4;
-WITH s AS (SELECT 'z' AS code), r (c) AS (SELECT code + code FROM s) INSERT part (code) SELECT c FROM r;
-WITH s AS (SELECT MAX(n) m FROM part) UPDATE part SET n = s.m FROM s WHERE code = 'zz'
-SELECT code, n FROM part ORDER BY id;
+;WITH s AS (SELECT id, n FROM part WHERE n > 2) DELETE p FROM part p JOIN s ON s.id = p.id WHERE s.n = 4; --> (1 changed)
+WITH s AS (SELECT 'z' AS code), r (c) AS (SELECT code + code FROM s) INSERT part (code) SELECT c FROM r; --> (1 changed)
+WITH s AS (SELECT MAX(n) m FROM part) UPDATE part SET n = s.m FROM s WHERE code = 'zz' --> (1 changed)
+SELECT code, n FROM part ORDER BY id; --> code varchar(10) | n int? = a | 11; b | 2; c | 3; zz | 11 (4 rows)
 WITH tree AS (SELECT id, code, 0 AS level, CAST(code AS varchar(50)) AS path FROM part WHERE parent IS NULL AND code = 'a'
   UNION ALL SELECT p.id, p.code, t.level + 1, CAST(t.path + '/' + p.code AS varchar(50)) FROM tree t JOIN part p ON p.parent = t.id WHERE p.id > 0)
-SELECT code, level, path FROM tree ORDER BY path;
-WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 150) SELECT COUNT(*), SUM(i) FROM n OPTION (MAXRECURSION 200)
-INSERT #none SELECT 1
---> - int? = 2 (1 rows) (1 changed) (1 changed) (1 changed)
---> code varchar(10) | n int? = a | 11; b | 2; c | 3; zz | 11 (4 rows)
---> code varchar(10)? | level int? | path varchar(50)? = a | 0 | a; b | 1 | a/b; c | 1 | a/c (3 rows)
---> - int? = 150 | - int? = 11325 (1 rows)
---> Msg 208, Level 16, State 1, Line 11: Invalid object name '#none'.
+SELECT code, level, path FROM tree ORDER BY path; --> code varchar(10)? | level int? | path varchar(50)? = a | 0 | a; b | 1 | a/b; c | 1 | a/c (3 rows)
+WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 150) SELECT COUNT(*), SUM(i) FROM n OPTION (MAXRECURSION 200) --> - int? = 150 | - int? = 11325 (1 rows)
+INSERT #none SELECT 1 --> Msg 208, Level 16, State 1, Line 1: Invalid object name '#none'.
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 101) SELECT COUNT(*) FROM n --> - int? = 101 (1 rows)
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 102) SELECT COUNT(*) FROM n --> Msg 530, Level 16, State 1, Line 1: The statement terminated. The maximum recursion 100 has been exhausted before statement completion.
 WITH n (i) AS (SELECT 'a' UNION ALL SELECT i + 'b' FROM n) SELECT i FROM n --> Msg 240, Level 16, State 1, Line 1: Types don't match between the anchor and the recursive part in column "i" of recursive query "n".
@@ -113,30 +105,24 @@ WITH n (i) AS (SELECT 1 UNION ALL SELECT DISTINCT i + 1 FROM n) SELECT i FROM n 
 WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n --> Msg 253, Level 16, State 1, Line 1: Recursive member of a common table expression 'n' has multiple recursive references.
 WITH part AS (SELECT 1 AS id) DELETE FROM part --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a common table expression ('part').
 -- what a change takes for its identity is the change's own; keys that another table needs stay
-CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i))
-INSERT node (k, p) VALUES ('a', NULL), ('b', 1)
+CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i)) -->
+INSERT node (k, p) VALUES ('a', NULL), ('b', 1) --> (2 changed)
 DECLARE @o TABLE (x int IDENTITY(70,1), i int)
 INSERT node (k) OUTPUT inserted.i INTO @o (i) VALUES ('c')
 SELECT SCOPE_IDENTITY() s, x, i FROM @o
-UPDATE node SET k = CASE k WHEN 'a' THEN 'b' ELSE 'a' END WHERE k < 'c'
-UPDATE TOP (1) node SET k = 'a' WHERE k = 'b'
-SELECT i, k FROM node ORDER BY k
---> (2 changed) (1 changed)
---> s decimal(38,0)? = 3 | x int* = 70 | i int? = 3 (1 rows) (2 changed)
---> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__node__9_11'. Cannot insert duplicate key in object 'dbo.node'. The duplicate key value is (a). (3621)
---> i int* | k varchar(5)? = 2 | a; 1 | b; 3 | c (3 rows)
+--> (1 changed)
+--> s decimal(38,0)? = 3 | x int* = 70 | i int? = 3 (1 rows)
+UPDATE node SET k = CASE k WHEN 'a' THEN 'b' ELSE 'a' END WHERE k < 'c' --> (2 changed)
+UPDATE TOP (1) node SET k = 'a' WHERE k = 'b' --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ__node__9_11'. Cannot insert duplicate key in object 'dbo.node'. The duplicate key value is (a). (3621)
+SELECT i, k FROM node ORDER BY k --> i int* | k varchar(5)? = 2 | a; 1 | b; 3 | c (3 rows)
 -- INTO takes over what may be NULL: what an outer join adds, not ISNULL and literals; the first query of a union has it
-CREATE TABLE made (id int IDENTITY, n int NULL)
-INSERT made (n) VALUES (1), (2)
-SELECT a.id, b.id AS other, ISNULL(a.n, 0) AS n, 'x' AS x INTO #made FROM made a LEFT JOIN made b ON b.id > a.id
-SELECT * FROM #made
-SELECT c.name, c.is_nullable, c.is_identity FROM tempdb.sys.columns c WHERE c.object_id = OBJECT_ID('tempdb..#made')
-SELECT id INTO #both FROM made UNION ALL SELECT NULL
-SELECT id FROM #both
---> (2 changed) (2 changed)
---> id int | other int? | n int | x varchar(1) = 1 | 2 | 1 | x; 2 | NULL | 2 | x (2 rows)
---> name nvarchar(128)? | is_nullable bit? | is_identity bit? = id | 0 | 0; other | 1 | 0; n | 0 | 0; x | 0 | 0 (4 rows) (3 changed)
---> id int? = 1; 2; NULL (3 rows)
+CREATE TABLE made (id int IDENTITY, n int NULL) -->
+INSERT made (n) VALUES (1), (2) --> (2 changed)
+SELECT a.id, b.id AS other, ISNULL(a.n, 0) AS n, 'x' AS x INTO #made FROM made a LEFT JOIN made b ON b.id > a.id --> (2 changed)
+SELECT * FROM #made --> id int | other int? | n int | x varchar(1) = 1 | 2 | 1 | x; 2 | NULL | 2 | x (2 rows)
+SELECT c.name, c.is_nullable, c.is_identity FROM tempdb.sys.columns c WHERE c.object_id = OBJECT_ID('tempdb..#made') --> name nvarchar(128)? | is_nullable bit? | is_identity bit? = id | 0 | 0; other | 1 | 0; n | 0 | 0; x | 0 | 0 (4 rows)
+SELECT id INTO #both FROM made UNION ALL SELECT NULL --> (3 changed)
+SELECT id FROM #both --> id int? = 1; 2; NULL (3 rows)
 SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'INTO'.
 -- a new database's catalogue is empty, not missing
 CREATE DATABASE newborn -->
