@@ -97,8 +97,14 @@ TEST(BatchReader, IncludesFilesButNotForEver) {
     Variables variables;
     variables.set("dir", folder.path().string());
     EXPECT_EQ(stepsOf(ScriptSource::ofText("a\n:r \"$(dir)/in.sql\"\nd"), variables), "<a\nb\n><c\nd\n>");
+    constexpr int kDeepest = 32;
+    for (int i = 1; i <= kDeepest; ++i)
+        support::writeFile(folder / std::to_string(i), i == 1 ? "in" : ":r $(dir)/" + std::to_string(i - 1));
+    EXPECT_EQ(stepsOf(ScriptSource::ofFile(folder / std::to_string(kDeepest)), variables), "<in\n>");
     support::writeFile(folder / "self.sql", ":r $(dir)/self.sql\n");
     EXPECT_THROW(stepsOf(ScriptSource::ofFile(folder / "self.sql"), variables), ToolError);
+    support::writeFile(folder / "deep.sql", ":r $(dir)/" + std::to_string(kDeepest));
+    EXPECT_THROW(stepsOf(ScriptSource::ofFile(folder / "deep.sql"), variables), ToolError);
 }
 
 TEST(ScriptSource, ReadsEveryEncoding) {

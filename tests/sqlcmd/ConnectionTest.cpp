@@ -26,6 +26,7 @@ TEST(ConnectionString, GivesEachDriverTheServerInItsForm) {
         {"host\\inst", "Server=host\\inst;", "Server=tcp:host\\inst;"},
         {"host\\inst, 1500", "Server=host;Port=1500;", "Server=tcp:host\\inst,1500;"},
         {"[::1],1500", "Server=::1;Port=1500;", "Server=tcp:[::1],1500;"},
+        {"host,65535", "Server=host;Port=65535;", "Server=tcp:host,65535;"},
         {".", "Server=localhost;", "Server=tcp:localhost;"},
     };
     for (const auto& [server, freeTds, microsoft] : cases) {

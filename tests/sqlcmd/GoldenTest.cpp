@@ -99,6 +99,20 @@ TEST(Script, ShowsAMessageWhileItsBatchGoesOn) {
         "now\n");
 }
 
+// A value is read in pieces of 65,536 bytes.
+TEST(Script, PrintsValuesLongerThanAPiece) {
+    const support::TsqlBox server;
+    for (const int length : {65535, 65536, 65537, 200'000}) {
+        const auto result = inShell(
+            server,
+            "\"$@\" -y 0 -h -1 -Q \"SET NOCOUNT ON SELECT REPLICATE(CAST(N'\xC3\xA9' AS nvarchar(max)), " +
+                std::to_string(length) + ") + N'.'\"");
+        std::string expected;
+        for (int i = 0; i < length; ++i) expected += "\xC3\xA9";
+        EXPECT_EQ(result.output.substr(0, expected.size() + 2), expected + ".\n") << length;
+    }
+}
+
 TEST(Terminal, IsAskedForThePassword) {
     const support::TsqlBox server;
     support::TerminalProgram program(

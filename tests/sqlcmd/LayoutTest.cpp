@@ -34,6 +34,8 @@ TEST(ColumnFormat, WidthsFollowTypesNamesAndOptions) {
         {{"t", "datetime2", SQL_TYPE_TIMESTAMP, 27}, {}, 38, false},
         {{"v", "varchar", SQL_VARCHAR, 40}, {}, 40, false},
         {{"v", "varchar", SQL_VARCHAR, 40}, narrow, 5, false},
+        {{"v", "varchar", SQL_VARCHAR, 8000}, narrow, 5, false},
+        {{"v", "varchar", SQL_VARCHAR, 8001}, narrow, 7, false},
         {{"b", "varbinary", SQL_VARBINARY, 8}, {}, 18, false},
         {{"x", "varchar", SQL_VARCHAR, 0}, {}, 256, false},
         {{"x", "ntext", SQL_WLONGVARCHAR, 1073741823}, narrow, 7, false},

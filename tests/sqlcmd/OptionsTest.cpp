@@ -54,6 +54,17 @@ TEST(Options, TakeVariablesUpToTheNextOption) {
     EXPECT_EQ(options.severityLevel, 16);
 }
 
+TEST(Options, TakeTheLastValueOfARange) {
+    const Options least = Arguments({"-w", "9", "-y", "0", "-l", "0", "-t", "0"}).parse();
+    EXPECT_EQ(least.layout.lineWidth, 9);
+    EXPECT_EQ(least.layout.longTypeWidth, 0);
+    const Options most = Arguments({"-w", "65535", "-Y", "8000", "-l", "65534", "-t", "65534"}).parse();
+    EXPECT_EQ(most.layout.lineWidth, 65535);
+    EXPECT_EQ(most.layout.shortTypeWidth, 8000);
+    EXPECT_EQ(most.loginTimeout, 65534);
+    EXPECT_EQ(most.queryTimeout, 65534);
+}
+
 TEST(Options, RefuseWhatTheyDoNotUnderstand) {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"-Z"}, "'-Z': Unknown Option"},
@@ -62,7 +73,9 @@ TEST(Options, RefuseWhatTheyDoNotUnderstand) {
         {{"-Q"}, "'-Q': Missing argument"},
         {{"-S", "-E"}, "'-S': Missing argument"},
         {{"-w", "8"}, "'-w': '8' is not a number from 9 to 65535"},
+        {{"-w", "65536"}, "'-w': '65536' is not a number from 9 to 65535"},
         {{"-y", "8001"}, "'-y': '8001' is not a number from 0 to 8000"},
+        {{"-t", "65535"}, "'-t': '65535' is not a number from 0 to 65534"},
         {{"-l", "1s"}, "'-l': '1s' is not a number from 0 to 65534"},
         {{"-s", "ab"}, "'-s': the separator must be one character"},
         {{"-v", "ab"}, "'-v': 'ab' is not of the form name=value"},

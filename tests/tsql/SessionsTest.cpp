@@ -47,6 +47,12 @@ TEST_F(Sessions, KeepWhatIsCommittedAndNothingElse) {
     EXPECT_TRUE(has(first("SELECT COUNT(*) FROM t"), "= 1 (1 rows)\n"));
 }
 
+TEST_F(Sessions, PrintAtMost8000Bytes) {
+    constexpr std::size_t kNewline = 1;
+    EXPECT_EQ(first("PRINT REPLICATE(CAST('x' AS varchar(max)), 8001)").size(), 8000 + kNewline);
+    EXPECT_EQ(first("PRINT REPLICATE(CAST(N'x' AS nvarchar(max)), 4001)").size(), 4000 + kNewline);
+}
+
 TEST_F(Sessions, HoldTheDatabaseTheyUse) {
     first("CREATE DATABASE other");
     first("USE other");
