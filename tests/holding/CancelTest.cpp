@@ -1,5 +1,5 @@
-// A client that cancels is answered whatever its session waits for, and one that vanishes leaves nothing
-// behind: what it waited for is given free only afterwards.
+// Cancelled requests are answered whatever the session waits for, and a client that disconnects leaves
+// nothing behind. The locks that they wait for are released only afterwards.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -14,8 +14,8 @@ namespace {
 
 constexpr unsigned kErrorBit = 0x02, kAttentionBit = 0x20;
 
-// What the session does last before it waits, for the client to hear of it.
-constexpr const char* kTell = "RAISERROR('now', 0, 1) WITH NOWAIT ";
+// Sent before a wait, so that the client knows when the wait begins.
+constexpr const char* kSendNow = "RAISERROR('now', 0, 1) WITH NOWAIT ";
 
 constexpr const char* kManyRows =
     "FROM sys.types a, sys.types b, sys.types c, sys.types d, sys.types e, sys.types f, "
@@ -39,7 +39,7 @@ class CancelTest : public testing::Test {
         ASSERT_EQ(answer(client) & kErrorBit, 0U) << batch;
     }
     static void startWaiting(RawClient& client, const std::string& batch) {
-        ask(client, kTell + batch);
+        ask(client, kSendNow + batch);
         bool last = true;
         client.packetBody(last);
         ASSERT_FALSE(last) << batch;
@@ -49,10 +49,10 @@ class CancelTest : public testing::Test {
         SCOPED_TRACE(batch);
         startWaiting(client, batch);
         client.send(packet(kAttention, ""));
-        EXPECT_EQ(answer(client) & (kErrorBit | kAttentionBit), 0U) << "what was cancelled tells no error";
+        EXPECT_EQ(answer(client) & (kErrorBit | kAttentionBit), 0U) << "a cancelled request reports no error";
         EXPECT_EQ(answer(client), kAttentionBit);
     }
-    static std::string one(RawClient& client, const std::string& condition) {
+    static std::string answerTo(RawClient& client, const std::string& condition) {
         ask(client, "IF " + condition + " PRINT 'yes' ELSE RAISERROR('no', 16, 1)");
         return (answer(client) & kErrorBit) == 0 ? "yes" : "no";
     }
@@ -85,14 +85,15 @@ TEST_F(CancelTest, EndsEveryWait) {
     tsql::execute(outside.get(), "COMMIT");
     run(*holder, "COMMIT EXEC sp_releaseapplock 'held', 'Session'");
     run(*client, "UPDATE Held..t SET i = i + 1 EXEC sp_getapplock 'held', 'Exclusive', 'Session'");
-    EXPECT_EQ(one(*client, "(SELECT SUM(i) FROM Held..t) = 2 AND NOT EXISTS (SELECT 1 FROM Own..t)"), "yes");
-    EXPECT_EQ(one(*client, "EXISTS (SELECT 1 FROM Target.sys.tables)"), "no");
+    EXPECT_EQ(answerTo(*client, "(SELECT SUM(i) FROM Held..t) = 2 AND NOT EXISTS (SELECT 1 FROM Own..t)"),
+              "yes");
+    EXPECT_EQ(answerTo(*client, "EXISTS (SELECT 1 FROM Target.sys.tables)"), "no");
     for (const auto& entry : std::filesystem::directory_iterator(box.dataDirectory()))
         EXPECT_EQ(entry.path().string().find("restore."), std::string::npos) << entry.path();
 }
 
-// A wait that is broken off leaves the transaction, a change takes it back, as does XACT_ABORT.
-TEST_F(CancelTest, LeavesNoTransactionByHalf) {
+// A cancelled wait keeps the transaction; a cancelled change rolls it back, and so does XACT_ABORT.
+TEST_F(CancelTest, KeepsOrRollsBackTheWholeTransaction) {
     struct Case {
         std::string settings, wait, left;
     };
@@ -106,12 +107,12 @@ TEST_F(CancelTest, LeavesNoTransactionByHalf) {
         const auto client = loggedIn(box);
         run(*client, each.settings + "BEGIN TRANSACTION INSERT INTO Own..t VALUES (7)");
         expectCancelled(*client, each.wait);
-        EXPECT_EQ(one(*client, each.left), "yes");
+        EXPECT_EQ(answerTo(*client, each.left), "yes");
         run(*client, "IF @@TRANCOUNT > 0 ROLLBACK");
     }
 }
 
-TEST_F(CancelTest, AVanishedClientsSessionEndsAndGivesUpWhatItHolds) {
+TEST_F(CancelTest, EndsTheSessionOfAClientThatDisconnects) {
     const std::size_t threads = threadsOf(box);
     for (const std::string& wait : waits) {
         SCOPED_TRACE(wait);
@@ -121,19 +122,19 @@ TEST_F(CancelTest, AVanishedClientsSessionEndsAndGivesUpWhatItHolds) {
             run(*client, "EXEC sp_getapplock 'own', 'Exclusive', 'Session'");
             if (canHold) run(*client, "BEGIN TRANSACTION INSERT INTO Own..t VALUES (7)");
             startWaiting(*client, wait);
-            ask(*client, "SELECT 'what is never read'");
+            ask(*client, "SELECT 'never read'");
         }
         EXPECT_TRUE(becomesTrue([&] { return threadsOf(box) == threads; }));
         const auto other = loggedIn(box);
         run(*other,
             "SET LOCK_TIMEOUT 0 INSERT INTO Own..t VALUES (1) DELETE FROM Own..t WHERE i = 1 DECLARE @r int "
             "EXEC @r = sp_getapplock 'own', 'Exclusive', 'Session' IF @r <> 0 RAISERROR('held', 16, 1)");
-        EXPECT_EQ(one(*other, "NOT EXISTS (SELECT 1 FROM Own..t)"), "yes");
+        EXPECT_EQ(answerTo(*other, "NOT EXISTS (SELECT 1 FROM Own..t)"), "yes");
     }
 }
 
-// As a driver does it, which sends the attention when its time is over.
-TEST_F(CancelTest, ADriversTimeOutEndsTheWaitForALock) {
+// The driver sends an attention when its time-out has passed.
+TEST_F(CancelTest, EndsALockWaitAtTheDriversTimeOut) {
     OdbcClient client(box.odbcConnectionString());
     client.run("SET LOCK_TIMEOUT 60000");
     SQLSetStmtAttr(client.statement(), SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(1), 0);

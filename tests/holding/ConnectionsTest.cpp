@@ -1,4 +1,4 @@
-// Many at once: what they cost while they wait, and whether all of them are served.
+// Many connections at once: memory they need, and whether all of them are served.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -12,10 +12,10 @@ namespace {
 constexpr std::size_t kMany = 200;
 constexpr int kWriters = 20;
 
-TEST(Connections, TwoHundredWaitForLittleAndAreServedAtOnce) {
+TEST(Connections, TwoHundredNeedLittleMemoryAndAreAllServed) {
     const TsqlBox box;
     const auto first = loggedIn(box);
-    // Pages that every one of them reads: some four megabytes.
+    // About four megabytes, read by every connection.
     ask(*first,
         "CREATE TABLE Pages (id int IDENTITY PRIMARY KEY, text varchar(1000)) "
         "INSERT INTO Pages (text) VALUES (REPLICATE('x', 1000)) "
@@ -41,7 +41,7 @@ TEST(Connections, TwoHundredWaitForLittleAndAreServedAtOnce) {
     EXPECT_TRUE(isServed(*first));
 }
 
-// Rows one by one, then in transactions of ten; what goes wrong is collected.
+// Inserts rows one by one, then in transactions of ten; returns the error messages.
 std::string writeRows(const std::string& connection, int writer) {
     constexpr int kRows = 50, kInTransaction = 10;
     std::string problems;

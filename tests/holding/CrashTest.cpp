@@ -1,5 +1,5 @@
-// A server that is killed at any moment, again and again: what it has acknowledged is there, nothing is there
-// by half, and all of its databases open.
+// A server that is killed at random moments: acknowledged work is there, transactions are whole, and all
+// databases open.
 #include <gtest/gtest.h>
 
 #include <sqlite3.h>
@@ -22,9 +22,9 @@ constexpr int kRounds = 15;
 constexpr int kRowsOfTransaction = 3;
 constexpr unsigned kErrorBit = 2;
 
-// Does one numbered thing after the other until the server is gone.
+// Runs numbered operations until the server has ended.
 struct Writer {
-    // The requests of one thing; # stands for its number.
+    // Requests of one operation; # is replaced by its number.
     std::vector<std::string> requests;
     int next = 0;
     std::vector<int> acknowledged;
@@ -53,7 +53,7 @@ void writeUntilTheEnd(const TsqlBox& box, Writer& writer, std::atomic<int>& busy
             if (first) ++busy;
         }
     } catch (const std::exception&) {
-        return;  // cut off in the middle of a response, or of the login
+        return;  // killed during a response or the login
     }
 }
 
@@ -94,7 +94,7 @@ class CrashTest : public testing::Test {
         for (std::thread& thread : threads) thread.join();
     }
 
-    // How many rows each thing of a writer has left.
+    // Number of rows per operation of a writer.
     static std::map<int, int> rowsOf(OdbcClient& client, const std::string& ledger, std::size_t writer) {
         std::map<int, int> rows;
         for (const std::string& row :

@@ -1,4 +1,4 @@
-// Sessions that wait for each other: the wait ends, the loser is told, and its session goes on.
+// Sessions that wait for each other: the wait ends, the victim gets an error, and its session continues.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -28,7 +28,7 @@ class LocksTest : public testing::Test {
     OdbcClient second{box.odbcConnectionString()};
 };
 
-TEST_F(LocksTest, AWaitEndsWhenTheSessionSaysSo) {
+TEST_F(LocksTest, AWaitEndsAtItsTimeOut) {
     first.run("BEGIN TRANSACTION UPDATE Left_..t SET i = 1");
     for (const char* statement : {"INSERT INTO Left_..t VALUES (2)", "UPDATE Left_..t SET i = 2",
                                   "DELETE FROM Left_..t", "CREATE TABLE Left_..u (i int)"}) {
@@ -43,8 +43,8 @@ TEST_F(LocksTest, AWaitEndsWhenTheSessionSaysSo) {
     EXPECT_EQ(second.value("SELECT i FROM Left_..t"), "2");
 }
 
-// Also for what a transaction writes after it has written elsewhere, temporary tables included.
-TEST_F(LocksTest, AWaitEndsWithTheOthersTransaction) {
+// Also in a transaction that has written to another database and to tempdb.
+TEST_F(LocksTest, AWaitEndsWhenTheOtherTransactionEnds) {
     for (const char* statement :
          {"UPDATE Left_..t SET i = i + 1", "INSERT INTO Left_..t SELECT i FROM Right_..t",
           "INSERT INTO Right_..t OUTPUT inserted.i INTO Left_..t VALUES (5)", "DELETE FROM Left_..t",
@@ -63,7 +63,7 @@ TEST_F(LocksTest, AWaitEndsWithTheOthersTransaction) {
     }
 }
 
-TEST_F(LocksTest, TwoThatWaitForEachOtherDoNotWaitForEver) {
+TEST_F(LocksTest, ADeadlockEnds) {
     first.run("SET LOCK_TIMEOUT 1000 BEGIN TRANSACTION UPDATE Left_..t SET i = 1");
     second.run("SET LOCK_TIMEOUT 1000 BEGIN TRANSACTION UPDATE Right_..t SET i = 2");
     std::thread waiting([&] { first.run("UPDATE Right_..t SET i = 1"); });
@@ -83,8 +83,8 @@ TEST_F(LocksTest, TwoThatWaitForEachOtherDoNotWaitForEver) {
     EXPECT_EQ(second.value("SELECT l.i, r.i FROM Left_..t l CROSS JOIN Right_..t r"), "2|2");
 }
 
-// A transaction that has read what another one has changed since cannot change it as well.
-TEST_F(LocksTest, TheVictimOfAConflictIsRolledBackAndGoesOn) {
+// A transaction cannot change what it has read and another one has changed since.
+TEST_F(LocksTest, TheVictimOfAConflictIsRolledBackAndContinues) {
     first.run("BEGIN TRANSACTION UPDATE Right_..t SET i = 1 SELECT i FROM Left_..t");
     second.run("UPDATE Left_..t SET i = 2");
     EXPECT_EQ(firstError(second), 0);

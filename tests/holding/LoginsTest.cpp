@@ -1,4 +1,4 @@
-// Who wants in and does not get in, or takes a time over it; who may be listened to at all.
+// Refused, slow and missing logins; addresses the server listens on.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -13,7 +13,7 @@ using Clients = std::vector<std::unique_ptr<RawClient>>;
 
 constexpr std::chrono::milliseconds kLeastRefusal{250};
 
-// The answer to a login, with the name that it repeats left out.
+// Response to a refused login, without the user name in it.
 std::string refusal(const TsqlBox& box, const std::string& user, const std::string& password) {
     RawClient client(box.port());
     client.send(preloginPacket());
@@ -26,7 +26,7 @@ std::string refusal(const TsqlBox& box, const std::string& user, const std::stri
     return text;
 }
 
-TEST(Logins, ThatAreRefusedLookAlikeAndCostTime) {
+TEST(Logins, ThatAreRefusedGetTheSameAnswerAfterADelay) {
     const TsqlBox box;
     const auto start = std::chrono::steady_clock::now();
     const std::string wrongPassword = refusal(box, box.login(), "wrong");
@@ -38,7 +38,7 @@ TEST(Logins, ThatAreRefusedLookAlikeAndCostTime) {
     EXPECT_EQ(refusal(box, "nn", box.password()), refusal(box, "nn", ""));
 }
 
-TEST(Logins, InAFloodTakeNoMoreThanAFew) {
+TEST(Logins, InAFloodAreCheckedAFewAtATime) {
     constexpr int kFlood = 500;
     const TsqlBox box({"--max-connections", "600", "--login-timeout", "60"});
     const auto bystander = loggedIn(box);
@@ -60,7 +60,7 @@ TEST(Logins, InAFloodTakeNoMoreThanAFew) {
     EXPECT_TRUE(becomesTrue([&] { return memory.growth() < 32 * kMebibyte; }));
 }
 
-TEST(Logins, MustBeOverInTime) {
+TEST(Logins, MustEndInTime) {
     const TsqlBox box({"--login-timeout", "1"});
     const auto slow = loggedIn(box);
     Clients silent;
@@ -83,7 +83,7 @@ TEST(Logins, MustBeOverInTime) {
     for (const auto& client : silent) EXPECT_TRUE(client->isClosed());
     EXPECT_TRUE(dripping.isClosed());
     drip.join();
-    // Who is in may take as long as it likes.
+    // No time limit after the login.
     for (const char byte : packet(kSqlBatch, batchPacket("SELECT 1"))) {
         slow->send({&byte, 1});
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -91,7 +91,7 @@ TEST(Logins, MustBeOverInTime) {
     EXPECT_EQ(answer(*slow), 0x10U);
 }
 
-TEST(Logins, AreTakenFromThisHostUnlessToldOtherwise) {
+TEST(Logins, AreAcceptedFromThisHostUnlessRemoteIsAllowed) {
     const TempDir folder;
     writeFile(folder / "password", "secret\n");
     const auto listenOn = [&](const std::string& address, const std::vector<std::string>& more) {

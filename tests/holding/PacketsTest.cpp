@@ -1,4 +1,4 @@
-// Clients that break the protocol: their connection ends, the others do not notice.
+// Clients that violate the protocol: their connection is closed, others are not affected.
 #include <gtest/gtest.h>
 
 #include "ByteWriter.h"
@@ -32,7 +32,7 @@ std::string header(std::size_t length) {
     return {kSqlBatch, 1, static_cast<char>(length >> 8), static_cast<char>(length), 0, 0, 1, 0};
 }
 
-// A call of sp_executesql with one parameter, which begins behind its name and flags.
+// A call of sp_executesql with one parameter: its bytes after the name and the flags.
 std::string call(const std::string& parameter) {
     return packet(kRpc, batchPacket("") + "\xFF\xFF\x0A\0\0\0\0\0"s + parameter);
 }
@@ -135,7 +135,7 @@ void expectClosed(const TsqlBox& box, const Case& each) {
     EXPECT_NO_THROW(EXPECT_TRUE(client.isClosed()));
 }
 
-TEST(Packets, ThatAreMalformedEndTheirConnectionOnly) {
+TEST(Packets, MalformedOnesCloseTheirConnectionOnly) {
     const TsqlBox box;
     const auto bystander = loggedIn(box);
     const auto all = {packetCases(), loginCases(), requestCases()};
@@ -143,7 +143,7 @@ TEST(Packets, ThatAreMalformedEndTheirConnectionOnly) {
         for (const auto& cases : all)
             for (const Case& each : cases) expectClosed(box, each);
     };
-    round();  // the first of everything takes memory that stays
+    round();  // memory allocated once and kept
     const ServerMemory memory(box);
     round();
     EXPECT_LT(memory.growth(), 8 * kMebibyte);
@@ -151,7 +151,7 @@ TEST(Packets, ThatAreMalformedEndTheirConnectionOnly) {
     EXPECT_TRUE(stillServes(box));
 }
 
-TEST(Packets, WithATypeOrValueThatIsNotTakenAreAnswered) {
+TEST(Packets, UnsupportedTypesAndValuesGetAnError) {
     const TsqlBox box;
     const auto client = loggedIn(box);
     // An unknown type, a table, an offset, a schema, a date and a decimal out of range.
@@ -164,8 +164,8 @@ TEST(Packets, WithATypeOrValueThatIsNotTakenAreAnswered) {
     }
 }
 
-// What is behind the bound is read and forgotten, so that the client can be told.
-TEST(Packets, ThatMakeAnEndlessRequestAreKeptUpToABound) {
+// Bytes beyond the limit are read and discarded, so that the client gets the error.
+TEST(Packets, EndlessRequestsAreKeptUpToALimit) {
     const TsqlBox box;
     const auto bystander = loggedIn(box);
     const ServerMemory memory(box);

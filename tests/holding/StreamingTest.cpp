@@ -1,4 +1,4 @@
-// Results longer than memory: the server holds a block of them, however fast or slow they are read.
+// Results larger than memory: the server keeps one block, whatever the speed of the reader.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -34,13 +34,13 @@ class StreamingTest : public testing::Test {
     std::unique_ptr<RawClient> reader = loggedIn(box);
 };
 
-// The count of the DONE token that ends a response.
+// Row count of the DONE token that ends a response.
 std::uint64_t rowCount(std::string_view lastPacket) {
     tds::ByteReader reader(lastPacket.substr(lastPacket.size() - 8));
     return reader.number(8);
 }
 
-TEST_F(StreamingTest, MillionsOfRowsTakeNoMemory) {
+TEST_F(StreamingTest, AMillionRowsNeedNoMemory) {
     const ServerMemory memory(box);
     ask(*reader, manyRows(6));
     std::string body;
@@ -50,7 +50,7 @@ TEST_F(StreamingTest, MillionsOfRowsTakeNoMemory) {
     EXPECT_LT(memory.peakGrowth(), kFlat);
 }
 
-TEST_F(StreamingTest, AReaderThatStopsIsWaitedForAndLetGo) {
+TEST_F(StreamingTest, WaitsForAReaderThatStopsUntilItDisconnects) {
     const std::size_t threads = threadsOf(box);
     {
         const auto stuck = loggedIn(box);

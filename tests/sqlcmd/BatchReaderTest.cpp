@@ -11,7 +11,7 @@ using namespace sqlcmd;
 
 namespace {
 
-// What a script asks for, one bracketed word or text after the other.
+// Steps of a script, each in angle brackets.
 std::string stepsOf(ScriptSource source, Variables& variables, bool expand = true) {
     std::string result;
     BatchReader reader(std::move(source), variables, expand, "GO");
@@ -68,7 +68,7 @@ TEST(BatchReader, ExpandsVariables) {
               "<outside\nin\n>");
 }
 
-TEST(BatchReader, RefusesWhatItDoesNotUnderstand) {
+TEST(BatchReader, RejectsUnknownCommandsAndVariables) {
     setenv("SQLCMDPASSWORD", "secret", 1);
     const std::pair<const char*, const char*> cases[] = {
         {"$(no)", "'no' scripting variable not defined."},
@@ -91,7 +91,7 @@ TEST(BatchReader, RefusesWhatItDoesNotUnderstand) {
     unsetenv("SQLCMDPASSWORD");
 }
 
-TEST(BatchReader, IncludesFilesButNotForEver) {
+TEST(BatchReader, IncludesFilesUpToADepth) {
     const support::TempDir folder;
     support::writeFile(folder / "in.sql", "b\nGO\nc\n");
     Variables variables;
@@ -109,7 +109,7 @@ TEST(BatchReader, IncludesFilesButNotForEver) {
 
 TEST(ScriptSource, ReadsEveryEncoding) {
     const support::TempDir folder;
-    const std::string long8 = "é\U0001F600" + std::string(70'000, 'x');  // longer than one piece
+    const std::string long8 = "é\U0001F600" + std::string(70'000, 'x');  // longer than one read
     std::string little = "\xFF\xFE", big = "\xFE\xFF";
     for (const char16_t unit : u"é\U0001F600" + std::u16string(70'000, u'x') + u"\r\nGO\n") {
         little += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};

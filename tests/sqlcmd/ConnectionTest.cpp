@@ -14,7 +14,7 @@ Options optionsFor(std::string_view server, std::string_view password) {
     return options;
 }
 
-TEST(ConnectionString, GivesEachDriverTheServerInItsForm) {
+TEST(ConnectionString, NamesTheServerInTheFormOfEachDriver) {
     struct Case {
         const char* server;
         const char* freeTds;
@@ -47,7 +47,7 @@ TEST(ConnectionString, BracesPasswords) {
     EXPECT_THROW(connectionString(optionsFor("h", "a};b"), "FreeTDS"), ToolError);
 }
 
-TEST(ServerName, RefusesWhatIsNone) {
+TEST(ServerName, RejectsInvalidNames) {
     for (const char* text : {"", ",1", "h,", "h,0", "h,65536", "h,1x", "h\\", "h;UID=x", "{h}", "[::1"})
         EXPECT_THROW(parseServerName(text), UsageError) << text;
 }

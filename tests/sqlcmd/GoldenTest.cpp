@@ -3,8 +3,8 @@
 // A case is:   > arguments
 //              the script, on standard input
 //              = exit code
-//              what is printed
-// Lines that begin with '#' before a case are comments. The server's name is written S.
+//              the output
+// Lines that begin with '#' before a case are comments. The server's name is replaced by S.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -87,7 +87,7 @@ TEST(Script, IsReadFromSeveralFilesAndFromANamedPipe) {
               "p\n");
 }
 
-TEST(Script, ShowsAMessageWhileItsBatchGoesOn) {
+TEST(Script, PrintsAMessageWhileItsBatchRuns) {
     const support::TsqlBox server;
     const support::TempDir folder;
     EXPECT_EQ(
@@ -113,7 +113,7 @@ TEST(Script, PrintsValuesLongerThanAPiece) {
     }
 }
 
-TEST(Terminal, IsAskedForThePassword) {
+TEST(Terminal, PromptsForThePassword) {
     const support::TsqlBox server;
     support::TerminalProgram program(
         {SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-Q", "PRINT 'in'"}, {});
@@ -124,16 +124,16 @@ TEST(Terminal, IsAskedForThePassword) {
     EXPECT_EQ(program.screen().find(server.password()), std::string::npos);
 }
 
-// Else the socket to the server would stand in its place.
-TEST(Script, OfAClosedStandardInputCannotBeRead) {
+// Otherwise the server's socket would take descriptor 0 or 1.
+TEST(Script, ReportsClosedStandardFiles) {
     const support::TsqlBox server;
     EXPECT_EQ(inShell(server, "\"$@\" <&-").errors, "Sqlcmd: standard input: Bad file descriptor.\n");
     EXPECT_EQ(inShell(server, "\"$@\" -Q \"PRINT 'x'\" >&-").errors,
               "Sqlcmd: Error: cannot write to standard output: Bad file descriptor.\n");
 }
 
-// In a comment of one byte a character stands what the driver would end the batch at.
-TEST(Script, OfAnotherEncodingIsRunInNoPart) {
+// The driver would cut the batch at the first byte that is not UTF-8.
+TEST(Script, OfAnotherEncodingIsRejected) {
     const support::TsqlBox server;
     support::ProgramOptions options;
     options.input = "PRINT 'first'\nGO\nPRINT 'part' -- f\xFCr\nPRINT 'rest'\n";

@@ -109,7 +109,7 @@ TEST(Output, WritesUtf16AcrossItsBuffer) {
     EXPECT_EQ(status.st_mode & 0777, 0640U);
 }
 
-TEST(Output, SaysThatTheDiskIsFull) {
+TEST(Output, ReportsAFullDisk) {
     Output output("/dev/full", false);
     output.write("text");
     try {

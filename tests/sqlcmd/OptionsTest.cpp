@@ -10,7 +10,7 @@ using namespace sqlcmd;
 
 namespace {
 
-// Owns the bytes of an argument list, as the system gives it to main().
+// Owner of a writable argument list, as main() gets it.
 class Arguments {
   public:
     explicit Arguments(std::vector<std::string> texts) : m_texts(std::move(texts)) {
@@ -65,7 +65,7 @@ TEST(Options, TakeTheLastValueOfARange) {
     EXPECT_EQ(most.queryTimeout, 65534);
 }
 
-TEST(Options, RefuseWhatTheyDoNotUnderstand) {
+TEST(Options, RejectUnknownOnesAndWrongValues) {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"-Z"}, "'-Z': Unknown Option"},
         {{"word"}, "'word': Unknown Option"},
@@ -91,7 +91,7 @@ TEST(Options, RefuseWhatTheyDoNotUnderstand) {
         }
 }
 
-TEST(Options, WipeThePasswordWhereOthersCouldReadIt) {
+TEST(Options, ErasePasswordsFromTheArgumentList) {
     Arguments separate({"-U", "u", "-P", "secret"});
     EXPECT_EQ(separate.parse().password, "secret");
     EXPECT_EQ(separate.at(4), std::string(6, '\0'));

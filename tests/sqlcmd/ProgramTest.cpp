@@ -1,4 +1,4 @@
-// The built program where it needs no database.
+// The built program without a database.
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -18,7 +18,7 @@ support::ProgramResult sqlcmd(std::vector<std::string> arguments) {
     return support::runProgram(arguments);
 }
 
-TEST(Program, TellsItsUsageAndVersion) {
+TEST(Program, PrintsItsUsageAndVersion) {
     const auto help = sqlcmd({"-?"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.output.starts_with("usage: sqlcmd"));
@@ -29,7 +29,7 @@ TEST(Program, TellsItsUsageAndVersion) {
         << unknown.errors;
 }
 
-TEST(Program, ChecksAllInputFilesBeforeItTouchesAnything) {
+TEST(Program, ChecksAllInputFilesFirst) {
     const support::TempDir folder;
     support::writeFile(folder / "in.sql", "select 1\n");
     support::writeFile(folder / "out.txt", "kept");
@@ -40,7 +40,7 @@ TEST(Program, ChecksAllInputFilesBeforeItTouchesAnything) {
     EXPECT_EQ(support::readFile(folder / "out.txt"), "kept");
 }
 
-TEST(Program, DoesNotWriteOverItsScript) {
+TEST(Program, DoesNotOverwriteItsScript) {
     const support::TempDir folder;
     support::writeFile(folder / "in.sql", "select 1\n");
     const auto result = sqlcmd({"-i", folder / "in.sql", "-o", folder.path() / "." / "in.sql"});
@@ -48,7 +48,7 @@ TEST(Program, DoesNotWriteOverItsScript) {
     EXPECT_EQ(support::readFile(folder / "in.sql"), "select 1\n");
 }
 
-// A server that takes connections and says nothing.
+// A server that accepts connections and never answers.
 class SilentServer {
   public:
     SilentServer() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -73,7 +73,7 @@ class SilentServer {
     int m_port = 0;
 };
 
-TEST(Program, ShowsNoPasswordToTheProcessList) {
+TEST(Program, HidesThePasswordFromTheProcessList) {
     const SilentServer server;
     const Descriptor nothing = support::memoryFile(), output = support::memoryFile(),
                      errors = support::memoryFile();
@@ -89,7 +89,7 @@ TEST(Program, ShowsNoPasswordToTheProcessList) {
     support::waitFor(pid, std::chrono::seconds(10), exitCode);
 }
 
-TEST(Program, GivesUpLoggingInAfterItsTimeout) {
+TEST(Program, StopsLoggingInAtItsTimeout) {
     const SilentServer server;
     const support::TempDir folder;
     const auto result = sqlcmd(

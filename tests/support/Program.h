@@ -1,4 +1,4 @@
-// Child processes of tests: started without a shell, always with a bound on their time.
+// Child processes of tests: started without a shell, always with a time limit.
 #pragma once
 
 #include <sys/types.h>
@@ -29,7 +29,7 @@ class Descriptor {
 };
 
 struct ProgramOptions {
-    std::string input;                        // what the program reads from standard input
+    std::string input;                        // content of standard input
     std::filesystem::path workingDirectory;   // empty: the caller's
     std::vector<std::string> environment;     // NAME=value, on top of the caller's environment
     std::chrono::milliseconds limit{60'000};  // the program's process group is killed after that
@@ -46,12 +46,12 @@ struct ProgramResult {
 // Throws std::system_error when it cannot be started.
 ProgramResult runProgram(const std::vector<std::string>& command, const ProgramOptions& options = {});
 
-// The pieces that runProgram() is made of, for long-lived children. The child leads a process group.
+// Parts of runProgram(), for long-lived children. The child leads a process group.
 struct StandardFiles {
     int input, output, errors;
 };
 pid_t spawn(const std::vector<std::string>& command, const ProgramOptions& options, StandardFiles files);
-// Waits for the child's end; past the limit it kills the group. True when the child ended by itself.
+// Waits until the child ends; at the limit it kills the group. Returns true if the child ended by itself.
 bool waitFor(pid_t pid, std::chrono::milliseconds limit, int& exitCode);
 Descriptor memoryFile(const std::string& content = {});
 std::string contentOf(const Descriptor& memoryFile);

@@ -19,7 +19,7 @@ namespace {
 constexpr char kStoreVariable[] = "ZEPHRA_REGISTRY";
 constexpr std::size_t kCredentialsSize = 8192;
 
-// A text as TOML writes it.
+// A string as a TOML literal.
 std::string tomlText(std::string_view text) {
     std::string result = "\"";
     for (const char c : text) {
@@ -129,7 +129,7 @@ std::vector<std::string> logTexts(const std::filesystem::path& logFile) {
     return texts;
 }
 
-// A new file in place of the old one, so that the reader notices two changes within one tick of the clock.
+// Replaces the file, so that the reader notices two changes within one tick of the clock.
 void SampleInstallation::write() const {
     std::string text =
         "[host]\ncipherKeyFile = " + tomlText(folder("cipher.key").string()) +

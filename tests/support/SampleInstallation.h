@@ -13,9 +13,9 @@
 
 namespace support {
 
-// As built, it is a management server ("nPLATTYPE" = 1) with every companion database installed, the folders
-// log, tmp, home and bin, and no database server. The process's store is this installation's as long as the
-// object lives. Changes are seen by the next read.
+// A new installation is a management server ("nPLATTYPE" = 1) with every companion database, the folders log,
+// tmp, home and bin, and no database server. It is the process's configuration store while the object lives.
+// The next read sees every change.
 class SampleInstallation {
   public:
     explicit SampleInstallation(std::string instance = "Instance001");
@@ -23,7 +23,7 @@ class SampleInstallation {
     SampleInstallation(const SampleInstallation&) = delete;
     SampleInstallation& operator=(const SampleInstallation&) = delete;
 
-    // Keys as the library names them ("Database", "InstalledPackages\\803").
+    // Keys are named as in the library ("Database", "InstalledPackages\\803").
     void set(const std::string& key, const std::string& valueName, const std::string& text);
     void set(const std::string& key, const std::string& valueName, const char* text);
     template <std::integral Number>
@@ -36,9 +36,10 @@ class SampleInstallation {
     void useServer(const std::string& server, const std::string& login, const std::string& password);
     void useServer(const TsqlBox& box);
     // The server's sample databases: management database with catalogue and data, and companion. Throws
-    // std::runtime_error with what the tool said.
+    // std::runtime_error with the tool's output.
     static void loadSchema(const TsqlBox& box);
-    // The text as the store keeps credentials ("pACCESS"): two digits, user name, password.
+    // Credentials as the store keeps them ("pACCESS"). The text is the length of the name in two digits,
+    // name, password.
     static std::string encipheredCredentials(const std::string& text);
 
     std::filesystem::path folder(std::string_view name) const { return m_folder / name; }
@@ -59,7 +60,7 @@ class SampleInstallation {
     std::map<std::string, std::map<std::string, std::string>> m_values;  // key, value name, TOML text
 };
 
-// The texts of a log file's lines, without their times; a line without one begins with "untimed: ".
+// Lines of a log file without their times; "untimed: " precedes a line that has none.
 std::vector<std::string> logTexts(const std::filesystem::path& logFile);
 
 }  // namespace support

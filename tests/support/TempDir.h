@@ -1,4 +1,4 @@
-// A folder of a test's own, removed with all that is in it.
+// Temporary folder, deleted with its content.
 #pragma once
 
 #include <filesystem>
@@ -21,7 +21,7 @@ class TempDir {
     std::filesystem::path m_path;
 };
 
-// Whole files, for a test's inputs and results; both throw std::runtime_error naming the file.
+// Write and read whole files; both throw std::runtime_error with the name of the file.
 void writeFile(const std::filesystem::path& path, std::string_view content);
 std::string readFile(const std::filesystem::path& path);
 

@@ -52,7 +52,7 @@ void TerminalProgram::type(std::string_view keys) {
         throw std::system_error(errno, std::generic_category(), "write to a terminal");
 }
 
-// The terminal's other side fails to be read once the program has closed it.
+// Reading fails once the program has closed its side of the terminal.
 bool TerminalProgram::readMore() {
     pollfd readable{m_terminal.get(), POLLIN, 0};
     if (poll(&readable, 1, kSilenceLimit) != 1) return false;

@@ -1,4 +1,4 @@
-// A program on a terminal of its own, typed at and read as by a person.
+// A program on a pseudo-terminal: typed input, and the output on its screen.
 #pragma once
 
 #include <sys/types.h>
@@ -16,18 +16,18 @@ class TerminalProgram {
     // Starts it. Throws std::system_error.
     TerminalProgram(const std::vector<std::string>& command, const std::vector<std::string>& environment,
                     unsigned short columns = 80);
-    ~TerminalProgram();  // kills it, should it still run
+    ~TerminalProgram();  // kills a running program
     TerminalProgram(const TerminalProgram&) = delete;
     TerminalProgram& operator=(const TerminalProgram&) = delete;
 
     void type(std::string_view keys);
-    // Reads until the text stands on the screen; false when the program ends, or is silent for a minute,
-    // before that.
+    // Reads until the screen shows the text. Returns false if the program ends or is silent for a minute
+    // first.
     bool shows(std::string_view text);
-    // Reads to the program's end. Its exit code, 128 + signal number for one that a signal ended; -1 for one
-    // that was silent for a minute.
+    // Reads until the program ends. Returns its exit code, 128 + signal number after a signal, -1 after a
+    // minute of silence.
     int end();
-    const std::string& screen() const { return m_screen; }  // all that was read so far
+    const std::string& screen() const { return m_screen; }  // all output so far
 
   private:
     bool readMore();
@@ -38,6 +38,6 @@ class TerminalProgram {
 };
 
 inline constexpr std::string_view kControlC = "\x03";
-inline constexpr std::string_view kControlD = "\x04";  // end of file, at the beginning of a line
+inline constexpr std::string_view kControlD = "\x04";  // end of file at the start of a line
 
 }  // namespace support

@@ -28,7 +28,7 @@ struct Pipe {
     Descriptor writeEnd;
 };
 
-// The first line, or what came of it before the time ran out or the writer ended.
+// The first line, or the part of it that arrived before the limit or the end of the writer.
 std::string readLine(int fd, std::chrono::milliseconds limit) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     std::string line;

@@ -14,20 +14,18 @@ namespace support {
 
 class TsqlBox {
   public:
-    // Starts the server and waits until it listens. Throws std::runtime_error with what it wrote.
+    // Starts the server and waits until it listens. Throws std::runtime_error with the server's output.
     explicit TsqlBox(std::vector<std::string> extraArguments = {});
     ~TsqlBox();  // stops it
     TsqlBox(const TsqlBox&) = delete;
     TsqlBox& operator=(const TsqlBox&) = delete;
 
     int stop();    // SIGTERM; waits and returns the exit code (-1 when it is not running)
-    void kill();   // SIGKILL, as a crash; waits
+    void kill();   // SIGKILL; waits
     void start();  // again, on the same data and the same port
 
     int port() const { return m_port; }
-    std::string server() const {
-        return "127.0.0.1," + std::to_string(m_port);
-    }  // as SQL Server people write it
+    std::string server() const { return "127.0.0.1," + std::to_string(m_port); }  // host,port
     const std::string& login() const { return m_login; }
     const std::string& password() const { return m_password; }
     std::filesystem::path dataDirectory() const { return m_folder / "data"; }
@@ -48,7 +46,7 @@ class TsqlBox {
     std::string m_password = "Blue; Harbor 7";
     int m_port = 0;
     pid_t m_pid = -1;
-    Descriptor m_input;  // its end ends the server, should this process die
+    Descriptor m_input;  // the server stops when it is closed, also by a crash of this process
     Descriptor m_errors;
 };
 

@@ -20,7 +20,7 @@ class ClientTest : public testing::Test {
     static inline TsqlBox* s_box = nullptr;
 };
 
-TEST_F(ClientTest, EveryTypeIsDescribedAndArrivesWithItsValueAndAsNull) {
+TEST_F(ClientTest, EveryTypeHasItsMetadataValueAndNull) {
     struct Case {
         const char* type;
         const char* literal;
@@ -84,7 +84,7 @@ TEST_F(ClientTest, EveryTypeIsDescribedAndArrivesWithItsValueAndAsNull) {
     }
 }
 
-TEST_F(ClientTest, EveryVersionOfTheProtocolShowsTheSameValuesAndMessages) {
+TEST_F(ClientTest, EveryProtocolVersionReturnsTheSameValuesAndMessages) {
     for (const std::string version : {"7.1", "7.2", "7.3", "7.4"}) {
         SCOPED_TRACE(version);
         std::string connection = box().odbcConnectionString();
@@ -138,7 +138,7 @@ TEST_F(ClientTest, ParametersAndPreparedStatements) {
 }
 
 // The driver sends the calls of all rows in one request.
-TEST_F(ClientTest, AnArrayOfParametersIsAnArrayOfCalls) {
+TEST_F(ClientTest, RunsOneCallPerRowOfAParameterArray) {
     OdbcClient client(box().odbcConnectionString());
     client.run("CREATE TABLE Arrayed (i int PRIMARY KEY, t nvarchar(10))");
     SQLINTEGER numbers[] = {1, 2, 2, 4};
@@ -161,7 +161,7 @@ TEST_F(ClientTest, AnArrayOfParametersIsAnArrayOfCalls) {
               (std::vector<std::string>{"1|one", "2|two", "4|NULL"}));
 }
 
-TEST_F(ClientTest, APreparedStatementIsDescribedBeforeItRuns) {
+TEST_F(ClientTest, DescribesAPreparedStatementBeforeItRuns) {
     OdbcClient client(box().odbcConnectionString());
     client.run("CREATE TABLE Described (i int, t nvarchar(30))");
     struct Case {
@@ -218,7 +218,7 @@ TEST_F(ClientTest, DbLib) {
     }
 }
 
-// clients/tedious_client.js holds its cases.
+// The cases are in clients/tedious_client.js.
 TEST_F(ClientTest, Tedious) {
     const ProgramResult installed =
         runProgram({TDS_CLIENTS "/install_tedious.sh", TDS_TEDIOUS}, {{}, {}, {}, std::chrono::minutes(3)});

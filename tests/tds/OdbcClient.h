@@ -1,4 +1,4 @@
-// A connection through Debian's FreeTDS driver, for tests that see the server as programs do.
+// A connection through Debian's FreeTDS driver, for tests that use the server as programs do.
 #pragma once
 
 #include <sql.h>
@@ -25,13 +25,13 @@ class OdbcClient {
     OdbcClient(const OdbcClient&) = delete;
     OdbcClient& operator=(const OdbcClient&) = delete;
 
-    // Runs a batch to its end: the cells of all result sets, one text a row, cells joined by "|".
+    // Runs a batch to its end: the rows of all result sets, one string a row, cells joined by "|".
     std::vector<std::string> run(const std::string& batch);
     std::string value(const std::string& batch);  // the first row, or the first message's text
     const std::vector<Diagnostic>& diagnostics() const { return m_diagnostics; }
     SQLHSTMT statement() const { return m_statement; }
     SQLHDBC connection() const { return m_connection; }
-    // Of a handle's last call.
+    // Diagnostics of a handle's last call.
     static std::vector<Diagnostic> diagnosticsOf(SQLSMALLINT type, SQLHANDLE handle);
 
   private:

@@ -68,7 +68,7 @@ std::string loginPacket(std::string_view user, std::string_view password, std::s
 
 std::string batchPacket(std::string_view sql) {
     tds::ByteWriter out;
-    out.u32(22);  // all headers: one, of the transaction
+    out.u32(22);  // all headers: the transaction header only
     out.u32(18);
     out.u16(2);
     out.u64(0);
@@ -88,7 +88,7 @@ RawClient::RawClient(int port) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLO
         throw std::system_error(errno, std::generic_category(), "connect");
 }
 
-// A server that has hung up already is seen by what is read next.
+// If the server has closed the connection, the next read notices it.
 void RawClient::send(std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t sent = ::send(m_socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);

@@ -1,4 +1,4 @@
-// A client that sends what it is told, right or wrong.
+// A TDS client that sends any bytes, valid or not.
 #pragma once
 
 #include <cstdint>
@@ -11,22 +11,22 @@ namespace support {
 
 std::string packet(std::uint8_t type, std::string_view body, std::uint8_t status = 1);
 std::string preloginPacket();
-// A LOGIN7 message's body, by version 7.4.
+// Body of a LOGIN7 message, version 7.4.
 std::string loginPacket(std::string_view user, std::string_view password, std::string_view database = {});
-// A batch's body with its headers.
+// Body of a SQL batch message, headers included.
 std::string batchPacket(std::string_view sql);
 
 class RawClient {
   public:
     explicit RawClient(int port);
     void send(std::string_view bytes);
-    // Logs in; false when the server refuses or hangs up.
+    // Returns false if the server refuses the login or closes the connection.
     bool logIn(std::string_view user, std::string_view password);
-    // The rest of one response; empty when the connection ended. Fails the test after a minute.
+    // The rest of one response; empty if the connection is closed. Throws after a minute of silence.
     std::string response();
-    // One packet's body, of at least a byte; empty when the connection ended.
+    // Body of the next packet; empty if the connection is closed.
     std::string packetBody(bool& last);
-    bool isClosed();  // waits for it
+    bool isClosed();  // reads until the server closes the connection
 
   private:
     std::string receive(std::size_t bytes);
@@ -34,7 +34,7 @@ class RawClient {
     Descriptor m_socket;
 };
 
-// The status of the DONE token that ends a response.
+// Status of the DONE token that ends a response.
 unsigned finalStatus(std::string_view response);
 
 }  // namespace support

@@ -10,19 +10,19 @@ namespace {
 
 constexpr unsigned kRowsWithoutError = 0x10;
 
-// The number behind a name in /proc/PID/status.
+// Value of a field in /proc/PID/status.
 std::size_t statusOf(pid_t pid, const std::string& name) {
     std::ifstream status("/proc/" + std::to_string(pid) + "/status");
     for (std::string word; status >> word;) {
         std::size_t number = 0;
         if (word == name && status >> number) return number;
     }
-    throw std::runtime_error("the server is gone");
+    throw std::runtime_error("the server has ended");
 }
 
 }  // namespace
 
-// Writing 5 there makes the kernel forget the earlier peak.
+// Writing 5 to clear_refs resets the peak (VmHWM).
 ServerMemory::ServerMemory(const TsqlBox& box) : m_pid(box.pid()) {
     std::ofstream("/proc/" + std::to_string(m_pid) + "/clear_refs") << 5 << std::flush;
     m_before = statusOf(m_pid, "VmRSS:") * 1024;

@@ -1,4 +1,4 @@
-// What a test sees of the server from outside: its memory and threads, and whether it still serves.
+// View of a server from outside: its memory, its threads, its answers.
 #pragma once
 
 #include <functional>
@@ -13,13 +13,12 @@ namespace support {
 
 inline constexpr std::size_t kMebibyte = std::size_t{1} << 20;
 
-// The memory that a server holds, in bytes. Under the sanitizers, whose runtimes keep what is given back, it
-// does not count as grown.
+// Resident memory of a server, in bytes. Growth is 0 under the sanitizers, whose runtimes keep freed memory.
 class ServerMemory {
   public:
-    explicit ServerMemory(const TsqlBox& box);  // from here on
-    std::size_t growth() const;                 // beyond what it was
-    std::size_t peakGrowth() const;             // the most that it has been beyond that
+    explicit ServerMemory(const TsqlBox& box);  // starts measuring
+    std::size_t growth() const;                 // since the start
+    std::size_t peakGrowth() const;             // highest since the start
 
   private:
     std::size_t beyond(const std::string& figure) const;
@@ -29,7 +28,7 @@ class ServerMemory {
 };
 
 std::size_t threadsOf(const TsqlBox& box);
-// Asks again and again, for a minute at most.
+// Polls the condition for up to a minute.
 bool becomesTrue(const std::function<bool()>& condition);
 
 inline constexpr std::uint8_t kSqlBatch = 1, kRpc = 3, kAttention = 6, kTransaction = 14, kLogin7 = 16,
@@ -37,9 +36,9 @@ inline constexpr std::uint8_t kSqlBatch = 1, kRpc = 3, kAttention = 6, kTransact
 
 std::unique_ptr<RawClient> loggedIn(const TsqlBox& box);
 void ask(RawClient& client, const std::string& sql);
-// The status of the answer's end: 0x10 for rows and no error, 2 among its bits for an error.
+// Final DONE status of the response: 0x10 after rows without an error; bit 2 is set after an error.
 unsigned answer(RawClient& client);
-// Whether a client gets its answer, and whether a new one does.
+// Whether a query succeeds on this connection, and on a new one.
 bool isServed(RawClient& client);
 bool stillServes(const TsqlBox& box);
 

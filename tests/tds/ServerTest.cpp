@@ -1,4 +1,4 @@
-// The server against clients that go slow or cancel; its command line and its end.
+// The server: attentions, resets, connection limit, shutdown, command line.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -16,7 +16,7 @@ using namespace std::string_literals;
 constexpr std::uint8_t kMoreFollows = 0;
 constexpr unsigned kDoneAttention = 0x20;
 
-TEST(Server, AnAttentionIsAnsweredWheneverItComes) {
+TEST(Server, AnswersAnAttentionInEveryState) {
     const TsqlBox box;
     const auto connection = loggedIn(box);
     RawClient& client = *connection;
@@ -30,25 +30,25 @@ TEST(Server, AnAttentionIsAnsweredWheneverItComes) {
     for (int i = 0; i < 20; ++i) streamed += client.packetBody(last);
     ASSERT_FALSE(last);
     client.send(packet(kAttention, ""));
-    EXPECT_EQ(answer(client) & kDoneAttention, 0U) << "the result is broken off";
+    EXPECT_EQ(answer(client) & kDoneAttention, 0U) << "the result ends early";
     EXPECT_EQ(answer(client), kDoneAttention) << "while a result streams";
 
     client.send(packet(kSqlBatch, batchPacket("SELECT 1"), kMoreFollows) + packet(kAttention, ""));
     EXPECT_EQ(answer(client), kDoneAttention) << "while the request is being sent";
 
     ask(client, "SELECT 1");
-    EXPECT_EQ(answer(client), 0x10U) << "the session goes on";
+    EXPECT_EQ(answer(client), 0x10U) << "the session continues";
 }
 
-TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
-    constexpr std::uint8_t kResetAll = 0x09, kResetAround = 0x11;  // and the end of the message
+TEST(Server, KeepsTheTransactionInAResetThatAsksForIt) {
+    constexpr std::uint8_t kResetAll = 0x09, kResetAround = 0x11;  // with the end-of-message bit
     const TsqlBox box;
     const auto run = [](RawClient& client, const std::string& batch, std::uint8_t status = 1) {
         client.send(packet(kSqlBatch, batchPacket(batch), status));
         return answer(client) & 2U;
     };
     const auto check = [](const std::string& condition) {
-        return "IF NOT (" + condition + ") RAISERROR('it is not so', 16, 1)";
+        return "IF NOT (" + condition + ") RAISERROR('unexpected', 16, 1)";
     };
     RawClient client(box.port()), other(box.port());
     for (RawClient* each : {&client, &other}) ASSERT_TRUE(each->logIn(box.login(), box.password()));
@@ -69,7 +69,7 @@ TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
         EXPECT_EQ(run(client, begin), 0U);
         EXPECT_EQ(run(client, check("@@TRANCOUNT = 1 AND EXISTS (SELECT 1 FROM Kept)" + fresh), kResetAround),
                   0U);
-        EXPECT_EQ(run(other, free), 0U) << "a lock of the session is given up";
+        EXPECT_EQ(run(other, free), 0U) << "the session's lock is released";
         EXPECT_EQ(run(client, end), 0U);
         const std::string rows = end == "COMMIT" ? "1" : "0";
         EXPECT_EQ(run(client, check("@@TRANCOUNT = 0 AND (SELECT COUNT(*) FROM Kept) = " + rows + fresh)),
@@ -78,24 +78,24 @@ TEST(Server, AResetKeepsTheTransactionWhereTheClientAsksForThat) {
     EXPECT_EQ(run(client, begin), 0U);
     EXPECT_EQ(run(client, check("@@TRANCOUNT = 0 AND (SELECT COUNT(*) FROM Kept) = 1" + fresh), kResetAll),
               0U);
-    EXPECT_EQ(run(client, check("@@TRANCOUNT = 0" + fresh), kResetAround), 0U) << "there is none to keep";
+    EXPECT_EQ(run(client, check("@@TRANCOUNT = 0" + fresh), kResetAround), 0U) << "no transaction to keep";
 }
 
-TEST(Server, ACallMayLeaveAParameterToItsDefault) {
+TEST(Server, UsesTheDefaultOfAParameter) {
     const TsqlBox box;
     const auto connection = loggedIn(box);
     RawClient& client = *connection;
     client.send(
         packet(kSqlBatch, batchPacket("CREATE PROCEDURE P @a int = 7 AS IF @a <> 7 RAISERROR('no', 16, 1)")));
     EXPECT_EQ(answer(client), 0U);
-    for (const char flags : {'\2', '\0'}) {  // the default, and the 1 that is given
+    for (const char flags : {'\2', '\0'}) {  // the default, then the given 1
         const std::string call = "\1\0P\0\0\0\0"s + flags + "\x26\4\4\1\0\0\0"s;
         client.send(packet(kRpc, batchPacket("") + call));
         EXPECT_EQ(client.response().find("n\0o\0"s) != std::string::npos, flags == 0);
     }
 }
 
-TEST(Server, MoreClientsThanAllowedAreTurnedAway) {
+TEST(Server, ClosesConnectionsAboveTheLimit) {
     const TsqlBox box({"--max-connections", "2"});
     {
         RawClient first(box.port()), second(box.port());
@@ -103,13 +103,13 @@ TEST(Server, MoreClientsThanAllowedAreTurnedAway) {
         ASSERT_TRUE(second.logIn(box.login(), box.password()));
         EXPECT_TRUE(RawClient(box.port()).isClosed());
     }
-    bool served = false;  // as soon as the server has seen that they left
+    bool served = false;  // once the server has noticed that they left
     for (int i = 0; i < 500 && !served; ++i)
         served = RawClient(box.port()).logIn(box.login(), box.password());
     EXPECT_TRUE(served);
 }
 
-TEST(Server, EndsCleanlyWithClientsInAllStatesAndKeepsWhatWasCommitted) {
+TEST(Server, StopsWithClientsInAllStatesAndKeepsCommittedRows) {
     TsqlBox box;
     RawClient silent(box.port());
     RawClient idle(box.port()), busy(box.port()), unread(box.port());
@@ -129,7 +129,7 @@ TEST(Server, EndsCleanlyWithClientsInAllStatesAndKeepsWhatWasCommitted) {
     EXPECT_EQ(answer(after), 0x10U);
 }
 
-TEST(Server, AWrongCommandLineIsRefusedWithTheReason) {
+TEST(Server, ReportsAWrongCommandLine) {
     const TsqlBox box;
     const TempDir folder;
     writeFile(folder / "password", "secret\n");

@@ -1,4 +1,4 @@
-// The wire's own formats: text, login packets, parameters, calls.
+// Formats of the protocol: strings, login packets, parameters, calls.
 #include <gtest/gtest.h>
 
 #include "ByteWriter.h"
@@ -11,7 +11,7 @@
 namespace tds {
 namespace {
 
-TEST(Utf16, BrokenTextBecomesTheReplacementCharacter) {
+TEST(Utf16, InvalidBytesBecomeReplacementCharacters) {
     struct Case {
         std::string utf8, wire, back;
     };
@@ -20,7 +20,7 @@ TEST(Utf16, BrokenTextBecomesTheReplacementCharacter) {
         {"a\xC3\xB6\xE2\x82\xAC", "a\0\xF6\0\xAC\x20"s, "a\xC3\xB6\xE2\x82\xAC"},
         {"\xF0\x9F\x98\x80", "\x3D\xD8\x00\xDE"s, "\xF0\x9F\x98\x80"},
         {"\xC3", "\xFD\xFF", "\xEF\xBF\xBD"},                          // cut short
-        {"\xC0\xAF", "\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD"},  // longer than needed
+        {"\xC0\xAF", "\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD"},  // overlong
         {"\xED\xA0\x80", "\xFD\xFF", "\xEF\xBF\xBD"},                  // a surrogate
     };
     for (const Case& c : cases) {
@@ -32,7 +32,7 @@ TEST(Utf16, BrokenTextBecomesTheReplacementCharacter) {
     EXPECT_EQ(utf8FromCodePage1252("\x80\xE4"), "\xE2\x82\xAC\xC3\xA4");
 }
 
-TEST(Login, FieldsAreRead) {
+TEST(Login, ReadsItsFields) {
     const Login login = parseLogin(support::loginPacket("sa", "p\xC3\xA4ss;", "db1"));
     EXPECT_EQ(login.userName, "sa");
     EXPECT_EQ(login.password, "p\xC3\xA4ss;");
@@ -40,7 +40,7 @@ TEST(Login, FieldsAreRead) {
     EXPECT_EQ(login.version, Version::V74);
 }
 
-TEST(Login, NameCountsInAnyCaseThePasswordAsItIs) {
+TEST(Login, ComparesTheNameWithoutCaseAndThePasswordExactly) {
     const Credentials credentials("Sa", "secret\xC3\xA4");
     EXPECT_TRUE(credentials.match("sA", "secret\xC3\xA4"));
     for (const auto& [name, password] :
@@ -48,7 +48,7 @@ TEST(Login, NameCountsInAnyCaseThePasswordAsItIs) {
         EXPECT_FALSE(credentials.match(name, password)) << name;
 }
 
-// What a type and a value on the wire come to: the type's name, and the value in its storage form.
+// Type name and value, in storage form, of a parameter on the wire.
 std::string parameterOf(const Bytes& typeAndValue) {
     ByteReader in(typeAndValue);
     const WireType type = readTypeInfo(in);
@@ -58,7 +58,7 @@ std::string parameterOf(const Bytes& typeAndValue) {
            (tsql::isNull(value) ? "NULL" : tsql::textOf(tsql::viewOf(value), type.type));
 }
 
-TEST(Parameter, EachWireTypeBecomesATypeAndAnExactValue) {
+TEST(Parameter, ReadsEveryTypeExactly) {
     using namespace std::string_literals;
     const Bytes collation("\x09\x04\xD0\x00\x34", 5);
     const std::pair<Bytes, const char*> cases[] = {
@@ -90,7 +90,7 @@ TEST(Parameter, EachWireTypeBecomesATypeAndAnExactValue) {
     for (const auto& [wire, parameter] : cases) EXPECT_EQ(parameterOf(wire), parameter);
 }
 
-TEST(Parameter, AValueThatIsNoneOfItsTypeIsAnErrorOfTheCall) {
+TEST(Parameter, RejectsValuesOutsideTheirType) {
     using namespace std::string_literals;
     const std::pair<Bytes, std::string> cases[] = {
         {"\x6F\x08\x08\xFF\xFF\xFF\x7F\0\0\0\0"s, "datetime"},  // past the year 9999
@@ -109,7 +109,7 @@ TEST(Parameter, AValueThatIsNoneOfItsTypeIsAnErrorOfTheCall) {
         }
 }
 
-TEST(PreparedStatements, CallsBecomeThoseOfSpExecutesql) {
+TEST(PreparedStatements, RunAsSpExecutesql) {
     const auto number = [](std::int64_t value) {
         return tsql::ProcedureCall::Argument{"", tsql::simpleType(tsql::TypeId::Int), value};
     };
@@ -132,7 +132,8 @@ TEST(PreparedStatements, CallsBecomeThoseOfSpExecutesql) {
     EXPECT_THROW(statements.plan({"sp_prepexec", {}}), tsql::SqlError);
     const auto old = *statements.plan({"sp_prepexec", {number(0), text(""), text("SELECT 1")}}).handle;
     statements.plan({"sp_prepexec", {old, text(""), text("SELECT 2")}});
-    EXPECT_THROW(statements.plan({"sp_execute", {old}}), tsql::SqlError) << "it was prepared anew";
+    EXPECT_THROW(statements.plan({"sp_execute", {old}}), tsql::SqlError)
+        << "replaced by a newly prepared statement";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Prints a golden script with the output of today: `tsql_script data-directory file`. To add batches, write
+// Prints a golden script with its current output: `tsql_script data-directory file`. To add batches, write
 // them with a line GO after each, run this, read the result and replace the script with it.
 #include <fstream>
 #include <iostream>

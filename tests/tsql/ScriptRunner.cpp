@@ -27,7 +27,7 @@ struct CellText {
     }
 };
 
-// A message that follows from what the line before reports.
+// A message that only adds to the line before it.
 struct Note {
     int number, severity, state;
     std::string_view text;

@@ -1,5 +1,5 @@
-// Golden scripts: each *.sql of the folder runs in a session of an empty server and prints what is recorded
-// in it.
+// Golden scripts: each *.sql of the folder runs in a session of an empty server and prints the output
+// recorded in it.
 #include <gtest/gtest.h>
 
 #include <algorithm>

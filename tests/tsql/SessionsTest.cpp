@@ -1,4 +1,4 @@
-// What sessions are to each other, and what stays when one ends badly.
+// Isolation of sessions from each other, and sessions that end early.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -32,14 +32,14 @@ TEST_F(Sessions, HaveTheirOwnTemporaryTables) {
     EXPECT_TRUE(has(second("CREATE TABLE #t (y int) SELECT COUNT(*) FROM #t"), "= 0 (1 rows)\n"));
 }
 
-TEST_F(Sessions, ThatReadBeforeAnothersChangeMayStillWrite) {
+TEST_F(Sessions, WriteAfterReadingWhatAnotherHasChanged) {
     first("CREATE TABLE t (x int) INSERT t VALUES (1)");
     first("BEGIN TRAN SELECT * FROM t");
     second("UPDATE t SET x = 5");
     EXPECT_TRUE(has(first("UPDATE t SET x = x + 1 COMMIT SELECT x FROM t"), "= 6 (1 rows)\n"));
 }
 
-TEST_F(Sessions, KeepWhatIsCommittedAndNothingElse) {
+TEST_F(Sessions, LeaveOnlyCommittedRowsBehind) {
     {
         tsql::Session gone(m_engine, {"sa"}, "master", 53);
         runBatch(gone, "CREATE TABLE t (x int) INSERT t VALUES (1) BEGIN TRAN INSERT t VALUES (2)");
@@ -53,7 +53,7 @@ TEST_F(Sessions, PrintAtMost8000Bytes) {
     EXPECT_EQ(first("PRINT REPLICATE(CAST(N'x' AS nvarchar(max)), 4001)").size(), 4000 + kNewline);
 }
 
-TEST_F(Sessions, HoldTheDatabaseTheyUse) {
+TEST_F(Sessions, PreventTheDropOfTheirDatabase) {
     first("CREATE DATABASE other");
     first("USE other");
     EXPECT_TRUE(has(second("DROP DATABASE other"), "Msg 3702"));
@@ -63,15 +63,15 @@ TEST_F(Sessions, HoldTheDatabaseTheyUse) {
 }
 
 TEST_F(Sessions, WaitForApplicationLocks) {
-    constexpr std::string_view kTake =
+    constexpr std::string_view kLockJob =
         "DECLARE @r int EXEC @r = sp_getapplock 'job', 'Exclusive', 'Session', 5000 PRINT @r";
-    EXPECT_EQ(first(kTake), "0\n");
+    EXPECT_EQ(first(kLockJob), "0\n");
     EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'job', 'Shared', 'Session', 50 PRINT @r"),
               "-1\n");
     EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'JOB', 'Shared', 'Session', 50 PRINT @r"),
               "0\n");
     std::string waited;
-    std::thread waiting([&] { waited = second(kTake); });
+    std::thread waiting([&] { waited = second(kLockJob); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     first("EXEC sp_releaseapplock 'job', 'Session'");
     waiting.join();
@@ -87,17 +87,17 @@ TEST_F(Sessions, WaitForApplicationLocks) {
         "0\n");
 }
 
-TEST_F(Sessions, ThatWouldWaitForEachOtherForApplicationLocksAreTold) {
-    const auto take = [](std::string_view name) {
+TEST_F(Sessions, DetectADeadlockOfApplicationLocks) {
+    const auto lockOf = [](std::string_view name) {
         return "DECLARE @r int EXEC @r = sp_getapplock '" + std::string(name) +
                "', 'Exclusive', 'Session' PRINT @r";
     };
-    first(take("a"));
-    second(take("b"));
+    first(lockOf("a"));
+    second(lockOf("b"));
     std::string waited;
-    std::thread waiting([&] { waited = first(take("b")); });
+    std::thread waiting([&] { waited = first(lockOf("b")); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_EQ(second(take("a")), "-3\n");
+    EXPECT_EQ(second(lockOf("a")), "-3\n");
     second("EXEC sp_releaseapplock 'b', 'Session'");
     waiting.join();
     EXPECT_EQ(waited, "1\n");
@@ -107,11 +107,11 @@ TEST_F(Sessions, BackUpAndRestore) {
     const std::string disk = "DISK = '" + (m_directory.path() / "shop.bak").string() + "'";
     first("CREATE DATABASE shop");
     first("USE shop CREATE TABLE t (x int) INSERT t VALUES (1)");
-    const std::string said = first("BACKUP DATABASE shop TO " + disk +
-                                   " WITH COPY_ONLY, INIT, CHECKSUM, NAME = 'full', STATS = 40");
+    const std::string output = first("BACKUP DATABASE shop TO " + disk +
+                                     " WITH COPY_ONLY, INIT, CHECKSUM, NAME = 'full', STATS = 40");
     for (const auto line : {"40 percent processed.\n", "80 percent processed.\n", "100 percent processed.\n"})
-        EXPECT_TRUE(has(said, line)) << said;
-    EXPECT_TRUE(has(said, "pages for database 'shop', file 'shop' on file 1.\nMsg 3014")) << said;
+        EXPECT_TRUE(has(output, line)) << output;
+    EXPECT_TRUE(has(output, "pages for database 'shop', file 'shop' on file 1.\nMsg 3014")) << output;
     struct Case {
         std::string statement, answer;
     };
@@ -146,14 +146,14 @@ TEST_F(Sessions, BackUpAndRestore) {
     EXPECT_TRUE(has(first("USE master RESTORE DATABASE shop FROM " + disk + " WITH REPLACE"), "Msg 3101"));
 }
 
-// Takes nothing more after some rows, in one way or another.
+// A client that leaves: it throws at the first row, or cancels after 50 ms.
 class LeavingSink final : public tsql::ResultSink {
   public:
     explicit LeavingSink(bool throws) : m_throws(throws) {}
     void columns(std::span<const tsql::Column>) override {}
     void row(std::span<const tsql::CellView>) override {
         ++m_rows;
-        if (m_throws) throw std::runtime_error("the client is gone");
+        if (m_throws) throw std::runtime_error("the client left");
     }
     void statementDone(std::int64_t, bool) override {}
     void message(const tsql::Message&) override { ++m_messages; }
@@ -169,7 +169,7 @@ class LeavingSink final : public tsql::ResultSink {
         std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
 };
 
-TEST_F(Sessions, EndACancelledBatchAndGoOn) {
+TEST_F(Sessions, ContinueAfterACancelledBatch) {
     constexpr std::string_view kEndless[] = {
         "WHILE 1 = 1 SET NOCOUNT ON",
         "SELECT COUNT(*) FROM sys.objects a, sys.objects b, sys.objects c, sys.objects d, sys.objects e, "
@@ -182,10 +182,10 @@ TEST_F(Sessions, EndACancelledBatchAndGoOn) {
         EXPECT_TRUE(m_first.runBatch(batch, sink)) << batch;
         EXPECT_EQ(sink.messages(), 0) << batch;
     }
-    EXPECT_TRUE(has(first("SELECT 1"), "= 1\n"));  // NOCOUNT is ON
+    EXPECT_TRUE(has(first("SELECT 1"), "= 1\n"));  // no row count: NOCOUNT is ON
 }
 
-TEST_F(Sessions, SurviveASinkThatThrows) {
+TEST_F(Sessions, ContinueAfterASinkThatThrows) {
     LeavingSink sink(true);
     EXPECT_THROW(m_first.runBatch("SELECT 1 SELECT 2", sink), std::runtime_error);
     EXPECT_EQ(sink.rows(), 1);

@@ -41,7 +41,7 @@ class StorageTest : public testing::Test {
     std::optional<Storage> m_storage;
 };
 
-TEST_F(StorageTest, DatabasesAreFilesUnderAnyName) {
+TEST_F(StorageTest, KeepsADatabaseOfAnyNameInAFile) {
     const std::vector<std::string> system = {"master", "model", "msdb", "tempdb"};
     EXPECT_EQ(m_storage->databases(), system);
     const std::string odd = "../Über.db %41";
@@ -56,7 +56,7 @@ TEST_F(StorageTest, DatabasesAreFilesUnderAnyName) {
     EXPECT_EQ(Storage(m_folder / "data").databases(), system);
 }
 
-TEST_F(StorageTest, BackupComesBackUnderAnotherName) {
+TEST_F(StorageTest, RestoresABackupUnderAnotherName) {
     m_storage->create("shop");
     run("shop", "CREATE TABLE t(x); INSERT INTO t VALUES (1), (2)");
     const fs::path file = m_folder / "shop.bak";
@@ -71,7 +71,7 @@ TEST_F(StorageTest, BackupComesBackUnderAnotherName) {
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "Copy", false, moved); }), 3154);
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", false); }), 3159);
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "Copy", true); }), 1834);
-    const auto open = openDatabaseFile(m_storage->pathOf("copy"), false);  // sees the restored data, too
+    const auto open = openDatabaseFile(m_storage->pathOf("copy"), false);  // also sees the restored data
     restoreDatabase(*m_storage, file, "Copy", true, moved);
     EXPECT_NO_THROW(
         execute(open.get(), "CREATE TABLE c(ok CHECK(ok = 2)); INSERT INTO c SELECT count(*) FROM t"));
@@ -79,10 +79,10 @@ TEST_F(StorageTest, BackupComesBackUnderAnotherName) {
         errorOf([&] { restoreDatabase(*m_storage, file, "x", true, std::vector<std::string>{"nope"}); }),
         3234);
     EXPECT_FALSE(m_storage->exists("x"));
-    EXPECT_EQ(filesIn(m_folder), 2u);  // data and the backup: nothing temporary
+    EXPECT_EQ(filesIn(m_folder), 2u);  // the data folder and the backup, no temporary file
 }
 
-TEST_F(StorageTest, DamagedOrForeignBackupsChangeNothing) {
+TEST_F(StorageTest, RejectsDamagedAndForeignBackups) {
     m_storage->create("shop");
     run("shop", "CREATE TABLE t(x)");
     const fs::path file = m_folder / "b.bak";
@@ -104,9 +104,10 @@ TEST_F(StorageTest, DamagedOrForeignBackupsChangeNothing) {
         EXPECT_EQ(errorOf([&] { verifyBackup(file); }), 3203) << left;
     }
     EXPECT_EQ(errorOf([&] { readBackupHeader(file); }), 3203);
-    std::ofstream(file) << "no backup of ours, whatever it may be";
+    std::ofstream(file) << "not a backup";
     EXPECT_EQ(errorOf([&] { readBackupHeader(file); }), 3241);
-    EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", file); }), 3242) << "what is no backup stays";
+    EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", file); }), 3242)
+        << "a file that is not a backup is kept";
     EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder / "absent"); }), 3201);
     EXPECT_EQ(errorOf([&] { readBackupHeader(m_folder); }), 3201);
     EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "shop", m_folder / "no" / "b.bak"); }), 3201);

@@ -28,10 +28,10 @@ async function withConnection(options, work) {
   }
 }
 
-// Runs a request made by `send`: its rows as arrays, what it gave back, its messages.
+// Runs a request through `send` and returns its rows as arrays, columns, outputs, status and count.
 function ask(send, text, parameters = []) {
   return new Promise((resolve, reject) => {
-    const result = { rows: [], columns: [], outputs: {}, messages: [] };
+    const result = { rows: [], columns: [], outputs: {} };
     const request = new Request(text, (error, count) => {
       result.count = count;
       if (error) reject(Object.assign(error, { result }));
@@ -99,7 +99,7 @@ test('parameters of every type keep their values, and their nulls', () =>
     assert.strictEqual(time.rows[0][0].toISOString(), '1970-01-01T23:59:58.123Z');
   }));
 
-test('a procedure gives back rows, outputs and its status', () =>
+test('a procedure returns rows, outputs and its status', () =>
   withConnection({}, async (connection) => {
     await batch(connection, 'CREATE OR ALTER PROCEDURE TdAdd @a int, @sum int OUTPUT, @text nvarchar(max) OUTPUT, ' +
       "@d decimal(9,2) OUTPUT AS SELECT @a AS a SET @sum = @a + 1 SET @text = REPLICATE(CAST(@text AS nvarchar(max)), 5000) SET @d = 1.25 RETURN 7");
@@ -117,7 +117,7 @@ test('a procedure gives back rows, outputs and its status', () =>
     await assert.rejects(call(connection, 'TdAdd', [['a', TYPES.Int, 4]]), { number: 201 });
   }));
 
-test('prepared statements run, tell their errors and end', () =>
+test('prepared statements run and are released', () =>
   withConnection({}, async (connection) => {
     await batch(connection, 'CREATE TABLE #p (i int, t nvarchar(20))');
     const rows = [];
@@ -188,7 +188,7 @@ test('transactions of every isolation level commit, roll back and nest', () =>
     assert.deepStrictEqual((await batch(connection, 'SELECT i FROM TdKept ORDER BY i')).rows, [[10], [12]]);
   }));
 
-test('a transaction that a batch begins is followed', () =>
+test('a transaction begun by a batch is reported', () =>
   withConnection({}, async (connection) => {
     assert.strictEqual(connection.inTransaction, false);
     await batch(connection, 'BEGIN TRANSACTION');
@@ -214,10 +214,10 @@ test('a request is cancelled while it waits and while its rows come', () =>
   withConnection({}, async (connection) => {
     assert.strictEqual(await cancelled(connection, "WAITFOR DELAY '00:05:00'", 'waiting'), 'ECANCEL');
     assert.strictEqual(await cancelled(connection, "WHILE 1 = 1 SELECT REPLICATE('x', 100)", 'rows'), 'ECANCEL');
-    assert.deepStrictEqual((await batch(connection, "SELECT 'goes on'")).rows, [['goes on']]);
+    assert.deepStrictEqual((await batch(connection, "SELECT 'continues'")).rows, [['continues']]);
   }));
 
-test('a request that is taken back half sent leaves the connection usable', () =>
+test('a request cancelled half sent leaves the connection usable', () =>
   withConnection({}, async (connection) => {
     const part = Buffer.alloc(4_000_000, 7);
     const before = connection.socket.bytesWritten;
@@ -228,10 +228,10 @@ test('a request that is taken back half sent leaves the connection usable', () =
       setImmediate(() => connection.cancel());
     });
     assert.ok(connection.socket.bytesWritten - before < 8 * part.length);
-    assert.deepStrictEqual((await batch(connection, "SELECT 'goes on'")).rows, [['goes on']]);
+    assert.deepStrictEqual((await batch(connection, "SELECT 'continues'")).rows, [['continues']]);
   }));
 
-test('a connection that is reset begins anew', () =>
+test('a reset connection has a new session', () =>
   withConnection({}, async (connection) => {
     await batch(connection, 'USE msdb CREATE TABLE #gone (i int) BEGIN TRANSACTION');
     await step(connection, 'reset');

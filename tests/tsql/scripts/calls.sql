@@ -73,7 +73,7 @@ SELECT @r
 --> - int? = 0 (1 rows)
 --> Msg 1223, Level 16, State 1, Line 14: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held.
 --> - int? = -999 (1 rows)
--- arguments that do not fit
+-- arguments that do not match the parameters
 CREATE PROCEDURE fit @a int, @b varchar(9) = 'b' AS SELECT @a, @b -->
 CREATE PROCEDURE takes_none AS RETURN -->
 EXEC fit @a = 1, @a = 2
@@ -112,7 +112,7 @@ EXEC who_am_i
 PRINT @@PROCID
 --> who_am_i
 --> 0
--- a text runs in the database whose sp_executesql it is given to
+-- SQL text runs in the database whose sp_executesql is called
 CREATE DATABASE texts
 DECLARE @there nvarchar(100) = N'texts.sys.sp_executesql'
 EXEC @there N'CREATE TABLE t (i int)'

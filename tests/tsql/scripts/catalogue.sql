@@ -83,7 +83,7 @@ SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAM
 --> twice | 0 | OUT | YES |  | decimal
 --> twice | 1 | IN | NO | @x | decimal (4 rows)
 SELECT * FROM sys.nosuch --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'sys.nosuch'.
--- indexes are made anew; a database changes its name, or takes a setting that it has
+-- rebuilt indexes; a database is renamed, or set to a value that it has
 ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80) -->
 ALTER INDEX ALL ON dbo.line REORGANIZE -->
 ALTER INDEX nosuch ON item REBUILD --> Msg 2727, Level 11, State 1, Line 1: Cannot find index 'nosuch'.

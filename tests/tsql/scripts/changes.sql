@@ -67,7 +67,7 @@ IF OBJECT_ID('d', 'U') IS NOT NULL DROP TABLE d -->
 DROP TABLE d --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the table 'd', because it does not exist or you do not have permission.
 DROP TABLE IF EXISTS d -->
 CREATE TABLE c (x int) --> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'c' in the database.
--- the table that is changed may have another name in FROM, once
+-- the changed table may have one alias in FROM
 CREATE TABLE p (id int, v int) -->
 INSERT p VALUES (1, 10), (2, 20) --> (2 changed)
 UPDATE p SET v += 1 FROM p AS q WHERE q.id = 1 --> (1 changed)
@@ -75,8 +75,8 @@ DELETE p FROM p q JOIN c ON 1 = 1 WHERE q.id = 2 --> (1 changed)
 SELECT * FROM p --> id int? = 1 | v int? = 11 (1 rows)
 UPDATE p SET v = 0 FROM p q JOIN p r ON q.id = r.id --> Msg 8154, Level 16, State 1, Line 1: The table 'p' is ambiguous.
 UPDATE p SET v = 0, v = 1 --> Msg 264, Level 16, State 1, Line 1: The column name 'v' is specified more than once in the SET clause or column list of an INSERT. A column cannot be assigned more than one value in the same clause. Modify the clause to make sure that a column is updated only once. If this statement updates or inserts columns into a view, column aliasing can conceal the duplication in your code.
--- SELECT INTO: what an outer join may leave empty takes NULL, constants and ISNULL do not; an identity is inherited
--- from the only table
+-- SELECT INTO: columns of an outer join are nullable, constants and ISNULL are not; an identity is inherited
+-- if there is only one table
 CREATE TABLE owner (id int IDENTITY PRIMARY KEY, name varchar(10) NOT NULL) -->
 CREATE TABLE pet (owner int NOT NULL, pet varchar(10) NOT NULL, age int) -->
 INSERT owner VALUES ('Ann'), ('Bob') --> (2 changed)

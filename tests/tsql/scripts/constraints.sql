@@ -4,7 +4,7 @@ CREATE TABLE child (id int NOT NULL, parent int NULL CONSTRAINT FK_parent REFERE
 CREATE UNIQUE INDEX ix_child ON child (id, n) -->
 INSERT parent VALUES (1, 'a'), (2, 'b') --> (2 changed)
 INSERT other VALUES (N'fünf') --> (1 changed)
--- errors name key, values, table and column
+-- errors name the key, its values, table and column
 INSERT parent VALUES (1, 'c') --> Msg 2627, Level 14, State 1, Line 2: Violation of PRIMARY KEY constraint 'PK_parent'. Cannot insert duplicate key in object 'dbo.parent'. The duplicate key value is (1). (3621)
 INSERT parent SELECT 3, 'c' UNION ALL SELECT 3, 'd' --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_parent'. Cannot insert duplicate key in object 'dbo.parent'. The duplicate key value is (3). (3621)
 INSERT child VALUES (1, 1, 5, 2) --> (1 changed)
@@ -21,7 +21,7 @@ TRUNCATE TABLE parent --> Msg 4712, Level 16, State 1, Line 1: Cannot truncate t
 DELETE other --> (1 changed)
 SELECT COUNT(*) FROM child --> - int? = 0 (1 rows)
 TRUNCATE TABLE child -->
--- a table is altered
+-- ALTER TABLE
 CREATE TABLE t (a int NOT NULL, b varchar(5) NULL) -->
 INSERT t VALUES (1, 'one'), (2, 'two') --> (2 changed)
 ALTER TABLE t ADD c int NOT NULL CONSTRAINT DF_c DEFAULT 7, d datetime NULL, CONSTRAINT PK_t PRIMARY KEY (a) -->
@@ -121,7 +121,7 @@ UPDATE u SET ref = 77 WHERE id = 3 --> Msg 547, Level 16, State 0, Line 1: The U
 UPDATE x SET id = 4 FROM u x WHERE x.nm = 'b' --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (4). (3621)
 DELETE u WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the SAME TABLE REFERENCE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'ref'. (3621)
 SELECT * FROM u --> id int | nm varchar(10)? | ref int? = 1 | a | NULL; 3 | b | 1; 4 | c | NULL (3 rows)
--- one NULL equals another in a unique key
+-- NULLs are equal in a unique key
 CREATE TABLE nullable (a int NULL CONSTRAINT UQ_nullable UNIQUE, b varchar(5) NULL, c int NULL) -->
 CREATE UNIQUE INDEX ix_nullable ON nullable (b, c DESC) -->
 INSERT nullable VALUES (NULL, 'x', NULL), (1, 'x', 1), (2, NULL, 1), (3, NULL, NULL) --> (4 changed)
@@ -136,7 +136,7 @@ INSERT nullable VALUES (NULL, 'y', 5) --> (1 changed)
 ALTER TABLE nullable ADD CONSTRAINT UQ_again UNIQUE (a) WITH FILLFACTOR = 90 ON [PRIMARY] --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.nullable' and the index name 'UQ_again'. The duplicate key value is (<NULL>). (1750) (3621)
 DROP INDEX ix_nullable ON nullable WITH (ONLINE = OFF) -->
 INSERT nullable VALUES (7, 'X', NULL) --> (1 changed)
--- a foreign key refers to a key: a plain index is none, a unique one is; the order is free
+-- a foreign key refers to a key or a unique index, with its columns in any order
 CREATE TABLE keys (a int NOT NULL, b int NOT NULL, c varchar(5) NOT NULL, d int NOT NULL) -->
 CREATE INDEX ix_a ON keys (a) -->
 CREATE UNIQUE INDEX ux_b ON keys (b) -->
@@ -159,14 +159,14 @@ END CATCH --> - int? = 1750 (1 rows)
 CREATE TABLE #free (x int CONSTRAINT FK_free REFERENCES keys (b)) --> Msg 1756, Level 0, State 1, Line 1: Skipping FOREIGN KEY constraint 'FK_free' definition for temporary table. FOREIGN KEY constraints are not enforced on local or global temporary tables.
 INSERT #free VALUES (9) --> (1 changed)
 DECLARE @free TABLE (x int REFERENCES keys (b)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key of a table variable.
--- two NULLs are one value too many
+-- two NULLs prevent a unique index
 CREATE TABLE two_nulls (a int, b int) -->
 INSERT two_nulls VALUES (NULL, 1), (NULL, 1) --> (2 changed)
 CREATE UNIQUE INDEX ux_two ON two_nulls (a, b) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'ux_two'. The duplicate key value is (<NULL>, 1). (3621)
--- what takes NULL is no key and no identity
+-- a nullable column is neither a primary key nor an identity
 CREATE TABLE null_key (a int NULL PRIMARY KEY) --> Msg 8111, Level 16, State 1, Line 2: Cannot define PRIMARY KEY constraint on nullable column in table 'null_key'. (1750)
 CREATE TABLE null_identity (a int IDENTITY NULL) --> Msg 8147, Level 16, State 1, Line 1: Could not create IDENTITY attribute on nullable column 'a', table 'null_identity'.
--- several tables refer to one: rows tell which is in the way
+-- several tables refer to one: the error names the one whose row prevents the DELETE
 CREATE TABLE several (id int PRIMARY KEY) -->
 CREATE TABLE with_none (id int CONSTRAINT FK_none REFERENCES several) -->
 CREATE TABLE with_null (id int CONSTRAINT FK_null REFERENCES several) -->
@@ -179,13 +179,13 @@ INSERT that_follow VALUES (1), (2) --> (2 changed)
 DELETE several --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_one". The conflict occurred in database "master", table "dbo.with_one", column 'id'. (3621)
 DELETE several WHERE id = 2 --> (1 changed)
 SELECT id FROM that_follow --> id int? = 1 (1 rows)
--- an index of another database's table
+-- an index in another database
 CREATE DATABASE elsewhere -->
 CREATE TABLE elsewhere.dbo.indexed (a int) -->
 CREATE INDEX ix_there ON elsewhere.dbo.indexed (a) -->
 DROP INDEX ix_there ON elsewhere.dbo.indexed -->
 DROP INDEX ix_there ON elsewhere.dbo.indexed --> Msg 3701, Level 11, State 7, Line 1: Cannot drop the index 'indexed.ix_there', because it does not exist or you do not have permission.
--- a CHECK belongs to the columns that it reads
+-- a CHECK depends on the columns that it reads
 CREATE TABLE span (a int, b int, CONSTRAINT CK_span CHECK (a < b), CONSTRAINT CK_one CHECK (span.a > 1)) -->
 INSERT span VALUES (1, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_one". The conflict occurred in database "master", table "dbo.span", column 'a'. (3621)
 INSERT span VALUES (3, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_span". The conflict occurred in database "master", table "dbo.span". (3621)
@@ -199,7 +199,7 @@ ALTER TABLE tree ADD a varchar(9) CONSTRAINT df_tree_a DEFAULT ((1)), b int CONS
 SELECT COLUMN_NAME, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'tree' AND COLUMN_DEFAULT <> '' --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? = a | ((1)); b | ((-1)); c | (GETDATE()) (3 rows)
 ALTER TABLE tree ALTER COLUMN note varchar(3) --> Msg 2628, Level 16, State 1, Line 1: String or binary data would be truncated in table 'master.dbo.tree', column 'note'. Truncated value: 'len'. (3621)
 DROP TABLE dbo.no_tree --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the table 'dbo.no_tree', because it does not exist or you do not have permission.
--- rows that another statement gives break a constraint in the same words
+-- INSERT EXEC and OUTPUT INTO report constraints like INSERT
 CREATE TABLE given_to (id int CONSTRAINT PK_given PRIMARY KEY, up int CONSTRAINT FK_given REFERENCES given_to) -->
 INSERT given_to EXEC ('SELECT 1, 9') --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_given". The conflict occurred in database "master", table "dbo.given_to", column 'id'. (3621)
 INSERT given_to VALUES (1, NULL) --> (1 changed)

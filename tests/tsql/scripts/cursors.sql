@@ -105,7 +105,7 @@ FETCH e
 PRINT CURSOR_STATUS('local', 'e')
 --> id int | nm varchar(10)? (0 rows)
 --> 0
--- what is refused
+-- not supported
 DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE of a cursor.
 DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DYNAMIC cursors.
 DECLARE @c CURSOR --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support cursor variables.

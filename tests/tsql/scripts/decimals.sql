@@ -1,9 +1,9 @@
 CREATE FUNCTION dbo.kind (@x decimal(38,19)) RETURNS varchar(60) AS BEGIN RETURN CAST(@x AS varchar(60)) END -->
--- literals: as many digits as they are written with
+-- literals have the precision they are written with
 SELECT 12345678901234567890 a, -0.12345678901234567890123456789012345678 b, 99999999999999999999999999999999999999 c, 0.5 d, 3000000000 e --> a decimal(20,0) = 12345678901234567890 | b decimal(38,38) = -0.12345678901234567890123456789012345678 | c decimal(38,0) = 99999999999999999999999999999999999999 | d decimal(1,1) = 0.5 | e decimal(10,0) = 3000000000 (1 rows)
 SELECT 100000000000000000000000000000000000000 --> Msg 1007, Level 15, State 1, Line 1: The number '100000000000000000000000000000000000000' is out of the range for numeric representation (maximum precision 38).
 SELECT 0.123456789012345678901234567890123456789 --> Msg 1007, Level 15, State 1, Line 1: The number '0.123456789012345678901234567890123456789' is out of the range for numeric representation (maximum precision 38).
--- precision and scale of results, with and without room for all digits
+-- precision and scale of results, also where 38 digits are too few
 DECLARE @a decimal(38,10) = 2, @b decimal(38,20) = 3, @c decimal(18,4) = 10, @d decimal(5,2) = 999.99, @m money = 1.5
 SELECT @a + @b s, @a - @b d, @a * @b p, @a / @b q, @a % @b r
 SELECT @c * @c p, @c / @d q, @d / @c q2, @c % @d r, @d + @d s, @d * 2 l, @d / 7 q3, @m * @d m, @m / @c m2
@@ -45,7 +45,7 @@ IF @p > 24691357802469135780.2468 AND @p < 24691357802469135780.247 PRINT 'betwe
 --> r decimal(38,5)? = 24691357802469135780.24690 (1 rows)
 --> 24691357802469135780.24690
 --> between
--- comparison between scales and forms
+-- comparison of different scales and types
 SELECT COUNT(*) n FROM (VALUES (1)) v (i) WHERE 1.5 = CAST(1.5 AS decimal(38,20)) AND CAST(0.2 AS decimal(38,38)) / 4 < CAST(5 AS money) --> n int? = 1 (1 rows)
 SELECT COUNT(*) n FROM (VALUES (1)) v (i) WHERE CAST(1.5 AS decimal(38,0)) = CAST(2.0 AS decimal(38,37)) AND 99999999999999999999999999999999999999 > 0.00000000000000000000000000000000000001 AND CAST(3 AS bigint) = CAST(3 AS decimal(20,0)) AND CAST(-3 AS bigint) < CAST(-2.5 AS decimal(20,1)) AND CAST(1 AS tinyint) <> 1.00000000000000000001 AND 7 IN (6.5, CAST(7 AS decimal(30,3))) AND '12345678901234567890' = 12345678901234567890.0 --> n int? = 1 (1 rows)
 SELECT 1 WHERE CAST(1 AS decimal(38,0)) IN (2, 1) AND CAST(1 AS decimal(37,0)) NOT IN (0.5) --> - int = 1 (1 rows)
@@ -125,7 +125,7 @@ CREATE TABLE counted (id decimal(18,0) IDENTITY(5,1), x int) INSERT INTO counted
 --> id decimal(18,0)* = 5 | t decimal(20,0)? = 10 (1 rows)
 CREATE TABLE refused (id decimal(19,0) IDENTITY, x int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an identity of more than 18 digits.
 CREATE TABLE refused (id decimal(9,2) IDENTITY, x int) --> Msg 2749, Level 16, State 1, Line 1: Identity column 'id' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0, and constrained to be nonnullable.
--- what does not fit says so in the words of its types
+-- overflow messages depend on the types
 SELECT CAST(1.5e0 AS varchar(2)) --> Msg 232, Level 16, State 2, Line 2: Arithmetic overflow error for type varchar, value = 1.500000.
 SELECT CAST(1.5e0 AS nvarchar(2)) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type nvarchar.
 SELECT CAST(CAST(123 AS bigint) AS varchar(2)) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type varchar.

@@ -48,7 +48,7 @@ SELECT CONVERT(int, 'x')
 --> Msg 3903, Level 16, State 1, Line 13: The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION. (1 changed)
 --> - int? = 1 (1 rows) (1 changed)
 --> Msg 245, Level 16, State 1, Line 18: Conversion failed when converting the varchar value 'x' to data type int.
--- the failed conversion has ended the batch and the transaction
+-- the failed conversion ended the batch and the transaction
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 SET XACT_ABORT ON
 BEGIN TRAN
@@ -62,7 +62,7 @@ INSERT t VALUES (5)
 SELECT COUNT(*) FROM t
 --> - int? = 0 | - int? = 1 (1 rows)
 --> - int? = 2
--- a variable is there from the batch's beginning and keeps its value in a loop
+-- a variable exists from the start of the batch and keeps its value in a loop
 DECLARE @i int = 0
 WHILE @i < 2 BEGIN DECLARE @x int; SET @x = ISNULL(@x, 0) + 1; SET @i += 1 END
 IF 1 = 0 BEGIN DECLARE @y int = 5 END

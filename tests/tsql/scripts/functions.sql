@@ -4,7 +4,7 @@ SELECT TRY_CAST('x' AS int) a, TRY_CONVERT(int, '12') b, ISNULL(NULL, 'abc') c, 
 SELECT ABS(-3) a, CEILING(1.2) b, FLOOR(-1.2) c, ROUND(2.567, 1) d, ROUND(2.567, 1, 1) e, POWER(2, 10) f, SQRT(16) g, SIGN(-2.5) h, CAST(PI() AS decimal(9,5)) i, SQUARE(3) j --> a int? = 3 | b decimal(2,0)? = 2 | c decimal(2,0)? = -2 | d decimal(4,3)? = 2.600 | e decimal(4,3)? = 2.500 | f int? = 1024 | g float? = 4 | h decimal(2,1)? = -1.0 | i decimal(9,5)? = 3.14159 | j float? = 9 (1 rows)
 SELECT COUNT_BIG(*) a, DB_NAME() b, DB_ID('master') c, OBJECT_NAME(OBJECT_ID('nothing')) d, SUSER_SNAME() e, @@TRANCOUNT f, XACT_STATE() g, @@ERROR h FROM (SELECT 1 AS x) q --> a bigint? = 1 | b nvarchar(128)? = master | c int? = 1 | d nvarchar(128)? = NULL | e nvarchar(128)? = sa | f int? = 0 | g smallint? = 0 | h int? = 0 (1 rows)
 SELECT CASE WHEN SERVERPROPERTY('ProductVersion') IS NOT NULL AND @@VERSION LIKE '%SQL Server%' AND @@SERVERNAME <> '' AND @@SPID > 0 AND RAND() < 1 AND GETDATE() < DATEADD(day, 2, GETUTCDATE()) AND SYSDATETIME() > '2000' THEN 'fine' END a --> a varchar(4)? = fine (1 rows)
--- 8,000 bytes, unless the text is (max)
+-- at most 8,000 bytes, unless the string is (max)
 SELECT LEN(REPLICATE(N'x', 5000)) a, LEN(REPLICATE('x', 9000)) b, LEN(REPLICATE(CAST('x' AS varchar(max)), 9000)) c, LEN(REPLICATE(N'é', 4000)) d, LEN(REPLICATE('é', 8000)) e, DATALENGTH(REPLICATE(N'xy', 3000)) f --> a int? = 4000 | b int? = 8000 | c bigint? = 9000 | d int? = 4000 | e int? = 8000 | f int? = 8000 (1 rows)
 DECLARE @v varchar(20) = '', @n int = 1
 SELECT @v += q.a, @n *= 3 FROM (SELECT 'p' AS a UNION ALL SELECT 'q') q
@@ -37,7 +37,7 @@ CREATE TABLE word (t nvarchar(20)) -->
 INSERT word VALUES (N'zebra'),(N'étude'),(N'eta'),(N'Etude'),(N'a_b'),(N'a1'),(N'ab'),(N'Ärger'),(N'az') --> (9 changed)
 SELECT t FROM word ORDER BY t --> t nvarchar(20)? = a_b; a1; ab; Ärger; az; eta; Etude; étude; zebra (9 rows)
 SELECT COUNT(*) FROM word WHERE t = N'ETUDE ' --> - int? = 1 (1 rows)
--- what is converted by itself, by CAST alone, or never
+-- implicit, explicit and impossible conversions
 CREATE TABLE kinds (d date, dt datetime, u uniqueidentifier, t text, b varbinary(9), n int) -->
 INSERT kinds (dt, b, n, t) VALUES (1, 2, '3', 'x') --> (1 changed)
 SELECT CASE WHEN dt = 1 AND b = 2 AND t LIKE 'x' AND t IS NOT NULL THEN DATALENGTH(t) + PATINDEX('%x', t) END FROM kinds --> - int? = 2 (1 rows)
@@ -50,7 +50,7 @@ SELECT CASE WHEN 1 = 1 THEN u ELSE n END FROM kinds --> Msg 206, Level 16, State
 SELECT CASE WHEN 1 = 1 THEN NULL END --> Msg 8133, Level 16, State 1, Line 1: At least one of the result expressions in a CASE specification must be an expression other than the NULL constant.
 SELECT CAST(t AS int) FROM kinds --> Msg 529, Level 16, State 1, Line 1: Explicit conversion from data type text to int is not allowed.
 SELECT CAST(1.5 AS varbinary(8)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the conversion of numeric to varbinary.
--- text is neither compared nor sorted, and few functions take it
+-- the type text: no comparison, no sorting, few functions
 SELECT 1 FROM kinds WHERE t = 'x' --> Msg 402, Level 16, State 1, Line 2: The data types text and varchar are incompatible in the equal to operator.
 SELECT 1 FROM kinds WHERE t IN ('x') --> Msg 402, Level 16, State 1, Line 1: The data types text and text are incompatible in the equal to operator.
 SELECT t FROM kinds ORDER BY t --> Msg 306, Level 16, State 2, Line 1: The text, ntext, and image data types cannot be compared or sorted, except when using IS NULL or LIKE operator.

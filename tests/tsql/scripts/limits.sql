@@ -1,4 +1,4 @@
--- the last value of a type, and the one behind it
+-- last value of a type, and the value beyond it
 SELECT CAST(255 AS tinyint) a, CAST(0 AS tinyint) b, CAST(-32768 AS smallint) c, CAST(32767 AS smallint) d, CAST(-2147483648 AS int) e, CAST(922337203685477.5807 AS money) f, CAST(-214748.3648 AS smallmoney) g, CAST('1753-01-01' AS datetime) h, CAST('9999-12-31 23:59:59.997' AS datetime) i, CAST('2079-06-06 23:59' AS smalldatetime) j, CAST('1900-01-01' AS smalldatetime) k --> a tinyint? = 255 | b tinyint? = 0 | c smallint? = -32768 | d smallint? = 32767 | e int? = -2147483648 | f money? = 922337203685477.5807 | g smallmoney? = -214748.3648 | h datetime? = 1753-01-01 00:00:00.000 | i datetime? = 9999-12-31 23:59:59.997 | j smalldatetime? = 2079-06-06 23:59:00 | k smalldatetime? = 1900-01-01 00:00:00 (1 rows)
 SELECT TRY_CAST(256 AS tinyint) a, TRY_CAST(-1 AS tinyint) b, TRY_CAST(-32769 AS smallint) c, TRY_CAST(32768 AS smallint) d, TRY_CAST(-2147483649 AS int) e, TRY_CAST(922337203685477.5808 AS money) f, TRY_CAST(214748.3648 AS smallmoney) g, TRY_CAST('1752-12-31' AS datetime) h, TRY_CAST('9999-12-31 23:59:59.999' AS datetime) i, TRY_CAST('2079-06-06 23:59:30' AS smalldatetime) j, TRY_CAST('1899-12-31' AS smalldatetime) k --> a tinyint? = NULL | b tinyint? = NULL | c smallint? = NULL | d smallint? = NULL | e int? = NULL | f money? = NULL | g smallmoney? = NULL | h datetime? = NULL | i datetime? = NULL | j smalldatetime? = NULL | k smalldatetime? = NULL (1 rows)
 DECLARE @a varchar(8000), @b nvarchar(4000), @c varbinary(8000), @d decimal(38,38), @e time(7) -->
@@ -35,7 +35,7 @@ DECLARE @s nvarchar(max) = N'SELECT COUNT(*) FROM (SELECT i FROM many' + REPLICA
 DECLARE @s nvarchar(max) = N'SELECT COUNT(*) FROM (SELECT i FROM many' + REPLICATE(CAST(N' UNION ALL SELECT i FROM many' AS nvarchar(max)), 255) + N') q' EXEC (@s) --> Msg 106, Level 15, State 1, Line 1: Too many table names in the query. The maximum allowable is 256.
 DECLARE @s nvarchar(max) = N'SELECT 1 FROM (SELECT 1 AS a) t', @i int = 1 WHILE @i < 64 SELECT @s += N', (SELECT 1 AS a) t' + CAST(@i AS nvarchar(9)), @i += 1 EXEC (@s) --> - int = 1 (1 rows)
 DECLARE @s nvarchar(max) = N'SELECT 1 FROM (SELECT 1 AS a) t', @i int = 1 WHILE @i < 65 SELECT @s += N', (SELECT 1 AS a) t' + CAST(@i AS nvarchar(9)), @i += 1 EXEC (@s) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox could not run the statement: at most 64 tables in a join.
--- lines of a module's text
+-- lines of sp_helptext
 DECLARE @s nvarchar(max) = N'CREATE PROCEDURE wide AS PRINT ''' + REPLICATE(N'x', 300) + N'''' EXEC (@s)
 CREATE TABLE #text (t nvarchar(max))
 INSERT #text EXEC sp_helptext 'wide'

@@ -35,7 +35,7 @@ SELECT dbo.fac(1, 2)
 CREATE FUNCTION dbo.bad () RETURNS int AS BEGIN PRINT 'x' RETURN 1 END --> Msg 443, Level 16, State 14, Line 1, Procedure bad: Invalid use of a side-effecting operator 'PRINT' within a function.
 CREATE FUNCTION bad () RETURNS float AS BEGIN RETURN 1 + RAND() END --> Msg 443, Level 16, State 1, Line 1, Procedure bad: Invalid use of a side-effecting operator 'rand' within a function.
 SELECT dbo.bad() --> Msg 4121, Level 16, State 1, Line 1: Cannot find either column "dbo" or the user-defined function or aggregate "dbo.bad", or the name is ambiguous.
--- what a procedure makes ends with it; a missing table ends it
+-- temporary tables of a procedure end with it; a missing table ends the procedure
 CREATE PROC q AS BEGIN CREATE TABLE #in (x int) INSERT #in VALUES (1) SELECT * FROM #in SELECT * FROM nosuch PRINT 'not here' END -->
 EXEC q
 PRINT 'here'
@@ -77,7 +77,7 @@ SELECT dbo.scaled(DEFAULT, 2)
 SELECT * FROM dbo.numbers(1, DEFAULT) --> Msg 201, Level 16, State 4, Line 1: Procedure or function 'numbers' expects parameter '@to', which was not supplied.
 SELECT dbo.scaled(3) --> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function dbo.scaled.
 SELECT LEN(DEFAULT) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'DEFAULT'.
--- what is wrong whatever the values are is found first
+-- errors that do not depend on values are found before the batch runs
 CREATE TABLE checked (a int, id int IDENTITY) -->
 CREATE PROCEDURE unchecked AS IF 1 = 0 SELECT nosuch FROM checked --> Msg 207, Level 16, State 1, Line 1, Procedure unchecked: Invalid column name 'nosuch'.
 PRINT 'not reached' UPDATE checked SET nosuch = 1 --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nosuch'.
@@ -104,7 +104,7 @@ CREATE FUNCTION dbo.no_return () RETURNS int AS BEGIN IF 1 = 1 RETURN 1 END --> 
 CREATE TABLE bad (a int DEFAULT b, b int) --> Msg 128, Level 15, State 1, Line 1: The name "b" is not permitted in this context. Valid expressions are constants, constant expressions, and (in some contexts) variables. Column names are not permitted.
 CREATE TABLE bad (a int PRIMARY KEY, b int PRIMARY KEY) --> Msg 8110, Level 16, State 0, Line 1: Cannot add multiple PRIMARY KEY constraints to table 'bad'.
 CREATE TABLE bad (a int, CONSTRAINT FK_bad FOREIGN KEY (c) REFERENCES checked (a)) --> Msg 1769, Level 16, State 1, Line 1: Foreign key 'FK_bad' references invalid column 'c' in referencing table 'bad'. (1750)
--- a text that a procedure runs is not the procedure's
+-- errors in dynamic SQL do not name the procedure
 CREATE PROCEDURE runs_bad_text AS
 EXEC ('SELECT FROM')
 EXEC sp_executesql N'SELECT FROM', N'@a int', 1 -->

@@ -26,7 +26,7 @@ SELECT * FROM @u
 --> (1 changed) (1 changed)
 --> a int? = 0; 1 (2 rows)
 CREATE PROCEDURE fill AS DECLARE @t TABLE (a int) INSERT @t VALUES (8) SELECT a FROM @t -->
--- each scope has its own; ROLLBACK leaves them alone
+-- each scope has its own; ROLLBACK does not affect them
 DECLARE @t TABLE (a int, b varchar(5))
 INSERT @t VALUES (1, 'one')
 BEGIN TRAN
@@ -81,14 +81,14 @@ SELECT @got
 --> - int? = 11 (1 rows)
 UPDATE part SET n = 1 OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support deleted rows in the OUTPUT of UPDATE.
 DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
--- rows may take over each other's keys
+-- rows may exchange keys within an UPDATE
 UPDATE slot SET pos = pos + 1 --> (3 changed)
 UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what --> pos int | what varchar(10)? = 4 | x; 3 | y; 2 | z (3 rows)
 SELECT * FROM slot ORDER BY pos --> pos int | what varchar(10)? = 2 | z; 3 | y; 4 | x (3 rows)
 UPDATE slot SET pos = 5 --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__slot__5_6'. Cannot insert duplicate key in object 'dbo.slot'. The duplicate key value is (5). (3621)
 UPDATE slot SET pos = pos - 2 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK__slot__5_7". The conflict occurred in database "master", table "dbo.slot", column 'pos'. (3621)
 SELECT MIN(pos) FROM slot --> - int? = 2 (1 rows)
--- common tables: before changes, and recursive
+-- common tables: in changes, and recursive
 ;WITH s AS (SELECT id, n FROM part WHERE n > 2) DELETE p FROM part p JOIN s ON s.id = p.id WHERE s.n = 4; --> (1 changed)
 WITH s AS (SELECT 'z' AS code), r (c) AS (SELECT code + code FROM s) INSERT part (code) SELECT c FROM r; --> (1 changed)
 WITH s AS (SELECT MAX(n) m FROM part) UPDATE part SET n = s.m FROM s WHERE code = 'zz' --> (1 changed)
@@ -104,7 +104,7 @@ WITH n (i) AS (SELECT 'a' UNION ALL SELECT i + 'b' FROM n) SELECT i FROM n --> M
 WITH n (i) AS (SELECT 1 UNION ALL SELECT DISTINCT i + 1 FROM n) SELECT i FROM n --> Msg 460, Level 16, State 1, Line 1: DISTINCT operator is not allowed in the recursive part of a recursive common table expression 'n'.
 WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n --> Msg 253, Level 16, State 1, Line 1: Recursive member of a common table expression 'n' has multiple recursive references.
 WITH part AS (SELECT 1 AS id) DELETE FROM part --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a common table expression ('part').
--- what a change takes for its identity is the change's own; keys that another table needs stay
+-- SCOPE_IDENTITY belongs to the INSERT, not to its OUTPUT INTO; keys with references
 CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i)) -->
 INSERT node (k, p) VALUES ('a', NULL), ('b', 1) --> (2 changed)
 DECLARE @o TABLE (x int IDENTITY(70,1), i int)
@@ -115,7 +115,7 @@ SELECT SCOPE_IDENTITY() s, x, i FROM @o
 UPDATE node SET k = CASE k WHEN 'a' THEN 'b' ELSE 'a' END WHERE k < 'c' --> (2 changed)
 UPDATE TOP (1) node SET k = 'a' WHERE k = 'b' --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ__node__9_11'. Cannot insert duplicate key in object 'dbo.node'. The duplicate key value is (a). (3621)
 SELECT i, k FROM node ORDER BY k --> i int* | k varchar(5)? = 2 | a; 1 | b; 3 | c (3 rows)
--- INTO takes over what may be NULL: what an outer join adds, not ISNULL and literals; the first query of a union has it
+-- nullability of SELECT INTO, also in a UNION
 CREATE TABLE made (id int IDENTITY, n int NULL) -->
 INSERT made (n) VALUES (1), (2) --> (2 changed)
 SELECT a.id, b.id AS other, ISNULL(a.n, 0) AS n, 'x' AS x INTO #made FROM made a LEFT JOIN made b ON b.id > a.id --> (2 changed)
@@ -124,7 +124,7 @@ SELECT c.name, c.is_nullable, c.is_identity FROM tempdb.sys.columns c WHERE c.ob
 SELECT id INTO #both FROM made UNION ALL SELECT NULL --> (3 changed)
 SELECT id FROM #both --> id int? = 1; 2; NULL (3 rows)
 SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'INTO'.
--- a new database's catalogue is empty, not missing
+-- the catalogue of a new database is empty
 CREATE DATABASE newborn -->
 SELECT COUNT(*) FROM newborn.sys.tables --> - int? = 0 (1 rows)
 IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once --> Msg 2714, Level 16, State 1, Line 1: There is already an object named '#once' in the database.

@@ -25,7 +25,7 @@ SAVE TRAN nothing
 --> - int? = 1 | - int? = 2 (1 rows)
 --> - int? = 0 | - smallint? = 0 | - int? = 0 (1 rows)
 --> Msg 628, Level 16, State 1, Line 19: Cannot issue SAVE TRANSACTION when there is no active transaction.
--- an error that ends the batch dooms the transaction when it is caught
+-- an error that would end the batch makes the transaction uncommittable when caught
 BEGIN TRY
     BEGIN TRAN
     INSERT t VALUES (1)
@@ -48,7 +48,7 @@ SELECT COUNT(*) FROM t
 --> The current transaction cannot be committed and cannot support operations that write to the log file. Roll back the transaction.
 --> 0
 --> - int? = 0 (1 rows)
--- one that does not, leaves it as it is
+-- other errors keep it committable
 BEGIN TRY
     BEGIN TRAN
     INSERT t VALUES (1)
@@ -95,7 +95,7 @@ SELECT @@TRANCOUNT
 --> - int? = 1 (1 rows)
 --> Msg 266, Level 16, State 2, Line 0, Procedure rolls_back: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 1, current count = 0.
 --> - int? = 0 (1 rows)
--- a missing object is not seen by the CATCH block of its own batch or procedure
+-- a CATCH block does not catch a missing object of its own batch or procedure
 CREATE PROCEDURE misses AS BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH -->
 BEGIN TRY EXEC misses END TRY BEGIN CATCH PRINT 'outside: ' + ERROR_MESSAGE() + ' in ' + ERROR_PROCEDURE() END CATCH
 BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH
@@ -106,7 +106,7 @@ BEGIN TRAN
 INSERT t VALUES (9)
 SELECT FROM t --> Msg 156, Level 15, State 1, Line 3: Incorrect syntax near the keyword 'FROM'.
 SELECT @@TRANCOUNT, COUNT(*) FROM t --> - int? = 0 | - int? = 1 (1 rows)
--- what looks into tables begins a transaction of its own accord
+-- statements that read or write tables begin a transaction implicitly
 SET IMPLICIT_TRANSACTIONS ON
 SELECT 1, @@TRANCOUNT
 SELECT COUNT(*) FROM t
@@ -125,7 +125,7 @@ SET IMPLICIT_TRANSACTIONS OFF
 --> - int? = 1 (1 rows) (1 changed)
 --> - int? = 0 (1 rows)
 --> - int? = 2 (1 rows)
--- what has been given out as an identity is not given out again, whatever becomes of the row
+-- identity values are never reused, even after ROLLBACK
 CREATE TABLE ticket (id int IDENTITY(10,1), a int UNIQUE)
 BEGIN TRAN
 INSERT ticket VALUES (1), (2)
@@ -153,7 +153,7 @@ SELECT id, a FROM ticket
 --> id int* | a int? | now decimal(38,0)? = 12 | 3 | 17; 17 | 6 | 17 (2 rows) (1 changed)
 --> id int* = 10 | a int? = 7 (1 rows) (1 changed)
 --> id int* | a int? = 12 | 3; 17 | 6; 18 | 8 (3 rows)
--- what a procedure sets ends with it, also when an error ends it
+-- SET options of a procedure end with it, also after an error
 CREATE PROCEDURE sets_and_fails AS SET NOCOUNT ON SET XACT_ABORT ON SELECT 1/0 -->
 BEGIN TRY EXEC sets_and_fails END TRY BEGIN CATCH PRINT ERROR_LINE() END CATCH
 EXEC ('SET XACT_ABORT ON')
@@ -169,7 +169,7 @@ EXEC ('BEGIN TRAN')
 EXEC sp_executesql N'COMMIT'
 --> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 0, current count = 1.
 --> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 1, current count = 0.
--- what a statement within TRY has done when it fails, is told
+-- rows before the error of a statement in TRY are returned
 BEGIN TRY SELECT 6 / a FROM (VALUES (3), (0)) v (a) END TRY BEGIN CATCH PRINT ERROR_NUMBER() END CATCH
 --> - int? = 2 (1 rows)
 --> 8134

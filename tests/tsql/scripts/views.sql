@@ -21,7 +21,7 @@ SELECT * FROM cheap --> name varchar(20)? = pen (1 rows)
 SELECT * INTO #copy FROM cheap --> (1 changed)
 SELECT * FROM #copy --> name varchar(20)? = pen (1 rows)
 CREATE FUNCTION below (@most decimal(8,2), @extra int) RETURNS TABLE AS RETURN (SELECT id, name, @extra + id AS sum FROM item WHERE price < @most) -->
--- from another database the names in it mean what they meant where it was made
+-- names in a view refer to the database of the view
 CREATE DATABASE other -->
 USE other
 --> USE other
@@ -65,7 +65,7 @@ DROP VIEW nested --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the view '
 DROP FUNCTION below -->
 SELECT * FROM nested --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nested'.
 SELECT * FROM (SELECT id FROM item ORDER BY id) q --> Msg 1033, Level 15, State 1, Line 1: The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is also specified.
--- what is altered, is kept as if it had been created so
+-- ALTER is stored as CREATE
 CREATE VIEW altered AS SELECT 1 AS a -->
 /* ALTER */ ALTER VIEW altered AS SELECT 2 AS a -->
 EXEC sp_helptext 'altered'

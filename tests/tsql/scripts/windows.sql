@@ -1,6 +1,6 @@
 CREATE TABLE sale (id int PRIMARY KEY, who varchar(10), n int NULL, d decimal(8,2)) -->
 INSERT sale VALUES (1,'ann',10,1.50),(2,'Ann',20,2.25),(3,'bob',20,3.00),(4,'BOB',NULL,4.00),(5,'cy',5,0.75) --> (5 changed)
--- ranking; texts meet without regard to case
+-- ranking; PARTITION BY ignores case
 SELECT id, ROW_NUMBER() OVER (ORDER BY n DESC, id) r, RANK() OVER (ORDER BY n) k, DENSE_RANK() OVER (ORDER BY n) dk, NTILE(2) OVER (ORDER BY id) t FROM sale ORDER BY id
 --> id int | r bigint? | k bigint? | dk bigint? | t bigint?
 --> 1 | 3 | 3 | 3 | 1

@@ -5,7 +5,7 @@ SELECT id, title FROM book ORDER BY id FOR XML RAW('book'), ROOT('books'), ELEME
 SELECT id AS '@id', title, price AS [net price] FROM book ORDER BY id FOR XML PATH('book'), ROOT --> XML_F52E2B61-18A1-11d1-B105-00805F49916B nvarchar(max)? = <root><book id="1"><title>A &amp; B &lt;"c"&gt;</title><net_x0020_price>9.50</net_x0020_price></book><book id="2"/><book id="3"><title></title><net_x0020_price>1.00</net_x0020_price></book></root> (1 rows)
 SELECT title AS [text()], '|' FROM book ORDER BY id FOR XML PATH --> XML_F52E2B61-18A1-11d1-B105-00805F49916B nvarchar(max)? = <row>A &amp; B &lt;"c"&gt;|</row><row>|</row><row>|</row> (1 rows)
 SELECT id FROM book WHERE id > 9 FOR XML RAW, ROOT('r') --> XML_F52E2B61-18A1-11d1-B105-00805F49916B nvarchar(max)? (0 rows)
--- texts strung together
+-- concatenated strings
 SELECT STUFF((SELECT ', ' + title FROM book WHERE title <> '' OR id = 3 ORDER BY id FOR XML PATH('')), 1, 2, '') t --> t nvarchar(max)? = A &amp; B &lt;"c"&gt;,  (1 rows)
 SELECT STUFF((SELECT ', ' + title FROM book ORDER BY id FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)'), 1, 2, '') t --> t nvarchar(max)? = A & B <"c">,  (1 rows)
 SELECT (SELECT title FROM book WHERE id = 1 FOR XML PATH(''), TYPE).value('(.)[1]', 'varchar(5)') t --> t varchar(5)? = A & B (1 rows)
