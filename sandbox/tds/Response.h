@@ -7,7 +7,7 @@
 
 #include "PacketChannel.h"
 #include "WireType.h"
-#include "execute/Engine.h"
+#include "execute/Client.h"
 
 namespace tds {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "ByteReader.h"
-#include "execute/Engine.h"
+#include "execute/Client.h"
 
 namespace tds {
 

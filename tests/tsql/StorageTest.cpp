@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "execute/BackupReport.h"
 #include "storage/Backup.h"
 
 namespace {

@@ -1,7 +1,7 @@
-// The system's views, each a query over a database's catalogue.
+#include "catalogue/SystemViews.h"
+
 #include <algorithm>
 
-#include "catalogue/Catalogue.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "syntax/Lexer.h"
+#include "types/Text.h"
 
 namespace tsql {
 namespace {

@@ -30,7 +30,7 @@ class FailingSink final : public ResultSink {
 
 Engine::Engine(const std::filesystem::path& dataDirectory) : storage(dataDirectory) {
     FailingSink sink;
-    Executor executor(*this, {"sa"}, "msdb", 1);
+    Executor executor(storage, locks, {"sa"}, "msdb", 1);
     executor.runBatch(kBackupSet, sink);
     // Each is looked at once, outside of a transaction; one that cannot be opened fails when it is used.
     for (const std::string& name : storage.databases())
@@ -38,7 +38,8 @@ Engine::Engine(const std::filesystem::path& dataDirectory) : storage(dataDirecto
 }
 
 Session::Session(Engine& engine, Client client, std::string_view database, int spid)
-    : m_executor(std::make_unique<Executor>(engine, std::move(client), database, spid)) {}
+    : m_executor(
+          std::make_unique<Executor>(engine.storage, engine.locks, std::move(client), database, spid)) {}
 
 Session::~Session() = default;
 

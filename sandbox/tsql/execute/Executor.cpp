@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "execute/RaiseErrorText.h"
+#include "functions/Registration.h"
 #include "messages/Messages.h"
 #include "types/Finally.h"
 #include "types/Text.h"
@@ -38,19 +39,20 @@ bool contains(const std::array<int, N>& numbers, int number) {
 
 }  // namespace
 
-Executor::Executor(Engine& engine, Client client, std::string_view database, int spid)
-    : m_engine(engine),
-      m_connection(engine.storage, [this] { return isCancelled(); }),
+Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid)
+    : m_storage(storage),
+      m_locks(locks),
+      m_connection(storage, [this] { return isCancelled(); }),
       m_client(std::move(client)),
       m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
-    m_database = engine.storage.canonicalName(database);
+    m_database = storage.canonicalName(database);
     if (m_database.empty()) throw sqlError(4060, {database});
     m_connection.attach(m_database);
 }
 
 Executor::~Executor() {
-    m_engine.locks.releaseAll(this);
+    m_locks.releaseAll(this);
 }
 
 // What a client asked for, up to its end or to what ends it. False when that is the session's end.

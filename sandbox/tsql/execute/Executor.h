@@ -14,9 +14,10 @@
 #include "catalogue/Catalogue.h"
 #include "catalogue/Constraints.h"
 #include "execute/AppLocks.h"
-#include "execute/Engine.h"
+#include "execute/Client.h"
 #include "execute/Frame.h"
-#include "functions/Functions.h"
+#include "functions/FunctionContext.h"
+#include "functions/FunctionSession.h"
 #include "storage/Backup.h"
 #include "storage/Connection.h"
 #include "storage/Storage.h"
@@ -48,12 +49,9 @@ struct Settings {
     int lockTimeout = -1;             // milliseconds; negative: as long as usual
 };
 
-std::string hostName();
-Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)
-
-class Executor final : public NameResolver {
+class Executor final : public NameResolver, public FunctionSession {
   public:
-    Executor(Engine& engine, Client client, std::string_view database, int spid);
+    Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
     ~Executor() override;
 
     bool runBatch(std::string_view text, ResultSink& sink);
@@ -61,10 +59,6 @@ class Executor final : public NameResolver {
     bool resetAroundTransaction(std::string_view database);
     const std::string& database() const { return m_database; }
 
-    // For the functions that are registered in SQLite.
-    Value variableValue(std::string_view name);
-    // A scalar function that T-SQL defines.
-    Value callFunction(std::string_view database, std::string_view name, std::span<const CellView> arguments);
     // NameResolver
     SqlType variableType(std::string_view name) override;
     std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
@@ -72,11 +66,25 @@ class Executor final : public NameResolver {
     std::optional<SystemView> view(const ast::ObjectName& name) override;
     std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
+    // FunctionSession
+    Value variableValue(std::string_view name) override;
+    Value callFunction(std::string_view database, std::string_view name,
+                       std::span<const CellView> arguments) override;
+    const Storage& storage() const override { return m_storage; }
+    std::string databaseOf(const ast::ObjectName& name) const override;
+    Catalogue catalogue(const ast::ObjectName& name) override;
+    std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
+    std::optional<std::int64_t> scopeIdentity() const override;
+    int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
+    Value cursorStatus(std::string_view scope, std::string_view name) override;
+    const Message* caughtError() const override { return m_caught.empty() ? nullptr : &m_caught.back(); }
+    const std::string& loginName() const override { return m_client.login; }
+    const std::string& clientHost() const override { return m_client.host; }
+    const std::string& clientProgram() const override { return m_client.program; }
 
     bool isCancelled() const { return m_sink && m_sink->cancelled(); }
 
   private:
-    friend struct SessionFunctions;
     // ---- flow, variables, errors (Executor.cpp)
     template <typename Work>
     bool run(ResultSink& sink, Frame& frame, Work work);
@@ -128,7 +136,6 @@ class Executor final : public NameResolver {
     Flow run(const ast::Fetch& fetch);
     void openCursor(Cursor& cursor);
     Cursors& cursorsWith(const ast::CursorName& cursor);
-    Value cursorStatus(std::string_view scope, std::string_view name);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
     Flow run(const ast::SelectStatement& statement);
@@ -267,14 +274,13 @@ class Executor final : public NameResolver {
     struct Global;
     static const std::vector<Global>& globals();
     static const Global& global(std::string_view name);
-    std::string databaseOf(const ast::ObjectName& name) const;
-    Catalogue catalogue(const ast::ObjectName& name);
     static std::string asWritten(const ast::ObjectName& name);
     TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     const Variable& local(std::string_view name);
 
-    Engine& m_engine;
+    Storage& m_storage;
+    AppLocks& m_locks;
     FunctionContext m_functions{this};
     Connection m_connection;
     Client m_client;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 
+#include "execute/BackupReport.h"
 #include "execute/Executor.h"
 #include "messages/Messages.h"
 #include "storage/Backup.h"
@@ -51,7 +52,7 @@ Flow Executor::run(const SetOption& option) {
 
 void Executor::useDatabase(const std::string& name) {
     m_connection.attach(name);
-    const std::string before = std::exchange(m_database, m_engine.storage.canonicalName(name));
+    const std::string before = std::exchange(m_database, m_storage.canonicalName(name));
     m_sink->databaseChanged(before, m_database);
 }
 
@@ -65,17 +66,17 @@ Flow Executor::run(const Use& use) {
 
 Flow Executor::run(const CreateDatabase& create) {
     if (m_transactions > 0) throw sqlError(226, {"CREATE DATABASE"});
-    m_engine.storage.create(create.name);
+    m_storage.create(create.name);
     return finished();
 }
 
 Flow Executor::run(const AlterDatabase& alter) {
-    const std::string name = alter.name.empty() ? m_database : m_engine.storage.canonicalName(alter.name);
+    const std::string name = alter.name.empty() ? m_database : m_storage.canonicalName(alter.name);
     if (name.empty()) throw sqlError(5011, {alter.name});
     if (m_transactions > 0) throw sqlError(226, {"ALTER DATABASE"});
     if (alter.newName.empty()) return finished();
     releaseDatabase(name, sqlError(5030));
-    m_engine.storage.rename(name, alter.newName);
+    m_storage.rename(name, alter.newName);
     inform(5021, {alter.newName});
     return finished();
 }
@@ -83,19 +84,19 @@ Flow Executor::run(const AlterDatabase& alter) {
 // Lets go of the database, unless sessions have it that go on.
 void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
     if (databaseKey(name) == databaseKey(m_database) ||
-        m_engine.storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name)))
+        m_storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name)))
         throw inUse;
     m_connection.detach(name);
 }
 
 void Executor::dropDatabase(const std::string& name, bool ifExists) {
-    if (!m_engine.storage.exists(name)) {
+    if (!m_storage.exists(name)) {
         if (ifExists) return;
         throw sqlError(3701, {"database", name}, 1);
     }
     if (m_transactions > 0) throw sqlError(226, {"DROP DATABASE"});
     releaseDatabase(name, sqlError(3702, {name}));
-    m_engine.storage.drop(name);
+    m_storage.drop(name);
 }
 
 // ---- backup
@@ -135,7 +136,7 @@ Flow Executor::run(const ast::Backup& backup) {
         const auto start = std::chrono::steady_clock::now();
         const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
         const BackupHeader header =
-            backupDatabase(m_engine.storage, evaluateText(*backup.database), evaluateText(*backup.file),
+            backupDatabase(m_storage, evaluateText(*backup.database), evaluateText(*backup.file),
                            progress(backup.stats), given(backup.name), given(backup.description));
         beforeWrite();
         const Value values[] = {header.name, header.database, header.started, header.finished, header.bytes};
@@ -187,10 +188,10 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     std::vector<std::string> moved;
     for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
     if (databaseKey(name) == databaseKey(m_database)) throw sqlError(3102, {name});
-    if (m_engine.storage.exists(name)) releaseDatabase(name, sqlError(3101));
+    if (m_storage.exists(name)) releaseDatabase(name, sqlError(3101));
     try {
         const BackupHeader header =
-            restoreDatabase(m_engine.storage, file, name, restore.replace, moved, progress(restore.stats));
+            restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
         m_connection.attach(name);  // which brings its indexes up to date
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {

@@ -50,7 +50,7 @@ void Executor::checkNode(const Node& node) {
             checkNode(each);
         }
     } else if constexpr (std::is_same_v<Node, Use>) {
-        if (!m_engine.storage.exists(node.database)) throw sqlError(911, {node.database});
+        if (!m_storage.exists(node.database)) throw sqlError(911, {node.database});
         m_frames.back()->database = node.database;
     } else if constexpr (std::is_same_v<Node, SelectStatement> || std::is_same_v<Node, DeclareCursor>) {
         translator.query(*node.query);

@@ -108,7 +108,7 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
 
 // What master's sp_ procedures read is still the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
-    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
+    const bool known = name.database.empty() || m_storage.exists(name.database);
     if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
         return std::nullopt;
     ObjectName place = name;
@@ -170,7 +170,7 @@ Flow Executor::run(const Execute& execute) {
     const ObjectName name = execute.procedureVariable.empty()
                                 ? execute.procedure
                                 : parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}}));
-    const bool known = name.database.empty() || m_engine.storage.exists(name.database);
+    const bool known = name.database.empty() || m_storage.exists(name.database);
     const bool system = name.schema.empty() || sameWord(name.schema, "sys") || sameWord(name.schema, "dbo");
     if (known && system && sameWord(name.name, "sp_executesql")) {
         executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));

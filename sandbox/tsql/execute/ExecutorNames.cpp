@@ -1,5 +1,6 @@
 // What names mean to a session: variables and tables.
 #include "execute/Executor.h"
+#include "functions/SessionFunctions.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 
@@ -15,10 +16,6 @@ constexpr const char* kVersionText =
 const SqlType kIdentity = decimalType(kMostDigits, 0);
 
 }  // namespace
-
-Value identityValue(const std::optional<std::int64_t>& identity) {
-    return identity ? exactCell(*identity, kIdentity) : Value(Null{});
-}
 
 // ---- variables
 
@@ -79,11 +76,23 @@ Value Executor::variableValue(std::string_view name) {
     return name.starts_with("@@") ? global(name).value(*this) : local(name).value;
 }
 
+// ---- identities
+
+std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
+    const Value stored[] = {table.stored};
+    return m_connection.number("SELECT seq FROM " + table.schema + ".sqlite_sequence WHERE name = ?1",
+                               stored);
+}
+
+std::optional<std::int64_t> Executor::scopeIdentity() const {
+    return m_frames.empty() ? std::nullopt : m_frames.back()->identity;
+}
+
 // ---- objects
 
 std::string Executor::databaseOf(const ObjectName& name) const {
     if (!name.database.empty()) {
-        const std::string known = m_engine.storage.canonicalName(name.database);
+        const std::string known = m_storage.canonicalName(name.database);
         return known.empty() ? name.database : known;
     }
     const std::string& inner = m_frames.empty() ? m_database : m_frames.back()->database;
@@ -115,7 +124,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     if (!m_connection.inTransaction()) m_knownTables.clear();
     const std::string key = databaseOf(name) + '/' + name.name;
     if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
-    if (!name.database.empty() && !m_engine.storage.exists(name.database)) return std::nullopt;
+    if (!name.database.empty() && !m_storage.exists(name.database)) return std::nullopt;
     auto found = catalogue(name).table(name.name);
     if (found && m_connection.inTransaction()) m_knownTables.emplace(key, *found);
     return found;
@@ -135,11 +144,11 @@ TableInfo Executor::table(const ObjectName& name, int missing, int state) {
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {
-    if (isTemporaryName(name.name) || (!name.database.empty() && !m_engine.storage.exists(name.database)))
+    if (isTemporaryName(name.name) || (!name.database.empty() && !m_storage.exists(name.database)))
         return std::nullopt;
     const std::string database = databaseOf(name);
     catalogue(name), temporary();  // what the views read is there then
-    return systemView(name.schema, name.name, m_connection.attach(database), database, m_engine.storage);
+    return systemView(name.schema, name.name, m_connection.attach(database), database, m_storage);
 }
 
 }  // namespace tsql

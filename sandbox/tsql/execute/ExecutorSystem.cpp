@@ -78,14 +78,14 @@ int Executor::getAppLock(const Frame& frame) {
     const auto lock = appLock(frame, textOf(frame, "@lockmode"));
     if (!lock) return kWrongCall;
     const auto* given = std::get_if<std::int64_t>(&frame.variables.at("@locktimeout").value);
-    return m_engine.locks.acquire(*lock, std::chrono::milliseconds(given ? *given : m_settings.lockTimeout),
-                                  [this] { return isCancelled(); });
+    return m_locks.acquire(*lock, std::chrono::milliseconds(given ? *given : m_settings.lockTimeout),
+                           [this] { return isCancelled(); });
 }
 
 int Executor::releaseAppLock(const Frame& frame) {
     const auto lock = appLock(frame, "Exclusive");
     if (!lock) return kWrongCall;
-    if (m_engine.locks.release(lock->resource, this, lock->ofTransaction)) return 0;
+    if (m_locks.release(lock->resource, this, lock->ofTransaction)) return 0;
     afterError(messageOf(sqlError(1223, {textOf(frame, "@resource")}), m_line), true);
     return kWrongCall;
 }

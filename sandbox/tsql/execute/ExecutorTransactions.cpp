@@ -32,7 +32,7 @@ void Executor::claim(const ObjectName& target) {
 void Executor::endTransaction(TransactionEvent event) {
     m_doomed = m_begun = m_outlivedReset = false;
     m_knownTables.clear();
-    m_engine.locks.releaseAll(this, true);
+    m_locks.releaseAll(this, true);
     if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
 }
 
@@ -100,10 +100,10 @@ void Executor::undoTransaction() {
 bool Executor::resetAroundTransaction(std::string_view database) {
     if (m_transactions == 0) return false;
     m_outlivedReset = true;
-    m_database = m_engine.storage.canonicalName(database);
+    m_database = m_storage.canonicalName(database);
     m_connection.attach(m_database);
     set({});
-    m_engine.locks.releaseAll(this, false);
+    m_locks.releaseAll(this, false);
     dropTemporaryTables();
     m_cursors.clear();
     m_identity.reset();

@@ -1,4 +1,5 @@
-// T-SQL's aggregates, as SQLite aggregates. NULLs are left out; of no value at all the result is NULL.
+#include "functions/Aggregates.h"
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -7,7 +8,7 @@
 #include <new>
 #include <vector>
 
-#include "functions/FunctionImpl.h"
+#include "functions/SqliteFunction.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 

@@ -1,5 +1,5 @@
 // T-SQL's date functions, as SQLite functions.
-#include "functions/FunctionImpl.h"
+#include "functions/FunctionInfo.h"
 #include "messages/Messages.h"
 
 namespace tsql {

@@ -1,36 +1,19 @@
-// How a call of a built-in function of T-SQL is written in SQLite.
+#include "functions/Functions.h"
+
 #include <algorithm>
 #include <map>
 #include <vector>
 
-#include "functions/FunctionImpl.h"
+#include "functions/FunctionInfo.h"
+#include "functions/Operators.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 
 namespace tsql {
 
-SqlType sameAsFirst(Pieces pieces) {
-    return pieces[pieces[0].nullLiteral ? 1 : 0].type;
-}
-
-SqlType numberType(Pieces pieces) {
-    const SqlType& type = pieces[0].type;
-    if (type.id < TypeId::Int) return simpleType(TypeId::Int);
-    if (type.id == TypeId::SmallMoney) return simpleType(TypeId::Money);
-    return type.id == TypeId::Real ? simpleType(TypeId::Float) : type;
-}
-
 namespace {
 
 constexpr std::size_t kAnyNumber = 254;
-
-bool isArgument(char letter) {
-    return letter >= 'A' && letter <= 'Z';
-}
-
-std::string code(const SqlType& type) {
-    return std::to_string(encodeType(type));
-}
 
 // --- what the functions give
 
@@ -66,22 +49,6 @@ SqlType extremeType(Pieces pieces) {
 }
 
 // --- how they are written
-
-// NAME(piece, ...), with the codes of types that the pattern asks for.
-std::string listed(std::string_view name, const FunctionInfo& function, Pieces pieces,
-                   const SqlType& result) {
-    std::string sql(name);
-    const auto add = [&](const std::string& text) { sql.append(sql.back() == '(' ? "" : ",").append(text); };
-    sql += '(';
-    std::size_t next = 0;
-    for (const char letter : function.arguments) {
-        if (letter == '#') add(code(pieces[next - 1].type));
-        if (isArgument(letter) && next < pieces.size()) add(pieces[next++].sql);
-    }
-    while (next < pieces.size()) add(pieces[next++].sql);
-    if (function.arguments.ends_with('=')) add(code(result));
-    return sql + ')';
-}
 
 // SQLite has it by the same name.
 std::string writeOfSqlite(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
@@ -273,10 +240,6 @@ void checkCount(const FunctionInfo& function, const Signature& signature, std::s
 }
 
 }  // namespace
-
-std::string writeOwn(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
-    return listed("ts_" + std::string(function.name), function, pieces, result);
-}
 
 std::array<std::span<const FunctionInfo>, 5> allFunctions() {
     return {textFunctions(), mathFunctions(), dateFunctions(), sessionFunctions(), kWritten};

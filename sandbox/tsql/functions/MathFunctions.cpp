@@ -5,7 +5,7 @@
 #include <numbers>
 #include <random>
 
-#include "functions/FunctionImpl.h"
+#include "functions/FunctionInfo.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 

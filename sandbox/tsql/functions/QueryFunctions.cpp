@@ -1,8 +1,7 @@
-// Functions of SQLite that the translator and the system's views write calls of: no function of T-SQL's.
+#include "functions/QueryFunctions.h"
+
 #include <algorithm>
 
-#include "execute/Executor.h"
-#include "functions/FunctionImpl.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 

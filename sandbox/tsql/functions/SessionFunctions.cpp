@@ -1,13 +1,15 @@
-// T-SQL's functions that ask the session or the server, as SQLite functions.
+#include "functions/SessionFunctions.h"
+
 #include <sodium.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 
-#include "execute/Executor.h"
-#include "functions/FunctionImpl.h"
+#include "catalogue/SystemViews.h"
+#include "functions/FunctionInfo.h"
 #include "messages/Messages.h"
+#include "syntax/Parser.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -40,24 +42,30 @@ std::string hostName() {
     return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
 }
 
+Value identityValue(const std::optional<std::int64_t>& identity) {
+    return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
+}
+
+namespace {
+
 struct SessionFunctions {
-    static Executor& session(const Call& call) { return call.context().session(); }
+    static FunctionSession& session(const Call& call) { return call.context().session(); }
 
     static Value databaseName(const Call& call) {
         if (call.count() == 0) return session(call).databaseOf({});
-        for (const auto& name : session(call).m_engine.storage.databases())
-            if (databaseId(session(call).m_engine.storage, name) == call.integer(0)) return name;
+        for (const auto& name : session(call).storage().databases())
+            if (databaseId(session(call).storage(), name) == call.integer(0)) return name;
         return Null{};
     }
 
     static Value databaseNumber(const Call& call) {
-        const auto id = databaseId(session(call).m_engine.storage,
+        const auto id = databaseId(session(call).storage(),
                                    call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
         return id ? Value(*id) : Value(Null{});
     }
 
     static Value databaseProperty(const Call& call) {
-        if (!session(call).m_engine.storage.exists(call.text(0))) return Null{};
+        if (!session(call).storage().exists(call.text(0))) return Null{};
         return propertyIn({{"Status", "ONLINE"},
                            {"IsAutoClose", "0"},
                            {"IsAutoShrink", "0"},
@@ -92,7 +100,7 @@ struct SessionFunctions {
     static Value objectId(const Call& call) {
         const auto name = parseObjectName(call.text(0));
         if (!name.schema.empty() && !sameWord(name.schema, "dbo")) return Null{};
-        if (!name.database.empty() && !session(call).m_engine.storage.exists(name.database)) return Null{};
+        if (!name.database.empty() && !session(call).storage().exists(name.database)) return Null{};
         const auto found = session(call).catalogue(name).find(name.name);
         if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
         return name.name.starts_with('#') ? -found->id : found->id;
@@ -134,20 +142,13 @@ struct SessionFunctions {
     static Value currentIdentity(const Call& call) {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
-        const Value stored[] = {info.stored};
-        const auto last = session(call).m_connection.number(
-            "SELECT seq FROM " + info.schema + ".sqlite_sequence WHERE name = ?1", stored);
+        const auto last = session(call).lastIdentity(info);
         return identityValue(std::max(last.value_or(info.seed), info.seed));  // of no row yet: the first
     }
 
-    static Value scopeIdentity(const Call& call) {
-        const auto& frames = session(call).m_frames;
-        return identityValue(frames.empty() ? std::nullopt : frames.back()->identity);
-    }
+    static Value scopeIdentity(const Call& call) { return identityValue(session(call).scopeIdentity()); }
 
-    static Value transactionState(const Call& call) {
-        return std::int64_t{session(call).m_doomed ? -1 : session(call).m_transactions > 0};
-    }
+    static Value transactionState(const Call& call) { return std::int64_t{session(call).transactionState()}; }
 
     static Value cursorStatus(const Call& call) {
         return session(call).cursorStatus(call.text(0), call.text(1));
@@ -156,24 +157,22 @@ struct SessionFunctions {
     // Of the error that the CATCH block around has caught.
     template <auto Message::*fact>
     static Value caught(const Call& call) {
-        const auto& errors = session(call).m_caught;
-        if (errors.empty()) return Null{};
-        const auto& value = errors.back().*fact;
+        const Message* error = session(call).caughtError();
+        if (!error) return Null{};
+        const auto& value = error->*fact;
         if constexpr (std::is_same_v<decltype(value), const int&>)
             return std::int64_t{value};
         else
             return fact == &Message::procedure && value.empty() ? Value(Null{}) : Value(value);
     }
 
-    template <auto Client::*name>
+    template <const std::string& (FunctionSession::*name)() const>
     static Value client(const Call& call) {
-        return session(call).m_client.*name;
+        return (session(call).*name)();
     }
     static Value owner(const Call&) { return std::string("dbo"); }
     static Value isMember(const Call&) { return std::int64_t{1}; }
 };
-
-namespace {
 
 using S = SessionFunctions;
 const SqlType kName = nvarcharType(128);
@@ -193,12 +192,12 @@ const FunctionInfo kFunctions[] = {
     {"current_user", "", kName, S::owner, kNulls, kVarying},
     {"session_user", "", kName, S::owner, kNulls, kVarying},
     {"user", "", kName, S::owner, kNulls, kVarying},
-    {"suser_sname", "[A", kName, S::client<&Client::login>, kNulls, kVarying},
-    {"suser_name", "[A", kName, S::client<&Client::login>, kNulls, kVarying},
-    {"system_user", "", kName, S::client<&Client::login>, kNulls, kVarying},
-    {"original_login", "", kName, S::client<&Client::login>, kNulls, kVarying},
-    {"host_name", "", kName, S::client<&Client::host>, kNulls, kVarying},
-    {"app_name", "", kName, S::client<&Client::program>, kNulls, kVarying},
+    {"suser_sname", "[A", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"suser_name", "[A", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"system_user", "", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"original_login", "", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"host_name", "", kName, S::client<&FunctionSession::clientHost>, kNulls, kVarying},
+    {"app_name", "", kName, S::client<&FunctionSession::clientProgram>, kNulls, kVarying},
     {"serverproperty", "T", kName, S::serverProperty, kNulls, kVarying},
     {"databasepropertyex", "TT", kName, S::databaseProperty, kNulls, kVarying},
     {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},

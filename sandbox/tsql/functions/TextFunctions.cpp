@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "functions/FunctionImpl.h"
+#include "functions/FunctionInfo.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Utf16.h"

@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "execute/Engine.h"
 #include "storage/Storage.h"
 #include "types/Values.h"
 
@@ -24,6 +23,8 @@ struct BackupHeader {
     std::string name, description;
     std::int64_t pages = 0;
     std::int64_t bytes = 0;  // of the image
+
+    std::string logName() const { return database + "_log"; }  // logical name of its log file
 };
 
 // Told again and again how much of the work is done, in percent. What it throws ends the work, which then has
@@ -43,14 +44,6 @@ BackupHeader readBackupHeader(const std::filesystem::path& file);
 // Reads the whole file, and throws as restoreDatabase() does when it is damaged.
 void verifyBackup(
     const std::filesystem::path& file, const Progress& progress = [](int) {});
-
-// What RESTORE FILELISTONLY and HEADERONLY show.
-struct BackupReport {
-    std::vector<Column> columns;
-    std::vector<std::vector<Value>> rows;
-};
-BackupReport fileListOf(const BackupHeader& header);
-BackupReport headerOf(const BackupHeader& header);
 
 // Puts the backup in the place of `database`, which may be another name than the one it was taken from.
 // Throws SqlError 3201, 3241, 3203; 3159 or 3154 when the database exists and `replace` is false; 3101 when

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <thread>
 
-#include "functions/FunctionImpl.h"
 #include "messages/Messages.h"
+#include "storage/SqliteValue.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -17,32 +17,7 @@ constexpr int kStepsBetweenLooks = 200'000;             // of SQLite's machine, 
 constexpr std::size_t kIdleStatements = 64;
 constexpr std::size_t kMostAttached = 10;  // SQLite's own limit
 
-std::string quotedWith(std::string_view text, char quote) {
-    std::string out(1, quote);
-    for (std::size_t at; (at = text.find(quote)) != std::string_view::npos; text.remove_prefix(at + 1))
-        out.append(text.substr(0, at + 1)) += quote;
-    return out.append(text) += quote;
-}
-
 }  // namespace
-
-std::string quotedName(std::string_view name) {
-    return quotedWith(name, '"');
-}
-
-std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix) {
-    std::string list;
-    for (const auto& name : names) (list += list.empty() ? "" : ", ").append(prefix) += quotedName(name);
-    return list;
-}
-
-std::string quotedText(std::string_view text) {
-    return quotedWith(text, '\'');
-}
-
-std::string databaseKey(std::string_view name) {
-    return toLower(name);
-}
 
 PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
     : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "storage/Quoting.h"
 #include "storage/Storage.h"
 #include "types/Values.h"
 
@@ -97,11 +98,5 @@ class Connection {
     std::set<std::string> m_catalogues;
     std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // the latest used first
 };
-
-std::string quotedName(std::string_view name);  // "a""b"
-// prefix"a", prefix"b"
-std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix = {});
-std::string quotedText(std::string_view text);   // 'a''b'
-std::string databaseKey(std::string_view name);  // by which names of databases are compared
 
 }  // namespace tsql

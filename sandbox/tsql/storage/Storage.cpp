@@ -85,6 +85,10 @@ void execute(sqlite3* connection, const std::string& sql) {
         throw std::runtime_error(sqlite3_errmsg(connection));
 }
 
+std::string databaseKey(std::string_view name) {
+    return toLower(name);
+}
+
 Storage::Storage(const fs::path& directory) : m_directory(fs::absolute(directory)) {
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters are one lock for all sessions
     if (sodium_init() < 0) throw std::runtime_error("the cryptographic library does not start");

@@ -24,6 +24,8 @@ SqliteConnection openDatabaseFile(const std::filesystem::path& file, bool create
 // Runs statements that give no rows. Throws std::runtime_error with SQLite's text.
 void execute(sqlite3* connection, const std::string& sql);
 
+std::string databaseKey(std::string_view name);  // by which names of databases are compared
+
 // Safe under threads.
 class Storage {
   public:

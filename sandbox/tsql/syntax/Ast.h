@@ -8,7 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "functions/Functions.h"
+#include "types/SqlTypes.h"
+#include "types/Values.h"
 
 namespace tsql::ast {
 

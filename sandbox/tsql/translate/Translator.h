@@ -11,8 +11,11 @@
 #include <vector>
 
 #include "catalogue/Catalogue.h"
-#include "execute/Engine.h"
+#include "catalogue/SystemViews.h"
+#include "functions/Functions.h"
+#include "functions/Operators.h"
 #include "syntax/Ast.h"
+#include "types/Column.h"
 #include "types/Finally.h"
 #include "types/Text.h"
 

@@ -5,9 +5,9 @@
 
 #include "messages/Messages.h"
 #include "types/DateTime.h"
+#include "types/Decimal.h"
 #include "types/SqlTypes.h"
 #include "types/Text.h"
-#include "types/Values.h"
 
 namespace tsql {
 namespace {

@@ -4,9 +4,9 @@
 #include <ctime>
 
 #include "messages/Messages.h"
+#include "types/Decimal.h"
 #include "types/SqlTypes.h"
 #include "types/Text.h"
-#include "types/Values.h"
 
 namespace tsql {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "messages/Messages.h"
-#include "syntax/Lexer.h"
+#include "types/Text.h"
 
 namespace tsql {
 namespace {

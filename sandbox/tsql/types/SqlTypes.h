@@ -62,6 +62,8 @@ void requireImplicit(const SqlType& from, const SqlType& to);
 // Throws SqlError 206, or 402 where an operator of this name does not take such operands.
 SqlType commonType(const SqlType& left, const SqlType& right, std::string_view operatorName = {});
 
+enum class CompareOp { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };
+
 enum class BinaryOp { Add, Subtract, Multiply, Divide, Modulo, BitAnd, BitOr, BitXor };
 // The result type of `left op right`. Throws SqlError 402/8117 for types that the operator does not take.
 SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right);

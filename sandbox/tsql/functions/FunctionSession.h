@@ -1,0 +1,46 @@
+// What the functions registered in SQLite ask of the session that they run in.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "catalogue/Catalogue.h"
+#include "messages/Message.h"
+#include "storage/Storage.h"
+#include "syntax/Ast.h"
+#include "types/SqlType.h"
+
+namespace tsql {
+
+class FunctionSession {
+  public:
+    virtual ~FunctionSession() = default;
+
+    // Value of "@name" or "@@name". Throws SqlError 137.
+    virtual Value variableValue(std::string_view name) = 0;
+    // Result of a scalar function that T-SQL defines.
+    virtual Value callFunction(std::string_view database, std::string_view name,
+                               std::span<const CellView> arguments) = 0;
+
+    virtual const Storage& storage() const = 0;
+    // Database in which the name is looked up; that of no name is the current one.
+    virtual std::string databaseOf(const ast::ObjectName& name) const = 0;
+    virtual Catalogue catalogue(const ast::ObjectName& name) = 0;
+    virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
+
+    // Last identity given out in the table, by any session; nothing before the first one.
+    virtual std::optional<std::int64_t> lastIdentity(const TableInfo& table) = 0;
+    virtual std::optional<std::int64_t> scopeIdentity() const = 0;
+    virtual int transactionState() const = 0;  // as XACT_STATE() returns it
+    virtual Value cursorStatus(std::string_view scope, std::string_view name) = 0;
+    virtual const Message* caughtError() const = 0;  // null outside of CATCH blocks
+
+    virtual const std::string& loginName() const = 0;
+    virtual const std::string& clientHost() const = 0;
+    virtual const std::string& clientProgram() const = 0;
+};
+
+}  // namespace tsql

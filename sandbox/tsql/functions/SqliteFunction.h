@@ -1,0 +1,70 @@
+// A function registered in SQLite, and one call's arguments.
+#pragma once
+
+#include <array>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "functions/FunctionContext.h"
+#include "storage/SqliteValue.h"
+#include "types/DateTime.h"
+#include "types/SqlTypes.h"
+#include "types/Values.h"
+
+namespace tsql {
+
+class Call {
+  public:
+    Call(FunctionContext& context, std::span<const CellView> arguments)
+        : m_context(context), m_arguments(arguments) {}
+
+    FunctionContext& context() const { return m_context; }
+    std::size_t count() const { return m_arguments.size(); }
+    const CellView& operator[](std::size_t i) const { return m_arguments[i]; }
+    std::span<const CellView> arguments() const { return m_arguments; }
+    bool isBlob(std::size_t i) const { return std::holds_alternative<Blob>(m_arguments[i]); }
+    std::string_view text(std::size_t i) const { return std::get<std::string_view>(m_arguments[i]); }
+    std::int64_t integer(std::size_t i) const { return std::get<std::int64_t>(m_arguments[i]); }
+    double real(std::size_t i) const {
+        const auto* integer = std::get_if<std::int64_t>(&m_arguments[i]);
+        return integer ? static_cast<double>(*integer) : std::get<double>(m_arguments[i]);
+    }
+    SqlType type(std::size_t i) const { return decodeType(integer(i)); }
+    SqlType resultType() const { return type(count() - 1); }
+    DateTime dateTime(std::size_t i) const { return fromStorage(text(i)); }
+
+  private:
+    FunctionContext& m_context;
+    std::span<const CellView> m_arguments;
+};
+
+// The arguments with which SQLite calls a function.
+class Arguments {
+  public:
+    Arguments(int count, struct sqlite3_value** values) : m_count(static_cast<std::size_t>(count)) {
+        for (std::size_t i = 0; i < m_count; ++i) m_views[i] = viewOf(values[i]);
+    }
+    std::span<const CellView> views() const { return {m_views.data(), m_count}; }
+
+  private:
+    static constexpr std::size_t kMost = 127;  // SQLite's own limit
+    std::array<CellView, kMost> m_views;
+    std::size_t m_count;
+};
+
+enum class Nulls { GiveNull, Reach };  // a NULL argument is the result, or reaches the function
+enum class Purity { Pure, Varying };   // Pure: the same arguments give the same value
+
+// A function of SQLite.
+struct ScalarFunction {
+    std::string name;
+    Value (*run)(const Call& call);
+    Nulls nulls = Nulls::GiveNull;
+    Purity purity = Purity::Pure;
+};
+
+// The error that an exception now being handled stands for goes to the context and to SQLite.
+void reportError(FunctionContext& context, struct sqlite3_context* call);
+
+}  // namespace tsql

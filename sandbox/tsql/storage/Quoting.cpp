@@ -1,0 +1,30 @@
+#include "storage/Quoting.h"
+
+namespace tsql {
+
+namespace {
+
+std::string quotedWith(std::string_view text, char quote) {
+    std::string out(1, quote);
+    for (std::size_t at; (at = text.find(quote)) != std::string_view::npos; text.remove_prefix(at + 1))
+        out.append(text.substr(0, at + 1)) += quote;
+    return out.append(text) += quote;
+}
+
+}  // namespace
+
+std::string quotedName(std::string_view name) {
+    return quotedWith(name, '"');
+}
+
+std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix) {
+    std::string list;
+    for (const auto& name : names) (list += list.empty() ? "" : ", ").append(prefix) += quotedName(name);
+    return list;
+}
+
+std::string quotedText(std::string_view text) {
+    return quotedWith(text, '\'');
+}
+
+}  // namespace tsql
