@@ -50,7 +50,7 @@ ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, s
     try {
         parameter.value = readValue(in, type);
     } catch (const ValueError&) {
-        throw tsql::sqlError(8023,
+        throw tsql::sqlError(tsql::message::kBadRpcParameter,
                              {std::to_string(position), parameter.name, tsql::displayName(parameter.type)});
     }
     return parameter;
@@ -72,8 +72,9 @@ ProcedureCall parseCall(ByteReader& in) {
 
 void require(const ProcedureCall& call, std::size_t count) {
     if (call.arguments.size() < count)
-        throw SqlError(201, "Procedure or function '" + call.procedure + "' expects parameter number " +
-                                std::to_string(call.arguments.size() + 1) + ", which was not supplied.");
+        throw SqlError(tsql::message::kMissingParameter,
+                       "Procedure or function '" + call.procedure + "' expects parameter number " +
+                           std::to_string(call.arguments.size() + 1) + ", which was not supplied.");
 }
 
 std::int64_t numberOf(const ProcedureCall::Argument& argument) {
@@ -120,7 +121,8 @@ CallPlan PreparedStatements::plan(ProcedureCall call) {
 
 ProcedureCall::Argument PreparedStatements::add(Arguments& arguments) {
     if (m_statements.size() >= kMostStatements)
-        throw SqlError(701, "There are too many prepared statements in this session.", 17);
+        throw SqlError(tsql::message::kInsufficientMemory,
+                       "There are too many prepared statements in this session.", 17);
     for (const std::size_t i : {1U, 2U}) arguments[i].name.clear();
     m_statements[++m_lastHandle] = {std::move(arguments[2]), std::move(arguments[1])};
     return {std::move(arguments[0].name), tsql::simpleType(tsql::TypeId::Int), m_lastHandle, true};
@@ -129,7 +131,7 @@ ProcedureCall::Argument PreparedStatements::add(Arguments& arguments) {
 const Arguments& PreparedStatements::find(const ProcedureCall::Argument& handle) const {
     const auto found = m_statements.find(numberOf(handle));
     if (found != m_statements.end()) return found->second;
-    throw SqlError(8179,
+    throw SqlError(tsql::message::kPreparedStatementNotFound,
                    "Could not find prepared statement with handle " + std::to_string(numberOf(handle)) + ".");
 }
 

@@ -4,6 +4,8 @@
 #include <bit>
 #include <cmath>
 
+#include "messages/Numbers.h"
+
 namespace tds {
 namespace {
 
@@ -216,7 +218,8 @@ Value decodeDecimal(ByteReader in, const SqlType& type) {
     const std::uint64_t high = in.number(in.remaining());
     const Int128 magnitude = static_cast<Int128>(high) << 64 | low;
     if (high > INT64_MAX || !tsql::fits(magnitude, type))
-        throw tsql::SqlError(8115, "Arithmetic overflow error converting numeric to data type numeric.");
+        throw tsql::SqlError(tsql::message::kArithmeticOverflow,
+                             "Arithmetic overflow error converting numeric to data type numeric.");
     return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 
@@ -385,12 +388,14 @@ WireType readTypeInfo(ByteReader& in) {
     if (sized && (form = findForm(id, in.u8())) == nullptr)
         throw ProtocolError("a parameter's size is none that its type can have");
     if (form == nullptr)
-        throw tsql::SqlError(50000, "tsqlbox does not support parameters of the type that TDS numbers " +
-                                        std::to_string(id) + ".");
+        throw tsql::SqlError(
+            tsql::message::kUserDefined,
+            "tsqlbox does not support parameters of the type that TDS numbers " + std::to_string(id) + ".");
     WireType type{*form, tsql::simpleType(variableId(form->type))};
     if (form->framing == Framing::Short || form->framing == Framing::Long) readLength(in, type);
     if (form->type == TypeId::Xml) {
-        if (in.u8() != 0) throw tsql::SqlError(50000, "tsqlbox does not support xml with a schema.");
+        if (in.u8() != 0)
+            throw tsql::SqlError(tsql::message::kUserDefined, "tsqlbox does not support xml with a schema.");
         type.type.length = SqlType::kMax;
     }
     if (form->type == TypeId::Decimal || hasScaledTime(form->type)) readPrecision(in, type.type);

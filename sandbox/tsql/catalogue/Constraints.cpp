@@ -17,10 +17,11 @@ bool isWithinTable(const ObjectInfo& foreignKey) {
 
 std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
     const auto referenced = catalogue.table(key.stored);
-    if (!referenced) throw sqlError(1767, {key.name, key.stored});
+    if (!referenced) throw sqlError(message::kReferencedTableUnknown, {key.name, key.stored});
     auto columns = parseConstraint(key.source).referencedColumns;
     for (const auto& name : columns)
-        if (!referenced->column(name)) throw sqlError(1770, {key.name, name, key.stored});
+        if (!referenced->column(name))
+            throw sqlError(message::kReferencedColumnUnknown, {key.name, name, key.stored});
     const bool implicit = columns.empty();
     const auto candidates = catalogue.keysOf(referenced->id);
     const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
@@ -29,15 +30,18 @@ std::vector<std::string> referencedColumns(const Catalogue& catalogue, const Obj
                               std::ranges::is_permutation(candidate.columns, columns, sameText);
     });
     if (fitting == candidates.end())
-        throw implicit ? sqlError(1773, {key.name, key.stored}) : sqlError(1776, {key.stored, key.name});
+        throw implicit ? sqlError(message::kReferencedTableWithoutPrimaryKey, {key.name, key.stored})
+                       : sqlError(message::kNoReferencedKey, {key.stored, key.name});
     if (implicit) columns = fitting->columns;
     const auto& own = key.columns;
-    if (own.size() != columns.size()) throw sqlError(1774, {key.name, key.stored});
+    if (own.size() != columns.size())
+        throw sqlError(message::kReferencedColumnCountDiffers, {key.name, key.stored});
     const TableInfo table = *catalogue.table(key.table);
     for (std::size_t i = 0; i < own.size(); ++i) {
         const SqlType &from = table.column(own[i])->type, &to = referenced->column(columns[i])->type;
         if (from == to) continue;
-        throw sqlError(from.id == to.id ? 1753 : 1778,
+        throw sqlError(from.id == to.id ? message::kReferencedColumnLengthDiffers
+                                        : message::kReferencedColumnTypeDiffers,
                        {referenced->name, columns[i], table.name, own[i], key.name});
     }
     return columns;
@@ -59,7 +63,7 @@ bool anyRow(Connection& connection, const TableInfo& table, const std::string& c
 
 SqlError conflict(std::string_view verb, std::string_view type, const TableInfo& table,
                   const ObjectInfo& key) {
-    return sqlError(547,
+    return sqlError(message::kConstraintConflict,
                     {verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database, table.name,
                      key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
 }
@@ -79,9 +83,10 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
     switch (failure.code) {
         case SQLITE_CONSTRAINT_NOTNULL:
             return sqlError(
-                515, {what.substr(what.rfind('.') + 1),
-                      m_change.target.name.front() == '@' ? m_change.target.name : m_change.target.fullName(),
-                      m_change.verb});
+                message::kNullInColumn,
+                {what.substr(what.rfind('.') + 1),
+                 m_change.target.name.front() == '@' ? m_change.target.name : m_change.target.fullName(),
+                 m_change.verb});
         case SQLITE_CONSTRAINT_CHECK:
             for (const auto& key : m_catalogue.keysOf(m_change.target.id))
                 if (key.name == what) return conflictWith("CHECK", key);
@@ -133,11 +138,13 @@ SqlError BrokenConstraint::duplicateKey(std::string columns) const {
             (!sameText(listOf(key.columns), columns) && columns != "index '" + key.name + nulls))
             continue;
         const std::string value = duplicateValue(key);
-        if (key.type == objectType::kIndex) return sqlError(2601, {target.name, key.name, value});
+        if (key.type == objectType::kIndex)
+            return sqlError(message::kDuplicateKeyInIndex, {target.name, key.name, value});
         const bool primary = key.type == objectType::kPrimaryKey;
-        return sqlError(2627, {primary ? "PRIMARY" : "UNIQUE", key.name, target.name, value});
+        return sqlError(message::kDuplicateKey,
+                        {primary ? "PRIMARY" : "UNIQUE", key.name, target.name, value});
     }
-    return sqlError(2627, {"UNIQUE", columns, target.name, ""});
+    return sqlError(message::kDuplicateKey, {"UNIQUE", columns, target.name, ""});
 }
 
 std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {

@@ -22,15 +22,95 @@ constexpr int kTopUserSeverity = 18;
 
 // Errors that end the batch and roll the transaction back: conversions, tables that cannot become what they
 // should, calls too deep, and the loser of a deadlock.
-constexpr std::array kBatchErrors = {217,  235,  241,  242,  244,  245,  248,  295,  1205, 2705, 2714,
-                                     2744, 2749, 3727, 4901, 4922, 4924, 8110, 8114, 8147, 8169};
+constexpr std::array kBatchErrors = {
+    message::kCallsNestedTooDeeply, message::kBadMoneyText,           message::kBadDateText,
+    message::kDateOutOfRange,       message::kOverflowOfSmallInteger, message::kBadTextForType,
+    message::kOverflowOfInt,        message::kBadSmallDateTimeText,   message::kDeadlockVictim,
+    message::kRepeatedColumnName,   message::kObjectExists,           message::kSeveralIdentityColumns,
+    message::kInvalidIdentityType,  message::kConstraintNotDropped,   message::kAddedColumnNotNull,
+    message::kColumnHasDependents,  message::kAlteredColumnNotFound,  message::kSeveralPrimaryKeys,
+    message::kConversionError,      message::kIdentityOnNullable,     message::kBadUniqueIdentifier};
 // What a compilation would have found: ends the procedure or batch, not the transaction.
-constexpr std::array kScopeErrors = {
-    104,  107,  108,  109,  110,  116,  120,  121,  130,  137,  141,   145,   147,   155,   157,   164,
-    169,  174,  189,  195,  205,  206,  207,  208,  209,  213,  239,   240,   253,   257,   263,   264,
-    306,  313,  402,  408,  421,  460,  461,  462,  467,  529,  911,   1008,  1011,  1013,  1060,  1087,
-    4104, 4108, 4112, 4113, 4121, 4127, 4145, 4151, 4194, 4902, 5308,  5309,  5335,  8101,  8102,  8116,
-    8117, 8120, 8121, 8127, 8133, 8154, 8155, 8156, 8158, 8159, 10741, 10752, 10753, 10756, 10757, 10759};
+constexpr std::array kScopeErrors = {message::kOrderByItemNotInSetOperation,
+                                     message::kUnknownColumnPrefix,
+                                     message::kOrderByPositionOutOfRange,
+                                     message::kMoreInsertColumnsThanValues,
+                                     message::kFewerInsertColumnsThanValues,
+                                     message::kSubqueryWithSeveralColumns,
+                                     message::kFewerSelectedThanInserted,
+                                     message::kMoreSelectedThanInserted,
+                                     message::kAggregateOfAggregate,
+                                     message::kUndeclaredVariable,
+                                     message::kAssignmentAmongResults,
+                                     message::kOrderByItemNotInDistinct,
+                                     message::kAggregateInWhere,
+                                     message::kUnknownOption,
+                                     message::kAggregateInSetList,
+                                     message::kGroupByWithoutColumn,
+                                     message::kRepeatedOrderByColumn,
+                                     message::kFunctionNeedsArguments,
+                                     message::kFunctionTakesArguments,
+                                     message::kUnknownSetOption,
+                                     message::kSetOperationColumnCounts,
+                                     message::kOperandTypeClash,
+                                     message::kInvalidColumnName,
+                                     message::kInvalidObjectName,
+                                     message::kAmbiguousColumnName,
+                                     message::kColumnCountMismatch,
+                                     message::kRepeatedCommonTableName,
+                                     message::kRecursiveTypesDiffer,
+                                     message::kSeveralRecursiveReferences,
+                                     message::kNoImplicitConversion,
+                                     message::kNoTableToSelectFrom,
+                                     message::kColumnSetTwice,
+                                     message::kTypeNotComparable,
+                                     message::kTooFewArguments,
+                                     message::kIncompatibleOperands,
+                                     message::kConstantInOrderBy,
+                                     message::kTypeNotDistinct,
+                                     message::kDistinctInRecursion,
+                                     message::kTopInRecursion,
+                                     message::kOuterJoinInRecursion,
+                                     message::kGroupingInRecursion,
+                                     message::kNoExplicitConversion,
+                                     message::kUnknownDatabase,
+                                     message::kVariableInOrderBy,
+                                     message::kRepeatedCorrelationName,
+                                     message::kSameExposedNames,
+                                     message::kRowCountNotInteger,
+                                     message::kUndeclaredTableVariable,
+                                     message::kUnboundIdentifier,
+                                     message::kWindowNotAllowedHere,
+                                     message::kOverWithOrderByRequired,
+                                     message::kNotAWindowFunction,
+                                     message::kFunctionNotFound,
+                                     message::kCoalesceOfNulls,
+                                     message::kConditionExpected,
+                                     message::kNullIfOfNull,
+                                     message::kRangeFrameLimits,
+                                     message::kAlteredTableNotFound,
+                                     message::kIntegerIndexInWindow,
+                                     message::kConstantInWindow,
+                                     message::kTypeNotInSetOperation,
+                                     message::kIdentityValueNeedsColumnList,
+                                     message::kIdentityUpdate,
+                                     message::kInvalidArgumentType,
+                                     message::kInvalidOperandType,
+                                     message::kUngroupedInSelect,
+                                     message::kUngroupedInHaving,
+                                     message::kUngroupedInOrderBy,
+                                     message::kCaseOfNulls,
+                                     message::kAmbiguousTable,
+                                     message::kUnnamedColumn,
+                                     message::kColumnSpecifiedTwice,
+                                     message::kMoreColumnsThanNames,
+                                     message::kFewerColumnsThanNames,
+                                     message::kTopWithOffset,
+                                     message::kFrameNotAllowed,
+                                     message::kOverRequired,
+                                     message::kFrameWithoutOrderBy,
+                                     message::kWithinGroupNotAllowed,
+                                     message::kDistinctWithOver};
 
 template <std::size_t N>
 bool contains(const std::array<int, N>& numbers, int number) {
@@ -47,7 +127,7 @@ Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string
       m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
     m_database = storage.canonicalName(database);
-    if (m_database.empty()) throw sqlError(4060, {database});
+    if (m_database.empty()) throw sqlError(message::kCannotOpenDatabase, {database});
     m_connection.attach(m_database);
 }
 
@@ -75,7 +155,7 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
         (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
     if (transactionLost() || (aborts && isCancelled())) rollBack();
     if (m_doomed) {
-        report({3998, 16, 1, 1, "", sqlError(3998).what()});
+        report({message::kDoomedAtEndOfBatch, 16, 1, 1, "", sqlError(message::kDoomedAtEndOfBatch).what()});
         rollBack();
     }
     frame.temporary.clear();  // they are the session's
@@ -201,9 +281,10 @@ void Executor::afterError(const Message& message, bool raised) {
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
-    constexpr int kNoConstraint = 1750;  // ends more than its statement where rows are not the cause
-    const bool endsBatch = !raised && (m_settings.abortOnError || contains(kBatchErrors, message.number) ||
-                                       (message.number == kNoConstraint && verb.empty()));
+    // A constraint that no row has broken ends the batch.
+    const bool badDefinition = message.number == message::kConstraintNotCreated && verb.empty();
+    const bool endsBatch =
+        !raised && (m_settings.abortOnError || contains(kBatchErrors, message.number) || badDefinition);
     const bool endsHere = !raised && endsScope(message.number);
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
     if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
@@ -223,13 +304,14 @@ void Executor::afterError(const Message& message, bool raised) {
         throw ScopeEnd{};
     }
     if (!raised && !verb.empty())
-        report({3621, 0, 0, message.line, message.procedure, "The statement has been terminated."});
+        report({message::kStatementTerminated, 0, 0, message.line, message.procedure,
+                "The statement has been terminated."});
     done(-1);
 }
 
 // Of aggregates that have left them out.
 void Executor::warnOfNulls() {
-    if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(8153);
+    if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(message::kNullEliminated);
 }
 
 void Executor::done(std::int64_t count, bool isSelect) {
@@ -256,17 +338,17 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
             return BrokenConstraint(m_connection, m_change).error(failure);
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(1222);
-            return sqlError(1205, {std::to_string(m_spid)});
+            if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(message::kLockTimeout);
+            return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
         case SQLITE_FULL:
-            return sqlError(1105);
+            return sqlError(message::kDiskFull);
         default:
             break;
     }
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
-        return sqlError(191);
-    return {50000, "tsqlbox could not run the statement: " + text + "."};
+        return sqlError(message::kNestedTooDeeply);
+    return {message::kUserDefined, "tsqlbox could not run the statement: " + text + "."};
 }
 
 // ---- values
@@ -326,7 +408,7 @@ bool Executor::holds(const Expr& condition) {
 
 void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
     const auto found = m_frames.back()->variables.find(name);
-    if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
+    if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
     if (!isNull(value)) requireImplicit(type, found->second.type);
     found->second.value = convertValue(value, type, found->second.type);
 }
@@ -393,7 +475,7 @@ Flow Executor::run(const Return& node) {
     Frame& frame = *m_frames.back();
     frame.returned = node.value ? evaluate(*node.value, frame.returnType) : Value(std::int64_t{0});
     if (isNull(frame.returned) && !frame.isFunction) {
-        inform(282, {frame.procedure});
+        inform(message::kNullReturnStatus, {frame.procedure});
         frame.returned = std::int64_t{0};
     }
     return Flow::Return;
@@ -438,18 +520,18 @@ Flow Executor::run(const RaiseError& raise) {
     const int severity = std::max(0, number(*raise.severity));
     const int asked = number(*raise.state);
     const int state = asked < 0 ? 1 : std::min(asked, 255);
-    if (severity > kTopUserSeverity && !raise.log) throw sqlError(2754);
+    if (severity > kTopUserSeverity && !raise.log) throw sqlError(message::kSeverityTooHigh);
     const TypedValue message = evaluate(*raise.message);
     if (isInteger(message.type.id)) {
         constexpr std::int64_t kFirst = 13'000;
         const auto* asks = std::get_if<std::int64_t>(&message.value);
         throw sqlError(
-            asks && *asks >= kFirst ? 18054 : 2732,
+            asks && *asks >= kFirst ? message::kNoTextOfRaisedNumber : message::kInvalidRaisedNumber,
             {textOf(viewOf(message.value), message.type), std::to_string(severity), std::to_string(state)});
     }
     std::vector<TypedValue> arguments;
     for (const auto& argument : raise.arguments) arguments.push_back(evaluate(*argument));
-    const Message raised{50000,
+    const Message raised{message::kUserDefined,
                          severity,
                          state,
                          m_line,
@@ -469,13 +551,14 @@ Flow Executor::run(const RaiseError& raise) {
 Flow Executor::run(const Throw& node) {
     Message message;
     if (!node.number) {
-        if (m_caught.empty()) throw sqlError(10704);
+        if (m_caught.empty()) throw sqlError(message::kRethrowOutsideCatch);
         message = m_caught.back();
     } else {
         const Value number = evaluate(*node.number, simpleType(TypeId::Int));
         const Value state = evaluate(*node.state, simpleType(TypeId::TinyInt));
         const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
-        if (given < 50000) throw sqlError(35100, {std::to_string(given)});
+        if (given < message::kUserDefined)
+            throw sqlError(message::kThrowNumberOutOfRange, {std::to_string(given)});
         message = {static_cast<int>(given),
                    16,
                    isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
@@ -497,7 +580,8 @@ Flow Executor::run(const WaitFor& wait) {
     const std::string text = evaluateText(*wait.time);
     const Value time =
         convertValue(text, varcharType(SqlType::kMax), simpleType(TypeId::Time), kNoStyle, Conversion::Try);
-    if (isNull(time) || text.find(':') == std::string::npos) throw sqlError(148, {text});
+    if (isNull(time) || text.find(':') == std::string::npos)
+        throw sqlError(message::kBadTimeForWaitFor, {text});
     using Clock = std::chrono::steady_clock;
     constexpr std::int64_t kNanosecondsPerTick = 100;
     constexpr std::int64_t kDay = 86'400LL * 10'000'000;

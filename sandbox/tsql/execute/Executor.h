@@ -62,7 +62,7 @@ class Executor final : public NameResolver, public FunctionSession {
     // NameResolver
     SqlType variableType(std::string_view name) override;
     std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
-    TableInfo table(const ast::ObjectName& name) override { return table(name, 208); }
+    TableInfo table(const ast::ObjectName& name) override { return table(name, message::kInvalidObjectName); }
     std::optional<SystemView> view(const ast::ObjectName& name) override;
     std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;

@@ -38,10 +38,10 @@ Flow Executor::run(const SetOption& option) {
         }
     }
     if (option.table) {
-        const TableInfo target = table(*option.table, 1088, 11);
-        if (!target.identityColumn()) throw sqlError(8106, {target.name});
+        const TableInfo target = table(*option.table, message::kObjectNotFound, 11);
+        if (!target.identityColumn()) throw sqlError(message::kNoIdentityColumn, {target.name});
         if (option.on && !m_settings.identityInsert.empty() && m_settings.identityInsert != target.fullName())
-            throw sqlError(8107, {m_settings.identityInsert, target.name});
+            throw sqlError(message::kIdentityInsertAlreadyOn, {m_settings.identityInsert, target.name});
         if (option.on || m_settings.identityInsert == target.fullName())
             m_settings.identityInsert = option.on ? target.fullName() : "";
     }
@@ -58,26 +58,27 @@ void Executor::useDatabase(const std::string& name) {
 
 Flow Executor::run(const Use& use) {
     if (!m_frames.back()->procedure.empty())
-        throw sqlError(154, {"a USE database statement", "a procedure, function or trigger"});
+        throw sqlError(message::kNotAllowedHere,
+                       {"a USE database statement", "a procedure, function or trigger"});
     useDatabase(use.database);
-    inform(5701, {m_database});
+    inform(message::kDatabaseChanged, {m_database});
     return finished();
 }
 
 Flow Executor::run(const CreateDatabase& create) {
-    if (m_transactions > 0) throw sqlError(226, {"CREATE DATABASE"});
+    if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"CREATE DATABASE"});
     m_storage.create(create.name);
     return finished();
 }
 
 Flow Executor::run(const AlterDatabase& alter) {
     const std::string name = alter.name.empty() ? m_database : m_storage.canonicalName(alter.name);
-    if (name.empty()) throw sqlError(5011, {alter.name});
-    if (m_transactions > 0) throw sqlError(226, {"ALTER DATABASE"});
+    if (name.empty()) throw sqlError(message::kCannotAlterDatabase, {alter.name});
+    if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"ALTER DATABASE"});
     if (alter.newName.empty()) return finished();
-    releaseDatabase(name, sqlError(5030));
+    releaseDatabase(name, sqlError(message::kDatabaseNotLocked));
     m_storage.rename(name, alter.newName);
-    inform(5021, {alter.newName});
+    inform(message::kDatabaseRenamed, {alter.newName});
     return finished();
 }
 
@@ -92,10 +93,10 @@ void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
 void Executor::dropDatabase(const std::string& name, bool ifExists) {
     if (!m_storage.exists(name)) {
         if (ifExists) return;
-        throw sqlError(3701, {"database", name}, 1);
+        throw sqlError(message::kCannotDropMissing, {"database", name}, 1);
     }
-    if (m_transactions > 0) throw sqlError(226, {"DROP DATABASE"});
-    releaseDatabase(name, sqlError(3702, {name}));
+    if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"DROP DATABASE"});
+    releaseDatabase(name, sqlError(message::kCannotDropInUse, {name}));
     m_storage.drop(name);
 }
 
@@ -106,14 +107,15 @@ Progress Executor::progress(std::int64_t step) const {
     return [this, step, told = std::int64_t{0}](int percent) mutable {
         if (isCancelled()) throw BatchEnd{};
         while (step > 0 && told < 100 && std::min<std::int64_t>(told + step, 100) <= percent)
-            inform(3211, {std::to_string(told = std::min<std::int64_t>(told + step, 100))});
+            inform(message::kPercentProcessed,
+                   {std::to_string(told = std::min<std::int64_t>(told + step, 100))});
     };
 }
 
 // An error in it is followed by one that says what ends.
 void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
-    failingAs(sqlError(3013, {verb}), [&] {
-        if (m_transactions > 0) throw sqlError(3021);
+    failingAs(sqlError(message::kBackupTerminated, {verb}), [&] {
+        if (m_transactions > 0) throw sqlError(message::kBackupWithinTransaction);
         work();
     });
 }
@@ -127,8 +129,8 @@ void Executor::informDone(std::string_view verb, const BackupHeader& header, std
     std::snprintf(speed, sizeof speed, "%.3f seconds (%.3f MB/sec)", seconds,
                   static_cast<double>(header.bytes) / kMegabyte / seconds);
     const std::string pages = std::to_string(header.pages);
-    inform(4035, {pages, database, header.database});
-    inform(3014, {verb, pages, speed});
+    inform(message::kPagesProcessed, {pages, database, header.database});
+    inform(message::kBackupProcessed, {verb, pages, speed});
 }
 
 Flow Executor::run(const ast::Backup& backup) {
@@ -157,7 +159,7 @@ Flow Executor::run(const Restore& restore) {
         const std::string file = evaluateText(*restore.file);
         if (restore.kind == RestoreKind::Verify) {
             verifyBackup(file, progress(0));
-            inform(3262);
+            inform(message::kBackupSetValid);
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
@@ -187,18 +189,17 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     const std::string name = evaluateText(*restore.database);
     std::vector<std::string> moved;
     for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
-    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(3102, {name});
-    if (m_storage.exists(name)) releaseDatabase(name, sqlError(3101));
+    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(message::kRestoreOfOwnDatabase, {name});
+    if (m_storage.exists(name)) releaseDatabase(name, sqlError(message::kNoExclusiveAccess));
     try {
         const BackupHeader header =
             restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
         m_connection.attach(name);  // which brings its indexes up to date
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {
-        constexpr int kFileInUse = 1834;
-        if (error.number != kFileInUse) throw;
+        if (error.number != message::kFileInUse) throw;
         reportFilesInUse(readBackupHeader(file));
-        throw sqlError(3119);
+        throw sqlError(message::kRestorePlanningFailed);
     }
 }
 
@@ -206,8 +207,8 @@ void Executor::reportFilesInUse(const BackupHeader& header) const {
     if (m_tries > 0) return;
     for (const auto& row : fileListOf(header).rows) {
         const auto &name = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
-        report(messageOf(sqlError(1834, {path, header.database}), m_line));
-        report(messageOf(sqlError(3156, {name, path}), m_line));
+        report(messageOf(sqlError(message::kFileInUse, {path, header.database}), m_line));
+        report(messageOf(sqlError(message::kFileCannotBeRestored, {name, path}), m_line));
     }
 }
 

@@ -50,7 +50,7 @@ void Executor::checkNode(const Node& node) {
             checkNode(each);
         }
     } else if constexpr (std::is_same_v<Node, Use>) {
-        if (!m_storage.exists(node.database)) throw sqlError(911, {node.database});
+        if (!m_storage.exists(node.database)) throw sqlError(message::kUnknownDatabase, {node.database});
         m_frames.back()->database = node.database;
     } else if constexpr (std::is_same_v<Node, SelectStatement> || std::is_same_v<Node, DeclareCursor>) {
         translator.query(*node.query);
@@ -79,7 +79,8 @@ void Executor::tellOfMissing(const ObjectName& procedure) {
     const Frame& frame = *m_frames.back();
     const bool ofSystem = lowerAscii(procedure.name).starts_with("sp_");
     if (frame.procedure.empty() || procedure.name.empty() || ofSystem) return;
-    if (!module(procedure, objectType::kProcedure)) inform(2007, {frame.procedure, asWritten(procedure)});
+    if (!module(procedure, objectType::kProcedure))
+        inform(message::kMissingDependency, {frame.procedure, asWritten(procedure)});
 }
 
 // Not within a transaction that has changed something: it could no longer wait for what it has looked at.
@@ -99,7 +100,9 @@ void Executor::check(const Statement& statement) {
     try {
         std::visit([this](const auto& node) { checkNode(node); }, statement.node);
     } catch (const SqlError& error) {
-        if (error.number == 208 || error.number == 4121 || !endsScope(error.number)) return;
+        if (error.number == message::kInvalidObjectName || error.number == message::kFunctionNotFound ||
+            !endsScope(error.number))
+            return;
         fail(error, statement.line);
     }
 }

@@ -29,7 +29,7 @@ Cursors& Executor::cursorsWith(const CursorName& cursor) {
     const std::string name = toLower(cursor.name);
     Cursors& local = m_frames.back()->cursors;
     if (!cursor.global && local.contains(name)) return local;
-    if (!m_cursors.contains(name)) throw sqlError(16916, {cursor.name});
+    if (!m_cursors.contains(name)) throw sqlError(message::kCursorNotFound, {cursor.name});
     return m_cursors;
 }
 
@@ -44,12 +44,12 @@ Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
 Flow Executor::run(const DeclareCursor& declare) {
     Cursors& cursors = declare.local ? m_frames.back()->cursors : m_cursors;
     const std::string name = toLower(declare.name);
-    if (cursors.contains(name)) throw sqlError(16915, {declare.name});
+    if (cursors.contains(name)) throw sqlError(message::kCursorExists, {declare.name});
     Translator translator(*this);
     Cursor cursor;
     cursor.query = translator.query(*declare.query);
     if (!translator.assignments().empty())
-        throw sqlError(154, {"Variable assignment", "a cursor declaration"});
+        throw sqlError(message::kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
     cursor.parameters = parameterValues(translator);
     cursor.scroll = declare.scroll;
     cursor.counted = declare.counted;
@@ -62,12 +62,12 @@ Flow Executor::run(const ChangeCursor& change) {
     Cursors& cursors = cursorsWith(change.cursor);
     Cursor& cursor = cursors.at(name);
     if (change.verb == CursorVerb::Open) {
-        if (cursor.open) throw sqlError(16905);
+        if (cursor.open) throw sqlError(message::kCursorAlreadyOpen);
         openCursor(cursor);
     } else if (change.verb == CursorVerb::Deallocate) {
         cursors.erase(name);
     } else {
-        if (!cursor.open) throw sqlError(16917);
+        if (!cursor.open) throw sqlError(message::kCursorNotOpen);
         cursor.open = false;
         cursor.rows.clear();
     }
@@ -93,11 +93,12 @@ void Executor::openCursor(Cursor& cursor) {
 Flow Executor::run(const Fetch& fetch) {
     Cursor& cursor = cursorsWith(fetch.cursor).at(toLower(fetch.cursor.name));
     const auto& columns = cursor.query.columns;
-    if (!cursor.open) throw sqlError(16917);
+    if (!cursor.open) throw sqlError(message::kCursorNotOpen);
     constexpr std::string_view kTypes[] = {"next", "prior", "first", "last", "absolute", "relative"};
     if (!cursor.scroll && fetch.from != FetchFrom::Next)
-        throw sqlError(16911, {kTypes[static_cast<std::size_t>(fetch.from)]});
-    if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(16924);
+        throw sqlError(message::kForwardOnlyCursor, {kTypes[static_cast<std::size_t>(fetch.from)]});
+    if (!fetch.into.empty() && fetch.into.size() != columns.size())
+        throw sqlError(message::kCursorColumnCount);
     const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
     const auto* number = std::get_if<std::int64_t>(&offset);
     cursor.at = target(cursor, fetch.from, number ? *number : 0);
@@ -114,9 +115,10 @@ Flow Executor::run(const Fetch& fetch) {
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {
             setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
         } catch (const SqlError& error) {
-            constexpr int kClash = 206, kNotImplicit = 257;
-            if (error.number != kClash && error.number != kNotImplicit) throw;
-            throw sqlError(16922,
+            const bool isTypeMismatch =
+                error.number == message::kOperandTypeClash || error.number == message::kNoImplicitConversion;
+            if (!isTypeMismatch) throw;
+            throw sqlError(message::kCursorTypeMismatch,
                            {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
         }
     return finished(found);

@@ -53,7 +53,7 @@ const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view
 
 void requireKeyType(const TableInfo& table, const TableColumn& column) {
     if (column.type.length == SqlType::kMax || isLob(column.type.id))
-        throw sqlError(1919, {column.name, table.name});
+        throw sqlError(message::kInvalidKeyColumnType, {column.name, table.name});
 }
 
 struct ConstraintFacts {
@@ -117,24 +117,26 @@ TableInfo Executor::createTable(const CreateTable& create) {
     ObjectInfo object{0, name, std::string(objectType::kTable), 0, name};
     TableInfo table;
     for (const auto& definition : create.columns) {
-        if (table.column(definition.name)) throw sqlError(2705, {definition.name, name});
+        if (table.column(definition.name))
+            throw sqlError(message::kRepeatedColumnName, {definition.name, name});
         if (definition.identity && (!isExact(definition.type.id) || definition.type.scale > 0))
-            throw sqlError(2749, {definition.name});
+            throw sqlError(message::kInvalidIdentityType, {definition.name});
         if (definition.identity && isWide(definition.type))
             throw unsupported("an identity of more than 18 digits");
         if (definition.identity && definition.nullable.value_or(false))
-            throw sqlError(8147, {definition.name, name});
-        if (definition.identity && table.identityColumn()) throw sqlError(2744, {name});
+            throw sqlError(message::kIdentityOnNullable, {definition.name, name});
+        if (definition.identity && table.identityColumn())
+            throw sqlError(message::kSeveralIdentityColumns, {name});
         table.columns.push_back(columnOf(definition, create));
         if (definition.identity) object.seed = definition.seed;
     }
     const auto constraints = allConstraints(create);
     if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
-        throw sqlError(8110, {name});
+        throw sqlError(message::kSeveralPrimaryKeys, {name});
     define(create.table, [&](Catalogue& owner) {
         const auto taken = owner.find(name);
         if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
-            throw sqlError(2714, {name});
+            throw sqlError(message::kObjectExists, {name});
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
         owner.save(object);
         owner.addColumns(object.id, table.columns);
@@ -178,11 +180,11 @@ void Executor::failingAs(const SqlError& failure, const std::function<void()>& w
 std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                                   const CreateTable& definition) {
     std::vector<ObjectInfo> keys;
-    failingAs(sqlError(1750), [&] {
+    failingAs(sqlError(message::kConstraintNotCreated), [&] {
         for (const auto* constraint : allConstraints(definition)) {
             ObjectInfo key = constraintOf(catalogue, table, *constraint);
             if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
-                inform(1756, {key.name});
+                inform(message::kForeignKeySkipped, {key.name});
                 continue;
             }
             catalogue.save(key);
@@ -204,10 +206,10 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
         if (!column && constraint.kind == ConstraintKind::ForeignKey)
-            throw sqlError(1769, {key.name, name, table.name});
-        if (!column) throw sqlError(1911, {name});
+            throw sqlError(message::kReferencingColumnUnknown, {key.name, name, table.name});
+        if (!column) throw sqlError(message::kUnknownIndexColumn, {name});
         if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
-            throw sqlError(8111, {table.name});
+            throw sqlError(message::kPrimaryKeyOnNullable, {table.name});
         if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique)
             requireKeyType(table, *column);
         key.columns.push_back(column->name);
@@ -216,17 +218,20 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
         const auto read = Translator(*this).check(table, *constraint.check).columns;
         for (const auto& name : read)
             if (!key.columns.empty() && name != key.columns.front())
-                throw sqlError(8141, {key.columns.front(), table.name});
+                throw sqlError(message::kCheckOfOtherColumn, {key.columns.front(), table.name});
         key.columns.assign(read.begin(), read.end());
     }
     if (key.name.empty())  // "PK__Orders__7_42"
         key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
                    "_" + std::to_string(catalogue.lastId() + 1);
-    if (catalogue.find(key.name) && !catalogue.isTemporary()) throw sqlError(2714, {key.name}, 5);
+    if (catalogue.find(key.name) && !catalogue.isTemporary())
+        throw sqlError(message::kObjectExists, {key.name}, 5);
     for (const auto& other : catalogue.keysOf(table.id)) {
         if (other.type != type) continue;
-        if (constraint.kind == ConstraintKind::PrimaryKey) throw sqlError(1779, {table.name});
-        if (constraint.kind == ConstraintKind::Default && other.columns == key.columns) throw sqlError(1781);
+        if (constraint.kind == ConstraintKind::PrimaryKey)
+            throw sqlError(message::kPrimaryKeyAlreadyDefined, {table.name});
+        if (constraint.kind == ConstraintKind::Default && other.columns == key.columns)
+            throw sqlError(message::kDefaultAlreadyBound);
     }
     if (constraint.kind == ConstraintKind::Default) {
         TableColumn column = *table.column(key.columns.front());
@@ -274,7 +279,8 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
         m_change.newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
         m_change.values.clear();
         throw sqlError(
-            1505, {table.name, index.name, BrokenConstraint(m_connection, m_change).duplicateValue(index)});
+            message::kDuplicateKeyForIndex,
+            {table.name, index.name, BrokenConstraint(m_connection, m_change).duplicateValue(index)});
     }
     m_change.verb.clear();
 }
@@ -312,12 +318,12 @@ void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const Obj
 
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
     TableColumn column = columnOf(definition, {});
-    if (table.column(column.name)) throw sqlError(2705, {column.name, table.name});
+    if (table.column(column.name)) throw sqlError(message::kRepeatedColumnName, {column.name, table.name});
     if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
     const std::string fallback = std::exchange(column.byDefault, {});
     const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
     if (!column.nullable && !filled && anyRow(m_connection, table, "1"))
-        throw sqlError(4901, {column.name, table.name});
+        throw sqlError(message::kAddedColumnNotNull, {column.name, table.name});
     m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
                      std::string(storageClass(column.type)));
     catalogue.addColumns(table.id, {column});
@@ -334,10 +340,11 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
                                 const std::vector<ObjectInfo>& keys) {
     for (const auto& key : keys)
         if (std::ranges::any_of(key.columns, [&](const auto& name) { return sameText(name, column); }))
-            failingAs(sqlError(4922, {verb, column}), [&] {
-                throw sqlError(5074, {key.type == objectType::kIndex ? "index" : "object", key.name, column});
+            failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
+                throw sqlError(message::kDependentOnColumn,
+                               {key.type == objectType::kIndex ? "index" : "object", key.name, column});
             });
-    if (!table.column(column)) throw sqlError(4924, {verb, column, table.name});
+    if (!table.column(column)) throw sqlError(message::kAlteredColumnNotFound, {verb, column, table.name});
 }
 
 void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
@@ -357,7 +364,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     table = *catalogue.table(table.name);
     m_change.verb = "UPDATE";
     if (!column.nullable && anyRow(m_connection, table, quotedName(column.name) + " IS NULL"))
-        throw sqlError(515, {column.name, table.fullName(), m_change.verb});
+        throw sqlError(message::kNullInColumn, {column.name, table.fullName(), m_change.verb});
     redefine(catalogue, table);
     if (!longer) fillColumn(table, column, {quotedName(column.name), before});
     m_change.verb.clear();
@@ -368,12 +375,12 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
     const auto keys = catalogue.keysOf(table.id);
     const ObjectInfo* key = keyNamed(keys, name, false);
     if (!key && ifExists) return;
-    failingAs(sqlError(3727), [&] {
-        if (!key) throw sqlError(3728, {name});
+    failingAs(sqlError(message::kConstraintNotDropped), [&] {
+        if (!key) throw sqlError(message::kNotAConstraint, {name});
         for (const auto& foreign : catalogue.keysTo(table.name))
             if (isUniqueKey(*key) &&
                 std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, sameText))
-                throw sqlError(3725, {name, foreign.table, foreign.name});
+                throw sqlError(message::kConstraintReferenced, {name, foreign.table, foreign.name});
     });
     if (key->type == objectType::kDefault) {
         TableColumn column = *table.column(key->columns.front());
@@ -387,12 +394,12 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 Flow Executor::run(const AlterTable& alter) {
     checkDefaults(alter.added);
     claim(alter.added.table);
-    TableInfo target = table(alter.added.table, 4902);
+    TableInfo target = table(alter.added.table, message::kAlteredTableNotFound);
     define(alter.added.table, [&](Catalogue& owner) {
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
         for (const auto& key : noteConstraints(owner, target, alter.added)) {
             checkRows(owner, target, key);
-            failingAs(sqlError(1750), [&] { makeKeyIndex(target, key); });
+            failingAs(sqlError(message::kConstraintNotCreated), [&] { makeKeyIndex(target, key); });
         }
         for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
         target = *owner.table(target.name);
@@ -412,22 +419,22 @@ Flow Executor::run(const AlterTable& alter) {
 
 Flow Executor::run(const CreateIndex& create) {
     claim(create.table);
-    const TableInfo target = table(create.table, 1088);
+    const TableInfo target = table(create.table, message::kObjectNotFound);
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
         if (keyNamed(owner.keysOf(target.id), create.name, true))
-            throw sqlError(1913, {create.name, target.name});
+            throw sqlError(message::kIndexExists, {create.name, target.name});
         if (create.unique) index.source = kUniqueIndex;
         std::string list;
         for (const auto& [name, descending] : create.columns) {
             const TableColumn* column = target.column(name);
-            if (!column) throw sqlError(1911, {name});
+            if (!column) throw sqlError(message::kUnknownIndexColumn, {name});
             requireKeyType(target, *column);
             list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
             index.columns.push_back(column->name);
         }
         for (const auto& name : create.included)
-            if (!target.column(name)) throw sqlError(1911, {name});
+            if (!target.column(name)) throw sqlError(message::kUnknownIndexColumn, {name});
         makeIndex(target, index, list);
         owner.save(index);
     });
@@ -435,12 +442,12 @@ Flow Executor::run(const CreateIndex& create) {
 }
 
 Flow Executor::run(const AlterIndex& alter) {
-    const TableInfo target = table(alter.table, 1088, 9);
+    const TableInfo target = table(alter.table, message::kObjectNotFound, 9);
     define(alter.table, [&](Catalogue& owner) {
         const auto keys = owner.keysOf(target.id);
         const ObjectInfo* key = keyNamed(keys, alter.name, false);
         const bool known = keyNamed(keys, alter.name, true) || (key && isUniqueKey(*key));
-        if (!alter.name.empty() && !known) throw sqlError(2727, {alter.name});
+        if (!alter.name.empty() && !known) throw sqlError(message::kIndexNotFound, {alter.name});
         m_connection.run("REINDEX " + target.sqlName());
     });
     return finished();
@@ -466,8 +473,9 @@ void Executor::dropIndex(const ObjectName& name, bool ifExists) {
         const ObjectInfo* key = keyNamed(keys, name.name, false);
         const std::string written = name.schema + "." + name.name;
         if (key && isUniqueKey(*key))
-            throw sqlError(3723, {written, key->type == objectType::kPrimaryKey ? "PRIMARY" : "UNIQUE"});
-        if (!index && !ifExists) throw sqlError(3701, {"index", written}, 7);
+            throw sqlError(message::kCannotDropKeyIndex,
+                           {written, key->type == objectType::kPrimaryKey ? "PRIMARY" : "UNIQUE"});
+        if (!index && !ifExists) throw sqlError(message::kCannotDropMissing, {"index", written}, 7);
         if (!index) return;
         dropIndex(*target, index->name);
         owner.remove(index->id);
@@ -491,13 +499,13 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
             const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
                 return found && (found->type == each.type || found->type == each.otherType);
             });
-            if (other == std::end(kKinds)) throw sqlError(3701, {kind.word, written});
-            throw sqlError(3705,
+            if (other == std::end(kKinds)) throw sqlError(message::kCannotDropMissing, {kind.word, written});
+            throw sqlError(message::kDropOfOtherKind,
                            {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
         }
         if (drop.kind == ObjectKind::Table) {
             for (const auto& key : owner.keysTo(found->name))
-                if (key.parent != found->id) throw sqlError(3726, {found->name});
+                if (key.parent != found->id) throw sqlError(message::kTableReferenced, {found->name});
             m_connection.run("DROP TABLE " + owner.schema() + "." + quotedName(found->stored));
         }
         owner.remove(found->id);

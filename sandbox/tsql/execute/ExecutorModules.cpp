@@ -37,7 +37,7 @@ std::string_view typeOf(const CreateModule& module) {
 void Executor::within(const StoredModule& query, const std::function<void()>& work) {
     for (const Frame* frame : m_frames)
         if (frame->procedure == query.name && frame->database == query.database)
-            throw sqlError(4429, {query.name});
+            throw sqlError(message::kSelfReference, {query.name});
     Frame frame;
     frame.procedure = query.name;
     frame.database = query.database;
@@ -55,9 +55,10 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
         QueryText text = Translator(*this).query(*module.query);
         Translator::rename(text, module.columns, module.name.name);
         for (const auto& [column, alias, nullLiteral] : text.columns) {
-            if (column.name.empty()) throw sqlError(4511, {alias.substr(1)});
+            if (column.name.empty()) throw sqlError(message::kUnnamedViewColumn, {alias.substr(1)});
             for (const auto& before : columns)
-                if (sameText(before.name, column.name)) throw sqlError(4506, {column.name, module.name.name});
+                if (sameText(before.name, column.name))
+                    throw sqlError(message::kRepeatedViewColumn, {column.name, module.name.name});
             columns.push_back({column.name, column.type, column.nullable});
         }
     });
@@ -82,8 +83,9 @@ Flow Executor::run(const CreateModule& module) try {
     define(module.name, [&](Catalogue& owner) {
         const std::string& name = module.name.name;
         const auto existing = owner.find(name);
-        if (existing && (!module.alter || existing->type != type)) throw sqlError(2714, {name}, 3);
-        if (!existing && !module.create) throw sqlError(208, {name}, 6);
+        if (existing && (!module.alter || existing->type != type))
+            throw sqlError(message::kObjectExists, {name}, 3);
+        if (!existing && !module.create) throw sqlError(message::kInvalidObjectName, {name}, 6);
         ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type)});
         object.source = m_text;
         const std::string_view verb = tokenize(m_text).front().raw;
@@ -125,7 +127,7 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
 
 // Does `work` with `frame` innermost.
 void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
-    if (m_frames.size() >= kDeepestCall) throw sqlError(217);
+    if (m_frames.size() >= kDeepestCall) throw sqlError(message::kCallsNestedTooDeeply);
     m_frames.push_back(&frame);
     const Finally leave([this] { m_frames.pop_back(); });
     work();
@@ -160,7 +162,7 @@ bool Executor::runScope(const Block& body, Frame& frame) {
 }
 
 Flow Executor::run(const Execute& execute) {
-    if (m_frames.back()->isFunction) throw sqlError(557);
+    if (m_frames.back()->isFunction) throw sqlError(message::kProcedureCallInFunction);
     const int transactions = m_transactions;
     if (execute.text) {
         runText(evaluateText(*execute.text), m_frames.back()->database);
@@ -184,7 +186,8 @@ Flow Executor::run(const Execute& execute) {
 // A call leaves as many transactions open as it has found.
 void Executor::checkTransactions(int before, const std::string& procedure) {
     if (m_transactions == before || m_settings.implicitTransactions) return;
-    const SqlError error = sqlError(266, {std::to_string(before), std::to_string(m_transactions)});
+    const SqlError error = sqlError(message::kTransactionCountMismatch,
+                                    {std::to_string(before), std::to_string(m_transactions)});
     afterError({error.number, error.severity, error.state, 0, procedure, error.what()}, true);
 }
 
@@ -202,14 +205,15 @@ void Executor::runText(const std::string& text, const std::string& inside) {
 // sp_executesql @statement, @declarations, values...: the text is the body of a procedure without a name.
 void Executor::executeSql(const Execute& execute, const std::string& database) {
     if (execute.arguments.empty() || !execute.arguments.front().value)
-        throw sqlError(201, {"sp_executesql", "@statement"}, 10);
+        throw sqlError(message::kMissingParameter, {"sp_executesql", "@statement"}, 10);
     std::string texts[2];
     for (std::size_t i = 0; i < std::min(execute.arguments.size(), std::size(texts)); ++i) {
         if (!execute.arguments[i].value) continue;
         TypedValue given = evaluate(*execute.arguments[i].value);
         if (isNull(given.value)) continue;
         if (!isNational(given.type.id))
-            throw sqlError(214, {i ? "@params" : "@statement", "ntext/nchar/nvarchar"}, i ? 3 : 2);
+            throw sqlError(message::kWrongParameterType,
+                           {i ? "@params" : "@statement", "ntext/nchar/nvarchar"}, i ? 3 : 2);
         texts[i] = std::move(std::get<std::string>(given.value));
     }
     const std::string &statement = texts[0], &declarations = texts[1];
@@ -240,7 +244,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     }
     if (!procedure && Executor::module(name, objectType::kFunction))
         throw unsupported("EXECUTE of a function");
-    if (!procedure) throw sqlError(2812, {asWritten(name)});
+    if (!procedure) throw sqlError(message::kProcedureNotFound, {asWritten(name)});
     const CreateModule& module = *procedure->module;
     frame.procedure = procedure->name;
     frame.procedureId = procedure->id;
@@ -271,14 +275,16 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
     for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
         const Argument& argument = execute.arguments[i];
         std::size_t at = i - frame.skippedArguments;
-        if (arguments.empty()) throw sqlError(8146, {frame.procedure});
+        if (arguments.empty()) throw sqlError(message::kProcedureWithoutParameters, {frame.procedure});
         if (!argument.name.empty())
             at = static_cast<std::size_t>(
                 std::ranges::find_if(module.parameters,
                                      [&](const auto& each) { return sameWord(each.name, argument.name); }) -
                 module.parameters.begin());
-        if (at < arguments.size() && arguments[at]) throw sqlError(8143, {argument.name});
-        if (at >= arguments.size() && argument.name.empty()) throw sqlError(8144, {frame.procedure});
+        if (at < arguments.size() && arguments[at])
+            throw sqlError(message::kParameterSuppliedTwice, {argument.name});
+        if (at >= arguments.size() && argument.name.empty())
+            throw sqlError(message::kTooManyArguments, {frame.procedure});
         (at < arguments.size() ? arguments[at] : unknown) = &argument;
     }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -286,12 +292,15 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
         const Argument* argument = arguments[i];
         const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
         if (!value && !m_settings.describeOnly)
-            throw sqlError(frame.procedure.empty() ? 8178 : 201, {name, parameter.name});
-        if (argument && argument->output && !parameter.output) throw sqlError(8162, {parameter.name});
+            throw sqlError(
+                frame.procedure.empty() ? message::kParameterNotSupplied : message::kMissingParameter,
+                {name, parameter.name});
+        if (argument && argument->output && !parameter.output)
+            throw sqlError(message::kNotAnOutputParameter, {parameter.name});
         frame.variables[parameter.name] = {parameter.type,
                                            value ? argumentValue(*value, parameter.type) : Value(Null{})};
     }
-    if (unknown) throw sqlError(8145, {unknown->name, frame.procedure});
+    if (unknown) throw sqlError(message::kNotAParameter, {unknown->name, frame.procedure});
     return arguments;
 }
 
@@ -300,7 +309,7 @@ Value Executor::argumentValue(const Expr& argument, const SqlType& type) {
     try {
         return convertValue(viewOf(given.value), given.type, type);
     } catch (const SqlError&) {
-        throw sqlError(8114, {baseName(given.type.id), baseName(type.id)});
+        throw sqlError(message::kConversionError, {baseName(given.type.id), baseName(type.id)});
     }
 }
 
@@ -321,7 +330,7 @@ Value Executor::callFunction(std::string_view database, std::string_view name,
     const ObjectName object{std::string(database), "dbo", std::string(name), m_line};
     Frame frame;
     const auto function = Executor::module(object, objectType::kFunction);
-    if (!function) throw sqlError(208, {object.name});
+    if (!function) throw sqlError(message::kInvalidObjectName, {object.name});
     const CreateModule& module = *function->module;
     frame.procedure = function->name;
     frame.procedureId = function->id;

@@ -21,7 +21,7 @@ const SqlType kIdentity = decimalType(kMostDigits, 0);
 
 const Variable& Executor::local(std::string_view name) {
     const auto found = m_frames.back()->variables.find(name);
-    if (found == m_frames.back()->variables.end()) throw sqlError(137, {name});
+    if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
     return found->second;
 }
 
@@ -65,7 +65,7 @@ const std::vector<Executor::Global>& Executor::globals() {
 const Executor::Global& Executor::global(std::string_view name) {
     for (const auto& each : globals())
         if (sameWord(each.name, name)) return each;
-    throw sqlError(137, {name});
+    throw sqlError(message::kUndeclaredVariable, {name});
 }
 
 SqlType Executor::variableType(std::string_view name) {
@@ -111,11 +111,12 @@ Catalogue Executor::catalogue(const ObjectName& name) {
 }
 
 std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
-    if (isTemporaryName(name.name) && m_frames.back()->isQuery) throw sqlError(4508);
+    if (isTemporaryName(name.name) && m_frames.back()->isQuery)
+        throw sqlError(message::kViewOnTemporaryTable);
     if (name.name.starts_with('@')) {
         const auto& tables = m_frames.back()->tables;
         const auto found = tables.find(name.name);
-        if (found == tables.end()) throw sqlError(1087, {name.name});
+        if (found == tables.end()) throw sqlError(message::kUndeclaredTableVariable, {name.name});
         return found->second.info;
     }
     if (!name.schema.empty() && !sameWord(name.schema, "dbo") && !name.name.starts_with('#'))

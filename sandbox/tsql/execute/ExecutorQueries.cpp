@@ -18,7 +18,10 @@ constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two questions wh
 
 // The columns by which INSERT gives its values, or the columns' number was wrong.
 bool isCountError(const SqlError& error) {
-    return error.number == 109 || error.number == 110 || error.number == 120 || error.number == 121;
+    return error.number == message::kMoreInsertColumnsThanValues ||
+           error.number == message::kFewerInsertColumnsThanValues ||
+           error.number == message::kFewerSelectedThanInserted ||
+           error.number == message::kMoreSelectedThanInserted;
 }
 
 // Keeps the rows from the client, and nothing else.
@@ -124,7 +127,7 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
         std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
     CreateTable create{name, {}, {}};
     for (const auto& output : text.columns) {
-        if (output.column.name.empty()) throw sqlError(1038);
+        if (output.column.name.empty()) throw sqlError(message::kMissingColumnName);
         ColumnDefinition column;
         column.name = output.column.name;
         column.type = output.column.type;
@@ -187,15 +190,16 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
     std::vector<const TableColumn*> columns;
     for (const auto& name : names) {
         const TableColumn* column = target.column(name);
-        if (!column) throw sqlError(207, {name});
-        if (std::find(columns.begin(), columns.end(), column) != columns.end()) throw sqlError(264, {name});
-        if (column->identity && !identityGiven) throw sqlError(544, {target.name});
+        if (!column) throw sqlError(message::kInvalidColumnName, {name});
+        if (std::find(columns.begin(), columns.end(), column) != columns.end())
+            throw sqlError(message::kColumnSetTwice, {name});
+        if (column->identity && !identityGiven) throw sqlError(message::kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
     }
     if (!names.empty() && identityGiven && std::ranges::none_of(columns, &TableColumn::identity))
-        throw sqlError(545, {target.name});
+        throw sqlError(message::kIdentityValueRequired, {target.name});
     if (!names.empty() || defaultValues) return columns;
-    if (identityGiven) throw sqlError(8101, {target.name});
+    if (identityGiven) throw sqlError(message::kIdentityValueNeedsColumnList, {target.name});
     for (const auto& column : target.columns)
         if (!column.identity) columns.push_back(&column);
     return columns;
@@ -210,9 +214,11 @@ std::string Executor::insertText(const TableInfo& target, const std::vector<cons
                             : translator.insertRows(target, columns, insert);
     } catch (const SqlError& error) {
         if (!insert.columns.empty() || !isCountError(error)) throw;
-        const bool more = insert.query ? error.number == 121 : insert.rows[0].size() == target.columns.size();
-        if (more && target.identityColumn()) throw sqlError(8101, {target.name});
-        throw sqlError(213);
+        const bool more = insert.query ? error.number == message::kMoreSelectedThanInserted
+                                       : insert.rows[0].size() == target.columns.size();
+        if (more && target.identityColumn())
+            throw sqlError(message::kIdentityValueNeedsColumnList, {target.name});
+        throw sqlError(message::kColumnCountMismatch);
     }
 }
 
@@ -276,14 +282,14 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     };
     std::vector<CollectedRow> collected;  // the work may read the table that is filled
     const auto take = [&](std::span<const Column> types, std::span<const CellView> cells) {
-        if (cells.size() != columns.size()) throw sqlError(213);
+        if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
         CollectedRow& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) {
             row.cells.push_back(ownedValue(cells[i]));
             row.types.push_back(types[i].type);
         }
     };
-    if (m_insertsRows) throw sqlError(8164);
+    if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
     {
         const Finally again([this] { m_insertsRows = false; });
         m_insertsRows = true;
@@ -358,9 +364,10 @@ Flow Executor::run(const Delete& statement) {
 // The identity begins anew.
 Flow Executor::run(const Truncate& truncate) {
     claim(truncate.table);
-    const TableInfo target = table(truncate.table, 4701);
+    const TableInfo target = table(truncate.table, message::kTruncatedTableNotFound);
     for (const auto& key : catalogue(truncate.table).keysTo(target.name))
-        if (!sameText(key.table, target.name)) throw sqlError(4712, {target.name});
+        if (!sameText(key.table, target.name))
+            throw sqlError(message::kTruncatedTableReferenced, {target.name});
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);

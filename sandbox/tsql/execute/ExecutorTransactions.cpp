@@ -15,7 +15,7 @@ constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite's savepoint at t
 
 // SQLite's transaction begins with the first change, so that reading before it holds no old state.
 void Executor::beforeWrite() {
-    if (m_doomed) throw sqlError(3930);
+    if (m_doomed) throw sqlError(message::kTransactionDoomed);
     if (m_transactions == 0 || m_connection.inTransaction()) return;
     m_connection.run("BEGIN");
     m_connection.run(std::string("SAVEPOINT ").append(kBegin));
@@ -64,14 +64,14 @@ void Executor::beginImplicitly(const Statement& statement) {
 }
 
 void Executor::save(const std::string& name) {
-    if (m_transactions == 0) throw sqlError(628);
+    if (m_transactions == 0) throw sqlError(message::kSaveWithoutTransaction);
     beforeWrite();
     m_connection.run("SAVEPOINT " + quotedName(name));
 }
 
 void Executor::commit() {
-    if (m_transactions == 0) throw sqlError(3902);
-    if (m_doomed) throw sqlError(3930);
+    if (m_transactions == 0) throw sqlError(message::kCommitWithoutBegin);
+    if (m_doomed) throw sqlError(message::kTransactionDoomed);
     if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
     if (m_transactions > 1)
         --m_transactions;
@@ -112,7 +112,7 @@ bool Executor::resetAroundTransaction(std::string_view database) {
 }
 
 void Executor::rollBackTo(const std::string& name) {
-    if (m_doomed) throw sqlError(3931);
+    if (m_doomed) throw sqlError(message::kSavepointInDoomedTransaction);
     m_knownTables.clear();
     bool done = false;
     keepTables([&] {
@@ -120,7 +120,7 @@ void Executor::rollBackTo(const std::string& name) {
                             nullptr, nullptr) == SQLITE_OK;
         skipIdentities();
     });
-    if (!done) throw sqlError(6401, {name});
+    if (!done) throw sqlError(message::kSavepointNotFound, {name});
 }
 
 Flow Executor::run(const Transaction& transaction) {
@@ -128,8 +128,9 @@ Flow Executor::run(const Transaction& transaction) {
                                  ? transaction.name
                                  : evaluateText({m_line, VariableRef{transaction.variable}});
     const TransactionVerb verb = transaction.verb;
-    if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(3915);
-    if (verb == TransactionVerb::Rollback && m_transactions == 0) throw sqlError(3903);
+    if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(message::kRollbackInInsertExec);
+    if (verb == TransactionVerb::Rollback && m_transactions == 0)
+        throw sqlError(message::kRollbackWithoutBegin);
     const bool whole = name.empty() || sameWord(name, m_transactionName);
     if (verb == TransactionVerb::Begin) begin(name);
     if (verb == TransactionVerb::Save) save(name);

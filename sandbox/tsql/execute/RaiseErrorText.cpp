@@ -38,7 +38,7 @@ class Formatter {
     std::string substituted(const std::cmatch& match) {
         if (match.str(kWhole) == "%") return "%";
         const std::string format(match[kAll].first, match.suffix().second);
-        if (!match[kType].matched) throw sqlError(2787, {format.substr(0, 20)});
+        if (!match[kType].matched) throw sqlError(message::kInvalidFormat, {format.substr(0, 20)});
         std::string flags = match.str(kFlags);
         const bool left = flags.find('-') != std::string::npos, precise = match[kPrecision].matched;
         if (left || precise) std::erase(flags, '0');
@@ -50,9 +50,10 @@ class Formatter {
         const auto& [value, type] = m_arguments[index];
         const auto* text = std::get_if<std::string>(&value);
         if (!isText(type.id) && !isInteger(type.id) && !isBinary(type.id))
-            throw sqlError(2748, {baseName(type.id), std::to_string(index + 4)});  // of RAISERROR
+            throw sqlError(message::kInvalidSubstitutionType,
+                           {baseName(type.id), std::to_string(index + 4)});  // of RAISERROR
         if ((match.str(kType) == "s") != (text != nullptr) || isBinary(type.id))
-            throw sqlError(2786, {std::to_string(index + 1)});
+            throw sqlError(message::kSubstitutionTypeMismatch, {std::to_string(index + 1)});
         if (text) return written(side + size + "s", text->c_str());
         return integer("%" + flags + size + "ll" + match.str(kType), std::get<std::int64_t>(value));
     }

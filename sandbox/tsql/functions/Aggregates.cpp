@@ -131,7 +131,7 @@ Value joinedText(const Gathered& gathered, const Aggregate&) {
     for (const auto* part : order) text.append(part == order.front() ? "" : part->separator) += part->text;
     if (gathered.longest != SqlType::kMax &&
         characterCount(text) > static_cast<std::size_t>(gathered.longest))
-        throw sqlError(9829);
+        throw sqlError(message::kStringAggTooLong);
     return text;
 }
 

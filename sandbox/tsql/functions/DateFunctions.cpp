@@ -10,12 +10,13 @@ void checkPart(Pieces pieces, std::string_view function) {
     const auto part = static_cast<DatePart>(*pieces[0].integer);
     const TypeId type = pieces.back().type.id;
     const bool changes = function != "datepart" && function != "datename";
-    if (part == DatePart::IsoWeek && changes) throw sqlError(9806, {nameOf(part), function});
+    if (part == DatePart::IsoWeek && changes)
+        throw sqlError(message::kDatePartNotSupported, {nameOf(part), function});
     if (function == "datediff") return;
     const bool ofClock = part >= DatePart::Hour;
     const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
     if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
-        throw sqlError(9810, {nameOf(part), function, baseName(type)});
+        throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
 
 SqlType sumType(Pieces pieces) {
@@ -39,7 +40,8 @@ SqlType partNameType(Pieces pieces) {
 // YEAR, MONTH, DAY
 template <DatePart part>
 SqlType ofDateType(Pieces pieces) {
-    if (pieces[0].type.id == TypeId::Time) throw sqlError(9810, {nameOf(part), nameOf(part), "time"});
+    if (pieces[0].type.id == TypeId::Time)
+        throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), nameOf(part), "time"});
     return simpleType(TypeId::Int);
 }
 
@@ -66,7 +68,7 @@ Value runDateDiffBig(const Call& call) {
 
 Value runDateDiff(const Call& call) {
     const std::int64_t difference = dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
-    if (difference > INT32_MAX || difference < INT32_MIN) throw sqlError(535);
+    if (difference > INT32_MAX || difference < INT32_MIN) throw sqlError(message::kDateDiffOverflow);
     return difference;
 }
 
@@ -103,7 +105,7 @@ Value runFromParts(const Call& call) {
         milliseconds = valid ? milliseconds * kClock[i] + part(3 + i) : 0;
     }
     const DateTime value{days.value_or(0), milliseconds * 10'000};
-    if (!valid || !isInRange(value, type)) throw sqlError(289, {baseName(type.id)});
+    if (!valid || !isInRange(value, type)) throw sqlError(message::kInvalidDateParts, {baseName(type.id)});
     return toStorage(value, type);
 }
 

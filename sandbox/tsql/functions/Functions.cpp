@@ -18,11 +18,11 @@ constexpr std::size_t kAnyNumber = 254;
 // --- what the functions give
 
 SqlType coalescedType(Pieces pieces) {
-    if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(4127);
+    if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(message::kCoalesceOfNulls);
     return commonType(pieces);
 }
 SqlType nullIfType(Pieces pieces) {
-    if (pieces[0].nullLiteral) throw sqlError(4151);
+    if (pieces[0].nullLiteral) throw sqlError(message::kNullIfOfNull);
     return pieces[0].type;
 }
 SqlType commonOfRest(Pieces pieces) {
@@ -31,7 +31,8 @@ SqlType commonOfRest(Pieces pieces) {
 
 SqlType summable(Pieces pieces, std::string_view function) {
     const SqlType& type = pieces[0].type;
-    if (!isNumber(type.id) || type.id == TypeId::Bit) throw sqlError(8117, {baseName(type.id), function});
+    if (!isNumber(type.id) || type.id == TypeId::Bit)
+        throw sqlError(message::kInvalidOperandType, {baseName(type.id), function});
     return type;
 }
 SqlType sumType(Pieces pieces) {
@@ -44,7 +45,7 @@ SqlType averageType(Pieces pieces) {
 }
 SqlType extremeType(Pieces pieces) {
     const TypeId id = pieces[0].type.id;
-    if (id == TypeId::Bit || isLob(id)) throw sqlError(8117, {baseName(id), "max"});
+    if (id == TypeId::Bit || isLob(id)) throw sqlError(message::kInvalidOperandType, {baseName(id), "max"});
     return pieces[0].type;
 }
 
@@ -114,13 +115,14 @@ std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& re
 }
 
 std::string writeTiles(const FunctionInfo&, Pieces pieces, const SqlType&) {
-    return "ntile(ts_rows(" + pieces[0].sql + ",1,4116))";
+    return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
 }
 
 // LAG, LEAD: what stands for the rows that are not there has the value's type.
 std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     std::vector<Typed> converted(pieces.begin(), pieces.end());
-    if (converted.size() > 1) converted[1].sql = "ts_rows(" + converted[1].sql + ",0,8730)";
+    if (converted.size() > 1)
+        converted[1].sql = checkedRowCount(converted[1].sql, 0, message::kNegativeOffset);
     if (converted.size() > 2) converted[2] = coerce(converted[2], result);
     return writeOfSqlite(function, converted, result);
 }
@@ -175,7 +177,7 @@ SqlType dateTypeFor(const SqlType& type, TypeId ofText) {
 
 Typed datePartArgument(const Typed& value, std::string_view function) {
     const auto part = findDatePart(value.word);
-    if (!part) throw sqlError(155, {value.word, function});
+    if (!part) throw sqlError(message::kUnknownOption, {value.word, function});
     return {std::to_string(static_cast<int>(*part)), simpleType(TypeId::Int), false, static_cast<int>(*part)};
 }
 
@@ -212,7 +214,8 @@ Typed argument(const FunctionInfo& function, std::size_t i, char letter, const T
                        !((letter == 'T' || letter == 'C') && isLob(given)) &&
                        (!asItIs || isText(given) || isBinary(given));
     if (!taken && !value.nullLiteral)
-        throw sqlError(8116, {baseName(given), std::to_string(i + 1), function.name});
+        throw sqlError(message::kInvalidArgumentType,
+                       {baseName(given), std::to_string(i + 1), function.name});
     return coerce(value, wanted);
 }
 
@@ -235,8 +238,9 @@ Signature signatureOf(const FunctionInfo& function) {
 void checkCount(const FunctionInfo& function, const Signature& signature, std::size_t count) {
     if (count >= signature.least && count <= signature.most) return;
     const std::string least = std::to_string(signature.least);
-    if (signature.least == signature.most) throw sqlError(174, {function.name, least});
-    throw sqlError(189, {function.name, least, std::to_string(signature.most)});
+    if (signature.least == signature.most)
+        throw sqlError(message::kFunctionNeedsArguments, {function.name, least});
+    throw sqlError(message::kFunctionTakesArguments, {function.name, least, std::to_string(signature.most)});
 }
 
 }  // namespace

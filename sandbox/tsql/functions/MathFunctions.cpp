@@ -24,7 +24,7 @@ SqlType powerType(Pieces pieces) {
 
 // A float function outside of its domain.
 double checked(double result) {
-    if (std::isnan(result)) throw sqlError(3623);
+    if (std::isnan(result)) throw sqlError(message::kInvalidFloatOperation);
     if (std::isinf(result)) overflow(simpleType(TypeId::Float));
     return result;
 }

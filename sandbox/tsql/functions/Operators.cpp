@@ -21,10 +21,9 @@ Value runAssign(const Call& call) {
     try {
         return convertValue(call[0], from, to, kNoStyle, Conversion::Assign);
     } catch (const SqlError& error) {
-        constexpr int kTruncated = 8152;
-        if (error.number != kTruncated) throw;
+        if (error.number != message::kTruncation) throw;
         const std::string kept = textOf(viewOf(convertValue(call[0], from, to)), to);
-        throw sqlError(2628, {call.text(3), call.text(4), kept});
+        throw sqlError(message::kTruncationInColumn, {call.text(3), call.text(4), kept});
     }
 }
 
@@ -52,7 +51,7 @@ Value runLike(const Call& call) {
     char32_t escape = 0;
     if (call.count() == 4) {
         std::string_view text = call.text(3);
-        if (characterCount(text) != 1) throw sqlError(506, {text});
+        if (characterCount(text) != 1) throw sqlError(message::kInvalidEscapeCharacter, {text});
         escape = nextCharacter(text);
     }
     return std::int64_t{matchesLike(call.text(0), call.text(1), blanks, escape)};
@@ -158,7 +157,7 @@ std::span<const ScalarFunction> operatorFunctions() {
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
     if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)
-        throw sqlError(529, {baseName(value.type.id), baseName(to.id)});
+        throw sqlError(message::kNoExplicitConversion, {baseName(value.type.id), baseName(to.id)});
     Typed result{value.sql, to};  // what is cast is no literal any more: its type is fixed
     if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
     const std::string styleSql =
@@ -210,6 +209,10 @@ std::string collated(const Typed& value, int refusal) {
     return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
 }
 
+std::string checkedRowCount(const std::string& sql, int least, int error) {
+    return "ts_rows(" + sql + "," + std::to_string(least) + "," + std::to_string(error) + ")";
+}
+
 Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
     const Typed left = withPartnersType(leftPiece, rightPiece),
                 right = withPartnersType(rightPiece, leftPiece);
@@ -237,7 +240,7 @@ Typed emitNegate(const Typed& value) {
     result.chain = 0;
     if (value.nullLiteral) return result;
     if (!isNumber(value.type.id) || value.type.id == TypeId::Bit)
-        throw sqlError(8117, {baseName(value.type.id), "minus"});
+        throw sqlError(message::kInvalidOperandType, {baseName(value.type.id), "minus"});
     if (value.integer) {
         result.integer = -*value.integer;
         result.sql = "(" + std::to_string(-*value.integer) + ")";
@@ -254,7 +257,8 @@ Typed emitNegate(const Typed& value) {
 }
 
 Typed emitBitNot(const Typed& value) {
-    if (!isInteger(value.type.id)) throw sqlError(8117, {baseName(value.type.id), "'~'"});
+    if (!isInteger(value.type.id))
+        throw sqlError(message::kInvalidOperandType, {baseName(value.type.id), "'~'"});
     const std::string_view all = value.type.id == TypeId::Bit       ? "(1-"
                                  : value.type.id == TypeId::TinyInt ? "(255-"
                                                                     : "(-1-";

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "functions/Typed.h"
+#include "messages/Numbers.h"
 #include "types/SqlTypes.h"
 
 namespace tsql {
@@ -33,8 +34,10 @@ SqlType commonType(std::span<const Typed> pieces);
 SqlType comparedType(std::span<const Typed> pieces);
 // `sql` with the collation that texts are compared, ordered and grouped by; other types as they are. Throws
 // SqlError `refusal` for types that are not compared.
-std::string collated(const Typed& value, int refusal = 306);
+std::string collated(const Typed& value, int refusal = message::kTypeNotComparable);
 
+// A row count that SQLite fails with `error` when it is NULL or below `least`.
+std::string checkedRowCount(const std::string& sql, int least, int error);
 // The functions of SQLite that do their work.
 std::span<const ScalarFunction> operatorFunctions();
 

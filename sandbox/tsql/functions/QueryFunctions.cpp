@@ -30,27 +30,28 @@ Value runNoted(const Call& call) {
 
 // (rows, value): the value of a subquery that has at most one row
 Value runSingle(const Call& call) {
-    if (call.integer(0) > 1) throw sqlError(512);
+    if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
     return ownedValue(call[1]);
 }
 
 // (depth, most): one deeper; 0: without a bound
 Value runDeeper(const Call& call) {
     if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
-        throw sqlError(530, {std::to_string(call.integer(1))});
+        throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
     return call.integer(0) + 1;
 }
 
 // (rows asked for, least, error)
 Value runRows(const Call& call) {
-    if (isNull(call[0])) throw sqlError(1060);
+    if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
     if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
     return call.integer(0);
 }
 
 // (text, separator): the pieces as a JSON array, which SQLite makes rows of
 Value runSplit(const Call& call) {
-    if (characterCount(call.text(1)) != 1) throw sqlError(214, {"separator", "nchar(1)/nvarchar(1)"});
+    if (characterCount(call.text(1)) != 1)
+        throw sqlError(message::kWrongParameterType, {"separator", "nchar(1)/nvarchar(1)"});
     std::string result = "[\"";
     for (std::string_view rest = call.text(0); !rest.empty();) {
         const bool separates = rest.starts_with(call.text(1));

@@ -99,7 +99,7 @@ Value runDataLength(const Call& call) {
 
 // Positions before the first character count, but hold nothing.
 Value runSubstring(const Call& call) {
-    if (call.integer(2) < 0) throw sqlError(537);
+    if (call.integer(2) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
     const std::int64_t start = std::max<std::int64_t>(call.integer(1) - 1, 0);
     const std::int64_t end = std::max(call.integer(1) - 1 + call.integer(2), start);
     const auto first = static_cast<std::size_t>(start), count = static_cast<std::size_t>(end - start);
@@ -109,12 +109,12 @@ Value runSubstring(const Call& call) {
 }
 
 Value runLeft(const Call& call) {
-    if (call.integer(1) < 0) throw sqlError(537);
+    if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
     return std::string(characters(call.text(0), 0, static_cast<std::size_t>(call.integer(1))));
 }
 
 Value runRight(const Call& call) {
-    if (call.integer(1) < 0) throw sqlError(536, {"right"});
+    if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfFunction, {"right"});
     const std::size_t count = characterCount(call.text(0));
     const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
     return std::string(characters(call.text(0), count - kept, kept));

@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "messages/Numbers.h"
 #include "messages/SqlError.h"
 
 namespace tsql {

@@ -37,11 +37,12 @@ constexpr int kTriesToLock = 100;
 constexpr int kPauseMilliseconds = 100;
 
 [[noreturn]] void cannotOpen(const fs::path& file, int error) {
-    throw sqlError(3201, {file.string(), std::to_string(error), std::strerror(error)});
+    throw sqlError(message::kBackupDeviceNotOpened,
+                   {file.string(), std::to_string(error), std::strerror(error)});
 }
 
 [[noreturn]] void damaged(const fs::path& file) {
-    throw sqlError(3203, {file.string()});
+    throw sqlError(message::kBackupReadFailed, {file.string()});
 }
 
 using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
@@ -69,7 +70,7 @@ Stream openBackup(const fs::path& file) {
     Stream stream = openStream(file, "rbe");
     const bool opened = isBackup(stream.get());
     if (std::ferror(stream.get())) cannotOpen(file, errno);
-    if (!opened) throw sqlError(3241, {file.string()});
+    if (!opened) throw sqlError(message::kBadMediaFamily, {file.string()});
     return stream;
 }
 
@@ -148,7 +149,7 @@ void copyDatabase(sqlite3* from, sqlite3* to, const Progress& progress) {
     for (int code = SQLITE_OK, tries = 0; code != SQLITE_DONE;) {
         code = sqlite3_backup_step(copy.get(), kPagesAtATime);
         const bool locked = code == SQLITE_BUSY || code == SQLITE_LOCKED;
-        if (locked && ++tries == kTriesToLock) throw sqlError(3101);
+        if (locked && ++tries == kTriesToLock) throw sqlError(message::kNoExclusiveAccess);
         if (!locked && code != SQLITE_OK && code != SQLITE_DONE)
             throw std::runtime_error(sqlite3_errstr(code));
         const int pages = std::max(sqlite3_backup_pagecount(copy.get()), 1);
@@ -185,7 +186,8 @@ void putInPlace(const fs::path& file, const fs::path& target, const Progress& pr
 void checkMoves(const BackupHeader& header, std::span<const std::string> movedNames,
                 std::string_view database) {
     for (const std::string& name : movedNames)
-        if (name != header.database && name != header.logName()) throw sqlError(3234, {name, database});
+        if (name != header.database && name != header.logName())
+            throw sqlError(message::kUnknownLogicalFile, {name, database});
 }
 
 }  // namespace
@@ -194,14 +196,14 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
                             const Progress& progress, const std::string& name,
                             const std::string& description) {
     const std::string from = storage.canonicalName(database);
-    if (from.empty()) throw sqlError(911, {database});
-    if (from == "tempdb") throw sqlError(3147, {from});
+    if (from.empty()) throw sqlError(message::kUnknownDatabase, {database});
+    if (from == "tempdb") throw sqlError(message::kBackupNotAllowed, {from});
     BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
     std::error_code ignored;
     if (fs::is_other(file, ignored)) cannotOpen(file, EINVAL);  // the backup would take the device's place
     if (fs::is_regular_file(file, ignored) && !fs::is_empty(file)) {
         const Stream old = openStream(file, "rbe");
-        if (!isBackup(old.get())) throw sqlError(3242, {file.string()});
+        if (!isBackup(old.get())) throw sqlError(message::kNotABackupSet, {file.string()});
     }
     TemporaryFile whole(file);
     try {
@@ -212,7 +214,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     } catch (const SqlError&) {
         throw;
     } catch (const std::runtime_error& error) {
-        throw sqlError(3202, {file.string(), error.what()});
+        throw sqlError(message::kBackupWriteFailed, {file.string(), error.what()});
     }
     appendChecksum(whole.path(), progress);
     whole.renameTo(file);
@@ -251,20 +253,22 @@ BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string
                              std::span<const std::string> movedNames, const Progress& progress) {
     BackupHeader header = readBackupHeader(file);
     if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
-        throw sqlError(to == "master" ? 3108 : 3147, {to});
+        throw sqlError(to == "master" ? message::kRestoreOfMaster : message::kBackupNotAllowed, {to});
     checkMoves(header, movedNames, database);
     const bool sameName = sameText(header.database, database);
-    if (storage.exists(database) && !replace) throw sqlError(sameName ? 3159 : 3154, {database});
+    if (storage.exists(database) && !replace)
+        throw sqlError(sameName ? message::kTailOfLogNotBackedUp : message::kBackupOfOtherDatabase,
+                       {database});
     if (!sameName && movedNames.empty() && storage.exists(header.database) &&
         storage.pathOf(header.database) == header.dataFile)
-        throw sqlError(1834, {header.dataFile, header.database});
+        throw sqlError(message::kFileInUse, {header.dataFile, header.database});
     verifyBackup(file, progress);
     try {
         putInPlace(file, storage.pathOf(database), progress);
     } catch (const SqlError&) {
         throw;
     } catch (const std::runtime_error& error) {
-        throw sqlError(3270, {error.what()});
+        throw sqlError(message::kInternalConsistency, {error.what()});
     }
     return header;
 }

@@ -58,7 +58,7 @@ void removeFiles(const fs::path& file) {
 
 void checkName(std::string_view name) {
     if (name.empty() || characterCount(name) > kMaxName || encodeName(name).size() > 250)
-        throw sqlError(103, {name});
+        throw sqlError(message::kBadDatabaseName, {name});
 }
 
 }  // namespace
@@ -119,26 +119,26 @@ fs::path Storage::pathOf(std::string_view name) const {
 
 void Storage::create(std::string_view name) {
     checkName(name);
-    if (exists(name)) throw sqlError(1801, {name});
+    if (exists(name)) throw sqlError(message::kDatabaseExists, {name});
     const fs::path file = pathOf(name);
     try {
         openDatabaseFile(file, true);
     } catch (const std::runtime_error& error) {
         removeFiles(file);
-        throw sqlError(1802, {error.what()});
+        throw sqlError(message::kDatabaseNotCreated, {error.what()});
     }
 }
 
 void Storage::drop(std::string_view name) {
-    if (isSystemDatabase(name)) throw sqlError(3708, {name});
-    if (!exists(name)) throw sqlError(3701, {"database", name}, 1);
+    if (isSystemDatabase(name)) throw sqlError(message::kCannotDropSystemDatabase, {name});
+    if (!exists(name)) throw sqlError(message::kCannotDropMissing, {"database", name}, 1);
     removeFiles(pathOf(name));
 }
 
 void Storage::rename(std::string_view name, std::string_view newName) {
-    if (isSystemDatabase(name)) throw sqlError(5058, {"MODIFY NAME", name});
+    if (isSystemDatabase(name)) throw sqlError(message::kOptionCannotBeSet, {"MODIFY NAME", name});
     checkName(newName);
-    if (exists(newName) && !sameText(name, newName)) throw sqlError(1801, {newName});
+    if (exists(newName) && !sameText(name, newName)) throw sqlError(message::kDatabaseExists, {newName});
     const fs::path before = pathOf(name);
     openDatabaseFile(before, false);  // whoever closes it last leaves no journal beside it
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));

@@ -98,7 +98,7 @@ class Lexer {
         const int begin = m_line;
         int depth = 0;
         do {
-            if (m_at >= m_text.size()) throw SyntaxError(sqlError(113), begin);
+            if (m_at >= m_text.size()) throw SyntaxError(sqlError(message::kMissingEndOfComment), begin);
             const bool opens = startsWith("/*");
             const bool closes = !opens && startsWith("*/");
             depth += opens - closes;
@@ -120,7 +120,8 @@ class Lexer {
         if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
         if (isNameStart(c)) return take(TokenKind::Word, past(isNamePart, 1));
         if (kSymbols.find(c) != std::string_view::npos) return take(TokenKind::Symbol, isPair() ? 2 : 1);
-        throw SyntaxError(102, std::string("Incorrect syntax near '") + c + "'.", m_line);
+        throw SyntaxError(message::kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.",
+                          m_line);
     }
 
     // Where what begins at `from` and fits the test ends; both from the token's first character.
@@ -144,7 +145,9 @@ class Lexer {
         for (;; end += 2) {
             end = m_text.find(close, end);
             if (end == std::string_view::npos)
-                throw SyntaxError(sqlError(105, {m_text.substr(m_at + prefix + 1, kLongestName)}), m_line);
+                throw SyntaxError(sqlError(message::kUnclosedQuotationMark,
+                                           {m_text.substr(m_at + prefix + 1, kLongestName)}),
+                                  m_line);
             if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
         }
         return take(kind, end + 1 - m_at);
@@ -180,7 +183,7 @@ void checkName(const Token& token) {
     if (token.raw.size() <= kLongestName) return;
     const std::string name = unquoted(token);
     if (characterCount(name) <= kLongestName) return;
-    throw SyntaxError(103,
+    throw SyntaxError(message::kBadDatabaseName,
                       "The identifier that starts with '" + std::string(characters(name, 0, kLongestName)) +
                           "' is too long. Maximum length is 128.",
                       token.line);

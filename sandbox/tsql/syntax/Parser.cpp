@@ -12,7 +12,7 @@ constexpr int kDeepestNesting = 150;
 constexpr int kLongestChain = 400;  // of operators on one level; SQLite's trees end at a depth of 1000
 
 [[noreturn]] void tooDeep(int line) {
-    throw SyntaxError(sqlError(191), line);
+    throw SyntaxError(sqlError(message::kNestedTooDeeply), line);
 }
 
 }  // namespace
@@ -131,7 +131,7 @@ std::string Parser::expectVariable(int undeclaredState) {
     if (!atVariable()) syntaxError();
     const Token& name = take();
     if (!m_declared.contains(name.raw))
-        throw SyntaxError(sqlError(137, {name.raw}, undeclaredState), name.line);
+        throw SyntaxError(sqlError(message::kUndeclaredVariable, {name.raw}, undeclaredState), name.line);
     return std::string(name.raw);
 }
 
@@ -214,7 +214,7 @@ std::string Parser::near() const {
 void Parser::syntaxError() const {
     const bool reserved = peek().reserved;
     throw SyntaxError(
-        reserved ? 156 : 102,
+        reserved ? message::kSyntaxErrorNearKeyword : message::kSyntaxErrorNear,
         std::string("Incorrect syntax near ") + (reserved ? "the keyword '" : "'") + near() + "'.",
         faulty().line);
 }

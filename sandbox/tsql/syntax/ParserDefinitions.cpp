@@ -37,11 +37,12 @@ Insert insert(Parser& in) {
         const int line = in.peek().line;
         constexpr int kMostRows = 1000;
         node.rows = in.list([&, count = 0]() mutable {
-            if (++count > kMostRows) throw SyntaxError(sqlError(10738), in.peek().line);
+            if (++count > kMostRows) throw SyntaxError(sqlError(message::kTooManyInsertRows), in.peek().line);
             return in.parenthesized([&] { return in.list(cell); });
         });
         for (const auto& row : node.rows)
-            if (row.size() != node.rows.front().size()) throw SyntaxError(sqlError(10709), line);
+            if (row.size() != node.rows.front().size())
+                throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
     } else if (in.at("EXEC") || in.at("EXECUTE")) {
         node.execute = in.statement();
     } else if (in.atQuery()) {
@@ -113,7 +114,7 @@ Delete remove(Parser& in) {
 ObjectName definedName(Parser& in) {
     ObjectName name = in.objectName();
     if (!name.schema.empty() && !sameWord(name.schema, "dbo"))
-        throw SyntaxError(sqlError(2760, {name.schema}), name.line);
+        throw SyntaxError(sqlError(message::kUnknownSchema, {name.schema}), name.line);
     return name;
 }
 
@@ -193,7 +194,7 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     } else {
         const ExprPtr value = in.scalar(&Parser::unary);
         if (const auto* column = std::get_if<ColumnRef>(&value->node))
-            throw SyntaxError(sqlError(128, {column->path.back()}), value->line);
+            throw SyntaxError(sqlError(message::kNameNotPermittedHere, {column->path.back()}), value->line);
     }
     constraint.text = in.textSince(begin);
     if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
@@ -363,7 +364,7 @@ void moduleBody(Parser& in, CreateModule& module) {
     if (module.body.empty()) in.syntaxError();
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
     if (module.function && (!body || !std::holds_alternative<Return>(body->statements.back()->node)))
-        throw SyntaxError(sqlError(455, {}, 2), in.peek().line);
+        throw SyntaxError(sqlError(message::kFunctionWithoutFinalReturn, {}, 2), in.peek().line);
 }
 
 Statement::Node createModule(Parser& in, CreateModule module) {
@@ -373,7 +374,8 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     module.name = definedName(in);
     if (module.name.name.starts_with('#')) in.unsupported("temporary procedures");
     const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
-    if (!module.name.database.empty()) throw SyntaxError(sqlError(166, {kind}), module.name.line);
+    if (!module.name.database.empty())
+        throw SyntaxError(sqlError(message::kDatabaseInModuleName, {kind}), module.name.line);
     in.m_procedure = module.name.name;
     if (view) {
         if (in.at("(")) module.columns = in.columnNames();
@@ -437,8 +439,9 @@ Statement::Node createOrAlter(Parser& in, bool create) {
     if (atModule(in)) {
         if (first) return createModule(in, std::move(module));
         const bool procedure = in.at("PROCEDURE") || in.at("PROC");
-        throw SyntaxError(sqlError(111, {procedure ? "CREATE/ALTER PROCEDURE"
-                                                   : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
+        throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
+                                   {procedure ? "CREATE/ALTER PROCEDURE"
+                                              : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
                           in.peek().line);
     }
     if (!create && in.accept("TABLE")) return alterTable(in);

@@ -71,7 +71,7 @@ ExprPtr asCondition(const Parser& in, ExprPtr expr) {
     if (expr->isCondition()) return expr;
     constexpr std::string_view kText =
         "An expression of non-boolean type specified in a context where a condition is expected, near '";
-    throw SyntaxError(4145, std::string(kText) + in.near() + "'.", in.faulty().line);
+    throw SyntaxError(message::kConditionExpected, std::string(kText) + in.near() + "'.", in.faulty().line);
 }
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
@@ -199,14 +199,15 @@ ExprPtr conversion(Parser& in) {
 std::string frame(Parser& in, bool ordered) {
     const bool range = in.at("RANGE");
     if (!range && !in.at("ROWS")) return {};
-    if (!ordered) throw SyntaxError(sqlError(10756), in.peek().line);
+    if (!ordered) throw SyntaxError(sqlError(message::kFrameWithoutOrderBy), in.peek().line);
     std::string text = toUpper(in.take().raw);
     const bool between = in.accept("BETWEEN");
     if (between) text += " BETWEEN";
     for (int bound = 0; bound <= between; ++bound) {
         if (bound > 0) in.expect("AND");
         if (bound > 0) text += " AND";
-        if (in.peek().kind == TokenKind::Number && range) throw SyntaxError(sqlError(4194), in.peek().line);
+        if (in.peek().kind == TokenKind::Number && range)
+            throw SyntaxError(sqlError(message::kRangeFrameLimits), in.peek().line);
         if (in.accept("CURRENT ROW")) {
             text += " CURRENT ROW";
             continue;
@@ -232,7 +233,7 @@ ExprPtr call(Parser& in, ObjectName name) {
     const int line = name.line;
     const bool differs = builtIn && (sameWord(name.name, "RAND") || sameWord(name.name, "NEWID"));
     if (differs && in.m_module && in.m_module->function)
-        throw SyntaxError(sqlError(443, {lowerAscii(name.name)}, 1), line);
+        throw SyntaxError(sqlError(message::kSideEffectInFunction, {lowerAscii(name.name)}, 1), line);
     Call call{std::move(name), {}};
     call.star = builtIn && in.accept("( * )");
     call.distinct = builtIn && in.at("( DISTINCT");

@@ -129,7 +129,8 @@ QueryPtr rowValues(Parser& in) {
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
             select.items.push_back({std::move(cell), {}, {}, {}, {}});
-        if (rows && select.items.size() != width) throw SyntaxError(sqlError(10709), line);
+        if (rows && select.items.size() != width)
+            throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
         width = select.items.size();
         QueryPtr row = queryOf(line, std::move(select));
         rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
@@ -234,11 +235,11 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
 
 // A query inside of something else, where an order has no meaning by itself.
 QueryPtr Parser::subquery() {
-    if (m_scalarOnly) throw SyntaxError(sqlError(1046), peek().line);
+    if (m_scalarOnly) throw SyntaxError(sqlError(message::kSubqueryNotAllowedHere), peek().line);
     QueryPtr query = this->query();
     const auto* select = std::get_if<Select>(&query->body);
     if (!query->orderBy.empty() && !(select && select->top) && !query->offset && !query->xml)
-        throw SyntaxError(sqlError(1033), query->orderBy.front().value->line);
+        throw SyntaxError(sqlError(message::kOrderByNotAllowedHere), query->orderBy.front().value->line);
     return query;
 }
 
@@ -249,7 +250,7 @@ std::vector<CommonTable> Parser::commonTables() {
         CommonTable table;
         table.name = expectName();
         if (!names.insert(toLower(table.name)).second)
-            throw SyntaxError(sqlError(239, {table.name}), peek().line);
+            throw SyntaxError(sqlError(message::kRepeatedCommonTableName, {table.name}), peek().line);
         if (at("(")) table.columns = columnNames();
         expect("AS");
         table.query = parenthesized([this] { return subquery(); });
@@ -291,7 +292,8 @@ std::optional<BinaryOp> Parser::assignmentOperator() {
 ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = take();
-    if (!m_declaredTables.contains(name.raw)) throw SyntaxError(sqlError(1087, {name.raw}), name.line);
+    if (!m_declaredTables.contains(name.raw))
+        throw SyntaxError(sqlError(message::kUndeclaredTableVariable, {name.raw}), name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 

@@ -43,7 +43,7 @@ bool hasWord(std::string_view words, const std::string& word) {
 void checkSetting(const std::string& name, const std::string& value, int line) {
     const auto* setting = std::find_if(std::begin(kSettings), std::end(kSettings),
                                        [&](const auto& each) { return hasWord(each.second, name); });
-    if (setting == std::end(kSettings)) throw SyntaxError(sqlError(195, {name}), line);
+    if (setting == std::end(kSettings)) throw SyntaxError(sqlError(message::kUnknownSetOption, {name}), line);
     const bool isNumber = value.find_first_not_of("-0123456789") == std::string::npos;
     if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
         throw SyntaxError(unsupported("SET " + name + " " + value), line);
@@ -109,7 +109,9 @@ Statement::Node declareCursor(Parser& in) {
         **option = true;
     }
     if (!isCursor) in.syntaxError();
-    if (forward && node.scroll) throw SyntaxError(sqlError(1048, {"FORWARD_ONLY", "SCROLL"}), in.peek().line);
+    if (forward && node.scroll)
+        throw SyntaxError(sqlError(message::kConflictingCursorOptions, {"FORWARD_ONLY", "SCROLL"}),
+                          in.peek().line);
     node.counted = node.counted || node.scroll;
     node.scroll = node.counted && !forward;
     node.query = in.query();
@@ -208,7 +210,7 @@ Statement::Node returnValue(Parser& in) {
                        in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
                        in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
     if (ends || !value) return Return{};
-    if (!in.m_module) throw SyntaxError(sqlError(178), in.peek().line);
+    if (!in.m_module) throw SyntaxError(sqlError(message::kReturnWithValueHere), in.peek().line);
     return Return{in.expression()};
 }
 
@@ -259,7 +261,8 @@ bool atArgument(const Parser& in) {
 Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     Argument argument;
     if (onlyNamed && !in.at("=", 1))
-        throw SyntaxError(sqlError(119, {std::to_string(number)}), in.peek().line);
+        throw SyntaxError(sqlError(message::kPositionalArgumentAfterNamed, {std::to_string(number)}),
+                          in.peek().line);
     if (in.atVariable() && in.at("=", 1)) {
         argument.name = std::string(in.take().raw);
         in.take();
@@ -268,7 +271,7 @@ Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     argument.value = in.wordOrConstant();
     argument.output = in.acceptAny({"OUTPUT", "OUT"});
     if (argument.output && !std::holds_alternative<VariableRef>(argument.value->node))
-        throw SyntaxError(sqlError(179), argument.value->line);
+        throw SyntaxError(sqlError(message::kOutputOfConstant), argument.value->line);
     return argument;
 }
 
@@ -433,11 +436,12 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
     if (select && (!body || body->items.front().variable.empty() || select->into))
-        throw SyntaxError(sqlError(444, {}, 2), statement.line);
+        throw SyntaxError(sqlError(message::kSelectInFunction, {}, 2), statement.line);
     const bool option = std::holds_alternative<SetOption>(statement.node);
     if (option || !hasWord(kTraceless, verb) || std::holds_alternative<TryCatch>(statement.node) ||
         std::holds_alternative<Transaction>(statement.node))
-        throw SyntaxError(sqlError(443, {option ? "SET COMMAND" : verb}), statement.line);
+        throw SyntaxError(sqlError(message::kSideEffectInFunction, {option ? "SET COMMAND" : verb}),
+                          statement.line);
 }
 
 }  // namespace
@@ -462,7 +466,8 @@ Block Parser::statements(std::string_view end) {
         if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
         const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
         if (open && at("THROW")) syntaxError();
-        if (open && at("WITH")) throw SyntaxError(sqlError(319), peek().line);
+        if (open && at("WITH"))
+            throw SyntaxError(sqlError(message::kMissingSemicolonBeforeWith), peek().line);
         statements.push_back(statement());
     }
 }
@@ -474,7 +479,8 @@ StatementPtr Parser::statement() {
     const Token& first = peek();
     const int line = first.line;
     if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
-        throw SyntaxError(sqlError(at("BREAK") ? 135 : 136), line);
+        throw SyntaxError(
+            sqlError(at("BREAK") ? message::kBreakOutsideWhile : message::kContinueOutsideWhile), line);
     const auto* read = acceptOneOf(kStatements);
     auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
     if (m_module && m_module->function) checkInFunction(*statement, toUpper(first.raw));
@@ -489,7 +495,7 @@ void Parser::noteTemporary(const Statement& statement) {
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const ObjectName* made = create ? &create->table : select && select->into ? &*select->into : nullptr;
     if (made && made->name.starts_with('#') && !m_temporary.insert(made->name).second)
-        throw SyntaxError(sqlError(2714, {made->name}, 1), faulty().line);
+        throw SyntaxError(sqlError(message::kObjectExists, {made->name}, 1), faulty().line);
 }
 
 // @name [AS] type [= value] of a variable or parameter.
@@ -505,12 +511,12 @@ Declaration Parser::declaration(bool isParameter) {
     else
         node.type = type(TypeUse::Declaration);
     if (!isParameter && isLob(node.type.id) && node.type.id != TypeId::Xml)
-        throw SyntaxError(sqlError(2739), name.line);
+        throw SyntaxError(sqlError(message::kLobVariable), name.line);
     if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
     refuse("READONLY", "table-valued parameters");
     if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
-        throw SyntaxError(sqlError(134, {name.raw}), name.line);
+        throw SyntaxError(sqlError(message::kVariableAlreadyDeclared, {name.raw}), name.line);
     (node.table ? m_declaredTables : m_declared).insert(node.name);
     if (!isParameter && !node.table) m_locals.push_back({node.name, node.type});
     return node;

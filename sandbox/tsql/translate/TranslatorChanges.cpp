@@ -89,7 +89,9 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
     };
     if (insert.defaultValues) addRow(none);
     for (const auto& row : insert.rows) {
-        if (row.size() != columns.size()) throw sqlError(row.size() < columns.size() ? 109 : 110);
+        if (row.size() != columns.size())
+            throw sqlError(row.size() < columns.size() ? message::kMoreInsertColumnsThanValues
+                                                       : message::kFewerInsertColumnsThanValues);
         addRow(row);
     }
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
@@ -100,7 +102,8 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
     m_topLevel = false;
     const QueryText text = query(*insert.query);
     if (text.columns.size() != columns.size())
-        throw sqlError(text.columns.size() < columns.size() ? 120 : 121);
+        throw sqlError(text.columns.size() < columns.size() ? message::kFewerSelectedThanInserted
+                                                            : message::kMoreSelectedThanInserted);
     auto all = columns;
     std::string list;
     for (std::size_t i = 0; i < columns.size(); ++i)
@@ -188,7 +191,7 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
         if (source.table != target.sqlName()) continue;
         other = other.empty() ? source.rowid : "twice";
     }
-    if (rowid.empty() && other == "twice") throw sqlError(8154, {name.name});
+    if (rowid.empty() && other == "twice") throw sqlError(message::kAmbiguousTable, {name.name});
     if (rowid.empty()) rowid = other;
     if (!rowid.empty()) return sql;
     const std::string alias = nextAlias();
@@ -212,10 +215,10 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
                               std::ranges::any_of(scope.sources, [&](const Source& each) {
                                   return each.rowid == rowid && sameText(each.exposed, clause.table);
                               });
-        if (!isTarget) throw sqlError(4104, {clause.table + "." + clause.column});
-        if (!column) throw sqlError(207, {clause.column});
-        if (column->identity) throw sqlError(8102, {column->name});
-        if (!seen.insert(column).second) throw sqlError(264, {column->name});
+        if (!isTarget) throw sqlError(message::kUnboundIdentifier, {clause.table + "." + clause.column});
+        if (!column) throw sqlError(message::kInvalidColumnName, {clause.column});
+        if (column->identity) throw sqlError(message::kIdentityUpdate, {column->name});
+        if (!seen.insert(column).second) throw sqlError(message::kColumnSetTwice, {column->name});
         const std::string cell = assigned(setValue(rowid, clause, *column), target, *column);
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
         picked.append(", ").append(cell).append(" AS ").append(alias);
@@ -224,9 +227,10 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         moved.append(set).append("picked.").append(alias);
         away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
     }
-    if (scope.sawAggregate) throw sqlError(157);
+    if (scope.sawAggregate) throw sqlError(message::kAggregateInSetList);
     const std::string where = filter(update);
-    const std::string top = update.top ? " LIMIT " + rowCount(*update.top, 0, 127) : "";
+    const std::string top =
+        update.top ? " LIMIT " + rowCount(*update.top, 0, message::kNegativeRowCount) : "";
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
         returning(target, update.output, "inserted") + returnedToVariables(target, update);
@@ -256,7 +260,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
 
 std::string Translator::filter(const Change& change) {
     const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
-    if (m_scope->sawAggregate) throw sqlError(147);
+    if (m_scope->sawAggregate) throw sqlError(message::kAggregateInWhere);
     return where;
 }
 
@@ -267,7 +271,8 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     std::string rowid;
     const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
     const std::string where = filter(statement);
-    const std::string top = statement.top ? " LIMIT " + rowCount(*statement.top, 0, 127) : "";
+    const std::string top =
+        statement.top ? " LIMIT " + rowCount(*statement.top, 0, message::kNegativeRowCount) : "";
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
     if (statement.from.empty() && !statement.top)

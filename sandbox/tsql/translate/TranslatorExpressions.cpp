@@ -25,7 +25,8 @@ Typed Translator::value(const Expr& expr) {
             if constexpr (requires { node(each); })
                 return node(each);
             else
-                throw SqlError(4145, "A condition stands where a value is expected.", 15);
+                throw SqlError(message::kConditionExpected, "A condition stands where a value is expected.",
+                               15);
         },
         expr.node);
     // What is grouped by may stand anywhere as a whole.
@@ -39,7 +40,8 @@ std::string Translator::condition(const Expr& expr) {
             if constexpr (requires { test(each); })
                 return test(each);
             else
-                throw SqlError(4145, "A value stands where a condition is expected.", 15);
+                throw SqlError(message::kConditionExpected, "A value stands where a condition is expected.",
+                               15);
         },
         expr.node);
 }
@@ -85,7 +87,7 @@ const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
             if (!sameText(candidate.name, name)) continue;
-            if (found) throw sqlError(209, {name});
+            if (found) throw sqlError(message::kAmbiguousColumnName, {name});
             found = &candidate;
             source = &each;
         }
@@ -97,7 +99,8 @@ Typed Translator::node(const ColumnRef& column) {
     for (Scope* scope = m_scope; scope; scope = scope->outer) {
         const Source* source = nullptr;
         const SourceColumn* found = findColumn(column, *scope, source);
-        if (!found && source) throw sqlError(207, {column.path.back()});  // its table is known
+        if (!found && source)
+            throw sqlError(message::kInvalidColumnName, {column.path.back()});  // its table is known
         if (!found) continue;
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name
@@ -106,10 +109,10 @@ Typed Translator::node(const ColumnRef& column) {
         typed.nullable = found->nullable;
         return typed;
     }
-    if (column.path.size() == 1) throw sqlError(207, {column.path.back()});
+    if (column.path.size() == 1) throw sqlError(message::kInvalidColumnName, {column.path.back()});
     std::string path;
     for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
-    throw sqlError(4104, {path});
+    throw sqlError(message::kUnboundIdentifier, {path});
 }
 
 Typed Translator::node(const Unary& unary) {
@@ -131,7 +134,7 @@ Typed Translator::node(const Case& choice) {
         results.push_back(value(*then));
     }
     results.push_back(choice.otherwise ? value(*choice.otherwise) : nullLiteral());
-    if (std::ranges::all_of(results, &Typed::nullLiteral)) throw sqlError(8133);
+    if (std::ranges::all_of(results, &Typed::nullLiteral)) throw sqlError(message::kCaseOfNulls);
     const SqlType type = tsql::commonType(results);
     std::string sql = "CASE";
     for (std::size_t i = 0; i < conditions.size(); ++i)
@@ -163,10 +166,11 @@ Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
     const FunctionInfo* function = findFunction(call.name.name);
     if (!function)
-        throw SqlError(195, "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
+        throw SqlError(message::kUnknownSetOption,
+                       "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
     const FunctionKind kind = kindOf(*function);
     if (!call.within.empty() && kind != FunctionKind::Aggregate)
-        throw sqlError(10757, {toUpper(call.name.name)});
+        throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
     if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
@@ -174,14 +178,17 @@ Typed Translator::node(const Call& call) {
 }
 
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
-    if (!m_scope) throw SqlError(147, "An aggregate may not appear here without a table that it counts.", 15);
-    if (m_scope->aggregateDepth > 0) throw sqlError(130);
+    if (!m_scope)
+        throw SqlError(message::kAggregateInWhere,
+                       "An aggregate may not appear here without a table that it counts.", 15);
+    if (m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
     m_scope->sawAggregate = true;
     ++m_scope->aggregateDepth;
     const auto arguments = callArguments(call, false);
     Typed result = emitCall(function, arguments, call.distinct);
     if (!call.within.empty()) {
-        if (!sameWord(call.name.name, "STRING_AGG")) throw sqlError(10757, {toUpper(call.name.name)});
+        if (!sameWord(call.name.name, "STRING_AGG"))
+            throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
         std::string keys;
         for (const auto& item : call.within)
             keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
@@ -196,13 +203,14 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     const std::string name = toUpper(call.name.name);
     const FunctionKind kind = kindOf(function);
     const bool windowOnly = kind == FunctionKind::Ranking || kind == FunctionKind::Framed;
-    if (!call.over) throw sqlError(10753, {name});
+    if (!call.over) throw sqlError(message::kOverRequired, {name});
     if (kind == FunctionKind::Scalar || !call.within.empty() || sameWord(name, "STRING_AGG"))
-        throw sqlError(4113, {name});
-    if (call.distinct) throw sqlError(10759);
-    if (windowOnly && call.over->order.empty()) throw sqlError(4112, {name});
-    if (kind == FunctionKind::Ranking && !call.over->frame.empty()) throw sqlError(10752, {name});
-    if (!m_scope || !m_scope->windows) throw sqlError(4108);
+        throw sqlError(message::kNotAWindowFunction, {name});
+    if (call.distinct) throw sqlError(message::kDistinctWithOver);
+    if (windowOnly && call.over->order.empty()) throw sqlError(message::kOverWithOrderByRequired, {name});
+    if (kind == FunctionKind::Ranking && !call.over->frame.empty())
+        throw sqlError(message::kFrameNotAllowed, {name});
+    if (!m_scope || !m_scope->windows) throw sqlError(message::kWindowNotAllowedHere);
     m_scope->windows = false;
     Typed result = emitCall(function, callArguments(call, false));
     std::string partition;
@@ -220,7 +228,8 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
     std::string keys;
     for (const auto& item : items) {
         const Typed key = value(*item.value);
-        if (std::holds_alternative<Literal>(item.value->node)) throw sqlError(key.integer ? 5308 : 5309);
+        if (std::holds_alternative<Literal>(item.value->node))
+            throw sqlError(key.integer ? message::kIntegerIndexInWindow : message::kConstantInWindow);
         keys += (keys.empty() ? "" : ", ") + collated(key) + (item.descending ? " DESC" : "");
     }
     return keys;
@@ -228,7 +237,8 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
 
 Typed Translator::userCall(const Call& call) {
     const auto function = m_names.module(call.name, objectType::kFunction);
-    if (!function) throw sqlError(4121, {call.name.schema, call.name.schema, call.name.name});
+    if (!function)
+        throw sqlError(message::kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
     std::string sql = "ts_call(" + quotedText(function->database) + ", " + quotedText(function->name);
     for (const auto& argument : argumentsOf(*function, call.arguments)) sql += ", " + argument;
     return {sql + ")", function->module->returns};
@@ -238,11 +248,13 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
                                                  const std::vector<ExprPtr>& arguments) {
     const auto& parameters = function.module->parameters;
     if (arguments.size() != parameters.size())
-        throw sqlError(arguments.size() < parameters.size() ? 313 : 8144, {"dbo." + function.name});
+        throw sqlError(
+            arguments.size() < parameters.size() ? message::kTooFewArguments : message::kTooManyArguments,
+            {"dbo." + function.name});
     std::vector<std::string> values;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const auto& given = arguments[i] ? arguments[i] : parameters[i].value;
-        if (!given) throw sqlError(201, {function.name, parameters[i].name});
+        if (!given) throw sqlError(message::kMissingParameter, {function.name, parameters[i].name});
         values.push_back(coerce(value(*given), parameters[i].type).sql);
     }
     return values;
@@ -250,7 +262,7 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
 
 Typed Translator::node(const ScalarQuery& scalar) {
     const QueryText text = query(*scalar.query);
-    if (text.columns.size() != 1) throw sqlError(116);
+    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
     return {singleValue(text), text.columns.front().column.type};
 }
 
@@ -298,7 +310,7 @@ std::string Translator::test(const InList& in) {
 std::string Translator::test(const InQuery& in) {
     const Typed operand = value(*in.operand);
     const QueryText text = query(*in.query);
-    if (text.columns.size() != 1) throw sqlError(116);
+    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
     const Typed column{text.columns.front().alias, text.columns.front().column.type};
     const Typed both[] = {operand, column};
     const SqlType type = comparedType(both);

@@ -12,8 +12,6 @@ using namespace ast;
 
 namespace {
 
-constexpr int kNotDistinct = 421, kNotMerged = 5335;  // what cannot be compared there
-
 bool reads(const TableRef& table, std::string_view name) {
     if (const auto* join = std::get_if<Join>(&table.node))
         return reads(*join->left, name) || reads(*join->right, name);
@@ -53,7 +51,7 @@ QueryText Translator::body(const Query& query) {
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
     const std::size_t assigned = m_assignments.size();
-    if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(130);
+    if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
     Scope scope;
     scope.outer = m_scope;
     const Finally leave([this, outer = std::exchange(m_scope, &scope)] { m_scope = outer; });
@@ -61,7 +59,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
     const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
-    if (scope.sawAggregate) throw sqlError(147);
+    if (scope.sawAggregate) throw sqlError(message::kAggregateInWhere);
     const std::string groupSql = groupBy(select);
 
     if (topLevel)
@@ -76,7 +74,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
     scope.windows = false;
     if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
-        throw sqlError(141);
+        throw sqlError(message::kAssignmentAmongResults);
     refuseLooseColumns(8120, grouped);
     const bool listHasAggregate = scope.sawAggregate;
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
@@ -103,7 +101,10 @@ QueryText Translator::select(const Select& select, const Query& query) {
 
 void Translator::refuseInRecursion(const Select& select) const {
     const bool grouped = !select.groupBy.empty() || select.having || m_scope->sawAggregate;
-    const int error = select.distinct ? 460 : select.top ? 461 : grouped ? 467 : 0;
+    const int error = select.distinct ? message::kDistinctInRecursion
+                      : select.top    ? message::kTopInRecursion
+                      : grouped       ? message::kGroupingInRecursion
+                                      : 0;
     if (error) throw sqlError(error, {m_with.back().table->name});
 }
 
@@ -121,7 +122,7 @@ QueryText Translator::assignInOrder(const Select& select, const Query& query, co
     m_scope->loose.clear();
     m_sorted = false;
     for (const auto& item : select.items) selectItem(item, text, list, false);
-    if (m_assignments.size() != text.columns.size()) throw sqlError(141);
+    if (m_assignments.size() != text.columns.size()) throw sqlError(message::kAssignmentAmongResults);
     refuseLooseColumns(8120, false);
     text.sql =
         "WITH ordered AS MATERIALIZED (SELECT " + all + rows + order + ") SELECT " + list + " FROM ordered";
@@ -155,7 +156,8 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
         const Source* source = nullptr;
         if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) column.identity = found->identity;
     }
-    addOutput(text, list, std::move(column), collate ? collated(typed, kNotDistinct) : typed.sql);
+    addOutput(text, list, std::move(column),
+              collate ? collated(typed, message::kTypeNotDistinct) : typed.sql);
     text.columns.back().nullLiteral = typed.nullLiteral;
 }
 
@@ -168,12 +170,12 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
-                      collate ? collated({column.sql, column.type}, kNotDistinct) : column.sql);
+                      collate ? collated({column.sql, column.type}, message::kTypeNotDistinct) : column.sql);
         }
     }
     if (any) return;
-    if (item.starOf.empty()) throw sqlError(263);
-    throw sqlError(107, {item.starOf.back()});
+    if (item.starOf.empty()) throw sqlError(message::kNoTableToSelectFrom);
+    throw sqlError(message::kUnknownColumnPrefix, {item.starOf.back()});
 }
 
 std::string Translator::groupBy(const Select& select) {
@@ -181,7 +183,7 @@ std::string Translator::groupBy(const Select& select) {
     std::set<std::string> keys;
     for (const auto& expr : select.groupBy) {
         const Typed key = value(*expr);
-        if (m_scope->loose.empty()) throw sqlError(164);
+        if (m_scope->loose.empty()) throw sqlError(message::kGroupByWithoutColumn);
         m_scope->loose.clear();
         keys.insert(key.sql);
         sql += (sql.empty() ? " GROUP BY " : ", ") + collated(key);
@@ -198,7 +200,7 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
         if (constant.type.id != TypeId::Int || isNull(constant.value)) return std::nullopt;
         const std::int64_t position = std::get<std::int64_t>(constant.value);
         if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
-            throw sqlError(108, {std::to_string(position)});
+            throw sqlError(message::kOrderByPositionOutOfRange, {std::to_string(position)});
         return static_cast<std::size_t>(position - 1);
     }
     const auto* name = std::get_if<ColumnRef>(&expr.node);
@@ -206,7 +208,7 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     std::optional<std::size_t> position;
     for (std::size_t i = 0; i < text.columns.size(); ++i)
         if (sameText(text.columns[i].column.name, name->path.front())) {
-            if (position) throw sqlError(209, {name->path.front()});
+            if (position) throw sqlError(message::kAmbiguousColumnName, {name->path.front()});
             position = i;
         }
     return position;
@@ -221,47 +223,46 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         if (const auto position = outputPosition(*item.value, text))
             key = collated({std::to_string(*position + 1), text.columns[*position].column.type});
         else if (std::holds_alternative<Literal>(item.value->node))
-            throw sqlError(408, {std::to_string(&item - items.data() + 1)});
+            throw sqlError(message::kConstantInOrderBy, {std::to_string(&item - items.data() + 1)});
         else if (std::holds_alternative<VariableRef>(item.value->node))
-            throw sqlError(1008, {std::to_string(&item - items.data() + 1)});
+            throw sqlError(message::kVariableInOrderBy, {std::to_string(&item - items.data() + 1)});
         else if (outputOnly)
-            throw sqlError(104);
+            throw sqlError(message::kOrderByItemNotInSetOperation);
         else {
             key = collated(value(*item.value));
             if (distinctList && (", " + *distinctList).find(", " + key + " AS c") == std::string::npos)
-                throw sqlError(145);
+                throw sqlError(message::kOrderByItemNotInDistinct);
         }
         const auto& node = item.value->node;
         const bool isColumn =
             std::holds_alternative<ColumnRef>(node) || std::holds_alternative<Literal>(node);
-        if (isColumn && !columns.insert(key).second) throw sqlError(169);
+        if (isColumn && !columns.insert(key).second) throw sqlError(message::kRepeatedOrderByColumn);
         sql += (sql.empty() ? " ORDER BY " : ", ") + key + (item.descending ? " DESC" : "");
     }
     return sql;
 }
 
 std::string Translator::limit(const Select* select, const Query& query) {
-    if (select && select->top && query.offset) throw sqlError(10741);
-    if (select && select->top) return " LIMIT " + rowCount(*select->top, 0, 127);
+    if (select && select->top && query.offset) throw sqlError(message::kTopWithOffset);
+    if (select && select->top) return " LIMIT " + rowCount(*select->top, 0, message::kNegativeRowCount);
     if (!query.offset) return {};
-    const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, 10744) : "-1";
-    return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, 10742);
+    const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, message::kFetchNotPositive) : "-1";
+    return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, message::kNegativeOffsetClause);
 }
 
 // Sees no columns. Fewer rows than `least` are an error, where SQLite would take all.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
     const Finally seeing([this, scope = std::exchange(m_scope, nullptr)] { m_scope = scope; });
     const Typed rows = value(expr);
-    if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(1060);
-    return "ts_rows(" + coerce(rows, simpleType(TypeId::BigInt)).sql + "," + std::to_string(least) + "," +
-           std::to_string(error) + ")";
+    if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
+    return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
-    if (left.columns.size() != right.columns.size()) throw sqlError(205);
+    if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
     std::string leftList, rightList;
     bool flat = left.compound;  // a long chain stays flat: SQLite's parser bounds the nesting
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
@@ -276,7 +277,9 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         const std::string comma = i ? ", " : "";
         flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
         const Typed merged = coerce(pieces[0], column.column.type);
-        leftList += comma + (operation.op == SetOp::UnionAll ? merged.sql : collated(merged, kNotMerged)) +
+        leftList += comma +
+                    (operation.op == SetOp::UnionAll ? merged.sql
+                                                     : collated(merged, message::kTypeNotInSetOperation)) +
                     " AS " + column.alias;
         rightList += comma + coerce(pieces[1], column.column.type).sql;
     }
@@ -300,7 +303,7 @@ std::string Translator::from(const std::vector<TableRefPtr>& tables) {
 
 std::string Translator::nextAlias() {
     constexpr int kMostTables = 256;  // views within views would multiply without an end
-    if (++m_aliases > kMostTables) throw sqlError(106);
+    if (++m_aliases > kMostTables) throw sqlError(message::kTooManyTables);
     return "s" + std::to_string(m_aliases);
 }
 
@@ -312,7 +315,9 @@ std::string Translator::tableRef(const TableRef& table) {
     const Source& added = m_scope->sources.back();
     for (const auto& each : m_scope->sources)
         if (&each != &added && each.database == added.database && sameText(each.exposed, added.exposed))
-            throw sqlError(table.alias.empty() ? 1013 : 1011, {added.exposed, added.exposed});
+            throw sqlError(
+                table.alias.empty() ? message::kSameExposedNames : message::kRepeatedCorrelationName,
+                {added.exposed, added.exposed});
     return sql;
 }
 
@@ -383,8 +388,8 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
 // STRING_SPLIT(text, separator)
 std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
-        throw sqlError(208, {table.name.name});
-    if (table.arguments->size() != 2) throw sqlError(8144, {"STRING_SPLIT"});
+        throw sqlError(message::kInvalidObjectName, {table.name.name});
+    if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
     const auto pieces = blind([&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
@@ -398,7 +403,9 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
 void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
     if (names.empty()) return;
     if (names.size() != text.columns.size())
-        throw sqlError(names.size() > text.columns.size() ? 8159 : 8158, {of});
+        throw sqlError(names.size() > text.columns.size() ? message::kFewerColumnsThanNames
+                                                          : message::kMoreColumnsThanNames,
+                       {of});
     for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
 }
 
@@ -420,8 +427,9 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
     rename(text, names, alias);
     WordSet seen;
     for (const auto& [column, sqlName, nullLiteral] : text.columns) {
-        if (column.name.empty()) throw sqlError(8155, {sqlName.substr(1), alias});
-        if (!seen.insert(column.name).second) throw sqlError(8156, {column.name, alias});
+        if (column.name.empty()) throw sqlError(message::kUnnamedColumn, {sqlName.substr(1), alias});
+        if (!seen.insert(column.name).second)
+            throw sqlError(message::kColumnSpecifiedTwice, {column.name, alias});
     }
     return "(" + text.sql + ") AS " + addSource(text.columns, alias);
 }
@@ -438,12 +446,12 @@ std::string Translator::recursiveTable(const ast::CommonTable& table, const std:
         m_with.push_back({&table, name, anchor.columns});
         return query(*operation.right);
     });
-    if (next.columns.size() != anchor.columns.size()) throw sqlError(205);
+    if (next.columns.size() != anchor.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
     std::string list;
     for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
         const OutputColumn& output = anchor.columns[i];
         if (output.column.type != next.columns[i].column.type && !next.columns[i].nullLiteral)
-            throw sqlError(240, {output.column.name, table.name});
+            throw sqlError(message::kRecursiveTypesDiffer, {output.column.name, table.name});
         list += output.alias + ", ";
     }
     return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +
@@ -451,7 +459,7 @@ std::string Translator::recursiveTable(const ast::CommonTable& table, const std:
 }
 
 std::string Translator::recursiveReference(const CommonTable& table, const std::string& alias) {
-    if (!m_depth.empty()) throw sqlError(253, {table.table->name});
+    if (!m_depth.empty()) throw sqlError(message::kSeveralRecursiveReferences, {table.table->name});
     const std::string sqlAlias = addSource(table.columns, alias);
     m_depth = "ts_deeper(" + sqlAlias + ".depth, " + std::to_string(m_maxRecursion) + ")";
     return table.recursive + " AS " + sqlAlias;
@@ -462,7 +470,7 @@ std::string Translator::join(const Join& join) {
                                                   " CROSS JOIN "};
     for (const auto& table : m_with)  // rows without a partner would never end
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
-            throw sqlError(462, {table.table->name});
+            throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
     const std::size_t begin = m_scope->sources.size();
     const std::string left = tableRef(*join.left);
     const std::size_t middle = m_scope->sources.size();

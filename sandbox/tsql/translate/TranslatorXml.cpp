@@ -55,10 +55,10 @@ QueryText Translator::forXml(const QueryText& rows, const ast::ForXml& xml) cons
         if (xml.path && isXmlText(name)) {
             content += orNothing(cellText(output, false));
         } else if (name.empty()) {
-            throw sqlError(6809);
+            throw sqlError(message::kUnnamedXmlColumn);
         } else if (!xml.elements || (xml.path && name.starts_with('@'))) {
-            if (content.size() > 2) throw sqlError(6852, {name});
-            if (xml.row.empty()) throw sqlError(6864);
+            if (content.size() > 2) throw sqlError(message::kAttributeAfterElement, {name});
+            if (xml.row.empty()) throw sqlError(message::kRowTagOmitted);
             const std::string tag = quotedText(" " + xmlName(name.substr(xml.path)) + "=\"");
             attributes += orNothing(tag + " || " + cellText(output, true) + " || '\"'");
         } else {

@@ -157,14 +157,13 @@ class DateReader {
 }  // namespace
 
 DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType& to, int style) {
-    constexpr int kNoDate = 241, kNoSmallDate = 295, kOutOfRange = 242;
     if (isHijri(style)) throw unsupported(kHijri);
     const bool classic = isClassicDate(to.id);
     DateReader reader(classic ? 3 : 7);
     const bool isDate = reader.read(text, style);
     if (isDate && reader.isInRange()) return reader.result();
-    if (isDate && classic) throw sqlError(kOutOfRange, {baseName(from.id), baseName(to.id)});
-    throw sqlError(to.id == TypeId::SmallDateTime ? kNoSmallDate : kNoDate);
+    if (isDate && classic) throw sqlError(message::kDateOutOfRange, {baseName(from.id), baseName(to.id)});
+    throw sqlError(to.id == TypeId::SmallDateTime ? message::kBadSmallDateTimeText : message::kBadDateText);
 }
 
 }  // namespace tsql

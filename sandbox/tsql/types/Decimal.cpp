@@ -107,7 +107,8 @@ Int128 rescaled(double value, int toScale) {
 
 Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType,
                    int scale) {
-    if (right == 0 && (op == BinaryOp::Divide || op == BinaryOp::Modulo)) throw sqlError(8134);
+    if (right == 0 && (op == BinaryOp::Divide || op == BinaryOp::Modulo))
+        throw sqlError(message::kDivideByZero);
     if (digitsNeeded(op, leftType, rightType, scale) <= kMostDigits)
         return resultIn<Int128>(op, left, leftType.scale, right, rightType.scale, scale);
     return resultIn<Wide>(op, left, leftType.scale, right, rightType.scale, scale);

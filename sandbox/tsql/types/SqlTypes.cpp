@@ -105,29 +105,32 @@ bool mayBeMax(TypeId id) {
 void checkLength(TypeId id, int length) {
     const int most = isNational(id) ? kMaxNational : kMaxBytes;
     if (length == SqlType::kMax && mayBeMax(id)) return;
-    if (length < 1) throw sqlError(1001, {std::to_string(length)});
-    if (length > most) throw sqlError(131, {std::to_string(length), baseName(id), std::to_string(most)});
+    if (length < 1) throw sqlError(message::kInvalidLength, {std::to_string(length)});
+    if (length > most)
+        throw sqlError(message::kSizeExceedsMaximum,
+                       {std::to_string(length), baseName(id), std::to_string(most)});
 }
 
 SqlType makeDecimal(std::span<const int> arguments) {
     const int precision = arguments.empty() ? 18 : arguments[0];
     const int scale = arguments.size() < 2 ? 0 : arguments[1];
-    if (precision < 1) throw sqlError(1001, {std::to_string(precision)});
-    if (precision > kMaxDecimal) throw sqlError(2750, {std::to_string(precision)});
-    if (scale > precision || scale < 0) throw sqlError(192);
+    if (precision < 1) throw sqlError(message::kInvalidLength, {std::to_string(precision)});
+    if (precision > kMaxDecimal) throw sqlError(message::kPrecisionTooHigh, {std::to_string(precision)});
+    if (scale > precision || scale < 0) throw sqlError(message::kScaleAbovePrecision);
     return decimalType(precision, scale);
 }
 
 SqlType makeFloat(std::span<const int> arguments) {
     const int bits = arguments.empty() ? 53 : arguments[0];
-    if (bits < 1 || bits > 53) throw sqlError(1001, {std::to_string(bits)});
+    if (bits < 1 || bits > 53) throw sqlError(message::kInvalidLength, {std::to_string(bits)});
     return simpleType(bits <= 24 ? TypeId::Real : TypeId::Float);
 }
 
 SqlType makeFractional(TypeId id, std::span<const int> arguments) {
     SqlType type = simpleType(id);
     if (arguments.empty()) return type;
-    if (arguments[0] < 0 || arguments[0] > 7) throw sqlError(1002, {std::to_string(arguments[0]), ""});
+    if (arguments[0] < 0 || arguments[0] > 7)
+        throw sqlError(message::kInvalidScale, {std::to_string(arguments[0]), ""});
     type.scale = static_cast<std::uint8_t>(arguments[0]);
     return type;
 }
@@ -194,8 +197,8 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
 
 [[noreturn]] void refuseOperands(BinaryOp op, const SqlType& left, const SqlType& right) {
     const auto name = kOperatorNames[static_cast<std::size_t>(op)];
-    if (left.id == right.id) throw sqlError(8117, {baseName(left.id), name});
-    throw sqlError(402, {baseName(left.id), baseName(right.id), name});
+    if (left.id == right.id) throw sqlError(message::kInvalidOperandType, {baseName(left.id), name});
+    throw sqlError(message::kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
 }
 
 // datetime and smalldatetime take + and - with numbers (of days); the newer types do not.
@@ -208,7 +211,7 @@ bool isDateSum(BinaryOp op, const SqlType& left, const SqlType& right) {
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
     const auto found = findType(name);
-    if (!found) throw sqlError(2715, {name});
+    if (!found) throw sqlError(message::kUnknownType, {name});
     const TypeId id = *found;
     if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);
@@ -217,7 +220,7 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
     SqlType type = simpleType(id);
     if (!hasLength(id)) {
         if (arguments.empty()) return type;
-        throw sqlError(2716, {name});
+        throw sqlError(message::kTypeWithoutWidth, {name});
     }
     type.length = !arguments.empty() ? arguments[0] : use == TypeUse::Cast ? 30 : 1;
     checkLength(id, type.length);
@@ -300,7 +303,9 @@ ConversionRule conversionRule(TypeId from, TypeId to) {
 void requireImplicit(const SqlType& from, const SqlType& to) {
     const ConversionRule rule = conversionRule(from.id, to.id);
     if (rule != ConversionRule::Implicit)
-        throw sqlError(rule == ConversionRule::Never ? 206 : 257, {baseName(from.id), baseName(to.id)});
+        throw sqlError(
+            rule == ConversionRule::Never ? message::kOperandTypeClash : message::kNoImplicitConversion,
+            {baseName(from.id), baseName(to.id)});
 }
 
 SqlType varcharType(int length) {
@@ -337,8 +342,8 @@ SqlType commonType(const SqlType& left, const SqlType& right, std::string_view o
     const bool meet = conversionRule(low.id, high.id) == ConversionRule::Implicit;
     const bool dates = isDateTime(low.id) && isDateTime(high.id);
     if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || (dates && !meet)))
-        throw sqlError(402, {baseName(left.id), baseName(right.id), operatorName});
-    if (!meet) throw sqlError(206, {baseName(left.id), baseName(right.id)});
+        throw sqlError(message::kIncompatibleOperands, {baseName(left.id), baseName(right.id), operatorName});
+    if (!meet) throw sqlError(message::kOperandTypeClash, {baseName(left.id), baseName(right.id)});
     if (high.id == TypeId::Decimal && isExact(low.id)) return joinDecimals(high, asDecimal(low));
     if ((isText(high.id) && isText(low.id)) || (isBinary(high.id) && isBinary(low.id)))
         return joinLengths(high, left, right);

@@ -24,14 +24,15 @@ std::string_view spoken(const SqlType& type) {
 [[noreturn]] void overflow(const SqlType& from, const SqlType& to) {
     if (from.scale == 0 && !isApproximate(from.id) && isInteger(to.id)) overflow(to);
     const int textState = from.id == TypeId::Decimal ? 5 : 2, scaledState = isApproximate(from.id) ? 6 : 8;
-    throw sqlError(8115, {spoken(from), spoken(to)}, isText(to.id) ? textState : scaledState);
+    throw sqlError(message::kArithmeticOverflow, {spoken(from), spoken(to)},
+                   isText(to.id) ? textState : scaledState);
 }
 
 [[noreturn]] void badText(std::string_view text, const SqlType& from, const SqlType& to) {
     if (to.id == TypeId::BigInt || to.id == TypeId::Decimal || isApproximate(to.id))
-        throw sqlError(8114, {spoken(from), spoken(to)});
-    if (isMoney(to.id)) throw sqlError(235);
-    throw sqlError(245, {spoken(from), text, spoken(to)});
+        throw sqlError(message::kConversionError, {spoken(from), spoken(to)});
+    if (isMoney(to.id)) throw sqlError(message::kBadMoneyText);
+    throw sqlError(message::kBadTextForType, {spoken(from), text, spoken(to)});
 }
 
 [[noreturn]] void notConverted(const SqlType& from, const SqlType& to) {
@@ -79,7 +80,8 @@ class Converter {
         const auto number = static_cast<std::int64_t>(value);
         if (fits(value, m_to)) return number;
         if (isInteger(m_from.id) && m_to.id < TypeId::Int)
-            throw sqlError(220, {spoken(m_to), std::to_string(number)}, m_to.id == TypeId::TinyInt ? 2 : 1);
+            throw sqlError(message::kOverflowOfValue, {spoken(m_to), std::to_string(number)},
+                           m_to.id == TypeId::TinyInt ? 2 : 1);
         overflow(m_from, m_to);
     }
 
@@ -101,9 +103,10 @@ class Converter {
     }
 
     [[noreturn]] void textOverflow() const {
-        if (m_to.id == TypeId::Int) throw sqlError(248, {spoken(m_from), text()});
+        if (m_to.id == TypeId::Int) throw sqlError(message::kOverflowOfInt, {spoken(m_from), text()});
         if (m_to.id == TypeId::BigInt) overflow(m_to);
-        throw sqlError(244, {spoken(m_from), text(), m_to.id == TypeId::TinyInt ? "INT1" : "INT2"});
+        throw sqlError(message::kOverflowOfSmallInteger,
+                       {spoken(m_from), text(), m_to.id == TypeId::TinyInt ? "INT1" : "INT2"});
     }
 
     Value integerFromFloat() const {
@@ -119,7 +122,8 @@ class Converter {
         if (m_to.id == TypeId::BigInt) overflow(m_to);
         std::array<char, 400> number{};
         std::snprintf(number.data(), number.size(), "%.6f", real());
-        throw sqlError(232, {spoken(m_to), number.data()}, isText(m_to.id) ? 2 : static_cast<int>(m_to.id));
+        throw sqlError(message::kOverflowOfType, {spoken(m_to), number.data()},
+                       isText(m_to.id) ? 2 : static_cast<int>(m_to.id));
     }
 
     Value integerFromBinary() const {
@@ -240,11 +244,12 @@ class Converter {
         if (isApproximate(m_from.id) && !isNational(m_to.id)) floatOverflow();
         if (isInteger(m_from.id) || isApproximate(m_from.id)) overflow(m_to);
         if (m_from.id == TypeId::Decimal) overflow(m_from, m_to);
-        if (isMoney(m_from.id)) throw sqlError(234, {spoken(m_to)});
+        if (isMoney(m_from.id)) throw sqlError(message::kNoSpaceForMoney, {spoken(m_to)});
         if (m_from.id == TypeId::UniqueIdentifier)
-            throw sqlError(8170, {"result space to convert uniqueidentifier value to char"});
+            throw sqlError(message::kInsufficientSpace,
+                           {"result space to convert uniqueidentifier value to char"});
         const std::string_view kept = characters(result, 0, limit);
-        if (m_assign && trimRight(result).size() > kept.size()) throw sqlError(8152);
+        if (m_assign && trimRight(result).size() > kept.size()) throw sqlError(message::kTruncation);
         return std::string(kept);
     }
 
@@ -316,7 +321,7 @@ class Converter {
         try {
             return toStorage(value, m_to);
         } catch (const SqlError&) {
-            throw sqlError(242, {spoken(m_from), spoken(m_to)});
+            throw sqlError(message::kDateOutOfRange, {spoken(m_from), spoken(m_to)});
         }
     }
 
@@ -335,7 +340,7 @@ class Converter {
             const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
             if (i >= result.size() ||
                 !(dash ? result[i] == '-' : std::strchr("0123456789ABCDEF", result[i]) && result[i]))
-                throw sqlError(8169);
+                throw sqlError(message::kBadUniqueIdentifier);
         }
         return result;
     }
@@ -345,7 +350,9 @@ class Converter {
                                                                      8, 9, 10, 11, 12, 13, 14, 15};
 
     Value identifierFromBinary() const {
-        if (blob().size() < 16) throw sqlError(8170, {"data to convert a binary value to uniqueidentifier"});
+        if (blob().size() < 16)
+            throw sqlError(message::kInsufficientSpace,
+                           {"data to convert a binary value to uniqueidentifier"});
         Bytes written;
         for (const std::size_t from : kIdentifierOrder) written += blob()[from];
         std::string result = hexDigits(written);
@@ -358,7 +365,7 @@ class Converter {
         if (m_to.length <= 0) return bytes;
         const auto limit = static_cast<std::size_t>(m_to.length);
         const bool number = isNumber(m_from.id);
-        if (bytes.size() > limit && m_assign && !number) throw sqlError(8152);
+        if (bytes.size() > limit && m_assign && !number) throw sqlError(message::kTruncation);
         // Numbers keep their low end, at the right; all else its beginning.
         if (bytes.size() > limit)
             bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
@@ -402,7 +409,7 @@ class Converter {
         const bool prefixed = digits.size() >= 2 && digits[0] == '0' && (digits[1] | 32) == 'x';
         if (prefixed && m_style == 1) digits.remove_prefix(2);
         if (auto parsed = parseHex(digits); parsed && prefixed == (m_style == 1)) return *parsed;
-        throw sqlError(8114, {spoken(m_from), spoken(m_to)});
+        throw sqlError(message::kConversionError, {spoken(m_from), spoken(m_to)});
     }
 
     Bytes bytesOfIdentifier() const {
@@ -424,7 +431,7 @@ class Converter {
 }  // namespace
 
 void overflow(const SqlType& type) {
-    throw sqlError(8115, {"expression", spoken(type)});
+    throw sqlError(message::kArithmeticOverflow, {"expression", spoken(type)});
 }
 
 std::string hexDigits(std::span<const std::byte> bytes) {
@@ -464,15 +471,15 @@ Value convertValue(const CellView& value, const SqlType& from, const SqlType& to
                    Conversion kind) {
     if (isNull(value)) return Null{};
     if (conversionRule(from.id, to.id) == ConversionRule::Never)
-        throw sqlError(529, {spoken(from), spoken(to)});
+        throw sqlError(message::kNoExplicitConversion, {spoken(from), spoken(to)});
     try {
         return Converter(value, from, to, style, kind == Conversion::Assign).run();
     } catch (const SqlError& error) {
-        constexpr int kUnsupported = 50000, kNoSuchStyle = 281;
-        if (kind != Conversion::Try || error.number == kUnsupported || error.number == kNoSuchStyle) throw;
+        const bool isMisuse = error.number == message::kUserDefined || error.number == message::kInvalidStyle;
+        if (kind != Conversion::Try || isMisuse) throw;
         return Null{};
     } catch (const std::bad_variant_access&) {
-        throw sqlError(8114, {spoken(from), spoken(to)});
+        throw sqlError(message::kConversionError, {spoken(from), spoken(to)});
     }
 }
 
