@@ -62,7 +62,8 @@ class CancelTest : public testing::Test {
     std::unique_ptr<RawClient> holder = loggedIn(box);
     tsql::SqliteConnection outside = [this] {
         run(*holder, "CREATE DATABASE Target");
-        return tsql::openDatabaseFile(std::filesystem::path(box.dataDirectory()) / "Target.db", false);
+        return tsql::openDatabaseFile(std::filesystem::path(box.dataDirectory()) / "Target.db",
+                                      tsql::OpenMode::Existing);
     }();
     const std::vector<std::string> waits = {
         "SET LOCK_TIMEOUT 60000 UPDATE Held..t SET i = 2",

@@ -63,7 +63,7 @@ int compareNames(void*, int leftSize, const void* left, int rightSize, const voi
 }
 
 std::string integrityOf(const std::filesystem::path& file) {
-    const auto connection = tsql::openDatabaseFile(file, false);
+    const auto connection = tsql::openDatabaseFile(file, tsql::OpenMode::Existing);
     sqlite3_create_collation(connection.get(), "ts_ci", SQLITE_UTF8, nullptr, compareNames);
     std::string result;
     const auto append = [](void* text, int, char** cells, char**) {

@@ -270,7 +270,7 @@ bool Executor::endsScope(int number) {
 }
 
 void Executor::fail(const SqlError& error, int line) {
-    afterError(messageOf(error, line), false);
+    afterError(messageOf(error, line), /*raised=*/false);
 }
 
 // `raised`: by RAISERROR, which ends nothing by itself.
@@ -538,7 +538,7 @@ Flow Executor::run(const RaiseError& raise) {
                          m_frames.back()->procedure,
                          raiseErrorText(textOf(viewOf(message.value), message.type), arguments)};
     if (severity > 10) {
-        afterError(raised, true);
+        afterError(raised, /*raised=*/true);
     } else {
         report(raised);
         finished();

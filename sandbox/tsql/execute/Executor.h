@@ -217,7 +217,7 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::CreateModule& module);
     Flow run(const ast::Execute& execute);
     void checkBody(const ast::CreateModule& module);
-    void tellOfMissing(const ast::ObjectName& procedure);
+    void reportMissingDependency(const ast::ObjectName& procedure);
     std::shared_ptr<const Batch> parsed(const std::string& text);
     // `inside`: the database that it runs in; empty: the session's.
     void runText(const std::string& text, const std::string& inside);

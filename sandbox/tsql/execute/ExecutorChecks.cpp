@@ -62,7 +62,7 @@ void Executor::checkNode(const Node& node) {
         else
             insertText(target, columns, node, translator);
     } else if constexpr (std::is_same_v<Node, Execute>) {
-        tellOfMissing(node.procedure);
+        reportMissingDependency(node.procedure);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
         const ObjectName& name = Translator::targetName(node.table, node.from);
         translator.useCommonTables(node, name);
@@ -75,7 +75,7 @@ void Executor::checkNode(const Node& node) {
 }
 
 // Of what a procedure that is defined calls; those of the system are not all here.
-void Executor::tellOfMissing(const ObjectName& procedure) {
+void Executor::reportMissingDependency(const ObjectName& procedure) {
     const Frame& frame = *m_frames.back();
     const bool ofSystem = lowerAscii(procedure.name).starts_with("sp_");
     if (frame.procedure.empty() || procedure.name.empty() || ofSystem) return;

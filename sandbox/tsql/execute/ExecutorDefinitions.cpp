@@ -373,7 +373,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
 void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,
                               bool ifExists) {
     const auto keys = catalogue.keysOf(table.id);
-    const ObjectInfo* key = keyNamed(keys, name, false);
+    const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
     if (!key && ifExists) return;
     failingAs(sqlError(message::kConstraintNotDropped), [&] {
         if (!key) throw sqlError(message::kNotAConstraint, {name});
@@ -422,7 +422,7 @@ Flow Executor::run(const CreateIndex& create) {
     const TableInfo target = table(create.table, message::kObjectNotFound);
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
-        if (keyNamed(owner.keysOf(target.id), create.name, true))
+        if (keyNamed(owner.keysOf(target.id), create.name, /*isIndex=*/true))
             throw sqlError(message::kIndexExists, {create.name, target.name});
         if (create.unique) index.source = kUniqueIndex;
         std::string list;
@@ -445,8 +445,8 @@ Flow Executor::run(const AlterIndex& alter) {
     const TableInfo target = table(alter.table, message::kObjectNotFound, 9);
     define(alter.table, [&](Catalogue& owner) {
         const auto keys = owner.keysOf(target.id);
-        const ObjectInfo* key = keyNamed(keys, alter.name, false);
-        const bool known = keyNamed(keys, alter.name, true) || (key && isUniqueKey(*key));
+        const ObjectInfo* key = keyNamed(keys, alter.name, /*isIndex=*/false);
+        const bool known = keyNamed(keys, alter.name, /*isIndex=*/true) || (key && isUniqueKey(*key));
         if (!alter.name.empty() && !known) throw sqlError(message::kIndexNotFound, {alter.name});
         m_connection.run("REINDEX " + target.sqlName());
     });
@@ -469,8 +469,8 @@ void Executor::dropIndex(const ObjectName& name, bool ifExists) {
     define({name.database, {}, name.schema, 0}, [&](Catalogue& owner) {
         const auto target = owner.table(name.schema);
         const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
-        const ObjectInfo* index = keyNamed(keys, name.name, true);
-        const ObjectInfo* key = keyNamed(keys, name.name, false);
+        const ObjectInfo* index = keyNamed(keys, name.name, /*isIndex=*/true);
+        const ObjectInfo* key = keyNamed(keys, name.name, /*isIndex=*/false);
         const std::string written = name.schema + "." + name.name;
         if (key && isUniqueKey(*key))
             throw sqlError(message::kCannotDropKeyIndex,

@@ -97,7 +97,8 @@ Flow Executor::run(const CreateModule& module) try {
     });
     return finished();
 } catch (const SqlError& error) {  // told of as the module's
-    afterError({error.number, error.severity, error.state, m_line, module.name.name, error.what()}, false);
+    afterError({error.number, error.severity, error.state, m_line, module.name.name, error.what()},
+               /*raised=*/false);
     return Flow::Next;
 }
 
@@ -188,7 +189,7 @@ void Executor::checkTransactions(int before, const std::string& procedure) {
     if (m_transactions == before || m_settings.implicitTransactions) return;
     const SqlError error = sqlError(message::kTransactionCountMismatch,
                                     {std::to_string(before), std::to_string(m_transactions)});
-    afterError({error.number, error.severity, error.state, 0, procedure, error.what()}, true);
+    afterError({error.number, error.severity, error.state, 0, procedure, error.what()}, /*raised=*/true);
 }
 
 void Executor::runText(const std::string& text, const std::string& inside) {
@@ -255,7 +256,8 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     try {
         arguments = bindArguments(module, execute, name.name, frame);
     } catch (const SqlError& error) {  // told of as the procedure's, before its first line
-        afterError({error.number, error.severity, error.state, 0, frame.procedure, error.what()}, false);
+        afterError({error.number, error.severity, error.state, 0, frame.procedure, error.what()},
+                   /*raised=*/false);
         return;
     }
     if (system)

@@ -70,7 +70,7 @@ Flow Executor::run(const SelectStatement& statement) {
     } else {
         m_rowCount = sendRows(prepared, text);
         m_error = 0;
-        done(m_rowCount, true);
+        done(m_rowCount, /*isSelect=*/true);
     }
     return Flow::Next;
 }
@@ -97,7 +97,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
             if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
         }
     } catch (const SqliteFailure&) {
-        if (shown) done(rows, true);
+        if (shown) done(rows, /*isSelect=*/true);
         throw;
     }
     return rows;
@@ -173,7 +173,7 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
     claim(*output->into);
     const TableInfo into = table(*output->into);
     std::int64_t changed = 0, identity = 0;
-    insertRowsOf(into, insertColumns(into, output->columns, false), [&] {
+    insertRowsOf(into, insertColumns(into, output->columns, /*defaultValues=*/false), [&] {
         change(target, verb, sql, translator);
         changed = m_rowCount;
         identity = sqlite3_last_insert_rowid(m_connection.handle());

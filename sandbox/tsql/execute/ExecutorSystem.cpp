@@ -67,7 +67,7 @@ std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_
                       : ofTransaction && m_transactions == 0               ? message::kTransactionRequired
                                                                            : 0;
     if (wrong) {
-        afterError(messageOf(sqlError(wrong, {frame.procedure}), m_line), true);
+        afterError(messageOf(sqlError(wrong, {frame.procedure}), m_line), /*raised=*/true);
         return std::nullopt;
     }
     return AppLocks::Lock{databaseKey(frame.database) + ":" + textOf(frame, "@resource"), *known, this,
@@ -86,7 +86,8 @@ int Executor::releaseAppLock(const Frame& frame) {
     const auto lock = appLock(frame, "Exclusive");
     if (!lock) return kWrongCall;
     if (m_locks.release(lock->resource, this, lock->ofTransaction)) return 0;
-    afterError(messageOf(sqlError(message::kAppLockNotHeld, {textOf(frame, "@resource")}), m_line), true);
+    afterError(messageOf(sqlError(message::kAppLockNotHeld, {textOf(frame, "@resource")}), m_line),
+               /*raised=*/true);
     return kWrongCall;
 }
 

@@ -32,7 +32,7 @@ void Executor::claim(const ObjectName& target) {
 void Executor::endTransaction(TransactionEvent event) {
     m_doomed = m_begun = m_outlivedReset = false;
     m_knownTables.clear();
-    m_locks.releaseAll(this, true);
+    m_locks.releaseAll(this, /*ofTransaction=*/true);
     if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
 }
 
@@ -103,7 +103,7 @@ bool Executor::resetAroundTransaction(std::string_view database) {
     m_database = m_storage.canonicalName(database);
     m_connection.attach(m_database);
     set({});
-    m_locks.releaseAll(this, false);
+    m_locks.releaseAll(this, /*ofTransaction=*/false);
     dropTemporaryTables();
     m_cursors.clear();
     m_identity.reset();

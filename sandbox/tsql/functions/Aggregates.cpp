@@ -56,7 +56,7 @@ double realOf(const CellView& value) {
 
 void addExact(Gathered& gathered, std::span<const CellView> arguments, int sign) {
     gathered.sum += sign * exactOf(arguments[0]);
-    if (!fits(gathered.sum, kSumType)) overflow(kSumType);
+    if (!fits(gathered.sum, kSumType)) throwOverflow(kSumType);
 }
 
 void addReal(Gathered& gathered, std::span<const CellView> arguments, int sign) {

@@ -25,7 +25,7 @@ SqlType powerType(Pieces pieces) {
 // A float function outside of its domain.
 double checked(double result) {
     if (std::isnan(result)) throw sqlError(message::kInvalidFloatOperation);
-    if (std::isinf(result)) overflow(simpleType(TypeId::Float));
+    if (std::isinf(result)) throwOverflow(simpleType(TypeId::Float));
     return result;
 }
 

@@ -36,12 +36,12 @@ constexpr int kPagesAtATime = 1024;
 constexpr int kTriesToLock = 100;
 constexpr int kPauseMilliseconds = 100;
 
-[[noreturn]] void cannotOpen(const fs::path& file, int error) {
+[[noreturn]] void throwCannotOpen(const fs::path& file, int error) {
     throw sqlError(message::kBackupDeviceNotOpened,
                    {file.string(), std::to_string(error), std::strerror(error)});
 }
 
-[[noreturn]] void damaged(const fs::path& file) {
+[[noreturn]] void throwDamaged(const fs::path& file) {
     throw sqlError(message::kBackupReadFailed, {file.string()});
 }
 
@@ -49,7 +49,7 @@ using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 Stream openStream(const fs::path& file, const char* mode) {
     Stream stream(std::fopen(file.c_str(), mode), std::fclose);
-    if (!stream) cannotOpen(file, errno);
+    if (!stream) throwCannotOpen(file, errno);
     return stream;
 }
 
@@ -69,7 +69,7 @@ bool isBackup(std::FILE* stream) {
 Stream openBackup(const fs::path& file) {
     Stream stream = openStream(file, "rbe");
     const bool opened = isBackup(stream.get());
-    if (std::ferror(stream.get())) cannotOpen(file, errno);
+    if (std::ferror(stream.get())) throwCannotOpen(file, errno);
     if (!opened) throw sqlError(message::kBadMediaFamily, {file.string()});
     return stream;
 }
@@ -80,7 +80,7 @@ class TemporaryFile {
     explicit TemporaryFile(const fs::path& beside) {
         std::string name = beside.string() + ".XXXXXX";
         const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
-        if (descriptor < 0) cannotOpen(beside, errno);
+        if (descriptor < 0) throwCannotOpen(beside, errno);
         ::close(descriptor);
         m_path = name;
     }
@@ -93,7 +93,7 @@ class TemporaryFile {
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     void renameTo(const fs::path& target) {
-        if (::rename(m_path.c_str(), target.c_str()) != 0) cannotOpen(target, errno);
+        if (::rename(m_path.c_str(), target.c_str()) != 0) throwCannotOpen(target, errno);
         m_path.clear();
     }
     const fs::path& path() const { return m_path; }
@@ -125,7 +125,7 @@ void appendChecksum(const fs::path& file, const Progress& progress) {
     std::fseek(stream.get(), 0, SEEK_END);
     if (std::fwrite(sum.data(), 1, sum.size(), stream.get()) != sum.size() ||
         std::fflush(stream.get()) != 0 || ::fsync(::fileno(stream.get())) != 0)
-        cannotOpen(file, errno);
+        throwCannotOpen(file, errno);
 }
 
 // What copies of databases are written to and read from: without a journal, for a copy is whole or is
@@ -176,10 +176,10 @@ std::string now() {
 void putInPlace(const fs::path& file, const fs::path& target, const Progress& progress) {
     const auto backup = openCopy(file, SQLITE_OPEN_READONLY);
     if (fs::exists(target))
-        return copyDatabase(backup.get(), openDatabaseFile(target, false).get(), progress);
+        return copyDatabase(backup.get(), openDatabaseFile(target, OpenMode::Existing).get(), progress);
     TemporaryFile image(target);
     copyDatabase(backup.get(), openCopy(image.path(), SQLITE_OPEN_READWRITE).get(), progress);
-    openDatabaseFile(image.path(), false);  // from here on it has a journal
+    openDatabaseFile(image.path(), OpenMode::Existing);  // from here on it has a journal
     image.renameTo(target);
 }
 
@@ -200,7 +200,8 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     if (from == "tempdb") throw sqlError(message::kBackupNotAllowed, {from});
     BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
     std::error_code ignored;
-    if (fs::is_other(file, ignored)) cannotOpen(file, EINVAL);  // the backup would take the device's place
+    if (fs::is_other(file, ignored))
+        throwCannotOpen(file, EINVAL);  // the backup would take the device's place
     if (fs::is_regular_file(file, ignored) && !fs::is_empty(file)) {
         const Stream old = openStream(file, "rbe");
         if (!isBackup(old.get())) throw sqlError(message::kNotABackupSet, {file.string()});
@@ -208,7 +209,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     TemporaryFile whole(file);
     try {
         const auto copy = openCopy(whole.path(), SQLITE_OPEN_READWRITE);
-        copyDatabase(openDatabaseFile(storage.pathOf(from), false).get(), copy.get(), progress);
+        copyDatabase(openDatabaseFile(storage.pathOf(from), OpenMode::Existing).get(), copy.get(), progress);
         header.finished = now();
         writeHeader(copy.get(), header);
     } catch (const SqlError&) {
@@ -236,7 +237,7 @@ BackupHeader readBackupHeader(const fs::path& file) {
         sqlite3_exec(openCopy(file, SQLITE_OPEN_READONLY).get(), kQuery, take, &header, nullptr);
     } catch (const std::runtime_error&) {  // too much of it is missing
     }
-    if (header.database.empty()) damaged(file);
+    if (header.database.empty()) throwDamaged(file);
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
     header.pages = header.bytes / kPage;
     return header;
@@ -246,7 +247,7 @@ void verifyBackup(const fs::path& file, const Progress& progress) {
     const Stream stream = openBackup(file);
     const std::uintmax_t size = fs::file_size(file);
     const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
-    if (read(stream.get(), kChecksum) != sum) damaged(file);
+    if (read(stream.get(), kChecksum) != sum) throwDamaged(file);
 }
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,

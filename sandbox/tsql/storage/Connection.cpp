@@ -72,7 +72,9 @@ std::string PreparedStatement::text(int column) const {
 }
 
 Connection::Connection(Storage& storage, std::function<bool()> cancelled)
-    : m_storage(storage), m_cancelled(std::move(cancelled)), m_handle(openDatabaseFile(":memory:", true)) {
+    : m_storage(storage),
+      m_cancelled(std::move(cancelled)),
+      m_handle(openDatabaseFile(":memory:", OpenMode::Create)) {
     setLockTimeout(kUsualLockTimeout);
     sqlite3_busy_handler(handle(), waitForLock, this);
     sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);

@@ -63,10 +63,11 @@ void checkName(std::string_view name) {
 
 }  // namespace
 
-SqliteConnection openDatabaseFile(const fs::path& file, bool create) {
+SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
     sqlite3* raw = nullptr;
     // Without a lock of its own: each connection is one session's.
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
+    const int flags =
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0);
     const int code = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
     SqliteConnection connection(raw);
     if (code != SQLITE_OK)
@@ -122,7 +123,7 @@ void Storage::create(std::string_view name) {
     if (exists(name)) throw sqlError(message::kDatabaseExists, {name});
     const fs::path file = pathOf(name);
     try {
-        openDatabaseFile(file, true);
+        openDatabaseFile(file, OpenMode::Create);
     } catch (const std::runtime_error& error) {
         removeFiles(file);
         throw sqlError(message::kDatabaseNotCreated, {error.what()});
@@ -140,7 +141,7 @@ void Storage::rename(std::string_view name, std::string_view newName) {
     checkName(newName);
     if (exists(newName) && !sameText(name, newName)) throw sqlError(message::kDatabaseExists, {newName});
     const fs::path before = pathOf(name);
-    openDatabaseFile(before, false);  // whoever closes it last leaves no journal beside it
+    openDatabaseFile(before, OpenMode::Existing);  // whoever closes it last leaves no journal beside it
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
 }
 

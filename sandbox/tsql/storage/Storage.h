@@ -18,9 +18,10 @@ struct SqliteCloser {
 };
 using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 
-// Opens (and makes, when `create`) a database file: WAL, foreign keys on, a busy time-out of 10 s.
-// Throws std::runtime_error with the file and SQLite's text.
-SqliteConnection openDatabaseFile(const std::filesystem::path& file, bool create);
+// Opens a database file, which OpenMode::Create makes when it is missing: WAL, foreign keys on, a busy
+// time-out of 10 s. Throws std::runtime_error with the file and SQLite's text.
+enum class OpenMode { Existing, Create };
+SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
 // Runs statements that give no rows. Throws std::runtime_error with SQLite's text.
 void execute(sqlite3* connection, const std::string& sql);
 

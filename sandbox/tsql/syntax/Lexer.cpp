@@ -112,14 +112,14 @@ class Lexer {
         if (c == '\'') return quoted(TokenKind::Text, 0, '\'');
         if (c == '"') return quoted(TokenKind::DoubleQuoted, 0, '"');
         if (c == '[') return quoted(TokenKind::Bracketed, 0, ']');
-        if (c == '@' && peek(1) == '@') return take(TokenKind::Global, past(isNamePart, 2));
-        if (c == '@') return take(TokenKind::Variable, past(isNamePart, 1));
+        if (c == '@' && peek(1) == '@') return takeToken(TokenKind::Global, past(isNamePart, 2));
+        if (c == '@') return takeToken(TokenKind::Variable, past(isNamePart, 1));
         if (c == '0' && (peek(1) == 'x' || peek(1) == 'X'))
-            return take(TokenKind::Binary, past(isHexDigit, 2));
+            return takeToken(TokenKind::Binary, past(isHexDigit, 2));
         if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number(0);
         if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
-        if (isNameStart(c)) return take(TokenKind::Word, past(isNamePart, 1));
-        if (kSymbols.find(c) != std::string_view::npos) return take(TokenKind::Symbol, isPair() ? 2 : 1);
+        if (isNameStart(c)) return takeToken(TokenKind::Word, past(isNamePart, 1));
+        if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair() ? 2 : 1);
         throw SyntaxError(message::kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.",
                           m_line);
     }
@@ -130,7 +130,7 @@ class Lexer {
         return from;
     }
 
-    Token take(TokenKind kind, std::size_t length) {
+    Token takeToken(TokenKind kind, std::size_t length) {
         const std::string_view raw = m_text.substr(m_at, length);
         const bool isWord = kind == TokenKind::Word, hasInitial = isWord || kind == TokenKind::Symbol;
         const Token token{kind, isWord && isReserved(raw), hasInitial ? upperAscii(raw[0]) : '\0', m_line,
@@ -150,7 +150,7 @@ class Lexer {
                                   m_line);
             if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
         }
-        return take(kind, end + 1 - m_at);
+        return takeToken(kind, end + 1 - m_at);
     }
 
     bool isPair() const {
@@ -165,7 +165,7 @@ class Lexer {
             const char next = peek(length + 1);
             length = past(isDigit, length + (next == '+' || next == '-' ? 2 : 1));
         }
-        return take(TokenKind::Number, length);
+        return takeToken(TokenKind::Number, length);
     }
 
     std::string_view m_text;

@@ -11,7 +11,7 @@ namespace {
 constexpr int kDeepestNesting = 150;
 constexpr int kLongestChain = 400;  // of operators on one level; SQLite's trees end at a depth of 1000
 
-[[noreturn]] void tooDeep(int line) {
+[[noreturn]] void throwTooDeep(int line) {
     throw SyntaxError(sqlError(message::kNestedTooDeeply), line);
 }
 
@@ -30,12 +30,12 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
 }
 
 ast::ExprPtr parseExpression(std::string_view text) {
-    return Parser(text, true).expression();
+    return Parser(text, /*quotedIdentifiers=*/true).expression();
 }
 
 ast::Constraint parseConstraint(std::string_view text) {
     ast::Constraint constraint{};
-    Parser(text, true).acceptConstraint(constraint, false);
+    Parser(text, /*quotedIdentifiers=*/true).acceptConstraint(constraint, /*ofTable=*/false);
     return constraint;
 }
 
@@ -57,13 +57,13 @@ ast::ObjectName parseObjectName(std::string_view text) {
 }
 
 SqlType parseType(std::string_view text) {
-    return Parser(text, true).type(TypeUse::Declaration);
+    return Parser(text, /*quotedIdentifiers=*/true).type(TypeUse::Declaration);
 }
 
 Parser::Parser(std::string_view text, bool quotedIdentifiers)
     : m_quotedIdentifiers(quotedIdentifiers), m_tokens(tokenize(text)) {}
 
-const Token& Parser::take() {
+const Token& Parser::takeToken() {
     const Token& token = peek();
     if (token.kind != TokenKind::End) ++m_next;
     return token;
@@ -91,7 +91,7 @@ bool Parser::acceptAny(std::initializer_list<std::string_view> phrases) {
 }
 
 void Parser::expect(std::string_view phrase) {
-    if (!accept(phrase)) syntaxError();
+    if (!accept(phrase)) throwSyntaxError();
 }
 
 std::int64_t Parser::expectInteger() {
@@ -100,8 +100,8 @@ std::int64_t Parser::expectInteger() {
     std::int64_t number = 0;
     const auto* end = token.raw.data() + token.raw.size();
     const auto parsed = std::from_chars(token.raw.data(), end, number);
-    if (token.kind != TokenKind::Number || parsed.ec != std::errc() || parsed.ptr != end) syntaxError();
-    take();
+    if (token.kind != TokenKind::Number || parsed.ec != std::errc() || parsed.ptr != end) throwSyntaxError();
+    takeToken();
     return negative ? -number : number;
 }
 
@@ -111,8 +111,8 @@ bool Parser::isString(const Token& token) const {
 }
 
 std::string Parser::expectString() {
-    if (!isString(peek())) syntaxError();
-    return unquoted(take());
+    if (!isString(peek())) throwSyntaxError();
+    return unquoted(takeToken());
 }
 
 bool Parser::atName(std::size_t ahead) const {
@@ -122,14 +122,14 @@ bool Parser::atName(std::size_t ahead) const {
 }
 
 std::string Parser::expectName() {
-    if (!atName()) syntaxError();
+    if (!atName()) throwSyntaxError();
     checkName(peek());
-    return unquoted(take());
+    return unquoted(takeToken());
 }
 
 std::string Parser::expectVariable(int undeclaredState) {
-    if (!atVariable()) syntaxError();
-    const Token& name = take();
+    if (!atVariable()) throwSyntaxError();
+    const Token& name = takeToken();
     if (!m_declared.contains(name.raw))
         throw SyntaxError(sqlError(message::kUndeclaredVariable, {name.raw}, undeclaredState), name.line);
     return std::string(name.raw);
@@ -141,7 +141,7 @@ ast::ObjectName Parser::objectName() {
     name.line = peek().line;
     std::vector<std::string> parts{at(".") ? std::string() : expectName()};  // ..name, .schema.name
     while (accept(".")) parts.push_back(at(".") ? std::string() : expectName());
-    if (parts.size() > 3) unsupported("a name with a linked server");
+    if (parts.size() > 3) throwUnsupported("a name with a linked server");
     name.name = parts.back();
     if (parts.size() > 1) name.schema = parts[parts.size() - 2];
     if (parts.size() > 2) name.database = parts.front();
@@ -156,10 +156,10 @@ SqlType Parser::type(TypeUse use) {
     const int line = peek().line;
     if (atName() && at(".", 1)) m_next += 2;  // [sys].[int], dbo.int
     const bool keyword = at("NATIONAL") || at("DOUBLE");
-    if (!keyword && !atName()) syntaxError();
-    std::string name = unquoted(take());
+    if (!keyword && !atName()) throwSyntaxError();
+    std::string name = unquoted(takeToken());
     for (const auto word : {"PRECISION", "CHARACTER", "CHAR", "TEXT", "VARYING"})
-        if (at(word)) name += " " + lowerAscii(take().raw);
+        if (at(word)) name += " " + lowerAscii(takeToken().raw);
     const auto arguments = typeArguments();
     try {
         return makeType(name, arguments, use);
@@ -182,7 +182,7 @@ std::vector<int> Parser::typeArguments() {
 void Parser::collation() {
     expect("COLLATE");
     const bool same = at("DATABASE_DEFAULT") || toUpper(peek().raw).find("_CI_AS") != std::string::npos;
-    if (!same) unsupported("a collation other than those named ..._CI_AS");
+    if (!same) throwUnsupported("a collation other than those named ..._CI_AS");
     expectName();
 }
 
@@ -190,9 +190,9 @@ void Parser::collation() {
 void Parser::skipParenthesized() {
     int depth = 0;
     do {
-        if (peek().kind == TokenKind::End) syntaxError();
+        if (peek().kind == TokenKind::End) throwSyntaxError();
         depth += at("(") - at(")");
-        take();
+        takeToken();
     } while (depth > 0);
 }
 
@@ -211,7 +211,7 @@ std::string Parser::near() const {
     return unquoted(faulty());
 }
 
-void Parser::syntaxError() const {
+void Parser::throwSyntaxError() const {
     const bool reserved = peek().reserved;
     throw SyntaxError(
         reserved ? message::kSyntaxErrorNearKeyword : message::kSyntaxErrorNear,
@@ -219,23 +219,23 @@ void Parser::syntaxError() const {
         faulty().line);
 }
 
-void Parser::unsupported(std::string_view construct) const {
+void Parser::throwUnsupported(std::string_view construct) const {
     throw SyntaxError(tsql::unsupported(construct), faulty().line);
 }
 
-void Parser::refuse(std::string_view phrase, std::string_view construct) const {
-    if (at(phrase)) unsupported(construct);
+void Parser::throwIfAt(std::string_view phrase, std::string_view construct) const {
+    if (at(phrase)) throwUnsupported(construct);
 }
 
 Parser::Nesting::Nesting(Parser& parser) : m_parser(parser) {
     if (++m_parser.m_depth > kDeepestNesting) {
         --m_parser.m_depth;
-        tooDeep(parser.peek().line);
+        throwTooDeep(parser.peek().line);
     }
 }
 
 void Parser::checkChain(int length) const {
-    if (length > kLongestChain) tooDeep(peek().line);
+    if (length > kLongestChain) throwTooDeep(peek().line);
 }
 
 }  // namespace tsql

@@ -35,7 +35,7 @@ class Parser {
     const Token& peek(std::size_t ahead = 0) const {
         return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
     }
-    const Token& take();
+    const Token& takeToken();
     bool at(std::string_view phrase, std::size_t ahead = 0) const { return match(phrase, ahead) > 0; }
     bool accept(std::string_view phrase);
     bool acceptAny(std::initializer_list<std::string_view> phrases);
@@ -63,9 +63,9 @@ class Parser {
     std::size_t position() const { return m_next; }
     const Token& faulty() const;  // the token that an error is about
     std::string near() const;     // as errors quote it
-    [[noreturn]] void syntaxError() const;
-    [[noreturn]] void unsupported(std::string_view construct) const;
-    void refuse(std::string_view phrase, std::string_view construct) const;
+    [[noreturn]] void throwSyntaxError() const;
+    [[noreturn]] void throwUnsupported(std::string_view construct) const;
+    void throwIfAt(std::string_view phrase, std::string_view construct) const;
 
     template <typename Item>
     auto list(Item item) {

@@ -24,7 +24,7 @@ std::optional<Output> output(Parser& in) {
 
 Insert insert(Parser& in) {
     Insert node;
-    in.refuse("TOP", "INSERT TOP");
+    in.throwIfAt("TOP", "INSERT TOP");
     in.accept("INTO");
     node.table = in.tableName();
     in.tableHints();
@@ -48,7 +48,7 @@ Insert insert(Parser& in) {
     } else if (in.atQuery()) {
         node.query = in.query();
     } else {
-        in.syntaxError();
+        in.throwSyntaxError();
     }
     return node;
 }
@@ -59,7 +59,7 @@ SetClause setClause(Parser& in) {
         clause.variable = in.expectVariable();
         in.expect("=");
         if (!in.atName() || !in.at("=", 1))
-            in.unsupported("UPDATE ... SET @variable = value without a column");
+            in.throwUnsupported("UPDATE ... SET @variable = value without a column");
     }
     clause.column = in.expectName();
     while (in.accept(".")) clause.table = std::exchange(clause.column, in.expectName());
@@ -71,14 +71,14 @@ SetClause setClause(Parser& in) {
 // What UPDATE and DELETE end with.
 void affectedRows(Parser& in, Change& node) {
     if (in.accept("FROM")) node.from = in.from();
-    in.refuse("WHERE CURRENT", "WHERE CURRENT OF");
+    in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
     if (in.accept("WHERE")) node.where = in.condition();
     node.maxRecursion = in.options();
 }
 
 Update update(Parser& in) {
     Update node;
-    in.refuse("STATISTICS", "UPDATE STATISTICS");
+    in.throwIfAt("STATISTICS", "UPDATE STATISTICS");
     node.top = in.top();
     node.table = in.tableName();
     in.tableHints();
@@ -87,7 +87,7 @@ Update update(Parser& in) {
     const std::size_t begin = in.position();
     node.output = output(in);
     if (node.output && findText(in.textSince(begin), "deleted.") != std::string::npos)
-        in.unsupported("deleted rows in the OUTPUT of UPDATE");
+        in.throwUnsupported("deleted rows in the OUTPUT of UPDATE");
     affectedRows(in, node);
     return node;
 }
@@ -105,9 +105,9 @@ Delete remove(Parser& in) {
 
 // ---- tables
 
-[[noreturn]] void unsupportedObject(const Parser& in, const std::string& verb) {
-    if (in.peek().kind != TokenKind::Word) in.syntaxError();
-    in.unsupported(verb + " " + toUpper(in.near()));
+[[noreturn]] void throwUnsupportedObject(const Parser& in, const std::string& verb) {
+    if (in.peek().kind != TokenKind::Word) in.throwSyntaxError();
+    in.throwUnsupported(verb + " " + toUpper(in.near()));
 }
 
 // The name of what is defined or dropped: there is one schema.
@@ -134,21 +134,21 @@ std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
 void fileGroup(Parser& in) {
     while (in.acceptAny({"ON", "TEXTIMAGE_ON", "FILESTREAM_ON"})) {
         in.expectName();
-        in.refuse("(", "partitions");
+        in.throwIfAt("(", "partitions");
     }
 }
 
 // WITH (option = value, ...): how an index is stored and built. Two of the options change what statements do.
 void indexStorage(Parser& in) {
     const auto option = [&] {
-        for (const auto word : {"IGNORE_DUP_KEY = ON", "DROP_EXISTING = ON"}) in.refuse(word, word);
+        for (const auto word : {"IGNORE_DUP_KEY = ON", "DROP_EXISTING = ON"}) in.throwIfAt(word, word);
         if (!in.acceptAny({"PAD_INDEX", "FILLFACTOR", "SORT_IN_TEMPDB", "IGNORE_DUP_KEY",
                            "STATISTICS_NORECOMPUTE", "STATISTICS_INCREMENTAL", "DROP_EXISTING", "ONLINE",
                            "RESUMABLE", "ALLOW_ROW_LOCKS", "ALLOW_PAGE_LOCKS", "OPTIMIZE_FOR_SEQUENTIAL_KEY",
                            "MAXDOP", "DATA_COMPRESSION", "LOB_COMPACTION"}))
-            in.unsupported("the option " + toUpper(in.near()) + " of an index");
+            in.throwUnsupported("the option " + toUpper(in.near()) + " of an index");
         in.expect("=");
-        return in.take().kind;
+        return in.takeToken().kind;
     };
     if (in.accept("WITH FILLFACTOR =")) in.expectInteger();
     if (in.at("WITH (") && in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
@@ -165,7 +165,7 @@ void keyColumns(Parser& in, Constraint& constraint, bool ofTable) {
 void references(Parser& in, Constraint& constraint) {
     in.expect("REFERENCES");
     const ObjectName table = definedName(in);
-    if (!table.database.empty()) in.unsupported("a foreign key to another database");
+    if (!table.database.empty()) in.throwUnsupported("a foreign key to another database");
     constraint.references = table.name;
     if (in.at("(")) constraint.referencedColumns = in.columnNames();
     while (in.accept("ON")) {
@@ -173,7 +173,7 @@ void references(Parser& in, Constraint& constraint) {
         if (!onDelete) in.expect("UPDATE");
         if (in.accept("NO ACTION")) continue;
         if (!onDelete || !in.accept("CASCADE"))
-            in.unsupported(std::string(onDelete ? "ON DELETE " : "ON UPDATE ") + toUpper(in.near()));
+            in.throwUnsupported(std::string(onDelete ? "ON DELETE " : "ON UPDATE ") + toUpper(in.near()));
         constraint.cascade = true;
     }
 }
@@ -208,7 +208,7 @@ ColumnDefinition columnDefinition(Parser& in) {
     ColumnDefinition column;
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
-            in.refuse(word, "the option " + std::string(word) + " of a column");
+            in.throwIfAt(word, "the option " + std::string(word) + " of a column");
         Constraint constraint{};
         if (in.accept("NOT NULL")) {
             column.nullable = false;
@@ -223,9 +223,9 @@ ColumnDefinition columnDefinition(Parser& in) {
             if (!in.accept("(")) return true;
             column.seed = in.expectInteger();
             in.expect(",");
-            if (in.expectInteger() != 1) in.unsupported("an IDENTITY increment other than 1");
+            if (in.expectInteger() != 1) in.throwUnsupported("an IDENTITY increment other than 1");
             in.expect(")");
-        } else if (in.acceptConstraint(constraint, false)) {
+        } else if (in.acceptConstraint(constraint, /*ofTable=*/false)) {
             if (constraint.columns.empty()) constraint.columns = {column.name};
             column.constraints.push_back(std::move(constraint));
         } else {
@@ -234,17 +234,17 @@ ColumnDefinition columnDefinition(Parser& in) {
         return true;
     };
     column.name = in.expectName();
-    in.refuse("AS", "computed columns");
+    in.throwIfAt("AS", "computed columns");
     column.type = in.type(TypeUse::Declaration);
     while (option()) continue;
     return column;
 }
 
 void tableElement(Parser& in, CreateTable& table) {
-    in.refuse("INDEX", "an index within the definition of a table");
-    in.refuse("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
+    in.throwIfAt("INDEX", "an index within the definition of a table");
+    in.throwIfAt("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
     Constraint constraint{};
-    if (in.acceptConstraint(constraint, true))
+    if (in.acceptConstraint(constraint, /*ofTable=*/true))
         table.constraints.push_back(std::move(constraint));
     else
         table.columns.push_back(columnDefinition(in));
@@ -263,7 +263,7 @@ CreateTable tableElements(Parser& in, ObjectName name) {
 Statement::Node createTable(Parser& in) {
     CreateTable node = tableElements(in, definedName(in));
     fileGroup(in);
-    in.refuse("WITH (", "options of CREATE TABLE");
+    in.throwIfAt("WITH (", "options of CREATE TABLE");
     return node;
 }
 
@@ -275,7 +275,7 @@ Statement::Node createIndex(Parser& in, bool unique) {
     node.table = in.objectName();
     node.columns = indexColumns(in);
     if (in.accept("INCLUDE")) node.included = in.columnNames();
-    in.refuse("WHERE", "filtered indexes");
+    in.throwIfAt("WHERE", "filtered indexes");
     indexStorage(in);
     return node;
 }
@@ -295,7 +295,7 @@ void dropParts(Parser& in, AlterTable& table) {
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
     const bool checked = in.accept("WITH CHECK");
-    if (in.at("NOCHECK") || in.at("WITH NOCHECK")) in.unsupported("constraints that are not checked");
+    if (in.at("NOCHECK") || in.at("WITH NOCHECK")) in.throwUnsupported("constraints that are not checked");
     if (in.accept("CHECK CONSTRAINT")) {  // each constraint is in force already
         if (!in.accept("ALL")) in.list([&] { return in.expectName(); });
     } else if (in.accept("ADD")) {
@@ -308,7 +308,7 @@ Statement::Node alterTable(Parser& in) {
         node.altered = columnDefinition(in);
         if (node.altered->identity) throw SyntaxError(unsupported("ALTER COLUMN ... IDENTITY"), line);
     } else {
-        unsupportedObject(in, "ALTER TABLE");
+        throwUnsupportedObject(in, "ALTER TABLE");
     }
     return node;
 }
@@ -325,7 +325,7 @@ void moduleOptions(Parser& in) {
         in.accept("EXEC");
         if (!in.acceptAny({"RECOMPILE", "SCHEMABINDING", "VIEW_METADATA", "CALLED ON NULL INPUT",
                            "EXECUTE AS CALLER", "EXECUTE AS OWNER", "EXECUTE AS SELF"}))
-            in.unsupported("WITH " + toUpper(in.near()) + " of a procedure, function or view");
+            in.throwUnsupported("WITH " + toUpper(in.near()) + " of a procedure, function or view");
         return true;
     };
     if (in.accept("WITH")) in.list(option);
@@ -334,13 +334,13 @@ void moduleOptions(Parser& in) {
 // AS query, of a view; RETURN query, of a function. It is the rest of the batch.
 void moduleQuery(Parser& in, CreateModule& module) {
     moduleOptions(in);
-    if (!in.accept("AS") && !module.function) in.syntaxError();
+    if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     if (module.function) in.expect("RETURN");
     module.query =
         module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
     in.accept("WITH CHECK OPTION");  // for changes through the view, which are refused
     in.accept(";");
-    if (in.peek().kind != TokenKind::End) in.syntaxError();
+    if (in.peek().kind != TokenKind::End) in.throwSyntaxError();
 }
 
 void parameters(Parser& in, CreateModule& module) {
@@ -349,19 +349,19 @@ void parameters(Parser& in, CreateModule& module) {
     if (bracket)
         in.expect(")");
     else if (module.function)
-        in.syntaxError();
+        in.throwSyntaxError();
 }
 
 // The rest of the batch is the module's body.
 void moduleBody(Parser& in, CreateModule& module) {
     moduleOptions(in);
-    if (!in.accept("AS") && !module.function) in.syntaxError();
-    if (module.function && !in.at("BEGIN")) in.syntaxError();
+    if (!in.accept("AS") && !module.function) in.throwSyntaxError();
+    if (module.function && !in.at("BEGIN")) in.throwSyntaxError();
     in.m_module = &module;
     module.body = in.statements("");
     in.m_module = nullptr;
     module.locals = std::move(in.m_locals);
-    if (module.body.empty()) in.syntaxError();
+    if (module.body.empty()) in.throwSyntaxError();
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
     if (module.function && (!body || !std::holds_alternative<Return>(body->statements.back()->node)))
         throw SyntaxError(sqlError(message::kFunctionWithoutFinalReturn, {}, 2), in.peek().line);
@@ -370,9 +370,9 @@ void moduleBody(Parser& in, CreateModule& module) {
 Statement::Node createModule(Parser& in, CreateModule module) {
     const bool view = in.at("VIEW");
     module.function = in.at("FUNCTION");
-    in.take();
+    in.takeToken();
     module.name = definedName(in);
-    if (module.name.name.starts_with('#')) in.unsupported("temporary procedures");
+    if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
     const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
     if (!module.name.database.empty())
         throw SyntaxError(sqlError(message::kDatabaseInModuleName, {kind}), module.name.line);
@@ -385,7 +385,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     parameters(in, module);
     if (module.function) {
         in.expect("RETURNS");
-        if (in.atVariable()) in.unsupported("table-valued functions of several statements");
+        if (in.atVariable()) in.throwUnsupported("table-valued functions of several statements");
         if (in.accept("TABLE")) {
             moduleQuery(in, module);
             return module;
@@ -399,7 +399,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
 Statement::Node createDatabase(Parser& in) {
     CreateDatabase node{in.expectName()};
     for (const auto word : {"ON", "COLLATE", "LOG", "CONTAINMENT", "FOR", "WITH (", "AS"})
-        in.refuse(word, "options of CREATE DATABASE");
+        in.throwIfAt(word, "options of CREATE DATABASE");
     return node;
 }
 
@@ -409,11 +409,11 @@ Statement::Node alterDatabase(Parser& in) {
         node.newName = in.expectName();
         return node;
     }
-    if (!in.accept("SET")) unsupportedObject(in, "ALTER DATABASE ...");
+    if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
     do  // what a database has here anyway
         if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
                            "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM"}))
-            unsupportedObject(in, "ALTER DATABASE ... SET");
+            throwUnsupportedObject(in, "ALTER DATABASE ... SET");
     while (in.accept(","));
     in.acceptAny({"WITH ROLLBACK IMMEDIATE", "WITH NO_WAIT"});
     return node;
@@ -424,7 +424,7 @@ Statement::Node alterIndex(Parser& in) {
     AlterIndex node{in.accept("ALL") ? "" : in.expectName(), {}};
     in.expect("ON");
     node.table = in.objectName();
-    if (!in.acceptAny({"REBUILD", "REORGANIZE"})) unsupportedObject(in, "ALTER INDEX ...");
+    if (!in.acceptAny({"REBUILD", "REORGANIZE"})) throwUnsupportedObject(in, "ALTER INDEX ...");
     in.accept("PARTITION = ALL");
     indexStorage(in);
     return node;
@@ -448,13 +448,13 @@ Statement::Node createOrAlter(Parser& in, bool create) {
     if (!create && in.accept("DATABASE")) return alterDatabase(in);
     if (!create && in.accept("INDEX")) return alterIndex(in);
     const bool orAlter = create && module.alter;
-    if (!create || orAlter) unsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
+    if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);
     if (in.accept("DATABASE")) return createDatabase(in);
     const bool unique = in.accept("UNIQUE");
     in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
     if (in.accept("INDEX")) return createIndex(in, unique);
-    unsupportedObject(in, "CREATE");
+    throwUnsupportedObject(in, "CREATE");
 }
 
 // i ON t, or t.i
@@ -486,7 +486,7 @@ Statement::Node parseRows(Parser& in) {
     if (in.accept("INSERT")) return change(insert(in));
     if (in.accept("UPDATE")) return change(update(in));
     if (in.accept("DELETE")) return change(remove(in));
-    if (!in.atQuery()) in.syntaxError();
+    if (!in.atQuery()) in.throwSyntaxError();
     SelectStatement statement;
     in.m_into = &statement.into;
     statement.query = in.queryBehind(std::move(with));
@@ -494,11 +494,11 @@ Statement::Node parseRows(Parser& in) {
 }
 
 Statement::Node parseCreate(Parser& in) {
-    return createOrAlter(in, true);
+    return createOrAlter(in, /*create=*/true);
 }
 
 Statement::Node parseAlter(Parser& in) {
-    return createOrAlter(in, false);
+    return createOrAlter(in, /*create=*/false);
 }
 
 Statement::Node parseDrop(Parser& in) {
@@ -509,7 +509,7 @@ Statement::Node parseDrop(Parser& in) {
         {"VIEW", ObjectKind::View},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
-    if (!kind) unsupportedObject(in, "DROP");
+    if (!kind) throwUnsupportedObject(in, "DROP");
     Drop node{*kind, {}, in.accept("IF EXISTS")};
     node.names = in.list([&] { return *kind == ObjectKind::Index ? indexName(in) : definedName(in); });
     return node;
@@ -527,7 +527,7 @@ bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
     const std::size_t begin = position();
     const ConstraintKind* kind = acceptOneOf(kKinds);
     if (!kind && !at("REFERENCES")) {
-        if (named) syntaxError();
+        if (named) throwSyntaxError();
         return false;
     }
     constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
@@ -547,7 +547,8 @@ CreateTable Parser::tableVariable(const Token& name) {
     expect("TABLE");
     CreateTable table = tableElements(*this, {{}, {}, std::string(name.raw), name.line});
     for (const auto* constraint : allConstraints(table))
-        if (constraint->kind == ConstraintKind::ForeignKey) unsupported("a foreign key of a table variable");
+        if (constraint->kind == ConstraintKind::ForeignKey)
+            throwUnsupported("a foreign key of a table variable");
     return table;
 }
 

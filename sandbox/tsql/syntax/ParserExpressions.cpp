@@ -63,7 +63,7 @@ bool contains(std::span<const std::string_view> words, std::string_view word) {
 }
 
 ExprPtr asValue(const Parser& in, ExprPtr expr) {
-    if (expr->isCondition()) in.syntaxError();
+    if (expr->isCondition()) in.throwSyntaxError();
     return expr;
 }
 
@@ -94,7 +94,8 @@ Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
 Expr::Node operation(Parser& in, const Operator& taken, ExprPtr left) {
     if (const auto* kind = std::get_if<Predicate>(&taken.meaning))
         return predicate(in, *kind, std::move(left));
-    if (in.at("ALL") || in.at("ANY") || in.at("SOME")) in.unsupported("a comparison with ALL, ANY or SOME");
+    if (in.at("ALL") || in.at("ANY") || in.at("SOME"))
+        in.throwUnsupported("a comparison with ALL, ANY or SOME");
     ExprPtr right = in.operators(taken.level + 1);
     if (taken.level <= kAnd)
         return Logic{taken.level == kAnd, std::move(left), asCondition(in, std::move(right))};
@@ -122,16 +123,16 @@ ExprPtr literal(const Token& token) {
 ExprPtr xmlValue(Parser& in, QueryPtr query) {
     constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
     const int line = in.peek().line;
-    if (!query->xml || !query->xml->typed) in.syntaxError();
-    in.take();
-    in.take();
+    if (!query->xml || !query->xml->typed) in.throwSyntaxError();
+    in.takeToken();
+    in.takeToken();
     in.expect("(");
     const std::string path = in.expectString();
     const bool whole = contains(kWhole, path);
-    if (!whole && !contains(kText, path)) in.unsupported("the path '" + path + "' in .value()");
+    if (!whole && !contains(kText, path)) in.throwUnsupported("the path '" + path + "' in .value()");
     in.expect(",");
     Cast cast;
-    cast.type = Parser(in.expectString(), true).type(TypeUse::Cast);
+    cast.type = Parser(in.expectString(), /*quotedIdentifiers=*/true).type(TypeUse::Cast);
     in.expect(")");
     Call call{{"", "", "xml.value", line}, {}};
     call.arguments.push_back(make(line, ScalarQuery{std::move(query)}));
@@ -141,7 +142,7 @@ ExprPtr xmlValue(Parser& in, QueryPtr query) {
 }
 
 ExprPtr inParentheses(Parser& in) {
-    const int line = in.take().line;
+    const int line = in.takeToken().line;
     const bool isQuery = in.at("SELECT") || in.at("WITH");
     QueryPtr query = isQuery ? in.subquery() : nullptr;
     ExprPtr inner = isQuery ? nullptr : in.expressionOrCondition();
@@ -152,7 +153,7 @@ ExprPtr inParentheses(Parser& in) {
 }
 
 ExprPtr caseOf(Parser& in) {
-    const int line = in.take().line;
+    const int line = in.takeToken().line;
     Case node;
     if (!in.at("WHEN")) node.input = in.expression();
     while (in.accept("WHEN")) {
@@ -160,7 +161,7 @@ ExprPtr caseOf(Parser& in) {
         in.expect("THEN");
         node.branches.emplace_back(std::move(when), in.expression());
     }
-    if (node.branches.empty()) in.syntaxError();
+    if (node.branches.empty()) in.throwSyntaxError();
     if (in.accept("ELSE")) node.otherwise = in.expression();
     in.expect("END");
     return make(line, std::move(node));
@@ -168,7 +169,7 @@ ExprPtr caseOf(Parser& in) {
 
 // IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
 ExprPtr iif(Parser& in) {
-    const int line = in.take().line;
+    const int line = in.takeToken().line;
     Case node;
     in.expect("(");
     auto& [when, then] = node.branches.emplace_back(in.condition(), nullptr);
@@ -179,7 +180,7 @@ ExprPtr iif(Parser& in) {
 // CAST(value AS type), CONVERT(type, value [, style]); either with TRY_.
 ExprPtr conversion(Parser& in) {
     const bool convert = in.at("CONVERT") || in.at("TRY_CONVERT");
-    const Token& word = in.take();
+    const Token& word = in.takeToken();
     Cast node;
     node.kind = toUpper(word.raw).starts_with("TRY_") ? Conversion::Try : Conversion::Cast;
     in.expect("(");
@@ -200,7 +201,7 @@ std::string frame(Parser& in, bool ordered) {
     const bool range = in.at("RANGE");
     if (!range && !in.at("ROWS")) return {};
     if (!ordered) throw SyntaxError(sqlError(message::kFrameWithoutOrderBy), in.peek().line);
-    std::string text = toUpper(in.take().raw);
+    std::string text = toUpper(in.takeToken().raw);
     const bool between = in.accept("BETWEEN");
     if (between) text += " BETWEEN";
     for (int bound = 0; bound <= between; ++bound) {
@@ -213,8 +214,8 @@ std::string frame(Parser& in, bool ordered) {
             continue;
         }
         text += in.accept("UNBOUNDED") ? " UNBOUNDED" : " " + std::to_string(in.expectInteger());
-        if (!in.at("PRECEDING") && !in.at("FOLLOWING")) in.syntaxError();
-        text += " " + toUpper(in.take().raw);
+        if (!in.at("PRECEDING") && !in.at("FOLLOWING")) in.throwSyntaxError();
+        text += " " + toUpper(in.takeToken().raw);
     }
     return text;
 }
@@ -250,13 +251,13 @@ ExprPtr named(Parser& in) {
     const bool niladic = first.kind == TokenKind::Word && contains(kNiladic, first.raw);
     if (niladic ||
         (first.kind == TokenKind::Word && contains(kReservedFunctions, first.raw) && in.at("(", 1))) {
-        ObjectName name{"", "", std::string(in.take().raw), first.line};
+        ObjectName name{"", "", std::string(in.takeToken().raw), first.line};
         return niladic ? make(first.line, Call{std::move(name), {}}) : call(in, std::move(name));
     }
     ColumnRef column;
     column.path.push_back(in.expectName());
     while (in.accept(".")) column.path.push_back(in.at(".") ? std::string() : in.expectName());
-    if (column.path.size() > (in.at("(") ? 3U : 4U)) in.syntaxError();
+    if (column.path.size() > (in.at("(") ? 3U : 4U)) in.throwSyntaxError();
     if (!in.at("(")) return make(first.line, std::move(column));
     column.path.insert(column.path.begin(), 3 - column.path.size(), std::string());
     return call(in, {column.path[0], column.path[1], column.path[2], first.line});
@@ -303,7 +304,7 @@ ExprPtr Parser::operators(int loosest) {
     ExprPtr left;
     if (loosest <= kNot && at("NOT")) {
         const Nesting nesting(*this);
-        const int line = take().line;
+        const int line = takeToken().line;
         left = make(line, Not{asCondition(*this, operators(kNot))});
     } else {
         left = unary();
@@ -329,7 +330,7 @@ ExprPtr Parser::unary() {
     const int line = peek().line;
     if (at("-") || at("~") || at("+")) {
         const Nesting nesting(*this);
-        const std::string_view sign = take().raw;
+        const std::string_view sign = takeToken().raw;
         ExprPtr operand = asValue(*this, unary());
         return sign == "+" ? std::move(operand) : make(line, Unary{sign == "~", std::move(operand)});
     }
@@ -344,9 +345,9 @@ ExprPtr Parser::unary() {
 ExprPtr Parser::primary() {
     const Token& token = peek();
     if (isString(token) || token.kind == TokenKind::Number || token.kind == TokenKind::Binary || at("NULL"))
-        return literal(take());
+        return literal(takeToken());
     if (token.kind == TokenKind::Variable) return make(token.line, VariableRef{expectVariable(2)});
-    if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(take().raw)});
+    if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(takeToken().raw)});
     if (at("(")) return inParentheses(*this);
     if (at("CASE")) return caseOf(*this);
     if (at("CAST (") || at("TRY_CAST (") || at("CONVERT") || at("TRY_CONVERT")) return conversion(*this);

@@ -46,7 +46,7 @@ Select select(Parser& in) {
     if (in.accept("WHERE")) select.where = in.condition();
     if (in.accept("GROUP BY")) {
         select.groupBy = in.expressions();
-        in.refuse("WITH", "GROUP BY ... WITH CUBE or ROLLUP");
+        in.throwIfAt("WITH", "GROUP BY ... WITH CUBE or ROLLUP");
     }
     if (in.accept("HAVING")) select.having = in.condition();
     return select;
@@ -60,7 +60,7 @@ QueryPtr queryTerm(Parser& in) {
 
 // INTERSECT binds more tightly than the others.
 QueryPtr setOperations(Parser& in, bool intersect) {
-    const auto operand = [&] { return intersect ? queryTerm(in) : setOperations(in, true); };
+    const auto operand = [&] { return intersect ? queryTerm(in) : setOperations(in, /*intersect=*/true); };
     QueryPtr left = operand();
     for (int chain = 0; in.at("INTERSECT") == intersect; in.checkChain(++chain)) {
         const int line = in.peek().line;
@@ -73,19 +73,19 @@ QueryPtr setOperations(Parser& in, bool intersect) {
 
 // FOR XML RAW | PATH [('row')] [, ELEMENTS] [, ROOT [('root')]] [, TYPE]
 std::optional<ForXml> forXml(Parser& in) {
-    in.refuse("FOR JSON", "SELECT ... FOR JSON");
-    in.refuse("FOR BROWSE", "SELECT ... FOR BROWSE");
+    in.throwIfAt("FOR JSON", "SELECT ... FOR JSON");
+    in.throwIfAt("FOR BROWSE", "SELECT ... FOR BROWSE");
     if (!in.accept("FOR XML")) return std::nullopt;
     const auto name = [&](std::string& into) {
         if (in.at("(")) into = in.parenthesized([&] { return in.expectString(); });
     };
     ForXml xml;
-    if (in.at("AUTO") || in.at("EXPLICIT")) in.unsupported("FOR XML AUTO and EXPLICIT");
+    if (in.at("AUTO") || in.at("EXPLICIT")) in.throwUnsupported("FOR XML AUTO and EXPLICIT");
     xml.path = xml.elements = in.accept("PATH");
     if (!xml.path) in.expect("RAW");
     name(xml.row);
     while (in.accept(",")) {
-        in.refuse("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
+        in.throwIfAt("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
         if (in.accept("ROOT"))
             name(xml.root = "root");
         else if (in.accept("TYPE"))
@@ -93,20 +93,20 @@ std::optional<ForXml> forXml(Parser& in) {
         else if (in.accept("ELEMENTS"))
             xml.elements = true;
         else
-            in.unsupported("the option " + toUpper(in.near()) + " of FOR XML");
+            in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
     }
     return xml;
 }
 
 void offset(Parser& in, Query& query) {
     const auto rows = [&] {
-        if (!in.acceptAny({"ROWS", "ROW"})) in.syntaxError();
+        if (!in.acceptAny({"ROWS", "ROW"})) in.throwSyntaxError();
     };
     if (query.orderBy.empty() || !in.accept("OFFSET")) return;
     query.offset = in.expression();
     rows();
     if (!in.accept("FETCH")) return;
-    if (!in.acceptAny({"NEXT", "FIRST"})) in.syntaxError();
+    if (!in.acceptAny({"NEXT", "FIRST"})) in.throwSyntaxError();
     query.fetch = in.expression();
     rows();
     in.expect("ONLY");
@@ -149,7 +149,7 @@ TableRefPtr tableRef(Parser& in) {
     if (in.at("(")) {
         DerivedTable derived{in.parenthesized([&] { return values ? rowValues(in) : in.subquery(); }), {}};
         table->alias = alias(in);
-        if (table->alias.empty()) in.syntaxError();
+        if (table->alias.empty()) in.throwSyntaxError();
         if (in.at("(")) derived.columns = in.columnNames();
         table->node = std::move(derived);
         return table;
@@ -166,7 +166,7 @@ TableRefPtr tableRef(Parser& in) {
 // The kind of the join that comes next, if any; an algorithm that is asked for changes no result.
 std::optional<JoinKind> acceptJoin(Parser& in) {
     if (in.accept("JOIN")) return JoinKind::Inner;
-    if (in.at("CROSS APPLY") || in.at("OUTER APPLY")) in.unsupported("APPLY");
+    if (in.at("CROSS APPLY") || in.at("OUTER APPLY")) in.throwUnsupported("APPLY");
     const JoinKind* kind = in.acceptOneOf(kJoins);
     if (!kind) return std::nullopt;
     if (*kind != JoinKind::Cross) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});
@@ -220,15 +220,15 @@ QueryPtr Parser::query() {
 QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     const Nesting nesting(*this);
     const int line = peek().line;
-    QueryPtr query = setOperations(*this, false);
+    QueryPtr query = setOperations(*this, /*intersect=*/false);
     query->line = line;
     const bool whole = !query->orderBy.empty() || query->xml;  // as a query in parentheses may be
-    if (whole && (at("ORDER") || at("FOR XML"))) syntaxError();
+    if (whole && (at("ORDER") || at("FOR XML"))) throwSyntaxError();
     query->with.insert(query->with.begin(), std::move_iterator(with.begin()), std::move_iterator(with.end()));
     if (at("ORDER")) query->orderBy = orderBy();
     offset(*this, *query);
     if (auto xml = forXml(*this)) query->xml = std::move(xml);
-    refuse("COMPUTE", "COMPUTE");
+    throwIfAt("COMPUTE", "COMPUTE");
     if (const auto most = options()) query->maxRecursion = most;
     return query;
 }
@@ -260,10 +260,10 @@ std::vector<CommonTable> Parser::commonTables() {
 
 ExprPtr Parser::top(bool mayBeBare) {
     if (!accept("TOP")) return nullptr;
-    if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) syntaxError();
+    if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) throwSyntaxError();
     ExprPtr count = primary();
-    refuse("PERCENT", "TOP ... PERCENT");
-    refuse("WITH TIES", "TOP ... WITH TIES");
+    throwIfAt("PERCENT", "TOP ... PERCENT");
+    throwIfAt("WITH TIES", "TOP ... WITH TIES");
     return count;
 }
 
@@ -275,7 +275,7 @@ SelectItem Parser::selectItem() {
         item.assignment = assignmentOperator();
     } else if ((atName() || isString(peek())) && at("=", 1)) {
         item.alias = alias(*this);
-        take();
+        takeToken();
     }
     item.value = expression();
     if (item.alias.empty() && item.variable.empty()) item.alias = alias(*this);
@@ -291,7 +291,7 @@ std::optional<BinaryOp> Parser::assignmentOperator() {
 // The name of a table, or of a variable that is one.
 ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
-    const Token& name = take();
+    const Token& name = takeToken();
     if (!m_declaredTables.contains(name.raw))
         throw SyntaxError(sqlError(message::kUndeclaredTableVariable, {name.raw}), name.line);
     return {{}, {}, std::string(name.raw), name.line};
@@ -328,8 +328,8 @@ std::optional<std::int64_t> Parser::options() {
             most = expectInteger();
         else if (at("("))
             skipParenthesized();
-        else if (take().kind == TokenKind::End)
-            syntaxError();
+        else if (takeToken().kind == TokenKind::End)
+            throwSyntaxError();
     }
     return most;
 }

@@ -53,12 +53,12 @@ Statement::Node setOption(Parser& in) {
     if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // rows are locked, or kept as they were, at any of them
         if (!in.acceptAny(
                 {"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"}))
-            in.syntaxError();
+            in.throwSyntaxError();
         return SetOption{};
     }
     const auto word = [&] {
-        if (in.peek().kind != TokenKind::Word) in.syntaxError();
-        return toUpper(in.take().raw);
+        if (in.peek().kind != TokenKind::Word) in.throwSyntaxError();
+        return toUpper(in.takeToken().raw);
     };
     const int line = in.peek().line;
     SetOption option;
@@ -85,7 +85,7 @@ Statement::Node set(Parser& in) {
     Assign assign;
     assign.name = in.expectVariable();
     assign.op = in.assignmentOperator();
-    in.refuse("CURSOR", "cursor variables");
+    in.throwIfAt("CURSOR", "cursor variables");
     assign.value = in.expression();
     return assign;
 }
@@ -103,20 +103,20 @@ Statement::Node declareCursor(Parser& in) {
         {"CURSOR", &isCursor}};
     while (!in.accept("FOR")) {
         for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
-            in.refuse(word, std::string(word) + " cursors");
+            in.throwIfAt(word, std::string(word) + " cursors");
         bool* const* option = in.acceptOneOf(kOptions);
-        if (!option) in.syntaxError();
+        if (!option) in.throwSyntaxError();
         **option = true;
     }
-    if (!isCursor) in.syntaxError();
+    if (!isCursor) in.throwSyntaxError();
     if (forward && node.scroll)
         throw SyntaxError(sqlError(message::kConflictingCursorOptions, {"FORWARD_ONLY", "SCROLL"}),
                           in.peek().line);
     node.counted = node.counted || node.scroll;
     node.scroll = node.counted && !forward;
     node.query = in.query();
-    in.refuse("FOR UPDATE", "FOR UPDATE of a cursor");
-    if (in.at("FOR") && !in.accept("FOR READ ONLY")) in.syntaxError();
+    in.throwIfAt("FOR UPDATE", "FOR UPDATE of a cursor");
+    if (in.at("FOR") && !in.accept("FOR READ ONLY")) in.throwSyntaxError();
     return node;
 }
 
@@ -126,7 +126,7 @@ Statement::Node declare(Parser& in) {
 }
 
 CursorName cursorName(Parser& in) {
-    if (in.atVariable()) in.unsupported("cursor variables");
+    if (in.atVariable()) in.throwUnsupported("cursor variables");
     const bool global = in.at("GLOBAL") && in.atName(1) && in.accept("GLOBAL");
     return {in.expectName(), global};
 }
@@ -155,7 +155,7 @@ Statement::Node fetch(Parser& in) {
 // ---- flow
 
 Block block(Parser& in) {
-    if (in.at("END")) in.syntaxError();
+    if (in.at("END")) in.throwSyntaxError();
     return in.statements("END");
 }
 
@@ -178,19 +178,19 @@ template <TransactionVerb verb>
 Statement::Node transaction(Parser& in) {
     Transaction node{verb, {}, {}};
     if (verb != TransactionVerb::Begin && !in.acceptAny({"TRANSACTION", "TRAN"})) {
-        if (verb == TransactionVerb::Save) in.syntaxError();
+        if (verb == TransactionVerb::Save) in.throwSyntaxError();
         in.accept("WORK");
     } else if (in.atVariable()) {
         node.variable = in.expectVariable();
     } else if (in.atName() || verb == TransactionVerb::Save) {
         node.name = in.expectName();
     }
-    in.refuse("WITH MARK", "marked transactions");
+    in.throwIfAt("WITH MARK", "marked transactions");
     return node;
 }
 
 Statement::Node compound(Parser& in) {
-    in.refuse("DISTRIBUTED", "distributed transactions");
+    in.throwIfAt("DISTRIBUTED", "distributed transactions");
     return Compound{block(in)};
 }
 
@@ -198,7 +198,7 @@ Statement::Node tryCatch(Parser& in) {
     TryCatch node{block(in), {}};
     in.expect("TRY");
     in.accept(";");
-    if (!in.accept("BEGIN CATCH")) in.syntaxError();
+    if (!in.accept("BEGIN CATCH")) in.throwSyntaxError();
     node.handler = in.statements("END");
     in.expect("CATCH");
     return node;
@@ -219,12 +219,12 @@ template <typename Accept>
 void withOptions(Parser& in, const std::string& verb, Accept accept) {
     if (!in.accept("WITH")) return;
     do
-        if (!accept()) in.unsupported(verb + " WITH " + toUpper(in.near()));
+        if (!accept()) in.throwUnsupported(verb + " WITH " + toUpper(in.near()));
     while (in.accept(","));
 }
 
 Statement::Node raiseError(Parser& in) {
-    if (!in.at("(")) in.unsupported("RAISERROR without parentheses");
+    if (!in.at("(")) in.throwUnsupported("RAISERROR without parentheses");
     RaiseError node;
     in.sequence(&Parser::constant, "(", node.message, ",", node.severity, ",", node.state);
     if (in.accept(",")) node.arguments = in.list([&] { return in.constant(); });
@@ -264,8 +264,8 @@ Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
         throw SyntaxError(sqlError(message::kPositionalArgumentAfterNamed, {std::to_string(number)}),
                           in.peek().line);
     if (in.atVariable() && in.at("=", 1)) {
-        argument.name = std::string(in.take().raw);
-        in.take();
+        argument.name = std::string(in.takeToken().raw);
+        in.takeToken();
     }
     if (in.accept("DEFAULT")) return argument;
     argument.value = in.wordOrConstant();
@@ -280,21 +280,21 @@ ExprPtr textOfConstants(Parser& in) {
     std::size_t end = 0;
     while (in.isString(in.peek(end)) || in.peek(end).kind == TokenKind::Variable || in.at("+", end)) ++end;
     const bool closed = in.at(")", end);
-    for (; !closed && end > 0; --end) in.take();
+    for (; !closed && end > 0; --end) in.takeToken();
     return closed ? in.expression() : in.constant();
 }
 
 Statement::Node execute(Parser& in) {
-    in.refuse("AS", "EXECUTE AS");
+    in.throwIfAt("AS", "EXECUTE AS");
     Execute node;
     if (in.at("(")) {
         node.text = in.parenthesized([&] { return textOfConstants(in); });
-        if (in.at("AT") || in.at("AS")) in.unsupported("EXECUTE (...) " + toUpper(in.near()));
+        if (in.at("AT") || in.at("AS")) in.throwUnsupported("EXECUTE (...) " + toUpper(in.near()));
         return node;
     }
     if (in.atVariable() && in.at("=", 1)) {
         node.resultVariable = in.expectVariable();
-        in.take();
+        in.takeToken();
     }
     if (in.atVariable())
         node.procedureVariable = in.expectVariable(2);
@@ -307,7 +307,7 @@ Statement::Node execute(Parser& in) {
         return read;
     };
     if (atArgument(in)) node.arguments = in.list(next);
-    in.refuse("WITH RESULT", "EXECUTE ... WITH RESULT SETS");
+    in.throwIfAt("WITH RESULT", "EXECUTE ... WITH RESULT SETS");
     in.accept("WITH RECOMPILE");
     return node;
 }
@@ -315,16 +315,16 @@ Statement::Node execute(Parser& in) {
 // ---- backup
 
 ExprPtr nameOrVariable(Parser& in) {
-    if (!in.atName() && !in.atVariable()) in.syntaxError();
+    if (!in.atName() && !in.atVariable()) in.throwSyntaxError();
     return in.wordOrConstant();
 }
 
 // DISK = 'path'
 ExprPtr fileName(Parser& in) {
-    if (!in.accept("DISK")) in.unsupported("a backup device other than DISK");
+    if (!in.accept("DISK")) in.throwUnsupported("a backup device other than DISK");
     in.expect("=");
     ExprPtr file = in.primary();
-    in.refuse(",", "a backup in several files");
+    in.throwIfAt(",", "a backup in several files");
     return file;
 }
 
@@ -337,7 +337,7 @@ bool acceptStats(Parser& in, std::int64_t& stats) {
 }
 
 Statement::Node backup(Parser& in) {
-    in.refuse("LOG", "BACKUP LOG");
+    in.throwIfAt("LOG", "BACKUP LOG");
     in.expect("DATABASE");
     Backup node{nameOrVariable(in), nullptr, nullptr, nullptr};
     in.expect("TO");
@@ -368,7 +368,7 @@ Statement::Node restore(Parser& in) {
                                                                    {"HEADERONLY", RestoreKind::Header},
                                                                    {"VERIFYONLY", RestoreKind::Verify}};
     const RestoreKind* kind = in.acceptOneOf(kKinds);
-    if (!kind) in.unsupported("RESTORE " + toUpper(in.near()));
+    if (!kind) in.throwUnsupported("RESTORE " + toUpper(in.near()));
     Restore node;
     node.kind = *kind;
     if (*kind == RestoreKind::Database) node.database = nameOrVariable(in);
@@ -383,7 +383,7 @@ Statement::Node restore(Parser& in) {
         }
         if (in.accept("FILE")) {
             in.expect("=");
-            if (in.expectInteger() != 1) in.unsupported("a backup file with several backups");
+            if (in.expectInteger() != 1) in.throwUnsupported("a backup file with several backups");
             return true;
         }
         node.replace = node.replace || in.at("REPLACE");
@@ -465,7 +465,7 @@ Block Parser::statements(std::string_view end) {
         while (accept(";")) continue;
         if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
         const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
-        if (open && at("THROW")) syntaxError();
+        if (open && at("THROW")) throwSyntaxError();
         if (open && at("WITH"))
             throw SyntaxError(sqlError(message::kMissingSemicolonBeforeWith), peek().line);
         statements.push_back(statement());
@@ -475,7 +475,7 @@ Block Parser::statements(std::string_view end) {
 StatementPtr Parser::statement() {
     const Nesting nesting(*this);
     while (accept(";")) continue;
-    for (const auto word : kUnsupported) refuse(word, word == "BULK" ? "BULK INSERT" : word);
+    for (const auto word : kUnsupported) throwIfAt(word, word == "BULK" ? "BULK INSERT" : word);
     const Token& first = peek();
     const int line = first.line;
     if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
@@ -500,12 +500,12 @@ void Parser::noteTemporary(const Statement& statement) {
 
 // @name [AS] type [= value] of a variable or parameter.
 Declaration Parser::declaration(bool isParameter) {
-    if (!atVariable()) syntaxError();
-    const Token& name = take();
+    if (!atVariable()) throwSyntaxError();
+    const Token& name = takeToken();
     Declaration node{std::string(name.raw), {}, nullptr};
     accept("AS");
-    refuse("CURSOR", "cursor variables");
-    if (m_module && m_module->function) refuse("TABLE", "table variables inside functions");
+    throwIfAt("CURSOR", "cursor variables");
+    if (m_module && m_module->function) throwIfAt("TABLE", "table variables inside functions");
     if (at("TABLE") && !isParameter)
         node.table = std::make_shared<const CreateTable>(tableVariable(name));
     else
@@ -514,7 +514,7 @@ Declaration Parser::declaration(bool isParameter) {
         throw SyntaxError(sqlError(message::kLobVariable), name.line);
     if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
-    refuse("READONLY", "table-valued parameters");
+    throwIfAt("READONLY", "table-valued parameters");
     if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
         throw SyntaxError(sqlError(message::kVariableAlreadyDeclared, {name.raw}), name.line);
     (node.table ? m_declaredTables : m_declared).insert(node.name);
@@ -532,15 +532,15 @@ bool Parser::atConstant() const {
 
 // A constant or a variable, where other expressions have no place.
 ExprPtr Parser::constant() {
-    if (!atConstant()) syntaxError();
+    if (!atConstant()) throwSyntaxError();
     return unary();
 }
 
 // The same, where a bare word is a text.
 ExprPtr Parser::wordOrConstant() {
     if (!atName() && !at("ON")) return constant();
-    const Token& word = take();
-    return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), true)}});
+    const Token& word = takeToken();
+    return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), /*national=*/true)}});
 }
 
 }  // namespace tsql

@@ -157,7 +157,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
-        selectItem(item, m_output, list, false);
+        selectItem(item, m_output, list, /*collate=*/false);
     }
     m_scope = nullptr;
     return " RETURNING " + list;

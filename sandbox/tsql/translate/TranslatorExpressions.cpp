@@ -184,7 +184,7 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     if (m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
     m_scope->sawAggregate = true;
     ++m_scope->aggregateDepth;
-    const auto arguments = callArguments(call, false);
+    const auto arguments = callArguments(call, /*datePart=*/false);
     Typed result = emitCall(function, arguments, call.distinct);
     if (!call.within.empty()) {
         if (!sameWord(call.name.name, "STRING_AGG"))
@@ -212,7 +212,7 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
         throw sqlError(message::kFrameNotAllowed, {name});
     if (!m_scope || !m_scope->windows) throw sqlError(message::kWindowNotAllowedHere);
     m_scope->windows = false;
-    Typed result = emitCall(function, callArguments(call, false));
+    Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
     std::string partition;
     for (const auto& key : values(call.over->partition))
         partition += (partition.empty() ? "PARTITION BY " : ", ") + collated(key);

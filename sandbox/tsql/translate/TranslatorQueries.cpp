@@ -75,14 +75,15 @@ QueryText Translator::select(const Select& select, const Query& query) {
     scope.windows = false;
     if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
         throw sqlError(message::kAssignmentAmongResults);
-    refuseLooseColumns(8120, grouped);
+    refuseLooseColumns(message::kUngroupedInSelect, grouped);
     const bool listHasAggregate = scope.sawAggregate;
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
-    refuseLooseColumns(8121, grouped);
+    refuseLooseColumns(message::kUngroupedInHaving, grouped);
     scope.windows = true;
-    const std::string orderSql = orderBy(query.orderBy, text, false, select.distinct ? &list : nullptr);
+    const std::string orderSql =
+        orderBy(query.orderBy, text, /*outputOnly=*/false, select.distinct ? &list : nullptr);
     scope.windows = false;
-    refuseLooseColumns(8127, grouped);
+    refuseLooseColumns(message::kUngroupedInOrderBy, grouped);
 
     const std::string limitSql = limit(&select, query);
     if (!depth.empty()) {
@@ -111,7 +112,7 @@ void Translator::refuseInRecursion(const Select& select) const {
 // SELECT @v = @v + a FROM t ORDER BY b: the rows are put in order before the first value is computed.
 QueryText Translator::assignInOrder(const Select& select, const Query& query, const std::string& rows) {
     QueryText text;
-    const std::string order = orderBy(query.orderBy, text, false) + limit(&select, query);
+    const std::string order = orderBy(query.orderBy, text, /*outputOnly=*/false) + limit(&select, query);
     std::string all = "0", list;
     int columns = 0;
     for (auto& source : m_scope->sources)
@@ -121,9 +122,9 @@ QueryText Translator::assignInOrder(const Select& select, const Query& query, co
         }
     m_scope->loose.clear();
     m_sorted = false;
-    for (const auto& item : select.items) selectItem(item, text, list, false);
+    for (const auto& item : select.items) selectItem(item, text, list, /*collate=*/false);
     if (m_assignments.size() != text.columns.size()) throw sqlError(message::kAssignmentAmongResults);
-    refuseLooseColumns(8120, false);
+    refuseLooseColumns(message::kUngroupedInSelect, /*grouped=*/false);
     text.sql =
         "WITH ordered AS MATERIALIZED (SELECT " + all + rows + order + ") SELECT " + list + " FROM ordered";
     return text;
@@ -287,7 +288,8 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     text.compound = query.orderBy.empty() && !query.offset;
     text.sql = (flat ? left.sql : "SELECT " + leftList + " FROM (" + left.sql + ")") +
                std::string(kWords[static_cast<std::size_t>(operation.op)]) + "SELECT " + rightList +
-               " FROM (" + right.sql + ")" + orderBy(query.orderBy, text, true) + limit(nullptr, query);
+               " FROM (" + right.sql + ")" + orderBy(query.orderBy, text, /*outputOnly=*/true) +
+               limit(nullptr, query);
     return text;
 }
 

@@ -53,20 +53,21 @@ QueryText Translator::forXml(const QueryText& rows, const ast::ForXml& xml) cons
     for (const auto& output : rows.columns) {
         const std::string& name = output.column.name;
         if (xml.path && isXmlText(name)) {
-            content += orNothing(cellText(output, false));
+            content += orNothing(cellText(output, /*attribute=*/false));
         } else if (name.empty()) {
             throw sqlError(message::kUnnamedXmlColumn);
         } else if (!xml.elements || (xml.path && name.starts_with('@'))) {
             if (content.size() > 2) throw sqlError(message::kAttributeAfterElement, {name});
             if (xml.row.empty()) throw sqlError(message::kRowTagOmitted);
             const std::string tag = quotedText(" " + xmlName(name.substr(xml.path)) + "=\"");
-            attributes += orNothing(tag + " || " + cellText(output, true) + " || '\"'");
+            attributes += orNothing(tag + " || " + cellText(output, /*attribute=*/true) + " || '\"'");
         } else {
             if (xml.path && name.find_first_of("/()") != std::string::npos)
                 throw unsupported("the path '" + name + "' in FOR XML PATH");
             const std::string tag = xmlName(name);
-            content += orNothing(quotedText("<" + tag + ">") + " || " + cellText(output, false) + " || " +
-                                 quotedText("</" + tag + ">"));
+            content +=
+                orNothing(quotedText("<" + tag + ">") + " || " + cellText(output, /*attribute=*/false) +
+                          " || " + quotedText("</" + tag + ">"));
         }
     }
     const std::string row = xmlName(xml.row), root = xmlName(xml.root);

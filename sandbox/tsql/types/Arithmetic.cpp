@@ -15,7 +15,7 @@ Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
                           : op == BinaryOp::Subtract ? left - right
                           : op == BinaryOp::Multiply ? left * right
                                                      : left / right;
-    if (!std::isfinite(result)) overflow(type);
+    if (!std::isfinite(result)) throwOverflow(type);
     return convertValue(result, simpleType(TypeId::Float), type);
 }
 
@@ -30,7 +30,7 @@ Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, con
     const Int128 sum = op == BinaryOp::Add ? ticks(left, leftType) + ticks(right, rightType)
                                            : ticks(left, leftType) - ticks(right, rightType);
     const Int128 total = sum + DateTime::kDay1900 * static_cast<Int128>(DateTime::kTicksPerDay);
-    if (total < 0) overflow(type);
+    if (total < 0) throwOverflow(type);
     return toStorage({static_cast<std::int64_t>(total / DateTime::kTicksPerDay),
                       static_cast<std::int64_t>(total % DateTime::kTicksPerDay)},
                      type);
@@ -74,7 +74,7 @@ Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, con
 }
 
 Value checkedCell(Int128 number, const SqlType& type) {
-    if (!fits(number, type)) overflow(type);
+    if (!fits(number, type)) throwOverflow(type);
     return exactCell(number, type);
 }
 

@@ -195,7 +195,7 @@ SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
 constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract", "multiply", "divide",
                                                             "modulo", "'&'",      "'|'",      "'^'"};
 
-[[noreturn]] void refuseOperands(BinaryOp op, const SqlType& left, const SqlType& right) {
+[[noreturn]] void throwWrongOperands(BinaryOp op, const SqlType& left, const SqlType& right) {
     const auto name = kOperatorNames[static_cast<std::size_t>(op)];
     if (left.id == right.id) throw sqlError(message::kInvalidOperandType, {baseName(left.id), name});
     throw sqlError(message::kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
@@ -360,10 +360,10 @@ SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right) {
     if (isClassicDate(high.id) && isDateSum(op, left, right)) return high;
     if (!isNumber(high.id) || high.id == TypeId::Bit || isDateTime(left.id) || isDateTime(right.id)) {
         if (high.id == TypeId::Bit && op >= BinaryOp::BitAnd) return high;
-        refuseOperands(op, left, right);
+        throwWrongOperands(op, left, right);
     }
-    if (op >= BinaryOp::BitAnd && !isInteger(high.id)) refuseOperands(op, left, right);
-    if (op == BinaryOp::Modulo && isApproximate(high.id)) refuseOperands(op, left, right);
+    if (op >= BinaryOp::BitAnd && !isInteger(high.id)) throwWrongOperands(op, left, right);
+    if (op == BinaryOp::Modulo && isApproximate(high.id)) throwWrongOperands(op, left, right);
     if (high.id != TypeId::Decimal) return high;
     const auto operand = [&](const SqlType& type) { return isExact(type.id) ? asDecimal(type) : high; };
     return decimalResult(op, operand(left), operand(right));

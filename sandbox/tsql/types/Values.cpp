@@ -21,21 +21,21 @@ std::string_view spoken(const SqlType& type) {
     return type.id == TypeId::Decimal ? "numeric" : baseName(type.id);
 }
 
-[[noreturn]] void overflow(const SqlType& from, const SqlType& to) {
-    if (from.scale == 0 && !isApproximate(from.id) && isInteger(to.id)) overflow(to);
+[[noreturn]] void throwOverflow(const SqlType& from, const SqlType& to) {
+    if (from.scale == 0 && !isApproximate(from.id) && isInteger(to.id)) throwOverflow(to);
     const int textState = from.id == TypeId::Decimal ? 5 : 2, scaledState = isApproximate(from.id) ? 6 : 8;
     throw sqlError(message::kArithmeticOverflow, {spoken(from), spoken(to)},
                    isText(to.id) ? textState : scaledState);
 }
 
-[[noreturn]] void badText(std::string_view text, const SqlType& from, const SqlType& to) {
+[[noreturn]] void throwBadText(std::string_view text, const SqlType& from, const SqlType& to) {
     if (to.id == TypeId::BigInt || to.id == TypeId::Decimal || isApproximate(to.id))
         throw sqlError(message::kConversionError, {spoken(from), spoken(to)});
     if (isMoney(to.id)) throw sqlError(message::kBadMoneyText);
     throw sqlError(message::kBadTextForType, {spoken(from), text, spoken(to)});
 }
 
-[[noreturn]] void notConverted(const SqlType& from, const SqlType& to) {
+[[noreturn]] void throwNotConverted(const SqlType& from, const SqlType& to) {
     throw unsupported("the conversion of " + std::string(spoken(from)) + " to " + std::string(spoken(to)));
 }
 
@@ -72,7 +72,7 @@ class Converter {
         if (isApproximate(m_from.id)) return integerFromFloat();
         if (isClassicDate(m_from.id)) return rangeChecked(static_cast<Int128>(std::llround(dayNumber())));
         if (isBinary(m_from.id)) return integerFromBinary();
-        notConverted(m_from, m_to);
+        throwNotConverted(m_from, m_to);
     }
 
     Value rangeChecked(Int128 value) const {
@@ -82,7 +82,7 @@ class Converter {
         if (isInteger(m_from.id) && m_to.id < TypeId::Int)
             throw sqlError(message::kOverflowOfValue, {spoken(m_to), std::to_string(number)},
                            m_to.id == TypeId::TinyInt ? 2 : 1);
-        overflow(m_from, m_to);
+        throwOverflow(m_from, m_to);
     }
 
     Value integerFromText() const {
@@ -93,18 +93,18 @@ class Converter {
         const bool negative = digits[0] == '-';
         if (negative || digits[0] == '+') digits = trimLeft(digits.substr(1));
         if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
-            badText(text(), m_from, m_to);
+            throwBadText(text(), m_from, m_to);
         const auto significant = digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
         Int128 value = 0;
         for (const char c : significant.substr(0, 20)) value = value * 10 + (c - '0');
         if (negative) value = -value;
-        if (m_to.id != TypeId::Bit && (significant.size() > 20 || !fits(value, m_to))) textOverflow();
+        if (m_to.id != TypeId::Bit && (significant.size() > 20 || !fits(value, m_to))) throwTextOverflow();
         return rangeChecked(value);
     }
 
-    [[noreturn]] void textOverflow() const {
+    [[noreturn]] void throwTextOverflow() const {
         if (m_to.id == TypeId::Int) throw sqlError(message::kOverflowOfInt, {spoken(m_from), text()});
-        if (m_to.id == TypeId::BigInt) overflow(m_to);
+        if (m_to.id == TypeId::BigInt) throwOverflow(m_to);
         throw sqlError(message::kOverflowOfSmallInteger,
                        {spoken(m_from), text(), m_to.id == TypeId::TinyInt ? "INT1" : "INT2"});
     }
@@ -112,14 +112,14 @@ class Converter {
     Value integerFromFloat() const {
         const double value = real();
         if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
-        if (!(std::fabs(value) < 9.2233720368547748e18)) floatOverflow();
+        if (!(std::fabs(value) < 9.2233720368547748e18)) throwFloatOverflow();
         const auto whole = static_cast<std::int64_t>(value);
-        if (!fits(whole, m_to)) floatOverflow();
+        if (!fits(whole, m_to)) throwFloatOverflow();
         return whole;
     }
 
-    [[noreturn]] void floatOverflow() const {
-        if (m_to.id == TypeId::BigInt) overflow(m_to);
+    [[noreturn]] void throwFloatOverflow() const {
+        if (m_to.id == TypeId::BigInt) throwOverflow(m_to);
         std::array<char, 400> number{};
         std::snprintf(number.data(), number.size(), "%.6f", real());
         throw sqlError(message::kOverflowOfType, {spoken(m_to), number.data()},
@@ -145,12 +145,12 @@ class Converter {
         if (isClassicDate(m_from.id))
             return scaleChecked(rescaled(static_cast<double>(dayNumber()), m_to.scale));
         if (isBinary(m_from.id) && isMoney(m_to.id)) return integerFromBinary();
-        notConverted(m_from, m_to);
+        throwNotConverted(m_from, m_to);
     }
 
     Value scaleChecked(Int128 value) const {
         if (fits(value, m_to)) return exactCell(value, m_to);
-        overflow(m_from, m_to);
+        throwOverflow(m_from, m_to);
     }
 
     // Digits with at most one point; money also takes a currency sign and commas.
@@ -173,17 +173,17 @@ class Converter {
                 point = true;
                 continue;
             }
-            if (c < '0' || c > '9') badText(text(), m_from, m_to);
+            if (c < '0' || c > '9') throwBadText(text(), m_from, m_to);
             any = true;
             if (point && scale >= m_to.scale) {  // the first digit that is not kept decides
                 up = up || (scale++ == m_to.scale && c >= '5');
                 continue;
             }
-            if (value >= kFull) overflow(m_from, m_to);
+            if (value >= kFull) throwOverflow(m_from, m_to);
             value = value * 10 + (c - '0');
             scale += point;
         }
-        if (!any) badText(text(), m_from, m_to);
+        if (!any) throwBadText(text(), m_from, m_to);
         value = rescaled(value, std::min<int>(scale, m_to.scale), m_to.scale, Rounding::Truncate) + up;
         return scaleChecked(negative ? -value : value);
     }
@@ -200,9 +200,9 @@ class Converter {
         else if (isClassicDate(m_from.id))
             value = static_cast<double>(dayNumber());
         else
-            notConverted(m_from, m_to);
+            throwNotConverted(m_from, m_to);
         if (m_to.id != TypeId::Real) return value;
-        if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max())) overflow(m_to);
+        if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max())) throwOverflow(m_to);
         return static_cast<double>(static_cast<float>(value));
     }
 
@@ -212,9 +212,9 @@ class Converter {
         if (digits[0] == '+') digits.remove_prefix(1);
         double value = 0;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-        if (error == std::errc::result_out_of_range) overflow(m_from, m_to);
+        if (error == std::errc::result_out_of_range) throwOverflow(m_from, m_to);
         if (error != std::errc() || end != digits.data() + digits.size() || !std::isfinite(value))
-            badText(text(), m_from, m_to);
+            throwBadText(text(), m_from, m_to);
         return value;
     }
 
@@ -241,9 +241,9 @@ class Converter {
             if (m_to.id == TypeId::Char) star.append(limit - 1, ' ');
             return star;
         }
-        if (isApproximate(m_from.id) && !isNational(m_to.id)) floatOverflow();
-        if (isInteger(m_from.id) || isApproximate(m_from.id)) overflow(m_to);
-        if (m_from.id == TypeId::Decimal) overflow(m_from, m_to);
+        if (isApproximate(m_from.id) && !isNational(m_to.id)) throwFloatOverflow();
+        if (isInteger(m_from.id) || isApproximate(m_from.id)) throwOverflow(m_to);
+        if (m_from.id == TypeId::Decimal) throwOverflow(m_from, m_to);
         if (isMoney(m_from.id)) throw sqlError(message::kNoSpaceForMoney, {spoken(m_to)});
         if (m_from.id == TypeId::UniqueIdentifier)
             throw sqlError(message::kInsufficientSpace,
@@ -301,7 +301,7 @@ class Converter {
         if (isText(m_from.id)) return dateTimeFromText();
         if (isDateTime(m_from.id)) return dateTimeFromOther();
         if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
-        notConverted(m_from, m_to);
+        throwNotConverted(m_from, m_to);
     }
 
     Value dateTimeFromText() const { return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style)); }
@@ -311,7 +311,7 @@ class Converter {
     Value dateTimeFromNumber() const {
         const auto number = std::get<double>(convertValue(m_value, m_from, simpleType(TypeId::Float)));
         const double whole = std::floor(number);
-        if (std::fabs(whole) > 3e6) overflow(m_from, m_to);
+        if (std::fabs(whole) > 3e6) throwOverflow(m_from, m_to);
         const auto ticks =
             static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay));
         return stored({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks});
@@ -329,7 +329,7 @@ class Converter {
         if (isText(m_from.id)) return identifierFromText();
         if (m_from.id == TypeId::UniqueIdentifier) return std::string(text());
         if (isBinary(m_from.id)) return identifierFromBinary();
-        notConverted(m_from, m_to);
+        throwNotConverted(m_from, m_to);
     }
 
     Value identifierFromText() const {
@@ -379,7 +379,7 @@ class Converter {
         if (isInteger(m_from.id) || isMoney(m_from.id)) return bytesOfInteger();
         if (isText(m_from.id)) return m_style > 0 ? bytesOfHex() : bytesOfText();
         if (m_from.id == TypeId::UniqueIdentifier) return bytesOfIdentifier();
-        notConverted(m_from, m_to);
+        throwNotConverted(m_from, m_to);
     }
 
     Bytes bytesOfInteger() const {
@@ -430,7 +430,7 @@ class Converter {
 
 }  // namespace
 
-void overflow(const SqlType& type) {
+void throwOverflow(const SqlType& type) {
     throw sqlError(message::kArithmeticOverflow, {"expression", spoken(type)});
 }
 

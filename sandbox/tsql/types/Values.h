@@ -56,7 +56,7 @@ TypedValue binaryLiteral(std::string_view hex);  // the digits after 0x
 
 // The storage form of a number of an exact type. Throws SqlError 8115 when it is too large for it.
 Value checkedCell(Int128 number, const SqlType& type);
-[[noreturn]] void overflow(const SqlType& type);  // error 8115: an expression is too large for its type
+[[noreturn]] void throwOverflow(const SqlType& type);  // error 8115: an expression is too large for its type
 
 std::string hexDigits(std::span<const std::byte> bytes);  // "0A1B"
 // Pairs of hexadecimal digits; nothing when they are not.
