@@ -81,8 +81,8 @@ TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
         Words words;
         std::string errors;
     } cases[] = {
-        {{"pack", plain, "-o", place / "new.sql"}, "cannot be enciphered"},
-        {{"pack", plain, "-o", place / "old.sql"}, "cannot be enciphered"},
+        {{"pack", plain, "-o", place / "new.sql"}, "cannot be encrypted"},
+        {{"pack", plain, "-o", place / "old.sql"}, "cannot be encrypted"},
         {{"repack", "--old-key", folder / "cipher.key", "--new-key", next, place / "old.sql"},
          "left as it is"},
         {{"run", "Long", "--dry-run", "-o", place / "old.sql"}, ""},

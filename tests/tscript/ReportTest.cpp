@@ -173,7 +173,7 @@ TEST_F(Report, IsReadableInBothColourSchemesAndWidths) {
     expectIn(text, {"&lt;b&gt;bold&lt;/b&gt; &quot;quoted&quot; it&#39;s 100% [x]*", "&lt;img src=x&gt;",
                     "aria-label=\"Output of run 2\">&lt;script&gt;alert(1)&lt;/script&gt; &amp; one\nline 0-",
                     "&lt;/script&gt; &amp; two\nline 0-", "line 8-", "the debug log has more",
-                    "\">step 1 of 2\n</pre>", "Its output is not known", "1 abandoned",
+                    "\">step 1 of 2\n</pre>", "Its output is unknown", "1 abandoned",
                     "4 runs failed or abandoned"});
     const std::string password = support::readFile(folder / "password");
     for (const std::string& never : {std::string("://"), std::string("line 9-"), password.substr(0, 12)})
@@ -267,7 +267,7 @@ TEST_F(Report, TheOutputOfASuccessIsNotAFailures) {
 
 TEST_F(Report, IsWrittenWholeOrNotAtAll) {
     expectAll({
-        {{"report", "--since", "yesterday"}, 2, "", "is no time"},
+        {{"report", "--since", "yesterday"}, 2, "", "is not a time"},
         {{"report", "--db", "Nothing"}, 2, "", "Dorvas, NQ2"},
         {{"report", "--name", std::string(257, 'x')}, 2, "", "longer than 256"},
         {{"report", "--store", "/nowhere"}, 3, "", "/nowhere"},

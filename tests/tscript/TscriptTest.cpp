@@ -137,7 +137,7 @@ TEST_F(Installation, ReportsFaultsOfAnInstallation) {
     fs::permissions(folder / "cipher.key", fs::perms(0600));
     fs::rename(folder / "cipher.key", folder / "old.key");
     expectAll({{purge, 3, "", "the key file that cipherKeyFile names is missing"},
-               {{"key", "create"}, 0, "", "made the key"},
+               {{"key", "create"}, 0, "", "created the key"},
                {{"key", "create"}, 3, "", "cipher.key"},
                {purge, 3, "", "another key"}});
     fs::rename(folder / "old.key", folder / "cipher.key");
@@ -220,8 +220,8 @@ TEST_F(Installation, InspectsPackages) {
         {{"inspect", packed, "--json"}, 0, "\"bodyLines\": 3,\n  \"placeholders\": 3\n", ""},
         {{"inspect", packed}, 0, " bytes, 3 line(s), 3 placeholder(s)\n", ""},
         {{"inspect", packed, "--body"}, 0, "\n\n" + body, ""},
-        {{"inspect", m_temp / "none"}, 2, "", "is no file"},
-        {{"inspect", m_temp.path()}, 2, "", "is no file"},
+        {{"inspect", m_temp / "none"}, 2, "", "is not a file"},
+        {{"inspect", m_temp.path()}, 2, "", "is not a file"},
         {{"inspect", store()}, 3, "no: ", "is not authentic"},
     });
     EXPECT_EQ(run({"inspect", packed}).output.find("PRINT"), std::string::npos);
@@ -256,12 +256,12 @@ TEST(CommandLine, LintsPlainScripts) {
         {"#START_OPTIONS#\nHello\n", 1, "error: there is no line #START_SCRIPT#"},
         {"#START_OPTIONS#\nAuthor:me\n" + head + "GO\n", 0, "line 2: the key \"Author:\" is unknown"},
         {"#START_OPTIONS#\nSee GUID:x\n" + head + "GO\n", 0, "\"GUID:\" counts as a key here too"},
-        {"#START_OPTIONS#\nPlexum ID:x\n" + head + "GO\n", 0, "is no number"},
+        {"#START_OPTIONS#\nPlexum ID:x\n" + head + "GO\n", 0, "is not a number"},
         {"#START_OPTIONS#\nDatabase Name:Dorvax\n" + head + "GO\n", 0, "no database of that name"},
         {head + "#START_SCRIPT\nGO\n", 0, "line 4: begins like a marker"},
         {head + "PRINT '5%%'\nPRINT '%s'\n", 0, "line 4: %% before the last placeholder"},
         {head + "PRINT '%s'\nPRINT '5%%'\n", 0, "0 warning(s)"},
-        {head + "PRINT '%%s'\n", 0, "line 4: %%s takes a parameter"},
+        {head + "PRINT '%%s'\n", 0, "line 4: %%s uses up a parameter"},
         {head + "/* 5%s\n*/ PRINT '%s'\n", 0, "line 4: a percent sign between"},
         {head + "PRINT '--%s'\n", 0, "0 warning(s)"},
         {head + "GO -- %s\n", 0, "line 4: a placeholder in a -- comment"},
@@ -273,7 +273,7 @@ TEST(CommandLine, LintsPlainScripts) {
         EXPECT_NE(result.output.find(c.output), std::string::npos) << c.output << " in " << result.output;
     }
     expectCases(
-        {{{"lint", temp / "none"}, 2, "", "is no file"}, {{"lint", plain, "--json"}, 0, "\"line\": 4", ""}});
+        {{{"lint", temp / "none"}, 2, "", "is not a file"}, {{"lint", plain, "--json"}, 0, "\"line\": 4", ""}});
 }
 
 TEST_F(Installation, RepacksWithANewKey) {
@@ -284,11 +284,11 @@ TEST_F(Installation, RepacksWithANewKey) {
     const fs::path broken = folder / "Scripts" / "Broken.sql";
     const Words words = {"repack", "--old-key", key, "--new-key", next, broken, purge, report};
     expectAll(
-        {{words, 3, "", "next.key cannot be used: it is missing"}, {{"key", "create", next}, 0, "", "made"}});
+        {{words, 3, "", "next.key cannot be used: it is missing"}, {{"key", "create", next}, 0, "", "created"}});
     const std::string old = support::readFile(purge);
     const fs::path third = m_temp / "third.key";
     expectAll(
-        {{{"key", "create", third}, 0, "", "made"},
+        {{{"key", "create", third}, 0, "", "created"},
          {{"key", "create", third}, 3, "", "File exists"},
          {{"repack", "--old-key", third, "--new-key", next, purge, report}, 3, "", "2 of 2 file(s) were"},
          {{"inspect", purge}, 0, "yes, every record", ""},
@@ -386,7 +386,7 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"which", "Rows", "--json"}, 0, R"("packageDatabase": "Dorvas")", ""},
         {{"which", "None"}, 2, "", "neither a package nor a stored-procedure"},
         {{"journal", "--status", "broken"}, 2, "", "broken"},
-        {{"journal", "--since", "2026-02-30"}, 2, "", "is no time"},
+        {{"journal", "--since", "2026-02-30"}, 2, "", "is not a time"},
         {{"journal", "--last", "-1"}, 2, "", "-1"},
         {{"journal", "--name", std::string(257, '*')}, 2, "", "longer than 256"},
         {{"catalogue", "--db", "Nope"}, 2, "", "Dorvas, NQ2"},
@@ -525,7 +525,7 @@ TEST_F(Installation, DoctorReportsItsFindings) {
     }
     expectCases({{doctor, 3, "FAILED   store: ", ""}, {doctor, 3, "skipped  everything else", ""}});
     fs::permissions(store(), fs::perms(0666));
-    expectAll({{doctor, 3, "FAILED   store mode: everybody may change", ""}});
+    expectAll({{doctor, 3, "FAILED   store mode: every user can change", ""}});
     fs::permissions(store(), fs::perms(0600));
     fs::permissions(folder / "cipher.key", fs::perms(0640));
     expectAll({{doctor, 3, "set its mode to 0600", ""}, {doctor, 3, "databases: not tried without key", ""}});
@@ -556,9 +556,9 @@ TEST_F(Installation, ShowsAndChangesItsValues) {
         {{"config", "get", "Base.nPLATTYPE", "--json"}, 0, "\"value\": 1\n", ""},
         {{"config", "get", "Base.sNothing"}, 3, "", "has no value"},
         {{"config", "get", "Database.pACCESS"}, 2, "", "is a secret"},
-        {{"config", "get", "Base"}, 2, "", "names no value"},
-        {{"config", "set", "a.b.c.d", "1"}, 2, "", "names no value"},
-        {{"config", "set", "Base.nPLATTYP", "1"}, 2, "", "is no value of the store"},
+        {{"config", "get", "Base"}, 2, "", "is not the name of a value"},
+        {{"config", "set", "a.b.c.d", "1"}, 2, "", "is not the name of a value"},
+        {{"config", "set", "Base.nPLATTYP", "1"}, 2, "", "is not a value of the store"},
         {{"config", "set", "Base.nPLATTYPE", "1x"}, 2, "", "whole number"},
         {{"config", "set", "Base.nPLATTYPE", "2147483648"}, 2, "", "whole number"},
         {{"config", "set", "Base.dBASEHOME", "relative"}, 2, "", "absolute path"},
@@ -593,7 +593,7 @@ TEST_F(Installation, AsksBeforeDataIsLost) {
         {{"credentials", "test", "NQ2"}, 5, "", "Login failed"},
         {{"db", "backup", "dorvas", backup}, 0, "Backed-Up", ""},
         {restore, 2, "RESTORE DATABASE copy", "Give --yes", "yes\n"},
-        {with(restore, "--no-input"), 2, "", "Nobody can be asked"},
+        {with(restore, "--no-input"), 2, "", "Confirmation is needed"},
         {with(restore, "--yes"), 0, "RESTORE DATABASE copy", "restored copy"},
         {{"db", "list"}, 0, "copy\n", ""},
         {{"sandbox", "shell", "--dir", folder}, 0, "dorvas", "", "SELECT DB_NAME()\nGO\n"},

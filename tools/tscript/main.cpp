@@ -1,4 +1,4 @@
-// tscript: runs tscripts and looks after their installation.
+// tscript: command line tool that runs tscripts and maintains their installation.
 #include <signal.h>
 
 #include <clocale>
@@ -7,45 +7,46 @@
 #include <exception>
 
 #include "commands/Commands.h"
-#include "commands/Suggestion.h"
+#include "commands/MistypedCommand.h"
 #include "console/Confirmation.h"
 #include "console/Console.h"
 #include "console/Terminal.h"
 
 namespace {
 
-constexpr const char* kDescription = "Runs tscripts, packs them, and looks after their installation.";
+constexpr const char* kDescription = "Runs and packs tscripts, and maintains their installation.";
 constexpr const char* kFooter = R"(
 Exit codes:
   0    done
   1    the script failed
   2    wrong usage
-  3    something is wrong with the installation
+  3    the installation is not in order
   4    no connection to the database
   5    refused: authentication, a secured script, or a package of another site
   130  interrupted)";
 
-constexpr void (*kFamilies[])(CLI::App&, Action&) = {
-    addScriptCommands,     addJournalCommands, addPackageCommands, addDatabaseCommands, addKeyCommands,
-    addCredentialCommands, addSandboxCommands, addDoctorCommand,   addConfigCommands,   addReportCommand,
+constexpr void (*kAddCommands[])(CLI::App&, Action&) = {
+    addScriptCommands, addJournalCommands,  addPackCommand,   addInspectCommand,     addLintCommand,
+    addRepackCommand,  addDatabaseCommands, addKeyCommands,   addCredentialCommands, addSandboxCommands,
+    addDoctorCommand,  addConfigCommands,   addReportCommand,
 };
 
-int fail(ExitCode code, const std::string& what, const std::string& advice) {
+int reportFailure(ExitCode code, const std::string& what, const std::string& advice) {
     writeNote("tscript: " + what);
     writeNote(advice);
     return static_cast<int>(code);
 }
 
-int endOfParsing(const CLI::App& app, const CLI::ParseError& end, int argc, char** argv) {
-    const std::string mistyped = unknownCommand(app, argc, argv);
-    const bool isAnswered = end.get_exit_code() == 0;  // --help and --version
-    if (isAnswered && mistyped.empty()) return app.exit(end);
-    return fail(ExitCode::kUsage, mistyped.empty() ? end.what() : mistyped, "See tscript --help.");
+int reportParsing(const CLI::App& app, const CLI::ParseError& end, int argc, char** argv) {
+    const std::string mistyped = describeUnknownCommand(app, argc, argv);
+    const bool isHelpOrVersion = end.get_exit_code() == 0;
+    if (isHelpOrVersion && mistyped.empty()) return app.exit(end);
+    return reportFailure(ExitCode::kUsage, mistyped.empty() ? end.what() : mistyped, "See tscript --help.");
 }
 
 int flushOutput(ExitCode code) {
     if (std::fflush(resultStream()) == 0 && !std::ferror(resultStream())) return static_cast<int>(code);
-    return fail(ExitCode::kInstallation, "standard output cannot be written", "Is the disk full?");
+    return reportFailure(ExitCode::kInstallation, "standard output cannot be written", "Is the disk full?");
 }
 
 int runTool(int argc, char** argv) {
@@ -58,15 +59,15 @@ int runTool(int argc, char** argv) {
            "--store", [](const std::string& file) { setenv("ZEPHRA_REGISTRY", file.c_str(), 1); },
            "Configuration store (default: $ZEPHRA_REGISTRY, else /etc/zephra/registry.toml)")
         ->type_name("FILE");
-    addNoInput(app);
+    addNoInputOption(app);
     Action action;
-    for (const auto addFamily : kFamilies) addFamily(app, action);
+    for (const auto addCommands : kAddCommands) addCommands(app, action);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
-        return endOfParsing(app, end, argc, argv);
+        return reportParsing(app, end, argc, argv);
     }
-    separateResults();
+    redirectLibraryOutput();
     return flushOutput(action());
 }
 
@@ -74,15 +75,15 @@ int runTool(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     occupyClosedStreams();
-    std::setlocale(LC_CTYPE, "C.UTF-8");  // what is UTF-8, and how wide; nothing else follows the locale
-    signal(SIGXFSZ, SIG_IGN);             // a limit of file sizes then fails a write, as a full disk does
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // for TextWidth.h
+    signal(SIGXFSZ, SIG_IGN);             // exceeding the file size limit then fails write()
     try {
         return runTool(argc, argv);
     } catch (const Failure& failure) {
         std::fflush(resultStream());
-        return fail(failure.code(), failure.what(), failure.advice());
+        return reportFailure(failure.code(), failure.what(), failure.advice());
     } catch (const std::exception& error) {
         std::fflush(resultStream());
-        return fail(ExitCode::kInstallation, error.what(), {});
+        return reportFailure(ExitCode::kInstallation, error.what(), {});
     }
 }

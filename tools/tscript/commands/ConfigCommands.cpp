@@ -1,4 +1,4 @@
-// config: the values of the store.
+// Command family `config`: the values of the configuration store.
 #include <algorithm>
 #include <memory>
 
@@ -20,8 +20,8 @@ struct ConfigOptions {
 
 constexpr const char* kMasked = "(secret)";
 
-// By a key's name, with or without its instance; "host" has its programs below it.
-bool isBelow(const StoreEntry& entry, const std::string& key) {
+// Matches a key with or without its instance; "host" includes its programs.
+bool isUnder(const StoreEntry& entry, const std::string& key) {
     const std::string full = entry.fullName();
     return key.empty() || entry.table.back() == key || entry.table.front() == key ||
            full.substr(0, full.size() - entry.name.size() - 1) == key;
@@ -39,10 +39,10 @@ Json toJson(const StoreEntry& entry) {
 ExitCode show(const ConfigOptions& options) {
     requireStore();
     Json list = Json::array();
-    std::size_t shown = 0;
+    std::size_t shownCount = 0;
     for (const StoreEntry& entry : storeEntries()) {
-        if (!isBelow(entry, options.key)) continue;
-        ++shown;
+        if (!isUnder(entry, options.key)) continue;
+        ++shownCount;
         if (options.json) {
             list.push_back(toJson(entry));
         } else {
@@ -50,14 +50,14 @@ ExitCode show(const ConfigOptions& options) {
         }
     }
     if (options.json) writeJson(list);
-    if (shown > 0 || options.key.empty()) return ExitCode::kDone;
+    if (shownCount > 0 || options.key.empty()) return ExitCode::kDone;
     throw Failure(ExitCode::kUsage, "the store has no key '" + options.key.substr(0, 128) + "'",
                   "tscript config show lists all values.");
 }
 
 ExitCode get(const ConfigOptions& options) {
     requireStore();
-    const StoreEntry wanted = entryNamed(options.name);
+    const StoreEntry wanted = parseEntryName(options.name);
     for (const StoreEntry& entry : storeEntries()) {
         if (entry.table != wanted.table || entry.name != wanted.name) continue;
         if (entry.isSecret())
@@ -74,8 +74,8 @@ ExitCode get(const ConfigOptions& options) {
 
 ExitCode set(const ConfigOptions& options) {
     requireStore();
-    const StoreEntry entry = entryNamed(options.name);
-    const auto value = checkedValue(entry, options.value);
+    const StoreEntry entry = parseEntryName(options.name);
+    const auto value = parseValue(entry, options.value);
     std::string problem;
     if (!hostlayer::setStoreValue(entry.table, entry.name, value, problem))
         throw Failure(ExitCode::kInstallation, "the store cannot be changed: " + problem);
@@ -92,7 +92,7 @@ void addConfigCommands(CLI::App& app, Action& action) {
     constexpr const char* kName = "KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL";
     CLI::App* showing =
         addCommand(family, action, "show", "List the values; secrets are masked", options, show);
-    showing->add_option("--key", options->key, "Those of one key alone")->type_name("KEY");
+    showing->add_option("--key", options->key, "Only the values of this key")->type_name("KEY");
     showing->add_flag("--json", options->json, "Write JSON");
     CLI::App* getting = addCommand(family, action, "get", "Show one value", options, get);
     getting->add_option("NAME", options->name, kName)->required();

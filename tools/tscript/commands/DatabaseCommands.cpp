@@ -1,4 +1,4 @@
-// db: the databases of a server, their backups and their restore.
+// Command family `db`: a server's databases, their backups and their restore.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "DVUtilities/DBBase.h"
-#include "DVUtilities/DVUtilLib.h"
 #include "commands/Commands.h"
 #include "console/Confirmation.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
+#include "installation/Account.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 #include "system/Interrupt.h"
@@ -23,11 +23,11 @@ namespace {
 
 constexpr std::size_t kLongestPath = 900;  // the library's path buffers hold 1,024 bytes
 constexpr std::size_t kLongestDatabaseName = 128;
-constexpr std::size_t kLongestStatement = 4999;  // the library cuts there
-constexpr std::string_view kRestoreBuilt = "Failed to execute Database Restore Command [";
+constexpr std::size_t kLongestStatement = 4999;  // the library truncates longer ones
+constexpr std::string_view kRestoreMessage = "Failed to execute Database Restore Command [";
 
 struct DatabaseOptions {
-    std::string account = "Dorvas";  // whose server and login are used
+    std::string account = "Dorvas";  // suite database with the server and the login to use
     std::string name;
     std::string file;
     std::string folder;
@@ -36,45 +36,40 @@ struct DatabaseOptions {
     bool json = false;
 };
 
-// Connects with the account's settings, or says why that fails.
-void openAccount(DBBase& db, const std::string& account) {
+// Throws Failure with the reason if the connection fails.
+void connect(DBBase& db, const DatabaseOptions& options) {
     requireStore();
-    std::string machine;
-    std::string instance;
-    const std::string log = sessionLogFile().string();
-    const bool named = DVUtilLib("tscript", false).GetMachineName(machine, instance);
-    if (named &&
-        db.GetAccountInfo(machine.c_str(), instance.c_str(), log.c_str(), suiteDatabase(account).name))
-        return;
-    const Diagnosis diagnosis = diagnoseDatabase(account);
-    throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+    if (!openAccount(db, suiteDatabase(options.account))) throw diagnoseDatabase(options.account).failure();
 }
 
-[[noreturn]] void failQuery(const DBBase& db) {
+[[noreturn]] void throwQueryFailure(const DBBase& db) {
     requireQueryTool();
     throw Failure(ExitCode::kScriptFailed, db.getErrorMsg(),
-                  "The server's message stands in " + sessionLogFile().string() + ".");
+                  "See the server's message in " + sessionLogFile().string() + ".");
 }
 
-// Names and paths reach the server as they stand, so what would end a T-SQL literal is refused here.
-void checkForSql(const std::string& what, const std::string& text, std::size_t maximum) {
-    const auto harmful = [](char c) { return c == '\'' || c == '%' || static_cast<unsigned char>(c) < 0x20; };
+// The library inserts names and paths into T-SQL literals without quoting them.
+void checkSqlName(const std::string& what, const std::string& text, std::size_t maximum) {
+    const auto isForbidden = [](char c) {
+        return c == '\'' || c == '%' || static_cast<unsigned char>(c) < 0x20;
+    };
     checkQueryText(what, text, maximum);
-    if (text.empty() || std::any_of(text.begin(), text.end(), harmful))
+    if (text.empty() || std::any_of(text.begin(), text.end(), isForbidden))
         throw Failure(ExitCode::kUsage,
                       what + " must not be empty or hold quotes, percent signs or control characters");
 }
 
 void checkServerPath(const std::string& what, const std::string& path) {
-    checkForSql(what, path, kLongestPath);
+    checkSqlName(what, path, kLongestPath);
     if (path.front() != '/')
         throw Failure(ExitCode::kUsage, what + " '" + path + "' is not absolute",
                       "It is a path on the server's host; write it from the root.");
 }
 
-// Ctrl-C ends the query tool, which would otherwise go on behind it. `advice`: what that leaves.
+// Runs `work` with an InterruptGuard, so that Ctrl-C ends the query tool too. Throws Failure with `advice` if
+// it was interrupted; otherwise returns what `work` returned.
 template <typename Work>
-bool untilInterrupted(const std::string& advice, Work&& work) {
+bool runInterruptibly(const std::string& advice, Work&& work) {
     const InterruptGuard guard;
     const bool done = work();
     if (!done && guard.interrupted()) throw Failure(ExitCode::kInterrupted, "interrupted", advice);
@@ -82,10 +77,10 @@ bool untilInterrupted(const std::string& advice, Work&& work) {
 }
 
 ExitCode listDatabases(const DatabaseOptions& options) {
-    DBBase db(false);
-    openAccount(db, options.account);
+    DBBase db(/*flag=*/false);
+    connect(db, options);
     const std::vector<std::string> names = db.getDBList();
-    if (names.empty()) failQuery(db);
+    if (names.empty()) throwQueryFailure(db);
     if (options.json) {
         Json list = Json::array();
         for (const std::string& name : names) list.push_back({{"name", name}});
@@ -97,10 +92,10 @@ ExitCode listDatabases(const DatabaseOptions& options) {
 }
 
 ExitCode showVersion(const DatabaseOptions& options) {
-    DBBase db(false);
-    openAccount(db, options.account);
+    DBBase db(/*flag=*/false);
+    connect(db, options);
     const std::string version = db.checkSQLServerProductVersion();
-    if (version == "-1") failQuery(db);
+    if (version == "-1") throwQueryFailure(db);
     if (options.json) {
         writeJson({{"account", suiteDatabase(options.account).name}, {"majorVersion", version}});
     } else {
@@ -110,12 +105,12 @@ ExitCode showVersion(const DatabaseOptions& options) {
 }
 
 ExitCode showLastBackup(const DatabaseOptions& options) {
-    checkForSql("the database name", options.name, kLongestDatabaseName);
-    DBBase db(false);
-    openAccount(db, options.account);
+    checkSqlName("the database name", options.name, kLongestDatabaseName);
+    DBBase db(/*flag=*/false);
+    connect(db, options);
     std::array<char, 256> days{};
     std::array<char, 256> date{};
-    if (!db.getLastBackUpInfo(options.name.c_str(), days.data(), date.data())) failQuery(db);
+    if (!db.getLastBackUpInfo(options.name.c_str(), days.data(), date.data())) throwQueryFailure(db);
     const bool never = std::string_view(days.data()) == "NULL";
     if (options.json) {
         writeJson({{"name", options.name},
@@ -128,65 +123,66 @@ ExitCode showLastBackup(const DatabaseOptions& options) {
 }
 
 ExitCode backUp(const DatabaseOptions& options) {
-    checkForSql("the database name", options.name, kLongestDatabaseName);
+    checkSqlName("the database name", options.name, kLongestDatabaseName);
     checkServerPath("the backup file", options.file);
     const std::filesystem::path file = options.file;
-    DBBase db(false);
-    openAccount(db, options.account);
-    const bool done = untilInterrupted({}, [&] {
+    DBBase db(/*flag=*/false);
+    connect(db, options);
+    const bool done = runInterruptibly({}, [&] {
         return db.backUpDB(file.filename().c_str(), file.parent_path().c_str(), options.name.c_str());
     });
-    if (!done) failQuery(db);
+    if (!done) throwQueryFailure(db);
     writeResult(db.getErrorMsg());
     return ExitCode::kDone;
 }
 
-// Through the query tool, from a file, since a command line would cut it.
+// The query tool reads the statement from a file: on its command line it would be truncated.
 ExitCode executeRestore(DBBase& db, const DatabaseOptions& options, const std::string& statement) {
     if (statement.size() >= kLongestStatement)
-        throw Failure(ExitCode::kUsage, "the statement is too long and may have been cut",
+        throw Failure(ExitCode::kUsage, "the statement is too long and may have been truncated",
                       "Use shorter paths, or run the statement by hand.");
-    confirm(options.yes, "The database " + options.name + " is replaced by the backup.");
+    confirm(options.yes, "The database " + options.name + " will be replaced by the backup.");
     const ScratchFile file;
     const ScratchFile output;
     std::ofstream out(file.path(), std::ios::binary);
     out << statement << "\nGO\n";
     out.close();
     if (!out) throw Failure(ExitCode::kInstallation, file.path() + " cannot be written");
-    const bool done = untilInterrupted("The database may be half restored; run the restore again.", [&] {
-        return db.RunFileQuery(file.path().c_str(), output.path().c_str(), "MASTER", true, false);
+    const bool done = runInterruptibly("The database may be partly restored; run the restore again.", [&] {
+        return db.RunFileQuery(file.path().c_str(), output.path().c_str(), "MASTER", /*toolSyntax=*/true,
+                               /*errorLevel=*/false);
     });
     writeNote(output.content());
     if (!done)
-        throw Failure(ExitCode::kScriptFailed, "the restore failed", "The server's message stands above.");
+        throw Failure(ExitCode::kScriptFailed, "the restore failed", "See the server's message above.");
     writeNote("restored " + options.name);
     return ExitCode::kDone;
 }
 
-// The library builds the statement, and fails with it as its message.
+// Always fails in the library, which returns the statement as its error message.
 std::string restoreStatement(DBBase& db, const DatabaseOptions& options, const std::string& folder) {
     std::string_view built;
     std::size_t end = built.npos;
-    const bool known = untilInterrupted({}, [&] {
+    const bool known = runInterruptibly({}, [&] {
         db.restoreDB(options.file.c_str(), folder.c_str(), options.name.c_str());
         built = db.getErrorMsg();
         end = built.rfind("].");
-        return built.substr(0, kRestoreBuilt.size()) == kRestoreBuilt && end != built.npos;
+        return built.starts_with(kRestoreMessage) && end != built.npos;
     });
-    if (!known) failQuery(db);
-    return std::string(built.substr(kRestoreBuilt.size(), end - kRestoreBuilt.size()));
+    if (!known) throwQueryFailure(db);
+    return std::string(built.substr(kRestoreMessage.size(), end - kRestoreMessage.size()));
 }
 
-// The library leaves running it to the administrator.
+// Runs the statement only with --execute.
 ExitCode showRestore(const DatabaseOptions& options) {
-    checkForSql("the database name", options.name, kLongestDatabaseName);
+    checkSqlName("the database name", options.name, kLongestDatabaseName);
     checkServerPath("the backup file", options.file);
     const std::filesystem::path parent = std::filesystem::path(options.file).parent_path();
     std::string folder = options.folder.empty() ? parent.string() : options.folder;
     checkServerPath("the folder for the data files", folder);
     if (folder.back() != '/') folder += '/';
-    DBBase db(false);
-    openAccount(db, options.account);
+    DBBase db(/*flag=*/false);
+    connect(db, options);
     const std::string statement = restoreStatement(db, options, folder);
     writeResult(statement);
     std::fflush(resultStream());
@@ -202,7 +198,8 @@ void addDatabaseCommands(CLI::App& app, Action& action) {
     CLI::App* family = app.add_subcommand("db", "The databases of a server, their backups and their restore");
     family->require_subcommand(1);
     family
-        ->add_option("--db", options->account, "The suite database whose server and login are used (Dorvas)")
+        ->add_option("--db", options->account,
+                     "The suite database whose server and login are used (default: Dorvas)")
         ->type_name("DB");
 
     CLI::App* list = addCommand(family, action, "list", "List the user databases", options, listDatabases);
@@ -223,5 +220,5 @@ void addDatabaseCommands(CLI::App& app, Action& action) {
     restore->add_option("--to", options->folder, "Folder for the data files (default: the backup's)")
         ->type_name("DIR");
     restore->add_flag("--execute", options->execute, "Run the statement, after asking");
-    addConsent(restore, options->yes);
+    addYesOption(restore, options->yes);
 }

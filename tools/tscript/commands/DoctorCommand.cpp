@@ -1,4 +1,4 @@
-// doctor: is the installation in order, and what is to be done if not?
+// Command `doctor`: checks the installation and gives advice on what to repair.
 #include <memory>
 
 #include "commands/Commands.h"
@@ -7,6 +7,10 @@
 #include "installation/CheckList.h"
 
 namespace {
+
+struct DoctorOptions {
+    bool json = false;
+};
 
 struct HealthText {
     const char* name;
@@ -27,7 +31,7 @@ constexpr HealthText textOf(Health health) {
     return {"skipped", "skipped  "};
 }
 
-// Lines of a text below each other, behind the column of the results.
+// Indents the lines after the first one to the column of the check names.
 std::string indented(const std::string& text) {
     std::string lines;
     for (const char c : text.substr(0, text.find_last_not_of('\n') + 1))
@@ -53,28 +57,28 @@ Json toJson(const CheckList& list) {
     }
     Json result;
     result["checks"] = checks;
-    result["exitCode"] = static_cast<int>(list.worst());
+    result["exitCode"] = static_cast<int>(list.exitCode());
     return result;
 }
 
-ExitCode examine(bool json) {
+ExitCode checkAll(const DoctorOptions& options) {
     CheckList list;
     checkInstallation(list);
     checkDatabases(list);
-    if (json) {
+    if (options.json) {
         writeJson(toJson(list));
     } else {
         for (const Check& check : list.checks()) writeCheck(check);
     }
-    return list.worst();
+    return list.exitCode();
 }
 
 }  // namespace
 
 void addDoctorCommand(CLI::App& app, Action& action) {
-    const auto json = std::make_shared<bool>(false);
-    CLI::App* doctor = app.add_subcommand(
-        "doctor", "Check store, key, folders, driver, query tool and databases, and say what to do");
-    doctor->add_flag("--json", *json, "Write JSON");
-    doctor->callback([&action, json] { action = [json] { return examine(*json); }; });
+    const auto options = std::make_shared<DoctorOptions>();
+    addCommand(&app, action, "doctor",
+               "Check store, key, folders, driver, query tool and databases, and give advice", options,
+               checkAll)
+        ->add_flag("--json", options->json, "Write JSON");
 }

@@ -1,4 +1,4 @@
-// catalogue, journal, which: what is recorded of scripts and their runs.
+// Commands `catalogue`, `journal` and `which`: records of scripts and their runs.
 #include <algorithm>
 #include <filesystem>
 #include <limits>
@@ -8,20 +8,22 @@
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "commands/Commands.h"
+#include "commands/RecordOptions.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
 #include "console/Listing.h"
 #include "console/Times.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
-#include "journal/JournalReader.h"
+#include "journal/Records.h"
+#include "journal/RunView.h"
 #include "system/Interrupt.h"
 
 namespace {
 
 constexpr int kPage = 1000;
 constexpr int kAll = 0;
-constexpr int kMost = std::numeric_limits<int>::max();
+constexpr int kMostRows = std::numeric_limits<int>::max();
 
 bool isProcedure(int type) {
     return (type & kTScriptPermanent) != 0;
@@ -44,7 +46,7 @@ Cells cellsOf(const TScriptEntry_t& entry) {
     return {{std::to_string(entry.id)},
             {entry.name},
             {kindOf(entry.type)},
-            {isSecured(entry.type) ? "secured" : "-", isSecured(entry.type) ? Shade::kOdd : Shade::kNone},
+            {isSecured(entry.type) ? "secured" : "-", isSecured(entry.type) ? Shade::kUnusual : Shade::kNone},
             {std::to_string(entry.auditLevel)},
             {localTime(entry.creationTime)}};
 }
@@ -61,7 +63,7 @@ Json jsonOf(const TScriptEntry_t& entry) {
 
 // ---- journal -------------------------------------------------------------------------------------------
 
-constexpr const char* kStatuses[] = {"running", "ok", "failed"};  // by their number in the journal
+constexpr const char* kStatuses[] = {"running", "ok", "failed"};  // by status number of the journal
 
 int statusNumber(const std::string& name) {
     for (int status = 0; const char* known : kStatuses) {
@@ -72,7 +74,7 @@ int statusNumber(const std::string& name) {
 }
 
 Cell statusOf(const RunView& view) {
-    constexpr Shade kShades[] = {Shade::kActive, Shade::kGood, Shade::kBad, Shade::kOdd, Shade::kNone};
+    constexpr Shade kShades[] = {Shade::kActive, Shade::kGood, Shade::kBad, Shade::kUnusual, Shade::kNone};
     if (view.state == RunState::kUnknown) return {std::to_string(view.run.status)};
     return {nameOf(view.state), kShades[static_cast<int>(view.state)]};
 }
@@ -107,7 +109,7 @@ void writePages(std::vector<Column> columns, bool json, int most, Fetch fetch, V
     JsonListing array;
     std::vector<Row> page;
     int beforeId = 0;
-    for (int left = most == kAll ? kMost : most; left > 0; left -= static_cast<int>(page.size())) {
+    for (int left = most == kAll ? kMostRows : most; left > 0; left -= static_cast<int>(page.size())) {
         const int length = std::min(left, kPage);
         fetch(beforeId, length, page);
         std::vector<Cells> rows;
@@ -130,7 +132,7 @@ ExitCode listCatalogue(const RecordOptions& options) {
     TScriptRecords records;
     openRecords(records, options.database);
     const auto fetch = [&](int beforeId, int length, std::vector<TScriptEntry_t>& page) {
-        if (!records.listScripts(options.name.c_str(), beforeId, length, page)) failReading(records);
+        if (!records.listScripts(options.name.c_str(), beforeId, length, page)) throwUnreadable(records);
     };
     writePages<TScriptEntry_t>({{"ID"}, {"NAME", true}, {"KIND"}, {"SECURED"}, {"AUDIT"}, {"CREATED"}},
                                options.json, kAll, fetch,
@@ -144,7 +146,7 @@ ExitCode listJournal(const RecordOptions& options) {
     TScriptRecords records;
     openRecords(records, options.database);
     const auto fetch = [&](int beforeId, int length, std::vector<TScriptRun_t>& page) {
-        if (!records.listRuns(filter, beforeId, length, page)) failReading(records);
+        if (!records.listRuns(filter, beforeId, length, page)) throwUnreadable(records);
     };
     writePages<TScriptRun_t>({{"ID"}, {"NAME", true}, {"STATUS"}, {"STARTED"}, {"DURATION"}, {"INPUT", true}},
                              options.json, options.last, fetch,
@@ -158,11 +160,11 @@ struct Script {
     std::string packageFile;  // empty: there is no package
     std::string packageDatabase;
     bool hasProcedure = false;
-    std::string database;  // whose catalogue was read
+    std::string database;  // of the catalogue that was read
     TScriptEntry_t procedure;
 };
 
-bool readDatabase(const std::string& package, std::string& database, std::string& error) {
+bool readPackageDatabase(const std::string& package, std::string& database, std::string& error) {
     std::string sql;
     const InterruptDelay delay;
     return TS_PreviewTscript_SQL(package.c_str(), &database, nullptr, &sql, &error);
@@ -174,13 +176,12 @@ void findPackage(const std::string& name, Script& script) {
     if (!std::filesystem::exists(file, ignored)) return;
     script.packageFile = file;
     std::string error;
-    if (readDatabase(name, script.packageDatabase, error)) return;
-    const Diagnosis diagnosis = diagnoseRun(name, {}, error);
-    throw Failure(diagnosis.code, diagnosis.what, diagnosis.advice);
+    if (readPackageDatabase(name, script.packageDatabase, error)) return;
+    throw diagnoseRun(name, {}, error).failure();
 }
 
-// The newest permanent row of that very name; as the given name can hold the pattern's wildcards, each row is
-// compared by length as well.
+// Finds the newest stored-procedure row of this name. The name is used as a pattern; if it has wildcards,
+// rows of other names match as well and are skipped.
 void findProcedure(const std::string& name, const std::string& database, Script& script) {
     TScriptRecords records;
     openRecords(records, database);
@@ -197,14 +198,14 @@ void findProcedure(const std::string& name, const std::string& database, Script&
         }
         if (page.size() < kPage) return;
     }
-    failReading(records);
+    throwUnreadable(records);
 }
 
 void writeScript(const std::string& name, const Script& script, bool json) {
-    const bool package = !script.packageFile.empty();
-    const char* kind = package && script.hasProcedure ? "both" : package ? "package" : "procedure";
+    const bool isPackage = !script.packageFile.empty();
+    const char* kind = isPackage && script.hasProcedure ? "both" : isPackage ? "package" : "procedure";
     Json value = {{"name", script.hasProcedure ? script.procedure.name : name}, {"kind", kind}};
-    if (package) {
+    if (isPackage) {
         value["file"] = script.packageFile;
         value["packageDatabase"] = script.packageDatabase;
     }
@@ -215,7 +216,7 @@ void writeScript(const std::string& name, const Script& script, bool json) {
     }
     if (json) return writeJson(value);
     std::string text = "name      " + value["name"].get<std::string>() + "\nkind      " + kind + "\n";
-    if (package) {
+    if (isPackage) {
         text += "package   " + script.packageFile + "\n          runs in " +
                 (script.packageDatabase.empty() ? "the database found from the installed components"
                                                 : script.packageDatabase) +
@@ -238,7 +239,7 @@ ExitCode showScript(const RecordOptions& options) {
         throw Failure(ExitCode::kUsage,
                       "there is neither a package nor a stored-procedure script '" + options.name + "'",
                       "tscript catalogue --name PATTERN lists what " + script.database +
-                          " knows; packages stand in " + scriptsFolder().string() + ".");
+                          " has; packages are in " + scriptsFolder().string() + ".");
     writeScript(options.name, script, options.json);
     return ExitCode::kDone;
 }
@@ -251,7 +252,7 @@ CLI::App* addListing(CLI::App& app, Action& action, const char* name, const char
                      const Options& options, ExitCode (*work)(const RecordOptions&)) {
     CLI::App* command = addCommand(&app, action, name, description, options, work);
     addDatabaseOption(command, options->database);
-    command->add_flag("--json", options->json, "As JSON, times in UTC");
+    command->add_flag("--json", options->json, "Write JSON with times in UTC");
     return command;
 }
 
@@ -272,7 +273,7 @@ void addJournalCommands(CLI::App& app, Action& action) {
     addSinceOption(journal, options->since);
     journal->add_option("--last", options->last, "The newest N of these runs; 0 for all")
         ->type_name("N")
-        ->check(CLI::Range(0, kMost))
+        ->check(CLI::Range(0, kMostRows))
         ->capture_default_str();
     addStaleOption(journal, options->staleHours);
 

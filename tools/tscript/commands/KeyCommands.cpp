@@ -1,14 +1,18 @@
-// key: the cipher's key file.
+// Command family `key`: the key file of packages and credentials.
 #include <memory>
 
 #include "HostSetup.h"
 #include "VTPassword.h"
 #include "commands/Commands.h"
-#include "commands/Key.h"
 #include "console/Console.h"
+#include "installation/CipherKey.h"
 #include "installation/Installation.h"
 
 namespace {
+
+struct KeyOptions {
+    std::string file;
+};
 
 std::string configuredKeyFile() {
     const hostlayer::StoreReport store = hostlayer::inspectStore();
@@ -17,27 +21,21 @@ std::string configuredKeyFile() {
     throw Failure(ExitCode::kInstallation, hostlayer::cipherErrorText(VTPassword::kKeyNotConfigured));
 }
 
-ExitCode createKey(const std::string& file) {
-    if (file.empty()) requireStore();
-    const std::string target = file.empty() ? configuredKeyFile() : file;
-    makeKey(target);
-    writeNote("made the key " + target);
+ExitCode createKey(const KeyOptions& options) {
+    if (options.file.empty()) requireStore();
+    const std::string target = options.file.empty() ? configuredKeyFile() : options.file;
+    createKeyFile(target);
+    writeNote("created the key " + target);
     return ExitCode::kDone;
 }
 
 }  // namespace
 
-void makeKey(const std::string& file) {
-    std::string problem;
-    if (!hostlayer::createCipherKeyFile(file, problem))
-        throw Failure(ExitCode::kInstallation, "the key cannot be made: " + problem);
-}
-
 void addKeyCommands(CLI::App& app, Action& action) {
-    const auto file = std::make_shared<std::string>();
-    CLI::App* family = app.add_subcommand("key", "The key that packages and credentials are enciphered with");
+    const auto options = std::make_shared<KeyOptions>();
+    CLI::App* family = app.add_subcommand("key", "The key that packages and credentials are encrypted with");
     family->require_subcommand(1);
-    CLI::App* create = family->add_subcommand("create", "Make a new key file; one that exists is left alone");
-    create->add_option("FILE", *file, "The key file (default: the store's cipherKeyFile)");
-    create->callback([&action, file] { action = [file] { return createKey(*file); }; });
+    addCommand(family, action, "create", "Create a key file; an existing one is left unchanged", options,
+               createKey)
+        ->add_option("FILE", options->file, "The key file (default: the store's cipherKeyFile)");
 }

@@ -1,4 +1,4 @@
-// lint: faults of a package's plain text.
+// Command `lint`: checks a package's plain text.
 #include <algorithm>
 #include <memory>
 
@@ -16,7 +16,7 @@ struct LintOptions {
 
 using Findings = std::vector<PackageFinding>;
 
-// What pack warns of and what is worth a look, in the text's order.
+// Warnings and remarks in the order of their lines.
 Findings warningsOf(const PackageCheck& check) {
     Findings all = check.warnings;
     all.insert(all.end(), check.remarks.begin(), check.remarks.end());
@@ -37,7 +37,7 @@ Json listJson(const Findings& findings) {
 
 void writeFindings(const LintOptions& options, const char* kind, const Findings& findings) {
     for (const PackageFinding& finding : findings)
-        writeResult(options.plain + ": " + kind + ": " + lineText(finding));
+        writeResult(options.plain + ": " + kind + ": " + textWithLine(finding));
 }
 
 ExitCode lint(const LintOptions& options) {
@@ -66,8 +66,7 @@ void addLintCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<LintOptions>();
     CLI::App* command =
         addCommand(&app, action, "lint",
-                   "Look for faults in a plain script; ends with 1 for errors, with 0 for warnings alone",
-                   options, lint);
+                   "Check a plain script; the exit code is 1 for errors, 0 for warnings only", options, lint);
     command->add_option("PLAIN", options->plain, "The plain text of the script")->required();
     command->add_flag("--json", options->json, "Write JSON");
 }

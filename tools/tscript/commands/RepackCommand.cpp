@@ -1,4 +1,4 @@
-// repack: packages from one key to another.
+// Command `repack`: encrypts packages with another key.
 #include <string.h>
 
 #include <array>
@@ -15,8 +15,8 @@
 
 namespace {
 
-constexpr std::size_t kRecordRoom = 2048;
-constexpr std::size_t kPlainRoom = 511;
+constexpr std::size_t kRecordCapacity = 2048;
+constexpr std::size_t kPlainCapacity = 511;
 
 struct RepackOptions {
     std::string oldKey;
@@ -24,37 +24,37 @@ struct RepackOptions {
     std::vector<std::string> files;
 };
 
-// A record's text, wiped when it goes.
+// Plain text of a record, wiped by the destructor.
 struct PlainText {
     PlainText() = default;
     ~PlainText() { explicit_bzero(bytes.data(), bytes.size()); }
     PlainText(const PlainText&) = delete;
     PlainText& operator=(const PlainText&) = delete;
-    std::array<char, kPlainRoom> bytes{};
+    std::array<char, kPlainCapacity> bytes{};
 };
 
-// The cipher with the key of a file.
+// Cipher that uses the key of a given file.
 class KeyedCipher {
   public:
-    // Throws Failure (installation) when there is no usable key in the file.
+    // Throws Failure (kInstallation) if the file does not hold a usable key.
     explicit KeyedCipher(const std::string& keyFile) : m_keyFile(keyFile) {
         std::string ignored;
-        if (encipher({}, ignored)) return;
+        if (encrypt({}, ignored)) return;
         throw Failure(ExitCode::kInstallation,
                       "the key file " + keyFile + " cannot be used: " + reason(m_cipher.getLastError()));
     }
 
-    bool decipher(const std::string& record, PlainText& plain) {
+    bool decrypt(const std::string& record, PlainText& plain) {
         const hostlayer::KeyFileChoice choice(m_keyFile);
         unsigned long size = plain.bytes.size();
         return m_cipher.decrypt(record.c_str(), plain.bytes.data(), &size) != 0;
     }
-    bool encipher(const PlainText& plain, std::string& record) {
+    bool encrypt(const PlainText& plain, std::string& record) {
         const hostlayer::KeyFileChoice choice(m_keyFile);
-        std::array<char, kRecordRoom> room{};
-        unsigned long size = room.size();
-        const bool done = m_cipher.encrypt(plain.bytes.data(), room.data(), &size) != 0;
-        record.assign(room.data(), done ? size : 0);
+        std::array<char, kRecordCapacity> buffer{};
+        unsigned long size = buffer.size();
+        const bool done = m_cipher.encrypt(plain.bytes.data(), buffer.data(), &size) != 0;
+        record.assign(buffer.data(), done ? size : 0);
         return done;
     }
     const char* lastReason() const { return hostlayer::cipherErrorText(m_cipher.getLastError()); }
@@ -77,13 +77,13 @@ class KeyedCipher {
     VTPassword m_cipher;
 };
 
-// Why a file is not wholly of this key: its first bad record, or none at all. Empty: it is.
-std::string foreignRecord(const std::string& file, KeyedCipher& cipher) {
+// Reason why the cipher cannot decrypt the file: its first bad record, or no records at all. Empty if it can.
+std::string decryptionProblem(const std::string& file, KeyedCipher& cipher) {
     RecordReader reader(file);
     PlainText plain;
     std::size_t records = 0;
     for (std::string record; reader.next(record); ++records)
-        if (!cipher.decipher(record, plain))
+        if (!cipher.decrypt(record, plain))
             return "line " + std::to_string(reader.line()) + ": " + cipher.lastReason();
     return records == 0 ? "there is no record in it" : "";
 }
@@ -93,20 +93,20 @@ void copyRecords(const std::string& file, const std::string& target, KeyedCipher
     std::ofstream out(target, std::ios::binary);
     PlainText plain;
     for (std::string record; reader.next(record);) {
-        if (!from.decipher(record, plain))
+        if (!from.decrypt(record, plain))
             throw Failure(ExitCode::kInstallation,
                           "line " + std::to_string(reader.line()) + ": " + from.lastReason());
-        if (!to.encipher(plain, record)) throw Failure(ExitCode::kInstallation, to.lastReason());
+        if (!to.encrypt(plain, record)) throw Failure(ExitCode::kInstallation, to.lastReason());
         out << record << '\n';
     }
     out.close();
     if (!out) throw Failure(ExitCode::kInstallation, target + " cannot be written; is the disk full?");
 }
 
-// A link stays one: the file that it leads to is replaced. Throws Failure when the file was left alone.
+// Replaces the file that a link points to, not the link. Throws Failure if the file is unchanged.
 void repackFile(const std::string& file, KeyedCipher& from, KeyedCipher& to) {
-    if (const std::string problem = foreignRecord(file, from); !problem.empty()) {
-        if (foreignRecord(file, to).empty()) return writeNote(file + " has the new key already");
+    if (const std::string problem = decryptionProblem(file, from); !problem.empty()) {
+        if (decryptionProblem(file, to).empty()) return writeNote(file + " has the new key already");
         throw Failure(ExitCode::kInstallation, problem);
     }
     const std::string real = std::filesystem::canonical(file).string();
@@ -122,34 +122,34 @@ ExitCode repack(const RepackOptions& options) {
         throw Failure(ExitCode::kUsage, "the old and the new key are the same file");
     KeyedCipher from(options.oldKey);
     KeyedCipher to(options.newKey);
-    std::size_t left = 0;
+    std::size_t unchangedFiles = 0;
     for (const std::string& file : options.files) {
         try {
             repackFile(file, from, to);
         } catch (const Failure& failure) {
             writeNote("tscript: " + file + " was left as it is: " + failure.what());
-            ++left;
+            ++unchangedFiles;
         }
     }
-    if (left == 0) return ExitCode::kDone;
-    throw Failure(
-        ExitCode::kInstallation,
-        std::to_string(left) + " of " + std::to_string(options.files.size()) + " file(s) were not repacked",
-        "Keep the old key until every package has the new one.");
+    if (unchangedFiles == 0) return ExitCode::kDone;
+    throw Failure(ExitCode::kInstallation,
+                  std::to_string(unchangedFiles) + " of " + std::to_string(options.files.size()) +
+                      " file(s) were not repacked",
+                  "Keep the old key until every package has the new one.");
 }
 
 }  // namespace
 
 void addRepackCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RepackOptions>();
-    CLI::App* command =
-        addCommand(&app, action, "repack",
-                   "Encipher packages with another key; one that is not authentic is named and left alone",
-                   options, repack);
-    command->add_option("--old-key", options->oldKey, "Key file that the packages are enciphered with")
+    CLI::App* command = addCommand(
+        &app, action, "repack",
+        "Encrypt packages with another key; one that is not authentic is reported and left unchanged",
+        options, repack);
+    command->add_option("--old-key", options->oldKey, "Key file that the packages are encrypted with")
         ->required()
         ->type_name("FILE");
-    command->add_option("--new-key", options->newKey, "Key file that they shall have")
+    command->add_option("--new-key", options->newKey, "Key file to encrypt them with")
         ->required()
         ->type_name("FILE");
     command->add_option("FILE", options->files, "The packages")->required();

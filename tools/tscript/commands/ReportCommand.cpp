@@ -1,4 +1,4 @@
-// report: a page about the runs that a database's journal holds.
+// Command `report`: writes an HTML page about the runs in a journal.
 #include <unistd.h>
 
 #include <algorithm>
@@ -7,9 +7,10 @@
 #include <memory>
 
 #include "commands/Commands.h"
+#include "commands/RecordOptions.h"
 #include "console/Terminal.h"
 #include "installation/Installation.h"
-#include "journal/JournalReader.h"
+#include "journal/Records.h"
 #include "report/Html.h"
 #include "report/ReportPage.h"
 #include "system/ResultFile.h"
@@ -18,47 +19,47 @@ namespace {
 
 constexpr int kPage = 10000;
 constexpr std::size_t kMostBadRuns = 200;
-// Of the runs over time, without the present hour.
-constexpr std::int64_t kShortestStretch = std::int64_t{23} * 3600;
+// Shortest time range of the chart: a day with the current hour.
+constexpr std::int64_t kShortestRange = std::int64_t{23} * 3600;
 
 struct ReportOptions {
     RecordOptions records;
     std::string output;
 };
 
-// A line on a lively terminal that tells how far the reading is.
-class ReadingLine {
+// Progress line on an ANSI terminal.
+class ReadingProgress {
   public:
-    ~ReadingLine() { draw({}); }
+    ~ReadingProgress() { draw({}); }
     void show(std::int64_t runs) const { draw("reading the journal: " + countText(runs, "run")); }
 
   private:
     void draw(const std::string& text) const {
-        if (m_wanted) std::fprintf(stderr, "\r\x1b[K%s", text.c_str());
+        if (m_isShown) std::fprintf(stderr, "\r\x1b[K%s", text.c_str());
     }
-    const bool m_wanted = isLivelyTerminal(STDERR_FILENO);
+    const bool m_isShown = isAnsiTerminal(STDERR_FILENO);
 };
 
-void take(const RunView& view, Report& report) {
+void addRun(const RunView& view, Report& report) {
     const TScriptRun_t& run = view.run;
     ++report.counts[view.state];
     report.totals.add(view);
     if (run.startTime != 0) report.timeline.add(run.startTime, view.state);
-    const bool bad = view.state == RunState::kFailed || view.state == RunState::kAbandoned;
-    if (bad && report.badRuns.size() < kMostBadRuns)
+    const bool isBad = view.state == RunState::kFailed || view.state == RunState::kAbandoned;
+    if (isBad && report.badRuns.size() < kMostBadRuns)
         report.badRuns.push_back({run, view.state, view.seconds});
 }
 
 void readJournal(TScriptRecords& records, const TScriptRunFilter_t& filter, double staleHours,
                  Report& report) {
-    const ReadingLine line;
+    const ReadingProgress progress;
     std::vector<TScriptRun_t> page;
     int beforeId = 0;
     do {
-        if (!records.listRuns(filter, beforeId, kPage, page)) failReading(records);
-        for (const TScriptRun_t& run : page) take(RunView(run, staleHours), report);
+        if (!records.listRuns(filter, beforeId, kPage, page)) throwUnreadable(records);
+        for (const TScriptRun_t& run : page) addRun(RunView(run, staleHours), report);
         if (!page.empty()) beforeId = page.back().id;
-        line.show(report.counts.all());
+        progress.show(report.counts.all());
     } while (page.size() == static_cast<std::size_t>(kPage));
 }
 
@@ -70,9 +71,10 @@ void addOutputs(Report& report) {
 
 ExitCode writeReport(const ReportOptions& options) {
     if (options.output.empty() && isTerminal(STDOUT_FILENO))
-        throw Failure(ExitCode::kUsage, "the page would go to the terminal", "Name a file: -o report.html");
+        throw Failure(ExitCode::kUsage, "the page would be written to the terminal",
+                      "Name a file: -o report.html");
     const TScriptRunFilter_t filter = runFilter(options.records);
-    // Whether the file can be written is known before the journal is read.
+    // Fail before reading the journal if the file cannot be written.
     static_cast<void>(ResultFile(options.output));
     TScriptRecords records;
     openRecords(records, options.records.database);
@@ -82,8 +84,8 @@ ExitCode writeReport(const ReportOptions& options) {
     report.pattern = options.records.name;
     report.since = filter.since;
     report.now = std::time(nullptr);
-    report.timeline.cover(report.now);
-    report.timeline.cover(report.since != 0 ? report.since : report.now - kShortestStretch);
+    report.timeline.extendTo(report.now);
+    report.timeline.extendTo(report.since != 0 ? report.since : report.now - kShortestRange);
     readJournal(records, filter, options.records.staleHours, report);
     addOutputs(report);
     ResultFile(options.output).write(reportPage(report));

@@ -10,26 +10,26 @@
 
 namespace {
 
-bool noInput = false;  // as the command line has it; read once, before any command works
+bool noInput = false;  // set by the command line parser before any command runs
 
 }  // namespace
 
-void addNoInput(CLI::App& app) {
-    app.add_flag("--no-input", noInput, "Ask nothing: fail where something would be asked");
+void addNoInputOption(CLI::App& app) {
+    app.add_flag("--no-input", noInput, "Never ask: fail where a question would be asked");
 }
 
 bool canAsk() {
     return !noInput && isTerminal(STDIN_FILENO);
 }
 
-void addConsent(CLI::App* command, bool& yes) {
+void addYesOption(CLI::App* command, bool& yes) {
     command->add_flag("--yes", yes, "Do not ask");
 }
 
 void confirm(bool yes, const std::string& question) {
     if (yes) return;
     if (!canAsk())
-        throw Failure(ExitCode::kUsage, question + " Nobody can be asked.", "Give --yes to go ahead.");
+        throw Failure(ExitCode::kUsage, question + " Confirmation is needed.", "Give --yes to go ahead.");
     std::fprintf(stderr, "%s Type yes to go ahead: ", question.c_str());
     std::string answer;
     if (!std::getline(std::cin, answer)) std::fputc('\n', stderr);

@@ -15,34 +15,34 @@
 namespace {
 
 constexpr char kControlC = '\x03';
-constexpr std::string_view kLayout = "\n\t";  // the control characters that a terminal is given
+constexpr std::string_view kLayout = "\n\t";  // control characters that a terminal may receive
 
 std::FILE* const g_results = stdout;
 
-// Takes the terminal's echo away. Ctrl-C is read as a byte meanwhile, so that it cannot end the program with
-// the echo still off; it ends the line, so that it is read at once.
-class WithoutEcho {
+// Turns the terminal's echo off. Ctrl-C arrives as a byte meanwhile, because a signal would end the program
+// with the echo still off; it counts as an end of line, so that read() returns at once.
+class EchoOff {
   public:
-    WithoutEcho() {
+    EchoOff() {
         if (tcgetattr(STDIN_FILENO, &m_before) != 0) return;
         termios silent = m_before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
         silent.c_cc[VEOL] = kControlC;
         m_changed = tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
     }
-    ~WithoutEcho() {
+    ~EchoOff() {
         if (m_changed) tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
     }
-    WithoutEcho(const WithoutEcho&) = delete;
-    WithoutEcho& operator=(const WithoutEcho&) = delete;
-    bool works() const { return m_changed; }
+    EchoOff(const EchoOff&) = delete;
+    EchoOff& operator=(const EchoOff&) = delete;
+    bool isOff() const { return m_changed; }
 
   private:
     termios m_before{};
     bool m_changed = false;
 };
 
-// Byte by byte, so that nothing of a secret stays in a buffer of the C library.
+// Byte by byte: a buffer of the C library would keep a copy of the secret.
 Secret readLine(std::size_t maximum) {
     Secret line(maximum + 1);
     char c = 0;
@@ -51,10 +51,9 @@ Secret readLine(std::size_t maximum) {
         if (got < 0 && errno == EINTR) continue;
         if (got != 1 || c == '\n') break;
         if (c == kControlC) throw Failure(ExitCode::kInterrupted, "interrupted");
-        if (c == '\0') throw Failure(ExitCode::kUsage, "the text read holds a NUL byte");
+        if (c == '\0') throw Failure(ExitCode::kUsage, "the input holds a NUL byte");
         if (line.text().size() == maximum)
-            throw Failure(ExitCode::kUsage,
-                          "the text read is longer than " + std::to_string(maximum) + " bytes");
+            throw Failure(ExitCode::kUsage, "the input is longer than " + std::to_string(maximum) + " bytes");
         line.text() += c;
     }
     if (line.text().empty()) throw Failure(ExitCode::kUsage, "nothing was entered");
@@ -66,18 +65,18 @@ Secret readLine(std::size_t maximum) {
 Secret readSecret(const std::string& prompt, std::size_t maximum) {
     if (!isTerminal(STDIN_FILENO)) return readLine(maximum);
     if (!canAsk())
-        throw Failure(ExitCode::kUsage, prompt + ": nobody can be asked",
+        throw Failure(ExitCode::kUsage, prompt + " is needed",
                       "Give it as the first line of standard input, from a file or a pipe.");
-    const WithoutEcho silence;
-    if (!silence.works()) throw Failure(ExitCode::kUsage, "the terminal's echo cannot be turned off");
+    const EchoOff echo;
+    if (!echo.isOff()) throw Failure(ExitCode::kUsage, "the terminal's echo cannot be turned off");
     std::fprintf(stderr, "%s: ", prompt.c_str());
     Secret line = readLine(maximum);
     std::fputc('\n', stderr);
     return line;
 }
 
-// The GNU C library's standard streams are variables that may be set; every printf() then follows.
-void separateResults() {
+// `stdout` is an assignable variable of the GNU C library; printf() uses its current value.
+void redirectLibraryOutput() {
     stdout = stderr;
 }
 
@@ -86,10 +85,10 @@ std::FILE* resultStream() {
 }
 
 void writeResult(std::string_view text) {
-    isTerminal(STDOUT_FILENO) ? writePainted(cleaned(text, kLayout)) : writePainted(text);
+    isTerminal(STDOUT_FILENO) ? writeStyled(withoutControls(text, kLayout)) : writeStyled(text);
 }
 
-void writePainted(std::string_view text) {
+void writeStyled(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), g_results);
     if (!text.empty() && text.back() != '\n') std::fputc('\n', g_results);
 }
@@ -99,5 +98,5 @@ void writeNote(const std::string& text) {
     const std::size_t end = text.find_last_not_of('\n') + 1;
     if (begin >= end) return;
     const std::string note = text.substr(begin, end - begin);
-    std::fprintf(stderr, "%s\n", (isTerminal(STDERR_FILENO) ? cleaned(note, kLayout) : note).c_str());
+    std::fprintf(stderr, "%s\n", (isTerminal(STDERR_FILENO) ? withoutControls(note, kLayout) : note).c_str());
 }

@@ -1,4 +1,4 @@
-// Reading secrets from, and writing output to, the standard streams.
+// Standard streams: secrets are read from them, results and notes are written to them.
 #pragma once
 
 #include <cstdio>
@@ -7,19 +7,19 @@
 
 #include "console/Secret.h"
 
-// One line of at most `maximum` bytes: asked for without echo on a terminal, else the first line of standard
-// input. Throws Failure for a longer line, a NUL byte in it, or no line at all.
+// Reads one line of at most `maximum` bytes: on a terminal with a prompt and without echo, else the first
+// line of standard input. Throws Failure if the line is longer, holds a NUL byte or is missing.
 Secret readSecret(const std::string& prompt, std::size_t maximum);
 
-// Leaves standard output to results: what the library prints there, when a log cannot be written, goes to
-// standard error from here on.
-void separateResults();
+// Keeps standard output for results: redirects what the library prints to `stdout` to standard error.
+void redirectLibraryOutput();
+// Standard output of the process, also after redirectLibraryOutput().
 std::FILE* resultStream();
 
-// A result, on standard output, with a line break at its end. What scripts and databases hold must not give a
-// terminal orders: there it is cleaned, but for line breaks and tabs.
+// Writes a result to standard output and ends it with a line break. On a terminal, control characters other
+// than line breaks and tabs become blanks: scripts and databases must not send escape sequences to it.
 void writeResult(std::string_view text);
-// The same for a text whose colours are ours.
-void writePainted(std::string_view text);
-// A text about the work, on standard error, without the line breaks around it.
+// Like writeResult(), for text with escape sequences of our own.
+void writeStyled(std::string_view text);
+// Writes a message to standard error, without leading and trailing line breaks.
 void writeNote(const std::string& text);

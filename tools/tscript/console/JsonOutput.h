@@ -1,12 +1,12 @@
-// Results for programs.
+// Results as JSON.
 #pragma once
 
 #include <nlohmann/json.hpp>
 #include <string>
 
-using Json = nlohmann::ordered_json;  // members stay in the order in which they are set
+using Json = nlohmann::ordered_json;  // keeps members in insertion order
 
-// Indented. Bytes that are no UTF-8 come out as U+FFFD.
+// Returns the value as indented JSON. Invalid UTF-8 becomes U+FFFD.
 std::string jsonText(const Json& value);
-// The same, on standard output.
+// Writes the value to standard output as jsonText() formats it.
 void writeJson(const Json& value);

@@ -1,4 +1,4 @@
-// Rows for people and for programs, written as they come: a page at a time, whatever the number of pages.
+// Tables of any length on standard output, written page by page.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,11 @@
 
 #include "console/JsonOutput.h"
 
-enum class Shade { kNone, kGood, kBad, kActive, kOdd };
+enum class Shade { kNone, kGood, kBad, kActive, kUnusual, kHeading };
 
 struct Column {
     const char* title;
-    bool flexible = false;  // cut first where a terminal is too narrow
+    bool flexible = false;  // may be truncated on a narrow terminal
 };
 
 struct Cell {
@@ -20,30 +20,30 @@ struct Cell {
 };
 using Cells = std::vector<Cell>;
 
-// On a terminal an aligned table under a heading, its widths settled by the first page; where it would not
-// fit, a line for each value instead. Elsewhere one row a line, its columns kept apart by tabs, without a
-// heading. Control characters become blanks everywhere.
+// A table. On a terminal its columns are aligned under a heading, with widths taken from the first page; a
+// table that does not fit the width is written vertically, one line per value. Elsewhere each row is one line
+// of values separated by tabs, without a heading. Control characters become blanks.
 class Listing {
   public:
     explicit Listing(std::vector<Column> columns);
     void writePage(const std::vector<Cells>& page);
 
   private:
-    void settle(const std::vector<Cells>& page);
+    void chooseLayout(const std::vector<Cells>& page);
     void writeHeading() const;
-    void writeAligned(const Cells& row, bool heading = false) const;
-    void writeUpright(const Cells& row) const;
-    std::string painted(const Cell& cell, const std::string& text) const;
+    void writeAligned(const Cells& row) const;
+    void writeVertical(const Cells& row) const;
+    std::string coloured(const Cell& cell, const std::string& text) const;
 
     std::vector<Column> m_columns;
     std::vector<std::size_t> m_widths;
     bool m_terminal;
-    bool m_lively;
-    bool m_settled = false;
-    bool m_upright = false;
+    bool m_ansi;
+    bool m_layoutChosen = false;
+    bool m_vertical = false;
 };
 
-// One JSON array over all pages, an element a line.
+// One JSON array over all pages, one element per line.
 class JsonListing {
   public:
     void write(const Json& element);

@@ -1,4 +1,4 @@
-// How a command ends.
+// Exit codes of the commands, and the exception that carries one.
 #pragma once
 
 #include <functional>
@@ -11,11 +11,11 @@ enum class ExitCode : int {
     kUsage = 2,
     kInstallation = 3,
     kConnection = 4,
-    kRefused = 5,  // authentication or site binding
+    kRefused = 5,  // by authentication, a secured script or the site binding
     kInterrupted = 130
 };
 
-// What went wrong, and what to do about it (may be empty). Thrown within the tool, caught by main().
+// An error with its exit code and, where there is any, advice on what to do. Caught by main().
 class Failure : public std::runtime_error {
   public:
     Failure(ExitCode code, const std::string& what, std::string advice = {})
@@ -28,5 +28,5 @@ class Failure : public std::runtime_error {
     std::string m_advice;
 };
 
-// What the command line asked for; run after it has been read whole.
+// The work of the chosen command; runs after the whole command line has been parsed.
 using Action = std::function<ExitCode()>;

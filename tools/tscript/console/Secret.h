@@ -1,4 +1,4 @@
-// A text that is wiped when it is no longer needed.
+// A string that is wiped when it is destroyed.
 #pragma once
 
 #include <string.h>
@@ -8,8 +8,8 @@
 
 class Secret {
   public:
-    // The room is taken at once, so that no copy of the text is left behind by growing.
-    explicit Secret(std::size_t room) { m_text.reserve(room); }
+    // Allocates once, because growing would leave copies of the secret in freed memory.
+    explicit Secret(std::size_t capacity) { m_text.reserve(capacity); }
     ~Secret() { explicit_bzero(m_text.data(), m_text.capacity()); }
     Secret(Secret&& other) noexcept : m_text(std::move(other.m_text)) { other.wipe(); }
     Secret(const Secret&) = delete;

@@ -10,7 +10,7 @@
 
 namespace {
 
-std::string_view setting(const char* name) {
+std::string_view environmentValue(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr ? value : "";
 }
@@ -26,13 +26,15 @@ bool isTerminal(int fd) {
     return isatty(fd) == 1;
 }
 
-bool isLivelyTerminal(int fd) {
-    const std::string_view kind = setting("TERM");
-    return isTerminal(fd) && !kind.empty() && kind != "dumb" && setting("NO_COLOR").empty();
+bool isAnsiTerminal(int fd) {
+    const std::string_view kind = environmentValue("TERM");
+    return isTerminal(fd) && !kind.empty() && kind != "dumb" && environmentValue("NO_COLOR").empty();
 }
 
 std::size_t terminalWidth(int fd) {
+    constexpr std::size_t kNarrowest = 20;
+    constexpr std::size_t kUsual = 80;
     winsize size{};
-    const bool told = ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return told ? std::max<std::size_t>(size.ws_col, 20) : 80;
+    const bool isKnown = ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return isKnown ? std::max<std::size_t>(size.ws_col, kNarrowest) : kUsual;
 }

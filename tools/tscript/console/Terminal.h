@@ -1,14 +1,15 @@
-// What a standard stream leads to, and how much decoration it bears.
+// Properties of the standard streams.
 #pragma once
 
 #include <cstddef>
 
-// The next file or socket would take the number of a standard stream that the caller has closed, and results
-// would stand in a log. What takes it instead cannot be used in the stream's direction.
+// Opens /dev/null for every standard stream that the caller closed, in the opposite direction: using the
+// stream still fails. Without this the next file or socket would get its descriptor, and results would be
+// written into a log.
 void occupyClosedStreams();
 
 bool isTerminal(int fd);
-// A terminal on which colour and moving text are welcome: TERM is set and not "dumb", NO_COLOR is unset or
+// True for a terminal with colours and cursor movement: TERM is set and not "dumb", and NO_COLOR is unset or
 // empty.
-bool isLivelyTerminal(int fd);
-std::size_t terminalWidth(int fd);  // columns, at least 20; 80 where the terminal does not tell
+bool isAnsiTerminal(int fd);
+std::size_t terminalWidth(int fd);  // in columns, at least 20; 80 if unknown

@@ -12,7 +12,7 @@ struct Glyph {
     bool control;
 };
 
-// The character at the text's beginning; a byte that begins none is taken as a control character.
+// Decodes the first character. A byte that starts no valid character counts as a control character.
 Glyph glyphAt(std::string_view text) {
     wchar_t c = 0;
     std::mbstate_t state{};
@@ -22,8 +22,8 @@ Glyph glyphAt(std::string_view text) {
     return width < 0 ? Glyph{length, 1, true} : Glyph{length, static_cast<std::size_t>(width), false};
 }
 
-// The longest beginning that is no wider.
-std::string_view beginning(std::string_view text, std::size_t width) {
+// Longest prefix of at most `width` columns.
+std::string_view prefixOf(std::string_view text, std::size_t width) {
     std::size_t at = 0;
     while (at < text.size()) {
         const Glyph glyph = glyphAt(text.substr(at));
@@ -42,13 +42,13 @@ bool isUtf8(std::string_view text) {
         const bool ascii = static_cast<unsigned char>(text[at]) < 0x80;
         const std::size_t length =
             ascii ? 1 : std::mbrtowc(nullptr, text.data() + at, text.size() - at, &state);
-        if (length > text.size()) return false;  // what stands for a wrong and for a cut character
+        if (length > text.size()) return false;  // (size_t)-1: invalid, -2: incomplete
         at += length;
     }
     return true;
 }
 
-std::string cleaned(std::string_view text, std::string_view kept) {
+std::string withoutControls(std::string_view text, std::string_view kept) {
     std::string clean;
     for (std::size_t at = 0; at < text.size();) {
         const Glyph glyph = glyphAt(text.substr(at));
@@ -59,7 +59,7 @@ std::string cleaned(std::string_view text, std::string_view kept) {
     return clean;
 }
 
-std::size_t widthOf(std::string_view text) {
+std::size_t displayWidth(std::string_view text) {
     std::size_t width = 0;
     for (std::size_t at = 0; at < text.size();) {
         const Glyph glyph = glyphAt(text.substr(at));
@@ -69,7 +69,7 @@ std::size_t widthOf(std::string_view text) {
     return width;
 }
 
-std::string fitted(const std::string& text, std::size_t width) {
-    if (widthOf(text) <= width) return text;
-    return std::string(beginning(text, width - 1)) + kEllipsis;
+std::string truncated(const std::string& text, std::size_t width) {
+    if (displayWidth(text) <= width) return text;
+    return std::string(prefixOf(text, width - 1)) + kEllipsis;
 }

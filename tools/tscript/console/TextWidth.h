@@ -1,4 +1,4 @@
-// UTF-8 texts, and how they stand on a terminal. The process's LC_CTYPE tells; main() sets it.
+// UTF-8 strings and their width on a terminal. Depends on LC_CTYPE, which main() sets.
 #pragma once
 
 #include <cstddef>
@@ -6,8 +6,8 @@
 #include <string_view>
 
 bool isUtf8(std::string_view text);
-// Control characters but for those kept, and bytes that are no UTF-8, become blanks.
-std::string cleaned(std::string_view text, std::string_view kept = {});
-std::size_t widthOf(std::string_view text);  // in columns
-// The text, cut and ended by "…" where it is wider. `width` is at least 1.
-std::string fitted(const std::string& text, std::size_t width);
+// Replaces control characters not in `kept`, and bytes that are not UTF-8, with blanks.
+std::string withoutControls(std::string_view text, std::string_view kept = {});
+std::size_t displayWidth(std::string_view text);  // in columns
+// Truncates text wider than `width` columns (at least 1) and ends it with "…".
+std::string truncated(const std::string& text, std::size_t width);

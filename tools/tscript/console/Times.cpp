@@ -17,25 +17,25 @@ constexpr struct {
     std::int64_t seconds;
 } kUnits[] = {{'m', 60}, {'h', 3600}, {'d', 86400}, {'w', 604800}};
 
-constexpr std::int64_t kLongestAgo = 1'000'000;  // of a unit
+constexpr std::int64_t kMostUnits = 1'000'000;
 
-// 0 for a text that is no span.
-std::int64_t ago(const std::string& text) {
+// Returns 0 if the text is not of the form "90m".
+std::int64_t parseRelative(const std::string& text) {
     std::int64_t count = 0;
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, count);
-    if (error != std::errc() || rest + 1 != end || count < 1 || count > kLongestAgo) return 0;
+    if (error != std::errc() || rest + 1 != end || count < 1 || count > kMostUnits) return 0;
     for (const auto& unit : kUnits)
         if (unit.letter == *rest) return std::time(nullptr) - count * unit.seconds;
     return 0;
 }
 
-// 0 for a text that is no moment, or names a day that its month does not have.
-std::int64_t localMoment(const std::string& text) {
-    for (const char* form :
+// Returns 0 if the text is no local time, or names a day that its month does not have.
+std::int64_t parseLocal(const std::string& text) {
+    for (const char* format :
          {"%Y-%m-%d", "%Y-%m-%d %H:%M", "%Y-%m-%dT%H:%M", "%Y-%m-%d %H:%M:%S", "%Y-%m-%dT%H:%M:%S"}) {
         std::tm time{};
-        const char* end = strptime(text.c_str(), form, &time);
+        const char* end = strptime(text.c_str(), format, &time);
         if (end == nullptr || *end != '\0') continue;
         const int day = time.tm_mday;
         time.tm_isdst = -1;
@@ -45,9 +45,9 @@ std::int64_t localMoment(const std::string& text) {
     return 0;
 }
 
-std::string formatted(const char* form, const std::tm& time) {
+std::string formatted(const char* format, const std::tm& time) {
     std::ostringstream text;
-    text << std::put_time(&time, form);
+    text << std::put_time(&time, format);
     return text.str();
 }
 
@@ -62,18 +62,18 @@ std::string twoParts(std::int64_t seconds, std::int64_t unit, const char* unitNa
 }  // namespace
 
 std::int64_t parseMoment(const std::string& text) {
-    if (const std::int64_t moment = ago(text)) return moment;
-    if (const std::int64_t moment = localMoment(text)) return moment;
+    if (const std::int64_t moment = parseRelative(text)) return moment;
+    if (const std::int64_t moment = parseLocal(text)) return moment;
     throw Failure(
-        ExitCode::kUsage, "'" + text.substr(0, 64) + "' is no time",
+        ExitCode::kUsage, "'" + text.substr(0, 64) + "' is not a time",
         "Write 90m, 24h, 7d or 2w for a time that long ago, or 2026-01-31 or \"2026-01-31 18:30\".");
 }
 
-std::string localTime(std::int64_t seconds, const char* form) {
+std::string localTime(std::int64_t seconds, const char* format) {
     const std::time_t moment = seconds;
     std::tm time{};
     if (seconds == 0 || localtime_r(&moment, &time) == nullptr) return {};
-    return formatted(form, time);
+    return formatted(format, time);
 }
 
 std::string utcTime(std::int64_t seconds) {

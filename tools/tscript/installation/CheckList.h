@@ -1,4 +1,4 @@
-// Findings of a look over the installation.
+// Findings of `tscript doctor`.
 #pragma once
 
 #include <string>
@@ -12,28 +12,28 @@ struct Check {
     std::string name;
     Health health = Health::kGood;
     std::string detail;
-    std::string advice;               // what to do; empty for what is good
-    ExitCode code = ExitCode::kDone;  // a failure's kind
+    std::string advice;               // empty for a check that is good
+    ExitCode code = ExitCode::kDone;  // of a failed check
 };
 
 class CheckList {
   public:
-    void good(std::string name, std::string detail);
-    void warn(std::string name, std::string detail, std::string advice);
-    void fail(std::string name, ExitCode code, std::string detail, std::string advice);
-    void skip(std::string name, std::string detail);
+    void addGood(std::string name, std::string detail);
+    void addWarning(std::string name, std::string detail, std::string advice);
+    void addFailure(std::string name, ExitCode code, std::string detail, std::string advice);
+    void addSkipped(std::string name, std::string detail);
 
     const std::vector<Check>& checks() const { return m_checks; }
-    bool failed(const std::string& name) const;
-    // The worst failure's: the installation's faults, then refusals, then connections, since the earlier ones
-    // may be why the later ones fail. Done when there is none.
-    ExitCode worst() const;
+    bool hasFailed(const std::string& name) const;
+    // Exit code of the failure to repair first: kInstallation, kRefused, kConnection in that order, because
+    // an earlier one may cause a later one. kDone without failures.
+    ExitCode exitCode() const;
 
   private:
     std::vector<Check> m_checks;
 };
 
-// Each adds its findings. The installation's: store, key, folders, driver, query tool.
+// Checks store, key, folders, driver and query tool.
 void checkInstallation(CheckList& list);
-// Credentials, probe, catalogue tables and clock of every database whose component is installed.
+// Checks credentials, connection, catalogue tables and clock for the database of every installed component.
 void checkDatabases(CheckList& list);

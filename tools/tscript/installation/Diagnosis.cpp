@@ -6,27 +6,26 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string_view>
 
-#include "DVUtilities/DBBase.h"
-#include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
+#include "installation/Account.h"
 #include "installation/Installation.h"
 #include "system/ScratchFile.h"
 
 namespace {
 
-using Finder = Diagnosis (*)(const std::string& script, const std::string& database);
+using Diagnose = Diagnosis (*)(const std::string& script, const std::string& database);
 
 Diagnosis notRun(ExitCode code, std::string what, std::string advice) {
     return {code, std::move(what), std::move(advice), false};
 }
 
-bool holdsLine(std::string_view text, std::string_view beginning) {
-    for (std::size_t at = text.find(beginning); at != std::string_view::npos;
-         at = text.find(beginning, at + 1))
+bool hasLineStartingWith(std::string_view text, std::string_view start) {
+    for (std::size_t at = text.find(start); at != std::string_view::npos; at = text.find(start, at + 1))
         if (at == 0 || text[at - 1] == '\n') return true;
     return false;
 }
@@ -35,18 +34,18 @@ bool holdsLine(std::string_view text, std::string_view beginning) {
 
 constexpr const char* kDefaultTool = "/opt/mssql-tools/bin/sqlcmd";
 
-bool toolStarts() {
+bool isToolExecutable() {
     return access(queryToolPath().c_str(), X_OK) == 0;
 }
 
 Diagnosis toolMissing() {
     return notRun(ExitCode::kInstallation, "the query tool " + queryToolPath() + " cannot be started",
-                  "Give the path of sqlcmd under [host.programs] in the store.");
+                  "Set the path of sqlcmd under [host.programs] in the store.");
 }
 
 Diagnosis queryFailed(const std::string&, const std::string&) {
-    if (!toolStarts()) return toolMissing();
-    return {ExitCode::kScriptFailed, "the script failed", "The server's message stands in the output.", true};
+    if (!isToolExecutable()) return toolMissing();
+    return {ExitCode::kScriptFailed, "the script failed", "See the server's message in the output.", true};
 }
 
 // ---- Packages ------------------------------------------------------------------------------------------
@@ -59,8 +58,8 @@ Diagnosis packageMissing(const std::string& script, const std::string&) {
     if (!std::filesystem::exists(file, ignored) && TS_IsTscriptSP(&name, &database))
         return notRun(ExitCode::kUsage, "'" + script + "' is a stored procedure, not a package",
                       "Run it with: tscript exec " + script);
-    return notRun(ExitCode::kInstallation, "there is no package " + file + ", or it may not be read",
-                  "tscript pack makes one from plain text.");
+    return notRun(ExitCode::kInstallation, "there is no package " + file + ", or it cannot be read",
+                  "tscript pack creates one from plain text.");
 }
 
 Diagnosis packageUnreadable(const std::string& script, const std::string&) {
@@ -68,28 +67,28 @@ Diagnosis packageUnreadable(const std::string& script, const std::string&) {
     const std::string file = packageFile(script).string();
     if (DecryptFile(file.c_str(), "/dev/null", error))
         return notRun(ExitCode::kInstallation, "the plain copy of " + file + " could not be written",
-                      "Is the temporary folder (dZEPHRATEMPDIR) there, writable and not full?");
+                      "Does the temporary folder (dZEPHRATEMPDIR) exist, and is it writable and not full?");
     return notRun(ExitCode::kInstallation, "package " + file + ": " + explainCipherError(error), {});
 }
 
 // ---- Databases -----------------------------------------------------------------------------------------
 
-// Asks the server through the query tool, whose output carries the server's own words.
+// Connects through the query tool: unlike the library it prints the server's message.
 Diagnosis diagnoseServer(DBBase& db, const SuiteDatabase& database) {
-    if (!toolStarts()) return toolMissing();
+    if (!isToolExecutable()) return toolMissing();
     const ScratchFile output;
     if (db.RunStringQuery("SELECT 1", output.path().c_str(), database.name))
-        return notRun(ExitCode::kConnection,
-                      std::string("the direct connection to ") + database.name + " fails",
-                      "sqlcmd gets through with the same login: look at odbcDriver and odbcAttributes in the "
-                      "store, and at the debug log for the driver's message.");
-    const std::string words = output.content();
-    if (words.find("Login failed") != std::string::npos)
-        return notRun(ExitCode::kRefused, "the server refuses the login:\n" + words,
+        return notRun(
+            ExitCode::kConnection, std::string("the direct connection to ") + database.name + " fails",
+            "sqlcmd connects with the same login: check odbcDriver and odbcAttributes in the store, and "
+            "see the driver's message in the debug log.");
+    const std::string message = output.content();
+    if (message.find("Login failed") != std::string::npos)
+        return notRun(ExitCode::kRefused, "the server refuses the login:\n" + message,
                       std::string("Set the credentials again: tscript credentials set ") + database.name +
                           " --user USER");
     return notRun(ExitCode::kConnection,
-                  std::string("the server of ") + database.name + " cannot be reached:\n" + words,
+                  std::string("the server of ") + database.name + " cannot be reached:\n" + message,
                   std::string("Is it running, and does ") + database.instance + " in the store name it?");
 }
 
@@ -97,59 +96,60 @@ Diagnosis databaseUnreachable(const std::string&, const std::string& database) {
     return diagnoseDatabase(database);
 }
 
-// ---- From texts to findings ----------------------------------------------------------------------------
+// ---- Table of the library's messages
+// ----------------------------------------------------------------------------
 
-struct Finding {
-    const char* text;  // how a line of the output begins
-    Finder find;
+struct KnownMessage {
+    const char* lineStart;  // of a line of the output
+    Diagnose diagnose;
 };
 
 template <ExitCode code>
-Diagnosis told(const std::string&, const std::string&) {
+Diagnosis didNotRun(const std::string&, const std::string&) {
     return notRun(code, "the script did not run", {});
 }
 
 Diagnosis notRecorded(const std::string&, const std::string&) {
     return notRun(ExitCode::kConnection, "the script did not run",
-                  "The debug log beside " + sessionLogFile().string() + " holds the server's message.");
+                  "See the server's message in the debug log beside " + sessionLogFile().string() + ".");
 }
 
-// The first text that the output holds decides.
-constexpr Finding kFindings[] = {
+// In order: the first entry that matches a line of the output applies.
+constexpr KnownMessage kMessages[] = {
     {"Failed at RunFileQuery_TS!", queryFailed},
     {"Failed at RunStringQuery_TS!", queryFailed},
     {"Failed to get machine name.",
      [](const std::string&, const std::string&) {
          return notRun(ExitCode::kInstallation, "the store does not name this host",
-                       "Give the host's name as sDVHOSTNAME under [Instance001.Dorvase].");
+                       "Set the host's name as sDVHOSTNAME under [Instance001.Dorvase].");
      }},
     {"TScript file not found!", packageMissing},
     {"Failed to decrypt script file.", packageUnreadable},
     {"Failed to open decrypted script file.", packageUnreadable},
     {"Failed to get database access info.", databaseUnreachable},
-    {"The package is made for the database", told<ExitCode::kUsage>},
-    {"Invalid db name", told<ExitCode::kUsage>},
-    {"Please provide database name", told<ExitCode::kUsage>},
+    {"The package is made for the database", didNotRun<ExitCode::kUsage>},
+    {"Invalid db name", didNotRun<ExitCode::kUsage>},
+    {"Please provide database name", didNotRun<ExitCode::kUsage>},
     {"This is not a permanent tscript.",
      [](const std::string&, const std::string&) {
          return notRun(ExitCode::kUsage, "the catalogue has no stored-procedure script of that name",
                        "A package is run with tscript run.");
      }},
-    {"This site specific tscript", told<ExitCode::kRefused>},
+    {"This site specific tscript", didNotRun<ExitCode::kRefused>},
     {"Need userId input for secured Tscript!",
      [](const std::string&, const std::string&) {
          return notRun(ExitCode::kRefused, "the script is secured and runs for a known user only",
                        "Run it from the suite's own programs.");
      }},
-    {"Failed to get plexum number", told<ExitCode::kConnection>},
-    {"Failed to get GUID", told<ExitCode::kConnection>},
+    {"Failed to get plexum number", didNotRun<ExitCode::kConnection>},
+    {"Failed to get GUID", didNotRun<ExitCode::kConnection>},
     {"Failed to insert tscript", notRecorded},
     {"Failed to update tscript", notRecorded},
     {"Failed to record tscript", notRecorded},
-    {"Failed to get zephra base folder.", told<ExitCode::kInstallation>},
-    {"Failed to open file [", told<ExitCode::kInstallation>},
-    {"Failed to create output File", told<ExitCode::kInstallation>},
-    {"Invalid tscript name!", told<ExitCode::kUsage>},
+    {"Failed to get zephra base folder.", didNotRun<ExitCode::kInstallation>},
+    {"Failed to open file [", didNotRun<ExitCode::kInstallation>},
+    {"Failed to create output File", didNotRun<ExitCode::kInstallation>},
+    {"Invalid tscript name!", didNotRun<ExitCode::kUsage>},
 };
 
 }  // namespace
@@ -161,41 +161,40 @@ std::string queryToolPath() {
 }
 
 void requireQueryTool() {
-    if (toolStarts()) return;
-    const Diagnosis missing = toolMissing();
-    throw Failure(missing.code, missing.what, missing.advice);
+    if (isToolExecutable()) return;
+    throw toolMissing().failure();
 }
 
 std::string explainCipherError(const std::string& errorText) {
-    const std::size_t mark = errorText.rfind("error [");
-    if (mark == std::string::npos) return errorText;
-    return hostlayer::cipherErrorText(std::strtol(errorText.c_str() + mark + 7, nullptr, 10));
+    constexpr std::string_view kBeforeNumber = "error [";
+    const std::size_t at = errorText.rfind(kBeforeNumber);
+    if (at == std::string::npos) return errorText;
+    return hostlayer::cipherErrorText(
+        std::strtol(errorText.c_str() + at + kBeforeNumber.size(), nullptr, 10));
 }
 
 Diagnosis diagnoseRun(const std::string& script, const std::string& database, const std::string& output) {
-    for (const Finding& finding : kFindings)
-        if (holdsLine(output, finding.text)) return finding.find(script, database);
+    for (const KnownMessage& message : kMessages)
+        if (hasLineStartingWith(output, message.lineStart)) return message.diagnose(script, database);
     return {ExitCode::kScriptFailed, "the script failed", {}, true};
 }
 
 Diagnosis diagnoseDatabase(const std::string& name) {
     const SuiteDatabase& database = suiteDatabase(name.empty() ? "Dorvas" : name);
-    std::string machine;
-    std::string instance;
-    if (!DVUtilLib("tscript", false).GetMachineName(machine, instance))
-        return diagnoseRun({}, name, "Failed to get machine name.");
-    DBBase db(false);
-    const std::string log = sessionLogFile().string();
-    if (db.GetAccountInfo(machine.c_str(), instance.c_str(), log.c_str(), database.name))
+    const std::optional<HostNames> host = configuredHost();
+    if (!host) return diagnoseRun({}, name, "Failed to get machine name.");
+    DBBase db(/*flag=*/false);
+    if (openAccount(db, database))
         return notRun(ExitCode::kConnection, "the database could not be reached, and now it can",
                       "Try again.");
     const std::string reason = db.getErrorMsg();
     std::string error;
-    const bool pastSettings = reason.rfind("GetDBUser failed", 0) == 0;
-    if (pastSettings && !db.GetDBUser(instance.c_str(), database.name, error) && error.empty())
+    const bool hasSettings = reason.starts_with("GetDBUser failed");
+    if (hasSettings && !db.GetDBUser(host->instance.c_str(), database.name, error) && error.empty())
         return diagnoseServer(db, database);
-    return notRun(ExitCode::kInstallation, error.empty() ? reason : error,
-                  std::string("Look at [Instance001.Database] in the store; credentials are set by tscript "
-                              "credentials set ") +
-                      database.name + " --user USER.");
+    return notRun(
+        ExitCode::kInstallation, error.empty() ? reason : error,
+        std::string("Check [Instance001.Database] in the store. To set the credentials: tscript credentials "
+                    "set ") +
+            database.name + " --user USER.");
 }

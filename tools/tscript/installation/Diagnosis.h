@@ -1,4 +1,4 @@
-// What a failed run means for the exit code, and what to do about it.
+// Diagnosis of failed runs and connections: exit code, cause and advice.
 #pragma once
 
 #include <string>
@@ -9,19 +9,23 @@ struct Diagnosis {
     ExitCode code = ExitCode::kScriptFailed;
     std::string what;
     std::string advice;
-    bool scriptRan = true;  // its output is a result
+    bool scriptRan = true;  // the output is then the script's
+
+    Failure failure() const { return Failure(code, what, advice); }
 };
 
-// From the output text that the library gave for a failed run of `script`. `database`: the one chosen, empty
-// for none. Looks further where the text alone does not tell: tries the package's records, or the server.
+// Diagnoses a failed run of `script` from the output string that the library returned. `database` is empty if
+// none was chosen. Where the output leaves the cause open, it reads the package again or connects to the
+// server.
 Diagnosis diagnoseRun(const std::string& script, const std::string& database, const std::string& output);
 
-// Why a suite database cannot be reached: store, credentials, query tool, server or login.
+// Finds out why a connection to a suite database failed: store, credentials, query tool, server or login. An
+// empty name means Dorvas.
 Diagnosis diagnoseDatabase(const std::string& database);
 
-// The sqlcmd that runs are made with.
+// Path of the sqlcmd that the library runs.
 std::string queryToolPath();
-void requireQueryTool();  // throws Failure (installation) when it cannot be started
+void requireQueryTool();  // throws Failure (kInstallation) if it is not executable
 
-// The meaning of the error text that EncryptFile() or DecryptFile() left.
+// Cause behind the error text of EncryptFile() or DecryptFile().
 std::string explainCipherError(const std::string& errorText);

@@ -27,19 +27,19 @@ constexpr SuiteDatabase kDatabases[] = {
 };
 
 constexpr std::size_t kLongestName = 128;
-constexpr std::size_t kLongestValue = 8192;  // of the store's texts, as the library hands them out
+constexpr std::size_t kValueCapacity = 8192;  // buffer size for a string value of the store
 
 using FolderGetter = bool (DVUtilLib::*)(char*);
 
 std::filesystem::path configuredFolder(FolderGetter getter, const char* key, const char* value) {
     requireStore();
-    DVUtilLib util("tscript", false);
-    std::vector<char> folder(kLongestValue);
+    DVUtilLib util("tscript", /*flag=*/false);
+    std::vector<char> folder(kValueCapacity);
     if (util.getInstanceName() && (util.*getter)(folder.data()) && folder.front() != '\0')
         return folder.data();
     throw Failure(ExitCode::kInstallation,
                   "the store " + hostlayer::inspectStore().path + " has no value " + value,
-                  std::string("Give the folder as ") + value + " under [Instance001." + key + "].");
+                  std::string("Set the folder as ") + value + " under [Instance001." + key + "].");
 }
 
 bool isControl(char c) {
@@ -65,17 +65,18 @@ void requireStore() {
     if (store.isInForce && store.problem.empty()) return;
     throw Failure(ExitCode::kInstallation, store.problem,
                   "Name the store with --store or ZEPHRA_REGISTRY; docs/configuration.md describes it, and "
-                  "tscript sandbox up makes a sample.");
+                  "tscript sandbox up creates a sample.");
 }
 
-// Without it a run would end before the script starts, and leave its journal row and its SQL file behind.
+// Without the folder a run would fail before its script starts and leave a journal row and an SQL file
+// behind.
 void requireLogFolder() {
     const VTPI_Base base;
     const std::string folder = VTPI_EventManager(base).getLogFilesDirectory();
     if (access((folder + "/.").c_str(), W_OK | X_OK) == 0) return;
     throw Failure(ExitCode::kInstallation,
                   "the log folder " + folder + " cannot be used: " + std::strerror(errno),
-                  "Make it and let this user write there, or name another: tscript config set "
+                  "Create it and let this user write there, or set another: tscript config set "
                   "EventManager.dEVLOGDIR FOLDER");
 }
 
@@ -118,5 +119,5 @@ void checkQueryText(const std::string& what, const std::string& text, std::size_
     checkText(what, text, maximum);
     if (text.find('"') != std::string::npos)
         throw Failure(ExitCode::kUsage, what + " must not hold a double quote",
-                      "The query tool's command line cannot carry one. T-SQL writes texts in single quotes.");
+                      "The query tool's command line cannot carry one. T-SQL strings use single quotes.");
 }

@@ -1,4 +1,4 @@
-// The parts of an installation that stand on this host.
+// Checks of what is installed on this host: store, key, folders, ODBC driver, query tool.
 #include <sql.h>
 #include <sqlext.h>
 #include <sys/stat.h>
@@ -13,11 +13,11 @@
 #include "DVUtilities/commonFunc.h"
 #include "HostSettings.h"
 #include "HostSetup.h"
-#include "VTPassword.h"
 #include "installation/CheckList.h"
+#include "installation/CipherKey.h"
 #include "installation/Diagnosis.h"
+#include "system/ChildProcess.h"
 #include "system/ScratchFile.h"
-#include "system/Spawn.h"
 
 namespace {
 
@@ -34,28 +34,25 @@ std::string storeText(const char* key, const char* valueName) {
 void checkStore(CheckList& list) {
     const hostlayer::StoreReport store = hostlayer::inspectStore();
     if (!store.isInForce || !store.problem.empty())
-        return list.fail("store", ExitCode::kInstallation, store.problem,
-                         std::string("Name the store with --store or ZEPHRA_REGISTRY. ") + kReference);
-    list.good("store", store.path);
-    for (const std::string& oddity : store.oddities) list.warn("store content", oddity, kReference);
+        return list.addFailure("store", ExitCode::kInstallation, store.problem,
+                               std::string("Name the store with --store or ZEPHRA_REGISTRY. ") + kReference);
+    list.addGood("store", store.path);
+    for (const std::string& oddity : store.oddities) list.addWarning("store content", oddity, kReference);
     struct stat status {};
     if (stat(store.path.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0)
-        list.fail("store mode", ExitCode::kInstallation, "everybody may change " + store.path,
-                  "Set its mode: chmod 0640 " + store.path);
+        list.addFailure("store mode", ExitCode::kInstallation, "every user can change " + store.path,
+                        "Set its mode: chmod 0640 " + store.path);
     if (storeText("Dorvase", "sDVHOSTNAME").empty())
-        list.fail("host name", ExitCode::kInstallation, "the store does not name this host",
-                  "Set it: tscript config set Dorvase.sDVHOSTNAME NAME");
+        list.addFailure("host name", ExitCode::kInstallation, "the store does not name this host",
+                        "Set it: tscript config set Dorvase.sDVHOSTNAME NAME");
 }
 
 void checkKey(CheckList& list) {
-    std::array<char, 2048> record{};
-    unsigned long size = record.size();
-    VTPassword cipher;
-    if (cipher.encrypt("", record.data(), &size) != 0)
-        return list.good("key", hostlayer::hostSetting("cipherKeyFile", ""));
-    list.fail(
-        "key", ExitCode::kInstallation, hostlayer::cipherErrorText(cipher.getLastError()),
-        "If it is lost, bring it back from a backup; a new installation makes one with: tscript key create");
+    const std::string problem = keyProblem();
+    if (problem.empty()) return list.addGood("key", hostlayer::hostSetting("cipherKeyFile", ""));
+    list.addFailure(
+        "key", ExitCode::kInstallation, problem,
+        "If it is lost, restore it from a backup; for a new installation run: tscript key create");
 }
 
 // ---- Folders -------------------------------------------------------------------------------------------
@@ -64,9 +61,9 @@ struct FolderCheck {
     const char* name;
     const char* key;
     const char* value;
-    const char* below;  // of the folder that the value names
-    int access;
-    bool optional;
+    const char* subfolder;
+    int access;  // mode of access(2)
+    bool isOptional;
 };
 
 constexpr FolderCheck kFolders[] = {
@@ -83,24 +80,24 @@ void checkFolder(CheckList& list, const FolderCheck& folder) {
     const std::string value = std::string(folder.key) + "." + folder.value;
     const std::string setIt = "tscript config set " + value + " FOLDER";
     if (named.empty()) {
-        if (!folder.optional)
-            list.fail(folder.name, ExitCode::kInstallation, "the store has no value " + value,
-                      "Set it: " + setIt);
+        if (!folder.isOptional)
+            list.addFailure(folder.name, ExitCode::kInstallation, "the store has no value " + value,
+                            "Set it: " + setIt);
         return;
     }
-    const std::string path = named + folder.below;
+    const std::string path = named + folder.subfolder;
     struct stat status {};
-    const bool there = stat(path.c_str(), &status) == 0;
-    const bool writable = (folder.access & W_OK) != 0;
-    if (!there || !S_ISDIR(status.st_mode)) {
-        list.fail(folder.name, ExitCode::kInstallation,
-                  path + ": " + (there ? "is no folder" : std::strerror(errno)),
-                  "Make the folder, or name another: " + setIt);
+    const bool exists = stat(path.c_str(), &status) == 0;
+    const bool needsWriting = (folder.access & W_OK) != 0;
+    if (!exists || !S_ISDIR(status.st_mode)) {
+        list.addFailure(folder.name, ExitCode::kInstallation,
+                        path + ": " + (exists ? "is not a folder" : std::strerror(errno)),
+                        "Create the folder, or set another: " + setIt);
     } else if (access(path.c_str(), folder.access) != 0) {
-        list.fail(folder.name, ExitCode::kInstallation, path + ": " + std::strerror(errno),
-                  std::string("Let this user ") + (writable ? "write" : "read") + " there.");
+        list.addFailure(folder.name, ExitCode::kInstallation, path + ": " + std::strerror(errno),
+                        std::string("Let this user ") + (needsWriting ? "write" : "read") + " there.");
     } else {
-        list.good(folder.name, path);
+        list.addGood(folder.name, path);
     }
 }
 
@@ -123,12 +120,12 @@ class OdbcHandle {
     SQLHANDLE m_handle = SQL_NULL_HANDLE;
 };
 
-SQLPOINTER number(std::uintptr_t value) {
-    return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr): the interface is so
+SQLPOINTER attributeValue(std::uintptr_t value) {
+    return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr): required by ODBC
 }
 
-// The driver manager's own complaint; empty when the driver was loaded and answered, whatever it said.
-std::string managerComplaint(SQLHANDLE connection) {
+// Error of the driver manager; empty if the driver was loaded, whatever error the driver itself returned.
+std::string managerError(SQLHANDLE connection) {
     for (SQLSMALLINT i = 1;; ++i) {
         std::array<SQLCHAR, 6> state{};
         std::array<SQLCHAR, 1024> message{};
@@ -141,18 +138,19 @@ std::string managerComplaint(SQLHANDLE connection) {
     }
 }
 
-// Connects to a port on which no database server listens, so that the driver is loaded and nothing else.
+// Loads the driver by connecting to a port on which no database server listens.
 std::string driverProblem(const std::string& driver) {
+    constexpr std::uintptr_t kLoginTimeout = 5;  // seconds
     const OdbcHandle environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE);
-    SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, number(SQL_OV_ODBC3), 0);
+    SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, attributeValue(SQL_OV_ODBC3), 0);
     const OdbcHandle connection(SQL_HANDLE_DBC, environment.get());
     if (connection.get() == SQL_NULL_HANDLE) return "the ODBC driver manager cannot be started";
-    SQLSetConnectAttr(connection.get(), SQL_ATTR_LOGIN_TIMEOUT, number(5), 0);
+    SQLSetConnectAttr(connection.get(), SQL_ATTR_LOGIN_TIMEOUT, attributeValue(kLoginTimeout), 0);
     std::string text = "Driver={" + driver + "};Server=127.0.0.1,1;Port=1;";
     const SQLRETURN result =
         SQLDriverConnect(connection.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                          static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
-    if (!SQL_SUCCEEDED(result)) return managerComplaint(connection.get());
+    if (!SQL_SUCCEEDED(result)) return managerError(connection.get());
     SQLDisconnect(connection.get());
     return {};
 }
@@ -160,27 +158,28 @@ std::string driverProblem(const std::string& driver) {
 void checkDriver(CheckList& list) {
     constexpr std::size_t kLongest = 512;
     const std::string driver = hostlayer::hostSetting("odbcDriver", "FreeTDS");
-    const bool usable = driver.size() <= kLongest && driver.find('}') == std::string::npos;
-    const std::string problem = usable ? driverProblem(driver) : "no driver has such a name";
-    if (problem.empty()) return list.good("ODBC driver", driver);
-    list.fail("ODBC driver", ExitCode::kInstallation, driver + ": " + problem,
-              "Install the driver (Debian: tdsodbc), or name another of odbcinst.ini: tscript config set "
-              "host.odbcDriver NAME");
+    const bool isValid = driver.size() <= kLongest && driver.find('}') == std::string::npos;
+    const std::string problem = isValid ? driverProblem(driver) : "is not a valid driver name";
+    if (problem.empty()) return list.addGood("ODBC driver", driver);
+    list.addFailure(
+        "ODBC driver", ExitCode::kInstallation, driver + ": " + problem,
+        "Install the driver (Debian: tdsodbc), or set another one of odbcinst.ini: tscript config set "
+        "host.odbcDriver NAME");
 }
 
 // ---- Query tool ----------------------------------------------------------------------------------------
 
 void checkQueryTool(CheckList& list) {
-    constexpr int kNotStarted = 126;  // and above: as shells tell it, or ended by a signal
+    constexpr int kNotStarted = 126;  // and above: not executable, or ended by a signal
     const std::string tool = queryToolPath();
-    const char* advice = "Install it, or give its path: tscript config set host.programs.sqlcmd PATH";
+    const char* advice = "Install it, or set its path: tscript config set host.programs.sqlcmd PATH";
     try {
         const ScratchFile output;
-        if (runChild({tool, "-?"}, {{}, output.path(), false, {}}) < kNotStarted)
-            return list.good("sqlcmd", tool);
-        list.fail("sqlcmd", ExitCode::kInstallation, tool + ": " + output.content(), advice);
+        if (runChild({tool, "-?"}, {.outputFile = output.path()}) < kNotStarted)
+            return list.addGood("sqlcmd", tool);
+        list.addFailure("sqlcmd", ExitCode::kInstallation, tool + ": " + output.content(), advice);
     } catch (const Failure& failure) {
-        list.fail("sqlcmd", ExitCode::kInstallation, failure.what(), advice);
+        list.addFailure("sqlcmd", ExitCode::kInstallation, failure.what(), advice);
     }
 }
 
@@ -188,7 +187,7 @@ void checkQueryTool(CheckList& list) {
 
 void checkInstallation(CheckList& list) {
     checkStore(list);
-    if (list.failed("store")) return list.skip("everything else", "nothing is known without the store");
+    if (list.hasFailed("store")) return list.addSkipped("everything else", "not checked without the store");
     checkKey(list);
     for (const FolderCheck& folder : kFolders) checkFolder(list, folder);
     checkDriver(list);

@@ -68,13 +68,13 @@ bool holdsIgnoringCase(std::string_view text, std::string_view part) {
     return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
 }
 
-// An ODBC attribute, with blanks before its "=" or without.
+// ODBC allows blanks before the "=" of an attribute.
 bool holdsPassword(std::string text) {
     text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
     return holdsIgnoringCase(text, "pwd=") || holdsIgnoringCase(text, "password=");
 }
 
-[[noreturn]] void refuse(const std::string& what, const std::string& advice = {}) {
+[[noreturn]] void throwUsage(const std::string& what, const std::string& advice = {}) {
     throw Failure(ExitCode::kUsage, what, advice);
 }
 
@@ -85,15 +85,16 @@ const StoreEntry* findEntry(const std::vector<StoreEntry>& entries, const StoreE
     return found == entries.end() ? nullptr : &*found;
 }
 
-// From the table, else from what the store holds under that name.
+// From the table of known values, else from the value that the store holds.
 Kind kindOf(const StoreEntry& entry) {
     for (const KnownValue& known : kKnown)
         if (known.key == entry.table.back() && known.name == entry.name) return known.kind;
     const std::vector<StoreEntry> entries = storeEntries();
     const StoreEntry* present = findEntry(entries, entry);
     if (present == nullptr)
-        refuse("'" + entry.fullName() + "' is no value of the store",
-               "docs/configuration.md lists them; tscript config show lists what is set.");
+        throwUsage(
+            "'" + entry.fullName() + "' is not a value of the store",
+            "docs/configuration.md lists the known values; tscript config show lists those of the store.");
     return std::holds_alternative<std::int64_t>(present->value) ? Kind::kNumber : Kind::kText;
 }
 
@@ -101,20 +102,20 @@ std::int64_t numberOf(const StoreEntry& entry, const std::string& text) {
     std::int64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number < 0 || number > kLargestNumber)
-        refuse(entry.fullName() + " is a whole number from 0 to 2147483647");
+        throwUsage(entry.fullName() + " is a whole number from 0 to 2147483647");
     return number;
 }
 
-// Texts of an instance are interpreted when they are read: a percent sign is written twice.
-void checkText(const StoreEntry& entry, const std::string& text, Kind kind) {
+// The library expands percent signs in an instance's strings, so that they have to be doubled.
+void checkString(const StoreEntry& entry, const std::string& text, Kind kind) {
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-    if (text.size() > kLongestText) refuse("the value is longer than 1023 bytes");
-    if (std::any_of(text.begin(), text.end(), isControl)) refuse("the value holds a control character");
+    if (text.size() > kLongestText) throwUsage("the value is longer than 1023 bytes");
+    if (std::any_of(text.begin(), text.end(), isControl)) throwUsage("the value holds a control character");
     if (kind == Kind::kPath && (text.empty() || text.front() != '/'))
-        refuse(entry.fullName() + " is an absolute path");
+        throwUsage(entry.fullName() + " is an absolute path");
     if (entry.table.front() == kHost) return;
     for (std::size_t at = 0; (at = text.find('%', at)) != std::string::npos; at += 2)
-        if (text.compare(at, 2, "%%") != 0) refuse("a percent sign is written twice: %%");
+        if (text.compare(at, 2, "%%") != 0) throwUsage("a percent sign must be written twice: %%");
 }
 
 }  // namespace
@@ -130,12 +131,12 @@ std::string StoreEntry::text() const {
     return std::get<std::string>(value);
 }
 
-// Enciphered values begin with a small p; a driver's attributes may hold a password as well.
+// Names of encrypted values start with a lower-case p; ODBC attributes may hold a password.
 bool StoreEntry::isSecret() const {
-    const bool enciphered = name.size() > 1 && name[0] == 'p' && name[1] >= 'A' && name[1] <= 'Z';
-    const std::string held = text();
-    return enciphered || held.rfind("ZC1.", 0) == 0 || holdsIgnoringCase(name, "password") ||
-           holdsPassword(held);
+    const bool isEncrypted = name.size() > 1 && name[0] == 'p' && name[1] >= 'A' && name[1] <= 'Z';
+    const std::string content = text();
+    return isEncrypted || content.starts_with("ZC1.") || holdsIgnoringCase(name, "password") ||
+           holdsPassword(content);
 }
 
 std::vector<StoreEntry> storeEntries() {
@@ -150,7 +151,7 @@ std::vector<StoreEntry> storeEntries() {
     return entries;
 }
 
-StoreEntry entryNamed(const std::string& fullName) {
+StoreEntry parseEntryName(const std::string& fullName) {
     std::vector<std::string> parts(1);
     for (const char c : fullName.substr(0, 4 * kLongestName)) {
         if (c == '.') {
@@ -159,12 +160,12 @@ StoreEntry entryNamed(const std::string& fullName) {
             parts.back() += c;
         }
     }
-    const bool bounded = std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
+    const bool areValid = std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
         return !part.empty() && part.size() <= kLongestName;
     });
-    if (!bounded || parts.size() < 2 || parts.size() > 3)
-        refuse("'" + fullName.substr(0, kLongestName) + "' names no value",
-               "Write KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL.");
+    if (!areValid || parts.size() < 2 || parts.size() > 3)
+        throwUsage("'" + fullName.substr(0, kLongestName) + "' is not the name of a value",
+                   "Write KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL.");
     if (parts.size() == 2 && parts.front() != kHost) {
         std::array<char, 1024> instance{};
         GetInstanceName(instance.data());
@@ -177,11 +178,11 @@ StoreEntry entryNamed(const std::string& fullName) {
     return entry;
 }
 
-std::variant<std::string, std::int64_t> checkedValue(const StoreEntry& entry, const std::string& text) {
+std::variant<std::string, std::int64_t> parseValue(const StoreEntry& entry, const std::string& text) {
     if (StoreEntry{entry.table, entry.name, text}.isSecret())
-        refuse("'" + entry.fullName() + "' is a secret", "tscript credentials set stores credentials.");
+        throwUsage("'" + entry.fullName() + "' is a secret", "tscript credentials set stores credentials.");
     const Kind kind = kindOf(entry);
     if (kind == Kind::kNumber) return numberOf(entry, text);
-    checkText(entry, text, kind);
+    checkString(entry, text, kind);
     return text;
 }

@@ -1,4 +1,4 @@
-// Values of the configuration store by their names: which there are, which are secret, what they may hold.
+// Values of the configuration store: listing, names, checks of new values.
 #pragma once
 
 #include <cstdint>
@@ -7,22 +7,22 @@
 #include <vector>
 
 struct StoreEntry {
-    std::vector<std::string> table;  // instance and key, or "host", or "host" and "programs"
+    std::vector<std::string> table;  // {instance, key}, {"host"} or {"host", "programs"}
     std::string name;
     std::variant<std::string, std::int64_t> value;
 
-    std::string fullName() const;
+    std::string fullName() const;  // the parts of the table and the name, joined by dots
     std::string text() const;
-    bool isSecret() const;
+    bool isSecret() const;  // holds credentials or a password
 };
 
-// All of them, in the order of their names.
+// All values of the store, sorted by name.
 std::vector<StoreEntry> storeEntries();
 
-// Takes "KEY.VALUE", "INSTANCE.KEY.VALUE", "host.SETTING" or "host.programs.TOOL" apart; the value is empty.
-// Throws Failure (usage) for anything else.
-StoreEntry entryNamed(const std::string& fullName);
+// Parses "KEY.VALUE", "INSTANCE.KEY.VALUE", "host.SETTING" or "host.programs.TOOL" into an entry without a
+// value. Throws Failure (kUsage).
+StoreEntry parseEntryName(const std::string& fullName);
 
-// The value that the text means for this entry. Throws Failure (usage) for a name that neither the suite
-// knows nor the store has, a secret, or a text that such a value cannot be.
-std::variant<std::string, std::int64_t> checkedValue(const StoreEntry& entry, const std::string& text);
+// Converts the text to a value of the entry's type. Throws Failure (kUsage) if the name is neither known nor
+// in the store, the entry is secret, or the text is not valid for it.
+std::variant<std::string, std::int64_t> parseValue(const StoreEntry& entry, const std::string& text);

@@ -19,24 +19,24 @@ namespace {
 
 constexpr int kMostLines = 10;
 constexpr std::size_t kMostBytes = 3000;
-constexpr std::int64_t kTolerance = 5;      // seconds between the journal's clock reading and the log's
-constexpr std::size_t kMostTracked = 5000;  // runs of the log that may be those that are looked for
+constexpr std::int64_t kTolerance = 5;         // seconds between the times in journal and log
+constexpr std::size_t kMostCandidates = 5000;  // logged runs that may match
 constexpr std::size_t kMostLogBytes = 64u << 20;
 constexpr int kOldLogs = 5;
 
-// As the library words its entries.
+// Texts of the library's log entries.
 constexpr std::string_view kStarted = "Tscript Execution Started!";
 constexpr std::string_view kSucceeded = "Tscript Execution Succeeded!";
 constexpr std::string_view kToolFailed = "Failed at Run";
 constexpr std::string_view kOutputFile = "Output File: [";
 constexpr std::string_view kOutput = "Tscript Output:";
-constexpr std::string_view kIndentation = "    ";  // of an entry's further lines
+constexpr std::string_view kIndentation = "    ";  // of the lines after an entry's first
 constexpr std::size_t kTimeLength = sizeof "YYYY-MM-DD hh:mm:ss.mmm" - 1;
 
-// The first lines of a text that comes line by line.
+// Collects the first lines of an output.
 class FirstLines {
   public:
-    void take(std::string_view line) {
+    void add(std::string_view line) {
         if (m_lines == 0 && line.find_first_not_of(" \t\r") == line.npos) return;
         if (m_lines == kMostLines || m_output.text.size() + line.size() > kMostBytes) {
             m_output.more = true;
@@ -58,27 +58,28 @@ struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-// Hands a regular file's lines over, without their line breaks; of an overlong line its first piece alone.
-template <typename Take>
-void readLines(const std::string& path, std::size_t mostBytes, Take take) {
+// Calls `consume` with each line of a regular file, without its line break. Lines longer than the buffer are
+// truncated.
+template <typename Consume>
+void readLines(const std::string& path, std::size_t mostBytes, Consume consume) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (fd < 0) return;
     struct stat status {};
-    const bool regular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
-    const std::unique_ptr<std::FILE, CloseFile> file(regular ? fdopen(fd, "r") : nullptr);
+    const bool isRegular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+    const std::unique_ptr<std::FILE, CloseFile> file(isRegular ? fdopen(fd, "r") : nullptr);
     if (!file) {
         close(fd);
         return;
     }
     std::array<char, 4096> buffer{};
-    bool lineBegins = true;
+    bool isLineStart = true;
     for (std::size_t bytes = 0; bytes < mostBytes && std::fgets(buffer.data(), buffer.size(), file.get());) {
         std::string_view line(buffer.data());
         bytes += line.size() + 1;
-        const bool ends = !line.empty() && line.back() == '\n';
-        if (ends) line.remove_suffix(1);
-        if (lineBegins) take(line);
-        lineBegins = ends;
+        const bool isLineEnd = !line.empty() && line.back() == '\n';
+        if (isLineEnd) line.remove_suffix(1);
+        if (isLineStart) consume(line);
+        isLineStart = isLineEnd;
     }
 }
 
@@ -115,31 +116,31 @@ struct LoggedRun {
     std::string script;
     std::int64_t start = 0, end = 0;
     FirstLines lines;
-    std::string failure;     // the entry that says so
-    std::string outputFile;  // gone, unless the run was broken off
+    std::string failure;     // text of its failure entry
+    std::string outputFile;  // left behind by an interrupted run only
 
     RunOutput output() const;
 };
 
 RunOutput LoggedRun::output() const {
-    FirstLines left;
+    FirstLines fileLines;
     if (lines.output().text.empty() && !outputFile.empty())
-        readLines(outputFile, kMostBytes, [&](std::string_view line) { left.take(line); });
-    for (const RunOutput& known : {lines.output(), left.output()})
+        readLines(outputFile, kMostBytes, [&](std::string_view line) { fileLines.add(line); });
+    for (const RunOutput& known : {lines.output(), fileLines.output()})
         if (!known.text.empty()) return known;
     return {failure, false};
 }
 
-// Reads the logs from the oldest to the newest and keeps the runs that may be among those looked for.
+// Reads the logs, oldest first, and collects the runs that may match the given ones.
 class LogScan {
   public:
     LogScan(const std::string& database, const std::vector<TScriptRun_t>& runs)
         : m_marker("] <" + database + ">.."), m_runs(runs) {}
     void read(const std::string& file) {
-        m_writing = nullptr;
-        readLines(file, kMostLogBytes, [this](std::string_view line) { take(line); });
+        m_outputOf = nullptr;
+        readLines(file, kMostLogBytes, [this](std::string_view line) { readLine(line); });
     }
-    std::vector<LoggedRun> end() {
+    std::vector<LoggedRun> takeRuns() {
         while (!m_open.empty()) close(m_open.begin());
         return std::move(m_ended);
     }
@@ -147,9 +148,9 @@ class LogScan {
   private:
     using Open = std::map<std::string, LoggedRun, std::less<>>;
 
-    void take(std::string_view line);
-    void begin(const Entry& entry);
-    void note(LoggedRun& run, const Entry& entry);
+    void readLine(std::string_view line);
+    void openRun(const Entry& entry);
+    void update(LoggedRun& run, const Entry& entry);
     void close(Open::iterator run) {
         m_ended.push_back(std::move(run->second));
         m_open.erase(run);
@@ -159,43 +160,43 @@ class LogScan {
     const std::vector<TScriptRun_t>& m_runs;
     Open m_open;  // by thread
     std::vector<LoggedRun> m_ended;
-    LoggedRun* m_writing = nullptr;  // whose output the next lines are
+    LoggedRun* m_outputOf = nullptr;  // run whose output the next lines are
 };
 
-void LogScan::take(std::string_view line) {
+void LogScan::readLine(std::string_view line) {
     if (line.starts_with(kIndentation)) {
-        if (m_writing != nullptr) m_writing->lines.take(line.substr(kIndentation.size()));
+        if (m_outputOf != nullptr) m_outputOf->lines.add(line.substr(kIndentation.size()));
         return;
     }
-    m_writing = nullptr;
+    m_outputOf = nullptr;
     Entry entry;
     if (!parseEntry(line, m_marker, entry)) return;
-    if (entry.text.ends_with(kStarted)) return begin(entry);
+    if (entry.text.ends_with(kStarted)) return openRun(entry);
     const auto run = m_open.find(entry.thread);
     if (run == m_open.end() || run->second.script != entry.script) return;
     if (entry.text.starts_with(kSucceeded)) {
         m_open.erase(run);
     } else {
-        note(run->second, entry);
+        update(run->second, entry);
     }
 }
 
-void LogScan::begin(const Entry& entry) {
+void LogScan::openRun(const Entry& entry) {
     if (const auto before = m_open.find(entry.thread); before != m_open.end()) close(before);
     const std::string script(entry.script);
     const std::int64_t start = momentOf(entry.time);
-    const bool wanted = std::any_of(m_runs.begin(), m_runs.end(), [&](const TScriptRun_t& run) {
+    const bool isCandidate = std::any_of(m_runs.begin(), m_runs.end(), [&](const TScriptRun_t& run) {
         return sameName(run.name, script) && isNear(run.startTime, start);
     });
-    if (!wanted || m_open.size() + m_ended.size() >= kMostTracked) return;
+    if (!isCandidate || m_open.size() + m_ended.size() >= kMostCandidates) return;
     LoggedRun& run = m_open[std::string(entry.thread)];
     run.script = script;
     run.start = run.end = start;
 }
 
-void LogScan::note(LoggedRun& run, const Entry& entry) {
+void LogScan::update(LoggedRun& run, const Entry& entry) {
     run.end = momentOf(entry.time);
-    if (entry.text.starts_with(kOutput)) m_writing = &run;
+    if (entry.text.starts_with(kOutput)) m_outputOf = &run;
     if (entry.text.starts_with(kToolFailed)) run.failure = entry.text;
     if (entry.text.starts_with(kOutputFile)) {
         const std::string_view path = entry.text.substr(kOutputFile.size());
@@ -205,7 +206,8 @@ void LogScan::note(LoggedRun& run, const Entry& entry) {
 
 struct Match {
     std::int64_t distance;
-    std::size_t run, logged;
+    std::size_t run;     // counted from the end, so that the oldest of equal matches comes first
+    std::size_t logged;  // index
     bool operator<(const Match& other) const {
         return std::tie(distance, run, logged) < std::tie(other.distance, other.run, other.logged);
     }
@@ -234,12 +236,12 @@ std::vector<RunOutput> findOutputs(const std::filesystem::path& logFolder, const
     for (int old = kOldLogs; old > 0; --old)
         scan.read(logFolder / ("ZephraDebug." + std::to_string(old) + ".log"));
     scan.read(logFolder / "ZephraDebug.log");
-    std::vector<LoggedRun> log = scan.end();
+    std::vector<LoggedRun> log = scan.takeRuns();
     std::vector<RunOutput> outputs(runs.size());
-    std::vector<bool> given(runs.size() + 1), taken(log.size());
+    std::vector<bool> hasOutput(runs.size() + 1), isUsed(log.size());
     for (const Match& match : possibleMatches(runs, log)) {
-        if (given[match.run] || taken[match.logged]) continue;
-        given[match.run] = taken[match.logged] = true;
+        if (hasOutput[match.run] || isUsed[match.logged]) continue;
+        hasOutput[match.run] = isUsed[match.logged] = true;
         outputs[runs.size() - match.run] = log[match.logged].output();
     }
     return outputs;

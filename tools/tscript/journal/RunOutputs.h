@@ -1,5 +1,4 @@
-// What failed runs have written, as far as it is still known: from the debug log, into which the output of
-// every run goes, and from the output files that broken-off runs leave behind.
+// Outputs of failed runs, recovered from the debug logs and from the output files of interrupted runs.
 #pragma once
 
 #include <filesystem>
@@ -9,11 +8,11 @@
 #include "DVUtilities/TScriptRecords.h"
 
 struct RunOutput {
-    std::string text;   // its first lines, ten at most; empty where nothing is known
-    bool more = false;  // there were more
+    std::string text;   // the first 10 lines at most; empty if unknown
+    bool more = false;  // further lines exist
 };
 
-// In the order of `runs`. A run is found by its name and its times. Files that are missing, no regular files,
-// or not readable by this user say nothing.
+// Returns one output for each run, in the same order. Matches runs and log entries by name and time. Ignores
+// files that are missing, not regular or not readable.
 std::vector<RunOutput> findOutputs(const std::filesystem::path& logFolder, const std::string& database,
                                    const std::vector<TScriptRun_t>& runs);

@@ -9,48 +9,51 @@
 namespace {
 
 constexpr std::int64_t kHour = 3600;
-constexpr std::int64_t kExact = 32;  // shorter durations have a class of their own
+constexpr int kNext = 1;             // offset of the next bar
+constexpr std::int64_t kExact = 32;  // shorter durations have one class per second
 constexpr std::int64_t kExactBits = 5;
 constexpr std::int64_t kParts = 16;  // classes between two powers of 2
 constexpr std::int64_t kLongest = std::int64_t{1} << 33;
 
-// Rounds a local time down to a unit's beginning; forward = 1: to the beginning of the next one.
-using Rounding = void (*)(std::tm& time, int forward);
+// Moves a local time to the start of its unit, or of the unit `offset` units later.
+using MoveToStart = void (*)(std::tm& time, int offset);
 
-void roundToYears(std::tm& time, int years, int forward) {
-    time.tm_year = (time.tm_year + 1900) / years * years + forward * years - 1900;
+void moveToYears(std::tm& time, int years, int offset) {
+    constexpr int kTmEpoch = 1900;
+    time.tm_year = (time.tm_year + kTmEpoch) / years * years + offset * years - kTmEpoch;
     time.tm_mon = 0;
     time.tm_mday = 1;
 }
 
 constexpr struct {
     Timeline::Unit unit;
-    Rounding round;  // nullptr: an hour, whose beginning no change of the clocks moves
+    MoveToStart moveToStart;  // nullptr for hours, which clock changes do not move
 } kUnits[] = {
     {{"hour", "%d %b %H:%M"}, nullptr},
-    {{"day", "%d %b %Y"}, [](std::tm& time, int forward) { time.tm_mday += forward; }},
+    {{"day", "%d %b %Y"}, [](std::tm& time, int offset) { time.tm_mday += offset; }},
     {{"week", "%d %b %Y"},
-     [](std::tm& time, int forward) { time.tm_mday += 7 * forward - (time.tm_wday + 6) % 7; }},
+     [](std::tm& time, int offset) { time.tm_mday += 7 * offset - (time.tm_wday + 6) % 7; }},
     {{"month", "%b %Y"},
-     [](std::tm& time, int forward) {
-         time.tm_mon += forward;
+     [](std::tm& time, int offset) {
+         time.tm_mon += offset;
          time.tm_mday = 1;
      }},
-    {{"year", "%Y"}, [](std::tm& time, int forward) { roundToYears(time, 1, forward); }},
-    {{"decade", "%Y"}, [](std::tm& time, int forward) { roundToYears(time, 10, forward); }},
-    {{"century", "%Y"}, [](std::tm& time, int forward) { roundToYears(time, 100, forward); }},
+    {{"year", "%Y"}, [](std::tm& time, int offset) { moveToYears(time, 1, offset); }},
+    {{"decade", "%Y"}, [](std::tm& time, int offset) { moveToYears(time, 10, offset); }},
+    {{"century", "%Y"}, [](std::tm& time, int offset) { moveToYears(time, 100, offset); }},
 };
 
-std::int64_t barStart(std::size_t unit, std::int64_t moment, int forward) {
-    const std::time_t seconds = moment;
-    std::tm time{};
-    localtime_r(&seconds, &time);
-    if (kUnits[unit].round == nullptr)
-        return moment - time.tm_sec - std::int64_t{60} * time.tm_min + forward * kHour;
-    time.tm_sec = time.tm_min = time.tm_hour = 0;
-    kUnits[unit].round(time, forward);
-    time.tm_isdst = -1;
-    return std::mktime(&time);
+// Start of the bar that holds `time`, or of the bar `offset` bars later.
+std::int64_t barStart(std::size_t unit, std::int64_t time, int offset = 0) {
+    const std::time_t seconds = time;
+    std::tm parts{};
+    localtime_r(&seconds, &parts);
+    if (kUnits[unit].moveToStart == nullptr)
+        return time - parts.tm_sec - std::int64_t{60} * parts.tm_min + offset * kHour;
+    parts.tm_sec = parts.tm_min = parts.tm_hour = 0;
+    kUnits[unit].moveToStart(parts, offset);
+    parts.tm_isdst = -1;
+    return std::mktime(&parts);
 }
 
 std::size_t classOf(std::int64_t seconds) {
@@ -76,32 +79,32 @@ const Timeline::Unit& Timeline::unit() const {
     return kUnits[m_unit].unit;
 }
 
-StateCounts& Timeline::at(std::int64_t moment) {
-    if (moment >= m_barStart && moment < m_barEnd) return m_bars[m_barStart];
-    m_bars[barStart(m_unit, moment, 0)];
-    while (tooLong() && m_unit + 1 < std::size(kUnits)) coarsen();
-    m_barStart = barStart(m_unit, moment, 0);
-    m_barEnd = barStart(m_unit, moment, 1);
+StateCounts& Timeline::barAt(std::int64_t time) {
+    if (time >= m_barStart && time < m_barEnd) return m_bars[m_barStart];
+    m_bars[barStart(m_unit, time)];
+    while (tooLong() && m_unit + 1 < std::size(kUnits)) useLargerUnit();
+    m_barStart = barStart(m_unit, time);
+    m_barEnd = barStart(m_unit, time, kNext);
     return m_bars[m_barStart];
 }
 
 bool Timeline::tooLong() const {
     std::int64_t last = m_bars.begin()->first;
-    for (std::size_t bars = 1; bars < kMostBars; ++bars) last = barStart(m_unit, last, 1);
+    for (std::size_t bars = 1; bars < kMostBars; ++bars) last = barStart(m_unit, last, kNext);
     return m_bars.rbegin()->first > last;
 }
 
-void Timeline::coarsen() {
+void Timeline::useLargerUnit() {
     ++m_unit;
-    std::map<std::int64_t, StateCounts> coarser;
-    for (const auto& [start, counts] : m_bars) coarser[barStart(m_unit, start, 0)] += counts;
-    m_bars = std::move(coarser);
+    std::map<std::int64_t, StateCounts> bars;
+    for (const auto& [start, counts] : m_bars) bars[barStart(m_unit, start)] += counts;
+    m_bars = std::move(bars);
 }
 
 const std::map<std::int64_t, StateCounts>& Timeline::bars() {
     if (m_bars.empty()) return m_bars;
     const std::int64_t last = m_bars.rbegin()->first;
-    for (std::int64_t start = m_bars.begin()->first; start < last; start = barStart(m_unit, start, 1))
+    for (std::int64_t start = m_bars.begin()->first; start < last; start = barStart(m_unit, start, kNext))
         m_bars[start];
     return m_bars;
 }

@@ -1,4 +1,4 @@
-// Figures about runs, gathered one run at a time: they take the same memory for ten runs and for a million.
+// Statistics of runs, updated run by run with bounded memory.
 #pragma once
 
 #include <array>
@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "journal/JournalReader.h"
+#include "journal/RunView.h"
 
 inline constexpr std::size_t kRunStates = 5;
 
-// How many runs are in which state.
+// Number of runs in each state.
 class StateCounts {
   public:
     std::int64_t& operator[](RunState state) { return m_counts[static_cast<std::size_t>(state)]; }
@@ -24,38 +24,38 @@ class StateCounts {
     std::array<std::int64_t, kRunStates> m_counts{};
 };
 
-// Runs by the local hour, day, week ... of their start. Begins with hours, and goes over to the next larger
-// unit whenever the stretch of time would take more than kMostBars of them.
+// Runs by the local hour, day, week etc. of their start. Begins with hours, and changes to the next larger
+// unit whenever the time range needs more than kMostBars bars.
 class Timeline {
   public:
     static constexpr std::size_t kMostBars = 62;
     struct Unit {
         const char* name;    // "hour"
-        const char* format;  // of a moment, for strftime
+        const char* format;  // of strftime()
     };
 
-    void cover(std::int64_t moment) { at(moment); }  // the stretch reaches there, runs or none
-    void add(std::int64_t start, RunState state) { ++at(start)[state]; }
+    void extendTo(std::int64_t time) { barAt(time); }  // without adding a run
+    void add(std::int64_t start, RunState state) { ++barAt(start)[state]; }
     const Unit& unit() const;
-    // By their first moment, those without runs included.
+    // All bars by their start time, empty ones included.
     const std::map<std::int64_t, StateCounts>& bars();
 
   private:
-    StateCounts& at(std::int64_t moment);
+    StateCounts& barAt(std::int64_t time);
     bool tooLong() const;
-    void coarsen();
+    void useLargerUnit();
 
     std::size_t m_unit = 0;
     std::map<std::int64_t, StateCounts> m_bars;
-    std::int64_t m_barStart = 0, m_barEnd = 0;  // the bar used last: neighbours in time come one by one
+    std::int64_t m_barStart = 0, m_barEnd = 0;  // cache of the bar used last
 };
 
-// Lengths of runs, in classes of like ones: up to 31 s each has its own, above they are a sixteenth wide.
+// Histogram of durations: one class per second up to 31 s, above that 16 classes per power of two.
 class Durations {
   public:
     void add(std::int64_t seconds);
     bool empty() const { return m_number == 0; }
-    std::int64_t quantile(double part) const;  // the mean of its class; 0 where there are none
+    std::int64_t quantile(double part) const;  // mean of its class; 0 if empty
     std::int64_t longest() const { return m_longest; }
     std::int64_t total() const { return m_total; }
 
@@ -63,7 +63,7 @@ class Durations {
     struct Class {
         std::int64_t runs = 0, seconds = 0;
     };
-    std::vector<Class> m_classes;  // as many as the longest needs, 500 at most
+    std::vector<Class> m_classes;  // up to that of the longest, 500 at most
     std::int64_t m_number = 0, m_longest = 0, m_total = 0;
 };
 
@@ -72,7 +72,7 @@ struct ScriptFigures {
     Durations durations;  // of runs that have ended
 };
 
-// By name, for the first so many names; the runs of all others are only counted.
+// Figures by script for the first kMostScripts names; runs of further scripts are only counted.
 class ScriptTotals {
   public:
     static constexpr std::size_t kMostScripts = 2000;

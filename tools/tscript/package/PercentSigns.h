@@ -1,4 +1,4 @@
-// Percent signs of a package's statements: its placeholders, and what else a run would interpret.
+// Percent signs in a package's statements: placeholders, and other signs that a run would interpret.
 #pragma once
 
 #include <cstddef>
@@ -7,31 +7,29 @@
 #include <vector>
 
 struct PackageFinding {
-    std::size_t line = 0;  // 0: the package as a whole
+    std::size_t line = 0;  // from 1; 0: concerns the whole package
     std::string text;
 };
 
-// Line by line, as a run reads them: in block comments percent signs become blanks, in line comments they
-// count, and "%%" comes out as one up to the last placeholder.
+// Reads the statements line by line as a run does: percent signs in block comments become blanks, those in
+// line comments count, and "%%" becomes one sign up to the last placeholder.
 class PercentSigns {
   public:
-    void take(std::string_view line, std::size_t number);
+    void readLine(std::string_view line, std::size_t number);
 
     std::size_t placeholders() const { return m_placeholders; }
     const std::vector<PackageFinding>& findings() const { return m_findings; }
 
   private:
-    enum class Place { kStatement, kText, kLineComment };
+    enum class Context { kStatement, kString, kLineComment };
 
-    std::size_t takeRun(std::string_view line, std::size_t at);
-    void takePlaceholder(std::size_t percentSigns);
-    void find(std::vector<PackageFinding>& list, const char* text) const;
-    void follow(char c, char next);
+    std::size_t readPercentSigns(std::string_view line, std::size_t at, std::size_t number);
+    void addPlaceholder(std::size_t percentSigns, std::size_t number);
+    void updateContext(char c, char next);
 
     std::vector<PackageFinding> m_findings;
     std::vector<PackageFinding> m_doubled;  // since the last placeholder
     std::size_t m_placeholders = 0;
-    std::size_t m_line = 0;
-    Place m_place = Place::kStatement;
-    bool m_blockComment = false;
+    Context m_context = Context::kStatement;
+    bool m_inBlockComment = false;
 };

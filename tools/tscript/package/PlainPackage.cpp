@@ -3,22 +3,20 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <string_view>
 
-#include "console/Outcome.h"
 #include "console/TextWidth.h"
+#include "package/PackageFile.h"
 
 namespace {
 
-constexpr std::uintmax_t kLargest = std::uintmax_t{1} << 30;
+constexpr std::uintmax_t kMostGiB = 1;
 constexpr std::size_t kMostFindings = 20;
-constexpr std::size_t kReaderPiece = 509;  // characters that the package reader takes of a line at a time
+constexpr std::size_t kPieceLength = 509;  // the package reader splits longer lines, without its buffer's NUL
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// Of a usage text with more, the way in which its quotes are doubled makes no literal that the catalogue
-// takes.
+// The library's way of doubling quotes turns a usage text with more of them into an invalid literal.
 constexpr std::ptrdiff_t kMostUsageQuotes = 2;
 
 constexpr std::string_view kMarkerStart = "#START_";
@@ -40,7 +38,7 @@ bool isNumber(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
 }
 
-// What looks like a key: words with a colon behind them, at the line's beginning. Empty for none.
+// Returns words and a colon at the start of the line, which look like a key; empty if there are none.
 std::string_view keyOf(std::string_view line) {
     const std::size_t colon = line.substr(0, kLongestKey).find(':');
     if (colon == line.npos || colon == 0) return {};
@@ -53,31 +51,31 @@ enum class Section { kNone, kOptions, kUsage, kScript };
 
 class Checker {
   public:
-    void take(std::string_view line) {
+    void checkLine(std::string_view line) {
         ++m_line;
-        if (line.find('\r') != line.npos) error("a carriage return; lines end in a line feed alone");
+        if (line.find('\r') != line.npos) error("a carriage return; lines end with a line feed only");
         if (line.find('\0') != line.npos) error("a NUL byte; packages are UTF-8 text");
         if (!isUtf8(line)) error("bytes that are not UTF-8; packages are UTF-8 text");
         if (m_line == 1 && line.substr(0, 3) == kByteOrderMark)
             error("a byte order mark; the first marker would not be recognised");
-        if (!enterSection(line)) takeContent(line);
+        if (!enterSection(line)) checkContent(line);
     }
 
-    // The cipher takes a line in the reader's pieces and passes over one of a single character.
-    void takeLastLineWithoutBreak(std::string_view line) {
-        if (line.size() % kReaderPiece == 1)
+    // The cipher reads lines in the same pieces and skips a piece of one character.
+    void checkUnterminatedLine(std::string_view line) {
+        if (line.size() % kPieceLength == 1)
             error("no line feed at the end; its last character would be lost");
     }
 
     PackageCheck finish() {
         if (!m_markerSeen) {
             m_findings.errors.push_back({0, "there is no line #START_SCRIPT#"});
-        } else if (!m_statements) {
+        } else if (!m_hasStatements) {
             m_findings.errors.push_back({0, "there are no statements after #START_SCRIPT#"});
         }
         if (m_usageQuotes > kMostUsageQuotes)
             m_findings.errors.push_back(
-                {m_lastQuotes, "a third single quote in the usage; the catalogue would not take the text"});
+                {m_quoteLimitLine, "a third single quote in the usage; the catalogue would refuse the text"});
         if (!m_headerSeen) m_findings.remarks.push_back({0, "there is no line #START_OPTIONS#"});
         if (!m_usageSeen)
             m_findings.remarks.push_back({0, "there is no line #START_USAGE#; help shows nothing"});
@@ -99,7 +97,7 @@ class Checker {
             if (m_markerSeen) warning("a second #START_SCRIPT#; the statements before it are dropped");
             m_section = Section::kScript;
             m_markerSeen = true;
-            m_statements = false;
+            m_hasStatements = false;
             m_percentSigns = {};
         } else {
             return false;
@@ -107,45 +105,45 @@ class Checker {
         return true;
     }
 
-    void takeContent(std::string_view line) {
+    void checkContent(std::string_view line) {
         if (line.empty()) return;
         if (line.substr(0, kMarkerStart.size()) == kMarkerStart)
-            remark("begins like a marker and is none; a marker stands alone in its line");
+            remark("begins like a marker but is not one; a marker is a line of its own");
         if (m_section == Section::kNone) warning("text before the first marker is ignored");
-        if (m_section == Section::kOptions) takeHeaderLine(line);
+        if (m_section == Section::kOptions) checkHeaderLine(line);
         if (m_section == Section::kUsage) countQuotes(line);
         if (m_section == Section::kScript) {
-            m_statements = true;
-            m_percentSigns.take(line, m_line);
-            if (line.size() % kReaderPiece == 0)
+            m_hasStatements = true;
+            m_percentSigns.readLine(line, m_line);
+            if (line.size() % kPieceLength == 0)
                 warning("a line of " + std::to_string(line.size()) + " bytes is joined to the next one");
-        } else if (line.size() > kReaderPiece) {
-            warning("a line of more than 509 bytes is broken into pieces");
+        } else if (line.size() > kPieceLength) {
+            warning("a line of more than 509 bytes is split");
         }
     }
 
     void countQuotes(std::string_view line) {
         if (m_usageQuotes > kMostUsageQuotes) return;
         m_usageQuotes += std::count(line.begin(), line.end(), '\'');
-        m_lastQuotes = m_line;
+        m_quoteLimitLine = m_line;
     }
 
-    // The first key that stands in the line, anywhere, decides.
-    void takeHeaderLine(std::string_view line) {
+    // The loader uses the first key of the table that occurs anywhere in the line.
+    void checkHeaderLine(std::string_view line) {
         for (const std::string_view key : kKeys) {
             const std::size_t at = line.find(key);
             if (at == line.npos) continue;
             if (at > 0) remark("\"" + std::string(key) + "\" counts as a key here too");
-            return takeValue(key, line.substr(at + key.size()));
+            return checkValue(key, line.substr(at + key.size()));
         }
         if (const std::string_view key = keyOf(line); !key.empty())
-            remark("the key \"" + std::string(key) + "\" is unknown; the line is taken as text");
+            remark("the key \"" + std::string(key) + "\" is unknown; the line counts as text");
     }
 
-    void takeValue(std::string_view key, std::string_view value) {
+    void checkValue(std::string_view key, std::string_view value) {
         if (std::find(std::begin(kNumberKeys), std::end(kNumberKeys), key) != std::end(kNumberKeys) &&
             !isNumber(value))
-            remark("the value of \"" + std::string(key) + "\" is no number");
+            remark("the value of \"" + std::string(key) + "\" is not a number");
         if (key != kDatabaseKey || value.empty()) return;
         if (value.front() == ' ') {
             error("a blank after \"Database Name:\"; it would be part of the name");
@@ -167,31 +165,24 @@ class Checker {
     bool m_headerSeen = false;
     bool m_usageSeen = false;
     bool m_markerSeen = false;
-    bool m_statements = false;
+    bool m_hasStatements = false;
     std::ptrdiff_t m_usageQuotes = 0;
-    std::size_t m_lastQuotes = 0;  // the line that they were counted to
+    std::size_t m_quoteLimitLine = 0;  // where counting stopped
     std::size_t m_line = 0;
 };
 
 }  // namespace
 
 PackageCheck checkPlainPackage(const std::string& file) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error))
-        throw Failure(ExitCode::kUsage,
-                      file + " is no file" + (error ? ": " + error.message() : std::string()));
-    if (std::filesystem::file_size(file, error) > kLargest || error)
-        throw Failure(ExitCode::kUsage, file + " is larger than 1 GiB");
-    std::ifstream in(file, std::ios::binary);
-    if (!in) throw Failure(ExitCode::kUsage, file + " cannot be read");
+    std::ifstream in = openPackageFile(file, kMostGiB);
     Checker checker;
     for (std::string line; std::getline(in, line);) {
-        checker.take(line);
-        if (in.eof()) checker.takeLastLineWithoutBreak(line);
+        checker.checkLine(line);
+        if (in.eof()) checker.checkUnterminatedLine(line);
     }
     return checker.finish();
 }
 
-std::string lineText(const PackageFinding& finding) {
+std::string textWithLine(const PackageFinding& finding) {
     return finding.line == 0 ? finding.text : "line " + std::to_string(finding.line) + ": " + finding.text;
 }

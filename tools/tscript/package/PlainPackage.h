@@ -1,4 +1,4 @@
-// The plain text of a package, looked at before it is enciphered.
+// Checks of a package's plain text.
 #pragma once
 
 #include <string>
@@ -7,14 +7,14 @@
 #include "package/PercentSigns.h"
 
 struct PackageCheck {
-    std::vector<PackageFinding> errors;    // the package could not be loaded, or not as it is meant
-    std::vector<PackageFinding> warnings;  // it loads; this is probably not meant
-    std::vector<PackageFinding> remarks;   // worth a look before it is run
+    std::vector<PackageFinding> errors;    // prevent loading, or change the package's meaning
+    std::vector<PackageFinding> warnings;  // probably not intended
+    std::vector<PackageFinding> remarks;   // possibly not intended
     std::size_t placeholders = 0;
 };
 
-// Throws Failure (usage) when the file cannot be read or is too large.
+// Throws Failure (kUsage) if the file cannot be read or is too large.
 PackageCheck checkPlainPackage(const std::string& file);
 
-// "line 3: text", or the text alone where it is about no line.
-std::string lineText(const PackageFinding& finding);
+// The finding's text, after "line N: " if it concerns one line.
+std::string textWithLine(const PackageFinding& finding);

@@ -6,25 +6,18 @@
 #include <string_view>
 
 #include "console/Outcome.h"
+#include "package/PackageFile.h"
 
 namespace {
 
-constexpr std::uintmax_t kLargest = std::uintmax_t{2} << 30;  // a record takes half as much again as its text
-constexpr std::size_t kLongestRecord = 2046;                  // as the library reads them
-constexpr std::size_t kShortestLine = 2;                      // with its line break; shorter ones are skipped
+constexpr std::uintmax_t kMostGiB = 2;        // a record is half as long again as its text
+constexpr std::size_t kLongestRecord = 2046;  // the library splits longer lines
+constexpr std::size_t kShortestLine = 2;      // with its line break; the library skips shorter ones
 
 }  // namespace
 
-RecordReader::RecordReader(const std::string& file) : m_file(file) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error))
-        throw Failure(ExitCode::kUsage,
-                      file + " is no file" + (error ? ": " + error.message() : std::string()));
-    m_size = std::filesystem::file_size(file, error);
-    if (error || m_size > kLargest) throw Failure(ExitCode::kUsage, file + " is larger than 2 GiB");
-    m_in.open(file, std::ios::binary);
-    if (!m_in) throw Failure(ExitCode::kUsage, file + " cannot be read");
-}
+RecordReader::RecordReader(const std::string& file)
+    : m_file(file), m_in(openPackageFile(file, kMostGiB)), m_size(std::filesystem::file_size(file)) {}
 
 bool RecordReader::next(std::string& record) {
     std::array<char, kLongestRecord + 1> buffer{};
@@ -40,7 +33,7 @@ bool RecordReader::next(std::string& record) {
             m_in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
         }
         if (!tooLong && length < kShortestLine) continue;
-        if (!tooLong && !m_in.eof()) --length;  // the line break is counted
+        if (!tooLong && !m_in.eof()) --length;  // gcount() includes the line break
         std::string_view line(buffer.data(), length);
         if (!m_in.eof() && !line.empty() && line.back() == '\r') line.remove_suffix(1);
         if (line.empty() && !tooLong) continue;

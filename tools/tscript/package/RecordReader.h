@@ -1,17 +1,18 @@
-// An enciphered package, record by record.
+// Reader for the encrypted records of a package.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <fstream>
 #include <string>
 
 class RecordReader {
   public:
-    // Throws Failure (usage) for what is no file, cannot be read or is larger than 2 GiB.
+    // Throws Failure (kUsage) if the file is not a regular one, cannot be read or is larger than 2 GiB.
     explicit RecordReader(const std::string& file);
 
-    // The next line that holds a record; false at the end. A line that cannot be one, for its length or a NUL
-    // byte, is handed out as an empty text. Throws Failure (installation) when reading fails.
+    // Reads the next record; false at the end of the file. A line that is too long or holds a NUL byte gives
+    // an empty record. Throws Failure (kInstallation) if reading fails.
     bool next(std::string& record);
     std::size_t line() const { return m_line; }  // of the last record, from 1
     std::uintmax_t size() const { return m_size; }

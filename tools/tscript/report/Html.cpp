@@ -5,40 +5,40 @@
 
 #include "console/TextWidth.h"
 
-std::string html(std::string_view text) {
-    std::string escaped;
-    for (const char c : cleaned(text)) {
+std::string escaped(std::string_view text) {
+    std::string result;
+    for (const char c : withoutControls(text)) {
         switch (c) {
             case '&':
-                escaped += "&amp;";
+                result += "&amp;";
                 break;
             case '<':
-                escaped += "&lt;";
+                result += "&lt;";
                 break;
             case '>':
-                escaped += "&gt;";
+                result += "&gt;";
                 break;
             case '"':
-                escaped += "&quot;";
+                result += "&quot;";
                 break;
             case '\'':
-                escaped += "&#39;";
+                result += "&#39;";
                 break;
             default:
-                escaped += c;
+                result += c;
         }
     }
-    return escaped;
+    return result;
 }
 
-std::string filled(std::string_view form, std::initializer_list<std::string> values) {
+std::string fillTemplate(std::string_view pattern, std::initializer_list<std::string> values) {
     std::string text;
     for (const std::string& value : values) {
-        const std::size_t place = form.find("{}");
-        text.append(form.substr(0, place)).append(value);
-        form.remove_prefix(place + 2);
+        const std::size_t place = pattern.find("{}");
+        text.append(pattern.substr(0, place)).append(value);
+        pattern.remove_prefix(place + 2);
     }
-    return text.append(form);
+    return text.append(pattern);
 }
 
 std::string numberText(std::int64_t number) {
@@ -51,8 +51,8 @@ std::string countText(std::int64_t number, const char* noun) {
     return numberText(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
-std::string percentText(double part) {
+std::string percentText(double fraction) {
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.4g%%", part * 100);
+    std::snprintf(text.data(), text.size(), "%.4g%%", fraction * 100);
     return text.data();
 }

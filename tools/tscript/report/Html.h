@@ -1,4 +1,4 @@
-// Texts of a page.
+// HTML text: escaping, templates, numbers.
 #pragma once
 
 #include <cstdint>
@@ -6,12 +6,12 @@
 #include <string>
 #include <string_view>
 
-// As an element's text or an attribute's value in double quotes: nothing in it is markup. Control characters,
-// and bytes that are no UTF-8, become blanks.
-std::string html(std::string_view text);
-// The form with each "{}" replaced by the next value, as it stands.
-std::string filled(std::string_view form, std::initializer_list<std::string> values);
+// Escapes text for an element or for an attribute value in double quotes. Control characters and bytes that
+// are not UTF-8 become blanks.
+std::string escaped(std::string_view text);
+// Replaces each "{}" with the next value, without escaping.
+std::string fillTemplate(std::string_view pattern, std::initializer_list<std::string> values);
 
 std::string numberText(std::int64_t number);                   // "1,234,567"
 std::string countText(std::int64_t number, const char* noun);  // "1 run", "1,234 runs"
-std::string percentText(double part);                          // of 1, for a coordinate: "12.5%"
+std::string percentText(double fraction);                      // 0.125 gives "12.5%"

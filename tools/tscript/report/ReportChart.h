@@ -1,5 +1,5 @@
-// The drawings of a report, as SVG within the page: coordinates are percentages, so that they fit every width
-// while their texts keep their size. The page's style sheet colours them.
+// Charts of a report as inline SVG, coloured by the page's style sheet. Coordinates are percentages, so that
+// a chart fits any width without scaling its text.
 #pragma once
 
 #include <cstdint>
@@ -7,13 +7,14 @@
 
 #include "journal/RunStatistics.h"
 
-// The states that have runs, each with the sample of its fill.
+// Legend of the states that have runs.
 std::string chartLegend(const StateCounts& counts);
-// Stacked bars of runs over time.
+// Stacked bar chart of runs over time.
 std::string timelineChart(Timeline& timeline);
-// The same as rows of a table.
+// Table rows with the numbers of the bar chart.
 std::string timelineRows(Timeline& timeline);
 
-// Median, 95th percentile and longest, on a logarithmic scale that ends at `longest` seconds.
+// Bar of median, 95th percentile and longest duration on a logarithmic scale from 0 to `longest` seconds, and
+// the axis of that scale.
 std::string durationBar(const Durations& durations, std::int64_t longest);
 std::string durationAxis(std::int64_t longest);

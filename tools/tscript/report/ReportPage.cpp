@@ -84,36 +84,37 @@ constexpr char kFailure[] = R"(<details class="run {}"{}>
 )";
 
 constexpr char kUnknownOutput[] =
-    "<p class=\"hint\">Its output is not known: the log of that time is gone, or could not be read.</p>\n";
+    "<p class=\"hint\">Its output is unknown: the log of that time was deleted or cannot be read.</p>\n";
 
-std::string detail(const char* name, const std::string& text) {
-    return filled("<div><dt>{}</dt><dd>{}</dd></div>", {name, text});
+std::string detailRow(const char* name, const std::string& text) {
+    return fillTemplate("<div><dt>{}</dt><dd>{}</dd></div>", {name, text});
 }
 
-std::string cut(const std::string& text, std::size_t longest) {
+std::string shortened(const std::string& text, std::size_t longest) {
     if (text.size() <= longest) return text;
     std::size_t end = longest;
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        --end;  // not within a character
+        --end;  // keep UTF-8 characters whole
     return text.substr(0, end) + "…";
 }
 
-std::string moment(std::int64_t seconds) {
-    return filled("<time datetime=\"{}\">{}</time>", {utcTime(seconds), localTime(seconds)});
+std::string timeElement(std::int64_t seconds) {
+    return fillTemplate("<time datetime=\"{}\">{}</time>", {utcTime(seconds), localTime(seconds)});
 }
 
 std::string headOf(const Report& report) {
-    const std::string database = html(report.database);
-    std::string range = report.since != 0 ? "From " + moment(report.since) : "All that the journal holds";
-    if (!report.pattern.empty()) range += ", names like <bdi><b>" + html(report.pattern) + "</b></bdi>";
-    range += "; as of " + moment(report.now);
-    return filled(kHead, {database, kReportStyle, database, range + "."});
+    const std::string database = escaped(report.database);
+    std::string range =
+        report.since != 0 ? "From " + timeElement(report.since) : "All that the journal holds";
+    if (!report.pattern.empty()) range += ", names like <bdi><b>" + escaped(report.pattern) + "</b></bdi>";
+    range += "; as of " + timeElement(report.now);
+    return fillTemplate(kHead, {database, kReportStyle, database, range + "."});
 }
 
 // ---- Figures -------------------------------------------------------------------------------------------
 
 std::string figure(const char* name, const std::string& value, const char* style = "") {
-    return filled("<div{}><dt>{}</dt><dd>{}</dd></div>\n", {style, name, value});
+    return fillTemplate("<div{}><dt>{}</dt><dd>{}</dd></div>\n", {style, name, value});
 }
 
 std::string shareOk(const StateCounts& counts) {
@@ -121,7 +122,7 @@ std::string shareOk(const StateCounts& counts) {
         counts[RunState::kOk] + counts[RunState::kFailed] + counts[RunState::kAbandoned];
     if (ended == 0) return "–";
     const std::int64_t tenths =
-        counts[RunState::kOk] * 1000 / ended;  // rounded down: 100 % means all of them
+        counts[RunState::kOk] * 1000 / ended;  // rounded down: 100 % only if all succeeded
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " %";
 }
 
@@ -146,13 +147,13 @@ std::string timeSection(Report& report) {
     const std::string unit = report.timeline.unit().name;
     std::string title = unit;
     title.front() = static_cast<char>(title.front() - 'a' + 'A');
-    return filled(kTimeSection, {unit, chartLegend(report.counts), timelineChart(report.timeline), unit,
-                                 title, timelineRows(report.timeline)});
+    return fillTemplate(kTimeSection, {unit, chartLegend(report.counts), timelineChart(report.timeline), unit,
+                                       title, timelineRows(report.timeline)});
 }
 
 using Script = std::pair<const std::string, ScriptFigures>;
 
-// Those that took the most time in all, first.
+// Scripts with the largest total duration, in descending order.
 std::vector<const Script*> longestScripts(const ScriptTotals& totals) {
     std::vector<const Script*> scripts;
     for (const Script& script : totals.scripts()) scripts.push_back(&script);
@@ -168,10 +169,10 @@ std::string scriptRow(const Script& script, std::int64_t longest) {
     const Durations& durations = figures.durations;
     const auto span = [&](std::int64_t seconds) { return durations.empty() ? "–" : spanText(seconds); };
     const std::int64_t failed = figures.counts[RunState::kFailed];
-    return filled(kScriptRow,
-                  {html(name), numberText(figures.counts.all()), failed > 0 ? " class=\"failed\"" : "",
-                   numberText(failed), span(durations.quantile(0.5)), span(durations.quantile(0.95)),
-                   span(durations.longest()), durations.empty() ? "" : durationBar(durations, longest)});
+    return fillTemplate(
+        kScriptRow, {escaped(name), numberText(figures.counts.all()), failed > 0 ? " class=\"failed\"" : "",
+                     numberText(failed), span(durations.quantile(0.5)), span(durations.quantile(0.95)),
+                     span(durations.longest()), durations.empty() ? "" : durationBar(durations, longest)});
 }
 
 std::string durationSection(const Report& report) {
@@ -186,7 +187,7 @@ std::string durationSection(const Report& report) {
         which = "The " + std::to_string(scripts.size()) + " of " +
                 (report.totals.otherRuns() > 0 ? "more than " : "") + countText(known, "script") +
                 " whose runs took the most time in all.";
-    return filled(kDurationSection, {which, durationAxis(longest), rows});
+    return fillTemplate(kDurationSection, {which, durationAxis(longest), rows});
 }
 
 std::string outputOf(const BadRun& bad, const RunOutput& output) {
@@ -195,29 +196,35 @@ std::string outputOf(const BadRun& bad, const RunOutput& output) {
     for (std::size_t begin = 0, end = 0; end != output.text.npos; begin = end + 1) {
         end = output.text.find('\n', begin);
         const std::string line = output.text.substr(begin, end - begin);
-        for (std::size_t part = 0, tab = 0; tab != line.npos; part = tab + 1) {  // tabs keep columns apart
+        for (std::size_t part = 0, tab = 0; tab != line.npos;
+             part = tab + 1) {  // tabs stay as column separators
             tab = line.find('\t', part);
-            lines += html(line.substr(part, tab - part)) + (tab != line.npos ? "\t" : "");
+            lines += escaped(line.substr(part, tab - part)) + (tab != line.npos ? "\t" : "");
         }
         lines += '\n';
     }
-    return filled("<pre tabindex=\"0\" role=\"region\" aria-label=\"Output of run {}\">{}</pre>\n{}",
-                  {std::to_string(bad.run.id), lines,
-                   output.more ? "<p class=\"hint\">Its first lines; the debug log has more.</p>\n" : ""});
+    return fillTemplate(
+        "<pre tabindex=\"0\" role=\"region\" aria-label=\"Output of run {}\">{}</pre>\n{}",
+        {std::to_string(bad.run.id), lines,
+         output.more ? "<p class=\"hint\">Its first lines; the debug log has more.</p>\n" : ""});
 }
 
 std::string failureOf(const BadRun& bad, const RunOutput& output, bool open) {
     const TScriptRun_t& run = bad.run;
-    const std::string preview = html(cut(output.text, kLongestPreview));  // on one line: breaks are blanks
+    const std::string preview =
+        escaped(shortened(output.text, kLongestPreview));  // escaping turns line breaks into blanks
     const bool abandoned = bad.state == RunState::kAbandoned;
-    return filled(
+    return fillTemplate(
         kFailure,
-        {nameOf(bad.state), open ? " open" : "", html(run.name), nameOf(bad.state), moment(run.startTime),
+        {nameOf(bad.state), open ? " open" : "", escaped(run.name), nameOf(bad.state),
+         timeElement(run.startTime),
          preview.empty() ? "" : " <span class=\"preview\"><bdi>" + preview + "</bdi></span>",
          std::to_string(run.id), abandoned ? "–" : localTime(run.endTime),
          abandoned ? "–" : spanText(bad.seconds),
-         run.userId != 0 ? detail("User", std::to_string(run.userId)) : "",
-         run.input.empty() ? "" : detail("Input", "<bdi>" + html(cut(run.input, kLongestInput)) + "</bdi>"),
+         run.userId != 0 ? detailRow("User", std::to_string(run.userId)) : "",
+         run.input.empty()
+             ? ""
+             : detailRow("Input", "<bdi>" + escaped(shortened(run.input, kLongestInput)) + "</bdi>"),
          outputOf(bad, output)});
 }
 
@@ -226,7 +233,7 @@ std::string failuresSection(const Report& report) {
     const auto shown = static_cast<std::int64_t>(report.badRuns.size());
     std::string text =
         "<section aria-labelledby=\"failures\">\n<h2 id=\"failures\" tabindex=\"-1\">Failures</h2>\n<p>";
-    if (all == 0) return text + "No run failed, none was abandoned.</p>\n</section>\n";
+    if (all == 0) return text + "No run failed or was abandoned.</p>\n</section>\n";
     text += shown < all ? "The newest " + numberText(shown) + " of " + numberText(all) +
                               " runs that failed or were abandoned."
                         : countText(all, "run") + " failed or abandoned, newest first.";
@@ -238,16 +245,17 @@ std::string failuresSection(const Report& report) {
 
 std::string emptySection(const Report& report) {
     const bool narrowed = report.since != 0 || !report.pattern.empty();
-    return filled(kEmpty, {narrowed ? "The journal holds no such run. Give an earlier time or another name."
-                                    : "The journal is empty: no script has been run yet."});
+    return fillTemplate(kEmpty,
+                        {narrowed ? "The journal holds no such run. Give an earlier time or another name."
+                                  : "The journal is empty: no script has been run yet."});
 }
 
 std::string footOf(const Report& report) {
     std::tm time{};
     const std::time_t now = report.now;
     localtime_r(&now, &time);
-    return filled("</main>\n<footer>Made by tscript {}. Times are {}.</footer>\n</body>\n</html>\n",
-                  {TSCRIPT_VERSION, html(time.tm_zone)});
+    return fillTemplate("</main>\n<footer>Made by tscript {}. Times are {}.</footer>\n</body>\n</html>\n",
+                        {TSCRIPT_VERSION, escaped(time.tm_zone)});
 }
 
 }  // namespace

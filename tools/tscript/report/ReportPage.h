@@ -1,4 +1,4 @@
-// The page that `tscript report` writes: HTML that asks for nothing else, neither files nor scripts.
+// Page of `tscript report`: one HTML file without scripts or further files.
 #pragma once
 
 #include <cstdint>
@@ -17,15 +17,14 @@ struct BadRun {
 
 struct Report {
     std::string database;
-    std::string pattern;     // of names; empty: all
-    std::int64_t since = 0;  // 0: from the beginning
+    std::string pattern;     // of script names; empty: all
+    std::int64_t since = 0;  // 0: all times
     std::int64_t now = 0;
-    std::int64_t oldest = 0, newest = 0;  // starts; 0 without runs
     StateCounts counts;
     Timeline timeline;
     ScriptTotals totals;
-    std::vector<BadRun> badRuns;     // the newest, newest first
-    std::vector<RunOutput> outputs;  // theirs
+    std::vector<BadRun> badRuns;     // the newest ones, newest first
+    std::vector<RunOutput> outputs;  // of badRuns, in the same order
 };
 
 std::string reportPage(Report& report);

@@ -1,32 +1,24 @@
 #include "run/Progress.h"
 
-#include <sys/types.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
 
 #include "console/Terminal.h"
 #include "console/TextWidth.h"
 #include "console/Times.h"
+#include "system/ChildProcess.h"
 
 namespace {
 
-constexpr std::chrono::milliseconds kFirst{500};
-constexpr std::chrono::milliseconds kPause{200};
+constexpr std::chrono::milliseconds kFirstUpdate{500};
+constexpr std::chrono::milliseconds kUpdateInterval{200};
 constexpr const char* kClearLine = "\r\x1b[K";
-
-// The query tool is the only child that a run has.
-bool hasChild(int thread) {
-    std::ifstream children("/proc/self/task/" + std::to_string(thread) + "/children");
-    pid_t child = 0;
-    return static_cast<bool>(children >> child);
-}
 
 }  // namespace
 
-Progress::Progress(std::string script, bool wanted) : m_script(std::move(script)) {
-    if (wanted && isLivelyTerminal(STDERR_FILENO)) m_thread = std::thread(&Progress::show, this, gettid());
+Progress::Progress(std::string script, bool isWanted) : m_script(std::move(script)) {
+    if (isWanted && isAnsiTerminal(STDERR_FILENO)) m_thread = std::thread(&Progress::update, this, gettid());
 }
 
 Progress::~Progress() {
@@ -43,22 +35,22 @@ double Progress::seconds() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_begin).count();
 }
 
-void Progress::show(int scriptThread) {
+void Progress::update(pid_t scriptThread) {
     std::unique_lock lock(m_mutex);
-    if (m_ended.wait_for(lock, kFirst, [this] { return m_ending; })) return;
-    bool started = false;
+    if (m_ended.wait_for(lock, kFirstUpdate, [this] { return m_ending; })) return;
+    bool wasStarted = false;
     do {
-        const bool running = hasChild(scriptThread);
-        started = started || running;
-        draw(running ? "running in the database" : started ? "reading the output" : "preparing");
-    } while (!m_ended.wait_for(lock, kPause, [this] { return m_ending; }));
+        const bool isRunning = !childrenOf(scriptThread).empty();  // the query tool is a run's only child
+        wasStarted = wasStarted || isRunning;
+        draw(isRunning ? "running in the database" : wasStarted ? "reading the output" : "preparing");
+    } while (!m_ended.wait_for(lock, kUpdateInterval, [this] { return m_ending; }));
     std::fputs(kClearLine, stderr);
 }
 
-// The time comes first, so that a narrow terminal cuts what matters least.
-void Progress::draw(const char* doing) const {
+// The script's name comes last, because a narrow terminal truncates the line.
+void Progress::draw(const char* step) const {
     const std::string text =
-        spanText(static_cast<std::int64_t>(seconds())) + "  " + doing + "  " + cleaned(m_script);
-    std::fprintf(stderr, "%s%s", kClearLine, fitted(text, terminalWidth(STDERR_FILENO) - 1).c_str());
+        spanText(static_cast<std::int64_t>(seconds())) + "  " + step + "  " + withoutControls(m_script);
+    std::fprintf(stderr, "%s%s", kClearLine, truncated(text, terminalWidth(STDERR_FILENO) - 1).c_str());
     std::fflush(stderr);
 }

@@ -1,5 +1,7 @@
-// A line on standard error that tells how long a script has been running and what it is doing.
+// Progress line of a running script: elapsed time and current step, on standard error.
 #pragma once
+
+#include <sys/types.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -7,11 +9,11 @@
 #include <string>
 #include <thread>
 
-// Shown from its second half-second on, to a lively terminal alone, and cleared in the end. The thread that
-// makes the object is the one that runs the script.
+// Appears after half a second, only on an ANSI terminal, and is cleared by the destructor. The object must be
+// made by the thread that runs the script.
 class Progress {
   public:
-    Progress(std::string script, bool wanted);
+    Progress(std::string script, bool isWanted);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -19,8 +21,8 @@ class Progress {
     double seconds() const;
 
   private:
-    void show(int scriptThread);
-    void draw(const char* doing) const;
+    void update(pid_t scriptThread);
+    void draw(const char* step) const;
 
     const std::string m_script;
     const std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr char kBetweenColumns = '\t';
+constexpr char kColumnSeparator = '\t';
 
 std::vector<std::string_view> split(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
@@ -20,8 +20,8 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     return parts;
 }
 
-// The line between headings and rows.
-bool isRule(std::string_view line) {
+// True for the line of dashes between headings and rows.
+bool isSeparatorLine(std::string_view line) {
     return line.find('-') != line.npos && line.find_first_not_of("-\t") == line.npos;
 }
 
@@ -35,7 +35,7 @@ Json valueOf(std::string_view text) {
 }
 
 Json rowOf(const std::vector<std::string_view>& headings, std::string_view line) {
-    const std::vector<std::string_view> values = split(line, kBetweenColumns);
+    const std::vector<std::string_view> values = split(line, kColumnSeparator);
     Json row = Json::object();
     for (std::size_t i = 0; i < headings.size(); ++i)
         row[std::string(headings[i])] = i < values.size() ? valueOf(values[i]) : Json();
@@ -44,12 +44,12 @@ Json rowOf(const std::vector<std::string_view>& headings, std::string_view line)
 
 }  // namespace
 
-Json rowsOf(std::string_view output) {
+Json parseToolTable(std::string_view output) {
     const std::vector<std::string_view> lines = split(output, '\n');
     Json rows = Json::array();
-    auto line = std::find_if(lines.begin(), lines.end(), isRule);
+    auto line = std::find_if(lines.begin(), lines.end(), isSeparatorLine);
     if (line == lines.begin() || line == lines.end()) return rows;
-    const std::vector<std::string_view> headings = split(*(line - 1), kBetweenColumns);
+    const std::vector<std::string_view> headings = split(*(line - 1), kColumnSeparator);
     for (++line; line != lines.end() && !line->empty(); ++line) rows.push_back(rowOf(headings, *line));
     return rows;
 }

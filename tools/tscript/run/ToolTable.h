@@ -1,10 +1,10 @@
-// A table as the query tool prints it, for programs.
+// Parser for a table that the query tool printed.
 #pragma once
 
 #include <string_view>
 
 #include "console/JsonOutput.h"
 
-// The rows of the first table in the output: an object a row, its members named by the headings. NULL becomes
-// null and a whole number a number. An empty array when there is no table.
-Json rowsOf(std::string_view output);
+// Returns the rows of the first table in the output as an array of objects with the column names as keys.
+// "NULL" becomes null, an integer becomes a number. The array is empty if there is no table.
+Json parseToolTable(std::string_view output);

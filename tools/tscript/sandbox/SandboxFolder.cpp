@@ -24,50 +24,52 @@ constexpr std::string_view kComplete = "complete\n";
 constexpr std::size_t kPasswordLength = 32;
 constexpr std::size_t kLongestPath = 512;
 
-[[noreturn]] void fail(const fs::path& path, const std::string& reason) {
+[[noreturn]] void throwFailure(const fs::path& path, const std::string& reason) {
     throw Failure(ExitCode::kInstallation, path.string() + ": " + reason);
 }
 
-// A file for its owner only; one that exists is replaced.
-void writePrivate(const fs::path& path, std::string_view text) {
+// Replaces the file with a new one of mode 0600.
+void writePrivateFile(const fs::path& path, std::string_view text) {
     unlink(path.c_str());
     const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (fd < 0) fail(path, std::strerror(errno));
+    if (fd < 0) throwFailure(path, std::strerror(errno));
     const bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     const int error = errno;
-    if (close(fd) != 0 || !written) fail(path, std::strerror(error));
+    if (close(fd) != 0 || !written) throwFailure(path, std::strerror(error));
 }
 
-// In place, as it is locked.
+// Writes in place: a new file would not be locked.
 void writeMark(const fs::path& mark, std::string_view text) {
     std::ofstream out(mark, std::ios::trunc);
     out << text << std::flush;
-    if (!out) fail(mark, std::strerror(errno));
+    if (!out) throwFailure(mark, std::strerror(errno));
 }
 
-void makePrivateFolder(const fs::path& path) {
+void createPrivateFolder(const fs::path& path) {
     std::error_code error;
     fs::create_directories(path.parent_path(), error);
-    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) fail(path, std::strerror(errno));
+    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) throwFailure(path, std::strerror(errno));
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0) fail(path, std::strerror(errno));
-    if (status.st_uid != geteuid()) fail(path, "it belongs to another user, who could put links into it");
-    if (chmod(path.c_str(), 0700) != 0) fail(path, std::strerror(errno));
+    if (stat(path.c_str(), &status) != 0) throwFailure(path, std::strerror(errno));
+    if (status.st_uid != geteuid())
+        throwFailure(path, "it belongs to another user, who could put links into it");
+    if (chmod(path.c_str(), 0700) != 0) throwFailure(path, std::strerror(errno));
 }
 
-// 192 random bits in letters, digits, "-" and "_".
+// 32 random characters of 64: 192 bits.
 Secret randomPassword() {
     constexpr std::string_view kLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
     std::array<unsigned char, kPasswordLength> bytes{};
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
-        throw Failure(ExitCode::kInstallation, std::string("no random bytes: ") + std::strerror(errno));
+        throw Failure(ExitCode::kInstallation,
+                      std::string("cannot get random bytes: ") + std::strerror(errno));
     Secret password(kPasswordLength + 1);
     for (const unsigned char byte : bytes) password.text() += kLetters[byte % kLetters.size()];
     explicit_bzero(bytes.data(), bytes.size());
     return password;
 }
 
-// Placeholders in angle brackets are replaced by writeStore().
+// Template of writeStore(), which replaces the names in angle brackets.
 constexpr std::string_view kStore = R"toml(# The configuration store of a sample installation.
 [host]
 cipherKeyFile  = "<folder>/cipher.key"
@@ -103,9 +105,9 @@ sNQ2INSTANCE     = "127.0.0.1,<port>"
 sNQ2CONNECTION   = "NQ2"
 )toml";
 
-void replaceAll(std::string& text, std::string_view mark, const std::string& value) {
-    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
-        text.replace(at, mark.size(), value);
+void replaceAll(std::string& text, std::string_view placeholder, const std::string& value) {
+    for (std::size_t at = 0; (at = text.find(placeholder, at)) != std::string::npos; at += value.size())
+        text.replace(at, placeholder.size(), value);
 }
 
 }  // namespace
@@ -113,16 +115,16 @@ void replaceAll(std::string& text, std::string_view mark, const std::string& val
 SandboxFolder::SandboxFolder(const fs::path& folder) : m_path(fs::absolute(folder).lexically_normal()) {
     if (!m_path.has_filename()) m_path = m_path.parent_path();
     const std::string path = m_path.string();
-    const auto harmful = [](char c) {
+    const auto isForbidden = [](char c) {
         return c == '"' || c == '\\' || c == '%' || c == '<' || static_cast<unsigned char>(c) < 0x20;
     };
-    if (path.size() > kLongestPath || std::any_of(path.begin(), path.end(), harmful))
+    if (path.size() > kLongestPath || std::any_of(path.begin(), path.end(), isForbidden))
         throw Failure(
             ExitCode::kUsage, "'" + path.substr(0, kLongestPath) + "' cannot hold a sample installation",
-            "Take a folder of at most 512 bytes, without double quotes, backslashes, percent signs and '<'.");
+            "Use a folder of at most 512 bytes, without double quotes, backslashes, percent signs and '<'.");
 }
 
-bool SandboxFolder::isOurs() const {
+bool SandboxFolder::isSandbox() const {
     std::error_code ignored;
     return fs::is_regular_file(mark(), ignored);
 }
@@ -137,18 +139,19 @@ void SandboxFolder::markComplete() const {
     writeMark(mark(), kComplete);
 }
 
-void SandboxFolder::markUnfinished() const {
-    writeMark(mark(), "unfinished\n");
+void SandboxFolder::markIncomplete() const {
+    writeMark(mark(), "incomplete\n");
 }
 
-void SandboxFolder::make() const {
+void SandboxFolder::create() const {
     std::error_code ignored;
-    for (const char* unfinished : {"data", "Scripts", "temp", "logs", "cipher.key"})
-        fs::remove_all(m_path / unfinished, ignored);
-    for (const char* part : {"data", "Scripts", "temp", "logs", "backups"}) makePrivateFolder(m_path / part);
+    for (const char* old : {"data", "Scripts", "temp", "logs", "cipher.key"})
+        fs::remove_all(m_path / old, ignored);
+    for (const char* part : {"data", "Scripts", "temp", "logs", "backups"})
+        createPrivateFolder(m_path / part);
     Secret password = randomPassword();
     password.text() += '\n';
-    writePrivate(passwordFile(), password.text());
+    writePrivateFile(passwordFile(), password.text());
 }
 
 void SandboxFolder::writeStore(int port) const {
@@ -156,21 +159,21 @@ void SandboxFolder::writeStore(int port) const {
     replaceAll(text, "<port>", std::to_string(port));
     replaceAll(text, "<programs>", programFolder().string());
     replaceAll(text, "<folder>", m_path.string());
-    writePrivate(store(), text);
+    writePrivateFile(store(), text);
 }
 
 SandboxLock::SandboxLock(const SandboxFolder& folder) : m_fd(-1) {
     std::error_code ignored;
     const fs::path& path = folder.path();
     const auto isForeign = [&] {
-        return !folder.isOurs() && fs::exists(path, ignored) && !fs::is_empty(path, ignored);
+        return !folder.isSandbox() && fs::exists(path, ignored) && !fs::is_empty(path, ignored);
     };
-    if (isForeign() && isForeign())  // somebody may be making it
-        throw Failure(ExitCode::kInstallation, path.string() + " is not empty and no sample installation",
+    if (isForeign() && isForeign())  // another process may be creating it
+        throw Failure(ExitCode::kInstallation, path.string() + " is not empty and not a sample installation",
                       "Name another folder with --dir.");
-    makePrivateFolder(path);
+    createPrivateFolder(path);
     m_fd = open(folder.mark().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (m_fd < 0) fail(folder.mark(), std::strerror(errno));
+    if (m_fd < 0) throwFailure(folder.mark(), std::strerror(errno));
     while (flock(m_fd, LOCK_EX) != 0 && errno == EINTR) {
     }
 }
@@ -186,6 +189,6 @@ fs::path programFolder() {
 fs::path sampleFolder() {
     const fs::path folder = programFolder() / TSCRIPT_SAMPLE_FOLDER;
     std::error_code ignored;
-    if (!fs::is_directory(folder, ignored)) fail(folder, "the sample's files are missing");
+    if (!fs::is_directory(folder, ignored)) throwFailure(folder, "the sample's files are missing");
     return folder.lexically_normal();
 }

@@ -1,4 +1,4 @@
-// The folder of a sample installation: where its parts stand, and the making of those that are files.
+// Folder of a sample installation: paths, state and files.
 #pragma once
 
 #include <filesystem>
@@ -6,7 +6,7 @@
 
 class SandboxFolder {
   public:
-    // Throws Failure (usage) for a path that the store cannot carry.
+    // Throws Failure (kUsage) if the store cannot hold the path.
     explicit SandboxFolder(const std::filesystem::path& folder);
 
     const std::filesystem::path& path() const { return m_path; }
@@ -17,29 +17,28 @@ class SandboxFolder {
     std::filesystem::path scripts() const { return m_path / "Scripts"; }
     std::filesystem::path logs() const { return m_path / "logs"; }
     std::filesystem::path pidFile() const { return m_path / "tsqlbox.pid"; }
-
-    bool isOurs() const;      // carries the mark of a sample installation
-    bool isComplete() const;  // and was made to its end
-    void markComplete() const;
-    void markUnfinished() const;  // make() then makes it anew; backups stay
-
-    // Empties an unfinished folder and makes its subfolders and a random password. Throws Failure
-    // (installation).
-    void make() const;
-    // Writes the store of an installation whose server listens on that port.
-    void writeStore(int port) const;
-
     std::filesystem::path mark() const { return m_path / ".tscript-sandbox"; }
+
+    bool isSandbox() const;   // has the mark of a sample installation
+    bool isComplete() const;  // was created completely
+    void markComplete() const;
+    void markIncomplete() const;
+
+    // Deletes everything but backups, and creates the subfolders and a random password. Throws Failure
+    // (kInstallation).
+    void create() const;
+    // Writes the store for a server on this port.
+    void writeStore(int port) const;
 
   private:
     std::filesystem::path m_path;
 };
 
-// While it lives, others wait who want to change the folder. It is the lock of the mark, which is set if need
-// be: the folder of the store is locked by whoever changes a value.
+// Exclusive lock of a sandbox folder. Locks the mark, which is created if it does not exist: the folder's
+// store is locked by every change of a value.
 class SandboxLock {
   public:
-    // Throws Failure (installation), also for a folder that holds something else.
+    // Waits for the lock. Throws Failure (kInstallation), also if the folder holds something else.
     explicit SandboxLock(const SandboxFolder& folder);
     ~SandboxLock();
     SandboxLock(const SandboxLock&) = delete;
@@ -49,7 +48,7 @@ class SandboxLock {
     int m_fd;
 };
 
-// Folder of the programs that are built and installed together with this one.
+// Folder of the running program and of those installed with it.
 std::filesystem::path programFolder();
-// Folder of the sample's schema and packages.
+// Folder with the sample's schema and packages.
 std::filesystem::path sampleFolder();

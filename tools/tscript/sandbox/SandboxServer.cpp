@@ -11,17 +11,17 @@
 #include <thread>
 
 #include "console/Outcome.h"
-#include "system/Spawn.h"
+#include "system/ChildProcess.h"
 
 namespace {
 
 constexpr std::chrono::seconds kStartLimit{60};
 constexpr std::chrono::seconds kStopLimit{60};
-constexpr std::chrono::milliseconds kPause{20};
+constexpr std::chrono::milliseconds kPollInterval{20};
 constexpr const char* kReady = "listening on 127.0.0.1:";
 
-// Since the machine's start, in clock ticks: field 22 of /proc/PID/stat, counted from after the program's
-// name, which may hold anything. 0 for a process that is gone or only waits to be collected.
+// Start time of a process in clock ticks since boot; 0 if it has ended or is a zombie. This is field 22 of
+// /proc/PID/stat; the program's name before it may contain blanks and parentheses.
 unsigned long long startTime(pid_t pid) {
     std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
     std::string line;
@@ -44,7 +44,7 @@ std::string content(const std::string& file) {
     return text;
 }
 
-// The port from the server's own line, 0 as long as the line is not there.
+// Port that the server printed; 0 if it has not printed one yet.
 int announcedPort(const std::string& log) {
     std::ifstream in(log);
     for (std::string line; std::getline(in, line);)
@@ -57,13 +57,17 @@ int waitForPort(const SandboxFolder& folder, pid_t pid) {
     const auto deadline = std::chrono::steady_clock::now() + kStartLimit;
     while (std::chrono::steady_clock::now() < deadline && waitpid(pid, nullptr, WNOHANG) == 0) {
         if (const int port = announcedPort(logFile(folder))) return port;
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(kPollInterval);
     }
     kill(pid, SIGKILL);
     throw Failure(ExitCode::kConnection, "the server did not start:\n" + content(logFile(folder)));
 }
 
 }  // namespace
+
+std::string addressOf(int port) {
+    return "127.0.0.1," + std::to_string(port);
+}
 
 std::optional<RunningServer> findServer(const SandboxFolder& folder) {
     std::ifstream in(folder.pidFile());
@@ -78,7 +82,7 @@ RunningServer startServer(const SandboxFolder& folder, int port) {
     const std::string program = (programFolder() / "tsqlbox").string();
     const pid_t pid = startChild({program, "--data", folder.data(), "--port", std::to_string(port), "--login",
                                   "sa", "--password-file", folder.passwordFile()},
-                                 {{}, logFile(folder), true, "/"});
+                                 {.outputFile = logFile(folder), .detached = true, .workingDirectory = "/"});
     const RunningServer server{pid, waitForPort(folder, pid)};
     std::ofstream out(folder.pidFile(), std::ios::trunc);
     out << server.pid << ' ' << startTime(pid) << ' ' << server.port << '\n' << std::flush;
@@ -96,7 +100,7 @@ void stopServer(const SandboxFolder& folder, const RunningServer& server) {
         if (std::chrono::steady_clock::now() > deadline)
             throw Failure(ExitCode::kConnection,
                           "the server (process " + std::to_string(server.pid) + ") does not end");
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(kPollInterval);
     }
     std::error_code ignored;
     std::filesystem::remove(folder.pidFile(), ignored);

@@ -1,23 +1,26 @@
-// The server of a sample installation: started in the background, found again by its pid file.
+// Server of a sample installation: a background process with a pid file.
 #pragma once
 
 #include <sys/types.h>
 
 #include <optional>
+#include <string>
 
 #include "sandbox/SandboxFolder.h"
+
+// "127.0.0.1,PORT", as the store and sqlcmd write a server.
+std::string addressOf(int port);
 
 struct RunningServer {
     pid_t pid = -1;
     int port = 0;
 };
 
-// The server that startServer() left running, if it still does. Another process that got its number since is
-// told apart by its start time.
+// Returns the running server. Compares the start time as well, because another process may have got its pid.
 std::optional<RunningServer> findServer(const SandboxFolder& folder);
 
 // Starts tsqlbox on a port (0: any free one) and waits until it listens. Throws Failure.
 RunningServer startServer(const SandboxFolder& folder, int port);
 
-// Ends it and waits until it is gone. Throws Failure when it does not end.
+// Stops the server and waits for its end. Throws Failure if it does not end.
 void stopServer(const SandboxFolder& folder, const RunningServer& server);

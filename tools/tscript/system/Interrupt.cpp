@@ -5,12 +5,12 @@
 #include <unistd.h>
 
 #include <ctime>
-#include <fstream>
-#include <string>
+
+#include "system/ChildProcess.h"
 
 namespace {
 
-// One that the caller had ignored (nohup, a shell's background job) stays without effect.
+// Signals that the caller ignores (nohup, a background job of a shell) stay ignored.
 sigset_t interruptions() {
     sigset_t set;
     sigemptyset(&set);
@@ -19,12 +19,6 @@ sigset_t interruptions() {
         if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) sigaddset(&set, signal);
     }
     return set;
-}
-
-// The kernel lists a thread's children only for itself, so nobody else's process can be meant.
-void endChildrenOf(int thread) {
-    std::ifstream children("/proc/self/task/" + std::to_string(thread) + "/children");
-    for (pid_t child = 0; children >> child;) kill(child, SIGTERM);
 }
 
 }  // namespace
@@ -42,15 +36,16 @@ InterruptGuard::~InterruptGuard() {
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
 }
 
-// Once interrupted it looks again and again: a child may be about to start.
-void InterruptGuard::watch(int parentThread) {
+// After the first signal the children are looked up repeatedly: another one may be about to start.
+void InterruptGuard::watch(pid_t parentThread) {
     const sigset_t set = interruptions();
     const timespec pause{0, 100'000'000};
     while (!m_ending) {
         const int signal = sigtimedwait(&set, nullptr, &pause);
         if (m_ending) break;
         if (signal > 0) m_interrupted = true;
-        if (m_interrupted) endChildrenOf(parentThread);
+        if (!m_interrupted) continue;
+        for (const pid_t child : childrenOf(parentThread)) kill(child, SIGTERM);
     }
 }
 

@@ -1,5 +1,4 @@
-// Ctrl-C, or a terminal that is closed, while a script runs: it ends the query tool, not this process, so
-// that the library closes the run's journal row and removes its files.
+// Handling of SIGINT, SIGTERM and SIGHUP (Ctrl-C, a closed terminal).
 #pragma once
 
 #include <signal.h>
@@ -7,16 +6,18 @@
 #include <atomic>
 #include <thread>
 
+// While a guard exists, these signals end the child processes of the thread that made it instead of this
+// process. The query tool ends, and the library still closes the run's journal row and deletes its files.
 class InterruptGuard {
   public:
-    InterruptGuard();  // from here on SIGINT, SIGTERM and SIGHUP end the child processes of this thread
+    InterruptGuard();
     ~InterruptGuard();
     InterruptGuard(const InterruptGuard&) = delete;
     InterruptGuard& operator=(const InterruptGuard&) = delete;
     bool interrupted() const { return m_interrupted; }
 
   private:
-    void watch(int parentThread);
+    void watch(pid_t parentThread);
 
     std::atomic<bool> m_interrupted{false};
     std::atomic<bool> m_ending{false};
@@ -24,8 +25,8 @@ class InterruptGuard {
     std::thread m_watcher;
 };
 
-// For the short time in which a file is made beside its place, or the library works on a package's plain
-// copy: those signals wait until it is there or gone, so that no part of it stays.
+// Blocks these signals for a short time: while a file is written beside its target, or while the library
+// holds a package's plain copy on disk. An interrupted program would leave such a file behind.
 class InterruptDelay {
   public:
     InterruptDelay();

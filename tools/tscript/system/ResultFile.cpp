@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void fail(const std::string& target, int error) {
+[[noreturn]] void throwUnwritable(const std::string& target, int error) {
     throw Failure(ExitCode::kInstallation, target + " cannot be written: " + std::strerror(error));
 }
 
@@ -30,26 +30,26 @@ bool writeAll(int fd, std::string_view text) {
 
 }  // namespace
 
-// A link is followed, so that it stays a link to the file that is replaced. Where standard output goes to a
-// file, that one is not replaced by its name of a device.
+// Resolves links, so that a link stays and its file is replaced. "/dev/stdout" is not resolved: with standard
+// output redirected to a file, the file would be replaced instead of written.
 ResultFile::ResultFile(const std::string& file) {
     if (file.empty() || file == "/dev/stdout") return;
     std::error_code ignored;
-    const fs::path behind = fs::weakly_canonical(file, ignored);
-    m_target = behind.empty() ? file : behind.string();
-    if (fs::is_directory(m_target, ignored)) fail(m_target, EISDIR);
+    const fs::path resolved = fs::weakly_canonical(file, ignored);
+    m_target = resolved.empty() ? file : resolved.string();
+    if (fs::is_directory(m_target, ignored)) throwUnwritable(m_target, EISDIR);
     if (!fs::exists(m_target, ignored) || fs::is_regular_file(m_target, ignored)) m_scratch.emplace(m_target);
 }
 
 void ResultFile::write(std::string_view text) {
     if (isStandardOutput()) return writeResult(text);
-    const std::string line = text.empty() || text.back() == '\n' ? "" : "\n";
+    const std::string lineBreak = text.empty() || text.back() == '\n' ? "" : "\n";
     const int fd = open((m_scratch ? m_scratch->path() : m_target).c_str(), O_WRONLY | O_CLOEXEC);
-    const bool written = fd >= 0 && writeAll(fd, text) && writeAll(fd, line);
+    const bool written = fd >= 0 && writeAll(fd, text) && writeAll(fd, lineBreak);
     int error = errno;
     const bool closed = fd >= 0 && close(fd) == 0;
     if (written && !closed) error = errno;
-    if (!written || !closed) fail(m_target, error);
+    if (!written || !closed) throwUnwritable(m_target, error);
     if (!m_scratch) return;
     std::error_code ignored;
     if (fs::exists(m_target, ignored)) {

@@ -1,4 +1,4 @@
-// Where a command's result goes: standard output, or a file that is either whole or not touched.
+// Destination of a command's result: standard output, or a file that is written completely or not at all.
 #pragma once
 
 #include <optional>
@@ -9,15 +9,15 @@
 
 class ResultFile {
   public:
-    // Empty or "/dev/stdout": standard output. Throws Failure (installation) when the folder cannot be
-    // written.
+    // An empty name or "/dev/stdout" means standard output. Throws Failure (kInstallation) if no file can be
+    // created in the folder.
     explicit ResultFile(const std::string& file);
     bool isStandardOutput() const { return m_target.empty(); }
-    // Once. A file is written beside its place and then put there; a device or pipe is written as it is.
-    // Throws Failure (installation), and leaves what stood there before, when that fails.
+    // May be called once. A regular file is written under another name and then renamed; a device or pipe is
+    // written directly. Throws Failure (kInstallation); an existing file is then unchanged.
     void write(std::string_view text);
 
   private:
     std::string m_target;
-    std::optional<ScratchFile> m_scratch;  // none for a device
+    std::optional<ScratchFile> m_scratch;  // empty for a device
 };

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kMostContent = std::size_t{64} << 10;
 
-[[noreturn]] void fail(const std::string& what) {
+[[noreturn]] void throwWithErrno(const std::string& what) {
     throw Failure(ExitCode::kInstallation, what + ": " + std::strerror(errno));
 }
 
@@ -33,14 +33,14 @@ ScratchFile::ScratchFile() {
     create(std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/tscript.XXXXXX");
 }
 
-ScratchFile::ScratchFile(const std::string& beside) {
+ScratchFile::ScratchFile(const std::string& target) {
     m_delay.emplace();
-    create(beside + ".XXXXXX");
+    create(target + ".XXXXXX");
 }
 
 void ScratchFile::create(std::string pattern) {
     const int fd = mkostemp(pattern.data(), O_CLOEXEC);
-    if (fd < 0) fail("a file cannot be made as " + pattern);
+    if (fd < 0) throwWithErrno("cannot create a file " + pattern);
     close(fd);
     m_path = std::move(pattern);
 }
@@ -58,17 +58,17 @@ std::string ScratchFile::content() const {
 }
 
 void ScratchFile::moveTo(const std::string& target) {
-    if (chmod(m_path.c_str(), ordinaryMode()) != 0) fail(m_path + " cannot be given its rights");
+    if (chmod(m_path.c_str(), ordinaryMode()) != 0) throwWithErrno("cannot set the mode of " + m_path);
     renameTo(target);
 }
 
 void ScratchFile::replace(const std::string& target) {
     struct stat status {};
-    if (stat(target.c_str(), &status) != 0) fail(target + " cannot be looked at");
-    const bool own = status.st_uid == geteuid() && status.st_gid == getegid();
-    if ((!own && chown(m_path.c_str(), status.st_uid, status.st_gid) != 0) ||
+    if (stat(target.c_str(), &status) != 0) throwWithErrno("cannot read the attributes of " + target);
+    const bool isOwn = status.st_uid == geteuid() && status.st_gid == getegid();
+    if ((!isOwn && chown(m_path.c_str(), status.st_uid, status.st_gid) != 0) ||
         chmod(m_path.c_str(), status.st_mode & 07777) != 0)
-        fail(m_path + " cannot be given the rights of " + target);
+        throwWithErrno("cannot copy mode and owner of " + target + " to " + m_path);
     renameTo(target);
 }
 
@@ -78,7 +78,7 @@ void ScratchFile::renameTo(const std::string& target) {
     const int error = errno;
     if (fd >= 0) close(fd);
     errno = error;
-    if (!onDisk) fail(m_path + " cannot be brought to disk");
-    if (std::rename(m_path.c_str(), target.c_str()) != 0) fail(target + " cannot be written");
+    if (!onDisk) throwWithErrno("cannot sync " + m_path);
+    if (std::rename(m_path.c_str(), target.c_str()) != 0) throwWithErrno(target + " cannot be written");
     m_path.clear();
 }

@@ -1,4 +1,4 @@
-// A private file for a program's output, removed with its object.
+// A temporary file, deleted with its object.
 #pragma once
 
 #include <optional>
@@ -8,20 +8,20 @@
 
 class ScratchFile {
   public:
-    // In the system's temporary folder, mode 0600. `beside`: next to that file instead, for a later rename;
-    // signals wait until it is there or gone. Throws Failure (installation).
+    // Creates an empty file, mode 0600, in $TMPDIR or /tmp. Throws Failure (kInstallation).
     ScratchFile();
-    explicit ScratchFile(const std::string& beside);
+    // Creates it in the folder of `target` for a later moveTo() or replace(). Signals stay blocked
+    // (InterruptDelay) as long as the object lives.
+    explicit ScratchFile(const std::string& target);
     ~ScratchFile();
     ScratchFile(const ScratchFile&) = delete;
     ScratchFile& operator=(const ScratchFile&) = delete;
 
     const std::string& path() const { return m_path; }
-    std::string content() const;  // at most 64 KiB
-    // Puts the file, on disk and with the rights of an ordinary new file, in the place of another one.
-    void moveTo(const std::string& target);
-    // The same, with the rights and the owner of the file that is there. Throws Failure.
-    void replace(const std::string& target);
+    std::string content() const;  // its first 64 KiB
+    // Both sync the file and rename it to `target`. Throw Failure (kInstallation).
+    void moveTo(const std::string& target);   // with the mode of an ordinary new file
+    void replace(const std::string& target);  // with mode and owner of the existing target
 
   private:
     void create(std::string pattern);

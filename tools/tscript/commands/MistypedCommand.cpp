@@ -1,4 +1,4 @@
-#include "commands/Suggestion.h"
+#include "commands/MistypedCommand.h"
 
 #include <algorithm>
 #include <numeric>
@@ -7,11 +7,11 @@
 
 namespace {
 
-constexpr std::size_t kFarthest = 2;  // changed letters in a word still taken for a slip
+constexpr std::size_t kLargestDistance = 2;  // of a suggestion
+constexpr std::size_t kLongestWord = 64;     // longer ones are truncated
 
-// The number of letters to insert, remove, replace or swap with their neighbour to get from one word to the
-// other (optimal string alignment).
-std::size_t distance(std::string_view from, std::string_view to) {
+// Edit distance by insertions, deletions, substitutions and swaps of neighbours (optimal string alignment).
+std::size_t editDistance(std::string_view from, std::string_view to) {
     std::vector<std::vector<std::size_t>> d(from.size() + 1, std::vector<std::size_t>(to.size() + 1));
     for (std::size_t i = 0; i <= from.size(); ++i) d[i][0] = i;
     std::iota(d[0].begin(), d[0].end(), std::size_t{0});
@@ -32,18 +32,18 @@ std::vector<const CLI::App*> commandsOf(const CLI::App& app) {
 
 std::string nearestCommand(const CLI::App& app, const std::string& word) {
     std::string nearest;
-    std::size_t best = kFarthest + 1;
+    std::size_t best = kLargestDistance + 1;
     for (const CLI::App* command : commandsOf(app)) {
-        const std::size_t letters = distance(word, command->get_name());
-        if (letters < best && letters < word.size()) {
-            best = letters;
+        const std::size_t distance = editDistance(word, command->get_name());
+        if (distance < best && distance < word.size()) {
+            best = distance;
             nearest = command->get_name();
         }
     }
     return nearest;
 }
 
-// A command's options are known to those below it.
+// Options of a command are accepted after its subcommands as well.
 bool takesValue(const CLI::App* command, const std::string& option) {
     if (option.empty() || option.front() != '-') return false;
     for (; command != nullptr; command = command->get_parent())
@@ -54,10 +54,10 @@ bool takesValue(const CLI::App* command, const std::string& option) {
 
 }  // namespace
 
-std::string unknownCommand(const CLI::App& app, int argc, char** argv) {
+std::string describeUnknownCommand(const CLI::App& app, int argc, char** argv) {
     const CLI::App* level = &app;
     for (int i = 1; i < argc && !commandsOf(*level).empty(); ++i) {
-        const std::string word = std::string(argv[i]).substr(0, 64);
+        const std::string word = std::string(argv[i]).substr(0, kLongestWord);
         if (takesValue(level, word)) ++i;
         if (word.empty() || word.front() == '-') continue;
         const auto commands = commandsOf(*level);

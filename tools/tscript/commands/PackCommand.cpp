@@ -1,0 +1,43 @@
+// Command `pack`: encrypts a plain script into a package.
+#include <filesystem>
+#include <memory>
+
+#include "commands/Commands.h"
+#include "console/Console.h"
+#include "installation/Installation.h"
+#include "package/Packing.h"
+
+namespace {
+
+struct PackOptions {
+    std::string plain;
+    std::string target;
+};
+
+// In the Scripts folder, under a name that the script can be run by.
+std::string defaultTarget(const std::string& plain) {
+    const std::string name = std::filesystem::path(plain).stem();
+    checkScriptName(name);
+    return packageFile(name);
+}
+
+ExitCode pack(const PackOptions& options) {
+    requireStore();
+    const std::string target = options.target.empty() ? defaultTarget(options.plain) : options.target;
+    packFile(options.plain, target);
+    writeNote("packed " + target);
+    return ExitCode::kDone;
+}
+
+}  // namespace
+
+void addPackCommand(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<PackOptions>();
+    CLI::App* command =
+        addCommand(&app, action, "pack", "Encrypt a plain script into a package", options, pack);
+    command->add_option("PLAIN", options->plain, "The plain text of the script")->required();
+    command
+        ->add_option("-o,--output", options->target,
+                     "The package (default: the script's name in the installation's Scripts folder)")
+        ->type_name("FILE");
+}

@@ -1,0 +1,48 @@
+#include "commands/RecordOptions.h"
+
+#include "console/Times.h"
+#include "installation/Installation.h"
+
+namespace {
+
+constexpr std::size_t kLongestPattern = 256;
+constexpr double kMostHours = 1e6;
+
+}  // namespace
+
+void addDatabaseOption(CLI::App* command, std::string& database) {
+    command->add_option("--db", database, "The database (default: found from the installed components)")
+        ->type_name("DB");
+}
+
+void addPatternOption(CLI::App* command, std::string& pattern) {
+    command->add_option("--name", pattern, "Only names that match: * is any characters, ? is one")
+        ->type_name("PATTERN");
+}
+
+void addSinceOption(CLI::App* command, std::string& since) {
+    command
+        ->add_option("--since", since,
+                     "Only runs that started then or later: 90m, 24h, 7d, 2w (ago), 2026-01-31, "
+                     "\"2026-01-31 18:30\" (local time)")
+        ->type_name("TIME");
+}
+
+void addStaleOption(CLI::App* command, double& hours) {
+    command->add_option("--stale", hours, "A run without an end counts as abandoned after this time")
+        ->type_name("HOURS")
+        ->check(CLI::Range(0.0, kMostHours))
+        ->capture_default_str();
+}
+
+void checkPattern(const std::string& pattern) {
+    checkText("the name pattern", pattern, kLongestPattern);
+}
+
+TScriptRunFilter_t runFilter(const RecordOptions& options) {
+    checkPattern(options.name);
+    TScriptRunFilter_t filter;
+    filter.namePattern = options.name;
+    if (!options.since.empty()) filter.since = parseMoment(options.since);
+    return filter;
+}

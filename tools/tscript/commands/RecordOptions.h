@@ -1,0 +1,27 @@
+// Options of the commands that read catalogue and journal.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "DVUtilities/TScriptRecords.h"
+
+struct RecordOptions {
+    std::string name;
+    std::string database;
+    std::string status;
+    std::string since;
+    int last = 50;
+    double staleHours = 24;
+    bool json = false;
+};
+
+void addDatabaseOption(CLI::App* command, std::string& database);
+void addPatternOption(CLI::App* command, std::string& pattern);
+void addSinceOption(CLI::App* command, std::string& since);
+void addStaleOption(CLI::App* command, double& hours);
+
+// Throws Failure (kUsage) if the name pattern is too long.
+void checkPattern(const std::string& pattern);
+// Filter by name and time. Throws Failure (kUsage).
+TScriptRunFilter_t runFilter(const RecordOptions& options);

@@ -1,0 +1,25 @@
+#include "journal/Records.h"
+
+#include "console/Console.h"
+#include "console/Outcome.h"
+#include "installation/Diagnosis.h"
+#include "installation/Installation.h"
+
+void openRecords(TScriptRecords& records, const std::string& database) {
+    requireStore();
+    if (!database.empty()) suiteDatabase(database);
+    if (records.open(database.c_str())) return;
+    const std::string chosen = records.getDbName();
+    const std::string message = records.getErrorMessage();
+    const Diagnosis diagnosis = diagnoseRun({}, chosen.empty() ? database : chosen, message);
+    const bool isExplained = !diagnosis.scriptRan;
+    if (!isExplained) throw Failure(ExitCode::kConnection, message, diagnosis.advice);
+    writeNote(message);
+    throw diagnosis.failure();
+}
+
+void throwUnreadable(const TScriptRecords& records) {
+    throw Failure(
+        ExitCode::kConnection, records.getErrorMessage(),
+        "Does the database have the tables ZpTscripts and ZpTscriptExec, and can the login read them?");
+}

@@ -1,0 +1,12 @@
+// Access to the catalogue and the journal of a database.
+#pragma once
+
+#include <string>
+
+#include "DVUtilities/TScriptRecords.h"
+
+// Opens the records of a database, by default the one of the installed components. Throws Failure with the
+// diagnosis.
+void openRecords(TScriptRecords& records, const std::string& database);
+// Throws Failure (kConnection) with the error of the last call.
+[[noreturn]] void throwUnreadable(const TScriptRecords& records);

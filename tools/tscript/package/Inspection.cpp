@@ -1,0 +1,81 @@
+#include "package/Inspection.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "HostSetup.h"
+#include "VTPassword.h"
+#include "console/Outcome.h"
+#include "installation/CipherKey.h"
+#include "package/PercentSigns.h"
+#include "package/RecordReader.h"
+
+namespace {
+
+constexpr std::size_t kPlainCapacity = 511;  // the library's buffer for a record's plain text
+
+// Splits the plain text into the pieces in which the loader reads it, and parses them.
+class PieceParser {
+  public:
+    explicit PieceParser(PackageContent& content) : m_parser(content, [](PackageParser::Section) {}) {}
+
+    void append(std::string_view text) {
+        m_pending.append(text);
+        for (std::size_t end = pieceEnd(); end > 0; end = pieceEnd()) {
+            m_parser.parse(std::string_view(m_pending).substr(0, end));
+            m_pending.erase(0, end);
+        }
+    }
+    void finish() {
+        if (!m_pending.empty()) m_parser.parse(m_pending);
+    }
+
+  private:
+    std::size_t pieceEnd() const {
+        constexpr std::size_t kPiece = PackageParser::kPieceBuffer - 1;
+        const std::size_t lineBreak = m_pending.find('\n');
+        if (lineBreak < kPiece) return lineBreak + 1;
+        return m_pending.size() >= kPiece ? kPiece : 0;
+    }
+
+    PackageParser m_parser;
+    std::string m_pending;
+};
+
+void countBody(Inspection& found) {
+    PercentSigns percentSigns;
+    const std::string_view body = found.content.scriptBody;
+    for (std::size_t at = 0; at < body.size();) {
+        const std::size_t end = std::min(body.find('\n', at), body.size());
+        percentSigns.readLine(body.substr(at, end - at), ++found.bodyLines);
+        at = end + 1;
+    }
+    found.placeholders = percentSigns.placeholders();
+}
+
+}  // namespace
+
+Inspection inspectPackage(const std::string& file) {
+    RecordReader reader(file);
+    // Every record would fail, which says nothing about the package.
+    if (const std::string problem = keyProblem(); !problem.empty())
+        throw Failure(ExitCode::kInstallation, problem);
+    Inspection found;
+    PieceParser parser(found.content);
+    VTPassword cipher;
+    found.size = reader.size();
+    for (std::string record; reader.next(record); ++found.records) {
+        std::array<char, kPlainCapacity> plain{};
+        unsigned long size = plain.size();
+        if (cipher.decrypt(record.c_str(), plain.data(), &size) != 0) {
+            if (found.badRecords == 0) parser.append({plain.data(), size});
+        } else if (++found.badRecords == 1) {
+            found.firstBadLine = reader.line();
+            found.firstReason = hostlayer::cipherErrorText(cipher.getLastError());
+        }
+    }
+    parser.finish();
+    countBody(found);
+    return found;
+}

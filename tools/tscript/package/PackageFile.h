@@ -1,0 +1,9 @@
+// Input files of the package commands.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+// Opens a regular file of at most `mostGiB` GiB. Throws Failure (kUsage).
+std::ifstream openPackageFile(const std::string& file, std::uintmax_t mostGiB);

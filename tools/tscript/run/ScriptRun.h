@@ -1,0 +1,34 @@
+// Run of a tscript by the library, with Ctrl-C and progress on the terminal.
+#pragma once
+
+#include <string>
+#include <vector>
+
+enum class ScriptKind { kPackage, kProcedure };
+const char* nameOf(ScriptKind kind);
+
+enum class Operation { kExecute = 1, kHelp = 2, kParameters = 4 };  // numbers of the exported functions
+
+struct ScriptRequest {
+    std::string name;
+    std::vector<std::string> parameters;  // of a package: values for its placeholders
+    std::string arguments;                // of a procedure, as T-SQL
+    std::string input;                    // recorded in the journal instead of the parameters
+    std::string database;                 // empty: the one of the installed components
+};
+
+// Throws Failure: kUsage for a name, database or text that the library cannot take, kInstallation for the
+// store.
+void checkRequest(const ScriptRequest& request);
+
+struct RunResult {
+    ScriptKind kind = ScriptKind::kPackage;
+    std::string database;  // empty if the library returned none
+    std::string output;
+    bool succeeded = false;
+    bool interrupted = false;
+    double seconds = 0;
+};
+
+// Throws Failure (kInstallation) if the log folder cannot be used; a script's failure is in the result.
+RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation operation, bool showProgress);

@@ -1,0 +1,24 @@
+// Child processes.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+struct ChildOptions {
+    std::vector<std::string> environment = {};  // "NAME=value", added to this process's environment
+    std::string outputFile;             // receives standard output and standard error; truncated, mode 0600
+    bool detached = false;              // in a session of its own: outlives this process and its terminal
+    std::string workingDirectory = {};  // empty: that of this process
+};
+
+// Starts a program, given by its path, without a shell and with /dev/null as standard input. Throws Failure
+// (kInstallation).
+pid_t startChild(const std::vector<std::string>& command, const ChildOptions& options);
+
+// Starts a program and waits for it. Returns its exit code, or 128 + the number of the signal that ended it.
+int runChild(const std::vector<std::string>& command, const ChildOptions& options);
+
+// Running child processes that the given thread of this process started.
+std::vector<pid_t> childrenOf(pid_t thread);
