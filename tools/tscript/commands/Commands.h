@@ -16,6 +16,11 @@ CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const c
     return command;
 }
 
+// Adds a command that has only subcommands.
+inline CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
+    return app.add_subcommand(name, description)->require_subcommand(1);
+}
+
 void addScriptCommands(CLI::App& app, Action& action);      // run, help, exec, params
 void addJournalCommands(CLI::App& app, Action& action);     // catalogue, journal, which
 void addPackCommand(CLI::App& app, Action& action);         // pack

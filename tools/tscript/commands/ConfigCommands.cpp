@@ -87,8 +87,7 @@ ExitCode set(const ConfigOptions& options) {
 
 void addConfigCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<ConfigOptions>();
-    CLI::App* family = app.add_subcommand("config", "The values of the configuration store");
-    family->require_subcommand(1);
+    CLI::App* family = addFamily(app, "config", "The values of the configuration store");
     constexpr const char* kName = "KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL";
     CLI::App* showing =
         addCommand(family, action, "show", "List the values; secrets are masked", options, show);

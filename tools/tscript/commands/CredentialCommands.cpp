@@ -1,4 +1,4 @@
-// credentials: user and password of a suite database.
+// Command family `credentials`: user and password of a suite database.
 #include <memory>
 #include <string>
 
@@ -38,8 +38,7 @@ ExitCode testCredentials(const CredentialOptions& options) {
 
 void addCredentialCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<CredentialOptions>();
-    CLI::App* family = app.add_subcommand("credentials", "User and password of the suite's databases");
-    family->require_subcommand(1);
+    CLI::App* family = addFamily(app, "credentials", "User and password of the suite's databases");
     CLI::App* set = addCommand(
         family, action, "set",
         "Store a database's user and password; the password is asked for, or read from standard input",

@@ -195,8 +195,7 @@ ExitCode showRestore(const DatabaseOptions& options) {
 
 void addDatabaseCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<DatabaseOptions>();
-    CLI::App* family = app.add_subcommand("db", "The databases of a server, their backups and their restore");
-    family->require_subcommand(1);
+    CLI::App* family = addFamily(app, "db", "The databases of a server, their backups and their restore");
     family
         ->add_option("--db", options->account,
                      "The suite database whose server and login are used (default: Dorvas)")

@@ -101,8 +101,8 @@ Json jsonOf(const RunView& view) {
 
 // ---- Pages ---------------------------------------------------------------------------------------------
 
-// Writes pages as they come, until `most` rows (0: all) are written or the last page was short. `fetch` reads
-// the page of a length behind an id.
+// Writes page by page until `most` rows (0: all) are written or there are no more. `fetch` reads up to
+// `length` rows older than `beforeId`.
 template <typename Row, typename Fetch, typename View>
 void writePages(std::vector<Column> columns, bool json, int most, Fetch fetch, View view) {
     Listing table(std::move(columns));

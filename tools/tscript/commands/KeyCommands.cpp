@@ -33,8 +33,7 @@ ExitCode createKey(const KeyOptions& options) {
 
 void addKeyCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<KeyOptions>();
-    CLI::App* family = app.add_subcommand("key", "The key that packages and credentials are encrypted with");
-    family->require_subcommand(1);
+    CLI::App* family = addFamily(app, "key", "The key that packages and credentials are encrypted with");
     addCommand(family, action, "create", "Create a key file; an existing one is left unchanged", options,
                createKey)
         ->add_option("FILE", options->file, "The key file (default: the store's cipherKeyFile)");

@@ -135,8 +135,7 @@ ExitCode status(const SandboxOptions& options) {
 
 void addSandboxCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<SandboxOptions>();
-    CLI::App* family = app.add_subcommand("sandbox", "A sample installation with a local SQL server");
-    family->require_subcommand(1);
+    CLI::App* family = addFamily(app, "sandbox", "A sample installation with a local SQL server");
     family
         ->add_option("--dir", options->folder,
                      "Its folder (default: zephra-sandbox in the user's data folder)")

@@ -15,7 +15,7 @@ constexpr std::int64_t kExactBits = 5;
 constexpr std::int64_t kParts = 16;  // classes between two powers of 2
 constexpr std::int64_t kLongest = std::int64_t{1} << 33;
 
-// Moves a local time to the start of its unit, or of the unit `offset` units later.
+// Moves a local time to the start of the unit that is `offset` units after its own.
 using MoveToStart = void (*)(std::tm& time, int offset);
 
 void moveToYears(std::tm& time, int years, int offset) {

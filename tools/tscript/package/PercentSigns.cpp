@@ -10,7 +10,7 @@ constexpr const char* kInLineComment = "a placeholder in a -- comment uses up a 
 constexpr const char* kNotFilled = "%%s uses up a parameter and becomes %s; write %% s or change the text";
 constexpr const char* kDoubled = "%% before the last placeholder becomes one percent sign";
 
-// Reports each kind of finding once a line.
+// Adds a finding unless the list ends with the same one for this line.
 void addFinding(std::vector<PackageFinding>& list, std::size_t line, const char* text) {
     const bool isKnown = !list.empty() && list.back().line == line && list.back().text == text;
     if (!isKnown && list.size() < kMostFindings) list.push_back({line, text});

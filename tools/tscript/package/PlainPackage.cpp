@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uintmax_t kMostGiB = 1;
 constexpr std::size_t kMostFindings = 20;
-constexpr std::size_t kPieceLength = 509;  // the package reader splits longer lines, without its buffer's NUL
+constexpr std::size_t kPieceLength = 509;  // the package reader splits longer lines
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // The library's way of doubling quotes turns a usage text with more of them into an invalid literal.
