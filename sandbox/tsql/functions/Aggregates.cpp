@@ -15,31 +15,32 @@
 namespace tsql {
 namespace {
 
-constexpr std::size_t kMostTextBytes = 1'000'000'000;  // that SQLite takes
+constexpr std::size_t kMostTextBytes = 1'000'000'000;  // SQLite's limit
 
 struct Gathered {
     std::int64_t count = 0;
-    Int128 sum = 0;      // of numbers as they are scaled
-    double real = 0;     // sum, or mean for the variances
+    Int128 sum = 0;      // sum of scaled integers
+    double real = 0;     // sum, or mean (variances)
     double squares = 0;  // sum of squared distances from the mean
     struct Part {
         std::string separator, text;
         std::vector<Value> keys;
     };
-    std::vector<Part> parts;         // of STRING_AGG
-    std::size_t bytes = 0;           // of their texts
-    std::vector<bool> descending{};  // its keys
-    std::int64_t longest = 0;        // its result, in characters
+    std::vector<Part> parts;         // parts of STRING_AGG
+    std::size_t bytes = 0;           // total length of the parts
+    std::vector<bool> descending{};  // of each sort key
+    std::int64_t longest = 0;        // longest result in characters
 };
 
 struct Aggregate {
     const char* name;
     int arguments;
-    // `sign`: 1 for a value that comes, -1 for one that leaves a window's frame; the count is up to date.
+    // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it. The count is already
+    // updated.
     void (*step)(Gathered& gathered, std::span<const CellView> arguments, int sign);
     Value (*result)(const Gathered& gathered, const Aggregate& aggregate);
-    SqlType type = {};  // of an exact result
-    int digits = 0;     // which an average has more than its values
+    SqlType type = {};  // type of an exact result
+    int digits = 0;     // additional fraction digits of an average
 };
 
 struct AggregateBinding {
@@ -63,14 +64,14 @@ void addReal(Gathered& gathered, std::span<const CellView> arguments, int sign) 
     gathered.real += sign * realOf(arguments[0]);
 }
 
-// Welford: stable where values are large and close together.
+// Welford's algorithm: stable for large values that are close together.
 void addSpread(Gathered& gathered, std::span<const CellView> arguments, int sign) {
     const double value = realOf(arguments[0]), distance = value - gathered.real;
     if (gathered.count > 0) gathered.real += sign * distance / static_cast<double>(gathered.count);
     gathered.squares += sign * distance * (value - gathered.real);
 }
 
-// (text, separator, characters at most or kMax[, whether descending, key]...)
+// (string, separator, most characters or kMax[, is descending, key]...)
 void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
     auto& part = gathered.parts.emplace_back();
     part.text = std::get<std::string_view>(arguments[0]);
@@ -85,7 +86,7 @@ void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
     }
 }
 
-// NULL first, then as ORDER BY has them.
+// NULL first, then in the order of ORDER BY.
 int compareKeys(const Value& left, const Value& right) {
     const auto *text = std::get_if<std::string>(&left), *other = std::get_if<std::string>(&right);
     if (text && other) return compareText(*text, *other);
@@ -109,7 +110,7 @@ Value realAverage(const Gathered& gathered, const Aggregate&) {
     return gathered.real / static_cast<double>(gathered.count);
 }
 
-// `Sample`: divided by one less than the number of values.
+// `sample`: divides by one less than the number of values.
 template <bool sample, bool root>
 Value spread(const Gathered& gathered, const Aggregate&) {
     const std::int64_t divisor = gathered.count - (sample ? 1 : 0);
@@ -163,7 +164,7 @@ const AggregateBinding& bindingOf(sqlite3_context* call) {
     return *static_cast<const AggregateBinding*>(sqlite3_user_data(call));
 }
 
-// SQLite keeps a zeroed slot for each group; what it points to is made by the first value.
+// SQLite provides a zeroed slot per group. The first value allocates what it points to.
 Gathered*& slotOf(sqlite3_context* call) {
     auto* slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(void*)));
     if (!slot) throw std::bad_alloc();
@@ -203,7 +204,7 @@ void currentAggregate(sqlite3_context* call) {
     giveAggregate(call, slot ? *slot : nullptr);
 }
 
-// Also called when a statement ends early, to let go of what was gathered.
+// SQLite calls it also when a statement ends early, to free the group.
 void finishAggregate(sqlite3_context* call) {
     auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
     const std::unique_ptr<Gathered> gathered(slot ? *slot : nullptr);

@@ -5,7 +5,7 @@
 namespace tsql {
 namespace {
 
-// Not every type has every part.
+// Throws SqlError if the type of the value does not have the part.
 void checkPart(Pieces pieces, std::string_view function) {
     const auto part = static_cast<DatePart>(*pieces[0].integer);
     const TypeId type = pieces.back().type.id;

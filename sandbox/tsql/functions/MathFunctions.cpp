@@ -12,7 +12,7 @@
 namespace tsql {
 namespace {
 
-// CEILING, FLOOR: no digits after the point.
+// Result type of CEILING and FLOOR: scale 0.
 SqlType wholeType(Pieces pieces) {
     const SqlType type = numberType(pieces);
     return type.id == TypeId::Decimal ? decimalType(type.precision, 0) : type;
@@ -22,7 +22,7 @@ SqlType powerType(Pieces pieces) {
     return type.id == TypeId::Decimal ? decimalType(38, type.scale) : type;
 }
 
-// A float function outside of its domain.
+// Throws SqlError 3623 for a result outside of the function's domain.
 double checked(double result) {
     if (std::isnan(result)) throw sqlError(message::kInvalidFloatOperation);
     if (std::isinf(result)) throwOverflow(simpleType(TypeId::Float));
@@ -41,7 +41,7 @@ Value runAbs(const Call& call) {
     return checkedCell(value < 0 ? -value : value, call.type(1));
 }
 
-// (value, type): of the same type
+// (value, type); result of the same type
 Value runSign(const Call& call) {
     const SqlType type = call.type(1);
     const auto sign = [](auto value) { return value > 0 ? 1 : value < 0 ? -1 : 0; };
@@ -49,7 +49,7 @@ Value runSign(const Call& call) {
     return exactCell(sign(exactOf(call[0])) * powerOfTen<Int128>(type.scale), type);
 }
 
-// (value, type): money keeps its scale, decimal gives decimal(p,0)
+// (value, type); money keeps its scale, decimal results in decimal(p,0)
 template <bool up>
 Value runWhole(const Call& call) {
     const SqlType type = call.type(1);
@@ -60,7 +60,8 @@ Value runWhole(const Call& call) {
     return exactCell(isMoney(type.id) ? whole * unit : whole, type);
 }
 
-// (value, type, places[, cut]): of the same type, int at least; places below 0 round before the point
+// (value, type, places[, truncate]); result of the same type, at least int; negative places round before the
+// point
 Value runRound(const Call& call) {
     const SqlType type = call.type(1);
     const std::int64_t places = call.integer(2);
@@ -110,7 +111,7 @@ Value runIsNumeric(const Call& call) {
     };
     const std::string_view text = trimmed(call.text(0));
     if (text.empty()) return std::int64_t{0};
-    constexpr std::string_view kSigns = "+-$.,";  // each by itself is money
+    constexpr std::string_view kSigns = "+-$.,";  // a sign alone is valid money
     if (text.size() == 1 && kSigns.find(text[0]) != kSigns.npos) return std::int64_t{1};
     return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
 }

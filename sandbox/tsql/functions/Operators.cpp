@@ -27,7 +27,7 @@ Value runAssign(const Call& call) {
     }
 }
 
-// (left, left type[, operator, right, right type, result type]...), from left to right
+// (left, left type[, operator, right, right type, result type]...); evaluated from left to right
 Value runArithmetic(const Call& call) {
     Value left = ownedValue(call[0]);
     SqlType type = call.type(1);
@@ -45,7 +45,7 @@ Value runCompare(const Call& call) {
     return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
 }
 
-// (value, pattern, whether blanks at the end count[, escape])
+// (value, pattern, are trailing blanks significant[, escape])
 Value runLike(const Call& call) {
     const EndBlanks blanks = call.integer(2) != 0 ? EndBlanks::Counted : EndBlanks::Ignored;
     char32_t escape = 0;
@@ -66,7 +66,7 @@ const ScalarFunction kFunctions[] = {
     {"ts_like", runLike},
 };
 
-constexpr int kLongestChain = 30;  // operators of one ts_arithmetic, within the arguments that SQLite allows
+constexpr int kLongestChain = 30;  // operators of one ts_arithmetic call; SQLite limits its arguments
 constexpr std::string_view kCompareSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
 constexpr std::string_view kCompareNames[] = {"equal to",     "not equal to",
                                               "less than",    "less than or equal to",
@@ -76,12 +76,12 @@ std::string code(const SqlType& type) {
     return std::to_string(encodeType(type));
 }
 
-// The same number has the same form in both exact types.
+// Whether a number has the same storage form in both exact types.
 bool sameScaling(const SqlType& left, const SqlType& right) {
     return left.scale == right.scale && isWide(left) == isWide(right);
 }
 
-// A value of `from` is in the form of `to` as it stands.
+// Whether the storage form of a value of `from` is already that of `to`.
 bool sameForm(const SqlType& from, const SqlType& to) {
     if (from == to) return true;
     if (isInteger(from.id) && isInteger(to.id)) return to.id >= from.id && to.id != TypeId::Bit;  // widening
@@ -94,7 +94,7 @@ bool sameForm(const SqlType& from, const SqlType& to) {
            (from.id == TypeId::SmallMoney && to.id == TypeId::Money);
 }
 
-// An integer literal counts with its own digits, not with int's ten.
+// Type of an operand. An integer literal has the precision of its digits, not that of int.
 SqlType literalType(const Typed& value) {
     if (!value.integer) return value.type;
     const auto digits = std::to_string(*value.integer < 0 ? -*value.integer : *value.integer).size();
@@ -111,14 +111,14 @@ Typed withPartnersType(const Typed& value, const Typed& partner) {
     return result;
 }
 
-// Every number of the one exact type is one of the other.
+// Whether every number of the exact type `other` fits in `type`.
 bool holds(const SqlType& type, const SqlType& other) {
-    // The largest int has ten digits, but not every number of ten digits is an int.
+    // Not every number of ten digits is an int, although the largest int has ten.
     const auto whole = [](const SqlType& each) { return precisionOf(each) - each.scale; };
     return other.scale <= type.scale && whole(other) <= whole(type) - (type.id == TypeId::Decimal ? 0 : 1);
 }
 
-// Numbers of different forms meet in the form of one side, whose index can be used then, or are compared by a
+// Compares numbers of different forms in the form of one side, so that its index can be used; else with a
 // function.
 std::string compareExact(std::string_view sign, const Typed& left, const Typed& right) {
     const auto compared = [&](const std::string& a, const std::string& b) {
@@ -132,8 +132,10 @@ std::string compareExact(std::string_view sign, const Typed& left, const Typed& 
         "0");
 }
 
-// "(a || b || c)", cut where the type ends: a flat chain, since SQLite's parser bounds how deep brackets
-// nest.
+// "(a
+// b
+// c)", truncated to the type's length. The chain is flat because SQLite's parser limits the nesting of
+// parentheses.
 Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
     constexpr std::string_view kCut = "substr(", kFrom = ",1,";
     const bool cut = left.sql.starts_with(kCut);
@@ -158,7 +160,7 @@ std::span<const ScalarFunction> operatorFunctions() {
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
     if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)
         throw sqlError(message::kNoExplicitConversion, {baseName(value.type.id), baseName(to.id)});
-    Typed result{value.sql, to};  // what is cast is no literal any more: its type is fixed
+    Typed result{value.sql, to};  // not a literal any more: its type is fixed
     if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
     const std::string styleSql =
         style ? coerce(*style, simpleType(TypeId::Int)).sql : std::to_string(kNoStyle);
@@ -222,7 +224,7 @@ Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
                              : operatorType(op, operandType(left, right.type), operandType(right, left.type));
     if (isText(type.id)) return joined(left, right, type);
     if (isBinary(type.id)) return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type};
-    // A chain of operators is one call: SQLite's parser bounds how deep calls may nest.
+    // A chain of operators becomes one call, because SQLite's parser limits the nesting of calls.
     const bool joins = left.chain > 0 && left.chain < kLongestChain;
     const std::string chain =
         joins ? left.sql.substr(0, left.sql.size() - 1) : "ts_arithmetic(" + left.sql + "," + code(left.type);
@@ -247,7 +249,7 @@ Typed emitNegate(const Typed& value) {
         return result;
     }
     if (value.type.id == TypeId::TinyInt) result.type = simpleType(TypeId::SmallInt);
-    if (isExact(value.type.id))  // the least integer has no counterpart
+    if (isExact(value.type.id))  // the smallest integer has no positive counterpart
         result.sql = "ts_arithmetic(0," + code(result.type) + "," +
                      std::to_string(static_cast<int>(BinaryOp::Subtract)) + "," + value.sql + "," +
                      code(value.type) + "," + code(result.type) + ")";

@@ -8,47 +8,47 @@
 namespace tsql {
 namespace {
 
-// --- of the session
+// --- session
 
-// (name): its value now
+// (name); current value of the variable
 Value runVariable(const Call& call) {
     return call.context().session().variableValue(call.text(0));
 }
 
-// (database, name, argument...): a function that T-SQL defines
+// (database, name, argument...); a user-defined function
 Value runCall(const Call& call) {
     return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
 }
 
-// --- of queries
+// --- queries
 
-// (value): as it is
+// (value); returns it, and notes a NULL that an aggregate skips
 Value runNoted(const Call& call) {
     if (isNull(call[0])) call.context().noteNullLeftOut();
     return ownedValue(call[0]);
 }
 
-// (rows, value): the value of a subquery that has at most one row
+// (rows, value); the value of a subquery, which may have one row at most
 Value runSingle(const Call& call) {
     if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
     return ownedValue(call[1]);
 }
 
-// (depth, most): one deeper; 0: without a bound
+// (depth, limit); depth + 1; limit 0: none
 Value runDeeper(const Call& call) {
     if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
         throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
     return call.integer(0) + 1;
 }
 
-// (rows asked for, least, error)
+// (requested rows, least, error)
 Value runRows(const Call& call) {
     if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
     if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
     return call.integer(0);
 }
 
-// (text, separator): the pieces as a JSON array, which SQLite makes rows of
+// (string, separator); the parts as a JSON array, which SQLite turns into rows
 Value runSplit(const Call& call) {
     if (characterCount(call.text(1)) != 1)
         throw sqlError(message::kWrongParameterType, {"separator", "nchar(1)/nvarchar(1)"});
@@ -67,7 +67,7 @@ Value runSplit(const Call& call) {
     return result + "\"]";
 }
 
-// How a value of the type is converted to its XML text.
+// CONVERT style for XML output of the type.
 int xmlStyle(const SqlType& type) {
     constexpr int kIso8601 = 126, kSixteenDigits = 2, kEightDigits = 1, kFourDecimals = 2;
     if (isDateTime(type.id)) return kIso8601;
@@ -82,7 +82,7 @@ constexpr struct Entity {
     bool onlyInAttributes = false;
 } kEntities[] = {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"', true}, {"&#x0D;", '\r'}};
 
-// (value, type, whether in an attribute)
+// (value, type, is in an attribute)
 Value runXml(const Call& call) {
     const SqlType type = call.type(1);
     Value value = convertValue(call[0], type, nvarcharType(SqlType::kMax), xmlStyle(type));
@@ -102,7 +102,7 @@ Value runXml(const Call& call) {
     return result;
 }
 
-// (xml, whether its elements' text counts): the text of xml
+// (xml, include text of elements); the text content of the XML
 Value runXmlValue(const Call& call) {
     std::string result;
     for (std::string_view rest = call.text(0); !rest.empty();) {
@@ -120,7 +120,7 @@ Value runXmlValue(const Call& call) {
     return result;
 }
 
-// --- what the system's views tell of a type
+// --- properties of types in the system views
 
 template <Value (*fact)(const SqlType&)>
 Value runTypeFact(const Call& call) {
@@ -159,7 +159,7 @@ Value charactersOf(const SqlType& type) {
     return std::int64_t{type.id == TypeId::Xml ? SqlType::kMax : type.length};
 }
 
-// What sys.columns has as precision: of a date or time, the characters of its text.
+// sys.columns.precision; for a date or time, the length of its string form.
 Value digitsOf(const SqlType& type) {
     constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kReal = 24, kFloat = 53;
     const int point = type.scale ? type.scale + 1 : 0;

@@ -1,4 +1,4 @@
-// T-SQL's text functions, as SQLite functions.
+// T-SQL's string functions, as SQLite functions.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -12,12 +12,12 @@
 namespace tsql {
 namespace {
 
-constexpr std::size_t kLongest = 8000;            // that SPACE and STR give
-constexpr std::int64_t kMostOfMax = 100'000'000;  // that grows at once, where SQL Server goes on to 2 GB
+constexpr std::size_t kLongest = 8000;            // result of SPACE and STR
+constexpr std::int64_t kMostOfMax = 100'000'000;  // of REPLICATE and REPLACE; SQL Server's limit is 2 GB
 
-// --- what they give
+// --- result types
 
-// Text of varying length in the first argument's kind.
+// Varying-length type of the first argument's kind.
 SqlType varying(const SqlType& type, int length) {
     if (isBinary(type.id)) return {TypeId::VarBinary, length > 8000 ? SqlType::kMax : length, 0, 0};
     return isNational(type.id) ? nvarcharType(length) : varcharType(length);
@@ -30,7 +30,7 @@ SqlType sameText(Pieces pieces) {
     return varying(pieces[0].type, lengthOf(pieces[0].type));
 }
 
-// A part of a text: as long as a literal length says.
+// Type of a substring: a literal argument gives its length.
 SqlType partOfText(Pieces pieces) {
     const int whole = lengthOf(pieces[0].type);
     const auto literal = pieces.back().integer;
@@ -39,7 +39,7 @@ SqlType partOfText(Pieces pieces) {
     return varying(pieces[0].type, shorter ? std::max(1, static_cast<int>(*literal)) : whole);
 }
 
-// All of them together.
+// Type of the concatenation of all arguments.
 SqlType joinedText(Pieces pieces) {
     bool wide = false;
     int length = 0;
@@ -71,9 +71,9 @@ SqlType grownText(Pieces pieces) {
 
 namespace {
 
-// --- what they do
+// --- implementations
 
-// What does not fit into the result's type is cut in silence.
+// Truncates to the length of the result type.
 std::string fitted(std::string text, const SqlType& type) {
     if (type.length > 0) text.resize(byteOffset(text, static_cast<std::size_t>(type.length)));
     return text;
@@ -88,7 +88,7 @@ Value runLen(const Call& call) {
     return static_cast<std::int64_t>(characterCount(trimRight(call.text(0))));
 }
 
-// (value, type): bytes that SQL Server would keep it in
+// (value, type); size in bytes in SQL Server
 Value runDataLength(const Call& call) {
     const SqlType type = call.type(1);
     if (isBinary(type.id)) return static_cast<std::int64_t>(std::get<Blob>(call[0]).size());
@@ -97,7 +97,7 @@ Value runDataLength(const Call& call) {
     return isNational(type.id) ? 2 * count : count;
 }
 
-// Positions before the first character count, but hold nothing.
+// Positions before the first character count towards the length.
 Value runSubstring(const Call& call) {
     if (call.integer(2) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
     const std::int64_t start = std::max<std::int64_t>(call.integer(1) - 1, 0);
@@ -120,7 +120,7 @@ Value runRight(const Call& call) {
     return std::string(characters(call.text(0), count - kept, kept));
 }
 
-// (text, part, replacement, result type)
+// (string, part, replacement, result type)
 Value runReplace(const Call& call) {
     const std::string_view text = call.text(0), part = call.text(1);
     const std::size_t partLength = characterCount(part);
@@ -129,14 +129,14 @@ Value runReplace(const Call& call) {
     std::size_t from = 0;
     for (std::size_t at; (at = findText(text, part, from)) != std::string_view::npos;) {
         result.append(text.substr(from, at - from)).append(call.text(2));
-        from = at + byteOffset(text.substr(at), partLength);  // case pairs may differ in bytes
+        from = at + byteOffset(text.substr(at), partLength);  // upper and lower case may differ in bytes
         if (!bounded && std::ssize(result) > kMostOfMax)
             throw unsupported("REPLACE beyond 100,000,000 bytes");
     }
     return fitted(result.append(text.substr(from)), call.resultType());
 }
 
-// (text, start, length, replacement, result type)
+// (string, start, length, replacement, result type)
 Value runStuff(const Call& call) {
     if (isNull(call[0]) || isNull(call[1]) || isNull(call[2])) return Null{};
     const std::string_view text = call.text(0);
@@ -149,7 +149,7 @@ Value runStuff(const Call& call) {
     return fitted(result, call.resultType());
 }
 
-// (part, text[, start])
+// (part, string[, start])
 Value runCharIndex(const Call& call) {
     const std::string_view text = call.text(1);
     const std::int64_t start = call.count() > 2 ? std::max<std::int64_t>(call.integer(2), 1) : 1;
@@ -159,7 +159,7 @@ Value runCharIndex(const Call& call) {
     return static_cast<std::int64_t>(characterCount(text.substr(0, at))) + 1;
 }
 
-// (pattern, text, type of the text): its leading % is what lets the pattern begin anywhere
+// (pattern, string, type of the string); only a leading % lets the pattern match after the first character
 Value runPatIndex(const Call& call) {
     const EndBlanks blanks = isNational(call.type(2).id) ? EndBlanks::Counted : EndBlanks::Ignored;
     std::string_view pattern = call.text(0), text = call.text(1);
@@ -173,7 +173,7 @@ Value runPatIndex(const Call& call) {
     return text.empty() ? std::int64_t{0} : static_cast<std::int64_t>(characterCount(before)) + 1;
 }
 
-// NULL for a negative count; no more than `most` characters.
+// NULL for a negative count; truncated to `most` characters.
 Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
     if (count < 0) return Null{};
     const std::size_t times =
@@ -185,7 +185,7 @@ Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
     return result;
 }
 
-// (text, count, result type)
+// (string, count, result type)
 Value runReplicate(const Call& call) {
     const int length = call.resultType().length;
     const auto characters = static_cast<std::int64_t>(characterCount(call.text(0)));
@@ -232,7 +232,7 @@ Value runAscii(const Call& call) {
     return std::int64_t{codePage1252(nextCharacter(text))};
 }
 
-// Of a character that is two units, the first of them.
+// The first UTF-16 unit of the character.
 Value runUnicode(const Call& call) {
     const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
     if (wire.empty()) return Null{};
@@ -247,7 +247,7 @@ std::string fixedPoint(double value, std::int64_t decimals) {
     return digits.data();
 }
 
-// (number[, length[, decimals]]): right-aligned; stars when the whole part has no room
+// (number[, length[, decimals]]); right-aligned; asterisks if the integer part does not fit
 Value runStr(const Call& call) {
     const auto length = call.count() > 1 ? call.integer(1) : 10;
     const auto decimals = call.count() > 2 ? std::min<std::int64_t>(call.integer(2), 16) : 0;
@@ -262,7 +262,7 @@ Value runStr(const Call& call) {
     return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
-// CONCAT: NULL counts as the empty text.
+// CONCAT treats NULL as an empty string.
 std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& result) {
     std::string sql;
     for (const Typed& piece : pieces)
@@ -271,7 +271,7 @@ std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& resul
     return "substr(" + sql + "),1," + std::to_string(result.length) + ")";
 }
 
-// (separator, text..., result type): NULLs are left out
+// (separator, string..., result type); skips NULLs
 Value runConcatWs(const Call& call) {
     std::string result;
     bool first = true;

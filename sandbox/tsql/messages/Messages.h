@@ -1,4 +1,4 @@
-// SQL Server's messages by their numbers: severity, state and text in one table.
+// SQL Server's error messages by number.
 #pragma once
 
 #include <initializer_list>
@@ -9,11 +9,11 @@
 
 namespace tsql {
 
-// The error with its text, each %s in it replaced by the next of `values`. `state` other than 0: in place of
-// the table's, where SQL Server has several for one number.
+// Returns the error of that number. Each %s in its text is replaced by the next of `values`. `state` replaces
+// the table's state unless it is 0, for numbers that SQL Server raises with several states.
 SqlError sqlError(int number, std::initializer_list<std::string_view> values = {}, int state = 0);
 
-// Error 50000 for what the sandbox does not do.
+// Error 50000 for a construct that tsqlbox does not support.
 SqlError unsupported(std::string_view construct);
 
 }  // namespace tsql

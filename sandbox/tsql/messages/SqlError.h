@@ -1,4 +1,4 @@
-// The one exception of the engine: an error as SQL Server numbers it.
+// The engine's only exception type: an error with SQL Server's number, severity and state.
 #pragma once
 
 #include <stdexcept>

@@ -1,4 +1,4 @@
-// The syntax tree of a batch: expressions, queries, statements. Every node owns its children.
+// Syntax tree of a batch: expressions, queries, statements. Every node owns its children.
 #pragma once
 
 #include <memory>
@@ -22,7 +22,7 @@ using ExprPtr = std::unique_ptr<Expr>;
 using QueryPtr = std::unique_ptr<Query>;
 using StatementPtr = std::unique_ptr<Statement>;
 
-// server is refused by the parser; `database..name` leaves schema empty.
+// [database .] [schema .] name; `database..name` leaves the schema empty. The parser refuses server names.
 struct ObjectName {
     std::string database;
     std::string schema;
@@ -35,13 +35,13 @@ struct Literal {
     TypedValue constant;
 };
 struct VariableRef {
-    std::string name;  // "@x", or "@@x" for a global one
+    std::string name;  // "@x", or "@@x" for a global
 };
 struct ColumnRef {
     std::vector<std::string> path;  // [database .] [schema .] [table .] column
 };
 struct Unary {
-    bool isBitNot;  // or a minus
+    bool isBitNot;  // else minus
     ExprPtr operand;
 };
 struct Binary {
@@ -122,8 +122,8 @@ struct Expr {
 struct TableRef;
 using TableRefPtr = std::unique_ptr<TableRef>;
 struct NamedTable {
-    ObjectName name;                                     // a variable's begins with @
-    std::optional<std::vector<ExprPtr>> arguments = {};  // of a function
+    ObjectName name;                                     // a table variable's begins with @
+    std::optional<std::vector<ExprPtr>> arguments = {};  // of a table function
 };
 struct DerivedTable {
     QueryPtr query;
@@ -137,21 +137,21 @@ struct Join {
 };
 struct TableRef {
     std::variant<NamedTable, DerivedTable, Join> node;
-    std::string alias;  // empty without one, and in a join
+    std::string alias;  // empty without alias, and for a join
     int line = 1;
 };
 
 struct SelectItem {
-    ExprPtr value;                       // null for a star
-    std::vector<std::string> starOf;     // the qualifier of t.*
-    std::string alias;                   // empty without one
+    ExprPtr value;                       // null for *
+    std::vector<std::string> starOf;     // qualifier of t.*
+    std::string alias;                   // empty if there is none
     std::string variable;                // SELECT @v = value
     std::optional<BinaryOp> assignment;  // SELECT @v += value
 };
 struct Window {
     std::vector<ExprPtr> partition;
     std::vector<OrderItem> order;
-    std::string frame;  // "ROWS ..." as SQLite reads it, too; empty without one
+    std::string frame;  // "ROWS ...", the same in T-SQL and SQLite; empty if there is none
 };
 struct Select {
     bool distinct = false;
@@ -175,10 +175,10 @@ struct CommonTable {
 // FOR XML RAW or PATH
 struct ForXml {
     bool path = false;
-    bool elements = false;  // columns as elements, not attributes
+    bool elements = false;  // columns are elements, else attributes
     bool typed = false;     // TYPE
     std::string row = "row";
-    std::string root;  // empty without one
+    std::string root;  // empty if there is none
 };
 struct Query {
     std::vector<CommonTable> with;
@@ -193,7 +193,7 @@ struct Query {
 // ---- statements ------------------------------------------------------------------------------------------
 using Block = std::vector<StatementPtr>;
 
-// Of a variable or a parameter.
+// Declaration of a variable or parameter.
 struct Declaration {
     std::string name;
     SqlType type;
@@ -201,7 +201,7 @@ struct Declaration {
     std::shared_ptr<const CreateTable> table = {};  // DECLARE @t TABLE (...)
     bool output = false;
 };
-// What a batch or a module declares anywhere in it: each is there, NULL, from its beginning.
+// Variable declared anywhere in a batch or module: it exists from the beginning, with the value NULL.
 struct Local {
     std::string name;
     SqlType type;
@@ -215,7 +215,7 @@ struct Assign {
     ExprPtr value;
 };
 struct SetOption {
-    std::vector<std::string> names;  // in capitals
+    std::vector<std::string> names;  // in upper case
     bool on = false;
     std::optional<ObjectName> table;     // IDENTITY_INSERT
     std::optional<std::int64_t> number;  // LOCK_TIMEOUT
@@ -248,7 +248,7 @@ struct RaiseError {
     bool log = false, setError = false, noWait = false;
 };
 struct Throw {
-    ExprPtr number, message, state;  // all null: THROW alone
+    ExprPtr number, message, state;  // all null: THROW without arguments
 };
 struct WaitFor {
     ExprPtr time;
@@ -264,7 +264,7 @@ struct DeclareCursor {
     QueryPtr query;
     bool local = false;
     bool scroll = false;
-    bool counted = false;  // STATIC or SCROLL: @@CURSOR_ROWS tells its rows
+    bool counted = false;  // STATIC or SCROLL: @@CURSOR_ROWS is the number of rows
 };
 enum class CursorVerb { Open, Close, Deallocate };
 struct CursorName {
@@ -278,7 +278,7 @@ struct ChangeCursor {
 enum class FetchFrom { Next, Prior, First, Last, Absolute, Relative };
 struct Fetch {
     FetchFrom from = FetchFrom::Next;
-    ExprPtr offset;  // of Absolute and Relative
+    ExprPtr offset;  // for Absolute and Relative
     CursorName cursor;
     std::vector<std::string> into;  // empty: the row is a result set
 };
@@ -293,20 +293,20 @@ struct Output {
     std::optional<ObjectName> into;
     std::vector<std::string> columns;
 };
-// What changes of rows have in common.
+// Common parts of INSERT, UPDATE and DELETE.
 struct Change {
     ObjectName table;  // or the alias of a table in `from`
     std::vector<CommonTable> with;
     std::optional<Output> output;
-    ExprPtr top;  // may be null, as may `where`
+    ExprPtr top;  // `top` and `where` may be null
     std::vector<TableRefPtr> from;
     ExprPtr where;
     std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
 };
 struct Insert : Change {
     std::vector<std::string> columns;
-    std::vector<std::vector<ExprPtr>> rows;  // a null pointer stands for DEFAULT
-    QueryPtr query;                          // or a query, or a procedure
+    std::vector<std::vector<ExprPtr>> rows;  // null: DEFAULT
+    QueryPtr query;                          // source of the rows instead of VALUES: a query or a procedure
     StatementPtr execute;
     bool defaultValues = false;
 };
@@ -328,11 +328,11 @@ struct Truncate {
 enum class ConstraintKind { PrimaryKey, Unique, Check, ForeignKey, Default };
 struct Constraint {
     ConstraintKind kind;
-    std::string name;  // empty: one is made up
+    std::string name;  // empty: generated
     std::vector<std::string> columns;
     ExprPtr check;
-    std::string text;    // of CHECK's condition or DEFAULT's value
-    std::string source;  // the whole but its name: parseConstraint() reads it again
+    std::string text;    // text of the CHECK condition or DEFAULT value
+    std::string source;  // whole text without the name, for parseConstraint()
     std::string references;
     std::vector<std::string> referencedColumns;
     bool cascade = false;
@@ -342,7 +342,7 @@ struct ColumnDefinition {
     SqlType type;
     std::optional<bool> nullable;
     bool identity = false;
-    bool withValues = false;  // ALTER TABLE ADD: rows that are there get the default
+    bool withValues = false;  // ALTER TABLE ADD: existing rows get the default
     std::int64_t seed = 1;
     std::vector<Constraint> constraints;
 };
@@ -352,7 +352,7 @@ struct CreateTable {
     std::vector<Constraint> constraints;
 };
 struct AlterTable {
-    CreateTable added;  // to the table that it names
+    CreateTable added;  // columns and constraints to add to the table named in it
     std::optional<ColumnDefinition> altered;
     std::vector<std::string> dropColumns, dropConstraints;
     bool ifExists = false;
@@ -367,22 +367,22 @@ struct CreateIndex {
 enum class ObjectKind { Table, View, Procedure, Function, Index, Database };
 struct Drop {
     ObjectKind kind;
-    std::vector<ObjectName> names;  // an index's: schema holds the table
+    std::vector<ObjectName> names;  // for an index, the schema is the table
     bool ifExists = false;
 };
 struct CreateDatabase {
     std::string name;
 };
 struct AlterDatabase {
-    std::string name;     // empty: the session's
-    std::string newName;  // empty: a setting that holds already
+    std::string name;     // empty: the session's database
+    std::string newName;  // empty: a setting that has no effect
 };
 struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
 
-// CREATE or ALTER PROCEDURE, FUNCTION or VIEW; the batch's whole text is what is stored.
+// CREATE or ALTER PROCEDURE, FUNCTION or VIEW. The whole text of the batch is stored.
 struct CreateModule {
     ObjectName name;
     bool function = false;
@@ -395,7 +395,7 @@ struct CreateModule {
     std::vector<std::string> columns;  // CREATE VIEW name (columns)
 };
 struct Argument {
-    std::string name;  // "@x", empty by position
+    std::string name;  // "@x"; empty for a positional argument
     ExprPtr value;     // null: DEFAULT
     bool output = false;
 };
@@ -411,12 +411,12 @@ enum class TransactionVerb { Begin, Commit, Rollback, Save };
 struct Transaction {
     TransactionVerb verb;
     std::string name;
-    std::string variable;  // that holds the name
+    std::string variable;  // variable that holds the name
 };
 struct Backup {
     ExprPtr database, file;
-    ExprPtr name, description;  // null where none is given
-    std::int64_t stats = 0;     // percent between two messages, 0 for none
+    ExprPtr name, description;  // null if not given
+    std::int64_t stats = 0;     // percent between progress messages, 0 for none
 };
 struct Move {
     ExprPtr logicalName, path;

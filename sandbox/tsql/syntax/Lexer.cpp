@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kLongestName = 128;
 constexpr std::size_t kUsualTokens = 64;
 
-// The words that cannot name anything unless they are quoted.
+// Reserved words: not identifiers unless they are quoted.
 constexpr std::string_view kReserved =
     R"(ADD ALL ALTER AND ANY AS ASC AUTHORIZATION BACKUP BEGIN BETWEEN BREAK BROWSE BULK BY CASCADE CASE CHECK
 CHECKPOINT CLOSE CLUSTERED COALESCE COLLATE COLUMN COMMIT COMPUTE CONSTRAINT CONTAINS CONTINUE CONVERT
@@ -124,7 +124,8 @@ class Lexer {
                           m_line);
     }
 
-    // Where what begins at `from` and fits the test ends; both from the token's first character.
+    // End of the run of characters that satisfy `fits`, starting at `from`. Both are offsets from the start
+    // of the token.
     std::size_t past(bool (*fits)(char), std::size_t from) const {
         while (fits(peek(from))) ++from;
         return from;
@@ -199,7 +200,7 @@ std::string unquoted(const Token& token) {
     for (std::size_t i = national ? 2 : 1; i + 1 < token.raw.size(); ++i) {
         const std::string_view rest = token.raw.substr(i);
         const bool twoEnds = rest.starts_with("\\\r\n");
-        if (twoEnds || rest.starts_with("\\\n")) {  // the line goes on
+        if (twoEnds || rest.starts_with("\\\n")) {  // line continuation
             i += twoEnds ? 2 : 1;
             continue;
         }

@@ -1,4 +1,4 @@
-// T-SQL text to tokens.
+// Tokens of T-SQL.
 #pragma once
 
 #include <cstdint>
@@ -15,42 +15,43 @@ enum class TokenKind : std::uint8_t {
     End,
     Word,          // keyword or plain name
     Bracketed,     // [name]
-    DoubleQuoted,  // "name", or a text under QUOTED_IDENTIFIER OFF
+    DoubleQuoted,  // "name", or a string under QUOTED_IDENTIFIER OFF
     Variable,      // @name
     Global,        // @@name
-    Number,        // $1.50, too
+    Number,        // including $1.50
     Text,          // '...'
     NationalText,  // N'...'
     Binary,        // 0x...
-    Symbol,        // operators and punctuation, the longest that fits
+    Symbol,        // operators and punctuation, longest match
 };
 
-// Views into the batch's text.
+// A token. Views point into the text of the batch.
 struct Token {
     TokenKind kind = TokenKind::End;
-    bool reserved = false;  // a word that cannot be a name
-    char initial = '\0';    // of a word or symbol, in upper case
+    bool reserved = false;  // a reserved word
+    char initial = '\0';    // first character of a word or symbol, in upper case
     int line = 1;           // from 1
-    std::string_view raw;   // as written, quotes and all
+    std::string_view raw;   // as written, including quotes
 };
 
-// An error that stands at a place of the text: nothing of the batch runs.
+// Error at a line of the text. Nothing of the batch runs.
 struct SyntaxError : SqlError {
     SyntaxError(int errorNumber, const std::string& text, int errorLine, int errorSeverity = 15)
         : SqlError(errorNumber, text, errorSeverity), line(errorLine) {}
     SyntaxError(const SqlError& error, int errorLine) : SqlError(error), line(errorLine) {}
     int line;
-    std::string procedure;  // that the text defines, once its name is read
+    std::string procedure;  // procedure that the text defines, once its name is parsed
 };
 
-// The whole batch, closed by a token of kind End. Throws SyntaxError 105 (open quotation mark), 113 (open
-// comment), 102 (a character that begins no token), 103 (as checkName).
+// Returns the tokens of the batch, followed by one of kind End. Throws SyntaxError 105 (unclosed quotation
+// mark), 113 (unclosed comment), 102 (a character that begins no token), 103 (see checkName).
 std::vector<Token> tokenize(std::string_view text);
 
-// Throws SyntaxError 103 for a name above 128 characters; "x" is one or a text, as its reader takes it.
+// Throws SyntaxError 103 for a name above 128 characters. The caller decides whether a token in double quotes
+// is a name.
 void checkName(const Token& token);
 
-// What a token stands for: quotes taken off, doubled quotes made single.
+// Value of a token: without quotes, doubled quotes halved.
 std::string unquoted(const Token& token);
 
 }  // namespace tsql

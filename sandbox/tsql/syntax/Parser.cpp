@@ -9,7 +9,7 @@ namespace tsql {
 namespace {
 
 constexpr int kDeepestNesting = 150;
-constexpr int kLongestChain = 400;  // of operators on one level; SQLite's trees end at a depth of 1000
+constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the depth of expressions to 1000
 
 [[noreturn]] void throwTooDeep(int line) {
     throw SyntaxError(sqlError(message::kNestedTooDeeply), line);
@@ -39,7 +39,7 @@ ast::Constraint parseConstraint(std::string_view text) {
     return constraint;
 }
 
-// Takes reserved words, too. What is no name is the name of nothing, as it stands.
+// Accepts reserved words as names. A string that is no name is returned as it is; no object has it as name.
 ast::ObjectName parseObjectName(std::string_view text) {
     ast::ObjectName name;
     name.name = text;
@@ -135,7 +135,7 @@ std::string Parser::expectVariable(int undeclaredState) {
     return std::string(name.raw);
 }
 
-// database.schema.name, where the parts in between may be left out.
+// [[database.][schema].]name
 ast::ObjectName Parser::objectName() {
     ast::ObjectName name;
     name.line = peek().line;
@@ -178,7 +178,7 @@ std::vector<int> Parser::typeArguments() {
     });
 }
 
-// There is one collation, which disregards case and regards accents.
+// There is only one collation: case-insensitive, accent-sensitive.
 void Parser::collation() {
     expect("COLLATE");
     const bool same = at("DATABASE_DEFAULT") || toUpper(peek().raw).find("_CI_AS") != std::string::npos;
@@ -186,7 +186,7 @@ void Parser::collation() {
     expectName();
 }
 
-// To the bracket that closes the one here.
+// Skips to the matching closing parenthesis.
 void Parser::skipParenthesized() {
     int depth = 0;
     do {
@@ -201,7 +201,7 @@ std::string Parser::textSince(std::size_t token) const {
     return {m_tokens[token].raw.data(), last.data() + last.size()};
 }
 
-// At the end of the text it is the last one.
+// At the end of the text, errors name the last token.
 const Token& Parser::faulty() const {
     const bool atEnd = peek().kind == TokenKind::End && m_next > 0;
     return atEnd ? m_tokens[m_next - 1] : peek();

@@ -1,4 +1,4 @@
-// A batch's tokens to its syntax tree. A production that is used in its own file alone is a function there.
+// Recursive-descent parser of a batch. Productions that only one source file uses are functions of that file.
 #pragma once
 
 #include <algorithm>
@@ -19,9 +19,9 @@ struct Batch {
     std::vector<ast::Local> locals = {};
 };
 
-// Throws SyntaxError; then nothing of the batch may run. `quotedIdentifiers`: whether "x" is a name.
+// Throws SyntaxError; nothing of the batch may run then. `quotedIdentifiers`: "x" is a name, else a string.
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers);
-// An expression that stands alone, as a column's default does.
+// A stored expression, such as the default of a column.
 ast::ExprPtr parseExpression(std::string_view text);
 ast::Constraint parseConstraint(std::string_view text);
 ast::ObjectName parseObjectName(std::string_view text);
@@ -31,7 +31,8 @@ class Parser {
   public:
     Parser(std::string_view text, bool quotedIdentifiers);
 
-    // ---- tokens (Parser.cpp). A phrase is keywords and symbols with a blank between: "ORDER BY".
+    // ---- tokens (Parser.cpp). A phrase is a sequence of keywords and symbols separated by blanks: "ORDER
+    // BY".
     const Token& peek(std::size_t ahead = 0) const {
         return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
     }
@@ -40,7 +41,7 @@ class Parser {
     bool accept(std::string_view phrase);
     bool acceptAny(std::initializer_list<std::string_view> phrases);
     void expect(std::string_view phrase);
-    // Takes the first phrase of `table` that comes next. What it stands for, or null.
+    // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
     template <typename Table>
     auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
         const auto found = std::find_if(std::begin(table), std::end(table),
@@ -53,15 +54,15 @@ class Parser {
     bool atName(std::size_t ahead = 0) const;
     std::string expectName();
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
-    std::string expectVariable(int undeclaredState = 1);  // of the error
+    std::string expectVariable(int undeclaredState = 1);  // state of the error
     ast::ObjectName objectName();
     std::vector<std::string> columnNames();  // in parentheses
     SqlType type(TypeUse use);
     void collation();
     void skipParenthesized();
-    std::string textSince(std::size_t token) const;  // as written, from the token to the one taken last
+    std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
     std::size_t position() const { return m_next; }
-    const Token& faulty() const;  // the token that an error is about
+    const Token& faulty() const;  // token that an error refers to
     std::string near() const;     // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
     [[noreturn]] void throwUnsupported(std::string_view construct) const;
@@ -82,7 +83,7 @@ class Parser {
         return inner;
     }
 
-    // Phrases that must come next, and what `read` reads between them.
+    // Requires the phrases among `parts`, and reads an expression with `read` into each of the others.
     template <typename... Parts>
     void sequence(ast::ExprPtr (Parser::*read)(), Parts&&... parts) {
         const auto part = [&](auto& each) {
@@ -94,7 +95,7 @@ class Parser {
         (part(parts), ...);
     }
 
-    // Bounds the nesting of what calls itself.
+    // Limits the depth of recursive productions, for its scope.
     class Nesting {
       public:
         explicit Nesting(Parser& parser);
@@ -131,7 +132,7 @@ class Parser {
     void tableHints();
     std::vector<ast::TableRefPtr> from();
     std::vector<ast::OrderItem> orderBy();
-    std::optional<std::int64_t> options();  // the MAXRECURSION among them
+    std::optional<std::int64_t> options();  // returns MAXRECURSION
 
     // ---- statements (ParserStatements.cpp)
     ast::Block batch();
@@ -142,22 +143,23 @@ class Parser {
     bool atConstant() const;
     ast::ExprPtr constant();
     ast::ExprPtr wordOrConstant();
-    bool atBatchBegin() const { return m_next == 1 && m_depth == 1; }  // behind its first word
+    bool atBatchBegin() const { return m_next == 1 && m_depth == 1; }  // after the first word
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
     bool acceptConstraint(ast::Constraint& constraint, bool ofTable);
     ast::CreateTable tableVariable(const Token& name);
 
-    // What the statements before and around say to the next one.
+    // State that earlier and enclosing statements pass on.
     bool m_quotedIdentifiers;
     int m_loops = 0;
-    std::optional<ast::ObjectName>* m_into = nullptr;  // the next SELECT may have INTO, which is kept there
-    const ast::CreateModule* m_module = nullptr;       // whose body is read
-    std::string m_procedure;                           // that the text defines
+    std::optional<ast::ObjectName>* m_into =
+        nullptr;                                  // receives the INTO of the next SELECT, if it may have one
+    const ast::CreateModule* m_module = nullptr;  // module whose body is being parsed
+    std::string m_procedure;                      // procedure that the text defines
     std::vector<ast::Local> m_locals;
 
   private:
-    // The number of tokens that the phrase takes; 0 where it does not stand, as most show by their initial.
+    // Number of tokens that the phrase matches; 0 for no match. The first character rules out most phrases.
     std::size_t match(std::string_view phrase, std::size_t ahead) const {
         return peek(ahead).initial == phrase.front() ? matchWhole(phrase, ahead) : 0;
     }
@@ -170,16 +172,16 @@ class Parser {
     bool m_scalarOnly = false;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
-    WordSet m_temporary;  // tables that the text makes
+    WordSet m_temporary;  // tables that the text creates
 };
 
-// ---- statements of ParserDefinitions.cpp; the word in their names is taken already
+// ---- statements of ParserDefinitions.cpp; the caller has consumed the keyword in their names
 ast::Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, WITH before one of them
 ast::Statement::Node parseCreate(Parser& in);
 ast::Statement::Node parseAlter(Parser& in);
 ast::Statement::Node parseDrop(Parser& in);
 
-// Those of the columns, and those of the table.
+// Constraints of the columns and of the table.
 std::vector<const ast::Constraint*> allConstraints(const ast::CreateTable& create);
 
 }  // namespace tsql

@@ -68,7 +68,7 @@ SetClause setClause(Parser& in) {
     return clause;
 }
 
-// What UPDATE and DELETE end with.
+// The rest of UPDATE and DELETE: FROM, WHERE, OPTION.
 void affectedRows(Parser& in, Change& node) {
     if (in.accept("FROM")) node.from = in.from();
     in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
@@ -110,7 +110,7 @@ Delete remove(Parser& in) {
     in.throwUnsupported(verb + " " + toUpper(in.near()));
 }
 
-// The name of what is defined or dropped: there is one schema.
+// Name of an object to create or drop. The only schema is dbo.
 ObjectName definedName(Parser& in) {
     ObjectName name = in.objectName();
     if (!name.schema.empty() && !sameWord(name.schema, "dbo"))
@@ -130,7 +130,7 @@ std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
     });
 }
 
-// ON filegroup: there is one.
+// ON filegroup, which has no effect.
 void fileGroup(Parser& in) {
     while (in.acceptAny({"ON", "TEXTIMAGE_ON", "FILESTREAM_ON"})) {
         in.expectName();
@@ -138,7 +138,7 @@ void fileGroup(Parser& in) {
     }
 }
 
-// WITH (option = value, ...): how an index is stored and built. Two of the options change what statements do.
+// WITH (option = value, ...) of an index. Two of the options would change the effect of statements.
 void indexStorage(Parser& in) {
     const auto option = [&] {
         for (const auto word : {"IGNORE_DUP_KEY = ON", "DROP_EXISTING = ON"}) in.throwIfAt(word, word);
@@ -178,7 +178,8 @@ void references(Parser& in, Constraint& constraint) {
     }
 }
 
-// As the catalogue tells it, within one pair of parentheses more: 1 and ((1)) are (1), (f()) is f().
+// Stored form of a default, which the catalogue shows in one more pair of parentheses: 1 and ((1)) are stored
+// as (1), (f()) as f().
 std::string storedDefault(std::string text) {
     if (text.starts_with('(')) text = text.substr(1, text.size() - 2);
     const auto first = text.find_first_not_of('('), last = text.find_last_not_of(')');
@@ -200,7 +201,7 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
     if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR")) {
         constraint.columns = {in.expectName()};
-        in.accept("WITH VALUES");  // of no effect on a column that is there
+        in.accept("WITH VALUES");  // no effect on an existing column
     }
 }
 
@@ -250,7 +251,7 @@ void tableElement(Parser& in, CreateTable& table) {
         table.columns.push_back(columnDefinition(in));
 }
 
-// A comma may close the list.
+// A trailing comma is allowed.
 CreateTable tableElements(Parser& in, ObjectName name) {
     CreateTable table{std::move(name), {}, {}};
     in.expect("(");
@@ -280,7 +281,7 @@ Statement::Node createIndex(Parser& in, bool unique) {
     return node;
 }
 
-// CONSTRAINT is what a bare name means.
+// A bare name is a constraint.
 void dropParts(Parser& in, AlterTable& table) {
     bool columns = false;
     do {
@@ -296,7 +297,7 @@ Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
     const bool checked = in.accept("WITH CHECK");
     if (in.at("NOCHECK") || in.at("WITH NOCHECK")) in.throwUnsupported("constraints that are not checked");
-    if (in.accept("CHECK CONSTRAINT")) {  // each constraint is in force already
+    if (in.accept("CHECK CONSTRAINT")) {  // constraints are always enabled
         if (!in.accept("ALL")) in.list([&] { return in.expectName(); });
     } else if (in.accept("ADD")) {
         do tableElement(in, node.added);
@@ -319,7 +320,7 @@ bool atModule(const Parser& in) {
     return in.at("PROCEDURE") || in.at("PROC") || in.at("FUNCTION") || in.at("VIEW");
 }
 
-// Those that change no result.
+// Options of modules that change no result.
 void moduleOptions(Parser& in) {
     const auto option = [&] {
         in.accept("EXEC");
@@ -331,14 +332,14 @@ void moduleOptions(Parser& in) {
     if (in.accept("WITH")) in.list(option);
 }
 
-// AS query, of a view; RETURN query, of a function. It is the rest of the batch.
+// AS query of a view, RETURN query of a function. It extends to the end of the batch.
 void moduleQuery(Parser& in, CreateModule& module) {
     moduleOptions(in);
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     if (module.function) in.expect("RETURN");
     module.query =
         module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
-    in.accept("WITH CHECK OPTION");  // for changes through the view, which are refused
+    in.accept("WITH CHECK OPTION");  // no effect: changes through views are refused
     in.accept(";");
     if (in.peek().kind != TokenKind::End) in.throwSyntaxError();
 }
@@ -352,7 +353,7 @@ void parameters(Parser& in, CreateModule& module) {
         in.throwSyntaxError();
 }
 
-// The rest of the batch is the module's body.
+// The body of a module extends to the end of the batch.
 void moduleBody(Parser& in, CreateModule& module) {
     moduleOptions(in);
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
@@ -410,7 +411,7 @@ Statement::Node alterDatabase(Parser& in) {
         return node;
     }
     if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
-    do  // what a database has here anyway
+    do  // settings that every database has
         if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
                            "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM"}))
             throwUnsupportedObject(in, "ALTER DATABASE ... SET");
@@ -419,7 +420,7 @@ Statement::Node alterDatabase(Parser& in) {
     return node;
 }
 
-// The index is made anew, which changes no rows.
+// REBUILD and REORGANIZE change no rows.
 Statement::Node alterIndex(Parser& in) {
     AlterIndex node{in.accept("ALL") ? "" : in.expectName(), {}};
     in.expect("ON");
@@ -430,7 +431,7 @@ Statement::Node alterIndex(Parser& in) {
     return node;
 }
 
-// A module must stand first, and on the batch's own level.
+// CREATE of a module must be the first statement of the batch, at its top level.
 Statement::Node createOrAlter(Parser& in, bool create) {
     const bool first = in.atBatchBegin();
     CreateModule module;
@@ -460,7 +461,7 @@ Statement::Node createOrAlter(Parser& in, bool create) {
 // i ON t, or t.i
 ObjectName indexName(Parser& in) {
     ObjectName name = in.objectName();
-    name.database.clear();  // it was the table's schema
+    name.database.clear();  // parsed as a database, but it is the schema of the table
     if (!in.accept("ON")) return name;
     const ObjectName table = in.objectName();
     indexStorage(in);

@@ -12,11 +12,11 @@ using namespace ast;
 
 namespace {
 
-// How tightly operators bind, from the loosest.
+// Precedence levels, lowest first.
 enum Level { kOr, kAnd, kNot, kPredicate, kAdditive, kMultiplicative, kOperand };
 enum class Predicate { IsNull, IsNotNull, In, Like, Between };
 
-// AND and OR are told by their level.
+// The meaning of AND and OR is empty: their level identifies them.
 struct Operator {
     std::string_view phrase;
     Level level;
@@ -49,7 +49,7 @@ constexpr Operator kOperators[] = {
     {"%", kMultiplicative, BinaryOp::Modulo},
 };
 
-// Functions that are written without parentheses, and functions whose names are reserved words.
+// Functions without parentheses, and functions whose names are reserved words.
 constexpr std::string_view kNiladic[] = {"CURRENT_TIMESTAMP", "CURRENT_USER", "SYSTEM_USER", "SESSION_USER",
                                          "USER"};
 constexpr std::string_view kReservedFunctions[] = {"COALESCE", "NULLIF", "LEFT", "RIGHT"};
@@ -90,7 +90,7 @@ Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
     return Between{std::move(left), std::move(first), operand()};
 }
 
-// What the operator, taken already, makes of its left side and what follows.
+// Parses the right side of an operator that is already consumed.
 Expr::Node operation(Parser& in, const Operator& taken, ExprPtr left) {
     if (const auto* kind = std::get_if<Predicate>(&taken.meaning))
         return predicate(in, *kind, std::move(left));
@@ -119,7 +119,7 @@ ExprPtr literal(const Token& token) {
     }
 }
 
-// (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)'): the text of the XML.
+// (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)') is the text content of the XML.
 ExprPtr xmlValue(Parser& in, QueryPtr query) {
     constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
     const int line = in.peek().line;
@@ -196,7 +196,7 @@ ExprPtr conversion(Parser& in) {
     return make(word.line, std::move(node));
 }
 
-// ROWS or RANGE, as SQLite reads it, too.
+// ROWS or RANGE, in the syntax common to T-SQL and SQLite.
 std::string frame(Parser& in, bool ordered) {
     const bool range = in.at("RANGE");
     if (!range && !in.at("ROWS")) return {};
@@ -228,7 +228,7 @@ Window window(Parser& in) {
     return window;
 }
 
-// Only built-in functions, which have no schema, are aggregates or stand over a window.
+// Only built-in functions, which have no schema, take DISTINCT, WITHIN GROUP or OVER.
 ExprPtr call(Parser& in, ObjectName name) {
     const bool builtIn = name.schema.empty();
     const int line = name.line;
@@ -245,7 +245,7 @@ ExprPtr call(Parser& in, ObjectName name) {
     return make(line, std::move(call));
 }
 
-// A column, or a function's call.
+// Column or function call.
 ExprPtr named(Parser& in) {
     const Token& first = in.peek();
     const bool niladic = first.kind == TokenKind::Word && contains(kNiladic, first.raw);
@@ -287,8 +287,8 @@ std::vector<ExprPtr> Parser::expressions() {
     return list([this] { return expression(); });
 }
 
-// A built-in function takes DISTINCT or ALL, a null pointer stands for the DEFAULT that one of a schema
-// takes.
+// Only built-in functions accept DISTINCT or ALL. Only functions with a schema accept DEFAULT, which is a
+// null pointer.
 std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
     const bool builtIn = function.schema.empty();
     expect("(");
@@ -299,7 +299,7 @@ std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
     return arguments;
 }
 
-// Operators that bind at least as tightly as the loosest one, and their operands.
+// Precedence climbing: operators of at least the level `loosest`, and their operands.
 ExprPtr Parser::operators(int loosest) {
     ExprPtr left;
     if (loosest <= kNot && at("NOT")) {

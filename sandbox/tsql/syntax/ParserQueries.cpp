@@ -1,4 +1,4 @@
-// SELECT and what it is made of.
+// SELECT and its clauses.
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -112,14 +112,14 @@ void offset(Parser& in, Query& query) {
     in.expect("ONLY");
 }
 
-// An alias may be a text; without AS it must not be a word that begins something else.
+// An alias may be a string. Without AS, it must not be a keyword of the next clause.
 std::string alias(Parser& in) {
     const bool as = in.accept("AS");
     if (in.atName()) return in.expectName();
     return as || in.isString(in.peek()) ? in.expectString() : std::string();
 }
 
-// VALUES (...), (...): a SELECT each, under names that the alias gives.
+// VALUES (...), (...) becomes a UNION ALL of one SELECT per row; the alias names the columns.
 QueryPtr rowValues(Parser& in) {
     QueryPtr rows;
     std::size_t width = 0;
@@ -163,7 +163,7 @@ TableRefPtr tableRef(Parser& in) {
     return table;
 }
 
-// The kind of the join that comes next, if any; an algorithm that is asked for changes no result.
+// Consumes a join keyword, if one follows, with its algorithm hint, which has no effect.
 std::optional<JoinKind> acceptJoin(Parser& in) {
     if (in.accept("JOIN")) return JoinKind::Inner;
     if (in.at("CROSS APPLY") || in.at("OUTER APPLY")) in.throwUnsupported("APPLY");
@@ -190,7 +190,7 @@ TableRefPtr joins(Parser& in) {
     }
 }
 
-// t.*, whose qualifier it takes with the star; false where something else stands.
+// Consumes * or t.* with its qualifier. Returns false for anything else.
 bool acceptStar(Parser& in, SelectItem& item) {
     std::size_t ahead = 0;
     while (in.atName(ahead) && in.at(".", ahead + 1)) ahead += 2;
@@ -222,7 +222,7 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     const int line = peek().line;
     QueryPtr query = setOperations(*this, /*intersect=*/false);
     query->line = line;
-    const bool whole = !query->orderBy.empty() || query->xml;  // as a query in parentheses may be
+    const bool whole = !query->orderBy.empty() || query->xml;  // possible for a query in parentheses
     if (whole && (at("ORDER") || at("FOR XML"))) throwSyntaxError();
     query->with.insert(query->with.begin(), std::move_iterator(with.begin()), std::move_iterator(with.end()));
     if (at("ORDER")) query->orderBy = orderBy();
@@ -233,7 +233,7 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     return query;
 }
 
-// A query inside of something else, where an order has no meaning by itself.
+// Nested query: ORDER BY needs TOP, OFFSET or FOR XML.
 QueryPtr Parser::subquery() {
     if (m_scalarOnly) throw SyntaxError(sqlError(message::kSubqueryNotAllowedHere), peek().line);
     QueryPtr query = this->query();
@@ -288,7 +288,7 @@ std::optional<BinaryOp> Parser::assignmentOperator() {
     return std::nullopt;
 }
 
-// The name of a table, or of a variable that is one.
+// Name of a table or table variable.
 ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
@@ -297,7 +297,7 @@ ObjectName Parser::tableName() {
     return {{}, {}, std::string(name.raw), name.line};
 }
 
-// Hints say how to lock and which index to take; the rows are the same.
+// Hints choose locks and indexes. They do not change the rows.
 void Parser::tableHints() {
     if (!at("WITH (") && !at("( NOLOCK")) return;
     accept("WITH");
@@ -318,7 +318,7 @@ std::vector<OrderItem> Parser::orderBy() {
     });
 }
 
-// Hints to the optimizer change no result; MAXRECURSION does.
+// Of the query hints, only MAXRECURSION changes a result.
 std::optional<std::int64_t> Parser::options() {
     std::optional<std::int64_t> most;
     if (!accept("OPTION")) return most;

@@ -1,4 +1,4 @@
-// Control of flow, variables, settings, calls, cursors, transactions, backup.
+// Control flow, variables, settings, calls, cursors, transactions, backup.
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -9,14 +9,14 @@ using namespace ast;
 
 namespace {
 
-// Constructs that begin with a reserved word of their own and that are not there.
+// Unsupported statements, by their first word.
 constexpr std::string_view kUnsupported[] = {
     "MERGE",    "GOTO",   "DBCC",       "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",
     "SHUTDOWN", "REVERT", "CHECKPOINT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
 };
 
-// The values that settings may have, # for any number and * for anything, and the settings. Most of those
-// that may be ON and OFF make a difference to speed, to locks or to warnings alone, and have no effect.
+// Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
+// accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
 constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"ON OFF",
      "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS "
@@ -33,7 +33,7 @@ constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"7", "DATEFIRST"},
     {"MDY", "DATEFORMAT"},
     {"US_ENGLISH ENGLISH", "LANGUAGE"},
-    {"", "ANSI_DEFAULTS CONTEXT_INFO OFFSETS"},  // none
+    {"", "ANSI_DEFAULTS CONTEXT_INFO OFFSETS"},  // no value is accepted
 };
 
 bool hasWord(std::string_view words, const std::string& word) {
@@ -50,7 +50,7 @@ void checkSetting(const std::string& name, const std::string& value, int line) {
 }
 
 Statement::Node setOption(Parser& in) {
-    if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // rows are locked, or kept as they were, at any of them
+    if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // no effect: the storage provides every level
         if (!in.acceptAny(
                 {"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"}))
             in.throwSyntaxError();
@@ -74,7 +74,7 @@ Statement::Node setOption(Parser& in) {
     option.on = value == "ON";
     for (const auto& name : option.names) {
         checkSetting(name, value, line);
-        // What follows is read with the new meaning of "x".
+        // The rest of the batch is parsed with the new meaning of "x".
         if (name == "QUOTED_IDENTIFIER") in.m_quotedIdentifiers = option.on;
     }
     return option;
@@ -92,7 +92,7 @@ Statement::Node set(Parser& in) {
 
 // ---- cursors
 
-// Rows are read when the cursor is opened: what would follow later changes is refused.
+// Rows are read when the cursor is opened, so cursors that show later changes are refused.
 Statement::Node declareCursor(Parser& in) {
     DeclareCursor node{in.expectName(), nullptr};
     bool isCursor = false, forward = false, nothing = false;
@@ -173,7 +173,8 @@ Statement::Node whileLoop(Parser& in) {
     return node;
 }
 
-// TRANSACTION is taken where BEGIN stands before it; COMMIT and ROLLBACK also stand alone or with WORK.
+// The caller has consumed BEGIN TRANSACTION. COMMIT and ROLLBACK may be followed by TRANSACTION, WORK or
+// nothing.
 template <TransactionVerb verb>
 Statement::Node transaction(Parser& in) {
     Transaction node{verb, {}, {}};
@@ -214,7 +215,7 @@ Statement::Node returnValue(Parser& in) {
     return Return{in.expression()};
 }
 
-// WITH option, option; what `accept` does not take is refused.
+// WITH option, option. Options that `accept` does not consume are refused.
 template <typename Accept>
 void withOptions(Parser& in, const std::string& verb, Accept accept) {
     if (!in.accept("WITH")) return;
@@ -257,7 +258,7 @@ bool atArgument(const Parser& in) {
     return in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON");
 }
 
-// The one with that number, from 1.
+// Argument `number`, from 1.
 Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     Argument argument;
     if (onlyNamed && !in.at("=", 1))
@@ -275,7 +276,7 @@ Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     return argument;
 }
 
-// 'text' + @variable ...: functions have no place in it.
+// 'text' + @variable ...; functions are not allowed.
 ExprPtr textOfConstants(Parser& in) {
     std::size_t end = 0;
     while (in.isString(in.peek(end)) || in.peek(end).kind == TokenKind::Variable || in.at("+", end)) ++end;
@@ -342,23 +343,22 @@ Statement::Node backup(Parser& in) {
     Backup node{nameOrVariable(in), nullptr, nullptr, nullptr};
     in.expect("TO");
     node.file = fileName(in);
-    withOptions(
-        in, "BACKUP", [&] {  // how to name and format the media; each backup is a file of its own here
-            if (acceptStats(in, node.stats)) return true;
-            const std::pair<std::string_view, ExprPtr*> kTexts[] = {{"NAME", &node.name},
-                                                                    {"DESCRIPTION", &node.description}};
-            if (ExprPtr* const* text = in.acceptOneOf(kTexts)) {
-                in.expect("=");
-                **text = in.primary();
-                return true;
-            }
-            const bool known =
-                in.acceptAny({"INIT", "FORMAT", "NOFORMAT", "SKIP", "NOSKIP", "CHECKSUM", "NO_CHECKSUM",
-                              "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION", "MEDIANAME", "MEDIADESCRIPTION",
-                              "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
-            if (known && in.accept("=")) in.primary();
-            return known;
-        });
+    withOptions(in, "BACKUP", [&] {  // media options have no effect: each backup is a file
+        if (acceptStats(in, node.stats)) return true;
+        const std::pair<std::string_view, ExprPtr*> kTexts[] = {{"NAME", &node.name},
+                                                                {"DESCRIPTION", &node.description}};
+        if (ExprPtr* const* text = in.acceptOneOf(kTexts)) {
+            in.expect("=");
+            **text = in.primary();
+            return true;
+        }
+        const bool known =
+            in.acceptAny({"INIT", "FORMAT", "NOFORMAT", "SKIP", "NOSKIP", "CHECKSUM", "NO_CHECKSUM",
+                          "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION", "MEDIANAME", "MEDIADESCRIPTION",
+                          "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
+        if (known && in.accept("=")) in.primary();
+        return known;
+    });
     return node;
 }
 
@@ -393,7 +393,7 @@ Statement::Node restore(Parser& in) {
     return node;
 }
 
-// The words that statements begin with, taken, and what reads the rest.
+// First words of statements, and the parsers of the rest.
 constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[] = {
     {"DECLARE", declare},
     {"SET", set},
@@ -428,7 +428,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };
 
-// A function leaves no trace but its value.
+// Functions may not have side effects.
 void checkInFunction(const Statement& statement, const std::string& verb) {
     constexpr std::string_view kTraceless =
         "DECLARE SET IF WHILE BREAK CONTINUE BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
@@ -448,7 +448,7 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
 
 Block Parser::batch() {
     Block first;
-    if (atName() && !at("THROW") && !at(":", 1)) {  // a procedure's name alone, first in the batch
+    if (atName() && !at("THROW") && !at(":", 1)) {  // procedure call without EXEC: only as first statement
         const int line = peek().line;
         first.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
     }
@@ -457,8 +457,8 @@ Block Parser::batch() {
     return first;
 }
 
-// Up to `end`, which is taken, or to the end of the text. THROW and WITH begin a statement only where the one
-// before is closed: it could go on with them.
+// Parses statements up to `end`, which is consumed, or to the end of the text. THROW and WITH need a
+// semicolon before them: they could continue the previous statement.
 Block Parser::statements(std::string_view end) {
     Block statements;
     for (;;) {
@@ -489,7 +489,8 @@ StatementPtr Parser::statement() {
     return statement;
 }
 
-// A batch or module makes a temporary table once, even where it drops it in between or in one branch only.
+// A batch or module may create a temporary table only once, even if it drops the table in between or creates
+// it in separate branches.
 void Parser::noteTemporary(const Statement& statement) {
     const auto* create = std::get_if<CreateTable>(&statement.node);
     const auto* select = std::get_if<SelectStatement>(&statement.node);
@@ -530,13 +531,13 @@ bool Parser::atConstant() const {
                       token.kind == TokenKind::Global || token.kind == TokenKind::Binary));
 }
 
-// A constant or a variable, where other expressions have no place.
+// A constant or variable; other expressions are not allowed.
 ExprPtr Parser::constant() {
     if (!atConstant()) throwSyntaxError();
     return unary();
 }
 
-// The same, where a bare word is a text.
+// As constant(); a bare word is a string.
 ExprPtr Parser::wordOrConstant() {
     if (!atName() && !at("ON")) return constant();
     const Token& word = takeToken();

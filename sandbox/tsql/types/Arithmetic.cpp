@@ -1,4 +1,4 @@
-// The operators on values of any types, declared in Values.h.
+// Arithmetic operators of all types, declared in Values.h.
 #include <algorithm>
 #include <cmath>
 
@@ -19,7 +19,7 @@ Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
     return convertValue(result, simpleType(TypeId::Float), type);
 }
 
-// datetime + number: the number is days, and so is a datetime, since 1900.
+// datetime plus or minus a number: the number counts days; a datetime counts as its days since 1900.
 Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type) {
     const auto ticks = [&](const CellView& value, const SqlType& from) {
@@ -36,7 +36,7 @@ Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, con
                      type);
 }
 
-// An exact number's type has just the digits that are written.
+// The type of an exact literal has exactly the precision and scale that are written.
 SqlType typeOfNumber(std::string_view text) {
     if (text.starts_with('$')) return simpleType(TypeId::Money);
     if (text.find_first_of("eE") != std::string_view::npos) return simpleType(TypeId::Float);
@@ -60,7 +60,7 @@ Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, con
         };
         return floatResult(op, real(left, leftType), real(right, rightType), type);
     }
-    // A text beside a number is read in the type that they meet in.
+    // A string operand of a number is converted to their common type.
     const SqlType common = commonType(leftType, rightType);
     const SqlType a = isExact(leftType.id) ? leftType : common,
                   b = isExact(rightType.id) ? rightType : common;

@@ -1,4 +1,4 @@
-// Reads the date and time texts that people write.
+// Parser of date and time strings.
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -24,9 +24,10 @@ bool isOneOf(const T& value, std::initializer_list<T> values) {
     return std::ranges::find(values, value) != values.end();
 }
 
-// The course: the text becomes a form and the numbers in it; the time is found by its colon or its AM or PM
-// and taken out; what is left must be a date. In the form a number is an n, the name of a month an M, AM and
-// PM are A and P, T and Z and signs are themselves, blanks are left out: "Nov 21, 2026 1:05PM" is "Mn,nn:nP".
+// Parser of one string. It reduces the string to its form and its numbers, finds the time by its colon or its
+// AM or PM and removes it; the rest must be a date.
+// The form has one character for each part: n number, M month name, A and P for AM and PM, T, Z and
+// punctuation. Blanks are dropped: "Nov 21, 2026 1:05PM" is "Mn,nn:nP".
 class DateReader {
   public:
     explicit DateReader(std::size_t fractionDigits) : m_fractionDigits(fractionDigits) {}
@@ -34,11 +35,11 @@ class DateReader {
     bool read(std::string_view text, int style) {
         return takeForm(lowerAscii(text)) && takeTime() && takeDate(style);
     }
-    bool isInRange() const { return m_inRange; }  // all that was read is in the calendar and on the clock
+    bool isInRange() const { return m_inRange; }  // whether such a date and time exist
     const DateTime& result() const { return m_result; }
 
   private:
-    // Not for other characters and for longer or more numbers than dates have.
+    // False if the string has other characters, or more or longer numbers than dates have.
     bool takeForm(std::string_view rest) {
         constexpr std::string_view kDigits = "0123456789", kLetters = "abcdefghijklmnopqrstuvwxyz";
         constexpr std::size_t kLongest = 9;
@@ -83,7 +84,7 @@ class DateReader {
         const std::string form = m_form.substr(begin, end - begin);
         const char half = isAt(end, "AP") ? m_form[end++] : ' ';
         if (isAt(end, "Z")) ++end;
-        if (begin > 1 && m_form[begin - 1] == 'T') --begin;  // a T stands behind a date
+        if (begin > 1 && m_form[begin - 1] == 'T') --begin;  // a T between date and time
         m_form.erase(begin, end - begin);
         const auto numbers = std::span(m_numbers).subspan(first);
         if (!setTime(form, numbers, half)) return false;
@@ -104,7 +105,7 @@ class DateReader {
         return form.size() < 7 || addFraction(numbers[3], form[5] == ':');
     }
 
-    // ".5" is half a second, ":500" thousandths.
+    // ".5" is half a second, ":500" is 500 thousandths.
     bool addFraction(const Number& fraction, bool thousandths) {
         constexpr int kTickDigits = 7;
         if (fraction.digits > (thousandths ? 3 : m_fractionDigits)) return false;

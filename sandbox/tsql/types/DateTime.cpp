@@ -30,9 +30,8 @@ constexpr std::string_view kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wedn
 
 constexpr std::string_view kIsoDate = "Y-M-D", kIsoTime = "h:m:s.f";
 
-// The letters of the pattern: Y year (y: two digits), M month (N: its name), D day (d: with a blank in the
-// place of a zero), h hour, H hour of twelve, m minute, s second, f its fraction in `scale` digits, P AM or
-// PM.
+// Formats a value. Letters of the pattern: Y year (y: two digits), M month (N: its name), D day (d: padded
+// with a blank), h hour, H hour of twelve, m minute, s second, f fraction in `scale` digits, P AM or PM.
 std::string written(std::string_view pattern, const DateTime& value, int scale = 0) {
     const CivilDate date = civilFromDays(value.days);
     const unsigned month{date.month()}, day{date.day()};
@@ -63,7 +62,7 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
         else if (field == std::end(fields))
             text += letter;
         else if (field->width == 0)
-            text.pop_back();  // a fraction without digits has no point
+            text.pop_back();  // drops the point of an empty fraction
         else {
             const std::string digits = std::to_string(field->number);
             text.append(static_cast<std::size_t>(field->width) - digits.size(), field->filler) += digits;
@@ -73,17 +72,16 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
 }
 
 std::int64_t roundedTicks(std::int64_t ticks, const SqlType& type) {
-    // datetime counts three hundredths: the thousandth is always 0, 3 or 7.
+    // datetime counts 1/300 s: the last digit of its milliseconds is 0, 3 or 7.
     if (type.id == TypeId::DateTime)
         return ((ticks * 300 + kSecond / 2) / kSecond * 1000 + 150) / 300 * (kSecond / 1000);
-    // 29.998 s rounds down and 29.999 s up.
+    // smalldatetime: 29.998 s rounds down, 29.999 s rounds up.
     if (type.id == TypeId::SmallDateTime) return (ticks + 30 * kSecond + kSecond / 1000) / kMinute * kMinute;
     const std::int64_t unit = powerOfTen(7 - type.scale);
     return (ticks + unit / 2) / unit * unit;
 }
 
-// The styles of CONVERT, as patterns of written(); 100 to 114 stand for 0 to 14, too, 120 and 121 for 20
-// and 21.
+// CONVERT's styles as patterns of written(). 100 to 114 are the same as 0 to 14, 120 and 121 as 20 and 21.
 struct Style {
     int number;
     std::string_view date, time = {};
@@ -114,7 +112,7 @@ constexpr Style kStyles[] = {
     {127, kIsoDate, kIsoTime},
 };
 
-// date has no time to show, and time no date.
+// A date has no time to format, a time no date.
 Style styleFor(int number, const SqlType& type) {
     if (isHijri(number)) throw unsupported(kHijri);
     for (Style style : kStyles) {
@@ -131,7 +129,7 @@ std::int64_t dayOfYear(std::int64_t day) {
     return day - daysFromCivil(civilFromDays(day).year() / 1 / 1) + 1;
 }
 
-// Sunday begins a week; 0001-01-01 is a Monday.
+// Number of Sundays up to `day`: weeks begin on Sunday, and 0001-01-01 is a Monday.
 std::int64_t sundayWeeks(std::int64_t day) {
     return (day + 1) / 7;
 }
@@ -139,7 +137,7 @@ std::int64_t sundayWeeks(std::int64_t day) {
 std::int64_t weekOf(std::int64_t day) {
     return sundayWeeks(day) - sundayWeeks(day - dayOfYear(day) + 1) + 1;
 }
-// The Thursday of a week tells the year that it belongs to.
+// An ISO week belongs to the year of its Thursday.
 std::int64_t isoWeekOf(std::int64_t day) {
     return (dayOfYear(day - day % 7 + 3) - 1) / 7 + 1;
 }
@@ -148,11 +146,11 @@ std::int64_t monthOf(std::int64_t day) {
 }
 
 struct PartFacts {
-    std::string_view names;        // each between blanks
-    std::int64_t months = 0;       // of the parts that months make up
-    std::int64_t nanoseconds = 0;  // of the others
-    std::int64_t cycle = 0;        // of the clock's parts: how many there are in the next larger one
-    std::int64_t (*ofDay)(std::int64_t day) = nullptr;  // of the date's parts: the value
+    std::string_view names;                             // each surrounded by blanks
+    std::int64_t months = 0;                            // length in months; 0 for other parts
+    std::int64_t nanoseconds = 0;                       // length of the other parts
+    std::int64_t cycle = 0;                             // clock parts: how many make the next larger part
+    std::int64_t (*ofDay)(std::int64_t day) = nullptr;  // date parts: value on a day
 };
 constexpr std::int64_t kNanosADay = DateTime::kTicksPerDay * 100;
 // In the order of DatePart.
@@ -178,16 +176,16 @@ const PartFacts& factsOf(DatePart part) {
     return kParts[static_cast<std::size_t>(part)];
 }
 
-// From 0001-01-01 on.
+// Nanoseconds since 0001-01-01.
 Int128 nanosecondsOf(const DateTime& value) {
     return (static_cast<Int128>(value.days) * DateTime::kTicksPerDay + value.ticks) * 100;
 }
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
-    constexpr std::int64_t kMostMonths = 120'000;  // more only lead out of the calendar
+    constexpr std::int64_t kMostMonths = 120'000;  // more leave the calendar in any case
     CivilDate date =
         civilFromDays(value.days) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
-    if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 and one month
+    if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 plus one month
     return {daysFromCivil(date), value.ticks};
 }
 
@@ -247,13 +245,13 @@ std::string toStorage(const DateTime& value, const SqlType& type) {
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
     const bool classic = isClassicDate(type.id);
     if (style == kNoStyle) style = classic ? 0 : 121;
-    // T between date and time, and a fraction only where it is.
+    // ISO 8601: T between date and time, no fraction if it is zero.
     const bool iso8601 = style % 100 == 26 || style % 100 == 27;
     const Style pattern = styleFor(style, type);
     std::string whole(pattern.date);
     if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
     const int scale = iso8601 && value.ticks % kSecond == 0 ? 0 : classic ? 3 : type.scale;
-    // Styles below 100 show two digits of the year, but for these, which always show four.
+    // Styles below 100 have a two-digit year, except 0, 9, 13 and those from 20 on.
     if (style > 0 && style < 20 && style != 9 && style != 13) std::ranges::replace(whole, 'Y', 'y');
     std::string time(pattern.time);
     if (classic && style % 100 < 20) std::ranges::replace(time, '.', ':');

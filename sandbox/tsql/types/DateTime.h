@@ -1,4 +1,4 @@
-// Civil calendar and clock: the date texts that SQL Server reads and writes, date parts and their arithmetic.
+// Civil dates and times: SQL Server's date strings, date parts and date arithmetic.
 #pragma once
 
 #include <chrono>
@@ -11,14 +11,14 @@
 
 namespace tsql {
 
-// A point in local civil time, years 1 to 9999.
+// Local civil date and time, years 1 to 9999.
 struct DateTime {
     static constexpr std::int64_t kTicksPerSecond = 10'000'000;
     static constexpr std::int64_t kTicksPerDay = 86'400 * kTicksPerSecond;
     static constexpr int kDay1900 = 693'595;  // days from 0001-01-01 to 1900-01-01, day 0 of datetime
 
     std::int64_t days = kDay1900;  // since 0001-01-01
-    std::int64_t ticks = 0;        // of 100 ns since midnight
+    std::int64_t ticks = 0;        // 100 ns units since midnight
 
     auto operator<=>(const DateTime&) const = default;
 };
@@ -26,18 +26,19 @@ struct DateTime {
 using CivilDate = std::chrono::year_month_day;
 std::int64_t daysFromCivil(const CivilDate& date);  // since 0001-01-01
 CivilDate civilFromDays(std::int64_t days);
-// Nothing when the years 1 to 9999 have no such date.
+// Empty if the calendar of the years 1 to 9999 has no such date.
 std::optional<std::int64_t> daysFromParts(std::int64_t year, std::int64_t month, std::int64_t day);
 
-// A text as people write it ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05'),
-// month before day. Empty: 1900-01-01. A CONVERT style may fix another order of day and month (103, 104, 105,
-// 111 ...). Throws SqlError 241 or 295 for what is no date and time, 242 for one that the calendar or the
-// clock does not have; the types are those of the conversion.
-constexpr int kNoStyle = -1;  // each type has its own default
+// Parses a date string ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05'), month
+// before day unless the CONVERT style has another order (103, 104, 105, 111 ...). An empty string is
+// 1900-01-01. Throws SqlError 241 or 295 for a string that is no date, 242 for values that the calendar or
+// the clock does not have; `from` and `to` are the types of the conversion.
+constexpr int kNoStyle = -1;  // default style of the type
 DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType& to, int style);
 
-// The storage form of any date or time type, and back. toStorage rounds to what the type keeps (datetime:
-// 1/300 s, smalldatetime: minutes) and throws SqlError 242/8115-class errors outside of the type's range.
+// Conversion from and to the storage form of every date and time type. toStorage() rounds to the precision of
+// the type (datetime: 1/300 s, smalldatetime: minutes) and throws SqlError 242 or 8115 for values outside of
+// the type's range.
 DateTime fromStorage(std::string_view text);
 std::string toStorage(const DateTime& value, const SqlType& type);
 bool isInRange(const DateTime& value, const SqlType& type);
@@ -47,11 +48,11 @@ inline bool isHijri(int style) {
 }
 constexpr std::string_view kHijri = "the Hijri calendar (styles 130 and 131)";
 
-// CONVERT(varchar, value, style). Throws SqlError 281 for a style that no date has.
+// CONVERT(varchar, value, style). Throws SqlError 281 for an unknown style.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
 
 enum class DatePart {
-    // of the date
+    // date parts
     Year,
     Quarter,
     Month,
@@ -60,7 +61,7 @@ enum class DatePart {
     Week,
     IsoWeek,
     Weekday,
-    // of the clock
+    // clock parts
     Hour,
     Minute,
     Second,
@@ -68,14 +69,14 @@ enum class DatePart {
     Microsecond,
     Nanosecond
 };
-// "yy", "year", "dd" ... in any case.
+// Looks up "yy", "year", "dd" ..., case-insensitive.
 std::optional<DatePart> findDatePart(std::string_view name);
 
 std::string_view nameOf(DatePart part);
 
-// Throws SqlError 517 when the result leaves what the type has.
+// Throws SqlError 517 if the result is outside of the type's range.
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type);
-// Boundaries crossed from `start` to `end`.
+// Number of boundaries of the part between `start` and `end`.
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end);
 std::int64_t datePart(DatePart part, const DateTime& value);
 std::string dateName(DatePart part, const DateTime& value);

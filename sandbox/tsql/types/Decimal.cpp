@@ -11,7 +11,7 @@ namespace tsql {
 namespace {
 
 __extension__ typedef unsigned __int128 Bits128;
-using Wide = boost::multiprecision::int512_t;  // of two numbers of 38 digits, every step of every operator
+using Wide = boost::multiprecision::int512_t;  // holds every intermediate result for operands of 38 digits
 
 constexpr Int128 kTooLarge = powerOfTen<Int128>(kMostDigits);
 constexpr Bits128 kSign = Bits128{1} << 127;
@@ -28,7 +28,7 @@ Number divided(const Number& value, const Number& divisor, Rounding rounding) {
     return (value + (value < 0 ? -divisor : divisor) / 2) / divisor;
 }
 
-// In `Number`s that hold every step.
+// `Number` must hold every intermediate result; see digitsNeeded().
 template <typename Number>
 Int128 resultIn(BinaryOp op, const Number& left, int leftScale, const Number& right, int rightScale,
                 int scale) {
@@ -48,7 +48,7 @@ Int128 resultIn(BinaryOp op, const Number& left, int leftScale, const Number& ri
     return bounded<Number>(divided<Number>(result, power(common - scale), Rounding::HalfAway));
 }
 
-// Digits that the steps may need.
+// Most digits of an intermediate result.
 int digitsNeeded(BinaryOp op, const SqlType& left, const SqlType& right, int scale) {
     const int p1 = precisionOf(left), p2 = precisionOf(right), shift = scale + right.scale - left.scale;
     if (op == BinaryOp::Multiply) return p1 + p2;
@@ -92,7 +92,7 @@ Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding) {
     return value <= -kTooLarge / power ? -kTooLarge : value * power;
 }
 
-// Exactly what the binary number stands for, rounded.
+// Rounds the exact value of the binary number.
 Int128 rescaled(double value, int toScale) {
     if (!(std::fabs(value) < 1e38)) return value < 0 ? -kTooLarge : kTooLarge;
     constexpr int kBits = std::numeric_limits<double>::digits, kDeepest = 300;

@@ -1,5 +1,4 @@
-// Exact numbers of up to 38 digits: the integers, money and decimal, all of them integers that a power of ten
-// scales.
+// Exact numbers of up to 38 digits: integers, money and decimal, all stored as scaled integers.
 #pragma once
 
 #include <cstdint>
@@ -20,22 +19,22 @@ constexpr Number powerOfTen(int exponent) {
     return power;
 }
 
-// The two ways between an exact number and its storage form. A wide type's cell may be an INTEGER, too.
+// Conversion from and to the storage form. A cell of a wide type may also be an INTEGER.
 Int128 exactOf(const CellView& cell);
 Value exactCell(Int128 number, const SqlType& type);
 
-// All results are bounded by 10^38, which stands for every larger number and fits no type.
+// Results are clamped to 10^38, which exceeds every exact type.
 enum class Rounding { Truncate, HalfAway };
 Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding);
 Int128 rescaled(double value, int toScale);
-// `left op right` with `scale` digits after the point: at most as many as the operands
-// give; quotients are cut, all else is rounded. Throws 8134.
+// `left op right` with `scale` digits after the point, at most as many as the operands yield. Quotients are
+// truncated, other results rounded. Throws 8134 (division by zero).
 Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType,
                    int scale);
-// Order of two exact numbers: below 0, 0, above 0.
+// Order of two exact numbers: negative, 0 or positive.
 int compareExact(Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType);
 
-bool fits(Int128 value, const SqlType& type);     // any exact type but bit
+bool fits(Int128 value, const SqlType& type);     // any exact type except bit
 std::string scaledText(Int128 value, int scale);  // 1250, 2: "12.50"
 
 }  // namespace tsql

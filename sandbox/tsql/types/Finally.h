@@ -1,4 +1,4 @@
-// Work for the end of a scope, however it is left.
+// Scope guard: runs a function when the scope is left.
 #pragma once
 
 namespace tsql {

@@ -1,4 +1,4 @@
-// The types of T-SQL as the sandbox knows them, and how a value of each is kept in SQLite.
+// T-SQL's types and the storage form of their values in SQLite.
 #pragma once
 
 #include <compare>
@@ -38,13 +38,13 @@ enum class TypeId : std::uint8_t {
     Image,
 };
 
-// A column's, variable's or expression's type.
+// Type of a column, variable or expression.
 //
 // Storage in SQLite, the same in tables, variables and results:
 //   Bit..BigInt                 INTEGER
-//   Decimal, SmallMoney, Money  INTEGER scaled by 10^scale (money: scale 4), so that it stays exact
-//   Decimal of above 18 digits  BLOB: the same in 16 bytes, the high one first and the sign bit turned round,
-//                               so that SQLite orders them as numbers
+//   Decimal, SmallMoney, Money  INTEGER scaled by 10^scale (money: scale 4), which keeps it exact
+//   Decimal above 18 digits     BLOB: the same in 16 bytes, big-endian with the sign bit flipped, so that
+//                               SQLite sorts them as numbers
 //   Real, Float                 REAL
 //   Char..Xml                   TEXT, UTF-8 (Char and NChar padded with blanks to their length)
 //   Date                        TEXT "YYYY-MM-DD"
@@ -58,7 +58,7 @@ struct SqlType {
     static constexpr int kMax = -1;  // length of varchar(max), nvarchar(max), varbinary(max)
 
     TypeId id = TypeId::Int;
-    int length = 0;  // characters (bytes for Binary, VarBinary), or kMax; 0 where it has no meaning
+    int length = 0;              // characters (bytes for Binary, VarBinary) or kMax; else 0
     std::uint8_t precision = 0;  // Decimal: 1 to 38
     std::uint8_t scale = 0;      // Decimal, Money: digits after the point; Time, DateTime2: 0 to 7
 
@@ -73,7 +73,7 @@ struct Null {
 using Blob = std::basic_string_view<std::byte>;
 using CellView = std::variant<Null, std::int64_t, double, std::string_view, Blob>;
 
-// The same, owning what it holds.
+// Owning counterpart of CellView.
 using Bytes = std::basic_string<std::byte>;
 using Value = std::variant<Null, std::int64_t, double, std::string, Bytes>;
 

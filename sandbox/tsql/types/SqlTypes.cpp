@@ -16,10 +16,10 @@ constexpr int kNarrowDecimal = 18;
 
 struct TypeFacts {
     std::string_view name;
-    int precedence;  // T-SQL's: the lower one is converted to the higher one
+    int precedence;  // T-SQL's type precedence; the operand with the lower one is converted
     int precision;   // decimal digits of exact types
     int scale;
-    int bytes;  // of a value; of one character or byte where the type has a length
+    int bytes;  // per value; per character or byte if the type has a length
 };
 
 // In the order of TypeId.
@@ -56,11 +56,13 @@ const TypeFacts& facts(TypeId id) {
     return kTypes[static_cast<std::size_t>(id)];
 }
 
-// The families of types that are converted alike, by TypeId: N exact numbers, F float, C texts, T text and
-// ntext, X xml, A date, M time, D the classic dates, 2 datetime2, U uniqueidentifier, B binary, I image.
+// Family of each type, by TypeId. Types of a family have the same conversions: N exact numbers, F float, C
+// strings, T text and ntext, X xml, A date, M time, D datetime and smalldatetime, 2 datetime2, U
+// uniqueidentifier, B binary, I image.
 constexpr std::string_view kFamilies = "NNNNNNNNFFCCCCTTXAMDD2UBBI";
 constexpr std::string_view kFamilyOrder = "NFDAM2CTXUBI";
-// From each family, in that order, to each: by itself (i), by CAST alone (e), never (-).
+// Conversions from each family (row) to each (column), in kFamilyOrder: i implicit, e explicit only, - not
+// allowed.
 constexpr std::array<std::string_view, 12> kConversions = {
     "iii---i---i-", "iii---i---i-", "eeiiiii---e-", "--ii-ii---e-", "--i-iii---e-", "--iiiii---e-",
     "iiiiiiiiiiei", "------iie---", "------e-i-e-", "------i--ii-", "i-ieeei-iiii", "----------ii"};
@@ -142,14 +144,14 @@ SqlType asDecimal(const SqlType& type) {
 SqlType joinLengths(SqlType result, const SqlType& left, const SqlType& right) {
     const bool unbounded = left.length == SqlType::kMax || right.length == SqlType::kMax;
     result.length = unbounded ? SqlType::kMax : std::max(left.length, right.length);
-    if (hasLength(result.id) && left.id != right.id) {  // char meets varchar: varying
+    if (hasLength(result.id) && left.id != right.id) {  // char and varchar give varchar
         if (result.id == TypeId::NChar) result.id = TypeId::NVarChar;
         if (isNational(result.id) && result.length > kMaxNational) result.length = SqlType::kMax;
     }
     return result;
 }
 
-// Where 38 digits do not do, those after the point give way.
+// Beyond 38 digits the scale is reduced.
 SqlType joinDecimals(const SqlType& left, const SqlType& right) {
     const int whole = std::max(left.precision - left.scale, right.precision - right.scale);
     const int scale = std::min<int>(std::max(left.scale, right.scale), kMaxDecimal - whole);
@@ -169,8 +171,7 @@ SqlType concatenation(const SqlType& left, const SqlType& right) {
     return national ? nvarcharType(std::min(length, kMaxNational)) : varcharType(std::min(length, kMaxBytes));
 }
 
-// The type of a product or quotient: beyond 38 digits it gives up some after the point, though not the
-// first 6.
+// Type of a product or quotient. Beyond 38 digits the scale is reduced, but not below 6.
 SqlType reduced(int precision, int scale) {
     constexpr int kKeptScale = 6;
     const int room = kMaxDecimal - (precision - scale);
@@ -201,7 +202,7 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
     throw sqlError(message::kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
 }
 
-// datetime and smalldatetime take + and - with numbers (of days); the newer types do not.
+// datetime and smalldatetime support + and - with a number of days; the newer types do not.
 bool isDateSum(BinaryOp op, const SqlType& left, const SqlType& right) {
     const auto fits = [](TypeId id) { return isClassicDate(id) || isNumber(id) || isText(id); };
     return (op == BinaryOp::Add || op == BinaryOp::Subtract) && fits(left.id) && fits(right.id);

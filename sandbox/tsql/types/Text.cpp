@@ -8,9 +8,9 @@ namespace tsql {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-constexpr std::size_t kFoldTable = 0x10000;  // the few pairs above the basic plane are looked up each time
+constexpr std::size_t kFoldTable = 0x10000;  // pairs above the basic plane are rare and not cached
 
-// The C library's own table of case pairs, independent of the process's locale.
+// Maps case with the C library's Unicode tables, independently of the process's locale.
 using CaseMap = wint_t (*)(wint_t, locale_t);
 char32_t mapped(char32_t c, CaseMap map) {
     static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
@@ -24,7 +24,7 @@ std::string mapped(std::string_view text, CaseMap map) {
     return result;
 }
 
-// Bytes of the character at the beginning of the text; 1 where it is no UTF-8.
+// Length in bytes of the first character; 1 for a byte that is not valid UTF-8.
 std::size_t sequenceLength(std::string_view text) {
     const auto lead = static_cast<unsigned char>(text[0]);
     const std::size_t length = lead < 0xC2 || lead > 0xF4 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
@@ -38,9 +38,9 @@ struct Place {
     std::size_t bytes = 0, units = 0;
 };
 
-// As far as whole characters of together at most `most` units go.
+// Returns the end of the longest prefix of whole characters that has at most `most` UTF-16 units.
 Place walk(std::string_view text, std::size_t most) {
-    constexpr std::size_t kPair = 4;  // bytes of a character that is two units
+    constexpr std::size_t kPair = 4;  // UTF-8 length of a character of two units
     Place place;
     while (place.units < most && place.bytes < text.size()) {
         const std::size_t length = sequenceLength(text.substr(place.bytes));
@@ -56,14 +56,15 @@ char32_t nextOrBlank(std::string_view& text) {
     return text.empty() ? U' ' : nextCharacter(text);
 }
 
-// The letters without their accents from U+00E0 to U+017F, in lower case; a blank: no such letter.
+// Base letters of U+00E0 to U+017F in lower case; a blank where there is none.
 constexpr std::string_view kBaseLetters =
     "aaaaaa ceeeeiiiidnooooo ouuuuy yaaaaaaccccccccddddeeeeeeeeeegggg"
     "gggghhhhiiiiiiiiii  jjkk llllllllllnnnnnnn  oooooo  rrrrrrssssss"
     "ssttttttuuuuuuuuuuuuwwyyyzzzzzzs";
 constexpr char32_t kFirstAccented = 0xE0;
 
-// Where a folded character sorts: signs, digits, letters; an accented letter beside its base letter.
+// Sort weight of a folded character. Punctuation sorts before digits and digits before letters; an accented
+// letter sorts next to its base letter.
 char32_t sortWeight(char32_t c) {
     if (c >= kFirstAccented && c < kFirstAccented + kBaseLetters.size() &&
         kBaseLetters[c - kFirstAccented] != ' ')
@@ -72,8 +73,8 @@ char32_t sortWeight(char32_t c) {
     return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
 }
 
-// A [set] of a pattern, its opening bracket already taken; takes all up to the closing one.
-// Nothing closes it: the bracket is itself.
+// Matches `c` against a [set] whose opening bracket is consumed, and consumes the rest of the set. A bracket
+// that is never closed matches itself.
 bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
     const auto place = [](char32_t each) { return std::pair(sortWeight(each), each); };
     std::string_view rest = pattern;
@@ -97,7 +98,7 @@ bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
     return true;
 }
 
-// Takes one element of the pattern (not %) and tells whether it matches `c` (folded).
+// Consumes one element of the pattern (not %). Returns whether it matches `c` (folded).
 bool takeElement(std::string_view& pattern, char32_t c, char32_t escape) {
     const char32_t p = nextCharacter(pattern);
     if (escape != 0 && p == escape && !pattern.empty()) return foldCase(nextCharacter(pattern)) == c;
@@ -154,7 +155,7 @@ std::string_view characters(std::string_view text, std::size_t first, std::size_
     text.remove_prefix(start.bytes);
     if (start.units == first) return text.substr(0, byteOffset(text, count));
     if (text.empty() || count == 0) return {};
-    text.remove_prefix(sequenceLength(text));  // `first` is the second half of a character
+    text.remove_prefix(sequenceLength(text));  // `first` points into the middle of a surrogate pair
     return text.substr(0, byteOffset(text, count - 1));
 }
 
@@ -202,7 +203,7 @@ char32_t foldCase(char32_t c) {
 }
 
 int compareText(std::string_view left, std::string_view right) {
-    int accents = 0;  // the first difference between letters of the same base
+    int accents = 0;  // first difference between letters with the same base letter
     while (!left.empty() || !right.empty()) {
         const char32_t a = foldCase(nextOrBlank(left));
         const char32_t b = foldCase(nextOrBlank(right));
@@ -225,7 +226,7 @@ std::size_t findText(std::string_view text, std::string_view part, std::size_t f
 }
 
 bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blanks, char32_t escape) {
-    // Where the last % stood: on a mismatch it takes one character more.
+    // Position of the last %. On a mismatch it matches one more character.
     std::string_view afterPercent, textAtPercent;
     bool percent = false;
     while (!text.empty() || !pattern.empty()) {

@@ -1,4 +1,4 @@
-// UTF-8 text the way T-SQL sees it: counted in characters, compared without regard to case.
+// UTF-8 strings with T-SQL's semantics: lengths in UTF-16 units, case-insensitive comparison.
 #pragma once
 
 #include <algorithm>
@@ -13,11 +13,11 @@ namespace tsql {
 constexpr char upperAscii(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
-constexpr bool sameWord(std::string_view left, std::string_view right) {  // ASCII case aside
+constexpr bool sameWord(std::string_view left, std::string_view right) {  // ignores the case of ASCII letters
     return std::ranges::equal(left, right, {}, upperAscii, upperAscii);
 }
 
-// What names stand for, whatever their case.
+// Containers of names, case-insensitive.
 struct WordLess {
     using is_transparent = void;
     bool operator()(std::string_view left, std::string_view right) const {
@@ -29,21 +29,21 @@ using WordMap = std::map<std::string, T, WordLess>;
 using WordSet = std::set<std::string, WordLess>;
 
 std::string lowerAscii(std::string_view text);
-std::string_view trimRight(std::string_view text);  // blanks only, as T-SQL's RTRIM
+std::string_view trimRight(std::string_view text);  // only blanks, as T-SQL's RTRIM
 std::string_view trimLeft(std::string_view text);
 std::string_view trimmed(std::string_view text);
 
-// The items of "item; item"; line breaks in it are blanks.
+// Splits "item; item". Line breaks count as blanks.
 std::vector<std::string> listItems(std::string_view text);
 
-// What T-SQL counts: the units of UTF-16. A character above U+FFFF is two of them, which are never parted.
-// A byte that is no UTF-8 counts as a character of its own (U+FFFD when it is looked at).
+// Length in UTF-16 units, as T-SQL counts. A character above U+FFFF has two units and is never split. A byte
+// that is not valid UTF-8 counts as one character (read as U+FFFD).
 std::size_t characterCount(std::string_view text);
-// The bytes of the first `count` units, as far as they are whole characters.
+// Number of bytes of the whole characters within the first `count` units.
 std::size_t byteOffset(std::string_view text, std::size_t count);
-// Units [first, first + count), without the halves of characters.
+// Substring of units [first, first + count), without halves of characters at its ends.
 std::string_view characters(std::string_view text, std::size_t first, std::size_t count);
-// Takes the first character off the text, which is not empty.
+// Removes and returns the first character of a nonempty string.
 char32_t nextCharacter(std::string_view& text);
 void appendCharacter(std::string& text, char32_t character);
 
@@ -51,14 +51,15 @@ std::string toUpper(std::string_view text);
 std::string toLower(std::string_view text);
 char32_t foldCase(char32_t character);
 
-// Below 0, 0, above 0; case aside, and the shorter text counts as padded with blanks.
+// Case-insensitive order: negative, 0 or positive. The shorter string is padded with blanks.
 int compareText(std::string_view left, std::string_view right);
 inline bool sameText(std::string_view left, std::string_view right) {
     return compareText(left, right) == 0;
 }
-// Byte offset of `part` in `text`, case aside, at or behind `from`; npos when absent.
+// Byte offset of the first `part` in `text` at or after `from`, case-insensitive; npos if there is none.
 std::size_t findText(std::string_view text, std::string_view part, std::size_t from = 0);
-// LIKE: %, _, [a-f], [^x]; `escape` is 0 for none. Blanks at the end of the text count or not.
+// LIKE with %, _, [a-f] and [^x]. `escape` is 0 for none. `blanks`: whether trailing blanks of the text are
+// significant.
 enum class EndBlanks { Ignored, Counted };
 bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blanks, char32_t escape = 0);
 

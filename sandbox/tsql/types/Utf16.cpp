@@ -11,7 +11,7 @@ constexpr char32_t kReplacement = 0xFFFD;
 constexpr char32_t kFirstPair = 0x10000, kLastCharacter = 0x10FFFF;
 constexpr char32_t kHighSurrogate = 0xD800, kLowSurrogate = 0xDC00, kBehindSurrogates = 0xE000;
 
-// The upper half of the control range; undefined places keep their number.
+// Characters of bytes 0x80 to 0x9F. Undefined bytes map to the code point of the same number.
 constexpr char16_t kCodePage1252[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                       0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
                                       0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,

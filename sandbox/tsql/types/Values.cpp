@@ -16,7 +16,7 @@ namespace tsql {
 
 namespace {
 
-// What the messages call a type: every decimal is "numeric" there.
+// Name of a type in messages, where every decimal is "numeric".
 std::string_view spoken(const SqlType& type) {
     return type.id == TypeId::Decimal ? "numeric" : baseName(type.id);
 }
@@ -39,7 +39,7 @@ std::string_view spoken(const SqlType& type) {
     throw unsupported("the conversion of " + std::string(spoken(from)) + " to " + std::string(spoken(to)));
 }
 
-// One conversion: the value, its type and where it goes; the functions are named for the target's family.
+// One conversion. Its functions are named after the family of the target type.
 class Converter {
   public:
     Converter(const CellView& value, const SqlType& from, const SqlType& to, int style, bool assign)
@@ -153,7 +153,7 @@ class Converter {
         throwOverflow(m_from, m_to);
     }
 
-    // Digits with at most one point; money also takes a currency sign and commas.
+    // Digits with at most one point; for money also a currency sign and commas.
     Value scaledFromText() const {
         std::string_view rest = trimmed(text());
         if (rest.empty() && isMoney(m_to.id)) return std::int64_t{0};
@@ -163,7 +163,7 @@ class Converter {
         if (isMoney(m_to.id) && !rest.empty() && rest[0] == '$') rest = trimLeft(rest.substr(1));
         if (isMoney(m_to.id) && !rest.empty() && rest[0] == '-' && !negative)
             negative = true, rest.remove_prefix(1);
-        constexpr auto kFull = powerOfTen<Int128>(kMostDigits - 1);  // takes no further digit
+        constexpr auto kFull = powerOfTen<Int128>(kMostDigits - 1);  // a further digit would overflow
         Int128 value = 0;
         int scale = 0;
         bool up = false;
@@ -175,7 +175,7 @@ class Converter {
             }
             if (c < '0' || c > '9') throwBadText(text(), m_from, m_to);
             any = true;
-            if (point && scale >= m_to.scale) {  // the first digit that is not kept decides
+            if (point && scale >= m_to.scale) {  // the first dropped digit rounds
                 up = up || (scale++ == m_to.scale && c >= '5');
                 continue;
             }
@@ -271,11 +271,11 @@ class Converter {
         return result;
     }
 
-    // Six digits by default; the exponent always has three.
+    // Six digits by default, three digits of exponent.
     std::string floatText() const {
         std::array<char, 64> buffer{};
         const double value = real() == 0 ? 0.0 : real();
-        constexpr int kDigits[] = {6, 7, 15, 16};  // of the styles 0 to 3
+        constexpr int kDigits[] = {6, 7, 15, 16};  // for styles 0 to 3
         const bool exponential = m_style >= 1 && m_style <= 3;
         std::snprintf(buffer.data(), buffer.size(), exponential ? "%.*e" : "%.*g",
                       kDigits[exponential ? m_style : 0], value);
@@ -288,7 +288,7 @@ class Converter {
 
     std::string hexText() const { return (m_style == 1 ? "0x" : "") + hexDigits(blob()); }
 
-    // A byte is a character of varchar, two bytes (low one first) are one of nvarchar.
+    // Each byte is a character of varchar; each two bytes, in little-endian order, are one of nvarchar.
     std::string binaryAsText() const {
         const auto* bytes = reinterpret_cast<const char*>(blob().data());
         if (isNational(m_to.id)) return utf8FromUtf16({bytes, blob().size()});
@@ -345,7 +345,7 @@ class Converter {
         return result;
     }
 
-    // The first three groups stand with their low byte first.
+    // The first three groups are little-endian.
     static constexpr std::array<std::size_t, 16> kIdentifierOrder = {3, 2, 1,  0,  5,  4,  7,  6,
                                                                      8, 9, 10, 11, 12, 13, 14, 15};
 
@@ -366,7 +366,7 @@ class Converter {
         const auto limit = static_cast<std::size_t>(m_to.length);
         const bool number = isNumber(m_from.id);
         if (bytes.size() > limit && m_assign && !number) throw sqlError(message::kTruncation);
-        // Numbers keep their low end, at the right; all else its beginning.
+        // Numbers are truncated on the left, other values on the right.
         if (bytes.size() > limit)
             bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
         if (m_to.id == TypeId::Binary && bytes.size() < limit)
@@ -389,7 +389,7 @@ class Converter {
         return bytes;
     }
 
-    // Outside of Latin-1 varchar keeps its UTF-8 bytes.
+    // A character of varchar is one byte; those outside of Latin-1 keep their UTF-8 bytes.
     Bytes bytesOfText() const {
         std::string wire;
         if (isNational(m_from.id)) appendUtf16(wire, text());
