@@ -31,8 +31,7 @@ class Parser {
   public:
     Parser(std::string_view text, bool quotedIdentifiers);
 
-    // ---- tokens (Parser.cpp). A phrase is a sequence of keywords and symbols separated by blanks: "ORDER
-    // BY".
+    // ---- tokens (Parser.cpp). A phrase is keywords and symbols separated by blanks: "ORDER BY".
     const Token& peek(std::size_t ahead = 0) const {
         return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
     }
