@@ -1,14 +1,14 @@
-# Gives the plain comments of the exported headers the form that doxygen reads; the headers stay as they are.
+# Converts the plain comments of the exported headers to doxygen comments. The headers are not changed.
 
-# What doxygen would take for a command or a tag; then names of code.
+# Escapes doxygen's commands and tags; marks names of code.
 /^[[:space:]]*\/\// {
   s/([@\\<>%#&])/\\\1/g
   s|`([^`]*)`|<tt>\1</tt>|g
 }
-# The file's own comment, which its first line begins.
+# Comment of the file, on its first line.
 1s|^// (.*)$|/// @file\n/// \1|
-# Headings between declarations.
+# Deletes headings between declarations.
 /^[[:space:]]*\/\/ ---- .* -+$/ d
-# A comment of its own, and one behind a declaration.
+# Comments on lines of their own and after a declaration.
 s|^([[:space:]]*)//( .*)?$|\1///\2|
 s|([;,{])[[:space:]]+// (.*)$|\1  ///< \2|
