@@ -26,7 +26,7 @@ struct Gathered {
         std::string separator, text;
         std::vector<Value> keys;
     };
-    std::vector<Part> parts;         // parts of STRING_AGG
+    std::vector<Part> parts;         // arguments of STRING_AGG
     std::size_t bytes = 0;           // total length of the parts
     std::vector<bool> descending{};  // of each sort key
     std::int64_t longest = 0;        // longest result in characters

@@ -1,4 +1,4 @@
-// What the functions registered in one SQLite connection keep between their calls.
+// State that the functions registered in a SQLite connection share between calls.
 #pragma once
 
 #include <optional>
@@ -10,13 +10,13 @@
 
 namespace tsql {
 
-// The functions' side of one connection; must outlive it.
+// State of the functions of one connection. Must outlive the connection.
 class FunctionContext {
   public:
-    // Null: none of the functions that ask the session will be called.
+    // `session` may be null if no function that needs it is called.
     explicit FunctionContext(FunctionSession* session) : m_session(session) {}
 
-    // GETDATE() is the same in all rows of a statement: forgets the time of the last one, and its error.
+    // Resets the time, because GETDATE() is constant within a statement, and the error.
     void beginStatement() {
         m_now.reset();
         m_error.reset();
@@ -25,10 +25,10 @@ class FunctionContext {
     const Now& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
     FunctionSession& session() { return *m_session; }
 
-    // An error that a function raised stands here after SQLite has returned SQLITE_ERROR.
+    // The error that a function raised, valid after SQLite has returned SQLITE_ERROR.
     void setError(const SqlError& error) { m_error = error; }
     std::optional<SqlError> takeError() { return std::exchange(m_error, std::nullopt); }
-    // An aggregate has left out a NULL.
+    // Records that an aggregate skipped a NULL.
     void noteNullLeftOut() { m_nullLeftOut = true; }
     bool takeNullLeftOut() { return std::exchange(m_nullLeftOut, false); }
 

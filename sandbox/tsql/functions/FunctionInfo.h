@@ -1,4 +1,4 @@
-// A built-in function of T-SQL: what it takes, what it gives, and how its calls are written.
+// Built-in functions of T-SQL: arguments, result type, and the SQL of their calls.
 #pragma once
 
 #include <span>
@@ -11,7 +11,7 @@
 
 namespace tsql {
 
-// Always the same type, or one that depends on the arguments.
+// Result type: fixed, or computed from the arguments.
 class ResultType {
   public:
     using Rule = SqlType (*)(Pieces arguments);
@@ -27,26 +27,26 @@ class ResultType {
 
 struct FunctionInfo;
 using Writer = std::string (*)(const FunctionInfo& function, Pieces arguments, const SqlType& result);
-// An argument in a pattern, not one of its marks.
+// Whether a character of a pattern is an argument.
 constexpr bool isArgument(char letter) {
     return letter >= 'A' && letter <= 'Z';
 }
-// NAME(piece, ...), with the codes of types that the pattern asks for.
+// NAME(argument, ...) with the type codes of the pattern.
 std::string listed(std::string_view name, const FunctionInfo& function, Pieces pieces, const SqlType& result);
 // ts_NAME(arguments)
 std::string writeOwn(const FunctionInfo& function, Pieces arguments, const SqlType& result);
 
-// A function of T-SQL. What it takes is a pattern:
-//   T text        other types are converted    I int, B bigint, F float
-//   L the same, and the types text and ntext, too
-//   C text or binary alone, made text           N number, text becomes float
-//   S the same, as it is
-//   D date or time, text becomes datetime2(7), numbers datetime; E the same, but text becomes datetime, too
-//   P the bare name of a date part              A any type
-//   [ begins the optional ones                  * the last one may be repeated
-// and # hands the SQLite function the code of the type of the argument before it, = that of the result.
+// A built-in function. The pattern of its arguments:
+//   T  string; other types are converted       I int   B bigint   F float   A any type
+//   L  as T, also accepts text and ntext       N  number; a string becomes float
+//   C  string or binary, converted to string   S  string or binary, not converted
+//   D  date or time; a string becomes datetime2(7), a number datetime
+//   E  as D, but a string becomes datetime
+//   P  name of a date part
+//   [  begins the optional arguments           *  the last argument may be repeated
+//   #  passes the type code of the previous argument to the SQLite function   =  passes that of the result
 struct FunctionInfo {
-    // One that SQLite has as ts_NAME.
+    // A function that is registered in SQLite as ts_NAME.
     FunctionInfo(std::string_view called, std::string_view takes, ResultType gives,
                  Value (*runs)(const Call& call), Nulls nulls = Nulls::GiveNull, Purity purity = Purity::Pure)
         : name(called),
@@ -54,7 +54,7 @@ struct FunctionInfo {
           result(gives),
           scalar{"ts_" + std::string(called), runs, nulls, purity},
           write(writeOwn) {}
-    // One that is written in terms of others; the arguments are converted already.
+    // A function that is written with other functions. The writer gets converted arguments.
     FunctionInfo(std::string_view called, std::string_view takes, ResultType gives, Writer writes,
                  FunctionKind of = FunctionKind::Scalar)
         : name(called), arguments(takes), result(gives), scalar{}, write(writes), kind(of) {}
@@ -72,9 +72,9 @@ std::span<const FunctionInfo> mathFunctions();
 std::span<const FunctionInfo> dateFunctions();
 std::span<const FunctionInfo> sessionFunctions();
 
-// ABS, ROUND, SUM ... work in int at least.
+// Result type of ABS, ROUND, SUM ...: at least int.
 SqlType numberType(Pieces arguments);
 SqlType sameAsFirst(Pieces arguments);
-SqlType grownText(Pieces arguments);  // REPLACE and the like: 8000 bytes, or (max) when the first argument is
+SqlType grownText(Pieces arguments);  // REPLACE ...: 8000 bytes, or (max) if the first argument is
 
 }  // namespace tsql

@@ -1,9 +1,9 @@
-// How a built-in function of T-SQL is called.
+// Kinds of built-in functions.
 #pragma once
 
 namespace tsql {
 
-// Ranking: needs OVER with an ORDER BY. Framed: the same, and takes a frame.
+// Ranking: requires OVER with ORDER BY. Framed: as Ranking, and allows a frame.
 enum class FunctionKind { Scalar, Aggregate, Ranking, Framed };
 
 }  // namespace tsql

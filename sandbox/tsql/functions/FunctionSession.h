@@ -1,4 +1,4 @@
-// What the functions registered in SQLite ask of the session that they run in.
+// Interface through which functions registered in SQLite query their session.
 #pragma once
 
 #include <cstdint>
@@ -21,17 +21,17 @@ class FunctionSession {
 
     // Value of "@name" or "@@name". Throws SqlError 137.
     virtual Value variableValue(std::string_view name) = 0;
-    // Result of a scalar function that T-SQL defines.
+    // Calls a user-defined scalar function.
     virtual Value callFunction(std::string_view database, std::string_view name,
                                std::span<const CellView> arguments) = 0;
 
     virtual const Storage& storage() const = 0;
-    // Database in which the name is looked up; that of no name is the current one.
+    // Database of the name; the current one if the name has none.
     virtual std::string databaseOf(const ast::ObjectName& name) const = 0;
     virtual Catalogue catalogue(const ast::ObjectName& name) = 0;
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
 
-    // Last identity given out in the table, by any session; nothing before the first one.
+    // Last identity value generated for the table, by any session; empty before the first one.
     virtual std::optional<std::int64_t> lastIdentity(const TableInfo& table) = 0;
     virtual std::optional<std::int64_t> scopeIdentity() const = 0;
     virtual int transactionState() const = 0;  // as XACT_STATE() returns it

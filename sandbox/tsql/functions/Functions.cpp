@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kAnyNumber = 254;
 
-// --- what the functions give
+// --- result types
 
 SqlType coalescedType(Pieces pieces) {
     if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(message::kCoalesceOfNulls);
@@ -49,9 +49,9 @@ SqlType extremeType(Pieces pieces) {
     return pieces[0].type;
 }
 
-// --- how they are written
+// --- writers
 
-// SQLite has it by the same name.
+// SQLite has a function of the same name.
 std::string writeOfSqlite(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     return listed(function.name, function, pieces, result);
 }
@@ -86,7 +86,7 @@ std::string writeXmlValue(const FunctionInfo& function, Pieces pieces, const Sql
     return listed("ts_xml_value", function, pieces, result);
 }
 
-// SQLite's own aggregates leave NULLs out without a word.
+// Wraps an argument of SQLite's own aggregates, which skip NULLs without a warning.
 Typed noted(const Typed& value) {
     return value.nullable ? Typed{"ts_noted(" + value.sql + ")", value.type} : value;
 }
@@ -118,7 +118,7 @@ std::string writeTiles(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
 }
 
-// LAG, LEAD: what stands for the rows that are not there has the value's type.
+// LAG, LEAD: the default is converted to the type of the value.
 std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     std::vector<Typed> converted(pieces.begin(), pieces.end());
     if (converted.size() > 1)
@@ -130,7 +130,7 @@ std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlT
 constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ranking,
                kFramed = FunctionKind::Framed;
 
-// The functions that SQLite has, or that are written in terms of others.
+// Functions that SQLite has, or that are written with other functions.
 const FunctionInfo kWritten[] = {
     {"isnull", "AA", sameAsFirst, writeIsNull},
     {"coalesce", "AA*", coalescedType, writeCoalesce},
@@ -149,7 +149,7 @@ const FunctionInfo kWritten[] = {
     {"var", "F", TypeId::Float, writeOwn, kAggregate},
     {"varp", "F", TypeId::Float, writeOwn, kAggregate},
     {"string_agg", "TT", grownText, writeStringAgg, kAggregate},
-    // windows; the aggregates but STRING_AGG take OVER, too
+    // window functions; aggregates other than STRING_AGG also allow OVER
     {"row_number", "", TypeId::BigInt, writeOfSqlite, kRanking},
     {"rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
     {"dense_rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
@@ -162,7 +162,7 @@ const FunctionInfo kWritten[] = {
 
 // --- arguments
 
-// Wide enough for the text of any value of the type.
+// String type for every value of the type.
 SqlType textTypeFor(const SqlType& type) {
     if (isText(type.id)) return type;
     if (isBinary(type.id)) return varcharType(type.length);
@@ -181,7 +181,7 @@ Typed datePartArgument(const Typed& value, std::string_view function) {
     return {std::to_string(static_cast<int>(*part)), simpleType(TypeId::Int), false, static_cast<int>(*part)};
 }
 
-// What a parameter of this letter converts a value of this type to.
+// Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const SqlType& type) {
     switch (letter) {
         case 'C':
@@ -219,7 +219,7 @@ Typed argument(const FunctionInfo& function, std::size_t i, char letter, const T
     return coerce(value, wanted);
 }
 
-// What the pattern of a function's arguments says: their letters, and how many there may be.
+// Parsed pattern of arguments: their letters, and the allowed numbers of arguments.
 struct Signature {
     std::string letters;
     std::size_t least = 0, most = 0;

@@ -1,4 +1,4 @@
-// T-SQL's built-in functions by their names: how a call is written in SQLite, and the type of its result.
+// Built-in functions by name, and the SQL of their calls.
 #pragma once
 
 #include <array>
@@ -11,12 +11,12 @@
 namespace tsql {
 
 struct FunctionInfo;
-// Null when T-SQL has no such built-in function here. Any case.
+// Returns null for an unknown function. Case-insensitive.
 const FunctionInfo* findFunction(std::string_view name);
 std::array<std::span<const FunctionInfo>, 5> allFunctions();
 FunctionKind kindOf(const FunctionInfo& function);
-bool takesDatePart(const FunctionInfo& function);  // the first argument is a bare name: wordArgument()
-// Throws SqlError 174/189 for a wrong number of arguments, 8116 for a type that the function does not take.
+bool takesDatePart(const FunctionInfo& function);  // the first argument is a name; see wordArgument()
+// Throws SqlError 174 or 189 for a wrong number of arguments, 8116 for an argument type that is not allowed.
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct = false);
 
 }  // namespace tsql

@@ -132,10 +132,8 @@ std::string compareExact(std::string_view sign, const Typed& left, const Typed& 
         "0");
 }
 
-// "(a
-// b
-// c)", truncated to the type's length. The chain is flat because SQLite's parser limits the nesting of
-// parentheses.
+// "(a || b || c)", truncated to the type's length. The chain is flat because SQLite's parser limits the
+// nesting of parentheses.
 Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
     constexpr std::string_view kCut = "substr(", kFrom = ",1,";
     const bool cut = left.sql.starts_with(kCut);

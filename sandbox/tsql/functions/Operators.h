@@ -1,4 +1,4 @@
-// T-SQL's operators and conversions: how each is written in SQLite, and the type of its result.
+// SQL of T-SQL's operators and conversions.
 #pragma once
 
 #include <span>
@@ -13,24 +13,24 @@ namespace tsql {
 
 struct ScalarFunction;
 
-// The collation's name, for COLLATE in table definitions and ORDER BY.
+// Name of the collation, for COLLATE in table definitions and ORDER BY.
 inline constexpr std::string_view kCollation = "ts_ci";
 
 Typed emitBinary(BinaryOp op, const Typed& left, const Typed& right);
 Typed emitNegate(const Typed& value);
 Typed emitBitNot(const Typed& value);
-// Comparisons and LIKE give SQLite's 0, 1 or NULL: conditions, not T-SQL values.
+// Comparisons and LIKE are conditions, not T-SQL values: SQLite's 0, 1 or NULL.
 std::string emitCompare(CompareOp op, const Typed& left, const Typed& right);
 std::string emitLike(const Typed& value, const Typed& pattern, const Typed* escape);
 // CAST/CONVERT/TRY_...; `style` may be null.
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind);
-// What CASE branches, UNION columns, variables and arguments get: the value in the form of `to`.
+// Implicit conversion of CASE branches, UNION columns, variables and arguments to `to`.
 Typed coerce(const Typed& value, const SqlType& to);
-// The value for a column: too long a text is error 2628, which names table and column.
+// Conversion for a column. A string that is too long is error 2628, which names table and column.
 Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column);
-// The common type of pieces, NULL literals aside (int when there is nothing else).
+// Common type, ignoring NULL literals; int if there are only NULL literals.
 SqlType commonType(std::span<const Typed> pieces);
-// The same, where values are compared in it: an error when decimals lose digits there.
+// Common type for a comparison: an error if decimals would lose digits.
 SqlType comparedType(std::span<const Typed> pieces);
 // `sql` with the collation that texts are compared, ordered and grouped by; other types as they are. Throws
 // SqlError `refusal` for types that are not compared.

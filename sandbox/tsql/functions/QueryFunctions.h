@@ -1,4 +1,4 @@
-// Functions of SQLite that the translator and the system's views call; T-SQL has none of them.
+// SQLite functions for the SQL of the translator and the system views. T-SQL does not have them.
 #pragma once
 
 #include <span>

@@ -1,4 +1,4 @@
-// Puts the functions, the aggregates and the collation into a SQLite connection.
+// Registers the functions, aggregates and collation in a SQLite connection.
 #pragma once
 
 #include "functions/FunctionContext.h"

@@ -28,7 +28,7 @@ Value runNewId(const Call&) {
 
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
-// The value of a property by its name; NULL for one that is not there.
+// Returns the value of a property, or NULL for an unknown name.
 Value propertyIn(const Properties& properties, std::string_view name) {
     for (const auto& [property, value] : properties)
         if (sameWord(property, name)) return value;
@@ -143,7 +143,7 @@ struct SessionFunctions {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
         const auto last = session(call).lastIdentity(info);
-        return identityValue(std::max(last.value_or(info.seed), info.seed));  // of no row yet: the first
+        return identityValue(std::max(last.value_or(info.seed), info.seed));  // without rows: the seed
     }
 
     static Value scopeIdentity(const Call& call) { return identityValue(session(call).scopeIdentity()); }
@@ -154,7 +154,7 @@ struct SessionFunctions {
         return session(call).cursorStatus(call.text(0), call.text(1));
     }
 
-    // Of the error that the CATCH block around has caught.
+    // Property of the error that the enclosing CATCH block handles.
     template <auto Message::*fact>
     static Value caught(const Call& call) {
         const Message* error = session(call).caughtError();

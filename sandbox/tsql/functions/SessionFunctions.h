@@ -1,4 +1,4 @@
-// Facts of the server and the session that functions and variables of T-SQL show.
+// Values of the server and session that T-SQL's functions and variables return.
 #pragma once
 
 #include <cstdint>

@@ -16,7 +16,7 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
         sqlite3_result_error_nomem(call);
     } catch (const std::exception& error) {
         sqlite3_result_error(call, error.what(), -1);
-    } catch (...) {  // a function that T-SQL defines ends the batch
+    } catch (...) {  // a user-defined function ended the batch
         sqlite3_result_error_code(call, SQLITE_INTERRUPT);
     }
 }

@@ -1,4 +1,4 @@
-// A function registered in SQLite, and one call's arguments.
+// Functions registered in SQLite, and the arguments of a call.
 #pragma once
 
 #include <array>
@@ -39,7 +39,7 @@ class Call {
     std::span<const CellView> m_arguments;
 };
 
-// The arguments with which SQLite calls a function.
+// Arguments of a call by SQLite.
 class Arguments {
   public:
     Arguments(int count, struct sqlite3_value** values) : m_count(static_cast<std::size_t>(count)) {
@@ -53,10 +53,11 @@ class Arguments {
     std::size_t m_count;
 };
 
-enum class Nulls { GiveNull, Reach };  // a NULL argument is the result, or reaches the function
-enum class Purity { Pure, Varying };   // Pure: the same arguments give the same value
+// GiveNull: a NULL argument makes the result NULL. Reach: NULLs are passed to the function.
+enum class Nulls { GiveNull, Reach };
+enum class Purity { Pure, Varying };  // Pure: the same arguments give the same value
 
-// A function of SQLite.
+// A scalar function to register in SQLite.
 struct ScalarFunction {
     std::string name;
     Value (*run)(const Call& call);
@@ -64,7 +65,7 @@ struct ScalarFunction {
     Purity purity = Purity::Pure;
 };
 
-// The error that an exception now being handled stands for goes to the context and to SQLite.
+// Passes the exception being handled to the context and to SQLite as an error.
 void reportError(FunctionContext& context, struct sqlite3_context* call);
 
 }  // namespace tsql

@@ -30,7 +30,7 @@ Typed literal(const TypedValue& constant) {
         }
         std::string operator()(const std::string& text) const {
             if (text.find('\0') == std::string::npos) return quotedText(text);
-            // SQLite reads a statement only up to its first NUL.
+            // SQLite's parser stops at a NUL.
             return "CAST(x'" + hexDigits(std::as_bytes(std::span(text))) + "' AS TEXT)";
         }
         std::string operator()(const Bytes& bytes) const { return "x'" + hexDigits(bytes) + "'"; }

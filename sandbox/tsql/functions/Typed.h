@@ -1,8 +1,8 @@
-// The pieces that SQLite's SQL is written from.
+// Fragments of SQLite's SQL with their T-SQL types.
 //
-// The translator builds expressions bottom-up from Typed pieces. The emit... functions take pieces, put in
-// the conversions that T-SQL's rules ask for, and give back the piece of the whole. A piece may come to stand
-// more than once in the whole: parameters in it are numbered or named (?1, @x), never a bare ?.
+// The translator builds expressions bottom-up from Typed fragments. The emit... functions combine fragments
+// and insert the conversions that T-SQL's rules require. They may repeat a fragment, so parameters in
+// fragments are numbered or named (?1, @x), never a bare ?.
 #pragma once
 
 #include <cstdint>
@@ -16,22 +16,23 @@
 
 namespace tsql {
 
-// SQLite text whose value is in the storage form of `type`.
+// SQL whose value is in the storage form of `type`.
 struct Typed {
     std::string sql;
     SqlType type;
-    bool nullLiteral = false;  // the literal NULL: takes the type of its partner
-    // The value of an integer literal: lengths and styles come from it.
+    bool nullLiteral = false;  // the literal NULL: adopts the type of the other operand
+    // Value of an integer literal, for arguments that must be literals, such as lengths and styles.
     std::optional<std::int64_t> integer = {};
-    std::string word = {};  // a bare name in place of a value: a date part, the * of COUNT(*)
-    int chain = 0;          // operators in `sql` when it is one call of ts_arithmetic
-    bool joined = false;    // `sql` is texts strung together
-    bool nullable = true;   // may be NULL, for all that is known
+    std::string word = {};  // a name instead of a value: a date part, the * of COUNT(*)
+    int chain = 0;          // number of operators if `sql` is a call of ts_arithmetic
+    bool joined = false;    // `sql` is a concatenation of strings
+    bool nullable = true;   // may be NULL
 };
 
 Typed nullLiteral();
 Typed literal(const TypedValue& constant);
-Typed typedConstant(std::string sql, const TypedValue& constant);  // which `sql` stands for
+// `sql` is the constant as a literal, or the parameter to which it is bound.
+Typed typedConstant(std::string sql, const TypedValue& constant);
 Typed wordArgument(std::string_view word);
 
 using Pieces = std::span<const Typed>;
