@@ -7,6 +7,8 @@
 #include "Fuzz.h"
 #include "Login.h"
 #include "PacketChannel.h"
+#include "Prelogin.h"
+#include "PreparedStatements.h"
 #include "Rpc.h"
 #include "messages/SqlError.h"
 #include "types/Utf16.h"

@@ -39,12 +39,12 @@ in_addr parseAddress(const Options& options) {
     return address;
 }
 
-Socket openListening(const Options& options) {
+Descriptor openListening(const Options& options) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr = parseAddress(options);
     address.sin_port = htons(options.port);
-    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (socket.get() < 0) fail("socket");
     const int on = 1;
     setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -62,9 +62,9 @@ sigset_t stopSignals() {
     return signals;
 }
 
-Socket openSignals() {
+Descriptor openSignals() {
     const sigset_t signals = stopSignals();
-    return Socket(signalfd(-1, &signals, SFD_CLOEXEC));
+    return Descriptor(signalfd(-1, &signals, SFD_CLOEXEC));
 }
 
 std::string hostName() {
@@ -127,7 +127,7 @@ bool Listener::waitForEvent(bool& clientWaits) {
 }
 
 void Listener::acceptClient() {
-    Socket socket(accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    Descriptor socket(accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (socket.get() < 0) {
         const bool noDescriptors = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
         if (noDescriptors) std::this_thread::sleep_for(kPauseWithoutDescriptors);
@@ -139,7 +139,7 @@ void Listener::acceptClient() {
     startSession(std::move(socket));
 }
 
-void Listener::startSession(Socket client) {
+void Listener::startSession(Descriptor client) {
     const std::lock_guard lock(m_mutex);
     if (m_clients.size() >= static_cast<std::size_t>(m_options.mostConnections)) {
         std::fprintf(stderr, "a client was turned away: %d are being served\n", m_options.mostConnections);

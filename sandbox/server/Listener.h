@@ -7,9 +7,9 @@
 #include <string>
 
 #include "ClientConnection.h"
+#include "Descriptor.h"
+#include "Engine.h"
 #include "Options.h"
-#include "Socket.h"
-#include "execute/Engine.h"
 
 namespace server {
 
@@ -31,17 +31,17 @@ class Listener {
   private:
     bool waitForEvent(bool& clientWaits);
     void acceptClient();
-    void startSession(Socket client);
+    void startSession(Descriptor client);
     void serve(int client, int sessionId);
 
     const Options& m_options;
     tsql::Engine& m_engine;
     tds::ConnectionSettings m_settings;
-    Socket m_socket;
-    Socket m_signals;  // a signalfd
+    Descriptor m_socket;
+    Descriptor m_signals;  // a signalfd
     std::mutex m_mutex;
     std::condition_variable m_sessionEnded;
-    std::map<int, Socket> m_clients;  // by session; each is its thread's, which removes it last of all
+    std::map<int, Descriptor> m_clients;  // by session; each is its thread's, which removes it last of all
 };
 
 }  // namespace server

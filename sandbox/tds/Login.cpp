@@ -7,30 +7,11 @@
 namespace tds {
 namespace {
 
-enum PreloginOption : std::uint8_t {
-    kOptionVersion = 0,
-    kOptionEncryption = 1,
-    kOptionInstance = 2,
-    kOptionThread = 3,
-    kOptionMars = 4,
-    kOptionTerminator = 0xFF,
-};
-constexpr char kEncryptionNotSupported = 2;
-
 constexpr std::size_t kMostFieldCharacters = 128;
 constexpr std::uint8_t kIntegratedSecurity = 0x80;
 constexpr std::size_t kLeastPacket = 512;
 constexpr std::size_t kMostPacket = 32767;
 constexpr std::size_t kUsualPacket = 4096;
-
-void checkPrelogin(ByteView request) {
-    ByteReader reader(request);
-    while (reader.u8() != kOptionTerminator) {
-        const std::size_t offset = reader.u16BigEndian();
-        const std::size_t length = reader.u16BigEndian();
-        static_cast<void>(reader.at(offset, length));
-    }
-}
 
 Version versionFor(std::uint32_t asked) {
     for (const Version version : {Version::V74, Version::V73B, Version::V73A, Version::V72, Version::V71}) {
@@ -63,28 +44,6 @@ std::string clearPassword(ByteView field) {
 }
 
 }  // namespace
-
-Bytes preloginReply(ByteView request) {
-    checkPrelogin(request);
-    ByteWriter version;
-    version.bigEndian(kServerVersion, 4);
-    version.u16(0);  // sub-build
-    const std::pair<PreloginOption, Bytes> options[] = {{kOptionVersion, version.data()},
-                                                        {kOptionEncryption, {kEncryptionNotSupported}},
-                                                        {kOptionInstance, {'\0'}},
-                                                        {kOptionThread, {}},
-                                                        {kOptionMars, {'\0'}}};
-    ByteWriter head;
-    Bytes data;
-    for (const auto& [option, value] : options) {
-        head.u8(option);
-        head.bigEndian(std::size(options) * 5 + 1 + data.size(), 2);
-        head.bigEndian(value.size(), 2);
-        data += value;
-    }
-    head.u8(kOptionTerminator);
-    return head.data() + data;
-}
 
 Login parseLogin(ByteView request) {
     ByteReader reader(request);

@@ -1,13 +1,10 @@
-// The two messages before a session: PRELOGIN ([MS-TDS] 2.2.6.5) and LOGIN7 (2.2.6.4).
+// LOGIN7, the message that asks for a session: [MS-TDS] 2.2.6.4.
 #pragma once
 
 #include "ByteReader.h"
 #include "Protocol.h"
 
 namespace tds {
-
-// Checks the client's options and gives the answer: encryption and MARS are not offered.
-Bytes preloginReply(ByteView request);
 
 struct Login {
     Version version = Version::V74;
@@ -23,8 +20,5 @@ struct Login {
 // Throws ProtocolError for a field that leaves the message or is longer than 128 characters,
 // and for a version of the protocol before 7.1.
 Login parseLogin(ByteView request);
-
-// The version of the server that clients are told: major, minor, build.
-constexpr std::uint32_t kServerVersion = 0x0F0007D0;
 
 }  // namespace tds

@@ -40,6 +40,9 @@ enum class Token : std::uint8_t {
     DoneInProc = 0xFF,
 };
 
+// The version of the server that clients are told: major, minor, build.
+constexpr std::uint32_t kServerVersion = 0x0F0007D0;
+
 constexpr int kLeastErrorSeverity = 11;  // of a message: below it is information
 
 // Bits of a DONE token's status.

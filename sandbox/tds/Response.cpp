@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "Login.h"
-
 namespace tds {
 namespace {
 

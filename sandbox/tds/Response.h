@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
+#include "Engine.h"
 #include "PacketChannel.h"
-#include "WireType.h"
-#include "execute/Client.h"
+#include "WireValue.h"
 
 namespace tds {
 

@@ -1,10 +1,7 @@
-// Remote procedure calls: read from the wire, and turned into what the engine is to run.
+// Remote procedure calls, read from the wire.
 // [MS-TDS] 2.2.6.6.
 #pragma once
 
-#include <map>
-#include <optional>
-#include <string>
 #include <vector>
 
 #include "ByteReader.h"
@@ -15,28 +12,5 @@ namespace tds {
 // `body` is the request behind its headers; calls by number get the procedure's name. Throws ProtocolError,
 // and tsql::SqlError for a parameter that is not taken here.
 std::vector<tsql::ProcedureCall> parseRpc(ByteView body);
-
-// What a call comes to.
-struct CallPlan {
-    std::optional<tsql::ProcedureCall> run;
-    std::optional<tsql::ProcedureCall::Argument> handle;  // of a statement that was prepared, to be sent back
-};
-
-// The prepared statements of one session.
-class PreparedStatements {
-  public:
-    // Calls that deal with prepared statements are rewritten, all others stay. Throws tsql::SqlError.
-    CallPlan plan(tsql::ProcedureCall call);
-    // A statement that could not be prepared leaves no handle.
-    void forget(const tsql::ProcedureCall::Argument& handle);
-
-  private:
-    using Arguments = std::vector<tsql::ProcedureCall::Argument>;
-    tsql::ProcedureCall::Argument add(Arguments& arguments);
-    const Arguments& find(const tsql::ProcedureCall::Argument& handle) const;
-
-    std::map<std::int64_t, Arguments> m_statements;  // text and declarations
-    std::int64_t m_lastHandle = 0;
-};
 
 }  // namespace tds

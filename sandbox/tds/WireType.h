@@ -36,18 +36,16 @@ struct WireType {
     bool utf8 = false;  // single-byte text whose collation is a UTF-8 one
 };
 
+// Bytes of a decimal value with its sign.
+std::size_t decimalSize(int precision);
 // The type in which a client of this version is sent values of `type`: older ones lack some.
 WireType wireType(tsql::SqlType type, Version version);
 void writeTypeInfo(ByteWriter& out, const WireType& type);
 // In COLMETADATA the types text, ntext and image carry a table name behind their TYPE_INFO.
 bool carriesTableName(const WireType& type);
-// A value in its storage form, Null included. Throws ValueError with `out` partly written.
-void writeValue(ByteWriter& out, const WireType& type, const tsql::CellView& value);
-
 // What a parameter's TYPE_INFO and value say, the type as a variable may have it. Both throw ProtocolError
 // for what no client may send, ValueError for a value that is none of its type, tsql::SqlError for what is
 // not taken here.
 WireType readTypeInfo(ByteReader& in);
-tsql::Value readValue(ByteReader& in, const WireType& type);
 
 }  // namespace tds

@@ -4,9 +4,10 @@
 #include "ByteWriter.h"
 #include "Credentials.h"
 #include "Login.h"
+#include "PreparedStatements.h"
 #include "RawClient.h"
 #include "Rpc.h"
-#include "WireType.h"
+#include "WireValue.h"
 
 namespace tds {
 namespace {

@@ -7,14 +7,14 @@
 
 namespace server {
 
-class Socket {
+class Descriptor {
   public:
-    explicit Socket(int fd = -1) : m_fd(fd) {}
-    ~Socket() {
+    explicit Descriptor(int fd = -1) : m_fd(fd) {}
+    ~Descriptor() {
         if (m_fd >= 0) close(m_fd);
     }
-    Socket(Socket&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
-    Socket& operator=(Socket&& other) noexcept {
+    Descriptor(Descriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
         std::swap(m_fd, other.m_fd);
         return *this;
     }

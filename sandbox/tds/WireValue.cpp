@@ -1,0 +1,258 @@
+#include "WireValue.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace tds {
+namespace {
+
+using tsql::CellView;
+using tsql::DateTime;
+using tsql::Int128;
+using tsql::SqlType;
+using tsql::TypeId;
+using tsql::Value;
+
+constexpr std::size_t kTextPointerSize = 16;
+constexpr std::size_t kTimeStampSize = 8;
+
+constexpr std::int64_t kUnitsPerSecond = 300;  // of datetime
+constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
+
+// The first three groups of a uniqueidentifier are numbers, so they are turned round; the rest are bytes.
+constexpr std::size_t kGuidOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+
+// Of a value's length; the length of NULL is all ones, or 0 in a single byte.
+std::size_t lengthWidth(Framing framing) {
+    constexpr std::size_t kWidths[] = {0, 1, 2, 4, 8};
+    return kWidths[static_cast<std::size_t>(framing)];
+}
+
+std::uint64_t nullLength(std::size_t width) {
+    return width <= 1 ? 0 : ~std::uint64_t{0} >> (64 - 8 * width);
+}
+
+std::size_t timeSize(int scale) {
+    return scale <= 2 ? 3 : scale <= 4 ? 4 : 5;
+}
+
+[[noreturn]] void outOfRange(const char* what) {
+    throw ValueError(std::string(what) + " is out of its column's range");
+}
+
+// ---- Values going out -------------------------------------------------------------------------
+
+template <typename T>
+const T& as(const CellView& value) {
+    if (const T* held = std::get_if<T>(&value)) return *held;
+    throw ValueError("a value does not have the form of its column's type");
+}
+
+double asDouble(const CellView& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) return static_cast<double>(*integer);
+    return as<double>(value);
+}
+
+void encodeInteger(ByteWriter& out, const CellView& value, std::size_t size, bool isSigned) {
+    const auto number = as<std::int64_t>(value);
+    const std::int64_t limit = std::int64_t{1} << (8 * size - (isSigned ? 1 : 0)) % 64;
+    if (size < 8 && (number >= limit || number < (isSigned ? -limit : 0))) outOfRange("a number");
+    out.number(static_cast<std::uint64_t>(number), size);
+}
+
+void encodeDecimal(ByteWriter& out, const CellView& value, const SqlType& type) {
+    const Int128 number = tsql::exactOf(value), magnitude = number < 0 ? -number : number;
+    if (!tsql::fits(number, type)) outOfRange("a decimal number");
+    out.u8(number < 0 ? 0 : 1);
+    const std::size_t size = decimalSize(type.precision) - 1, low = std::min<std::size_t>(size, 8);
+    out.number(static_cast<std::uint64_t>(magnitude), low);
+    out.number(static_cast<std::uint64_t>(magnitude >> 64), size - low);
+}
+
+void encodeGuid(ByteWriter& out, Bytes text) {
+    std::erase(text, '-');
+    const auto inOrder = tsql::parseHex(text);
+    if (!inOrder || inOrder->size() != std::size(kGuidOrder))
+        throw ValueError("a value is no uniqueidentifier");
+    for (const std::size_t i : kGuidOrder) out.u8(std::to_integer<std::uint8_t>((*inOrder)[i]));
+}
+
+void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
+    const std::int64_t days = value.days - DateTime::kDay1900;
+    const bool isSmall = size == 4;
+    if (isSmall && (days < 0 || days > 0xFFFF)) outOfRange("a smalldatetime");
+    const std::int64_t rounded = value.ticks * kUnitsPerSecond + DateTime::kTicksPerSecond / 2;
+    out.number(static_cast<std::uint64_t>(days), size / 2);
+    out.number(static_cast<std::uint64_t>(isSmall ? value.ticks / kTicksPerMinute
+                                                  : rounded / DateTime::kTicksPerSecond),
+               size / 2);
+}
+
+void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
+    if (type.id != TypeId::Date)
+        out.number(static_cast<std::uint64_t>(value.ticks / tsql::powerOfTen(7 - type.scale)),
+                   timeSize(type.scale));
+    if (type.id != TypeId::Time) out.number(static_cast<std::uint64_t>(value.days), 3);
+}
+
+void encode(ByteWriter& out, const WireType& type, const CellView& value) {
+    const std::size_t size = type.form.size;
+    const TypeId id = type.type.id;
+    if (id == TypeId::Money) {  // the higher half first
+        const auto number = static_cast<std::uint64_t>(as<std::int64_t>(value));
+        out.u32(number >> 32);
+        out.u32(number);
+    } else if (id == TypeId::Decimal) {
+        encodeDecimal(out, value, type.type);
+    } else if (tsql::isExact(id)) {
+        encodeInteger(out, value, size, id > TypeId::TinyInt);
+    } else if (id == TypeId::Real) {
+        out.u32(std::bit_cast<std::uint32_t>(static_cast<float>(asDouble(value))));
+    } else if (id == TypeId::Float) {
+        out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
+    } else if (id == TypeId::UniqueIdentifier) {
+        encodeGuid(out, Bytes(as<std::string_view>(value)));
+    } else if (tsql::isBinary(id)) {
+        const auto blob = as<tsql::Blob>(value);
+        out.bytes({reinterpret_cast<const char*>(blob.data()), blob.size()});
+    } else if (tsql::isText(id)) {
+        out.utf16(as<std::string_view>(value));
+    } else {
+        const DateTime moment = tsql::fromStorage(as<std::string_view>(value));
+        size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
+    }
+}
+
+// ---- Values coming in ---------------------------------------------------------------------------
+
+DateTime checked(const DateTime& value, const SqlType& type) {
+    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type))
+        throw ValueError("a date or time is out of range");
+    return value;
+}
+
+DateTime decodeDateTime(ByteReader in) {
+    const std::size_t half = in.remaining() / 2;
+    const bool isSmall = half == 2;  // unsigned days and minutes
+    const auto days = isSmall ? in.u16() : in.signedNumber(half);
+    const auto time = isSmall ? in.u16() * kTicksPerMinute
+                              : in.signedNumber(half) * DateTime::kTicksPerSecond / kUnitsPerSecond;
+    return {days + DateTime::kDay1900, time};
+}
+
+DateTime decodeScaled(ByteReader in, const SqlType& type) {
+    const std::size_t timeBytes = type.id == TypeId::Date ? 0 : timeSize(type.scale);
+    const std::size_t dateBytes = type.id == TypeId::Time ? 0 : 3;
+    if (in.remaining() != timeBytes + dateBytes)
+        throw ProtocolError("a date or time parameter has a wrong length");
+    DateTime value;
+    value.ticks = static_cast<std::int64_t>(in.number(timeBytes)) * tsql::powerOfTen(7 - type.scale);
+    if (dateBytes > 0) value.days = static_cast<std::int64_t>(in.number(dateBytes));
+    return value;
+}
+
+Value decodeDecimal(ByteReader in, const SqlType& type) {
+    if (in.remaining() > decimalSize(tsql::kMostDigits))
+        throw ProtocolError("a decimal parameter is too long");
+    const bool negative = in.u8() == 0;
+    const std::uint64_t low = in.number(std::min<std::size_t>(in.remaining(), 8));
+    const std::uint64_t high = in.number(in.remaining());
+    const Int128 magnitude = static_cast<Int128>(high) << 64 | low;
+    if (high > INT64_MAX || !tsql::fits(magnitude, type))
+        throw tsql::SqlError(8115, "Arithmetic overflow error converting numeric to data type numeric.");
+    return tsql::exactCell(negative ? -magnitude : magnitude, type);
+}
+
+Value decodeFloat(double value) {
+    if (!std::isfinite(value)) throw ValueError("a number is not finite");
+    return value;
+}
+
+std::string decodeGuid(ByteView bytes) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const std::size_t i : kGuidOrder) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        text += {kDigits[byte >> 4], kDigits[byte & 0x0F]};
+        if (text.size() == 8 || text.size() == 13 || text.size() == 18 || text.size() == 23) text += '-';
+    }
+    return text;
+}
+
+Value decode(const WireType& type, ByteView data) {
+    ByteReader in(data);
+    switch (const TypeId id = type.type.id) {
+        case TypeId::Bit:
+            return std::int64_t{in.u8() != 0};
+        case TypeId::TinyInt:
+            return std::int64_t{in.u8()};
+        case TypeId::Money: {
+            const std::uint64_t high = in.u32();
+            return static_cast<std::int64_t>(high << 32 | in.u32());
+        }
+        case TypeId::Decimal:
+            return decodeDecimal(in, type.type);
+        case TypeId::Real:
+            return decodeFloat(std::bit_cast<float>(in.u32()));
+        case TypeId::Float:
+            return decodeFloat(std::bit_cast<double>(in.number(8)));
+        case TypeId::UniqueIdentifier:
+            return decodeGuid(data);
+        case TypeId::VarBinary:
+            return tsql::Bytes(reinterpret_cast<const std::byte*>(data.data()), data.size());
+        case TypeId::NVarChar:
+            return utf8FromUtf16(data);
+        case TypeId::VarChar:
+            return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
+        default:
+            if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
+            return tsql::toStorage(
+                checked(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type), type.type),
+                type.type);
+    }
+}
+
+// Partially length-prefixed data: a total, which may be unknown, then chunks up to an empty one, 2.2.5.2.3.
+Bytes readChunks(ByteReader& in) {
+    Bytes data;
+    while (const std::uint32_t length = in.u32()) data += in.bytes(length);
+    return data;
+}
+
+}  // namespace
+
+void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
+    const Framing framing = type.form.framing;
+    const bool isLong = framing == Framing::Long;
+    std::size_t width = lengthWidth(framing);
+    if (tsql::isNull(value)) return isLong ? out.u8(0) : out.number(nullLength(width), width);
+    if (isLong) {
+        out.u8(kTextPointerSize);
+        out.number(0, kTextPointerSize + kTimeStampSize);
+    }
+    // Unbounded values go out as one chunk of known length; an empty one's is the end mark as well.
+    const std::size_t total = framing == Framing::Chunks ? out.openLength(8) : 0;
+    if (framing == Framing::Chunks) width = 4;
+    const std::size_t place = out.openLength(width);
+    encode(out, type, value);
+    out.closeLength(place, width);
+    const std::size_t length = out.size() - place;
+    if (framing == Framing::Short && length >= nullLength(width))
+        throw ValueError("a value is longer than its column's type allows");
+    if (framing != Framing::Chunks) return;
+    out.fillIn(total, length, 8);
+    if (length > 0) out.u32(0);
+}
+
+Value readValue(ByteReader& in, const WireType& type) {
+    const std::size_t width = lengthWidth(type.form.framing);
+    const std::uint64_t length = width > 0 ? in.number(width) : type.form.size;
+    if (length == nullLength(width)) return tsql::Null{};
+    if (width == 1 && type.form.size != 0 && length != type.form.size)
+        throw ProtocolError("a parameter's length is not that of its type");
+    if (type.form.framing == Framing::Chunks) return decode(type, readChunks(in));
+    return decode(type, in.bytes(length));
+}
+
+}  // namespace tds
