@@ -1,4 +1,4 @@
-// Owns a socket or another descriptor.
+// Owner of a file descriptor, such as a socket. Move-only; -1 owns nothing.
 #pragma once
 
 #include <unistd.h>

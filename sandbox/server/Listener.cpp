@@ -18,24 +18,23 @@
 namespace server {
 namespace {
 
-// As in SQL Server, where the lower numbers are the system's own sessions.
+// SQL Server reserves the lower numbers for system sessions.
 constexpr int kFirstSessionId = 51;
 constexpr int kBacklog = 128;
 constexpr std::chrono::milliseconds kPauseWithoutDescriptors{50};
 
-[[noreturn]] void fail(const std::string& what) {
+[[noreturn]] void throwErrno(const std::string& what) {
     throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
 in_addr parseAddress(const Options& options) {
     in_addr address{};
     if (inet_pton(AF_INET, options.listenAddress.c_str(), &address) != 1)
-        throw std::runtime_error("--listen " + options.listenAddress + " is no IPv4 address");
+        throw std::runtime_error("--listen " + options.listenAddress + " is not an IPv4 address");
     const bool loopback = ntohl(address.s_addr) >> 24 == 127;
     if (!loopback && !options.allowRemote)
-        throw std::runtime_error(
-            "--listen " + options.listenAddress +
-            " can be reached from other hosts; give --allow-remote as well if that is meant");
+        throw std::runtime_error("--listen " + options.listenAddress +
+                                 " can be reached from other hosts; this needs --allow-remote");
     return address;
 }
 
@@ -45,12 +44,12 @@ Descriptor openListening(const Options& options) {
     address.sin_addr = parseAddress(options);
     address.sin_port = htons(options.port);
     Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket.get() < 0) fail("socket");
+    if (socket.get() < 0) throwErrno("socket");
     const int on = 1;
     setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         listen(socket.get(), kBacklog) != 0)
-        fail("cannot listen on " + options.listenAddress + ":" + std::to_string(options.port));
+        throwErrno("cannot listen on " + options.listenAddress + ":" + std::to_string(options.port));
     return socket;
 }
 
@@ -73,6 +72,7 @@ std::string hostName() {
     return name;
 }
 
+// Reads from standard input, whose content is ignored. True at its end.
 bool inputEnded() {
     char block[256];
     return read(STDIN_FILENO, block, sizeof block) == 0;
@@ -91,7 +91,7 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
       m_settings{credentials, hostName(), std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(openSignals()) {
-    if (m_signals.get() < 0) fail("cannot wait for signals");
+    if (m_signals.get() < 0) throwErrno("signalfd");
 }
 
 Listener::~Listener() {
@@ -103,27 +103,27 @@ Listener::~Listener() {
 std::string Listener::address() const {
     sockaddr_in address{};
     socklen_t size = sizeof address;
-    if (getsockname(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size) != 0) fail("getsockname");
+    if (getsockname(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        throwErrno("getsockname");
     return m_options.listenAddress + ":" + std::to_string(ntohs(address.sin_port));
 }
 
 void Listener::run() {
-    bool clientWaits = false;
-    while (waitForEvent(clientWaits))
-        if (clientWaits) acceptClient();
+    for (Event event = waitForEvent(); event != Event::Stop; event = waitForEvent())
+        if (event == Event::Client) acceptClient();
 }
 
-// False when it is time to stop.
-bool Listener::waitForEvent(bool& clientWaits) {
+Listener::Event Listener::waitForEvent() const {
     pollfd events[] = {{m_socket.get(), POLLIN, 0},
                        {m_signals.get(), POLLIN, 0},
                        {m_options.stopAtEndOfInput ? STDIN_FILENO : -1, POLLIN, 0}};
     if (poll(events, std::size(events), -1) < 0) {
-        if (errno == EINTR) return true;
-        fail("poll");
+        if (errno == EINTR) return Event::None;
+        throwErrno("poll");
     }
-    clientWaits = events[0].revents != 0;
-    return events[1].revents == 0 && (events[2].revents == 0 || !inputEnded());
+    const auto& [client, signal, input] = events;
+    if (signal.revents != 0 || (input.revents != 0 && inputEnded())) return Event::Stop;
+    return client.revents != 0 ? Event::Client : Event::None;
 }
 
 void Listener::acceptClient() {
@@ -135,14 +135,15 @@ void Listener::acceptClient() {
     }
     const int on = 1;
     setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    setsockopt(socket.get(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);  // a host that vanished is noticed
+    setsockopt(socket.get(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);  // detects hosts that have vanished
     startSession(std::move(socket));
 }
 
 void Listener::startSession(Descriptor client) {
     const std::lock_guard lock(m_mutex);
-    if (m_clients.size() >= static_cast<std::size_t>(m_options.mostConnections)) {
-        std::fprintf(stderr, "a client was turned away: %d are being served\n", m_options.mostConnections);
+    if (m_clients.size() >= static_cast<std::size_t>(m_options.maxConnections)) {
+        std::fprintf(stderr, "connection refused: %d clients are connected already\n",
+                     m_options.maxConnections);
         return;
     }
     int id = kFirstSessionId;
@@ -151,7 +152,7 @@ void Listener::startSession(Descriptor client) {
     try {
         std::thread(&Listener::serve, this, place->second.get(), id).detach();
     } catch (const std::system_error& error) {
-        std::fprintf(stderr, "a client was turned away: %s\n", error.what());
+        std::fprintf(stderr, "connection refused: %s\n", error.what());
         m_clients.erase(place);
     }
 }

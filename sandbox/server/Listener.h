@@ -1,4 +1,4 @@
-// Accepts clients and gives each a thread of its own, until told to stop.
+// Listening socket of tsqlbox. Serves each client in a thread of its own.
 #pragma once
 
 #include <condition_variable>
@@ -13,23 +13,26 @@
 
 namespace server {
 
-// SIGTERM and SIGINT, before any thread starts, so that the listener alone takes them, between two clients.
+// Blocks SIGTERM and SIGINT for the calling thread and those that it starts, so that only the Listener
+// receives them. To be called before any thread starts.
 void blockStopSignals();
 
 class Listener {
   public:
-    // Binds and listens, once the stop signals are blocked. Throws std::runtime_error.
+    // Starts to listen. The stop signals must be blocked. The arguments must outlive the object. Throws
+    // std::runtime_error.
     Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine);
-    ~Listener();  // ends all sessions
+    ~Listener();  // ends all sessions and waits for their threads
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 
-    std::string address() const;  // "127.0.0.1:14330"
-    // Serves until SIGTERM or SIGINT comes, or standard input ends where the options ask for that.
+    std::string address() const;  // for example "127.0.0.1:14330"
+    // Serves clients until SIGTERM, SIGINT or, if the options say so, the end of standard input.
     void run();
 
   private:
-    bool waitForEvent(bool& clientWaits);
+    enum class Event { None, Client, Stop };
+    Event waitForEvent() const;
     void acceptClient();
     void startSession(Descriptor client);
     void serve(int client, int sessionId);
@@ -41,7 +44,8 @@ class Listener {
     Descriptor m_signals;  // a signalfd
     std::mutex m_mutex;
     std::condition_variable m_sessionEnded;
-    std::map<int, Descriptor> m_clients;  // by session; each is its thread's, which removes it last of all
+    std::map<int, Descriptor>
+        m_clients;  // by session id; a session's thread deletes its entry as its last step
 };
 
 }  // namespace server

@@ -1,4 +1,4 @@
-// The command line of tsqlbox.
+// Command line of tsqlbox.
 #pragma once
 
 #include <cstdint>
@@ -12,17 +12,14 @@ struct Options {
     std::filesystem::path passwordFile;
     std::string login;
     std::string listenAddress = "127.0.0.1";
-    std::uint16_t port = 1433;  // 0: any that is free
-    bool allowRemote = false;   // needed for an address other than a loopback one
+    std::uint16_t port = 1433;  // 0: any free port
+    bool allowRemote = false;   // permits a listenAddress outside 127.0.0.0/8
     bool stopAtEndOfInput = false;
-    int mostConnections = 512;
-    int loginSeconds = 15;  // that a client has to log in
+    int maxConnections = 512;
+    int loginSeconds = 15;  // time limit of a login
 };
 
-// Ends the process for --help and for a command line that is wrong, saying what is.
+// Parses the command line. For --help and for a wrong command line, prints the usage or the error and exits.
 Options parseOptions(int argc, char** argv);
-
-// The file up to its first line end. Throws std::runtime_error when it is missing or that is empty.
-std::string readPassword(const std::filesystem::path& file);
 
 }  // namespace server
