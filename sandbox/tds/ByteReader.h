@@ -1,7 +1,6 @@
-// Little-endian reading of wire data, every step checked against the end.
+// Bounds-checked reader of little-endian wire data.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -12,12 +11,13 @@ namespace tds {
 using Bytes = std::string;
 using ByteView = std::string_view;
 
-// The peer sent what the protocol does not allow; its connection ends.
+// A message that violates the protocol. The connection is closed.
 class ProtocolError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
+// Reads a message from its start to its end. Non-owning. Every read past the end throws ProtocolError.
 class ByteReader {
   public:
     explicit ByteReader(ByteView data) : m_data(data) {}
@@ -32,21 +32,21 @@ class ByteReader {
         return part;
     }
     void skip(std::size_t count) { bytes(count); }
-    // Part of the whole message, wherever the reader stands.
+    // `count` bytes at `offset` from the start of the message. The read position does not change.
     ByteView at(std::size_t offset, std::size_t count) const {
         if (offset > m_data.size() || count > m_data.size() - offset)
-            throw ProtocolError("an offset points outside of the message");
+            throw ProtocolError("an offset points outside the message");
         return m_data.substr(offset, count);
     }
 
-    // An unsigned number of 1 to 8 bytes.
+    // Unsigned integer of `width` bytes, 0 to 8.
     std::uint64_t number(std::size_t width) {
         const ByteView part = bytes(width);
         std::uint64_t value = 0;
         for (std::size_t i = width; i-- > 0;) value = value << 8 | static_cast<unsigned char>(part[i]);
         return value;
     }
-    // A signed number of 1 to 8 bytes.
+    // Signed integer of `width` bytes, 1 to 8.
     std::int64_t signedNumber(std::size_t width) {
         const std::size_t unused = 64 - 8 * width;
         return static_cast<std::int64_t>(number(width) << unused) >> unused;

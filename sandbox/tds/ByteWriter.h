@@ -1,4 +1,4 @@
-// Little-endian writing of wire data.
+// Writer of little-endian wire data.
 #pragma once
 
 #include <algorithm>
@@ -11,8 +11,10 @@ namespace tds {
 
 using tsql::appendUtf16, tsql::utf16FromUtf8, tsql::utf8FromCodePage1252, tsql::utf8FromUtf16;
 
+// Appends to a buffer that it owns.
 class ByteWriter {
   public:
+    // Integer of `width` bytes, up to 32. Bytes above the eighth are zero.
     void number(std::uint64_t value, std::size_t width) {
         char part[32] = {};
         for (std::size_t i = 0; i < std::min<std::size_t>(width, 8); ++i)
@@ -29,30 +31,32 @@ class ByteWriter {
     }
     void utf16(std::string_view utf8) { appendUtf16(m_data, utf8); }
 
-    // Text behind its length in UTF-16 units, one or two bytes; cut where the length ends.
-    void shortText(std::string_view utf8) { text(utf8, 1, 0xFF); }
-    void longText(std::string_view utf8, std::size_t mostUnits) { text(utf8, 2, mostUnits); }
+    // B_VARCHAR and US_VARCHAR, [MS-TDS] 2.2.5.1.2: UTF-16 behind a length in code units, of one and two
+    // bytes. Longer strings are truncated.
+    void byteVarchar(std::string_view utf8) { varchar(utf8, 1, 0xFF); }
+    void shortVarchar(std::string_view utf8, std::size_t maxUnits) { varchar(utf8, 2, maxUnits); }
 
-    // A length that is known later: the place to fill in when the content is written.
+    // Reserves a length field in front of content of unknown size. Returns the position behind the field,
+    // which closeLength() or fillIn() needs once the content is written.
     std::size_t openLength(std::size_t width = 2) {
         number(0, width);
         return m_data.size();
     }
-    void closeLength(std::size_t place, std::size_t width = 2) {
-        fillIn(place, m_data.size() - place, width);
+    void closeLength(std::size_t position, std::size_t width = 2) {
+        fillIn(position, m_data.size() - position, width);
     }
-    void fillIn(std::size_t place, std::uint64_t value, std::size_t width) {
+    void fillIn(std::size_t position, std::uint64_t value, std::size_t width) {
         for (std::size_t i = 0; i < width; ++i)
-            m_data[place - width + i] = static_cast<char>(value >> (8 * i) & 0xFF);
+            m_data[position - width + i] = static_cast<char>(value >> (8 * i) & 0xFF);
     }
 
     Bytes& data() { return m_data; }
     std::size_t size() const { return m_data.size(); }
 
   private:
-    void text(std::string_view utf8, std::size_t lengthWidth, std::size_t mostUnits) {
+    void varchar(std::string_view utf8, std::size_t lengthWidth, std::size_t maxUnits) {
         const Bytes wire = utf16FromUtf8(utf8);
-        const std::size_t units = std::min(wire.size() / 2, mostUnits);
+        const std::size_t units = std::min(wire.size() / 2, maxUnits);
         number(units, lengthWidth);
         m_data.append(wire, 0, 2 * units);
     }

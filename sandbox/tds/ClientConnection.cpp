@@ -7,29 +7,14 @@
 #include "Login.h"
 #include "Prelogin.h"
 #include "Rpc.h"
+#include "ServerMessages.h"
 #include "TransactionRequest.h"
 
 namespace tds {
 namespace {
 
 constexpr std::string_view kDefaultDatabase = "master";
-
-constexpr int kLoginFailed = 18456;
-constexpr int kIntegratedLoginFailed = 18452;
-constexpr int kCannotOpenDatabase = 4060;
-constexpr int kDatabaseContextChanged = 5701;
-constexpr int kLanguageChanged = 5703;
-constexpr int kValueNotConvertible = 8114;
-constexpr int kNotPrepared = 8180;
-constexpr int kInternalError = 50000;
-
-tsql::Message error(int number, int severity, std::string text) {
-    return {number, severity, 1, 1, {}, std::move(text)};
-}
-
-tsql::Message loginFailed(const Login& login) {
-    return error(kLoginFailed, 14, "Login failed for user '" + login.userName + "'.");
-}
+constexpr std::string_view kLanguage = "us_english";
 
 }  // namespace
 
@@ -46,7 +31,7 @@ void ClientConnection::run() noexcept {
         m_channel.setLoginDeadline(PacketChannel::Clock::now() + m_settings.loginLimit);
         if (logIn()) serveRequests();
     } catch (const ConnectionClosed&) {
-        // The client's good right.
+        // The normal end: clients leave without a message.
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d ended: %s\n", m_sessionId, problem.what());
     }
@@ -57,125 +42,126 @@ void ClientConnection::run() noexcept {
 bool ClientConnection::logIn() {
     const Login login = readLogin();
     m_response.setVersion(login.version);
-    const auto refusal = refusalOf(login);
-    if (!refusal) {
-        greet(login);
-        return true;
+    if (const auto error = loginError(login)) {
+        refuseLogin(login, *error);
+        return false;
     }
-    std::this_thread::sleep_for(m_settings.refusalDelay);
-    m_response.message(*refusal);
-    if (refusal->number != kLoginFailed) m_response.message(loginFailed(login));
-    m_response.finish();
-    return false;
+    acceptLogin(login);
+    return true;
 }
 
 Login ClientConnection::readLogin() {
     Request request = m_channel.readRequest();
     if (request.type == PacketType::Prelogin) {
         Bytes reply = preloginReply(request.data);
-        m_channel.sendLast(reply);
+        m_channel.sendEnd(reply);
         request = m_channel.readRequest();
     }
-    if (request.type != PacketType::Login7) throw ProtocolError("the login is missing");
+    if (request.type != PacketType::Login7) throw ProtocolError("the client did not send a login");
     return parseLogin(request.data);
 }
 
-std::optional<tsql::Message> ClientConnection::refusalOf(const Login& login) {
-    if (login.integrated)
-        return error(kIntegratedLoginFailed, 14,
-                     "Login failed. Only logins with a name and a password are accepted here.");
-    if (!m_settings.credentials.match(login.userName, login.password)) return loginFailed(login);
+std::optional<tsql::SqlError> ClientConnection::loginError(const Login& login) {
+    if (login.integrated) return integratedLoginNotSupported();
+    if (!m_settings.credentials.match(login.userName, login.password)) return loginFailed(login.userName);
     m_client = {login.userName, login.hostName, login.programName};
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
-    if (m_engine.storage.exists(m_initialDatabase)) return std::nullopt;
-    return error(
-        kCannotOpenDatabase, 11,
-        "Cannot open database \"" + m_initialDatabase + "\" requested by the login. The login failed.");
+    if (!m_engine.storage.exists(m_initialDatabase)) return databaseNotFound(m_initialDatabase);
+    return std::nullopt;
 }
 
-void ClientConnection::greet(const Login& login) {
+void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& error) {
+    std::this_thread::sleep_for(m_settings.refusalDelay);  // slows down the guessing of passwords
+    m_response.message(messageOf(error));
+    if (error.number != kLoginFailed) m_response.message(messageOf(loginFailed(login.userName)));
+    m_response.finish();
+}
+
+void ClientConnection::acceptLogin(const Login& login) {
     m_session = std::make_unique<tsql::Session>(m_engine, m_client, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
-    m_response.message(
-        {kDatabaseContextChanged, 0, 2, 1, {}, "Changed database context to '" + database + "'."});
+    m_response.message(databaseContextChanged(database));
     m_response.binaryChange(EnvChange::Collation, kCollation);
-    m_response.textChange(EnvChange::Language, "us_english", {});
-    m_response.message({kLanguageChanged, 0, 1, 1, {}, "Changed language setting to us_english."});
+    m_response.textChange(EnvChange::Language, kLanguage, {});
+    m_response.message(languageChanged(kLanguage));
     m_response.loginAck();
-    m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize), "4096");
+    m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize),
+                          std::to_string(kDefaultPacketSize));
     m_response.finish();
     m_channel.setPacketSize(login.packetSize);
-    m_channel.loginIsDone();
+    m_channel.finishLogin();
 }
 
 // ---- Requests ---------------------------------------------------------------------------------------
 
 void ClientConnection::serveRequests() {
-    while (serve(m_channel.readRequest())) continue;
+    while (serveRequest(m_channel.readRequest())) continue;
 }
 
-// False when the session is over.
-bool ClientConnection::serve(const Request& request) {
+// Returns false when the session has ended.
+bool ClientConnection::serveRequest(const Request& request) {
     if (request.reset != Request::Reset::None) resetSession(request.reset);
     if (request.type == PacketType::Attention) {
         m_response.acknowledgeAttention();
         return true;
     }
-    if (request.isTakenBack) {
-        m_response.refuse();
+    if (request.isIgnored) {
+        m_response.refuseRequest();
         return true;
     }
-    const bool goesOn = run([&] {
-        if (request.isTooLong)
-            throw tsql::SqlError(kInternalError,
-                                 "The request is longer than tsqlbox takes at once (64 MiB).");
-        switch (request.type) {
-            case PacketType::SqlBatch:
-                return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), m_response);
-            case PacketType::Rpc:
-                return runCalls(withoutHeaders(request.data));
-            default:
-                return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), m_response);
-        }
-    });
+    const bool sessionContinues = reportErrors([&] { return execute(request); });
     m_response.finish();
-    return goesOn;
+    return sessionContinues;
 }
 
-// Since 7.2 each request starts with headers, whose total length stands first: 2.2.5.3.
+bool ClientConnection::execute(const Request& request) {
+    if (request.isTooLong) throw requestTooLong();
+    switch (request.type) {
+        case PacketType::SqlBatch:
+            return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), m_response);
+        case PacketType::Rpc:
+            return runCalls(withoutHeaders(request.data));
+        default:
+            return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), m_response);
+    }
+}
+
+// Since TDS 7.2 each request starts with ALL_HEADERS, [MS-TDS] 2.2.5.3, whose first field is its length.
 ByteView ClientConnection::withoutHeaders(ByteView data) const {
+    constexpr std::uint32_t kLengthField = 4;
     if (m_response.version() < Version::V72) return data;
     const std::uint32_t length = ByteReader(data).u32();
-    if (length < 4 || length > data.size())
-        throw ProtocolError("a request's headers are longer than the request");
+    if (length < kLengthField || length > data.size())
+        throw ProtocolError("the headers of a request are longer than the request");
     return data.substr(length);
 }
 
-// What a connection pool asks for when it hands a connection on.
+// Connection pools ask for this before they reuse a connection.
 void ClientConnection::resetSession(Request::Reset reset) {
-    const std::string before(m_session->database());
-    const bool keeps = reset == Request::Reset::AroundTransaction;
-    if (!keeps || !m_session->resetAroundTransaction(m_initialDatabase)) {
-        m_session.reset();
+    const std::string previous(m_session->database());
+    const bool keepsTransaction =
+        reset == Request::Reset::KeepTransaction && m_session->resetAroundTransaction(m_initialDatabase);
+    if (!keepsTransaction) {
+        m_session.reset();  // frees what the new session may need, such as locks
         m_session = std::make_unique<tsql::Session>(m_engine, m_client, m_initialDatabase, m_sessionId);
     }
     m_prepared = {};
     m_response.binaryChange(EnvChange::ResetAcknowledged);
-    if (before != m_initialDatabase) m_response.databaseChanged(before, m_initialDatabase);
+    if (previous != m_initialDatabase) m_response.databaseChanged(previous, m_initialDatabase);
 }
 
-// What fails is told to the client, which is all that may be lost: but for a fault of the server's own the
-// session goes on.
+// Runs a step and sends its errors to the client. Only an internal error ends the session: the function then
+// returns false. Errors of the connection itself are rethrown.
 template <typename Work>
-bool ClientConnection::run(Work work) {
+bool ClientConnection::reportErrors(Work work) {
     try {
         return work();
     } catch (const tsql::SqlError& problem) {
-        m_response.message({problem.number, problem.severity, problem.state, 1, {}, problem.what()});
+        m_response.message(messageOf(problem));
         return true;
     } catch (const ValueError& problem) {
-        m_response.message(error(kValueNotConvertible, 16, problem.what()));
+        m_response.message(messageOf(valueNotSent(problem.what())));
         return true;
     } catch (const ConnectionClosed&) {
         throw;
@@ -183,8 +169,7 @@ bool ClientConnection::run(Work work) {
         throw;
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d: %s\n", m_sessionId, problem.what());
-        m_response.message(
-            error(kInternalError, 20, std::string("The server failed at this batch: ") + problem.what()));
+        m_response.message(messageOf(internalError(problem.what())));
         return false;
     }
 }
@@ -194,7 +179,7 @@ bool ClientConnection::run(Work work) {
 bool ClientConnection::runCalls(ByteView body) {
     for (tsql::ProcedureCall& call : parseRpc(body)) {
         m_response.beginCall();
-        if (!run([&] { return runCall(std::move(call)); })) return false;
+        if (!reportErrors([&] { return runCall(std::move(call)); })) return false;
         m_response.endCall();
         if (m_response.attention()) break;
     }
@@ -204,9 +189,9 @@ bool ClientConnection::runCalls(ByteView body) {
 bool ClientConnection::runCall(tsql::ProcedureCall call) {
     CallPlan plan = m_prepared.plan(std::move(call));
     if (plan.run && !m_session->call(*plan.run, m_response)) return false;
-    if (plan.run && plan.run->describeOnly && m_response.anyError()) {
+    if (plan.run && plan.run->describeOnly && m_response.callFailed()) {
         m_prepared.forget(*plan.handle);
-        throw tsql::SqlError(kNotPrepared, "Statement(s) could not be prepared.");
+        throw statementNotPrepared();
     }
     sendOutputs(plan);
     return true;
@@ -214,12 +199,12 @@ bool ClientConnection::runCall(tsql::ProcedureCall call) {
 
 void ClientConnection::sendOutputs(const CallPlan& plan) {
     m_response.returnStatus(plan.run ? plan.run->status : 0);
-    const auto send = [this](const tsql::ProcedureCall::Argument& argument) {
+    const auto sendIfOutput = [this](const tsql::ProcedureCall::Argument& argument) {
         if (argument.output)
             m_response.returnValue(argument.name, argument.type, tsql::viewOf(argument.value));
     };
-    if (plan.handle) send(*plan.handle);
-    if (plan.run) std::for_each(plan.run->arguments.begin(), plan.run->arguments.end(), send);
+    if (plan.handle) sendIfOutput(*plan.handle);
+    if (plan.run) std::for_each(plan.run->arguments.begin(), plan.run->arguments.end(), sendIfOutput);
 }
 
 }  // namespace tds

@@ -1,4 +1,4 @@
-// One client from its first packet to its last: login, then requests until it leaves.
+// A client's connection, from its first packet to its last: login, then requests.
 #pragma once
 
 #include <chrono>
@@ -18,31 +18,33 @@ struct ConnectionSettings {
     const Credentials& credentials;
     std::string serverName;
     std::chrono::milliseconds loginLimit{15'000};
-    std::chrono::milliseconds refusalDelay{250};  // before a wrong password is answered
+    std::chrono::milliseconds refusalDelay{250};  // before a refused login is answered
 };
 
 class ClientConnection {
   public:
-    // socket: connected, stays the caller's. All must outlive the connection.
+    // The caller owns the connected socket. All arguments must outlive the connection.
     ClientConnection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings);
 
-    // Serves the client until it leaves or its socket is shut down; does not throw.
-    // What ended it other than the client's leaving is written to standard error.
+    // Serves the client until it leaves or its socket is shut down. Any other end is reported on standard
+    // error.
     void run() noexcept;
 
   private:
     bool logIn();
     Login readLogin();
-    std::optional<tsql::Message> refusalOf(const Login& login);
-    void greet(const Login& login);
+    std::optional<tsql::SqlError> loginError(const Login& login);
+    void acceptLogin(const Login& login);
+    void refuseLogin(const Login& login, const tsql::SqlError& error);
     void serveRequests();
-    bool serve(const Request& request);
+    bool serveRequest(const Request& request);
+    bool execute(const Request& request);
     void resetSession(Request::Reset reset);
     bool runCalls(ByteView body);
     bool runCall(tsql::ProcedureCall call);
     void sendOutputs(const CallPlan& plan);
     template <typename Work>
-    bool run(Work work);
+    bool reportErrors(Work work);
     ByteView withoutHeaders(ByteView data) const;
 
     tsql::Engine& m_engine;

@@ -9,7 +9,7 @@
 namespace tds {
 namespace {
 
-// A login costs some milliseconds; the server is for local use.
+// Cheap parameters (a few milliseconds for each login), since the server is meant for local use.
 constexpr unsigned long long kHashOperations = 3;
 constexpr std::size_t kHashMemory = 4u << 20;
 
@@ -23,9 +23,9 @@ Credentials::Credentials(std::string_view name, std::string_view password)
 }
 
 bool Credentials::match(std::string_view name, std::string_view password) const {
-    m_turns.acquire();
+    m_hashSlots.acquire();
     const bool same = crypto_pwhash_str_verify(m_hash.c_str(), password.data(), password.size()) == 0;
-    m_turns.release();
+    m_hashSlots.release();
     return same && tsql::sameText(name, m_name);
 }
 

@@ -1,4 +1,4 @@
-// The one login of a server.
+// Login name and password of a server, which has exactly one login.
 #pragma once
 
 #include <semaphore>
@@ -9,18 +9,18 @@ namespace tds {
 
 class Credentials {
   public:
-    // The password is kept as a salted hash. Throws std::runtime_error when there is no memory for it.
+    // Keeps a salted hash of the password. Throws std::runtime_error when there is no memory for hashing.
     Credentials(std::string_view name, std::string_view password);
 
-    // The name counts in any case. The same work for another name as for a wrong password. Safe under
-    // threads.
+    // Compares the name without regard to case and the password exactly. A wrong name takes as long as a
+    // wrong password. Thread-safe.
     bool match(std::string_view name, std::string_view password) const;
 
   private:
     std::string m_name;
     std::string m_hash;
-    // Each takes its share of memory and of a processor: in a flood of logins the others wait for their turn.
-    mutable std::counting_semaphore<> m_turns{2};
+    // Hashing is expensive. The limit keeps a flood of logins from taking all memory and processors.
+    mutable std::counting_semaphore<> m_hashSlots{2};
 };
 
 }  // namespace tds

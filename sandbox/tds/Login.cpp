@@ -7,34 +7,35 @@
 namespace tds {
 namespace {
 
-constexpr std::size_t kMostFieldCharacters = 128;
+constexpr std::size_t kMaxFieldCharacters = 128;
 constexpr std::uint8_t kIntegratedSecurity = 0x80;
-constexpr std::size_t kLeastPacket = 512;
-constexpr std::size_t kMostPacket = 32767;
-constexpr std::size_t kUsualPacket = 4096;
 
-Version versionFor(std::uint32_t asked) {
+// The newest supported version that is not newer than the client's.
+Version negotiatedVersion(std::uint32_t requested) {
     for (const Version version : {Version::V74, Version::V73B, Version::V73A, Version::V72, Version::V71}) {
-        // Clients differ in the build part of the number.
-        if (asked >> 16 >= static_cast<std::uint32_t>(version) >> 16) return version;
+        // The lower half is a build number, which differs between clients.
+        if (requested >> 16 >= static_cast<std::uint32_t>(version) >> 16) return version;
     }
-    throw ProtocolError("the client speaks a version of the protocol before 7.1");
+    throw ProtocolError("TDS versions before 7.1 are not supported");
 }
 
-std::size_t packetSizeFor(std::uint32_t asked) {
-    return asked == 0 ? kUsualPacket : std::clamp<std::size_t>(asked, kLeastPacket, kMostPacket);
+std::size_t negotiatedPacketSize(std::uint32_t requested) {
+    return requested == 0 ? kDefaultPacketSize
+                          : std::clamp<std::size_t>(requested, kMinPacketSize, kMaxPacketSize);
 }
 
-// The next offset and length pair of the fixed part, and the field it points to.
-ByteView field(ByteReader& reader) {
+// Reads the next pair of offset and length and returns the string they point to.
+ByteView readField(ByteReader& reader) {
     const std::size_t offset = reader.u16();
     const std::size_t characters = reader.u16();
-    if (characters > kMostFieldCharacters) throw ProtocolError("a field of the login is too long");
+    if (characters > kMaxFieldCharacters)
+        throw ProtocolError("a login field is longer than " + std::to_string(kMaxFieldCharacters) +
+                            " characters");
     return reader.at(offset, 2 * characters);
 }
 
-// The client swaps each byte's halves, then turns over some of the bits: no secret, the undoing is public.
-std::string clearPassword(ByteView field) {
+// Clients obfuscate the password: they swap the halves of each byte, then XOR it with 0xA5.
+std::string plainPassword(ByteView field) {
     Bytes wire(field);
     for (char& c : wire) {
         const unsigned byte = static_cast<unsigned char>(c) ^ 0xA5U;
@@ -47,22 +48,23 @@ std::string clearPassword(ByteView field) {
 
 Login parseLogin(ByteView request) {
     ByteReader reader(request);
-    if (reader.u32() != request.size()) throw ProtocolError("the login's length is not that of its message");
+    if (reader.u32() != request.size())
+        throw ProtocolError("the length field of the login differs from the length of its message");
     Login login;
-    login.version = versionFor(reader.u32());
-    login.packetSize = packetSizeFor(reader.u32());
-    reader.skip(13);  // program version, process, connection, first option flags
+    login.version = negotiatedVersion(reader.u32());
+    login.packetSize = negotiatedPacketSize(reader.u32());
+    reader.skip(13);  // client program version, process id, connection id, first option flags
     login.integrated = (reader.u8() & kIntegratedSecurity) != 0;
     reader.skip(10);  // type flags, third option flags, time zone, locale
-    login.hostName = utf8FromUtf16(field(reader));
-    login.userName = utf8FromUtf16(field(reader));
-    login.password = clearPassword(field(reader));
-    login.programName = utf8FromUtf16(field(reader));
-    field(reader);   // server name
-    reader.skip(4);  // feature extensions: none is acknowledged, so none is in force
-    field(reader);   // client library
-    field(reader);   // language
-    login.database = utf8FromUtf16(field(reader));
+    login.hostName = utf8FromUtf16(readField(reader));
+    login.userName = utf8FromUtf16(readField(reader));
+    login.password = plainPassword(readField(reader));
+    login.programName = utf8FromUtf16(readField(reader));
+    readField(reader);  // server name
+    reader.skip(4);     // feature extensions: not acknowledged, hence not in effect
+    readField(reader);  // client library
+    readField(reader);  // language
+    login.database = utf8FromUtf16(readField(reader));
     return login;
 }
 

@@ -1,4 +1,4 @@
-// LOGIN7, the message that asks for a session: [MS-TDS] 2.2.6.4.
+// LOGIN7, the login message: [MS-TDS] 2.2.6.4.
 #pragma once
 
 #include "ByteReader.h"
@@ -8,17 +8,18 @@ namespace tds {
 
 struct Login {
     Version version = Version::V74;
-    std::size_t packetSize = 4096;
-    bool integrated = false;  // a login without a password, by the operating system
-    std::string hostName;     // the client's, as it says
-    std::string programName;  // empty: it says none, as of its host
+    std::size_t packetSize = kDefaultPacketSize;
+    bool integrated = false;  // the client asks for authentication by the operating system
+    std::string hostName;     // as the client reports it
+    std::string programName;  // as the client reports it; may be empty
     std::string userName;
     std::string password;
-    std::string database;  // empty: the server's choice
+    std::string database;  // empty: the default database
 };
 
-// Throws ProtocolError for a field that leaves the message or is longer than 128 characters,
-// and for a version of the protocol before 7.1.
+// Parses a LOGIN7 message and limits version and packet size to what the server supports.
+// Throws ProtocolError for a field outside the message or longer than 128 characters, and for a protocol
+// version before 7.1.
 Login parseLogin(ByteView request);
 
 }  // namespace tds

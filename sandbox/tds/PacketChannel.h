@@ -1,5 +1,4 @@
-// Packets over a connected socket: requests are put together from them, responses cut into them.
-// [MS-TDS] 2.2.3.1 (packet header), 2.2.1.7 (attention).
+// Packets on a connected socket: [MS-TDS] 2.2.3.1 (packet header), 2.2.1.7 (attention).
 #pragma once
 
 #include <chrono>
@@ -10,44 +9,51 @@
 
 namespace tds {
 
-// The client went away, was too slow to log in, or the server is ending.
+// End of a connection without a protocol error: the client has left, did not log in in time, or the server
+// stops.
 class ConnectionClosed : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
+// A message from the client, assembled from its packets.
 struct Request {
-    enum class Reset : std::uint8_t { None, All, AroundTransaction };
+    // Whether the session is reset first, with its transaction or without.
+    enum class Reset : std::uint8_t { None, All, KeepTransaction };
     PacketType type;
     Reset reset = Reset::None;
-    bool isTakenBack = false;  // by a client that did not want to send it to its end
-    bool isTooLong = false;    // and therefore not kept
+    bool isIgnored = false;  // the client cancelled the message while sending it
+    bool isTooLong = false;  // data is empty
     Bytes data;
 };
 
+// Assembles requests from packets and splits responses into packets.
 class PacketChannel {
   public:
     using Clock = std::chrono::steady_clock;
 
-    // socket stays the caller's. sessionId stands in the header of every packet sent.
+    // The caller owns the socket. Every packet sent carries the session id.
     PacketChannel(int socket, std::uint16_t sessionId) : m_socket(socket), m_sessionId(sessionId) {}
 
-    // Until then nothing but the login's own small messages is read, and only before the deadline.
+    // From setLoginDeadline() to finishLogin() only the small messages of a login are accepted, and
+    // readRequest() throws ConnectionClosed at the deadline.
     void setLoginDeadline(Clock::time_point deadline) { m_loginDeadline = deadline; }
-    void loginIsDone() { m_loginDeadline.reset(); }
+    void finishLogin() { m_loginDeadline.reset(); }
+    // Size in bytes, the header included.
     void setPacketSize(std::size_t bytes) { m_packetSize = bytes; }
 
-    // The next whole request. Throws ConnectionClosed or ProtocolError.
+    // Waits for a whole request. Throws ConnectionClosed or ProtocolError.
     Request readRequest();
-    // True when an attention has come, which is then taken. Never waits. Throws ConnectionClosed.
+    // Removes an attention packet from the input; false when none has arrived. Never blocks. Throws
+    // ConnectionClosed or ProtocolError.
     bool attentionArrived();
 
-    // Sends whole packets of the response, leaving the rest in `response`; cheap while it is short.
-    void sendSome(Bytes& response);
-    // Sends all there is so far.
-    void sendNow(Bytes& response);
-    // Sends all that is left as the end of the response.
-    void sendLast(Bytes& response);
+    // The three functions below remove what they send from `response` and throw ConnectionClosed.
+    // Sends full packets once there are enough of them for a system call.
+    void sendFullPackets(Bytes& response);
+    void sendAll(Bytes& response);
+    // Sends everything and marks the last packet as the end of the response.
+    void sendEnd(Bytes& response);
 
   private:
     struct Header {
@@ -55,21 +61,22 @@ class PacketChannel {
         std::uint8_t status;
         std::size_t length;
     };
+    enum class Extent : std::uint8_t { FullPackets, All, AllAndEnd };
     Header peekHeader() const;
-    std::size_t mostBytes(PacketType type) const;
-    void need(std::size_t bytes);
-    bool receive(bool wait);
-    void waitReadable() const;
-    void send(Bytes& response, bool last, bool now = false);
-    void sendAll(ByteView data) const;
+    std::size_t maxMessageBytes(PacketType type) const;
+    void fillBuffer(std::size_t bytes);
+    bool receive(int flags);
+    void waitForLoginData() const;
+    void send(Bytes& response, Extent extent);
+    void writeSocket(ByteView data) const;
     std::size_t buffered() const { return m_input.size() - m_inputPosition; }
 
     int m_socket;
     std::uint16_t m_sessionId;
-    std::size_t m_packetSize = 4096;
+    std::size_t m_packetSize = kDefaultPacketSize;
     std::uint8_t m_nextPacket = 1;
-    std::optional<Clock::time_point> m_loginDeadline;
-    Bytes m_input;  // received, taken up to m_inputPosition
+    std::optional<Clock::time_point> m_loginDeadline;  // empty after the login
+    Bytes m_input;                                     // received, consumed up to m_inputPosition
     std::size_t m_inputPosition = 0;
 };
 

@@ -17,7 +17,10 @@ enum PreloginOption : std::uint8_t {
     kOptionTerminator = 0xFF,
 };
 constexpr char kEncryptionNotSupported = 2;
+constexpr char kMarsOff = 0;
 
+// Throws ProtocolError for an option outside the message. Values are ignored: whatever the client asks for,
+// the reply is the same.
 void checkPrelogin(ByteView request) {
     ByteReader reader(request);
     while (reader.u8() != kOptionTerminator) {
@@ -38,12 +41,14 @@ Bytes preloginReply(ByteView request) {
                                                         {kOptionEncryption, {kEncryptionNotSupported}},
                                                         {kOptionInstance, {'\0'}},
                                                         {kOptionThread, {}},
-                                                        {kOptionMars, {'\0'}}};
+                                                        {kOptionMars, {kMarsOff}}};
+    constexpr std::size_t kOptionEntrySize = 5;  // option, offset, length
+    const std::size_t headSize = std::size(options) * kOptionEntrySize + sizeof kOptionTerminator;
     ByteWriter head;
     Bytes data;
     for (const auto& [option, value] : options) {
         head.u8(option);
-        head.bigEndian(std::size(options) * 5 + 1 + data.size(), 2);
+        head.bigEndian(headSize + data.size(), 2);
         head.bigEndian(value.size(), 2);
         data += value;
     }

@@ -2,29 +2,28 @@
 
 #include <iterator>
 
-#include "SqlError.h"
+#include "ServerMessages.h"
 #include "Text.h"
 
 namespace tds {
 namespace {
 
 using tsql::ProcedureCall;
-using tsql::SqlError;
-using Arguments = std::vector<ProcedureCall::Argument>;
 
-constexpr std::size_t kMostStatements = 10'000;
-constexpr std::string_view kExecuteSql = "sp_executesql";
+constexpr std::size_t kMaxStatements = 10'000;
 
-// Bit of sp_prepare's option: tell the columns.
-constexpr std::int64_t kReturnMetadata = 1;
+// Arguments that precede the statement's own: of sp_prepare and sp_prepexec the handle, the declarations and
+// the SQL text; of sp_execute and sp_unprepare the handle.
+constexpr std::size_t kPrepareArguments = 3;
+constexpr std::size_t kHandleArguments = 1;
 
-void require(const ProcedureCall& call, std::size_t count) {
-    if (call.arguments.size() < count)
-        throw SqlError(201, "Procedure or function '" + call.procedure + "' expects parameter number " +
-                                std::to_string(call.arguments.size() + 1) + ", which was not supplied.");
+constexpr std::int64_t kReturnMetadata = 1;  // bit of sp_prepare's option
+
+void requireArguments(const ProcedureCall& call, std::size_t count) {
+    if (call.arguments.size() < count) throw parameterNotSupplied(call.procedure, call.arguments.size() + 1);
 }
 
-std::int64_t numberOf(const ProcedureCall::Argument& argument) {
+std::int64_t integerOf(const ProcedureCall::Argument& argument) {
     const auto* number = std::get_if<std::int64_t>(&argument.value);
     return number ? *number : 0;
 }
@@ -33,48 +32,71 @@ std::int64_t numberOf(const ProcedureCall::Argument& argument) {
 
 CallPlan PreparedStatements::plan(ProcedureCall call) {
     const std::string name = tsql::lowerAscii(call.procedure);
-    const bool isPrepare = name == "sp_prepare";
-    const bool prepares = isPrepare || name == "sp_prepexec";
-    if (!prepares && name != "sp_execute" && name != "sp_unprepare") return {std::move(call), {}};
-    Arguments& arguments = call.arguments;
-    const std::size_t used =
-        prepares ? 3 : 1;  // the handle, and of what is prepared the declarations and text
-    require(call, used);
+    if (name == "sp_prepare") return planPrepare(std::move(call));
+    if (name == "sp_prepexec") return planPrepareAndExecute(std::move(call));
+    if (name == "sp_execute") return planExecute(std::move(call));
+    if (name == "sp_unprepare") return planUnprepare(call);
+    return {std::move(call), {}};
+}
+
+CallPlan PreparedStatements::planPrepare(ProcedureCall call) {
+    requireArguments(call, kPrepareArguments);
+    const bool wantsMetadata = call.arguments.size() > kPrepareArguments &&
+                               (integerOf(call.arguments[kPrepareArguments]) & kReturnMetadata) != 0;
     CallPlan plan;
-    if (prepares) {
-        forget(arguments[0]);  // what a driver prepares another text in place of
-        plan.handle = add(arguments);
+    plan.handle = prepare(call.arguments);
+    if (wantsMetadata) {
+        plan.run = executeSqlCall(*plan.handle, {});
+        plan.run->describeOnly = true;
     }
-    const ProcedureCall::Argument& handle = prepares ? *plan.handle : arguments[0];
-    const bool describes =
-        isPrepare && arguments.size() > used && (numberOf(arguments[used]) & kReturnMetadata) != 0;
-    if (name == "sp_unprepare") forget(handle);
-    if (name == "sp_unprepare" || (isPrepare && !describes)) return plan;
-    plan.run = {std::string(kExecuteSql), find(handle), describes};
-    const auto values = arguments.begin() + static_cast<std::ptrdiff_t>(used);
-    if (!describes)
-        plan.run->arguments.insert(plan.run->arguments.end(), std::move_iterator(values),
-                                   std::move_iterator(arguments.end()));
     return plan;
 }
 
-ProcedureCall::Argument PreparedStatements::add(Arguments& arguments) {
-    if (m_statements.size() >= kMostStatements)
-        throw SqlError(701, "There are too many prepared statements in this session.", 17);
-    for (const std::size_t i : {1U, 2U}) arguments[i].name.clear();
-    m_statements[++m_lastHandle] = {std::move(arguments[2]), std::move(arguments[1])};
-    return {std::move(arguments[0].name), tsql::simpleType(tsql::TypeId::Int), m_lastHandle, true};
+CallPlan PreparedStatements::planPrepareAndExecute(ProcedureCall call) {
+    requireArguments(call, kPrepareArguments);
+    CallPlan plan;
+    plan.handle = prepare(call.arguments);
+    plan.run = executeSqlCall(*plan.handle, std::span(call.arguments).subspan(kPrepareArguments));
+    return plan;
 }
 
-const Arguments& PreparedStatements::find(const ProcedureCall::Argument& handle) const {
-    const auto found = m_statements.find(numberOf(handle));
-    if (found != m_statements.end()) return found->second;
-    throw SqlError(8179,
-                   "Could not find prepared statement with handle " + std::to_string(numberOf(handle)) + ".");
+CallPlan PreparedStatements::planExecute(ProcedureCall call) {
+    requireArguments(call, kHandleArguments);
+    CallPlan plan;
+    plan.run = executeSqlCall(call.arguments[0], std::span(call.arguments).subspan(kHandleArguments));
+    return plan;
+}
+
+CallPlan PreparedStatements::planUnprepare(const ProcedureCall& call) {
+    requireArguments(call, kHandleArguments);
+    forget(call.arguments[0]);
+    return {};
+}
+
+// Stores the statement in `arguments` and returns its handle as an output value. The statement whose handle
+// the client passed is replaced.
+ProcedureCall::Argument PreparedStatements::prepare(Arguments& arguments) {
+    forget(arguments[0]);
+    if (m_statements.size() >= kMaxStatements) throw tooManyPreparedStatements();
+    Argument& declarations = arguments[1];
+    Argument& text = arguments[2];
+    declarations.name.clear();  // sp_executesql has other names for them
+    text.name.clear();
+    m_statements[++m_lastHandle] = {std::move(text), std::move(declarations)};
+    return {std::move(arguments[0].name), tsql::simpleType(tsql::TypeId::Int), m_lastHandle, /*output=*/true};
+}
+
+ProcedureCall PreparedStatements::executeSqlCall(const Argument& handle, std::span<Argument> values) const {
+    const auto statement = m_statements.find(integerOf(handle));
+    if (statement == m_statements.end()) throw preparedStatementNotFound(integerOf(handle));
+    ProcedureCall call{"sp_executesql", statement->second};
+    call.arguments.insert(call.arguments.end(), std::move_iterator(values.begin()),
+                          std::move_iterator(values.end()));
+    return call;
 }
 
 void PreparedStatements::forget(const ProcedureCall::Argument& handle) {
-    m_statements.erase(numberOf(handle));
+    m_statements.erase(integerOf(handle));
 }
 
 }  // namespace tds

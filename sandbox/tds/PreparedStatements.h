@@ -1,35 +1,41 @@
-// The statements that a client prepared, and its calls that work on them.
+// Prepared statements of a session, and the procedure calls that use them.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "Engine.h"
 
 namespace tds {
 
-// What a call comes to.
+// How a procedure call is carried out.
 struct CallPlan {
-    std::optional<tsql::ProcedureCall> run;
-    std::optional<tsql::ProcedureCall::Argument> handle;  // of a statement that was prepared, to be sent back
+    std::optional<tsql::ProcedureCall> run;               // call for the engine, if any
+    std::optional<tsql::ProcedureCall::Argument> handle;  // output value: a new statement's handle
 };
 
-// The prepared statements of one session.
 class PreparedStatements {
   public:
-    // Calls that deal with prepared statements are rewritten, all others stay. Throws tsql::SqlError.
+    // Turns sp_prepare, sp_prepexec, sp_execute and sp_unprepare into calls of sp_executesql. Other calls are
+    // not changed. Throws tsql::SqlError for missing arguments and unknown handles.
     CallPlan plan(tsql::ProcedureCall call);
-    // A statement that could not be prepared leaves no handle.
+    // Deletes a statement. An unknown handle is not an error.
     void forget(const tsql::ProcedureCall::Argument& handle);
 
   private:
-    using Arguments = std::vector<tsql::ProcedureCall::Argument>;
-    tsql::ProcedureCall::Argument add(Arguments& arguments);
-    const Arguments& find(const tsql::ProcedureCall::Argument& handle) const;
+    using Argument = tsql::ProcedureCall::Argument;
+    using Arguments = std::vector<Argument>;
+    CallPlan planPrepare(tsql::ProcedureCall call);
+    CallPlan planPrepareAndExecute(tsql::ProcedureCall call);
+    CallPlan planExecute(tsql::ProcedureCall call);
+    CallPlan planUnprepare(const tsql::ProcedureCall& call);
+    Argument prepare(Arguments& arguments);
+    tsql::ProcedureCall executeSqlCall(const Argument& handle, std::span<Argument> values) const;
 
-    std::map<std::int64_t, Arguments> m_statements;  // text and declarations
+    std::map<std::int64_t, Arguments> m_statements;  // by handle: SQL text and parameter declarations
     std::int64_t m_lastHandle = 0;
 };
 

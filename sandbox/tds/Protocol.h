@@ -1,4 +1,4 @@
-// Numbers of the Tabular Data Stream protocol, [MS-TDS]: packet types 2.2.3.1.1, versions 2.2.6.4,
+// Constants of the Tabular Data Stream protocol, [MS-TDS]: packet types 2.2.3.1.1, versions 2.2.6.4,
 // tokens 2.2.4.2, DONE status 2.2.7.6, ENVCHANGE types 2.2.7.9.
 #pragma once
 
@@ -16,7 +16,7 @@ enum class PacketType : std::uint8_t {
     Prelogin = 18,
 };
 
-// Ordered as the protocol grew, so that "since 7.2" is a comparison.
+// Protocol versions in ascending order, so that "7.2 or later" is a comparison.
 enum class Version : std::uint32_t {
     V71 = 0x71000001,
     V72 = 0x72090002,
@@ -40,10 +40,15 @@ enum class Token : std::uint8_t {
     DoneInProc = 0xFF,
 };
 
-// The version of the server that clients are told: major, minor, build.
+// Server version reported to clients: major, minor, build.
 constexpr std::uint32_t kServerVersion = 0x0F0007D0;
 
-constexpr int kLeastErrorSeverity = 11;  // of a message: below it is information
+constexpr std::size_t kDefaultPacketSize = 4096;  // bytes, the header included
+constexpr std::size_t kMinPacketSize = 512;
+constexpr std::size_t kMaxPacketSize = 32767;
+
+// Severity from which a message is sent as an ERROR token; lower ones are sent as INFO.
+constexpr int kMinErrorSeverity = 11;
 
 // Bits of a DONE token's status.
 constexpr unsigned kDoneFinal = 0x00;

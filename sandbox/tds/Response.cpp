@@ -5,10 +5,10 @@
 namespace tds {
 namespace {
 
-constexpr std::string_view kProductName = "Microsoft SQL Server";  // clients look for it
+constexpr std::string_view kProductName = "Microsoft SQL Server";  // drivers test for it
 constexpr std::uint8_t kInterfaceTransactSql = 1;
 
-constexpr std::size_t kMostMessageUnits = 8000;
+constexpr std::size_t kMaxMessageUnits = 8000;
 
 constexpr unsigned kColumnNullable = 0x01;
 constexpr unsigned kColumnIdentity = 0x10;
@@ -17,53 +17,53 @@ constexpr std::uint8_t kStatusOutputParameter = 0x01;
 constexpr unsigned kCommandSelect = 0xC1;
 constexpr unsigned kCommandUpdate = 0xC5;
 
-// Looking at the socket costs more than a row, so it is not done for every one.
-constexpr std::chrono::milliseconds kLookInterval{2};
+// A look at the socket costs more than sending a row, hence not one for every row.
+constexpr std::chrono::milliseconds kAttentionCheckInterval{2};
 
 }  // namespace
 
 // ---- Tokens -------------------------------------------------------------------------------------------
 
-// What is held back goes before, as more follows.
-void Response::token(Token token) {
-    if (m_held) writeDone(kDoneMore);
+// Writes the pending DONE first: now it is known that more follows.
+void Response::beginToken(Token token) {
+    if (m_pendingDone) writePendingDone(kDoneMore);
     m_out.u8(static_cast<std::uint8_t>(token));
 }
 
 void Response::loginAck() {
-    token(Token::LoginAck);
+    beginToken(Token::LoginAck);
     const std::size_t place = m_out.openLength();
     m_out.u8(kInterfaceTransactSql);
     m_out.bigEndian(static_cast<std::uint32_t>(m_version), 4);
-    m_out.shortText(kProductName);
+    m_out.byteVarchar(kProductName);
     m_out.bigEndian(kServerVersion, 4);
     m_out.closeLength(place);
 }
 
 void Response::message(const tsql::Message& message) {
-    const bool isError = message.severity >= kLeastErrorSeverity;
-    token(isError ? Token::Error : Token::Info);
-    m_failed = m_failed || isError;
-    m_anyError = m_anyError || isError;
+    const bool isError = message.severity >= kMinErrorSeverity;
+    beginToken(isError ? Token::Error : Token::Info);
+    m_statementFailed = m_statementFailed || isError;
+    m_callFailed = m_callFailed || isError;
     const std::size_t place = m_out.openLength();
     m_out.u32(static_cast<std::uint32_t>(message.number));
     m_out.u8(static_cast<std::uint8_t>(message.state));
     m_out.u8(static_cast<std::uint8_t>(message.severity));
-    m_out.longText(message.text, kMostMessageUnits);
-    m_out.shortText(m_serverName);
-    m_out.shortText(message.procedure);
+    m_out.shortVarchar(message.text, kMaxMessageUnits);
+    m_out.byteVarchar(m_serverName);
+    m_out.byteVarchar(message.procedure);
     m_out.number(static_cast<std::uint32_t>(message.line), m_version >= Version::V72 ? 4 : 2);
     m_out.closeLength(place);
-    m_channel.sendSome(m_out.data());
+    m_channel.sendFullPackets(m_out.data());
 }
 
 void Response::textChange(EnvChange what, std::string_view to, std::string_view from) {
-    change(what, utf16FromUtf8(to), utf16FromUtf8(from), 2);
+    writeEnvChange(what, utf16FromUtf8(to), utf16FromUtf8(from), /*unitSize=*/2);
 }
 
-// The lengths count units.
-void Response::change(EnvChange what, ByteView to, ByteView from, std::size_t unitSize) {
-    token(Token::EnvChange);
+// unitSize: bytes counted as one in the length fields.
+void Response::writeEnvChange(EnvChange what, ByteView to, ByteView from, std::size_t unitSize) {
+    beginToken(Token::EnvChange);
     const std::size_t place = m_out.openLength();
     m_out.u8(static_cast<std::uint8_t>(what));
     for (const ByteView value : {to, from}) {
@@ -74,7 +74,7 @@ void Response::change(EnvChange what, ByteView to, ByteView from, std::size_t un
 }
 
 void Response::binaryChange(EnvChange what, ByteView to, ByteView from) {
-    change(what, to, from, 1);
+    writeEnvChange(what, to, from, /*unitSize=*/1);
 }
 
 void Response::databaseChanged(std::string_view from, std::string_view to) {
@@ -86,35 +86,39 @@ void Response::transactionChanged(tsql::TransactionEvent event) {
     if (begins) ++m_transaction;
     ByteWriter descriptor;
     descriptor.u64(m_transaction);
-    const ByteView it = descriptor.data(), none;
     constexpr EnvChange kChanges[] = {EnvChange::BeginTransaction, EnvChange::CommitTransaction,
                                       EnvChange::RollbackTransaction};
-    binaryChange(kChanges[static_cast<std::size_t>(event)], begins ? it : none, begins ? none : it);
+    const EnvChange change = kChanges[static_cast<std::size_t>(event)];
+    if (begins)
+        binaryChange(change, descriptor.data());
+    else
+        binaryChange(change, {}, descriptor.data());
 }
 
-void Response::userTypeAndFlags(unsigned flags) {
+void Response::writeUserTypeAndFlags(unsigned flags) {
     m_out.number(0, m_version >= Version::V72 ? 4 : 2);
     m_out.u16(flags);
 }
 
 void Response::columns(std::span<const tsql::Column> columns) {
     m_columnTypes.clear();
-    token(Token::ColMetadata);
+    beginToken(Token::ColMetadata);
     m_out.u16(columns.size());
     for (const tsql::Column& column : columns) {
         const WireType& type = m_columnTypes.emplace_back(wireType(column.type, m_version));
-        userTypeAndFlags((column.nullable ? kColumnNullable : 0U) | (column.identity ? kColumnIdentity : 0U));
+        writeUserTypeAndFlags((column.nullable ? kColumnNullable : 0U) |
+                              (column.identity ? kColumnIdentity : 0U));
         writeTypeInfo(m_out, type);
-        // An empty table name: no parts since 7.2, before that no characters.
+        // An empty table name: a count of parts since 7.2, a count of characters before.
         if (carriesTableName(type)) m_out.number(0, m_version >= Version::V72 ? 1 : 2);
-        m_out.shortText(column.name);
+        m_out.byteVarchar(column.name);
     }
 }
 
 void Response::row(std::span<const tsql::CellView> cells) {
     if (cells.size() != m_columnTypes.size())
-        throw ValueError("a row does not have as many values as its result has columns");
-    if (m_held) writeDone(kDoneMore);
+        throw ValueError("the number of values in a row differs from the number of columns");
+    if (m_pendingDone) writePendingDone(kDoneMore);  // not part of what is removed below
     const std::size_t start = m_out.size();
     try {
         writeCells(cells);
@@ -122,109 +126,110 @@ void Response::row(std::span<const tsql::CellView> cells) {
         m_out.data().resize(start);
         throw;
     }
-    m_channel.sendSome(m_out.data());
+    m_channel.sendFullPackets(m_out.data());
 }
 
-// A row with NULLs goes out in the form that names them in a bit map, where the client knows it.
+// Rows with NULLs are sent as NBCROW, which marks the NULLs in a bitmap, if the client supports it.
 void Response::writeCells(std::span<const tsql::CellView> cells) {
     const auto isNull = [](const tsql::CellView& cell) { return tsql::isNull(cell); };
-    const bool bitMap = m_version >= Version::V73B && std::any_of(cells.begin(), cells.end(), isNull);
-    token(bitMap ? Token::NbcRow : Token::Row);
-    if (bitMap) {
-        const std::size_t mapStart = m_out.size();
+    const bool hasBitmap = m_version >= Version::V73B && std::any_of(cells.begin(), cells.end(), isNull);
+    beginToken(hasBitmap ? Token::NbcRow : Token::Row);
+    if (hasBitmap) {
+        const std::size_t bitmapStart = m_out.size();
         m_out.bytes(Bytes((cells.size() + 7) / 8, '\0'));
         for (std::size_t i = 0; i < cells.size(); ++i)
-            if (isNull(cells[i])) m_out.data()[mapStart + i / 8] |= static_cast<char>(1U << i % 8);
+            if (isNull(cells[i])) m_out.data()[bitmapStart + i / 8] |= static_cast<char>(1U << i % 8);
     }
     for (std::size_t i = 0; i < cells.size(); ++i)
-        if (!bitMap || !isNull(cells[i])) writeValue(m_out, m_columnTypes[i], cells[i]);
+        if (!hasBitmap || !isNull(cells[i])) writeValue(m_out, m_columnTypes[i], cells[i]);
 }
 
 void Response::returnStatus(std::int32_t status) {
-    token(Token::ReturnStatus);
+    beginToken(Token::ReturnStatus);
     m_out.u32(static_cast<std::uint32_t>(status));
 }
 
 void Response::returnValue(std::string_view name, const tsql::SqlType& type, const tsql::CellView& value) {
     const WireType sent = wireType(type, m_version);
-    token(Token::ReturnValue);
+    beginToken(Token::ReturnValue);
     m_out.u16(0);
-    m_out.shortText(name);
+    m_out.byteVarchar(name);
     m_out.u8(kStatusOutputParameter);
-    userTypeAndFlags(kColumnNullable);
+    writeUserTypeAndFlags(kColumnNullable);
     writeTypeInfo(m_out, sent);
     writeValue(m_out, sent, value);
 }
 
-// ---- The response's course ----------------------------------------------------------------------------
+// ---- Ends of statements, calls and responses
+// ----------------------------------------------------------------------------
 
 void Response::statementDone(std::int64_t rowCount, bool isSelect) {
-    hold({m_inCall ? Token::DoneInProc : Token::Done, failure(), rowCount, isSelect});
+    setPendingDone({m_inCall ? Token::DoneInProc : Token::Done, errorFlag(), rowCount, isSelect});
 }
 
-void Response::hold(Done done) {
-    if (m_held) writeDone(kDoneMore);
-    m_held = done;
-    m_failed = false;
+void Response::setPendingDone(Done done) {
+    if (m_pendingDone) writePendingDone(kDoneMore);
+    m_pendingDone = done;
+    m_statementFailed = false;
 }
 
-void Response::writeDone(unsigned more) {
-    const auto [kind, status, rowCount, isSelect] = *m_held;
-    m_held.reset();
-    const bool counts = rowCount >= 0;
-    token(kind);
-    m_out.u16(status | more | (counts ? kDoneCount : 0U));
-    m_out.u16(isSelect ? kCommandSelect : counts ? kCommandUpdate : 0U);
-    m_out.number(counts ? static_cast<std::uint64_t>(rowCount) : 0, m_version >= Version::V72 ? 8 : 4);
+void Response::writePendingDone(unsigned moreFlag) {
+    const auto [kind, status, rowCount, isSelect] = *m_pendingDone;
+    m_pendingDone.reset();
+    const bool hasCount = rowCount >= 0;
+    beginToken(kind);
+    m_out.u16(status | moreFlag | (hasCount ? kDoneCount : 0U));
+    m_out.u16(isSelect ? kCommandSelect : hasCount ? kCommandUpdate : 0U);
+    m_out.number(hasCount ? static_cast<std::uint64_t>(rowCount) : 0, m_version >= Version::V72 ? 8 : 4);
 }
 
 void Response::flush() {
-    if (m_held) writeDone(kDoneMore);
-    m_channel.sendNow(m_out.data());
+    if (m_pendingDone) writePendingDone(kDoneMore);
+    m_channel.sendAll(m_out.data());
 }
 
-// Does not throw: the engine may ask from within SQLite, which no exception can cross.
+// Must not throw: the engine may call it from inside SQLite, which exceptions cannot cross.
 bool Response::cancelled() {
     if (m_attention || m_clientGone) return true;
     const auto now = PacketChannel::Clock::now();
-    if (now < m_nextLook) return false;
-    m_nextLook = now + kLookInterval;
+    if (now < m_nextAttentionCheck) return false;
+    m_nextAttentionCheck = now + kAttentionCheckInterval;
     try {
         m_attention = m_channel.attentionArrived();
     } catch (const std::exception&) {
-        m_clientGone = true;  // or sends what is no packet; the next request's reading says which
+        m_clientGone = true;  // or broke the protocol; the next readRequest() reports which
     }
     return m_attention || m_clientGone;
 }
 
 void Response::beginCall() {
     m_inCall = true;
-    m_anyError = false;
+    m_callFailed = false;
 }
 
 void Response::endCall() {
-    hold({Token::DoneProc, failure()});
+    setPendingDone({Token::DoneProc, errorFlag()});
     m_inCall = false;
 }
 
 void Response::finish() {
-    if (!m_held || m_failed) hold({Token::Done, failure()});
-    writeDone(kDoneFinal);
-    m_channel.sendLast(m_out.data());
-    m_inCall = m_anyError = m_clientGone = false;
+    if (!m_pendingDone || m_statementFailed) setPendingDone({Token::Done, errorFlag()});
+    writePendingDone(kDoneFinal);
+    m_channel.sendEnd(m_out.data());
+    m_inCall = m_callFailed = m_clientGone = false;
     if (m_attention) acknowledgeAttention();
 }
 
-void Response::refuse() {
-    m_failed = true;
+void Response::refuseRequest() {
+    m_statementFailed = true;
     finish();
 }
 
 void Response::acknowledgeAttention() {
     m_attention = false;
-    hold({Token::Done, kDoneAttention});
-    writeDone(kDoneFinal);
-    m_channel.sendLast(m_out.data());
+    setPendingDone({Token::Done, kDoneAttention});
+    writePendingDone(kDoneFinal);
+    m_channel.sendEnd(m_out.data());
 }
 
 }  // namespace tds

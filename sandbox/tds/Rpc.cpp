@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "Messages.h"
+#include "ServerMessages.h"
 #include "WireValue.h"
 
 namespace tds {
@@ -10,12 +10,14 @@ namespace {
 
 using tsql::ProcedureCall;
 
-constexpr std::uint16_t kCallByNumber = 0xFFFF;
+constexpr std::uint16_t kNameIsNumber = 0xFFFF;  // instead of the length of a procedure name
+// BatchFlag, the separator of two calls.
 constexpr std::uint8_t kNextCallSince72 = 0xFF;
 constexpr std::uint8_t kNextCallBefore72 = 0x80;
 constexpr std::uint8_t kFlagByReference = 0x01, kFlagDefault = 0x02;
 
-// By their numbers, from 1; those for cursors are not there, which is told by their names.
+// Procedures that can be called by number, from 1. The engine does not support the cursor procedures and
+// reports them by name.
 constexpr std::string_view kProcedures[] = {
     "sp_cursor",          "sp_cursoropen",  "sp_cursorprepare", "sp_cursorexecute", "sp_cursorprepexec",
     "sp_cursorunprepare", "sp_cursorfetch", "sp_cursoroption",  "sp_cursorclose",   "sp_executesql",
@@ -23,14 +25,15 @@ constexpr std::string_view kProcedures[] = {
 
 std::string procedureName(std::uint16_t number) {
     if (number >= 1 && number <= std::size(kProcedures)) return std::string(kProcedures[number - 1]);
-    throw ProtocolError("there is no procedure of number " + std::to_string(number));
+    throw ProtocolError("unknown procedure number " + std::to_string(number));
 }
 
-// A flag where a parameter might begin: a name is at most 128 characters long.
+// A byte that can only be a separator, since the name of a parameter has at most 128 characters.
 bool isNextCall(std::uint8_t first) {
     return first == kNextCallSince72 || first == kNextCallBefore72;
 }
 
+// position: of the parameter in the call, from 1.
 ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, std::size_t position) {
     ProcedureCall::Argument parameter;
     parameter.name = utf8FromUtf16(in.bytes(2 * nameLength));
@@ -42,8 +45,7 @@ ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, s
     try {
         parameter.value = readValue(in, type);
     } catch (const ValueError&) {
-        throw tsql::sqlError(8023,
-                             {std::to_string(position), parameter.name, tsql::displayName(parameter.type)});
+        throw parameterValueInvalid(position, parameter.name, tsql::displayName(parameter.type));
     }
     return parameter;
 }
@@ -52,8 +54,8 @@ ProcedureCall parseCall(ByteReader& in) {
     ProcedureCall call;
     const std::size_t nameLength = in.u16();
     call.procedure =
-        nameLength == kCallByNumber ? procedureName(in.u16()) : utf8FromUtf16(in.bytes(2 * nameLength));
-    in.skip(2);  // options: recompile and the like
+        nameLength == kNameIsNumber ? procedureName(in.u16()) : utf8FromUtf16(in.bytes(2 * nameLength));
+    in.skip(2);  // option flags
     while (!in.atEnd()) {
         const std::uint8_t first = in.u8();
         if (isNextCall(first)) break;

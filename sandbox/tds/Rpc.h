@@ -1,5 +1,4 @@
-// Remote procedure calls, read from the wire.
-// [MS-TDS] 2.2.6.6.
+// RPC requests: [MS-TDS] 2.2.6.6.
 #pragma once
 
 #include <vector>
@@ -9,8 +8,9 @@
 
 namespace tds {
 
-// `body` is the request behind its headers; calls by number get the procedure's name. Throws ProtocolError,
-// and tsql::SqlError for a parameter that is not taken here.
+// Parses the procedure calls of a request. `body` is the request without its headers. Calls by number get
+// the procedure's name. Throws ProtocolError, and tsql::SqlError for a parameter that is not supported or
+// whose value is invalid.
 std::vector<tsql::ProcedureCall> parseRpc(ByteView body);
 
 }  // namespace tds

@@ -1,32 +1,29 @@
 #include "TransactionRequest.h"
 
 #include "ByteWriter.h"
-#include "SqlError.h"
+#include "ServerMessages.h"
 
 namespace tds {
 namespace {
 
-constexpr int kInternalError = 50000;
+enum RequestType : std::uint16_t { kBegin = 5, kCommit = 7, kRollback = 8, kSave = 9 };
+constexpr std::uint8_t kFlagBeginNext = 1;  // of a commit or rollback: begin the next transaction
 
-enum TransactionRequest : std::uint16_t { kBegin = 5, kCommit = 7, kRollback = 8, kSave = 9 };
-constexpr std::uint8_t kBeginsNext = 1;  // flag of a commit or rollback
-
-// The name of a transaction or savepoint as T-SQL has it behind a verb.
-std::string transactionName(ByteReader& in) {
+// " [name]" of a transaction or savepoint; empty when it has no name.
+std::string readName(ByteReader& in) {
     std::string name = utf8FromUtf16(in.bytes(in.u8()));
     for (std::size_t at = 0; (at = name.find(']', at)) != std::string::npos; at += 2) name.insert(at, 1, ']');
     return name.empty() ? name : " [" + name + "]";
 }
 
-// Every isolation level is the same here.
 std::string beginBatch(ByteReader& in) {
-    in.skip(1);
-    return "BEGIN TRANSACTION" + transactionName(in);
+    in.skip(1);  // isolation level: the engine has only one
+    return "BEGIN TRANSACTION" + readName(in);
 }
 
-std::string endBatch(const char* verb, ByteReader& in) {
-    const std::string batch = verb + transactionName(in);
-    return (in.u8() & kBeginsNext) != 0 ? batch + " " + beginBatch(in) : batch;
+std::string endBatch(const char* statement, ByteReader& in) {
+    const std::string batch = statement + readName(in);
+    return (in.u8() & kFlagBeginNext) != 0 ? batch + " " + beginBatch(in) : batch;
 }
 
 }  // namespace
@@ -41,11 +38,9 @@ std::string transactionBatch(ByteView body) {
         case kRollback:
             return endBatch("ROLLBACK TRANSACTION", in);
         case kSave:
-            return "SAVE TRANSACTION" + transactionName(in);
+            return "SAVE TRANSACTION" + readName(in);
         default:
-            throw tsql::SqlError(kInternalError,
-                                 "Transaction manager request " + std::to_string(request) +
-                                     " is not supported: there are no distributed transactions.");
+            throw transactionRequestNotSupported(request);
     }
 }
 

@@ -7,7 +7,8 @@
 
 namespace tds {
 
-// A transaction manager request as a batch.
+// Returns the T-SQL batch equivalent to a request, such as "COMMIT TRANSACTION". `body` is the request
+// without its headers. Throws ProtocolError, and tsql::SqlError for distributed transactions.
 std::string transactionBatch(ByteView body);
 
 }  // namespace tds

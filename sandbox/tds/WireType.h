@@ -1,8 +1,7 @@
-// How types and their values travel, both ways: [MS-TDS] 2.2.5.4 (data types), 2.2.5.5.1 (values), 2.2.5.6
-// (TYPE_INFO).
+// Types on the wire: [MS-TDS] 2.2.5.4 (data types), 2.2.5.6 (TYPE_INFO).
 //
-// All text goes out in the Unicode types, whose length counts characters, so that UTF-8 survives every
-// client.
+// All character data is sent in the Unicode types. Their lengths count UTF-16 code units, so that no client
+// truncates a string whose UTF-8 form is longer.
 #pragma once
 
 #include "ByteWriter.h"
@@ -11,41 +10,48 @@
 
 namespace tds {
 
-// SQL_Latin1_General_CP1_CI_AS, 2.2.5.1.2
+// SQL_Latin1_General_CP1_CI_AS, [MS-TDS] 2.2.5.1.2.
 inline constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 
-// A value that its type cannot hold; the text says why.
+// A value that its type cannot hold. what() gives the reason.
 class ValueError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-// How a value's length is given.
-enum class Framing : std::uint8_t { Fixed, Byte, Short, Long, Chunks };
+// How the length of a value is encoded.
+enum class Framing : std::uint8_t {
+    Fixed,   // no length
+    Byte,    // 1 byte; 0 is NULL
+    Short,   // 2 bytes; 0xFFFF is NULL
+    Long,    // 4 bytes behind a text pointer and a timestamp
+    Chunks,  // PLP: 8 bytes in total, then chunks of 4 bytes and content
+};
 
+// A row of the table of wire types.
 struct WireForm {
-    std::uint8_t id;  // of the type, as TYPE_INFO names it
+    std::uint8_t id;  // in TYPE_INFO
     Framing framing;
-    std::uint8_t size;  // of a value; 0 where it depends
+    std::uint8_t size;  // of a value, in bytes; 0: variable
     tsql::TypeId type;
 };
 
 struct WireType {
     WireForm form;
     tsql::SqlType type;
-    bool utf8 = false;  // single-byte text whose collation is a UTF-8 one
+    bool utf8 = false;  // char data in UTF-8 instead of code page 1252
 };
 
-// Bytes of a decimal value with its sign.
+// Size in bytes of a decimal value, its sign included.
 std::size_t decimalSize(int precision);
-// The type in which a client of this version is sent values of `type`: older ones lack some.
+// Returns the wire type for `type`. Types that the client's version lacks are replaced. Throws ValueError for
+// a type that has no wire form.
 WireType wireType(tsql::SqlType type, Version version);
 void writeTypeInfo(ByteWriter& out, const WireType& type);
-// In COLMETADATA the types text, ntext and image carry a table name behind their TYPE_INFO.
+// Whether COLMETADATA has a table name behind the type's TYPE_INFO: text, ntext and image.
 bool carriesTableName(const WireType& type);
-// What a parameter's TYPE_INFO and value say, the type as a variable may have it. Both throw ProtocolError
-// for what no client may send, ValueError for a value that is none of its type, tsql::SqlError for what is
-// not taken here.
+// Reads a parameter's type and maps it to a type that variables can have: varchar for char, for example.
+// Throws ProtocolError for an invalid type, tsql::SqlError for one that is not supported.
 WireType readTypeInfo(ByteReader& in);
 
 }  // namespace tds

@@ -4,6 +4,8 @@
 #include <bit>
 #include <cmath>
 
+#include "ServerMessages.h"
+
 namespace tds {
 namespace {
 
@@ -16,19 +18,22 @@ using tsql::Value;
 
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
+constexpr std::size_t kChunkedTotalWidth = 8, kChunkWidth = 4;  // length fields of PLP
 
-constexpr std::int64_t kUnitsPerSecond = 300;  // of datetime
+constexpr std::int64_t kUnitsPerSecond = 300;  // of a datetime
 constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
+constexpr int kTickDigits = 7;  // decimal digits of a second in DateTime::ticks
 
-// The first three groups of a uniqueidentifier are numbers, so they are turned round; the rest are bytes.
+// Order of a uniqueidentifier's bytes on the wire. Its first three groups are little-endian numbers.
 constexpr std::size_t kGuidOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 
-// Of a value's length; the length of NULL is all ones, or 0 in a single byte.
+// Width in bytes of a value's length field.
 std::size_t lengthWidth(Framing framing) {
-    constexpr std::size_t kWidths[] = {0, 1, 2, 4, 8};
+    constexpr std::size_t kWidths[] = {0, 1, 2, 4, kChunkedTotalWidth};
     return kWidths[static_cast<std::size_t>(framing)];
 }
 
+// Length that marks NULL.
 std::uint64_t nullLength(std::size_t width) {
     return width <= 1 ? 0 : ~std::uint64_t{0} >> (64 - 8 * width);
 }
@@ -37,33 +42,33 @@ std::size_t timeSize(int scale) {
     return scale <= 2 ? 3 : scale <= 4 ? 4 : 5;
 }
 
-[[noreturn]] void outOfRange(const char* what) {
-    throw ValueError(std::string(what) + " is out of its column's range");
+[[noreturn]] void throwOutOfRange(const char* what) {
+    throw ValueError(std::string(what) + " is out of range for its column");
 }
 
-// ---- Values going out -------------------------------------------------------------------------
+// ---- Values to clients ------------------------------------------------------------------------
 
 template <typename T>
-const T& as(const CellView& value) {
+const T& storedAs(const CellView& value) {
     if (const T* held = std::get_if<T>(&value)) return *held;
-    throw ValueError("a value does not have the form of its column's type");
+    throw ValueError("a value does not match the type of its column");
 }
 
 double asDouble(const CellView& value) {
     if (const auto* integer = std::get_if<std::int64_t>(&value)) return static_cast<double>(*integer);
-    return as<double>(value);
+    return storedAs<double>(value);
 }
 
 void encodeInteger(ByteWriter& out, const CellView& value, std::size_t size, bool isSigned) {
-    const auto number = as<std::int64_t>(value);
+    const auto number = storedAs<std::int64_t>(value);
     const std::int64_t limit = std::int64_t{1} << (8 * size - (isSigned ? 1 : 0)) % 64;
-    if (size < 8 && (number >= limit || number < (isSigned ? -limit : 0))) outOfRange("a number");
+    if (size < 8 && (number >= limit || number < (isSigned ? -limit : 0))) throwOutOfRange("a number");
     out.number(static_cast<std::uint64_t>(number), size);
 }
 
 void encodeDecimal(ByteWriter& out, const CellView& value, const SqlType& type) {
     const Int128 number = tsql::exactOf(value), magnitude = number < 0 ? -number : number;
-    if (!tsql::fits(number, type)) outOfRange("a decimal number");
+    if (!tsql::fits(number, type)) throwOutOfRange("a decimal number");
     out.u8(number < 0 ? 0 : 1);
     const std::size_t size = decimalSize(type.precision) - 1, low = std::min<std::size_t>(size, 8);
     out.number(static_cast<std::uint64_t>(magnitude), low);
@@ -74,14 +79,14 @@ void encodeGuid(ByteWriter& out, Bytes text) {
     std::erase(text, '-');
     const auto inOrder = tsql::parseHex(text);
     if (!inOrder || inOrder->size() != std::size(kGuidOrder))
-        throw ValueError("a value is no uniqueidentifier");
+        throw ValueError("a value is not a valid uniqueidentifier");
     for (const std::size_t i : kGuidOrder) out.u8(std::to_integer<std::uint8_t>((*inOrder)[i]));
 }
 
 void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
     const std::int64_t days = value.days - DateTime::kDay1900;
     const bool isSmall = size == 4;
-    if (isSmall && (days < 0 || days > 0xFFFF)) outOfRange("a smalldatetime");
+    if (isSmall && (days < 0 || days > 0xFFFF)) throwOutOfRange("a smalldatetime");
     const std::int64_t rounded = value.ticks * kUnitsPerSecond + DateTime::kTicksPerSecond / 2;
     out.number(static_cast<std::uint64_t>(days), size / 2);
     out.number(static_cast<std::uint64_t>(isSmall ? value.ticks / kTicksPerMinute
@@ -91,7 +96,7 @@ void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
 
 void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
     if (type.id != TypeId::Date)
-        out.number(static_cast<std::uint64_t>(value.ticks / tsql::powerOfTen(7 - type.scale)),
+        out.number(static_cast<std::uint64_t>(value.ticks / tsql::powerOfTen(kTickDigits - type.scale)),
                    timeSize(type.scale));
     if (type.id != TypeId::Time) out.number(static_cast<std::uint64_t>(value.days), 3);
 }
@@ -99,8 +104,8 @@ void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
 void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     const std::size_t size = type.form.size;
     const TypeId id = type.type.id;
-    if (id == TypeId::Money) {  // the higher half first
-        const auto number = static_cast<std::uint64_t>(as<std::int64_t>(value));
+    if (id == TypeId::Money) {  // the upper half first
+        const auto number = static_cast<std::uint64_t>(storedAs<std::int64_t>(value));
         out.u32(number >> 32);
         out.u32(number);
     } else if (id == TypeId::Decimal) {
@@ -112,21 +117,21 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     } else if (id == TypeId::Float) {
         out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
     } else if (id == TypeId::UniqueIdentifier) {
-        encodeGuid(out, Bytes(as<std::string_view>(value)));
+        encodeGuid(out, Bytes(storedAs<std::string_view>(value)));
     } else if (tsql::isBinary(id)) {
-        const auto blob = as<tsql::Blob>(value);
+        const auto blob = storedAs<tsql::Blob>(value);
         out.bytes({reinterpret_cast<const char*>(blob.data()), blob.size()});
     } else if (tsql::isText(id)) {
-        out.utf16(as<std::string_view>(value));
+        out.utf16(storedAs<std::string_view>(value));
     } else {
-        const DateTime moment = tsql::fromStorage(as<std::string_view>(value));
+        const DateTime moment = tsql::fromStorage(storedAs<std::string_view>(value));
         size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
     }
 }
 
-// ---- Values coming in ---------------------------------------------------------------------------
+// ---- Values from clients ------------------------------------------------------------------------
 
-DateTime checked(const DateTime& value, const SqlType& type) {
+DateTime requireInRange(const DateTime& value, const SqlType& type) {
     if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type))
         throw ValueError("a date or time is out of range");
     return value;
@@ -145,22 +150,22 @@ DateTime decodeScaled(ByteReader in, const SqlType& type) {
     const std::size_t timeBytes = type.id == TypeId::Date ? 0 : timeSize(type.scale);
     const std::size_t dateBytes = type.id == TypeId::Time ? 0 : 3;
     if (in.remaining() != timeBytes + dateBytes)
-        throw ProtocolError("a date or time parameter has a wrong length");
+        throw ProtocolError("invalid length of a date or time parameter");
     DateTime value;
-    value.ticks = static_cast<std::int64_t>(in.number(timeBytes)) * tsql::powerOfTen(7 - type.scale);
+    value.ticks =
+        static_cast<std::int64_t>(in.number(timeBytes)) * tsql::powerOfTen(kTickDigits - type.scale);
     if (dateBytes > 0) value.days = static_cast<std::int64_t>(in.number(dateBytes));
     return value;
 }
 
 Value decodeDecimal(ByteReader in, const SqlType& type) {
     if (in.remaining() > decimalSize(tsql::kMostDigits))
-        throw ProtocolError("a decimal parameter is too long");
+        throw ProtocolError("invalid length of a decimal parameter");
     const bool negative = in.u8() == 0;
     const std::uint64_t low = in.number(std::min<std::size_t>(in.remaining(), 8));
     const std::uint64_t high = in.number(in.remaining());
     const Int128 magnitude = static_cast<Int128>(high) << 64 | low;
-    if (high > INT64_MAX || !tsql::fits(magnitude, type))
-        throw tsql::SqlError(8115, "Arithmetic overflow error converting numeric to data type numeric.");
+    if (high > INT64_MAX || !tsql::fits(magnitude, type)) throw numericOverflow();
     return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 
@@ -208,12 +213,14 @@ Value decode(const WireType& type, ByteView data) {
         default:
             if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
             return tsql::toStorage(
-                checked(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type), type.type),
+                requireInRange(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type),
+                               type.type),
                 type.type);
     }
 }
 
-// Partially length-prefixed data: a total, which may be unknown, then chunks up to an empty one, 2.2.5.2.3.
+// Partially length-prefixed data (PLP) behind its total length: chunks up to an empty one,
+// [MS-TDS] 2.2.5.2.3.
 Bytes readChunks(ByteReader& in) {
     Bytes data;
     while (const std::uint32_t length = in.u32()) data += in.bytes(length);
@@ -231,17 +238,18 @@ void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
         out.u8(kTextPointerSize);
         out.number(0, kTextPointerSize + kTimeStampSize);
     }
-    // Unbounded values go out as one chunk of known length; an empty one's is the end mark as well.
-    const std::size_t total = framing == Framing::Chunks ? out.openLength(8) : 0;
-    if (framing == Framing::Chunks) width = 4;
+    // PLP with one chunk. An empty chunk is the end mark, hence none follows it.
+    const bool isChunked = framing == Framing::Chunks;
+    const std::size_t total = isChunked ? out.openLength(kChunkedTotalWidth) : 0;
+    if (isChunked) width = kChunkWidth;
     const std::size_t place = out.openLength(width);
     encode(out, type, value);
     out.closeLength(place, width);
     const std::size_t length = out.size() - place;
     if (framing == Framing::Short && length >= nullLength(width))
-        throw ValueError("a value is longer than its column's type allows");
-    if (framing != Framing::Chunks) return;
-    out.fillIn(total, length, 8);
+        throw ValueError("a value is longer than its column type allows");
+    if (!isChunked) return;
+    out.fillIn(total, length, kChunkedTotalWidth);
     if (length > 0) out.u32(0);
 }
 
@@ -250,7 +258,7 @@ Value readValue(ByteReader& in, const WireType& type) {
     const std::uint64_t length = width > 0 ? in.number(width) : type.form.size;
     if (length == nullLength(width)) return tsql::Null{};
     if (width == 1 && type.form.size != 0 && length != type.form.size)
-        throw ProtocolError("a parameter's length is not that of its type");
+        throw ProtocolError("the length of a parameter does not fit its type");
     if (type.form.framing == Framing::Chunks) return decode(type, readChunks(in));
     return decode(type, in.bytes(length));
 }

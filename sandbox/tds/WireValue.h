@@ -5,9 +5,10 @@
 
 namespace tds {
 
-// A value in its storage form, Null included. Throws ValueError with `out` partly written.
+// Writes a value that is in its storage form, or NULL. Throws ValueError and leaves `out` partly written.
 void writeValue(ByteWriter& out, const WireType& type, const tsql::CellView& value);
-
+// Reads a parameter's value and returns its storage form. Throws ProtocolError for malformed data, ValueError
+// and tsql::SqlError for a value outside the range of its type.
 tsql::Value readValue(ByteReader& in, const WireType& type);
 
 }  // namespace tds
