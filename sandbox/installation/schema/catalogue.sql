@@ -1,4 +1,4 @@
--- What every database of the suite has: its version, the catalogue of tscripts and the journal of their runs.
+-- Objects of every database of the suite: its version, the catalogue of tscripts and the journal of their runs.
 SET NOCOUNT ON
 GO
 
@@ -11,8 +11,8 @@ CREATE TABLE ZPDBVersions (
 GO
 
 -- Rows are inserted by position: type, name, auditLevel, creationTime, usage.
--- type: 2 permanent, 8 secured (a run needs a user); rows made from packages have 100.
--- auditLevel: above 0, runs of a stored procedure are journalled.
+-- type: bits 2 permanent and 8 secured (a run needs a user); 100 for a package.
+-- auditLevel: runs of a stored procedure are journalled if it is above 0.
 CREATE TABLE ZpTscripts (
     id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
     type int NOT NULL,
@@ -37,7 +37,7 @@ CREATE TABLE ZpTscriptExec (
 )
 GO
 
--- Seconds since 1970 (UTC) as a datetime. Two steps, since DATEADD counts in 32 bits.
+-- Seconds since 1970 (UTC) as a datetime. In two steps, since DATEADD takes a 32-bit number.
 CREATE FUNCTION dbo.GetDateTime (@seconds bigint) RETURNS datetime
 AS
 BEGIN

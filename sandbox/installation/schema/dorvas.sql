@@ -1,4 +1,4 @@
--- The management database: who this installation is, and the tables that maintenance scripts work on.
+-- Management database: the identity of the installation and the tables that maintenance scripts use.
 SET NOCOUNT ON
 GO
 
@@ -13,7 +13,7 @@ CREATE TABLE TNet (
 )
 GO
 
--- Row 2 is this site; packages can be bound to its number.
+-- Row 2 is this site. A package can be bound to a site's number (Plexum ID).
 CREATE TABLE app_plexum (
     id int NOT NULL PRIMARY KEY,
     name varchar(64) NOT NULL,
@@ -58,8 +58,8 @@ INSERT DataNode (id, name, zone, enabled)
 VALUES (1, N'archive-01', 'north', 1), (2, N'archive-02', 'north', 1), (3, N'Zürich', 'south', 1), (4, N'spare', 'south', 0)
 GO
 
--- 120 events, one every 12 hours back from now, 60 of them older than 30 days: 12 errors, 24 warnings, the
--- rest information. Nodes 1 to 3 take turns.
+-- 120 events, 12 hours apart and the last one 6 hours ago, so that 60 are older than 30 days: 12 errors,
+-- 24 warnings, 84 of information. Nodes 1 to 3 take turns.
 DECLARE @i int, @severity int
 SET @i = 0
 WHILE @i < 120

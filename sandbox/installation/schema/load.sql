@@ -1,4 +1,4 @@
--- Makes the databases of the sample installation. Start sqlcmd in this folder: sqlcmd -b -i load.sql
+-- Creates the databases of the sample installation. To be run in this directory: sqlcmd -b -i load.sql
 :r databases.sql
 USE dorvas
 GO

@@ -1,4 +1,4 @@
--- The web-service database: its identity and its request queue.
+-- Web-service database: its identity and its request queue.
 SET NOCOUNT ON
 GO
 

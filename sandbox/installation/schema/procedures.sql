@@ -1,8 +1,8 @@
--- Stored-procedure tscripts of the management database, with their rows in the catalogue.
+-- Stored-procedure tscripts of the management database and their rows in the catalogue.
 SET NOCOUNT ON
 GO
 
--- Plain: what happened in the last days.
+-- Plain: numbers of recent events.
 CREATE PROCEDURE tsEventSummary @days int = 30, @zone varchar(16) = 'all'
 AS
 BEGIN
@@ -16,7 +16,7 @@ BEGIN
 END
 GO
 
--- Plain and not journalled: the nodes.
+-- Plain and not journalled: list of the nodes.
 CREATE PROCEDURE tsListNodes
 AS
 BEGIN
@@ -25,7 +25,7 @@ BEGIN
 END
 GO
 
--- Secured: the caller's user number stands in #tempTSUser.
+-- Secured: #tempTSUser has the caller's user number.
 CREATE PROCEDURE tsSwitchNode @node nvarchar(64), @enabled bit
 AS
 BEGIN
