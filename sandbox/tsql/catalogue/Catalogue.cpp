@@ -8,7 +8,7 @@
 namespace tsql {
 namespace {
 
-// $ stands for the schema.
+// Tables of the catalogue. $ is replaced by the schema.
 constexpr std::string_view kTables[] = {
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
     "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
@@ -59,7 +59,7 @@ Catalogue::Catalogue(Connection& connection, std::string database, std::string s
     if (m_connection.hasCatalogue(m_schema)) return;
     const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
     if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_columns'")) {
-        // What this session's transaction has made would go with it.
+        // A rollback would delete tables that the current transaction has created.
         if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
         return;
     }

@@ -1,5 +1,5 @@
-// What a database knows of its tables, procedures and functions, kept in two tables of its SQLite file
-// (for #tables: of the connection's temporary schema).
+// Catalogue of a database: its tables, modules, constraints and indexes, stored in two tables of its SQLite
+// file. The catalogue of #tables is in the temporary schema of the connection.
 #pragma once
 
 #include <optional>
@@ -16,16 +16,16 @@ struct TableColumn {
     SqlType type;
     bool nullable = true;
     bool identity = false;
-    std::string byDefault = {};  // T-SQL text of the DEFAULT, empty without one
-    bool output = false;         // of a procedure's parameter
+    std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
+    bool output = false;         // OUTPUT parameter of a procedure
 };
 
 struct TableInfo {
     std::int64_t id = 0;
-    std::string database;  // as a message names it
+    std::string database;  // as named in messages
     std::string name;
-    std::string schema;     // of SQLite, quoted
-    std::string stored;     // the table's name in SQLite
+    std::string schema;     // in SQLite, quoted
+    std::string stored;     // name in SQLite
     std::int64_t seed = 1;  // of the identity
     std::vector<TableColumn> columns;
 
@@ -35,7 +35,7 @@ struct TableInfo {
     const TableColumn* identityColumn() const;
 };
 
-// Object types as sysobjects.xtype has them.
+// Object types, with the values of sysobjects.xtype.
 namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
@@ -47,11 +47,11 @@ struct ObjectInfo {
     std::int64_t id = 0;  // 0: not in the catalogue yet
     std::string name;
     std::string type;
-    std::int64_t parent = 0;                // the table that a constraint or an index belongs to
-    std::string stored = {};                // a table: its name in SQLite; a foreign key: what it refers to
-    std::vector<std::string> columns = {};  // of a constraint or an index
-    std::string source = {};                // a module's text; Constraint::source; kUniqueIndex
-    std::string table = {};                 // the parent's name
+    std::int64_t parent = 0;                // table of a constraint or index
+    std::string stored = {};                // name of a table in SQLite; table that a foreign key references
+    std::vector<std::string> columns = {};  // of a constraint or index
+    std::string source = {};                // text of a module; Constraint::source; kUniqueIndex
+    std::string table = {};                 // name of the parent
     std::int64_t seed = 1;                  // of a table's identity
 };
 std::string listOf(const std::vector<std::string>& names);  // "a, b"
@@ -63,30 +63,30 @@ inline bool isUniqueKey(const ObjectInfo& key) {
 
 inline constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";
 inline constexpr std::string_view kTempSchema = "temp";
-inline constexpr std::string_view kNullsSuffix = "@nulls";  // of the index of a unique key's rows with NULL
-// #table, or the variable @table.
+inline constexpr std::string_view kNullsSuffix = "@nulls";  // of the index for rows with NULL in a unique key
+// Whether the name is that of a #table or a table variable.
 inline bool isTemporaryName(std::string_view name) {
     return name.starts_with('#') || name.starts_with('@');
 }
 
-// The catalogue of one attached database, or of the temporary tables.
+// Catalogue of one attached database or of the temporary tables.
 class Catalogue {
   public:
-    // `schema`: quoted, or kTempSchema. Makes the catalogue's tables when they are missing.
+    // schema: quoted, or kTempSchema. Creates the tables of the catalogue if they are missing.
     Catalogue(Connection& connection, std::string database, std::string schema);
 
     const std::string& schema() const { return m_schema; }
     bool isTemporary() const { return m_schema == kTempSchema; }
-    // The latest object of that name that is no index.
+    // Returns the newest object of that name that is not an index.
     std::optional<ObjectInfo> find(std::string_view name) const;
     std::optional<ObjectInfo> findById(std::int64_t id) const;
     std::optional<TableInfo> table(std::string_view name) const;
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const;      // constraints and indexes
-    std::vector<ObjectInfo> keysTo(std::string_view table) const;  // foreign keys that refer to it
+    std::vector<ObjectInfo> keysTo(std::string_view table) const;  // foreign keys that reference it
     std::int64_t lastId() const;
 
-    // Enters a new object (then with a new id) or what has changed of a known one.
+    // Inserts an object whose id is 0 and sets its id, or updates an existing object.
     void save(ObjectInfo& object);
     void remove(std::int64_t object);  // with its columns, keys and indexes
     void addColumns(std::int64_t object, const std::vector<TableColumn>& columns);

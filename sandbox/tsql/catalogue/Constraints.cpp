@@ -47,7 +47,7 @@ std::vector<std::string> referencedColumns(const Catalogue& catalogue, const Obj
     return columns;
 }
 
-// A NULL refers to nothing, and makes the row unequal to itself.
+// A key with NULL references nothing. Comparing the key with itself excludes it.
 std::string orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                     const std::string& rows) {
     const std::string own = "(" + quotedNames(key.columns, rows + ".") + ")";
@@ -68,7 +68,7 @@ SqlError conflict(std::string_view verb, std::string_view type, const TableInfo&
                      key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
 }
 
-// The message names what is referred to.
+// The message names the referenced columns.
 SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, const ObjectInfo& key) {
     ObjectInfo named = key;
     named.columns = referencedColumns(catalogue, key);
@@ -76,7 +76,7 @@ SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, c
                     *catalogue.table(key.stored), named);
 }
 
-// SQLite's texts: "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
+// Messages of SQLite are "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
 SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
     const std::string text = failure.what();
     const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
@@ -102,7 +102,8 @@ SqlError BrokenConstraint::conflictWith(std::string_view type, const ObjectInfo&
     return conflict(m_change.verb, type, m_change.target, key);
 }
 
-// SQLite does not tell which foreign key it was: the one that a new row breaks, or one from another table.
+// SQLite does not report which foreign key failed: one that a new row violates, or one that references this
+// table.
 SqlError BrokenConstraint::brokenReference() const {
     for (const auto& key : m_catalogue.keysOf(m_change.target.id)) {
         if (m_change.newRows.empty() || key.type != objectType::kForeignKey) continue;
@@ -119,14 +120,14 @@ SqlError BrokenConstraint::brokenReference() const {
                     *m_catalogue.table(key.table), key);
 }
 
-// Whether a row stands in the way of what it refers to. A NULL refers to nothing.
+// Whether rows reference the changed table through `key` and prevent the change. NULL references nothing.
 bool BrokenConstraint::isReferred(const ObjectInfo& key) const {
     const std::string own = "(" + quotedNames(key.columns) + ")";
     return !parseConstraint(key.source).cascade &&
            anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
 }
 
-// `columns`: "t.a, t.b", or "index 'name@id@nulls'" of the rows that hold NULL.
+// columns: "t.a, t.b", or "index 'name@id@nulls'" for the index of rows with NULL.
 SqlError BrokenConstraint::duplicateKey(std::string columns) const {
     const TableInfo& target = m_change.target;
     const std::string prefix = target.stored + ".";
@@ -173,7 +174,7 @@ std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
                 (i ? ", " : "") + (std::holds_alternative<Null>(cell) ? "<NULL>" : textOf(cell, types[i]));
         }
         return " The duplicate key value is (" + text + ").";
-    } catch (const SqliteFailure&) {  // not all of the key is in the rows
+    } catch (const SqliteFailure&) {  // the new rows lack a column of the key
         return {};
     }
 }

@@ -1,4 +1,4 @@
-// What constraints ask of rows, and the errors of those that break them.
+// Checks of constraints on rows, and the errors of violations.
 #pragma once
 
 #include <string>
@@ -10,27 +10,28 @@
 
 namespace tsql {
 
-// A change of rows that runs.
+// The INSERT, UPDATE or DELETE that is being executed.
 struct RowChange {
     TableInfo target;
-    std::string verb;           // INSERT, UPDATE, DELETE; empty: none runs
+    std::string verb;           // INSERT, UPDATE, DELETE; empty: none
     std::string newRows;        // as Translator::newRows()
-    std::vector<Value> values;  // of the parameters in it
+    std::vector<Value> values;  // of the parameters in newRows
 };
 
-// Of the table that the foreign key refers to. Throws the error of a key that cannot be (1767 and others).
+// Returns the columns that a foreign key references. Throws SqlError 1767 and others for an impossible key.
 std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key);
-// The condition that a row of `rows` refers to none: SQL over the key's table or the rows that were to come.
+// Returns the SQL condition for rows whose foreign key references no row. rows: name of the key's table or of
+// the new rows.
 std::string orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                     const std::string& rows);
 bool anyRow(Connection& connection, const TableInfo& table, const std::string& condition);
 
-// Error 547. `type`: CHECK, REFERENCE ...; `key` without a name: which it was is not known.
+// Returns error 547. type: CHECK, REFERENCE ...; `key` has no name if the constraint is not known.
 SqlError conflict(std::string_view verb, std::string_view type, const TableInfo& table,
                   const ObjectInfo& key);
 SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, const ObjectInfo& key);
 
-// The constraint on which a change of rows has failed, found out by what SQLite says and by asking the rows.
+// Finds the constraint that a failed change violates, from SQLite's message and from the rows.
 class BrokenConstraint {
   public:
     BrokenConstraint(Connection& connection, const RowChange& change)
@@ -38,10 +39,9 @@ class BrokenConstraint {
           m_change(change),
           m_catalogue(connection, change.target.database, change.target.schema) {}
 
-    // For a failure of the kind SQLITE_CONSTRAINT.
+    // Returns the T-SQL error for a failure of the kind SQLITE_CONSTRAINT.
     SqlError error(const SqliteFailure& failure) const;
-    // " The duplicate key value is (1, x).", looked for among the rows that were to come; empty when it is
-    // not found.
+    // Returns " The duplicate key value is (1, x)." for a value among the new rows; empty if none is found.
     std::string duplicateValue(const ObjectInfo& key) const;
 
   private:

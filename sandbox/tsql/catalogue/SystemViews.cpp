@@ -8,11 +8,11 @@
 namespace tsql {
 namespace {
 
-// A view's columns as "name type = expression; ..." and what they are read from. Marks that stand for more:
-//   $o, $c  the catalogue's tables     $d  the database's name      $L  the list of databases (name, id)
-//   $T      the list of types (type)   $C  the collation's name
-//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $INDEX: the texts below
-// A view without a schema is found in sys, in dbo and by its name alone.
+// Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
+//   $o, $c  tables of the catalogue    $d  name of the database     $L  list of databases (name, id)
+//   $T      list of types (type)       $C  name of the collation
+//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $INDEX: the fragments below
+// A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
 };
@@ -140,7 +140,7 @@ THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) =
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
 };
 
-// tempdb also has the session's temporary tables, with negative numbers.
+// tempdb also shows the session's temporary tables, with negative ids.
 constexpr std::string_view kTemporaryObjects =
     R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, name, type, -parent, stored, keys, created, source
 FROM temp.tsqlbox_objects WHERE name NOT LIKE '@%'))";
@@ -153,7 +153,7 @@ void replaceAll(std::string& text, std::string_view mark, std::string_view value
         text.replace(at, mark.size(), value);
 }
 
-// The view's columns, and its query with the marks of databases still in it.
+// Returns the view. Its query still has the placeholders for the database.
 SystemView read(const ViewText& view) {
     std::string text(view.columns);
     for (const auto& [mark, fragment] : kFragments) replaceAll(text, mark, fragment);
@@ -176,7 +176,7 @@ std::string databaseList(const Storage& storage) {
     return "(" + rows + ")";
 }
 
-// Each type at its widest.
+// Query for the list of types ($T), each type with its maximum size.
 std::string typeList() {
     std::string rows;
     for (int id = 0; id <= static_cast<int>(TypeId::Image); ++id) {

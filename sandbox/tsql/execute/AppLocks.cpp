@@ -14,7 +14,7 @@ constexpr bool kCompatible[5][5] = {{true, true, true, true, false},
                                     {true, false, false, true, false},
                                     {false, false, false, false, false}};
 constexpr int kLongestCircle = 64;
-constexpr std::chrono::milliseconds kSlice(50);  // between two looks whether the client cancelled
+constexpr std::chrono::milliseconds kSlice(50);  // between two checks for cancellation
 
 }  // namespace
 

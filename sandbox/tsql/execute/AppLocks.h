@@ -1,5 +1,4 @@
-// Application locks, as sp_getapplock takes them: names that sessions agree on, each held in one of five
-// modes.
+// Application locks of sp_getapplock: named locks, each held in one of five modes.
 #pragma once
 
 #include <chrono>
@@ -17,21 +16,21 @@ namespace tsql {
 enum class LockMode { IntentShared, Shared, Update, IntentExclusive, Exclusive };
 std::optional<LockMode> lockModeNamed(std::string_view name);
 
-// Shared by all sessions.
+// Lock table shared by all sessions. Thread-safe.
 class AppLocks {
   public:
     struct Lock {
         std::string resource;
         LockMode mode;
         const void* session;
-        bool ofTransaction;  // ends with the transaction, otherwise with the session
+        bool ofTransaction;  // released with the transaction, otherwise with the session
     };
-    // 0 at once, 1 after waiting, -1 when the time is over, -2 when `cancelled` says so, -3 when the sessions
-    // would wait for each other. A negative time-out waits without end.
+    // Returns 0 if the lock is granted at once, 1 after waiting, -1 on timeout, -2 if `cancelled` returns
+    // true, -3 for a deadlock. A negative timeout waits without limit.
     int acquire(const Lock& lock, std::chrono::milliseconds timeout, const std::function<bool()>& cancelled);
-    // One of those that the session took; false when there is none.
+    // Releases one lock of the session. Returns false if it holds none.
     bool release(const std::string& resource, const void* session, bool ofTransaction);
-    // All of a session, or those of its transaction, or those of its own.
+    // Releases all locks of a session, only those of its transaction (true), or only its other ones (false).
     void releaseAll(const void* session, std::optional<bool> ofTransaction = {});
 
   private:

@@ -5,7 +5,7 @@
 namespace tsql {
 namespace {
 
-// msdb's record of backups, as far as it is kept.
+// History of backups in msdb, with the columns that are supported.
 constexpr std::string_view kBackupSet =
     "IF OBJECT_ID('msdb..backupset') IS NULL CREATE TABLE msdb..backupset (backup_set_id int IDENTITY(1,1) "
     "NOT NULL "
@@ -32,7 +32,8 @@ Engine::Engine(const std::filesystem::path& dataDirectory) : storage(dataDirecto
     FailingSink sink;
     Executor executor(storage, locks, {"sa"}, "msdb", 1);
     executor.runBatch(kBackupSet, sink);
-    // Each is looked at once, outside of a transaction; one that cannot be opened fails when it is used.
+    // Attaches each database once outside a transaction, which rebuilds outdated indexes. A database that
+    // cannot be opened fails when it is used.
     for (const std::string& name : storage.databases())
         executor.runBatch("BEGIN TRY USE " + quotedName(name) + " END TRY BEGIN CATCH END CATCH", sink);
 }

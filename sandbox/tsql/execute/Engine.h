@@ -1,4 +1,4 @@
-// The sandbox's T-SQL engine: databases in files, sessions that run batches.
+// T-SQL engine of the sandbox: databases in files, sessions that run batches.
 #pragma once
 
 #include <filesystem>
@@ -13,8 +13,8 @@ namespace tsql {
 
 // What all sessions share; safe under threads.
 struct Engine {
-    // Opens the directory, making it and its system databases (master, msdb, tempdb, model) when missing.
-    // Throws std::runtime_error with a text for the operator.
+    // Opens the data directory. Creates it and the system databases (master, msdb, tempdb, model) if missing.
+    // Throws std::runtime_error with a message for the operator.
     explicit Engine(const std::filesystem::path& dataDirectory);
 
     Storage storage;
@@ -31,12 +31,13 @@ class Session {
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    // Runs one batch of UTF-8 text. Errors of T-SQL reach the sink as messages.
-    // False when the batch ended the session (severity 20 and above).
+    // Runs one batch, in UTF-8. T-SQL errors are passed to the sink as messages. Returns false if the batch
+    // ended the session (severity 20 and above).
     bool runBatch(std::string_view batch, ResultSink& sink);
     bool call(ProcedureCall& call, ResultSink& sink);
     std::string_view database() const;
-    // All but the transaction becomes what it is in a new session; false when there is none to keep.
+    // Resets everything but the open transaction to the state of a new session. Returns false without an open
+    // transaction.
     bool resetAroundTransaction(std::string_view database);
 
   private:

@@ -135,7 +135,8 @@ Executor::~Executor() {
     m_locks.releaseAll(this);
 }
 
-// What a client asked for, up to its end or to what ends it. False when that is the session's end.
+// Runs a request of the client to its end or to the error that ends it. Returns false if it ended the
+// session.
 template <typename Work>
 bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
     const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
@@ -150,7 +151,8 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
     } catch (const SessionEnd&) {
         goesOn = false;
     }
-    // SQLite takes a transaction back whose change is broken off; XACT_ABORT says so of all that is.
+    // SQLite rolls back a transaction when a change in it is interrupted. XACT_ABORT demands this of every
+    // cancelled request.
     const bool aborts =
         (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
     if (transactionLost() || (aborts && isCancelled())) rollBack();
@@ -158,7 +160,7 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
         report({message::kDoomedAtEndOfBatch, 16, 1, 1, "", sqlError(message::kDoomedAtEndOfBatch).what()});
         rollBack();
     }
-    frame.temporary.clear();  // they are the session's
+    frame.temporary.clear();  // #tables of a batch belong to the session
     dropTemporaryTables(frame);
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
     return goesOn;
@@ -174,7 +176,8 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     });
 }
 
-// The call as EXEC @ = procedure @name = value, @name = @1 OUTPUT ..., with variables that no text can name.
+// Runs the call as EXEC @ = procedure @name = value, @name = @1 OUTPUT ... SQL text cannot name these
+// variables.
 bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     Frame frame;
     const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
@@ -222,7 +225,7 @@ Flow Executor::runStatement(const Statement& statement) {
         if (m_settings.describeOnly) return describe(statement);
         if (m_settings.implicitTransactions && m_transactions == 0) beginImplicitly(statement);
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
-    } catch (const SyntaxError& error) {  // of a text that the statement runs, and that ends alone
+    } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
         afterError(messageOf(error), !m_settings.abortOnError);
     } catch (const SqlError& error) {
         fail(error, statement.line);
@@ -232,7 +235,7 @@ Flow Executor::runStatement(const Statement& statement) {
     return Flow::Next;
 }
 
-// Under SET FMTONLY ON nothing runs: queries tell their columns, and both branches are looked into.
+// SET FMTONLY ON: nothing executes. Queries return column metadata only, and both branches of IF are visited.
 Flow Executor::describe(const Statement& statement) {
     if (const auto* node = std::get_if<If>(&statement.node)) {
         runStatement(*node->then);
@@ -273,7 +276,7 @@ void Executor::fail(const SqlError& error, int line) {
     afterError(messageOf(error, line), /*raised=*/false);
 }
 
-// `raised`: by RAISERROR, which ends nothing by itself.
+// raised: the error is one of RAISERROR, which by itself ends nothing.
 void Executor::afterError(const Message& message, bool raised) {
     m_error = message.number;
     m_rowCount = 0;
@@ -290,7 +293,7 @@ void Executor::afterError(const Message& message, bool raised) {
     if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
         m_doomed = m_doomed || (endsBatch && m_transactions > 0);
         const bool changes = verb == "INSERT" || verb == "UPDATE" || verb == "DELETE";
-        if (changes) done(0);  // in front of what CATCH does
+        if (changes) done(0);  // precedes the results of CATCH
         throw Raised{message, blind};
     }
     report(message);
@@ -300,7 +303,7 @@ void Executor::afterError(const Message& message, bool raised) {
         throw BatchEnd{};
     }
     if (endsHere) {
-        done(-1);  // clients tell the error from the next statement's rows by it
+        done(-1);  // separates the error from the next statement's rows
         throw ScopeEnd{};
     }
     if (!raised && !verb.empty())
@@ -309,7 +312,7 @@ void Executor::afterError(const Message& message, bool raised) {
     done(-1);
 }
 
-// Of aggregates that have left them out.
+// Warns that an aggregate has ignored NULLs.
 void Executor::warnOfNulls() {
     if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(message::kNullEliminated);
 }
@@ -360,7 +363,7 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
     return values;
 }
 
-// The only cell of the row that "SELECT sql" gives.
+// Evaluates an expression in SQLite.
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
     PreparedStatement statement(m_connection, "SELECT " + sql);
@@ -370,7 +373,7 @@ Value Executor::compute(const std::string& sql, const Translator& translator) {
     return ownedValue(statement.cell(0));
 }
 
-// A constant or a variable, whose value needs no SQL.
+// Returns the value of a constant or variable, for which no SQL is needed.
 std::optional<TypedValue> Executor::knownValue(const Expr& expr) {
     if (const auto* literal = std::get_if<Literal>(&expr.node)) return literal->constant;
     if (const auto* variable = std::get_if<VariableRef>(&expr.node))
@@ -421,7 +424,7 @@ Flow Executor::run(const Declare& declare) {
             declareTable(each);
             continue;
         }
-        if (!each.value) continue;  // a second time, in a loop, it keeps what it holds
+        if (!each.value) continue;  // in a loop, the variable keeps its value
         m_frames.back()->variables[each.name].value = evaluate(*each.value, each.type);
         m_error = 0;
         m_rowCount = 1;

@@ -1,4 +1,5 @@
-// Runs the statements of one session: control of flow here, each family of statements in a file of its own.
+// Executor of a session's statements. Executor.cpp has the control of flow; each family of statements has its
+// own file.
 #pragma once
 
 #include <chrono>
@@ -29,24 +30,24 @@ namespace tsql {
 
 enum class Flow { Next, Break, Continue, Return };
 
-// How the running of statements is left early.
-struct Raised {  // an error on its way to the CATCH block around it
+// Exceptions that end the execution of statements early.
+struct Raised {  // an error on its way to a CATCH block
     Message message;
-    const Frame* within = nullptr;  // whose CATCH blocks do not see it
+    const Frame* within = nullptr;  // frame whose CATCH blocks ignore it
 };
-struct ScopeEnd {};    // the procedure, or the batch outside of one
-struct BatchEnd {};    // the whole batch
-struct SessionEnd {};  // severity 20 and above
+struct ScopeEnd {};    // ends the procedure, or the batch outside a procedure
+struct BatchEnd {};    // ends the whole batch
+struct SessionEnd {};  // ends the session: severity 20 and above
 
-// What SET sets; a procedure or a text gives it back as it was.
+// Options of SET. They are restored at the end of a procedure or of dynamic SQL.
 struct Settings {
     bool noCount = false;
     bool abortOnError = false;  // XACT_ABORT
     bool implicitTransactions = false;
     bool quotedIdentifiers = true;
     bool describeOnly = false;        // FMTONLY
-    std::string identityInsert = {};  // full name of the table whose identity may be given
-    int lockTimeout = -1;             // milliseconds; negative: as long as usual
+    std::string identityInsert = {};  // full name of the table that accepts identities
+    int lockTimeout = -1;             // milliseconds; negative: the default
 };
 
 class Executor final : public NameResolver, public FunctionSession {
@@ -119,7 +120,7 @@ class Executor final : public NameResolver, public FunctionSession {
     SqlError errorOf(const SqliteFailure& failure);
     void done(std::int64_t count, bool isSelect = false);
     void warnOfNulls();
-    Flow finished(std::int64_t rowCount = 0);  // of a statement without rows
+    Flow finished(std::int64_t rowCount = 0);  // ends a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
     std::optional<TypedValue> knownValue(const ast::Expr& expr);
@@ -145,7 +146,7 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::Truncate& truncate);
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments);
-    // Has the rows that `work` sends taken by `take` in place of the client.
+    // Passes the rows that `work` sends to `take` instead of the client.
     using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
     void divert(const RowTaker& take, const std::function<void()>& work);
     void selectInto(const ast::Query& query, const ast::ObjectName& name);
@@ -198,7 +199,7 @@ class Executor final : public NameResolver, public FunctionSession {
     void dropTemporaryTables();
     void dropTable(const TableInfo& table);
     void declareTable(const ast::Declaration& declaration);
-    // Does `rollback`; the table variables keep what they hold.
+    // Runs `rollback` and preserves the rows of table variables.
     void keepTables(const std::function<void()>& rollback);
 
     // ---- procedures of the system (ExecutorSystem.cpp)
@@ -219,13 +220,13 @@ class Executor final : public NameResolver, public FunctionSession {
     void checkBody(const ast::CreateModule& module);
     void reportMissingDependency(const ast::ObjectName& procedure);
     std::shared_ptr<const Batch> parsed(const std::string& text);
-    // `inside`: the database that it runs in; empty: the session's.
+    // inside: database in which the text runs; empty: the session's.
     void runText(const std::string& text, const std::string& inside);
     void executeSql(const ast::Execute& execute, const std::string& database);
     void callProcedure(const ast::Execute& execute, const ast::ObjectName& name,
                        const SystemProcedure* system);
     void checkTransactions(int before, const std::string& procedure);
-    // The call's arguments in the order of the parameters, null for those that are not given.
+    // Arguments of a call in the order of the parameters; null: not given.
     using Arguments = std::vector<const ast::Argument*>;
     Arguments bindArguments(const ast::CreateModule& module, const ast::Execute& execute,
                             const std::string& name, Frame& frame);
@@ -289,30 +290,31 @@ class Executor final : public NameResolver, public FunctionSession {
     ResultSink* m_sink = nullptr;
     std::vector<Frame*> m_frames;
     std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
-    std::vector<Message> m_caught;  // by the CATCH blocks that run now
-    RowChange m_change;             // that runs now, for the texts of its errors
-    // Tables that the transaction has looked up: they stay what they are until it defines something itself.
+    std::vector<Message> m_caught;  // errors of the CATCH blocks being executed
+    RowChange m_change;             // change being executed, for its error messages
+    // Tables that the transaction has looked up. They do not change until the transaction itself defines
+    // something.
     std::unordered_map<std::string, TableInfo> m_knownTables;
-    std::string m_text;           // the batch that runs now
-    int m_line = 1;               // of the statement that runs now
-    int m_tries = 0;              // TRY blocks around it
+    std::string m_text;           // current batch
+    int m_line = 1;               // line of the current statement
+    int m_tries = 0;              // number of TRY blocks around it
     int m_error = 0;              // @@ERROR
     std::int64_t m_rowCount = 0;  // @@ROWCOUNT
     std::optional<std::int64_t> m_identity;
-    // The last identities that the transaction has given out, by schema and stored name of their tables.
+    // Last identities generated in the transaction, by schema and stored name of the table.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
-    Cursors m_cursors;           // the GLOBAL ones
-    bool m_checking = false;     // statements before they run
-    bool m_insertsRows = false;  // of a procedure or text that runs
+    Cursors m_cursors;           // GLOBAL cursors
+    bool m_checking = false;     // statements are checked, not executed
+    bool m_insertsRows = false;  // INSERT ... EXECUTE is running
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;
     int m_transactions = 0;         // @@TRANCOUNT
     bool m_doomed = false;          // the transaction can only be rolled back
-    bool m_begun = false;           // it has begun in SQLite as well
-    bool m_outlivedReset = false;   // the session was reset around it
-    std::string m_transactionName;  // of the outermost one
+    bool m_begun = false;           // it has begun in SQLite, too
+    bool m_outlivedReset = false;   // it survived a reset of the session
+    std::string m_transactionName;  // of the outermost transaction
     Settings m_settings;
-    bool m_abortsCancelled = false;  // where it was cancelled, XACT_ABORT was on
+    bool m_abortsCancelled = false;  // XACT_ABORT was on where the request was cancelled
 };
 
 }  // namespace tsql

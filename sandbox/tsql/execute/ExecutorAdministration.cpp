@@ -1,4 +1,4 @@
-// Settings, databases, backup.
+// SET options, databases, backup and restore.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -82,7 +82,7 @@ Flow Executor::run(const AlterDatabase& alter) {
     return finished();
 }
 
-// Lets go of the database, unless sessions have it that go on.
+// Detaches a database. Throws `inUse` if the session or another one uses it.
 void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
     if (databaseKey(name) == databaseKey(m_database) ||
         m_storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name)))
@@ -102,7 +102,7 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 
 // ---- backup
 
-// "10 percent processed." as often as STATS asks for it; and whether the client waits for it still.
+// Reports "10 percent processed." at the interval of STATS, and ends the work of a cancelled batch.
 Progress Executor::progress(std::int64_t step) const {
     return [this, step, told = std::int64_t{0}](int percent) mutable {
         if (isCancelled()) throw BatchEnd{};
@@ -112,7 +112,7 @@ Progress Executor::progress(std::int64_t step) const {
     };
 }
 
-// An error in it is followed by one that says what ends.
+// An error in `work` is followed by error 3013, which names the statement.
 void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
     failingAs(sqlError(message::kBackupTerminated, {verb}), [&] {
         if (m_transactions > 0) throw sqlError(message::kBackupWithinTransaction);
@@ -170,7 +170,7 @@ Flow Executor::run(const Restore& restore) {
     return report ? sendTable(report->columns, report->rows) : finished();
 }
 
-// A result set that no query gives.
+// Sends a result set that is not from a query.
 Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
     m_sink->columns(columns);
     for (const auto& row : rows) {

@@ -1,4 +1,4 @@
-// What is wrong with statements whatever their values are: it is found before the first of them runs.
+// Checks of a batch before its first statement runs: errors that do not depend on values.
 #include "execute/Executor.h"
 #include "messages/Messages.h"
 #include "types/Finally.h"
@@ -8,7 +8,7 @@ namespace tsql {
 
 using namespace ast;
 
-// Whether it is one statement, which nothing precedes and which holds no other.
+// Whether the block is one statement without nested statements.
 bool Executor::isAlone(const Block& block) {
     const auto holdsOthers = [](const auto& node) {
         return requires {
@@ -83,7 +83,8 @@ void Executor::reportMissingDependency(const ObjectName& procedure) {
         inform(message::kMissingDependency, {frame.procedure, asWritten(procedure)});
 }
 
-// Not within a transaction that has changed something: it could no longer wait for what it has looked at.
+// Skipped within a transaction of SQLite: after reading a database, the transaction could not wait for other
+// writers.
 void Executor::check(const Block& block) {
     if (m_connection.inTransaction() || m_settings.describeOnly) return;
     const Finally again([this, &frame = *m_frames.back(), database = m_frames.back()->database,
@@ -94,8 +95,8 @@ void Executor::check(const Block& block) {
     for (const auto& statement : block) check(*statement);
 }
 
-// What is not there yet may come to be until its statement runs, and a temporary table may be another by
-// then.
+// A missing object is not an error, since it may be created before its statement runs. A temporary table may
+// also be replaced before.
 void Executor::check(const Statement& statement) {
     try {
         std::visit([this](const auto& node) { checkNode(node); }, statement.node);

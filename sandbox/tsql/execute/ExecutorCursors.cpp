@@ -11,9 +11,9 @@ using namespace ast;
 
 namespace {
 
-constexpr std::size_t kMostRows = 1'000'000;  // they are held in memory
+constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory
 
-// Where the cursor comes to stand, on a row or beside them all.
+// Returns the new position: a row, 0 (before the first row) or rows + 1 (after the last).
 std::int64_t target(const Cursor& cursor, FetchFrom from, std::int64_t offset) {
     const auto rows = static_cast<std::int64_t>(cursor.rows.size());
     const std::int64_t places[] = {cursor.at + 1,  // in the order of FetchFrom
@@ -24,7 +24,7 @@ std::int64_t target(const Cursor& cursor, FetchFrom from, std::int64_t offset) {
 
 }  // namespace
 
-// The cursors that a name stands for one of: the innermost frame's, or the session's.
+// Returns the map that has the cursor: the current frame's or the session's.
 Cursors& Executor::cursorsWith(const CursorName& cursor) {
     const std::string name = toLower(cursor.name);
     Cursors& local = m_frames.back()->cursors;

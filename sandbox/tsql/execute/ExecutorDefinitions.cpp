@@ -19,7 +19,7 @@ std::string_view storageClass(const SqlType& type) {
     return "TEXT COLLATE ts_ci";
 }
 
-// The identity is SQLite's own key already.
+// A key of the identity column alone needs no index, since that column is SQLite's row id.
 bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     const TableColumn* identity = table.identityColumn();
     const bool isKey = key.type == objectType::kPrimaryKey || key.type == objectType::kUnique;
@@ -30,8 +30,8 @@ std::string indexName(const std::string& name, std::int64_t table, std::string_v
     return quotedName(name + "@" + std::to_string(table) + std::string(suffix));
 }
 
-// In a unique key of T-SQL one NULL equals another, in SQLite's none does: the rows that hold one have an
-// index of their own, of which this is the end. Empty: no column takes NULL.
+// NULLs are equal in a unique key of T-SQL, but not of SQLite. Therefore rows with NULL have a second index.
+// Returns the end of its CREATE INDEX; empty if no column accepts NULL.
 std::string nullsOf(const TableInfo& table, const ObjectInfo& index) {
     std::string list, condition;
     for (const auto& name : index.columns) {
@@ -57,7 +57,7 @@ void requireKeyType(const TableInfo& table, const TableColumn& column) {
 }
 
 struct ConstraintFacts {
-    std::string_view type, prefix;  // of a name that is made up
+    std::string_view type, prefix;  // of a generated name
 };
 constexpr ConstraintFacts kConstraints[] = {
     {objectType::kPrimaryKey, "PK"},  // in the order of ConstraintKind
@@ -66,7 +66,7 @@ constexpr ConstraintFacts kConstraints[] = {
     {objectType::kForeignKey, "FK"},
     {objectType::kDefault, "DF"}};
 
-// `create`: what tells that the column is of the primary key.
+// create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
     TableColumn column{definition.name, definition.type, !definition.identity, definition.identity};
     for (const auto* constraint : allConstraints(create))
@@ -87,7 +87,7 @@ std::string columnText(const TableColumn& column) {
 
 }  // namespace
 
-// Changes the catalogue that has the name, and what it describes: all of it, or nothing.
+// Changes the catalogue that `name` belongs to and the objects it describes, atomically.
 void Executor::define(const ObjectName& name, const std::function<void(Catalogue&)>& work) {
     claim(name);
     Catalogue owner = catalogue(name);
@@ -104,7 +104,7 @@ Flow Executor::run(const CreateTable& create) {
     return finished();
 }
 
-// Their texts are read again where rows get them, and tell no variable then.
+// Translates the texts of the defaults alone, as inserts do later, so that variables in them are errors.
 void Executor::checkDefaults(const CreateTable& definition) {
     for (const auto* constraint : allConstraints(definition))
         if (constraint->kind == ConstraintKind::Default)
@@ -151,7 +151,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
     return table;
 }
 
-// Whether the temporary table is of the frame that runs now: a procedure may have one by a name of its
+// Whether the current frame created the temporary table. A procedure may create one with the name of its
 // caller's.
 bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
     return m_frames.size() == 1 || std::ranges::any_of(m_frames.back()->temporary, [&](const auto& table) {
@@ -159,7 +159,7 @@ bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
            });
 }
 
-// What the identity's next value follows.
+// Sets the value that the next identity follows.
 void Executor::startIdentity(const TableInfo& table) {
     if (!table.identityColumn()) return;
     const Value start[] = {table.stored, table.seed - 1};
@@ -167,12 +167,12 @@ void Executor::startIdentity(const TableInfo& table) {
     m_connection.run("INSERT INTO " + table.schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", start);
 }
 
-// Does `work`; what goes wrong in it is told, and then that the whole failed for it.
+// Runs `work`. An error in it is reported and followed by `failure`.
 void Executor::failingAs(const SqlError& failure, const std::function<void()>& work) {
     try {
         work();
     } catch (const SqlError& cause) {
-        if (m_tries == 0) report(messageOf(cause, m_line));  // a CATCH block sees the last error alone
+        if (m_tries == 0) report(messageOf(cause, m_line));  // a CATCH block sees only the last error
         throw failure;
     }
 }
@@ -196,7 +196,7 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const Ta
     return keys;
 }
 
-// The constraint as the catalogue will have it; a default is entered into its column.
+// Returns the catalogue entry of a constraint. A default is entered into its column.
 ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
                                   const Constraint& constraint) {
     const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
@@ -241,7 +241,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     return key;
 }
 
-// What stands between the brackets of SQLite's CREATE TABLE; keys are indexes of their own.
+// Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
     std::string body;
     for (const auto& column : table.columns) body += (body.empty() ? "" : ", ") + columnText(column);
@@ -292,7 +292,7 @@ void Executor::dropIndex(const TableInfo& table, const std::string& name) {
 
 // ---- ALTER TABLE
 
-// Gives SQLite the table's definition anew where its rows stay as they are.
+// Replaces the table's definition in SQLite without changing its rows.
 void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
     const Value values[] = {
         table.stored, "CREATE TABLE " + quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")"};
@@ -304,7 +304,7 @@ void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
     m_connection.run("PRAGMA writable_schema = RESET");
 }
 
-// Rows that are there already must keep to a new constraint.
+// Checks the existing rows against a new constraint.
 void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key) {
     const bool isCheck = key.type == objectType::kCheck;
     if (!isCheck && key.type != objectType::kForeignKey) return;
@@ -518,14 +518,14 @@ void Executor::dropTable(const TableInfo& table) {
     m_knownTables.clear();
 }
 
-// Those of the session, which a rollback across a reset brings back.
+// Drops all temporary tables of the session, which a rollback across a reset restores.
 void Executor::dropTemporaryTables() {
     for (auto id = temporary().lastId(); id > 0; --id)
         if (const auto object = temporary().findById(id); object && object->type == objectType::kTable)
             if (const auto table = temporary().table(object->name)) dropTable(*table);
 }
 
-// A rolled-back table's number may be another's by now.
+// The stored name is compared, too, since the id of a rolled-back table may have been reused.
 void Executor::dropTemporaryTables(Frame& frame) {
     for (const auto& [name, table] : frame.tables) frame.temporary.push_back(table.info);
     for (const auto& table : frame.temporary)
@@ -534,7 +534,7 @@ void Executor::dropTemporaryTables(Frame& frame) {
     frame.temporary.clear();
 }
 
-// A second time, in a loop, it is what it was.
+// In a loop, an existing table variable is kept.
 void Executor::declareTable(const Declaration& declaration) {
     auto& tables = m_frames.back()->tables;
     if (tables.contains(declaration.name)) return;

@@ -1,4 +1,4 @@
-// Procedures and functions: kept as text, parsed when they run.
+// Procedures, functions and views: stored as text, parsed when they are used.
 #include <algorithm>
 
 #include "execute/Executor.h"
@@ -47,7 +47,7 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
     inFrame(frame, work);
 }
 
-// What the query of a view or function gives, found out by translating it.
+// Returns the columns of a view or table-valued function, found by translating its query.
 std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     const StoredModule stored{databaseOf(module.name), module.name.name, nullptr, &module};
     std::vector<TableColumn> columns;
@@ -75,7 +75,7 @@ void Executor::checkBody(const CreateModule& module) {
     dropTemporaryTables(frame);
 }
 
-// The text is the batch that the module stands in: all of it, with CREATE for ALTER.
+// Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
     const std::string_view type = typeOf(module);
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
@@ -109,7 +109,7 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
     return m_parsed[text] = parseBatch(text, m_settings.quotedIdentifiers);
 }
 
-// What master's sp_ procedures read is still the caller's database.
+// The sp_ procedures of master use the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
     const bool known = name.database.empty() || m_storage.exists(name.database);
     if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
@@ -126,7 +126,7 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch), found->id};
 }
 
-// Does `work` with `frame` innermost.
+// Runs `work` with `frame` as the current frame.
 void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
     if (m_frames.size() >= kDeepestCall) throw sqlError(message::kCallsNestedTooDeeply);
     m_frames.push_back(&frame);
@@ -142,8 +142,8 @@ void Executor::runFrame(const Block& body, Frame& frame) {
     });
 }
 
-// Runs the body of a procedure, or a text as one: its temporary tables and its settings end with it. False
-// when an error has ended it.
+// Runs the body of a procedure or dynamic SQL, then drops its temporary tables and restores the settings.
+// Returns false if an error ended it.
 bool Executor::runScope(const Block& body, Frame& frame) {
     const Finally settingsAgain([this, before = m_settings] {
         m_abortsCancelled = m_abortsCancelled || (m_settings.abortOnError && isCancelled());
@@ -184,7 +184,7 @@ Flow Executor::run(const Execute& execute) {
     return Flow::Next;
 }
 
-// A call leaves as many transactions open as it has found.
+// Reports error 266 if a call has changed the number of open transactions.
 void Executor::checkTransactions(int before, const std::string& procedure) {
     if (m_transactions == before || m_settings.implicitTransactions) return;
     const SqlError error = sqlError(message::kTransactionCountMismatch,
@@ -203,7 +203,7 @@ void Executor::runText(const std::string& text, const std::string& inside) {
     if (m_database != database) useDatabase(database);
 }
 
-// sp_executesql @statement, @declarations, values...: the text is the body of a procedure without a name.
+// sp_executesql @statement, @declarations, values ...: runs the text as the body of an unnamed procedure.
 void Executor::executeSql(const Execute& execute, const std::string& database) {
     if (execute.arguments.empty() || !execute.arguments.front().value)
         throw sqlError(message::kMissingParameter, {"sp_executesql", "@statement"}, 10);
@@ -218,7 +218,7 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
         texts[i] = std::move(std::get<std::string>(given.value));
     }
     const std::string &statement = texts[0], &declarations = texts[1];
-    Frame frame, own;                     // the procedure and its text are a level each
+    Frame frame, own;                     // sp_executesql and its text are a level each
     if (trimmed(declarations).empty()) {  // the text may define a module
         inFrame(own, [&] { runText(statement, database); });
         frame.returned = std::int64_t{m_error};
@@ -326,7 +326,7 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
         setVariable(execute.resultVariable, viewOf(frame.returned), simpleType(TypeId::Int));
 }
 
-// Called by SQLite for every row of a query that calls the function.
+// SQLite calls this for every row of a query that contains the function.
 Value Executor::callFunction(std::string_view database, std::string_view name,
                              std::span<const CellView> arguments) {
     const ObjectName object{std::string(database), "dbo", std::string(name), m_line};

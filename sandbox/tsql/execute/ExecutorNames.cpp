@@ -1,4 +1,4 @@
-// What names mean to a session: variables and tables.
+// Resolution of names: variables, tables and views.
 #include "execute/Executor.h"
 #include "functions/SessionFunctions.h"
 #include "messages/Messages.h"
@@ -25,7 +25,7 @@ const Variable& Executor::local(std::string_view name) {
     return found->second;
 }
 
-// @@name: its type, and where its value comes from.
+// A global variable (@@name): its type and the source of its value.
 struct Executor::Global {
     std::string_view name;
     SqlType type;
@@ -99,7 +99,7 @@ std::string Executor::databaseOf(const ObjectName& name) const {
     return inner.empty() ? m_database : inner;
 }
 
-// tempdb..#t is #t.
+// The database of tempdb..#t is ignored.
 Catalogue Executor::catalogue(const ObjectName& name) {
     if (name.name.starts_with('@')) return temporary();
     if (name.name.starts_with('#')) {
@@ -137,7 +137,7 @@ std::string Executor::asWritten(const ObjectName& name) {
     return full + name.name;
 }
 
-// `missing`: the error, and its state, where there is none.
+// missing, state: number and state of the error if there is no such table.
 TableInfo Executor::table(const ObjectName& name, int missing, int state) {
     if (auto found = findTable(name)) return *found;
     if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");

@@ -14,9 +14,9 @@ using namespace ast;
 
 namespace {
 
-constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two questions whether the client cancelled
+constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for cancellation
 
-// The columns by which INSERT gives its values, or the columns' number was wrong.
+// Whether the number of columns or values of an INSERT was wrong.
 bool isCountError(const SqlError& error) {
     return error.number == message::kMoreInsertColumnsThanValues ||
            error.number == message::kFewerInsertColumnsThanValues ||
@@ -24,7 +24,7 @@ bool isCountError(const SqlError& error) {
            error.number == message::kMoreSelectedThanInserted;
 }
 
-// Keeps the rows from the client, and nothing else.
+// Sink that passes rows to a function and everything else to the client.
 class DivertingSink final : public ResultSink {
   public:
     using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
@@ -79,7 +79,8 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
     std::vector<Column> columns;
     for (const auto& output : text.columns) columns.push_back(output.column);
     std::vector<CellView> cells(columns.size());
-    // An error in the first row leaves no result set, except in TRY, where CATCH follows an empty one.
+    // An error in the first row produces no result set. Within TRY it produces an empty one before the
+    // results of CATCH.
     const bool shown = m_tries > 0 && m_change.verb.empty();
     if (shown) m_sink->columns(columns);
     std::int64_t rows = 0;
@@ -117,7 +118,7 @@ std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vecto
     return rows;
 }
 
-// The new table inherits an identity when it is given once and of the only table.
+// The new table inherits the identity if the query reads one table and selects its identity once.
 void Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
@@ -143,7 +144,7 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
     done(m_rowCount);
 }
 
-// Runs the changing statement; `translator` tells its parameters.
+// Runs a statement that changes rows, with the parameters of `translator`.
 void Executor::change(const TableInfo& target, std::string_view verb, const std::string& sql,
                       const Translator& translator) {
     m_change.target = target;
@@ -164,7 +165,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     m_change.verb.clear();
 }
 
-// OUTPUT ... INTO: what the change gives goes into another table, or nothing is changed.
+// OUTPUT ... INTO: inserts the output into another table, atomically with the change.
 void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                                 const Translator& translator, const std::optional<Output>& output) {
     if (!output || !output->into) return change(target, verb, sql, translator);
@@ -179,7 +180,7 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
         identity = sqlite3_last_insert_rowid(m_connection.handle());
     });
     m_rowCount = changed;
-    sqlite3_set_last_insert_rowid(m_connection.handle(), identity);  // SCOPE_IDENTITY() is the change's own
+    sqlite3_set_last_insert_rowid(m_connection.handle(), identity);  // SCOPE_IDENTITY() of the change
     atomic.commit();
 }
 
@@ -205,7 +206,7 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
     return columns;
 }
 
-// Without a list of columns, all but the identity are meant.
+// Without a column list, values are expected for all columns but the identity.
 std::string Executor::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                                  const Insert& insert, Translator& translator) {
     translator.useCommonTables(insert, insert.table);
@@ -253,7 +254,7 @@ void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
     if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *identity;
 }
 
-// The row that was refused has used up its identity, as those before it have.
+// A refused row uses up its identity, as the rows before it do.
 void Executor::loseIdentity(const TableInfo& target) {
     if (!target.identityColumn() || sameWord(m_settings.identityInsert, target.fullName())) return;
     const Value stored[] = {target.stored};
@@ -265,7 +266,7 @@ void Executor::loseIdentity(const TableInfo& target) {
     if (m_transactions == 0) m_givenIdentities.clear();
 }
 
-// What has been given out is not given out again, whatever has become of the rows.
+// Identities are not generated again, even if their rows were rolled back.
 void Executor::skipIdentities() {
     for (const auto& [table, last] : m_givenIdentities) {
         const Value values[] = {table.second, last};
@@ -280,7 +281,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         std::vector<Value> cells;
         std::vector<SqlType> types;
     };
-    std::vector<CollectedRow> collected;  // the work may read the table that is filled
+    std::vector<CollectedRow> collected;  // `work` may read the target table
     const auto take = [&](std::span<const Column> types, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
         CollectedRow& row = collected.emplace_back();
@@ -329,7 +330,8 @@ Flow Executor::run(const Update& update) {
     return Flow::Next;
 }
 
-// SQLite checks a key row by row, T-SQL when the statement is done: so the rows leave their keys first.
+// SQLite checks keys row by row, T-SQL at the end of the statement. Therefore the rows give up their keys
+// first.
 void Executor::updateInSteps(const TableInfo& target, const Translator& translator,
                              const std::optional<Output>& output) {
     Atomic atomic(m_connection, target.schema);
@@ -361,7 +363,7 @@ Flow Executor::run(const Delete& statement) {
     return Flow::Next;
 }
 
-// The identity begins anew.
+// TRUNCATE TABLE restarts the identity.
 Flow Executor::run(const Truncate& truncate) {
     claim(truncate.table);
     const TableInfo target = table(truncate.table, message::kTruncatedTableNotFound);

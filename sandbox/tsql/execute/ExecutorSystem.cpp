@@ -1,4 +1,4 @@
-// Procedures of the system: each a head in T-SQL, by which its arguments are bound, and a body here.
+// System procedures. Each has a parameter list in T-SQL, to which arguments are bound, and a body in C++.
 #include <algorithm>
 
 #include "execute/Executor.h"
@@ -36,7 +36,7 @@ const Executor::SystemProcedure* Executor::systemProcedure(std::string_view name
     return found == std::end(kProcedures) ? nullptr : found;
 }
 
-// The module's text, a row for each line with its end, cut at 255 characters.
+// sp_helptext: one row for each line of the module's text, the line end included, split after 255 characters.
 int Executor::helpText(const Frame& frame) {
     if (!textOf(frame, "@columnname").empty()) throw unsupported("sp_helptext with a column");
     ObjectName name = parseObjectName(textOf(frame, "@objname"));
@@ -56,7 +56,8 @@ int Executor::helpText(const Frame& frame) {
     return 0;
 }
 
-// What both lock procedures ask for; nothing, with the error reported, when it is no lock.
+// Returns the lock that the arguments of both lock procedures describe. Reports an error and returns nothing
+// if they are invalid.
 std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_view mode) {
     const std::string owner = textOf(frame, "@lockowner");
     const auto known = lockModeNamed(mode);

@@ -1,4 +1,4 @@
-// BEGIN, SAVE, COMMIT and ROLLBACK, and what changes of rows and definitions ask of the transaction.
+// Transactions: BEGIN, SAVE, COMMIT and ROLLBACK, and the start of SQLite's transaction before a change.
 #include "execute/Executor.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
@@ -9,11 +9,11 @@ using namespace ast;
 
 namespace {
 
-constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite's savepoint at the begin of a transaction
+constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite savepoint at the start of a transaction
 
 }  // namespace
 
-// SQLite's transaction begins with the first change, so that reading before it holds no old state.
+// Begins SQLite's transaction before the first change. Reading before that does not fix a snapshot.
 void Executor::beforeWrite() {
     if (m_doomed) throw sqlError(message::kTransactionDoomed);
     if (m_transactions == 0 || m_connection.inTransaction()) return;
@@ -23,8 +23,8 @@ void Executor::beforeWrite() {
     m_begun = true;
 }
 
-// What a statement changes, before its names are looked up: a transaction that has read there cannot wait any
-// more.
+// Locks the database that a statement changes, before its names are looked up: after the transaction has read
+// it, SQLite no longer waits for another writer.
 void Executor::claim(const ObjectName& target) {
     if (m_connection.inTransaction() && !isTemporaryName(target.name)) m_connection.lock(databaseOf(target));
 }
@@ -42,7 +42,8 @@ void Executor::begin(const std::string& name) {
     m_sink->transactionChanged(TransactionEvent::Began);
 }
 
-// Statements that look at or change what is in tables. BEGIN TRANSACTION itself then opens two.
+// IMPLICIT_TRANSACTIONS: begins a transaction before statements that read or change tables. BEGIN TRANSACTION
+// then begins two.
 void Executor::beginImplicitly(const Statement& statement) {
     const auto begins = []<typename Node>(const Node& node) {
         if constexpr (std::is_same_v<Node, SelectStatement>) {
@@ -86,13 +87,13 @@ void Executor::rollBack() {
     if (older) dropTemporaryTables();
 }
 
-// All is as it was before, but for the identities that have been given out.
+// Rolls back SQLite's transaction, but does not allow generated identities to be reused.
 void Executor::undoTransaction() {
     if (!m_givenIdentities.empty()) try {
             m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
             skipIdentities();
             return m_connection.run("COMMIT");
-        } catch (const SqliteFailure&) {  // no room for that
+        } catch (const SqliteFailure&) {  // the disk is full: identities may be reused
         }
     m_connection.run("ROLLBACK");
 }

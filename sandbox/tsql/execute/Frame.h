@@ -1,4 +1,4 @@
-// What a batch, a procedure or a function has for itself while it runs.
+// State of a running batch, procedure or function.
 #pragma once
 
 #include <map>
@@ -19,7 +19,7 @@ struct Variable {
     Value value;
 };
 
-// Its query is bound when it is declared; its rows are read when it is opened.
+// A cursor. DECLARE translates its query and evaluates the variables in it; OPEN reads its rows.
 struct Cursor {
     QueryText query;
     std::vector<Value> parameters;
@@ -27,11 +27,11 @@ struct Cursor {
     bool counted = false;
     bool open = false;
     std::vector<std::vector<Value>> rows;
-    std::int64_t at = 0;  // from 1; 0 before the first row
+    std::int64_t at = 0;  // row, from 1; 0: before the first row
 };
 using Cursors = std::map<std::string, Cursor>;  // by name in lower case
 
-// DECLARE @t TABLE: a temporary table that only its frame knows.
+// A table variable: a temporary table that is visible in its frame only.
 struct TableVariable {
     std::shared_ptr<const ast::CreateTable> definition;
     TableInfo info;
@@ -44,18 +44,18 @@ struct Frame {
 
     std::string procedure;         // empty in a batch
     std::int64_t procedureId = 0;  // @@PROCID
-    std::string database;          // in which its names are looked up; empty: the session's
+    std::string database;          // of unqualified names; empty: the session's
     WordMap<Variable> variables;
-    Cursors cursors;                       // the LOCAL ones
+    Cursors cursors;                       // LOCAL cursors
     std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()
     WordMap<TableVariable> tables;
-    std::vector<TableInfo> temporary;  // #tables that it has made
+    std::vector<TableInfo> temporary;  // #tables created in this frame
     bool isFunction = false;
-    bool isQuery = false;  // of a view, or of a function that returns a table
+    bool isQuery = false;  // view or table-valued function
     SqlType returnType;
     Value returned = Null{};
-    std::size_t skippedArguments = 0;  // those of sp_executesql that are none of the text's
-    int tries = 0;                     // TRY blocks of its own around the statement that runs
+    std::size_t skippedArguments = 0;  // arguments of sp_executesql itself
+    int tries = 0;                     // TRY blocks in this frame around the current statement
 };
 
 }  // namespace tsql

@@ -16,12 +16,12 @@ namespace {
 constexpr std::size_t kLongestMessage = 2047;
 constexpr std::string_view kEllipsis = "...";
 
-// %% or flags, width, precision and type; without a type it is no conversion.
+// Matches %% or %, flags, width, precision and type. A match without a type is an invalid conversion.
 constexpr const char* kSubstitution =
     R"(%(%|([-+0# ]*)(\*|[0-9]{0,4})(\.(?:\*|[0-9]{0,4}))?(?:h|l|I64)?([diouxXs])?))";
 enum Group { kAll, kWhole, kFlags, kWidth, kPrecision, kType };
 
-// As SQLite's printf writes it.
+// Formats one argument with SQLite's printf.
 template <typename Argument>
 std::string written(const std::string& format, Argument argument) {
     const std::unique_ptr<char, void (*)(void*)> text(sqlite3_mprintf(format.c_str(), argument),
@@ -30,7 +30,7 @@ std::string written(const std::string& format, Argument argument) {
     return text.get();
 }
 
-// Takes the arguments one after the other.
+// Consumes the arguments in order.
 class Formatter {
   public:
     explicit Formatter(std::span<const TypedValue> arguments) : m_arguments(arguments) {}
@@ -59,7 +59,7 @@ class Formatter {
     }
 
   private:
-    // Digits, or * for the next argument.
+    // Width or precision: digits, or * for the next argument.
     std::string number(const std::string& digits) {
         constexpr std::int64_t kWidest = 2047;
         std::int64_t value = 0;
@@ -74,7 +74,7 @@ class Formatter {
         return std::to_string(std::clamp<std::int64_t>(value, 0, kWidest));
     }
 
-    // A negative number without a sign is shown in 32 bits.
+    // Unsigned conversions show negative numbers as 32-bit ones.
     static std::string integer(const std::string& format, std::int64_t value) {
         const bool isSigned = format.ends_with('d') || format.ends_with('i');
         return written(format, static_cast<long long>(isSigned || value >= 0 ? value : value & 0xFFFFFFFF));

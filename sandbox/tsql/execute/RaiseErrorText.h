@@ -1,4 +1,4 @@
-// The text of RAISERROR: %s, %d, %i, %u, %x, %X, %o and %% with flags, width and precision.
+// Formatting of RAISERROR messages: %s, %d, %i, %u, %x, %X, %o and %% with flags, width and precision.
 #pragma once
 
 #include <span>
@@ -9,8 +9,8 @@
 
 namespace tsql {
 
-// Missing arguments are "(null)". Throws SqlError 2787 for a conversion that is none, 2786 for an argument of
-// another type than its conversion asks for.
+// Replaces the conversions in `format` by the arguments. Missing arguments become "(null)". Throws SqlError
+// 2787 for an invalid conversion and 2786 for an argument of the wrong type.
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments);
 
 }  // namespace tsql

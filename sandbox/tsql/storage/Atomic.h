@@ -1,4 +1,4 @@
-// Several statements of SQLite as one: all of them, or none.
+// Savepoint that makes several SQLite statements atomic. Without commit(), the destructor undoes them.
 #pragma once
 
 #include "storage/Connection.h"
@@ -7,7 +7,8 @@ namespace tsql {
 
 class Atomic {
   public:
-    // Takes the right to write the schema before anything is read: SQLite waits for it only then.
+    // Acquires the write lock of the schema before anything is read: only then does SQLite wait for another
+    // writer.
     Atomic(Connection& connection, const std::string& schema) : Atomic(connection) {
         m_connection.run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
     }

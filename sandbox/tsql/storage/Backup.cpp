@@ -22,15 +22,15 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
-// A backup is the database as one SQLite file, which tells of itself in a table, and behind it the checksum
-// of all that. SQLite's header begins with its own name and has the application's at 68.
+// A backup is a SQLite file, in which the table tsqlbox_backup describes the backup, followed by the file's
+// checksum. SQLite's header begins with kSqlite and has the application id at offset 68.
 constexpr std::string_view kSqlite = "SQLite format 3\0"sv;
 constexpr std::string_view kApplication = "TSQL";
 constexpr int kApplicationId = 0x5453514C;
 constexpr std::size_t kApplicationAt = 68;
 constexpr std::size_t kChecksum = crypto_generichash_BYTES;
 constexpr std::size_t kBlock = 1 << 16;
-constexpr std::int64_t kPage = 4096;  // of every SQLite file that is made here
+constexpr std::int64_t kPage = 4096;  // page size of all database files
 
 constexpr int kPagesAtATime = 1024;
 constexpr int kTriesToLock = 100;
@@ -53,7 +53,7 @@ Stream openStream(const fs::path& file, const char* mode) {
     return stream;
 }
 
-// Fewer bytes than asked for at the end of the file.
+// Returns fewer bytes than `size` at the end of the file.
 std::string read(std::FILE* stream, std::size_t size) {
     std::string bytes(size, '\0');
     bytes.resize(std::fread(bytes.data(), 1, size, stream));
@@ -65,7 +65,7 @@ bool isBackup(std::FILE* stream) {
     return head.starts_with(kSqlite) && head.ends_with(kApplication);
 }
 
-// The file, when it is a backup.
+// Opens a backup. Throws SqlError 3241 for another file.
 Stream openBackup(const fs::path& file) {
     Stream stream = openStream(file, "rbe");
     const bool opened = isBackup(stream.get());
@@ -74,7 +74,7 @@ Stream openBackup(const fs::path& file) {
     return stream;
 }
 
-// A file of ours beside another, gone with this object unless it was renamed into place.
+// Temporary file in the directory of another. The destructor deletes it unless it was renamed.
 class TemporaryFile {
   public:
     explicit TemporaryFile(const fs::path& beside) {
@@ -102,7 +102,7 @@ class TemporaryFile {
     fs::path m_path;
 };
 
-// Of the first `size` bytes of a file.
+// Checksum of the first `size` bytes of a file.
 std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& progress) {
     crypto_generichash_state state;
     crypto_generichash_init(&state, nullptr, 0, kChecksum);
@@ -128,8 +128,7 @@ void appendChecksum(const fs::path& file, const Progress& progress) {
         throwCannotOpen(file, errno);
 }
 
-// What copies of databases are written to and read from: without a journal, for a copy is whole or is
-// removed.
+// Opens a copy of a database without a journal, since an incomplete copy is deleted.
 SqliteConnection openCopy(const fs::path& file, int flags) {
     sqlite3* raw = nullptr;
     const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
@@ -139,7 +138,7 @@ SqliteConnection openCopy(const fs::path& file, int flags) {
     return connection;
 }
 
-// One view of `from` becomes the whole of `to`, at once or not at all. Whoever has locked `to` is waited for.
+// Replaces the content of `to` by a consistent view of `from`, atomically. Waits for locks on `to`.
 void copyDatabase(sqlite3* from, sqlite3* to, const Progress& progress) {
     sqlite3_busy_timeout(to, 0);
     execute(from, "BEGIN; SELECT 1 FROM sqlite_master");
@@ -235,7 +234,7 @@ BackupHeader readBackupHeader(const fs::path& file) {
         "ifnull(name, ''), ifnull(description, '') FROM tsqlbox_backup";
     try {
         sqlite3_exec(openCopy(file, SQLITE_OPEN_READONLY).get(), kQuery, take, &header, nullptr);
-    } catch (const std::runtime_error&) {  // too much of it is missing
+    } catch (const std::runtime_error&) {  // too damaged for SQLite
     }
     if (header.database.empty()) throwDamaged(file);
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);

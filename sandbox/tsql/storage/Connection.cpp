@@ -10,12 +10,12 @@
 namespace tsql {
 namespace {
 
-constexpr int kSortVersion = 1;  // goes up when compareText() sorts otherwise
+constexpr int kSortVersion = 1;  // to be raised when the order of compareText() changes
 constexpr std::chrono::seconds kUsualLockTimeout{10};
-constexpr std::chrono::milliseconds kLongestPause{25};  // between two tries to get a lock
-constexpr int kStepsBetweenLooks = 200'000;             // of SQLite's machine, whether to go on
+constexpr std::chrono::milliseconds kLongestPause{25};  // between two attempts to get a lock
+constexpr int kStepsBetweenLooks = 200'000;  // SQLite instructions between two checks for cancellation
 constexpr std::size_t kIdleStatements = 64;
-constexpr std::size_t kMostAttached = 10;  // SQLite's own limit
+constexpr std::size_t kMostAttached = 10;  // limit of SQLite
 
 }  // namespace
 
@@ -48,7 +48,7 @@ void PreparedStatement::bind(int index, const CellView& value) {
 }
 
 void PreparedStatement::bindAll(std::span<const Value> values) {
-    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may have no place in it
+    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
     for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
         bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
 }
@@ -62,7 +62,7 @@ bool PreparedStatement::step() {
 }
 
 CellView PreparedStatement::cell(int column) const {
-    return viewOf(sqlite3_column_value(m_statement, column));  // the connection is its session's alone
+    return viewOf(sqlite3_column_value(m_statement, column));  // not shared between threads
 }
 
 std::string PreparedStatement::text(int column) const {
@@ -79,7 +79,7 @@ Connection::Connection(Storage& storage, std::function<bool()> cancelled)
     sqlite3_busy_handler(handle(), waitForLock, this);
     sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);
     sqlite3_extended_result_codes(handle(), 1);
-    sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a text
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a string
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
 }
 
@@ -92,7 +92,7 @@ void Connection::setLockTimeout(std::chrono::milliseconds timeout) {
     m_lockTimeout = timeout.count() < 0 ? kUsualLockTimeout : timeout;
 }
 
-// Called by SQLite when a lock is not to be had: false for no more tries. `tries` counts those of one wait.
+// SQLite's busy handler. Returns false to give up. `tries` is the number of earlier calls for the same lock.
 int Connection::waitForLock(void* self, int tries) {
     auto& connection = *static_cast<Connection*>(self);
     const auto now = std::chrono::steady_clock::now();
@@ -121,8 +121,8 @@ std::string Connection::attach(std::string_view database) {
     if (!m_storage.exists(database)) throw sqlError(message::kUnknownDatabase, {database});
     if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
     run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
-    run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; a session that waits keeps its pages
-    if (!inTransaction()) renewIndexes(quotedName(key));      // which would read in it
+    run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; idle sessions keep their pages
+    if (!inTransaction()) renewIndexes(quotedName(key));  // reading in a transaction would fix its snapshot
     m_attached.push_front(key);
     m_storage.use(key, 1);
     return quotedName(key);
@@ -138,7 +138,7 @@ void Connection::lock(std::string_view database) {
     if (!isNew) run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
 }
 
-// An index made when texts sorted otherwise is of no use.
+// Rebuilds the indexes if they were built with another sort order.
 void Connection::renewIndexes(const std::string& schema) {
     if (number("PRAGMA " + schema + ".user_version") >= kSortVersion) return;
     run("REINDEX ts_ci");
@@ -175,7 +175,8 @@ std::optional<std::int64_t> Connection::number(const std::string& sql, std::span
     return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;
 }
 
-// A statement that runs already (a function calls itself) is not among the idle ones, so it is made anew.
+// A statement in use, as in a recursive function, is not in the cache of idle statements and is prepared
+// again.
 sqlite3_stmt* Connection::borrow(const std::string& sql) {
     const auto found =
         std::find_if(m_idle.begin(), m_idle.end(), [&](const auto& idle) { return idle.first == sql; });

@@ -1,4 +1,4 @@
-// A session's SQLite connection: attached databases, prepared statements, failures.
+// SQLite connection of a session, with its attached databases and its cache of prepared statements.
 #pragma once
 
 #include <sqlite3.h>
@@ -20,7 +20,7 @@
 
 namespace tsql {
 
-// What SQLite answered; the extended result code and its text.
+// Error of SQLite: the extended result code and its text.
 struct SqliteFailure : std::runtime_error {
     SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
     int code;
@@ -28,7 +28,7 @@ struct SqliteFailure : std::runtime_error {
 
 class Connection;
 
-// A prepared statement on loan from its connection's cache.
+// A prepared statement, borrowed from the cache of its connection, which must outlive it.
 class PreparedStatement {
   public:
     PreparedStatement(Connection& connection, std::string sql);
@@ -38,9 +38,9 @@ class PreparedStatement {
 
     void bind(int index, const CellView& value);  // from 1; the value must outlive the steps
     void bindAll(std::span<const Value> values);
-    bool step();  // false behind the last row; throws SqliteFailure
+    bool step();  // false after the last row; throws SqliteFailure
     int columnCount() const { return sqlite3_column_count(m_statement); }
-    CellView cell(int column) const;  // from 0
+    CellView cell(int column) const;  // column from 0
     std::string text(int column) const;
     std::int64_t integer(int column) const { return sqlite3_column_int64(m_statement, column); }
 
@@ -52,32 +52,33 @@ class PreparedStatement {
 
 class Connection {
   public:
-    // `cancelled` is asked while a statement runs or waits for another session, and ends it.
+    // `cancelled` is called while a statement runs or waits for a lock. True ends the statement.
     Connection(Storage& storage, std::function<bool()> cancelled);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
     sqlite3* handle() { return m_handle.get(); }
-    // How long a statement waits for a lock; negative: as long as usual.
+    // Time limit of waiting for a lock. A negative one restores the default, 10 s.
     void setLockTimeout(std::chrono::milliseconds timeout);
     bool inTransaction() { return sqlite3_get_autocommit(handle()) == 0; }
 
-    // Attaches the database when it is not yet, and gives its schema's name, quoted. Throws SqlError 911.
+    // Attaches the database unless it is attached, and returns the quoted name of its schema. Throws SqlError
+    // 911.
     std::string attach(std::string_view database);
-    // Takes the right to write the database, before anything else of it is looked at in the transaction:
-    // SQLite waits for another writer only then.
+    // Acquires the write lock of a database. To be called before the transaction reads the database: only
+    // then does SQLite wait for another writer.
     void lock(std::string_view database);
     void detach(std::string_view database);
     void detachAllBut(std::string_view database);
     bool isAttached(std::string_view database) const;
 
-    // Schemas whose catalogue's tables are known to be there, until they are detached.
+    // Remember the attached schemas in which the tables of the catalogue exist.
     bool hasCatalogue(const std::string& schema) const { return m_catalogues.contains(schema); }
     void noteCatalogue(const std::string& schema) { m_catalogues.insert(schema); }
 
     void run(const std::string& sql, std::span<const Value> values = {});
-    // The number in the first row's first column; nothing without a row.
+    // Returns the integer in the first column of the first row, if there is a row.
     std::optional<std::int64_t> number(const std::string& sql, std::span<const Value> values = {});
 
   private:
@@ -94,9 +95,9 @@ class Connection {
     std::chrono::milliseconds m_lockTimeout{};
     std::chrono::steady_clock::time_point m_waitEnds;
     SqliteConnection m_handle;
-    std::list<std::string> m_attached;  // keys of databases, the latest used first
+    std::list<std::string> m_attached;  // keys of databases, most recently used first
     std::set<std::string> m_catalogues;
-    std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // the latest used first
+    std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // most recently used first
 };
 
 }  // namespace tsql

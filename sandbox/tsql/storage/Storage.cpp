@@ -21,7 +21,7 @@ constexpr std::string_view kExtension = ".db";
 constexpr std::size_t kMaxName = 128;
 constexpr int kBusyMilliseconds = 10'000;
 
-// Letters, digits, - and _ stand for themselves; every other byte is %XX.
+// Encodes a name for a file: letters, digits, - and _ are kept, every other byte becomes %XX.
 std::string encodeName(std::string_view name) {
     std::string file;
     for (const char& c : name) {
@@ -43,7 +43,7 @@ std::string decodeName(std::string_view file) {
     return name;
 }
 
-// The names of SQLite's side files begin with the database's: only whole names end in the extension.
+// Only database files end in the extension: SQLite's side files have names such as x.db-wal.
 std::vector<std::string> namesIn(const fs::path& directory) {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(directory))
@@ -91,7 +91,7 @@ std::string databaseKey(std::string_view name) {
 }
 
 Storage::Storage(const fs::path& directory) : m_directory(fs::absolute(directory)) {
-    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters are one lock for all sessions
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters would be a lock for all sessions
     if (sodium_init() < 0) throw std::runtime_error("the cryptographic library does not start");
     if (fs::create_directories(m_directory)) ::chmod(m_directory.c_str(), S_IRWXU);
     for (const std::string_view name : kSystemDatabases)

@@ -1,4 +1,4 @@
-// The data directory: one SQLite file a database.
+// Data directory, with one SQLite file for each database.
 #pragma once
 
 #include <sqlite3.h>
@@ -30,28 +30,29 @@ std::string databaseKey(std::string_view name);  // by which names of databases 
 // Safe under threads.
 class Storage {
   public:
-    // Makes the directory (mode 0700) and the system databases when missing. Throws std::runtime_error.
+    // Creates the directory (mode 0700) and the system databases if missing. Throws std::runtime_error.
     explicit Storage(const std::filesystem::path& directory);
 
-    // Names as they were created, sorted. Names are looked up in any case.
+    // Returns the names as they were created, sorted. All functions ignore the case of names.
     std::vector<std::string> databases() const;
     bool exists(std::string_view name) const;
-    // The name as it was created; empty when there is none.
+    // Returns the name as it was created; empty if there is no such database.
     std::string canonicalName(std::string_view name) const;
-    // Where the database's file is (or would be).
+    // Path of the database's file, whether or not it exists.
     std::filesystem::path pathOf(std::string_view name) const;
     const std::filesystem::path& directory() const { return m_directory; }
 
-    // Throws SqlError 1801 (exists) / 1802.
+    // Throws SqlError 1801 (exists) and 1802 (cannot be created).
     void create(std::string_view name);
-    // Throws SqlError 3701 (does not exist) / 3708 (system database). The caller has closed its connections.
+    // Throws SqlError 3701 (does not exist) and 3708 (system database). The caller must have detached the
+    // database.
     void drop(std::string_view name);
-    // Throws SqlError 1801 / 5058 (system database). The caller has closed its connections.
+    // Throws SqlError 1801 (exists) and 5058 (system database). The caller must have detached the database.
     void rename(std::string_view name, std::string_view newName);
     static bool isSystemDatabase(std::string_view name);
 
-    // How many sessions have a database attached, by its databaseKey(): one that others use is neither
-    // dropped nor restored.
+    // Count the sessions that have a database attached, by its databaseKey(). A database in use by others can
+    // be neither dropped nor restored.
     void use(const std::string& key, int change);
     int uses(const std::string& key) const;
 

@@ -1,4 +1,5 @@
-// Syntax tree to SQLite's SQL, with the type of every value. Variables become bound parameters.
+// Translation of T-SQL syntax trees to SQLite's SQL, with the type of every value. Variables become bound
+// parameters.
 #pragma once
 
 #include <functional>
@@ -21,25 +22,26 @@
 
 namespace tsql {
 
-// A view or a function of a database.
+// A stored view or function.
 struct StoredModule {
     std::string database;
     std::string name;
-    std::shared_ptr<const void> text;  // keeps `module`
+    std::shared_ptr<const void> text;  // owns `module`
     const ast::CreateModule* module = nullptr;
     std::int64_t id = 0;
 };
 
-// What names mean where the statement stands.
+// Resolves the names in a statement: variables, tables, views and functions.
 class NameResolver {
   public:
     virtual ~NameResolver() = default;
-    virtual SqlType variableType(std::string_view name) = 0;  // also of @@names; throws SqlError 137
+    virtual SqlType variableType(std::string_view name) = 0;  // @@names included; throws SqlError 137
     virtual std::optional<TableInfo> findTable(const ast::ObjectName& name) = 0;
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
     virtual std::optional<SystemView> view(const ast::ObjectName& name) = 0;
     virtual std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) = 0;
-    // Does `work` where names mean what they mean to the view or function. Throws SqlError 217 and 4429.
+    // Runs `work` with names resolved as inside the view or function. Throws SqlError 217 (nesting too deep)
+    // and 4429 (it contains itself).
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
 };
 
@@ -51,35 +53,35 @@ struct SourceColumn {
     bool identity = false;
 };
 
-// One table of a FROM clause, under an alias of its own in SQLite.
+// A table of a FROM clause. It has its own alias in SQLite.
 struct Source {
-    std::string exposed;  // the name that T-SQL text uses
+    std::string exposed;  // name in the T-SQL text
     std::string database;
-    std::string rowid;  // empty for what is no table
-    std::string table;  // in SQLite; the same
+    std::string rowid;  // SQL of the row id; empty: not a stored table
+    std::string table;  // qualified name in SQLite; empty likewise
     std::vector<SourceColumn> columns;
 };
 
 struct OutputColumn {
     Column column;
-    std::string alias;  // in SQLite; SELECT's columns are c1, c2 ...
+    std::string alias;  // in SQLite; c1, c2 ... for a SELECT
     bool nullLiteral = false;
 };
 
 struct QueryText {
     std::string sql;
     std::vector<OutputColumn> columns;
-    bool oneRow = false;    // never more than one row
-    bool compound = false;  // SELECT ... UNION ... SELECT, which another branch may follow
+    bool oneRow = false;    // returns at most one row
+    bool compound = false;  // a UNION to which a branch can be appended
 };
 
-// SELECT @a = ..., @b += ...
+// A variable that a SELECT assigns: SELECT @a = ..., @b += ...
 struct Assignment {
     std::string variable;
     SqlType type;  // of the value
 };
 
-// A CHECK's condition, its columns without a table, and which they are.
+// Condition of a CHECK constraint, with unqualified column names, and the columns it uses.
 struct CheckText {
     std::string sql;
     std::set<std::string> columns;
@@ -93,37 +95,38 @@ class Translator {
     Typed value(const ast::Expr& expr);
     std::string condition(const ast::Expr& expr);
 
-    // Statements that change `target`.
+    // Return the SQLite statement that changes `target`.
     std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const ast::Insert& insert);
     std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                             const ast::Insert& insert);
-    // One row of values of the given types, bound as ?1, ?2 ...
+    // For one row: values of the given types, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                                  const std::vector<SqlType>& types);
-    // What WITH names in front of a change of `target`.
+    // Makes the common table expressions of a change known. To be called before the change is translated.
     void useCommonTables(const ast::Change& change, const ast::ObjectName& target);
     std::string update(const TableInfo& target, const ast::Update& update);
-    // The same in steps, for rows that take over each other's keys.
+    // The last update() as several statements, for rows that take over each other's keys.
     std::vector<std::string> updateInSteps() const { return m_steps; }
-    // Common tables of which the last, `incoming`, has the rows that the change makes, with the row ids
-    // (ts_row) of those that are there already. For the texts of errors.
+    // Common table expressions for error messages. The last one, `incoming`, has the rows that the change
+    // produces; ts_row is the row id of a row that exists already.
     const std::string& newRows() const { return m_newRows; }
     std::string remove(const TableInfo& target, const ast::Delete& statement);
     CheckText check(const TableInfo& table, const ast::Expr& condition);
 
-    // What ?1, ?2 ... stand for.
+    // Source of the value of a parameter, in the order ?1, ?2 ...
     struct Parameter {
         std::string variable;             // empty: a constant
-        const Value* constant = nullptr;  // of the syntax tree
+        const Value* constant = nullptr;  // owned by the syntax tree
     };
     const std::vector<Parameter>& parameters() const { return m_parameters; }
     const std::vector<Assignment>& assignments() const { return m_assignments; }
-    // The columns of a change's OUTPUT clause.
+    // Columns of the OUTPUT clause of a change.
     const QueryText& output() const { return m_output; }
-    // Throws SqlError 8158 and 8159.
+    // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
+    // SqlError 8158 (too few names) and 8159 (too many).
     static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of);
-    // The table that UPDATE or DELETE changes: `name` may be an alias of `from`.
+    // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
     static const ast::ObjectName& targetName(const ast::ObjectName& name,
                                              const std::vector<ast::TableRefPtr>& from);
 
@@ -132,14 +135,14 @@ class Translator {
         Scope* outer = nullptr;
         std::vector<Source> sources;
         std::set<std::string> groupKeys;
-        std::vector<std::string> loose;  // columns outside of aggregates and GROUP BY, as messages name them
+        std::vector<std::string> loose;  // columns outside aggregates and GROUP BY, as named in messages
         bool sawAggregate = false;
         int aggregateDepth = 0;
-        bool windows = false;  // in the select list or ORDER BY: windows are allowed
+        bool windows = false;  // window functions are allowed
     };
     struct CommonTable {
         const ast::CommonTable* table;
-        std::string recursive = {};  // its name in SQLite, inside of its recursive part
+        std::string recursive = {};  // name in SQLite inside its recursive part
         std::vector<OutputColumn> columns = {};
     };
 
@@ -186,7 +189,7 @@ class Translator {
     std::string namedTable(const ast::NamedTable& table, const std::string& alias);
     std::string storedTable(const StoredModule& stored, const ast::NamedTable& table,
                             const std::string& alias);
-    // The values of the function's parameters, each in its type.
+    // Returns the SQL of the arguments, each converted to the type of its parameter.
     std::vector<std::string> argumentsOf(const StoredModule& function,
                                          const std::vector<ast::ExprPtr>& arguments);
     std::string tableFunction(const ast::NamedTable& table, const std::string& alias);
@@ -199,7 +202,8 @@ class Translator {
     QueryText forXml(const QueryText& rows, const ast::ForXml& xml) const;
 
     std::string groupBy(const ast::Select& select);
-    // `distinctList`: of SELECT DISTINCT, which must have what it is ordered by.
+    // distinctList: the select list of SELECT DISTINCT, which must contain the ORDER BY items; null without
+    // DISTINCT.
     std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text, bool outputOnly,
                         const std::string* distinctList = nullptr);
     std::string rowCount(const ast::Expr& expr, int least, int error);
@@ -210,8 +214,8 @@ class Translator {
     std::string nextAlias();
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);
     std::string addSource(const std::vector<OutputColumn>& columns, const std::string& exposed);
-    // A derived table and the arguments of a function do not see the tables beside them, but those of the
-    // queries around.
+    // Runs `work` without the sources of the current scope: derived tables and arguments of table functions
+    // see outer queries, but not the tables beside them.
     template <typename Work>
     auto blind(Work work) {
         const Finally seeing([this, beside = std::exchange(m_scope, m_scope->outer)] { m_scope = beside; });
@@ -230,7 +234,7 @@ class Translator {
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
                           const std::string& exposed);
     std::string returnedToVariables(const TableInfo& target, const ast::Update& update);
-    std::string filter(const ast::Change& change);  // its WHERE
+    std::string filter(const ast::Change& change);  // the WHERE clause
     std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,
                               const std::vector<ast::TableRefPtr>& from, std::string& rowid);
 
@@ -239,12 +243,12 @@ class Translator {
     std::vector<CommonTable> m_with;
     std::vector<Parameter> m_parameters;
     std::vector<Assignment> m_assignments;
-    // What stands for a variable that the statement itself assigns, by its name in lower case: its value
-    // before the row, then the value of the assignment to the left.
+    // SQL for the variables that the statement itself assigns: the value before the row, then the value
+    // assigned further left.
     WordMap<std::string> m_live;
-    bool m_sorted = false;  // then rows are computed before their order is known
+    bool m_sorted = false;  // rows are computed before they are sorted
     int m_aliases = 0;
-    std::string m_depth;  // of the recursion: the column that the recursive part must add
+    std::string m_depth;  // depth column that the recursive part must return
     std::int64_t m_maxRecursion = 100;
     QueryText m_output;
     std::vector<std::string> m_steps;

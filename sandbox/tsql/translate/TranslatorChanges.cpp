@@ -42,9 +42,9 @@ Typed Translator::defaultOf(const TableColumn& column) {
     return value(*parseExpression(column.byDefault));
 }
 
-// A constant of VALUES is a parameter: rows that differ only in their values are one statement of SQLite.
+// Constants in VALUES become parameters, so that rows with other values reuse the prepared statement.
 Typed Translator::cell(const Expr& expr) {
-    constexpr std::size_t kMostParameters = 1000;  // SQLite takes 32,766
+    constexpr std::size_t kMostParameters = 1000;  // SQLite accepts 32,766
     const auto* literal = std::get_if<Literal>(&expr.node);
     if (!literal || isNull(literal->constant.value) || m_parameters.size() >= kMostParameters)
         return value(expr);
@@ -147,7 +147,7 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
     }
 }
 
-// The OUTPUT clause: what the changed row holds then, or held before it was deleted.
+// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion.
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
                                   const std::string& exposed) {
     if (!output) return {};
@@ -163,7 +163,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     return " RETURNING " + list;
 }
 
-// SET @variable = column = value: the variable gets what the column holds then.
+// RETURNING for SET @variable = column = value: the variable gets the new value of the column.
 std::string Translator::returnedToVariables(const TableInfo& target, const Update& update) {
     std::string list;
     for (const auto& clause : update.sets) {
@@ -181,11 +181,11 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
     return list;
 }
 
-// The FROM clause of a change; gives the row id of the changed table in it.
+// Returns the FROM clause of a change and sets `rowid` to the row id of the changed table in it.
 std::string Translator::joinedSources(const TableInfo& target, const ObjectName& name,
                                       const std::vector<TableRefPtr>& from, std::string& rowid) {
     std::string sql = this->from(from);
-    std::string other;  // the table under another name: that is what is changed where it stands once
+    std::string other;  // the table under an alias: changed if it occurs only once
     for (const auto& source : m_scope->sources) {
         if (sameText(source.exposed, name.name)) rowid = source.rowid;
         if (source.table != target.sqlName()) continue;

@@ -11,7 +11,7 @@ using namespace ast;
 
 namespace {
 
-// "(a || b" of "(a || b)": more operands follow.
+// Removes the closing parenthesis, so that operands can be appended: "(a || b" from "(a || b)".
 std::string reopened(const std::string& sql) {
     return sql.substr(0, sql.size() - 1);
 }
@@ -29,7 +29,7 @@ Typed Translator::value(const Expr& expr) {
                                15);
         },
         expr.node);
-    // What is grouped by may stand anywhere as a whole.
+    // A whole GROUP BY expression is allowed anywhere, including its columns.
     if (m_scope && m_scope->groupKeys.contains(result.sql)) m_scope->loose.resize(loose);
     return result;
 }
@@ -198,7 +198,7 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     return result;
 }
 
-// What stands in OVER and beside it sees the groups, if there are any, as its rows.
+// The arguments and the OVER clause operate on the groups of the query, if there are any.
 Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     const std::string name = toUpper(call.name.name);
     const FunctionKind kind = kindOf(function);
@@ -223,7 +223,7 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     return result;
 }
 
-// ORDER BY inside of a call: the keys are never positions in the select list.
+// ORDER BY inside a call. Numbers are not positions in the select list here.
 std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
     std::string keys;
     for (const auto& item : items) {
@@ -266,7 +266,7 @@ Typed Translator::node(const ScalarQuery& scalar) {
     return {singleValue(text), text.columns.front().column.type};
 }
 
-// More than one row is an error, where SQLite would take the first.
+// ts_single reports more than one row as an error; SQLite alone would use the first row.
 std::string Translator::singleValue(const QueryText& text) {
     if (text.oneRow) return "(" + text.sql + ")";
     return "(SELECT ts_single(count(*), " + text.columns.front().alias + ") FROM (" + text.sql + "))";

@@ -92,7 +92,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     }
     std::string rows = fromSql + whereSql + groupSql + havingSql;
     if (select.having && select.groupBy.empty() &&
-        !listHasAggregate)  // SQLite knows a group by its list alone
+        !listHasAggregate)  // SQLite detects grouping only in the select list
         rows = " FROM (SELECT count(*)" + rows + ")";
     text.sql =
         std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows + orderSql + limitSql;
@@ -109,7 +109,7 @@ void Translator::refuseInRecursion(const Select& select) const {
     if (error) throw sqlError(error, {m_with.back().table->name});
 }
 
-// SELECT @v = @v + a FROM t ORDER BY b: the rows are put in order before the first value is computed.
+// SELECT @v = @v + a FROM t ORDER BY b. Rows are sorted before the first value is computed.
 QueryText Translator::assignInOrder(const Select& select, const Query& query, const std::string& rows) {
     QueryText text;
     const std::string order = orderBy(query.orderBy, text, /*outputOnly=*/false) + limit(&select, query);
@@ -130,7 +130,7 @@ QueryText Translator::assignInOrder(const Select& select, const Query& query, co
     return text;
 }
 
-// Without the check SQLite would take the column's value from any row of the group.
+// Without this check SQLite would return the column's value from an arbitrary row of the group.
 void Translator::refuseLooseColumns(int error, bool grouped) {
     if ((grouped || m_scope->sawAggregate) && !m_scope->loose.empty())
         throw sqlError(error, {m_scope->loose.front()});
@@ -189,12 +189,12 @@ std::string Translator::groupBy(const Select& select) {
         keys.insert(key.sql);
         sql += (sql.empty() ? " GROUP BY " : ", ") + collated(key);
     }
-    m_scope->loose.clear();  // what WHERE and ON read is before the grouping
+    m_scope->loose.clear();  // WHERE and ON are evaluated before grouping
     m_scope->groupKeys = std::move(keys);
     return sql;
 }
 
-// Where an ORDER BY item names an output column: by number, or by its name.
+// Returns the output column that an ORDER BY item denotes by number or name, if it does.
 std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const QueryText& text) const {
     if (const auto* literal = std::get_if<Literal>(&expr.node)) {
         const TypedValue& constant = literal->constant;
@@ -251,7 +251,8 @@ std::string Translator::limit(const Select* select, const Query& query) {
     return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, message::kNegativeOffsetClause);
 }
 
-// Sees no columns. Fewer rows than `least` are an error, where SQLite would take all.
+// Row count of TOP, OFFSET or FETCH, which cannot refer to columns. A count below `least` is an error; SQLite
+// alone would return all rows.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
     const Finally seeing([this, scope = std::exchange(m_scope, nullptr)] { m_scope = scope; });
     const Typed rows = value(expr);
@@ -265,7 +266,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
     std::string leftList, rightList;
-    bool flat = left.compound;  // a long chain stays flat: SQLite's parser bounds the nesting
+    bool flat = left.compound;  // a long chain is not nested: SQLite limits the nesting
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
         const Typed pieces[] = {
@@ -340,7 +341,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             if (!m_with[i].recursive.empty()) return recursiveReference(m_with[i], exposed);
             const auto all = m_with;
             const ast::CommonTable& common = *all[i].table;
-            m_with.resize(i);  // it sees those before it
+            m_with.resize(i);  // it sees only those before it
             std::string sql = isRecursive(common) ? recursiveTable(common, exposed)
                                                   : derivedTable(*common.query, common.columns, exposed);
             m_with = all;
@@ -366,7 +367,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     return "(" + view->sql + ") AS " + sqlAlias;
 }
 
-// The query in place of a view's or function's name, blind to what stands around it.
+// Returns the query of a view or function. It does not see the sources of the statement.
 std::string Translator::storedTable(const StoredModule& stored, const NamedTable& table,
                                     const std::string& alias) {
     const auto& parameters = stored.module->parameters;
@@ -401,7 +402,6 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
            coerce(separator, nvarcharType(SqlType::kMax)).sql + "))) AS " + sqlAlias;
 }
 
-// Gives the columns the names that stand behind the query's own, if there are any.
 void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
     if (names.empty()) return;
     if (names.size() != text.columns.size())
@@ -411,7 +411,7 @@ void Translator::rename(QueryText& text, const std::vector<std::string>& names, 
     for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
 }
 
-// Adds a table of these columns to the scope; gives its alias in SQLite.
+// Adds a source with these columns to the scope and returns its alias in SQLite.
 std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
     std::string sqlAlias = nextAlias();
     const std::string prefix = sqlAlias + ".";
@@ -436,7 +436,7 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
     return "(" + text.sql + ") AS " + addSource(text.columns, alias);
 }
 
-// Anchor UNION ALL recursive part. Each row counts how deep it is, for the limit.
+// Anchor UNION ALL recursive part. Every row has its depth, which is checked against the recursion limit.
 std::string Translator::recursiveTable(const ast::CommonTable& table, const std::string& alias) {
     const auto& operation = std::get<SetOperation>(table.query->body);
     const std::string name = "r" + nextAlias();
@@ -470,7 +470,7 @@ std::string Translator::recursiveReference(const CommonTable& table, const std::
 std::string Translator::join(const Join& join) {
     static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
                                                   " CROSS JOIN "};
-    for (const auto& table : m_with)  // rows without a partner would never end
+    for (const auto& table : m_with)  // outer rows would make the recursion endless
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
             throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
     const std::size_t begin = m_scope->sources.size();
@@ -478,13 +478,13 @@ std::string Translator::join(const Join& join) {
     const std::size_t middle = m_scope->sources.size();
     std::string right = tableRef(*join.right);
     const bool whole = join.kind == JoinKind::Full;
-    for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // rows that find no partner
+    for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;
     if (std::holds_alternative<Join>(join.right->node)) right = "(" + right + ")";
     std::string sql = left + std::string(kWords[static_cast<std::size_t>(join.kind)]) + right;
     if (!join.on) return sql;
-    auto& sources = m_scope->sources;  // ON sees none of those in front of a comma
+    auto& sources = m_scope->sources;  // ON does not see tables before a comma
     const std::vector<Source> before(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
     sources.erase(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
     sql += " ON " + condition(*join.on);

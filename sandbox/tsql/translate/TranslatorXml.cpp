@@ -1,4 +1,4 @@
-// FOR XML: the rows of a query as one text.
+// FOR XML: the rows of a query as one XML string.
 #include "messages/Messages.h"
 #include "translate/Translator.h"
 #include "types/Text.h"
@@ -7,12 +7,12 @@ namespace tsql {
 
 namespace {
 
-// A column of such a name is text beside the elements.
+// Columns with these names become text between elements.
 bool isXmlText(std::string_view name) {
     return name.empty() || name == "*" || name == "text()" || name == "node()";
 }
 
-// What a name of XML cannot hold stands in it as _x0020_.
+// Encodes characters that XML names cannot contain: a space becomes _x0020_.
 std::string xmlName(std::string_view name) {
     constexpr std::string_view kHex = "0123456789ABCDEF";
     std::string result;
@@ -32,7 +32,7 @@ std::string xmlName(std::string_view name) {
     return result;
 }
 
-// ts_xml(cell): the text as XML has it, NULL for NULL.
+// Returns a call of ts_xml(cell), which gives the XML text of the cell, or NULL for NULL.
 std::string cellText(const OutputColumn& output, bool attribute) {
     const TypeId id = output.column.type.id;
     if (isBinary(id)) throw unsupported("binary columns in FOR XML");
