@@ -8,8 +8,8 @@
 
 #include "ClientConnection.h"
 #include "Descriptor.h"
-#include "Engine.h"
 #include "Options.h"
+#include "execute/Engine.h"
 
 namespace server {
 

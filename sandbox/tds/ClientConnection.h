@@ -5,10 +5,10 @@
 #include <memory>
 
 #include "Credentials.h"
-#include "Engine.h"
 #include "PacketChannel.h"
 #include "PreparedStatements.h"
 #include "Response.h"
+#include "execute/Engine.h"
 
 namespace tds {
 

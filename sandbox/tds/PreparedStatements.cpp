@@ -3,7 +3,8 @@
 #include <iterator>
 
 #include "ServerMessages.h"
-#include "Text.h"
+#include "types/SqlTypes.h"
+#include "types/Text.h"
 
 namespace tds {
 namespace {

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "Engine.h"
+#include "execute/Client.h"
 
 namespace tds {
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <vector>
 
-#include "Engine.h"
 #include "PacketChannel.h"
 #include "WireValue.h"
+#include "execute/Client.h"
 
 namespace tds {
 

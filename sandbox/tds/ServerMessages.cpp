@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Messages.h"
+#include "messages/Messages.h"
 
 namespace tds {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "Engine.h"
-#include "SqlError.h"
+#include "execute/Client.h"
+#include "messages/SqlError.h"
 
 namespace tds {
 

@@ -1,4 +1,4 @@
-// The system's views, each a query over a database's catalogue.
+// System views, each a query over the catalogue of a database.
 #pragma once
 
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace tsql {
 
-// Views of the system (sysobjects, sys.tables, INFORMATION_SCHEMA.COLUMNS ...): a query over the catalogue.
+// A system view (sysobjects, sys.tables, INFORMATION_SCHEMA.COLUMNS ...) as a query over the catalogue.
 struct SystemView {
     std::string sql;
     std::vector<TableColumn> columns;
@@ -19,7 +19,8 @@ struct SystemView {
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage);
-// 1 master, 2 tempdb, 3 model, 4 msdb, then the others by name; nothing for an unknown one.
+// Returns the number of a database: 1 master, 2 tempdb, 3 model, 4 msdb, then the others by name. Empty for
+// an unknown name.
 std::optional<int> databaseId(const Storage& storage, std::string_view name);
 
 }  // namespace tsql

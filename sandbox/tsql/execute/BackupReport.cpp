@@ -10,8 +10,8 @@ namespace tsql {
 
 namespace {
 
-// `columns`: of each its name, its type and what stands there when a row tells nothing; 0 or NULL without
-// that.
+// columns: the name and type of each column, and the value it has where a row gives none. Without that value
+// it is 0 or NULL.
 BackupReport reportOf(std::string_view columns, const std::vector<std::map<std::string_view, Value>>& rows) {
     BackupReport report;
     report.rows.resize(rows.size());

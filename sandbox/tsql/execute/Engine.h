@@ -11,7 +11,7 @@
 
 namespace tsql {
 
-// What all sessions share; safe under threads.
+// State shared by all sessions. Thread-safe.
 struct Engine {
     // Opens the data directory. Creates it and the system databases (master, msdb, tempdb, model) if missing.
     // Throws std::runtime_error with a message for the operator.
@@ -23,7 +23,7 @@ struct Engine {
 
 class Executor;
 
-// One client's session: current database, temporary tables, transaction, settings. One thread at a time.
+// Session of one client: current database, temporary tables, transaction, settings. Not thread-safe.
 class Session {
   public:
     Session(Engine& engine, Client client, std::string_view database, int spid);

@@ -20,8 +20,8 @@ namespace {
 constexpr int kFatalSeverity = 20;
 constexpr int kTopUserSeverity = 18;
 
-// Errors that end the batch and roll the transaction back: conversions, tables that cannot become what they
-// should, calls too deep, and the loser of a deadlock.
+// Errors that end the batch and roll back the transaction: failed conversions, impossible changes of tables,
+// calls nested too deep, and the victim of a deadlock.
 constexpr std::array kBatchErrors = {
     message::kCallsNestedTooDeeply, message::kBadMoneyText,           message::kBadDateText,
     message::kDateOutOfRange,       message::kOverflowOfSmallInteger, message::kBadTextForType,
@@ -30,7 +30,7 @@ constexpr std::array kBatchErrors = {
     message::kInvalidIdentityType,  message::kConstraintNotDropped,   message::kAddedColumnNotNull,
     message::kColumnHasDependents,  message::kAlteredColumnNotFound,  message::kSeveralPrimaryKeys,
     message::kConversionError,      message::kIdentityOnNullable,     message::kBadUniqueIdentifier};
-// What a compilation would have found: ends the procedure or batch, not the transaction.
+// Errors that a compiler would find. They end the procedure or batch, but not the transaction.
 constexpr std::array kScopeErrors = {message::kOrderByItemNotInSetOperation,
                                      message::kUnknownColumnPrefix,
                                      message::kOrderByPositionOutOfRange,

@@ -194,7 +194,7 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     try {
         const BackupHeader header =
             restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
-        m_connection.attach(name);  // which brings its indexes up to date
+        m_connection.attach(name);  // rebuilds outdated indexes
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {
         if (error.number != message::kFileInUse) throw;

@@ -74,7 +74,8 @@ void Executor::checkNode(const Node& node) {
     }
 }
 
-// Of what a procedure that is defined calls; those of the system are not all here.
+// Reports that a new procedure calls one that does not exist. System procedures are skipped, since not all of
+// them are supported.
 void Executor::reportMissingDependency(const ObjectName& procedure) {
     const Frame& frame = *m_frames.back();
     const bool ofSystem = lowerAscii(procedure.name).starts_with("sp_");

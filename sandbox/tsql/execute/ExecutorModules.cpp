@@ -96,7 +96,7 @@ Flow Executor::run(const CreateModule& module) try {
         owner.addColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
     });
     return finished();
-} catch (const SqlError& error) {  // told of as the module's
+} catch (const SqlError& error) {  // reported with the name of the module
     afterError({error.number, error.severity, error.state, m_line, module.name.name, error.what()},
                /*raised=*/false);
     return Flow::Next;
@@ -255,7 +255,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     Arguments arguments;
     try {
         arguments = bindArguments(module, execute, name.name, frame);
-    } catch (const SqlError& error) {  // told of as the procedure's, before its first line
+    } catch (const SqlError& error) {  // reported for the procedure with line 0
         afterError({error.number, error.severity, error.state, 0, frame.procedure, error.what()},
                    /*raised=*/false);
         return;

@@ -148,7 +148,7 @@ std::optional<SystemView> Executor::view(const ObjectName& name) {
     if (isTemporaryName(name.name) || (!name.database.empty() && !m_storage.exists(name.database)))
         return std::nullopt;
     const std::string database = databaseOf(name);
-    catalogue(name), temporary();  // what the views read is there then
+    catalogue(name), temporary();  // creates the tables that the views read
     return systemView(name.schema, name.name, m_connection.attach(database), database, m_storage);
 }
 

@@ -51,7 +51,7 @@ class Formatter {
         const auto* text = std::get_if<std::string>(&value);
         if (!isText(type.id) && !isInteger(type.id) && !isBinary(type.id))
             throw sqlError(message::kInvalidSubstitutionType,
-                           {baseName(type.id), std::to_string(index + 4)});  // of RAISERROR
+                           {baseName(type.id), std::to_string(index + 4)});  // parameter of RAISERROR
         if ((match.str(kType) == "s") != (text != nullptr) || isBinary(type.id))
             throw sqlError(message::kSubstitutionTypeMismatch, {std::to_string(index + 1)});
         if (text) return written(side + size + "s", text->c_str());

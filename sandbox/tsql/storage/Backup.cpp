@@ -170,15 +170,15 @@ std::string now() {
     return toStorage(timeNow().local, simpleType(TypeId::DateTime));
 }
 
-// The image is whole: an existing database is overwritten in one SQLite transaction, which other connections
-// see at once or not at all; a new one is renamed into place.
+// Overwrites an existing database in one SQLite transaction, which is atomic for other connections. A new
+// database is built in a temporary file, which is renamed when it is complete.
 void putInPlace(const fs::path& file, const fs::path& target, const Progress& progress) {
     const auto backup = openCopy(file, SQLITE_OPEN_READONLY);
     if (fs::exists(target))
         return copyDatabase(backup.get(), openDatabaseFile(target, OpenMode::Existing).get(), progress);
     TemporaryFile image(target);
     copyDatabase(backup.get(), openCopy(image.path(), SQLITE_OPEN_READWRITE).get(), progress);
-    openDatabaseFile(image.path(), OpenMode::Existing);  // from here on it has a journal
+    openDatabaseFile(image.path(), OpenMode::Existing);  // turns the journal on
     image.renameTo(target);
 }
 
@@ -200,7 +200,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
     std::error_code ignored;
     if (fs::is_other(file, ignored))
-        throwCannotOpen(file, EINVAL);  // the backup would take the device's place
+        throwCannotOpen(file, EINVAL);  // the backup would replace the device file
     if (fs::is_regular_file(file, ignored) && !fs::is_empty(file)) {
         const Stream old = openStream(file, "rbe");
         if (!isBackup(old.get())) throw sqlError(message::kNotABackupSet, {file.string()});

@@ -22,7 +22,7 @@ struct BackupHeader {
     std::string dataFile;  // physical path of the database when it was backed up
     std::string name, description;
     std::int64_t pages = 0;
-    std::int64_t bytes = 0;  // of the image
+    std::int64_t bytes = 0;  // size of the image
 
     std::string logName() const { return database + "_log"; }  // logical name of its log file
 };

@@ -65,7 +65,7 @@ void checkName(std::string_view name) {
 
 SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
     sqlite3* raw = nullptr;
-    // Without a lock of its own: each connection is one session's.
+    // Without a mutex, since only one thread uses a connection.
     const int flags =
         SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0);
     const int code = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
@@ -141,7 +141,7 @@ void Storage::rename(std::string_view name, std::string_view newName) {
     checkName(newName);
     if (exists(newName) && !sameText(name, newName)) throw sqlError(message::kDatabaseExists, {newName});
     const fs::path before = pathOf(name);
-    openDatabaseFile(before, OpenMode::Existing);  // whoever closes it last leaves no journal beside it
+    openDatabaseFile(before, OpenMode::Existing);  // closing the last connection deletes the journal
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
 }
 

@@ -22,12 +22,12 @@ using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 // time-out of 10 s. Throws std::runtime_error with the file and SQLite's text.
 enum class OpenMode { Existing, Create };
 SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
-// Runs statements that give no rows. Throws std::runtime_error with SQLite's text.
+// Runs statements without results. Throws std::runtime_error with SQLite's text.
 void execute(sqlite3* connection, const std::string& sql);
 
-std::string databaseKey(std::string_view name);  // by which names of databases are compared
+std::string databaseKey(std::string_view name);  // names with equal keys are one database
 
-// Safe under threads.
+// The databases of a server. Thread-safe.
 class Storage {
   public:
     // Creates the directory (mode 0700) and the system databases if missing. Throws std::runtime_error.

@@ -305,7 +305,7 @@ std::string Translator::from(const std::vector<TableRefPtr>& tables) {
 }
 
 std::string Translator::nextAlias() {
-    constexpr int kMostTables = 256;  // views within views would multiply without an end
+    constexpr int kMostTables = 256;  // nested views could multiply the tables without limit
     if (++m_aliases > kMostTables) throw sqlError(message::kTooManyTables);
     return "s" + std::to_string(m_aliases);
 }
