@@ -112,7 +112,7 @@ TEST_F(ProcedureRuns, RecordsComeInPages) {
     EXPECT_STREQ(records.getDbName(), "Dorvas");
     EXPECT_FALSE(records.open("Dorvas"));
     EXPECT_STREQ(records.getErrorMessage(),
-                 "The database is chosen already. Take a new object for another one.");
+                 "The database has been chosen already. Use a new object for another one.");
     const std::string wrongPage = "A page has 1 to 10,000 rows.";
     const std::string longPattern = "The name pattern is longer than 256 bytes. Shorten it.";
     const struct {

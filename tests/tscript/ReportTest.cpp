@@ -261,7 +261,7 @@ TEST_F(Report, TheOutputOfASuccessIsNotAFailures) {
         "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId)\n"
         "SELECT tsId, type, name, timeStart, timeEnd, 2, '', 0 FROM ZpTscriptExec WHERE name = 'Quiet'");
     const std::string text = page({});
-    expectIn(text, {"1 run failed or abandoned", "Its output is not known"});
+    expectIn(text, {"1 run failed or abandoned", "Its output is unknown"});
     EXPECT_EQ(count(text, "all is well"), 0U);
 }
 

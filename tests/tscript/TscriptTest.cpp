@@ -133,7 +133,7 @@ TEST_F(Installation, ReportsFaultsOfAnInstallation) {
     support::writeFile(package, intact);
 
     fs::permissions(folder / "cipher.key", fs::perms(0644));
-    expectAll({{purge, 3, "", "others than its owner may read"}});
+    expectAll({{purge, 3, "", "users other than its owner"}});
     fs::permissions(folder / "cipher.key", fs::perms(0600));
     fs::rename(folder / "cipher.key", folder / "old.key");
     expectAll({{purge, 3, "", "the key file that cipherKeyFile names is missing"},
@@ -515,7 +515,7 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
         {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},
         {"/cipher.key\"", "/no.key\"", "FAILED   key: the key file that cipherKeyFile names is missing"},
-        {"/cipher.key\"", "/password\"", "FAILED   key: the key file is not a file of exactly 32 bytes"},
+        {"/cipher.key\"", "/password\"", "FAILED   key: the key file is not a regular file of exactly 32 bytes"},
     };
     const std::string intact = support::readFile(store());
     for (const auto& fault : faults) {
@@ -565,7 +565,7 @@ TEST_F(Installation, ShowsAndChangesItsValues) {
         {{"config", "set", "Base.sVERSION", "50%"}, 2, "", "written twice"},
         {{"config", "set", "Base.sVERSION", "a\nb"}, 2, "", "control character"},
         {{"config", "set", "Base.sVERSION", longText}, 2, "", "longer than"},
-        {{"config", "set", "Base.sVERSION", "\xFF"}, 3, "", "no UTF-8"},
+        {{"config", "set", "Base.sVERSION", "\xFF"}, 3, "", "not UTF-8"},
         {{"config", "set", "Database.pACCESS", "ZC1.x"}, 2, "", "is a secret"},
         {{"config", "set", "host.odbcAttributes", "Pwd = x"}, 2, "", "is a secret"},
     });
