@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "FileAccess.h"
-#include "HostSetup.h"
+#include "KeyFileChoice.h"
 #include "Store.h"
 
 namespace hostlayer {

@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "KeyFileChoice.h"
 #include "PlatformExport.h"
 
 namespace hostlayer {
@@ -40,20 +41,6 @@ VT_PLATFORM_EXPORT bool setStoreValue(const std::vector<std::string>& table, con
 // Creates a file with a new random key, mode 0600. An existing file is never overwritten. False, with the
 // reason in `problem`, on a failure; no partly written file is left.
 VT_PLATFORM_EXPORT bool createCipherKeyFile(const std::string& path, std::string& problem);
-
-// Scope in which VTPassword objects of this thread load their key from another file than the store's. A
-// VTPassword that has loaded its key before keeps it. `file` is not copied and must outlive the scope; scopes
-// may nest.
-class VT_PLATFORM_EXPORT KeyFileChoice {
-  public:
-    explicit KeyFileChoice(const std::string& file);
-    ~KeyFileChoice();
-    KeyFileChoice(const KeyFileChoice&) = delete;
-    KeyFileChoice& operator=(const KeyFileChoice&) = delete;
-
-  private:
-    const std::string* m_before;
-};
 
 // Describes an error number of VTPassword and what to do about it. Never null; not to be freed.
 VT_PLATFORM_EXPORT const char* cipherErrorText(long error);
