@@ -69,12 +69,12 @@ class ScriptFixture : public testing::Test {
         for (std::string& row : rows) std::replace(row.begin(), row.end(), '\x12', '|');
         return rows;
     }
-    // The newest journal row of a script: "<status>|<0: its times make sense>|<recorded input>"; empty
-    // without one.
+    // The newest journal row of a script: "<status>|<0: its start is of today and its end not before it>|
+    // <recorded input>"; empty without one.
     std::string lastRun(const std::string& name) const {
         const Texts rows = query(
-            "SELECT TOP 1 status, CASE WHEN DATEDIFF(second, timeStart, timeEnd) BETWEEN 0 AND 60 THEN 0 "
-            "ELSE 1 END, inputParams FROM ZpTscriptExec WHERE name = '" +
+            "SELECT TOP 1 status, CASE WHEN timeEnd >= timeStart AND ABS(DATEDIFF(day, timeStart, "
+            "GETDATE())) <= 1 THEN 0 ELSE 1 END, inputParams FROM ZpTscriptExec WHERE name = '" +
                 name + "' ORDER BY id DESC",
             3);
         return rows.empty() ? "" : rows.front();
