@@ -12,6 +12,7 @@
 #include "ChildProcess.h"
 #include "CommandLine.h"
 #include "Store.h"
+#include "VtCauses.h"
 
 // No error text quotes a command line: it may hold a password.
 
@@ -54,21 +55,24 @@ std::string startFailure(const std::string& program, int error, const hostlayer:
 }  // namespace
 
 struct VtProcess::Impl {
-    std::string reap(std::size_t tailSize, int* exitCode);
+    std::string reap(std::size_t tailSize, int* exitCode, int& signal);
 
     hostlayer::ChildProcess child;
+    std::string program;
     bool isSilent = false;
 };
 
-// Reaps the ended child. Returns the reason why there is no exit code; empty when `exitCode` is set.
-std::string VtProcess::Impl::reap(std::size_t tailSize, int* exitCode) {
+// Reaps the ended child. Returns the reason why there is no exit code; empty when `exitCode` is set. `signal`
+// is set when one has ended the child.
+std::string VtProcess::Impl::reap(std::size_t tailSize, int* exitCode, int& signal) {
     int status = 0;
     if (const int error = child.reap(status, tailSize); error != 0)
         return std::string("The exit code is lost (does the host program ignore SIGCHLD?): ") +
                std::strerror(error);
-    if (WIFSIGNALED(status))
-        return "Ended by signal " + std::to_string(WTERMSIG(status)) + " (" + ::strsignal(WTERMSIG(status)) +
-               ")";
+    if (WIFSIGNALED(status)) {
+        signal = WTERMSIG(status);
+        return "Ended by signal " + std::to_string(signal) + " (" + ::strsignal(signal) + ")";
+    }
     if (exitCode != nullptr) *exitCode = WEXITSTATUS(status);
     return "";
 }
@@ -100,12 +104,16 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
         return fail("A double quote in the command line of [" + path + "] is not closed.");
     if (arguments.empty()) arguments.emplace_back();
     arguments.front() = path;
+    m_impl->program = path;
     using Output = hostlayer::ChildProcess::Output;
     const int failure =
         m_impl->child.start(path, arguments, m_impl->isSilent ? Output::kDiscard : Output::kInherit);
     for (std::string& argument : arguments)
         ::explicit_bzero(argument.data(), argument.size());  // one may be a password
-    return failure == 0 || fail(startFailure(path, failure, *store));
+    if (failure == 0) return true;
+    const std::string reason = startFailure(path, failure, *store);
+    VtNoteCause({.place = VtCause::kQueryTool, .systemError = failure, .subject = path, .text = reason});
+    return fail(reason);
 }
 
 bool VtProcess::Wait(int* exitCode, char* error, int errorSize, unsigned int timeoutMilliseconds) {
@@ -117,15 +125,19 @@ bool VtProcess::Wait(int* exitCode, char* error, int errorSize, unsigned int tim
     std::optional<std::chrono::milliseconds> limit;
     if (timeoutMilliseconds != kNoTimeout) limit.emplace(timeoutMilliseconds);
     std::string reason;
+    int signal = 0;
     if (m_impl->child.waitForEnd(limit, tailSize)) {
-        reason = m_impl->reap(tailSize, exitCode);
+        reason = m_impl->reap(tailSize, exitCode, signal);
     } else {
         m_impl->child.endGroup(tailSize);
-        m_impl->reap(tailSize, nullptr);
+        m_impl->reap(tailSize, nullptr, signal);
         reason = "Ended because it ran longer than " + std::to_string(timeoutMilliseconds) + " ms";
     }
     const std::string& tail = m_impl->child.errorTail();
     if (!reason.empty()) reason += tail.empty() ? "." : ". It wrote:\n";
     copyTruncated(reason + tail, error, errorSize);
-    return reason.empty();
+    if (reason.empty()) return true;
+    VtNoteCause(
+        {.place = VtCause::kQueryTool, .signal = signal, .subject = m_impl->program, .text = reason + tail});
+    return false;
 }

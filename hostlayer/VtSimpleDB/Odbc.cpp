@@ -3,9 +3,11 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "EvDebug.h"
 #include "Utf16.h"
+#include "VtCauses.h"
 
 namespace hostlayer {
 namespace {
@@ -15,8 +17,31 @@ constexpr int kTraceLevel = 3;
 constexpr SQLSMALLINT kMaxRecords = 1000;         // a batch may print any number of lines
 constexpr std::size_t kUsualMessageLength = 512;  // UTF-16 units
 
-// Reads one diagnostic record as "SQLSTATE (native number) message". False when there is no such record.
-bool diagnosticText(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, std::string& text) {
+// Fields that drivers for SQL Server add to a record. FreeTDS has kLine and kState, and returns the severity
+// as kState.
+enum DriverField : SQLSMALLINT {
+    kState = -1150,
+    kSeverity = -1151,
+    kServer = -1152,
+    kProcedure = -1153,
+    kLine = -1154
+};
+constexpr int kDriverLine = 65535;                // FreeTDS's line number for messages of its own
+constexpr std::string_view kWarningClass = "01";  // first two characters of the SQLSTATE
+constexpr std::string_view kConnectionClass = "08";
+
+struct Record {
+    std::string sqlState;
+    int number = 0;
+    std::string message;
+
+    bool isError() const { return !sqlState.starts_with(kWarningClass); }
+    // "SQLSTATE (native number) message"
+    std::string text() const { return sqlState + " (" + std::to_string(number) + ") " + message; }
+};
+
+// False when there is no such record.
+bool readRecord(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, Record& record) {
     std::u16string state(SQL_SQLSTATE_SIZE, u'\0');
     SQLINTEGER native = 0;
     SQLSMALLINT length = 0;
@@ -32,17 +57,68 @@ bool diagnosticText(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, std:
     }
     if (!SQL_SUCCEEDED(result)) return false;
     message.resize(static_cast<std::size_t>(length));
-    text = toUtf8(state) + " (" + std::to_string(native) + ") " + toUtf8(message);
+    record = {toUtf8(state), static_cast<int>(native), toUtf8(message)};
     return true;
+}
+
+// Further fields of a record; 0 or empty if the driver does not have the field.
+class RecordFields {
+  public:
+    RecordFields(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number)
+        : m_type(type), m_handle(handle), m_number(number) {}
+
+    // Tries both lengths: FreeTDS rejects SQL_IS_INTEGER, other drivers may require it.
+    int integer(SQLSMALLINT field) const {
+        for (const SQLSMALLINT length : {SQLSMALLINT{SQL_IS_INTEGER}, SQLSMALLINT{0}}) {
+            SQLINTEGER value = 0;
+            if (SQL_SUCCEEDED(::SQLGetDiagFieldW(m_type, m_handle, m_number, field, &value, length, nullptr)))
+                return static_cast<int>(value);
+        }
+        return 0;
+    }
+
+    std::string text(SQLSMALLINT field) const {
+        std::u16string buffer(kUsualMessageLength, u'\0');
+        SQLSMALLINT bytes = 0;
+        const auto size = static_cast<SQLSMALLINT>(buffer.size() * sizeof(char16_t));
+        const SQLRETURN result =
+            ::SQLGetDiagFieldW(m_type, m_handle, m_number, field, buffer.data(), size, &bytes);
+        buffer.resize(SQL_SUCCEEDED(result) ? buffer.find(u'\0') : 0);
+        return toUtf8(buffer);
+    }
+
+  private:
+    SQLSMALLINT m_type;
+    SQLHANDLE m_handle;
+    SQLSMALLINT m_number;
+};
+
+void noteRecord(SQLSMALLINT type, const Record& record, const RecordFields& fields) {
+    const bool lostConnection = record.sqlState.starts_with(kConnectionClass);
+    const bool isStatement = type == SQL_HANDLE_STMT && !lostConnection;
+    VtCause cause{.place = isStatement ? VtCause::kStatement : VtCause::kConnection,
+                  .sqlState = record.sqlState,
+                  .serverError = record.number,
+                  .text = record.message};
+    cause.line = fields.integer(kLine);
+    if (cause.line == kDriverLine) cause.line = 0;
+    cause.state = fields.integer(kState);
+    cause.severity = fields.integer(kSeverity);
+    if (cause.severity == 0) std::swap(cause.severity, cause.state);  // FreeTDS
+    cause.procedure = fields.text(kProcedure);
+    cause.server = fields.text(kServer);
+    if (cause.server.empty()) cause.server = fields.text(SQL_DIAG_SERVER_NAME);
+    VtNoteCause(cause);
 }
 
 void logDiagnostics(SQLSMALLINT type, SQLHANDLE handle, int level, const char* action) {
     const EvDebug log;
-    if (!log.IsInitialized()) return;
-    std::string text;
+    Record record;
     SQLSMALLINT number = 1;
-    for (; number <= kMaxRecords && diagnosticText(type, handle, number, text); ++number)
-        log.DebugLevel(level, "%s: %s", action, text.c_str());
+    for (; number <= kMaxRecords && readRecord(type, handle, number, record); ++number) {
+        log.DebugLevel(level, "%s: %s", action, record.text().c_str());
+        if (level == kErrorLevel && record.isError()) noteRecord(type, record, {type, handle, number});
+    }
     const bool hasRecords = number > 1;
     if (!hasRecords && level == kErrorLevel) log.DebugLevel(level, "%s failed without a diagnostic", action);
 }
@@ -70,12 +146,15 @@ bool OdbcHandle::check(SQLRETURN result, const char* action) const {
     return result == SQL_SUCCESS_WITH_INFO;
 }
 
+void OdbcHandle::reportFailure(const char* action) const {
+    logDiagnostics(m_type, m_handle, kErrorLevel, action);
+}
+
 bool OdbcHandle::hasErrorRecord() const {
-    constexpr std::string_view kWarningClass = "01";  // first two characters of the SQLSTATE
-    std::string text;
+    Record record;
     for (SQLSMALLINT number = 1; number <= kMaxRecords; ++number) {
-        if (!diagnosticText(m_type, m_handle, number, text)) return false;
-        if (!text.starts_with(kWarningClass)) return true;
+        if (!readRecord(m_type, m_handle, number, record)) return false;
+        if (record.isError()) return true;
     }
     return false;
 }

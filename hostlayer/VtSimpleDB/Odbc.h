@@ -44,8 +44,10 @@ class OdbcHandle {
 
     // Returns whether an ODBC call on this handle succeeded. Logs all its diagnostic records (SQLSTATE,
     // native error number, text) to the debug log under the name `action`: errors at level 1, information at
-    // level 3.
+    // level 3. Errors are noted as causes, too (VtCauses.h).
     bool check(SQLRETURN result, const char* action) const;
+    // check() for a call that returned success and has an error record.
+    void reportFailure(const char* action) const;
 
     // True if one of the last call's diagnostic records is an error. Drivers return success for a block of
     // rows that an error has cut short.

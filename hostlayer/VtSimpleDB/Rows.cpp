@@ -117,7 +117,10 @@ class BlockReader : public RowReader {
         const SQLRETURN result = ::SQLFetch(m_statement.get());
         if (result == SQL_NO_DATA) return Fetched::kEnd;
         m_failsAfterBlock = result == SQL_SUCCESS_WITH_INFO && m_statement.hasErrorRecord();
-        return m_statement.check(result, "Fetch") && m_rowCount > 0 ? Fetched::kRow : Fetched::kFailure;
+        if (m_failsAfterBlock) m_statement.reportFailure("Fetch");
+        return (m_failsAfterBlock || m_statement.check(result, "Fetch")) && m_rowCount > 0
+                   ? Fetched::kRow
+                   : Fetched::kFailure;
     }
 
     const OdbcHandle& m_statement;

@@ -13,6 +13,7 @@
 #include "Odbc.h"
 #include "Rows.h"
 #include "Utf16.h"
+#include "VtCauses.h"
 
 namespace {
 
@@ -30,16 +31,18 @@ const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
-void logError(const std::string& text) {
+// Logs a failure that is not the driver's, and notes it as a cause.
+void reportError(VtCause::Place place, const std::string& text) {
     EvDebug().DebugLevel(kErrorLevel, "%s", text.c_str());
+    VtNoteCause({.place = place, .text = text});
 }
 
-// Converts the whole text. If it is not UTF-8, logs `refusal` with the position and returns false: a DELETE
-// cut off there might have lost its WHERE.
-bool convertOrLog(const char* text, std::u16string& wide, const char* refusal) {
+// Converts the whole text. If it is not UTF-8, reports `refusal` with the position and returns false: a
+// DELETE cut off there might have lost its WHERE.
+bool convertOrReport(VtCause::Place place, const char* text, std::u16string& wide, const char* refusal) {
     const std::size_t invalid = hostlayer::toUtf16(text, wide);
     if (invalid == std::string_view::npos) return true;
-    logError(std::string(refusal) + ": its byte " + std::to_string(invalid + 1) + " is not UTF-8");
+    reportError(place, std::string(refusal) + ": its byte " + std::to_string(invalid + 1) + " is not UTF-8");
     return false;
 }
 
@@ -123,7 +126,8 @@ bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool read
     if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, loginTimeout())) return false;
     if (readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
     std::u16string text;
-    isOpen = convertOrLog(connectionString, text, "Connect: the connection string is not used") &&
+    isOpen = convertOrReport(VtCause::kConnection, connectionString, text,
+                             "Connect: the connection string is not used") &&
              connection.check(::SQLDriverConnectW(connection.get(), nullptr, odbcText(text), SQL_NTS, nullptr,
                                                   0, nullptr, SQL_DRIVER_NOPROMPT),
                               "Connect");
@@ -157,7 +161,7 @@ std::string VTSimpleDBConnObject::getConnectionString(const char* server, const 
     std::string problem;
     if (!hostlayer::parseServer(orEmpty(server), request.server, problem) ||
         !hostlayer::makeConnectionString(settings, request, text, problem))
-        logError("Connect: " + problem);
+        reportError(VtCause::kConnection, "Connect: " + problem);
     return text;
 }
 
@@ -166,8 +170,8 @@ int VTSimpleDBConnObject::OpenSQLConnectionUsingConnectionString(const char* con
     m_impl->close();
     const std::size_t length = std::strlen(orEmpty(connectionString));
     if (length == 0 || length > kMaxConnectionString) {
-        logError(length == 0 ? "Connect: the connection string is empty"
-                             : "Connect: the connection string is too long");
+        reportError(VtCause::kConnection, length == 0 ? "Connect: the connection string is empty"
+                                                      : "Connect: the connection string is too long");
         return -1;
     }
     if (m_impl->connect(connectionString, readOnly)) return 0;
@@ -182,13 +186,15 @@ int VTSimpleDBConnObject::CloseSQLConnection() {
 
 int VTSimpleDBConnObject::executeQuery(const char* sql, bool prepared) {
     if (!m_impl->isOpen || sql == nullptr) {
-        logError(sql == nullptr ? "Execute: the statement is null" : "Execute: the connection is not open");
+        reportError(
+            sql == nullptr ? VtCause::kStatement : VtCause::kConnection,
+            sql == nullptr ? "Execute: the statement is null" : "Execute: the connection is not open");
         return -1;
     }
     m_impl->statement->finish();
     m_impl->statement = std::make_shared<OpenStatement>();
     std::u16string text;
-    if (!convertOrLog(sql, text, "Execute: the statement is not run")) return -1;
+    if (!convertOrReport(VtCause::kStatement, sql, text, "Execute: the statement is not run")) return -1;
     if (m_impl->statement->run(m_impl->connection.get(), text, prepared) &&
         m_impl->statement->skipToFirstRows())
         return 0;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/Export.h"
 
 class VTSimpleDBConnObject;
@@ -29,8 +30,9 @@ struct IdIdName_t {
 // One thread per object. Strings are NUL-terminated; a null string counts as empty unless stated otherwise.
 // An operation that fails returns false (or the value named). Account discovery, the query tool and server
 // maintenance leave the reason in getErrorMsg() and in the log file. A direct connection reports its failures
-// in the debug log only. A log line that cannot be written, because the log file is null, empty or cannot be
-// opened, is lost; a message on standard output says so.
+// in the debug log only. DVU_GetCauses() (Diagnostics.h) returns the causes of any failure. A log line that
+// cannot be written, because the log file is null, empty or cannot be opened, is lost; a message on standard
+// output says so.
 class DVU_EXPORT DBBase {
   public:
     // `flag` is stored and not used.
@@ -200,6 +202,7 @@ class DVU_EXPORT DBBase {
 
   private:
     friend struct DatabaseParts partsOf(DBBase& db);  // the library's own view
+    friend void DVU_GetCauses(const DBBase& db, std::vector<DVUCause_t>& causes);
 
     char m_machineName[128] = {};
     char m_dataSource[128] = {};
@@ -222,6 +225,7 @@ class DVU_EXPORT DBBase {
     bool m_windowsAuthentication = false;
     std::string m_dbName;
     VTSimpleDBConnObject* m_connection = nullptr;  // owned
+    DVUCauseList* m_causes = nullptr;              // owned; of the last operation, null after a success
 };
 
 extern "C" {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/Export.h"
 
 class DBBase;
@@ -14,9 +15,9 @@ class DVUtilLib;
 // Use: construct, call initialize(), then setSQLFile() (a package) or setDbAndLog() (a stored procedure),
 // then an execution operation, then the getters. One thread per object. Every operation returns true for
 // success. Messages for the user accumulate in getOutput(); getErrorMessage() holds the last message, of
-// success, too. No operation throws: one that cannot be completed, for lack of memory above all, reports so
-// and fails. Before initialize() every operation that needs the session reports so and fails. Script names
-// are cut to 128 bytes in the catalogue.
+// success, too; DVU_GetCauses() (Diagnostics.h) returns the causes of a failure. No operation throws: one
+// that cannot be completed, for lack of memory above all, reports so and fails. Before initialize() every
+// operation that needs the session reports so and fails. Script names are cut to 128 bytes in the catalogue.
 //
 // The getters' strings are never null. The object owns them; they are valid until they change or the object
 // is destroyed. A query tool's output with NUL bytes appears to end at the first one.
@@ -129,6 +130,7 @@ class DVU_EXPORT TScript {
 
   private:
     friend struct ScriptParts partsOf(TScript& script);  // the library's own view
+    friend void DVU_GetCauses(const TScript& script, std::vector<DVUCause_t>& causes);
 
     DBBase* m_db = nullptr;       // owned
     DVUtilLib* m_util = nullptr;  // owned
@@ -157,5 +159,6 @@ class DVU_EXPORT TScript {
     std::int32_t m_auditLevel = 0;
     bool m_secured = false;
     std::int32_t m_userId = 0;
-    std::string m_creationText;  // last result of getCreation()
+    std::string m_creationText;        // last result of getCreation()
+    DVUCauseList* m_causes = nullptr;  // owned; of the last operation, null after a success
 };

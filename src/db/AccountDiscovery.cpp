@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "CallerText.h"
+#include "Causes.h"
 #include "DVUtilities/commonFunc.h"
 #include "DatabaseMessages.h"
 #include "DatabaseNames.h"

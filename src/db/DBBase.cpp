@@ -6,6 +6,7 @@
 
 #include "AccountDiscovery.h"
 #include "CallerText.h"
+#include "Causes.h"
 #include "DVUtilities/commonFunc.h"
 #include "DatabaseMessages.h"
 #include "DatabaseParts.h"
@@ -32,7 +33,19 @@ const char* asText(const unsigned char* sql) {
     return reinterpret_cast<const char*>(sql);
 }
 
+// Returns `failure`.
+template <typename Result>
+Result noteNotOpen(Result failure) {
+    noteCause({.where = kDVUConnection, .text = database_messages::kNotOpen});
+    return failure;
+}
+
 }  // namespace
+
+void DVU_GetCauses(const DBBase& db, std::vector<DVUCause_t>& causes) {
+    causes.clear();
+    if (db.m_causes != nullptr) guarded([&] { causes = db.m_causes->causes; });
+}
 
 DatabaseParts partsOf(DBBase& db) {
     return {.machineName = db.m_machineName,
@@ -62,18 +75,20 @@ DBBase::DBBase(bool flag) : m_flag(flag) {
 DBBase::~DBBase() {
     Close();
     wipe(m_password);
+    delete m_causes;
 }
 
 bool DBBase::GetAccountInfo(const char* machineName, const char* controlSetName, const char* logFile,
                             const char* dbName) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         return AccountDiscovery(partsOf(*this)).findAccount(machineName, controlSetName, logFile, dbName);
     });
 }
 
 bool DBBase::GetDBUser(const char* controlSetName, const char* dbName, std::string& errorText) {
-    return guarded(
-        false, [&] { return AccountDiscovery(partsOf(*this)).findUser(controlSetName, dbName, errorText); });
+    return collected(m_causes, false, [&] {
+        return AccountDiscovery(partsOf(*this)).findUser(controlSetName, dbName, errorText);
+    });
 }
 
 void DBBase::SetAccountInfo(const char* serverInstance, const char* userName, const char* password,
@@ -107,7 +122,7 @@ const char* DBBase::getErrorMsg() const {
 // ---- Direct connection ---------------------------------------------------------------------------------
 
 bool DBBase::Open(char* dataSource, char* userName, char* password) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         return DirectConnection(partsOf(*this).account, m_connection).open(dataSource, userName, password);
     });
 }
@@ -122,14 +137,14 @@ bool DBBase::Close() {
 }
 
 bool DBBase::ExecuteQuery(const char* sql) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         return DirectConnection(partsOf(*this).account, m_connection).execute(textOrEmpty(sql));
     });
 }
 
 int DBBase::GetValue(const char* sql, char* text, wchar_t* wide) {
-    if (m_connection == nullptr) return kNoValue;
-    return guarded(kNoValue, [&] {
+    return collected(m_causes, kNoValue, [&] {
+        if (m_connection == nullptr) return noteNotOpen(kNoValue);
         std::string value;
         if (!readFirstValue(*m_connection, textOrEmpty(sql), value)) return kNoValue;
         if (text == nullptr && wide == nullptr) return leadingNumber(value);
@@ -142,91 +157,96 @@ int DBBase::GetValue(const char* sql, char* text, wchar_t* wide) {
 }
 
 bool DBBase::GetValue(const char* sql, std::vector<std::string>& rows, int columns) {
-    return m_connection != nullptr && guarded(false, [&] {
-               return readRows(*m_connection, textOrEmpty(sql), columns, m_separator[0], rows);
-           });
+    return collected(m_causes, false, [&] {
+        if (m_connection == nullptr) return noteNotOpen(false);
+        return readRows(*m_connection, textOrEmpty(sql), columns, m_separator[0], rows);
+    });
 }
 
 bool DBBase::SetDBValue(const char* sql) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         return DirectConnection(partsOf(*this).account, m_connection).executeOnce(textOrEmpty(sql));
     });
 }
 
 bool DBBase::GetDBValueInt(const char* sql, int& value) {
-    if (!Open(nullptr, nullptr, nullptr)) return false;
-    value = GetValue(sql, nullptr, nullptr);
-    Close();
-    return value != kNoValue;
+    return collected(m_causes, false, [&] {
+        if (!Open(nullptr, nullptr, nullptr)) return false;
+        value = GetValue(sql, nullptr, nullptr);
+        Close();
+        return value != kNoValue;
+    });
 }
 
 // After a failed read the connection stays open.
 bool DBBase::GetDBValueStr(const char* sql, char* text) {
-    return Open(nullptr, nullptr, nullptr) && GetValue(sql, text, nullptr) != kNoValue && Close();
+    return collected(m_causes, false, [&] {
+        return Open(nullptr, nullptr, nullptr) && GetValue(sql, text, nullptr) != kNoValue && Close();
+    });
 }
 
 bool DBBase::GetDBValueStr(const char* sql, wchar_t* text) {
-    return Open(nullptr, nullptr, nullptr) && GetValue(sql, nullptr, text) != kNoValue && Close();
+    return collected(m_causes, false, [&] {
+        return Open(nullptr, nullptr, nullptr) && GetValue(sql, nullptr, text) != kNoValue && Close();
+    });
 }
 
 bool DBBase::GetDBValueList(const char* sql, std::vector<std::string>& rows, int columns) {
-    if (!Open(nullptr, nullptr, nullptr)) return false;
-    rows.clear();
-    return GetValue(sql, rows, columns) && Close();
+    return collected(m_causes, false, [&] {
+        if (!Open(nullptr, nullptr, nullptr)) return false;
+        rows.clear();
+        return GetValue(sql, rows, columns) && Close();
+    });
 }
 
 namespace {
 
-// Reads the row texts of a list. True with no rows after a failed statement, too: callers of the id lists
-// rely on it. False only when the connection cannot be opened.
-bool readRecords(DBBase& db, const char* sql, int columns, std::vector<std::string>& rows) {
-    if (!db.Open(nullptr, nullptr, nullptr)) return false;
-    db.GetValue(sql, rows, columns);
-    return db.Close();
+// Reads the row texts of a list and adds each to `values` by `append`. True with no rows after a failed
+// statement, too: callers of the id lists rely on it. False only when the connection cannot be opened. `kept`
+// receives the causes of either.
+template <typename Value, typename Append>
+bool readRecords(DBBase& db, DVUCauseList*& kept, const char* sql, int columns, std::vector<Value>& values,
+                 Append append) {
+    CauseCollector collector;
+    bool isRead = false;
+    const bool isOpened = guarded(false, [&] {
+        std::vector<std::string> rows;
+        if (!db.Open(nullptr, nullptr, nullptr)) return false;
+        isRead = db.GetValue(sql, rows, columns);
+        db.Close();
+        values.clear();
+        for (const std::string& row : rows) append(row);
+        return true;
+    });
+    collector.keepIn(kept, !isOpened || !isRead);
+    return isOpened;
 }
 
 }  // namespace
 
 bool DBBase::GetDBValueIntList(const char* sql, std::vector<int>& values) {
-    return guarded(false, [&] {
-        std::vector<std::string> rows;
-        if (!readRecords(*this, sql, 1, rows)) return false;
-        values.clear();
-        for (const std::string& row : rows)
-            values.push_back(leadingNumber(splitRow(row, m_separator[0], 1)[0]));
-        return true;
+    return readRecords(*this, m_causes, sql, 1, values, [&](const std::string& row) {
+        values.push_back(leadingNumber(splitRow(row, m_separator[0], 1)[0]));
     });
 }
 
 bool DBBase::GetDBValueIntIntList(const char* sql, std::vector<IdId_t>& values) {
-    return guarded(false, [&] {
-        std::vector<std::string> rows;
-        if (!readRecords(*this, sql, 2, rows)) return false;
-        values.clear();
-        for (const std::string& row : rows) {
-            const auto fields = splitRow(row, m_separator[0], 2);
-            values.push_back({leadingNumber(fields[0]), leadingNumber(fields[1])});
-        }
-        return true;
+    return readRecords(*this, m_causes, sql, 2, values, [&](const std::string& row) {
+        const auto fields = splitRow(row, m_separator[0], 2);
+        values.push_back({leadingNumber(fields[0]), leadingNumber(fields[1])});
     });
 }
 
 bool DBBase::GetDBValueIdIdNameList(const char* sql, std::vector<IdIdName_t>& values) {
-    return guarded(false, [&] {
-        std::vector<std::string> rows;
-        if (!readRecords(*this, sql, 3, rows)) return false;
-        values.clear();
-        for (const std::string& row : rows) {
-            const auto fields = splitRow(row, m_separator[0], 3);
-            values.push_back({leadingNumber(fields[0]), leadingNumber(fields[1]), fields[2]});
-        }
-        return true;
+    return readRecords(*this, m_causes, sql, 3, values, [&](const std::string& row) {
+        const auto fields = splitRow(row, m_separator[0], 3);
+        values.push_back({leadingNumber(fields[0]), leadingNumber(fields[1]), fields[2]});
     });
 }
 
 // Unlike the id lists, reports a failed statement.
 bool DBBase::GetDBValueIdName(const char* sql, std::vector<IdNameItem_t>& values) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         if (!Open(nullptr, nullptr, nullptr)) return false;
         values.clear();
         std::vector<std::string> rows;
@@ -342,13 +362,13 @@ void DBBase::ReplaceString(char* text, const char* find, const char* replacement
 // ---- Query tool ----------------------------------------------------------------------------------------
 
 bool DBBase::StartProcess(const char* commandLine, unsigned int timeout) {
-    return guarded(false,
-                   [&] { return runLogged(textOrEmpty(commandLine), timeout, partsOf(*this).report); });
+    return collected(m_causes, false,
+                     [&] { return runLogged(textOrEmpty(commandLine), timeout, partsOf(*this).report); });
 }
 
 bool DBBase::RunFileQuery(const char* sqlFile, const char* outputFile, const char* dbName, bool toolSyntax,
                           bool errorLevel) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, toolSyntax ? kToolName : nullptr);
         const ToolInput input = tool.input(sqlFile, dbName);
         return tool.run(
@@ -358,7 +378,7 @@ bool DBBase::RunFileQuery(const char* sqlFile, const char* outputFile, const cha
 }
 
 bool DBBase::RunFileQuery_TS(const char* sqlFile, const char* outputFile, const char* dbName, int options) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, kToolName);
         return tool.run(scriptFileCommand(tool.login(), tool.input(sqlFile, dbName), options),
                         database_messages::kScriptFailed);
@@ -366,11 +386,12 @@ bool DBBase::RunFileQuery_TS(const char* sqlFile, const char* outputFile, const 
 }
 
 bool DBBase::RunStringQuery(const char* sql, const char* outputFile, const char* dbName) {
-    return guarded(false, [&] { return runStringQuery(partsOf(*this), sql, outputFile, dbName); });
+    return collected(m_causes, false,
+                     [&] { return runStringQuery(partsOf(*this), sql, outputFile, dbName); });
 }
 
 bool DBBase::RunStringQuery_TS(const char* sql, const char* outputFile, const char* dbName, int options) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, kToolName);
         return tool.run(scriptStringCommand(tool.login(), tool.input(sql, dbName), options),
                         database_messages::kScriptFailed);
@@ -379,7 +400,7 @@ bool DBBase::RunStringQuery_TS(const char* sql, const char* outputFile, const ch
 
 bool DBBase::generateCSVOutput(const char* sqlFile, const char* outputFile, const char* dbName,
                                const char* separator) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, kToolName);
         return tool.run(csvCommand(tool.login(), tool.input(sqlFile, dbName), separator),
                         database_messages::kScriptFailed);
@@ -395,7 +416,7 @@ void DBBase::getTempFileName(std::string& name) {
 }
 
 bool DBBase::parseOutputFile(char* outputFile, std::vector<std::string>& rows, int fieldCount) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         return readToolOutput(textOrEmpty(outputFile), m_separator[0], fieldCount, rows,
                               partsOf(*this).report);
     });
@@ -414,32 +435,33 @@ bool DBBase::createSQLFileAndGenerateCSVOutput(const char* /*sql*/, const char* 
 // ---- Server maintenance --------------------------------------------------------------------------------
 
 std::vector<std::string> DBBase::getDBList() {
-    return guarded(std::vector<std::string>(),
-                   [&] { return ServerMaintenance(partsOf(*this)).databaseList(); });
+    return collected(m_causes, std::vector<std::string>(),
+                     [&] { return ServerMaintenance(partsOf(*this)).databaseList(); });
 }
 
 bool DBBase::backUpDB(const char* backupFile, const char* directory, const char* dbName) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         return ServerMaintenance(partsOf(*this))
             .backUp(textOrEmpty(backupFile), textOrEmpty(directory), textOrEmpty(dbName));
     });
 }
 
 bool DBBase::restoreDB(const char* backupFile, const char* directory, const char* dbName) {
-    return guarded(false, [&] {
+    return collected(m_causes, false, [&] {
         return ServerMaintenance(partsOf(*this))
             .restore(textOrEmpty(backupFile), textOrEmpty(directory), textOrEmpty(dbName));
     });
 }
 
 bool DBBase::getLastBackUpInfo(const char* dbName, char* days, char* date) {
-    return guarded(
-        false, [&] { return ServerMaintenance(partsOf(*this)).lastBackup(textOrEmpty(dbName), days, date); });
+    return collected(m_causes, false, [&] {
+        return ServerMaintenance(partsOf(*this)).lastBackup(textOrEmpty(dbName), days, date);
+    });
 }
 
 std::string DBBase::checkSQLServerProductVersion() {
-    return guarded(std::string(kUnknownVersion),
-                   [&] { return ServerMaintenance(partsOf(*this)).productVersion(); });
+    return collected(m_causes, std::string(kUnknownVersion),
+                     [&] { return ServerMaintenance(partsOf(*this)).productVersion(); });
 }
 
 namespace {

@@ -26,6 +26,11 @@ inline constexpr char kRestoreFailed[] = "Failed to execute Database Restore Com
 inline constexpr char kRestored[] = "Successfully restored the Database dump [%s].";
 inline constexpr char kLastBackup[] = "Last backup of database[%s] taken on %s. Days since last backup [%s].";
 
+// ---- Causes --------------------------------------------------------------------------------------------
+inline constexpr char kNotOpen[] = "The connection is not open.";
+inline constexpr char kStatementFailed[] = "The statement failed. The platform layer gives no reason.";
+inline constexpr char kExitCode[] = "The query tool ended with exit code %d.";
+
 namespace debug {
 inline constexpr int kTrace = 3;  // level
 inline constexpr char kGetAccount[] =

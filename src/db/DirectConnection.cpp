@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "Causes.h"
 #include "DatabaseMessages.h"
 #include "EvDebug.h"
 #include "SecretText.h"
@@ -18,6 +19,7 @@ bool DirectConnection::open(const char* dataSource, const char* userName, const 
     const char* user = userName != nullptr ? userName : m_account.userName.c_str();
     EvDebug().DebugLevel(database_messages::debug::kTrace, database_messages::debug::kOpen,
                          dataSource != nullptr ? dataSource : m_account.dataSource, user);
+    const ExplainedStep step;
     if (m_connection == nullptr) m_connection = new VTSimpleDBConnObject;
     const SecretText target(
         m_connection->getConnectionString(m_account.serverInstance.c_str(), m_account.dbName.c_str(), user,
@@ -25,6 +27,9 @@ bool DirectConnection::open(const char* dataSource, const char* userName, const 
                                           m_account.windowsAuthentication, kEncrypted));
     if (m_connection->OpenSQLConnectionUsingConnectionString(target.c_str(), kReadOnly) == 0) return true;
     EvDebug().Debug("Open", "%s", database_messages::debug::kOpenFailed);
+    step.noteUnlessExplained({.where = kDVUConnection,
+                              .server = m_account.serverInstance,
+                              .text = database_messages::debug::kOpenFailed});
     return false;
 }
 
@@ -34,7 +39,13 @@ void DirectConnection::close() {
 }
 
 bool DirectConnection::execute(const char* sql) {
-    return m_connection != nullptr && m_connection->executeQuery(sql, kPrepared) == 0;
+    const ExplainedStep step;
+    if (m_connection != nullptr && m_connection->executeQuery(sql, kPrepared) == 0) return true;
+    step.noteUnlessExplained(
+        m_connection == nullptr
+            ? DVUCause_t{.where = kDVUConnection, .text = database_messages::kNotOpen}
+            : DVUCause_t{.where = kDVUStatement, .text = database_messages::kStatementFailed});
+    return false;
 }
 
 bool DirectConnection::executeOnce(const char* sql) {

@@ -1,5 +1,7 @@
 #include "DirectQuery.h"
 
+#include "Causes.h"
+#include "DatabaseMessages.h"
 #include "VTSimpleDBConn.h"
 
 namespace {
@@ -17,6 +19,11 @@ bool runAndBind(VTSimpleDBConnObject& connection, const char* sql, VTDBAutoBindR
     return bound == kBound || bound == kNoColumns;
 }
 
+bool failStatement(const ExplainedStep& step) {
+    step.noteUnlessExplained({.where = kDVUStatement, .text = database_messages::kStatementFailed});
+    return false;
+}
+
 std::string rowText(const VTDBAutoBindResult& result, int columns, char separator) {
     std::string row;
     for (int i = 0; i < columns; ++i) {
@@ -29,17 +36,21 @@ std::string rowText(const VTDBAutoBindResult& result, int columns, char separato
 }  // namespace
 
 bool readFirstValue(VTSimpleDBConnObject& connection, const char* sql, std::string& value) {
+    const ExplainedStep step;
     VTDBAutoBindResult result;
-    if (!runAndBind(connection, sql, result) || result.getNextRow() != kNextRow) return false;
+    if (!runAndBind(connection, sql, result)) return failStatement(step);
+    const int fetched = result.getNextRow();
+    if (fetched != kNextRow) return fetched == kNoMoreRows ? false : failStatement(step);
     value = result.column(0).asUtf8();
     return true;
 }
 
 bool readRows(VTSimpleDBConnObject& connection, const char* sql, int columns, char separator,
               std::vector<std::string>& rows) {
+    const ExplainedStep step;
     VTDBAutoBindResult result;
-    if (!runAndBind(connection, sql, result)) return false;
+    if (!runAndBind(connection, sql, result)) return failStatement(step);
     int fetched = kNextRow;
     while ((fetched = result.getNextRow()) == kNextRow) rows.push_back(rowText(result, columns, separator));
-    return fetched == kNoMoreRows;
+    return fetched == kNoMoreRows || failStatement(step);
 }

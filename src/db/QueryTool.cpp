@@ -6,6 +6,7 @@
 #include "DatabaseMessages.h"
 #include "FX.h"
 #include "SecretText.h"
+#include "ToolMessages.h"
 #include "ToolOutput.h"
 #include "ToolProcess.h"
 #include "VtProcess.h"
@@ -32,6 +33,7 @@ bool QueryTool::run(std::string command, const char* whenFailed) {
     const SecretText commandLine(std::move(command));
     const bool claimed = !m_temporary || claimToolOutput(m_outputFile);
     if (claimed && runLogged(commandLine.c_str(), VtProcess::kNoTimeout, m_db.report)) return true;
+    if (claimed) noteToolMessages(m_outputFile);
     if (claimed && m_temporary) dropUnwrittenOutput(m_outputFile);
     return m_db.report.fail(whenFailed);
 }

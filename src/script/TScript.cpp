@@ -1,5 +1,6 @@
 #include "DVUtilities/TScript.h"
 
+#include "Causes.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/commonFunc.h"
@@ -13,6 +14,11 @@
 #include "ScriptSession.h"
 #include "SiteCheck.h"
 #include "SqlFileRun.h"
+
+void DVU_GetCauses(const TScript& script, std::vector<DVUCause_t>& causes) {
+    causes.clear();
+    if (script.m_causes != nullptr) guarded([&] { causes = script.m_causes->causes; });
+}
 
 ScriptParts partsOf(TScript& script) {
     return {.session = {.db = script.m_db,
@@ -44,11 +50,14 @@ namespace {
 
 constexpr int kTimeText = 1024;
 
-// Runs `work` on the parts of a script; an exception is reported and counts as false.
+// Runs `work` on the parts of a script; an exception is reported and counts as false. `kept` receives the
+// causes of a failure.
 template <typename Work>
-bool attempted(TScript& script, Work&& work) {
-    const ScriptParts parts = partsOf(script);
-    return ScriptReport(parts).attempted([&] { return work(parts); });
+bool attempted(TScript& script, DVUCauseList*& kept, Work&& work) {
+    return collected(kept, false, [&] {
+        const ScriptParts parts = partsOf(script);
+        return ScriptReport(parts).attempted([&] { return work(parts); });
+    });
 }
 
 }  // namespace
@@ -58,48 +67,51 @@ TScript::TScript() : m_loadTime(std::time(nullptr)), m_creationTime(m_loadTime) 
 TScript::~TScript() {
     delete m_db;
     delete m_util;
+    delete m_causes;
 }
 
 // ---- Session -------------------------------------------------------------------------------------------
 
 bool TScript::initialize(const char* name) {
-    return attempted(*this, [&](auto& parts) { return ScriptSession(parts).start(name); });
+    return attempted(*this, m_causes, [&](auto& parts) { return ScriptSession(parts).start(name); });
 }
 
 bool TScript::setDbAndLog(const char* dbName) {
-    return attempted(*this, [&](auto& parts) { return ScriptSession(parts).chooseDatabase(dbName); });
+    return attempted(*this, m_causes,
+                     [&](auto& parts) { return ScriptSession(parts).chooseDatabase(dbName); });
 }
 
 // ---- Catalogue -----------------------------------------------------------------------------------------
 
 bool TScript::getTscriptId() {
-    return attempted(*this, [&](auto& parts) { return ScriptCatalogue(parts).find(); });
+    return attempted(*this, m_causes, [&](auto& parts) { return ScriptCatalogue(parts).find(); });
 }
 
 bool TScript::checkPlexumId() {
-    return attempted(*this, [&](auto& parts) { return SiteCheck(parts).checkSite(); });
+    return attempted(*this, m_causes, [&](auto& parts) { return SiteCheck(parts).checkSite(); });
 }
 
 bool TScript::checkGUID() {
-    return attempted(*this, [&](auto& parts) { return SiteCheck(parts).checkGuid(); });
+    return attempted(*this, m_causes, [&](auto& parts) { return SiteCheck(parts).checkGuid(); });
 }
 
 bool TScript::addNewTscript() {
-    return attempted(*this, [&](auto& parts) { return ScriptCatalogue(parts).addPackage(); });
+    return attempted(*this, m_causes, [&](auto& parts) { return ScriptCatalogue(parts).addPackage(); });
 }
 
 bool TScript::recordExecStart(const char* inputParams) {
-    return attempted(*this, [&](auto& parts) { return ScriptJournal(parts).recordStart(inputParams); });
+    return attempted(*this, m_causes,
+                     [&](auto& parts) { return ScriptJournal(parts).recordStart(inputParams); });
 }
 
 bool TScript::recordExecEnd(int status) {
-    return attempted(*this, [&](auto& parts) { return ScriptJournal(parts).recordEnd(status); });
+    return attempted(*this, m_causes, [&](auto& parts) { return ScriptJournal(parts).recordEnd(status); });
 }
 
 // ---- Package -------------------------------------------------------------------------------------------
 
 bool TScript::setSQLFile(const char* path) {
-    return attempted(*this, [&](auto& parts) { return PackageLoader(parts).run(path); });
+    return attempted(*this, m_causes, [&](auto& parts) { return PackageLoader(parts).run(path); });
 }
 
 const char* TScript::getSQLFile() {
@@ -117,20 +129,23 @@ void TScript::getSQLFileHelp(std::string& text) {
 // ---- Execution -----------------------------------------------------------------------------------------
 
 bool TScript::executeSQLFile(std::vector<std::string> parameters, const char* recordedInput) {
-    return attempted(
-        *this, [&](auto& parts) { return SqlFileRun(parts, std::move(parameters), recordedInput).run(); });
+    return attempted(*this, m_causes, [&](auto& parts) {
+        return SqlFileRun(parts, std::move(parameters), recordedInput).run();
+    });
 }
 
 bool TScript::isTscriptSP(const char* name, const char* dbName) {
-    if (m_fromPackage) return false;
-    if (m_logFile.empty() && !initialize(name)) return false;
-    if (m_dbName.empty() && !setDbAndLog(dbName)) return false;
-    getTscriptId();
-    return m_tscriptId > 0;
+    return collected(m_causes, false, [&] {
+        if (m_fromPackage) return false;
+        if (m_logFile.empty() && !initialize(name)) return false;
+        if (m_dbName.empty() && !setDbAndLog(dbName)) return false;
+        getTscriptId();
+        return m_tscriptId > 0;
+    });
 }
 
 bool TScript::execTscript(int operation, const char* arguments, const char* recordedInput, int userId) {
-    return attempted(*this, [&](auto& parts) {
+    return attempted(*this, m_causes, [&](auto& parts) {
         m_userId = userId;
         return ProcedureRun(parts, operation, arguments, recordedInput, m_contentType).run();
     });

@@ -118,6 +118,60 @@ TEST_F(Server, TheProbedTableFollowsTheProductType) {
     }
 }
 
+TEST_F(Server, AFailedOperationKeepsItsCauses) {
+    const std::string server = s_box->server(), login = s_box->login(), password = s_box->password();
+    std::vector<int> numbers;
+    Lines rows;
+    const auto runTool = [&](const char* sql) { return db.RunStringQuery(sql, output.c_str(), "master"); };
+    const auto noServer = [&] {
+        db.SetAccountInfo("127.0.0.1,1", login.c_str(), password.c_str(), log.c_str());
+        return db.Open(nullptr, nullptr, nullptr);
+    };
+    const struct {
+        const char* name;
+        std::function<bool()> operation;
+        int where, serverError, exitCode, line;
+        const char* text;
+    } cases[] = {
+        {"statement", [&] { return db.SetDBValue("\nSELECT * FROM nowhere"); }, kDVUStatement, 208, -1, 2,
+         "Invalid object name 'nowhere'"},
+        {"quirk: true after a failed statement",
+         [&] { return !db.GetDBValueIntList("SELECT * FROM nowhere", numbers); }, kDVUStatement, 208, -1, 1,
+         "nowhere"},
+        {"fetch",
+         [&] {
+             return db.GetDBValueList("SELECT 1 / (3 - id) FROM (VALUES (1), (2), (3)) AS t (id)", rows, 1);
+         },
+         kDVUStatement, 8134, -1, 1, "Divide by zero"},
+        {"not open", [&] { return db.Close() && db.GetValue("SELECT 1", rows, 1); }, kDVUConnection, 0, -1, 0,
+         "not open"},
+        {"no UTF-8", [&] { return db.SetDBValue("SELECT '\xFF'"); }, kDVUStatement, 0, -1, 0, "byte 9"},
+        {"query tool", [&] { return runTool("SELECT * FROM nowhere"); }, kDVUQueryTool, 208, -1, 1,
+         "nowhere"},
+        {"its end", [&] { return runTool("SELECT * FROM nowhere"); }, kDVUQueryTool, 0, 1, 0, "exit code 1"},
+        {"login", [&] { return db.Open(nullptr, nullptr, const_cast<char*>("wrong")); }, kDVUConnection,
+         18456, -1, 0, "Login failed"},
+        {"no server", noServer, kDVUConnection, 20009, -1, 0, "Unable to connect"},
+    };
+    std::vector<DVUCause_t> causes;
+    for (const auto& c : cases) {
+        EXPECT_FALSE(c.operation()) << c.name;
+        DVU_GetCauses(db, causes);
+        const bool isNamed = std::any_of(causes.begin(), causes.end(), [&](const DVUCause_t& cause) {
+            return cause.where == c.where && cause.serverError == c.serverError &&
+                   cause.exitCode == c.exitCode && cause.line == c.line &&
+                   cause.text.find(c.text) != std::string::npos;
+        });
+        EXPECT_TRUE(isNamed) << c.name << ": " << (causes.empty() ? "none" : causes.front().text);
+        for (const DVUCause_t& cause : causes)
+            EXPECT_EQ(cause.text.find(s_box->password()), std::string::npos) << c.name;
+    }
+    db.SetAccountInfo(server.c_str(), login.c_str(), password.c_str(), log.c_str());
+    EXPECT_TRUE(db.Open(nullptr, nullptr, nullptr));
+    DVU_GetCauses(db, causes);
+    EXPECT_TRUE(causes.empty()) << "a success has no causes";
+}
+
 TEST_F(Server, StatementsOnTheOpenConnection) {
     std::array<char, 64> text{};
     Lines rows;
