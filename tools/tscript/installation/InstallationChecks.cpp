@@ -1,19 +1,15 @@
-// Checks of what is installed on this host: store, key, folders, ODBC driver, query tool.
+// Checks of what is installed on this host: store, key, ODBC driver, query tool.
 #include <sql.h>
 #include <sqlext.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <string_view>
-#include <vector>
 
-#include "DVUtilities/commonFunc.h"
 #include "HostSettings.h"
 #include "HostSetup.h"
 #include "installation/CheckList.h"
+#include "installation/CheckSteps.h"
 #include "installation/CipherKey.h"
 #include "installation/Diagnosis.h"
 #include "system/ChildProcess.h"
@@ -22,12 +18,6 @@
 namespace {
 
 constexpr const char* kReference = "docs/configuration.md describes the store.";
-
-std::string storeText(const char* key, const char* valueName) {
-    std::vector<char> text(8192);
-    std::string ignored;
-    return GetRegistryItemValue("", key, valueName, nullptr, text.data(), ignored) ? text.data() : "";
-}
 
 // ---- Store and key -------------------------------------------------------------------------------------
 
@@ -53,52 +43,6 @@ void checkKey(CheckList& list) {
     list.addFailure(
         "key", ExitCode::kInstallation, problem,
         "If it is lost, restore it from a backup; for a new installation run: tscript key create");
-}
-
-// ---- Folders -------------------------------------------------------------------------------------------
-
-struct FolderCheck {
-    const char* name;
-    const char* key;
-    const char* value;
-    const char* subfolder;
-    int access;  // mode of access(2)
-    bool isOptional;
-};
-
-constexpr FolderCheck kFolders[] = {
-    {"installation folder", "Base", "dZEPHRAHOME", "", R_OK | X_OK, false},
-    {"package folder", "Base", "dZEPHRAHOME", "/Scripts", R_OK | X_OK, false},
-    {"program folder", "Base", "dBASEHOME", "", X_OK, true},
-    {"temporary folder", "Base", "dZEPHRATEMPDIR", "", W_OK | X_OK, false},
-    {"folder of script runs", "Base", "sSCRIPTSTEMPDIR", "", W_OK | X_OK, true},
-    {"log folder", "EventManager", "dEVLOGDIR", "", W_OK | X_OK, false},
-};
-
-void checkFolder(CheckList& list, const FolderCheck& folder) {
-    const std::string named = storeText(folder.key, folder.value);
-    const std::string value = std::string(folder.key) + "." + folder.value;
-    const std::string setIt = "tscript config set " + value + " FOLDER";
-    if (named.empty()) {
-        if (!folder.isOptional)
-            list.addFailure(folder.name, ExitCode::kInstallation, "the store has no value " + value,
-                            "Set it: " + setIt);
-        return;
-    }
-    const std::string path = named + folder.subfolder;
-    struct stat status {};
-    const bool exists = stat(path.c_str(), &status) == 0;
-    const bool needsWriting = (folder.access & W_OK) != 0;
-    if (!exists || !S_ISDIR(status.st_mode)) {
-        list.addFailure(folder.name, ExitCode::kInstallation,
-                        path + ": " + (exists ? "is not a folder" : std::strerror(errno)),
-                        "Create the folder, or set another: " + setIt);
-    } else if (access(path.c_str(), folder.access) != 0) {
-        list.addFailure(folder.name, ExitCode::kInstallation, path + ": " + std::strerror(errno),
-                        std::string("Let this user ") + (needsWriting ? "write" : "read") + " there.");
-    } else {
-        list.addGood(folder.name, path);
-    }
 }
 
 // ---- ODBC driver ---------------------------------------------------------------------------------------
@@ -189,7 +133,7 @@ void checkInstallation(CheckList& list) {
     checkStore(list);
     if (list.hasFailed("store")) return list.addSkipped("everything else", "not checked without the store");
     checkKey(list);
-    for (const FolderCheck& folder : kFolders) checkFolder(list, folder);
+    checkFolders(list);
     checkDriver(list);
     checkQueryTool(list);
 }
