@@ -160,4 +160,48 @@ TEST_F(Faults, AStoppedRestoreEndsTheQueryTool) {
     });
 }
 
+// Objects of NQ2 are dropped by a script that runs in Dorvas.
+TEST_F(Faults, DoctorFindsMissingObjectsOfADatabase) {
+    pack(
+        "Break",
+        "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nUSE nq2\nGO\n"
+        "DROP FUNCTION dbo.GetDateTime\nDROP PROCEDURE VT_GetSpParams\nDROP TABLE ZpTscriptExec\n"
+        "INSERT ZpTscripts VALUES (2, 'tsLost', 0, GETDATE(), '')\nALTER TABLE ZpTscripts ADD more int NULL\n"
+        "DELETE NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'\n");
+    ASSERT_EQ(run({"run", "Break"}).exitCode, 0);
+    const std::string found = run({"doctor"}).output;
+    for (const char* finding :
+         {"dbo.GetDateTime (call): Msg 4121", "ZpTscripts (insert): Msg 213", "ZpTscriptExec (read): Msg 208",
+          "VT_GetSpParams (call): Msg 2812", "NQSetting (read NQ2_DATABASE_ID): the row is missing",
+          "the catalogue lists tsLost, but the stored procedure is missing"})
+        EXPECT_NE(found.find(std::string("FAILED   NQ2 schema: ") + finding), std::string::npos) << found;
+    EXPECT_NE(found.find("ok       Dorvas schema: "), std::string::npos) << found;
+}
+
+// A tool that starts, but does not do what a run needs.
+TEST_F(Faults, DoctorRunsTheQueryTool) {
+    const fs::path tool = m_temp / "sqlcmd";
+    support::writeFile(tool, "");
+    fs::permissions(tool, fs::perms(0700));
+    const std::string path = run({"config", "get", "host.programs.sqlcmd"}).output;
+    replaceInFile(store(), path.substr(0, path.find('\n')), tool);
+    const struct {
+        const char* tool;
+        const char* finding;
+    } faults[] = {
+        {"exit 0", "succeeds without the statement's result; its output is empty"},
+        {"exit 1", "fails on a statement"},
+        {"echo Login failed", "succeeds without"},
+        {"test \"$1\" = -?", "fails on a statement"},
+    };
+    for (const auto& fault : faults) {
+        support::writeFile(tool, std::string("#!/bin/sh\n") + fault.tool + "\n");
+        expectAll({{{"doctor"},
+                    3,
+                    std::string("FAILED   NQ2 query tool: ") + tool.string() + " " + fault.finding,
+                    ""}});
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    }
+}
+
 }  // namespace

@@ -35,5 +35,6 @@ class CheckList {
 
 // Checks store, key, folders, driver and query tool.
 void checkInstallation(CheckList& list);
-// Checks credentials, connection, catalogue tables and clock for the database of every installed component.
+// Checks the installed components and, for the database of each, credentials, connection, query tool, schema
+// and clock.
 void checkDatabases(CheckList& list);

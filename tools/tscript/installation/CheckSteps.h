@@ -3,9 +3,18 @@
 
 #include <string>
 
+#include "DVUtilities/DBBase.h"
 #include "installation/CheckList.h"
+#include "installation/Installation.h"
 
 // Returns a string value of the store; empty if the store does not have it.
 std::string storeText(const char* key, const char* valueName);
 
+// Checks the folders, the room on their disks and the number of files that this process may open.
 void checkFolders(CheckList& list);
+// Runs a statement through the query tool as a package run does: from a file in the folder of script runs,
+// with the output in the log folder. `db` is connected to the database.
+void checkToolRun(CheckList& list, DBBase& db, const SuiteDatabase& database);
+// Executes statements on every table, column, function and procedure that runs need. The statements change
+// no row.
+void checkSchema(CheckList& list, DBBase& db, const SuiteDatabase& database);

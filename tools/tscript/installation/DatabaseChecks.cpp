@@ -1,4 +1,4 @@
-// Checks of the databases: credentials, connection, catalogue tables, clock.
+// Checks of the databases: credentials, connection, query tool, schema, clock.
 #include <string.h>
 
 #include <array>
@@ -11,6 +11,7 @@
 #include "VTPassword.h"
 #include "installation/Account.h"
 #include "installation/CheckList.h"
+#include "installation/CheckSteps.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 
@@ -26,16 +27,6 @@ constexpr Component kComponents[] = {{"Dorvas", isPlatformDV},
                                      {"WFEngine", isPlatformWFEngine},
                                      {"HistoryDB", isPlatformHistory},
                                      {"VTCloud", isPlatformVTCloud}};
-
-struct CatalogueTable {
-    const char* name;
-    const char* sql;
-};
-
-constexpr CatalogueTable kTables[] = {
-    {"ZpTscripts", "SELECT COUNT(*) FROM ZpTscripts WHERE 1 = 0"},
-    {"ZpTscriptExec", "SELECT COUNT(*) FROM ZpTscriptExec WHERE 1 = 0"},
-};
 
 constexpr const char* kServerTime = "SELECT DATEDIFF(second, '20200101', GETUTCDATE())";
 constexpr std::time_t kServerEpoch = 1577836800;  // 2020-01-01; the difference to it fits an int until 2088
@@ -62,20 +53,6 @@ void checkCredentials(CheckList& list, const std::string& label, const SuiteData
                     hostlayer::cipherErrorText(cipher.getLastError()), advice);
 }
 
-void checkTables(CheckList& list, const std::string& label, DBBase& db) {
-    for (const CatalogueTable& table : kTables) {
-        int rows = 0;
-        if (db.GetDBValueInt(table.sql, rows)) {
-            list.addGood(label + " catalogue", table.name);
-        } else {
-            list.addFailure(
-                label + " catalogue", ExitCode::kInstallation,
-                std::string(table.name) + " is missing or cannot be read",
-                "Install the suite's schema in this database, or grant the login SELECT on the table.");
-        }
-    }
-}
-
 void checkClock(CheckList& list, const std::string& label, DBBase& db) {
     int seconds = 0;
     if (!db.GetDBValueInt(kServerTime, seconds))
@@ -99,7 +76,8 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
         return list.addFailure(label + " connection", diagnosis.code, diagnosis.what, diagnosis.advice);
     }
     list.addGood(label + " connection", "the probe statement succeeds");
-    checkTables(list, label, db);
+    checkToolRun(list, db, database);
+    checkSchema(list, db, database);
     checkClock(list, label, db);
 }
 
