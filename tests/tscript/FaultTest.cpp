@@ -204,4 +204,47 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
     }
 }
 
+TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
+    const struct {
+        std::string command;
+        const char* finding;
+    } faults[] = {
+        {"ulimit -f 64", "FAILED   temporary folder: "},  // no file of 64 KiB, as on a full disk
+        {"ulimit -n 40", "FAILED   file descriptors: "},
+        {"export TMPDIR=/nowhere", "FAILED   TMPDIR: /nowhere: No such file"},
+        {"chmod o+w " + inQuotes(folder / "Scripts"), "FAILED   package folder mode: every user"},
+    };
+    for (const auto& fault : faults) {
+        const ProgramResult result = runAfter(fault.command, {"doctor"});
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_NE(result.output.find(fault.finding), std::string::npos) << result.output << result.errors;
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    }
+}
+
+TEST_F(Faults, DoctorOpensEveryPackageAndNamesOddComponents) {
+    const std::string end = "\n#START_SCRIPT#\nPRINT 'x'\n";
+    pack("OtherSite", "#START_OPTIONS#\nDatabase Name:Dorvas\nPlexum ID:27" + end);
+    pack("OtherGuid", "#START_OPTIONS#\nDatabase Name:NQ2\nGUID:00000000-0000-0000-0000-000000000000" + end);
+    pack("NoComponent", "#START_OPTIONS#\nDatabase Name:VTCloud" + end);
+    const fs::path scripts = folder / "Scripts";
+    const std::string whole = support::readFile(scripts / "PurgeEvents.sql");
+    support::writeFile(scripts / "Cut.sql", whole.substr(0, whole.size() / 2));
+    support::writeFile(scripts / "Empty.sql", "");
+    support::writeFile(scripts / "Plain.sql", "SELECT 1\n");
+    fs::create_directory(scripts / "Folder.sql");
+    const std::string found = run({"doctor"}).output;
+    for (const char* finding :
+         {"OtherSite: is made for site 27; this is site 26", "OtherGuid: is made for the NQ2 database 0000",
+          "NoComponent: is made for VTCloud, whose component", "Cut: line ", "Empty: is empty",
+          "Plain: line 1: ", "Folder: "})
+        EXPECT_NE(found.find(std::string("FAILED   package ") + finding), std::string::npos) << found;
+    EXPECT_NE(found.find("ok       packages: 5 "), std::string::npos) << found;
+
+    replaceInFile(store(), "nPLATTYPE      = 1", "nPLATTYPE      = 8");
+    replaceInFile(store(), "\"Installed\"", "\"installed\"");
+    expectAll({{{"doctor"}, 3, "FAILED   platform type: Base.nPLATTYPE is 8", ""},
+               {{"doctor"}, 3, "FAILED   component of NQ2: ", ""}});
+}
+
 }  // namespace

@@ -515,7 +515,7 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
         {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},
         {"/cipher.key\"", "/no.key\"", "FAILED   key: the key file that cipherKeyFile names is missing"},
-        {"/cipher.key\"", "/password\"", "FAILED   key: the key file is not a regular file of exactly"},
+        {"/cipher.key\"", "/password\"", "FAILED   key: the key file is not a regular file of exactly 32 bytes"},
     };
     const std::string intact = support::readFile(store());
     for (const auto& fault : faults) {

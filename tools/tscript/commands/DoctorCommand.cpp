@@ -5,6 +5,7 @@
 #include "console/Console.h"
 #include "console/JsonOutput.h"
 #include "installation/CheckList.h"
+#include "package/PackageChecks.h"
 
 namespace {
 
@@ -65,6 +66,7 @@ ExitCode checkAll(const DoctorOptions& options) {
     CheckList list;
     checkInstallation(list);
     checkDatabases(list);
+    checkPackages(list);
     if (options.json) {
         writeJson(toJson(list));
     } else {
@@ -78,7 +80,7 @@ ExitCode checkAll(const DoctorOptions& options) {
 void addDoctorCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<DoctorOptions>();
     addCommand(&app, action, "doctor",
-               "Check store, key, folders, driver, query tool and databases, and give advice", options,
-               checkAll)
+               "Check store, key, folders, driver, query tool, databases and packages, and give advice",
+               options, checkAll)
         ->add_flag("--json", options->json, "Write JSON");
 }

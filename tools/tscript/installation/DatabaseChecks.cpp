@@ -12,21 +12,11 @@
 #include "installation/Account.h"
 #include "installation/CheckList.h"
 #include "installation/CheckSteps.h"
+#include "installation/Components.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 
 namespace {
-
-struct Component {
-    const char* database;
-    bool (*isInstalled)(const char* instance, std::string& errorText);
-};
-
-constexpr Component kComponents[] = {{"Dorvas", isPlatformDV},
-                                     {"NQ2", isPlatformNQ2},
-                                     {"WFEngine", isPlatformWFEngine},
-                                     {"HistoryDB", isPlatformHistory},
-                                     {"VTCloud", isPlatformVTCloud}};
 
 constexpr const char* kServerTime = "SELECT DATEDIFF(second, '20200101', GETUTCDATE())";
 constexpr std::time_t kServerEpoch = 1577836800;  // 2020-01-01; the difference to it fits an int until 2088
@@ -86,17 +76,9 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
 // Without the log folder the library would print its log lines among the findings.
 void checkDatabases(CheckList& list) {
     if (list.hasFailed("store")) return;
+    checkComponents(list);
     for (const char* needed : {"host name", "log folder", "key"})
         if (list.hasFailed(needed))
             return list.addSkipped("databases", std::string("not tried without ") + needed);
-    std::size_t installed = 0;
-    std::string ignored;
-    for (const Component& component : kComponents) {
-        if (!component.isInstalled("", ignored)) continue;
-        checkDatabase(list, suiteDatabase(component.database));
-        ++installed;
-    }
-    if (installed == 0)
-        list.addWarning("databases", "no component with a database is installed",
-                        "On a management server the type includes 1: tscript config set Base.nPLATTYPE 1");
+    for (const SuiteDatabase* database : installedDatabases()) checkDatabase(list, *database);
 }

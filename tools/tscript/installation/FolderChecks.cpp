@@ -1,17 +1,27 @@
-// Checks of the folders that runs read and write.
+// Checks of the folders that runs read and write, of their disks, and of the files that a process may open.
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "DVUtilities/commonFunc.h"
 #include "installation/CheckList.h"
 #include "installation/CheckSteps.h"
+#include "installation/ProbeFile.h"
 
 namespace {
+
+constexpr std::size_t kProbeSize = std::size_t{64} << 10;
+constexpr unsigned long long kLittleSpace = 64ULL << 20;
+constexpr rlim_t kFewDescriptors = 64;
 
 struct FolderCheck {
     const char* name;
@@ -31,30 +41,93 @@ constexpr FolderCheck kFolders[] = {
     {"log folder", "EventManager", "dEVLOGDIR", "", W_OK | X_OK, false},
 };
 
+bool needsWriting(int access) {
+    return (access & W_OK) != 0;
+}
+
+// Reason why the folder cannot be used; empty if it can. A folder to be written is proved by a file, which
+// also finds a full disk.
+std::string useProblem(const std::string& path, int mode) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return std::strerror(errno);
+    if (!S_ISDIR(status.st_mode)) return "is not a folder";
+    if (access(path.c_str(), mode) != 0) return std::strerror(errno);
+    if (!needsWriting(mode)) return {};
+    try {
+        const ProbeFile probe(path, std::string(kProbeSize, '\n'));
+        return {};
+    } catch (const std::system_error& error) {
+        return "a file of 64 KiB cannot be written: " + error.code().message();
+    }
+}
+
+// In a folder that every user can change, another user can replace or delete what runs read and write. The
+// sticky bit, as on /tmp, prevents it.
+void checkOwner(CheckList& list, const std::string& name, const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return;
+    if ((status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0)
+        list.addFailure(name + " mode", ExitCode::kInstallation, "every user can change files in " + path,
+                        "Set its mode: chmod o-w " + path);
+    if (status.st_uid != geteuid() && status.st_uid != 0)
+        list.addWarning(name + " owner",
+                        path + " belongs to another user (number " + std::to_string(status.st_uid) + ")",
+                        "Give it to root or to the user that runs scripts: chown USER " + path);
+}
+
+void checkSpace(CheckList& list, const std::string& name, const std::string& path) {
+    struct statvfs disk {};
+    if (statvfs(path.c_str(), &disk) != 0) return;
+    const unsigned long long available = static_cast<unsigned long long>(disk.f_bavail) * disk.f_frsize;
+    if (available >= kLittleSpace) return;
+    list.addWarning(name + " space", std::to_string(available >> 20) + " MiB are free in " + path,
+                    "Free space on its disk: outputs of runs are stored there until they have been read.");
+}
+
+void checkFolderPath(CheckList& list, const std::string& name, const std::string& path, int mode,
+                     const std::string& setIt) {
+    const std::string problem = useProblem(path, mode);
+    if (!problem.empty())
+        return list.addFailure(
+            name, ExitCode::kInstallation, path + ": " + problem,
+            std::string("Create the folder, let this user ") +
+                (needsWriting(mode) ? "write there and free space on its disk" : "read there") +
+                ", or set another: " + setIt);
+    list.addGood(name, path);
+    checkOwner(list, name, path);
+    if (needsWriting(mode)) checkSpace(list, name, path);
+}
+
 void checkFolder(CheckList& list, const FolderCheck& folder) {
     const std::string named = storeText(folder.key, folder.value);
     const std::string value = std::string(folder.key) + "." + folder.value;
     const std::string setIt = "tscript config set " + value + " FOLDER";
-    if (named.empty()) {
-        if (!folder.isOptional)
-            list.addFailure(folder.name, ExitCode::kInstallation, "the store has no value " + value,
-                            "Set it: " + setIt);
-        return;
-    }
-    const std::string path = named + folder.subfolder;
-    struct stat status {};
-    const bool exists = stat(path.c_str(), &status) == 0;
-    const bool needsWriting = (folder.access & W_OK) != 0;
-    if (!exists || !S_ISDIR(status.st_mode)) {
-        list.addFailure(folder.name, ExitCode::kInstallation,
-                        path + ": " + (exists ? "is not a folder" : std::strerror(errno)),
-                        "Create the folder, or set another: " + setIt);
-    } else if (access(path.c_str(), folder.access) != 0) {
-        list.addFailure(folder.name, ExitCode::kInstallation, path + ": " + std::strerror(errno),
-                        std::string("Let this user ") + (needsWriting ? "write" : "read") + " there.");
-    } else {
-        list.addGood(folder.name, path);
-    }
+    if (!named.empty())
+        return checkFolderPath(list, folder.name, named + folder.subfolder, folder.access, setIt);
+    if (!folder.isOptional)
+        list.addFailure(folder.name, ExitCode::kInstallation, "the store has no value " + value,
+                        "Set it: " + setIt);
+}
+
+// Files of tscript itself and of the query tool.
+void checkTmpdir(CheckList& list) {
+    const char* set = std::getenv("TMPDIR");
+    const std::string path = set != nullptr && *set != '\0' ? set : "/tmp";
+    checkFolderPath(list, "TMPDIR", path, W_OK | X_OK, "export TMPDIR=FOLDER");
+}
+
+void checkDescriptors(CheckList& list) {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    rlim_t used = 0;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry("/proc/self/fd", error), end; !error && entry != end;
+         entry.increment(error))
+        ++used;
+    const std::string text = std::to_string(used) + " of " + std::to_string(limit.rlim_cur) + " are open";
+    if (!error && limit.rlim_cur >= used + kFewDescriptors) return list.addGood("file descriptors", text);
+    list.addFailure("file descriptors", ExitCode::kInstallation, error ? error.message() : text,
+                    "Raise the limit of this user or service: ulimit -n 1024, or LimitNOFILE of systemd.");
 }
 
 }  // namespace
@@ -67,4 +140,6 @@ std::string storeText(const char* key, const char* valueName) {
 
 void checkFolders(CheckList& list) {
     for (const FolderCheck& folder : kFolders) checkFolder(list, folder);
+    checkTmpdir(list);
+    checkDescriptors(list);
 }

@@ -1,0 +1,129 @@
+#include "package/PackageChecks.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "console/Outcome.h"
+#include "installation/Account.h"
+#include "installation/CheckList.h"
+#include "installation/Components.h"
+#include "installation/Installation.h"
+#include "package/Inspection.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kSiteNumber = "SELECT number FROM dorvas..app_plexum WHERE id = 2";
+constexpr const char* kInstallationGuid =
+    "SELECT SettingValue FROM NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'";
+
+struct Fault {
+    ExitCode code;
+    std::string what;
+    std::string advice;
+};
+
+// Names by which packages are bound to an installation; read when the first bound package is found. Empty if
+// the database does not return them: the database's own finding then says why.
+class Site {
+  public:
+    const std::string& number() { return read(m_number, "Dorvas", kSiteNumber); }
+    const std::string& guid() { return read(m_guid, "NQ2", kInstallationGuid); }
+
+  private:
+    static const std::string& read(std::optional<std::string>& value, const char* database, const char* sql) {
+        if (value) return *value;
+        DBBase db(/*flag=*/false);
+        std::vector<std::string> rows;
+        const bool isRead =
+            openAccount(db, suiteDatabase(database)) && db.GetDBValueList(sql, rows, 1) && !rows.empty();
+        return value.emplace(isRead ? rows.front() : "");
+    }
+
+    std::optional<std::string> m_number;
+    std::optional<std::string> m_guid;
+};
+
+std::optional<Fault> contentFault(const Inspection& package) {
+    if (package.records == 0)
+        return Fault{ExitCode::kInstallation, "is empty", "Pack it again: tscript pack"};
+    if (package.badRecords > 0)
+        return Fault{ExitCode::kInstallation,
+                     "line " + std::to_string(package.firstBadLine) + ": " + package.firstReason,
+                     "Restore it from a backup, or pack it again from its plain text: tscript pack"};
+    if (package.content.scriptBody.empty())
+        return Fault{ExitCode::kInstallation, "has no script", "tscript lint checks its plain text."};
+    return std::nullopt;
+}
+
+std::optional<Fault> databaseFault(const std::string& name) {
+    if (name.empty()) return std::nullopt;
+    try {
+        const SuiteDatabase& database = suiteDatabase(name);
+        if (isInstalled(database)) return std::nullopt;
+        return Fault{ExitCode::kInstallation,
+                     std::string("is made for ") + database.name + ", whose component is not installed",
+                     "Delete the package, or see docs/configuration.md on InstalledPackages."};
+    } catch (const Failure& failure) {
+        return Fault{ExitCode::kInstallation, failure.what(), failure.advice()};
+    }
+}
+
+std::optional<Fault> siteFault(const PackageContent& package, Site& site) {
+    if (package.plexumId != 0 && !site.number().empty() && site.number() != std::to_string(package.plexumId))
+        return Fault{
+            ExitCode::kRefused,
+            "is made for site " + std::to_string(package.plexumId) + "; this is site " + site.number(),
+            "Ask its developer for a package for this site, or delete it."};
+    if (!package.guid.empty() && strcasecmp(package.databaseName.c_str(), "NQ2") == 0 &&
+        !site.guid().empty() && site.guid() != package.guid)
+        return Fault{ExitCode::kRefused,
+                     "is made for the NQ2 database " + package.guid + "; this is " + site.guid(),
+                     "Ask its developer for a package for this database, or delete it."};
+    return std::nullopt;
+}
+
+std::optional<Fault> faultOf(const fs::path& file, Site& site) {
+    try {
+        const Inspection package = inspectPackage(file.string());
+        std::optional<Fault> fault = contentFault(package);
+        if (!fault) fault = databaseFault(package.content.databaseName);
+        if (!fault) fault = siteFault(package.content, site);
+        return fault;
+    } catch (const Failure& failure) {
+        return Fault{ExitCode::kInstallation, failure.what(), "Delete it, or let this user read it."};
+    }
+}
+
+std::vector<fs::path> packageFiles() {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(scriptsFolder()))
+        if (entry.path().extension() == ".sql") files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+}  // namespace
+
+void checkPackages(CheckList& list) {
+    for (const char* needed : {"store", "host name", "log folder", "key", "package folder"})
+        if (list.hasFailed(needed))
+            return list.addSkipped("packages", std::string("not opened without ") + needed);
+    Site site;
+    std::size_t good = 0;
+    for (const fs::path& file : packageFiles()) {
+        const std::optional<Fault> fault = faultOf(file, site);
+        if (!fault) {
+            ++good;
+            continue;
+        }
+        list.addFailure("package " + file.stem().string(), fault->code, fault->what, fault->advice);
+    }
+    list.addGood("packages", std::to_string(good) + " can be decrypted and run at this site");
+}
