@@ -16,6 +16,9 @@ constexpr std::chrono::milliseconds kLongestPause{25};  // between two attempts 
 constexpr int kStepsBetweenLooks = 200'000;  // SQLite instructions between two checks for cancellation
 constexpr std::size_t kIdleStatements = 64;
 constexpr std::size_t kMostAttached = 10;  // limit of SQLite
+// Bit of SQLite's Bloom filters among its optimizations. A filter hashes the bytes of a string, so that a
+// join loses the rows whose keys are equal only under the collation.
+constexpr unsigned kBloomFilters = 0x80000;
 
 }  // namespace
 
@@ -79,6 +82,7 @@ Connection::Connection(Storage& storage, std::function<bool()> cancelled)
     sqlite3_busy_handler(handle(), waitForLock, this);
     sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);
     sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, handle(), kBloomFilters);  // the others stay on
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a string
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
 }

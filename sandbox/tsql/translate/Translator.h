@@ -73,6 +73,7 @@ struct QueryText {
     std::vector<OutputColumn> columns;
     bool oneRow = false;    // returns at most one row
     bool compound = false;  // a UNION to which a branch can be appended
+    bool collated = false;  // a UNION whose first branch, which decides on equality, names the collation
 };
 
 // A variable that a SELECT assigns: SELECT @a = ..., @b += ...

@@ -266,7 +266,9 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
     std::string leftList, rightList;
-    bool flat = left.compound;  // a long chain is not nested: SQLite limits the nesting
+    const bool distinct = operation.op != SetOp::UnionAll;
+    // A long chain is not nested: SQLite limits the nesting.
+    bool flat = left.compound && (left.collated || !distinct);
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
         const Typed pieces[] = {
@@ -279,14 +281,13 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         const std::string comma = i ? ", " : "";
         flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
         const Typed merged = coerce(pieces[0], column.column.type);
-        leftList += comma +
-                    (operation.op == SetOp::UnionAll ? merged.sql
-                                                     : collated(merged, message::kTypeNotInSetOperation)) +
+        leftList += comma + (distinct ? collated(merged, message::kTypeNotInSetOperation) : merged.sql) +
                     " AS " + column.alias;
         rightList += comma + coerce(pieces[1], column.column.type).sql;
     }
-    QueryText text{{}, left.columns, false, false};
+    QueryText text{{}, left.columns};
     text.compound = query.orderBy.empty() && !query.offset;
+    text.collated = flat ? left.collated : distinct;
     text.sql = (flat ? left.sql : "SELECT " + leftList + " FROM (" + left.sql + ")") +
                std::string(kWords[static_cast<std::size_t>(operation.op)]) + "SELECT " + rightList +
                " FROM (" + right.sql + ")" + orderBy(query.orderBy, text, /*outputOnly=*/true) +

@@ -29,3 +29,26 @@ SELECT CHOOSE(0, 'a', 'b') a, CHOOSE(3, 'a', 'b') b, CHOOSE(NULL, 'a') c, CHOOSE
 SELECT NULLIF(NULL, 1) --> Msg 4151, Level 16, State 1, Line 1: The type of the first argument to NULLIF cannot be the NULL constant because the type of the first argument has to be known.
 SELECT COALESCE(NULL, NULL) --> Msg 4127, Level 16, State 1, Line 1: At least one of the arguments to COALESCE must be an expression that is not the NULL constant.
 SELECT LEN(REPLACE(REPLICATE(CAST('a' AS varchar(max)), 20000), 'a', REPLICATE('b', 8000))) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support REPLACE beyond 100,000,000 bytes.
+-- strings are equal by the collation wherever SQLite hashes, sorts or compares keys: blanks at the end, case, accents
+CREATE TABLE narrow (id int, c char(10), d varchar(10) NULL)
+CREATE TABLE wide (id int, c char(20), d varchar(20) NULL)
+INSERT narrow VALUES (1, 'ab', 'ab'), (2, 'Ab', 'AB '), (3, 'é', 'É'), (4, 'x', NULL)
+INSERT wide VALUES (11, 'AB', 'ab   '), (12, 'ab ', 'aB'), (13, 'É', 'é '), (14, 'e', 'e') --> (4 changed) (4 changed)
+SELECT a.id, b.id FROM narrow a JOIN wide b ON a.c = b.c ORDER BY 1, 2 --> id int? | id int? = 1 | 11; 1 | 12; 2 | 11; 2 | 12; 3 | 13 (5 rows)
+SELECT a.id, b.id FROM narrow a LEFT JOIN wide b ON a.c = b.d ORDER BY 1, 2 --> id int? | id int? = 1 | 11; 1 | 12; 2 | 11; 2 | 12; 3 | 13; 4 | NULL (6 rows)
+SELECT COUNT(*) FROM narrow a, narrow b, wide c WHERE a.c = b.c AND b.c = c.c --> - int? = 9 (1 rows)
+WITH q AS (SELECT DISTINCT RTRIM(d) d FROM narrow) SELECT q.d, w.id FROM q JOIN wide w ON q.d = LTRIM(w.d) ORDER BY 2 --> d varchar(10)? | id int? = ab | 11; ab | 12; É | 13 (3 rows)
+DECLARE @t TABLE (a varchar(10))
+INSERT @t VALUES ('AB  '), ('é')
+SELECT n.id FROM narrow n JOIN @t t ON t.a = n.c
+SELECT n.id, s.value FROM narrow n LEFT JOIN STRING_SPLIT('ab   ,E,é', ',') s ON s.value = n.c ORDER BY 1
+--> (2 changed)
+--> id int? = 1; 2; 3 (3 rows)
+--> id int? | value varchar(9)? = 1 | ab   ; 2 | ab   ; 3 | é; 4 | NULL (4 rows)
+SELECT id FROM narrow WHERE LTRIM(d) IN (SELECT LTRIM(d) + ' ' FROM wide) AND c NOT IN (SELECT c + '' FROM wide WHERE id = 13) --> id int? = 1; 2 (2 rows)
+SELECT x, COUNT(*) n, (SELECT COUNT(DISTINCT LTRIM(d)) FROM wide) d FROM (SELECT LTRIM(d) x FROM wide) q GROUP BY x --> x varchar(20)? | n int? | d int? = ab    | 2 | 3; e | 1 | 3; é  | 1 | 3 (3 rows)
+SELECT COUNT(*) FROM (SELECT d + '' d FROM narrow UNION ALL SELECT d FROM wide EXCEPT SELECT 'AB') q --> - int? = 3 (1 rows)
+SELECT COUNT(*) FROM (SELECT LTRIM(d) d FROM narrow UNION ALL SELECT d FROM wide UNION SELECT 'X' UNION SELECT 'x ') q --> - int? = 5 (1 rows)
+SELECT id, COUNT(*) OVER (PARTITION BY LTRIM(d)) n, DENSE_RANK() OVER (ORDER BY LTRIM(d)) r FROM wide ORDER BY id --> id int? | n int? | r bigint? = 11 | 2 | 1; 12 | 2 | 1; 13 | 1 | 3; 14 | 1 | 2 (4 rows)
+UPDATE narrow SET id = b.id + 10 FROM narrow a JOIN wide b ON a.c = b.c WHERE b.id = 13
+DELETE a FROM narrow a JOIN wide b ON a.c = b.c WHERE b.id = 13 --> (1 changed) (1 changed)
