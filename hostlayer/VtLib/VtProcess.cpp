@@ -11,6 +11,7 @@
 
 #include "ChildProcess.h"
 #include "CommandLine.h"
+#include "ProcessStart.h"
 #include "Store.h"
 #include "VtCauses.h"
 
@@ -105,6 +106,7 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     if (arguments.empty()) arguments.emplace_back();
     arguments.front() = path;
     m_impl->program = path;
+    hostlayer::announceProcessStart();
     using Output = hostlayer::ChildProcess::Output;
     const int failure =
         m_impl->child.start(path, arguments, m_impl->isSilent ? Output::kDiscard : Output::kInherit);

@@ -1,55 +1,41 @@
 #include "VTSimpleDBConn.h"
 
-#include <string.h>
-
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <optional>
 #include <vector>
 
 #include "ConnectionString.h"
-#include "EvDebug.h"
 #include "HostSettings.h"
+#include "IdleLogins.h"
+#include "Login.h"
 #include "Odbc.h"
 #include "Rows.h"
-#include "Utf16.h"
+#include "SqlEffect.h"
 #include "VtCauses.h"
 
 namespace {
 
 using hostlayer::Fetched;
+using hostlayer::Login;
 using hostlayer::OdbcHandle;
 using hostlayer::odbcText;
+using hostlayer::SqlEffect;
 
 constexpr const char* kDefaultDriver = "FreeTDS";
 constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8";
-constexpr SQLULEN kDefaultLoginTimeout = 15;         // seconds
+constexpr unsigned int kDefaultLoginTimeout = 15;    // seconds; 0 waits without a limit
+constexpr unsigned int kDefaultConnectionReuse = 5;  // seconds; 0 keeps no login
 constexpr std::size_t kMaxConnectionString = 32767;  // bytes; ODBC counts them in 16 bits
-constexpr int kErrorLevel = 1;                       // of the debug log
 
 const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
-// Logs a failure that is not the driver's, and notes it as a cause.
-void reportError(VtCause::Place place, const std::string& text) {
-    EvDebug().DebugLevel(kErrorLevel, "%s", text.c_str());
-    VtNoteCause({.place = place, .text = text});
-}
-
-// Converts the whole text. If it is not UTF-8, reports `refusal` with the position and returns false: a
-// DELETE cut off there might have lost its WHERE.
-bool convertOrReport(VtCause::Place place, const char* text, std::u16string& wide, const char* refusal) {
-    const std::size_t invalid = hostlayer::toUtf16(text, wide);
-    if (invalid == std::string_view::npos) return true;
-    reportError(place, std::string(refusal) + ": its byte " + std::to_string(invalid + 1) + " is not UTF-8");
-    return false;
-}
-
-// Seconds; 0 waits without a limit.
-SQLULEN loginTimeout() {
-    SQLULEN seconds = kDefaultLoginTimeout;
-    const std::string text = hostlayer::hostSetting("loginTimeout", "");
+// Value of a setting in seconds; the default if it is not a number.
+unsigned int secondsOf(const char* setting, unsigned int seconds) {
+    const std::string text = hostlayer::hostSetting(setting, "");
     std::from_chars(text.data(), text.data() + text.size(), seconds);
     return seconds;
 }
@@ -61,6 +47,7 @@ SQLULEN loginTimeout() {
 struct OpenStatement {
     OdbcHandle handle;     // empty: not run yet, failed or finished
     bool hasRows = false;  // the current result is a result set
+    bool hasFailed = false;
     std::unique_ptr<hostlayer::RowReader> rows;
 
     bool run(SQLHANDLE connection, std::u16string& sql, bool prepared);
@@ -98,49 +85,51 @@ void OpenStatement::finish() {
     do {
         result = ::SQLMoreResults(handle.get());
     } while (handle.check(result, "Execute") && result != SQL_NO_DATA);
+    hasFailed = hasFailed || result != SQL_NO_DATA;
     handle = OdbcHandle();
 }
 
 struct VTSimpleDBConnObject::Impl {
     bool connect(const char* connectionString, bool readOnly);
+    bool run(const char* sql, bool prepared);
+    void finishStatement();
     void close();
 
-    OdbcHandle environment;
-    OdbcHandle connection;
+    std::unique_ptr<Login> login;  // null: not open
     std::shared_ptr<OpenStatement> statement = std::make_shared<OpenStatement>();
-    bool isOpen = false;
 };
 
 bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool readOnly) {
-    environment = OdbcHandle::environment();
-    if (!environment) return false;
-    const auto version = hostlayer::odbcNumber(SQL_OV_ODBC3);
-    if (!environment.check(::SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, version, 0), "Set up"))
-        return false;
-    connection = OdbcHandle(SQL_HANDLE_DBC, environment.get());
-    if (!connection) return false;
-    const auto setAttribute = [&](SQLINTEGER attribute, SQLULEN value) {
-        return connection.check(
-            ::SQLSetConnectAttr(connection.get(), attribute, hostlayer::odbcNumber(value), 0), "Set up");
-    };
-    if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, loginTimeout())) return false;
-    if (readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
+    login = hostlayer::takeIdleLogin(connectionString, readOnly);
+    if (login != nullptr) return true;
+    login = std::make_unique<Login>(connectionString, readOnly);
+    if (login->connect(secondsOf("loginTimeout", kDefaultLoginTimeout))) return true;
+    login.reset();
+    return false;
+}
+
+bool VTSimpleDBConnObject::Impl::run(const char* sql, bool prepared) {
     std::u16string text;
-    isOpen = convertOrReport(VtCause::kConnection, connectionString, text,
-                             "Connect: the connection string is not used") &&
-             connection.check(::SQLDriverConnectW(connection.get(), nullptr, odbcText(text), SQL_NTS, nullptr,
-                                                  0, nullptr, SQL_DRIVER_NOPROMPT),
-                              "Connect");
-    ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
-    return isOpen;
+    if (!hostlayer::convertOrReport(VtCause::kStatement, sql, text, "Execute: the statement is not run"))
+        return false;
+    const SqlEffect effect = hostlayer::effectOf(sql);
+    if (effect != SqlEffect::kNone) login->forbidReuse();
+    if (effect == SqlEffect::kServer) hostlayer::closeIdleLogins();
+    if (statement->run(login->handle(), text, prepared) && statement->skipToFirstRows()) return true;
+    statement->hasFailed = true;
+    return false;
+}
+
+void VTSimpleDBConnObject::Impl::finishStatement() {
+    statement->finish();
+    if (statement->hasFailed) login->forbidReuse();
 }
 
 void VTSimpleDBConnObject::Impl::close() {
-    statement->finish();
-    if (isOpen) connection.check(::SQLDisconnect(connection.get()), "Disconnect");
-    isOpen = false;
-    connection = OdbcHandle();
-    environment = OdbcHandle();
+    if (login == nullptr) return;
+    finishStatement();
+    const std::chrono::seconds reuse(secondsOf("connectionReuse", kDefaultConnectionReuse));
+    hostlayer::keepIdleLogin(std::move(login), reuse);
 }
 
 VTSimpleDBConnObject::VTSimpleDBConnObject() : m_impl(std::make_unique<Impl>()) {}
@@ -161,7 +150,7 @@ std::string VTSimpleDBConnObject::getConnectionString(const char* server, const 
     std::string problem;
     if (!hostlayer::parseServer(orEmpty(server), request.server, problem) ||
         !hostlayer::makeConnectionString(settings, request, text, problem))
-        reportError(VtCause::kConnection, "Connect: " + problem);
+        hostlayer::reportError(VtCause::kConnection, "Connect: " + problem);
     return text;
 }
 
@@ -170,13 +159,12 @@ int VTSimpleDBConnObject::OpenSQLConnectionUsingConnectionString(const char* con
     m_impl->close();
     const std::size_t length = std::strlen(orEmpty(connectionString));
     if (length == 0 || length > kMaxConnectionString) {
-        reportError(VtCause::kConnection, length == 0 ? "Connect: the connection string is empty"
-                                                      : "Connect: the connection string is too long");
+        hostlayer::reportError(VtCause::kConnection, length == 0
+                                                         ? "Connect: the connection string is empty"
+                                                         : "Connect: the connection string is too long");
         return -1;
     }
-    if (m_impl->connect(connectionString, readOnly)) return 0;
-    m_impl->close();
-    return -1;
+    return m_impl->connect(connectionString, readOnly) ? 0 : -1;
 }
 
 int VTSimpleDBConnObject::CloseSQLConnection() {
@@ -185,20 +173,16 @@ int VTSimpleDBConnObject::CloseSQLConnection() {
 }
 
 int VTSimpleDBConnObject::executeQuery(const char* sql, bool prepared) {
-    if (!m_impl->isOpen || sql == nullptr) {
-        reportError(
+    if (m_impl->login == nullptr || sql == nullptr) {
+        hostlayer::reportError(
             sql == nullptr ? VtCause::kStatement : VtCause::kConnection,
             sql == nullptr ? "Execute: the statement is null" : "Execute: the connection is not open");
         return -1;
     }
-    m_impl->statement->finish();
+    m_impl->finishStatement();
     m_impl->statement = std::make_shared<OpenStatement>();
-    std::u16string text;
-    if (!convertOrReport(VtCause::kStatement, sql, text, "Execute: the statement is not run")) return -1;
-    if (m_impl->statement->run(m_impl->connection.get(), text, prepared) &&
-        m_impl->statement->skipToFirstRows())
-        return 0;
-    m_impl->statement->finish();
+    if (m_impl->run(sql, prepared)) return 0;
+    m_impl->finishStatement();
     return -1;
 }
 
@@ -239,6 +223,7 @@ int VTDBAutoBindResult::getNextRow() {
     const auto& rows = result.statement->rows;
     const Fetched fetched = rows ? rows->next(result.values) : Fetched::kFailure;
     if (fetched != Fetched::kRow) result.state = fetched == Fetched::kEnd ? 1 : -1;
+    if (fetched == Fetched::kFailure) result.statement->hasFailed = true;
     for (std::size_t i = 0; i < result.columns.size(); ++i) {
         const bool hasValue = result.state == 0 && result.values[i].has_value();
         result.columns[i].m_null = !hasValue;

@@ -1,0 +1,223 @@
+#include "IdleLogins.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <iterator>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "ProcessStart.h"
+
+namespace hostlayer {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Logins = std::vector<std::unique_ptr<Login>>;
+
+constexpr std::size_t kMaxIdle = 64;
+
+// Blocks all signals for the threads that the current one starts: the host program's handlers run in its own
+// threads.
+class SignalsBlocked {
+  public:
+    SignalsBlocked() {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
+    }
+    ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    SignalsBlocked(const SignalsBlocked&) = delete;
+    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+  private:
+    sigset_t m_before{};
+};
+
+// The store. A thread closes what has been idle for its time; it ends once it finds no idle login.
+// Disconnecting may block, so logins are destroyed without the lock.
+class IdleLogins {
+  public:
+    std::unique_ptr<Login> take(std::string_view connectionString, bool readOnly);
+    void keep(std::unique_ptr<Login> login, std::chrono::seconds time);
+    Logins removeAll();
+    void shutDown();
+
+    void lock() { m_mutex.lock(); }
+    void unlock() { m_mutex.unlock(); }
+    Logins removeAllLocked();
+
+  private:
+    struct Idle {
+        std::unique_ptr<Login> login;
+        Clock::time_point until;
+    };
+
+    std::unique_ptr<Login> remove(std::string_view connectionString, bool readOnly);
+    Logins removeExpired(Clock::time_point now);
+    bool startCloser();
+    void closeExpired();
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<Idle> m_idle;  // the oldest first
+    std::optional<std::thread> m_closer;
+    bool m_closerHasEnded = false;
+    bool m_isShutDown = false;
+};
+
+std::unique_ptr<Login> IdleLogins::take(std::string_view connectionString, bool readOnly) {
+    for (;;) {
+        std::unique_ptr<Login> login = remove(connectionString, readOnly);
+        if (login == nullptr || login->isAlive()) return login;
+    }
+}
+
+std::unique_ptr<Login> IdleLogins::remove(std::string_view connectionString, bool readOnly) {
+    const std::lock_guard lock(m_mutex);
+    const auto now = Clock::now();
+    const auto found = std::find_if(m_idle.rbegin(), m_idle.rend(), [&](const Idle& idle) {
+        return idle.until > now && idle.login->isFor(connectionString, readOnly);
+    });
+    if (found == m_idle.rend()) return nullptr;
+    std::unique_ptr<Login> login = std::move(found->login);
+    m_idle.erase(std::next(found).base());
+    return login;
+}
+
+void IdleLogins::keep(std::unique_ptr<Login> login, std::chrono::seconds time) {
+    std::unique_ptr<Login> oldest;  // outlives the lock
+    const std::lock_guard lock(m_mutex);
+    if (m_isShutDown || !startCloser()) {
+        oldest = std::move(login);
+        return;
+    }
+    if (m_idle.size() == kMaxIdle) {
+        oldest = std::move(m_idle.front().login);
+        m_idle.erase(m_idle.begin());
+    }
+    m_idle.push_back({std::move(login), Clock::now() + time});
+}
+
+Logins IdleLogins::removeAllLocked() {
+    Logins logins;
+    for (Idle& idle : m_idle) logins.push_back(std::move(idle.login));
+    m_idle.clear();
+    return logins;
+}
+
+Logins IdleLogins::removeAll() {
+    const std::lock_guard lock(m_mutex);
+    return removeAllLocked();
+}
+
+void IdleLogins::shutDown() {
+    Logins logins;
+    std::optional<std::thread> closer;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isShutDown = true;
+        logins = removeAllLocked();
+        closer = std::exchange(m_closer, std::nullopt);
+        m_changed.notify_one();
+    }
+    if (closer) closer->join();
+}
+
+// Returns whether the thread runs.
+bool IdleLogins::startCloser() {
+    if (m_closer && !m_closerHasEnded) return true;
+    if (m_closer) m_closer->join();
+    m_closer.reset();
+    m_closerHasEnded = false;
+    try {
+        const SignalsBlocked signalsBlocked;
+        m_closer.emplace([this] { closeExpired(); });
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
+Logins IdleLogins::removeExpired(Clock::time_point now) {
+    Logins expired;
+    for (Idle& idle : m_idle)
+        if (idle.until <= now) expired.push_back(std::move(idle.login));
+    std::erase_if(m_idle, [](const Idle& idle) { return idle.login == nullptr; });
+    return expired;
+}
+
+void IdleLogins::closeExpired() {
+    std::unique_lock lock(m_mutex);
+    while (!m_idle.empty()) {
+        const auto sooner = [](const Idle& a, const Idle& b) { return a.until < b.until; };
+        const auto until = std::min_element(m_idle.begin(), m_idle.end(), sooner)->until;
+        m_changed.wait_until(lock, until);
+        Logins expired = removeExpired(Clock::now());
+        lock.unlock();
+        expired.clear();
+        lock.lock();
+    }
+    m_closerHasEnded = true;
+}
+
+std::atomic<IdleLogins*> processLogins{nullptr};
+
+void closeBeforeFork() {
+    IdleLogins& logins = *processLogins;
+    logins.lock();
+    logins.removeAllLocked();
+}
+
+void continueAfterFork() {
+    processLogins.load()->unlock();
+}
+
+// The child has no closing thread and cannot use what that thread may have held. The store is empty.
+void beginAnewInChild() {
+    processLogins = new IdleLogins;
+}
+
+// Creates the store. It is never destroyed: connections of static objects may close after it. Its logins are
+// closed at exit, which comes before the clean-up of the driver's libraries, since those were loaded earlier.
+class Creation {
+  public:
+    Creation() {
+        processLogins = new IdleLogins;
+        ::pthread_atfork(closeBeforeFork, continueAfterFork, beginAnewInChild);
+        callBeforeProcessStart(closeIdleLogins);
+    }
+    ~Creation() {
+        callBeforeProcessStart(nullptr);
+        processLogins.load()->shutDown();
+    }
+    Creation(const Creation&) = delete;
+    Creation& operator=(const Creation&) = delete;
+};
+
+}  // namespace
+
+std::unique_ptr<Login> takeIdleLogin(std::string_view connectionString, bool readOnly) {
+    IdleLogins* const logins = processLogins;
+    return logins != nullptr ? logins->take(connectionString, readOnly) : nullptr;
+}
+
+void keepIdleLogin(std::unique_ptr<Login> login, std::chrono::seconds time) {
+    if (time <= std::chrono::seconds::zero() || !login->isReusable()) return;
+    static const Creation creation;
+    login->requestReset();
+    processLogins.load()->keep(std::move(login), time);
+}
+
+void closeIdleLogins() {
+    if (IdleLogins* const logins = processLogins; logins != nullptr) logins->removeAll();
+}
+
+}  // namespace hostlayer

@@ -1,0 +1,145 @@
+#include "Login.h"
+
+#include <fcntl.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <bitset>
+#include <cerrno>
+
+#include "EvDebug.h"
+#include "Utf16.h"
+
+namespace hostlayer {
+namespace {
+
+constexpr int kErrorLevel = 1;  // of the debug log
+
+// Returns the inode of a descriptor that is a connected TCP socket.
+std::optional<ino_t> tcpInode(int descriptor) {
+    struct stat status {};
+    sockaddr_storage peer{};
+    socklen_t size = sizeof peer;
+    if (::fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode)) return std::nullopt;
+    if (::getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &size) != 0) return std::nullopt;
+    if (peer.ss_family != AF_INET && peer.ss_family != AF_INET6) return std::nullopt;
+    return status.st_ino;
+}
+
+// Finds the socket that a driver opens. ODBC does not return it, but a new descriptor is always the lowest
+// free one, so few have to be looked at. Without a result when another thread opens a socket meanwhile.
+class NewSocket {
+  public:
+    NewSocket() {
+        m_first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        if (m_first < 0) return;
+        ::close(m_first);
+        for (int i = 0; i < kWindow; ++i) m_wasOpen[static_cast<std::size_t>(i)] = isOpen(m_first + i);
+    }
+
+    std::optional<ServerSocket> find() const {
+        std::optional<ServerSocket> found;
+        for (int i = 0; m_first >= 0 && i < kWindow; ++i) {
+            if (m_wasOpen[static_cast<std::size_t>(i)]) continue;
+            const auto inode = tcpInode(m_first + i);
+            if (!inode) continue;
+            if (found) return std::nullopt;
+            found = ServerSocket{m_first + i, *inode};
+        }
+        return found;
+    }
+
+  private:
+    static constexpr int kWindow = 64;
+    static bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
+
+    int m_first = -1;
+    std::bitset<kWindow> m_wasOpen;
+};
+
+}  // namespace
+
+void reportError(VtCause::Place place, const std::string& text) {
+    EvDebug().DebugLevel(kErrorLevel, "%s", text.c_str());
+    VtNoteCause({.place = place, .text = text});
+}
+
+bool convertOrReport(VtCause::Place place, std::string_view text, std::u16string& wide, const char* refusal) {
+    const std::size_t invalid = toUtf16(text, wide);
+    if (invalid == std::string_view::npos) return true;
+    reportError(place, std::string(refusal) + ": its byte " + std::to_string(invalid + 1) + " is not UTF-8");
+    return false;
+}
+
+Login::Login(std::string_view connectionString, bool readOnly)
+    : m_connectionString(connectionString), m_readOnly(readOnly), m_process(::getpid()) {}
+
+Login::~Login() {
+    if (m_isConnected) m_connection.check(::SQLDisconnect(m_connection.get()), "Disconnect");
+    ::explicit_bzero(m_connectionString.data(), m_connectionString.size());
+}
+
+bool Login::connect(SQLULEN timeoutSeconds) {
+    m_environment = OdbcHandle::environment();
+    if (!m_environment) return false;
+    const auto version = odbcNumber(SQL_OV_ODBC3);
+    if (!m_environment.check(::SQLSetEnvAttr(m_environment.get(), SQL_ATTR_ODBC_VERSION, version, 0),
+                             "Set up"))
+        return false;
+    m_connection = OdbcHandle(SQL_HANDLE_DBC, m_environment.get());
+    if (!m_connection) return false;
+    const auto setAttribute = [&](SQLINTEGER attribute, SQLULEN value) {
+        return m_connection.check(::SQLSetConnectAttr(m_connection.get(), attribute, odbcNumber(value), 0),
+                                  "Set up");
+    };
+    if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, timeoutSeconds)) return false;
+    if (m_readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
+    std::u16string text;
+    const NewSocket newSocket;
+    m_isConnected = convertOrReport(VtCause::kConnection, m_connectionString, text,
+                                    "Connect: the connection string is not used") &&
+                    m_connection.check(::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text),
+                                                           SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT),
+                                       "Connect");
+    ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
+    if (m_isConnected) m_socket = newSocket.find();
+    return m_isConnected;
+}
+
+bool Login::isFor(std::string_view connectionString, bool readOnly) const {
+    return m_readOnly == readOnly && m_connectionString == connectionString;
+}
+
+bool Login::isReusable() const {
+    return m_isConnected && m_isClean && m_process == ::getpid();
+}
+
+// The session is as after the login in any case, so a driver that does not support the attribute is no
+// failure.
+void Login::requestReset() const {
+    ::SQLSetConnectAttr(m_connection.get(), SQL_ATTR_RESET_CONNECTION, odbcNumber(SQL_RESET_CONNECTION_YES),
+                        SQL_IS_UINTEGER);
+}
+
+bool Login::isAlive() const {
+    SQLUINTEGER dead = SQL_CD_FALSE;
+    const SQLRETURN result =
+        ::SQLGetConnectAttr(m_connection.get(), SQL_ATTR_CONNECTION_DEAD, &dead, sizeof dead, nullptr);
+    if (SQL_SUCCEEDED(result) && dead == SQL_CD_TRUE) return false;
+    if (!m_socket || tcpInode(m_socket->descriptor) != m_socket->inode) return answersQuery();
+    char byte = 0;
+    // A server sends nothing unasked, except the end of the connection.
+    return ::recv(m_socket->descriptor, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) < 0 &&
+           (errno == EAGAIN || errno == EINTR);
+}
+
+bool Login::answersQuery() const {
+    std::u16string query = u"SELECT 1";
+    const OdbcHandle statement(SQL_HANDLE_STMT, m_connection.get());
+    return statement && SQL_SUCCEEDED(::SQLExecDirectW(statement.get(), odbcText(query), SQL_NTS)) &&
+           ::SQLMoreResults(statement.get()) == SQL_NO_DATA;
+}
+
+}  // namespace hostlayer

@@ -1,0 +1,65 @@
+// A login to a server over ODBC, and whether another user of the same connection string may continue it.
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Odbc.h"
+#include "VtCauses.h"
+
+namespace hostlayer {
+
+// Socket of a connection: its descriptor, and its inode to recognise it.
+struct ServerSocket {
+    int descriptor = -1;
+    ino_t inode = 0;
+};
+
+// Disconnects and wipes the connection string on destruction.
+class Login {
+  public:
+    Login(std::string_view connectionString, bool readOnly);
+    ~Login();
+    Login(const Login&) = delete;
+    Login& operator=(const Login&) = delete;
+
+    // Logs in. A failure is in the debug log. 0 seconds wait without a limit.
+    bool connect(SQLULEN timeoutSeconds);
+
+    bool isFor(std::string_view connectionString, bool readOnly) const;
+    SQLHANDLE handle() const { return m_connection.get(); }
+
+    // True if the session is as it was after the login and this process made the login.
+    bool isReusable() const;
+    void forbidReuse() { m_isClean = false; }
+
+    // Asks a driver that supports it to reset the session with the next statement.
+    void requestReset() const;
+
+    // False if the server has closed the connection. Takes no round trip if the socket is known.
+    bool isAlive() const;
+
+  private:
+    bool answersQuery() const;
+
+    std::string m_connectionString;
+    bool m_readOnly;
+    pid_t m_process;
+    bool m_isConnected = false;
+    bool m_isClean = true;
+    std::optional<ServerSocket> m_socket;
+    OdbcHandle m_environment;
+    OdbcHandle m_connection;
+};
+
+// Logs a failure that is not the driver's, and notes it as a cause.
+void reportError(VtCause::Place place, const std::string& text);
+
+// Converts the whole text. If it is not UTF-8, reports `refusal` with the position and returns false: a
+// DELETE cut off there might have lost its WHERE.
+bool convertOrReport(VtCause::Place place, std::string_view text, std::u16string& wide, const char* refusal);
+
+}  // namespace hostlayer

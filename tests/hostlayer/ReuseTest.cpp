@@ -1,0 +1,166 @@
+// Logins that closed connections leave for the next ones.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "SqlEffect.h"
+#include "TestStore.h"
+#include "TsqlBox.h"
+#include "VTSimpleDBConn.h"
+#include "VtProcess.h"
+
+namespace {
+
+using hostlayer::SqlEffect;
+
+TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
+    struct Case {
+        const char* sql;
+        SqlEffect effect;
+    };
+    const Case cases[] = {
+        {"SELECT TOP 1 id FROM T WHERE name = 'SET DROP' and type & 2 > 0 ORDER BY id DESC",
+         SqlEffect::kNone},
+        {" select [exec], \"use\" /* drop */ from t -- kill\r\n union all select 1;", SqlEffect::kNone},
+        {"UPDATE t SET a = (SELECT max(b) FROM u)", SqlEffect::kNone},
+        {"delete t where a = N'it''s'", SqlEffect::kNone},
+        {"INSERT t VALUES (1)", SqlEffect::kSession},
+        {"SET NOCOUNT ON UPDATE t SET a = 1", SqlEffect::kSession},
+        {"UPDATE t SET a = 1 SET NOCOUNT ON", SqlEffect::kSession},
+        {"SELECT 1 UPDATE t SET a = 1", SqlEffect::kSession},
+        {"SELECT a INTO #t FROM u", SqlEffect::kSession},
+        {"SELECT a FROM #t", SqlEffect::kSession},
+        {"", SqlEffect::kServer},
+        {"sp_who", SqlEffect::kServer},
+        {"SELECT 1; sp_who", SqlEffect::kServer},
+        {"SELECT 1 USE master", SqlEffect::kServer},
+        {"SELECT 1\nBEGIN TRAN", SqlEffect::kServer},
+        {"SELECT 1DROP TABLE t", SqlEffect::kServer},
+        {"SELECT 1\xC2\xA0"
+         "DROP TABLE t",
+         SqlEffect::kServer},
+        {"SELECT [a]]'] DROP TABLE t --'", SqlEffect::kServer},
+        {"SELECT 1 /* /* */ ' */ DROP TABLE t --'", SqlEffect::kServer},
+        {"SELECT 1 -- \r ' \n DROP TABLE t --'", SqlEffect::kServer},
+        {"SELECT 'unclosed", SqlEffect::kServer},
+    };
+    for (const Case& each : cases) EXPECT_EQ(hostlayer::effectOf(each.sql), each.effect) << each.sql;
+}
+
+class ConnectionReuse : public ::testing::Test {
+  protected:
+    int open(VTSimpleDBConnObject& connection, bool readOnly = false) const {
+        const std::string text = connection.getConnectionString(
+            m_box.server().c_str(), "tempdb", m_box.login().c_str(), m_box.password().c_str(), false, false);
+        return connection.OpenSQLConnectionUsingConnectionString(text.c_str(), readOnly);
+    }
+
+    // Opens a connection, runs a batch without reading its rows, and closes.
+    void run(const char* sql, bool readOnly = false) const {
+        VTSimpleDBConnObject connection;
+        ASSERT_EQ(open(connection, readOnly), 0);
+        connection.executeQuery(sql, false);
+    }
+
+    // Number of this process's connections to the server.
+    int sockets() const {
+        int count = 0;
+        for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+            sockaddr_in peer{};
+            socklen_t size = sizeof peer;
+            if (::getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &size) == 0 &&
+                peer.sin_family == AF_INET && ntohs(peer.sin_port) == m_box.port())
+                ++count;
+        }
+        return count;
+    }
+
+    support::TsqlBox m_box;
+    const TestStore m_store{"[host]\nconnectionReuse = 60\n"};
+};
+
+TEST_F(ConnectionReuse, FollowsPlainStatementsOnly) {
+    struct Case {
+        const char* sql;
+        int kept;
+    };
+    const Case cases[] = {{"SELECT 1", 1},       {"SELECT name FROM sys.databases", 1},
+                          {"SET NOCOUNT ON", 0}, {"CREATE TABLE #t (a int)", 0},
+                          {"SELECT 1 / 0", 0},   {"SELECT 2", 1},
+                          {"no statement", 0}};
+    for (const Case& each : cases) {
+        run(each.sql);
+        EXPECT_EQ(sockets(), each.kept) << each.sql;
+    }
+    run("SELECT 1");
+    run("SELECT 1", /*readOnly=*/true);
+    EXPECT_EQ(sockets(), 2);
+}
+
+TEST_F(ConnectionReuse, GivesALoginToOneConnectionAtATime) {
+    run("SELECT 1");
+    std::vector<VTSimpleDBConnObject> connections(8);
+    std::vector<std::thread> threads;
+    for (VTSimpleDBConnObject& connection : connections)
+        threads.emplace_back([&] { EXPECT_EQ(open(connection), 0); });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(sockets(), 8);
+}
+
+TEST_F(ConnectionReuse, ReplacesALoginThatTheServerHasClosed) {
+    run("SELECT 1");
+    m_box.kill();
+    VTSimpleDBConnObject connection;
+    EXPECT_EQ(open(connection), -1);
+    m_box.start();
+    run("SELECT 1");
+    m_box.stop();
+    m_box.start();
+    ASSERT_EQ(open(connection), 0);
+    EXPECT_EQ(connection.executeQuery("SELECT 1", false), 0);
+}
+
+TEST_F(ConnectionReuse, EndsBeforeWhatMayNeedTheDatabaseAlone) {
+    VTSimpleDBConnObject other;
+    ASSERT_EQ(open(other), 0);
+    const std::function<void()> acts[] = {
+        [] {
+            VtProcess process;
+            EXPECT_TRUE(process.Start("/bin/true", "true", nullptr, 0, 0));
+            EXPECT_TRUE(process.Wait(nullptr, nullptr, 0, VtProcess::kNoTimeout));
+        },
+        [&] { other.executeQuery("DROP TABLE NoSuchTable", false); },
+        [] {
+            const pid_t child = ::fork();
+            if (child == 0) ::_exit(0);
+            ::waitpid(child, nullptr, 0);
+        }};
+    for (const auto& act : acts) {
+        run("SELECT 1");
+        ASSERT_EQ(sockets(), 2);
+        act();
+        EXPECT_EQ(sockets(), 1);
+    }
+}
+
+TEST_F(ConnectionReuse, EndsAfterItsTime) {
+    m_store.write("[host]\nconnectionReuse = 0\n");
+    run("SELECT 1");
+    EXPECT_EQ(sockets(), 0);
+    m_store.write("[host]\nconnectionReuse = 1\n");
+    run("SELECT 1");
+    EXPECT_EQ(sockets(), 1);
+    for (int i = 0; i < 300 && sockets() > 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(sockets(), 0);
+}
+
+}  // namespace
