@@ -2,11 +2,13 @@
 
 #include <cstring>
 #include <new>
+#include <optional>
 #include <vector>
 
 #include "CatalogueSql.h"
 #include "DVUtilities/DBBase.h"
 #include "FX.h"
+#include "FirstRunLock.h"
 #include "ScriptMessages.h"
 #include "SqlBuffer.h"
 #include "SqlQuotes.h"
@@ -61,6 +63,8 @@ bool ScriptCatalogue::addPackage() {
         m_report.report(messages::kNoMemoryForQuery);
         return kShortOfMemory;
     }
+    std::optional<FirstRunLock> lock;
+    if (m_entry.id < 1) lock.emplace(m_package.path);
     find();  // after a failed query only the id says whether there is a row
     return m_entry.id < 1 ? insertPackage(usage.text(), statement) : updateUsage(usage.text(), statement);
 }

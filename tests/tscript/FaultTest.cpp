@@ -121,6 +121,25 @@ TEST_F(Faults, ASandboxIsMadeOnceAndWhole) {
     expectAll({{{"sandbox", "down", "--dir", other}, 0, "", "stopped"}});
 }
 
+// First runs of a package at the same time add one row to the catalogue.
+TEST_F(Faults, FirstRunsAddOneRow) {
+    pack("New", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
+    const support::Descriptor quiet = support::memoryFile();
+    std::vector<pid_t> runs;
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    for (int i = 0; i < 4; ++i)
+        runs.push_back(support::spawn({TSCRIPT_PROGRAM, "run", "New"}, options,
+                                      {quiet.get(), quiet.get(), quiet.get()}));
+    for (const pid_t pid : runs) {
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 0) << support::contentOf(quiet);
+    }
+    const std::string rows = run({"catalogue", "--name", "New"}).output;
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1) << rows;
+}
+
 // A signal to the tool alone, as a service manager sends it, is passed on.
 TEST_F(Faults, AStoppedRunIsClosed) {
     packEndless();
@@ -154,7 +173,7 @@ TEST_F(Faults, AStoppedRestoreEndsTheQueryTool) {
     const fs::path backup = folder / "backups" / "pipe";
     ASSERT_EQ(mkfifo(backup.c_str(), 0600), 0);
     std::ofstream writer;
-    expectInterrupted({"db", "restore", backup, "copy"}, SIGTERM, [&] {
+    expectInterrupted({"db", "restore", backup, "copy", "--to", "/data"}, SIGTERM, [&] {
         writer.open(backup);  // opens once the server reads
         return std::ofstream();
     });

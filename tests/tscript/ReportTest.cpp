@@ -222,17 +222,17 @@ TEST_F(Report, FiguresOfFewRuns) {
     const struct {
         const char* name;
         int seconds, status;
-        std::string median, longest;
-    } runs[] = {{"F one", 100, 1, "1 min 40 s", "1 min 40 s"},
-                {"F two", 10, 1, "10 s", "20 s"},
-                {"F two", 20, 1, "10 s", "20 s"},
-                {"F 3599 s", 3599, 1, "59 min 59 s", "59 min 59 s"},
-                {"F 3600 s", 3600, 2, "1 h 00 min", "1 h 00 min"},
-                {"F 86399 s", 86399, 1, "23 h 59 min", "23 h 59 min"},
-                {"F day", 86400, 1, "1 d 00 h", "1 d 00 h"},
-                {"F days", 93600, 1, "1 d 02 h", "1 d 02 h"},
-                {"F open", 0, 0, "–", "–"},
-                {"F odd", 5, 7, "–", "–"}};
+        std::string median, most, longest;
+    } runs[] = {{"F one", 100, 1, "1 min 40 s", "1 min 40 s", "1 min 40 s"},
+                {"F two", 10, 1, "10 s", "20 s", "20 s"},
+                {"F two", 20, 1, "10 s", "20 s", "20 s"},
+                {"F 3599 s", 3599, 1, "59 min 59 s", "59 min 59 s", "59 min 59 s"},
+                {"F 3600 s", 3600, 2, "1 h 00 min", "1 h 00 min", "1 h 00 min"},
+                {"F 86399 s", 86399, 1, "23 h 59 min", "23 h 59 min", "23 h 59 min"},
+                {"F day", 86400, 1, "1 d 00 h", "1 d 00 h", "1 d 00 h"},
+                {"F days", 93600, 1, "1 d 02 h", "1 d 02 h", "1 d 02 h"},
+                {"F open", 0, 0, "–", "–", "–"},
+                {"F odd", 5, 7, "–", "–", "–"}};
     std::string statements =
         "DECLARE @hour datetime SET @hour = dbo.GetDateTime(" + std::to_string(anHour) + ")\n";
     for (const auto& run : runs)
@@ -248,7 +248,7 @@ TEST_F(Report, FiguresOfFewRuns) {
     for (const auto& run : runs) {
         const std::size_t at = text.find("<bdi>" + std::string(run.name) + "</bdi></th>");
         expectIn(text.substr(at, text.find("</tr>", at) - at),
-                 {"\"Median\">" + run.median + "<", "\"95 %\">" + run.median + "<",
+                 {"\"Median\">" + run.median + "<", "\"95 %\">" + run.most + "<",
                   "\"Longest\">" + run.longest + "<"});
     }
 }

@@ -82,7 +82,7 @@ TEST_F(Installation, ListsBacksUpAndRestoresDatabases) {
         {{"db", "last-backup", "dorvas"}, 0, "never", ""},
         {{"db", "backup", "dorvas", backup}, 0, "Backed-Up the Database [dorvas]", ""},
         {{"db", "last-backup", "dorvas"}, 0, ", 0 day(s) ago", ""},
-        {{"db", "restore", backup, "copy"}, 0, "RESTORE DATABASE copy FROM DISK", "has not been run"},
+        {{"db", "restore", backup, "copy"}, 2, "", "Name it with --to"},
         {{"db", "restore", backup, "copy", "--to", "/data"}, 0, "TO '/data/dorvas'", "has not been run"},
         {{"db", "restore", backup, "copy", "--to", "data"}, 2, "", "'data' is not absolute"},
         {{"db", "restore", backup, "copy", "--to", "/50%"}, 2, "", "the folder for the data files must not"},
@@ -112,6 +112,7 @@ TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
                {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
                {{"sandbox", "status", "--dir", folder}, 4, "stopped", ""},
                {{"sandbox", "up", "--dir", folder}, 0, "export", "running on"},
+               {{"sandbox", "status"}, 0, "running on", ""},  // the store in force names it
                {{"sandbox", "status", "--dir", folder}, 0, "running on", ""}});
     EXPECT_NE(journal("SiteInventory").find("1||"), std::string::npos);
     EXPECT_TRUE(fs::is_empty(folder / "temp"));
@@ -229,8 +230,8 @@ TEST_F(Installation, InspectsPackages) {
     for (std::size_t at = 0; (at = blankLines.find('\n', at)) != std::string::npos; at += 4)
         blankLines.replace(at, 1, "\r\n\r\n");
     support::writeFile(packed, blankLines);
-    expectAll(
-        {{{"inspect", packed}, 0, "yes, every record", ""}, {{"run", "Long"}, 0, "%s 5%% %s\n%s\n", ""}});
+    expectAll({{{"inspect", packed}, 0, "yes, every record", ""},
+               {{"run", "Long", "--allow-missing"}, 0, "%s 5%% %s\n%s\n", ""}});
     std::string records = support::readFile(purge);
     const std::size_t third = records.find('\n', records.find('\n') + 1) + 1;
     records[third + 40] = records[third + 40] == 'A' ? 'B' : 'A';
@@ -408,8 +409,15 @@ TEST_F(Installation, ShowsAndSavesResults) {
         {with({"--dry-run"}), 0, "CONVERT(int, '30')", "would run in Dorvas; nothing has been run"},
         {{"run", "Anywhere", "--dry-run", "-p", "it's", "--json"}, 0, R"(\nSELECT '<it''s>')", ""},
         {with({"--dry-run", "-o", "/dev/stdout"}), 0, "CONVERT(int, '30')", ""},
-        {with({"--dry-run", "-q", "-p", "%s"}), 0, "", "2 placeholder(s), and 3 value(s) are given"},
-        {{"run", "PurgeEvents", "-p", "%s", "--dry-run"}, 0, "int, '%s')", "the last 1 placeholder(s) would"},
+        {with({"--dry-run", "-q", "-p", "%s"}), 2, "int, '30')",
+         "2 placeholder(s), and 3 value(s) are given"},
+        {with({"-p", "x"}), 2, "", "and 3 value(s) are given\ntscript help"},
+        {with({"-p", "x", "--json"}), 2, "\"exitCode\": 2", "and 3 value(s) are given"},
+        {with({"-p", "x", "--allow-missing", "--dry-run"}), 0, "int, '30')", "nothing has been run"},
+        {{"run", "PurgeEvents", "-p", "%s", "--dry-run", "--json"},
+         2,
+         "2 placeholder(s), and 1",
+         "--allow-m"},
         {{"run", "Anywhere", "-p", "%s", "--dry-run", "--json"}, 0, "holders\": 1,\n  \"values\": 1", ""},
         {{"exec", "tsEventSummary", "@days = 3", "--dry-run"}, 0, " EXEC tsEventSummary @days = 3", ""},
         {{"run", "Missing", "--dry-run"}, 3, "", "there is no package"},
@@ -424,11 +432,24 @@ TEST_F(Installation, ShowsAndSavesResults) {
     EXPECT_EQ(support::readFile(result), "kept");
     expectAll({
         {{"run", "Anywhere", "--db", "nq2", "-p", "x"}, 0, "nq2", ""},
-        {{"run", "PurgeEvents", "-p", "x", "--quiet"}, 1, "Conversion failed", "the script failed"},
+        {{"run", "PurgeEvents", "-p", "x", "-p", "2", "--quiet"},
+         1,
+         "Conversion failed",
+         "the script failed"},
         {with({"-o", result}), 0, "", ""},
     });
     EXPECT_NE(support::readFile(result).find("Execution Succeeded!"), std::string::npos);
     EXPECT_EQ(run(with({"--quiet"})).output, "");
+    pack("Xml",
+         "#START_SCRIPT#\n:XML ON\nSELECT '<nodes><DataNode name=\"' + name + '\"/></nodes>' FROM DataNode "
+         "WHERE id = 3\n");
+    const std::string xml = "<nodes><DataNode name=\"Zürich\"/></nodes>";
+    expectAll({{{"run", "Xml"}, 0, xml + "\n\nTscript Execution", ""},
+               {{"run", "Xml", "-o", result}, 0, "", ""},
+               {{"exec", "tsListNodes", "--data", "-o", m_temp / "nodes"}, 0, "", ""}});
+    EXPECT_EQ(support::readFile(result), xml + "\n");
+    EXPECT_EQ(run({"run", "Xml", "--data"}).output, xml + "\n");
+    EXPECT_EQ(support::readFile(m_temp / "nodes").find("Tscript"), std::string::npos);
 }
 
 TEST_F(Installation, GivesEveryListingAsJson) {
@@ -453,7 +474,7 @@ TEST_F(Installation, GivesEveryListingAsJson) {
         {{"doctor"}, "checks"},
         {{"sandbox", "status", "--dir", folder}, "process"},
         {{"run", "PurgeEvents", "-p", "30", "-p", "2"}, "output"},
-        {{"run", "PurgeEvents", "--dry-run"}, "sql"},
+        {{"run", "PurgeEvents", "-p", "30", "-p", "2", "--dry-run"}, "sql"},
         {{"exec", "tsListNodes"}, "status"},
     };
     const std::string password = support::readFile(folder / "password").substr(0, 32);
@@ -580,7 +601,7 @@ TEST_F(Installation, ShowsAndChangesItsValues) {
 TEST_F(Installation, AsksBeforeDataIsLost) {
     const std::string backup = folder / "backups" / "d.bak";
     const std::string password = support::readFile(folder / "password");
-    const Words restore = {"db", "restore", backup, "copy", "--execute"};
+    const Words restore = {"db", "restore", backup, "copy", "--to", folder / "data", "--execute"};
     const Words reset = {"sandbox", "reset", "--dir", folder};
     const auto with = [](Words words, const char* option) {
         words.emplace_back(option);
@@ -602,8 +623,8 @@ TEST_F(Installation, AsksBeforeDataIsLost) {
         {with(reset, "--no-input"), 2, "", "Give --yes"},
     });
     EXPECT_EQ(support::readFile(folder / "password"), password);
-    expectAll(
-        {{with(reset, "--yes"), 0, "export", "running on"}, {{"run", "SiteInventory"}, 0, "Zürich", ""}});
+    expectAll({{{"sandbox", "reset", "--yes"}, 0, "export", "clearing " + folder.string()},
+               {{"run", "SiteInventory"}, 0, "Zürich", ""}});
     EXPECT_EQ(run({"db", "list"}).output.find("copy"), std::string::npos);
     EXPECT_NE(support::readFile(folder / "password"), password);
     EXPECT_TRUE(fs::exists(backup));

@@ -177,8 +177,11 @@ std::string restoreStatement(DBBase& db, const DatabaseOptions& options, const s
 ExitCode showRestore(const DatabaseOptions& options) {
     checkSqlName("the database name", options.name, kLongestDatabaseName);
     checkServerPath("the backup file", options.file);
-    const std::filesystem::path parent = std::filesystem::path(options.file).parent_path();
-    std::string folder = options.folder.empty() ? parent.string() : options.folder;
+    if (options.folder.empty())
+        throw Failure(
+            ExitCode::kUsage, "the folder for the data files is not named",
+            "Name it with --to: a folder on the server's host, which the server moves the files to.");
+    std::string folder = options.folder;
     checkServerPath("the folder for the data files", folder);
     if (folder.back() != '/') folder += '/';
     DBBase db(/*flag=*/false);
@@ -216,7 +219,7 @@ void addDatabaseCommands(CLI::App& app, Action& action) {
                                    options, showRestore);
     restore->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
     restore->add_option("DB", options->name, "The database")->required();
-    restore->add_option("--to", options->folder, "Folder for the data files (default: the backup's)")
+    restore->add_option("--to", options->folder, "Folder on the server's host for the data files; required")
         ->type_name("DIR");
     restore->add_flag("--execute", options->execute, "Run the statement, after asking");
     addYesOption(restore, options->yes);

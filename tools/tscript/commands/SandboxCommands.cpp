@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,19 @@ std::string defaultFolder() {
 
 SandboxFolder folderOf(const SandboxOptions& options) {
     return SandboxFolder(options.folder.empty() ? defaultFolder() : options.folder);
+}
+
+// Folder of an existing sandbox: the one that --dir names, else the one whose store is in force, else the
+// default.
+SandboxFolder existingFolder(const SandboxOptions& options) {
+    const char* store = std::getenv("ZEPHRA_REGISTRY");
+    if (options.folder.empty() && store != nullptr && *store != '\0') {
+        std::error_code ignored;
+        const SandboxFolder folder(std::filesystem::absolute(store, ignored).parent_path());
+        const bool isItsStore = std::filesystem::equivalent(store, folder.store(), ignored);
+        if (isItsStore && folder.isSandbox()) return folder;
+    }
+    return folderOf(options);
 }
 
 std::string describe(const SandboxFolder& folder, const RunningServer& server) {
@@ -81,15 +95,16 @@ bool stopIfRunning(const SandboxFolder& folder) {
 }
 
 ExitCode down(const SandboxOptions& options) {
-    writeNote(stopIfRunning(folderOf(options)) ? "stopped" : "not running");
+    writeNote(stopIfRunning(existingFolder(options)) ? "stopped" : "not running");
     return ExitCode::kDone;
 }
 
 ExitCode reset(const SandboxOptions& options) {
-    const SandboxFolder folder = folderOf(options);
+    const SandboxFolder folder = existingFolder(options);
     if (!folder.isSandbox()) throwNoSandbox(folder);
     confirm(options.yes, "The databases, packages, logs, key and password in " + folder.path().string() +
                              " will be created again; their contents will be lost.");
+    writeNote("clearing " + folder.path().string() + ", except its backups");
     const SandboxLock lock(folder);
     if (const std::optional<RunningServer> server = findServer(folder)) stopServer(folder, *server);
     folder.markIncomplete();
@@ -97,7 +112,7 @@ ExitCode reset(const SandboxOptions& options) {
 }
 
 ExitCode shell(const SandboxOptions& options) {
-    const SandboxFolder folder = folderOf(options);
+    const SandboxFolder folder = existingFolder(options);
     const std::optional<RunningServer> server = findServer(folder);
     if (!server || !folder.isComplete())
         throw Failure(ExitCode::kConnection, "the sandbox is not running", "Start it: tscript sandbox up");
@@ -120,7 +135,7 @@ Json jsonOf(const SandboxFolder& folder, const std::optional<RunningServer>& ser
 }
 
 ExitCode status(const SandboxOptions& options) {
-    const SandboxFolder folder = folderOf(options);
+    const SandboxFolder folder = existingFolder(options);
     const std::optional<RunningServer> server = findServer(folder);
     if (!folder.isComplete()) throwNoSandbox(folder);
     if (options.json) {
@@ -138,7 +153,8 @@ void addSandboxCommands(CLI::App& app, Action& action) {
     CLI::App* family = addFamily(app, "sandbox", "A sample installation with a local SQL server");
     family
         ->add_option("--dir", options->folder,
-                     "Its folder (default: zephra-sandbox in the user's data folder)")
+                     "Its folder (default: except for up, that of the sandbox whose store is in force; else "
+                     "zephra-sandbox in the user's data folder)")
         ->type_name("DIR");
     CLI::App* start =
         addCommand(family, action, "up", "Create it if it does not exist, and start the server", options, up);

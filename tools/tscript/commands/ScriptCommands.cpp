@@ -1,7 +1,8 @@
 // Commands `run`, `exec`, `help` and `params`: tscripts by name.
-#include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "commands/Commands.h"
 #include "commands/RecordOptions.h"
@@ -16,10 +17,14 @@
 
 namespace {
 
+constexpr const char* kClosingLine = "Tscript Execution Succeeded!";
+
 struct ScriptOptions {
     ScriptRequest request;
     std::string outputFile;
     const CLI::App* commands = nullptr;  // all commands of the tool
+    bool allowMissing = false;
+    bool data = false;
     bool dryRun = false;
     bool quiet = false;
     bool json = false;
@@ -53,6 +58,13 @@ void writeRunResult(ResultFile& target, const std::string& text) {
     }
 }
 
+// The line "Tscript Execution Succeeded!" that the library appends to the output is no data.
+std::string withoutClosingLine(std::string output) {
+    const std::size_t at = output.rfind(std::string("\n") + kClosingLine);
+    if (at != output.npos) output.erase(at);
+    return output;
+}
+
 // The output is a result if the script ran, else a note.
 [[noreturn]] void throwRunFailure(const ScriptOptions& options, const RunResult& result, ResultFile& target) {
     const Diagnosis diagnosis = diagnoseRun(options.request.name, result.database, result.output);
@@ -70,8 +82,9 @@ void writeRunResult(ResultFile& target, const std::string& text) {
 
 ExitCode runAndReport(const ScriptOptions& options, ScriptKind kind, Operation operation) {
     ResultFile target(options.outputFile);  // made before the run: fails early if it cannot be written
-    const RunResult result = runScript(options.request, kind, operation, !options.quiet);
+    RunResult result = runScript(options.request, kind, operation, !options.quiet);
     if (!result.succeeded) throwRunFailure(options, result, target);
+    if (options.data) result.output = withoutClosingLine(std::move(result.output));
     if (options.json) {
         writeRunResult(target, jsonText(jsonOf(options, result, nullptr)));
     } else if (!options.quiet || !target.isStandardOutput()) {
@@ -90,38 +103,60 @@ ExitCode listParameters(const ScriptOptions& options) {
     return ExitCode::kDone;
 }
 
+// ---- Numbers of values ---------------------------------------------------------------------------------
+
+// The library ignores surplus values and leaves placeholders without a value as they are.
+std::optional<Failure> findMiscount(const ScriptOptions& options, const SqlPreview& preview) {
+    const std::size_t values = options.request.parameters.size();
+    if (options.allowMissing || preview.kind != ScriptKind::kPackage || values == preview.placeholders)
+        return std::nullopt;
+    const std::string counts = std::to_string(preview.placeholders) + " placeholder(s), and " +
+                               std::to_string(values) + " value(s) are given";
+    const char* effect = values > preview.placeholders ? "ignores surplus values"
+                                                       : "leaves placeholders without a value as they are";
+    return Failure(ExitCode::kUsage, "the script has " + counts,
+                   "tscript help " + options.request.name +
+                       " shows its usage. With --allow-missing the script runs and " + effect + ".");
+}
+
+// Throws Failure before anything runs if the values do not fit the placeholders.
+void requireValues(const ScriptOptions& options, const SqlPreview& preview) {
+    const std::optional<Failure> miscount = findMiscount(options, preview);
+    if (!miscount) return;
+    if (options.json) {
+        RunResult notRun;
+        notRun.database = preview.database;
+        ResultFile(options.outputFile).write(jsonText(jsonOf(options, notRun, &*miscount)));
+    }
+    throw *miscount;
+}
+
 // ---- Dry runs ------------------------------------------------------------------------------------------
 
-Json jsonOf(const ScriptOptions& options, const SqlPreview& preview) {
+Json jsonOf(const ScriptOptions& options, const SqlPreview& preview, const std::optional<Failure>& failure) {
     Json value = {
         {"script", options.request.name}, {"kind", nameOf(preview.kind)}, {"database", preview.database}};
     if (preview.kind == ScriptKind::kPackage) {
         value["placeholders"] = preview.placeholders;
         value["values"] = options.request.parameters.size();
     }
+    value["exitCode"] = static_cast<int>(failure ? failure->code() : ExitCode::kDone);
     value["sql"] = preview.sql;
+    if (failure) {
+        value["error"] = failure->what();
+        value["advice"] = failure->advice();
+    }
     return value;
 }
 
-// A run does not compare the numbers of values and placeholders.
-void warnOfMiscount(std::size_t placeholders, std::size_t values) {
-    if (values == placeholders) return;
-    const std::string counts = std::to_string(placeholders) + " placeholder(s), and " +
-                               std::to_string(values) + " value(s) are given; ";
-    const std::size_t difference = std::max(values, placeholders) - std::min(values, placeholders);
-    writeNote(
-        "warning: the script has " + counts + "the last " + std::to_string(difference) +
-        (values > placeholders ? " value(s) would be ignored" : " placeholder(s) would stay as they are"));
-}
-
 ExitCode showSql(const ScriptOptions& options, const SqlPreview& preview) {
+    const std::optional<Failure> miscount = findMiscount(options, preview);
     ResultFile target(options.outputFile);
-    target.write(options.json ? jsonText(jsonOf(options, preview)) : preview.sql);
-    if (preview.kind == ScriptKind::kPackage)
-        warnOfMiscount(preview.placeholders, options.request.parameters.size());
+    target.write(options.json ? jsonText(jsonOf(options, preview, miscount)) : preview.sql);
     const std::string place =
         preview.database.empty() ? "the database found from the installed components" : preview.database;
     if (!options.quiet) writeNote("This would run in " + place + "; nothing has been run.");
+    if (miscount) throw *miscount;
     return ExitCode::kDone;
 }
 
@@ -129,7 +164,12 @@ ExitCode showSql(const ScriptOptions& options, const SqlPreview& preview) {
 
 ExitCode runPackage(const ScriptOptions& options) {
     if (options.dryRun) return showSql(options, previewPackage(options.request));
-    return runAndReport(options, ScriptKind::kPackage, Operation::kExecute);
+    ScriptOptions run = options;
+    if (const std::optional<SqlPreview> preview = peekPackage(options.request)) {
+        requireValues(options, *preview);
+        run.data = options.data || (preview->isXml && !options.outputFile.empty());
+    }
+    return runAndReport(run, ScriptKind::kPackage, Operation::kExecute);
 }
 
 ExitCode runProcedure(const ScriptOptions& options) {
@@ -186,6 +226,9 @@ void addRunOptions(CLI::App* command, const Options& options) {
         ->type_name("FILE");
     CLI::Option* quiet = command->add_flag("-q,--quiet", options->quiet,
                                            "No output if the script succeeds, no progress on the terminal");
+    command->add_flag(
+        "--data", options->data,
+        "Write the script's output only, without the closing line; -o of an XML script does so");
     command->add_flag("--json", options->json, "Write the result as JSON: status, seconds, output, error")
         ->excludes(quiet);
 }
@@ -205,6 +248,8 @@ void addScriptCommands(CLI::App& app, Action& action) {
         ->type_name("VALUE")
         ->trigger_on_parse()
         ->allow_extra_args(false);
+    run->add_flag("--allow-missing", options->allowMissing,
+                  "Accept more or fewer values than the script has placeholders");
     addInput(run, options);
     addRunOptions(run, options);
     run->add_option(

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <ctime>
 #include <numeric>
 #include <utility>
@@ -120,7 +121,8 @@ void Durations::add(std::int64_t seconds) {
 }
 
 std::int64_t Durations::quantile(double part) const {
-    const auto wanted = static_cast<std::int64_t>(part * static_cast<double>(m_number - 1)) + 1;
+    const double rank = std::ceil(part * static_cast<double>(m_number));  // the nearest-rank method
+    const auto wanted = std::max<std::int64_t>(static_cast<std::int64_t>(rank), 1);
     std::int64_t seen = 0;
     for (const Class& one : m_classes) {
         seen += one.runs;

@@ -1,11 +1,13 @@
 #include "run/SqlPreview.h"
 
+#include <filesystem>
 #include <string_view>
 #include <vector>
 
 #include "DVUtilities/TScriptRecords.h"
 #include "console/Console.h"
 #include "installation/Diagnosis.h"
+#include "installation/Installation.h"
 #include "system/Interrupt.h"
 
 namespace {
@@ -17,17 +19,27 @@ namespace {
     throw diagnosis.failure();
 }
 
-std::string packageSql(const ScriptRequest& request, const std::vector<std::string>& values,
-                       std::string& database) {
+// Text that TS_PreviewTscript_SQL() returns.
+struct PackageSql {
+    bool isReadable = false;
+    std::string database;
     std::string sql;
     std::string error;
-    database = request.database;
-    const auto preview = [&] {
-        const InterruptDelay delay;
-        return TS_PreviewTscript_SQL(request.name.c_str(), &database, &values, &sql, &error);
-    };
-    if (!preview()) throwDiagnosed(request, database, error);
-    return sql;
+};
+
+PackageSql readPackage(const ScriptRequest& request, const std::vector<std::string>& values) {
+    PackageSql package;
+    package.database = request.database;
+    const InterruptDelay delay;
+    package.isReadable =
+        TS_PreviewTscript_SQL(request.name.c_str(), &package.database, &values, &package.sql, &package.error);
+    return package;
+}
+
+PackageSql packageSql(const ScriptRequest& request, const std::vector<std::string>& values) {
+    PackageSql package = readPackage(request, values);
+    if (!package.isReadable) throwDiagnosed(request, package.database, package.error);
+    return package;
 }
 
 std::size_t countPlaceholders(std::string_view sql) {
@@ -38,13 +50,35 @@ std::size_t countPlaceholders(std::string_view sql) {
     return count;
 }
 
+// The XML directive counts in the package's first line, which follows the two lines that begin every run.
+bool startsWithXmlDirective(std::string_view sql) {
+    std::size_t begin = 0;
+    for (int line = 0; line < 2; ++line) begin = sql.find('\n', begin) + 1;
+    return sql.substr(begin, sql.find('\n', begin) - begin).find(":XML ON") != sql.npos;
+}
+
+// Placeholders are counted without values, because a value may hold "%s" as well.
+SqlPreview describe(const PackageSql& withoutValues) {
+    SqlPreview preview;
+    preview.database = withoutValues.database;
+    preview.placeholders = countPlaceholders(withoutValues.sql);
+    preview.isXml = startsWithXmlDirective(withoutValues.sql);
+    return preview;
+}
+
 }  // namespace
 
+std::optional<SqlPreview> peekPackage(const ScriptRequest& request) {
+    std::error_code ignored;
+    // A pipe could be read only once.
+    if (!std::filesystem::is_regular_file(packageFile(request.name), ignored)) return std::nullopt;
+    const PackageSql package = readPackage(request, {});
+    return package.isReadable ? std::optional(describe(package)) : std::nullopt;
+}
+
 SqlPreview previewPackage(const ScriptRequest& request) {
-    SqlPreview preview;
-    // Counted without values, because a value may hold "%s" as well.
-    preview.placeholders = countPlaceholders(packageSql(request, {}, preview.database));
-    preview.sql = packageSql(request, request.parameters, preview.database);
+    SqlPreview preview = describe(packageSql(request, {}));
+    preview.sql = packageSql(request, request.parameters).sql;
     return preview;
 }
 
