@@ -260,10 +260,18 @@ TEST_F(Faults, DoctorOpensEveryPackageAndNamesOddComponents) {
         EXPECT_NE(found.find(std::string("FAILED   package ") + finding), std::string::npos) << found;
     EXPECT_NE(found.find("ok       packages: 5 "), std::string::npos) << found;
 
-    replaceInFile(store(), "nPLATTYPE      = 1", "nPLATTYPE      = 8");
+    replaceInFile(store(), "= \"127.0.0.1,", "= \"127.0.0.1, ");
+    replaceInFile(store(), "nPLATTYPE      = 1", "nPLATTYPE      = 5");
+    expectAll({{{"doctor"}, 3, "FAILED   Dorvas server: Database.sINSTANCE", ""}});
+    replaceInFile(store(), "nPLATTYPE      = 5", "nPLATTYPE      = 8");
     replaceInFile(store(), "\"Installed\"", "\"installed\"");
     expectAll({{{"doctor"}, 3, "FAILED   platform type: Base.nPLATTYPE is 8", ""},
                {{"doctor"}, 3, "FAILED   component of NQ2: ", ""}});
+
+    fs::remove_all(scripts);
+    fs::create_directory(scripts);
+    for (const char* name : {"One.sql", "Two.sql"}) support::writeFile(scripts / name, "SELECT 1\n");
+    expectAll({{{"doctor"}, 3, "FAILED   packages: none of 2 can be decrypted", ""}});
 }
 
 }  // namespace

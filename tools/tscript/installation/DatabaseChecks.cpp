@@ -43,6 +43,17 @@ void checkCredentials(CheckList& list, const std::string& label, const SuiteData
                     hostlayer::cipherErrorText(cipher.getLastError()), advice);
 }
 
+// A missing value is left to the connection. The query tool's command line does not quote the server.
+void checkServer(CheckList& list, const std::string& label, const SuiteDatabase& database) {
+    const std::string server = storeText("Database", database.instance);
+    if (server.find_first_of(" \t\"") == std::string::npos) return;
+    list.addFailure(
+        label + " server", ExitCode::kInstallation,
+        std::string("Database.") + database.instance + " ('" + server + "') holds a blank or a quote",
+        std::string("Set host, host\\instance or host,port: tscript config set Database.") +
+            database.instance + " SERVER");
+}
+
 void checkClock(CheckList& list, const std::string& label, DBBase& db) {
     int seconds = 0;
     if (!db.GetDBValueInt(kServerTime, seconds))
@@ -57,7 +68,10 @@ void checkClock(CheckList& list, const std::string& label, DBBase& db) {
 
 void checkDatabase(CheckList& list, const SuiteDatabase& database) {
     const std::string label = database.name;
+    checkServer(list, label, database);
     checkCredentials(list, label, database);
+    if (list.hasFailed(label + " server"))
+        return list.addSkipped(label + " connection", "not tried with this server");
     if (list.hasFailed(label + " credentials"))
         return list.addSkipped(label + " connection", "not tried without credentials");
     DBBase db(/*flag=*/false);

@@ -37,12 +37,19 @@ void checkStore(CheckList& list) {
                         "Set it: tscript config set Dorvase.sDVHOSTNAME NAME");
 }
 
+std::string keyAdvice(const std::string& file) {
+    if (file.empty()) return "Set it: tscript config set host.cipherKeyFile FILE";
+    struct stat status {};
+    if (stat(file.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        return "chmod 0600 " + file;
+    return "Restore " + file + " from a backup; for a new installation run: tscript key create";
+}
+
 void checkKey(CheckList& list) {
+    const std::string file = hostlayer::hostSetting("cipherKeyFile", "");
     const std::string problem = keyProblem();
-    if (problem.empty()) return list.addGood("key", hostlayer::hostSetting("cipherKeyFile", ""));
-    list.addFailure(
-        "key", ExitCode::kInstallation, problem,
-        "If it is lost, restore it from a backup; for a new installation run: tscript key create");
+    if (problem.empty()) return list.addGood("key", file);
+    list.addFailure("key", ExitCode::kInstallation, problem, keyAdvice(file));
 }
 
 // ---- ODBC driver ---------------------------------------------------------------------------------------

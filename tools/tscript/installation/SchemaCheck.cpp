@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "installation/CheckSteps.h"
+#include "installation/ToolLimit.h"
 #include "system/ScratchFile.h"
 
 namespace {
@@ -50,6 +51,7 @@ constexpr const char* kAdvice =
 std::string serverMessage(DBBase& db, const SuiteDatabase& database, const char* sql) {
     constexpr int kNoOptions = 0;
     const ScratchFile output;
+    const ToolLimit limit;
     if (db.RunStringQuery_TS(sql, output.path().c_str(), database.name, kNoOptions)) return {};
     return output.content();
 }

@@ -6,6 +6,7 @@
 #include "installation/CheckSteps.h"
 #include "installation/Diagnosis.h"
 #include "installation/ProbeFile.h"
+#include "installation/ToolLimit.h"
 #include "system/Interrupt.h"
 
 namespace {
@@ -26,13 +27,20 @@ void checkToolRun(CheckList& list, DBBase& db, const SuiteDatabase& database) {
     const std::string name = std::string(database.name) + " query tool";
     const std::string advice =
         "Run it by hand with the same server and login. The path is host.programs.sqlcmd in the store.";
+    if (list.hasFailed("sqlcmd")) return list.addSkipped(name, "not tried: sqlcmd does not start");
     try {
         const ProbeFile sql(folderOfRuns(), kStatement);
         const ProbeFile output(sessionLogFile().parent_path(), "");
         const InterruptGuard guard;
+        ToolLimit limit;
         const bool succeeded =
             db.RunFileQuery_TS(sql.path().c_str(), output.path().c_str(), database.name, kNoOptions);
         if (guard.interrupted()) throw Failure(ExitCode::kInterrupted, "interrupted");
+        if (limit.expired())
+            return list.addFailure(
+                name, ExitCode::kInstallation,
+                queryToolPath() + " was stopped after " + std::to_string(ToolLimit::kSeconds) + " seconds",
+                advice);
         const std::string answer = output.content();
         if (succeeded && answer.find(kAnswer) != std::string::npos)
             return list.addGood(name, "runs a statement and writes its output");

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +28,7 @@ struct Fault {
     ExitCode code;
     std::string what;
     std::string advice;
+    bool isUndecryptable = false;  // not one record belongs to the store's key
 };
 
 // Names by which packages are bound to an installation; read when the first bound package is found. Empty if
@@ -56,7 +58,8 @@ std::optional<Fault> contentFault(const Inspection& package) {
     if (package.badRecords > 0)
         return Fault{ExitCode::kInstallation,
                      "line " + std::to_string(package.firstBadLine) + ": " + package.firstReason,
-                     "Restore it from a backup, or pack it again from its plain text: tscript pack"};
+                     "Restore it from a backup, or pack it again from its plain text: tscript pack",
+                     package.badRecords == package.records};
     if (package.content.scriptBody.empty())
         return Fault{ExitCode::kInstallation, "has no script", "tscript lint checks its plain text."};
     return std::nullopt;
@@ -67,9 +70,10 @@ std::optional<Fault> databaseFault(const std::string& name) {
     try {
         const SuiteDatabase& database = suiteDatabase(name);
         if (isInstalled(database)) return std::nullopt;
-        return Fault{ExitCode::kInstallation,
-                     std::string("is made for ") + database.name + ", whose component is not installed",
-                     "Delete the package, or see docs/configuration.md on InstalledPackages."};
+        return Fault{
+            ExitCode::kInstallation,
+            std::string("is made for ") + database.name + ", whose component is not installed",
+            "Install the component (docs/configuration.md, InstalledPackages), or delete the package."};
     } catch (const Failure& failure) {
         return Fault{ExitCode::kInstallation, failure.what(), failure.advice()};
     }
@@ -89,11 +93,11 @@ std::optional<Fault> siteFault(const PackageContent& package, Site& site) {
     return std::nullopt;
 }
 
-std::optional<Fault> faultOf(const fs::path& file, Site& site) {
+std::optional<Fault> faultOf(const fs::path& file, Site& site, bool knowsComponents) {
     try {
         const Inspection package = inspectPackage(file.string());
         std::optional<Fault> fault = contentFault(package);
-        if (!fault) fault = databaseFault(package.content.databaseName);
+        if (!fault && knowsComponents) fault = databaseFault(package.content.databaseName);
         if (!fault) fault = siteFault(package.content, site);
         return fault;
     } catch (const Failure& failure) {
@@ -109,6 +113,16 @@ std::vector<fs::path> packageFiles() {
     return files;
 }
 
+void addFaults(CheckList& list, const std::map<std::string, Fault>& faults) {
+    for (const auto& [package, fault] : faults)
+        list.addFailure("package " + package, fault.code, fault.what, fault.advice);
+}
+
+bool areAllUndecryptable(const std::map<std::string, Fault>& faults) {
+    return std::all_of(faults.begin(), faults.end(),
+                       [](const auto& entry) { return entry.second.isUndecryptable; });
+}
+
 }  // namespace
 
 void checkPackages(CheckList& list) {
@@ -116,14 +130,19 @@ void checkPackages(CheckList& list) {
         if (list.hasFailed(needed))
             return list.addSkipped("packages", std::string("not opened without ") + needed);
     Site site;
-    std::size_t good = 0;
-    for (const fs::path& file : packageFiles()) {
-        const std::optional<Fault> fault = faultOf(file, site);
-        if (!fault) {
-            ++good;
-            continue;
-        }
-        list.addFailure("package " + file.stem().string(), fault->code, fault->what, fault->advice);
-    }
-    list.addGood("packages", std::to_string(good) + " can be decrypted and run at this site");
+    const bool knowsComponents = !list.hasFailed("platform type");
+    const std::vector<fs::path> files = packageFiles();
+    std::map<std::string, Fault> faults;
+    for (const fs::path& file : files)
+        if (std::optional<Fault> fault = faultOf(file, site, knowsComponents))
+            faults.emplace(file.stem().string(), std::move(*fault));
+    if (files.size() > 1 && faults.size() == files.size() && areAllUndecryptable(faults))
+        return list.addFailure("packages", ExitCode::kInstallation,
+                               "none of " + std::to_string(files.size()) +
+                                   " can be decrypted: they were encrypted with another key",
+                               "Restore the key file that they were encrypted with. With both keys: tscript "
+                               "repack --old-key FILE --new-key FILE PACKAGES");
+    addFaults(list, faults);
+    list.addGood("packages",
+                 std::to_string(files.size() - faults.size()) + " can be decrypted and run at this site");
 }
