@@ -7,3 +7,10 @@ pkg_check_modules(sodium REQUIRED IMPORTED_TARGET libsodium)
 pkg_check_modules(tomlplusplus REQUIRED IMPORTED_TARGET tomlplusplus)
 pkg_check_modules(odbc REQUIRED IMPORTED_TARGET odbc)
 pkg_check_modules(sqlite3 REQUIRED IMPORTED_TARGET sqlite3)
+
+# DB-Library of FreeTDS, which has no pkg-config file.
+find_path(SYBDB_INCLUDE_DIR sybdb.h REQUIRED)
+find_library(SYBDB_LIBRARY sybdb REQUIRED)
+add_library(FreeTDS::sybdb UNKNOWN IMPORTED)
+set_target_properties(FreeTDS::sybdb PROPERTIES
+  IMPORTED_LOCATION "${SYBDB_LIBRARY}" INTERFACE_INCLUDE_DIRECTORIES "${SYBDB_INCLUDE_DIR}")

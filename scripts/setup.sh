@@ -10,7 +10,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libtomlplusplus-dev libsodium-dev libspdlog-dev libssl-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev
   libboost-dev
-  unixodbc unixodbc-dev tdsodbc freetds-bin
+  unixodbc unixodbc-dev tdsodbc freetds-bin freetds-dev libsybdb5
   libgtest-dev file chromium
 )
 # Debian's packages conflict with a Node.js from another source.

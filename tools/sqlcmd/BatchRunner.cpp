@@ -21,54 +21,33 @@ void requireUtf8(std::string_view batch) {
                     " is not UTF-8. Save the script in UTF-8, or in UTF-16 with its byte order mark.");
 }
 
-// Prints the messages of a call. Returns whether the batch can go on: it can after an error of the server,
-// not after one of the driver or one that ends the connection.
-bool printMessages(const Statement& statement, SQLRETURN code, MessagePrinter& messages) {
-    if (code == SQL_SUCCESS) return true;
-    const auto diagnostics = statement.diagnostics();
-    messages.print(diagnostics);
-    if (SQL_SUCCEEDED(code) || code == SQL_NO_DATA) return true;
-    return !diagnostics.empty() &&
-           std::all_of(diagnostics.begin(), diagnostics.end(),
-                       [](const Diagnostic& d) { return d.fromServer && d.severity < kFatalSeverity; });
-}
-
 }  // namespace
 
-int BatchRunner::run(const std::string& batch, const ResultMode& mode) {
+BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) {
     requireUtf8(batch);
     MessagePrinter messages(m_options, m_output);
-    Statement statement(m_connection);
-    SQLRETURN code = statement.execute(batch);
-    bool hasResult = printMessages(statement, code, messages);
-    while (hasResult) {
-        if (code != SQL_ERROR) printResult(statement, mode, messages);
-        m_output.flush();  // the next result may take long
-        code = statement.nextResult();
-        hasResult = printMessages(statement, code, messages) && code != SQL_NO_DATA;
+    {
+        const auto running = m_client.run(batch, [&](const Diagnostic& message) { messages.print(message); });
+        while (running->nextResult()) {
+            printResult(*running, mode);
+            m_output.flush();  // the next result may take long
+        }
     }
     m_output.flush();
     const int severity = messages.highestSeverity();
     const bool isConnectionLost =
-        severity >= kFatalSeverity || (severity >= kErrorSeverity && m_connection.isDead());
+        severity >= kFatalSeverity || (severity >= kErrorSeverity && m_client.isDead());
     if (isConnectionLost) throw AlreadyReported();
-    return severity;
+    return {severity, messages.endingNumber()};
 }
 
-void BatchRunner::printResult(Statement& statement, const ResultMode& mode, MessagePrinter& messages) {
-    if (statement.columnCount() > 0) return printRows(statement, mode, messages);
-    if (const long long count = statement.rowCount(); count >= 0) printCount(count);
-}
-
-void BatchRunner::printRows(Statement& statement, const ResultMode& mode, MessagePrinter& messages) {
-    // The printer's destructor clears the statement's messages: it must run after printMessages().
-    ResultPrinter printer(statement, m_options.layout, mode, m_output, messages);
-    const SQLRETURN code = printer.print();
-    printMessages(statement, code, messages);  // such as a warning that an aggregate has ignored NULLs
-    if (mode.xml || code != SQL_NO_DATA) return;
-    if (const long long count = statement.rowCount(); count >= 0)
+void BatchRunner::printResult(RunningBatch& running, const ResultMode& mode) {
+    const bool hasRows = !running.columns().empty();
+    if (hasRows) ResultPrinter(running, m_options.layout, mode, m_output).print();
+    if (hasRows && (mode.xml || !running.readAllRows())) return;
+    if (const long long count = running.rowCount(); count >= 0)
         printCount(count);
-    else
+    else if (hasRows)
         m_output.write("\n");
 }
 

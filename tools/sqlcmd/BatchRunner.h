@@ -1,9 +1,10 @@
 // Runs batches and prints their rows, row counts and messages in the order in which they arrive.
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include "Connection.h"
+#include "Client.h"
 #include "MessagePrinter.h"
 #include "Options.h"
 #include "Output.h"
@@ -11,22 +12,26 @@
 
 namespace sqlcmd {
 
+struct BatchOutcome {
+    int severity = 0;                  // highest severity of the batch's messages
+    std::optional<int> exitCode = {};  // the tool must end with this code
+};
+
 class BatchRunner {
   public:
     // The arguments must outlive the runner.
-    BatchRunner(const Connection& connection, const Options& options, Output& output)
-        : m_connection(connection), m_options(options), m_output(output) {}
+    BatchRunner(Client& client, const Options& options, Output& output)
+        : m_client(client), m_options(options), m_output(output) {}
 
-    // Returns the highest severity of the batch's messages. Throws AlreadyReported when the connection is
-    // lost, ToolError when the batch is not UTF-8 or the output cannot be written.
-    int run(const std::string& batch, const ResultMode& mode);
+    // Throws AlreadyReported when the connection is lost, ToolError when the batch is not UTF-8 or the output
+    // cannot be written.
+    BatchOutcome run(const std::string& batch, const ResultMode& mode);
 
   private:
-    void printResult(Statement& statement, const ResultMode& mode, MessagePrinter& messages);
-    void printRows(Statement& statement, const ResultMode& mode, MessagePrinter& messages);
+    void printResult(RunningBatch& running, const ResultMode& mode);
     void printCount(long long count);
 
-    const Connection& m_connection;
+    Client& m_client;
     const Options& m_options;
     Output& m_output;
 };

@@ -5,17 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "Client.h"
 #include "Options.h"
 
 namespace sqlcmd {
-
-// Column metadata from the driver.
-struct ColumnInfo {
-    std::string name;      // empty for an unnamed expression
-    std::string typeName;  // of SQL Server, in lower case
-    int odbcType = 0;
-    std::size_t size = 0;  // characters, bytes or digits, depending on the type; 0: no limit
-};
 
 struct ColumnFormat {
     // Conversion of the driver's string to the printed one.

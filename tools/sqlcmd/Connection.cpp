@@ -2,7 +2,6 @@
 
 #include <sqlucode.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -13,7 +12,6 @@ namespace sqlcmd {
 namespace {
 
 constexpr std::size_t kMaxConnectionString = 32767;  // bytes; ODBC counts them in 16 bits
-constexpr const char* kDefaultDriver = "FreeTDS";
 
 bool isFreeTds(std::string_view driver) {
     const std::string name = lowerCase(driver);
@@ -77,13 +75,11 @@ Handle::~Handle() {
     m_functions.freeHandle(m_type, m_handle);
 }
 
-Connection::Connection(Options& options)
+Connection::Connection(Options& options, std::string_view driver)
     : m_environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE),
       m_connection(SQL_HANDLE_DBC, m_environment.get()),
       m_queryTimeout(options.queryTimeout) {
-    const char* driver = std::getenv("SQLCMD_ODBC_DRIVER");
-    const bool hasDriver = driver != nullptr && *driver != '\0';
-    std::string text = connectionString(options, hasDriver ? driver : kDefaultDriver);
+    std::string text = connectionString(options, driver);
     explicit_bzero(options.password.data(), options.password.size());
     SQLSetConnectAttr(m_connection.get(), SQL_ATTR_LOGIN_TIMEOUT, attributeValue(options.loginTimeout),
                       SQL_IS_UINTEGER);

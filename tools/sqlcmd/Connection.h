@@ -6,8 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "Diagnostic.h"
+#include "Client.h"
 #include "Driver.h"
+#include "OdbcDiagnostics.h"
 #include "Options.h"
 #include "ServerName.h"
 
@@ -31,17 +32,11 @@ class Handle {
     SQLHANDLE m_handle = SQL_NULL_HANDLE;
 };
 
-// The connection could not be established: no server, or the login failed.
-struct LoginError : std::exception {
-    explicit LoginError(std::vector<Diagnostic> what) : diagnostics(std::move(what)) {}
-    std::vector<Diagnostic> diagnostics;
-};
-
 class Connection {
   public:
     // Connects and overwrites the password in `options`. Throws LoginError; ToolError for a value that the
     // connection string cannot hold.
-    explicit Connection(Options& options);
+    Connection(Options& options, std::string_view driver);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;

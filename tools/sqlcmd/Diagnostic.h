@@ -2,21 +2,19 @@
 #pragma once
 
 #include <string>
-#include <vector>
-
-#include "Driver.h"
 
 namespace sqlcmd {
 
 constexpr int kErrorSeverity = 11;  // lower severities are information
+constexpr const char* kFreeTdsName = "FreeTDS";
 
 struct Diagnostic {
     std::string sqlState;
     int number = 0;
     int severity = 0;
-    int state = 1;          // FreeTDS does not report it; 1 is the most frequent one
+    int state = 1;          // FreeTDS's ODBC driver does not report it; 1 is the most frequent one
     int line = 0;           // in the batch or procedure, from 1
-    std::string procedure;  // empty outside procedures, and with FreeTDS
+    std::string procedure;  // empty outside procedures, and with FreeTDS's ODBC driver
     std::string server;
     std::string driver;  // the name that the driver gives itself
     std::string text;    // without the bracketed names that drivers put before it
@@ -24,9 +22,5 @@ struct Diagnostic {
 
     bool isError() const { return severity >= kErrorSeverity; }
 };
-
-// Returns the diagnostics of the last call on the handle.
-std::vector<Diagnostic> diagnosticsOf(const DriverFunctions& functions, SQLSMALLINT handleType,
-                                      SQLHANDLE handle);
 
 }  // namespace sqlcmd

@@ -6,6 +6,7 @@
 namespace sqlcmd {
 namespace {
 
+constexpr int kEndingState = 127;    // RAISERROR with this state ends the tool
 constexpr int kAllWithHeading = -1;  // value of -m
 
 // PRINT messages and the server's information, which are printed without a heading.
@@ -23,14 +24,14 @@ std::string messageHeading(const Diagnostic& diagnostic) {
     return text + ", Line " + std::to_string(diagnostic.line);
 }
 
-void MessagePrinter::print(const std::vector<Diagnostic>& diagnostics) {
-    for (const Diagnostic& diagnostic : diagnostics) {
-        m_highestSeverity = std::max(m_highestSeverity, diagnostic.severity);
-        if (diagnostic.fromServer)
-            printServerMessage(diagnostic);
-        else if (diagnostic.isError())
-            printToolError(diagnostic);
-    }
+void MessagePrinter::print(const Diagnostic& diagnostic) {
+    m_highestSeverity = std::max(m_highestSeverity, diagnostic.severity);
+    if (diagnostic.fromServer && diagnostic.state == kEndingState && !m_endingNumber)
+        m_endingNumber = diagnostic.number;
+    if (diagnostic.fromServer)
+        printServerMessage(diagnostic);
+    else if (diagnostic.isError())
+        printToolError(diagnostic);
 }
 
 void MessagePrinter::printLoginError(const std::vector<Diagnostic>& diagnostics) {

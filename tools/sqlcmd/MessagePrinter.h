@@ -1,6 +1,7 @@
 // Prints messages of the server and the driver according to the options -m and -r.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +17,7 @@ class MessagePrinter {
     // The arguments must outlive the printer.
     MessagePrinter(const Options& options, Output& output) : m_options(options), m_output(output) {}
 
-    void print(const std::vector<Diagnostic>& diagnostics);
+    void print(const Diagnostic& diagnostic);
 
     // Prints the messages of a failed login. All of them, also the server's, are printed as errors of the
     // tool.
@@ -24,6 +25,9 @@ class MessagePrinter {
 
     // Highest severity of all messages passed to print(), printed or not.
     int highestSeverity() const { return m_highestSeverity; }
+
+    // Number of the first message whose state ends the tool (127).
+    std::optional<int> endingNumber() const { return m_endingNumber; }
 
   private:
     void printServerMessage(const Diagnostic& diagnostic);
@@ -33,6 +37,7 @@ class MessagePrinter {
     const Options& m_options;
     Output& m_output;
     int m_highestSeverity = 0;
+    std::optional<int> m_endingNumber;
 };
 
 // Returns "Msg 208, Level 16, State 1, Server S, Procedure P, Line 3"; outside procedures without "Procedure

@@ -62,9 +62,9 @@ void Tool::setVariables() {
 }
 
 void Tool::logInAndRun(Output& output) {
-    const Connection connection(m_options);
-    BatchRunner runner(connection, m_options, output);
-    setQuotedIdentifier(runner);
+    const std::unique_ptr<Client> client = connect(m_options);
+    BatchRunner runner(*client, m_options, output);
+    setUpSession(*client, runner);
     if (m_options.query) {
         runScript(runner, output, ScriptSource::ofText(*m_options.query));
     } else if (m_options.inputFiles.empty()) {
@@ -75,8 +75,10 @@ void Tool::logInAndRun(Output& output) {
     }
 }
 
-void Tool::setQuotedIdentifier(BatchRunner& runner) const {
-    runner.run(m_options.quotedIdentifier ? "SET QUOTED_IDENTIFIER ON" : "SET QUOTED_IDENTIFIER OFF", {});
+void Tool::setUpSession(const Client& client, BatchRunner& runner) const {
+    runner.run(std::string(client.sessionSettings()) +
+                   (m_options.quotedIdentifier ? "SET QUOTED_IDENTIFIER ON" : "SET QUOTED_IDENTIFIER OFF"),
+               {});
 }
 
 bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
@@ -116,7 +118,11 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
 bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
     for (int i = 0; i < step.count; ++i) {
         if (m_options.echo) output.write(step.text);
-        const int severity = runner.run(step.text, {m_xml, nullptr});
+        const auto [severity, exitCode] = runner.run(step.text, {m_xml, nullptr});
+        if (exitCode) {
+            m_exitCode = *exitCode;
+            return false;
+        }
         if (severity < m_options.severityLevel.value_or(kErrorSeverity)) continue;
         if (m_stopOnError) {
             m_exitCode = 1;
@@ -129,8 +135,10 @@ bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
 
 void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
     std::string value;
-    const int severity = runner.run(step.text, {m_xml, &value});
-    if (!value.empty())
+    const auto [severity, exitCode] = runner.run(step.text, {m_xml, &value});
+    if (exitCode)
+        m_exitCode = *exitCode;
+    else if (!value.empty())
         m_exitCode = exitCodeOf(value);
     else
         m_exitCode = severity < kErrorSeverity ? kExitQueryWithoutRows : kExitQueryFailed;

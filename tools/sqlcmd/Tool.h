@@ -21,7 +21,7 @@ class Tool {
   private:
     void setVariables();
     void logInAndRun(Output& output);
-    void setQuotedIdentifier(BatchRunner& runner) const;
+    void setUpSession(const Client& client, BatchRunner& runner) const;
     // These return false if the tool must end with m_exitCode.
     bool runScript(BatchRunner& runner, Output& output, ScriptSource source);
     bool runStep(BatchRunner& runner, Output& output, const Step& step);

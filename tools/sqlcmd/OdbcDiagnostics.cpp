@@ -1,4 +1,4 @@
-#include "Diagnostic.h"
+#include "OdbcDiagnostics.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,0 +1,22 @@
+// Client over an ODBC driver.
+#pragma once
+
+#include "Client.h"
+#include "Connection.h"
+
+namespace sqlcmd {
+
+class OdbcClient : public Client {
+  public:
+    // See connect().
+    OdbcClient(Options& options, std::string_view driver) : m_connection(options, driver) {}
+
+    std::string_view sessionSettings() const override { return {}; }
+    std::unique_ptr<RunningBatch> run(const std::string& batch, MessageHandler handler) override;
+    bool isDead() const override { return m_connection.isDead(); }
+
+  private:
+    Connection m_connection;
+};
+
+}  // namespace sqlcmd
