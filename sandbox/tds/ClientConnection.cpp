@@ -199,12 +199,14 @@ bool ClientConnection::runCall(tsql::ProcedureCall call) {
 
 void ClientConnection::sendOutputs(const CallPlan& plan) {
     m_response.returnStatus(plan.run ? plan.run->status : 0);
-    const auto sendIfOutput = [this](const tsql::ProcedureCall::Argument& argument) {
+    const auto sendIfOutput = [this](const tsql::ProcedureCall::Argument& argument, int ordinal) {
         if (argument.output)
-            m_response.returnValue(argument.name, argument.type, tsql::viewOf(argument.value));
+            m_response.returnValue(ordinal, argument.name, argument.type, tsql::viewOf(argument.value));
     };
-    if (plan.handle) sendIfOutput(*plan.handle);
-    if (plan.run) std::for_each(plan.run->arguments.begin(), plan.run->arguments.end(), sendIfOutput);
+    if (plan.handle) sendIfOutput(*plan.handle, /*ordinal=*/0);
+    if (!plan.run) return;
+    int ordinal = plan.ordinalShift;
+    for (const auto& argument : plan.run->arguments) sendIfOutput(argument, ordinal++);
 }
 
 }  // namespace tds

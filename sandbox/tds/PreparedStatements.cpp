@@ -18,6 +18,9 @@ constexpr std::size_t kMaxStatements = 10'000;
 constexpr std::size_t kPrepareArguments = 3;
 constexpr std::size_t kHandleArguments = 1;
 
+// Arguments of sp_executesql that precede the statement's own: the SQL text and the declarations.
+constexpr int kExecuteSqlArguments = 2;
+
 constexpr std::int64_t kReturnMetadata = 1;  // bit of sp_prepare's option
 
 void requireArguments(const ProcedureCall& call, std::size_t count) {
@@ -37,7 +40,7 @@ CallPlan PreparedStatements::plan(ProcedureCall call) {
     if (name == "sp_prepexec") return planPrepareAndExecute(std::move(call));
     if (name == "sp_execute") return planExecute(std::move(call));
     if (name == "sp_unprepare") return planUnprepare(call);
-    return {std::move(call), {}};
+    return {std::move(call)};
 }
 
 CallPlan PreparedStatements::planPrepare(ProcedureCall call) {
@@ -58,6 +61,7 @@ CallPlan PreparedStatements::planPrepareAndExecute(ProcedureCall call) {
     CallPlan plan;
     plan.handle = prepare(call.arguments);
     plan.run = executeSqlCall(*plan.handle, std::span(call.arguments).subspan(kPrepareArguments));
+    plan.ordinalShift = static_cast<int>(kPrepareArguments) - kExecuteSqlArguments;
     return plan;
 }
 
@@ -65,6 +69,7 @@ CallPlan PreparedStatements::planExecute(ProcedureCall call) {
     requireArguments(call, kHandleArguments);
     CallPlan plan;
     plan.run = executeSqlCall(call.arguments[0], std::span(call.arguments).subspan(kHandleArguments));
+    plan.ordinalShift = static_cast<int>(kHandleArguments) - kExecuteSqlArguments;
     return plan;
 }
 

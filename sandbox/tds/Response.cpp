@@ -149,10 +149,11 @@ void Response::returnStatus(std::int32_t status) {
     m_out.u32(static_cast<std::uint32_t>(status));
 }
 
-void Response::returnValue(std::string_view name, const tsql::SqlType& type, const tsql::CellView& value) {
+void Response::returnValue(int ordinal, std::string_view name, const tsql::SqlType& type,
+                           const tsql::CellView& value) {
     const WireType sent = wireType(type, m_version);
     beginToken(Token::ReturnValue);
-    m_out.u16(0);
+    m_out.u16(static_cast<std::uint16_t>(ordinal));
     m_out.byteVarchar(name);
     m_out.u8(kStatusOutputParameter);
     writeUserTypeAndFlags(kColumnNullable);

@@ -36,7 +36,9 @@ class Response final : public tsql::ResultSink {
     void textChange(EnvChange what, std::string_view to, std::string_view from);
     void binaryChange(EnvChange what, ByteView to = {}, ByteView from = {});
     void returnStatus(std::int32_t status);
-    void returnValue(std::string_view name, const tsql::SqlType& type, const tsql::CellView& value);
+    // ordinal: place of the parameter in the client's call, from 0.
+    void returnValue(int ordinal, std::string_view name, const tsql::SqlType& type,
+                     const tsql::CellView& value);
 
     // Enclose a procedure call, whose statements end with DONEINPROC instead of DONE.
     void beginCall();

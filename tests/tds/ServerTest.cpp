@@ -95,6 +95,17 @@ TEST(Server, UsesTheDefaultOfAParameter) {
     }
 }
 
+TEST(Server, ReturnsOutputsWithTheirPlaceInTheCall) {
+    const TsqlBox box;
+    const auto connection = loggedIn(box);
+    RawClient& client = *connection;
+    client.send(packet(kSqlBatch, batchPacket("CREATE PROCEDURE Q @a int, @b int OUTPUT AS SET @b = @a")));
+    EXPECT_EQ(answer(client), 0U);
+    const std::string number = "\x26\4\4\7\0\0\0"s;
+    client.send(packet(kRpc, batchPacket("") + "\1\0Q\0\0\0\0\0"s + number + "\0\1"s + number));
+    EXPECT_NE(client.response().find("\xAC\1\0\2@\0b\0"s), std::string::npos);
+}
+
 TEST(Server, ClosesConnectionsAboveTheLimit) {
     const TsqlBox box({"--max-connections", "2"});
     {

@@ -206,7 +206,8 @@ class Executor final : public NameResolver, public FunctionSession {
     struct SystemProcedure {
         std::string_view name;
         std::string_view parameters;
-        int (Executor::*body)(const Frame& frame);
+        int (Executor::*body)(const Frame& frame);  // null: `text` is the body
+        std::string_view text = "RETURN";           // T-SQL
     };
     static const SystemProcedure* systemProcedure(std::string_view name);
     int helpText(const Frame& frame);

@@ -240,7 +240,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     auto procedure = system ? std::nullopt : Executor::module(name, objectType::kProcedure);
     if (system) {
         const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
-                                 std::string(system->parameters) + " AS RETURN");
+                                 std::string(system->parameters) + " AS " + std::string(system->text));
         procedure = StoredModule{databaseOf(name), std::string(system->name), head, &moduleOf(*head)};
     }
     if (!procedure && Executor::module(name, objectType::kFunction))
@@ -260,7 +260,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
                    /*raised=*/false);
         return;
     }
-    if (system)
+    if (system && system->body)
         frame.returned = std::int64_t{(this->*system->body)(frame)};
     else if (!runScope(module.body, frame))
         frame.returned = std::int64_t{-6};

@@ -57,6 +57,14 @@ Value runLike(const Call& call) {
     return std::int64_t{matchesLike(call.text(0), call.text(1), blanks, escape)};
 }
 
+// (bytes), without the zeros at their end
+Value runUnpadded(const Call& call) {
+    const auto bytes = std::get<Blob>(call[0]);
+    std::size_t length = bytes.size();
+    while (length > 0 && bytes[length - 1] == std::byte{0}) --length;
+    return ownedValue(bytes.substr(0, length));
+}
+
 const ScalarFunction kFunctions[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
@@ -64,6 +72,7 @@ const ScalarFunction kFunctions[] = {
     {"ts_arithmetic", runArithmetic, Nulls::Reach},
     {"ts_compare", runCompare},
     {"ts_like", runLike},
+    {"ts_unpadded", runUnpadded},
 };
 
 constexpr int kLongestChain = 30;  // operators of one ts_arithmetic call; SQLite limits its arguments
@@ -130,6 +139,20 @@ std::string compareExact(std::string_view sign, const Typed& left, const Typed& 
     return compared(
         "ts_compare(" + left.sql + "," + code(left.type) + "," + right.sql + "," + code(right.type) + ")",
         "0");
+}
+
+// Compares binary strings as if the shorter one were padded with zeros. A shorter string is padded to the
+// type of a binary(n), so that its index can be used.
+std::string compareBytes(std::string_view sign, const Typed& left, const Typed& right) {
+    const auto padsTo = [](const Typed& from, const Typed& to) {
+        return to.type.id == TypeId::Binary && from.type.length > 0 && from.type.length <= to.type.length;
+    };
+    const auto compared = [&](const std::string& a, const std::string& b) {
+        return "(" + a + std::string(sign) + b + ")";
+    };
+    if (padsTo(right, left)) return compared(left.sql, coerce(right, left.type).sql);
+    if (padsTo(left, right)) return compared(coerce(left, right.type).sql, right.sql);
+    return compared(comparable(left), comparable(right));
 }
 
 // "(a || b || c)", truncated to the type's length. The chain is flat because SQLite's parser limits the
@@ -209,6 +232,10 @@ std::string collated(const Typed& value, int refusal) {
     return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
 }
 
+std::string comparable(const Typed& value) {
+    return isBinary(value.type.id) ? "ts_unpadded(" + value.sql + ")" : collated(value);
+}
+
 std::string checkedRowCount(const std::string& sql, int least, int error) {
     return "ts_rows(" + sql + "," + std::to_string(least) + "," + std::to_string(error) + ")";
 }
@@ -272,6 +299,7 @@ std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& right
     if (isExact(left.type.id) && isExact(right.type.id)) return compareExact(sign, left, right);
     const SqlType type = commonType(left.type, right.type, kCompareNames[static_cast<std::size_t>(op)]);
     const SqlType loose = isText(type.id) ? nvarcharType(SqlType::kMax) : type;
+    if (isBinary(left.type.id) && isBinary(right.type.id)) return compareBytes(sign, left, right);
     return "(" + collated(coerce(left, loose)) + std::string(sign) + coerce(right, loose).sql + ")";
 }
 

@@ -35,6 +35,8 @@ SqlType comparedType(std::span<const Typed> pieces);
 // `sql` with the collation that texts are compared, ordered and grouped by; other types as they are. Throws
 // SqlError `refusal` for types that are not compared.
 std::string collated(const Typed& value, int refusal = message::kTypeNotComparable);
+// `sql` as a key that is equal for equal values: as collated(), and binary strings without zeros at the end.
+std::string comparable(const Typed& value);
 
 // A row count that SQLite fails with `error` when it is NULL or below `least`.
 std::string checkedRowCount(const std::string& sql, int least, int error);

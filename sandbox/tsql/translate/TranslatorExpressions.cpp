@@ -215,7 +215,7 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
     std::string partition;
     for (const auto& key : values(call.over->partition))
-        partition += (partition.empty() ? "PARTITION BY " : ", ") + collated(key);
+        partition += (partition.empty() ? "PARTITION BY " : ", ") + comparable(key);
     const std::string keys = sortKeys(call.over->order);
     m_scope->windows = true;
     result.sql +=
@@ -230,7 +230,7 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
         const Typed key = value(*item.value);
         if (std::holds_alternative<Literal>(item.value->node))
             throw sqlError(key.integer ? message::kIntegerIndexInWindow : message::kConstantInWindow);
-        keys += (keys.empty() ? "" : ", ") + collated(key) + (item.descending ? " DESC" : "");
+        keys += (keys.empty() ? "" : ", ") + comparable(key) + (item.descending ? " DESC" : "");
     }
     return keys;
 }
@@ -302,8 +302,9 @@ std::string Translator::test(const InList& in) {
     std::vector<Typed> items = values(in.items);
     items.push_back(value(*in.operand));
     const SqlType type = comparedType(items);
-    std::string sql = "(" + collated(coerce(items.back(), type)) + " IN (";
-    for (std::size_t i = 0; i + 1 < items.size(); ++i) sql += (i ? ", " : "") + coerce(items[i], type).sql;
+    std::string sql = "(" + comparable(coerce(items.back(), type)) + " IN (";
+    for (std::size_t i = 0; i + 1 < items.size(); ++i)
+        sql += (i ? ", " : "") + comparable(coerce(items[i], type));
     return sql + "))";
 }
 
@@ -314,9 +315,10 @@ std::string Translator::test(const InQuery& in) {
     const Typed column{text.columns.front().alias, text.columns.front().column.type};
     const Typed both[] = {operand, column};
     const SqlType type = comparedType(both);
-    const std::string inner = coerce(column, type).sql;
+    const Typed coerced = coerce(column, type);
+    const std::string inner = isBinary(type.id) ? comparable(coerced) : coerced.sql;
     const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
-    return "(" + collated(coerce(operand, type)) + " IN (" + rows + "))";
+    return "(" + comparable(coerce(operand, type)) + " IN (" + rows + "))";
 }
 
 std::string Translator::test(const Like& like) {

@@ -187,7 +187,7 @@ std::string Translator::groupBy(const Select& select) {
         if (m_scope->loose.empty()) throw sqlError(message::kGroupByWithoutColumn);
         m_scope->loose.clear();
         keys.insert(key.sql);
-        sql += (sql.empty() ? " GROUP BY " : ", ") + collated(key);
+        sql += (sql.empty() ? " GROUP BY " : ", ") + comparable(key);
     }
     m_scope->loose.clear();  // WHERE and ON are evaluated before grouping
     m_scope->groupKeys = std::move(keys);
@@ -230,7 +230,7 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         else if (outputOnly)
             throw sqlError(message::kOrderByItemNotInSetOperation);
         else {
-            key = collated(value(*item.value));
+            key = distinctList ? collated(value(*item.value)) : comparable(value(*item.value));
             if (distinctList && (", " + *distinctList).find(", " + key + " AS c") == std::string::npos)
                 throw sqlError(message::kOrderByItemNotInDistinct);
         }

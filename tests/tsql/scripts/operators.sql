@@ -28,3 +28,10 @@ SELECT DATEPART(dw, @day) a, DATEPART(isowk, '2027-01-01') b, DATENAME(month, @d
 SELECT COUNT(*) a, COUNT(DISTINCT t) b, SUM(i) c, SUM(DISTINCT i) d, SUM(d) e, AVG(i) f, AVG(d) g, MAX(t) h, STDEV(i) i, STRING_AGG(t, ', ') j, SUM(CASE WHEN i > 9 THEN i END) k FROM (VALUES (1, CAST(1.5 AS decimal(5,2)), 'a'), (2, 2.5, 'A'), (2, NULL, 'b'), (NULL, 2.51, NULL)) v (i, d, t) --> a int? = 4 | b int? = 2 | c int? = 5 | d int? = 3 | e decimal(38,2)? = 6.51 | f int? = 1 | g decimal(38,6)? = 2.170000 | h varchar(1)? = b | i float? = 0.5773502691896257 | j varchar(8000)? = a, A, b | k int? = NULL (8153, Line 1) (1 rows)
 SELECT SUM(big) FROM (VALUES (2147483647), (2147483647)) v (big) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type int.
 SELECT SUM(t) FROM (VALUES ('a')) v (t) --> Msg 8117, Level 16, State 1, Line 1: Operand data type varchar is invalid for sum operator.
+-- the shorter of two binary strings is padded with zeros
+CREATE TABLE bytes (id int, b binary(4), v varbinary(8))
+INSERT bytes VALUES (1, 0xAE, 0xAE), (2, 0xAE00, 0xAE00), (3, 0x, 0x) --> (3 changed)
+SELECT COUNT(*) FROM bytes x JOIN bytes y ON x.b = y.v JOIN bytes z ON z.v = y.v WHERE x.b >= 0xAE --> - int? = 8 (1 rows)
+SELECT CASE WHEN 0xAE = 0xAE00 THEN 1 ELSE 0 END a, CASE WHEN 0xAE < 0xAE00 THEN 1 ELSE 0 END b, CASE WHEN 0xAE < 0xAE01 THEN 1 ELSE 0 END c --> a int? = 1 | b int? = 0 | c int? = 1 (1 rows)
+SELECT v, COUNT(*) FROM bytes WHERE v IN (0xAE0000) OR v IN (SELECT b FROM bytes WHERE id = 3) GROUP BY v --> v varbinary(8)? | - int? = 0x | 1; 0xAE | 2 (2 rows)
+SELECT id, ROW_NUMBER() OVER (PARTITION BY v ORDER BY id) n FROM bytes WHERE b = 0xAE ORDER BY v, id DESC --> id int? | n bigint? = 2 | 2; 1 | 1 (2 rows)
