@@ -13,8 +13,8 @@ namespace tds {
 
 // How a procedure call is carried out.
 struct CallPlan {
-    std::optional<tsql::ProcedureCall> run;               // call for the engine, if any
-    std::optional<tsql::ProcedureCall::Argument> handle;  // output value: a new statement's handle
+    std::optional<tsql::ProcedureCall> run = {};               // call for the engine, if any
+    std::optional<tsql::ProcedureCall::Argument> handle = {};  // output value: a new statement's handle
     int ordinalShift = 0;  // from the place of an argument in `run` to its place in the client's call
 };
 
