@@ -30,7 +30,7 @@ void allowRejection(Step step) {
 }
 
 void readContent(tds::ByteView content) {
-    allowRejection([&] { tds::preloginReply(content); });
+    allowRejection([&] { tds::parsePrelogin(content); });
     allowRejection([&] { tds::parseLogin(content); });
     allowRejection([&] {
         tds::PreparedStatements statements;

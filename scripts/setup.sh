@@ -11,7 +11,7 @@ packages=(
   libtomlplusplus-dev libsodium-dev libspdlog-dev libssl-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev
   libboost-dev
   unixodbc unixodbc-dev tdsodbc freetds-bin freetds-dev libsybdb5
-  libgtest-dev file chromium
+  libgtest-dev file chromium openssl python3 python3-pymssql
 )
 # Debian's packages conflict with a Node.js from another source.
 command -v node >/dev/null || packages+=(nodejs)

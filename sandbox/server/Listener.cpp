@@ -66,6 +66,12 @@ Descriptor openSignals() {
     return Descriptor(signalfd(-1, &signals, SFD_CLOEXEC));
 }
 
+tds::TlsContext openTls(const Options& options) {
+    if (options.encryption == tds::EncryptionMode::None) return nullptr;
+    if (!options.selfSignedNames.empty()) createSelfSigned(options.tlsFiles, options.selfSignedNames);
+    return loadTlsContext(options.tlsFiles, options.newestTls);
+}
+
 std::string hostName() {
     char name[256] = "localhost";
     gethostname(name, sizeof name - 1);
@@ -88,7 +94,9 @@ void blockStopSignals() {
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
       m_engine(engine),
-      m_settings{credentials, hostName(), std::chrono::seconds(options.loginSeconds)},
+      m_tls(openTls(options)),
+      m_settings{credentials, hostName(), options.encryption, m_tls.get(),
+                 std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(openSignals()) {
     if (m_signals.get() < 0) throwErrno("signalfd");

@@ -39,6 +39,7 @@ class Listener {
 
     const Options& m_options;
     tsql::Engine& m_engine;
+    tds::TlsContext m_tls;  // empty: connections are not encrypted
     tds::ConnectionSettings m_settings;
     Descriptor m_socket;
     Descriptor m_signals;  // a signalfd

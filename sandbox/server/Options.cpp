@@ -2,11 +2,51 @@
 
 #include <CLI/CLI.hpp>
 
+#include <map>
+
 namespace server {
 namespace {
 
 constexpr int kMaxLoginSeconds = 3600;
 constexpr int kMaxConnections = 32'000;
+
+const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
+    {"none", tds::EncryptionMode::None},
+    {"login", tds::EncryptionMode::Login},
+    {"on", tds::EncryptionMode::On},
+    {"required", tds::EncryptionMode::Required},
+};
+
+const std::map<std::string, int> kTlsVersions = {{"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
+
+void addTlsOptions(CLI::App& app, Options& options) {
+    CLI::Option* const cert = app.add_option("--tls-cert", options.tlsFiles.certificate,
+                                             "PEM file of the certificate and its intermediate certificates");
+    CLI::Option* const key = app.add_option("--tls-key", options.tlsFiles.key, "PEM file of its key");
+    cert->needs(key);
+    key->needs(cert);
+    app.add_option("--tls-self-signed", options.selfSignedNames,
+                   "host names and addresses of a self-signed certificate; creates the two files above if "
+                   "they do not hold such a certificate")
+        ->delimiter(',')
+        ->needs(cert);
+    app.add_option("--encryption", options.encryption,
+                   "none; login: only logins, unless the client asks for more; on: connections of clients "
+                   "that support it; required: all, other clients are refused")
+        ->transform(CLI::CheckedTransformer(kEncryptionModes))
+        ->default_str("none; with --tls-cert: on");
+    app.add_option("--tls-max", options.newestTls, "newest TLS version; FreeTDS 1.3 cannot log in with 1.3")
+        ->transform(CLI::CheckedTransformer(kTlsVersions))
+        ->default_str("1.2");
+}
+
+void completeTlsOptions(const CLI::App& app, Options& options) {
+    const bool hasCertificate = !options.tlsFiles.certificate.empty();
+    if (hasCertificate && app.get_option("--encryption")->empty())
+        options.encryption = tds::EncryptionMode::On;
+    if (!hasCertificate && options.encryption != tds::EncryptionMode::None)
+        throw CLI::RequiresError("--encryption", "--tls-cert");
+}
 
 void addOptions(CLI::App& app, Options& options) {
     app.add_option("--data", options.dataDirectory, "directory of the databases; created if missing")
@@ -18,7 +58,8 @@ void addOptions(CLI::App& app, Options& options) {
         ->required();
     app.add_option("--listen", options.listenAddress, "IPv4 address to listen on")->capture_default_str();
     app.add_flag("--allow-remote", options.allowRemote,
-                 "permit a --listen address that other hosts can reach; connections are not encrypted");
+                 "permit a --listen address that other hosts can reach");
+    addTlsOptions(app, options);
     app.add_option("--max-connections", options.maxConnections, "maximum number of connected clients")
         ->check(CLI::Range(1, kMaxConnections))
         ->capture_default_str();
@@ -37,6 +78,7 @@ Options parseOptions(int argc, char** argv) {
     addOptions(app, options);
     try {
         app.parse(argc, argv);
+        completeTlsOptions(app, options);
     } catch (const CLI::ParseError& error) {
         std::exit(app.exit(error));
     }

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
+
+#include "Certificate.h"
+#include "Prelogin.h"
 
 namespace server {
 
@@ -15,6 +19,10 @@ struct Options {
     std::uint16_t port = 1433;  // 0: any free port
     bool allowRemote = false;   // permits a listenAddress outside 127.0.0.0/8
     bool stopAtEndOfInput = false;
+    tds::EncryptionMode encryption = tds::EncryptionMode::None;
+    CertificateFiles tlsFiles;
+    int newestTls = TLS1_2_VERSION;
+    std::vector<std::string> selfSignedNames;  // empty: the files exist
     int maxConnections = 512;
     int loginSeconds = 15;  // time limit of a login
 };

@@ -5,7 +5,6 @@
 #include <thread>
 
 #include "Login.h"
-#include "Prelogin.h"
 #include "Rpc.h"
 #include "ServerMessages.h"
 #include "TransactionRequest.h"
@@ -52,13 +51,24 @@ bool ClientConnection::logIn() {
 
 Login ClientConnection::readLogin() {
     Request request = m_channel.readRequest();
+    Encryption encryption = negotiate(m_settings.encryption, EncryptionOption::NotSupported);
     if (request.type == PacketType::Prelogin) {
-        Bytes reply = preloginReply(request.data);
-        m_channel.sendEnd(reply);
+        encryption = negotiateEncryption(request.data);
         request = m_channel.readRequest();
+    } else if (encryption.extent != Encryption::Extent::None) {
+        throw ProtocolError("the client did not start TLS, which the server requires");
     }
     if (request.type != PacketType::Login7) throw ProtocolError("the client did not send a login");
+    if (encryption.extent == Encryption::Extent::Login) m_channel.endTls();
     return parseLogin(request.data);
+}
+
+Encryption ClientConnection::negotiateEncryption(ByteView request) {
+    const Encryption encryption = negotiate(m_settings.encryption, parsePrelogin(request));
+    Bytes reply = preloginReply(encryption.reply);
+    m_channel.sendEnd(reply);
+    if (encryption.extent != Encryption::Extent::None) m_channel.startTls(*m_settings.tls);
+    return encryption;
 }
 
 std::optional<tsql::SqlError> ClientConnection::loginError(const Login& login) {

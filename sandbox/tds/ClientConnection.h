@@ -6,6 +6,7 @@
 
 #include "Credentials.h"
 #include "PacketChannel.h"
+#include "Prelogin.h"
 #include "PreparedStatements.h"
 #include "Response.h"
 #include "execute/Engine.h"
@@ -17,6 +18,8 @@ struct Login;
 struct ConnectionSettings {
     const Credentials& credentials;
     std::string serverName;
+    EncryptionMode encryption = EncryptionMode::None;
+    SSL_CTX* tls = nullptr;  // not null unless the mode is None; not owned
     std::chrono::milliseconds loginLimit{15'000};
     std::chrono::milliseconds refusalDelay{250};  // before a refused login is answered
 };
@@ -33,6 +36,7 @@ class ClientConnection {
   private:
     bool logIn();
     Login readLogin();
+    Encryption negotiateEncryption(ByteView request);
     std::optional<tsql::SqlError> loginError(const Login& login);
     void acceptLogin(const Login& login);
     void refuseLogin(const Login& login, const tsql::SqlError& error);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "ByteWriter.h"
 
@@ -120,12 +121,44 @@ bool PacketChannel::receive(int flags) {
     const ssize_t got = recv(m_socket, block, sizeof block, flags);
     const int error = errno;
     if (got > 0) {
-        m_input.append(block, static_cast<std::size_t>(got));
+        appendInput({block, static_cast<std::size_t>(got)});
         return true;
     }
     if (got < 0 && error == EINTR) return false;
     if (got < 0 && !waits && (error == EAGAIN || error == EWOULDBLOCK)) return false;
     throw ConnectionClosed("the client closed the connection");
+}
+
+void PacketChannel::appendInput(ByteView received) {
+    if (!m_tls || !m_tls->isEstablished()) {
+        m_input.append(received);
+        return;
+    }
+    const bool isOpen = m_tls->decrypt(received, m_input);
+    writeSocket(m_tls->takeOutput());  // replies of the protocol itself, such as new keys
+    if (!isOpen && buffered() == 0) throw ConnectionClosed("the client closed the connection");
+}
+
+void PacketChannel::startTls(SSL_CTX& context) {
+    m_tls.emplace(context);
+    while (!m_tls->isEstablished()) {
+        const Request request = readRequest();
+        if (request.type != PacketType::Prelogin)
+            throw ProtocolError("the client did not start TLS, which the server requires");
+        const bool continues = m_tls->handshake(request.data);
+        sendHandshake();
+        if (!continues) throw ProtocolError("the TLS handshake failed: " + m_tls->problem());
+    }
+    // In TLS 1.3 the client ends the handshake and may already have sent more.
+    const Bytes received = std::exchange(m_input, {}).substr(std::exchange(m_inputPosition, 0));
+    if (!received.empty()) appendInput(received);
+}
+
+void PacketChannel::sendHandshake() {
+    Bytes message = m_tls->takeOutput();
+    if (message.empty()) return;
+    send(message, Extent::AllAndEnd, PacketType::Prelogin);
+    m_nextPacket = 1;
 }
 
 void PacketChannel::sendFullPackets(Bytes& response) {
@@ -141,7 +174,7 @@ void PacketChannel::sendEnd(Bytes& response) {
     m_nextPacket = 1;
 }
 
-void PacketChannel::send(Bytes& response, Extent extent) {
+void PacketChannel::send(Bytes& response, Extent extent, PacketType type) {
     const std::size_t room = m_packetSize - kHeaderSize;
     ByteWriter wire;
     wire.data().reserve(response.size() + (response.size() / room + 1) * kHeaderSize);
@@ -155,7 +188,7 @@ void PacketChannel::send(Bytes& response, Extent extent) {
         const ByteView part = rest.substr(0, room);
         rest.remove_prefix(part.size());
         ended = extent == Extent::AllAndEnd && rest.empty();
-        wire.u8(static_cast<std::uint8_t>(PacketType::Response));
+        wire.u8(static_cast<std::uint8_t>(type));
         wire.u8(ended ? kStatusEndOfMessage : 0);
         wire.bigEndian(part.size() + kHeaderSize, 2);
         wire.bigEndian(m_sessionId, 2);
@@ -163,7 +196,9 @@ void PacketChannel::send(Bytes& response, Extent extent) {
         wire.u8(0);  // window, unused
         wire.bytes(part);
     }
-    writeSocket(wire.data());
+    const bool isEncrypted = m_tls && type != PacketType::Prelogin;
+    if (isEncrypted) m_tls->encrypt(wire.data());
+    writeSocket(isEncrypted ? m_tls->takeOutput() : wire.data());
     response.erase(0, response.size() - rest.size());
 }
 

@@ -6,6 +6,7 @@
 
 #include "ByteReader.h"
 #include "Protocol.h"
+#include "Tls.h"
 
 namespace tds {
 
@@ -39,6 +40,11 @@ class PacketChannel {
     // readRequest() throws ConnectionClosed at the deadline.
     void setLoginDeadline(Clock::time_point deadline) { m_loginDeadline = deadline; }
     void finishLogin() { m_loginDeadline.reset(); }
+    // Performs the TLS handshake, whose messages are wrapped in PRELOGIN packets, and encrypts everything
+    // after it. The context must outlive the channel. Throws ConnectionClosed or ProtocolError.
+    void startTls(SSL_CTX& context);
+    // Continues without encryption, as after an encrypted login.
+    void endTls() { m_tls.reset(); }
     // Size in bytes, the header included.
     void setPacketSize(std::size_t bytes) { m_packetSize = bytes; }
 
@@ -67,7 +73,9 @@ class PacketChannel {
     void fillBuffer(std::size_t bytes);
     bool receive(int flags);
     void waitForLoginData() const;
-    void send(Bytes& response, Extent extent);
+    void send(Bytes& response, Extent extent, PacketType type = PacketType::Response);
+    void sendHandshake();
+    void appendInput(ByteView received);
     void writeSocket(ByteView data) const;
     std::size_t buffered() const { return m_input.size() - m_inputPosition; }
 
@@ -78,6 +86,7 @@ class PacketChannel {
     std::optional<Clock::time_point> m_loginDeadline;  // empty after the login
     Bytes m_input;                                     // received, consumed up to m_inputPosition
     std::size_t m_inputPosition = 0;
+    std::optional<TlsSession> m_tls;  // empty: the connection is not encrypted
 };
 
 }  // namespace tds

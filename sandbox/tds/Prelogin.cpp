@@ -16,29 +16,42 @@ enum PreloginOption : std::uint8_t {
     kOptionMars = 4,
     kOptionTerminator = 0xFF,
 };
-constexpr char kEncryptionNotSupported = 2;
 constexpr char kMarsOff = 0;
-
-// Throws ProtocolError for an option outside the message. Values are ignored: whatever the client asks for,
-// the reply is the same.
-void checkPrelogin(ByteView request) {
-    ByteReader reader(request);
-    while (reader.u8() != kOptionTerminator) {
-        const std::size_t offset = reader.u16BigEndian();
-        const std::size_t length = reader.u16BigEndian();
-        static_cast<void>(reader.at(offset, length));
-    }
-}
 
 }  // namespace
 
-Bytes preloginReply(ByteView request) {
-    checkPrelogin(request);
+EncryptionOption parsePrelogin(ByteView request) {
+    constexpr std::uint8_t kEncryptionValues = 0x03;  // the bits above ask for a client certificate
+    EncryptionOption encryption = EncryptionOption::NotSupported;
+    ByteReader reader(request);
+    for (std::uint8_t option = reader.u8(); option != kOptionTerminator; option = reader.u8()) {
+        const std::size_t offset = reader.u16BigEndian();
+        const std::size_t length = reader.u16BigEndian();
+        const ByteView value = reader.at(offset, length);
+        if (option == kOptionEncryption && !value.empty())
+            encryption = static_cast<EncryptionOption>(value.front() & kEncryptionValues);
+    }
+    return encryption;
+}
+
+Encryption negotiate(EncryptionMode server, EncryptionOption client) {
+    using enum EncryptionOption;
+    using Extent = Encryption::Extent;
+    const bool clientSupports = client != NotSupported;
+    const bool serverInsists = server == EncryptionMode::Required;
+    if (server == EncryptionMode::None || (!clientSupports && !serverInsists))
+        return {NotSupported, Extent::None};
+    if (client == On || client == Required) return {On, Extent::Connection};
+    if (server == EncryptionMode::Login) return {Off, Extent::Login};
+    return {Required, Extent::Connection};
+}
+
+Bytes preloginReply(EncryptionOption encryption) {
     ByteWriter version;
     version.bigEndian(kServerVersion, 4);
     version.u16(0);  // sub-build
     const std::pair<PreloginOption, Bytes> options[] = {{kOptionVersion, version.data()},
-                                                        {kOptionEncryption, {kEncryptionNotSupported}},
+                                                        {kOptionEncryption, {static_cast<char>(encryption)}},
                                                         {kOptionInstance, {'\0'}},
                                                         {kOptionThread, {}},
                                                         {kOptionMars, {kMarsOff}}};

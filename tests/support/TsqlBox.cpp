@@ -48,6 +48,16 @@ std::string tsqlboxProgram() {
     return TSQLBOX_PROGRAM;
 }
 
+Certificates::Certificates() {
+    const ProgramResult result = runProgram({CERTIFICATES_SCRIPT, m_folder.path()});
+    if (result.exitCode != 0) throw std::runtime_error("no certificates: " + result.errors);
+}
+
+std::vector<std::string> Certificates::options(const std::string& name, std::vector<std::string> more) const {
+    more.insert(more.begin(), {"--tls-cert", file(name + ".pem"), "--tls-key", file(name + ".key")});
+    return more;
+}
+
 TsqlBox::TsqlBox(std::vector<std::string> extraArguments) : m_extraArguments(std::move(extraArguments)) {
     writeFile(passwordFile(), m_password + "\n");
     start();

@@ -50,6 +50,19 @@ class TsqlBox {
     Descriptor m_errors;
 };
 
+// Certificates of an authority, ca.pem, in a folder: good, other-host, expired, early; and unknown, which is
+// self-signed. Each has a .pem and a .key file.
+class Certificates {
+  public:
+    Certificates();  // throws std::runtime_error
+    std::string file(const std::string& name) const { return m_folder / name; }
+    // Arguments of a tsqlbox that uses the certificate.
+    std::vector<std::string> options(const std::string& name, std::vector<std::string> more = {}) const;
+
+  private:
+    TempDir m_folder;
+};
+
 // The built program, for tests of its command line.
 std::string tsqlboxProgram();
 

@@ -224,9 +224,15 @@ TEST_F(ClientTest, Tedious) {
         runProgram({TDS_CLIENTS "/install_tedious.sh", TDS_TEDIOUS}, {{}, {}, {}, std::chrono::minutes(3)});
     if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
     ASSERT_EQ(installed.exitCode, 0) << installed.errors;
-    const ProgramResult result = runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_TEDIOUS,
-                                             std::to_string(box().port()), box().login(), box().password()});
-    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+    const Certificates certificates;
+    const TsqlBox encrypted(certificates.options("good", {"--encryption", "required"}));
+    for (const auto& [server, argument] :
+         {std::pair<const TsqlBox*, std::string>(&box(), "plain"), {&encrypted, "encrypt"}}) {
+        const ProgramResult result =
+            runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_TEDIOUS, std::to_string(server->port()),
+                        server->login(), server->password(), argument});
+        EXPECT_EQ(result.exitCode, 0) << argument << result.output << result.errors;
+    }
 }
 
 }  // namespace

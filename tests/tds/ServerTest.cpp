@@ -160,6 +160,11 @@ TEST(Server, ReportsAWrongCommandLine) {
         {{"--data", data, "--port", "70000", "--login", "sa", "--password-file", password}, "--port"},
         {{"--data", data, "--port", std::to_string(box.port()), "--login", "sa", "--password-file", password},
          "Address already in use"},
+        {{"--data", data, "--port", "0", "--login", "sa", "--password-file", password, "--encryption", "on"},
+         "--encryption requires --tls-cert"},
+        {{"--data", data, "--port", "0", "--login", "sa", "--password-file", password, "--tls-cert",
+          folder / "none", "--tls-key", folder / "none"},
+         "cannot be used"},
         {{"--data", folder / "file", "--port", "0", "--login", "sa", "--password-file", password},
          folder / "file"},
     };

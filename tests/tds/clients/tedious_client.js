@@ -1,10 +1,10 @@
-// The server through tedious: node tedious_client.js <folder of node_modules> <port> <login> <password>
+// The server through tedious: node tedious_client.js <folder of node_modules> <port> <login> <password> [encrypt]
 'use strict';
 const assert = require('node:assert');
 const path = require('node:path');
 const test = require('node:test');
 
-const [, , modules, port, login, password] = process.argv;
+const [, , modules, port, login, password, encrypt] = process.argv;
 const tedious = require(path.join(modules, 'node_modules', 'tedious'));
 const { Connection, Request, TYPES, ISOLATION_LEVEL } = tedious;
 
@@ -13,7 +13,7 @@ function connect(options = {}, secret = password) {
     const connection = new Connection({
       server: '127.0.0.1',
       authentication: { type: 'default', options: { userName: login, password: secret } },
-      options: { port: Number(port), encrypt: false, trustServerCertificate: true, useUTC: true, ...options },
+      options: { port: Number(port), encrypt: encrypt === 'encrypt', trustServerCertificate: true, useUTC: true, ...options },
     });
     connection.connect((error) => (error ? reject(error) : resolve(connection)));
   });

@@ -1,0 +1,152 @@
+#include "Certificate.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rand.h>
+#include <openssl/x509v3.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <stdexcept>
+
+namespace server {
+namespace {
+
+constexpr long kDay = 24L * 60 * 60;  // seconds
+constexpr long kValidity = 365 * kDay;
+constexpr long kRenewalPeriod = 30 * kDay;  // before the end of the validity
+constexpr long kClockTolerance = kDay;      // of clients whose clock is behind
+
+template <auto Free>
+struct Deleter {
+    template <typename T>
+    void operator()(T* object) const {
+        Free(object);
+    }
+};
+using Certificate = std::unique_ptr<X509, Deleter<&X509_free>>;
+using Key = std::unique_ptr<EVP_PKEY, Deleter<&EVP_PKEY_free>>;
+using Extension = std::unique_ptr<X509_EXTENSION, Deleter<&X509_EXTENSION_free>>;
+using File = std::unique_ptr<std::FILE, Deleter<&std::fclose>>;
+
+[[noreturn]] void throwTlsError(const std::string& what) {
+    throw std::runtime_error(what + ": " + tds::takeTlsErrors());
+}
+
+bool isAddress(const std::string& name) {
+    unsigned char address[sizeof(in6_addr)];
+    return inet_pton(AF_INET, name.c_str(), address) == 1 || inet_pton(AF_INET6, name.c_str(), address) == 1;
+}
+
+bool isValidFor(X509& certificate, const std::string& name) {
+    if (isAddress(name)) return X509_check_ip_asc(&certificate, name.c_str(), 0) == 1;
+    return X509_check_host(&certificate, name.c_str(), name.size(), 0, nullptr) == 1;
+}
+
+bool isUsable(const CertificateFiles& files, const std::vector<std::string>& names) {
+    const File file(std::fopen(files.certificate.c_str(), "re"));
+    if (!file || !std::filesystem::exists(files.key)) return false;
+    const Certificate certificate(PEM_read_X509(file.get(), nullptr, nullptr, nullptr));
+    std::time_t renewal = std::time(nullptr) + kRenewalPeriod;
+    return certificate && X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
+           std::all_of(names.begin(), names.end(),
+                       [&](const std::string& name) { return isValidFor(*certificate, name); });
+}
+
+void addExtension(X509& certificate, int type, const std::string& value) {
+    const Extension extension(X509V3_EXT_conf_nid(nullptr, nullptr, type, value.c_str()));
+    if (!extension || X509_add_ext(&certificate, extension.get(), -1) != 1)
+        throwTlsError("the certificate cannot have the extension " + value);
+}
+
+// The `subjectAltName` of OpenSSL's x509v3_config(5).
+std::string alternativeNames(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names)
+        text += (text.empty() ? "" : ",") + std::string(isAddress(name) ? "IP:" : "DNS:") + name;
+    return text;
+}
+
+void setSerialNumber(X509& certificate) {
+    std::uint32_t serial = 0;
+    RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial);
+    ASN1_INTEGER_set_uint64(X509_get_serialNumber(&certificate), serial);
+}
+
+Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names) {
+    Certificate certificate(X509_new());
+    if (!certificate) throw std::bad_alloc();
+    X509& x509 = *certificate;
+    X509_set_version(&x509, X509_VERSION_3);
+    setSerialNumber(x509);
+    X509_gmtime_adj(X509_getm_notBefore(&x509), -kClockTolerance);
+    X509_gmtime_adj(X509_getm_notAfter(&x509), kValidity);
+    X509_NAME* const subject = X509_get_subject_name(&x509);
+    constexpr unsigned char kCommonName[] = "tsqlbox";
+    X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_UTF8, kCommonName, -1, -1, 0);
+    X509_set_issuer_name(&x509, subject);
+    X509_set_pubkey(&x509, &key);
+    addExtension(x509, NID_basic_constraints, "critical,CA:FALSE");
+    addExtension(x509, NID_ext_key_usage, "serverAuth");
+    addExtension(x509, NID_subject_alt_name, alternativeNames(names));
+    if (X509_sign(&x509, &key, EVP_sha256()) == 0) throwTlsError("the certificate cannot be signed");
+    return certificate;
+}
+
+// Opens a file for a replacement, which rename() then puts in place.
+File createFile(const std::filesystem::path& path, mode_t mode) {
+    ::unlink(path.c_str());
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
+    if (!file) throw std::runtime_error(path.string() + ": " + std::strerror(errno));
+    return file;
+}
+
+template <typename Write>
+void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
+    const std::filesystem::path replacement = path.string() + ".new";
+    File file = createFile(replacement, mode);
+    const bool isWritten = write(file.get()) == 1 && std::fflush(file.get()) == 0;
+    if (!isWritten) throw std::runtime_error(replacement.string() + " cannot be written");
+    std::filesystem::rename(replacement, path);
+}
+
+}  // namespace
+
+void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names) {
+    constexpr mode_t kPrivate = 0600, kReadable = 0644;
+    if (isUsable(files, names)) return;
+    const Key key(EVP_EC_gen("P-256"));
+    if (!key) throwTlsError("no key can be generated");
+    const Certificate certificate = makeCertificate(*key, names);
+    replaceFile(files.key, kPrivate, [&](std::FILE* file) {
+        return PEM_write_PrivateKey(file, key.get(), nullptr, nullptr, 0, nullptr, nullptr);
+    });
+    replaceFile(files.certificate, kReadable,
+                [&](std::FILE* file) { return PEM_write_X509(file, certificate.get()); });
+}
+
+tds::TlsContext loadTlsContext(const CertificateFiles& files, int newestTls) {
+    tds::TlsContext context(SSL_CTX_new(TLS_server_method()));
+    if (!context) throw std::bad_alloc();
+    SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
+    SSL_CTX_set_max_proto_version(context.get(), newestTls);
+    // A client ends the handshake of TLS 1.3 before it could read a ticket from a PRELOGIN packet.
+    SSL_CTX_set_num_tickets(context.get(), 0);
+    SSL_CTX_set_options(context.get(), SSL_OP_NO_RENEGOTIATION | SSL_OP_NO_TICKET);
+    SSL_CTX_set_session_cache_mode(context.get(), SSL_SESS_CACHE_OFF);
+    if (SSL_CTX_use_certificate_chain_file(context.get(), files.certificate.c_str()) != 1)
+        throwTlsError("the certificate " + files.certificate.string() + " cannot be used");
+    if (SSL_CTX_use_PrivateKey_file(context.get(), files.key.c_str(), SSL_FILETYPE_PEM) != 1)
+        throwTlsError("the key " + files.key.string() + " cannot be used");
+    return context;
+}
+
+}  // namespace server

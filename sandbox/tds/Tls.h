@@ -1,0 +1,54 @@
+// TLS for the server's side of a connection, independent of the socket: the caller passes the received bytes
+// in and sends the bytes that come out.
+#pragma once
+
+#include <openssl/ssl.h>
+
+#include <memory>
+
+#include "ByteReader.h"
+
+namespace tds {
+
+struct TlsContextDeleter {
+    void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
+};
+// Certificate, key and protocol versions for all connections of a server.
+using TlsContext = std::unique_ptr<SSL_CTX, TlsContextDeleter>;
+
+// Returns the oldest entry of OpenSSL's error queue as a string and empties the queue.
+std::string takeTlsErrors();
+
+class TlsSession {
+  public:
+    // The context must outlive the session.
+    explicit TlsSession(SSL_CTX& context);
+
+    // Continues the handshake with a message from the client. Returns false if it failed; problem() then has
+    // the reason, and takeOutput() an alert.
+    bool handshake(ByteView received);
+    bool isEstablished() const { return SSL_is_init_finished(m_ssl.get()) != 0; }
+    const std::string& problem() const { return m_problem; }
+
+    // Decrypts what was received and appends it to `plain`. False after the client's close_notify. Throws
+    // ProtocolError for a record that is not valid.
+    bool decrypt(ByteView received, Bytes& plain);
+    // Appends records to the output.
+    void encrypt(ByteView plain);
+    // Returns the bytes to send and removes them.
+    Bytes takeOutput();
+
+    // For example "TLSv1.3".
+    const char* protocol() const { return SSL_get_version(m_ssl.get()); }
+
+  private:
+    struct Deleter {
+        void operator()(SSL* ssl) const { SSL_free(ssl); }
+    };
+    std::unique_ptr<SSL, Deleter> m_ssl;
+    BIO* m_received;  // owned by m_ssl, like m_output
+    BIO* m_output;
+    std::string m_problem;
+};
+
+}  // namespace tds

@@ -1,0 +1,92 @@
+#include "Proxy.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace support {
+namespace {
+
+constexpr int kPollMilliseconds = 50;  // until a stop is noticed
+
+sockaddr_in loopback(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    return address;
+}
+
+Descriptor tcpSocket() {
+    Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (socket.get() < 0) throw std::system_error(errno, std::generic_category(), "socket");
+    return socket;
+}
+
+bool isReadable(int fd) {
+    pollfd readable{fd, POLLIN, 0};
+    return poll(&readable, 1, kPollMilliseconds) == 1;
+}
+
+}  // namespace
+
+Proxy::Proxy(int serverPort, std::size_t cutAfter)
+    : m_serverPort(serverPort), m_cutAfter(cutAfter), m_listening(tcpSocket()) {
+    sockaddr_in address = loopback(0);
+    socklen_t size = sizeof address;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    if (bind(m_listening.get(), generic, size) != 0 || listen(m_listening.get(), SOMAXCONN) != 0 ||
+        getsockname(m_listening.get(), generic, &size) != 0)
+        throw std::system_error(errno, std::generic_category(), "listen");
+    m_port = ntohs(address.sin_port);
+    m_acceptor = std::thread(&Proxy::acceptClients, this);
+}
+
+Proxy::~Proxy() {
+    m_stops = true;
+    m_acceptor.join();
+    for (std::thread& connection : m_connections) connection.join();
+}
+
+std::string Proxy::wire() const {
+    const std::lock_guard lock(m_mutex);
+    return m_wire;
+}
+
+void Proxy::acceptClients() {
+    while (!m_stops)
+        if (isReadable(m_listening.get()))
+            m_connections.emplace_back(
+                [this, client = Descriptor(accept4(m_listening.get(), nullptr, nullptr, SOCK_CLOEXEC))] {
+                    forward(client);
+                });
+}
+
+void Proxy::forward(const Descriptor& client) {
+    const Descriptor server = tcpSocket();
+    const sockaddr_in address = loopback(m_serverPort);
+    if (connect(server.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return;
+    std::size_t sentByServer = 0;
+    while (!m_stops && sentByServer < m_cutAfter) {
+        pollfd ends[] = {{client.get(), POLLIN, 0}, {server.get(), POLLIN, 0}};
+        poll(ends, std::size(ends), kPollMilliseconds);
+        for (const auto& [from, to, isServer] :
+             {std::tuple(&ends[0], &ends[1], false), {&ends[1], &ends[0], true}}) {
+            if (from->revents == 0) continue;
+            char block[16384];
+            const ssize_t got = recv(from->fd, block, sizeof block, 0);
+            if (got <= 0) return;
+            const auto bytes = static_cast<std::size_t>(got);
+            if (isServer) sentByServer += bytes;
+            const std::lock_guard lock(m_mutex);
+            m_wire.append(block, bytes);
+            if (send(to->fd, block, bytes, MSG_NOSIGNAL) != got) return;
+        }
+    }
+}
+
+}  // namespace support
