@@ -104,18 +104,35 @@ std::vector<char*> argvOf(std::vector<std::string>& arguments) {
     return argv;
 }
 
+// The caller's environment, not copied, with the given variables.
+std::vector<char*> environmentWith(std::vector<std::string>& variables) {
+    std::vector<char*> environment = argvOf(variables);
+    environment.pop_back();
+    const auto isReplaced = [&](std::string_view variable) {
+        const std::string_view name = variable.substr(0, variable.find('=') + 1);
+        return std::any_of(variables.begin(), variables.end(),
+                           [&](const std::string& text) { return text.starts_with(name); });
+    };
+    for (char** variable = ::environ; *variable != nullptr; ++variable)
+        if (!isReplaced(*variable)) environment.push_back(*variable);
+    environment.push_back(nullptr);
+    return environment;
+}
+
 }  // namespace
 
-int ChildProcess::start(const std::string& program, std::vector<std::string>& arguments, Output output) {
+int ChildProcess::start(const std::string& program, std::vector<std::string>& arguments,
+                        std::vector<std::string>& variables, Output output) {
     Descriptor writing;
     if (const int error = makePipe(m_errors, writing); error != 0) return error;
     FileActions actions;
     if (const int error = actions.plan(writing.get(), output); error != 0) return error;
     const SpawnAttributes attributes;
     const std::vector<char*> argv = argvOf(arguments);
+    const std::vector<char*> environment = environmentWith(variables);
     pid_t pid = -1;
-    const int error =
-        ::posix_spawnp(&pid, program.c_str(), actions.get(), attributes.get(), argv.data(), ::environ);
+    const int error = ::posix_spawnp(&pid, program.c_str(), actions.get(), attributes.get(), argv.data(),
+                                     environment.data());
     if (error != 0) {
         m_errors.reset();
         return error;

@@ -22,9 +22,11 @@ class ChildProcess {
     ChildProcess() = default;
 
     // Starts a program; a name without a slash is looked up in PATH. `arguments` begins with the program's
-    // own name and is not changed. The child's standard input is /dev/null, its standard error a pipe to this
-    // object; all descriptors above standard error are closed. Returns 0 or the errno of the failure.
-    int start(const std::string& program, std::vector<std::string>& arguments, Output output);
+    // own name and is not changed. `variables` ("NAME=value") replace those of the caller's environment. The
+    // child's standard input is /dev/null, its standard error a pipe to this object; all descriptors above
+    // standard error are closed. Returns 0 or the errno of the failure.
+    int start(const std::string& program, std::vector<std::string>& arguments,
+              std::vector<std::string>& variables, Output output);
 
     // True from a successful start() to reap().
     bool isStarted() const { return m_pid > 0; }

@@ -8,9 +8,12 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "ChildProcess.h"
 #include "CommandLine.h"
+#include "HostSettings.h"
 #include "ProcessStart.h"
 #include "Store.h"
 #include "VtCauses.h"
@@ -54,6 +57,16 @@ std::string startFailure(const std::string& program, int error, const hostlayer:
 }
 
 }  // namespace
+
+// The host's encryption settings as the query tool reads them: its command line is fixed.
+std::vector<std::string> encryptionVariables() {
+    std::vector<std::string> variables;
+    for (const auto& [variable, setting] :
+         {std::pair("SQLCMD_ENCRYPT", "encrypt"), {"SQLCMD_CA_FILE", "caFile"}})
+        if (const std::string value = hostlayer::hostSetting(setting, ""); !value.empty())
+            variables.push_back(std::string(variable) + "=" + value);
+    return variables;
+}
 
 struct VtProcess::Impl {
     std::string reap(std::size_t tailSize, int* exitCode, int& signal);
@@ -108,8 +121,9 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     m_impl->program = path;
     hostlayer::announceProcessStart();
     using Output = hostlayer::ChildProcess::Output;
-    const int failure =
-        m_impl->child.start(path, arguments, m_impl->isSilent ? Output::kDiscard : Output::kInherit);
+    std::vector<std::string> variables = encryptionVariables();
+    const int failure = m_impl->child.start(path, arguments, variables,
+                                            m_impl->isSilent ? Output::kDiscard : Output::kInherit);
     for (std::string& argument : arguments)
         ::explicit_bzero(argument.data(), argument.size());  // one may be a password
     if (failure == 0) return true;

@@ -4,7 +4,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <optional>
 #include <utility>
+
+#include "FreeTdsConfiguration.h"
 
 namespace hostlayer {
 namespace {
@@ -23,6 +27,25 @@ bool isPort(std::string_view text) {
     return error == std::errc() && stop == end && port >= 1 && port <= 65535;
 }
 
+enum class Encryption : std::uint8_t { kOff, kRequire, kVerify };
+
+// Empty without a setting. False, with the reason in `problem`, for a setting that is unknown or that the
+// attributes contradict.
+bool parseEncryption(const ConnectionSettings& settings, std::optional<Encryption>& encryption,
+                     std::string& problem) {
+    if (settings.encryption.empty()) return true;
+    if (containsIgnoringCase(settings.attributes, "encrypt")) {
+        problem = "Both encrypt and odbcAttributes under [host] set the encryption; remove one of them";
+        return false;
+    }
+    for (const auto& [name, value] : {std::pair("off", Encryption::kOff),
+                                      {"require", Encryption::kRequire},
+                                      {"verify", Encryption::kVerify}})
+        if (settings.encryption == name) encryption = value;
+    if (!encryption) problem = "encrypt under [host] must be \"verify\", \"require\" or \"off\"";
+    return encryption.has_value();
+}
+
 // A driver's notation of attributes.
 struct Dialect {
     bool isFreeTds;
@@ -38,6 +61,16 @@ struct Dialect {
         return true;
     }
 
+    // FreeTDS verifies a certificate only for a server of its configuration file.
+    static bool appendVerifiedServer(std::string& text, const ServerAddress& server,
+                                     const std::string& caFile) {
+        const bool needsPort = server.instance.empty() && server.port.empty();
+        const std::string section = freetds::verifiedSection(
+            {server.host, server.instance, needsPort ? kDefaultPort : server.port, caFile});
+        text += "Servername=" + section + ";";
+        return !section.empty();
+    }
+
     // FreeTDS has an attribute for the port. For an instance without a port, the driver asks the host's SQL
     // Server Browser service.
     bool appendServer(std::string& text, const ServerAddress& server) const {
@@ -51,7 +84,18 @@ struct Dialect {
         return true;
     }
 
-    const char* encryption(bool encrypt) const {
+    const char* encryption(Encryption encryption) const {
+        switch (encryption) {
+            case Encryption::kOff:
+                return isFreeTds ? "Encryption=off;" : "Encrypt=no;";
+            case Encryption::kRequire:
+                return isFreeTds ? "Encryption=require;" : "Encrypt=yes;TrustServerCertificate=yes;";
+            case Encryption::kVerify:
+                return isFreeTds ? "" : "Encrypt=yes;TrustServerCertificate=no;";
+        }
+        return "";
+    }
+    const char* requestedEncryption(bool encrypt) const {
         if (isFreeTds) return encrypt ? "Encryption=require;" : "";
         return encrypt ? "Encrypt=yes;" : "Encrypt=no;";
     }
@@ -93,11 +137,16 @@ bool parseServer(std::string_view server, ServerAddress& address, std::string& p
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem) {
     const Dialect dialect{containsIgnoringCase(settings.driver, "tds")};
+    std::optional<Encryption> encryption;
+    if (!parseEncryption(settings, encryption, problem)) return false;
+    const bool needsSection = dialect.isFreeTds && encryption == Encryption::kVerify;
     std::string result;
     result.reserve(longestConnectionString(settings, request));  // growing would leave copies of the password
-    bool isRepresentable = dialect.append(result, "Driver", settings.driver) &&
-                           dialect.appendServer(result, request.server) &&
-                           dialect.append(result, "Database", request.database);
+    bool isRepresentable =
+        dialect.append(result, "Driver", settings.driver) &&
+        (needsSection ? Dialect::appendVerifiedServer(result, request.server, settings.caFile)
+                      : dialect.appendServer(result, request.server)) &&
+        dialect.append(result, "Database", request.database);
     if (request.windowsAuthentication) {
         result += "Trusted_Connection=yes;";
     } else {
@@ -108,8 +157,11 @@ bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRe
         problem = "A value of the connection contains \"};\", for which the FreeTDS driver has no notation";
         return false;
     }
-    // The store's setting for encryption takes precedence.
-    if (!containsIgnoringCase(settings.attributes, "encrypt")) result += dialect.encryption(request.encrypt);
+    // The store's settings for encryption take precedence.
+    if (encryption)
+        result += dialect.encryption(*encryption);
+    else if (!containsIgnoringCase(settings.attributes, "encrypt"))
+        result += dialect.requestedEncryption(request.encrypt);
     result += settings.attributes;
     text = std::move(result);
     return true;

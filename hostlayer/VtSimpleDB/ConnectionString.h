@@ -22,6 +22,8 @@ bool parseServer(std::string_view server, ServerAddress& address, std::string& p
 struct ConnectionSettings {
     std::string driver;      // a name of odbcinst.ini, or the path of a driver library
     std::string attributes;  // appended to every connection string unchanged
+    std::string encryption;  // verify, require, off, or empty: as the request and the attributes say
+    std::string caFile;      // for verify with FreeTDS; empty: the host's trusted authorities
 };
 
 // The strings that are views must outlive the request.
@@ -31,11 +33,12 @@ struct ConnectionRequest {
     std::string_view user;
     std::string_view password;
     bool windowsAuthentication = false;  // user and password are not used
-    bool encrypt = false;                // not used if the settings' attributes set encryption
+    bool encrypt = false;                // not used if the settings set encryption
 };
 
 // Builds the connection string, `text`, which holds the password. False, with the reason in `problem`, when
-// the driver has no notation for one of the values. The reason does not quote the value.
+// the settings contradict each other or the driver has no notation for one of the values. The reason does not
+// quote the value.
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem);
 

@@ -143,9 +143,10 @@ std::string VTSimpleDBConnObject::getConnectionString(const char* server, const 
                                                       bool windowsAuthentication, bool encrypt) const {
     hostlayer::ConnectionRequest request{
         {}, orEmpty(database), orEmpty(user), orEmpty(password), windowsAuthentication, encrypt};
-    const hostlayer::ConnectionSettings settings{
-        hostlayer::hostSetting("odbcDriver", kDefaultDriver),
-        hostlayer::hostSetting("odbcAttributes", kDefaultAttributes)};
+    const hostlayer::ConnectionSettings settings{hostlayer::hostSetting("odbcDriver", kDefaultDriver),
+                                                 hostlayer::hostSetting("odbcAttributes", kDefaultAttributes),
+                                                 hostlayer::hostSetting("encrypt", ""),
+                                                 hostlayer::hostSetting("caFile", "")};
     std::string text;
     std::string problem;
     if (!hostlayer::parseServer(orEmpty(server), request.server, problem) ||

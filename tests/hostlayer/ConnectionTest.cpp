@@ -67,6 +67,35 @@ TEST(ConnectionString, BracesValuesAndChoosesTheIdentity) {
     EXPECT_NE(connectionString("h").find("PWD={pw};Encrypt=strict"), std::string::npos);
 }
 
+TEST(ConnectionString, HasOneMeaningOfEncryptForEveryDriver) {
+    const TestStore store("");
+    struct Case {
+        std::string settings;
+        const char *freeTds, *microsoft;  // null: refused
+    };
+    for (const auto& [settings, freeTds, microsoft] :
+         {Case{"encrypt = 'off'", "PWD={pw};Encryption=off;", "PWD={pw};Encrypt=no;"},
+          Case{"encrypt = 'require'", "PWD={pw};Encryption=require;",
+               "PWD={pw};Encrypt=yes;TrustServerCertificate=yes;"},
+          Case{"encrypt = 'verify'", "Servername=verified1;Database={db};UID={sa};PWD={pw};",
+               "PWD={pw};Encrypt=yes;TrustServerCertificate=no;"},
+          Case{"encrypt = 'verify'\ncaFile = '/ca.pem'", "Servername=verified2;",
+               "Encrypt=yes;TrustServerCertificate=no;"},
+          Case{"encrypt = 'verify'\ncaFile = '" + std::string(201, 'x') + "'", nullptr, "Encrypt=yes;"},
+          Case{"encrypt = 'yes'", nullptr, nullptr},
+          Case{"encrypt = 'verify'\nodbcAttributes = 'encrypt=no'", nullptr, nullptr}}) {
+        SCOPED_TRACE(settings);
+        const std::string attributes =
+            settings.find("odbcAttributes") == std::string::npos ? "odbcAttributes = ''\n" : "";
+        for (const auto& [driver, expected] : {std::pair("FreeTDS", freeTds), {"msodbcsql", microsoft}}) {
+            store.write("[host]\n" + attributes + "odbcDriver = '" + driver + "'\n" + settings);
+            const std::string text = connectionString("h");
+            EXPECT_EQ(text.empty(), expected == nullptr);
+            EXPECT_NE(text.find(expected != nullptr ? expected : ""), std::string::npos) << text;
+        }
+    }
+}
+
 TEST(Connection, ReportsWhyItCannotBeOpened) {
     const TestStore store("[host]\nloginTimeout = 2\n");
     VTSimpleDBConnObject connection;

@@ -3,9 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "Proxy.h"
 #include "TestStore.h"
 #include "TsqlBox.h"
 #include "VTSimpleDBConn.h"
+#include "VtProcess.h"
 
 namespace {
 
@@ -160,6 +162,53 @@ TEST_F(ServerConnection, ALostServerIsAFailureAndAReopenedOneWorks) {
     s_box->start();
     ASSERT_EQ(open(), 0);
     EXPECT_EQ(rows("SELECT 1"), (Rows{{"1"}}));
+}
+
+// The direct connection and the query tool, with the same settings. The proxy keeps what they send.
+TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
+    const support::Certificates certificates;
+    const std::string ca = certificates.file("ca.pem");
+    struct Case {
+        std::string encrypt, caFile, certificate, host;
+        bool isOpened;
+    };
+    const Case cases[] = {{"verify", ca, "good", "localhost", true},
+                          {"verify", ca, "good", "127.0.0.1", false},
+                          {"verify", ca, "other-host", "localhost", false},
+                          {"verify", ca, "expired", "localhost", false},
+                          {"verify", ca, "early", "localhost", false},
+                          {"verify", ca, "unknown", "localhost", false},
+                          {"verify", ca, "", "localhost", false},
+                          {"verify", "", "good", "localhost", false},
+                          {"verify", "/nowhere.pem", "good", "localhost", false},
+                          {"require", "", "expired", "127.0.0.1", true},
+                          {"require", "", "", "127.0.0.1", false},
+                          {"off", "", "", "127.0.0.1", true}};
+    const TestStore store("");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.encrypt + " " + c.caFile + " " + c.certificate + " " + c.host);
+        store.write("[host]\nencrypt = '" + c.encrypt + "'\ncaFile = '" + c.caFile +
+                    "'\n[host.programs]\nsqlcmd = '" SQLCMD_PROGRAM "'\n");
+        const support::TsqlBox box(c.certificate.empty() ? std::vector<std::string>()
+                                                         : certificates.options(c.certificate));
+        const support::Proxy proxy(box.port());
+        const std::string server = c.host + "," + std::to_string(proxy.port());
+        VTSimpleDBConnObject connection;
+        const std::string text = connection.getConnectionString(server.c_str(), "master", box.login().c_str(),
+                                                                box.password().c_str(), false, false);
+        EXPECT_EQ(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false) == 0, c.isOpened);
+        VtProcess tool;
+        const std::string line =
+            "sqlcmd -S " + server + " -U sa -P \"" + box.password() + "\" -b -Q \"SELECT 1\"";
+        char error[512] = "";
+        int exitCode = -1;
+        tool.SetSilence(true);
+        ASSERT_TRUE(tool.Start("sqlcmd", line.c_str(), error, sizeof error, 0)) << error;
+        ASSERT_TRUE(tool.Wait(&exitCode, error, sizeof error, VtProcess::kNoTimeout)) << error;
+        EXPECT_EQ(exitCode == 0, c.isOpened) << error;
+        constexpr std::string_view kLoginOnTheWire("s\0a\0", 4);
+        EXPECT_EQ(proxy.wire().find(kLoginOnTheWire) != std::string::npos, c.encrypt == "off");
+    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "Encryption.h"
 #include "Text.h"
 #include "Utf.h"
 
@@ -42,6 +43,20 @@ std::string serverAttributes(const ServerName& server, bool freeTds) {
            (port.empty() ? "" : "," + port) + ";";
 }
 
+std::string encryptionAttributes(Encryption encryption, bool trustCertificate, bool freeTds) {
+    switch (encryption) {
+        case Encryption::Default:
+            return freeTds || !trustCertificate ? "" : "TrustServerCertificate=yes;";
+        case Encryption::Off:
+            return freeTds ? "Encryption=off;" : "Encrypt=no;";
+        case Encryption::Require:
+            return freeTds ? "Encryption=require;" : "Encrypt=yes;TrustServerCertificate=yes;";
+        case Encryption::Verify:
+            break;
+    }
+    return freeTds ? "" : "Encrypt=yes;";
+}
+
 // An integer attribute value: ODBC passes integers and pointers in the same argument.
 SQLPOINTER attributeValue(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr)
@@ -54,12 +69,15 @@ std::string connectionString(const Options& options, std::string_view driver) {
     const auto attribute = [&](const char* name, const std::string& value) {
         return value.empty() ? "" : std::string(name) + "=" + braced(value, freeTds);
     };
-    std::string text =
-        "DRIVER=" + braced(driver, freeTds) + serverAttributes(parseServerName(options.server), freeTds);
+    const Encryption encryption = encryptionOf(options);
+    const ServerName server = parseServerName(options.server);
+    std::string text = "DRIVER=" + braced(driver, freeTds);
+    text += freeTds && encryption == Encryption::Verify
+                ? "Servername=" + verifiedServer(server, options.caFile) + ";"
+                : serverAttributes(server, freeTds);
     text += attribute("Database", options.database) + attribute("WSID", options.workstation) + "APP=SQLCMD;";
     if (freeTds) text += "TDS_Version=7.4;ClientCharset=UTF-8;";
-    if (options.encrypt) text += freeTds ? "Encryption=require;" : "Encrypt=yes;";
-    if (options.trustCertificate && !freeTds) text += "TrustServerCertificate=yes;";
+    text += encryptionAttributes(encryption, options.trustCertificate, freeTds);
     if (options.trusted) return text + "Trusted_Connection=yes;";
     return text + "UID=" + braced(options.user, freeTds) + "PWD=" + braced(options.password, freeTds);
 }

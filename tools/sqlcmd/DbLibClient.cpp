@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "DbLibValue.h"
+#include "Encryption.h"
 #include "Errors.h"
 #include "ServerName.h"
 
@@ -152,11 +153,13 @@ void setLogin(const LoginRecord& login, const Options& options) {
         login.set(DBSETPWD, options.password);
     }
     dbsetlversion(login.get(), DBVERSION_74);
-    if (options.encrypt) dbsetlbool(login.get(), kOn, DBSETENCRYPT);
+    if (encryptionOf(options) == Encryption::Require) dbsetlbool(login.get(), kOn, DBSETENCRYPT);
 }
 
-// Returns the server's name in FreeTDS's notation. A port identifies the instance.
-std::string freeTdsServer(const ServerName& server) {
+// Returns the server's name in FreeTDS's notation, or that of a section of its configuration which has the
+// server's certificate verified. A port identifies the instance.
+std::string freeTdsServer(const ServerName& server, const Options& options) {
+    if (encryptionOf(options) == Encryption::Verify) return verifiedServer(server, options.caFile);
     if (server.port != 0) return server.host + ":" + std::to_string(server.port);
     return server.instance.empty() ? server.host : server.host + "\\" + server.instance;
 }
@@ -181,7 +184,7 @@ std::vector<Diagnostic> loginErrors(std::vector<Diagnostic> messages) {
 }  // namespace
 
 DbLibClient::DbLibClient(Options& options) {
-    const std::string server = freeTdsServer(parseServerName(options.server));
+    const std::string server = freeTdsServer(parseServerName(options.server), options);
     if (dbinit() == FAIL) throw std::bad_alloc();
     dbmsghandle(receiveMessage);
     dberrhandle(receiveError);

@@ -89,7 +89,8 @@ const Rule kRules[] = {
      [](Options& o, std::string_view v) { o.loginTimeout = parseNumber(v, 0, kMaxTimeout); }},
     {'t', Takes::Name, "query time-out in seconds",
      [](Options& o, std::string_view v) { o.queryTimeout = parseNumber(v, 0, kMaxTimeout); }},
-    {'N', Takes::Nothing, "encrypt the connection", [](Options& o, std::string_view) { o.encrypt = true; }},
+    {'N', Takes::Nothing, "encrypt the connection and verify the server's certificate",
+     [](Options& o, std::string_view) { o.encryption = Encryption::Verify; }},
     {'C', Takes::Nothing, "trust the server's certificate",
      [](Options& o, std::string_view) { o.trustCertificate = true; }},
     {'i', Takes::Name, "input files, separated by commas; may be repeated", addInputFiles},
@@ -219,6 +220,15 @@ class ArgumentReader {
     std::string m_optionName;
 };
 
+Encryption encryptionNamed(std::string_view name) {
+    for (const auto& [known, encryption] : {std::pair("", Encryption::Default),
+                                            {"off", Encryption::Off},
+                                            {"require", Encryption::Require},
+                                            {"verify", Encryption::Verify}})
+        if (name == known) return encryption;
+    throw UsageError("SQLCMD_ENCRYPT must be verify, require or off");
+}
+
 void readEnvironment(Options& options) {
     const auto readVariable = [](const char* name, std::string& target) {
         if (const char* value = std::getenv(name)) target = value;
@@ -227,6 +237,10 @@ void readEnvironment(Options& options) {
     readVariable("SQLCMDUSER", options.user);
     readVariable("SQLCMDDBNAME", options.database);
     readVariable("SQLCMDWORKSTATION", options.workstation);
+    readVariable("SQLCMD_CA_FILE", options.caFile);
+    std::string encryption;
+    readVariable("SQLCMD_ENCRYPT", encryption);
+    options.encryption = encryptionNamed(encryption);
 }
 
 void takePasswordFromEnvironment(Options& options) {

@@ -24,6 +24,13 @@ struct Layout {
 // Messages that are printed to standard error instead of standard output (-r).
 enum class ErrorStream { None, Errors, All };
 
+enum class Encryption {
+    Default,  // as the driver and the server agree
+    Off,
+    Require,  // without verification of the server's certificate
+    Verify,
+};
+
 struct Options {
     enum class Action { Run, Help, Version };
     Action action = Action::Run;
@@ -33,8 +40,9 @@ struct Options {
     std::string password;  // overwritten by Connection after use
     bool hasPassword = false;
     bool trusted = false;  // -E
-    bool encrypt = false;
-    bool trustCertificate = false;
+    Encryption encryption = Encryption::Default;
+    bool trustCertificate = false;  // -C: encrypts without verification where Verify is set
+    std::string caFile;             // empty: the host's trusted authorities
     std::string database;
     std::string workstation;
     int loginTimeout = 8;  // seconds; 0: none

@@ -30,6 +30,8 @@ constexpr KnownValue kKnown[] = {
     {"host", "odbcDriver", Kind::kText},
     {"host", "odbcAttributes", Kind::kText},
     {"host", "loginTimeout", Kind::kNumber},
+    {"host", "encrypt", Kind::kText},
+    {"host", "caFile", Kind::kPath},
     {"programs", "sqlcmd", Kind::kPath},
     {"Base", "nPLATTYPE", Kind::kNumber},
     {"Base", "dZEPHRAHOME", Kind::kPath},

@@ -1,0 +1,66 @@
+#include "FreeTdsConfiguration.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+
+namespace freetds {
+namespace {
+
+constexpr std::size_t kLongestValue = 200;  // FreeTDS reads lines of 255 bytes
+
+bool isRepresentable(const std::string& value) {
+    return value.size() <= kLongestValue && std::none_of(value.begin(), value.end(), [](char c) {
+               return static_cast<unsigned char>(c) < 0x20;
+           });
+}
+
+std::string sectionText(const std::string& name, const VerifiedServer& server) {
+    std::string text = "[" + name + "]\nhost = " + server.host + "\n";
+    text += server.port.empty() ? "instance = " + server.instance : "port = " + server.port;
+    return text + "\nencryption = require\ncheck certificate hostname = yes\nca file = " +
+           (server.caFile.empty() ? "system" : server.caFile) + "\n";
+}
+
+class Configuration {
+  public:
+    std::string section(const VerifiedServer& server) {
+        const std::lock_guard lock(m_mutex);
+        if (const auto known = m_sections.find(server); known != m_sections.end()) return known->second;
+        const std::string name = "verified" + std::to_string(m_sections.size() + 1);
+        const std::string text = sectionText(name, server);
+        if (!open() || ::write(m_file, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+            return "";
+        return m_sections[server] = name;
+    }
+
+  private:
+    // The descriptor stays open, since the driver opens the file for each connection. A child process has
+    // another descriptor table and finds no file there.
+    bool open() {
+        if (m_file >= 0) return true;
+        m_file = ::memfd_create("freetds.conf", MFD_CLOEXEC);
+        const std::string path = "/proc/self/fd/" + std::to_string(m_file);
+        return m_file >= 0 && ::setenv("FREETDSCONF", path.c_str(), /*replace=*/1) == 0;
+    }
+
+    std::mutex m_mutex;
+    int m_file = -1;
+    std::map<VerifiedServer, std::string> m_sections;
+};
+
+}  // namespace
+
+std::string verifiedSection(const VerifiedServer& server) {
+    // Never destroyed: connections may be opened while the program ends.
+    static Configuration& configuration = *new Configuration;
+    for (const std::string* value : {&server.host, &server.instance, &server.port, &server.caFile})
+        if (!isRepresentable(*value)) return "";
+    return configuration.section(server);
+}
+
+}  // namespace freetds

@@ -1,0 +1,24 @@
+#include "Encryption.h"
+
+#include "Errors.h"
+#include "FreeTdsConfiguration.h"
+
+namespace sqlcmd {
+
+Encryption encryptionOf(const Options& options) {
+    const bool isTrusted = options.encryption == Encryption::Verify && options.trustCertificate;
+    return isTrusted ? Encryption::Require : options.encryption;
+}
+
+std::string verifiedServer(const ServerName& server, const std::string& caFile) {
+    constexpr const char* kDefaultPort = "1433";
+    const bool hasPort = server.port != 0 || server.instance.empty();
+    const std::string port = server.port != 0 ? std::to_string(server.port) : kDefaultPort;
+    const std::string section =
+        freetds::verifiedSection({server.host, server.instance, hasPort ? port : "", caFile});
+    if (section.empty())
+        throw ToolError("Sqlcmd: Error: FreeTDS cannot verify a server with this name or this CA file.");
+    return section;
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,19 @@
+// Encryption of a connection, for the options -N and -C.
+#pragma once
+
+#include <string>
+
+#include "Options.h"
+#include "ServerName.h"
+
+namespace sqlcmd {
+
+// Returns the encryption that the options ask for together: a trusted certificate is not verified.
+Encryption encryptionOf(const Options& options);
+
+// Returns the section of FreeTDS's configuration that has the server's certificate verified. An empty
+// `caFile` means the host's trusted authorities. Throws ToolError for a name that the configuration cannot
+// hold.
+std::string verifiedServer(const ServerName& server, const std::string& caFile);
+
+}  // namespace sqlcmd
