@@ -1,5 +1,6 @@
 #include "FreeTdsConfiguration.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -13,17 +14,24 @@ namespace {
 
 constexpr std::size_t kLongestValue = 200;  // FreeTDS reads lines of 255 bytes
 
-bool isRepresentable(const std::string& value) {
-    return value.size() <= kLongestValue && std::none_of(value.begin(), value.end(), [](char c) {
-               return static_cast<unsigned char>(c) < 0x20;
-           });
+bool hasControlCharacters(const std::string& value) {
+    return std::any_of(value.begin(), value.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x20; });
 }
 
-std::string sectionText(const std::string& name, const VerifiedServer& server) {
+// Returns a path that fits into a line; "" if the file of a longer path cannot be opened. The descriptor
+// stays open like the configuration's.
+std::string caPath(const std::string& file) {
+    if (file.empty()) return "system";
+    if (file.size() <= kLongestValue) return file;
+    const int descriptor = ::open(file.c_str(), O_PATH | O_CLOEXEC);
+    return descriptor < 0 ? "" : "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+std::string sectionText(const std::string& name, const VerifiedServer& server, const std::string& caFile) {
     std::string text = "[" + name + "]\nhost = " + server.host + "\n";
     text += server.port.empty() ? "instance = " + server.instance : "port = " + server.port;
-    return text + "\nencryption = require\ncheck certificate hostname = yes\nca file = " +
-           (server.caFile.empty() ? "system" : server.caFile) + "\n";
+    return text + "\nencryption = require\ncheck certificate hostname = yes\nca file = " + caFile + "\n";
 }
 
 class Configuration {
@@ -32,8 +40,10 @@ class Configuration {
         const std::lock_guard lock(m_mutex);
         if (const auto known = m_sections.find(server); known != m_sections.end()) return known->second;
         const std::string name = "verified" + std::to_string(m_sections.size() + 1);
-        const std::string text = sectionText(name, server);
-        if (!open() || ::write(m_file, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+        const std::string caFile = caPath(server.caFile);
+        const std::string text = sectionText(name, server, caFile);
+        if (caFile.empty() || !open() ||
+            ::write(m_file, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
             return "";
         return m_sections[server] = name;
     }
@@ -59,7 +69,8 @@ std::string verifiedSection(const VerifiedServer& server) {
     // Never destroyed: connections may be opened while the program ends.
     static Configuration& configuration = *new Configuration;
     for (const std::string* value : {&server.host, &server.instance, &server.port, &server.caFile})
-        if (!isRepresentable(*value)) return "";
+        if (hasControlCharacters(*value)) return "";
+    if (server.host.size() + server.instance.size() > kLongestValue) return "";
     return configuration.section(server);
 }
 

@@ -17,8 +17,8 @@ struct VerifiedServer {
 
 // Adds a section for the server, if there is none yet, and returns its name. The file is in memory; the
 // environment variable FREETDSCONF is set to it by the first call, and from then on this process no longer
-// uses any other freetds.conf. Returns "" for a value that the file cannot hold, and if there is no memory
-// for the file. Thread-safe.
+// uses any other freetds.conf. Returns "" for a value that the file cannot hold, and if the file or the
+// CA file cannot be opened. Thread-safe.
 std::string verifiedSection(const VerifiedServer& server);
 
 }  // namespace freetds

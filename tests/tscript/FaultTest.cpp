@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "Installation.h"
+#include "TsqlBox.h"
 
 namespace {
 
@@ -138,6 +139,18 @@ TEST_F(Faults, FirstRunsAddOneRow) {
     }
     const std::string rows = run({"catalogue", "--name", "New"}).output;
     EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1) << rows;
+}
+
+// Both connections verify the server: with another authority neither connects, and nothing runs.
+TEST_F(Faults, AnUnknownAuthorityIsRefused) {
+    const support::Certificates certificates;
+    const std::string before = journal("SiteInventory");
+    replaceInFile(store(), (folder / "tls-cert.pem").string(), certificates.file("ca.pem"));
+    EXPECT_NE(run({"run", "SiteInventory"}).exitCode, 0);
+    EXPECT_NE(run({"db", "list"}).exitCode, 0);
+    replaceInFile(store(), certificates.file("ca.pem"), (folder / "tls-cert.pem").string());
+    EXPECT_EQ(journal("SiteInventory"), before);
+    EXPECT_EQ(run({"run", "SiteInventory"}).exitCode, 0);
 }
 
 // A signal to the tool alone, as a service manager sends it, is passed on.

@@ -118,6 +118,8 @@ ExitCode shell(const SandboxOptions& options) {
         throw Failure(ExitCode::kConnection, "the sandbox is not running", "Start it: tscript sandbox up");
     const Secret password = readSandboxPassword(folder);
     setenv("SQLCMDPASSWORD", password.text().c_str(), 1);
+    setenv("SQLCMD_ENCRYPT", "verify", 1);
+    setenv("SQLCMD_CA_FILE", folder.certificate().c_str(), 1);
     const std::string program = (programFolder() / "sqlcmd").string();
     const std::string address = addressOf(server->port);
     execl(program.c_str(), "sqlcmd", "-S", address.c_str(), "-U", kSandboxLogin, "-d",

@@ -76,6 +76,8 @@ cipherKeyFile  = "<folder>/cipher.key"
 odbcDriver     = "FreeTDS"
 odbcAttributes = "TDS_Version=7.4;ClientCharset=UTF-8"
 loginTimeout   = 15
+encrypt        = "verify"
+caFile         = "<folder>/tls-cert.pem"
 
 [host.programs]
 sqlcmd = "<programs>/sqlcmd"
@@ -145,7 +147,7 @@ void SandboxFolder::markIncomplete() const {
 
 void SandboxFolder::create() const {
     std::error_code ignored;
-    for (const char* old : {"data", "Scripts", "temp", "logs", "cipher.key"})
+    for (const char* old : {"data", "Scripts", "temp", "logs", "cipher.key", "tls-cert.pem", "tls-key.pem"})
         fs::remove_all(m_path / old, ignored);
     for (const char* part : {"data", "Scripts", "temp", "logs", "backups"})
         createPrivateFolder(m_path / part);

@@ -13,6 +13,8 @@ class SandboxFolder {
     std::filesystem::path store() const { return m_path / "registry.toml"; }
     std::filesystem::path key() const { return m_path / "cipher.key"; }
     std::filesystem::path passwordFile() const { return m_path / "password"; }
+    std::filesystem::path certificate() const { return m_path / "tls-cert.pem"; }
+    std::filesystem::path tlsKey() const { return m_path / "tls-key.pem"; }
     std::filesystem::path data() const { return m_path / "data"; }
     std::filesystem::path scripts() const { return m_path / "Scripts"; }
     std::filesystem::path logs() const { return m_path / "logs"; }

@@ -80,9 +80,11 @@ std::optional<RunningServer> findServer(const SandboxFolder& folder) {
 
 RunningServer startServer(const SandboxFolder& folder, int port) {
     const std::string program = (programFolder() / "tsqlbox").string();
-    const pid_t pid = startChild({program, "--data", folder.data(), "--port", std::to_string(port), "--login",
-                                  "sa", "--password-file", folder.passwordFile()},
-                                 {.outputFile = logFile(folder), .detached = true, .workingDirectory = "/"});
+    const pid_t pid =
+        startChild({program, "--data", folder.data(), "--port", std::to_string(port), "--login", "sa",
+                    "--password-file", folder.passwordFile(), "--tls-cert", folder.certificate(), "--tls-key",
+                    folder.tlsKey(), "--tls-self-signed", "localhost,127.0.0.1", "--encryption", "required"},
+                   {.outputFile = logFile(folder), .detached = true, .workingDirectory = "/"});
     const RunningServer server{pid, waitForPort(folder, pid)};
     std::ofstream out(folder.pidFile(), std::ios::trunc);
     out << server.pid << ' ' << startTime(pid) << ' ' << server.port << '\n' << std::flush;
