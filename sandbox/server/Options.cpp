@@ -30,13 +30,21 @@ void addTlsOptions(CLI::App& app, Options& options) {
                    "they do not hold such a certificate")
         ->delimiter(',')
         ->needs(cert);
-    app.add_option("--encryption", options.encryption,
-                   "none; login: only logins, unless the client asks for more; on: connections of clients "
-                   "that support it; required: all, other clients are refused")
-        ->transform(CLI::CheckedTransformer(kEncryptionModes))
+    const auto setMode = [&options](const std::string& name) {
+        options.encryption = kEncryptionModes.at(name);
+    };
+    app.add_option_function<std::string>(
+           "--encryption", setMode,
+           "none; login: only logins, unless the client asks for more; on: connections of clients "
+           "that support it; required: all, other clients are refused")
+        ->check(CLI::IsMember(kEncryptionModes))
         ->default_str("none; with --tls-cert: on");
-    app.add_option("--tls-max", options.newestTls, "newest TLS version; FreeTDS 1.3 cannot log in with 1.3")
-        ->transform(CLI::CheckedTransformer(kTlsVersions))
+    const auto setVersion = [&options](const std::string& name) {
+        options.newestTls = kTlsVersions.at(name);
+    };
+    app.add_option_function<std::string>("--tls-max", setVersion,
+                                         "newest TLS version; FreeTDS 1.3 cannot log in with 1.3")
+        ->check(CLI::IsMember(kTlsVersions))
         ->default_str("1.2");
 }
 
