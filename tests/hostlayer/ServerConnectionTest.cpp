@@ -171,8 +171,12 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
     struct Case {
         std::string encrypt, caFile, certificate, host;
         bool isOpened;
+        std::size_t cutAfter = support::Proxy::kNever;  // bytes from the server
     };
-    const Case cases[] = {{"verify", ca, "good", "localhost", true},
+    constexpr std::size_t kInTheHandshake = 100;
+    const Case cases[] = {{"verify", ca, "good", "localhost", false, kInTheHandshake},
+                          {"require", "", "good", "localhost", false, kInTheHandshake},
+                          {"verify", ca, "good", "localhost", true},
                           {"verify", ca, "good", "127.0.0.1", false},
                           {"verify", ca, "other-host", "localhost", false},
                           {"verify", ca, "expired", "localhost", false},
@@ -191,7 +195,7 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
                     "'\n[host.programs]\nsqlcmd = '" SQLCMD_PROGRAM "'\n");
         const support::TsqlBox box(c.certificate.empty() ? std::vector<std::string>()
                                                          : certificates.options(c.certificate));
-        const support::Proxy proxy(box.port());
+        const support::Proxy proxy(box.port(), c.cutAfter);
         const std::string server = c.host + "," + std::to_string(proxy.port());
         VTSimpleDBConnObject connection;
         const std::string text = connection.getConnectionString(server.c_str(), "master", box.login().c_str(),
