@@ -76,6 +76,9 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
         return list.addSkipped(label + " connection", "not tried without credentials");
     DBBase db(/*flag=*/false);
     if (!openAccount(db, database)) {
+        if (list.hasFailed("TMPDIR"))  // the diagnosis writes there
+            return list.addFailure(label + " connection", ExitCode::kConnection, "the probe statement fails",
+                                   "Repair TMPDIR and run tscript doctor again for the server's message.");
         const Diagnosis diagnosis = diagnoseDatabase(database.name);
         return list.addFailure(label + " connection", diagnosis.code, diagnosis.what, diagnosis.advice);
     }

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "installation/CheckSteps.h"
+#include "installation/ProbeFile.h"
 #include "installation/ToolLimit.h"
-#include "system/ScratchFile.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ constexpr const char* kAdvice =
 // The direct connection reports no message, so the query tool repeats the statement.
 std::string serverMessage(DBBase& db, const SuiteDatabase& database, const char* sql) {
     constexpr int kNoOptions = 0;
-    const ScratchFile output;
+    const ProbeFile output(sessionLogFile().parent_path(), "");
     const ToolLimit limit;
     if (db.RunStringQuery_TS(sql, output.path().c_str(), database.name, kNoOptions)) return {};
     return output.content();
