@@ -212,6 +212,14 @@ TEST_F(Faults, DoctorFindsMissingObjectsOfADatabase) {
 
 // A tool that starts, but does not do what a run needs.
 TEST_F(Faults, DoctorRunsTheQueryTool) {
+    const auto rows = [this] { return run({"catalogue"}).output + run({"journal"}).output; };
+    const std::string before = rows();
+    expectAll({{{"doctor"}, 0, "ok       NQ2 query tool: ", ""}});
+    EXPECT_EQ(rows(), before);
+    pack("Lose", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDROP DATABASE nq2\n");
+    ASSERT_EQ(run({"run", "Lose"}).exitCode, 0);
+    expectAll({{{"doctor"}, 5, "-> Create or restore the database", ""}});
+
     const fs::path tool = m_temp / "sqlcmd";
     support::writeFile(tool, "");
     fs::permissions(tool, fs::perms(0700));
@@ -230,7 +238,7 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
         support::writeFile(tool, std::string("#!/bin/sh\n") + fault.tool + "\n");
         expectAll({{{"doctor"},
                     3,
-                    std::string("FAILED   NQ2 query tool: ") + tool.string() + " " + fault.finding,
+                    std::string("FAILED   Dorvas query tool: ") + tool.string() + " " + fault.finding,
                     ""}});
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }

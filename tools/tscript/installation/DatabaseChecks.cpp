@@ -18,6 +18,7 @@
 
 namespace {
 
+constexpr const char* kNoDatabase = "Cannot open database";  // reported as a refused login as well
 constexpr const char* kServerTime = "SELECT DATEDIFF(second, '20200101', GETUTCDATE())";
 constexpr std::time_t kServerEpoch = 1577836800;  // 2020-01-01; the difference to it fits an int until 2088
 constexpr long long kLargestDifference = 60;      // seconds
@@ -79,7 +80,9 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
         if (list.hasFailed("TMPDIR"))  // the diagnosis writes there
             return list.addFailure(label + " connection", ExitCode::kConnection, "the probe statement fails",
                                    "Repair TMPDIR and run tscript doctor again for the server's message.");
-        const Diagnosis diagnosis = diagnoseDatabase(database.name);
+        Diagnosis diagnosis = diagnoseDatabase(database.name);
+        if (diagnosis.what.find(kNoDatabase) != std::string::npos)
+            diagnosis.advice = "Create or restore the database, or let the login use it.";
         return list.addFailure(label + " connection", diagnosis.code, diagnosis.what, diagnosis.advice);
     }
     list.addGood(label + " connection", "the probe statement succeeds");
