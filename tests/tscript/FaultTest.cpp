@@ -285,6 +285,10 @@ TEST_F(Faults, DoctorOpensEveryPackageAndNamesOddComponents) {
     replaceInFile(store(), "nPLATTYPE      = 1", "nPLATTYPE      = 5");
     expectAll({{{"doctor"}, 3, "FAILED   Dorvas server: Database.sINSTANCE", ""}});
     replaceInFile(store(), "nPLATTYPE      = 5", "nPLATTYPE      = 8");
+    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = \"soon\"");
+    replaceInFile(store(), "nSQLAuthType     = 0", "nSQLAuthType     = 7");
+    expectAll({{{"doctor"}, 3, "FAILED   store value: host.loginTimeout is 'soon', not a number", ""},
+               {{"doctor"}, 3, "FAILED   store value: Database.nSQLAuthType is '7'", ""}});
     replaceInFile(store(), "\"Installed\"", "\"installed\"");
     expectAll({{{"doctor"}, 3, "FAILED   platform type: Base.nPLATTYPE is 8", ""},
                {{"doctor"}, 3, "FAILED   component of NQ2: ", ""}});

@@ -4,8 +4,12 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <charconv>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
+#include "DVUtilities/commonFunc.h"
 #include "HostSettings.h"
 #include "HostSetup.h"
 #include "installation/CheckList.h"
@@ -35,6 +39,47 @@ void checkStore(CheckList& list) {
     if (storeText("Dorvase", "sDVHOSTNAME").empty())
         list.addFailure("host name", ExitCode::kInstallation, "the store does not name this host",
                         "Set it: tscript config set Dorvase.sDVHOSTNAME NAME");
+}
+
+// Numbers that programs ignore or replace by a default, without a message, when they are out of range.
+struct NumberCheck {
+    const char* key;  // "host": a setting of the host layer
+    const char* value;
+    std::int64_t smallest;
+    std::int64_t largest;
+};
+
+constexpr NumberCheck kNumbers[] = {
+    {"host", "loginTimeout", 0, 2147483647},      {"Database", "nSQLAuthType", 0, 1},
+    {"Database", "nSQLAuthType_Dorvas", 0, 1},    {"Database", "nSQLAuthType_NQ2", 0, 1},
+    {"Database", "nSQLAuthType_WFEngine", 0, 1},  {"Database", "nSQLAuthType_VTCloud", 0, 1},
+    {"Database", "nSQLAuthType_HistoryDB", 0, 1},
+};
+
+// The value as text; empty if the store does not have it.
+std::string numberText(const NumberCheck& number) {
+    if (std::string_view(number.key) == "host") return hostlayer::hostSetting(number.value, "");
+    const std::string text = storeText(number.key, number.value);
+    unsigned int stored = 0;
+    std::string ignored;
+    const bool isNumber =
+        GetRegistryItemValue("", number.key, number.value, &stored, /*text=*/nullptr, ignored);
+    return isNumber ? std::to_string(stored) : text;
+}
+
+void checkNumber(CheckList& list, const NumberCheck& number) {
+    const std::string text = numberText(number);
+    if (text.empty()) return;
+    std::int64_t parsed = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, parsed);
+    const bool isNumber = error == std::errc() && stop == end;
+    if (isNumber && parsed >= number.smallest && parsed <= number.largest) return;
+    const std::string name = std::string(number.key) + "." + number.value;
+    list.addFailure("store value", ExitCode::kInstallation,
+                    name + " is '" + text + "', not a number from " + std::to_string(number.smallest) +
+                        " to " + std::to_string(number.largest),
+                    "Set it: tscript config set " + name + " NUMBER");
 }
 
 std::string keyAdvice(const std::string& file) {
@@ -140,6 +185,7 @@ void checkQueryTool(CheckList& list) {
 void checkInstallation(CheckList& list) {
     checkStore(list);
     if (list.hasFailed("store")) return list.addSkipped("everything else", "not checked without the store");
+    for (const NumberCheck& number : kNumbers) checkNumber(list, number);
     checkKey(list);
     checkFolders(list);
     checkDriver(list);
