@@ -19,14 +19,14 @@ constexpr mode_t kGroupAndOthers = S_IRWXG | S_IRWXO;
 
 thread_local const std::string* chosenKeyFile = nullptr;  // null: the one that the store names
 
-std::string keyFilePath() {
+}  // namespace
+
+std::string cipherKeyPath() {
     if (chosenKeyFile != nullptr) return *chosenKeyFile;
     const auto store = currentStore();
     const StoreValue* path = store->content ? findValue(store->content->settings, kKeyFileSetting) : nullptr;
     return path != nullptr ? textOf(*path) : std::string();
 }
-
-}  // namespace
 
 KeyFileChoice::KeyFileChoice(const std::string& file) : m_before(std::exchange(chosenKeyFile, &file)) {}
 
@@ -36,7 +36,7 @@ KeyFileChoice::~KeyFileChoice() {
 
 VTPassword::Error CipherKey::load() {
     if (m_isLoaded) return VTPassword::kNoError;
-    const std::string path = keyFilePath();
+    const std::string path = cipherKeyPath();
     if (path.empty()) return VTPassword::kKeyNotConfigured;
     const VTPassword::Error error = readFile(path);
     m_isLoaded = error == VTPassword::kNoError;

@@ -11,6 +11,9 @@ namespace hostlayer {
 
 constexpr std::size_t kCipherKeyBytes = 32;
 
+// Path of the key file; empty when the store names none.
+std::string cipherKeyPath();
+
 // Owner of a loaded key. Overwrites it with zeros at the end.
 class CipherKey {
   public:

@@ -8,21 +8,26 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <map>
 #include <mutex>
 #include <new>
 #include <string_view>
+#include <vector>
 
 #include "Descriptor.h"
+#include "HostSettings.h"
 #include "Store.h"
 #include "VTPI.h"
+#include "VTPlatformInfo.h"
 
 namespace {
 
 constexpr const char* kDefaultName = "ZephraDebug";
-constexpr std::size_t kFileBytes = std::size_t{16} << 20;
+constexpr std::size_t kDefaultFileBytes = std::size_t{16} << 20;
+constexpr std::size_t kSmallestFileBytes = std::size_t{64} << 10;
 constexpr std::size_t kKeptFiles = 5;  // rotated ones
 constexpr std::size_t kEntryBytes = std::size_t{4}
                                     << 20;  // a longer entry is cut and gets a note of its length
@@ -30,6 +35,11 @@ constexpr mode_t kLogMode = 0640;
 constexpr int kErrors = 1;
 constexpr int kWarnings = 2;
 constexpr int kDefaultLevel = 3;
+
+// Settings of the store's [host] table. They have precedence over what a program asks for.
+constexpr const char* kLevelSetting = "debugLogLevel";  // 0: no debug log
+constexpr const char* kFileSetting = "debugLogFile";    // name of the default log's file in the log folder
+constexpr const char* kBytesSetting = "debugLogBytes";  // size at which the file is rotated
 
 // Creates the log file with its mode, or checks that an existing one may be opened: the log folder may be
 // writable for everybody, so links, devices and other users' files are refused. spdlog itself would create
@@ -48,16 +58,40 @@ void setModeAndCloseOnExec(std::FILE* file) {
     ::fcntl(::fileno(file), F_SETFD, FD_CLOEXEC);
 }
 
-std::shared_ptr<spdlog::logger> openLogger(const std::string& path, bool buffered) {
+// Where a log is opened, and how.
+struct Opening {
+    std::string path{};
+    int level = kDefaultLevel;
+    std::size_t fileBytes = kDefaultFileBytes;
+    bool isBuffered = false;
+};
+
+template <typename Number>
+Number numberSetting(const char* name, Number fallback) {
+    const std::string text = hostlayer::hostSetting(name, "");
+    std::from_chars(text.data(), text.data() + text.size(), fallback);
+    return fallback;
+}
+
+// The log folder of the instance in focus; empty when it is no folder.
+std::string logFolder() {
+    const VTPI_Base base;
+    std::string folder = VTPI_EventManager(base).getLogFilesDirectory();
+    struct stat status {};
+    const bool isFolder = ::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return isFolder ? folder : std::string();
+}
+
+std::shared_ptr<spdlog::logger> openLogger(const Opening& opening) {
     spdlog::file_event_handlers handlers;
     handlers.before_open = createOrCheckLogFile;
     handlers.after_open = [](const std::string&, std::FILE* file) { setModeAndCloseOnExec(file); };
-    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(path, kFileBytes, kKeptFiles,
-                                                                       /*rotate_on_open=*/false, handlers);
+    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
+        opening.path, opening.fileBytes, kKeptFiles, /*rotate_on_open=*/false, handlers);
     auto logger = std::make_shared<spdlog::logger>(kDefaultName, std::move(sink));
     logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %P %t %L %v");
     logger->set_level(spdlog::level::trace);
-    logger->flush_on(buffered ? spdlog::level::err : spdlog::level::trace);
+    logger->flush_on(opening.isBuffered ? spdlog::level::err : spdlog::level::trace);
     logger->set_error_handler([](const std::string&) {});  // spdlog's own prints to standard error
     return logger;
 }
@@ -124,16 +158,22 @@ spdlog::level::level_enum severityOf(int level) {
 
 }  // namespace
 
-// A log of the process. `logger` is set once and lives as long as the process, so that writers need no lock.
+// A log of the process. The loggers that it has had live as long as the process, so that writers need no
+// lock.
 struct EvDebug::Log {
     std::string name;
     std::mutex opening;
-    std::shared_ptr<spdlog::logger> owner;
+    std::string path;  // of the current logger
+    std::vector<std::shared_ptr<spdlog::logger>> loggers;
     std::atomic<spdlog::logger*> logger{nullptr};
     std::atomic<int> level{kDefaultLevel};
+    std::atomic<bool> isInitialized{false};
 
     static Log* named(const char* fileInstance);
-    bool open(const std::string& path, int wantedLevel, bool buffered);
+    bool accepts(int entryLevel);
+    bool open(const Opening& wanted);
+    bool openBySettings(Opening wanted, std::string fileName);
+    bool openOnFirstUse();
     void write(spdlog::level::level_enum severity, const Formatted& entry) const {
         logger.load()->log(severity, sanitized(entry));
     }
@@ -149,17 +189,55 @@ EvDebug::Log* EvDebug::Log::named(const char* fileInstance) {
     return &log->second;
 }
 
-bool EvDebug::Log::open(const std::string& path, int wantedLevel, bool buffered) {
+bool EvDebug::Log::accepts(int entryLevel) {
+    return (logger != nullptr || openOnFirstUse()) && entryLevel <= level;
+}
+
+bool EvDebug::Log::open(const Opening& wanted) {
     const std::lock_guard guard(opening);
-    if (owner) return true;
-    try {
-        owner = openLogger(path, buffered);
-    } catch (const spdlog::spdlog_ex&) {
-        return false;
+    if (logger == nullptr || path != wanted.path) {
+        try {
+            loggers.push_back(openLogger(wanted));
+        } catch (const spdlog::spdlog_ex&) {
+            return false;
+        }
+        path = wanted.path;
+        logger = loggers.back().get();
     }
-    level = wantedLevel > 0 ? wantedLevel : kDefaultLevel;
-    logger = owner.get();
+    level = wanted.level;
     return true;
+}
+
+// Opens the file `fileName` of the log folder, or the default one, as the store's settings say.
+bool EvDebug::Log::openBySettings(Opening wanted, std::string fileName) {
+    wanted.level = numberSetting(kLevelSetting, wanted.level);
+    wanted.fileBytes = std::max(numberSetting(kBytesSetting, kDefaultFileBytes), kSmallestFileBytes);
+    if (fileName.empty()) fileName = name + ".log";
+    if (name == kDefaultName) fileName = hostlayer::hostSetting(kFileSetting, fileName.c_str());
+    const std::string folder = logFolder();
+    if (wanted.level <= 0 || folder.empty() || fileName.find('/') != std::string::npos) return false;
+    const bool isFirst = logger == nullptr;
+    wanted.path = folder + "/" + fileName;
+    if (!open(wanted)) return false;
+    // The store was read before the log was open and could not report its problem there.
+    const auto store = hostlayer::currentStore();
+    if (isFirst && !store->problem.empty())
+        write(spdlog::level::err, {.beginning = store->problem, .size = store->problem.size()});
+    return true;
+}
+
+// Opens the default log for a program that does not initialise it, if the store names a log folder and does
+// not turn the log off. A failed attempt costs about as much as a read of the store, and the next entry makes
+// another one.
+bool EvDebug::Log::openOnFirstUse() {
+    thread_local bool isOpening = false;  // reading the store may itself log a problem
+    if (isOpening || name != kDefaultName) return false;
+    isOpening = true;
+    std::string folder;
+    const bool isNamed = VTPlatformInfo().getString("EventManager", "dEVLOGDIR", &folder) != 0;
+    const bool isOpen = isNamed && openBySettings({.level = kDefaultLevel}, "");
+    isOpening = false;
+    return isOpen;
 }
 
 EvDebug::EvDebug(const char* fileInstance) : m_log(Log::named(fileInstance)) {}
@@ -167,25 +245,17 @@ EvDebug::EvDebug(const char* fileInstance) : m_log(Log::named(fileInstance)) {}
 bool EvDebug::initialize(unsigned int facility, int level, bool asynchronous, const char* fileName) {
     static_cast<void>(facility);  // for platforms on which the suite's programs share one log service
     if (IsInitialized()) return true;
-    const std::string file = fileName != nullptr && *fileName != '\0' ? fileName : m_log->name + ".log";
-    if (file.find('/') != std::string::npos) return false;
-    const VTPI_Base base;
-    const std::string folder = VTPI_EventManager(base).getLogFilesDirectory();
-    struct stat status {};
-    if (::stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return false;
-    if (!m_log->open(folder + "/" + file, level, asynchronous)) return false;
-    // The store was read before the log was open and could not report its problem there.
-    const auto store = hostlayer::currentStore();
-    if (!store->problem.empty()) DebugLevel(kErrors, "%s", store->problem.c_str());
-    return true;
+    const Opening wanted{.level = level > 0 ? level : kDefaultLevel, .isBuffered = asynchronous};
+    m_log->isInitialized = m_log->openBySettings(wanted, fileName != nullptr ? fileName : "");
+    return IsInitialized();
 }
 
 bool EvDebug::IsInitialized() const {
-    return m_log->logger != nullptr;
+    return m_log->isInitialized;
 }
 
 void EvDebug::Debug(const char* tag, const char* format, ...) const {
-    if (!IsInitialized()) return;
+    if (!m_log->accepts(kErrors)) return;
     va_list arguments;
     va_start(arguments, format);
     const Formatted entry =
@@ -195,7 +265,7 @@ void EvDebug::Debug(const char* tag, const char* format, ...) const {
 }
 
 void EvDebug::DebugLevel(int level, const char* format, ...) const {
-    if (!IsInitialized() || level > m_log->level) return;
+    if (!m_log->accepts(level)) return;
     va_list arguments;
     va_start(arguments, format);
     const Formatted entry = formatEntry({}, format, arguments);

@@ -9,7 +9,10 @@
 
 #include "Base64.h"
 #include "CipherKey.h"
+#include "EvDebug.h"
+#include "HostSetup.h"
 #include "Nonces.h"
+#include "VtCauses.h"
 
 // Format of a record:
 //
@@ -136,9 +139,22 @@ VTPassword::Error VTPassword::Impl::open(std::string_view mark, const char* encr
 
 namespace {
 
-// Returns 1 for success. Otherwise empties the output buffer and returns 0.
-int resultOf(VTPassword::Error error, char* output, const unsigned long* size) {
+// Logs the error and notes it as a cause. The subject of an error of the key is the key file.
+void report(VTPassword::Error error, std::string_view mark) {
+    constexpr int kErrorLevel = 1;
+    const char* text = hostlayer::cipherErrorText(error);
+    const bool isKeyError = error >= VTPassword::kKeyNotConfigured && error <= VTPassword::kKeyMalformed;
+    const bool isRecordOfFile = mark == kFileMark && !isKeyError;
+    EvDebug().DebugLevel(kErrorLevel, "Cipher: %s", text);
+    VtNoteCause({.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
+                 .subject = isKeyError ? hostlayer::cipherKeyPath() : "",
+                 .text = text});
+}
+
+// Returns 1 for success. Otherwise reports the error, empties the output buffer and returns 0.
+int resultOf(VTPassword::Error error, std::string_view mark, char* output, const unsigned long* size) {
     if (error == VTPassword::kNoError) return 1;
+    report(error, mark);
     if (output != nullptr && size != nullptr && *size > 0) *output = '\0';
     return 0;
 }
@@ -155,22 +171,22 @@ void VTPassword::putEncPwd(const char* encrypted) {
 
 int VTPassword::decrypt(char* plain, unsigned long* size) {
     m_impl->lastError = m_impl->open(kCredentialsMark, m_impl->credentials.c_str(), plain, size);
-    return resultOf(m_impl->lastError, plain, size);
+    return resultOf(m_impl->lastError, kCredentialsMark, plain, size);
 }
 
 int VTPassword::encryptPwd(const char* plain, char* encrypted, unsigned long* size) {
     m_impl->lastError = m_impl->seal(kCredentialsMark, plain, encrypted, size);
-    return resultOf(m_impl->lastError, encrypted, size);
+    return resultOf(m_impl->lastError, kCredentialsMark, encrypted, size);
 }
 
 int VTPassword::encrypt(const char* plain, char* encrypted, unsigned long* size) {
     m_impl->lastError = m_impl->seal(kFileMark, plain, encrypted, size);
-    return resultOf(m_impl->lastError, encrypted, size);
+    return resultOf(m_impl->lastError, kFileMark, encrypted, size);
 }
 
 int VTPassword::decrypt(const char* encrypted, char* plain, unsigned long* size) {
     m_impl->lastError = m_impl->open(kFileMark, encrypted, plain, size);
-    return resultOf(m_impl->lastError, plain, size);
+    return resultOf(m_impl->lastError, kFileMark, plain, size);
 }
 
 long VTPassword::getLastError() const {

@@ -5,6 +5,7 @@
 
 #include "Store.h"
 #include "VTPI.h"
+#include "VtCauses.h"
 
 namespace {
 
@@ -22,6 +23,8 @@ std::string instanceOrDefault(const std::string& instance) {
 
 // Returns the key's values, owned by the state, or null.
 const hostlayer::StoreKey* findKey(const StatePointer& state, const std::string& instance, const char* key) {
+    if (!state->content)
+        VtNoteCause({.place = VtCause::kConfiguration, .subject = state->path, .text = state->problem});
     if (!state->content || key == nullptr) return nullptr;
     const auto keys = state->content->instances.find(instanceOrDefault(instance));
     if (keys == state->content->instances.end()) return nullptr;

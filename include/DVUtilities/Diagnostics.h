@@ -1,4 +1,4 @@
-// Causes of failures, beside the messages of the other headers.
+// Causes of failures, beside the messages of the other headers, and the debug log.
 #pragma once
 
 #include <string>
@@ -43,6 +43,10 @@ struct DVUCause_t {
 // empty then. The same thread uses the object and calls these functions.
 DVU_EXPORT void DVU_GetCauses(const DBBase& db, std::vector<DVUCause_t>& causes);
 DVU_EXPORT void DVU_GetCauses(const TScript& script, std::vector<DVUCause_t>& causes);
+
+// Writes an entry to the debug log of this installation. `level`: 1 error, 2 warning, 3 trace. Null is no
+// entry.
+DVU_EXPORT void DVU_DebugLog(int level, const char* text);
 
 // Collector of the causes that occur on its thread while it exists, for functions without an object (TS_...,
 // GetDatabaseList(), EncryptFile(), ...). Objects may nest; destroy them in the reverse order, on the thread

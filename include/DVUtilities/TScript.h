@@ -20,7 +20,8 @@ class DVUtilLib;
 // operation that needs the session reports so and fails. Script names are cut to 128 bytes in the catalogue.
 //
 // The getters' strings are never null. The object owns them; they are valid until they change or the object
-// is destroyed. A query tool's output with NUL bytes appears to end at the first one.
+// is destroyed. Query tool output is read in chunks of 4,095 bytes (of a procedure: 32,767), and a NUL byte
+// in it hides the rest of its chunk.
 class DVU_EXPORT TScript {
   public:
     TScript();

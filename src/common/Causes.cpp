@@ -1,11 +1,16 @@
 #include "Causes.h"
 
+#include <algorithm>
 #include <new>
+#include <system_error>
+
+#include "EvDebug.h"
 
 namespace {
 
 constexpr std::size_t kMaxCauses = 64;
 constexpr std::size_t kMaxText = 4096;  // bytes
+constexpr int kErrorLevel = 1;          // of the debug log
 
 thread_local CauseCollector* innermost = nullptr;
 thread_local std::size_t notedCauses = 0;
@@ -16,6 +21,14 @@ void cutText(std::string& text) {
     std::size_t length = kMaxText;
     while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) --length;
     text.resize(length);
+}
+
+// The same cause occurs again when a step is repeated, such as a read of an unreadable configuration.
+bool contains(const std::vector<DVUCause_t>& causes, const DVUCause_t& cause) {
+    return std::any_of(causes.begin(), causes.end(), [&](const DVUCause_t& known) {
+        return known.where == cause.where && known.serverError == cause.serverError &&
+               known.line == cause.line && known.subject == cause.subject && known.text == cause.text;
+    });
 }
 
 DVUCause_t causeOf(const VtCause& cause) {
@@ -46,8 +59,31 @@ void noteCause(DVUCause_t cause) noexcept {
         cutText(*text);
     for (CauseCollector* collector = innermost; collector != nullptr; collector = collector->m_outer) {
         std::vector<DVUCause_t>& causes = collector->causes();
-        if (causes.size() < kMaxCauses) guarded([&] { causes.push_back(cause); });
+        if (causes.size() < kMaxCauses && !contains(causes, cause)) guarded([&] { causes.push_back(cause); });
     }
+}
+
+void reportCause(DVUCause_t cause) noexcept {
+    guarded([&] {
+        EvDebug().DebugLevel(kErrorLevel, "[%s] %s", cause.subject.c_str(), cause.text.c_str());
+        noteCause(std::move(cause));
+    });
+}
+
+void reportFileFailure(const std::string& path, int error) noexcept {
+    guarded([&] {
+        reportCause({.where = kDVUFile,
+                     .systemError = error,
+                     .subject = path,
+                     .text = std::generic_category().message(error)});
+    });
+}
+
+void reportConfiguration(const char* key, const char* valueName, const char* text) noexcept {
+    guarded([&] {
+        reportCause(
+            {.where = kDVUConfiguration, .subject = std::string(key) + '\\' + valueName, .text = text});
+    });
 }
 
 CauseCollector::CauseCollector() noexcept : m_outer(std::exchange(innermost, this)) {
@@ -72,6 +108,10 @@ ExplainedStep::ExplainedStep() noexcept : m_before(notedCauses) {}
 
 void ExplainedStep::noteUnlessExplained(DVUCause_t cause) const noexcept {
     if (notedCauses == m_before) noteCause(std::move(cause));
+}
+
+void DVU_DebugLog(int level, const char* text) {
+    if (text != nullptr) guarded([&] { EvDebug().DebugLevel(level, "%s", text); });
 }
 
 DVUCauses::DVUCauses() : m_collector(new (std::nothrow) CauseCollector) {}

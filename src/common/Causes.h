@@ -19,6 +19,15 @@ struct DVUCauseList {
 // for which memory is short is lost.
 void noteCause(DVUCause_t cause) noexcept;
 
+// noteCause(), and an error entry in the debug log.
+void reportCause(DVUCause_t cause) noexcept;
+
+// reportCause() for a file operation that failed with that errno.
+void reportFileFailure(const std::string& path, int error) noexcept;
+
+// reportCause() for a value of the configuration.
+void reportConfiguration(const char* key, const char* valueName, const char* text) noexcept;
+
 // Collects this thread's causes, the platform layer's included, while it exists. Collectors nest.
 class CauseCollector {
   public:

@@ -23,4 +23,9 @@ inline constexpr char kCipherFailed[] = "%s failed with error [%ld]";
 inline constexpr char kEncryptName[] = "EncryptFile";
 inline constexpr char kDecryptName[] = "DescryptFile";  // misspelled in the message; callers look for it
 
+// Causes
+inline constexpr char kLineNotEncrypted[] = "Line %s cannot be encrypted.";
+inline constexpr char kLineNotDecrypted[] = "Line %s cannot be decrypted.";
+inline constexpr char kValueMissing[] = "The value is missing or empty.";
+
 }  // namespace common_messages

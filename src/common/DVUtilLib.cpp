@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "CallerText.h"
+#include "Causes.h"
 #include "CommonMessages.h"
 #include "DVUtilities/commonFunc.h"
 #include "EvDebug.h"
@@ -48,6 +49,12 @@ int versionNumberOf(std::string_view version) {
 
 bool equalIgnoringCase(const char* one, const char* other) {
     return strcasecmp(textOrEmpty(one), textOrEmpty(other)) == 0;
+}
+
+// Always false.
+bool failAtValue(const char* key, const char* valueName) {
+    reportConfiguration(key, valueName, common_messages::kValueMissing);
+    return false;
 }
 
 using Names = std::map<std::string, std::string>;
@@ -168,15 +175,18 @@ bool DVUtilLib::getInstanceName() {
 }
 
 bool DVUtilLib::GetZephraBaseDir(char* dir) {
-    return GetRegItemValue(m_names.baseKey, m_names.baseDirectory, dir, nullptr);
+    return GetRegItemValue(m_names.baseKey, m_names.baseDirectory, dir, nullptr) ||
+           failAtValue(m_names.baseKey, m_names.baseDirectory);
 }
 
 bool DVUtilLib::GetZephraInstallDir(char* dir) {
-    return GetRegItemValue(m_names.baseKey, m_names.installDirectory, dir, nullptr);
+    return GetRegItemValue(m_names.baseKey, m_names.installDirectory, dir, nullptr) ||
+           failAtValue(m_names.baseKey, m_names.installDirectory);
 }
 
 bool DVUtilLib::GetZephraLogDir(char* dir) {
-    return GetRegItemValue(m_names.eventManagerKey, m_names.logDirectory, dir, nullptr);
+    return GetRegItemValue(m_names.eventManagerKey, m_names.logDirectory, dir, nullptr) ||
+           failAtValue(m_names.eventManagerKey, m_names.logDirectory);
 }
 
 bool DVUtilLib::GetZephraNetworkPassword(char* text) {

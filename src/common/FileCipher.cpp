@@ -1,15 +1,18 @@
 #include "FileCipher.h"
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Causes.h"
 #include "CommonMessages.h"
 #include "DVUtilities/commonFunc.h"
 #include "ExceptionGuard.h"
 #include "FX.h"
 #include "OpenFile.h"
+#include "TextAsFormat.h"
 #include "VTPassword.h"
 
 namespace {
@@ -49,30 +52,29 @@ class FileCipher {
     template <typename OpenTarget>
     bool run(const char* sourcePath, const char* targetPath, OpenTarget openTarget) {
         OpenFile source(sourcePath, "r");
-        if (!source.isOpen())
-            return fail(FXString::Format(common_messages::kCannotOpenCipherFile, sourcePath));
+        if (!source.isOpen()) return failAt(sourcePath, common_messages::kCannotOpenCipherFile);
         OpenFile target = openTarget();
-        if (!target.isOpen())
-            return fail(FXString::Format(common_messages::kCannotOpenCipherFile, targetPath));
+        if (!target.isOpen()) return failAt(targetPath, common_messages::kCannotOpenCipherFile);
         std::setvbuf(source.get(), m_sourceBuffer.data(), _IOFBF, m_sourceBuffer.size());
         std::setvbuf(target.get(), m_targetBuffer.data(), _IOFBF, m_targetBuffer.size());
-        return transformLines(source.get(), target.get(), targetPath) &&
-               (std::ferror(source.get()) == 0 ||
-                fail(FXString::Format(common_messages::kCannotReadSource, sourcePath))) &&
-               (target.close() || failToWrite(targetPath));
+        return transformLines(source.get(), target.get(), sourcePath, targetPath) &&
+               (std::ferror(source.get()) == 0 || failAt(sourcePath, common_messages::kCannotReadSource)) &&
+               (target.close() || failAt(targetPath, common_messages::kCannotWriteTarget));
     }
 
   private:
-    bool transformLines(std::FILE* source, std::FILE* target, const char* targetPath) {
+    // Leaves errno of a failed read.
+    bool transformLines(std::FILE* source, std::FILE* target, const char* sourcePath,
+                        const char* targetPath) {
         // fgets() reads one byte less than its limit: pieces have 509 or 2,046 bytes.
         const int limit = static_cast<int>(m_line.size()) - 1;
-        while (std::fgets(m_line.data(), limit, source) != nullptr) {
+        for (long line = 1; std::fgets(m_line.data(), limit, source) != nullptr; ++line) {
             std::size_t length = std::strlen(m_line.data());
             if (length < kShortestPiece) continue;
             if (!m_encrypt) length = cutLineEnd(length);
             if (length == 0) continue;
-            if (!transformPiece()) return false;
-            if (!write(target)) return failToWrite(targetPath);
+            if (!transformPiece()) return failAtLine(sourcePath, line);
+            if (!write(target)) return failAt(targetPath, common_messages::kCannotWriteTarget);
         }
         return true;
     }
@@ -103,8 +105,20 @@ class FileCipher {
                (!m_encrypt || std::fputc('\n', target) != EOF);
     }
 
-    bool failToWrite(const char* targetPath) {
-        return fail(FXString::Format(common_messages::kCannotWriteTarget, targetPath));
+    // Failure of a file operation; errno is its reason.
+    bool failAt(const char* path, const char* message) {
+        reportFileFailure(path, errno);
+        return fail(textAsFormat(message, {path}));
+    }
+
+    // The cipher has noted the reason.
+    bool failAtLine(const char* sourcePath, long line) {
+        const char* text =
+            m_encrypt ? common_messages::kLineNotEncrypted : common_messages::kLineNotDecrypted;
+        reportCause({.where = m_encrypt ? kDVUFile : kDVUPackage,
+                     .subject = sourcePath,
+                     .text = textAsFormat(text, {std::to_string(line)})});
+        return false;
     }
 
     bool fail(std::string message) {

@@ -9,6 +9,7 @@
 
 #include "CallerText.h"
 #include "Causes.h"
+#include "CommonMessages.h"
 #include "DVUtilities/commonFunc.h"
 #include "DatabaseMessages.h"
 #include "DatabaseNames.h"
@@ -39,6 +40,12 @@ std::string resolvedName(const char* dbName) {
     return textAsFormat(dbName, kDatabaseNameLength);
 }
 
+bool readDatabaseValue(const char* valueName, std::string& text, std::string& errorText) {
+    if (readRegistryText(registry::key::kDatabase, valueName, text, errorText)) return true;
+    reportConfiguration(registry::key::kDatabase, valueName, common_messages::kValueMissing);
+    return false;
+}
+
 }  // namespace
 
 // A database of the suite and the check that its component is installed on this host.
@@ -47,14 +54,20 @@ struct AccountDiscovery::Component {
     DatabaseKind kind;
     bool (*isInstalled)(const char* instance, std::string& errorText);
     const char* whenMissing;
+    const char *key, *valueName;  // of the configuration value that isInstalled() reads
 };
 
 const AccountDiscovery::Component AccountDiscovery::kComponents[] = {
-    {"Dorvas", DatabaseKind::kDorvas, isPlatformDV, "This is not a Dorvaser."},
-    {"NQ2", DatabaseKind::kNQ2, isPlatformNQ2, "NQ2 is not installed."},
-    {"VTCloud", DatabaseKind::kVTCloud, isPlatformVTCloud, "VtCloud is not installed."},
-    {"WFEngine", DatabaseKind::kWFEngine, isPlatformWFEngine, "WfEngine is not installed."},
-    {"HistoryDB", DatabaseKind::kHistoryDB, isPlatformHistory, "HistoryDB is not installed."}};
+    {"Dorvas", DatabaseKind::kDorvas, isPlatformDV, "This is not a Dorvaser.", registry::key::kBase,
+     registry::value::kPlatformType},
+    {"NQ2", DatabaseKind::kNQ2, isPlatformNQ2, "NQ2 is not installed.", registry::key::kNQ2Package,
+     registry::value::kInstallState},
+    {"VTCloud", DatabaseKind::kVTCloud, isPlatformVTCloud, "VtCloud is not installed.",
+     registry::key::kVTCloudPackage, registry::value::kInstallState},
+    {"WFEngine", DatabaseKind::kWFEngine, isPlatformWFEngine, "WfEngine is not installed.",
+     registry::key::kWFEnginePackage, registry::value::kInstallState},
+    {"HistoryDB", DatabaseKind::kHistoryDB, isPlatformHistory, "HistoryDB is not installed.",
+     registry::key::kHistoryPackage, registry::value::kInstallState}};
 
 // The configuration value to read when its database's flag is set. The first such row decides. Flags are
 // never cleared, so after look-ups of two databases the tables' different orders matter.
@@ -114,8 +127,10 @@ bool AccountDiscovery::checkComponent(const Component& component, const char* co
                                       const std::string& dbName) {
     const bool installed = component.isInstalled(controlSetName, m_db.report.message);
     flagOf(component.kind) = installed;
-    return installed || m_db.report.fail(FXString::Format(database_messages::kInvalidDatabase, dbName.c_str(),
-                                                          component.whenMissing));
+    if (installed) return true;
+    reportConfiguration(component.key, component.valueName, component.whenMissing);
+    return m_db.report.fail(
+        FXString::Format(database_messages::kInvalidDatabase, dbName.c_str(), component.whenMissing));
 }
 
 // The database's own setting has precedence over the general one.
@@ -137,7 +152,10 @@ bool AccountDiscovery::readServerInstance() {
     std::string instance;
     if (valueName != nullptr)
         readRegistryText(registry::key::kDatabase, valueName, instance, m_db.report.message);
-    if (instance.empty()) return m_db.report.fail(database_messages::kNoServerName);
+    if (instance.empty()) {
+        reportConfiguration(registry::key::kDatabase, textOrEmpty(valueName), common_messages::kValueMissing);
+        return m_db.report.fail(database_messages::kNoServerName);
+    }
     m_db.account.serverInstance = cutTo(instance, kServerInstanceLength);
     return true;
 }
@@ -156,6 +174,9 @@ bool AccountDiscovery::findUser(const char* controlSetName, const char* dbName, 
     std::string encrypted;
     if (!readCredentials(encrypted, errorText)) return false;
     if (!decryptCredentials(encrypted)) {
+        const char* valueName = isZephra() ? valueNameFor(kCredentials) : nullptr;
+        reportConfiguration(registry::key::kDatabase, textOrEmpty(valueName),
+                            database_messages::kCredentialsUnusable);
         errorText = database_messages::kCredentialsNotRead;
         return false;
     }
@@ -166,8 +187,7 @@ bool AccountDiscovery::findUser(const char* controlSetName, const char* dbName, 
 
 bool AccountDiscovery::readCredentials(std::string& encrypted, std::string& errorText) const {
     const char* valueName = isZephra() ? valueNameFor(kCredentials) : nullptr;
-    return valueName == nullptr ||
-           readRegistryText(registry::key::kDatabase, valueName, encrypted, errorText);
+    return valueName == nullptr || readDatabaseValue(valueName, encrypted, errorText);
 }
 
 bool AccountDiscovery::decryptCredentials(const std::string& encrypted) {
@@ -198,7 +218,7 @@ bool AccountDiscovery::readDataSource(std::string& errorText) {
     const char* valueName = isZephra() ? valueNameFor(kConnections) : nullptr;
     if (valueName == nullptr) return true;
     std::string dataSource;
-    if (!readRegistryText(registry::key::kDatabase, valueName, dataSource, errorText)) return false;
+    if (!readDatabaseValue(valueName, dataSource, errorText)) return false;
     copyCut(m_db.account.dataSource, sizeof m_db.account.dataSource, dataSource);
     return true;
 }

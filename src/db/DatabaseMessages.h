@@ -27,6 +27,8 @@ inline constexpr char kRestored[] = "Successfully restored the Database dump [%s
 inline constexpr char kLastBackup[] = "Last backup of database[%s] taken on %s. Days since last backup [%s].";
 
 // ---- Causes --------------------------------------------------------------------------------------------
+inline constexpr char kCredentialsUnusable[] =
+    "The credentials cannot be decrypted, or their plain text has no length of the user name in front.";
 inline constexpr char kNotOpen[] = "The connection is not open.";
 inline constexpr char kStatementFailed[] = "The statement failed. The platform layer gives no reason.";
 inline constexpr char kExitCode[] = "The query tool ended with exit code %d.";

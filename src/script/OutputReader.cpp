@@ -1,5 +1,7 @@
 #include "OutputReader.h"
 
+#include <string.h>
+
 #include <filesystem>
 #include <vector>
 
@@ -21,5 +23,6 @@ void readRest(CVoFile& file, const std::string& path, std::size_t chunk, std::st
     reserveFor(path, text);
     std::vector<char> buffer(chunk);
     std::size_t count = 0;
-    while (!file.Read(buffer.data(), chunk, &count).IsError() && count > 0) text.append(buffer.data(), count);
+    while (!file.Read(buffer.data(), chunk, &count).IsError() && count > 0)
+        text.append(buffer.data(), ::strnlen(buffer.data(), count));
 }

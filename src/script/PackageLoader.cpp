@@ -3,11 +3,13 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include "CallerText.h"
+#include "Causes.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "FX.h"
 #include "FileCipher.h"
@@ -81,6 +83,7 @@ void PackageLoader::findByName() {
 bool PackageLoader::checkReadable() {
     const char* path = m_package.path.c_str();
     if (access(path, R_OK) == 0) return true;
+    reportFileFailure(path, errno);
     return m_report.failAs(messages::kPackageNotFound, FXString::Format(messages::kPackageUnreadable, path));
 }
 
@@ -88,14 +91,18 @@ bool PackageLoader::checkReadable() {
 // When no name is free, the last one tried is used if it is a private file of this user; otherwise decrypt()
 // reports the failure.
 void PackageLoader::reserveCopy() {
+    int lastError = EEXIST;
     const bool created = tryPaths(
         m_copyPath, [this] { return scratchPath(m_session.scriptName, "_DE.txt"); },
-        [this] {
+        [&] {
             m_copy = createPrivateFile(m_copyPath.c_str());
-            if (!m_copy.isOpen()) m_report.log(messages::kCopyNotCreated);
-            return m_copy.isOpen();
+            if (m_copy.isOpen()) return true;
+            lastError = errno;
+            m_report.log(messages::kCopyNotCreated);
+            return false;
         });
     if (!created) m_copy = openPrivateFile(m_copyPath.c_str());
+    if (!m_copy.isOpen()) reportFileFailure(m_copyPath, lastError);
     m_report.trace(FXString::Format(messages::kDecrypting, m_copyPath.c_str()).substr(0, kTraceText));
 }
 
@@ -122,6 +129,7 @@ bool PackageLoader::parse() {
 }
 
 bool PackageLoader::copyUnreadable() {
+    reportFileFailure(m_copyPath, errno);
     return m_report.failAs(messages::kCopyNotOpened,
                            FXString::Format(messages::kCopyNotOpenedPath, m_copyPath.c_str()));
 }

@@ -4,6 +4,7 @@
 
 #include "CVoFile.h"
 #include "CallerText.h"
+#include "Causes.h"
 #include "DVUtilities/DBBase.h"
 #include "FX.h"
 #include "OutputHeader.h"
@@ -157,6 +158,7 @@ void ProcedureRun::cleanHeader() {
     if ((m_contentType & kDropHeader) == 0 || m_failed) return;
     const CVoError error = removeOutputHeader(m_run.outputFile);
     if (!error.IsError()) return;
+    reportFileFailure(m_run.outputFile, error.GetErrorCode());
     fail(FXString::Format(texts::kHeaderNotRemoved, m_run.outputFile.c_str(), error.GetErrorCode(),
                           error.AsString()));
 }
@@ -192,6 +194,7 @@ void ProcedureRun::fail(std::string message) {
 }
 
 void ProcedureRun::failAtOutput(const char* step, const CVoError& error) {
+    reportFileFailure(m_run.outputFile, error.GetErrorCode());
     fail(FXString::Format(texts::kOutputStepFailed, step, m_run.outputFile.c_str(), error.GetErrorCode(),
                           error.AsString()));
 }

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include "CallerText.h"
+#include "Causes.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "FX.h"
@@ -10,6 +11,7 @@
 #include "ScriptFileNames.h"
 #include "ScriptMessages.h"
 #include "SqlQuotes.h"
+#include "TextAsFormat.h"
 #include "UniqueFile.h"
 
 namespace {
@@ -61,6 +63,7 @@ bool SqlFileRun::createSqlFile() {
 
 bool SqlFileRun::writeSqlFile() {
     if (const CVoError error = composeToFile(); error.IsError()) {
+        reportFileFailure(m_sqlPath, error.GetErrorCode());
         return m_report.fail(FXString::Format(messages::kSqlFileNotWritten, m_sqlPath.c_str(),
                                               error.GetErrorCode(), error.AsString()));
     }
@@ -137,14 +140,21 @@ void SqlFileRun::collectOutput() {
     namespace texts = messages::package_run;
     const char* path = m_outputFile.c_str();
     CVoFile file;
-    if (file.Open(path, "rb").IsError()) return fail(FXString::Format(texts::kOutputNotOpened, path));
+    if (const CVoError error = file.Open(path, "rb"); error.IsError())
+        return failAtOutput(texts::kOutputNotOpened, error);
     RemovedAtEnd brokenOff(path);  // also when the output does not fit into memory
     m_report.toolOutput(file, m_outputFile, kOutputChunk, m_failed);
     brokenOff.keep();
     if (!m_failed) m_report.report(messages::kSucceeded);
-    if (file.Close().IsError()) return fail(FXString::Format(texts::kOutputNotClosed, path));
-    if (CVoFile::Delete(path, /*missingIsFine=*/false).IsError())
-        fail(FXString::Format(texts::kOutputNotDeleted, path));
+    if (const CVoError error = file.Close(); error.IsError())
+        return failAtOutput(texts::kOutputNotClosed, error);
+    if (const CVoError error = CVoFile::Delete(path, /*missingIsFine=*/false); error.IsError())
+        failAtOutput(texts::kOutputNotDeleted, error);
+}
+
+void SqlFileRun::failAtOutput(const char* message, const CVoError& error) {
+    reportFileFailure(m_outputFile, error.GetErrorCode());
+    fail(textAsFormat(message, {m_outputFile}));
 }
 
 void SqlFileRun::fail(std::string message) {

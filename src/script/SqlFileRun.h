@@ -34,6 +34,7 @@ class SqlFileRun {
 
     bool compose(const PlaceholderFiller::Write& write);
     CVoError composeToFile();
+    void failAtOutput(const char* message, const CVoError& error);
     void fail(std::string message);
 
     SessionParts m_session;

@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 #include "CVoFile.h"
+#include "Causes.h"
 #include "FX.h"
 
 namespace {
@@ -25,11 +27,16 @@ bool tryPaths(std::string& path, const std::function<std::string()>& nextPath,
 
 bool createUnique(CVoFile& file, int access, std::string& path, const std::function<std::string()>& nextPath,
                   const std::function<void(const CVoError&)>& failed) {
-    return tryPaths(path, nextPath, [&] {
+    int lastError = EEXIST;
+    const bool created = tryPaths(path, nextPath, [&] {
         const CVoError error = file.Open(path.c_str(), O_CREAT | access, kOwnerOnly);
-        if (error.IsError()) failed(error);
-        return !error.IsError();
+        if (!error.IsError()) return true;
+        lastError = static_cast<int>(error.GetErrorCode());
+        failed(error);
+        return false;
     });
+    if (!created) reportFileFailure(path, lastError);
+    return created;
 }
 
 FileDescriptor createPrivateFile(const char* path) {

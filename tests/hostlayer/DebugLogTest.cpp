@@ -43,6 +43,27 @@ TEST(DebugLog, IsSilentUntilInitialised) {
     EXPECT_EQ(status.st_mode & 0777, 0640U);
 }
 
+TEST(DebugLog, TheDefaultLogOpensWithItsFirstEntryAsTheStoreSays) {
+    const support::TempDir folder;
+    const auto storeText = [&](const std::string& settings) {
+        return "[host]\n" + settings + "[Instance001.EventManager]\ndEVLOGDIR = '" + folder.path().string() +
+               "'\n";
+    };
+    const TestStore store(storeText("debugLogLevel = 0\n"));
+    EvDebug().DebugLevel(1, "%s", "turned off");
+    EXPECT_FALSE(EvDebug().initialize(0, 0, false, ""));
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+    store.write(storeText("debugLogLevel = 2\ndebugLogFile = 'own.log'\ndebugLogBytes = 1\n"));
+    const std::string filler(1000, 'f');
+    for (int i = 0; i < 70; ++i) EvDebug().DebugLevel(2, "%s", filler.c_str());
+    EvDebug().DebugLevel(3, "%s", "below the level");
+    EvDebug().DebugLevel(1, "%s", "kept");
+    EXPECT_FALSE(EvDebug().IsInitialized());
+    EXPECT_NE(support::readFile(folder / "own.log").find(" E kept\n"), std::string::npos);
+    EXPECT_EQ(support::readFile(folder / "own.log").find("below"), std::string::npos);
+    EXPECT_NE(support::readFile(folder / "own.1.log").find(filler), std::string::npos) << "rotated at 64 KiB";
+}
+
 TEST(DebugLog, NoTextPassesForAnotherEntry) {
     const LogFolder folder;
     EvDebug log("forgery");
