@@ -1,17 +1,26 @@
 #include "ScriptJournal.h"
 
+#include <algorithm>
+#include <chrono>
 #include <ctime>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "CallerText.h"
 #include "CatalogueSql.h"
 #include "DVUtilities/DBBase.h"
+#include "DVUtilities/Diagnostics.h"
 #include "FX.h"
 #include "ScriptMessages.h"
 #include "SqlBuffer.h"
 #include "SqlQuotes.h"
 
 namespace {
+
+// The end of a run is recorded again for this long while the server cannot be reached.
+constexpr std::chrono::seconds kRetryTime{5};
+constexpr std::chrono::milliseconds kRetryInterval{500};
 
 long long now() {
     return static_cast<long long>(std::time(nullptr));
@@ -37,6 +46,22 @@ bool ScriptJournal::recordEnd(int status) {
     if (m_run.execId <= 0) return m_report.fail(messages::kEndWithoutStart);
     if (!m_report.requireSession()) return false;
     const std::string statement = FXString::Format(catalogue_sql::kRecordEnd, now(), status, m_run.execId);
-    if (m_session.db->SetDBValue(statement.c_str())) return true;
+    if (updateUntilConnected(statement)) return true;
     return m_report.fail(FXString::Format(messages::kEndNotRecorded, m_session.db->getErrorMsg()));
+}
+
+bool ScriptJournal::updateUntilConnected(const std::string& statement) {
+    const auto giveUp = std::chrono::steady_clock::now() + kRetryTime;
+    while (!m_session.db->SetDBValue(statement.c_str())) {
+        if (!isConnectionLost() || std::chrono::steady_clock::now() >= giveUp) return false;
+        std::this_thread::sleep_for(kRetryInterval);
+    }
+    return true;
+}
+
+bool ScriptJournal::isConnectionLost() const {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(*m_session.db, causes);
+    return std::any_of(causes.begin(), causes.end(),
+                       [](const DVUCause_t& cause) { return cause.where == kDVUConnection; });
 }

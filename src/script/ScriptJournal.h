@@ -1,6 +1,8 @@
 // The management database's journal of script runs.
 #pragma once
 
+#include <string>
+
 #include "ScriptParts.h"
 #include "ScriptReport.h"
 
@@ -18,6 +20,10 @@ class ScriptJournal {
     bool recordEnd(RunStatus status) { return recordEnd(static_cast<int>(status)); }
 
   private:
+    // Executes the statement; repeats it for some seconds if the server cannot be reached.
+    bool updateUntilConnected(const std::string& statement);
+    bool isConnectionLost() const;
+
     SessionParts m_session;
     EntryParts m_entry;
     RunParts m_run;

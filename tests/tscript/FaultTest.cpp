@@ -153,6 +153,25 @@ TEST_F(Faults, AnUnknownAuthorityIsRefused) {
     EXPECT_EQ(run({"run", "SiteInventory"}).exitCode, 0);
 }
 
+// A server that is killed during a run is a lost connection, and the journal's row stays open.
+TEST_F(Faults, AKilledServerIsNamed) {
+    pack("Wait",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\nGO\nWAITFOR DELAY '00:01:00'\n");
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const pid_t pid =
+        support::spawn({TSCRIPT_PROGRAM, "run", "Wait"}, options, {output.get(), output.get(), output.get()});
+    while (journal("Wait").find("0||") == std::string::npos) std::this_thread::yield();
+    kill(serverOf(folder), SIGKILL);
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    const std::string text = support::contentOf(output);
+    EXPECT_EQ(exitCode, 4) << text;
+    for (const char* part : {"the connection to the server failed during the run", "the run stays open"})
+        EXPECT_NE(text.find(part), std::string::npos) << text;
+}
+
 // A signal to the tool alone, as a service manager sends it, is passed on.
 TEST_F(Faults, AStoppedRunIsClosed) {
     packEndless();

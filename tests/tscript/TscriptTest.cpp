@@ -513,6 +513,33 @@ TEST_F(Installation, EndsWithTheCodeOfEachFailure) {
     expectCode(purge, 4);
 }
 
+TEST_F(Installation, NamesTheCauseOfAFailedRun) {
+    pack("Batches",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n:setvar x 1\nPRINT 1\nGO\nPRINT 2\nSELECT "
+         "1/0\n");
+    pack("Drop", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n%s\n");
+    const Words purge = {"run", "PurgeEvents", "-p", "30", "-p", "2"};
+    expectAll({
+        {{"run", "Batches"}, 1, "", "batch 2, line 2 (line 8 of the package"},
+        {{"run", "Batches"}, 1, "", "statement  SELECT 1/0\n  message    Msg 8134, level 16, state 1\n"},
+        {{"run", "Batches"}, 1, "", "batch 1 has run"},
+        {{"run", "Batches", "--json"}, 1, "\"packageLine\": 8", "the script failed"},
+        {{"exec", "tsEventSummary", "@days = 'x'"}, 1, "", "  message    Msg "},
+        {{"run", "Drop", "-p", "DROP TABLE nq2..ZpTscriptExec"}, 0, "", ""},
+        {{"run", "NQCleanup"},
+         3,
+         "",
+         "lacks what runs need: [FreeTDS][SQL Server]Invalid object name 'ZpTscriptExec'"},
+        {{"run", "Drop", "-p", "DROP FUNCTION dbo.GetDateTime"}, 3, "", "the run stays open"},
+        {purge, 3, "", "GetDateTime"},
+    });
+    support::writeFile(m_temp / "tool", "#!/nowhere/sh\n");
+    fs::permissions(m_temp / "tool", fs::perms(0700));
+    const std::string program = (fs::path(TSCRIPT_PROGRAM).parent_path() / "sqlcmd").string();
+    replaceInFile(store(), program, m_temp / "tool");
+    expectAll({{{"exec", "tsListNodes"}, 3, "", "cannot run: Cannot start ["}});
+}
+
 TEST_F(Installation, DoctorReportsItsFindings) {
     const std::string password = support::readFile(folder / "password");
     const Words doctor = {"doctor"};

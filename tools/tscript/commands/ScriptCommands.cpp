@@ -10,6 +10,7 @@
 #include "console/JsonOutput.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
+#include "run/FailureReport.h"
 #include "run/ScriptRun.h"
 #include "run/SqlPreview.h"
 #include "run/ToolTable.h"
@@ -67,17 +68,23 @@ std::string withoutClosingLine(std::string output) {
 
 // The output is a result if the script ran, else a note.
 [[noreturn]] void throwRunFailure(const ScriptOptions& options, const RunResult& result, ResultFile& target) {
-    const Diagnosis diagnosis = diagnoseRun(options.request.name, result.database, result.output);
+    const Diagnosis diagnosis =
+        refined(diagnoseRun(options.request.name, result.database, result.output), result);
     const Failure failure =
         result.interrupted ? Failure(ExitCode::kInterrupted, "interrupted") : diagnosis.failure();
+    const FailureReport report =
+        result.interrupted ? FailureReport() : describeFailure(options.request, result, diagnosis);
     if (options.json) {
-        writeRunResult(target, jsonText(jsonOf(options, result, &failure)));
+        Json value = jsonOf(options, result, &failure);
+        if (!report.json.is_null()) value["failure"] = report.json;
+        writeRunResult(target, jsonText(value));
     } else if (diagnosis.scriptRan) {
         writeRunResult(target, result.output);
     } else {
         writeNote(result.output);
     }
-    throw failure;
+    if (report.text.empty()) throw failure;
+    throw Failure(failure.code(), failure.what() + ("\n" + report.text));
 }
 
 ExitCode runAndReport(const ScriptOptions& options, ScriptKind kind, Operation operation) {

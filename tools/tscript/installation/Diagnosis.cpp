@@ -145,6 +145,11 @@ constexpr KnownMessage kMessages[] = {
     {"Failed to get GUID", didNotRun<ExitCode::kConnection>},
     {"Failed to insert tscript", notRecorded},
     {"Failed to update tscript", notRecorded},
+    {"Failed to record tscript end",
+     [](const std::string&, const std::string&) {
+         return Diagnosis{ExitCode::kConnection, "the script has run, but its end could not be recorded",
+                          "Do not run it again before you know what it did.", /*scriptRan=*/true};
+     }},
     {"Failed to record tscript", notRecorded},
     {"Failed to get zephra base folder.", didNotRun<ExitCode::kInstallation>},
     {"Failed to open file [", didNotRun<ExitCode::kInstallation>},

@@ -55,8 +55,10 @@ RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation ope
     result.database = request.database;
     const InterruptGuard guard;
     const Progress progress(request.name, showProgress);
+    const DVUCauses causes;
     result.succeeded = kind == ScriptKind::kPackage ? callPackage(request, operation, result)
                                                     : callProcedure(request, operation, result);
+    if (!result.succeeded) causes.get(result.causes);
     result.seconds = progress.seconds();
     result.interrupted = guard.interrupted();
     return result;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "DVUtilities/Diagnostics.h"
+
 enum class ScriptKind { kPackage, kProcedure };
 const char* nameOf(ScriptKind kind);
 
@@ -28,6 +30,7 @@ struct RunResult {
     bool succeeded = false;
     bool interrupted = false;
     double seconds = 0;
+    std::vector<DVUCause_t> causes;  // of a failure
 };
 
 // Throws Failure (kInstallation) if the log folder cannot be used; a script's failure is in the result.

@@ -1,0 +1,187 @@
+#include "run/FailureReport.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+#include "DVUtilities/commonFunc.h"
+#include "installation/Installation.h"
+#include "run/FailurePlace.h"
+
+namespace {
+
+constexpr int kLoginFailed = 18456;
+// Errors for a missing column, object, function or procedure.
+constexpr int kMissingObjects[] = {195, 207, 208, 2812, 4121};
+
+using Causes = std::vector<DVUCause_t>;
+
+const DVUCause_t* findCause(const Causes& causes, bool (*matches)(const DVUCause_t&)) {
+    const auto found = std::find_if(causes.begin(), causes.end(), matches);
+    return found == causes.end() ? nullptr : &*found;
+}
+
+// The cause to report: a message of SQL Server if there is one.
+const DVUCause_t* mainCause(const Causes& causes) {
+    const DVUCause_t* message =
+        findCause(causes, [](const DVUCause_t& cause) { return cause.serverError != 0; });
+    return message != nullptr || causes.empty() ? message : &causes.front();
+}
+
+bool isMissingObject(const DVUCause_t& cause) {
+    return cause.where == kDVUStatement && std::find(std::begin(kMissingObjects), std::end(kMissingObjects),
+                                                     cause.serverError) != std::end(kMissingObjects);
+}
+
+std::string configuredServer(const std::string& database) {
+    if (database == "TNet") return {};  // the store has no server of its own for it
+    std::array<char, 8192> server{};
+    std::string ignored;
+    const char* value = suiteDatabase(database).instance;
+    return GetRegistryItemValue("", "Database", value, nullptr, server.data(), ignored) ? server.data() : "";
+}
+
+const char* nameOfPlace(int where) {
+    constexpr const char* kNames[] = {"",     "connection", "statement",    "query tool",
+                                      "file", "package",    "configuration"};
+    return where > 0 && where < static_cast<int>(std::size(kNames)) ? kNames[where] : "";
+}
+
+class ReportWriter {
+  public:
+    explicit ReportWriter(const DVUCause_t& cause) : m_cause(cause) {}
+
+    void addServer(const std::string& database) {
+        add("server", database.empty() ? m_cause.server : configuredServer(database));
+        add("database", database);
+    }
+    void addPlace(const ScriptRequest& request, ScriptKind kind);
+    void addMessage();
+    void addData(bool scriptRan, ScriptKind kind);
+    void addJournal(const std::string& output) {
+        if (output.find("Failed to record tscript end time") == output.npos) return;
+        add("journal", "the run stays open (status running); docs/operations.md says how to close it");
+    }
+    void addNext(const std::string& advice) { add("next", advice); }
+    FailureReport take() { return std::move(m_report); }
+
+  private:
+    void add(const char* name, const std::string& value) {
+        if (value.empty()) return;
+        addLine(name, value);
+        m_report.json[name] = value;
+    }
+    void addLine(const char* name, const std::string& value) {
+        constexpr std::size_t kWidth = 11;
+        std::string label = name;
+        label.resize(std::max(kWidth, label.size() + 1), ' ');
+        m_report.text += "  " + label + value + "\n";
+    }
+    void addPackagePlaces(const std::vector<FailurePlace>& places);
+
+    const DVUCause_t& m_cause;
+    std::size_t m_batch = 0;  // 0: unknown
+    FailureReport m_report;
+};
+
+void ReportWriter::addPackagePlaces(const std::vector<FailurePlace>& places) {
+    const std::string line = "line " + std::to_string(m_cause.line);
+    std::string text;
+    Json list = Json::array();
+    for (const FailurePlace& place : places) {
+        text += (text.empty() ? "" : ", or ") + ("batch " + std::to_string(place.batch)) + ", " + line +
+                " (line " + std::to_string(place.packageLine) + " of the package, empty lines not counted)";
+        list.push_back({{"batch", place.batch},
+                        {"line", m_cause.line},
+                        {"packageLine", place.packageLine},
+                        {"statement", place.statement}});
+    }
+    addLine("where", text);
+    if (places.size() == 1) {
+        addLine("statement", places.front().statement);
+        m_batch = places.front().batch;
+    }
+    m_report.json["places"] = std::move(list);
+}
+
+void ReportWriter::addPlace(const ScriptRequest& request, ScriptKind kind) {
+    if (!m_cause.procedure.empty()) add("procedure", m_cause.procedure);
+    if (m_cause.line == 0) return add("where", nameOfPlace(m_cause.where));
+    m_report.json["line"] = m_cause.line;
+    const bool isInPackage = kind == ScriptKind::kPackage && m_cause.procedure.empty();
+    const std::vector<FailurePlace> places =
+        isInPackage ? possiblePlaces(packageFile(request.name).string(), m_cause.line, request.parameters)
+                    : std::vector<FailurePlace>();
+    if (!places.empty()) return addPackagePlaces(places);
+    addLine("where", "line " + std::to_string(m_cause.line) +
+                         (m_cause.procedure.empty() ? " of the batch, or of a procedure that it calls"
+                                                    : " of the procedure"));
+}
+
+void ReportWriter::addMessage() {
+    if (m_cause.serverError != 0) {
+        addLine("message", "Msg " + std::to_string(m_cause.serverError) + ", level " +
+                               std::to_string(m_cause.severity) + ", state " + std::to_string(m_cause.state));
+        m_report.json["message"] = m_cause.serverError;
+        m_report.json["severity"] = m_cause.severity;
+        m_report.json["state"] = m_cause.state;
+    }
+    add("sqlState", m_cause.sqlState);
+    add("subject", m_cause.subject);
+    if (m_cause.systemError != 0) add("system", std::strerror(m_cause.systemError));
+    if (m_cause.signal != 0) add("signal", std::to_string(m_cause.signal));
+    add("text", m_cause.text);
+}
+
+void ReportWriter::addData(bool scriptRan, ScriptKind kind) {
+    if (!scriptRan) return add("data", "unchanged: no statement of the script has run");
+    const std::string before =
+        kind != ScriptKind::kPackage ? "the statements before it have run"
+        : m_batch == 1               ? "no earlier batch; the statements before it in its batch have run"
+        : m_batch == 2               ? "batch 1 has run, and the statements before it in batch 2"
+        : m_batch > 2
+            ? "batches 1 to " + std::to_string(m_batch - 1) + " have run, and the statements before it"
+            : "all batches before it have run, and the statements before it in its batch";
+    add("before", before);
+    add("data", "the changes of what has run remain, unless the script had begun a transaction");
+}
+
+}  // namespace
+
+Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
+    const DVUCause_t* missing = findCause(result.causes, isMissingObject);
+    const bool isUndecided =
+        diagnosis.code == ExitCode::kScriptFailed || diagnosis.code == ExitCode::kConnection;
+    if (missing != nullptr && isUndecided)
+        return {ExitCode::kInstallation, "the database lacks what runs need: " + missing->text,
+                "tscript doctor lists what is missing in which database.", diagnosis.scriptRan};
+    const DVUCause_t* notStarted = findCause(result.causes, [](const DVUCause_t& cause) {
+        return cause.where == kDVUQueryTool && cause.systemError != 0;
+    });
+    if (notStarted != nullptr && diagnosis.code == ExitCode::kScriptFailed)
+        return {ExitCode::kInstallation,
+                "the query tool " + notStarted->subject + " cannot run: " + notStarted->text,
+                "Set the path of sqlcmd under [host.programs] in the store.", /*scriptRan=*/false};
+    const DVUCause_t* lost =
+        findCause(result.causes, [](const DVUCause_t& cause) { return cause.where == kDVUConnection; });
+    if (lost != nullptr && diagnosis.code == ExitCode::kScriptFailed && lost->serverError != kLoginFailed)
+        return {ExitCode::kConnection, "the connection to the server failed during the run",
+                "See whether the server runs. tscript journal shows whether the end of the run is recorded.",
+                diagnosis.scriptRan};
+    return diagnosis;
+}
+
+FailureReport describeFailure(const ScriptRequest& request, const RunResult& result,
+                              const Diagnosis& diagnosis) {
+    const DVUCause_t* cause = mainCause(result.causes);
+    if (cause == nullptr) return {};
+    ReportWriter report(*cause);
+    report.addServer(result.database);
+    if (diagnosis.scriptRan) report.addPlace(request, result.kind);
+    report.addMessage();
+    report.addData(diagnosis.scriptRan, result.kind);
+    report.addJournal(result.output);
+    report.addNext(diagnosis.advice);
+    return report.take();
+}
