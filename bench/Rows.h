@@ -9,6 +9,7 @@ void valueList(Bench& bench);
 void sqlFile(Bench& bench);
 void fileCipher(Bench& bench);
 void packageLoad(Bench& bench);
+void packageRun(Bench& bench);
 void toolOutput(Bench& bench);
 void logLine(Bench& bench);
 void childProcess(Bench& bench);

@@ -14,11 +14,17 @@ struct Row {
     void (*run)(bench::Bench& bench);
 };
 constexpr Row kRows[] = {
-    {"value-list", bench::valueList},       {"sql-file", bench::sqlFile},
-    {"file-cipher", bench::fileCipher},     {"package-load", bench::packageLoad},
-    {"tool-output", bench::toolOutput},     {"log-line", bench::logLine},
-    {"child-process", bench::childProcess}, {"registry-value", bench::registryValue},
-    {"catalogue", bench::catalogue},        {"server", bench::server},
+    {"value-list", bench::valueList},
+    {"sql-file", bench::sqlFile},
+    {"file-cipher", bench::fileCipher},
+    {"package-load", bench::packageLoad},
+    {"tool-output", bench::toolOutput},
+    {"log-line", bench::logLine},
+    {"child-process", bench::childProcess},
+    {"registry-value", bench::registryValue},
+    {"catalogue", bench::catalogue},
+    {"package-run", bench::packageRun},
+    {"server", bench::server},
 };
 
 std::vector<std::string> rowNames() {

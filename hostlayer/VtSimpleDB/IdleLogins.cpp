@@ -69,6 +69,7 @@ class IdleLogins {
     std::condition_variable m_changed;
     std::vector<Idle> m_idle;  // the oldest first
     std::optional<std::thread> m_closer;
+    Clock::time_point m_closerWakes;
     bool m_closerHasEnded = false;
     bool m_isShutDown = false;
 };
@@ -103,7 +104,9 @@ void IdleLogins::keep(std::unique_ptr<Login> login, std::chrono::seconds time) {
         oldest = std::move(m_idle.front().login);
         m_idle.erase(m_idle.begin());
     }
-    m_idle.push_back({std::move(login), Clock::now() + time});
+    const auto until = Clock::now() + time;
+    m_idle.push_back({std::move(login), until});
+    if (until < m_closerWakes) m_changed.notify_one();  // the setting was lowered
 }
 
 Logins IdleLogins::removeAllLocked() {
@@ -158,8 +161,8 @@ void IdleLogins::closeExpired() {
     std::unique_lock lock(m_mutex);
     while (!m_idle.empty()) {
         const auto sooner = [](const Idle& a, const Idle& b) { return a.until < b.until; };
-        const auto until = std::min_element(m_idle.begin(), m_idle.end(), sooner)->until;
-        m_changed.wait_until(lock, until);
+        m_closerWakes = std::min_element(m_idle.begin(), m_idle.end(), sooner)->until;
+        m_changed.wait_until(lock, Clock::time_point(m_closerWakes));
         Logins expired = removeExpired(Clock::now());
         lock.unlock();
         expired.clear();
