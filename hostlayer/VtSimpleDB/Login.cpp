@@ -8,6 +8,7 @@
 
 #include <bitset>
 #include <cerrno>
+#include <optional>
 
 #include "EvDebug.h"
 #include "Utf16.h"
@@ -28,25 +29,22 @@ std::optional<ino_t> tcpInode(int descriptor) {
     return status.st_ino;
 }
 
-// Finds the socket that a driver opens. ODBC does not return it, but a new descriptor is always the lowest
-// free one, so few have to be looked at. Without a result when another thread opens a socket meanwhile.
-class NewSocket {
+// Finds the socket that a driver opens, which ODBC does not return. A new descriptor is always the lowest
+// free one, so few have to be looked at. Other threads' sockets of the same moment are found too.
+class NewSockets {
   public:
-    NewSocket() {
+    NewSockets() {
         m_first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
         if (m_first < 0) return;
         ::close(m_first);
         for (int i = 0; i < kWindow; ++i) m_wasOpen[static_cast<std::size_t>(i)] = isOpen(m_first + i);
     }
 
-    std::optional<ServerSocket> find() const {
-        std::optional<ServerSocket> found;
+    std::vector<ServerSocket> find() const {
+        std::vector<ServerSocket> found;
         for (int i = 0; m_first >= 0 && i < kWindow; ++i) {
             if (m_wasOpen[static_cast<std::size_t>(i)]) continue;
-            const auto inode = tcpInode(m_first + i);
-            if (!inode) continue;
-            if (found) return std::nullopt;
-            found = ServerSocket{m_first + i, *inode};
+            if (const auto inode = tcpInode(m_first + i)) found.push_back({m_first + i, *inode});
         }
         return found;
     }
@@ -97,14 +95,14 @@ bool Login::connect(SQLULEN timeoutSeconds) {
     if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, timeoutSeconds)) return false;
     if (m_readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
     std::u16string text;
-    const NewSocket newSocket;
+    const NewSockets newSockets;
     m_isConnected = convertOrReport(VtCause::kConnection, m_connectionString, text,
                                     "Connect: the connection string is not used") &&
                     m_connection.check(::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text),
                                                            SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT),
                                        "Connect");
     ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
-    if (m_isConnected) m_socket = newSocket.find();
+    if (m_isConnected) m_sockets = newSockets.find();
     return m_isConnected;
 }
 
@@ -128,17 +126,25 @@ bool Login::isAlive() const {
     const SQLRETURN result =
         ::SQLGetConnectAttr(m_connection.get(), SQL_ATTR_CONNECTION_DEAD, &dead, sizeof dead, nullptr);
     if (SQL_SUCCEEDED(result) && dead == SQL_CD_TRUE) return false;
-    if (!m_socket || tcpInode(m_socket->descriptor) != m_socket->inode) return answersQuery();
-    char byte = 0;
-    // A server sends nothing unasked, except the end of the connection.
-    return ::recv(m_socket->descriptor, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) < 0 &&
-           (errno == EAGAIN || errno == EINTR);
+    return socketsAreQuiet() || runs(u"SELECT 1");
 }
 
-bool Login::answersQuery() const {
-    std::u16string query = u"SELECT 1";
+// A server sends nothing unasked, except the end of the connection.
+bool Login::socketsAreQuiet() const {
+    bool isKnown = false;
+    for (const ServerSocket& socket : m_sockets) {
+        if (tcpInode(socket.descriptor) != socket.inode) continue;  // another thread's, closed since
+        isKnown = true;
+        char byte = 0;
+        if (::recv(socket.descriptor, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) >= 0 || errno != EAGAIN)
+            return false;
+    }
+    return isKnown;
+}
+
+bool Login::runs(std::u16string batch) const {
     const OdbcHandle statement(SQL_HANDLE_STMT, m_connection.get());
-    return statement && SQL_SUCCEEDED(::SQLExecDirectW(statement.get(), odbcText(query), SQL_NTS)) &&
+    return statement && SQL_SUCCEEDED(::SQLExecDirectW(statement.get(), odbcText(batch), SQL_NTS)) &&
            ::SQLMoreResults(statement.get()) == SQL_NO_DATA;
 }
 

@@ -3,9 +3,9 @@
 
 #include <sys/types.h>
 
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Odbc.h"
 #include "VtCauses.h"
@@ -39,18 +39,22 @@ class Login {
     // Asks a driver that supports it to reset the session with the next statement.
     void requestReset() const;
 
-    // False if the server has closed the connection. Takes no round trip if the socket is known.
+    // Restores the default of NOCOUNT, for a batch that may depend on it.
+    void restoreRowCounts() const { runs(u"SET NOCOUNT OFF"); }
+
+    // False if the server has closed the connection. Takes a round trip only if the sockets do not say.
     bool isAlive() const;
 
   private:
-    bool answersQuery() const;
+    bool socketsAreQuiet() const;
+    bool runs(std::u16string batch) const;
 
     std::string m_connectionString;
     bool m_readOnly;
     pid_t m_process;
     bool m_isConnected = false;
     bool m_isClean = true;
-    std::optional<ServerSocket> m_socket;
+    std::vector<ServerSocket> m_sockets;  // one of them is the connection's; empty: not known
     OdbcHandle m_environment;
     OdbcHandle m_connection;
 };

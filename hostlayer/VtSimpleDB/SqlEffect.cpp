@@ -13,18 +13,18 @@ constexpr std::string_view kSessionWords[] = {"DECLARE", "INSERT", "INTO", "SET"
 
 // The reserved words of T-SQL that begin or belong to any other statement. Sorted.
 constexpr std::string_view kServerWords[] = {
-    "ADD",         "ALTER",         "AUTHORIZATION",  "BACKUP",    "BEGIN",      "BREAK",
-    "BROWSE",      "BULK",          "CHECKPOINT",     "CLOSE",     "COMMIT",     "COMPUTE",
-    "CONTINUE",    "CREATE",        "CURSOR",         "DATABASE",  "DBCC",       "DEALLOCATE",
-    "DENY",        "DISK",          "DROP",           "DUMP",      "ENABLE",     "EXEC",
-    "EXECUTE",     "EXIT",          "EXTERNAL",       "FETCH",     "GOTO",       "GRANT",
-    "IF",          "KILL",          "LINENO",         "LOAD",      "MERGE",      "MOVE",
-    "OPEN",        "OPENCONNECTOR", "OPENDATASOURCE", "OPENQUERY", "OPENROWSET", "OPENXML",
-    "PRINT",       "PROC",          "PROCEDURE",      "RAISERROR", "READTEXT",   "RECEIVE",
-    "RECONFIGURE", "RESTORE",       "RETURN",         "REVERT",    "REVOKE",     "ROLLBACK",
-    "SAVE",        "SEND",          "SETUSER",        "SHUTDOWN",  "THROW",      "TRAN",
-    "TRANSACTION", "TRUNCATE",      "UPDATETEXT",     "USE",       "WAITFOR",    "WHILE",
-    "WRITETEXT"};
+    "@@OPTIONS",  "ADD",         "ALTER",         "AUTHORIZATION",  "BACKUP",    "BEGIN",
+    "BREAK",      "BROWSE",      "BULK",          "CHECKPOINT",     "CLOSE",     "COMMIT",
+    "COMPUTE",    "CONTINUE",    "CREATE",        "CURSOR",         "DATABASE",  "DBCC",
+    "DEALLOCATE", "DENY",        "DISK",          "DROP",           "DUMP",      "ENABLE",
+    "EXEC",       "EXECUTE",     "EXIT",          "EXTERNAL",       "FETCH",     "GOTO",
+    "GRANT",      "IF",          "KILL",          "LINENO",         "LOAD",      "MERGE",
+    "MOVE",       "OPEN",        "OPENCONNECTOR", "OPENDATASOURCE", "OPENQUERY", "OPENROWSET",
+    "OPENXML",    "PRINT",       "PROC",          "PROCEDURE",      "RAISERROR", "READTEXT",
+    "RECEIVE",    "RECONFIGURE", "RESTORE",       "RETURN",         "REVERT",    "REVOKE",
+    "ROLLBACK",   "SAVE",        "SEND",          "SETUSER",        "SHUTDOWN",  "THROW",
+    "TRAN",       "TRANSACTION", "TRUNCATE",      "UPDATETEXT",     "USE",       "WAITFOR",
+    "WHILE",      "WRITETEXT"};
 static_assert(std::is_sorted(std::begin(kServerWords), std::end(kServerWords)));
 
 template <std::size_t kCount>
@@ -114,14 +114,22 @@ SqlEffect effectOfWord(std::string_view word, bool isFirstSetOfUpdate) {
 
 SqlEffect effectOfFirstWord(std::string_view word) {
     if (word == "SELECT" || word == "UPDATE" || word == "DELETE") return SqlEffect::kNone;
-    return contains(kSessionWords, word) ? SqlEffect::kSession : SqlEffect::kServer;
+    return word.empty() || contains(kSessionWords, word) ? SqlEffect::kSession : SqlEffect::kServer;
+}
+
+// Returns the first word after a leading SET NOCOUNT, or SET if that sets something else.
+std::string firstWordAfterNoCount(Words& words) {
+    std::string first = words.next();
+    if (first != "SET" || words.next() != "NOCOUNT") return first;
+    const std::string value = words.next();
+    return value == "ON" || value == "OFF" ? words.next() : first;
 }
 
 }  // namespace
 
 SqlEffect effectOf(std::string_view sql) {
     Words words(sql);
-    const std::string first = words.next();
+    const std::string first = firstWordAfterNoCount(words);
     SqlEffect effect = effectOfFirstWord(first);
     bool setIsExpected = first == "UPDATE";
     bool hasEnded = false;  // after a semicolon

@@ -6,7 +6,9 @@
 namespace hostlayer {
 
 enum class SqlEffect {
-    kNone,     // one query, UPDATE or DELETE: the session is afterwards as it was
+    // One query, UPDATE or DELETE, also after SET NOCOUNT: the session is afterwards as it was, except for
+    // NOCOUNT, which decides only whether the server sends row counts.
+    kNone,
     kSession,  // may change the session: its options, variables, temporary objects, @@IDENTITY
     kServer,   // anything else, which may need exclusive use of a database
 };

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "ConnectionString.h"
@@ -96,12 +97,14 @@ struct VTSimpleDBConnObject::Impl {
     void close();
 
     std::unique_ptr<Login> login;  // null: not open
+    bool isReused = false;         // an earlier user may have set NOCOUNT
     std::shared_ptr<OpenStatement> statement = std::make_shared<OpenStatement>();
 };
 
 bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool readOnly) {
     login = hostlayer::takeIdleLogin(connectionString, readOnly);
-    if (login != nullptr) return true;
+    isReused = login != nullptr;
+    if (isReused) return true;
     login = std::make_unique<Login>(connectionString, readOnly);
     if (login->connect(secondsOf("loginTimeout", kDefaultLoginTimeout))) return true;
     login.reset();
@@ -115,6 +118,7 @@ bool VTSimpleDBConnObject::Impl::run(const char* sql, bool prepared) {
     const SqlEffect effect = hostlayer::effectOf(sql);
     if (effect != SqlEffect::kNone) login->forbidReuse();
     if (effect == SqlEffect::kServer) hostlayer::closeIdleLogins();
+    if (effect == SqlEffect::kServer && std::exchange(isReused, false)) login->restoreRowCounts();
     if (statement->run(login->handle(), text, prepared) && statement->skipToFirstRows()) return true;
     statement->hasFailed = true;
     return false;

@@ -33,12 +33,15 @@ TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
         {"UPDATE t SET a = (SELECT max(b) FROM u)", SqlEffect::kNone},
         {"delete t where a = N'it''s'", SqlEffect::kNone},
         {"INSERT t VALUES (1)", SqlEffect::kSession},
-        {"SET NOCOUNT ON UPDATE t SET a = 1", SqlEffect::kSession},
+        {"SET NOCOUNT ON UPDATE t SET a = 1", SqlEffect::kNone},
+        {"SET NOCOUNT ON", SqlEffect::kSession},
+        {"SET LOCK_TIMEOUT 1 SELECT 1", SqlEffect::kSession},
+        {"SELECT @@OPTIONS", SqlEffect::kServer},
         {"UPDATE t SET a = 1 SET NOCOUNT ON", SqlEffect::kSession},
         {"SELECT 1 UPDATE t SET a = 1", SqlEffect::kSession},
         {"SELECT a INTO #t FROM u", SqlEffect::kSession},
         {"SELECT a FROM #t", SqlEffect::kSession},
-        {"", SqlEffect::kServer},
+        {"", SqlEffect::kSession},
         {"sp_who", SqlEffect::kServer},
         {"SELECT 1; sp_who", SqlEffect::kServer},
         {"SELECT 1 USE master", SqlEffect::kServer},
@@ -92,9 +95,13 @@ TEST_F(ConnectionReuse, FollowsPlainStatementsOnly) {
         const char* sql;
         int kept;
     };
-    const Case cases[] = {{"SELECT 1", 1},       {"SELECT name FROM sys.databases", 1},
-                          {"SET NOCOUNT ON", 0}, {"CREATE TABLE #t (a int)", 0},
-                          {"SELECT 1 / 0", 0},   {"SELECT 2", 1},
+    const Case cases[] = {{"SELECT 1", 1},
+                          {"SELECT name FROM sys.databases", 1},
+                          {"SET ROWCOUNT 1", 0},
+                          {"SET NOCOUNT ON SELECT 1", 1},
+                          {"CREATE TABLE #t (a int)", 0},
+                          {"SELECT 1 / 0", 0},
+                          {"SELECT 2", 1},
                           {"no statement", 0}};
     for (const Case& each : cases) {
         run(each.sql);
