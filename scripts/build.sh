@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Builds everything; libraries in build/lib, programs in build/bin.
-#   scripts/build.sh [PRESET]   a preset of CMakePresets.json; default: release
+# Installs missing packages and builds; libraries in build/lib, programs in build/bin.
+#   scripts/build.sh [PRESET]   a preset of CMakePresets.json; default: release, with the tests; run: without
 set -euo pipefail
 CDPATH='' cd "$(dirname "$0")/.."
 preset=${1:-release}
 case "$preset" in
-  fuzz | tidy) scripts/setup.sh "$preset" ;;
+  run | fuzz | tidy) scripts/setup.sh "$preset" ;;
+  bench) scripts/setup.sh run ;;
   *) scripts/setup.sh ;;
 esac
 cmake --preset "$preset" >&2

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds everything, creates a sample installation with a local SQL server and runs tscripts in it.
+# Builds library and programs, creates a sample installation with a local SQL server and runs tscripts in it.
 #   scripts/demo.sh [FOLDER]   default: demo in the checkout
 # The exit code is 0 if every result is as expected. The server is stopped at the end. The folder is kept until the
 # next run deletes it.
@@ -54,7 +54,7 @@ show_journal() {
                 CONVERT(varchar(19), timeEnd, 120) AS timeEnd, inputParams FROM ZpTscriptExec ORDER BY id"
 }
 
-scripts/build.sh release
+scripts/build.sh run
 delete_earlier_run
 mkdir -p "$folder"
 touch "$folder/.tscript-demo"

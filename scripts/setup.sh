@@ -1,27 +1,29 @@
 #!/usr/bin/env bash
 # Installs missing Debian packages. Prints nothing if none is missing. Needs root or sudo.
-#   scripts/setup.sh        packages for the build, the tests and the demo
-#   scripts/setup.sh docs   also those for the API reference and the man pages
-#   scripts/setup.sh fuzz   also those for the fuzz targets
-#   scripts/setup.sh tidy   also those for the preset tidy
+#   scripts/setup.sh run    packages for the build of library and programs, and to run them
+#   scripts/setup.sh        also those for the tests
+#   scripts/setup.sh docs   those of run, and for the API reference and the man pages
+#   scripts/setup.sh fuzz   those of run, and for the fuzz targets
+#   scripts/setup.sh tidy   those of the tests, and for the preset tidy
 set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
   libtomlplusplus-dev libsodium-dev libspdlog-dev libssl-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev
   libboost-dev
-  unixodbc unixodbc-dev tdsodbc freetds-bin freetds-dev libsybdb5
-  libgtest-dev file chromium openssl python3 python3-pymssql
+  unixodbc unixodbc-dev tdsodbc freetds-dev libsybdb5
 )
+test_packages=(freetds-bin libgtest-dev file chromium openssl python3 python3-pymssql)
 # Debian's packages conflict with a Node.js from another source.
-command -v node >/dev/null || packages+=(nodejs)
-command -v npm >/dev/null || packages+=(npm)
-case "${1-}" in
-  "") ;;
+command -v node >/dev/null || test_packages+=(nodejs)
+command -v npm >/dev/null || test_packages+=(npm)
+case "${1-test}" in
+  run) ;;
+  test) packages+=("${test_packages[@]}") ;;
   docs) packages+=(doxygen groff-base) ;;
   fuzz) packages+=(clang libclang-rt-dev llvm) ;;
-  tidy) packages+=(clang-tidy) ;;
-  *) echo "usage: scripts/setup.sh [docs | fuzz | tidy]" >&2; exit 2 ;;
+  tidy) packages+=("${test_packages[@]}" clang-tidy) ;;
+  *) echo "usage: scripts/setup.sh [run | test | docs | fuzz | tidy]" >&2; exit 2 ;;
 esac
 
 missing=()
