@@ -20,7 +20,7 @@ class Sink final : public tsql::ResultSink {
   public:
     void columns(std::span<const tsql::Column> columns) override { m_columns = columns.size(); }
     void row(std::span<const tsql::CellView> cells) override { fuzz::require(cells.size() == m_columns); }
-    void statementDone(std::int64_t, bool) override {}
+    void statementDone(std::int64_t, tsql::StatementKind) override {}
     void message(const tsql::Message& message) override { fuzz::require(message.line >= 0); }
     void databaseChanged(std::string_view, std::string_view) override {}
     bool cancelled() override { return Clock::now() > m_end; }

@@ -188,17 +188,20 @@ bool ClientConnection::reportErrors(Work work) {
 
 bool ClientConnection::runCalls(ByteView body) {
     for (tsql::ProcedureCall& call : parseRpc(body)) {
+        bool aborted = false;
         m_response.beginCall();
-        if (!reportErrors([&] { return runCall(std::move(call)); })) return false;
+        if (!reportErrors([&] { return runCall(std::move(call), aborted); })) return false;
         m_response.endCall();
-        if (m_response.attention()) break;
+        if (aborted || m_response.attention()) break;
     }
     return true;
 }
 
-bool ClientConnection::runCall(tsql::ProcedureCall call) {
+// aborted: set if an error ended the batch, and with it the calls behind this one.
+bool ClientConnection::runCall(tsql::ProcedureCall call, bool& aborted) {
     CallPlan plan = m_prepared.plan(std::move(call));
     if (plan.run && !m_session->call(*plan.run, m_response)) return false;
+    aborted = plan.run && plan.run->aborted;
     if (plan.run && plan.run->describeOnly && m_response.callFailed()) {
         m_prepared.forget(*plan.handle);
         throw statementNotPrepared();

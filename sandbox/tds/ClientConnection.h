@@ -45,7 +45,7 @@ class ClientConnection {
     bool execute(const Request& request);
     void resetSession(Request::Reset reset);
     bool runCalls(ByteView body);
-    bool runCall(tsql::ProcedureCall call);
+    bool runCall(tsql::ProcedureCall call, bool& aborted);
     void sendOutputs(const CallPlan& plan);
     template <typename Work>
     bool reportErrors(Work work);

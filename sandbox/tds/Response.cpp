@@ -14,8 +14,9 @@ constexpr unsigned kColumnNullable = 0x01;
 constexpr unsigned kColumnIdentity = 0x10;
 constexpr std::uint8_t kStatusOutputParameter = 0x01;
 
-constexpr unsigned kCommandSelect = 0xC1;
-constexpr unsigned kCommandUpdate = 0xC5;
+// Commands of DONE tokens, in the order of tsql::StatementKind; the call of a procedure.
+constexpr unsigned kCommands[] = {0, 0xC1, 0xC3, 0xC5, 0xC4};
+constexpr unsigned kCommandExecute = 0xE0;
 
 // A look at the socket costs more than sending a row, hence not one for every row.
 constexpr std::chrono::milliseconds kAttentionCheckInterval{2};
@@ -164,8 +165,9 @@ void Response::returnValue(int ordinal, std::string_view name, const tsql::SqlTy
 // ---- Ends of statements, calls and responses
 // ----------------------------------------------------------------------------
 
-void Response::statementDone(std::int64_t rowCount, bool isSelect) {
-    setPendingDone({m_inCall ? Token::DoneInProc : Token::Done, errorFlag(), rowCount, isSelect});
+void Response::statementDone(std::int64_t rowCount, tsql::StatementKind kind) {
+    setPendingDone({m_inCall ? Token::DoneInProc : Token::Done, errorFlag(), rowCount,
+                    kCommands[static_cast<std::size_t>(kind)]});
 }
 
 void Response::setPendingDone(Done done) {
@@ -175,12 +177,12 @@ void Response::setPendingDone(Done done) {
 }
 
 void Response::writePendingDone(unsigned moreFlag) {
-    const auto [kind, status, rowCount, isSelect] = *m_pendingDone;
+    const auto [kind, status, rowCount, command] = *m_pendingDone;
     m_pendingDone.reset();
     const bool hasCount = rowCount >= 0;
     beginToken(kind);
     m_out.u16(status | moreFlag | (hasCount ? kDoneCount : 0U));
-    m_out.u16(isSelect ? kCommandSelect : hasCount ? kCommandUpdate : 0U);
+    m_out.u16(command);
     m_out.number(hasCount ? static_cast<std::uint64_t>(rowCount) : 0, m_version >= Version::V72 ? 8 : 4);
 }
 
@@ -209,15 +211,27 @@ void Response::beginCall() {
 }
 
 void Response::endCall() {
-    setPendingDone({Token::DoneProc, errorFlag()});
-    m_inCall = false;
+    setPendingDone({Token::DoneProc, errorFlag(), /*rowCount=*/-1, kCommandExecute});
+    m_inCall = m_callOfBatch = false;
+}
+
+void Response::procedureBegan() {
+    if (m_inCall) return;  // the call of the request itself
+    beginCall();
+    m_callOfBatch = true;
+}
+
+void Response::procedureEnded(std::optional<std::int32_t> status) {
+    if (!m_callOfBatch) return;
+    if (status) returnStatus(*status);
+    endCall();
 }
 
 void Response::finish() {
     if (!m_pendingDone || m_statementFailed) setPendingDone({Token::Done, errorFlag()});
     writePendingDone(kDoneFinal);
     m_channel.sendEnd(m_out.data());
-    m_inCall = m_callFailed = m_clientGone = false;
+    m_inCall = m_callOfBatch = m_callFailed = m_clientGone = false;
     if (m_attention) acknowledgeAttention();
 }
 

@@ -24,7 +24,9 @@ class Response final : public tsql::ResultSink {
     // A row of the last columns(). Throws ValueError for a value its column cannot hold; nothing of the row
     // is sent then.
     void row(std::span<const tsql::CellView> cells) override;
-    void statementDone(std::int64_t rowCount, bool isSelect) override;
+    void statementDone(std::int64_t rowCount, tsql::StatementKind kind) override;
+    void procedureBegan() override;
+    void procedureEnded(std::optional<std::int32_t> status) override;
     void message(const tsql::Message& message) override;
     void databaseChanged(std::string_view from, std::string_view to) override;
     // Every transaction gets a new descriptor. Drivers keep track of it.
@@ -58,7 +60,7 @@ class Response final : public tsql::ResultSink {
         Token kind;
         unsigned status;
         std::int64_t rowCount = -1;  // -1: no count
-        bool isSelect = false;
+        unsigned command = 0;
     };
     void beginToken(Token token);
     void setPendingDone(Done done);
@@ -76,6 +78,7 @@ class Response final : public tsql::ResultSink {
     std::uint64_t m_transaction = 0;    // descriptor of the last transaction
     std::optional<Done> m_pendingDone;  // not written until it is known whether more follows
     bool m_inCall = false;
+    bool m_callOfBatch = false;      // the call is an EXEC of the batch
     bool m_statementFailed = false;  // an error was sent since the last DONE
     bool m_callFailed = false;
     bool m_attention = false;

@@ -5,7 +5,9 @@
 
 #include <chrono>
 #include <fstream>
+#include <sstream>
 
+#include "ByteReader.h"
 #include "ServerProcess.h"
 
 namespace support {
@@ -103,7 +105,53 @@ TEST(Server, ReturnsOutputsWithTheirPlaceInTheCall) {
     EXPECT_EQ(answer(client), 0U);
     const std::string number = "\x26\4\4\7\0\0\0"s;
     client.send(packet(kRpc, batchPacket("") + "\1\0Q\0\0\0\0\0"s + number + "\0\1"s + number));
-    EXPECT_NE(client.response().find("\xAC\1\0\2@\0b\0"s), std::string::npos);
+    EXPECT_NE(client.response().find("\xAC\1\0\0\1"s), std::string::npos);
+}
+
+// The tokens of a response without messages and rows: "FF C3 1" (token, command, count) or "79 4".
+std::string tokensOf(std::string_view response) {
+    std::ostringstream text;
+    for (tds::ByteReader in(response); !in.atEnd();) {
+        const unsigned token = in.u8();
+        text << (text.tellp() > 0 ? ", " : "") << std::hex << std::uppercase << token << std::dec;
+        if (token == 0x79) {
+            text << ' ' << in.u32();
+            continue;
+        }
+        const bool hasCount = (in.u16() & 0x10U) != 0;
+        text << ' ' << std::hex << in.u16() << std::dec;
+        const std::uint32_t count = in.u32();
+        in.skip(4);
+        if (hasCount) text << ' ' << count;
+    }
+    return text.str();
+}
+
+TEST(Server, EndsStatementsAndCallsWithTheirOwnTokens) {
+    const TsqlBox box;
+    const auto connection = loggedIn(box);
+    RawClient& client = *connection;
+    for (const auto* batch : {"CREATE TABLE T (i int)", "CREATE PROCEDURE P AS INSERT T VALUES (1) RETURN 4",
+                              "CREATE PROCEDURE Aborts AS SET NOCOUNT ON INSERT T VALUES ('x')"}) {
+        client.send(packet(kSqlBatch, batchPacket(batch)));
+        ASSERT_EQ(answer(client), 0U);
+    }
+    const std::pair<const char*, const char*> kCases[] = {
+        {"DECLARE @v int = 1 SELECT @v = 2", "FD C1 1"},
+        {"INSERT T VALUES (1), (2)", "FD C3 2"},
+        {"UPDATE T SET i = 3 DELETE T", "FD C5 2, FD C4 2"},
+        {"EXEC P EXEC sp_executesql N'DELETE T'", "FF C3 1, 79 4, FE E0, FF C4 1, 79 0, FE E0"},
+        {"SET NOCOUNT ON EXEC P DELETE T SET NOCOUNT OFF", "FD 0, 79 4, FE E0, FD C4, FD 0"},
+    };
+    for (const auto& [batch, tokens] : kCases) {
+        client.send(packet(kSqlBatch, batchPacket(batch)));
+        EXPECT_EQ(tokensOf(client.response()), tokens) << batch;
+    }
+    const std::string chain = "\6\0A\0b\0o\0r\0t\0s\0\0\0\xFF\1\0P\0\0\0"s;
+    client.send(packet(kRpc, batchPacket("") + chain));
+    client.response();
+    client.send(packet(kSqlBatch, batchPacket("DELETE T")));
+    EXPECT_EQ(tokensOf(client.response()), "FD C4 0") << "a call that aborts the batch ends the chain";
 }
 
 TEST(Server, ClosesConnectionsAboveTheLimit) {

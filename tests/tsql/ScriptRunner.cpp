@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include "types/Values.h"
 
@@ -53,6 +54,7 @@ class PrintingSink final : public ResultSink {
     void columns(std::span<const Column> columns) override {
         printRows();
         m_columns.assign(columns.begin(), columns.end());
+        m_hasRows = true;
     }
     void row(std::span<const CellView> cells) override {
         auto& row = m_rows.emplace_back();
@@ -61,9 +63,12 @@ class PrintingSink final : public ResultSink {
                               ? scaledText(exactOf(cells[i]), m_columns[i].type.scale)
                               : std::visit(CellText(), cells[i]));
     }
-    void statementDone(std::int64_t rowCount, bool isSelect) override {
+    void statementDone(std::int64_t rowCount, StatementKind kind) override {
         printRows();
-        if (rowCount >= 0) appendToLine("(" + std::to_string(rowCount) + (isSelect ? " rows)" : " changed)"));
+        const bool hasRows = std::exchange(m_hasRows, false);
+        const bool assigns = kind == StatementKind::Select && !hasRows;
+        if (rowCount < 0 || assigns) return;
+        appendToLine("(" + std::to_string(rowCount) + (hasRows ? " rows)" : " changed)"));
     }
     void message(const Message& message) override {
         printRows();
@@ -128,6 +133,7 @@ class PrintingSink final : public ResultSink {
     }
 
     std::vector<Column> m_columns;
+    bool m_hasRows = false;  // the current statement has returned a result set
     std::vector<std::vector<std::string>> m_rows;
     std::vector<std::string> m_lines;
     std::string m_lastOrigin;

@@ -155,7 +155,7 @@ class LeavingSink final : public tsql::ResultSink {
         ++m_rows;
         if (m_throws) throw std::runtime_error("the client left");
     }
-    void statementDone(std::int64_t, bool) override {}
+    void statementDone(std::int64_t, tsql::StatementKind) override {}
     void message(const tsql::Message&) override { ++m_messages; }
     void databaseChanged(std::string_view, std::string_view) override {}
     bool cancelled() override { return !m_throws && std::chrono::steady_clock::now() > m_until; }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,7 +34,11 @@ struct ProcedureCall {
     std::vector<Argument> arguments;
     bool describeOnly = false;  // return column metadata only, as SET FMTONLY ON
     int status = 0;             // return value of the procedure
+    bool aborted = false;       // an error or a cancellation ended the whole batch
 };
+
+// What a finished statement did.
+enum class StatementKind { Other, Select, Insert, Update, Delete };
 
 enum class TransactionEvent { Began, Committed, RolledBack };
 
@@ -44,9 +49,12 @@ class ResultSink {
     virtual ~ResultSink() = default;
     virtual void columns(std::span<const Column> columns) = 0;  // begins a result set
     virtual void row(std::span<const CellView> cells) = 0;
-    // rowCount: rows read or changed; -1: not reported, as under SET NOCOUNT ON. isSelect: the statement
-    // returned the result set of the last columns().
-    virtual void statementDone(std::int64_t rowCount, bool isSelect) = 0;
+    // rowCount: rows read or changed; -1: not reported, as under SET NOCOUNT ON.
+    virtual void statementDone(std::int64_t rowCount, StatementKind kind) = 0;
+    // Enclose the statements of a procedure that the batch itself calls. status: the return value; null if an
+    // error has ended the procedure.
+    virtual void procedureBegan() {}
+    virtual void procedureEnded(std::optional<std::int32_t> /*status*/) {}
     virtual void message(const Message& message) = 0;
     virtual void databaseChanged(std::string_view from, std::string_view to) = 0;  // USE
     virtual void transactionChanged(TransactionEvent) {}  // of the outermost transaction

@@ -17,7 +17,7 @@ class FailingSink final : public ResultSink {
   public:
     void columns(std::span<const Column>) override {}
     void row(std::span<const CellView>) override {}
-    void statementDone(std::int64_t, bool) override {}
+    void statementDone(std::int64_t, StatementKind) override {}
     void message(const Message& message) override {
         if (message.severity > 10)
             throw std::runtime_error("cannot prepare the system databases: " + message.text);

@@ -135,12 +135,11 @@ Executor::~Executor() {
     m_locks.releaseAll(this);
 }
 
-// Runs a request of the client to its end or to the error that ends it. Returns false if it ended the
-// session.
+// Runs a request of the client to its end or to the error that ends it.
 template <typename Work>
-bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
+RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
     const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
-    bool goesOn = true;
+    RequestEnd end = RequestEnd::Whole;
     try {
         work();
     } catch (const SyntaxError& error) {
@@ -148,8 +147,9 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
         report(messageOf(error));
     } catch (const ScopeEnd&) {
     } catch (const BatchEnd&) {
+        end = RequestEnd::Aborted;
     } catch (const SessionEnd&) {
-        goesOn = false;
+        end = RequestEnd::SessionEnded;
     }
     // SQLite rolls back a transaction when a change in it is interrupted. XACT_ABORT demands this of every
     // cancelled request.
@@ -163,17 +163,18 @@ bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
     frame.temporary.clear();  // #tables of a batch belong to the session
     dropTemporaryTables(frame);
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
-    return goesOn;
+    return end;
 }
 
 bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     Frame frame;
-    return run(sink, frame, [&] {
+    const RequestEnd end = run(sink, frame, [&] {
         m_text = text;
         const auto batch = parseBatch(text, m_settings.quotedIdentifiers);
         frame.declare(batch->locals);
         runFrame(batch->statements, frame);
     });
+    return end != RequestEnd::SessionEnded;
 }
 
 // Runs the call as EXEC @ = procedure @name = value, @name = @1 OUTPUT ... SQL text cannot name these
@@ -181,7 +182,7 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
 bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     Frame frame;
     const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
-    const bool goesOn = run(sink, frame, [&] {
+    const RequestEnd end = run(sink, frame, [&] {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
         execute.arguments.reserve(call.arguments.size());
@@ -208,7 +209,8 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             call.arguments[i].value = frame.variables[variable(i)].value;
     if (const auto* status = std::get_if<std::int64_t>(&frame.variables["@"].value))
         call.status = static_cast<int>(*status);
-    return goesOn;
+    call.aborted = end == RequestEnd::Aborted;
+    return end != RequestEnd::SessionEnded;
 }
 
 Flow Executor::runBlock(const Block& block) {
@@ -317,10 +319,13 @@ void Executor::warnOfNulls() {
     if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(message::kNullEliminated);
 }
 
-void Executor::done(std::int64_t count, bool isSelect) {
+// Under NOCOUNT, procedures report only their result sets and errors.
+void Executor::done(std::int64_t count, StatementKind kind) {
     if (!m_sink || m_frames.back()->isFunction) return;
     warnOfNulls();
-    m_sink->statementDone(m_settings.noCount ? -1 : count, isSelect);
+    const bool inCall = m_frames.size() > 1;
+    if (m_settings.noCount && inCall && kind != StatementKind::Select && m_error == 0) return;
+    m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
 }
 
 Flow Executor::finished(std::int64_t rowCount) {

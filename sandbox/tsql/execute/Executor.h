@@ -39,6 +39,9 @@ struct ScopeEnd {};    // ends the procedure, or the batch outside a procedure
 struct BatchEnd {};    // ends the whole batch
 struct SessionEnd {};  // ends the session: severity 20 and above
 
+// How a request of the client ended.
+enum class RequestEnd { Whole, Aborted, SessionEnded };
+
 // Options of SET. They are restored at the end of a procedure or of dynamic SQL.
 struct Settings {
     bool noCount = false;
@@ -88,7 +91,7 @@ class Executor final : public NameResolver, public FunctionSession {
   private:
     // ---- flow, variables, errors (Executor.cpp)
     template <typename Work>
-    bool run(ResultSink& sink, Frame& frame, Work work);
+    RequestEnd run(ResultSink& sink, Frame& frame, Work work);
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
     static bool isAlone(const ast::Block& block);
@@ -118,7 +121,7 @@ class Executor final : public NameResolver, public FunctionSession {
     Message messageOf(const SqlError& error, int line) const;
     static Message messageOf(const SyntaxError& error);
     SqlError errorOf(const SqliteFailure& failure);
-    void done(std::int64_t count, bool isSelect = false);
+    void done(std::int64_t count, StatementKind kind = StatementKind::Other);
     void warnOfNulls();
     Flow finished(std::int64_t rowCount = 0);  // ends a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
@@ -224,6 +227,8 @@ class Executor final : public NameResolver, public FunctionSession {
     // inside: database in which the text runs; empty: the session's.
     void runText(const std::string& text, const std::string& inside);
     void executeSql(const ast::Execute& execute, const std::string& database);
+    // Passes the end of a procedure that the batch itself calls to the client.
+    void asCall(const std::function<std::int32_t()>& work);
     void callProcedure(const ast::Execute& execute, const ast::ObjectName& name,
                        const SystemProcedure* system);
     void checkTransactions(int before, const std::string& procedure);

@@ -180,7 +180,7 @@ Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::v
     }
     m_rowCount = static_cast<std::int64_t>(rows.size());
     m_error = 0;
-    done(m_rowCount, /*isSelect=*/true);
+    done(m_rowCount, StatementKind::Select);
     return Flow::Next;
 }
 

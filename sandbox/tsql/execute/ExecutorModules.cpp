@@ -176,7 +176,10 @@ Flow Executor::run(const Execute& execute) {
     const bool known = name.database.empty() || m_storage.exists(name.database);
     const bool system = name.schema.empty() || sameWord(name.schema, "sys") || sameWord(name.schema, "dbo");
     if (known && system && sameWord(name.name, "sp_executesql")) {
-        executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
+        asCall([&] {
+            executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
+            return m_error;
+        });
         checkTransactions(transactions, "");
     } else {
         callProcedure(execute, name, known && system ? systemProcedure(name.name) : nullptr);
@@ -201,6 +204,22 @@ void Executor::runText(const std::string& text, const std::string& inside) {
     const std::string database = m_database;
     runScope(batch->statements, frame);
     if (m_database != database) useDatabase(database);
+}
+
+void Executor::asCall(const std::function<std::int32_t()>& work) {
+    const bool ofBatch = m_frames.size() == 1;
+    if (ofBatch) m_sink->procedureBegan();
+    std::optional<std::int32_t> status;
+    try {
+        status = work();
+    } catch (const Raised&) {
+        if (ofBatch) m_sink->procedureEnded(status);
+        throw;
+    }
+    if (ofBatch)
+        m_sink->procedureEnded(status);
+    else
+        done(-1);
 }
 
 // sp_executesql @statement, @declarations, values ...: runs the text as the body of an unnamed procedure.
@@ -260,13 +279,15 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
                    /*raised=*/false);
         return;
     }
-    if (system && system->body)
-        frame.returned = std::int64_t{(this->*system->body)(frame)};
-    else if (!runScope(module.body, frame))
-        frame.returned = std::int64_t{-6};
-    returnOutputs(module, arguments, execute, frame);
-    checkTransactions(transactions, frame.procedure);
-    done(-1);
+    asCall([&] {
+        if (system && system->body)
+            frame.returned = std::int64_t{(this->*system->body)(frame)};
+        else if (!runScope(module.body, frame))
+            frame.returned = std::int64_t{-6};
+        returnOutputs(module, arguments, execute, frame);
+        checkTransactions(transactions, frame.procedure);
+        return static_cast<std::int32_t>(std::get<std::int64_t>(frame.returned));
+    });
 }
 
 Executor::Arguments Executor::bindArguments(const CreateModule& module, const Execute& execute,

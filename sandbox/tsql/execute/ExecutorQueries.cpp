@@ -34,7 +34,7 @@ class DivertingSink final : public ResultSink {
         m_columns.assign(columns.begin(), columns.end());
     }
     void row(std::span<const CellView> cells) override { m_take(m_columns, cells); }
-    void statementDone(std::int64_t, bool) override {}
+    void statementDone(std::int64_t, StatementKind) override {}
     void message(const Message& message) override { m_outer.message(message); }
     void databaseChanged(std::string_view from, std::string_view to) override {
         m_outer.databaseChanged(from, to);
@@ -66,11 +66,11 @@ Flow Executor::run(const SelectStatement& statement) {
         if (m_settings.describeOnly) return Flow::Next;
         m_rowCount = assignRows(prepared, translator.assignments());
         m_error = 0;
-        done(-1);
+        done(m_rowCount, StatementKind::Select);
     } else {
         m_rowCount = sendRows(prepared, text);
         m_error = 0;
-        done(m_rowCount, /*isSelect=*/true);
+        done(m_rowCount, StatementKind::Select);
     }
     return Flow::Next;
 }
@@ -98,7 +98,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
             if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
         }
     } catch (const SqliteFailure&) {
-        if (shown) done(rows, /*isSelect=*/true);
+        if (shown) done(rows, StatementKind::Select);
         throw;
     }
     return rows;
@@ -141,7 +141,7 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
     for (const auto& column : target.columns) names.push_back(column.name);
     change(target, "INSERT", "INSERT INTO " + target.sqlName() + " (" + quotedNames(names) + ") " + text.sql,
            translator);
-    done(m_rowCount);
+    done(m_rowCount, StatementKind::Insert);
 }
 
 // Runs a statement that changes rows, with the parameters of `translator`.
@@ -241,7 +241,7 @@ Flow Executor::run(const Insert& insert) {
         throw;
     }
     rememberIdentity(target, m_rowCount);
-    done(m_rowCount, insert.output && !insert.output->into);
+    done(m_rowCount, StatementKind::Insert);
     return Flow::Next;
 }
 
@@ -326,7 +326,7 @@ Flow Executor::run(const Update& update) {
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
         updateInSteps(target, translator, update.output);
     }
-    done(m_rowCount, update.output && !update.output->into);
+    done(m_rowCount, StatementKind::Update);
     return Flow::Next;
 }
 
@@ -359,7 +359,7 @@ Flow Executor::run(const Delete& statement) {
     claim(name);
     const TableInfo target = table(name);
     changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
-    done(m_rowCount, statement.output && !statement.output->into);
+    done(m_rowCount, StatementKind::Delete);
     return Flow::Next;
 }
 
