@@ -168,7 +168,9 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
 
 bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     Frame frame;
+    frame.identity = m_batchIdentity;
     const RequestEnd end = run(sink, frame, [&] {
+        const Finally keepIdentity([&] { m_batchIdentity = frame.identity; });
         m_text = text;
         const auto batch = parseBatch(text, m_settings.quotedIdentifiers);
         frame.declare(batch->locals);
@@ -291,6 +293,8 @@ void Executor::afterError(const Message& message, bool raised) {
     const bool endsBatch =
         !raised && (m_settings.abortOnError || contains(kBatchErrors, message.number) || badDefinition);
     const bool endsHere = !raised && endsScope(message.number);
+    const bool refused =
+        !raised && message.number == message::kUserDefined;  // the statement is not supported
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
     if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
         m_doomed = m_doomed || (endsBatch && m_transactions > 0);
@@ -307,6 +311,10 @@ void Executor::afterError(const Message& message, bool raised) {
     if (endsHere) {
         done(-1);  // separates the error from the next statement's rows
         throw ScopeEnd{};
+    }
+    if (refused) {
+        done(-1);
+        throw BatchEnd{};
     }
     if (!raised && !verb.empty())
         report({message::kStatementTerminated, 0, 0, message.line, message.procedure,

@@ -51,6 +51,14 @@ struct Settings {
     bool describeOnly = false;        // FMTONLY
     std::string identityInsert = {};  // full name of the table that accepts identities
     int lockTimeout = -1;             // milliseconds; negative: the default
+
+    // @@OPTIONS: the bits of the settings that are on.
+    int bits() const {
+        // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, ANSI_NULL_DFLT_ON, CONCAT_NULL_YIELDS_NULL
+        constexpr int kAlwaysOn = 8 + 16 + 32 + 64 + 1024 + 4096;
+        return kAlwaysOn + implicitTransactions * 2 + quotedIdentifiers * 256 + noCount * 512 +
+               abortOnError * 16384;
+    }
 };
 
 class Executor final : public NameResolver, public FunctionSession {
@@ -307,6 +315,7 @@ class Executor final : public NameResolver, public FunctionSession {
     int m_error = 0;              // @@ERROR
     std::int64_t m_rowCount = 0;  // @@ROWCOUNT
     std::optional<std::int64_t> m_identity;
+    std::optional<std::int64_t> m_batchIdentity;  // SCOPE_IDENTITY() of the batches, all one scope
     // Last identities generated in the transaction, by schema and stored name of the table.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
     Cursors m_cursors;           // GLOBAL cursors

@@ -52,7 +52,7 @@ const std::vector<Executor::Global>& Executor::globals() {
         {"@@language", name, [](Self) -> Value { return "us_english"; }},
         {"@@max_precision", tiny, [](Self) -> Value { return 38; }},
         {"@@datefirst", tiny, [](Self) -> Value { return 7; }},
-        {"@@options", integer, [](Self) -> Value { return 5496; }},
+        {"@@options", integer, [](Self self) -> Value { return self.m_settings.bits(); }},
         {"@@microsoftversion", integer, [](Self) -> Value { return 0x0F0007D0; }},
         {"@@textsize", integer, [](Self) -> Value { return 2147483647; }},
         {"@@fetch_status", integer, [](Self self) -> Value { return self.m_fetchStatus; }},

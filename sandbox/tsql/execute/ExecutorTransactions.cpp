@@ -108,6 +108,7 @@ bool Executor::resetAroundTransaction(std::string_view database) {
     dropTemporaryTables();
     m_cursors.clear();
     m_identity.reset();
+    m_batchIdentity.reset();
     m_rowCount = m_cursorRows = m_error = m_fetchStatus = 0;
     return true;
 }

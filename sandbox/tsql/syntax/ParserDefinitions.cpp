@@ -236,6 +236,8 @@ ColumnDefinition columnDefinition(Parser& in) {
     };
     column.name = in.expectName();
     in.throwIfAt("AS", "computed columns");
+    const std::size_t typeName = in.at(".", 1) ? 2 : 0;  // behind a schema
+    if (sameWord(unquoted(in.peek(typeName)), "sysname")) column.nullable = false;
     column.type = in.type(TypeUse::Declaration);
     while (option()) continue;
     return column;
@@ -362,9 +364,10 @@ void moduleBody(Parser& in, CreateModule& module) {
     module.body = in.statements("");
     in.m_module = nullptr;
     module.locals = std::move(in.m_locals);
+    if (!module.function) return;
     if (module.body.empty()) in.throwSyntaxError();
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
-    if (module.function && (!body || !std::holds_alternative<Return>(body->statements.back()->node)))
+    if ((!body || !std::holds_alternative<Return>(body->statements.back()->node)))
         throw SyntaxError(sqlError(message::kFunctionWithoutFinalReturn, {}, 2), in.peek().line);
 }
 

@@ -73,9 +73,9 @@ char32_t sortWeight(char32_t c) {
     return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
 }
 
-// Matches `c` against a [set] whose opening bracket is consumed, and consumes the rest of the set. A bracket
-// that is never closed matches itself.
-bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
+// Matches `c` against a [set] whose opening bracket is consumed, and consumes the rest of the set. A set that
+// is never closed matches nothing.
+bool takeSet(std::string_view& pattern, char32_t c) {
     const auto place = [](char32_t each) { return std::pair(sortWeight(each), each); };
     std::string_view rest = pattern;
     bool negated = false, found = false;
@@ -94,8 +94,7 @@ bool takeSet(std::string_view& pattern, char32_t c, bool& matched) {
     }
     if (rest.empty()) return false;
     pattern = rest.substr(1);
-    matched = found != negated;
-    return true;
+    return found != negated;
 }
 
 // Consumes one element of the pattern (not %). Returns whether it matches `c` (folded).
@@ -103,8 +102,7 @@ bool takeElement(std::string_view& pattern, char32_t c, char32_t escape) {
     const char32_t p = nextCharacter(pattern);
     if (escape != 0 && p == escape && !pattern.empty()) return foldCase(nextCharacter(pattern)) == c;
     if (p == U'_') return true;
-    bool matched = false;
-    if (p == U'[' && takeSet(pattern, c, matched)) return matched;
+    if (p == U'[') return takeSet(pattern, c);
     return foldCase(p) == c;
 }
 

@@ -292,9 +292,7 @@ class Converter {
     std::string binaryAsText() const {
         const auto* bytes = reinterpret_cast<const char*>(blob().data());
         if (isNational(m_to.id)) return utf8FromUtf16({bytes, blob().size()});
-        std::string result;
-        for (const std::byte b : blob()) appendCharacter(result, std::to_integer<unsigned char>(b));
-        return result;
+        return utf8FromCodePage1252({bytes, blob().size()});
     }
 
     Value toDateTime() const {
@@ -396,8 +394,9 @@ class Converter {
         for (std::string_view rest = isNational(m_from.id) ? "" : text(); !rest.empty();) {
             const std::string_view before = rest;
             const char32_t c = nextCharacter(rest);
-            if (c < 0x100)
-                wire += static_cast<char>(c);
+            const auto byte = static_cast<char>(codePage1252(c));
+            if (byte != '?' || c == U'?')
+                wire += byte;
             else
                 wire += before.substr(0, before.size() - rest.size());
         }

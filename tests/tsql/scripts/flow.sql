@@ -85,3 +85,22 @@ CREATE PROCEDURE empty_status AS RETURN NULL -->
 DECLARE @s int = 9 EXEC @s = empty_status PRINT @s
 --> Msg 282, Level 10, State 1, Line 1, Procedure empty_status: The 'empty_status' procedure attempted to return a status of NULL, which is not allowed. A status of 0 will be returned instead.
 --> 0
+-- a statement that is not supported ends its batch; an empty procedure is valid
+WHILE 1 = 1 EXEC sp_helptext 'x', 'column' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support sp_helptext with a column.
+CREATE PROCEDURE nothing AS -->
+DECLARE @r int
+EXEC @r = nothing
+SELECT @r r --> r int? = 0
+SET NOCOUNT ON
+SET XACT_ABORT ON
+SELECT @@OPTIONS o
+SET NOCOUNT OFF
+SET XACT_ABORT OFF --> o int? = 22392
+SELECT @@OPTIONS o --> o int? = 5496 (1 rows)
+CREATE TABLE counted (id int IDENTITY, name sysname, other sysname NULL)
+INSERT counted (name) VALUES ('a') --> (1 changed)
+SELECT SCOPE_IDENTITY() s --> s decimal(38,0)? = 1 (1 rows)
+INSERT counted (name) VALUES (NULL) --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'name', table 'master.dbo.counted'; column does not allow nulls. INSERT fails. (3621)
+SELECT CAST(0x8041 AS varchar(9)) a, CAST('€A' AS varbinary(9)) b, CAST(CHAR(128) AS varbinary(9)) c, ASCII('€') d --> a varchar(9)? = €A | b varbinary(9)? = 0x8041 | c varbinary(9)? = 0x80 | d int? = 128 (1 rows)
+SELECT 1 WHERE 'a[b' LIKE 'a[b' OR 'a' LIKE '[a' OR 'a[' LIKE '%[' --> - int (0 rows)
+SELECT 1 n WHERE 'a[b' LIKE 'a[[]b' --> n int = 1 (1 rows)
