@@ -67,7 +67,16 @@ TEST(Options, TakeTheLastValueOfARange) {
 
 TEST(Options, RejectUnknownOnesAndWrongValues) {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
-        {{"-Z"}, "'-Z': Unknown Option"},
+        {{"-J"}, "'-J': Unknown Option"},
+        {{"-a", "511"}, "'-a': '511' is not a number from 512 to 32767"},
+        {{"-a", "32768"}, "'-a': '32768' is not a number from 512 to 32767"},
+        {{"-k3"}, "'-k': '3' is not 1 or 2"},
+        {{"-p2"}, "'-p': '2' is not 1"},
+        {{"-X2"}, "'-X': '2' is not 1"},
+        {{"-K", "Write"}, "'-K': 'Write' is not ReadOnly or ReadWrite"},
+        {{"-Ns"}, "'-N': not supported. FreeTDS has no strict encryption. Use -Nm."},
+        {{"-Nx"}, "'-N': 'x' is not s, m or o"},
+        {{"-G"}, "'-G': not supported. Azure Active Directory is not available. Use -U or -E."},
         {{"word"}, "'word': Unknown Option"},
         {{"-bx"}, "'-bx': Unknown Option"},
         {{"-Q"}, "'-Q': Missing argument"},

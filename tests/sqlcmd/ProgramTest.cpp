@@ -23,9 +23,9 @@ TEST(Program, PrintsItsUsageAndVersion) {
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.output.starts_with("usage: sqlcmd"));
     EXPECT_TRUE(sqlcmd({"--version"}).output.starts_with("sqlcmd "));
-    const auto unknown = sqlcmd({"-Z"});
+    const auto unknown = sqlcmd({"-J"});
     EXPECT_EQ(unknown.exitCode, 1);
-    EXPECT_TRUE(unknown.errors.starts_with("Sqlcmd: '-Z': Unknown Option\n\nusage: sqlcmd"))
+    EXPECT_TRUE(unknown.errors.starts_with("Sqlcmd: '-J': Unknown Option\n\nusage: sqlcmd"))
         << unknown.errors;
 }
 

@@ -1,6 +1,7 @@
 #include "BatchRunner.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "Errors.h"
 #include "Utf.h"
@@ -26,6 +27,7 @@ void requireUtf8(std::string_view batch) {
 BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) {
     requireUtf8(batch);
     MessagePrinter messages(m_options, m_output);
+    const auto start = std::chrono::steady_clock::now();
     {
         const auto running = m_client.run(batch, [&](const Diagnostic& message) { messages.print(message); });
         while (running->nextResult()) {
@@ -33,6 +35,7 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
             m_output.flush();  // the next result may take long
         }
     }
+    if (mode.withStatistics) printStatistics(std::chrono::steady_clock::now() - start);
     m_output.flush();
     const int severity = messages.highestSeverity();
     const bool isConnectionLost =
@@ -53,6 +56,24 @@ void BatchRunner::printResult(RunningBatch& running, const ResultMode& mode) {
 
 void BatchRunner::printCount(long long count) {
     m_output.write("\n(" + std::to_string(count) + " rows affected)\n");
+}
+
+void BatchRunner::printStatistics(std::chrono::steady_clock::duration time) {
+    if (m_options.statistics == Statistics::None) return;
+    const auto milliseconds =
+        std::max<long long>(1, std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
+    const double perSecond = 1000.0 / static_cast<double>(milliseconds);
+    const auto average = static_cast<double>(milliseconds);
+    char text[256];
+    if (m_options.statistics == Statistics::Colons)
+        std::snprintf(text, sizeof text, "\n%d:1:%lld:%.2f:%.2f\n", m_options.packetSize, milliseconds,
+                      average, perSecond);
+    else
+        std::snprintf(text, sizeof text,
+                      "\nNetwork packet size (bytes): %d\n1 xact[s]:\n"
+                      "Clock Time (ms.): total %9lld  avg %8.2f (%.2f xacts per sec.)\n",
+                      m_options.packetSize, milliseconds, average, perSecond);
+    m_output.write(text);
 }
 
 }  // namespace sqlcmd

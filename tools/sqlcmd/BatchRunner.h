@@ -1,6 +1,7 @@
 // Runs batches and prints their rows, row counts and messages in the order in which they arrive.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -30,6 +31,7 @@ class BatchRunner {
   private:
     void printResult(RunningBatch& running, const ResultMode& mode);
     void printCount(long long count);
+    void printStatistics(std::chrono::steady_clock::duration time);
 
     Client& m_client;
     const Options& m_options;

@@ -142,6 +142,19 @@ void shapeValue(std::string& text, const ColumnFormat& format) {
     if (format.limit != 0) text.resize(utf8Prefix(text, format.limit).size());
 }
 
+void blankControlCharacters(std::string& text, ControlCharacters mode) {
+    if (mode == ControlCharacters::Keep) return;
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
+    std::string result;
+    bool isInRun = false;
+    for (const char c : text) {
+        const bool isRepeated = isControl(c) && isInRun && mode == ControlCharacters::RunToBlank;
+        isInRun = isControl(c);
+        if (!isRepeated) result += isInRun ? ' ' : c;
+    }
+    text = std::move(result);
+}
+
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned) {
     const std::size_t length = utf8Length(text);
     const std::size_t padding = width > length ? width - length : 0;

@@ -28,6 +28,9 @@ ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout);
 // beginning of a value that is longer than the limit.
 void shapeValue(std::string& text, const ColumnFormat& format);
 
+// Replaces the control characters of a value by blanks.
+void blankControlCharacters(std::string& text, ControlCharacters mode);
+
 // Appends a string, padded with spaces to `width` characters.
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned);
 

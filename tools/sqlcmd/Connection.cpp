@@ -70,7 +70,7 @@ std::string connectionString(const Options& options, std::string_view driver) {
         return value.empty() ? "" : std::string(name) + "=" + braced(value, freeTds);
     };
     const Encryption encryption = encryptionOf(options);
-    const ServerName server = parseServerName(options.server);
+    const ServerName server = serverOf(options);
     std::string text = "DRIVER=" + braced(driver, freeTds);
     text += freeTds && encryption == Encryption::Verify
                 ? "Servername=" + verifiedServer(server, options.caFile) + ";"
@@ -78,6 +78,10 @@ std::string connectionString(const Options& options, std::string_view driver) {
     text += attribute("Database", options.database) + attribute("WSID", options.workstation) + "APP=SQLCMD;";
     if (freeTds) text += "TDS_Version=7.4;ClientCharset=UTF-8;";
     text += encryptionAttributes(encryption, options.trustCertificate, freeTds);
+    if (options.packetSize != Options{}.packetSize)
+        text += "PacketSize=" + std::to_string(options.packetSize) + ";";
+    if (options.readOnlyIntent) text += "ApplicationIntent=ReadOnly;";
+    if (options.multiSubnetFailover && !freeTds) text += "MultiSubnetFailover=Yes;";
     if (options.trusted) return text + "Trusted_Connection=yes;";
     return text + "UID=" + braced(options.user, freeTds) + "PWD=" + braced(options.password, freeTds);
 }

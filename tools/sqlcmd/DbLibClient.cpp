@@ -154,6 +154,8 @@ void setLogin(const LoginRecord& login, const Options& options) {
     }
     dbsetlversion(login.get(), DBVERSION_74);
     if (encryptionOf(options) == Encryption::Require) dbsetlbool(login.get(), kOn, DBSETENCRYPT);
+    if (options.readOnlyIntent) dbsetlbool(login.get(), kOn, DBSETREADONLY);
+    dbsetllong(login.get(), options.packetSize, DBSETPACKET);
 }
 
 // Returns the server's name in FreeTDS's notation, or that of a section of its configuration which has the
@@ -184,7 +186,7 @@ std::vector<Diagnostic> loginErrors(std::vector<Diagnostic> messages) {
 }  // namespace
 
 DbLibClient::DbLibClient(Options& options) {
-    const std::string server = freeTdsServer(parseServerName(options.server), options);
+    const std::string server = freeTdsServer(serverOf(options), options);
     if (dbinit() == FAIL) throw std::bad_alloc();
     dbmsghandle(receiveMessage);
     dberrhandle(receiveError);

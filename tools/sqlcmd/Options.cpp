@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include <span>
 #include <string_view>
 
+#include "Text.h"
 #include "Utf.h"
 
 namespace sqlcmd {
@@ -22,6 +24,7 @@ enum class Takes {
     Name,         // a value that does not begin with '-'
     Text,         // any value
     Digit,        // 0 or 1, optional
+    Suffix,       // attached characters, optional
     Assignments,  // one or more name=value, up to the next option
 };
 
@@ -57,6 +60,46 @@ void setVariable(Options& options, std::string_view assignment) {
     options.variables.emplace_back(assignment.substr(0, equals), value);
 }
 
+[[noreturn]] void throwUnexpected(std::string_view value, const char* expected) {
+    throw UsageError("'" + std::string(value) + "' is not " + expected);
+}
+
+// Options of Microsoft's tool that this one cannot have.
+[[noreturn]] void throwUnsupported(const char* instead) {
+    throw UsageError(std::string("not supported. ") + instead);
+}
+
+void setEncryption(Options& options, std::string_view level) {
+    if (level == "s" || level == "strict") throwUnsupported("FreeTDS has no strict encryption. Use -Nm.");
+    if (level != "" && level != "m" && level != "mandatory" && level != "true" && level != "o" &&
+        level != "optional" && level != "false" && level != "disable")
+        throwUnexpected(level, "s, m or o");
+    const bool isMandatory = level == "" || level == "m" || level == "mandatory" || level == "true";
+    options.encryption = isMandatory ? Encryption::Verify : Encryption::Default;
+}
+
+void setIntent(Options& options, std::string_view intent) {
+    if (!equalsIgnoringCase(intent, "ReadOnly") && !equalsIgnoringCase(intent, "ReadWrite"))
+        throwUnexpected(intent, "ReadOnly or ReadWrite");
+    options.readOnlyIntent = equalsIgnoringCase(intent, "ReadOnly");
+}
+
+void setControlCharacters(Options& options, std::string_view level) {
+    if (level != "" && level != "1" && level != "2") throwUnexpected(level, "1 or 2");
+    options.layout.controlCharacters =
+        level == "2" ? ControlCharacters::RunToBlank : ControlCharacters::ToBlank;
+}
+
+void setStatistics(Options& options, std::string_view level) {
+    if (level != "" && level != "1") throwUnexpected(level, "1");
+    options.statistics = level == "1" ? Statistics::Colons : Statistics::Text;
+}
+
+void setRestriction(Options& options, std::string_view level) {
+    if (level != "" && level != "1") throwUnexpected(level, "1");
+    options.restriction = level == "1" ? Restriction::End : Restriction::Warn;
+}
+
 // Divides the names at commas, unless a file exists whose name contains them.
 void addInputFiles(Options& options, std::string_view names) {
     std::error_code ignored;
@@ -74,6 +117,8 @@ constexpr int kMaxSeverity = 25;
 constexpr int kMinLineWidth = 9;
 constexpr int kMaxLineWidth = 65535;
 constexpr int kMaxTypeWidth = 8000;
+constexpr int kMinPacketSize = 512;  // bytes
+constexpr int kMaxPacketSize = 32767;
 constexpr int kMaxRowsPerHeading = std::numeric_limits<int>::max();
 
 const Rule kRules[] = {
@@ -89,13 +134,15 @@ const Rule kRules[] = {
      [](Options& o, std::string_view v) { o.loginTimeout = parseNumber(v, 0, kMaxTimeout); }},
     {'t', Takes::Name, "query time-out in seconds",
      [](Options& o, std::string_view v) { o.queryTimeout = parseNumber(v, 0, kMaxTimeout); }},
-    {'N', Takes::Nothing, "encrypt the connection and verify the server's certificate",
-     [](Options& o, std::string_view) { o.encryption = Encryption::Verify; }},
+    {'N', Takes::Suffix,
+     "encrypt the connection: m mandatory, with a verified certificate (default), o optional", setEncryption},
     {'C', Takes::Nothing, "trust the server's certificate",
      [](Options& o, std::string_view) { o.trustCertificate = true; }},
     {'i', Takes::Name, "input files, separated by commas; may be repeated", addInputFiles},
-    {'Q', Takes::Text, "run this query and exit", [](Options& o, std::string_view v) { o.query = v; }},
-    {'q', Takes::Text, "the same as -Q", [](Options& o, std::string_view v) { o.query = v; }},
+    {'Q', Takes::Text, "run this query and exit",
+     [](Options& o, std::string_view v) { o.query = v, o.endsAfterQuery = true; }},
+    {'q', Takes::Text, "run this query, then read standard input",
+     [](Options& o, std::string_view v) { o.query = v, o.endsAfterQuery = false; }},
     {'o', Takes::Name, "output file", [](Options& o, std::string_view v) { o.outputFile = v; }},
     {'u', Takes::Nothing, "output file in UTF-16",
      [](Options& o, std::string_view) { o.unicodeOutput = true; }},
@@ -137,7 +184,33 @@ const Rule kRules[] = {
      [](Options& o, std::string_view v) { o.batchEnd = v; }},
     {'e', Takes::Nothing, "print each batch before it runs",
      [](Options& o, std::string_view) { o.echo = true; }},
+    {'a', Takes::Name, "packet size in bytes, 512 to 32767",
+     [](Options& o, std::string_view v) { o.packetSize = parseNumber(v, kMinPacketSize, kMaxPacketSize); }},
+    {'A', Takes::Nothing, "dedicated administrator connection",
+     [](Options& o, std::string_view) { o.adminConnection = true; }},
+    {'K', Takes::Name, "application intent: ReadOnly or ReadWrite", setIntent},
+    {'M', Takes::Nothing, "multi-subnet failover (no effect with FreeTDS)",
+     [](Options& o, std::string_view) { o.multiSubnetFailover = true; }},
+    {'k', Takes::Suffix, "replace control characters by a blank: 1 each, 2 each run", setControlCharacters},
+    {'p', Takes::Suffix, "print statistics: 1 separated by colons", setStatistics},
+    {'X', Takes::Suffix, "refuse commands that reach programs, files and servers: 1 and end", setRestriction},
+    {'R', Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
+    {'j', Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
     {'n', Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
+    {'D', Takes::Nothing, "not supported",
+     [](Options&, std::string_view) {
+         throwUnsupported("Data source names are not read: give the server with -S.");
+     }},
+    {'F', Takes::Suffix, "not supported",
+     [](Options&, std::string_view) { throwUnsupported("Use -W, -s and -y to lay out results."); }},
+    {'g', Takes::Nothing, "not supported",
+     [](Options&, std::string_view) {
+         throwUnsupported("FreeTDS cannot decrypt columns. Use Microsoft's tool.");
+     }},
+    {'G', Takes::Nothing, "not supported",
+     [](Options&, std::string_view) {
+         throwUnsupported("Azure Active Directory is not available. Use -U or -E.");
+     }},
 };
 
 const Rule* findRule(char letter) {
@@ -177,6 +250,8 @@ class ArgumentReader {
         switch (rule.takes) {
             case Takes::Nothing:
                 if (*attached != '\0') throw UsageError("'" + m_optionName + attached + "': Unknown Option");
+                return apply(rule, attached, options);
+            case Takes::Suffix:
                 return apply(rule, attached, options);
             case Takes::Digit:
                 return apply(rule, optionalDigit(attached), options);
@@ -229,18 +304,25 @@ Encryption encryptionNamed(std::string_view name) {
     throw UsageError("SQLCMD_ENCRYPT must be verify, require or off");
 }
 
+// The host layer's settings, which hold with -X too.
+void readEncryption(Options& options) {
+    if (const char* file = std::getenv("SQLCMD_CA_FILE")) options.caFile = file;
+    const char* encryption = std::getenv("SQLCMD_ENCRYPT");
+    if (options.encryption == Encryption::Default && encryption != nullptr)
+        options.encryption = encryptionNamed(encryption);
+}
+
+// Sets what the command line has not set. With -X the environment sets nothing but the password.
 void readEnvironment(Options& options) {
-    const auto readVariable = [](const char* name, std::string& target) {
-        if (const char* value = std::getenv(name)) target = value;
+    const auto readVariable = [&](const char* name, std::string& target) {
+        const char* value = options.restriction == Restriction::None ? std::getenv(name) : nullptr;
+        if (target.empty() && value != nullptr) target = value;
     };
     readVariable("SQLCMDSERVER", options.server);
-    readVariable("SQLCMDUSER", options.user);
+    if (!options.trusted) readVariable("SQLCMDUSER", options.user);
     readVariable("SQLCMDDBNAME", options.database);
     readVariable("SQLCMDWORKSTATION", options.workstation);
-    readVariable("SQLCMD_CA_FILE", options.caFile);
-    std::string encryption;
-    readVariable("SQLCMD_ENCRYPT", encryption);
-    options.encryption = encryptionNamed(encryption);
+    if (options.server.empty()) options.server = Options{}.server;
 }
 
 void takePasswordFromEnvironment(Options& options) {
@@ -278,12 +360,12 @@ void checkExclusiveOptions(const Options& options, bool userGiven) {
 
 Options parseOptions(int argc, char** argv) {
     Options options;
-    readEnvironment(options);
-    const std::string userOfEnvironment = std::exchange(options.user, {});
+    options.server.clear();
     ArgumentReader({argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0)}).readInto(options);
     checkExclusiveOptions(options, /*userGiven=*/!options.user.empty());
     takePasswordFromEnvironment(options);
-    if (options.user.empty() && !options.trusted) options.user = userOfEnvironment;
+    readEnvironment(options);
+    readEncryption(options);
     options.trusted = options.user.empty();
     if (options.action == Options::Action::Run) askForPassword(options);
     return options;

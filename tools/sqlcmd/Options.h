@@ -10,6 +10,9 @@
 
 namespace sqlcmd {
 
+// What happens to control characters in values (-k).
+enum class ControlCharacters { Keep, ToBlank, RunToBlank };
+
 // Layout of result sets. Widths are in characters; 0 means no limit.
 struct Layout {
     std::string separator = " ";  // -s
@@ -19,7 +22,15 @@ struct Layout {
     int longTypeWidth = 256;      // -y: (max) types, text, xml
     int shortTypeWidth = 0;       // -Y: char, varchar, nvarchar and others with a declared length
     bool withHeading = true;      // false with -y 0
+    ControlCharacters controlCharacters = ControlCharacters::Keep;
 };
+
+// Restrictions of scripts (-X): commands that reach other programs, files or servers are skipped with a
+// warning, or end the tool.
+enum class Restriction { None, Warn, End };
+
+// Statistics after each batch (-p).
+enum class Statistics { None, Text, Colons };
 
 // Messages that are printed to standard error instead of standard output (-r).
 enum class ErrorStream { None, Errors, All };
@@ -45,11 +56,16 @@ struct Options {
     std::string caFile;             // empty: the host's trusted authorities
     std::string database;
     std::string workstation;
-    int loginTimeout = 8;  // seconds; 0: none
-    int queryTimeout = 0;  // seconds; 0: none
+    int loginTimeout = 8;              // seconds; 0: none
+    int queryTimeout = 0;              // seconds; 0: none
+    int packetSize = 4096;             // bytes; -a
+    bool readOnlyIntent = false;       // -K ReadOnly
+    bool multiSubnetFailover = false;  // -M
+    bool adminConnection = false;      // -A
 
     std::vector<std::string> inputFiles;
     std::optional<std::string> query;  // -Q, -q
+    bool endsAfterQuery = true;        // false with -q
     std::string outputFile;
     bool unicodeOutput = false;
     ErrorStream errorStream = ErrorStream::None;
@@ -64,6 +80,8 @@ struct Options {
     std::optional<int> severityLevel;  // -V
     int messageLevel = 0;              // -m: -1 prints all messages, each with its heading
 
+    Restriction restriction = Restriction::None;
+    Statistics statistics = Statistics::None;
     Layout layout;
 };
 

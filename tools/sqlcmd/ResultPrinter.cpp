@@ -76,10 +76,12 @@ void ResultPrinter::printXmlRow() {
 void ResultPrinter::readValue(std::size_t column, std::string& text) {
     const ColumnFormat& format = m_formats[column];
     text.clear();
-    if (m_batch.appendValue(column, format.limit * kBytesPerCharacter, text))
-        shapeValue(text, format);
-    else
+    if (!m_batch.appendValue(column, format.limit * kBytesPerCharacter, text)) {
         text = kNull;
+        return;
+    }
+    blankControlCharacters(text, m_layout.controlCharacters);
+    shapeValue(text, format);
 }
 
 void ResultPrinter::appendValue(std::string& line, std::string_view value, const ColumnFormat& format) const {

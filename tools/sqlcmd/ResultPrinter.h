@@ -11,10 +11,11 @@
 
 namespace sqlcmd {
 
-// Settings of a single result set.
+// Settings of a single batch.
 struct ResultMode {
     bool xml = false;                  // :XML ON: prints the first column only, unformatted
     std::string* lastValue = nullptr;  // receives the first column of the last row; may be null
+    bool withStatistics = true;        // false for the tool's own batches
 };
 
 class ResultPrinter {

@@ -43,4 +43,15 @@ ServerName parseServerName(std::string_view text) {
     return server;
 }
 
+ServerName serverOf(const Options& options) {
+    constexpr int kAdminPort = 1434;  // of a default instance
+    ServerName server = parseServerName(options.server);
+    if (!options.adminConnection || server.port != 0) return server;
+    if (!server.instance.empty())
+        throw UsageError(
+            "'-A': the administrator connection of a named instance needs its port: give host,port.");
+    server.port = kAdminPort;
+    return server;
+}
+
 }  // namespace sqlcmd

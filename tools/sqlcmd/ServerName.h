@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "Options.h"
+
 namespace sqlcmd {
 
 struct ServerName {
@@ -15,5 +17,9 @@ struct ServerName {
 // Parses host, host\instance, host,port and host\instance,port, each also after "tcp:". The host may be an
 // IPv6 address in brackets; "." and "(local)" become "localhost". Throws UsageError for anything else.
 ServerName parseServerName(std::string_view text);
+
+// Returns the server to connect to: that of -S, with -A the port of its administrator connection. Throws
+// UsageError.
+ServerName serverOf(const Options& options);
 
 }  // namespace sqlcmd

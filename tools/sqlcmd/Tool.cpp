@@ -66,7 +66,8 @@ void Tool::logInAndRun(Output& output) {
     BatchRunner runner(*client, m_options, output);
     setUpSession(*client, runner);
     if (m_options.query) {
-        runScript(runner, output, ScriptSource::ofText(*m_options.query));
+        const bool goesOn = runScript(runner, output, ScriptSource::ofText(*m_options.query));
+        if (goesOn && !m_options.endsAfterQuery) runScript(runner, output, ScriptSource::ofStandardInput());
     } else if (m_options.inputFiles.empty()) {
         runScript(runner, output, ScriptSource::ofStandardInput());
     } else {
@@ -78,7 +79,7 @@ void Tool::logInAndRun(Output& output) {
 void Tool::setUpSession(const Client& client, BatchRunner& runner) const {
     runner.run(std::string(client.sessionSettings()) +
                    (m_options.quotedIdentifier ? "SET QUOTED_IDENTIFIER ON" : "SET QUOTED_IDENTIFIER OFF"),
-               {});
+               {.withStatistics = false});
 }
 
 bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
@@ -118,7 +119,7 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
 bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
     for (int i = 0; i < step.count; ++i) {
         if (m_options.echo) output.write(step.text);
-        const auto [severity, exitCode] = runner.run(step.text, {m_xml, nullptr});
+        const auto [severity, exitCode] = runner.run(step.text, {.xml = m_xml});
         if (exitCode) {
             m_exitCode = *exitCode;
             return false;
@@ -135,7 +136,7 @@ bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
 
 void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
     std::string value;
-    const auto [severity, exitCode] = runner.run(step.text, {m_xml, &value});
+    const auto [severity, exitCode] = runner.run(step.text, {.xml = m_xml, .lastValue = &value});
     if (exitCode)
         m_exitCode = *exitCode;
     else if (!value.empty())
