@@ -2,6 +2,7 @@
 
 #include <string.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,6 +14,7 @@
 
 #include "ChildProcess.h"
 #include "CommandLine.h"
+#include "EvDebug.h"
 #include "HostSettings.h"
 #include "ProcessStart.h"
 #include "Store.h"
@@ -37,13 +39,33 @@ std::string_view baseName(std::string_view path) {
     return path.substr(path.rfind('/') + 1);
 }
 
-// Returns the path that [host.programs] gives for the program, else the name itself without double quotes.
+// Places of the query tool when the caller names its old default path and the store maps nothing.
+constexpr const char* kDefaultQueryTool = "/opt/mssql-tools/bin/sqlcmd";
+constexpr const char* kCurrentQueryTool = "/opt/mssql-tools18/bin/sqlcmd";
+constexpr const char* kQueryToolOnPath = "sqlcmd";
+
+std::string queryToolPath() {
+    for (const char* path : {kDefaultQueryTool, kCurrentQueryTool})
+        if (::access(path, X_OK) == 0) return path;
+    return kQueryToolOnPath;
+}
+
+// Returns the path that [host.programs] gives for the program, else the name itself without double quotes;
+// for the query tool's default path, a path at which the tool is installed.
 std::string programPath(std::string_view name, const hostlayer::StoreState& store) {
+    constexpr int kTraceLevel = 3;
     std::string program(name);
     std::erase(program, '"');
-    if (!store.content) return program;
-    const auto* mapped = hostlayer::findValue(store.content->programs, baseName(program));
-    return mapped != nullptr ? hostlayer::textOf(*mapped) : program;
+    const auto* mapped =
+        store.content ? hostlayer::findValue(store.content->programs, baseName(program)) : nullptr;
+    std::string path = program;
+    if (mapped != nullptr)
+        path = hostlayer::textOf(*mapped);
+    else if (program == kDefaultQueryTool)
+        path = queryToolPath();
+    if (path != program)
+        EvDebug().DebugLevel(kTraceLevel, "Program [%s] is started as [%s]", program.c_str(), path.c_str());
+    return path;
 }
 
 std::string startFailure(const std::string& program, int error, const hostlayer::StoreState& store) {

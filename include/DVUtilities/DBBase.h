@@ -148,10 +148,10 @@ class DVU_EXPORT DBBase {
     // output file. On failure getErrorMsg() is "Failed to execute SQL Script!"; the tool's own messages are
     // in the output file.
     //
-    // Nothing is escaped. No argument may contain a double quote. Server, user and database are not quoted on
-    // the command line: they must not contain blanks. SQL given as a string is one argument of the tool, for
-    // which the operating system's limit is 128 KiB; above it the tool does not start. RunStringQuery() has a
-    // limit of its own.
+    // Nothing is escaped. A call with a double quote in an argument or the login fails and runs nothing.
+    // Server, user and database are not quoted on the command line: they must not contain blanks. SQL given
+    // as a string is one argument of the tool, for which the operating system's limit is 128 KiB; above it
+    // the tool does not start. RunStringQuery() has a limit of its own.
     //
     // `toolSyntax`: columns separated by tabs, trailing blanks trimmed, and `errorLevel` for "-m 1".
     bool RunFileQuery(const char* sqlFile, const char* outputFile, const char* dbName, bool toolSyntax,

@@ -26,6 +26,7 @@ inline constexpr char kDecryptName[] = "DescryptFile";  // misspelled in the mes
 // Causes
 inline constexpr char kLineNotEncrypted[] = "Line %s cannot be encrypted.";
 inline constexpr char kLineNotDecrypted[] = "Line %s cannot be decrypted.";
+inline constexpr char kSameFile[] = "Source and target are the same file.";
 inline constexpr char kValueMissing[] = "The value is missing or empty.";
 
 }  // namespace common_messages

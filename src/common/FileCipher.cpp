@@ -149,6 +149,11 @@ bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::str
                         bool encrypt) {
     if (sourceFile == nullptr || targetFile == nullptr) return false;
     return guarded(false, [&] {
+        if (isSameFile(sourceFile, targetFile)) {
+            reportCause({.where = kDVUFile, .subject = targetFile, .text = common_messages::kSameFile});
+            errorText = FXString::Format(common_messages::kCannotOpenCipherFile, targetFile);
+            return false;
+        }
         return FileCipher(encrypt, errorText).run(sourceFile, targetFile, [&] {
             return OpenFile(targetFile, "w");
         });

@@ -2,10 +2,19 @@
 #pragma once
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
 #include <utility>
+
+// Whether both paths lead to one file, through links, too. False if either cannot be inspected.
+inline bool isSameFile(const char* path, const char* otherPath) {
+    struct stat one {
+    }, other{};
+    return ::stat(path, &one) == 0 && ::stat(otherPath, &other) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino;
+}
 
 // Move-only owner; closes the descriptor. Child processes do not inherit it.
 class FileDescriptor {

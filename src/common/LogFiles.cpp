@@ -36,6 +36,7 @@ void appendNumber(std::string& text, long long number, std::size_t width) {
 
 void appendTime(std::string& text, std::time_t when, bool dateOnly) {
     std::tm local{};
+    tzset();  // localtime_r() alone need not follow a changed time zone
     localtime_r(&when, &local);
     appendNumber(text, local.tm_year + 1900LL, 4);
     const std::pair<char, int> parts[] = {{'/', local.tm_mon + 1},

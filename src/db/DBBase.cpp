@@ -372,6 +372,7 @@ bool DBBase::RunFileQuery(const char* sqlFile, const char* outputFile, const cha
         QueryTool tool(partsOf(*this), outputFile, toolSyntax ? kToolName : nullptr);
         const ToolInput input = tool.input(sqlFile, dbName);
         return tool.run(
+            input,
             toolSyntax ? fileCommand(tool.login(), input, errorLevel) : plainFileCommand(tool.login(), input),
             database_messages::kScriptFailed);
     });
@@ -380,7 +381,8 @@ bool DBBase::RunFileQuery(const char* sqlFile, const char* outputFile, const cha
 bool DBBase::RunFileQuery_TS(const char* sqlFile, const char* outputFile, const char* dbName, int options) {
     return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, kToolName);
-        return tool.run(scriptFileCommand(tool.login(), tool.input(sqlFile, dbName), options),
+        const ToolInput input = tool.input(sqlFile, dbName);
+        return tool.run(input, scriptFileCommand(tool.login(), input, options),
                         database_messages::kScriptFailed);
     });
 }
@@ -393,7 +395,8 @@ bool DBBase::RunStringQuery(const char* sql, const char* outputFile, const char*
 bool DBBase::RunStringQuery_TS(const char* sql, const char* outputFile, const char* dbName, int options) {
     return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, kToolName);
-        return tool.run(scriptStringCommand(tool.login(), tool.input(sql, dbName), options),
+        const ToolInput input = tool.input(sql, dbName);
+        return tool.run(input, scriptStringCommand(tool.login(), input, options),
                         database_messages::kScriptFailed);
     });
 }
@@ -402,8 +405,8 @@ bool DBBase::generateCSVOutput(const char* sqlFile, const char* outputFile, cons
                                const char* separator) {
     return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, kToolName);
-        return tool.run(csvCommand(tool.login(), tool.input(sqlFile, dbName), separator),
-                        database_messages::kScriptFailed);
+        const ToolInput input = tool.input(sqlFile, dbName);
+        return tool.run(input, csvCommand(tool.login(), input, separator), database_messages::kScriptFailed);
     });
 }
 

@@ -29,6 +29,8 @@ inline constexpr char kLastBackup[] = "Last backup of database[%s] taken on %s. 
 // ---- Causes --------------------------------------------------------------------------------------------
 inline constexpr char kCredentialsUnusable[] =
     "The credentials cannot be decrypted, or their plain text has no length of the user name in front.";
+inline constexpr char kQuoteInArgument[] =
+    "A double quote in %s would end an argument of the query tool. It was not started.";
 inline constexpr char kNotOpen[] = "The connection is not open.";
 inline constexpr char kStatementFailed[] = "The statement failed. The platform layer gives no reason.";
 inline constexpr char kExitCode[] = "The query tool ended with exit code %d.";

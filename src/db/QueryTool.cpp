@@ -1,8 +1,10 @@
 #include "QueryTool.h"
 
+#include <cstring>
 #include <utility>
 
 #include "CallerText.h"
+#include "Causes.h"
 #include "DatabaseMessages.h"
 #include "FX.h"
 #include "SecretText.h"
@@ -29,8 +31,26 @@ ToolLogin QueryTool::login() const {
             account.password.c_str(), account.windowsAuthentication};
 }
 
-bool QueryTool::run(std::string command, const char* whenFailed) {
+// Names the argument with the quote, not its value: it may be the password.
+bool QueryTool::refuseQuote(const ToolInput& input) const {
+    const ToolLogin account = login();
+    const struct {
+        const char *name, *value;
+    } arguments[] = {{"the statement or its file", input.sql}, {"the output file", input.outputFile},
+                     {"the database", input.dbName},           {"the server", account.serverInstance},
+                     {"the user name", account.userName},      {"the password", account.password}};
+    for (const auto& argument : arguments) {
+        if (std::strchr(textOrEmpty(argument.value), '"') == nullptr) continue;
+        reportCause({.where = kDVUQueryTool,
+                     .text = FXString::Format(database_messages::kQuoteInArgument, argument.name)});
+        return true;
+    }
+    return false;
+}
+
+bool QueryTool::run(const ToolInput& input, std::string command, const char* whenFailed) {
     const SecretText commandLine(std::move(command));
+    if (refuseQuote(input)) return m_db.report.fail(whenFailed);
     const bool claimed = !m_temporary || claimToolOutput(m_outputFile);
     if (claimed && runLogged(commandLine.c_str(), VtProcess::kNoTimeout, m_db.report)) return true;
     if (claimed) noteToolMessages(m_outputFile);
@@ -40,8 +60,8 @@ bool QueryTool::run(std::string command, const char* whenFailed) {
 
 bool runStringQuery(const DatabaseParts& db, const char* sql, const char* outputFile, const char* dbName) {
     QueryTool tool(db, outputFile, nullptr);
-    return tool.run(stringCommand(tool.login(), tool.input(sql, dbName)),
-                    database_messages::kStringScriptFailed);
+    const ToolInput input = tool.input(sql, dbName);
+    return tool.run(input, stringCommand(tool.login(), input), database_messages::kStringScriptFailed);
 }
 
 // The fallback would serve only if there were no default path.

@@ -18,10 +18,13 @@ class QueryTool {
     ToolLogin login() const;  // valid as long as the database object is not changed
     ToolInput input(const char* sql, const char* dbName) const { return {sql, m_outputFile.c_str(), dbName}; }
     // Waits for the tool's end, without limit. On failure `whenFailed` becomes the error message and is
-    // logged. The command is wiped.
-    bool run(std::string command, const char* whenFailed);
+    // logged. The command is wiped. A double quote in the input or the login ends an argument of the command
+    // line, and another statement might run: the tool is not started then.
+    bool run(const ToolInput& input, std::string command, const char* whenFailed);
 
   private:
+    bool refuseQuote(const ToolInput& input) const;
+
     DatabaseParts m_db;
     std::string m_outputFile;
     const bool m_temporary;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -40,6 +41,13 @@ CVoError copyRest(std::FILE* in, CVoFile& out) {
     return last == '\n' ? CVoError() : out.Write("\n", 1);
 }
 
+// Deletes a file that an earlier process left behind; whatever else has the name stays.
+void removeLeftOver(const char* path) {
+    struct stat status {};
+    if (lstat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid())
+        CVoFile::Delete(path, /*missingIsFine=*/true);
+}
+
 }  // namespace
 
 CVoError removeOutputHeader(const std::string& path) {
@@ -48,6 +56,7 @@ CVoError removeOutputHeader(const std::string& path) {
     if (!readSeparator(in.get(), skipLine(in.get()))) return {};
 
     const std::string scratchPath = path + ".tscript.temp.txt";
+    removeLeftOver(scratchPath.c_str());
     CVoFile scratch;
     if (CVoError error = scratch.Open(scratchPath.c_str(), O_CREAT | O_WRONLY, S_IRUSR | S_IWUSR);
         error.IsError()) {

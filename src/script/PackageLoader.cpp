@@ -118,13 +118,17 @@ bool PackageLoader::parse() {
     const bool atStart = lseek(m_copy.get(), 0, SEEK_SET) == 0;
     const OpenFile copy(std::move(m_copy), "r");
     if (!atStart || !copy.isOpen()) return copyUnreadable();
-    PackageContent content = moveContentOut();
+    // The destructor stores what has been parsed, also when memory runs out.
+    struct Content : PackageContent {
+        explicit Content(PackageLoader& owner) : PackageContent(owner.moveContentOut()), loader(owner) {}
+        ~Content() { loader.storeContent(std::move(*this)); }
+        PackageLoader& loader;
+    } content(*this);
     PackageParser parser(content, [this](PackageParser::Section section) {
         m_report.log(FXString::Format(messages::kOutsideSections, static_cast<int>(section)));
     });
     char piece[PackageParser::kPieceBuffer];
     while (std::fgets(piece, sizeof piece, copy.get()) != nullptr) parser.parse({piece, std::strlen(piece)});
-    storeContent(std::move(content));
     return std::ferror(copy.get()) == 0 || copyUnreadable();  // a script read in part must not run
 }
 

@@ -21,9 +21,11 @@ std::string scratchFolder() {
     return "./";
 }
 
-// The query tool's command line puts paths between double quotes and cannot escape one.
+// The query tool's command line puts paths between double quotes and cannot escape one. A slash would name a
+// folder that need not exist.
 std::string fileNamePart(std::string scriptName) {
     std::replace(scriptName.begin(), scriptName.end(), '"', '_');
+    std::replace(scriptName.begin(), scriptName.end(), '/', '_');
     return scriptName;
 }
 

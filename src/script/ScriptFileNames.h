@@ -1,5 +1,5 @@
 // Paths of a run's files. Time, process id and rand() make those of concurrent runs different. A double quote
-// in a script's name becomes "_".
+// or a slash in a script's name becomes "_".
 #pragma once
 
 #include <string>

@@ -6,11 +6,14 @@
 #include <string>
 
 #include "CallerText.h"
+#include "Causes.h"
+#include "CommonMessages.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/commonFunc.h"
 #include "EvDebug.h"
 #include "FX.h"
+#include "RegistryNames.h"
 #include "ScriptMessages.h"
 #include "VTPI.h"
 
@@ -50,7 +53,10 @@ bool ScriptSession::start(const char* name) {
     }
     m_session.db = new DBBase(kUnusedFlag);
     m_session.util = new DVUtilLib(m_session.scriptName.c_str(), kUnusedFlag);
-    if (!nameMachine()) return false;
+    if (!nameMachine()) {
+        discardObjects();  // a session that did not start is none
+        return false;
+    }
     startLog();
     m_report.log(messages::kInitialized);
     return true;
@@ -65,6 +71,7 @@ void ScriptSession::discardObjects() {
 
 bool ScriptSession::nameMachine() {
     if (m_session.util->GetMachineName(m_session.machineName, m_session.instanceName)) return true;
+    reportConfiguration(registry::key::kDorvase, registry::value::kHostName, common_messages::kValueMissing);
     m_report.set(messages::kNoMachineName);
     return false;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/commonFunc.h"
 #include "SampleInstallation.h"
 #include "VTPassword.h"
@@ -86,17 +87,36 @@ TEST_F(FileCipher, FailuresAreReported) {
     EXPECT_FALSE(EncryptFile(plain.c_str(), nullptr, error));
     EXPECT_EQ(error, "untouched");
     writeFile(plain, "text\n");
+    const std::string link = plain + ".link";
+    std::filesystem::create_hard_link(plain, link);
     const struct {
         std::string source, target, message;
     } cases[] = {{"/no/such", secret, "Failed to open source file [/no/such]"},
                  {plain, "/no/such/target", "Failed to open source file [/no/such/target]"},
                  {installation.folder("."), secret,
                   "Failed to read source file [" + installation.folder(".").string() + "]"},
+                 {plain, plain, "Failed to open source file [" + plain + "]"},
+                 {plain, link, "Failed to open source file [" + link + "]"},
                  {plain, "/dev/full", "Failed to write target file [/dev/full]"}};
+    std::vector<DVUCause_t> causes;
     for (const auto& c : cases) {
+        const DVUCauses collector;
         EXPECT_FALSE(EncryptFile(c.source.c_str(), c.target.c_str(), error));
         EXPECT_EQ(error, c.message);
+        collector.get(causes);
+        ASSERT_EQ(causes.size(), 1U);
+        EXPECT_EQ(causes[0].where, kDVUFile);
+        EXPECT_NE(c.message.find("[" + causes[0].subject + "]"), std::string::npos);
+        EXPECT_TRUE(causes[0].systemError != 0 || causes[0].text.find("same file") != std::string::npos);
     }
+    EXPECT_EQ(readFile(plain), "text\n");
+    writeFile(secret, "no record\n");
+    DVUCauses collector;
+    EXPECT_FALSE(DecryptFile(secret.c_str(), (plain + "2").c_str(), error));
+    collector.get(causes);
+    ASSERT_EQ(causes.size(), 2U);
+    EXPECT_EQ(causes[0].text, "the text is not an encrypted record");
+    EXPECT_EQ(causes[1].subject + ": " + causes[1].text, secret + ": Line 1 cannot be decrypted.");
     std::filesystem::remove(installation.folder("cipher.key"));
     EXPECT_FALSE(EncryptFile(plain.c_str(), secret.c_str(), error));
     EXPECT_EQ(error, "EncryptFile failed with error [" + std::to_string(VTPassword::kKeyUnreadable) + "]");

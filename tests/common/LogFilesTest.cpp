@@ -45,6 +45,12 @@ TEST(TimeString, IsLocalTimeCutToTheLength) {
     EXPECT_STREQ(GetTimeString(buffer, 5, moment, false), "2024");
     EXPECT_STREQ(GetTimeString(buffer, 0, moment, false), "2024");
     EXPECT_EQ(GetTimeString(nullptr, 5, moment, false), nullptr);
+    for (const auto& [zone, text] :
+         {std::pair("UTC0", "1970/01/01 00:00:00"), std::pair("XXX-5", "1970/01/01 05:00:00")}) {
+        setenv("TZ", zone, 1);
+        EXPECT_STREQ(GetTimeString(buffer, sizeof buffer, 0, false), text);
+    }
+    unsetenv("TZ");
 }
 
 TEST_F(LogFiles, AppendsTimedAndRawEntries) {
@@ -131,6 +137,9 @@ TEST_F(LogFiles, PrintoutNeverCopiesAFileIntoItself) {
     EXPECT_EQ(printedBy([&] { util.printoutContent(otherCase.c_str(), logFile, true); }), "y\n\n");
     EXPECT_EQ(printedBy([&] { util.printoutContent(otherCase.c_str(), nullptr, false); }), "");
     EXPECT_EQ(printedBy([&] { util.printoutContent(logFile, logFile, true); }), "x\n\n");
+    const std::string link = installation.logFolder() / "link";
+    std::filesystem::create_symlink(logFile, link);
+    EXPECT_EQ(printedBy([&] { util.printoutContent(link.c_str(), logFile, false); }), "");
     EXPECT_EQ(readFile(logFile), "x\n");
     writeFile(source, "z\n");
     util.printoutContent(source.c_str(), nullptr, false);  // into the object's own log file

@@ -149,6 +149,8 @@ TEST_F(Server, AFailedOperationKeepsItsCauses) {
         {"query tool", [&] { return runTool("SELECT * FROM nowhere"); }, kDVUQueryTool, 208, -1, 1,
          "nowhere"},
         {"its end", [&] { return runTool("SELECT * FROM nowhere"); }, kDVUQueryTool, 0, 1, 0, "exit code 1"},
+        {"double quote", [&] { return runTool("PRINT \"1\""); }, kDVUQueryTool, 0, -1, 0,
+         "A double quote in the statement"},
         {"login", [&] { return db.Open(nullptr, nullptr, const_cast<char*>("wrong")); }, kDVUConnection,
          18456, -1, 0, "Login failed"},
         {"no server", noServer, kDVUConnection, 20009, -1, 0, "Unable to connect"},

@@ -98,6 +98,13 @@ TEST_F(Process, MapsToolNamesToPathsOfTheStore) {
     EXPECT_EQ(run("\"/opt/mssql-tools/bin/sqlcmd\"", "\"/opt/mssql-tools/bin/sqlcmd\" -b").error,
               std::string(m_store.folder / "other-sqlcmd") + " -b\n");
     EXPECT_FALSE(run("/opt/mssql-tools/bin/isql", "isql").isStarted);
+    if (std::filesystem::exists("/opt/mssql-tools") || std::filesystem::exists("/opt/mssql-tools18")) return;
+    m_store.write("");
+    const std::string path = std::getenv("PATH");
+    const std::string tool = script("sqlcmd", "echo \"$0 $1\" >&2");
+    ::setenv("PATH", (m_store.folder.path().string() + ":" + path).c_str(), 1);
+    EXPECT_EQ(run("/opt/mssql-tools/bin/sqlcmd", "sqlcmd -b").error, tool + " -b\n");
+    ::setenv("PATH", path.c_str(), 1);
 }
 
 TEST_F(Process, ReportsHowToRepairAFailedStart) {

@@ -27,6 +27,7 @@ TEST(OutputHeader, IsDroppedOnlyAboveItsSeparator) {
     for (const auto& c : cases) {
         const support::TempDir folder;
         support::writeFile(folder / "out.log", c.before);
+        support::writeFile(folder / "out.log.tscript.temp.txt", "left over");
         EXPECT_FALSE(removeOutputHeader(folder / "out.log").IsError());
         EXPECT_EQ(support::readFile(folder / "out.log"), c.after);
         EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1) << "nothing beside it";

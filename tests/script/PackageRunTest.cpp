@@ -109,6 +109,10 @@ TEST_F(PackageRun, NamesWithQuotesAndPercentSignsAreHarmless) {
         EXPECT_EQ(result.output, "ran\n\nTscript Execution Succeeded!\n");
     }
     EXPECT_EQ(query("SELECT COUNT(*) FROM ZpTscripts WHERE name LIKE 'it''s {%'").front(), "1");
+    std::filesystem::create_directory(m_installation.homeFolder() / "Scripts" / "sub");
+    writePackage("sub/slash", packageOf("PRINT 'ran'\n"));
+    EXPECT_EQ(runPackage("sub/slash").output, "ran\n\nTscript Execution Succeeded!\n");
+    EXPECT_EQ(lastRun("sub/slash"), "1|0|");
 }
 
 TEST_F(PackageRun, HelpAndOtherOperationsRunNothing) {
@@ -170,20 +174,30 @@ TEST_F(PackageRun, MissingOrDamagedPartsAreReported) {
         const char* what;
         void (*damage)(Installation& i, std::string& package);
         const std::string& output;
+        const char* cause;  // subject and text of one
     } cases[] = {
-        {"base folder", [](auto& i, auto&) { i.remove("Base", "dZEPHRAHOME"); }, noFolder},
-        {"key", [](auto& i, auto&) { fs::remove(i.folder("cipher.key")); }, refused},
+        {"base folder", [](auto& i, auto&) { i.remove("Base", "dZEPHRAHOME"); }, noFolder,
+         "Base\\dZEPHRAHOME: The value is missing"},
+        {"key", [](auto& i, auto&) { fs::remove(i.folder("cipher.key")); }, refused,
+         "cipher.key: the key file that cipherKeyFile names is missing"},
         {"private key", [](auto& i, auto&) { fs::permissions(i.folder("cipher.key"), fs::perms(0640)); },
-         refused},
+         refused, "cipher.key: users other than its owner"},
         {"same key", [](auto& i, auto&) { support::writeFile(i.folder("cipher.key"), std::string(32, 'k')); },
-         refused},
-        {"temporary folder", [](auto& i, auto&) { fs::remove_all(i.tempFolder()); }, refused},
-        {"password", [](auto& i, auto&) { i.useServer(s_box->server(), s_box->login(), "x"); }, noAccess},
-        {"server", [](auto& i, auto&) { i.useServer("127.0.0.1,1", "sa", "x"); }, noAccess},
-        {"package", [](auto&, auto& package) { package.clear(); }, missing},
-        {"its byte", [](auto&, auto& package) { package[package.size() / 2] ^= 3; }, refused},
-        {"its end", [](auto&, auto& package) { package.resize(package.size() - 9); }, refused},
-        {"its cipher", [](auto&, auto& package) { package = "plain text\n"; }, refused},
+         refused, ": the encrypted record was changed, or encrypted with another key"},
+        {"temporary folder", [](auto& i, auto&) { fs::remove_all(i.tempFolder()); }, refused,
+         "_DE.txt: No such file or directory"},
+        {"password", [](auto& i, auto&) { i.useServer(s_box->server(), s_box->login(), "x"); }, noAccess,
+         "Login failed for user"},
+        {"server", [](auto& i, auto&) { i.useServer("127.0.0.1,1", "sa", "x"); }, noAccess,
+         "Unable to connect"},
+        {"package", [](auto&, auto& package) { package.clear(); }, missing,
+         "lacking.sql: No such file or directory"},
+        {"its byte", [](auto&, auto& package) { package[package.size() / 2] ^= 3; }, refused,
+         "lacking.sql: Line "},
+        {"its end", [](auto&, auto& package) { package.resize(package.size() - 9); }, refused,
+         "lacking.sql: Line "},
+        {"its cipher", [](auto&, auto& package) { package = "plain text\n"; }, refused,
+         ": the text is not an encrypted record"},
     };
     const std::string good = support::readFile(writePackage("lacking", packageOf("PRINT 1\n")));
     for (const auto& c : cases) {
@@ -193,7 +207,13 @@ TEST_F(PackageRun, MissingOrDamagedPartsAreReported) {
         std::string package = good;
         c.damage(damaged, package);
         if (!package.empty()) support::writeFile(damaged.homeFolder() / "Scripts" / "lacking.sql", package);
+        const DVUCauses collector;
         const Result result = runPackage("lacking");
+        std::vector<DVUCause_t> causes;
+        collector.get(causes);
+        std::string texts;
+        for (const DVUCause_t& cause : causes) texts += cause.subject + ": " + cause.text + "\n";
+        EXPECT_NE(texts.find(c.cause), std::string::npos) << texts;
         EXPECT_FALSE(result.done);
         EXPECT_EQ(result.output, c.output);
         EXPECT_TRUE(!fs::exists(damaged.tempFolder()) || fs::is_empty(damaged.tempFolder()));
@@ -355,6 +375,14 @@ TEST_F(PackageRun, LackOfMemoryIsReported) {
             << result.output.substr(0, 200);
     }
     EXPECT_EQ(lastRun("largeoutput"), "1|0|");
+    writePackage("replaced", packageOf("PRINT 'first'\n"));
+    TScript script;
+    ASSERT_TRUE(script.initialize("replaced") && script.setSQLFile(nullptr));
+    fs::copy_file(packagePath("largebody"), packagePath("replaced"), fs::copy_options::overwrite_existing);
+    setrlimit(RLIMIT_AS, &small);
+    EXPECT_FALSE(script.setSQLFile(nullptr));
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_EQ(std::string(script.getDescription()).find("What it does"), 0U) << "an earlier load's content";
 }
 #endif
 

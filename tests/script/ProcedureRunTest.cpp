@@ -232,6 +232,9 @@ TEST_F(ProcedureRuns, AnObjectWithoutASessionRefusesToWork) {
                  script.recordExecStart("") || script.recordExecEnd(1) || script.addNewTscript());
     EXPECT_TRUE(script.checkPlexumId() && script.checkGUID()) << "bound to no site";
     EXPECT_STREQ(script.getSQLFile(), "");
+    m_installation.remove("Dorvase", "sDVHOSTNAME");
+    EXPECT_FALSE(script.initialize("any") || script.executeSQLFile({}, nullptr));
+    EXPECT_EQ(std::string(script.getErrorMessage()).find("The script session is not initialized."), 0U);
 }
 
 TEST_F(ProcedureRuns, ExportedFunctionsTakeNullAddresses) {
