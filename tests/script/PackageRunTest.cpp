@@ -382,7 +382,7 @@ TEST_F(PackageRun, LackOfMemoryIsReported) {
     setrlimit(RLIMIT_AS, &small);
     EXPECT_FALSE(script.setSQLFile(nullptr));
     setrlimit(RLIMIT_AS, &before);
-    EXPECT_EQ(std::string(script.getDescription()).find("What it does"), 0U) << "an earlier load's content";
+    EXPECT_NE(std::string(script.getDescription()).find("What it does"), std::string::npos);
 }
 #endif
 
