@@ -532,6 +532,21 @@ TEST_F(Installation, NamesTheCauseOfAFailedRun) {
          "lacks what runs need: [FreeTDS][SQL Server]Invalid object name 'ZpTscriptExec'"},
         {{"run", "Drop", "-p", "DROP FUNCTION dbo.GetDateTime"}, 3, "", "the run stays open"},
         {purge, 3, "", "GetDateTime"},
+        {{"schema", "check", "NQ2"},
+         3,
+         "missing  ZpTscriptExec\nok       GetDateTime\n",
+         "tscript schema install NQ2"},
+        {{"schema", "check", "Dorvas", "--json"}, 3, "\"state\": \"missing\"", "missing in Dorvas"},
+        {{"schema", "install", "NQ2"}, 2, "", "created in NQ2: ZpTscriptExec. Confirmation is needed"},
+        {{"schema", "install", "NQ2", "--yes"}, 0, "ok       ZpTscriptExec\n", ""},
+        {{"schema", "install", "Dorvas", "--yes"}, 0, "ok       GetDateTime\n", ""},
+        {{"schema", "check", "Nope"}, 2, "", "Dorvas, NQ2"},
+        {{"run", "Drop", "-p", "ALTER TABLE nq2..ZpTscriptExec DROP COLUMN inputParams"}, 0, "", ""},
+        {{"schema", "install", "NQ2", "--yes"},
+         3,
+         "differs  ZpTscriptExec: it lacks inputParams text",
+         "by hand"},
+        {purge, 0, "Deleted", ""},
     });
     support::writeFile(m_temp / "tool", "#!/nowhere/sh\n");
     fs::permissions(m_temp / "tool", fs::perms(0700));

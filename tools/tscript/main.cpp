@@ -26,9 +26,9 @@ Exit codes:
   130  interrupted)";
 
 constexpr void (*kAddCommands[])(CLI::App&, Action&) = {
-    addScriptCommands, addJournalCommands,  addPackCommand,   addInspectCommand,     addLintCommand,
-    addRepackCommand,  addDatabaseCommands, addKeyCommands,   addCredentialCommands, addSandboxCommands,
-    addDoctorCommand,  addConfigCommands,   addReportCommand,
+    addScriptCommands, addJournalCommands,  addPackCommand,    addInspectCommand,     addLintCommand,
+    addRepackCommand,  addDatabaseCommands, addKeyCommands,    addCredentialCommands, addSandboxCommands,
+    addSchemaCommands, addDoctorCommand,    addConfigCommands, addReportCommand,
 };
 
 int reportFailure(ExitCode code, const std::string& what, const std::string& advice) {

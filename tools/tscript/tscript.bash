@@ -58,7 +58,7 @@ _tscript() {
     -p | --parameter | --input | --name | --since | --last | --stale | --port | --user) COMPREPLY=(); return ;;
   esac
   case "${words[*]}" in
-    "") _tscript_offer "run help exec params which catalogue journal report pack lint inspect repack db doctor config key credentials sandbox $options --version" ;;
+    "") _tscript_offer "run help exec params which catalogue journal report pack lint inspect repack db doctor schema config key credentials sandbox $options --version" ;;
     run*) options+=" -p --parameter --allow-missing" ;;&
     run* | exec*) options+=" --db --input --dry-run --data -o --output -q --quiet --json" ;;&
     help* | params* | which* | catalogue* | journal* | report* | db*) options+=" --db" ;;&
@@ -72,6 +72,8 @@ _tscript() {
     repack*) options+=" --old-key --new-key" ;;&
     "db restore"*) options+=" --to --execute" ;;&
     "db restore"* | "sandbox reset"*) options+=" --yes" ;;&
+    schema*) options+=" --json" ;;&
+    "schema install"*) options+=" --yes" ;;&
     "config show"*) options+=" --key" ;;&
     doctor | "config show" | "config get"* | "db list" | "db version" | "db last-backup"* | "sandbox status") options+=" --json" ;;&
     "sandbox shell"*) options+=" --db" ;;&
@@ -81,6 +83,8 @@ _tscript() {
     ?*) [[ $current != -* ]] || { _tscript_offer "$options"; return; } ;;&
     run | help | which) _tscript_offer_packages ;;
     db) _tscript_offer "list version last-backup backup restore" ;;
+    schema) _tscript_offer "check install" ;;
+    "schema check" | "schema install") _tscript_offer "$databases" ;;
     key) _tscript_offer "create" ;;
     credentials) _tscript_offer "set test" ;;
     config) _tscript_offer "show get set" ;;

@@ -155,7 +155,7 @@ Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
         diagnosis.code == ExitCode::kScriptFailed || diagnosis.code == ExitCode::kConnection;
     if (missing != nullptr && isUndecided)
         return {ExitCode::kInstallation, "the database lacks what runs need: " + missing->text,
-                "tscript doctor lists what is missing in which database.", diagnosis.scriptRan};
+                "tscript schema check DB lists what is missing; tscript schema install DB creates it.", diagnosis.scriptRan};
     const DVUCause_t* notStarted = findCause(result.causes, [](const DVUCause_t& cause) {
         return cause.where == kDVUQueryTool && cause.systemError != 0;
     });
