@@ -64,7 +64,8 @@ class DVU_EXPORT TScript {
     // more than about 700 single quotes, each of which is doubled. True also for a script that is not in the
     // catalogue, although no row is written then; recordExecEnd() fails for that run.
     bool recordExecStart(const char* inputParams);
-    // Records the end of the run. `status`: 1 succeeded, 2 failed. Fails when no start is recorded.
+    // Records the end of the run. `status`: 1 succeeded, 2 failed. Fails when no start is recorded. While the
+    // server cannot be reached, tries again for 5 seconds.
     bool recordExecEnd(int status);
 
     // ---- Package ---------------------------------------------------------------------------------------
