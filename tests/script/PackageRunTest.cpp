@@ -81,6 +81,7 @@ TEST_F(PackageRun, RunsInADatabaseThatIsNamedOrDetected) {
         db.SetAccountInfo(s_box->server().c_str(), s_box->login().c_str(), s_box->password().c_str(),
                           log.c_str());
         ASSERT_TRUE(db.SetDBValue(("CREATE DATABASE " + c.database).c_str()));
+        fs::current_path(fs::path(CATALOGUE_SQL).parent_path());  // its :r names are relative to it
         ASSERT_TRUE(db.RunFileQuery(CATALOGUE_SQL, log.c_str(), c.database.c_str(), true, false));
         for (const auto& other : cases)
             m_installation.set("InstalledPackages\\" + other.component, "sInstallState",
