@@ -113,6 +113,26 @@ TEST(Script, PrintsValuesLongerThanAPiece) {
     }
 }
 
+TEST(Script, ChangesItsServerAndItsOutputs) {
+    const support::TsqlBox server, other;
+    const support::TempDir folder;
+    std::filesystem::create_symlink("elsewhere.txt", folder / "linked.txt");
+    support::ProgramOptions options;
+    options.workingDirectory = folder.path();
+    options.input = "CREATE TABLE of_the_first (i int)\nGO\n:connect " + other.server() + " -U " +
+                    other.login() + " -P \"$(word)\"\n:error errors.txt\n:out results.txt\n" +
+                    "SELECT * FROM of_the_first\nGO\nPRINT '$(SQLCMDSERVER)'\nGO\n:out linked.txt\n";
+    const auto result = support::runProgram({SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(),
+                                             "-P", server.password(), "-v", "word=" + other.password()},
+                                            options);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.errors.find("cannot open output file 'linked.txt'"), std::string::npos) << result.errors;
+    EXPECT_FALSE(std::filesystem::exists(folder / "elsewhere.txt"));
+    EXPECT_TRUE(support::readFile(folder / "results.txt").starts_with(other.server() + "\n"));
+    EXPECT_NE(support::readFile(folder / "errors.txt").find("Invalid object name 'of_the_first'"),
+              std::string::npos);
+}
+
 TEST(Terminal, PromptsForThePassword) {
     const support::TsqlBox server;
     support::TerminalProgram program(

@@ -19,8 +19,27 @@ constexpr std::string_view kReservedPrefix = "SQLCMD";     // of the variables t
 constexpr std::string_view kWithoutColon[] = {"exit", "quit", "reset"};
 
 // Commands of Microsoft's tool that this one does not support.
-constexpr std::string_view kNotSupported[] = {"!!",   "connect", "ed",  "error",     "help",
-                                              "list", "listvar", "out", "perftrace", "serverlist"};
+constexpr std::string_view kNotSupported[] = {"!!", "ed", "perftrace", "serverlist"};
+
+// Commands that -X forbids.
+constexpr std::string_view kRestricted[] = {"!!", "ed", "r", "out", "error", "perftrace", "connect"};
+
+constexpr const char* kHelp =
+    "GO [n]                          run the batch, n times\n"
+    ":connect SERVER [-l S] [-U NAME -P PASSWORD]\n"
+    "                                connect to another server\n"
+    ":error FILE|STDERR|STDOUT       print errors there\n"
+    ":exit [([QUERY])]               end; with parentheses, run the batch first\n"
+    ":help                           print this list\n"
+    ":list                           print the batch\n"
+    ":listvar                        print the scripting variables\n"
+    ":on error exit|ignore           end at the first batch that fails, or continue\n"
+    ":out FILE|STDERR|STDOUT         print results there\n"
+    ":quit                           end without running the batch\n"
+    ":r FILE                         insert the contents of a file\n"
+    ":reset                          discard the batch\n"
+    ":setvar NAME [VALUE]            set or remove a scripting variable\n"
+    ":xml on|off                     print the first column only, unformatted\n";
 
 Step stepOf(Step::Kind kind) {
     Step step;
@@ -46,8 +65,11 @@ std::string unquoted(std::string_view text) {
 }  // namespace
 
 BatchReader::BatchReader(ScriptSource source, Variables& variables, bool expandVariables,
-                         std::string batchEnd)
-    : m_variables(variables), m_expandVariables(expandVariables), m_batchEnd(std::move(batchEnd)) {
+                         std::string batchEnd, bool isRestricted)
+    : m_variables(variables),
+      m_expandVariables(expandVariables),
+      m_isRestricted(isRestricted),
+      m_batchEnd(std::move(batchEnd)) {
     m_sources.push_back(std::move(source));
 }
 
@@ -100,9 +122,21 @@ std::optional<Step> BatchReader::readCommand() {
     const auto nameLength = std::min(line.find_first_of(" \t("), line.size());
     const std::string_view name = line.substr(0, nameLength);
     if (isOneOf(kWithoutColon, name)) return runCommand(name, line.substr(nameLength));
-    if (line.starts_with("!!") || equalsIgnoringCase(line, "ed")) throwCommandError(line.substr(0, 2));
+    const bool startsProgram =
+        line.starts_with("!!") || line.starts_with(":!!") || equalsIgnoringCase(line, "ed");
+    if (startsProgram && m_isRestricted) {
+        Step step = stepOf(Step::Kind::Refused);
+        step.name = line.substr(0, line.starts_with(':') ? 3 : 2);
+        return step;
+    }
+    if (startsProgram) throwCommandError(line.substr(0, line.starts_with(':') ? 3 : 2));
     const bool isCommand = line.starts_with(':') && !line.starts_with("::");  // ::fn_name() is T-SQL
     if (!isCommand) return std::nullopt;
+    if (m_isRestricted && isOneOf(kRestricted, name.substr(1))) {
+        Step step = stepOf(Step::Kind::Refused);
+        step.name = name;
+        return step;
+    }
     std::optional<Step> step = runCommand(name.substr(1), line.substr(nameLength));
     if (!step) throwCommandError(name);
     return step;
@@ -111,7 +145,7 @@ std::optional<Step> BatchReader::readCommand() {
 // Returns nullopt for an unknown name or invalid arguments.
 std::optional<Step> BatchReader::runCommand(std::string_view name, std::string_view arguments) {
     arguments = trimmed(arguments);
-    if (equalsIgnoringCase(name, "setvar")) return setVariable(arguments), stepOf(Step::Kind::None);
+    if (equalsIgnoringCase(name, "setvar")) return setVariable(arguments);
     if (equalsIgnoringCase(name, "r")) return includeFile(arguments), stepOf(Step::Kind::None);
     if (equalsIgnoringCase(name, "exit")) return readExit(arguments);
     if (equalsIgnoringCase(name, "reset") && arguments.empty())
@@ -126,6 +160,25 @@ std::optional<Step> BatchReader::runCommand(std::string_view name, std::string_v
     if (equalsIgnoringCase(name, "xml")) return readSwitch(Step::Kind::Xml, "on", "off");
     if (equalsIgnoringCase(name, "on") && equalsIgnoringCase(takeWord(arguments), "error"))
         return readSwitch(Step::Kind::OnError, "exit", "ignore");
+    return readOtherCommand(name, arguments);
+}
+
+std::optional<Step> BatchReader::readOtherCommand(std::string_view name, std::string_view arguments) {
+    const auto stepWith = [](Step::Kind kind, std::string text) {
+        Step step = stepOf(kind);
+        step.text = std::move(text);
+        return step;
+    };
+    if (!arguments.empty()) {
+        if (equalsIgnoringCase(name, "connect")) return stepWith(Step::Kind::Connect, expanded(arguments));
+        if (equalsIgnoringCase(name, "out")) return stepWith(Step::Kind::Out, expanded(unquoted(arguments)));
+        if (equalsIgnoringCase(name, "error"))
+            return stepWith(Step::Kind::Error, expanded(unquoted(arguments)));
+        return std::nullopt;
+    }
+    if (equalsIgnoringCase(name, "list")) return stepWith(Step::Kind::Print, m_batch);
+    if (equalsIgnoringCase(name, "help")) return stepWith(Step::Kind::Print, kHelp);
+    if (equalsIgnoringCase(name, "listvar")) return stepOf(Step::Kind::ListVariables);
     return std::nullopt;
 }
 
@@ -142,14 +195,20 @@ std::optional<Step> BatchReader::readExit(std::string_view arguments) {
     return step;
 }
 
-void BatchReader::setVariable(std::string_view arguments) {
+Step BatchReader::setVariable(std::string_view arguments) {
     const std::string_view name = takeWord(arguments);
     if (!Variables::isName(name)) throwCommandError(":setvar");
-    if (equalsIgnoringCase(name.substr(0, kReservedPrefix.size()), kReservedPrefix))
-        throw ToolError("Sqlcmd: Error: ':setvar " + std::string(name) +
-                        "' sets no option. Give the option on the command line.");
-    if (arguments.empty()) return m_variables.remove(name);
-    m_variables.set(name, expanded(unquoted(arguments)));
+    Step step = stepOf(Step::Kind::None);
+    if (equalsIgnoringCase(name.substr(0, kReservedPrefix.size()), kReservedPrefix)) {
+        step.kind = Step::Kind::SetOption;
+        step.name = name;
+        step.text = expanded(unquoted(arguments));
+    } else if (arguments.empty()) {
+        m_variables.remove(name);
+    } else {
+        m_variables.set(name, expanded(unquoted(arguments)));
+    }
+    return step;
 }
 
 void BatchReader::includeFile(std::string_view arguments) {

@@ -19,10 +19,18 @@ struct Step {
         Exit,       // end without running the pending batch
         Xml,        // :XML ON or OFF, as `on`
         OnError,    // :on error exit (`on`) or ignore
+        Connect,    // connect to the server that `text` describes
+        Out,        // print results to the file `text`, STDOUT or STDERR
+        Error,      // print errors there
+        Print,      // print the text
+        ListVariables,
+        SetOption,  // set the option of the variable `name` to `text`
+        Refused,    // `name` is a command that -X forbids
         None,       // nothing: the reader has carried out the command itself
         End,        // end of the script
     };
     Kind kind = Kind::End;
+    std::string name;
     std::string text;
     int count = 1;
     bool on = false;
@@ -40,7 +48,10 @@ class BatchReader {
   public:
     // Without `expandVariables`, $(name) is ordinary text. `batchEnd` is the batch separator, usually GO.
     // `variables` must outlive the reader; :setvar changes them.
-    BatchReader(ScriptSource source, Variables& variables, bool expandVariables, std::string batchEnd);
+    // With `isRestricted` (-X), commands that reach files, programs and other servers are steps of kind
+    // Refused.
+    BatchReader(ScriptSource source, Variables& variables, bool expandVariables, std::string batchEnd,
+                bool isRestricted = false);
 
     // Returns the next step, never one of kind None. Throws ToolError for an invalid or unsupported command,
     // an undefined variable, a script that cannot be read and a batch of more than 256 MB.
@@ -52,7 +63,8 @@ class BatchReader {
     std::optional<Step> readCommand();
     std::optional<Step> runCommand(std::string_view name, std::string_view arguments);
     std::optional<Step> readExit(std::string_view arguments);
-    void setVariable(std::string_view arguments);
+    std::optional<Step> readOtherCommand(std::string_view name, std::string_view arguments);
+    Step setVariable(std::string_view arguments);
     void includeFile(std::string_view arguments);
     void appendLine();
     void appendCharacter(std::size_t& i);
@@ -65,6 +77,7 @@ class BatchReader {
     std::vector<ScriptSource> m_sources;  // the script and its :r files, the innermost last
     Variables& m_variables;
     bool m_expandVariables;
+    bool m_isRestricted;
     std::string m_batchEnd;
     std::string m_line;
     std::string m_batch;

@@ -26,10 +26,11 @@ void requireUtf8(std::string_view batch) {
 
 BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) {
     requireUtf8(batch);
-    MessagePrinter messages(m_options, m_output);
+    MessagePrinter messages(m_options, m_output, m_errors);
     const auto start = std::chrono::steady_clock::now();
     {
-        const auto running = m_client.run(batch, [&](const Diagnostic& message) { messages.print(message); });
+        const auto running =
+            m_client->run(batch, [&](const Diagnostic& message) { messages.print(message); });
         while (running->nextResult()) {
             printResult(*running, mode);
             m_output.flush();  // the next result may take long
@@ -39,7 +40,7 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
     m_output.flush();
     const int severity = messages.highestSeverity();
     const bool isConnectionLost =
-        severity >= kFatalSeverity || (severity >= kErrorSeverity && m_client.isDead());
+        severity >= kFatalSeverity || (severity >= kErrorSeverity && m_client->isDead());
     if (isConnectionLost) throw AlreadyReported();
     return {severity, messages.endingNumber()};
 }

@@ -22,7 +22,10 @@ class BatchRunner {
   public:
     // The arguments must outlive the runner.
     BatchRunner(Client& client, const Options& options, Output& output)
-        : m_client(client), m_options(options), m_output(output) {}
+        : m_client(&client), m_options(options), m_output(output) {}
+
+    void setClient(Client& client) { m_client = &client; }
+    void setErrorOutput(Output* errors) { m_errors = errors; }  // see MessagePrinter
 
     // Throws AlreadyReported when the connection is lost, ToolError when the batch is not UTF-8 or the output
     // cannot be written.
@@ -33,9 +36,10 @@ class BatchRunner {
     void printCount(long long count);
     void printStatistics(std::chrono::steady_clock::duration time);
 
-    Client& m_client;
+    Client* m_client;
     const Options& m_options;
     Output& m_output;
+    Output* m_errors = nullptr;
 };
 
 }  // namespace sqlcmd

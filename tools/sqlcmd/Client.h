@@ -55,6 +55,7 @@ class Client {
     // Sends a batch. Messages are passed to `handler` in the order in which they arrive, while the batch is
     // read. One batch can run at a time.
     virtual std::unique_ptr<RunningBatch> run(const std::string& batch, MessageHandler handler) = 0;
+    virtual void setQueryTimeout(int seconds) = 0;  // of the following batches; 0: none
     virtual bool isDead() const = 0;
 };
 

@@ -43,6 +43,7 @@ class Connection {
 
     const Driver& driver() const { return m_driver; }
     int queryTimeout() const { return m_queryTimeout; }  // seconds; 0: none
+    void setQueryTimeout(int seconds) { m_queryTimeout = seconds; }
     bool isDead() const;
 
   private:

@@ -205,7 +205,7 @@ DbLibClient::DbLibClient(Options& options) {
         throw LoginError(loginErrors(std::move(messages)));
     }
     dbsetuserdata(m_process, reinterpret_cast<BYTE*>(this));  // from now on, a timeout is one of a query
-    if (options.queryTimeout > 0) dbsettime(options.queryTimeout);
+    setQueryTimeout(options.queryTimeout);
 }
 
 DbLibClient::~DbLibClient() {
@@ -223,6 +223,10 @@ std::unique_ptr<RunningBatch> DbLibClient::run(const std::string& batch, Message
     if (batch.find('\0') != std::string::npos)
         throw ToolError("Sqlcmd: Error: the batch is not run: it contains a NUL character.");
     return std::make_unique<DbLibBatch>(m_process, batch, std::move(handler));
+}
+
+void DbLibClient::setQueryTimeout(int seconds) {
+    dbsettime(seconds);
 }
 
 bool DbLibClient::isDead() const {

@@ -43,6 +43,10 @@ void MessagePrinter::printServerMessage(const Diagnostic& diagnostic) {
     const bool withHeading = m_options.messageLevel == kAllWithHeading || !isPlainText(diagnostic.severity);
     const bool toErrorStream = m_options.errorStream == ErrorStream::All ||
                                (m_options.errorStream == ErrorStream::Errors && diagnostic.isError());
+    if (m_errors != nullptr && diagnostic.isError()) {
+        m_errors->write((withHeading ? messageHeading(diagnostic) + "\n" : "") + diagnostic.text + "\n");
+        return m_errors->flush();
+    }
     write((withHeading ? messageHeading(diagnostic) + "\n" : "") + diagnostic.text + "\n", toErrorStream);
 }
 

@@ -14,8 +14,10 @@ namespace sqlcmd {
 
 class MessagePrinter {
   public:
-    // The arguments must outlive the printer.
-    MessagePrinter(const Options& options, Output& output) : m_options(options), m_output(output) {}
+    // The arguments must outlive the printer. `errors` receives the errors of the server; null: the output,
+    // or standard error with -r.
+    MessagePrinter(const Options& options, Output& output, Output* errors = nullptr)
+        : m_options(options), m_output(output), m_errors(errors) {}
 
     void print(const Diagnostic& diagnostic);
 
@@ -36,6 +38,7 @@ class MessagePrinter {
 
     const Options& m_options;
     Output& m_output;
+    Output* m_errors;
     int m_highestSeverity = 0;
     std::optional<int> m_endingNumber;
 };

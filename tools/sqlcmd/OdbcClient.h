@@ -13,6 +13,7 @@ class OdbcClient : public Client {
 
     std::string_view sessionSettings() const override { return {}; }
     std::unique_ptr<RunningBatch> run(const std::string& batch, MessageHandler handler) override;
+    void setQueryTimeout(int seconds) override { m_connection.setQueryTimeout(seconds); }
     bool isDead() const override { return m_connection.isDead(); }
 
   private:

@@ -312,6 +312,18 @@ void readEncryption(Options& options) {
         options.encryption = encryptionNamed(encryption);
 }
 
+// Variables that set options.
+struct OptionVariable {
+    const char* name;
+    char letter;
+};
+
+constexpr OptionVariable kOptionVariables[] = {
+    {"SQLCMDLOGINTIMEOUT", 'l'},    {"SQLCMDSTATTIMEOUT", 't'},       {"SQLCMDHEADERS", 'h'},
+    {"SQLCMDCOLSEP", 's'},          {"SQLCMDCOLWIDTH", 'w'},          {"SQLCMDERRORLEVEL", 'm'},
+    {"SQLCMDMAXVARTYPEWIDTH", 'y'}, {"SQLCMDMAXFIXEDTYPEWIDTH", 'Y'},
+};
+
 // Sets what the command line has not set. With -X the environment sets nothing but the password.
 void readEnvironment(Options& options) {
     const auto readVariable = [&](const char* name, std::string& target) {
@@ -369,6 +381,29 @@ Options parseOptions(int argc, char** argv) {
     options.trusted = options.user.empty();
     if (options.action == Options::Action::Run) askForPassword(options);
     return options;
+}
+
+void setByVariable(Options& options, std::string_view name, std::string_view value) {
+    for (const OptionVariable& variable : kOptionVariables)
+        if (equalsIgnoringCase(variable.name, name)) return findRule(variable.letter)->apply(options, value);
+    throw UsageError("it cannot be set in a script. Give the option on the command line.");
+}
+
+std::vector<std::pair<std::string, std::string>> optionVariables(const Options& options) {
+    const Layout& layout = options.layout;
+    return {{"SQLCMDSERVER", options.server},
+            {"SQLCMDUSER", options.user},
+            {"SQLCMDDBNAME", options.database},
+            {"SQLCMDWORKSTATION", options.workstation},
+            {"SQLCMDLOGINTIMEOUT", std::to_string(options.loginTimeout)},
+            {"SQLCMDSTATTIMEOUT", std::to_string(options.queryTimeout)},
+            {"SQLCMDHEADERS", std::to_string(layout.rowsPerHeading)},
+            {"SQLCMDCOLSEP", layout.separator},
+            {"SQLCMDCOLWIDTH", std::to_string(layout.lineWidth)},
+            {"SQLCMDPACKETSIZE", std::to_string(options.packetSize)},
+            {"SQLCMDERRORLEVEL", std::to_string(options.messageLevel)},
+            {"SQLCMDMAXVARTYPEWIDTH", std::to_string(layout.longTypeWidth)},
+            {"SQLCMDMAXFIXEDTYPEWIDTH", std::to_string(layout.shortTypeWidth)}};
 }
 
 std::string usageText() {

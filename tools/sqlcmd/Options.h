@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -89,6 +90,13 @@ struct Options {
 // argv and in the environment: process lists and child processes must not show it. Asks for a missing
 // password if standard input is a terminal. Throws UsageError.
 Options parseOptions(int argc, char** argv);
+
+// Sets the option of a variable such as SQLCMDCOLSEP, whatever the name's case. Throws UsageError for a
+// variable that no script may set and for an invalid value.
+void setByVariable(Options& options, std::string_view name, std::string_view value);
+
+// Returns the variables that show the options' values.
+std::vector<std::pair<std::string, std::string>> optionVariables(const Options& options);
 
 std::string usageText();
 

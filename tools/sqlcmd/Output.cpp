@@ -7,17 +7,39 @@
 #include <cstring>
 
 #include "Errors.h"
+#include "Text.h"
 #include "Utf.h"
 
 namespace sqlcmd {
 
-Output::Output(const std::string& path, bool utf16) : m_path(path), m_utf16(utf16 && !path.empty()) {
-    m_descriptor =
-        path.empty() ? STDOUT_FILENO : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (m_descriptor < 0)
+namespace {
+
+int openOutput(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (descriptor < 0)
         throw ToolError("Sqlcmd: Error: cannot open output file '" + path + "': " + std::strerror(errno) +
                         ".");
+    return descriptor;
+}
+
+}  // namespace
+
+Output::Output(const std::string& path, bool utf16)
+    : m_path(path),
+      m_utf16(utf16 && !path.empty()),
+      m_descriptor(path.empty() ? STDOUT_FILENO : openOutput(path)) {
     m_buffer.reserve(2 * kBufferSize);
+}
+
+void Output::redirect(const std::string& target) {
+    flush();
+    const bool isStandard = equalsIgnoringCase(target, "stdout") || equalsIgnoringCase(target, "stderr");
+    const int descriptor = !isStandard                            ? openOutput(target)
+                           : equalsIgnoringCase(target, "stderr") ? STDERR_FILENO
+                                                                  : STDOUT_FILENO;
+    if (isFile()) close(m_descriptor);
+    m_path = isStandard ? std::string() : target;
+    m_descriptor = descriptor;
 }
 
 Output::~Output() {

@@ -11,7 +11,7 @@ namespace sqlcmd {
 class Output {
   public:
     // An empty path means standard output, which is always UTF-8. An existing file is truncated and keeps its
-    // mode.
+    // mode; a symbolic link is not followed.
     Output(const std::string& path, bool utf16);
     ~Output();  // does not flush: it could not report a failure
     Output(const Output&) = delete;
@@ -22,6 +22,10 @@ class Output {
         if (m_buffer.size() >= kBufferSize) flushWholeCharacters();
     }
     void flush();
+
+    // Continues in another file, on standard output (STDOUT) or standard error (STDERR). If the file cannot
+    // be opened, throws and leaves the output as it was.
+    void redirect(const std::string& target);
     bool isFile() const { return !m_path.empty(); }
 
   private:

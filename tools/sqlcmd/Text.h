@@ -19,6 +19,13 @@ inline std::string lowerCase(std::string_view text) {
     return result;
 }
 
+inline std::string upperCase(std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - ('a' - 'A'));
+    return result;
+}
+
 inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](char x, char y) { return lowerCase(x) == lowerCase(y); });

@@ -23,6 +23,15 @@ int exitCodeOf(const std::string& text) {
     return error == std::errc{} && stop == end ? value : kExitValueNotANumber;
 }
 
+// Removes the first word, which may be in double quotes, from `text`.
+std::string takeArgument(std::string_view& text) {
+    const auto end = text.starts_with('"') ? text.find('"', 1) : std::string_view::npos;
+    if (end == std::string_view::npos) return std::string(takeWord(text));
+    const std::string_view word = text.substr(1, end - 1);
+    text = trimmed(text.substr(end + 1));
+    return std::string(word);
+}
+
 // Throws if both are the same file: opening the output truncates it.
 void requireDifferentFiles(const std::string& input, const std::string& output) {
     std::error_code ignored;
@@ -55,16 +64,14 @@ int Tool::run() {
 }
 
 void Tool::setVariables() {
-    m_variables.set("SQLCMDSERVER", m_options.server);
-    m_variables.set("SQLCMDUSER", m_options.user);
-    m_variables.set("SQLCMDDBNAME", m_options.database);
+    for (const auto& [name, value] : optionVariables(m_options)) m_variables.set(name, value);
     for (const auto& [name, value] : m_options.variables) m_variables.set(name, value);
 }
 
 void Tool::logInAndRun(Output& output) {
-    const std::unique_ptr<Client> client = connect(m_options);
-    BatchRunner runner(*client, m_options, output);
-    setUpSession(*client, runner);
+    m_client = connect(m_options);
+    BatchRunner runner(*m_client, m_options, output);
+    setUpSession(*m_client, runner);
     if (m_options.query) {
         const bool goesOn = runScript(runner, output, ScriptSource::ofText(*m_options.query));
         if (goesOn && !m_options.endsAfterQuery) runScript(runner, output, ScriptSource::ofStandardInput());
@@ -83,7 +90,8 @@ void Tool::setUpSession(const Client& client, BatchRunner& runner) const {
 }
 
 bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
-    BatchReader reader(std::move(source), m_variables, m_options.expandVariables, m_options.batchEnd);
+    BatchReader reader(std::move(source), m_variables, m_options.expandVariables, m_options.batchEnd,
+                       m_options.restriction != Restriction::None);
     for (;;) {
         const Step step = reader.next();
         if (step.kind == Step::Kind::End) return true;
@@ -107,6 +115,26 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
         case Step::Kind::OnError:
             m_stopOnError = step.on;
             return true;
+        case Step::Kind::Connect:
+            connectTo(runner, step.text);
+            return true;
+        case Step::Kind::Out:
+            output.redirect(step.text);
+            return true;
+        case Step::Kind::Error:
+            redirectErrors(runner, step.text);
+            return true;
+        case Step::Kind::Print:
+            output.write(step.text);
+            return true;
+        case Step::Kind::ListVariables:
+            printVariables(output);
+            return true;
+        case Step::Kind::SetOption:
+            setOption(step);
+            return true;
+        case Step::Kind::Refused:
+            return refuse(step.name);
         case Step::Kind::None:
             return true;
         case Step::Kind::Exit:
@@ -114,6 +142,67 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
             break;
     }
     return false;
+}
+
+// Returns whether the script continues.
+bool Tool::refuse(const std::string& command) const {
+    const bool ends = m_options.restriction == Restriction::End;
+    if (ends) throw ToolError("Sqlcmd: Error: '" + command + "' is disabled by -X1.");
+    std::fprintf(stderr, "Sqlcmd: Warning: '%s' is disabled by -X.\n", command.c_str());
+    return true;
+}
+
+void Tool::setOption(const Step& step) {
+    try {
+        setByVariable(m_options, step.name, step.text);
+    } catch (const UsageError& error) {
+        throw ToolError("Sqlcmd: Error: ':setvar " + step.name + "': " + error.what());
+    }
+    m_variables.set(step.name, step.text);
+    m_client->setQueryTimeout(m_options.queryTimeout);
+}
+
+void Tool::redirectErrors(BatchRunner& runner, const std::string& target) {
+    auto errors = std::make_unique<Output>("", /*utf16=*/false);
+    errors->redirect(target);
+    m_errorOutput = std::move(errors);
+    runner.setErrorOutput(m_errorOutput.get());
+}
+
+// `arguments`: SERVER [-l SECONDS] [-U NAME [-P PASSWORD]].
+void Tool::connectTo(BatchRunner& runner, std::string_view arguments) {
+    std::vector<std::string> words{"sqlcmd", "-S"};
+    while (!arguments.empty()) words.push_back(takeArgument(arguments));
+    const auto isOtherOption = [](std::string_view word) {
+        return word.starts_with('-') && word.find_first_of("SlUP", 1) != 1;
+    };
+    if (std::any_of(words.begin(), words.end(), isOtherOption))
+        throw ToolError("Sqlcmd: Error: ':connect' takes a server and the options -l, -U and -P.");
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    Options given;
+    try {
+        given = parseOptions(static_cast<int>(pointers.size()), pointers.data());
+    } catch (const UsageError& error) {
+        throw ToolError(std::string("Sqlcmd: Error: ':connect': ") + error.what());
+    }
+    m_options.server = given.server;
+    m_options.user = given.user;
+    m_options.password = given.password;
+    m_options.trusted = given.trusted;
+    m_options.database.clear();
+    if (given.loginTimeout != Options{}.loginTimeout) m_options.loginTimeout = given.loginTimeout;
+    m_client = connect(m_options);
+    runner.setClient(*m_client);
+    setUpSession(*m_client, runner);
+    m_variables.set("SQLCMDSERVER", m_options.server);
+    m_variables.set("SQLCMDUSER", m_options.user);
+    m_variables.set("SQLCMDDBNAME", m_options.database);
+}
+
+void Tool::printVariables(Output& output) {
+    for (const auto& [name, value] : m_variables.all())
+        output.write(upperCase(name) + " = \"" + value + "\"\n");
 }
 
 bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {

@@ -1,6 +1,7 @@
 // A run of the tool: connects, then runs the batches of every script.
 #pragma once
 
+#include <memory>
 #include <optional>
 
 #include "BatchReader.h"
@@ -26,10 +27,17 @@ class Tool {
     bool runScript(BatchRunner& runner, Output& output, ScriptSource source);
     bool runStep(BatchRunner& runner, Output& output, const Step& step);
     bool runBatch(BatchRunner& runner, Output& output, const Step& step);
+    bool refuse(const std::string& command) const;
+    void setOption(const Step& step);
+    void redirectErrors(BatchRunner& runner, const std::string& target);
+    void connectTo(BatchRunner& runner, std::string_view arguments);
+    void printVariables(Output& output);
     void runExitQuery(BatchRunner& runner, const Step& step);
 
     Options& m_options;
     Variables m_variables;
+    std::unique_ptr<Client> m_client;
+    std::unique_ptr<Output> m_errorOutput;  // of :error
     bool m_stopOnError;
     bool m_xml = false;
     int m_exitCode = 0;

@@ -16,6 +16,8 @@ class Variables {
     // Returns nullopt for an undefined variable and for the password's, SQLCMDPASSWORD.
     std::optional<std::string> find(std::string_view name) const;
 
+    const std::map<std::string, std::string>& all() const { return m_values; }
+
     // True for letters, digits, '_', '-' and '.'.
     static bool isName(std::string_view name);
 
