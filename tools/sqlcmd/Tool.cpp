@@ -64,6 +64,7 @@ int Tool::run() {
 }
 
 void Tool::setVariables() {
+    if (m_options.restriction != Restriction::None) m_variables.hideEnvironment();
     for (const auto& [name, value] : optionVariables(m_options)) m_variables.set(name, value);
     for (const auto& [name, value] : m_options.variables) m_variables.set(name, value);
 }

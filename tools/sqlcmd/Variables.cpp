@@ -18,6 +18,7 @@ void Variables::remove(std::string_view name) {
 std::optional<std::string> Variables::find(std::string_view name) const {
     if (equalsIgnoringCase(name, "SQLCMDPASSWORD")) return std::nullopt;
     if (const auto found = m_values.find(lowerCase(name)); found != m_values.end()) return found->second;
+    if (!m_readsEnvironment) return std::nullopt;
     if (const char* value = std::getenv(std::string(name).c_str())) return value;
     return std::nullopt;
 }

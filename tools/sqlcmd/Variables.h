@@ -13,6 +13,7 @@ class Variables {
   public:
     void set(std::string_view name, std::string_view value);
     void remove(std::string_view name);
+    void hideEnvironment() { m_readsEnvironment = false; }
     // Returns nullopt for an undefined variable and for the password's, SQLCMDPASSWORD.
     std::optional<std::string> find(std::string_view name) const;
 
@@ -22,6 +23,7 @@ class Variables {
     static bool isName(std::string_view name);
 
   private:
+    bool m_readsEnvironment = true;
     std::map<std::string, std::string> m_values;  // by the name in lower case
 };
 
