@@ -187,6 +187,9 @@ std::string storedDefault(std::string text) {
     return number.find_first_not_of("+-.0123456789") == std::string::npos ? "(" + number + ")" : text;
 }
 
+// Operators of a default without parentheses. A condition cannot follow: NOT would be that of NOT NULL.
+constexpr std::string_view kOperators[] = {"+", "-", "*", "/", "%", "&", "|", "^"};
+
 void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     in.accept("NOT FOR REPLICATION");
     const std::size_t begin = in.position();
@@ -197,7 +200,14 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
         if (const auto* column = std::get_if<ColumnRef>(&value->node))
             throw SyntaxError(sqlError(message::kNameNotPermittedHere, {column->path.back()}), value->line);
     }
+    bool isOperation = false;
+    const auto acceptOperator = [&] {
+        return std::ranges::any_of(kOperators, [&](std::string_view each) { return in.accept(each); });
+    };
+    for (; constraint.kind == ConstraintKind::Default && acceptOperator(); isOperation = true)
+        in.scalar(&Parser::unary);
     constraint.text = in.textSince(begin);
+    if (isOperation) constraint.text = "(" + constraint.text + ")";
     if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
     if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR")) {
         constraint.columns = {in.expectName()};

@@ -335,6 +335,7 @@ ExprPtr Parser::unary() {
         return sign == "+" ? std::move(operand) : make(line, Unary{sign == "~", std::move(operand)});
     }
     ExprPtr operand = primary();
+    throwIfAt("AT TIME ZONE", "AT TIME ZONE");
     while (at("COLLATE")) {
         operand = asValue(*this, std::move(operand));
         collation();

@@ -45,6 +45,8 @@ Select select(Parser& in) {
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
     if (in.accept("GROUP BY")) {
+        for (const auto word : {"GROUPING SETS", "ROLLUP (", "CUBE ("})
+            in.throwIfAt(word, "GROUP BY with GROUPING SETS, CUBE or ROLLUP");
         select.groupBy = in.expressions();
         in.throwIfAt("WITH", "GROUP BY ... WITH CUBE or ROLLUP");
     }
@@ -177,6 +179,7 @@ std::optional<JoinKind> acceptJoin(Parser& in) {
 TableRefPtr joins(Parser& in) {
     const Parser::Nesting nesting(in);
     TableRefPtr left = tableRef(in);
+    for (const auto word : {"PIVOT", "UNPIVOT"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
         const auto kind = acceptJoin(in);
         if (!kind) return left;

@@ -297,12 +297,19 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
 
 std::string Translator::from(const std::vector<TableRefPtr>& tables) {
     std::string sql;
+    bool hasJoin = false;
     for (const auto& table : tables) {
-        const bool isJoin = std::holds_alternative<Join>(table->node);
         const std::string one = tableRef(*table);
-        sql += (sql.empty() ? " FROM " : ", ") + (isJoin && !sql.empty() ? "(" + one + ")" : one);
+        const bool isJoin = std::holds_alternative<Join>(table->node);
+        if (sql.empty())
+            sql = one;
+        else if (isJoin && !hasJoin)  // first, so that it needs no parentheses, which hide its row ids
+            sql = one + ", " + sql;
+        else
+            sql += isJoin ? ", (" + one + ")" : ", " + one;
+        hasJoin = hasJoin || isJoin;
     }
-    return sql;
+    return sql.empty() ? sql : " FROM " + sql;
 }
 
 std::string Translator::nextAlias() {
@@ -471,6 +478,8 @@ std::string Translator::recursiveReference(const CommonTable& table, const std::
 std::string Translator::join(const Join& join) {
     static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
                                                   " CROSS JOIN "};
+    static constexpr std::string_view kSwapped[] = {" JOIN ", " RIGHT JOIN ", " LEFT JOIN ", " FULL JOIN ",
+                                                    " CROSS JOIN "};
     for (const auto& table : m_with)  // outer rows would make the recursion endless
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
             throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
@@ -482,8 +491,14 @@ std::string Translator::join(const Join& join) {
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;
-    if (std::holds_alternative<Join>(join.right->node)) right = "(" + right + ")";
-    std::string sql = left + std::string(kWords[static_cast<std::size_t>(join.kind)]) + right;
+    const auto kind = static_cast<std::size_t>(join.kind);
+    const bool isNested = std::holds_alternative<Join>(join.right->node);
+    // SQLite hides the row ids of a join in parentheses, which a change of its tables needs. Hence the join
+    // comes first, if it can.
+    const bool swaps = isNested && !std::holds_alternative<Join>(join.left->node);
+    if (isNested && !swaps) right = "(" + right + ")";
+    std::string sql =
+        swaps ? right + std::string(kSwapped[kind]) + left : left + std::string(kWords[kind]) + right;
     if (!join.on) return sql;
     auto& sources = m_scope->sources;  // ON does not see tables before a comma
     const std::vector<Source> before(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));

@@ -100,3 +100,16 @@ BEGIN TRAN -->
 ALTER DATABASE CURRENT SET RECOVERY SIMPLE --> Msg 226, Level 16, State 6, Line 1: ALTER DATABASE statement not allowed within multi-statement transaction.
 ROLLBACK -->
 UPDATE c SET o.id = 0 FROM owner c JOIN owner o ON o.id = c.id --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "o.id" could not be bound.
+-- tables within nested joins; defaults that are operations
+CREATE TABLE joined (a int DEFAULT 1 + 2 * 3 NOT NULL, b int DEFAULT (1) - (4), c varchar(9) DEFAULT LEFT('abc', 2) + 'x')
+INSERT joined DEFAULT VALUES
+SELECT * FROM joined
+--> (1 changed)
+--> a int = 7 | b int? = -3 | c varchar(9)? = abx (1 rows)
+UPDATE x SET b = 1 FROM joined z JOIN (joined x JOIN joined y ON x.a = y.a) ON z.a = x.a
+UPDATE x SET b = 2 FROM joined z, joined x JOIN joined y ON x.a = y.a WHERE z.a = x.a
+DELETE x FROM joined z LEFT JOIN (joined x JOIN joined y ON x.a = y.a AND y.a = 0) ON z.a = x.a
+SELECT z.a, x.b, y.c FROM joined z LEFT JOIN (joined x JOIN joined y ON x.a = y.a AND y.a = 0) ON z.a = x.a
+DELETE x FROM joined z LEFT JOIN (joined x JOIN joined y ON x.a = y.a) ON z.a = x.a
+--> (1 changed) (1 changed) (0 changed)
+--> a int = 7 | b int? = NULL | c varchar(9)? = NULL (1 rows) (1 changed)
