@@ -117,19 +117,20 @@ SqlEffect effectOfFirstWord(std::string_view word) {
     return word.empty() || contains(kSessionWords, word) ? SqlEffect::kSession : SqlEffect::kServer;
 }
 
-// Returns the first word after a leading SET NOCOUNT, or SET if that sets something else.
-std::string firstWordAfterNoCount(Words& words) {
-    std::string first = words.next();
-    if (first != "SET" || words.next() != "NOCOUNT") return first;
-    const std::string value = words.next();
-    return value == "ON" || value == "OFF" ? words.next() : first;
+// Skips SET NOCOUNT ON or OFF at the beginning. A batch that sets something else is left as it is.
+void skipNoCount(Words& words) {
+    Words ahead = words;
+    if (ahead.next() != "SET" || ahead.next() != "NOCOUNT") return;
+    const std::string value = ahead.next();
+    if (value == "ON" || value == "OFF") words = ahead;
 }
 
 }  // namespace
 
 SqlEffect effectOf(std::string_view sql) {
     Words words(sql);
-    const std::string first = firstWordAfterNoCount(words);
+    skipNoCount(words);
+    const std::string first = words.next();
     SqlEffect effect = effectOfFirstWord(first);
     bool setIsExpected = first == "UPDATE";
     bool hasEnded = false;  // after a semicolon
