@@ -18,6 +18,7 @@
 #include "HostSettings.h"
 #include "ProcessStart.h"
 #include "Store.h"
+#include "StrictQueryTool.h"
 #include "VtCauses.h"
 
 // No error text quotes a command line: it may hold a password.
@@ -78,7 +79,10 @@ std::string startFailure(const std::string& program, int error, const hostlayer:
     return text;
 }
 
-}  // namespace
+// One of the strings may hold a password.
+void wipe(std::vector<std::string>& strings) {
+    for (std::string& text : strings) ::explicit_bzero(text.data(), text.size());
+}
 
 // The host's encryption settings as the query tool reads them: its command line is fixed.
 std::vector<std::string> encryptionVariables() {
@@ -89,6 +93,8 @@ std::vector<std::string> encryptionVariables() {
             variables.push_back(std::string(variable) + "=" + value);
     return variables;
 }
+
+}  // namespace
 
 struct VtProcess::Impl {
     std::string reap(std::size_t tailSize, int* exitCode, int& signal);
@@ -144,10 +150,11 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     hostlayer::announceProcessStart();
     using Output = hostlayer::ChildProcess::Output;
     std::vector<std::string> variables = encryptionVariables();
+    if (hostlayer::isStrictQueryTool(program)) hostlayer::makeStrict(arguments, variables);
     const int failure = m_impl->child.start(path, arguments, variables,
                                             m_impl->isSilent ? Output::kDiscard : Output::kInherit);
-    for (std::string& argument : arguments)
-        ::explicit_bzero(argument.data(), argument.size());  // one may be a password
+    wipe(arguments);
+    wipe(variables);
     if (failure == 0) return true;
     const std::string reason = startFailure(path, failure, *store);
     VtNoteCause({.place = VtCause::kQueryTool, .systemError = failure, .subject = path, .text = reason});

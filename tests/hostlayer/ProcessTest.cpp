@@ -107,6 +107,35 @@ TEST_F(Process, MapsToolNamesToPathsOfTheStore) {
     ::setenv("PATH", path.c_str(), 1);
 }
 
+// The tool gets its password in the environment; an option's value that looks like -P stays one.
+TEST_F(Process, TheStrictQueryToolHasNoPasswordOnItsCommandLine) {
+    struct Case {
+        const char* program;
+        const char* line;
+        const char* strict;  // what the tool prints of its arguments and its environment
+        const char* plain;
+    };
+    const std::string tool = script(
+        "sqlcmd", "for w in \"$@\" \"$SQLCMDPASSWORD\" \"$SQLCMDINI\"; do printf '[%s]' \"$w\" >&2; done");
+    const std::string other = script("other", "for w in \"$@\"; do printf '[%s]' \"$w\" >&2; done");
+    ::setenv("SQLCMDPASSWORD", "outer", 1);
+    ::setenv("SQLCMDINI", "start.sql", 1);
+    for (const char* setting : {"1", "0"}) {
+        const TestStore store("[host]\nstrictQueryTool = " + std::string(setting) + "\n");
+        const bool isStrict = *setting == '1';
+        for (const Case& c :
+             {Case{tool.c_str(), "sqlcmd -b -S h -U -P -P \"p w\" -d x",
+                   "[-x][-X][-b][-S][h][-U][-P][-d][x][p w][]",
+                   "[-b][-S][h][-U][-P][-P][p w][-d][x][outer][start.sql]"},
+              Case{tool.c_str(), "sqlcmd -b -E -Q \"-P\" -y 0", "[-x][-X][-b][-E][-Q][-P][-y][0][outer][]",
+                   "[-b][-E][-Q][-P][-y][0][outer][start.sql]"},
+              Case{other.c_str(), "other -P p", "[-P][p]", "[-P][p]"}})
+            EXPECT_EQ(run(c.program, c.line).error, isStrict ? c.strict : c.plain) << c.line;
+    }
+    ::unsetenv("SQLCMDPASSWORD");
+    ::unsetenv("SQLCMDINI");
+}
+
 TEST_F(Process, ReportsHowToRepairAFailedStart) {
     const Outcome missing = run("\"/no/such/sqlcmd\"", "\"/no/such/sqlcmd\" -P \"secret word\"");
     EXPECT_FALSE(missing.isStarted);

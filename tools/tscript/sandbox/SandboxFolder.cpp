@@ -78,6 +78,7 @@ odbcAttributes = "TDS_Version=7.4;ClientCharset=UTF-8"
 loginTimeout   = 15
 encrypt        = "verify"
 caFile         = "<folder>/tls-cert.pem"
+strictQueryTool = 1
 
 [host.programs]
 sqlcmd = "<programs>/sqlcmd"
