@@ -223,4 +223,10 @@ void closeIdleLogins() {
     if (IdleLogins* const logins = processLogins; logins != nullptr) logins->removeAll();
 }
 
+void endIdleSessions() {
+    IdleLogins* const logins = processLogins;
+    if (logins == nullptr) return;
+    for (const std::unique_ptr<Login>& login : logins->removeAll()) login->endSession();
+}
+
 }  // namespace hostlayer

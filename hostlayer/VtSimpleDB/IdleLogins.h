@@ -19,4 +19,7 @@ void keepIdleLogin(std::unique_ptr<Login> login, std::chrono::seconds time);
 
 void closeIdleLogins();
 
+// The same, and waits for the server to end their sessions, so that a statement may need a database alone.
+void endIdleSessions();
+
 }  // namespace hostlayer

@@ -1,6 +1,7 @@
 #include "Login.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -17,6 +18,7 @@ namespace hostlayer {
 namespace {
 
 constexpr int kErrorLevel = 1;  // of the debug log
+constexpr int kSessionEndMilliseconds = 1000;
 
 // Returns the inode of a descriptor that is a connected TCP socket.
 std::optional<ino_t> tcpInode(int descriptor) {
@@ -119,6 +121,14 @@ bool Login::isReusable() const {
 void Login::requestReset() const {
     ::SQLSetConnectAttr(m_connection.get(), SQL_ATTR_RESET_CONNECTION, odbcNumber(SQL_RESET_CONNECTION_YES),
                         SQL_IS_UINTEGER);
+}
+
+void Login::endSession() const {
+    if (m_sockets.size() != 1) return;  // others may be those of another thread
+    const ServerSocket& socket = m_sockets.front();
+    if (tcpInode(socket.descriptor) != socket.inode || ::shutdown(socket.descriptor, SHUT_WR) != 0) return;
+    pollfd closed{socket.descriptor, POLLRDHUP, 0};
+    ::poll(&closed, 1, kSessionEndMilliseconds);
 }
 
 bool Login::isAlive() const {

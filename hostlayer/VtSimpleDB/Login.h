@@ -36,6 +36,10 @@ class Login {
     bool isReusable() const;
     void forbidReuse() { m_isClean = false; }
 
+    // Ends the connection and waits, at most a second, until the server has ended the session: the session's
+    // database is free then. Does nothing if the socket is not known.
+    void endSession() const;
+
     // Asks a driver that supports it to reset the session with the next statement.
     void requestReset() const;
 

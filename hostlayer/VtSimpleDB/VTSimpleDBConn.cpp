@@ -117,7 +117,7 @@ bool VTSimpleDBConnObject::Impl::run(const char* sql, bool prepared) {
         return false;
     const SqlEffect effect = hostlayer::effectOf(sql);
     if (effect != SqlEffect::kNone) login->forbidReuse();
-    if (effect == SqlEffect::kServer) hostlayer::closeIdleLogins();
+    if (effect == SqlEffect::kServer) hostlayer::endIdleSessions();
     if (effect == SqlEffect::kServer && std::exchange(isReused, false)) login->restoreRowCounts();
     if (statement->run(login->handle(), text, prepared) && statement->skipToFirstRows()) return true;
     statement->hasFailed = true;
