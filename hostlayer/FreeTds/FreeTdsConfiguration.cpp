@@ -28,18 +28,20 @@ std::string caPath(const std::string& file) {
     return descriptor < 0 ? "" : "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-std::string sectionText(const std::string& name, const VerifiedServer& server, const std::string& caFile) {
+std::string sectionText(const std::string& name, const EncryptedServer& server, const std::string& caFile) {
     std::string text = "[" + name + "]\nhost = " + server.host + "\n";
     text += server.port.empty() ? "instance = " + server.instance : "port = " + server.port;
-    return text + "\nencryption = require\ncheck certificate hostname = yes\nca file = " + caFile + "\n";
+    text += server.encryption == Encryption::Off ? "\nencryption = off\n" : "\nencryption = require\n";
+    if (server.encryption != Encryption::Verify) return text;
+    return text + "check certificate hostname = yes\nca file = " + caFile + "\n";
 }
 
 class Configuration {
   public:
-    std::string section(const VerifiedServer& server) {
+    std::string section(const EncryptedServer& server) {
         const std::lock_guard lock(m_mutex);
         if (const auto known = m_sections.find(server); known != m_sections.end()) return known->second;
-        const std::string name = "verified" + std::to_string(m_sections.size() + 1);
+        const std::string name = "server" + std::to_string(m_sections.size() + 1);
         const std::string caFile = caPath(server.caFile);
         const std::string text = sectionText(name, server, caFile);
         if (caFile.empty() || !open() ||
@@ -60,12 +62,12 @@ class Configuration {
 
     std::mutex m_mutex;
     int m_file = -1;
-    std::map<VerifiedServer, std::string> m_sections;
+    std::map<EncryptedServer, std::string> m_sections;
 };
 
 }  // namespace
 
-std::string verifiedSection(const VerifiedServer& server) {
+std::string encryptedSection(const EncryptedServer& server) {
     // Never destroyed: connections may be opened while the program ends.
     static Configuration& configuration = *new Configuration;
     for (const std::string* value : {&server.host, &server.instance, &server.port, &server.caFile})

@@ -65,7 +65,7 @@ struct Dialect {
     static bool appendVerifiedServer(std::string& text, const ServerAddress& server,
                                      const std::string& caFile) {
         const bool needsPort = server.instance.empty() && server.port.empty();
-        const std::string section = freetds::verifiedSection(
+        const std::string section = freetds::encryptedSection(
             {server.host, server.instance, needsPort ? kDefaultPort : server.port, caFile});
         text += "Servername=" + section + ";";
         return !section.empty();

@@ -62,7 +62,8 @@ TEST_F(OnATerminal, NothingIsLostUnlessYesIsTyped) {
 TEST_F(OnATerminal, ARestoreIsShownAndRunOnceYesIsTyped) {
     const std::string backup = folder / "backups" / "d.bak";
     ASSERT_EQ(run({"db", "backup", "dorvas", backup}).exitCode, 0);
-    TerminalProgram program = terminal({"db", "restore", backup, "copy", "--execute"});
+    TerminalProgram program =
+        terminal({"db", "restore", backup, "copy", "--execute", "--to", folder / "backups"});
     ASSERT_TRUE(program.shows("Type yes")) << program.screen();
     EXPECT_NE(program.screen().find("RESTORE DATABASE copy"), std::string::npos);
     EXPECT_EQ(run({"db", "list"}).output, "dorvas\nnq2\n");

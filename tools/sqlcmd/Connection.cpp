@@ -73,7 +73,7 @@ std::string connectionString(const Options& options, std::string_view driver) {
     const ServerName server = serverOf(options);
     std::string text = "DRIVER=" + braced(driver, freeTds);
     text += freeTds && encryption == Encryption::Verify
-                ? "Servername=" + verifiedServer(server, options.caFile) + ";"
+                ? "Servername=" + encryptedServer(server, options) + ";"
                 : serverAttributes(server, freeTds);
     text += attribute("Database", options.database) + attribute("WSID", options.workstation) + "APP=SQLCMD;";
     if (freeTds) text += "TDS_Version=7.4;ClientCharset=UTF-8;";

@@ -153,15 +153,14 @@ void setLogin(const LoginRecord& login, const Options& options) {
         login.set(DBSETPWD, options.password);
     }
     dbsetlversion(login.get(), DBVERSION_74);
-    if (encryptionOf(options) == Encryption::Require) dbsetlbool(login.get(), kOn, DBSETENCRYPT);
     if (options.readOnlyIntent) dbsetlbool(login.get(), kOn, DBSETREADONLY);
     dbsetllong(login.get(), options.packetSize, DBSETPACKET);
 }
 
-// Returns the server's name in FreeTDS's notation, or that of a section of its configuration which has the
-// server's certificate verified. A port identifies the instance.
+// Returns the server's name in FreeTDS's notation, or that of a section of its configuration with the
+// settings of the encryption: DB-Library's own option does not require it. A port identifies the instance.
 std::string freeTdsServer(const ServerName& server, const Options& options) {
-    if (encryptionOf(options) == Encryption::Verify) return verifiedServer(server, options.caFile);
+    if (encryptionOf(options) != Encryption::Default) return encryptedServer(server, options);
     if (server.port != 0) return server.host + ":" + std::to_string(server.port);
     return server.instance.empty() ? server.host : server.host + "\\" + server.instance;
 }

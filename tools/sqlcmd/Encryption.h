@@ -11,9 +11,8 @@ namespace sqlcmd {
 // Returns the encryption that the options ask for together: a trusted certificate is not verified.
 Encryption encryptionOf(const Options& options);
 
-// Returns the section of FreeTDS's configuration that has the server's certificate verified. An empty
-// `caFile` means the host's trusted authorities. Throws ToolError for a name that the configuration cannot
-// hold.
-std::string verifiedServer(const ServerName& server, const std::string& caFile);
+// Returns the section of FreeTDS's configuration for the server, with the encryption that the options ask
+// for. Throws ToolError for a name that the configuration cannot hold.
+std::string encryptedServer(const ServerName& server, const Options& options);
 
 }  // namespace sqlcmd
