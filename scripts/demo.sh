@@ -119,7 +119,8 @@ expect 0 "15" "$bin/tscript" db version
 expect 0 "never" "$bin/tscript" db last-backup dorvas
 expect 0 "Backed-Up the Database" "$bin/tscript" db backup dorvas "$installation/backups/dorvas.bak"
 expect 0 "0 day(s) ago" "$bin/tscript" db last-backup dorvas
-expect 0 "RESTORE DATABASE dorvas FROM DISK" "$bin/tscript" db restore "$installation/backups/dorvas.bak" dorvas
+expect 0 "RESTORE DATABASE dorvas FROM DISK" "$bin/tscript" db restore "$installation/backups/dorvas.bak" dorvas \
+  --to "$installation/data"
 
 step "The server is stopped; the folder stays"
 expect 0 "stopped" "$bin/tscript" sandbox down --dir "$installation"
