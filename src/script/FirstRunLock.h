@@ -5,9 +5,9 @@
 
 #include "FileDescriptor.h"
 
-// Locks the package's file until the object is destroyed. Waits up to 10 seconds; a lock that cannot be had
-// by then, or a file that cannot be opened, is no reason not to run: the catalogue allows several rows of a
-// name.
+// Locks the package's file until the object is destroyed. Waits up to 10 seconds for the lock. If the wait
+// times out or the file cannot be opened, the run goes on without a lock: the catalogue allows several rows
+// with the same name.
 class FirstRunLock {
   public:
     explicit FirstRunLock(const std::string& package);
