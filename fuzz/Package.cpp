@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "Fuzz.h"
-#include "PackageParser.h"
+#include "package/PackageParser.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     PackageContent content;

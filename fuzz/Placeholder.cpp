@@ -1,7 +1,7 @@
 // Script bodies: percent signs in comments blanked, placeholders filled with values; texts used as formats.
 #include "Fuzz.h"
-#include "PlaceholderFiller.h"
 #include "TextAsFormat.h"
+#include "text/PlaceholderFiller.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::string_view> parts = fuzz::partsOf(fuzz::textOf(data, size));

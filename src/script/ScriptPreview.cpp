@@ -1,12 +1,12 @@
 // Previews of what a script would run, and runs in a database of the caller's choice.
-#include "Attempt.h"
 #include "DVUtilities/TScript.h"
 #include "DVUtilities/TScriptRecords.h"
-#include "PackageLoader.h"
-#include "ProcedureRun.h"
-#include "ScriptMessages.h"
-#include "ScriptParts.h"
-#include "SqlFileRun.h"
+#include "state/Attempt.h"
+#include "state/ScriptParts.h"
+#include "steps/PackageLoader.h"
+#include "steps/ProcedureRun.h"
+#include "steps/SqlFileRun.h"
+#include "text/ScriptMessages.h"
 
 namespace {
 

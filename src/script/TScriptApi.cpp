@@ -1,9 +1,9 @@
 #include "DVUtilities/TScriptApi.h"
 
-#include "Attempt.h"
 #include "DVUtilities/TScript.h"
 #include "ExceptionGuard.h"
-#include "ScriptMessages.h"
+#include "state/Attempt.h"
+#include "text/ScriptMessages.h"
 
 namespace {
 

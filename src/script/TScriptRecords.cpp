@@ -6,17 +6,17 @@
 #include <string_view>
 #include <utility>
 
-#include "Attempt.h"
 #include "CallerText.h"
-#include "CatalogueSql.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/TScript.h"
 #include "ExceptionGuard.h"
 #include "FX.h"
-#include "NamePattern.h"
-#include "ScriptMessages.h"
-#include "ScriptParts.h"
-#include "ScriptSession.h"
+#include "catalogue/ScriptSession.h"
+#include "state/Attempt.h"
+#include "state/ScriptParts.h"
+#include "text/CatalogueSql.h"
+#include "text/NamePattern.h"
+#include "text/ScriptMessages.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <unistd.h>
 
 #include "CVoFile.h"
-#include "OutputHeader.h"
-#include "OutputReader.h"
 #include "TempDir.h"
-#include "UniqueFile.h"
+#include "files/OutputHeader.h"
+#include "files/OutputReader.h"
+#include "files/UniqueFile.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "PackageParser.h"
+#include "package/PackageParser.h"
 
 #include <gtest/gtest.h>
 

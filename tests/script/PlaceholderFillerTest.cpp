@@ -1,4 +1,4 @@
-#include "PlaceholderFiller.h"
+#include "text/PlaceholderFiller.h"
 
 #include <gtest/gtest.h>
 

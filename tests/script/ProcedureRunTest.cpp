@@ -1,4 +1,4 @@
-#include "ProcedureRun.h"
+#include "steps/ProcedureRun.h"
 
 #include "DVUtilities/TScript.h"
 #include "DVUtilities/TScriptRecords.h"

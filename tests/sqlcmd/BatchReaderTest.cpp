@@ -1,11 +1,11 @@
-#include "BatchReader.h"
+#include "script/BatchReader.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 
-#include "Errors.h"
 #include "TempDir.h"
+#include "text/Errors.h"
 
 using namespace sqlcmd;
 

@@ -1,4 +1,4 @@
-#include "Connection.h"
+#include "client/Connection.h"
 
 #include <gtest/gtest.h>
 

@@ -3,11 +3,11 @@
 #include <sqlext.h>
 #include <sys/stat.h>
 
-#include "ColumnFormat.h"
-#include "Errors.h"
-#include "Output.h"
 #include "TempDir.h"
-#include "Utf.h"
+#include "text/Errors.h"
+#include "text/Output.h"
+#include "text/Utf.h"
+#include "values/ColumnFormat.h"
 
 using namespace sqlcmd;
 

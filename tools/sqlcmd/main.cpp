@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "Tool.h"
+#include "session/Tool.h"
 
 namespace {
 

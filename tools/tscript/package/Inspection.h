@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "PackageParser.h"
+#include "package/PackageParser.h"
 
 struct Inspection {
     std::uintmax_t size = 0;

@@ -1,0 +1,20 @@
+#include "catalogue/FirstRunLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <chrono>
+#include <thread>
+
+namespace {
+
+constexpr std::chrono::milliseconds kInterval{10};
+constexpr int kMostAttempts = 1000;
+
+}  // namespace
+
+FirstRunLock::FirstRunLock(const std::string& package) : m_file(package.c_str(), O_RDONLY | O_NONBLOCK) {
+    if (!m_file.isOpen()) return;
+    for (int attempt = 0; attempt < kMostAttempts && flock(m_file.get(), LOCK_EX | LOCK_NB) != 0; ++attempt)
+        std::this_thread::sleep_for(kInterval);
+}

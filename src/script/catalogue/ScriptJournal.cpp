@@ -1,0 +1,67 @@
+#include "catalogue/ScriptJournal.h"
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "CallerText.h"
+#include "DVUtilities/DBBase.h"
+#include "DVUtilities/Diagnostics.h"
+#include "FX.h"
+#include "text/CatalogueSql.h"
+#include "text/ScriptMessages.h"
+#include "text/SqlBuffer.h"
+#include "text/SqlQuotes.h"
+
+namespace {
+
+// The end of a run is recorded again for this long while the server cannot be reached.
+constexpr std::chrono::seconds kRetryTime{5};
+constexpr std::chrono::milliseconds kRetryInterval{500};
+
+long long now() {
+    return static_cast<long long>(std::time(nullptr));
+}
+
+}  // namespace
+
+bool ScriptJournal::recordStart(const char* inputParams) {
+    if (!m_report.requireSession()) return false;
+    const std::string parameters = textOrEmpty(inputParams);
+    // Sized by the length before the quotes are doubled; callers rely on it.
+    SqlBuffer statement(parameters.size() + SqlBuffer::kSpare);
+    if (!statement.available()) return m_report.fail(messages::kNoMemoryForQuery);
+    const long long timeStart = now();
+    const long long timeEnd = now();
+    statement.format(catalogue_sql::kRecordStart, timeStart, timeEnd,
+                     quotesDoubled(*m_session.db, parameters).c_str(), m_run.userId, m_entry.id);
+    if (m_session.db->GetDBValueInt(statement.text(), m_run.execId)) return true;
+    return m_report.fail(FXString::Format(messages::kStartNotRecorded, m_session.db->getErrorMsg()));
+}
+
+bool ScriptJournal::recordEnd(int status) {
+    if (m_run.execId <= 0) return m_report.fail(messages::kEndWithoutStart);
+    if (!m_report.requireSession()) return false;
+    const std::string statement = FXString::Format(catalogue_sql::kRecordEnd, now(), status, m_run.execId);
+    if (updateUntilConnected(statement)) return true;
+    return m_report.fail(FXString::Format(messages::kEndNotRecorded, m_session.db->getErrorMsg()));
+}
+
+bool ScriptJournal::updateUntilConnected(const std::string& statement) {
+    const auto giveUp = std::chrono::steady_clock::now() + kRetryTime;
+    while (!m_session.db->SetDBValue(statement.c_str())) {
+        if (!isConnectionLost() || std::chrono::steady_clock::now() >= giveUp) return false;
+        std::this_thread::sleep_for(kRetryInterval);
+    }
+    return true;
+}
+
+bool ScriptJournal::isConnectionLost() const {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(*m_session.db, causes);
+    return std::any_of(causes.begin(), causes.end(),
+                       [](const DVUCause_t& cause) { return cause.where == kDVUConnection; });
+}

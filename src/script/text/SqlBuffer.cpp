@@ -1,0 +1,17 @@
+#include "text/SqlBuffer.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <new>
+
+SqlBuffer::SqlBuffer(std::size_t size) : m_size(size), m_text(new (std::nothrow) char[size]) {
+    if (available()) m_text[0] = '\0';
+}
+
+void SqlBuffer::format(const char* format, ...) {
+    va_list values;
+    va_start(values, format);
+    // va_start() has initialised it. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+    std::vsnprintf(m_text.get(), m_size, format, values);
+    va_end(values);
+}

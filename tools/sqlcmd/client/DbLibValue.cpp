@@ -1,0 +1,284 @@
+#include "client/DbLibValue.h"
+
+#include <sql.h>
+#include <sqlext.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "text/Text.h"
+
+namespace sqlcmd {
+namespace {
+
+using Bytes = std::string_view;  // a value as DB-Library stores it
+
+// Types for which DB-Library has no names.
+constexpr int kUniqueType = 36;
+constexpr int kVariantType = 98;
+
+constexpr int kTime2 = -154;  // ODBC type numbers of SQL Server's own types
+constexpr int kDateTimeOffset = -155;
+constexpr int kVariant = -150;
+
+constexpr std::size_t kBytesPerCharacter =
+    4;                                  // DB-Library's lengths of strings are those of the longest UTF-8
+constexpr int kUnlimited = 0x3FFFFFFF;  // bytes; a longer column has no limit
+
+// The type that a column of a DB-Library type has in ODBC.
+struct TypeName {
+    int type;
+    int odbcType;
+    const char* name;
+};
+
+constexpr TypeName kTypes[] = {
+    {SYBBIT, SQL_BIT, "bit"},
+    {SYBINT1, SQL_TINYINT, "tinyint"},
+    {SYBINT2, SQL_SMALLINT, "smallint"},
+    {SYBINT4, SQL_INTEGER, "int"},
+    {SYBINT8, SQL_BIGINT, "bigint"},
+    {SYBREAL, SQL_REAL, "real"},
+    {SYBFLT8, SQL_FLOAT, "float"},
+    {SYBMONEY4, SQL_DECIMAL, "smallmoney"},
+    {SYBMONEY, SQL_DECIMAL, "money"},
+    {SYBDECIMAL, SQL_DECIMAL, "decimal"},
+    {SYBNUMERIC, SQL_NUMERIC, "numeric"},
+    {SYBMSDATE, SQL_TYPE_DATE, "date"},
+    {SYBMSTIME, kTime2, "time"},
+    {SYBMSDATETIME2, SQL_TYPE_TIMESTAMP, "datetime2"},
+    {SYBMSDATETIMEOFFSET, kDateTimeOffset, "datetimeoffset"},
+    {SYBDATETIME4, SQL_TYPE_TIMESTAMP, "smalldatetime"},
+    {SYBDATETIME, SQL_TYPE_TIMESTAMP, "datetime"},
+    {kUniqueType, SQL_GUID, "uniqueidentifier"},
+    {SYBBINARY, SQL_VARBINARY, "varbinary"},
+    {SYBVARBINARY, SQL_VARBINARY, "varbinary"},
+    {SYBIMAGE, SQL_LONGVARBINARY, "image"},
+    {SYBTEXT, SQL_LONGVARCHAR, "text"},
+    {kVariantType, kVariant, "sql_variant"},
+};
+
+TypeName typeOf(DBPROCESS* process, int number) {
+    const int type = dbcoltype(process, number);
+    for (const TypeName& known : kTypes)
+        if (known.type == type) return known;
+    return {type, SQL_VARCHAR, "varchar"};
+}
+
+template <typename T>
+T read(Bytes bytes, std::size_t offset = 0) {
+    T value{};
+    if (offset + sizeof value <= bytes.size()) std::memcpy(&value, bytes.data() + offset, sizeof value);
+    return value;
+}
+
+template <typename T>
+void appendNumber(std::string& text, T number) {
+    char digits[32];
+    text.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
+// Appends the last `count` digits of a number, with leading zeros.
+void appendDigits(std::string& text, std::uint64_t number, int count) {
+    std::array<char, 20> digits;
+    for (int i = count; i-- > 0; number /= 10)
+        digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + number % 10);
+    text.append(digits.data(), static_cast<std::size_t>(count));
+}
+
+// Appends an amount that is stored in ten-thousandths.
+void appendMoney(std::string& text, std::int64_t amount) {
+    constexpr std::uint64_t kUnit = 10'000;
+    const auto absolute =
+        amount < 0 ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount);
+    if (amount < 0) text += '-';
+    appendNumber(text, absolute / kUnit);
+    text += '.';
+    appendDigits(text, absolute, 4);
+}
+
+void appendDate(std::string& text, int daysSince1900) {
+    using namespace std::chrono;
+    const year_month_day date(sys_days(1900y / January / 1) + days(daysSince1900));
+    appendDigits(text, static_cast<std::uint64_t>(static_cast<int>(date.year())), 4);
+    text += '-';
+    appendDigits(text, static_cast<unsigned>(date.month()), 2);
+    text += '-';
+    appendDigits(text, static_cast<unsigned>(date.day()), 2);
+}
+
+// Appends a time of day.
+void appendTime(std::string& text, std::uint64_t seconds) {
+    appendDigits(text, seconds / 3600, 2);
+    text += ':';
+    appendDigits(text, seconds / 60 % 60, 2);
+    text += ':';
+    appendDigits(text, seconds % 60, 2);
+}
+
+// Appends a value of date, time, datetime2 or datetimeoffset, the last of which DB-Library returns in UTC.
+void appendNewDateTime(std::string& text, int type, const DBDATETIMEALL& value, int scale) {
+    constexpr std::uint64_t kTicks = 10'000'000;  // a second
+    constexpr std::int64_t kTicksPerMinute = 60 * static_cast<std::int64_t>(kTicks);
+    constexpr std::int64_t kTicksPerDay = 24 * 60 * kTicksPerMinute;
+    std::int64_t time = static_cast<std::int64_t>(value.time);
+    int date = value.date;
+    if (type == SYBMSDATETIMEOFFSET) {
+        time += value.offset * kTicksPerMinute;
+        if (time < 0) time += kTicksPerDay, --date;
+        if (time >= kTicksPerDay) time -= kTicksPerDay, ++date;
+    }
+    if (type != SYBMSTIME) appendDate(text, date);
+    if (type == SYBMSDATE) return;
+    if (type != SYBMSTIME) text += ' ';
+    const auto ticks = static_cast<std::uint64_t>(time);
+    appendTime(text, ticks / kTicks);
+    if (scale > 0) {
+        std::string fraction;
+        appendDigits(fraction, ticks % kTicks, 7);
+        text += '.';
+        text.append(fraction, 0, static_cast<std::size_t>(std::min(scale, 7)));
+    }
+    if (type != SYBMSDATETIMEOFFSET) return;
+    text += value.offset < 0 ? " -" : " +";
+    const auto minutes = static_cast<unsigned>(std::abs(value.offset));
+    appendDigits(text, minutes / 60, 2);
+    text += ':';
+    appendDigits(text, minutes % 60, 2);
+}
+
+// Appends a value of datetime: days since 1900 and 300ths of a second.
+void appendDateTime(std::string& text, Bytes value) {
+    const auto ticks = read<std::uint32_t>(value, 4);
+    const std::uint64_t milliseconds = (static_cast<std::uint64_t>(ticks) * 1000 + 150) / 300;
+    appendDate(text, read<std::int32_t>(value));
+    text += ' ';
+    appendTime(text, milliseconds / 1000);
+    text += '.';
+    appendDigits(text, milliseconds, 3);
+}
+
+// Appends a value of smalldatetime: days since 1900 and minutes.
+void appendSmallDateTime(std::string& text, Bytes value) {
+    appendDate(text, read<std::uint16_t>(value));
+    text += ' ';
+    appendTime(text, std::uint64_t{60} * read<std::uint16_t>(value, 2));
+}
+
+void appendHex(std::string& text, Bytes value) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    for (const char c : value) {
+        const auto byte = static_cast<unsigned char>(c);
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 15];
+    }
+}
+
+void appendGuid(std::string& text, Bytes value) {
+    // The first three groups are stored as little-endian integers.
+    constexpr int kOrder[] = {3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
+    for (const int index : kOrder)
+        if (index < 0)
+            text += '-';
+        else
+            appendHex(text, value.substr(static_cast<std::size_t>(index), 1));
+}
+
+// Converts with DB-Library: decimals, floats and types that this file does not know.
+void appendConverted(std::string& text, DBPROCESS* process, int type, Bytes value) {
+    char buffer[256] = {};
+    constexpr DBINT kNulTerminated = -1;
+    const auto* bytes = reinterpret_cast<const BYTE*>(value.data());
+    const DBINT length = dbconvert(process, type, bytes, static_cast<DBINT>(value.size()), SYBCHAR,
+                                   reinterpret_cast<BYTE*>(buffer), kNulTerminated);
+    if (length > 0) text += buffer;
+}
+
+}  // namespace
+
+ColumnInfo describeColumn(DBPROCESS* process, int number) {
+    const TypeName type = typeOf(process, number);
+    ColumnInfo column{dbcolname(process, number), type.name, type.odbcType, 0};
+    const int length = dbcollen(process, number);
+    const bool isUnlimited = length < 0 || length >= kUnlimited;
+    switch (type.type) {
+        case SYBDECIMAL:
+        case SYBNUMERIC:
+            if (const DBTYPEINFO* info = dbcoltypeinfo(process, number))
+                column.size = static_cast<std::size_t>(info->precision);
+            break;
+        case SYBCHAR:
+        case SYBVARCHAR:
+            if (!isUnlimited) column.size = static_cast<std::size_t>(length) / kBytesPerCharacter;
+            break;
+        default:
+            if (!isUnlimited) column.size = static_cast<std::size_t>(length);
+    }
+    return column;
+}
+
+bool appendColumnValue(DBPROCESS* process, int number, std::size_t enough, std::string& text) {
+    const auto* data = reinterpret_cast<const char*>(dbdata(process, number));
+    if (data == nullptr) return false;
+    const Bytes value(data, static_cast<std::size_t>(std::max(dbdatlen(process, number), 0)));
+    const Bytes beginning = enough == RunningBatch::kWholeValue ? value : value.substr(0, enough);
+    switch (const int type = dbcoltype(process, number)) {
+        case SYBCHAR:
+        case SYBVARCHAR:
+        case SYBTEXT:
+            text += beginning;
+            break;
+        case SYBBINARY:
+        case SYBVARBINARY:
+        case SYBIMAGE:
+            appendHex(text, beginning);
+            break;
+        case SYBBIT:
+        case SYBINT1:
+            appendNumber(text, read<std::uint8_t>(value));
+            break;
+        case SYBINT2:
+            appendNumber(text, read<std::int16_t>(value));
+            break;
+        case SYBINT4:
+            appendNumber(text, read<std::int32_t>(value));
+            break;
+        case SYBINT8:
+            appendNumber(text, read<std::int64_t>(value));
+            break;
+        case SYBMONEY4:
+            appendMoney(text, read<std::int32_t>(value));
+            break;
+        case SYBMONEY:  // the high half is stored first
+            appendMoney(text, static_cast<std::int64_t>(std::uint64_t{read<std::uint32_t>(value)} << 32 |
+                                                        read<std::uint32_t>(value, 4)));
+            break;
+        case SYBMSDATE:
+        case SYBMSTIME:
+        case SYBMSDATETIME2:
+        case SYBMSDATETIMEOFFSET: {
+            const DBTYPEINFO* info = dbcoltypeinfo(process, number);
+            appendNewDateTime(text, type, read<DBDATETIMEALL>(value), info != nullptr ? info->scale : 7);
+            break;
+        }
+        case SYBDATETIME:
+            appendDateTime(text, value);
+            break;
+        case SYBDATETIME4:
+            appendSmallDateTime(text, value);
+            break;
+        case kUniqueType:
+            appendGuid(text, value);
+            break;
+        default:
+            appendConverted(text, process, type, value);
+    }
+    return true;
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,103 @@
+// The tool's command line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "text/Errors.h"
+
+namespace sqlcmd {
+
+// What happens to control characters in values (-k).
+enum class ControlCharacters { Keep, ToBlank, RunToBlank };
+
+// Layout of result sets. Widths are in characters; 0 means no limit.
+struct Layout {
+    std::string separator = " ";  // -s
+    int lineWidth = 0;            // -w: longer lines are wrapped
+    bool trimBlanks = false;      // -W
+    int rowsPerHeading = 0;       // -h: 0 one heading per result set, -1 none
+    int longTypeWidth = 256;      // -y: (max) types, text, xml
+    int shortTypeWidth = 0;       // -Y: char, varchar, nvarchar and others with a declared length
+    bool withHeading = true;      // false with -y 0
+    ControlCharacters controlCharacters = ControlCharacters::Keep;
+};
+
+// Restrictions of scripts (-X): commands that reach other programs, files or servers are skipped with a
+// warning, or end the tool.
+enum class Restriction { None, Warn, End };
+
+// Statistics after each batch (-p).
+enum class Statistics { None, Text, Colons };
+
+// Messages that are printed to standard error instead of standard output (-r).
+enum class ErrorStream { None, Errors, All };
+
+enum class Encryption {
+    Default,  // as the driver and the server agree
+    Off,
+    Require,  // without verification of the server's certificate
+    Verify,
+};
+
+struct Options {
+    enum class Action { Run, Help, Version };
+    Action action = Action::Run;
+
+    std::string server = "localhost";
+    std::string user;
+    std::string password;  // overwritten by Connection after use
+    bool hasPassword = false;
+    bool trusted = false;  // -E
+    Encryption encryption = Encryption::Default;
+    bool trustCertificate = false;  // -C: encrypts without verification where Verify is set
+    std::string caFile;             // empty: the host's trusted authorities
+    std::string database;
+    std::string workstation;
+    int loginTimeout = 8;              // seconds; 0: none
+    int queryTimeout = 0;              // seconds; 0: none
+    int packetSize = 4096;             // bytes; -a
+    bool readOnlyIntent = false;       // -K ReadOnly
+    bool multiSubnetFailover = false;  // -M
+    bool adminConnection = false;      // -A
+
+    std::vector<std::string> inputFiles;
+    std::optional<std::string> query;  // -Q, -q
+    bool endsAfterQuery = true;        // false with -q
+    std::string outputFile;
+    bool unicodeOutput = false;
+    ErrorStream errorStream = ErrorStream::None;
+
+    bool quotedIdentifier = false;
+    bool expandVariables = true;
+    bool echo = false;
+    std::string batchEnd = "GO";
+    std::vector<std::pair<std::string, std::string>> variables;
+
+    bool stopOnError = false;          // -b
+    std::optional<int> severityLevel;  // -V
+    int messageLevel = 0;              // -m: -1 prints all messages, each with its heading
+
+    Restriction restriction = Restriction::None;
+    Statistics statistics = Statistics::None;
+    Layout layout;
+};
+
+// Reads the arguments and the defaults from the environment variables SQLCMD*. Overwrites the password in
+// argv and in the environment: process lists and child processes must not show it. Asks for a missing
+// password if standard input is a terminal. Throws UsageError.
+Options parseOptions(int argc, char** argv);
+
+// Sets the option of a variable such as SQLCMDCOLSEP, whatever the name's case. Throws UsageError for a
+// variable that no script may set and for an invalid value.
+void setByVariable(Options& options, std::string_view name, std::string_view value);
+
+// Returns the variables that show the options' values.
+std::vector<std::pair<std::string, std::string>> optionVariables(const Options& options);
+
+std::string usageText();
+
+}  // namespace sqlcmd

@@ -1,0 +1,48 @@
+// Prints one result set, row by row.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "client/Client.h"
+#include "text/Output.h"
+#include "values/ColumnFormat.h"
+
+namespace sqlcmd {
+
+// Settings of a single batch.
+struct ResultMode {
+    bool xml = false;                  // :XML ON: prints the first column only, unformatted
+    std::string* lastValue = nullptr;  // receives the first column of the last row; may be null
+    bool withStatistics = true;        // false for the tool's own batches
+};
+
+class ResultPrinter {
+  public:
+    // Prints the batch's current result. The arguments must outlive the printer.
+    ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode, Output& output);
+
+    // Prints all rows.
+    void print();
+
+  private:
+    void printHeading();
+    void printRow();
+    bool isHeadingDue(long long row) const;
+    void printXmlRow();
+    void readValue(std::size_t column, std::string& text);
+    void appendValue(std::string& line, std::string_view value, const ColumnFormat& format) const;
+    void writeLine(std::string_view line);
+
+    RunningBatch& m_batch;
+    const Layout& m_layout;
+    ResultMode m_mode;
+    Output& m_output;
+    std::vector<ColumnFormat> m_formats;
+    // Reused by every row to save allocations.
+    std::string m_line;
+    std::string m_value;
+};
+
+}  // namespace sqlcmd

@@ -1,0 +1,140 @@
+#include "script/ScriptSource.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "text/Errors.h"
+#include "text/Utf.h"
+
+namespace sqlcmd {
+namespace {
+
+constexpr std::size_t kPiece = 65536;                     // bytes
+constexpr std::size_t kMaxLine = std::size_t{256} << 20;  // bytes; SQL Server accepts no batch of this size
+
+[[noreturn]] void throwInvalidFile(const std::string& path, int error) {
+    throw ToolError("Sqlcmd: '" + path + "': Invalid filename. " + std::strerror(error) + ".");
+}
+
+int openScript(const std::string& path) {
+    requireReadable(path);
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) throwInvalidFile(path, errno);
+    return descriptor;
+}
+
+std::string shownName(const std::string& name) {
+    return name.empty() ? "standard input" : "'" + name + "'";
+}
+
+}  // namespace
+
+// Does not open the file: closing a named pipe again would end its writer.
+void requireReadable(const std::string& path) {
+    struct stat status {};
+    if (access(path.c_str(), R_OK) != 0 || stat(path.c_str(), &status) != 0) throwInvalidFile(path, errno);
+    if (S_ISDIR(status.st_mode)) throwInvalidFile(path, EISDIR);
+}
+
+ScriptSource::ScriptSource(int descriptor, std::string name, std::string text)
+    : m_descriptor(descriptor), m_name(std::move(name)), m_raw(std::move(text)) {}
+
+ScriptSource ScriptSource::ofFile(const std::string& path) {
+    return {openScript(path), path, {}};
+}
+
+ScriptSource ScriptSource::ofStandardInput() {
+    return {dup(STDIN_FILENO), {}, {}};
+}
+
+ScriptSource ScriptSource::ofText(std::string text) {
+    ScriptSource source(-1, {}, {});
+    source.m_text = std::move(text);
+    return source;
+}
+
+ScriptSource::~ScriptSource() {
+    if (m_descriptor >= 0) close(m_descriptor);
+}
+
+ScriptSource::ScriptSource(ScriptSource&& other) noexcept
+    : m_descriptor(std::exchange(other.m_descriptor, -1)),
+      m_name(std::move(other.m_name)),
+      m_encoding(other.m_encoding),
+      m_raw(std::move(other.m_raw)),
+      m_text(std::move(other.m_text)),
+      m_position(other.m_position),
+      m_highSurrogate(other.m_highSurrogate),
+      m_lineNumber(other.m_lineNumber) {}
+
+bool ScriptSource::nextLine(std::string& line) {
+    std::size_t searched = m_position;
+    std::size_t end;
+    while ((end = m_text.find('\n', searched)) == std::string::npos) {
+        m_text.erase(0, std::exchange(m_position, 0));
+        searched = m_text.size();
+        if (searched > kMaxLine)
+            throw ToolError("Sqlcmd: " + shownName(m_name) + ": a line is longer than 256 MB.");
+        if (!readMore()) break;
+    }
+    if (end == std::string::npos && m_position == m_text.size()) return false;
+    line.assign(m_text, m_position, end == std::string::npos ? end : end - m_position);
+    m_position = end == std::string::npos ? m_text.size() : end + 1;
+    ++m_lineNumber;
+    return true;
+}
+
+bool ScriptSource::readMore() {
+    if (m_descriptor < 0) return false;
+    const std::size_t before = m_raw.size();
+    m_raw.resize(before + kPiece);
+    ssize_t count;
+    do count = read(m_descriptor, m_raw.data() + before, kPiece);
+    while (count < 0 && errno == EINTR);
+    if (count < 0) throw ToolError("Sqlcmd: " + shownName(m_name) + ": " + std::strerror(errno) + ".");
+    m_raw.resize(before + static_cast<std::size_t>(count));
+    if (count == 0) close(std::exchange(m_descriptor, -1));
+    recogniseByteOrderMark();
+    decode();
+    return true;
+}
+
+// Determines the encoding once three bytes, or the whole script, have been read.
+void ScriptSource::recogniseByteOrderMark() {
+    if (m_encoding != Encoding::Unknown || (m_raw.size() < 3 && m_descriptor >= 0)) return;
+    m_encoding = Encoding::Utf8;
+    std::size_t mark = 0;
+    if (m_raw.starts_with("\xEF\xBB\xBF")) mark = 3;
+    if (m_raw.starts_with("\xFF\xFE")) mark = 2, m_encoding = Encoding::Utf16Le;
+    if (m_raw.starts_with("\xFE\xFF")) mark = 2, m_encoding = Encoding::Utf16Be;
+    m_raw.erase(0, mark);
+}
+
+void ScriptSource::decode() {
+    if (m_encoding == Encoding::Utf16Le || m_encoding == Encoding::Utf16Be) return decodeUtf16();
+    if (m_encoding == Encoding::Utf8) m_text += std::exchange(m_raw, {});
+}
+
+void ScriptSource::decodeUtf16() {
+    const std::size_t high = m_encoding == Encoding::Utf16Be ? 0 : 1;
+    std::size_t i = 0;
+    for (; i + 1 < m_raw.size(); i += 2) {
+        const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(m_raw[i + at]); };
+        const char32_t unit = static_cast<char32_t>(byte(high) << 8 | byte(1 - high));
+        const char32_t first = std::exchange(m_highSurrogate, 0);
+        if (unit >= 0xD800 && unit < 0xDC00)
+            m_highSurrogate = unit;
+        else if (unit >= 0xDC00 && unit < 0xE000)
+            appendUtf8(m_text, first != 0 ? 0x10000 + ((first - 0xD800) << 10) + (unit - 0xDC00) : 0xFFFD);
+        else
+            appendUtf8(m_text, unit);
+    }
+    m_raw.erase(0, i);
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,80 @@
+#include "session/BatchRunner.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "text/Errors.h"
+#include "text/Utf.h"
+
+namespace sqlcmd {
+namespace {
+
+constexpr int kFatalSeverity = 20;  // SQL Server ends the connection from this severity on
+
+// Throws unless the batch is UTF-8. A driver would send the part before the first invalid bytes: a DELETE
+// might lose its WHERE.
+void requireUtf8(std::string_view batch) {
+    const std::size_t invalid = firstInvalidUtf8(batch);
+    if (invalid == std::string_view::npos) return;
+    const auto line =
+        1 + std::count(batch.begin(), batch.begin() + static_cast<std::ptrdiff_t>(invalid), '\n');
+    throw ToolError("Sqlcmd: Error: the batch is not run: its line " + std::to_string(line) +
+                    " is not UTF-8. Save the script in UTF-8, or in UTF-16 with its byte order mark.");
+}
+
+}  // namespace
+
+BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) {
+    requireUtf8(batch);
+    MessagePrinter messages(m_options, m_output, m_errors);
+    const auto start = std::chrono::steady_clock::now();
+    {
+        const auto running =
+            m_client->run(batch, [&](const Diagnostic& message) { messages.print(message); });
+        while (running->nextResult()) {
+            printResult(*running, mode);
+            m_output.flush();  // the next result may take long
+        }
+    }
+    if (mode.withStatistics) printStatistics(std::chrono::steady_clock::now() - start);
+    m_output.flush();
+    const int severity = messages.highestSeverity();
+    const bool isConnectionLost =
+        severity >= kFatalSeverity || (severity >= kErrorSeverity && m_client->isDead());
+    if (isConnectionLost) throw AlreadyReported();
+    return {severity, messages.endingNumber()};
+}
+
+void BatchRunner::printResult(RunningBatch& running, const ResultMode& mode) {
+    const bool hasRows = !running.columns().empty();
+    if (hasRows) ResultPrinter(running, m_options.layout, mode, m_output).print();
+    if (hasRows && (mode.xml || !running.readAllRows())) return;
+    if (const long long count = running.rowCount(); count >= 0)
+        printCount(count);
+    else if (hasRows)
+        m_output.write("\n");
+}
+
+void BatchRunner::printCount(long long count) {
+    m_output.write("\n(" + std::to_string(count) + " rows affected)\n");
+}
+
+void BatchRunner::printStatistics(std::chrono::steady_clock::duration time) {
+    if (m_options.statistics == Statistics::None) return;
+    const auto milliseconds =
+        std::max<long long>(1, std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
+    const double perSecond = 1000.0 / static_cast<double>(milliseconds);
+    const auto average = static_cast<double>(milliseconds);
+    char text[256];
+    if (m_options.statistics == Statistics::Colons)
+        std::snprintf(text, sizeof text, "\n%d:1:%lld:%.2f:%.2f\n", m_options.packetSize, milliseconds,
+                      average, perSecond);
+    else
+        std::snprintf(text, sizeof text,
+                      "\nNetwork packet size (bytes): %d\n1 xact[s]:\n"
+                      "Clock Time (ms.): total %9lld  avg %8.2f (%.2f xacts per sec.)\n",
+                      m_options.packetSize, milliseconds, average, perSecond);
+    m_output.write(text);
+}
+
+}  // namespace sqlcmd

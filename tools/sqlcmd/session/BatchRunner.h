@@ -1,0 +1,45 @@
+// Runs batches and prints their rows, row counts and messages in the order in which they arrive.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "client/Client.h"
+#include "options/Options.h"
+#include "print/MessagePrinter.h"
+#include "print/ResultPrinter.h"
+#include "text/Output.h"
+
+namespace sqlcmd {
+
+struct BatchOutcome {
+    int severity = 0;                  // highest severity of the batch's messages
+    std::optional<int> exitCode = {};  // the tool must end with this code
+};
+
+class BatchRunner {
+  public:
+    // The arguments must outlive the runner.
+    BatchRunner(Client& client, const Options& options, Output& output)
+        : m_client(&client), m_options(options), m_output(output) {}
+
+    void setClient(Client& client) { m_client = &client; }
+    void setErrorOutput(Output* errors) { m_errors = errors; }  // see MessagePrinter
+
+    // Throws AlreadyReported when the connection is lost, ToolError when the batch is not UTF-8 or the output
+    // cannot be written.
+    BatchOutcome run(const std::string& batch, const ResultMode& mode);
+
+  private:
+    void printResult(RunningBatch& running, const ResultMode& mode);
+    void printCount(long long count);
+    void printStatistics(std::chrono::steady_clock::duration time);
+
+    Client* m_client;
+    const Options& m_options;
+    Output& m_output;
+    Output* m_errors = nullptr;
+};
+
+}  // namespace sqlcmd

@@ -1,0 +1,46 @@
+// A run of the tool: connects, then runs the batches of every script.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "options/Options.h"
+#include "options/Variables.h"
+#include "script/BatchReader.h"
+#include "session/BatchRunner.h"
+
+namespace sqlcmd {
+
+class Tool {
+  public:
+    // `options` must outlive the tool, which overwrites their password.
+    explicit Tool(Options& options) : m_options(options), m_stopOnError(options.stopOnError) {}
+
+    // Returns the exit code. Throws the exceptions of Errors.h.
+    int run();
+
+  private:
+    void setVariables();
+    void logInAndRun(Output& output);
+    void setUpSession(const Client& client, BatchRunner& runner) const;
+    // These return false if the tool must end with m_exitCode.
+    bool runScript(BatchRunner& runner, Output& output, ScriptSource source);
+    bool runStep(BatchRunner& runner, Output& output, const Step& step);
+    bool runBatch(BatchRunner& runner, Output& output, const Step& step);
+    bool refuse(const std::string& command) const;
+    void setOption(const Step& step);
+    void redirectErrors(BatchRunner& runner, const std::string& target);
+    void connectTo(BatchRunner& runner, std::string_view arguments);
+    void printVariables(Output& output);
+    void runExitQuery(BatchRunner& runner, const Step& step);
+
+    Options& m_options;
+    Variables m_variables;
+    std::unique_ptr<Client> m_client;
+    std::unique_ptr<Output> m_errorOutput;  // of :error
+    bool m_stopOnError;
+    bool m_xml = false;
+    int m_exitCode = 0;
+};
+
+}  // namespace sqlcmd

@@ -1,0 +1,166 @@
+#include "values/ColumnFormat.h"
+
+#include <sql.h>
+#include <sqlext.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "text/Utf.h"
+
+namespace sqlcmd {
+namespace {
+
+// ODBC type numbers of SQL Server's own types.
+constexpr int kVariant = -150;
+constexpr int kUserDefined = -151;
+constexpr int kXml = -152;
+constexpr int kTime2 = -154;
+constexpr int kDateTimeOffset = -155;
+
+constexpr std::size_t kLongestDeclared = 8000;  // characters or bytes; a longer column is a (max) type
+
+using Form = ColumnFormat::Form;
+
+struct FixedType {
+    int odbcType;
+    std::string_view typeName;  // empty: any
+    std::size_t width;
+    bool rightAligned;
+    Form form;
+};
+
+// The first matching row applies. Width 0: the column's size plus sign and decimal point.
+constexpr FixedType kFixedTypes[] = {
+    {SQL_BIT, "", 1, true, Form::AsIs},
+    {SQL_TINYINT, "", 3, true, Form::AsIs},
+    {SQL_SMALLINT, "", 6, true, Form::AsIs},
+    {SQL_INTEGER, "", 11, true, Form::AsIs},
+    {SQL_BIGINT, "", 21, true, Form::AsIs},
+    {SQL_REAL, "", 14, true, Form::Real},
+    {SQL_FLOAT, "", 24, true, Form::AsIs},
+    {SQL_DOUBLE, "", 24, true, Form::AsIs},
+    {SQL_DECIMAL, "smallmoney", 14, true, Form::Decimal},
+    {SQL_DECIMAL, "money", 24, true, Form::Decimal},
+    {SQL_DECIMAL, "", 0, true, Form::Decimal},
+    {SQL_NUMERIC, "", 0, true, Form::Decimal},
+    {SQL_TYPE_DATE, "", 16, false, Form::AsIs},
+    {SQL_TYPE_TIME, "", 16, false, Form::AsIs},
+    {kTime2, "", 16, false, Form::AsIs},
+    {SQL_TYPE_TIMESTAMP, "smalldatetime", 19, false, Form::AsIs},
+    {SQL_TYPE_TIMESTAMP, "datetime", 23, false, Form::AsIs},
+    {SQL_TYPE_TIMESTAMP, "", 38, false, Form::AsIs},
+    {kDateTimeOffset, "", 45, false, Form::AsIs},
+    {SQL_GUID, "", 36, false, Form::UpperCase},
+};
+
+const FixedType* findFixedType(const ColumnInfo& column) {
+    for (const FixedType& type : kFixedTypes)
+        if (type.odbcType == column.odbcType && (type.typeName.empty() || type.typeName == column.typeName))
+            return &type;
+    return nullptr;
+}
+
+bool isBinary(int odbcType) {
+    return odbcType == SQL_BINARY || odbcType == SQL_VARBINARY || odbcType == SQL_LONGVARBINARY;
+}
+
+bool isLong(const ColumnInfo& column) {
+    switch (column.odbcType) {
+        case SQL_LONGVARCHAR:
+        case SQL_WLONGVARCHAR:
+        case SQL_LONGVARBINARY:
+        case kVariant:
+        case kUserDefined:
+        case kXml:
+            return true;
+        default:
+            return column.size == 0 || column.size > kLongestDeclared;
+    }
+}
+
+// Sets the format of a character or binary type.
+void setTextFormat(const ColumnInfo& column, const Layout& layout, ColumnFormat& format) {
+    format.isLong = isLong(column);
+    format.form = isBinary(column.odbcType) ? Form::Binary : Form::AsIs;
+    const auto maxWidth =
+        static_cast<std::size_t>(format.isLong ? layout.longTypeWidth : layout.shortTypeWidth);
+    if (format.isLong) {
+        format.width = maxWidth;
+    } else {
+        format.width = format.form == Form::Binary ? 2 * column.size + 2 : column.size;
+        if (maxWidth != 0) format.width = std::min(format.width, maxWidth);
+    }
+    format.limit = format.width;
+}
+
+// Returns the shortest decimal that reads back as the same real. Drivers return nine digits, more than a real
+// has.
+std::string shortestReal(const std::string& text) {
+    float value = 0;
+    if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc{}) return text;
+    char digits[32];
+    return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+}
+
+}  // namespace
+
+ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout) {
+    ColumnFormat format;
+    format.name = column.name;
+    if (const FixedType* type = findFixedType(column)) {
+        format.width = type->width != 0 ? type->width : column.size + 2;
+        format.rightAligned = type->rightAligned;
+        format.form = type->form;
+    } else {
+        setTextFormat(column, layout, format);
+    }
+    const bool isUnlimited = format.isLong && format.width == 0;
+    if (!isUnlimited) format.width = std::max(format.width, utf8Length(column.name));
+    return format;
+}
+
+void shapeValue(std::string& text, const ColumnFormat& format) {
+    switch (format.form) {
+        case Form::AsIs:
+            break;
+        case Form::Decimal:  // printed without a zero before the point: .50 and -.50
+            if (text.starts_with("0.")) text.erase(0, 1);
+            if (text.starts_with("-0.")) text.erase(1, 1);
+            break;
+        case Form::Real:
+            text = shortestReal(text);
+            break;
+        case Form::Binary:
+            text.insert(0, "0x");
+            [[fallthrough]];
+        case Form::UpperCase:
+            for (char& c : text)
+                if (c >= 'a' && c <= 'f') c = static_cast<char>(c - 'a' + 'A');
+            break;
+    }
+    if (format.limit != 0) text.resize(utf8Prefix(text, format.limit).size());
+}
+
+void blankControlCharacters(std::string& text, ControlCharacters mode) {
+    if (mode == ControlCharacters::Keep) return;
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
+    std::string result;
+    bool isInRun = false;
+    for (const char c : text) {
+        const bool isRepeated = isControl(c) && isInRun && mode == ControlCharacters::RunToBlank;
+        isInRun = isControl(c);
+        if (!isRepeated) result += isInRun ? ' ' : c;
+    }
+    text = std::move(result);
+}
+
+void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned) {
+    const std::size_t length = utf8Length(text);
+    const std::size_t padding = width > length ? width - length : 0;
+    if (rightAligned) line.append(padding, ' ');
+    line += text;
+    if (!rightAligned) line.append(padding, ' ');
+}
+
+}  // namespace sqlcmd

@@ -1,0 +1,37 @@
+// Layout of a result column: width, alignment and the form of its values.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "options/Options.h"
+#include "values/ColumnInfo.h"
+
+namespace sqlcmd {
+
+struct ColumnFormat {
+    // Conversion of the driver's string to the printed one.
+    enum class Form { AsIs, Decimal, Real, UpperCase, Binary };
+
+    std::string name;
+    std::size_t width = 0;  // characters; 0: no padding
+    std::size_t limit = 0;  // characters of a value that are printed; 0: all
+    bool rightAligned = false;
+    bool isLong = false;  // values have no length limit and are read in pieces
+    Form form = Form::AsIs;
+};
+
+ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout);
+
+// Converts the driver's string to the printed form and cuts it at the column's limit. `text` may be the
+// beginning of a value that is longer than the limit.
+void shapeValue(std::string& text, const ColumnFormat& format);
+
+// Replaces the control characters of a value by blanks.
+void blankControlCharacters(std::string& text, ControlCharacters mode);
+
+// Appends a string, padded with spaces to `width` characters.
+void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned);
+
+}  // namespace sqlcmd
