@@ -22,8 +22,8 @@ BackupReport reportOf(std::string_view columns, const std::vector<std::map<std::
         const SqlType& is = report.columns.emplace_back(Column{name, parseType(type)}).type;
         for (std::size_t i = 0; i < rows.size(); ++i) {
             Value& cell = report.rows[i].emplace_back(Null{});
-            if (const auto told = rows[i].find(name); told != rows[i].end())
-                cell = told->second;
+            if (const auto given = rows[i].find(name); given != rows[i].end())
+                cell = given->second;
             else if (usual == "NULL")
                 continue;
             else if (isNumber(is.id))

@@ -157,9 +157,9 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::Truncate& truncate);
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments);
-    // Passes the rows that `work` sends to `take` instead of the client.
-    using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
-    void divert(const RowTaker& take, const std::function<void()>& work);
+    // Passes the rows that `work` sends to `handler` instead of the client.
+    using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+    void divert(const RowHandler& handler, const std::function<void()>& work);
     void selectInto(const ast::Query& query, const ast::ObjectName& name);
     std::vector<const TableColumn*> insertColumns(const TableInfo& target,
                                                   const std::vector<std::string>& names,

@@ -104,11 +104,11 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 
 // Reports "10 percent processed." at the interval of STATS, and ends the work of a cancelled batch.
 Progress Executor::progress(std::int64_t step) const {
-    return [this, step, told = std::int64_t{0}](int percent) mutable {
+    return [this, step, reported = std::int64_t{0}](int percent) mutable {
         if (isCancelled()) throw BatchEnd{};
-        while (step > 0 && told < 100 && std::min<std::int64_t>(told + step, 100) <= percent)
+        while (step > 0 && reported < 100 && std::min<std::int64_t>(reported + step, 100) <= percent)
             inform(message::kPercentProcessed,
-                   {std::to_string(told = std::min<std::int64_t>(told + step, 100))});
+                   {std::to_string(reported = std::min<std::int64_t>(reported + step, 100))});
     };
 }
 

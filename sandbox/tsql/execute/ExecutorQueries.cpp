@@ -27,13 +27,13 @@ bool isCountError(const SqlError& error) {
 // Sink that passes rows to a function and everything else to the client.
 class DivertingSink final : public ResultSink {
   public:
-    using RowTaker = std::function<void(std::span<const Column>, std::span<const CellView>)>;
-    DivertingSink(ResultSink& outer, const RowTaker& take) : m_outer(outer), m_take(take) {}
+    using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+    DivertingSink(ResultSink& outer, const RowHandler& handler) : m_outer(outer), m_handler(handler) {}
 
     void columns(std::span<const Column> columns) override {
         m_columns.assign(columns.begin(), columns.end());
     }
-    void row(std::span<const CellView> cells) override { m_take(m_columns, cells); }
+    void row(std::span<const CellView> cells) override { m_handler(m_columns, cells); }
     void statementDone(std::int64_t, StatementKind) override {}
     void message(const Message& message) override { m_outer.message(message); }
     void databaseChanged(std::string_view from, std::string_view to) override {
@@ -45,7 +45,7 @@ class DivertingSink final : public ResultSink {
 
   private:
     ResultSink& m_outer;
-    const RowTaker& m_take;
+    const RowHandler& m_handler;
     std::vector<Column> m_columns;
 };
 
@@ -104,8 +104,8 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
     return rows;
 }
 
-void Executor::divert(const RowTaker& take, const std::function<void()>& work) {
-    DivertingSink sink(*m_sink, take);
+void Executor::divert(const RowHandler& handler, const std::function<void()>& work) {
+    DivertingSink sink(*m_sink, handler);
     const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
     work();
 }
@@ -282,7 +282,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         std::vector<SqlType> types;
     };
     std::vector<CollectedRow> collected;  // `work` may read the target table
-    const auto take = [&](std::span<const Column> types, std::span<const CellView> cells) {
+    const auto collect = [&](std::span<const Column> types, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
         CollectedRow& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -294,7 +294,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     {
         const Finally again([this] { m_insertsRows = false; });
         m_insertsRows = true;
-        divert(take, work);
+        divert(collect, work);
     }
     m_change.verb = "INSERT";
     m_change.target = target;

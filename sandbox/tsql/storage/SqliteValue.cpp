@@ -3,6 +3,11 @@
 #include <sqlite3.h>
 
 namespace tsql {
+namespace {
+
+constexpr std::byte kNoBytes{};  // SQLite has no address for an empty blob; copies need one
+
+}  // namespace
 
 CellView viewOf(sqlite3_value* value) {
     switch (sqlite3_value_type(value)) {
@@ -16,7 +21,7 @@ CellView viewOf(sqlite3_value* value) {
         }
         case SQLITE_BLOB: {
             const auto* bytes = static_cast<const std::byte*>(sqlite3_value_blob(value));
-            return Blob(bytes, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+            return Blob(bytes ? bytes : &kNoBytes, static_cast<std::size_t>(sqlite3_value_bytes(value)));
         }
         default:
             return Null{};
