@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "client/Diagnostic.h"
-#include "options/Options.h"
 #include "values/ColumnInfo.h"
 
 namespace sqlcmd {
@@ -56,9 +55,5 @@ struct LoginError : std::exception {
     explicit LoginError(std::vector<Diagnostic> what) : diagnostics(std::move(what)) {}
     std::vector<Diagnostic> diagnostics;
 };
-
-// Connects with the driver that the environment variable SQLCMD_ODBC_DRIVER names, FreeTDS without it.
-// Overwrites the password in `options`. Throws LoginError; ToolError and UsageError for invalid values.
-std::unique_ptr<Client> connect(Options& options);
 
 }  // namespace sqlcmd

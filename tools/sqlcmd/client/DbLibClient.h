@@ -2,6 +2,7 @@
 #pragma once
 
 #include "client/Client.h"
+#include "options/Options.h"
 
 struct tds_dblib_dbprocess;
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "client/Connect.h"
 #include "text/Text.h"
 
 namespace sqlcmd {

@@ -1,4 +1,4 @@
-#include "client/Client.h"
+#include "client/Connect.h"
 
 #include <cstdlib>
 

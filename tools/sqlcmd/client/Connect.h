@@ -1,0 +1,15 @@
+// Choice of the client for a driver.
+#pragma once
+
+#include <memory>
+
+#include "client/Client.h"
+#include "options/Options.h"
+
+namespace sqlcmd {
+
+// Connects with the driver that the environment variable SQLCMD_ODBC_DRIVER names, FreeTDS without it.
+// Overwrites the password in `options`. Throws LoginError; ToolError and UsageError for invalid values.
+std::unique_ptr<Client> connect(Options& options);
+
+}  // namespace sqlcmd
