@@ -227,7 +227,7 @@ Flow Executor::runStatement(const Statement& statement) {
     m_functions.beginStatement();
     try {
         if (m_settings.describeOnly) return describe(statement);
-        if (m_settings.implicitTransactions && m_transactions == 0) beginImplicitly(statement);
+        if (beginsImplicitly(statement)) begin({});
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
         afterError(messageOf(error), !m_settings.abortOnError);
@@ -494,6 +494,7 @@ Flow Executor::run(const Return& node) {
         inform(message::kNullReturnStatus, {frame.procedure});
         frame.returned = std::int64_t{0};
     }
+    if (node.value && !frame.isFunction) m_rowCount = 1;  // as after an assignment
     return Flow::Return;
 }
 

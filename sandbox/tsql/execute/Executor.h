@@ -257,12 +257,14 @@ class Executor final : public NameResolver, public FunctionSession {
     void beforeWrite();
     void claim(const ast::ObjectName& target);
     void begin(const std::string& name);
-    void beginImplicitly(const ast::Statement& statement);
+    bool awaitsTransaction() const;
+    bool beginsImplicitly(const ast::Statement& statement) const;
     void save(const std::string& name);
     void commit();
     void rollBack();
     void undoTransaction();
     void rollBackTo(const std::string& name);
+    void inTransaction(const std::function<void()>& work);
     void endTransaction(TransactionEvent event);
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
 
@@ -318,9 +320,11 @@ class Executor final : public NameResolver, public FunctionSession {
     std::optional<std::int64_t> m_batchIdentity;  // SCOPE_IDENTITY() of the batches, all one scope
     // Last identities generated in the transaction, by schema and stored name of the table.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
-    Cursors m_cursors;           // GLOBAL cursors
-    bool m_checking = false;     // statements are checked, not executed
-    bool m_insertsRows = false;  // INSERT ... EXECUTE is running
+    Cursors m_cursors;              // GLOBAL cursors
+    bool m_checking = false;        // statements are checked, not executed
+    bool m_ownTransaction = false;  // the open transaction is the statement's own
+    int m_fewestTransactions = 0;   // COMMIT is an error at this number
+    bool m_insertsRows = false;     // INSERT ... EXECUTE is running
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;
     int m_transactions = 0;         // @@TRANCOUNT

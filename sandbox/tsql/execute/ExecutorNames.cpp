@@ -127,6 +127,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
     if (!name.database.empty() && !m_storage.exists(name.database)) return std::nullopt;
     auto found = catalogue(name).table(name.name);
+    if (found && awaitsTransaction()) begin({});
     if (found && m_connection.inTransaction()) m_knownTables.emplace(key, *found);
     return found;
 }

@@ -232,7 +232,9 @@ Flow Executor::run(const Insert& insert) {
     try {
         if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
         if (insert.execute)
-            insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+            inTransaction([&] {
+                insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+            });
         else
             changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator), translator,
                              insert.output);
@@ -282,8 +284,10 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         std::vector<SqlType> types;
     };
     std::vector<CollectedRow> collected;  // `work` may read the target table
+    bool misfits = false;                 // a row has another number of columns
     const auto collect = [&](std::span<const Column> types, std::span<const CellView> cells) {
-        if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
+        misfits = misfits || cells.size() != columns.size();
+        if (misfits) return;
         CollectedRow& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) {
             row.cells.push_back(ownedValue(cells[i]));
@@ -296,6 +300,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         m_insertsRows = true;
         divert(collect, work);
     }
+    if (misfits) throw sqlError(message::kColumnCountMismatch);
     m_change.verb = "INSERT";
     m_change.target = target;
     beforeWrite();

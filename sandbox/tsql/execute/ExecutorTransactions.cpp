@@ -33,7 +33,7 @@ void Executor::endTransaction(TransactionEvent event) {
     m_doomed = m_begun = m_outlivedReset = false;
     m_knownTables.clear();
     m_locks.releaseAll(this, /*ofTransaction=*/true);
-    if (std::exchange(m_transactions, 0) > 0) m_sink->transactionChanged(event);
+    if (std::exchange(m_transactions, 0) > 0 && !m_ownTransaction) m_sink->transactionChanged(event);
 }
 
 void Executor::begin(const std::string& name) {
@@ -42,9 +42,14 @@ void Executor::begin(const std::string& name) {
     m_sink->transactionChanged(TransactionEvent::Began);
 }
 
-// IMPLICIT_TRANSACTIONS: begins a transaction before statements that read or change tables. BEGIN TRANSACTION
-// then begins two.
-void Executor::beginImplicitly(const Statement& statement) {
+// IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.
+bool Executor::awaitsTransaction() const {
+    return m_settings.implicitTransactions && m_transactions == 0 && !m_checking && !m_settings.describeOnly;
+}
+
+// So do these statements, whatever they use. BEGIN TRANSACTION then begins two.
+bool Executor::beginsImplicitly(const Statement& statement) const {
+    if (!awaitsTransaction()) return false;
     const auto begins = []<typename Node>(const Node& node) {
         if constexpr (std::is_same_v<Node, SelectStatement>) {
             const auto* select = std::get_if<Select>(&node.query->body);
@@ -61,7 +66,26 @@ void Executor::beginImplicitly(const Statement& statement) {
                std::is_same_v<Node, CreateIndex> || std::is_same_v<Node, CreateModule> ||
                std::is_same_v<Node, Fetch>;
     };
-    if (std::visit(begins, statement.node)) begin({});
+    return std::visit(begins, statement.node);
+}
+
+// INSERT ... EXECUTE runs in a transaction. Without an open one it has its own, which the client does not
+// see.
+void Executor::inTransaction(const std::function<void()>& work) {
+    const Finally restored([this, own = m_ownTransaction, fewest = m_fewestTransactions] {
+        m_ownTransaction = own;
+        m_fewestTransactions = fewest;
+    });
+    m_ownTransaction = m_transactions == 0;
+    if (m_ownTransaction) m_transactions = 1;
+    m_fewestTransactions = m_transactions;
+    try {
+        work();
+    } catch (...) {
+        if (m_ownTransaction) rollBack();
+        throw;
+    }
+    if (m_ownTransaction && m_transactions > 0) commit();
 }
 
 void Executor::save(const std::string& name) {
@@ -133,6 +157,8 @@ Flow Executor::run(const Transaction& transaction) {
     if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(message::kRollbackInInsertExec);
     if (verb == TransactionVerb::Rollback && m_transactions == 0)
         throw sqlError(message::kRollbackWithoutBegin);
+    if (verb == TransactionVerb::Commit && m_transactions > 0 && m_transactions == m_fewestTransactions)
+        throw sqlError(message::kCommitInInsertExec);
     const bool whole = name.empty() || sameWord(name, m_transactionName);
     if (verb == TransactionVerb::Begin) begin(name);
     if (verb == TransactionVerb::Save) save(name);

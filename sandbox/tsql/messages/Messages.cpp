@@ -385,6 +385,9 @@ constexpr MessageText kMessages[] = {
      "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {message::kRollbackInInsertExec, 16, 0,
      "Cannot use the ROLLBACK statement within an INSERT-EXEC statement."},
+    {message::kCommitInInsertExec, 16, 0,
+     "Cannot use the COMMIT statement within an INSERT-EXEC statement unless BEGIN TRANSACTION is used "
+     "first."},
     {message::kTransactionRequired, 16, 1,
      "The statement or function must be executed in the context of a user transaction."},
     {message::kTransactionDoomed, 16, 1,

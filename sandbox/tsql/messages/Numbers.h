@@ -197,6 +197,7 @@ inline constexpr int kNotAConstraint = 3728;
 inline constexpr int kCommitWithoutBegin = 3902;
 inline constexpr int kRollbackWithoutBegin = 3903;
 inline constexpr int kRollbackInInsertExec = 3915;
+inline constexpr int kCommitInInsertExec = 3916;
 inline constexpr int kTransactionRequired = 3918;
 inline constexpr int kTransactionDoomed = 3930;
 inline constexpr int kSavepointInDoomedTransaction = 3931;

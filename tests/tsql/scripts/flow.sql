@@ -70,10 +70,12 @@ SELECT @x, @y
 UPDATE t SET id = id RAISERROR('seen', 10, 1) PRINT @@ROWCOUNT
 UPDATE t SET id = id DECLARE @z int = 1 PRINT @@ROWCOUNT
 UPDATE t SET id = id WHILE @@ROWCOUNT > 9 PRINT 'x' PRINT @@ROWCOUNT
+UPDATE t SET id = id IF 1 = 0 PRINT 'x' PRINT @@ROWCOUNT
 --> - int? = 2 | - int? = NULL
 --> seen
 --> 0
 --> 1
+--> 0
 --> 0
 PRINT 'x' THROW 50001, 'direct', 7 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'THROW'.
 PRINT 'x' WITH c AS (SELECT 1 AS a) SELECT a FROM c --> Msg 319, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with a semicolon.

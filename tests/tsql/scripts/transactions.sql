@@ -109,6 +109,8 @@ SELECT @@TRANCOUNT, COUNT(*) FROM t --> - int? = 0 | - int? = 1 (1 rows)
 -- statements that read or write tables begin a transaction implicitly
 SET IMPLICIT_TRANSACTIONS ON
 SELECT 1, @@TRANCOUNT
+IF EXISTS (SELECT 1 FROM t) SELECT @@TRANCOUNT
+ROLLBACK
 SELECT COUNT(*) FROM t
 SELECT @@TRANCOUNT
 COMMIT
@@ -121,6 +123,7 @@ SELECT @@TRANCOUNT
 ROLLBACK
 SET IMPLICIT_TRANSACTIONS OFF
 --> - int = 1 | - int? = 0 (1 rows)
+--> - int? = 1 (1 rows)
 --> - int? = 1 (1 rows)
 --> - int? = 1 (1 rows) (1 changed)
 --> - int? = 0 (1 rows)
