@@ -72,6 +72,10 @@ tds::TlsContext openTls(const Options& options) {
     return loadTlsContext(options.tlsFiles, options.newestTls);
 }
 
+std::unique_ptr<tds::Keytab> openKeytab(const Options& options) {
+    return options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab);
+}
+
 std::string hostName() {
     char name[256] = "localhost";
     gethostname(name, sizeof name - 1);
@@ -95,8 +99,9 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
     : m_options(options),
       m_engine(engine),
       m_tls(openTls(options)),
-      m_settings{credentials, hostName(), options.encryption, m_tls.get(),
-                 std::chrono::seconds(options.loginSeconds)},
+      m_keytab(openKeytab(options)),
+      m_settings{credentials, hostName(),     options.encryption,
+                 m_tls.get(), m_keytab.get(), std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(openSignals()) {
     if (m_signals.get() < 0) throwErrno("signalfd");

@@ -3,6 +3,7 @@
 
 #include <condition_variable>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -39,7 +40,8 @@ class Listener {
 
     const Options& m_options;
     tsql::Engine& m_engine;
-    tds::TlsContext m_tls;  // empty: connections are not encrypted
+    tds::TlsContext m_tls;                  // empty: connections are not encrypted
+    std::unique_ptr<tds::Keytab> m_keytab;  // empty: Windows authentication is refused
     tds::ConnectionSettings m_settings;
     Descriptor m_socket;
     Descriptor m_signals;  // a signalfd

@@ -68,6 +68,8 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_flag("--allow-remote", options.allowRemote,
                  "permit a --listen address that other hosts can reach");
     addTlsOptions(app, options);
+    app.add_option("--keytab", options.keytab,
+                   "keytab of the server's service principals; Kerberos principals can then log in");
     app.add_option("--max-connections", options.maxConnections, "maximum number of connected clients")
         ->check(CLI::Range(1, kMaxConnections))
         ->capture_default_str();

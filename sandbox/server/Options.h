@@ -23,6 +23,7 @@ struct Options {
     CertificateFiles tlsFiles;
     int newestTls = TLS1_2_VERSION;
     std::vector<std::string> selfSignedNames;  // empty: the files exist
+    std::filesystem::path keytab;              // empty: Windows authentication is refused
     int maxConnections = 512;
     int loginSeconds = 15;  // time limit of a login
 };

@@ -39,7 +39,7 @@ void ClientConnection::run() noexcept {
 // ---- Login ----------------------------------------------------------------------------------------
 
 bool ClientConnection::logIn() {
-    const Login login = readLogin();
+    Login login = readLogin();
     m_response.setVersion(login.version);
     if (const auto error = loginError(login)) {
         refuseLogin(login, *error);
@@ -71,13 +71,36 @@ Encryption ClientConnection::negotiateEncryption(ByteView request) {
     return encryption;
 }
 
-std::optional<tsql::SqlError> ClientConnection::loginError(const Login& login) {
-    if (login.integrated) return integratedLoginNotSupported();
-    if (!m_settings.credentials.match(login.userName, login.password)) return loginFailed(login.userName);
+std::optional<tsql::SqlError> ClientConnection::loginError(Login& login) {
+    if (login.integrated && m_settings.keytab == nullptr) return integratedLoginNotSupported();
+    if (login.integrated && !authenticate(login)) return integratedLoginFailed();
+    if (!login.integrated && !m_settings.credentials.match(login.userName, login.password))
+        return loginFailed(login.userName);
     m_client = {login.userName, login.hostName, login.programName};
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
     if (!m_engine.storage.exists(m_initialDatabase)) return databaseNotFound(m_initialDatabase);
     return std::nullopt;
+}
+
+// Windows authentication: exchanges tokens with the client until its principal is known, which becomes the
+// name of the login. The client does not learn why it is refused.
+bool ClientConnection::authenticate(Login& login) {
+    try {
+        SspiContext context(*m_settings.keytab);
+        m_response.sspi(context.accept(login.sspi));
+        while (!context.isComplete()) {
+            m_response.finishLoginStep();
+            const Request request = m_channel.readRequest();
+            if (request.type != PacketType::SspiMessage)
+                throw ProtocolError("the client did not continue its Windows authentication");
+            m_response.sspi(context.accept(request.data));
+        }
+        login.userName = context.client();
+        return true;
+    } catch (const SspiError& problem) {
+        std::fprintf(stderr, "session %d: %s\n", m_sessionId, problem.what());
+        return false;
+    }
 }
 
 void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& error) {

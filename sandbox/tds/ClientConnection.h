@@ -9,6 +9,7 @@
 #include "Prelogin.h"
 #include "PreparedStatements.h"
 #include "Response.h"
+#include "Sspi.h"
 #include "execute/Engine.h"
 
 namespace tds {
@@ -19,7 +20,8 @@ struct ConnectionSettings {
     const Credentials& credentials;
     std::string serverName;
     EncryptionMode encryption = EncryptionMode::None;
-    SSL_CTX* tls = nullptr;  // not null unless the mode is None; not owned
+    SSL_CTX* tls = nullptr;          // not null unless the mode is None; not owned
+    const Keytab* keytab = nullptr;  // not owned; null: Windows authentication is refused
     std::chrono::milliseconds loginLimit{15'000};
     std::chrono::milliseconds refusalDelay{250};  // before a refused login is answered
 };
@@ -37,7 +39,8 @@ class ClientConnection {
     bool logIn();
     Login readLogin();
     Encryption negotiateEncryption(ByteView request);
-    std::optional<tsql::SqlError> loginError(const Login& login);
+    std::optional<tsql::SqlError> loginError(Login& login);
+    bool authenticate(Login& login);
     void acceptLogin(const Login& login);
     void refuseLogin(const Login& login, const tsql::SqlError& error);
     void serveRequests();

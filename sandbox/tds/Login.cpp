@@ -34,6 +34,19 @@ ByteView readField(ByteReader& reader) {
     return reader.at(offset, 2 * characters);
 }
 
+// Reads the field of the client's first token, whose length is in bytes. A longer one than 16 bits can count
+// has its length behind the fields of the attached database and the new password.
+Bytes readSspi(ByteReader& reader) {
+    constexpr std::size_t kLongToken = 0xFFFF;
+    const std::size_t offset = reader.u16();
+    std::size_t length = reader.u16();
+    if (length == kLongToken) {
+        reader.skip(8);
+        if (const std::size_t longLength = reader.u32(); longLength != 0) length = longLength;
+    }
+    return Bytes(reader.at(offset, length));
+}
+
 // Clients obfuscate the password: they swap the halves of each byte, then XOR it with 0xA5.
 std::string plainPassword(ByteView field) {
     Bytes wire(field);
@@ -65,6 +78,8 @@ Login parseLogin(ByteView request) {
     readField(reader);  // client library
     readField(reader);  // language
     login.database = utf8FromUtf16(readField(reader));
+    reader.skip(6);  // client id
+    if (login.integrated) login.sspi = readSspi(reader);
     return login;
 }
 

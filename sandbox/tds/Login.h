@@ -9,7 +9,8 @@ namespace tds {
 struct Login {
     Version version = Version::V74;
     std::size_t packetSize = kDefaultPacketSize;
-    bool integrated = false;  // the client asks for authentication by the operating system
+    bool integrated = false;  // Windows authentication
+    Bytes sspi;               // with it, the client's first token
     std::string hostName;     // as the client reports it
     std::string programName;  // as the client reports it; may be empty
     std::string userName;

@@ -13,6 +13,7 @@ enum class PacketType : std::uint8_t {
     Attention = 6,
     TransactionManager = 14,
     Login7 = 16,
+    SspiMessage = 17,
     Prelogin = 18,
 };
 
@@ -35,6 +36,7 @@ enum class Token : std::uint8_t {
     Row = 0xD1,
     NbcRow = 0xD2,
     EnvChange = 0xE3,
+    Sspi = 0xED,
     Done = 0xFD,
     DoneProc = 0xFE,
     DoneInProc = 0xFF,

@@ -58,6 +58,17 @@ void Response::message(const tsql::Message& message) {
     m_channel.sendFullPackets(m_out.data());
 }
 
+void Response::sspi(ByteView token) {
+    if (token.empty()) return;
+    beginToken(Token::Sspi);
+    m_out.u16(token.size());
+    m_out.bytes(token);
+}
+
+void Response::finishLoginStep() {
+    m_channel.sendEnd(m_out.data());
+}
+
 void Response::textChange(EnvChange what, std::string_view to, std::string_view from) {
     writeEnvChange(what, utf16FromUtf8(to), utf16FromUtf8(from), /*unitSize=*/2);
 }

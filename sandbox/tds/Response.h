@@ -35,6 +35,9 @@ class Response final : public tsql::ResultSink {
     bool cancelled() override;
 
     void loginAck();
+    void sspi(ByteView token);
+    // Sends the tokens so far without DONE, since the client answers them within its login.
+    void finishLoginStep();
     void textChange(EnvChange what, std::string_view to, std::string_view from);
     void binaryChange(EnvChange what, ByteView to = {}, ByteView from = {});
     void returnStatus(std::int32_t status);

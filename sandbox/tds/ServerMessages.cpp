@@ -33,6 +33,13 @@ SqlError integratedLoginNotSupported() {
             kSeverityLogin};
 }
 
+SqlError integratedLoginFailed() {
+    return {18452,
+            "Login failed. The login is from an untrusted domain and cannot be used with Integrated "
+            "authentication.",
+            kSeverityLogin};
+}
+
 SqlError databaseNotFound(std::string_view database) {
     return {4060,
             "Cannot open database " + quoted(database, '"') + " requested by the login. The login failed.",

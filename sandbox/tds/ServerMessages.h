@@ -14,6 +14,7 @@ namespace tds {
 constexpr int kLoginFailed = 18456;
 tsql::SqlError loginFailed(std::string_view user);
 tsql::SqlError integratedLoginNotSupported();
+tsql::SqlError integratedLoginFailed();
 tsql::SqlError databaseNotFound(std::string_view database);
 tsql::Message databaseContextChanged(std::string_view database);
 tsql::Message languageChanged(std::string_view language);

@@ -1,0 +1,57 @@
+// Windows authentication: the tokens in LOGIN7 and in SSPI messages, [MS-TDS] 2.2.6.4 and 2.2.6.8, are those
+// of GSSAPI (RFC 2744) with Kerberos, bare or in SPNEGO (RFC 4178).
+#pragma once
+
+#include <gssapi/gssapi.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+#include "ByteReader.h"
+
+namespace tds {
+
+// A keytab or a token that cannot be used. what() has the reason in GSSAPI's words.
+class SspiError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Keys of the server's service principals. Thread-safe.
+class Keytab {
+  public:
+    // Throws SspiError for a file that cannot be read or has no keys.
+    explicit Keytab(const std::filesystem::path& file);
+    ~Keytab();
+    Keytab(const Keytab&) = delete;
+    Keytab& operator=(const Keytab&) = delete;
+
+    gss_cred_id_t credentials() const { return m_credentials; }
+
+  private:
+    gss_cred_id_t m_credentials = GSS_C_NO_CREDENTIAL;
+};
+
+// Authentication of one client.
+class SspiContext {
+  public:
+    // The keytab must outlive the context.
+    explicit SspiContext(const Keytab& keytab) : m_keytab(keytab) {}
+    ~SspiContext();
+    SspiContext(const SspiContext&) = delete;
+    SspiContext& operator=(const SspiContext&) = delete;
+
+    // Accepts the client's next token and returns the token to send back, which may be empty. Throws
+    // SspiError.
+    Bytes accept(ByteView token);
+    bool isComplete() const { return !m_client.empty(); }
+    // The client's principal, for example "person@EXAMPLE.ORG"; empty until isComplete().
+    const std::string& client() const { return m_client; }
+
+  private:
+    const Keytab& m_keytab;
+    gss_ctx_id_t m_context = GSS_C_NO_CONTEXT;
+    std::string m_client;
+};
+
+}  // namespace tds
