@@ -50,6 +50,13 @@ class Configuration {
         return m_sections[server] = name;
     }
 
+    EncryptedServer server(const std::string& section) {
+        const std::lock_guard lock(m_mutex);
+        for (const auto& [server, name] : m_sections)
+            if (name == section) return server;
+        return {};
+    }
+
   private:
     // The descriptor stays open, since the driver opens the file for each connection. A child process has
     // another descriptor table and finds no file there.
@@ -65,15 +72,23 @@ class Configuration {
     std::map<EncryptedServer, std::string> m_sections;
 };
 
+// Never destroyed: connections may be opened while the program ends.
+Configuration& configuration() {
+    static Configuration& instance = *new Configuration;
+    return instance;
+}
+
 }  // namespace
 
+EncryptedServer serverOfSection(const std::string& section) {
+    return configuration().server(section);
+}
+
 std::string encryptedSection(const EncryptedServer& server) {
-    // Never destroyed: connections may be opened while the program ends.
-    static Configuration& configuration = *new Configuration;
     for (const std::string* value : {&server.host, &server.instance, &server.port, &server.caFile})
         if (hasControlCharacters(*value)) return "";
     if (server.host.size() + server.instance.size() > kLongestValue) return "";
-    return configuration.section(server);
+    return configuration().section(server);
 }
 
 }  // namespace freetds

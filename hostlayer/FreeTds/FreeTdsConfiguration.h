@@ -24,4 +24,7 @@ struct EncryptedServer {
 // CA file cannot be opened. Thread-safe.
 std::string encryptedSection(const EncryptedServer& server);
 
+// Returns the server of a section that encryptedSection() has named, else an empty one. Thread-safe.
+EncryptedServer serverOfSection(const std::string& section);
+
 }  // namespace freetds

@@ -9,9 +9,11 @@
 
 #include <bitset>
 #include <cerrno>
+#include <cstdlib>
 #include <optional>
 
 #include "EvDebug.h"
+#include "KerberosTicket.h"
 #include "Utf16.h"
 
 namespace hostlayer {
@@ -59,6 +61,16 @@ class NewSockets {
     std::bitset<kWindow> m_wasOpen;
 };
 
+// Where Kerberos finds the tickets of this process. Another identity must not continue a login.
+std::string windowsIdentity() {
+    std::string identity = std::to_string(::geteuid());
+    for (const char* name : {"KRB5CCNAME", "KRB5_CLIENT_KTNAME"}) {
+        const char* value = std::getenv(name);
+        identity += std::string(" ") + (value != nullptr ? value : "");
+    }
+    return identity;
+}
+
 }  // namespace
 
 void reportError(VtCause::Place place, const std::string& text) {
@@ -74,7 +86,10 @@ bool convertOrReport(VtCause::Place place, std::string_view text, std::u16string
 }
 
 Login::Login(std::string_view connectionString, bool readOnly)
-    : m_connectionString(connectionString), m_readOnly(readOnly), m_process(::getpid()) {}
+    : m_connectionString(connectionString),
+      m_identity(windowsIdentity()),
+      m_readOnly(readOnly),
+      m_process(::getpid()) {}
 
 Login::~Login() {
     if (m_isConnected) m_connection.check(::SQLDisconnect(m_connection.get()), "Disconnect");
@@ -96,20 +111,31 @@ bool Login::connect(SQLULEN timeoutSeconds) {
     };
     if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, timeoutSeconds)) return false;
     if (m_readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
-    std::u16string text;
     const NewSockets newSockets;
-    m_isConnected = convertOrReport(VtCause::kConnection, m_connectionString, text,
-                                    "Connect: the connection string is not used") &&
-                    m_connection.check(::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text),
-                                                           SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT),
-                                       "Connect");
-    ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
+    m_isConnected = connectDriver();
     if (m_isConnected) m_sockets = newSockets.find();
     return m_isConnected;
 }
 
+bool Login::connectDriver() const {
+    std::u16string text;
+    const bool isUtf8 = convertOrReport(VtCause::kConnection, m_connectionString, text,
+                                        "Connect: the connection string is not used");
+    const SQLRETURN result = isUtf8 ? ::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text),
+                                                          SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)
+                                    : SQL_ERROR;
+    ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
+    if (!isUtf8) return false;
+    // Reported first, since FreeTDS says no more than that it cannot connect.
+    if (!SQL_SUCCEEDED(result))
+        if (const std::string problem = freetds::ticketProblem(m_connectionString); !problem.empty())
+            reportError(VtCause::kConnection, "Connect: " + problem);
+    return m_connection.check(result, "Connect");
+}
+
 bool Login::isFor(std::string_view connectionString, bool readOnly) const {
-    return m_readOnly == readOnly && m_connectionString == connectionString;
+    return m_readOnly == readOnly && m_connectionString == connectionString &&
+           m_identity == windowsIdentity();
 }
 
 bool Login::isReusable() const {

@@ -50,10 +50,12 @@ class Login {
     bool isAlive() const;
 
   private:
+    bool connectDriver() const;
     bool socketsAreQuiet() const;
     bool runs(std::u16string batch) const;
 
     std::string m_connectionString;
+    std::string m_identity;  // that Windows authentication uses
     bool m_readOnly;
     pid_t m_process;
     bool m_isConnected = false;

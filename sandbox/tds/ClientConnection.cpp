@@ -106,7 +106,8 @@ bool ClientConnection::authenticate(Login& login) {
 void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& error) {
     std::this_thread::sleep_for(m_settings.refusalDelay);  // slows down the guessing of passwords
     m_response.message(messageOf(error));
-    if (error.number != kLoginFailed) m_response.message(messageOf(loginFailed(login.userName)));
+    if (error.number != kLoginFailed && error.number != kUntrustedLogin)
+        m_response.message(messageOf(loginFailed(login.userName)));
     m_response.finish();
 }
 

@@ -28,13 +28,13 @@ SqlError loginFailed(std::string_view user) {
 }
 
 SqlError integratedLoginNotSupported() {
-    return {18452,
+    return {kUntrustedLogin,
             "Login failed. Integrated authentication is not supported; use a login name and a password.",
             kSeverityLogin};
 }
 
 SqlError integratedLoginFailed() {
-    return {18452,
+    return {kUntrustedLogin,
             "Login failed. The login is from an untrusted domain and cannot be used with Integrated "
             "authentication.",
             kSeverityLogin};

@@ -12,6 +12,7 @@ namespace tds {
 // ---- Login ----
 
 constexpr int kLoginFailed = 18456;
+constexpr int kUntrustedLogin = 18452;
 tsql::SqlError loginFailed(std::string_view user);
 tsql::SqlError integratedLoginNotSupported();
 tsql::SqlError integratedLoginFailed();

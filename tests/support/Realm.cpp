@@ -68,6 +68,12 @@ void Realm::addService(int port) const {
 
 void Realm::changeServiceKeys(int port) const {
     run({"/usr/sbin/kadmin.local"}, "cpw -randkey " + serviceOf(port) + "\n");
+    logIn("person");  // without the ticket for the old keys
+}
+
+void Realm::deleteService(int port) const {
+    run({"/usr/sbin/kadmin.local"}, "delprinc -force " + serviceOf(port) + "\n");
+    logIn("person");  // without the ticket for the service
 }
 
 void Realm::logIn(const std::string& client, std::vector<std::string> options) const {

@@ -23,6 +23,7 @@ class Realm {
     // Adds a service principal and its keys in the keytab, which a running server reads at its next login.
     void addService(int port) const;
     void changeServiceKeys(int port) const;  // in the KDC only
+    void deleteService(int port) const;
     // Gets a ticket with kinit, whose options may follow, and makes it the one that clients use.
     void logIn(const std::string& client, std::vector<std::string> options = {}) const;
     void logOut() const;

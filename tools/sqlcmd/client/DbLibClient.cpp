@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "KerberosTicket.h"
 #include "client/DbLibValue.h"
 #include "client/Encryption.h"
 #include "options/ServerName.h"
@@ -182,6 +183,17 @@ std::vector<Diagnostic> loginErrors(std::vector<Diagnostic> messages) {
     return messages;
 }
 
+// DB-Library does not report why it gets no Kerberos ticket.
+void addTicketProblem(std::vector<Diagnostic>& messages, const ServerName& server) {
+    constexpr int kDefaultPort = 1433;
+    if (server.port == 0 && !server.instance.empty()) return;
+    Diagnostic message;
+    message.driver = kFreeTdsName;
+    message.text =
+        freetds::ticketProblem(server.host, std::to_string(server.port == 0 ? kDefaultPort : server.port));
+    if (!message.text.empty()) messages.insert(messages.begin(), message);
+}
+
 }  // namespace
 
 DbLibClient::DbLibClient(Options& options) {
@@ -201,6 +213,7 @@ DbLibClient::DbLibClient(Options& options) {
     }
     if (m_process == nullptr) {
         dbexit();
+        if (options.trusted) addTicketProblem(messages, serverOf(options));
         throw LoginError(loginErrors(std::move(messages)));
     }
     dbsetuserdata(m_process, reinterpret_cast<BYTE*>(this));  // from now on, a timeout is one of a query

@@ -8,7 +8,9 @@
 #include <map>
 #include <optional>
 #include <string_view>
+#include <vector>
 
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
@@ -73,9 +75,36 @@ Diagnosis packageUnreadable(const std::string& script, const std::string&) {
 
 // ---- Databases -----------------------------------------------------------------------------------------
 
+// The database's own setting takes precedence, as in the library.
+bool usesWindowsAuthentication(const SuiteDatabase& database) {
+    constexpr unsigned int kWindowsAuthentication = 1;
+    unsigned int setting = 0;
+    std::string ignored;
+    const std::string ownName = std::string("nSQLAuthType_") + database.name;
+    for (const std::string& name : {ownName, std::string("nSQLAuthType")})
+        if (GetRegistryItemValue("", "Database", name.c_str(), &setting, nullptr, ignored)) break;
+    return setting == kWindowsAuthentication;
+}
+
+// Reports the causes of the failed connection: DBBase::RunStringQuery() always logs in with name and
+// password.
+Diagnosis diagnoseWindowsLogin(const DBBase& db, const SuiteDatabase& database) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    bool isRefused = false;
+    std::string what = std::string("Windows authentication to ") + database.name + " fails:";
+    for (const DVUCause_t& cause : causes) {
+        isRefused = isRefused || cause.serverError != 0;
+        what += "\n" + cause.text;
+    }
+    return notRun(isRefused ? ExitCode::kRefused : ExitCode::kConnection, what,
+                  "See \"Windows authentication\" in docs/troubleshooting.md.");
+}
+
 // Connects through the query tool: unlike the library it prints the server's message.
 Diagnosis diagnoseServer(DBBase& db, const SuiteDatabase& database) {
     if (!isToolExecutable()) return toolMissing();
+    if (usesWindowsAuthentication(database)) return diagnoseWindowsLogin(db, database);
     const ScratchFile output;
     if (db.RunStringQuery("SELECT 1", output.path().c_str(), database.name))
         return notRun(

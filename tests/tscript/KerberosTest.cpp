@@ -1,0 +1,101 @@
+// Windows authentication of the query tool and of the library's connections, with a KDC of the test's own.
+#include <unistd.h>
+
+#include <functional>
+
+#include "Installation.h"
+#include "Realm.h"
+#include "SampleInstallation.h"
+#include "TsqlBox.h"
+
+namespace {
+
+using support::ProgramOptions;
+using support::ProgramResult;
+using support::Realm;
+using support::runProgram;
+using support::SampleInstallation;
+using support::TsqlBox;
+
+constexpr char kPackage[] = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nSELECT SUSER_SNAME()\n";
+
+// The stored credentials are those of a login that the server does not have.
+class WindowsAuthentication : public testing::Test {
+  protected:
+    WindowsAuthentication() {
+        SampleInstallation::loadSchema(box);
+        realm.addService(box.port());
+        realm.logIn("person");
+        installation.useServer(server(), "nobody", "wrong");
+        installation.set("Database", "nSQLAuthType", 1);
+        support::writeFile(folder / "Who.txt", kPackage);
+        EXPECT_EQ(run({"pack", folder / "Who.txt"}).exitCode, 0);
+    }
+    std::string server() const { return "localhost," + std::to_string(box.port()); }
+    ProgramResult run(const Words& words) { return tscript(words, {}, installation.storeFile()); }
+
+    Realm realm;
+    TsqlBox box{{"--keytab", realm.keytab()}};
+    SampleInstallation installation;
+    const support::TempDir folder;
+};
+
+TEST_F(WindowsAuthentication, OnlyVersionAndBackupsUseTheStoredLogin) {
+    const fs::path backup = folder / "nq2.bak";
+    expectCases({{{"run", "Who"}, 0, "person@EXAMPLE.TEST", ""},
+                 {{"exec", "tsListNodes"}, 0, "archive-01", ""},
+                 {{"catalogue"}, 0, "tsListNodes", ""},
+                 {{"journal"}, 0, "Who", ""},
+                 {{"schema", "check", "Dorvas"}, 0, "ok       VT_GetSpParams", ""},
+                 {{"db", "list"}, 1, "", "Failed to execute DB query"},
+                 {{"db", "version"}, 1, "", "Failed to execute DB query"},
+                 {{"db", "backup", "NQ2", backup}, 1, "", "Failed to execute DB query"}},
+                installation.storeFile());
+    installation.useServer(server(), box.login(), box.password());
+    expectCases({{{"db", "list"}, 0, "nq2", ""},
+                 {{"db", "version"}, 0, "15", ""},
+                 {{"db", "backup", "NQ2", backup}, 0, "", ""},
+                 {{"db", "last-backup", "NQ2"}, 0, " day(s) ago", ""}},
+                installation.storeFile());
+}
+
+TEST_F(WindowsAuthentication, AFailureHasItsCause) {
+    const std::string ticket =
+        "No Kerberos ticket for MSSQLSvc/localhost:" + std::to_string(box.port()) + ": ";
+    const std::string refusal = "The login is from an untrusted domain";
+    const struct {
+        std::function<void()> happens;
+        std::string message, serverLog;
+        Words clock = {};
+    } cases[] = {
+        {[&] { realm.logOut(); }, ticket + "No Kerberos credentials available (default cache: ", ""},
+        {[&] {
+             realm.logIn("person", {"-l", "1s"}), sleep(2);
+         },
+         ticket + "Ticket expired", ""},
+        {[&] { realm.logIn("person"); }, ticket + "Clock skew too great", "", {"faketime", "-f", "+10m"}},
+        {[&] { realm.changeServiceKeys(box.port()); }, refusal, "kvno 3 not found in keytab"},
+        {[&] { realm.deleteService(box.port()); }, ticket + "Server MSSQLSvc/", ""},
+        {[&] { realm.stopKdc(); }, ticket + "Cannot contact any KDC for realm 'EXAMPLE.TEST'", ""},
+    };
+    ProgramOptions options;
+    options.environment = {"ZEPHRA_REGISTRY=" + installation.storeFile().string()};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        c.happens();
+        const auto runUnder = [&](Words words) {
+            words.insert(words.begin(), c.clock.begin(), c.clock.end());
+            return runProgram(words, options);
+        };
+        const ProgramResult tool = runUnder({SQLCMD_PROGRAM, "-E", "-S", server(), "-Q", "SELECT 1"});
+        EXPECT_EQ(tool.exitCode, 1);
+        EXPECT_NE((tool.output + tool.errors).find(c.message), std::string::npos)
+            << tool.output << tool.errors;
+        const ProgramResult script = runUnder({TSCRIPT_PROGRAM, "run", "Who"});
+        EXPECT_EQ(script.exitCode, c.message == refusal ? 5 : 4);
+        EXPECT_NE(script.errors.find(c.message), std::string::npos) << script.errors;
+        EXPECT_NE(box.errors().find(c.serverLog), std::string::npos) << box.errors();
+    }
+}
+
+}  // namespace
