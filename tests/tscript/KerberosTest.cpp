@@ -47,6 +47,8 @@ TEST_F(WindowsAuthentication, OnlyVersionAndBackupsUseTheStoredLogin) {
                  {{"catalogue"}, 0, "tsListNodes", ""},
                  {{"journal"}, 0, "Who", ""},
                  {{"schema", "check", "Dorvas"}, 0, "ok       VT_GetSpParams", ""},
+                 {{"credentials", "test", "Dorvas"}, 5, "", "Login failed for user 'nobody'"},
+                 {{"doctor"}, 5, "warning  Dorvas stored login: the server refuses the login", ""},
                  {{"db", "list"}, 1, "", "Failed to execute DB query"},
                  {{"db", "version"}, 1, "", "Failed to execute DB query"},
                  {{"db", "backup", "NQ2", backup}, 1, "", "Failed to execute DB query"}},

@@ -30,6 +30,8 @@ ExitCode testCredentials(const CredentialOptions& options) {
     requireStore();
     DBBase db(/*flag=*/false);
     if (!openAccount(db, database)) throw diagnoseDatabase(database.name).failure();
+    if (usesWindowsAuthentication(database))  // the connection has not used the credentials
+        if (const auto diagnosis = diagnoseStoredLogin(db, database)) throw diagnosis->failure();
     writeNote(std::string("the credentials of ") + database.name + " work");
     return ExitCode::kDone;
 }

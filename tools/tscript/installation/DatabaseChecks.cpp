@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <ctime>
+#include <optional>
 #include <vector>
 
 #include "DVUtilities/commonFunc.h"
@@ -67,6 +68,14 @@ void checkClock(CheckList& list, const std::string& label, DBBase& db) {
                     "Synchronise both hosts with the same time source (NTP).");
 }
 
+// With Windows authentication most operations do not use the stored login.
+void checkStoredLogin(CheckList& list, const std::string& label, DBBase& db, const SuiteDatabase& database) {
+    const std::optional<Diagnosis> diagnosis = diagnoseStoredLogin(db, database);
+    if (!diagnosis) return list.addGood(label + " stored login", "works");
+    list.addWarning(label + " stored login", diagnosis->what,
+                    "Backups, database lists and the server's version need it. " + diagnosis->advice);
+}
+
 void checkDatabase(CheckList& list, const SuiteDatabase& database) {
     const std::string label = database.name;
     checkServer(list, label, database);
@@ -86,6 +95,7 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
         return list.addFailure(label + " connection", diagnosis.code, diagnosis.what, diagnosis.advice);
     }
     list.addGood(label + " connection", "the probe statement succeeds");
+    if (usesWindowsAuthentication(database)) checkStoredLogin(list, label, db, database);
     checkToolRun(list, db, database);
     checkSchema(list, db, database);
     checkClock(list, label, db);

@@ -75,17 +75,6 @@ Diagnosis packageUnreadable(const std::string& script, const std::string&) {
 
 // ---- Databases -----------------------------------------------------------------------------------------
 
-// The database's own setting takes precedence, as in the library.
-bool usesWindowsAuthentication(const SuiteDatabase& database) {
-    constexpr unsigned int kWindowsAuthentication = 1;
-    unsigned int setting = 0;
-    std::string ignored;
-    const std::string ownName = std::string("nSQLAuthType_") + database.name;
-    for (const std::string& name : {ownName, std::string("nSQLAuthType")})
-        if (GetRegistryItemValue("", "Database", name.c_str(), &setting, nullptr, ignored)) break;
-    return setting == kWindowsAuthentication;
-}
-
 // Reports the causes of the failed connection: DBBase::RunStringQuery() always logs in with name and
 // password.
 Diagnosis diagnoseWindowsLogin(const DBBase& db, const SuiteDatabase& database) {
@@ -101,24 +90,14 @@ Diagnosis diagnoseWindowsLogin(const DBBase& db, const SuiteDatabase& database) 
                   "See \"Windows authentication\" in docs/troubleshooting.md.");
 }
 
-// Connects through the query tool: unlike the library it prints the server's message.
 Diagnosis diagnoseServer(DBBase& db, const SuiteDatabase& database) {
     if (!isToolExecutable()) return toolMissing();
     if (usesWindowsAuthentication(database)) return diagnoseWindowsLogin(db, database);
-    const ScratchFile output;
-    if (db.RunStringQuery("SELECT 1", output.path().c_str(), database.name))
-        return notRun(
-            ExitCode::kConnection, std::string("the direct connection to ") + database.name + " fails",
-            "sqlcmd connects with the same login: check odbcDriver and odbcAttributes in the store, and "
-            "see the driver's message in the debug log.");
-    const std::string message = output.content();
-    if (message.find("Login failed") != std::string::npos)
-        return notRun(ExitCode::kRefused, "the server refuses the login:\n" + message,
-                      std::string("Set the credentials again: tscript credentials set ") + database.name +
-                          " --user USER");
-    return notRun(ExitCode::kConnection,
-                  std::string("the server of ") + database.name + " cannot be reached:\n" + message,
-                  std::string("Is it running, and does ") + database.instance + " in the store name it?");
+    if (const std::optional<Diagnosis> diagnosis = diagnoseStoredLogin(db, database)) return *diagnosis;
+    return notRun(
+        ExitCode::kConnection, std::string("the direct connection to ") + database.name + " fails",
+        "sqlcmd connects with the same login: check odbcDriver and odbcAttributes in the store, and "
+        "see the driver's message in the debug log.");
 }
 
 Diagnosis databaseUnreachable(const std::string&, const std::string& database) {
@@ -187,6 +166,31 @@ constexpr KnownMessage kMessages[] = {
 };
 
 }  // namespace
+
+bool usesWindowsAuthentication(const SuiteDatabase& database) {
+    constexpr unsigned int kWindowsAuthentication = 1;
+    unsigned int setting = 0;
+    std::string ignored;
+    const std::string ownName = std::string("nSQLAuthType_") + database.name;
+    // The database's own setting takes precedence, as in the library.
+    for (const std::string& name : {ownName, std::string("nSQLAuthType")})
+        if (GetRegistryItemValue("", "Database", name.c_str(), &setting, nullptr, ignored)) break;
+    return setting == kWindowsAuthentication;
+}
+
+// Connects through the query tool: unlike the library it prints the server's message.
+std::optional<Diagnosis> diagnoseStoredLogin(DBBase& db, const SuiteDatabase& database) {
+    const ScratchFile output;
+    if (db.RunStringQuery("SELECT 1", output.path().c_str(), database.name)) return std::nullopt;
+    const std::string message = output.content();
+    if (message.find("Login failed") != std::string::npos)
+        return notRun(ExitCode::kRefused, "the server refuses the login:\n" + message,
+                      std::string("Set the credentials again: tscript credentials set ") + database.name +
+                          " --user USER");
+    return notRun(ExitCode::kConnection,
+                  std::string("the server of ") + database.name + " cannot be reached:\n" + message,
+                  std::string("Is it running, and does ") + database.instance + " in the store name it?");
+}
 
 std::string queryToolPath() {
     const std::map<std::string, std::string> programs = hostlayer::inspectStore().programs;

@@ -1,9 +1,12 @@
 // Diagnosis of failed runs and connections: exit code, cause and advice.
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "DVUtilities/DBBase.h"
 #include "console/Outcome.h"
+#include "installation/Installation.h"
 
 struct Diagnosis {
     ExitCode code = ExitCode::kScriptFailed;
@@ -22,6 +25,13 @@ Diagnosis diagnoseRun(const std::string& script, const std::string& database, co
 // Finds out why a connection to a suite database failed: store, credentials, query tool, server or login. An
 // empty name means Dorvas.
 Diagnosis diagnoseDatabase(const std::string& database);
+
+// Whether the database's connections use Windows authentication.
+bool usesWindowsAuthentication(const SuiteDatabase& database);
+
+// Logs in with the stored name and password, as backups do also with Windows authentication. Empty if that
+// works. `db` has the database's settings.
+std::optional<Diagnosis> diagnoseStoredLogin(DBBase& db, const SuiteDatabase& database);
 
 // Path of the sqlcmd that the library runs.
 std::string queryToolPath();
