@@ -50,11 +50,11 @@ class Configuration {
         return m_sections[server] = name;
     }
 
-    EncryptedServer server(const std::string& section) {
+    std::optional<EncryptedServer> serverOf(std::string_view section) {
         const std::lock_guard lock(m_mutex);
-        for (const auto& [server, name] : m_sections)
-            if (name == section) return server;
-        return {};
+        const auto found = std::find_if(m_sections.begin(), m_sections.end(),
+                                        [&](const auto& known) { return known.second == section; });
+        return found == m_sections.end() ? std::nullopt : std::optional(found->first);
     }
 
   private:
@@ -73,9 +73,9 @@ class Configuration {
 };
 
 // Never destroyed: connections may be opened while the program ends.
-Configuration& configuration() {
-    static Configuration& instance = *new Configuration;
-    return instance;
+Configuration& processConfiguration() {
+    static Configuration& configuration = *new Configuration;
+    return configuration;
 }
 
 }  // namespace
@@ -88,7 +88,11 @@ std::string encryptedSection(const EncryptedServer& server) {
     for (const std::string* value : {&server.host, &server.instance, &server.port, &server.caFile})
         if (hasControlCharacters(*value)) return "";
     if (server.host.size() + server.instance.size() > kLongestValue) return "";
-    return configuration().section(server);
+    return processConfiguration().section(server);
+}
+
+std::optional<EncryptedServer> serverOfSection(std::string_view section) {
+    return processConfiguration().serverOf(section);
 }
 
 }  // namespace freetds

@@ -3,7 +3,9 @@
 // names a section of that file, DB-Library for a section in place of the server's name.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace freetds {
 
@@ -24,7 +26,7 @@ struct EncryptedServer {
 // CA file cannot be opened. Thread-safe.
 std::string encryptedSection(const EncryptedServer& server);
 
-// Returns the server of a section that encryptedSection() has named, else an empty one. Thread-safe.
-EncryptedServer serverOfSection(const std::string& section);
+// Returns the server of a section that encryptedSection() has added. Thread-safe.
+std::optional<EncryptedServer> serverOfSection(std::string_view section);
 
 }  // namespace freetds

@@ -74,9 +74,9 @@ std::string ticketProblem(std::string_view connectionString) {
     if (attribute(connectionString, "Trusted_Connection") != "yes") return "";
     if (const std::string principal = attribute(connectionString, "ServerSPN"); !principal.empty())
         return problemWith(principal);
-    const EncryptedServer section = serverOfSection(attribute(connectionString, "Servername"));
-    const std::string host = section.host.empty() ? attribute(connectionString, "Server") : section.host;
-    const std::string port = section.host.empty() ? attribute(connectionString, "Port") : section.port;
+    const auto section = serverOfSection(attribute(connectionString, "Servername"));
+    const std::string host = section ? section->host : attribute(connectionString, "Server");
+    const std::string port = section ? section->port : attribute(connectionString, "Port");
     return host.empty() || port.empty() ? "" : ticketProblem(host, port);
 }
 

@@ -1,9 +1,6 @@
 #include "ConnectionString.h"
 
-#include <strings.h>
-
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <optional>
 #include <utility>
@@ -13,18 +10,9 @@
 namespace hostlayer {
 namespace {
 
-constexpr const char* kDefaultPort = "1433";
-
 bool containsIgnoringCase(std::string_view text, std::string_view part) {
     const auto same = [](char a, char b) { return (a | 0x20) == (b | 0x20); };
     return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
-}
-
-bool isPort(std::string_view text) {
-    unsigned int port = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, port);
-    return error == std::errc() && stop == end && port >= 1 && port <= 65535;
 }
 
 enum class Encryption : std::uint8_t { kOff, kRequire, kVerify };
@@ -112,28 +100,6 @@ std::size_t longestConnectionString(const ConnectionSettings& settings, const Co
 
 }  // namespace
 
-bool parseServer(std::string_view server, ServerAddress& address, std::string& problem) {
-    constexpr std::string_view kTcp = "tcp:";
-    if (server.size() >= kTcp.size() && ::strncasecmp(server.data(), kTcp.data(), kTcp.size()) == 0)
-        server.remove_prefix(kTcp.size());
-    if (const std::size_t comma = server.rfind(','); comma != std::string_view::npos) {
-        address.port = server.substr(comma + 1);
-        server = server.substr(0, comma);
-        if (!isPort(address.port)) {
-            problem = "The port of the server [" + std::string(server) + "] is not a number from 1 to 65535";
-            return false;
-        }
-    }
-    const std::size_t backslash = server.find('\\');
-    address.host = server.substr(0, backslash);
-    if (backslash != std::string_view::npos && address.port.empty())
-        address.instance = server.substr(backslash + 1);
-    if (address.host == "." || address.host == "(local)") address.host = "localhost";
-    if (!address.host.empty()) return true;
-    problem = "The server has no name";
-    return false;
-}
-
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem) {
     const Dialect dialect{containsIgnoringCase(settings.driver, "tds")};
@@ -165,6 +131,29 @@ bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRe
     result += settings.attributes;
     text = std::move(result);
     return true;
+}
+
+std::optional<ProbeTarget> probeTargetOf(std::string_view connectionString) {
+    using Demand = ProbeTarget::Demand;
+    // The driver and the server are the first attributes: no other value precedes them.
+    const auto valueBetween = [&](std::string_view start, std::string_view end) {
+        const std::size_t at = connectionString.find(start);
+        if (at == std::string_view::npos) return std::string();
+        const std::size_t from = at + start.size();
+        return std::string(connectionString.substr(from, connectionString.find(end, from) - from));
+    };
+    if (!containsIgnoringCase(valueBetween("Driver={", "};"), "tds")) return std::nullopt;
+    if (const auto server = freetds::serverOfSection(valueBetween("Servername=", ";")))
+        return server->port.empty() ? std::nullopt
+                                    : std::optional(ProbeTarget{.host = server->host,
+                                                                .port = server->port,
+                                                                .demand = Demand::kVerifiedServer,
+                                                                .caFile = server->caFile});
+    ProbeTarget target{.host = valueBetween("Server={", "};"), .port = valueBetween("Port=", ";")};
+    if (containsIgnoringCase(connectionString, "encryption=require")) target.demand = Demand::kEncryption;
+    if (containsIgnoringCase(connectionString, "encryption=off")) target.demand = Demand::kNoEncryption;
+    if (target.host.empty() || target.port.empty()) return std::nullopt;
+    return target;
 }
 
 }  // namespace hostlayer

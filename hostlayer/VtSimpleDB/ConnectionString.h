@@ -3,21 +3,14 @@
 // strings are UTF-8.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "ServerAddress.h"
+#include "ServerProbe.h"
+
 namespace hostlayer {
-
-struct ServerAddress {
-    std::string host;
-    std::string instance;  // empty: the default instance, or a port is given
-    std::string port;      // empty: the default port, or the one of the named instance
-};
-
-// Parses `host`, `host\instance`, `host,port` and `host\instance,port`, each also after `tcp:`. The hosts `.`
-// and `(local)` become `localhost`; a port replaces the instance. False, with the reason in `problem`,
-// without a host or with a port that is not a number from 1 to 65535.
-bool parseServer(std::string_view server, ServerAddress& address, std::string& problem);
 
 struct ConnectionSettings {
     std::string driver;      // a name of odbcinst.ini, or the path of a driver library
@@ -41,5 +34,9 @@ struct ConnectionRequest {
 // quote the value.
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem);
+
+// Returns what a connection string of makeConnectionString() for FreeTDS demands of which server. Empty for
+// other drivers, which name the reason of a failure themselves, and for an instance without a port.
+std::optional<ProbeTarget> probeTargetOf(std::string_view connectionString);
 
 }  // namespace hostlayer

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "ConnectionString.h"
 #include "EvDebug.h"
 #include "KerberosTicket.h"
 #include "Utf16.h"
@@ -111,26 +112,34 @@ bool Login::connect(SQLULEN timeoutSeconds) {
     };
     if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, timeoutSeconds)) return false;
     if (m_readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
+    std::u16string text;
     const NewSockets newSockets;
-    m_isConnected = connectDriver();
+    m_isConnected = convertOrReport(VtCause::kConnection, m_connectionString, text,
+                                    "Connect: the connection string is not used") &&
+                    driverConnects(text);
+    ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
     if (m_isConnected) m_sockets = newSockets.find();
     return m_isConnected;
 }
 
-bool Login::connectDriver() const {
-    std::u16string text;
-    const bool isUtf8 = convertOrReport(VtCause::kConnection, m_connectionString, text,
-                                        "Connect: the connection string is not used");
-    const SQLRETURN result = isUtf8 ? ::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text),
-                                                          SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)
-                                    : SQL_ERROR;
-    ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
-    if (!isUtf8) return false;
-    // Reported first, since FreeTDS says no more than that it cannot connect.
-    if (!SQL_SUCCEEDED(result))
-        if (const std::string problem = freetds::ticketProblem(m_connectionString); !problem.empty())
-            reportError(VtCause::kConnection, "Connect: " + problem);
+bool Login::driverConnects(std::u16string& text) const {
+    const SQLRETURN result = ::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text), SQL_NTS,
+                                                 nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+    if (!SQL_SUCCEEDED(result)) reportReason();
     return m_connection.check(result, "Connect");
+}
+
+// What FreeTDS does not say: a missing or refused Kerberos ticket; without a message of the server, the network
+// or an encryption that is refused.
+void Login::reportReason() const {
+    const std::string problem = freetds::ticketProblem(m_connectionString);
+    if (!problem.empty()) return reportError(VtCause::kConnection, "Connect: " + problem);
+    if (m_connection.hasServerMessage()) return;
+    const auto target = probeTargetOf(m_connectionString);
+    const std::string reason = target ? reasonOfFailedLogin(*target) : "";
+    if (reason.empty()) return;
+    EvDebug().DebugLevel(kErrorLevel, "Connect: %s", reason.c_str());
+    VtNoteCause({.place = VtCause::kConnection, .sqlState = "08001", .server = target->host, .text = reason});
 }
 
 bool Login::isFor(std::string_view connectionString, bool readOnly) const {

@@ -50,7 +50,8 @@ class Login {
     bool isAlive() const;
 
   private:
-    bool connectDriver() const;
+    bool driverConnects(std::u16string& text) const;
+    void reportReason() const;
     bool socketsAreQuiet() const;
     bool runs(std::u16string batch) const;
 

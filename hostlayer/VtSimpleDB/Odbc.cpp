@@ -159,4 +159,15 @@ bool OdbcHandle::hasErrorRecord() const {
     return false;
 }
 
+bool OdbcHandle::hasServerMessage() const {
+    constexpr int kFirstOfFreeTds = 20000, kLastOfFreeTds = 20999;  // DB-Library's numbers
+    Record record;
+    for (SQLSMALLINT number = 1; number <= kMaxRecords; ++number) {
+        if (!readRecord(m_type, m_handle, number, record)) return false;
+        const bool isDrivers = record.number >= kFirstOfFreeTds && record.number <= kLastOfFreeTds;
+        if (record.number != 0 && !isDrivers) return true;
+    }
+    return false;
+}
+
 }  // namespace hostlayer

@@ -53,6 +53,9 @@ class OdbcHandle {
     // rows that an error has cut short.
     bool hasErrorRecord() const;
 
+    // True if one of the last call's diagnostic records is a message of the server, not of FreeTDS.
+    bool hasServerMessage() const;
+
   private:
     SQLSMALLINT m_type = 0;
     SQLHANDLE m_handle = nullptr;

@@ -136,7 +136,8 @@ void createSelfSigned(const CertificateFiles& files, const std::vector<std::stri
 tds::TlsContext loadTlsContext(const CertificateFiles& files, int newestTls) {
     tds::TlsContext context(SSL_CTX_new(TLS_server_method()));
     if (!context) throw std::bad_alloc();
-    SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
+    SSL_CTX_set_min_proto_version(context.get(), std::min(newestTls, TLS1_2_VERSION));
+    if (newestTls < TLS1_2_VERSION) SSL_CTX_set_cipher_list(context.get(), "ALL:@SECLEVEL=0");  // SHA-1
     SSL_CTX_set_max_proto_version(context.get(), newestTls);
     // A client ends the handshake of TLS 1.3 before it could read a ticket from a PRELOGIN packet.
     SSL_CTX_set_num_tickets(context.get(), 0);

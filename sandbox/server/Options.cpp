@@ -17,7 +17,8 @@ const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
     {"required", tds::EncryptionMode::Required},
 };
 
-const std::map<std::string, int> kTlsVersions = {{"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
+const std::map<std::string, int> kTlsVersions = {
+    {"1.1", TLS1_1_VERSION}, {"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
 
 void addTlsOptions(CLI::App& app, Options& options) {
     CLI::Option* const cert = app.add_option("--tls-cert", options.tlsFiles.certificate,

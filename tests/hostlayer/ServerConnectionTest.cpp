@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -170,37 +171,51 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
     const std::string ca = certificates.file("ca.pem");
     struct Case {
         std::string encrypt, caFile, certificate, host;
-        bool isOpened;
+        std::string reason;  // why the connection is not opened
+        std::string newestTls = "1.2";
         std::size_t cutAfter = support::Proxy::kNever;  // bytes from the server
     };
     constexpr std::size_t kInTheHandshake = 100;
-    const Case cases[] = {{"verify", ca, "good", "localhost", false, kInTheHandshake},
-                          {"require", "", "good", "localhost", false, kInTheHandshake},
-                          {"verify", ca, "good", "localhost", true},
-                          {"verify", ca, "good", "127.0.0.1", false},
-                          {"verify", ca, "other-host", "localhost", false},
-                          {"verify", ca, "expired", "localhost", false},
-                          {"verify", ca, "early", "localhost", false},
-                          {"verify", ca, "unknown", "localhost", false},
-                          {"verify", ca, "", "localhost", false},
-                          {"verify", "", "good", "localhost", false},
-                          {"verify", "/nowhere.pem", "good", "localhost", false},
-                          {"require", "", "expired", "127.0.0.1", true},
-                          {"require", "", "", "127.0.0.1", false},
-                          {"off", "", "", "127.0.0.1", true}};
+    const std::string cut = "the server ends the connection instead of sending its part of the TLS handshake";
+    const std::string unknown = "the server's certificate is from an unknown authority (/CN=";
+    const std::string plain = "the server does not support encryption";
+    const Case cases[] = {
+        {"verify", ca, "good", "localhost", cut, "1.2", kInTheHandshake},
+        {"require", "", "good", "localhost", cut, "1.2", kInTheHandshake},
+        {"verify", ca, "good", "localhost", ""},
+        {"verify", ca, "good", "localhost", "", "1.1"},  // FreeTDS does not refuse it
+        {"verify", ca, "good", "localhost", "the server chooses TLS 1.3, which FreeTDS", "1.3"},
+        {"verify", ca, "good", "127.0.0.1", "certificate is for localhost, not for 127.0.0.1"},
+        {"verify", ca, "other-host", "localhost", "certificate is for db.example.org, not for localhost"},
+        {"verify", ca, "expired", "localhost", "certificate has expired on 2021-01-01"},
+        {"verify", ca, "early", "localhost", "certificate is not valid before 2047-01-01"},
+        {"verify", ca, "unknown", "localhost", unknown + "unknown)"},
+        {"verify", ca, "", "localhost", plain},
+        {"verify", "", "good", "localhost", unknown + "authority)"},
+        {"verify", "/nowhere.pem", "good", "localhost", "the CA file /nowhere.pem cannot be read"},
+        {"require", "", "expired", "127.0.0.1", ""},
+        {"require", "", "", "127.0.0.1", plain},
+        {"off", "", "", "127.0.0.1", ""}};
+    std::map<std::string, support::TsqlBox> boxes;  // by certificate and version
+    defaultDebugLog();
     const TestStore store("");
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.encrypt + " " + c.caFile + " " + c.certificate + " " + c.host);
+        SCOPED_TRACE(c.encrypt + " " + c.caFile + " " + c.certificate + " " + c.host + " " + c.newestTls);
+        const bool isOpened = c.reason.empty();
         store.write("[host]\nencrypt = '" + c.encrypt + "'\ncaFile = '" + c.caFile +
                     "'\n[host.programs]\nsqlcmd = '" SQLCMD_PROGRAM "'\n");
-        const support::TsqlBox box(c.certificate.empty() ? std::vector<std::string>()
-                                                         : certificates.options(c.certificate));
+        const auto arguments = c.certificate.empty()
+                                   ? std::vector<std::string>()
+                                   : certificates.options(c.certificate, {"--tls-max", c.newestTls});
+        const support::TsqlBox& box = boxes.try_emplace(c.certificate + c.newestTls, arguments).first->second;
+        const std::size_t logged = defaultDebugLog().size();
         const support::Proxy proxy(box.port(), c.cutAfter);
         const std::string server = c.host + "," + std::to_string(proxy.port());
         VTSimpleDBConnObject connection;
         const std::string text = connection.getConnectionString(server.c_str(), "master", box.login().c_str(),
                                                                 box.password().c_str(), false, false);
-        EXPECT_EQ(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false) == 0, c.isOpened);
+        EXPECT_EQ(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false) == 0, isOpened);
+        EXPECT_NE(defaultDebugLog().find(c.reason, logged), std::string::npos);
         VtProcess tool;
         const std::string line =
             "sqlcmd -S " + server + " -U sa -P \"" + box.password() + "\" -b -Q \"SELECT 1\"";
@@ -209,9 +224,18 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
         tool.SetSilence(true);
         ASSERT_TRUE(tool.Start("sqlcmd", line.c_str(), error, sizeof error, 0)) << error;
         ASSERT_TRUE(tool.Wait(&exitCode, error, sizeof error, VtProcess::kNoTimeout)) << error;
-        EXPECT_EQ(exitCode == 0, c.isOpened) << error;
-        constexpr std::string_view kLoginOnTheWire("s\0a\0", 4);
-        EXPECT_EQ(proxy.wire().find(kLoginOnTheWire) != std::string::npos, c.encrypt == "off");
+        EXPECT_EQ(exitCode == 0, isOpened) << error;
+        EXPECT_NE(std::string(error).find(c.reason), std::string::npos) << error;
+        // A server that is not verified receives no login, not even an encrypted one.
+        const std::string wire = proxy.wire();
+        const auto isOnTheWire = [&](std::string_view bytes) { return wire.find(bytes) != wire.npos; };
+        constexpr std::string_view kLogin("s\0a\0", 4), kTlsData("\x17\x03\x03\0", 4),
+            kLongerData("\x17\x03\x03\1", 4);
+        EXPECT_EQ(isOnTheWire(kLogin), c.encrypt == "off");
+        const bool expectsData = isOpened ? c.encrypt != "off" : c.newestTls == "1.3";
+        if (c.newestTls != "1.1") {
+            EXPECT_EQ(isOnTheWire(kTlsData) || isOnTheWire(kLongerData), expectsData);
+        }
     }
 }
 

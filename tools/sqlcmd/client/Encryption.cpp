@@ -1,6 +1,7 @@
 #include "client/Encryption.h"
 
 #include "FreeTdsConfiguration.h"
+#include "ServerAddress.h"
 #include "text/Errors.h"
 
 namespace sqlcmd {
@@ -11,6 +12,10 @@ freetds::Encryption inFreeTds(Encryption encryption) {
     return encryption == Encryption::Verify ? freetds::Encryption::Verify : freetds::Encryption::Require;
 }
 
+std::string portOf(const ServerName& server) {
+    return server.port != 0 ? std::to_string(server.port) : hostlayer::kDefaultPort;
+}
+
 }  // namespace
 
 Encryption encryptionOf(const Options& options) {
@@ -19,14 +24,33 @@ Encryption encryptionOf(const Options& options) {
 }
 
 std::string encryptedServer(const ServerName& server, const Options& options) {
-    constexpr const char* kDefaultPort = "1433";
     const bool hasPort = server.port != 0 || server.instance.empty();
-    const std::string port = server.port != 0 ? std::to_string(server.port) : kDefaultPort;
+    const std::string port = portOf(server);
     const std::string section = freetds::encryptedSection({server.host, server.instance, hasPort ? port : "",
                                                            options.caFile, inFreeTds(encryptionOf(options))});
     if (section.empty())
         throw ToolError("Sqlcmd: Error: FreeTDS cannot verify a server with this name or this CA file.");
     return section;
+}
+
+hostlayer::ProbeTarget probeTarget(const ServerName& server, const Options& options) {
+    using Demand = hostlayer::ProbeTarget::Demand;
+    hostlayer::ProbeTarget target{.host = server.host, .port = portOf(server)};
+    switch (encryptionOf(options)) {
+        case Encryption::Default:
+            return target;
+        case Encryption::Off:
+            target.demand = Demand::kNoEncryption;
+            return target;
+        case Encryption::Require:
+            target.demand = Demand::kEncryption;
+            return target;
+        case Encryption::Verify:
+            break;
+    }
+    target.demand = Demand::kVerifiedServer;
+    target.caFile = options.caFile;
+    return target;
 }
 
 }  // namespace sqlcmd
