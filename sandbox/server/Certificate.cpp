@@ -6,6 +6,7 @@
 #include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/x509v3.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -50,12 +51,19 @@ bool isValidFor(X509& certificate, const std::string& name) {
     return X509_check_host(&certificate, name.c_str(), name.size(), 0, nullptr) == 1;
 }
 
+bool isKeyOf(X509& certificate, const std::filesystem::path& path) {
+    const File file(std::fopen(path.c_str(), "re"));
+    const Key key(file ? PEM_read_PrivateKey(file.get(), nullptr, nullptr, nullptr) : nullptr);
+    return key && X509_check_private_key(&certificate, key.get()) == 1;
+}
+
 bool isUsable(const CertificateFiles& files, const std::vector<std::string>& names) {
     const File file(std::fopen(files.certificate.c_str(), "re"));
-    if (!file || !std::filesystem::exists(files.key)) return false;
+    if (!file) return false;
     const Certificate certificate(PEM_read_X509(file.get(), nullptr, nullptr, nullptr));
     std::time_t renewal = std::time(nullptr) + kRenewalPeriod;
-    return certificate && X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
+    return certificate && isKeyOf(*certificate, files.key) &&
+           X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
            std::all_of(names.begin(), names.end(),
                        [&](const std::string& name) { return isValidFor(*certificate, name); });
 }
@@ -119,6 +127,13 @@ void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
 }
 
 }  // namespace
+
+CertificateLock::CertificateLock(const CertificateFiles& files)
+    : m_folder(::open(std::filesystem::absolute(files.certificate).parent_path().c_str(),
+                      O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (m_folder.get() < 0 || ::flock(m_folder.get(), LOCK_EX) != 0)
+        throw std::runtime_error("the folder of " + files.certificate.string() + ": " + std::strerror(errno));
+}
 
 void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names) {
     constexpr mode_t kPrivate = 0600, kReadable = 0644;

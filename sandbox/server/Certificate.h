@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Descriptor.h"
 #include "Tls.h"
 
 namespace server {
@@ -14,8 +15,18 @@ struct CertificateFiles {
     std::filesystem::path key;
 };
 
+// While it lives, other processes that use it for the same certificate wait: none sees a certificate with the
+// key of another one. Throws std::runtime_error.
+class CertificateLock {
+  public:
+    explicit CertificateLock(const CertificateFiles& files);
+
+  private:
+    Descriptor m_folder;
+};
+
 // Creates a self-signed certificate for host names and IP addresses, and its key (mode 0600), unless the
-// files hold one that is valid for these names and for another 30 days. Throws std::runtime_error.
+// files hold a pair that is valid for these names and for another 30 days. Throws std::runtime_error.
 void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names);
 
 // Returns a context for TLS 1.2 up to a version in OpenSSL's numbers. Throws std::runtime_error.

@@ -1,6 +1,8 @@
 // Encrypted connections, with the bytes on the wire.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "ByteWriter.h"
 #include "OdbcClient.h"
 #include "Proxy.h"
@@ -145,6 +147,19 @@ TEST(Tls, OtherClientsLogIn) {
     EXPECT_EQ(result.output, "[(42,)]\n") << result.errors;
 }
 
+// Servers that start together with the same files use one certificate and its key.
+TEST(Tls, ConcurrentFirstStartsShareACertificate) {
+    const TempDir folder;
+    std::vector<std::thread> starts;
+    for (int i = 0; i < 6; ++i)
+        starts.emplace_back([&] {
+            const TsqlBox box({"--tls-cert", folder / "cert.pem", "--tls-key", folder / "key.pem",
+                               "--tls-self-signed", "localhost"});
+            EXPECT_EQ(OdbcClient(box.odbcConnectionString() + ";Encryption=require").value("SELECT 1"), "1");
+        });
+    for (std::thread& start : starts) start.join();
+}
+
 TEST(Tls, SelfSignedCertificateIsKeptWhileItIsValidForTheNames) {
     const TempDir folder;
     const std::string file = folder / "cert.pem";
@@ -157,6 +172,10 @@ TEST(Tls, SelfSignedCertificateIsKeptWhileItIsValidForTheNames) {
     const std::string first = certificateFor("localhost,127.0.0.1");
     EXPECT_EQ(certificateFor("localhost"), first);
     EXPECT_NE(certificateFor("db.example.org"), first);
+    std::filesystem::copy_file(certificates().file("good.key"), folder / "key.pem",
+                               std::filesystem::copy_options::overwrite_existing);
+    const std::string second = readFile(file);
+    EXPECT_NE(certificateFor("db.example.org"), second) << "the key is not the certificate's";
     EXPECT_EQ(std::filesystem::status(folder / "key.pem").permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
