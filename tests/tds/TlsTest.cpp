@@ -1,8 +1,6 @@
 // Encrypted connections, with the bytes on the wire.
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "ByteWriter.h"
 #include "OdbcClient.h"
 #include "Proxy.h"
@@ -145,19 +143,6 @@ TEST(Tls, OtherClientsLogIn) {
     const ProgramResult result =
         runProgram({"/usr/bin/python3", "-c", script, std::to_string(box.port()), box.password()});
     EXPECT_EQ(result.output, "[(42,)]\n") << result.errors;
-}
-
-// Servers that start together with the same files use one certificate and its key.
-TEST(Tls, ConcurrentFirstStartsShareACertificate) {
-    const TempDir folder;
-    std::vector<std::thread> starts;
-    for (int i = 0; i < 6; ++i)
-        starts.emplace_back([&] {
-            const TsqlBox box({"--tls-cert", folder / "cert.pem", "--tls-key", folder / "key.pem",
-                               "--tls-self-signed", "localhost"});
-            EXPECT_EQ(OdbcClient(box.odbcConnectionString() + ";Encryption=require").value("SELECT 1"), "1");
-        });
-    for (std::thread& start : starts) start.join();
 }
 
 TEST(Tls, SelfSignedCertificateIsKeptWhileItIsValidForTheNames) {
