@@ -41,17 +41,15 @@ Offer encryptionOf(const std::string& message) {
     return Offer::kNotSupported;
 }
 
-// What client and server agree on. Throws ProbeFailure if they do not.
+// Returns what client and server agree on. A client without encryption follows a server that requires it.
+// Throws ProbeFailure if they do not agree.
 Encrypted agreement(Demand demand, Offer server) {
-    if (demand == Demand::kNoEncryption) {
-        if (server == Offer::kRequired) throw ProbeFailure("the server requires encryption");
-        return Encrypted::kNothing;
-    }
-    if (server == Offer::kNotSupported) {
-        if (demand != Demand::kNone) throw ProbeFailure("the server does not support encryption");
-        return Encrypted::kNothing;
-    }
-    return server == Offer::kOff ? Encrypted::kLogin : Encrypted::kConnection;
+    const bool isDemanded = demand == Demand::kEncryption || demand == Demand::kVerifiedServer;
+    if (server == Offer::kNotSupported && isDemanded)
+        throw ProbeFailure("the server does not support encryption");
+    if (server == Offer::kOn || server == Offer::kRequired) return Encrypted::kConnection;
+    const bool isOffered = server == Offer::kOff && demand != Demand::kNoEncryption;
+    return isOffered ? Encrypted::kLogin : Encrypted::kNothing;
 }
 
 void examine(const ProbeTarget& target, ServerReport& report) {

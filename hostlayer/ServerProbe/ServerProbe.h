@@ -13,7 +13,7 @@ namespace hostlayer {
 struct ProbeTarget {
     // What a login with these settings demands of the server.
     enum class Demand : std::uint8_t {
-        kNoEncryption,  // the client does not support it
+        kNoEncryption,  // the client supports it only if the server requires it
         kNone,          // the client supports it
         kEncryption,
         kVerifiedServer

@@ -83,10 +83,10 @@ void TsqlBox::start() {
 }
 
 void TsqlBox::readPort(const Descriptor& output) {
-    const std::string ready = "listening on 127.0.0.1:";
+    const std::string ready = "listening on ";
     const std::string line = readLine(output.get(), kStartLimit);
     if (line.rfind(ready, 0) != 0 || line.back() != '\n') failToStart(line);
-    m_port = std::stoi(line.substr(ready.size()));
+    m_port = std::stoi(line.substr(line.rfind(':') + 1));
 }
 
 void TsqlBox::failToStart(const std::string& reason) {

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "Installation.h"
+#include "Proxy.h"
 #include "TsqlBox.h"
 
 namespace {
@@ -141,16 +142,62 @@ TEST_F(Faults, FirstRunsAddOneRow) {
     EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1) << rows;
 }
 
-// Both connections verify the server: with another authority neither connects, and nothing runs.
-TEST_F(Faults, AnUnknownAuthorityIsRefused) {
+// Both connections verify the server. With each reason to refuse it, neither connects, and nothing runs.
+TEST_F(Faults, RefusedServersAreNamed) {
     const support::Certificates certificates;
     const std::string before = journal("SiteInventory");
-    replaceInFile(store(), (folder / "tls-cert.pem").string(), certificates.file("ca.pem"));
-    EXPECT_NE(run({"run", "SiteInventory"}).exitCode, 0);
-    EXPECT_NE(run({"db", "list"}).exitCode, 0);
-    replaceInFile(store(), certificates.file("ca.pem"), (folder / "tls-cert.pem").string());
+    const std::string intact = support::readFile(store());
+    const fs::path noOldTls = m_temp / "gnutls.conf";
+    support::writeFile(noOldTls, "[overrides]\ndisabled-version = tls1.1\n");
+    constexpr std::size_t kInTheHandshake = 100;
+    const struct {
+        std::string certificate, reason;
+        std::string newestTls = "1.2";
+        std::size_t cutAfter = support::Proxy::kNever;
+    } cases[] = {{"unknown", "certificate is from an unknown authority (/CN=unknown)"},
+                 {"other-host", "certificate is for db.example.org, not for localhost"},
+                 {"expired", "certificate has expired on 2021-01-01"},
+                 {"early", "certificate is not valid before 2047-01-01"},
+                 {"", "the server does not support encryption"},
+                 {"good", "the server does not support TLS 1.2 or later", "1.1"},
+                 {"good", "instead of sending its part of the TLS handshake", "1.2", kInTheHandshake}};
+    for (const auto& c : cases) {
+        const support::TsqlBox box(c.certificate.empty()
+                                       ? Words()
+                                       : certificates.options(c.certificate, {"--tls-max", c.newestTls}));
+        const support::Proxy proxy(box.port(), c.cutAfter);
+        replaceInFile(store(), (folder / "tls-cert.pem").string(), certificates.file("ca.pem"));
+        expectAll({{{"config", "set", "Database.sINSTANCE", "localhost," + std::to_string(proxy.port())},
+                    0,
+                    "",
+                    ""}});
+        for (const Words& command : {Words{"run", "SiteInventory"}, {"db", "list"}}) {
+            const ProgramResult result =
+                runAfter("export GNUTLS_SYSTEM_PRIORITY_FILE=" + inQuotes(noOldTls), command);
+            EXPECT_EQ(result.exitCode, 4) << joined(command) << result.errors;
+            EXPECT_NE((result.output + result.errors).find(c.reason), std::string::npos)
+                << joined(command) << result.output << result.errors;
+        }
+        support::writeFile(store(), intact);
+    }
     EXPECT_EQ(journal("SiteInventory"), before);
     EXPECT_EQ(run({"run", "SiteInventory"}).exitCode, 0);
+}
+
+// A login that is not encrypted is accepted on this host only.
+TEST_F(Faults, AnUnencryptedLoginToAnotherAddressIsFound) {
+    const std::string addresses = support::runProgram({"hostname", "-I"}).output;
+    const std::string address = addresses.substr(0, addresses.find(' '));
+    if (address.empty()) GTEST_SKIP() << "this host has no other address";
+    const support::TsqlBox box({"--listen", "0.0.0.0", "--allow-remote"});
+    replaceInFile(store(), "\"verify\"", "\"off\"");
+    for (const auto& [host, finding] :
+         {std::pair(address, "FAILED   Dorvas encryption: none: the password crosses"),
+          {"127.0.0.1", "ok       Dorvas encryption: none; the server is on this host"}}) {
+        expectAll(
+            {{{"config", "set", "Database.sINSTANCE", host + "," + std::to_string(box.port())}, 0, "", ""}});
+        EXPECT_NE(run({"doctor"}).output.find(finding), std::string::npos) << run({"doctor"}).output;
+    }
 }
 
 // A server that is killed during a run is a lost connection, and the journal's row stays open.

@@ -559,9 +559,11 @@ TEST_F(Installation, DoctorReportsItsFindings) {
     const std::string password = support::readFile(folder / "password");
     const Words doctor = {"doctor"};
     const Words json = {"doctor", "--json"};
-    expectAll({{doctor, 0, "ok       NQ2 schema: ", ""},
-               {doctor, 0, "Dorvas query tool: runs a statement", ""},
-               {json, 0, "\"exitCode\": 0", ""}});
+    expectAll(
+        {{doctor, 0, "ok       NQ2 schema: ", ""},
+         {doctor, 0, "Dorvas query tool: runs a statement", ""},
+         {doctor, 0, "NQ2 encryption: login and data by TLSv1.2; certificate verified, valid until 2", ""},
+         {json, 0, "\"exitCode\": 0", ""}});
     EXPECT_EQ(run(doctor).output.find("FAILED"), std::string::npos) << run(doctor).output;
     const struct {
         std::string from;
@@ -578,7 +580,8 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
         {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},
         {"/cipher.key\"", "/no.key\"", "FAILED   key: the key file that cipherKeyFile names is missing"},
-        {"/cipher.key\"", "/password\"", "FAILED   key: the key file is not a regular file of exactly 32 bytes"},
+        {"/cipher.key\"", "/password\"",
+         "FAILED   key: the key file is not a regular file of exactly 32 bytes"},
     };
     const std::string intact = support::readFile(store());
     for (const auto& fault : faults) {

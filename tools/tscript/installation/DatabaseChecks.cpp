@@ -82,6 +82,7 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
     checkCredentials(list, label, database);
     if (list.hasFailed(label + " server"))
         return list.addSkipped(label + " connection", "not tried with this server");
+    checkEncryption(list, database);
     if (list.hasFailed(label + " credentials"))
         return list.addSkipped(label + " connection", "not tried without credentials");
     DBBase db(/*flag=*/false);

@@ -22,8 +22,15 @@ const DVUCause_t* findCause(const Causes& causes, bool (*matches)(const DVUCause
     return found == causes.end() ? nullptr : &*found;
 }
 
+// Reason of a failed connection that the host layer found because the server sent no message. The driver's
+// records, which do not give it, have a number.
+bool isConnectionReason(const DVUCause_t& cause) {
+    return cause.where == kDVUConnection && cause.serverError == 0 && cause.sqlState == "08001";
+}
+
 // The cause to report: a message of SQL Server if there is one.
 const DVUCause_t* mainCause(const Causes& causes) {
+    if (const DVUCause_t* reason = findCause(causes, isConnectionReason)) return reason;
     const DVUCause_t* message =
         findCause(causes, [](const DVUCause_t& cause) { return cause.serverError != 0; });
     return message != nullptr || causes.empty() ? message : &causes.front();
@@ -155,7 +162,8 @@ Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
         diagnosis.code == ExitCode::kScriptFailed || diagnosis.code == ExitCode::kConnection;
     if (missing != nullptr && isUndecided)
         return {ExitCode::kInstallation, "the database lacks what runs need: " + missing->text,
-                "tscript schema check DB lists what is missing; tscript schema install DB creates it.", diagnosis.scriptRan};
+                "tscript schema check DB lists what is missing; tscript schema install DB creates it.",
+                diagnosis.scriptRan};
     const DVUCause_t* notStarted = findCause(result.causes, [](const DVUCause_t& cause) {
         return cause.where == kDVUQueryTool && cause.systemError != 0;
     });
