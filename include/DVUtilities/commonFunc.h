@@ -62,8 +62,8 @@ DVU_EXPORT void LogToFile(const char* logFile, const char* text, bool raw);
 //   - With `echo`: the lines and one more line break are printed on standard output. The log file gets the
 //     same, without times, only if the setting "dTScriptResultLogOutput" is nonzero and `instance` is not
 //     null. The setting is read from the default instance, whatever `instance` names.
-// The source must not be the log file itself, and it must be writable: otherwise the log file gets a message
-// that it cannot be opened.
+// The source must be writable: otherwise the log file gets a message that it cannot be opened. The lines of
+// the log file itself, under whatever name, are echoed and not logged.
 DVU_EXPORT void LogFileContent(const char* sourceFile, const char* logFile, bool echo, const char* instance);
 
 // Opens a file by fopen(). Returns 0; -1 for a null argument, with the stream unchanged; otherwise errno,

@@ -16,7 +16,6 @@
 #include "EvDebug.h"
 #include "ExceptionGuard.h"
 #include "FX.h"
-#include "FileDescriptor.h"
 #include "HostIdentity.h"
 #include "LogFiles.h"
 #include "Registry.h"
@@ -298,7 +297,6 @@ void DVUtilLib::LogTScript(const char* logFile, const char* dbName, const char* 
 
 void DVUtilLib::printoutContent(const char* sourceFile, const char* logFile, bool echo) {
     const char* target = logFile != nullptr ? logFile : m_logFile.c_str();
-    const bool isOneFile = target != nullptr && sourceFile != nullptr && isSameFile(target, sourceFile);
-    if (isOneFile || equalIgnoringCase(target, sourceFile)) target = nullptr;  // never a file into itself
+    if (equalIgnoringCase(target, sourceFile)) target = nullptr;
     LogFileContent(sourceFile, target, echo, m_instanceName.c_str());
 }

@@ -157,7 +157,10 @@ void LogFileContent(const char* sourceFile, const char* logFile, bool echo, cons
             LogToFile(logFile, cutTo(message, kReportMessageSize - 1).c_str(), /*raw=*/false);
             return;
         }
-        copyLines(source.get(), {logFile, echo, isEchoLogged(echo, instance)});
+        // The copy of a file into itself would never end.
+        const bool isItsLog = logFile != nullptr && isSameFile(sourceFile, logFile);
+        copyLines(source.get(),
+                  {isItsLog ? nullptr : logFile, echo, !isItsLog && isEchoLogged(echo, instance)});
     });
 }
 

@@ -140,6 +140,13 @@ TEST_F(LogFiles, PrintoutNeverCopiesAFileIntoItself) {
     const std::string link = installation.logFolder() / "link";
     std::filesystem::create_symlink(logFile, link);
     EXPECT_EQ(printedBy([&] { util.printoutContent(link.c_str(), logFile, false); }), "");
+    const std::string secondName = installation.logFolder() / "second";
+    std::filesystem::create_hard_link(logFile, secondName);
+    installation.set("Database", "dTScriptResultLogOutput", 1);
+    for (const std::string& name : {std::string(logFile), link, secondName}) {
+        EXPECT_EQ(printedBy([&] { LogFileContent(name.c_str(), logFile, true, "Instance001"); }), "x\n\n");
+        LogFileContent(logFile, name.c_str(), false, nullptr);
+    }
     EXPECT_EQ(readFile(logFile), "x\n");
     writeFile(source, "z\n");
     util.printoutContent(source.c_str(), nullptr, false);  // into the object's own log file
