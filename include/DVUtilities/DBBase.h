@@ -84,42 +84,42 @@ class DVU_EXPORT DBBase {
     // ExecuteQuery() and GetValue() need an open connection and fail without one. An error behind the first
     // rows of a result is detected only by an operation that reads all rows (the list forms).
     bool ExecuteQuery(const char* sql);
-    bool ExecuteQuery(const unsigned char* sql);
+    bool ExecuteQuery(unsigned char* sql);
     // Reads the first column of the first row: into `text`, with its NUL (result 1); if that is null, into
     // `wide` (result 1); if both are null, as a number, which is the result. -1 means a failure or no row,
     // and also a value of -1. The buffers must have room for the whole value.
     int GetValue(const char* sql, char* text, wchar_t* wide);
-    int GetValue(const unsigned char* sql, char* text, wchar_t* wide);
+    int GetValue(unsigned char* sql, char* text, wchar_t* wide);
     // Appends a row text of the first `columns` columns for each row. True also for no rows. After a failed
     // fetch, the rows before it stay in the list.
     bool GetValue(const char* sql, std::vector<std::string>& rows, int columns);
-    bool GetValue(const unsigned char* sql, std::vector<std::string>& rows, int columns);
+    bool GetValue(unsigned char* sql, std::vector<std::string>& rows, int columns);
 
     // Each opens the connection, executes one statement and closes the connection. Lists are cleared when it
     // is open.
     bool SetDBValue(const char* sql);  // after a failed statement the connection stays open
-    bool SetDBValue(const unsigned char* sql);
+    bool SetDBValue(unsigned char* sql);
     bool GetDBValueInt(const char* sql, int& value);  // false for -1 as well
-    bool GetDBValueInt(const unsigned char* sql, int& value);
+    bool GetDBValueInt(unsigned char* sql, int& value);
     // `text` must have room for the whole value with its NUL. A null buffer drops the value, and a value of
     // "-1" then counts as a failure. After a failed read the connection stays open.
     bool GetDBValueStr(const char* sql, char* text);
-    bool GetDBValueStr(const unsigned char* sql, char* text);
+    bool GetDBValueStr(unsigned char* sql, char* text);
     bool GetDBValueStr(const char* sql, wchar_t* text);
-    bool GetDBValueStr(const unsigned char* sql, wchar_t* text);
+    bool GetDBValueStr(unsigned char* sql, wchar_t* text);
     bool GetDBValueList(const char* sql, std::vector<std::string>& rows, int columns);
-    bool GetDBValueList(const unsigned char* sql, std::vector<std::string>& rows, int columns);
+    bool GetDBValueList(unsigned char* sql, std::vector<std::string>& rows, int columns);
     // These three return true with an empty list after a failed statement, and true with the rows before it
     // after a failed fetch (docs/quirks.md).
     bool GetDBValueIntList(const char* sql, std::vector<int>& values);
-    bool GetDBValueIntList(const unsigned char* sql, std::vector<int>& values);
+    bool GetDBValueIntList(unsigned char* sql, std::vector<int>& values);
     bool GetDBValueIntIntList(const char* sql, std::vector<IdId_t>& values);
-    bool GetDBValueIntIntList(const unsigned char* sql, std::vector<IdId_t>& values);
+    bool GetDBValueIntIntList(unsigned char* sql, std::vector<IdId_t>& values);
     bool GetDBValueIdIdNameList(const char* sql, std::vector<IdIdName_t>& values);
-    bool GetDBValueIdIdNameList(const unsigned char* sql, std::vector<IdIdName_t>& values);
+    bool GetDBValueIdIdNameList(unsigned char* sql, std::vector<IdIdName_t>& values);
     // The names' single quotes are doubled by fixTheString(char*). False after a failed statement.
     bool GetDBValueIdName(const char* sql, std::vector<IdNameItem_t>& values);
-    bool GetDBValueIdName(const unsigned char* sql, std::vector<IdNameItem_t>& values);
+    bool GetDBValueIdName(unsigned char* sql, std::vector<IdNameItem_t>& values);
 
     // Splits a row text into `fieldCount` buffers of 129 characters each. If `fields` is null, they are
     // allocated; the caller owns them and releases them by cleanupRecord() with the same count. Empty fields

@@ -264,40 +264,40 @@ bool DBBase::GetDBValueIdName(const char* sql, std::vector<IdNameItem_t>& values
     });
 }
 
-bool DBBase::ExecuteQuery(const unsigned char* sql) {
+bool DBBase::ExecuteQuery(unsigned char* sql) {
     return ExecuteQuery(asText(sql));
 }
-int DBBase::GetValue(const unsigned char* sql, char* text, wchar_t* wide) {
+int DBBase::GetValue(unsigned char* sql, char* text, wchar_t* wide) {
     return GetValue(asText(sql), text, wide);
 }
-bool DBBase::GetValue(const unsigned char* sql, std::vector<std::string>& rows, int columns) {
+bool DBBase::GetValue(unsigned char* sql, std::vector<std::string>& rows, int columns) {
     return GetValue(asText(sql), rows, columns);
 }
-bool DBBase::SetDBValue(const unsigned char* sql) {
+bool DBBase::SetDBValue(unsigned char* sql) {
     return SetDBValue(asText(sql));
 }
-bool DBBase::GetDBValueInt(const unsigned char* sql, int& value) {
+bool DBBase::GetDBValueInt(unsigned char* sql, int& value) {
     return GetDBValueInt(asText(sql), value);
 }
-bool DBBase::GetDBValueStr(const unsigned char* sql, char* text) {
+bool DBBase::GetDBValueStr(unsigned char* sql, char* text) {
     return GetDBValueStr(asText(sql), text);
 }
-bool DBBase::GetDBValueStr(const unsigned char* sql, wchar_t* text) {
+bool DBBase::GetDBValueStr(unsigned char* sql, wchar_t* text) {
     return GetDBValueStr(asText(sql), text);
 }
-bool DBBase::GetDBValueList(const unsigned char* sql, std::vector<std::string>& rows, int columns) {
+bool DBBase::GetDBValueList(unsigned char* sql, std::vector<std::string>& rows, int columns) {
     return GetDBValueList(asText(sql), rows, columns);
 }
-bool DBBase::GetDBValueIntList(const unsigned char* sql, std::vector<int>& values) {
+bool DBBase::GetDBValueIntList(unsigned char* sql, std::vector<int>& values) {
     return GetDBValueIntList(asText(sql), values);
 }
-bool DBBase::GetDBValueIntIntList(const unsigned char* sql, std::vector<IdId_t>& values) {
+bool DBBase::GetDBValueIntIntList(unsigned char* sql, std::vector<IdId_t>& values) {
     return GetDBValueIntIntList(asText(sql), values);
 }
-bool DBBase::GetDBValueIdIdNameList(const unsigned char* sql, std::vector<IdIdName_t>& values) {
+bool DBBase::GetDBValueIdIdNameList(unsigned char* sql, std::vector<IdIdName_t>& values) {
     return GetDBValueIdIdNameList(asText(sql), values);
 }
-bool DBBase::GetDBValueIdName(const unsigned char* sql, std::vector<IdNameItem_t>& values) {
+bool DBBase::GetDBValueIdName(unsigned char* sql, std::vector<IdNameItem_t>& values) {
     return GetDBValueIdName(asText(sql), values);
 }
 

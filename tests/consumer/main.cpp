@@ -6,7 +6,21 @@
 #include <DVUtilities/TScriptRecords.h>
 #include <DVUtilities/commonFunc.h>
 
+#include <cstddef>
 #include <cstdio>
+#include <type_traits>
+#include <utility>
+
+// Statements are given as these types only.
+template <typename Sql, typename = void>
+struct IsStatement : std::false_type {};
+template <typename Sql>
+struct IsStatement<Sql, std::void_t<decltype(std::declval<DBBase&>().SetDBValue(std::declval<Sql>()))>>
+    : std::true_type {};
+static_assert(IsStatement<const char*>::value && IsStatement<char*>::value);
+static_assert(IsStatement<const char (&)[9]>::value && IsStatement<unsigned char*>::value);
+static_assert(IsStatement<unsigned char (&)[9]>::value && !IsStatement<const unsigned char*>::value);
+static_assert(!IsStatement<void*>::value && !IsStatement<std::nullptr_t>::value && !IsStatement<int>::value);
 
 int main() {
     std::string error;

@@ -17,9 +17,9 @@ using Lines = std::vector<std::string>;
 using support::logTexts;
 using support::readFile;
 
-// For the overloads that take SQL as unsigned characters.
-const unsigned char* bytes(const char* sql) {
-    return reinterpret_cast<const unsigned char*>(sql);
+// For the overloads that take SQL as unsigned characters, which they do not change.
+unsigned char* bytes(const char* sql) {
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(sql));
 }
 
 class Server : public testing::Test {
@@ -226,8 +226,8 @@ TEST_F(Server, FailedReadLeavesTheConnectionOpen) {
 
 TEST_F(Server, Lists) {
     ASSERT_TRUE(find(db));
-    const auto* three = bytes("SELECT 1, 10, 'O''Brien' UNION ALL SELECT 2, 20, '100%%' ORDER BY 1");
-    const auto* two = bytes("SELECT 1, 'O''Brien' UNION ALL SELECT 2, 'x' ORDER BY 1");
+    auto* three = bytes("SELECT 1, 10, 'O''Brien' UNION ALL SELECT 2, 20, '100%%' ORDER BY 1");
+    auto* two = bytes("SELECT 1, 'O''Brien' UNION ALL SELECT 2, 'x' ORDER BY 1");
     Lines rows = {"old"};
     EXPECT_TRUE(db.GetDBValueList(three, rows, 3));
     EXPECT_EQ(rows, (Lines{"1\02210\022O'Brien", "2\02220\022100%%"}));
