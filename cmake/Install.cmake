@@ -10,9 +10,18 @@ install(TARGETS DVUtilities EXPORT DVUtilitiesTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 install(TARGETS VtLib VoUtils VtSimpleDB EXPORT DVUtilitiesTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_SKIP)
-install(TARGETS tscript sqlcmd tsqlbox RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-install(FILES docs/man/tscript.1 docs/man/sqlcmd.1 docs/man/tsqlbox.1
-  DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+install(TARGETS tscript tsqlbox RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+install(FILES docs/man/tscript.1 docs/man/tsqlbox.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+# Another package may own the name sqlcmd. The tool has a place of its own; the name is a link: made by
+# `cmake --install`, and an alternative (update-alternatives) in the Debian package.
+set(dvu_sqlcmd ${CMAKE_INSTALL_LIBEXECDIR}/dvutilities)
+install(TARGETS sqlcmd RUNTIME DESTINATION ${dvu_sqlcmd} COMPONENT tools)
+install(FILES docs/man/sqlcmd.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 RENAME dvutilities-sqlcmd.1 COMPONENT tools)
+file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/names")
+file(CREATE_LINK "../${dvu_sqlcmd}/sqlcmd" "${CMAKE_BINARY_DIR}/names/sqlcmd" SYMBOLIC)
+file(CREATE_LINK "dvutilities-sqlcmd.1" "${CMAKE_BINARY_DIR}/names/sqlcmd.1" SYMBOLIC)
+install(FILES "${CMAKE_BINARY_DIR}/names/sqlcmd" DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT names)
+install(FILES "${CMAKE_BINARY_DIR}/names/sqlcmd.1" DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT names)
 install(FILES tools/tscript/tscript.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   COMPONENT tools RENAME tscript)
 install(DIRECTORY include/DVUtilities DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
@@ -61,4 +70,10 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME dvutilities-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION database)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libdvutilities${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS tdsodbc)
+foreach(script IN ITEMS postinst prerm)
+  configure_file(cmake/debian/${script}.in "${CMAKE_BINARY_DIR}/debian/${script}" @ONLY
+    FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+  list(APPEND CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA "${CMAKE_BINARY_DIR}/debian/${script}")
+endforeach()
+set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

@@ -19,6 +19,32 @@ done
 twice=$(sort "$work/files" | uniq -d)
 [[ -z "$twice" ]] || { echo "in more than one package: $twice"; exit 1; }
 
-for tool in tscript sqlcmd tsqlbox; do
-  "$work/root/usr/bin/$tool" --help >/dev/null || { echo "$tool does not start"; exit 1; }
+for tool in bin/tscript libexec/dvutilities/sqlcmd bin/tsqlbox; do
+  "$work/root/usr/$tool" --help >/dev/null || { echo "$tool does not start"; exit 1; }
+done
+
+# Beside a package that owns /usr/bin/sqlcmd, installed before or after: its file stays, also when ours goes.
+mkdir -p "$work/other/DEBIAN" "$work/other/usr/bin"
+printf 'Package: sqlcmd\nVersion: 1\nArchitecture: all\nMaintainer: x <x@localhost>\nDescription: x\n' \
+  >"$work/other/DEBIAN/control"
+echo 'of another package' >"$work/other/usr/bin/sqlcmd"
+dpkg-deb -b "$work/other" "$work/other.deb" >/dev/null
+tools=$(find "$work/packages" -maxdepth 1 -name 'dvutilities-tools_*.deb')
+dpkg_in() { # FOLDER ARGUMENTS: dpkg with the system in FOLDER
+  mkdir -p "$1"/var/lib/dpkg/{updates,info,alternatives} "$1"/etc/alternatives "$1"/var/log
+  touch "$1/var/lib/dpkg/status"
+  PATH=$PATH:/usr/sbin:/sbin dpkg --root="$1" --force-not-root --force-script-chrootless --force-depends "${@:2}" \
+    >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+}
+dpkg_in "$work/alone" -i "$tools"
+[[ $(readlink "$work/alone/etc/alternatives/sqlcmd") == /usr/libexec/dvutilities/sqlcmd &&
+   -L $work/alone/usr/bin/sqlcmd && -L $work/alone/usr/share/man/man1/sqlcmd.1 ]] ||
+  { echo "the package does not offer sqlcmd"; exit 1; }
+dpkg_in "$work/alone" -r dvutilities-tools
+[[ ! -L $work/alone/usr/bin/sqlcmd ]] || { echo "a removed package leaves its link"; exit 1; }
+for order in "$work/other.deb $tools" "$tools $work/other.deb"; do
+  rm -rf "$work/both"
+  for package in $order; do dpkg_in "$work/both" -i "$package"; done
+  dpkg_in "$work/both" -r dvutilities-tools
+  grep -q 'of another package' "$work/both/usr/bin/sqlcmd" || { echo "another package's sqlcmd is lost"; exit 1; }
 done

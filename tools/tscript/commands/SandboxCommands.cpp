@@ -120,7 +120,7 @@ ExitCode shell(const SandboxOptions& options) {
     setenv("SQLCMDPASSWORD", password.text().c_str(), 1);
     setenv("SQLCMD_ENCRYPT", "verify", 1);
     setenv("SQLCMD_CA_FILE", folder.certificate().c_str(), 1);
-    const std::string program = (programFolder() / "sqlcmd").string();
+    const std::string program = sandboxSqlcmd().string();
     const std::string address = addressOf(server->port);
     execl(program.c_str(), "sqlcmd", "-S", address.c_str(), "-U", kSandboxLogin, "-d",
           options.database.c_str(), static_cast<char*>(nullptr));

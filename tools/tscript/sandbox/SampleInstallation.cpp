@@ -18,12 +18,12 @@ namespace fs = std::filesystem;
 
 void loadSchema(const SandboxFolder& folder, int port, const Secret& password) {
     const std::string log = (folder.logs() / "schema.log").string();
-    const int code = runChild({(programFolder() / "sqlcmd").string(), "-b", "-S", addressOf(port), "-U",
-                               kSandboxLogin, "-i", "load.sql"},
-                              {.environment = {"SQLCMDPASSWORD=" + password.text(), "SQLCMD_ENCRYPT=verify",
-                                               "SQLCMD_CA_FILE=" + folder.certificate().string()},
-                               .outputFile = log,
-                               .workingDirectory = sampleFolder() / "schema"});
+    const int code = runChild(
+        {sandboxSqlcmd().string(), "-b", "-S", addressOf(port), "-U", kSandboxLogin, "-i", "load.sql"},
+        {.environment = {"SQLCMDPASSWORD=" + password.text(), "SQLCMD_ENCRYPT=verify",
+                         "SQLCMD_CA_FILE=" + folder.certificate().string()},
+         .outputFile = log,
+         .workingDirectory = sampleFolder() / "schema"});
     if (code == 0) return;
     std::ifstream in(log);
     const std::string message((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());

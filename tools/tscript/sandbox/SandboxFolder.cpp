@@ -81,7 +81,7 @@ caFile         = "<folder>/tls-cert.pem"
 strictQueryTool = 1
 
 [host.programs]
-sqlcmd = "<programs>/sqlcmd"
+sqlcmd = "<sqlcmd>"
 
 [Instance001.Base]
 nPLATTYPE      = 1
@@ -160,7 +160,7 @@ void SandboxFolder::create() const {
 void SandboxFolder::writeStore(int port) const {
     std::string text(kStore);
     replaceAll(text, "<port>", std::to_string(port));
-    replaceAll(text, "<programs>", programFolder().string());
+    replaceAll(text, "<sqlcmd>", sandboxSqlcmd().string());
     replaceAll(text, "<folder>", m_path.string());
     writePrivateFile(store(), text);
 }
@@ -187,6 +187,12 @@ SandboxLock::~SandboxLock() {
 
 fs::path programFolder() {
     return fs::read_symlink("/proc/self/exe").parent_path();
+}
+
+fs::path sandboxSqlcmd() {
+    const fs::path installed = (programFolder() / TSCRIPT_SQLCMD).lexically_normal();
+    std::error_code ignored;
+    return fs::exists(installed, ignored) ? installed : programFolder() / "sqlcmd";
 }
 
 fs::path sampleFolder() {

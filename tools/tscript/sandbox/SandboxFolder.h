@@ -52,5 +52,8 @@ class SandboxLock {
 
 // Folder of the running program and of those installed with it.
 std::filesystem::path programFolder();
+// The query tool of this program's installation, whatever `sqlcmd` on PATH is. In a build tree it is beside
+// this program.
+std::filesystem::path sandboxSqlcmd();
 // Folder with the sample's schema and packages.
 std::filesystem::path sampleFolder();
