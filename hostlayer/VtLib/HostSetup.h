@@ -42,6 +42,9 @@ VT_PLATFORM_EXPORT bool setStoreValue(const std::vector<std::string>& table, con
 // reason in `problem`, on a failure; no partly written file is left.
 VT_PLATFORM_EXPORT bool createCipherKeyFile(const std::string& path, std::string& problem);
 
+// Path of the program that starts when the library runs the query tool. A name without a slash: not on PATH.
+VT_PLATFORM_EXPORT std::string queryToolPath();
+
 // Describes an error number of VTPassword and what to do about it. Never null; not to be freed.
 VT_PLATFORM_EXPORT const char* cipherErrorText(long error);
 

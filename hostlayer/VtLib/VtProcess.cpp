@@ -2,7 +2,6 @@
 
 #include <string.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -14,9 +13,9 @@
 
 #include "ChildProcess.h"
 #include "CommandLine.h"
-#include "EvDebug.h"
 #include "HostSettings.h"
 #include "ProcessStart.h"
+#include "ProgramPath.h"
 #include "Store.h"
 #include "StrictQueryTool.h"
 #include "VtCauses.h"
@@ -36,43 +35,10 @@ void copyTruncated(std::string_view text, char* buffer, int size) {
     buffer[text.copy(buffer, capacityOf(size))] = '\0';
 }
 
-std::string_view baseName(std::string_view path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
-// Places of the query tool when the caller names its old default path and the store maps nothing.
-constexpr const char* kDefaultQueryTool = "/opt/mssql-tools/bin/sqlcmd";
-constexpr const char* kCurrentQueryTool = "/opt/mssql-tools18/bin/sqlcmd";
-constexpr const char* kQueryToolOnPath = "sqlcmd";
-
-std::string queryToolPath() {
-    for (const char* path : {kDefaultQueryTool, kCurrentQueryTool})
-        if (::access(path, X_OK) == 0) return path;
-    return kQueryToolOnPath;
-}
-
-// Returns the path that [host.programs] gives for the program, else the name itself without double quotes;
-// for the query tool's default path, a path at which the tool is installed.
-std::string programPath(std::string_view name, const hostlayer::StoreState& store) {
-    constexpr int kTraceLevel = 3;
-    std::string program(name);
-    std::erase(program, '"');
-    const auto* mapped =
-        store.content ? hostlayer::findValue(store.content->programs, baseName(program)) : nullptr;
-    std::string path = program;
-    if (mapped != nullptr)
-        path = hostlayer::textOf(*mapped);
-    else if (program == kDefaultQueryTool)
-        path = queryToolPath();
-    if (path != program)
-        EvDebug().DebugLevel(kTraceLevel, "Program [%s] is started as [%s]", program.c_str(), path.c_str());
-    return path;
-}
-
 std::string startFailure(const std::string& program, int error, const hostlayer::StoreState& store) {
     std::string text = "Cannot start [" + program + "]: " + std::strerror(error) + ".";
     if (error == ENOENT || error == EACCES || error == ENOTDIR)
-        text += " Install it, or set " + std::string(baseName(program)) +
+        text += " Install it, or set " + std::string(hostlayer::baseNameOf(program)) +
                 " to its path under [host.programs] in [" + store.path + "].";
     if (error == E2BIG)
         text += " The command line is longer than the system permits. Pass long texts in a file.";
@@ -140,7 +106,7 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
         return fail("The program has no name.");
     if (m_impl->child.isStarted()) return fail("The previous process has not been waited for.");
     const auto store = hostlayer::currentStore();
-    const std::string path = programPath(program, *store);
+    const std::string path = hostlayer::programPath(program, *store);
     std::vector<std::string> arguments;
     if (!hostlayer::splitCommandLine(commandLine, arguments))
         return fail("A double quote in the command line of [" + path + "] is not closed.");

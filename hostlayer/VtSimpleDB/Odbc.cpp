@@ -115,11 +115,16 @@ void logDiagnostics(SQLSMALLINT type, SQLHANDLE handle, int level, const char* a
     const EvDebug log;
     Record record;
     SQLSMALLINT number = 1;
+    bool isNoted = level != kErrorLevel;
     for (; number <= kMaxRecords && readRecord(type, handle, number, record); ++number) {
         log.DebugLevel(level, "%s: %s", action, record.text().c_str());
-        if (level == kErrorLevel && record.isError()) noteRecord(type, record, {type, handle, number});
+        if (level != kErrorLevel || !record.isError()) continue;
+        noteRecord(type, record, {type, handle, number});
+        isNoted = true;
     }
     const bool hasRecords = number > 1;
+    // The driver manager reports a driver that it cannot load with the state of a warning.
+    if (!isNoted && readRecord(type, handle, 1, record)) noteRecord(type, record, {type, handle, 1});
     if (!hasRecords && level == kErrorLevel) log.DebugLevel(level, "%s failed without a diagnostic", action);
 }
 

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <thread>
 
+#include "HostSetup.h"
 #include "TestStore.h"
 #include "VtProcess.h"
 
@@ -104,6 +105,7 @@ TEST_F(Process, MapsToolNamesToPathsOfTheStore) {
     const std::string tool = script("sqlcmd", "echo \"$0 $1\" >&2");
     ::setenv("PATH", (m_store.folder.path().string() + ":" + path).c_str(), 1);
     EXPECT_EQ(run("/opt/mssql-tools/bin/sqlcmd", "sqlcmd -b").error, tool + " -b\n");
+    EXPECT_EQ(hostlayer::queryToolPath(), tool);
     ::setenv("PATH", path.c_str(), 1);
 }
 
