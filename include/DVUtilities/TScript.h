@@ -153,6 +153,7 @@ class DVU_EXPORT TScript {
     std::string m_usage;
     std::string m_output;
     std::string m_sqlFilePath;
+    std::string m_packageHash;
     std::string m_scriptBody;
     std::string m_guid;
     std::string m_dbName;

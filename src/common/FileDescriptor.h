@@ -23,6 +23,12 @@ class FileDescriptor {
     // Calls open(2); !isOpen() and errno on failure.
     FileDescriptor(const char* path, int flags, mode_t permissions = 0)
         : m_descriptor(::open(path, flags | O_CLOEXEC, permissions)) {}
+    // Owner of an open descriptor; negative: of none.
+    static FileDescriptor adopt(int descriptor) {
+        FileDescriptor file;
+        file.m_descriptor = descriptor;
+        return file;
+    }
     FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
         std::swap(m_descriptor, other.m_descriptor);

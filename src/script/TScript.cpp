@@ -35,6 +35,7 @@ ScriptParts partsOf(TScript& script) {
                       .secured = script.m_secured,
                       .fromPackage = script.m_fromPackage},
             .package = {.path = script.m_sqlFilePath,
+                        .fileHash = script.m_packageHash,
                         .plexumId = script.m_plexumId,
                         .creationTime = script.m_creationTime,
                         .guid = script.m_guid,

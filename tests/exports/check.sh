@@ -20,6 +20,8 @@ for name in TS_IsTscriptSP TS_ExecTscript_SP TS_ExecTscript_SQL TS_ExecTscript_S
   GetDatabaseList RestoreDatabase; do
   grep -qx "$name" <<<"$plain" || { echo "$name is not exported under its plain name"; status=1; }
 done
-[[ $(nm -D "$library") == *" w "*VtListenToCauses* ]] || { echo "the library needs VtCauses.h of the platform layer"; status=1; }
+for name in VtListenToCauses VtSetting; do
+  [[ $(nm -D "$library") == *" w "*$name* ]] || { echo "the library needs $name of the platform layer"; status=1; }
+done
 [[ $(readelf -dW "$library") == *BIND_NOW* ]] || { echo "the table of called functions stays writable"; status=1; }
 exit $status

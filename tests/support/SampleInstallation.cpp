@@ -72,6 +72,11 @@ void SampleInstallation::setNumber(const std::string& key, const std::string& va
     write();
 }
 
+void SampleInstallation::setHost(const std::string& setting, const std::string& text) {
+    m_hostLines += setting + " = " + tomlText(text) + "\n";
+    write();
+}
+
 void SampleInstallation::remove(const std::string& key, const std::string& valueName) {
     m_values[key].erase(valueName);
     write();
@@ -133,9 +138,8 @@ std::vector<std::string> logTexts(const std::filesystem::path& logFile) {
 void SampleInstallation::write() const {
     std::string text =
         "[host]\ncipherKeyFile = " + tomlText(folder("cipher.key").string()) +
-        "\nodbcDriver = \"FreeTDS\"\nodbcAttributes = \"TDS_Version=7.4;ClientCharset=UTF-8\"\n"
-        "[host.programs]\nsqlcmd = " +
-        tomlText(SQLCMD_PROGRAM) + "\n";
+        "\nodbcDriver = \"FreeTDS\"\nodbcAttributes = \"TDS_Version=7.4;ClientCharset=UTF-8\"\n" +
+        m_hostLines + "[host.programs]\nsqlcmd = " + tomlText(SQLCMD_PROGRAM) + "\n";
     for (const auto& [key, values] : m_values) {
         text += "['" + m_instance + "'.'" + key + "']\n";
         for (const auto& [name, value] : values) text += tomlText(name) + " = " + value + "\n";

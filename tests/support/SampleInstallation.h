@@ -30,6 +30,7 @@ class SampleInstallation {
     void set(const std::string& key, const std::string& valueName, Number number) {
         setNumber(key, valueName, static_cast<long long>(number));
     }
+    void setHost(const std::string& setting, const std::string& text);  // in [host]
     void remove(const std::string& key, const std::string& valueName);
 
     // Points every database's instance, credentials and connection value at that server and login.
@@ -57,6 +58,7 @@ class SampleInstallation {
 
     TempDir m_folder;
     std::string m_instance;
+    std::string m_hostLines;
     std::map<std::string, std::map<std::string, std::string>> m_values;  // key, value name, TOML text
 };
 

@@ -37,6 +37,7 @@ struct EntryParts {
 // A loaded package.
 struct PackageParts {
     std::string& path;
+    std::string& fileHash;  // SHA-256, for run records; empty if there are none
     std::int64_t& plexumId;
     std::time_t& creationTime;
     std::string& guid;

@@ -17,6 +17,8 @@
 #include "files/RemovedAtEnd.h"
 #include "files/ScriptFileNames.h"
 #include "files/UniqueFile.h"
+#include "record/Sha256.h"
+#include "steps/RunRecorder.h"
 #include "text/ScriptMessages.h"
 
 namespace {
@@ -107,6 +109,8 @@ void PackageLoader::reserveCopy() {
 }
 
 bool PackageLoader::decrypt() {
+    m_package.fileHash.clear();
+    if (!recordSettings().folder.empty()) m_package.fileHash = sha256OfFile(m_package.path.c_str());
     if (m_copy.isOpen() && decryptInto(m_package.path.c_str(), m_copy, m_copyPath.c_str(), m_lastMessage)) {
         return true;
     }

@@ -45,6 +45,7 @@ ProcedureRun::ProcedureRun(const ScriptParts& script, int operation, const char*
       m_report(script),
       m_catalogue(script),
       m_journal(script),
+      m_recorder(script),
       m_operation(operation),
       m_arguments(textOrEmpty(arguments)),
       m_recordedInput(*textOrEmpty(recordedInput) != '\0' ? recordedInput : m_arguments.data()),
@@ -55,6 +56,12 @@ bool ProcedureRun::run() {
     if (!m_report.requireSession() || !findScript() || !buildQuery()) return false;
     m_report.log(FXString::Format(texts::kStartedAs, m_operation, m_entry.auditLevel));
     if (!recordStart()) return false;
+    const bool succeeded = runStarted();
+    if (m_operation == kExecuteProcedure) m_recorder.write(succeeded);
+    return succeeded;
+}
+
+bool ProcedureRun::runStarted() {
     // Without an output file the run ends, and a recorded start gets no end. Callers rely on it.
     if (!createOutputFile()) return false;
     runQueryTool();
@@ -125,6 +132,7 @@ bool ProcedureRun::journalled() const {
 }
 
 bool ProcedureRun::recordStart() {
+    if (m_operation == kExecuteProcedure) m_recorder.noteStart(journalled() ? m_recordedInput : nullptr);
     return !journalled() || m_journal.recordStart(m_recordedInput);
 }
 

@@ -9,6 +9,7 @@
 #include "catalogue/ScriptJournal.h"
 #include "state/ScriptParts.h"
 #include "state/ScriptReport.h"
+#include "steps/RunRecorder.h"
 #include "text/SqlBuffer.h"
 
 class CVoError;
@@ -31,6 +32,7 @@ class ProcedureRun {
     bool findScript();
     bool buildQuery();
     bool recordStart();
+    bool runStarted();
     bool createOutputFile();
     void runQueryTool();
     void recordEnd();
@@ -51,6 +53,7 @@ class ProcedureRun {
     ScriptReport m_report;
     ScriptCatalogue m_catalogue;
     ScriptJournal m_journal;
+    RunRecorder m_recorder;
     int m_operation;
     std::string_view m_arguments;
     const char* m_recordedInput;

@@ -28,6 +28,7 @@ SqlFileRun::SqlFileRun(const ScriptParts& script, std::vector<std::string> param
       m_outputFile(script.run.outputFile),
       m_report(script),
       m_journal(script),
+      m_recorder(script),
       m_parameters(std::move(parameters)),
       m_recordedInput(textOrEmpty(recordedInput)) {}
 
@@ -35,6 +36,12 @@ bool SqlFileRun::run() {
     if (!m_report.requireSession()) return false;
     readKeepSetting();
     if (!createSqlFile() || !writeSqlFile() || !recordStart()) return false;
+    const bool succeeded = runStarted();
+    m_recorder.write(succeeded);
+    return succeeded;
+}
+
+bool SqlFileRun::runStarted() {
     if (!createOutputFile()) return endWithoutOutput();
     runQueryTool();
     recordEnd();
@@ -100,6 +107,7 @@ bool SqlFileRun::preview(std::string& sql) {
 }
 
 bool SqlFileRun::recordStart() {
+    m_recorder.noteStart(m_recordedInput.c_str());
     return m_journal.recordStart(m_recordedInput.c_str());
 }
 

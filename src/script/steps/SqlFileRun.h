@@ -10,6 +10,7 @@
 #include "files/RemovedAtEnd.h"
 #include "state/ScriptParts.h"
 #include "state/ScriptReport.h"
+#include "steps/RunRecorder.h"
 #include "text/PlaceholderFiller.h"
 
 class SqlFileRun {
@@ -26,6 +27,7 @@ class SqlFileRun {
     bool createSqlFile();
     bool writeSqlFile();
     bool recordStart();
+    bool runStarted();
     bool createOutputFile();
     bool endWithoutOutput();
     void runQueryTool();
@@ -42,6 +44,7 @@ class SqlFileRun {
     std::string& m_outputFile;
     ScriptReport m_report;
     ScriptJournal m_journal;
+    RunRecorder m_recorder;
     std::vector<std::string> m_parameters;
     std::string m_recordedInput;
     std::string m_joinedValues;

@@ -31,6 +31,10 @@ inline constexpr char kListRuns[] =  // earliest start, page length, conditions
 inline constexpr int kRunColumns = 9;
 inline constexpr char kTimeAs[] = "SELECT CONVERT(varchar(19), dbo.GetDateTime(%lld), 120)";
 
+// Text of a procedure. No row without the right to see it.
+inline constexpr char kDefinition[] =  // name
+    "SELECT definition FROM sys.sql_modules WHERE object_id = OBJECT_ID('%s')";
+
 // Site and installation that a package may be bound to.
 inline constexpr char kSiteNumber[] = "SELECT number FROM dorvas..app_plexum WHERE id = 2";
 inline constexpr char kInstallationGuid[] =

@@ -1,0 +1,10 @@
+// Settings of the platform layer that the library reads, too. This header is optional: libDVUtilities also
+// runs with platform libraries that do not define the function, and then takes every setting's default.
+#pragma once
+
+#include <string>
+
+#include "PlatformExport.h"
+
+// Returns whether the setting exists, and its value, a number as decimal digits.
+VT_PLATFORM_EXPORT __attribute__((weak)) bool VtSetting(const char* name, std::string* value);

@@ -1,0 +1,51 @@
+// Record of one ended run: what ran where, when, with which result. Stored as a JSON file.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "DVUtilities/Diagnostics.h"
+
+// Strings that are unknown are empty. Times are milliseconds since 1970.
+struct RunRecord {
+    int run = 0;  // id of the journal's row; 0: not journalled
+    std::string script{};
+    bool isPackage = false;
+    std::string sha256{};  // of the package file, or of the procedure's definition as UTF-8
+    std::string database{};
+    std::string server{};
+    std::string host{};
+    std::string user{};  // of the operating system
+    std::string program{};
+    int process = 0;
+    std::int64_t start = 0;
+    std::int64_t end = 0;
+    bool succeeded = false;
+    int journalUser = 0;
+    std::optional<std::string> input{};  // as journalled; empty: not journalled
+    std::vector<DVUCause_t> causes{};    // of a failure
+    std::string output{};
+    std::size_t outputBytes = 0;  // of the whole output; more than `output` has if it was cut
+    bool outputCut = false;
+};
+
+// Returns the record as indented JSON. Bytes that are not UTF-8 become U+FFFD.
+std::string jsonOf(const RunRecord& record);
+// Parses what jsonOf() writes. Returns the reason of a failure; empty for success. Members that are missing
+// or of another type count as unknown, except version, script and start.
+std::string parseRecord(const std::string& json, RunRecord& record);
+
+// "connection", "statement" etc. for DVUCause_t::where; empty for other numbers.
+const char* causePlaceName(int where);
+
+// Longest text that is `text` without its middle: its beginning and its end, with a line between them that
+// names the number of bytes left out. UTF-8 characters stay whole. Texts of up to `most` bytes are returned
+// unchanged.
+std::string withoutMiddle(std::string_view text, std::size_t most);
+
+// "2026-01-31T18:30:00.123Z"
+std::string isoTime(std::int64_t milliseconds);
