@@ -172,8 +172,10 @@ TEST_F(Report, IsReadableInBothColourSchemesAndWidths) {
     const std::string text = support::readFile(file);
     expectIn(text, {"&lt;b&gt;bold&lt;/b&gt; &quot;quoted&quot; it&#39;s 100% [x]*", "&lt;img src=x&gt;",
                     "aria-label=\"Output of run 2\">&lt;script&gt;alert(1)&lt;/script&gt; &amp; one\nline 0-",
-                    "&lt;/script&gt; &amp; two\nline 0-", "line 8-", "the debug log has more",
-                    "\">step 1 of 2\n</pre>", "Its output is unknown", "1 abandoned",
+                    "&lt;/script&gt; &amp; two\nline 0-", "line 8-",
+                    "<code>tscript journal show 2</code> prints the rest", "<dl id=\"run-2\">",
+                    "<dt>Cause</dt><dd><bdi>query tool, Msg 50000, level 16, state 1, line 5: broken</bdi>",
+                    "It left no run record", "\">step 1 of 2\n</pre>", "Its output is unknown", "1 abandoned",
                     "4 runs failed or abandoned"});
     const std::string password = support::readFile(folder / "password");
     for (const std::string& never : {std::string("://"), std::string("line 9-"), password.substr(0, 12)})
@@ -245,6 +247,12 @@ TEST_F(Report, FiguresOfFewRuns) {
               "<dt>Abandoned</dt><dd>1</dd>", "<dt>Unknown state</dt><dd>1</dd>",
               "In all 7 ok, 1 failed, 1 abandoned, 1 unknown. At most 10 in one hour.",
               "</th><td>10</td><td>7</td><td>1</td><td>1</td><td>1</td></tr>\n</tbody>"});
+    expectIn(page({"--csv", "--name", "F *", "--stale", "1"}),
+             {"script,runs,ok,failed,abandoned,running,unknown,median_seconds,",
+              "\"F two\",2,2,0,0,0,0,10,20,20,30\r\n", "\"F open\",1,0,0,1,0,0,,,,\r\n"});
+    expectIn(page({"--json", "--name", "F *", "--stale", "1"}),
+             {"\"runs\": 10,\n    \"ok\": 7,", "\"median\": 10,\n        \"most\": 20,",
+              "\"name\": \"F 3600 s\",\n      \"status\": \"failed\"", "\"seconds\": null"});
     for (const auto& run : runs) {
         const std::size_t at = text.find("<bdi>" + std::string(run.name) + "</bdi></th>");
         expectIn(text.substr(at, text.find("</tr>", at) - at),
@@ -268,6 +276,7 @@ TEST_F(Report, TheOutputOfASuccessIsNotAFailures) {
 TEST_F(Report, IsWrittenWholeOrNotAtAll) {
     expectAll({
         {{"report", "--since", "yesterday"}, 2, "", "is not a time"},
+        {{"report", "--json", "--csv"}, 2, "", "excludes"},
         {{"report", "--db", "Nothing"}, 2, "", "Dorvas, NQ2"},
         {{"report", "--name", std::string(257, 'x')}, 2, "", "longer than 256"},
         {{"report", "--store", "/nowhere"}, 3, "", "/nowhere"},

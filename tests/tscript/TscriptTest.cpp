@@ -396,6 +396,55 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
     });
 }
 
+TEST_F(Installation, ShowsOneRunWithItsRecord) {
+    const std::string header = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
+    pack("Fails", header + "PRINT 'before %s'\nGO\nSELECT * FROM absent\n");
+    pack("Change", header +
+                       "DELETE ZpTscriptExec WHERE id = 2\n"
+                       "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, "
+                       "userId) VALUES (1, 4, 'Fails', GETDATE(), GETDATE(), 2, 'x', 0)\n");
+    EXPECT_EQ(run({"run", "Fails", "-p", "<x>"}).exitCode, 1);
+    EXPECT_EQ(run({"exec", "tsEventSummary", "@days = 3"}).exitCode, 0);
+    EXPECT_EQ(run({"run", "Change"}).exitCode, 0);
+    const auto expectShown = [&](const std::string& id, const std::string& part) {
+        expectAll({{{"journal", "show", id}, 0, part, ""}});
+    };
+    expectShown("1", "run        1, failed\nscript     Fails (package)\nstarted    ");
+    expectShown("1",
+                "cause      query tool, Msg 208, level 16, state 1, line 1: Invalid object name 'absent'");
+    expectShown("1", "input      <x>\nsha256     ");
+    expectShown("1", "before <x>\nMsg 208");
+    expectShown("2",
+                "run        2, ok; the journal has no such row any more\nscript     tsEventSummary (proc");
+    expectShown("2", "Events of the last 3 day(s)");
+    expectShown("4", "run        4, failed\nscript     Fails (package)");
+    expectShown("4", "record     none: the run left no record, or it was deleted\n");
+    expectAll({{{"journal", "show", "1", "--json"}, 0, "\"message\": 208", ""},
+               {{"journal", "show", "4", "--json"}, 0, "\"recordProblem\": \"the run left", ""},
+               {{"journal", "show", "5"}, 2, "", "the journal of Dorvas has no run 5"},
+               {{"journal", "show", "0"}, 2, "", "ID"},
+               {{"journal", "show", "2147483647"}, 2, "", "has no run 2147483647"},
+               {{"journal", "show"}, 2, "", "ID"},
+               {{"doctor"}, 0, "run records: " + (folder / "records").string(), ""}});
+    fs::path record;
+    for (const auto& file : fs::directory_iterator(folder / "records"))
+        if (file.path().string().find("-Dorvas-1-") != std::string::npos) record = file.path();
+    replaceInFile(record, "\"server\": \"127", "\"server\": \"10");
+    expectShown("1", "sha256");  // the installation is this one
+    replaceInFile(record, "\"installation\": \"", "\"installation\": \"/other");
+    expectShown("1", "record     none: the record of this number is of another installation, /other");
+    support::writeFile(record, "{");
+    expectShown("1", record.string() + ": it is damaged");
+    fs::permissions(folder / "records", fs::perms::all);
+    expectShown("1", "users other than its owner may write to it");
+    expectAll({{{"doctor"}, 0, "run records: " + (folder / "records").string() + ": users other", ""},
+               {{"config", "set", "host.runRecords", "records"}, 2, "", "absolute path"},
+               {{"config", "set", "host.runRecords", folder / "none"}, 0, "", ""}});
+    expectShown("1", "none: No such file");
+    replaceInFile(store(), "runRecords", "noRecords");
+    expectShown("1", "record     none: the store names no folder for records");
+}
+
 TEST_F(Installation, ShowsAndSavesResults) {
     pack("Anywhere", "#START_SCRIPT#\nSELECT '<%s>', DB_NAME()\n");
     const fs::path result = m_temp / "result";

@@ -63,9 +63,10 @@ _tscript() {
     run* | exec*) options+=" --db --input --dry-run --data -o --output -q --quiet --json" ;;&
     help* | params* | which* | catalogue* | journal* | report* | db*) options+=" --db" ;;&
     catalogue* | journal* | report*) options+=" --name" ;;&
-    journal* | report*) options+=" --since --stale" ;;&
-    journal*) options+=" --status --last" ;;&
-    report*) options+=" -o --output" ;;&
+    journal* | report*) options+=" --stale" ;;&
+    journal | report*) options+=" --since" ;;&
+    journal) options+=" --status --last" ;;&
+    report*) options+=" -o --output --csv --json" ;;&
     pack*) options+=" -o --output" ;;&
     inspect*) options+=" --body" ;;&
     params* | which* | catalogue* | journal* | inspect* | lint*) options+=" --json" ;;&
@@ -82,6 +83,7 @@ _tscript() {
     "sandbox up"*) options+=" --port" ;;&
     ?*) [[ $current != -* ]] || { _tscript_offer "$options"; return; } ;;&
     run | help | which) _tscript_offer_packages ;;
+    journal) _tscript_offer "show" ;;
     db) _tscript_offer "list version last-backup backup restore" ;;
     schema) _tscript_offer "check install" ;;
     "schema check" | "schema install") _tscript_offer "$databases" ;;

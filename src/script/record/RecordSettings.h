@@ -13,6 +13,7 @@ inline constexpr char kDays[] = "runRecordDays";      // 0: any age
 
 struct RecordSettings {
     static constexpr std::size_t kMostOutput = std::size_t{8} << 20;
+    static constexpr std::size_t kMostDays = 36500;
 
     std::string folder{};
     std::size_t outputBytes = std::size_t{1} << 20;

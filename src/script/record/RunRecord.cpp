@@ -128,6 +128,7 @@ std::string jsonOf(const RunRecord& record) {
                  {"database", record.database},
                  {"server", record.server},
                  {"host", record.host},
+                 {"installation", record.installation},
                  {"user", record.user},
                  {"program", record.program},
                  {"process", record.process},
@@ -156,6 +157,7 @@ std::string parseRecord(const std::string& text, RunRecord& record) {
     record.database = textIn(json, "database");
     record.server = textIn(json, "server");
     record.host = textIn(json, "host");
+    record.installation = textIn(json, "installation");
     record.user = textIn(json, "user");
     record.program = textIn(json, "program");
     record.process = intIn(json, "process");

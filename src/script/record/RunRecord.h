@@ -19,7 +19,8 @@ struct RunRecord {
     std::string database{};
     std::string server{};
     std::string host{};
-    std::string user{};  // of the operating system
+    std::string installation{};  // its folder
+    std::string user{};          // of the operating system
     std::string program{};
     int process = 0;
     std::int64_t start = 0;

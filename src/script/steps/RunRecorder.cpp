@@ -15,6 +15,7 @@
 #include "DatabaseParts.h"
 #include "FX.h"
 #include "VtSettings.h"
+#include "record/HostOfRuns.h"
 #include "record/RecordFolder.h"
 #include "record/Sha256.h"
 #include "text/CatalogueSql.h"
@@ -49,12 +50,6 @@ std::string userName() {
     return found != nullptr ? found->pw_name : std::to_string(user);
 }
 
-std::string hostName() {
-    std::array<char, 256> name{};
-    ::gethostname(name.data(), name.size() - 1);
-    return name.data();
-}
-
 }  // namespace
 
 RecordSettings recordSettings() {
@@ -65,6 +60,7 @@ RecordSettings recordSettings() {
     settings.outputBytes = std::min(settings.outputBytes, RecordSettings::kMostOutput);
     readNumber(record_setting::kKeep, settings.keep);
     readNumber(record_setting::kDays, settings.days);
+    settings.days = std::min(settings.days, RecordSettings::kMostDays);
     return settings;
 }
 
@@ -115,6 +111,7 @@ void RunRecorder::describe(bool succeeded) {
     record.database = m_script.session.dbName;
     record.server = partsOf(*m_script.session.db).account.serverInstance;
     record.host = hostName();
+    record.installation = installationFolder(m_script.session.instanceName.c_str());
     record.user = userName();
     record.program = program_invocation_short_name;
     record.process = ::getpid();

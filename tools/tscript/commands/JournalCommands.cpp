@@ -8,7 +8,9 @@
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "commands/Commands.h"
+#include "commands/JournalShow.h"
 #include "commands/RecordOptions.h"
+#include "commands/RunJson.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
 #include "console/Listing.h"
@@ -31,15 +33,6 @@ bool isProcedure(int type) {
 bool isSecured(int type) {
     return (type & kTScriptSecured) != 0;
 }
-bool isPackage(int type) {
-    return (type & kTScriptPackageBits) != 0;
-}
-
-const char* kindOf(int type) {
-    if (isProcedure(type) && isPackage(type)) return "both";
-    return isProcedure(type) ? "procedure" : isPackage(type) ? "package" : "other";
-}
-
 // ---- catalogue -----------------------------------------------------------------------------------------
 
 Cells cellsOf(const TScriptEntry_t& entry) {
@@ -75,28 +68,13 @@ int statusNumber(const std::string& name) {
 
 Cell statusOf(const RunView& view) {
     constexpr Shade kShades[] = {Shade::kActive, Shade::kGood, Shade::kBad, Shade::kUnusual, Shade::kNone};
-    if (view.state == RunState::kUnknown) return {std::to_string(view.run.status)};
-    return {nameOf(view.state), kShades[static_cast<int>(view.state)]};
+    return {statusText(view), kShades[static_cast<int>(view.state)]};
 }
 
 Cells cellsOf(const RunView& view) {
     const TScriptRun_t& run = view.run;
     return {{std::to_string(run.id)}, {run.name}, statusOf(view), {localTime(run.startTime)},
             {spanText(view.seconds)}, {run.input}};
-}
-
-Json jsonOf(const RunView& view) {
-    const TScriptRun_t& run = view.run;
-    const bool ended = run.status != 0;
-    return {{"id", run.id},
-            {"name", run.name},
-            {"kind", kindOf(run.type)},
-            {"status", statusOf(view).text},
-            {"start", utcTime(run.startTime)},
-            {"end", ended ? Json(utcTime(run.endTime)) : Json()},
-            {"seconds", view.seconds},
-            {"user", run.userId},
-            {"input", run.input}};
 }
 
 // ---- Pages ---------------------------------------------------------------------------------------------
@@ -267,6 +245,16 @@ void addJournalCommands(CLI::App& app, Action& action) {
 
     CLI::App* journal =
         addListing(app, action, "journal", "List runs of scripts, newest first", options, listJournal);
+    CLI::App* show =
+        addListing(*journal, action, "show", "Show one run, with its run record", options, showRun);
+    show->add_option("ID", options->run, "The run's number in the journal")
+        ->required()
+        ->check(CLI::Range(1, kMostRows));
+    addStaleOption(show, options->staleHours);
+    // A command's callback is called after those of its subcommands.
+    journal->callback([&action, journal, options] {
+        if (journal->get_subcommands().empty()) action = [options] { return listJournal(*options); };
+    });
     addPatternOption(journal, options->name);
     journal->add_option("--status", options->status, "Only runs of this status")
         ->check(CLI::IsMember({"running", "ok", "failed"}));

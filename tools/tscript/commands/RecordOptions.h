@@ -12,6 +12,7 @@ struct RecordOptions {
     std::string status;
     std::string since;
     int last = 50;
+    int run = 0;  // its number in the journal
     double staleHours = 24;
     bool json = false;
 };

@@ -12,6 +12,7 @@
 #include "installation/Installation.h"
 #include "journal/Records.h"
 #include "report/Html.h"
+#include "report/ReportData.h"
 #include "report/ReportPage.h"
 #include "system/ResultFile.h"
 
@@ -25,6 +26,7 @@ constexpr std::int64_t kShortestRange = std::int64_t{23} * 3600;
 struct ReportOptions {
     RecordOptions records;
     std::string output;
+    bool csv = false;
 };
 
 // Progress line on an ANSI terminal.
@@ -66,11 +68,14 @@ void readJournal(TScriptRecords& records, const TScriptRunFilter_t& filter, doub
 void addOutputs(Report& report) {
     std::vector<TScriptRun_t> runs;
     for (const BadRun& bad : report.badRuns) runs.push_back(bad.run);
-    if (!runs.empty()) report.outputs = findOutputs(sessionLogFile().parent_path(), report.database, runs);
+    if (runs.empty()) return;
+    RunRecords records(report.database);
+    report.outputs = findOutputs(records, sessionLogFile().parent_path(), report.database, runs);
 }
 
 ExitCode writeReport(const ReportOptions& options) {
-    if (options.output.empty() && isTerminal(STDOUT_FILENO))
+    const bool isPage = !options.records.json && !options.csv;
+    if (isPage && options.output.empty() && isTerminal(STDOUT_FILENO))
         throw Failure(ExitCode::kUsage, "the page would be written to the terminal",
                       "Name a file: -o report.html");
     const TScriptRunFilter_t filter = runFilter(options.records);
@@ -88,7 +93,10 @@ ExitCode writeReport(const ReportOptions& options) {
     report.timeline.extendTo(report.since != 0 ? report.since : report.now - kShortestRange);
     readJournal(records, filter, options.records.staleHours, report);
     addOutputs(report);
-    ResultFile(options.output).write(reportPage(report));
+    ResultFile(options.output)
+        .write(isPage                 ? reportPage(report)
+               : options.records.json ? reportJson(report)
+                                      : reportCsv(report));
     return ExitCode::kDone;
 }
 
@@ -100,8 +108,10 @@ void addReportCommand(CLI::App& app, Action& action) {
         addCommand(&app, action, "report",
                    "Write a page about the runs of scripts: over time, how long they took, what failed",
                    options, writeReport);
-    command->add_option("-o,--output", options->output, "The page (default: standard output)")
+    command->add_option("-o,--output", options->output, "The file (default: standard output)")
         ->type_name("FILE");
+    command->add_flag("--json", options->records.json, "Write the figures as JSON instead of a page");
+    command->add_flag("--csv", options->csv, "Write the figures of the scripts as CSV")->excludes("--json");
     addDatabaseOption(command, options->records.database);
     addPatternOption(command, options->records.name);
     addSinceOption(command, options->records.since);

@@ -13,9 +13,12 @@
 #include <vector>
 
 #include "DVUtilities/commonFunc.h"
+#include "HostSettings.h"
 #include "installation/CheckList.h"
 #include "installation/CheckSteps.h"
 #include "installation/ProbeFile.h"
+#include "record/RecordFolder.h"
+#include "record/RecordSettings.h"
 
 namespace {
 
@@ -116,6 +119,24 @@ void checkTmpdir(CheckList& list) {
     checkFolderPath(list, "TMPDIR", path, W_OK | X_OK, "export TMPDIR=FOLDER");
 }
 
+// Runs create the folder if its parent exists, and do not fail without it.
+void checkRecordFolder(CheckList& list) {
+    const std::string path = hostlayer::hostSetting(record_setting::kFolder, "");
+    std::error_code ignored;
+    const bool isToBeCreated =
+        !std::filesystem::exists(std::filesystem::symlink_status(path, ignored)) &&
+        std::filesystem::is_directory(std::filesystem::path(path).parent_path(), ignored);
+    if (path.empty() || isToBeCreated) return;
+    const RecordFolder folder(path, RecordFolder::Access::kRead);
+    const std::string problem = folder.isOpen() ? useProblem(path, W_OK | X_OK) : folder.problem();
+    if (!problem.empty())
+        return list.addWarning("run records", path + ": " + problem,
+                               "Let only the user of the runs write there (chmod 700 " + path +
+                                   "), or set another folder: tscript config set host.runRecords FOLDER");
+    list.addGood("run records", path);
+    checkOwner(list, "run records", path);
+}
+
 void checkDescriptors(CheckList& list) {
     rlimit limit{};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -141,5 +162,6 @@ std::string storeText(const char* key, const char* valueName) {
 void checkFolders(CheckList& list) {
     for (const FolderCheck& folder : kFolders) checkFolder(list, folder);
     checkTmpdir(list);
+    checkRecordFolder(list);
     checkDescriptors(list);
 }

@@ -60,6 +60,14 @@ const SuiteDatabase& suiteDatabase(std::string_view name) {
                   "The suite's databases are " + names + ".");
 }
 
+std::string configuredServer(const std::string& database) {
+    if (database == "TNet") return {};  // the store has no server of its own for it
+    std::array<char, kValueCapacity> server{};
+    std::string ignored;
+    const char* value = suiteDatabase(database).instance;
+    return GetRegistryItemValue("", "Database", value, nullptr, server.data(), ignored) ? server.data() : "";
+}
+
 void requireStore() {
     const hostlayer::StoreReport store = hostlayer::inspectStore();
     if (store.isInForce && store.problem.empty()) return;

@@ -15,6 +15,9 @@ struct SuiteDatabase {
 // Looks a database up by its name, ignoring case. Throws Failure (kUsage) that lists the names.
 const SuiteDatabase& suiteDatabase(std::string_view name);
 
+// Server of a suite database; empty if the store has none.
+std::string configuredServer(const std::string& database);
+
 // Throws Failure (kInstallation) if the configuration store is missing, cannot be read or does not parse.
 void requireStore();
 

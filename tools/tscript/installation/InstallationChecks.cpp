@@ -53,7 +53,8 @@ constexpr NumberCheck kNumbers[] = {
     {"host", "loginTimeout", 0, 2147483647},      {"Database", "nSQLAuthType", 0, 1},
     {"Database", "nSQLAuthType_Dorvas", 0, 1},    {"Database", "nSQLAuthType_NQ2", 0, 1},
     {"Database", "nSQLAuthType_WFEngine", 0, 1},  {"Database", "nSQLAuthType_VTCloud", 0, 1},
-    {"Database", "nSQLAuthType_HistoryDB", 0, 1},
+    {"Database", "nSQLAuthType_HistoryDB", 0, 1}, {"host", "runRecordOutput", 0, 8388608},
+    {"host", "runRecordsKeep", 0, 2147483647},    {"host", "runRecordDays", 0, 36500},
 };
 
 // The value as text; empty if the store does not have it.

@@ -128,7 +128,7 @@ RunOutput LoggedRun::output() const {
         readLines(outputFile, kMostBytes, [&](std::string_view line) { fileLines.add(line); });
     for (const RunOutput& known : {lines.output(), fileLines.output()})
         if (!known.text.empty()) return known;
-    return {failure, false};
+    return {.text = failure};
 }
 
 // Reads the logs, oldest first, and collects the runs that may match the given ones.
@@ -228,10 +228,23 @@ std::vector<Match> possibleMatches(const std::vector<TScriptRun_t>& runs, const 
     return matches;
 }
 
-}  // namespace
+// The message about the query tool is left out if the output goes on: the cause says the same.
+RunOutput recordedOutput(const RunRecord& record) {
+    const std::string& text = record.output;
+    FirstLines lines;
+    for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+        end = std::min(text.find('\n', begin), text.size());
+        const std::string_view line = std::string_view(text).substr(begin, end - begin);
+        if (!line.starts_with(kToolFailed) || end + 1 >= text.size()) lines.add(line);
+    }
+    RunOutput output = lines.output();
+    output.isRecorded = true;
+    if (const DVUCause_t* cause = mainCause(record)) output.cause = causeText(*cause);
+    return output;
+}
 
-std::vector<RunOutput> findOutputs(const std::filesystem::path& logFolder, const std::string& database,
-                                   const std::vector<TScriptRun_t>& runs) {
+std::vector<RunOutput> loggedOutputs(const std::filesystem::path& logFolder, const std::string& database,
+                                     const std::vector<TScriptRun_t>& runs) {
     LogScan scan(database, runs);
     for (int old = kOldLogs; old > 0; --old)
         scan.read(logFolder / ("ZephraDebug." + std::to_string(old) + ".log"));
@@ -244,5 +257,26 @@ std::vector<RunOutput> findOutputs(const std::filesystem::path& logFolder, const
         hasOutput[match.run] = isUsed[match.logged] = true;
         outputs[runs.size() - match.run] = log[match.logged].output();
     }
+    return outputs;
+}
+
+}  // namespace
+
+std::vector<RunOutput> findOutputs(RunRecords& records, const std::filesystem::path& logFolder,
+                                   const std::string& database, const std::vector<TScriptRun_t>& runs) {
+    std::vector<RunOutput> outputs(runs.size());
+    std::vector<TScriptRun_t> others;
+    std::vector<std::size_t> placesOfOthers;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        if (const FoundRecord found = records.find(runs[i]); found.record) {
+            outputs[i] = recordedOutput(*found.record);
+        } else {
+            others.push_back(runs[i]);
+            placesOfOthers.push_back(i);
+        }
+    }
+    if (others.empty()) return outputs;
+    std::vector<RunOutput> logged = loggedOutputs(logFolder, database, others);
+    for (std::size_t i = 0; i < logged.size(); ++i) outputs[placesOfOthers[i]] = std::move(logged[i]);
     return outputs;
 }

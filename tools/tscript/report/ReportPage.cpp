@@ -79,12 +79,20 @@ constexpr char kScriptRow[] =
 
 constexpr char kFailure[] = R"(<details class="run {}"{}>
 <summary><span class="what"><bdi>{}</bdi> <span class="state">{}</span></span> {}{}</summary>
-<dl><div><dt>Run</dt><dd>{}</dd></div><div><dt>Ended</dt><dd>{}</dd></div><div><dt>Took</dt><dd>{}</dd></div>{}{}</dl>
+<dl id="run-{}"><div><dt>Run</dt><dd><a href="#run-{}">{}</a></dd></div><div><dt>Ended</dt><dd>{}</dd></div><div><dt>Took</dt><dd>{}</dd></div>{}{}{}</dl>
 {}</details>
 )";
 
 constexpr char kUnknownOutput[] =
-    "<p class=\"hint\">Its output is unknown: the log of that time was deleted or cannot be read.</p>\n";
+    "<p class=\"hint\">Its output is unknown: it left no run record, and the log of that time was deleted or "
+    "cannot be "
+    "read.</p>\n";
+constexpr char kNoOutput[] = "<p class=\"hint\">It printed nothing.</p>\n";
+constexpr char kMoreInRecord[] =
+    "<p class=\"hint\">Its first lines; <code>tscript journal show {}</code> prints the rest.</p>\n";
+constexpr char kGuessed[] =
+    "<p class=\"hint\">It left no run record: this is what the debug log has of a run of that name and "
+    "time.{}</p>\n";
 
 std::string detailRow(const char* name, const std::string& text) {
     return fillTemplate("<div><dt>{}</dt><dd>{}</dd></div>", {name, text});
@@ -191,7 +199,8 @@ std::string durationSection(const Report& report) {
 }
 
 std::string outputOf(const BadRun& bad, const RunOutput& output) {
-    if (output.text.empty()) return kUnknownOutput;
+    if (output.text.empty()) return output.isRecorded ? kNoOutput : kUnknownOutput;
+    const std::string run = std::to_string(bad.run.id);
     std::string lines;
     for (std::size_t begin = 0, end = 0; end != output.text.npos; begin = end + 1) {
         end = output.text.find('\n', begin);
@@ -205,26 +214,30 @@ std::string outputOf(const BadRun& bad, const RunOutput& output) {
     }
     return fillTemplate(
         "<pre tabindex=\"0\" role=\"region\" aria-label=\"Output of run {}\">{}</pre>\n{}",
-        {std::to_string(bad.run.id), lines,
-         output.more ? "<p class=\"hint\">Its first lines; the debug log has more.</p>\n" : ""});
+        {run, lines,
+         !output.isRecorded
+             ? fillTemplate(kGuessed, {output.more ? " Its first lines; the debug log has more." : ""})
+         : output.more ? fillTemplate(kMoreInRecord, {run})
+                       : std::string()});
 }
 
 std::string failureOf(const BadRun& bad, const RunOutput& output, bool open) {
     const TScriptRun_t& run = bad.run;
-    const std::string preview =
-        escaped(shortened(output.text, kLongestPreview));  // escaping turns line breaks into blanks
+    const std::string preview =  // escaping turns line breaks into blanks
+        escaped(shortened(output.cause.empty() ? output.text : output.cause, kLongestPreview));
+    const std::string number = std::to_string(run.id);
     const bool abandoned = bad.state == RunState::kAbandoned;
     return fillTemplate(
         kFailure,
         {nameOf(bad.state), open ? " open" : "", escaped(run.name), nameOf(bad.state),
          timeElement(run.startTime),
-         preview.empty() ? "" : " <span class=\"preview\"><bdi>" + preview + "</bdi></span>",
-         std::to_string(run.id), abandoned ? "–" : localTime(run.endTime),
-         abandoned ? "–" : spanText(bad.seconds),
+         preview.empty() ? "" : " <span class=\"preview\"><bdi>" + preview + "</bdi></span>", number, number,
+         number, abandoned ? "–" : localTime(run.endTime), abandoned ? "–" : spanText(bad.seconds),
          run.userId != 0 ? detailRow("User", std::to_string(run.userId)) : "",
          run.input.empty()
              ? ""
              : detailRow("Input", "<bdi>" + escaped(shortened(run.input, kLongestInput)) + "</bdi>"),
+         output.cause.empty() ? "" : detailRow("Cause", "<bdi>" + escaped(output.cause) + "</bdi>"),
          outputOf(bad, output)});
 }
 

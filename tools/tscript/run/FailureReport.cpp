@@ -1,11 +1,9 @@
 #include "run/FailureReport.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
 
-#include "DVUtilities/commonFunc.h"
 #include "installation/Installation.h"
 #include "run/FailurePlace.h"
 
@@ -39,14 +37,6 @@ const DVUCause_t* mainCause(const Causes& causes) {
 bool isMissingObject(const DVUCause_t& cause) {
     return cause.where == kDVUStatement && std::find(std::begin(kMissingObjects), std::end(kMissingObjects),
                                                      cause.serverError) != std::end(kMissingObjects);
-}
-
-std::string configuredServer(const std::string& database) {
-    if (database == "TNet") return {};  // the store has no server of its own for it
-    std::array<char, 8192> server{};
-    std::string ignored;
-    const char* value = suiteDatabase(database).instance;
-    return GetRegistryItemValue("", "Database", value, nullptr, server.data(), ignored) ? server.data() : "";
 }
 
 const char* nameOfPlace(int where) {

@@ -79,6 +79,7 @@ loginTimeout   = 15
 encrypt        = "verify"
 caFile         = "<folder>/tls-cert.pem"
 strictQueryTool = 1
+runRecords     = "<folder>/records"
 
 [host.programs]
 sqlcmd = "<sqlcmd>"
@@ -148,7 +149,8 @@ void SandboxFolder::markIncomplete() const {
 
 void SandboxFolder::create() const {
     std::error_code ignored;
-    for (const char* old : {"data", "Scripts", "temp", "logs", "cipher.key", "tls-cert.pem", "tls-key.pem"})
+    for (const char* old :
+         {"data", "Scripts", "temp", "logs", "records", "cipher.key", "tls-cert.pem", "tls-key.pem"})
         fs::remove_all(m_path / old, ignored);
     for (const char* part : {"data", "Scripts", "temp", "logs", "backups"})
         createPrivateFolder(m_path / part);

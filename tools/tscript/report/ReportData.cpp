@@ -1,0 +1,96 @@
+#include "report/ReportData.h"
+
+#include "console/JsonOutput.h"
+#include "console/TextWidth.h"
+#include "console/Times.h"
+
+namespace {
+
+constexpr double kMedian = 0.5;
+constexpr double kMost = 0.95;
+constexpr RunState kStates[] = {RunState::kOk, RunState::kFailed, RunState::kAbandoned, RunState::kRunning,
+                                RunState::kUnknown};
+
+// Adds the members "runs", "ok", "failed" etc.
+void addCounts(Json& json, const StateCounts& counts) {
+    json["runs"] = counts.all();
+    for (const RunState state : kStates) json[nameOf(state)] = counts[state];
+}
+
+Json durationsOf(const Durations& durations) {
+    if (durations.empty()) return {};
+    return {{"median", durations.quantile(kMedian)},
+            {"most", durations.quantile(kMost)},
+            {"longest", durations.longest()},
+            {"total", durations.total()}};
+}
+
+Json failureOf(const BadRun& bad, const RunOutput& output) {
+    const TScriptRun_t& run = bad.run;
+    const bool ended = bad.state == RunState::kFailed;
+    return {{"run", run.id},
+            {"name", run.name},
+            {"status", nameOf(bad.state)},
+            {"start", utcTime(run.startTime)},
+            {"end", ended ? Json(utcTime(run.endTime)) : Json()},
+            {"seconds", ended ? Json(bad.seconds) : Json()},
+            {"input", run.input},
+            {"cause", output.cause.empty() ? Json() : Json(output.cause)},
+            {"output", output.text},
+            {"more", output.more},
+            {"source", output.isRecorded     ? Json("record")
+                       : output.text.empty() ? Json()
+                                             : Json("log")}};
+}
+
+// Control characters, line breaks included, become blanks.
+std::string field(const std::string& text) {
+    std::string quoted = "\"";
+    for (const char c : withoutControls(text)) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return quoted + "\"";
+}
+
+}  // namespace
+
+std::string reportJson(Report& report) {
+    Json json = {{"database", report.database},
+                 {"name", report.pattern.empty() ? Json() : Json(report.pattern)},
+                 {"since", report.since != 0 ? Json(utcTime(report.since)) : Json()},
+                 {"asOf", utcTime(report.now)}};
+    addCounts(json["counts"], report.counts);
+    json["timelineUnit"] = report.timeline.unit().name;
+    json["timeline"] = Json::array();
+    for (const auto& [start, counts] : report.timeline.bars()) {
+        Json bar = {{"start", utcTime(start)}};
+        addCounts(bar, counts);
+        json["timeline"].push_back(std::move(bar));
+    }
+    json["scripts"] = Json::array();
+    for (const auto& [name, figures] : report.totals.scripts()) {
+        Json script = {{"name", name}};
+        addCounts(script, figures.counts);
+        script["seconds"] = durationsOf(figures.durations);
+        json["scripts"].push_back(std::move(script));
+    }
+    json["runsOfOtherScripts"] = report.totals.otherRuns();
+    json["failures"] = Json::array();
+    for (std::size_t i = 0; i < report.badRuns.size(); ++i)
+        json["failures"].push_back(failureOf(report.badRuns[i], report.outputs[i]));
+    return jsonText(json);
+}
+
+std::string reportCsv(const Report& report) {
+    std::string text = "script,runs";
+    for (const RunState state : kStates) text += std::string(",") + nameOf(state);
+    text += ",median_seconds,p95_seconds,longest_seconds,total_seconds\r\n";
+    for (const auto& [name, figures] : report.totals.scripts()) {
+        const Durations& durations = figures.durations;
+        text += field(name) + "," + std::to_string(figures.counts.all());
+        for (const RunState state : kStates) text += "," + std::to_string(figures.counts[state]);
+        for (const std::int64_t seconds :
+             {durations.quantile(kMedian), durations.quantile(kMost), durations.longest(), durations.total()})
+            text += durations.empty() ? std::string(",") : "," + std::to_string(seconds);
+        text += "\r\n";
+    }
+    return text;
+}
