@@ -9,6 +9,7 @@ pkg_check_modules(tomlplusplus REQUIRED IMPORTED_TARGET tomlplusplus)
 pkg_check_modules(odbc REQUIRED IMPORTED_TARGET odbc)
 pkg_check_modules(openssl REQUIRED IMPORTED_TARGET openssl)
 pkg_check_modules(gssapi REQUIRED IMPORTED_TARGET krb5-gssapi)
+pkg_check_modules(libedit REQUIRED IMPORTED_TARGET libedit)
 pkg_check_modules(sqlite3 REQUIRED IMPORTED_TARGET sqlite3)
 
 # DB-Library of FreeTDS, which has no pkg-config file.

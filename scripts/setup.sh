@@ -10,7 +10,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libtomlplusplus-dev libsodium-dev libspdlog-dev libssl-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev
-  libboost-dev libkrb5-dev
+  libboost-dev libedit-dev libkrb5-dev
   unixodbc unixodbc-dev tdsodbc freetds-dev libsybdb5
 )
 test_packages=(freetds-bin krb5-kdc krb5-admin-server krb5-user faketime libgtest-dev file chromium openssl python3 python3-pymssql)

@@ -50,9 +50,10 @@ void wipe(std::vector<std::string>& strings) {
     for (std::string& text : strings) ::explicit_bzero(text.data(), text.size());
 }
 
-// The host's encryption settings as the query tool reads them: its command line is fixed.
-std::vector<std::string> encryptionVariables() {
-    std::vector<std::string> variables;
+// Settings that the query tool reads from its environment, because its command line is fixed: the host's
+// encryption, and that scripts start no programs.
+std::vector<std::string> queryToolVariables() {
+    std::vector<std::string> variables{"SQLCMD_NO_PROGRAMS=1"};
     for (const auto& [variable, setting] :
          {std::pair("SQLCMD_ENCRYPT", "encrypt"), {"SQLCMD_CA_FILE", "caFile"}})
         if (const std::string value = hostlayer::hostSetting(setting, ""); !value.empty())
@@ -115,7 +116,7 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     m_impl->program = path;
     hostlayer::announceProcessStart();
     using Output = hostlayer::ChildProcess::Output;
-    std::vector<std::string> variables = encryptionVariables();
+    std::vector<std::string> variables = queryToolVariables();
     if (hostlayer::isStrictQueryTool(program)) hostlayer::makeStrict(arguments, variables);
     const int failure = m_impl->child.start(path, arguments, variables,
                                             m_impl->isSilent ? Output::kDiscard : Output::kInherit);

@@ -117,8 +117,9 @@ TEST_F(Process, TheStrictQueryToolHasNoPasswordOnItsCommandLine) {
         const char* strict;  // what the tool prints of its arguments and its environment
         const char* plain;
     };
-    const std::string tool = script(
-        "sqlcmd", "for w in \"$@\" \"$SQLCMDPASSWORD\" \"$SQLCMDINI\"; do printf '[%s]' \"$w\" >&2; done");
+    const std::string tool = script("sqlcmd",
+                                    "for w in \"$@\" \"$SQLCMDPASSWORD\" \"$SQLCMDINI$SQLCMD_NO_PROGRAMS\"; "
+                                    "do printf '[%s]' \"$w\" >&2; done");
     const std::string other = script("other", "for w in \"$@\"; do printf '[%s]' \"$w\" >&2; done");
     ::setenv("SQLCMDPASSWORD", "outer", 1);
     ::setenv("SQLCMDINI", "start.sql", 1);
@@ -127,10 +128,10 @@ TEST_F(Process, TheStrictQueryToolHasNoPasswordOnItsCommandLine) {
         const bool isStrict = *setting == '1';
         for (const Case& c :
              {Case{tool.c_str(), "sqlcmd -b -S h -U -P -P \"p w\" -d x",
-                   "[-x][-X][-b][-S][h][-U][-P][-d][x][p w][]",
-                   "[-b][-S][h][-U][-P][-P][p w][-d][x][outer][start.sql]"},
-              Case{tool.c_str(), "sqlcmd -b -E -Q \"-P\" -y 0", "[-x][-X][-b][-E][-Q][-P][-y][0][outer][]",
-                   "[-b][-E][-Q][-P][-y][0][outer][start.sql]"},
+                   "[-x][-X][-b][-S][h][-U][-P][-d][x][p w][1]",
+                   "[-b][-S][h][-U][-P][-P][p w][-d][x][outer][start.sql1]"},
+              Case{tool.c_str(), "sqlcmd -b -E -Q \"-P\" -y 0", "[-x][-X][-b][-E][-Q][-P][-y][0][outer][1]",
+                   "[-b][-E][-Q][-P][-y][0][outer][start.sql1]"},
               Case{other.c_str(), "other -P p", "[-P][p]", "[-P][p]"}})
             EXPECT_EQ(run(c.program, c.line).error, isStrict ? c.strict : c.plain) << c.line;
     }

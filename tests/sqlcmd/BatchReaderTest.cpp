@@ -14,7 +14,7 @@ namespace {
 // Steps of a script, each in angle brackets.
 std::string stepsOf(ScriptSource source, Variables& variables, bool expand = true) {
     std::string result;
-    BatchReader reader(std::move(source), variables, expand, "GO");
+    BatchReader reader(std::move(source), variables, {.expandVariables = expand});
     for (Step step; (step = reader.next()).kind != Step::Kind::End;) {
         static const char* const kNames[] = {"", "exit?", "exit", "xml", "onerror"};
         result += '<' + std::string(kNames[static_cast<int>(step.kind)]);
@@ -52,6 +52,7 @@ TEST(BatchReader, DividesScripts) {
         {"a\n:reset\nb\n::fn()\n", "<b\n::fn()\n>"},
         {"a\nreset\nb\n:exit()", "<exit?b\n>"},
         {"exit( )", "<exit>"},
+        {"a\n:Exit (\nselect ')' -- )\n, [)] /* ) */\n) \nb", "<exit?a\nselect ')' -- )\n, [)] /* ) */>"},
     };
     for (const auto& [script, steps] : cases) EXPECT_EQ(stepsOf(script), steps) << script;
 }
@@ -75,8 +76,8 @@ TEST(BatchReader, RejectsUnknownCommandsAndVariables) {
         {"$(SQLCMDPASSWORD)", "'SQLCMDPASSWORD' scripting variable not defined."},
         {"a\n:nothing x", "Sqlcmd: Error: Syntax error at line 2 near command ':nothing'."},
         {":Out", "Sqlcmd: Error: Syntax error at line 1 near command ':Out'."},
-        {":ServerList", "Sqlcmd: Error: Unsupported command at line 1 near command ':ServerList'."},
-        {"a\ned", "Sqlcmd: Error: Unsupported command at line 2 near command 'ed'."},
+        {"exit(select 1\n)x", "Sqlcmd: Error: Syntax error at line 2 near command 'exit'."},
+        {":exit(select ')'", "Sqlcmd: Error: Syntax error at line 1 near command 'exit'."},
         {":xml maybe", "Sqlcmd: Error: Syntax error at line 1 near command ':xml'."},
         {":setvar", "Sqlcmd: Error: Syntax error at line 1 near command ':setvar'."},
         {":r /no/such/file", "Sqlcmd: '/no/such/file': Invalid filename. No such file or directory."},
@@ -108,18 +109,22 @@ TEST(BatchReader, IncludesFilesUpToADepth) {
 
 TEST(ScriptSource, ReadsEveryEncoding) {
     const support::TempDir folder;
-    const std::string long8 = "é\U0001F600" + std::string(70'000, 'x');  // longer than one read
-    std::string little = "\xFF\xFE", big = "\xFE\xFF";
-    for (const char16_t unit : u"é\U0001F600" + std::u16string(70'000, u'x') + u"\r\nGO\n") {
+    const std::string long8 = "xé\U0001F600" + std::string(70'000, 'x');  // longer than one read
+    std::string little, big;                                              // without byte order marks
+    for (const char16_t unit : u"xé\U0001F600" + std::u16string(70'000, u'x') + u"\r\nGO\n") {
         little += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
         big += {static_cast<char>(unit >> 8), static_cast<char>(unit & 0xFF)};
     }
-    for (const std::string& content :
-         {long8 + "\r\nGO\n", "\xEF\xBB\xBF" + long8 + "\r\nGO\n", little, big}) {
+    for (const std::string& content : {long8 + "\r\nGO\n", "\xEF\xBB\xBF" + long8 + "\r\nGO\n", little, big,
+                                       "\xFF\xFE" + little, "\xFE\xFF" + big}) {
         support::writeFile(folder / "script.sql", content);
         Variables variables;
         EXPECT_EQ(stepsOf(ScriptSource::ofFile(folder / "script.sql"), variables), "<" + long8 + "\r\n>");
     }
+    support::writeFile(folder / "script.sql", "\x80\xE9\x81");
+    Variables variables;
+    EXPECT_EQ(stepsOf(ScriptSource::ofFile(folder / "script.sql", 850), variables), "<ÇÚü\n>");
+    EXPECT_THROW(stepsOf(ScriptSource::ofFile(folder / "script.sql", 1252), variables), ToolError);
 }
 
 }  // namespace

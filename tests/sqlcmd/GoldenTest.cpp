@@ -125,7 +125,7 @@ TEST(Script, ChangesItsServerAndItsOutputs) {
     const auto result = support::runProgram({SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(),
                                              "-P", server.password(), "-v", "word=" + other.password()},
                                             options);
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, 0);
     EXPECT_NE(result.errors.find("cannot open output file 'linked.txt'"), std::string::npos) << result.errors;
     EXPECT_FALSE(std::filesystem::exists(folder / "elsewhere.txt"));
     EXPECT_TRUE(support::readFile(folder / "results.txt").starts_with(other.server() + "\n"));
@@ -142,6 +142,34 @@ TEST(Terminal, PromptsForThePassword) {
     EXPECT_EQ(program.end(), 0);
     EXPECT_TRUE(program.screen().ends_with("in\r\n")) << program.screen();
     EXPECT_EQ(program.screen().find(server.password()), std::string::npos);
+}
+
+// Ctrl-C cancels a running batch, or discards the typed one; an error does not end the session; Ctrl-D does.
+// The history (key ^P) has no lines of a batch that mentions a password.
+TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
+    const support::TsqlBox server;
+    support::TerminalProgram program({SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-P",
+                                      server.password(), "-W", "-h", "-1"},
+                                     {});
+    const auto answers = [&](std::string_view typed, const char* shown) {
+        program.type(typed);
+        ASSERT_TRUE(program.shows(shown)) << program.screen();
+    };
+    ASSERT_TRUE(program.shows("1> "));
+    answers("SELECT 'é' + '1',\n", "2> ");
+    answers("2\nGO\n", "é1 2\r\n\r\n(1 rows affected)\r\n1> ");
+    answers("RAISERROR('runs', 0, 1) WITH NOWAIT WAITFOR DELAY '00:10'\nGO\n", "\nruns\r\n");
+    answers(support::kControlC, "Sqlcmd: the batch was cancelled.\r\n1> ");
+    answers("PRINT 'wrong'\n", "PRINT 'wrong'\r\n2> ");
+    answers(support::kControlC, "^C\r\n1> ");
+    answers("PRINT $(nothing)\n", "'nothing' scripting variable not defined.\r\n1> ");
+    answers(":nothing\n", "near command ':nothing'.\r\n1> ");
+    answers("PRINT 'kept'\nGO\n", "kept\r\n1> ");
+    answers("-- password\n'a secret'\nGO\n", "Msg 102");
+    answers("\x10\x10 + '!'\nGO\n", "kept!\r\n1> ");
+    program.type(support::kControlD);
+    EXPECT_EQ(program.end(), 0) << program.screen();
+    EXPECT_EQ(program.screen().find("wrong\r\n1>"), std::string::npos) << program.screen();
 }
 
 // Otherwise the server's socket would take descriptor 0 or 1.

@@ -93,7 +93,7 @@ TEST(Output, WritesUtf16AcrossItsBuffer) {
     const std::string path = folder / "out.txt";
     support::writeFile(path, "old content");
     chmod(path.c_str(), 0640);
-    Output output(path, true);
+    Output output(path, kUtf16Le);
     for (int i = 0; i < 30'000; ++i) output.write("x\xE4\xB8"), output.write("\x96\xF0\x9F\x98\x80");
     output.write("\xC3");
     output.flush();
@@ -110,7 +110,7 @@ TEST(Output, WritesUtf16AcrossItsBuffer) {
 }
 
 TEST(Output, ReportsAFullDisk) {
-    Output output("/dev/full", false);
+    Output output("/dev/full");
     output.write("text");
     try {
         output.flush();

@@ -31,7 +31,12 @@ TEST(Options, TakeValuesAttachedOrSeparate) {
                                    "db", "-m", "-1", "-i",  "a",  "-i",   "b",  "-o",   "out",
                                    "-s", "\t", "-y", "0",   "-w", "4000", "-h", "-1",   "-u"},
           std::vector<std::string>{"-b", "-n", "-Sh,1", "-Uu", "-P-p w", "-ddb", "-m-1", "-ia", "-ib",
-                                   "-oout", "-s\t", "-y0", "-w4000", "-h-1", "-u"}}) {
+                                   "-oout", "-s\t", "-y0", "-w4000", "-h-1", "-u"},
+          std::vector<std::string>{"--exit-on-error", "--server=h,1", "--user-name", "u", "--password=-p w",
+                                   "--database-name=db", "--error-level=-1", "--input-file", "a",
+                                   "--input-file=b", "--output-file", "out", "--column-separator=\t",
+                                   "--variable-type-width", "0", "--screen-width=4000", "--headers=-1",
+                                   "--unicode-output-file"}}) {
         const Options options = Arguments(texts).parse();
         EXPECT_TRUE(options.stopOnError && options.unicodeOutput && !options.trusted);
         EXPECT_EQ(options.server + "|" + options.user + "|" + options.password + "|" + options.database,
@@ -70,6 +75,17 @@ TEST(Options, RejectUnknownOnesAndWrongValues) {
         {{"-J"}, "'-J': Unknown Option"},
         {{"-a", "511"}, "'-a': '511' is not a number from 512 to 32767"},
         {{"-a", "32768"}, "'-a': '32768' is not a number from 512 to 32767"},
+        {{"-c", ""}, "'-c': the batch separator is empty"},
+        {{"-f", "1"}, "'-f': '1' is not a code page of this host"},
+        {{"-f", "i:437,x:850"}, "'-f': 'x:850' is not i:NUMBER or o:NUMBER"},
+        {{"-L", "-S", "h"}, "The -L option cannot be used together with other options."},
+        {{"-z", "new"}, "The -z and -Z options change the password of a login: give -U."},
+        {{"-U", "u", "-Z", ""}, "'-Z': the new password is empty"},
+        {{"--csv", "--json"}, "'--json': only one of --csv, --json and --jsonl can be given"},
+        {{"--servers", "h"}, "'--servers': Unknown Option"},
+        {{"--query"}, "'--query': Missing argument"},
+        {{"--csv=1"}, "'--csv=1': Unknown Option"},
+        {{"-r2"}, "'-r': '2' is not 0 or 1"},
         {{"-k3"}, "'-k': '3' is not 1 or 2"},
         {{"-p2"}, "'-p': '2' is not 1"},
         {{"-X2"}, "'-X': '2' is not 1"},
@@ -100,6 +116,22 @@ TEST(Options, RejectUnknownOnesAndWrongValues) {
         }
 }
 
+TEST(Options, TakeDefaultsFromTheEnvironmentUnlessRestricted) {
+    setenv("SQLCMDCOLSEP", "|", 1);
+    setenv("OSQLUSER", "outer", 1);
+    setenv("SQLCMDINI", "start.sql", 1);
+    setenv("SQLCMDHEADERS", "7", 1);
+    const Options free = Arguments({"-P", "p", "--headers", "-1"}).parse();
+    EXPECT_EQ(free.layout.separator + free.user + free.startUpScript, "|outerstart.sql");
+    EXPECT_EQ(free.layout.rowsPerHeading, -1);
+    const Options restricted = Arguments({"-X"}).parse();
+    EXPECT_EQ(restricted.layout.separator + restricted.user + restricted.startUpScript, " ");
+    EXPECT_EQ(restricted.layout.rowsPerHeading, 0);
+    setenv("SQLCMDHEADERS", "many", 1);
+    EXPECT_THROW(Arguments({"-P", "p"}).parse(), UsageError);
+    for (const char* name : {"SQLCMDCOLSEP", "OSQLUSER", "SQLCMDINI", "SQLCMDHEADERS"}) unsetenv(name);
+}
+
 TEST(Options, ErasePasswordsFromTheArgumentList) {
     Arguments separate({"-U", "u", "-P", "secret"});
     EXPECT_EQ(separate.parse().password, "secret");
@@ -107,6 +139,8 @@ TEST(Options, ErasePasswordsFromTheArgumentList) {
     Arguments attached({"-Uu", "-Psecret"});
     EXPECT_EQ(attached.parse().password, "secret");
     EXPECT_EQ(attached.at(2), "-P" + std::string(6, '\0'));
+
+    EXPECT_EQ(Arguments({"-U", "u", "-P", "p", "--change-password=new"}).parse().newPassword, "new");
 
     setenv("SQLCMDPASSWORD", "from outside", 1);
     EXPECT_EQ(Arguments({"-U", "u"}).parse().password, "from outside");

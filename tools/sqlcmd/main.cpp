@@ -28,6 +28,12 @@ int run(int argc, char** argv) {
         case sqlcmd::Options::Action::Version:
             std::fputs(kVersion, stdout);
             return 0;
+        case sqlcmd::Options::Action::ListServers:
+        case sqlcmd::Options::Action::ListServersOnly: {
+            const bool namesOnly = options.action == sqlcmd::Options::Action::ListServersOnly;
+            std::fputs(sqlcmd::serverList(namesOnly).c_str(), stdout);
+            return 0;
+        }
         case sqlcmd::Options::Action::Run:
             break;
     }

@@ -1,4 +1,5 @@
-// Connection to SQL Server as the tool needs it. OdbcClient works with every ODBC driver. DbLibClient works
+// Connection to SQL Server as the tool needs it. An interrupt (terminal/Interrupt.h) cancels the running
+// batch. OdbcClient works with every ODBC driver. DbLibClient works
 // over FreeTDS's DB-Library, which reports the state and procedure of messages; FreeTDS's ODBC driver does
 // not.
 #pragma once
@@ -47,6 +48,8 @@ class Client {
     // read. One batch can run at a time.
     virtual std::unique_ptr<RunningBatch> run(const std::string& batch, MessageHandler handler) = 0;
     virtual void setQueryTimeout(int seconds) = 0;  // of the following batches; 0: none
+    // Sets a function that may be called about once a second while the client waits for the server.
+    virtual void setTick(std::function<void()> /*tick*/) {}
     virtual bool isDead() const = 0;
 };
 

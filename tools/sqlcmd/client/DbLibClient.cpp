@@ -9,6 +9,7 @@
 #include "client/DbLibValue.h"
 #include "client/Encryption.h"
 #include "options/ServerName.h"
+#include "terminal/Interrupt.h"
 #include "text/Errors.h"
 
 namespace sqlcmd {
@@ -19,6 +20,9 @@ constexpr int kLoginFailed = 18456;  // error number
 
 // Receives the messages of the DB-Library call that is running. The library's handlers are process-wide.
 MessageHandler* g_receiver = nullptr;
+
+// Called while the library waits for the server.
+std::function<void()> g_tick;
 
 class ReceiverScope {
   public:
@@ -51,9 +55,20 @@ extern "C" int receiveMessage(DBPROCESS* /*process*/, DBINT number, int state, i
     return 0;
 }
 
+// The library calls it once a second while it waits, and after a signal.
+extern "C" int checkInterrupt(void* /*process*/) {
+    if (g_tick) g_tick();
+    return isInterrupted() ? TRUE : FALSE;
+}
+
+extern "C" int handleInterrupt(void* /*process*/) {
+    return INT_CANCEL;
+}
+
 // Receives DB-Library's own errors.
 extern "C" int receiveError(DBPROCESS* process, int /*severity*/, int number, int /*systemError*/, char* text,
                             char* /*systemText*/) {
+    if (number == SYBETIME && isInterrupted()) return INT_TIMEOUT;
     if (number == SYBESMSG) return INT_CANCEL;  // says only that the server has sent an error
     const bool isQueryTimeout = number == SYBETIME && process != nullptr && dbgetuserdata(process) != nullptr;
     Diagnostic message;
@@ -88,8 +103,10 @@ class DbLibBatch : public RunningBatch {
         if (!std::exchange(m_started, true)) dbsqlok(m_process);
         DBRETCODE code = FAIL;
         // A statement that has failed is followed by the others.
-        while (m_running && (code = dbresults(m_process)) == FAIL) m_running = DBDEAD(m_process) == 0;
-        m_running = m_running && code == SUCCEED;
+        while (m_running && (code = dbresults(m_process)) == FAIL)
+            m_running = DBDEAD(m_process) == 0 && !isInterrupted();
+        if (isInterrupted() && DBDEAD(m_process) == 0) dbcancel(m_process);
+        m_running = m_running && code == SUCCEED && !isInterrupted();
         m_columns.clear();
         const int count = m_running ? dbnumcols(m_process) : 0;
         for (int number = 1; number <= count; ++number)
@@ -102,7 +119,7 @@ class DbLibBatch : public RunningBatch {
     bool nextRow() override {
         const ReceiverScope scope(m_handler);
         m_hasError = false;
-        m_rowCode = dbnextrow(m_process);
+        m_rowCode = isInterrupted() ? FAIL : dbnextrow(m_process);
         return m_rowCode != FAIL && m_rowCode != NO_MORE_ROWS;
     }
 
@@ -218,9 +235,11 @@ DbLibClient::DbLibClient(Options& options) {
     }
     dbsetuserdata(m_process, reinterpret_cast<BYTE*>(this));  // from now on, a timeout is one of a query
     setQueryTimeout(options.queryTimeout);
+    dbsetinterrupt(m_process, checkInterrupt, handleInterrupt);
 }
 
 DbLibClient::~DbLibClient() {
+    g_tick = nullptr;
     dbclose(m_process);
     dbexit();
 }
@@ -235,6 +254,10 @@ std::unique_ptr<RunningBatch> DbLibClient::run(const std::string& batch, Message
     if (batch.find('\0') != std::string::npos)
         throw ToolError("Sqlcmd: Error: the batch is not run: it contains a NUL character.");
     return std::make_unique<DbLibBatch>(m_process, batch, std::move(handler));
+}
+
+void DbLibClient::setTick(std::function<void()> tick) {
+    g_tick = std::move(tick);
 }
 
 void DbLibClient::setQueryTimeout(int seconds) {

@@ -19,6 +19,7 @@ class DbLibClient : public Client {
     std::string_view sessionSettings() const override;
     std::unique_ptr<RunningBatch> run(const std::string& batch, MessageHandler handler) override;
     void setQueryTimeout(int seconds) override;
+    void setTick(std::function<void()> tick) override;
     bool isDead() const override;
 
   private:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "terminal/Interrupt.h"
 #include "text/Text.h"
 #include "values/ColumnFormat.h"
 
@@ -44,8 +45,8 @@ class OdbcBatch : public RunningBatch {
     const std::vector<ColumnInfo>& columns() const override { return m_columns; }
 
     bool nextRow() override {
-        m_code = m_statement.fetch();
-        m_running = passMessages(m_code);
+        m_code = isInterrupted() ? SQL_ERROR : m_statement.fetch();
+        m_running = !isInterrupted() && passMessages(m_code);
         return SQL_SUCCEEDED(m_code);
     }
 

@@ -2,276 +2,89 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <charconv>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <limits>
 #include <span>
 #include <string_view>
 
+#include "options/OptionRules.h"
 #include "text/Text.h"
-#include "text/Utf.h"
 
 namespace sqlcmd {
 namespace {
-
-using Apply = void (*)(Options&, std::string_view value);
-
-enum class Takes {
-    Nothing,
-    Name,         // a value that does not begin with '-'
-    Text,         // any value
-    Digit,        // 0 or 1, optional
-    Suffix,       // attached characters, optional
-    Assignments,  // one or more name=value, up to the next option
-};
-
-struct Rule {
-    char letter;
-    Takes takes;
-    const char* help;
-    Apply apply;
-};
-
-int parseNumber(std::string_view value, int low, int high) {
-    int result = 0;
-    const char* end = value.data() + value.size();
-    const auto [stop, error] = std::from_chars(value.data(), end, result);
-    if (error != std::errc{} || stop != end || result < low || result > high)
-        throw UsageError("'" + std::string(value) + "' is not a number from " + std::to_string(low) + " to " +
-                         std::to_string(high));
-    return result;
-}
-
-std::string oneCharacter(std::string_view value) {
-    if (utf8Length(value) != 1) throw UsageError("the separator must be one character");
-    return std::string(value);
-}
-
-void setVariable(Options& options, std::string_view assignment) {
-    const auto equals = assignment.find('=');
-    if (equals == 0 || equals == std::string_view::npos)
-        throw UsageError("'" + std::string(assignment) + "' is not of the form name=value");
-    std::string_view value = assignment.substr(equals + 1);
-    if (value.size() >= 2 && value.front() == '"' && value.back() == '"')
-        value = value.substr(1, value.size() - 2);
-    options.variables.emplace_back(assignment.substr(0, equals), value);
-}
-
-[[noreturn]] void throwUnexpected(std::string_view value, const char* expected) {
-    throw UsageError("'" + std::string(value) + "' is not " + expected);
-}
-
-// Options of Microsoft's tool that this one cannot have.
-[[noreturn]] void throwUnsupported(const char* instead) {
-    throw UsageError(std::string("not supported. ") + instead);
-}
-
-void setEncryption(Options& options, std::string_view level) {
-    if (level == "s" || level == "strict") throwUnsupported("FreeTDS has no strict encryption. Use -Nm.");
-    if (level != "" && level != "m" && level != "mandatory" && level != "true" && level != "o" &&
-        level != "optional" && level != "false" && level != "disable")
-        throwUnexpected(level, "s, m or o");
-    const bool isMandatory = level == "" || level == "m" || level == "mandatory" || level == "true";
-    options.encryption = isMandatory ? Encryption::Verify : Encryption::Default;
-}
-
-void setIntent(Options& options, std::string_view intent) {
-    if (!equalsIgnoringCase(intent, "ReadOnly") && !equalsIgnoringCase(intent, "ReadWrite"))
-        throwUnexpected(intent, "ReadOnly or ReadWrite");
-    options.readOnlyIntent = equalsIgnoringCase(intent, "ReadOnly");
-}
-
-void setControlCharacters(Options& options, std::string_view level) {
-    if (level != "" && level != "1" && level != "2") throwUnexpected(level, "1 or 2");
-    options.layout.controlCharacters =
-        level == "2" ? ControlCharacters::RunToBlank : ControlCharacters::ToBlank;
-}
-
-void setStatistics(Options& options, std::string_view level) {
-    if (level != "" && level != "1") throwUnexpected(level, "1");
-    options.statistics = level == "1" ? Statistics::Colons : Statistics::Text;
-}
-
-void setRestriction(Options& options, std::string_view level) {
-    if (level != "" && level != "1") throwUnexpected(level, "1");
-    options.restriction = level == "1" ? Restriction::End : Restriction::Warn;
-}
-
-// Divides the names at commas, unless a file exists whose name contains them.
-void addInputFiles(Options& options, std::string_view names) {
-    std::error_code ignored;
-    while (!std::filesystem::exists(names, ignored)) {
-        const std::size_t comma = names.find(',');
-        if (comma == std::string_view::npos) break;
-        options.inputFiles.emplace_back(names.substr(0, comma));
-        names.remove_prefix(comma + 1);
-    }
-    options.inputFiles.emplace_back(names);
-}
-
-constexpr int kMaxTimeout = 65534;  // seconds
-constexpr int kMaxSeverity = 25;
-constexpr int kMinLineWidth = 9;
-constexpr int kMaxLineWidth = 65535;
-constexpr int kMaxTypeWidth = 8000;
-constexpr int kMinPacketSize = 512;  // bytes
-constexpr int kMaxPacketSize = 32767;
-constexpr int kMaxRowsPerHeading = std::numeric_limits<int>::max();
-
-const Rule kRules[] = {
-    {'S', Takes::Name, "server[\\instance][,port]", [](Options& o, std::string_view v) { o.server = v; }},
-    {'U', Takes::Name, "login name", [](Options& o, std::string_view v) { o.user = v; }},
-    {'P', Takes::Text, "password (else SQLCMDPASSWORD)",
-     [](Options& o, std::string_view v) { o.password = v, o.hasPassword = true; }},
-    {'E', Takes::Nothing, "integrated authentication",
-     [](Options& o, std::string_view) { o.trusted = true; }},
-    {'d', Takes::Name, "database", [](Options& o, std::string_view v) { o.database = v; }},
-    {'H', Takes::Name, "workstation name", [](Options& o, std::string_view v) { o.workstation = v; }},
-    {'l', Takes::Name, "login time-out in seconds",
-     [](Options& o, std::string_view v) { o.loginTimeout = parseNumber(v, 0, kMaxTimeout); }},
-    {'t', Takes::Name, "query time-out in seconds",
-     [](Options& o, std::string_view v) { o.queryTimeout = parseNumber(v, 0, kMaxTimeout); }},
-    {'N', Takes::Suffix,
-     "encrypt the connection: m mandatory, with a verified certificate (default), o optional", setEncryption},
-    {'C', Takes::Nothing, "trust the server's certificate",
-     [](Options& o, std::string_view) { o.trustCertificate = true; }},
-    {'i', Takes::Name, "input files, separated by commas; may be repeated", addInputFiles},
-    {'Q', Takes::Text, "run this query and exit",
-     [](Options& o, std::string_view v) { o.query = v, o.endsAfterQuery = true; }},
-    {'q', Takes::Text, "run this query, then read standard input",
-     [](Options& o, std::string_view v) { o.query = v, o.endsAfterQuery = false; }},
-    {'o', Takes::Name, "output file", [](Options& o, std::string_view v) { o.outputFile = v; }},
-    {'u', Takes::Nothing, "output file in UTF-16",
-     [](Options& o, std::string_view) { o.unicodeOutput = true; }},
-    {'r', Takes::Digit, "print to standard error: 0 errors, 1 all messages",
-     [](Options& o, std::string_view v) {
-         o.errorStream = v == "1" ? ErrorStream::All : ErrorStream::Errors;
-     }},
-    {'b', Takes::Nothing, "exit with code 1 when a batch fails",
-     [](Options& o, std::string_view) { o.stopOnError = true; }},
-    {'V', Takes::Name, "lowest severity that counts as a failure",
-     [](Options& o, std::string_view v) { o.severityLevel = parseNumber(v, 0, kMaxSeverity); }},
-    {'m', Takes::Text, "lowest severity to print; -1 all messages, with headings",
-     [](Options& o, std::string_view v) { o.messageLevel = parseNumber(v, -1, kMaxSeverity); }},
-    {'s', Takes::Text, "column separator",
-     [](Options& o, std::string_view v) { o.layout.separator = oneCharacter(v); }},
-    {'W', Takes::Nothing, "trim trailing blanks",
-     [](Options& o, std::string_view) { o.layout.trimBlanks = true; }},
-    {'w', Takes::Name, "line width, 9 to 65535",
-     [](Options& o, std::string_view v) {
-         o.layout.lineWidth = parseNumber(v, kMinLineWidth, kMaxLineWidth);
-     }},
-    {'h', Takes::Text, "rows between headings; -1 no heading",
-     [](Options& o, std::string_view v) {
-         o.layout.rowsPerHeading = parseNumber(v, -1, kMaxRowsPerHeading);
-     }},
-    {'y', Takes::Name, "width of long types, 0 to 8000; 0 no limit, no heading",
-     [](Options& o, std::string_view v) {
-         o.layout.longTypeWidth = parseNumber(v, 0, kMaxTypeWidth);
-         o.layout.withHeading = o.layout.longTypeWidth != 0;
-     }},
-    {'Y', Takes::Name, "width of other character types, 0 to 8000; 0 as declared",
-     [](Options& o, std::string_view v) { o.layout.shortTypeWidth = parseNumber(v, 0, kMaxTypeWidth); }},
-    {'v', Takes::Assignments, "scripting variables, name=value ...", setVariable},
-    {'x', Takes::Nothing, "do not expand $(name)",
-     [](Options& o, std::string_view) { o.expandVariables = false; }},
-    {'I', Takes::Nothing, "QUOTED_IDENTIFIER ON",
-     [](Options& o, std::string_view) { o.quotedIdentifier = true; }},
-    {'c', Takes::Name, "batch separator instead of GO",
-     [](Options& o, std::string_view v) { o.batchEnd = v; }},
-    {'e', Takes::Nothing, "print each batch before it runs",
-     [](Options& o, std::string_view) { o.echo = true; }},
-    {'a', Takes::Name, "packet size in bytes, 512 to 32767",
-     [](Options& o, std::string_view v) { o.packetSize = parseNumber(v, kMinPacketSize, kMaxPacketSize); }},
-    {'A', Takes::Nothing, "dedicated administrator connection",
-     [](Options& o, std::string_view) { o.adminConnection = true; }},
-    {'K', Takes::Name, "application intent: ReadOnly or ReadWrite", setIntent},
-    {'M', Takes::Nothing, "multi-subnet failover (no effect with FreeTDS)",
-     [](Options& o, std::string_view) { o.multiSubnetFailover = true; }},
-    {'k', Takes::Suffix, "replace control characters by a blank: 1 each, 2 each run", setControlCharacters},
-    {'p', Takes::Suffix, "print statistics: 1 separated by colons", setStatistics},
-    {'X', Takes::Suffix, "refuse commands that reach programs, files and servers: 1 and end", setRestriction},
-    {'R', Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
-    {'j', Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
-    {'n', Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
-    {'D', Takes::Nothing, "not supported",
-     [](Options&, std::string_view) {
-         throwUnsupported("Data source names are not read: give the server with -S.");
-     }},
-    {'F', Takes::Suffix, "not supported",
-     [](Options&, std::string_view) { throwUnsupported("Use -W, -s and -y to lay out results."); }},
-    {'g', Takes::Nothing, "not supported",
-     [](Options&, std::string_view) {
-         throwUnsupported("FreeTDS cannot decrypt columns. Use Microsoft's tool.");
-     }},
-    {'G', Takes::Nothing, "not supported",
-     [](Options&, std::string_view) {
-         throwUnsupported("Azure Active Directory is not available. Use -U or -E.");
-     }},
-};
-
-const Rule* findRule(char letter) {
-    for (const Rule& rule : kRules)
-        if (rule.letter == letter) return &rule;
-    return nullptr;
-}
 
 void overwrite(char* text) {
     explicit_bzero(text, std::strlen(text));
 }
 
-// Applies the arguments to the options. A value is attached to the option's letter or is the next argument.
+// Applies the arguments to the options. A value is attached to the option's letter, follows the '=' of its
+// long name, or is the next argument.
 class ArgumentReader {
   public:
     explicit ArgumentReader(std::span<char*> arguments) : m_arguments(arguments) {}
 
     void readInto(Options& options) {
-        for (m_next = 0; m_next < m_arguments.size();) {
+        while (m_next < m_arguments.size() && !isInformation(options.action)) {
             char* argument = m_arguments[m_next++];
-            if (readHelpOrVersion(argument, options)) return;
-            const Rule* rule = argument[0] == '-' && argument[1] != '\0' ? findRule(argument[1]) : nullptr;
-            if (rule == nullptr) throw UsageError("'" + std::string(argument) + "': Unknown Option");
-            m_optionName = {'-', rule->letter};
-            readValues(*rule, argument + 2, options);
+            if (std::string_view(argument).starts_with("--"))
+                readLongOption(argument, options);
+            else
+                readShortOption(argument, options);
         }
     }
 
+    bool hasRead(char letter) const { return m_letters.find(letter) != std::string::npos; }
+
   private:
-    static bool readHelpOrVersion(std::string_view argument, Options& options) {
-        if (argument == "-?" || argument == "--help") options.action = Options::Action::Help;
-        if (argument == "--version") options.action = Options::Action::Version;
-        return options.action != Options::Action::Run;
+    static bool isInformation(Options::Action action) {
+        return action == Options::Action::Help || action == Options::Action::Version;
     }
 
-    void readValues(const Rule& rule, char* attached, Options& options) {
+    void readShortOption(char* argument, Options& options) {
+        const OptionRule* rule = argument[0] == '-' ? findRule(argument[1]) : nullptr;
+        if (rule == nullptr) throwUnknown(argument);
+        m_optionName = {'-', rule->letter};
+        readValues(*rule, argument[2] != '\0' ? argument + 2 : nullptr, options);
+    }
+
+    void readLongOption(char* argument, Options& options) {
+        char* const equals = std::strchr(argument, '=');
+        const std::string_view whole = argument;
+        const std::string_view name = whole.substr(2, equals != nullptr ? whole.find('=') - 2 : whole.npos);
+        const OptionRule* rule = findRule(name);
+        if (rule == nullptr) throwUnknown(whole.substr(0, name.size() + 2));
+        m_optionName = "--" + std::string(name);
+        readValues(*rule, equals != nullptr ? equals + 1 : nullptr, options);
+    }
+
+    // `attached` is null if the argument holds no value.
+    void readValues(const OptionRule& rule, char* attached, Options& options) {
+        static char nothing[] = "";
+        if (rule.letter != '\0') m_letters += rule.letter;
         switch (rule.takes) {
             case Takes::Nothing:
-                if (*attached != '\0') throw UsageError("'" + m_optionName + attached + "': Unknown Option");
-                return apply(rule, attached, options);
-            case Takes::Suffix:
-                return apply(rule, attached, options);
-            case Takes::Digit:
-                return apply(rule, optionalDigit(attached), options);
+                if (attached != nullptr) throwUnknown(m_optionName + (isLong() ? "=" : "") + attached);
+                return apply(rule, nothing, options);
+            case Takes::Optional:
+                if (attached == nullptr && isNextOneOf(rule.words)) attached = m_arguments[m_next++];
+                return apply(rule, attached != nullptr ? attached : nothing, options);
             case Takes::Name:
             case Takes::Text:
-                return apply(rule, *attached != '\0' ? attached : nextValue(rule.takes), options);
+                return apply(rule, attached != nullptr ? attached : nextValue(rule.takes), options);
             case Takes::Assignments:
-                apply(rule, *attached != '\0' ? attached : nextValue(Takes::Name), options);
+                apply(rule, attached != nullptr ? attached : nextValue(Takes::Name), options);
                 while (m_next < m_arguments.size() && m_arguments[m_next][0] != '-')
                     apply(rule, m_arguments[m_next++], options);
         }
     }
 
-    char* optionalDigit(char* attached) {
-        const auto isZeroOrOne = [](std::string_view text) { return text == "0" || text == "1"; };
-        if (*attached == '\0' && m_next < m_arguments.size() && isZeroOrOne(m_arguments[m_next]))
-            return m_arguments[m_next++];
-        if (*attached != '\0' && !isZeroOrOne(attached))
-            throw UsageError("'" + m_optionName + attached + "': Unknown Option");
-        return attached;
+    bool isLong() const { return m_optionName.starts_with("--"); }
+
+    bool isNextOneOf(std::string_view words) const {
+        if (m_next == m_arguments.size()) return false;
+        while (!words.empty())
+            if (takeWord(words) == m_arguments[m_next]) return true;
+        return false;
     }
 
     char* nextValue(Takes takes) {
@@ -281,18 +94,24 @@ class ArgumentReader {
         return m_arguments[m_next++];
     }
 
-    void apply(const Rule& rule, char* value, Options& options) const {
+    void apply(const OptionRule& rule, char* value, Options& options) const {
         try {
             rule.apply(options, value);
         } catch (const UsageError& error) {
             throw UsageError("'" + m_optionName + "': " + error.what());
         }
-        if (rule.letter == 'P') overwrite(value);
+        const bool isPassword = rule.letter == 'P' || rule.letter == 'z' || rule.letter == 'Z';
+        if (isPassword) overwrite(value);
+    }
+
+    [[noreturn]] static void throwUnknown(std::string_view argument) {
+        throw UsageError("'" + std::string(argument) + "': Unknown Option");
     }
 
     std::span<char*> m_arguments;
     std::size_t m_next = 0;
     std::string m_optionName;
+    std::string m_letters;  // of the options read
 };
 
 Encryption encryptionNamed(std::string_view name) {
@@ -316,36 +135,56 @@ void readEncryption(Options& options) {
 struct OptionVariable {
     const char* name;
     char letter;
+    bool isWritable = true;  // :setvar changes the option, too
 };
 
 constexpr OptionVariable kOptionVariables[] = {
-    {"SQLCMDLOGINTIMEOUT", 'l'},    {"SQLCMDSTATTIMEOUT", 't'},       {"SQLCMDHEADERS", 'h'},
-    {"SQLCMDCOLSEP", 's'},          {"SQLCMDCOLWIDTH", 'w'},          {"SQLCMDERRORLEVEL", 'm'},
-    {"SQLCMDMAXVARTYPEWIDTH", 'y'}, {"SQLCMDMAXFIXEDTYPEWIDTH", 'Y'},
+    {"SQLCMDLOGINTIMEOUT", 'l'},      {"SQLCMDSTATTIMEOUT", 't'},
+    {"SQLCMDHEADERS", 'h'},           {"SQLCMDCOLSEP", 's'},
+    {"SQLCMDCOLWIDTH", 'w'},          {"SQLCMDERRORLEVEL", 'm'},
+    {"SQLCMDPACKETSIZE", 'a', false}, {"SQLCMDMAXVARTYPEWIDTH", 'y'},
+    {"SQLCMDMAXFIXEDTYPEWIDTH", 'Y'},
 };
 
 // Sets what the command line has not set. With -X the environment sets nothing but the password.
-void readEnvironment(Options& options) {
-    const auto readVariable = [&](const char* name, std::string& target) {
-        const char* value = options.restriction == Restriction::None ? std::getenv(name) : nullptr;
-        if (target.empty() && value != nullptr) target = value;
+void readEnvironment(Options& options, const ArgumentReader& arguments) {
+    const bool isIgnored = options.restriction != Restriction::None;
+    const auto readVariable = [&](std::initializer_list<const char*> names, std::string& target) {
+        for (const char* name : names) {
+            const char* value = isIgnored ? nullptr : std::getenv(name);
+            if (target.empty() && value != nullptr) target = value;
+        }
     };
-    readVariable("SQLCMDSERVER", options.server);
-    if (!options.trusted) readVariable("SQLCMDUSER", options.user);
-    readVariable("SQLCMDDBNAME", options.database);
-    readVariable("SQLCMDWORKSTATION", options.workstation);
+    readVariable({"SQLCMDSERVER", "OSQLSERVER"}, options.server);
+    if (!options.trusted) readVariable({"SQLCMDUSER", "OSQLUSER"}, options.user);
+    readVariable({"SQLCMDDBNAME"}, options.database);
+    readVariable({"SQLCMDWORKSTATION"}, options.workstation);
+    readVariable({"SQLCMDINI"}, options.startUpScript);
     if (options.server.empty()) options.server = Options{}.server;
+    for (const OptionVariable& variable : kOptionVariables) {
+        std::string value;
+        readVariable({variable.name}, value);
+        if (value.empty() || arguments.hasRead(variable.letter)) continue;
+        try {
+            findRule(variable.letter)->apply(options, value);
+        } catch (const UsageError& error) {
+            throw UsageError(std::string("environment variable ") + variable.name + ": " + error.what());
+        }
+    }
+    options.startsPrograms = std::getenv("SQLCMD_NO_PROGRAMS") == nullptr;
 }
 
 void takePasswordFromEnvironment(Options& options) {
-    char* value = std::getenv("SQLCMDPASSWORD");
-    if (value == nullptr) return;
-    if (!options.hasPassword && !options.trusted) {
-        options.password = value;
-        options.hasPassword = true;
+    for (const char* name : {"SQLCMDPASSWORD", "OSQLPASSWORD"}) {
+        char* value = std::getenv(name);
+        if (value == nullptr) continue;
+        if (!options.hasPassword && !options.trusted) {
+            options.password = value;
+            options.hasPassword = true;
+        }
+        overwrite(value);
+        unsetenv(name);
     }
-    overwrite(value);
-    unsetenv("SQLCMDPASSWORD");
 }
 
 // Asks at a terminal only. Without a terminal a missing password is an empty one.
@@ -357,7 +196,17 @@ void askForPassword(Options& options) {
     }
 }
 
-void checkExclusiveOptions(const Options& options, bool userGiven) {
+bool listsServers(const Options& options) {
+    return options.action == Options::Action::ListServers ||
+           options.action == Options::Action::ListServersOnly;
+}
+
+void checkExclusiveOptions(const Options& options, int argumentCount) {
+    const bool userGiven = !options.user.empty();
+    if (listsServers(options) && argumentCount > 1)
+        throw UsageError("The -L option cannot be used together with other options.");
+    if (!options.newPassword.empty() && !userGiven)
+        throw UsageError("The -z and -Z options change the password of a login: give -U.");
     if (options.trusted && (userGiven || options.hasPassword))
         throw UsageError("The -E and the -U/-P options are mutually exclusive.");
     if (options.query && !options.inputFiles.empty())
@@ -373,20 +222,30 @@ void checkExclusiveOptions(const Options& options, bool userGiven) {
 Options parseOptions(int argc, char** argv) {
     Options options;
     options.server.clear();
-    ArgumentReader({argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0)}).readInto(options);
-    checkExclusiveOptions(options, /*userGiven=*/!options.user.empty());
+    const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0));
+    ArgumentReader reader(arguments);
+    reader.readInto(options);
+    checkExclusiveOptions(options, static_cast<int>(arguments.size()));
     takePasswordFromEnvironment(options);
-    readEnvironment(options);
+    readEnvironment(options, reader);
     readEncryption(options);
+    if (options.format == Format::Csv && !reader.hasRead('s')) options.layout.separator = ",";
     options.trusted = options.user.empty();
     if (options.action == Options::Action::Run) askForPassword(options);
     return options;
 }
 
 void setByVariable(Options& options, std::string_view name, std::string_view value) {
-    for (const OptionVariable& variable : kOptionVariables)
-        if (equalsIgnoringCase(variable.name, name)) return findRule(variable.letter)->apply(options, value);
-    throw UsageError("it cannot be set in a script. Give the option on the command line.");
+    for (const OptionVariable& variable : kOptionVariables) {
+        if (!variable.isWritable || !equalsIgnoringCase(variable.name, name)) continue;
+        std::string newValue(value);
+        if (value.empty())
+            for (const auto& [otherName, standard] : optionVariables(Options{}))
+                if (otherName == variable.name) newValue = standard;
+        return findRule(variable.letter)->apply(options, newValue);
+    }
+    if (!equalsIgnoringCase(name, kEditorVariable))
+        throw UsageError("it cannot be set in a script. Give the option on the command line.");
 }
 
 std::vector<std::pair<std::string, std::string>> optionVariables(const Options& options) {
@@ -403,14 +262,21 @@ std::vector<std::pair<std::string, std::string>> optionVariables(const Options& 
             {"SQLCMDPACKETSIZE", std::to_string(options.packetSize)},
             {"SQLCMDERRORLEVEL", std::to_string(options.messageLevel)},
             {"SQLCMDMAXVARTYPEWIDTH", std::to_string(layout.longTypeWidth)},
-            {"SQLCMDMAXFIXEDTYPEWIDTH", std::to_string(layout.shortTypeWidth)}};
+            {"SQLCMDMAXFIXEDTYPEWIDTH", std::to_string(layout.shortTypeWidth)},
+            {"SQLCMDINI", options.startUpScript}};
 }
 
 std::string usageText() {
+    constexpr std::size_t kNamesWidth = 37;
     std::string text =
         "usage: sqlcmd [options]\nReads the script from standard input without -i, -Q and -q.\n";
-    for (const Rule& rule : kRules) text += std::string("  -") + rule.letter + "  " + rule.help + "\n";
-    return text + "  -?  print this help\n  --version\n";
+    for (const OptionRule& rule : optionRules()) {
+        std::string line = rule.letter != '\0' ? std::string("  -") + rule.letter : "    ";
+        if (*rule.longName != '\0') line += std::string(" --") + rule.longName;
+        line.resize(kNamesWidth, ' ');
+        text += line + rule.help + "\n";
+    }
+    return text;
 }
 
 }  // namespace sqlcmd

@@ -7,12 +7,13 @@
 #include <utility>
 #include <vector>
 
+#include "text/CodePage.h"
 #include "text/Errors.h"
 
 namespace sqlcmd {
 
 // What happens to control characters in values (-k).
-enum class ControlCharacters { Keep, ToBlank, RunToBlank };
+enum class ControlCharacters { Keep, Remove, ToBlank, RunToBlank };
 
 // Layout of result sets. Widths are in characters; 0 means no limit.
 struct Layout {
@@ -43,15 +44,23 @@ enum class Encryption {
     Verify,
 };
 
+// Form of the results. All but Text print values whole and exact, and messages to standard error.
+enum class Format { Text, Csv, Json, JsonLines };
+
+// Variable with the editor of :ed.
+constexpr const char* kEditorVariable = "SQLCMDEDITOR";
+
 struct Options {
-    enum class Action { Run, Help, Version };
+    enum class Action { Run, Help, Version, ListServers, ListServersOnly };
     Action action = Action::Run;
 
     std::string server = "localhost";
     std::string user;
     std::string password;  // overwritten by Connection after use
     bool hasPassword = false;
-    bool trusted = false;  // -E
+    bool trusted = false;               // -E
+    std::string newPassword;            // -z, -Z; empty: none
+    bool endsAfterNewPassword = false;  // -Z
     Encryption encryption = Encryption::Default;
     bool trustCertificate = false;  // -C: encrypts without verification where Verify is set
     std::string caFile;             // empty: the host's trusted authorities
@@ -64,11 +73,16 @@ struct Options {
     bool multiSubnetFailover = false;  // -M
     bool adminConnection = false;      // -A
 
+    std::string startUpScript;  // SQLCMDINI; empty: none
     std::vector<std::string> inputFiles;
     std::optional<std::string> query;  // -Q, -q
     bool endsAfterQuery = true;        // false with -q
     std::string outputFile;
     bool unicodeOutput = false;
+    int inputCodePage = kUtf8;  // of files without a byte order mark
+    int outputCodePage = kUtf8;
+    Format format = Format::Text;
+    bool progress = false;
     ErrorStream errorStream = ErrorStream::None;
 
     bool quotedIdentifier = false;
@@ -82,6 +96,7 @@ struct Options {
     int messageLevel = 0;              // -m: -1 prints all messages, each with its heading
 
     Restriction restriction = Restriction::None;
+    bool startsPrograms = true;  // false: !! and :ed are refused, without -X, too
     Statistics statistics = Statistics::None;
     Layout layout;
 };

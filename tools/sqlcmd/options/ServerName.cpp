@@ -47,9 +47,6 @@ ServerName serverOf(const Options& options) {
     constexpr int kAdminPort = 1434;  // of a default instance
     ServerName server = parseServerName(options.server);
     if (!options.adminConnection || server.port != 0) return server;
-    if (!server.instance.empty())
-        throw UsageError(
-            "'-A': the administrator connection of a named instance needs its port: give host,port.");
     server.port = kAdminPort;
     return server;
 }

@@ -42,6 +42,7 @@ void MessagePrinter::printServerMessage(const Diagnostic& diagnostic) {
     if (diagnostic.severity < m_options.messageLevel) return;
     const bool withHeading = m_options.messageLevel == kAllWithHeading || !isPlainText(diagnostic.severity);
     const bool toErrorStream = m_options.errorStream == ErrorStream::All ||
+                               m_options.format != Format::Text ||
                                (m_options.errorStream == ErrorStream::Errors && diagnostic.isError());
     if (m_errors != nullptr && diagnostic.isError()) {
         m_errors->write((withHeading ? messageHeading(diagnostic) + "\n" : "") + diagnostic.text + "\n");
@@ -54,13 +55,14 @@ void MessagePrinter::printServerMessage(const Diagnostic& diagnostic) {
 // results end.
 void MessagePrinter::printToolError(const Diagnostic& diagnostic) {
     const std::string text = "Sqlcmd: Error: " + diagnostic.driver + " : " + diagnostic.text + ".\n";
-    if (m_output.isFile()) m_output.write(text);
+    if (m_output.isFile() && m_options.format == Format::Text) m_output.write(text);
     m_output.flush();
     std::fputs(text.c_str(), stderr);
 }
 
 void MessagePrinter::write(std::string_view text, bool toErrorStream) {
-    if (!toErrorStream || m_output.isFile()) return m_output.write(text);
+    const bool isTextFile = m_output.isFile() && m_options.format == Format::Text;
+    if (!toErrorStream || isTextFile) return m_output.write(text);
     m_output.flush();
     std::fwrite(text.data(), 1, text.size(), stderr);
 }

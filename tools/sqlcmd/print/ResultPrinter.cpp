@@ -18,9 +18,10 @@ ResultPrinter::ResultPrinter(RunningBatch& batch, const Layout& layout, const Re
     for (const ColumnInfo& column : batch.columns()) m_formats.push_back(formatOf(column, layout));
 }
 
-void ResultPrinter::print() {
+void ResultPrinter::print(Progress& progress) {
     if (isHeadingDue(0)) printHeading();
     for (long long row = 0; m_batch.nextRow(); ++row) {
+        progress.addRow();
         if (m_mode.xml) {
             printXmlRow();
             continue;
@@ -80,7 +81,7 @@ void ResultPrinter::readValue(std::size_t column, std::string& text) {
         text = kNull;
         return;
     }
-    blankControlCharacters(text, m_layout.controlCharacters);
+    replaceControlCharacters(text, m_layout.controlCharacters);
     shapeValue(text, format);
 }
 

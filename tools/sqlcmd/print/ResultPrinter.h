@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "client/Client.h"
+#include "print/Progress.h"
 #include "text/Output.h"
 #include "values/ColumnFormat.h"
 
@@ -15,7 +16,7 @@ namespace sqlcmd {
 struct ResultMode {
     bool xml = false;                  // :XML ON: prints the first column only, unformatted
     std::string* lastValue = nullptr;  // receives the first column of the last row; may be null
-    bool withStatistics = true;        // false for the tool's own batches
+    bool isInternal = false;           // a batch of the tool's own: no statistics and no progress
 };
 
 class ResultPrinter {
@@ -24,7 +25,7 @@ class ResultPrinter {
     ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode, Output& output);
 
     // Prints all rows.
-    void print();
+    void print(Progress& progress);
 
   private:
     void printHeading();

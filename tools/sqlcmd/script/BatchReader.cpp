@@ -12,22 +12,23 @@ namespace sqlcmd {
 namespace {
 
 constexpr std::size_t kMaxIncludeDepth = 32;
-constexpr std::size_t kMaxBatch = std::size_t{256} << 20;  // bytes; SQL Server accepts less
-constexpr std::string_view kReservedPrefix = "SQLCMD";     // of the variables that hold the tool's options
+constexpr std::size_t kMaxBatch = std::size_t{256} << 20;      // bytes; SQL Server accepts less
+constexpr std::size_t kMaxEditedBatch = std::size_t{1} << 20;  // bytes; a longer one is not kept for :ed
+constexpr std::string_view kReservedPrefix = "SQLCMD";  // of the variables that hold the tool's options
 
 // Commands that are also recognised without a colon, as older tools spell them.
 constexpr std::string_view kWithoutColon[] = {"exit", "quit", "reset"};
 
-// Commands of Microsoft's tool that this one does not support.
-constexpr std::string_view kNotSupported[] = {"!!", "ed", "perftrace", "serverlist"};
-
 // Commands that -X forbids.
 constexpr std::string_view kRestricted[] = {"!!", "ed", "r", "out", "error", "perftrace", "connect"};
+constexpr std::string_view kShellCommand = "!!";
+constexpr std::string_view kEditCommand = "ed";
 
 constexpr const char* kHelp =
     "GO [n]                          run the batch, n times\n"
     ":connect SERVER [-l S] [-U NAME -P PASSWORD]\n"
     "                                connect to another server\n"
+    ":ed                             edit the batch, or the last one\n"
     ":error FILE|STDERR|STDOUT       print errors there\n"
     ":exit [([QUERY])]               end; with parentheses, run the batch first\n"
     ":help                           print this list\n"
@@ -35,11 +36,14 @@ constexpr const char* kHelp =
     ":listvar                        print the scripting variables\n"
     ":on error exit|ignore           end at the first batch that fails, or continue\n"
     ":out FILE|STDERR|STDOUT         print results there\n"
+    ":perftrace FILE|STDERR|STDOUT   print the statistics of -p there\n"
     ":quit                           end without running the batch\n"
     ":r FILE                         insert the contents of a file\n"
     ":reset                          discard the batch\n"
+    ":serverlist                     list the servers of the network\n"
     ":setvar NAME [VALUE]            set or remove a scripting variable\n"
-    ":xml on|off                     print the first column only, unformatted\n";
+    ":xml on|off                     print the first column only, unformatted\n"
+    ":!! COMMAND                     run a shell command\n";
 
 Step stepOf(Step::Kind kind) {
     Step step;
@@ -47,10 +51,64 @@ Step stepOf(Step::Kind kind) {
     return step;
 }
 
+Step refusalOf(std::string_view command) {
+    Step step = stepOf(Step::Kind::Refused);
+    step.name = command;
+    return step;
+}
+
 bool isOneOf(std::span<const std::string_view> names, std::string_view name) {
     return std::any_of(names.begin(), names.end(),
                        [&](std::string_view other) { return equalsIgnoringCase(name, other); });
 }
+
+// Updates the state by the character at i, or by the two-character token there; i then is at its last
+// character.
+void advance(LexicalState& state, std::string_view text, std::size_t& i) {
+    const char c = text[i];
+    const char after = i + 1 < text.size() ? text[i + 1] : '\0';
+    const bool opensComment = c == '/' && after == '*' && state.closing == 0;
+    const bool closesComment = c == '*' && after == '/' && state.commentDepth > 0;
+    const bool isDoubled = c == state.closing && c == after;
+    if (opensComment || closesComment || isDoubled) {
+        state.commentDepth += opensComment ? 1 : closesComment ? -1 : 0;
+        ++i;
+    } else if (state.commentDepth > 0) {
+        return;
+    } else if (state.closing != 0) {
+        if (c == state.closing) state.closing = 0;
+    } else if (c == '\'' || c == '"') {
+        state.closing = c;
+    } else if (c == '[') {
+        state.closing = ']';
+    }
+}
+
+// Search for the parenthesis that closes the one at the beginning of a text, which grows by lines.
+class ParenthesisSearch {
+  public:
+    // Continues in what has been appended to the text. Returns npos if the parenthesis is not there yet.
+    std::size_t find(std::string_view text) {
+        for (; m_position < text.size(); ++m_position) {
+            if (m_state.inBatchText()) {
+                const char c = text[m_position];
+                if (c == '(') ++m_depth;
+                if (c == ')' && --m_depth == 0) return m_position;
+                if (text.substr(m_position).starts_with("--")) {
+                    m_position = std::min(text.find('\n', m_position), text.size() - 1);
+                    continue;
+                }
+            }
+            advance(m_state, text, m_position);
+        }
+        return std::string_view::npos;
+    }
+
+  private:
+    LexicalState m_state;
+    std::size_t m_position = 0;
+    int m_depth = 0;
+};
 
 std::string unquoted(std::string_view text) {
     if (text.size() < 2 || text.front() != '"' || text.back() != '"') return std::string(text);
@@ -64,12 +122,8 @@ std::string unquoted(std::string_view text) {
 
 }  // namespace
 
-BatchReader::BatchReader(ScriptSource source, Variables& variables, bool expandVariables,
-                         std::string batchEnd, bool isRestricted)
-    : m_variables(variables),
-      m_expandVariables(expandVariables),
-      m_isRestricted(isRestricted),
-      m_batchEnd(std::move(batchEnd)) {
+BatchReader::BatchReader(ScriptSource source, Variables& variables, ScriptRules rules)
+    : m_variables(variables), m_rules(std::move(rules)) {
     m_sources.push_back(std::move(source));
 }
 
@@ -102,8 +156,8 @@ bool BatchReader::nextLine() {
 // comment.
 std::optional<int> BatchReader::batchEndCount(std::string_view line) const {
     line = trimmed(line);
-    if (!equalsIgnoringCase(line.substr(0, m_batchEnd.size()), m_batchEnd)) return std::nullopt;
-    line.remove_prefix(m_batchEnd.size());
+    if (!equalsIgnoringCase(line.substr(0, m_rules.batchEnd.size()), m_rules.batchEnd)) return std::nullopt;
+    line.remove_prefix(m_rules.batchEnd.size());
     line = line.substr(0, line.find("--"));
     if (trimmed(line).empty()) return 1;
     const bool isLongerWord = kBlanks.find(line.front()) == std::string_view::npos;
@@ -116,29 +170,42 @@ std::optional<int> BatchReader::batchEndCount(std::string_view line) const {
     return isNumber ? std::optional(count) : std::nullopt;
 }
 
+int BatchReader::batchLine() const {
+    return 1 + static_cast<int>(std::count(m_batch.begin(), m_batch.end(), '\n'));
+}
+
 // Returns nullopt if the line is not a command.
 std::optional<Step> BatchReader::readCommand() {
     const std::string_view line = trimmed(m_line);
     const auto nameLength = std::min(line.find_first_of(" \t("), line.size());
     const std::string_view name = line.substr(0, nameLength);
     if (isOneOf(kWithoutColon, name)) return runCommand(name, line.substr(nameLength));
-    const bool startsProgram =
-        line.starts_with("!!") || line.starts_with(":!!") || equalsIgnoringCase(line, "ed");
-    if (startsProgram && m_isRestricted) {
-        Step step = stepOf(Step::Kind::Refused);
-        step.name = line.substr(0, line.starts_with(':') ? 3 : 2);
-        return step;
-    }
-    if (startsProgram) throwCommandError(line.substr(0, line.starts_with(':') ? 3 : 2));
+    if (std::optional<Step> program = readProgramCommand(line)) return program;
     const bool isCommand = line.starts_with(':') && !line.starts_with("::");  // ::fn_name() is T-SQL
     if (!isCommand) return std::nullopt;
-    if (m_isRestricted && isOneOf(kRestricted, name.substr(1))) {
-        Step step = stepOf(Step::Kind::Refused);
-        step.name = name;
-        return step;
-    }
+    if (m_rules.isRestricted && isOneOf(kRestricted, name.substr(1))) return refusalOf(name);
     std::optional<Step> step = runCommand(name.substr(1), line.substr(nameLength));
     if (!step) throwCommandError(name);
+    return step;
+}
+
+// Reads "!! COMMAND" and "ED", with or without a colon. Returns nullopt if the line is neither.
+std::optional<Step> BatchReader::readProgramCommand(std::string_view line) const {
+    const bool hasColon = line.starts_with(':');
+    const std::string_view command = line.substr(hasColon ? 1 : 0);
+    const bool isShell = command.starts_with(kShellCommand);
+    if (!isShell && !equalsIgnoringCase(command, kEditCommand)) return std::nullopt;
+    const std::string_view name =
+        line.substr(0, (hasColon ? 1 : 0) + (isShell ? kShellCommand : kEditCommand).size());
+    if (m_rules.isRestricted) return refusalOf(name);
+    if (!m_rules.startsPrograms)
+        throw ToolError("Sqlcmd: Error: '" + std::string(name) +
+                        "' is disabled: the program that has started sqlcmd permits no other programs.");
+    Step step = stepOf(isShell ? Step::Kind::RunProgram : Step::Kind::Edit);
+    if (isShell)
+        step.text = expanded(trimmed(command.substr(kShellCommand.size())));
+    else
+        step.text = hasBatch() ? m_batch : m_lastBatch;
     return step;
 }
 
@@ -147,7 +214,7 @@ std::optional<Step> BatchReader::runCommand(std::string_view name, std::string_v
     arguments = trimmed(arguments);
     if (equalsIgnoringCase(name, "setvar")) return setVariable(arguments);
     if (equalsIgnoringCase(name, "r")) return includeFile(arguments), stepOf(Step::Kind::None);
-    if (equalsIgnoringCase(name, "exit")) return readExit(arguments);
+    if (equalsIgnoringCase(name, "exit")) return readExit(std::string(arguments));
     if (equalsIgnoringCase(name, "reset") && arguments.empty())
         return m_batch.clear(), stepOf(Step::Kind::None);
     if (equalsIgnoringCase(name, "quit") && arguments.empty()) return stepOf(Step::Kind::Exit);
@@ -174,20 +241,31 @@ std::optional<Step> BatchReader::readOtherCommand(std::string_view name, std::st
         if (equalsIgnoringCase(name, "out")) return stepWith(Step::Kind::Out, expanded(unquoted(arguments)));
         if (equalsIgnoringCase(name, "error"))
             return stepWith(Step::Kind::Error, expanded(unquoted(arguments)));
+        if (equalsIgnoringCase(name, "perftrace"))
+            return stepWith(Step::Kind::PerfTrace, expanded(unquoted(arguments)));
         return std::nullopt;
     }
     if (equalsIgnoringCase(name, "list")) return stepWith(Step::Kind::Print, m_batch);
     if (equalsIgnoringCase(name, "help")) return stepWith(Step::Kind::Print, kHelp);
+    if (equalsIgnoringCase(name, "serverlist")) return stepOf(Step::Kind::ListServers);
     if (equalsIgnoringCase(name, "listvar")) return stepOf(Step::Kind::ListVariables);
     return std::nullopt;
 }
 
 // :exit ends at once. :exit() runs the batch first. :exit(query) runs the batch and the query; the exit code
-// is the query's value.
-std::optional<Step> BatchReader::readExit(std::string_view arguments) {
+// is the query's value. The query ends at the closing parenthesis, which may be on a later line.
+std::optional<Step> BatchReader::readExit(std::string arguments) {
     if (arguments.empty()) return stepOf(Step::Kind::Exit);
-    if (arguments.size() < 2 || arguments.front() != '(' || arguments.back() != ')') return std::nullopt;
-    const std::string_view query = trimmed(arguments.substr(1, arguments.size() - 2));
+    if (arguments.front() != '(') return std::nullopt;
+    ParenthesisSearch search;
+    std::size_t end;
+    while ((end = search.find(arguments)) == std::string::npos) {
+        if (!nextLine()) throwCommandError("exit");
+        arguments += '\n' + m_line;
+    }
+    const std::string_view text = arguments;
+    if (!trimmed(text.substr(end + 1)).empty()) throwCommandError("exit");
+    const std::string_view query = trimmed(text.substr(1, end - 1));
     Step step = stepOf(Step::Kind::ExitQuery);
     step.on = !query.empty();
     step.text = std::exchange(m_batch, {}) + expanded(query);
@@ -216,7 +294,7 @@ void BatchReader::includeFile(std::string_view arguments) {
     if (m_sources.size() == kMaxIncludeDepth)
         throw ToolError("Sqlcmd: Error: ':r' files are nested more than 32 deep at '" +
                         std::string(arguments) + "'. Does a file include itself?");
-    m_sources.push_back(ScriptSource::ofFile(expanded(unquoted(arguments))));
+    m_sources.push_back(ScriptSource::ofFile(expanded(unquoted(arguments)), m_rules.codePage));
 }
 
 // Tracks strings, quoted names and comments. Expands variables everywhere but in comments.
@@ -231,31 +309,16 @@ void BatchReader::appendLine() {
     }
     m_batch += '\n';
     if (m_batch.size() > kMaxBatch)
-        throw ToolError("Sqlcmd: Error: a batch is longer than 256 MB. Divide the script with " + m_batchEnd +
-                        " lines.");
+        throw ToolError("Sqlcmd: Error: a batch is longer than 256 MB. Divide the script with " +
+                        m_rules.batchEnd + " lines.");
 }
 
 // Appends the character at i to the batch and updates the lexical state. Two-character tokens are appended
 // whole; i then is at their last character.
 void BatchReader::appendCharacter(std::size_t& i) {
-    const char c = m_line[i];
-    const char after = i + 1 < m_line.size() ? m_line[i + 1] : '\0';
-    m_batch += c;
-    const bool opensComment = c == '/' && after == '*' && m_state.closing == 0;
-    const bool closesComment = c == '*' && after == '/' && m_state.commentDepth > 0;
-    const bool isDoubled = c == m_state.closing && c == after;
-    if (opensComment || closesComment || isDoubled) {
-        m_state.commentDepth += opensComment ? 1 : closesComment ? -1 : 0;
-        m_batch += m_line[++i];
-    } else if (m_state.commentDepth > 0) {
-        return;
-    } else if (m_state.closing != 0) {
-        if (c == m_state.closing) m_state.closing = 0;
-    } else if (c == '\'' || c == '"') {
-        m_state.closing = c;
-    } else if (c == '[') {
-        m_state.closing = ']';
-    }
+    const std::size_t start = i;
+    advance(m_state, m_line, i);
+    m_batch.append(m_line, start, i - start + 1);
 }
 
 std::string BatchReader::expanded(std::string_view text) const {
@@ -267,7 +330,7 @@ std::string BatchReader::expanded(std::string_view text) const {
 
 // If a variable reference begins at i, appends its value, moves i to its last character and returns true.
 bool BatchReader::expandAt(std::string_view text, std::size_t& i, std::string& out) const {
-    if (!m_expandVariables || !text.substr(i).starts_with("$(")) return false;
+    if (!m_rules.expandVariables || !text.substr(i).starts_with("$(")) return false;
     const auto end = text.find(')', i);
     if (end == std::string_view::npos) return false;
     const std::string_view name = text.substr(i + 2, end - i - 2);
@@ -287,16 +350,15 @@ Step BatchReader::takeBatch(int count) {
     Step step = stepOf(Step::Kind::Batch);
     step.text = std::exchange(m_batch, {});
     step.count = count;
+    if (step.text.size() <= kMaxEditedBatch) m_lastBatch = step.text;
     m_state = {};
     return step;
 }
 
 void BatchReader::throwCommandError(std::string_view command) const {
     const ScriptSource& source = m_sources.back();
-    const bool isKnown = isOneOf(kNotSupported, command.substr(command.starts_with(':') ? 1 : 0));
-    std::string text = std::string("Sqlcmd: Error: ") + (isKnown ? "Unsupported command" : "Syntax error") +
-                       " at line " + std::to_string(source.lineNumber()) + " near command '" +
-                       std::string(command) + "'";
+    std::string text = "Sqlcmd: Error: Syntax error at line " + std::to_string(source.lineNumber()) +
+                       " near command '" + std::string(command) + "'";
     if (!source.name().empty()) text += " in file '" + source.name() + "'";
     throw ToolError(text + ".");
 }

@@ -14,15 +14,19 @@ namespace sqlcmd {
 // A batch or command that the reader's caller has to carry out.
 struct Step {
     enum class Kind {
-        Batch,      // run the text `count` times
-        ExitQuery,  // run the text and end; if `on`, the exit code is the first column of its last row
-        Exit,       // end without running the pending batch
-        Xml,        // :XML ON or OFF, as `on`
-        OnError,    // :on error exit (`on`) or ignore
-        Connect,    // connect to the server that `text` describes
-        Out,        // print results to the file `text`, STDOUT or STDERR
-        Error,      // print errors there
-        Print,      // print the text
+        Batch,       // run the text `count` times
+        ExitQuery,   // run the text and end; if `on`, the exit code is the first column of its last row
+        Exit,        // end without running the pending batch
+        Xml,         // :XML ON or OFF, as `on`
+        OnError,     // :on error exit (`on`) or ignore
+        Connect,     // connect to the server that `text` describes
+        Out,         // print results to the file `text`, STDOUT or STDERR
+        Error,       // print errors there
+        PerfTrace,   // print statistics there
+        RunProgram,  // run the shell command `text`
+        Edit,        // edit `text` and pass the result to replaceBatch()
+        ListServers,
+        Print,  // print the text
         ListVariables,
         SetOption,  // set the option of the variable `name` to `text`
         Refused,    // `name` is a command that -X forbids
@@ -36,6 +40,15 @@ struct Step {
     bool on = false;
 };
 
+struct ScriptRules {
+    bool expandVariables = true;  // without, $(name) is ordinary text
+    std::string batchEnd = "GO";
+    // -X: commands that reach files, programs and other servers are steps of kind Refused.
+    bool isRestricted = false;
+    bool startsPrograms = true;  // without, the commands that start programs are errors
+    int codePage = kUtf8;        // of :r files
+};
+
 // Lexical state at the beginning of a line. T-SQL's block comments nest.
 struct LexicalState {
     char closing = 0;      // closing character of the string or quoted name; 0 outside of them
@@ -46,23 +59,24 @@ struct LexicalState {
 
 class BatchReader {
   public:
-    // Without `expandVariables`, $(name) is ordinary text. `batchEnd` is the batch separator, usually GO.
     // `variables` must outlive the reader; :setvar changes them.
-    // With `isRestricted` (-X), commands that reach files, programs and other servers are steps of kind
-    // Refused.
-    BatchReader(ScriptSource source, Variables& variables, bool expandVariables, std::string batchEnd,
-                bool isRestricted = false);
+    BatchReader(ScriptSource source, Variables& variables, ScriptRules rules = {});
 
     // Returns the next step, never one of kind None. Throws ToolError for an invalid or unsupported command,
     // an undefined variable, a script that cannot be read and a batch of more than 256 MB.
     Step next();
 
+    // The batch that is being read: number of its next line, from 1; other text for it.
+    int batchLine() const;
+    void replaceBatch(std::string text) { m_batch = std::move(text), m_state = {}; }
+
   private:
     bool nextLine();
     std::optional<int> batchEndCount(std::string_view line) const;
     std::optional<Step> readCommand();
+    std::optional<Step> readProgramCommand(std::string_view line) const;
     std::optional<Step> runCommand(std::string_view name, std::string_view arguments);
-    std::optional<Step> readExit(std::string_view arguments);
+    std::optional<Step> readExit(std::string arguments);
     std::optional<Step> readOtherCommand(std::string_view name, std::string_view arguments);
     Step setVariable(std::string_view arguments);
     void includeFile(std::string_view arguments);
@@ -76,11 +90,10 @@ class BatchReader {
 
     std::vector<ScriptSource> m_sources;  // the script and its :r files, the innermost last
     Variables& m_variables;
-    bool m_expandVariables;
-    bool m_isRestricted;
-    std::string m_batchEnd;
+    ScriptRules m_rules;
     std::string m_line;
     std::string m_batch;
+    std::string m_lastBatch;  // for :ed
     LexicalState m_state;
 };
 

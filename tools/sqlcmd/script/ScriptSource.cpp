@@ -41,20 +41,26 @@ void requireReadable(const std::string& path) {
     if (S_ISDIR(status.st_mode)) throwInvalidFile(path, EISDIR);
 }
 
-ScriptSource::ScriptSource(int descriptor, std::string name, std::string text)
-    : m_descriptor(descriptor), m_name(std::move(name)), m_raw(std::move(text)) {}
+ScriptSource::ScriptSource(int descriptor, std::string name, int codePage)
+    : m_descriptor(descriptor), m_name(std::move(name)), m_codePage(codePage) {}
 
-ScriptSource ScriptSource::ofFile(const std::string& path) {
-    return {openScript(path), path, {}};
+ScriptSource ScriptSource::ofFile(const std::string& path, int codePage) {
+    return {openScript(path), path, codePage};
 }
 
-ScriptSource ScriptSource::ofStandardInput() {
-    return {dup(STDIN_FILENO), {}, {}};
+ScriptSource ScriptSource::ofStandardInput(int codePage) {
+    return {dup(STDIN_FILENO), {}, codePage};
 }
 
 ScriptSource ScriptSource::ofText(std::string text) {
-    ScriptSource source(-1, {}, {});
+    ScriptSource source(-1, {}, kUtf8);
     source.m_text = std::move(text);
+    return source;
+}
+
+ScriptSource ScriptSource::ofLines(LineFunction readLine) {
+    ScriptSource source(-1, {}, kUtf8);
+    source.m_readLine = std::move(readLine);
     return source;
 }
 
@@ -65,7 +71,10 @@ ScriptSource::~ScriptSource() {
 ScriptSource::ScriptSource(ScriptSource&& other) noexcept
     : m_descriptor(std::exchange(other.m_descriptor, -1)),
       m_name(std::move(other.m_name)),
+      m_readLine(std::move(other.m_readLine)),
+      m_codePage(other.m_codePage),
       m_encoding(other.m_encoding),
+      m_decoder(std::move(other.m_decoder)),
       m_raw(std::move(other.m_raw)),
       m_text(std::move(other.m_text)),
       m_position(other.m_position),
@@ -73,6 +82,7 @@ ScriptSource::ScriptSource(ScriptSource&& other) noexcept
       m_lineNumber(other.m_lineNumber) {}
 
 bool ScriptSource::nextLine(std::string& line) {
+    if (m_readLine) return ++m_lineNumber, m_readLine(line);
     std::size_t searched = m_position;
     std::size_t end;
     while ((end = m_text.find('\n', searched)) == std::string::npos) {
@@ -99,25 +109,52 @@ bool ScriptSource::readMore() {
     if (count < 0) throw ToolError("Sqlcmd: " + shownName(m_name) + ": " + std::strerror(errno) + ".");
     m_raw.resize(before + static_cast<std::size_t>(count));
     if (count == 0) close(std::exchange(m_descriptor, -1));
-    recogniseByteOrderMark();
+    recogniseEncoding();
     decode();
     return true;
 }
 
-// Determines the encoding once three bytes, or the whole script, have been read.
-void ScriptSource::recogniseByteOrderMark() {
+// Determines the encoding once three bytes, or the whole script, have been read. A script in UTF-16 without a
+// byte order mark begins with an ASCII character.
+void ScriptSource::recogniseEncoding() {
     if (m_encoding != Encoding::Unknown || (m_raw.size() < 3 && m_descriptor >= 0)) return;
-    m_encoding = Encoding::Utf8;
-    std::size_t mark = 0;
-    if (m_raw.starts_with("\xEF\xBB\xBF")) mark = 3;
-    if (m_raw.starts_with("\xFF\xFE")) mark = 2, m_encoding = Encoding::Utf16Le;
-    if (m_raw.starts_with("\xFE\xFF")) mark = 2, m_encoding = Encoding::Utf16Be;
-    m_raw.erase(0, mark);
+    struct Mark {
+        std::string_view bytes;
+        Encoding encoding;
+    };
+    constexpr Mark kMarks[] = {
+        {"\xEF\xBB\xBF", Encoding::Utf8}, {"\xFF\xFE", Encoding::Utf16Le}, {"\xFE\xFF", Encoding::Utf16Be}};
+    for (const Mark& mark : kMarks)
+        if (m_raw.starts_with(mark.bytes)) {
+            m_raw.erase(0, mark.bytes.size());
+            m_encoding = mark.encoding;
+            return;
+        }
+    const bool isSecondNul = m_raw.size() > 1 && m_raw[0] != '\0' && m_raw[1] == '\0';
+    const bool isFirstNul = m_raw.size() > 1 && m_raw[0] == '\0' && m_raw[1] != '\0';
+    m_encoding = isSecondNul           ? Encoding::Utf16Le
+                 : isFirstNul          ? Encoding::Utf16Be
+                 : m_codePage != kUtf8 ? Encoding::CodePage
+                                       : Encoding::Utf8;
+    if (m_encoding == Encoding::CodePage)
+        m_decoder = std::make_unique<CodePage>(m_codePage, CodePage::Direction::ToUtf8);
 }
 
 void ScriptSource::decode() {
-    if (m_encoding == Encoding::Utf16Le || m_encoding == Encoding::Utf16Be) return decodeUtf16();
-    if (m_encoding == Encoding::Utf8) m_text += std::exchange(m_raw, {});
+    switch (m_encoding) {
+        case Encoding::Unknown:
+            break;
+        case Encoding::Utf8:
+            m_text += std::exchange(m_raw, {});
+            break;
+        case Encoding::Utf16Le:
+        case Encoding::Utf16Be:
+            decodeUtf16();
+            break;
+        case Encoding::CodePage:
+            m_raw.erase(0, m_decoder->convert(m_raw, m_text));
+            break;
+    }
 }
 
 void ScriptSource::decodeUtf16() {

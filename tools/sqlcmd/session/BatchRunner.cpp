@@ -28,6 +28,7 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
     requireUtf8(batch);
     MessagePrinter messages(m_options, m_output, m_errors);
     const auto start = std::chrono::steady_clock::now();
+    if (!mode.isInternal) m_progress.beginBatch();
     {
         const auto running =
             m_client->run(batch, [&](const Diagnostic& message) { messages.print(message); });
@@ -36,7 +37,10 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
             m_output.flush();  // the next result may take long
         }
     }
-    if (mode.withStatistics) printStatistics(std::chrono::steady_clock::now() - start);
+    if (!mode.isInternal) {
+        m_progress.endBatch();
+        printStatistics(std::chrono::steady_clock::now() - start);
+    }
     m_output.flush();
     const int severity = messages.highestSeverity();
     const bool isConnectionLost =
@@ -47,7 +51,11 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
 
 void BatchRunner::printResult(RunningBatch& running, const ResultMode& mode) {
     const bool hasRows = !running.columns().empty();
-    if (hasRows) ResultPrinter(running, m_options.layout, mode, m_output).print();
+    if (m_options.format != Format::Text) {
+        if (hasRows) m_data.print(running, mode.lastValue, m_progress);
+        return;
+    }
+    if (hasRows) ResultPrinter(running, m_options.layout, mode, m_output).print(m_progress);
     if (hasRows && (mode.xml || !running.readAllRows())) return;
     if (const long long count = running.rowCount(); count >= 0)
         printCount(count);
@@ -74,7 +82,14 @@ void BatchRunner::printStatistics(std::chrono::steady_clock::duration time) {
                       "\nNetwork packet size (bytes): %d\n1 xact[s]:\n"
                       "Clock Time (ms.): total %9lld  avg %8.2f (%.2f xacts per sec.)\n",
                       m_options.packetSize, milliseconds, average, perSecond);
-    m_output.write(text);
+    if (m_trace == nullptr) return printInformation(text);
+    m_trace->write(text);
+    m_trace->flush();
+}
+
+void BatchRunner::printInformation(std::string_view text) {
+    if (m_options.format == Format::Text) return m_output.write(text);
+    std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
 }  // namespace sqlcmd

@@ -7,7 +7,9 @@
 
 #include "client/Client.h"
 #include "options/Options.h"
+#include "print/DataPrinter.h"
 #include "print/MessagePrinter.h"
+#include "print/Progress.h"
 #include "print/ResultPrinter.h"
 #include "text/Output.h"
 
@@ -22,14 +24,31 @@ class BatchRunner {
   public:
     // The arguments must outlive the runner.
     BatchRunner(Client& client, const Options& options, Output& output)
-        : m_client(&client), m_options(options), m_output(output) {}
+        : m_client(&client),
+          m_options(options),
+          m_output(output),
+          m_data(options.format, options.layout.separator, output),
+          m_progress(options.progress) {
+        setClient(client);
+    }
+    BatchRunner(const BatchRunner&) = delete;
+    BatchRunner& operator=(const BatchRunner&) = delete;
 
-    void setClient(Client& client) { m_client = &client; }
+    void setClient(Client& client) {
+        m_client = &client;
+        client.setTick([this] { m_progress.update(); });
+    }
+    void setTraceOutput(Output* trace) { m_trace = trace; }     // of the statistics; null: the output
     void setErrorOutput(Output* errors) { m_errors = errors; }  // see MessagePrinter
 
     // Throws AlreadyReported when the connection is lost, ToolError when the batch is not UTF-8 or the output
     // cannot be written.
     BatchOutcome run(const std::string& batch, const ResultMode& mode);
+
+    // Completes the output before it ends or continues in another file.
+    void finishOutput() { m_data.finish(); }
+    // Prints text that is no result: with --csv, --json and --jsonl to standard error.
+    void printInformation(std::string_view text);
 
   private:
     void printResult(RunningBatch& running, const ResultMode& mode);
@@ -40,6 +59,9 @@ class BatchRunner {
     const Options& m_options;
     Output& m_output;
     Output* m_errors = nullptr;
+    Output* m_trace = nullptr;
+    DataPrinter m_data;
+    Progress m_progress;
 };
 
 }  // namespace sqlcmd

@@ -3,9 +3,15 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <limits>
 
 #include "client/Connect.h"
+#include "client/ServerBrowser.h"
+#include "session/Programs.h"
+#include "terminal/Interrupt.h"
+#include "terminal/LineEditor.h"
 #include "text/Text.h"
 
 namespace sqlcmd {
@@ -16,12 +22,30 @@ constexpr int kExitQueryFailed = -100;
 constexpr int kExitQueryWithoutRows = -101;
 constexpr int kExitValueNotANumber = -102;
 
+// Converts to an integer of four bytes; decimal places are cut.
 int exitCodeOf(const std::string& text) {
-    int value = 0;
     const std::string_view digits = trimmed(text);
+    double value = 0;
     const char* end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, value);
-    return error == std::errc{} && stop == end ? value : kExitValueNotANumber;
+    const bool isInteger = error == std::errc{} && stop == end &&
+                           value > static_cast<double>(std::numeric_limits<int>::min()) - 1 &&
+                           value < static_cast<double>(std::numeric_limits<int>::max()) + 1;
+    return isInteger ? static_cast<int>(value) : kExitValueNotANumber;
+}
+
+// Whether a line may hold a secret, which the history must not keep.
+bool mentionsSecret(std::string_view line) {
+    const std::string text = lowerCase(line);
+    for (const char* word : {"password", "passphrase", "pwd", "secret", "sp_addlogin", ":connect"})
+        if (text.find(word) != std::string::npos) return true;
+    return false;
+}
+
+std::string enclosed(std::string_view text, char quote) {
+    std::string result(1, quote == ']' ? '[' : quote);
+    for (const char c : text) result.append(c == quote ? 2 : 1, c);
+    return result += quote;
 }
 
 // Removes the first word, which may be in double quotes, from `text`.
@@ -31,6 +55,10 @@ std::string takeArgument(std::string_view& text) {
     const std::string_view word = text.substr(1, end - 1);
     text = trimmed(text.substr(end + 1));
     return std::string(word);
+}
+
+int outputCodePage(const Options& options) {
+    return options.unicodeOutput ? kUtf16Le : options.outputCodePage;
 }
 
 // Throws if both are the same file: opening the output truncates it.
@@ -43,13 +71,19 @@ void requireDifferentFiles(const std::string& input, const std::string& output) 
 
 }  // namespace
 
+std::string serverList(bool namesOnly) {
+    std::string text = namesOnly ? "" : "\nServers:\n";
+    for (const std::string& server : findServers()) text += (namesOnly ? "" : "    ") + server + "\n";
+    return text;
+}
+
 int Tool::run() {
     for (const std::string& file : m_options.inputFiles) {
         requireReadable(file);
         requireDifferentFiles(file, m_options.outputFile);
     }
     setVariables();
-    Output output(m_options.outputFile, m_options.unicodeOutput);
+    Output output(m_options.outputFile, outputCodePage(m_options));
     try {
         logInAndRun(output);
     } catch (const LoginError& error) {
@@ -71,45 +105,130 @@ void Tool::setVariables() {
 }
 
 void Tool::logInAndRun(Output& output) {
+    std::string oldPassword = m_options.newPassword.empty() ? std::string() : m_options.password;
     m_client = connect(m_options);
     BatchRunner runner(*m_client, m_options, output);
     setUpSession(*m_client, runner);
-    if (m_options.query) {
-        const bool goesOn = runScript(runner, output, ScriptSource::ofText(*m_options.query));
-        if (goesOn && !m_options.endsAfterQuery) runScript(runner, output, ScriptSource::ofStandardInput());
-    } else if (m_options.inputFiles.empty()) {
-        runScript(runner, output, ScriptSource::ofStandardInput());
-    } else {
-        for (const std::string& file : m_options.inputFiles)
-            if (!runScript(runner, output, ScriptSource::ofFile(file))) return;
-    }
+    if (!m_options.newPassword.empty()) changePassword(runner, oldPassword);
+    if (!m_options.endsAfterNewPassword) runScripts(runner, output);
+    runner.finishOutput();
 }
 
 void Tool::setUpSession(const Client& client, BatchRunner& runner) const {
     runner.run(std::string(client.sessionSettings()) +
                    (m_options.quotedIdentifier ? "SET QUOTED_IDENTIFIER ON" : "SET QUOTED_IDENTIFIER OFF"),
-               {.withStatistics = false});
+               {.isInternal = true});
+}
+
+void Tool::changePassword(BatchRunner& runner, std::string& oldPassword) {
+    std::string batch = "ALTER LOGIN " + enclosed(m_options.user, ']') + " WITH PASSWORD = N" +
+                        enclosed(m_options.newPassword, '\'') + " OLD_PASSWORD = N" +
+                        enclosed(oldPassword, '\'');
+    const BatchOutcome outcome = runner.run(batch, {.isInternal = true});
+    for (std::string* secret : {&batch, &oldPassword, &m_options.newPassword})
+        explicit_bzero(secret->data(), secret->size());
+    if (outcome.severity >= kErrorSeverity) throw AlreadyReported();
+}
+
+bool Tool::runScripts(BatchRunner& runner, Output& output) {
+    const bool hasStartUpScript =
+        !m_options.startUpScript.empty() && m_options.restriction == Restriction::None;
+    if (hasStartUpScript &&
+        !runScript(runner, output, ScriptSource::ofFile(m_options.startUpScript, m_options.inputCodePage)))
+        return false;
+    if (m_options.query) {
+        const bool goesOn = runScript(runner, output, ScriptSource::ofText(*m_options.query));
+        return goesOn && (m_options.endsAfterQuery || runStandardInput(runner, output));
+    }
+    if (m_options.inputFiles.empty()) return runStandardInput(runner, output);
+    for (const std::string& file : m_options.inputFiles)
+        if (!runScript(runner, output, ScriptSource::ofFile(file, m_options.inputCodePage))) return false;
+    return true;
+}
+
+bool Tool::runStandardInput(BatchRunner& runner, Output& output) {
+    return isInteractive()
+               ? runTerminal(runner, output)
+               : runScript(runner, output, ScriptSource::ofStandardInput(m_options.inputCodePage));
+}
+
+ScriptRules Tool::rules() const {
+    return {.expandVariables = m_options.expandVariables,
+            .batchEnd = m_options.batchEnd,
+            .isRestricted = m_options.restriction != Restriction::None,
+            .startsPrograms = m_options.startsPrograms,
+            .codePage = m_options.inputCodePage};
 }
 
 bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
-    BatchReader reader(std::move(source), m_variables, m_options.expandVariables, m_options.batchEnd,
-                       m_options.restriction != Restriction::None);
+    BatchReader reader(std::move(source), m_variables, rules());
+    return runSteps(runner, output, reader);
+}
+
+// Prompts with the number of the batch's next line. An error in a line or a batch does not end the session.
+bool Tool::runTerminal(BatchRunner& runner, Output& output) {
+    const InterruptScope interrupts;
+    LineEditor editor;
+    BatchReader* current = nullptr;
+    bool hidesBatch = false;  // the batch mentions a secret, which may be on a line of its own
+    BatchReader reader(ScriptSource::ofLines([&](std::string& line) {
+                           for (;;) {
+                               const int number = current->batchLine();
+                               const auto result = editor.read(std::to_string(number) + "> ", line);
+                               if (result == LineEditor::Result::End) return false;
+                               if (result == LineEditor::Result::Interrupted) {
+                                   current->replaceBatch({});
+                                   continue;
+                               }
+                               hidesBatch = mentionsSecret(line) || (hidesBatch && number > 1);
+                               if (!hidesBatch) editor.remember(line);
+                               return true;
+                           }
+                       }),
+                       m_variables, rules());
+    current = &reader;
+    for (;;) {
+        try {
+            return runSteps(runner, output, reader);
+        } catch (const LoginError& error) {
+            MessagePrinter(m_options, output).printLoginError(error.diagnostics);
+        } catch (const ToolError& error) {
+            std::fprintf(stderr, "%s\n", error.what());
+            reader.replaceBatch({});
+        }
+    }
+}
+
+bool Tool::runSteps(BatchRunner& runner, Output& output, BatchReader& reader) {
     for (;;) {
         const Step step = reader.next();
         if (step.kind == Step::Kind::End) return true;
+        if (step.kind == Step::Kind::Edit) {
+            reader.replaceBatch(edited(step.text, editor()));
+            continue;
+        }
         if (!runStep(runner, output, step)) return false;
+        output.flush();
+        if (isInterrupted()) std::fputs("Sqlcmd: the batch was cancelled.\n", stderr);
+        clearInterrupt();
     }
+}
+
+std::string Tool::editor() const {
+    for (const char* name : {kEditorVariable, "VISUAL", "EDITOR"})
+        if (const auto value = m_variables.find(name); value && !value->empty()) return *value;
+    return "vi";
 }
 
 bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
     switch (step.kind) {
         case Step::Kind::Batch:
-            return runBatch(runner, output, step);
+            return runBatch(runner, step);
         case Step::Kind::ExitQuery:
             if (step.on)
                 runExitQuery(runner, step);
             else
-                runBatch(runner, output, step);
+                runBatch(runner, step);
             return false;
         case Step::Kind::Xml:
             m_xml = step.on;
@@ -119,18 +238,32 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
             return true;
         case Step::Kind::Connect:
             connectTo(runner, step.text);
+            runner.printInformation("Sqlcmd: Successfully connected to server '" + m_options.server + "'.\n");
             return true;
         case Step::Kind::Out:
-            output.redirect(step.text);
+            redirect(runner, output, step.text);
             return true;
         case Step::Kind::Error:
-            redirectErrors(runner, step.text);
+            if (auto target = openTarget(step.text)) m_errorOutput = std::move(target);
+            runner.setErrorOutput(m_errorOutput.get());
+            return true;
+        case Step::Kind::PerfTrace:
+            if (auto target = openTarget(step.text)) m_traceOutput = std::move(target);
+            runner.setTraceOutput(m_traceOutput.get());
+            return true;
+        case Step::Kind::RunProgram:
+            output.flush();
+            runShellCommand(step.text);
+            clearInterrupt();
+            return true;
+        case Step::Kind::ListServers:
+            runner.printInformation(serverList(/*namesOnly=*/false));
             return true;
         case Step::Kind::Print:
-            output.write(step.text);
+            runner.printInformation(step.text);
             return true;
         case Step::Kind::ListVariables:
-            printVariables(output);
+            printVariables(runner);
             return true;
         case Step::Kind::SetOption:
             setOption(step);
@@ -138,6 +271,7 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
         case Step::Kind::Refused:
             return refuse(step.name);
         case Step::Kind::None:
+        case Step::Kind::Edit:
             return true;
         case Step::Kind::Exit:
         case Step::Kind::End:
@@ -164,22 +298,37 @@ void Tool::setOption(const Step& step) {
     m_client->setQueryTimeout(m_options.queryTimeout);
 }
 
-void Tool::redirectErrors(BatchRunner& runner, const std::string& target) {
-    auto errors = std::make_unique<Output>("", /*utf16=*/false);
-    errors->redirect(target);
-    m_errorOutput = std::move(errors);
-    runner.setErrorOutput(m_errorOutput.get());
+// If the file cannot be opened, the results go on to where they went.
+void Tool::redirect(BatchRunner& runner, Output& output, const std::string& target) {
+    runner.finishOutput();
+    try {
+        output.redirect(target);
+    } catch (const ToolError& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+    }
 }
 
-// `arguments`: SERVER [-l SECONDS] [-U NAME [-P PASSWORD]].
+// Returns null, after a message, if the file cannot be opened.
+std::unique_ptr<Output> Tool::openTarget(const std::string& target) const {
+    auto output = std::make_unique<Output>("", outputCodePage(m_options));
+    try {
+        output->redirect(target);
+    } catch (const ToolError& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return nullptr;
+    }
+    return output;
+}
+
+// `arguments`: SERVER [-l SECONDS] [-U NAME [-P PASSWORD]] [-N[m|o]] [-C].
 void Tool::connectTo(BatchRunner& runner, std::string_view arguments) {
     std::vector<std::string> words{"sqlcmd", "-S"};
     while (!arguments.empty()) words.push_back(takeArgument(arguments));
     const auto isOtherOption = [](std::string_view word) {
-        return word.starts_with('-') && word.find_first_of("SlUP", 1) != 1;
+        return word.starts_with('-') && word.find_first_of("SlUPNC", 1) != 1;
     };
     if (std::any_of(words.begin(), words.end(), isOtherOption))
-        throw ToolError("Sqlcmd: Error: ':connect' takes a server and the options -l, -U and -P.");
+        throw ToolError("Sqlcmd: Error: ':connect' takes a server and the options -l, -U, -P, -N and -C.");
     std::vector<char*> pointers;
     for (std::string& word : words) pointers.push_back(word.data());
     Options given;
@@ -188,13 +337,19 @@ void Tool::connectTo(BatchRunner& runner, std::string_view arguments) {
     } catch (const UsageError& error) {
         throw ToolError(std::string("Sqlcmd: Error: ':connect': ") + error.what());
     }
-    m_options.server = given.server;
-    m_options.user = given.user;
-    m_options.password = given.password;
-    m_options.trusted = given.trusted;
-    m_options.database.clear();
-    if (given.loginTimeout != Options{}.loginTimeout) m_options.loginTimeout = given.loginTimeout;
-    m_client = connect(m_options);
+    Options next = m_options;
+    next.server = given.server;
+    next.user = given.user;
+    next.password = given.password;
+    next.trusted = given.trusted;
+    next.database.clear();
+    next.adminConnection = false;
+    if (given.loginTimeout != Options{}.loginTimeout) next.loginTimeout = given.loginTimeout;
+    if (given.encryption != Encryption::Default) next.encryption = given.encryption;
+    next.trustCertificate = given.trustCertificate || m_options.trustCertificate;
+    auto client = connect(next);
+    m_options = std::move(next);
+    m_client = std::move(client);
     runner.setClient(*m_client);
     setUpSession(*m_client, runner);
     m_variables.set("SQLCMDSERVER", m_options.server);
@@ -202,19 +357,20 @@ void Tool::connectTo(BatchRunner& runner, std::string_view arguments) {
     m_variables.set("SQLCMDDBNAME", m_options.database);
 }
 
-void Tool::printVariables(Output& output) {
+void Tool::printVariables(BatchRunner& runner) const {
     for (const auto& [name, value] : m_variables.all())
-        output.write(upperCase(name) + " = \"" + value + "\"\n");
+        runner.printInformation(upperCase(name) + " = \"" + value + "\"\n");
 }
 
-bool Tool::runBatch(BatchRunner& runner, Output& output, const Step& step) {
+bool Tool::runBatch(BatchRunner& runner, const Step& step) {
     for (int i = 0; i < step.count; ++i) {
-        if (m_options.echo) output.write(step.text);
+        if (m_options.echo) runner.printInformation(step.text);
         const auto [severity, exitCode] = runner.run(step.text, {.xml = m_xml});
         if (exitCode) {
             m_exitCode = *exitCode;
             return false;
         }
+        if (isInterrupted()) return true;
         if (severity < m_options.severityLevel.value_or(kErrorSeverity)) continue;
         if (m_stopOnError) {
             m_exitCode = 1;

@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstring>
+#include <optional>
 
 #include "text/Errors.h"
 #include "text/Text.h"
@@ -14,8 +16,23 @@ namespace sqlcmd {
 
 namespace {
 
+// Returns N for /dev/fd/N and the names of the standard streams, which are links.
+std::optional<int> ownDescriptor(std::string_view path) {
+    constexpr std::string_view kFolder = "/dev/fd/";
+    if (path == "/dev/stdout") return STDOUT_FILENO;
+    if (path == "/dev/stderr") return STDERR_FILENO;
+    if (!path.starts_with(kFolder)) return std::nullopt;
+    int number = 0;
+    const char* end = path.data() + path.size();
+    const auto [stop, error] = std::from_chars(path.data() + kFolder.size(), end, number);
+    return error == std::errc{} && stop == end && number >= 0 ? std::optional(number) : std::nullopt;
+}
+
 int openOutput(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666);
+    const std::optional<int> own = ownDescriptor(path);
+    const int descriptor =
+        own ? fcntl(*own, F_DUPFD_CLOEXEC, 0)
+            : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666);
     if (descriptor < 0)
         throw ToolError("Sqlcmd: Error: cannot open output file '" + path + "': " + std::strerror(errno) +
                         ".");
@@ -24,11 +41,11 @@ int openOutput(const std::string& path) {
 
 }  // namespace
 
-Output::Output(const std::string& path, bool utf16)
-    : m_path(path),
-      m_utf16(utf16 && !path.empty()),
-      m_descriptor(path.empty() ? STDOUT_FILENO : openOutput(path)) {
+Output::Output(const std::string& path, int codePage)
+    : m_path(path), m_codePage(codePage), m_descriptor(path.empty() ? STDOUT_FILENO : openOutput(path)) {
     m_buffer.reserve(2 * kBufferSize);
+    if (codePage != kUtf8 && codePage != kUtf16Le)
+        m_encoder = std::make_unique<CodePage>(codePage, CodePage::Direction::FromUtf8);
 }
 
 void Output::redirect(const std::string& target) {
@@ -48,25 +65,34 @@ Output::~Output() {
 
 void Output::flush() {
     flushWholeCharacters();
-    if (m_utf16 && !m_buffer.empty()) {  // an incomplete character
-        std::string units;
-        appendUtf16Le(units, m_buffer);
-        writeBytes(units);
+    if (!m_buffer.empty()) {  // an incomplete character
+        std::string bytes;
+        appendUtf8(bytes, kReplacementCharacter);
+        m_buffer.clear();
+        std::string encoded;
+        encode(bytes, encoded);
+        writeBytes(encoded);
     }
-    m_buffer.clear();
 }
 
 void Output::flushWholeCharacters() {
-    if (!m_utf16) {
+    if (!isEncoded()) {
         writeBytes(m_buffer);
         return m_buffer.clear();
     }
     const std::size_t whole = m_buffer.size() - utf8IncompleteTail(m_buffer);
-    std::string units;
-    units.reserve(2 * whole);
-    appendUtf16Le(units, std::string_view(m_buffer).substr(0, whole));
-    writeBytes(units);
+    std::string bytes;
+    bytes.reserve(2 * whole);
+    encode(std::string_view(m_buffer).substr(0, whole), bytes);
+    writeBytes(bytes);
     m_buffer.erase(0, whole);
+}
+
+void Output::encode(std::string_view text, std::string& bytes) {
+    if (m_encoder)
+        m_encoder->convert(text, bytes);
+    else
+        appendUtf16Le(bytes, text);
 }
 
 void Output::writeBytes(std::string_view bytes) {

@@ -2,17 +2,21 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
+
+#include "text/CodePage.h"
 
 namespace sqlcmd {
 
 // Buffered. Every operation throws ToolError when the file cannot be opened or written.
 class Output {
   public:
-    // An empty path means standard output, which is always UTF-8. An existing file is truncated and keeps its
-    // mode; a symbolic link is not followed.
-    Output(const std::string& path, bool utf16);
+    // An empty path means standard output, which is always UTF-8; a file gets the code page. An existing file
+    // is truncated and keeps its mode; a symbolic link is not followed. /dev/stdout, /dev/stderr and
+    // /dev/fd/N are the tool's own descriptors.
+    explicit Output(const std::string& path, int codePage = kUtf8);
     ~Output();  // does not flush: it could not report a failure
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -31,11 +35,14 @@ class Output {
   private:
     static constexpr std::size_t kBufferSize = 65536;  // bytes
 
+    bool isEncoded() const { return isFile() && m_codePage != kUtf8; }
+    void encode(std::string_view text, std::string& bytes);
     void flushWholeCharacters();
     void writeBytes(std::string_view bytes);
 
     std::string m_path;
-    bool m_utf16;
+    int m_codePage;
+    std::unique_ptr<CodePage> m_encoder;  // of the code pages other than UTF-8 and UTF-16
     int m_descriptor;
     std::string m_buffer;
 };

@@ -5,8 +5,6 @@
 namespace sqlcmd {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 // Number of bytes of the character that begins with this byte; 0 if no character does.
 std::size_t sequenceLength(unsigned char lead) {
     if (lead < 0x80) return 1;
@@ -22,18 +20,18 @@ char32_t takeCharacter(std::string_view& text) {
     const std::size_t length = sequenceLength(lead);
     if (length <= 1 || length > text.size()) {
         text.remove_prefix(1);
-        return length == 1 ? lead : kReplacement;
+        return length == 1 ? lead : kReplacementCharacter;
     }
     char32_t character = lead & (0xFFU >> (length + 1));
     for (std::size_t i = 1; i < length; ++i) {
         if (!isUtf8Continuation(text[i])) {
             text.remove_prefix(i);
-            return kReplacement;
+            return kReplacementCharacter;
         }
         character = character << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
     }
     text.remove_prefix(length);
-    return character <= 0x10FFFF ? character : kReplacement;
+    return character <= 0x10FFFF ? character : kReplacementCharacter;
 }
 
 void appendUnit(std::string& out, char32_t unit) {

@@ -7,6 +7,8 @@
 
 namespace sqlcmd {
 
+constexpr char32_t kReplacementCharacter = 0xFFFD;  // for bytes that are not UTF-8
+
 constexpr bool isUtf8Continuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }

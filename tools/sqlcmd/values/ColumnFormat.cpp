@@ -94,10 +94,11 @@ void setTextFormat(const ColumnInfo& column, const Layout& layout, ColumnFormat&
     format.limit = format.width;
 }
 
-// Returns the shortest decimal that reads back as the same real. Drivers return nine digits, more than a real
+// Returns the shortest decimal that reads back as the same number. Drivers return more digits than a number
 // has.
-std::string shortestReal(const std::string& text) {
-    float value = 0;
+template <typename Number>
+std::string shortest(const std::string& text) {
+    Number value = 0;
     if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc{}) return text;
     char digits[32];
     return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
@@ -120,6 +121,15 @@ ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout) {
     return format;
 }
 
+ColumnFormat exactFormatOf(const ColumnInfo& column) {
+    ColumnFormat format = formatOf(column, Layout{});
+    format.limit = 0;
+    const bool isDouble = column.odbcType == SQL_FLOAT || column.odbcType == SQL_DOUBLE;
+    if (isDouble) format.form = Form::Double;
+    if (format.form == Form::Decimal) format.form = Form::AsIs;
+    return format;
+}
+
 void shapeValue(std::string& text, const ColumnFormat& format) {
     switch (format.form) {
         case Form::AsIs:
@@ -129,7 +139,10 @@ void shapeValue(std::string& text, const ColumnFormat& format) {
             if (text.starts_with("-0.")) text.erase(1, 1);
             break;
         case Form::Real:
-            text = shortestReal(text);
+            text = shortest<float>(text);
+            break;
+        case Form::Double:
+            text = shortest<double>(text);
             break;
         case Form::Binary:
             text.insert(0, "0x");
@@ -142,15 +155,16 @@ void shapeValue(std::string& text, const ColumnFormat& format) {
     if (format.limit != 0) text.resize(utf8Prefix(text, format.limit).size());
 }
 
-void blankControlCharacters(std::string& text, ControlCharacters mode) {
+void replaceControlCharacters(std::string& text, ControlCharacters mode) {
     if (mode == ControlCharacters::Keep) return;
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
     std::string result;
     bool isInRun = false;
     for (const char c : text) {
-        const bool isRepeated = isControl(c) && isInRun && mode == ControlCharacters::RunToBlank;
+        const bool isDropped = isControl(c) && (mode == ControlCharacters::Remove ||
+                                                (mode == ControlCharacters::RunToBlank && isInRun));
         isInRun = isControl(c);
-        if (!isRepeated) result += isInRun ? ' ' : c;
+        if (!isDropped) result += isInRun ? ' ' : c;
     }
     text = std::move(result);
 }

@@ -12,7 +12,7 @@ namespace sqlcmd {
 
 struct ColumnFormat {
     // Conversion of the driver's string to the printed one.
-    enum class Form { AsIs, Decimal, Real, UpperCase, Binary };
+    enum class Form { AsIs, Decimal, Real, Double, UpperCase, Binary };
 
     std::string name;
     std::size_t width = 0;  // characters; 0: no padding
@@ -24,12 +24,15 @@ struct ColumnFormat {
 
 ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout);
 
+// Returns the format of whole values with the digits that they need: 0.50 and 0.1.
+ColumnFormat exactFormatOf(const ColumnInfo& column);
+
 // Converts the driver's string to the printed form and cuts it at the column's limit. `text` may be the
 // beginning of a value that is longer than the limit.
 void shapeValue(std::string& text, const ColumnFormat& format);
 
-// Replaces the control characters of a value by blanks.
-void blankControlCharacters(std::string& text, ControlCharacters mode);
+// Removes the control characters of a value or replaces them by blanks.
+void replaceControlCharacters(std::string& text, ControlCharacters mode);
 
 // Appends a string, padded with spaces to `width` characters.
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned);

@@ -119,6 +119,7 @@ ExitCode shell(const SandboxOptions& options) {
     const Secret password = readSandboxPassword(folder);
     setenv("SQLCMDPASSWORD", password.text().c_str(), 1);
     setenv("SQLCMD_ENCRYPT", "verify", 1);
+    setenv("SQLCMD_NO_PROGRAMS", "1", 1);
     setenv("SQLCMD_CA_FILE", folder.certificate().c_str(), 1);
     const std::string program = sandboxSqlcmd().string();
     const std::string address = addressOf(server->port);

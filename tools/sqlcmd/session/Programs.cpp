@@ -1,0 +1,102 @@
+#include "session/Programs.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include "text/Errors.h"
+
+namespace sqlcmd {
+namespace {
+
+// File with a text, deleted by the destructor. Only its owner can read it.
+class TextFile {
+  public:
+    explicit TextFile(const std::string& text) {
+        const char* folder = std::getenv("TMPDIR");
+        m_path = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/sqlcmd-XXXXXX.sql";
+        const int descriptor = mkostemps(m_path.data(), kSuffixLength, O_CLOEXEC);
+        if (descriptor < 0)
+            throw ToolError("Sqlcmd: Error: cannot create '" + m_path + "': " + std::strerror(errno) + ".");
+        close(descriptor);
+        std::ofstream(m_path, std::ios::binary) << text;
+    }
+    ~TextFile() { unlink(m_path.c_str()); }
+    TextFile(const TextFile&) = delete;
+    TextFile& operator=(const TextFile&) = delete;
+
+    const std::string& path() const { return m_path; }
+    std::string text() const {
+        std::ostringstream text;
+        text << std::ifstream(m_path, std::ios::binary).rdbuf();
+        return text.str();
+    }
+
+  private:
+    static constexpr int kSuffixLength = 4;  // of ".sql"
+    std::string m_path;
+};
+
+// Attributes of posix_spawn(): the signals that the tool handles or ignores have their default actions.
+class DefaultSignals {
+  public:
+    DefaultSignals() {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int signal : {SIGINT, SIGPIPE}) sigaddset(&signals, signal);
+        posix_spawnattr_init(&m_attributes);
+        posix_spawnattr_setsigdefault(&m_attributes, &signals);
+        posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGDEF);
+    }
+    ~DefaultSignals() { posix_spawnattr_destroy(&m_attributes); }
+    DefaultSignals(const DefaultSignals&) = delete;
+    DefaultSignals& operator=(const DefaultSignals&) = delete;
+
+    const posix_spawnattr_t* get() const { return &m_attributes; }
+
+  private:
+    posix_spawnattr_t m_attributes;
+};
+
+void runShell(std::vector<std::string> arguments) {
+    constexpr int kFirstOther = 3;
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    const bool mayReadScript = isatty(STDIN_FILENO) == 0;  // standard input may be the script
+    if (mayReadScript) posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addclosefrom_np(&actions, kFirstOther);  // the connection among them
+    const DefaultSignals signals;
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, "/bin/sh", &actions, signals.get(), pointers.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) throw ToolError(std::string("Sqlcmd: Error: /bin/sh: ") + std::strerror(error) + ".");
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+}
+
+}  // namespace
+
+void runShellCommand(const std::string& command) {
+    runShell({"sh", "-c", command});
+}
+
+std::string edited(const std::string& text, const std::string& editor) {
+    const TextFile file(text);
+    runShell({"sh", "-c", editor + " \"$1\"", "sh", file.path()});
+    return file.text();
+}
+
+}  // namespace sqlcmd
