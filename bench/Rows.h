@@ -16,5 +16,6 @@ void childProcess(Bench& bench);
 void registryValue(Bench& bench);
 void catalogue(Bench& bench);
 void server(Bench& bench);
+void queryTool(Bench& bench);
 
 }  // namespace bench

@@ -25,6 +25,7 @@ constexpr Row kRows[] = {
     {"catalogue", bench::catalogue},
     {"package-run", bench::packageRun},
     {"server", bench::server},
+    {"query-tool", bench::queryTool},
 };
 
 std::vector<std::string> rowNames() {

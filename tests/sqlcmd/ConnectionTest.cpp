@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "client/ServerBrowser.h"
+
 using namespace sqlcmd;
 
 namespace {
@@ -50,6 +52,30 @@ TEST(ConnectionString, BracesPasswords) {
 TEST(ServerName, RejectsInvalidNames) {
     for (const char* text : {"", ",1", "h,", "h,0", "h,65536", "h,1x", "h\\", "h;UID=x", "{h}", "[::1"})
         EXPECT_THROW(parseServerName(text), UsageError) << text;
+}
+
+TEST(ServerBrowser, ReadsResponses) {
+    using Names = std::vector<std::string>;
+    const auto response = [](const std::string& data, int sizeError = 0) {
+        const auto size = static_cast<int>(data.size()) + sizeError;
+        return "\5" + std::string{static_cast<char>(size & 0xFF), static_cast<char>(size >> 8)} + data;
+    };
+    const std::string two =
+        "ServerName;H;InstanceName;MSSQLSERVER;IsClustered;No;Version;15.0;tcp;1433;;"
+        "ServerName;H;InstanceName;A;Version;15.0;;";
+    const std::pair<std::string, Names> cases[] = {
+        {response(two), {"H", "H\\A"}},
+        {response(two, -10), {"H", "H\\A"}},
+        {response(two, 1000), {"H", "H\\A"}},
+        {response("InstanceName;A;;"), {}},
+        {response("ServerName;H;InstanceName;A\x1B[m;;"), {}},
+        {response("ServerName"), {}},
+        {response(";;;;"), {}},
+        {"\6\1\1x", {}},
+        {"\5", {}},
+        {"", {}},
+    };
+    for (const auto& [bytes, names] : cases) EXPECT_EQ(serversIn(bytes), names) << bytes;
 }
 
 }  // namespace

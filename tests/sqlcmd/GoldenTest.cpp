@@ -99,6 +99,61 @@ TEST(Script, PrintsAMessageWhileItsBatchRuns) {
         "now\n");
 }
 
+// What a shell command with the tool prints to both streams, and its exit code.
+TEST(Script, UsesFilesStreamsAndPrograms) {
+    const support::TsqlBox server;
+    const support::TempDir folder;
+    support::writeFile(folder / "start.sql", "PRINT 'start'\n");
+    support::writeFile(folder / "page.sql", "PRINT N'\xE9'\n");
+    struct Row {
+        const char* command;
+        const char* output;  // its end
+        int exitCode;
+    };
+    const Row rows[] = {
+        {"SQLCMDINI=start.sql \"$@\" -Q \"PRINT 'q'\"", "start\nq\n", 0},
+        {"SQLCMDINI=start.sql \"$@\" -X -Q \"PRINT 'q'\"", "q\n", 0},
+        {"SQLCMDINI=none.sql \"$@\"", "'none.sql': Invalid filename. No such file or directory.\n", 1},
+        {"SQLCMD_NO_PROGRAMS=1 \"$@\" -Q '!! ls'",
+         "'!!' is disabled: the program that has started sqlcmd permits no other programs.\n", 1},
+        {"\"$@\" -Q \"PRINT 'o'\" -o /dev/stdout", "o\n", 0},
+        {"\"$@\" -Q \"PRINT 'e'\" -o /dev/stderr 2>e; cat e", "e\n", 0},
+        {"\"$@\" -Q \"PRINT '3'\" -o /dev/fd/3 3>e; cat e", "3\n", 0},
+        {"\"$@\" -Q \"PRINT '3'\" -o /dev/fd/9", "output file '/dev/fd/9': Bad file descriptor.\n", 1},
+        {"\"$@\" -Q \"PRINT 'n'\" -o /dev/null", "", 0},
+        {"\"$@\" -Q 'SELECT 1' -o /dev/full", "cannot write to '/dev/full': No space left on device.\n", 1},
+        {"\"$@\" -Q 'SELECT 1' -o .", "cannot open output file '.': Is a directory.\n", 1},
+        {"\"$@\" -i .", "'.': Invalid filename. Is a directory.\n", 1},
+        {"\"$@\" -f 1252 -i page.sql -o out; cat out", "\xE9\n", 0},
+        {"\"$@\" -f 1252 -Q \"PRINT N'\xC3\xA9\xE4\xB8\x96'\" -o out; cat out", "\xE9?\n", 0},
+        {"printf \":out out\\nPRINT 'u'\\n\" | \"$@\" -u; od -An -c out", "   u  \\0  \\n  \\0\n", 0},
+        {"printf \"PRINT 'a\\0b'\\n\" | \"$@\"", "it contains a NUL character.\n", 1},
+        {"\"$@\" --progress -Q 'SELECT 1' 2>&1 >e | sed 's/, .*//'", "Sqlcmd: batch 1: 1 rows\n", 0},
+        {"\"$@\" -p1 -Q ':perftrace e\nSELECT 1' >o; sed 's/1:.*//' e", "\n4096:\n", 0},
+        {"\"$@\" -Z new", "tsqlbox does not support ALTER LOGIN.\n", 1},
+    };
+    for (const auto& [command, output, exitCode] : rows) {
+        const auto result = inShell(server, command, folder.path());
+        EXPECT_TRUE((result.output + result.errors).ends_with(output))
+            << command << result.output << result.errors;
+        EXPECT_EQ(result.exitCode, exitCode) << command;
+    }
+}
+
+// The JSON document stays open.
+TEST(Script, ReportsALostServer) {
+    support::TsqlBox server;
+    support::TerminalProgram program(
+        {SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-P", server.password(), "--json", "-Q",
+         "SELECT 1 AS a RAISERROR('runs', 0, 1) WITH NOWAIT WAITFOR DELAY '00:10'"},
+        {});
+    ASSERT_TRUE(program.shows("runs")) << program.screen();
+    server.kill();
+    EXPECT_EQ(program.end(), 1);
+    EXPECT_NE(program.screen().find("Sqlcmd: Error: FreeTDS : "), std::string::npos) << program.screen();
+    EXPECT_EQ(program.screen().find("\n]\r"), std::string::npos) << program.screen();
+}
+
 // A value is read in pieces of 65,536 bytes.
 TEST(Script, PrintsValuesLongerThanAPiece) {
     const support::TsqlBox server;

@@ -6,6 +6,8 @@
 #include <signal.h>
 #include <sys/socket.h>
 
+#include <thread>
+
 #include "Program.h"
 #include "TempDir.h"
 
@@ -72,6 +74,35 @@ class SilentServer {
     Descriptor m_socket;
     int m_port = 0;
 };
+
+// A SQL Server Browser on this host.
+TEST(Program, ListsTheServersThatAnswer) {
+    const Descriptor service(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(1434);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(bind(service.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    std::thread answers([&] {
+        for (int i = 0; i < 2; ++i) {
+            char question[64];
+            sockaddr_in client{};
+            socklen_t length = sizeof client;
+            const auto size = recvfrom(service.get(), question, sizeof question, 0,
+                                       reinterpret_cast<sockaddr*>(&client), &length);
+            const std::string list = "ServerName;BOX;InstanceName;ONE;;";
+            const std::string answer =
+                size == 1 ? "\5" + std::string{static_cast<char>(list.size()), '\0'} + list
+                          : std::string("\5\6\0\1\1\0", 6);  // port 1 of the administrator connection
+            sendto(service.get(), answer.data(), answer.size(), 0, reinterpret_cast<sockaddr*>(&client),
+                   length);
+        }
+    });
+    EXPECT_EQ(sqlcmd({"-Lc"}).output, "BOX\\ONE\n");
+    const auto admin = sqlcmd({"-A", "-S", "127.0.0.1\\ONE", "-U", "u", "-P", "p"});
+    EXPECT_NE(admin.errors.find("Unable to connect"), std::string::npos) << admin.errors;
+    answers.join();
+}
 
 TEST(Program, HidesThePasswordFromTheProcessList) {
     const SilentServer server;

@@ -65,6 +65,10 @@ std::size_t utf8IncompleteTail(std::string_view text) {
 
 std::size_t firstInvalidUtf8(std::string_view text) {
     for (std::string_view rest = text; !rest.empty();) {
+        if (static_cast<unsigned char>(rest.front()) < 0x80) {
+            rest.remove_prefix(1);
+            continue;
+        }
         const std::size_t start = text.size() - rest.size();
         const char32_t character = takeCharacter(rest);
         std::string shortest;
