@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sodium.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
@@ -15,6 +16,7 @@ namespace hostlayer {
 namespace {
 
 constexpr const char* kKeyFileSetting = "cipherKeyFile";
+constexpr mode_t kKeyMode = 0600;
 constexpr mode_t kGroupAndOthers = S_IRWXG | S_IRWXO;
 
 thread_local const std::string* chosenKeyFile = nullptr;  // null: the one that the store names
@@ -38,26 +40,40 @@ VTPassword::Error CipherKey::load() {
     if (m_isLoaded) return VTPassword::kNoError;
     const std::string path = cipherKeyPath();
     if (path.empty()) return VTPassword::kKeyNotConfigured;
-    const VTPassword::Error error = readFile(path);
+    const VTPassword::Error error = readKeyFile(path, m_bytes.data(), m_bytes.size());
     m_isLoaded = error == VTPassword::kNoError;
     if (!m_isLoaded) wipe();
     return error;
 }
 
-VTPassword::Error CipherKey::readFile(const std::string& path) {
+void CipherKey::wipe() {
+    ::sodium_memzero(m_bytes.data(), m_bytes.size());
+}
+
+VTPassword::Error readKeyFile(const std::string& path, unsigned char* bytes, std::size_t size) {
     const Descriptor file = openWithoutBlocking(path);
     struct stat status {};
     if (!file || ::fstat(file.get(), &status) != 0) return VTPassword::kKeyUnreadable;
     if (!S_ISREG(status.st_mode)) return VTPassword::kKeyMalformed;
     if ((status.st_mode & kGroupAndOthers) != 0) return VTPassword::kKeyExposed;
-    if (status.st_size != static_cast<off_t>(kCipherKeyBytes)) return VTPassword::kKeyMalformed;
-    const ssize_t count = readUpTo(file.get(), m_bytes.data(), m_bytes.size());
+    if (status.st_size != static_cast<off_t>(size)) return VTPassword::kKeyMalformed;
+    const ssize_t count = readUpTo(file.get(), bytes, size);
     if (count < 0) return VTPassword::kKeyUnreadable;
-    return count == static_cast<ssize_t>(m_bytes.size()) ? VTPassword::kNoError : VTPassword::kKeyMalformed;
+    return count == static_cast<ssize_t>(size) ? VTPassword::kNoError : VTPassword::kKeyMalformed;
 }
 
-void CipherKey::wipe() {
-    ::sodium_memzero(m_bytes.data(), m_bytes.size());
+bool createKeyFile(const std::string& path, const unsigned char* bytes, std::size_t size,
+                   std::string& problem) {
+    const Descriptor file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kKeyMode));
+    if (!file) return reportErrno(problem, path);
+    const bool isWritten = ::fchmod(file.get(), kKeyMode) == 0 &&
+                           writeAll(file.get(), reinterpret_cast<const char*>(bytes), size) &&
+                           ::fsync(file.get()) == 0;
+    if (isWritten) return true;
+    reportErrno(problem, path);
+    ::unlink(path.c_str());
+    return false;
 }
 
 bool initializeSodium() {

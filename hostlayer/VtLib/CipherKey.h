@@ -30,12 +30,19 @@ class CipherKey {
     const unsigned char* bytes() const { return m_bytes.data(); }
 
   private:
-    VTPassword::Error readFile(const std::string& path);
     void wipe();
 
     std::array<unsigned char, kCipherKeyBytes> m_bytes{};
     bool m_isLoaded = false;
 };
+
+// Reads a file of exactly `size` bytes that only its owner can access.
+VTPassword::Error readKeyFile(const std::string& path, unsigned char* bytes, std::size_t size);
+
+// Creates such a file with mode 0600; an existing file is never overwritten. False, with the reason in
+// `problem`, on a failure; no partly written file is left.
+bool createKeyFile(const std::string& path, const unsigned char* bytes, std::size_t size,
+                   std::string& problem);
 
 // Initialises libsodium on the first call. False when that failed.
 bool initializeSodium();

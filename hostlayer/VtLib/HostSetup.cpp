@@ -1,22 +1,14 @@
 #include "HostSetup.h"
 
-#include <fcntl.h>
 #include <sodium.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
-#include <cerrno>
-#include <cstring>
 
 #include "CipherKey.h"
-#include "FileAccess.h"
 #include "Store.h"
 
 namespace hostlayer {
 namespace {
-
-constexpr mode_t kKeyMode = 0600;
 
 std::map<std::string, std::string> textsOf(const StoreKey& key) {
     std::map<std::string, std::string> texts;
@@ -47,17 +39,9 @@ bool createCipherKeyFile(const std::string& path, std::string& problem) {
         problem = cipherErrorText(VTPassword::kCipherUnavailable);
         return false;
     }
-    const Descriptor file(
-        ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kKeyMode));
-    if (!file) return reportErrno(problem, path);
-    std::array<char, kCipherKeyBytes> key{};
+    std::array<unsigned char, kCipherKeyBytes> key{};
     ::randombytes_buf(key.data(), key.size());
-    const bool isWritten = ::fchmod(file.get(), kKeyMode) == 0 &&
-                           writeAll(file.get(), key.data(), key.size()) && ::fsync(file.get()) == 0;
-    if (!isWritten) {
-        reportErrno(problem, path);
-        ::unlink(path.c_str());
-    }
+    const bool isWritten = createKeyFile(path, key.data(), key.size(), problem);
     ::sodium_memzero(key.data(), key.size());
     return isWritten;
 }

@@ -26,6 +26,8 @@ inline constexpr char kDecryptName[] = "DescryptFile";  // misspelled in the mes
 // Causes
 inline constexpr char kLineNotEncrypted[] = "Line %s cannot be encrypted.";
 inline constexpr char kLineNotDecrypted[] = "Line %s cannot be decrypted.";
+inline constexpr char kBrokenLine[] = "Line %s is cut off or holds a NUL byte.";
+inline constexpr char kNoRecord[] = "The package has no record.";
 inline constexpr char kSameFile[] = "Source and target are the same file.";
 inline constexpr char kValueMissing[] = "The value is missing or empty.";
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "OpenFile.h"
 #include "TextAsFormat.h"
 #include "VTPassword.h"
+#include "VtPackageSeal.h"
 
 namespace {
 
@@ -38,14 +40,19 @@ class Scratch {
     std::vector<char> m_bytes;
 };
 
+enum class Direction { kEncrypt, kDecrypt, kDecryptPackage };
+
 // Encryption or decryption of one file, line by line.
 class FileCipher {
   public:
-    FileCipher(bool encrypt, std::string& errorText)
-        : m_encrypt(encrypt),
+    FileCipher(Direction direction, std::string& errorText)
+        : m_encrypt(direction == Direction::kEncrypt),
+          m_isPackage(direction == Direction::kDecryptPackage),
           m_errorText(errorText),
-          m_line(encrypt ? kPlainSize : kRecordSize),
-          m_output(encrypt ? kRecordSize : kPlainSize) {}
+          m_line(m_encrypt ? kPlainSize : kRecordSize),
+          m_output(m_encrypt ? kRecordSize : kPlainSize) {
+        if (m_isPackage && VtStartSealCheck != nullptr) m_seal = VtStartSealCheck();
+    }
 
     // `openTarget` returns the target's stream. It is called after the source has been opened, so that a
     // missing source does not truncate the target.
@@ -68,24 +75,59 @@ class FileCipher {
                         const char* targetPath) {
         // fgets() reads one byte less than its limit: pieces have 509 or 2,046 bytes.
         const int limit = static_cast<int>(m_line.size()) - 1;
-        for (long line = 1; std::fgets(m_line.data(), limit, source) != nullptr; ++line) {
-            std::size_t length = std::strlen(m_line.data());
-            if (length < kShortestPiece) continue;
-            if (!m_encrypt) length = cutLineEnd(length);
-            if (length == 0) continue;
-            if (!transformPiece()) return failAtLine(sourcePath, line);
+        long line = 1;
+        for (; std::fgets(m_line.data(), limit, source) != nullptr; ++line) {
+            const std::size_t length = std::strlen(m_line.data());
+            if (m_isPackage && !isWholeLine(source, length)) {
+                return refuse(sourcePath, textAsFormat(common_messages::kBrokenLine, {std::to_string(line)}));
+            }
+            const std::string_view lineEnd = m_encrypt ? std::string_view() : cutLineEnd(length);
+            const std::size_t recordLength = length - lineEnd.size();
+            const bool isBlank = length < kShortestPiece || recordLength == 0;
+            if (!isBlank && !transformPiece()) return failAtLine(sourcePath, line);
+            if (isBlank) m_output.data()[0] = '\0';
+            if (!isContent(recordLength, lineEnd) || isBlank) continue;
             if (!write(target)) return failAt(targetPath, common_messages::kCannotWriteTarget);
         }
-        return true;
+        return std::ferror(source) != 0 || !m_isPackage || acceptPackage(sourcePath);
     }
 
-    // Cuts a line break ("\n" or "\r\n") off the end of the line; returns the remaining length.
-    std::size_t cutLineEnd(std::size_t length) {
-        if (m_line.data()[length - 1] != '\n') return length;
-        --length;
-        if (length > 0 && m_line.data()[length - 1] == '\r') --length;
-        m_line.data()[length] = '\0';
-        return length;
+    // False for a line with a NUL byte, which hides what follows it, and for a last line of one byte, which
+    // would be skipped.
+    bool isWholeLine(std::FILE* source, std::size_t length) {
+        m_read += static_cast<off_t>(length);
+        if (length > 0 && m_line.data()[length - 1] == '\n') return true;
+        if (length + 2 == m_line.size()) return true;  // a piece of a longer line
+        return std::feof(source) != 0 && length >= kShortestPiece && ::ftello(source) == m_read;
+    }
+
+    // Cuts a line break ("\n" or "\r\n") off the end of the line and returns it.
+    std::string_view cutLineEnd(std::size_t length) {
+        char* const line = m_line.data();
+        if (length == 0 || line[length - 1] != '\n') return "";
+        const bool hasReturn = length > 1 && line[length - 2] == '\r';
+        line[length - (hasReturn ? 2 : 1)] = '\0';
+        return hasReturn ? "\r\n" : "\n";
+    }
+
+    // Adds the line to the seal's check. False for the seal itself.
+    bool isContent(std::size_t recordLength, std::string_view lineEnd) {
+        m_records += recordLength > 0 ? 1 : 0;
+        return m_seal == nullptr || m_seal->addLine({m_line.data(), recordLength}, lineEnd, m_output.data());
+    }
+
+    bool acceptPackage(const char* path) {
+        if (m_records == 0) return refuse(path, common_messages::kNoRecord);
+        if (m_seal == nullptr) return true;
+        const std::string problem = m_seal->problem(packageName(path));
+        return problem.empty() || refuse(path, problem);
+    }
+
+    // File name without ".sql".
+    static std::string packageName(const std::string& path) {
+        constexpr std::string_view kEnding = ".sql";
+        const std::string name = path.substr(path.rfind('/') + 1);
+        return name.ends_with(kEnding) ? name.substr(0, name.size() - kEnding.size()) : name;
     }
 
     bool transformPiece() {
@@ -111,6 +153,11 @@ class FileCipher {
         return fail(textAsFormat(message, {path}));
     }
 
+    bool refuse(const char* path, const std::string& reason) {
+        reportCause({.where = kDVUPackage, .subject = path, .text = reason});
+        return fail(reason);
+    }
+
     // The cipher has noted the reason.
     bool failAtLine(const char* sourcePath, long line) {
         const char* text =
@@ -127,8 +174,12 @@ class FileCipher {
     }
 
     const bool m_encrypt;
+    const bool m_isPackage;
     std::string& m_errorText;
     VTPassword m_cipher;
+    std::unique_ptr<VtSealCheck> m_seal;  // of a package; null without a platform that knows seals
+    std::size_t m_records = 0;
+    off_t m_read = 0;
     Scratch m_line;
     Scratch m_output;
     Scratch m_sourceBuffer{kStreamBufferSize};
@@ -154,15 +205,16 @@ bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::str
             errorText = FXString::Format(common_messages::kCannotOpenCipherFile, targetFile);
             return false;
         }
-        return FileCipher(encrypt, errorText).run(sourceFile, targetFile, [&] {
+        const Direction direction = encrypt ? Direction::kEncrypt : Direction::kDecrypt;
+        return FileCipher(direction, errorText).run(sourceFile, targetFile, [&] {
             return OpenFile(targetFile, "w");
         });
     });
 }
 
-bool decryptInto(const char* sourceFile, const FileDescriptor& target, const char* targetName,
-                 std::string& errorText) {
-    return FileCipher(/*encrypt=*/false, errorText).run(sourceFile, targetName, [&] {
+bool decryptPackage(const char* sourceFile, const FileDescriptor& target, const char* targetName,
+                    std::string& errorText) {
+    return FileCipher(Direction::kDecryptPackage, errorText).run(sourceFile, targetName, [&] {
         return OpenFile(target.duplicate(), "w");
     });
 }

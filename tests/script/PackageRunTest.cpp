@@ -12,9 +12,12 @@
 #include <thread>
 
 #include "CVoFile.h"
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/TScript.h"
 #include "DVUtilities/TScriptRecords.h"
+#include "PackageSeal.h"
 #include "ScriptFixture.h"
+#include "VTPassword.h"
 
 namespace {
 
@@ -135,6 +138,128 @@ TEST_F(PackageRun, HelpAndOtherOperationsRunNothing) {
     EXPECT_TRUE(other.done);
     EXPECT_EQ(other.output, "");
     EXPECT_EQ(query("SELECT COUNT(*) FROM ZpTscriptExec WHERE name = 'helped'").front(), "0");
+}
+
+// The lines of a file, each with its line break.
+std::vector<std::string> linesOf(const std::string& file) {
+    std::istringstream in(support::readFile(file));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) lines.push_back(line + "\n");
+    return lines;
+}
+
+std::string joinedLines(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += line;
+    return text;
+}
+
+std::string cipherLine(const std::string& plain) {
+    std::string record(2048, '\0');
+    unsigned long size = record.size();
+    EXPECT_NE(VTPassword().encrypt(plain.c_str(), record.data(), &size), 0);
+    return record.substr(0, size);
+}
+
+// Reads the package as a run does, without a database; the reason of a refusal.
+std::string loadProblem(const std::string& name) {
+    std::string database, sql, error;
+    const std::vector<std::string> noValues;
+    const DVUCauses collector;
+    if (TS_PreviewTscript_SQL(name.c_str(), &database, &noValues, &sql, &error)) return {};
+    std::vector<DVUCause_t> causes;
+    collector.get(causes);
+    return causes.empty() ? error : causes.back().text;
+}
+
+TEST_F(PackageRun, EveryRearrangementOfASealedPackageIsRefused) {
+    const std::string path =
+        writePackage("sealed", packageOf("DELETE a\nWHERE b = 1\nGO\nDELETE a\nWHERE b = 2\n"));
+    const Texts records = linesOf(path);
+    hostlayer::PackageSealer sealer({.version = 7, .name = "sealed"});
+    for (const std::string& record : records) {
+        std::string plain(511, '\0');
+        unsigned long size = plain.size();
+        const std::string line = record.substr(0, record.size() - 1);
+        ASSERT_NE(VTPassword().decrypt(line.c_str(), plain.data(), &size), 0);
+        sealer.addLine(line, plain.substr(0, size));
+    }
+    std::string seal, problem;
+    ASSERT_TRUE(sealer.makeText(seal, problem)) << problem;
+    Texts whole = records;
+    whole.insert(whole.begin(), cipherLine(seal) + "\n");
+    const auto problemOf = [&](const std::string& content) {
+        support::writeFile(path, content);
+        return loadProblem("sealed");
+    };
+    EXPECT_EQ(problemOf(joinedLines(whole)), "");
+    EXPECT_EQ(problemOf(joinedLines(records)), "") << "without a seal, and none is required";
+
+    std::vector<std::string> changed;
+    const auto add = [&](Texts lines) { changed.push_back(joinedLines(lines)); };
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        Texts lines = whole;
+        lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(i), whole[i]);
+        add(lines);  // doubled
+        for (const char* blank : {"\n", "\r\n"}) {
+            lines[i] = blank;
+            add(lines);
+        }
+        lines = whole;
+        lines[i].insert(lines[i].size() - 1, "\r");
+        add(lines);
+        if (i > 0) {
+            lines = whole;
+            lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(i));
+            add(lines);
+            add({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(i)});  // cut
+        }
+        for (std::size_t j = i + 1; j < whole.size(); ++j) {
+            lines = whole;
+            std::swap(lines[i], lines[j]);
+            add(lines);
+        }
+    }
+    add({whole[0], cipherLine("#START_SCRIPT#\n") + "\n", cipherLine("DROP TABLE a\n") + "\n"});
+    for (const std::string& content : changed) EXPECT_NE(problemOf(content), "") << content;
+    EXPECT_GT(changed.size(), 100U);
+    support::writeFile(packagePath("other"), joinedLines(whole));
+    EXPECT_EQ(loadProblem("other"), "the package was sealed under the name 'sealed'");
+}
+
+TEST_F(PackageRun, NothingInAPackageIsSkipped) {
+    const std::string path = writePackage("whole", packageOf("PRINT 'one'\nPRINT 'two'\n"));
+    const std::string content = support::readFile(path);
+    const std::string nul(1, '\0');
+    const std::size_t lastLine = content.rfind('\n', content.size() - 2) + 1;
+    const struct {
+        std::string content, problem;
+    } cases[] = {
+        {content, ""},
+        {content.substr(0, content.size() - 1), ""},  // the last line break
+        {content + "\n\n", ""},
+        {"", "The package has no record."},
+        {"\n\r\n\n", "The package has no record."},
+        {nul + content, "Line 1 is cut off or holds a NUL byte."},
+        {content.substr(0, lastLine) + nul + content.substr(lastLine), "holds a NUL byte."},
+        {content.substr(0, content.size() - 1) + nul + "PRINT 3\n", "holds a NUL byte."},
+        {content.substr(0, content.size() - 1) + nul + "PRINT 3", "holds a NUL byte."},
+        {content + nul + "\n", "holds a NUL byte."},
+        {content + nul, "holds a NUL byte."},
+        {content + "Z", "is cut off or holds a NUL byte."},
+        {content + "ZF", "cannot be decrypted."},
+        {content + "Z\n", "cannot be decrypted."},
+    };
+    for (const auto& c : cases) {
+        support::writeFile(path, c.content);
+        const std::string problem = loadProblem("whole");
+        EXPECT_TRUE(problem.ends_with(c.problem) && problem.empty() == c.problem.empty())
+            << problem << " instead of " << c.problem;
+    }
+    for (std::size_t length = lastLine + 1; length + 1 < content.size(); ++length) {
+        support::writeFile(path, content.substr(0, length));
+        EXPECT_NE(loadProblem("whole"), "") << length;
+    }
 }
 
 TEST_F(PackageRun, ARefusedPackageReportsWhyAndLeavesNoPlainCopy) {

@@ -207,6 +207,63 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         EXPECT_EQ(entry.path().filename().string().find("p.sql."), std::string::npos) << entry.path();
 }
 
+// The package's records behind its seal.
+std::string withoutSeal(const fs::path& package) {
+    const std::string records = support::readFile(package);
+    return records.substr(records.find('\n') + 1);
+}
+
+// What a run and `inspect` find in a package, and what the settings demand of it.
+TEST_F(Installation, UsesOnlyPackagesThatAreWhatWasSealed) {
+    const fs::path package = folder / "Scripts" / "Small.sql";
+    const fs::path signer = m_temp / "signer.key";
+    const Words preview = {"run", "Small", "--dry-run"};
+    const Words look = {"inspect", package};
+    const auto expectRefused = [&](const std::string& reason) {
+        expectAll({{preview, 3, "", reason}, {look, 3, "no: ", "is not authentic"}, {look, 3, reason, ""}});
+    };
+    const auto expectAccepted = [&](const std::string& seal) {
+        expectAll({{preview, 0, "PRINT 'x'", ""}, {look, 0, "yes, every record", ""}, {look, 0, seal, ""}});
+    };
+    pack("Small", "#START_SCRIPT#\nPRINT 'x'\n");
+    expectAll({{{"pack", m_temp / "Small.txt", "--package-version", "3"}, 0, "", "packed"}});
+    expectAccepted("version 3, not signed");
+    const std::string sealed = support::readFile(package);
+    const std::string unsealed = withoutSeal(package);
+    support::writeFile(package, sealed + unsealed);
+    expectRefused("the package differs from what was sealed");
+    support::writeFile(package, unsealed + sealed);
+    expectRefused("a seal is not the first line");
+    support::writeFile(package, support::readFile(folder / "Scripts" / "PurgeEvents.sql"));
+    expectRefused("was sealed under the name 'PurgeEvents'");
+    support::writeFile(package, unsealed);
+    expectAccepted("none: ");
+    expectAll({{{"config", "set", "host.requireSeal", "1"}, 0, "", ""}});
+    expectRefused("has no seal");
+    const std::string key = folder / "cipher.key";
+    expectAll({{{"repack", "--seal", "--old-key", key, "--new-key", key, package}, 0, "", "repacked"}});
+    expectAccepted("version 1");
+    const ProgramResult made = run({"key", "create", "--signing", signer});
+    ASSERT_EQ(made.exitCode, 0) << made.errors;
+    EXPECT_EQ(modeOf(signer), 0600U);
+    const std::string publicKey = made.output.substr(0, made.output.size() - 1);
+    expectAll({{{"key", "create", "--signing", signer}, 3, "", "File exists"},
+               {{"key", "create", "--signing"}, 2, "", "name the file"},
+               {{"config", "set", "host.trustedSigners", "other, " + publicKey}, 0, "", ""}});
+    expectRefused("the package is not signed");
+    expectAll({{{"pack", m_temp / "Small.txt", "--sign", key}, 3, "", "exactly 64 bytes"},
+               {{"pack", m_temp / "Small.txt", "--sign", signer}, 0, "", "packed"}});
+    expectAccepted("signed by " + publicKey);
+    const fs::path next = m_temp / "next.key";
+    expectAll({{{"key", "create", next}, 0, "", ""},
+               {{"repack", "--old-key", key, "--new-key", next, package}, 0, "", "repacked"}});
+    fs::copy_file(next, key, fs::copy_options::overwrite_existing);
+    expectAccepted("signed by " + publicKey);
+    expectAll({{{"config", "set", "host.trustedSigners", "another"}, 0, "", ""}});
+    expectRefused("signer is not one of");
+    expectAll({{{"doctor"}, 3, "package Small: the package's signer is not one of", ""}});
+}
+
 TEST_F(Installation, InspectsPackages) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
     const std::string body = "--" + std::string(600, 'x') + "\nPRINT '%s 5%% %s'\nPRINT '%s'\n";
@@ -226,7 +283,7 @@ TEST_F(Installation, InspectsPackages) {
         {{"inspect", store()}, 3, "no: ", "is not authentic"},
     });
     EXPECT_EQ(run({"inspect", packed}).output.find("PRINT"), std::string::npos);
-    std::string blankLines = support::readFile(packed);
+    std::string blankLines = withoutSeal(packed);
     for (std::size_t at = 0; (at = blankLines.find('\n', at)) != std::string::npos; at += 4)
         blankLines.replace(at, 1, "\r\n\r\n");
     support::writeFile(packed, blankLines);

@@ -20,7 +20,7 @@ _tscript_words() {
   local i
   for ((i = 1; i < COMP_CWORD; i++)); do
     case ${COMP_WORDS[i]} in
-      --name | --status | --key | --since | --last | --stale | --store | --db | --dir | --port | --user | --to | --input | --old-key | --new-key | --output | --parameter | -o | -p) ((i++)) ;;
+      --name | --status | --key | --since | --last | --stale | --store | --db | --dir | --port | --user | --to | --input | --old-key | --new-key | --sign | --package-version | --output | --parameter | -o | -p) ((i++)) ;;
       -*) ;;
       *) printf '%s ' "${COMP_WORDS[i]}" ;;
     esac
@@ -51,11 +51,11 @@ _tscript() {
   read -r -a words < <(_tscript_words)
   local current=${COMP_WORDS[COMP_CWORD]} options="--help --store --no-input"
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    --store | --output | -o | --old-key | --new-key) _tscript_files -f; return ;;
+    --store | --output | -o | --old-key | --new-key | --sign) _tscript_files -f; return ;;
     --dir | --to) _tscript_files -d; return ;;
     --status) _tscript_offer "running ok failed"; return ;;
     --db) _tscript_offer "$databases"; return ;;
-    -p | --parameter | --input | --name | --since | --last | --stale | --port | --user) COMPREPLY=(); return ;;
+    -p | --parameter | --input | --name | --since | --last | --stale | --port | --user | --package-version) COMPREPLY=(); return ;;
   esac
   case "${words[*]}" in
     "") _tscript_offer "run help exec params which catalogue journal report pack lint inspect repack db doctor schema config key credentials sandbox $options --version" ;;
@@ -67,10 +67,11 @@ _tscript() {
     journal | report*) options+=" --since" ;;&
     journal) options+=" --status --last" ;;&
     report*) options+=" -o --output --csv --json" ;;&
-    pack*) options+=" -o --output" ;;&
+    pack*) options+=" -o --output --sign --package-version" ;;&
     inspect*) options+=" --body" ;;&
     params* | which* | catalogue* | journal* | inspect* | lint*) options+=" --json" ;;&
-    repack*) options+=" --old-key --new-key" ;;&
+    repack*) options+=" --old-key --new-key --seal" ;;&
+    "key create"*) options+=" --signing" ;;&
     "db restore"*) options+=" --to --execute" ;;&
     "db restore"* | "sandbox reset"*) options+=" --yes" ;;&
     schema*) options+=" --json" ;;&

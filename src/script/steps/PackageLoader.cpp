@@ -111,7 +111,8 @@ void PackageLoader::reserveCopy() {
 bool PackageLoader::decrypt() {
     m_package.fileHash.clear();
     if (!recordSettings().folder.empty()) m_package.fileHash = sha256OfFile(m_package.path.c_str());
-    if (m_copy.isOpen() && decryptInto(m_package.path.c_str(), m_copy, m_copyPath.c_str(), m_lastMessage)) {
+    if (m_copy.isOpen() &&
+        decryptPackage(m_package.path.c_str(), m_copy, m_copyPath.c_str(), m_lastMessage)) {
         return true;
     }
     return m_report.failAs(messages::kDecryptFailed,

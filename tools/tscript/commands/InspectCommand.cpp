@@ -49,6 +49,10 @@ Json toJson(const InspectOptions& options, const Inspection& found) {
     result["badRecords"] = found.badRecords;
     if (found.badRecords > 0)
         result["firstBad"] = {{"line", found.firstBadLine}, {"reason", found.firstReason}};
+    if (found.seal)
+        result["seal"] = {
+            {"name", found.seal->name}, {"version", found.seal->version}, {"signer", found.seal->signer}};
+    if (!found.sealProblem.empty()) result["sealProblem"] = found.sealProblem;
     if (!found.isAuthentic()) return result;
     result["header"] = headerJson(found.content);
     result["usage"] = withoutLeadingBreaks(found.content.usage);
@@ -70,11 +74,18 @@ void writeField(const char* name, const std::string& value) {
 }
 
 std::string authenticityText(const Inspection& found) {
-    if (found.isAuthentic()) return "yes, every record";
+    if (found.isAuthentic()) return found.seal ? "yes, every record and the package" : "yes, every record";
+    if (!found.sealProblem.empty()) return "no: " + found.sealProblem;
     if (found.records == 0) return "no: there is no record";
     return "no: " + std::to_string(found.badRecords) + " of " + std::to_string(found.records) +
            " record(s) are bad; the first in line " + std::to_string(found.firstBadLine) + ": " +
            found.firstReason;
+}
+
+std::string sealText(const Inspection& found) {
+    if (!found.seal) return "none: removed, moved and exchanged records are not noticed";
+    const std::string signer = found.seal->signer.empty() ? "not signed" : "signed by " + found.seal->signer;
+    return "version " + std::to_string(found.seal->version) + ", " + signer;
 }
 
 void writeListing(const InspectOptions& options, const Inspection& found) {
@@ -84,6 +95,7 @@ void writeListing(const InspectOptions& options, const Inspection& found) {
                std::to_string(found.size) + " bytes, " + std::to_string(found.records) + " record(s)");
     writeField("authentic", authenticityText(found));
     if (!found.isAuthentic()) return;
+    writeField("seal", sealText(found));
     writeField("database", content.databaseName);
     writeField("created", creationText(content));
     writeField("site", content.plexumId == 0 ? "any" : std::to_string(content.plexumId));

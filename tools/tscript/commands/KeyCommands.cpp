@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "HostSetup.h"
+#include "PackageSeal.h"
 #include "VTPassword.h"
 #include "commands/Commands.h"
 #include "console/Console.h"
@@ -12,6 +13,7 @@ namespace {
 
 struct KeyOptions {
     std::string file;
+    bool isSigning = false;
 };
 
 std::string configuredKeyFile() {
@@ -21,7 +23,20 @@ std::string configuredKeyFile() {
     throw Failure(ExitCode::kInstallation, hostlayer::cipherErrorText(VTPassword::kKeyNotConfigured));
 }
 
+// The public key is the result: it belongs into the store's trustedSigners.
+ExitCode createSigningKey(const std::string& file) {
+    if (file.empty()) throw Failure(ExitCode::kUsage, "name the file of the signing key");
+    std::string problem;
+    const std::string publicKey = hostlayer::createSigningKeyFile(file, problem);
+    if (publicKey.empty())
+        throw Failure(ExitCode::kInstallation, "the signing key cannot be created: " + problem);
+    writeResult(publicKey);
+    writeNote("created the signing key " + file + "; its public key is above");
+    return ExitCode::kDone;
+}
+
 ExitCode createKey(const KeyOptions& options) {
+    if (options.isSigning) return createSigningKey(options.file);
     if (options.file.empty()) requireStore();
     const std::string target = options.file.empty() ? configuredKeyFile() : options.file;
     createKeyFile(target);
@@ -34,7 +49,9 @@ ExitCode createKey(const KeyOptions& options) {
 void addKeyCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<KeyOptions>();
     CLI::App* family = addFamily(app, "key", "The key that packages and credentials are encrypted with");
-    addCommand(family, action, "create", "Create a key file; an existing one is left unchanged", options,
-               createKey)
-        ->add_option("FILE", options->file, "The key file (default: the store's cipherKeyFile)");
+    CLI::App* create = addCommand(family, action, "create",
+                                  "Create a key file; an existing one is left unchanged", options, createKey);
+    create->add_flag("--signing", options->isSigning,
+                     "Create a key that signs packages, and print its public key");
+    create->add_option("FILE", options->file, "The key file (default: the store's cipherKeyFile)");
 }

@@ -12,6 +12,7 @@ namespace {
 struct PackOptions {
     std::string plain;
     std::string target;
+    SealOptions seal;
 };
 
 // In the Scripts folder, under a name that the script can be run by.
@@ -24,7 +25,7 @@ std::string defaultTarget(const std::string& plain) {
 ExitCode pack(const PackOptions& options) {
     requireStore();
     const std::string target = options.target.empty() ? defaultTarget(options.plain) : options.target;
-    packFile(options.plain, target);
+    packFile(options.plain, target, options.seal);
     writeNote("packed " + target);
     return ExitCode::kDone;
 }
@@ -34,10 +35,16 @@ ExitCode pack(const PackOptions& options) {
 void addPackCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<PackOptions>();
     CLI::App* command =
-        addCommand(&app, action, "pack", "Encrypt a plain script into a package", options, pack);
+        addCommand(&app, action, "pack", "Encrypt and seal a plain script as a package", options, pack);
     command->add_option("PLAIN", options->plain, "The plain text of the script")->required();
     command
         ->add_option("-o,--output", options->target,
                      "The package (default: the script's name in the installation's Scripts folder)")
         ->type_name("FILE");
+    command->add_option("--sign", options->seal.signingKey, "Sign the package with this key")
+        ->type_name("FILE");
+    command
+        ->add_option("--package-version", options->seal.version,
+                     "Version number that the seal holds (default: the seconds since 1970)")
+        ->type_name("N");
 }

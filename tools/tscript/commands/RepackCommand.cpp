@@ -1,36 +1,30 @@
 // Command `repack`: encrypts packages with another key.
-#include <string.h>
-
 #include <array>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "HostSetup.h"
 #include "VTPassword.h"
 #include "commands/Commands.h"
 #include "console/Console.h"
+#include "package/PackageFile.h"
+#include "package/PlainRecord.h"
 #include "package/RecordReader.h"
+#include "package/SealedPackage.h"
 #include "system/ScratchFile.h"
 
 namespace {
 
 constexpr std::size_t kRecordCapacity = 2048;
-constexpr std::size_t kPlainCapacity = 511;
 
 struct RepackOptions {
     std::string oldKey;
     std::string newKey;
     std::vector<std::string> files;
-};
-
-// Plain text of a record, wiped by the destructor.
-struct PlainText {
-    PlainText() = default;
-    ~PlainText() { explicit_bzero(bytes.data(), bytes.size()); }
-    PlainText(const PlainText&) = delete;
-    PlainText& operator=(const PlainText&) = delete;
-    std::array<char, kPlainCapacity> bytes{};
+    bool seal = false;
 };
 
 // Cipher that uses the key of a given file.
@@ -39,21 +33,21 @@ class KeyedCipher {
     // Throws Failure (kInstallation) if the file does not hold a usable key.
     explicit KeyedCipher(const std::string& keyFile) : m_keyFile(keyFile) {
         std::string ignored;
-        if (encrypt({}, ignored)) return;
+        if (encrypt("", ignored)) return;
         throw Failure(ExitCode::kInstallation,
                       "the key file " + keyFile + " cannot be used: " + reason(m_cipher.getLastError()));
     }
 
-    bool decrypt(const std::string& record, PlainText& plain) {
+    const std::string& keyFile() const { return m_keyFile; }
+    bool decrypt(const std::string& record, PlainRecord& plain) {
         const hostlayer::KeyFileChoice choice(m_keyFile);
-        unsigned long size = plain.bytes.size();
-        return m_cipher.decrypt(record.c_str(), plain.bytes.data(), &size) != 0;
+        return plain.decrypt(m_cipher, record);
     }
-    bool encrypt(const PlainText& plain, std::string& record) {
+    bool encrypt(const char* plain, std::string& record) {
         const hostlayer::KeyFileChoice choice(m_keyFile);
         std::array<char, kRecordCapacity> buffer{};
         unsigned long size = buffer.size();
-        const bool done = m_cipher.encrypt(plain.bytes.data(), buffer.data(), &size) != 0;
+        const bool done = m_cipher.encrypt(plain, buffer.data(), &size) != 0;
         record.assign(buffer.data(), done ? size : 0);
         return done;
     }
@@ -77,55 +71,93 @@ class KeyedCipher {
     VTPassword m_cipher;
 };
 
-// Reason why the cipher cannot decrypt the file: its first bad record, or no records at all. Empty if it can.
-std::string decryptionProblem(const std::string& file, KeyedCipher& cipher) {
+struct PackageState {
+    std::string problem;  // first bad record, no record at all, or a broken seal; empty if there is none
+    std::optional<hostlayer::PackageSeal> seal;
+};
+
+PackageState readPackage(const std::string& file, KeyedCipher& cipher) {
     RecordReader reader(file);
-    PlainText plain;
+    PlainRecord plain;
+    hostlayer::PackageSealCheck check;
     std::size_t records = 0;
-    for (std::string record; reader.next(record); ++records)
+    const auto addBlankLines = [&] {
+        if (!reader.blankLines().empty()) check.addLine({}, reader.blankLines(), {});
+    };
+    for (std::string record; reader.next(record); ++records) {
         if (!cipher.decrypt(record, plain))
-            return "line " + std::to_string(reader.line()) + ": " + cipher.lastReason();
-    return records == 0 ? "there is no record in it" : "";
+            return {"line " + std::to_string(reader.line()) + ": " + cipher.lastReason(), {}};
+        addBlankLines();
+        check.addLine(record, reader.lineEnd(), plain.text());
+    }
+    addBlankLines();
+    if (records == 0) return {"there is no record in it", {}};
+    const hostlayer::KeyFileChoice choice(cipher.keyFile());
+    PackageState state{check.sealProblem(), {}};
+    if (check.seal() != nullptr) state.seal = *check.seal();
+    return state;
 }
 
-void copyRecords(const std::string& file, const std::string& target, KeyedCipher& from, KeyedCipher& to) {
+template <typename AddRecord>
+void convertRecords(const std::string& file, KeyedCipher& from, KeyedCipher& to, AddRecord addRecord) {
     RecordReader reader(file);
-    std::ofstream out(target, std::ios::binary);
-    PlainText plain;
+    PlainRecord plain;
     for (std::string record; reader.next(record);) {
         if (!from.decrypt(record, plain))
             throw Failure(ExitCode::kInstallation,
                           "line " + std::to_string(reader.line()) + ": " + from.lastReason());
-        if (!to.encrypt(plain, record)) throw Failure(ExitCode::kInstallation, to.lastReason());
-        out << record << '\n';
+        if (hostlayer::isSealText(plain.text())) continue;  // the new package has its own
+        if (!to.encrypt(plain.text(), record)) throw Failure(ExitCode::kInstallation, to.lastReason());
+        addRecord(record, plain.text());
     }
+}
+
+void copyRecords(const std::string& file, const std::string& target, KeyedCipher& from, KeyedCipher& to) {
+    std::ofstream out(target, std::ios::binary);
+    convertRecords(file, from, to, [&](const std::string& record, const char*) { out << record << '\n'; });
     out.close();
     if (!out) throw Failure(ExitCode::kInstallation, target + " cannot be written; is the disk full?");
 }
 
+void copySealed(const std::string& file, const std::string& target, const hostlayer::PackageSeal& seal,
+                KeyedCipher& from, KeyedCipher& to) {
+    const hostlayer::KeyFileChoice choice(to.keyFile());
+    SealedPackageWriter out(target, seal, /*signingKey=*/{});
+    convertRecords(file, from, to,
+                   [&](const std::string& record, const char* plain) { out.addRecord(record, plain); });
+    out.finish();
+}
+
 // Replaces the file that a link points to, not the link. Throws Failure if the file is unchanged.
-void repackFile(const std::string& file, KeyedCipher& from, KeyedCipher& to) {
-    if (const std::string problem = decryptionProblem(file, from); !problem.empty()) {
-        if (decryptionProblem(file, to).empty()) return writeNote(file + " has the new key already");
-        throw Failure(ExitCode::kInstallation, problem);
+void repackFile(const std::string& file, KeyedCipher& from, KeyedCipher& to, bool sealsAll) {
+    PackageState state = readPackage(file, from);
+    if (!state.problem.empty()) {
+        if (readPackage(file, to).problem.empty()) return writeNote(file + " has the new key already");
+        throw Failure(ExitCode::kInstallation, state.problem);
     }
+    if (!state.seal && sealsAll)
+        state.seal = hostlayer::PackageSeal{.version = currentPackageVersion(), .name = packageName(file)};
     const std::string real = std::filesystem::canonical(file).string();
     ScratchFile repacked(real);
-    copyRecords(real, repacked.path(), from, to);
+    if (state.seal) {
+        copySealed(real, repacked.path(), *state.seal, from, to);
+    } else {
+        copyRecords(real, repacked.path(), from, to);
+    }
     repacked.replace(real);
     writeNote("repacked " + file);
 }
 
 ExitCode repack(const RepackOptions& options) {
     std::error_code ignored;
-    if (std::filesystem::equivalent(options.oldKey, options.newKey, ignored))
+    if (!options.seal && std::filesystem::equivalent(options.oldKey, options.newKey, ignored))
         throw Failure(ExitCode::kUsage, "the old and the new key are the same file");
     KeyedCipher from(options.oldKey);
     KeyedCipher to(options.newKey);
     std::size_t unchangedFiles = 0;
     for (const std::string& file : options.files) {
         try {
-            repackFile(file, from, to);
+            repackFile(file, from, to, options.seal);
         } catch (const Failure& failure) {
             writeNote("tscript: " + file + " was left as it is: " + failure.what());
             ++unchangedFiles;
@@ -144,7 +176,8 @@ void addRepackCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RepackOptions>();
     CLI::App* command = addCommand(
         &app, action, "repack",
-        "Encrypt packages with another key; one that is not authentic is reported and left unchanged",
+        "Encrypt packages with another key and renew their seals; one that is not authentic is reported and "
+        "left unchanged",
         options, repack);
     command->add_option("--old-key", options->oldKey, "Key file that the packages are encrypted with")
         ->required()
@@ -152,5 +185,7 @@ void addRepackCommand(CLI::App& app, Action& action) {
     command->add_option("--new-key", options->newKey, "Key file to encrypt them with")
         ->required()
         ->type_name("FILE");
+    command->add_flag("--seal", options->seal,
+                      "Seal packages that have no seal, too; the keys may be the same file");
     command->add_option("FILE", options->files, "The packages")->required();
 }

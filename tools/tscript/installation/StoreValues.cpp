@@ -33,6 +33,8 @@ constexpr KnownValue kKnown[] = {
     {"host", "encrypt", Kind::kText},
     {"host", "caFile", Kind::kPath},
     {"host", "strictQueryTool", Kind::kNumber},
+    {"host", "requireSeal", Kind::kNumber},
+    {"host", "trustedSigners", Kind::kText},
     {"host", "connectionReuse", Kind::kNumber},
     {"host", "debugLogLevel", Kind::kNumber},
     {"host", "debugLogFile", Kind::kText},

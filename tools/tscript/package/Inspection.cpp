@@ -8,6 +8,7 @@
 #include "VTPassword.h"
 #include "console/Outcome.h"
 #include "installation/CipherKey.h"
+#include "package/PackageFile.h"
 #include "package/PercentSigns.h"
 #include "package/RecordReader.h"
 
@@ -63,17 +64,28 @@ Inspection inspectPackage(const std::string& file) {
         throw Failure(ExitCode::kInstallation, problem);
     Inspection found;
     PieceParser parser(found.content);
+    hostlayer::PackageSealCheck seal;
     VTPassword cipher;
     found.size = reader.size();
+    const auto addBlankLines = [&] {
+        if (!reader.blankLines().empty()) seal.addLine({}, reader.blankLines(), {});
+    };
     for (std::string record; reader.next(record); ++found.records) {
         std::array<char, kPlainCapacity> plain{};
         unsigned long size = plain.size();
+        addBlankLines();
         if (cipher.decrypt(record.c_str(), plain.data(), &size) != 0) {
-            if (found.badRecords == 0) parser.append({plain.data(), size});
+            const bool isContent = seal.addLine(record, reader.lineEnd(), plain.data());
+            if (found.badRecords == 0 && isContent) parser.append(plain.data());
         } else if (++found.badRecords == 1) {
             found.firstBadLine = reader.line();
             found.firstReason = hostlayer::cipherErrorText(cipher.getLastError());
         }
+    }
+    addBlankLines();
+    if (found.records > 0 && found.badRecords == 0) {
+        found.sealProblem = seal.problem(packageName(file));
+        if (seal.seal() != nullptr) found.seal = *seal.seal();
     }
     parser.finish();
     countBody(found);

@@ -3,8 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "PackageSeal.h"
 #include "package/PackageParser.h"
 
 struct Inspection {
@@ -13,11 +15,13 @@ struct Inspection {
     std::size_t badRecords = 0;
     std::size_t firstBadLine = 0;  // from 1; 0 without bad records
     std::string firstReason;
-    PackageContent content;  // up to the first bad record
+    std::optional<hostlayer::PackageSeal> seal;
+    std::string sealProblem;  // why the seal, or its lack, forbids the use of the package
+    PackageContent content;   // up to the first bad record
     std::size_t bodyLines = 0;
     std::size_t placeholders = 0;
 
-    bool isAuthentic() const { return records > 0 && badRecords == 0; }
+    bool isAuthentic() const { return records > 0 && badRecords == 0 && sealProblem.empty(); }
 };
 
 // Decrypts and parses a package. Throws Failure: kUsage if the file cannot be read, kInstallation if the key

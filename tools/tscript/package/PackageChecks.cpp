@@ -60,6 +60,9 @@ std::optional<Fault> contentFault(const Inspection& package) {
                      "line " + std::to_string(package.firstBadLine) + ": " + package.firstReason,
                      "Restore it from a backup, or pack it again from its plain text: tscript pack",
                      package.badRecords == package.records};
+    if (!package.sealProblem.empty())
+        return Fault{ExitCode::kInstallation, package.sealProblem,
+                     "Restore it from a backup, or pack it again from its plain text: tscript pack"};
     if (package.content.scriptBody.empty())
         return Fault{ExitCode::kInstallation, "has no script", "tscript lint checks its plain text."};
     return std::nullopt;

@@ -15,3 +15,8 @@ std::ifstream openPackageFile(const std::string& file, std::uintmax_t mostGiB) {
     if (!in) throw Failure(ExitCode::kUsage, file + " cannot be read");
     return in;
 }
+
+std::string packageName(const std::string& file) {
+    const std::filesystem::path name = std::filesystem::path(file).filename();
+    return (name.extension() == ".sql" ? name.stem() : name).string();
+}

@@ -7,3 +7,6 @@
 
 // Opens a regular file of at most `mostGiB` GiB. Throws Failure (kUsage).
 std::ifstream openPackageFile(const std::string& file, std::uintmax_t mostGiB);
+
+// Name under which a package is sealed: its file name without ".sql".
+std::string packageName(const std::string& file);

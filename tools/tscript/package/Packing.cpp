@@ -3,10 +3,16 @@
 #include <filesystem>
 
 #include "DVUtilities/commonFunc.h"
+#include "HostSetup.h"
+#include "VTPassword.h"
 #include "console/Console.h"
 #include "console/Outcome.h"
 #include "installation/Diagnosis.h"
+#include "package/PackageFile.h"
 #include "package/PlainPackage.h"
+#include "package/PlainRecord.h"
+#include "package/RecordReader.h"
+#include "package/SealedPackage.h"
 #include "system/ScratchFile.h"
 
 namespace {
@@ -21,9 +27,24 @@ void reportFindings(const std::string& plain, const PackageCheck& check) {
                       "See docs/package-format.md for the format.");
 }
 
+void sealRecords(const std::string& records, const std::string& target, const std::string& name,
+                 const SealOptions& options) {
+    const std::uint64_t version = options.version != 0 ? options.version : currentPackageVersion();
+    SealedPackageWriter sealed(target, {.version = version, .name = name}, options.signingKey);
+    RecordReader reader(records);
+    VTPassword cipher;
+    for (std::string record; reader.next(record);) {
+        PlainRecord plain;
+        if (!plain.decrypt(cipher, record))
+            throw Failure(ExitCode::kInstallation, hostlayer::cipherErrorText(cipher.getLastError()));
+        sealed.addRecord(record, plain.text());
+    }
+    sealed.finish();
+}
+
 }  // namespace
 
-void packFile(const std::string& plain, const std::string& target) {
+void packFile(const std::string& plain, const std::string& target, const SealOptions& options) {
     reportFindings(plain, checkPlainPackage(plain));
     std::error_code ignored;
     if (std::filesystem::equivalent(plain, target, ignored))
@@ -33,5 +54,7 @@ void packFile(const std::string& plain, const std::string& target) {
     std::string error;
     if (!EncryptFile(plain.c_str(), encrypted.path().c_str(), error))
         throw Failure(ExitCode::kInstallation, plain + " cannot be encrypted: " + explainCipherError(error));
-    encrypted.moveTo(target);
+    ScratchFile sealed(target);
+    sealRecords(encrypted.path(), sealed.path(), packageName(target), options);
+    sealed.moveTo(target);
 }

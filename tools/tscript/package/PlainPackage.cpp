@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string_view>
 
+#include "PackageSeal.h"
 #include "console/TextWidth.h"
 #include "package/PackageFile.h"
 
@@ -56,6 +57,7 @@ class Checker {
         if (line.find('\r') != line.npos) error("a carriage return; lines end with a line feed only");
         if (line.find('\0') != line.npos) error("a NUL byte; packages are UTF-8 text");
         if (!isUtf8(line)) error("bytes that are not UTF-8; packages are UTF-8 text");
+        if (hostlayer::isSealText(line)) error("begins like the seal of a package");
         if (m_line == 1 && line.substr(0, 3) == kByteOrderMark)
             error("a byte order mark; the first marker would not be recognised");
         if (!enterSection(line)) checkContent(line);

@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::uintmax_t kMostGiB = 2;        // a record is half as long again as its text
 constexpr std::size_t kLongestRecord = 2046;  // the library splits longer lines
-constexpr std::size_t kShortestLine = 2;      // with its line break; the library skips shorter ones
 
 }  // namespace
 
@@ -21,6 +20,7 @@ RecordReader::RecordReader(const std::string& file)
 
 bool RecordReader::next(std::string& record) {
     std::array<char, kLongestRecord + 1> buffer{};
+    m_blankLines.clear();
     for (;;) {
         m_in.getline(buffer.data(), buffer.size());
         auto length = static_cast<std::size_t>(m_in.gcount());
@@ -32,11 +32,18 @@ bool RecordReader::next(std::string& record) {
             m_in.clear();
             m_in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
         }
-        if (!tooLong && length < kShortestLine) continue;
-        if (!tooLong && !m_in.eof()) --length;  // gcount() includes the line break
+        const bool hasLineBreak = !tooLong && !m_in.eof();
+        if (hasLineBreak) --length;  // gcount() includes the line break
         std::string_view line(buffer.data(), length);
-        if (!m_in.eof() && !line.empty() && line.back() == '\r') line.remove_suffix(1);
-        if (line.empty() && !tooLong) continue;
+        m_lineEnd = hasLineBreak ? "\n" : "";
+        if (hasLineBreak && !line.empty() && line.back() == '\r') {
+            line.remove_suffix(1);
+            m_lineEnd = "\r\n";
+        }
+        if (line.empty() && !tooLong) {
+            m_blankLines += m_lineEnd;
+            continue;
+        }
         record = tooLong || line.find('\0') != line.npos ? std::string_view() : line;
         return true;
     }

@@ -14,7 +14,11 @@ class RecordReader {
     // Reads the next record; false at the end of the file. A line that is too long or holds a NUL byte gives
     // an empty record. Throws Failure (kInstallation) if reading fails.
     bool next(std::string& record);
-    std::size_t line() const { return m_line; }  // of the last record, from 1
+    const std::string& blankLines() const {
+        return m_blankLines;
+    }                                                         // between the last record and the one before
+    const std::string& lineEnd() const { return m_lineEnd; }  // of the last record
+    std::size_t line() const { return m_line; }               // of the last record, from 1
     std::uintmax_t size() const { return m_size; }
 
   private:
@@ -22,4 +26,6 @@ class RecordReader {
     std::ifstream m_in;
     std::uintmax_t m_size = 0;
     std::size_t m_line = 0;
+    std::string m_blankLines;
+    std::string m_lineEnd;
 };

@@ -1,25 +1,23 @@
 #include "package/StatementLines.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
+#include "PackageSeal.h"
 #include "VTPassword.h"
+#include "package/PlainRecord.h"
 #include "package/RecordReader.h"
 
 namespace {
-
-constexpr std::size_t kPlainCapacity = 511;  // the library's buffer for a record's plain text
 
 std::string plainText(const std::string& file) {
     RecordReader reader(file);
     VTPassword cipher;
     std::string text;
     for (std::string record; reader.next(record);) {
-        std::array<char, kPlainCapacity> plain{};
-        unsigned long size = plain.size();
-        if (cipher.decrypt(record.c_str(), plain.data(), &size) == 0) break;
-        text.append(plain.data(), size);
+        PlainRecord plain;
+        if (!plain.decrypt(cipher, record)) break;
+        if (!hostlayer::isSealText(plain.text())) text += plain.text();
     }
     return text;
 }

@@ -147,6 +147,13 @@ void ReportWriter::addData(bool scriptRan, ScriptKind kind) {
 }  // namespace
 
 Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
+    // A bad record is noted by the cipher first, which does not name the package.
+    const DVUCause_t* package =
+        findCause(result.causes, [](const DVUCause_t& cause) { return cause.where == kDVUPackage; });
+    if (package != nullptr && !package->subject.empty())
+        return {ExitCode::kInstallation, "package " + package->subject + ": " + package->text,
+                "Restore it from a backup, or pack it again from its plain text: tscript pack",
+                /*scriptRan=*/false};
     const DVUCause_t* missing = findCause(result.causes, isMissingObject);
     const bool isUndecided =
         diagnosis.code == ExitCode::kScriptFailed || diagnosis.code == ExitCode::kConnection;

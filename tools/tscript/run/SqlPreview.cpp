@@ -8,13 +8,16 @@
 #include "console/Console.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
+#include "run/FailureReport.h"
 #include "system/Interrupt.h"
 
 namespace {
 
 [[noreturn]] void throwDiagnosed(const ScriptRequest& request, const std::string& database,
-                                 const std::string& error) {
-    const Diagnosis diagnosis = diagnoseRun(request.name, database, error);
+                                 const std::string& error, const DVUCauses& causes) {
+    RunResult result;
+    causes.get(result.causes);
+    const Diagnosis diagnosis = refined(diagnoseRun(request.name, database, error), result);
     writeNote(error);
     throw diagnosis.failure();
 }
@@ -37,8 +40,9 @@ PackageSql readPackage(const ScriptRequest& request, const std::vector<std::stri
 }
 
 PackageSql packageSql(const ScriptRequest& request, const std::vector<std::string>& values) {
+    const DVUCauses causes;
     PackageSql package = readPackage(request, values);
-    if (!package.isReadable) throwDiagnosed(request, package.database, package.error);
+    if (!package.isReadable) throwDiagnosed(request, package.database, package.error, causes);
     return package;
 }
 
@@ -87,7 +91,8 @@ SqlPreview previewProcedure(const ScriptRequest& request) {
     preview.kind = ScriptKind::kProcedure;
     preview.database = request.database;
     std::string error;
+    const DVUCauses causes;
     if (!TS_PreviewTscript_SP(request.name.c_str(), request.arguments.c_str(), &preview.sql, &error))
-        throwDiagnosed(request, request.database, error);
+        throwDiagnosed(request, request.database, error, causes);
     return preview;
 }
