@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "HostSettings.h"
+#include "VtToolVariables.h"
 
 namespace hostlayer {
 namespace {
@@ -15,6 +16,8 @@ constexpr std::string_view kPasswordVariable = "SQLCMDPASSWORD=";
 constexpr std::string_view kNoStartUpScript = "SQLCMDINI=";
 // Options of the tool that are followed by their value as an argument of its own.
 constexpr std::string_view kOptionsWithValue = "FHKPQSUYZacdfhilmoqstvwyz";
+
+thread_local bool expandsVariables = false;
 
 bool hasSeparateValue(std::string_view option) {
     return option.size() == 2 && option[0] == '-' && kOptionsWithValue.find(option[1]) != option.npos;
@@ -53,7 +56,12 @@ bool isStrictQueryTool(std::string_view program) {
 void makeStrict(std::vector<std::string>& arguments, std::vector<std::string>& variables) {
     movePassword(arguments, variables);
     variables.emplace_back(kNoStartUpScript);
-    arguments.insert(arguments.begin() + 1, {"-x", "-X"});
+    arguments.insert(arguments.begin() + 1, "-X");
+    if (!expandsVariables) arguments.insert(arguments.begin() + 1, "-x");
 }
 
 }  // namespace hostlayer
+
+bool VtExpandToolVariables(bool expand) noexcept {
+    return std::exchange(hostlayer::expandsVariables, expand);
+}

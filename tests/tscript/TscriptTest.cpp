@@ -69,6 +69,12 @@ TEST_F(Installation, RunsScriptsByName) {
         {{"run", "tsEventSummary"}, 2, "", "tscript exec tsEventSummary"},
         {{"run", "Missing"}, 3, "", "there is no package"},
     });
+    const std::string variable = "#START_SCRIPT#\n:setvar who me\nPRINT '<$(who)>'\n";
+    pack("Literal", variable);
+    pack("Expanded", "#START_OPTIONS#\nDescription:Who\nTool Variables:yes\n" + variable);
+    expectAll({{{"run", "Literal"}, 0, "<$(who)>", ""},
+               {{"run", "Expanded"}, 0, "<me>", ""},
+               {{"run", "Literal"}, 0, "<$(who)>", ""}});
     EXPECT_EQ(journal("CloseAuditPeriods").rfind("2|2024-01, 2024-02|"), 3U) << journal("CloseAuditPeriods");
     EXPECT_NE(journal("tsEventSummary").find("1|seven|"), std::string::npos);
     EXPECT_NE(journal("Echo").find("1|O'Brien, 50% {x};, é|"), std::string::npos);
@@ -322,6 +328,8 @@ TEST(CommandLine, LintsPlainScripts) {
         {head + "PRINT '%%s'\n", 0, "line 4: %%s uses up a parameter"},
         {head + "/* 5%s\n*/ PRINT '%s'\n", 0, "line 4: a percent sign between"},
         {head + "PRINT '--%s'\n", 0, "0 warning(s)"},
+        {head + "PRINT '$(x)'\n", 0, "line 4: $( is not expanded"},
+        {"#START_OPTIONS#\nTool Variables:yes\n" + head + "PRINT '$(x)'\n", 0, "0 warning(s)"},
         {head + "GO -- %s\n", 0, "line 4: a placeholder in a -- comment"},
     };
     for (const auto& c : cases) {
@@ -682,6 +690,7 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         {"/logs\"", "/registry.toml\"", "skipped  databases: not tried without log folder"},
         {"sDVHOSTNAME", "sOther", "FAILED   host name: "},
         {"[host]", "stray = 1\n[host]", "warning  store content: line "},
+        {"strictQueryTool", "strictQueryTools", "warning  strict query tool: off"},
         {"[host]", "[host", "FAILED   store: "},
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
         {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},

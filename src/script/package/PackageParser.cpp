@@ -29,6 +29,10 @@ constexpr std::int32_t kXmlContent = 2;  // the query tool's option bit for erro
 
 }  // namespace
 
+bool needsToolVariables(const std::string& headerText) {
+    return (headerText + "\n").find("\n" + std::string(kToolVariablesLine) + "\n") != std::string::npos;
+}
+
 void PackageParser::parse(std::string_view piece) {
     const std::string_view line = piece.substr(0, piece.find('\n'));
     if (line.empty() || openSection(line))

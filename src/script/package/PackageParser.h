@@ -21,6 +21,12 @@ struct PackageContent {
     std::string databaseName;
 };
 
+// True if the description or the developer's name has the line by which a package's header says that the
+// query tool expands variables. For programs that do not know the line it is text.
+bool needsToolVariables(const std::string& headerText);
+
+inline constexpr std::string_view kToolVariablesLine = "Tool Variables:yes";
+
 class PackageParser {
   public:
     enum class Section { kNone = 0, kHeader = 1, kUsage = 2, kScript = 3 };

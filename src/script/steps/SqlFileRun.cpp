@@ -9,8 +9,10 @@
 #include "FX.h"
 #include "RegistryNames.h"
 #include "TextAsFormat.h"
+#include "VtToolVariables.h"
 #include "files/ScriptFileNames.h"
 #include "files/UniqueFile.h"
+#include "package/PackageParser.h"
 #include "text/ScriptMessages.h"
 #include "text/SqlQuotes.h"
 
@@ -18,6 +20,22 @@ namespace {
 
 constexpr std::string_view kPrefix = "SET ARITHABORT ON \nGO \n";
 constexpr std::size_t kOutputChunk = 4095;
+
+// Scope in which the query tool may expand variables although it is strict.
+class ToolVariables {
+  public:
+    explicit ToolVariables(bool expand) {
+        if (VtExpandToolVariables != nullptr) m_before = VtExpandToolVariables(expand);
+    }
+    ~ToolVariables() {
+        if (VtExpandToolVariables != nullptr) VtExpandToolVariables(m_before);
+    }
+    ToolVariables(const ToolVariables&) = delete;
+    ToolVariables& operator=(const ToolVariables&) = delete;
+
+  private:
+    bool m_before = false;
+};
 
 }  // namespace
 
@@ -132,6 +150,8 @@ bool SqlFileRun::endWithoutOutput() {
 
 void SqlFileRun::runQueryTool() {
     m_report.log(FXString::Format(messages::kOutputFile, m_outputFile.c_str()));
+    const ToolVariables variables(needsToolVariables(m_package.description) ||
+                                  needsToolVariables(m_package.developerName));
     if (!m_session.db->RunFileQuery_TS(m_sqlPath.c_str(), m_outputFile.c_str(), m_session.dbName.c_str(),
                                        m_package.contentType)) {
         fail(FXString::Format(messages::package_run::kToolFailed, m_session.db->getErrorMsg()));

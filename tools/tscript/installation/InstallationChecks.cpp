@@ -166,6 +166,14 @@ void checkDriver(CheckList& list) {
 
 // ---- Query tool ----------------------------------------------------------------------------------------
 
+void checkStrictness(CheckList& list) {
+    if (hostlayer::hostSetting("strictQueryTool", "0") != "0") return;
+    list.addWarning("strict query tool",
+                    "off: users of this host may read passwords in the process list, and sqlcmd expands "
+                    "$(NAME) in values",
+                    "Set it: tscript config set host.strictQueryTool 1 (docs/security.md)");
+}
+
 void checkQueryTool(CheckList& list) {
     constexpr int kNotStarted = 126;  // and above: not executable, or ended by a signal
     if (list.hasFailed("TMPDIR")) return list.addSkipped("sqlcmd", "not started without TMPDIR");
@@ -191,4 +199,5 @@ void checkInstallation(CheckList& list) {
     checkFolders(list);
     checkDriver(list);
     checkQueryTool(list);
+    checkStrictness(list);
 }

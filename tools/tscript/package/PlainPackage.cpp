@@ -9,6 +9,7 @@
 #include "PackageSeal.h"
 #include "console/TextWidth.h"
 #include "package/PackageFile.h"
+#include "package/PackageParser.h"
 
 namespace {
 
@@ -81,6 +82,11 @@ class Checker {
         if (!m_headerSeen) m_findings.remarks.push_back({0, "there is no line #START_OPTIONS#"});
         if (!m_usageSeen)
             m_findings.remarks.push_back({0, "there is no line #START_USAGE#; help shows nothing"});
+        if (m_variableLine != 0 && !m_hasToolVariables)
+            m_findings.remarks.push_back({m_variableLine,
+                                          "$( is not expanded by a strict query tool without "
+                                          "the header line " +
+                                              std::string(kToolVariablesLine)});
         m_findings.placeholders = m_percentSigns.placeholders();
         for (const PackageFinding& finding : m_percentSigns.findings()) m_findings.remarks.push_back(finding);
         return std::move(m_findings);
@@ -117,6 +123,7 @@ class Checker {
         if (m_section == Section::kScript) {
             m_hasStatements = true;
             m_percentSigns.readLine(line, m_line);
+            if (m_variableLine == 0 && line.find("$(") != line.npos) m_variableLine = m_line;
             if (line.size() % kPieceLength == 0)
                 warning("a line of " + std::to_string(line.size()) + " bytes is joined to the next one");
         } else if (line.size() > kPieceLength) {
@@ -137,6 +144,10 @@ class Checker {
             if (at == line.npos) continue;
             if (at > 0) remark("\"" + std::string(key) + "\" counts as a key here too");
             return checkValue(key, line.substr(at + key.size()));
+        }
+        if (line == kToolVariablesLine) {
+            m_hasToolVariables = true;
+            return;
         }
         if (const std::string_view key = keyOf(line); !key.empty())
             remark("the key \"" + std::string(key) + "\" is unknown; the line counts as text");
@@ -168,6 +179,8 @@ class Checker {
     bool m_usageSeen = false;
     bool m_markerSeen = false;
     bool m_hasStatements = false;
+    bool m_hasToolVariables = false;
+    std::size_t m_variableLine = 0;  // of the first "$("; 0: none
     std::ptrdiff_t m_usageQuotes = 0;
     std::size_t m_quoteLimitLine = 0;  // where counting stopped
     std::size_t m_line = 0;
