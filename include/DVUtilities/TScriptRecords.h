@@ -73,6 +73,9 @@ class DVU_EXPORT TScriptRecords {
     ScriptRecords* m_impl;  // owned
 };
 
+// Option bit of TS_ExecTscript_SQL_In() and TS_PreviewTscript_SQL(): values are not checked.
+inline constexpr unsigned int kTScriptToolCommandsInValues = 1;
+
 extern "C" {
 
 // The conventions of TScriptApi.h hold here, too: output, log file, `sql` and `errorText` are cleared first,
@@ -80,17 +83,20 @@ extern "C" {
 
 // TS_ExecTscript_SQL() with operation 1, in a database of the caller's choice. `dbName` (empty: none) is used
 // for a package that names no database. If the package names one, `dbName` must be empty or the same;
-// otherwise the call fails before anything is executed. It receives the database that was chosen.
+// otherwise the call fails before anything is executed. It receives the database that was chosen. Every
+// single quote of a value is doubled, so that a value between quotes ('%s') is that value. A value that has a
+// line break, completes a "$(" or completes a line that the query tool takes as a command makes the call fail
+// before anything is executed, unless `options` has kTScriptToolCommandsInValues.
 DVU_EXPORT bool TS_ExecTscript_SQL_In(const char* scriptName, std::string* dbName,
                                       const std::vector<std::string>* parameters, const char* recordedInput,
-                                      std::string* logFile, std::string* output);
+                                      std::string* logFile, std::string* output, unsigned int options = 0);
 
 // Returns in `sql` the SQL text that TS_ExecTscript_SQL_In() would hand to the query tool, without using a
 // database. `dbName` receives the package's own database, or keeps the caller's; empty means that a run would
 // use the database of the installed component. `errorText` receives the reason of a failure.
 DVU_EXPORT bool TS_PreviewTscript_SQL(const char* scriptName, std::string* dbName,
                                       const std::vector<std::string>* parameters, std::string* sql,
-                                      std::string* errorText);
+                                      std::string* errorText, unsigned int options = 0);
 
 // The same for TS_ExecTscript_SP() with operation 1. Does not check whether the script exists or is secured,
 // which only the database knows.

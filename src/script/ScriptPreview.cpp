@@ -3,10 +3,13 @@
 #include "DVUtilities/TScriptRecords.h"
 #include "state/Attempt.h"
 #include "state/ScriptParts.h"
+#include "state/ScriptReport.h"
 #include "steps/PackageLoader.h"
 #include "steps/ProcedureRun.h"
 #include "steps/SqlFileRun.h"
+#include "text/PlaceholderFiller.h"
 #include "text/ScriptMessages.h"
+#include "text/ValueCheck.h"
 
 namespace {
 
@@ -21,51 +24,66 @@ Values valuesOf(const Values* parameters) {
     return parameters != nullptr ? *parameters : Values();
 }
 
-bool runIn(TScript& script, const char* scriptName, std::string& dbName, const Values* parameters,
-           const char* recordedInput, std::string& output) {
+// Reports the first value that may not be filled in.
+bool acceptValues(const ScriptParts& parts, const Values& values, unsigned int options) {
+    if ((options & kTScriptToolCommandsInValues) != 0) return true;
+    const std::string body = blankPercentSignsInComments(parts.package.scriptBody);
+    const std::string problem = valueProblem(body, values);
+    return problem.empty() || ScriptReport(parts).fail(messages::kRefusedValue + problem);
+}
+
+bool runIn(TScript& script, const char* scriptName, std::string& dbName, const Values& values,
+           const char* recordedInput, unsigned int options, std::string& output) {
     if (!script.initialize(scriptName)) {
         output = script.getErrorMessage();
         return false;
     }
-    const bool done = PackageLoader(partsOf(script), dbName).run(nullptr) &&
-                      script.executeSQLFile(valuesOf(parameters), recordedInput);
+    const ScriptParts parts = partsOf(script);
+    const auto accept = [&] { return acceptValues(parts, values, options); };
+    const bool done = PackageLoader(parts, dbName).run(nullptr, accept) && ScriptReport(parts).attempted([&] {
+        return SqlFileRun(parts, values, recordedInput, QuoteRule::kEvery).run();
+    });
     if (*script.getDbName() != '\0') dbName = script.getDbName();
     output = script.getOutput();
     return done;
 }
 
-bool preview(TScript& script, const char* scriptName, std::string& dbName, const Values* parameters,
-             std::string& sql) {
+bool preview(TScript& script, const char* scriptName, std::string& dbName, const Values& values,
+             unsigned int options, std::string& sql) {
     if (!script.initialize(scriptName)) return false;
-    PackageLoader loader(partsOf(script), dbName);
+    const ScriptParts parts = partsOf(script);
+    PackageLoader loader(parts, dbName);
     if (!loader.read(nullptr)) return false;
     dbName = loader.databaseName();
-    return SqlFileRun(partsOf(script), valuesOf(parameters), nullptr).preview(sql);
+    return acceptValues(parts, values, options) &&
+           SqlFileRun(parts, values, /*recordedInput=*/nullptr, QuoteRule::kEvery).preview(sql);
 }
 
 }  // namespace
 
 bool TS_ExecTscript_SQL_In(const char* scriptName, std::string* dbName, const Values* parameters,
-                           const char* recordedInput, std::string* logFile, std::string* output) {
+                           const char* recordedInput, std::string* logFile, std::string* output,
+                           unsigned int options) {
     if (dbName == nullptr || logFile == nullptr || output == nullptr) return false;
     return attempted(*output, [&] {
         TScript script;
         output->clear();
         logFile->clear();
-        const bool done = runIn(script, scriptName, *dbName, parameters, recordedInput, *output);
+        const bool done =
+            runIn(script, scriptName, *dbName, valuesOf(parameters), recordedInput, options, *output);
         *logFile = script.getLogFile();
         return done;
     });
 }
 
 bool TS_PreviewTscript_SQL(const char* scriptName, std::string* dbName, const Values* parameters,
-                           std::string* sql, std::string* errorText) {
+                           std::string* sql, std::string* errorText, unsigned int options) {
     if (dbName == nullptr || sql == nullptr || errorText == nullptr) return false;
     return attempted(*errorText, [&] {
         TScript script;
         sql->clear();
         errorText->clear();
-        if (preview(script, scriptName, *dbName, parameters, *sql)) return true;
+        if (preview(script, scriptName, *dbName, valuesOf(parameters), options, *sql)) return true;
         const bool hasOutput = *script.getOutput() != '\0';
         *errorText = hasOutput ? script.getOutput() : script.getErrorMessage();
         return false;

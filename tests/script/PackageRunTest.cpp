@@ -262,6 +262,69 @@ TEST_F(PackageRun, NothingInAPackageIsSkipped) {
     }
 }
 
+// Values of every kind between quotes come back equal; what the query tool would not read as a part of a
+// value is refused.
+TEST_F(PackageRun, HostileValuesArriveOrAreRefused) {
+    Texts values;
+    const std::string parts[] = {"'",       "''",     ", '",    "'; DROP TABLE a --",
+                                 "/*",      "*/",     "--",     "%",
+                                 "%s",      "%%",     "%n",     "\\",
+                                 ";",       "\"",     "\"'\"",  "[",
+                                 "]]",      "{}",     "GO",     "go 5",
+                                 ":r x",    ":quit",  "!!ls",   "exit",
+                                 "N'",      "0x27",   "\u02BC", "\u2019",
+                                 "\uFF07",  "\u00B4", "\u2032", "\U0001F600",
+                                 "e\u0301", "\t",     "\x01",   "$",
+                                 "(",       ")",      "$ (",    "`id`",
+                                 "&&",      "NULL",   ""};
+    for (const std::string& part : parts)
+        for (const std::string& value :
+             {part, "a" + part + "b", part + part + "'" + part, "x' " + part + " 'y"})
+            values.push_back(value);
+    std::string body = "SET NOCOUNT ON\n";
+    std::string expected;
+    for (const std::string& value : values) {
+        body += "PRINT N'<%s>'\n";
+        expected += "<" + value + ">\n";
+    }
+    writePackage("values", packageOf(body));
+    std::string database, log, output;
+    ASSERT_TRUE(TS_ExecTscript_SQL_In("values", &database, &values, nullptr, &log, &output)) << output;
+    EXPECT_EQ(output, expected + "\nTscript Execution Succeeded!\n");
+    EXPECT_GE(values.size(), 170U);
+
+    const struct {
+        std::string body;
+        Texts values;
+        std::string problem;
+    } refused[] = {
+        {"PRINT '%s'\n", {"a\nb"}, "value 1 has a line break."},
+        {"PRINT '%s'\n", {"a\r"}, "value 1 has a line break."},
+        {"PRINT '%s%s'\n", {"a", "\nGO\n"}, "value 2 has a line break."},
+        {"PRINT '%s'\n", {"$(HOME)"}, "value 1 completes a variable $(."},
+        {"PRINT '%s%s'\n", {"$", "(HOME)"}, "value 2 completes a variable $(."},
+        {"PRINT '$%s'\n", {"(HOME)"}, "value 1 completes a variable $(."},
+        {"PRINT '%s(HOME)'\n", {"$"}, "value 1 completes a variable $(."},
+        {"PRINT '\n%s\n'\n", {"go"}, "value 1 completes a command of the query tool."},
+        {"PRINT '\n  %s\n'\n", {"GO 5"}, "value 1 completes a command of the query tool."},
+        {"PRINT '\n%s%s", {"", "\t:r /etc/passwd"}, "value 2 completes a command of the query tool."},
+        {"PRINT '\n%s'", {":!!ls"}, "value 1 completes a command of the query tool."},
+        {"%s\n", {"!!ls"}, "value 1 completes a command of the query tool."},
+        {"%sT\n", {"quI"}, "value 1 completes a command of the query tool."},
+    };
+    for (const auto& c : refused) {
+        writePackage("refused", packageOf(c.body));
+        EXPECT_FALSE(TS_ExecTscript_SQL_In("refused", &database, &c.values, nullptr, &log, &output))
+            << c.body;
+        EXPECT_EQ(output, "\nThe values are refused: " + c.problem + "\n");
+        std::string sql;
+        EXPECT_FALSE(TS_PreviewTscript_SQL("refused", &database, &c.values, &sql, &output));
+        EXPECT_TRUE(TS_PreviewTscript_SQL("refused", &database, &c.values, &sql, &output,
+                                          kTScriptToolCommandsInValues));
+    }
+    EXPECT_EQ(lastRun("refused"), "");
+}
+
 TEST_F(PackageRun, ARefusedPackageReportsWhyAndLeavesNoPlainCopy) {
     const std::string script = "#START_SCRIPT#\nPRINT 1\n";
     const std::string guid = query("SELECT SettingValue FROM NQSetting", 1, "NQ2").front();

@@ -59,8 +59,8 @@ _tscript() {
   esac
   case "${words[*]}" in
     "") _tscript_offer "run help exec params which catalogue journal report pack lint inspect repack db doctor schema config key credentials sandbox $options --version" ;;
-    run*) options+=" -p --parameter --allow-missing" ;;&
-    run* | exec*) options+=" --db --input --dry-run --data -o --output -q --quiet --json" ;;&
+    run*) options+=" --allow-missing" ;;&
+    run* | exec*) options+=" -p --parameter --allow-tool-commands --db --input --dry-run --data -o --output -q --quiet --json" ;;&
     help* | params* | which* | catalogue* | journal* | report* | db*) options+=" --db" ;;&
     catalogue* | journal* | report*) options+=" --name" ;;&
     journal* | report*) options+=" --stale" ;;&

@@ -39,10 +39,11 @@ PackageLoader::PackageLoader(const ScriptParts& script, std::string dbName)
       m_scriptCatalogue(script),
       m_chosenDatabase(std::move(dbName)) {}
 
-bool PackageLoader::run(const char* path) {
+bool PackageLoader::run(const char* path, const std::function<bool()>& accept) {
     if (!open(path)) return false;
     const RemovedAtEnd copy(m_copyPath);
-    return decrypt() && parse() && agreeOnDatabase() && bindDatabase() && catalogue();
+    return decrypt() && parse() && agreeOnDatabase() && (!accept || accept()) && bindDatabase() &&
+           catalogue();
 }
 
 bool PackageLoader::read(const char* path) {

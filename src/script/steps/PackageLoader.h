@@ -1,6 +1,7 @@
 // Load of a script package: finds, decrypts and parses it, chooses its database, catalogues it.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -18,8 +19,9 @@ class PackageLoader {
     explicit PackageLoader(const ScriptParts& script, std::string dbName = {});
 
     // A null `path` means that the package is found by the script's name. A path that the script already has
-    // is kept. The plain copy is deleted before this returns.
-    bool run(const char* path);
+    // is kept. The plain copy is deleted before this returns. `accept` may end the load before a database is
+    // used.
+    bool run(const char* path, const std::function<bool()>& accept = {});
     // Finds, decrypts and parses the package without a database.
     bool read(const char* path);
     // The package's own database, else the chosen one. Empty before the package is read.

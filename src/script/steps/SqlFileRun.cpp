@@ -40,7 +40,7 @@ class ToolVariables {
 }  // namespace
 
 SqlFileRun::SqlFileRun(const ScriptParts& script, std::vector<std::string> parameters,
-                       const char* recordedInput)
+                       const char* recordedInput, QuoteRule quoteRule)
     : m_session(script.session),
       m_package(script.package),
       m_outputFile(script.run.outputFile),
@@ -48,7 +48,8 @@ SqlFileRun::SqlFileRun(const ScriptParts& script, std::vector<std::string> param
       m_journal(script),
       m_recorder(script),
       m_parameters(std::move(parameters)),
-      m_recordedInput(textOrEmpty(recordedInput)) {}
+      m_recordedInput(textOrEmpty(recordedInput)),
+      m_quoteRule(quoteRule) {}
 
 bool SqlFileRun::run() {
     if (!m_report.requireSession()) return false;
@@ -110,7 +111,11 @@ CVoError SqlFileRun::composeToFile() {
 // Writes the text piece by piece. False as soon as a write fails.
 bool SqlFileRun::compose(const PlaceholderFiller::Write& write) {
     PlaceholderFiller filler(
-        [this](const std::string& value) { return quotesDoubledInPlace(*m_session.db, value); }, write);
+        [this](const std::string& value) {
+            return m_quoteRule == QuoteRule::kEvery ? quotesDoubled(*m_session.db, value)
+                                                    : quotesDoubledInPlace(*m_session.db, value);
+        },
+        write);
     const std::string body = blankPercentSignsInComments(m_package.scriptBody);
     if (!write(kPrefix) || !filler.fill(body, m_parameters)) return false;
     m_joinedValues = filler.joinedValues();

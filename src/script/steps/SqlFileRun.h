@@ -13,10 +13,15 @@
 #include "steps/RunRecorder.h"
 #include "text/PlaceholderFiller.h"
 
+// How single quotes in values are doubled: by the rule that callers of executeSQLFile() rely on
+// (quotesDoubledInPlace()), or each of them.
+enum class QuoteRule { kInPlace, kEvery };
+
 class SqlFileRun {
   public:
     // A null `recordedInput` counts as empty.
-    SqlFileRun(const ScriptParts& script, std::vector<std::string> parameters, const char* recordedInput);
+    SqlFileRun(const ScriptParts& script, std::vector<std::string> parameters, const char* recordedInput,
+               QuoteRule quoteRule = QuoteRule::kInPlace);
 
     bool run();
     // Returns the SQL file's text in `sql`; executes nothing.
@@ -47,6 +52,7 @@ class SqlFileRun {
     RunRecorder m_recorder;
     std::vector<std::string> m_parameters;
     std::string m_recordedInput;
+    const QuoteRule m_quoteRule;
     std::string m_joinedValues;
     unsigned int m_keepSqlFile = 0;
     std::string m_sqlPath;

@@ -55,6 +55,7 @@ inline constexpr char kSqlFileNotCreated[] = "Failed to create sql File: [%s].";
 inline constexpr char kSqlFileNotOpened[] = "Failed to open file [%s].";
 inline constexpr char kSqlFileNotWritten[] = "Failed to write sql File: [%s], Error[%d : %s].";
 inline constexpr char kStarted[] = "Tscript Execution Started!";
+inline constexpr char kRefusedValue[] = "The values are refused: ";
 inline constexpr char kSucceeded[] = "Tscript Execution Succeeded!";
 inline constexpr char kOutputNotCreated[] = "Failed to create output File: [%s].";
 inline constexpr char kOutputFile[] = "Output File: [%s].";

@@ -11,6 +11,7 @@
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 #include "run/FailureReport.h"
+#include "run/ProcedureArguments.h"
 #include "run/ScriptRun.h"
 #include "run/SqlPreview.h"
 #include "run/ToolTable.h"
@@ -179,7 +180,19 @@ ExitCode runPackage(const ScriptOptions& options) {
     return runAndReport(run, ScriptKind::kPackage, Operation::kExecute);
 }
 
-ExitCode runProcedure(const ScriptOptions& options) {
+// The request with the named values (-p) as T-SQL behind the arguments.
+ScriptOptions withNamedArguments(const ScriptOptions& options) {
+    ScriptOptions named = options;
+    if (options.request.parameters.empty()) return named;
+    std::string& text = named.request.arguments;
+    text += (text.empty() ? "" : ", ") +
+            namedArguments(options.request.name, options.request.database, options.request.parameters);
+    checkRequest(named.request);
+    return named;
+}
+
+ExitCode runProcedure(const ScriptOptions& given) {
+    const ScriptOptions options = withNamedArguments(given);
     if (options.dryRun) return showSql(options, previewProcedure(options.request));
     return runAndReport(options, ScriptKind::kProcedure, Operation::kExecute);
 }
@@ -225,12 +238,26 @@ void addInput(CLI::App* command, const Options& options) {
         ->type_name("TEXT");
 }
 
+// Values are taken literally: not split into lists, and they may be empty or start with a minus.
+void addValues(CLI::App* command, const Options& options, const char* form, const char* description) {
+    command
+        ->add_option_function<std::string>(
+            "-p,--parameter",
+            [options](const std::string& value) { options->request.parameters.push_back(value); },
+            description)
+        ->type_name(form)
+        ->trigger_on_parse()
+        ->allow_extra_args(false);
+}
+
 void addRunOptions(CLI::App* command, const Options& options) {
     command->add_flag("--dry-run", options->dryRun, "Show the SQL that would run, and run nothing");
     command
         ->add_option("-o,--output", options->outputFile,
                      "Write the result to this file; if that fails, an existing file is unchanged")
         ->type_name("FILE");
+    command->add_flag("--allow-tool-commands", options->request.allowToolCommands,
+                      "Accept values with line breaks, $( and commands of the query tool");
     CLI::Option* quiet = command->add_flag("-q,--quiet", options->quiet,
                                            "No output if the script succeeds, no progress on the terminal");
     command->add_flag(
@@ -247,14 +274,7 @@ void addScriptCommands(CLI::App& app, Action& action) {
     options->commands = &app;
 
     CLI::App* run = addScriptCommand(app, action, "run", "Run a script package", options, runPackage);
-    // Values are taken literally: not split into lists, and they may be empty or start with a minus.
-    run->add_option_function<std::string>(
-           "-p,--parameter",
-           [options](const std::string& value) { options->request.parameters.push_back(value); },
-           "A value for the next placeholder of the script; may be repeated")
-        ->type_name("VALUE")
-        ->trigger_on_parse()
-        ->allow_extra_args(false);
+    addValues(run, options, "VALUE", "A value for the next placeholder of the script; may be repeated");
     run->add_flag("--allow-missing", options->allowMissing,
                   "Accept more or fewer values than the script has placeholders");
     addInput(run, options);
@@ -271,6 +291,8 @@ void addScriptCommands(CLI::App& app, Action& action) {
         addScriptCommand(app, action, "exec", "Run a stored-procedure script", options, runProcedure);
     exec->add_option("ARGS", options->request.arguments,
                      "Arguments of the procedure as T-SQL: \"@days = 7\"");
+    addValues(exec, options, "NAME=VALUE",
+              "A value for the parameter of that name, quoted for its type; may be repeated");
     addDatabaseOption(exec, options->request.database);
     addInput(exec, options);
     addRunOptions(exec, options);

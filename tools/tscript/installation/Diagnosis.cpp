@@ -135,6 +135,11 @@ constexpr KnownMessage kMessages[] = {
     {"Failed to decrypt script file.", packageUnreadable},
     {"Failed to open decrypted script file.", packageUnreadable},
     {"Failed to get database access info.", databaseUnreachable},
+    {"The values are refused: ",
+     [](const std::string&, const std::string&) {
+         return notRun(ExitCode::kUsage, "a value is not filled in as it is",
+                       "--allow-tool-commands accepts it; only for values that you trust.");
+     }},
     {"The package is made for the database", didNotRun<ExitCode::kUsage>},
     {"Invalid db name", didNotRun<ExitCode::kUsage>},
     {"Please provide database name", didNotRun<ExitCode::kUsage>},

@@ -18,7 +18,7 @@ bool callPackage(const ScriptRequest& request, Operation operation, RunResult& r
     const char* input = request.input.c_str();
     if (operation == Operation::kExecute)
         return TS_ExecTscript_SQL_In(name, &result.database, &request.parameters, input, &logFile,
-                                     &result.output);
+                                     &result.output, optionsOf(request));
     return TS_ExecTscript_SQL(name, &result.database, &request.parameters, input, static_cast<int>(operation),
                               &logFile, &result.output);
 }
@@ -31,10 +31,23 @@ bool callProcedure(const ScriptRequest& request, Operation operation, RunResult&
                              &auditLevel);
 }
 
+void checkArguments(const ScriptRequest& request) {
+    const std::string& text = request.arguments;
+    checkQueryText("the text of the arguments", text, kLongestText);
+    const bool reachesTool = text.find_first_of("\r\n") != text.npos || text.find("$(") != text.npos;
+    if (reachesTool && !request.allowToolCommands)
+        throw Failure(ExitCode::kUsage, "the text of the arguments has a line break or $(",
+                      "--allow-tool-commands accepts it; only for text that you trust.");
+}
+
 }  // namespace
 
 const char* nameOf(ScriptKind kind) {
     return kind == ScriptKind::kPackage ? "package" : "procedure";
+}
+
+unsigned int optionsOf(const ScriptRequest& request) {
+    return request.allowToolCommands ? kTScriptToolCommandsInValues : 0;
 }
 
 void checkRequest(const ScriptRequest& request) {
@@ -44,7 +57,7 @@ void checkRequest(const ScriptRequest& request) {
     if (request.parameters.size() > kMostParameters)
         throw Failure(ExitCode::kUsage, "more than " + std::to_string(kMostParameters) + " parameters");
     for (const std::string& value : request.parameters) checkText("a parameter", value, kLongestText);
-    checkQueryText("the text of the arguments", request.arguments, kLongestText);
+    checkArguments(request);
     checkText("the input", request.input, kLongestText);
 }
 

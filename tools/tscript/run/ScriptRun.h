@@ -17,7 +17,11 @@ struct ScriptRequest {
     std::string arguments;                // of a procedure, as T-SQL
     std::string input;                    // recorded in the journal instead of the parameters
     std::string database;                 // empty: the one of the installed components
+    bool allowToolCommands = false;       // accept line breaks, "$(" and commands of the query tool in values
 };
+
+// Option bits of the library's runs and previews.
+unsigned int optionsOf(const ScriptRequest& request);
 
 // Throws Failure: kUsage for a name, database or text that the library cannot take, kInstallation for the
 // store.

@@ -34,8 +34,8 @@ PackageSql readPackage(const ScriptRequest& request, const std::vector<std::stri
     PackageSql package;
     package.database = request.database;
     const InterruptDelay delay;
-    package.isReadable =
-        TS_PreviewTscript_SQL(request.name.c_str(), &package.database, &values, &package.sql, &package.error);
+    package.isReadable = TS_PreviewTscript_SQL(request.name.c_str(), &package.database, &values, &package.sql,
+                                               &package.error, optionsOf(request));
     return package;
 }
 
