@@ -80,10 +80,6 @@ Configuration& processConfiguration() {
 
 }  // namespace
 
-EncryptedServer serverOfSection(const std::string& section) {
-    return configuration().server(section);
-}
-
 std::string encryptedSection(const EncryptedServer& server) {
     for (const std::string* value : {&server.host, &server.instance, &server.port, &server.caFile})
         if (hasControlCharacters(*value)) return "";
