@@ -5,12 +5,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "Realm.h"
 #include "SqlEffect.h"
 #include "TestStore.h"
 #include "TsqlBox.h"
@@ -168,6 +170,49 @@ TEST_F(ConnectionReuse, EndsAfterItsTime) {
     for (int i = 0; i < 300 && sockets() > 0; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(sockets(), 0);
+}
+
+TEST(WindowsIdentity, IsThatOfTheTicketsAlsoForLoginsThatAreContinued) {
+    const support::Realm realm;
+    const support::TsqlBox box({"--keytab", realm.keytab()});
+    realm.addService(box.port());
+    const TestStore store("[host]\nconnectionReuse = 60\n");
+    const auto name = [&] {
+        VTSimpleDBConnObject connection;
+        const std::string server = "localhost," + std::to_string(box.port());
+        const std::string text =
+            connection.getConnectionString(server.c_str(), "tempdb", nullptr, nullptr, true, false);
+        VTDBAutoBindResult result;
+        const bool hasRow = connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false) == 0 &&
+                            connection.executeQuery("SELECT SUSER_SNAME()", false) == 0 &&
+                            connection.autoBind(result) == 0 && result.getNextRow() == 0;
+        return std::string(hasRow ? result.column(0).asUtf8() : "no login");
+    };
+    const std::string clients[] = {"person", "other"};
+    for (const std::string& client : clients) {
+        realm.useTickets(client);
+        realm.logIn(client);
+        EXPECT_EQ(name(), client + "@EXAMPLE.TEST");
+    }
+    realm.useTickets("person");
+    EXPECT_EQ(name(), "person@EXAMPLE.TEST");
+    realm.logIn("other");  // does not end a login that waits for its next use
+    EXPECT_EQ(name(), "person@EXAMPLE.TEST");
+
+    realm.useTickets("none");
+    EXPECT_EQ(name(), "no login");
+    setenv("KRB5_CLIENT_KTNAME", realm.clientKeytab().c_str(), 1);
+    EXPECT_EQ(name(), "person@EXAMPLE.TEST");
+    store.write("[host]\nconnectionReuse = 0\n");
+    std::vector<std::thread> threads;
+    std::atomic<int> logins = 0;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&] {
+            for (int round = 0; round < 5; ++round) logins += name() == "person@EXAMPLE.TEST" ? 1 : 0;
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(logins, 40);
+    unsetenv("KRB5_CLIENT_KTNAME");
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ std::string serviceOf(int port) {
 Realm::Realm() {
     setenv("KRB5_CONFIG", (m_folder / "krb5.conf").c_str(), 1);
     setenv("KRB5_KDC_PROFILE", (m_folder / "kdc.conf").c_str(), 1);
-    setenv("KRB5CCNAME", ("FILE:" + (m_folder / "tickets").string()).c_str(), 1);
+    useTickets("tickets");
     run({REALM_SCRIPT, m_folder.path(), std::to_string(freePort())});
     startKdc();
 }
@@ -61,6 +61,10 @@ void Realm::startKdc() {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
+void Realm::useTickets(const std::string& name) const {
+    setenv("KRB5CCNAME", ("FILE:" + (m_folder / name).string()).c_str(), 1);
+}
+
 void Realm::addService(int port) const {
     run({"/usr/sbin/kadmin.local"},
         "addprinc -randkey " + serviceOf(port) + "\nktadd -k " + keytab() + " " + serviceOf(port) + "\n");
@@ -77,7 +81,7 @@ void Realm::deleteService(int port) const {
 }
 
 void Realm::logIn(const std::string& client, std::vector<std::string> options) const {
-    options.insert(options.begin(), {"kinit", "-k", "-t", m_folder / "client.keytab"});
+    options.insert(options.begin(), {"kinit", "-k", "-t", clientKeytab()});
     options.push_back(client);
     run(options);
 }

@@ -20,6 +20,9 @@ class Realm {
     Realm& operator=(const Realm&) = delete;
 
     std::string keytab() const { return m_folder / "server.keytab"; }
+    std::string clientKeytab() const { return m_folder / "client.keytab"; }  // person's keys come first
+    // Selects the file of tickets that this process and its children use from now on.
+    void useTickets(const std::string& name) const;
     // Adds a service principal and its keys in the keytab, which a running server reads at its next login.
     void addService(int port) const;
     void changeServiceKeys(int port) const;  // in the KDC only
