@@ -1,7 +1,6 @@
 #include "IdleLogins.h"
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <atomic>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "ProcessStart.h"
+#include "SignalsBlocked.h"
 
 namespace hostlayer {
 namespace {
@@ -23,23 +23,6 @@ using Clock = std::chrono::steady_clock;
 using Logins = std::vector<std::unique_ptr<Login>>;
 
 constexpr std::size_t kMaxIdle = 64;
-
-// Blocks all signals for the threads that the current one starts: the host program's handlers run in its own
-// threads.
-class SignalsBlocked {
-  public:
-    SignalsBlocked() {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-  private:
-    sigset_t m_before{};
-};
 
 // The store. A thread closes what has been idle for its time; it ends once it finds no idle login.
 // Disconnecting may block, so logins are destroyed without the lock.

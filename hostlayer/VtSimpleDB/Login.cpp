@@ -4,13 +4,10 @@
 #include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <bitset>
 #include <cerrno>
 #include <cstdlib>
-#include <optional>
 
 #include "ConnectionString.h"
 #include "EvDebug.h"
@@ -22,45 +19,6 @@ namespace {
 
 constexpr int kErrorLevel = 1;  // of the debug log
 constexpr int kSessionEndMilliseconds = 1000;
-
-// Returns the inode of a descriptor that is a connected TCP socket.
-std::optional<ino_t> tcpInode(int descriptor) {
-    struct stat status {};
-    sockaddr_storage peer{};
-    socklen_t size = sizeof peer;
-    if (::fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode)) return std::nullopt;
-    if (::getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &size) != 0) return std::nullopt;
-    if (peer.ss_family != AF_INET && peer.ss_family != AF_INET6) return std::nullopt;
-    return status.st_ino;
-}
-
-// Finds the socket that a driver opens, which ODBC does not return. A new descriptor is always the lowest
-// free one, so few have to be looked at. Other threads' sockets of the same moment are found too.
-class NewSockets {
-  public:
-    NewSockets() {
-        m_first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-        if (m_first < 0) return;
-        ::close(m_first);
-        for (int i = 0; i < kWindow; ++i) m_wasOpen[static_cast<std::size_t>(i)] = isOpen(m_first + i);
-    }
-
-    std::vector<ServerSocket> find() const {
-        std::vector<ServerSocket> found;
-        for (int i = 0; m_first >= 0 && i < kWindow; ++i) {
-            if (m_wasOpen[static_cast<std::size_t>(i)]) continue;
-            if (const auto inode = tcpInode(m_first + i)) found.push_back({m_first + i, *inode});
-        }
-        return found;
-    }
-
-  private:
-    static constexpr int kWindow = 64;
-    static bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
-
-    int m_first = -1;
-    std::bitset<kWindow> m_wasOpen;
-};
 
 // Where Kerberos finds the tickets of this process. Another identity must not continue a login.
 std::string windowsIdentity() {
@@ -97,7 +55,8 @@ Login::~Login() {
     ::explicit_bzero(m_connectionString.data(), m_connectionString.size());
 }
 
-bool Login::connect(SQLULEN timeoutSeconds) {
+bool Login::connect(const RequestLimits& limits) {
+    m_limits = limits;
     m_environment = OdbcHandle::environment();
     if (!m_environment) return false;
     const auto version = odbcNumber(SQL_OV_ODBC3);
@@ -110,22 +69,28 @@ bool Login::connect(SQLULEN timeoutSeconds) {
         return m_connection.check(::SQLSetConnectAttr(m_connection.get(), attribute, odbcNumber(value), 0),
                                   "Set up");
     };
-    if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, timeoutSeconds)) return false;
+    if (!setAttribute(SQL_ATTR_LOGIN_TIMEOUT, static_cast<SQLULEN>(limits.time.count()))) return false;
     if (m_readOnly && !setAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY)) return false;
     std::u16string text;
     const NewSockets newSockets;
+    ServerRequest request([&newSockets] { return newSockets.findAll(); }, limits);
     m_isConnected = convertOrReport(VtCause::kConnection, m_connectionString, text,
                                     "Connect: the connection string is not used") &&
-                    driverConnects(text);
+                    driverConnects(text, request);
     ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
-    if (m_isConnected) m_sockets = newSockets.find();
+    if (m_isConnected) m_sockets = newSockets.findConnected();
     return m_isConnected;
 }
 
-bool Login::driverConnects(std::u16string& text) const {
-    const SQLRETURN result = ::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text), SQL_NTS,
-                                                 nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
-    if (!SQL_SUCCEEDED(result)) reportReason();
+bool Login::driverConnects(std::u16string& text, ServerRequest& request) const {
+    SQLRETURN result = SQL_ERROR;
+    {
+        const ServerRequest::Call call(request);
+        if (!request.isCut())
+            result = ::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text), SQL_NTS, nullptr, 0,
+                                         nullptr, SQL_DRIVER_NOPROMPT);
+    }
+    if (!SQL_SUCCEEDED(result) && !request.isCut()) reportReason();
     return m_connection.check(result, "Connect");
 }
 
@@ -161,7 +126,7 @@ void Login::requestReset() const {
 void Login::endSession() const {
     if (m_sockets.size() != 1) return;  // others may be those of another thread
     const ServerSocket& socket = m_sockets.front();
-    if (tcpInode(socket.descriptor) != socket.inode || ::shutdown(socket.descriptor, SHUT_WR) != 0) return;
+    if (!socket.isOpen() || ::shutdown(socket.descriptor, SHUT_WR) != 0) return;
     pollfd closed{socket.descriptor, POLLRDHUP, 0};
     ::poll(&closed, 1, kSessionEndMilliseconds);
 }
@@ -178,7 +143,7 @@ bool Login::isAlive() const {
 bool Login::socketsAreQuiet() const {
     bool isKnown = false;
     for (const ServerSocket& socket : m_sockets) {
-        if (tcpInode(socket.descriptor) != socket.inode) continue;  // another thread's, closed since
+        if (!socket.isOpen()) continue;  // another thread's, closed since
         isKnown = true;
         char byte = 0;
         if (::recv(socket.descriptor, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) >= 0 || errno != EAGAIN)
@@ -189,6 +154,8 @@ bool Login::socketsAreQuiet() const {
 
 bool Login::runs(std::u16string batch) const {
     const OdbcHandle statement(SQL_HANDLE_STMT, m_connection.get());
+    ServerRequest request([this] { return m_sockets; }, m_limits);
+    const ServerRequest::Call call(request);
     return statement && SQL_SUCCEEDED(::SQLExecDirectW(statement.get(), odbcText(batch), SQL_NTS)) &&
            ::SQLMoreResults(statement.get()) == SQL_NO_DATA;
 }

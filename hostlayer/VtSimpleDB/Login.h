@@ -8,15 +8,10 @@
 #include <vector>
 
 #include "Odbc.h"
+#include "ServerRequest.h"
 #include "VtCauses.h"
 
 namespace hostlayer {
-
-// Socket of a connection: its descriptor, and its inode to recognise it.
-struct ServerSocket {
-    int descriptor = -1;
-    ino_t inode = 0;
-};
 
 // Disconnects and wipes the connection string on destruction.
 class Login {
@@ -26,11 +21,12 @@ class Login {
     Login(const Login&) = delete;
     Login& operator=(const Login&) = delete;
 
-    // Logs in. A failure is in the debug log. 0 seconds wait without a limit.
-    bool connect(SQLULEN timeoutSeconds);
+    // Logs in. A failure is in the debug log. The driver has the time limit as well.
+    bool connect(const RequestLimits& limits);
 
     bool isFor(std::string_view connectionString, bool readOnly) const;
     SQLHANDLE handle() const { return m_connection.get(); }
+    const std::vector<ServerSocket>& sockets() const { return m_sockets; }
 
     // True if the session is as it was after the login and this process made the login.
     bool isReusable() const;
@@ -50,7 +46,7 @@ class Login {
     bool isAlive() const;
 
   private:
-    bool driverConnects(std::u16string& text) const;
+    bool driverConnects(std::u16string& text, ServerRequest& request) const;
     void reportReason() const;
     bool socketsAreQuiet() const;
     bool runs(std::u16string batch) const;
@@ -61,6 +57,7 @@ class Login {
     pid_t m_process;
     bool m_isConnected = false;
     bool m_isClean = true;
+    RequestLimits m_limits;
     std::vector<ServerSocket> m_sockets;  // one of them is the connection's; empty: not known
     OdbcHandle m_environment;
     OdbcHandle m_connection;

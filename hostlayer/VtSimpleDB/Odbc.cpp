@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "EvDebug.h"
+#include "ServerRequest.h"
 #include "Utf16.h"
 #include "VtCauses.h"
 
@@ -115,17 +116,20 @@ void logDiagnostics(SQLSMALLINT type, SQLHANDLE handle, int level, const char* a
     const EvDebug log;
     Record record;
     SQLSMALLINT number = 1;
-    bool isNoted = level != kErrorLevel;
+    const bool isCut =
+        level == kErrorLevel && ServerRequest::noteCut(action);  // the driver does not know why
+    bool isNoted = level != kErrorLevel || isCut;
     for (; number <= kMaxRecords && readRecord(type, handle, number, record); ++number) {
         log.DebugLevel(level, "%s: %s", action, record.text().c_str());
-        if (level != kErrorLevel || !record.isError()) continue;
+        if (level != kErrorLevel || isCut || !record.isError()) continue;
         noteRecord(type, record, {type, handle, number});
         isNoted = true;
     }
     const bool hasRecords = number > 1;
     // The driver manager reports a driver that it cannot load with the state of a warning.
     if (!isNoted && readRecord(type, handle, 1, record)) noteRecord(type, record, {type, handle, 1});
-    if (!hasRecords && level == kErrorLevel) log.DebugLevel(level, "%s failed without a diagnostic", action);
+    if (!hasRecords && !isCut && level == kErrorLevel)
+        log.DebugLevel(level, "%s failed without a diagnostic", action);
 }
 
 }  // namespace

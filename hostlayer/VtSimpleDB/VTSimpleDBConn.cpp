@@ -13,6 +13,7 @@
 #include "Login.h"
 #include "Odbc.h"
 #include "Rows.h"
+#include "ServerRequest.h"
 #include "SqlEffect.h"
 #include "VtCauses.h"
 
@@ -22,23 +23,35 @@ using hostlayer::Fetched;
 using hostlayer::Login;
 using hostlayer::OdbcHandle;
 using hostlayer::odbcText;
+using hostlayer::RequestLimits;
+using hostlayer::ServerRequest;
 using hostlayer::SqlEffect;
 
 constexpr const char* kDefaultDriver = "FreeTDS";
 constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8";
 constexpr unsigned int kDefaultLoginTimeout = 15;    // seconds; 0 waits without a limit
+constexpr unsigned int kDefaultQueryTimeout = 0;     // seconds; 0 waits without a limit
+constexpr unsigned int kDefaultReplyLimit = 1024;    // MiB; 0: no limit
 constexpr unsigned int kDefaultConnectionReuse = 5;  // seconds; 0 keeps no login
+// Few messages belong to a login. The driver manager's time grows with the square of their number.
+constexpr std::uint64_t kLoginReplyLimit = std::uint64_t{1} << 20;  // bytes
+constexpr std::chrono::milliseconds kLoginTick{10};
 constexpr std::size_t kMaxConnectionString = 32767;  // bytes; ODBC counts them in 16 bits
 
 const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
-// Value of a setting in seconds; the default if it is not a number.
-unsigned int secondsOf(const char* setting, unsigned int seconds) {
+// Value of a setting; the default if it is not a number.
+unsigned int numberOf(const char* setting, unsigned int number) {
     const std::string text = hostlayer::hostSetting(setting, "");
-    std::from_chars(text.data(), text.data() + text.size(), seconds);
-    return seconds;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+RequestLimits limitsOf(const char* timeSetting, unsigned int seconds) {
+    return {std::chrono::seconds(numberOf(timeSetting, seconds)),
+            std::uint64_t{numberOf("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
 }
 
 }  // namespace
@@ -46,22 +59,43 @@ unsigned int secondsOf(const char* setting, unsigned int seconds) {
 // A statement that has run. The connection and the result bound to it share it: after finish(), the result
 // has no more rows to read.
 struct OpenStatement {
+    std::unique_ptr<ServerRequest> request;
     OdbcHandle handle;     // empty: not run yet, failed or finished
     bool hasRows = false;  // the current result is a result set
     bool hasFailed = false;
     std::unique_ptr<hostlayer::RowReader> rows;
 
-    bool run(SQLHANDLE connection, std::u16string& sql, bool prepared);
+    bool run(const Login& login, std::u16string& sql, bool prepared);
     bool skipToFirstRows();
+    SQLRETURN nextResult() const;
     void finish();
 };
 
-bool OpenStatement::run(SQLHANDLE connection, std::u16string& sql, bool prepared) {
-    handle = OdbcHandle(SQL_HANDLE_STMT, connection);
+// The driver cancels a statement at its time-out; a server that does not answer to that is cut off.
+bool OpenStatement::run(const Login& login, std::u16string& sql, bool prepared) {
+    const RequestLimits limits = limitsOf("queryTimeout", kDefaultQueryTimeout);
+    handle = OdbcHandle(SQL_HANDLE_STMT, login.handle());
     if (!handle) return false;
-    if (!prepared) return handle.check(::SQLExecDirectW(handle.get(), odbcText(sql), SQL_NTS), "Execute");
-    return handle.check(::SQLPrepareW(handle.get(), odbcText(sql), SQL_NTS), "Prepare") &&
-           handle.check(::SQLExecute(handle.get()), "Execute");
+    if (limits.time > std::chrono::seconds::zero()) {
+        const auto seconds = hostlayer::odbcNumber(static_cast<SQLULEN>(limits.time.count()));
+        handle.check(::SQLSetStmtAttr(handle.get(), SQL_ATTR_QUERY_TIMEOUT, seconds, 0), "Set time-out");
+    }
+    request = std::make_unique<ServerRequest>([&login] { return login.sockets(); }, limits);
+    const auto execute = [&](const auto& function) {
+        const ServerRequest::Call call(*request);
+        return request->isCut() ? SQLRETURN{SQL_ERROR} : function();
+    };
+    if (!prepared)
+        return handle.check(execute([&] { return ::SQLExecDirectW(handle.get(), odbcText(sql), SQL_NTS); }),
+                            "Execute");
+    return handle.check(execute([&] { return ::SQLPrepareW(handle.get(), odbcText(sql), SQL_NTS); }),
+                        "Prepare") &&
+           handle.check(execute([&] { return ::SQLExecute(handle.get()); }), "Execute");
+}
+
+SQLRETURN OpenStatement::nextResult() const {
+    const ServerRequest::Call call(*request);
+    return ::SQLMoreResults(handle.get());
 }
 
 // Skips the row counts of statements that return no rows. Errors of these statements are reported here:
@@ -72,7 +106,7 @@ bool OpenStatement::skipToFirstRows() {
         if (!handle.check(::SQLNumResultCols(handle.get(), &columns), "Count columns")) return false;
         hasRows = columns > 0;
         if (hasRows) return true;
-        const SQLRETURN result = ::SQLMoreResults(handle.get());
+        const SQLRETURN result = nextResult();
         if (result == SQL_NO_DATA) return true;
         if (!handle.check(result, "Execute")) return false;
     }
@@ -81,13 +115,17 @@ bool OpenStatement::skipToFirstRows() {
 // Reads the batch to its end: cancelling it would skip or roll back the statements after its first rows.
 void OpenStatement::finish() {
     rows.reset();
-    if (!handle) return;
+    if (!handle || !request) {
+        handle = OdbcHandle();
+        return;
+    }
     SQLRETURN result = SQL_SUCCESS;
     do {
-        result = ::SQLMoreResults(handle.get());
+        result = nextResult();
     } while (handle.check(result, "Execute") && result != SQL_NO_DATA);
     hasFailed = hasFailed || result != SQL_NO_DATA;
     handle = OdbcHandle();
+    request.reset();
 }
 
 struct VTSimpleDBConnObject::Impl {
@@ -106,7 +144,10 @@ bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool read
     isReused = login != nullptr;
     if (isReused) return true;
     login = std::make_unique<Login>(connectionString, readOnly);
-    if (login->connect(secondsOf("loginTimeout", kDefaultLoginTimeout))) return true;
+    RequestLimits limits = limitsOf("loginTimeout", kDefaultLoginTimeout);
+    limits.bytes = kLoginReplyLimit;
+    limits.tick = kLoginTick;
+    if (login->connect(limits)) return true;
     login.reset();
     return false;
 }
@@ -119,7 +160,7 @@ bool VTSimpleDBConnObject::Impl::run(const char* sql, bool prepared) {
     if (effect != SqlEffect::kNone) login->forbidReuse();
     if (effect == SqlEffect::kServer) hostlayer::endIdleSessions();
     if (effect == SqlEffect::kServer && std::exchange(isReused, false)) login->restoreRowCounts();
-    if (statement->run(login->handle(), text, prepared) && statement->skipToFirstRows()) return true;
+    if (statement->run(*login, text, prepared) && statement->skipToFirstRows()) return true;
     statement->hasFailed = true;
     return false;
 }
@@ -132,7 +173,7 @@ void VTSimpleDBConnObject::Impl::finishStatement() {
 void VTSimpleDBConnObject::Impl::close() {
     if (login == nullptr) return;
     finishStatement();
-    const std::chrono::seconds reuse(secondsOf("connectionReuse", kDefaultConnectionReuse));
+    const std::chrono::seconds reuse(numberOf("connectionReuse", kDefaultConnectionReuse));
     hostlayer::keepIdleLogin(std::move(login), reuse);
 }
 
@@ -226,6 +267,8 @@ int VTDBAutoBindResult::getNextRow() {
     Impl& result = *m_impl;
     if (result.state != 0) return result.state;
     const auto& rows = result.statement->rows;
+    std::optional<ServerRequest::Call> call;
+    if (rows) call.emplace(*result.statement->request);
     const Fetched fetched = rows ? rows->next(result.values) : Fetched::kFailure;
     if (fetched != Fetched::kRow) result.state = fetched == Fetched::kEnd ? 1 : -1;
     if (fetched == Fetched::kFailure) result.statement->hasFailed = true;

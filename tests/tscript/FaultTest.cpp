@@ -232,6 +232,62 @@ TEST_F(Faults, AStoppedRunIsClosed) {
     }
 }
 
+// Signals end a run also while it waits for a server that does not answer, during the login and before the
+// query tool starts; a second one ends the wait for the journal.
+TEST_F(Faults, ASignalEndsEveryWaitForTheServer) {
+    packEndless();
+    const auto stopServer = [this] { kill(serverOf(folder), SIGSTOP); };
+    const auto waitUntilConnected = [] { std::this_thread::sleep_for(std::chrono::seconds(1)); };
+    const auto runsAgain = [this] {
+        kill(serverOf(folder), SIGCONT);
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    };
+    expectInterrupted({"run", "Endless"}, SIGTERM, [&] {
+        stopServer();
+        waitUntilConnected();
+        return std::ofstream();
+    });
+    runsAgain();
+
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
+                                     {output.get(), output.get(), output.get()});
+    while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
+    stopServer();
+    kill(pid, SIGINT);
+    waitUntilConnected();
+    kill(pid, SIGINT);
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+    EXPECT_NE(support::contentOf(output).find("its end is not recorded"), std::string::npos)
+        << support::contentOf(output);
+    runsAgain();
+}
+
+// The journal's statement waits for a lock that another run holds.
+TEST_F(Faults, AQueryTimeoutIsNamed) {
+    pack("Hold",
+         "#START_OPTIONS#\nDatabase Name:NQ2\n#START_SCRIPT#\nUSE dorvas\nGO\nBEGIN TRANSACTION\n"
+         "UPDATE ZpTscriptExec SET status = status\nWAITFOR DELAY '00:01:00'\n");
+    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nqueryTimeout = 1");
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const pid_t holder =
+        support::spawn({TSCRIPT_PROGRAM, "run", "Hold"}, options, {output.get(), output.get(), output.get()});
+    while (run({"journal", "--db", "NQ2", "--name", "Hold"}).output.find("running") == std::string::npos)
+        std::this_thread::yield();
+    const ProgramResult result = run({"run", "SiteInventory"});
+    EXPECT_EQ(result.exitCode, 4) << result.output;
+    EXPECT_NE(result.errors.find("HYT00"), std::string::npos) << result.errors;
+    kill(holder, SIGTERM);
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(holder, std::chrono::seconds(60), exitCode));
+}
+
 // The plain copy that a preview makes is deleted as well. The package is a pipe, from which nothing can be
 // read before the signal.
 TEST_F(Faults, AnInterruptedPreviewLeavesNoPlainCopy) {

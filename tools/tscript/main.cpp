@@ -11,6 +11,7 @@
 #include "console/Confirmation.h"
 #include "console/Console.h"
 #include "console/Terminal.h"
+#include "system/Interrupt.h"
 
 namespace {
 
@@ -46,7 +47,8 @@ int reportParsing(const CLI::App& app, const CLI::ParseError& end, int argc, cha
 
 int flushOutput(ExitCode code) {
     if (std::fflush(resultStream()) == 0 && !std::ferror(resultStream())) return static_cast<int>(code);
-    return reportFailure(ExitCode::kInstallation, "standard output cannot be written", "Is the disk full?");
+    return reportFailure(ExitCode::kInstallation, "standard output cannot be written",
+                         "Is the disk full, or has the reader of the output ended?");
 }
 
 int runTool(int argc, char** argv) {
@@ -68,6 +70,7 @@ int runTool(int argc, char** argv) {
         return reportParsing(app, end, argc, argv);
     }
     redirectLibraryOutput();
+    endWhenDriverIsStuck();
     return flushOutput(action());
 }
 
@@ -77,6 +80,7 @@ int main(int argc, char** argv) {
     occupyClosedStreams();
     std::setlocale(LC_CTYPE, "C.UTF-8");  // for TextWidth.h
     signal(SIGXFSZ, SIG_IGN);             // exceeding the file size limit then fails write()
+    signal(SIGPIPE, SIG_IGN);             // so does a pipe without a reader
     try {
         return runTool(argc, argv);
     } catch (const Failure& failure) {

@@ -67,12 +67,21 @@ std::string withoutClosingLine(std::string output) {
     return output;
 }
 
+// An interrupted run is not diagnosed further: this may connect to the server again.
+Diagnosis diagnosisOf(const ScriptOptions& options, const RunResult& result) {
+    if (!result.interrupted)
+        return refined(diagnoseRun(options.request.name, result.database, result.output), result);
+    const auto holds = [&](const char* message) { return result.output.find(message) != std::string::npos; };
+    const char* what = holds("Failed to record tscript end")
+                           ? "interrupted; the run has ended, but its end is not recorded"
+                           : "interrupted";
+    return {ExitCode::kInterrupted, what, {}, /*scriptRan=*/holds("\nFailed at Run")};
+}
+
 // The output is a result if the script ran, else a note.
 [[noreturn]] void throwRunFailure(const ScriptOptions& options, const RunResult& result, ResultFile& target) {
-    const Diagnosis diagnosis =
-        refined(diagnoseRun(options.request.name, result.database, result.output), result);
-    const Failure failure =
-        result.interrupted ? Failure(ExitCode::kInterrupted, "interrupted") : diagnosis.failure();
+    const Diagnosis diagnosis = diagnosisOf(options, result);
+    const Failure failure = diagnosis.failure();
     const FailureReport report =
         result.interrupted ? FailureReport() : describeFailure(options.request, result, diagnosis);
     if (options.json) {

@@ -30,6 +30,8 @@ constexpr KnownValue kKnown[] = {
     {"host", "odbcDriver", Kind::kText},
     {"host", "odbcAttributes", Kind::kText},
     {"host", "loginTimeout", Kind::kNumber},
+    {"host", "queryTimeout", Kind::kNumber},
+    {"host", "replyLimit", Kind::kNumber},
     {"host", "encrypt", Kind::kText},
     {"host", "caFile", Kind::kPath},
     {"host", "strictQueryTool", Kind::kNumber},

@@ -19,6 +19,11 @@ class SpawnSettings {
     SpawnSettings() {
         posix_spawn_file_actions_init(&files);
         posix_spawnattr_init(&attributes);
+        sigset_t ignored;  // by this process, see main.cpp
+        sigemptyset(&ignored);
+        sigaddset(&ignored, SIGPIPE);
+        posix_spawnattr_setsigdefault(&attributes, &ignored);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     }
     ~SpawnSettings() {
         posix_spawn_file_actions_destroy(&files);
@@ -60,7 +65,8 @@ void redirectStreams(SpawnSettings& settings, const ChildOptions& options) {
 pid_t startChild(const std::vector<std::string>& command, const ChildOptions& options) {
     SpawnSettings settings;
     redirectStreams(settings, options);
-    if (options.detached) posix_spawnattr_setflags(&settings.attributes, POSIX_SPAWN_SETSID);
+    if (options.detached)
+        posix_spawnattr_setflags(&settings.attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
     const std::vector<std::string> environment = environmentWith(options.environment);
     pid_t pid = -1;
     const int error = posix_spawn(&pid, command.front().c_str(), &settings.files, &settings.attributes,

@@ -4,11 +4,18 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <ctime>
 
+#include "CancelRequests.h"
+#include "console/Outcome.h"
 #include "system/ChildProcess.h"
 
 namespace {
+
+constexpr std::chrono::seconds kTimeToClose{5};  // of a request that begins after the first signal
+constexpr std::chrono::seconds kTimeToEnd{5};    // after the second signal
+constexpr std::chrono::seconds kLongestEnd{60};  // after the first signal
 
 // Signals that the caller ignores (nohup, a background job of a shell) stay ignored.
 sigset_t interruptions() {
@@ -21,7 +28,22 @@ sigset_t interruptions() {
     return set;
 }
 
+template <std::size_t size>
+[[noreturn]] void endWithNote(const char (&note)[size], ExitCode code) {
+    static_cast<void>(!write(STDERR_FILENO, note, size - 1));
+    _exit(static_cast<int>(code));
+}
+
 }  // namespace
+
+void endWhenDriverIsStuck() {
+    if (hostlayer::callWhenStuck == nullptr) return;
+    hostlayer::callWhenStuck([] {
+        endWithNote(
+            "tscript: the ODBC driver does not return although the connection to the server is closed\n",
+            ExitCode::kConnection);
+    });
+}
 
 InterruptGuard::InterruptGuard() {
     const sigset_t set = interruptions();
@@ -36,17 +58,29 @@ InterruptGuard::~InterruptGuard() {
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
 }
 
-// After the first signal the children are looked up repeatedly: another one may be about to start.
+// After a signal the waits are ended repeatedly: another child or request may be about to start.
 void InterruptGuard::watch(pid_t parentThread) {
     const sigset_t set = interruptions();
     const timespec pause{0, 100'000'000};
     while (!m_ending) {
         const int signal = sigtimedwait(&set, nullptr, &pause);
         if (m_ending) break;
+        const auto now = Clock::now();
+        if (signal > 0 && m_interrupted && !m_second) m_second = now;
+        if (signal > 0 && !m_interrupted) m_first = now;
         if (signal > 0) m_interrupted = true;
-        if (!m_interrupted) continue;
-        for (const pid_t child : childrenOf(parentThread)) kill(child, SIGTERM);
+        if (m_interrupted) endWaits(parentThread);
     }
+}
+
+void InterruptGuard::endWaits(pid_t parentThread) const {
+    const auto now = Clock::now();
+    const auto begunBefore = m_second ? Clock::time_point::max() : std::max(m_first, now - kTimeToClose);
+    for (const pid_t child : childrenOf(parentThread)) kill(child, m_second ? SIGKILL : SIGTERM);
+    if (hostlayer::cancelRequests != nullptr) hostlayer::cancelRequests(begunBefore);
+    const bool isOverdue = now - m_first > kLongestEnd || (m_second && now - *m_second > kTimeToEnd);
+    if (isOverdue)
+        endWithNote("tscript: interrupted; ended before it could clean up\n", ExitCode::kInterrupted);
 }
 
 InterruptDelay::InterruptDelay() {

@@ -4,10 +4,14 @@
 #include <signal.h>
 
 #include <atomic>
+#include <chrono>
+#include <optional>
 #include <thread>
 
-// While a guard exists, these signals end the child processes of the thread that made it instead of this
-// process. The query tool ends, and the library still closes the run's journal row and deletes its files.
+// While a guard exists, these signals do not end this process. The first one ends the child processes of the
+// thread that made the guard, and the waits for a server that have begun. The query tool ends, and the
+// library still closes the run's journal row, for which each request has a few seconds, and deletes its
+// files. The second signal ends all further waits as well; if that does not help, the process ends.
 class InterruptGuard {
   public:
     InterruptGuard();
@@ -17,13 +21,22 @@ class InterruptGuard {
     bool interrupted() const { return m_interrupted; }
 
   private:
+    using Clock = std::chrono::steady_clock;
+
     void watch(pid_t parentThread);
+    void endWaits(pid_t parentThread) const;
 
     std::atomic<bool> m_interrupted{false};
     std::atomic<bool> m_ending{false};
+    Clock::time_point m_first;  // the first signal
+    std::optional<Clock::time_point> m_second;
     sigset_t m_before;
     std::thread m_watcher;
 };
+
+// From now on, the process ends if a login or statement over ODBC does not return although its connection has
+// been closed.
+void endWhenDriverIsStuck();
 
 // Blocks these signals for a short time: while a file is written beside its target, or while the library
 // holds a package's plain copy on disk. An interrupted program would leave such a file behind.

@@ -1,6 +1,7 @@
 #include "system/ResultFile.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,14 +15,33 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int kReaderTime = 10;  // seconds
+
 [[noreturn]] void throwUnwritable(const std::string& target, int error) {
     throw Failure(ExitCode::kInstallation, target + " cannot be written: " + std::strerror(error));
+}
+
+// Waits for the reader of a pipe.
+bool isWritable(int fd) {
+    pollfd wanted{fd, POLLOUT, 0};
+    if (poll(&wanted, 1, kReaderTime * 1000) > 0) return true;
+    errno = ETIMEDOUT;
+    return false;
+}
+
+// A pipe that nobody reads is waited for; an open that blocks would wait without a limit.
+int openForWriting(const std::string& path) {
+    for (int second = 0;; ++second) {
+        const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+        if (fd >= 0 || errno != ENXIO || second == kReaderTime) return fd;
+        sleep(1);
+    }
 }
 
 bool writeAll(int fd, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(fd, text.data(), text.size());
-        if (written < 0 && errno == EINTR) continue;
+        if (written < 0 && (errno == EINTR || (errno == EAGAIN && isWritable(fd)))) continue;
         if (written < 0) return false;
         text.remove_prefix(static_cast<std::size_t>(written));
     }
@@ -44,7 +64,7 @@ ResultFile::ResultFile(const std::string& file) {
 void ResultFile::write(std::string_view text) {
     if (isStandardOutput()) return writeResult(text);
     const std::string lineBreak = text.empty() || text.back() == '\n' ? "" : "\n";
-    const int fd = open((m_scratch ? m_scratch->path() : m_target).c_str(), O_WRONLY | O_CLOEXEC);
+    const int fd = openForWriting(m_scratch ? m_scratch->path() : m_target);
     const bool written = fd >= 0 && writeAll(fd, text) && writeAll(fd, lineBreak);
     int error = errno;
     const bool closed = fd >= 0 && close(fd) == 0;
