@@ -167,21 +167,26 @@ std::string runBatch(Session& session, std::string_view batch) {
 }
 
 std::string runScript(Session& session, std::string_view script) {
-    std::string result, batch;
-    const auto runCollected = [&] {
-        if (batch.empty()) return;
-        result += withOutput(batch, runBatch(session, batch));
-        batch.clear();
+    std::string result;
+    for (const std::string& batch : batchesOf(script)) result += withOutput(batch, runBatch(session, batch));
+    return result;
+}
+
+std::vector<std::string> batchesOf(std::string_view script) {
+    std::vector<std::string> batches;
+    std::string batch;
+    const auto endBatch = [&] {
+        if (!batch.empty()) batches.push_back(std::exchange(batch, {}));
     };
     while (!script.empty()) {
         const std::string_view line = cutLine(script);
         const std::size_t output = line.find(kOutputOnLine);
         const bool endsBatch = line == "GO" || line.starts_with(kOutputMark);
         if (!endsBatch) batch.append(line.substr(0, output)) += '\n';
-        if (endsBatch || output != std::string_view::npos) runCollected();
+        if (endsBatch || output != std::string_view::npos) endBatch();
     }
-    runCollected();
-    return result;
+    endBatch();
+    return batches;
 }
 
 }  // namespace tsql::test

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "execute/Engine.h"
 
@@ -23,5 +24,8 @@ std::string runBatch(tsql::Session& session, std::string_view batch);
 // output: " -->" on its last line for at most one line of output, else lines that begin with "-->". A line
 // "GO" ends a batch that has no recorded output.
 std::string runScript(tsql::Session& session, std::string_view script);
+
+// The batches of a script, without their recorded output.
+std::vector<std::string> batchesOf(std::string_view script);
 
 }  // namespace tsql::test

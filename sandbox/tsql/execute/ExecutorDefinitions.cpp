@@ -51,6 +51,13 @@ const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view
     return found == keys.end() ? nullptr : &*found;
 }
 
+// Indexes and unique keys of a table share their names.
+void refuseSecondIndex(const std::vector<ObjectInfo>& keys, std::string_view name, const TableInfo& table) {
+    const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
+    if (keyNamed(keys, name, /*isIndex=*/true) || (key && isUniqueKey(*key)))
+        throw sqlError(message::kIndexExists, {name, table.name});
+}
+
 void requireKeyType(const TableInfo& table, const TableColumn& column) {
     if (column.type.length == SqlType::kMax || isLob(column.type.id))
         throw sqlError(message::kInvalidKeyColumnType, {column.name, table.name});
@@ -226,7 +233,9 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
                    "_" + std::to_string(catalogue.lastId() + 1);
     if (catalogue.find(key.name) && !catalogue.isTemporary())
         throw sqlError(message::kObjectExists, {key.name}, 5);
-    for (const auto& other : catalogue.keysOf(table.id)) {
+    const auto others = catalogue.keysOf(table.id);
+    if (isUniqueKey(key)) refuseSecondIndex(others, key.name, table);
+    for (const auto& other : others) {
         if (other.type != type) continue;
         if (constraint.kind == ConstraintKind::PrimaryKey)
             throw sqlError(message::kPrimaryKeyAlreadyDefined, {table.name});
@@ -410,6 +419,7 @@ Flow Executor::run(const AlterTable& alter) {
         for (const auto& name : alter.dropColumns) {
             if (alter.ifExists && !target.column(name)) continue;
             refuseDependents(target, name, "DROP", owner.keysOf(target.id));
+            if (target.column(name)->identity) throw unsupported("ALTER TABLE DROP of an identity");
             m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
             owner.removeColumns(target.id, name);
         }
@@ -422,8 +432,7 @@ Flow Executor::run(const CreateIndex& create) {
     const TableInfo target = table(create.table, message::kObjectNotFound);
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
-        if (keyNamed(owner.keysOf(target.id), create.name, /*isIndex=*/true))
-            throw sqlError(message::kIndexExists, {create.name, target.name});
+        refuseSecondIndex(owner.keysOf(target.id), create.name, target);
         if (create.unique) index.source = kUniqueIndex;
         std::string list;
         for (const auto& [name, descending] : create.columns) {

@@ -209,7 +209,8 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     constraint.text = in.textSince(begin);
     if (isOperation) constraint.text = "(" + constraint.text + ")";
     if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
-    if (constraint.kind == ConstraintKind::Default && ofTable && in.accept("FOR")) {
+    if (constraint.kind == ConstraintKind::Default && ofTable) {
+        in.expect("FOR");
         constraint.columns = {in.expectName()};
         in.accept("WITH VALUES");  // no effect on an existing column
     }

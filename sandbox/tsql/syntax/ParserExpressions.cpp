@@ -236,7 +236,9 @@ ExprPtr call(Parser& in, ObjectName name) {
     if (differs && in.m_module && in.m_module->function)
         throw SyntaxError(sqlError(message::kSideEffectInFunction, {lowerAscii(name.name)}, 1), line);
     Call call{std::move(name), {}};
-    call.star = builtIn && in.accept("( * )");
+    const bool counts =
+        builtIn && (sameWord(call.name.name, "COUNT") || sameWord(call.name.name, "COUNT_BIG"));
+    call.star = counts && in.accept("( * )");
     call.distinct = builtIn && in.at("( DISTINCT");
     if (!call.star) call.arguments = in.argumentsOf(call.name);
     if (builtIn && in.accept("WITHIN GROUP")) call.within = in.parenthesized([&] { return in.orderBy(); });

@@ -403,6 +403,10 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
     const auto pieces = blind([&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+        if (!isText(pieces[i].type.id) && !pieces[i].nullLiteral)
+            throw sqlError(message::kInvalidArgumentType,
+                           {baseName(pieces[i].type.id), std::to_string(i + 1), "string_split"});
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     const std::string sqlAlias = nextAlias();
     m_scope->sources.push_back({alias, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});

@@ -215,3 +215,8 @@ CREATE INDEX ix_of_text ON endless (x, t) --> Msg 1919, Level 16, State 1, Line 
 CREATE TABLE nd (a int DEFAULT nosuch(1)) --> Msg 195, Level 15, State 10, Line 1: 'nosuch' is not a recognized built-in function name.
 DECLARE @x int = 3 -->
 CREATE TABLE nd (a int DEFAULT (@x)) --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@x".
+ALTER TABLE endless ADD CONSTRAINT ix_endless UNIQUE (x) --> Msg 1913, Level 16, State 1, Line 1: The operation failed because an index or statistics with name 'ix_endless' already exists on table 'dbo.endless'. (1750)
+ALTER TABLE endless ADD CONSTRAINT df_endless DEFAULT 1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
+CREATE TABLE numbered (id int IDENTITY, a int) ALTER TABLE numbered DROP COLUMN id --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE DROP of an identity.
+SELECT LEN(*) --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '*'.
+SELECT value FROM STRING_SPLIT(2, ',') --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of string_split function.
