@@ -9,7 +9,7 @@ namespace hostlayer {
 namespace {
 
 // Returns the text as a basic string (TOML 1.0, "String").
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     std::string literal = "\"";
     for (const char character : text) {
         const auto code = static_cast<unsigned char>(character);
@@ -37,12 +37,12 @@ std::string nameText(std::string_view name) {
     };
     if (!name.empty() && std::all_of(name.begin(), name.end(), isBare)) return std::string(name);
     if (std::all_of(name.begin(), name.end(), isPlain)) return "'" + std::string(name) + "'";
-    return quoted(name);
+    return inQuotes(name);
 }
 
 std::string valueText(const StoreValue& value) {
     const auto* text = std::get_if<std::string>(&value);
-    return text != nullptr ? quoted(*text) : textOf(value);
+    return text != nullptr ? inQuotes(*text) : textOf(value);
 }
 
 // Byte offset of a parser position, whose column counts characters.

@@ -17,14 +17,14 @@ constexpr int kSeverityFatal = 20;
 
 constexpr int kTsqlboxError = 50000;  // for errors that SQL Server does not have
 
-std::string quoted(std::string_view text, char quote = '\'') {
+std::string inQuotes(std::string_view text, char quote = '\'') {
     return quote + std::string(text) + quote;
 }
 
 }  // namespace
 
 SqlError loginFailed(std::string_view user) {
-    return {kLoginFailed, "Login failed for user " + quoted(user) + ".", kSeverityLogin};
+    return {kLoginFailed, "Login failed for user " + inQuotes(user) + ".", kSeverityLogin};
 }
 
 SqlError integratedLoginNotSupported() {
@@ -42,12 +42,12 @@ SqlError integratedLoginFailed() {
 
 SqlError databaseNotFound(std::string_view database) {
     return {4060,
-            "Cannot open database " + quoted(database, '"') + " requested by the login. The login failed.",
+            "Cannot open database " + inQuotes(database, '"') + " requested by the login. The login failed.",
             kSeverityDatabase};
 }
 
 tsql::Message databaseContextChanged(std::string_view database) {
-    return {5701, 0, 2, 1, {}, "Changed database context to " + quoted(database) + "."};
+    return {5701, 0, 2, 1, {}, "Changed database context to " + inQuotes(database) + "."};
 }
 
 tsql::Message languageChanged(std::string_view language) {
@@ -55,7 +55,7 @@ tsql::Message languageChanged(std::string_view language) {
 }
 
 SqlError parameterNotSupplied(std::string_view procedure, std::size_t position) {
-    return {201, "Procedure or function " + quoted(procedure) + " expects parameter number " +
+    return {201, "Procedure or function " + inQuotes(procedure) + " expects parameter number " +
                      std::to_string(position) + ", which was not supplied."};
 }
 
