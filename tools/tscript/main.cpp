@@ -5,9 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 
 #include "commands/Commands.h"
-#include "commands/MistypedCommand.h"
+#include "console/CommandLine.h"
 #include "console/Confirmation.h"
 #include "console/Console.h"
 #include "console/Terminal.h"
@@ -38,13 +39,6 @@ int reportFailure(ExitCode code, const std::string& what, const std::string& adv
     return static_cast<int>(code);
 }
 
-int reportParsing(const CLI::App& app, const CLI::ParseError& end, int argc, char** argv) {
-    const std::string mistyped = describeUnknownCommand(app, argc, argv);
-    const bool isHelpOrVersion = end.get_exit_code() == 0;
-    if (isHelpOrVersion && mistyped.empty()) return app.exit(end);
-    return reportFailure(ExitCode::kUsage, mistyped.empty() ? end.what() : mistyped, "See tscript --help.");
-}
-
 int flushOutput(ExitCode code) {
     if (std::fflush(resultStream()) == 0 && !std::ferror(resultStream())) return static_cast<int>(code);
     return reportFailure(ExitCode::kInstallation, "standard output cannot be written",
@@ -52,23 +46,15 @@ int flushOutput(ExitCode code) {
 }
 
 int runTool(int argc, char** argv) {
-    CLI::App app(kDescription, "tscript");
-    app.footer(kFooter);
-    app.fallthrough();
-    app.require_subcommand(1);
-    app.set_version_flag("--version", TSCRIPT_VERSION);
-    app.add_option_function<std::string>(
-           "--store", [](const std::string& file) { setenv("ZEPHRA_REGISTRY", file.c_str(), 1); },
-           "Configuration store (default: $ZEPHRA_REGISTRY, else /etc/zephra/registry.toml)")
-        ->type_name("FILE");
-    addNoInputOption(app);
+    CommandLine commandLine(kDescription, "tscript", TSCRIPT_VERSION, kFooter);
+    addOptionFunction(
+        commandLine.app(), "--store",
+        [](const std::string& file) { setenv("ZEPHRA_REGISTRY", file.c_str(), 1); },
+        "Configuration store (default: $ZEPHRA_REGISTRY, else /etc/zephra/registry.toml)", "FILE");
+    addNoInputOption(commandLine.app());
     Action action;
-    for (const auto addCommands : kAddCommands) addCommands(app, action);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& end) {
-        return reportParsing(app, end, argc, argv);
-    }
+    for (const auto addCommands : kAddCommands) addCommands(commandLine.app(), action);
+    if (const std::optional<int> exitCode = commandLine.parse(argc, argv)) return *exitCode;
     redirectLibraryOutput();
     endWhenDriverIsStuck();
     return flushOutput(action());

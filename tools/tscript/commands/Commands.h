@@ -2,23 +2,17 @@
 // to the work of the chosen one.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
+#include "console/CommandLine.h"
 #include "console/Outcome.h"
 
 // Adds a command whose action calls `work` with the parsed options.
 template <typename Options>
 CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const char* description,
                      const std::shared_ptr<Options>& options, ExitCode (*work)(const Options&)) {
-    CLI::App* command = family->add_subcommand(name, description);
-    command->callback([&action, options, work] { action = [options, work] { return work(*options); }; });
-    return command;
-}
-
-// Adds a command that has only subcommands.
-inline CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
-    return app.add_subcommand(name, description)->require_subcommand(1);
+    return addCommand(family, name, description,
+                      [&action, options, work] { action = [options, work] { return work(*options); }; });
 }
 
 void addScriptCommands(CLI::App& app, Action& action);      // run, help, exec, params

@@ -91,13 +91,13 @@ void addConfigCommands(CLI::App& app, Action& action) {
     constexpr const char* kName = "KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL";
     CLI::App* showing =
         addCommand(family, action, "show", "List the values; secrets are masked", options, show);
-    showing->add_option("--key", options->key, "Only the values of this key")->type_name("KEY");
-    showing->add_flag("--json", options->json, "Write JSON");
+    addOption(showing, "--key", options->key, "Only the values of this key", {.type = "KEY"});
+    addFlag(showing, "--json", options->json, "Write JSON");
     CLI::App* getting = addCommand(family, action, "get", "Show one value", options, get);
-    getting->add_option("NAME", options->name, kName)->required();
-    getting->add_flag("--json", options->json, "Write JSON");
+    addOption(getting, "NAME", options->name, kName, {.required = true});
+    addFlag(getting, "--json", options->json, "Write JSON");
     CLI::App* setting = addCommand(family, action, "set",
                                    "Set one value; the file keeps its comments and order", options, set);
-    setting->add_option("NAME", options->name, kName)->required();
-    setting->add_option("VALUE", options->value, "The new value")->required();
+    addOption(setting, "NAME", options->name, kName, {.required = true});
+    addOption(setting, "VALUE", options->value, "The new value", {.required = true});
 }

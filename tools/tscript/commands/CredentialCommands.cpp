@@ -45,10 +45,10 @@ void addCredentialCommands(CLI::App& app, Action& action) {
         family, action, "set",
         "Store a database's user and password; the password is asked for, or read from standard input",
         options, setCredentials);
-    set->add_option("DB", options->database, "The database")->required();
-    set->add_option("--user", options->user, "The login's name")->required()->type_name("USER");
+    addOption(set, "DB", options->database, "The database", {.required = true});
+    addOption(set, "--user", options->user, "The login's name", {.type = "USER", .required = true});
     CLI::App* test =
         addCommand(family, action, "test", "Connect with a database's credentials and run a probe", options,
                    testCredentials);
-    test->add_option("DB", options->database, "The database")->required();
+    addOption(test, "DB", options->database, "The database", {.required = true});
 }

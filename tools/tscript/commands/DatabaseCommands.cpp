@@ -199,28 +199,28 @@ ExitCode showRestore(const DatabaseOptions& options) {
 void addDatabaseCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<DatabaseOptions>();
     CLI::App* family = addFamily(app, "db", "The databases of a server, their backups and their restore");
-    family
-        ->add_option("--db", options->account,
-                     "The suite database whose server and login are used (default: Dorvas)")
-        ->type_name("DB");
+    addOption(family, "--db", options->account,
+              "The suite database whose server and login are used (default: Dorvas)", {.type = "DB"});
 
     CLI::App* list = addCommand(family, action, "list", "List the user databases", options, listDatabases);
     CLI::App* version =
         addCommand(family, action, "version", "Show the server's major version", options, showVersion);
     CLI::App* last = addCommand(family, action, "last-backup", "Show when a database was last backed up",
                                 options, showLastBackup);
-    last->add_option("DB", options->name, "The database")->required();
-    for (CLI::App* listing : {list, version, last}) listing->add_flag("--json", options->json, "Write JSON");
+    addOption(last, "DB", options->name, "The database", {.required = true});
+    for (CLI::App* listing : {list, version, last}) addFlag(listing, "--json", options->json, "Write JSON");
     CLI::App* backup = addCommand(family, action, "backup", "Back a database up", options, backUp);
-    backup->add_option("DB", options->name, "The database")->required();
-    backup->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
+    addOption(backup, "DB", options->name, "The database", {.required = true});
+    addOption(backup, "FILE", options->file, "The backup file, a path on the server's host",
+              {.required = true});
     CLI::App* restore = addCommand(family, action, "restore",
                                    "Show the statement that restores a database; with --execute run it",
                                    options, showRestore);
-    restore->add_option("FILE", options->file, "The backup file, a path on the server's host")->required();
-    restore->add_option("DB", options->name, "The database")->required();
-    restore->add_option("--to", options->folder, "Folder on the server's host for the data files; required")
-        ->type_name("DIR");
-    restore->add_flag("--execute", options->execute, "Run the statement, after asking");
+    addOption(restore, "FILE", options->file, "The backup file, a path on the server's host",
+              {.required = true});
+    addOption(restore, "DB", options->name, "The database", {.required = true});
+    addOption(restore, "--to", options->folder, "Folder on the server's host for the data files; required",
+              {.type = "DIR"});
+    addFlag(restore, "--execute", options->execute, "Run the statement, after asking");
     addYesOption(restore, options->yes);
 }

@@ -79,8 +79,9 @@ ExitCode checkAll(const DoctorOptions& options) {
 
 void addDoctorCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<DoctorOptions>();
-    addCommand(&app, action, "doctor",
-               "Check store, key, folders, driver, query tool, databases and packages, and give advice",
-               options, checkAll)
-        ->add_flag("--json", options->json, "Write JSON");
+    CLI::App* command =
+        addCommand(&app, action, "doctor",
+                   "Check store, key, folders, driver, query tool, databases and packages, and give advice",
+                   options, checkAll);
+    addFlag(command, "--json", options->json, "Write JSON");
 }

@@ -129,7 +129,7 @@ void addInspectCommand(CLI::App& app, Action& action) {
     CLI::App* command = addCommand(
         &app, action, "inspect",
         "Show a package's header, usage and size, and whether every record is authentic", options, inspect);
-    command->add_option("FILE", options->file, "The package")->required();
-    command->add_flag("--body", options->body, "Show the statements as well");
-    command->add_flag("--json", options->json, "Write JSON");
+    addOption(command, "FILE", options->file, "The package", {.required = true});
+    addFlag(command, "--body", options->body, "Show the statements as well");
+    addFlag(command, "--json", options->json, "Write JSON");
 }

@@ -182,7 +182,8 @@ void findProcedure(const std::string& name, const std::string& database, Script&
 void writeScript(const std::string& name, const Script& script, bool json) {
     const bool isPackage = !script.packageFile.empty();
     const char* kind = isPackage && script.hasProcedure ? "both" : isPackage ? "package" : "procedure";
-    Json value = {{"name", script.hasProcedure ? script.procedure.name : name}, {"kind", kind}};
+    const std::string& scriptName = script.hasProcedure ? script.procedure.name : name;
+    Json value = {{"name", scriptName}, {"kind", kind}};
     if (isPackage) {
         value["file"] = script.packageFile;
         value["packageDatabase"] = script.packageDatabase;
@@ -193,7 +194,7 @@ void writeScript(const std::string& name, const Script& script, bool json) {
         value["secured"] = isSecured(script.procedure.type);
     }
     if (json) return writeJson(value);
-    std::string text = "name      " + value["name"].get<std::string>() + "\nkind      " + kind + "\n";
+    std::string text = "name      " + scriptName + "\nkind      " + kind + "\n";
     if (isPackage) {
         text += "package   " + script.packageFile + "\n          runs in " +
                 (script.packageDatabase.empty() ? "the database found from the installed components"
@@ -230,7 +231,7 @@ CLI::App* addListing(CLI::App& app, Action& action, const char* name, const char
                      const Options& options, ExitCode (*work)(const RecordOptions&)) {
     CLI::App* command = addCommand(&app, action, name, description, options, work);
     addDatabaseOption(command, options->database);
-    command->add_flag("--json", options->json, "Write JSON with times in UTC");
+    addFlag(command, "--json", options->json, "Write JSON with times in UTC");
     return command;
 }
 
@@ -256,17 +257,15 @@ void addJournalCommands(CLI::App& app, Action& action) {
         if (journal->get_subcommands().empty()) action = [options] { return listJournal(*options); };
     });
     addPatternOption(journal, options->name);
-    journal->add_option("--status", options->status, "Only runs of this status")
-        ->check(CLI::IsMember({"running", "ok", "failed"}));
+    addOption(journal, "--status", options->status, "Only runs of this status",
+              {.oneOf = {"running", "ok", "failed"}});
     addSinceOption(journal, options->since);
-    journal->add_option("--last", options->last, "The newest N of these runs; 0 for all")
-        ->type_name("N")
-        ->check(CLI::Range(0, kMostRows))
-        ->capture_default_str();
+    addNumber(journal, "--last", options->last, "The newest N of these runs; 0 for all",
+              {.type = "N", .least = 0, .most = kMostRows});
     addStaleOption(journal, options->staleHours);
 
     CLI::App* which =
         addListing(app, action, "which", "Show whether a name is a package, a stored procedure, or both",
                    options, showScript);
-    which->add_option("NAME", options->name, "The script's name")->required();
+    addOption(which, "NAME", options->name, "The script's name", {.required = true});
 }

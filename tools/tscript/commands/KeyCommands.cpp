@@ -51,7 +51,7 @@ void addKeyCommands(CLI::App& app, Action& action) {
     CLI::App* family = addFamily(app, "key", "The key that packages and credentials are encrypted with");
     CLI::App* create = addCommand(family, action, "create",
                                   "Create a key file; an existing one is left unchanged", options, createKey);
-    create->add_flag("--signing", options->isSigning,
-                     "Create a key that signs packages, and print its public key");
-    create->add_option("FILE", options->file, "The key file (default: the store's cipherKeyFile)");
+    addFlag(create, "--signing", options->isSigning,
+            "Create a key that signs packages, and print its public key");
+    addOption(create, "FILE", options->file, "The key file (default: the store's cipherKeyFile)");
 }

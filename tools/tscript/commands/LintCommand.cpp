@@ -67,6 +67,6 @@ void addLintCommand(CLI::App& app, Action& action) {
     CLI::App* command =
         addCommand(&app, action, "lint",
                    "Check a plain script; the exit code is 1 for errors, 0 for warnings only", options, lint);
-    command->add_option("PLAIN", options->plain, "The plain text of the script")->required();
-    command->add_flag("--json", options->json, "Write JSON");
+    addOption(command, "PLAIN", options->plain, "The plain text of the script", {.required = true});
+    addFlag(command, "--json", options->json, "Write JSON");
 }

@@ -36,15 +36,12 @@ void addPackCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<PackOptions>();
     CLI::App* command =
         addCommand(&app, action, "pack", "Encrypt and seal a plain script as a package", options, pack);
-    command->add_option("PLAIN", options->plain, "The plain text of the script")->required();
-    command
-        ->add_option("-o,--output", options->target,
-                     "The package (default: the script's name in the installation's Scripts folder)")
-        ->type_name("FILE");
-    command->add_option("--sign", options->seal.signingKey, "Sign the package with this key")
-        ->type_name("FILE");
-    command
-        ->add_option("--package-version", options->seal.version,
-                     "Version number that the seal holds (default: the seconds since 1970)")
-        ->type_name("N");
+    addOption(command, "PLAIN", options->plain, "The plain text of the script", {.required = true});
+    addOption(command, "-o,--output", options->target,
+              "The package (default: the script's name in the installation's Scripts folder)",
+              {.type = "FILE"});
+    addOption(command, "--sign", options->seal.signingKey, "Sign the package with this key",
+              {.type = "FILE"});
+    addOption(command, "--package-version", options->seal.version,
+              "Version number that the seal holds (default: the seconds since 1970)", {.type = "N"});
 }

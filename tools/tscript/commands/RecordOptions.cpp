@@ -11,28 +11,25 @@ constexpr double kMostHours = 1e6;
 }  // namespace
 
 void addDatabaseOption(CLI::App* command, std::string& database) {
-    command->add_option("--db", database, "The database (default: found from the installed components)")
-        ->type_name("DB");
+    addOption(command, "--db", database, "The database (default: found from the installed components)",
+              {.type = "DB"});
 }
 
 void addPatternOption(CLI::App* command, std::string& pattern) {
-    command->add_option("--name", pattern, "Only names that match: * is any characters, ? is one")
-        ->type_name("PATTERN");
+    addOption(command, "--name", pattern, "Only names that match: * is any characters, ? is one",
+              {.type = "PATTERN"});
 }
 
 void addSinceOption(CLI::App* command, std::string& since) {
-    command
-        ->add_option("--since", since,
-                     "Only runs that started then or later: 90m, 24h, 7d, 2w (ago), 2026-01-31, "
-                     "\"2026-01-31 18:30\" (local time)")
-        ->type_name("TIME");
+    addOption(command, "--since", since,
+              "Only runs that started then or later: 90m, 24h, 7d, 2w (ago), 2026-01-31, "
+              "\"2026-01-31 18:30\" (local time)",
+              {.type = "TIME"});
 }
 
 void addStaleOption(CLI::App* command, double& hours) {
-    command->add_option("--stale", hours, "A run without an end counts as abandoned after this time")
-        ->type_name("HOURS")
-        ->check(CLI::Range(0.0, kMostHours))
-        ->capture_default_str();
+    addNumber(command, "--stale", hours, "A run without an end counts as abandoned after this time",
+              {.type = "HOURS", .least = 0.0, .most = kMostHours});
 }
 
 void checkPattern(const std::string& pattern) {

@@ -1,10 +1,10 @@
 // Options of the commands that read catalogue and journal.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "DVUtilities/TScriptRecords.h"
+#include "console/CommandLine.h"
 
 struct RecordOptions {
     std::string name;

@@ -179,13 +179,11 @@ void addRepackCommand(CLI::App& app, Action& action) {
         "Encrypt packages with another key and renew their seals; one that is not authentic is reported and "
         "left unchanged",
         options, repack);
-    command->add_option("--old-key", options->oldKey, "Key file that the packages are encrypted with")
-        ->required()
-        ->type_name("FILE");
-    command->add_option("--new-key", options->newKey, "Key file to encrypt them with")
-        ->required()
-        ->type_name("FILE");
-    command->add_flag("--seal", options->seal,
-                      "Seal packages that have no seal, too; the keys may be the same file");
-    command->add_option("FILE", options->files, "The packages")->required();
+    addOption(command, "--old-key", options->oldKey, "Key file that the packages are encrypted with",
+              {.type = "FILE", .required = true});
+    addOption(command, "--new-key", options->newKey, "Key file to encrypt them with",
+              {.type = "FILE", .required = true});
+    addFlag(command, "--seal", options->seal,
+            "Seal packages that have no seal, too; the keys may be the same file");
+    addOption(command, "FILE", options->files, "The packages", {.required = true});
 }

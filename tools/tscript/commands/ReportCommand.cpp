@@ -108,10 +108,10 @@ void addReportCommand(CLI::App& app, Action& action) {
         addCommand(&app, action, "report",
                    "Write a page about the runs of scripts: over time, how long they took, what failed",
                    options, writeReport);
-    command->add_option("-o,--output", options->output, "The file (default: standard output)")
-        ->type_name("FILE");
-    command->add_flag("--json", options->records.json, "Write the figures as JSON instead of a page");
-    command->add_flag("--csv", options->csv, "Write the figures of the scripts as CSV")->excludes("--json");
+    addOption(command, "-o,--output", options->output, "The file (default: standard output)",
+              {.type = "FILE"});
+    addFlag(command, "--json", options->records.json, "Write the figures as JSON instead of a page");
+    addFlag(command, "--csv", options->csv, "Write the figures of the scripts as CSV", "--json");
     addDatabaseOption(command, options->records.database);
     addPatternOption(command, options->records.name);
     addSinceOption(command, options->records.since);

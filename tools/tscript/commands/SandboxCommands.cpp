@@ -154,24 +154,23 @@ ExitCode status(const SandboxOptions& options) {
 void addSandboxCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<SandboxOptions>();
     CLI::App* family = addFamily(app, "sandbox", "A sample installation with a local SQL server");
-    family
-        ->add_option("--dir", options->folder,
-                     "Its folder (default: except for up, that of the sandbox whose store is in force; else "
-                     "zephra-sandbox in the user's data folder)")
-        ->type_name("DIR");
+    addOption(family, "--dir", options->folder,
+              "Its folder (default: except for up, that of the sandbox whose store is in force; else "
+              "zephra-sandbox in the user's data folder)",
+              {.type = "DIR"});
     CLI::App* start =
         addCommand(family, action, "up", "Create it if it does not exist, and start the server", options, up);
-    start->add_option("--port", options->port, "The server's port (default: a free one)")
-        ->type_name("PORT")
-        ->check(CLI::Range(0, 65535));
+    addNumber(start, "--port", options->port, "The server's port (default: a free one)",
+              {.type = "PORT", .least = 0, .most = 65535, .defaultInHelp = false});
     addCommand(family, action, "down", "Stop the server; the folder stays", options, down);
-    addCommand(family, action, "status", "Show whether the server runs, and where", options, status)
-        ->add_flag("--json", options->json, "Write JSON");
+    CLI::App* state =
+        addCommand(family, action, "status", "Show whether the server runs, and where", options, status);
+    addFlag(state, "--json", options->json, "Write JSON");
     CLI::App* again = addCommand(family, action, "reset",
                                  "Create it again and start the server; backups stay", options, reset);
     addYesOption(again, options->yes);
     CLI::App* client =
         addCommand(family, action, "shell", "Run sqlcmd on the server, with the terminal or standard input",
                    options, shell);
-    client->add_option("--db", options->database, "The database (default: dorvas)")->type_name("DB");
+    addOption(client, "--db", options->database, "The database (default: dorvas)", {.type = "DB"});
 }

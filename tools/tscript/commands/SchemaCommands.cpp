@@ -53,9 +53,8 @@ ExitCode reportState(const SchemaOptions& options, const Objects& objects) {
         throw Failure(ExitCode::kInstallation, "objects that runs need are missing in " + database,
                       "tscript schema install " + database + " creates them.");
     if (has(objects, ObjectState::kDifferent))
-        throw Failure(
-            ExitCode::kInstallation, "objects of " + database + " are not what runs need",
-            "tscript does not change existing objects. Change them by hand.");
+        throw Failure(ExitCode::kInstallation, "objects of " + database + " are not what runs need",
+                      "tscript does not change existing objects. Change them by hand.");
     return ExitCode::kDone;
 }
 
@@ -95,8 +94,8 @@ void addSchemaCommands(CLI::App& app, Action& action) {
         addCommand(family, action, "install", "Create the missing objects; existing ones are never changed",
                    options, install);
     for (CLI::App* command : {checking, installing}) {
-        command->add_option("DB", options->database, "The suite database")->required();
-        command->add_flag("--json", options->json, "Write JSON: one object per database object");
+        addOption(command, "DB", options->database, "The suite database", {.required = true});
+        addFlag(command, "--json", options->json, "Write JSON: one object per database object");
     }
     addYesOption(installing, options->yes);
 }

@@ -207,8 +207,7 @@ ExitCode runProcedure(const ScriptOptions& given) {
 }
 
 bool isCommand(const ScriptOptions& options) {
-    const auto hasName = [&](const CLI::App* command) { return command->check_name(options.request.name); };
-    return !options.commands->get_subcommands(hasName).empty();
+    return hasCommand(*options.commands, options.request.name);
 }
 
 // Of the package with this name if there is one, else of the procedure.
@@ -229,51 +228,34 @@ using Options = std::shared_ptr<ScriptOptions>;
 
 CLI::App* addScriptCommand(CLI::App& app, Action& action, const char* name, const char* description,
                            const Options& options, ExitCode (*work)(const ScriptOptions&)) {
-    CLI::App* command = app.add_subcommand(name, description);
-    command->add_option("NAME", options->request.name, "The script's name")->required();
-    command->callback([&action, options, work] {
+    CLI::App* command = addCommand(&app, name, description, [&action, options, work] {
         action = [options, work] {
             checkRequest(options->request);
             return work(*options);
         };
     });
+    addOption(command, "NAME", options->request.name, "The script's name", {.required = true});
     return command;
 }
 
 void addInput(CLI::App* command, const Options& options) {
-    command
-        ->add_option("--input", options->request.input,
-                     "Text that the journal records instead of the parameters")
-        ->type_name("TEXT");
-}
-
-// Values are taken literally: not split into lists, and they may be empty or start with a minus.
-void addValues(CLI::App* command, const Options& options, const char* form, const char* description) {
-    command
-        ->add_option_function<std::string>(
-            "-p,--parameter",
-            [options](const std::string& value) { options->request.parameters.push_back(value); },
-            description)
-        ->type_name(form)
-        ->trigger_on_parse()
-        ->allow_extra_args(false);
+    addOption(command, "--input", options->request.input,
+              "Text that the journal records instead of the parameters", {.type = "TEXT"});
 }
 
 void addRunOptions(CLI::App* command, const Options& options) {
-    command->add_flag("--dry-run", options->dryRun, "Show the SQL that would run, and run nothing");
-    command
-        ->add_option("-o,--output", options->outputFile,
-                     "Write the result to this file; if that fails, an existing file is unchanged")
-        ->type_name("FILE");
-    command->add_flag("--allow-tool-commands", options->request.allowToolCommands,
-                      "Accept values with line breaks, $( and commands of the query tool");
-    CLI::Option* quiet = command->add_flag("-q,--quiet", options->quiet,
-                                           "No output if the script succeeds, no progress on the terminal");
-    command->add_flag(
-        "--data", options->data,
-        "Write the script's output only, without the closing line; -o of an XML script does so");
-    command->add_flag("--json", options->json, "Write the result as JSON: status, seconds, output, error")
-        ->excludes(quiet);
+    addFlag(command, "--dry-run", options->dryRun, "Show the SQL that would run, and run nothing");
+    addOption(command, "-o,--output", options->outputFile,
+              "Write the result to this file; if that fails, an existing file is unchanged",
+              {.type = "FILE"});
+    addFlag(command, "--allow-tool-commands", options->request.allowToolCommands,
+            "Accept values with line breaks, $( and commands of the query tool");
+    addFlag(command, "-q,--quiet", options->quiet,
+            "No output if the script succeeds, no progress on the terminal");
+    addFlag(command, "--data", options->data,
+            "Write the script's output only, without the closing line; -o of an XML script does so");
+    addFlag(command, "--json", options->json, "Write the result as JSON: status, seconds, output, error",
+            "--quiet");
 }
 
 }  // namespace
@@ -283,25 +265,25 @@ void addScriptCommands(CLI::App& app, Action& action) {
     options->commands = &app;
 
     CLI::App* run = addScriptCommand(app, action, "run", "Run a script package", options, runPackage);
-    addValues(run, options, "VALUE", "A value for the next placeholder of the script; may be repeated");
-    run->add_flag("--allow-missing", options->allowMissing,
-                  "Accept more or fewer values than the script has placeholders");
+    addRepeatable(run, "-p,--parameter", options->request.parameters,
+                  "A value for the next placeholder of the script; may be repeated", "VALUE");
+    addFlag(run, "--allow-missing", options->allowMissing,
+            "Accept more or fewer values than the script has placeholders");
     addInput(run, options);
     addRunOptions(run, options);
-    run->add_option(
-           "--db", options->request.database,
-           "The database of a package that names none (default: found from the installed components)")
-        ->type_name("DB");
+    addOption(run, "--db", options->request.database,
+              "The database of a package that names none (default: found from the installed components)",
+              {.type = "DB"});
 
     CLI::App* help = addScriptCommand(app, action, "help", "Show a script's usage", options, showUsage);
     addDatabaseOption(help, options->request.database);
 
     CLI::App* exec =
         addScriptCommand(app, action, "exec", "Run a stored-procedure script", options, runProcedure);
-    exec->add_option("ARGS", options->request.arguments,
-                     "Arguments of the procedure as T-SQL: \"@days = 7\"");
-    addValues(exec, options, "NAME=VALUE",
-              "A value for the parameter of that name, quoted for its type; may be repeated");
+    addOption(exec, "ARGS", options->request.arguments, "Arguments of the procedure as T-SQL: \"@days = 7\"");
+    addRepeatable(exec, "-p,--parameter", options->request.parameters,
+                  "A value for the parameter of that name, quoted for its type; may be repeated",
+                  "NAME=VALUE");
     addDatabaseOption(exec, options->request.database);
     addInput(exec, options);
     addRunOptions(exec, options);
@@ -309,5 +291,5 @@ void addScriptCommands(CLI::App& app, Action& action) {
     CLI::App* params = addScriptCommand(
         app, action, "params", "List the parameters of a stored-procedure script", options, listParameters);
     addDatabaseOption(params, options->request.database);
-    params->add_flag("--json", options->json, "Write JSON: one object per parameter");
+    addFlag(params, "--json", options->json, "Write JSON: one object per parameter");
 }

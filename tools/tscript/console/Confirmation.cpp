@@ -15,7 +15,7 @@ bool noInput = false;  // set by the command line parser before any command runs
 }  // namespace
 
 void addNoInputOption(CLI::App& app) {
-    app.add_flag("--no-input", noInput, "Never ask: fail where a question would be asked");
+    addFlag(&app, "--no-input", noInput, "Never ask: fail where a question would be asked");
 }
 
 bool canAsk() {
@@ -23,7 +23,7 @@ bool canAsk() {
 }
 
 void addYesOption(CLI::App* command, bool& yes) {
-    command->add_flag("--yes", yes, "Do not ask");
+    addFlag(command, "--yes", yes, "Do not ask");
 }
 
 void confirm(bool yes, const std::string& question) {

@@ -1,8 +1,9 @@
 // Questions to the user before data is lost.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
+
+#include "console/CommandLine.h"
 
 // Adds the global option --no-input, which makes every question fail.
 void addNoInputOption(CLI::App& app);

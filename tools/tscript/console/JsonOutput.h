@@ -1,12 +1,51 @@
-// Results as JSON.
+// Results as JSON. JsonOutput.cpp alone includes the library that formats them.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
 
-using Json = nlohmann::ordered_json;  // keeps members in insertion order
+// A JSON value. An object keeps its members in insertion order.
+class Json {
+  public:
+    using Elements = std::vector<Json>;
+    using Members = std::vector<std::pair<std::string, Json>>;
+    using Value = std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string,
+                               Elements, Members>;
 
-// Returns the value as indented JSON. Invalid UTF-8 becomes U+FFFD.
+    Json() = default;  // null; the first member makes an object of it
+    Json(std::nullptr_t) {}
+    Json(bool value) : m_value(value) {}
+    template <std::signed_integral Integer>
+    Json(Integer value) : m_value(static_cast<std::int64_t>(value)) {}
+    template <std::unsigned_integral Integer>
+    Json(Integer value) : m_value(static_cast<std::uint64_t>(value)) {}
+    Json(double value) : m_value(value) {}
+    Json(const char* text) : m_value(std::string(text)) {}
+    Json(std::string text) : m_value(std::move(text)) {}
+    // An object: {{"name", value}, ...}.
+    Json(std::initializer_list<std::pair<const char*, Json>> members);
+    static Json array() { return Json(Value(Elements())); }
+    static Json object() { return Json(Value(Members())); }
+
+    Json& operator[](std::string_view name);  // adds the member if there is none
+    void push_back(Json element) { std::get<Elements>(m_value).push_back(std::move(element)); }
+    bool is_null() const { return std::holds_alternative<std::nullptr_t>(m_value); }
+    const Value& value() const { return m_value; }
+
+  private:
+    explicit Json(Value value) : m_value(std::move(value)) {}
+    Value m_value;
+};
+
+// Return the value as indented JSON, and as one line of it. Invalid UTF-8 becomes U+FFFD.
 std::string jsonText(const Json& value);
+std::string jsonLine(const Json& value);
 // Writes the value to standard output as jsonText() formats it.
 void writeJson(const Json& value);

@@ -104,9 +104,7 @@ std::string Listing::coloured(const Cell& cell, const std::string& text) const {
 
 void JsonListing::write(const Json& element) {
     writeResult(m_empty ? "[\n" : ",\n");
-    constexpr int kOneLine = -1;
-    const std::string text =
-        element.dump(kOneLine, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace);
+    const std::string text = jsonLine(element);
     std::fwrite(text.data(), 1, text.size(), resultStream());
     m_empty = false;
 }

@@ -1,9 +1,8 @@
-// Suggestions for mistyped commands.
+// Suggestions for mistyped words.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
-// Returns an error message for the first word that is not a command, with the most similar command if there
-// is one; empty if all command words are known.
-std::string describeUnknownCommand(const CLI::App& app, int argc, char** argv);
+// Returns the most similar word of the list, or an empty string if none is similar.
+std::string nearestWord(const std::vector<std::string>& words, const std::string& mistyped);

@@ -1,0 +1,143 @@
+#include "console/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "console/NearestWord.h"
+#include "console/Outcome.h"
+
+namespace {
+
+constexpr std::size_t kLongestWord = 64;  // of an error message; longer ones are truncated
+
+std::vector<const CLI::App*> commandsOf(const CLI::App& app) {
+    return app.get_subcommands([](const CLI::App*) { return true; });
+}
+
+std::string nearestCommand(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : commandsOf(app)) names.push_back(command->get_name());
+    return nearestWord(names, word);
+}
+
+// Options of a command are accepted after its subcommands as well.
+bool takesValue(const CLI::App* command, const std::string& option) {
+    if (option.empty() || option.front() != '-') return false;
+    for (; command != nullptr; command = command->get_parent())
+        if (const CLI::Option* known = command->get_option_no_throw(option))
+            return known->get_items_expected_max() > 0;
+    return false;
+}
+
+// Returns an error message for the first word that is not a command, with the most similar command if there
+// is one; empty if all command words are known.
+std::string describeUnknownCommand(const CLI::App& app, int argc, char** argv) {
+    const CLI::App* level = &app;
+    for (int i = 1; i < argc && !commandsOf(*level).empty(); ++i) {
+        const std::string word = std::string(argv[i]).substr(0, kLongestWord);
+        if (takesValue(level, word)) ++i;
+        if (word.empty() || word.front() == '-') continue;
+        const auto commands = commandsOf(*level);
+        const auto next = std::find_if(commands.begin(), commands.end(),
+                                       [&](const CLI::App* command) { return command->check_name(word); });
+        if (next == commands.end()) {
+            const std::string nearest = nearestCommand(*level, word);
+            return "there is no command '" + word + "'" +
+                   (nearest.empty() ? std::string() : "; did you mean '" + nearest + "'?");
+        }
+        level = *next;
+    }
+    return {};
+}
+
+void apply(CLI::Option* option, const OptionRules& rules) {
+    option->required(rules.required);
+    if (rules.type != nullptr) option->type_name(rules.type);
+    if (!rules.oneOf.empty()) option->check(CLI::IsMember(rules.oneOf));
+}
+
+template <typename Number>
+void addRangedNumber(CLI::App* command, const char* name, Number& value, const char* help,
+                     const NumberRules<Number>& rules) {
+    CLI::Option* option = command->add_option(name, value, help);
+    option->type_name(rules.type)->check(CLI::Range(rules.least, rules.most));
+    if (rules.defaultInHelp) option->capture_default_str();
+}
+
+}  // namespace
+
+CommandLine::CommandLine(const char* description, const char* program, const char* version,
+                         const char* footer)
+    : m_app(std::make_unique<CLI::App>(description, program)) {
+    m_app->footer(footer);
+    m_app->fallthrough();
+    m_app->require_subcommand(1);
+    m_app->set_version_flag("--version", version);
+}
+
+CommandLine::~CommandLine() = default;
+
+std::optional<int> CommandLine::parse(int argc, char** argv) {
+    try {
+        m_app->parse(argc, argv);
+        return std::nullopt;
+    } catch (const CLI::ParseError& end) {
+        const std::string mistyped = describeUnknownCommand(*m_app, argc, argv);
+        const bool isHelpOrVersion = end.get_exit_code() == 0;
+        if (isHelpOrVersion && mistyped.empty()) return m_app->exit(end);
+        throw Failure(ExitCode::kUsage, mistyped.empty() ? end.what() : mistyped,
+                      "See " + m_app->get_name() + " --help.");
+    }
+}
+
+CLI::App* addCommand(CLI::App* family, const char* name, const char* description,
+                     const std::function<void()>& chosen) {
+    return family->add_subcommand(name, description)->callback(chosen);
+}
+
+CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
+    return app.add_subcommand(name, description)->require_subcommand(1);
+}
+
+bool hasCommand(const CLI::App& app, const std::string& name) {
+    const auto hasName = [&](const CLI::App* command) { return command->check_name(name); };
+    return !app.get_subcommands(hasName).empty();
+}
+
+void addOption(CLI::App* command, const char* name, std::string& value, const char* help,
+               const OptionRules& rules) {
+    apply(command->add_option(name, value, help), rules);
+}
+
+void addOption(CLI::App* command, const char* name, std::vector<std::string>& values, const char* help,
+               const OptionRules& rules) {
+    apply(command->add_option(name, values, help), rules);
+}
+
+void addNumber(CLI::App* command, const char* name, int& value, const char* help, NumberRules<int> rules) {
+    addRangedNumber(command, name, value, help, rules);
+}
+
+void addNumber(CLI::App* command, const char* name, double& value, const char* help,
+               NumberRules<double> rules) {
+    addRangedNumber(command, name, value, help, rules);
+}
+
+void addRepeatable(CLI::App* command, const char* name, std::vector<std::string>& values, const char* help,
+                   const char* type) {
+    const auto append = [&values](const std::string& value) { values.push_back(value); };
+    command->add_option_function<std::string>(name, append, help)
+        ->type_name(type)
+        ->trigger_on_parse()
+        ->allow_extra_args(false);
+}
+
+void addOptionFunction(CLI::App& app, const char* name, const std::function<void(const std::string&)>& set,
+                       const char* help, const char* type) {
+    app.add_option_function<std::string>(name, set, help)->type_name(type);
+}
+
+void addFlag(CLI::App* command, const char* name, bool& value, const char* help, const char* excluded) {
+    CLI::Option* flag = command->add_flag(name, value, help);
+    if (excluded != nullptr) flag->excludes(command->get_option(excluded));
+}

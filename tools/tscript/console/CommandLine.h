@@ -1,0 +1,69 @@
+// Commands and options of the command line. CommandLine.cpp alone includes the parser's header, which takes
+// many seconds to compile.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+class CommandLine {
+  public:
+    CommandLine(const char* description, const char* program, const char* version, const char* footer);
+    ~CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    CLI::App& app() { return *m_app; }
+    // Parses the arguments and calls the chosen command's function. Prints the help or the version if that is
+    // asked for; then the result is the exit code. Throws Failure (kUsage).
+    std::optional<int> parse(int argc, char** argv);
+
+  private:
+    std::unique_ptr<CLI::App> m_app;
+};
+
+// Adds a command; `chosen` is called while the command line is parsed.
+CLI::App* addCommand(CLI::App* family, const char* name, const char* description,
+                     const std::function<void()>& chosen);
+// Adds a command that has only subcommands.
+CLI::App* addFamily(CLI::App& app, const char* name, const char* description);
+bool hasCommand(const CLI::App& app, const std::string& name);
+
+struct OptionRules {
+    const char* type = nullptr;  // name of its value in the help
+    bool required = false;
+    std::vector<std::string> oneOf = {};  // the permitted values
+};
+
+template <typename Number>
+struct NumberRules {
+    const char* type = nullptr;
+    Number least;
+    Number most;
+    bool defaultInHelp = true;
+};
+
+// A name without hyphens is a positional argument.
+void addOption(CLI::App* command, const char* name, std::string& value, const char* help,
+               const OptionRules& rules = {});
+void addOption(CLI::App* command, const char* name, std::vector<std::string>& values, const char* help,
+               const OptionRules& rules = {});
+void addNumber(CLI::App* command, const char* name, int& value, const char* help, NumberRules<int> rules);
+void addNumber(CLI::App* command, const char* name, double& value, const char* help,
+               NumberRules<double> rules);
+// Adds an option that may be repeated. Its values are taken literally: they are not split into lists, and
+// they may be empty or start with a minus.
+void addRepeatable(CLI::App* command, const char* name, std::vector<std::string>& values, const char* help,
+                   const char* type);
+// Adds an option that calls a function with its value, also for the commands below.
+void addOptionFunction(CLI::App& app, const char* name, const std::function<void(const std::string&)>& set,
+                       const char* help, const char* type);
+// `excluded` names a flag of the same command that cannot be given together with this one.
+void addFlag(CLI::App* command, const char* name, bool& value, const char* help,
+             const char* excluded = nullptr);
