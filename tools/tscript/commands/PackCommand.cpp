@@ -1,5 +1,6 @@
 // Command `pack`: encrypts a plain script into a package.
 #include <filesystem>
+#include <limits>
 #include <memory>
 
 #include "commands/Commands.h"
@@ -42,6 +43,10 @@ void addPackCommand(CLI::App& app, Action& action) {
               {.type = "FILE"});
     addOption(command, "--sign", options->seal.signingKey, "Sign the package with this key",
               {.type = "FILE"});
-    addOption(command, "--package-version", options->seal.version,
-              "Version number that the seal holds (default: the seconds since 1970)", {.type = "N"});
+    addNumber(command, "--package-version", options->seal.version,
+              "Version number that the seal holds (default: the seconds since 1970)",
+              NumberRules<std::uint64_t>{.type = "N",
+                                         .least = 0,
+                                         .most = std::numeric_limits<std::uint64_t>::max(),
+                                         .defaultInHelp = false});
 }

@@ -123,6 +123,11 @@ void addNumber(CLI::App* command, const char* name, double& value, const char* h
     addRangedNumber(command, name, value, help, rules);
 }
 
+void addNumber(CLI::App* command, const char* name, std::uint64_t& value, const char* help,
+               NumberRules<std::uint64_t> rules) {
+    addRangedNumber(command, name, value, help, rules);
+}
+
 void addRepeatable(CLI::App* command, const char* name, std::vector<std::string>& values, const char* help,
                    const char* type) {
     const auto append = [&values](const std::string& value) { values.push_back(value); };

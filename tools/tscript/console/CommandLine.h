@@ -2,6 +2,7 @@
 // many seconds to compile.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -57,6 +58,8 @@ void addOption(CLI::App* command, const char* name, std::vector<std::string>& va
 void addNumber(CLI::App* command, const char* name, int& value, const char* help, NumberRules<int> rules);
 void addNumber(CLI::App* command, const char* name, double& value, const char* help,
                NumberRules<double> rules);
+void addNumber(CLI::App* command, const char* name, std::uint64_t& value, const char* help,
+               NumberRules<std::uint64_t> rules);
 // Adds an option that may be repeated. Its values are taken literally: they are not split into lists, and
 // they may be empty or start with a minus.
 void addRepeatable(CLI::App* command, const char* name, std::vector<std::string>& values, const char* help,

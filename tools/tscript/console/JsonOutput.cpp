@@ -24,6 +24,26 @@ struct Converter {
     Library operator()(const auto& scalar) const { return scalar; }
 };
 
+// The other direction.
+Json valueOf(const Library& value) {
+    if (value.is_object()) {
+        Json object = Json::object();
+        for (const auto& [name, member] : value.items()) object[name] = valueOf(member);
+        return object;
+    }
+    if (value.is_array()) {
+        Json array = Json::array();
+        for (const Library& element : value) array.push_back(valueOf(element));
+        return array;
+    }
+    if (value.is_string()) return value.get<std::string>();
+    if (value.is_boolean()) return value.get<bool>();
+    if (value.is_number_unsigned()) return value.get<std::uint64_t>();
+    if (value.is_number_integer()) return value.get<std::int64_t>();
+    if (value.is_number()) return value.get<double>();
+    return {};
+}
+
 std::string textOf(const Json& value, int indentation) {
     return std::visit(Converter(), value.value())
         .dump(indentation, ' ', /*ensure_ascii=*/false, Library::error_handler_t::replace);
@@ -42,6 +62,10 @@ Json& Json::operator[](std::string_view name) {
                                     [&](const auto& member) { return member.first == name; });
     if (known != members.end()) return known->second;
     return members.emplace_back(std::string(name), Json()).second;
+}
+
+Json jsonOfText(std::string_view text) {
+    return valueOf(Library::parse(text));
 }
 
 std::string jsonText(const Json& value) {

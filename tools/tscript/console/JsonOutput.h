@@ -44,6 +44,8 @@ class Json {
     Value m_value;
 };
 
+// Returns the value of a JSON text, which must be valid.
+Json jsonOfText(std::string_view text);
 // Return the value as indented JSON, and as one line of it. Invalid UTF-8 becomes U+FFFD.
 std::string jsonText(const Json& value);
 std::string jsonLine(const Json& value);
