@@ -66,6 +66,10 @@ std::string attribute(std::string_view text, const std::string& keyword) {
 
 }  // namespace
 
+std::string ticketProblemOf(const std::string& servicePrincipal) {
+    return problemWith(servicePrincipal);
+}
+
 std::string ticketProblem(const std::string& host, const std::string& port) {
     return problemWith("MSSQLSvc/" + canonicalName(host) + ":" + port);
 }

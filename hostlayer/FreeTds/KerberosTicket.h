@@ -10,6 +10,9 @@ namespace freetds {
 // host without a domain. Returns the service principal with the reason if there is none, else "".
 std::string ticketProblem(const std::string& host, const std::string& port);
 
+// The same for a service principal.
+std::string ticketProblemOf(const std::string& servicePrincipal);
+
 // The same for an ODBC connection string. Returns "" without Windows authentication and for a server without
 // a port.
 std::string ticketProblem(std::string_view connectionString);

@@ -61,6 +61,18 @@ TEST_F(WindowsAuthentication, OnlyVersionAndBackupsUseTheStoredLogin) {
                 installation.storeFile());
 }
 
+TEST_F(WindowsAuthentication, TheServicePrincipalNeedNotHaveTheServersName) {
+    const std::string port = std::to_string(box.port());
+    for (const auto& [host, output] : {std::pair("localhost", "person@EXAMPLE.TEST"),
+                                       {"nowhere", "No Kerberos ticket for MSSQLSvc/nowhere:"}}) {
+        ProgramOptions options;
+        options.environment = {std::string("SQLCMD_SERVER_SPN=MSSQLSvc/") + host + ":" + port};
+        const ProgramResult result = runProgram(
+            {SQLCMD_PROGRAM, "-E", "-S", "127.0.0.1," + port, "-Q", "SELECT SUSER_SNAME()"}, options);
+        EXPECT_NE((result.output + result.errors).find(output), std::string::npos) << result.output;
+    }
+}
+
 TEST_F(WindowsAuthentication, AFailureHasItsCause) {
     const std::string ticket =
         "No Kerberos ticket for MSSQLSvc/localhost:" + std::to_string(box.port()) + ": ";

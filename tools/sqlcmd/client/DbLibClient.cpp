@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 #include "KerberosTicket.h"
@@ -160,13 +161,20 @@ class LoginRecord {
     LOGINREC* m_record;
 };
 
+// The server's service principal for Windows authentication; empty: that of the server's name and port.
+std::string servicePrincipal() {
+    return stringOf(std::getenv("SQLCMD_SERVER_SPN"));
+}
+
 void setLogin(const LoginRecord& login, const Options& options) {
     constexpr int kOn = 1;
     login.set(DBSETAPP, "SQLCMD");
     login.set(DBSETCHARSET, "UTF-8");
     login.set(DBSETDBNAME, options.database);
     login.set(DBSETHOST, options.workstation);
-    if (!options.trusted) {
+    if (options.trusted) {
+        login.set(DBSETSERVERPRINCIPAL, servicePrincipal());
+    } else {
         login.set(DBSETUSER, options.user);
         login.set(DBSETPWD, options.password);
     }
@@ -203,11 +211,13 @@ std::vector<Diagnostic> loginErrors(std::vector<Diagnostic> messages) {
 // DB-Library does not report why it gets no Kerberos ticket.
 void addTicketProblem(std::vector<Diagnostic>& messages, const ServerName& server) {
     constexpr int kDefaultPort = 1433;
-    if (server.port == 0 && !server.instance.empty()) return;
+    const std::string principal = servicePrincipal();
+    if (principal.empty() && server.port == 0 && !server.instance.empty()) return;
+    const std::string port = std::to_string(server.port == 0 ? kDefaultPort : server.port);
     Diagnostic message;
     message.driver = kFreeTdsName;
     message.text =
-        freetds::ticketProblem(server.host, std::to_string(server.port == 0 ? kDefaultPort : server.port));
+        principal.empty() ? freetds::ticketProblem(server.host, port) : freetds::ticketProblemOf(principal);
     if (!message.text.empty()) messages.insert(messages.begin(), message);
 }
 
