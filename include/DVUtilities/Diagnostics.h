@@ -8,6 +8,7 @@
 
 class DBBase;
 class TScript;
+class TScriptRecords;
 struct DVUCauseList;
 
 // Values of DVUCause_t::where.
@@ -31,7 +32,7 @@ struct DVUCause_t {
     std::string procedure{};
     std::string server{};
     int systemError = 0;    // errno
-    int exitCode = -1;      // of the query tool; -1: it did not exit by itself
+    int exitCode = -1;      // of the query tool; -1: it did not exit by itself; 0: it wrote no output file
     int signal = 0;         // that ended the query tool
     std::string subject{};  // path, program, or "key\name" of a configuration value
     std::string text{};
@@ -43,6 +44,7 @@ struct DVUCause_t {
 // empty then. The same thread uses the object and calls these functions.
 DVU_EXPORT void DVU_GetCauses(const DBBase& db, std::vector<DVUCause_t>& causes);
 DVU_EXPORT void DVU_GetCauses(const TScript& script, std::vector<DVUCause_t>& causes);
+DVU_EXPORT void DVU_GetCauses(const TScriptRecords& records, std::vector<DVUCause_t>& causes);
 
 // Writes an entry to the debug log of this installation. `level`: 1 error, 2 warning, 3 trace. Null is no
 // entry.
@@ -50,7 +52,10 @@ DVU_EXPORT void DVU_DebugLog(int level, const char* text);
 
 // Collector of the causes that occur on its thread while it exists, for functions without an object (TS_...,
 // GetDatabaseList(), EncryptFile(), ...). Objects may nest; destroy them in the reverse order, on the thread
-// that constructed them. After a call that succeeded, what was collected is no cause: clear() it.
+// that constructed them. After a call that succeeded, what was collected is no cause: clear() it. One
+// exception: a query tool that ends with exit code 0 without writing its output file counts as a success, and
+// its cause
+// (`exitCode` 0) shows that it was not sqlcmd.
 class DVU_EXPORT DVUCauses {
   public:
     DVUCauses();

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/Export.h"
 
 struct ScriptRecords;
@@ -43,7 +44,8 @@ struct TScriptRunFilter_t {
 };
 
 // Reader of catalogue and journal over one direct connection. One thread per object. Every operation returns
-// true for success; otherwise getErrorMessage() holds the reason, and lists are empty.
+// true for success; otherwise getErrorMessage() holds the reason, DVU_GetCauses() returns its causes, and
+// lists are empty.
 //
 // Lists come in pages, newest first, so that memory is bounded by the page's length, `maximum` (1 to 10,000).
 // `beforeId` is 0 for the first page, then the id of the previous page's last row. A page with fewer rows is
@@ -70,6 +72,8 @@ class DVU_EXPORT TScriptRecords {
     const char* getErrorMessage() const;
 
   private:
+    friend void DVU_GetCauses(const TScriptRecords& records, std::vector<DVUCause_t>& causes);
+
     ScriptRecords* m_impl;  // owned
 };
 

@@ -40,6 +40,11 @@ Result noteNotOpen(Result failure) {
     return failure;
 }
 
+int noteFailureValue(int value) {
+    if (value == kNoValue) noteCause({.where = kDVUStatement, .text = database_messages::kFailureValue});
+    return value;
+}
+
 }  // namespace
 
 void DVU_GetCauses(const DBBase& db, std::vector<DVUCause_t>& causes) {
@@ -147,7 +152,7 @@ int DBBase::GetValue(const char* sql, char* text, wchar_t* wide) {
         if (m_connection == nullptr) return noteNotOpen(kNoValue);
         std::string value;
         if (!readFirstValue(*m_connection, textOrEmpty(sql), value)) return kNoValue;
-        if (text == nullptr && wide == nullptr) return leadingNumber(value);
+        if (text == nullptr && wide == nullptr) return noteFailureValue(leadingNumber(value));
         if (text != nullptr)
             copyWhole(text, value);
         else

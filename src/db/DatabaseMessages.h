@@ -33,6 +33,10 @@ inline constexpr char kQuoteInArgument[] =
     "A double quote in %s would end an argument of the query tool. It was not started.";
 inline constexpr char kNotOpen[] = "The connection is not open.";
 inline constexpr char kStatementFailed[] = "The statement failed. The platform layer gives no reason.";
+inline constexpr char kNothingWritten[] =
+    "The query tool ended with exit code 0, but did not write its output file %s. Is it sqlcmd?";
+inline constexpr char kNoRow[] = "The statement returned no row.";
+inline constexpr char kFailureValue[] = "The value -1 counts as a failure.";
 inline constexpr char kExitCode[] = "The query tool ended with exit code %d.";
 
 namespace debug {

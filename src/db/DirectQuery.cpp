@@ -40,6 +40,7 @@ bool readFirstValue(VTSimpleDBConnObject& connection, const char* sql, std::stri
     VTDBAutoBindResult result;
     if (!runAndBind(connection, sql, result)) return failStatement(step);
     const int fetched = result.getNextRow();
+    if (fetched == kNoMoreRows) noteCause({.where = kDVUStatement, .text = database_messages::kNoRow});
     if (fetched != kNextRow) return fetched == kNoMoreRows ? false : failStatement(step);
     value = result.column(0).asUtf8();
     return true;

@@ -48,11 +48,23 @@ bool QueryTool::refuseQuote(const ToolInput& input) const {
     return false;
 }
 
+// The run counts as a success all the same: callers rely on the exit code alone.
+void QueryTool::reportUnwritten() const {
+    reportCause({.where = kDVUQueryTool,
+                 .exitCode = 0,
+                 .subject = m_db.toolPath,
+                 .text = FXString::Format(database_messages::kNothingWritten, m_outputFile.c_str())});
+}
+
 bool QueryTool::run(const ToolInput& input, std::string command, const char* whenFailed) {
     const SecretText commandLine(std::move(command));
     if (refuseQuote(input)) return m_db.report.fail(whenFailed);
     const bool claimed = !m_temporary || claimToolOutput(m_outputFile);
-    if (claimed && runLogged(commandLine.c_str(), VtProcess::kNoTimeout, m_db.report)) return true;
+    const OutputWatch output(m_outputFile);
+    if (claimed && runLogged(commandLine.c_str(), VtProcess::kNoTimeout, m_db.report)) {
+        if (output.isUnwritten()) reportUnwritten();
+        return true;
+    }
     if (claimed) noteToolMessages(m_outputFile);
     if (claimed && m_temporary) dropUnwrittenOutput(m_outputFile);
     return m_db.report.fail(whenFailed);

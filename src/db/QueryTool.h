@@ -23,6 +23,7 @@ class QueryTool {
     bool run(const ToolInput& input, std::string command, const char* whenFailed);
 
   private:
+    void reportUnwritten() const;
     bool refuseQuote(const ToolInput& input) const;
 
     DatabaseParts m_db;

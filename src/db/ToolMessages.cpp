@@ -1,6 +1,7 @@
 #include "ToolMessages.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <string_view>
 
@@ -40,6 +41,38 @@ int numberOf(std::string_view name, std::string_view list) {
     return number;
 }
 
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";  // little endian, as the tool writes it
+
+void appendUtf8(std::string& text, char32_t c) {
+    constexpr char32_t kSixBits = 0x3F;
+    const auto append = [&](char32_t byte) { text += static_cast<char>(static_cast<unsigned char>(byte)); };
+    if (c < 0x80) return append(c);
+    if (c < 0x800) {
+        append(0xC0 | (c >> 6U));
+    } else {
+        if (c < 0x10000) append(0xE0 | (c >> 12U));
+        if (c >= 0x10000) append(0xF0 | (c >> 18U));
+        if (c >= 0x10000) append(0x80 | ((c >> 12U) & kSixBits));
+        append(0x80 | ((c >> 6U) & kSixBits));
+    }
+    append(0x80 | (c & kSixBits));
+}
+
+std::string utf8Of(std::string_view utf16) {
+    std::string text;
+    char32_t high = 0;  // first half of a pair
+    for (std::size_t i = 0; i + 1 < utf16.size(); i += 2) {
+        const char32_t unit = static_cast<unsigned char>(utf16[i]) |
+                              static_cast<char32_t>(static_cast<unsigned char>(utf16[i + 1])) << 8U;
+        const bool isSecondHalf = unit >= 0xDC00 && unit < 0xE000;
+        if (unit >= 0xD800 && unit < 0xDC00)
+            high = unit;
+        else
+            appendUtf8(text, isSecondHalf ? 0x10000 + ((high - 0xD800) << 10U) + (unit - 0xDC00) : unit);
+    }
+    return text;
+}
+
 std::string endOfFile(const std::string& path) {
     const FileDescriptor file(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     std::string text;
@@ -49,7 +82,11 @@ std::string endOfFile(const std::string& path) {
     const ssize_t count =
         ::pread(file.get(), text.data(), text.size(), size - static_cast<off_t>(text.size()));
     text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return text;
+    std::array<char, kUtf16Mark.size()> mark{};
+    const bool isUtf16 =
+        ::pread(file.get(), mark.data(), mark.size(), 0) == static_cast<ssize_t>(mark.size()) &&
+        std::string_view(mark.data(), mark.size()) == kUtf16Mark;
+    return isUtf16 ? utf8Of(std::string_view(text).substr(text.size() % 2)) : text;
 }
 
 void noteMessages(std::string_view output) {

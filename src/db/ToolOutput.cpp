@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <utility>
 
 #include "DatabaseMessages.h"
 #include "EvDebug.h"
@@ -128,6 +129,32 @@ bool claimToolOutput(const std::string& path) {
     if (createOrClaim(path.c_str())) return true;
     EvDebug().Debug("claimToolOutput", database_messages::debug::kOutputNotOwn, path.c_str());
     return false;
+}
+
+OutputWatch::OutputWatch(std::string path)
+    : m_path(std::move(path)), m_existed(::lstat(m_path.c_str(), &m_before) == 0) {
+    if (!m_existed || !isOwnFile(m_before) || m_before.st_size != 0) return;
+    const timespec marked[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, {.tv_sec = 1, .tv_nsec = 0}};
+    m_isMarked = ::utimensat(AT_FDCWD, m_path.c_str(), marked, AT_SYMLINK_NOFOLLOW) == 0;
+    if (m_isMarked) m_before.st_mtim = marked[1];
+}
+
+OutputWatch::~OutputWatch() {
+    struct stat now {};
+    if (!m_isMarked || ::lstat(m_path.c_str(), &now) != 0 || !isUnchanged(now)) return;
+    const timespec current[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, {.tv_sec = 0, .tv_nsec = UTIME_NOW}};
+    ::utimensat(AT_FDCWD, m_path.c_str(), current, AT_SYMLINK_NOFOLLOW);
+}
+
+bool OutputWatch::isUnwritten() const {
+    struct stat now {};
+    if (::lstat(m_path.c_str(), &now) != 0) return true;
+    return m_existed && S_ISREG(now.st_mode) && isUnchanged(now);
+}
+
+bool OutputWatch::isUnchanged(const struct stat& now) const {
+    return now.st_ino == m_before.st_ino && now.st_size == m_before.st_size &&
+           now.st_mtim.tv_sec == m_before.st_mtim.tv_sec && now.st_mtim.tv_nsec == m_before.st_mtim.tv_nsec;
 }
 
 void dropUnwrittenOutput(const std::string& path) {

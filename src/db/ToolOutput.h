@@ -1,6 +1,8 @@
 // The query tool's output files: temporary ones, and their rows.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +30,26 @@ std::string temporaryOutputPath();
 // there earlier is used again. Also true if the file cannot be created at all: the tool then fails on it.
 // False, with a line in the debug log, for a link or another user's file.
 bool claimToolOutput(const std::string& path);
+
+// Watches an output file from before the tool's start, to see whether the tool writes it. An empty file has
+// an old time meanwhile, so that a tool which writes nothing into it is seen, too.
+class OutputWatch {
+  public:
+    explicit OutputWatch(std::string path);
+    ~OutputWatch();
+    OutputWatch(const OutputWatch&) = delete;
+    OutputWatch& operator=(const OutputWatch&) = delete;
+    // True if there is no file, or a regular one that nobody has opened for a new content.
+    bool isUnwritten() const;
+
+  private:
+    bool isUnchanged(const struct stat& now) const;
+
+    std::string m_path;
+    struct stat m_before {};
+    bool m_existed;
+    bool m_isMarked = false;
+};
 
 // Deletes a claimed file if the tool has written nothing to it.
 void dropUnwrittenOutput(const std::string& path);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "CallerText.h"
+#include "Causes.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/TScript.h"
 #include "ExceptionGuard.h"
@@ -69,7 +70,8 @@ std::string named(std::string_view pattern) {
 struct ScriptRecords {
     TScript script;
     std::string error;
-    std::int64_t offset = 0;  // of the database's times from UTC
+    std::vector<DVUCause_t> causes;  // of the last operation; empty after a success
+    std::int64_t offset = 0;         // of the database's times from UTC
 
     bool fail(std::string reason) {
         error = std::move(reason);
@@ -88,7 +90,10 @@ struct ScriptRecords {
 
     template <typename Work>
     bool attempted(Work&& work) {
-        return attempt(std::forward<Work>(work), [&] { error = messages::kBrokenOff; });
+        CauseCollector collector;
+        const bool done = attempt(std::forward<Work>(work), [&] { error = messages::kBrokenOff; });
+        causes = done ? std::vector<DVUCause_t>() : std::move(collector.causes());
+        return done;
     }
 };
 
@@ -146,6 +151,11 @@ TScriptRun_t ScriptRecords::runOf(const std::string& row) const {
     run.name = std::move(columns[7]);
     run.input = std::move(columns[8]);
     return run;
+}
+
+void DVU_GetCauses(const TScriptRecords& records, std::vector<DVUCause_t>& causes) {
+    causes.clear();
+    if (records.m_impl != nullptr) guarded([&] { causes = records.m_impl->causes; });
 }
 
 TScriptRecords::TScriptRecords()

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "Causes.h"
 #include "DVUtilities/DBBase.h"
 #include "FX.h"
 #include "text/CatalogueSql.h"
@@ -22,7 +23,8 @@ bool SiteCheck::checkGuid() {
     if (m_package.guid.empty() || m_session.dbName != "NQ2") return true;
     if (!m_report.requireSession()) return false;
     std::vector<std::string> rows;  // a list, because a value of any length fits into it
-    if (!m_session.db->GetDBValueList(catalogue_sql::kInstallationGuid, rows, 1) || rows.empty())
-        return m_report.fail(messages::kNoGuid);
+    const bool isRead = m_session.db->GetDBValueList(catalogue_sql::kInstallationGuid, rows, 1);
+    if (isRead && rows.empty()) noteCause({.where = kDVUStatement, .text = messages::kGuidRowMissing});
+    if (!isRead || rows.empty()) return m_report.fail(messages::kNoGuid);
     return rows.front() == m_package.guid || m_report.fail(messages::kOtherGuid);
 }

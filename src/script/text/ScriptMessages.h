@@ -23,6 +23,7 @@ inline constexpr char kNotPermanent[] = "This is not a permanent tscript.";
 inline constexpr char kNoSiteNumber[] = "Failed to get plexum number from dorvas database.";
 inline constexpr char kOtherSite[] = "This site specific tscript cannot be run on this DV: [%X].";
 inline constexpr char kNoGuid[] = "Failed to get GUID from NQSetting table.";
+inline constexpr char kGuidRowMissing[] = "NQSetting has no row with the name NQ2_DATABASE_ID.";
 inline constexpr char kOtherGuid[] = "This site specific tscript cannot be run on this NQ2 machine.";
 inline constexpr char kNoMemoryForUsage[] = "Failed to allocate memory for usage.";
 inline constexpr char kNoMemoryForQuery[] = "Failed to allocate memory for query.";
