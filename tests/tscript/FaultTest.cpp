@@ -1,6 +1,7 @@
 // Full disks, concurrent starts and signals: nothing is left half done.
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -364,18 +365,31 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
                     ""}});
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }
+    // Another program that succeeds is not believed; a tool that writes an empty output is.
+    support::writeFile(tool, "#!/bin/sh\nexit 0\n");
+    const std::string silent = tool.string() + " ended with exit code 0, but wrote no output";
+    expectAll({{{"run", "SiteInventory"}, 3, "", silent},
+               {{"exec", "tsEventSummary", "--json"}, 3, "\"exitCode\": 3", silent},
+               {{"db", "backup", "dorvas", folder / "backups" / "x.bak"}, 3, "", silent}});
+    support::writeFile(tool, "#!/bin/sh\nwhile [ \"$1\" != -o ]; do shift; done\n: >\"$2\"\n");
+    support::writeFile(folder / "Scripts" / "Empty.sql", "");
+    expectAll({{{"run", "SiteInventory"}, 0, "Succeeded", ""},
+               {{"run", "Empty"}, 3, "", "Empty.sql has no statement"}});
 }
 
 TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
-    const struct {
+    struct Fault {
         std::string command;
         const char* finding;
-    } faults[] = {
+    };
+    std::vector<Fault> faults = {
         {"ulimit -f 64", "FAILED   temporary folder: "},  // no file of 64 KiB, as on a full disk
         {"ulimit -n 40", "FAILED   file descriptors: "},
         {"export TMPDIR=/nowhere", "FAILED   TMPDIR: /nowhere: No such file"},
         {"chmod o+w " + inQuotes(folder / "Scripts"), "FAILED   package folder mode: every user"},
     };
+    if (geteuid() == 0)
+        faults.push_back({"chown 12345 " + inQuotes(folder / "logs"), "FAILED   log folder owner: "});
     for (const auto& fault : faults) {
         const ProgramResult result = runAfter(fault.command, {"doctor"});
         EXPECT_EQ(result.exitCode, 3);

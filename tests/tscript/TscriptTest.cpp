@@ -646,8 +646,26 @@ TEST_F(Installation, NamesTheCauseOfAFailedRun) {
          "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n:setvar x 1\nPRINT 1\nGO\nPRINT 2\nSELECT "
          "1/0\n");
     pack("Drop", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n%s\n");
+    const std::string head = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
+    pack("Quoted", head + "SELECT 1\nGO\nSELECT * FROM NoTable\nGO\nSELECT 2\n");
+    pack("Printed", head + "PRINT 'a'\nSELECT 1/0\nGO\nPRINT 'b'\nSELECT 1/0\nGO\nPRINT 'c'\nSELECT 1\n");
+    pack("Counted",
+         head + "SELECT 1\nDELETE EventLog WHERE 1 = 0\nGO\nSELECT 1\nSELECT 1/0\nGO\nSELECT 1\nSELECT 2\n");
+    pack("Open", head + "SELECT 1\nEXEC sp_who\nGO\nDECLARE @x int\nSET @x = 1/0\n");
     const Words purge = {"run", "PurgeEvents", "-p", "30", "-p", "2"};
     expectAll({
+        {{"run", "Quoted"},
+         1,
+         "",
+         "where      batch 2, line 1 (line 6 of the package, empty lines not counted)\n"},
+        {{"run", "Printed"},
+         1,
+         "",
+         "where      batch 1, line 2 (line 5 of the package, empty lines not counted)\n"},
+        {{"run", "Counted"},
+         1,
+         "",
+         "where      batch 2, line 2 (line 8 of the package, empty lines not counted)\n"},
         {{"run", "Batches"}, 1, "", "batch 2, line 2 (line 8 of the package"},
         {{"run", "Batches"}, 1, "", "statement  SELECT 1/0\n  message    Msg 8134, level 16, state 1\n"},
         {{"run", "Batches"}, 1, "", "batch 1 has run"},
@@ -718,6 +736,10 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         expectAll({{doctor, fault.output[0] == 'w' ? 0 : 3, fault.output, ""}});
         support::writeFile(store(), intact);
     }
+    replaceInFile(store(), "\"FreeTDS\"", "\"NoSuchDriver\"");
+    expectAll({{{"credentials", "test", "NQ2"}, 4, "", "Can't open lib 'NoSuchDriver'"},
+               {{"credentials", "test", "WFEngine"}, 3, "", "doctor shows the installed components"}});
+    support::writeFile(store(), intact);
     expectCases({{doctor, 3, "FAILED   store: ", ""}, {doctor, 3, "skipped  everything else", ""}});
     fs::permissions(store(), fs::perms(0666));
     expectAll({{doctor, 3, "FAILED   store mode: every user can change", ""}});

@@ -44,7 +44,11 @@ void connect(DBBase& db, const DatabaseOptions& options) {
 
 [[noreturn]] void throwQueryFailure(const DBBase& db) {
     requireQueryTool();
-    throw Failure(ExitCode::kScriptFailed, db.getErrorMsg(),
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    std::string what = db.getErrorMsg();
+    for (const DVUCause_t& cause : causes) what += "\n" + cause.text;
+    throw Failure(ExitCode::kScriptFailed, what,
                   "See the server's message in " + sessionLogFile().string() + ".");
 }
 
@@ -67,12 +71,17 @@ void checkServerPath(const std::string& what, const std::string& path) {
 }
 
 // Runs `work` with an InterruptGuard, so that Ctrl-C ends the query tool too. Throws Failure with `advice` if
-// it was interrupted; otherwise returns what `work` returned.
+// it was interrupted, and if a query tool that wrote no output counted as a success; otherwise returns what
+// `work` returned.
 template <typename Work>
 bool runInterruptibly(const std::string& advice, Work&& work) {
     const InterruptGuard guard;
+    const DVUCauses collector;
     const bool done = work();
     if (!done && guard.interrupted()) throw Failure(ExitCode::kInterrupted, "interrupted", advice);
+    std::vector<DVUCause_t> causes;
+    collector.get(causes);
+    if (hasSilentTool(causes)) throw silentTool().failure();
     return done;
 }
 

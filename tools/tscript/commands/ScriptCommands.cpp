@@ -90,7 +90,7 @@ Diagnosis diagnosisOf(const ScriptOptions& options, const RunResult& result) {
         writeRunResult(target, jsonText(value));
     } else if (diagnosis.scriptRan) {
         writeRunResult(target, result.output);
-    } else {
+    } else if (!result.isToolSilent) {
         writeNote(result.output);
     }
     if (report.text.empty()) throw failure;
@@ -120,7 +120,7 @@ ExitCode listParameters(const ScriptOptions& options) {
     return ExitCode::kDone;
 }
 
-// ---- Numbers of values ---------------------------------------------------------------------------------
+// ---- Checks before a run -------------------------------------------------------------------------------
 
 // The library ignores surplus values and leaves placeholders without a value as they are.
 std::optional<Failure> findMiscount(const ScriptOptions& options, const SqlPreview& preview) {
@@ -136,16 +136,24 @@ std::optional<Failure> findMiscount(const ScriptOptions& options, const SqlPrevi
                        " shows its usage. With --allow-missing the script runs and " + effect + ".");
 }
 
-// Throws Failure before anything runs if the values do not fit the placeholders.
-void requireValues(const ScriptOptions& options, const SqlPreview& preview) {
-    const std::optional<Failure> miscount = findMiscount(options, preview);
-    if (!miscount) return;
+// The library runs an empty package, which succeeds without an effect.
+std::optional<Failure> findObstacle(const ScriptOptions& options, const SqlPreview& preview) {
+    if (preview.kind != ScriptKind::kPackage || !preview.isEmpty) return findMiscount(options, preview);
+    return Failure(ExitCode::kInstallation,
+                   "the package " + packageFile(options.request.name).string() + " has no statement",
+                   "Pack it again from its plain text: tscript pack");
+}
+
+// Throws Failure before anything runs if the package is empty or the values do not fit the placeholders.
+void requireRunnable(const ScriptOptions& options, const SqlPreview& preview) {
+    const std::optional<Failure> obstacle = findObstacle(options, preview);
+    if (!obstacle) return;
     if (options.json) {
         RunResult notRun;
         notRun.database = preview.database;
-        ResultFile(options.outputFile).write(jsonText(jsonOf(options, notRun, &*miscount)));
+        ResultFile(options.outputFile).write(jsonText(jsonOf(options, notRun, &*obstacle)));
     }
-    throw *miscount;
+    throw *obstacle;
 }
 
 // ---- Dry runs ------------------------------------------------------------------------------------------
@@ -167,13 +175,13 @@ Json jsonOf(const ScriptOptions& options, const SqlPreview& preview, const std::
 }
 
 ExitCode showSql(const ScriptOptions& options, const SqlPreview& preview) {
-    const std::optional<Failure> miscount = findMiscount(options, preview);
+    const std::optional<Failure> obstacle = findObstacle(options, preview);
     ResultFile target(options.outputFile);
-    target.write(options.json ? jsonText(jsonOf(options, preview, miscount)) : preview.sql);
+    target.write(options.json ? jsonText(jsonOf(options, preview, obstacle)) : preview.sql);
     const std::string place =
         preview.database.empty() ? "the database found from the installed components" : preview.database;
     if (!options.quiet) writeNote("This would run in " + place + "; nothing has been run.");
-    if (miscount) throw *miscount;
+    if (obstacle) throw *obstacle;
     return ExitCode::kDone;
 }
 
@@ -183,7 +191,7 @@ ExitCode runPackage(const ScriptOptions& options) {
     if (options.dryRun) return showSql(options, previewPackage(options.request));
     ScriptOptions run = options;
     if (const std::optional<SqlPreview> preview = peekPackage(options.request)) {
-        requireValues(options, *preview);
+        requireRunnable(options, *preview);
         run.data = options.data || (preview->isXml && !options.outputFile.empty());
     }
     return runAndReport(run, ScriptKind::kPackage, Operation::kExecute);
@@ -222,6 +230,12 @@ ExitCode showUsage(const ScriptOptions& options) {
         throw Failure(failure.code(), failure.what(),
                       "For the usage of the command: tscript " + options.request.name + " --help");
     }
+}
+
+ExitCode showCommands(const ScriptOptions& options) {
+    writeResult(
+        options.commands->get_formatter()->make_help(options.commands, "", CLI::AppFormatMode::Normal));
+    return ExitCode::kDone;
 }
 
 using Options = std::shared_ptr<ScriptOptions>;
@@ -275,8 +289,17 @@ void addScriptCommands(CLI::App& app, Action& action) {
               "The database of a package that names none (default: found from the installed components)",
               {.type = "DB"});
 
-    CLI::App* help = addScriptCommand(app, action, "help", "Show a script's usage", options, showUsage);
+    CLI::App* help = addScriptCommand(
+        app, action, "help", "Show a script's usage; without a name, the commands", options, showUsage);
+    help->get_option("NAME")->required(false);
     addDatabaseOption(help, options->request.database);
+    help->callback([&action, options] {
+        action = [options] {
+            if (options->request.name.empty()) return showCommands(*options);
+            checkRequest(options->request);
+            return showUsage(*options);
+        };
+    });
 
     CLI::App* exec =
         addScriptCommand(app, action, "exec", "Run a stored-procedure script", options, runProcedure);

@@ -88,6 +88,7 @@ void checkComponents(CheckList& list) {
     for (const Component& component : kComponents)
         if (component.packageKey != nullptr) checkInstallState(list, component);
     if (installedDatabases().empty())
-        list.addWarning("databases", "no component with a database is installed, so no script can run here",
+        list.addFailure("databases", ExitCode::kInstallation,
+                        "no component with a database is installed, so no script can run here",
                         "On a management server the type includes 1: tscript config set Base.nPLATTYPE 1");
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
 #include "VTPassword.h"
@@ -19,10 +20,11 @@
 
 namespace {
 
-constexpr const char* kNoDatabase = "Cannot open database";  // reported as a refused login as well
 constexpr const char* kServerTime = "SELECT DATEDIFF(second, '20200101', GETUTCDATE())";
 constexpr std::time_t kServerEpoch = 1577836800;  // 2020-01-01; the difference to it fits an int until 2088
-constexpr long long kLargestDifference = 60;      // seconds
+// Seconds. Kerberos refuses tickets above five minutes, and journal and abandoned runs are then misjudged.
+constexpr long long kSmallDifference = 60;
+constexpr long long kLargestDifference = 300;
 
 // Decrypts the credentials: a wrong key is then reported as such, not as a refused login.
 void checkCredentials(CheckList& list, const std::string& label, const SuiteDatabase& database) {
@@ -56,16 +58,26 @@ void checkServer(CheckList& list, const std::string& label, const SuiteDatabase&
             database.instance + " SERVER");
 }
 
+std::string firstCause(const DBBase& db) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    return causes.empty() ? "no reason is known" : causes.front().text;
+}
+
 void checkClock(CheckList& list, const std::string& label, DBBase& db) {
     int seconds = 0;
     if (!db.GetDBValueInt(kServerTime, seconds))
-        return list.addWarning(label + " clock", "the server did not return its time",
-                               "The debug log holds the driver's message.");
+        return list.addFailure(label + " clock", ExitCode::kConnection,
+                               "the server did not return its time: " + firstCause(db),
+                               "Run tscript doctor again.");
     const long long difference = static_cast<long long>(kServerEpoch) + seconds - std::time(nullptr);
     const std::string text = std::to_string(std::llabs(difference)) + " s apart";
-    if (std::llabs(difference) <= kLargestDifference) return list.addGood(label + " clock", text);
-    list.addWarning(label + " clock", text + "; the journal records the time of this host",
-                    "Synchronise both hosts with the same time source (NTP).");
+    if (std::llabs(difference) <= kSmallDifference) return list.addGood(label + " clock", text);
+    const std::string effect = text + "; the journal records the time of this host";
+    const char* advice = "Synchronise both hosts with the same time source (NTP).";
+    std::llabs(difference) > kLargestDifference
+        ? list.addFailure(label + " clock", ExitCode::kInstallation, effect, advice)
+        : list.addWarning(label + " clock", effect, advice);
 }
 
 // With Windows authentication most operations do not use the stored login.
@@ -87,12 +99,7 @@ void checkDatabase(CheckList& list, const SuiteDatabase& database) {
         return list.addSkipped(label + " connection", "not tried without credentials");
     DBBase db(/*flag=*/false);
     if (!openAccount(db, database)) {
-        if (list.hasFailed("TMPDIR"))  // the diagnosis writes there
-            return list.addFailure(label + " connection", ExitCode::kConnection, "the probe statement fails",
-                                   "Repair TMPDIR and run tscript doctor again for the server's message.");
-        Diagnosis diagnosis = diagnoseDatabase(database.name);
-        if (diagnosis.what.find(kNoDatabase) != std::string::npos)
-            diagnosis.advice = "Create or restore the database, or let the login use it.";
+        const Diagnosis diagnosis = diagnoseDatabase(database.name);
         return list.addFailure(label + " connection", diagnosis.code, diagnosis.what, diagnosis.advice);
     }
     list.addGood(label + " connection", "the probe statement succeeds");

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -34,14 +33,14 @@ bool hasLineStartingWith(std::string_view text, std::string_view start) {
 
 // ---- The query tool ------------------------------------------------------------------------------------
 
-constexpr const char* kDefaultTool = "/opt/mssql-tools/bin/sqlcmd";
-
 bool isToolExecutable() {
-    return access(queryToolPath().c_str(), X_OK) == 0;
+    const std::string tool = hostlayer::queryToolPath();
+    return tool.find('/') != std::string::npos && access(tool.c_str(), X_OK) == 0;
 }
 
 Diagnosis toolMissing() {
-    return notRun(ExitCode::kInstallation, "the query tool " + queryToolPath() + " cannot be started",
+    return notRun(ExitCode::kInstallation,
+                  "the query tool " + hostlayer::queryToolPath() + " cannot be started",
                   "Set the path of sqlcmd under [host.programs] in the store.");
 }
 
@@ -75,6 +74,56 @@ Diagnosis packageUnreadable(const std::string& script, const std::string&) {
 
 // ---- Databases -----------------------------------------------------------------------------------------
 
+constexpr const char* kRefusedLogin = "Login failed";
+constexpr const char* kNoDatabase =
+    "Cannot open database";  // the server reports it as a refused login as well
+
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+// Messages of the driver about the last connection; empty if that was not what failed.
+std::string driverMessage(const DBBase& db) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    std::string text;
+    for (const DVUCause_t& cause : causes)
+        if (cause.where == kDVUConnection) text += (text.empty() ? "" : "\n") + cause.text;
+    return text;
+}
+
+// A second opinion: FreeTDS's ODBC driver has one message for most failures of a connection. Empty if the
+// tool connects, nothing if it cannot be asked.
+std::optional<std::string> toolMessage(DBBase& db, const SuiteDatabase& database) {
+    if (!isToolExecutable()) return std::nullopt;
+    try {
+        const ScratchFile output;
+        const bool isConnected = db.RunStringQuery("SELECT 1", output.path().c_str(), database.name);
+        return isConnected ? std::string() : output.content();
+    } catch (const Failure&) {
+        return std::nullopt;  // no file can be created in TMPDIR
+    }
+}
+
+bool isRefusal(std::string_view message) {
+    return contains(message, kRefusedLogin) || contains(message, kNoDatabase);
+}
+
+Diagnosis serverUnreachable(const SuiteDatabase& database, const std::string& message) {
+    return notRun(ExitCode::kConnection,
+                  std::string("the server of ") + database.name + " cannot be reached:\n" + message,
+                  std::string("Is it running, and does ") + database.instance + " in the store name it?");
+}
+
+Diagnosis serverRefused(const SuiteDatabase& database, const std::string& message) {
+    if (contains(message, kNoDatabase))
+        return notRun(ExitCode::kRefused, "the server does not open the database:\n" + message,
+                      "Create or restore the database, or let the login use it.");
+    return notRun(
+        ExitCode::kRefused, "the server refuses the login:\n" + message,
+        std::string("Set the credentials again: tscript credentials set ") + database.name + " --user USER");
+}
+
 // Reports the causes of the failed connection: DBBase::RunStringQuery() always logs in with name and
 // password.
 Diagnosis diagnoseWindowsLogin(const DBBase& db, const SuiteDatabase& database) {
@@ -91,13 +140,37 @@ Diagnosis diagnoseWindowsLogin(const DBBase& db, const SuiteDatabase& database) 
 }
 
 Diagnosis diagnoseServer(DBBase& db, const SuiteDatabase& database) {
-    if (!isToolExecutable()) return toolMissing();
     if (usesWindowsAuthentication(database)) return diagnoseWindowsLogin(db, database);
-    if (const std::optional<Diagnosis> diagnosis = diagnoseStoredLogin(db, database)) return *diagnosis;
+    const std::string direct = driverMessage(db);
+    if (isRefusal(direct)) return serverRefused(database, direct);
+    const std::optional<std::string> tool = toolMessage(db, database);
+    if (tool && tool->empty())
+        return notRun(
+            ExitCode::kConnection,
+            std::string("the direct connection to ") + database.name + " fails:\n" + direct,
+            "sqlcmd connects with the same login: check odbcDriver and odbcAttributes in the store.");
+    const std::string message = tool ? direct + "\n" + *tool : direct;
+    if (isRefusal(message)) return serverRefused(database, message);
+    return serverUnreachable(database, message);
+}
+
+// The probe statement or the host layer failed: the server accepted the login.
+Diagnosis statementFailed(const DBBase& db, const SuiteDatabase& database) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    const std::string reason = causes.empty() ? db.getErrorMsg() : causes.front().text;
     return notRun(
-        ExitCode::kConnection, std::string("the direct connection to ") + database.name + " fails",
-        "sqlcmd connects with the same login: check odbcDriver and odbcAttributes in the store, and "
-        "see the driver's message in the debug log.");
+        ExitCode::kInstallation, std::string("the probe statement fails in ") + database.name + ": " + reason,
+        "Install the suite's schema in this database, or grant the login the right that is missing.");
+}
+
+std::string settingsAdvice(const SuiteDatabase& database, const std::string& reason) {
+    if (contains(reason, "not installed") || contains(reason, "not a Dorvaser"))
+        return "Name a database of this host with --db. tscript doctor shows the installed components.";
+    return std::string(
+               "Check [Instance001.Database] in the store. To set the credentials: tscript credentials "
+               "set ") +
+           database.name + " --user USER.";
 }
 
 Diagnosis databaseUnreachable(const std::string&, const std::string& database) {
@@ -183,24 +256,24 @@ bool usesWindowsAuthentication(const SuiteDatabase& database) {
     return setting == kWindowsAuthentication;
 }
 
-// Connects through the query tool: unlike the library it prints the server's message.
 std::optional<Diagnosis> diagnoseStoredLogin(DBBase& db, const SuiteDatabase& database) {
-    const ScratchFile output;
-    if (db.RunStringQuery("SELECT 1", output.path().c_str(), database.name)) return std::nullopt;
-    const std::string message = output.content();
-    if (message.find("Login failed") != std::string::npos)
-        return notRun(ExitCode::kRefused, "the server refuses the login:\n" + message,
-                      std::string("Set the credentials again: tscript credentials set ") + database.name +
-                          " --user USER");
-    return notRun(ExitCode::kConnection,
-                  std::string("the server of ") + database.name + " cannot be reached:\n" + message,
-                  std::string("Is it running, and does ") + database.instance + " in the store name it?");
+    const std::optional<std::string> message = toolMessage(db, database);
+    if (!message || message->empty()) return std::nullopt;
+    if (isRefusal(*message)) return serverRefused(database, *message);
+    return serverUnreachable(database, *message);
 }
 
-std::string queryToolPath() {
-    const std::map<std::string, std::string> programs = hostlayer::inspectStore().programs;
-    const auto mapped = programs.find("sqlcmd");
-    return mapped == programs.end() ? kDefaultTool : mapped->second;
+bool hasSilentTool(const std::vector<DVUCause_t>& causes) {
+    return std::any_of(causes.begin(), causes.end(), [](const DVUCause_t& cause) {
+        return cause.where == kDVUQueryTool && cause.exitCode == 0;
+    });
+}
+
+Diagnosis silentTool() {
+    return notRun(
+        ExitCode::kInstallation,
+        "the query tool " + hostlayer::queryToolPath() + " ended with exit code 0, but wrote no output",
+        "Is it sqlcmd? Set its path under [host.programs] in the store.");
 }
 
 void requireQueryTool() {
@@ -234,10 +307,7 @@ Diagnosis diagnoseDatabase(const std::string& name) {
     std::string error;
     const bool hasSettings = reason.starts_with("GetDBUser failed");
     if (hasSettings && !db.GetDBUser(host->instance.c_str(), database.name, error) && error.empty())
-        return diagnoseServer(db, database);
-    return notRun(
-        ExitCode::kInstallation, error.empty() ? reason : error,
-        std::string("Check [Instance001.Database] in the store. To set the credentials: tscript credentials "
-                    "set ") +
-            database.name + " --user USER.");
+        return driverMessage(db).empty() ? statementFailed(db, database) : diagnoseServer(db, database);
+    const std::string text = error.empty() ? reason : error;
+    return notRun(ExitCode::kInstallation, text, settingsAdvice(database, text));
 }

@@ -3,8 +3,10 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "DVUtilities/DBBase.h"
+#include "DVUtilities/Diagnostics.h"
 #include "console/Outcome.h"
 #include "installation/Installation.h"
 
@@ -33,8 +35,11 @@ bool usesWindowsAuthentication(const SuiteDatabase& database);
 // works. `db` has the database's settings.
 std::optional<Diagnosis> diagnoseStoredLogin(DBBase& db, const SuiteDatabase& database);
 
-// Path of the sqlcmd that the library runs.
-std::string queryToolPath();
+// Whether a query tool ended with exit code 0 without writing its output file. The library counts that as a
+// success.
+bool hasSilentTool(const std::vector<DVUCause_t>& causes);
+Diagnosis silentTool();
+
 void requireQueryTool();  // throws Failure (kInstallation) if it is not executable
 
 // Cause behind the error text of EncryptFile() or DecryptFile().

@@ -23,7 +23,8 @@
 namespace {
 
 constexpr std::size_t kProbeSize = std::size_t{64} << 10;
-constexpr unsigned long long kLittleSpace = 64ULL << 20;
+constexpr unsigned long long kLittleSpace = 64ULL << 20;  // enough for most runs: a warning
+constexpr unsigned long long kNoSpace = 4ULL << 20;       // a run's SQL file and output may not fit
 constexpr rlim_t kFewDescriptors = 64;
 
 struct FolderCheck {
@@ -64,8 +65,8 @@ std::string useProblem(const std::string& path, int mode) {
     }
 }
 
-// In a folder that every user can change, another user can replace or delete what runs read and write. The
-// sticky bit, as on /tmp, prevents it.
+// In a folder that every user can change, another user can replace or delete what runs read and write, and so
+// change the SQL that runs. The sticky bit, as on /tmp, prevents it, except for the folder's owner.
 void checkOwner(CheckList& list, const std::string& name, const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return;
@@ -73,9 +74,10 @@ void checkOwner(CheckList& list, const std::string& name, const std::string& pat
         list.addFailure(name + " mode", ExitCode::kInstallation, "every user can change files in " + path,
                         "Set its mode: chmod o-w " + path);
     if (status.st_uid != geteuid() && status.st_uid != 0)
-        list.addWarning(name + " owner",
-                        path + " belongs to another user (number " + std::to_string(status.st_uid) + ")",
-                        "Give it to root or to the user that runs scripts: chown USER " + path);
+        list.addFailure(name + " owner", ExitCode::kInstallation,
+                        path + " belongs to another user (number " + std::to_string(status.st_uid) +
+                            "), who can replace its files",
+                        "Run scripts as that user, or give it to root or to this one: chown USER " + path);
 }
 
 void checkSpace(CheckList& list, const std::string& name, const std::string& path) {
@@ -83,8 +85,11 @@ void checkSpace(CheckList& list, const std::string& name, const std::string& pat
     if (statvfs(path.c_str(), &disk) != 0) return;
     const unsigned long long available = static_cast<unsigned long long>(disk.f_bavail) * disk.f_frsize;
     if (available >= kLittleSpace) return;
-    list.addWarning(name + " space", std::to_string(available >> 20) + " MiB are free in " + path,
-                    "Free space on its disk: outputs of runs are stored there until they have been read.");
+    const std::string text = std::to_string(available >> 20) + " MiB are free in " + path;
+    const char* advice =
+        "Free space on its disk: outputs of runs are stored there until they have been read.";
+    available < kNoSpace ? list.addFailure(name + " space", ExitCode::kInstallation, text, advice)
+                         : list.addWarning(name + " space", text, advice);
 }
 
 void checkFolderPath(CheckList& list, const std::string& name, const std::string& path, int mode,

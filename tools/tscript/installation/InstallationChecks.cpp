@@ -177,7 +177,7 @@ void checkStrictness(CheckList& list) {
 void checkQueryTool(CheckList& list) {
     constexpr int kNotStarted = 126;  // and above: not executable, or ended by a signal
     if (list.hasFailed("TMPDIR")) return list.addSkipped("sqlcmd", "not started without TMPDIR");
-    const std::string tool = queryToolPath();
+    const std::string tool = hostlayer::queryToolPath();
     const char* advice = "Install it, or set its path: tscript config set host.programs.sqlcmd PATH";
     try {
         const ScratchFile output;

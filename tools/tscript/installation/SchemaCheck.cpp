@@ -44,8 +44,19 @@ constexpr SchemaUse kUses[] = {
 
 constexpr const char* kMissingProcedures =
     "SELECT name FROM ZpTscripts WHERE type & 2 > 0 AND OBJECT_ID(name) IS NULL";
-constexpr const char* kAdvice =
-    "Install the suite's schema in this database, or grant the login the right that is missing.";
+// The objects that `schema install` creates; the others belong to the suite's own data.
+bool isInstallable(std::string_view object) {
+    return object != "app_plexum" && object != "NQSetting";
+}
+
+std::string adviceFor(const SchemaUse& use, const SuiteDatabase& database) {
+    if (!isInstallable(use.object))
+        return "Restore the row from a backup of the suite's data, or grant the login the right that is "
+               "missing.";
+    return std::string("If it is missing: tscript schema install ") + database.name +
+           ". If it differs: tscript schema check " + database.name +
+           " shows how. Otherwise grant the login the right that is missing.";
+}
 
 // The direct connection reports no message, so the query tool repeats the statement.
 std::string serverMessage(DBBase& db, const SuiteDatabase& database, const char* sql) {
@@ -72,7 +83,7 @@ void checkUses(CheckList& list, const std::string& name, DBBase& db, const Suite
         list.addFailure(name, ExitCode::kInstallation,
                         std::string(use.object) + " (" + use.purpose +
                             "): " + (message.empty() ? "the row is missing or the value is wrong" : message),
-                        kAdvice);
+                        adviceFor(use, database));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <system_error>
 
+#include "HostSetup.h"
 #include "installation/CheckSteps.h"
 #include "installation/Diagnosis.h"
 #include "installation/ProbeFile.h"
@@ -37,16 +38,16 @@ void checkToolRun(CheckList& list, DBBase& db, const SuiteDatabase& database) {
             db.RunFileQuery_TS(sql.path().c_str(), output.path().c_str(), database.name, kNoOptions);
         if (guard.interrupted()) throw Failure(ExitCode::kInterrupted, "interrupted");
         if (limit.expired())
-            return list.addFailure(
-                name, ExitCode::kInstallation,
-                queryToolPath() + " was stopped after " + std::to_string(ToolLimit::kSeconds) + " seconds",
-                advice);
+            return list.addFailure(name, ExitCode::kInstallation,
+                                   hostlayer::queryToolPath() + " was stopped after " +
+                                       std::to_string(ToolLimit::kSeconds) + " seconds",
+                                   advice);
         const std::string answer = output.content();
         if (succeeded && answer.find(kAnswer) != std::string::npos)
             return list.addGood(name, "runs a statement and writes its output");
         list.addFailure(
             name, ExitCode::kInstallation,
-            queryToolPath() +
+            hostlayer::queryToolPath() +
                 (succeeded ? " succeeds without the statement's result" : " fails on a statement") +
                 (answer.empty() ? "; its output is empty" : ":\n" + answer),
             advice);

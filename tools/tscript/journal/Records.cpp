@@ -19,7 +19,11 @@ void openRecords(TScriptRecords& records, const std::string& database) {
 }
 
 void throwUnreadable(const TScriptRecords& records) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(records, causes);
+    std::string what = records.getErrorMessage();
+    for (const DVUCause_t& cause : causes) what += "\n" + cause.text;
     throw Failure(
-        ExitCode::kConnection, records.getErrorMessage(),
+        ExitCode::kConnection, what,
         "Does the database have the tables ZpTscripts and ZpTscriptExec, and can the login read them?");
 }

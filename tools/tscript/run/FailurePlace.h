@@ -11,8 +11,15 @@ struct FailurePlace {
     std::string statement;    // that line
 };
 
+// What a failed run shows about its batches.
+struct RunTraces {
+    std::string message;              // of the server
+    std::string output;               // of the run
+    std::vector<std::string> values;  // for the placeholders
+};
+
 // Returns the places that the server's line number can mean: the server counts in the batch, and the query
-// tool does not report which batch failed. Empty if no batch is that long, or if a value with a line break
-// moved the lines.
-std::vector<FailurePlace> possiblePlaces(const std::string& packageFile, int line,
-                                         const std::vector<std::string>& values);
+// tool does not report which batch failed. Batches are left out that do not hold what the message quotes,
+// that come before one whose text was printed, or that do not fit the number of results. Empty if no batch is
+// that long, or if a value with a line break moved the lines.
+std::vector<FailurePlace> possiblePlaces(const std::string& packageFile, int line, const RunTraces& traces);

@@ -53,9 +53,13 @@ class ReportWriter {
         add("server", database.empty() ? m_cause.server : configuredServer(database));
         add("database", database);
     }
-    void addPlace(const ScriptRequest& request, ScriptKind kind);
+    void addPlace(const ScriptRequest& request, const RunResult& result);
     void addMessage();
     void addData(bool scriptRan, ScriptKind kind);
+    void addSilentRun() {
+        add("data", "unknown: nothing shows that a statement has run");
+        add("journal", "the run is recorded as succeeded, since the tool ended with exit code 0");
+    }
     void addJournal(const std::string& output) {
         if (output.find("Failed to record tscript end time") == output.npos) return;
         add("journal", "the run stays open (status running); docs/operations.md says how to close it");
@@ -94,7 +98,7 @@ void ReportWriter::addPackagePlaces(const std::vector<FailurePlace>& places) {
                         {"packageLine", place.packageLine},
                         {"statement", place.statement}});
     }
-    addLine("where", text);
+    addLine("where", text + (places.size() > 1 ? "; the output does not show which" : ""));
     if (places.size() == 1) {
         addLine("statement", places.front().statement);
         m_batch = places.front().batch;
@@ -102,13 +106,14 @@ void ReportWriter::addPackagePlaces(const std::vector<FailurePlace>& places) {
     m_report.json["places"] = std::move(list);
 }
 
-void ReportWriter::addPlace(const ScriptRequest& request, ScriptKind kind) {
+void ReportWriter::addPlace(const ScriptRequest& request, const RunResult& result) {
     if (!m_cause.procedure.empty()) add("procedure", m_cause.procedure);
     if (m_cause.line == 0) return add("where", nameOfPlace(m_cause.where));
     m_report.json["line"] = m_cause.line;
-    const bool isInPackage = kind == ScriptKind::kPackage && m_cause.procedure.empty();
+    const bool isInPackage = result.kind == ScriptKind::kPackage && m_cause.procedure.empty();
     const std::vector<FailurePlace> places =
-        isInPackage ? possiblePlaces(packageFile(request.name).string(), m_cause.line, request.parameters)
+        isInPackage ? possiblePlaces(packageFile(request.name).string(), m_cause.line,
+                                     {m_cause.text, result.output, request.parameters})
                     : std::vector<FailurePlace>();
     if (!places.empty()) return addPackagePlaces(places);
     addLine("where", "line " + std::to_string(m_cause.line) +
@@ -147,6 +152,7 @@ void ReportWriter::addData(bool scriptRan, ScriptKind kind) {
 }  // namespace
 
 Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
+    if (result.isToolSilent) return silentTool();
     // A bad record is noted by the cipher first, which does not name the package.
     const DVUCause_t* package =
         findCause(result.causes, [](const DVUCause_t& cause) { return cause.where == kDVUPackage; });
@@ -183,9 +189,9 @@ FailureReport describeFailure(const ScriptRequest& request, const RunResult& res
     if (cause == nullptr) return {};
     ReportWriter report(*cause);
     report.addServer(result.database);
-    if (diagnosis.scriptRan) report.addPlace(request, result.kind);
+    if (diagnosis.scriptRan) report.addPlace(request, result);
     report.addMessage();
-    report.addData(diagnosis.scriptRan, result.kind);
+    result.isToolSilent ? report.addSilentRun() : report.addData(diagnosis.scriptRan, result.kind);
     report.addJournal(result.output);
     report.addNext(diagnosis.advice);
     return report.take();

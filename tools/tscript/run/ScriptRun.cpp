@@ -3,6 +3,7 @@
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "console/Outcome.h"
+#include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 #include "run/Progress.h"
 #include "system/Interrupt.h"
@@ -71,7 +72,10 @@ RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation ope
     const DVUCauses causes;
     result.succeeded = kind == ScriptKind::kPackage ? callPackage(request, operation, result)
                                                     : callProcedure(request, operation, result);
-    if (!result.succeeded) causes.get(result.causes);
+    causes.get(result.causes);
+    result.isToolSilent = result.succeeded && hasSilentTool(result.causes);
+    if (result.isToolSilent) result.succeeded = false;
+    if (result.succeeded) result.causes.clear();
     result.seconds = progress.seconds();
     result.interrupted = guard.interrupted();
     return result;

@@ -33,6 +33,7 @@ struct RunResult {
     std::string output;
     bool succeeded = false;
     bool interrupted = false;
+    bool isToolSilent = false;  // the library succeeded, but the tool wrote no output: a failure here
     double seconds = 0;
     std::vector<DVUCause_t> causes;  // of a failure
 };

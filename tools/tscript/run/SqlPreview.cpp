@@ -1,5 +1,6 @@
 #include "run/SqlPreview.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 #include <vector>
@@ -54,11 +55,16 @@ std::size_t countPlaceholders(std::string_view sql) {
     return count;
 }
 
-// The XML directive counts in the package's first line, which follows the two lines that begin every run.
+// The text behind the two lines that begin every run.
+std::string_view bodyOf(std::string_view sql) {
+    for (int line = 0; line < 2; ++line) sql.remove_prefix(std::min(sql.find('\n'), sql.size() - 1) + 1);
+    return sql;
+}
+
+// The XML directive counts in the package's first line.
 bool startsWithXmlDirective(std::string_view sql) {
-    std::size_t begin = 0;
-    for (int line = 0; line < 2; ++line) begin = sql.find('\n', begin) + 1;
-    return sql.substr(begin, sql.find('\n', begin) - begin).find(":XML ON") != sql.npos;
+    const std::string_view body = bodyOf(sql);
+    return body.substr(0, body.find('\n')).find(":XML ON") != body.npos;
 }
 
 // Placeholders are counted without values, because a value may hold "%s" as well.
@@ -66,6 +72,7 @@ SqlPreview describe(const PackageSql& withoutValues) {
     SqlPreview preview;
     preview.database = withoutValues.database;
     preview.placeholders = countPlaceholders(withoutValues.sql);
+    preview.isEmpty = bodyOf(withoutValues.sql).find_first_not_of(" \t\r\n") == std::string_view::npos;
     preview.isXml = startsWithXmlDirective(withoutValues.sql);
     return preview;
 }

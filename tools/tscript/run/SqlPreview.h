@@ -12,6 +12,7 @@ struct SqlPreview {
     std::string database;  // empty: the one of the installed components
     std::string sql;
     std::size_t placeholders = 0;  // of a package
+    bool isEmpty = false;          // a package without a statement
     bool isXml = false;            // a package whose output is XML
 };
 
