@@ -22,8 +22,12 @@ file(CREATE_LINK "../${dvu_sqlcmd}/sqlcmd" "${CMAKE_BINARY_DIR}/names/sqlcmd" SY
 file(CREATE_LINK "dvutilities-sqlcmd.1" "${CMAKE_BINARY_DIR}/names/sqlcmd.1" SYMBOLIC)
 install(FILES "${CMAKE_BINARY_DIR}/names/sqlcmd" DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT names)
 install(FILES "${CMAKE_BINARY_DIR}/names/sqlcmd.1" DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT names)
-install(FILES tools/tscript/tscript.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+set(dvu_completion tools/tscript/completion)
+install(FILES ${dvu_completion}/tscript.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   COMPONENT tools RENAME tscript)
+install(FILES ${dvu_completion}/_tscript DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT tools)
+install(FILES ${dvu_completion}/tscript.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
+  COMPONENT tools)
 install(DIRECTORY include/DVUtilities DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT library)

@@ -13,7 +13,10 @@ packages=(
   libboost-dev libedit-dev libkrb5-dev
   unixodbc unixodbc-dev tdsodbc freetds-dev libsybdb5
 )
-test_packages=(freetds-bin krb5-kdc krb5-admin-server krb5-user faketime libgtest-dev file chromium openssl python3 python3-pymssql)
+test_packages=(
+  freetds-bin krb5-kdc krb5-admin-server krb5-user faketime libgtest-dev file chromium openssl
+  python3 python3-pymssql zsh fish
+)
 # Debian's packages conflict with a Node.js from another source.
 command -v node >/dev/null || test_packages+=(nodejs)
 command -v npm >/dev/null || test_packages+=(npm)

@@ -35,30 +35,41 @@ while read -r -a words; do
 done < <(commands_of_page)
 [[ $(commands_of_page | wc -l) -ge 31 ]] || complain "the commands of tscript's man page were not found"
 
-# Every option of those commands is in the man page and in the completion.
+# Every option of those commands is in the man page.
 while read -r option; do
   grep -q -- "$(sed 's/-/\\\\-/g' <<<"$option")" docs/man/tscript.1 || complain "tscript.1 does not name $option"
-  grep -q -- "$option\\b" tools/tscript/tscript.bash || complain "the completion does not know $option"
 done < <({ "$bin/tscript" --help
            while read -r -a words; do "$bin/tscript" "${words[@]}" --help; done < <(commands_of_page); } </dev/null |
          grep -oE '(^|[ ,])--[a-z][a-z-]*' | tr -d ' ,' | sort -u)
 
-# The completion offers the names of packages, quoted, and never runs a part of a name.
+# The completion of each shell offers the names of packages; bash quotes them, and never runs a part of a name.
 home=$(mktemp -d)
 mkdir "$home/Scripts"
 touch "$home/Scripts/Purge \$(exit 7).sql" "$home/Scripts/Report.sql"
-echo "dZEPHRAHOME = \"$home\"" >"$home/store"
-offered=$(ZEPHRA_REGISTRY=$home/store bash -c 'source tools/tscript/tscript.bash
+printf '[Instance001.Base]\ndZEPHRAHOME = "%s"\n' "$home" >"$home/store"
+export ZEPHRA_REGISTRY=$home/store PATH=$bin:$PATH
+offered=$(bash -c 'source tools/tscript/completion/tscript.bash
   COMP_WORDS=(tscript run P) COMP_CWORD=2
   _tscript && printf "%s\n" "${COMPREPLY[@]}"')
 [[ $offered == 'Purge\ \$\(exit\ 7\)' ]] || complain "the completion offers, for one package's name: $offered"
-rm -r "$home"
+if command -v zsh >/dev/null; then
+  offered=$(zsh -f -c '_describe() { print -l -- "${(@P)2}" }
+    _tscript() { source tools/tscript/completion/_tscript }
+    words=(tscript run "") CURRENT=3; _tscript')
+  [[ $offered == *Report:package* ]] || complain "the completion of zsh offers: $offered"
+fi
+if command -v fish >/dev/null; then
+  offered=$(HOME=$home fish -c 'source tools/tscript/completion/tscript.fish; complete -C "tscript run R"')
+  [[ $offered == Report$'\t'package ]] || complain "the completion of fish offers: $offered"
+fi
 
 # groff, if installed, finds no fault in the man pages.
 if command -v groff >/dev/null; then
-  complaints=$(groff -man -Tutf8 -ww docs/man/*.1 2>&1 >/dev/null)
+  tscript __man "$home"
+  complaints=$(groff -man -Tutf8 -ww docs/man/*.1 "$home"/*.1 2>&1 >/dev/null)
   [[ -z $complaints ]] || complain "$complaints"
 fi
+rm -r "$home"
 
 # The program of the README compiles.
 sed -n '/^```cpp$/,/^```$/{/^```/d;p}' README.md | c++ -std=c++17 -Wall -Wextra -Werror -fsyntax-only -I include -x c++ - ||

@@ -7,7 +7,10 @@
 #include <exception>
 #include <optional>
 
+#include "commands/CommandGroups.h"
 #include "commands/Commands.h"
+#include "commands/Completion.h"
+#include "commands/ManPages.h"
 #include "console/CommandLine.h"
 #include "console/Confirmation.h"
 #include "console/Console.h"
@@ -54,6 +57,14 @@ int runTool(int argc, char** argv) {
     addNoInputOption(commandLine.app());
     Action action;
     for (const auto addCommands : kAddCommands) addCommands(commandLine.app(), action);
+    groupCommands(commandLine.app());
+    const std::string first = argc > 1 ? argv[1] : "";
+    if (first == kCompleteWord) {
+        redirectLibraryOutput();
+        writeCandidates(commandLine.app(), {argv + 2, argv + argc});
+        return flushOutput(ExitCode::kDone);
+    }
+    if (first == kManPagesWord && argc == 3) return writeManPages(commandLine.app(), argv[2]) ? 0 : 1;
     if (const std::optional<int> exitCode = commandLine.parse(argc, argv)) return *exitCode;
     redirectLibraryOutput();
     endWhenDriverIsStuck();

@@ -1,5 +1,5 @@
-// Commands and options of the command line. CommandLine.cpp alone includes the parser's header, which takes
-// many seconds to compile.
+// Commands and options of the command line. Only CommandLine.cpp and what describes the commands (completion,
+// manual pages, groups) include the parser's header, which takes many seconds to compile.
 #pragma once
 
 #include <cstdint>
