@@ -1,7 +1,6 @@
 #include "ToolMessages.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <string_view>
 
@@ -14,6 +13,8 @@ constexpr std::size_t kEndBytes =
     std::size_t{64} * 1024;              // the tool stops at the first error: messages are last
 constexpr int kHighestInformation = 10;  // severity
 constexpr std::string_view kMessage = "Msg ";
+constexpr std::string_view kUtf16Message("M\0s\0g\0 ",
+                                         7);  // as the tool writes it with -u: no byte order mark
 
 std::string_view cutLine(std::string_view& text) {
     const std::size_t end = text.find('\n');
@@ -40,8 +41,6 @@ int numberOf(std::string_view name, std::string_view list) {
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
 }
-
-constexpr std::string_view kUtf16Mark = "\xFF\xFE";  // little endian, as the tool writes it
 
 void appendUtf8(std::string& text, char32_t c) {
     constexpr char32_t kSixBits = 0x3F;
@@ -82,11 +81,7 @@ std::string endOfFile(const std::string& path) {
     const ssize_t count =
         ::pread(file.get(), text.data(), text.size(), size - static_cast<off_t>(text.size()));
     text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    std::array<char, kUtf16Mark.size()> mark{};
-    const bool isUtf16 =
-        ::pread(file.get(), mark.data(), mark.size(), 0) == static_cast<ssize_t>(mark.size()) &&
-        std::string_view(mark.data(), mark.size()) == kUtf16Mark;
-    return isUtf16 ? utf8Of(std::string_view(text).substr(text.size() % 2)) : text;
+    return text.find(kUtf16Message) != text.npos ? utf8Of(text) : text;
 }
 
 void noteMessages(std::string_view output) {

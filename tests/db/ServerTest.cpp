@@ -121,6 +121,7 @@ TEST_F(Server, TheProbedTableFollowsTheProductType) {
 TEST_F(Server, AFailedOperationKeepsItsCauses) {
     const std::string server = s_box->server(), login = s_box->login(), password = s_box->password();
     std::vector<int> numbers;
+    int number = 0;
     Lines rows;
     const auto runTool = [&](const char* sql) { return db.RunStringQuery(sql, output.c_str(), "master"); };
     const auto noServer = [&] {
@@ -148,6 +149,11 @@ TEST_F(Server, AFailedOperationKeepsItsCauses) {
         {"no UTF-8", [&] { return db.SetDBValue("SELECT '\xFF'"); }, kDVUStatement, 0, -1, 0, "byte 9"},
         {"query tool", [&] { return runTool("SELECT * FROM nowhere"); }, kDVUQueryTool, 208, -1, 1,
          "nowhere"},
+        {"UTF-16 output",
+         [&] { return db.RunStringQuery_TS("SELECT * FROM \xC3\xA4nowhere", output.c_str(), "master", 8); },
+         kDVUQueryTool, 208, -1, 1, "'\xC3\xA4nowhere'"},
+        {"no row", [&] { return db.GetDBValueInt("SELECT 1 WHERE 1 = 0", number); }, kDVUStatement, 0, -1, 0,
+         "no row"},
         {"its end", [&] { return runTool("SELECT * FROM nowhere"); }, kDVUQueryTool, 0, 1, 0, "exit code 1"},
         {"double quote", [&] { return runTool("PRINT \"1\""); }, kDVUQueryTool, 0, -1, 0,
          "A double quote in the statement"},

@@ -676,6 +676,7 @@ TEST_F(Installation, NamesTheCauseOfAFailedRun) {
          3,
          "",
          "lacks what runs need: [FreeTDS][SQL Server]Invalid object name 'ZpTscriptExec'"},
+        {{"journal", "--db", "NQ2"}, 3, "", "Invalid object name 'ZpTscriptExec'"},
         {{"run", "Drop", "-p", "DROP FUNCTION dbo.GetDateTime"}, 3, "", "the run stays open"},
         {purge, 3, "", "GetDateTime"},
         {{"schema", "check", "NQ2"},
@@ -693,6 +694,15 @@ TEST_F(Installation, NamesTheCauseOfAFailedRun) {
          "differs  ZpTscriptExec: it lacks inputParams text",
          "by hand"},
         {purge, 0, "Deleted", ""},
+        {{"run", "Drop", "-p", "DROP PROCEDURE tsListNodes"}, 0, "", ""},
+        {{"exec", "tsListNodes"},
+         3,
+         "",
+         "lacks what runs need: Could not find stored procedure 'tsListNodes'"},
+        {{"run", "Drop", "-p", "DROP PROCEDURE VT_GetSpParams"}, 0, "", ""},
+        {{"params", "tsEventSummary"}, 3, "", "tscript doctor names every procedure"},
+        {{"run", "Drop", "-p", "DELETE app_plexum WHERE id = 2"}, 0, "", ""},
+        {{"run", "SiteInventory"}, 3, "", "lacks a row that runs need: The statement returned no row"},
     });
     support::writeFile(m_temp / "tool", "#!/nowhere/sh\n");
     fs::permissions(m_temp / "tool", fs::perms(0700));

@@ -22,8 +22,13 @@ void throwUnreadable(const TScriptRecords& records) {
     std::vector<DVUCause_t> causes;
     DVU_GetCauses(records, causes);
     std::string what = records.getErrorMessage();
-    for (const DVUCause_t& cause : causes) what += "\n" + cause.text;
-    throw Failure(
-        ExitCode::kConnection, what,
-        "Does the database have the tables ZpTscripts and ZpTscriptExec, and can the login read them?");
+    ExitCode code = ExitCode::kConnection;
+    for (const DVUCause_t& cause : causes) {
+        what += "\n" + cause.text;
+        const bool hasAnswered = cause.where == kDVUStatement && cause.serverError != 0;
+        if (hasAnswered) code = ExitCode::kInstallation;
+    }
+    throw Failure(code, what,
+                  std::string("tscript schema check ") + records.getDbName() +
+                      " shows whether catalogue and journal are there; if so, let the login read them.");
 }

@@ -10,8 +10,8 @@
 namespace {
 
 constexpr int kLoginFailed = 18456;
-// Errors for a missing column, object, function or procedure.
-constexpr int kMissingObjects[] = {195, 207, 208, 2812, 4121};
+// Errors for a missing column, object, function or procedure, and for a table with other columns.
+constexpr int kMissingObjects[] = {195, 207, 208, 213, 2812, 4121};
 
 using Causes = std::vector<DVUCause_t>;
 
@@ -37,6 +37,17 @@ const DVUCause_t* mainCause(const Causes& causes) {
 bool isMissingObject(const DVUCause_t& cause) {
     return cause.where == kDVUStatement && std::find(std::begin(kMissingObjects), std::end(kMissingObjects),
                                                      cause.serverError) != std::end(kMissingObjects);
+}
+
+// The library's batch calls the procedure itself; inside a procedure, the cause names that one.
+bool isMissingProcedure(const DVUCause_t& cause) {
+    constexpr int kNoSuchProcedure = 2812;
+    return cause.where == kDVUQueryTool && cause.serverError == kNoSuchProcedure && cause.procedure.empty();
+}
+
+// The server has no error then.
+bool isMissingRow(const DVUCause_t& cause) {
+    return cause.where == kDVUStatement && cause.serverError == 0 && cause.sqlState.empty();
 }
 
 const char* nameOfPlace(int where) {
@@ -163,9 +174,21 @@ Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
     const DVUCause_t* missing = findCause(result.causes, isMissingObject);
     const bool isUndecided =
         diagnosis.code == ExitCode::kScriptFailed || diagnosis.code == ExitCode::kConnection;
+    const std::string database = result.database.empty() ? "DB" : result.database;
     if (missing != nullptr && isUndecided)
         return {ExitCode::kInstallation, "the database lacks what runs need: " + missing->text,
-                "tscript schema check DB lists what is missing; tscript schema install DB creates it.",
+                "tscript schema check " + database + " lists what is missing; tscript schema install " +
+                    database + " creates it.",
+                diagnosis.scriptRan};
+    const DVUCause_t* procedure =
+        result.kind == ScriptKind::kProcedure ? findCause(result.causes, isMissingProcedure) : nullptr;
+    if (procedure != nullptr && isUndecided)
+        return {ExitCode::kInstallation, "the database lacks what runs need: " + procedure->text,
+                "tscript doctor names every procedure that is missing.", diagnosis.scriptRan};
+    const DVUCause_t* row = findCause(result.causes, isMissingRow);
+    if (row != nullptr && diagnosis.code == ExitCode::kConnection)
+        return {ExitCode::kInstallation, "the database lacks a row that runs need: " + row->text,
+                "tscript doctor names it. Restore it from a backup of the suite's data.",
                 diagnosis.scriptRan};
     const DVUCause_t* notStarted = findCause(result.causes, [](const DVUCause_t& cause) {
         return cause.where == kDVUQueryTool && cause.systemError != 0;
