@@ -149,6 +149,7 @@ void ReportWriter::addMessage() {
 
 void ReportWriter::addData(bool scriptRan, ScriptKind kind) {
     if (!scriptRan) return add("data", "unchanged: no statement of the script has run");
+    if (m_cause.serverError == 0) return add("data", "unknown: the server has reported no failed statement");
     const std::string before =
         kind != ScriptKind::kPackage ? "the statements before it have run"
         : m_batch == 1               ? "no earlier batch; the statements before it in its batch have run"
@@ -203,6 +204,10 @@ Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
         return {ExitCode::kConnection, "the connection to the server failed during the run",
                 "See whether the server runs. tscript journal shows whether the end of the run is recorded.",
                 diagnosis.scriptRan};
+    const DVUCause_t* main = mainCause(result.causes);
+    const bool isUnexplained = main != nullptr && main->where == kDVUQueryTool && main->serverError == 0;
+    if (isUnexplained && diagnosis.code == ExitCode::kScriptFailed)
+        diagnosis.advice = "tscript doctor runs a statement through the query tool.";
     return diagnosis;
 }
 
