@@ -1,6 +1,10 @@
 // The built command line, end to end.
+#include <signal.h>
+
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <thread>
 
 #include "Installation.h"
 
@@ -434,6 +438,11 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"--status", "ok", "--last", "2"}, "[a_b],O'Brien"},
         {{"--status", "failed"}, "50%"},
         {{"--status", "running"}, "50x"},
+        {{"--failed"}, "50%"},
+        {{"--since", "yesterday"}, "Rows"},
+        {{"--slower-than", "2m"}, "50x,O'Brien"},
+        {{"--slower-than", "125s", "--status", "ok"}, ""},
+        {{"--slower-than", "2m", "--last", "1", "--status", "ok"}, "O'Brien"},
         {{"--since", "1h"}, "Rows"},
         {{"--since", "2023-11-10", "--name", "50*"}, "50x,50%"},
         {{"--db", "nq2"}, ""},
@@ -443,6 +452,7 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         words.insert(words.begin(), "journal");
         EXPECT_EQ(namesIn(run(words)), c.names) << joined(words);
     }
+    EXPECT_EQ(namesIn(run({"journal", "tail", "--last", "2"})), "[a_b],Odd");
     EXPECT_EQ(namesIn(run({"catalogue", "--name", "tsS*"})), "tsSwitchNode");
     for (const char* pattern : {"ts%", "tsS_itchNode", "[t]s*", "' OR name LIKE '%", "\"", "--"})
         EXPECT_EQ(namesIn(run({"catalogue", "--name", pattern})), "") << pattern;
@@ -459,6 +469,17 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"catalogue", "--json", "--name", "Other"}, 0, R"("kind":"other","type":1,)", ""},
         {{"catalogue", "--json", "--name", "tsSw*"}, 0, R"("kind":"procedure","type":10,"secured":true)", ""},
         {{"journal", "--json", "--name", "none"}, 0, "[]\n", ""},
+        {{"journal", "export", "--csv", "--name", "O'*"},
+         0,
+         "id,name,kind,status,start,end,seconds,user,input\r\n2,\"O'Brien\",\"procedure\",\"ok\","
+         "\"2023-11-14T22:13:20Z\",\"2023-11-14T22:15:25Z\",125,0,\"a  b\"\r\n",
+         ""},
+        {{"journal", "export", "--csv", "--name", "none"}, 0, "id,name,kind,status", ""},
+        {{"journal", "export", "--status", "running"}, 0, "[\n{\"id\":4,\"name\":\"50x\"", ""},
+        {{"journal", "export", "--csv", "--json"}, 2, "", "excludes"},
+        {{"journal", "--failed", "--status", "ok"}, 2, "", "excludes"},
+        {{"journal", "--slower-than", "fast"}, 2, "", "is not a length of time"},
+        {{"journal", "tail", "--last", "0"}, 2, "", "--last"},
         {{"which", "tsSwitchNode"}, 0, "audit level 2, secured", ""},
         {{"which", "tsSwitchNode", "--json"}, 0, R"("kind": "procedure",)", ""},
         {{"which", "tsListNodes", "--json"}, 0, R"("kind": "both",)", ""},
@@ -473,6 +494,29 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
         {{"journal"}, 4, "", "cannot be reached"},
     });
+}
+
+TEST_F(Installation, FollowsTheJournal) {
+    pack("Short", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:03'\n");
+    ASSERT_EQ(run({"exec", "tsEventSummary"}).exitCode, 0);
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const pid_t tail = support::spawn({TSCRIPT_PROGRAM, "journal", "tail", "-f", "--json"}, options,
+                                      {output.get(), output.get(), output.get()});
+    const auto expectLine = [&](const std::string& part) {
+        for (int i = 0; i < 600 && support::contentOf(output).find(part) == std::string::npos; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_NE(support::contentOf(output).find(part), std::string::npos) << support::contentOf(output);
+    };
+    expectLine("{\"id\":1,\"name\":\"tsEventSummary\",\"kind\":\"procedure\",\"status\":\"ok\"");
+    EXPECT_EQ(run({"run", "Short"}).exitCode, 0);
+    expectLine("\n{\"id\":2,\"name\":\"Short\",\"kind\":\"package\",\"status\":\"running\"");
+    expectLine("\n{\"id\":2,\"name\":\"Short\",\"kind\":\"package\",\"status\":\"ok\"");
+    kill(tail, SIGINT);
+    int exitCode = 0;
+    EXPECT_TRUE(support::waitFor(tail, std::chrono::seconds(20), exitCode));
+    EXPECT_EQ(exitCode, 130);
 }
 
 TEST_F(Installation, ShowsOneRunWithItsRecord) {

@@ -1,7 +1,7 @@
 #include "commands/Completion.h"
 
-#include <CLI/CLI.hpp>
 #include <unistd.h>
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cstdlib>

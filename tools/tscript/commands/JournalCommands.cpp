@@ -1,5 +1,5 @@
 // Commands `catalogue`, `journal` and `which`: records of scripts and their runs.
-#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <memory>
@@ -8,6 +8,7 @@
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "commands/Commands.h"
+#include "commands/JournalRuns.h"
 #include "commands/JournalShow.h"
 #include "commands/RecordOptions.h"
 #include "commands/RunJson.h"
@@ -18,13 +19,11 @@
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 #include "journal/Records.h"
-#include "journal/RunView.h"
 #include "system/Interrupt.h"
 
 namespace {
 
 constexpr int kPage = 1000;
-constexpr int kAll = 0;
 constexpr int kMostRows = std::numeric_limits<int>::max();
 
 bool isProcedure(int type) {
@@ -33,6 +32,7 @@ bool isProcedure(int type) {
 bool isSecured(int type) {
     return (type & kTScriptSecured) != 0;
 }
+
 // ---- catalogue -----------------------------------------------------------------------------------------
 
 Cells cellsOf(const TScriptEntry_t& entry) {
@@ -54,81 +54,28 @@ Json jsonOf(const TScriptEntry_t& entry) {
             {"created", utcTime(entry.creationTime)}};
 }
 
-// ---- journal -------------------------------------------------------------------------------------------
-
-constexpr const char* kStatuses[] = {"running", "ok", "failed"};  // by status number of the journal
-
-int statusNumber(const std::string& name) {
-    for (int status = 0; const char* known : kStatuses) {
-        if (name == known) return status;
-        ++status;
-    }
-    return -1;
-}
-
-Cell statusOf(const RunView& view) {
-    constexpr Shade kShades[] = {Shade::kActive, Shade::kGood, Shade::kBad, Shade::kUnusual, Shade::kNone};
-    return {statusText(view), kShades[static_cast<int>(view.state)]};
-}
-
-Cells cellsOf(const RunView& view) {
-    const TScriptRun_t& run = view.run;
-    return {{std::to_string(run.id)}, {run.name}, statusOf(view), {localTime(run.startTime)},
-            {spanText(view.seconds)}, {run.input}};
-}
-
-// ---- Pages ---------------------------------------------------------------------------------------------
-
-// Writes page by page until `most` rows (0: all) are written or there are no more. `fetch` reads up to
-// `length` rows older than `beforeId`.
-template <typename Row, typename Fetch, typename View>
-void writePages(std::vector<Column> columns, bool json, int most, Fetch fetch, View view) {
-    Listing table(std::move(columns));
-    JsonListing array;
-    std::vector<Row> page;
-    int beforeId = 0;
-    for (int left = most == kAll ? kMostRows : most; left > 0; left -= static_cast<int>(page.size())) {
-        const int length = std::min(left, kPage);
-        fetch(beforeId, length, page);
-        std::vector<Cells> rows;
-        for (const Row& row : page) {
-            if (json) {
-                array.write(jsonOf(view(row)));
-            } else {
-                rows.push_back(cellsOf(view(row)));
-            }
-        }
-        table.writePage(rows);
-        if (page.size() < static_cast<std::size_t>(length) || std::ferror(resultStream()) != 0) break;
-        beforeId = page.back().id;
-    }
-    if (json) array.end();
-}
-
 ExitCode listCatalogue(const RecordOptions& options) {
     checkPattern(options.name);
     TScriptRecords records;
     openRecords(records, options.database);
-    const auto fetch = [&](int beforeId, int length, std::vector<TScriptEntry_t>& page) {
-        if (!records.listScripts(options.name.c_str(), beforeId, length, page)) throwUnreadable(records);
-    };
-    writePages<TScriptEntry_t>({{"ID"}, {"NAME", true}, {"KIND"}, {"SECURED"}, {"AUDIT"}, {"CREATED"}},
-                               options.json, kAll, fetch,
-                               [](const TScriptEntry_t& entry) -> const TScriptEntry_t& { return entry; });
-    return ExitCode::kDone;
-}
-
-ExitCode listJournal(const RecordOptions& options) {
-    TScriptRunFilter_t filter = runFilter(options);
-    filter.status = statusNumber(options.status);
-    TScriptRecords records;
-    openRecords(records, options.database);
-    const auto fetch = [&](int beforeId, int length, std::vector<TScriptRun_t>& page) {
-        if (!records.listRuns(filter, beforeId, length, page)) throwUnreadable(records);
-    };
-    writePages<TScriptRun_t>({{"ID"}, {"NAME", true}, {"STATUS"}, {"STARTED"}, {"DURATION"}, {"INPUT", true}},
-                             options.json, options.last, fetch,
-                             [&](const TScriptRun_t& run) { return RunView(run, options.staleHours); });
+    Listing table({{"ID"}, {"NAME", true}, {"KIND"}, {"SECURED"}, {"AUDIT"}, {"CREATED"}});
+    JsonListing array;
+    std::vector<TScriptEntry_t> page;
+    int beforeId = 0;
+    do {
+        if (!records.listScripts(options.name.c_str(), beforeId, kPage, page)) throwUnreadable(records);
+        std::vector<Cells> rows;
+        for (const TScriptEntry_t& entry : page) {
+            if (options.json) {
+                array.write(jsonOf(entry));
+            } else {
+                rows.push_back(cellsOf(entry));
+            }
+        }
+        table.writePage(rows);
+        if (!page.empty()) beforeId = page.back().id;
+    } while (page.size() == kPage && std::ferror(resultStream()) == 0);
+    if (options.json) array.end();
     return ExitCode::kDone;
 }
 
@@ -235,6 +182,46 @@ CLI::App* addListing(CLI::App& app, Action& action, const char* name, const char
     return command;
 }
 
+void addFilters(CLI::App* command, RecordOptions& options) {
+    addPatternOption(command, options.name);
+    addOption(command, "--status", options.status, "Only runs of this status",
+              {.oneOf = {"running", "ok", "failed"}});
+    addFlag(command, "--failed", options.failed, "Only runs that failed", "--status");
+    addSinceOption(command, options.since);
+    addOption(command, "--slower-than", options.slowerThan,
+              "Only runs that took, or have taken so far, longer than this: 90s, 5m, 2h, 1d",
+              {.type = "TIME"});
+    addStaleOption(command, options.staleHours);
+}
+
+void addRunCommands(CLI::App& app, Action& action, const Options& options) {
+    CLI::App* journal =
+        addListing(app, action, "journal", "List runs of scripts, newest first", options, listRuns);
+    onlyWithoutSubcommand(journal, [&action, options] { action = [options] { return listRuns(*options); }; });
+    addFilters(journal, *options);
+    addNumber(journal, "--last", options->last, "The newest N of these runs; 0 for all",
+              {.type = "N", .least = 0, .most = kMostRows});
+
+    CLI::App* show =
+        addListing(*journal, action, "show", "Show one run, with its run record", options, showRun);
+    addNumber(show, "ID", options->run, "The run's number in the journal",
+              {.least = 1, .most = kMostRows, .defaultInHelp = false, .required = true});
+    addStaleOption(show, options->staleHours);
+
+    CLI::App* all = addListing(*journal, action, "export", "Write all runs as JSON (default) or CSV", options,
+                               exportRuns);
+    addFilters(all, *options);
+    addFlag(all, "--csv", options->csv, "Write CSV with a heading, times in UTC", "--json");
+
+    CLI::App* tail =
+        addListing(*journal, action, "tail", "List the newest runs, oldest first", options, tailRuns);
+    addFilters(tail, *options);
+    addNumber(tail, "--last", options->tail, "The newest N of these runs",
+              {.type = "N", .least = 1, .most = kMostRows});
+    addFlag(tail, "-f,--follow", options->follow,
+            "Go on with runs that start or end, until interrupted; --json then writes one object a line");
+}
+
 }  // namespace
 
 void addJournalCommands(CLI::App& app, Action& action) {
@@ -244,25 +231,7 @@ void addJournalCommands(CLI::App& app, Action& action) {
                    options, listCatalogue);
     addPatternOption(catalogue, options->name);
 
-    CLI::App* journal =
-        addListing(app, action, "journal", "List runs of scripts, newest first", options, listJournal);
-    CLI::App* show =
-        addListing(*journal, action, "show", "Show one run, with its run record", options, showRun);
-    show->add_option("ID", options->run, "The run's number in the journal")
-        ->required()
-        ->check(CLI::Range(1, kMostRows));
-    addStaleOption(show, options->staleHours);
-    // A command's callback is called after those of its subcommands.
-    journal->callback([&action, journal, options] {
-        if (journal->get_subcommands().empty()) action = [options] { return listJournal(*options); };
-    });
-    addPatternOption(journal, options->name);
-    addOption(journal, "--status", options->status, "Only runs of this status",
-              {.oneOf = {"running", "ok", "failed"}});
-    addSinceOption(journal, options->since);
-    addNumber(journal, "--last", options->last, "The newest N of these runs; 0 for all",
-              {.type = "N", .least = 0, .most = kMostRows});
-    addStaleOption(journal, options->staleHours);
+    addRunCommands(app, action, options);
 
     CLI::App* which =
         addListing(app, action, "which", "Show whether a name is a package, a stored procedure, or both",

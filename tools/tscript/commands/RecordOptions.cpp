@@ -22,7 +22,7 @@ void addPatternOption(CLI::App* command, std::string& pattern) {
 
 void addSinceOption(CLI::App* command, std::string& since) {
     addOption(command, "--since", since,
-              "Only runs that started then or later: 90m, 24h, 7d, 2w (ago), 2026-01-31, "
+              "Only runs that started then or later: 90m, 24h, 7d, 2w (ago), yesterday, 2026-01-31, "
               "\"2026-01-31 18:30\" (local time)",
               {.type = "TIME"});
 }

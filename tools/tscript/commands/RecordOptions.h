@@ -11,7 +11,12 @@ struct RecordOptions {
     std::string database;
     std::string status;
     std::string since;
+    std::string slowerThan;
+    bool failed = false;
     int last = 50;
+    int tail = 10;
+    bool follow = false;
+    bool csv = false;
     int run = 0;  // its number in the journal
     double staleHours = 24;
     bool json = false;

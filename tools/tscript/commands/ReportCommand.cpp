@@ -26,7 +26,6 @@ constexpr std::int64_t kShortestRange = std::int64_t{23} * 3600;
 struct ReportOptions {
     RecordOptions records;
     std::string output;
-    bool csv = false;
 };
 
 // Progress line on an ANSI terminal.
@@ -74,7 +73,7 @@ void addOutputs(Report& report) {
 }
 
 ExitCode writeReport(const ReportOptions& options) {
-    const bool isPage = !options.records.json && !options.csv;
+    const bool isPage = !options.records.json && !options.records.csv;
     if (isPage && options.output.empty() && isTerminal(STDOUT_FILENO))
         throw Failure(ExitCode::kUsage, "the page would be written to the terminal",
                       "Name a file: -o report.html");
@@ -111,7 +110,7 @@ void addReportCommand(CLI::App& app, Action& action) {
     addOption(command, "-o,--output", options->output, "The file (default: standard output)",
               {.type = "FILE"});
     addFlag(command, "--json", options->records.json, "Write the figures as JSON instead of a page");
-    addFlag(command, "--csv", options->csv, "Write the figures of the scripts as CSV", "--json");
+    addFlag(command, "--csv", options->records.csv, "Write the figures of the scripts as CSV", "--json");
     addDatabaseOption(command, options->records.database);
     addPatternOption(command, options->records.name);
     addSinceOption(command, options->records.since);

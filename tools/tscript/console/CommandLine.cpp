@@ -60,7 +60,8 @@ template <typename Number>
 void addRangedNumber(CLI::App* command, const char* name, Number& value, const char* help,
                      const NumberRules<Number>& rules) {
     CLI::Option* option = command->add_option(name, value, help);
-    option->type_name(rules.type)->check(CLI::Range(rules.least, rules.most));
+    option->required(rules.required)->check(CLI::Range(rules.least, rules.most));
+    if (rules.type != nullptr) option->type_name(rules.type);
     if (rules.defaultInHelp) option->capture_default_str();
 }
 
@@ -97,6 +98,13 @@ CLI::App* addCommand(CLI::App* family, const char* name, const char* description
 
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
     return app.add_subcommand(name, description)->require_subcommand(1);
+}
+
+// The parser calls a command's function after those of its subcommands.
+void onlyWithoutSubcommand(CLI::App* command, const std::function<void()>& chosen) {
+    command->callback([command, chosen] {
+        if (command->get_subcommands().empty()) chosen();
+    });
 }
 
 bool hasCommand(const CLI::App& app, const std::string& name) {

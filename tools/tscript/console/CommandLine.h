@@ -34,6 +34,8 @@ CLI::App* addCommand(CLI::App* family, const char* name, const char* description
                      const std::function<void()>& chosen);
 // Adds a command that has only subcommands.
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description);
+// For a command that also does something without one of its subcommands: sets what it does then.
+void onlyWithoutSubcommand(CLI::App* command, const std::function<void()>& chosen);
 bool hasCommand(const CLI::App& app, const std::string& name);
 
 struct OptionRules {
@@ -48,6 +50,7 @@ struct NumberRules {
     Number least;
     Number most;
     bool defaultInHelp = true;
+    bool required = false;
 };
 
 // A name without hyphens is a positional argument.

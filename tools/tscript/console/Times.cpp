@@ -15,19 +15,31 @@ namespace {
 constexpr struct {
     char letter;
     std::int64_t seconds;
-} kUnits[] = {{'m', 60}, {'h', 3600}, {'d', 86400}, {'w', 604800}};
+} kUnits[] = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86400}, {'w', 604800}};
 
 constexpr std::int64_t kMostUnits = 1'000'000;
 
-// Returns 0 if the text is not of the form "90m".
-std::int64_t parseRelative(const std::string& text) {
+// Seconds of a text like "90m"; 0 for any other text.
+std::int64_t parseUnits(const std::string& text) {
     std::int64_t count = 0;
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, count);
     if (error != std::errc() || rest + 1 != end || count < 1 || count > kMostUnits) return 0;
     for (const auto& unit : kUnits)
-        if (unit.letter == *rest) return std::time(nullptr) - count * unit.seconds;
+        if (unit.letter == *rest) return count * unit.seconds;
     return 0;
+}
+
+// Beginning of the local day; 0 for any other text.
+std::int64_t parseDay(const std::string& text) {
+    if (text != "today" && text != "yesterday") return 0;
+    const std::time_t now = std::time(nullptr);
+    std::tm day{};
+    localtime_r(&now, &day);
+    day.tm_hour = day.tm_min = day.tm_sec = 0;
+    day.tm_mday -= text == "yesterday" ? 1 : 0;
+    day.tm_isdst = -1;
+    return std::mktime(&day);
 }
 
 // Returns 0 if the text is no local time, or names a day that its month does not have.
@@ -62,11 +74,18 @@ std::string twoParts(std::int64_t seconds, std::int64_t unit, const char* unitNa
 }  // namespace
 
 std::int64_t parseMoment(const std::string& text) {
-    if (const std::int64_t moment = parseRelative(text)) return moment;
+    if (const std::int64_t ago = parseUnits(text)) return std::time(nullptr) - ago;
+    if (const std::int64_t day = parseDay(text)) return day;
     if (const std::int64_t moment = parseLocal(text)) return moment;
-    throw Failure(
-        ExitCode::kUsage, "'" + text.substr(0, 64) + "' is not a time",
-        "Write 90m, 24h, 7d or 2w for a time that long ago, or 2026-01-31 or \"2026-01-31 18:30\".");
+    throw Failure(ExitCode::kUsage, "'" + text.substr(0, 64) + "' is not a time",
+                  "Write 90m, 24h, 7d or 2w for a time that long ago, today, yesterday, 2026-01-31 or "
+                  "\"2026-01-31 18:30\".");
+}
+
+std::int64_t parseSpan(const std::string& text) {
+    if (const std::int64_t seconds = parseUnits(text)) return seconds;
+    throw Failure(ExitCode::kUsage, "'" + text.substr(0, 64) + "' is not a length of time",
+                  "Write 90s, 5m, 2h or 1d.");
 }
 
 std::string localTime(std::int64_t seconds, const char* format) {

@@ -7,7 +7,11 @@
 // Parses a time relative to now ("90m", "24h", "7d", "2w" ago) or a local time ("YYYY-MM-DD",
 // "YYYY-MM-DD hh:mm", "YYYY-MM-DD hh:mm:ss"; "T" may replace the blank) into seconds since 1970. Throws
 // Failure (kUsage).
+// Also "today" and "yesterday", the beginning of that local day.
 std::int64_t parseMoment(const std::string& text);
+
+// Parses "90s", "5m", "2h" or "1d" into seconds. Throws Failure (kUsage).
+std::int64_t parseSpan(const std::string& text);
 
 // Local time in a format of strftime(); empty for 0.
 std::string localTime(std::int64_t seconds, const char* format = "%Y-%m-%d %H:%M:%S");

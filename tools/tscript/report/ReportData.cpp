@@ -1,7 +1,7 @@
 #include "report/ReportData.h"
 
+#include "console/Csv.h"
 #include "console/JsonOutput.h"
-#include "console/TextWidth.h"
 #include "console/Times.h"
 
 namespace {
@@ -43,13 +43,6 @@ Json failureOf(const BadRun& bad, const RunOutput& output) {
                                              : Json("log")}};
 }
 
-// Control characters, line breaks included, become blanks.
-std::string field(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char c : withoutControls(text)) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + "\"";
-}
-
 }  // namespace
 
 std::string reportJson(Report& report) {
@@ -85,7 +78,7 @@ std::string reportCsv(const Report& report) {
     text += ",median_seconds,p95_seconds,longest_seconds,total_seconds\r\n";
     for (const auto& [name, figures] : report.totals.scripts()) {
         const Durations& durations = figures.durations;
-        text += field(name) + "," + std::to_string(figures.counts.all());
+        text += csvField(name) + "," + std::to_string(figures.counts.all());
         for (const RunState state : kStates) text += "," + std::to_string(figures.counts[state]);
         for (const std::int64_t seconds :
              {durations.quantile(kMedian), durations.quantile(kMost), durations.longest(), durations.total()})

@@ -1,0 +1,36 @@
+#include "console/Csv.h"
+
+#include "console/TextWidth.h"
+
+namespace {
+
+constexpr const char* kLineEnd = "\r\n";
+
+}  // namespace
+
+std::string csvField(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : withoutControls(text)) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return quoted + "\"";
+}
+
+std::string csvHeading(const Json& object) {
+    std::string line;
+    for (const auto& [name, value] : object.items()) line += (line.empty() ? "" : ",") + name;
+    return line + kLineEnd;
+}
+
+std::string csvLine(const Json& object) {
+    std::string line;
+    bool isFirst = true;
+    for (const auto& [name, value] : object.items()) {
+        if (!isFirst) line += ',';
+        isFirst = false;
+        if (value.is_string()) {
+            line += csvField(value.get_ref<const std::string&>());
+        } else if (!value.is_null()) {
+            line += value.dump();
+        }
+    }
+    return line + kLineEnd;
+}
