@@ -253,6 +253,16 @@ TEST_F(Report, FiguresOfFewRuns) {
     expectIn(page({"--json", "--name", "F *", "--stale", "1"}),
              {"\"runs\": 10,\n    \"ok\": 7,", "\"median\": 10,\n        \"most\": 20,",
               "\"name\": \"F 3600 s\",\n      \"status\": \"failed\"", "\"seconds\": null"});
+    enter(row("C", "DATEADD(hour, -6, @now)", "DATEADD(second, 10, DATEADD(hour, -6, @now))", 1) +
+          row("C", "DATEADD(hour, -2, @now)", "DATEADD(second, 20, DATEADD(hour, -2, @now))", 2) +
+          row("C", "DATEADD(minute, -20, @now)", "@now", 1));
+    const Words compared = {"--name", "C", "--since", "4h", "--until", "1h", "--compare"};
+    expectIn(page(compared), {"1 run, 100.0 % succeeded. This period: 1 run, 0.0 % succeeded.",
+                              "<bdi>C</bdi></th><td>1</td><td>1</td><td>0</td><td class=\"failed\">1</td>"
+                              "<td>10 s</td><td>20 s</td>"});
+    Words comparedData = compared;
+    comparedData.emplace_back("--json");
+    expectIn(page(comparedData), {"\"before\": {\n    \"since\"", "\"median\": 10", "\"median\": 20"});
     for (const auto& run : runs) {
         const std::size_t at = text.find("<bdi>" + std::string(run.name) + "</bdi></th>");
         expectIn(text.substr(at, text.find("</tr>", at) - at),
@@ -276,6 +286,8 @@ TEST_F(Report, TheOutputOfASuccessIsNotAFailures) {
 TEST_F(Report, IsWrittenWholeOrNotAtAll) {
     expectAll({
         {{"report", "--since", "someday"}, 2, "", "is not a time"},
+        {{"report", "--compare"}, 2, "", "needs the beginning"},
+        {{"report", "--since", "1h", "--until", "2h"}, 2, "", "ends before it begins"},
         {{"report", "--json", "--csv"}, 2, "", "excludes"},
         {{"report", "--db", "Nothing"}, 2, "", "Dorvas, NQ2"},
         {{"report", "--name", std::string(257, 'x')}, 2, "", "longer than 256"},

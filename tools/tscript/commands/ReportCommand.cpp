@@ -9,6 +9,7 @@
 #include "commands/Commands.h"
 #include "commands/RecordOptions.h"
 #include "console/Terminal.h"
+#include "console/Times.h"
 #include "installation/Installation.h"
 #include "journal/Records.h"
 #include "report/Html.h"
@@ -26,6 +27,8 @@ constexpr std::int64_t kShortestRange = std::int64_t{23} * 3600;
 struct ReportOptions {
     RecordOptions records;
     std::string output;
+    std::string until;
+    bool compare = false;
 };
 
 // Progress line on an ANSI terminal.
@@ -43,6 +46,11 @@ class ReadingProgress {
 
 void addRun(const RunView& view, Report& report) {
     const TScriptRun_t& run = view.run;
+    if (report.until != 0 && run.startTime >= report.until) return;
+    if (report.before.since != 0 && run.startTime < report.since) {
+        ++report.before.counts[view.state];
+        return report.before.totals.add(view);
+    }
     ++report.counts[view.state];
     report.totals.add(view);
     if (run.startTime != 0) report.timeline.add(run.startTime, view.state);
@@ -72,24 +80,37 @@ void addOutputs(Report& report) {
     report.outputs = findOutputs(records, sessionLogFile().parent_path(), report.database, runs);
 }
 
+// Sets the times of the report and returns the start of what is to be read.
+std::int64_t choosePeriods(const ReportOptions& options, std::int64_t since, Report& report) {
+    report.since = since;
+    report.now = std::time(nullptr);
+    if (!options.until.empty()) report.until = parseMoment(options.until);
+    const std::int64_t end = report.until != 0 ? report.until : report.now;
+    if (since >= end) throw Failure(ExitCode::kUsage, "the period ends before it begins");
+    report.timeline.extendTo(end);
+    report.timeline.extendTo(since != 0 ? since : end - kShortestRange);
+    if (!options.compare) return since;
+    if (since == 0)
+        throw Failure(ExitCode::kUsage, "--compare needs the beginning of the period",
+                      "Give it: --since 7d compares the last seven days with the seven before.");
+    return report.before.since = since - (end - since);
+}
+
 ExitCode writeReport(const ReportOptions& options) {
     const bool isPage = !options.records.json && !options.records.csv;
     if (isPage && options.output.empty() && isTerminal(STDOUT_FILENO))
         throw Failure(ExitCode::kUsage, "the page would be written to the terminal",
                       "Name a file: -o report.html");
-    const TScriptRunFilter_t filter = runFilter(options.records);
+    TScriptRunFilter_t filter = runFilter(options.records);
+    Report report;
+    filter.since = choosePeriods(options, filter.since, report);
     // Fail before reading the journal if the file cannot be written.
     static_cast<void>(ResultFile(options.output));
     TScriptRecords records;
     openRecords(records, options.records.database);
 
-    Report report;
     report.database = records.getDbName();
     report.pattern = options.records.name;
-    report.since = filter.since;
-    report.now = std::time(nullptr);
-    report.timeline.extendTo(report.now);
-    report.timeline.extendTo(report.since != 0 ? report.since : report.now - kShortestRange);
     readJournal(records, filter, options.records.staleHours, report);
     addOutputs(report);
     ResultFile(options.output)
@@ -114,5 +135,9 @@ void addReportCommand(CLI::App& app, Action& action) {
     addDatabaseOption(command, options->records.database);
     addPatternOption(command, options->records.name);
     addSinceOption(command, options->records.since);
+    addOption(command, "--until", options->until,
+              "Only runs that started before, a time like that of --since", {.type = "TIME"});
+    addFlag(command, "--compare", options->compare,
+            "Compare with the period of the same length before --since");
     addStaleOption(command, options->records.staleHours);
 }

@@ -25,6 +25,17 @@ Json durationsOf(const Durations& durations) {
             {"total", durations.total()}};
 }
 
+Json scriptsOf(const ScriptTotals& totals) {
+    Json scripts = Json::array();
+    for (const auto& [name, figures] : totals.scripts()) {
+        Json script = {{"name", name}};
+        addCounts(script, figures.counts);
+        script["seconds"] = durationsOf(figures.durations);
+        scripts.push_back(std::move(script));
+    }
+    return scripts;
+}
+
 Json failureOf(const BadRun& bad, const RunOutput& output) {
     const TScriptRun_t& run = bad.run;
     const bool ended = bad.state == RunState::kFailed;
@@ -49,6 +60,7 @@ std::string reportJson(Report& report) {
     Json json = {{"database", report.database},
                  {"name", report.pattern.empty() ? Json() : Json(report.pattern)},
                  {"since", report.since != 0 ? Json(utcTime(report.since)) : Json()},
+                 {"until", report.until != 0 ? Json(utcTime(report.until)) : Json()},
                  {"asOf", utcTime(report.now)}};
     addCounts(json["counts"], report.counts);
     json["timelineUnit"] = report.timeline.unit().name;
@@ -58,14 +70,13 @@ std::string reportJson(Report& report) {
         addCounts(bar, counts);
         json["timeline"].push_back(std::move(bar));
     }
-    json["scripts"] = Json::array();
-    for (const auto& [name, figures] : report.totals.scripts()) {
-        Json script = {{"name", name}};
-        addCounts(script, figures.counts);
-        script["seconds"] = durationsOf(figures.durations);
-        json["scripts"].push_back(std::move(script));
-    }
+    json["scripts"] = scriptsOf(report.totals);
     json["runsOfOtherScripts"] = report.totals.otherRuns();
+    if (report.before.since != 0) {
+        json["before"] = {{"since", utcTime(report.before.since)}};
+        addCounts(json["before"]["counts"], report.before.counts);
+        json["before"]["scripts"] = scriptsOf(report.before.totals);
+    }
     json["failures"] = Json::array();
     for (std::size_t i = 0; i < report.badRuns.size(); ++i)
         json["failures"].push_back(failureOf(report.badRuns[i], report.outputs[i]));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ctime>
 #include <iterator>
+#include <set>
 #include <utility>
 
 #include "ReportStyle.h"
@@ -73,6 +74,23 @@ constexpr char kDurationSection[] = R"(<section aria-labelledby="duration">
 </section>
 )";
 
+constexpr char kCompareSection[] = R"(<section aria-labelledby="compare">
+<h2 id="compare">Compared with the period before</h2>
+<p>The period before began {}: {}, {} succeeded. This period: {}, {} succeeded.</p>
+<div class="scroll numbers" tabindex="0" role="region" aria-label="Comparison by script">
+<table>
+<thead><tr><th scope="col">Script</th><th scope="col">Runs before</th><th scope="col">Runs</th><th scope="col">Failed before</th><th scope="col">Failed</th><th scope="col">Median before</th><th scope="col">Median</th><th scope="col">95 % before</th><th scope="col">95 %</th></tr></thead>
+<tbody>
+{}</tbody>
+</table>
+</div>
+</section>
+)";
+
+constexpr char kCompareRow[] =
+    R"(<tr><th scope="row"><bdi>{}</bdi></th><td>{}</td><td>{}</td><td>{}</td><td{}>{}</td><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>
+)";
+
 constexpr char kScriptRow[] =
     R"(<tr role="row"><th scope="row" role="rowheader"><bdi>{}</bdi></th><td role="cell" data-label="Runs">{}</td><td role="cell" data-label="Failed"{}>{}</td><td role="cell" data-label="Median">{}</td><td role="cell" data-label="95 %">{}</td><td role="cell" data-label="Longest">{}</td><td role="cell" class="drawn">{}</td></tr>
 )";
@@ -114,6 +132,7 @@ std::string headOf(const Report& report) {
     const std::string database = escaped(report.database);
     std::string range =
         report.since != 0 ? "From " + timeElement(report.since) : "All that the journal holds";
+    if (report.until != 0) range += " to " + timeElement(report.until);
     if (!report.pattern.empty()) range += ", names like <bdi><b>" + escaped(report.pattern) + "</b></bdi>";
     range += "; as of " + timeElement(report.now);
     return fillTemplate(kHead, {database, kReportStyle, database, range + "."});
@@ -198,6 +217,39 @@ std::string durationSection(const Report& report) {
     return fillTemplate(kDurationSection, {which, durationAxis(longest), rows});
 }
 
+// ---- Comparison ----------------------------------------------------------------------------------------
+
+std::string compareRow(const std::string& name, const ScriptFigures& before, const ScriptFigures& now) {
+    const auto quantile = [](const ScriptFigures& figures, double part) {
+        return figures.durations.empty() ? std::string("–") : spanText(figures.durations.quantile(part));
+    };
+    const auto failed = [](const ScriptFigures& figures) { return figures.counts[RunState::kFailed]; };
+    return fillTemplate(kCompareRow,
+                        {escaped(name), numberText(before.counts.all()), numberText(now.counts.all()),
+                         numberText(failed(before)), failed(now) > failed(before) ? " class=\"failed\"" : "",
+                         numberText(failed(now)), quantile(before, 0.5), quantile(now, 0.5),
+                         quantile(before, 0.95), quantile(now, 0.95)});
+}
+
+// The scripts that took most time in either period.
+std::string compareSection(const Report& report) {
+    if (report.before.since == 0) return {};
+    std::set<std::string> names;
+    for (const ScriptTotals* totals : {&report.totals, &report.before.totals})
+        for (const Script* script : longestScripts(*totals)) names.insert(script->first);
+    const auto figuresIn = [](const ScriptTotals& totals, const std::string& name) {
+        const auto found = totals.scripts().find(name);
+        return found != totals.scripts().end() ? found->second : ScriptFigures();
+    };
+    std::string rows;
+    for (const std::string& name : names)
+        rows += compareRow(name, figuresIn(report.before.totals, name), figuresIn(report.totals, name));
+    return fillTemplate(
+        kCompareSection,
+        {timeElement(report.before.since), countText(report.before.counts.all(), "run"),
+         shareOk(report.before.counts), countText(report.counts.all(), "run"), shareOk(report.counts), rows});
+}
+
 std::string outputOf(const BadRun& bad, const RunOutput& output) {
     if (output.text.empty()) return output.isRecorded ? kNoOutput : kUnknownOutput;
     const std::string run = std::to_string(bad.run.id);
@@ -257,7 +309,7 @@ std::string failuresSection(const Report& report) {
 }
 
 std::string emptySection(const Report& report) {
-    const bool narrowed = report.since != 0 || !report.pattern.empty();
+    const bool narrowed = report.since != 0 || report.until != 0 || !report.pattern.empty();
     return fillTemplate(kEmpty,
                         {narrowed ? "The journal holds no such run. Give an earlier time or another name."
                                   : "The journal is empty: no script has been run yet."});
@@ -278,7 +330,8 @@ std::string reportPage(Report& report) {
     if (report.counts.all() == 0) {
         page += emptySection(report);
     } else {
-        page += figuresOf(report) + timeSection(report) + durationSection(report) + failuresSection(report);
+        page += figuresOf(report) + timeSection(report) + durationSection(report) + compareSection(report) +
+                failuresSection(report);
     }
     return page + footOf(report);
 }

@@ -15,14 +15,23 @@ struct BadRun {
     std::int64_t seconds;
 };
 
+// The period of the same length before that of the report.
+struct PeriodBefore {
+    std::int64_t since = 0;  // 0: no comparison
+    StateCounts counts;
+    ScriptTotals totals;
+};
+
 struct Report {
     std::string database;
     std::string pattern;     // of script names; empty: all
     std::int64_t since = 0;  // 0: all times
     std::int64_t now = 0;
+    std::int64_t until = 0;  // end of the period; 0: now
     StateCounts counts;
     Timeline timeline;
     ScriptTotals totals;
+    PeriodBefore before;
     std::vector<BadRun> badRuns;     // the newest ones, newest first
     std::vector<RunOutput> outputs;  // of badRuns, in the same order
 };
