@@ -168,7 +168,7 @@ TEST_F(Report, IsReadableInBothColourSchemesAndWidths) {
           // Older than no hours at all, which within its first second it is not.
           "UPDATE ZpTscriptExec SET timeStart = DATEADD(second, -2, timeStart) WHERE name = 'Slow'");
     const fs::path file = m_temp / "report.html";
-    ASSERT_EQ(page({"--stale", "0", "-o", file}), "");
+    ASSERT_EQ(page({"--stale", "0", "--since", "1d", "--compare", "-o", file}), "");
     const std::string text = support::readFile(file);
     expectIn(text, {"&lt;b&gt;bold&lt;/b&gt; &quot;quoted&quot; it&#39;s 100% [x]*", "&lt;img src=x&gt;",
                     "aria-label=\"Output of run 2\">&lt;script&gt;alert(1)&lt;/script&gt; &amp; one\nline 0-",
