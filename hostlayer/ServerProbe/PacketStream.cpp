@@ -54,8 +54,13 @@ PacketStream::PacketStream(const std::string& host, const std::string& port, Clo
         throw ProbeFailure("the name " + host + " cannot be resolved: " + ::gai_strerror(error));
     const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> addresses(found, ::freeaddrinfo);
     std::string problems;
-    for (const addrinfo* address = found; address != nullptr; address = address->ai_next) {
+    auto left = std::ptrdiff_t{0};
+    for (const addrinfo* address = found; address != nullptr; address = address->ai_next) ++left;
+    for (const addrinfo* address = found; address != nullptr; address = address->ai_next, --left) {
+        const auto now = Clock::now();
+        m_deadline = now + (deadline - now) / left;  // a silent address leaves time for the others
         const std::string problem = connectTo({*address});
+        m_deadline = deadline;
         if (problem.empty()) return;
         problems += (problems.empty() ? "" : "; ") + numericName(*address) + ": " + problem;
     }

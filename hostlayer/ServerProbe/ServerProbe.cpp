@@ -1,5 +1,7 @@
 #include "ServerProbe.h"
 
+#include <algorithm>
+
 #include "PacketStream.h"
 #include "TlsHandshake.h"
 
@@ -79,7 +81,8 @@ ServerReport probeServer(const ProbeTarget& target) {
     return report;
 }
 
-std::string reasonOfFailedLogin(const ProbeTarget& target) {
+std::string reasonOfFailedLogin(ProbeTarget target, std::chrono::seconds loginLimit) {
+    if (loginLimit.count() > 0) target.limit = std::min<std::chrono::milliseconds>(target.limit, loginLimit);
     const ServerReport report = probeServer(target);
     const bool isTooNew = report.protocol > kNewestOfFreeTds;
     return report.problem.empty() && isTooNew

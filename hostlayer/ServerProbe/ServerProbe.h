@@ -23,7 +23,7 @@ struct ProbeTarget {
     std::string port{};
     Demand demand = Demand::kNone;
     std::string caFile{};  // empty: the host's trusted authorities
-    std::chrono::milliseconds limit{5000};
+    std::chrono::milliseconds limit{3000};
 };
 
 struct ServerReport {
@@ -43,7 +43,8 @@ struct ServerReport {
 ServerReport probeServer(const ProbeTarget& target);
 
 // Returns the reason, as a clause, for which FreeTDS could not log in to the target: the report's problem, or
-// TLS 1.3, which FreeTDS 1.3 does not complete. Empty: not known.
-std::string reasonOfFailedLogin(const ProbeTarget& target);
+// TLS 1.3, which FreeTDS 1.3 does not complete. Empty: not known. Takes no longer than the login was allowed
+// to (0: no limit).
+std::string reasonOfFailedLogin(ProbeTarget target, std::chrono::seconds loginLimit);
 
 }  // namespace hostlayer

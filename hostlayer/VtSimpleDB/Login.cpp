@@ -101,7 +101,7 @@ void Login::reportReason() const {
     if (!problem.empty()) return reportError(VtCause::kConnection, "Connect: " + problem);
     if (m_connection.hasServerMessage()) return;
     const auto target = probeTargetOf(m_connectionString);
-    const std::string reason = target ? reasonOfFailedLogin(*target) : "";
+    const std::string reason = target ? reasonOfFailedLogin(*target, m_limits.time) : "";
     if (reason.empty()) return;
     EvDebug().DebugLevel(kErrorLevel, "Connect: %s", reason.c_str());
     VtNoteCause({.place = VtCause::kConnection, .sqlState = "08001", .server = target->host, .text = reason});

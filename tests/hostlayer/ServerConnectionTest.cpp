@@ -165,6 +165,19 @@ TEST_F(ServerConnection, ALostServerIsAFailureAndAReopenedOneWorks) {
     EXPECT_EQ(rows("SELECT 1"), (Rows{{"1"}}));
 }
 
+// Through the host layer, as the library starts it; `error` gets the end of its standard error.
+bool sqlcmdConnects(const std::string& server, const std::string& password, std::string& error) {
+    VtProcess tool;
+    const std::string line = "sqlcmd -S " + server + " -U sa -P \"" + password + "\" -l 1 -b -Q \"SELECT 1\"";
+    char text[512] = "";
+    int exitCode = -1;
+    tool.SetSilence(true);
+    EXPECT_TRUE(tool.Start("sqlcmd", line.c_str(), text, sizeof text, 0)) << text;
+    EXPECT_TRUE(tool.Wait(&exitCode, text, sizeof text, VtProcess::kNoTimeout)) << text;
+    error = text;
+    return exitCode == 0;
+}
+
 // The direct connection and the query tool, with the same settings. The proxy keeps what they send.
 TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
     const support::Certificates certificates;
@@ -173,15 +186,15 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
         std::string encrypt, caFile, certificate, host;
         std::string reason;  // why the connection is not opened
         std::string newestTls = "1.2";
-        std::size_t cutAfter = support::Proxy::kNever;  // bytes from the server
+        support::NetworkFault fault = {};
     };
-    constexpr std::size_t kInTheHandshake = 100;
+    const support::NetworkFault inTheHandshake{.kind = support::NetworkFault::kClose, .after = 100};
     const std::string cut = "the server ends the connection instead of sending its part of the TLS handshake";
     const std::string unknown = "the server's certificate is from an unknown authority (/CN=";
     const std::string plain = "the server does not support encryption";
     const Case cases[] = {
-        {"verify", ca, "good", "localhost", cut, "1.2", kInTheHandshake},
-        {"require", "", "good", "localhost", cut, "1.2", kInTheHandshake},
+        {"verify", ca, "good", "localhost", cut, "1.2", inTheHandshake},
+        {"require", "", "good", "localhost", cut, "1.2", inTheHandshake},
         {"verify", ca, "good", "localhost", ""},
         {"verify", ca, "good", "localhost", "", "1.1"},  // FreeTDS does not refuse it
         {"verify", ca, "good", "localhost", "the server chooses TLS 1.3, which FreeTDS", "1.3"},
@@ -209,23 +222,16 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
                                    : certificates.options(c.certificate, {"--tls-max", c.newestTls});
         const support::TsqlBox& box = boxes.try_emplace(c.certificate + c.newestTls, arguments).first->second;
         const std::size_t logged = defaultDebugLog().size();
-        const support::Proxy proxy(box.port(), c.cutAfter);
+        const support::Proxy proxy(box.port(), c.fault);
         const std::string server = c.host + "," + std::to_string(proxy.port());
         VTSimpleDBConnObject connection;
         const std::string text = connection.getConnectionString(server.c_str(), "master", box.login().c_str(),
                                                                 box.password().c_str(), false, false);
         EXPECT_EQ(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false) == 0, isOpened);
         EXPECT_NE(defaultDebugLog().find(c.reason, logged), std::string::npos);
-        VtProcess tool;
-        const std::string line =
-            "sqlcmd -S " + server + " -U sa -P \"" + box.password() + "\" -b -Q \"SELECT 1\"";
-        char error[512] = "";
-        int exitCode = -1;
-        tool.SetSilence(true);
-        ASSERT_TRUE(tool.Start("sqlcmd", line.c_str(), error, sizeof error, 0)) << error;
-        ASSERT_TRUE(tool.Wait(&exitCode, error, sizeof error, VtProcess::kNoTimeout)) << error;
-        EXPECT_EQ(exitCode == 0, isOpened) << error;
-        EXPECT_NE(std::string(error).find(c.reason), std::string::npos) << error;
+        std::string error;
+        EXPECT_EQ(sqlcmdConnects(server, box.password(), error), isOpened) << error;
+        EXPECT_NE(error.find(c.reason), std::string::npos) << error;
         // A server that is not verified receives no login, not even an encrypted one.
         const std::string wire = proxy.wire();
         const auto isOnTheWire = [&](std::string_view bytes) { return wire.find(bytes) != wire.npos; };
@@ -236,6 +242,43 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
         if (c.newestTls != "1.1") {
             EXPECT_EQ(isOnTheWire(kTlsData) || isOnTheWire(kLongerData), expectsData);
         }
+    }
+}
+
+// The same two, with the reason of each failure before the login, or without one.
+TEST(MisbehavingNetwork, IsSurvivedOrNamed) {
+    using enum support::NetworkFault::Kind;
+    const support::TsqlBox box;
+    struct Case {
+        support::NetworkFault fault;
+        std::string reason;
+    };
+    constexpr std::size_t kAfterPrelogin = 20;
+    const Case cases[] = {
+        {{.mostBytes = 1}, ""},
+        {{.delay = std::chrono::milliseconds(20)}, ""},
+        {{.kind = kClose},
+         "the server ends the connection instead of sending its answer to the first message"},
+        {{.kind = kReset}, "Connection reset by peer"},
+        {{.kind = kSilence}, "the server does not send its answer to the first message in time"},
+        {{.kind = kClose, .after = kAfterPrelogin}, "Adaptive Server connection failed"}};
+    defaultDebugLog();
+    const TestStore store("[host]\nloginTimeout = 1\n[host.programs]\nsqlcmd = '" SQLCMD_PROGRAM "'\n");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.reason);
+        const support::Proxy proxy(box.port(), c.fault);
+        const std::string server = "127.0.0.1," + std::to_string(proxy.port());
+        const std::size_t logged = defaultDebugLog().size();
+        VTSimpleDBConnObject connection;
+        const std::string text = connection.getConnectionString(server.c_str(), "master", box.login().c_str(),
+                                                                box.password().c_str(), false, false);
+        EXPECT_EQ(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false) == 0,
+                  c.reason.empty());
+        EXPECT_NE(defaultDebugLog().find(c.reason, logged), std::string::npos)
+            << defaultDebugLog().substr(logged);
+        std::string error;
+        EXPECT_EQ(sqlcmdConnects(server, box.password(), error), c.reason.empty()) << error;
+        EXPECT_NE(error.find(c.reason), std::string::npos) << error;
     }
 }
 

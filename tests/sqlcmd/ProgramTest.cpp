@@ -126,7 +126,8 @@ TEST(Program, StopsLoggingInAtItsTimeout) {
     const auto result = sqlcmd(
         {"-S", server.name(), "-U", "sa", "-P", "x", "-l", "1", "-Q", "select 1", "-o", folder / "out"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.errors.starts_with("Sqlcmd: Error: FreeTDS : ")) << result.errors;
+    EXPECT_TRUE(result.errors.starts_with("Sqlcmd: Error: Sqlcmd : the server does not send"))
+        << result.errors;
     EXPECT_EQ(support::readFile(folder / "out"), result.errors);
 }
 

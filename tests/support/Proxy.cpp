@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -32,10 +33,15 @@ bool isReadable(int fd) {
     return poll(&readable, 1, kPollMilliseconds) == 1;
 }
 
+void resetAtClose(const Descriptor& connection) {
+    constexpr linger kAtOnce{1, 0};
+    setsockopt(connection.get(), SOL_SOCKET, SO_LINGER, &kAtOnce, sizeof kAtOnce);
+}
+
 }  // namespace
 
-Proxy::Proxy(int serverPort, std::size_t cutAfter)
-    : m_serverPort(serverPort), m_cutAfter(cutAfter), m_listening(tcpSocket()) {
+Proxy::Proxy(int serverPort, NetworkFault fault)
+    : m_serverPort(serverPort), m_listening(tcpSocket()), m_fault(fault) {
     sockaddr_in address = loopback(0);
     socklen_t size = sizeof address;
     auto* const generic = reinterpret_cast<sockaddr*>(&address);
@@ -57,6 +63,16 @@ std::string Proxy::wire() const {
     return m_wire;
 }
 
+NetworkFault Proxy::fault() const {
+    const std::lock_guard lock(m_mutex);
+    return m_fault;
+}
+
+void Proxy::setFault(NetworkFault fault) {
+    const std::lock_guard lock(m_mutex);
+    m_fault = fault;
+}
+
 void Proxy::acceptClients() {
     while (!m_stops)
         if (isReadable(m_listening.get()))
@@ -71,17 +87,23 @@ void Proxy::forward(const Descriptor& client) {
     const sockaddr_in address = loopback(m_serverPort);
     if (connect(server.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return;
     std::size_t sentByServer = 0;
-    while (!m_stops && sentByServer < m_cutAfter) {
+    const int resets = m_resets;
+    while (!m_stops) {
+        const NetworkFault now = fault();
+        const bool isDue = now.kind != NetworkFault::kNone && sentByServer >= now.after;
+        if (m_resets != resets || (isDue && now.kind == NetworkFault::kReset)) return resetAtClose(client);
+        if (isDue && now.kind == NetworkFault::kClose) return;
         pollfd ends[] = {{client.get(), POLLIN, 0}, {server.get(), POLLIN, 0}};
-        poll(ends, std::size(ends), kPollMilliseconds);
+        poll(ends, isDue ? 0 : std::size(ends), kPollMilliseconds);
         for (const auto& [from, to, isServer] :
              {std::tuple(&ends[0], &ends[1], false), {&ends[1], &ends[0], true}}) {
             if (from->revents == 0) continue;
-            char block[16384];
-            const ssize_t got = recv(from->fd, block, sizeof block, 0);
+            char block[std::size_t{16} << 10];
+            const ssize_t got = recv(from->fd, block, std::min(sizeof block, now.mostBytes), 0);
             if (got <= 0) return;
             const auto bytes = static_cast<std::size_t>(got);
             if (isServer) sentByServer += bytes;
+            std::this_thread::sleep_for(now.delay);
             const std::lock_guard lock(m_mutex);
             m_wire.append(block, bytes);
             if (send(to->fd, block, bytes, MSG_NOSIGNAL) != got) return;

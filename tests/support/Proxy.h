@@ -1,9 +1,10 @@
-// TCP proxy on loopback that keeps what it forwards, so that a test can read the wire.
+// TCP proxy on loopback that keeps what it forwards, so that a test can read the wire, and that misbehaves as
+// networks do.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
-#include <limits>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -13,29 +14,40 @@
 
 namespace support {
 
+// What a proxy does to its connections.
+struct NetworkFault {
+    enum Kind { kNone, kClose, kReset, kSilence };
+    Kind kind = kNone;
+    std::size_t after = 0;                          // bytes that the server has sent on a connection before
+    std::chrono::milliseconds delay{0};             // of everything that is forwarded
+    std::size_t mostBytes = std::size_t{16} << 10;  // that are forwarded at a time
+};
+
 class Proxy {
   public:
-    static constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
-
-    // Forwards each connection to a port of 127.0.0.1. Closes it once the server has sent `cutAfter` bytes.
-    explicit Proxy(int serverPort, std::size_t cutAfter = kNever);
+    // Forwards each connection to a port of 127.0.0.1.
+    explicit Proxy(int serverPort, NetworkFault fault = {});
     ~Proxy();
     Proxy(const Proxy&) = delete;
     Proxy& operator=(const Proxy&) = delete;
 
     int port() const { return m_port; }
-    std::string wire() const;  // bytes of both directions and all connections so far
+    void setFault(NetworkFault fault);       // of open and of new connections
+    void resetConnections() { ++m_resets; }  // those that are open
+    std::string wire() const;                // bytes of both directions and all connections so far
 
   private:
     void acceptClients();
     void forward(const Descriptor& client);
+    NetworkFault fault() const;
 
     int m_serverPort;
-    std::size_t m_cutAfter;
     int m_port = 0;
     Descriptor m_listening;
     std::atomic<bool> m_stops = false;
+    std::atomic<int> m_resets = 0;
     mutable std::mutex m_mutex;
+    NetworkFault m_fault;
     std::string m_wire;
     std::vector<std::thread> m_connections;
     std::thread m_acceptor;

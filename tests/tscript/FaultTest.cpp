@@ -150,23 +150,23 @@ TEST_F(Faults, RefusedServersAreNamed) {
     const std::string intact = support::readFile(store());
     const fs::path noOldTls = m_temp / "gnutls.conf";
     support::writeFile(noOldTls, "[overrides]\ndisabled-version = tls1.1\n");
-    constexpr std::size_t kInTheHandshake = 100;
+    const support::NetworkFault inTheHandshake{.kind = support::NetworkFault::kClose, .after = 100};
     const struct {
         std::string certificate, reason;
         std::string newestTls = "1.2";
-        std::size_t cutAfter = support::Proxy::kNever;
+        support::NetworkFault fault = {};
     } cases[] = {{"unknown", "certificate is from an unknown authority (/CN=unknown)"},
                  {"other-host", "certificate is for db.example.org, not for localhost"},
                  {"expired", "certificate has expired on 2021-01-01"},
                  {"early", "certificate is not valid before 2047-01-01"},
                  {"", "the server does not support encryption"},
                  {"good", "the server does not support TLS 1.2 or later", "1.1"},
-                 {"good", "instead of sending its part of the TLS handshake", "1.2", kInTheHandshake}};
+                 {"good", "instead of sending its part of the TLS handshake", "1.2", inTheHandshake}};
     for (const auto& c : cases) {
         const support::TsqlBox box(c.certificate.empty()
                                        ? Words()
                                        : certificates.options(c.certificate, {"--tls-max", c.newestTls}));
-        const support::Proxy proxy(box.port(), c.cutAfter);
+        const support::Proxy proxy(box.port(), c.fault);
         replaceInFile(store(), (folder / "tls-cert.pem").string(), certificates.file("ca.pem"));
         expectAll({{{"config", "set", "Database.sINSTANCE", "localhost," + std::to_string(proxy.port())},
                     0,
@@ -218,6 +218,49 @@ TEST_F(Faults, AKilledServerIsNamed) {
     EXPECT_EQ(exitCode, 4) << text;
     for (const char* part : {"the connection to the server failed during the run", "the run stays open"})
         EXPECT_NE(text.find(part), std::string::npos) << text;
+}
+
+// A connection that is lost during a run is the cause of its failure. The journal's row is closed over a new
+// connection; if there is none, the row stays open, and the report says so.
+TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
+    using support::NetworkFault;
+    const std::string start = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
+    pack("Rows",
+         start + "DECLARE @i int = 0 WHILE @i < 3000 BEGIN SELECT REPLICATE('r', 200) SET @i = @i + 1 END\n");
+    pack("Wait", start + "WAITFOR DELAY '00:01:00'\n");
+    const std::string server = support::readFile(store());
+    const std::size_t comma = server.find("127.0.0.1,");
+    support::Proxy proxy(std::stoi(server.substr(comma + 10)));
+    expectAll(
+        {{{"config", "set", "Database.sINSTANCE", "127.0.0.1," + std::to_string(proxy.port())}, 0, "", ""}});
+    const struct {
+        std::string script;
+        std::function<void()> breakNetwork;
+        std::string row, report;
+    } cases[] = {
+        {"Rows", [] {}, "2||", "the connection to the server failed during the run"},
+        {"Wait", [&] { proxy.resetConnections(); }, "2||",
+         "the connection to the server failed during the run"},
+        {"Wait", [&] { proxy.setFault({.kind = NetworkFault::kReset}); }, "0||", "the run stays open"}};
+    for (const auto& c : cases) {
+        constexpr std::size_t kInTheRows = std::size_t{200} << 10;
+        proxy.setFault({.kind = NetworkFault::kReset, .after = kInTheRows});
+        const std::string before = journal(c.script);
+        const support::Descriptor output = support::memoryFile();
+        support::ProgramOptions options;
+        options.environment = {storeVariable()};
+        const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", c.script}, options,
+                                         {output.get(), output.get(), output.get()});
+        while (journal(c.script).size() == before.size()) std::this_thread::yield();
+        c.breakNetwork();
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+        proxy.setFault({});
+        const std::string text = support::contentOf(output);
+        EXPECT_EQ(exitCode, 4) << text;
+        EXPECT_NE(text.find(c.report), std::string::npos) << text;
+        EXPECT_NE(journal(c.script).find(c.row), std::string::npos) << text;
+    }
 }
 
 // A signal to the tool alone, as a service manager sends it, is passed on.

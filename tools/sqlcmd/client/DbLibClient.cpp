@@ -87,6 +87,8 @@ class DbLibBatch : public RunningBatch {
     DbLibBatch(DBPROCESS* process, const std::string& batch, MessageHandler handler)
         : m_process(process), m_handler([this, handler = std::move(handler)](const Diagnostic& message) {
               m_hasError = m_hasError || message.isError();
+              m_isEndedByServer =
+                  m_isEndedByServer || (message.fromServer && message.severity >= kFatalSeverity);
               handler(message);
           }) {
         const ReceiverScope scope(m_handler);
@@ -108,6 +110,7 @@ class DbLibBatch : public RunningBatch {
             m_running = DBDEAD(m_process) == 0 && !isInterrupted();
         if (isInterrupted() && DBDEAD(m_process) == 0) dbcancel(m_process);
         m_running = m_running && code == SUCCEED && !isInterrupted();
+        if (!m_running && !isInterrupted()) reportLoss();
         m_columns.clear();
         const int count = m_running ? dbnumcols(m_process) : 0;
         for (int number = 1; number <= count; ++number)
@@ -132,13 +135,24 @@ class DbLibBatch : public RunningBatch {
     }
 
   private:
+    // DB-Library ends a batch whose connection was reset between two results like one that has succeeded.
+    void reportLoss() {
+        if (DBDEAD(m_process) == 0 || m_isEndedByServer) return;
+        Diagnostic loss;
+        loss.driver = kFreeTdsName;
+        loss.severity = kFatalSeverity;
+        loss.text = "The connection to the server is lost";
+        m_handler(loss);
+    }
+
     DBPROCESS* m_process;
     MessageHandler m_handler;
     std::vector<ColumnInfo> m_columns;
     STATUS m_rowCode = NO_MORE_ROWS;
     bool m_started = false;
     bool m_running = false;
-    bool m_hasError = false;  // since the last call of nextRow()
+    bool m_isEndedByServer = false;  // by an error that the server has sent
+    bool m_hasError = false;         // since the last call of nextRow()
 };
 
 // Owner of DB-Library's login record, which holds the password.

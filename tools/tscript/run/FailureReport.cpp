@@ -34,6 +34,14 @@ const DVUCause_t* mainCause(const Causes& causes) {
     return message != nullptr || causes.empty() ? message : &causes.front();
 }
 
+// Also of the query tool's connection: of this tree's tool and of Microsoft's driver.
+bool isLostConnection(const DVUCause_t& cause) {
+    const auto says = [&](const char* ending) { return cause.text.find(ending) != std::string::npos; };
+    return cause.where == kDVUConnection ||
+           (cause.where == kDVUQueryTool &&
+            (says("connection to the server is lost") || says("Communication link failure")));
+}
+
 bool isMissingObject(const DVUCause_t& cause) {
     return cause.where == kDVUStatement && std::find(std::begin(kMissingObjects), std::end(kMissingObjects),
                                                      cause.serverError) != std::end(kMissingObjects);
@@ -198,8 +206,7 @@ Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
         return {ExitCode::kInstallation,
                 "the query tool " + notStarted->subject + " cannot run: " + notStarted->text,
                 "Set the path of sqlcmd under [host.programs] in the store.", /*scriptRan=*/false};
-    const DVUCause_t* lost =
-        findCause(result.causes, [](const DVUCause_t& cause) { return cause.where == kDVUConnection; });
+    const DVUCause_t* lost = findCause(result.causes, isLostConnection);
     if (lost != nullptr && diagnosis.code == ExitCode::kScriptFailed && lost->serverError != kLoginFailed)
         return {ExitCode::kConnection, "the connection to the server failed during the run",
                 "See whether the server runs. tscript journal shows whether the end of the run is recorded.",
