@@ -110,9 +110,13 @@ bool isRefusal(std::string_view message) {
 }
 
 Diagnosis serverUnreachable(const SuiteDatabase& database, const std::string& message) {
-    return notRun(ExitCode::kConnection,
-                  std::string("the server of ") + database.name + " cannot be reached:\n" + message,
-                  std::string("Is it running, and does ") + database.instance + " in the store name it?");
+    const bool isTls =
+        contains(message, "certificate") || contains(message, "encryption") || contains(message, "TLS");
+    return notRun(
+        ExitCode::kConnection,
+        std::string("the server of ") + database.name + " cannot be reached:\n" + message,
+        isTls ? "docs/sql-server.md, Reasons, says what to do."
+              : std::string("Is it running, and does ") + database.instance + " in the store name it?");
 }
 
 Diagnosis serverRefused(const SuiteDatabase& database, const std::string& message) {

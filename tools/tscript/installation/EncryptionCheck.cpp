@@ -50,7 +50,7 @@ std::string describe(const ServerReport& report, Demand demand) {
 void addFinding(CheckList& list, const std::string& name, const ServerReport& report, Demand demand) {
     if (!report.problem.empty())
         return list.addWarning(name, "not known: " + report.problem,
-                               "The reasons are in docs/sql-server.md, with what to do.");
+                               "docs/sql-server.md, Reasons, says what to do.");
     if (report.encrypted == ServerReport::Encrypted::kNothing) {
         if (report.isLoopback) return list.addGood(name, "none; the server is on this host");
         return list.addFailure(name, ExitCode::kInstallation,
