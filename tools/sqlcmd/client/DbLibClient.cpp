@@ -112,9 +112,12 @@ class DbLibBatch : public RunningBatch {
         m_running = m_running && code == SUCCEED && !isInterrupted();
         if (!m_running && !isInterrupted()) reportLoss();
         m_columns.clear();
+        m_types.clear();
         const int count = m_running ? dbnumcols(m_process) : 0;
-        for (int number = 1; number <= count; ++number)
+        for (int number = 1; number <= count; ++number) {
             m_columns.push_back(describeColumn(m_process, number));
+            m_types.push_back(dbcoltype(m_process, number));
+        }
         return m_running;
     }
 
@@ -131,7 +134,7 @@ class DbLibBatch : public RunningBatch {
     long long rowCount() const override { return dbiscount(m_process) != 0 ? dbcount(m_process) : -1; }
 
     bool appendValue(std::size_t column, std::size_t enough, std::string& text) override {
-        return appendColumnValue(m_process, static_cast<int>(column) + 1, enough, text);
+        return appendColumnValue(m_process, static_cast<int>(column) + 1, m_types[column], enough, text);
     }
 
   private:
@@ -148,6 +151,7 @@ class DbLibBatch : public RunningBatch {
     DBPROCESS* m_process;
     MessageHandler m_handler;
     std::vector<ColumnInfo> m_columns;
+    std::vector<int> m_types;  // DB-Library's, of the columns
     STATUS m_rowCode = NO_MORE_ROWS;
     bool m_started = false;
     bool m_running = false;

@@ -86,9 +86,34 @@ void appendNumber(std::string& text, T number) {
 // Appends the last `count` digits of a number, with leading zeros.
 void appendDigits(std::string& text, std::uint64_t number, int count) {
     std::array<char, 20> digits;
-    for (int i = count; i-- > 0; number /= 10)
-        digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + number % 10);
+    int i = count;
+    for (; i > 9; number /= 10) digits[static_cast<std::size_t>(--i)] = static_cast<char>('0' + number % 10);
+    auto rest = static_cast<std::uint32_t>(number % 1'000'000'000);  // divided faster than 64 bits
+    for (; i > 0; rest /= 10) digits[static_cast<std::size_t>(--i)] = static_cast<char>('0' + rest % 10);
     text.append(digits.data(), static_cast<std::size_t>(count));
+}
+
+// Appends a decimal or numeric value: a sign and a big-endian integer, of which `scale` digits are decimal
+// places.
+void appendDecimal(std::string& text, const DBNUMERIC& value) {
+    __extension__ using Integer = unsigned __int128;
+    constexpr std::uint64_t kHalf = 10'000'000'000'000'000'000U;  // the largest power of ten in 64 bits
+    constexpr int kHalfDigits = 19;
+    const int size = value.precision * 415'242 / 1'000'000 + 1;  // a digit has 0.415242 bytes
+    Integer number = 0;
+    for (int i = 1; i <= size; ++i) number = number << 8 | value.array[i];
+    std::string digits;
+    if (number >= kHalf) {
+        appendNumber(digits, static_cast<std::uint64_t>(number / kHalf));
+        appendDigits(digits, static_cast<std::uint64_t>(number % kHalf), kHalfDigits);
+    } else {
+        appendNumber(digits, static_cast<std::uint64_t>(number));
+    }
+    const auto scale = static_cast<std::size_t>(value.scale);
+    if (digits.size() <= scale) digits.insert(0, scale + 1 - digits.size(), '0');
+    if (value.array[0] != 0) text += '-';
+    text.append(digits, 0, digits.size() - scale);
+    if (scale > 0) text.append(1, '.').append(digits, digits.size() - scale);
 }
 
 // Appends an amount that is stored in ten-thousandths.
@@ -189,7 +214,7 @@ void appendGuid(std::string& text, Bytes value) {
             appendHex(text, value.substr(static_cast<std::size_t>(index), 1));
 }
 
-// Converts with DB-Library: decimals, floats and types that this file does not know.
+// Converts with DB-Library: floats and types that this file does not know.
 void appendConverted(std::string& text, DBPROCESS* process, int type, Bytes value) {
     char buffer[256] = {};
     constexpr DBINT kNulTerminated = -1;
@@ -222,12 +247,12 @@ ColumnInfo describeColumn(DBPROCESS* process, int number) {
     return column;
 }
 
-bool appendColumnValue(DBPROCESS* process, int number, std::size_t enough, std::string& text) {
+bool appendColumnValue(DBPROCESS* process, int number, int type, std::size_t enough, std::string& text) {
     const auto* data = reinterpret_cast<const char*>(dbdata(process, number));
     if (data == nullptr) return false;
     const Bytes value(data, static_cast<std::size_t>(std::max(dbdatlen(process, number), 0)));
     const Bytes beginning = enough == RunningBatch::kWholeValue ? value : value.substr(0, enough);
-    switch (const int type = dbcoltype(process, number)) {
+    switch (type) {
         case SYBCHAR:
         case SYBVARCHAR:
         case SYBTEXT:
@@ -266,6 +291,10 @@ bool appendColumnValue(DBPROCESS* process, int number, std::size_t enough, std::
             appendNewDateTime(text, type, read<DBDATETIMEALL>(value), info != nullptr ? info->scale : 7);
             break;
         }
+        case SYBDECIMAL:
+        case SYBNUMERIC:
+            appendDecimal(text, read<DBNUMERIC>(value));
+            break;
         case SYBDATETIME:
             appendDateTime(text, value);
             break;

@@ -18,9 +18,9 @@ namespace sqlcmd {
 // Metadata of a column of the current result; columns are counted from 1.
 ColumnInfo describeColumn(DBPROCESS* process, int number);
 
-// Appends the string that FreeTDS's ODBC driver returns for the column's value in the current row, but no
-// more than `enough` bytes of a string or binary value (RunningBatch::kWholeValue: all). Returns false for
-// NULL.
-bool appendColumnValue(DBPROCESS* process, int number, std::size_t enough, std::string& text);
+// Appends the string that FreeTDS's ODBC driver returns for the column's value in the current row, of the
+// type that dbcoltype() returns, but no more than `enough` bytes of a string or binary value
+// (RunningBatch::kWholeValue: all). Returns false for NULL.
+bool appendColumnValue(DBPROCESS* process, int number, int type, std::size_t enough, std::string& text);
 
 }  // namespace sqlcmd

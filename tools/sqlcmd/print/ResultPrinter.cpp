@@ -81,7 +81,8 @@ void ResultPrinter::readValue(std::size_t column, std::string& text) {
         text = kNull;
         return;
     }
-    replaceControlCharacters(text, m_layout.controlCharacters);
+    if (m_layout.controlCharacters != ControlCharacters::Keep)
+        replaceControlCharacters(text, m_layout.controlCharacters);
     shapeValue(text, format);
 }
 

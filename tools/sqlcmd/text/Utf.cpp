@@ -1,6 +1,9 @@
 #include "text/Utf.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 
 namespace sqlcmd {
 namespace {
@@ -42,8 +45,16 @@ void appendUnit(std::string& out, char32_t unit) {
 }  // namespace
 
 std::size_t utf8Length(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return !isUtf8Continuation(c); }));
+    constexpr std::uint64_t kLowBits = 0x0101010101010101;
+    std::size_t length = text.size();
+    std::uint64_t eight = 0;
+    for (; text.size() >= sizeof eight; text.remove_prefix(sizeof eight)) {
+        std::memcpy(&eight, text.data(), sizeof eight);
+        const std::uint64_t continuations = (eight >> 7) & (~eight >> 6) & kLowBits;  // bytes 10xxxxxx
+        length -= static_cast<std::size_t>(std::popcount(continuations));
+    }
+    for (const char c : text) length -= isUtf8Continuation(c) ? 1 : 0;
+    return length;
 }
 
 std::string_view utf8Prefix(std::string_view text, std::size_t characters) {

@@ -156,7 +156,6 @@ void shapeValue(std::string& text, const ColumnFormat& format) {
 }
 
 void replaceControlCharacters(std::string& text, ControlCharacters mode) {
-    if (mode == ControlCharacters::Keep) return;
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
     std::string result;
     bool isInRun = false;
