@@ -10,8 +10,8 @@
 #include "client/Connect.h"
 #include "client/ServerBrowser.h"
 #include "session/Programs.h"
+#include "session/TerminalLines.h"
 #include "terminal/Interrupt.h"
-#include "terminal/LineEditor.h"
 #include "text/Text.h"
 
 namespace sqlcmd {
@@ -34,14 +34,7 @@ int exitCodeOf(const std::string& text) {
     return isInteger ? static_cast<int>(value) : kExitValueNotANumber;
 }
 
-// Whether a line may hold a secret, which the history must not keep.
-bool mentionsSecret(std::string_view line) {
-    const std::string text = lowerCase(line);
-    for (const char* word : {"password", "passphrase", "pwd", "secret", "sp_addlogin", ":connect"})
-        if (text.find(word) != std::string::npos) return true;
-    return false;
-}
-
+// Encloses a name or string in quotes, and doubles those in it.
 std::string enclosed(std::string_view text, char quote) {
     std::string result(1, quote == ']' ? '[' : quote);
     for (const char c : text) result.append(c == quote ? 2 : 1, c);
@@ -165,28 +158,14 @@ bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
     return runSteps(runner, output, reader);
 }
 
-// Prompts with the number of the batch's next line. An error in a line or a batch does not end the session.
+// An error in a line or a batch does not end the session.
 bool Tool::runTerminal(BatchRunner& runner, Output& output) {
     const InterruptScope interrupts;
-    LineEditor editor;
-    BatchReader* current = nullptr;
-    bool hidesBatch = false;  // the batch mentions a secret, which may be on a line of its own
-    BatchReader reader(ScriptSource::ofLines([&](std::string& line) {
-                           for (;;) {
-                               const int number = current->batchLine();
-                               const auto result = editor.read(std::to_string(number) + "> ", line);
-                               if (result == LineEditor::Result::End) return false;
-                               if (result == LineEditor::Result::Interrupted) {
-                                   current->replaceBatch({});
-                                   continue;
-                               }
-                               hidesBatch = mentionsSecret(line) || (hidesBatch && number > 1);
-                               if (!hidesBatch) editor.remember(line);
-                               return true;
-                           }
-                       }),
-                       m_variables, rules());
-    current = &reader;
+    TerminalLines lines;
+    BatchReader* target = nullptr;
+    const auto readLine = [&](std::string& line) { return lines.read(*target, line); };
+    BatchReader reader(ScriptSource::ofLines(readLine), m_variables, rules());
+    target = &reader;
     for (;;) {
         try {
             return runSteps(runner, output, reader);
