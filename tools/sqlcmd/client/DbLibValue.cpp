@@ -127,23 +127,45 @@ void appendMoney(std::string& text, std::int64_t amount) {
     appendDigits(text, absolute, 4);
 }
 
-void appendDate(std::string& text, int daysSince1900) {
+// Writes two digits.
+char* writePair(char* target, unsigned number) {
+    target[0] = static_cast<char>('0' + number / 10);
+    target[1] = static_cast<char>('0' + number % 10);
+    return target + 2;
+}
+
+using DateText = std::array<char, 10>;
+
+DateText dateText(int daysSince1900) {
     using namespace std::chrono;
     const year_month_day date(sys_days(1900y / January / 1) + days(daysSince1900));
-    appendDigits(text, static_cast<std::uint64_t>(static_cast<int>(date.year())), 4);
-    text += '-';
-    appendDigits(text, static_cast<unsigned>(date.month()), 2);
-    text += '-';
-    appendDigits(text, static_cast<unsigned>(date.day()), 2);
+    const auto year = static_cast<unsigned>(static_cast<int>(date.year()));
+    DateText text;
+    char* end = writePair(writePair(text.data(), year / 100 % 100), year % 100);
+    *end++ = '-';
+    end = writePair(end, static_cast<unsigned>(date.month()));
+    *end++ = '-';
+    writePair(end, static_cast<unsigned>(date.day()));
+    return text;
+}
+
+void appendDate(std::string& text, int daysSince1900) {
+    static int lastDay = 0;  // a column often repeats its day
+    static DateText lastText = dateText(lastDay);
+    if (daysSince1900 != lastDay) lastText = dateText(lastDay = daysSince1900);
+    text.append(lastText.data(), lastText.size());
 }
 
 // Appends a time of day.
 void appendTime(std::string& text, std::uint64_t seconds) {
-    appendDigits(text, seconds / 3600, 2);
-    text += ':';
-    appendDigits(text, seconds / 60 % 60, 2);
-    text += ':';
-    appendDigits(text, seconds % 60, 2);
+    const auto time = static_cast<unsigned>(seconds);
+    std::array<char, 8> digits;
+    char* end = writePair(digits.data(), time / 3600 % 100);
+    *end++ = ':';
+    end = writePair(end, time / 60 % 60);
+    *end++ = ':';
+    writePair(end, time % 60);
+    text.append(digits.data(), digits.size());
 }
 
 // Appends a value of date, time, datetime2 or datetimeoffset, the last of which DB-Library returns in UTC.

@@ -90,7 +90,7 @@ void ResultPrinter::appendValue(std::string& line, std::string_view value, const
     if (m_layout.trimBlanks)
         line += value.substr(0, value.find_last_not_of(' ') + 1);
     else
-        appendPadded(line, value, format.width, format.rightAligned);
+        appendPadded(line, value, format);
 }
 
 // Writes the line, wrapped at the line width.

@@ -47,13 +47,14 @@ void appendUnit(std::string& out, char32_t unit) {
 std::size_t utf8Length(std::string_view text) {
     constexpr std::uint64_t kLowBits = 0x0101010101010101;
     std::size_t length = text.size();
-    std::uint64_t eight = 0;
-    for (; text.size() >= sizeof eight; text.remove_prefix(sizeof eight)) {
-        std::memcpy(&eight, text.data(), sizeof eight);
+    while (!text.empty()) {
+        std::uint64_t eight = 0;
+        const std::size_t count = std::min(text.size(), sizeof eight);
+        std::memcpy(&eight, text.data(), count);
+        text.remove_prefix(count);
         const std::uint64_t continuations = (eight >> 7) & (~eight >> 6) & kLowBits;  // bytes 10xxxxxx
         length -= static_cast<std::size_t>(std::popcount(continuations));
     }
-    for (const char c : text) length -= isUtf8Continuation(c) ? 1 : 0;
     return length;
 }
 

@@ -104,6 +104,15 @@ std::string shortest(const std::string& text) {
     return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
 }
 
+// `length` is the text's number of characters.
+void appendAligned(std::string& line, std::string_view text, std::size_t length, std::size_t width,
+                   bool rightAligned) {
+    const std::size_t padding = width > length ? width - length : 0;
+    if (rightAligned) line.append(padding, ' ');
+    line += text;
+    if (!rightAligned) line.append(padding, ' ');
+}
+
 }  // namespace
 
 ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout) {
@@ -113,6 +122,7 @@ ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout) {
         format.width = type->width != 0 ? type->width : column.size + 2;
         format.rightAligned = type->rightAligned;
         format.form = type->form;
+        format.isAscii = true;
     } else {
         setTextFormat(column, layout, format);
     }
@@ -169,11 +179,12 @@ void replaceControlCharacters(std::string& text, ControlCharacters mode) {
 }
 
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned) {
-    const std::size_t length = utf8Length(text);
-    const std::size_t padding = width > length ? width - length : 0;
-    if (rightAligned) line.append(padding, ' ');
-    line += text;
-    if (!rightAligned) line.append(padding, ' ');
+    appendAligned(line, text, utf8Length(text), width, rightAligned);
+}
+
+void appendPadded(std::string& line, std::string_view value, const ColumnFormat& format) {
+    const std::size_t length = format.isAscii ? value.size() : utf8Length(value);
+    appendAligned(line, value, length, format.width, format.rightAligned);
 }
 
 }  // namespace sqlcmd

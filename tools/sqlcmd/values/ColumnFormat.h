@@ -18,7 +18,8 @@ struct ColumnFormat {
     std::size_t width = 0;  // characters; 0: no padding
     std::size_t limit = 0;  // characters of a value that are printed; 0: all
     bool rightAligned = false;
-    bool isLong = false;  // values have no length limit and are read in pieces
+    bool isAscii = false;  // values have ASCII characters only
+    bool isLong = false;   // values have no length limit and are read in pieces
     Form form = Form::AsIs;
 };
 
@@ -36,5 +37,8 @@ void replaceControlCharacters(std::string& text, ControlCharacters mode);
 
 // Appends a string, padded with spaces to `width` characters.
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned);
+
+// Appends a value, padded to the column's width.
+void appendPadded(std::string& line, std::string_view value, const ColumnFormat& format);
 
 }  // namespace sqlcmd
