@@ -77,7 +77,7 @@ void DataPrinter::prepareColumns(const std::vector<ColumnInfo>& columns) {
         std::string name = column.name;
         if (m_format != Format::Csv) {
             if (name.empty()) name = "column" + number;
-            if (std::find(plain.begin(), plain.end(), name) != plain.end()) name += "_" + number;
+            while (std::find(plain.begin(), plain.end(), name) != plain.end()) name += "_" + number;
         }
         plain.push_back(name);
         m_names.push_back(m_format == Format::Csv ? name : jsonString(name) + ":");
