@@ -332,7 +332,60 @@ TEST_F(Faults, AQueryTimeoutIsNamed) {
     EXPECT_TRUE(support::waitFor(holder, std::chrono::seconds(60), exitCode));
 }
 
-// The plain copy that a preview makes is deleted as well. The package is a pipe, from which nothing can be
+// A killed run leaves its SQL file, its output file and its row, and nothing else. A file that a run left on
+// purpose has no mark.
+TEST_F(Faults, AKilledRunIsTidiedUp) {
+    packEndless();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const support::Descriptor output = support::memoryFile();
+    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
+                                     {output.get(), output.get(), output.get()});
+    std::vector<fs::path> left;
+    const auto outputFiles = [&] {
+        left.clear();
+        for (const fs::path& place : {folder / "temp", folder / "logs"})
+            for (const auto& entry : fs::directory_iterator(place))
+                if (entry.path().extension() == ".sql" ||
+                    entry.path().filename().string().rfind("Tscript_", 0) == 0)
+                    left.push_back(entry.path());
+        return left.size();
+    };
+    while (journal("Endless").find("0||") == std::string::npos || outputFiles() < 2)
+        std::this_thread::yield();
+    const auto setAge = [&](std::chrono::minutes age) {
+        for (const fs::path& file : left) fs::last_write_time(file, fs::file_time_type::clock::now() - age);
+    };
+    setAge(std::chrono::minutes(2));
+    expectAll({{{"tidy", "--yes"}, 0, "", "no files of dead runs"},  // it still runs
+               {{"journal", "close", "1"}, 2, "", "is not abandoned"},
+               {{"journal", "close", "999"}, 2, "", "the journal has no run 999"}});
+    kill(-pid, SIGKILL);
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    EXPECT_EQ(namesBelow(folder / "temp").size(), 1U) << "the SQL file alone";
+    const fs::path kept = folder / "temp" / "Kept_1_1_1.sql";
+    support::writeFile(kept, "PRINT 1\n");
+    left.push_back(kept);
+    setAge(std::chrono::minutes(0));
+    expectAll({{{"tidy", "--yes"}, 0, "", "no files of dead runs"}});  // they are young
+    setAge(std::chrono::minutes(2));
+    expectAll({{{"doctor"}, 0, "warning  files of dead runs: 2, the first is ", ""},
+               {{"tidy", "--dry-run"}, 0, "Endless", ""},
+               {{"tidy"}, 2, "Endless", "--yes"},
+               {{"tidy", "--yes"}, 0, "Endless", "deleted 2 file(s)"}});
+    EXPECT_EQ(namesBelow(folder / "temp"), std::vector<std::string>{"Kept_1_1_1.sql"});
+    const std::string id = run({"journal", "--name", "Endless"}).output.substr(0, 1);
+    const Words close = {"journal", "close", id, "--remark", "the host's power failed"};
+    Words closeNow = close;
+    closeNow.insert(closeNow.end(), {"--stale", "0"});
+    expectAll({{close, 2, "", "is not abandoned"},
+               {closeNow, 0, "", "closed run " + id + " of Dorvas as failed"},
+               {closeNow, 2, "", "has ended"}});
+    EXPECT_NE(journal("Endless").find("2| [the host's power failed]|"), std::string::npos);
+}
+
+// The plain copy that a preview makes has no name. The package is a pipe, from which nothing can be
 // read before the signal.
 TEST_F(Faults, AnInterruptedPreviewLeavesNoPlainCopy) {
     const fs::path package = folder / "Scripts" / "Piped.sql";
@@ -340,7 +393,7 @@ TEST_F(Faults, AnInterruptedPreviewLeavesNoPlainCopy) {
     for (const Words& preview : {Words{"run", "Piped", "--dry-run"}, Words{"which", "Piped"}}) {
         expectInterrupted(preview, SIGINT, [&] {
             std::ofstream writer(package);  // opens once the other end is open
-            EXPECT_FALSE(fs::is_empty(folder / "temp"));
+            EXPECT_TRUE(fs::is_empty(folder / "temp"));
             return writer;
         });
         EXPECT_TRUE(fs::is_empty(folder / "temp"));

@@ -33,7 +33,7 @@ Exit codes:
 constexpr void (*kAddCommands[])(CLI::App&, Action&) = {
     addScriptCommands, addJournalCommands,  addPackCommand,    addInspectCommand,     addLintCommand,
     addRepackCommand,  addDatabaseCommands, addKeyCommands,    addCredentialCommands, addSandboxCommands,
-    addSchemaCommands, addDoctorCommand,    addConfigCommands, addReportCommand,
+    addSchemaCommands, addDoctorCommand,    addConfigCommands, addReportCommand,      addTidyCommand,
 };
 
 int reportFailure(ExitCode code, const std::string& what, const std::string& advice) {

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <utility>
 
+#include "CVoFile.h"
 #include "CallerText.h"
 #include "Causes.h"
 #include "DVUtilities/DVUtilLib.h"
@@ -41,14 +42,14 @@ PackageLoader::PackageLoader(const ScriptParts& script, std::string dbName)
 
 bool PackageLoader::run(const char* path, const std::function<bool()>& accept) {
     if (!open(path)) return false;
-    const RemovedAtEnd copy(m_copyPath);
+    const RemovedAtEnd copy(m_copy.isOpen() ? std::string() : m_copyPath);
     return decrypt() && parse() && agreeOnDatabase() && (!accept || accept()) && bindDatabase() &&
            catalogue();
 }
 
 bool PackageLoader::read(const char* path) {
     if (!open(path)) return false;
-    const RemovedAtEnd copy(m_copyPath);
+    const RemovedAtEnd copy(m_copy.isOpen() ? std::string() : m_copyPath);
     return decrypt() && parse() && agreeOnDatabase();
 }
 
@@ -90,9 +91,9 @@ bool PackageLoader::checkReadable() {
     return m_report.failAs(messages::kPackageNotFound, FXString::Format(messages::kPackageUnreadable, path));
 }
 
-// The copy stays open until it is read and is never opened by its name again, so that nobody can replace it.
-// When no name is free, the last one tried is used if it is a private file of this user; otherwise decrypt()
-// reports the failure.
+// The copy stays open until it is read. Its name is deleted before anything is written, so that a process
+// that is killed leaves no plain copy, and nobody can replace it. When no name is free, the last one tried is
+// used if it is a private file of this user; otherwise decrypt() reports the failure.
 void PackageLoader::reserveCopy() {
     int lastError = EEXIST;
     const bool created = tryPaths(
@@ -105,7 +106,11 @@ void PackageLoader::reserveCopy() {
             return false;
         });
     if (!created) m_copy = openPrivateFile(m_copyPath.c_str());
-    if (!m_copy.isOpen()) reportFileFailure(m_copyPath, lastError);
+    if (m_copy.isOpen()) {
+        CVoFile::Delete(m_copyPath.c_str(), /*missingIsFine=*/true);
+    } else {
+        reportFileFailure(m_copyPath, lastError);
+    }
     m_report.trace(FXString::Format(messages::kDecrypting, m_copyPath.c_str()).substr(0, kTraceText));
 }
 

@@ -19,8 +19,8 @@ class PackageLoader {
     explicit PackageLoader(const ScriptParts& script, std::string dbName = {});
 
     // A null `path` means that the package is found by the script's name. A path that the script already has
-    // is kept. The plain copy is deleted before this returns. `accept` may end the load before a database is
-    // used.
+    // is kept. No plain copy has a name when this returns, nor while it is written. `accept` may end the load
+    // before a database is used.
     bool run(const char* path, const std::function<bool()>& accept = {});
     // Finds, decrypts and parses the package without a database.
     bool read(const char* path);
@@ -55,7 +55,7 @@ class PackageLoader {
     SiteCheck m_siteCheck;
     ScriptCatalogue m_scriptCatalogue;
     std::string m_copyPath;
-    FileDescriptor m_copy;  // open from its creation until it is read
+    FileDescriptor m_copy;  // open from its creation until it is read; without a name
     std::string m_chosenDatabase;
     std::string m_databaseName;  // in the header's spelling
 };

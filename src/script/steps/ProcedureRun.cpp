@@ -145,6 +145,7 @@ bool ProcedureRun::createOutputFile() {
         [&](const CVoError& error) {
             m_report.log(FXString::Format(texts::kOutputAttemptFailed, path.c_str(), error.GetErrorCode()));
         });
+    if (created) m_outputMark = RunMark(path);
     return created || m_report.fail(FXString::Format(messages::kOutputNotCreated, path.c_str()));
 }
 
@@ -165,6 +166,7 @@ void ProcedureRun::recordEnd() {
 void ProcedureRun::cleanHeader() {
     if ((m_contentType & kDropHeader) == 0 || m_failed) return;
     const CVoError error = removeOutputHeader(m_run.outputFile);
+    m_outputMark = RunMark(m_run.outputFile);  // another file may have the name now
     if (!error.IsError()) return;
     reportFileFailure(m_run.outputFile, error.GetErrorCode());
     fail(FXString::Format(texts::kHeaderNotRemoved, m_run.outputFile.c_str(), error.GetErrorCode(),
@@ -173,7 +175,10 @@ void ProcedureRun::cleanHeader() {
 
 // Reads the tool's output also after a failure.
 void ProcedureRun::collectOutput() {
-    if ((m_contentType & kUnicodeOutput) != 0) return reportExecuted();
+    if ((m_contentType & kUnicodeOutput) != 0) {
+        m_outputMark.remove();
+        return reportExecuted();
+    }
     const char* path = m_run.outputFile.c_str();
     CVoFile file;
     if (const CVoError error = file.Open(path, "rb"); error.IsError()) {

@@ -7,6 +7,7 @@
 
 #include "catalogue/ScriptCatalogue.h"
 #include "catalogue/ScriptJournal.h"
+#include "files/RunMark.h"
 #include "state/ScriptParts.h"
 #include "state/ScriptReport.h"
 #include "steps/RunRecorder.h"
@@ -60,5 +61,6 @@ class ProcedureRun {
     std::int32_t m_contentType;
     SqlBuffer m_query;
     const char* m_successMessage = "";
+    RunMark m_outputMark;
     bool m_failed = false;
 };

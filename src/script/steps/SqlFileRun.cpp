@@ -84,6 +84,7 @@ bool SqlFileRun::createSqlFile() {
             m_report.log(FXString::Format(messages::kSqlFileNotCreated, m_sqlPath.c_str()));
         });
     if (created || m_keepSqlFile == 0) m_sqlRemoval = RemovedAtEnd(m_sqlPath);
+    if (created) m_sqlMark = RunMark(m_sqlPath);
     return created || m_report.fail(FXString::Format(messages::kSqlFileNotOpened, m_sqlPath.c_str()));
 }
 
@@ -93,7 +94,10 @@ bool SqlFileRun::writeSqlFile() {
         return m_report.fail(FXString::Format(messages::kSqlFileNotWritten, m_sqlPath.c_str(),
                                               error.GetErrorCode(), error.AsString()));
     }
-    if (m_keepSqlFile != 0) m_sqlRemoval.keep();  // only a complete file: nobody may run half a script later
+    if (m_keepSqlFile != 0) {  // only a complete file: nobody may run half a script later
+        m_sqlRemoval.keep();
+        m_sqlMark.remove();
+    }
     if (m_recordedInput.empty()) m_recordedInput = m_joinedValues;
     m_report.log(messages::kStarted);
     return true;
@@ -144,6 +148,7 @@ bool SqlFileRun::createOutputFile() {
             m_report.log(FXString::Format(messages::package_run::kOutputAttemptFailed, path.c_str(),
                                           error.GetErrorCode(), error.AsString()));
         });
+    if (created) m_outputMark = RunMark(path);
     return created || m_report.fail(FXString::Format(messages::kOutputNotCreated, path.c_str()));
 }
 

@@ -8,6 +8,7 @@
 #include "CVoFile.h"
 #include "catalogue/ScriptJournal.h"
 #include "files/RemovedAtEnd.h"
+#include "files/RunMark.h"
 #include "state/ScriptParts.h"
 #include "state/ScriptReport.h"
 #include "steps/RunRecorder.h"
@@ -57,6 +58,8 @@ class SqlFileRun {
     unsigned int m_keepSqlFile = 0;
     std::string m_sqlPath;
     RemovedAtEnd m_sqlRemoval;
+    RunMark m_sqlMark;
+    RunMark m_outputMark;
     CVoFile m_sqlFile;  // closed before it is removed
     bool m_failed = false;
 };

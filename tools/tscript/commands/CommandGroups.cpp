@@ -15,7 +15,7 @@ const Group kGroups[] = {
     {"Run scripts", {"run", "exec", "list", "which", "help", "params", "each"}},
     {"See what ran", {"catalogue", "journal", "report", "metrics"}},
     {"Write packages", {"new", "lint", "pack", "test", "inspect", "diff", "repack"}},
-    {"Set up and repair", {"doctor", "config", "key", "credentials", "schema", "db"}},
+    {"Set up and repair", {"doctor", "tidy", "config", "key", "credentials", "schema", "db"}},
     {"Try it out", {"sandbox"}},
 };
 

@@ -15,17 +15,19 @@ CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const c
                       [&action, options, work] { action = [options, work] { return work(*options); }; });
 }
 
-void addScriptCommands(CLI::App& app, Action& action);      // run, help, exec, params
-void addJournalCommands(CLI::App& app, Action& action);     // catalogue, journal, which
-void addPackCommand(CLI::App& app, Action& action);         // pack
-void addInspectCommand(CLI::App& app, Action& action);      // inspect
-void addLintCommand(CLI::App& app, Action& action);         // lint
-void addRepackCommand(CLI::App& app, Action& action);       // repack
-void addDatabaseCommands(CLI::App& app, Action& action);    // db …
-void addKeyCommands(CLI::App& app, Action& action);         // key create
-void addCredentialCommands(CLI::App& app, Action& action);  // credentials set, test
-void addSandboxCommands(CLI::App& app, Action& action);     // sandbox …
-void addSchemaCommands(CLI::App& app, Action& action);      // schema …
-void addDoctorCommand(CLI::App& app, Action& action);       // doctor
-void addConfigCommands(CLI::App& app, Action& action);      // config …
-void addReportCommand(CLI::App& app, Action& action);       // report
+void addScriptCommands(CLI::App& app, Action& action);           // run, help, exec, params
+void addJournalCommands(CLI::App& app, Action& action);          // catalogue, journal, which
+void addPackCommand(CLI::App& app, Action& action);              // pack
+void addInspectCommand(CLI::App& app, Action& action);           // inspect
+void addLintCommand(CLI::App& app, Action& action);              // lint
+void addRepackCommand(CLI::App& app, Action& action);            // repack
+void addDatabaseCommands(CLI::App& app, Action& action);         // db …
+void addKeyCommands(CLI::App& app, Action& action);              // key create
+void addCredentialCommands(CLI::App& app, Action& action);       // credentials set, test
+void addSandboxCommands(CLI::App& app, Action& action);          // sandbox …
+void addSchemaCommands(CLI::App& app, Action& action);           // schema …
+void addDoctorCommand(CLI::App& app, Action& action);            // doctor
+void addConfigCommands(CLI::App& app, Action& action);           // config …
+void addReportCommand(CLI::App& app, Action& action);            // report
+void addTidyCommand(CLI::App& app, Action& action);              // tidy
+void addJournalCloseCommand(CLI::App* journal, Action& action);  // journal close

@@ -12,6 +12,6 @@ class App;
 inline constexpr const char* kCompleteWord = "__complete";
 
 // Writes what the last of the words can be, one candidate a line: the word, a tab, a description. ":files"
-// and ":folders" stand for the shell's own candidates. Words that do not begin like the last one are written as
-// well: shells quote and compare by their own rules. Nothing is written after a failure.
+// and ":folders" stand for the shell's own candidates. Words that do not begin like the last one are written
+// as well: shells quote and compare by their own rules. Nothing is written after a failure.
 void writeCandidates(const CLI::App& app, const std::vector<std::string>& words);

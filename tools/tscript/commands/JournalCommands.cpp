@@ -197,7 +197,6 @@ void addFilters(CLI::App* command, RecordOptions& options) {
 void addRunCommands(CLI::App& app, Action& action, const Options& options) {
     CLI::App* journal =
         addListing(app, action, "journal", "List runs of scripts, newest first", options, listRuns);
-    onlyWithoutSubcommand(journal, [&action, options] { action = [options] { return listRuns(*options); }; });
     addFilters(journal, *options);
     addNumber(journal, "--last", options->last, "The newest N of these runs; 0 for all",
               {.type = "N", .least = 0, .most = kMostRows});
@@ -220,6 +219,7 @@ void addRunCommands(CLI::App& app, Action& action, const Options& options) {
               {.type = "N", .least = 1, .most = kMostRows});
     addFlag(tail, "-f,--follow", options->follow,
             "Go on with runs that start or end, until interrupted; --json then writes one object a line");
+    addJournalCloseCommand(journal, action);
 }
 
 }  // namespace

@@ -93,18 +93,15 @@ std::optional<int> CommandLine::parse(int argc, char** argv) {
 
 CLI::App* addCommand(CLI::App* family, const char* name, const char* description,
                      const std::function<void()>& chosen) {
-    return family->add_subcommand(name, description)->callback(chosen);
+    CLI::App* command = family->add_subcommand(name, description);
+    // The parser calls a command's function after those of its subcommands.
+    return command->callback([command, chosen] {
+        if (command->get_subcommands().empty()) chosen();
+    });
 }
 
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
     return app.add_subcommand(name, description)->require_subcommand(1);
-}
-
-// The parser calls a command's function after those of its subcommands.
-void onlyWithoutSubcommand(CLI::App* command, const std::function<void()>& chosen) {
-    command->callback([command, chosen] {
-        if (command->get_subcommands().empty()) chosen();
-    });
 }
 
 bool hasCommand(const CLI::App& app, const std::string& name) {

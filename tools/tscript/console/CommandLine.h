@@ -29,13 +29,11 @@ class CommandLine {
     std::unique_ptr<CLI::App> m_app;
 };
 
-// Adds a command; `chosen` is called while the command line is parsed.
+// Adds a command; `chosen` is called while the command line is parsed, unless one of its subcommands follows.
 CLI::App* addCommand(CLI::App* family, const char* name, const char* description,
                      const std::function<void()>& chosen);
 // Adds a command that has only subcommands.
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description);
-// For a command that also does something without one of its subcommands: sets what it does then.
-void onlyWithoutSubcommand(CLI::App* command, const std::function<void()>& chosen);
 bool hasCommand(const CLI::App& app, const std::string& name);
 
 struct OptionRules {

@@ -16,6 +16,7 @@
 #include "HostSettings.h"
 #include "installation/CheckList.h"
 #include "installation/CheckSteps.h"
+#include "installation/LeftOvers.h"
 #include "installation/ProbeFile.h"
 #include "record/RecordFolder.h"
 #include "record/RecordSettings.h"
@@ -156,6 +157,14 @@ void checkDescriptors(CheckList& list) {
                     "Raise the limit of this user or service: ulimit -n 1024, or LimitNOFILE of systemd.");
 }
 
+void checkLeftOvers(CheckList& list) {
+    const std::vector<std::filesystem::path> files = findLeftOvers();
+    if (files.empty()) return;
+    list.addWarning("files of dead runs",
+                    std::to_string(files.size()) + ", the first is " + files.front().string(),
+                    "tscript tidy deletes them.");
+}
+
 }  // namespace
 
 std::string storeText(const char* key, const char* valueName) {
@@ -169,4 +178,5 @@ void checkFolders(CheckList& list) {
     checkTmpdir(list);
     checkRecordFolder(list);
     checkDescriptors(list);
+    checkLeftOvers(list);
 }
