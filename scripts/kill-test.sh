@@ -42,11 +42,12 @@ left=$("$tscript" tidy --dry-run 2>/dev/null | wc -l)
 remaining=$(find "$place/sandbox/temp" -type f | wc -l)
 [[ $remaining == 0 ]] || complain "tidy left $remaining file(s) in the temporary folder"
 
-open=$("$tscript" journal --name Killed --status running --last 0 --json | grep -c '"id"' || true)
-for id in $("$tscript" journal --name Killed --status running --last 0 --json | sed -n 's/.*"id": \([0-9]*\).*/\1/p'); do
+running() { "$tscript" journal --name Killed --status running --last 0 --json | sed -nE 's/.*"id": ?([0-9]+).*/\1/p'; }
+open=$(running | wc -l)
+for id in $(running); do
   "$tscript" journal close "$id" --stale 0 --remark "killed by kill-test.sh" 2>/dev/null || complain "row $id cannot be closed"
 done
-after=$("$tscript" journal --name Killed --status running --last 0 --json | grep -c '"id"' || true)
+after=$(running | wc -l)
 [[ $after == 0 ]] || complain "$after row(s) stay open"
 echo "$times kills: $left file(s) tidied up, $open row(s) closed afterwards"
 exit $status

@@ -93,6 +93,12 @@ TEST_F(Installation, RunsScriptsByName) {
     expectAll({{{"run", "Literal"}, 0, "<$(who)>", ""},
                {{"run", "Expanded"}, 0, "<me>", ""},
                {{"run", "Literal"}, 0, "<$(who)>", ""}});
+    pack("Program",
+         "#START_OPTIONS#\nDescription:x\nTool Variables:yes\n#START_SCRIPT#\n!!echo ran\nPRINT '$(HOME)'\n");
+    const ProgramResult program = run({"run", "Program"});
+    EXPECT_EQ(program.exitCode, 1) << program.output;
+    EXPECT_EQ(program.output.find("\nran\n"), std::string::npos);
+    EXPECT_EQ(program.output.find(std::string("/")), std::string::npos) << program.output;
     EXPECT_EQ(journal("CloseAuditPeriods").rfind("2|2024-01, 2024-02|"), 3U) << journal("CloseAuditPeriods");
     EXPECT_NE(journal("tsEventSummary").find("1|seven|"), std::string::npos);
     EXPECT_NE(journal("Echo").find("1|O'Brien, 50% {x};, é|"), std::string::npos);
@@ -258,6 +264,7 @@ TEST_F(Installation, UsesOnlyPackagesThatAreWhatWasSealed) {
     expectRefused("the package differs from what was sealed");
     support::writeFile(package, unsealed + sealed);
     expectRefused("a seal is not the first line");
+    expectAll({{{"which", "Small"}, 3, "", "a seal is not the first line"}});
     support::writeFile(package, support::readFile(folder / "Scripts" / "PurgeEvents.sql"));
     expectRefused("was sealed under the name 'PurgeEvents'");
     support::writeFile(package, unsealed);

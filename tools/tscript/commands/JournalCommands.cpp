@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "commands/Commands.h"
@@ -19,6 +20,7 @@
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 #include "journal/Records.h"
+#include "run/FailureReport.h"
 #include "system/Interrupt.h"
 
 namespace {
@@ -101,8 +103,11 @@ void findPackage(const std::string& name, Script& script) {
     if (!std::filesystem::exists(file, ignored)) return;
     script.packageFile = file;
     std::string error;
+    const DVUCauses causes;
     if (readPackageDatabase(name, script.packageDatabase, error)) return;
-    throw diagnoseRun(name, {}, error).failure();
+    RunResult result;
+    causes.get(result.causes);
+    throw refined(diagnoseRun(name, {}, error), result).failure();
 }
 
 // Finds the newest stored-procedure row of this name. The name is used as a pattern; if it has wildcards,

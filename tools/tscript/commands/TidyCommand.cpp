@@ -1,10 +1,10 @@
 // Command `tidy`: deletes the files of runs that were killed.
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <memory>
-
-#include <unistd.h>
 
 #include "commands/Commands.h"
 #include "console/Confirmation.h"

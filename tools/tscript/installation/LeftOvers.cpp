@@ -36,7 +36,8 @@ bool belongsToDeadRun(const fs::path& path, Marked marked) {
     struct stat status {};
     bool isDead = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
                   status.st_mtime + kYoung < std::time(nullptr);
-    if (isDead && marked == Marked::kYes)
+    // An empty file may have been made just before its run was killed.
+    if (isDead && marked == Marked::kYes && status.st_size > 0)
         isDead = fgetxattr(file, kRunAttribute, nullptr, 0) >= 0 || errno != ENODATA;
     isDead = isDead && flock(file, LOCK_EX | LOCK_NB) == 0;
     close(file);
