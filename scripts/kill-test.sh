@@ -16,7 +16,7 @@ complain() {
 }
 
 eval "$("$tscript" sandbox up --dir "$place/sandbox")"
-trap '"$tscript" sandbox down --dir "$place/sandbox" >/dev/null 2>&1; rm -rf "$place/sandbox"' EXIT
+trap '"$tscript" sandbox down --dir "$place/sandbox" >/dev/null 2>&1; rm -rf "$place/sandbox"; rmdir "$place" 2>/dev/null || true' EXIT
 printf '#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT '\''secret text'\''\nGO\nPRINT '\''%%s'\''\n' >"$place/sandbox/Killed.txt"
 "$tscript" pack "$place/sandbox/Killed.txt" 2>/dev/null
 rm "$place/sandbox/Killed.txt"

@@ -172,22 +172,60 @@ std::string loadProblem(const std::string& name) {
     return causes.empty() ? error : causes.back().text;
 }
 
-TEST_F(PackageRun, EveryRearrangementOfASealedPackageIsRefused) {
-    const std::string path =
-        writePackage("sealed", packageOf("DELETE a\nWHERE b = 1\nGO\nDELETE a\nWHERE b = 2\n"));
-    const Texts records = linesOf(path);
-    hostlayer::PackageSealer sealer({.version = 7, .name = "sealed"});
+// The lines of a package behind a seal; `signingKey` is empty or a file.
+std::vector<std::string> sealedLines(std::vector<std::string> records, const hostlayer::PackageSeal& seal,
+                                     const std::string& signingKey = {}) {
+    hostlayer::PackageSealer sealer(seal);
+    std::string text, problem;
+    EXPECT_TRUE(signingKey.empty() || sealer.setSigningKey(signingKey, problem)) << problem;
     for (const std::string& record : records) {
         std::string plain(511, '\0');
         unsigned long size = plain.size();
         const std::string line = record.substr(0, record.size() - 1);
-        ASSERT_NE(VTPassword().decrypt(line.c_str(), plain.data(), &size), 0);
+        EXPECT_NE(VTPassword().decrypt(line.c_str(), plain.data(), &size), 0);
         sealer.addLine(line, plain.substr(0, size));
     }
-    std::string seal, problem;
-    ASSERT_TRUE(sealer.makeText(seal, problem)) << problem;
-    Texts whole = records;
-    whole.insert(whole.begin(), cipherLine(seal) + "\n");
+    EXPECT_TRUE(sealer.makeText(text, problem)) << problem;
+    records.insert(records.begin(), cipherLine(text) + "\n");
+    return records;
+}
+
+// Who has the cipher key, but not the signing key, cannot put a signature on other statements, another name
+// or another version.
+TEST_F(PackageRun, ASignatureFitsOnePackageOnly) {
+    const Texts first = linesOf(writePackage("signed", packageOf("PRINT 'first'\n")));
+    const Texts second = linesOf(writePackage("signed", packageOf("PRINT 'second'\n")));
+    const std::string key = m_installation.folder("signing.key");
+    std::string problem;
+    ASSERT_NE(hostlayer::createSigningKeyFile(key, problem), "") << problem;
+    const Texts lines = sealedLines(first, {.version = 7, .name = "signed"}, key);
+    std::string plain(511, '\0');
+    unsigned long size = plain.size();
+    const std::string record = lines.front().substr(0, lines.front().size() - 1);
+    ASSERT_NE(VTPassword().decrypt(record.c_str(), plain.data(), &size), 0);
+    hostlayer::PackageSealCheck check;
+    check.addLine(record, "\n", plain.substr(0, size));
+    ASSERT_NE(check.seal(), nullptr);
+    hostlayer::PackageSeal forged = *check.seal();
+    const auto problemOf = [&](const Texts& content) {
+        support::writeFile(packagePath("signed"), joinedLines(content));
+        return loadProblem("signed");
+    };
+    EXPECT_EQ(problemOf(lines), "");
+    EXPECT_EQ(problemOf(sealedLines(first, forged)), "") << "renewed, as repack does";
+    EXPECT_EQ(problemOf(sealedLines(second, forged)), "the package's signature is not valid");
+    forged.version = 8;
+    EXPECT_EQ(problemOf(sealedLines(first, forged)), "the package's signature is not valid");
+    forged.version = 7;
+    forged.name = "other";
+    EXPECT_EQ(problemOf(sealedLines(first, forged)), "the package's signature is not valid");
+}
+
+TEST_F(PackageRun, EveryRearrangementOfASealedPackageIsRefused) {
+    const std::string path =
+        writePackage("sealed", packageOf("DELETE a\nWHERE b = 1\nGO\nDELETE a\nWHERE b = 2\n"));
+    const Texts records = linesOf(path);
+    const Texts whole = sealedLines(records, {.version = 7, .name = "sealed"});
     const auto problemOf = [&](const std::string& content) {
         support::writeFile(path, content);
         return loadProblem("sealed");
