@@ -799,7 +799,7 @@ TEST_F(Installation, DoctorReportsItsFindings) {
     }
     replaceInFile(store(), "\"FreeTDS\"", "\"NoSuchDriver\"");
     expectAll({{{"credentials", "test", "NQ2"}, 4, "", "Can't open lib 'NoSuchDriver'"},
-               {{"credentials", "test", "WFEngine"}, 3, "", "doctor shows the installed components"}});
+               {{"credentials", "test", "WFEngine"}, 3, "", "doctor shows the components"}});
     support::writeFile(store(), intact);
     expectCases({{doctor, 3, "FAILED   store: ", ""}, {doctor, 3, "skipped  everything else", ""}});
     fs::permissions(store(), fs::perms(0666));

@@ -47,15 +47,10 @@ void checkCredentials(CheckList& list, const std::string& label, const SuiteData
                     hostlayer::cipherErrorText(cipher.getLastError()), advice);
 }
 
-// A missing value is left to the connection. The query tool's command line does not quote the server.
+// A missing value is left to the connection.
 void checkServer(CheckList& list, const std::string& label, const SuiteDatabase& database) {
-    const std::string server = storeText("Database", database.instance);
-    if (server.find_first_of(" \t\"") == std::string::npos) return;
-    list.addFailure(
-        label + " server", ExitCode::kInstallation,
-        std::string("Database.") + database.instance + " ('" + server + "') holds a blank or a quote",
-        std::string("Set host, host\\instance or host,port: tscript config set Database.") +
-            database.instance + " SERVER");
+    if (const std::optional<Diagnosis> fault = serverNameFault(database))
+        list.addFailure(label + " server", fault->code, fault->what, fault->advice);
 }
 
 std::string firstCause(const DBBase& db) {

@@ -14,7 +14,9 @@
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
 #include "installation/Account.h"
+#include "installation/CheckSteps.h"
 #include "installation/Installation.h"
+#include "installation/ToolLimit.h"
 #include "system/ScratchFile.h"
 
 namespace {
@@ -98,7 +100,9 @@ std::optional<std::string> toolMessage(DBBase& db, const SuiteDatabase& database
     if (!isToolExecutable()) return std::nullopt;
     try {
         const ScratchFile output;
+        ToolLimit limit;
         const bool isConnected = db.RunStringQuery("SELECT 1", output.path().c_str(), database.name);
+        if (limit.expired()) return limit.text();
         return isConnected ? std::string() : output.content();
     } catch (const Failure&) {
         return std::nullopt;  // no file can be created in TMPDIR
@@ -144,6 +148,7 @@ Diagnosis diagnoseWindowsLogin(const DBBase& db, const SuiteDatabase& database) 
 }
 
 Diagnosis diagnoseServer(DBBase& db, const SuiteDatabase& database) {
+    if (const std::optional<Diagnosis> fault = serverNameFault(database)) return *fault;
     if (usesWindowsAuthentication(database)) return diagnoseWindowsLogin(db, database);
     const std::string direct = driverMessage(db);
     if (isRefusal(direct)) return serverRefused(database, direct);
@@ -170,7 +175,9 @@ Diagnosis statementFailed(const DBBase& db, const SuiteDatabase& database) {
 
 std::string settingsAdvice(const SuiteDatabase& database, const std::string& reason) {
     if (contains(reason, "not installed") || contains(reason, "not a Dorvaser"))
-        return "Name a database of this host with --db. tscript doctor shows the installed components.";
+        return "Its component is not installed here: tscript doctor shows the components and how to set one.";
+    if (contains(reason, "SQL Server name"))
+        return std::string("Set it: tscript config set Database.") + database.instance + " HOST,PORT";
     return std::string(
                "Check [Instance001.Database] in the store. To set the credentials: tscript credentials "
                "set ") +
@@ -278,6 +285,16 @@ Diagnosis silentTool() {
         ExitCode::kInstallation,
         "the query tool " + hostlayer::queryToolPath() + " ended with exit code 0, but wrote no output",
         "Is it sqlcmd? Set its path under [host.programs] in the store.");
+}
+
+std::optional<Diagnosis> serverNameFault(const SuiteDatabase& database) {
+    const std::string server = storeText("Database", database.instance);
+    if (server.find_first_of(" \t\"") == std::string::npos) return std::nullopt;
+    return notRun(
+        ExitCode::kInstallation,
+        std::string("Database.") + database.instance + " ('" + server + "') holds a blank or a quote",
+        std::string("Set host, host\\instance or host,port: tscript config set Database.") +
+            database.instance + " SERVER");
 }
 
 void requireQueryTool() {

@@ -35,6 +35,9 @@ bool usesWindowsAuthentication(const SuiteDatabase& database);
 // works. `db` has the database's settings.
 std::optional<Diagnosis> diagnoseStoredLogin(DBBase& db, const SuiteDatabase& database);
 
+// Fault of the server's name in the store. The query tool's command line does not quote it.
+std::optional<Diagnosis> serverNameFault(const SuiteDatabase& database);
+
 // Whether a query tool ended with exit code 0 without writing its output file. The library counts that as a
 // success.
 bool hasSilentTool(const std::vector<DVUCause_t>& causes);

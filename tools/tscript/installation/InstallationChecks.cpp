@@ -16,6 +16,7 @@
 #include "installation/CheckSteps.h"
 #include "installation/CipherKey.h"
 #include "installation/Diagnosis.h"
+#include "installation/ToolLimit.h"
 #include "system/ChildProcess.h"
 #include "system/ScratchFile.h"
 
@@ -181,9 +182,11 @@ void checkQueryTool(CheckList& list) {
     const char* advice = "Install it, or set its path: tscript config set host.programs.sqlcmd PATH";
     try {
         const ScratchFile output;
+        ToolLimit limit;
         if (runChild({tool, "-?"}, {.outputFile = output.path()}) < kNotStarted)
             return list.addGood("sqlcmd", tool);
-        list.addFailure("sqlcmd", ExitCode::kInstallation, tool + ": " + output.content(), advice);
+        const std::string reason = limit.expired() ? limit.text() : output.content();
+        list.addFailure("sqlcmd", ExitCode::kInstallation, tool + ": " + reason, advice);
     } catch (const Failure& failure) {
         list.addFailure("sqlcmd", ExitCode::kInstallation, failure.what(), advice);
     }

@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <string>
 #include <thread>
 
 class ToolLimit {
@@ -18,6 +19,7 @@ class ToolLimit {
 
     static constexpr int kSeconds = 60;
     bool expired();
+    static std::string text() { return "was stopped after " + std::to_string(kSeconds) + " seconds"; }
 
   private:
     void wait(pid_t parentThread);

@@ -39,9 +39,7 @@ void checkToolRun(CheckList& list, DBBase& db, const SuiteDatabase& database) {
         if (guard.interrupted()) throw Failure(ExitCode::kInterrupted, "interrupted");
         if (limit.expired())
             return list.addFailure(name, ExitCode::kInstallation,
-                                   hostlayer::queryToolPath() + " was stopped after " +
-                                       std::to_string(ToolLimit::kSeconds) + " seconds",
-                                   advice);
+                                   hostlayer::queryToolPath() + " " + ToolLimit::text(), advice);
         const std::string answer = output.content();
         if (succeeded && answer.find(kAnswer) != std::string::npos)
             return list.addGood(name, "runs a statement and writes its output");

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int kLoginFailed = 18456;
+constexpr int kNoDatabase = 4060;
 // Errors for a missing column, object, function or procedure, and for a table with other columns.
 constexpr int kMissingObjects[] = {195, 207, 208, 213, 2812, 4121};
 
@@ -26,8 +27,12 @@ bool isConnectionReason(const DVUCause_t& cause) {
     return cause.where == kDVUConnection && cause.serverError == 0 && cause.sqlState == "08001";
 }
 
-// The cause to report: a message of SQL Server if there is one.
+// The cause to report: a message of SQL Server if there is one. A database that cannot be opened is reported
+// as a refused login first.
 const DVUCause_t* mainCause(const Causes& causes) {
+    const DVUCause_t* database =
+        findCause(causes, [](const DVUCause_t& cause) { return cause.serverError == kNoDatabase; });
+    if (database != nullptr) return database;
     if (const DVUCause_t* reason = findCause(causes, isConnectionReason)) return reason;
     const DVUCause_t* message =
         findCause(causes, [](const DVUCause_t& cause) { return cause.serverError != 0; });
