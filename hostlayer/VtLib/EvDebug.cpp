@@ -49,8 +49,9 @@ void createOrCheckLogFile(const std::string& path) {
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kLogMode));
     struct stat status {};
     if (created || ::lstat(path.c_str(), &status) != 0) return;
-    if (!S_ISREG(status.st_mode) || (status.st_uid != ::geteuid() && status.st_uid != 0))
-        throw spdlog::spdlog_ex("not a regular file of this user: " + path);
+    if (!S_ISREG(status.st_mode) || status.st_nlink > 1 ||
+        (status.st_uid != ::geteuid() && status.st_uid != 0))
+        throw spdlog::spdlog_ex("not a regular file of this user, or a file with a second name: " + path);
 }
 
 void setModeAndCloseOnExec(std::FILE* file) {

@@ -2,6 +2,8 @@
 
 #include <toml++/toml.h>
 
+#include <algorithm>
+#include <cctype>
 #include <sstream>
 
 namespace hostlayer {
@@ -90,9 +92,36 @@ class DocumentReader {
     StoreContent& m_content;
 };
 
+constexpr int kMostLevels = 100;
+
+// Line in which a key has too many levels ("a.b.c"), or 0. The parser would recurse into each of them.
+int lineOfDeepKey(std::string_view text) {
+    int line = 1;
+    int levels = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const bool beginsLine = i == 0 || text[i - 1] == '\n';
+        if (c == '\n') ++line;
+        if (c == '#' && beginsLine) {
+            i = std::min(text.find('\n', i), text.size()) - 1;
+            continue;
+        }
+        const bool continuesKey = std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+                                  std::string_view("_-\"' \t").find(c) != std::string_view::npos;
+        if (c == '.' && ++levels > kMostLevels) return line;
+        if (c != '.' && !continuesKey) levels = 0;
+    }
+    return 0;
+}
+
 }  // namespace
 
 bool parseStore(std::string_view text, StoreContent& content, std::string& problem) {
+    if (const int line = lineOfDeepKey(text); line > 0) {
+        problem = "line " + std::to_string(line) + ": a key has more than " + std::to_string(kMostLevels) +
+                  " levels";
+        return false;
+    }
     try {
         DocumentReader(content).readDocument(toml::parse(text));
         return true;

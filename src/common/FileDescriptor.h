@@ -6,6 +6,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 // Whether both paths lead to one file, through links, too. False if either cannot be inspected.
@@ -52,3 +53,17 @@ class FileDescriptor {
   private:
     int m_descriptor = -1;
 };
+
+// Opens a file that others may have put in place of the expected one. Follows no link, does not wait for a
+// pipe, and refuses what is not a regular file with one name: !isOpen(), with errno ELOOP for a link, EMLINK
+// for a file with a second name, EINVAL for anything else.
+inline FileDescriptor openPlainFile(const char* path, int access) {
+    FileDescriptor file(path, access | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return file;
+    const bool isRegular = S_ISREG(status.st_mode);
+    if (isRegular && status.st_nlink <= 1) return file;
+    file = FileDescriptor();
+    errno = isRegular ? EMLINK : EINVAL;
+    return file;
+}

@@ -102,6 +102,21 @@ void copyLines(std::FILE* source, const CopyTarget& target) {
     target.end();
 }
 
+// Follows no link but those of /dev, does not wait for a pipe, and refuses a file with a second name: whoever
+// may write to the log's folder could have the entries appended to another file of this user.
+FileDescriptor openLog(const char* path) {
+    constexpr mode_t kPermissions = 0666;  // less the umask, like fopen()
+    constexpr std::string_view kDevices = "/dev/";
+    const int links = std::string_view(path).starts_with(kDevices) ? 0 : O_NOFOLLOW;
+    FileDescriptor log(path, O_RDWR | O_CREAT | O_APPEND | O_NONBLOCK | O_NOCTTY | links, kPermissions);
+    struct stat status {};
+    if (!log.isOpen() || ::fstat(log.get(), &status) != 0) return log;
+    if (!S_ISREG(status.st_mode) || status.st_nlink <= 1) return log;
+    log = FileDescriptor();
+    errno = EMLINK;
+    return log;
+}
+
 }  // namespace
 
 std::string currentTimeString() {
@@ -111,8 +126,7 @@ std::string currentTimeString() {
 }
 
 void appendToLog(const char* logFile, std::string_view entry) {
-    constexpr mode_t kPermissions = 0666;  // less the umask, like fopen()
-    const FileDescriptor log(logFile, O_RDWR | O_CREAT | O_APPEND, kPermissions);
+    const FileDescriptor log = openLog(logFile);
     if (!log.isOpen())
         std::printf(common_messages::kCannotOpenLog, logFile, errno);
     else if (!writeAll(log.get(), entry))

@@ -69,6 +69,19 @@ TEST_F(LogFiles, ProblemsArePrinted) {
               "Cannot open log file [/no/such/folder/x.log], Error [2]\n");
     EXPECT_EQ(printedBy([] { LogToFile("/dev/full", "x", false); }),
               "Cannot write log file [/dev/full], Error [28]\n");
+    const support::TempDir folder;
+    writeFile(folder / "victim", "x");
+    std::filesystem::create_symlink(folder / "victim", folder / "link");
+    std::filesystem::create_hard_link(folder / "victim", folder / "name");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    const std::string longerThanAPipe(std::size_t{1} << 20, 'x');
+    for (const auto& [file, error] : {std::pair("link", ELOOP), {"name", EMLINK}, {"pipe", EAGAIN}})
+        EXPECT_NE(printedBy([&] {
+                      LogToFile((folder / file).c_str(), longerThanAPipe.c_str(), false);
+                  }).find("Error [" + std::to_string(error) + "]"),
+                  std::string::npos)
+            << file;
+    EXPECT_EQ(readFile(folder / "victim"), "x");
 }
 
 TEST_F(LogFiles, EntriesOfConcurrentWritersNeverMix) {

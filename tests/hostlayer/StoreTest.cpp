@@ -129,9 +129,17 @@ TEST(Store, ReadsAChangedFileAgainAndKeepsTheLastGoodContent) {
     EXPECT_EQ(text("Base", "sText"), "four");
 }
 
+// A key of 50,000 levels between `start` and `end`.
+std::string deepKey(const std::string& start, const std::string& end) {
+    std::string key = start;
+    for (int i = 0; i < 50000; ++i) key += ".b";
+    return key + end;
+}
+
 TEST(Store, FailsWithoutAnyGoodContent) {
-    for (const std::string& content : {std::string("[Instance001.Base\n"), std::string("a = \"\xff\"\n"),
-                                       "#" + std::string(5U << 20, 'x')}) {
+    for (const std::string& content :
+         {std::string("[Instance001.Base\n"), std::string("a = \"\xff\"\n"), "#" + std::string(5U << 20, 'x'),
+          deepKey("[a", "]\n"), deepKey("[Instance001.Base]\na", " = 1\n")}) {
         const TestStore store(content);
         EXPECT_EQ(text("Base", "sText"), "failed, unset");
     }

@@ -385,18 +385,33 @@ TEST_F(Faults, AKilledRunIsTidiedUp) {
     EXPECT_NE(journal("Endless").find("2| [the host's power failed]|"), std::string::npos);
 }
 
-// The plain copy that a preview makes has no name. The package is a pipe, from which nothing can be
-// read before the signal.
-TEST_F(Faults, AnInterruptedPreviewLeavesNoPlainCopy) {
-    const fs::path package = folder / "Scripts" / "Piped.sql";
-    ASSERT_EQ(mkfifo(package.c_str(), 0600), 0);
-    for (const Words& preview : {Words{"run", "Piped", "--dry-run"}, Words{"which", "Piped"}}) {
-        expectInterrupted(preview, SIGINT, [&] {
-            std::ofstream writer(package);  // opens once the other end is open
-            EXPECT_TRUE(fs::is_empty(folder / "temp"));
-            return writer;
-        });
-        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+// A run opens nothing but a regular file with one name, and never waits for a pipe.
+TEST_F(Faults, APackageIsARegularFileWithOneName) {
+    const fs::path scripts = folder / "Scripts";
+    const fs::path outside = m_temp / "outside.sql";
+    fs::copy_file(scripts / "SiteInventory.sql", outside);
+    ASSERT_EQ(mkfifo((scripts / "Piped.sql").c_str(), 0600), 0);
+    fs::create_symlink(outside, scripts / "Linked.sql");
+    fs::create_hard_link(outside, scripts / "Named.sql");
+    for (const char* name : {"Piped", "Linked", "Named"}) {
+        expectAll({{{"run", name}, 3, "", "is a link, no regular file, or a file with a second name"},
+                   {{"run", name, "--dry-run"}, 3, "", ""},
+                   {{"doctor"}, 3, std::string("FAILED   package ") + name + ": is a link", ""}});
+        fs::remove(scripts / (std::string(name) + ".sql"));
+    }
+    fs::permissions(scripts / "SiteInventory.sql", fs::perms::others_write, fs::perm_options::add);
+    expectAll({{{"doctor"}, 3, "FAILED   package SiteInventory: can be changed by every user", ""}});
+}
+
+TEST_F(Faults, FoldersThatEveryUserCanChangeAreRefused) {
+    for (const fs::path& path : {folder, folder / "Scripts", folder / "temp", folder / "logs"}) {
+        const fs::perms before = fs::status(path).permissions();
+        fs::permissions(path, fs::perms::all);
+        expectAll({{{"run", "SiteInventory"}, 3, "", "every user can replace files in " + path.string()},
+                   {{"doctor"}, 3, "every user can", ""}});
+        fs::permissions(path, fs::perms::all | fs::perms::sticky_bit);
+        expectAll({{{"run", "SiteInventory", "--dry-run"}, 0, "", ""}});
+        fs::permissions(path, before);
     }
 }
 

@@ -44,10 +44,9 @@ FileDescriptor createPrivateFile(const char* path) {
 }
 
 FileDescriptor openPrivateFile(const char* path) {
-    FileDescriptor file(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);  // an open of a pipe must not block
+    FileDescriptor file = openPlainFile(path, O_RDWR);
     struct stat status {};
-    const bool ours = file.isOpen() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
-                      status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0 &&
-                      ftruncate(file.get(), 0) == 0;
+    const bool ours = file.isOpen() && fstat(file.get(), &status) == 0 && status.st_uid == geteuid() &&
+                      (status.st_mode & (S_IRWXG | S_IRWXO)) == 0 && ftruncate(file.get(), 0) == 0;
     return ours ? std::move(file) : FileDescriptor();
 }

@@ -1,5 +1,6 @@
 #include "steps/PackageLoader.h"
 
+#include <fcntl.h>
 #include <strings.h>
 #include <unistd.h>
 
@@ -86,7 +87,7 @@ void PackageLoader::findByName() {
 
 bool PackageLoader::checkReadable() {
     const char* path = m_package.path.c_str();
-    if (access(path, R_OK) == 0) return true;
+    if (openPlainFile(path, O_RDONLY).isOpen()) return true;
     reportFileFailure(path, errno);
     return m_report.failAs(messages::kPackageNotFound, FXString::Format(messages::kPackageUnreadable, path));
 }

@@ -181,7 +181,8 @@ void ProcedureRun::collectOutput() {
     }
     const char* path = m_run.outputFile.c_str();
     CVoFile file;
-    if (const CVoError error = file.Open(path, "rb"); error.IsError()) {
+    if (const CVoError error = file.Open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, /*permissions=*/0);
+        error.IsError()) {
         return failAtOutput("open", error);
     }
     RemovedAtEnd brokenOff(path);  // also when the output does not fit into memory

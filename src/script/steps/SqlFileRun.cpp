@@ -178,7 +178,8 @@ void SqlFileRun::collectOutput() {
     namespace texts = messages::package_run;
     const char* path = m_outputFile.c_str();
     CVoFile file;
-    if (const CVoError error = file.Open(path, "rb"); error.IsError())
+    if (const CVoError error = file.Open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, /*permissions=*/0);
+        error.IsError())
         return failAtOutput(texts::kOutputNotOpened, error);
     RemovedAtEnd brokenOff(path);  // also when the output does not fit into memory
     m_report.toolOutput(file, m_outputFile, kOutputChunk, m_failed);

@@ -61,6 +61,13 @@ Diagnosis packageMissing(const std::string& script, const std::string&) {
     if (!std::filesystem::exists(file, ignored) && TS_IsTscriptSP(&name, &database))
         return notRun(ExitCode::kUsage, "'" + script + "' is a stored procedure, not a package",
                       "Run it with: tscript exec " + script);
+    const auto status = std::filesystem::symlink_status(file, ignored);
+    const bool isPlain =
+        std::filesystem::is_regular_file(status) && std::filesystem::hard_link_count(file, ignored) == 1;
+    if (std::filesystem::exists(status) && !isPlain)
+        return notRun(ExitCode::kInstallation,
+                      file + " is a link, no regular file, or a file with a second name",
+                      "Put a copy of the package in its place.");
     return notRun(ExitCode::kInstallation, "there is no package " + file + ", or it cannot be read",
                   "tscript pack creates one from plain text.");
 }

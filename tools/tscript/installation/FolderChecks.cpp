@@ -16,6 +16,7 @@
 #include "HostSettings.h"
 #include "installation/CheckList.h"
 #include "installation/CheckSteps.h"
+#include "installation/Installation.h"
 #include "installation/LeftOvers.h"
 #include "installation/ProbeFile.h"
 #include "record/RecordFolder.h"
@@ -66,12 +67,10 @@ std::string useProblem(const std::string& path, int mode) {
     }
 }
 
-// In a folder that every user can change, another user can replace or delete what runs read and write, and so
-// change the SQL that runs. The sticky bit, as on /tmp, prevents it, except for the folder's owner.
 void checkOwner(CheckList& list, const std::string& name, const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return;
-    if ((status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0)
+    if (canStrangersReplaceFilesIn(path))
         list.addFailure(name + " mode", ExitCode::kInstallation, "every user can change files in " + path,
                         "Set its mode: chmod o-w " + path);
     if (status.st_uid != geteuid() && status.st_uid != 0)

@@ -1,12 +1,14 @@
 #include "installation/Installation.h"
 
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "DVUtilities/DVUtilLib.h"
@@ -86,6 +88,32 @@ void requireLogFolder() {
                   "the log folder " + folder + " cannot be used: " + std::strerror(errno),
                   "Create it and let this user write there, or set another: tscript config set "
                   "EventManager.dEVLOGDIR FOLDER");
+}
+
+bool canStrangersReplaceFilesIn(const std::string& folder) {
+    struct stat status {};
+    return stat(folder.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0 &&
+           (status.st_mode & S_ISVTX) == 0;
+}
+
+void requireSafeFolders() {
+    const std::filesystem::path store = hostlayer::inspectStore().path;
+    std::vector<std::string> folders = {store.has_parent_path() ? store.parent_path().string() : "."};
+    const std::pair<const char*, const char*> values[] = {{"Base", "dZEPHRAHOME"},
+                                                          {"Base", "dZEPHRATEMPDIR"},
+                                                          {"Base", "sSCRIPTSTEMPDIR"},
+                                                          {"EventManager", "dEVLOGDIR"}};
+    for (const auto& [key, value] : values) {
+        std::vector<char> folder(kValueCapacity);
+        std::string ignored;
+        if (!GetRegistryItemValue("", key, value, nullptr, folder.data(), ignored)) continue;
+        folders.emplace_back(folder.data());
+        if (std::string_view(value) == "dZEPHRAHOME") folders.push_back(folders.back() + "/Scripts");
+    }
+    for (const std::string& folder : folders)
+        if (canStrangersReplaceFilesIn(folder))
+            throw Failure(ExitCode::kInstallation, "every user can replace files in " + folder,
+                          "Set its mode: chmod o-w " + folder);
 }
 
 void setDatabaseValue(const std::string& valueName, const std::string& text) {

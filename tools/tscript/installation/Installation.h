@@ -24,6 +24,12 @@ void requireStore();
 // Throws Failure (kInstallation) if this user cannot create files in the log folder.
 void requireLogFolder();
 
+// Throws Failure (kInstallation) if every user can replace files in a folder of the installation: that of the
+// store, the packages, the temporary files or the logs.
+void requireSafeFolders();
+// Returns whether every user can replace what is in the folder. The sticky bit, as on /tmp, prevents it.
+bool canStrangersReplaceFilesIn(const std::string& folder);
+
 // Sets a string value under the key "Database". Throws Failure (kInstallation).
 void setDatabaseValue(const std::string& valueName, const std::string& text);
 

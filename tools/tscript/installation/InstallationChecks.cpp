@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,7 @@
 #include "installation/CheckSteps.h"
 #include "installation/CipherKey.h"
 #include "installation/Diagnosis.h"
+#include "installation/Installation.h"
 #include "installation/ToolLimit.h"
 #include "system/ChildProcess.h"
 #include "system/ScratchFile.h"
@@ -37,6 +39,10 @@ void checkStore(CheckList& list) {
     if (stat(store.path.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0)
         list.addFailure("store mode", ExitCode::kInstallation, "every user can change " + store.path,
                         "Set its mode: chmod 0640 " + store.path);
+    const std::string folder = std::filesystem::absolute(store.path).parent_path().string();
+    if (canStrangersReplaceFilesIn(folder))
+        list.addFailure("store folder", ExitCode::kInstallation, "every user can replace files in " + folder,
+                        "Set its mode: chmod o-w " + folder);
     if (storeText("Dorvase", "sDVHOSTNAME").empty())
         list.addFailure("host name", ExitCode::kInstallation, "the store does not name this host",
                         "Set it: tscript config set Dorvase.sDVHOSTNAME NAME");

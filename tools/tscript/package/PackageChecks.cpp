@@ -1,6 +1,7 @@
 #include "package/PackageChecks.h"
 
 #include <strings.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -96,7 +97,21 @@ std::optional<Fault> siteFault(const PackageContent& package, Site& site) {
     return std::nullopt;
 }
 
+// What a run refuses, and what lets others change a package.
+std::optional<Fault> fileFault(const fs::path& file) {
+    struct stat status {};
+    if (lstat(file.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) return std::nullopt;
+    if (!S_ISREG(status.st_mode) || status.st_nlink > 1)
+        return Fault{ExitCode::kInstallation, "is a link, a pipe or a file with a second name",
+                     "Runs refuse it. Put a copy of the package in its place."};
+    if ((status.st_mode & S_IWOTH) != 0)
+        return Fault{ExitCode::kInstallation, "can be changed by every user",
+                     "Set its mode: chmod o-w " + file.string()};
+    return std::nullopt;
+}
+
 std::optional<Fault> faultOf(const fs::path& file, Site& site, bool knowsComponents) {
+    if (std::optional<Fault> fault = fileFault(file)) return fault;
     try {
         const Inspection package = inspectPackage(file.string());
         std::optional<Fault> fault = contentFault(package);
