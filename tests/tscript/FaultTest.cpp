@@ -415,6 +415,26 @@ TEST_F(Faults, FoldersThatEveryUserCanChangeAreRefused) {
     }
 }
 
+// The server frees the lock of a run that is killed.
+TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
+    packEndless();
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const pid_t holder = support::spawn({TSCRIPT_PROGRAM, "run", "Endless", "--lock"}, options,
+                                        {output.get(), output.get(), output.get()});
+    while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
+    expectAll({{{"run", "Endless", "--lock=fail"}, 5, "", "Endless is locked by run "},
+               {{"run", "Endless", "--lock", "--timeout", "1"}, 5, "", "; waiting"}});
+    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nlockedScripts = 'Other, End*'");
+    expectAll({{{"run", "Endless", "--timeout", "1"}, 5, "", "given up"}});
+    kill(holder, SIGKILL);
+    int exitCode = -1;
+    support::waitFor(holder, std::chrono::seconds(60), exitCode);
+    expectAll({{{"run", "Endless", "--timeout", "2"}, 1, "", "after 2 s (--timeout)"}});
+    EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
+}
+
 // The query tool ends with a command that was stopped: it waits for a pipe that nobody fills.
 TEST_F(Faults, AStoppedRestoreEndsTheQueryTool) {
     const fs::path backup = folder / "backups" / "pipe";

@@ -27,7 +27,8 @@ Exit codes:
   2    wrong usage
   3    the installation is not in order
   4    no connection to the database
-  5    refused: authentication, a secured script, or a package of another site
+  5    refused: authentication, a secured script, a package of another site, or
+       the lock of another run
   130  interrupted)";
 
 constexpr void (*kAddCommands[])(CLI::App&, Action&) = {

@@ -24,6 +24,8 @@ constexpr const char* kClosingLine = "Tscript Execution Succeeded!";
 struct ScriptOptions {
     ScriptRequest request;
     std::string outputFile;
+    std::string lock;                    // wait, fail; empty: as the store says
+    int timeout = 0;                     // seconds; 0: no limit
     const CLI::App* commands = nullptr;  // all commands of the tool
     bool allowMissing = false;
     bool data = false;
@@ -75,7 +77,10 @@ Diagnosis diagnosisOf(const ScriptOptions& options, const RunResult& result) {
     const char* what = holds("Failed to record tscript end")
                            ? "interrupted; the run has ended, but its end is not recorded"
                            : "interrupted";
-    return {ExitCode::kInterrupted, what, {}, /*scriptRan=*/holds("\nFailed at Run")};
+    const bool hasRun = holds("\nFailed at Run");
+    if (!result.timedOut) return {ExitCode::kInterrupted, what, {}, hasRun};
+    const std::string limit = std::to_string(options.timeout) + " s (--timeout)";
+    return {ExitCode::kScriptFailed, what + (" after " + limit), {}, hasRun};
 }
 
 // The output is a result if the script ran, else a note.
@@ -97,9 +102,17 @@ Diagnosis diagnosisOf(const ScriptOptions& options, const RunResult& result) {
     throw Failure(failure.code(), failure.what() + ("\n" + report.text));
 }
 
+LockMode lockModeOf(const ScriptOptions& options) {
+    if (options.lock.empty()) return configuredLockMode(options.request.name);
+    return options.lock == "fail" ? LockMode::kFail : LockMode::kWait;
+}
+
 ExitCode runAndReport(const ScriptOptions& options, ScriptKind kind, Operation operation) {
     ResultFile target(options.outputFile);  // made before the run: fails early if it cannot be written
-    RunResult result = runScript(options.request, kind, operation, !options.quiet);
+    ScriptRequest request = options.request;
+    request.lock = lockModeOf(options);
+    request.timeout = std::chrono::seconds(options.timeout);
+    RunResult result = runScript(request, kind, operation, !options.quiet);
     if (!result.succeeded) throwRunFailure(options, result, target);
     if (options.data) result.output = withoutClosingLine(std::move(result.output));
     if (options.json) {
@@ -193,6 +206,7 @@ ExitCode runPackage(const ScriptOptions& options) {
     if (const std::optional<SqlPreview> preview = peekPackage(options.request)) {
         requireRunnable(options, *preview);
         run.data = options.data || (preview->isXml && !options.outputFile.empty());
+        run.request.lockDatabase = preview->database;
     }
     return runAndReport(run, ScriptKind::kPackage, Operation::kExecute);
 }
@@ -257,7 +271,18 @@ void addInput(CLI::App* command, const Options& options) {
               "Text that the journal records instead of the parameters", {.type = "TEXT"});
 }
 
+void addLockOptions(CLI::App* command, const Options& options) {
+    addChoiceFlag(command, "--lock", options->lock,
+                  "One run of the script at a time: wait for another one (wait), or refuse to run (fail). "
+                  "Default: wait for the scripts of lockedScripts in the store",
+                  {"wait", "fail"});
+    addNumber(
+        command, "--timeout", options->timeout, "End the run after this time, the wait for its lock included",
+        {.type = "SECONDS", .least = 0, .most = std::numeric_limits<int>::max(), .defaultInHelp = false});
+}
+
 void addRunOptions(CLI::App* command, const Options& options) {
+    addLockOptions(command, options);
     addFlag(command, "--dry-run", options->dryRun, "Show the SQL that would run, and run nothing");
     addOption(command, "-o,--output", options->outputFile,
               "Write the result to this file; if that fails, an existing file is unchanged",

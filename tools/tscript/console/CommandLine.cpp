@@ -151,3 +151,9 @@ void addFlag(CLI::App* command, const char* name, bool& value, const char* help,
     CLI::Option* flag = command->add_flag(name, value, help);
     if (excluded != nullptr) flag->excludes(command->get_option(excluded));
 }
+
+void addChoiceFlag(CLI::App* command, const char* name, std::string& value, const char* help,
+                   const std::vector<std::string>& oneOf) {
+    command->add_flag(std::string(name) + "{" + oneOf.front() + "}", value, help)
+        ->check(CLI::IsMember(oneOf));
+}

@@ -71,3 +71,6 @@ void addOptionFunction(CLI::App& app, const char* name, const std::function<void
 // `excluded` names a flag of the same command that cannot be given together with this one.
 void addFlag(CLI::App* command, const char* name, bool& value, const char* help,
              const char* excluded = nullptr);
+// A flag that may have a value, `--name=VALUE`. Without one it has the first of the permitted values.
+void addChoiceFlag(CLI::App* command, const char* name, std::string& value, const char* help,
+                   const std::vector<std::string>& oneOf);

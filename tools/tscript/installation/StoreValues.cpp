@@ -37,6 +37,7 @@ constexpr KnownValue kKnown[] = {
     {"host", "strictQueryTool", Kind::kNumber},
     {"host", "requireSeal", Kind::kNumber},
     {"host", "trustedSigners", Kind::kText},
+    {"host", "lockedScripts", Kind::kText},
     {"host", "connectionReuse", Kind::kNumber},
     {"host", "debugLogLevel", Kind::kNumber},
     {"host", "debugLogFile", Kind::kText},

@@ -1,5 +1,7 @@
 #include "run/ScriptRun.h"
 
+#include <optional>
+
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "console/Outcome.h"
@@ -68,7 +70,11 @@ RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation ope
     RunResult result;
     result.kind = kind;
     result.database = request.database;
-    const InterruptGuard guard;
+    const InterruptGuard guard(request.timeout);
+    std::optional<RunLock> lock;
+    if (request.lock != LockMode::kNone && operation == Operation::kExecute)
+        lock.emplace(request.name, request.lockDatabase.empty() ? request.database : request.lockDatabase,
+                     request.lock, guard);
     const Progress progress(request.name, showProgress);
     const DVUCauses causes;
     result.succeeded = kind == ScriptKind::kPackage ? callPackage(request, operation, result)
@@ -79,5 +85,6 @@ RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation ope
     if (result.succeeded) result.causes.clear();
     result.seconds = progress.seconds();
     result.interrupted = guard.interrupted();
+    result.timedOut = guard.timedOut();
     return result;
 }

@@ -1,10 +1,12 @@
 // Run of a tscript by the library, with Ctrl-C and progress on the terminal.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
 #include "DVUtilities/Diagnostics.h"
+#include "run/RunLock.h"
 
 enum class ScriptKind { kPackage, kProcedure };
 const char* nameOf(ScriptKind kind);
@@ -18,6 +20,9 @@ struct ScriptRequest {
     std::string input;                    // recorded in the journal instead of the parameters
     std::string database;                 // empty: the one of the installed components
     bool allowToolCommands = false;       // accept line breaks, "$(" and commands of the query tool in values
+    LockMode lock = LockMode::kNone;
+    std::string lockDatabase;         // empty: as `database`
+    std::chrono::seconds timeout{0};  // of the run and the wait for its lock; 0: no limit
 };
 
 // Option bits of the library's runs and previews.
@@ -34,9 +39,11 @@ struct RunResult {
     bool succeeded = false;
     bool interrupted = false;
     bool isToolSilent = false;  // the library succeeded, but the tool wrote no output: a failure here
+    bool timedOut = false;      // interrupted by the request's time-out
     double seconds = 0;
     std::vector<DVUCause_t> causes;  // of a failure
 };
 
-// Throws Failure (kInstallation) if the log folder cannot be used; a script's failure is in the result.
+// Throws Failure (kInstallation) if the log folder cannot be used, and as RunLock does; a script's failure is
+// in the result.
 RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation operation, bool showProgress);

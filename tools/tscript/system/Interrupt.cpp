@@ -45,7 +45,7 @@ void endWhenDriverIsStuck() {
     });
 }
 
-InterruptGuard::InterruptGuard() {
+InterruptGuard::InterruptGuard(std::chrono::seconds timeout) : m_timeout(timeout) {
     const sigset_t set = interruptions();
     pthread_sigmask(SIG_BLOCK, &set, &m_before);
     m_watcher = std::thread(&InterruptGuard::watch, this, gettid());
@@ -68,9 +68,17 @@ void InterruptGuard::watch(pid_t parentThread) {
         const auto now = Clock::now();
         if (signal > 0 && m_interrupted && !m_second) m_second = now;
         if (signal > 0 && !m_interrupted) m_first = now;
+        if (!m_interrupted && signal <= 0 && isTimedOut(now)) {
+            m_first = now;
+            m_timedOut = m_interrupted = true;
+        }
         if (signal > 0) m_interrupted = true;
         if (m_interrupted) endWaits(parentThread);
     }
+}
+
+bool InterruptGuard::isTimedOut(Clock::time_point now) const {
+    return m_timeout > std::chrono::seconds::zero() && now - m_began > m_timeout;
 }
 
 void InterruptGuard::endWaits(pid_t parentThread) const {

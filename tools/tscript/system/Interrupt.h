@@ -14,20 +14,26 @@
 // files. The second signal ends all further waits as well; if that does not help, the process ends.
 class InterruptGuard {
   public:
-    InterruptGuard();
+    // After `timeout` (0: no limit), acts as after a first signal.
+    explicit InterruptGuard(std::chrono::seconds timeout = std::chrono::seconds::zero());
     ~InterruptGuard();
     InterruptGuard(const InterruptGuard&) = delete;
     InterruptGuard& operator=(const InterruptGuard&) = delete;
     bool interrupted() const { return m_interrupted; }
+    bool timedOut() const { return m_timedOut; }
 
   private:
     using Clock = std::chrono::steady_clock;
 
     void watch(pid_t parentThread);
+    bool isTimedOut(Clock::time_point now) const;
     void endWaits(pid_t parentThread) const;
 
     std::atomic<bool> m_interrupted{false};
+    std::atomic<bool> m_timedOut{false};
     std::atomic<bool> m_ending{false};
+    const std::chrono::seconds m_timeout;
+    const Clock::time_point m_began = Clock::now();
     Clock::time_point m_first;  // the first signal
     std::optional<Clock::time_point> m_second;
     sigset_t m_before;
