@@ -49,6 +49,40 @@ install(FILES "${CMAKE_BINARY_DIR}/DVUtilitiesConfig.cmake" "${CMAKE_BINARY_DIR}
 install(FILES "${CMAKE_BINARY_DIR}/DVUtilities.pc"
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
+# Each package with programs or libraries lists what they were built with: libraries that are linked, and
+# libraries of headers, which are compiled in.
+get_filename_component(sybdb_file "${SYBDB_LIBRARY}" REALPATH)
+string(REGEX REPLACE ".*\\.so\\." "" SYBDB_VERSION "${sybdb_file}")
+find_package(nlohmann_json REQUIRED)
+set(compiler_version "${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION}")
+file(CONFIGURE OUTPUT linked/library.txt @ONLY CONTENT "Linked libraries and their versions
+
+libspdlog ${spdlog_VERSION}
+libtomlplusplus ${tomlplusplus_VERSION}
+libsodium ${sodium_VERSION}
+libodbc ${odbc_VERSION} (unixODBC)
+libstdc++, libgcc_s: ${compiler_version}
+")
+file(CONFIGURE OUTPUT linked/tools.txt @ONLY CONTENT "Linked libraries and their versions
+
+libodbc ${odbc_VERSION} (unixODBC)
+libsybdb ${SYBDB_VERSION} (FreeTDS)
+libsqlite3 ${sqlite3_VERSION}
+libssl, libcrypto ${openssl_VERSION} (OpenSSL)
+libsodium ${sodium_VERSION}
+libstdc++, libgcc_s: ${compiler_version}
+
+Compiled in
+
+CLI11 ${CLI11_VERSION}
+nlohmann-json ${nlohmann_json_VERSION}
+Boost ${Boost_VERSION} (headers)
+")
+foreach(component library tools)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/linked/${component}.txt" DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT ${component} RENAME linked-libraries-${component}.txt)
+endforeach()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME dvutilities)
 set(CPACK_PACKAGE_VENDOR "The DVUtilities developers")

@@ -19,6 +19,13 @@ done
 twice=$(sort "$work/files" | uniq -d)
 [[ -z "$twice" ]] || { echo "in more than one package: $twice"; exit 1; }
 
+# The lists of linked libraries name all of them, with a version.
+docs=$(dirname "$(find "$work/root" -name linked-libraries-tools.txt)")
+while read -r library; do
+  grep -hF "${library%%.so*}" "$docs"/linked-libraries-*.txt | grep -q '[0-9]' || { echo "$library is in no list"; exit 1; }
+done < <(find "$work/root/usr/bin" "$work/root/usr/lib" "$work/root/usr/libexec" -type f -exec readelf -dW {} + 2>/dev/null |
+         sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p' | sort -u | grep -vE '^(libV|libDV|libc\.|libm\.|ld-)')
+
 for tool in bin/tscript libexec/dvutilities/sqlcmd bin/tsqlbox; do
   "$work/root/usr/$tool" --help >/dev/null || { echo "$tool does not start"; exit 1; }
 done

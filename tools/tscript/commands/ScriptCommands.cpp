@@ -1,5 +1,7 @@
 // Commands `run`, `exec`, `help` and `params`: tscripts by name.
+#include <chrono>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
