@@ -42,6 +42,17 @@ void writeSection(std::ostream& out, const char* title, const CLI::App& command,
     }
 }
 
+std::vector<const CLI::App*> commandsOf(const CLI::App& level) {
+    return level.get_subcommands([](const CLI::App*) { return true; });
+}
+
+void writeCommands(std::ostream& out, const CLI::App& family) {
+    if (!commandsOf(family).empty()) out << ".SH COMMANDS\n";
+    for (const CLI::App* command : commandsOf(family))
+        out << ".TP\n\\fB" << roff(command->get_name()) << "\\fR\n"
+            << roff(command->get_description()) << "\n";
+}
+
 std::string pageOf(const CLI::App& command, const std::string& path) {
     const std::string name = joined(path, '-');
     std::string upper = name;
@@ -57,6 +68,7 @@ std::string pageOf(const CLI::App& command, const std::string& path) {
         out << " " << (option->get_required() ? argument : "[" + argument + "]");
     }
     out << "\n.SH DESCRIPTION\n" << roff(command.get_description()) << ".\n";
+    writeCommands(out, command);
     writeSection(out, "ARGUMENTS", command, /*positional=*/true);
     writeSection(out, "OPTIONS", command, /*positional=*/false);
     if (command.get_parent()->get_parent() != nullptr)
@@ -66,13 +78,9 @@ std::string pageOf(const CLI::App& command, const std::string& path) {
 }
 
 bool writePagesBelow(const CLI::App& level, const std::string& path, const std::string& folder) {
-    for (const CLI::App* command : level.get_subcommands([](const CLI::App*) { return true; })) {
+    for (const CLI::App* command : commandsOf(level)) {
         const std::string name = path + " " + command->get_name();
-        const bool isFamily = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
-        if (isFamily) {
-            if (!writePagesBelow(*command, name, folder)) return false;
-            continue;
-        }
+        if (!writePagesBelow(*command, name, folder)) return false;
         std::ofstream out(folder + "/" + joined(name, '-') + ".1");
         out << pageOf(*command, name) << std::flush;
         if (!out) return false;
