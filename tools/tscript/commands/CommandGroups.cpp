@@ -12,9 +12,9 @@ struct Group {
 };
 
 const Group kGroups[] = {
-    {"Run scripts", {"run", "exec", "list", "which", "help", "params", "each"}},
-    {"See what ran", {"catalogue", "journal", "report", "metrics"}},
-    {"Write packages", {"new", "lint", "pack", "test", "inspect", "diff", "repack"}},
+    {"Run scripts", {"run", "exec", "which", "help", "params"}},
+    {"See what ran", {"catalogue", "journal", "report"}},
+    {"Write packages", {"lint", "pack", "inspect", "repack"}},
     {"Set up and repair", {"doctor", "tidy", "config", "key", "credentials", "schema", "db"}},
     {"Try it out", {"sandbox"}},
 };
