@@ -2,6 +2,7 @@
 
 #include <sodium/crypto_hash_sha256.h>
 #include <sodium/utils.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <cstdio>
@@ -37,6 +38,8 @@ std::string sha256Of(std::string_view text) {
 }
 
 std::string sha256OfFile(const char* path) {
+    struct stat status {};
+    if (::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return {};
     const OpenFile file(path, "rb");
     if (!file.isOpen()) return {};
     Sha256 hash;
