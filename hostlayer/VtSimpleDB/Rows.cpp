@@ -94,6 +94,8 @@ class BlockReader : public RowReader {
         return Fetched::kRow;
     }
 
+    bool hasBufferedRow() const override { return m_row < m_rowCount; }
+
   private:
     bool setAttribute(SQLINTEGER attribute, SQLPOINTER value) {
         return m_statement.check(::SQLSetStmtAttr(m_statement.get(), attribute, value, 0), "Set rowset");
@@ -149,6 +151,8 @@ class PieceReader : public RowReader {
         }
         return Fetched::kRow;
     }
+
+    bool hasBufferedRow() const override { return false; }
 
   private:
     bool readColumn(std::size_t index, bool& isNull) {

@@ -27,6 +27,8 @@ class RowReader {
     // Reads the next row into `values`, which has one entry per column; nullopt is NULL. The views are valid
     // until the next call.
     virtual Fetched next(std::vector<std::optional<std::string_view>>& values) = 0;
+    // Returns whether next() returns without a call of the driver.
+    virtual bool hasBufferedRow() const = 0;
 };
 
 // Returns a reader, or null on a failure. Rows are fetched in blocks if the length of every column is

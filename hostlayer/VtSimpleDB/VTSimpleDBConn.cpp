@@ -268,7 +268,7 @@ int VTDBAutoBindResult::getNextRow() {
     if (result.state != 0) return result.state;
     const auto& rows = result.statement->rows;
     std::optional<ServerRequest::Call> call;
-    if (rows) call.emplace(*result.statement->request);
+    if (rows && !rows->hasBufferedRow()) call.emplace(*result.statement->request);
     const Fetched fetched = rows ? rows->next(result.values) : Fetched::kFailure;
     if (fetched != Fetched::kRow) result.state = fetched == Fetched::kEnd ? 1 : -1;
     if (fetched == Fetched::kFailure) result.statement->hasFailed = true;
