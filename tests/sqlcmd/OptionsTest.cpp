@@ -1,4 +1,4 @@
-#include "options/Options.h"
+#include "options/CommandLine.h"
 
 #include <gtest/gtest.h>
 

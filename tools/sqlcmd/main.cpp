@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "options/CommandLine.h"
 #include "session/Tool.h"
 
 namespace {

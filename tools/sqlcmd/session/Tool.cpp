@@ -9,6 +9,7 @@
 
 #include "client/Connect.h"
 #include "client/ServerBrowser.h"
+#include "options/CommandLine.h"
 #include "session/Programs.h"
 #include "session/TerminalLines.h"
 #include "terminal/Interrupt.h"

@@ -101,8 +101,8 @@ void writeParameters(const Position& position) {
         !TS_ExecTscript_SP(position.values.front().c_str(), databaseOf(position).c_str(), "", "", kParameters,
                            &logFile, &output, &auditLevel))
         return;
-    for (const Json& parameter : parseToolTable(output))
-        writeCandidate(parameter.value("name", "") + "=", parameter.value("type", ""));
+    for (const Json& parameter : parseToolTable(output).elements())
+        writeCandidate(parameter.memberText("name") + "=", parameter.memberText("type"));
 }
 
 void writeDatabases(const Position&) {

@@ -249,8 +249,7 @@ ExitCode showUsage(const ScriptOptions& options) {
 }
 
 ExitCode showCommands(const ScriptOptions& options) {
-    writeResult(
-        options.commands->get_formatter()->make_help(options.commands, "", CLI::AppFormatMode::Normal));
+    writeResult(usageOf(*options.commands));
     return ExitCode::kDone;
 }
 
@@ -316,17 +315,16 @@ void addScriptCommands(CLI::App& app, Action& action) {
               "The database of a package that names none (default: found from the installed components)",
               {.type = "DB"});
 
-    CLI::App* help = addScriptCommand(
-        app, action, "help", "Show a script's usage; without a name, the commands", options, showUsage);
-    help->get_option("NAME")->required(false);
+    CLI::App* help =
+        addCommand(&app, "help", "Show a script's usage; without a name, the commands", [&action, options] {
+            action = [options] {
+                if (options->request.name.empty()) return showCommands(*options);
+                checkRequest(options->request);
+                return showUsage(*options);
+            };
+        });
+    addOption(help, "NAME", options->request.name, "The script's name");
     addDatabaseOption(help, options->request.database);
-    help->callback([&action, options] {
-        action = [options] {
-            if (options->request.name.empty()) return showCommands(*options);
-            checkRequest(options->request);
-            return showUsage(*options);
-        };
-    });
 
     CLI::App* exec =
         addScriptCommand(app, action, "exec", "Run a stored-procedure script", options, runProcedure);

@@ -104,6 +104,10 @@ CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
     return app.add_subcommand(name, description)->require_subcommand(1);
 }
 
+std::string usageOf(const CLI::App& app) {
+    return app.get_formatter()->make_help(&app, "", CLI::AppFormatMode::Normal);
+}
+
 bool hasCommand(const CLI::App& app, const std::string& name) {
     const auto hasName = [&](const CLI::App* command) { return command->check_name(name); };
     return !app.get_subcommands(hasName).empty();

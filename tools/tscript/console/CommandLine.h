@@ -34,6 +34,7 @@ CLI::App* addCommand(CLI::App* family, const char* name, const char* description
                      const std::function<void()>& chosen);
 // Adds a command that has only subcommands.
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description);
+std::string usageOf(const CLI::App& app);
 bool hasCommand(const CLI::App& app, const std::string& name);
 
 struct OptionRules {

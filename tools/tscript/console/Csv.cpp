@@ -16,21 +16,20 @@ std::string csvField(std::string_view text) {
 
 std::string csvHeading(const Json& object) {
     std::string line;
-    for (const auto& [name, value] : object.items()) line += (line.empty() ? "" : ",") + name;
+    for (const auto& [name, value] : object.members()) line += (line.empty() ? "" : ",") + name;
     return line + kLineEnd;
 }
 
 std::string csvLine(const Json& object) {
     std::string line;
     bool isFirst = true;
-    for (const auto& [name, value] : object.items()) {
+    for (const auto& [name, value] : object.members()) {
         if (!isFirst) line += ',';
         isFirst = false;
-        if (value.is_string()) {
-            line += csvField(value.get_ref<const std::string&>());
-        } else if (!value.is_null()) {
-            line += value.dump();
-        }
+        if (const auto* text = std::get_if<std::string>(&value.value()))
+            line += csvField(*text);
+        else if (!value.is_null())
+            line += jsonLine(value);
     }
     return line + kLineEnd;
 }

@@ -64,6 +64,13 @@ Json& Json::operator[](std::string_view name) {
     return members.emplace_back(std::string(name), Json()).second;
 }
 
+std::string Json::memberText(std::string_view name) const {
+    for (const auto& [known, value] : members())
+        if (known == name)
+            if (const auto* text = std::get_if<std::string>(&value.value())) return *text;
+    return {};
+}
+
 Json jsonOfText(std::string_view text) {
     return valueOf(Library::parse(text));
 }

@@ -38,6 +38,10 @@ class Json {
     void push_back(Json element) { std::get<Elements>(m_value).push_back(std::move(element)); }
     bool is_null() const { return std::holds_alternative<std::nullptr_t>(m_value); }
     const Value& value() const { return m_value; }
+    const Elements& elements() const { return std::get<Elements>(m_value); }
+    const Members& members() const { return std::get<Members>(m_value); }
+    // Returns the string of an object's member; empty if it has none.
+    std::string memberText(std::string_view name) const;
 
   private:
     explicit Json(Value value) : m_value(std::move(value)) {}
