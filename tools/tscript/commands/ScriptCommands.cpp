@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "commands/Commands.h"
@@ -21,7 +22,7 @@
 
 namespace {
 
-constexpr const char* kClosingLine = "Tscript Execution Succeeded!";
+constexpr std::string_view kClosingLine = "\nTscript Execution Succeeded!";
 
 struct ScriptOptions {
     ScriptRequest request;
@@ -66,7 +67,7 @@ void writeRunResult(ResultFile& target, const std::string& text) {
 
 // The line "Tscript Execution Succeeded!" that the library appends to the output is no data.
 std::string withoutClosingLine(std::string output) {
-    const std::size_t at = output.rfind(std::string("\n") + kClosingLine);
+    const std::size_t at = output.rfind(kClosingLine);
     if (at != output.npos) output.erase(at);
     return output;
 }
