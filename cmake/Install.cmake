@@ -61,7 +61,13 @@ libspdlog ${spdlog_VERSION}
 libtomlplusplus ${tomlplusplus_VERSION}
 libsodium ${sodium_VERSION}
 libodbc ${odbc_VERSION} (unixODBC)
+libssl, libcrypto ${openssl_VERSION} (OpenSSL)
+libgssapi_krb5 ${gssapi_VERSION} (Kerberos)
 libstdc++, libgcc_s: ${compiler_version}
+
+Compiled in
+
+nlohmann-json ${nlohmann_json_VERSION}
 ")
 file(CONFIGURE OUTPUT linked/tools.txt @ONLY CONTENT "Linked libraries and their versions
 
@@ -69,6 +75,8 @@ libodbc ${odbc_VERSION} (unixODBC)
 libsybdb ${SYBDB_VERSION} (FreeTDS)
 libsqlite3 ${sqlite3_VERSION}
 libssl, libcrypto ${openssl_VERSION} (OpenSSL)
+libgssapi_krb5 ${gssapi_VERSION} (Kerberos)
+libedit ${libedit_VERSION}
 libsodium ${sodium_VERSION}
 libstdc++, libgcc_s: ${compiler_version}
 

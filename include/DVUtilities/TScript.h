@@ -153,7 +153,6 @@ class DVU_EXPORT TScript {
     std::string m_usage;
     std::string m_output;
     std::string m_sqlFilePath;
-    std::string m_packageHash;
     std::string m_scriptBody;
     std::string m_guid;
     std::string m_dbName;
@@ -164,4 +163,5 @@ class DVU_EXPORT TScript {
     std::int32_t m_userId = 0;
     std::string m_creationText;        // last result of getCreation()
     DVUCauseList* m_causes = nullptr;  // owned; of the last operation, null after a success
+    std::string m_packageHash;         // of the loaded package, for the run record
 };

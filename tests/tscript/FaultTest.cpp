@@ -505,7 +505,7 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
     support::writeFile(tool, "#!/bin/sh\nwhile [ \"$1\" != -o ]; do shift; done\n: >\"$2\"\n");
     support::writeFile(folder / "Scripts" / "Empty.sql", "");
     expectAll({{{"run", "SiteInventory"}, 0, "Succeeded", ""},
-               {{"run", "Empty"}, 3, "", "Empty.sql has no statement"}});
+               {{"run", "Empty"}, 3, "", "The package has no record."}});
 }
 
 TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
