@@ -94,8 +94,8 @@ bool Login::driverConnects(std::u16string& text, ServerRequest& request) const {
     return m_connection.check(result, "Connect");
 }
 
-// What FreeTDS does not say: a missing or refused Kerberos ticket; without a message of the server, the network
-// or an encryption that is refused.
+// What FreeTDS does not say: a missing or refused Kerberos ticket; without a message of the server, the
+// network or an encryption that is refused.
 void Login::reportReason() const {
     const std::string problem = freetds::ticketProblem(m_connectionString);
     if (!problem.empty()) return reportError(VtCause::kConnection, "Connect: " + problem);
