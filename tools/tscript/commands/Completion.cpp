@@ -101,7 +101,8 @@ void writeParameters(const Position& position) {
         !TS_ExecTscript_SP(position.values.front().c_str(), databaseOf(position).c_str(), "", "", kParameters,
                            &logFile, &output, &auditLevel))
         return;
-    for (const Json& parameter : parseToolTable(output).elements())
+    const Json parameters = parseToolTable(output);
+    for (const Json& parameter : parameters.elements())
         writeCandidate(parameter.memberText("name") + "=", parameter.memberText("type"));
 }
 
