@@ -105,7 +105,7 @@ CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
 }
 
 std::string usageOf(const CLI::App& app) {
-    return app.get_formatter()->make_help(&app, "", CLI::AppFormatMode::Normal);
+    return app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
 }
 
 bool hasCommand(const CLI::App& app, const std::string& name) {
