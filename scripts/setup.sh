@@ -42,10 +42,10 @@ if [[ $EUID -ne 0 ]]; then
 fi
 
 echo "setup: installing ${missing[*]}" >&2
-export DEBIAN_FRONTEND=noninteractive
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-if ! { "${as_root[@]}" apt-get update -q && "${as_root[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get)  # sudo does not pass the environment on
+if ! { "${apt[@]}" update -q && "${apt[@]}" install -y -q --no-install-recommends "${missing[@]}"; } >"$log" 2>&1 </dev/null; then
   cat "$log" >&2
   echo "setup: the packages above could not be installed" >&2
   exit 1
