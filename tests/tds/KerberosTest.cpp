@@ -49,21 +49,44 @@ TEST_F(Kerberos, FreeTdsLogsInWithoutAPassword) {
     }
 }
 
-// Sends tokens of GSSAPI until the server accepts or refuses the login, and returns its last response.
-std::string logIn(int port, const std::string& service, gss_OID mechanism, OM_uint32 flags, bool longLength) {
-    OM_uint32 minor = 0;
-    gss_buffer_desc text{service.size(), const_cast<char*>(service.data())};
-    gss_name_t name = GSS_C_NO_NAME;
-    gss_import_name(&minor, &text, GSS_KRB5_NT_PRINCIPAL_NAME, &name);
-    gss_ctx_id_t context = GSS_C_NO_CONTEXT;
-    const auto next = [&](std::string_view received) {
+// The client's side of a GSSAPI login.
+class GssLogin {
+  public:
+    GssLogin(const std::string& service, gss_OID mechanism, OM_uint32 flags)
+        : m_mechanism(mechanism), m_flags(flags) {
+        gss_buffer_desc text{service.size(), const_cast<char*>(service.data())};
+        gss_import_name(&m_minor, &text, GSS_KRB5_NT_PRINCIPAL_NAME, &m_service);
+    }
+    ~GssLogin() {
+        gss_delete_sec_context(&m_minor, &m_context, GSS_C_NO_BUFFER);
+        gss_release_name(&m_minor, &m_service);
+    }
+    GssLogin(const GssLogin&) = delete;
+    GssLogin& operator=(const GssLogin&) = delete;
+
+    // Returns the token that follows the server's.
+    std::string next(std::string_view received) {
         gss_buffer_desc in{received.size(), const_cast<char*>(received.data())};
         gss_buffer_desc out = GSS_C_EMPTY_BUFFER;
-        gss_init_sec_context(&minor, GSS_C_NO_CREDENTIAL, &context, name, mechanism, flags, 0,
+        gss_init_sec_context(&m_minor, GSS_C_NO_CREDENTIAL, &m_context, m_service, m_mechanism, m_flags, 0,
                              GSS_C_NO_CHANNEL_BINDINGS, &in, nullptr, &out, nullptr, nullptr);
-        return std::string(static_cast<char*>(out.value), out.length);
-    };
-    const std::string token = next({});
+        const std::string token(static_cast<char*>(out.value), out.length);
+        gss_release_buffer(&m_minor, &out);
+        return token;
+    }
+
+  private:
+    const gss_OID m_mechanism;
+    const OM_uint32 m_flags;
+    OM_uint32 m_minor = 0;
+    gss_name_t m_service = GSS_C_NO_NAME;
+    gss_ctx_id_t m_context = GSS_C_NO_CONTEXT;
+};
+
+// Sends tokens of GSSAPI until the server accepts or refuses the login, and returns its last response.
+std::string logIn(int port, const std::string& service, gss_OID mechanism, OM_uint32 flags, bool longLength) {
+    GssLogin gss(service, mechanism, flags);
+    const std::string token = gss.next({});
     std::string login = loginPacket({}, {});
     const auto put = [&](std::size_t place, std::size_t value) {
         login[place] = static_cast<char>(value);
@@ -81,7 +104,7 @@ std::string logIn(int port, const std::string& service, gss_OID mechanism, OM_ui
     std::string response = client.response();
     for (std::string answer; !response.empty() && response[0] == kSspiToken;) {
         tds::ByteReader reader(std::string_view(response).substr(1));
-        answer = next(reader.bytes(reader.u16()));
+        answer = gss.next(reader.bytes(reader.u16()));
         if (!reader.atEnd()) break;
         client.send(packet(kSspiMessage, answer));
         response = client.response();
