@@ -87,7 +87,8 @@ void advance(LexicalState& state, std::string_view text, std::size_t& i) {
 // Search for the parenthesis that closes the one at the beginning of a text, which grows by lines.
 class ParenthesisSearch {
   public:
-    // Continues in what has been appended to the text. Returns npos if the parenthesis is not there yet.
+    // Searches the characters that were appended since the last call. Returns npos while the parenthesis is
+    // missing.
     std::size_t find(std::string_view text) {
         for (; m_position < text.size(); ++m_position) {
             if (m_state.inBatchText()) {
