@@ -246,6 +246,35 @@ void appendConverted(std::string& text, DBPROCESS* process, int type, Bytes valu
     if (length > 0) text += buffer;
 }
 
+// Appends a value of an integer or money type. Returns false for other types.
+bool appendInteger(std::string& text, int type, Bytes value) {
+    switch (type) {
+        case SYBBIT:
+        case SYBINT1:
+            appendNumber(text, read<std::uint8_t>(value));
+            break;
+        case SYBINT2:
+            appendNumber(text, read<std::int16_t>(value));
+            break;
+        case SYBINT4:
+            appendNumber(text, read<std::int32_t>(value));
+            break;
+        case SYBINT8:
+            appendNumber(text, read<std::int64_t>(value));
+            break;
+        case SYBMONEY4:
+            appendMoney(text, read<std::int32_t>(value));
+            break;
+        case SYBMONEY:  // the high half is stored first
+            appendMoney(text, static_cast<std::int64_t>(std::uint64_t{read<std::uint32_t>(value)} << 32 |
+                                                        read<std::uint32_t>(value, 4)));
+            break;
+        default:
+            return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 ColumnInfo describeColumn(DBPROCESS* process, int number) {
@@ -285,26 +314,6 @@ bool appendColumnValue(DBPROCESS* process, int number, int type, std::size_t eno
         case SYBIMAGE:
             appendHex(text, beginning);
             break;
-        case SYBBIT:
-        case SYBINT1:
-            appendNumber(text, read<std::uint8_t>(value));
-            break;
-        case SYBINT2:
-            appendNumber(text, read<std::int16_t>(value));
-            break;
-        case SYBINT4:
-            appendNumber(text, read<std::int32_t>(value));
-            break;
-        case SYBINT8:
-            appendNumber(text, read<std::int64_t>(value));
-            break;
-        case SYBMONEY4:
-            appendMoney(text, read<std::int32_t>(value));
-            break;
-        case SYBMONEY:  // the high half is stored first
-            appendMoney(text, static_cast<std::int64_t>(std::uint64_t{read<std::uint32_t>(value)} << 32 |
-                                                        read<std::uint32_t>(value, 4)));
-            break;
         case SYBMSDATE:
         case SYBMSTIME:
         case SYBMSDATETIME2:
@@ -327,7 +336,7 @@ bool appendColumnValue(DBPROCESS* process, int number, int type, std::size_t eno
             appendGuid(text, value);
             break;
         default:
-            appendConverted(text, process, type, value);
+            if (!appendInteger(text, type, value)) appendConverted(text, process, type, value);
     }
     return true;
 }
