@@ -355,9 +355,10 @@ TEST_F(Faults, AKilledRunIsTidiedUp) {
     const auto setAge = [&](std::chrono::minutes age) {
         for (const fs::path& file : left) fs::last_write_time(file, fs::file_time_type::clock::now() - age);
     };
+    const std::string id = run({"journal", "--name", "Endless"}).output.substr(0, 1);
     setAge(std::chrono::minutes(2));
     expectAll({{{"tidy", "--yes"}, 0, "", "no files of dead runs"},  // it still runs
-               {{"journal", "close", "1"}, 2, "", "is not abandoned"},
+               {{"journal", "close", id}, 2, "", "is not abandoned"},
                {{"journal", "close", "999"}, 2, "", "the journal has no run 999"}});
     kill(-pid, SIGKILL);
     int exitCode = -1;
@@ -374,7 +375,6 @@ TEST_F(Faults, AKilledRunIsTidiedUp) {
                {{"tidy"}, 2, "Endless", "--yes"},
                {{"tidy", "--yes"}, 0, "Endless", "deleted 2 file(s)"}});
     EXPECT_EQ(namesBelow(folder / "temp"), std::vector<std::string>{"Kept_1_1_1.sql"});
-    const std::string id = run({"journal", "--name", "Endless"}).output.substr(0, 1);
     const Words close = {"journal", "close", id, "--remark", "the host's power failed"};
     Words closeNow = close;
     closeNow.insert(closeNow.end(), {"--stale", "0"});
