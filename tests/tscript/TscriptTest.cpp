@@ -110,8 +110,21 @@ TEST_F(Installation, ListsBacksUpAndRestoresDatabases) {
         {{"db", "list"}, 0, "dorvas", ""},
         {{"db", "version"}, 0, "\n", ""},
         {{"db", "last-backup", "dorvas"}, 0, "never", ""},
+        {{"db", "last-backup"}, 0, "dorvas\t-\tnever\n", ""},
+        {{"db", "last-backup", "DORVAS", "--older-than", "7d"}, 1, "dorvas\t-\tnever\n", ""},
         {{"db", "backup", "dorvas", backup}, 0, "Backed-Up the Database [dorvas]", ""},
         {{"db", "last-backup", "dorvas"}, 0, ", 0 day(s) ago", ""},
+        {{"db", "last-backup", "dorvas", "--older-than", "7d", "--json"}, 0, R"("tooOld": false)", ""},
+        {{"db", "last-backup", "--older-than", "7d", "--nagios"}, 2, "BACKUP CRITICAL - 1 of 2 ", ""},
+        {{"db", "last-backup", "dorvas", "--older-than", "7d", "--nagios"}, 0, "s;;604800\n", ""},
+        {{"db", "last-backup", "--nagios"}, 2, "", "--nagios needs the age"},
+        {{"db", "last-backup", "no", "--nagios", "--older-than", "1d"}, 3, "UNKNOWN - the server has no", ""},
+        {{"db", "last-backup", "--prometheus"}, 0, "_seconds{database=\"nq2\"} 0\n", ""},
+        {{"db", "backup", "dorvas", backup, "--verify"}, 0, "and verified it", ""},
+        {{"db", "backup", "nothing", backup, "--verify"}, 1, "", "the database was not backed up"},
+        {{"db", "restore", backup, "a ]copy", "--test"}, 0, "restored as a ]copy, checked", ""},
+        {{"db", "restore", backup, "dorvas", "--test"}, 2, "", "the database dorvas exists"},
+        {{"db", "restore", "/x.bak", "copy", "--test"}, 1, "", "Cannot open backup device"},
         {{"db", "restore", backup, "copy"}, 2, "", "Name it with --to"},
         {{"db", "restore", backup, "copy", "--to", "/data"}, 0, "TO '/data/dorvas'", "has not been run"},
         {{"db", "restore", backup, "copy", "--to", "data"}, 2, "", "'data' is not absolute"},
@@ -128,7 +141,21 @@ TEST_F(Installation, ListsBacksUpAndRestoresDatabases) {
         {{"db", "backup", "dorvas", "/nowhere/at/all.bak"}, 1, "", "Failed to execute DB query"},
         {{"db", "list", "--db", "VTCloud"}, 3, "", "VtCloud is not installed"},
     });
-    EXPECT_TRUE(fs::exists(backup));
+    EXPECT_EQ(run({"db", "list"}).output.find("copy"), std::string::npos);
+
+    // A row whose entry in an index has another value.
+    const Words test = {"db", "restore", backup, "copy", "--test"};
+    pack("Index",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nCREATE TABLE t (x varchar(40), UNIQUE (x))\n"
+         "INSERT t VALUES ('value to be damaged')\n");
+    expectAll({{{"run", "Index"}, 0, "", ""}, {{"sandbox", "down"}, 0, "", "stopped"}});
+    replaceInFile(folder / "data" / "dorvas.db", "value to be", "value is to");
+    expectAll({{{"sandbox", "up", "--dir", folder}, 0, "", ""},
+               {{"db", "backup", "dorvas", backup, "--verify"}, 0, "and verified it", ""},
+               {test, 1, "", "Table error"}});
+    replaceInFile(backup, "value is to", "value IS to");
+    expectAll({{test, 1, "", "the backup cannot be restored"}});
+    EXPECT_EQ(run({"db", "list"}).output.find("copy"), std::string::npos);
 }
 
 TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {

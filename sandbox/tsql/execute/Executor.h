@@ -275,6 +275,7 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::AlterDatabase& alter);
     Flow run(const ast::Backup& backup);
     Flow run(const ast::Restore& restore);
+    Flow run(const ast::CheckDatabase& check);
     void set(const Settings& settings);
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, const SqlError& inUse);

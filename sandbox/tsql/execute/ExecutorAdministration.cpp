@@ -170,6 +170,20 @@ Flow Executor::run(const Restore& restore) {
     return report ? sendTable(report->columns, report->rows) : finished();
 }
 
+Flow Executor::run(const CheckDatabase& check) {
+    const std::string name = check.database ? evaluateText(*check.database) : m_database;
+    PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
+    int faults = 0;
+    while (findings.step()) {
+        if (findings.text(0) == "ok") break;
+        ++faults;
+        report(messageOf(sqlError(message::kTableError, {findings.text(0)}), m_line));
+    }
+    if (faults > 0 || !check.onlyFaults)
+        inform(message::kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
+    return finished();
+}
+
 // Sends a result set that is not from a query.
 Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
     m_sink->columns(columns);

@@ -429,13 +429,17 @@ struct Restore {
     std::int64_t stats = 0;
     std::vector<Move> moves;
 };
+struct CheckDatabase {
+    ExprPtr database;  // null: the current one
+    bool onlyFaults = false;
+};
 
 struct Statement {
     using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
                               TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
                               Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
                               CreateDatabase, AlterDatabase, AlterIndex, CreateModule, Execute, Transaction,
-                              Backup, Restore, DeclareCursor, ChangeCursor, Fetch>;
+                              Backup, Restore, CheckDatabase, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

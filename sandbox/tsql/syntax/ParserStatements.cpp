@@ -11,8 +11,8 @@ namespace {
 
 // Unsupported statements, by their first word.
 constexpr std::string_view kUnsupported[] = {
-    "MERGE",    "GOTO",   "DBCC",       "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",
-    "SHUTDOWN", "REVERT", "CHECKPOINT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
+    "MERGE",  "GOTO",       "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",      "SHUTDOWN",
+    "REVERT", "CHECKPOINT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
 };
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
@@ -393,6 +393,20 @@ Statement::Node restore(Parser& in) {
     return node;
 }
 
+Statement::Node databaseCheck(Parser& in) {
+    if (!in.accept("CHECKDB")) in.throwUnsupported("DBCC " + toUpper(in.near()));
+    CheckDatabase node;
+    if (in.accept("(")) {
+        node.database = nameOrVariable(in);
+        in.expect(")");
+    }
+    withOptions(in, "DBCC CHECKDB", [&] {
+        node.onlyFaults = node.onlyFaults || in.at("NO_INFOMSGS");
+        return in.acceptAny({"NO_INFOMSGS", "ALL_ERRORMSGS", "PHYSICAL_ONLY"});
+    });
+    return node;
+}
+
 // First words of statements, and the parsers of the rest.
 constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[] = {
     {"DECLARE", declare},
@@ -420,6 +434,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"EXECUTE", execute},
     {"BACKUP", backup},
     {"RESTORE", restore},
+    {"DBCC", databaseCheck},
     {"CREATE", parseCreate},
     {"ALTER", parseAlter},
     {"DROP", parseDrop},

@@ -1,0 +1,103 @@
+#include "backup/ServerScript.h"
+
+#include <algorithm>
+#include <fstream>
+#include <string_view>
+
+#include "installation/Account.h"
+#include "installation/Installation.h"
+#include "system/ScratchFile.h"
+
+namespace {
+
+constexpr std::size_t kLongestPath = 900;  // the library's path buffers hold 1,024 bytes
+constexpr std::size_t kLongestDatabaseName = 128;
+constexpr char kSeparator = '\x12';  // of the columns of a row text
+
+std::vector<std::string> columnsOf(std::string_view row, std::size_t number) {
+    std::vector<std::string> values;
+    while (values.size() < number) {
+        const std::size_t end = row.find(kSeparator);
+        values.emplace_back(row.substr(0, end));
+        row = end == row.npos ? std::string_view() : row.substr(end + 1);
+    }
+    return values;
+}
+
+std::string withDoubled(std::string_view text, char quote) {
+    std::string doubled;
+    for (const char c : text) doubled += c == quote ? std::string(2, c) : std::string(1, c);
+    return doubled;
+}
+
+void checkSqlText(const std::string& what, const std::string& text, std::size_t maximum) {
+    const auto isForbidden = [](char c) {
+        return c == '\'' || c == '%' || static_cast<unsigned char>(c) < 0x20;
+    };
+    checkQueryText(what, text, maximum);
+    if (text.empty() || std::any_of(text.begin(), text.end(), isForbidden))
+        throw Failure(ExitCode::kUsage,
+                      what + " must not be empty or hold quotes, percent signs or control characters");
+}
+
+std::string withCauses(std::string what, const DBBase& db) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    for (const DVUCause_t& cause : causes) what += "\n" + cause.text;
+    return what;
+}
+
+}  // namespace
+
+void connectToServer(DBBase& db, const std::string& account) {
+    requireStore();
+    if (!openAccount(db, suiteDatabase(account))) throw diagnoseDatabase(account).failure();
+}
+
+void throwQueryFailure(const DBBase& db) {
+    requireQueryTool();
+    throw Failure(ExitCode::kScriptFailed, withCauses(db.getErrorMsg(), db),
+                  "See the server's message in " + sessionLogFile().string() + ".");
+}
+
+void checkServerName(const std::string& what, const std::string& name) {
+    checkSqlText(what, name, kLongestDatabaseName);
+}
+
+void checkServerPath(const std::string& what, const std::string& path) {
+    checkSqlText(what, path, kLongestPath);
+    if (path.front() != '/')
+        throw Failure(ExitCode::kUsage, what + " '" + path + "' is not absolute",
+                      "It is a path on the server's host; write it from the root.");
+}
+
+ServerReply runOnServer(DBBase& db, const std::string& sql, const std::string& advice) {
+    const ScratchFile file;
+    const ScratchFile output;
+    std::ofstream out(file.path(), std::ios::binary);
+    out << sql << "\nGO\n";
+    out.close();
+    if (!out) throw Failure(ExitCode::kInstallation, file.path() + " cannot be written");
+    const bool succeeded = runInterruptibly(advice, [&] {
+        return db.RunFileQuery(file.path().c_str(), output.path().c_str(), "MASTER", /*toolSyntax=*/true,
+                               /*errorLevel=*/false);
+    });
+    return {succeeded, output.content()};
+}
+
+std::vector<std::vector<std::string>> rowsOf(DBBase& db, const std::string& sql, int columns) {
+    std::vector<std::string> texts;
+    if (!db.GetDBValueList(sql.c_str(), texts, columns))
+        throw Failure(ExitCode::kScriptFailed, withCauses("the query failed", db));
+    std::vector<std::vector<std::string>> rows;
+    for (const std::string& text : texts) rows.push_back(columnsOf(text, static_cast<std::size_t>(columns)));
+    return rows;
+}
+
+std::string sqlName(const std::string& name) {
+    return "[" + withDoubled(name, ']') + "]";
+}
+
+std::string sqlLiteral(const std::string& text) {
+    return "N'" + withDoubled(text, '\'') + "'";
+}
