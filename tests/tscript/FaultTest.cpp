@@ -273,6 +273,11 @@ TEST_F(Faults, AStoppedRunIsClosed) {
         EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }
+    expectInterrupted({"each", "--stores", store(), "--", "run", "Endless"}, SIGTERM, [&] {
+        while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
+        return std::ofstream();
+    });
+    EXPECT_EQ(journal("Endless").find("0||"), std::string::npos);
 }
 
 // Signals end a run also while it waits for a server that does not answer, during the login and before the

@@ -158,6 +158,39 @@ TEST_F(Installation, ListsBacksUpAndRestoresDatabases) {
     EXPECT_EQ(run({"db", "list"}).output.find("copy"), std::string::npos);
 }
 
+TEST_F(Installation, RunsACommandOnSeveralStores) {
+    pack("Echo", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT '<%s>'\n");
+    const std::string all = m_temp / "stores" / "*.toml";
+    const std::string good = m_temp / "stores" / "[ac].toml";
+    fs::create_directory(m_temp / "stores");
+    for (const char* name : {"a.toml", "b.toml", "c.toml"}) fs::copy_file(store(), m_temp / "stores" / name);
+    replaceInFile(m_temp / "stores" / "b.toml", "[host]", "[host");
+    expectCases({
+        {{"each", "--stores", good, "--", "run", "Echo", "-p", "[x, --json]"},
+         0,
+         "==> a.toml\n<[x, --json]>",
+         ""},
+        {{"each", "--stores", all, "--", "run", "Echo", "-p", ""},
+         1,
+         "c.toml\tnot run\t-\t-\n",
+         "[2/3] b.toml: "},
+        {{"each", "--stores", all, "--stores", good, "--jobs", "3", "--keep-going", "--", "db", "list"},
+         1,
+         "\nb.toml\tfailed\t3\t",
+         "/3] b.toml: failed (exit code 3), "},
+        {{"each", "--stores", all, "--json", "--", "db", "list"}, 1, "\"notRun\": 1", ""},
+        {{"each", "--stores", good, "--output-dir", m_temp / "out", "--", "db", "list"},
+         0,
+         "a.toml\tok\t0",
+         ""},
+        {{"each", "--stores", m_temp / "*.none", "--", "db", "list"}, 2, "", "no file matches --stores"},
+        {{"each", "--stores", all}, 2, "", "there is no command to run"},
+        {{"each", "--stores", all, "--", "--store", "x"}, 2, "", "'--store' cannot be run"},
+        {{"each", "--", "db", "list"}, 2, "", "no stores are named"},
+    });
+    EXPECT_EQ(support::readFile(m_temp / "out" / "c.toml.out"), "dorvas\nnq2\n");
+}
+
 TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
     for (const char* file : {"registry.toml", "cipher.key", "password"})
         EXPECT_EQ(modeOf(folder / file), 0600U);

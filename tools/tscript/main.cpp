@@ -23,7 +23,7 @@ constexpr const char* kDescription = "Runs and packs tscripts, and maintains the
 constexpr const char* kFooter = R"(
 Exit codes:
   0    done
-  1    the script failed
+  1    the script, a check of backups, or a command of each failed
   2    wrong usage
   3    the installation is not in order
   4    no connection to the database
@@ -35,6 +35,7 @@ constexpr void (*kAddCommands[])(CLI::App&, Action&) = {
     addScriptCommands, addJournalCommands,  addPackCommand,    addInspectCommand,     addLintCommand,
     addRepackCommand,  addDatabaseCommands, addKeyCommands,    addCredentialCommands, addSandboxCommands,
     addSchemaCommands, addDoctorCommand,    addConfigCommands, addReportCommand,      addTidyCommand,
+    addEachCommand,   
 };
 
 int reportFailure(ExitCode code, const std::string& what, const std::string& advice) {

@@ -16,6 +16,7 @@ const Group kGroups[] = {
     {"See what ran", {"catalogue", "journal", "report"}},
     {"Write packages", {"lint", "pack", "inspect", "repack"}},
     {"Set up and repair", {"doctor", "tidy", "config", "key", "credentials", "schema", "db"}},
+    {"Many installations", {"each"}},
     {"Try it out", {"sandbox"}},
 };
 

@@ -2,11 +2,14 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <string_view>
 
 #include "console/NearestWord.h"
 #include "console/Outcome.h"
 
 namespace {
+
+std::vector<std::string> g_trailingWords;
 
 constexpr std::size_t kLongestWord = 64;  // of an error message; longer ones are truncated
 
@@ -79,6 +82,9 @@ CommandLine::CommandLine(const char* description, const char* program, const cha
 CommandLine::~CommandLine() = default;
 
 std::optional<int> CommandLine::parse(int argc, char** argv) {
+    char** const lastWord = argv + argc;
+    char** const mark = std::find(argv, lastWord, std::string_view("--"));
+    if (mark != lastWord) g_trailingWords.assign(mark + 1, lastWord);
     try {
         m_app->parse(argc, argv);
         return std::nullopt;
@@ -144,6 +150,15 @@ void addRepeatable(CLI::App* command, const char* name, std::vector<std::string>
         ->type_name(type)
         ->trigger_on_parse()
         ->allow_extra_args(false);
+}
+
+void addTrailingWords(CLI::App* command, const char* name, const char* help) {
+    command->add_option_function<std::vector<std::string>>(
+        name, [](const auto&) {}, help);
+}
+
+const std::vector<std::string>& trailingWords() {
+    return g_trailingWords;
 }
 
 void addOptionFunction(CLI::App& app, const char* name, const std::function<void(const std::string&)>& set,

@@ -66,6 +66,10 @@ void addNumber(CLI::App* command, const char* name, std::uint64_t& value, const 
 // they may be empty or start with a minus.
 void addRepeatable(CLI::App* command, const char* name, std::vector<std::string>& values, const char* help,
                    const char* type);
+// Adds an argument for the words after "--", which trailingWords() returns.
+void addTrailingWords(CLI::App* command, const char* name, const char* help);
+// The words after the first "--" of the command line as they were typed; the parser would split "[a,b]".
+const std::vector<std::string>& trailingWords();
 // Adds an option that calls a function with its value, also for the commands below.
 void addOptionFunction(CLI::App& app, const char* name, const std::function<void(const std::string&)>& set,
                        const char* help, const char* type);

@@ -23,7 +23,9 @@ class SpawnSettings {
         sigemptyset(&ignored);
         sigaddset(&ignored, SIGPIPE);
         posix_spawnattr_setsigdefault(&attributes, &ignored);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+        sigset_t none;
+        sigemptyset(&none);
+        posix_spawnattr_setsigmask(&attributes, &none);
     }
     ~SpawnSettings() {
         posix_spawn_file_actions_destroy(&files);
@@ -51,10 +53,16 @@ std::vector<std::string> environmentWith(const std::vector<std::string>& added) 
 
 void redirectStreams(SpawnSettings& settings, const ChildOptions& options) {
     constexpr int kWrite = O_WRONLY | O_CREAT | O_TRUNC;
+    constexpr mode_t kMode = 0600;
     posix_spawn_file_actions_addopen(&settings.files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&settings.files, STDOUT_FILENO, options.outputFile.c_str(), kWrite,
-                                     0600);
-    posix_spawn_file_actions_adddup2(&settings.files, STDOUT_FILENO, STDERR_FILENO);
+                                     kMode);
+    if (options.errorFile.empty()) {
+        posix_spawn_file_actions_adddup2(&settings.files, STDOUT_FILENO, STDERR_FILENO);
+    } else {
+        posix_spawn_file_actions_addopen(&settings.files, STDERR_FILENO, options.errorFile.c_str(), kWrite,
+                                         kMode);
+    }
     posix_spawn_file_actions_addclosefrom_np(&settings.files, STDERR_FILENO + 1);
     if (!options.workingDirectory.empty())
         posix_spawn_file_actions_addchdir_np(&settings.files, options.workingDirectory.c_str());
@@ -65,8 +73,10 @@ void redirectStreams(SpawnSettings& settings, const ChildOptions& options) {
 pid_t startChild(const std::vector<std::string>& command, const ChildOptions& options) {
     SpawnSettings settings;
     redirectStreams(settings, options);
-    if (options.detached)
-        posix_spawnattr_setflags(&settings.attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
+    const int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK |
+                      (options.detached ? POSIX_SPAWN_SETSID : 0) |
+                      (options.ownGroup ? POSIX_SPAWN_SETPGROUP : 0);
+    posix_spawnattr_setflags(&settings.attributes, static_cast<short>(flags));
     const std::vector<std::string> environment = environmentWith(options.environment);
     pid_t pid = -1;
     const int error = posix_spawn(&pid, command.front().c_str(), &settings.files, &settings.attributes,
@@ -82,7 +92,12 @@ int runChild(const std::vector<std::string>& command, const ChildOptions& option
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return exitCodeOf(status);
+}
+
+int exitCodeOf(int status) {
+    constexpr int kSignalled = 128;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
 }
 
 std::vector<pid_t> childrenOf(pid_t thread) {

@@ -17,7 +17,14 @@ constexpr std::chrono::seconds kTimeToClose{5};  // of a request that begins aft
 constexpr std::chrono::seconds kTimeToEnd{5};    // after the second signal
 constexpr std::chrono::seconds kLongestEnd{60};  // after the first signal
 
-// Signals that the caller ignores (nohup, a background job of a shell) stay ignored.
+template <std::size_t size>
+[[noreturn]] void endWithNote(const char (&note)[size], ExitCode code) {
+    static_cast<void>(!write(STDERR_FILENO, note, size - 1));
+    _exit(static_cast<int>(code));
+}
+
+}  // namespace
+
 sigset_t interruptions() {
     sigset_t set;
     sigemptyset(&set);
@@ -27,14 +34,6 @@ sigset_t interruptions() {
     }
     return set;
 }
-
-template <std::size_t size>
-[[noreturn]] void endWithNote(const char (&note)[size], ExitCode code) {
-    static_cast<void>(!write(STDERR_FILENO, note, size - 1));
-    _exit(static_cast<int>(code));
-}
-
-}  // namespace
 
 void endWhenDriverIsStuck() {
     if (hostlayer::callWhenStuck == nullptr) return;

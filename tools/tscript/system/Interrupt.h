@@ -8,6 +8,9 @@
 #include <optional>
 #include <thread>
 
+// SIGINT, SIGTERM and SIGHUP without those that the caller ignores (nohup, a background job of a shell).
+sigset_t interruptions();
+
 // While a guard exists, these signals do not end this process. The first one ends the child processes of the
 // thread that made the guard, and the waits for a server that have begun. The query tool ends, and the
 // library still closes the run's journal row, for which each request has a few seconds, and deletes its

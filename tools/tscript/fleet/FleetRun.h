@@ -1,0 +1,35 @@
+// One command of this program on several installations.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "fleet/Stores.h"
+
+enum class FleetResult { kNotRun, kOk, kFailed, kInterrupted };
+const char* nameOf(FleetResult result);
+
+struct FleetMember {
+    InstallationStore store;
+    FleetResult result = FleetResult::kNotRun;
+    int exitCode = 0;
+    std::int64_t seconds = 0;
+    std::filesystem::path output{};  // files of its standard output and standard error
+    std::filesystem::path errors{};
+};
+
+struct FleetPlan {
+    std::vector<std::string> command;  // without the program's name
+    int jobs = 1;                      // run at the same time
+    bool keepGoing = false;            // also after a failure; else no further one is started
+    std::filesystem::path folder;      // of the outputs, one file LABEL.out and LABEL.err per store
+};
+
+// Runs the command on each member. Calls `ended` after each, with how many have ended; false starts no
+// further ones. Ctrl-C is passed on to those that run, and no further ones are started; the
+// result is then false. Throws Failure.
+bool runFleet(std::vector<FleetMember>& members, const FleetPlan& plan,
+              const std::function<bool(const FleetMember&, std::size_t)>& ended);
