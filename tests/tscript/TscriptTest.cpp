@@ -191,6 +191,24 @@ TEST_F(Installation, RunsACommandOnSeveralStores) {
     EXPECT_EQ(support::readFile(m_temp / "out" / "c.toml.out"), "dorvas\nnq2\n");
 }
 
+TEST_F(Installation, WritesMetrics) {
+    const fs::path file = m_temp / "m.prom";
+    expectAll({{{"run", "SiteInventory"}, 0, "", ""},
+               {{"metrics"}, 0, "{database=\"Dorvas\",script=\"SiteInventory\",state=\"ok\"} 1\n", ""},
+               {{"metrics", "-o", file}, 0, "", ""},
+               {{"metrics", "-o", m_temp / "no" / "m.prom"}, 3, "", "cannot create a file"},
+               {{"metrics", "--since", "never"}, 2, "", "never"}});
+    for (const char* line :
+         {"tscript_backup_last_timestamp_seconds{database=\"nq2\"} 0\n",
+          "tscript_doctor_checks{result=\"failed\"} 0\n",
+          "tscript_last_success_timestamp_seconds{database=\"Dorvas\",script=\"SiteInventory\"} 1",
+          "tscript_run_duration_seconds_count{database=\"Dorvas\",script=\"SiteInventory\"} 1\n"})
+        EXPECT_NE(support::readFile(file).find(line), std::string::npos) << line << support::readFile(file);
+    expectAll({{{"sandbox", "down"}, 0, "", ""}, {{"metrics", "-o", file}, 4, "", "tscript: journal: "}});
+    EXPECT_NE(support::readFile(file).find("tscript_metrics_complete{part=\"journal\"} 0\n"),
+              std::string::npos);
+}
+
 TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
     for (const char* file : {"registry.toml", "cipher.key", "password"})
         EXPECT_EQ(modeOf(folder / file), 0600U);

@@ -35,7 +35,7 @@ constexpr void (*kAddCommands[])(CLI::App&, Action&) = {
     addScriptCommands, addJournalCommands,  addPackCommand,    addInspectCommand,     addLintCommand,
     addRepackCommand,  addDatabaseCommands, addKeyCommands,    addCredentialCommands, addSandboxCommands,
     addSchemaCommands, addDoctorCommand,    addConfigCommands, addReportCommand,      addTidyCommand,
-    addEachCommand,   
+    addEachCommand,    addMetricsCommand,
 };
 
 int reportFailure(ExitCode code, const std::string& what, const std::string& advice) {

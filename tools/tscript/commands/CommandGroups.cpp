@@ -13,7 +13,7 @@ struct Group {
 
 const Group kGroups[] = {
     {"Run scripts", {"run", "exec", "which", "help", "params"}},
-    {"See what ran", {"catalogue", "journal", "report"}},
+    {"See what ran", {"catalogue", "journal", "report", "metrics"}},
     {"Write packages", {"lint", "pack", "inspect", "repack"}},
     {"Set up and repair", {"doctor", "tidy", "config", "key", "credentials", "schema", "db"}},
     {"Many installations", {"each"}},

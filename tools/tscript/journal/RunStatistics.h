@@ -55,6 +55,7 @@ class Durations {
   public:
     void add(std::int64_t seconds);
     bool empty() const { return m_number == 0; }
+    std::int64_t number() const { return m_number; }
     std::int64_t quantile(double part) const;  // mean of its class; 0 if empty
     std::int64_t longest() const { return m_longest; }
     std::int64_t total() const { return m_total; }
