@@ -100,7 +100,7 @@ TEST_F(OnATerminal, APasswordIsTypedUnseen) {
 TEST_F(OnATerminal, AnInterruptedRunIsClosed) {
     packEndless();
     TerminalProgram program = terminal({"run", "Endless", "--input", std::string(60, 'z')}, 40);
-    ASSERT_TRUE(program.shows("1 s  running in the database  Endless")) << program.screen();
+    ASSERT_TRUE(program.shows("1 s  running batch 1  Endless")) << program.screen();
     EXPECT_NE(journal("Endless").find("0|zzz"), std::string::npos);
     program.type(kControlC);
     EXPECT_EQ(program.end(), 130) << program.screen();
@@ -132,7 +132,7 @@ TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
     for (const Words& kind : {kLively, kDumb, kColourless}) {
         TerminalProgram program = terminal(slow, 40, kind);
         EXPECT_EQ(program.end(), 0);
-        const bool moves = program.screen().find("running in the database") != std::string::npos;
+        const bool moves = program.screen().find("running batch 1") != std::string::npos;
         EXPECT_EQ(moves, kind == kLively) << program.screen();
         EXPECT_NE(program.screen().find("Zürich ]0; "), std::string::npos) << program.screen();
     }
@@ -151,6 +151,33 @@ TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
             }
         }
     }
+}
+
+// A script waits for a table that exists only after its first line has been shown.
+TEST_F(OnATerminal, OutputIsShownWhileTheScriptRuns) {
+    const std::string options = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
+    pack("Waits", options +
+                      "PRINT 'begun'\nGO\nRAISERROR('first', 0, 1) WITH NOWAIT\n"
+                      "WHILE OBJECT_ID('Gate') IS NULL WAITFOR DELAY '00:00:00.05'\nGO\nPRINT 'last'\n");
+    pack("Opens", options + "CREATE TABLE Gate (id int)\n");
+    pack("Fails", options + "PRINT 'begun'\nGO\nRAISERROR('refused', 16, 1)\n");
+    TerminalProgram program = terminal({"run", "Waits"}, 40);
+    ASSERT_TRUE(program.shows("begun\r\nfirst\r\n")) << program.screen();
+    ASSERT_TRUE(program.shows("running batch 2  Waits")) << program.screen();
+    ASSERT_EQ(run({"run", "Opens"}).exitCode, 0);
+    EXPECT_EQ(program.end(), 0);
+    EXPECT_EQ(program.screen().find("begun"), program.screen().rfind("begun"));
+    EXPECT_NE(program.screen().find("last\r\n"), std::string::npos) << program.screen();
+
+    const std::string file = folder / "output";
+    for (const std::string script : {"Waits", "Fails"}) {
+        const support::ProgramResult whole = run({"run", script, "--follow=never"});
+        const support::ProgramResult followed = run({"run", script, "--follow", "-o", file});
+        EXPECT_EQ(followed.exitCode, whole.exitCode);
+        EXPECT_EQ(followed.output.size(), whole.output.size()) << followed.output;
+        EXPECT_EQ(support::readFile(file), whole.output);
+    }
+    expectAll({{{"run", "Waits", "--follow", "--json"}, 2, "", "--follow excludes --json"}});
 }
 
 TEST_F(OnATerminal, ListingsAreAligned) {

@@ -1,15 +1,18 @@
 #include "print/Progress.h"
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <string>
 
 namespace sqlcmd {
 
 Progress::Progress(bool isEnabled) : m_isEnabled(isEnabled), m_isTerminal(isatty(STDERR_FILENO) != 0) {}
 
 void Progress::beginBatch() {
-    ++m_batches;
+    const std::string name = "sqlcmd:" + std::to_string(++m_batches);
+    ::prctl(PR_SET_NAME, name.c_str());  // what ps, top and tscript show
     m_rows = 0;
     m_start = m_lastPrint = Clock::now();
 }

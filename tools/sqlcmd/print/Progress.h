@@ -1,4 +1,4 @@
-// Prints to standard error how far the running batch is (--progress).
+// Shows how far the script is: in the process's name, and on standard error with --progress.
 #pragma once
 
 #include <chrono>

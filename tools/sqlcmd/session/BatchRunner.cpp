@@ -30,8 +30,10 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
     const auto start = std::chrono::steady_clock::now();
     if (!mode.isInternal) m_progress.beginBatch();
     {
-        const auto running =
-            m_client->run(batch, [&](const Diagnostic& message) { messages.print(message); });
+        const auto running = m_client->run(batch, [&](const Diagnostic& message) {
+            messages.print(message);
+            m_output.flushEarly();  // the server may be silent for long after a message
+        });
         while (running->nextResult()) {
             printResult(*running, mode);
             m_output.flush();  // the next result may take long

@@ -36,7 +36,10 @@ class BatchRunner {
 
     void setClient(Client& client) {
         m_client = &client;
-        client.setTick([this] { m_progress.update(); });
+        client.setTick([this] {
+            m_progress.update();
+            m_output.flushEarly();
+        });
     }
     void setTraceOutput(Output* trace) { m_trace = trace; }     // of the statistics; null: the output
     void setErrorOutput(Output* errors) { m_errors = errors; }  // see MessagePrinter

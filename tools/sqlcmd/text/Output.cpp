@@ -75,6 +75,12 @@ void Output::flush() {
     }
 }
 
+void Output::flushEarly() {
+    if (isEncoded() || m_buffer.empty()) return;
+    const ssize_t count = ::write(m_descriptor, m_buffer.data(), m_buffer.size());
+    if (count > 0) m_buffer.erase(0, static_cast<std::size_t>(count));
+}
+
 void Output::flushWholeCharacters() {
     if (!isEncoded()) {
         writeBytes(m_buffer);

@@ -26,6 +26,9 @@ class Output {
         if (m_buffer.size() >= kBufferSize) flushWholeCharacters();
     }
     void flush();
+    // Writes what has been completed so far, for readers that follow the file. A failure is left to the next
+    // flush(), so that it may be called from DB-Library's handlers. Does nothing for encoded output.
+    void flushEarly();
 
     // Continues in another file, on standard output (STDOUT) or standard error (STDERR). If the file cannot
     // be opened, throws and leaves the output as it was.

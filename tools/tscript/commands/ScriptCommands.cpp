@@ -1,4 +1,6 @@
 // Commands `run`, `exec`, `help` and `params`: tscripts by name.
+#include <unistd.h>
+
 #include <chrono>
 #include <filesystem>
 #include <limits>
@@ -11,9 +13,11 @@
 #include "commands/RecordOptions.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
+#include "console/Terminal.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 #include "run/FailureReport.h"
+#include "run/FollowedOutput.h"
 #include "run/ProcedureArguments.h"
 #include "run/ScriptRun.h"
 #include "run/SqlPreview.h"
@@ -28,6 +32,7 @@ struct ScriptOptions {
     ScriptRequest request;
     std::string outputFile;
     std::string lock;                    // wait, fail; empty: as the store says
+    std::string follow;                  // always, never; empty: at a terminal
     int timeout = 0;                     // seconds; 0: no limit
     const CLI::App* commands = nullptr;  // all commands of the tool
     bool allowMissing = false;
@@ -65,6 +70,12 @@ void writeRunResult(ResultFile& target, const std::string& text) {
     }
 }
 
+// Writes the lines that have not been followed. With a file as target, they complete standard output.
+void writeOutput(ResultFile& target, std::string text, const FollowedOutput& followed) {
+    if (!target.isStandardOutput()) writeRunResult(target, text);
+    if (target.isStandardOutput() || followed.isWanted()) writeResult(followed.rest(std::move(text)));
+}
+
 // The line "Tscript Execution Succeeded!" that the library appends to the output is no data.
 std::string withoutClosingLine(std::string output) {
     const std::size_t at = output.rfind(kClosingLine);
@@ -87,7 +98,8 @@ Diagnosis diagnosisOf(const ScriptOptions& options, const RunResult& result) {
 }
 
 // The output is a result if the script ran, else a note.
-[[noreturn]] void throwRunFailure(const ScriptOptions& options, const RunResult& result, ResultFile& target) {
+[[noreturn]] void throwRunFailure(const ScriptOptions& options, const RunResult& result, ResultFile& target,
+                                  const FollowedOutput& followed) {
     const Diagnosis diagnosis = diagnosisOf(options, result);
     const Failure failure = diagnosis.failure();
     const FailureReport report =
@@ -97,9 +109,9 @@ Diagnosis diagnosisOf(const ScriptOptions& options, const RunResult& result) {
         if (!report.json.is_null()) value["failure"] = report.json;
         writeRunResult(target, jsonText(value));
     } else if (diagnosis.scriptRan) {
-        writeRunResult(target, result.output);
+        writeOutput(target, result.output, followed);
     } else if (!result.isToolSilent) {
-        writeNote(result.output);
+        writeNote(followed.rest(result.output));
     }
     if (report.text.empty()) throw failure;
     throw Failure(failure.code(), failure.what() + ("\n" + report.text));
@@ -110,18 +122,28 @@ LockMode lockModeOf(const ScriptOptions& options) {
     return options.lock == "fail" ? LockMode::kFail : LockMode::kWait;
 }
 
+// Without --follow, a result is followed that is printed on a terminal as it is.
+bool isFollowed(const ScriptOptions& options, Operation operation) {
+    if (options.follow == "never" || operation != Operation::kExecute) return false;
+    const bool isPlain = !options.quiet && !options.json;
+    if (options.follow.empty()) return isPlain && options.outputFile.empty() && isTerminal(STDOUT_FILENO);
+    if (!isPlain) throw Failure(ExitCode::kUsage, "--follow excludes --json and --quiet");
+    return true;
+}
+
 ExitCode runAndReport(const ScriptOptions& options, ScriptKind kind, Operation operation) {
+    FollowedOutput followed(isFollowed(options, operation));
     ResultFile target(options.outputFile);  // made before the run: fails early if it cannot be written
     ScriptRequest request = options.request;
     request.lock = lockModeOf(options);
     request.timeout = std::chrono::seconds(options.timeout);
-    RunResult result = runScript(request, kind, operation, !options.quiet);
-    if (!result.succeeded) throwRunFailure(options, result, target);
+    RunResult result = runScript(request, kind, operation, !options.quiet, followed);
+    if (!result.succeeded) throwRunFailure(options, result, target, followed);
     if (options.data) result.output = withoutClosingLine(std::move(result.output));
     if (options.json) {
         writeRunResult(target, jsonText(jsonOf(options, result, nullptr)));
     } else if (!options.quiet || !target.isStandardOutput()) {
-        writeRunResult(target, result.output);
+        writeOutput(target, std::move(result.output), followed);
     }
     return ExitCode::kDone;
 }
@@ -129,9 +151,10 @@ ExitCode runAndReport(const ScriptOptions& options, ScriptKind kind, Operation o
 ExitCode listParameters(const ScriptOptions& options) {
     if (!options.json) return runAndReport(options, ScriptKind::kProcedure, Operation::kParameters);
     ResultFile target(options.outputFile);
+    FollowedOutput followed(/*isWanted=*/false);
     const RunResult result =
-        runScript(options.request, ScriptKind::kProcedure, Operation::kParameters, !options.quiet);
-    if (!result.succeeded) throwRunFailure(options, result, target);
+        runScript(options.request, ScriptKind::kProcedure, Operation::kParameters, !options.quiet, followed);
+    if (!result.succeeded) throwRunFailure(options, result, target, followed);
     target.write(jsonText(parseToolTable(result.output)));
     return ExitCode::kDone;
 }
@@ -293,6 +316,11 @@ void addRunOptions(CLI::App* command, const Options& options) {
             "Accept values with line breaks, $( and commands of the query tool");
     addFlag(command, "-q,--quiet", options->quiet,
             "No output if the script succeeds, no progress on the terminal");
+    addChoiceFlag(
+        command, "--follow", options->follow,
+        "Print the script's output while it runs (always), or at its end (never). Default: while it "
+        "runs at a terminal, unless the result is JSON or goes to a file",
+        {"always", "never"});
     addFlag(command, "--data", options->data,
             "Write the script's output only, without the closing line; -o of an XML script does so");
     addFlag(command, "--json", options->json, "Write the result as JSON: status, seconds, output, error",

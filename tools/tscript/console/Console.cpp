@@ -88,6 +88,11 @@ void writeResult(std::string_view text) {
     isTerminal(STDOUT_FILENO) ? writeStyled(withoutControls(text, kLayout)) : writeStyled(text);
 }
 
+void writeNextLines(std::string_view lines) {
+    writeResult(lines);
+    std::fflush(g_results);
+}
+
 void writeStyled(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), g_results);
     if (!text.empty() && text.back() != '\n') std::fputc('\n', g_results);

@@ -19,6 +19,8 @@ std::FILE* resultStream();
 // Writes a result to standard output and ends it with a line break. On a terminal, control characters other
 // than line breaks and tabs become blanks: scripts and databases must not send escape sequences to it.
 void writeResult(std::string_view text);
+// Writes the next lines of a result at once, for results that take long.
+void writeNextLines(std::string_view lines);
 // Like writeResult(), for text with escape sequences of our own.
 void writeStyled(std::string_view text);
 // Writes a message to standard error, without leading and trailing line breaks.

@@ -1,4 +1,5 @@
-// Progress line of a running script: elapsed time and current step, on standard error.
+// Display of a running script: its progress line (elapsed time and current step, on standard error) and the
+// lines that it prints (on standard output).
 #pragma once
 
 #include <sys/types.h>
@@ -9,11 +10,14 @@
 #include <string>
 #include <thread>
 
-// Appears after half a second, only on an ANSI terminal, and is cleared by the destructor. The object must be
-// made by the thread that runs the script.
+class FollowedOutput;
+
+// The progress line appears after half a second, only on an ANSI terminal, and is cleared by the destructor.
+// The object must be made by the thread that runs the script.
 class Progress {
   public:
-    Progress(std::string script, bool isWanted);
+    // `batchesBefore`: number of batches that the library sends before the script's first one.
+    Progress(std::string script, bool isLineWanted, int batchesBefore, FollowedOutput& output);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -22,9 +26,16 @@ class Progress {
 
   private:
     void update(pid_t scriptThread);
-    void draw(const char* step) const;
+    void printNewLines(pid_t tool);
+    std::string stepOf(pid_t tool) const;
+    void draw(const std::string& step);
+    void clear();
 
     const std::string m_script;
+    const bool m_hasLine;
+    const int m_batchesBefore;
+    FollowedOutput& m_output;
+    bool m_isDrawn = false;
     const std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
     std::mutex m_mutex;
     std::condition_variable m_ended;

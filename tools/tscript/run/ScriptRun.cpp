@@ -7,12 +7,14 @@
 #include "console/Outcome.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
+#include "run/FollowedOutput.h"
 #include "run/Progress.h"
 #include "system/Interrupt.h"
 
 namespace {
 
 constexpr std::size_t kMostParameters = 1000;
+constexpr int kBatchesOfLibrary = 1;  // SET ARITHABORT ON, before those of a package
 constexpr std::size_t kLongestText = std::size_t{64} << 10;
 
 bool callPackage(const ScriptRequest& request, Operation operation, RunResult& result) {
@@ -65,7 +67,8 @@ void checkRequest(const ScriptRequest& request) {
     checkText("the input", request.input, kLongestText);
 }
 
-RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation operation, bool showProgress) {
+RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation operation, bool showProgress,
+                    FollowedOutput& output) {
     requireLogFolder();
     RunResult result;
     result.kind = kind;
@@ -75,7 +78,8 @@ RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation ope
     if (request.lock != LockMode::kNone && operation == Operation::kExecute)
         lock.emplace(request.name, request.lockDatabase.empty() ? request.database : request.lockDatabase,
                      request.lock, guard);
-    const Progress progress(request.name, showProgress);
+    const Progress progress(request.name, showProgress, kind == ScriptKind::kPackage ? kBatchesOfLibrary : 0,
+                            output);
     const DVUCauses causes;
     result.succeeded = kind == ScriptKind::kPackage ? callPackage(request, operation, result)
                                                     : callProcedure(request, operation, result);

@@ -44,6 +44,10 @@ struct RunResult {
     std::vector<DVUCause_t> causes;  // of a failure
 };
 
+class FollowedOutput;
+
+// Prints the lines of `output` if it is wanted.
 // Throws Failure (kInstallation) if the log folder cannot be used, and as RunLock does; a script's failure is
 // in the result.
-RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation operation, bool showProgress);
+RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation operation, bool showProgress,
+                    FollowedOutput& output);
