@@ -5,16 +5,16 @@
 namespace hostlayer {
 namespace {
 
-std::atomic<void (*)()> beforeProcessStart{nullptr};
+std::atomic<BeforeProcessStart> beforeProcessStart{nullptr};
 
 }  // namespace
 
-void callBeforeProcessStart(void (*function)()) {
+void callBeforeProcessStart(BeforeProcessStart function) {
     beforeProcessStart = function;
 }
 
-void announceProcessStart() {
-    if (auto* const function = beforeProcessStart.load()) function();
+void announceProcessStart(const std::vector<std::string>& arguments) {
+    if (auto* const function = beforeProcessStart.load()) function(arguments);
 }
 
 }  // namespace hostlayer

@@ -114,7 +114,7 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     if (arguments.empty()) arguments.emplace_back();
     arguments.front() = path;
     m_impl->program = path;
-    hostlayer::announceProcessStart();
+    hostlayer::announceProcessStart(arguments);
     using Output = hostlayer::ChildProcess::Output;
     std::vector<std::string> variables = queryToolVariables();
     if (hostlayer::isStrictQueryTool(program)) hostlayer::makeStrict(arguments, variables);

@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -15,6 +18,7 @@
 
 #include "ProcessStart.h"
 #include "SignalsBlocked.h"
+#include "SqlEffect.h"
 
 namespace hostlayer {
 namespace {
@@ -171,6 +175,27 @@ void beginAnewInChild() {
     processLogins = new IdleLogins;
 }
 
+// Text that the query tool runs, from its options -i or -Q; empty if it is not certain or long.
+std::string scriptOf(const std::vector<std::string>& arguments) {
+    constexpr std::size_t kLongest = std::size_t{256} << 10;
+    const auto isScript = [](const std::string& argument) { return argument == "-i" || argument == "-Q"; };
+    const auto option = std::find_if(arguments.begin(), arguments.end(), isScript);
+    const bool isOnly = std::count_if(arguments.begin(), arguments.end(), isScript) == 1;
+    if (!isOnly || option + 1 == arguments.end() || !arguments.front().ends_with("/sqlcmd")) return {};
+    if (*option == "-Q") return option[1];
+    std::error_code error;
+    const auto size = std::filesystem::file_size(option[1], error);  // an error for anything but a file
+    if (error || size > kLongest) return {};
+    std::string text(size, '\0');
+    std::ifstream file(option[1]);
+    return file.read(text.data(), static_cast<std::streamsize>(size)) ? text : std::string();
+}
+
+void closeBeforeProcess(const std::vector<std::string>& arguments) {
+    const std::string script = scriptOf(arguments);
+    if (script.empty() || mayNeedDatabaseAlone(script)) closeIdleLogins();
+}
+
 // Creates the store. It is never destroyed: connections of static objects may close after it. Its logins are
 // closed at exit, which comes before the clean-up of the driver's libraries, since those were loaded earlier.
 class Creation {
@@ -178,7 +203,7 @@ class Creation {
     Creation() {
         processLogins = new IdleLogins;
         ::pthread_atfork(closeBeforeFork, continueAfterFork, beginAnewInChild);
-        callBeforeProcessStart(closeIdleLogins);
+        callBeforeProcessStart(closeBeforeProcess);
     }
     ~Creation() {
         callBeforeProcessStart(nullptr);

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,13 @@ class Login {
     bool isReusable() const;
     void forbidReuse() { m_isClean = false; }
 
+    // True after an INSERT: @@IDENTITY and SCOPE_IDENTITY() may have its values.
+    bool hasIdentity() const { return m_hasIdentity; }
+    void noteIdentity() { m_hasIdentity = true; }
+
+    // Returns a login that is not connected, of the same connection string.
+    std::unique_ptr<Login> another() const { return std::make_unique<Login>(m_connectionString, m_readOnly); }
+
     // Ends the connection and waits, at most a second, until the server has ended the session: the session's
     // database is free then. Does nothing if the socket is not known.
     void endSession() const;
@@ -58,6 +66,7 @@ class Login {
     pid_t m_process;
     bool m_isConnected = false;
     bool m_isClean = true;
+    bool m_hasIdentity = false;
     RequestLimits m_limits;
     std::vector<ServerSocket> m_sockets;  // one of them is the connection's; empty: not known
     OdbcHandle m_environment;

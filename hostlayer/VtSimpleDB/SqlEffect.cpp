@@ -11,6 +11,19 @@ namespace {
 // Words that begin statements of kSession, or mark such an effect within a query.
 constexpr std::string_view kSessionWords[] = {"DECLARE", "INSERT", "INTO", "SET"};
 
+// First words of batches that may share the database; another one may be a procedure's name. Sorted.
+constexpr std::string_view kSharingWords[] = {
+    "ALTER",     "BEGIN",  "CREATE", "DECLARE",  "DELETE", "DROP", "IF",      "INSERT", "MERGE", "PRINT",
+    "RAISERROR", "SELECT", "SET",    "TRUNCATE", "UPDATE", "USE",  "WAITFOR", "WHILE",  "WITH"};
+static_assert(std::is_sorted(std::begin(kSharingWords), std::end(kSharingWords)));
+
+// Words of batches that may need the database alone or run other code, and of the query tool's commands.
+// Sorted.
+constexpr std::string_view kExclusiveWords[] = {"!",          ":",           "BACKUP",  "DATABASE",
+                                                "DBCC",       "EXEC",        "EXECUTE", "KILL",
+                                                "OPENROWSET", "RECONFIGURE", "RESTORE", "SHUTDOWN"};
+static_assert(std::is_sorted(std::begin(kExclusiveWords), std::end(kExclusiveWords)));
+
 // The reserved words of T-SQL that begin or belong to any other statement. Sorted.
 constexpr std::string_view kServerWords[] = {
     "@@OPTIONS",  "ADD",         "ALTER",         "AUTHORIZATION",  "BACKUP",    "BEGIN",
@@ -104,16 +117,17 @@ std::string Words::next() {
     return word;
 }
 
-// Effect of one word that is not the batch's first.
-SqlEffect effectOfWord(std::string_view word, bool isFirstSetOfUpdate) {
+// Effect of one word that is not the batch's first. `isPart`: SET of an UPDATE, INTO of an INSERT.
+SqlEffect effectOfWord(std::string_view word, bool isPart) {
     if (contains(kServerWords, word)) return SqlEffect::kServer;
     const bool isChange = word == "UPDATE" || word == "DELETE";  // a second statement
-    const bool isSession = (contains(kSessionWords, word) && !isFirstSetOfUpdate) || word.front() == '#';
+    const bool isSession = (contains(kSessionWords, word) && !isPart) || word.front() == '#';
     return isChange || isSession ? SqlEffect::kSession : SqlEffect::kNone;
 }
 
 SqlEffect effectOfFirstWord(std::string_view word) {
     if (word == "SELECT" || word == "UPDATE" || word == "DELETE") return SqlEffect::kNone;
+    if (word == "INSERT") return SqlEffect::kIdentity;
     return word.empty() || contains(kSessionWords, word) ? SqlEffect::kSession : SqlEffect::kServer;
 }
 
@@ -132,15 +146,35 @@ SqlEffect effectOf(std::string_view sql) {
     skipNoCount(words);
     const std::string first = words.next();
     SqlEffect effect = effectOfFirstWord(first);
-    bool setIsExpected = first == "UPDATE";
+    std::string_view expected = first == "UPDATE" ? "SET" : first == "INSERT" ? "INTO" : "";
     bool hasEnded = false;  // after a semicolon
     for (std::string word = words.next(); !word.empty(); word = words.next()) {
         if (hasEnded) effect = SqlEffect::kServer;
         hasEnded = word == ";";
-        effect = std::max(effect, effectOfWord(word, setIsExpected && word == "SET"));
-        if (word == "SET") setIsExpected = false;
+        effect = std::max(effect, effectOfWord(word, word == expected));
+        if (word == expected) expected = "";
     }
     return words.isCertain() ? effect : SqlEffect::kServer;
+}
+
+bool mayReadIdentity(std::string_view sql) {
+    Words words(sql);
+    for (std::string word = words.next(); !word.empty(); word = words.next())
+        if (word.find("IDENTITY") != std::string::npos) return true;
+    return !words.isCertain();
+}
+
+bool mayNeedDatabaseAlone(std::string_view script) {
+    if (script.find("$(") != std::string_view::npos) return true;  // a variable, also in a string
+    Words words(script);
+    bool isFirst = true;
+    for (std::string word = words.next(); !word.empty(); word = words.next()) {
+        if (contains(kExclusiveWords, word)) return true;
+        const bool endsBatch = word == "GO";
+        if (isFirst && !endsBatch && !contains(kSharingWords, word)) return true;
+        isFirst = endsBatch;
+    }
+    return !words.isCertain();
 }
 
 }  // namespace hostlayer

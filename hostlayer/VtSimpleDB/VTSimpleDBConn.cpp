@@ -130,20 +130,28 @@ void OpenStatement::finish() {
 
 struct VTSimpleDBConnObject::Impl {
     bool connect(const char* connectionString, bool readOnly);
+    bool logIn(std::unique_ptr<Login> next);
     bool run(const char* sql, bool prepared);
     void finishStatement();
     void close();
 
     std::unique_ptr<Login> login;  // null: not open
     bool isReused = false;         // an earlier user may have set NOCOUNT
+    bool hasOthersIdentity = false;
     std::shared_ptr<OpenStatement> statement = std::make_shared<OpenStatement>();
 };
 
 bool VTSimpleDBConnObject::Impl::connect(const char* connectionString, bool readOnly) {
     login = hostlayer::takeIdleLogin(connectionString, readOnly);
     isReused = login != nullptr;
+    hasOthersIdentity = isReused && login->hasIdentity();
     if (isReused) return true;
-    login = std::make_unique<Login>(connectionString, readOnly);
+    return logIn(std::make_unique<Login>(connectionString, readOnly));
+}
+
+bool VTSimpleDBConnObject::Impl::logIn(std::unique_ptr<Login> next) {
+    login = std::move(next);
+    isReused = hasOthersIdentity = false;
     RequestLimits limits = limitsOf("loginTimeout", kDefaultLoginTimeout);
     limits.bytes = kLoginReplyLimit;
     limits.tick = kLoginTick;
@@ -157,7 +165,12 @@ bool VTSimpleDBConnObject::Impl::run(const char* sql, bool prepared) {
     if (!hostlayer::convertOrReport(VtCause::kStatement, sql, text, "Execute: the statement is not run"))
         return false;
     const SqlEffect effect = hostlayer::effectOf(sql);
-    if (effect != SqlEffect::kNone) login->forbidReuse();
+    const bool readsOthersIdentity =
+        hasOthersIdentity && (effect == SqlEffect::kIdentity || effect == SqlEffect::kServer ||
+                              hostlayer::mayReadIdentity(sql));
+    if (readsOthersIdentity && !logIn(login->another())) return false;
+    if (effect == SqlEffect::kIdentity) login->noteIdentity();
+    if (effect > SqlEffect::kIdentity) login->forbidReuse();
     if (effect == SqlEffect::kServer) hostlayer::endIdleSessions();
     if (effect == SqlEffect::kServer && std::exchange(isReused, false)) login->restoreRowCounts();
     if (statement->run(*login, text, prepared) && statement->skipToFirstRows()) return true;

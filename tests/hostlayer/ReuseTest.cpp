@@ -34,7 +34,11 @@ TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
         {" select [exec], \"use\" /* drop */ from t -- kill\r\n union all select 1;", SqlEffect::kNone},
         {"UPDATE t SET a = (SELECT max(b) FROM u)", SqlEffect::kNone},
         {"delete t where a = N'it''s'", SqlEffect::kNone},
-        {"INSERT t VALUES (1)", SqlEffect::kSession},
+        {"INSERT t VALUES (1)", SqlEffect::kIdentity},
+        {"SET NOCOUNT ON INSERT INTO t SELECT 1 SELECT @@IDENTITY", SqlEffect::kIdentity},
+        {"INSERT INTO t SELECT a INTO u FROM v", SqlEffect::kSession},
+        {"INSERT #t VALUES (1)", SqlEffect::kSession},
+        {"INSERT t EXEC p", SqlEffect::kServer},
         {"SET NOCOUNT ON UPDATE t SET a = 1", SqlEffect::kNone},
         {"SET NOCOUNT ON", SqlEffect::kSession},
         {"SET LOCK_TIMEOUT 1 SELECT 1", SqlEffect::kSession},
@@ -58,6 +62,26 @@ TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
         {"SELECT 'unclosed", SqlEffect::kServer},
     };
     for (const Case& each : cases) EXPECT_EQ(hostlayer::effectOf(each.sql), each.effect) << each.sql;
+}
+
+TEST(SqlEffect, OnlyAScriptThatReadsAndChangesRowsSharesTheDatabase) {
+    struct Case {
+        const char* script;
+        bool mayNeedItAlone;
+    };
+    const Case cases[] = {
+        {"SET ARITHABORT ON \nGO \nSELECT 'EXEC' -- RESTORE\nGO\nUPDATE t SET a = 1; PRINT 'x'\ngo\n", false},
+        {"IF OBJECT_ID('t') IS NULL CREATE TABLE t (a int)\nWAITFOR DELAY '00:00:01'\n", false},
+        {"ALTER DATABASE d SET SINGLE_USER", true},
+        {"SELECT 1\nGO\nsp_renamedb 'a', 'b'\n", true},
+        {"SELECT 1\nGO 2\nsp_renamedb 'a', 'b'\n", true},
+        {"SELECT 1 EXEC p", true},
+        {"PRINT '$(x)'", true},
+        {":r other.sql\n", true},
+        {"PRINT 'unclosed", true},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(hostlayer::mayNeedDatabaseAlone(each.script), each.mayNeedItAlone) << each.script;
 }
 
 class ConnectionReuse : public ::testing::Test {
@@ -97,6 +121,7 @@ TEST_F(ConnectionReuse, FollowsPlainStatementsOnly) {
         const char* sql;
         int kept;
     };
+    run("CREATE TABLE dbo.Kept (id int IDENTITY, a int)");
     const Case cases[] = {{"SELECT 1", 1},
                           {"SELECT name FROM sys.databases", 1},
                           {"SET ROWCOUNT 1", 0},
@@ -104,6 +129,8 @@ TEST_F(ConnectionReuse, FollowsPlainStatementsOnly) {
                           {"CREATE TABLE #t (a int)", 0},
                           {"SELECT 1 / 0", 0},
                           {"SELECT 2", 1},
+                          {"INSERT dbo.Kept DEFAULT VALUES", 1},
+                          {"UPDATE dbo.Kept SET a = 2", 1},
                           {"no statement", 0}};
     for (const Case& each : cases) {
         run(each.sql);
@@ -112,6 +139,21 @@ TEST_F(ConnectionReuse, FollowsPlainStatementsOnly) {
     run("SELECT 1");
     run("SELECT 1", /*readOnly=*/true);
     EXPECT_EQ(sockets(), 2);
+}
+
+// A later connection does not see the identity that an earlier one's INSERT has left.
+TEST_F(ConnectionReuse, EndsBeforeAnIdentityIsRead) {
+    run("CREATE TABLE dbo.Kept (id int IDENTITY(7, 1), a int)");
+    for (const char* sql : {"SELECT 1 WHERE @@IDENTITY IS NULL", "SELECT 1 WHERE SCOPE_IDENTITY() IS NULL"}) {
+        run("INSERT dbo.Kept VALUES (1)");
+        EXPECT_EQ(sockets(), 1);
+        VTSimpleDBConnObject connection;
+        VTDBAutoBindResult result;
+        ASSERT_EQ(open(connection), 0);
+        EXPECT_EQ(connection.executeQuery(sql, false), 0);
+        EXPECT_EQ(connection.autoBind(result), 0);
+        EXPECT_EQ(result.getNextRow(), 0) << sql;
+    }
 }
 
 TEST_F(ConnectionReuse, GivesALoginToOneConnectionAtATime) {
