@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "text/Errors.h"
+#include "text/Text.h"
 #include "text/Utf.h"
 
 namespace sqlcmd {
@@ -22,15 +23,39 @@ void requireUtf8(std::string_view batch) {
                     " is not UTF-8. Save the script in UTF-8, or in UTF-16 with its byte order mark.");
 }
 
+// True for a batch like "SET ARITHABORT ON".
+bool setsOneOption(std::string_view batch) {
+    constexpr std::string_view kOptions[] = {"ANSI_WARNINGS", "ARITHABORT",         "ARITHIGNORE",
+                                             "NOCOUNT",       "NUMERIC_ROUNDABORT", "XACT_ABORT"};
+    std::string_view rest = trimmed(batch);
+    const std::string verb = upperCase(takeWord(rest));
+    const std::string option = upperCase(takeWord(rest));
+    const std::string value = upperCase(rest);
+    return verb == "SET" && (value == "ON" || value == "OFF") &&
+           std::find(std::begin(kOptions), std::end(kOptions), option) != std::end(kOptions);
+}
+
 }  // namespace
+
+// Sends the settings, or returns them if they can precede the batch, in its first line: the server's line
+// numbers stay.
+std::string BatchRunner::settingsBefore(const std::string& batch) {
+    const std::string settings = std::exchange(m_settings, {});
+    if (settings.empty()) return {};
+    if (setsOneOption(batch)) return settings + " ";
+    run(settings, {.isInternal = true});
+    return {};
+}
 
 BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) {
     requireUtf8(batch);
+    std::string settings = mode.isInternal ? std::string() : settingsBefore(batch);
+    const std::string& sent = settings.empty() ? batch : settings += batch;
     MessagePrinter messages(m_options, m_output, m_errors);
     const auto start = std::chrono::steady_clock::now();
     if (!mode.isInternal) m_progress.beginBatch();
     {
-        const auto running = m_client->run(batch, [&](const Diagnostic& message) {
+        const auto running = m_client->run(sent, [&](const Diagnostic& message) {
             messages.print(message);
             m_output.flushEarly();  // the server may be silent for long after a message
         });

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "client/Client.h"
 #include "options/Options.h"
@@ -41,6 +42,9 @@ class BatchRunner {
             m_output.flushEarly();
         });
     }
+    // Sets the T-SQL that sets up the session of a new connection. It is sent before the first batch;
+    // together with it, for one round trip less, if that batch only sets an option as well.
+    void setSessionSettings(std::string settings) { m_settings = std::move(settings); }
     void setTraceOutput(Output* trace) { m_trace = trace; }     // of the statistics; null: the output
     void setErrorOutput(Output* errors) { m_errors = errors; }  // see MessagePrinter
 
@@ -58,7 +62,10 @@ class BatchRunner {
     void printCount(long long count);
     void printStatistics(std::chrono::steady_clock::duration time);
 
+    std::string settingsBefore(const std::string& batch);
+
     Client* m_client;
+    std::string m_settings;  // not sent yet
     const Options& m_options;
     Output& m_output;
     Output* m_errors = nullptr;

@@ -109,9 +109,9 @@ void Tool::logInAndRun(Output& output) {
 }
 
 void Tool::setUpSession(const Client& client, BatchRunner& runner) const {
-    runner.run(std::string(client.sessionSettings()) +
-                   (m_options.quotedIdentifier ? "SET QUOTED_IDENTIFIER ON" : "SET QUOTED_IDENTIFIER OFF"),
-               {.isInternal = true});
+    runner.setSessionSettings(std::string(client.sessionSettings()) + (m_options.quotedIdentifier
+                                                                           ? "SET QUOTED_IDENTIFIER ON"
+                                                                           : "SET QUOTED_IDENTIFIER OFF"));
 }
 
 void Tool::changePassword(BatchRunner& runner, std::string& oldPassword) {
