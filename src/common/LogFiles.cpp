@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
+#include <functional>
 #include <span>
 #include <utility>
 
@@ -48,6 +50,27 @@ void appendTime(std::string& text, std::time_t when, bool dateOnly) {
         text += mark;
         appendNumber(text, number, 2);
     }
+}
+
+// Current time as text. Formatted once a second: following a changed time zone takes system calls. A change
+// of TZ is followed at once. Static destructors may log, so nothing here has a destructor.
+std::string_view currentTime() {
+    struct Formatted {
+        std::time_t second;
+        std::size_t zone;
+        std::array<char, kTimeLength> text;
+        std::size_t length;  // 0: nothing is formatted yet
+    };
+    thread_local Formatted last{};
+    const std::time_t now = std::time(nullptr);
+    const std::size_t zone = std::hash<std::string_view>()(textOrEmpty(std::getenv("TZ")));
+    if (last.length == 0 || last.second != now || last.zone != zone) {
+        std::string text;
+        appendTime(text, now, /*dateOnly=*/false);
+        last = {now, zone, {}, std::min(text.size(), last.text.size())};
+        std::copy_n(text.begin(), last.length, last.text.begin());
+    }
+    return {last.text.data(), last.length};
 }
 
 // Writes all bytes, after short writes and interruptions, too.
@@ -120,9 +143,7 @@ FileDescriptor openLog(const char* path) {
 }  // namespace
 
 std::string currentTimeString() {
-    std::string text;
-    appendTime(text, std::time(nullptr), /*dateOnly=*/false);
-    return text;
+    return std::string(currentTime());
 }
 
 void appendToLog(const char* logFile, std::string_view entry) {
@@ -154,8 +175,7 @@ void LogToFile(const char* logFile, const char* text, bool raw) {
         if (raw) {
             entry = written;
         } else {
-            appendTime(entry, std::time(nullptr), /*dateOnly=*/false);
-            entry.append(" - ").append(written).append("\n");
+            entry.append(currentTime()).append(" - ").append(written).append("\n");
         }
         appendToLog(logFile, entry);
     });

@@ -616,26 +616,31 @@ TEST_F(PackageRun, LackOfMemoryIsReported) {
 #endif
 
 TEST_F(PackageRun, ThreadsRunPackagesAndProceduresSideBySide) {
-    constexpr int kThreads = 8;
+    constexpr int kThreads = 64;
+    constexpr int kProcedures = 8;
     std::vector<std::string> outputs(kThreads);
     std::vector<std::thread> threads;
+    writePackage("threads", packageOf("PRINT 'thread %s'\n"));
     for (int i = 0; i < kThreads; ++i) {
         const std::string name = "thread" + std::to_string(i);
-        writePackage(name, packageOf("PRINT 'thread %s'\n"));
-        threads.emplace_back([name, &output = outputs[static_cast<std::size_t>(i)]] {
-            const Result package = runPackage(name, {name});
+        threads.emplace_back([name, i, &output = outputs[static_cast<std::size_t>(i)]] {
+            const Result package = runPackage("threads", {name});
+            output = package.output;
+            if (i >= kProcedures) return;
             const Result procedure = runProcedure("tsEventSummary", 1, nullptr, name.c_str());
-            output = package.output + (procedure.done ? "" : procedure.output);
+            output += procedure.done ? "" : procedure.output;
         });
     }
     for (std::thread& thread : threads) thread.join();
+    const std::string log = support::readFile(m_installation.logFolder() / "ZephraDebug.log");
     for (int i = 0; i < kThreads; ++i) {
         const std::string name = "thread" + std::to_string(i);
         EXPECT_EQ(outputs[static_cast<std::size_t>(i)],
                   "thread " + name + "\n\nTscript Execution Succeeded!\n");
         EXPECT_EQ(
             query("SELECT status, inputParams FROM ZpTscriptExec WHERE inputParams = '" + name + "'", 2),
-            (Texts{"1|" + name, "1|" + name}));
+            i < kProcedures ? (Texts{"1|" + name, "1|" + name}) : (Texts{"1|" + name}));
+        EXPECT_NE(log.find("thread " + name + "\n"), std::string::npos) << name;
     }
 }
 

@@ -570,4 +570,28 @@ TEST_F(Faults, DoctorOpensEveryPackageAndNamesOddComponents) {
     expectAll({{{"doctor"}, 3, "FAILED   packages: none of 2 can be decrypted", ""}});
 }
 
+TEST_F(Faults, SixtyFourProcessesRunOnePackageSideBySide) {
+    constexpr int kRuns = 64;
+    pack("Many", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'run %s.'\n");
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    std::vector<pid_t> runs;
+    for (int i = 0; i < kRuns; ++i)
+        runs.push_back(support::spawn({TSCRIPT_PROGRAM, "run", "Many", "-q", "-p", std::to_string(i)},
+                                      options, {output.get(), output.get(), output.get()}));
+    for (const pid_t run : runs) {
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(run, std::chrono::minutes(5), exitCode));
+        EXPECT_EQ(exitCode, 0) << support::contentOf(output);
+    }
+    const std::string rows = "\n" + journal("Many");
+    const std::string log = support::readFile(folder / "logs" / "ZephraDebug.log");
+    for (int i = 0; i < kRuns; ++i) {
+        const std::string value = std::to_string(i);
+        EXPECT_NE(rows.find("\n1|" + value + "|"), std::string::npos) << value;
+        EXPECT_NE(log.find("run " + value + ".\n"), std::string::npos) << value;
+    }
+}
+
 }  // namespace
