@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <list>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -24,7 +25,14 @@ namespace hostlayer {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Logins = std::vector<std::unique_ptr<Login>>;
+
+struct Idle {
+    std::unique_ptr<Login> login;
+    Clock::time_point until;
+};
+// Moving elements to another list takes no memory: the closing thread and the fork's handler cannot report
+// that it is missing.
+using Logins = std::list<Idle>;
 
 constexpr std::size_t kMaxIdle = 64;
 
@@ -42,11 +50,6 @@ class IdleLogins {
     Logins removeAllLocked();
 
   private:
-    struct Idle {
-        std::unique_ptr<Login> login;
-        Clock::time_point until;
-    };
-
     std::unique_ptr<Login> remove(std::string_view connectionString, bool readOnly);
     Logins removeExpired(Clock::time_point now);
     bool startCloser();
@@ -54,7 +57,7 @@ class IdleLogins {
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<Idle> m_idle;  // the oldest first
+    Logins m_idle;  // the oldest first
     std::optional<std::thread> m_closer;
     Clock::time_point m_closerWakes;
     bool m_closerHasEnded = false;
@@ -89,7 +92,7 @@ void IdleLogins::keep(std::unique_ptr<Login> login, std::chrono::seconds time) {
     }
     if (m_idle.size() == kMaxIdle) {
         oldest = std::move(m_idle.front().login);
-        m_idle.erase(m_idle.begin());
+        m_idle.pop_front();
     }
     const auto until = Clock::now() + time;
     m_idle.push_back({std::move(login), until});
@@ -97,10 +100,7 @@ void IdleLogins::keep(std::unique_ptr<Login> login, std::chrono::seconds time) {
 }
 
 Logins IdleLogins::removeAllLocked() {
-    Logins logins;
-    for (Idle& idle : m_idle) logins.push_back(std::move(idle.login));
-    m_idle.clear();
-    return logins;
+    return std::exchange(m_idle, {});
 }
 
 Logins IdleLogins::removeAll() {
@@ -138,9 +138,10 @@ bool IdleLogins::startCloser() {
 
 Logins IdleLogins::removeExpired(Clock::time_point now) {
     Logins expired;
-    for (Idle& idle : m_idle)
-        if (idle.until <= now) expired.push_back(std::move(idle.login));
-    std::erase_if(m_idle, [](const Idle& idle) { return idle.login == nullptr; });
+    for (auto at = m_idle.begin(); at != m_idle.end();) {
+        const auto idle = at++;
+        if (idle->until <= now) expired.splice(expired.end(), m_idle, idle);
+    }
     return expired;
 }
 
@@ -234,7 +235,7 @@ void closeIdleLogins() {
 void endIdleSessions() {
     IdleLogins* const logins = processLogins;
     if (logins == nullptr) return;
-    for (const std::unique_ptr<Login>& login : logins->removeAll()) login->endSession();
+    for (const Idle& idle : logins->removeAll()) idle.login->endSession();
 }
 
 }  // namespace hostlayer
