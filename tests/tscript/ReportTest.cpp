@@ -70,6 +70,21 @@ onload = () => {
 };
 </script>)html";
 
+// Runs axe-core on the page and lists the violations that it finds.
+constexpr const char* kAuditor =
+    R"html(<!DOCTYPE html><body><iframe src="audited.html" style="width:1280px;height:900px"></iframe>
+<pre id="findings"></pre>
+<script>
+onload = async () => {
+  const frame = document.querySelector('iframe'), page = frame.contentDocument;
+  page.querySelectorAll('details').forEach(details => details.open = true);
+  await new Promise(loaded => page.head.append(Object.assign(page.createElement('script'), {src: 'axe.min.js', onload: loaded})));
+  const found = await frame.contentWindow.axe.run(page);
+  document.getElementById('findings').textContent = `rules ${found.passes.length > 20}, violations: ` +
+    (found.violations.map(rule => rule.id + ' ' + rule.nodes.map(node => node.target)).join('; ') || 'none');
+};
+</script>)html";
+
 class Report : public Installation {
   protected:
     support::ProgramOptions options() const {
@@ -191,6 +206,26 @@ TEST_F(Report, IsReadableInBothColourSchemesAndWidths) {
         browse(scheme, {"--screenshot=" + picture.string()});
         EXPECT_GT(support::readFile(picture).size(), 50'000U) << "an empty picture";
     }
+}
+
+// The page without its policy, which forbids scripts.
+TEST_F(Report, HasNoViolationThatAxeFinds) {
+    const ProgramResult installed = support::runProgram(
+        {INSTALL_NPM, AXE_FOLDER, "axe-core@4.10.2", "2025-01-01"}, {{}, {}, {}, std::chrono::minutes(3)});
+    if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
+    ASSERT_EQ(installed.exitCode, 0) << installed.errors;
+    packBody("Fail", "PRINT 'before'\nRAISERROR('broken', 16, 1)\nGO\n");
+    EXPECT_EQ(run({"run", "PurgeEvents", "-p", "30", "-p", "2"}).exitCode, 0);
+    EXPECT_EQ(run({"run", "Fail"}).exitCode, 1);
+    ASSERT_EQ(page({"--since", "1d", "--compare", "-o", m_temp / "audited.html"}), "");
+    replaceInFile(m_temp / "audited.html", "http-equiv=\"Content-Security-Policy\"", "name=\"policy\"");
+    fs::copy_file(fs::path(AXE_FOLDER) / "node_modules/axe-core/axe.min.js", m_temp / "axe.min.js");
+    support::writeFile(m_temp / "viewer.html", kAuditor);
+    const Words dump = {"--dump-dom", "--virtual-time-budget=60000"};
+    for (const char* scheme : {"light", "dark"})
+        expectIn(browse(scheme, dump), {"rules true, violations: none</pre>"});
+    replaceInFile(m_temp / "audited.html", "<html lang=\"en\">", "<html>");
+    expectIn(browse("light", dump), {"violations: html-has-lang html</pre>"});
 }
 
 TEST_F(Report, HasBoundsWhateverTheJournalHolds) {
