@@ -38,9 +38,10 @@ struct TScriptRun_t {
 };
 
 struct TScriptRunFilter_t {
-    std::string namePattern;  // as for listScripts()
-    int status = -1;          // -1: any
-    std::int64_t since = 0;   // runs that started then or later; 0: any time
+    std::string namePattern;       // as for listScripts()
+    int status = -1;               // -1: any
+    std::int64_t since = 0;        // runs that started then or later; 0: any time
+    std::int64_t longerThan = -1;  // runs that took more seconds, or have not ended; -1: any time
 };
 
 // Reader of catalogue and journal over one direct connection. One thread per object. Every operation returns

@@ -1,8 +1,10 @@
 #include "DVUtilities/TScriptRecords.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <ctime>
+#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -59,6 +61,12 @@ std::string where(std::initializer_list<std::string> conditions) {
 
 std::string olderThan(int id) {
     return id > 0 ? "id < " + std::to_string(id) : std::string();
+}
+
+// Of a run that has ended. DATEDIFF() would fail for some of the times that a row may have.
+std::string lastedLongerThan(std::int64_t seconds) {
+    const std::int64_t bounded = std::min<std::int64_t>(seconds, std::numeric_limits<int>::max());
+    return "(status = 0 OR timeEnd > DATEADD(second, " + std::to_string(bounded) + ", timeStart))";
 }
 
 std::string named(std::string_view pattern) {
@@ -194,9 +202,10 @@ bool TScriptRecords::listRuns(const TScriptRunFilter_t& filter, int beforeId, in
         if (!m_impl->checkPage(filter.namePattern, maximum)) return false;
         const std::string since = filter.since != 0 ? "timeStart >= @since" : "";
         const std::string status = filter.status >= 0 ? "status = " + std::to_string(filter.status) : "";
-        const std::string sql =
-            FXString::Format(catalogue_sql::kListRuns, static_cast<long long>(filter.since), maximum,
-                             where({olderThan(beforeId), status, since, named(filter.namePattern)}).c_str());
+        const std::string length = filter.longerThan >= 0 ? lastedLongerThan(filter.longerThan) : "";
+        const std::string sql = FXString::Format(
+            catalogue_sql::kListRuns, static_cast<long long>(filter.since), maximum,
+            where({olderThan(beforeId), status, length, since, named(filter.namePattern)}).c_str());
         std::vector<std::string> rows;
         if (!m_impl->read(sql, catalogue_sql::kRunColumns, rows)) return false;
         std::vector<TScriptRun_t> page;

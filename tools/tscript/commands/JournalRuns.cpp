@@ -84,9 +84,11 @@ template <typename Write>
 void SelectedRuns::forEachPage(int most, Write write) {
     TScriptRunFilter_t filter = m_filter;
     filter.status = m_status;
+    filter.longerThan = m_slowerThan;
     std::size_t left =
         most == kAll ? std::numeric_limits<std::size_t>::max() : static_cast<std::size_t>(most);
-    const int length = m_slowerThan < 0 && left < kPage ? static_cast<int>(left) : kPage;
+    const bool isExact = m_slowerThan < 0 || m_status > 0;  // running ones are selected by the clock here
+    const int length = isExact && left < kPage ? static_cast<int>(left) : kPage;
     int beforeId = 0;
     bool isLast = false;
     while (left > 0 && !isLast) {

@@ -11,3 +11,9 @@ CREATE TABLE ZpTscriptExec (
     userId int NOT NULL DEFAULT 0
 )
 GO
+
+-- Lists by name, status or start time read a page of rows instead of the table.
+CREATE INDEX IX_ZpTscriptExec_name ON ZpTscriptExec (name, id)
+CREATE INDEX IX_ZpTscriptExec_status ON ZpTscriptExec (status, id)
+CREATE INDEX IX_ZpTscriptExec_timeStart ON ZpTscriptExec (timeStart)
+GO
