@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Causes.h"
@@ -57,8 +58,7 @@ class FileCipher {
     // `openTarget` returns the target's stream. It is called after the source has been opened, so that a
     // missing source does not truncate the target.
     template <typename OpenTarget>
-    bool run(const char* sourcePath, const char* targetPath, OpenTarget openTarget) {
-        OpenFile source(sourcePath, "r");
+    bool run(OpenFile source, const char* sourcePath, const char* targetPath, OpenTarget openTarget) {
         if (!source.isOpen()) return failAt(sourcePath, common_messages::kCannotOpenCipherFile);
         OpenFile target = openTarget();
         if (!target.isOpen()) return failAt(targetPath, common_messages::kCannotOpenCipherFile);
@@ -206,15 +206,16 @@ bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::str
             return false;
         }
         const Direction direction = encrypt ? Direction::kEncrypt : Direction::kDecrypt;
-        return FileCipher(direction, errorText).run(sourceFile, targetFile, [&] {
+        OpenFile source(sourceFile, "r");
+        return FileCipher(direction, errorText).run(std::move(source), sourceFile, targetFile, [&] {
             return OpenFile(targetFile, "w");
         });
     });
 }
 
-bool decryptPackage(const char* sourceFile, const FileDescriptor& target, const char* targetName,
-                    std::string& errorText) {
-    return FileCipher(Direction::kDecryptPackage, errorText).run(sourceFile, targetName, [&] {
-        return OpenFile(target.duplicate(), "w");
-    });
+bool decryptPackage(FileDescriptor source, const char* sourcePath, const FileDescriptor& target,
+                    const char* targetPath, std::string& errorText) {
+    OpenFile package(std::move(source), "r");
+    return FileCipher(Direction::kDecryptPackage, errorText)
+        .run(std::move(package), sourcePath, targetPath, [&] { return OpenFile(target.duplicate(), "w"); });
 }

@@ -407,7 +407,19 @@ TEST_F(Faults, APackageIsARegularFileWithOneName) {
     expectAll({{{"doctor"}, 3, "FAILED   package SiteInventory: can be changed by every user", ""}});
 }
 
-TEST_F(Faults, FoldersThatEveryUserCanChangeAreRefused) {
+TEST_F(Faults, WhatEveryUserCanChangeIsRefused) {
+    const fs::path tool = m_temp / "sqlcmd";
+    fs::copy_file(fs::path(TSCRIPT_PROGRAM).parent_path() / "sqlcmd", tool);
+    run({"config", "set", "host.programs.sqlcmd", tool});
+    for (const fs::path& path :
+         {fs::path(store()), folder / "tls-cert.pem", folder / "Scripts/SiteInventory.sql", tool}) {
+        const fs::perms before = fs::status(path).permissions();
+        fs::permissions(path, fs::perms::others_write, fs::perm_options::add);
+        expectAll({{{"run", "SiteInventory"}, 3, "", "every user can change " + path.string()},
+                   {{"doctor"}, 3, "every user", ""}});
+        fs::permissions(path, before);
+    }
+
     for (const fs::path& path : {folder, folder / "Scripts", folder / "temp", folder / "logs"}) {
         const fs::perms before = fs::status(path).permissions();
         fs::permissions(path, fs::perms::all);

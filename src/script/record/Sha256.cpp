@@ -2,12 +2,9 @@
 
 #include <sodium/crypto_hash_sha256.h>
 #include <sodium/utils.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
-#include <cstdio>
-
-#include "OpenFile.h"
 
 namespace {
 
@@ -37,14 +34,14 @@ std::string sha256Of(std::string_view text) {
     return hash.digits();
 }
 
-std::string sha256OfFile(const char* path) {
-    struct stat status {};
-    if (::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return {};
-    const OpenFile file(path, "rb");
-    if (!file.isOpen()) return {};
+std::string sha256OfFile(const FileDescriptor& file) {
     Sha256 hash;
     std::array<char, 65536> buffer{};
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get()))
-        hash.add({buffer.data(), count});
-    return std::ferror(file.get()) == 0 ? hash.digits() : std::string();
+    for (off_t offset = 0;;) {
+        const ssize_t count = ::pread(file.get(), buffer.data(), buffer.size(), offset);
+        if (count < 0) return {};
+        if (count == 0) return hash.digits();
+        hash.add({buffer.data(), static_cast<std::size_t>(count)});
+        offset += count;
+    }
 }

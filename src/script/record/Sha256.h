@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "FileDescriptor.h"
+
 std::string sha256Of(std::string_view text);
-// Hash of a regular file's content; empty for anything else (reading a pipe would empty it), and if the file
-// cannot be read.
-std::string sha256OfFile(const char* path);
+// Hash of an open file's content; empty if it cannot be read. The file's position stays.
+std::string sha256OfFile(const FileDescriptor& file);

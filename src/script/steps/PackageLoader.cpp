@@ -55,7 +55,7 @@ bool PackageLoader::read(const char* path) {
 }
 
 bool PackageLoader::open(const char* path) {
-    if (!m_report.requireSession() || !choosePath(path) || !checkReadable()) return false;
+    if (!m_report.requireSession() || !choosePath(path) || !openPackage()) return false;
     m_fromPackage = true;
     reserveCopy();
     return true;
@@ -85,9 +85,10 @@ void PackageLoader::findByName() {
     m_package.path = folder + ".sql";
 }
 
-bool PackageLoader::checkReadable() {
+bool PackageLoader::openPackage() {
     const char* path = m_package.path.c_str();
-    if (openPlainFile(path, O_RDONLY).isOpen()) return true;
+    m_file = openPlainFile(path, O_RDONLY);
+    if (m_file.isOpen()) return true;
     reportFileFailure(path, errno);
     return m_report.failAs(messages::kPackageNotFound, FXString::Format(messages::kPackageUnreadable, path));
 }
@@ -117,9 +118,9 @@ void PackageLoader::reserveCopy() {
 
 bool PackageLoader::decrypt() {
     m_package.fileHash.clear();
-    if (!recordSettings().folder.empty()) m_package.fileHash = sha256OfFile(m_package.path.c_str());
-    if (m_copy.isOpen() &&
-        decryptPackage(m_package.path.c_str(), m_copy, m_copyPath.c_str(), m_lastMessage)) {
+    if (!recordSettings().folder.empty()) m_package.fileHash = sha256OfFile(m_file);
+    if (m_copy.isOpen() && decryptPackage(std::move(m_file), m_package.path.c_str(), m_copy,
+                                          m_copyPath.c_str(), m_lastMessage)) {
         return true;
     }
     return m_report.failAs(messages::kDecryptFailed,

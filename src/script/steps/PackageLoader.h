@@ -34,7 +34,7 @@ class PackageLoader {
   private:
     bool open(const char* path);
     bool choosePath(const char* path);
-    bool checkReadable();
+    bool openPackage();
     void reserveCopy();
     bool decrypt();
     bool parse();
@@ -54,6 +54,7 @@ class PackageLoader {
     ScriptSession m_scriptSession;
     SiteCheck m_siteCheck;
     ScriptCatalogue m_scriptCatalogue;
+    FileDescriptor m_file;  // the package; open until it is decrypted, so that no other file takes its place
     std::string m_copyPath;
     FileDescriptor m_copy;  // open from its creation until it is read; without a name
     std::string m_chosenDatabase;

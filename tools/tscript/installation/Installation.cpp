@@ -13,6 +13,7 @@
 
 #include "DVUtilities/DVUtilLib.h"
 #include "DVUtilities/commonFunc.h"
+#include "HostSettings.h"
 #include "HostSetup.h"
 #include "VTPI.h"
 #include "console/Outcome.h"
@@ -96,10 +97,26 @@ bool canStrangersReplaceFilesIn(const std::string& folder) {
            (status.st_mode & S_ISVTX) == 0;
 }
 
-void requireSafeFolders() {
+bool canStrangersChange(const std::string& file) {
+    struct stat status {};
+    return stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & S_IWOTH) != 0;
+}
+
+std::vector<FileOfRuns> filesOfRuns() {
+    std::vector<FileOfRuns> files = {{"store", hostlayer::inspectStore().path}};
+    if (const std::string tool = hostlayer::queryToolPath(); tool.find('/') != std::string::npos)
+        files.push_back({"sqlcmd", tool});
+    if (const std::string authorities = hostlayer::hostSetting("caFile", ""); !authorities.empty())
+        files.push_back({"caFile", authorities});
+    return files;
+}
+
+void requireSafeFiles(const std::string& script) {
     const std::filesystem::path store = hostlayer::inspectStore().path;
     std::vector<std::string> folders = {store.has_parent_path() ? store.parent_path().string() : "."};
+    std::vector<FileOfRuns> files = filesOfRuns();
     const std::pair<const char*, const char*> values[] = {{"Base", "dZEPHRAHOME"},
+                                                          {"Base", "dBASEHOME"},
                                                           {"Base", "dZEPHRATEMPDIR"},
                                                           {"Base", "sSCRIPTSTEMPDIR"},
                                                           {"EventManager", "dEVLOGDIR"}};
@@ -108,12 +125,18 @@ void requireSafeFolders() {
         std::string ignored;
         if (!GetRegistryItemValue("", key, value, nullptr, folder.data(), ignored)) continue;
         folders.emplace_back(folder.data());
-        if (std::string_view(value) == "dZEPHRAHOME") folders.push_back(folders.back() + "/Scripts");
+        if (std::string_view(value) != "dZEPHRAHOME") continue;
+        folders.push_back(folders.back() + "/Scripts");
+        files.push_back({"package", folders.back() + "/" + script + ".sql"});
     }
     for (const std::string& folder : folders)
         if (canStrangersReplaceFilesIn(folder))
             throw Failure(ExitCode::kInstallation, "every user can replace files in " + folder,
                           "Set its mode: chmod o-w " + folder);
+    for (const FileOfRuns& file : files)
+        if (canStrangersChange(file.path))
+            throw Failure(ExitCode::kInstallation, "every user can change " + file.path,
+                          "Set its mode: chmod o-w " + file.path);
 }
 
 void setDatabaseValue(const std::string& valueName, const std::string& text) {

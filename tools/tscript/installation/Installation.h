@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // A suite database and the names of its values under the key "Database".
 struct SuiteDatabase {
@@ -24,11 +25,21 @@ void requireStore();
 // Throws Failure (kInstallation) if this user cannot create files in the log folder.
 void requireLogFolder();
 
-// Throws Failure (kInstallation) if every user can replace files in a folder of the installation: that of the
-// store, the packages, the temporary files or the logs.
-void requireSafeFolders();
+// Throws Failure (kInstallation) if every user can replace files in a folder of the installation, or change a
+// file that a run of the script uses.
+void requireSafeFiles(const std::string& script);
 // Returns whether every user can replace what is in the folder. The sticky bit, as on /tmp, prevents it.
 bool canStrangersReplaceFilesIn(const std::string& folder);
+// Returns whether every user can change the file.
+bool canStrangersChange(const std::string& file);
+
+// A file besides packages and key that decides what a run does.
+struct FileOfRuns {
+    const char* name;
+    std::string path;
+};
+// The store, the query tool and the trusted authorities, where the store names them by a path.
+std::vector<FileOfRuns> filesOfRuns();
 
 // Sets a string value under the key "Database". Throws Failure (kInstallation).
 void setDatabaseValue(const std::string& valueName, const std::string& text);

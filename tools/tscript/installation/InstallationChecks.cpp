@@ -35,10 +35,10 @@ void checkStore(CheckList& list) {
                                std::string("Name the store with --store or ZEPHRA_REGISTRY. ") + kReference);
     list.addGood("store", store.path);
     for (const std::string& oddity : store.oddities) list.addWarning("store content", oddity, kReference);
-    struct stat status {};
-    if (stat(store.path.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0)
-        list.addFailure("store mode", ExitCode::kInstallation, "every user can change " + store.path,
-                        "Set its mode: chmod 0640 " + store.path);
+    for (const FileOfRuns& file : filesOfRuns())
+        if (canStrangersChange(file.path))
+            list.addFailure(std::string(file.name) + " mode", ExitCode::kInstallation,
+                            "every user can change " + file.path, "Set its mode: chmod o-w " + file.path);
     const std::string folder = std::filesystem::absolute(store.path).parent_path().string();
     if (canStrangersReplaceFilesIn(folder))
         list.addFailure("store folder", ExitCode::kInstallation, "every user can replace files in " + folder,

@@ -104,7 +104,7 @@ std::optional<Fault> fileFault(const fs::path& file) {
     if (!S_ISREG(status.st_mode) || status.st_nlink > 1)
         return Fault{ExitCode::kInstallation, "is a link, a pipe or a file with a second name",
                      "Runs refuse it. Put a copy of the package in its place."};
-    if ((status.st_mode & S_IWOTH) != 0)
+    if (canStrangersChange(file.string()))
         return Fault{ExitCode::kInstallation, "can be changed by every user",
                      "Set its mode: chmod o-w " + file.string()};
     return std::nullopt;

@@ -58,7 +58,7 @@ unsigned int optionsOf(const ScriptRequest& request) {
 void checkRequest(const ScriptRequest& request) {
     checkScriptName(request.name);
     requireStore();
-    requireSafeFolders();
+    requireSafeFiles(request.name);
     if (!request.database.empty()) suiteDatabase(request.database);
     if (request.parameters.size() > kMostParameters)
         throw Failure(ExitCode::kUsage, "more than " + std::to_string(kMostParameters) + " parameters");
