@@ -220,7 +220,7 @@ TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     answers("PRINT $(nothing)\n", "'nothing' scripting variable not defined.\r\n1> ");
     answers(":nothing\n", "near command ':nothing'.\r\n1> ");
     answers("PRINT 'kept'\nGO\n", "kept\r\n1> ");
-    answers("-- password\n'a secret'\nGO\n", "Msg 102");
+    answers("-- password\n'a secret'\nGO\n", "'a secret'.\r\n1> ");
     answers("\x10\x10 + '!'\nGO\n", "kept!\r\n1> ");
     program.type(support::kControlD);
     EXPECT_EQ(program.end(), 0) << program.screen();

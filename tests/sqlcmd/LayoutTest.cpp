@@ -50,7 +50,7 @@ TEST(ColumnFormat, WidthsFollowTypesNamesAndOptions) {
 
 TEST(ColumnFormat, ShapesValues) {
     const auto shaped = [](const ColumnInfo& column, std::string text, const Layout& layout = {}) {
-        shapeValue(text, formatOf(column, layout));
+        shapeValue(text, 0, formatOf(column, layout));
         return text;
     };
     Layout narrow;

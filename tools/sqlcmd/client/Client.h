@@ -6,10 +6,12 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "client/Cells.h"
 #include "client/Diagnostic.h"
 #include "values/ColumnInfo.h"
 
@@ -27,14 +29,18 @@ class RunningBatch {
     virtual bool nextResult() = 0;
     virtual const std::vector<ColumnInfo>& columns() const = 0;  // empty: the result has no rows
     virtual bool nextRow() = 0;
-    virtual bool readAllRows() const = 0;    // false if an error ended the rows
+    virtual bool readAllRows() const = 0;  // false if an error ended the rows
+    virtual bool mayHaveMoreResults() const { return true; }
     virtual long long rowCount() const = 0;  // -1: the server has not sent a count
 
-    // Appends a value of the current row as a string in the form that shapeValue() takes: at least `enough`
-    // bytes of it, kWholeValue for all. Columns must be read in ascending order, each once. Returns false for
-    // NULL.
-    virtual bool appendValue(std::size_t column, std::size_t enough, std::string& text) = 0;
+    // Appends the current row to `row`, a cell (client/Cells.h) for each column: at least `enough` bytes of a
+    // value, kWholeValue for all.
+    virtual void appendRow(std::span<const std::size_t> enough, std::string& row) = 0;
     static constexpr std::size_t kWholeValue = 0;
+
+    // Appends the value of a column's cell, in the form that shapeValue() takes. Does not use the connection:
+    // another thread may call it while rows are fetched.
+    virtual void appendValue(std::size_t column, std::string_view cell, std::string& text) const = 0;
 };
 
 class Client {

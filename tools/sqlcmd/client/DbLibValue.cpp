@@ -102,18 +102,18 @@ void appendDecimal(std::string& text, const DBNUMERIC& value) {
     const int size = value.precision * 415'242 / 1'000'000 + 1;  // a digit has 0.415242 bytes
     Integer number = 0;
     for (int i = 1; i <= size; ++i) number = number << 8 | value.array[i];
-    std::string digits;
+    if (value.array[0] != 0) text += '-';
+    const std::size_t start = text.size();
     if (number >= kHalf) {
-        appendNumber(digits, static_cast<std::uint64_t>(number / kHalf));
-        appendDigits(digits, static_cast<std::uint64_t>(number % kHalf), kHalfDigits);
+        appendNumber(text, static_cast<std::uint64_t>(number / kHalf));
+        appendDigits(text, static_cast<std::uint64_t>(number % kHalf), kHalfDigits);
     } else {
-        appendNumber(digits, static_cast<std::uint64_t>(number));
+        appendNumber(text, static_cast<std::uint64_t>(number));
     }
     const auto scale = static_cast<std::size_t>(value.scale);
-    if (digits.size() <= scale) digits.insert(0, scale + 1 - digits.size(), '0');
-    if (value.array[0] != 0) text += '-';
-    text.append(digits, 0, digits.size() - scale);
-    if (scale > 0) text.append(1, '.').append(digits, digits.size() - scale);
+    const std::size_t digits = text.size() - start;
+    if (digits <= scale) text.insert(start, scale + 1 - digits, '0');
+    if (scale > 0) text.insert(text.size() - scale, 1, '.');
 }
 
 // Appends an amount that is stored in ten-thousandths.
@@ -149,23 +149,34 @@ DateText dateText(int daysSince1900) {
     return text;
 }
 
-void appendDate(std::string& text, int daysSince1900) {
+// Writes a date: 10 characters.
+char* writeDate(char* target, int daysSince1900) {
     static int lastDay = 0;  // a column often repeats its day
     static DateText lastText = dateText(lastDay);
     if (daysSince1900 != lastDay) lastText = dateText(lastDay = daysSince1900);
-    text.append(lastText.data(), lastText.size());
+    return std::copy(lastText.begin(), lastText.end(), target);
 }
 
-// Appends a time of day.
-void appendTime(std::string& text, std::uint64_t seconds) {
+// Writes a time of day: 8 characters.
+char* writeTime(char* target, std::uint64_t seconds) {
     const auto time = static_cast<unsigned>(seconds);
-    std::array<char, 8> digits;
-    char* end = writePair(digits.data(), time / 3600 % 100);
-    *end++ = ':';
-    end = writePair(end, time / 60 % 60);
-    *end++ = ':';
-    writePair(end, time % 60);
-    text.append(digits.data(), digits.size());
+    target = writePair(target, time / 3600 % 100);
+    *target++ = ':';
+    target = writePair(target, time / 60 % 60);
+    *target++ = ':';
+    return writePair(target, time % 60);
+}
+
+void appendDate(std::string& text, int daysSince1900) {
+    DateText date;
+    writeDate(date.data(), daysSince1900);
+    text.append(date.data(), date.size());
+}
+
+void appendTime(std::string& text, std::uint64_t seconds) {
+    std::array<char, 8> time;
+    writeTime(time.data(), seconds);
+    text.append(time.data(), time.size());
 }
 
 // Appends a value of date, time, datetime2 or datetimeoffset, the last of which DB-Library returns in UTC.
@@ -203,11 +214,15 @@ void appendNewDateTime(std::string& text, int type, const DBDATETIMEALL& value, 
 void appendDateTime(std::string& text, Bytes value) {
     const auto ticks = read<std::uint32_t>(value, 4);
     const std::uint64_t milliseconds = (static_cast<std::uint64_t>(ticks) * 1000 + 150) / 300;
-    appendDate(text, read<std::int32_t>(value));
-    text += ' ';
-    appendTime(text, milliseconds / 1000);
-    text += '.';
-    appendDigits(text, milliseconds, 3);
+    const auto fraction = static_cast<unsigned>(milliseconds % 1000);
+    std::array<char, 23> buffer;
+    char* end = writeDate(buffer.data(), read<std::int32_t>(value));
+    *end++ = ' ';
+    end = writeTime(end, milliseconds / 1000);
+    *end++ = '.';
+    *end++ = static_cast<char>('0' + fraction / 100);
+    writePair(end, fraction % 100);
+    text.append(buffer.data(), buffer.size());
 }
 
 // Appends a value of smalldatetime: days since 1900 and minutes.
@@ -237,17 +252,17 @@ void appendGuid(std::string& text, Bytes value) {
 }
 
 // Converts with DB-Library: floats and types that this file does not know.
-void appendConverted(std::string& text, DBPROCESS* process, int type, Bytes value) {
+std::string converted(DBPROCESS* process, int type, Bytes value) {
     char buffer[256] = {};
     constexpr DBINT kNulTerminated = -1;
     const auto* bytes = reinterpret_cast<const BYTE*>(value.data());
     const DBINT length = dbconvert(process, type, bytes, static_cast<DBINT>(value.size()), SYBCHAR,
                                    reinterpret_cast<BYTE*>(buffer), kNulTerminated);
-    if (length > 0) text += buffer;
+    return length > 0 ? buffer : "";
 }
 
-// Appends a value of an integer or money type. Returns false for other types.
-bool appendInteger(std::string& text, int type, Bytes value) {
+// Appends a value of an integer or money type.
+void appendInteger(std::string& text, int type, Bytes value) {
     switch (type) {
         case SYBBIT:
         case SYBINT1:
@@ -270,9 +285,35 @@ bool appendInteger(std::string& text, int type, Bytes value) {
                                                         read<std::uint32_t>(value, 4)));
             break;
         default:
-            return false;
+            break;
     }
-    return true;
+}
+
+// Types whose values converted() converts.
+bool isConvertedType(int type) {
+    constexpr int kOwnTypes[] = {SYBCHAR,
+                                 SYBVARCHAR,
+                                 SYBTEXT,
+                                 SYBBINARY,
+                                 SYBVARBINARY,
+                                 SYBIMAGE,
+                                 SYBMSDATE,
+                                 SYBMSTIME,
+                                 SYBDECIMAL,
+                                 SYBNUMERIC,
+                                 SYBINT1,
+                                 SYBMSDATETIME2,
+                                 SYBMSDATETIMEOFFSET,
+                                 SYBDATETIME4,
+                                 kUniqueType,
+                                 SYBBIT,
+                                 SYBINT2,
+                                 SYBINT4,
+                                 SYBINT8,
+                                 SYBDATETIME,
+                                 SYBMONEY4,
+                                 SYBMONEY};
+    return std::find(std::begin(kOwnTypes), std::end(kOwnTypes), type) == std::end(kOwnTypes);
 }
 
 }  // namespace
@@ -298,47 +339,60 @@ ColumnInfo describeColumn(DBPROCESS* process, int number) {
     return column;
 }
 
-bool appendColumnValue(DBPROCESS* process, int number, int type, std::size_t enough, std::string& text) {
+CellType cellTypeOf(DBPROCESS* process, int number) {
+    constexpr int kMostDigits = 7;
+    const DBTYPEINFO* info = dbcoltypeinfo(process, number);
+    const int type = dbcoltype(process, number);
+    return {type, info != nullptr ? std::min(info->scale, kMostDigits) : kMostDigits, isConvertedType(type)};
+}
+
+void appendColumnCell(DBPROCESS* process, int number, const CellType& type, std::size_t enough,
+                      std::string& row) {
     const auto* data = reinterpret_cast<const char*>(dbdata(process, number));
-    if (data == nullptr) return false;
+    if (data == nullptr) return appendCellLength(row, kNullCell);
     const Bytes value(data, static_cast<std::size_t>(std::max(dbdatlen(process, number), 0)));
-    const Bytes beginning = enough == RunningBatch::kWholeValue ? value : value.substr(0, enough);
-    switch (type) {
+    if (type.isConverted) return appendCell(row, converted(process, type.type, value));
+    appendCell(row, enough == RunningBatch::kWholeValue ? value : value.substr(0, enough));
+}
+
+void appendCellValue(const CellType& type, std::string_view cell, std::string& text) {
+    if (type.isConverted) {
+        text += cell;
+        return;
+    }
+    switch (type.type) {
         case SYBCHAR:
         case SYBVARCHAR:
         case SYBTEXT:
-            text += beginning;
+            text += cell;
             break;
         case SYBBINARY:
         case SYBVARBINARY:
         case SYBIMAGE:
-            appendHex(text, beginning);
+            appendHex(text, cell);
             break;
         case SYBMSDATE:
         case SYBMSTIME:
         case SYBMSDATETIME2:
-        case SYBMSDATETIMEOFFSET: {
-            const DBTYPEINFO* info = dbcoltypeinfo(process, number);
-            appendNewDateTime(text, type, read<DBDATETIMEALL>(value), info != nullptr ? info->scale : 7);
+        case SYBMSDATETIMEOFFSET:
+            appendNewDateTime(text, type.type, read<DBDATETIMEALL>(cell), type.scale);
             break;
-        }
         case SYBDECIMAL:
         case SYBNUMERIC:
-            appendDecimal(text, read<DBNUMERIC>(value));
+            appendDecimal(text, read<DBNUMERIC>(cell));
             break;
         case SYBDATETIME:
-            appendDateTime(text, value);
+            appendDateTime(text, cell);
             break;
         case SYBDATETIME4:
-            appendSmallDateTime(text, value);
+            appendSmallDateTime(text, cell);
             break;
         case kUniqueType:
-            appendGuid(text, value);
+            appendGuid(text, cell);
             break;
         default:
-            if (!appendInteger(text, type, value)) appendConverted(text, process, type, value);
+            appendInteger(text, type.type, cell);
     }
-    return true;
 }
 
 }  // namespace sqlcmd

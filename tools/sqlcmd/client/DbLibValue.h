@@ -10,6 +10,7 @@
 #undef RETCODE
 
 #include <string>
+#include <string_view>
 
 #include "client/Client.h"
 
@@ -18,9 +19,20 @@ namespace sqlcmd {
 // Metadata of a column of the current result; columns are counted from 1.
 ColumnInfo describeColumn(DBPROCESS* process, int number);
 
-// Appends the string that FreeTDS's ODBC driver returns for the column's value in the current row, of the
-// type that dbcoltype() returns, but no more than `enough` bytes of a string or binary value
-// (RunningBatch::kWholeValue: all). Returns false for NULL.
-bool appendColumnValue(DBPROCESS* process, int number, int type, std::size_t enough, std::string& text);
+struct CellType {
+    int type;          // DB-Library's
+    int scale;         // decimal places of a time of day
+    bool isConverted;  // the cell has the string, not DB-Library's value
+};
+
+CellType cellTypeOf(DBPROCESS* process, int number);
+
+// Appends the column's value in the current row as a cell, but no more than `enough` bytes of a string or
+// binary value (RunningBatch::kWholeValue: all).
+void appendColumnCell(DBPROCESS* process, int number, const CellType& type, std::size_t enough,
+                      std::string& row);
+
+// Appends the string that FreeTDS's ODBC driver returns for the value.
+void appendCellValue(const CellType& type, std::string_view cell, std::string& text);
 
 }  // namespace sqlcmd

@@ -4,6 +4,7 @@
 #include <sqlext.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "text/Text.h"
 
@@ -49,12 +50,21 @@ bool isJsonNumber(std::string_view text) {
 
 }  // namespace
 
-void DataPrinter::print(RunningBatch& batch, std::string* lastValue, Progress& progress) {
+void DataPrinter::print(RunningBatch& batch, std::string* lastValue, RowQueue& queue, Progress& progress) {
     prepareColumns(batch.columns());
+    const std::vector<std::size_t> neededBytes(batch.columns().size(), RunningBatch::kWholeValue);
     beginResult();
-    for (bool isFirst = true; batch.nextRow(); isFirst = false) {
-        printRow(batch, lastValue, isFirst);
-        progress.addRow();
+    bool isFirst = true;
+    {
+        const RowQueue::Result result(queue, [&](std::string_view rows) {
+            while (!rows.empty()) printRow(batch, rows, lastValue, std::exchange(isFirst, false));
+        });
+        while (batch.nextRow()) {
+            batch.appendRow(neededBytes, queue.rows());
+            queue.endRow();
+            progress.addRow();
+        }
+        queue.drain();
     }
     endResult();
 }
@@ -102,15 +112,21 @@ void DataPrinter::endResult() {
     if (m_format == Format::Json) m_output.write("]");
 }
 
-void DataPrinter::printRow(RunningBatch& batch, std::string* lastValue, bool isFirst) {
+// Prints the first of the rows and removes it.
+void DataPrinter::printRow(const RunningBatch& batch, std::string_view& rows, std::string* lastValue,
+                           bool isFirst) {
     const std::vector<ColumnInfo>& columns = batch.columns();
     m_line.clear();
     if (m_format == Format::Json) m_line = isFirst ? "\n" : ",\n";
     if (m_format != Format::Csv) m_line += '{';
     for (std::size_t i = 0; i < columns.size(); ++i) {
         m_value.clear();
-        const bool isNull = !batch.appendValue(i, RunningBatch::kWholeValue, m_value);
-        if (!isNull) shapeValue(m_value, m_formats[i]);
+        const auto cell = takeCell(rows);
+        const bool isNull = !cell.has_value();
+        if (cell) {
+            batch.appendValue(i, *cell, m_value);
+            shapeValue(m_value, 0, m_formats[i]);
+        }
         if (i == 0 && lastValue != nullptr) *lastValue = isNull ? "NULL" : m_value;
         if (i > 0) m_line += m_format == Format::Csv ? std::string_view(m_separator) : ",";
         if (m_format != Format::Csv) m_line += m_names[i];

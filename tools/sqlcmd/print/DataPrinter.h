@@ -7,6 +7,7 @@
 
 #include "client/Client.h"
 #include "print/Progress.h"
+#include "print/RowQueue.h"
 #include "text/Output.h"
 #include "values/ColumnFormat.h"
 
@@ -23,8 +24,8 @@ class DataPrinter {
         : m_format(format), m_separator(std::move(separator)), m_output(output) {}
 
     // Prints all rows of the batch's current result. `lastValue`, if not null, receives the first column of
-    // the last row.
-    void print(RunningBatch& batch, std::string* lastValue, Progress& progress);
+    // the last row. Messages that arrive between rows must drain the queue before they are printed.
+    void print(RunningBatch& batch, std::string* lastValue, RowQueue& queue, Progress& progress);
 
     // Completes the JSON document.
     void finish();
@@ -33,7 +34,7 @@ class DataPrinter {
     void prepareColumns(const std::vector<ColumnInfo>& columns);
     void beginResult();
     void endResult();
-    void printRow(RunningBatch& batch, std::string* lastValue, bool isFirst);
+    void printRow(const RunningBatch& batch, std::string_view& rows, std::string* lastValue, bool isFirst);
     void appendValue(const ColumnInfo& column, bool isNull);
 
     Format m_format;

@@ -15,24 +15,39 @@ constexpr std::string_view kNull = "NULL";
 ResultPrinter::ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode,
                              Output& output)
     : m_batch(batch), m_layout(layout), m_mode(mode), m_output(output) {
-    for (const ColumnInfo& column : batch.columns()) m_formats.push_back(formatOf(column, layout));
+    for (const ColumnInfo& column : batch.columns()) {
+        m_formats.push_back(formatOf(column, layout));
+        const std::size_t limit = mode.xml ? 0 : m_formats.back().limit;
+        m_neededBytes.push_back(limit == 0 ? RunningBatch::kWholeValue : limit * kBytesPerCharacter);
+    }
 }
 
-void ResultPrinter::print(Progress& progress) {
+void ResultPrinter::print(RowQueue& queue, Progress& progress) {
     if (isHeadingDue(0)) printHeading();
-    for (long long row = 0; m_batch.nextRow(); ++row) {
-        progress.addRow();
+    {
+        const RowQueue::Result result(queue, [this](std::string_view rows) { printRows(rows); });
+        while (m_batch.nextRow()) {
+            progress.addRow();
+            m_batch.appendRow(m_neededBytes, queue.rows());
+            queue.endRow();
+        }
+        queue.drain();
+    }
+    if (m_mode.xml) m_output.write("\n");
+}
+
+void ResultPrinter::printRows(std::string_view rows) {
+    for (; !rows.empty(); ++m_row) {
         if (m_mode.xml) {
-            printXmlRow();
+            printXmlRow(rows);
             continue;
         }
-        if (row > 0 && isHeadingDue(row)) {
+        if (m_row > 0 && isHeadingDue(m_row)) {
             m_output.write("\n");
             printHeading();
         }
-        printRow();
+        printRow(rows);
     }
-    if (m_mode.xml) m_output.write("\n");
 }
 
 bool ResultPrinter::isHeadingDue(long long row) const {
@@ -57,40 +72,42 @@ void ResultPrinter::printHeading() {
     writeLine(dashes);
 }
 
-void ResultPrinter::printRow() {
+// Prints the first of the rows and removes it.
+void ResultPrinter::printRow(std::string_view& rows) {
     m_line.clear();
     for (std::size_t i = 0; i < m_formats.size(); ++i) {
-        readValue(i, m_value);
-        if (i == 0 && m_mode.lastValue != nullptr) *m_mode.lastValue = m_value;
         if (i > 0) m_line += m_layout.separator;
-        appendValue(m_line, m_value, m_formats[i]);
+        const std::size_t start = m_line.size();
+        appendValue(i, rows);
+        if (i == 0 && m_mode.lastValue != nullptr) *m_mode.lastValue = m_line;
+        if (m_layout.trimBlanks)
+            m_line.resize(std::max(start, m_line.find_last_not_of(' ') + 1));
+        else
+            padValue(m_line, start, m_formats[i]);
     }
     writeLine(m_line);
 }
 
-void ResultPrinter::printXmlRow() {
-    m_value.clear();
-    if (m_batch.appendValue(0, RunningBatch::kWholeValue, m_value)) m_output.write(m_value);
+void ResultPrinter::printXmlRow(std::string_view& rows) {
+    m_line.clear();
+    if (const auto cell = takeCell(rows)) m_batch.appendValue(0, *cell, m_line);
+    for (std::size_t i = 1; i < m_formats.size(); ++i) takeCell(rows);
+    m_output.write(m_line);
 }
 
-// Sets `text` to the printed form of the value.
-void ResultPrinter::readValue(std::size_t column, std::string& text) {
+// Appends the printed form of the first value of `rows` to the line and removes it.
+void ResultPrinter::appendValue(std::size_t column, std::string_view& rows) {
     const ColumnFormat& format = m_formats[column];
-    text.clear();
-    if (!m_batch.appendValue(column, format.limit * kBytesPerCharacter, text)) {
-        text = kNull;
+    const std::size_t start = m_line.size();
+    const auto cell = takeCell(rows);
+    if (!cell) {
+        m_line += kNull;
         return;
     }
+    m_batch.appendValue(column, *cell, m_line);
     if (m_layout.controlCharacters != ControlCharacters::Keep)
-        replaceControlCharacters(text, m_layout.controlCharacters);
-    shapeValue(text, format);
-}
-
-void ResultPrinter::appendValue(std::string& line, std::string_view value, const ColumnFormat& format) const {
-    if (m_layout.trimBlanks)
-        line += value.substr(0, value.find_last_not_of(' ') + 1);
-    else
-        appendPadded(line, value, format);
+        replaceControlCharacters(m_line, start, m_layout.controlCharacters);
+    shapeValue(m_line, start, format);
 }
 
 // Writes the line, wrapped at the line width.

@@ -7,6 +7,7 @@
 
 #include "client/Client.h"
 #include "print/Progress.h"
+#include "print/RowQueue.h"
 #include "text/Output.h"
 #include "values/ColumnFormat.h"
 
@@ -24,16 +25,16 @@ class ResultPrinter {
     // Prints the batch's current result. The arguments must outlive the printer.
     ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode, Output& output);
 
-    // Prints all rows.
-    void print(Progress& progress);
+    // Prints all rows. Messages that arrive between rows must drain the queue before they are printed.
+    void print(RowQueue& queue, Progress& progress);
 
   private:
     void printHeading();
-    void printRow();
+    void printRows(std::string_view rows);
+    void printRow(std::string_view& rows);
     bool isHeadingDue(long long row) const;
-    void printXmlRow();
-    void readValue(std::size_t column, std::string& text);
-    void appendValue(std::string& line, std::string_view value, const ColumnFormat& format) const;
+    void printXmlRow(std::string_view& rows);
+    void appendValue(std::size_t column, std::string_view& rows);
     void writeLine(std::string_view line);
 
     RunningBatch& m_batch;
@@ -41,9 +42,9 @@ class ResultPrinter {
     ResultMode m_mode;
     Output& m_output;
     std::vector<ColumnFormat> m_formats;
-    // Reused by every row to save allocations.
-    std::string m_line;
-    std::string m_value;
+    std::vector<std::size_t> m_neededBytes;  // of each column's values
+    long long m_row = 0;                     // number of the next row
+    std::string m_line;                      // reused by every row to save allocations
 };
 
 }  // namespace sqlcmd

@@ -144,6 +144,11 @@ Step BatchReader::next() {
     return hasBatch() ? takeBatch(1) : stepOf(Step::Kind::End);
 }
 
+bool BatchReader::mayWait() const {
+    return std::any_of(m_sources.begin(), m_sources.end(),
+                       [](const ScriptSource& source) { return source.mayWait(); });
+}
+
 bool BatchReader::nextLine() {
     while (!m_sources.empty()) {
         if (m_sources.back().nextLine(m_line)) return true;

@@ -66,6 +66,9 @@ class BatchReader {
     // an undefined variable, a script that cannot be read and a batch of more than 256 MB.
     Step next();
 
+    // Whether next() may wait for more of the script.
+    bool mayWait() const;
+
     // The batch that is being read: number of its next line, from 1; other text for it.
     int batchLine() const;
     void replaceBatch(std::string text) { m_batch = std::move(text), m_state = {}; }

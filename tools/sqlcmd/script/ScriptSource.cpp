@@ -28,6 +28,11 @@ int openScript(const std::string& path) {
     return descriptor;
 }
 
+bool isRegularFile(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 std::string shownName(const std::string& name) {
     return name.empty() ? "standard input" : "'" + name + "'";
 }
@@ -42,7 +47,10 @@ void requireReadable(const std::string& path) {
 }
 
 ScriptSource::ScriptSource(int descriptor, std::string name, int codePage)
-    : m_descriptor(descriptor), m_name(std::move(name)), m_codePage(codePage) {}
+    : m_descriptor(descriptor),
+      m_name(std::move(name)),
+      m_mayWait(descriptor >= 0 && !isRegularFile(descriptor)),
+      m_codePage(codePage) {}
 
 ScriptSource ScriptSource::ofFile(const std::string& path, int codePage) {
     return {openScript(path), path, codePage};
@@ -61,6 +69,7 @@ ScriptSource ScriptSource::ofText(std::string text) {
 ScriptSource ScriptSource::ofLines(LineFunction readLine) {
     ScriptSource source(-1, {}, kUtf8);
     source.m_readLine = std::move(readLine);
+    source.m_mayWait = true;
     return source;
 }
 
@@ -72,6 +81,7 @@ ScriptSource::ScriptSource(ScriptSource&& other) noexcept
     : m_descriptor(std::exchange(other.m_descriptor, -1)),
       m_name(std::move(other.m_name)),
       m_readLine(std::move(other.m_readLine)),
+      m_mayWait(other.m_mayWait),
       m_codePage(other.m_codePage),
       m_encoding(other.m_encoding),
       m_decoder(std::move(other.m_decoder)),

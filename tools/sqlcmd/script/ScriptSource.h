@@ -29,6 +29,7 @@ class ScriptSource {
 
     // Reads the next line, without its line end, as UTF-8. False at the end of the script.
     bool nextLine(std::string& line);
+    bool mayWait() const { return m_mayWait; }          // for a writer or a terminal
     int lineNumber() const { return m_lineNumber; }     // of the last line read, from 1
     const std::string& name() const { return m_name; }  // path of the file; empty for other scripts
 
@@ -44,6 +45,7 @@ class ScriptSource {
     int m_descriptor;  // -1: nothing left to read
     std::string m_name;
     LineFunction m_readLine;  // null: the script is read from the descriptor
+    bool m_mayWait;
     int m_codePage;
     Encoding m_encoding = Encoding::Unknown;
     std::unique_ptr<CodePage> m_decoder;  // of Encoding::CodePage

@@ -52,26 +52,30 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
     std::string settings = mode.isInternal ? std::string() : settingsBefore(batch);
     const std::string& sent = settings.empty() ? batch : settings += batch;
     MessagePrinter messages(m_options, m_output, m_errors);
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = m_options.statistics == Statistics::None ? std::chrono::steady_clock::time_point()
+                                                                : std::chrono::steady_clock::now();
     if (!mode.isInternal) m_progress.beginBatch();
     {
         const auto running = m_client->run(sent, [&](const Diagnostic& message) {
+            m_rows.drain();
             messages.print(message);
             m_output.flushEarly();  // the server may be silent for long after a message
         });
+        m_output.flush();  // of the last batch
         while (running->nextResult()) {
             printResult(*running, mode);
-            m_output.flush();  // the next result may take long
+            if (running->mayHaveMoreResults()) m_output.flush();  // the next one may take long
         }
     }
     if (!mode.isInternal) {
         m_progress.endBatch();
-        printStatistics(std::chrono::steady_clock::now() - start);
+        if (m_options.statistics != Statistics::None)
+            printStatistics(std::chrono::steady_clock::now() - start);
     }
-    m_output.flush();
     const int severity = messages.highestSeverity();
     const bool isConnectionLost =
         severity >= kFatalSeverity || (severity >= kErrorSeverity && m_client->isDead());
+    if (isConnectionLost || !defersOutput()) m_output.flush();
     if (isConnectionLost) throw AlreadyReported();
     return {severity, messages.endingNumber()};
 }
@@ -79,10 +83,10 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
 void BatchRunner::printResult(RunningBatch& running, const ResultMode& mode) {
     const bool hasRows = !running.columns().empty();
     if (m_options.format != Format::Text) {
-        if (hasRows) m_data.print(running, mode.lastValue, m_progress);
+        if (hasRows) m_data.print(running, mode.lastValue, m_rows, m_progress);
         return;
     }
-    if (hasRows) ResultPrinter(running, m_options.layout, mode, m_output).print(m_progress);
+    if (hasRows) ResultPrinter(running, m_options.layout, mode, m_output).print(m_rows, m_progress);
     if (hasRows && (mode.xml || !running.readAllRows())) return;
     if (const long long count = running.rowCount(); count >= 0)
         printCount(count);
@@ -95,7 +99,6 @@ void BatchRunner::printCount(long long count) {
 }
 
 void BatchRunner::printStatistics(std::chrono::steady_clock::duration time) {
-    if (m_options.statistics == Statistics::None) return;
     const auto milliseconds =
         std::max<long long>(1, std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
     const double perSecond = 1000.0 / static_cast<double>(milliseconds);

@@ -12,6 +12,7 @@
 #include "print/MessagePrinter.h"
 #include "print/Progress.h"
 #include "print/ResultPrinter.h"
+#include "print/RowQueue.h"
 #include "text/Output.h"
 
 namespace sqlcmd {
@@ -48,6 +49,10 @@ class BatchRunner {
     void setTraceOutput(Output* trace) { m_trace = trace; }     // of the statistics; null: the output
     void setErrorOutput(Output* errors) { m_errors = errors; }  // see MessagePrinter
 
+    // Whether the output of a batch is written while the server runs the next one, or when the caller flushes
+    // it. With -b, no batch is sent before the output of the last one is written.
+    bool defersOutput() const { return m_output.isRegularFile() && !m_options.stopOnError; }
+
     // Throws AlreadyReported when the connection is lost, ToolError when the batch is not UTF-8 or the output
     // cannot be written.
     BatchOutcome run(const std::string& batch, const ResultMode& mode);
@@ -71,6 +76,7 @@ class BatchRunner {
     Output* m_errors = nullptr;
     Output* m_trace = nullptr;
     DataPrinter m_data;
+    RowQueue m_rows;
     Progress m_progress;
 };
 

@@ -87,6 +87,9 @@ int Tool::run() {
         if (output.isFile()) output.write(std::string(error.what()) + "\n");
         output.flush();
         throw;
+    } catch (const std::exception&) {
+        output.flush();
+        throw;
     }
     output.flush();
     return m_exitCode;
@@ -187,8 +190,9 @@ bool Tool::runSteps(BatchRunner& runner, Output& output, BatchReader& reader) {
             reader.replaceBatch(edited(step.text, editor()));
             continue;
         }
+        if (step.kind != Step::Kind::Batch) output.flush();
         if (!runStep(runner, output, step)) return false;
-        output.flush();
+        if (!runner.defersOutput() || reader.mayWait()) output.flush();
         if (isInterrupted()) std::fputs("Sqlcmd: the batch was cancelled.\n", stderr);
         clearInterrupt();
     }

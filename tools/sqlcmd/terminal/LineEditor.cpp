@@ -64,6 +64,8 @@ LineEditor::~LineEditor() {
 LineEditor::Result LineEditor::read(const std::string& prompt, std::string& line) {
     m_prompt = prompt;
     clearInterrupt();
+    constexpr int kRaw = 1;  // before the prompt: el_gets() would lose a Ctrl-D that is typed in between
+    el_set(m_editor, EL_PREP_TERM, kRaw);
     int length = 0;
     const char* text = el_gets(m_editor, &length);
     if (isInterrupted()) {

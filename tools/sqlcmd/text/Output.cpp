@@ -1,6 +1,7 @@
 #include "text/Output.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,10 +40,18 @@ int openOutput(const std::string& path) {
     return descriptor;
 }
 
+bool isRegular(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 }  // namespace
 
 Output::Output(const std::string& path, int codePage)
-    : m_path(path), m_codePage(codePage), m_descriptor(path.empty() ? STDOUT_FILENO : openOutput(path)) {
+    : m_path(path),
+      m_codePage(codePage),
+      m_descriptor(path.empty() ? STDOUT_FILENO : openOutput(path)),
+      m_isRegularFile(isRegular(m_descriptor)) {
     m_buffer.reserve(2 * kBufferSize);
     if (codePage != kUtf8 && codePage != kUtf16Le)
         m_encoder = std::make_unique<CodePage>(codePage, CodePage::Direction::FromUtf8);
@@ -57,6 +66,7 @@ void Output::redirect(const std::string& target) {
     if (isFile()) close(m_descriptor);
     m_path = isStandard ? std::string() : target;
     m_descriptor = descriptor;
+    m_isRegularFile = isRegular(descriptor);
 }
 
 Output::~Output() {

@@ -34,6 +34,8 @@ class Output {
     // be opened, throws and leaves the output as it was.
     void redirect(const std::string& target);
     bool isFile() const { return !m_path.empty(); }
+    // False for terminals, pipes and the like, which somebody may be reading.
+    bool isRegularFile() const { return m_isRegularFile; }
 
   private:
     static constexpr std::size_t kBufferSize = 65536;  // bytes
@@ -47,6 +49,7 @@ class Output {
     int m_codePage;
     std::unique_ptr<CodePage> m_encoder;  // of the code pages other than UTF-8 and UTF-16
     int m_descriptor;
+    bool m_isRegularFile;
     std::string m_buffer;
 };
 

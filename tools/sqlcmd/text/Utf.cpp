@@ -1,7 +1,6 @@
 #include "text/Utf.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -46,15 +45,15 @@ void appendUnit(std::string& out, char32_t unit) {
 
 std::size_t utf8Length(std::string_view text) {
     constexpr std::uint64_t kLowBits = 0x0101010101010101;
+    constexpr int kTopByte = 56;
     std::size_t length = text.size();
-    while (!text.empty()) {
-        std::uint64_t eight = 0;
-        const std::size_t count = std::min(text.size(), sizeof eight);
-        std::memcpy(&eight, text.data(), count);
-        text.remove_prefix(count);
+    std::size_t i = 0;
+    for (std::uint64_t eight = 0; i + sizeof eight <= text.size(); i += sizeof eight) {
+        std::memcpy(&eight, text.data() + i, sizeof eight);
         const std::uint64_t continuations = (eight >> 7) & (~eight >> 6) & kLowBits;  // bytes 10xxxxxx
-        length -= static_cast<std::size_t>(std::popcount(continuations));
+        length -= static_cast<std::size_t>(continuations * kLowBits >> kTopByte);     // their sum
     }
+    for (; i < text.size(); ++i) length -= isUtf8Continuation(text[i]) ? 1 : 0;
     return length;
 }
 

@@ -94,23 +94,16 @@ void setTextFormat(const ColumnInfo& column, const Layout& layout, ColumnFormat&
     format.limit = format.width;
 }
 
-// Returns the shortest decimal that reads back as the same number. Drivers return more digits than a number
-// has.
+// Replaces the number at the end of `line` by the shortest decimal that reads back as the same number.
+// Drivers return more digits than a number has.
 template <typename Number>
-std::string shortest(const std::string& text) {
+void shorten(std::string& line, std::size_t start) {
     Number value = 0;
-    if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc{}) return text;
+    const char* end = line.data() + line.size();
+    if (std::from_chars(line.data() + start, end, value).ec != std::errc{}) return;
     char digits[32];
-    return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
-}
-
-// `length` is the text's number of characters.
-void appendAligned(std::string& line, std::string_view text, std::size_t length, std::size_t width,
-                   bool rightAligned) {
-    const std::size_t padding = width > length ? width - length : 0;
-    if (rightAligned) line.append(padding, ' ');
-    line += text;
-    if (!rightAligned) line.append(padding, ' ');
+    line.replace(start, std::string::npos, digits,
+                 static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits));
 }
 
 }  // namespace
@@ -140,51 +133,62 @@ ColumnFormat exactFormatOf(const ColumnInfo& column) {
     return format;
 }
 
-void shapeValue(std::string& text, const ColumnFormat& format) {
+void shapeValue(std::string& line, std::size_t start, const ColumnFormat& format) {
+    const auto value = [&] { return std::string_view(line).substr(start); };
     switch (format.form) {
         case Form::AsIs:
             break;
         case Form::Decimal:  // printed without a zero before the point: .50 and -.50
-            if (text.starts_with("0.")) text.erase(0, 1);
-            if (text.starts_with("-0.")) text.erase(1, 1);
+            if (value().starts_with("0.")) line.erase(start, 1);
+            if (value().starts_with("-0.")) line.erase(start + 1, 1);
             break;
         case Form::Real:
-            text = shortest<float>(text);
+            shorten<float>(line, start);
             break;
         case Form::Double:
-            text = shortest<double>(text);
+            shorten<double>(line, start);
             break;
         case Form::Binary:
-            text.insert(0, "0x");
+            line.insert(start, "0x");
             [[fallthrough]];
         case Form::UpperCase:
-            for (char& c : text)
-                if (c >= 'a' && c <= 'f') c = static_cast<char>(c - 'a' + 'A');
+            for (std::size_t i = start; i < line.size(); ++i)
+                if (line[i] >= 'a' && line[i] <= 'f') line[i] = static_cast<char>(line[i] - 'a' + 'A');
             break;
     }
-    if (format.limit != 0) text.resize(utf8Prefix(text, format.limit).size());
+    if (format.limit != 0) line.resize(start + utf8Prefix(value(), format.limit).size());
 }
 
-void replaceControlCharacters(std::string& text, ControlCharacters mode) {
+void replaceControlCharacters(std::string& line, std::size_t start, ControlCharacters mode) {
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
     std::string result;
     bool isInRun = false;
-    for (const char c : text) {
+    for (const char c : std::string_view(line).substr(start)) {
         const bool isDropped = isControl(c) && (mode == ControlCharacters::Remove ||
                                                 (mode == ControlCharacters::RunToBlank && isInRun));
         isInRun = isControl(c);
         if (!isDropped) result += isInRun ? ' ' : c;
     }
-    text = std::move(result);
+    line.replace(start, std::string::npos, result);
 }
 
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned) {
-    appendAligned(line, text, utf8Length(text), width, rightAligned);
+    const std::size_t start = line.size();
+    line += text;
+    ColumnFormat format;
+    format.width = width;
+    format.rightAligned = rightAligned;
+    padValue(line, start, format);
 }
 
-void appendPadded(std::string& line, std::string_view value, const ColumnFormat& format) {
-    const std::size_t length = format.isAscii ? value.size() : utf8Length(value);
-    appendAligned(line, value, length, format.width, format.rightAligned);
+void padValue(std::string& line, std::size_t start, const ColumnFormat& format) {
+    const std::size_t bytes = line.size() - start;
+    const std::size_t length = format.isAscii ? bytes : utf8Length(std::string_view(line).substr(start));
+    if (length >= format.width) return;
+    if (format.rightAligned)
+        line.insert(start, format.width - length, ' ');
+    else
+        line.append(format.width - length, ' ');
 }
 
 }  // namespace sqlcmd

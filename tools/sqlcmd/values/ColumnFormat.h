@@ -28,17 +28,17 @@ ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout);
 // Returns the format of whole values with the digits that they need: 0.50 and 0.1.
 ColumnFormat exactFormatOf(const ColumnInfo& column);
 
-// Converts the driver's string to the printed form and cuts it at the column's limit. `text` may be the
-// beginning of a value that is longer than the limit.
-void shapeValue(std::string& text, const ColumnFormat& format);
+// Converts the driver's string, the end of `line` from `start`, to the printed form and cuts it at the
+// column's limit. It may be the beginning of a value that is longer than the limit.
+void shapeValue(std::string& line, std::size_t start, const ColumnFormat& format);
 
-// Removes the control characters of a value or replaces them by blanks.
-void replaceControlCharacters(std::string& text, ControlCharacters mode);
+// Removes the control characters of the value at the end of `line`, from `start`, or replaces them by blanks.
+void replaceControlCharacters(std::string& line, std::size_t start, ControlCharacters mode);
 
 // Appends a string, padded with spaces to `width` characters.
 void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned);
 
-// Appends a value, padded to the column's width.
-void appendPadded(std::string& line, std::string_view value, const ColumnFormat& format);
+// Pads the value at the end of `line`, from `start`, to the column's width.
+void padValue(std::string& line, std::size_t start, const ColumnFormat& format);
 
 }  // namespace sqlcmd
