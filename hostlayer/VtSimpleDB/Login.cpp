@@ -12,6 +12,7 @@
 #include "ConnectionString.h"
 #include "EvDebug.h"
 #include "KerberosTicket.h"
+#include "NetworkTimeout.h"
 #include "Utf16.h"
 
 namespace hostlayer {
@@ -79,6 +80,8 @@ bool Login::connect(const RequestLimits& limits) {
                     driverConnects(text, request);
     ::explicit_bzero(text.data(), text.size() * sizeof(char16_t));
     if (m_isConnected) m_sockets = newSockets.findConnected();
+    for (const ServerSocket& socket : m_sockets)
+        if (socket.hasKeepAlive()) setNetworkTimeout(socket.descriptor, limits.network);
     return m_isConnected;
 }
 
@@ -131,12 +134,15 @@ void Login::endSession() const {
     ::poll(&closed, 1, kSessionEndMilliseconds);
 }
 
-bool Login::isAlive() const {
+bool Login::hasEnded() const {
     SQLUINTEGER dead = SQL_CD_FALSE;
     const SQLRETURN result =
         ::SQLGetConnectAttr(m_connection.get(), SQL_ATTR_CONNECTION_DEAD, &dead, sizeof dead, nullptr);
-    if (SQL_SUCCEEDED(result) && dead == SQL_CD_TRUE) return false;
-    return socketsAreQuiet() || runs(u"SELECT 1");
+    return SQL_SUCCEEDED(result) && dead == SQL_CD_TRUE;
+}
+
+bool Login::isAlive() const {
+    return !hasEnded() && (socketsAreQuiet() || runs(u"SELECT 1"));
 }
 
 // A server sends nothing unasked, except the end of the connection.

@@ -51,6 +51,9 @@ class Login {
     // Restores the default of NOCOUNT, for a batch that may depend on it.
     void restoreRowCounts() const { runs(u"SET NOCOUNT OFF"); }
 
+    // True if the driver has found the connection closed.
+    bool hasEnded() const;
+
     // False if the server has closed the connection. Takes a round trip only if the sockets do not say.
     bool isAlive() const;
 

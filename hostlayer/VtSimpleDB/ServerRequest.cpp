@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -23,6 +24,15 @@ constexpr std::chrono::seconds kTimeToReturn{10};  // for the driver, after its 
 constexpr int kErrorLevel = 1;                     // of the debug log
 
 std::atomic<void (*)()> whenStuck{nullptr};
+
+// Runs a step that is repeated later anyway, on a thread that nothing could report a failure to.
+template <typename Step>
+void unlessMemoryLacks(Step&& step) noexcept {
+    try {
+        step();
+    } catch (const std::bad_alloc&) {
+    }
+}
 
 }  // namespace
 
@@ -103,7 +113,8 @@ void RequestList::watch() {
         };
         m_changed.wait_for(lock, (*std::ranges::min_element(m_requests, hasShorterTick))->m_limits.tick);
         const auto now = ServerRequest::Clock::now();
-        for (ServerRequest* request : m_requests) request->enforceLimits(now);
+        for (ServerRequest* request : m_requests)
+            unlessMemoryLacks([&] { request->enforceLimits(now); });  // again at the next tick
     }
 }
 
@@ -222,7 +233,7 @@ bool ServerRequest::noteCut(const char* action) {
 }
 
 void cancelRequests(std::chrono::steady_clock::time_point begunBefore) noexcept {
-    requests().cancel(begunBefore);
+    unlessMemoryLacks([&] { requests().cancel(begunBefore); });
 }
 
 void callWhenStuck(void (*function)()) noexcept {

@@ -18,6 +18,7 @@ struct RequestLimits {
     std::chrono::seconds time{0};         // in the driver's calls together; 0: no limit
     std::uint64_t bytes = 0;              // that the server sends; 0: no limit
     const char* timeSetting = "";         // that sets `time`
+    std::chrono::seconds network{0};      // for the acknowledgement of packets; 0: the kernel's limit
     std::chrono::milliseconds tick{100};  // between two checks
 };
 

@@ -41,6 +41,12 @@ bool ServerSocket::isOpen() const {
     return tcpInode(descriptor) == inode;
 }
 
+bool ServerSocket::hasKeepAlive() const {
+    int isOn = 0;
+    socklen_t size = sizeof isOn;
+    return isOpen() && ::getsockopt(descriptor, SOL_SOCKET, SO_KEEPALIVE, &isOn, &size) == 0 && isOn != 0;
+}
+
 // What has arrived already could be read after shutdown(): several megabytes of messages, for which the
 // driver manager needs minutes.
 void ServerSocket::shutDown() const {

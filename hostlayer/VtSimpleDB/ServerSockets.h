@@ -16,6 +16,8 @@ struct ServerSocket {
 
     // False if the descriptor is another file by now.
     bool isOpen() const;
+    // Drivers ask for keep-alive packets; few other sockets of a program have them.
+    bool hasKeepAlive() const;
     // Ends the connection in both directions; a thread that waits for the server continues with an error.
     void shutDown() const;
     // Bytes received from the server since the connection was made; 0 if the system does not say.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ConnectionString.h"
+#include "EvDebug.h"
 #include "HostSettings.h"
 #include "IdleLogins.h"
 #include "Login.h"
@@ -30,6 +31,7 @@ using hostlayer::SqlEffect;
 constexpr const char* kDefaultDriver = "FreeTDS";
 constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8";
 constexpr unsigned int kDefaultLoginTimeout = 15;    // seconds; 0 waits without a limit
+constexpr unsigned int kDefaultNetworkTimeout = 60;  // seconds; 0: the kernel's limit
 constexpr unsigned int kDefaultQueryTimeout = 0;     // seconds; 0 waits without a limit
 constexpr unsigned int kDefaultReplyLimit = 1024;    // MiB; 0: no limit
 constexpr unsigned int kDefaultConnectionReuse = 5;  // seconds; 0 keeps no login
@@ -54,6 +56,14 @@ RequestLimits limitsOf(const char* timeSetting, unsigned int seconds) {
             std::uint64_t{numberOf("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
 }
 
+// FreeTDS says "Unknown error".
+void reportLostConnection() {
+    const VtCause cause{
+        .place = VtCause::kConnection, .sqlState = "08S01", .text = "the connection to the server has ended"};
+    EvDebug().DebugLevel(/*level=*/1, "Execute: %s", cause.text.c_str());
+    VtNoteCause(cause);
+}
+
 }  // namespace
 
 // A statement that has run. The connection and the result bound to it share it: after finish(), the result
@@ -67,6 +77,7 @@ struct OpenStatement {
 
     bool run(const Login& login, std::u16string& sql, bool prepared);
     bool skipToFirstRows();
+    bool isCut() const { return request && request->isCut(); }
     SQLRETURN nextResult() const;
     void finish();
 };
@@ -155,6 +166,7 @@ bool VTSimpleDBConnObject::Impl::logIn(std::unique_ptr<Login> next) {
     RequestLimits limits = limitsOf("loginTimeout", kDefaultLoginTimeout);
     limits.bytes = kLoginReplyLimit;
     limits.tick = kLoginTick;
+    limits.network = std::chrono::seconds(numberOf("networkTimeout", kDefaultNetworkTimeout));
     if (login->connect(limits)) return true;
     login.reset();
     return false;
@@ -174,6 +186,7 @@ bool VTSimpleDBConnObject::Impl::run(const char* sql, bool prepared) {
     if (effect == SqlEffect::kServer) hostlayer::endIdleSessions();
     if (effect == SqlEffect::kServer && std::exchange(isReused, false)) login->restoreRowCounts();
     if (statement->run(*login, text, prepared) && statement->skipToFirstRows()) return true;
+    if (!statement->isCut() && login->hasEnded()) reportLostConnection();
     statement->hasFailed = true;
     return false;
 }

@@ -96,6 +96,16 @@ TEST_F(ServerConnection, ReadsManyBlocksOfRows) {
         EXPECT_EQ(found[i], (std::vector<std::string>{std::to_string(i), i % 3 == 0 ? "NULL" : "r"}));
 }
 
+// The batch would never end.
+TEST_F(ServerConnection, AReplyEndsAtItsLimit) {
+    m_store.write("[host]\nreplyLimit = 1\n");
+    ASSERT_EQ(open(), 0);
+    const std::size_t logged = defaultDebugLog().size();
+    EXPECT_EQ(rows("WHILE 1 = 1 SELECT REPLICATE('x', 8000)").size(), 1U);
+    m_connection.CloseSQLConnection();
+    EXPECT_NE(defaultDebugLog().find("the server's answer has more than 1 MiB", logged), std::string::npos);
+}
+
 TEST_F(ServerConnection, AnErrorBehindTheFirstRowsIsAFailure) {
     ASSERT_EQ(open(), 0);
     for (const std::string value : {"n", "CAST(n AS varchar(max))"})
@@ -280,6 +290,26 @@ TEST(MisbehavingNetwork, IsSurvivedOrNamed) {
         EXPECT_EQ(sqlcmdConnects(server, box.password(), error), c.reason.empty()) << error;
         EXPECT_NE(error.find(c.reason), std::string::npos) << error;
     }
+}
+
+// Nothing answers the statement, not even the server's host. The kernel alone would wait for a quarter of an
+// hour.
+TEST(MisbehavingNetwork, AConnectionThatAFirewallForgotEnds) {
+    const support::TsqlBox box;
+    defaultDebugLog();
+    const TestStore store("[host]\nnetworkTimeout = 2\n");
+    support::Proxy proxy(box.port());
+    const std::string server = "127.0.0.1," + std::to_string(proxy.port());
+    VTSimpleDBConnObject connection;
+    const std::string text = connection.getConnectionString(server.c_str(), "master", box.login().c_str(),
+                                                            box.password().c_str(), false, false);
+    ASSERT_EQ(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false), 0);
+    ASSERT_EQ(connection.executeQuery("SELECT 1", false), 0);
+    proxy.losePackets();
+    const std::size_t logged = defaultDebugLog().size();
+    EXPECT_NE(connection.executeQuery("SELECT 1", false), 0);
+    EXPECT_NE(defaultDebugLog().find("the connection to the server has ended", logged), std::string::npos)
+        << defaultDebugLog().substr(logged);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "Proxy.h"
 
 #include <arpa/inet.h>
+#include <linux/filter.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace support {
 namespace {
@@ -38,7 +40,32 @@ void resetAtClose(const Descriptor& connection) {
     setsockopt(connection.get(), SOL_SOCKET, SO_LINGER, &kAtOnce, sizeof kAtOnce);
 }
 
+// The kernel drops what arrives at the socket before it acknowledges it.
+void dropPackets(const Descriptor& connection) {
+    sock_filter dropAll = BPF_STMT(BPF_RET | BPF_K, 0);
+    const sock_fprog program{1, &dropAll};
+    if (setsockopt(connection.get(), SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) != 0)
+        throw std::system_error(errno, std::generic_category(), "SO_ATTACH_FILTER");
+}
+
+void forge(const NetworkFault& fault, char* block, std::size_t size) {
+    char* const end = block + size;
+    for (char* at = block; (at = std::search(at, end, fault.original.begin(), fault.original.end())) != end;)
+        at = std::copy(fault.forged.begin(), fault.forged.end(), at);
+}
+
 }  // namespace
+
+Descriptor silentPort(const std::string& address, int port) {
+    Descriptor listening = tcpSocket();
+    sockaddr_in place = loopback(port);
+    inet_pton(AF_INET, address.c_str(), &place.sin_addr);
+    if (bind(listening.get(), reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 ||
+        listen(listening.get(), 1) != 0)
+        throw std::system_error(errno, std::generic_category(), "listen");
+    dropPackets(listening);
+    return listening;
+}
 
 Proxy::Proxy(int serverPort, NetworkFault fault)
     : m_serverPort(serverPort), m_listening(tcpSocket()), m_fault(fault) {
@@ -88,9 +115,12 @@ void Proxy::forward(const Descriptor& client) {
     if (connect(server.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return;
     std::size_t sentByServer = 0;
     const int resets = m_resets;
+    const int losses = m_losses;
+    bool losesPackets = false;
     while (!m_stops) {
         const NetworkFault now = fault();
-        const bool isDue = now.kind != NetworkFault::kNone && sentByServer >= now.after;
+        if (m_losses != losses && !std::exchange(losesPackets, true)) dropPackets(client);
+        const bool isDue = losesPackets || (now.kind != NetworkFault::kNone && sentByServer >= now.after);
         if (m_resets != resets || (isDue && now.kind == NetworkFault::kReset)) return resetAtClose(client);
         if (isDue && now.kind == NetworkFault::kClose) return;
         pollfd ends[] = {{client.get(), POLLIN, 0}, {server.get(), POLLIN, 0}};
@@ -103,6 +133,7 @@ void Proxy::forward(const Descriptor& client) {
             if (got <= 0) return;
             const auto bytes = static_cast<std::size_t>(got);
             if (isServer) sentByServer += bytes;
+            if (isServer && !now.original.empty()) forge(now, block, bytes);
             std::this_thread::sleep_for(now.delay);
             const std::lock_guard lock(m_mutex);
             m_wire.append(block, bytes);

@@ -21,7 +21,11 @@ struct NetworkFault {
     std::size_t after = 0;                          // bytes that the server has sent on a connection before
     std::chrono::milliseconds delay{0};             // of everything that is forwarded
     std::size_t mostBytes = std::size_t{16} << 10;  // that are forwarded at a time
+    std::string original{}, forged{};               // in what the server sends, of the same length
 };
+
+// A port of a loopback address that drops every packet.
+Descriptor silentPort(const std::string& address, int port);
 
 class Proxy {
   public:
@@ -34,7 +38,9 @@ class Proxy {
     int port() const { return m_port; }
     void setFault(NetworkFault fault);       // of open and of new connections
     void resetConnections() { ++m_resets; }  // those that are open
-    std::string wire() const;                // bytes of both directions and all connections so far
+    // From now on, all packets of the open connections get lost, in both directions, without a word.
+    void losePackets() { ++m_losses; }
+    std::string wire() const;  // bytes of both directions and all connections so far
 
   private:
     void acceptClients();
@@ -46,6 +52,7 @@ class Proxy {
     Descriptor m_listening;
     std::atomic<bool> m_stops = false;
     std::atomic<int> m_resets = 0;
+    std::atomic<int> m_losses = 0;
     mutable std::mutex m_mutex;
     NetworkFault m_fault;
     std::string m_wire;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "KerberosTicket.h"
+#include "NetworkTimeout.h"
 #include "client/DbLibValue.h"
 #include "client/Encryption.h"
 #include "options/ServerName.h"
@@ -146,12 +147,7 @@ class DbLibBatch : public RunningBatch {
   private:
     // DB-Library ends a batch whose connection was reset between two results like one that has succeeded.
     void reportLoss() {
-        if (DBDEAD(m_process) == 0 || m_isEndedByServer) return;
-        Diagnostic loss;
-        loss.driver = kFreeTdsName;
-        loss.severity = kFatalSeverity;
-        loss.text = "The connection to the server is lost";
-        m_handler(loss);
+        if (DBDEAD(m_process) != 0 && !m_isEndedByServer) m_handler(lostConnection());
     }
 
     DBPROCESS* m_process;
@@ -270,6 +266,7 @@ DbLibClient::DbLibClient(Options& options) {
     dbsetuserdata(m_process, reinterpret_cast<BYTE*>(this));  // from now on, a timeout is one of a query
     setQueryTimeout(options.queryTimeout);
     dbsetinterrupt(m_process, checkInterrupt, handleInterrupt);
+    hostlayer::setNetworkTimeout(dbiordesc(m_process), std::chrono::seconds(options.networkTimeout));
 }
 
 DbLibClient::~DbLibClient() {

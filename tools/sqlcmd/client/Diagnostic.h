@@ -23,4 +23,14 @@ struct Diagnostic {
     bool isError() const { return severity >= kErrorSeverity; }
 };
 
+// The driver's message that the connection has ended without one of the server. tscript knows the text.
+inline Diagnostic lostConnection() {
+    constexpr int kFatalSeverity = 20;
+    Diagnostic loss;
+    loss.driver = kFreeTdsName;
+    loss.severity = kFatalSeverity;
+    loss.text = "The connection to the server is lost";
+    return loss;
+}
+
 }  // namespace sqlcmd

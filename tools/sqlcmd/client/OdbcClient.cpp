@@ -26,7 +26,10 @@ std::size_t filledLength(const std::vector<char>& piece) {
 class OdbcBatch : public RunningBatch {
   public:
     OdbcBatch(const Connection& connection, const std::string& batch, MessageHandler handler)
-        : m_statement(connection), m_handler(std::move(handler)), m_piece(kPieceSize) {
+        : m_connection(connection),
+          m_statement(connection),
+          m_handler(std::move(handler)),
+          m_piece(kPieceSize) {
         m_code = m_statement.execute(batch);
         m_running = passMessages(m_code);
     }
@@ -97,6 +100,10 @@ class OdbcBatch : public RunningBatch {
         const auto diagnostics = m_statement.diagnostics();
         for (const Diagnostic& diagnostic : diagnostics) m_handler(diagnostic);
         if (SQL_SUCCEEDED(code) || code == SQL_NO_DATA) return true;
+        const auto isDrivers = [](const Diagnostic& d) { return !d.fromServer; };
+        const bool isLost =
+            std::all_of(diagnostics.begin(), diagnostics.end(), isDrivers) && m_connection.isDead();
+        if (isLost) m_handler(lostConnection());  // FreeTDS says "Unknown error"
         return !diagnostics.empty() &&
                std::all_of(diagnostics.begin(), diagnostics.end(),
                            [](const Diagnostic& d) { return d.fromServer && d.severity < kFatalSeverity; });
@@ -159,6 +166,7 @@ class OdbcBatch : public RunningBatch {
         }
     }
 
+    const Connection& m_connection;
     Statement m_statement;
     MessageHandler m_handler;
     std::vector<ColumnInfo> m_columns;

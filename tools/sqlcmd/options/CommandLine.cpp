@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <span>
@@ -124,11 +125,13 @@ Encryption encryptionNamed(std::string_view name) {
 }
 
 // The host layer's settings, which hold with -X too.
-void readEncryption(Options& options) {
+void readHostSettings(Options& options) {
     if (const char* file = std::getenv("SQLCMD_CA_FILE")) options.caFile = file;
     const char* encryption = std::getenv("SQLCMD_ENCRYPT");
     if (options.encryption == Encryption::Default && encryption != nullptr)
         options.encryption = encryptionNamed(encryption);
+    if (const char* timeout = std::getenv("SQLCMD_NETWORK_TIMEOUT"))
+        std::from_chars(timeout, timeout + std::strlen(timeout), options.networkTimeout);
 }
 
 // Variables that set options.
@@ -228,7 +231,7 @@ Options parseOptions(int argc, char** argv) {
     checkExclusiveOptions(options, static_cast<int>(arguments.size()));
     takePasswordFromEnvironment(options);
     readEnvironment(options, reader);
-    readEncryption(options);
+    readHostSettings(options);
     if (options.format == Format::Csv && !reader.hasRead('s')) options.layout.separator = ",";
     options.trusted = options.user.empty();
     if (options.action == Options::Action::Run) askForPassword(options);

@@ -68,6 +68,7 @@ struct Options {
     std::string workstation;
     int loginTimeout = 8;              // seconds; 0: none
     int queryTimeout = 0;              // seconds; 0: none
+    int networkTimeout = 60;           // seconds without an answer of the server's host; 0: the kernel's limit
     int packetSize = 4096;             // bytes; -a
     bool readOnlyIntent = false;       // -K ReadOnly
     bool multiSubnetFailover = false;  // -M

@@ -62,6 +62,7 @@ constexpr NumberCheck kNumbers[] = {
     {"Database", "nSQLAuthType_WFEngine", 0, 1},  {"Database", "nSQLAuthType_VTCloud", 0, 1},
     {"Database", "nSQLAuthType_HistoryDB", 0, 1}, {"host", "runRecordOutput", 0, 8388608},
     {"host", "runRecordsKeep", 0, 2147483647},    {"host", "runRecordDays", 0, 36500},
+    {"host", "networkTimeout", 0, 2147483647},
 };
 
 // The value as text; empty if the store does not have it.

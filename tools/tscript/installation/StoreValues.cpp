@@ -30,6 +30,7 @@ constexpr KnownValue kKnown[] = {
     {"host", "odbcDriver", Kind::kText},
     {"host", "odbcAttributes", Kind::kText},
     {"host", "loginTimeout", Kind::kNumber},
+    {"host", "networkTimeout", Kind::kNumber},
     {"host", "queryTimeout", Kind::kNumber},
     {"host", "replyLimit", Kind::kNumber},
     {"host", "encrypt", Kind::kText},
