@@ -14,7 +14,7 @@ packages=(
   unixodbc unixodbc-dev tdsodbc freetds-dev libsybdb5
 )
 test_packages=(
-  abigail-tools freetds-bin krb5-kdc krb5-admin-server krb5-user faketime libgtest-dev file chromium openssl
+  abigail-tools freetds-bin libnss-wrapper krb5-kdc krb5-admin-server krb5-user faketime libgtest-dev file chromium openssl
   python3 python3-pymssql zsh fish
 )
 # Debian's packages conflict with a Node.js from another source.

@@ -11,6 +11,7 @@
 
 #include "Installation.h"
 #include "Proxy.h"
+#include "SampleInstallation.h"
 #include "TsqlBox.h"
 
 namespace {
@@ -61,11 +62,36 @@ class Faults : public Installation {
     ProgramResult runWithSmallFiles(const Words& words) const { return runAfter("ulimit -f 64", words); }
 };
 
-TEST_F(Faults, OutputForAClosedStreamReachesNoLog) {
-    pack("Spoken", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'a result'\n");
-    const ProgramResult result = runAfter("exec >&-", {"run", "Spoken"});
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_NE(result.errors.find("standard output cannot be written"), std::string::npos) << result.errors;
+// Standard output that nobody can receive, and pipes as result files. The run itself ends as always.
+TEST_F(Faults, ALostOutputIsAFailureAndTheRowIsClosed) {
+    pack("Spoken",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDECLARE @i int = 0\n"
+         "WHILE @i < 3000 BEGIN PRINT REPLICATE('a result ', 10) SET @i = @i + 1 END\n");
+    const std::string pipe = inQuotes(m_temp / "pipe");
+    const std::string copy = m_temp / "copy";
+    const std::string lost = "standard output cannot be written";
+    const struct {
+        std::string before;
+        Words options;
+        int exitCode;
+        std::string errors;
+    } cases[] = {{"exec >&-", {}, 3, lost},
+                 {"exec >/dev/full", {}, 3, lost},
+                 {"mkfifo " + pipe + "; exec 3<>" + pipe + " >" + pipe + " 3<&-", {}, 3, lost},
+                 {"{ head -c 1 " + pipe + " >/dev/null & }", {"-o", m_temp / "pipe"}, 3, "Broken pipe"},
+                 {"{ cat " + pipe + " >" + inQuotes(copy) + " & }", {"-o", m_temp / "pipe"}, 0, ""}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.before);
+        const std::string before = journal("Spoken");
+        Words words = {"run", "Spoken"};
+        words.insert(words.end(), c.options.begin(), c.options.end());
+        const ProgramResult result = runAfter(c.before, words);
+        EXPECT_EQ(result.exitCode, c.exitCode) << result.errors;
+        EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
+        const std::string after = journal("Spoken");
+        EXPECT_TRUE(after.size() > before.size() && after.find("0||") == after.npos) << after;
+    }
+    while (support::readFile(copy).find("Succeeded") == std::string::npos) std::this_thread::yield();
 }
 
 // A package or a result that does not fit on the disk leaves no part of itself, and an existing file stays.
@@ -200,6 +226,29 @@ TEST_F(Faults, AnUnencryptedLoginToAnotherAddressIsFound) {
     }
 }
 
+// The first address of the server's name refuses connections, and then drops all packets.
+TEST_F(Faults, ANameMayHaveADeadAddress) {
+    const fs::path hosts = m_temp / "hosts";
+    support::writeFile(hosts, "127.0.0.2 several.test\n127.0.0.1 several.test\n");
+    const std::string server = support::readFile(store());
+    const int port = std::stoi(server.substr(server.find("127.0.0.1,") + 10));
+    replaceInFile(store(), "\"verify\"", "\"require\"");
+    expectAll({{{"config", "set", "Database.sINSTANCE", "several.test," + std::to_string(port)}, 0, "", ""}});
+    // The first option lets programs with AddressSanitizer start.
+    const std::string useHosts =
+        "export ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 LD_PRELOAD=libnss_wrapper.so "
+        "NSS_WRAPPER_HOSTS=" +
+        inQuotes(hosts);
+    support::Descriptor silent;
+    for (const bool isSilent : {false, true}) {
+        if (isSilent) silent = support::silentPort("127.0.0.2", port);
+        for (const Words& command : {Words{"run", "SiteInventory"}, {"db", "list"}}) {
+            const ProgramResult result = runAfter(useHosts, command);
+            EXPECT_EQ(result.exitCode, 0) << joined(command) << result.output << result.errors;
+        }
+    }
+}
+
 // A server that is killed during a run is a lost connection, and the journal's row stays open.
 TEST_F(Faults, AKilledServerIsNamed) {
     pack("Wait",
@@ -231,15 +280,20 @@ TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
     const std::size_t comma = server.find("127.0.0.1,");
     support::Proxy proxy(std::stoi(server.substr(comma + 10)));
     expectAll(
-        {{{"config", "set", "Database.sINSTANCE", "127.0.0.1," + std::to_string(proxy.port())}, 0, "", ""}});
+        {{{"config", "set", "Database.sINSTANCE", "127.0.0.1," + std::to_string(proxy.port())}, 0, "", ""},
+         {{"config", "set", "host.networkTimeout", "2"}, 0, "", ""}});
     const struct {
         std::string script;
         std::function<void()> breakNetwork;
         std::string row, report;
+        std::string driver = {};  // of the query tool
     } cases[] = {
         {"Rows", [] {}, "2||", "the connection to the server failed during the run"},
         {"Wait", [&] { proxy.resetConnections(); }, "2||",
          "the connection to the server failed during the run"},
+        {"Wait", [&] { proxy.resetConnections(); }, "2||",
+         "the connection to the server failed during the run", "FreeTDS"},
+        {"Wait", [&] { proxy.losePackets(); }, "2||", "the connection to the server failed during the run"},
         {"Wait", [&] { proxy.setFault({.kind = NetworkFault::kReset}); }, "0||", "the run stays open"}};
     for (const auto& c : cases) {
         constexpr std::size_t kInTheRows = std::size_t{200} << 10;
@@ -247,7 +301,7 @@ TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
         const std::string before = journal(c.script);
         const support::Descriptor output = support::memoryFile();
         support::ProgramOptions options;
-        options.environment = {storeVariable()};
+        options.environment = {storeVariable(), "SQLCMD_ODBC_DRIVER=" + c.driver};
         const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", c.script}, options,
                                          {output.get(), output.get(), output.get()});
         while (journal(c.script).size() == before.size()) std::this_thread::yield();
@@ -604,6 +658,16 @@ TEST_F(Faults, SixtyFourProcessesRunOnePackageSideBySide) {
         EXPECT_NE(rows.find("\n1|" + value + "|"), std::string::npos) << value;
         EXPECT_NE(log.find("run " + value + ".\n"), std::string::npos) << value;
     }
+}
+
+// An integer of three bytes: FreeTDS aborts the process.
+TEST(MalformedReply, IsAFailedConnection) {
+    const support::TsqlBox box;
+    support::SampleInstallation installation;
+    support::SampleInstallation::loadSchema(box);
+    const support::Proxy proxy(box.port(), {.original = "\x26\x04", .forged = "\x26\x03"});
+    installation.useServer("127.0.0.1," + std::to_string(proxy.port()), box.login(), box.password());
+    expectCases({{{"catalogue"}, 4, "", "the server sent a malformed reply"}}, installation.storeFile());
 }
 
 }  // namespace

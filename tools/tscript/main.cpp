@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <optional>
 
 #include "commands/CommandGroups.h"
@@ -69,13 +70,14 @@ int runTool(int argc, char** argv) {
     if (first == kManPagesWord && argc == 3) return writeManPages(commandLine.app(), argv[2]) ? 0 : 1;
     if (const std::optional<int> exitCode = commandLine.parse(argc, argv)) return *exitCode;
     redirectLibraryOutput();
-    endWhenDriverIsStuck();
+    endWhenDriverFails();
     return flushOutput(action());
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    endWhenMemoryLacks();
     occupyClosedStreams();
     std::setlocale(LC_CTYPE, "C.UTF-8");  // for TextWidth.h
     signal(SIGXFSZ, SIG_IGN);             // exceeding the file size limit then fails write()
@@ -85,6 +87,9 @@ int main(int argc, char** argv) {
     } catch (const Failure& failure) {
         std::fflush(resultStream());
         return reportFailure(failure.code(), failure.what(), failure.advice());
+    } catch (const std::bad_alloc&) {
+        std::fflush(resultStream());
+        return reportFailure(ExitCode::kInstallation, "not enough memory", {});
     } catch (const std::exception& error) {
         std::fflush(resultStream());
         return reportFailure(ExitCode::kInstallation, error.what(), {});

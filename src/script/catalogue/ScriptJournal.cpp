@@ -18,7 +18,7 @@
 
 namespace {
 
-// The end of a run is recorded again for this long while the server cannot be reached.
+// The end of a run is recorded again for this long while it fails for a reason that may pass.
 constexpr std::chrono::seconds kRetryTime{5};
 constexpr std::chrono::milliseconds kRetryInterval{500};
 
@@ -46,22 +46,24 @@ bool ScriptJournal::recordEnd(int status) {
     if (m_run.execId <= 0) return m_report.fail(messages::kEndWithoutStart);
     if (!m_report.requireSession()) return false;
     const std::string statement = FXString::Format(catalogue_sql::kRecordEnd, now(), status, m_run.execId);
-    if (updateUntilConnected(statement)) return true;
+    if (updateRepeatedly(statement)) return true;
     return m_report.fail(FXString::Format(messages::kEndNotRecorded, m_session.db->getErrorMsg()));
 }
 
-bool ScriptJournal::updateUntilConnected(const std::string& statement) {
+bool ScriptJournal::updateRepeatedly(const std::string& statement) {
     const auto giveUp = std::chrono::steady_clock::now() + kRetryTime;
     while (!m_session.db->SetDBValue(statement.c_str())) {
-        if (!isConnectionLost() || std::chrono::steady_clock::now() >= giveUp) return false;
+        if (!mayPass() || std::chrono::steady_clock::now() >= giveUp) return false;
         std::this_thread::sleep_for(kRetryInterval);
     }
     return true;
 }
 
-bool ScriptJournal::isConnectionLost() const {
+// A lost connection, or a failure that has no cause, such as too little memory.
+bool ScriptJournal::mayPass() const {
     std::vector<DVUCause_t> causes;
     DVU_GetCauses(*m_session.db, causes);
-    return std::any_of(causes.begin(), causes.end(),
-                       [](const DVUCause_t& cause) { return cause.where == kDVUConnection; });
+    return causes.empty() || std::any_of(causes.begin(), causes.end(), [](const DVUCause_t& cause) {
+               return cause.where == kDVUConnection;
+           });
 }

@@ -20,9 +20,9 @@ class ScriptJournal {
     bool recordEnd(RunStatus status) { return recordEnd(static_cast<int>(status)); }
 
   private:
-    // Executes the statement; repeats it for some seconds if the server cannot be reached.
-    bool updateUntilConnected(const std::string& statement);
-    bool isConnectionLost() const;
+    // Executes the statement; repeats it for some seconds if it fails for a reason that may pass.
+    bool updateRepeatedly(const std::string& statement);
+    bool mayPass() const;
 
     SessionParts m_session;
     EntryParts m_entry;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "CVoFile.h"
+#include "Causes.h"
 
 namespace {
 
@@ -23,6 +24,8 @@ void readRest(CVoFile& file, const std::string& path, std::size_t chunk, std::st
     reserveFor(path, text);
     std::vector<char> buffer(chunk);
     std::size_t count = 0;
-    while (!file.Read(buffer.data(), chunk, &count).IsError() && count > 0)
+    CVoError error;
+    while (!(error = file.Read(buffer.data(), chunk, &count)).IsError() && count > 0)
         text.append(buffer.data(), ::strnlen(buffer.data(), count));
+    if (error.IsError()) reportFileFailure(path, error.GetErrorCode());
 }

@@ -11,7 +11,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kVersion = 1;
-constexpr int kIndent = 2;
 constexpr std::int64_t kPerSecond = 1000;
 
 constexpr const char* kPlaces[] = {"",     "connection", "statement",    "query tool",
@@ -44,13 +43,43 @@ Json orNull(const std::string& text) {
     return text.empty() ? Json() : Json(text);
 }
 
-Json jsonOf(const DVUCause_t& cause) {
-    Json json = {{"where", causePlaceName(cause.where)}};
+// Text of a JSON object, `indent` columns from the left. Values are added one by one, because the destructor
+// of a tree of values needs memory, and lack of it would end the program.
+class ObjectText {
+  public:
+    explicit ObjectText(std::size_t indent) : m_indent(indent, ' ') {}
+    void add(const char* name, const Json& scalar) {
+        addText(name, scalar.dump(-1, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace));
+    }
+    void addText(const char* name, const std::string& text) {
+        m_members += m_members.empty() ? "{\n" : ",\n";
+        m_members += m_indent + "  \"" + name + "\": " + text;
+    }
+    std::string text() const { return m_members + "\n" + m_indent + "}"; }
+
+  private:
+    std::string m_indent;
+    std::string m_members;
+};
+
+std::string textOf(const DVUCause_t& cause, std::size_t indent) {
+    ObjectText json(indent);
+    json.add("where", causePlaceName(cause.where));
     for (const NumberMember& number : kCauseNumbers)
-        if (cause.*number.member != number.unknown) json[number.name] = cause.*number.member;
+        if (cause.*number.member != number.unknown) json.add(number.name, cause.*number.member);
     for (const TextMember& text : kCauseTexts)
-        if (!(cause.*text.member).empty()) json[text.name] = cause.*text.member;
-    return json;
+        if (!(cause.*text.member).empty()) json.add(text.name, cause.*text.member);
+    return json.text();
+}
+
+std::string textOf(const std::vector<DVUCause_t>& causes) {
+    constexpr std::size_t kIndent = 4;
+    std::string text = "[";
+    for (const DVUCause_t& cause : causes) {
+        text += text == "[" ? "\n" : ",\n";
+        text += std::string(kIndent, ' ') + textOf(cause, kIndent);
+    }
+    return text + (causes.empty() ? "]" : "\n  ]");
 }
 
 std::string textIn(const Json& json, const char* name) {
@@ -120,29 +149,29 @@ std::string withoutMiddle(std::string_view text, std::size_t most) {
 }
 
 std::string jsonOf(const RunRecord& record) {
-    Json json = {{"version", kVersion},
-                 {"run", record.run > 0 ? Json(record.run) : Json()},
-                 {"script", record.script},
-                 {"kind", record.isPackage ? "package" : "procedure"},
-                 {"sha256", orNull(record.sha256)},
-                 {"database", record.database},
-                 {"server", record.server},
-                 {"host", record.host},
-                 {"installation", record.installation},
-                 {"user", record.user},
-                 {"program", record.program},
-                 {"process", record.process},
-                 {"start", isoTime(record.start)},
-                 {"end", isoTime(record.end)},
-                 {"status", record.succeeded ? "ok" : "failed"},
-                 {"journalUser", record.journalUser},
-                 {"input", record.input ? Json(*record.input) : Json()},
-                 {"causes", Json::array()},
-                 {"output", record.output},
-                 {"outputBytes", record.outputBytes},
-                 {"outputCut", record.outputCut}};
-    for (const DVUCause_t& cause : record.causes) json["causes"].push_back(jsonOf(cause));
-    return json.dump(kIndent, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace) + "\n";
+    ObjectText json(/*indent=*/0);
+    json.add("version", kVersion);
+    json.add("run", record.run > 0 ? Json(record.run) : Json());
+    json.add("script", record.script);
+    json.add("kind", record.isPackage ? "package" : "procedure");
+    json.add("sha256", orNull(record.sha256));
+    json.add("database", record.database);
+    json.add("server", record.server);
+    json.add("host", record.host);
+    json.add("installation", record.installation);
+    json.add("user", record.user);
+    json.add("program", record.program);
+    json.add("process", record.process);
+    json.add("start", isoTime(record.start));
+    json.add("end", isoTime(record.end));
+    json.add("status", record.succeeded ? "ok" : "failed");
+    json.add("journalUser", record.journalUser);
+    json.add("input", record.input ? Json(*record.input) : Json());
+    json.addText("causes", textOf(record.causes));
+    json.add("output", record.output);
+    json.add("outputBytes", record.outputBytes);
+    json.add("outputCut", record.outputCut);
+    return json.text() + "\n";
 }
 
 std::string parseRecord(const std::string& text, RunRecord& record) {

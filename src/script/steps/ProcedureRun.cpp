@@ -62,10 +62,17 @@ bool ProcedureRun::run() {
 }
 
 bool ProcedureRun::runStarted() {
+    bool hasOutputFile = false;
+    const bool isUnbroken = m_report.attempted([&] {
+        hasOutputFile = createOutputFile();
+        if (hasOutputFile) runQueryTool();
+        return true;
+    });
     // Without an output file the run ends, and a recorded start gets no end. Callers rely on it.
-    if (!createOutputFile()) return false;
-    runQueryTool();
+    if (isUnbroken && !hasOutputFile) return false;
+    m_failed = m_failed || !isUnbroken;
     recordEnd();
+    if (!hasOutputFile) return false;
     cleanHeader();
     collectOutput();
     return !m_failed;

@@ -61,10 +61,16 @@ bool SqlFileRun::run() {
 }
 
 bool SqlFileRun::runStarted() {
-    if (!createOutputFile()) return endWithoutOutput();
-    runQueryTool();
+    bool hasOutputFile = false;
+    const bool isUnbroken = m_report.attempted([&] {
+        hasOutputFile = createOutputFile();
+        if (hasOutputFile) runQueryTool();
+        return true;
+    });
+    if (isUnbroken && !hasOutputFile) return endWithoutOutput();
+    m_failed = m_failed || !isUnbroken;
     recordEnd();
-    collectOutput();
+    if (hasOutputFile) collectOutput();
     return !m_failed;
 }
 

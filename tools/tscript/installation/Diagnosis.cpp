@@ -294,6 +294,16 @@ Diagnosis silentTool() {
         "Is it sqlcmd? Set its path under [host.programs] in the store.");
 }
 
+bool hasCutOutput(const std::vector<DVUCause_t>& causes) {
+    return std::any_of(causes.begin(), causes.end(),
+                       [](const DVUCause_t& cause) { return cause.where == kDVUFile; });
+}
+
+Diagnosis cutOutput() {
+    return {ExitCode::kInstallation, "the script has run, but its output could not be read to the end",
+            "Check the disk of the log folder. The journal has the run as succeeded."};
+}
+
 std::optional<Diagnosis> serverNameFault(const SuiteDatabase& database) {
     const std::string server = storeText("Database", database.instance);
     if (server.find_first_of(" \t\"") == std::string::npos) return std::nullopt;

@@ -43,6 +43,10 @@ std::optional<Diagnosis> serverNameFault(const SuiteDatabase& database);
 bool hasSilentTool(const std::vector<DVUCause_t>& causes);
 Diagnosis silentTool();
 
+// Whether reading the query tool's output failed in a run that the library counts as a success.
+bool hasCutOutput(const std::vector<DVUCause_t>& causes);
+Diagnosis cutOutput();
+
 void requireQueryTool();  // throws Failure (kInstallation) if it is not executable
 
 // Cause behind the error text of EncryptFile() or DecryptFile().

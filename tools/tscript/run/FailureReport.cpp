@@ -21,10 +21,11 @@ const DVUCause_t* findCause(const Causes& causes, bool (*matches)(const DVUCause
     return found == causes.end() ? nullptr : &*found;
 }
 
-// Reason of a failed connection that the host layer found because the server sent no message. The driver's
-// records, which do not give it, have a number.
+// Reason of a failed or lost connection that the host layer found because the server sent no message. The
+// driver's records, which do not give it, have a number.
 bool isConnectionReason(const DVUCause_t& cause) {
-    return cause.where == kDVUConnection && cause.serverError == 0 && cause.sqlState == "08001";
+    return cause.where == kDVUConnection && cause.serverError == 0 &&
+           (cause.sqlState == "08001" || cause.sqlState == "08S01");
 }
 
 // The cause to report: a message of SQL Server if there is one. A database that cannot be opened is reported
@@ -85,8 +86,12 @@ class ReportWriter {
         add("journal", "the run is recorded as succeeded, since the tool ended with exit code 0");
     }
     void addJournal(const std::string& output) {
-        if (output.find("Failed to record tscript end time") == output.npos) return;
-        add("journal", "the run stays open (status running); docs/operations.md says how to close it");
+        const auto holds = [&](const char* message) { return output.find(message) != output.npos; };
+        if (holds("Failed to record tscript end time") || holds("Failed to create output File"))
+            return add("journal",
+                       "the run stays open (status running); docs/operations.md says how to close it");
+        if (holds("Failed to record tscript start time") || holds("most likely for lack of memory"))
+            add("journal", "the run may be open (tscript journal --status running)");
     }
     void addNext(const std::string& advice) { add("next", advice); }
     FailureReport take() { return std::move(m_report); }
@@ -174,10 +179,18 @@ void ReportWriter::addData(bool scriptRan, ScriptKind kind) {
     add("data", "the changes of what has run remain, unless the script had begun a transaction");
 }
 
+FailureReport describeJournal(const RunResult& result) {
+    const DVUCause_t none;
+    ReportWriter report(none);
+    report.addJournal(result.output);
+    return report.take();
+}
+
 }  // namespace
 
 Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
     if (result.isToolSilent) return silentTool();
+    if (result.isOutputCut) return cutOutput();
     // A bad record is noted by the cipher first, which does not name the package.
     const DVUCause_t* package =
         findCause(result.causes, [](const DVUCause_t& cause) { return cause.where == kDVUPackage; });
@@ -226,7 +239,7 @@ Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
 FailureReport describeFailure(const ScriptRequest& request, const RunResult& result,
                               const Diagnosis& diagnosis) {
     const DVUCause_t* cause = mainCause(result.causes);
-    if (cause == nullptr) return {};
+    if (cause == nullptr) return describeJournal(result);
     ReportWriter report(*cause);
     report.addServer(result.database);
     if (diagnosis.scriptRan) report.addPlace(request, result);

@@ -85,7 +85,8 @@ RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation ope
                                                     : callProcedure(request, operation, result);
     causes.get(result.causes);
     result.isToolSilent = result.succeeded && hasSilentTool(result.causes);
-    if (result.isToolSilent) result.succeeded = false;
+    result.isOutputCut = result.succeeded && hasCutOutput(result.causes);
+    if (result.isToolSilent || result.isOutputCut) result.succeeded = false;
     if (result.succeeded) result.causes.clear();
     result.seconds = progress.seconds();
     result.interrupted = guard.interrupted();

@@ -39,6 +39,7 @@ struct RunResult {
     bool succeeded = false;
     bool interrupted = false;
     bool isToolSilent = false;  // the library succeeded, but the tool wrote no output: a failure here
+    bool isOutputCut = false;   // the library succeeded, but could not read the whole output: a failure here
     bool timedOut = false;      // interrupted by the request's time-out
     double seconds = 0;
     std::vector<DVUCause_t> causes;  // of a failure

@@ -1,11 +1,18 @@
 #include "system/Interrupt.h"
 
+#include <dlfcn.h>
+#include <execinfo.h>
 #include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <exception>
+#include <iterator>
+#include <new>
 
 #include "CancelRequests.h"
 #include "console/Outcome.h"
@@ -23,6 +30,38 @@ template <std::size_t size>
     _exit(static_cast<int>(code));
 }
 
+// FreeTDS asserts what it expects of a reply.
+bool isFreeTdsOnStack() {
+    void* frames[64];
+    const int count = backtrace(frames, static_cast<int>(std::size(frames)));
+    return std::any_of(frames, frames + count, [](const void* frame) {
+        Dl_info info{};
+        return dladdr(frame, &info) != 0 && info.dli_fname != nullptr &&
+               std::strstr(info.dli_fname, "libtdsodbc") != nullptr;
+    });
+}
+
+// Other aborts go on.
+void endIfDriverAborts(int) {
+    if (isFreeTdsOnStack())
+        endWithNote(
+            "tscript: the ODBC driver has ended the process, because the server sent a malformed reply\n"
+            "A run that had begun stays open in the journal: tscript journal close\n",
+            ExitCode::kConnection);
+}
+
+[[noreturn]] void endWithoutMemory() {
+    try {
+        if (std::current_exception()) throw;
+    } catch (const std::bad_alloc&) {
+        endWithNote(
+            "tscript: not enough memory\nA run that had begun stays open in the journal: tscript journal\n",
+            ExitCode::kInstallation);
+    } catch (...) {
+    }
+    std::abort();
+}
+
 }  // namespace
 
 sigset_t interruptions() {
@@ -35,7 +74,12 @@ sigset_t interruptions() {
     return set;
 }
 
-void endWhenDriverIsStuck() {
+void endWhenMemoryLacks() {
+    std::set_terminate(endWithoutMemory);
+}
+
+void endWhenDriverFails() {
+    signal(SIGABRT, endIfDriverAborts);
     if (hostlayer::callWhenStuck == nullptr) return;
     hostlayer::callWhenStuck([] {
         endWithNote(

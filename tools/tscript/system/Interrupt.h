@@ -43,9 +43,13 @@ class InterruptGuard {
     std::thread m_watcher;
 };
 
-// From now on, the process ends if a login or statement over ODBC does not return although its connection has
-// been closed.
-void endWhenDriverIsStuck();
+// From now on, the process ends with a message where lack of memory would abort it: parts of the parser of
+// the command line, for example, are noexcept and allocate.
+void endWhenMemoryLacks();
+
+// From now on, the process ends with a message and the exit code of a failed connection if a login or
+// statement over ODBC does not return although its connection has been closed, or if FreeTDS aborts.
+void endWhenDriverFails();
 
 // Blocks these signals for a short time: while a file is written beside its target, or while the library
 // holds a package's plain copy on disk. An interrupted program would leave such a file behind.
