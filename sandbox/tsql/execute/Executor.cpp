@@ -226,6 +226,8 @@ Flow Executor::runStatement(const Statement& statement) {
     m_line = statement.line;
     m_functions.beginStatement();
     try {
+        const bool isSkipped = m_settings.parseOnly || m_settings.checkOnly;
+        if (isSkipped && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
         if (m_settings.describeOnly) return describe(statement);
         if (beginsImplicitly(statement)) begin({});
         return std::visit([this](const auto& node) { return run(node); }, statement.node);

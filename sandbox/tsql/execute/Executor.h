@@ -49,6 +49,8 @@ struct Settings {
     bool implicitTransactions = false;
     bool quotedIdentifiers = true;
     bool describeOnly = false;        // FMTONLY
+    bool parseOnly = false;           // only SET executes, and nothing is checked
+    bool checkOnly = false;           // NOEXEC: only SET executes
     std::string identityInsert = {};  // full name of the table that accepts identities
     int lockTimeout = -1;             // milliseconds; negative: the default
 

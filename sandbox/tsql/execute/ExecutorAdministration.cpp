@@ -28,6 +28,8 @@ Flow Executor::run(const SetOption& option) {
     for (const auto& name : option.names) {
         if (name == "NOCOUNT") m_settings.noCount = option.on;
         if (name == "FMTONLY") m_settings.describeOnly = option.on;
+        if (name == "PARSEONLY") m_settings.parseOnly = option.on;
+        if (name == "NOEXEC") m_settings.checkOnly = option.on;
         if (name == "XACT_ABORT") m_settings.abortOnError = option.on;
         if (name == "IMPLICIT_TRANSACTIONS") m_settings.implicitTransactions = option.on;
         if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;

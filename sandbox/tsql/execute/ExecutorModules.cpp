@@ -137,7 +137,7 @@ void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
 void Executor::runFrame(const Block& body, Frame& frame) {
     inFrame(frame, [&] {
         const bool isText = frame.procedure.empty();
-        if (isText && !isAlone(body)) check(body);
+        if (isText && !m_settings.parseOnly && (!isAlone(body) || m_settings.checkOnly)) check(body);
         runBlock(body);
     });
 }

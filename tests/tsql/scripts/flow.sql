@@ -106,3 +106,13 @@ INSERT counted (name) VALUES (NULL) --> Msg 515, Level 16, State 2, Line 1: Cann
 SELECT CAST(0x8041 AS varchar(9)) a, CAST('€A' AS varbinary(9)) b, CAST(CHAR(128) AS varbinary(9)) c, ASCII('€') d --> a varchar(9)? = €A | b varbinary(9)? = 0x8041 | c varbinary(9)? = 0x80 | d int? = 128 (1 rows)
 SELECT 1 WHERE 'a[b' LIKE 'a[b' OR 'a' LIKE '[a' OR 'a[' LIKE '%[' --> - int (0 rows)
 SELECT 1 n WHERE 'a[b' LIKE 'a[[]b' --> n int = 1 (1 rows)
+CREATE TABLE looked (id int)
+SET PARSEONLY ON -->
+INSERT looked VALUES (1) SELECT nothing FROM looked PRINT 'x' -->
+INSERT looked VALUES (1) SELECT FROM looked --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
+SET PARSEONLY OFF SET NOEXEC ON INSERT looked VALUES (2) -->
+INSERT looked VALUES (1) SELECT nothing FROM looked --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nothing'.
+DECLARE @n int = 1 INSERT looked VALUES (@n) PRINT 'x' -->
+SET NOEXEC OFF
+SELECT COUNT(*) FROM looked --> - int? = 0 (1 rows)
+DROP TABLE looked -->
