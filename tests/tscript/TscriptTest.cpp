@@ -373,6 +373,91 @@ TEST_F(Installation, UsesOnlyPackagesThatAreWhatWasSealed) {
     expectAll({{{"doctor"}, 3, "package Small: the package's signer is not one of", ""}});
 }
 
+TEST_F(Installation, RunsScriptsWithNamedValues) {
+    const std::string script = "#START_SCRIPT#\nSET NOCOUNT ON\nPRINT '<%s|%s|%s>'\n";
+    pack("Typed",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\nDescription:Prints.\nParameter:days int(1..365) 30 \"Age in "
+         "\"\"days\"\"\"\n"
+         "Parameter:since date \"First day\"\nParameter:note string(5) 'it''s'\n#START_USAGE#\nTyped\n" +
+             script);
+    expectAll({
+        {{"run", "Typed", "--since", "2026-02-28"}, 0, "<30|2026-02-28|it's>", ""},
+        {{"run", "Typed", "--SINCE=2026-02-28", "--days", "+7", "--note=--x"},
+         2,
+         "",
+         "the value of --days is no int"},
+        {{"run", "Typed", "--SINCE=2026-02-28", "--days", "7", "--note=--x"}, 0, "<7|2026-02-28|--x>", ""},
+        {{"run", "Typed", "-p", "9", "--since", "2024-02-29", "-p",
+          "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9"},
+         0,
+         "<9|2024-02-29|",
+         ""},
+        {{"run", "Typed", "--days", "-5", "--since", "2026-01-01"},
+         2,
+         "",
+         "the value of --days is not in 1..365: '-5'"},
+        {{"run", "Typed", "--since", "2026-02-29"}, 2, "", "--since is no date"},
+        {{"run", "Typed", "--since", "2026-02-28", "--note", "123456"}, 2, "", "is longer than 5 characters"},
+        {{"run", "Typed", "-p", "0", "-p", "2026-02-28"}, 2, "", "is not in 1..365"},
+        {{"run", "Typed"}, 2, "", "the value of --since (date) is missing: First day"},
+        {{"run", "Typed", "--json"}, 2, "\"error\": \"the value of --since", "is missing"},
+        {{"run", "Typed", "--since"}, 2, "", "'--since' needs a value"},
+        {{"run", "Typed", "--sinec", "x"}, 2, "", "Did you mean --since?"},
+        {{"run", "Typed", "--days", "1", "--Days", "2"}, 2, "", "--days is given twice"},
+        {{"run", "Typed", "--since", "2026-02-28", "x"}, 2, "", "'x' is not expected"},
+        {{"run", "Typed", "-p", "1", "-p", "2026-02-28", "-p", "", "-p", "4"}, 2, "", "4 value(s) are given"},
+        {{"run", "Typed", "--since", "2026-02-28", "--note", "a';x", "--dry-run"}, 0, "|a'';x>'", ""},
+        {{"run", "PurgeEvents", "--quit", "x"}, 2, "", "Did you mean --quiet?"},
+        {{"exec", "tsEventSummary", "--days", "7"}, 2, "", "not expected: --days"},
+        {{"help", "Typed"}, 0, "--days int(1..365)  Age in \"days\" (default: 30)", ""},
+        {{"params", "Typed"}, 0, "--since date        First day", ""},
+        {{"params", "Typed", "--json"}, 0, "\"default\": null", ""},
+        {{"inspect", folder / "Scripts" / "Typed.sql", "--json"}, 0, "\"description\": \"Prints.\"", ""},
+        {{"__complete", "run", "Typed", "--"}, 0, "--since\tFirst day", ""},
+    });
+    // An older package has a line of its description that begins like a declaration.
+    pack("Line", "#START_SCRIPT#\nParameter: the days\n");
+    pack("Older", "#START_OPTIONS#\n" + script);
+    const fs::path older = folder / "Scripts" / "Older.sql";
+    std::string records = withoutSeal(older);
+    const std::string line = withoutSeal(folder / "Scripts" / "Line.sql");
+    records.insert(records.find('\n') + 1, line.substr(line.find('\n') + 1));
+    support::writeFile(older, records);
+    expectAll({{{"run", "Older", "-p", "1", "-p", "2", "-p", "3"}, 0, "<1|2|3>", ""},
+               {{"run", "Older", "--days", "1"}, 2, "", "line 2: a name must follow the colon"}});
+}
+
+TEST_F(Installation, ChecksARunWithoutRunningIt) {
+    pack("Wrong",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDELETE FROM EventLog\nGO\nDECLARE @i int\n"
+         "SELECT nodeIdd FROM EventLog\nGO\nSELECT 1\nFROM WHERE '%s' = ''\n");
+    pack("Foreign", "#START_OPTIONS#\nPlexum ID:5\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
+    expectAll({
+        {{"run", "PurgeEvents", "-p", "30", "-p", "2", "--check"},
+         0,
+         "parsed 2 batch(es) in Dorvas, refused 0",
+         ""},
+        {{"run", "PurgeEvents", "-p", "30", "-p", "2", "--check=compile", "--json"}, 0, "\"errors\": []", ""},
+        {{"run", "PurgeEvents", "-p", "30", "--check"}, 2, "", "2 placeholder(s), and 1 value(s)"},
+        {{"run", "Wrong", "-p", "x", "--check"},
+         1,
+         "line 10 (batch 3): Msg 156: ",
+         "the server refuses 1 batch(es)"},
+        {{"run", "Wrong", "-p", "x", "--check=compile"},
+         1,
+         "line 7 (batch 2): Msg 207: Invalid column name 'nodeIdd'",
+         ""},
+        {{"run", "Foreign", "--check"},
+         5,
+         "is made for site 5",
+         "Foreign is made for site 5; this is site 26"},
+        {{"run", "SiteInventory", "--check"}, 0, "site       26, this one", ""},
+        {{"run", "Wrong", "--check=all"}, 2, "", "--check"},
+    });
+    EXPECT_EQ(journal("Wrong"), journal("None"));
+    expectAll({{{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted 54 event(s)", ""}});
+}
+
 TEST_F(Installation, InspectsPackages) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
     const std::string body = "--" + std::string(600, 'x') + "\nPRINT '%s 5%% %s'\nPRINT '%s'\n";
@@ -434,6 +519,34 @@ TEST(CommandLine, LintsPlainScripts) {
         {head + "PRINT '$(x)'\n", 0, "line 4: $( is not expanded"},
         {"#START_OPTIONS#\nTool Variables:yes\n" + head + "PRINT '$(x)'\n", 0, "0 warning(s)"},
         {head + "GO -- %s\n", 0, "line 4: a placeholder in a -- comment"},
+        {head + "SELECT * FROM Log_%s\n", 0, "line 4: a placeholder in a name"},
+        {head + "SELECT 1 AS [a %s]\n", 0, "line 4: a placeholder in a name"},
+        {head + "SELECT ']' AS a, '%s' WHERE '' < %s OR 2 %% 3 = %s\n", 0, "1 warning(s), 3 placeholder(s)"},
+        {head + "PRINT 'a\nGO\n!!x'\nGO\nSELECT\n1 FORM x,\n", 0,
+         "line 9, column 8: Incorrect syntax near 'x'"},
+        {head + "SELECT a FROM %s WHERE b = %s ORDER BY %s\n", 0, "0 warning(s)"},
+        {head + "SELECT (1\n/* x\n", 0, "line 5, column 1: Missing end comment"},
+        {head + "SELECT 'x\n", 0, "line 4, column 8: Unclosed quotation mark"},
+        {head + "PRINT @x\n", 0, "line 4, column 7: Must declare the scalar variable \"@x\""},
+        {head + "MERGE a USING b ON 1 = 1;\n", 0, "line 4, column 1: tsqlbox does not support"},
+        {head + "!!rm x\n  :r x.sql\nQUIT\n", 0, "line 4, column 1: starts a program"},
+        {head + "PRINT ''\n  :r x.sql\nQUIT\n", 0, "line 5, column 1: reads a file"},
+        {head + "USE Dorvax\nSELECT 1 FROM nq3..x, dbo.y, nq2.dbo.z\n", 0, "2 warning(s)"},
+        {"#START_OPTIONS#\nParameter:days int(1..9) 7 \"Age\"\n" + head + "PRINT '%s'\n", 0, "0 warning(s)"},
+        {"#START_OPTIONS#\nParameter:days int\n" + head + "GO\n", 1, "1 parameter(s) are declared, and 0"},
+        {"#START_OPTIONS#\nParameter: days int\n" + head + "GO\n", 1, "line 2: a parameter: a name must"},
+        {"#START_OPTIONS#\nParameter:it's int\n" + head + "GO\n", 1, "a name has at most 64 letters"},
+        {"#START_OPTIONS#\nParameter:a*b/c int\n" + head + "GO\n", 1, "a name has at most 64 letters"},
+        {"#START_OPTIONS#\nParameter:a\tb int\n" + head + "GO\n", 1, "a name has at most 64 letters"},
+        {"#START_OPTIONS#\nParameter:days\n" + head + "GO\n", 1, "'' is no type; the types are int"},
+        {"#START_OPTIONS#\nParameter:days int(9..1)\n" + head + "GO\n", 1, "'int(9..1)' is no type"},
+        {"#START_OPTIONS#\nParameter:days int 7 Age\n" + head + "GO\n", 1, "nothing may follow"},
+        {"#START_OPTIONS#\nParameter:days int \"Age\n" + head + "GO\n", 1, "description's closing quote"},
+        {"#START_OPTIONS#\nParameter:days int 'x' \"\"\n" + head + "GO\n", 1, "the default is no int"},
+        {"#START_OPTIONS#\nParameter:a bit\nParameter:A bit\n" + head + "GO\n", 1,
+         "line 3: a parameter: the name A"},
+        {"#START_OPTIONS#\nParameter:a bit \"GUID: x\"\n" + head + "GO\n", 1,
+         "\"GUID:\" in the line of a parameter"},
     };
     for (const auto& c : cases) {
         support::writeFile(plain, c.text);
@@ -441,8 +554,27 @@ TEST(CommandLine, LintsPlainScripts) {
         EXPECT_EQ(result.exitCode, c.exitCode) << c.text << result.errors;
         EXPECT_NE(result.output.find(c.output), std::string::npos) << c.output << " in " << result.output;
     }
-    expectCases({{{"lint", temp / "none"}, 2, "", "is not a file"},
-                 {{"lint", plain, "--json"}, 0, "\"line\": 4", ""}});
+    // No parameter can have the name of an option of a run.
+    std::istringstream usage(tscript({"run", "--help"}).output);
+    int options = 0;
+    for (std::string word; usage >> word;) {
+        if (word.rfind("--", 0) != 0 || word == "--PARAMETER") continue;
+        const std::string name = word.substr(2, word.find_first_of("=[,{", 2) - 2);
+        support::writeFile(plain, "#START_OPTIONS#\nParameter:" + name + " bit\n" + head + "PRINT '%s'\n");
+        EXPECT_NE(tscript({"lint", plain}).output.find("tscript run has an option"), std::string::npos)
+            << name;
+        ++options;
+    }
+    EXPECT_GE(options, 12);
+    support::writeFile(plain, head + "SELECT 1,\n");
+    expectCases(
+        {{{"lint", plain, "--json"}, 0, "\"line\": 4,\n      \"column\": 9,\n      \"word\": \",\"", ""},
+         {{"lint", temp / "none"}, 2, "", "is not a file"},
+         {{"new", "It's"}, 2, "", "cannot be a script's name"},
+         {{"new", "X", "--db", "Nope"}, 2, "", "Dorvas, NQ2"},
+         {{"new", "50%s *", "-o", temp / "new.txt"}, 0, "", "next: tscript lint"},
+         {{"new", "50%s *", "-o", temp / "new.txt"}, 2, "", "exists"},
+         {{"lint", temp / "new.txt"}, 0, "0 error(s), 0 warning(s), 2 placeholder(s)", ""}});
 }
 
 TEST_F(Installation, RepacksWithANewKey) {

@@ -33,10 +33,11 @@ Exit codes:
   130  interrupted)";
 
 constexpr void (*kAddCommands[])(CLI::App&, Action&) = {
-    addScriptCommands, addJournalCommands,  addPackCommand,    addInspectCommand,     addLintCommand,
-    addRepackCommand,  addDatabaseCommands, addKeyCommands,    addCredentialCommands, addSandboxCommands,
-    addSchemaCommands, addDoctorCommand,    addConfigCommands, addReportCommand,      addTidyCommand,
-    addEachCommand,    addMetricsCommand,
+    addScriptCommands,   addJournalCommands, addNewCommand,         addListCommand,     addDiffCommand,
+    addTestCommand,      addPackCommand,     addInspectCommand,     addLintCommand,     addRepackCommand,
+    addDatabaseCommands, addKeyCommands,     addCredentialCommands, addSandboxCommands, addSchemaCommands,
+    addDoctorCommand,    addConfigCommands,  addReportCommand,      addTidyCommand,     addEachCommand,
+    addMetricsCommand,
 };
 
 int reportFailure(ExitCode code, const std::string& what, const std::string& advice) {

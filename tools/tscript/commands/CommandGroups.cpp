@@ -13,8 +13,8 @@ struct Group {
 
 const Group kGroups[] = {
     {"Run scripts", {"run", "exec", "which", "help", "params"}},
-    {"See what ran", {"catalogue", "journal", "report", "metrics"}},
-    {"Write packages", {"lint", "pack", "inspect", "repack"}},
+    {"See what ran", {"list", "catalogue", "journal", "report", "metrics"}},
+    {"Write packages", {"new", "lint", "test", "pack", "inspect", "diff", "repack"}},
     {"Set up and repair", {"doctor", "tidy", "config", "key", "credentials", "schema", "db"}},
     {"Many installations", {"each"}},
     {"Try it out", {"sandbox"}},

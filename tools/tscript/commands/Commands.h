@@ -17,9 +17,13 @@ CLI::App* addCommand(CLI::App* family, Action& action, const char* name, const c
 
 void addScriptCommands(CLI::App& app, Action& action);           // run, help, exec, params
 void addJournalCommands(CLI::App& app, Action& action);          // catalogue, journal, which
+void addNewCommand(CLI::App& app, Action& action);               // new
 void addPackCommand(CLI::App& app, Action& action);              // pack
 void addInspectCommand(CLI::App& app, Action& action);           // inspect
 void addLintCommand(CLI::App& app, Action& action);              // lint
+void addListCommand(CLI::App& app, Action& action);              // list
+void addDiffCommand(CLI::App& app, Action& action);              // diff
+void addTestCommand(CLI::App& app, Action& action);              // test
 void addRepackCommand(CLI::App& app, Action& action);            // repack
 void addDatabaseCommands(CLI::App& app, Action& action);         // db …
 void addEachCommand(CLI::App& app, Action& action);              // each

@@ -12,8 +12,10 @@
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/TScriptRecords.h"
 #include "console/Console.h"
+#include "console/Outcome.h"
 #include "installation/Installation.h"
 #include "installation/StoreValues.h"
+#include "package/Parameters.h"
 #include "run/ToolTable.h"
 
 namespace {
@@ -106,6 +108,16 @@ void writeParameters(const Position& position) {
         writeCandidate(parameter.memberText("name") + "=", parameter.memberText("type"));
 }
 
+// Declared by the package that a run names.
+std::vector<Parameter> declaredParameters(const Position& position) {
+    if (position.level->get_name() != "run" || position.values.empty()) return {};
+    try {
+        return readParameters(packageFile(position.values.front()).string()).parameters;
+    } catch (const Failure&) {
+        return {};
+    }
+}
+
 void writeDatabases(const Position&) {
     for (const char* name : {"Dorvas", "NQ2", "WFEngine", "VTCloud", "HistoryDB"}) writeCandidate(name);
 }
@@ -124,6 +136,11 @@ void writeFiles(const Position&) {
     writeCandidate(":files");
 }
 
+void writePackagesAndFiles(const Position& position) {
+    writeFiles(position);
+    writePackages(position);
+}
+
 void writeFolders(const Position&) {
     writeCandidate(":folders");
 }
@@ -136,13 +153,14 @@ struct ValueSource {
 
 // In order: the first entry that matches applies. Values of other names have no candidates.
 constexpr ValueSource kSources[] = {
-    {"NAME", "get", writeValueNames},  {"NAME", "set", writeValueNames},
-    {"NAME", "exec", writeProcedures}, {"NAME", "params", writeProcedures},
-    {"NAME", "help", writeScripts},    {"NAME", "which", writeScripts},
-    {"NAME", nullptr, writePackages},  {"ARGS", nullptr, writeParameters},
-    {"DB", nullptr, writeDatabases},   {"KEY", nullptr, writeKeys},
-    {"FILE", nullptr, writeFiles},     {"PLAIN", nullptr, writeFiles},
-    {"PATH", nullptr, writeFiles},     {"DIR", nullptr, writeFolders},
+    {"NAME", "get", writeValueNames},      {"NAME", "set", writeValueNames},
+    {"NAME", "exec", writeProcedures},     {"NAME", "params", writeScripts},
+    {"NAME", "help", writeScripts},        {"NAME", "which", writeScripts},
+    {"NAME", nullptr, writePackages},      {"ARGS", nullptr, writeParameters},
+    {"DB", nullptr, writeDatabases},       {"KEY", nullptr, writeKeys},
+    {"A", nullptr, writePackagesAndFiles}, {"B", nullptr, writePackagesAndFiles},
+    {"FILE", nullptr, writeFiles},         {"PLAIN", nullptr, writeFiles},
+    {"PATH", nullptr, writeFiles},         {"DIR", nullptr, writeFolders},
 };
 
 // The usage lists the words of an option that takes few of them: "TEXT:{running,ok,failed}".
@@ -197,6 +215,15 @@ void write(const CLI::App& app, const std::vector<std::string>& words) {
     const auto store = position.given.find("store");
     if (store != position.given.end()) setenv("ZEPHRA_REGISTRY", store->second.c_str(), 1);
     if (position.option != nullptr) return writeValues(position, position.option->get_type_name());
+    const std::vector<Parameter> parameters = declaredParameters(position);
+    if (words.size() > 1 && words[words.size() - 2].compare(0, 2, "--") == 0)
+        if (const Parameter* parameter = findParameter(parameters, words[words.size() - 2].substr(2))) {
+            for (const std::string& value : valuesOf(*parameter))
+                writeCandidate(value, parameter->description);
+            return;
+        }
+    for (const Parameter& parameter : parameters)
+        writeCandidate("--" + parameter.name, parameter.description);
     if (!words.back().empty() && words.back().front() == '-') return writeOptions(position.level);
     writeCommands(*position.level);
     writeArgument(position);

@@ -9,6 +9,7 @@
 #include "console/JsonOutput.h"
 #include "installation/Installation.h"
 #include "package/Inspection.h"
+#include "package/ParameterListing.h"
 
 namespace {
 
@@ -29,14 +30,19 @@ std::string creationText(const PackageContent& content) {
     return GetTimeString(text.data(), static_cast<int>(text.size()), content.creationTime, false);
 }
 
-Json headerJson(const PackageContent& content) {
+std::string descriptionOf(const PackageContent& content, const std::vector<Parameter>& parameters) {
+    const std::string text = withoutLeadingBreaks(content.description);
+    return parameters.empty() ? text : withoutParameterLines(text);
+}
+
+Json headerJson(const PackageContent& content, const std::vector<Parameter>& parameters) {
     Json header;
     header["created"] = content.creationTime;
     header["site"] = content.plexumId;
     header["database"] = content.databaseName;
     header["guid"] = content.guid;
     header["developer"] = withoutLeadingBreaks(content.developerName);
-    header["description"] = withoutLeadingBreaks(content.description);
+    header["description"] = descriptionOf(content, parameters);
     return header;
 }
 
@@ -54,7 +60,9 @@ Json toJson(const InspectOptions& options, const Inspection& found) {
             {"name", found.seal->name}, {"version", found.seal->version}, {"signer", found.seal->signer}};
     if (!found.sealProblem.empty()) result["sealProblem"] = found.sealProblem;
     if (!found.isAuthentic()) return result;
-    result["header"] = headerJson(found.content);
+    const std::vector<Parameter> parameters = readParameters(options.file).parameters;
+    result["header"] = headerJson(found.content, parameters);
+    if (!parameters.empty()) result["parameters"] = parametersJson(parameters);
     result["usage"] = withoutLeadingBreaks(found.content.usage);
     result["bodyBytes"] = found.content.scriptBody.size();
     result["bodyLines"] = found.bodyLines;
@@ -101,7 +109,9 @@ void writeListing(const InspectOptions& options, const Inspection& found) {
     writeField("site", content.plexumId == 0 ? "any" : std::to_string(content.plexumId));
     writeField("guid", content.guid);
     writeField("developer", withoutLeadingBreaks(content.developerName));
-    writeField("description", withoutLeadingBreaks(content.description));
+    const std::vector<Parameter> parameters = readParameters(options.file).parameters;
+    writeField("description", descriptionOf(content, parameters));
+    writeField("parameters", parametersText(parameters));
     writeField("usage", withoutLeadingBreaks(content.usage));
     writeField("body", std::to_string(content.scriptBody.size()) + " bytes, " +
                            std::to_string(found.bodyLines) + " line(s), " +

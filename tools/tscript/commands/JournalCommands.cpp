@@ -20,6 +20,7 @@
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
 #include "journal/Records.h"
+#include "package/PackageNames.h"
 #include "run/FailureReport.h"
 #include "system/Interrupt.h"
 
@@ -164,14 +165,17 @@ void writeScript(const std::string& name, const Script& script, bool json) {
 ExitCode showScript(const RecordOptions& options) {
     checkScriptName(options.name);
     Script script;
-    findPackage(options.name, script);
+    const std::string name = packageNameInAnyCase(options.name);
+    findPackage(name, script);
     findProcedure(options.name, options.database, script);
     if (script.packageFile.empty() && !script.hasProcedure)
         throw Failure(ExitCode::kUsage,
                       "there is neither a package nor a stored-procedure script '" + options.name + "'",
-                      "tscript catalogue --name PATTERN lists what " + script.database +
+                      packageNameAdvice(options.name) +
+                          (packageNameAdvice(options.name).empty() ? "" : "\n") +
+                          "tscript catalogue --name PATTERN lists what " + script.database +
                           " has; packages are in " + scriptsFolder().string() + ".");
-    writeScript(options.name, script, options.json);
+    writeScript(name, script, options.json);
     return ExitCode::kDone;
 }
 

@@ -5,6 +5,7 @@
 #include "commands/Commands.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
+#include "package/ParameterListing.h"
 #include "package/PlainPackage.h"
 
 namespace {
@@ -29,6 +30,8 @@ Json listJson(const Findings& findings) {
     for (const PackageFinding& finding : findings) {
         Json entry;
         if (finding.line > 0) entry["line"] = finding.line;
+        if (finding.column > 0) entry["column"] = finding.column;
+        if (!finding.word.empty()) entry["word"] = finding.word;
         entry["text"] = finding.text;
         list.push_back(entry);
     }
@@ -49,6 +52,7 @@ ExitCode lint(const LintOptions& options) {
         result["errors"] = listJson(check.errors);
         result["warnings"] = listJson(warnings);
         result["placeholders"] = check.placeholders;
+        result["parameters"] = parametersJson(check.parameters);
         writeJson(result);
     } else {
         writeFindings(options, "error", check.errors);

@@ -1,4 +1,5 @@
 // Commands `run`, `exec`, `help` and `params`: tscripts by name.
+#include <strings.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -9,16 +10,22 @@
 #include <string_view>
 #include <utility>
 
+#include "DVUtilities/TScriptRecords.h"
 #include "commands/Commands.h"
 #include "commands/RecordOptions.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
+#include "console/NearestWord.h"
 #include "console/Terminal.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
+#include "package/PackageNames.h"
+#include "package/ParameterListing.h"
 #include "run/FailureReport.h"
 #include "run/FollowedOutput.h"
+#include "run/NamedValues.h"
 #include "run/ProcedureArguments.h"
+#include "run/RunCheck.h"
 #include "run/ScriptRun.h"
 #include "run/SqlPreview.h"
 #include "run/ToolTable.h"
@@ -26,6 +33,10 @@
 
 namespace {
 
+constexpr const char* kNamedValuesHelp =
+    "Behind NAME, --PARAMETER VALUE gives the value of a parameter that the package declares; tscript params "
+    "NAME lists them.";
+constexpr const char* kCompile = "compile";
 constexpr std::string_view kClosingLine = "\nTscript Execution Succeeded!";
 
 struct ScriptOptions {
@@ -35,6 +46,7 @@ struct ScriptOptions {
     std::string follow;                  // always, never; empty: at a terminal
     int timeout = 0;                     // seconds; 0: no limit
     const CLI::App* commands = nullptr;  // all commands of the tool
+    std::string check;                   // parse, compile; empty: run
     bool allowMissing = false;
     bool data = false;
     bool dryRun = false;
@@ -148,17 +160,6 @@ ExitCode runAndReport(const ScriptOptions& options, ScriptKind kind, Operation o
     return ExitCode::kDone;
 }
 
-ExitCode listParameters(const ScriptOptions& options) {
-    if (!options.json) return runAndReport(options, ScriptKind::kProcedure, Operation::kParameters);
-    ResultFile target(options.outputFile);
-    FollowedOutput followed(/*isWanted=*/false);
-    const RunResult result =
-        runScript(options.request, ScriptKind::kProcedure, Operation::kParameters, !options.quiet, followed);
-    if (!result.succeeded) throwRunFailure(options, result, target, followed);
-    target.write(jsonText(parseToolTable(result.output)));
-    return ExitCode::kDone;
-}
-
 // ---- Checks before a run -------------------------------------------------------------------------------
 
 // The library ignores surplus values and leaves placeholders without a value as they are.
@@ -183,15 +184,18 @@ std::optional<Failure> findObstacle(const ScriptOptions& options, const SqlPrevi
                    "Pack it again from its plain text: tscript pack");
 }
 
+void writeJsonOfObstacle(const ScriptOptions& options, const SqlPreview& preview, const Failure& obstacle) {
+    if (!options.json) return;
+    RunResult notRun;
+    notRun.database = preview.database;
+    ResultFile(options.outputFile).write(jsonText(jsonOf(options, notRun, &obstacle)));
+}
+
 // Throws Failure before anything runs if the package is empty or the values do not fit the placeholders.
 void requireRunnable(const ScriptOptions& options, const SqlPreview& preview) {
     const std::optional<Failure> obstacle = findObstacle(options, preview);
     if (!obstacle) return;
-    if (options.json) {
-        RunResult notRun;
-        notRun.database = preview.database;
-        ResultFile(options.outputFile).write(jsonText(jsonOf(options, notRun, &*obstacle)));
-    }
+    writeJsonOfObstacle(options, preview, *obstacle);
     throw *obstacle;
 }
 
@@ -226,15 +230,87 @@ ExitCode showSql(const ScriptOptions& options, const SqlPreview& preview) {
 
 // ---- Commands ------------------------------------------------------------------------------------------
 
-ExitCode runPackage(const ScriptOptions& options) {
+// The parameters that the package declares, if its placeholders are as many; others are text of an older
+// package.
+ParameterList declaredParameters(const ScriptOptions& options, const SqlPreview& preview) {
+    ParameterList declared = readParameters(packageFile(options.request.name).string());
+    if (declared.problem.empty() && !declared.parameters.empty() &&
+        declared.parameters.size() != preview.placeholders)
+        declared = {{}, "the header does not declare one for each placeholder"};
+    return declared;
+}
+
+[[noreturn]] void throwUndeclared(const ScriptOptions& options, const ParameterList& declared,
+                                  const std::string& name) {
+    const std::string nearest = nearestOption(*options.commands, "run", "--" + name);
+    throw Failure(ExitCode::kUsage,
+                  "the package declares no parameters, and there is no option --" + name +
+                      (declared.problem.empty() ? "" : "; " + declared.problem),
+                  nearest.empty() ? "Values follow -p." : "Did you mean " + nearest + "?");
+}
+
+// The options with the values of the declared parameters in the order of the placeholders.
+ScriptOptions withDeclaredValues(const ScriptOptions& given, const SqlPreview& preview) {
+    const std::vector<NamedValue> named = namedValues(furtherWords(*given.commands));
+    const ParameterList declared = declaredParameters(given, preview);
+    if (declared.parameters.empty() && !named.empty()) throwUndeclared(given, declared, named.front().name);
+    ScriptOptions options = given;
+    if (!declared.parameters.empty())
+        options.request.parameters =
+            valuesInOrder(declared.parameters, given.request.parameters, named, given.allowMissing);
+    checkRequest(options.request);
+    return options;
+}
+
+ScriptOptions withCheckedValues(const ScriptOptions& given, const SqlPreview& preview) {
+    try {
+        return withDeclaredValues(given, preview);
+    } catch (const Failure& failure) {
+        writeJsonOfObstacle(given, preview, failure);
+        throw;
+    }
+}
+
+ExitCode checkPackage(const ScriptOptions& options) {
+    const SqlPreview preview = previewPackage(options.request);
+    if (const std::optional<Failure> obstacle = findObstacle(options, preview)) throw *obstacle;
+    ResultFile target(options.outputFile);
+    const RunCheck check = checkRun(options.request, preview, options.check == kCompile);
+    target.write(options.json ? jsonText(check.json) : check.text);
+    if (check.failure) throw *check.failure;
+    return ExitCode::kDone;
+}
+
+// Finds the package in any case, and suggests a similar name for one that does not exist.
+ExitCode onPackage(const ScriptOptions& given, ExitCode (*work)(const ScriptOptions&)) {
+    ScriptOptions options = given;
+    options.request.name = packageNameInAnyCase(given.request.name);
+    try {
+        return work(options);
+    } catch (const Failure& failure) {
+        const std::string similar = packageNameAdvice(options.request.name);
+        if (similar.empty()) throw;
+        throw Failure(failure.code(), failure.what(),
+                      similar + (failure.advice().empty() ? "" : "\n" + failure.advice()));
+    }
+}
+
+ExitCode runFoundPackage(const ScriptOptions& given) {
+    const std::optional<SqlPreview> preview = peekPackage(given.request);
+    const ScriptOptions options = preview ? withCheckedValues(given, *preview) : given;
     if (options.dryRun) return showSql(options, previewPackage(options.request));
+    if (!options.check.empty()) return checkPackage(options);
     ScriptOptions run = options;
-    if (const std::optional<SqlPreview> preview = peekPackage(options.request)) {
+    if (preview) {
         requireRunnable(options, *preview);
         run.data = options.data || (preview->isXml && !options.outputFile.empty());
         run.request.lockDatabase = preview->database;
     }
     return runAndReport(run, ScriptKind::kPackage, Operation::kExecute);
+}
+
+ExitCode runPackage(const ScriptOptions& options) {
+    return onPackage(options, runFoundPackage);
 }
 
 // The request with the named values (-p) as T-SQL behind the arguments.
@@ -248,14 +324,58 @@ ScriptOptions withNamedArguments(const ScriptOptions& options) {
     return named;
 }
 
-ExitCode runProcedure(const ScriptOptions& given) {
+// The catalogue's procedure whose name is most similar; empty if there is none, or one of that name.
+std::string similarProcedure(const ScriptRequest& request) {
+    constexpr int kMostScripts = 1000;
+    TScriptRecords records;
+    std::vector<TScriptEntry_t> entries;
+    std::vector<std::string> names;
+    if (!records.open(request.database.c_str()) || !records.listScripts("", 0, kMostScripts, entries))
+        return {};
+    for (const TScriptEntry_t& entry : entries)
+        if ((entry.type & kTScriptPermanent) != 0) names.push_back(entry.name);
+    const std::string nearest = nearestWord(names, request.name);
+    return strcasecmp(nearest.c_str(), request.name.c_str()) == 0 ? std::string() : nearest;
+}
+
+ExitCode runFoundProcedure(const ScriptOptions& given) {
     const ScriptOptions options = withNamedArguments(given);
     if (options.dryRun) return showSql(options, previewProcedure(options.request));
     return runAndReport(options, ScriptKind::kProcedure, Operation::kExecute);
 }
 
+ExitCode runProcedure(const ScriptOptions& options) {
+    try {
+        return runFoundProcedure(options);
+    } catch (const Failure& failure) {
+        if (failure.code() != ExitCode::kUsage) throw;
+        const std::string similar = similarProcedure(options.request);
+        if (similar.empty()) throw;
+        throw Failure(failure.code(), failure.what(), "Did you mean " + similar + "?\n" + failure.advice());
+    }
+}
+
 bool isCommand(const ScriptOptions& options) {
     return hasCommand(*options.commands, options.request.name);
+}
+
+// Declared by the package of that name; empty if there is none, or if it cannot be read.
+std::vector<Parameter> parametersOfPackage(const ScriptOptions& options) {
+    const std::optional<SqlPreview> preview = peekPackage(options.request);
+    return preview ? declaredParameters(options, *preview).parameters : std::vector<Parameter>();
+}
+
+ExitCode showPackageUsage(const ScriptOptions& options) {
+    const std::vector<Parameter> parameters = parametersOfPackage(options);
+    if (parameters.empty()) return runAndReport(options, ScriptKind::kPackage, Operation::kHelp);
+    FollowedOutput unfollowed(/*isWanted=*/false);
+    const RunResult result =
+        runScript(options.request, ScriptKind::kPackage, Operation::kHelp, !options.quiet, unfollowed);
+    ResultFile target(options.outputFile);
+    if (!result.succeeded) throwRunFailure(options, result, target, unfollowed);
+    target.write(withoutParameterLines(result.output) + "\nParameters:\n" + parametersText(parameters) +
+                 "\n");
+    return ExitCode::kDone;
 }
 
 // Of the package with this name if there is one, else of the procedure.
@@ -263,13 +383,29 @@ ExitCode showUsage(const ScriptOptions& options) {
     std::error_code ignored;
     const bool isPackage = std::filesystem::exists(packageFile(options.request.name), ignored);
     try {
-        return runAndReport(options, isPackage ? ScriptKind::kPackage : ScriptKind::kProcedure,
-                            Operation::kHelp);
+        if (isPackage) return showPackageUsage(options);
+        return runAndReport(options, ScriptKind::kProcedure, Operation::kHelp);
     } catch (const Failure& failure) {
         if (failure.code() != ExitCode::kUsage || !isCommand(options)) throw;
         throw Failure(failure.code(), failure.what(),
                       "For the usage of the command: tscript " + options.request.name + " --help");
     }
+}
+
+// Of the package with this name if it declares any, else of the procedure.
+ExitCode listParameters(const ScriptOptions& options) {
+    ResultFile target(options.outputFile);
+    if (const std::vector<Parameter> parameters = parametersOfPackage(options); !parameters.empty()) {
+        target.write(options.json ? jsonText(parametersJson(parameters)) : parametersText(parameters) + "\n");
+        return ExitCode::kDone;
+    }
+    if (!options.json) return runAndReport(options, ScriptKind::kProcedure, Operation::kParameters);
+    FollowedOutput unfollowed(/*isWanted=*/false);
+    const RunResult result =
+        runScript(options.request, ScriptKind::kProcedure, Operation::kParameters, !options.quiet, unfollowed);
+    if (!result.succeeded) throwRunFailure(options, result, target, unfollowed);
+    target.write(jsonText(parseToolTable(result.output)));
+    return ExitCode::kDone;
 }
 
 ExitCode showCommands(const ScriptOptions& options) {
@@ -338,6 +474,12 @@ void addScriptCommands(CLI::App& app, Action& action) {
                   "A value for the next placeholder of the script; may be repeated", "VALUE");
     addFlag(run, "--allow-missing", options->allowMissing,
             "Accept more or fewer values than the script has placeholders");
+    acceptFurtherWords(run, kNamedValuesHelp);
+    addChoiceFlag(
+        run, "--check", options->check,
+        "Run nothing: check values, site and catalogue, and let the server parse every batch (parse), or "
+        "compile it as well (compile)",
+        {"parse", kCompile});
     addInput(run, options);
     addRunOptions(run, options);
     addOption(run, "--db", options->request.database,
@@ -349,7 +491,7 @@ void addScriptCommands(CLI::App& app, Action& action) {
             action = [options] {
                 if (options->request.name.empty()) return showCommands(*options);
                 checkRequest(options->request);
-                return showUsage(*options);
+                return onPackage(*options, showUsage);
             };
         });
     addOption(help, "NAME", options->request.name, "The script's name");
@@ -366,7 +508,9 @@ void addScriptCommands(CLI::App& app, Action& action) {
     addRunOptions(exec, options);
 
     CLI::App* params = addScriptCommand(
-        app, action, "params", "List the parameters of a stored-procedure script", options, listParameters);
+        app, action, "params",
+        "List the parameters of a package that declares them, or of a stored-procedure script", options,
+        listParameters);
     addDatabaseOption(params, options->request.database);
     addFlag(params, "--json", options->json, "Write JSON: one object per parameter");
 }

@@ -85,8 +85,13 @@ std::optional<int> CommandLine::parse(int argc, char** argv) {
     char** const lastWord = argv + argc;
     char** const mark = std::find(argv, lastWord, std::string_view("--"));
     if (mark != lastWord) g_trailingWords.assign(mark + 1, lastWord);
+    // Commands pass on what they do not know. Not set earlier, because they would inherit it.
+    m_app->allow_extras();
     try {
         m_app->parse(argc, argv);
+        const std::vector<std::string> unknown = m_app->remaining();
+        if (!unknown.empty() && !m_app->get_subcommands().front()->get_allow_extras())
+            throw CLI::ExtrasError(m_app->get_name(), unknown);
         return std::nullopt;
     } catch (const CLI::ParseError& end) {
         const std::string mistyped = describeUnknownCommand(*m_app, argc, argv);
@@ -112,6 +117,21 @@ CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
 
 std::string usageOf(const CLI::App& app) {
     return app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+}
+
+void acceptFurtherWords(CLI::App* command, const char* help) {
+    command->allow_extras()->footer(help);
+}
+
+std::vector<std::string> furtherWords(const CLI::App& app) {
+    return app.remaining();
+}
+
+std::string nearestOption(const CLI::App& app, const char* command, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_subcommand(command)->get_options())
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    return nearestWord(names, word);
 }
 
 bool hasCommand(const CLI::App& app, const std::string& name) {

@@ -35,6 +35,12 @@ CLI::App* addCommand(CLI::App* family, const char* name, const char* description
 // Adds a command that has only subcommands.
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description);
 std::string usageOf(const CLI::App& app);
+// Makes a command accept words that it does not know; `help` ends its usage and describes them.
+void acceptFurtherWords(CLI::App* command, const char* help);
+// Words of the parsed command line that its command does not know.
+std::vector<std::string> furtherWords(const CLI::App& app);
+// Returns the command's long option that is most similar to the word, with its hyphens; empty if none is.
+std::string nearestOption(const CLI::App& app, const char* command, const std::string& word);
 bool hasCommand(const CLI::App& app, const std::string& name);
 
 struct OptionRules {

@@ -1,6 +1,5 @@
 #include "package/PackageChecks.h"
 
-#include <strings.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -11,46 +10,21 @@
 #include <vector>
 
 #include "console/Outcome.h"
-#include "installation/Account.h"
 #include "installation/CheckList.h"
 #include "installation/Components.h"
 #include "installation/Installation.h"
 #include "package/Inspection.h"
+#include "package/SiteCheck.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* kSiteNumber = "SELECT number FROM dorvas..app_plexum WHERE id = 2";
-constexpr const char* kInstallationGuid =
-    "SELECT SettingValue FROM NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'";
 
 struct Fault {
     ExitCode code;
     std::string what;
     std::string advice;
     bool isUndecryptable = false;  // not one record belongs to the store's key
-};
-
-// Names by which packages are bound to an installation; read when the first bound package is found. Empty if
-// the database does not return them: the database's own finding then says why.
-class Site {
-  public:
-    const std::string& number() { return read(m_number, "Dorvas", kSiteNumber); }
-    const std::string& guid() { return read(m_guid, "NQ2", kInstallationGuid); }
-
-  private:
-    static const std::string& read(std::optional<std::string>& value, const char* database, const char* sql) {
-        if (value) return *value;
-        DBBase db(/*flag=*/false);
-        std::vector<std::string> rows;
-        const bool isRead =
-            openAccount(db, suiteDatabase(database)) && db.GetDBValueList(sql, rows, 1) && !rows.empty();
-        return value.emplace(isRead ? rows.front() : "");
-    }
-
-    std::optional<std::string> m_number;
-    std::optional<std::string> m_guid;
 };
 
 std::optional<Fault> contentFault(const Inspection& package) {
@@ -83,20 +57,6 @@ std::optional<Fault> databaseFault(const std::string& name) {
     }
 }
 
-std::optional<Fault> siteFault(const PackageContent& package, Site& site) {
-    if (package.plexumId != 0 && !site.number().empty() && site.number() != std::to_string(package.plexumId))
-        return Fault{
-            ExitCode::kRefused,
-            "is made for site " + std::to_string(package.plexumId) + "; this is site " + site.number(),
-            "Ask its developer for a package for this site, or delete it."};
-    if (!package.guid.empty() && strcasecmp(package.databaseName.c_str(), "NQ2") == 0 &&
-        !site.guid().empty() && site.guid() != package.guid)
-        return Fault{ExitCode::kRefused,
-                     "is made for the NQ2 database " + package.guid + "; this is " + site.guid(),
-                     "Ask its developer for a package for this database, or delete it."};
-    return std::nullopt;
-}
-
 // What a run refuses, and what lets others change a package.
 std::optional<Fault> fileFault(const fs::path& file) {
     struct stat status {};
@@ -116,8 +76,10 @@ std::optional<Fault> faultOf(const fs::path& file, Site& site, bool knowsCompone
         const Inspection package = inspectPackage(file.string());
         std::optional<Fault> fault = contentFault(package);
         if (!fault && knowsComponents) fault = databaseFault(package.content.databaseName);
-        if (!fault) fault = siteFault(package.content, site);
-        return fault;
+        if (fault) return fault;
+        const std::optional<SiteFault> foreign = siteFault(package.content, site);
+        return foreign ? std::optional(Fault{ExitCode::kRefused, foreign->what, foreign->advice})
+                       : std::nullopt;
     } catch (const Failure& failure) {
         return Fault{ExitCode::kInstallation, failure.what(), "Delete it, or let this user read it."};
     }

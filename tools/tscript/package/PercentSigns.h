@@ -9,6 +9,8 @@
 struct PackageFinding {
     std::size_t line = 0;  // from 1; 0: concerns the whole package
     std::string text;
+    std::size_t column = 0;  // in bytes, from 1; 0: concerns the whole line
+    std::string word{};      // at that column
 };
 
 // Reads the statements line by line as a run does: percent signs in block comments become blanks, those in
@@ -21,10 +23,10 @@ class PercentSigns {
     const std::vector<PackageFinding>& findings() const { return m_findings; }
 
   private:
-    enum class Context { kStatement, kString, kLineComment };
+    enum class Context { kStatement, kString, kName, kLineComment };
 
     std::size_t readPercentSigns(std::string_view line, std::size_t at, std::size_t number);
-    void addPlaceholder(std::size_t percentSigns, std::size_t number);
+    void addPlaceholder(std::size_t percentSigns, bool isPartOfWord, std::size_t number);
     void updateContext(char c, char next);
 
     std::vector<PackageFinding> m_findings;

@@ -10,11 +10,13 @@
 #include "console/TextWidth.h"
 #include "package/PackageFile.h"
 #include "package/PackageParser.h"
+#include "package/StatementCheck.h"
 
 namespace {
 
 constexpr std::uintmax_t kMostGiB = 1;
 constexpr std::size_t kMostFindings = 20;
+constexpr std::size_t kMostStatementBytes = std::size_t{16} << 20;
 constexpr std::size_t kPieceLength = 509;  // the package reader splits longer lines
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
@@ -88,7 +90,18 @@ class Checker {
                                           "the header line " +
                                               std::string(kToolVariablesLine)});
         m_findings.placeholders = m_percentSigns.placeholders();
+        const std::size_t declared = m_findings.parameters.size();
+        if (m_findings.errors.empty() && declared > 0 && declared != m_findings.placeholders)
+            m_findings.errors.push_back({0, std::to_string(declared) + " parameter(s) are declared, and " +
+                                                std::to_string(m_findings.placeholders) +
+                                                " placeholder(s) are in the script"});
         for (const PackageFinding& finding : m_percentSigns.findings()) m_findings.remarks.push_back(finding);
+        if (m_findings.errors.empty() && m_statementBytes > kMostStatementBytes) {
+            m_findings.remarks.push_back({0, "more than 16 MiB of statements; their syntax is not checked"});
+        } else if (m_findings.errors.empty()) {
+            for (PackageFinding& finding : checkStatements(m_statements))
+                m_findings.warnings.push_back(std::move(finding));
+        }
         return std::move(m_findings);
     }
 
@@ -106,6 +119,8 @@ class Checker {
             m_section = Section::kScript;
             m_markerSeen = true;
             m_hasStatements = false;
+            m_statements.clear();
+            m_statementBytes = 0;
             m_percentSigns = {};
         } else {
             return false;
@@ -122,6 +137,7 @@ class Checker {
         if (m_section == Section::kUsage) countQuotes(line);
         if (m_section == Section::kScript) {
             m_hasStatements = true;
+            addStatement(line);
             m_percentSigns.readLine(line, m_line);
             if (m_variableLine == 0 && line.find("$(") != line.npos) m_variableLine = m_line;
             if (line.size() % kPieceLength == 0)
@@ -129,6 +145,11 @@ class Checker {
         } else if (line.size() > kPieceLength) {
             warning("a line of more than 509 bytes is split");
         }
+    }
+
+    void addStatement(std::string_view line) {
+        m_statementBytes += line.size();
+        if (m_statementBytes <= kMostStatementBytes) m_statements.push_back({m_line, std::string(line)});
     }
 
     void countQuotes(std::string_view line) {
@@ -139,9 +160,11 @@ class Checker {
 
     // The loader uses the first key of the table that occurs anywhere in the line.
     void checkHeaderLine(std::string_view line) {
+        const bool isParameter = line.substr(0, kParameterKey.size()) == kParameterKey;
         for (const std::string_view key : kKeys) {
             const std::size_t at = line.find(key);
             if (at == line.npos) continue;
+            if (isParameter) error("\"" + std::string(key) + "\" in the line of a parameter counts as a key");
             if (at > 0) remark("\"" + std::string(key) + "\" counts as a key here too");
             return checkValue(key, line.substr(at + key.size()));
         }
@@ -149,8 +172,20 @@ class Checker {
             m_hasToolVariables = true;
             return;
         }
+        if (isParameter) return checkParameter(line.substr(kParameterKey.size()));
         if (const std::string_view key = keyOf(line); !key.empty())
             remark("the key \"" + std::string(key) + "\" is unknown; the line counts as text");
+    }
+
+    void checkParameter(std::string_view text) {
+        Parameter parameter;
+        std::string problem = parseParameter(text, parameter);
+        if (problem.empty() && findParameter(m_findings.parameters, parameter.name) != nullptr)
+            problem = "the name " + parameter.name + " is declared twice";
+        if (problem.empty() && isOptionOfRun(parameter.name))
+            problem = "tscript run has an option --" + parameter.name + "; choose another name";
+        if (!problem.empty()) return error("a parameter: " + problem);
+        m_findings.parameters.push_back(std::move(parameter));
     }
 
     void checkValue(std::string_view key, std::string_view value) {
@@ -158,6 +193,7 @@ class Checker {
             !isNumber(value))
             remark("the value of \"" + std::string(key) + "\" is not a number");
         if (key != kDatabaseKey || value.empty()) return;
+        m_findings.database = value;
         if (value.front() == ' ') {
             error("a blank after \"Database Name:\"; it would be part of the name");
         } else if (value.find('\r') == value.npos && !isDatabase(value)) {
@@ -175,6 +211,8 @@ class Checker {
     PackageCheck m_findings;
     PercentSigns m_percentSigns;
     Section m_section = Section::kNone;
+    std::vector<PackageLine> m_statements;  // the first kMostStatementBytes
+    std::size_t m_statementBytes = 0;
     bool m_headerSeen = false;
     bool m_usageSeen = false;
     bool m_markerSeen = false;
@@ -199,5 +237,8 @@ PackageCheck checkPlainPackage(const std::string& file) {
 }
 
 std::string textWithLine(const PackageFinding& finding) {
-    return finding.line == 0 ? finding.text : "line " + std::to_string(finding.line) + ": " + finding.text;
+    if (finding.line == 0) return finding.text;
+    std::string place = "line " + std::to_string(finding.line);
+    if (finding.column > 0) place += ", column " + std::to_string(finding.column);
+    return place + ": " + finding.text;
 }

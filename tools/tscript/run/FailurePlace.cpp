@@ -8,20 +8,17 @@
 #include <optional>
 #include <string_view>
 
-#include "package/StatementLines.h"
+#include "package/Batches.h"
 
 namespace {
 
-struct Batch {
-    std::size_t number;  // in the package, from 1
-    std::vector<StatementLine> lines;
+using Batch = PackageBatch;
 
-    bool contains(const std::string& word) const {
-        return std::any_of(lines.begin(), lines.end(), [&](const StatementLine& line) {
-            return strcasestr(line.text.c_str(), word.c_str()) != nullptr;
-        });
-    }
-};
+bool contains(const Batch& batch, const std::string& word) {
+    return std::any_of(batch.lines.begin(), batch.lines.end(), [&](const PackageLine& line) {
+        return strcasestr(line.text.c_str(), word.c_str()) != nullptr;
+    });
+}
 
 std::string_view trimmed(std::string_view line) {
     line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
@@ -30,29 +27,6 @@ std::string_view trimmed(std::string_view line) {
 
 bool startsWith(std::string_view line, std::string_view keyword) {
     return line.size() >= keyword.size() && strncasecmp(line.data(), keyword.data(), keyword.size()) == 0;
-}
-
-// True for "GO" and "GO 3".
-bool endsBatch(const std::string& line) {
-    const std::string_view text = trimmed(line);
-    return startsWith(text, "GO") && text.find_first_not_of(" \t0123456789", 2) == text.npos;
-}
-
-// The query tool executes such a line itself; the server does not count it.
-bool isToolCommand(const std::string& line) {
-    return line.front() == ':';
-}
-
-std::vector<Batch> batchesOf(const std::string& packageFile) {
-    std::vector<Batch> batches{{1, {}}};
-    for (StatementLine& statement : statementLines(packageFile)) {
-        if (endsBatch(statement.text)) {
-            if (!batches.back().lines.empty()) batches.push_back({batches.back().number + 1, {}});
-        } else if (!isToolCommand(statement.text)) {
-            batches.back().lines.push_back(std::move(statement));
-        }
-    }
-    return batches;
 }
 
 // ---- What a run shows about the batch that failed ------------------------------------------------------
@@ -79,13 +53,13 @@ void narrowByMessage(Batches& batches, const RunTraces& traces) {
             std::find(traces.values.begin(), traces.values.end(), word) != traces.values.end();
         if (!word.empty())
             keepIfAny(batches, [&](const Batch& batch) {
-                return batch.contains(word) || (isValue && batch.contains("%s"));
+                return contains(batch, word) || (isValue && contains(batch, "%s"));
             });
     }
 }
 
 // The text of "PRINT 'text'"; empty for any other line.
-std::string printedBy(const StatementLine& line) {
+std::string printedBy(const PackageLine& line) {
     constexpr std::string_view kPrint = "PRINT '";
     const std::string_view text = trimmed(line.text);
     if (!startsWith(text, kPrint)) return {};
@@ -104,9 +78,9 @@ void narrowByPrints(Batches& batches, const std::vector<Batch>& all, const RunTr
     std::size_t first = 1;
     std::size_t last = all.size();
     for (const Batch& batch : all) {
-        for (const StatementLine& line : batch.lines) {
+        for (const PackageLine& line : batch.lines) {
             const std::string text = printedBy(line);
-            const auto prints = [&](const Batch& other) { return other.contains("'" + text + "'"); };
+            const auto prints = [&](const Batch& other) { return contains(other, "'" + text + "'"); };
             if (text.empty() || std::count_if(all.begin(), all.end(), prints) != 1) continue;
             if (hasLine(traces.output, text))
                 first = std::max(first, batch.number);
@@ -119,7 +93,7 @@ void narrowByPrints(Batches& batches, const std::vector<Batch>& all, const RunTr
 
 // Number of counts, "(1 rows affected)", that a line's statement prints; nothing where that is not plain from
 // the line.
-std::optional<int> countsOf(const StatementLine& line) {
+std::optional<int> countsOf(const PackageLine& line) {
     const std::string_view text = trimmed(line.text);
     const auto isOneOf = [&](std::initializer_list<const char*> keywords) {
         return std::any_of(keywords.begin(), keywords.end(),
@@ -171,7 +145,7 @@ void narrowByCounts(Batches& batches, const std::vector<Batch>& all, int failedL
 std::vector<FailurePlace> possiblePlaces(const std::string& packageFile, int line, const RunTraces& traces) {
     const auto hasLineBreak = [](const std::string& value) { return value.find('\n') != value.npos; };
     if (line < 1 || std::any_of(traces.values.begin(), traces.values.end(), hasLineBreak)) return {};
-    const std::vector<Batch> all = batchesOf(packageFile);
+    const std::vector<Batch> all = divideStatements(statementLines(packageFile)).batches;
     const auto index = static_cast<std::size_t>(line) - 1;
     Batches batches;
     for (const Batch& batch : all)

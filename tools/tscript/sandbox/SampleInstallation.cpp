@@ -32,7 +32,7 @@ void loadSchema(const SandboxFolder& folder, int port, const Secret& password) {
 
 void packSamples(const SandboxFolder& folder) {
     for (const fs::directory_entry& plain : fs::directory_iterator(sampleFolder() / "packages"))
-        packFile(plain.path(), folder.scripts() / (plain.path().stem().string() + ".sql"),
+        if (plain.path().extension() == ".txt") packFile(plain.path(), folder.scripts() / (plain.path().stem().string() + ".sql"),
                  /*options=*/{});
 }
 
