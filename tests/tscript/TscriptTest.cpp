@@ -458,6 +458,113 @@ TEST_F(Installation, ChecksARunWithoutRunningIt) {
     expectAll({{{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted 54 event(s)", ""}});
 }
 
+TEST_F(Installation, ListsAndComparesScripts) {
+    pack("Typed",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\nDescription:Prints.\nParameter:a int 3\nParameter:b bit\n"
+         "#START_SCRIPT#\nPRINT '%s'\nPRINT '%s'\n");
+    const fs::path plain = m_temp / "Typed.txt";
+    const fs::path scripts = folder / "Scripts";
+    expectAll({
+        {{"list"}, 0, "Typed\tpackage\tDorvas\tany\tsealed\t", ""},
+        {{"list"}, 0, "\t[a] b\tPrints.", ""},
+        {{"list"}, 0, "tsEventSummary\tprocedure\tDorvas\t", ""},
+        {{"run", "tYPED", "--b", "1"}, 0, "3\n1\n", ""},
+        {{"list", "--name", "t?ped"}, 0, " ok\t[a] b\t", ""},
+        {{"list", "--json", "--name", "Typed"}, 0, "\"status\":\"ok\"", ""},
+        {{"list", "--name", "'%[x"}, 0, "", ""},
+        {{"list", "--name", std::string(300, 'x')}, 2, "", "longer than 256"},
+        {{"which", "typed"}, 0, "name      Typed", ""},
+        {{"help", "typed"}, 0, "--a int", ""},
+        {{"run", "Tyepd"}, 3, "", "Did you mean Typed?"},
+        {{"which", "Tyepd"}, 2, "", "Did you mean Typed?"},
+        {{"exec", "tsEventSumary"}, 2, "", "Did you mean tsEventSummary?"},
+        {{"diff", "Typed", plain}, 0, "", ""},
+        {{"diff", "typed", "PurgeEvents"}, 1, "-Parameter:a int 3\n", ""},
+        {{"diff", "Tpyed", plain}, 2, "", "Did you mean Typed?"},
+        {{"diff", store(), plain}, 3, "", "neither a plain text nor an authentic package"},
+        {{"diff", "../x", plain}, 2, "", "cannot be a script's name"},
+    });
+    support::writeFile(
+        plain, "#START_OPTIONS#\n\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT '%s'\nPRINT '%s'\nGO\n");
+    expectAll(
+        {{{"diff", "Typed", plain},
+          1,
+          "@@ line 1 @@\n #START_OPTIONS#\n Database Name:Dorvas\n-Description:Prints.\n-Parameter:a int 3\n"
+          "-Parameter:b bit\n #START_SCRIPT#\n PRINT '%s'\n PRINT '%s'\n+GO\n",
+          ""}});
+    fs::copy_file(scripts / "Typed.sql", scripts / "TYPED.sql");  // sealed under another name
+    support::writeFile(scripts / "Bad 'x'\n.sql", "x\n");
+    expectAll({{{"list", "--packages"}, 0, "TYPED\tpackage\t\t\tnot authentic\t", ""},
+               {{"list", "--packages"}, 0, "Bad 'x' \tpackage\t", ""},
+               {{"run", "tyPED", "--b", "1"}, 3, "", "there is no package"},  // two fit
+               {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
+               {{"list"}, 4, "Typed\tpackage\tDorvas\tany\tsealed\t", ""}});
+}
+
+class SamplePackage : public testing::TestWithParam<const char*> {};
+
+TEST_P(SamplePackage, MeetsItsExpectations) {
+    const fs::path packages =
+        fs::path(TSCRIPT_PROGRAM).parent_path() / "../share/dvutilities/installation/packages";
+    expectCases({{{"test", packages / (std::string(GetParam()) + ".txt")}, 0, " test(s), 0 failed\n", ""}});
+}
+INSTANTIATE_TEST_SUITE_P(Tscript, SamplePackage,
+                         testing::Values("CloseAuditPeriods", "EventReport", "NQCleanup", "PurgeEvents",
+                                         "SiteInventory"));
+
+TEST(CommandLine, TestsPackagesAgainstExpectations) {
+    const support::TempDir temp;
+    const fs::path plain = temp / "It.txt";
+    const fs::path expectations = temp / "It.test";
+    support::writeFile(plain,
+                       "#START_OPTIONS#\nDatabase Name:NQ2\nParameter:a int\n#START_SCRIPT#\nPRINT '<%s>'\n");
+    const struct {
+        std::string text;
+        const char* errors;
+    } malformed[] = {
+        {"", "It.test has no test"},
+        {"value: 1\n", "line 1: the first line is test: NAME"},
+        {"test: a\nvalue 1\n", "line 2: a line is KEY: VALUE"},
+        {"test: a\nvalues: 1\n", "line 2: the key 'values' is unknown"},
+        {"test:\n", "line 1: a test has a name"},
+        {"test: a\n# x\n\ntest: a\n", "line 4: a second test of that name"},
+        {"test: a\nexit: 256\n", "line 2: an exit code is a number from 0 to 255"},
+        {"test: a\nexit: x\n", "line 2: an exit code"},
+        {"test: a\nparameter: x\n", "line 2: a parameter is NAME=VALUE"},
+        {"test: a\nrow: 1\n", "line 2: a row follows its query"},
+        {"test: a\r\n", "line 1: text is UTF-8 without carriage returns"},
+        {"test: \xFF\n", "line 1: text is UTF-8"},
+        {"test: a\nsetup: SELEC 1\n", "Could not find stored procedure 'SELEC'"},
+    };
+    for (const auto& c : malformed) {
+        support::writeFile(expectations, c.text);
+        expectCases({{{"test", plain}, 2, "", c.errors}});
+    }
+    support::writeFile(expectations,
+                       "test: <fails> # here\nvalue: 7\noutput: <8>\nabsent: <7\nquery: SELECT 1 AS a, NULL "
+                       "AS b, 'x,y' AS c\n"
+                       "row: 2\ntest: refuses # x\nparameter: a=x\nexit: 2\nerror: is no int\n");
+    const std::string fault = "SELECT 1 AS a, NULL AS b, 'x,y' AS c: 1,,\"x,y\", expected 2";
+    expectCases({
+        {{"test", plain},
+         1,
+         "        the output has no line '<8>'\n        the output contains '<7'\n        " + fault +
+             "\npassed  refuses",
+         ""},
+        {{"test", plain, "--only", "refuses # x", "--format", "tap"},
+         0,
+         "1..1\n# It\nok 1 - refuses   x\n",
+         ""},
+        {{"test", plain, "--only", "<fails> # here", "--format", "junit"},
+         1,
+         "<failure message=\"the output has no line &#39;&lt;8&gt;&#39;\">\n",
+         ""},
+        {{"test", plain, "--only", "x"}, 2, "", "has no test 'x'"},
+        {{"test", plain, "--expect", temp / "none"}, 2, "", "is not a file"},
+        {{"test", temp / "none.txt"}, 2, "", "is not a file"},
+    });
+}
+
 TEST_F(Installation, InspectsPackages) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
     const std::string body = "--" + std::string(600, 'x') + "\nPRINT '%s 5%% %s'\nPRINT '%s'\n";

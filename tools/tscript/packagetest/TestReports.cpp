@@ -21,6 +21,17 @@ std::string inOneLine(const std::string& text) {
     return withoutControls(text);
 }
 
+// With its line breaks, which escaped() replaces.
+std::string escapedLines(const std::string& text) {
+    std::string lines;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        lines += escaped(text.substr(at, end - at)) + "\n";
+        at = end + 1;
+    }
+    return lines;
+}
+
 long failuresOf(const std::vector<TestResult>& results) {
     return std::count_if(results.begin(), results.end(),
                          [](const TestResult& result) { return !result.passed(); });
@@ -58,9 +69,12 @@ std::string junitReport(const std::string& package, const std::vector<TestResult
     for (const TestResult& result : results) {
         text += "<testcase classname=\"" + escaped(package) + "\" name=\"" + escaped(result.name) +
                 "\" time=\"" + secondsText(result.seconds) + "\">\n";
-        for (const std::string& fault : result.faults)
-            text += "<failure message=\"" + escaped(inOneLine(fault)) + "\"/>\n";
-        if (!result.output.empty()) text += "<system-out>" + escaped(result.output) + "</system-out>\n";
+        if (!result.passed()) {
+            text += "<failure message=\"" + escaped(inOneLine(result.faults.front())) + "\">\n";
+            for (const std::string& fault : result.faults) text += escaped(inOneLine(fault)) + "\n";
+            text += "</failure>\n";
+        }
+        if (!result.output.empty()) text += "<system-out>" + escapedLines(result.output) + "</system-out>\n";
         text += "</testcase>\n";
     }
     return text + "</testsuite>\n</testsuites>\n";
