@@ -9,7 +9,7 @@
 #include "backup/BackupFile.h"
 #include "backup/ServerScript.h"
 #include "commands/Commands.h"
-#include "commands/LastBackup.h"
+#include "backup/LastBackup.h"
 #include "console/Confirmation.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"

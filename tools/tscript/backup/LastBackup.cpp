@@ -1,4 +1,4 @@
-#include "commands/LastBackup.h"
+#include "backup/LastBackup.h"
 
 #include <strings.h>
 
