@@ -505,6 +505,37 @@ TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
     EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
 }
 
+// The journal is in another database than the table for which one script waits.
+TEST_F(Faults, TheWatchNamesWhatBlocksAScript) {
+    const std::string update = "UPDATE nq2..NQSetting SET SettingName = SettingName\n";
+    const std::string begin = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
+    pack("Holder", begin + "BEGIN TRANSACTION\n" + update + "WAITFOR DELAY '01:00:00'\n");
+    pack("Waiter", begin + "WHILE 1 = 1 BEGIN TRY\n" + update + "END TRY BEGIN CATCH END CATCH\n");
+    const support::Descriptor output = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const auto start = [&](const char* script, const std::string& seen) {
+        const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", script}, options,
+                                         {output.get(), output.get(), output.get()});
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        std::string watched;
+        while (watched.find(seen) == std::string::npos && std::chrono::steady_clock::now() < end)
+            watched = run({"journal", "--watch"}).output;
+        EXPECT_NE(watched.find(seen), std::string::npos) << watched;
+        return pid;
+    };
+    const pid_t holder = start("Holder", "\tHolder\t");
+    const pid_t waiter = start("Waiter", "\tsuspended, LCK_M_X\t");
+    expectAll({{{"journal", "--watch", "--name", "Wait*", "--json"}, 0, "(sa, SQLCMD, ", ""},
+               {{"journal", "--watch", "--name", "None"}, 0, "", ""}});
+    int exitCode = -1;
+    for (const pid_t pid : {waiter, holder}) {
+        kill(pid, SIGTERM);
+        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    }
+    EXPECT_EQ(run({"journal", "--watch"}).output, "");
+}
+
 // The query tool ends with a command that was stopped: it waits for a pipe that nobody fills.
 TEST_F(Faults, AStoppedRestoreEndsTheQueryTool) {
     const fs::path backup = folder / "backups" / "pipe";

@@ -10,7 +10,7 @@ namespace {
 
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
 //   $o, $c  tables of the catalogue    $d  name of the database     $L  list of databases (name, id)
-//   $T      list of types (type)       $C  name of the collation
+//   $T      list of types (type)       $C  name of the collation    $S  list of sessions
 //   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
@@ -113,6 +113,17 @@ $TYPE; is_output bit = c.output)",
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
+    {"sys", "dm_exec_sessions",
+     R"(session_id smallint = s.id; login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch',
+'localtime'); host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program; login_name
+nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'running', 'sleeping'); database_id smallint =
+s.db; is_user_process bit = 1)",
+     "$S s"},
+    {"sys", "dm_exec_requests",
+     R"(session_id smallint = s.id; status nvarchar(30) = iif(s.waits, 'suspended', 'running'); database_id
+smallint = s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blocking_session_id smallint =
+s.blocker)",
+     "$S s WHERE s.running"},
     {"INFORMATION_SCHEMA", "TABLES",
      "$TABLE; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
      "$o o WHERE o.type IN ('U', 'V')"},
@@ -176,6 +187,29 @@ std::string databaseList(const Storage& storage) {
     return "(" + rows + ")";
 }
 
+// Query for the list of sessions ($S). A session that waits is blocked by one with a transaction, if any.
+std::string sessionList(const Storage& storage) {
+    constexpr std::chrono::seconds kLongestLook{1};  // between two looks at a lock
+    const auto entries = storage.withSessions([](const auto& all) { return all; });
+    const auto now = std::chrono::system_clock::now();
+    std::string rows;
+    for (const auto& [id, entry] : entries) {
+        const bool waits = entry.isRunning && now - entry.waited < kLongestLook;
+        const auto blocks = [&, own = id, &database = entry.database](const auto& other) {
+            return other.first != own && other.second.hasTransaction && other.second.database == database;
+        };
+        const auto blocker = std::find_if(entries.begin(), entries.end(), blocks);
+        const double begin = std::chrono::duration<double>(entry.begin.time_since_epoch()).count();
+        rows += (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(id) + " AS id, " +
+                std::to_string(begin) + " AS begin, " + quotedText(entry.host) + " AS host, " +
+                quotedText(entry.program) + " AS program, " + quotedText(entry.login) + " AS login, " +
+                std::to_string(entry.isRunning) + " AS running, " + std::to_string(waits) + " AS waits, " +
+                std::to_string(databaseId(storage, entry.database).value_or(0)) + " AS db, " +
+                std::to_string(waits && blocker != entries.end() ? blocker->first : 0) + " AS blocker";
+    }
+    return "(" + rows + ")";
+}
+
 // Query for the list of types ($T), each type with its maximum size.
 std::string typeList() {
     std::string rows;
@@ -201,6 +235,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         SystemView found = read(view);
         replaceAll(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
         replaceAll(found.sql, "$T", typeList());
+        if (found.sql.find("$S") != std::string::npos) replaceAll(found.sql, "$S", sessionList(storage));
         const bool temporary = sameWord(database, "tempdb");
         const std::string objects = std::string(sqliteSchema) + ".tsqlbox_objects";
         const std::string columns = std::string(sqliteSchema) + ".tsqlbox_columns";

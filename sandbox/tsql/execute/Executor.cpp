@@ -129,9 +129,17 @@ Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string
     m_database = storage.canonicalName(database);
     if (m_database.empty()) throw sqlError(message::kCannotOpenDatabase, {database});
     m_connection.attach(m_database);
+    m_connection.onWait([this] {
+        changeEntry([](SessionEntry& entry) { entry.waited = std::chrono::system_clock::now(); });
+    });
+    changeEntry([this](SessionEntry& entry) {
+        entry = {m_client.login, m_client.host, m_client.program, m_database,
+                 std::chrono::system_clock::now()};
+    });
 }
 
 Executor::~Executor() {
+    m_storage.withSessions([this](auto& entries) { entries.erase(m_spid); });
     m_locks.releaseAll(this);
 }
 
@@ -140,6 +148,7 @@ template <typename Work>
 RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
     const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
     RequestEnd end = RequestEnd::Whole;
+    changeEntry([](SessionEntry& entry) { entry.isRunning = true; });
     try {
         work();
     } catch (const SyntaxError& error) {
@@ -163,6 +172,11 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
     frame.temporary.clear();  // #tables of a batch belong to the session
     dropTemporaryTables(frame);
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
+    changeEntry([this](SessionEntry& entry) {
+        entry.isRunning = false;
+        entry.database = m_database;
+        entry.hasTransaction = m_connection.inTransaction();
+    });
     return end;
 }
 

@@ -96,6 +96,10 @@ class Executor final : public NameResolver, public FunctionSession {
     const std::string& clientHost() const override { return m_client.host; }
     const std::string& clientProgram() const override { return m_client.program; }
 
+    template <typename Change>
+    void changeEntry(Change change) {
+        m_storage.withSessions([&](auto& entries) { change(entries[m_spid]); });
+    }
     bool isCancelled() const { return m_sink && m_sink->cancelled(); }
 
   private:

@@ -21,6 +21,7 @@ void Executor::beforeWrite() {
     m_connection.run(std::string("SAVEPOINT ").append(kBegin));
     m_givenIdentities.clear();
     m_begun = true;
+    changeEntry([](SessionEntry& entry) { entry.hasTransaction = true; });
 }
 
 // Locks the database that a statement changes, before its names are looked up: after the transaction has read

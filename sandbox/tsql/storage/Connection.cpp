@@ -101,6 +101,7 @@ int Connection::waitForLock(void* self, int tries) {
     auto& connection = *static_cast<Connection*>(self);
     const auto now = std::chrono::steady_clock::now();
     if (tries == 0) connection.m_waitEnds = now + connection.m_lockTimeout;
+    if (connection.m_noteWait) connection.m_noteWait();
     if (now >= connection.m_waitEnds || connection.m_cancelled()) return false;
     std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestPause));
     return true;

@@ -61,6 +61,8 @@ class Connection {
     sqlite3* handle() { return m_handle.get(); }
     // Time limit of waiting for a lock. A negative one restores the default, 10 s.
     void setLockTimeout(std::chrono::milliseconds timeout);
+    // Calls `note` while a statement waits for a lock.
+    void onWait(std::function<void()> note) { m_noteWait = std::move(note); }
     bool inTransaction() { return sqlite3_get_autocommit(handle()) == 0; }
 
     // Attaches the database unless it is attached, and returns the quoted name of its schema. Throws SqlError
@@ -92,6 +94,7 @@ class Connection {
 
     Storage& m_storage;
     std::function<bool()> m_cancelled;
+    std::function<void()> m_noteWait;
     std::chrono::milliseconds m_lockTimeout{};
     std::chrono::steady_clock::time_point m_waitEnds;
     SqliteConnection m_handle;

@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -26,6 +27,13 @@ SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mo
 void execute(sqlite3* connection, const std::string& sql);
 
 std::string databaseKey(std::string_view name);  // names with equal keys are one database
+
+// A session as sys.dm_exec_sessions and sys.dm_exec_requests show it.
+struct SessionEntry {
+    std::string login, host, program, database;
+    std::chrono::system_clock::time_point begin, waited{};  // newest look at a lock that another one holds
+    bool isRunning = false, hasTransaction = false;         // the latter may hold the database's write lock
+};
 
 // The databases of a server. Thread-safe.
 class Storage {
@@ -55,11 +63,18 @@ class Storage {
     // be neither dropped nor restored.
     void use(const std::string& key, int change);
     int uses(const std::string& key) const;
+    // Passes the sessions by id.
+    template <typename Work>
+    auto withSessions(Work work) const {
+        const std::lock_guard guard(m_mutex);
+        return work(m_sessions);
+    }
 
   private:
     std::filesystem::path m_directory;
     mutable std::mutex m_mutex;
     std::map<std::string, int> m_uses;
+    mutable std::map<int, SessionEntry> m_sessions;
 };
 
 }  // namespace tsql

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "backup/ServerScript.h"
+#include "installation/ServerQuery.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "backup/ServerScript.h"
 #include "console/Console.h"
 #include "console/Times.h"
+#include "installation/ServerQuery.h"
 
 namespace {
 
@@ -101,8 +102,8 @@ void TestDatabase::restore(const BackupSet& backup) {
 }
 
 void TestDatabase::check() {
-    const ServerReply reply = runOnServer(
-        m_db, "DBCC CHECKDB (" + sqlName(m_test.name) + ") WITH NO_INFOMSGS, ALL_ERRORMSGS", {});
+    const ServerReply reply =
+        runOnServer(m_db, "DBCC CHECKDB (" + sqlName(m_test.name) + ") WITH NO_INFOMSGS, ALL_ERRORMSGS", {});
     if (!reply.succeeded) throwRefused("the restored database has faults", reply);
 }
 

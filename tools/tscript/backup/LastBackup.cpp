@@ -18,6 +18,7 @@
 #include "console/MetricsText.h"
 #include "console/TextWidth.h"
 #include "console/Times.h"
+#include "installation/ServerQuery.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 #include <fstream>
 #include <string_view>
 
-#include "installation/Account.h"
 #include "installation/Installation.h"
 #include "system/ScratchFile.h"
 
@@ -12,17 +11,6 @@ namespace {
 
 constexpr std::size_t kLongestPath = 900;  // the library's path buffers hold 1,024 bytes
 constexpr std::size_t kLongestDatabaseName = 128;
-constexpr char kSeparator = '\x12';  // of the columns of a row text
-
-std::vector<std::string> columnsOf(std::string_view row, std::size_t number) {
-    std::vector<std::string> values;
-    while (values.size() < number) {
-        const std::size_t end = row.find(kSeparator);
-        values.emplace_back(row.substr(0, end));
-        row = end == row.npos ? std::string_view() : row.substr(end + 1);
-    }
-    return values;
-}
 
 std::string withDoubled(std::string_view text, char quote) {
     std::string doubled;
@@ -40,25 +28,7 @@ void checkSqlText(const std::string& what, const std::string& text, std::size_t 
                       what + " must not be empty or hold quotes, percent signs or control characters");
 }
 
-std::string withCauses(std::string what, const DBBase& db) {
-    std::vector<DVUCause_t> causes;
-    DVU_GetCauses(db, causes);
-    for (const DVUCause_t& cause : causes) what += "\n" + cause.text;
-    return what;
-}
-
 }  // namespace
-
-void connectToServer(DBBase& db, const std::string& account) {
-    requireStore();
-    if (!openAccount(db, suiteDatabase(account))) throw diagnoseDatabase(account).failure();
-}
-
-void throwQueryFailure(const DBBase& db) {
-    requireQueryTool();
-    throw Failure(ExitCode::kScriptFailed, withCauses(db.getErrorMsg(), db),
-                  "See the server's message in " + sessionLogFile().string() + ".");
-}
 
 void checkServerName(const std::string& what, const std::string& name) {
     checkSqlText(what, name, kLongestDatabaseName);
@@ -83,15 +53,6 @@ ServerReply runOnServer(DBBase& db, const std::string& sql, const std::string& a
                                /*errorLevel=*/false);
     });
     return {succeeded, output.content()};
-}
-
-std::vector<std::vector<std::string>> rowsOf(DBBase& db, const std::string& sql, int columns) {
-    std::vector<std::string> texts;
-    if (!db.GetDBValueList(sql.c_str(), texts, columns))
-        throw Failure(ExitCode::kScriptFailed, withCauses("the query failed", db));
-    std::vector<std::vector<std::string>> rows;
-    for (const std::string& text : texts) rows.push_back(columnsOf(text, static_cast<std::size_t>(columns)));
-    return rows;
 }
 
 std::string sqlName(const std::string& name) {

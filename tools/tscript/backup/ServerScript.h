@@ -1,4 +1,4 @@
-// Connection to a server, and T-SQL that maintains its databases.
+// T-SQL that maintains a server's databases.
 #pragma once
 
 #include <string>
@@ -9,11 +9,6 @@
 #include "DVUtilities/Diagnostics.h"
 #include "installation/Diagnosis.h"
 #include "system/Interrupt.h"
-
-// Connects with the login of a suite database. Throws Failure with the diagnosis.
-void connectToServer(DBBase& db, const std::string& account);
-// Throws Failure (kScriptFailed) with the causes of the last operation.
-[[noreturn]] void throwQueryFailure(const DBBase& db);
 
 // Both throw Failure (kUsage) for a name, or a path on the server's host, that is empty, too long or has
 // quotes, percent signs or control characters: the library inserts it into T-SQL without quoting.
@@ -43,10 +38,6 @@ struct ServerReply {
 // Runs statements in the database master. The query tool reads them from a file: on its command line they
 // would be truncated. Throws Failure with `advice` if it was interrupted.
 ServerReply runOnServer(DBBase& db, const std::string& sql, const std::string& advice);
-
-// Returns the rows of a query over the direct connection, each with `columns` strings; NULL is empty. Throws
-// Failure (kScriptFailed) with SQL Server's message.
-std::vector<std::vector<std::string>> rowsOf(DBBase& db, const std::string& sql, int columns);
 
 std::string sqlName(const std::string& name);     // [name]
 std::string sqlLiteral(const std::string& text);  // N'text'

@@ -7,13 +7,14 @@
 
 #include "DVUtilities/DBBase.h"
 #include "backup/BackupFile.h"
+#include "backup/LastBackup.h"
 #include "backup/ServerScript.h"
 #include "commands/Commands.h"
-#include "backup/LastBackup.h"
 #include "console/Confirmation.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
 #include "installation/Installation.h"
+#include "installation/ServerQuery.h"
 
 namespace {
 

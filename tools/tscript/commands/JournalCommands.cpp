@@ -209,6 +209,10 @@ void addRunCommands(CLI::App& app, Action& action, const Options& options) {
     addFilters(journal, *options);
     addNumber(journal, "--last", options->last, "The newest N of these runs; 0 for all",
               {.type = "N", .least = 0, .most = kMostRows});
+    addFlag(
+        journal, "--watch", options->watch,
+        "Show the running scripts, their sessions on the server and what blocks them; on a terminal until "
+        "Ctrl-C");
 
     CLI::App* show =
         addListing(*journal, action, "show", "Show one run, with its run record", options, showRun);

@@ -18,6 +18,7 @@
 #include "console/Listing.h"
 #include "console/Times.h"
 #include "journal/Records.h"
+#include "journal/RunWatch.h"
 
 namespace {
 
@@ -200,6 +201,14 @@ void follow(SelectedRuns& selected, Follower& follower, RunWriter& writer) {
 }  // namespace
 
 ExitCode listRuns(const RecordOptions& options) {
+    if (options.watch) {
+        checkPattern(options.name);
+        watchRuns({.database = options.database,
+                   .pattern = options.name,
+                   .staleHours = options.staleHours,
+                   .json = options.json});
+        return ExitCode::kDone;
+    }
     writeRuns(options, options.last, options.json ? Format::kJson : Format::kTable);
     return ExitCode::kDone;
 }

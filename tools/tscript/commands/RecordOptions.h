@@ -16,6 +16,7 @@ struct RecordOptions {
     int last = 50;
     int tail = 10;
     bool follow = false;
+    bool watch = false;
     bool csv = false;
     int run = 0;  // its number in the journal
     double staleHours = 24;
