@@ -63,6 +63,16 @@ void Bench::compare(const std::string& name, Bar bar, const Sides& sides) const 
           milliseconds(measured) + " against " + milliseconds(reference));
 }
 
+std::pair<double, double> Bench::bestTimes(int runs, const Step& measured, const Step& reference) const {
+    std::pair<double, double> best(std::numeric_limits<double>::infinity(),
+                                   std::numeric_limits<double>::infinity());
+    for (int run = 0; run < runs * m_options.rounds; ++run) {
+        best.first = std::min(best.first, secondsOf(measured));
+        best.second = std::min(best.second, secondsOf(reference));
+    }
+    return best;
+}
+
 void Bench::print(const std::string& name, double ratio, Bar bar, const std::string& absolute) {
     std::printf("%-28s %8.2f  %-8s (%s)\n", name.c_str(), ratio, barText(bar).c_str(), absolute.c_str());
     std::fflush(stdout);

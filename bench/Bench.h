@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "SampleInstallation.h"
 #include "TsqlBox.h"
@@ -57,6 +58,8 @@ class Bench {
     // Runs both sides alternately and prints a line. The ratio is measured time by reference time; with
     // atLeast(), measured speed by reference speed.
     void compare(const std::string& name, Bar bar, const Sides& sides) const;
+    // Best times of both sides in seconds, of `runs` runs in each round.
+    std::pair<double, double> bestTimes(int runs, const Step& measured, const Step& reference) const;
     static void print(const std::string& name, double ratio, Bar bar, const std::string& absolute);
 
   private:

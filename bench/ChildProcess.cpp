@@ -52,7 +52,7 @@ bool hasMemoryForBigProcess() {
 void childProcess(Bench& bench) {
     const std::size_t count = bench.scaled(2'000);
     const Sides sides = {times(count, runMeasured), times(count, runBare)};
-    bench.compare("child-process", atMost(1.15), sides);
+    bench.compare("child-process", atMost(1.08), sides);
     if (!bench.options().bigProcess) return;
     if (!hasMemoryForBigProcess()) {
         std::printf("%-28s skipped: less than 5 GiB of memory are free\n", "child-process/4GiB");
@@ -61,7 +61,7 @@ void childProcess(Bench& bench) {
     void* block =
         mmap(nullptr, kBigProcess, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
     check(block != MAP_FAILED, "4 GiB cannot be allocated");
-    bench.compare("child-process/4GiB", atMost(1.15), sides);
+    bench.compare("child-process/4GiB", atMost(1.08), sides);
     munmap(block, kBigProcess);
 }
 

@@ -24,7 +24,7 @@ void logLine(Bench& bench) {
             close(file);
         }
     };
-    bench.compare("log-line", atMost(1.3), {measured, reference});
+    bench.compare("log-line", atMost(1.15), {measured, reference});
     check(std::filesystem::file_size(ours) == std::filesystem::file_size(bare), "the logs differ in size");
 }
 

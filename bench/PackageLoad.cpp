@@ -1,6 +1,7 @@
 // TScript::setSQLFile() against one read of the package's file, and against a package of half the length.
 #include "Bench.h"
 #include "DVUtilities/TScript.h"
+#include "Growth.h"
 #include "Rows.h"
 
 namespace bench {
@@ -30,11 +31,29 @@ void packageLoad(Bench& bench) {
         const PeakMemory memory;
         load("BenchWhole");
         Bench::print("package-load/memory", static_cast<double>(memory.bytes()) / static_cast<double>(bytes),
-                     atMost(2.5), megabytes(memory.bytes()) + " for " + megabytes(bytes));
+                     atMost(2.1), megabytes(memory.bytes()) + " for " + megabytes(bytes));
     }
     const Step whole = [] { load("BenchWhole"); };
     bench.compare("package-load/half", atMost(2.2), {whole, [] { load("BenchHalf"); }});
     bench.compare("package-load/read", {}, {whole, [&] { check(!readOnce(file).empty(), file); }});
+}
+
+void growPackage(Bench& bench, const std::filesystem::path& folder) {
+    Series series(folder, "package",
+                  {"bytes", "setSQLFile, ms", "one read, ms", "peak memory of the former, MB"});
+    for (const std::size_t full : {100'000, 1'000'000, 10'000'000, 100'000'000}) {
+        const std::size_t bytes = bench.scaled(full);
+        writePackageOfSize(bench, "BenchGrowth", bytes);
+        const std::string file = bench.installation().homeFolder() / "Scripts" / "BenchGrowth.sql";
+        std::size_t peak = 0;
+        const Step measured = [&] {
+            const PeakMemory memory;
+            load("BenchGrowth");
+            peak = std::max(peak, memory.bytes());
+        };
+        const auto [ours, read] = bench.bestTimes(1, measured, [&] { readOnce(file); });
+        series.add(bytes, {ours * 1e3, read * 1e3, static_cast<double>(peak) / 1e6});
+    }
 }
 
 }  // namespace bench

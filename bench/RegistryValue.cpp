@@ -20,7 +20,7 @@ void registryValue(Bench& bench) {
         struct stat status {};
         for (std::size_t i = 0; i < count; ++i) check(stat(store.c_str(), &status) == 0, store);
     };
-    bench.compare("registry-value", atMost(3), {measured, reference});
+    bench.compare("registry-value", atMost(1.5), {measured, reference});
 }
 
 }  // namespace bench

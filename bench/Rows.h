@@ -10,6 +10,8 @@ void sqlFile(Bench& bench);
 void fileCipher(Bench& bench);
 void packageLoad(Bench& bench);
 void packageRun(Bench& bench);
+void toolTime(Bench& bench);
+void concurrentRuns(Bench& bench);
 void toolOutput(Bench& bench);
 void logLine(Bench& bench);
 void childProcess(Bench& bench);

@@ -58,7 +58,7 @@ void toolOutput(Bench& bench) {
     const Texts expected = std::move(rows);
     reference();
     check(rows == expected && rows.size() == count, "the rows differ");
-    bench.compare("tool-output", atLeast(4), {measured, reference});
+    bench.compare("tool-output", atLeast(5), {measured, reference});
 }
 
 }  // namespace bench

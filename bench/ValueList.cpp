@@ -5,8 +5,10 @@
 
 #include "Bench.h"
 #include "DVUtilities/DBBase.h"
+#include "Growth.h"
 #include "HandOdbc.h"
 #include "Rows.h"
+#include "ValueListSoci.h"
 
 namespace bench {
 namespace {
@@ -83,7 +85,43 @@ void valueList(Bench& bench) {
         readBound(connectionString, rows);
         checkRows();
     };
-    bench.compare("value-list", atLeast(0.9), {measured, reference});
+    const Step soci = [&] {
+        rows.clear();
+        readWithSoci(connectionString, kQuery, kSeparator, rows);
+        checkRows();
+    };
+    bench.compare("value-list", atLeast(0.95), {measured, reference});
+    bench.compare("value-list/soci", atLeast(1), {measured, soci});
+}
+
+void growRows(Bench& bench, const std::filesystem::path& folder) {
+    const std::string connectionString = bench.box().odbcConnectionString("dorvas");
+    const std::string log = bench.installation().folder("bench.log");
+    DBBase db(true);
+    check(db.GetAccountInfo("MainHost", "Instance001", log.c_str(), "Dorvas"), db.getErrorMsg());
+    Series series(folder, "rows", {"rows", "GetDBValueList, ms", "ODBC by hand, ms", "SOCI, ms"});
+    for (const std::size_t full : {100, 1'000, 10'000, 100'000, 1'000'000}) {
+        const std::size_t count = bench.scaled(full);
+        makeTable(db, count);
+        const auto best = [&](const std::function<void(Texts&)>& read) {
+            return bench
+                       .bestTimes(
+                           1,
+                           [&] {
+                               Texts rows;
+                               read(rows);
+                               check(rows.size() == count, std::to_string(rows.size()) + " rows read");
+                           },
+                           [] {})
+                       .first *
+                   1e3;
+        };
+        series.add(
+            count,
+            {best([&](Texts& rows) { check(db.GetDBValueList(kQuery, rows, 3), "GetDBValueList fails"); }),
+             best([&](Texts& rows) { readBound(connectionString, rows); }),
+             best([&](Texts& rows) { readWithSoci(connectionString, kQuery, kSeparator, rows); })});
+    }
 }
 
 }  // namespace bench

@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "Bench.h"
+#include "Growth.h"
 #include "Rows.h"
 
 namespace {
@@ -24,6 +25,8 @@ constexpr Row kRows[] = {
     {"registry-value", bench::registryValue},
     {"catalogue", bench::catalogue},
     {"package-run", bench::packageRun},
+    {"tool-time", bench::toolTime},
+    {"concurrent", bench::concurrentRuns},
     {"server", bench::server},
     {"query-tool", bench::queryTool},
 };
@@ -59,6 +62,16 @@ bool runAll(const bench::Options& options, const std::vector<std::string>& names
 
 }  // namespace
 
+bool runGrowth(const bench::Options& options, const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    bench::Bench bench(options);
+    // The journal first: a child process's peak memory includes that of this process at its start.
+    for (const auto grow :
+         {bench::growJournal, bench::growRows, bench::growOutput, bench::growPackage, bench::growConcurrency})
+        grow(bench, folder);
+    return true;
+}
+
 // The exit code is 0 even if ratios miss their bars, and 1 after an error.
 int main(int argc, char** argv) {
     CLI::App app("Compares the library with hand-written code that does the same.", "dvu_bench");
@@ -67,10 +80,12 @@ int main(int argc, char** argv) {
     app.add_flag("--quick", options.quick, "Do a twentieth of the work");
     app.add_flag("!--no-big-process", options.bigProcess, "Skip the row that needs 4 GiB of memory");
     app.add_option("--rounds", options.rounds, "Number of runs of each side")->check(CLI::Range(1, 1000));
+    std::string growth;
+    app.add_option("--growth", growth, "Measure costs against sizes instead; the folder of the tables");
     app.add_option("rows", names, "Run only these benchmarks")->check(CLI::IsMember(rowNames()));
     CLI11_PARSE(app, argc, argv);
     try {
-        return runAll(options, names) ? 0 : 1;
+        return (growth.empty() ? runAll(options, names) : runGrowth(options, growth)) ? 0 : 1;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "dvu_bench: %s\n", error.what());
         return 1;

@@ -5,8 +5,7 @@ set -euo pipefail
 CDPATH='' cd "$(dirname "$0")/.."
 preset=${1:-release}
 case "$preset" in
-  run | fuzz | tidy) scripts/setup.sh "$preset" ;;
-  bench) scripts/setup.sh run ;;
+  run | bench | fuzz | tidy) scripts/setup.sh "$preset" ;;
   *) scripts/setup.sh ;;
 esac
 cmake --preset "$preset" >&2

@@ -2,6 +2,7 @@
 # Installs missing Debian packages. Prints nothing if none is missing. Needs root or sudo.
 #   scripts/setup.sh run    packages for the build of library and programs, and to run them
 #   scripts/setup.sh        also those for the tests
+#   scripts/setup.sh bench  those of run, and for the benchmarks
 #   scripts/setup.sh docs   those of run, and for the API reference and the man pages
 #   scripts/setup.sh fuzz   those of run, and for the fuzz targets
 #   scripts/setup.sh tidy   those of the tests, and for the preset tidy
@@ -23,10 +24,11 @@ command -v npm >/dev/null || test_packages+=(npm)
 case "${1-test}" in
   run) ;;
   test) packages+=("${test_packages[@]}") ;;
+  bench) packages+=(libsoci-dev gnuplot-nox) ;;
   docs) packages+=(doxygen groff-base) ;;
   fuzz) packages+=(clang libclang-rt-dev llvm) ;;
   tidy) packages+=("${test_packages[@]}" clang-tidy) ;;
-  *) echo "usage: scripts/setup.sh [run | test | docs | fuzz | tidy]" >&2; exit 2 ;;
+  *) echo "usage: scripts/setup.sh [run | test | bench | docs | fuzz | tidy]" >&2; exit 2 ;;
 esac
 
 missing=()
