@@ -8,12 +8,16 @@
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
 #include <thread>
+#include <utility>
+
+#include "SessionMemory.h"
 
 namespace server {
 namespace {
@@ -110,7 +114,7 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
 
 Listener::~Listener() {
     std::unique_lock lock(m_mutex);
-    for (const auto& [id, client] : m_clients) shutdown(client.get(), SHUT_RDWR);
+    for (const auto& [id, client] : m_clients) shutdown(client.socket.get(), SHUT_RDWR);
     m_sessionEnded.wait(lock, [this] { return m_clients.empty(); });
 }
 
@@ -141,7 +145,9 @@ Listener::Event Listener::waitForEvent() const {
 }
 
 void Listener::acceptClient() {
-    Descriptor socket(accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    Descriptor socket(accept4(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size, SOCK_CLOEXEC));
     if (socket.get() < 0) {
         const bool noDescriptors = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
         if (noDescriptors) std::this_thread::sleep_for(kPauseWithoutDescriptors);
@@ -150,21 +156,41 @@ void Listener::acceptClient() {
     const int on = 1;
     setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     setsockopt(socket.get(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);  // detects hosts that have vanished
-    startSession(std::move(socket));
+    startSession(std::move(socket), address.sin_addr.s_addr);
 }
 
-void Listener::startSession(Descriptor client) {
+// Returns whether another client may be served. If all places are taken, the client that has kept its login
+// back for the longest is dropped, among those of the address that has the most of them.
+bool Listener::makePlace() {
+    const auto served = std::ranges::count_if(
+        m_clients, [](const auto& each) { return each.second.state != State::Dropped; });
+    if (served < m_options.maxConnections) return true;
+    std::map<std::uint32_t, int> silent;
+    for (const auto& [id, client] : m_clients) silent[client.address] += client.state == State::AwaitsLogin;
+    Client* oldest = nullptr;
+    for (auto& [id, client] : m_clients) {
+        if (client.state != State::AwaitsLogin) continue;
+        const auto rank = [&](const Client& each) { return std::pair(-silent[each.address], each.arrival); };
+        if (oldest == nullptr || rank(client) < rank(*oldest)) oldest = &client;
+    }
+    if (oldest == nullptr) return false;
+    oldest->state = State::Dropped;
+    shutdown(oldest->socket.get(), SHUT_RDWR);
+    return true;
+}
+
+void Listener::startSession(Descriptor socket, std::uint32_t address) {
     const std::lock_guard lock(m_mutex);
-    if (m_clients.size() >= static_cast<std::size_t>(m_options.maxConnections)) {
+    if (!makePlace()) {
         std::fprintf(stderr, "connection refused: %d clients are connected already\n",
                      m_options.maxConnections);
         return;
     }
     int id = kFirstSessionId;
     while (m_clients.contains(id)) ++id;
-    const auto place = m_clients.emplace(id, std::move(client)).first;
+    const auto place = m_clients.emplace(id, Client{std::move(socket), address, ++m_arrivals}).first;
     try {
-        std::thread(&Listener::serve, this, place->second.get(), id).detach();
+        std::thread(&Listener::serve, this, place->second.socket.get(), id).detach();
     } catch (const std::system_error& error) {
         std::fprintf(stderr, "connection refused: %s\n", error.what());
         m_clients.erase(place);
@@ -172,10 +198,17 @@ void Listener::startSession(Descriptor client) {
 }
 
 void Listener::serve(int client, int sessionId) {
-    tds::ClientConnection(client, sessionId, m_engine, m_settings).run();
+    limitMemoryOfThread(m_options.sessionMebibytes << 20);
+    tds::ClientConnection(client, sessionId, m_engine, m_settings, [&] { noteLogin(sessionId); }).run();
     const std::lock_guard lock(m_mutex);
     m_clients.erase(sessionId);
     m_sessionEnded.notify_all();
+}
+
+void Listener::noteLogin(int sessionId) {
+    const std::lock_guard lock(m_mutex);
+    Client& client = m_clients.at(sessionId);
+    if (client.state == State::AwaitsLogin) client.state = State::Served;
 }
 
 }  // namespace server

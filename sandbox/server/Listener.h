@@ -2,6 +2,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -35,8 +36,18 @@ class Listener {
     enum class Event { None, Client, Stop };
     Event waitForEvent() const;
     void acceptClient();
-    void startSession(Descriptor client);
+    void startSession(Descriptor client, std::uint32_t address);
+    bool makePlace();
     void serve(int client, int sessionId);
+    void noteLogin(int sessionId);
+
+    enum class State { AwaitsLogin, Served, Dropped };
+    struct Client {
+        Descriptor socket;
+        std::uint32_t address;
+        std::uint64_t arrival;  // counts up
+        State state = State::AwaitsLogin;
+    };
 
     const Options& m_options;
     tsql::Engine& m_engine;
@@ -47,8 +58,8 @@ class Listener {
     Descriptor m_signals;  // a signalfd
     std::mutex m_mutex;
     std::condition_variable m_sessionEnded;
-    std::map<int, Descriptor>
-        m_clients;  // by session id; a session's thread deletes its entry as its last step
+    std::uint64_t m_arrivals = 0;
+    std::map<int, Client> m_clients;  // by session id; a session's thread deletes its entry as its last step
 };
 
 }  // namespace server

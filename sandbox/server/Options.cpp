@@ -74,6 +74,11 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--max-connections", options.maxConnections, "maximum number of connected clients")
         ->check(CLI::Range(1, kMaxConnections))
         ->capture_default_str();
+    app.add_option("--session-memory", options.sessionMebibytes, "maximum memory of a session, in MiB")
+        ->check(CLI::Range(16, 1 << 20))
+        ->capture_default_str();
+    app.add_option("--backup-folder", options.backupFolders,
+                   "folder that BACKUP may write to, besides the data directory; may be repeated");
     app.add_option("--login-timeout", options.loginSeconds, "time limit of a login, in seconds")
         ->check(CLI::Range(1, kMaxLoginSeconds))
         ->capture_default_str();

@@ -22,9 +22,11 @@ struct Options {
     tds::EncryptionMode encryption = tds::EncryptionMode::None;
     CertificateFiles tlsFiles;
     int newestTls = TLS1_2_VERSION;
-    std::vector<std::string> selfSignedNames;  // empty: the files exist
-    std::filesystem::path keytab;              // empty: Windows authentication is refused
+    std::vector<std::string> selfSignedNames;          // empty: the files exist
+    std::filesystem::path keytab;                      // empty: Windows authentication is refused
+    std::vector<std::filesystem::path> backupFolders;  // besides the data directory
     int maxConnections = 512;
+    std::size_t sessionMebibytes = 1024;
     int loginSeconds = 15;  // time limit of a login
 };
 

@@ -12,6 +12,7 @@
 
 #include "Listener.h"
 #include "Options.h"
+#include "SessionMemory.h"
 #include "execute/Engine.h"
 
 namespace {
@@ -37,7 +38,7 @@ std::string readPassword(const std::filesystem::path& file) {
 
 void serve(const server::Options& options) {
     const tds::Credentials credentials(options.login, readPassword(options.passwordFile));
-    tsql::Engine engine(options.dataDirectory);
+    tsql::Engine engine(options.dataDirectory, options.backupFolders);
     server::Listener listener(options, credentials, engine);
     std::printf("listening on %s\n", listener.address().c_str());
     std::fflush(stdout);
@@ -50,6 +51,7 @@ int main(int argc, char** argv) {
     mallopt(M_MMAP_THRESHOLD, 256 << 10);  // returns the memory of a large request to the system
     ::umask(S_IRWXG | S_IRWXO);            // database files are private in any directory
     server::blockStopSignals();
+    server::countMemoryOfSqlite();
     const server::Options options = server::parseOptions(argc, argv);
     try {
         serve(options);

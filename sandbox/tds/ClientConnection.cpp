@@ -18,10 +18,11 @@ constexpr std::string_view kLanguage = "us_english";
 }  // namespace
 
 ClientConnection::ClientConnection(int socket, int sessionId, tsql::Engine& engine,
-                                   const ConnectionSettings& settings)
+                                   const ConnectionSettings& settings, std::function<void()> loginArrived)
     : m_engine(engine),
       m_settings(settings),
       m_sessionId(sessionId),
+      m_loginArrived(std::move(loginArrived)),
       m_channel(socket, static_cast<std::uint16_t>(sessionId)),
       m_response(m_channel, settings.serverName) {}
 
@@ -40,6 +41,7 @@ void ClientConnection::run() noexcept {
 
 bool ClientConnection::logIn() {
     Login login = readLogin();
+    m_loginArrived();
     m_response.setVersion(login.version);
     if (const auto error = loginError(login)) {
         refuseLogin(login, *error);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 #include "Credentials.h"
@@ -28,8 +29,10 @@ struct ConnectionSettings {
 
 class ClientConnection {
   public:
-    // The caller owns the connected socket. All arguments must outlive the connection.
-    ClientConnection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings);
+    // The caller owns the connected socket. All arguments must outlive the connection. `loginArrived` is
+    // called when the client has sent its login.
+    ClientConnection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings,
+                     std::function<void()> loginArrived);
 
     // Serves the client until it leaves or its socket is shut down. Any other end is reported on standard
     // error.
@@ -57,6 +60,7 @@ class ClientConnection {
     tsql::Engine& m_engine;
     const ConnectionSettings& m_settings;
     int m_sessionId;
+    std::function<void()> m_loginArrived;
     PacketChannel m_channel;
     Response m_response;
     tsql::Client m_client;

@@ -1,6 +1,7 @@
 // Cancelled requests are answered whatever the session waits for, and a client that disconnects leaves
 // nothing behind. The locks that they wait for are released only afterwards.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <thread>
@@ -65,6 +66,15 @@ class CancelTest : public testing::Test {
         return tsql::openDatabaseFile(std::filesystem::path(box.dataDirectory()) / "Target.db",
                                       tsql::OpenMode::Existing);
     }();
+    // Looking for one in the other takes 10^11 comparisons.
+    const std::string longStrings =
+        "DECLARE @text varchar(max) = REPLICATE(CONVERT(varchar(max), 'a'), 1000000) "
+        "DECLARE @part varchar(max) = LEFT(@text, 500000) + 'b' ";
+    std::string pipe() const {
+        const std::string path = (std::filesystem::path(box.dataDirectory()) / "pipe").string();
+        mkfifo(path.c_str(), 0600);
+        return path;
+    }
     const std::vector<std::string> waits = {
         "SET LOCK_TIMEOUT 60000 UPDATE Held..t SET i = 2",
         "SET LOCK_TIMEOUT 60000 BEGIN TRY CREATE TABLE Held..u (i int) END TRY BEGIN CATCH THROW END CATCH",
@@ -74,6 +84,11 @@ class CancelTest : public testing::Test {
         std::string("SELECT a.name + b.name + c.name AS x ") + kManyRows + " ORDER BY x",
         std::string("INSERT INTO Own..t SELECT 1 ") + kManyRows,
         "RESTORE DATABASE Target FROM DISK = '" + backup + "' WITH REPLACE, MOVE 'Held' TO '/t.mdf'",
+        "RESTORE DATABASE Target FROM DISK = '" + pipe() + "' WITH REPLACE, MOVE 'Held' TO '/t.mdf'",
+        longStrings + "SELECT CHARINDEX(@part, @text)",
+        longStrings + "SELECT REPLACE(@text, @part, '')",
+        longStrings + "SELECT PATINDEX('%' + @part + '%', @text)",
+        longStrings + "IF @text LIKE '%' + @part PRINT 'yes'",
     };
 };
 
@@ -132,6 +147,12 @@ TEST_F(CancelTest, EndsTheSessionOfAClientThatDisconnects) {
             "EXEC @r = sp_getapplock 'own', 'Exclusive', 'Session' IF @r <> 0 RAISERROR('held', 16, 1)");
         EXPECT_EQ(answerTo(*other, "NOT EXISTS (SELECT 1 FROM Own..t)"), "yes");
     }
+}
+
+TEST_F(CancelTest, SigtermEndsEveryWait) {
+    std::vector<std::unique_ptr<RawClient>> clients;
+    for (const std::string& wait : waits) startWaiting(*clients.emplace_back(loggedIn(box)), wait);
+    EXPECT_EQ(box.stop(), 0);
 }
 
 // The driver sends an attention when its time-out has passed.

@@ -41,6 +41,20 @@ TEST(Connections, TwoHundredNeedLittleMemoryAndAreAllServed) {
     EXPECT_TRUE(isServed(*first));
 }
 
+TEST(Connections, ASessionsMemoryIsBounded) {
+    const TsqlBox box({"--session-memory", "16"});
+    const auto client = loggedIn(box);
+    const ServerMemory memory(box);
+    const std::string text = "DECLARE @s varchar(max) = REPLICATE(CONVERT(varchar(max), 'x'), 1000000) ";
+    for (const char* rest : {"WHILE 1 = 1 SET @s = @s + @s", "SELECT REPLACE(@s, 'x', REPLICATE('y', 30))",
+                             "SELECT STRING_AGG(@s, '') FROM sys.types a, sys.types b"}) {
+        ask(*client, "SET XACT_ABORT ON " + text + rest);
+        EXPECT_NE(answer(*client) & 2U, 0U) << rest;
+        EXPECT_TRUE(isServed(*client)) << rest;
+    }
+    EXPECT_LT(memory.peakGrowth(), 96 * kMebibyte);
+}
+
 // Inserts rows one by one, then in transactions of ten; returns the error messages.
 std::string writeRows(const std::string& connection, int writer) {
     constexpr int kRows = 50, kInTransaction = 10;

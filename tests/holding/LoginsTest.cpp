@@ -91,6 +91,19 @@ TEST(Logins, MustEndInTime) {
     EXPECT_EQ(answer(*slow), 0x10U);
 }
 
+// A full server drops the client whose login it has awaited for the longest.
+TEST(Logins, SilentClientsKeepNobodyOut) {
+    const TsqlBox box({"--max-connections", "8", "--login-timeout", "3600"});
+    const auto first = loggedIn(box);
+    Clients silent;
+    for (int i = 0; i < 20; ++i) silent.push_back(std::make_unique<RawClient>(box.port()));
+    EXPECT_TRUE(stillServes(box));
+    for (std::size_t i = 0; i < 12; ++i) EXPECT_TRUE(silent[i]->isClosed()) << i;
+    EXPECT_TRUE(isServed(*first));
+    const auto second = loggedIn(box);
+    EXPECT_TRUE(isServed(*second));
+}
+
 TEST(Logins, AreAcceptedFromThisHostUnlessRemoteIsAllowed) {
     const TempDir folder;
     writeFile(folder / "password", "secret\n");

@@ -73,8 +73,9 @@ void TsqlBox::start() {
     Pipe output;
     m_errors = memoryFile();
     std::vector<std::string> command = {
-        tsqlboxProgram(), "--data", dataDirectory(),   "--port",       std::to_string(m_port),
-        "--login",        m_login,  "--password-file", passwordFile(), "--stop-at-eof"};
+        tsqlboxProgram(),       "--data",        dataDirectory(),   "--port",
+        std::to_string(m_port), "--login",       m_login,           "--password-file",
+        passwordFile(),         "--stop-at-eof", "--backup-folder", std::filesystem::temp_directory_path()};
     command.insert(command.end(), m_extraArguments.begin(), m_extraArguments.end());
     m_pid = spawn(command, {}, {input.readEnd.get(), output.writeEnd.get(), m_errors.get()});
     m_input = std::move(input.writeEnd);

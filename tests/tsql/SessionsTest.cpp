@@ -105,6 +105,7 @@ TEST_F(Sessions, DetectADeadlockOfApplicationLocks) {
 
 TEST_F(Sessions, BackUpAndRestore) {
     const std::string disk = "DISK = '" + (m_directory.path() / "shop.bak").string() + "'";
+    std::filesystem::create_symlink("..", m_directory.path() / "link");
     first("CREATE DATABASE shop");
     first("USE shop CREATE TABLE t (x int) INSERT t VALUES (1)");
     const std::string output = first("BACKUP DATABASE shop TO " + disk +
@@ -137,6 +138,8 @@ TEST_F(Sessions, BackUpAndRestore) {
         {restore + "copy FROM " + disk + " WITH NORECOVERY", "does not support RESTORE WITH NORECOVERY"},
         {"BACKUP DATABASE shop TO " + disk + " WITH NOINIT", "does not support BACKUP WITH NOINIT"},
         {"BACKUP DATABASE nosuch TO " + disk, "Msg 3013"},
+        {"BACKUP DATABASE shop TO DISK = '" + m_directory.path().string() + "/../outside.bak'", "Msg 3201"},
+        {"BACKUP DATABASE shop TO DISK = '" + m_directory.path().string() + "/link/x.bak'", "Msg 3201"},
         {"BACKUP DATABASE tempdb TO " + disk, "Msg 3147"},
         {"BEGIN TRAN BACKUP DATABASE shop TO " + disk + " ROLLBACK", "transaction.\nMsg 3013"},
         {"SELECT COUNT(*) FROM copy..t", "= 1 (1 rows)\n"},

@@ -28,7 +28,9 @@ class FailingSink final : public ResultSink {
 
 }  // namespace
 
-Engine::Engine(const std::filesystem::path& dataDirectory) : storage(dataDirectory) {
+Engine::Engine(const std::filesystem::path& dataDirectory,
+               const std::vector<std::filesystem::path>& backupFolders)
+    : storage(dataDirectory, backupFolders) {
     FailingSink sink;
     Executor executor(storage, locks, {"sa"}, "msdb", 1);
     executor.runBatch(kBackupSet, sink);

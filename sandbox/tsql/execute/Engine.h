@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "execute/AppLocks.h"
 #include "execute/Client.h"
@@ -15,7 +16,9 @@ namespace tsql {
 struct Engine {
     // Opens the data directory. Creates it and the system databases (master, msdb, tempdb, model) if missing.
     // Throws std::runtime_error with a message for the operator.
-    explicit Engine(const std::filesystem::path& dataDirectory);
+    // BACKUP writes only there and in the backup folders.
+    explicit Engine(const std::filesystem::path& dataDirectory,
+                    const std::vector<std::filesystem::path>& backupFolders = {});
 
     Storage storage;
     AppLocks locks;

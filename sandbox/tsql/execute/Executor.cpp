@@ -10,6 +10,7 @@
 #include "messages/Messages.h"
 #include "types/Finally.h"
 #include "types/Text.h"
+#include "types/Work.h"
 
 namespace tsql {
 
@@ -147,6 +148,9 @@ Executor::~Executor() {
 template <typename Work>
 RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
     const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
+    const Finally workAgain([before = std::exchange(isBatchCancelled, [this] { return isCancelled(); })] {
+        isBatchCancelled = before;
+    });
     RequestEnd end = RequestEnd::Whole;
     changeEntry([](SessionEntry& entry) { entry.isRunning = true; });
     try {
@@ -251,6 +255,8 @@ Flow Executor::runStatement(const Statement& statement) {
         fail(error, statement.line);
     } catch (const SqliteFailure& failure) {
         fail(errorOf(failure), statement.line);
+    } catch (const std::bad_alloc&) {
+        fail(sqlError(message::kInsufficientMemory), statement.line);
     }
     return Flow::Next;
 }
@@ -374,6 +380,8 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
             return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
         case SQLITE_FULL:
             return sqlError(message::kDiskFull);
+        case SQLITE_NOMEM:
+            return sqlError(message::kInsufficientMemory);
         default:
             break;
     }

@@ -25,6 +25,7 @@
 #include "syntax/Ast.h"
 #include "syntax/Parser.h"
 #include "translate/Translator.h"
+#include "types/Work.h"
 
 namespace tsql {
 
@@ -36,7 +37,6 @@ struct Raised {  // an error on its way to a CATCH block
     const Frame* within = nullptr;  // frame whose CATCH blocks ignore it
 };
 struct ScopeEnd {};    // ends the procedure, or the batch outside a procedure
-struct BatchEnd {};    // ends the whole batch
 struct SessionEnd {};  // ends the session: severity 20 and above
 
 // How a request of the client ended.

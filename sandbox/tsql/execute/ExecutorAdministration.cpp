@@ -138,10 +138,14 @@ void Executor::informDone(std::string_view verb, const BackupHeader& header, std
 Flow Executor::run(const ast::Backup& backup) {
     runMedia("BACKUP DATABASE", [&] {
         const auto start = std::chrono::steady_clock::now();
+        const std::string file = evaluateText(*backup.file);
+        if (!m_storage.isBackupPlace(file))
+            throw sqlError(message::kBackupDeviceNotOpened,
+                           {file, "13", "not in the data folder or a --backup-folder"});
         const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
         const BackupHeader header =
-            backupDatabase(m_storage, evaluateText(*backup.database), evaluateText(*backup.file),
-                           progress(backup.stats), given(backup.name), given(backup.description));
+            backupDatabase(m_storage, evaluateText(*backup.database), file, progress(backup.stats),
+                           given(backup.name), given(backup.description));
         beforeWrite();
         const Value values[] = {header.name, header.database, header.started, header.finished, header.bytes};
         m_connection.run("INSERT INTO " + m_connection.attach("msdb") +
@@ -165,7 +169,7 @@ Flow Executor::run(const Restore& restore) {
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
-            const BackupHeader header = readBackupHeader(file);
+            const BackupHeader header = readBackupHeader(file, progress(0));
             report = restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header);
         }
     });

@@ -11,6 +11,7 @@
 #include "functions/Operators.h"
 #include "functions/QueryFunctions.h"
 #include "types/Text.h"
+#include "types/Work.h"
 
 namespace tsql {
 namespace {
@@ -24,6 +25,8 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
     const auto& binding = *static_cast<const Binding*>(sqlite3_user_data(call));
     try {
         const Arguments arguments(count, values);
+        for (const CellView& each : arguments.views())
+            if (const auto* text = std::get_if<std::string_view>(&each)) spendWork(text->size());
         const bool anyNull =
             std::ranges::any_of(arguments.views(), [](const auto& each) { return isNull(each); });
         if (binding.function.nulls == Nulls::GiveNull && anyNull) return sqlite3_result_null(call);

@@ -8,6 +8,7 @@
 #include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Utf16.h"
+#include "types/Work.h"
 
 namespace tsql {
 namespace {
@@ -180,7 +181,10 @@ Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
         text.empty() ? 0 : std::min(static_cast<std::size_t>(count), most / characterCount(text) + 1);
     std::string result;
     result.reserve(times * text.size());
-    for (std::size_t i = 0; i < times; ++i) result += text;
+    for (std::size_t i = 0; i < times; ++i) {
+        spendWork(text.size());
+        result += text;
+    }
     result.resize(byteOffset(result, most));
     return result;
 }

@@ -208,6 +208,8 @@ constexpr MessageText kMessages[] = {
      "Only functions and some extended stored procedures can be executed from within a function."},
     {message::kSaveWithoutTransaction, 16, 1,
      "Cannot issue SAVE TRANSACTION when there is no active transaction."},
+    {message::kInsufficientMemory, 17, 1,
+     "There is insufficient system memory in resource pool 'default' to run this query."},
     {message::kUnknownDatabase, 16, 1,
      "Database '%s' does not exist. Make sure that the name is entered correctly."},
     {message::kInvalidLength, 15, 1, "Length or precision specification %s is invalid."},

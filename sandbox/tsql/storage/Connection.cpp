@@ -13,7 +13,7 @@ namespace {
 constexpr int kSortVersion = 1;  // to be raised when the order of compareText() changes
 constexpr std::chrono::seconds kUsualLockTimeout{10};
 constexpr std::chrono::milliseconds kLongestPause{25};  // between two attempts to get a lock
-constexpr int kStepsBetweenLooks = 200'000;  // SQLite instructions between two checks for cancellation
+constexpr int kStepsBetweenLooks = 2'000;  // SQLite instructions between two checks for cancellation
 constexpr std::size_t kIdleStatements = 64;
 constexpr std::size_t kMostAttached = 10;  // limit of SQLite
 // Bit of SQLite's Bloom filters among its optimizations. A filter hashes the bytes of a string, so that a

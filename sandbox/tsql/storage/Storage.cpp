@@ -90,12 +90,23 @@ std::string databaseKey(std::string_view name) {
     return toLower(name);
 }
 
-Storage::Storage(const fs::path& directory) : m_directory(fs::absolute(directory)) {
+Storage::Storage(const fs::path& directory, const std::vector<fs::path>& backupFolders)
+    : m_directory(fs::absolute(directory)) {
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters would be a lock for all sessions
     if (sodium_init() < 0) throw std::runtime_error("the cryptographic library does not start");
     if (fs::create_directories(m_directory)) ::chmod(m_directory.c_str(), S_IRWXU);
     for (const std::string_view name : kSystemDatabases)
         if (!exists(name)) create(name);
+    m_backupFolders = {fs::canonical(m_directory)};
+    for (const fs::path& folder : backupFolders) m_backupFolders.push_back(fs::canonical(folder));
+}
+
+bool Storage::isBackupPlace(const fs::path& file) const {
+    std::error_code error;
+    const fs::path folder = fs::canonical(fs::absolute(file).parent_path(), error);
+    return error || std::ranges::any_of(m_backupFolders, [&](const fs::path& each) {
+               return std::ranges::mismatch(each, folder).in1 == each.end();
+           });
 }
 
 std::vector<std::string> Storage::databases() const {

@@ -39,7 +39,8 @@ struct SessionEntry {
 class Storage {
   public:
     // Creates the directory (mode 0700) and the system databases if missing. Throws std::runtime_error.
-    explicit Storage(const std::filesystem::path& directory);
+    explicit Storage(const std::filesystem::path& directory,
+                     const std::vector<std::filesystem::path>& backupFolders = {});
 
     // Returns the names as they were created, sorted. All functions ignore the case of names.
     std::vector<std::string> databases() const;
@@ -49,6 +50,9 @@ class Storage {
     // Path of the database's file, whether or not it exists.
     std::filesystem::path pathOf(std::string_view name) const;
     const std::filesystem::path& directory() const { return m_directory; }
+    // Whether BACKUP may write the file: it is below the directory or a backup folder, or its folder does not
+    // exist.
+    bool isBackupPlace(const std::filesystem::path& file) const;
 
     // Throws SqlError 1801 (exists) and 1802 (cannot be created).
     void create(std::string_view name);
@@ -72,6 +76,7 @@ class Storage {
 
   private:
     std::filesystem::path m_directory;
+    std::vector<std::filesystem::path> m_backupFolders;  // without links
     mutable std::mutex m_mutex;
     std::map<std::string, int> m_uses;
     mutable std::map<int, SessionEntry> m_sessions;

@@ -4,6 +4,8 @@
 #include <clocale>
 #include <cwctype>
 
+#include "types/Work.h"
+
 namespace tsql {
 namespace {
 
@@ -219,6 +221,7 @@ std::size_t findText(std::string_view text, std::string_view part, std::size_t f
         while (!wanted.empty() && !here.empty() &&
                foldCase(nextCharacter(here)) == foldCase(nextCharacter(wanted)))
             if (wanted.empty()) return at;
+        spendWork(1 + part.size() - wanted.size());
     }
     return std::string_view::npos;
 }
@@ -235,11 +238,13 @@ bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blan
         }
         if (!text.empty() && !pattern.empty()) {
             std::string_view restOfText = text, restOfPattern = pattern;
+            spendWork(1);
             if (takeElement(restOfPattern, foldCase(nextCharacter(restOfText)), escape)) {
                 text = restOfText, pattern = restOfPattern;
                 continue;
             }
         }
+        if (pattern.empty()) spendWork(text.size());  // its trailing blanks are looked at
         if (pattern.empty() && blanks == EndBlanks::Ignored && trimRight(text).empty()) return true;
         if (!percent || textAtPercent.empty()) return false;
         nextCharacter(textAtPercent);

@@ -18,6 +18,7 @@ class SandboxFolder {
     std::filesystem::path data() const { return m_path / "data"; }
     std::filesystem::path scripts() const { return m_path / "Scripts"; }
     std::filesystem::path logs() const { return m_path / "logs"; }
+    std::filesystem::path backups() const { return m_path / "backups"; }
     std::filesystem::path pidFile() const { return m_path / "tsqlbox.pid"; }
     std::filesystem::path mark() const { return m_path / ".tscript-sandbox"; }
 

@@ -83,7 +83,8 @@ RunningServer startServer(const SandboxFolder& folder, int port) {
     const pid_t pid =
         startChild({program, "--data", folder.data(), "--port", std::to_string(port), "--login", "sa",
                     "--password-file", folder.passwordFile(), "--tls-cert", folder.certificate(), "--tls-key",
-                    folder.tlsKey(), "--tls-self-signed", "localhost,127.0.0.1", "--encryption", "required"},
+                    folder.tlsKey(), "--tls-self-signed", "localhost,127.0.0.1", "--encryption", "required",
+                    "--backup-folder", folder.backups()},
                    {.outputFile = logFile(folder), .detached = true, .workingDirectory = "/"});
     const RunningServer server{pid, waitForPort(folder, pid)};
     std::ofstream out(folder.pidFile(), std::ios::trunc);

@@ -1,0 +1,70 @@
+#include "SessionMemory.h"
+
+#include <malloc.h>
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr std::int64_t kSmall = std::int64_t{64} << 10;
+constexpr std::int64_t kReserve = std::int64_t{64} << 20;
+
+thread_local std::int64_t used = 0;
+thread_local std::int64_t limit = std::numeric_limits<std::int64_t>::max() / 2;
+
+sqlite3_mem_methods ofSqlite;  // SQLite's own
+
+bool isAllowed(std::int64_t bytes) {
+    return bytes <= (bytes < kSmall ? limit + kReserve : limit) - used;
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    void* const memory = isAllowed(static_cast<std::int64_t>(bytes)) ? std::malloc(bytes) : nullptr;
+    if (memory == nullptr) throw std::bad_alloc();
+    used += static_cast<std::int64_t>(malloc_usable_size(memory));
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    used -= static_cast<std::int64_t>(malloc_usable_size(memory));
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}
+
+namespace server {
+
+void countMemoryOfSqlite() {
+    sqlite3_config(SQLITE_CONFIG_GETMALLOC, &ofSqlite);
+    sqlite3_mem_methods counting = ofSqlite;
+    counting.xMalloc = [](int bytes) {
+        void* const memory = isAllowed(bytes) ? ofSqlite.xMalloc(bytes) : nullptr;
+        if (memory != nullptr) used += ofSqlite.xSize(memory);
+        return memory;
+    };
+    counting.xRealloc = [](void* old, int bytes) {
+        const int before = ofSqlite.xSize(old);
+        void* const memory = isAllowed(bytes - before) ? ofSqlite.xRealloc(old, bytes) : nullptr;
+        if (memory != nullptr) used += ofSqlite.xSize(memory) - before;
+        return memory;
+    };
+    counting.xFree = [](void* memory) {
+        used -= ofSqlite.xSize(memory);
+        ofSqlite.xFree(memory);
+    };
+    sqlite3_config(SQLITE_CONFIG_MALLOC, &counting);
+}
+
+void limitMemoryOfThread(std::size_t bytes) {
+    limit = used + static_cast<std::int64_t>(bytes);
+}
+
+}  // namespace server
