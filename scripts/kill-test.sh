@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Kills runs of a sample installation at random moments, 2,000 times by default, and checks after each kill
-# that no plain copy of the package is left, and at the end that every record of the log is whole, that
+# that no plain copy of the package is left; then kills a tenth as many rotations of keys, after each of which a run
+# must succeed. Checks at the end that every record of the log is whole, that
 # `tscript tidy` finds all files, and that every journal row is closed or listed as running.
 # Usage: scripts/kill-test.sh [times [folder]]. Needs a build in build/bin.
 set -euo pipefail
@@ -31,6 +32,17 @@ for ((i = 1; i <= times; i++)); do
     [[ ! -s $copy ]] || complain "kill $i left the plain copy $copy"
   done
 done
+
+# Whenever a rotation of keys is killed, runs find a key that fits.
+for ((i = 1; i <= times / 10; i++)); do
+  setsid "$tscript" rotate --grace 0 >/dev/null 2>&1 &
+  pid=$!
+  sleep "0.$(printf '%03d' $((RANDOM % 120)))"
+  kill -KILL -- "-$pid" 2>/dev/null || true
+  wait "$pid" 2>/dev/null || true
+  "$tscript" run -q Killed -p "rotation $i" >/dev/null 2>&1 || complain "after kill $i of a rotation, a run fails"
+done
+"$tscript" rotate --grace 0 2>/dev/null || complain "a rotation that was killed cannot be completed"
 
 # A line of the session log begins with a time or is indented.
 bad=$(grep -cvE '^([0-9]{4}/[0-9]{2}/[0-9]{2} |[[:space:]]|$)' "$place/sandbox/logs/Tscript.log" || true)

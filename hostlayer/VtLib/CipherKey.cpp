@@ -16,18 +16,30 @@ namespace hostlayer {
 namespace {
 
 constexpr const char* kKeyFileSetting = "cipherKeyFile";
+constexpr const char* kPreviousKeySetting = "previousKeyFile";
 constexpr mode_t kKeyMode = 0600;
 constexpr mode_t kGroupAndOthers = S_IRWXG | S_IRWXO;
 
 thread_local const std::string* chosenKeyFile = nullptr;  // null: the one that the store names
 
+std::string setting(const StoreState& store, const char* name) {
+    const StoreValue* value = store.content ? findValue(store.content->settings, name) : nullptr;
+    return value != nullptr ? textOf(*value) : std::string();
+}
+
 }  // namespace
 
 std::string cipherKeyPath() {
-    if (chosenKeyFile != nullptr) return *chosenKeyFile;
+    return chosenKeyFile != nullptr ? *chosenKeyFile : setting(*currentStore(), kKeyFileSetting);
+}
+
+std::vector<std::string> decryptingKeyPaths() {
+    if (chosenKeyFile != nullptr) return {*chosenKeyFile};
     const auto store = currentStore();
-    const StoreValue* path = store->content ? findValue(store->content->settings, kKeyFileSetting) : nullptr;
-    return path != nullptr ? textOf(*path) : std::string();
+    std::vector<std::string> paths = {setting(*store, kKeyFileSetting)};
+    if (std::string previous = setting(*store, kPreviousKeySetting); !previous.empty())
+        paths.push_back(std::move(previous));
+    return paths;
 }
 
 KeyFileChoice::KeyFileChoice(const std::string& file) : m_before(std::exchange(chosenKeyFile, &file)) {}
@@ -38,7 +50,10 @@ KeyFileChoice::~KeyFileChoice() {
 
 VTPassword::Error CipherKey::load() {
     if (m_isLoaded) return VTPassword::kNoError;
-    const std::string path = cipherKeyPath();
+    return loadFrom(cipherKeyPath());
+}
+
+VTPassword::Error CipherKey::loadFrom(const std::string& path) {
     if (path.empty()) return VTPassword::kKeyNotConfigured;
     const VTPassword::Error error = readKeyFile(path, m_bytes.data(), m_bytes.size());
     m_isLoaded = error == VTPassword::kNoError;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 #include "VTPassword.h"
 
@@ -13,6 +14,8 @@ constexpr std::size_t kCipherKeyBytes = 32;
 
 // Path of the key file; empty when the store names none.
 std::string cipherKeyPath();
+// Paths of the keys that decrypt: that one and, while keys are rotated, the previous one.
+std::vector<std::string> decryptingKeyPaths();
 
 // Owner of a loaded key. Overwrites it with zeros at the end.
 class CipherKey {
@@ -25,6 +28,8 @@ class CipherKey {
     // Reads the key file. After the first success the key is kept and the file is not read again. A file that
     // its group or others can access is an error (kKeyExposed).
     VTPassword::Error load();
+    // Replaces the key by that of another file.
+    VTPassword::Error loadFrom(const std::string& path);
 
     // kCipherKeyBytes bytes; zeros before load() has succeeded.
     const unsigned char* bytes() const { return m_bytes.data(); }

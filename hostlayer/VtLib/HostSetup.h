@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <variant>
@@ -37,6 +38,18 @@ VT_PLATFORM_EXPORT StoreReport inspectStore();
 VT_PLATFORM_EXPORT bool setStoreValue(const std::vector<std::string>& table, const std::string& valueName,
                                       const std::variant<std::string, std::int64_t>& value,
                                       std::string& problem);
+
+struct StoreChange {
+    std::vector<std::string> table;
+    std::string valueName;
+    std::variant<std::string, std::int64_t> value;
+};
+
+// Sets all of the values that `changes` returns, at once. It is called with the store locked against
+// setStoreValue() and changeStore() of other processes, and again if the file was changed in another way; it
+// must not call them. Without a change the file stays as it is.
+VT_PLATFORM_EXPORT bool changeStore(const std::function<std::vector<StoreChange>()>& changes,
+                                    std::string& problem);
 
 // Creates a file with a new random key, mode 0600. An existing file is never overwritten. False, with the
 // reason in `problem`, on a failure; no partly written file is left.

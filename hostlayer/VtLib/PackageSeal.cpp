@@ -82,10 +82,11 @@ class PackageDigest {
         if (!record.empty()) m_texts.addBounded(plain);
     }
 
-    // Empty if the cipher key cannot be used.
-    std::optional<Hash> code(const PackageSeal& seal, VTPassword::Error& error) const {
+    // Empty if the key of the file cannot be used.
+    std::optional<Hash> code(const PackageSeal& seal, const std::string& keyFile,
+                             VTPassword::Error& error) const {
         CipherKey key;
-        error = initializeSodium() ? key.load() : VTPassword::kCipherUnavailable;
+        error = initializeSodium() ? key.loadFrom(keyFile) : VTPassword::kCipherUnavailable;
         if (error != VTPassword::kNoError) return std::nullopt;
         Hasher derivation(key.bytes());
         derivation.add(kCodePurpose);
@@ -213,9 +214,14 @@ std::string PackageSealCheck::sealProblem() {
     if (impl.isMalformed) return "the package's seal is malformed, or of a newer version";
     if (!impl.seal) return {};
     VTPassword::Error error = VTPassword::kNoError;
-    const std::optional<Hash> code = impl.digest->code(*impl.seal, error);
-    if (!code) return cipherErrorText(error);
-    if (::sodium_memcmp(code->data(), impl.seal->code.data(), code->size()) != 0)
+    const auto isCodeOf = [&](const std::string& keyFile) {
+        const std::optional<Hash> code = impl.digest->code(*impl.seal, keyFile, error);
+        return code && ::sodium_memcmp(code->data(), impl.seal->code.data(), code->size()) == 0;
+    };
+    const std::vector<std::string> keyFiles = decryptingKeyPaths();
+    const bool isSealed = std::any_of(keyFiles.begin(), keyFiles.end(), isCodeOf);
+    if (!isSealed && error != VTPassword::kNoError) return cipherErrorText(error);
+    if (!isSealed)
         return "the package differs from what was sealed: records were removed, added, moved or exchanged";
     if (impl.seal->signatureBytes.empty()) return {};
     const Hash message = impl.digest->message(*impl.seal);
@@ -283,7 +289,7 @@ void PackageSealer::addLine(std::string_view record, std::string_view plain) {
 bool PackageSealer::makeText(std::string& text, std::string& problem) const {
     const PackageSeal& seal = m_impl->seal;
     VTPassword::Error error = VTPassword::kNoError;
-    const std::optional<Hash> code = m_impl->digest.code(seal, error);
+    const std::optional<Hash> code = m_impl->digest.code(seal, cipherKeyPath(), error);
     if (!code) {
         problem = cipherErrorText(error);
         return false;

@@ -116,14 +116,28 @@ bool canHoldValues(const std::vector<std::string>& table) {
     return table.front() == "host" ? table.size() == 1 || table.back() == "programs" : table.size() == 2;
 }
 
+bool applyChanges(const std::vector<StoreChange>& changes, std::string& text, std::string& problem) {
+    for (const auto& [table, valueName, value] : changes) {
+        if (valueName.empty() || !canHoldValues(table)) {
+            problem = "A value needs an instance, a key and a name, or host and a name";
+            return false;
+        }
+        std::string edited;
+        if (!editStore(text, table, valueName, value, edited, problem)) return false;
+        text = std::move(edited);
+    }
+    return true;
+}
+
 }  // namespace
 
 bool setStoreValue(const std::vector<std::string>& table, const std::string& valueName,
                    const std::variant<std::string, std::int64_t>& value, std::string& problem) {
-    if (valueName.empty() || !canHoldValues(table)) {
-        problem = "A value needs an instance, a key and a name, or host and a name";
-        return false;
-    }
+    const std::vector<StoreChange> changes = {{table, valueName, value}};
+    return changeStore([&] { return changes; }, problem);
+}
+
+bool changeStore(const std::function<std::vector<StoreChange>()>& changesOf, std::string& problem) {
     const std::string path = realPath(storePath());
     const std::string folderPath = folderOf(path);
     // The lock is on the folder: another writer may replace the file.
@@ -131,16 +145,17 @@ bool setStoreValue(const std::vector<std::string>& table, const std::string& val
     if (!folder || ::flock(folder.get(), LOCK_EX) != 0) return reportErrno(problem, folderPath);
     for (int i = 0; i < kMaxAttempts; ++i) {
         std::string text;
-        std::string edited;
         StoreSnapshot snapshot(path);
         const bool isNew = !snapshot.fileExists();
-        if ((!isNew && !snapshot.read(text, problem)) ||
-            !editStore(text, table, valueName, value, edited, problem)) {
+        const bool isRead = isNew || snapshot.read(text, problem);
+        const std::vector<StoreChange> changes = isRead ? changesOf() : std::vector<StoreChange>();
+        if (!isRead || !applyChanges(changes, text, problem)) {
             problem = "[" + path + "]: " + problem;
             return false;
         }
+        if (changes.empty()) return true;
         Replacement replacement(path);
-        if (!replacement.write(edited)) return reportErrno(problem, path);
+        if (!replacement.write(text)) return reportErrno(problem, path);
         if (isNew || snapshot.isCurrent())
             return replacement.commit(folder.get()) || reportErrno(problem, path);
     }

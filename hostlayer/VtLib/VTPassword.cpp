@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Base64.h"
@@ -47,16 +48,20 @@ struct VTPassword::Impl {
     ~Impl() { ::sodium_memzero(derivedKey, sizeof derivedKey); }
 
     Error loadKey();
-    const unsigned char* derivedKeyFor(const unsigned char* nonce);
+    const unsigned char* derivedKeyFor(const unsigned char* nonce, const hostlayer::CipherKey& from);
     Error seal(std::string_view mark, const char* plain, char* encrypted, unsigned long* size);
     Error open(std::string_view mark, const char* encrypted, char* plain, unsigned long* size);
     Error decode(std::string_view mark, std::string_view text, std::size_t bufferSize);
+    bool decryptRecord(std::string_view mark, char* plain);
+    bool decryptWithOtherKey(std::string_view mark, char* plain);
 
-    hostlayer::CipherKey key;
+    hostlayer::CipherKey key;                 // encrypts
+    hostlayer::CipherKey otherKey;            // decrypts after `key` did not, as long as it does
+    hostlayer::CipherKey* openingKey = &key;  // the one of both that decrypted last
+    const hostlayer::CipherKey* derivedFrom = nullptr;
     hostlayer::Nonces nonces;
     unsigned char derivedKey[crypto_core_hchacha20_OUTPUTBYTES]{};
     unsigned char derivedKeyPrefix[kNoncePrefixBytes]{};  // the nonce prefix that derivedKey belongs to
-    bool hasDerivedKey = false;
     std::vector<unsigned char> record;  // nonce, ciphertext and tag; reused to save allocations
     std::string credentials;            // encrypted, from putEncPwd()
     Error lastError = kNoError;
@@ -76,11 +81,12 @@ VTPassword::Error VTPassword::Impl::loadKey() {
     return hostlayer::initializeSodium() ? key.load() : kCipherUnavailable;
 }
 
-const unsigned char* VTPassword::Impl::derivedKeyFor(const unsigned char* nonce) {
-    if (!hasDerivedKey || std::memcmp(derivedKeyPrefix, nonce, kNoncePrefixBytes) != 0) {
-        ::crypto_core_hchacha20(derivedKey, nonce, key.bytes(), /*c=*/nullptr);
+const unsigned char* VTPassword::Impl::derivedKeyFor(const unsigned char* nonce,
+                                                     const hostlayer::CipherKey& from) {
+    if (derivedFrom != &from || std::memcmp(derivedKeyPrefix, nonce, kNoncePrefixBytes) != 0) {
+        ::crypto_core_hchacha20(derivedKey, nonce, from.bytes(), /*c=*/nullptr);
         std::memcpy(derivedKeyPrefix, nonce, kNoncePrefixBytes);
-        hasDerivedKey = true;
+        derivedFrom = &from;
     }
     return derivedKey;
 }
@@ -98,7 +104,7 @@ VTPassword::Error VTPassword::Impl::seal(std::string_view mark, const char* plai
     const InnerNonce inner(record.data());
     ::crypto_aead_chacha20poly1305_ietf_encrypt(record.data() + kNonceBytes, nullptr, bytesOf(text),
                                                 text.size(), bytesOf(mark), mark.size(), nullptr, inner.bytes,
-                                                derivedKeyFor(record.data()));
+                                                derivedKeyFor(record.data(), key));
     mark.copy(encrypted, kMarkLength);
     hostlayer::encodeBase64(record.data(), recordBytes, encrypted + kMarkLength);
     encrypted[length] = '\0';
@@ -126,15 +132,33 @@ VTPassword::Error VTPassword::Impl::open(std::string_view mark, const char* encr
     if (const Error error = decode(mark, encrypted != nullptr ? encrypted : "", *size); error != kNoError)
         return error;
     if (const Error error = loadKey(); error != kNoError) return error;
-    const InnerNonce inner(record.data());
+    if (!decryptRecord(mark, plain) && !decryptWithOtherKey(mark, plain)) return kNotAuthentic;
     const std::size_t length = record.size() - kNonceBytes - kTagBytes;
-    const int result = ::crypto_aead_chacha20poly1305_ietf_decrypt(
-        reinterpret_cast<unsigned char*>(plain), nullptr, nullptr, record.data() + kNonceBytes,
-        length + kTagBytes, bytesOf(mark), mark.size(), inner.bytes, derivedKeyFor(record.data()));
-    if (result != 0) return kNotAuthentic;  // libsodium leaves no plain text in the buffer
     plain[length] = '\0';
     *size = length;
     return kNoError;
+}
+
+// On a failure, libsodium leaves no plain text in the buffer.
+bool VTPassword::Impl::decryptRecord(std::string_view mark, char* plain) {
+    const InnerNonce inner(record.data());
+    return ::crypto_aead_chacha20poly1305_ietf_decrypt(
+               reinterpret_cast<unsigned char*>(plain), nullptr, nullptr, record.data() + kNonceBytes,
+               record.size() - kNonceBytes, bytesOf(mark), mark.size(), inner.bytes,
+               derivedKeyFor(record.data(), *openingKey)) == 0;
+}
+
+// While keys are rotated, two keys are in use. The store may have been changed after a key was loaded.
+bool VTPassword::Impl::decryptWithOtherKey(std::string_view mark, char* plain) {
+    if (std::exchange(openingKey, &key) == &otherKey && decryptRecord(mark, plain)) return true;
+    for (const std::string& path : hostlayer::decryptingKeyPaths()) {
+        derivedFrom = nullptr;
+        if (otherKey.loadFrom(path) != kNoError) continue;
+        openingKey = &otherKey;
+        if (decryptRecord(mark, plain)) return true;
+    }
+    openingKey = &key;  // the other one may be unreadable, all zeros
+    return false;
 }
 
 namespace {

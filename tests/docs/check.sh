@@ -28,7 +28,7 @@ for program in sqlcmd tsqlbox; do
 done
 
 # Every command of the man page is one of those that tscript has.
-commands_of_page() { sed -nE 's/^(\.BI? "?|\\fB|\.RI "\\fB)(run|exec|help|params|new|list|test|diff|pack|lint|inspect|repack|doctor|tidy|which|catalogue|journal|report|metrics|each|(db|journal|key|config|credentials|sandbox|schema) [a-z-]+).*/\2/p' docs/man/tscript.1; }
+commands_of_page() { sed -nE 's/^(\.BI? "?|\\fB|\.RI "\\fB)(run|exec|help|params|new|list|test|diff|pack|lint|inspect|repack|doctor|tidy|rotate|which|catalogue|journal|report|metrics|each|(db|journal|key|config|credentials|sandbox|schema) [a-z-]+).*/\2/p' docs/man/tscript.1; }
 while read -r -a words; do
   "$bin/tscript" "${words[@]}" --help 2>/dev/null </dev/null | grep -q "^Usage: tscript ${words[*]} " ||
     complain "there is no command: tscript ${words[*]}"

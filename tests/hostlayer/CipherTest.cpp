@@ -158,6 +158,35 @@ TEST_F(Cipher, RejectsUnusableKeyFiles) {
     EXPECT_EQ(decrypted(record), "error " + std::to_string(VTPassword::kKeyNotConfigured));
 }
 
+TEST_F(Cipher, DecryptsWithThePreviousKeyWhileTheStoreNamesIt) {
+    const auto recordOf = [this](const std::string& key) {
+        writeKey(key, 0600);
+        VTPassword cipher;
+        return encrypted(cipher, "text");
+    };
+    const std::string withOld = recordOf(std::string(32, 'o')), withZeros = recordOf(std::string(32, '\0'));
+    const std::string store = support::readFile(m_store.path());
+    const std::string withNew = recordOf(std::string(32, 'n'));
+    support::writeFile(m_folder / "old.key", std::string(32, 'o'));
+    ::chmod((m_folder / "old.key").c_str(), 0600);
+    const auto previous = [&](const char* file) {
+        return store + "previousKeyFile = '" + std::string(m_folder / file) + "'\n";
+    };
+    const std::string refused = "error " + std::to_string(VTPassword::kNotAuthentic);
+    EXPECT_EQ(decrypted(withOld), refused);
+    m_store.write(previous("old.key"));
+    for (const std::string& record : {withOld, withNew, withOld}) EXPECT_EQ(decrypted(record), "text");
+    EXPECT_EQ(decrypted(withZeros), refused);
+    // A key that cannot be read is no key of zeros.
+    m_store.write(previous("missing.key"));
+    VTPassword cipher;
+    for (const std::string& record : {withOld, withZeros, withZeros}) {
+        char plain[kRecordRoom];
+        unsigned long size = sizeof plain;
+        EXPECT_EQ(cipher.decrypt(record.c_str(), plain, &size), 0);
+    }
+}
+
 TEST_F(Cipher, NeverReusesANonceNotEvenInAForkedChild) {
     VTPassword cipher;
     std::set<std::string> nonces{encrypted(cipher, "x").substr(4, 32)};

@@ -485,6 +485,46 @@ TEST_F(Faults, WhatEveryUserCanChangeIsRefused) {
     }
 }
 
+// Both keys count until all is converted, and a rotation that was cut off is completed by the next.
+TEST_F(Faults, ARotationMayBeKilledAtAnyMoment) {
+    const Words works = {"run", "SiteInventory"};
+    const fs::path package = folder / "Scripts" / "SiteInventory.sql";
+    const std::string withOldKey = support::readFile(package);
+    const support::Descriptor output = support::memoryFile();
+    const auto startRotation = [&](const char* grace) {
+        support::ProgramOptions options;
+        options.environment = {storeVariable()};
+        return support::spawn({TSCRIPT_PROGRAM, "rotate", "--grace", grace}, options,
+                              {output.get(), output.get(), output.get()});
+    };
+    const auto killRotation = [](pid_t pid) {
+        kill(pid, SIGKILL);
+        int exitCode = -1;
+        support::waitFor(pid, std::chrono::seconds(60), exitCode);
+    };
+    const pid_t waiting = startRotation("3600");
+    while (support::readFile(store()).find("previousKeyFile") == std::string::npos ||
+           support::readFile(package) == withOldKey)
+        std::this_thread::yield();
+    expectAll({{works, 0, "", ""}, {{"rotate"}, 3, "", "another tscript is rotating"}});
+    killRotation(waiting);
+    support::writeFile(package, withOldKey);
+    expectAll({{works, 0, "", ""},
+               {{"doctor"}, 0, "warning  key rotation: not complete", ""},
+               {{"rotate", "--grace", "0"}, 0, "", "completed the rotation to the key"},
+               {{"doctor"}, 0, "ok       key: " + (folder / "cipher.key.1").string(), ""}});
+    for (int i = 0; i < 6; ++i) {
+        const pid_t killed = startRotation("0");
+        std::this_thread::sleep_for(std::chrono::milliseconds(i * 15));
+        killRotation(killed);
+        expectAll({{works, 0, "", ""}, {{"credentials", "test", "Dorvas"}, 0, "", ""}});
+    }
+    expectAll({{{"rotate", "--grace", "0"}, 0, "", "is not used any more"}, {works, 0, "", ""}});
+    EXPECT_EQ(run({"doctor"}).output.find("key rotation"), std::string::npos);
+    support::writeFile(package, withOldKey);
+    expectAll({{works, 3, "", "encrypted with another key"}});
+}
+
 // The server frees the lock of a run that is killed.
 TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
     packEndless();

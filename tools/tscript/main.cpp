@@ -37,7 +37,7 @@ constexpr void (*kAddCommands[])(CLI::App&, Action&) = {
     addTestCommand,      addPackCommand,     addInspectCommand,     addLintCommand,     addRepackCommand,
     addDatabaseCommands, addKeyCommands,     addCredentialCommands, addSandboxCommands, addSchemaCommands,
     addDoctorCommand,    addConfigCommands,  addReportCommand,      addTidyCommand,     addEachCommand,
-    addMetricsCommand,
+    addMetricsCommand,   addRotateCommand,
 };
 
 int reportFailure(ExitCode code, const std::string& what, const std::string& advice) {

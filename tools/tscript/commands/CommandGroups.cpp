@@ -15,7 +15,7 @@ const Group kGroups[] = {
     {"Run scripts", {"run", "exec", "which", "help", "params"}},
     {"See what ran", {"list", "catalogue", "journal", "report", "metrics"}},
     {"Write packages", {"new", "lint", "test", "pack", "inspect", "diff", "repack"}},
-    {"Set up and repair", {"doctor", "tidy", "config", "key", "credentials", "schema", "db"}},
+    {"Set up and repair", {"doctor", "tidy", "config", "key", "rotate", "credentials", "schema", "db"}},
     {"Many installations", {"each"}},
     {"Try it out", {"sandbox"}},
 };

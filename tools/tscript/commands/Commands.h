@@ -25,6 +25,7 @@ void addListCommand(CLI::App& app, Action& action);              // list
 void addDiffCommand(CLI::App& app, Action& action);              // diff
 void addTestCommand(CLI::App& app, Action& action);              // test
 void addRepackCommand(CLI::App& app, Action& action);            // repack
+void addRotateCommand(CLI::App& app, Action& action);            // rotate
 void addDatabaseCommands(CLI::App& app, Action& action);         // db …
 void addEachCommand(CLI::App& app, Action& action);              // each
 void addMetricsCommand(CLI::App& app, Action& action);          // metrics

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kLongestUser = 99;  // its length is stored as two digits
 constexpr std::size_t kStoredCapacity = 8192;
+constexpr const char* kCredentialsMark = "ZC1.";
 
 // Both are arguments of sqlcmd: the command line quotes the password but not the user.
 void checkCredentials(const std::string& user, const std::string& password) {
@@ -47,6 +48,26 @@ std::string encrypted(const Secret& plain) {
 }
 
 }  // namespace
+
+bool isStoredCredentials(const std::string& text) {
+    return text.starts_with(kCredentialsMark);
+}
+
+std::optional<std::string> withKey(const std::string& stored, const std::string& oldKeyFile,
+                                   const std::string& newKeyFile) {
+    Secret plain(kStoredCapacity);
+    plain.text().resize(kStoredCapacity);
+    unsigned long size = kStoredCapacity;
+    {
+        const hostlayer::KeyFileChoice choice(oldKeyFile);
+        VTPassword cipher;
+        cipher.putEncPwd(stored.c_str());
+        if (cipher.decrypt(plain.text().data(), &size) == 0) return std::nullopt;
+    }
+    plain.text().resize(size);
+    const hostlayer::KeyFileChoice choice(newKeyFile);
+    return encrypted(plain);
+}
 
 void storeCredentials(const std::string& database, const std::string& user, const Secret& password) {
     checkCredentials(user, password.text());

@@ -102,6 +102,9 @@ std::string keyAdvice(const std::string& file) {
 void checkKey(CheckList& list) {
     const std::string file = hostlayer::hostSetting("cipherKeyFile", "");
     const std::string problem = keyProblem();
+    if (const std::string previous = hostlayer::hostSetting("previousKeyFile", ""); !previous.empty())
+        list.addWarning("key rotation", "not complete: the previous key " + previous + " is still in use",
+                        "Complete it: tscript rotate");
     if (problem.empty()) return list.addGood("key", file);
     list.addFailure("key", ExitCode::kInstallation, problem, keyAdvice(file));
 }

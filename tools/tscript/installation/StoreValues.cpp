@@ -27,6 +27,7 @@ struct KnownValue {
 
 constexpr KnownValue kKnown[] = {
     {"host", "cipherKeyFile", Kind::kPath},
+    {"host", "previousKeyFile", Kind::kPath},
     {"host", "odbcDriver", Kind::kText},
     {"host", "odbcAttributes", Kind::kText},
     {"host", "loginTimeout", Kind::kNumber},
