@@ -130,7 +130,17 @@ TEST(Script, UsesFilesStreamsAndPrograms) {
         {"printf \"PRINT 'a\\0b'\\n\" | \"$@\"", "it contains a NUL character.\n", 1},
         {"\"$@\" --progress -Q 'SELECT 1' 2>&1 >e | sed 's/, .*//'", "Sqlcmd: batch 1: 1 rows\n", 0},
         {"\"$@\" -p1 -Q ':perftrace e\nSELECT 1' >o; sed 's/1:.*//' e", "\n4096:\n", 0},
-        {"\"$@\" -Z new", "tsqlbox does not support ALTER LOGIN.\n", 1},
+        // tsqlbox keeps the old password.
+        {"\"$@\" -Z new",
+         "Login failed for user 'sa'..\nSqlcmd: Error: FreeTDS : Unable to connect to data source.\n", 1},
+        {"SQLCMD_ODBC_DRIVER=FreeTDS \"$@\" -j -Q 'SELECT * FROM none'",
+         "\n[FreeTDS][SQL Server]Invalid object name 'none'.\n", 0},
+        {"\"$@\" -h -1 -Q \"SELECT REPLICATE(CAST('a' AS varchar(max)), 200000) UNION ALL SELECT 'b'\" -y 0 "
+         "| tail -c 23",
+         "a\nb\n\n(2 rows affected)\n", 0},
+        {"\"$@\" -Q \"SELECT REPLICATE(CAST('a' AS varchar(max)), 200000) UNION ALL SELECT 'b'\" -o "
+         "/dev/full",
+         "cannot write to '/dev/full': No space left on device.\n", 1},
     };
     for (const auto& [command, output, exitCode] : rows) {
         const auto result = inShell(server, command, folder.path());
@@ -200,7 +210,7 @@ TEST(Terminal, PromptsForThePassword) {
 }
 
 // Ctrl-C cancels a running batch, or discards the typed one; an error does not end the session; Ctrl-D does.
-// The history (key ^P) has no lines of a batch that mentions a password.
+// Lines are wrapped at 80. The history (key ^P) has no lines of a batch that mentions a password.
 TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     const support::TsqlBox server;
     support::TerminalProgram program({SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-P",
@@ -215,6 +225,7 @@ TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     answers("2\nGO\n", "é1 2\r\n\r\n(1 rows affected)\r\n1> ");
     answers("RAISERROR('runs', 0, 1) WITH NOWAIT WAITFOR DELAY '00:10'\nGO\n", "\nruns\r\n");
     answers(support::kControlC, "Sqlcmd: the batch was cancelled.\r\n1> ");
+    answers("SELECT REPLICATE('x', 79) + 'yz'\nGO\n", "xy\r\nz\r\n\r\n(1 rows affected)\r\n1> ");
     answers("PRINT 'wrong'\n", "PRINT 'wrong'\r\n2> ");
     answers(support::kControlC, "^C\r\n1> ");
     answers("PRINT $(nothing)\n", "'nothing' scripting variable not defined.\r\n1> ");

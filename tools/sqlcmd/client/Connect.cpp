@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
+#include <utility>
 
 #include "ServerProbe.h"
 #include "client/DbLibClient.h"
@@ -57,6 +59,18 @@ std::unique_ptr<Client> connectWithDriver(Options& options) {
     return std::make_unique<DbLibClient>(options);
 }
 
+// Changes the password by a login, since an expired one permits nothing else. DB-Library has no such login.
+void changePassword(Options& options) {
+    const LoginDeadline deadline(options.loginTimeout);
+    const char* driver = std::getenv("SQLCMD_ODBC_DRIVER");
+    Options login = options;
+    login.password = options.newPassword;
+    explicit_bzero(login.newPassword.data(), login.newPassword.size());
+    const Connection connection(login, driver != nullptr && *driver != '\0' ? driver : kFreeTdsName,
+                                std::move(options.password));
+    options.password = std::exchange(options.newPassword, {});
+}
+
 // Without a message of the server, FreeTDS gives no reason. The port of an instance is not known.
 void addReason(std::vector<Diagnostic>& errors, const Options& options) {
     const auto saysWhy = [](const Diagnostic& error) {
@@ -79,6 +93,7 @@ void addReason(std::vector<Diagnostic>& errors, const Options& options) {
 std::unique_ptr<Client> connect(Options& options) {
     if (options.adminConnection) addAdminPort(options);
     try {
+        if (!options.newPassword.empty()) changePassword(options);
         return connectWithDriver(options);
     } catch (LoginError& error) {
         addReason(error.diagnostics, options);

@@ -9,7 +9,8 @@
 namespace sqlcmd {
 
 // Connects with the driver that the environment variable SQLCMD_ODBC_DRIVER names, FreeTDS without it.
-// Overwrites the password in `options`. Throws LoginError; ToolError and UsageError for invalid values.
+// Changes the password first if `options` have a new one. Overwrites the passwords in `options`. Throws
+// LoginError; ToolError and UsageError for invalid values.
 std::unique_ptr<Client> connect(Options& options);
 
 }  // namespace sqlcmd

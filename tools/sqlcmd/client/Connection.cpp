@@ -12,6 +12,7 @@
 namespace sqlcmd {
 namespace {
 
+constexpr SQLINTEGER kOldPassword = 1226;            // SQL_COPT_SS_OLDPWD of SQL Server's drivers
 constexpr std::size_t kMaxConnectionString = 32767;  // bytes; ODBC counts them in 16 bits
 
 bool isFreeTds(std::string_view driver) {
@@ -97,7 +98,7 @@ Handle::~Handle() {
     m_functions.freeHandle(m_type, m_handle);
 }
 
-Connection::Connection(Options& options, std::string_view driver)
+Connection::Connection(Options& options, std::string_view driver, std::string oldPassword)
     : m_environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE),
       m_connection(SQL_HANDLE_DBC, m_environment.get()),
       m_queryTimeout(options.queryTimeout) {
@@ -105,6 +106,9 @@ Connection::Connection(Options& options, std::string_view driver)
     explicit_bzero(options.password.data(), options.password.size());
     SQLSetConnectAttr(m_connection.get(), SQL_ATTR_LOGIN_TIMEOUT, attributeValue(options.loginTimeout),
                       SQL_IS_UINTEGER);
+    if (!oldPassword.empty())
+        SQLSetConnectAttr(m_connection.get(), kOldPassword, oldPassword.data(), SQL_NTS);
+    explicit_bzero(oldPassword.data(), oldPassword.size());
     logIn(text);
     m_driver = driverOf(m_connection.get());
 }

@@ -34,9 +34,10 @@ class Handle {
 
 class Connection {
   public:
-    // Connects and overwrites the password in `options`. Throws LoginError; ToolError for a value that the
-    // connection string cannot hold.
-    Connection(Options& options, std::string_view driver);
+    // Connects and overwrites the password in `options`. With an old password, which is overwritten, too, the
+    // login changes it to the password in `options`; it may have expired. Throws LoginError; ToolError for a
+    // value that the connection string cannot hold.
+    Connection(Options& options, std::string_view driver, std::string oldPassword = {});
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;

@@ -17,6 +17,7 @@ struct Diagnostic {
     std::string procedure;  // empty outside procedures, and with FreeTDS's ODBC driver
     std::string server;
     std::string driver;  // the name that the driver gives itself
+    std::string names;   // the bracketed names that an ODBC driver puts before the text
     std::string text;    // without the bracketed names that drivers put before it
     bool fromServer = false;
 

@@ -102,7 +102,9 @@ void moveNamesToDriver(std::vector<Diagnostic>& diagnostics, const std::string& 
         std::any_of(diagnostics.begin(), diagnostics.end(),
                     [&](const Diagnostic& diagnostic) { return diagnostic.text == wholeText; });
     for (Diagnostic& diagnostic : diagnostics) {
-        const Names names = namesBefore(inFields ? diagnostic.text : wholeText);
+        const std::string& named = inFields ? diagnostic.text : wholeText;
+        const Names names = namesBefore(named);
+        diagnostic.names = named.substr(0, names.length);
         diagnostic.driver = names.driver;
         if (inFields) diagnostic.text.erase(0, names.length);
     }

@@ -149,6 +149,14 @@ constexpr OptionVariable kOptionVariables[] = {
     {"SQLCMDMAXFIXEDTYPEWIDTH", 'Y'},
 };
 
+// The variable of -w may be 0, its default.
+void applyVariable(const OptionVariable& variable, Options& options, const std::string& value) {
+    if (variable.letter == 'w' && value == "0")
+        options.layout.lineWidth = 0;
+    else
+        findRule(variable.letter)->apply(options, value);
+}
+
 // Sets what the command line has not set. With -X the environment sets nothing but the password.
 void readEnvironment(Options& options, const ArgumentReader& arguments) {
     const bool isIgnored = options.restriction != Restriction::None;
@@ -169,7 +177,7 @@ void readEnvironment(Options& options, const ArgumentReader& arguments) {
         readVariable({variable.name}, value);
         if (value.empty() || arguments.hasRead(variable.letter)) continue;
         try {
-            findRule(variable.letter)->apply(options, value);
+            applyVariable(variable, options, value);
         } catch (const UsageError& error) {
             throw UsageError(std::string("environment variable ") + variable.name + ": " + error.what());
         }
@@ -245,7 +253,7 @@ void setByVariable(Options& options, std::string_view name, std::string_view val
         if (value.empty())
             for (const auto& [otherName, standard] : optionVariables(Options{}))
                 if (otherName == variable.name) newValue = standard;
-        return findRule(variable.letter)->apply(options, newValue);
+        return applyVariable(variable, options, newValue);
     }
     if (!equalsIgnoringCase(name, kEditorVariable))
         throw UsageError("it cannot be set in a script. Give the option on the command line.");

@@ -63,9 +63,8 @@ void setIntent(Options& options, std::string_view intent) {
 
 void setControlCharacters(Options& options, std::string_view level) {
     if (level != "" && level != "1" && level != "2") throwUnexpected(level, "1 or 2");
-    options.layout.controlCharacters = level == "2"   ? ControlCharacters::RunToBlank
-                                       : level == "1" ? ControlCharacters::ToBlank
-                                                      : ControlCharacters::Remove;
+    options.layout.controlCharacters =
+        level == "2" ? ControlCharacters::RunToBlank : ControlCharacters::ToBlank;
 }
 
 void setStatistics(Options& options, std::string_view level) {
@@ -189,7 +188,7 @@ const OptionRule kRules[] = {
      [](Options& o, std::string_view v) { o.layout.separator = oneCharacter(v); }},
     {'W', "trim-spaces", Takes::Nothing, "trim trailing blanks",
      [](Options& o, std::string_view) { o.layout.trimBlanks = true; }},
-    {'w', "screen-width", Takes::Name, "line width, 9 to 65535",
+    {'w', "screen-width", Takes::Name, "line width, 9 to 65535 (default: 80 on a terminal)",
      [](Options& o, std::string_view v) {
          o.layout.lineWidth = parseNumber(v, kMinLineWidth, kMaxLineWidth);
      }},
@@ -220,7 +219,7 @@ const OptionRule kRules[] = {
     {'M', "multi-subnet-failover", Takes::Nothing, "multi-subnet failover (no effect with FreeTDS)",
      [](Options& o, std::string_view) { o.multiSubnetFailover = true; }},
     {'k', "remove-control-characters", Takes::Optional,
-     "remove control characters; print a blank for: 1 each, 2 each run", setControlCharacters, "1 2"},
+     "print a blank for control characters: 1 each (default), 2 each run", setControlCharacters, "1 2"},
     {'p', "print-statistics", Takes::Optional, "print statistics: 1 separated by colons", setStatistics, "1"},
     {'X', "disable-cmd", Takes::Optional, "refuse commands that reach programs, files and servers: 1 and end",
      setRestriction, "1"},
@@ -228,7 +227,7 @@ const OptionRule kRules[] = {
      setCodePages},
     {'L', "list-servers", Takes::Optional, "list the servers of the network; c names only", setServerList,
      "c"},
-    {'z', "change-password", Takes::Text, "change the password", setNewPassword},
+    {'z', "change-password", Takes::Text, "change the password, also an expired one", setNewPassword},
     {'Z', "change-password-exit", Takes::Text, "change the password and exit",
      [](Options& o, std::string_view v) { setNewPassword(o, v), o.endsAfterNewPassword = true; }},
     {'\0', "csv", Takes::Nothing, "print results as CSV, messages to standard error",
@@ -245,7 +244,8 @@ const OptionRule kRules[] = {
      [](Options& o, std::string_view) { o.action = Options::Action::Version; }},
     {'R', "client-regional-setting", Takes::Nothing, "accepted without effect",
      [](Options&, std::string_view) {}},
-    {'j', "raw-errors", Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
+    {'j', "raw-errors", Takes::Nothing, "print messages with the names that an ODBC driver adds",
+     [](Options& o, std::string_view) { o.rawErrors = true; }},
     {'n', "", Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
     {'D', "dsn", Takes::Nothing, "not supported",
      [](Options&, std::string_view) {

@@ -13,12 +13,12 @@
 namespace sqlcmd {
 
 // What happens to control characters in values (-k).
-enum class ControlCharacters { Keep, Remove, ToBlank, RunToBlank };
+enum class ControlCharacters { Keep, ToBlank, RunToBlank };
 
 // Layout of result sets. Widths are in characters; 0 means no limit.
 struct Layout {
     std::string separator = " ";  // -s
-    int lineWidth = 0;            // -w: longer lines are wrapped
+    int lineWidth = 0;            // -w: longer lines are wrapped; 0: at 80 on a terminal
     bool trimBlanks = false;      // -W
     int rowsPerHeading = 0;       // -h: 0 one heading per result set, -1 none
     int longTypeWidth = 256;      // -y: (max) types, text, xml
@@ -59,7 +59,7 @@ struct Options {
     std::string password;  // overwritten by Connection after use
     bool hasPassword = false;
     bool trusted = false;               // -E
-    std::string newPassword;            // -z, -Z; empty: none
+    std::string newPassword;            // -z, -Z; empty: none. Becomes the password in connect()
     bool endsAfterNewPassword = false;  // -Z
     Encryption encryption = Encryption::Default;
     bool trustCertificate = false;  // -C: encrypts without verification where Verify is set
@@ -94,6 +94,7 @@ struct Options {
 
     bool stopOnError = false;          // -b
     std::optional<int> severityLevel;  // -V
+    bool rawErrors = false;            // -j: with the names that an ODBC driver puts before a message
     int messageLevel = 0;              // -m: -1 prints all messages, each with its heading
 
     Restriction restriction = Restriction::None;

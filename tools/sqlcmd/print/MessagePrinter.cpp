@@ -44,20 +44,26 @@ void MessagePrinter::printServerMessage(const Diagnostic& diagnostic) {
     const bool toErrorStream = m_options.errorStream == ErrorStream::All ||
                                m_options.format != Format::Text ||
                                (m_options.errorStream == ErrorStream::Errors && diagnostic.isError());
+    const std::string text =
+        (withHeading ? messageHeading(diagnostic) + "\n" : "") + textOf(diagnostic) + "\n";
     if (m_errors != nullptr && diagnostic.isError()) {
-        m_errors->write((withHeading ? messageHeading(diagnostic) + "\n" : "") + diagnostic.text + "\n");
+        m_errors->write(text);
         return m_errors->flush();
     }
-    write((withHeading ? messageHeading(diagnostic) + "\n" : "") + diagnostic.text + "\n", toErrorStream);
+    write(text, toErrorStream);
 }
 
 // Prints to standard error whatever -r says. Also prints to the output file, so that its readers see why the
 // results end.
 void MessagePrinter::printToolError(const Diagnostic& diagnostic) {
-    const std::string text = "Sqlcmd: Error: " + diagnostic.driver + " : " + diagnostic.text + ".\n";
+    const std::string text = "Sqlcmd: Error: " + diagnostic.driver + " : " + textOf(diagnostic) + ".\n";
     if (m_output.isFile() && m_options.format == Format::Text) m_output.write(text);
     m_output.flush();
     std::fputs(text.c_str(), stderr);
+}
+
+std::string MessagePrinter::textOf(const Diagnostic& diagnostic) const {
+    return m_options.rawErrors ? diagnostic.names + diagnostic.text : diagnostic.text;
 }
 
 void MessagePrinter::write(std::string_view text, bool toErrorStream) {

@@ -34,6 +34,7 @@ class MessagePrinter {
   private:
     void printServerMessage(const Diagnostic& diagnostic);
     void printToolError(const Diagnostic& diagnostic);
+    std::string textOf(const Diagnostic& diagnostic) const;
     void write(std::string_view text, bool toErrorStream);
 
     const Options& m_options;

@@ -10,11 +10,21 @@ namespace {
 constexpr std::size_t kBytesPerCharacter = 4;  // of UTF-8, at most
 constexpr std::string_view kNull = "NULL";
 
+std::size_t lineWidthOf(const Layout& layout, const Output& output) {
+    constexpr std::size_t kTerminalWidth = 80;
+    if (layout.lineWidth != 0) return static_cast<std::size_t>(layout.lineWidth);
+    return output.isTerminal() ? kTerminalWidth : 0;
+}
+
 }  // namespace
 
 ResultPrinter::ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode,
                              Output& output)
-    : m_batch(batch), m_layout(layout), m_mode(mode), m_output(output) {
+    : m_batch(batch),
+      m_layout(layout),
+      m_mode(mode),
+      m_output(output),
+      m_lineWidth(lineWidthOf(layout, output)) {
     for (const ColumnInfo& column : batch.columns()) {
         m_formats.push_back(formatOf(column, layout));
         const std::size_t limit = mode.xml ? 0 : m_formats.back().limit;
@@ -112,9 +122,8 @@ void ResultPrinter::appendValue(std::size_t column, std::string_view& rows) {
 
 // Writes the line, wrapped at the line width.
 void ResultPrinter::writeLine(std::string_view line) {
-    const auto width = static_cast<std::size_t>(m_layout.lineWidth);
-    while (width != 0) {
-        const std::string_view part = utf8Prefix(line, width);
+    while (m_lineWidth != 0) {
+        const std::string_view part = utf8Prefix(line, m_lineWidth);
         if (part.size() == line.size()) break;
         m_output.write(part);
         m_output.write("\n");

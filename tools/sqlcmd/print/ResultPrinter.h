@@ -41,6 +41,7 @@ class ResultPrinter {
     const Layout& m_layout;
     ResultMode m_mode;
     Output& m_output;
+    std::size_t m_lineWidth;  // 0: lines are not wrapped
     std::vector<ColumnFormat> m_formats;
     std::vector<std::size_t> m_neededBytes;  // of each column's values
     long long m_row = 0;                     // number of the next row

@@ -35,13 +35,6 @@ int exitCodeOf(const std::string& text) {
     return isInteger ? static_cast<int>(value) : kExitValueNotANumber;
 }
 
-// Encloses a name or string in quotes, and doubles those in it.
-std::string enclosed(std::string_view text, char quote) {
-    std::string result(1, quote == ']' ? '[' : quote);
-    for (const char c : text) result.append(c == quote ? 2 : 1, c);
-    return result += quote;
-}
-
 // Removes the first word, which may be in double quotes, from `text`.
 std::string takeArgument(std::string_view& text) {
     const auto end = text.starts_with('"') ? text.find('"', 1) : std::string_view::npos;
@@ -102,11 +95,9 @@ void Tool::setVariables() {
 }
 
 void Tool::logInAndRun(Output& output) {
-    std::string oldPassword = m_options.newPassword.empty() ? std::string() : m_options.password;
     m_client = connect(m_options);
     BatchRunner runner(*m_client, m_options, output);
     setUpSession(*m_client, runner);
-    if (!m_options.newPassword.empty()) changePassword(runner, oldPassword);
     if (!m_options.endsAfterNewPassword) runScripts(runner, output);
     runner.finishOutput();
 }
@@ -115,16 +106,6 @@ void Tool::setUpSession(const Client& client, BatchRunner& runner) const {
     runner.setSessionSettings(std::string(client.sessionSettings()) + (m_options.quotedIdentifier
                                                                            ? "SET QUOTED_IDENTIFIER ON"
                                                                            : "SET QUOTED_IDENTIFIER OFF"));
-}
-
-void Tool::changePassword(BatchRunner& runner, std::string& oldPassword) {
-    std::string batch = "ALTER LOGIN " + enclosed(m_options.user, ']') + " WITH PASSWORD = N" +
-                        enclosed(m_options.newPassword, '\'') + " OLD_PASSWORD = N" +
-                        enclosed(oldPassword, '\'');
-    const BatchOutcome outcome = runner.run(batch, {.isInternal = true});
-    for (std::string* secret : {&batch, &oldPassword, &m_options.newPassword})
-        explicit_bzero(secret->data(), secret->size());
-    if (outcome.severity >= kErrorSeverity) throw AlreadyReported();
 }
 
 bool Tool::runScripts(BatchRunner& runner, Output& output) {

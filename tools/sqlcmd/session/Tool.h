@@ -26,7 +26,6 @@ class Tool {
     void setVariables();
     void logInAndRun(Output& output);
     void setUpSession(const Client& client, BatchRunner& runner) const;
-    void changePassword(BatchRunner& runner, std::string& oldPassword);
     // These return false if the tool must end with m_exitCode.
     bool runScripts(BatchRunner& runner, Output& output);
     bool runStandardInput(BatchRunner& runner, Output& output);

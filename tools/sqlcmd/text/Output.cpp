@@ -69,6 +69,10 @@ void Output::redirect(const std::string& target) {
     m_isRegularFile = isRegular(descriptor);
 }
 
+bool Output::isTerminal() const {
+    return isatty(m_descriptor) != 0;
+}
+
 Output::~Output() {
     if (isFile()) close(m_descriptor);
 }

@@ -36,6 +36,7 @@ class Output {
     bool isFile() const { return !m_path.empty(); }
     // False for terminals, pipes and the like, which somebody may be reading.
     bool isRegularFile() const { return m_isRegularFile; }
+    bool isTerminal() const;
 
   private:
     static constexpr std::size_t kBufferSize = 65536;  // bytes

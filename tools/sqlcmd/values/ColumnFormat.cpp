@@ -164,8 +164,7 @@ void replaceControlCharacters(std::string& line, std::size_t start, ControlChara
     std::string result;
     bool isInRun = false;
     for (const char c : std::string_view(line).substr(start)) {
-        const bool isDropped = isControl(c) && (mode == ControlCharacters::Remove ||
-                                                (mode == ControlCharacters::RunToBlank && isInRun));
+        const bool isDropped = isControl(c) && mode == ControlCharacters::RunToBlank && isInRun;
         isInRun = isControl(c);
         if (!isDropped) result += isInRun ? ' ' : c;
     }

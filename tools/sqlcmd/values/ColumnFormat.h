@@ -32,7 +32,7 @@ ColumnFormat exactFormatOf(const ColumnInfo& column);
 // column's limit. It may be the beginning of a value that is longer than the limit.
 void shapeValue(std::string& line, std::size_t start, const ColumnFormat& format);
 
-// Removes the control characters of the value at the end of `line`, from `start`, or replaces them by blanks.
+// Replaces the control characters of the value at the end of `line`, from `start`, by blanks.
 void replaceControlCharacters(std::string& line, std::size_t start, ControlCharacters mode);
 
 // Appends a string, padded with spaces to `width` characters.
