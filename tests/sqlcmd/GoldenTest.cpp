@@ -124,6 +124,8 @@ TEST(Script, UsesFilesStreamsAndPrograms) {
         {"\"$@\" -Q 'SELECT 1' -o /dev/full", "cannot write to '/dev/full': No space left on device.\n", 1},
         {"\"$@\" -Q 'SELECT 1' -o .", "cannot open output file '.': Is a directory.\n", 1},
         {"\"$@\" -i .", "'.': Invalid filename. Is a directory.\n", 1},
+        {"printf 'P\\0R\\0I' | \"$@\"", "Sqlcmd: standard input: the last character is incomplete.\n", 1},
+        {"\"$@\" --csv -h -1 -Q \"SELECT 'a', NULL, '', 1 \"", "a,,\"\",1\n", 0},
         {"\"$@\" -f 1252 -i page.sql -o out; cat out", "\xE9\n", 0},
         {"\"$@\" -f 1252 -Q \"PRINT N'\xC3\xA9\xE4\xB8\x96'\" -o out; cat out", "\xE9?\n", 0},
         {"printf \":out out\\nPRINT 'u'\\n\" | \"$@\" -u; od -An -c out", "   u  \\0  \\n  \\0\n", 0},

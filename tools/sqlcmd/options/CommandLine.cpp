@@ -71,7 +71,9 @@ class ArgumentReader {
                 return apply(rule, attached != nullptr ? attached : nothing, options);
             case Takes::Name:
             case Takes::Text:
-                return apply(rule, attached != nullptr ? attached : nextValue(rule.takes), options);
+                if (attached == nullptr) attached = nextValue(rule.takes);
+                if (rule.takes == Takes::Name && *attached == '\0') throwMissingValue();
+                return apply(rule, attached, options);
             case Takes::Assignments:
                 apply(rule, attached != nullptr ? attached : nextValue(Takes::Name), options);
                 while (m_next < m_arguments.size() && m_arguments[m_next][0] != '-')
@@ -91,8 +93,12 @@ class ArgumentReader {
     char* nextValue(Takes takes) {
         const bool missing =
             m_next == m_arguments.size() || (takes == Takes::Name && m_arguments[m_next][0] == '-');
-        if (missing) throw UsageError("'" + m_optionName + "': Missing argument");
+        if (missing) throwMissingValue();
         return m_arguments[m_next++];
+    }
+
+    [[noreturn]] void throwMissingValue() const {
+        throw UsageError("'" + m_optionName + "': Missing argument");
     }
 
     void apply(const OptionRule& rule, char* value, Options& options) const {

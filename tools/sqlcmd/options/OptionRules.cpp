@@ -6,6 +6,7 @@
 #include <limits>
 #include <string>
 
+#include "options/Variables.h"
 #include "text/CodePage.h"
 #include "text/Text.h"
 #include "text/Utf.h"
@@ -32,10 +33,12 @@ void setVariable(Options& options, std::string_view assignment) {
     const auto equals = assignment.find('=');
     if (equals == 0 || equals == std::string_view::npos)
         throw UsageError("'" + std::string(assignment) + "' is not of the form name=value");
+    const std::string_view name = assignment.substr(0, equals);
+    if (!Variables::isName(name)) throw UsageError("'" + std::string(name) + "' is not a variable name");
     std::string_view value = assignment.substr(equals + 1);
     if (value.size() >= 2 && value.front() == '"' && value.back() == '"')
         value = value.substr(1, value.size() - 2);
-    options.variables.emplace_back(assignment.substr(0, equals), value);
+    options.variables.emplace_back(name, value);
 }
 
 [[noreturn]] void throwUnexpected(std::string_view value, const char* expected) {

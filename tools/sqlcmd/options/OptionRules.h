@@ -10,7 +10,7 @@ namespace sqlcmd {
 
 enum class Takes {
     Nothing,
-    Name,         // a value that does not begin with '-'
+    Name,         // a value that is not empty and does not begin with '-'
     Text,         // any value
     Optional,     // a value that is attached, or the next argument if it is one of the rule's words
     Assignments,  // one or more name=value, up to the next option

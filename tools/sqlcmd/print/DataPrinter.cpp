@@ -99,6 +99,7 @@ void DataPrinter::beginResult() {
     if (m_format == Format::Json) m_output.write(isFollowing ? ",\n[" : "[\n[");
     if (m_format != Format::Csv) return;
     if (isFollowing) m_output.write("\n");
+    if (!m_hasHeading) return;
     m_line.clear();
     for (const std::string& name : m_names) {
         if (&name != &m_names.front()) m_line += m_separator;

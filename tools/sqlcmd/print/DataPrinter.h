@@ -20,8 +20,11 @@ namespace sqlcmd {
 class DataPrinter {
   public:
     // The output must outlive the printer.
-    DataPrinter(Format format, std::string separator, Output& output)
-        : m_format(format), m_separator(std::move(separator)), m_output(output) {}
+    DataPrinter(Format format, const Layout& layout, Output& output)
+        : m_format(format),
+          m_separator(layout.separator),
+          m_hasHeading(layout.rowsPerHeading >= 0),
+          m_output(output) {}
 
     // Prints all rows of the batch's current result. `lastValue`, if not null, receives the first column of
     // the last row. Messages that arrive between rows must drain the queue before they are printed.
@@ -39,6 +42,7 @@ class DataPrinter {
 
     Format m_format;
     std::string m_separator;  // of CSV
+    bool m_hasHeading;        // of CSV; false with -h -1
     Output& m_output;
     bool m_hasResults = false;
     std::vector<std::string> m_names;  // as they are printed before values

@@ -1,6 +1,7 @@
 #include "script/BatchReader.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <span>
 #include <utility>
@@ -82,6 +83,19 @@ void advance(LexicalState& state, std::string_view text, std::size_t& i) {
     } else if (c == '[') {
         state.closing = ']';
     }
+}
+
+// Returns the position of the first character, from `start`, that may change the lexical state or begin a
+// variable reference or comment; the size of the text if there is none.
+std::size_t nextSpecial(std::string_view text, std::size_t start) {
+    static constexpr auto kIsSpecial = [] {
+        std::array<bool, 256> table{};
+        for (const char c : {'\'', '"', '[', ']', '/', '*', '-', '$'})
+            table[static_cast<unsigned char>(c)] = true;
+        return table;
+    }();
+    while (start < text.size() && !kIsSpecial[static_cast<unsigned char>(text[start])]) ++start;
+    return start;
 }
 
 // Search for the parenthesis that closes the one at the beginning of a text, which grows by lines.
@@ -306,6 +320,10 @@ void BatchReader::includeFile(std::string_view arguments) {
 // Tracks strings, quoted names and comments. Expands variables everywhere but in comments.
 void BatchReader::appendLine() {
     for (std::size_t i = 0; i < m_line.size(); ++i) {
+        const std::size_t special = nextSpecial(m_line, i);
+        m_batch.append(m_line, i, special - i);
+        i = special;
+        if (i == m_line.size()) break;
         if (m_state.commentDepth == 0 && expandAt(m_line, i, m_batch)) continue;
         if (m_state.inBatchText() && m_line.compare(i, 2, "--") == 0) {
             m_batch.append(m_line, i);

@@ -121,6 +121,8 @@ bool ScriptSource::readMore() {
     if (count == 0) close(std::exchange(m_descriptor, -1));
     recogniseEncoding();
     decode();
+    if (m_descriptor < 0 && (!m_raw.empty() || m_highSurrogate != 0))
+        throw ToolError("Sqlcmd: " + shownName(m_name) + ": the last character is incomplete.");
     return true;
 }
 

@@ -29,7 +29,7 @@ class BatchRunner {
         : m_client(&client),
           m_options(options),
           m_output(output),
-          m_data(options.format, options.layout.separator, output),
+          m_data(options.format, options.layout, output),
           m_progress(options.progress) {
         setClient(client);
     }
