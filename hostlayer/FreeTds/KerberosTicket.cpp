@@ -74,8 +74,12 @@ std::string ticketProblem(const std::string& host, const std::string& port) {
     return problemWith("MSSQLSvc/" + canonicalName(host) + ":" + port);
 }
 
+bool usesTicket(std::string_view connectionString) {
+    return attribute(connectionString, "Trusted_Connection") == "yes";
+}
+
 std::string ticketProblem(std::string_view connectionString) {
-    if (attribute(connectionString, "Trusted_Connection") != "yes") return "";
+    if (!usesTicket(connectionString)) return "";
     if (const std::string principal = attribute(connectionString, "ServerSPN"); !principal.empty())
         return problemWith(principal);
     const auto section = serverOfSection(attribute(connectionString, "Servername"));

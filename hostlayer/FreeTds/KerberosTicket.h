@@ -17,4 +17,7 @@ std::string ticketProblemOf(const std::string& servicePrincipal);
 // a port.
 std::string ticketProblem(std::string_view connectionString);
 
+// Whether an ODBC connection string asks for Windows authentication.
+bool usesTicket(std::string_view connectionString);
+
 }  // namespace freetds

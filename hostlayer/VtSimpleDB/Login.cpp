@@ -86,15 +86,22 @@ bool Login::connect(const RequestLimits& limits) {
 }
 
 bool Login::driverConnects(std::u16string& text, ServerRequest& request) const {
-    SQLRETURN result = SQL_ERROR;
-    {
+    const auto connect = [&] {
         const ServerRequest::Call call(request);
-        if (!request.isCut())
-            result = ::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text), SQL_NTS, nullptr, 0,
-                                         nullptr, SQL_DRIVER_NOPROMPT);
-    }
+        return request.isCut() ? SQLRETURN{SQL_ERROR}
+                               : ::SQLDriverConnectW(m_connection.get(), nullptr, odbcText(text), SQL_NTS,
+                                                     nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+    };
+    SQLRETURN result = connect();
+    if (!SQL_SUCCEEDED(result) && !request.isCut() && mayHaveMissedFirstTicket()) result = connect();
     if (!SQL_SUCCEEDED(result) && !request.isCut()) reportReason();
     return m_connection.check(result, "Connect");
+}
+
+// Another thread or process was writing the first ticket of a client keytab: there is one by now.
+bool Login::mayHaveMissedFirstTicket() const {
+    return std::getenv("KRB5_CLIENT_KTNAME") != nullptr && !m_connection.hasServerMessage() &&
+           freetds::usesTicket(m_connectionString) && freetds::ticketProblem(m_connectionString).empty();
 }
 
 // What FreeTDS does not say: a missing or refused Kerberos ticket; without a message of the server, the

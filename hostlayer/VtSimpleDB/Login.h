@@ -59,6 +59,7 @@ class Login {
 
   private:
     bool driverConnects(std::u16string& text, ServerRequest& request) const;
+    bool mayHaveMissedFirstTicket() const;
     void reportReason() const;
     bool socketsAreQuiet() const;
     bool runs(std::u16string batch) const;

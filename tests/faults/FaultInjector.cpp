@@ -119,10 +119,6 @@ int mainWithFaults(int count, char** arguments, char** variables) {
     return programMain(count, arguments, variables);
 }
 
-mode_t modeArgument(int flags, va_list arguments) {
-    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-}
-
 }  // namespace
 
 // The injector is the first library in the search order, so these replace the functions of the C library.
@@ -130,26 +126,18 @@ extern "C" {
 
 #define FORWARD(name, ...) next(#name, &::name)(__VA_ARGS__)
 
-#define REPLACE_OPEN(name)                                                      \
-    int name(const char* path, int flags, ...) {                                \
-        va_list arguments;                                                      \
-        va_start(arguments, flags);                                             \
-        const mode_t mode = modeArgument(flags, arguments);                     \
-        va_end(arguments);                                                      \
-        return fails("open") ? failure(EIO) : FORWARD(name, path, flags, mode); \
+#define REPLACE_OPEN(name, parameters, ...)                                                       \
+    int name parameters {                                                                         \
+        va_list arguments;                                                                        \
+        va_start(arguments, flags);                                                               \
+        const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0; \
+        va_end(arguments);                                                                        \
+        return fails("open") ? failure(EIO) : FORWARD(name, __VA_ARGS__, mode);                   \
     }
-#define REPLACE_OPENAT(name)                                                            \
-    int name(int folder, const char* path, int flags, ...) {                            \
-        va_list arguments;                                                              \
-        va_start(arguments, flags);                                                     \
-        const mode_t mode = modeArgument(flags, arguments);                             \
-        va_end(arguments);                                                              \
-        return fails("open") ? failure(EIO) : FORWARD(name, folder, path, flags, mode); \
-    }
-REPLACE_OPEN(open)
-REPLACE_OPEN(open64)
-REPLACE_OPENAT(openat)
-REPLACE_OPENAT(openat64)
+REPLACE_OPEN(open, (const char* path, int flags, ...), path, flags)
+REPLACE_OPEN(open64, (const char* path, int flags, ...), path, flags)
+REPLACE_OPEN(openat, (int folder, const char* path, int flags, ...), folder, path, flags)
+REPLACE_OPEN(openat64, (int folder, const char* path, int flags, ...), folder, path, flags)
 
 int __libc_start_main(Main main, int count, char** arguments, void (*begin)(), void (*end)(),
                       void (*endOfLoader)(), void* stackEnd) {
@@ -191,16 +179,14 @@ int fsync(int file) {
 int pipe2(int* ends, int flags) noexcept {
     return fails("pipe") ? failure(EMFILE) : FORWARD(pipe2, ends, flags);
 }
-int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
-                const posix_spawnattr_t* attributes, char* const* arguments, char* const* variables) {
-    return fails("spawn") ? EAGAIN
-                          : FORWARD(posix_spawn, pid, path, actions, attributes, arguments, variables);
-}
-int posix_spawnp(pid_t* pid, const char* file, const posix_spawn_file_actions_t* actions,
-                 const posix_spawnattr_t* attributes, char* const* arguments, char* const* variables) {
-    return fails("spawn") ? EAGAIN
-                          : FORWARD(posix_spawnp, pid, file, actions, attributes, arguments, variables);
-}
+#define REPLACE_SPAWN(name)                                                                          \
+    int name(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,                \
+             const posix_spawnattr_t* attributes, char* const* arguments, char* const* variables) {  \
+        return fails("spawn") ? EAGAIN                                                               \
+                              : FORWARD(name, pid, path, actions, attributes, arguments, variables); \
+    }
+REPLACE_SPAWN(posix_spawn)
+REPLACE_SPAWN(posix_spawnp)
 
 }  // extern "C"
 

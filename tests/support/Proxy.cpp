@@ -114,13 +114,15 @@ void Proxy::forward(const Descriptor& client) {
     const sockaddr_in address = loopback(m_serverPort);
     if (connect(server.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return;
     std::size_t sentByServer = 0;
+    const bool isFirst = ++m_accepted == 1;
     const int resets = m_resets;
     const int losses = m_losses;
     bool losesPackets = false;
     while (!m_stops) {
         const NetworkFault now = fault();
         if (m_losses != losses && !std::exchange(losesPackets, true)) dropPackets(client);
-        const bool isDue = losesPackets || (now.kind != NetworkFault::kNone && sentByServer >= now.after);
+        const bool isDue = losesPackets || (now.kind != NetworkFault::kNone && sentByServer >= now.after &&
+                                            (isFirst || !now.onlyFirst));
         if (m_resets != resets || (isDue && now.kind == NetworkFault::kReset)) return resetAtClose(client);
         if (isDue && now.kind == NetworkFault::kClose) return;
         pollfd ends[] = {{client.get(), POLLIN, 0}, {server.get(), POLLIN, 0}};

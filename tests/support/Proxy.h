@@ -18,6 +18,7 @@ namespace support {
 struct NetworkFault {
     enum Kind { kNone, kClose, kReset, kSilence };
     Kind kind = kNone;
+    bool onlyFirst = false;                         // of the connections; kClose and kReset only
     std::size_t after = 0;                          // bytes that the server has sent on a connection before
     std::chrono::milliseconds delay{0};             // of everything that is forwarded
     std::size_t mostBytes = std::size_t{16} << 10;  // that are forwarded at a time
@@ -53,6 +54,7 @@ class Proxy {
     std::atomic<bool> m_stops = false;
     std::atomic<int> m_resets = 0;
     std::atomic<int> m_losses = 0;
+    std::atomic<int> m_accepted = 0;
     mutable std::mutex m_mutex;
     NetworkFault m_fault;
     std::string m_wire;

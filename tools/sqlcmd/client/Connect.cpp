@@ -88,16 +88,29 @@ void addReason(std::vector<Diagnostic>& errors, const Options& options) {
     errors.insert(errors.begin(), first);
 }
 
+// Another process was writing the first ticket of a client keytab: there is one by now. All other failures
+// have a reason.
+bool mayHaveMissedFirstTicket(const std::vector<Diagnostic>& errors, const Options& options) {
+    const auto isUnexplained = [](const Diagnostic& error) {
+        return !error.fromServer && error.driver == kFreeTdsName &&
+               error.text.find("No Kerberos ticket") == std::string::npos;
+    };
+    return options.trusted && std::getenv("KRB5_CLIENT_KTNAME") != nullptr &&
+           std::all_of(errors.begin(), errors.end(), isUnexplained);
+}
+
 }  // namespace
 
 std::unique_ptr<Client> connect(Options& options) {
     if (options.adminConnection) addAdminPort(options);
-    try {
-        if (!options.newPassword.empty()) changePassword(options);
-        return connectWithDriver(options);
-    } catch (LoginError& error) {
-        addReason(error.diagnostics, options);
-        throw;
+    for (bool isFirst = true;; isFirst = false) {
+        try {
+            if (isFirst && !options.newPassword.empty()) changePassword(options);
+            return connectWithDriver(options);
+        } catch (LoginError& error) {
+            addReason(error.diagnostics, options);
+            if (!isFirst || !mayHaveMissedFirstTicket(error.diagnostics, options)) throw;
+        }
     }
 }
 
