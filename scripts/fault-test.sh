@@ -99,13 +99,15 @@ for command in "$@"; do
   restore
   run
   cp "$place/output" "$place/expected"
-  for program in tscript sqlcmd; do
+  programs=tscript
+  [[ $command != run && $command != exec && $command != backup ]] || programs+=' sqlcmd'
+  for program in $programs; do
     for kind in open read write rename fsync pipe spawn memory; do
       stride=$step
       [[ $kind != memory || $step == 1 ]] || stride=$((10 * step))
       for ((call = 1; ; call += stride)); do
         restore
-        run FAULT_KIND=$kind FAULT_CALL=$call FAULT_PROGRAM=$program FAULT_MODULES="$build/" \
+        run FAULT_KIND=$kind FAULT_CALL=$call FAULT_PROGRAM="$program" FAULT_MODULES="$build/" \
           FAULT_REPORT="$place/report" LD_PRELOAD="$build/lib/libfault_injector.so"
         code=$?
         [[ -s $place/report ]] || break

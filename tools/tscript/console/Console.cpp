@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "console/Confirmation.h"
 #include "console/Outcome.h"
@@ -49,7 +50,10 @@ Secret readLine(std::size_t maximum) {
     for (;;) {
         const ssize_t got = read(STDIN_FILENO, &c, 1);
         if (got < 0 && errno == EINTR) continue;
-        if (got != 1 || c == '\n') break;
+        if (got < 0)
+            throw Failure(ExitCode::kInstallation,
+                          std::string("standard input cannot be read: ") + std::strerror(errno));
+        if (got == 0 || c == '\n') break;
         if (c == kControlC) throw Failure(ExitCode::kInterrupted, "interrupted");
         if (c == '\0') throw Failure(ExitCode::kUsage, "the input holds a NUL byte");
         if (line.text().size() == maximum)
