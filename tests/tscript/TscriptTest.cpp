@@ -432,6 +432,9 @@ TEST_F(Installation, ChecksARunWithoutRunningIt) {
          "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDELETE FROM EventLog\nGO\nDECLARE @i int\n"
          "SELECT nodeIdd FROM EventLog\nGO\nSELECT 1\nFROM WHERE '%s' = ''\n");
     pack("Foreign", "#START_OPTIONS#\nPlexum ID:5\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
+    pack("Variable",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\nDescription:x\nTool Variables:yes\n#START_SCRIPT#\n"
+         ":setvar t EventLog\nSELECT 1 FROM $(t)\nGO\nPRINT 'x'\n");
     expectAll({
         {{"run", "PurgeEvents", "-p", "30", "-p", "2", "--check"},
          0,
@@ -453,9 +456,12 @@ TEST_F(Installation, ChecksARunWithoutRunningIt) {
          "Foreign is made for site 5; this is site 26"},
         {{"run", "SiteInventory", "--check"}, 0, "site       26, this one", ""},
         {{"run", "Wrong", "--check=all"}, 2, "", "--check"},
+        {{"run", "Variable", "--check"}, 0, "parsed 1 batch(es) in Dorvas, refused 0, not sent 1", ""},
     });
     EXPECT_EQ(journal("Wrong"), journal("None"));
-    expectAll({{{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted 54 event(s)", ""}});
+    expectAll({{{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted 54 event(s)", ""},
+               {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
+               {{"run", "PurgeEvents", "-p", "30", "-p", "2", "--check"}, 4, "", "127.0.0.1"}});
 }
 
 TEST_F(Installation, ListsAndComparesScripts) {

@@ -29,7 +29,11 @@ TestedPackage packageOf(const TestOptions& options) {
     const fs::path plain = fs::absolute(options.plain, ignored);
     TestedPackage package{.name = plain.stem().string(), .plain = plain.string()};
     checkScriptName(package.name);
-    package.database = checkPlainPackage(options.plain).database;
+    const PackageCheck check = checkPlainPackage(options.plain);
+    if (!check.errors.empty())
+        throw Failure(ExitCode::kUsage, options.plain + ": " + textWithLine(check.errors.front()),
+                      "tscript lint shows all errors.");
+    package.database = check.database;
     return package;
 }
 

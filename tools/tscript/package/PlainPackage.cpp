@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::uintmax_t kMostGiB = 1;
 constexpr std::size_t kMostFindings = 20;
-constexpr std::size_t kMostStatementBytes = std::size_t{16} << 20;
-constexpr std::size_t kPieceLength = 509;  // the package reader splits longer lines
+constexpr std::size_t kMostStatementBytes = std::size_t{1} << 20;  // whose syntax is checked
+constexpr std::size_t kPieceLength = 509;                          // the package reader splits longer lines
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // The library's way of doubling quotes turns a usage text with more of them into an invalid literal.
@@ -97,7 +97,7 @@ class Checker {
                                                 " placeholder(s) are in the script"});
         for (const PackageFinding& finding : m_percentSigns.findings()) m_findings.remarks.push_back(finding);
         if (m_findings.errors.empty() && m_statementBytes > kMostStatementBytes) {
-            m_findings.remarks.push_back({0, "more than 16 MiB of statements; their syntax is not checked"});
+            m_findings.remarks.push_back({0, "more than 1 MiB of statements; their syntax is not checked"});
         } else if (m_findings.errors.empty()) {
             for (PackageFinding& finding : checkStatements(m_statements))
                 m_findings.warnings.push_back(std::move(finding));

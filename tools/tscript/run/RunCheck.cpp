@@ -70,6 +70,13 @@ std::string withoutDriver(std::string text) {
     return text;
 }
 
+// The query tool replaces the variables of these batches, and the server would not understand them.
+std::size_t removeExpandedBatches(std::vector<PackageBatch>& batches, const PackageContent& content) {
+    if (!needsToolVariables(content.description) && !needsToolVariables(content.developerName)) return 0;
+    return std::erase_if(
+        batches, [](const PackageBatch& batch) { return batch.text().find("$(") != std::string::npos; });
+}
+
 struct BatchError {
     std::size_t batch;
     std::size_t line;  // in the package's plain text; 0: unknown
@@ -101,7 +108,8 @@ std::string catalogueText(const std::string& script, const std::string& database
     constexpr int kRows = 100;
     TScriptRecords records;
     std::vector<TScriptEntry_t> entries;
-    if (!records.open(database.c_str()) || !records.listScripts(script.c_str(), 0, kRows, entries))
+    if (!records.open(database.c_str())) throw diagnoseDatabase(database).failure();
+    if (!records.listScripts(script.c_str(), 0, kRows, entries))
         throw Failure(ExitCode::kInstallation, records.getErrorMessage(),
                       "tscript schema check shows whether catalogue and journal are in the database.");
     for (const TScriptEntry_t& entry : entries)
@@ -138,17 +146,21 @@ RunCheck checkRun(const ScriptRequest& request, const SqlPreview& preview, bool 
     const std::string catalogue = catalogueText(request.name, database);
     Site thisSite;
     const std::optional<SiteFault> foreign = siteFault(content, thisSite);
-    const std::vector<PackageBatch> batches = divideStatements(filledLines(preview.sql, file)).batches;
+    std::vector<PackageBatch> batches = divideStatements(filledLines(preview.sql, file)).batches;
+    const std::size_t expanded = removeExpandedBatches(batches, content);
     const std::vector<BatchError> errors = errorsOf(batches, database, compiles);
 
     RunCheck check;
     check.failure = failureOf(request.name, foreign, errors);
-    check.text = "package    " + file + ", authentic\n" + "values     " +
-                 std::to_string(request.parameters.size()) + " of " + std::to_string(preview.placeholders) +
-                 " placeholder(s)\nsite       " + (foreign ? foreign->what : siteText(content)) +
-                 "\ncatalogue  " + catalogue + "\nserver     " + (compiles ? "compiled " : "parsed ") +
-                 std::to_string(batches.size()) + " batch(es) in " + database + ", refused " +
-                 std::to_string(errors.size()) + "\n";
+    check.text =
+        "package    " + file + ", authentic\n" + "values     " + std::to_string(request.parameters.size()) +
+        " of " + std::to_string(preview.placeholders) + " placeholder(s)\nsite       " +
+        (foreign ? foreign->what : siteText(content)) + "\ncatalogue  " + catalogue + "\nserver     " +
+        (compiles ? "compiled " : "parsed ") + std::to_string(batches.size()) + " batch(es) in " + database +
+        ", refused " + std::to_string(errors.size()) +
+        (expanded == 0 ? ""
+                       : ", not sent " + std::to_string(expanded) + " with variables of the query tool") +
+        "\n";
     check.json = {{"script", request.name},
                   {"database", database},
                   {"catalogue", catalogue},
