@@ -212,12 +212,13 @@ TEST(Terminal, PromptsForThePassword) {
 }
 
 // Ctrl-C cancels a running batch, or discards the typed one; an error does not end the session; Ctrl-D does.
-// Lines are wrapped at 80. The history (key ^P) has no lines of a batch that mentions a password.
+// Lines are wrapped at 80; a result that is wider than the terminal goes to the pager. The history (key ^P)
+// has no lines of a batch that mentions a password.
 TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     const support::TsqlBox server;
     support::TerminalProgram program({SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-P",
-                                      server.password(), "-W", "-h", "-1"},
-                                     {});
+                                      server.password(), "-W", "-h", "-1", "--pager"},
+                                     {"PAGER=sed s/^/paged:/"}, 100);
     const auto answers = [&](std::string_view typed, const char* shown) {
         program.type(typed);
         ASSERT_TRUE(program.shows(shown)) << program.screen();
@@ -227,7 +228,10 @@ TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     answers("2\nGO\n", "é1 2\r\n\r\n(1 rows affected)\r\n1> ");
     answers("RAISERROR('runs', 0, 1) WITH NOWAIT WAITFOR DELAY '00:10'\nGO\n", "\nruns\r\n");
     answers(support::kControlC, "Sqlcmd: the batch was cancelled.\r\n1> ");
-    answers("SELECT REPLICATE('x', 79) + 'yz'\nGO\n", "xy\r\nz\r\n\r\n(1 rows affected)\r\n1> ");
+    answers("SELECT CAST('yz' + REPLICATE('x', 79) AS char(81))\nGO\n",
+            "x\r\nx\r\n\r\n(1 rows affected)\r\n1> ");
+    answers("SELECT REPLICATE('x', 81)\nGO\n", "xx\r\n\r\n(1 rows affected)\r\n1> ");
+    EXPECT_NE(program.screen().find("\npaged:xxx"), std::string::npos) << program.screen();
     answers("PRINT 'wrong'\n", "PRINT 'wrong'\r\n2> ");
     answers(support::kControlC, "^C\r\n1> ");
     answers("PRINT $(nothing)\n", "'nothing' scripting variable not defined.\r\n1> ");

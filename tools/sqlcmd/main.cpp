@@ -24,6 +24,7 @@ int run(int argc, char** argv) {
     sqlcmd::Options options = sqlcmd::parseOptions(argc, argv);
     switch (options.action) {
         case sqlcmd::Options::Action::Help:
+            std::fputs(kVersion, stdout);
             std::fputs(sqlcmd::usageText().c_str(), stdout);
             return 0;
         case sqlcmd::Options::Action::Version:

@@ -241,6 +241,8 @@ const OptionRule kRules[] = {
      [](Options& o, std::string_view) { setFormat(o, Format::JsonLines); }},
     {'\0', "progress", Takes::Nothing, "print rows and seconds of the running batch to standard error",
      [](Options& o, std::string_view) { o.progress = true; }},
+    {'\0', "pager", Takes::Nothing, "at a terminal: show wide results with PAGER",
+     [](Options& o, std::string_view) { o.usesPager = true; }},
     {'?', "help", Takes::Nothing, "print this help",
      [](Options& o, std::string_view) { o.action = Options::Action::Help; }},
     {'\0', "version", Takes::Nothing, "print the version",
@@ -251,9 +253,8 @@ const OptionRule kRules[] = {
      [](Options& o, std::string_view) { o.rawErrors = true; }},
     {'n', "", Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
     {'D', "dsn", Takes::Nothing, "not supported",
-     [](Options&, std::string_view) {
-         throwUnsupported("Data source names are not read: give the server with -S.");
-     }},
+     [](Options&,
+        std::string_view) { throwUnsupported("Data source names are not read: give the server with -S."); }},
     {'F', "server-name-override", Takes::Optional, "not supported",
      [](Options&, std::string_view) { throwUnsupported("Use -W, -s and -y to lay out results."); }},
     {'g', "enable-column-encryption", Takes::Nothing, "not supported",

@@ -84,6 +84,7 @@ struct Options {
     int outputCodePage = kUtf8;
     Format format = Format::Text;
     bool progress = false;
+    bool usesPager = false;  // in interactive use
     ErrorStream errorStream = ErrorStream::None;
 
     bool quotedIdentifier = false;

@@ -20,11 +20,7 @@ std::size_t lineWidthOf(const Layout& layout, const Output& output) {
 
 ResultPrinter::ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode,
                              Output& output)
-    : m_batch(batch),
-      m_layout(layout),
-      m_mode(mode),
-      m_output(output),
-      m_lineWidth(lineWidthOf(layout, output)) {
+    : m_batch(batch), m_layout(layout), m_mode(mode), m_output(output) {
     for (const ColumnInfo& column : batch.columns()) {
         m_formats.push_back(formatOf(column, layout));
         const std::size_t limit = mode.xml ? 0 : m_formats.back().limit;
@@ -32,7 +28,15 @@ ResultPrinter::ResultPrinter(RunningBatch& batch, const Layout& layout, const Re
     }
 }
 
+std::size_t ResultPrinter::width() const {
+    constexpr std::size_t kUnlimited = 8000;
+    std::size_t width = m_formats.size() - 1;  // separators
+    for (const ColumnFormat& format : m_formats) width += format.width != 0 ? format.width : kUnlimited;
+    return width;
+}
+
 void ResultPrinter::print(RowQueue& queue, Progress& progress) {
+    m_lineWidth = lineWidthOf(m_layout, m_output);
     if (isHeadingDue(0)) printHeading();
     {
         const RowQueue::Result result(queue, [this](std::string_view rows) { printRows(rows); });

@@ -25,6 +25,8 @@ class ResultPrinter {
     // Prints the batch's current result. The arguments must outlive the printer.
     ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode, Output& output);
 
+    std::size_t width() const;  // of a line, in characters, if no value is shorter than its column
+
     // Prints all rows. Messages that arrive between rows must drain the queue before they are printed.
     void print(RowQueue& queue, Progress& progress);
 
@@ -41,7 +43,7 @@ class ResultPrinter {
     const Layout& m_layout;
     ResultMode m_mode;
     Output& m_output;
-    std::size_t m_lineWidth;  // 0: lines are not wrapped
+    std::size_t m_lineWidth = 0;  // 0: lines are not wrapped
     std::vector<ColumnFormat> m_formats;
     std::vector<std::size_t> m_neededBytes;  // of each column's values
     long long m_row = 0;                     // number of the next row

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "session/Programs.h"
 #include "text/Errors.h"
 #include "text/Text.h"
 #include "text/Utf.h"
@@ -86,7 +87,11 @@ void BatchRunner::printResult(RunningBatch& running, const ResultMode& mode) {
         if (hasRows) m_data.print(running, mode.lastValue, m_rows, m_progress);
         return;
     }
-    if (hasRows) ResultPrinter(running, m_options.layout, mode, m_output).print(m_rows, m_progress);
+    if (hasRows) {
+        ResultPrinter printer(running, m_options.layout, mode, m_output);
+        const Pager pager(m_output, m_pager, printer.width());
+        printer.print(m_rows, m_progress);
+    }
     if (hasRows && (mode.xml || !running.readAllRows())) return;
     if (const long long count = running.rowCount(); count >= 0)
         printCount(count);

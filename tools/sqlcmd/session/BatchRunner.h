@@ -46,7 +46,9 @@ class BatchRunner {
     // Sets the T-SQL that sets up the session of a new connection. It is sent before the first batch;
     // together with it, for one round trip less, if that batch only sets an option as well.
     void setSessionSettings(std::string settings) { m_settings = std::move(settings); }
-    void setTraceOutput(Output* trace) { m_trace = trace; }     // of the statistics; null: the output
+    void setTraceOutput(Output* trace) { m_trace = trace; }  // of the statistics; null: the output
+    // Command that shows results wider than the terminal; empty: none.
+    void setPager(std::string command) { m_pager = std::move(command); }
     void setErrorOutput(Output* errors) { m_errors = errors; }  // see MessagePrinter
 
     // Whether the output of a batch is written while the server runs the next one, or when the caller flushes
@@ -75,6 +77,7 @@ class BatchRunner {
     Output& m_output;
     Output* m_errors = nullptr;
     Output* m_trace = nullptr;
+    std::string m_pager;
     DataPrinter m_data;
     RowQueue m_rows;
     Progress m_progress;

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -67,7 +68,8 @@ class DefaultSignals {
     posix_spawnattr_t m_attributes;
 };
 
-void runShell(std::vector<std::string> arguments) {
+// Starts /bin/sh. `input` is the descriptor of its standard input, -1 for that of the tool.
+pid_t startShell(std::vector<std::string> arguments, int input) {
     constexpr int kFirstOther = 3;
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -75,19 +77,59 @@ void runShell(std::vector<std::string> arguments) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     const bool mayReadScript = isatty(STDIN_FILENO) == 0;  // standard input may be the script
-    if (mayReadScript) posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (input >= 0)
+        posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+    else if (mayReadScript)
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addclosefrom_np(&actions, kFirstOther);  // the connection among them
     const DefaultSignals signals;
     pid_t pid = -1;
     const int error = posix_spawn(&pid, "/bin/sh", &actions, signals.get(), pointers.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) throw ToolError(std::string("Sqlcmd: Error: /bin/sh: ") + std::strerror(error) + ".");
+    return pid;
+}
+
+void waitForShell(pid_t pid) {
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
 }
 
+void runShell(std::vector<std::string> arguments) {
+    waitForShell(startShell(std::move(arguments), -1));
+}
+
+std::size_t terminalWidth() {
+    constexpr std::size_t kUsual = 80;
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kUsual;
+}
+
 }  // namespace
+
+Pager::Pager(Output& output, const std::string& command, std::size_t width) : m_output(output) {
+    if (command.empty() || !output.isTerminal() || width <= terminalWidth()) return;
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw ToolError(std::string("Sqlcmd: Error: no pipe: ") + std::strerror(errno) + ".");
+    try {
+        m_pid = startShell({"sh", "-c", command}, ends[0]);
+    } catch (const ToolError&) {
+        close(ends[0]), close(ends[1]);
+        throw;
+    }
+    close(ends[0]);
+    m_input = ends[1];
+    output.divert(m_input);
+}
+
+Pager::~Pager() {
+    if (m_input < 0) return;
+    m_output.endDiversion();
+    close(m_input);
+    waitForShell(m_pid);
+}
 
 void runShellCommand(const std::string& command) {
     runShell({"sh", "-c", command});

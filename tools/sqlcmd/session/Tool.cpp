@@ -146,6 +146,9 @@ bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
 // An error in a line or a batch does not end the session.
 bool Tool::runTerminal(BatchRunner& runner, Output& output) {
     const InterruptScope interrupts;
+    const bool mayPage =
+        m_options.usesPager && m_options.startsPrograms && m_options.restriction == Restriction::None;
+    if (mayPage) runner.setPager(m_variables.find("PAGER").value_or("less -S"));
     TerminalLines lines;
     BatchReader* target = nullptr;
     const auto readLine = [&](std::string& line) { return lines.read(*target, line); };

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include "text/Errors.h"
 #include "text/Text.h"
@@ -69,6 +70,16 @@ void Output::redirect(const std::string& target) {
     m_isRegularFile = isRegular(descriptor);
 }
 
+void Output::divert(int descriptor) {
+    flush();
+    m_diverted = std::exchange(m_descriptor, descriptor);
+}
+
+void Output::endDiversion() {
+    flush();
+    m_descriptor = std::exchange(m_diverted, -1);
+}
+
 bool Output::isTerminal() const {
     return isatty(m_descriptor) != 0;
 }
@@ -119,6 +130,7 @@ void Output::writeBytes(std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t count = ::write(m_descriptor, bytes.data(), bytes.size());
         if (count < 0 && errno == EINTR) continue;
+        if (count < 0 && errno == EPIPE && m_diverted >= 0) return;
         if (count < 0) {
             const std::string reason = std::strerror(errno);
             m_buffer.clear();

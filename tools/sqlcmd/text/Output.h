@@ -33,6 +33,11 @@ class Output {
     // Continues in another file, on standard output (STDOUT) or standard error (STDERR). If the file cannot
     // be opened, throws and leaves the output as it was.
     void redirect(const std::string& target);
+    // Between these calls, writes to another descriptor, such as a pager's input. What a reader that has gone
+    // does not take is lost.
+    void divert(int descriptor);
+    void endDiversion();
+
     bool isFile() const { return !m_path.empty(); }
     // False for terminals, pipes and the like, which somebody may be reading.
     bool isRegularFile() const { return m_isRegularFile; }
@@ -51,6 +56,7 @@ class Output {
     std::unique_ptr<CodePage> m_encoder;  // of the code pages other than UTF-8 and UTF-16
     int m_descriptor;
     bool m_isRegularFile;
+    int m_diverted = -1;  // the descriptor without the diversion; -1: there is none
     std::string m_buffer;
 };
 
