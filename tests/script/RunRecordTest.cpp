@@ -162,7 +162,8 @@ TEST_F(RunRecords, ThatAreDamagedAreRefused) {
     for (const std::string& text :
          {std::string(), std::string("{"), std::string("[]"), std::string(100'000, '['), "{" + start + "}",
           R"({"version": 1, "script": 7, )" + start + "}",
-          std::string(R"({"version": 1, "script": "x", "start": "soon"})")}) {
+          std::string(R"({"version": 1, "script": "x", "start": "soon"})"),
+          std::string(R"({"version": 1, "script": "x", "start": "1013-01-31T18:30:00.123Z"})")}) {
         support::writeFile(file, text);
         expectProblem("it is damaged");
     }

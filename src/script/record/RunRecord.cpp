@@ -1,5 +1,6 @@
 #include "record/RunRecord.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <ctime>
@@ -103,7 +104,7 @@ std::int64_t timeIn(const Json& json, const char* name) {
     const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
     int milliseconds = 0;
     if (rest == nullptr || std::sscanf(rest, ".%3dZ", &milliseconds) != 1) return 0;
-    return timegm(&time) * kPerSecond + milliseconds;
+    return std::max<std::int64_t>(timegm(&time) * kPerSecond + milliseconds, 0);
 }
 
 DVUCause_t causeIn(const Json& json) {
