@@ -20,7 +20,9 @@ set(DVU_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize= (
 if(DVU_SANITIZE)
   add_compile_options(-fsanitize=${DVU_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${DVU_SANITIZE})
-  add_compile_options(-Wno-maybe-uninitialized)  # GCC reports false ones in instrumented code
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-Wno-maybe-uninitialized)  # GCC reports false ones in instrumented code
+  endif()
 else()
   # A buffer overrun ends the program. _FORTIFY_SOURCE needs optimisation.
   add_compile_options(-fstack-protector-strong -fstack-clash-protection
