@@ -5,25 +5,10 @@
 #include <string>
 
 #include "Fuzz.h"
-#include "TempDir.h"
+#include "StoreWithKey.h"
 #include "VTPassword.h"
 
 namespace {
-
-// Temporary configuration store with a cipher key.
-class StoreWithKey {
-  public:
-    StoreWithKey() {
-        const std::string key = m_folder / "key";
-        support::writeFile(key, "sample key of thirty-two bytes..");
-        std::filesystem::permissions(key, std::filesystem::perms::owner_read);
-        support::writeFile(m_folder / "registry.toml", "[host]\ncipherKeyFile = '" + key + "'\n");
-        setenv("ZEPHRA_REGISTRY", (m_folder / "registry.toml").c_str(), /*overwrite=*/1);
-    }
-
-  private:
-    support::TempDir m_folder;
-};
 
 using Buffer = std::array<char, 8192>;
 

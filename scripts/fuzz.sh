@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets in build-fuzz/ and runs each, starting from its seeds and the corpus of earlier runs.
+# Builds the fuzz targets in build-fuzz/ and runs each, starting from its seeds, its dictionary and the corpus of earlier
+# runs.
 #   scripts/fuzz.sh [SECONDS]   per target; default: 30
 # The exit code is 1 after a finding. Its input is saved in build-fuzz/findings/; to reproduce it:
 #   build-fuzz/bin/fuzz_NAME FILE
@@ -26,9 +27,11 @@ for target in build-fuzz/bin/fuzz_*; do
   seeds=(fuzz/seeds/"$name")
   [[ -d ${seeds[0]} ]] || seeds=()
   [[ $name != tsql ]] || seeds+=(build-fuzz/batches)
+  dictionary=()
+  [[ ! -f fuzz/dictionaries/$name ]] || dictionary=(-dict=fuzz/dictionaries/"$name")
   log=$findings/$name.log
   if "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
-      -artifact_prefix="$findings/$name-" "$corpus" "${seeds[@]}" >"$log" 2>&1; then
+      -artifact_prefix="$findings/$name-" "${dictionary[@]}" "$corpus" "${seeds[@]}" >"$log" 2>&1; then
     printf '%-16s nothing found in %s runs\n' "$name" "$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")"
     rm -f "$log"
   else
