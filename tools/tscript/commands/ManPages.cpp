@@ -68,6 +68,10 @@ std::string pageOf(const CLI::App& command, const std::string& path) {
         out << " " << (option->get_required() ? argument : "[" + argument + "]");
     }
     out << "\n.SH DESCRIPTION\n" << roff(command.get_description()) << ".\n";
+    if (command.get_allow_extras()) {  // acceptFurtherWords() describes them
+        const std::string footer = command.get_footer();
+        out << ".PP\n" << roff(footer.substr(0, footer.find('\n'))) << "\n";
+    }
     writeCommands(out, command);
     writeSection(out, "ARGUMENTS", command, /*positional=*/true);
     writeSection(out, "OPTIONS", command, /*positional=*/false);

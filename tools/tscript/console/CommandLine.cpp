@@ -120,7 +120,7 @@ std::string usageOf(const CLI::App& app) {
 }
 
 void acceptFurtherWords(CLI::App* command, const char* help) {
-    command->allow_extras()->footer(help);
+    command->allow_extras()->footer(help + std::string("\n") + command->get_footer());
 }
 
 std::vector<std::string> furtherWords(const CLI::App& app) {

@@ -35,7 +35,8 @@ CLI::App* addCommand(CLI::App* family, const char* name, const char* description
 // Adds a command that has only subcommands.
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description);
 std::string usageOf(const CLI::App& app);
-// Makes a command accept words that it does not know; `help` ends its usage and describes them.
+// Makes a command accept words that it does not know; `help`, one line, describes them behind its
+// usage.
 void acceptFurtherWords(CLI::App* command, const char* help);
 // Words of the parsed command line that its command does not know.
 std::vector<std::string> furtherWords(const CLI::App& app);
