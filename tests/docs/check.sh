@@ -52,6 +52,7 @@ offered=$(bash -c 'source tools/tscript/completion/tscript.bash
   COMP_WORDS=(tscript run P) COMP_CWORD=2
   _tscript && printf "%s\n" "${COMPREPLY[@]}"')
 [[ $offered == 'Purge\ \$\(exit\ 7\)' ]] || complain "the completion offers, for one package's name: $offered"
+[[ $(tscript __complete each --stores x -- run R) == *Report$'\t'package* ]] || complain "no completion after each --"
 if command -v zsh >/dev/null; then
   offered=$(zsh -f -c '_describe() { print -l -- "${(@P)2}" }
     _tscript() { source tools/tscript/completion/_tscript }

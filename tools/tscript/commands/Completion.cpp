@@ -47,8 +47,10 @@ Position positionOf(const CLI::App& app, const std::vector<std::string>& words) 
     for (std::size_t i = 0; i + 1 < words.size(); ++i) {
         const std::string& word = words[i];
         const bool isOption = word.size() > 1 && word.front() == '-';
-        if (const CLI::Option* option = isOption ? findOption(position.level, word) : nullptr;
-            option != nullptr && option->get_items_expected_max() > 0) {
+        if (word == "--" && position.level->get_name() == "each") {
+            position = {.level = &app, .values = {}, .given = {}};  // another command follows
+        } else if (const CLI::Option* option = isOption ? findOption(position.level, word) : nullptr;
+                   option != nullptr && option->get_items_expected_max() > 0) {
             if (i + 2 == words.size())
                 position.option = option;
             else if (!option->get_lnames().empty())
@@ -161,6 +163,7 @@ constexpr ValueSource kSources[] = {
     {"A", nullptr, writePackagesAndFiles}, {"B", nullptr, writePackagesAndFiles},
     {"FILE", nullptr, writeFiles},         {"PLAIN", nullptr, writeFiles},
     {"PATH", nullptr, writeFiles},         {"DIR", nullptr, writeFolders},
+    {"GLOB", nullptr, writeFiles},
 };
 
 // The usage lists the words of an option that takes few of them: "TEXT:{running,ok,failed}".
