@@ -1,11 +1,12 @@
 #include "execute/RaiseErrorText.h"
 
+#include <regex.h>
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <new>
-#include <regex>
 
 #include "messages/Messages.h"
 #include "types/Text.h"
@@ -18,8 +19,9 @@ constexpr std::string_view kEllipsis = "...";
 
 // Matches %% or %, flags, width, precision and type. A match without a type is an invalid conversion.
 constexpr const char* kSubstitution =
-    R"(%(%|([-+0# ]*)(\*|[0-9]{0,4})(\.(?:\*|[0-9]{0,4}))?(?:h|l|I64)?([diouxXs])?))";
-enum Group { kAll, kWhole, kFlags, kWidth, kPrecision, kType };
+    R"(%(%|([-+0# ]*)(\*|[0-9]{0,4})(\.(\*|[0-9]{0,4}))?(h|l|I64)?([diouxXs])?))";
+enum Group { kAll, kWhole, kFlags, kWidth, kPrecision, kDigits, kSize, kType, kGroups };
+using Match = std::array<std::string, kGroups>;  // of the groups; empty if a group has not matched
 
 // Formats one argument with SQLite's printf.
 template <typename Argument>
@@ -35,15 +37,16 @@ class Formatter {
   public:
     explicit Formatter(std::span<const TypedValue> arguments) : m_arguments(arguments) {}
 
-    std::string substituted(const std::cmatch& match) {
-        if (match.str(kWhole) == "%") return "%";
-        const std::string format(match[kAll].first, match.suffix().second);
-        if (!match[kType].matched) throw sqlError(message::kInvalidFormat, {format.substr(0, 20)});
-        std::string flags = match.str(kFlags);
-        const bool left = flags.find('-') != std::string::npos, precise = match[kPrecision].matched;
+    // `format`: the match and the text behind it.
+    std::string substituted(const Match& match, std::string_view format) {
+        if (match[kWhole] == "%") return "%";
+        if (match[kType].empty())
+            throw sqlError(message::kInvalidFormat, {std::string(format.substr(0, 20))});
+        std::string flags = match[kFlags];
+        const bool left = flags.find('-') != std::string::npos, precise = !match[kPrecision].empty();
         if (left || precise) std::erase(flags, '0');
-        const std::string side = left ? "%-!" : "%!", width = number(match.str(kWidth));
-        const std::string size = width + (precise ? "." + number(match.str(kPrecision).substr(1)) : "");
+        const std::string side = left ? "%-!" : "%!", width = number(match[kWidth]);
+        const std::string size = width + (precise ? "." + number(match[kPrecision].substr(1)) : "");
         const std::size_t index = m_next++;
         if (index >= m_arguments.size() || isNull(m_arguments[index].value))
             return written(side + width + "s", "(null)");
@@ -52,10 +55,10 @@ class Formatter {
         if (!isText(type.id) && !isInteger(type.id) && !isBinary(type.id))
             throw sqlError(message::kInvalidSubstitutionType,
                            {baseName(type.id), std::to_string(index + 4)});  // parameter of RAISERROR
-        if ((match.str(kType) == "s") != (text != nullptr) || isBinary(type.id))
+        if ((match[kType] == "s") != (text != nullptr) || isBinary(type.id))
             throw sqlError(message::kSubstitutionTypeMismatch, {std::to_string(index + 1)});
         if (text) return written(side + size + "s", text->c_str());
-        return integer("%" + flags + size + "ll" + match.str(kType), std::get<std::int64_t>(value));
+        return integer("%" + flags + size + "ll" + match[kType], std::get<std::int64_t>(value));
     }
 
   private:
@@ -87,13 +90,28 @@ class Formatter {
 }  // namespace
 
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
-    static const std::regex substitution(kSubstitution);
+    static const regex_t substitution = [] {
+        regex_t compiled;
+        regcomp(&compiled, kSubstitution, REG_EXTENDED);
+        return compiled;
+    }();
     Formatter formatter(arguments);
     std::string text;
-    const char *at = format.data(), *const end = at + format.size();
-    for (std::cmatch match; std::regex_search(at, end, match, substitution); at = match.suffix().first)
-        text.append(match.prefix().str()).append(formatter.substituted(match));
-    text.append(at, end);
+    regmatch_t groups[kGroups];
+    const auto findNext = [&] {
+        groups[kAll] = {0, static_cast<regoff_t>(format.size())};
+        return regexec(&substitution, format.data(), kGroups, groups, REG_STARTEND) == 0;
+    };
+    while (findNext()) {
+        Match match;
+        for (int group = 0; group < kGroups; ++group)
+            if (groups[group].rm_so >= 0)
+                match[group] = format.substr(groups[group].rm_so, groups[group].rm_eo - groups[group].rm_so);
+        text.append(format.substr(0, groups[kAll].rm_so));
+        text.append(formatter.substituted(match, format.substr(groups[kAll].rm_so)));
+        format.remove_prefix(groups[kAll].rm_eo);
+    }
+    text.append(format);
     if (characterCount(text) <= kLongestMessage) return text;
     return std::string(characters(text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
 }

@@ -9,9 +9,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <regex>
+#include <initializer_list>
 #include <string>
 
+#include "console/Pattern.h"
 #include "installation/CheckSteps.h"
 
 namespace {
@@ -25,7 +26,7 @@ constexpr const char* kRunAttribute = "user.dvutilities.run";
 enum class Marked { kYes, kNo };  // whether the library marks files of that name
 
 struct NameForm {
-    std::regex form;
+    Pattern form;
     Marked marked;
 };
 
@@ -45,12 +46,12 @@ bool belongsToDeadRun(const fs::path& path, Marked marked) {
 }
 
 void addLeftOvers(std::vector<fs::path>& found, const std::string& folder,
-                  const std::vector<NameForm>& forms) {
+                  std::initializer_list<NameForm> forms) {
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(folder, ignored)) {
         const std::string name = entry.path().filename();
         for (const NameForm& form : forms)
-            if (std::regex_match(name, form.form) && belongsToDeadRun(entry.path(), form.marked))
+            if (form.form.matches(name) && belongsToDeadRun(entry.path(), form.marked))
                 found.push_back(entry.path());
     }
 }
@@ -61,11 +62,11 @@ std::vector<fs::path> findLeftOvers() {
     std::vector<fs::path> found;
     const std::string own = storeText("Base", "sSCRIPTSTEMPDIR");
     addLeftOvers(found, own.empty() ? storeText("Base", "dZEPHRATEMPDIR") : own,
-                 {{std::regex("[^]+_[0-9]+_[0-9]+_[0-9]+\\.sql"), Marked::kYes},
-                  {std::regex("[^]+_[0-9]+_[0-9]+_[0-9]+_DE\\.txt"), Marked::kNo}});
+                 {{Pattern(".+_[0-9]+_[0-9]+_[0-9]+\\.sql"), Marked::kYes},
+                  {Pattern(".+_[0-9]+_[0-9]+_[0-9]+_DE\\.txt"), Marked::kNo}});
     addLeftOvers(found, storeText("EventManager", "dEVLOGDIR"),
-                 {{std::regex("Tscript_[^]+_[0-9]+_[0-9]+\\.log"), Marked::kYes},
-                  {std::regex("Tscript_[^]+_[0-9]+_[0-9]+\\.log\\.tscript\\.temp\\.txt"), Marked::kNo}});
+                 {{Pattern("Tscript_.+_[0-9]+_[0-9]+\\.log"), Marked::kYes},
+                  {Pattern("Tscript_.+_[0-9]+_[0-9]+\\.log\\.tscript\\.temp\\.txt"), Marked::kNo}});
     std::sort(found.begin(), found.end());
     return found;
 }

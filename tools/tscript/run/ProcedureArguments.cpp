@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <regex>
 #include <string_view>
 
 #include "DVUtilities/TScriptApi.h"
 #include "console/Outcome.h"
+#include "console/Pattern.h"
 #include "installation/Account.h"
 #include "installation/Diagnosis.h"
 
@@ -69,12 +69,12 @@ std::string quoted(const std::string& value) {
 }
 
 std::string literalText(const std::string& name, const std::string& type, const std::string& value) {
-    static const std::regex number("[+-]?(\\d+(\\.\\d*)?|\\.\\d+)([eE][+-]?\\d+)?");
-    static const std::regex hex("0[xX]([0-9A-Fa-f]{2})*");
+    static const Pattern number("[+-]?([0-9]+(\\.[0-9]*)?|\\.[0-9]+)([eE][+-]?[0-9]+)?");
+    static const Pattern hex("0[xX]([0-9A-Fa-f]{2})*");
     const Literal literal = literalOf(type);
     if (literal == Literal::kString) return quoted(value);
     if (literal == Literal::kUnicodeString) return "N" + quoted(value);
-    if (!std::regex_match(value, literal == Literal::kNumber ? number : hex))
+    if (!(literal == Literal::kNumber ? number : hex).matches(value))
         throw Failure(ExitCode::kUsage, "the value of " + name + " is no " + type);
     return value;
 }
