@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <utility>
 
 #include "KerberosTicket.h"
@@ -25,6 +26,27 @@ MessageHandler* g_receiver = nullptr;
 
 // Called while the library waits for the server.
 std::function<void()> g_tick;
+
+// First exception of a handler. It must not pass through the library, which is C: the call that the library
+// returns from throws it.
+std::exception_ptr g_handlerFailure;
+
+template <typename Work>
+void keepException(Work&& work) {
+    try {
+        work();
+    } catch (...) {
+        if (!g_handlerFailure) g_handlerFailure = std::current_exception();
+    }
+}
+
+void receive(const Diagnostic& message) {
+    if (g_receiver != nullptr) keepException([&] { (*g_receiver)(message); });
+}
+
+void rethrowHandlerFailure() {
+    if (g_handlerFailure) std::rethrow_exception(std::exchange(g_handlerFailure, nullptr));
+}
 
 class ReceiverScope {
   public:
@@ -53,13 +75,13 @@ extern "C" int receiveMessage(DBPROCESS* /*process*/, DBINT number, int state, i
     message.line = line;
     message.driver = kFreeTdsName;
     message.fromServer = true;
-    if (g_receiver != nullptr) (*g_receiver)(message);
+    receive(message);
     return 0;
 }
 
 // The library calls it once a second while it waits, and after a signal.
 extern "C" int checkInterrupt(void* /*process*/) {
-    if (g_tick) g_tick();
+    if (g_tick) keepException(g_tick);
     return isInterrupted() ? TRUE : FALSE;
 }
 
@@ -78,7 +100,7 @@ extern "C" int receiveError(DBPROCESS* process, int /*severity*/, int number, in
     message.text = number == SYBETIME ? "Timeout expired" : stringOf(text);
     message.severity = isQueryTimeout ? kErrorSeverity : kFatalSeverity;
     message.driver = kFreeTdsName;
-    if (g_receiver != nullptr) (*g_receiver)(message);
+    receive(message);
     return isQueryTimeout ? INT_TIMEOUT
                           : INT_CANCEL;  // INT_TIMEOUT cancels the batch, INT_CANCEL the connection
 }
@@ -94,10 +116,12 @@ class DbLibBatch : public RunningBatch {
           }) {
         const ReceiverScope scope(m_handler);
         m_running = dbcmd(process, batch.c_str()) == SUCCEED && dbsqlsend(process) == SUCCEED;
+        rethrowHandlerFailure();
     }
     ~DbLibBatch() override {
         const ReceiverScope scope(m_handler);
         if (m_running && DBDEAD(m_process) == 0) dbcancel(m_process);
+        g_handlerFailure = nullptr;
     }
     DbLibBatch(const DbLibBatch&) = delete;
     DbLibBatch& operator=(const DbLibBatch&) = delete;
@@ -111,6 +135,7 @@ class DbLibBatch : public RunningBatch {
             m_running = DBDEAD(m_process) == 0 && !isInterrupted();
         if (isInterrupted() && DBDEAD(m_process) == 0) dbcancel(m_process);
         m_running = m_running && code == SUCCEED && !isInterrupted();
+        rethrowHandlerFailure();
         if (!m_running && !isInterrupted()) reportLoss();
         m_columns.clear();
         m_types.clear();
@@ -128,6 +153,7 @@ class DbLibBatch : public RunningBatch {
         const ReceiverScope scope(m_handler);
         m_hasError = false;
         m_rowCode = isInterrupted() ? FAIL : dbnextrow(m_process);
+        rethrowHandlerFailure();
         return m_rowCode != FAIL && m_rowCode != NO_MORE_ROWS;
     }
 

@@ -26,6 +26,15 @@ void RowQueue::drain() {
     m_rows.clear();
 }
 
+bool RowQueue::drainIfIdle() {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_isPrinting) return false;
+    }
+    drain();
+    return true;
+}
+
 RowQueue::Result::~Result() {
     {
         std::unique_lock lock(m_queue.m_mutex);

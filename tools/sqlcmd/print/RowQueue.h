@@ -31,6 +31,8 @@ class RowQueue {
     }
     // Prints all rows that have ended. Throws the printer's exception.
     void drain();
+    // The same if the printing thread is idle; returns false otherwise.
+    bool drainIfIdle();
 
     // Owner of the printer of a result's rows. The destructor discards the rows that are not printed.
     class Result {

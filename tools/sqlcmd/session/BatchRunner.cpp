@@ -48,6 +48,12 @@ std::string BatchRunner::settingsBefore(const std::string& batch) {
     return {};
 }
 
+// Readers that follow the output see what the server has sent so far.
+void BatchRunner::updateWhileWaiting() {
+    m_progress.update();
+    if (m_rows.drainIfIdle()) m_output.flushEarly();
+}
+
 BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) {
     requireUtf8(batch);
     std::string settings = mode.isInternal ? std::string() : settingsBefore(batch);

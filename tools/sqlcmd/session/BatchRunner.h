@@ -38,10 +38,7 @@ class BatchRunner {
 
     void setClient(Client& client) {
         m_client = &client;
-        client.setTick([this] {
-            m_progress.update();
-            m_output.flushEarly();
-        });
+        client.setTick([this] { updateWhileWaiting(); });
     }
     // Sets the T-SQL that sets up the session of a new connection. It is sent before the first batch;
     // together with it, for one round trip less, if that batch only sets an option as well.
@@ -65,6 +62,7 @@ class BatchRunner {
     void printInformation(std::string_view text);
 
   private:
+    void updateWhileWaiting();
     void printResult(RunningBatch& running, const ResultMode& mode);
     void printCount(long long count);
     void printStatistics(std::chrono::steady_clock::duration time);
