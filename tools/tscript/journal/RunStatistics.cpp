@@ -60,7 +60,7 @@ std::int64_t barStart(std::size_t unit, std::int64_t time, int offset = 0) {
 std::size_t classOf(std::int64_t seconds) {
     const std::int64_t bounded = std::clamp<std::int64_t>(seconds, 0, kLongest);
     if (bounded < kExact) return static_cast<std::size_t>(bounded);
-    const std::int64_t power = std::bit_width(static_cast<std::uint64_t>(bounded)) - 1;
+    const auto power = static_cast<std::int64_t>(std::bit_width(static_cast<std::uint64_t>(bounded))) - 1;
     const std::int64_t part = (bounded * kParts >> power) - kParts;
     return static_cast<std::size_t>(kExact + (power - kExactBits) * kParts + part);
 }
