@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
@@ -145,7 +146,17 @@ bool Login::hasEnded() const {
     SQLUINTEGER dead = SQL_CD_FALSE;
     const SQLRETURN result =
         ::SQLGetConnectAttr(m_connection.get(), SQL_ATTR_CONNECTION_DEAD, &dead, sizeof dead, nullptr);
-    return SQL_SUCCEEDED(result) && dead == SQL_CD_TRUE;
+    return (SQL_SUCCEEDED(result) && dead == SQL_CD_TRUE) || socketsAreClosed();
+}
+
+bool Login::socketsAreClosed() const {
+    const auto isInUse = [](const ServerSocket& socket) {
+        char byte = 0;
+        if (!socket.isOpen()) return false;
+        const ssize_t count = ::recv(socket.descriptor, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT);
+        return count > 0 || (count < 0 && errno == EAGAIN);
+    };
+    return !m_sockets.empty() && std::none_of(m_sockets.begin(), m_sockets.end(), isInUse);
 }
 
 bool Login::isAlive() const {

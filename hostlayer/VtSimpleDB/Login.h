@@ -51,7 +51,7 @@ class Login {
     // Restores the default of NOCOUNT, for a batch that may depend on it.
     void restoreRowCounts() const { runs(u"SET NOCOUNT OFF"); }
 
-    // True if the driver has found the connection closed.
+    // True if the driver has found the connection closed, or its sockets are.
     bool hasEnded() const;
 
     // False if the server has closed the connection. Takes a round trip only if the sockets do not say.
@@ -62,6 +62,7 @@ class Login {
     bool mayHaveMissedFirstTicket() const;
     void reportReason() const;
     bool socketsAreQuiet() const;
+    bool socketsAreClosed() const;
     bool runs(std::u16string batch) const;
 
     std::string m_connectionString;

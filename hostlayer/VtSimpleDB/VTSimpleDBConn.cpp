@@ -178,8 +178,8 @@ bool VTSimpleDBConnObject::Impl::run(const char* sql, bool prepared) {
         return false;
     const SqlEffect effect = hostlayer::effectOf(sql);
     const bool readsOthersIdentity =
-        hasOthersIdentity && (effect == SqlEffect::kIdentity || effect == SqlEffect::kServer ||
-                              hostlayer::mayReadIdentity(sql));
+        hasOthersIdentity &&
+        (effect == SqlEffect::kIdentity || effect == SqlEffect::kServer || hostlayer::mayReadIdentity(sql));
     if (readsOthersIdentity && !logIn(login->another())) return false;
     if (effect == SqlEffect::kIdentity) login->noteIdentity();
     if (effect > SqlEffect::kIdentity) login->forbidReuse();
