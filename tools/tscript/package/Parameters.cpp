@@ -16,23 +16,10 @@ constexpr std::size_t kLongestName = 64;
 constexpr const char* kTypes =
     "int, bigint, smallint, tinyint, bit, decimal, date, datetime, string and choice";
 
-constexpr std::string_view kOptionsOfRun[] = {"parameter",
-                                              "allow-missing",
-                                              "input",
-                                              "db",
-                                              "lock",
-                                              "timeout",
-                                              "dry-run",
-                                              "check",
-                                              "output",
-                                              "data",
-                                              "quiet",
-                                              "json",
-                                              "store",
-                                              "help",
-                                              "no-input",
-                                              "version",
-                                              "allow-tool-commands"};
+constexpr std::string_view kOptionsOfRun[] = {
+    "parameter", "allow-missing", "follow", "input",    "db",      "lock",
+    "timeout",   "dry-run",       "check",  "output",   "data",    "quiet",
+    "json",      "store",         "help",   "no-input", "version", "allow-tool-commands"};
 
 struct Range {
     std::int64_t least = std::numeric_limits<std::int64_t>::min();
