@@ -54,8 +54,9 @@ void wipe(std::vector<std::string>& strings) {
 // encryption and network time-out, and that scripts start no programs.
 std::vector<std::string> queryToolVariables() {
     std::vector<std::string> variables{"SQLCMD_NO_PROGRAMS=1"};
-    for (const auto& [variable, setting] :
-         {std::pair("SQLCMD_ENCRYPT", "encrypt"), {"SQLCMD_CA_FILE", "caFile"}, {"SQLCMD_NETWORK_TIMEOUT", "networkTimeout"}})
+    for (const auto& [variable, setting] : {std::pair("SQLCMD_ENCRYPT", "encrypt"),
+                                            {"SQLCMD_CA_FILE", "caFile"},
+                                            {"SQLCMD_NETWORK_TIMEOUT", "networkTimeout"}})
         if (const std::string value = hostlayer::hostSetting(setting, ""); !value.empty())
             variables.push_back(std::string(variable) + "=" + value);
     return variables;

@@ -66,11 +66,11 @@ struct Options {
     std::string caFile;             // empty: the host's trusted authorities
     std::string database;
     std::string workstation;
-    int loginTimeout = 8;              // seconds; 0: none
-    int queryTimeout = 0;              // seconds; 0: none
-    int networkTimeout = 60;           // seconds without an answer of the server's host; 0: the kernel's limit
-    int packetSize = 4096;             // bytes; -a
-    bool readOnlyIntent = false;       // -K ReadOnly
+    int loginTimeout = 8;         // seconds; 0: none
+    int queryTimeout = 0;         // seconds; 0: none
+    int networkTimeout = 60;      // seconds without an answer of the server's host; 0: the kernel's limit
+    int packetSize = 4096;        // bytes; -a
+    bool readOnlyIntent = false;  // -K ReadOnly
     bool multiSubnetFailover = false;  // -M
     bool adminConnection = false;      // -A
 

@@ -28,7 +28,7 @@ void addRepackCommand(CLI::App& app, Action& action);            // repack
 void addRotateCommand(CLI::App& app, Action& action);            // rotate
 void addDatabaseCommands(CLI::App& app, Action& action);         // db …
 void addEachCommand(CLI::App& app, Action& action);              // each
-void addMetricsCommand(CLI::App& app, Action& action);          // metrics
+void addMetricsCommand(CLI::App& app, Action& action);           // metrics
 void addKeyCommands(CLI::App& app, Action& action);              // key create
 void addCredentialCommands(CLI::App& app, Action& action);       // credentials set, test
 void addSandboxCommands(CLI::App& app, Action& action);          // sandbox …

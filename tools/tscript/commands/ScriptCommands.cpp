@@ -401,8 +401,8 @@ ExitCode listParameters(const ScriptOptions& options) {
     }
     if (!options.json) return runAndReport(options, ScriptKind::kProcedure, Operation::kParameters);
     FollowedOutput unfollowed(/*isWanted=*/false);
-    const RunResult result =
-        runScript(options.request, ScriptKind::kProcedure, Operation::kParameters, !options.quiet, unfollowed);
+    const RunResult result = runScript(options.request, ScriptKind::kProcedure, Operation::kParameters,
+                                       !options.quiet, unfollowed);
     if (!result.succeeded) throwRunFailure(options, result, target, unfollowed);
     target.write(jsonText(parseToolTable(result.output)));
     return ExitCode::kDone;

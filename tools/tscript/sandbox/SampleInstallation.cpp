@@ -32,8 +32,9 @@ void loadSchema(const SandboxFolder& folder, int port, const Secret& password) {
 
 void packSamples(const SandboxFolder& folder) {
     for (const fs::directory_entry& plain : fs::directory_iterator(sampleFolder() / "packages"))
-        if (plain.path().extension() == ".txt") packFile(plain.path(), folder.scripts() / (plain.path().stem().string() + ".sql"),
-                 /*options=*/{});
+        if (plain.path().extension() == ".txt")
+            packFile(plain.path(), folder.scripts() / (plain.path().stem().string() + ".sql"),
+                     /*options=*/{});
 }
 
 // Creates everything but the server. The folder is marked as complete at the end: after a failure the next
