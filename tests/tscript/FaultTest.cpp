@@ -292,7 +292,8 @@ TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
         {"Wait", [&] { proxy.resetConnections(); }, "2||",
          "the connection to the server failed during the run", "FreeTDS"},
         {"Wait", [&] { proxy.losePackets(); }, "2||", "the connection to the server failed during the run"},
-        {"Wait", [&] { proxy.setFault({.kind = NetworkFault::kReset}); }, "0||", "the run stays open"}};
+        // The server may record the end although its answer is lost.
+        {"Wait", [&] { proxy.setFault({.kind = NetworkFault::kReset}); }, "||", "the run stays open"}};
     for (const auto& c : cases) {
         constexpr std::size_t kInTheRows = std::size_t{200} << 10;
         proxy.setFault({.kind = NetworkFault::kReset, .after = kInTheRows});
