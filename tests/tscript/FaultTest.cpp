@@ -273,7 +273,18 @@ TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
     const std::string start = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
     pack("Rows",
          start + "DECLARE @i int = 0 WHILE @i < 3000 BEGIN SELECT REPLICATE('r', 200) SET @i = @i + 1 END\n");
-    pack("Wait", start + "WAITFOR DELAY '00:01:00'\n");
+    pack("Wait", start + "PRINT 'begun'\nGO\nWAITFOR DELAY '00:01:00'\n");
+    const auto hasBegun = [&] {  // by the output of the query tool
+        for (const fs::path& place : {folder / "temp", folder / "logs"})
+            for (const auto& entry : fs::directory_iterator(place)) {
+                std::ifstream in(entry.path());
+                const std::string text(std::istreambuf_iterator<char>(in), {});
+                if (entry.path().filename().string().rfind("Tscript_", 0) == 0 &&
+                    text.find("begun") != std::string::npos)
+                    return true;
+            }
+        return false;
+    };
     const std::string server = support::readFile(store());
     const std::size_t comma = server.find("127.0.0.1,");
     support::Proxy proxy(std::stoi(server.substr(comma + 10)));
@@ -304,6 +315,9 @@ TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
         const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", c.script}, options,
                                          {output.get(), output.get(), output.get()});
         while (journal(c.script).size() == before.size()) std::this_thread::yield();
+        const auto latest = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (c.script == "Wait" && !hasBegun() && std::chrono::steady_clock::now() < latest)
+            std::this_thread::yield();
         c.breakNetwork();
         int exitCode = -1;
         EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
