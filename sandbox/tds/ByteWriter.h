@@ -2,7 +2,9 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "ByteReader.h"
 #include "types/Utf16.h"
@@ -14,12 +16,12 @@ using tsql::appendUtf16, tsql::utf16FromUtf8, tsql::utf8FromCodePage1252, tsql::
 // Appends to a buffer that it owns.
 class ByteWriter {
   public:
-    // Integer of `width` bytes, up to 32. Bytes above the eighth are zero.
+    // Integer of `width` bytes. Bytes above the eighth are zero.
     void number(std::uint64_t value, std::size_t width) {
-        char part[32] = {};
-        for (std::size_t i = 0; i < std::min<std::size_t>(width, 8); ++i)
-            part[i] = static_cast<char>(value >> (8 * i) & 0xFF);
-        m_data.append(part, width);
+        static_assert(std::endian::native == std::endian::little);
+        const std::size_t start = m_data.size();
+        m_data.resize(start + width);
+        std::memcpy(m_data.data() + start, &value, std::min(width, sizeof value));
     }
     void u8(std::uint64_t value) { m_data += static_cast<char>(value & 0xFF); }
     void u16(std::uint64_t value) { number(value, 2); }
@@ -46,8 +48,7 @@ class ByteWriter {
         fillIn(position, m_data.size() - position, width);
     }
     void fillIn(std::size_t position, std::uint64_t value, std::size_t width) {
-        for (std::size_t i = 0; i < width; ++i)
-            m_data[position - width + i] = static_cast<char>(value >> (8 * i) & 0xFF);
+        std::memcpy(m_data.data() + position - width, &value, std::min(width, sizeof value));
     }
 
     Bytes& data() { return m_data; }

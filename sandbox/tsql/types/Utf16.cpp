@@ -26,15 +26,21 @@ void appendUnit(std::string& wire, char32_t unit) {
     wire += static_cast<char>(unit >> 8 & 0xFF);
 }
 
+// Appends the ASCII characters at the front and removes them: at once, since they are most of all results.
+void moveAscii(std::string& wire, std::string_view& utf8) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    const auto end = std::find_if_not(utf8.begin(), utf8.end(), isAscii);
+    const auto count = static_cast<std::size_t>(end - utf8.begin());
+    const std::size_t start = wire.size();
+    wire.resize(start + 2 * count);
+    for (std::size_t i = 0; i < count; ++i) wire[start + 2 * i] = utf8[i];
+    utf8.remove_prefix(count);
+}
+
 }  // namespace
 
 void appendUtf16(std::string& wire, std::string_view utf8) {
-    while (!utf8.empty()) {
-        if (const auto byte = static_cast<unsigned char>(utf8.front()); byte < 0x80) {
-            appendUnit(wire, byte);
-            utf8.remove_prefix(1);
-            continue;
-        }
+    for (moveAscii(wire, utf8); !utf8.empty(); moveAscii(wire, utf8)) {
         char32_t c = nextCharacter(utf8);
         if (isSurrogate(c) || c > kLastCharacter) c = kReplacement;
         if (c >= kFirstPair) {
