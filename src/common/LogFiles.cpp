@@ -125,6 +125,14 @@ void copyLines(std::FILE* source, const CopyTarget& target) {
     target.end();
 }
 
+// True for a regular file that has two or more names. Asks for nothing else: after a request for the
+// modification time (fstat()), the kernel writes a new time with each line, which takes longer than the line.
+bool hasSecondName(int descriptor) {
+    struct statx status {};
+    return ::statx(descriptor, "", AT_EMPTY_PATH, STATX_TYPE | STATX_NLINK, &status) == 0 &&
+           S_ISREG(status.stx_mode) && status.stx_nlink > 1;
+}
+
 // Follows no link but those of /dev, does not wait for a pipe, and refuses a file with a second name: whoever
 // may write to the log's folder could have the entries appended to another file of this user.
 FileDescriptor openLog(const char* path) {
@@ -132,9 +140,7 @@ FileDescriptor openLog(const char* path) {
     constexpr std::string_view kDevices = "/dev/";
     const int links = std::string_view(path).starts_with(kDevices) ? 0 : O_NOFOLLOW;
     FileDescriptor log(path, O_RDWR | O_CREAT | O_APPEND | O_NONBLOCK | O_NOCTTY | links, kPermissions);
-    struct stat status {};
-    if (!log.isOpen() || ::fstat(log.get(), &status) != 0) return log;
-    if (!S_ISREG(status.st_mode) || status.st_nlink <= 1) return log;
+    if (!log.isOpen() || !hasSecondName(log.get())) return log;
     log = FileDescriptor();
     errno = EMLINK;
     return log;
