@@ -30,15 +30,22 @@ std::optional<int> ownDescriptor(std::string_view path) {
     return error == std::errc{} && stop == end && number >= 0 ? std::optional(number) : std::nullopt;
 }
 
+// Empties a regular file. One that is empty already is left alone: ext4 writes a file to the disk when it is
+// closed after it has been truncated.
+bool makeEmpty(int descriptor) {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) return false;
+    return !S_ISREG(status.st_mode) || status.st_size == 0 || ftruncate(descriptor, 0) == 0;
+}
+
 int openOutput(const std::string& path) {
     const std::optional<int> own = ownDescriptor(path);
-    const int descriptor =
-        own ? fcntl(*own, F_DUPFD_CLOEXEC, 0)
-            : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666);
-    if (descriptor < 0)
-        throw ToolError("Sqlcmd: Error: cannot open output file '" + path + "': " + std::strerror(errno) +
-                        ".");
-    return descriptor;
+    const int descriptor = own ? fcntl(*own, F_DUPFD_CLOEXEC, 0)
+                               : open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (descriptor >= 0 && (own || makeEmpty(descriptor))) return descriptor;
+    const std::string reason = std::strerror(errno);
+    if (descriptor >= 0) close(descriptor);
+    throw ToolError("Sqlcmd: Error: cannot open output file '" + path + "': " + reason + ".");
 }
 
 bool isRegular(int descriptor) {
