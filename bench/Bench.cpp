@@ -14,16 +14,6 @@
 namespace bench {
 namespace {
 
-// Returns the value of a line of /proc/self/status in bytes.
-std::size_t processStatus(const std::string& name) {
-    std::ifstream status("/proc/self/status");
-    for (std::string word; status >> word;) {
-        std::size_t kilobytes = 0;
-        if (word == name && status >> kilobytes) return kilobytes * 1024;
-    }
-    throw std::runtime_error("/proc/self/status has no " + name);
-}
-
 std::string barText(Bar bar) {
     if (bar.kind == Bar::kNone) return "-";
     char text[32];
@@ -88,12 +78,22 @@ PeakMemory::PeakMemory() {
     constexpr int kResetPeak = 5;  // proc(5), /proc/pid/clear_refs
     malloc_trim(/*pad=*/0);
     std::ofstream("/proc/self/clear_refs") << kResetPeak << std::flush;
-    m_before = processStatus("VmRSS:");
+    m_before = processStatus("self", "VmRSS:");
 }
 
 std::size_t PeakMemory::bytes() const {
-    const std::size_t peak = processStatus("VmHWM:");
+    const std::size_t peak = processStatus("self", "VmHWM:");
     return peak > m_before ? peak - m_before : 0;
+}
+
+std::size_t processStatus(const std::string& process, const std::string& name) {
+    const std::string path = "/proc/" + process + "/status";
+    std::ifstream status(path);
+    for (std::string word; status >> word;) {
+        std::size_t kilobytes = 0;
+        if (word == name && status >> kilobytes) return kilobytes * 1024;
+    }
+    throw std::runtime_error(path + " has no " + name);
 }
 
 void check(bool succeeded, std::string_view message) {

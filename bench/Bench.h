@@ -80,6 +80,9 @@ class PeakMemory {
     std::size_t m_before;
 };
 
+// Returns the value in bytes of a line of /proc/PID/status; `process` is the PID, or "self".
+std::size_t processStatus(const std::string& process, const std::string& name);
+
 // Throws std::runtime_error with the message unless the work succeeded: a failure makes the time meaningless.
 void check(bool succeeded, std::string_view message);
 

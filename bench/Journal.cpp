@@ -1,33 +1,16 @@
 // Lists of the journal against its number of rows.
-#include <sys/resource.h>
-#include <sys/wait.h>
-
 #include "Bench.h"
 #include "DVUtilities/DBBase.h"
 #include "Growth.h"
-#include "Program.h"
+#include "ToolCost.h"
 
 namespace bench {
 namespace {
 
-struct Cost {
-    double seconds = 0;
-    double megabytes = 0;  // peak memory
-};
-
-Cost costOf(const std::vector<std::string>& words) {
+ToolCost costOf(const std::vector<std::string>& words) {
     std::vector<std::string> command = {TSCRIPT_PROGRAM};
     command.insert(command.end(), words.begin(), words.end());
-    const support::Descriptor output = support::memoryFile();
-    int status = 0;
-    rusage usage{};
-    const double seconds = secondsOf([&] {
-        const pid_t pid = support::spawn(command, {}, {output.get(), output.get(), output.get()});
-        check(wait4(pid, &status, 0, &usage) == pid && status == 0,
-              words.front() + " fails: " + support::contentOf(output));
-    });
-    constexpr double kKilobytes = 1e-3;
-    return {seconds, static_cast<double>(usage.ru_maxrss) * kKilobytes};
+    return costOfTool(command, {});
 }
 
 // Doubles the rows until there are `rows`. One in a thousand runs has failed.
@@ -68,16 +51,17 @@ void growJournal(Bench& bench, const std::filesystem::path& folder) {
     }
     Series times(folder, "journal-time", columns);
     Series memory(folder, "journal-memory", columns);
+    constexpr double kMegabyte = 1e6;
     for (const std::size_t rows : {1'000, 10'000, 100'000, 1'000'000}) {
         fill(db, bench.scaled(rows));
         std::vector<double> seconds;
         std::vector<double> megabytes;
         for (const auto& words : lists) {
-            Cost best = costOf(words);
+            ToolCost best = costOf(words);
             for (int round = 1; round < bench.options().rounds; ++round)
                 best.seconds = std::min(best.seconds, costOf(words).seconds);
             seconds.push_back(best.seconds);
-            megabytes.push_back(best.megabytes);
+            megabytes.push_back(static_cast<double>(best.peakMemory) / kMegabyte);
         }
         times.add(bench.scaled(rows), seconds);
         memory.add(bench.scaled(rows), megabytes);

@@ -3,15 +3,13 @@
 #include <sybfront.h>  // must come before sybdb.h
 //
 #include <sybdb.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 
 #include <memory>
 #include <vector>
 
 #include "Bench.h"
-#include "Program.h"
 #include "Rows.h"
+#include "ToolCost.h"
 
 namespace bench {
 namespace {
@@ -72,13 +70,7 @@ std::size_t runTool(const support::TsqlBox& box, std::vector<std::string> argume
     command.insert(command.end(), arguments.begin(), arguments.end());
     support::ProgramOptions options;
     options.environment = {"SQLCMDPASSWORD=" + box.password()};
-    const support::Descriptor nothing = support::memoryFile();
-    const pid_t pid = support::spawn(command, options, {nothing.get(), nothing.get(), nothing.get()});
-    int status = 0;
-    rusage usage{};
-    check(wait4(pid, &status, 0, &usage) == pid && status == 0, "sqlcmd fails");
-    constexpr std::size_t kUnit = 1024;
-    return static_cast<std::size_t>(usage.ru_maxrss) * kUnit;
+    return costOfTool(command, options).peakMemory;
 }
 
 }  // namespace
@@ -90,6 +82,7 @@ void queryTool(Bench& bench) {
     const std::size_t rows = bench.scaled(1'000'000);
     makeRows(connection, rows);
 
+    const Step removeOutput = [&] { std::filesystem::remove(output); };
     // The first run reads the libraries into the page cache: more of their pages count for the later ones.
     runTool(box, {"-Q", "SELECT 1"}, output);
     const std::size_t few = runTool(box, {"-Q", "SELECT 1"}, output);
@@ -98,9 +91,9 @@ void queryTool(Bench& bench) {
     const Step print = [&] { peak = std::max(peak, runTool(box, {"-Q", kAllRows}, output)); };
     const Step printTrimmed = [&] { runTool(box, {"-W", "-s", "\t", "-Q", kAllRows}, output); };
     const Step printCsv = [&] { runTool(box, {"--csv", "-Q", kAllRows}, output); };
-    bench.compare("query-tool/rows", atLeast(0.75), {print, fetch});
-    bench.compare("query-tool/rows-trimmed", atLeast(0.75), {printTrimmed, fetch});
-    bench.compare("query-tool/rows-csv", {}, {printCsv, fetch});
+    bench.compare("query-tool/rows", atLeast(0.75), {print, fetch, removeOutput});
+    bench.compare("query-tool/rows-trimmed", atLeast(0.75), {printTrimmed, fetch, removeOutput});
+    bench.compare("query-tool/rows-csv", {}, {printCsv, fetch, removeOutput});
     Bench::print("query-tool/rows-memory", static_cast<double>(peak) / static_cast<double>(few), atMost(1.1),
                  megabytes(peak) + " against " + megabytes(few) + " for one row");
 
@@ -116,7 +109,7 @@ void queryTool(Bench& bench) {
     const Step runByHand = [&] {
         for (std::size_t i = 0; i < batches; ++i) connection.run("SELECT 1");
     };
-    bench.compare("query-tool/batches", atLeast(0.9), {runScript, runByHand});
+    bench.compare("query-tool/batches", atLeast(0.9), {runScript, runByHand, removeOutput});
     Bench::print("query-tool/batches-memory", static_cast<double>(peak) / static_cast<double>(few),
                  atMost(1.1), megabytes(peak) + " against " + megabytes(few) + " for one batch");
 }

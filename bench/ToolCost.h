@@ -1,0 +1,20 @@
+// Time and peak memory of a program.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "Program.h"
+
+namespace bench {
+
+struct ToolCost {
+    double seconds = 0;
+    std::size_t peakMemory = 0;  // bytes
+};
+
+// Runs a program without input and discards its output. Throws std::runtime_error unless its exit code is 0.
+ToolCost costOfTool(const std::vector<std::string>& command, const support::ProgramOptions& options);
+
+}  // namespace bench
