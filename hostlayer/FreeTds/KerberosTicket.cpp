@@ -1,10 +1,13 @@
 #include "KerberosTicket.h"
 
+#include <dlfcn.h>
 #include <gssapi/gssapi.h>
 #include <gssapi/gssapi_krb5.h>
 #include <netdb.h>
 
 #include <memory>
+#include <optional>
+#include <type_traits>
 
 #include "FreeTdsConfiguration.h"
 
@@ -23,33 +26,75 @@ std::string canonicalName(const std::string& host) {
     return name.find('.') != std::string::npos ? name : host;
 }
 
+// The functions of GSSAPI, whose library is loaded for the first ticket and stays: with the six libraries
+// that it needs, it would take a tenth of the start of every program.
+struct Gssapi {
+    decltype(&::gss_import_name) importName;
+    decltype(&::gss_init_sec_context) initSecContext;
+    decltype(&::gss_display_status) displayStatus;
+    decltype(&::gss_release_buffer) releaseBuffer;
+    decltype(&::gss_delete_sec_context) deleteSecContext;
+    decltype(&::gss_release_name) releaseName;
+    gss_OID kerberos;
+    gss_OID principalName;
+};
+
+// Returns nullopt if the library cannot be loaded; FreeTDS then has no Windows authentication either.
+std::optional<Gssapi> loadGssapi() {
+    void* library = ::dlopen("libgssapi_krb5.so.2", RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) return std::nullopt;
+    bool isComplete = true;
+    const auto load = [&](auto& target, const char* name) {
+        target = reinterpret_cast<std::remove_reference_t<decltype(target)>>(::dlsym(library, name));
+        isComplete = isComplete && target != nullptr;
+    };
+    Gssapi gssapi{};
+    gss_OID* kerberos = nullptr;
+    gss_OID* principalName = nullptr;
+    load(gssapi.importName, "gss_import_name");
+    load(gssapi.initSecContext, "gss_init_sec_context");
+    load(gssapi.displayStatus, "gss_display_status");
+    load(gssapi.releaseBuffer, "gss_release_buffer");
+    load(gssapi.deleteSecContext, "gss_delete_sec_context");
+    load(gssapi.releaseName, "gss_release_name");
+    load(kerberos, "gss_mech_krb5");
+    load(principalName, "GSS_KRB5_NT_PRINCIPAL_NAME");
+    if (!isComplete) return std::nullopt;
+    gssapi.kerberos = *kerberos;
+    gssapi.principalName = *principalName;
+    return gssapi;
+}
+
 // The reason as Kerberos gives it, or GSSAPI's own.
-std::string statusText(OM_uint32 major, OM_uint32 minor) {
+std::string statusText(const Gssapi& gssapi, OM_uint32 major, OM_uint32 minor) {
     OM_uint32 ignored = 0, more = 0;
     gss_buffer_desc text = GSS_C_EMPTY_BUFFER;
-    gss_display_status(&ignored, minor != 0 ? minor : major, minor != 0 ? GSS_C_MECH_CODE : GSS_C_GSS_CODE,
-                       gss_mech_krb5, &more, &text);
+    gssapi.displayStatus(&ignored, minor != 0 ? minor : major, minor != 0 ? GSS_C_MECH_CODE : GSS_C_GSS_CODE,
+                         gssapi.kerberos, &more, &text);
     const std::string result(static_cast<const char*>(text.value), text.length);
-    gss_release_buffer(&ignored, &text);
+    gssapi.releaseBuffer(&ignored, &text);
     return result;
 }
 
 std::string problemWith(const std::string& principal) {
+    static const std::optional<Gssapi> gssapi = loadGssapi();
+    if (!gssapi) return "No Kerberos ticket for " + principal + ": libgssapi_krb5.so.2 cannot be loaded";
     OM_uint32 minor = 0, ignored = 0;
     gss_buffer_desc text{principal.size(), const_cast<char*>(principal.data())};
     gss_name_t name = GSS_C_NO_NAME;
     gss_ctx_id_t context = GSS_C_NO_CONTEXT;
     gss_buffer_desc token = GSS_C_EMPTY_BUFFER;
-    OM_uint32 major = gss_import_name(&minor, &text, GSS_KRB5_NT_PRINCIPAL_NAME, &name);
+    OM_uint32 major = gssapi->importName(&minor, &text, gssapi->principalName, &name);
     if (!GSS_ERROR(major))
-        major = gss_init_sec_context(&minor, GSS_C_NO_CREDENTIAL, &context, name, gss_mech_krb5,
-                                     GSS_C_MUTUAL_FLAG, /*time_req=*/0, GSS_C_NO_CHANNEL_BINDINGS,
-                                     GSS_C_NO_BUFFER, nullptr, &token, nullptr, nullptr);
+        major = gssapi->initSecContext(&minor, GSS_C_NO_CREDENTIAL, &context, name, gssapi->kerberos,
+                                       GSS_C_MUTUAL_FLAG, /*time_req=*/0, GSS_C_NO_CHANNEL_BINDINGS,
+                                       GSS_C_NO_BUFFER, nullptr, &token, nullptr, nullptr);
     const std::string problem =
-        GSS_ERROR(major) ? "No Kerberos ticket for " + principal + ": " + statusText(major, minor) : "";
-    gss_release_buffer(&ignored, &token);
-    gss_delete_sec_context(&ignored, &context, GSS_C_NO_BUFFER);
-    gss_release_name(&ignored, &name);
+        GSS_ERROR(major) ? "No Kerberos ticket for " + principal + ": " + statusText(*gssapi, major, minor)
+                         : "";
+    gssapi->releaseBuffer(&ignored, &token);
+    gssapi->deleteSecContext(&ignored, &context, GSS_C_NO_BUFFER);
+    gssapi->releaseName(&ignored, &name);
     return problem;
 }
 
