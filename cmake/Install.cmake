@@ -57,16 +57,20 @@ find_package(nlohmann_json REQUIRED)
 set(compiler_version "${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION}")
 file(CONFIGURE OUTPUT linked/library.txt @ONLY CONTENT "Linked libraries and their versions
 
-libspdlog ${spdlog_VERSION}
+libfmt ${fmt_VERSION}
 libtomlplusplus ${tomlplusplus_VERSION}
 libsodium ${sodium_VERSION}
 libodbc ${odbc_VERSION} (unixODBC)
 libssl, libcrypto ${openssl_VERSION} (OpenSSL)
-libgssapi_krb5 ${gssapi_VERSION} (Kerberos)
 libstdc++, libgcc_s: ${compiler_version}
+
+Loaded for Windows authentication
+
+libgssapi_krb5 ${gssapi_VERSION} (Kerberos)
 
 Compiled in
 
+spdlog ${spdlog_VERSION}
 nlohmann-json ${nlohmann_json_VERSION}
 ")
 file(CONFIGURE OUTPUT linked/tools.txt @ONLY CONTENT "Linked libraries and their versions
