@@ -47,7 +47,7 @@ class RowQueue {
     };
 
   private:
-    static constexpr std::size_t kBufferSize = 131'072;  // bytes
+    static constexpr std::size_t kBufferSize = 262'144;  // bytes
 
     void passOn();
     void waitForPrinter(std::unique_lock<std::mutex>& lock);
