@@ -34,6 +34,7 @@ password=$(cat "$sandbox/password")
 cp "$sandbox/registry.toml" "$place/registry.toml"
 sed "s|$sandbox/cipher.key|$place/next.key|" "$place/registry.toml" >"$place/next.toml"
 cp "$sandbox/Scripts/Faulty.sql" "$place/Faulty.sql"
+cp -r "$sandbox/Scripts" "$place/Scripts"
 
 declare -A commands=(
   [run]='run Faulty -p it --data'
@@ -43,12 +44,14 @@ declare -A commands=(
   [credentials]='credentials set Dorvas --user sa'
   [report]="report -o $place/report.html"
   [backup]="db backup Dorvas $sandbox/backups/faulty.bak"
+  [rotate]='rotate --grace 0'
 )
 
 restore() {
   cp "$place/Faulty.sql" "$place/old/Faulty.sql"
   cp "$place/registry.toml" "$sandbox/registry.toml"
-  rm -f "$place/new/Faulty.sql" "$place/report.html" "$place/report"
+  rm -f "$place/new/Faulty.sql" "$place/report.html" "$place/report" "$sandbox"/cipher.key.*
+  [[ $command != rotate ]] || cp "$place/Scripts"/* "$sandbox/Scripts/"
 }
 
 run() {  # VARIABLE=VALUE...
@@ -72,6 +75,10 @@ check_files() {
     cmp -s "$place/registry.toml" "$sandbox/registry.toml" || "$tscript" credentials test Dorvas >/dev/null 2>&1 ||
       complain "the store is damaged"
   fi
+  if [[ $command == rotate ]]; then
+    "$tscript" run -q Faulty -p it >/dev/null 2>&1 || complain "a run fails after it"
+    [[ $1 == 0 ]] || "$tscript" rotate --grace 0 >/dev/null 2>&1 || complain "it cannot be completed"
+  fi
 }
 
 check() {  # EXIT CODE
@@ -83,8 +90,8 @@ check() {  # EXIT CODE
   ! grep -q 'terminate called\|signal [0-9]' "$place/errors" || complain "a process died"
   check_files "$1"
   local left
-  left=$(find "$sandbox/temp" "$place/new" "$place/old" -name 'Faulty.sql.*' -o -path "$sandbox/temp/*" -type f | head -3)
-  [[ -z $left ]] || { complain "left $left"; rm -f "$sandbox"/temp/*; }
+  left=$(find "$sandbox/temp" "$sandbox/Scripts" "$place/new" "$place/old" -name '*.sql.*' -o -path "$sandbox/temp/*" -type f | head -3)
+  [[ -z $left ]] || { complain "left $left"; rm -f "$sandbox"/temp/* "$sandbox/Scripts"/*.sql.*; }
   ! grep -rlq 'plain text of' "$sandbox/Scripts" "$sandbox/temp" || complain "plain text in the folders"
   if [[ $command == run || $command == exec ]]; then
     for id in $("$tscript" journal --status running --last 0 --json | sed -nE 's/.*"id": ?([0-9]+).*/\1/p'); do
@@ -94,7 +101,7 @@ check() {  # EXIT CODE
   fi
 }
 
-[[ $# -gt 0 ]] || set -- run exec pack repack credentials report backup
+[[ $# -gt 0 ]] || set -- run exec pack repack credentials report backup rotate
 for command in "$@"; do
   restore
   run
