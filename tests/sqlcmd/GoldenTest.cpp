@@ -218,7 +218,7 @@ TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     const support::TsqlBox server;
     support::TerminalProgram program({SQLCMD_PROGRAM, "-S", server.server(), "-U", server.login(), "-P",
                                       server.password(), "-W", "-h", "-1", "--pager"},
-                                     {"PAGER=sed s/^/paged:/"}, 100);
+                                     {"TERM=dumb", "PAGER=sed s/^/paged:/"}, 100);
     const auto answers = [&](std::string_view typed, const char* shown) {
         program.type(typed);
         ASSERT_TRUE(program.shows(shown)) << program.screen();
@@ -236,6 +236,8 @@ TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     answers(support::kControlC, "^C\r\n1> ");
     answers("PRINT $(nothing)\n", "'nothing' scripting variable not defined.\r\n1> ");
     answers(":nothing\n", "near command ':nothing'.\r\n1> ");
+    answers("prin\t", "1> print ");
+    answers("'a\tb'\nGO\n", "a\tb\r\n1> ");
     answers("PRINT 'kept'\nGO\n", "kept\r\n1> ");
     answers("-- password\n'a secret'\nGO\n", "'a secret'.\r\n1> ");
     answers("\x10\x10 + '!'\nGO\n", "kept!\r\n1> ");

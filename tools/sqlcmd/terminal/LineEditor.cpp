@@ -1,6 +1,7 @@
 #include "terminal/LineEditor.h"
 
 #include <histedit.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -8,16 +9,30 @@
 #include <new>
 
 #include "terminal/Interrupt.h"
+#include "text/Utf.h"
 
 namespace sqlcmd {
 namespace {
 
 constexpr int kHistorySize = 1000;  // lines
 
+LineEditor& ownerOf(EditLine* editor) {
+    void* owner = nullptr;
+    el_get(editor, EL_CLIENTDATA, &owner);
+    return *static_cast<LineEditor*>(owner);
+}
+
 const char* promptOf(EditLine* editor) {
-    void* prompt = nullptr;
-    el_get(editor, EL_CLIENTDATA, &prompt);
-    return static_cast<const std::string*>(prompt)->c_str();
+    return ownerOf(editor).prompt().c_str();
+}
+
+unsigned char completeWordOf(EditLine* editor, int /*character*/) {
+    return ownerOf(editor).completeWord();
+}
+
+bool isInputWaiting() {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    return poll(&input, 1, 0) > 0;
 }
 
 // Reads a character for libedit, whose own function repeats a read that a signal has interrupted. Returns the
@@ -48,11 +63,13 @@ LineEditor::LineEditor()
     HistEvent event;
     history(m_history, &event, H_SETSIZE, kHistorySize);
     history(m_history, &event, H_SETUNIQUE, 1);
-    el_set(m_editor, EL_CLIENTDATA, &m_prompt);
+    el_set(m_editor, EL_CLIENTDATA, this);
     el_set(m_editor, EL_PROMPT, promptOf);
     el_set(m_editor, EL_EDITOR, "emacs");
     el_set(m_editor, EL_HIST, history, m_history);
     el_wset(m_editor, EL_GETCFN, readCharacter);
+    el_set(m_editor, EL_ADDFN, "sqlcmd-complete", "Complete the word", completeWordOf);
+    el_set(m_editor, EL_BIND, "^I", "sqlcmd-complete", nullptr);
     el_source(m_editor, nullptr);  // ~/.editrc
 }
 
@@ -85,6 +102,28 @@ LineEditor::Result LineEditor::read(const std::string& prompt, std::string& line
 void LineEditor::remember(const std::string& line) {
     HistEvent event;
     if (!line.empty()) history(m_history, &event, H_ENTER, line.c_str());
+    m_words.addWordsOf(line);
+}
+
+// A Tab of pasted text, which more text follows, and a Tab that follows no word stay a Tab.
+unsigned char LineEditor::completeWord() {
+    const LineInfo* line = el_line(m_editor);
+    const char* start = line->cursor;
+    while (start != line->buffer && isCompletable(start[-1])) --start;
+    const std::string_view prefix(start, static_cast<std::size_t>(line->cursor - start));
+    if (prefix.empty() || isInputWaiting()) return el_insertstr(m_editor, "\t") == 0 ? CC_REFRESH : CC_ERROR;
+    const std::vector<std::string> words = m_words.completionsOf(prefix);
+    if (words.empty()) return CC_REFRESH_BEEP;
+    const std::string common = commonPrefix(words);
+    if (words.size() > 1 && common.size() == prefix.size()) {
+        std::fputc('\n', promptStream());
+        for (const std::string& word : words) std::fprintf(promptStream(), "%s  ", word.c_str());
+        std::fputc('\n', promptStream());
+        return CC_REDISPLAY;
+    }
+    el_deletestr(m_editor, static_cast<int>(utf8Length(prefix)));
+    el_insertstr(m_editor, (words.size() == 1 ? common + " " : common).c_str());
+    return CC_REFRESH;
 }
 
 bool isInteractive() {
