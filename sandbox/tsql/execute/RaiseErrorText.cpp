@@ -102,14 +102,18 @@ std::string raiseErrorText(std::string_view format, std::span<const TypedValue> 
         groups[kAll] = {0, static_cast<regoff_t>(format.size())};
         return regexec(&substitution, format.data(), kGroups, groups, REG_STARTEND) == 0;
     };
+    const auto textOf = [&](const regmatch_t& group) {
+        if (group.rm_so < 0) return std::string_view();
+        return format.substr(static_cast<std::size_t>(group.rm_so),
+                             static_cast<std::size_t>(group.rm_eo - group.rm_so));
+    };
     while (findNext()) {
         Match match;
-        for (int group = 0; group < kGroups; ++group)
-            if (groups[group].rm_so >= 0)
-                match[group] = format.substr(groups[group].rm_so, groups[group].rm_eo - groups[group].rm_so);
-        text.append(format.substr(0, groups[kAll].rm_so));
-        text.append(formatter.substituted(match, format.substr(groups[kAll].rm_so)));
-        format.remove_prefix(groups[kAll].rm_eo);
+        std::ranges::transform(groups, match.begin(), textOf);
+        const auto start = static_cast<std::size_t>(groups[kAll].rm_so);
+        text.append(format.substr(0, start));
+        text.append(formatter.substituted(match, format.substr(start)));
+        format.remove_prefix(static_cast<std::size_t>(groups[kAll].rm_eo));
     }
     text.append(format);
     if (characterCount(text) <= kLongestMessage) return text;
