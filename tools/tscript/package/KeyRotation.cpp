@@ -177,7 +177,7 @@ void KeyRotation::convertPackage(const fs::path& file) {
             repackFile(file.string(), from, to, Unsealed::kStays, file.string() + kTemporary);
         if (done == Repacked::kDone) ++m_result.packages;
     } catch (const Failure& failure) {
-        if (!fs::exists(file)) return;
+        if (!fs::exists(file) || isAuthentic(file.string(), to)) return;
         if (isAuthentic(file.string(), from))
             throw Failure(ExitCode::kInstallation, file.string() + " was left as it is: " + failure.what(),
                           "Both keys stay in use. Run tscript rotate again.");
