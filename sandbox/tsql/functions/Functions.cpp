@@ -92,7 +92,7 @@ Typed noted(const Typed& value) {
 }
 
 std::string writeCount(const FunctionInfo&, Pieces pieces, const SqlType&) {
-    return "count(" + collated(noted(pieces[0])) + ")";
+    return "count(" + comparable(noted(pieces[0])) + ")";
 }
 
 std::string writeExtreme(const FunctionInfo& function, Pieces pieces, const SqlType&) {

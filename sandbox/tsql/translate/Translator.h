@@ -182,6 +182,8 @@ class Translator {
     QueryText assignInOrder(const ast::Select& select, const ast::Query& query, const std::string& rows);
     void refuseInRecursion(const ast::Select& select) const;
     QueryText setOperation(const ast::SetOperation& operation, const ast::Query& query);
+    static std::string distinctSetOperation(ast::SetOp op, const std::string& left, const std::string& right,
+                                            const QueryText& text);
     void selectItem(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const ast::SelectItem& item, QueryText& text, std::string& list, bool collate);
     void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
@@ -207,6 +209,7 @@ class Translator {
     // DISTINCT.
     std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text, bool outputOnly,
                         const std::string* distinctList = nullptr);
+    static std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text);
     std::string rowCount(const ast::Expr& expr, int least, int error);
     std::optional<std::size_t> outputPosition(const ast::Expr& expr, const QueryText& text) const;
     std::string limit(const ast::Select* select, const ast::Query& query);

@@ -28,6 +28,23 @@ bool isRecursive(const CommonTable& table) {
                                [&](const auto& from) { return reads(*from, table.name); });
 }
 
+bool hasVarBinary(const QueryText& text) {
+    return std::ranges::any_of(text.columns,
+                               [](const auto& each) { return each.column.type.id == TypeId::VarBinary; });
+}
+
+// One row for all rows that are equal. DISTINCT of SQLite does not ignore the zeros at the end of binary
+// strings.
+std::string distinctRows(const std::string& rows, const QueryText& text) {
+    std::string list, keys;
+    for (const auto& [column, alias, isNull] : text.columns) {
+        const std::string comma = list.empty() ? "" : ", ";
+        list += comma + alias + " AS " + alias;
+        keys += comma + comparable({alias, column.type});
+    }
+    return "SELECT " + list + " FROM (" + rows + ") GROUP BY " + keys;
+}
+
 }  // namespace
 
 QueryText Translator::query(const Query& query) {
@@ -94,8 +111,10 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (select.having && select.groupBy.empty() &&
         !listHasAggregate)  // SQLite detects grouping only in the select list
         rows = " FROM (SELECT count(*)" + rows + ")";
-    text.sql =
-        std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows + orderSql + limitSql;
+    text.sql = select.distinct && hasVarBinary(text)
+                   ? distinctRows("SELECT " + list + rows, text)
+                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows;
+    text.sql += orderSql + limitSql;
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
 }
@@ -215,6 +234,16 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     return position;
 }
 
+// Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
+std::string Translator::orderKeyOfDistinct(const Typed& item, const std::string& list,
+                                           const QueryText& text) {
+    const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
+    const std::size_t found = all.find(entry);
+    if (found == std::string::npos) throw sqlError(message::kOrderByItemNotInDistinct);
+    const auto position = std::stoul(all.substr(found + entry.size()));
+    return collated({std::to_string(position), text.columns[position - 1].column.type});
+}
+
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly,
                                 const std::string* distinctList) {
     std::string sql;
@@ -230,9 +259,8 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         else if (outputOnly)
             throw sqlError(message::kOrderByItemNotInSetOperation);
         else {
-            key = distinctList ? collated(value(*item.value)) : comparable(value(*item.value));
-            if (distinctList && (", " + *distinctList).find(", " + key + " AS c") == std::string::npos)
-                throw sqlError(message::kOrderByItemNotInDistinct);
+            const Typed typed = value(*item.value);
+            key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text) : comparable(typed);
         }
         const auto& node = item.value->node;
         const bool isColumn =
@@ -260,6 +288,19 @@ std::string Translator::rowCount(const Expr& expr, int least, int error) {
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
+// UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
+std::string Translator::distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
+                                             const QueryText& text) {
+    if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
+    std::string equal;
+    for (const auto& [column, alias, isNull] : text.columns)
+        equal += (equal.empty() ? "" : " AND ") + comparable({"l." + alias, column.type}) + " IS " +
+                 comparable({"r." + alias, column.type});
+    return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
+                            "EXISTS (SELECT 1 FROM (" + right + ") AS r WHERE " + equal + ")",
+                        text);
+}
+
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     QueryText left = this->query(*operation.left);
@@ -283,15 +324,20 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         const Typed merged = coerce(pieces[0], column.column.type);
         leftList += comma + (distinct ? collated(merged, message::kTypeNotInSetOperation) : merged.sql) +
                     " AS " + column.alias;
-        rightList += comma + coerce(pieces[1], column.column.type).sql;
+        rightList += comma + coerce(pieces[1], column.column.type).sql + " AS " + column.alias;
     }
     QueryText text{{}, left.columns};
-    text.compound = query.orderBy.empty() && !query.offset;
-    text.collated = flat ? left.collated : distinct;
-    text.sql = (flat ? left.sql : "SELECT " + leftList + " FROM (" + left.sql + ")") +
-               std::string(kWords[static_cast<std::size_t>(operation.op)]) + "SELECT " + rightList +
-               " FROM (" + right.sql + ")" + orderBy(query.orderBy, text, /*outputOnly=*/true) +
-               limit(nullptr, query);
+    const std::string leftRows = "SELECT " + leftList + " FROM (" + left.sql + ")";
+    const std::string rightRows = "SELECT " + rightList + " FROM (" + right.sql + ")";
+    if (distinct && hasVarBinary(text)) {
+        text.sql = distinctSetOperation(operation.op, leftRows, rightRows, text);
+    } else {
+        text.compound = query.orderBy.empty() && !query.offset;
+        text.collated = flat ? left.collated : distinct;
+        text.sql = (flat ? left.sql : leftRows) +
+                   std::string(kWords[static_cast<std::size_t>(operation.op)]) + rightRows;
+    }
+    text.sql += orderBy(query.orderBy, text, /*outputOnly=*/true) + limit(nullptr, query);
     return text;
 }
 
