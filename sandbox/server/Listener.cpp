@@ -17,6 +17,7 @@
 #include <thread>
 #include <utility>
 
+#include "SessionFiles.h"
 #include "SessionMemory.h"
 
 namespace server {
@@ -199,6 +200,7 @@ void Listener::startSession(Descriptor socket, std::uint32_t address) {
 
 void Listener::serve(int client, int sessionId) {
     limitMemoryOfThread(m_options.sessionMebibytes << 20);
+    limitTemporaryFilesOfThread(m_options.temporaryMebibytes << 20);
     tds::ClientConnection(client, sessionId, m_engine, m_settings, [&] { noteLogin(sessionId); }).run();
     const std::lock_guard lock(m_mutex);
     m_clients.erase(sessionId);

@@ -77,6 +77,10 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--session-memory", options.sessionMebibytes, "maximum memory of a session, in MiB")
         ->check(CLI::Range(16, 1 << 20))
         ->capture_default_str();
+    app.add_option("--session-files", options.temporaryMebibytes,
+                   "maximum size of a session's temporary files, in MiB")
+        ->check(CLI::Range(1, 1 << 20))
+        ->capture_default_str();
     app.add_option("--backup-folder", options.backupFolders,
                    "folder that BACKUP may write to, besides the data directory; may be repeated");
     app.add_option("--login-timeout", options.loginSeconds, "time limit of a login, in seconds")

@@ -27,7 +27,8 @@ struct Options {
     std::vector<std::filesystem::path> backupFolders;  // besides the data directory
     int maxConnections = 512;
     std::size_t sessionMebibytes = 1024;
-    int loginSeconds = 15;  // time limit of a login
+    std::size_t temporaryMebibytes = 4096;  // files of a session
+    int loginSeconds = 15;                  // time limit of a login
 };
 
 // Parses the command line. For --help and for a wrong command line, prints the usage or the error and exits.

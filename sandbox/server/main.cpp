@@ -12,6 +12,7 @@
 
 #include "Listener.h"
 #include "Options.h"
+#include "SessionFiles.h"
 #include "SessionMemory.h"
 #include "execute/Engine.h"
 
@@ -52,6 +53,7 @@ int main(int argc, char** argv) {
     ::umask(S_IRWXG | S_IRWXO);            // database files are private in any directory
     server::blockStopSignals();
     server::countMemoryOfSqlite();
+    server::countTemporaryFiles();
     const server::Options options = server::parseOptions(argc, argv);
     try {
         serve(options);

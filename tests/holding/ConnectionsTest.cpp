@@ -55,6 +55,20 @@ TEST(Connections, ASessionsMemoryIsBounded) {
     EXPECT_LT(memory.peakGrowth(), 96 * kMebibyte);
 }
 
+TEST(Connections, ASessionsTemporaryFilesAreBounded) {
+    const TsqlBox box({"--session-files", "8"});
+    const auto client = loggedIn(box);
+    const std::string texts = "SELECT COUNT(DISTINCT CAST(a.name + b.name + c.name AS char(150))";
+    const std::string tables = " FROM sys.types a, sys.types b, sys.types c";
+    for (int round = 0; round < 3; ++round) {  // a statement's files count as long as it runs
+        ask(*client, texts + ")" + tables);
+        EXPECT_EQ(answer(*client) & 2U, 0U);
+    }
+    ask(*client, texts + " + d.name)" + tables + ", sys.types d");
+    EXPECT_NE(answer(*client) & 2U, 0U);
+    EXPECT_TRUE(isServed(*client));
+}
+
 // Inserts rows one by one, then in transactions of ten; returns the error messages.
 std::string writeRows(const std::string& connection, int writer) {
     constexpr int kRows = 50, kInTransaction = 10;

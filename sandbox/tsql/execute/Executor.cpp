@@ -388,6 +388,9 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
         return sqlError(message::kNestedTooDeeply);
+    // The files of the databases that were used first have been closed, or another one cannot be opened.
+    if (text.starts_with("no such table: ") || text.starts_with("too many attached databases"))
+        return unsupported("a statement or transaction over more than 10 databases");
     return {message::kUserDefined, "tsqlbox could not run the statement: " + text + "."};
 }
 

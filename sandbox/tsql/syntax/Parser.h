@@ -132,6 +132,7 @@ class Parser {
     std::vector<ast::TableRefPtr> from();
     std::vector<ast::OrderItem> orderBy();
     std::optional<std::int64_t> options();  // returns MAXRECURSION
+    std::int64_t maxRecursion();
 
     // ---- statements (ParserStatements.cpp)
     ast::Block batch();

@@ -321,6 +321,15 @@ std::vector<OrderItem> Parser::orderBy() {
     });
 }
 
+std::int64_t Parser::maxRecursion() {
+    constexpr std::int64_t kMost = 32767;
+    const int line = peek().line;
+    const std::int64_t value = expectInteger();
+    if (value > kMost)
+        throw SyntaxError(sqlError(message::kMaxRecursionTooLarge, {std::to_string(value)}), line);
+    return value;
+}
+
 // Of the query hints, only MAXRECURSION changes a result.
 std::optional<std::int64_t> Parser::options() {
     std::optional<std::int64_t> most;
@@ -328,7 +337,7 @@ std::optional<std::int64_t> Parser::options() {
     expect("(");
     while (!accept(")")) {
         if (accept("MAXRECURSION"))
-            most = expectInteger();
+            most = maxRecursion();
         else if (at("("))
             skipParenthesized();
         else if (takeToken().kind == TokenKind::End)

@@ -16,6 +16,14 @@ std::string reopened(const std::string& sql) {
     return sql.substr(0, sql.size() - 1);
 }
 
+// (SELECT NULL), for rows in any order. SQLite would sort by it, all rows before the first.
+bool isConstantQuery(const Expr& expr) {
+    const auto* query = std::get_if<ScalarQuery>(&expr.node);
+    const auto* select = query ? std::get_if<Select>(&query->query->body) : nullptr;
+    return select && select->from.empty() && !select->where && select->items.size() == 1 &&
+           select->items.front().value && std::holds_alternative<Literal>(select->items.front().value->node);
+}
+
 }  // namespace
 
 Typed Translator::value(const Expr& expr) {
@@ -230,6 +238,7 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
         const Typed key = value(*item.value);
         if (std::holds_alternative<Literal>(item.value->node))
             throw sqlError(key.integer ? message::kIntegerIndexInWindow : message::kConstantInWindow);
+        if (isConstantQuery(*item.value)) continue;
         keys += (keys.empty() ? "" : ", ") + comparable(key) + (item.descending ? " DESC" : "");
     }
     return keys;

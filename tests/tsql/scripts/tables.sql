@@ -97,6 +97,7 @@ WITH tree AS (SELECT id, code, 0 AS level, CAST(code AS varchar(50)) AS path FRO
   UNION ALL SELECT p.id, p.code, t.level + 1, CAST(t.path + '/' + p.code AS varchar(50)) FROM tree t JOIN part p ON p.parent = t.id WHERE p.id > 0)
 SELECT code, level, path FROM tree ORDER BY path; --> code varchar(10)? | level int? | path varchar(50)? = a | 0 | a; b | 1 | a/b; c | 1 | a/c (3 rows)
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 150) SELECT COUNT(*), SUM(i) FROM n OPTION (MAXRECURSION 200) --> - int? = 150 | - int? = 11325 (1 rows)
+SELECT 1 OPTION (MAXRECURSION 32768) --> Msg 310, Level 15, State 1, Line 1: The value 32768 specified for the MAXRECURSION option exceeds the allowed maximum of 32767.
 INSERT #none SELECT 1 --> Msg 208, Level 16, State 1, Line 1: Invalid object name '#none'.
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 101) SELECT COUNT(*) FROM n --> - int? = 101 (1 rows)
 WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 102) SELECT COUNT(*) FROM n --> Msg 530, Level 16, State 1, Line 1: The statement terminated. The maximum recursion 100 has been exhausted before statement completion.
