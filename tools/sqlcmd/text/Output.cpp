@@ -30,12 +30,13 @@ std::optional<int> ownDescriptor(std::string_view path) {
     return error == std::errc{} && stop == end && number >= 0 ? std::optional(number) : std::nullopt;
 }
 
-// Empties a regular file. One that is empty already is left alone: ext4 writes a file to the disk when it is
-// closed after it has been truncated.
+// Empties a regular file. One that is empty already only gets the time, by which the library sees that the
+// tool has opened it: ext4 writes a file that has been truncated to the disk when it is closed.
 bool makeEmpty(int descriptor) {
     struct stat status {};
     if (fstat(descriptor, &status) != 0) return false;
-    return !S_ISREG(status.st_mode) || status.st_size == 0 || ftruncate(descriptor, 0) == 0;
+    if (!S_ISREG(status.st_mode)) return true;
+    return (status.st_size == 0 && futimens(descriptor, nullptr) == 0) || ftruncate(descriptor, 0) == 0;
 }
 
 int openOutput(const std::string& path) {
