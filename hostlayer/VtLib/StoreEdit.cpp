@@ -150,7 +150,12 @@ bool editStore(const std::string& text, const std::vector<std::string>& table, c
                const StoreValue& value, std::string& edited, std::string& problem) {
     StoreContent content;
     if (!parseStore(text, content, problem)) return false;
-    if (Edit(text, table, valueName, value).apply(edited)) return true;
+    if (Edit(text, table, valueName, value).apply(edited)) {
+        if (parseStore(edited, content, problem)) return true;
+        problem =
+            "the value [" + valueName + "] is not set, since the store could not be read then: " + problem;
+        return false;
+    }
     problem = "the value [" + valueName +
               "] is not UTF-8, or cannot be set without changing other values; edit the file by hand";
     return false;

@@ -24,6 +24,7 @@ using Value = std::variant<std::string, std::int64_t>;
 TEST(HostSetup, SetsOneValueAndKeepsTheRest) {
     using Texts = std::vector<std::string>;
     const Texts base = {"I", "Base"};
+    const std::string dots(101, '.');
     const struct {
         const char* before;
         Texts table;
@@ -54,6 +55,8 @@ TEST(HostSetup, SetsOneValueAndKeepsTheRest) {
         {"I = 5\n", base, "sB", "y", nullptr},
         {"[I.Base\n", base, "sB", "y", nullptr},
         {"[I.Base]\n", base, "sB", "\xff", nullptr},
+        {"[I.Base]\n", base, dots.c_str(), "y", nullptr},  // looks like a key of many levels
+        {"[I.Base]\n", base, "sB", dots, nullptr},
         {"[I.Base]\n", {"I"}, "sB", "y", nullptr},
         {"[I.Base]\n", {"host", "Base"}, "sB", "y", nullptr},
     };
