@@ -68,7 +68,7 @@ LineEditor::LineEditor()
     el_set(m_editor, EL_EDITOR, "emacs");
     el_set(m_editor, EL_HIST, history, m_history);
     el_wset(m_editor, EL_GETCFN, readCharacter);
-    el_set(m_editor, EL_ADDFN, "sqlcmd-complete", "Complete the word", completeWordOf);
+    el_wset(m_editor, EL_ADDFN, L"sqlcmd-complete", L"Complete the word", completeWordOf);
     el_set(m_editor, EL_BIND, "^I", "sqlcmd-complete", nullptr);
     el_source(m_editor, nullptr);  // ~/.editrc
 }
