@@ -60,8 +60,9 @@ TEST(Options, TakeVariablesUpToTheNextOption) {
 }
 
 TEST(Options, TakeTheLastValueOfARange) {
-    const Options least = Arguments({"-w", "9", "-y", "0", "-l", "0", "-t", "0"}).parse();
+    const Options least = Arguments({"-w", "9", "-y", "0", "-l", "0", "-t", "0", "-V", "-1"}).parse();
     EXPECT_EQ(least.layout.lineWidth, 9);
+    EXPECT_EQ(least.severityLevel, 0);
     EXPECT_EQ(least.layout.longTypeWidth, 0);
     const Options most = Arguments({"-w", "65535", "-Y", "8000", "-l", "65534", "-t", "65534"}).parse();
     EXPECT_EQ(most.layout.lineWidth, 65535);

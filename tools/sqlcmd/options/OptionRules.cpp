@@ -183,8 +183,8 @@ const OptionRule kRules[] = {
      setErrorStream, "0 1"},
     {'b', "exit-on-error", Takes::Nothing, "exit with code 1 when a batch fails",
      [](Options& o, std::string_view) { o.stopOnError = true; }},
-    {'V', "error-severity-level", Takes::Name, "lowest severity that counts as a failure",
-     [](Options& o, std::string_view v) { o.severityLevel = parseNumber(v, 0, kMaxSeverity); }},
+    {'V', "error-severity-level", Takes::Text, "lowest severity that counts as a failure; -1 as 0",
+     [](Options& o, std::string_view v) { o.severityLevel = std::max(0, parseNumber(v, -1, kMaxSeverity)); }},
     {'m', "error-level", Takes::Text, "lowest severity to print; -1 all messages, with headings",
      [](Options& o, std::string_view v) { o.messageLevel = parseNumber(v, -1, kMaxSeverity); }},
     {'s', "column-separator", Takes::Text, "column separator",
@@ -253,8 +253,9 @@ const OptionRule kRules[] = {
      [](Options& o, std::string_view) { o.rawErrors = true; }},
     {'n', "", Takes::Nothing, "accepted without effect", [](Options&, std::string_view) {}},
     {'D', "dsn", Takes::Nothing, "not supported",
-     [](Options&,
-        std::string_view) { throwUnsupported("Data source names are not read: give the server with -S."); }},
+     [](Options&, std::string_view) {
+         throwUnsupported("Data source names are not read: give the server with -S.");
+     }},
     {'F', "server-name-override", Takes::Optional, "not supported",
      [](Options&, std::string_view) { throwUnsupported("Use -W, -s and -y to lay out results."); }},
     {'g', "enable-column-encryption", Takes::Nothing, "not supported",
