@@ -1,6 +1,7 @@
 #include "steps/SqlFileRun.h"
 
 #include <fcntl.h>
+#include <utility>
 
 #include "CallerText.h"
 #include "Causes.h"
@@ -84,12 +85,13 @@ void SqlFileRun::readKeepSetting() {
 bool SqlFileRun::createSqlFile() {
     // Unless SQL files are kept, the last path tried is removed at the end, even one that could not be
     // created and belongs to somebody else. Callers rely on it.
+    std::string lastPath;  // copied before the file is created: without memory for a copy, it would stay
     const bool created = createUnique(
-        m_sqlFile, O_WRONLY, m_sqlPath, [this] { return scratchPath(m_session.scriptName, ".sql"); },
+        m_sqlFile, O_WRONLY, m_sqlPath, [&] { return lastPath = scratchPath(m_session.scriptName, ".sql"); },
         [this](const CVoError&) {
             m_report.log(FXString::Format(messages::kSqlFileNotCreated, m_sqlPath.c_str()));
         });
-    if (created || m_keepSqlFile == 0) m_sqlRemoval = RemovedAtEnd(m_sqlPath);
+    if (created || m_keepSqlFile == 0) m_sqlRemoval = RemovedAtEnd(std::move(lastPath));
     if (created) m_sqlMark = RunMark(m_sqlPath);
     return created || m_report.fail(FXString::Format(messages::kSqlFileNotOpened, m_sqlPath.c_str()));
 }
