@@ -35,7 +35,7 @@ SELECT id, SUM(n) OVER (ORDER BY id ROWS BETWEEN 1 PRECEDING AND 1 FOLLOWING) s,
 SELECT who, SUM(n) s, RANK() OVER (ORDER BY SUM(n) DESC) r FROM sale GROUP BY who ORDER BY r --> who varchar(10)? | s int? | r bigint? = ann | 30 | 1; bob | 20 | 2; cy | 5 | 3 (8153, Line 1) (3 rows)
 SELECT q.id FROM (SELECT id, ROW_NUMBER() OVER (PARTITION BY who ORDER BY id) r FROM sale) q WHERE q.r = 1 ORDER BY ROW_NUMBER() OVER (ORDER BY q.id DESC) --> id int = 5; 3; 1 (3 rows)
 SELECT TOP 1 ROW_NUMBER() OVER (ORDER BY (SELECT NULL)) FROM sale --> - bigint? = 1 (1 rows)
--- rows are numbered as they come: not all of the four milliards are made
+-- rows are numbered as they come: not all of the four billion are made
 WITH two AS (SELECT 1 n UNION ALL SELECT 1), four AS (SELECT 1 n FROM two a, two b), many AS (SELECT 1 n FROM four a, four b), more AS (SELECT 1 n FROM many a, many b), most AS (SELECT 1 n FROM more a, more b), number AS (SELECT ROW_NUMBER() OVER (ORDER BY (SELECT NULL)) n FROM most a, most b) SELECT TOP 10000 n INTO #number FROM number SELECT COUNT(*), MAX(n) FROM #number
 --> (10000 changed)
 --> - int? = 10000 | - bigint? = 10000 (1 rows)

@@ -177,6 +177,7 @@ void KeyRotation::convertPackage(const fs::path& file) {
             repackFile(file.string(), from, to, Unsealed::kStays, file.string() + kTemporary);
         if (done == Repacked::kDone) ++m_result.packages;
     } catch (const Failure& failure) {
+        // Deleted meanwhile, or converted before: a failure to read it that did not last loses nothing.
         if (!fs::exists(file) || isAuthentic(file.string(), to)) return;
         if (isAuthentic(file.string(), from))
             throw Failure(ExitCode::kInstallation, file.string() + " was left as it is: " + failure.what(),
