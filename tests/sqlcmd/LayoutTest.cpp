@@ -49,9 +49,11 @@ TEST(ColumnFormat, WidthsFollowTypesNamesAndOptions) {
 }
 
 TEST(ColumnFormat, ShapesValues) {
-    const auto shaped = [](const ColumnInfo& column, std::string text, const Layout& layout = {}) {
+    const auto shaped = [](const ColumnInfo& column, std::string_view value, const Layout& layout = {}) {
+        TextBuffer text;
+        text.append(value);
         shapeValue(text, 0, formatOf(column, layout));
-        return text;
+        return std::string(text.view());
     };
     Layout narrow;
     narrow.shortTypeWidth = 3;
@@ -65,10 +67,10 @@ TEST(ColumnFormat, ShapesValues) {
 }
 
 TEST(Utf, PadsAndCutsByCharacters) {
-    std::string line;
+    TextBuffer line;
     appendPadded(line, "é世", 4, false);
     appendPadded(line, "é世", 4, true);
-    EXPECT_EQ(line, "é世    é世");
+    EXPECT_EQ(line.view(), "é世    é世");
     const std::pair<std::string_view, std::size_t> tails[] = {
         {"a", 0}, {"\xC3", 1}, {"a\xE4\xB8", 2}, {"é", 0}, {"\x80\x80\x80", 0}};
     for (const auto& [text, tail] : tails) EXPECT_EQ(utf8IncompleteTail(text), tail);

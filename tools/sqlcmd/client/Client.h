@@ -6,13 +6,12 @@
 
 #include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "client/Cells.h"
 #include "client/Diagnostic.h"
+#include "text/TextBuffer.h"
 #include "values/ColumnInfo.h"
 
 namespace sqlcmd {
@@ -33,14 +32,11 @@ class RunningBatch {
     virtual bool mayHaveMoreResults() const { return true; }
     virtual long long rowCount() const = 0;  // -1: the server has not sent a count
 
-    // Appends the current row to `row`, a cell (client/Cells.h) for each column: at least `enough` bytes of a
-    // value, kWholeValue for all.
-    virtual void appendRow(std::span<const std::size_t> enough, std::string& row) = 0;
+    // Appends the value that a column has in the current row, in the form that shapeValue() takes: at least
+    // `enough` bytes of it, kWholeValue for all. Returns false for NULL. The columns of a row must be read in
+    // ascending order, each once at most.
+    virtual bool appendValue(std::size_t column, std::size_t enough, TextBuffer& text) = 0;
     static constexpr std::size_t kWholeValue = 0;
-
-    // Appends the value of a column's cell, in the form that shapeValue() takes. Does not use the connection:
-    // another thread may call it while rows are fetched.
-    virtual void appendValue(std::size_t column, std::string_view cell, std::string& text) const = 0;
 };
 
 class Client {

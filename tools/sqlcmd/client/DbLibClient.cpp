@@ -44,8 +44,9 @@ void receive(const Diagnostic& message) {
     if (g_receiver != nullptr) keepException([&] { (*g_receiver)(message); });
 }
 
-void rethrowHandlerFailure() {
-    if (g_handlerFailure) std::rethrow_exception(std::exchange(g_handlerFailure, nullptr));
+inline void rethrowHandlerFailure() {
+    if (g_handlerFailure) [[unlikely]]
+        std::rethrow_exception(std::exchange(g_handlerFailure, nullptr));
 }
 
 class ReceiverScope {
@@ -142,7 +143,7 @@ class DbLibBatch : public RunningBatch {
         const int count = m_running ? dbnumcols(m_process) : 0;
         for (int number = 1; number <= count; ++number) {
             m_columns.push_back(describeColumn(m_process, number));
-            m_types.push_back(cellTypeOf(m_process, number));
+            m_types.push_back(valueTypeOf(m_process, number));
         }
         return m_running;
     }
@@ -161,13 +162,8 @@ class DbLibBatch : public RunningBatch {
     bool mayHaveMoreResults() const override { return m_columns.empty() || DBMORECMDS(m_process) == SUCCEED; }
     long long rowCount() const override { return dbiscount(m_process) != 0 ? dbcount(m_process) : -1; }
 
-    void appendRow(std::span<const std::size_t> enough, std::string& row) override {
-        for (std::size_t i = 0; i < enough.size(); ++i)
-            appendColumnCell(m_process, static_cast<int>(i) + 1, m_types[i], enough[i], row);
-    }
-
-    void appendValue(std::size_t column, std::string_view cell, std::string& text) const override {
-        appendCellValue(m_types[column], cell, text);
+    bool appendValue(std::size_t column, std::size_t enough, TextBuffer& text) override {
+        return appendColumnValue(m_process, static_cast<int>(column) + 1, m_types[column], enough, text);
     }
 
   private:
@@ -179,7 +175,7 @@ class DbLibBatch : public RunningBatch {
     DBPROCESS* m_process;
     MessageHandler m_handler;
     std::vector<ColumnInfo> m_columns;
-    std::vector<CellType> m_types;  // of the columns
+    std::vector<ValueType> m_types;  // of the columns
     STATUS m_rowCode = NO_MORE_ROWS;
     bool m_started = false;
     bool m_running = false;

@@ -70,60 +70,82 @@ TypeName typeOf(DBPROCESS* process, int number) {
     return {type, SQL_VARCHAR, "varchar"};
 }
 
+// Reads a value of a type whose values have one length, or a part of it.
 template <typename T>
-T read(Bytes bytes, std::size_t offset = 0) {
-    T value{};
-    if (offset + sizeof value <= bytes.size()) std::memcpy(&value, bytes.data() + offset, sizeof value);
-    return value;
+T read(const char* value, std::size_t offset = 0) {
+    T part;
+    std::memcpy(&part, value + offset, sizeof part);
+    return part;
 }
 
 template <typename T>
-void appendNumber(std::string& text, T number) {
-    char digits[32];
-    text.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+void appendNumber(TextBuffer& text, T number) {
+    constexpr std::size_t kMost = 20;  // characters of 64 bits
+    text.appendWritten(kMost,
+                       [&](char* target) { return std::to_chars(target, target + kMost, number).ptr; });
 }
 
-// Appends the last `count` digits of a number, with leading zeros.
-void appendDigits(std::string& text, std::uint64_t number, int count) {
-    std::array<char, 20> digits;
+// Writes the last `count` digits of a number, with leading zeros.
+char* writeDigits(char* target, std::uint64_t number, int count) {
     int i = count;
-    for (; i > 9; number /= 10) digits[static_cast<std::size_t>(--i)] = static_cast<char>('0' + number % 10);
+    for (; i > 9; number /= 10) target[--i] = static_cast<char>('0' + number % 10);
     auto rest = static_cast<std::uint32_t>(number % 1'000'000'000);  // divided faster than 64 bits
-    for (; i > 0; rest /= 10) digits[static_cast<std::size_t>(--i)] = static_cast<char>('0' + rest % 10);
-    text.append(digits.data(), static_cast<std::size_t>(count));
+    for (; i > 0; rest /= 10) target[--i] = static_cast<char>('0' + rest % 10);
+    return target + count;
+}
+
+void appendDigits(TextBuffer& text, std::uint64_t number, std::size_t count) {
+    text.appendWritten(count,
+                       [&](char* target) { return writeDigits(target, number, static_cast<int>(count)); });
+}
+
+// Writes the digits of an integer of `size` bytes, the highest one first.
+char* writeBigEndian(char* target, std::size_t room, const unsigned char* bytes, int size) {
+    __extension__ using Integer = unsigned __int128;
+    constexpr std::uint64_t kHalf = 10'000'000'000'000'000'000U;  // the largest power of ten in 64 bits
+    constexpr int kHalfDigits = 19;
+    if (size <= 8) {
+        std::uint64_t number = 0;
+        for (int i = 0; i < size; ++i) number = number << 8 | bytes[i];
+        return std::to_chars(target, target + room, number).ptr;
+    }
+    Integer number = 0;
+    for (int i = 0; i < size; ++i) number = number << 8 | bytes[i];
+    const auto high = static_cast<std::uint64_t>(number >= kHalf ? number / kHalf : number);
+    char* end = std::to_chars(target, target + room, high).ptr;
+    return number >= kHalf ? writeDigits(end, static_cast<std::uint64_t>(number % kHalf), kHalfDigits) : end;
 }
 
 // Appends a decimal or numeric value: a sign and a big-endian integer, of which `scale` digits are decimal
 // places.
-void appendDecimal(std::string& text, const DBNUMERIC& value) {
-    __extension__ using Integer = unsigned __int128;
-    constexpr std::uint64_t kHalf = 10'000'000'000'000'000'000U;  // the largest power of ten in 64 bits
-    constexpr int kHalfDigits = 19;
-    const int size = value.precision * 415'242 / 1'000'000 + 1;  // a digit has 0.415242 bytes
-    Integer number = 0;
-    for (int i = 1; i <= size; ++i) number = number << 8 | value.array[i];
-    if (value.array[0] != 0) text += '-';
-    const std::size_t start = text.size();
-    if (number >= kHalf) {
-        appendNumber(text, static_cast<std::uint64_t>(number / kHalf));
-        appendDigits(text, static_cast<std::uint64_t>(number % kHalf), kHalfDigits);
-    } else {
-        appendNumber(text, static_cast<std::uint64_t>(number));
+void appendDecimal(TextBuffer& text, const DBNUMERIC& value) {
+    constexpr int kMostDigits = 38;
+    constexpr int kMostBytes = 16;
+    const int size = std::min(value.precision * 415'242 / 1'000'000 + 1, kMostBytes);  // 0.415242 a digit
+    const int places = std::min<int>(value.scale, kMostDigits);
+    if (value.array[0] != 0) text.append('-');
+    std::array<char, kMostDigits + 2> digits;
+    char* end = writeBigEndian(digits.data(), digits.size(), value.array + 1, size);
+    const auto whole = static_cast<int>(end - digits.data()) - places;  // digits before the point
+    if (whole <= 0) {
+        text.append("0.");
+        for (int zeros = whole; zeros < 0; ++zeros) text.append('0');
+        return text.append(std::string_view(digits.data(), end));
     }
-    const auto scale = static_cast<std::size_t>(value.scale);
-    const std::size_t digits = text.size() - start;
-    if (digits <= scale) text.insert(start, scale + 1 - digits, '0');
-    if (scale > 0) text.insert(text.size() - scale, 1, '.');
+    text.append({digits.data(), static_cast<std::size_t>(whole)});
+    if (places == 0) return;
+    text.append('.');
+    text.append(std::string_view(end - places, end));
 }
 
 // Appends an amount that is stored in ten-thousandths.
-void appendMoney(std::string& text, std::int64_t amount) {
+void appendMoney(TextBuffer& text, std::int64_t amount) {
     constexpr std::uint64_t kUnit = 10'000;
     const auto absolute =
         amount < 0 ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount);
-    if (amount < 0) text += '-';
+    if (amount < 0) text.append('-');
     appendNumber(text, absolute / kUnit);
-    text += '.';
+    text.append('.');
     appendDigits(text, absolute, 4);
 }
 
@@ -134,7 +156,10 @@ char* writePair(char* target, unsigned number) {
     return target + 2;
 }
 
-using DateText = std::array<char, 10>;
+constexpr std::size_t kDateLength = 10;
+constexpr std::size_t kTimeLength = 8;
+
+using DateText = std::array<char, kDateLength>;
 
 DateText dateText(int daysSince1900) {
     using namespace std::chrono;
@@ -149,7 +174,7 @@ DateText dateText(int daysSince1900) {
     return text;
 }
 
-// Writes a date: 10 characters.
+// Writes a date.
 char* writeDate(char* target, int daysSince1900) {
     static int lastDay = 0;  // a column often repeats its day
     static DateText lastText = dateText(lastDay);
@@ -157,7 +182,7 @@ char* writeDate(char* target, int daysSince1900) {
     return std::copy(lastText.begin(), lastText.end(), target);
 }
 
-// Writes a time of day: 8 characters.
+// Writes a time of day.
 char* writeTime(char* target, std::uint64_t seconds) {
     const auto time = static_cast<unsigned>(seconds);
     target = writePair(target, time / 3600 % 100);
@@ -167,21 +192,18 @@ char* writeTime(char* target, std::uint64_t seconds) {
     return writePair(target, time % 60);
 }
 
-void appendDate(std::string& text, int daysSince1900) {
-    DateText date;
-    writeDate(date.data(), daysSince1900);
-    text.append(date.data(), date.size());
+void appendDate(TextBuffer& text, int daysSince1900) {
+    text.appendWritten(kDateLength, [&](char* target) { return writeDate(target, daysSince1900); });
 }
 
-void appendTime(std::string& text, std::uint64_t seconds) {
-    std::array<char, 8> time;
-    writeTime(time.data(), seconds);
-    text.append(time.data(), time.size());
+void appendTime(TextBuffer& text, std::uint64_t seconds) {
+    text.appendWritten(kTimeLength, [&](char* target) { return writeTime(target, seconds); });
 }
 
 // Appends a value of date, time, datetime2 or datetimeoffset, the last of which DB-Library returns in UTC.
-void appendNewDateTime(std::string& text, int type, const DBDATETIMEALL& value, int scale) {
+void appendNewDateTime(TextBuffer& text, int type, const DBDATETIMEALL& value, int scale) {
     constexpr std::uint64_t kTicks = 10'000'000;  // a second
+    constexpr std::size_t kFractionDigits = 7;
     constexpr std::int64_t kTicksPerMinute = 60 * static_cast<std::int64_t>(kTicks);
     constexpr std::int64_t kTicksPerDay = 24 * 60 * kTicksPerMinute;
     std::int64_t time = static_cast<std::int64_t>(value.time);
@@ -193,127 +215,72 @@ void appendNewDateTime(std::string& text, int type, const DBDATETIMEALL& value, 
     }
     if (type != SYBMSTIME) appendDate(text, date);
     if (type == SYBMSDATE) return;
-    if (type != SYBMSTIME) text += ' ';
+    if (type != SYBMSTIME) text.append(' ');
     const auto ticks = static_cast<std::uint64_t>(time);
     appendTime(text, ticks / kTicks);
     if (scale > 0) {
-        std::string fraction;
-        appendDigits(fraction, ticks % kTicks, 7);
-        text += '.';
-        text.append(fraction, 0, static_cast<std::size_t>(std::min(scale, 7)));
+        text.append('.');
+        appendDigits(text, ticks % kTicks, kFractionDigits);
+        text.truncate(text.size() - kFractionDigits + static_cast<std::size_t>(scale));
     }
     if (type != SYBMSDATETIMEOFFSET) return;
-    text += value.offset < 0 ? " -" : " +";
+    text.append(value.offset < 0 ? " -" : " +");
     const auto minutes = static_cast<unsigned>(std::abs(value.offset));
     appendDigits(text, minutes / 60, 2);
-    text += ':';
+    text.append(':');
     appendDigits(text, minutes % 60, 2);
 }
 
 // Appends a value of datetime: days since 1900 and 300ths of a second.
-void appendDateTime(std::string& text, Bytes value) {
+void appendDateTime(TextBuffer& text, const char* value) {
     const auto ticks = read<std::uint32_t>(value, 4);
     const std::uint64_t milliseconds = (static_cast<std::uint64_t>(ticks) * 1000 + 150) / 300;
     const auto fraction = static_cast<unsigned>(milliseconds % 1000);
-    std::array<char, 23> buffer;
-    char* end = writeDate(buffer.data(), read<std::int32_t>(value));
-    *end++ = ' ';
-    end = writeTime(end, milliseconds / 1000);
-    *end++ = '.';
-    *end++ = static_cast<char>('0' + fraction / 100);
-    writePair(end, fraction % 100);
-    text.append(buffer.data(), buffer.size());
+    constexpr std::size_t kLength = kDateLength + kTimeLength + std::string_view(" .000").size();
+    text.appendWritten(kLength, [&](char* target) {
+        char* end = writeDate(target, read<std::int32_t>(value));
+        *end++ = ' ';
+        end = writeTime(end, milliseconds / 1000);
+        *end++ = '.';
+        *end++ = static_cast<char>('0' + fraction / 100);
+        return writePair(end, fraction % 100);
+    });
 }
 
 // Appends a value of smalldatetime: days since 1900 and minutes.
-void appendSmallDateTime(std::string& text, Bytes value) {
+void appendSmallDateTime(TextBuffer& text, const char* value) {
     appendDate(text, read<std::uint16_t>(value));
-    text += ' ';
+    text.append(' ');
     appendTime(text, std::uint64_t{60} * read<std::uint16_t>(value, 2));
 }
 
-void appendHex(std::string& text, Bytes value) {
+void appendHex(TextBuffer& text, Bytes value) {
     constexpr char kDigits[] = "0123456789ABCDEF";
     for (const char c : value) {
         const auto byte = static_cast<unsigned char>(c);
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
+        text.append(kDigits[byte >> 4]);
+        text.append(kDigits[byte & 15]);
     }
 }
 
-void appendGuid(std::string& text, Bytes value) {
+void appendGuid(TextBuffer& text, Bytes value) {
     // The first three groups are stored as little-endian integers.
     constexpr int kOrder[] = {3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
     for (const int index : kOrder)
         if (index < 0)
-            text += '-';
+            text.append('-');
         else
             appendHex(text, value.substr(static_cast<std::size_t>(index), 1));
 }
 
-// Converts with DB-Library: floats and types that this file does not know.
-std::string converted(DBPROCESS* process, int type, Bytes value) {
+// Appends a value as DB-Library converts it: floats and types that this file does not know.
+void appendConverted(TextBuffer& text, DBPROCESS* process, int type, Bytes value) {
     char buffer[256] = {};
     constexpr DBINT kNulTerminated = -1;
     const auto* bytes = reinterpret_cast<const BYTE*>(value.data());
     const DBINT length = dbconvert(process, type, bytes, static_cast<DBINT>(value.size()), SYBCHAR,
                                    reinterpret_cast<BYTE*>(buffer), kNulTerminated);
-    return length > 0 ? buffer : "";
-}
-
-// Appends a value of an integer or money type.
-void appendInteger(std::string& text, int type, Bytes value) {
-    switch (type) {
-        case SYBBIT:
-        case SYBINT1:
-            appendNumber(text, read<std::uint8_t>(value));
-            break;
-        case SYBINT2:
-            appendNumber(text, read<std::int16_t>(value));
-            break;
-        case SYBINT4:
-            appendNumber(text, read<std::int32_t>(value));
-            break;
-        case SYBINT8:
-            appendNumber(text, read<std::int64_t>(value));
-            break;
-        case SYBMONEY4:
-            appendMoney(text, read<std::int32_t>(value));
-            break;
-        case SYBMONEY:  // the high half is stored first
-            appendMoney(text, static_cast<std::int64_t>(std::uint64_t{read<std::uint32_t>(value)} << 32 |
-                                                        read<std::uint32_t>(value, 4)));
-            break;
-        default:
-            break;
-    }
-}
-
-// Types whose values converted() converts.
-bool isConvertedType(int type) {
-    constexpr int kOwnTypes[] = {SYBCHAR,
-                                 SYBVARCHAR,
-                                 SYBTEXT,
-                                 SYBBINARY,
-                                 SYBVARBINARY,
-                                 SYBIMAGE,
-                                 SYBMSDATE,
-                                 SYBMSTIME,
-                                 SYBDECIMAL,
-                                 SYBNUMERIC,
-                                 SYBINT1,
-                                 SYBMSDATETIME2,
-                                 SYBMSDATETIMEOFFSET,
-                                 SYBDATETIME4,
-                                 kUniqueType,
-                                 SYBBIT,
-                                 SYBINT2,
-                                 SYBINT4,
-                                 SYBINT8,
-                                 SYBDATETIME,
-                                 SYBMONEY4,
-                                 SYBMONEY};
-    return std::find(std::begin(kOwnTypes), std::end(kOwnTypes), type) == std::end(kOwnTypes);
+    if (length > 0) text.append(buffer);
 }
 
 }  // namespace
@@ -339,60 +306,76 @@ ColumnInfo describeColumn(DBPROCESS* process, int number) {
     return column;
 }
 
-CellType cellTypeOf(DBPROCESS* process, int number) {
+ValueType valueTypeOf(DBPROCESS* process, int number) {
     constexpr int kMostDigits = 7;
     const DBTYPEINFO* info = dbcoltypeinfo(process, number);
-    const int type = dbcoltype(process, number);
-    return {type, info != nullptr ? std::min(info->scale, kMostDigits) : kMostDigits, isConvertedType(type)};
+    return {dbcoltype(process, number), info != nullptr ? std::min(info->scale, kMostDigits) : kMostDigits};
 }
 
-void appendColumnCell(DBPROCESS* process, int number, const CellType& type, std::size_t enough,
-                      std::string& row) {
+bool appendColumnValue(DBPROCESS* process, int number, const ValueType& type, std::size_t enough,
+                       TextBuffer& text) {
     const auto* data = reinterpret_cast<const char*>(dbdata(process, number));
-    if (data == nullptr) return appendCellLength(row, kNullCell);
-    const Bytes value(data, static_cast<std::size_t>(std::max(dbdatlen(process, number), 0)));
-    if (type.isConverted) return appendCell(row, converted(process, type.type, value));
-    appendCell(row, enough == RunningBatch::kWholeValue ? value : value.substr(0, enough));
-}
-
-void appendCellValue(const CellType& type, std::string_view cell, std::string& text) {
-    if (type.isConverted) {
-        text += cell;
-        return;
-    }
+    if (data == nullptr) return false;
+    const auto whole = [&] {
+        return Bytes(data, static_cast<std::size_t>(std::max(dbdatlen(process, number), 0)));
+    };
+    const auto start = [&] {
+        return enough == RunningBatch::kWholeValue ? whole() : whole().substr(0, enough);
+    };
     switch (type.type) {
         case SYBCHAR:
         case SYBVARCHAR:
         case SYBTEXT:
-            text += cell;
+            text.append(start());
             break;
         case SYBBINARY:
         case SYBVARBINARY:
         case SYBIMAGE:
-            appendHex(text, cell);
+            appendHex(text, start());
             break;
         case SYBMSDATE:
         case SYBMSTIME:
         case SYBMSDATETIME2:
         case SYBMSDATETIMEOFFSET:
-            appendNewDateTime(text, type.type, read<DBDATETIMEALL>(cell), type.scale);
+            appendNewDateTime(text, type.type, read<DBDATETIMEALL>(data), type.scale);
             break;
         case SYBDECIMAL:
         case SYBNUMERIC:
-            appendDecimal(text, read<DBNUMERIC>(cell));
+            appendDecimal(text, *reinterpret_cast<const DBNUMERIC*>(data));
             break;
         case SYBDATETIME:
-            appendDateTime(text, cell);
+            appendDateTime(text, data);
             break;
         case SYBDATETIME4:
-            appendSmallDateTime(text, cell);
+            appendSmallDateTime(text, data);
             break;
         case kUniqueType:
-            appendGuid(text, cell);
+            appendGuid(text, whole());
+            break;
+        case SYBBIT:
+        case SYBINT1:
+            appendNumber(text, read<std::uint8_t>(data));
+            break;
+        case SYBINT2:
+            appendNumber(text, read<std::int16_t>(data));
+            break;
+        case SYBINT4:
+            appendNumber(text, read<std::int32_t>(data));
+            break;
+        case SYBINT8:
+            appendNumber(text, read<std::int64_t>(data));
+            break;
+        case SYBMONEY4:
+            appendMoney(text, read<std::int32_t>(data));
+            break;
+        case SYBMONEY:  // the high half is stored first
+            appendMoney(text, static_cast<std::int64_t>(std::uint64_t{read<std::uint32_t>(data)} << 32 |
+                                                        read<std::uint32_t>(data, 4)));
             break;
         default:
-            appendInteger(text, type.type, cell);
+            appendConverted(text, process, type.type, whole());
     }
+    return true;
 }
 
 }  // namespace sqlcmd

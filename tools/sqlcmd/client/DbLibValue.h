@@ -10,7 +10,6 @@
 #undef RETCODE
 
 #include <string>
-#include <string_view>
 
 #include "client/Client.h"
 
@@ -19,20 +18,17 @@ namespace sqlcmd {
 // Metadata of a column of the current result; columns are counted from 1.
 ColumnInfo describeColumn(DBPROCESS* process, int number);
 
-struct CellType {
-    int type;          // DB-Library's
-    int scale;         // decimal places of a time of day
-    bool isConverted;  // the cell has the string, not DB-Library's value
+struct ValueType {
+    int type;   // DB-Library's
+    int scale;  // decimal places of a time of day
 };
 
-CellType cellTypeOf(DBPROCESS* process, int number);
+ValueType valueTypeOf(DBPROCESS* process, int number);
 
-// Appends the column's value in the current row as a cell, but no more than `enough` bytes of a string or
-// binary value (RunningBatch::kWholeValue: all).
-void appendColumnCell(DBPROCESS* process, int number, const CellType& type, std::size_t enough,
-                      std::string& row);
-
-// Appends the string that FreeTDS's ODBC driver returns for the value.
-void appendCellValue(const CellType& type, std::string_view cell, std::string& text);
+// Appends the string that FreeTDS's ODBC driver returns for the column's value in the current row, but no
+// more of it than that of the first `enough` bytes of a string or binary value (RunningBatch::kWholeValue:
+// all). Returns false for NULL.
+bool appendColumnValue(DBPROCESS* process, int number, const ValueType& type, std::size_t enough,
+                       TextBuffer& text);
 
 }  // namespace sqlcmd

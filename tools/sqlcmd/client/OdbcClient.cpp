@@ -1,7 +1,6 @@
 #include "client/OdbcClient.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "terminal/Interrupt.h"
@@ -57,23 +56,7 @@ class OdbcBatch : public RunningBatch {
     bool readAllRows() const override { return m_code == SQL_NO_DATA; }
     long long rowCount() const override { return m_statement.rowCount(); }
 
-    void appendRow(std::span<const std::size_t> enough, std::string& row) override {
-        for (std::size_t i = 0; i < enough.size(); ++i) {
-            const std::size_t start = row.size();
-            appendCellLength(row, kNullCell);
-            if (!appendBytes(i, enough[i], row)) continue;
-            const auto length = static_cast<CellLength>(row.size() - start - sizeof(CellLength));
-            std::memcpy(row.data() + start, &length, sizeof length);
-        }
-    }
-
-    void appendValue(std::size_t /*column*/, std::string_view cell, std::string& text) const override {
-        text += cell;
-    }
-
-  private:
-    // Appends at least `enough` bytes of a value. Returns false for NULL.
-    bool appendBytes(std::size_t column, std::size_t enough, std::string& text) {
+    bool appendValue(std::size_t column, std::size_t enough, TextBuffer& text) override {
         if (column >= m_cells.size())
             return appendPieces(static_cast<SQLUSMALLINT>(column + 1), enough, text) != SQL_NO_DATA;
         const Cell& cell = *m_cells[column];
@@ -81,10 +64,11 @@ class OdbcBatch : public RunningBatch {
         const std::size_t capacity = cell.buffer.size() - 1;
         const bool isCut =
             cell.length < 0 || static_cast<std::size_t>(cell.length) > capacity;  // SQL_NO_TOTAL
-        text.append(cell.buffer.data(), isCut ? capacity : static_cast<std::size_t>(cell.length));
+        text.append({cell.buffer.data(), isCut ? capacity : static_cast<std::size_t>(cell.length)});
         return true;
     }
 
+  private:
     // A column's value in the current row. The columns before the first long one are bound: a fetch fills
     // their buffers. The others are not, because ODBC drivers return values in pieces only for columns after
     // the last bound one, in ascending order.
@@ -149,7 +133,7 @@ class OdbcBatch : public RunningBatch {
 
     // Appends a value piece by piece until it ends or `enough` bytes are appended. Returns SQL_SUCCESS,
     // SQL_NO_DATA for NULL, or SQL_ERROR.
-    SQLRETURN appendPieces(SQLUSMALLINT number, std::size_t enough, std::string& text) {
+    SQLRETURN appendPieces(SQLUSMALLINT number, std::size_t enough, TextBuffer& text) {
         const std::size_t start = text.size();
         for (;;) {
             std::fill(m_piece.end() - kBytesPerCharacter, m_piece.end(), '\xFF');
@@ -160,8 +144,8 @@ class OdbcBatch : public RunningBatch {
             if (!SQL_SUCCEEDED(code)) return SQL_ERROR;
             if (length == SQL_NULL_DATA) return SQL_NO_DATA;
             const bool isComplete = code == SQL_SUCCESS;
-            text.append(m_piece.data(),
-                        isComplete ? static_cast<std::size_t>(length) : filledLength(m_piece));
+            text.append(
+                {m_piece.data(), isComplete ? static_cast<std::size_t>(length) : filledLength(m_piece)});
             if (isComplete || (enough != kWholeValue && text.size() - start >= enough)) return SQL_SUCCESS;
         }
     }

@@ -50,21 +50,13 @@ bool isJsonNumber(std::string_view text) {
 
 }  // namespace
 
-void DataPrinter::print(RunningBatch& batch, std::string* lastValue, RowQueue& queue, Progress& progress) {
+void DataPrinter::print(RunningBatch& batch, std::string* lastValue, Progress& progress) {
     prepareColumns(batch.columns());
-    const std::vector<std::size_t> neededBytes(batch.columns().size(), RunningBatch::kWholeValue);
     beginResult();
     bool isFirst = true;
-    {
-        const RowQueue::Result result(queue, [&](std::string_view rows) {
-            while (!rows.empty()) printRow(batch, rows, lastValue, std::exchange(isFirst, false));
-        });
-        while (batch.nextRow()) {
-            batch.appendRow(neededBytes, queue.rows());
-            queue.endRow();
-            progress.addRow();
-        }
-        queue.drain();
+    while (batch.nextRow()) {
+        progress.addRow();
+        printRow(batch, lastValue, std::exchange(isFirst, false));
     }
     endResult();
 }
@@ -102,64 +94,61 @@ void DataPrinter::beginResult() {
     if (!m_hasHeading) return;
     m_line.clear();
     for (const std::string& name : m_names) {
-        if (&name != &m_names.front()) m_line += m_separator;
-        m_value = name;
+        if (&name != &m_names.front()) m_line.append(m_separator);
+        m_value.clear();
+        m_value.append(name);
         appendValue({}, /*isNull=*/name.empty());
     }
-    m_output.write(m_line += '\n');
+    m_line.append('\n');
+    m_output.write(m_line.view());
 }
 
 void DataPrinter::endResult() {
     if (m_format == Format::Json) m_output.write("]");
 }
 
-// Prints the first of the rows and removes it.
-void DataPrinter::printRow(const RunningBatch& batch, std::string_view& rows, std::string* lastValue,
-                           bool isFirst) {
+void DataPrinter::printRow(RunningBatch& batch, std::string* lastValue, bool isFirst) {
     const std::vector<ColumnInfo>& columns = batch.columns();
     m_line.clear();
-    if (m_format == Format::Json) m_line = isFirst ? "\n" : ",\n";
-    if (m_format != Format::Csv) m_line += '{';
+    if (m_format == Format::Json) m_line.append(isFirst ? "\n" : ",\n");
+    if (m_format != Format::Csv) m_line.append('{');
     for (std::size_t i = 0; i < columns.size(); ++i) {
         m_value.clear();
-        const auto cell = takeCell(rows);
-        const bool isNull = !cell.has_value();
-        if (cell) {
-            batch.appendValue(i, *cell, m_value);
-            shapeValue(m_value, 0, m_formats[i]);
-        }
-        if (i == 0 && lastValue != nullptr) *lastValue = isNull ? "NULL" : m_value;
-        if (i > 0) m_line += m_format == Format::Csv ? std::string_view(m_separator) : ",";
-        if (m_format != Format::Csv) m_line += m_names[i];
+        const bool isNull = !batch.appendValue(i, RunningBatch::kWholeValue, m_value);
+        if (!isNull) shapeValue(m_value, 0, m_formats[i]);
+        if (i == 0 && lastValue != nullptr) *lastValue = isNull ? "NULL" : m_value.view();
+        if (i > 0) m_line.append(m_format == Format::Csv ? std::string_view(m_separator) : ",");
+        if (m_format != Format::Csv) m_line.append(m_names[i]);
         appendValue(columns[i], isNull);
     }
-    if (m_format != Format::Csv) m_line += '}';
-    if (m_format != Format::Json) m_line += '\n';
-    m_output.write(m_line);
+    if (m_format != Format::Csv) m_line.append('}');
+    if (m_format != Format::Json) m_line.append('\n');
+    m_output.write(m_line.view());
 }
 
 // Appends m_value in the notation of the format.
 void DataPrinter::appendValue(const ColumnInfo& column, bool isNull) {
+    const std::string_view value = m_value.view();
     if (m_format == Format::Csv) {
-        const bool isQuoted = m_value.empty() || m_value.find_first_of("\"\r\n") != std::string::npos ||
-                              m_value.find(m_separator) != std::string::npos;
-        if (isNull) return;
-        if (!isQuoted) {
-            m_line += m_value;
-            return;
-        }
-        m_line += '"';
-        for (const char c : m_value) m_line.append(c == '"' ? 2 : 1, c);
-        m_line += '"';
+        if (!isNull) appendCsv(value);
     } else if (isNull) {
-        m_line += "null";
+        m_line.append("null");
     } else if (column.odbcType == SQL_BIT) {
-        m_line += m_value == "0" ? "false" : "true";
-    } else if (isNumeric(column.odbcType) && isJsonNumber(m_value)) {
-        m_line += m_value;
+        m_line.append(value == "0" ? "false" : "true");
+    } else if (isNumeric(column.odbcType) && isJsonNumber(value)) {
+        m_line.append(value);
     } else {
-        m_line += jsonString(m_value);
+        m_line.append(jsonString(value));
     }
+}
+
+void DataPrinter::appendCsv(std::string_view value) {
+    const bool isQuoted = value.empty() || value.find_first_of("\"\r\n") != std::string_view::npos ||
+                          value.find(m_separator) != std::string_view::npos;
+    if (!isQuoted) return m_line.append(value);
+    m_line.append('"');
+    for (const char c : value) m_line.append(c == '"' ? "\"\"" : std::string_view(&c, 1));
+    m_line.append('"');
 }
 
 }  // namespace sqlcmd

@@ -7,7 +7,6 @@
 
 #include "client/Client.h"
 #include "print/Progress.h"
-#include "print/RowQueue.h"
 #include "text/Output.h"
 #include "values/ColumnFormat.h"
 
@@ -27,8 +26,8 @@ class DataPrinter {
           m_output(output) {}
 
     // Prints all rows of the batch's current result. `lastValue`, if not null, receives the first column of
-    // the last row. Messages that arrive between rows must drain the queue before they are printed.
-    void print(RunningBatch& batch, std::string* lastValue, RowQueue& queue, Progress& progress);
+    // the last row.
+    void print(RunningBatch& batch, std::string* lastValue, Progress& progress);
 
     // Completes the JSON document.
     void finish();
@@ -37,8 +36,9 @@ class DataPrinter {
     void prepareColumns(const std::vector<ColumnInfo>& columns);
     void beginResult();
     void endResult();
-    void printRow(const RunningBatch& batch, std::string_view& rows, std::string* lastValue, bool isFirst);
+    void printRow(RunningBatch& batch, std::string* lastValue, bool isFirst);
     void appendValue(const ColumnInfo& column, bool isNull);
+    void appendCsv(std::string_view value);
 
     Format m_format;
     std::string m_separator;  // of CSV
@@ -48,8 +48,8 @@ class DataPrinter {
     std::vector<std::string> m_names;  // as they are printed before values
     std::vector<ColumnFormat> m_formats;
     // Reused by every row to save allocations.
-    std::string m_line;
-    std::string m_value;
+    TextBuffer m_line;
+    TextBuffer m_value;
 };
 
 }  // namespace sqlcmd

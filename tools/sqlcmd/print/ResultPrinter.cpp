@@ -35,33 +35,18 @@ std::size_t ResultPrinter::width() const {
     return width;
 }
 
-void ResultPrinter::print(RowQueue& queue, Progress& progress) {
+void ResultPrinter::print(Progress& progress) {
     m_lineWidth = lineWidthOf(m_layout, m_output);
     if (isHeadingDue(0)) printHeading();
-    {
-        const RowQueue::Result result(queue, [this](std::string_view rows) { printRows(rows); });
-        while (m_batch.nextRow()) {
-            progress.addRow();
-            m_batch.appendRow(m_neededBytes, queue.rows());
-            queue.endRow();
-        }
-        queue.drain();
-    }
-    if (m_mode.xml) m_output.write("\n");
-}
-
-void ResultPrinter::printRows(std::string_view rows) {
-    for (; !rows.empty(); ++m_row) {
-        if (m_mode.xml) {
-            printXmlRow(rows);
-            continue;
-        }
+    for (; m_batch.nextRow(); ++m_row) {
+        progress.addRow();
         if (m_row > 0 && isHeadingDue(m_row)) {
             m_output.write("\n");
             printHeading();
         }
-        printRow(rows);
+        printRow();
     }
+    if (m_mode.xml) m_output.write("\n");
 }
 
 bool ResultPrinter::isHeadingDue(long long row) const {
@@ -70,55 +55,51 @@ bool ResultPrinter::isHeadingDue(long long row) const {
 }
 
 void ResultPrinter::printHeading() {
-    std::string names;
+    TextBuffer names;
     std::string dashes;
     for (const ColumnFormat& format : m_formats) {
         const std::size_t nameLength = utf8Length(format.name);
         const std::size_t width = m_layout.trimBlanks ? std::max<std::size_t>(nameLength, 1) : format.width;
         if (&format != &m_formats.front()) {
-            names += m_layout.separator;
+            names.append(m_layout.separator);
             dashes += m_layout.separator;
         }
         appendPadded(names, format.name, m_layout.trimBlanks ? 0 : width, /*rightAligned=*/false);
         dashes.append(std::max<std::size_t>(width, 1), '-');
     }
-    writeLine(names);
+    writeLine(names.view());
     writeLine(dashes);
 }
 
-// Prints the first of the rows and removes it.
-void ResultPrinter::printRow(std::string_view& rows) {
+void ResultPrinter::printRow() {
     m_line.clear();
+    if (m_mode.xml) {
+        m_batch.appendValue(0, m_neededBytes[0], m_line);
+        return m_output.write(m_line.view());
+    }
     for (std::size_t i = 0; i < m_formats.size(); ++i) {
-        if (i > 0) m_line += m_layout.separator;
+        if (i > 0) m_line.append(m_layout.separator);
         const std::size_t start = m_line.size();
-        appendValue(i, rows);
-        if (i == 0 && m_mode.lastValue != nullptr) *m_mode.lastValue = m_line;
+        appendValue(i);
+        if (i == 0 && m_mode.lastValue != nullptr) *m_mode.lastValue = m_line.view();
         if (m_layout.trimBlanks)
-            m_line.resize(std::max(start, m_line.find_last_not_of(' ') + 1));
+            m_line.truncate(start + m_line.from(start).find_last_not_of(' ') + 1);
         else
             padValue(m_line, start, m_formats[i]);
     }
-    writeLine(m_line);
+    if (m_lineWidth != 0) return writeLine(m_line.view());
+    m_line.append('\n');
+    m_output.write(m_line.view());
 }
 
-void ResultPrinter::printXmlRow(std::string_view& rows) {
-    m_line.clear();
-    if (const auto cell = takeCell(rows)) m_batch.appendValue(0, *cell, m_line);
-    for (std::size_t i = 1; i < m_formats.size(); ++i) takeCell(rows);
-    m_output.write(m_line);
-}
-
-// Appends the printed form of the first value of `rows` to the line and removes it.
-void ResultPrinter::appendValue(std::size_t column, std::string_view& rows) {
+// Appends the printed form of a value to the line.
+void ResultPrinter::appendValue(std::size_t column) {
     const ColumnFormat& format = m_formats[column];
     const std::size_t start = m_line.size();
-    const auto cell = takeCell(rows);
-    if (!cell) {
-        m_line += kNull;
+    if (!m_batch.appendValue(column, m_neededBytes[column], m_line)) {
+        m_line.append(kNull);
         return;
     }
-    m_batch.appendValue(column, *cell, m_line);
     if (m_layout.controlCharacters != ControlCharacters::Keep)
         replaceControlCharacters(m_line, start, m_layout.controlCharacters);
     shapeValue(m_line, start, format);
@@ -129,12 +110,10 @@ void ResultPrinter::writeLine(std::string_view line) {
     while (m_lineWidth != 0) {
         const std::string_view part = utf8Prefix(line, m_lineWidth);
         if (part.size() == line.size()) break;
-        m_output.write(part);
-        m_output.write("\n");
+        m_output.writeLine(part);
         line.remove_prefix(part.size());
     }
-    m_output.write(line);
-    m_output.write("\n");
+    m_output.writeLine(line);
 }
 
 }  // namespace sqlcmd

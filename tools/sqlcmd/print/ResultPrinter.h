@@ -7,7 +7,6 @@
 
 #include "client/Client.h"
 #include "print/Progress.h"
-#include "print/RowQueue.h"
 #include "text/Output.h"
 #include "values/ColumnFormat.h"
 
@@ -27,16 +26,14 @@ class ResultPrinter {
 
     std::size_t width() const;  // of a line, in characters, if no value is shorter than its column
 
-    // Prints all rows. Messages that arrive between rows must drain the queue before they are printed.
-    void print(RowQueue& queue, Progress& progress);
+    // Prints all rows.
+    void print(Progress& progress);
 
   private:
     void printHeading();
-    void printRows(std::string_view rows);
-    void printRow(std::string_view& rows);
+    void printRow();
     bool isHeadingDue(long long row) const;
-    void printXmlRow(std::string_view& rows);
-    void appendValue(std::size_t column, std::string_view& rows);
+    void appendValue(std::size_t column);
     void writeLine(std::string_view line);
 
     RunningBatch& m_batch;
@@ -47,7 +44,7 @@ class ResultPrinter {
     std::vector<ColumnFormat> m_formats;
     std::vector<std::size_t> m_neededBytes;  // of each column's values
     long long m_row = 0;                     // number of the next row
-    std::string m_line;                      // reused by every row to save allocations
+    TextBuffer m_line;                       // reused by every row to save allocations
 };
 
 }  // namespace sqlcmd

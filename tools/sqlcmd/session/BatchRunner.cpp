@@ -51,7 +51,7 @@ std::string BatchRunner::settingsBefore(const std::string& batch) {
 // Readers that follow the output see what the server has sent so far.
 void BatchRunner::updateWhileWaiting() {
     m_progress.update();
-    if (m_rows.drainIfIdle()) m_output.flushEarly();
+    m_output.flushEarly();
 }
 
 BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) {
@@ -64,7 +64,6 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
     if (!mode.isInternal) m_progress.beginBatch();
     {
         const auto running = m_client->run(sent, [&](const Diagnostic& message) {
-            m_rows.drain();
             messages.print(message);
             m_output.flushEarly();  // the server may be silent for long after a message
         });
@@ -90,13 +89,13 @@ BatchOutcome BatchRunner::run(const std::string& batch, const ResultMode& mode) 
 void BatchRunner::printResult(RunningBatch& running, const ResultMode& mode) {
     const bool hasRows = !running.columns().empty();
     if (m_options.format != Format::Text) {
-        if (hasRows) m_data.print(running, mode.lastValue, m_rows, m_progress);
+        if (hasRows) m_data.print(running, mode.lastValue, m_progress);
         return;
     }
     if (hasRows) {
         ResultPrinter printer(running, m_options.layout, mode, m_output);
         const Pager pager(m_output, m_pager, printer.width());
-        printer.print(m_rows, m_progress);
+        printer.print(m_progress);
     }
     if (hasRows && (mode.xml || !running.readAllRows())) return;
     if (const long long count = running.rowCount(); count >= 0)

@@ -12,7 +12,6 @@
 #include "print/MessagePrinter.h"
 #include "print/Progress.h"
 #include "print/ResultPrinter.h"
-#include "print/RowQueue.h"
 #include "text/Output.h"
 
 namespace sqlcmd {
@@ -77,7 +76,6 @@ class BatchRunner {
     Output* m_trace = nullptr;
     std::string m_pager;
     DataPrinter m_data;
-    RowQueue m_rows;
     Progress m_progress;
 };
 

@@ -25,6 +25,10 @@ class Output {
         m_buffer += utf8;
         if (m_buffer.size() >= kBufferSize) flushWholeCharacters();
     }
+    void writeLine(std::string_view utf8) {
+        m_buffer += utf8;
+        write("\n");
+    }
     void flush();
     // Writes what has been completed so far, for readers that follow the file. A failure is left to the next
     // flush(), so that it may be called from DB-Library's handlers. Does nothing for encoded output.

@@ -45,16 +45,21 @@ void appendUnit(std::string& out, char32_t unit) {
 
 std::size_t utf8Length(std::string_view text) {
     constexpr std::uint64_t kLowBits = 0x0101010101010101;
+    constexpr std::size_t kWord = sizeof kLowBits;  // bytes that are counted at once
     constexpr int kTopByte = 56;
+    const auto continuations = [](std::uint64_t word) {  // number of bytes 10xxxxxx
+        const std::uint64_t bits = (word >> 7) & (~word >> 6) & kLowBits;
+        return static_cast<std::size_t>(bits * kLowBits >> kTopByte);  // their sum
+    };
     std::size_t length = text.size();
-    std::size_t i = 0;
-    for (std::uint64_t eight = 0; i + sizeof eight <= text.size(); i += sizeof eight) {
-        std::memcpy(&eight, text.data() + i, sizeof eight);
-        const std::uint64_t continuations = (eight >> 7) & (~eight >> 6) & kLowBits;  // bytes 10xxxxxx
-        length -= static_cast<std::size_t>(continuations * kLowBits >> kTopByte);     // their sum
+    std::uint64_t word = 0;
+    for (; text.size() >= kWord; text.remove_prefix(kWord)) {
+        std::memcpy(&word, text.data(), kWord);
+        length -= continuations(word);
     }
-    for (; i < text.size(); ++i) length -= isUtf8Continuation(text[i]) ? 1 : 0;
-    return length;
+    word = 0;
+    for (const char byte : text) word = word << 8 | static_cast<unsigned char>(byte);
+    return length - continuations(word);
 }
 
 std::string_view utf8Prefix(std::string_view text, std::size_t characters) {

@@ -97,13 +97,13 @@ void setTextFormat(const ColumnInfo& column, const Layout& layout, ColumnFormat&
 // Replaces the number at the end of `line` by the shortest decimal that reads back as the same number.
 // Drivers return more digits than a number has.
 template <typename Number>
-void shorten(std::string& line, std::size_t start) {
+void shorten(TextBuffer& line, std::size_t start) {
     Number value = 0;
-    const char* end = line.data() + line.size();
-    if (std::from_chars(line.data() + start, end, value).ec != std::errc{}) return;
+    const std::string_view number = line.from(start);
+    if (std::from_chars(number.begin(), number.end(), value).ec != std::errc{}) return;
     char digits[32];
-    line.replace(start, std::string::npos, digits,
-                 static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits));
+    line.truncate(start);
+    line.append(std::string_view(digits, std::to_chars(digits, digits + sizeof digits, value).ptr));
 }
 
 }  // namespace
@@ -133,14 +133,13 @@ ColumnFormat exactFormatOf(const ColumnInfo& column) {
     return format;
 }
 
-void shapeValue(std::string& line, std::size_t start, const ColumnFormat& format) {
-    const auto value = [&] { return std::string_view(line).substr(start); };
+void reshapeValue(TextBuffer& line, std::size_t start, const ColumnFormat& format) {
     switch (format.form) {
         case Form::AsIs:
             break;
         case Form::Decimal:  // printed without a zero before the point: .50 and -.50
-            if (value().starts_with("0.")) line.erase(start, 1);
-            if (value().starts_with("-0.")) line.erase(start + 1, 1);
+            if (line.from(start).starts_with("0.")) line.erase(start);
+            if (line.from(start).starts_with("-0.")) line.erase(start + 1);
             break;
         case Form::Real:
             shorten<float>(line, start);
@@ -149,45 +148,37 @@ void shapeValue(std::string& line, std::size_t start, const ColumnFormat& format
             shorten<double>(line, start);
             break;
         case Form::Binary:
-            line.insert(start, "0x");
+            line.insertBlanks(start, 2);
+            std::copy_n("0x", 2, line.data() + start);
             [[fallthrough]];
         case Form::UpperCase:
-            for (std::size_t i = start; i < line.size(); ++i)
-                if (line[i] >= 'a' && line[i] <= 'f') line[i] = static_cast<char>(line[i] - 'a' + 'A');
+            for (char* c = line.data() + start; c < line.data() + line.size(); ++c)
+                if (*c >= 'a' && *c <= 'f') *c = static_cast<char>(*c - 'a' + 'A');
             break;
     }
-    if (format.limit != 0) line.resize(start + utf8Prefix(value(), format.limit).size());
+    if (format.limit != 0) line.truncate(start + utf8Prefix(line.from(start), format.limit).size());
 }
 
-void replaceControlCharacters(std::string& line, std::size_t start, ControlCharacters mode) {
+void replaceControlCharacters(TextBuffer& line, std::size_t start, ControlCharacters mode) {
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
     std::string result;
     bool isInRun = false;
-    for (const char c : std::string_view(line).substr(start)) {
+    for (const char c : line.from(start)) {
         const bool isDropped = isControl(c) && mode == ControlCharacters::RunToBlank && isInRun;
         isInRun = isControl(c);
         if (!isDropped) result += isInRun ? ' ' : c;
     }
-    line.replace(start, std::string::npos, result);
+    line.truncate(start);
+    line.append(result);
 }
 
-void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned) {
+void appendPadded(TextBuffer& line, std::string_view text, std::size_t width, bool rightAligned) {
     const std::size_t start = line.size();
-    line += text;
+    line.append(text);
     ColumnFormat format;
     format.width = width;
     format.rightAligned = rightAligned;
     padValue(line, start, format);
-}
-
-void padValue(std::string& line, std::size_t start, const ColumnFormat& format) {
-    const std::size_t bytes = line.size() - start;
-    const std::size_t length = format.isAscii ? bytes : utf8Length(std::string_view(line).substr(start));
-    if (length >= format.width) return;
-    if (format.rightAligned)
-        line.insert(start, format.width - length, ' ');
-    else
-        line.append(format.width - length, ' ');
 }
 
 }  // namespace sqlcmd

@@ -6,6 +6,8 @@
 #include <string_view>
 
 #include "options/Options.h"
+#include "text/TextBuffer.h"
+#include "text/Utf.h"
 #include "values/ColumnInfo.h"
 
 namespace sqlcmd {
@@ -30,15 +32,27 @@ ColumnFormat exactFormatOf(const ColumnInfo& column);
 
 // Converts the driver's string, the end of `line` from `start`, to the printed form and cuts it at the
 // column's limit. It may be the beginning of a value that is longer than the limit.
-void shapeValue(std::string& line, std::size_t start, const ColumnFormat& format);
+void reshapeValue(TextBuffer& line, std::size_t start, const ColumnFormat& format);
+inline void shapeValue(TextBuffer& line, std::size_t start, const ColumnFormat& format) {
+    const bool isShort = format.limit == 0 || line.size() - start <= format.limit;
+    if (format.form != ColumnFormat::Form::AsIs || !isShort) reshapeValue(line, start, format);
+}
 
 // Replaces the control characters of the value at the end of `line`, from `start`, by blanks.
-void replaceControlCharacters(std::string& line, std::size_t start, ControlCharacters mode);
+void replaceControlCharacters(TextBuffer& line, std::size_t start, ControlCharacters mode);
 
 // Appends a string, padded with spaces to `width` characters.
-void appendPadded(std::string& line, std::string_view text, std::size_t width, bool rightAligned);
+void appendPadded(TextBuffer& line, std::string_view text, std::size_t width, bool rightAligned);
 
 // Pads the value at the end of `line`, from `start`, to the column's width.
-void padValue(std::string& line, std::size_t start, const ColumnFormat& format);
+inline void padValue(TextBuffer& line, std::size_t start, const ColumnFormat& format) {
+    const std::string_view value = line.from(start);
+    const std::size_t length = format.isAscii ? value.size() : utf8Length(value);
+    if (length >= format.width) return;
+    if (format.rightAligned)
+        line.insertBlanks(start, format.width - length);
+    else
+        line.appendBlanks(format.width - length);
+}
 
 }  // namespace sqlcmd
