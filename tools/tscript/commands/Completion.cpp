@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
 #include <map>
 
 #include "DVUtilities/TScriptApi.h"
@@ -15,6 +14,7 @@
 #include "console/Outcome.h"
 #include "installation/Installation.h"
 #include "installation/StoreValues.h"
+#include "package/PackageNames.h"
 #include "package/Parameters.h"
 #include "run/ToolTable.h"
 
@@ -72,8 +72,7 @@ void writeCandidate(const std::string& word, const std::string& description = {}
 // ---- Values --------------------------------------------------------------------------------------------
 
 void writePackages(const Position&) {
-    for (const auto& entry : std::filesystem::directory_iterator(scriptsFolder()))
-        if (entry.path().extension() == ".sql") writeCandidate(entry.path().stem().string(), "package");
+    for (const std::string& name : packageNames()) writeCandidate(name, "package");
 }
 
 std::string databaseOf(const Position& position) {

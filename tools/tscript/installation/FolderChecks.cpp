@@ -21,6 +21,7 @@
 #include "installation/ProbeFile.h"
 #include "record/RecordFolder.h"
 #include "record/RecordSettings.h"
+#include "system/FolderListing.h"
 
 namespace {
 
@@ -145,11 +146,8 @@ void checkRecordFolder(CheckList& list) {
 void checkDescriptors(CheckList& list) {
     rlimit limit{};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-    rlim_t used = 0;
     std::error_code error;
-    for (std::filesystem::directory_iterator entry("/proc/self/fd", error), end; !error && entry != end;
-         entry.increment(error))
-        ++used;
+    const rlim_t used = pathsIn("/proc/self/fd", error).size();
     const std::string text = std::to_string(used) + " of " + std::to_string(limit.rlim_cur) + " are open";
     if (!error && limit.rlim_cur >= used + kFewDescriptors) return list.addGood("file descriptors", text);
     list.addFailure("file descriptors", ExitCode::kInstallation, error ? error.message() : text,

@@ -14,6 +14,7 @@
 
 #include "console/Pattern.h"
 #include "installation/CheckSteps.h"
+#include "system/FolderListing.h"
 
 namespace {
 
@@ -48,12 +49,10 @@ bool belongsToDeadRun(const fs::path& path, Marked marked) {
 void addLeftOvers(std::vector<fs::path>& found, const std::string& folder,
                   std::initializer_list<NameForm> forms) {
     std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(folder, ignored)) {
-        const std::string name = entry.path().filename();
+    for (const fs::path& path : pathsIn(folder, ignored))
         for (const NameForm& form : forms)
-            if (form.form.matches(name) && belongsToDeadRun(entry.path(), form.marked))
-                found.push_back(entry.path());
-    }
+            if (form.form.matches(path.filename()) && belongsToDeadRun(path, form.marked))
+                found.push_back(path);
 }
 
 }  // namespace

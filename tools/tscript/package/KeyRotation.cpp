@@ -20,6 +20,7 @@
 #include "installation/Installation.h"
 #include "installation/StoreValues.h"
 #include "package/Repacking.h"
+#include "system/FolderListing.h"
 
 namespace {
 
@@ -110,12 +111,10 @@ KeyRotation::Result KeyRotation::run() {
 
 // A rotation that was killed leaves the file that it was writing.
 void KeyRotation::deleteLeftOvers() const {
-    for (const auto& entry : fs::directory_iterator(m_scripts)) {
-        std::error_code ignored;
-        if (entry.path().filename().string().find(std::string(".sql") + kTemporary + ".") !=
-            std::string::npos)
-            fs::remove(entry.path(), ignored);
-    }
+    std::error_code ignored;
+    for (const fs::path& path : pathsIn(m_scripts, ignored))
+        if (path.filename().string().find(std::string(".sql") + kTemporary + ".") != std::string::npos)
+            fs::remove(path, ignored);
 }
 
 // Who can read the previous key can read the new one, and nobody else.
@@ -162,11 +161,8 @@ std::vector<hostlayer::StoreChange> KeyRotation::convertedCredentials(bool areNe
 
 void KeyRotation::convertPackages() {
     m_result.unreadable = 0;
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(m_scripts))
-        if (entry.path().extension() == ".sql" && entry.symlink_status().type() == fs::file_type::regular)
-            files.push_back(entry.path());
-    for (const fs::path& file : files) convertPackage(file);
+    for (const fs::path& file : pathsIn(m_scripts, ".sql"))
+        if (fs::symlink_status(file).type() == fs::file_type::regular) convertPackage(file);
 }
 
 void KeyRotation::convertPackage(const fs::path& file) {

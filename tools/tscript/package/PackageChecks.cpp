@@ -15,6 +15,7 @@
 #include "installation/Installation.h"
 #include "package/Inspection.h"
 #include "package/SiteCheck.h"
+#include "system/FolderListing.h"
 
 namespace {
 
@@ -85,14 +86,6 @@ std::optional<Fault> faultOf(const fs::path& file, Site& site, bool knowsCompone
     }
 }
 
-std::vector<fs::path> packageFiles() {
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(scriptsFolder()))
-        if (entry.path().extension() == ".sql") files.push_back(entry.path());
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
 void addFaults(CheckList& list, const std::map<std::string, Fault>& faults) {
     for (const auto& [package, fault] : faults)
         list.addFailure("package " + package, fault.code, fault.what, fault.advice);
@@ -111,7 +104,7 @@ void checkPackages(CheckList& list) {
             return list.addSkipped("packages", std::string("not opened without ") + needed);
     Site site;
     const bool knowsComponents = !list.hasFailed("platform type");
-    const std::vector<fs::path> files = packageFiles();
+    const std::vector<fs::path> files = pathsIn(scriptsFolder(), ".sql");
     std::map<std::string, Fault> faults;
     for (const fs::path& file : files)
         if (std::optional<Fault> fault = faultOf(file, site, knowsComponents))

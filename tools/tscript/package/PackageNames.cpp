@@ -2,11 +2,11 @@
 
 #include <strings.h>
 
-#include <algorithm>
 #include <filesystem>
 
 #include "console/NearestWord.h"
 #include "installation/Installation.h"
+#include "system/FolderListing.h"
 
 namespace {
 
@@ -21,11 +21,9 @@ bool hasPackage(const std::string& name) {
 
 std::vector<std::string> packageNames() {
     std::vector<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator entry(scriptsFolder(), error), end; !error && entry != end;
-         entry.increment(error))
-        if (entry->path().extension() == ".sql") names.push_back(entry->path().stem().string());
-    std::sort(names.begin(), names.end());
+    std::error_code unreadable;
+    for (const fs::path& path : pathsIn(scriptsFolder(), unreadable))
+        if (path.extension() == ".sql") names.push_back(path.stem().string());
     return names;
 }
 

@@ -11,6 +11,7 @@
 #include "installation/Installation.h"
 #include "package/Packing.h"
 #include "system/ChildProcess.h"
+#include "system/FolderListing.h"
 
 namespace {
 
@@ -31,10 +32,8 @@ void loadSchema(const SandboxFolder& folder, int port, const Secret& password) {
 }
 
 void packSamples(const SandboxFolder& folder) {
-    for (const fs::directory_entry& plain : fs::directory_iterator(sampleFolder() / "packages"))
-        if (plain.path().extension() == ".txt")
-            packFile(plain.path(), folder.scripts() / (plain.path().stem().string() + ".sql"),
-                     /*options=*/{});
+    for (const fs::path& plain : pathsIn(sampleFolder() / "packages", ".txt"))
+        packFile(plain, folder.scripts() / (plain.stem().string() + ".sql"), /*options=*/{});
 }
 
 // Creates everything but the server. The folder is marked as complete at the end: after a failure the next
