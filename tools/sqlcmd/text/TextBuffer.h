@@ -23,7 +23,7 @@ class TextBuffer {
     void clear() { m_size = 0; }
     void truncate(std::size_t size) { m_size = size; }  // at most size()
 
-    void append(std::string_view text) { std::memcpy(extend(text.size()), text.data(), text.size()); }
+    void append(std::string_view text) { std::copy_n(text.data(), text.size(), extend(text.size())); }
     void append(char c) { *extend(1) = c; }
     void appendBlanks(std::size_t count) { fill(extend(count), count); }
 
