@@ -123,6 +123,8 @@ TEST(Script, UsesFilesStreamsAndPrograms) {
         {"\"$@\" -Q \"PRINT 'n'\" -o /dev/null", "", 0},
         {"\"$@\" -Q 'SELECT 1' -o /dev/full", "cannot write to '/dev/full': No space left on device.\n", 1},
         {"\"$@\" -Q 'SELECT 1' -o .", "cannot open output file '.': Is a directory.\n", 1},
+        {"mkfifo p; \"$@\" -Q 'SELECT 1' -o p", "cannot open output file 'p': nobody reads from it.\n", 1},
+        {"mkfifo q; { sleep 1; cat q; } & \"$@\" -Q \"PRINT 'q'\" -o q; wait", "q\n", 0},
         {"\"$@\" -i .", "'.': Invalid filename. Is a directory.\n", 1},
         {"printf 'P\\0R\\0I' | \"$@\"", "Sqlcmd: standard input: the last character is incomplete.\n", 1},
         {"\"$@\" --csv -h -1 -Q \"SELECT 'a', NULL, '', 1 \"", "a,,\"\",1\n", 0},

@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "text/Errors.h"
@@ -39,12 +41,28 @@ bool makeEmpty(int descriptor) {
     return (status.st_size == 0 && futimens(descriptor, nullptr) == 0) || ftruncate(descriptor, 0) == 0;
 }
 
+// Opens or creates a file. A named pipe opens when it has a reader, for which this waits some seconds; then
+// errno is ENXIO.
+int openForWriting(const std::string& path) {
+    using namespace std::chrono_literals;
+    constexpr auto kPatience = 10s;
+    constexpr auto kPause = 20ms;
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    int descriptor = open(path.c_str(), kFlags, 0666);
+    while (descriptor < 0 && errno == ENXIO && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(kPause);
+        descriptor = open(path.c_str(), kFlags, 0666);
+    }
+    if (descriptor >= 0) fcntl(descriptor, F_SETFL, O_WRONLY);  // without O_NONBLOCK
+    return descriptor;
+}
+
 int openOutput(const std::string& path) {
     const std::optional<int> own = ownDescriptor(path);
-    const int descriptor = own ? fcntl(*own, F_DUPFD_CLOEXEC, 0)
-                               : open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+    const int descriptor = own ? fcntl(*own, F_DUPFD_CLOEXEC, 0) : openForWriting(path);
     if (descriptor >= 0 && (own || makeEmpty(descriptor))) return descriptor;
-    const std::string reason = std::strerror(errno);
+    const std::string reason = errno == ENXIO ? "nobody reads from it" : std::strerror(errno);
     if (descriptor >= 0) close(descriptor);
     throw ToolError("Sqlcmd: Error: cannot open output file '" + path + "': " + reason + ".");
 }

@@ -14,8 +14,8 @@ namespace sqlcmd {
 class Output {
   public:
     // An empty path means standard output, which is always UTF-8; a file gets the code page. An existing file
-    // is truncated and keeps its mode; a symbolic link is not followed. /dev/stdout, /dev/stderr and
-    // /dev/fd/N are the tool's own descriptors.
+    // is truncated and keeps its mode; a symbolic link is not followed; a named pipe must get a reader within
+    // 10 seconds. /dev/stdout, /dev/stderr and /dev/fd/N are the tool's own descriptors.
     explicit Output(const std::string& path, int codePage = kUtf8);
     ~Output();  // does not flush: it could not report a failure
     Output(const Output&) = delete;

@@ -30,9 +30,11 @@ ColumnFormat formatOf(const ColumnInfo& column, const Layout& layout);
 // Returns the format of whole values with the digits that they need: 0.50 and 0.1.
 ColumnFormat exactFormatOf(const ColumnInfo& column);
 
+// Part of shapeValue() for values that may change.
+void reshapeValue(TextBuffer& line, std::size_t start, const ColumnFormat& format);
+
 // Converts the driver's string, the end of `line` from `start`, to the printed form and cuts it at the
 // column's limit. It may be the beginning of a value that is longer than the limit.
-void reshapeValue(TextBuffer& line, std::size_t start, const ColumnFormat& format);
 inline void shapeValue(TextBuffer& line, std::size_t start, const ColumnFormat& format) {
     const bool isShort = format.limit == 0 || line.size() - start <= format.limit;
     if (format.form != ColumnFormat::Form::AsIs || !isShort) reshapeValue(line, start, format);
