@@ -5,6 +5,10 @@
 
 #include "PlatformExport.h"
 
+// Levels of entries, for DebugLevel().
+inline constexpr int kErrorDebugLevel = 1;
+inline constexpr int kTraceDebugLevel = 3;
+
 // Handles are cheap and share one log. Thread-safe. Entries go to a rotating file in the instance's log
 // folder. The process-wide default log opens with its first entry; a separate log drops entries until it is
 // initialised. The store's settings for level, file and size have precedence over the arguments of

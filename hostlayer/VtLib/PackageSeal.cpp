@@ -22,7 +22,7 @@ constexpr std::string_view kUnsigned = "-";
 constexpr std::string_view kLineEnd = "\n";
 constexpr std::string_view kCodePurpose = "package seal, version 1";
 constexpr std::string_view kSignaturePurpose = "package signature, version 1";
-constexpr char kOff[] = "0";
+constexpr char kSealOptional[] = "0";
 
 using Bytes = std::vector<unsigned char>;
 using Hash = std::array<unsigned char, crypto_generichash_BYTES>;
@@ -235,7 +235,7 @@ std::string PackageSealCheck::problem(const std::string& name) {
     if (std::string broken = sealProblem(); !broken.empty()) return broken;
     const PackageSeal* found = seal();
     const std::string trusted = hostSetting("trustedSigners", "");
-    if (found == nullptr && (!trusted.empty() || hostSetting("requireSeal", kOff) != kOff))
+    if (found == nullptr && (!trusted.empty() || hostSetting("requireSeal", kSealOptional) != kSealOptional))
         return "the package has no seal, and the store requires one";
     if (found != nullptr && found->name != name)
         return "the package was sealed under the name '" + found->name + "'";

@@ -41,7 +41,6 @@ std::string_view baseNameOf(std::string_view path) {
 }
 
 std::string programPath(std::string_view name, const StoreState& store) {
-    constexpr int kTraceLevel = 3;
     std::string program(name);
     std::erase(program, '"');
     const auto* mapped = store.content ? findValue(store.content->programs, baseNameOf(program)) : nullptr;
@@ -51,7 +50,8 @@ std::string programPath(std::string_view name, const StoreState& store) {
     else if (program == kDefaultQueryTool)
         path = installedQueryTool();
     if (path != program)
-        EvDebug().DebugLevel(kTraceLevel, "Program [%s] is started as [%s]", program.c_str(), path.c_str());
+        EvDebug().DebugLevel(kTraceDebugLevel, "Program [%s] is started as [%s]", program.c_str(),
+                             path.c_str());
     return path;
 }
 

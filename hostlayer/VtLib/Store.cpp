@@ -15,7 +15,6 @@ namespace {
 
 constexpr const char* kPathVariable = "ZEPHRA_REGISTRY";
 constexpr const char* kDefaultPath = "/etc/zephra/registry.toml";
-constexpr int kErrorLevel = 1;  // of the debug log
 
 const char* pathInUse() {
     const char* path = ::secure_getenv(kPathVariable);
@@ -96,7 +95,7 @@ class StoreCache {
             m_state = next;
         }
         // Without the lock: the debug log reads the store itself.
-        if (isNewProblem) EvDebug().DebugLevel(kErrorLevel, "%s", next->problem.c_str());
+        if (isNewProblem) EvDebug().DebugLevel(kErrorDebugLevel, "%s", next->problem.c_str());
         return next;
     }
 

@@ -11,7 +11,7 @@ namespace hostlayer {
 namespace {
 
 constexpr std::string_view kQueryTool = "sqlcmd";
-constexpr char kOff[] = "0";
+constexpr char kLenient[] = "0";
 constexpr std::string_view kPasswordVariable = "SQLCMDPASSWORD=";
 constexpr std::string_view kNoStartUpScript = "SQLCMDINI=";
 // Options of the tool that are followed by their value as an argument of its own.
@@ -50,7 +50,7 @@ void movePassword(std::vector<std::string>& arguments, std::vector<std::string>&
 bool isStrictQueryTool(std::string_view program) {
     std::string name(program.substr(program.rfind('/') + 1));
     std::erase(name, '"');
-    return name == kQueryTool && hostSetting("strictQueryTool", kOff) != kOff;
+    return name == kQueryTool && hostSetting("strictQueryTool", kLenient) != kLenient;
 }
 
 void makeStrict(std::vector<std::string>& arguments, std::vector<std::string>& variables) {

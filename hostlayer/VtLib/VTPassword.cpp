@@ -165,11 +165,10 @@ namespace {
 
 // Logs the error and notes it as a cause. The subject of an error of the key is the key file.
 void report(VTPassword::Error error, std::string_view mark) {
-    constexpr int kErrorLevel = 1;
     const char* text = hostlayer::cipherErrorText(error);
     const bool isKeyError = error >= VTPassword::kKeyNotConfigured && error <= VTPassword::kKeyMalformed;
     const bool isRecordOfFile = mark == kFileMark && !isKeyError;
-    EvDebug().DebugLevel(kErrorLevel, "Cipher: %s", text);
+    EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s", text);
     VtNoteCause({.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
                  .subject = isKeyError ? hostlayer::cipherKeyPath() : "",
                  .text = text});

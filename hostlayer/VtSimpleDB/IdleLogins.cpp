@@ -199,19 +199,19 @@ void closeBeforeProcess(const std::vector<std::string>& arguments) {
 
 // Creates the store. It is never destroyed: connections of static objects may close after it. Its logins are
 // closed at exit, which comes before the clean-up of the driver's libraries, since those were loaded earlier.
-class Creation {
+class StoreCreation {
   public:
-    Creation() {
+    StoreCreation() {
         processLogins = new IdleLogins;
         ::pthread_atfork(closeBeforeFork, continueAfterFork, beginAnewInChild);
         callBeforeProcessStart(closeBeforeProcess);
     }
-    ~Creation() {
+    ~StoreCreation() {
         callBeforeProcessStart(nullptr);
         processLogins.load()->shutDown();
     }
-    Creation(const Creation&) = delete;
-    Creation& operator=(const Creation&) = delete;
+    StoreCreation(const StoreCreation&) = delete;
+    StoreCreation& operator=(const StoreCreation&) = delete;
 };
 
 }  // namespace
@@ -223,7 +223,7 @@ std::unique_ptr<Login> takeIdleLogin(std::string_view connectionString, bool rea
 
 void keepIdleLogin(std::unique_ptr<Login> login, std::chrono::seconds time) {
     if (time <= std::chrono::seconds::zero() || !login->isReusable()) return;
-    static const Creation creation;
+    static const StoreCreation creation;
     login->requestReset();
     processLogins.load()->keep(std::move(login), time);
 }

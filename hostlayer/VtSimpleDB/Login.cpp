@@ -19,7 +19,6 @@
 namespace hostlayer {
 namespace {
 
-constexpr int kErrorLevel = 1;  // of the debug log
 constexpr int kSessionEndMilliseconds = 1000;
 
 // Where Kerberos finds the tickets of this process. Another identity must not continue a login.
@@ -35,7 +34,7 @@ std::string windowsIdentity() {
 }  // namespace
 
 void reportError(VtCause::Place place, const std::string& text) {
-    EvDebug().DebugLevel(kErrorLevel, "%s", text.c_str());
+    EvDebug().DebugLevel(kErrorDebugLevel, "%s", text.c_str());
     VtNoteCause({.place = place, .text = text});
 }
 
@@ -114,7 +113,7 @@ void Login::reportReason() const {
     const auto target = probeTargetOf(m_connectionString);
     const std::string reason = target ? reasonOfFailedLogin(*target, m_limits.time) : "";
     if (reason.empty()) return;
-    EvDebug().DebugLevel(kErrorLevel, "Connect: %s", reason.c_str());
+    EvDebug().DebugLevel(kErrorDebugLevel, "Connect: %s", reason.c_str());
     VtNoteCause({.place = VtCause::kConnection, .sqlState = "08001", .server = target->host, .text = reason});
 }
 

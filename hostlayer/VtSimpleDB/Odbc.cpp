@@ -13,8 +13,6 @@
 namespace hostlayer {
 namespace {
 
-constexpr int kErrorLevel = 1;
-constexpr int kTraceLevel = 3;
 constexpr SQLSMALLINT kMaxRecords = 1000;         // a batch may print any number of lines
 constexpr std::size_t kUsualMessageLength = 512;  // UTF-16 units
 
@@ -117,18 +115,18 @@ void logDiagnostics(SQLSMALLINT type, SQLHANDLE handle, int level, const char* a
     Record record;
     SQLSMALLINT number = 1;
     const bool isCut =
-        level == kErrorLevel && ServerRequest::noteCut(action);  // the driver does not know why
-    bool isNoted = level != kErrorLevel || isCut;
+        level == kErrorDebugLevel && ServerRequest::noteCut(action);  // the driver does not know why
+    bool isNoted = level != kErrorDebugLevel || isCut;
     for (; number <= kMaxRecords && readRecord(type, handle, number, record); ++number) {
         log.DebugLevel(level, "%s: %s", action, record.text().c_str());
-        if (level != kErrorLevel || isCut || !record.isError()) continue;
+        if (level != kErrorDebugLevel || isCut || !record.isError()) continue;
         noteRecord(type, record, {type, handle, number});
         isNoted = true;
     }
     const bool hasRecords = number > 1;
     // The driver manager reports a driver that it cannot load with the state of a warning.
     if (!isNoted && readRecord(type, handle, 1, record)) noteRecord(type, record, {type, handle, 1});
-    if (!hasRecords && !isCut && level == kErrorLevel)
+    if (!hasRecords && !isCut && level == kErrorDebugLevel)
         log.DebugLevel(level, "%s failed without a diagnostic", action);
 }
 
@@ -151,12 +149,13 @@ OdbcHandle::~OdbcHandle() {
 
 bool OdbcHandle::check(SQLRETURN result, const char* action) const {
     if (result == SQL_SUCCESS || result == SQL_NO_DATA) return true;
-    logDiagnostics(m_type, m_handle, result == SQL_SUCCESS_WITH_INFO ? kTraceLevel : kErrorLevel, action);
+    logDiagnostics(m_type, m_handle, result == SQL_SUCCESS_WITH_INFO ? kTraceDebugLevel : kErrorDebugLevel,
+                   action);
     return result == SQL_SUCCESS_WITH_INFO;
 }
 
 void OdbcHandle::reportFailure(const char* action) const {
-    logDiagnostics(m_type, m_handle, kErrorLevel, action);
+    logDiagnostics(m_type, m_handle, kErrorDebugLevel, action);
 }
 
 bool OdbcHandle::hasErrorRecord() const {

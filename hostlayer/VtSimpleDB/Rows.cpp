@@ -11,7 +11,6 @@ namespace {
 constexpr std::size_t kBytesPerCharacter = 4;     // of UTF-8, at most
 constexpr std::size_t kLongestDeclared = 8000;    // longest length of a column that is not a (max) type
 constexpr std::size_t kDisplaySizeShortfall = 8;  // drivers omit a decimal's leading zero and a real's digits
-constexpr int kErrorLevel = 1;                    // of the debug log
 constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
 constexpr std::size_t kBlockRows = 128;
 constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
@@ -83,8 +82,9 @@ class BlockReader : public RowReader {
             if (length == SQL_NULL_DATA) {
                 values[i].reset();
             } else if (length < 0 || static_cast<std::size_t>(length) >= column.width) {
-                EvDebug().DebugLevel(
-                    kErrorLevel, "Fetch: a value of column %zu is longer than its description says", i + 1);
+                EvDebug().DebugLevel(kErrorDebugLevel,
+                                     "Fetch: a value of column %zu is longer than its description says",
+                                     i + 1);
                 return Fetched::kFailure;
             } else {
                 values[i].emplace(&column.texts[m_row * column.width], static_cast<std::size_t>(length));

@@ -21,7 +21,6 @@ namespace {
 
 constexpr std::chrono::seconds kMargin{2};         // for the driver to end the request by its own time-out
 constexpr std::chrono::seconds kTimeToReturn{10};  // for the driver, after its connection was closed
-constexpr int kErrorLevel = 1;                     // of the debug log
 
 std::atomic<void (*)()> whenStuck{nullptr};
 
@@ -124,20 +123,20 @@ namespace {
 std::atomic<RequestList*> processRequests{nullptr};
 
 // Creates the list; at exit it ends the thread. A child process begins with an empty list and no thread.
-class Creation {
+class ListCreation {
   public:
-    Creation() {
+    ListCreation() {
         processRequests = new RequestList;
         ::pthread_atfork([] { processRequests.load()->lock(); }, [] { processRequests.load()->unlock(); },
                          [] { processRequests = new RequestList; });
     }
-    ~Creation() { processRequests.load()->shutDown(); }
-    Creation(const Creation&) = delete;
-    Creation& operator=(const Creation&) = delete;
+    ~ListCreation() { processRequests.load()->shutDown(); }
+    ListCreation(const ListCreation&) = delete;
+    ListCreation& operator=(const ListCreation&) = delete;
 };
 
 RequestList& requests() {
-    static const Creation creation;
+    static const ListCreation creation;
     return *processRequests;
 }
 
@@ -227,7 +226,7 @@ bool ServerRequest::noteCut(const char* action) {
         .place = record.cut == Cut::kAllCancelled ? VtCause::kStatement : VtCause::kConnection,
         .sqlState = sqlState,
         .text = describe(record) + "; the connection is closed"};
-    EvDebug().DebugLevel(kErrorLevel, "%s: %s", action, cause.text.c_str());
+    EvDebug().DebugLevel(kErrorDebugLevel, "%s: %s", action, cause.text.c_str());
     VtNoteCause(cause);
     return true;
 }

@@ -12,8 +12,8 @@ namespace {
 constexpr int kTemporary =
     SQLITE_OPEN_TEMP_DB | SQLITE_OPEN_TRANSIENT_DB | SQLITE_OPEN_SUBJOURNAL | SQLITE_OPEN_TEMP_JOURNAL;
 
-thread_local std::int64_t used = 0;  // bytes
-thread_local std::int64_t limit = std::numeric_limits<std::int64_t>::max();
+thread_local std::int64_t filesUsed = 0;  // bytes
+thread_local std::int64_t filesLimit = std::numeric_limits<std::int64_t>::max();
 
 // A temporary file. SQLite's own file follows it in memory.
 struct CountedFile : sqlite3_file {
@@ -36,13 +36,13 @@ int forward(sqlite3_file* file, Arguments... arguments) {
 }
 
 void setSize(CountedFile& file, std::int64_t size) {
-    used += size - file.size;
+    filesUsed += size - file.size;
     file.size = size;
 }
 
 int writeCounted(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
     const std::int64_t size = std::max<std::int64_t>(counted(file).size, offset + count);
-    if (size - counted(file).size > limit - used) return SQLITE_FULL;
+    if (size - counted(file).size > filesLimit - filesUsed) return SQLITE_FULL;
     const int result = forward<&sqlite3_io_methods::xWrite>(file, bytes, count, offset);
     if (result == SQLITE_OK) setSize(counted(file), size);
     return result;
@@ -106,7 +106,7 @@ void countTemporaryFiles() {
 }
 
 void limitTemporaryFilesOfThread(std::size_t bytes) {
-    limit = used + static_cast<std::int64_t>(bytes);
+    filesLimit = filesUsed + static_cast<std::int64_t>(bytes);
 }
 
 }  // namespace server

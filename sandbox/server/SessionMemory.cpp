@@ -13,13 +13,13 @@ namespace {
 constexpr std::int64_t kSmall = std::int64_t{64} << 10;
 constexpr std::int64_t kReserve = std::int64_t{64} << 20;
 
-thread_local std::int64_t used = 0;
-thread_local std::int64_t limit = std::numeric_limits<std::int64_t>::max() / 2;
+thread_local std::int64_t memoryUsed = 0;
+thread_local std::int64_t memoryLimit = std::numeric_limits<std::int64_t>::max() / 2;
 
 sqlite3_mem_methods ofSqlite;  // SQLite's own
 
 bool isAllowed(std::int64_t bytes) {
-    return bytes <= (bytes < kSmall ? limit + kReserve : limit) - used;
+    return bytes <= (bytes < kSmall ? memoryLimit + kReserve : memoryLimit) - memoryUsed;
 }
 
 }  // namespace
@@ -27,7 +27,7 @@ bool isAllowed(std::int64_t bytes) {
 void* operator new(std::size_t bytes) {
     void* const memory = isAllowed(static_cast<std::int64_t>(bytes)) ? std::malloc(bytes) : nullptr;
     if (memory == nullptr) throw std::bad_alloc();
-    used += static_cast<std::int64_t>(malloc_usable_size(memory));
+    memoryUsed += static_cast<std::int64_t>(malloc_usable_size(memory));
     return memory;
 }
 
@@ -40,7 +40,7 @@ void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
 }
 
 void operator delete(void* memory) noexcept {
-    used -= static_cast<std::int64_t>(malloc_usable_size(memory));
+    memoryUsed -= static_cast<std::int64_t>(malloc_usable_size(memory));
     std::free(memory);
 }
 
@@ -55,24 +55,24 @@ void countMemoryOfSqlite() {
     sqlite3_mem_methods counting = ofSqlite;
     counting.xMalloc = [](int bytes) {
         void* const memory = isAllowed(bytes) ? ofSqlite.xMalloc(bytes) : nullptr;
-        if (memory != nullptr) used += ofSqlite.xSize(memory);
+        if (memory != nullptr) memoryUsed += ofSqlite.xSize(memory);
         return memory;
     };
     counting.xRealloc = [](void* old, int bytes) {
         const int before = ofSqlite.xSize(old);
         void* const memory = isAllowed(bytes - before) ? ofSqlite.xRealloc(old, bytes) : nullptr;
-        if (memory != nullptr) used += ofSqlite.xSize(memory) - before;
+        if (memory != nullptr) memoryUsed += ofSqlite.xSize(memory) - before;
         return memory;
     };
     counting.xFree = [](void* memory) {
-        used -= ofSqlite.xSize(memory);
+        memoryUsed -= ofSqlite.xSize(memory);
         ofSqlite.xFree(memory);
     };
     sqlite3_config(SQLITE_CONFIG_MALLOC, &counting);
 }
 
 void limitMemoryOfThread(std::size_t bytes) {
-    limit = used + static_cast<std::int64_t>(bytes);
+    memoryLimit = memoryUsed + static_cast<std::int64_t>(bytes);
 }
 
 }  // namespace server

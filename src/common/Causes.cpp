@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::size_t kMaxCauses = 64;
 constexpr std::size_t kMaxText = 4096;  // bytes
-constexpr int kErrorLevel = 1;          // of the debug log
 
 thread_local CauseCollector* innermost = nullptr;
 thread_local std::size_t notedCauses = 0;
@@ -65,7 +64,7 @@ void noteCause(DVUCause_t cause) noexcept {
 
 void reportCause(DVUCause_t cause) noexcept {
     guarded([&] {
-        EvDebug().DebugLevel(kErrorLevel, "[%s] %s", cause.subject.c_str(), cause.text.c_str());
+        EvDebug().DebugLevel(kErrorDebugLevel, "[%s] %s", cause.subject.c_str(), cause.text.c_str());
         noteCause(std::move(cause));
     });
 }

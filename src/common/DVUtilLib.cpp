@@ -24,8 +24,6 @@
 
 namespace {
 
-constexpr std::size_t kNameSize = 1024;  // buffer size of names and paths, the NUL included
-
 struct KnownVersion {
     std::string_view beginning;
     int number;

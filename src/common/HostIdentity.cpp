@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr std::size_t kNameSize = 1024;  // buffer size of names and paths, the NUL included
 constexpr char kMarkerFile[] = "VorlentVM";
 
 bool hasPlatformBit(unsigned int bit, std::string& errorText) {

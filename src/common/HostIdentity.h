@@ -1,8 +1,11 @@
 // Host name and instance of this host.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+
+inline constexpr std::size_t kNameSize = 1024;  // of buffers for names and paths, in bytes with the NUL
 
 // Reads the management server's host name of the default instance.
 bool readHostName(std::string& hostName, std::string& errorText);

@@ -25,18 +25,16 @@
 
 namespace {
 
-constexpr char kDefaultDatabase[] = "Dorvas";
 constexpr std::size_t kDatabaseNameLength = 255;
 constexpr std::size_t kServerInstanceLength = 511;
 constexpr std::size_t kPlainCredentialsSize = 3075;
 constexpr std::size_t kPasswordLength = 8192;
 constexpr std::size_t kLengthDigits = 2;  // at the beginning of the decrypted credentials
 constexpr unsigned int kWindowsAuthentication = 1;
-constexpr int kZephra = 1;
 
 // Names are interpreted as format strings; null or empty means the management database.
 std::string resolvedName(const char* dbName) {
-    if (*textOrEmpty(dbName) == '\0') return kDefaultDatabase;
+    if (*textOrEmpty(dbName) == '\0') return kManagementDatabase;
     return textAsFormat(dbName, kDatabaseNameLength);
 }
 

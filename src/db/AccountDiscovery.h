@@ -6,6 +6,8 @@
 
 #include "DatabaseParts.h"
 
+inline constexpr int kZephra = 1;  // product type
+
 // The steps of DBBase::GetAccountInfo() and GetDBUser(). `const char*` arguments may be null.
 class AccountDiscovery {
   public:

@@ -479,7 +479,6 @@ template <typename Operation>
 bool onServer(const char* serverInstance, const char* userName, const char* password, const char* logFile,
               std::string& errorText, Operation operation) {
     return guarded(false, [&] {
-        constexpr int kZephra = 1;
         DBBase db(kUnusedFlag);
         db.setProductTypeZephra(kZephra);
         db.SetAccountInfo(serverInstance, userName, password, logFile);

@@ -1,6 +1,8 @@
 // Value names of the suite's databases under the configuration key "Database".
 #pragma once
 
+inline constexpr char kManagementDatabase[] = "Dorvas";  // where no other is named
+
 namespace registry::value {
 
 inline constexpr char kInstance[] = "sINSTANCE";  // management database and history database

@@ -27,7 +27,7 @@ struct DatabaseParts {
     char (&machineName)[128];
     std::string& logFile;
     ServerAccount account;
-    const int& productType;
+    const int& productType;  // kZephra, or another
     std::array<bool*, kDatabaseKinds> kindFlags;
     const std::string& probeQuery;
     VTSimpleDBConnObject*& connection;  // null while closed

@@ -12,7 +12,6 @@
 namespace {
 constexpr bool kEncrypted = false;  // the driver's own settings decide
 constexpr bool kReadOnly = false;
-constexpr bool kPrepared = false;
 }  // namespace
 
 bool DirectConnection::open(const char* dataSource, const char* userName, const char* password) {
@@ -40,7 +39,7 @@ void DirectConnection::close() {
 
 bool DirectConnection::execute(const char* sql) {
     const ExplainedStep step;
-    if (m_connection != nullptr && m_connection->executeQuery(sql, kPrepared) == 0) return true;
+    if (m_connection != nullptr && m_connection->executeQuery(sql, /*prepared=*/false) == 0) return true;
     step.noteUnlessExplained(
         m_connection == nullptr
             ? DVUCause_t{.where = kDVUConnection, .text = database_messages::kNotOpen}

@@ -11,10 +11,9 @@ constexpr int kNextRow = 0;
 constexpr int kNoMoreRows = 1;
 constexpr int kBound = 0;
 constexpr int kNoColumns = 1;
-constexpr bool kPrepared = false;
 
 bool runAndBind(VTSimpleDBConnObject& connection, const char* sql, VTDBAutoBindResult& result) {
-    if (connection.executeQuery(sql, kPrepared) != 0) return false;
+    if (connection.executeQuery(sql, /*prepared=*/false) != 0) return false;
     const int bound = connection.autoBind(result);
     return bound == kBound || bound == kNoColumns;
 }

@@ -1,6 +1,7 @@
 #include "QueryToolCommand.h"
 
 #include "CallerText.h"
+#include "DatabaseNames.h"
 #include "FX.h"
 #include "SecretText.h"
 
@@ -19,7 +20,6 @@ constexpr char kCsv[] = "%s -d %s -i \"%s\" -o \"%s\" -s \"%s\" -W";
 constexpr char kString[] = "\"%s\" -b -w 4000 -S %s -U %s -P \"%s\" -d %s -Q \"%s\" -o \"%s\"";
 }  // namespace format
 
-constexpr char kDefaultDatabase[] = "Dorvas";
 constexpr char kDefaultSeparator[] = ",";
 constexpr char kColumnSeparator = '\t';
 constexpr char kTrimBlanks[] = "-W";
@@ -27,7 +27,7 @@ constexpr std::size_t kStringCommandLength = 4095;
 constexpr std::size_t kStringDatabaseLength = 255;
 
 const char* databaseOf(const ToolInput& input) {
-    return *textOrEmpty(input.dbName) != '\0' ? input.dbName : kDefaultDatabase;
+    return *textOrEmpty(input.dbName) != '\0' ? input.dbName : kManagementDatabase;
 }
 
 // The string commands cut the database's name to 255 bytes.

@@ -15,11 +15,6 @@ namespace {
 
 using Values = std::vector<std::string>;
 
-template <typename Work>
-bool attempted(std::string& errorText, Work&& work) {
-    return attempt(std::forward<Work>(work), [&] { errorText = messages::kBrokenOff; });
-}
-
 Values valuesOf(const Values* parameters) {
     return parameters != nullptr ? *parameters : Values();
 }

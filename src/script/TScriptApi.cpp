@@ -7,11 +7,6 @@
 
 namespace {
 
-template <typename Work>
-bool attempted(std::string& output, Work&& work) {
-    return attempt(std::forward<Work>(work), [&] { output = messages::kBrokenOff; });
-}
-
 enum PackageOperation { kExecutePackage = 1, kPackageHelp = 2, kExecutePackageFile = 8 };
 
 bool runProcedure(TScript& script, const char* scriptName, const char* dbName, const char* arguments,

@@ -13,7 +13,7 @@
 namespace support {
 namespace {
 
-constexpr unsigned kErrorBit = 0x02, kAttentionBit = 0x20;
+constexpr unsigned kAttentionBit = 0x20;
 
 // Sent before a wait, so that the client knows when the wait begins.
 constexpr const char* kSendNow = "RAISERROR('now', 0, 1) WITH NOWAIT ";

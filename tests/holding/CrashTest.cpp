@@ -20,7 +20,6 @@ namespace {
 
 constexpr int kRounds = 15;
 constexpr int kRowsOfTransaction = 3;
-constexpr unsigned kErrorBit = 2;
 
 // Runs numbered operations until the server has ended.
 struct Writer {

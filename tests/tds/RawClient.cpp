@@ -14,7 +14,6 @@
 namespace support {
 namespace {
 
-constexpr std::uint8_t kSqlBatch = 1, kLogin7 = 16, kPrelogin = 18;
 constexpr std::size_t kHeaderSize = 8, kFixedLoginSize = 94, kDoneSize = 13;
 
 std::string obscured(std::string_view password) {

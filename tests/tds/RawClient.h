@@ -9,6 +9,10 @@
 
 namespace support {
 
+// Types of packets.
+inline constexpr std::uint8_t kSqlBatch = 1, kRpc = 3, kAttention = 6, kTransaction = 14, kLogin7 = 16,
+                              kPrelogin = 18;
+
 std::string packet(std::uint8_t type, std::string_view body, std::uint8_t status = 1);
 std::string preloginPacket();
 // Body of a LOGIN7 message, version 7.4.

@@ -31,12 +31,11 @@ std::size_t threadsOf(const TsqlBox& box);
 // Polls the condition for up to a minute.
 bool becomesTrue(const std::function<bool()>& condition);
 
-inline constexpr std::uint8_t kSqlBatch = 1, kRpc = 3, kAttention = 6, kTransaction = 14, kLogin7 = 16,
-                              kPrelogin = 18;
+inline constexpr unsigned kErrorBit = 0x02;  // of the status of a DONE token
 
 std::unique_ptr<RawClient> loggedIn(const TsqlBox& box);
 void ask(RawClient& client, const std::string& sql);
-// Final DONE status of the response: 0x10 after rows without an error; bit 2 is set after an error.
+// Final DONE status of the response: 0x10 after rows without an error; kErrorBit is set after an error.
 unsigned answer(RawClient& client);
 // Whether a query succeeds on this connection, and on a new one.
 bool isServed(RawClient& client);

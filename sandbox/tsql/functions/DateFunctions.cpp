@@ -19,7 +19,7 @@ void checkPart(Pieces pieces, std::string_view function) {
         throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
 
-SqlType sumType(Pieces pieces) {
+SqlType shiftedType(Pieces pieces) {
     checkPart(pieces, "dateadd");
     return pieces[2].type;
 }
@@ -116,13 +116,13 @@ Value runIsDate(const Call& call) {
                         !call.text(0).empty()};
 }
 
-const FunctionInfo kFunctions[] = {
+const FunctionInfo kDateFunctions[] = {
     {"getdate", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"current_timestamp", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
-    {"dateadd", "PIE=", sumType, runDateAdd},
+    {"dateadd", "PIE=", shiftedType, runDateAdd},
     {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff},
     {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiffBig},
     {"datepart", "PD", partType, runDatePart},
@@ -139,7 +139,7 @@ const FunctionInfo kFunctions[] = {
 }  // namespace
 
 std::span<const FunctionInfo> dateFunctions() {
-    return kFunctions;
+    return kDateFunctions;
 }
 
 }  // namespace tsql

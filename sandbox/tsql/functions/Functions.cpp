@@ -35,7 +35,7 @@ SqlType summable(Pieces pieces, std::string_view function) {
         throw sqlError(message::kInvalidOperandType, {baseName(type.id), function});
     return type;
 }
-SqlType sumType(Pieces pieces) {
+SqlType totalType(Pieces pieces) {
     const SqlType type = summable(pieces, "sum");
     return type.id == TypeId::Decimal ? decimalType(38, type.scale) : numberType(pieces);
 }
@@ -140,7 +140,7 @@ const FunctionInfo kWritten[] = {
     {"xml.value", "AA", nvarcharType(SqlType::kMax), writeXmlValue},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
-    {"sum", "A", sumType, writeSum, kAggregate},
+    {"sum", "A", totalType, writeSum, kAggregate},
     {"avg", "A", averageType, writeAverage, kAggregate},
     {"min", "A", extremeType, writeExtreme, kAggregate},
     {"max", "A", extremeType, writeExtreme, kAggregate},

@@ -116,7 +116,7 @@ Value runIsNumeric(const Call& call) {
     return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
 }
 
-const FunctionInfo kFunctions[] = {
+const FunctionInfo kMathFunctions[] = {
     {"abs", "N=", numberType, runAbs},
     {"sign", "N=", numberType, runSign},
     {"ceiling", "N#", wholeType, runWhole<true>},
@@ -145,7 +145,7 @@ const FunctionInfo kFunctions[] = {
 }  // namespace
 
 std::span<const FunctionInfo> mathFunctions() {
-    return kFunctions;
+    return kMathFunctions;
 }
 
 }  // namespace tsql

@@ -65,7 +65,7 @@ Value runUnpadded(const Call& call) {
     return ownedValue(bytes.substr(0, length));
 }
 
-const ScalarFunction kFunctions[] = {
+const ScalarFunction kOperatorFunctions[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
     {"ts_assign", runAssign, Nulls::Reach},
@@ -175,7 +175,7 @@ Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
 }  // namespace
 
 std::span<const ScalarFunction> operatorFunctions() {
-    return kFunctions;
+    return kOperatorFunctions;
 }
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {

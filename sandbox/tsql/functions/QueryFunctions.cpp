@@ -173,7 +173,7 @@ Value digitsOf(const SqlType& type) {
 
 constexpr auto kReach = Nulls::Reach;
 
-const ScalarFunction kFunctions[] = {
+const ScalarFunction kQueryFunctions[] = {
     {"ts_variable", runVariable, kReach, Purity::Varying},
     {"ts_call", runCall, kReach, Purity::Varying},
     {"ts_noted", runNoted, kReach, Purity::Varying},
@@ -195,7 +195,7 @@ const ScalarFunction kFunctions[] = {
 }  // namespace
 
 std::span<const ScalarFunction> queryFunctions() {
-    return kFunctions;
+    return kQueryFunctions;
 }
 
 }  // namespace tsql

@@ -179,7 +179,7 @@ const SqlType kName = nvarcharType(128);
 constexpr auto kNulls = Nulls::GiveNull;
 constexpr auto kVarying = Purity::Varying;
 
-const FunctionInfo kFunctions[] = {
+const FunctionInfo kSessionFunctions[] = {
     {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
     {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
@@ -217,7 +217,7 @@ const FunctionInfo kFunctions[] = {
 }  // namespace
 
 std::span<const FunctionInfo> sessionFunctions() {
-    return kFunctions;
+    return kSessionFunctions;
 }
 
 }  // namespace tsql

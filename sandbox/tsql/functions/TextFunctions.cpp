@@ -23,17 +23,17 @@ SqlType varying(const SqlType& type, int length) {
     if (isBinary(type.id)) return {TypeId::VarBinary, length > 8000 ? SqlType::kMax : length, 0, 0};
     return isNational(type.id) ? nvarcharType(length) : varcharType(length);
 }
-int lengthOf(const SqlType& type) {
+int textLengthOf(const SqlType& type) {
     return type.length <= 0 ? SqlType::kMax : type.length;
 }
 
 SqlType sameText(Pieces pieces) {
-    return varying(pieces[0].type, lengthOf(pieces[0].type));
+    return varying(pieces[0].type, textLengthOf(pieces[0].type));
 }
 
 // Type of a substring: a literal argument gives its length.
 SqlType partOfText(Pieces pieces) {
-    const int whole = lengthOf(pieces[0].type);
+    const int whole = textLengthOf(pieces[0].type);
     const auto literal = pieces.back().integer;
     const bool shorter =
         literal && *literal >= 0 && *literal <= 8000 && (whole == SqlType::kMax || *literal < whole);
@@ -299,7 +299,7 @@ Value runQuoteName(const Call& call) {
     return result += right;
 }
 
-const FunctionInfo kFunctions[] = {
+const FunctionInfo kTextFunctions[] = {
     {"len", "T", countType, runLen},
     {"datalength", "A#", countType, runDataLength},
     {"substring", "SII", partOfText, runSubstring},
@@ -330,7 +330,7 @@ const FunctionInfo kFunctions[] = {
 }  // namespace
 
 std::span<const FunctionInfo> textFunctions() {
-    return kFunctions;
+    return kTextFunctions;
 }
 
 }  // namespace tsql

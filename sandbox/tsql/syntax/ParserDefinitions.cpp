@@ -188,7 +188,7 @@ std::string storedDefault(std::string text) {
 }
 
 // Operators of a default without parentheses. A condition cannot follow: NOT would be that of NOT NULL.
-constexpr std::string_view kOperators[] = {"+", "-", "*", "/", "%", "&", "|", "^"};
+constexpr std::string_view kCompoundAssignments[] = {"+", "-", "*", "/", "%", "&", "|", "^"};
 
 void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     in.accept("NOT FOR REPLICATION");
@@ -202,7 +202,8 @@ void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
     }
     bool isOperation = false;
     const auto acceptOperator = [&] {
-        return std::ranges::any_of(kOperators, [&](std::string_view each) { return in.accept(each); });
+        return std::ranges::any_of(kCompoundAssignments,
+                                   [&](std::string_view each) { return in.accept(each); });
     };
     for (; constraint.kind == ConstraintKind::Default && acceptOperator(); isOperation = true)
         in.scalar(&Parser::unary);

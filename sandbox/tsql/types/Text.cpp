@@ -4,12 +4,12 @@
 #include <clocale>
 #include <cwctype>
 
+#include "types/Utf16.h"
 #include "types/Work.h"
 
 namespace tsql {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
 constexpr std::size_t kFoldTable = 0x10000;  // pairs above the basic plane are rare and not cached
 
 // Maps case with the C library's Unicode tables, independently of the process's locale.

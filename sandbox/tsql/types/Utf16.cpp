@@ -7,7 +7,6 @@
 namespace tsql {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
 constexpr char32_t kFirstPair = 0x10000, kLastCharacter = 0x10FFFF;
 constexpr char32_t kHighSurrogate = 0xD800, kLowSurrogate = 0xDC00, kBehindSurrogates = 0xE000;
 

@@ -1,9 +1,11 @@
 // An exported operation whose caller learns when an exception ended it.
 #pragma once
 
+#include <string>
 #include <utility>
 
 #include "ExceptionGuard.h"
+#include "text/ScriptMessages.h"
 
 // Returns what `work` returns. When it throws, calls `onException` after the stack is unwound, which frees
 // the memory of `work`, and returns false.
@@ -17,4 +19,10 @@ bool attempt(Work&& work, OnException&& onException) noexcept {
     });
     if (!ended) guarded(std::forward<OnException>(onException));
     return done;
+}
+
+// The same; `errorText` says that an exception ended the work.
+template <typename Work>
+bool attempted(std::string& errorText, Work&& work) {
+    return attempt(std::forward<Work>(work), [&] { errorText = messages::kBrokenOff; });
 }

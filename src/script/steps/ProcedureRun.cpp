@@ -22,7 +22,7 @@ namespace texts = messages::procedure_run;
 constexpr int kDropHeader = 4;
 constexpr int kUnicodeOutput = 8;  // the output is not read back
 
-constexpr std::size_t kOutputChunk = 32767;
+constexpr std::size_t kProcedureOutputChunk = 32767;
 
 constexpr char kExecution[] = " %s EXEC %s %s %s ";  // user prefix, procedure, arguments, user suffix
 constexpr char kPlainExecution[] = " %s EXEC %s %s ";
@@ -193,7 +193,7 @@ void ProcedureRun::collectOutput() {
         return failAtOutput("open", error);
     }
     RemovedAtEnd brokenOff(path);  // also when the output does not fit into memory
-    m_report.toolOutput(file, m_run.outputFile, kOutputChunk, m_failed);
+    m_report.toolOutput(file, m_run.outputFile, kProcedureOutputChunk, m_failed);
     brokenOff.keep();
     reportExecuted();
     if (const CVoError error = file.Close(); error.IsError()) {

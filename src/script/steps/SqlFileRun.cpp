@@ -20,7 +20,7 @@
 namespace {
 
 constexpr std::string_view kPrefix = "SET ARITHABORT ON \nGO \n";
-constexpr std::size_t kOutputChunk = 4095;
+constexpr std::size_t kFileOutputChunk = 4095;
 
 // Scope in which the query tool may expand variables although it is strict.
 class ToolVariables {
@@ -190,7 +190,7 @@ void SqlFileRun::collectOutput() {
         error.IsError())
         return failAtOutput(texts::kOutputNotOpened, error);
     RemovedAtEnd brokenOff(path);  // also when the output does not fit into memory
-    m_report.toolOutput(file, m_outputFile, kOutputChunk, m_failed);
+    m_report.toolOutput(file, m_outputFile, kFileOutputChunk, m_failed);
     brokenOff.keep();
     if (!m_failed) m_report.report(messages::kSucceeded);
     if (const CVoError error = file.Close(); error.IsError())

@@ -3,7 +3,6 @@
 #include "TextAsFormat.h"
 
 namespace {
-constexpr std::string_view kPlaceholder = "%s";
 constexpr std::size_t kPieceLength = 1 << 16;
 }  // namespace
 

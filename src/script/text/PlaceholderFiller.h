@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+inline constexpr std::string_view kPlaceholder = "%s";
+
 // Replaces percent signs in block comments by blanks, so that comments contain no placeholders. Line comments
 // are not recognised (docs/quirks.md).
 std::string blankPercentSignsInComments(std::string_view body);

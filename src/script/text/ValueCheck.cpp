@@ -4,9 +4,10 @@
 
 #include <algorithm>
 
+#include "text/PlaceholderFiller.h"
+
 namespace {
 
-constexpr std::string_view kPlaceholder = "%s";
 constexpr std::string_view kVariable = "$(";
 constexpr std::string_view kBlanks = " \t\v\f";
 // Commands that the tool also takes without a colon.

@@ -18,7 +18,6 @@
 namespace sqlcmd {
 namespace {
 
-constexpr int kFatalSeverity = 20;
 constexpr int kLoginFailed = 18456;  // error number
 
 // Receives the messages of the DB-Library call that is running. The library's handlers are process-wide.

@@ -6,6 +6,7 @@
 namespace sqlcmd {
 
 constexpr int kErrorSeverity = 11;  // lower severities are information
+constexpr int kFatalSeverity = 20;  // SQL Server ends the connection from this severity on
 constexpr const char* kFreeTdsName = "FreeTDS";
 
 struct Diagnostic {
@@ -26,7 +27,6 @@ struct Diagnostic {
 
 // The driver's message that the connection has ended without one of the server. tscript knows the text.
 inline Diagnostic lostConnection() {
-    constexpr int kFatalSeverity = 20;
     Diagnostic loss;
     loss.driver = kFreeTdsName;
     loss.severity = kFatalSeverity;

@@ -10,16 +10,14 @@
 namespace sqlcmd {
 namespace {
 
-constexpr int kFatalSeverity = 20;
-constexpr std::size_t kPieceSize = 65536;      // bytes
-constexpr std::size_t kBytesPerCharacter = 4;  // of UTF-8, at most
+constexpr std::size_t kPieceSize = 65536;  // bytes
+constexpr std::size_t kMostUtf8 = 4;       // bytes of a character
 constexpr std::size_t kShortestBuffer = 64;
 
 // Length of a piece that is not the last one. It ends with a NUL, up to three bytes before the end of the
 // buffer if the driver does not divide a character. appendPieces() has filled these bytes with others before.
 std::size_t filledLength(const std::vector<char>& piece) {
-    return static_cast<std::size_t>(std::find(piece.end() - kBytesPerCharacter, piece.end(), '\0') -
-                                    piece.begin());
+    return static_cast<std::size_t>(std::find(piece.end() - kMostUtf8, piece.end(), '\0') - piece.begin());
 }
 
 class OdbcBatch : public RunningBatch {
@@ -126,7 +124,7 @@ class OdbcBatch : public RunningBatch {
 
     void bind(SQLUSMALLINT number, std::size_t width) {
         Cell& cell = *m_cells.emplace_back(std::make_unique<Cell>());
-        cell.buffer.resize(std::max(width * kBytesPerCharacter, kShortestBuffer) + 1);
+        cell.buffer.resize(std::max(width * kMostUtf8, kShortestBuffer) + 1);
         m_statement.functions().bindCol(m_statement.handle(), number, SQL_C_CHAR, cell.buffer.data(),
                                         static_cast<SQLLEN>(cell.buffer.size()), &cell.length);
     }
@@ -136,7 +134,7 @@ class OdbcBatch : public RunningBatch {
     SQLRETURN appendPieces(SQLUSMALLINT number, std::size_t enough, TextBuffer& text) {
         const std::size_t start = text.size();
         for (;;) {
-            std::fill(m_piece.end() - kBytesPerCharacter, m_piece.end(), '\xFF');
+            std::fill(m_piece.end() - kMostUtf8, m_piece.end(), '\xFF');
             SQLLEN length = 0;
             const SQLRETURN code =
                 m_statement.functions().getData(m_statement.handle(), number, SQL_C_CHAR, m_piece.data(),

@@ -11,8 +11,6 @@
 namespace sqlcmd {
 namespace {
 
-constexpr int kFatalSeverity = 20;  // SQL Server ends the connection from this severity on
-
 // Throws unless the batch is UTF-8. A driver would send the part before the first invalid bytes: a DELETE
 // might lose its WHERE.
 void requireUtf8(std::string_view batch) {

@@ -33,7 +33,7 @@ constexpr HealthText textOf(Health health) {
 }
 
 // Indents the lines after the first one to the column of the check names.
-std::string indented(const std::string& text) {
+std::string alignedDetail(const std::string& text) {
     std::string lines;
     for (const char c : text.substr(0, text.find_last_not_of('\n') + 1))
         lines += c == '\n' ? "\n         " : std::string(1, c);
@@ -41,8 +41,8 @@ std::string indented(const std::string& text) {
 }
 
 void writeCheck(const Check& check) {
-    writeResult(textOf(check.health).column + check.name + ": " + indented(check.detail));
-    if (!check.advice.empty()) writeResult("         -> " + indented(check.advice));
+    writeResult(textOf(check.health).column + check.name + ": " + alignedDetail(check.detail));
+    if (!check.advice.empty()) writeResult("         -> " + alignedDetail(check.advice));
 }
 
 Json toJson(const CheckList& list) {

@@ -49,7 +49,7 @@ std::string contentOf(const std::filesystem::path& file) {
     return text;
 }
 
-std::string indented(const std::string& text) {
+std::string indentedOutput(const std::string& text) {
     std::string lines;
     const std::size_t end = text.find_last_not_of('\n') + 1;
     for (const char c : text.substr(0, end)) lines += c == '\n' ? "\n    " : std::string(1, c);
@@ -66,7 +66,8 @@ void writeProgress(const FleetMember& member, std::size_t number, std::size_t al
     const bool hasFailed = member.result != FleetResult::kOk;
     writeNote("[" + std::to_string(number) + "/" + std::to_string(all) + "] " +
               withoutControls(member.store.label) + ": " + resultText(member) + ", " +
-              spanText(member.seconds) + (hasFailed ? indented(contentOf(member.errors)) : std::string()));
+              spanText(member.seconds) +
+              (hasFailed ? indentedOutput(contentOf(member.errors)) : std::string()));
 }
 
 void writeOutput(const FleetMember& member) {

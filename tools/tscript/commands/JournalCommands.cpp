@@ -26,7 +26,6 @@
 
 namespace {
 
-constexpr int kPage = 1000;
 constexpr int kMostRows = std::numeric_limits<int>::max();
 
 bool isProcedure(int type) {
@@ -66,7 +65,8 @@ ExitCode listCatalogue(const RecordOptions& options) {
     std::vector<TScriptEntry_t> page;
     int beforeId = 0;
     do {
-        if (!records.listScripts(options.name.c_str(), beforeId, kPage, page)) throwUnreadable(records);
+        if (!records.listScripts(options.name.c_str(), beforeId, kJournalPage, page))
+            throwUnreadable(records);
         std::vector<Cells> rows;
         for (const TScriptEntry_t& entry : page) {
             if (options.json) {
@@ -77,7 +77,7 @@ ExitCode listCatalogue(const RecordOptions& options) {
         }
         table.writePage(rows);
         if (!page.empty()) beforeId = page.back().id;
-    } while (page.size() == kPage && std::ferror(resultStream()) == 0);
+    } while (page.size() == kJournalPage && std::ferror(resultStream()) == 0);
     if (options.json) array.end();
     return ExitCode::kDone;
 }
@@ -118,7 +118,7 @@ void findProcedure(const std::string& name, const std::string& database, Script&
     openRecords(records, database);
     script.database = records.getDbName();
     std::vector<TScriptEntry_t> page;
-    for (int beforeId = 0; records.listScripts(name.c_str(), beforeId, kPage, page);
+    for (int beforeId = 0; records.listScripts(name.c_str(), beforeId, kJournalPage, page);
          beforeId = page.back().id) {
         for (const TScriptEntry_t& entry : page) {
             const bool sameName = name.find_first_of("*?") == name.npos || entry.name == name;
@@ -127,7 +127,7 @@ void findProcedure(const std::string& name, const std::string& database, Script&
             script.procedure = entry;
             return;
         }
-        if (page.size() < kPage) return;
+        if (page.size() < kJournalPage) return;
     }
     throwUnreadable(records);
 }
@@ -181,10 +181,10 @@ ExitCode showScript(const RecordOptions& options) {
 
 // ---- Commands ------------------------------------------------------------------------------------------
 
-using Options = std::shared_ptr<RecordOptions>;
+using SharedOptions = std::shared_ptr<RecordOptions>;
 
 CLI::App* addListing(CLI::App& app, Action& action, const char* name, const char* description,
-                     const Options& options, ExitCode (*work)(const RecordOptions&)) {
+                     const SharedOptions& options, ExitCode (*work)(const RecordOptions&)) {
     CLI::App* command = addCommand(&app, action, name, description, options, work);
     addDatabaseOption(command, options->database);
     addFlag(command, "--json", options->json, "Write JSON with times in UTC");
@@ -203,7 +203,7 @@ void addFilters(CLI::App* command, RecordOptions& options) {
     addStaleOption(command, options.staleHours);
 }
 
-void addRunCommands(CLI::App& app, Action& action, const Options& options) {
+void addRunCommands(CLI::App& app, Action& action, const SharedOptions& options) {
     CLI::App* journal =
         addListing(app, action, "journal", "List runs of scripts, newest first", options, listRuns);
     addFilters(journal, *options);

@@ -22,7 +22,6 @@
 
 namespace {
 
-constexpr int kPage = 1000;
 constexpr int kAll = 0;
 constexpr std::size_t kMostFollowed = 100;  // open runs whose end is waited for
 constexpr std::chrono::milliseconds kInterval{1000};
@@ -89,7 +88,7 @@ void SelectedRuns::forEachPage(int most, Write write) {
     std::size_t left =
         most == kAll ? std::numeric_limits<std::size_t>::max() : static_cast<std::size_t>(most);
     const bool isExact = m_slowerThan < 0 || m_status > 0;  // running ones are selected by the clock here
-    const int length = isExact && left < kPage ? static_cast<int>(left) : kPage;
+    const int length = isExact && left < kJournalPage ? static_cast<int>(left) : kJournalPage;
     int beforeId = 0;
     bool isLast = false;
     while (left > 0 && !isLast) {
@@ -176,7 +175,7 @@ std::vector<TScriptRun_t> Follower::changes() {
         if (!isDeleted && !isOpen) changed.push_back(row.front());
         id = isOpen ? std::next(id) : m_open.erase(id);
     }
-    std::vector<TScriptRun_t> started = m_selected.page(/*beforeId=*/0, kPage);
+    std::vector<TScriptRun_t> started = m_selected.page(/*beforeId=*/0, kJournalPage);
     std::erase_if(started, [this](const TScriptRun_t& run) { return run.id <= m_newest; });
     if (!started.empty()) m_newest = started.front().id;
     note(started);
@@ -220,7 +219,7 @@ ExitCode exportRuns(const RecordOptions& options) {
 
 ExitCode tailRuns(const RecordOptions& options) {
     SelectedRuns selected(options);
-    const std::vector<TScriptRun_t> newest = selected.page(/*beforeId=*/0, kPage);
+    const std::vector<TScriptRun_t> newest = selected.page(/*beforeId=*/0, kJournalPage);
     Follower follower(selected, newest.empty() ? 0 : newest.front().id);
     follower.note(newest);
     std::vector<TScriptRun_t> last;

@@ -22,8 +22,6 @@
 
 namespace {
 
-constexpr int kPage = 1000;
-
 struct ListOptions {
     RecordOptions records;
     bool packagesOnly = false;
@@ -107,19 +105,20 @@ std::optional<TScriptRun_t> lastRunOf(const std::string& name, TScriptRecords* r
     std::vector<TScriptRun_t> runs;
     TScriptRunFilter_t filter;
     filter.namePattern = name;
-    for (int beforeId = 0; records != nullptr && records->listRuns(filter, beforeId, kPage, runs);
+    for (int beforeId = 0; records != nullptr && records->listRuns(filter, beforeId, kJournalPage, runs);
          beforeId = runs.back().id) {
         // The name is a pattern: with wildcards in it, runs of other scripts match as well.
         for (const TScriptRun_t& run : runs)
             if (strcasecmp(run.name.c_str(), name.c_str()) == 0) return run;
-        if (runs.size() < kPage) break;
+        if (runs.size() < kJournalPage) break;
     }
     return std::nullopt;
 }
 
 void addProcedures(std::vector<ListedScript>& scripts, const std::string& pattern, TScriptRecords* records) {
     std::vector<TScriptEntry_t> page;
-    for (int beforeId = 0; records != nullptr && records->listScripts(pattern.c_str(), beforeId, kPage, page);
+    for (int beforeId = 0;
+         records != nullptr && records->listScripts(pattern.c_str(), beforeId, kJournalPage, page);
          beforeId = page.back().id) {
         for (const TScriptEntry_t& entry : page)
             if ((entry.type & kTScriptPermanent) != 0)
@@ -127,7 +126,7 @@ void addProcedures(std::vector<ListedScript>& scripts, const std::string& patter
                                    .kind = "procedure",
                                    .database = records->getDbName(),
                                    .lastRun = lastRunOf(entry.name, records)});
-        if (page.size() < kPage) return;
+        if (page.size() < kJournalPage) return;
     }
 }
 

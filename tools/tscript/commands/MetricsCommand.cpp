@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr int kPage = 10000;
+constexpr int kMetricsPage = 10000;
 
 struct MetricsOptions {
     RecordOptions records;
@@ -72,10 +72,10 @@ void MetricsPage::addRuns() {
         std::vector<TScriptRun_t> page;
         int beforeId = 0;
         do {
-            if (!records.listRuns(filter, beforeId, kPage, page)) throwUnreadable(records);
+            if (!records.listRuns(filter, beforeId, kMetricsPage, page)) throwUnreadable(records);
             for (const TScriptRun_t& run : page) runs.add(RunView(run, m_options.records.staleHours));
             if (!page.empty()) beforeId = page.back().id;
-        } while (page.size() == static_cast<std::size_t>(kPage));
+        } while (page.size() == static_cast<std::size_t>(kMetricsPage));
         runs.write(m_metrics);
     });
 }

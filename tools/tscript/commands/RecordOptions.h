@@ -6,6 +6,8 @@
 #include "DVUtilities/TScriptRecords.h"
 #include "console/CommandLine.h"
 
+inline constexpr int kJournalPage = 1000;  // rows that a command reads at a time
+
 struct RecordOptions {
     std::string name;
     std::string database;

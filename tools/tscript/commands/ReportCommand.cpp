@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int kPage = 10000;
+constexpr int kReportPage = 10000;
 constexpr std::size_t kMostBadRuns = 200;
 // Shortest time range of the chart: a day with the current hour.
 constexpr std::int64_t kShortestRange = std::int64_t{23} * 3600;
@@ -65,11 +65,11 @@ void readJournal(TScriptRecords& records, const TScriptRunFilter_t& filter, doub
     std::vector<TScriptRun_t> page;
     int beforeId = 0;
     do {
-        if (!records.listRuns(filter, beforeId, kPage, page)) throwUnreadable(records);
+        if (!records.listRuns(filter, beforeId, kReportPage, page)) throwUnreadable(records);
         for (const TScriptRun_t& run : page) addRun(RunView(run, staleHours), report);
         if (!page.empty()) beforeId = page.back().id;
         progress.show(report.counts.all());
-    } while (page.size() == static_cast<std::size_t>(kPage));
+    } while (page.size() == static_cast<std::size_t>(kReportPage));
 }
 
 void addOutputs(Report& report) {

@@ -413,10 +413,10 @@ ExitCode showCommands(const ScriptOptions& options) {
     return ExitCode::kDone;
 }
 
-using Options = std::shared_ptr<ScriptOptions>;
+using SharedScriptOptions = std::shared_ptr<ScriptOptions>;
 
 CLI::App* addScriptCommand(CLI::App& app, Action& action, const char* name, const char* description,
-                           const Options& options, ExitCode (*work)(const ScriptOptions&)) {
+                           const SharedScriptOptions& options, ExitCode (*work)(const ScriptOptions&)) {
     CLI::App* command = addCommand(&app, name, description, [&action, options, work] {
         action = [options, work] {
             checkRequest(options->request);
@@ -427,12 +427,12 @@ CLI::App* addScriptCommand(CLI::App& app, Action& action, const char* name, cons
     return command;
 }
 
-void addInput(CLI::App* command, const Options& options) {
+void addInput(CLI::App* command, const SharedScriptOptions& options) {
     addOption(command, "--input", options->request.input,
               "Text that the journal records instead of the parameters", {.type = "TEXT"});
 }
 
-void addLockOptions(CLI::App* command, const Options& options) {
+void addLockOptions(CLI::App* command, const SharedScriptOptions& options) {
     addChoiceFlag(command, "--lock", options->lock,
                   "One run of the script at a time: wait for another one (wait), or refuse to run (fail). "
                   "Default: wait for the scripts of lockedScripts in the store",
@@ -442,7 +442,7 @@ void addLockOptions(CLI::App* command, const Options& options) {
         {.type = "SECONDS", .least = 0, .most = std::numeric_limits<int>::max(), .defaultInHelp = false});
 }
 
-void addRunOptions(CLI::App* command, const Options& options) {
+void addRunOptions(CLI::App* command, const SharedScriptOptions& options) {
     addLockOptions(command, options);
     addFlag(command, "--dry-run", options->dryRun, "Show the SQL that would run, and run nothing");
     addOption(command, "-o,--output", options->outputFile,

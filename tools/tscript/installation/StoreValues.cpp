@@ -12,7 +12,7 @@
 namespace {
 
 constexpr std::size_t kLongestText = 1023;
-constexpr std::size_t kLongestName = 128;
+constexpr std::size_t kLongestPart = 128;
 constexpr std::int64_t kLargestNumber = 0x7FFFFFFF;
 constexpr std::string_view kHost = "host";
 constexpr std::string_view kPrograms = "programs";
@@ -171,7 +171,7 @@ std::vector<StoreEntry> storeEntries() {
 
 StoreEntry parseEntryName(const std::string& fullName) {
     std::vector<std::string> parts(1);
-    for (const char c : fullName.substr(0, 4 * kLongestName)) {
+    for (const char c : fullName.substr(0, 4 * kLongestPart)) {
         if (c == '.') {
             parts.emplace_back();
         } else {
@@ -179,10 +179,10 @@ StoreEntry parseEntryName(const std::string& fullName) {
         }
     }
     const bool areValid = std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
-        return !part.empty() && part.size() <= kLongestName;
+        return !part.empty() && part.size() <= kLongestPart;
     });
     if (!areValid || parts.size() < 2 || parts.size() > 3)
-        throwUsage("'" + fullName.substr(0, kLongestName) + "' is not the name of a value",
+        throwUsage("'" + fullName.substr(0, kLongestPart) + "' is not the name of a value",
                    "Write KEY.VALUE, INSTANCE.KEY.VALUE, host.SETTING or host.programs.TOOL.");
     if (parts.size() == 2 && parts.front() != kHost) {
         std::array<char, 1024> instance{};

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr RunState kStates[] = {RunState::kOk, RunState::kFailed, RunState::kRunning, RunState::kAbandoned,
-                                RunState::kUnknown};
+constexpr RunState kMeasuredStates[] = {RunState::kOk, RunState::kFailed, RunState::kRunning,
+                                        RunState::kAbandoned, RunState::kUnknown};
 
 double numberOf(std::int64_t value) {
     return static_cast<double>(value);
@@ -25,11 +25,11 @@ void RunMetrics::add(const RunView& view) {
 
 void RunMetrics::write(MetricsText& metrics) const {
     metrics.add("tscript_journal_runs", "gauge", "Runs in the journal by state.");
-    for (const RunState state : kStates)
+    for (const RunState state : kMeasuredStates)
         metrics.sample(numberOf(m_counts[state]), {{"database", m_database}, {"state", nameOf(state)}});
     metrics.add("tscript_runs", "gauge", "Runs of a script in the journal by state.");
     for (const auto& [script, figures] : m_totals.scripts())
-        for (const RunState state : kStates)
+        for (const RunState state : kMeasuredStates)
             if (figures.counts[state] > 0 || state == RunState::kOk || state == RunState::kFailed)
                 metrics.sample(numberOf(figures.counts[state]),
                                {{"database", m_database}, {"script", script}, {"state", nameOf(state)}});

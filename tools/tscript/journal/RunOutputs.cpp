@@ -19,7 +19,6 @@ namespace {
 
 constexpr int kMostLines = 10;
 constexpr std::size_t kMostBytes = 3000;
-constexpr std::int64_t kTolerance = 5;         // seconds between the times in journal and log
 constexpr std::size_t kMostCandidates = 5000;  // logged runs that may match
 constexpr std::size_t kMostLogBytes = 64u << 20;
 constexpr int kOldLogs = 5;

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr std::int64_t kTolerance = 5;  // seconds
 // Databases with local times: rows from the other half of the year are read with a shift.
 constexpr std::int64_t kSummerTime = 3600;
 

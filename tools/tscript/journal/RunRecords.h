@@ -1,6 +1,7 @@
 // Run records of the runs in a database's journal.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,9 @@
 #include "DVUtilities/TScriptRecords.h"
 #include "record/RecordFolder.h"
 #include "record/RunRecord.h"
+
+// Seconds by which times of one event in journal, records and log may differ.
+inline constexpr std::int64_t kTolerance = 5;
 
 struct FoundRecord {
     std::optional<RunRecord> record;

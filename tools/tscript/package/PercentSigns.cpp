@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr std::size_t kMostFindings = 20;
 constexpr const char* kBlanked = "a percent sign between /* and */ becomes a blank";
 constexpr const char* kInLineComment = "a placeholder in a -- comment uses up a parameter";
 constexpr const char* kInName = "a placeholder in a name: a value can end the name and continue as SQL";

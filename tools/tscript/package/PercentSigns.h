@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+inline constexpr std::size_t kMostFindings = 20;  // of a check
+
 struct PackageFinding {
     std::size_t line = 0;  // from 1; 0: concerns the whole package
     std::string text;

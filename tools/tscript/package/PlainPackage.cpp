@@ -14,8 +14,7 @@
 
 namespace {
 
-constexpr std::uintmax_t kMostGiB = 1;
-constexpr std::size_t kMostFindings = 20;
+constexpr std::uintmax_t kMostTextGiB = 1;
 constexpr std::size_t kMostStatementBytes = std::size_t{1} << 20;  // whose syntax is checked
 constexpr std::size_t kPieceLength = 509;                          // the package reader splits longer lines
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -30,12 +29,12 @@ constexpr std::string_view kKeys[] = {
     "Creation Time:", "Plexum ID:", "Database Name:", "GUID:", "Developer Name:", "Description:"};
 constexpr std::string_view kNumberKeys[] = {"Creation Time:", "Plexum ID:"};
 constexpr std::string_view kDatabaseKey = "Database Name:";
-constexpr const char* kDatabases[] = {"Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB"};
+constexpr const char* kDatabaseSpellings[] = {"Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB"};
 
 bool isDatabase(std::string_view name) {
-    return std::any_of(std::begin(kDatabases), std::end(kDatabases), [name](const char* known) {
-        return strcasecmp(std::string(name).c_str(), known) == 0;
-    });
+    return std::any_of(
+        std::begin(kDatabaseSpellings), std::end(kDatabaseSpellings),
+        [name](const char* known) { return strcasecmp(std::string(name).c_str(), known) == 0; });
 }
 
 bool isNumber(std::string_view text) {
@@ -51,7 +50,7 @@ std::string_view keyOf(std::string_view line) {
     return std::all_of(words.begin(), words.end(), isLetter) ? line.substr(0, colon + 1) : std::string_view();
 }
 
-enum class Section { kNone, kOptions, kUsage, kScript };
+enum class PlainSection { kNone, kOptions, kUsage, kScript };
 
 class Checker {
   public:
@@ -108,15 +107,15 @@ class Checker {
   private:
     bool enterSection(std::string_view line) {
         if (line == "#START_OPTIONS#") {
-            m_section = Section::kOptions;
+            m_section = PlainSection::kOptions;
             m_headerSeen = true;
         } else if (line == "#START_USAGE#") {
-            m_section = Section::kUsage;
+            m_section = PlainSection::kUsage;
             m_usageSeen = true;
             m_usageQuotes = 0;
         } else if (line == "#START_SCRIPT#") {
             if (m_markerSeen) warning("a second #START_SCRIPT#; the statements before it are dropped");
-            m_section = Section::kScript;
+            m_section = PlainSection::kScript;
             m_markerSeen = true;
             m_hasStatements = false;
             m_statements.clear();
@@ -132,10 +131,10 @@ class Checker {
         if (line.empty()) return;
         if (line.substr(0, kMarkerStart.size()) == kMarkerStart)
             remark("begins like a marker but is not one; a marker is a line of its own");
-        if (m_section == Section::kNone) warning("text before the first marker is ignored");
-        if (m_section == Section::kOptions) checkHeaderLine(line);
-        if (m_section == Section::kUsage) countQuotes(line);
-        if (m_section == Section::kScript) {
+        if (m_section == PlainSection::kNone) warning("text before the first marker is ignored");
+        if (m_section == PlainSection::kOptions) checkHeaderLine(line);
+        if (m_section == PlainSection::kUsage) countQuotes(line);
+        if (m_section == PlainSection::kScript) {
             m_hasStatements = true;
             addStatement(line);
             m_percentSigns.readLine(line, m_line);
@@ -210,7 +209,7 @@ class Checker {
 
     PackageCheck m_findings;
     PercentSigns m_percentSigns;
-    Section m_section = Section::kNone;
+    PlainSection m_section = PlainSection::kNone;
     std::vector<PackageLine> m_statements;  // the first kMostStatementBytes
     std::size_t m_statementBytes = 0;
     bool m_headerSeen = false;
@@ -227,7 +226,7 @@ class Checker {
 }  // namespace
 
 PackageCheck checkPlainPackage(const std::string& file) {
-    std::ifstream in = openPackageFile(file, kMostGiB);
+    std::ifstream in = openPackageFile(file, kMostTextGiB);
     Checker checker;
     for (std::string line; std::getline(in, line);) {
         checker.checkLine(line);

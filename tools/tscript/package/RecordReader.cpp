@@ -10,13 +10,13 @@
 
 namespace {
 
-constexpr std::uintmax_t kMostGiB = 2;        // a record is half as long again as its text
+constexpr std::uintmax_t kMostRecordGiB = 2;  // a record is half as long again as its text
 constexpr std::size_t kLongestRecord = 2046;  // the library splits longer lines
 
 }  // namespace
 
 RecordReader::RecordReader(const std::string& file)
-    : m_file(file), m_in(openPackageFile(file, kMostGiB)), m_size(std::filesystem::file_size(file)) {}
+    : m_file(file), m_in(openPackageFile(file, kMostRecordGiB)), m_size(std::filesystem::file_size(file)) {}
 
 bool RecordReader::next(std::string& record) {
     std::array<char, kLongestRecord + 1> buffer{};

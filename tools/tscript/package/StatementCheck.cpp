@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr std::size_t kMostFindings = 20;
-
 // Stands in for a placeholder, which may be a number, a name or a part of one.
 constexpr std::string_view kNumber = "00";
 constexpr std::string_view kName = "zz";

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr char kColumnSeparator = '\x12';  // of the library's rows
+constexpr char kRowSeparator = '\x12';  // of the library's rows
 
 struct IgnoringCase {
     bool operator()(const std::string& a, const std::string& b) const {
@@ -95,7 +95,7 @@ Types readTypes(const std::string& procedure, std::string database) {
                       "Give the arguments as T-SQL instead.");
     Types types;
     for (const std::string& row : rows) {
-        const std::size_t end = std::min(row.find(kColumnSeparator), row.size());
+        const std::size_t end = std::min(row.find(kRowSeparator), row.size());
         types.emplace(row.substr(0, end), row.substr(std::min(end + 1, row.size())));
     }
     return types;

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr char kColumnSeparator = '\t';
+constexpr char kTabulator = '\t';
 
 std::vector<std::string_view> split(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
@@ -35,7 +35,7 @@ Json valueOf(std::string_view text) {
 }
 
 Json rowOf(const std::vector<std::string_view>& headings, std::string_view line) {
-    const std::vector<std::string_view> values = split(line, kColumnSeparator);
+    const std::vector<std::string_view> values = split(line, kTabulator);
     Json row = Json::object();
     for (std::size_t i = 0; i < headings.size(); ++i)
         row[std::string(headings[i])] = i < values.size() ? valueOf(values[i]) : Json();
@@ -49,7 +49,7 @@ Json parseToolTable(std::string_view output) {
     Json rows = Json::array();
     auto line = std::find_if(lines.begin(), lines.end(), isSeparatorLine);
     if (line == lines.begin() || line == lines.end()) return rows;
-    const std::vector<std::string_view> headings = split(*(line - 1), kColumnSeparator);
+    const std::vector<std::string_view> headings = split(*(line - 1), kTabulator);
     for (++line; line != lines.end() && !line->empty(); ++line) rows.push_back(rowOf(headings, *line));
     return rows;
 }
