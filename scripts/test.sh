@@ -15,6 +15,6 @@ esac
 status=0
 for preset in "${presets[@]}"; do
   scripts/build.sh "$preset"
-  ctest --preset "$preset" -j "$(nproc)" || status=$?
+  ctest --preset "$preset" -j "$((2 * $(nproc)))" || status=$?
 done
 exit $status
