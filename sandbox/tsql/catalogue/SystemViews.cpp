@@ -11,7 +11,9 @@ namespace {
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
 //   $o, $c  tables of the catalogue    $d  name of the database     $L  list of databases (name, id)
 //   $T      list of types (type)       $C  name of the collation    $S  list of sessions
-//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $INDEX: the fragments below
+//   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
+//   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
+//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $CONSTRAINT, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -40,6 +42,8 @@ ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type),
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
     {"$TABLE", "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name"},
+    {"$CONSTRAINT",
+     "CONSTRAINT_CATALOG sysname = $d; CONSTRAINT_SCHEMA sysname = 'dbo'; CONSTRAINT_NAME sysname = n.name"},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
@@ -79,6 +83,12 @@ o.type END)",
      "$o o JOIN $c c ON c.object = o.parent AND c.name = o.keys WHERE o.type = 'D'"},
     {"sys", "foreign_keys", "$OBJECT; referenced_object_id int = r.id",
      "$o o JOIN $o r ON r.name = o.stored AND r.type = 'U' WHERE o.type = 'F'"},
+    {"sys", "foreign_key_columns",
+     R"(constraint_object_id int = o.id; constraint_column_id int = k.key + 1; parent_object_id int = o.parent;
+parent_column_id int = c.ordinal; referenced_object_id int = r.id; referenced_column_id int = rc.ordinal)",
+     R"($o o JOIN $o r ON r.name = o.stored AND r.type = 'U' JOIN $EACH(o.keys) k JOIN $c c ON c.object = o.parent
+AND c.name = k.value COLLATE ts_ci JOIN $EACH($REFERENCED(o.source)) f ON f.key = k.key JOIN $c rc ON rc.object = r.id
+AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = o.name; index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
@@ -88,7 +98,7 @@ is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is
     {"sys", "index_columns",
      R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =
 c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0)",
-     R"($o o JOIN json_each('["' || replace(replace(o.keys, '"', '\"'), ', ', '","') || '"]') k JOIN $c c ON
+     R"($o o JOIN $EACH(o.keys) k JOIN $c c ON
 c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
     {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = $INDEX", kIndexes},
     {"sys", "schemas", "name sysname = s.column1; schema_id int = s.column2; principal_id int = s.column2",
@@ -103,6 +113,11 @@ sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 
 = c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
 'D' AND d.parent = c.object AND d.keys = c.name), 0))",
      kAllColumns},
+    {"sys", "identity_columns",
+     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; is_nullable bit =
+c.nullable; is_identity bit = 1; increment_value int = 1)",
+     "$c c WHERE c.identity"},
+    {"sys", "triggers", "$OBJECT; is_disabled bit = 0", "$o o WHERE 0"},
     {"", "syscolumns",
      R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint =
 ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)",
@@ -124,6 +139,34 @@ s.db; is_user_process bit = 1)",
 smallint = s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blocking_session_id smallint =
 s.blocker)",
      "$S s WHERE s.running"},
+    {"", "sysprocesses",
+     R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; login_time datetime =
+strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime'); status nchar(30) = iif(s.running, 'running',
+'sleeping'); hostname nchar(128) = s.host; program_name nchar(128) = s.program; loginame nchar(128) = s.login)",
+     "$S s"},
+    {"INFORMATION_SCHEMA", "SCHEMATA",
+     "CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.column1; SCHEMA_OWNER sysname = s.column1",
+     "(VALUES ('dbo'), ('INFORMATION_SCHEMA'), ('sys')) s"},
+    {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
+     R"($CONSTRAINT; $TABLE; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
+'UNIQUE' WHEN 'F' THEN 'FOREIGN KEY' ELSE 'CHECK' END; IS_DEFERRABLE varchar(2) = 'NO'; INITIALLY_DEFERRED
+varchar(2) = 'NO')",
+     "$o n JOIN $o o ON o.id = n.parent WHERE n.type IN ('PK', 'UQ', 'F', 'C')"},
+    {"INFORMATION_SCHEMA", "KEY_COLUMN_USAGE",
+     "$CONSTRAINT; $TABLE; COLUMN_NAME sysname = k.value; ORDINAL_POSITION int = k.key + 1",
+     "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys) k WHERE n.type IN ('PK', 'UQ', 'F')"},
+    {"INFORMATION_SCHEMA", "CONSTRAINT_COLUMN_USAGE", "$TABLE; COLUMN_NAME sysname = k.value; $CONSTRAINT",
+     "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys) k WHERE n.type IN ('PK', 'UQ', 'F', 'C') AND "
+     "n.keys <> ''"},
+    {"INFORMATION_SCHEMA", "CHECK_CONSTRAINTS",
+     "$CONSTRAINT; CHECK_CLAUSE nvarchar(4000) = substr(n.source, instr(n.source, '('))",
+     "$o n WHERE n.type = 'C'"},
+    {"INFORMATION_SCHEMA", "REFERENTIAL_CONSTRAINTS",
+     R"($CONSTRAINT; UNIQUE_CONSTRAINT_CATALOG sysname = $d; UNIQUE_CONSTRAINT_SCHEMA sysname = 'dbo';
+UNIQUE_CONSTRAINT_NAME sysname = (SELECT u.name FROM $o u WHERE u.parent = r.id AND u.type IN ('PK', 'UQ', 'IX') AND
+u.keys = $REFERENCED(n.source) COLLATE ts_ci LIMIT 1); MATCH_OPTION varchar(7) = 'SIMPLE'; UPDATE_RULE varchar(11)
+= 'NO ACTION'; DELETE_RULE varchar(11) = iif(ts_cascades(n.source), 'CASCADE', 'NO ACTION'))",
+     "$o n JOIN $o r ON r.name = n.stored AND r.type = 'U' WHERE n.type = 'F'"},
     {"INFORMATION_SCHEMA", "TABLES",
      "$TABLE; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
      "$o o WHERE o.type IN ('U', 'V')"},
@@ -164,6 +207,16 @@ void replaceAll(std::string& text, std::string_view mark, std::string_view value
         text.replace(at, mark.size(), value);
 }
 
+// Replaces each "MARK(argument)" by the argument between the two texts.
+void replaceCalls(std::string& text, std::string_view mark, std::string_view before, std::string_view after) {
+    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;) {
+        std::size_t end = at + mark.size() + 1;
+        for (int depth = 1; depth > 0; ++end) depth += (text[end] == '(') - (text[end] == ')');
+        text.replace(end - 1, 1, after);
+        text.replace(at, mark.size() + 1, before);
+    }
+}
+
 // Returns the view. Its query still has the placeholders for the database.
 SystemView read(const ViewText& view) {
     std::string text(view.columns);
@@ -176,6 +229,9 @@ SystemView read(const ViewText& view) {
                     quotedName(read.columns.back().name);
     }
     read.sql += " FROM " + std::string(view.from);
+    replaceCalls(read.sql, "$REFERENCED", "coalesce(ts_referenced(",
+                 "), (SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK'))");
+    replaceCalls(read.sql, "$EACH", "json_each('[' || replace(json_quote(", R"(), ', ', '","') || ']'))");
     return read;
 }
 

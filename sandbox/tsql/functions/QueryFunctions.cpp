@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "catalogue/Catalogue.h"
 #include "messages/Messages.h"
+#include "syntax/Parser.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -171,6 +173,17 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{isExact(type.id) ? precisionOf(type) : 0};
 }
 
+// --- foreign keys in the system views
+
+// (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
+Value runReferenced(const Call& call) {
+    const auto names = parseConstraint(call.text(0)).referencedColumns;
+    return names.empty() ? Value(Null{}) : Value(listOf(names));
+}
+Value runCascades(const Call& call) {
+    return std::int64_t{parseConstraint(call.text(0)).cascade};
+}
+
 constexpr auto kReach = Nulls::Reach;
 
 const ScalarFunction kQueryFunctions[] = {
@@ -183,6 +196,8 @@ const ScalarFunction kQueryFunctions[] = {
     {"ts_split", runSplit},
     {"ts_xml", runXml},
     {"ts_xml_value", runXmlValue},
+    {"ts_referenced", runReferenced},
+    {"ts_cascades", runCascades},
     {"ts_type_name", runTypeFact<nameOf>},
     {"ts_type_id", runTypeFact<systemIdOf>},
     {"ts_type_family", runTypeFact<familyOf>},

@@ -139,6 +139,10 @@ struct SessionFunctions {
         return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
     }
 
+    static Value ownerOfObject(const Call& call) {
+        return session(call).catalogue({}).findById(call.integer(0)) ? owner(call) : Value(Null{});
+    }
+
     static Value currentIdentity(const Call& call) {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
@@ -186,6 +190,7 @@ const FunctionInfo kSessionFunctions[] = {
     {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
     {"object_name", "I", kName, S::objectName, kNulls, kVarying},
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
+    {"object_schema_name", "I", kName, S::ownerOfObject, kNulls, kVarying},
     {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
     {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},

@@ -105,3 +105,31 @@ USE [the store]
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'the store'.
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e --> a int? = 1 | b int? = 0 | c int? = NULL | d nvarchar(128)? = 15 | e nvarchar(128)? = 0 (1 rows)
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.
+-- constraints of tables, as clients look for them
+CREATE TABLE pair (a int NOT NULL, [b "c\] int NOT NULL, d int NULL CONSTRAINT CK_d CHECK (d > 0), CONSTRAINT PK_pair PRIMARY KEY (a, [b "c\]), CONSTRAINT UQ_d UNIQUE (d))
+CREATE TABLE child (x int, y int, z int CONSTRAINT FK_z REFERENCES pair (d) ON DELETE CASCADE, CONSTRAINT FK_xy FOREIGN KEY (x, y) REFERENCES pair) -->
+SELECT c.TABLE_NAME, c.CONSTRAINT_NAME, c.CONSTRAINT_TYPE, k.COLUMN_NAME, k.ORDINAL_POSITION FROM INFORMATION_SCHEMA.TABLE_CONSTRAINTS c LEFT JOIN INFORMATION_SCHEMA.KEY_COLUMN_USAGE k ON k.CONSTRAINT_NAME = c.CONSTRAINT_NAME AND k.TABLE_NAME = c.TABLE_NAME WHERE c.TABLE_NAME IN ('pair', 'child') ORDER BY 1, 2, 5
+--> TABLE_NAME nvarchar(128)? | CONSTRAINT_NAME nvarchar(128)? | CONSTRAINT_TYPE varchar(11)? | COLUMN_NAME nvarchar(128)? | ORDINAL_POSITION int?
+--> child | FK_xy | FOREIGN KEY | x | 1
+--> child | FK_xy | FOREIGN KEY | y | 2
+--> child | FK_z | FOREIGN KEY | z | 1
+--> pair | CK_d | CHECK | NULL | NULL
+--> pair | PK_pair | PRIMARY KEY | a | 1
+--> pair | PK_pair | PRIMARY KEY | b "c\ | 2
+--> pair | UQ_d | UNIQUE | d | 1 (7 rows)
+SELECT CONSTRAINT_NAME, UNIQUE_CONSTRAINT_NAME, DELETE_RULE, UPDATE_RULE FROM INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS WHERE CONSTRAINT_NAME IN ('FK_z', 'FK_xy') ORDER BY 1
+--> CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)? | DELETE_RULE varchar(11)? | UPDATE_RULE varchar(11)?
+--> FK_xy | PK_pair | NO ACTION | NO ACTION
+--> FK_z | UQ_d | CASCADE | NO ACTION (2 rows)
+SELECT CHECK_CLAUSE FROM INFORMATION_SCHEMA.CHECK_CONSTRAINTS WHERE CONSTRAINT_NAME = 'CK_d' --> CHECK_CLAUSE nvarchar(4000)? = (d > 0) (1 rows)
+SELECT COLUMN_NAME FROM INFORMATION_SCHEMA.CONSTRAINT_COLUMN_USAGE WHERE CONSTRAINT_NAME = 'CK_d' --> COLUMN_NAME nvarchar(128)? = d (1 rows)
+SELECT f.name, constraint_column_id AS n, COL_LENGTH('child', c.name) AS size, c.name AS own, r.name AS other FROM sys.foreign_key_columns k JOIN sys.foreign_keys f ON f.object_id = k.constraint_object_id JOIN sys.columns c ON c.object_id = k.parent_object_id AND c.column_id = k.parent_column_id JOIN sys.columns r ON r.object_id = k.referenced_object_id AND r.column_id = k.referenced_column_id WHERE f.parent_object_id = OBJECT_ID('child') ORDER BY 1, 2
+--> name nvarchar(128)? | n int? | size smallint? | own nvarchar(128)? | other nvarchar(128)?
+--> FK_xy | 1 | 4 | x | a
+--> FK_xy | 2 | 4 | y | b "c\
+--> FK_z | 1 | 4 | z | d (3 rows)
+SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1 --> SCHEMA_NAME nvarchar(128)? = dbo; INFORMATION_SCHEMA; sys (3 rows)
+SELECT OBJECT_NAME(object_id) AS t, name, is_identity FROM sys.identity_columns WHERE object_id = OBJECT_ID('item') --> t nvarchar(128)? = item | name nvarchar(128)? = id | is_identity bit? = 1 (1 rows)
+SELECT COUNT(*) AS n FROM sys.triggers --> n int? = 0 (1 rows)
+SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('pair')) AS a, OBJECT_SCHEMA_NAME(0) AS b --> a nvarchar(128)? = dbo | b nvarchar(128)? = NULL (1 rows)
+SELECT spid - @@SPID AS own, blocked, DB_NAME(dbid) AS db, status, loginame FROM master..sysprocesses WHERE spid = @@SPID --> own smallint? = 0 | blocked smallint? = 0 | db nvarchar(128)? = the store | status nchar(30)? = running | loginame nchar(128)? = sa (1 rows)
