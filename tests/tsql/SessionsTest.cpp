@@ -127,7 +127,7 @@ TEST_F(Sessions, BackUpAndRestore) {
         {"RESTORE VERIFYONLY FROM " + disk, "The backup set on file 1 is valid."},
         {"DBCC CHECKDB (SHOP) WITH ALL_ERRORMSGS", "0 consistency errors in database 'shop'."},
         {"DBCC CHECKDB (nosuch)", "Msg 911"},
-        {"DBCC SHRINKDATABASE (shop)", "does not support DBCC SHRINKDATABASE"},
+        {"DBCC CHECKALLOC (shop)", "does not support DBCC CHECKALLOC"},
         {restore + "shop FROM " + disk + " WITH REPLACE", "Msg 3102"},
         {restore + "copy FROM " + disk, "File 'shop_log' cannot be restored"},
         {restore + "copy FROM " + disk + moves, "RESTORE DATABASE successfully processed"},

@@ -52,6 +52,7 @@ struct Settings {
     bool parseOnly = false;           // only SET executes, and nothing is checked
     bool checkOnly = false;           // NOEXEC: only SET executes
     std::string identityInsert = {};  // full name of the table that accepts identities
+    std::int64_t mostRows = 0;        // ROWCOUNT; 0: no limit
     int lockTimeout = -1;             // milliseconds; negative: the default
 
     // @@OPTIONS: the bits of the settings that are on.
@@ -78,6 +79,7 @@ class Executor final : public NameResolver, public FunctionSession {
     std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
     TableInfo table(const ast::ObjectName& name) override { return table(name, message::kInvalidObjectName); }
     std::optional<SystemView> view(const ast::ObjectName& name) override;
+    std::int64_t mostRows() const override { return m_settings.mostRows; }
     std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
     // FunctionSession
@@ -161,8 +163,9 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::Update& update);
     Flow run(const ast::Delete& statement);
     Flow run(const ast::Truncate& truncate);
-    std::int64_t sendRows(PreparedStatement& statement, const QueryText& text);
-    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments);
+    std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
+    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
+                            std::int64_t most = 0);
     // Passes the rows that `work` sends to `handler` instead of the client.
     using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
     void divert(const RowHandler& handler, const std::function<void()>& work);
@@ -282,6 +285,8 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::Backup& backup);
     Flow run(const ast::Restore& restore);
     Flow run(const ast::CheckDatabase& check);
+    Flow run(const ast::Maintenance& maintenance);
+    void checkIdentity(const TableInfo& table, const ast::Maintenance& check);
     void set(const Settings& settings);
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, const SqlError& inUse);

@@ -33,6 +33,7 @@ Flow Executor::run(const SetOption& option) {
         if (name == "XACT_ABORT") m_settings.abortOnError = option.on;
         if (name == "IMPLICIT_TRANSACTIONS") m_settings.implicitTransactions = option.on;
         if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;
+        if (name == "ROWCOUNT") m_settings.mostRows = *option.number;
         if (name == "LOCK_TIMEOUT") {
             m_settings.lockTimeout =
                 static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
@@ -187,7 +188,42 @@ Flow Executor::run(const CheckDatabase& check) {
     }
     if (faults > 0 || !check.onlyFaults)
         inform(message::kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
+    if (!check.onlyFaults) inform(message::kDbccDone);
     return finished();
+}
+
+Flow Executor::run(const Maintenance& maintenance) {
+    if (maintenance.table) {
+        const int missing =
+            maintenance.isDbcc ? message::kDbccTableUnknown : message::kStatisticsTableUnknown;
+        const TableInfo target = table(*maintenance.table, missing);
+        if (maintenance.checksIdentity) checkIdentity(target, maintenance);
+    }
+    if (maintenance.isDbcc && !maintenance.onlyFaults) inform(message::kDbccDone);
+    return finished();
+}
+
+// DBCC CHECKIDENT. A given seed is the next identity of a table that never had one, else the last identity.
+void Executor::checkIdentity(const TableInfo& table, const Maintenance& check) {
+    const TableColumn* identity = table.identityColumn();
+    if (!identity) throw sqlError(message::kTableWithoutIdentity, {table.name});
+    const std::int64_t unused = table.seed - 1, last = lastIdentity(table).value_or(unused);
+    const auto highest = m_connection.number(
+        "SELECT max(" + quotedName(identity->name) + ") FROM " + table.sqlName() + " HAVING count(*) > 0",
+        {});
+    const std::string column = highest ? std::to_string(*highest) : "NULL";
+    if (!check.onlyFaults)
+        inform(message::kIdentityChecked, {last == unused ? "NULL" : std::to_string(last),
+                                           check.seed ? "" : ", current column value '" + column + "'"});
+    Value next = std::max(last, highest.value_or(last));
+    if (check.seed) next = evaluate(*check.seed, identity->type);
+    if (!check.reseeds) return;
+    beforeWrite();
+    m_givenIdentities.erase({table.schema, table.stored});
+    const Value values[] = {table.stored, next, std::int64_t{check.seed && last == unused}};
+    m_connection.run(
+        "UPDATE " + table.schema + ".sqlite_sequence SET seq = coalesce(?2 - ?3, seq) WHERE name = ?1",
+        values);
 }
 
 // Sends a result set that is not from a query.

@@ -85,7 +85,7 @@ void Executor::openCursor(Cursor& cursor) {
         std::vector<Value>& row = cursor.rows.emplace_back();
         for (const auto& cell : cells) row.push_back(ownedValue(cell));
     };
-    divert(keep, [&] { sendRows(statement, cursor.query); });
+    divert(keep, [&] { sendRows(statement, cursor.query, m_settings.mostRows); });
     cursor.open = true;
     m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
 }

@@ -64,18 +64,19 @@ Flow Executor::run(const SelectStatement& statement) {
     prepared.bindAll(values);
     if (!translator.assignments().empty()) {
         if (m_settings.describeOnly) return Flow::Next;
-        m_rowCount = assignRows(prepared, translator.assignments());
+        m_rowCount = assignRows(prepared, translator.assignments(), m_settings.mostRows);
         m_error = 0;
         done(m_rowCount, StatementKind::Select);
     } else {
-        m_rowCount = sendRows(prepared, text);
+        m_rowCount = sendRows(prepared, text, m_settings.mostRows);
         m_error = 0;
         done(m_rowCount, StatementKind::Select);
     }
     return Flow::Next;
 }
 
-std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& text) {
+// `most`: number of rows after which the others are left out; 0: all.
+std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most) {
     std::vector<Column> columns;
     for (const auto& output : text.columns) columns.push_back(output.column);
     std::vector<CellView> cells(columns.size());
@@ -87,7 +88,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
     try {
         bool more = !m_settings.describeOnly && statement.step();
         if (!shown) m_sink->columns(columns);
-        for (; more; more = statement.step()) {
+        for (; more; more = rows != most && statement.step()) {
             for (std::size_t i = 0; i < cells.size(); ++i) {
                 cells[i] = statement.cell(static_cast<int>(i));
                 if (const auto* whole = std::get_if<std::int64_t>(&cells[i]);
@@ -110,9 +111,10 @@ void Executor::divert(const RowHandler& handler, const std::function<void()>& wo
     work();
 }
 
-std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments) {
+std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
+                                  std::int64_t most) {
     std::int64_t rows = 0;
-    for (; statement.step(); ++rows)
+    for (; (rows == 0 || rows != most) && statement.step(); ++rows)
         for (std::size_t i = 0; i < assignments.size(); ++i)
             setVariable(assignments[i].variable, statement.cell(static_cast<int>(i)), assignments[i].type);
     return rows;
@@ -139,8 +141,10 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
     const TableInfo target = createTable(create);
     std::vector<std::string> names;
     for (const auto& column : target.columns) names.push_back(column.name);
-    change(target, "INSERT", "INSERT INTO " + target.sqlName() + " (" + quotedNames(names) + ") " + text.sql,
-           translator);
+    change(
+        target, "INSERT",
+        "INSERT INTO " + target.sqlName() + " (" + quotedNames(names) + ") " + translator.limited(text.sql),
+        translator);
     done(m_rowCount, StatementKind::Insert);
 }
 

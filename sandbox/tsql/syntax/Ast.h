@@ -218,7 +218,7 @@ struct SetOption {
     std::vector<std::string> names;  // in upper case
     bool on = false;
     std::optional<ObjectName> table;     // IDENTITY_INSERT
-    std::optional<std::int64_t> number;  // LOCK_TIMEOUT
+    std::optional<std::int64_t> number;  // LOCK_TIMEOUT, ROWCOUNT
 };
 struct If {
     ExprPtr condition;
@@ -434,12 +434,23 @@ struct CheckDatabase {
     bool onlyFaults = false;
 };
 
+// UPDATE STATISTICS, CHECKPOINT and the DBCC statements that need no more than a message here.
+struct Maintenance {
+    bool isDbcc = false;
+    bool onlyFaults = false;          // NO_INFOMSGS
+    std::optional<ObjectName> table;  // must exist
+    bool checksIdentity = false;      // CHECKIDENT
+    bool reseeds = false;
+    ExprPtr seed;  // null: the highest value of the column
+};
+
 struct Statement {
-    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
-                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
-                              Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
-                              CreateDatabase, AlterDatabase, AlterIndex, CreateModule, Execute, Transaction,
-                              Backup, Restore, CheckDatabase, DeclareCursor, ChangeCursor, Fetch>;
+    using Node =
+        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound, TryCatch,
+                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, Update, Delete,
+                     Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase, AlterDatabase,
+                     AlterIndex, CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase,
+                     Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

@@ -78,7 +78,6 @@ void affectedRows(Parser& in, Change& node) {
 
 Update update(Parser& in) {
     Update node;
-    in.throwIfAt("STATISTICS", "UPDATE STATISTICS");
     node.top = in.top();
     node.table = in.tableName();
     in.tableHints();

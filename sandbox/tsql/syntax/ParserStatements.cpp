@@ -11,8 +11,8 @@ namespace {
 
 // Unsupported statements, by their first word.
 constexpr std::string_view kUnsupported[] = {
-    "MERGE",  "GOTO",       "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",      "SHUTDOWN",
-    "REVERT", "CHECKPOINT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
+    "MERGE",    "GOTO",   "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",
+    "SHUTDOWN", "REVERT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
 };
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
@@ -24,9 +24,8 @@ constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
      "CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE REMOTE_PROC_TRANSACTIONS"},
     {"ON", "ANSI_NULLS ANSI_NULL_DFLT_ON ANSI_PADDING ANSI_WARNINGS CONCAT_NULL_YIELDS_NULL"},
     {"OFF", "ANSI_NULL_DFLT_OFF NUMERIC_ROUNDABORT SHOWPLAN_ALL SHOWPLAN_TEXT SHOWPLAN_XML"},
-    {"#", "LOCK_TIMEOUT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
+    {"#", "LOCK_TIMEOUT ROWCOUNT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
     {"*", "DEADLOCK_PRIORITY"},
-    {"0", "ROWCOUNT"},
     {"7", "DATEFIRST"},
     {"MDY", "DATEFORMAT"},
     {"US_ENGLISH ENGLISH", "LANGUAGE"},
@@ -62,8 +61,9 @@ Statement::Node setOption(Parser& in) {
     option.names = in.list(word);
     const std::string& first = option.names.front();
     if (first == "STATISTICS") in.list(word);
+    if (first == "ROWCOUNT" && in.atVariable()) in.throwUnsupported("SET ROWCOUNT @variable");
     if (first == "IDENTITY_INSERT") option.table = in.objectName();
-    const bool isNumber = in.at("-") || in.peek().kind == TokenKind::Number;
+    const bool isNumber = (in.at("-") && first != "ROWCOUNT") || in.peek().kind == TokenKind::Number;
     if (isNumber) option.number = in.expectInteger();
     const std::string value = isNumber                 ? std::to_string(*option.number)
                               : in.isString(in.peek()) ? toUpper(in.expectString())
@@ -391,15 +391,59 @@ Statement::Node restore(Parser& in) {
 }
 
 Statement::Node databaseCheck(Parser& in) {
-    if (!in.accept("CHECKDB")) in.throwUnsupported("DBCC " + toUpper(in.near()));
     CheckDatabase node;
     if (in.accept("(")) {
-        node.database = nameOrVariable(in);
+        node.database = in.isString(in.peek()) ? in.primary() : nameOrVariable(in);
         in.expect(")");
     }
     withOptions(in, "DBCC CHECKDB", [&] {
         node.onlyFaults = node.onlyFaults || in.at("NO_INFOMSGS");
         return in.acceptAny({"NO_INFOMSGS", "ALL_ERRORMSGS", "PHYSICAL_ONLY"});
+    });
+    return node;
+}
+
+// DBCC CHECKIDENT (table [, NORESEED | , RESEED [, seed]])
+void identityCheck(Parser& in, Maintenance& node) {
+    node.checksIdentity = node.reseeds = true;
+    in.expect("(");
+    node.table = in.isString(in.peek()) ? parseObjectName(in.expectString()) : in.objectName();
+    if (in.accept(",")) {
+        node.reseeds = !in.accept("NORESEED");
+        if (node.reseeds) in.expect("RESEED");
+        if (node.reseeds && in.accept(",")) node.seed = in.constant();
+    }
+    in.expect(")");
+}
+
+// What SQL Server does in these statements has no counterpart in SQLite, or nobody can see it.
+constexpr std::string_view kWithoutEffect =
+    "CLEANTABLE DBREINDEX DROPCLEANBUFFERS FREEPROCCACHE FREESESSIONCACHE FREESYSTEMCACHE SHRINKDATABASE "
+    "SHRINKFILE TRACEOFF TRACEON UPDATEUSAGE";
+
+Statement::Node dbcc(Parser& in) {
+    if (in.accept("CHECKDB")) return databaseCheck(in);
+    Maintenance node;
+    node.isDbcc = true;
+    const std::string verb = toUpper(in.near());
+    const bool hasEffect = !hasWord(kWithoutEffect, verb);
+    if (hasEffect && verb != "CHECKIDENT") in.throwUnsupported("DBCC " + verb);
+    in.takeToken();
+    if (hasEffect)
+        identityCheck(in, node);
+    else if (in.at("("))
+        in.parenthesized([&] { return in.list([&] { return in.expression(); }); });
+    withOptions(in, "DBCC " + verb, [&] { return node.onlyFaults = in.accept("NO_INFOMSGS"); });
+    return node;
+}
+
+Statement::Node updateStatistics(Parser& in) {
+    Maintenance node;
+    node.table = in.objectName();
+    if (in.atName() && !in.at("WITH")) in.expectName();  // of an index
+    withOptions(in, "UPDATE STATISTICS", [&] {
+        return in.acceptAny({"FULLSCAN", "RESAMPLE", "NORECOMPUTE", "ALL", "COLUMNS", "INDEX"}) ||
+               (in.accept("SAMPLE") && (in.expectInteger(), in.acceptAny({"PERCENT", "ROWS"})));
     });
     return node;
 }
@@ -431,7 +475,9 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"EXECUTE", execute},
     {"BACKUP", backup},
     {"RESTORE", restore},
-    {"DBCC", databaseCheck},
+    {"DBCC", dbcc},
+    {"UPDATE STATISTICS", updateStatistics},
+    {"CHECKPOINT", [](Parser&) -> Statement::Node { return Maintenance{}; }},
     {"CREATE", parseCreate},
     {"ALTER", parseAlter},
     {"DROP", parseDrop},

@@ -36,6 +36,7 @@ class NameResolver {
   public:
     virtual ~NameResolver() = default;
     virtual SqlType variableType(std::string_view name) = 0;  // @@names included; throws SqlError 137
+    virtual std::int64_t mostRows() const = 0;                // SET ROWCOUNT; 0: no limit
     virtual std::optional<TableInfo> findTable(const ast::ObjectName& name) = 0;
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
     virtual std::optional<SystemView> view(const ast::ObjectName& name) = 0;
@@ -99,6 +100,7 @@ class Translator {
     // Return the SQLite statement that changes `target`.
     std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const ast::Insert& insert);
+    std::string limited(const std::string& sql) const;
     std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                             const ast::Insert& insert);
     // For one row: values of the given types, bound as ?1, ?2 ...
@@ -211,6 +213,7 @@ class Translator {
                         const std::string* distinctList = nullptr);
     static std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text);
     std::string rowCount(const ast::Expr& expr, int least, int error);
+    std::string changeLimit(const ast::ExprPtr& top);
     std::optional<std::size_t> outputPosition(const ast::Expr& expr, const QueryText& text) const;
     std::string limit(const ast::Select* select, const ast::Query& query);
     void refuseLooseColumns(int error, bool grouped);

@@ -113,7 +113,7 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
         list += ", " + assigned(defaultOf(*column), target, *column);
         all.push_back(column);
     }
-    return insertText(target, all, "SELECT " + list + " FROM (" + text.sql + ")") +
+    return insertText(target, all, "SELECT " + list + " FROM (" + limited(text.sql) + ")") +
            returning(target, insert.output, "inserted");
 }
 
@@ -206,7 +206,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     m_scope = &scope;
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
-    const bool simple = update.from.empty() && !update.top;
+    const bool simple = update.from.empty() && !update.top && m_names.mostRows() == 0;
     std::string picked, sets, moved, away, kept;
     std::set<const TableColumn*> seen;
     for (const auto& clause : update.sets) {
@@ -229,8 +229,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     }
     if (scope.sawAggregate) throw sqlError(message::kAggregateInSetList);
     const std::string where = filter(update);
-    const std::string top =
-        update.top ? " LIMIT " + rowCount(*update.top, 0, message::kNegativeRowCount) : "";
+    const std::string top = changeLimit(update.top);
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
         returning(target, update.output, "inserted") + returnedToVariables(target, update);
@@ -271,11 +270,10 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     std::string rowid;
     const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
     const std::string where = filter(statement);
-    const std::string top =
-        statement.top ? " LIMIT " + rowCount(*statement.top, 0, message::kNegativeRowCount) : "";
+    const std::string top = changeLimit(statement.top);
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
-    if (statement.from.empty() && !statement.top)
+    if (statement.from.empty() && top.empty())
         return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where +
                returned;
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +

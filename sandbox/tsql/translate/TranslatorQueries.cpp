@@ -288,6 +288,20 @@ std::string Translator::rowCount(const Expr& expr, int least, int error) {
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
+// LIMIT of UPDATE and DELETE: TOP, or SET ROWCOUNT if that is less.
+std::string Translator::changeLimit(const ExprPtr& top) {
+    const std::string most = m_names.mostRows() ? std::to_string(m_names.mostRows()) : "";
+    if (!top) return most.empty() ? most : " LIMIT " + most;
+    const std::string rows = rowCount(*top, 0, message::kNegativeRowCount);
+    return " LIMIT " + (most.empty() ? rows : "min(" + rows + ", " + most + ")");
+}
+
+// The rows that INSERT takes of a query: as many as SET ROWCOUNT says.
+std::string Translator::limited(const std::string& sql) const {
+    const std::int64_t most = m_names.mostRows();
+    return most ? "SELECT * FROM (" + sql + ") LIMIT " + std::to_string(most) : sql;
+}
+
 // UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
 std::string Translator::distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
                                              const QueryText& text) {

@@ -56,7 +56,6 @@ WHERE 'a' COLLATE Latin1_General_BIN = 'A' --> Msg 50000, Level 16, State 1, Lin
 DECLARE cur CURSOR FOR SELECT 1 -->
 DECLARE @t TABLE (x int AS y) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'AS'.
 SELECT TOP 10 PERCENT id FROM c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... PERCENT.
-SET ROWCOUNT 5 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SET ROWCOUNT 5.
 SET NOSUCH ON --> Msg 195, Level 15, State 7, Line 1: 'NOSUCH' is not a recognized SET option.
 -- Options and hints that would change a result are rejected, others ignored.
 SET NOCOUNT 5 --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support SET NOCOUNT 5.
