@@ -2,6 +2,7 @@
 
 #include <histedit.h>
 #include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -35,13 +36,26 @@ bool isInputWaiting() {
     return poll(&input, 1, 0) > 0;
 }
 
+// Waits for input. False when an interrupt ends the wait, also one that came just before it: SIGINT is
+// blocked except while ppoll() waits.
+bool waitForInput() {
+    sigset_t interrupt{}, before{};
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, &before);
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    const bool isReady = !isInterrupted() && ppoll(&input, 1, nullptr, &before) > 0;
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return isReady;
+}
+
 // Reads a character for libedit, whose own function repeats a read that a signal has interrupted. Returns the
 // number of characters, -1 after an error.
 int readCharacter(EditLine* /*editor*/, wchar_t* character) {
     std::mbstate_t state{};
     for (;;) {
         char byte = 0;
-        const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
+        const ssize_t count = waitForInput() ? ::read(STDIN_FILENO, &byte, 1) : -1;
         if (count <= 0) return static_cast<int>(count);
         const std::size_t result = std::mbrtowc(character, &byte, 1, &state);
         constexpr auto kIncomplete = static_cast<std::size_t>(-2);
