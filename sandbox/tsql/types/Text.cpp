@@ -4,7 +4,6 @@
 #include <clocale>
 #include <cwctype>
 
-#include "types/Utf16.h"
 #include "types/Work.h"
 
 namespace tsql {

@@ -10,6 +10,8 @@
 
 namespace tsql {
 
+inline constexpr char32_t kReplacement = 0xFFFD;  // for what is no character
+
 constexpr char upperAscii(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }

@@ -6,8 +6,6 @@
 
 namespace tsql {
 
-inline constexpr char32_t kReplacement = 0xFFFD;  // for what is no character
-
 // Never fails: invalid UTF-8 and unpaired surrogates become U+FFFD.
 void appendUtf16(std::string& wire, std::string_view utf8);
 std::string utf16FromUtf8(std::string_view utf8);
