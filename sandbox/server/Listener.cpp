@@ -106,7 +106,7 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
       m_engine(engine),
       m_tls(openTls(options)),
       m_keytab(openKeytab(options)),
-      m_settings{credentials, hostName(),     options.encryption,
+      m_settings{credentials, hostName(),     options.encryption.value(),
                  m_tls.get(), m_keytab.get(), std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(openSignals()) {

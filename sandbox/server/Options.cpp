@@ -1,18 +1,28 @@
 #include "Options.h"
 
-#include <CLI/CLI.hpp>
+#include <argp.h>
 
+#include <charconv>
+#include <iterator>
 #include <map>
+#include <stdexcept>
 
 namespace server {
 namespace {
 
+constexpr int kWrongCommandLine = 2;  // exit code
+constexpr int kFirstKey = 256;        // keys of long options for argp(3), above all characters
 constexpr int kMaxLoginSeconds = 3600;
 constexpr int kMaxConnections = 32'000;
+constexpr std::size_t kMaxMebibytes = std::size_t{1} << 20;
+
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
 const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
-    {"none", tds::EncryptionMode::None},
     {"login", tds::EncryptionMode::Login},
+    {"none", tds::EncryptionMode::None},
     {"on", tds::EncryptionMode::On},
     {"required", tds::EncryptionMode::Required},
 };
@@ -20,88 +30,141 @@ const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
 const std::map<std::string, int> kTlsVersions = {
     {"1.1", TLS1_1_VERSION}, {"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
 
-void addTlsOptions(CLI::App& app, Options& options) {
-    CLI::Option* const cert = app.add_option("--tls-cert", options.tlsFiles.certificate,
-                                             "PEM file of the certificate and its intermediate certificates");
-    CLI::Option* const key = app.add_option("--tls-key", options.tlsFiles.key, "PEM file of its key");
-    cert->needs(key);
-    key->needs(cert);
-    app.add_option("--tls-self-signed", options.selfSignedNames,
-                   "host names and addresses of a self-signed certificate; creates the two files above if "
-                   "they do not hold such a certificate")
-        ->delimiter(',')
-        ->needs(cert);
-    const auto setMode = [&options](const std::string& name) {
-        options.encryption = kEncryptionModes.at(name);
-    };
-    app.add_option_function<std::string>(
-           "--encryption", setMode,
-           "none; login: only logins, unless the client asks for more; on: connections of clients "
-           "that support it; required: all, other clients are refused")
-        ->check(CLI::IsMember(kEncryptionModes))
-        ->default_str("none; with --tls-cert: on");
-    const auto setVersion = [&options](const std::string& name) {
-        options.newestTls = kTlsVersions.at(name);
-    };
-    app.add_option_function<std::string>("--tls-max", setVersion,
-                                         "newest TLS version; FreeTDS 1.3 cannot log in with 1.3")
-        ->check(CLI::IsMember(kTlsVersions))
-        ->default_str("1.2");
+// Returns the value of a name. Throws UsageError with the known names for another one.
+template <typename Value>
+Value valueNamed(const std::string& name, const std::map<std::string, Value>& values) {
+    const auto found = values.find(name);
+    if (found != values.end()) return found->second;
+    std::string known;
+    for (const auto& [other, value] : values) known += (known.empty() ? "" : ", ") + other;
+    throw UsageError("'" + name + "' is none of " + known);
 }
 
-void completeTlsOptions(const CLI::App& app, Options& options) {
+template <typename Number>
+Number numberIn(std::string_view text, Number least, Number most) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number < least || number > most)
+        throw UsageError("'" + std::string(text) + "' is no number from " + std::to_string(least) + " to " +
+                         std::to_string(most));
+    return number;
+}
+
+std::vector<std::string> elementsOf(const std::string& text) {
+    std::vector<std::string> elements;
+    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
+        end = text.find(',', start);
+        elements.push_back(text.substr(start, end - start));
+    }
+    return elements;
+}
+
+// An option of the command line.
+struct Entry {
+    const char* name;
+    const char* value;  // its name in the usage; null: a flag
+    const char* help;
+    void (*set)(Options& options, const char* value);
+};
+
+constexpr Entry kEntries[] = {
+    {"data", "DIR", "directory of the databases; created if missing (required)",
+     [](Options& options, const char* value) { options.dataDirectory = value; }},
+    {"port", "N", "TCP port (1433); 0: any free port",
+     [](Options& options, const char* value) { options.port = numberIn<std::uint16_t>(value, 0, 65535); }},
+    {"login", "NAME", "login name for clients (required)",
+     [](Options& options, const char* value) { options.login = value; }},
+    {"password-file", "FILE", "file with the password of the login in its first line (required)",
+     [](Options& options, const char* value) { options.passwordFile = value; }},
+    {"listen", "ADDRESS", "IPv4 address to listen on (127.0.0.1)",
+     [](Options& options, const char* value) { options.listenAddress = value; }},
+    {"allow-remote", nullptr, "permit a --listen address that other hosts can reach",
+     [](Options& options, const char*) { options.allowRemote = true; }},
+    {"tls-cert", "FILE", "PEM file of the certificate and its intermediate certificates",
+     [](Options& options, const char* value) { options.tlsFiles.certificate = value; }},
+    {"tls-key", "FILE", "PEM file of its key",
+     [](Options& options, const char* value) { options.tlsFiles.key = value; }},
+    {"tls-self-signed", "NAME,...", "create the two files above for these host names and addresses",
+     [](Options& options, const char* value) { options.selfSignedNames = elementsOf(value); }},
+    {"encryption", "MODE", "none, login, on or required (with --tls-cert: on; else none)",
+     [](Options& options, const char* value) { options.encryption = valueNamed(value, kEncryptionModes); }},
+    {"tls-max", "VERSION", "newest TLS version: 1.1, 1.2 or 1.3 (1.2)",
+     [](Options& options, const char* value) { options.newestTls = valueNamed(value, kTlsVersions); }},
+    {"keytab", "FILE", "keytab of the server's service principals, for Kerberos logins",
+     [](Options& options, const char* value) { options.keytab = value; }},
+    {"max-connections", "N", "maximum number of connected clients (512)",
+     [](Options& options, const char* value) {
+         options.maxConnections = numberIn(value, 1, kMaxConnections);
+     }},
+    {"session-memory", "MIB", "maximum memory of a session (1024)",
+     [](Options& options, const char* value) {
+         options.sessionMebibytes = numberIn(value, std::size_t{16}, kMaxMebibytes);
+     }},
+    {"session-files", "MIB", "maximum size of a session's temporary files (4096)",
+     [](Options& options, const char* value) {
+         options.temporaryMebibytes = numberIn(value, std::size_t{1}, kMaxMebibytes);
+     }},
+    {"backup-folder", "DIR", "folder that BACKUP may write to, besides --data; may be repeated",
+     [](Options& options, const char* value) { options.backupFolders.emplace_back(value); }},
+    {"login-timeout", "SECONDS", "time limit of a login (15)",
+     [](Options& options, const char* value) {
+         options.loginSeconds = numberIn(value, 1, kMaxLoginSeconds);
+     }},
+    {"stop-at-eof", nullptr, "exit at the end of standard input",
+     [](Options& options, const char*) { options.stopAtEndOfInput = true; }},
+};
+
+// kEntries in the form that argp(3) wants. The last element is zero.
+std::vector<argp_option> entriesForArgp() {
+    std::vector<argp_option> entries;
+    int key = kFirstKey;
+    for (const Entry& entry : kEntries) entries.push_back({entry.name, key++, entry.value, 0, entry.help, 0});
+    entries.push_back({});
+    return entries;
+}
+
+void require(bool isTrue, const char* text) {
+    if (!isTrue) throw UsageError(text);
+}
+
+void checkAndComplete(Options& options) {
     const bool hasCertificate = !options.tlsFiles.certificate.empty();
-    if (hasCertificate && app.get_option("--encryption")->empty())
-        options.encryption = tds::EncryptionMode::On;
-    if (!hasCertificate && options.encryption != tds::EncryptionMode::None)
-        throw CLI::RequiresError("--encryption", "--tls-cert");
+    require(!options.dataDirectory.empty(), "--data is required");
+    require(!options.login.empty(), "--login is required");
+    require(!options.passwordFile.empty(), "--password-file is required");
+    require(hasCertificate != options.tlsFiles.key.empty(), "--tls-cert and --tls-key require each other");
+    require(hasCertificate || options.selfSignedNames.empty(), "--tls-self-signed requires --tls-cert");
+    if (!options.encryption)
+        options.encryption = hasCertificate ? tds::EncryptionMode::On : tds::EncryptionMode::None;
+    require(hasCertificate || options.encryption == tds::EncryptionMode::None,
+            "--encryption requires --tls-cert");
 }
 
-void addOptions(CLI::App& app, Options& options) {
-    app.add_option("--data", options.dataDirectory, "directory of the databases; created if missing")
-        ->required();
-    app.add_option("--port", options.port, "TCP port; 0: any free port")->capture_default_str();
-    app.add_option("--login", options.login, "login name for clients")->required();
-    app.add_option("--password-file", options.passwordFile,
-                   "file with the password of the login in its first line")
-        ->required();
-    app.add_option("--listen", options.listenAddress, "IPv4 address to listen on")->capture_default_str();
-    app.add_flag("--allow-remote", options.allowRemote,
-                 "permit a --listen address that other hosts can reach");
-    addTlsOptions(app, options);
-    app.add_option("--keytab", options.keytab,
-                   "keytab of the server's service principals; Kerberos principals can then log in");
-    app.add_option("--max-connections", options.maxConnections, "maximum number of connected clients")
-        ->check(CLI::Range(1, kMaxConnections))
-        ->capture_default_str();
-    app.add_option("--session-memory", options.sessionMebibytes, "maximum memory of a session, in MiB")
-        ->check(CLI::Range(16, 1 << 20))
-        ->capture_default_str();
-    app.add_option("--session-files", options.temporaryMebibytes,
-                   "maximum size of a session's temporary files, in MiB")
-        ->check(CLI::Range(1, 1 << 20))
-        ->capture_default_str();
-    app.add_option("--backup-folder", options.backupFolders,
-                   "folder that BACKUP may write to, besides the data directory; may be repeated");
-    app.add_option("--login-timeout", options.loginSeconds, "time limit of a login, in seconds")
-        ->check(CLI::Range(1, kMaxLoginSeconds))
-        ->capture_default_str();
-    app.add_flag("--stop-at-eof", options.stopAtEndOfInput,
-                 "exit at the end of standard input, and so with the program that holds its other end");
+// Handles an option or the end of the command line. argp(3) itself reports unknown options and missing
+// values.
+error_t handle(int key, char* value, argp_state* state) {
+    auto& options = *static_cast<Options*>(state->input);
+    const bool isOption = key >= kFirstKey && key < kFirstKey + std::ssize(kEntries);
+    const Entry* const entry = isOption ? &kEntries[key - kFirstKey] : nullptr;
+    try {
+        if (isOption) entry->set(options, value);
+        if (key == ARGP_KEY_END) checkAndComplete(options);
+    } catch (const UsageError& error) {
+        const std::string option = isOption ? "--" + std::string(entry->name) + ": " : "";
+        argp_error(state, "%s%s", option.c_str(), error.what());  // exits
+    }
+    return isOption || key == ARGP_KEY_END ? 0 : ARGP_ERR_UNKNOWN;
 }
 
 }  // namespace
 
 Options parseOptions(int argc, char** argv) {
-    CLI::App app{"tsqlbox: local SQL server for development and tests"};
+    const auto entries = entriesForArgp();
+    const argp parser{
+        entries.data(), handle, nullptr, "Local SQL server for development and tests.", {}, {}, {}};
+    argp_err_exit_status = kWrongCommandLine;
     Options options;
-    addOptions(app, options);
-    try {
-        app.parse(argc, argv);
-        completeTlsOptions(app, options);
-    } catch (const CLI::ParseError& error) {
-        std::exit(app.exit(error));
-    }
+    ::argp_parse(&parser, argc, argv, 0, nullptr, &options);
     return options;
 }
 

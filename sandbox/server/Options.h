@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,7 @@ struct Options {
     std::uint16_t port = 1433;  // 0: any free port
     bool allowRemote = false;   // permits a listenAddress outside 127.0.0.0/8
     bool stopAtEndOfInput = false;
-    tds::EncryptionMode encryption = tds::EncryptionMode::None;
+    std::optional<tds::EncryptionMode> encryption;  // parseOptions() chooses one if none is given
     CertificateFiles tlsFiles;
     int newestTls = TLS1_2_VERSION;
     std::vector<std::string> selfSignedNames;          // empty: the files exist
