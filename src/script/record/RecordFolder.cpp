@@ -128,7 +128,7 @@ bool RecordFolder::fail(std::string problem) {
 bool RecordFolder::write(const RunRecord& record) {
     const std::string name = newName(record);
     const std::string incomplete = kIncomplete + name;
-    if (!writeFile(incomplete, jsonOf(record))) {
+    if (!writeFile(incomplete, jsonText(jsonOf(record)) + "\n")) {
         ::unlinkat(m_folder.get(), incomplete.c_str(), /*flags=*/0);
         return false;
     }

@@ -5,11 +5,10 @@
 #include <cstdio>
 #include <ctime>
 #include <iterator>
-#include <nlohmann/json.hpp>
+
+#include "json/Json.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr int kVersion = 1;
 constexpr std::int64_t kPerSecond = 1000;
@@ -44,62 +43,29 @@ Json orNull(const std::string& text) {
     return text.empty() ? Json() : Json(text);
 }
 
-// Text of a JSON object, `indent` columns from the left. Values are added one by one, because the destructor
-// of a tree of values needs memory, and lack of it would end the program.
-class ObjectText {
-  public:
-    explicit ObjectText(std::size_t indent) : m_indent(indent, ' ') {}
-    void add(const char* name, const Json& scalar) {
-        addText(name, scalar.dump(-1, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace));
-    }
-    void addText(const char* name, const std::string& text) {
-        m_members += m_members.empty() ? "{\n" : ",\n";
-        m_members += m_indent + "  \"" + name + "\": " + text;
-    }
-    std::string text() const { return m_members + "\n" + m_indent + "}"; }
-
-  private:
-    std::string m_indent;
-    std::string m_members;
-};
-
-std::string textOf(const DVUCause_t& cause, std::size_t indent) {
-    ObjectText json(indent);
-    json.add("where", causePlaceName(cause.where));
+Json jsonOf(const DVUCause_t& cause) {
+    Json json = Json::object();
+    json["where"] = causePlaceName(cause.where);
     for (const NumberMember& number : kCauseNumbers)
-        if (cause.*number.member != number.unknown) json.add(number.name, cause.*number.member);
+        if (cause.*number.member != number.unknown) json[number.name] = cause.*number.member;
     for (const TextMember& text : kCauseTexts)
-        if (!(cause.*text.member).empty()) json.add(text.name, cause.*text.member);
-    return json.text();
+        if (!(cause.*text.member).empty()) json[text.name] = cause.*text.member;
+    return json;
 }
 
-std::string textOf(const std::vector<DVUCause_t>& causes) {
-    constexpr std::size_t kIndent = 4;
-    std::string text = "[";
-    for (const DVUCause_t& cause : causes) {
-        text += text == "[" ? "\n" : ",\n";
-        text += std::string(kIndent, ' ') + textOf(cause, kIndent);
-    }
-    return text + (causes.empty() ? "]" : "\n  ]");
-}
-
-std::string textIn(const Json& json, const char* name) {
-    const auto member = json.find(name);
-    return member != json.end() && member->is_string() ? member->get<std::string>() : std::string();
-}
-
-std::int64_t numberIn(const Json& json, const char* name, std::int64_t unknown = 0) {
-    const auto member = json.find(name);
-    return member != json.end() && member->is_number_integer() ? member->get<std::int64_t>() : unknown;
+Json jsonOf(const std::vector<DVUCause_t>& causes) {
+    Json json = Json::array();
+    for (const DVUCause_t& cause : causes) json.push_back(jsonOf(cause));
+    return json;
 }
 
 int intIn(const Json& json, const char* name, int unknown = 0) {
-    return static_cast<int>(numberIn(json, name, unknown));
+    return static_cast<int>(json.memberNumber(name, unknown));
 }
 
 // 0 for any text that isoTime() does not write.
 std::int64_t timeIn(const Json& json, const char* name) {
-    const std::string text = textIn(json, name);
+    const std::string text = json.memberText(name);
     std::tm time{};
     const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
     int milliseconds = 0;
@@ -109,12 +75,12 @@ std::int64_t timeIn(const Json& json, const char* name) {
 
 DVUCause_t causeIn(const Json& json) {
     DVUCause_t cause;
-    const std::string where = textIn(json, "where");
+    const std::string where = json.memberText("where");
     for (int place = 1; place < static_cast<int>(std::size(kPlaces)); ++place)
         if (where == kPlaces[place]) cause.where = place;
     for (const NumberMember& number : kCauseNumbers)
         cause.*number.member = intIn(json, number.name, number.unknown);
-    for (const TextMember& text : kCauseTexts) cause.*text.member = textIn(json, text.name);
+    for (const TextMember& text : kCauseTexts) cause.*text.member = json.memberText(text.name);
     return cause;
 }
 
@@ -149,62 +115,62 @@ std::string withoutMiddle(std::string_view text, std::size_t most) {
            " bytes are left out]\n" + std::string(text.substr(second));
 }
 
-std::string jsonOf(const RunRecord& record) {
-    ObjectText json(/*indent=*/0);
-    json.add("version", kVersion);
-    json.add("run", record.run > 0 ? Json(record.run) : Json());
-    json.add("script", record.script);
-    json.add("kind", record.isPackage ? "package" : "procedure");
-    json.add("sha256", orNull(record.sha256));
-    json.add("database", record.database);
-    json.add("server", record.server);
-    json.add("host", record.host);
-    json.add("installation", record.installation);
-    json.add("user", record.user);
-    json.add("program", record.program);
-    json.add("process", record.process);
-    json.add("start", isoTime(record.start));
-    json.add("end", isoTime(record.end));
-    json.add("status", record.succeeded ? "ok" : "failed");
-    json.add("journalUser", record.journalUser);
-    json.add("input", record.input ? Json(*record.input) : Json());
-    json.addText("causes", textOf(record.causes));
-    json.add("output", record.output);
-    json.add("outputBytes", record.outputBytes);
-    json.add("outputCut", record.outputCut);
-    return json.text() + "\n";
+Json jsonOf(const RunRecord& record) {
+    Json json = Json::object();
+    json["version"] = kVersion;
+    json["run"] = record.run > 0 ? Json(record.run) : Json();
+    json["script"] = record.script;
+    json["kind"] = record.isPackage ? "package" : "procedure";
+    json["sha256"] = orNull(record.sha256);
+    json["database"] = record.database;
+    json["server"] = record.server;
+    json["host"] = record.host;
+    json["installation"] = record.installation;
+    json["user"] = record.user;
+    json["program"] = record.program;
+    json["process"] = record.process;
+    json["start"] = isoTime(record.start);
+    json["end"] = isoTime(record.end);
+    json["status"] = record.succeeded ? "ok" : "failed";
+    json["journalUser"] = record.journalUser;
+    json["input"] = record.input ? Json(*record.input) : Json();
+    json["causes"] = jsonOf(record.causes);
+    json["output"] = record.output;
+    json["outputBytes"] = record.outputBytes;
+    json["outputCut"] = record.outputCut;
+    return json;
 }
 
-std::string parseRecord(const std::string& text, RunRecord& record) {
-    const Json json = Json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);
-    if (!json.is_object()) return "it is damaged";
-    const std::int64_t version = numberIn(json, "version");
+std::string parseRecord(std::string_view text, RunRecord& record) {
+    const std::optional<Json> parsed = jsonOfText(text);
+    if (!parsed || !parsed->isObject()) return "it is damaged";
+    const Json& json = *parsed;
+    const std::int64_t version = json.memberNumber("version");
     if (version > kVersion) return "it has version " + std::to_string(version) + ", which is not supported";
     record.run = intIn(json, "run");
-    record.script = textIn(json, "script");
-    record.isPackage = textIn(json, "kind") == "package";
-    record.sha256 = textIn(json, "sha256");
-    record.database = textIn(json, "database");
-    record.server = textIn(json, "server");
-    record.host = textIn(json, "host");
-    record.installation = textIn(json, "installation");
-    record.user = textIn(json, "user");
-    record.program = textIn(json, "program");
+    record.script = json.memberText("script");
+    record.isPackage = json.memberText("kind") == "package";
+    record.sha256 = json.memberText("sha256");
+    record.database = json.memberText("database");
+    record.server = json.memberText("server");
+    record.host = json.memberText("host");
+    record.installation = json.memberText("installation");
+    record.user = json.memberText("user");
+    record.program = json.memberText("program");
     record.process = intIn(json, "process");
     record.start = timeIn(json, "start");
     record.end = timeIn(json, "end");
-    record.succeeded = textIn(json, "status") == "ok";
+    record.succeeded = json.memberText("status") == "ok";
     record.journalUser = intIn(json, "journalUser");
-    const auto input = json.find("input");
-    if (input != json.end() && input->is_string()) record.input = input->get<std::string>();
+    if (const Json* const input = json.find("input"); input != nullptr && input->isText())
+        record.input = json.memberText("input");
     record.causes.clear();
-    if (const auto causes = json.find("causes"); causes != json.end() && causes->is_array())
-        for (const Json& cause : *causes)
-            if (cause.is_object()) record.causes.push_back(causeIn(cause));
-    record.output = textIn(json, "output");
-    record.outputBytes = static_cast<std::size_t>(numberIn(json, "outputBytes"));
-    const auto cut = json.find("outputCut");
-    record.outputCut = cut != json.end() && cut->is_boolean() && cut->get<bool>();
+    if (const Json* const causes = json.find("causes"); causes != nullptr && causes->isArray())
+        for (const Json& cause : causes->elements())
+            if (cause.isObject()) record.causes.push_back(causeIn(cause));
+    record.output = json.memberText("output");
+    record.outputBytes = static_cast<std::size_t>(json.memberNumber("outputBytes"));
+    record.outputCut = json.memberIsTrue("outputCut");
     const bool isComplete = version == kVersion && !record.script.empty() && record.start != 0;
     return isComplete ? "" : "it is damaged";
 }

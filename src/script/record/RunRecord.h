@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "DVUtilities/Diagnostics.h"
+#include "json/Json.h"
 
 // Strings that are unknown are empty. Times are milliseconds since 1970.
 struct RunRecord {
@@ -34,11 +35,10 @@ struct RunRecord {
     bool outputCut = false;
 };
 
-// Returns the record as indented JSON. Bytes that are not UTF-8 become U+FFFD.
-std::string jsonOf(const RunRecord& record);
-// Parses what jsonOf() writes. Returns the reason of a failure; empty for success. Members that are missing
-// or of another type count as unknown, except version, script and start.
-std::string parseRecord(const std::string& json, RunRecord& record);
+Json jsonOf(const RunRecord& record);
+// Parses the text of jsonOf()'s value. Returns the reason of a failure; empty for success. Members that are
+// missing or of another type count as unknown, except version, script and start.
+std::string parseRecord(std::string_view json, RunRecord& record);
 
 // "connection", "statement" etc. for DVUCause_t::where; empty for other numbers.
 const char* causePlaceName(int where);

@@ -86,7 +86,7 @@ void writeText(const std::optional<TScriptRun_t>& row, const FoundRecord& found,
 
 void writeAsJson(const std::optional<TScriptRun_t>& row, const FoundRecord& found, double staleHours) {
     Json json = {{"row", row ? jsonOf(RunView(*row, staleHours)) : Json()},
-                 {"record", found.record ? jsonOfText(jsonOf(*found.record)) : Json()}};
+                 {"record", found.record ? jsonOf(*found.record) : Json()}};
     if (!found.record) json["recordProblem"] = found.problem;
     writeJson(json);
 }

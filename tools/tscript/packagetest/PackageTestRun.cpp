@@ -172,10 +172,9 @@ TestResult runPackageTest(const TestedPackage& package, const PackageTest& test)
     const fs::path resultFile = installation.file("result.json");
     const int exitCode = installation.call(runCommand(package, test, resultFile));
     std::string error = installation.messages();
-    if (const std::string text = contentOf(resultFile); !text.empty()) {
-        const Json json = jsonOfText(text);
-        result.output = json.memberText("output");
-        error = json.memberText("error") + "\n" + error;
+    if (const std::optional<Json> json = jsonOfText(contentOf(resultFile))) {
+        result.output = json->memberText("output");
+        error = json->memberText("error") + "\n" + error;
     }
     compareOutput(test, exitCode, error, result);
     compareRows(installation, database, test, result);
