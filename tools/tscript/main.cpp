@@ -65,10 +65,11 @@ int runTool(int argc, char** argv) {
     const std::string first = argc > 1 ? argv[1] : "";
     if (first == kCompleteWord) {
         redirectLibraryOutput();
-        writeCandidates(commandLine.app(), {argv + 2, argv + argc});
+        writeCandidates(describe(commandLine.app()), {argv + 2, argv + argc});
         return flushOutput(ExitCode::kDone);
     }
-    if (first == kManPagesWord && argc == 3) return writeManPages(commandLine.app(), argv[2]) ? 0 : 1;
+    if (first == kManPagesWord && argc == 3)
+        return writeManPages(describe(commandLine.app()), argv[2]) ? 0 : 1;
     if (const std::optional<int> exitCode = commandLine.parse(argc, argv)) return *exitCode;
     redirectLibraryOutput();
     endWhenDriverFails();

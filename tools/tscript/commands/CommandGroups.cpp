@@ -1,8 +1,8 @@
 #include "commands/CommandGroups.h"
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
 #include <vector>
+
+#include "console/CommandLine.h"
 
 namespace {
 
@@ -20,17 +20,9 @@ const Group kGroups[] = {
     {"Try it out", {"sandbox"}},
 };
 
-const char* headingOf(const CLI::App& command) {
-    for (const Group& group : kGroups)
-        if (std::find(group.commands.begin(), group.commands.end(), command.get_name()) !=
-            group.commands.end())
-            return group.heading;
-    return "Other";
-}
-
 }  // namespace
 
 void groupCommands(CLI::App& app) {
-    for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
-        command->group(headingOf(*command));
+    for (const Group& group : kGroups)
+        for (const char* command : group.commands) setHeading(app, command, group.heading);
 }

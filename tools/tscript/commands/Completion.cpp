@@ -1,7 +1,6 @@
 #include "commands/Completion.h"
 
 #include <unistd.h>
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cstdlib>
@@ -24,40 +23,54 @@ constexpr unsigned int kMostSeconds = 3;  // a server that does not answer must 
 
 // What the words before the last one say.
 struct Position {
-    const CLI::App* level;
-    std::vector<std::string> values;           // of the level's positional arguments
-    const CLI::Option* option = nullptr;       // whose value the last word is
-    std::map<std::string, std::string> given;  // values of options so far, by the first long name
+    std::vector<const CommandDescription*> levels;  // the program, a family, a command
+    std::vector<std::string> values;                // of the last level's arguments
+    const OptionDescription* option = nullptr;      // whose value the last word is
+    std::map<std::string, std::string> given;       // values of options so far, by the first long name
+
+    const CommandDescription& level() const { return *levels.back(); }
 };
 
-const CLI::Option* findOption(const CLI::App* level, const std::string& word) {
-    for (; level != nullptr; level = level->get_parent())
-        if (const CLI::Option* option = level->get_option_no_throw(word)) return option;
+bool isNamed(const OptionDescription& option, const std::string& word) {
+    const auto isOneOf = [](const std::vector<std::string>& names, const std::string& name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    return word.compare(0, 2, "--") == 0 ? isOneOf(option.longNames, word.substr(2))
+                                         : isOneOf(option.shortNames, word.substr(1));
+}
+
+// Options of a command are accepted after its subcommands as well.
+const OptionDescription* findOption(const Position& position, const std::string& word) {
+    for (auto level = position.levels.rbegin(); level != position.levels.rend(); ++level)
+        for (const OptionDescription& option : (*level)->options)
+            if (isNamed(option, word)) return &option;
     return nullptr;
 }
 
-const CLI::App* findCommand(const CLI::App& level, const std::string& word) {
-    const auto isNamed = [&](const CLI::App* command) { return command->check_name(word); };
-    const std::vector<const CLI::App*> found = level.get_subcommands(isNamed);
-    return found.empty() ? nullptr : found.front();
+const CommandDescription* findCommand(const CommandDescription& level, const std::string& word) {
+    const auto hasName = [&](const CommandDescription& command) { return command.name == word; };
+    const auto found = std::find_if(level.commands.begin(), level.commands.end(), hasName);
+    return found != level.commands.end() ? &*found : nullptr;
 }
 
-Position positionOf(const CLI::App& app, const std::vector<std::string>& words) {
-    Position position{.level = &app, .values = {}, .given = {}};
+Position positionOf(const CommandDescription& program, const std::vector<std::string>& words) {
+    const Position start{.levels = {&program}, .values = {}, .given = {}};
+    Position position = start;
     for (std::size_t i = 0; i + 1 < words.size(); ++i) {
         const std::string& word = words[i];
         const bool isOption = word.size() > 1 && word.front() == '-';
-        if (word == "--" && position.level->get_name() == "each") {
-            position = {.level = &app, .values = {}, .given = {}};  // another command follows
-        } else if (const CLI::Option* option = isOption ? findOption(position.level, word) : nullptr;
-                   option != nullptr && option->get_items_expected_max() > 0) {
+        if (word == "--" && position.level().name == "each") {
+            position = start;  // another command follows
+        } else if (const OptionDescription* option = isOption ? findOption(position, word) : nullptr;
+                   option != nullptr && option->mostValues > 0) {
             if (i + 2 == words.size())
                 position.option = option;
-            else if (!option->get_lnames().empty())
-                position.given[option->get_lnames().front()] = words[i + 1];
+            else if (!option->longNames.empty())
+                position.given[option->longNames.front()] = words[i + 1];
             ++i;
-        } else if (const CLI::App* next = isOption ? nullptr : findCommand(*position.level, word)) {
-            position.level = next;
+        } else if (const CommandDescription* next =
+                       isOption ? nullptr : findCommand(position.level(), word)) {
+            position.levels.push_back(next);
         } else if (!isOption) {
             position.values.push_back(word);
         }
@@ -111,7 +124,7 @@ void writeParameters(const Position& position) {
 
 // Declared by the package that a run names.
 std::vector<Parameter> declaredParameters(const Position& position) {
-    if (position.level->get_name() != "run" || position.values.empty()) return {};
+    if (position.level().name != "run" || position.values.empty()) return {};
     try {
         return readParameters(packageFile(position.values.front()).string()).parameters;
     } catch (const Failure&) {
@@ -179,44 +192,40 @@ void writeMembers(const std::string& label) {
 void writeValues(const Position& position, const std::string& label) {
     writeMembers(label);
     for (const ValueSource& source : kSources)
-        if (label == source.label &&
-            (source.command == nullptr || position.level->get_name() == source.command))
+        if (label == source.label && (source.command == nullptr || position.level().name == source.command))
             return source.write(position);
 }
 
 // ---- Commands, options and arguments ----------------------------------------------------------------------
 
-void writeOptions(const CLI::App* level) {
-    for (; level != nullptr; level = level->get_parent()) {
-        for (const CLI::Option* option : level->get_options()) {
-            for (const std::string& name : option->get_lnames())
-                writeCandidate("--" + name, option->get_description());
-            for (const std::string& name : option->get_snames())
-                writeCandidate("-" + name, option->get_description());
+void writeOptions(const Position& position) {
+    for (auto level = position.levels.rbegin(); level != position.levels.rend(); ++level) {
+        for (const OptionDescription& option : (*level)->options) {
+            for (const std::string& name : option.longNames) writeCandidate("--" + name, option.help);
+            for (const std::string& name : option.shortNames) writeCandidate("-" + name, option.help);
         }
     }
 }
 
-void writeCommands(const CLI::App& level) {
-    for (const CLI::App* command : level.get_subcommands([](const CLI::App*) { return true; }))
-        writeCandidate(command->get_name(), command->get_description());
+void writeCommands(const Position& position) {
+    for (const CommandDescription& command : position.level().commands)
+        writeCandidate(command.name, command.help);
 }
 
 void writeArgument(const Position& position) {
     std::size_t index = 0;
-    for (const CLI::Option* option : position.level->get_options()) {
-        if (!option->get_positional()) continue;
-        const bool takesMany = option->get_items_expected_max() > 1;
-        if (index++ == position.values.size() || takesMany)
-            return writeValues(position, option->get_name(/*positional=*/true));
+    for (const OptionDescription& option : position.level().options) {
+        if (!option.isArgument()) continue;
+        if (index++ == position.values.size() || option.mostValues > 1)
+            return writeValues(position, option.argument);
     }
 }
 
-void write(const CLI::App& app, const std::vector<std::string>& words) {
-    const Position position = positionOf(app, words);
+void write(const CommandDescription& program, const std::vector<std::string>& words) {
+    const Position position = positionOf(program, words);
     const auto store = position.given.find("store");
     if (store != position.given.end()) setenv("ZEPHRA_REGISTRY", store->second.c_str(), 1);
-    if (position.option != nullptr) return writeValues(position, position.option->get_type_name());
+    if (position.option != nullptr) return writeValues(position, position.option->valueName);
     const std::vector<Parameter> parameters = declaredParameters(position);
     if (words.size() > 1 && words[words.size() - 2].compare(0, 2, "--") == 0)
         if (const Parameter* parameter = findParameter(parameters, words[words.size() - 2].substr(2))) {
@@ -226,17 +235,17 @@ void write(const CLI::App& app, const std::vector<std::string>& words) {
         }
     for (const Parameter& parameter : parameters)
         writeCandidate("--" + parameter.name, parameter.description);
-    if (!words.back().empty() && words.back().front() == '-') return writeOptions(position.level);
-    writeCommands(*position.level);
+    if (!words.back().empty() && words.back().front() == '-') return writeOptions(position);
+    writeCommands(position);
     writeArgument(position);
 }
 
 }  // namespace
 
-void writeCandidates(const CLI::App& app, const std::vector<std::string>& words) {
+void writeCandidates(const CommandDescription& program, const std::vector<std::string>& words) {
     alarm(kMostSeconds);
     try {
-        if (!words.empty()) write(app, words);
+        if (!words.empty()) write(program, words);
     } catch (const std::exception&) {
         return;  // a shell has no use for the reason
     }

@@ -1,6 +1,5 @@
 #include "commands/ManPages.h"
 
-#include <CLI/CLI.hpp>
 #include <fstream>
 #include <sstream>
 
@@ -22,71 +21,63 @@ std::string joined(const std::string& names, char separator) {
     return text;
 }
 
-void writeOption(std::ostream& out, const CLI::Option& option) {
-    const bool isArgument = option.get_positional();
-    std::string names = isArgument ? option.get_name(/*positional=*/true) : option.get_name(false, true);
+void writeOption(std::ostream& out, const OptionDescription& option) {
+    std::string names = option.isArgument() ? option.argument : option.names;
     for (std::size_t at = 0; (at = names.find(',', at)) != names.npos; at += 2) names.insert(at + 1, 1, ' ');
     out << ".TP\n\\fB" << roff(names) << "\\fR";
-    if (!isArgument && option.get_items_expected_max() > 0)
-        out << " \\fI" << roff(option.get_type_name()) << "\\fR";
-    out << "\n" << roff(option.get_description()) << "\n";
+    if (!option.isArgument() && option.mostValues > 0) out << " \\fI" << roff(option.valueName) << "\\fR";
+    out << "\n" << roff(option.help) << "\n";
 }
 
-void writeSection(std::ostream& out, const char* title, const CLI::App& command, bool positional) {
+void writeSection(std::ostream& out, const char* title, const CommandDescription& command, bool ofArguments) {
     bool isEmpty = true;
-    for (const CLI::Option* option : command.get_options()) {
-        if (option->get_positional() != positional || option == command.get_help_ptr()) continue;
+    for (const OptionDescription& option : command.options) {
+        if (option.isHelp || option.isArgument() != ofArguments) continue;
         if (isEmpty) out << ".SH " << title << "\n";
         isEmpty = false;
-        writeOption(out, *option);
+        writeOption(out, option);
     }
 }
 
-std::vector<const CLI::App*> commandsOf(const CLI::App& level) {
-    return level.get_subcommands([](const CLI::App*) { return true; });
+void writeCommands(std::ostream& out, const CommandDescription& family) {
+    if (!family.commands.empty()) out << ".SH COMMANDS\n";
+    for (const CommandDescription& command : family.commands)
+        out << ".TP\n\\fB" << roff(command.name) << "\\fR\n" << roff(command.help) << "\n";
 }
 
-void writeCommands(std::ostream& out, const CLI::App& family) {
-    if (!commandsOf(family).empty()) out << ".SH COMMANDS\n";
-    for (const CLI::App* command : commandsOf(family))
-        out << ".TP\n\\fB" << roff(command->get_name()) << "\\fR\n"
-            << roff(command->get_description()) << "\n";
-}
-
-std::string pageOf(const CLI::App& command, const std::string& path) {
+// `family` is null for a command that belongs to none.
+std::string pageOf(const CommandDescription& command, const CommandDescription* family,
+                   const std::string& path) {
     const std::string name = joined(path, '-');
     std::string upper = name;
     for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     std::ostringstream out;
     out << ".TH " << roff(upper) << " 1 \"\" \"DVUtilities\" \"User Commands\"\n.SH NAME\n"
-        << roff(name) << " \\- " << roff(command.get_description()) << "\n.SH SYNOPSIS\n\\fB" << roff(path)
+        << roff(name) << " \\- " << roff(command.help) << "\n.SH SYNOPSIS\n\\fB" << roff(path)
         << "\\fR [\\fIOPTIONS\\fR]";
-    for (const CLI::Option* option : command.get_options()) {
-        if (!option->get_positional()) continue;
-        const std::string argument = "\\fI" + roff(option->get_name(/*positional=*/true)) + "\\fR" +
-                                     (option->get_items_expected_max() > 1 ? "..." : "");
-        out << " " << (option->get_required() ? argument : "[" + argument + "]");
+    for (const OptionDescription& option : command.options) {
+        if (!option.isArgument()) continue;
+        const std::string argument =
+            "\\fI" + roff(option.argument) + "\\fR" + (option.mostValues > 1 ? "..." : "");
+        out << " " << (option.isRequired ? argument : "[" + argument + "]");
     }
-    out << "\n.SH DESCRIPTION\n" << roff(command.get_description()) << ".\n";
-    if (command.get_allow_extras()) {  // acceptFurtherWords() describes them
-        const std::string footer = command.get_footer();
-        out << ".PP\n" << roff(footer.substr(0, footer.find('\n'))) << "\n";
-    }
+    out << "\n.SH DESCRIPTION\n" << roff(command.help) << ".\n";
+    if (!command.furtherWords.empty()) out << ".PP\n" << roff(command.furtherWords) << "\n";
     writeCommands(out, command);
-    writeSection(out, "ARGUMENTS", command, /*positional=*/true);
-    writeSection(out, "OPTIONS", command, /*positional=*/false);
-    if (command.get_parent()->get_parent() != nullptr)
-        writeSection(out, "OPTIONS OF THE FAMILY", *command.get_parent(), /*positional=*/false);
+    writeSection(out, "ARGUMENTS", command, /*ofArguments=*/true);
+    writeSection(out, "OPTIONS", command, /*ofArguments=*/false);
+    if (family != nullptr) writeSection(out, "OPTIONS OF THE FAMILY", *family, /*ofArguments=*/false);
     out << ".SH EXIT STATUS\nAs for\n.BR tscript (1).\n.SH SEE ALSO\n.BR tscript (1)\n";
     return out.str();
 }
 
-bool writePagesBelow(const CLI::App& level, const std::string& path, const std::string& folder) {
-    for (const CLI::App* command : commandsOf(level)) {
-        const std::string name = path + " " + command->get_name();
-        if (!writePagesBelow(*command, name, folder)) return false;
+bool writePagesBelow(const CommandDescription& level, const CommandDescription* family,
+                     const std::string& path, const std::string& folder) {
+    for (const CommandDescription& command : level.commands) {
+        const std::string name = path + " " + command.name;
+        if (!writePagesBelow(command, &command, name, folder)) return false;
         std::ofstream out(folder + "/" + joined(name, '-') + ".1");
-        out << pageOf(*command, name) << std::flush;
+        out << pageOf(command, family, name) << std::flush;
         if (!out) return false;
     }
     return true;
@@ -94,6 +85,6 @@ bool writePagesBelow(const CLI::App& level, const std::string& path, const std::
 
 }  // namespace
 
-bool writeManPages(const CLI::App& app, const std::string& folder) {
-    return writePagesBelow(app, app.get_name(), folder);
+bool writeManPages(const CommandDescription& program, const std::string& folder) {
+    return writePagesBelow(program, /*family=*/nullptr, program.name, folder);
 }

@@ -3,13 +3,11 @@
 
 #include <string>
 
-namespace CLI {
-class App;
-}
+#include "console/CommandTree.h"
 
 // First word of the program's call by the build.
 inline constexpr const char* kManPagesWord = "__man";
 
 // Writes one page for each command into the folder: "tscript-run.1", "tscript-db-backup.1". False if one
 // cannot be written.
-bool writeManPages(const CLI::App& app, const std::string& folder);
+bool writeManPages(const CommandDescription& program, const std::string& folder);

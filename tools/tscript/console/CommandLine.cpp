@@ -68,6 +68,18 @@ void addRangedNumber(CLI::App* command, const char* name, Number& value, const c
     if (rules.defaultInHelp) option->capture_default_str();
 }
 
+OptionDescription describe(const CLI::Option& option, bool isHelp) {
+    return {.argument = option.get_positional() ? option.get_name(/*positional=*/true) : "",
+            .names = option.get_name(/*positional=*/false, /*all_options=*/true),
+            .longNames = option.get_lnames(),
+            .shortNames = option.get_snames(),
+            .valueName = option.get_type_name(),
+            .help = option.get_description(),
+            .mostValues = option.get_items_expected_max(),
+            .isRequired = option.get_required(),
+            .isHelp = isHelp};
+}
+
 }  // namespace
 
 CommandLine::CommandLine(const char* description, const char* program, const char* version,
@@ -117,6 +129,24 @@ CLI::App* addFamily(CLI::App& app, const char* name, const char* description) {
 
 std::string usageOf(const CLI::App& app) {
     return app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+}
+
+void setHeading(CLI::App& app, const char* command, const char* heading) {
+    app.get_subcommand(command)->group(heading);
+}
+
+CommandDescription describe(const CLI::App& app) {
+    const std::string footer = app.get_footer();  // of acceptFurtherWords()
+    CommandDescription command{
+        .name = app.get_name(),
+        .help = app.get_description(),
+        .furtherWords = app.get_allow_extras() ? footer.substr(0, footer.find('\n')) : "",
+        .options = {},
+        .commands = {}};
+    for (const CLI::Option* option : app.get_options())
+        command.options.push_back(describe(*option, /*isHelp=*/option == app.get_help_ptr()));
+    for (const CLI::App* below : commandsOf(app)) command.commands.push_back(describe(*below));
+    return command;
 }
 
 void acceptFurtherWords(CLI::App* command, const char* help) {

@@ -1,5 +1,5 @@
-// Commands and options of the command line. Only CommandLine.cpp and what describes the commands (completion,
-// manual pages, groups) include the parser's header, which takes many seconds to compile.
+// Commands and options of the command line. CommandLine.cpp alone includes the parser's header, which takes
+// many seconds to compile.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "console/CommandTree.h"
 
 namespace CLI {
 class App;
@@ -35,6 +37,10 @@ CLI::App* addCommand(CLI::App* family, const char* name, const char* description
 // Adds a command that has only subcommands.
 CLI::App* addFamily(CLI::App& app, const char* name, const char* description);
 std::string usageOf(const CLI::App& app);
+// Lists the command under the heading in the help.
+void setHeading(CLI::App& app, const char* command, const char* heading);
+// Returns the commands and options that have been added so far.
+CommandDescription describe(const CLI::App& app);
 // Makes a command accept words that it does not know; `help`, one line, describes them behind its
 // usage.
 void acceptFurtherWords(CLI::App* command, const char* help);
