@@ -283,6 +283,34 @@ void appendConverted(TextBuffer& text, DBPROCESS* process, int type, Bytes value
     if (length > 0) text.append(buffer);
 }
 
+// Appends an integer or an amount of money. False for a value of another type.
+bool appendNumberOfType(TextBuffer& text, int type, const char* data) {
+    switch (type) {
+        case SYBBIT:
+        case SYBINT1:
+            appendNumber(text, read<std::uint8_t>(data));
+            return true;
+        case SYBINT2:
+            appendNumber(text, read<std::int16_t>(data));
+            return true;
+        case SYBINT4:
+            appendNumber(text, read<std::int32_t>(data));
+            return true;
+        case SYBINT8:
+            appendNumber(text, read<std::int64_t>(data));
+            return true;
+        case SYBMONEY4:
+            appendMoney(text, read<std::int32_t>(data));
+            return true;
+        case SYBMONEY:  // the high half is stored first
+            appendMoney(text, static_cast<std::int64_t>(std::uint64_t{read<std::uint32_t>(data)} << 32 |
+                                                        read<std::uint32_t>(data, 4)));
+            return true;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 ColumnInfo describeColumn(DBPROCESS* process, int number) {
@@ -352,28 +380,9 @@ bool appendColumnValue(DBPROCESS* process, int number, const ValueType& type, st
         case kUniqueType:
             appendGuid(text, whole());
             break;
-        case SYBBIT:
-        case SYBINT1:
-            appendNumber(text, read<std::uint8_t>(data));
-            break;
-        case SYBINT2:
-            appendNumber(text, read<std::int16_t>(data));
-            break;
-        case SYBINT4:
-            appendNumber(text, read<std::int32_t>(data));
-            break;
-        case SYBINT8:
-            appendNumber(text, read<std::int64_t>(data));
-            break;
-        case SYBMONEY4:
-            appendMoney(text, read<std::int32_t>(data));
-            break;
-        case SYBMONEY:  // the high half is stored first
-            appendMoney(text, static_cast<std::int64_t>(std::uint64_t{read<std::uint32_t>(data)} << 32 |
-                                                        read<std::uint32_t>(data, 4)));
-            break;
         default:
-            appendConverted(text, process, type.type, whole());
+            if (!appendNumberOfType(text, type.type, data))
+                appendConverted(text, process, type.type, whole());
     }
     return true;
 }
