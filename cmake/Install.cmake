@@ -54,11 +54,17 @@ install(FILES "${CMAKE_BINARY_DIR}/DVUtilities.pc"
 get_filename_component(sybdb_file "${SYBDB_LIBRARY}" REALPATH)
 string(REGEX REPLACE ".*\\.so\\." "" SYBDB_VERSION "${sybdb_file}")
 find_package(nlohmann_json REQUIRED)
+set(linked_spdlog "")
+set(compiled_spdlog "spdlog ${spdlog_VERSION}\n")
+if(DVU_SHARED_SPDLOG)
+  set(linked_spdlog "lib${compiled_spdlog}")
+  set(compiled_spdlog "")
+endif()
 set(compiler_version "${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION}")
 file(CONFIGURE OUTPUT linked/library.txt @ONLY CONTENT "Linked libraries and their versions
 
 libfmt ${fmt_VERSION}
-libtomlplusplus ${tomlplusplus_VERSION}
+${linked_spdlog}libtomlplusplus ${tomlplusplus_VERSION}
 libsodium ${sodium_VERSION}
 libodbc ${odbc_VERSION} (unixODBC)
 libssl, libcrypto ${openssl_VERSION} (OpenSSL)
@@ -70,8 +76,7 @@ libgssapi_krb5 ${gssapi_VERSION} (Kerberos)
 
 Compiled in
 
-spdlog ${spdlog_VERSION}
-nlohmann-json ${nlohmann_json_VERSION}
+${compiled_spdlog}nlohmann-json ${nlohmann_json_VERSION}
 ")
 file(CONFIGURE OUTPUT linked/tools.txt @ONLY CONTENT "Linked libraries and their versions
 
