@@ -1,7 +1,6 @@
 // Login name and password of a server, which has exactly one login.
 #pragma once
 
-#include <semaphore>
 #include <string>
 #include <string_view>
 
@@ -9,7 +8,8 @@ namespace tds {
 
 class Credentials {
   public:
-    // Keeps a salted hash of the password. Throws std::runtime_error when there is no memory for hashing.
+    // Keeps a hash of the password, keyed with random bytes. Throws std::runtime_error if libsodium cannot be
+    // used.
     Credentials(std::string_view name, std::string_view password);
 
     // Compares the name without regard to case and the password exactly. A wrong name takes as long as a
@@ -17,10 +17,11 @@ class Credentials {
     bool match(std::string_view name, std::string_view password) const;
 
   private:
+    std::string hashOf(std::string_view password) const;
+
     std::string m_name;
+    std::string m_key;
     std::string m_hash;
-    // Hashing is expensive. The limit keeps a flood of logins from taking all memory and processors.
-    mutable std::counting_semaphore<> m_hashSlots{2};
 };
 
 }  // namespace tds
