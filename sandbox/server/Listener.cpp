@@ -17,8 +17,7 @@
 #include <thread>
 #include <utility>
 
-#include "SessionFiles.h"
-#include "SessionMemory.h"
+#include "SessionLimits.h"
 
 namespace server {
 namespace {

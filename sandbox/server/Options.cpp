@@ -6,14 +6,15 @@
 #include <iterator>
 #include <map>
 #include <stdexcept>
+#include <type_traits>
 
 namespace server {
 namespace {
 
 constexpr int kWrongCommandLine = 2;  // exit code
 constexpr int kFirstKey = 256;        // keys of long options for argp(3), above all characters
-constexpr int kMaxLoginSeconds = 3600;
-constexpr int kMaxConnections = 32'000;
+constexpr std::size_t kMaxLoginSeconds = 3600;
+constexpr std::size_t kMaxConnections = 32'000;
 constexpr std::size_t kMaxMebibytes = std::size_t{1} << 20;
 
 struct UsageError : std::runtime_error {
@@ -40,9 +41,8 @@ Value valueNamed(const std::string& name, const std::map<std::string, Value>& va
     throw UsageError("'" + name + "' is none of " + known);
 }
 
-template <typename Number>
-Number numberIn(std::string_view text, Number least, Number most) {
-    Number number{};
+std::size_t numberIn(std::string_view text, std::size_t least, std::size_t most) {
+    std::size_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number < least || number > most)
         throw UsageError("'" + std::string(text) + "' is no number from " + std::to_string(least) + " to " +
@@ -67,17 +67,25 @@ struct Entry {
     void (*set)(Options& options, const char* value);
 };
 
+template <auto Member>
+void setText(Options& options, const char* value) {
+    options.*Member = value;
+}
+
+template <auto Member, std::size_t least, std::size_t most>
+void setNumber(Options& options, const char* value) {
+    using Number = std::remove_reference_t<decltype(options.*Member)>;
+    options.*Member = static_cast<Number>(numberIn(value, least, most));
+}
+
 constexpr Entry kEntries[] = {
     {"data", "DIR", "directory of the databases; created if missing (required)",
-     [](Options& options, const char* value) { options.dataDirectory = value; }},
-    {"port", "N", "TCP port (1433); 0: any free port",
-     [](Options& options, const char* value) { options.port = numberIn<std::uint16_t>(value, 0, 65535); }},
-    {"login", "NAME", "login name for clients (required)",
-     [](Options& options, const char* value) { options.login = value; }},
+     setText<&Options::dataDirectory>},
+    {"port", "N", "TCP port (1433); 0: any free port", setNumber<&Options::port, 0, 65535>},
+    {"login", "NAME", "login name for clients (required)", setText<&Options::login>},
     {"password-file", "FILE", "file with the password of the login in its first line (required)",
-     [](Options& options, const char* value) { options.passwordFile = value; }},
-    {"listen", "ADDRESS", "IPv4 address to listen on (127.0.0.1)",
-     [](Options& options, const char* value) { options.listenAddress = value; }},
+     setText<&Options::passwordFile>},
+    {"listen", "ADDRESS", "IPv4 address to listen on (127.0.0.1)", setText<&Options::listenAddress>},
     {"allow-remote", nullptr, "permit a --listen address that other hosts can reach",
      [](Options& options, const char*) { options.allowRemote = true; }},
     {"tls-cert", "FILE", "PEM file of the certificate and its intermediate certificates",
@@ -91,25 +99,17 @@ constexpr Entry kEntries[] = {
     {"tls-max", "VERSION", "newest TLS version: 1.1, 1.2 or 1.3 (1.2)",
      [](Options& options, const char* value) { options.newestTls = valueNamed(value, kTlsVersions); }},
     {"keytab", "FILE", "keytab of the server's service principals, for Kerberos logins",
-     [](Options& options, const char* value) { options.keytab = value; }},
+     setText<&Options::keytab>},
     {"max-connections", "N", "maximum number of connected clients (512)",
-     [](Options& options, const char* value) {
-         options.maxConnections = numberIn(value, 1, kMaxConnections);
-     }},
+     setNumber<&Options::maxConnections, 1, kMaxConnections>},
     {"session-memory", "MIB", "maximum memory of a session (1024)",
-     [](Options& options, const char* value) {
-         options.sessionMebibytes = numberIn(value, std::size_t{16}, kMaxMebibytes);
-     }},
+     setNumber<&Options::sessionMebibytes, 16, kMaxMebibytes>},
     {"session-files", "MIB", "maximum size of a session's temporary files (4096)",
-     [](Options& options, const char* value) {
-         options.temporaryMebibytes = numberIn(value, std::size_t{1}, kMaxMebibytes);
-     }},
+     setNumber<&Options::temporaryMebibytes, 1, kMaxMebibytes>},
     {"backup-folder", "DIR", "folder that BACKUP may write to, besides --data; may be repeated",
      [](Options& options, const char* value) { options.backupFolders.emplace_back(value); }},
     {"login-timeout", "SECONDS", "time limit of a login (15)",
-     [](Options& options, const char* value) {
-         options.loginSeconds = numberIn(value, 1, kMaxLoginSeconds);
-     }},
+     setNumber<&Options::loginSeconds, 1, kMaxLoginSeconds>},
     {"stop-at-eof", nullptr, "exit at the end of standard input",
      [](Options& options, const char*) { options.stopAtEndOfInput = true; }},
 };

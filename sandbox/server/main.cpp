@@ -12,8 +12,7 @@
 
 #include "Listener.h"
 #include "Options.h"
-#include "SessionFiles.h"
-#include "SessionMemory.h"
+#include "SessionLimits.h"
 #include "execute/Engine.h"
 
 namespace {
