@@ -54,7 +54,6 @@ struct ObjectInfo {
     std::string table = {};                 // name of the parent
     std::int64_t seed = 1;                  // of a table's identity
 };
-std::string listOf(const std::vector<std::string>& names);  // "a, b"
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
 inline bool isUniqueKey(const ObjectInfo& key) {
     return key.type == objectType::kPrimaryKey || key.type == objectType::kUnique ||

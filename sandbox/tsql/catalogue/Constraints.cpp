@@ -136,7 +136,7 @@ SqlError BrokenConstraint::duplicateKey(std::string columns) const {
     const std::string nulls = "@" + std::to_string(target.id) + std::string(kNullsSuffix) + "'";
     for (const auto& key : m_catalogue.keysOf(target.id)) {
         if (!isUniqueKey(key) ||
-            (!sameText(listOf(key.columns), columns) && columns != "index '" + key.name + nulls))
+            (!sameText(commaList(key.columns), columns) && columns != "index '" + key.name + nulls))
             continue;
         const std::string value = duplicateValue(key);
         if (key.type == objectType::kIndex)

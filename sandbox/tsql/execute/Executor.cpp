@@ -1,7 +1,6 @@
 #include "execute/Executor.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <thread>
 
@@ -20,103 +19,6 @@ namespace {
 
 constexpr int kFatalSeverity = 20;
 constexpr int kTopUserSeverity = 18;
-
-// Errors that end the batch and roll back the transaction: failed conversions, impossible changes of tables,
-// calls nested too deep, and the victim of a deadlock.
-constexpr std::array kBatchErrors = {
-    message::kCallsNestedTooDeeply, message::kBadMoneyText,           message::kBadDateText,
-    message::kDateOutOfRange,       message::kOverflowOfSmallInteger, message::kBadTextForType,
-    message::kOverflowOfInt,        message::kBadSmallDateTimeText,   message::kDeadlockVictim,
-    message::kRepeatedColumnName,   message::kObjectExists,           message::kSeveralIdentityColumns,
-    message::kInvalidIdentityType,  message::kConstraintNotDropped,   message::kAddedColumnNotNull,
-    message::kColumnHasDependents,  message::kAlteredColumnNotFound,  message::kSeveralPrimaryKeys,
-    message::kConversionError,      message::kIdentityOnNullable,     message::kBadUniqueIdentifier};
-// Errors that a compiler would find. They end the procedure or batch, but not the transaction.
-constexpr std::array kScopeErrors = {message::kOrderByItemNotInSetOperation,
-                                     message::kUnknownColumnPrefix,
-                                     message::kOrderByPositionOutOfRange,
-                                     message::kMoreInsertColumnsThanValues,
-                                     message::kFewerInsertColumnsThanValues,
-                                     message::kSubqueryWithSeveralColumns,
-                                     message::kFewerSelectedThanInserted,
-                                     message::kMoreSelectedThanInserted,
-                                     message::kAggregateOfAggregate,
-                                     message::kUndeclaredVariable,
-                                     message::kAssignmentAmongResults,
-                                     message::kOrderByItemNotInDistinct,
-                                     message::kAggregateInWhere,
-                                     message::kUnknownOption,
-                                     message::kAggregateInSetList,
-                                     message::kGroupByWithoutColumn,
-                                     message::kRepeatedOrderByColumn,
-                                     message::kFunctionNeedsArguments,
-                                     message::kFunctionTakesArguments,
-                                     message::kUnknownSetOption,
-                                     message::kSetOperationColumnCounts,
-                                     message::kOperandTypeClash,
-                                     message::kInvalidColumnName,
-                                     message::kInvalidObjectName,
-                                     message::kAmbiguousColumnName,
-                                     message::kColumnCountMismatch,
-                                     message::kRepeatedCommonTableName,
-                                     message::kRecursiveTypesDiffer,
-                                     message::kSeveralRecursiveReferences,
-                                     message::kNoImplicitConversion,
-                                     message::kNoTableToSelectFrom,
-                                     message::kColumnSetTwice,
-                                     message::kTypeNotComparable,
-                                     message::kTooFewArguments,
-                                     message::kIncompatibleOperands,
-                                     message::kConstantInOrderBy,
-                                     message::kTypeNotDistinct,
-                                     message::kDistinctInRecursion,
-                                     message::kTopInRecursion,
-                                     message::kOuterJoinInRecursion,
-                                     message::kGroupingInRecursion,
-                                     message::kNoExplicitConversion,
-                                     message::kUnknownDatabase,
-                                     message::kVariableInOrderBy,
-                                     message::kRepeatedCorrelationName,
-                                     message::kSameExposedNames,
-                                     message::kRowCountNotInteger,
-                                     message::kUndeclaredTableVariable,
-                                     message::kUnboundIdentifier,
-                                     message::kWindowNotAllowedHere,
-                                     message::kOverWithOrderByRequired,
-                                     message::kNotAWindowFunction,
-                                     message::kFunctionNotFound,
-                                     message::kCoalesceOfNulls,
-                                     message::kConditionExpected,
-                                     message::kNullIfOfNull,
-                                     message::kRangeFrameLimits,
-                                     message::kAlteredTableNotFound,
-                                     message::kIntegerIndexInWindow,
-                                     message::kConstantInWindow,
-                                     message::kTypeNotInSetOperation,
-                                     message::kIdentityValueNeedsColumnList,
-                                     message::kIdentityUpdate,
-                                     message::kInvalidArgumentType,
-                                     message::kInvalidOperandType,
-                                     message::kUngroupedInSelect,
-                                     message::kUngroupedInHaving,
-                                     message::kUngroupedInOrderBy,
-                                     message::kCaseOfNulls,
-                                     message::kAmbiguousTable,
-                                     message::kUnnamedColumn,
-                                     message::kColumnSpecifiedTwice,
-                                     message::kMoreColumnsThanNames,
-                                     message::kFewerColumnsThanNames,
-                                     message::kTopWithOffset,
-                                     message::kFrameNotAllowed,
-                                     message::kOverRequired,
-                                     message::kFrameWithoutOrderBy,
-                                     message::kWithinGroupNotAllowed,
-                                     message::kDistinctWithOver};
-
-template <std::size_t N>
-bool contains(const std::array<int, N>& numbers, int number) {
-    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
-}
 
 }  // namespace
 
@@ -147,10 +49,8 @@ Executor::~Executor() {
 // Runs a request of the client to its end or to the error that ends it.
 template <typename Work>
 RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
-    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
-    const Finally workAgain([before = std::exchange(isBatchCancelled, [this] { return isCancelled(); })] {
-        isBatchCancelled = before;
-    });
+    const Temporarily toClient(m_sink, &sink);
+    const Temporarily cancellable(isBatchCancelled, [this] { return isCancelled(); });
     RequestEnd end = RequestEnd::Whole;
     changeEntry([](SessionEntry& entry) { entry.isRunning = true; });
     try {
@@ -217,9 +117,7 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
                 given->node = Literal{{std::move(argument.value), argument.type}};
             execute.arguments.push_back({argument.name, std::move(given), output});
         }
-        const Finally describeAgain(
-            [this, before = m_settings.describeOnly] { m_settings.describeOnly = before; });
-        m_settings.describeOnly = m_settings.describeOnly || call.describeOnly;
+        const Temporarily describing(m_settings.describeOnly, m_settings.describeOnly || call.describeOnly);
         Block block;
         block.push_back(std::make_unique<Statement>(Statement{1, std::move(execute)}));
         runFrame(block, frame);
@@ -294,10 +192,6 @@ void Executor::inform(int number, std::initializer_list<std::string_view> values
     report(messageOf(sqlError(number, values), m_line));
 }
 
-bool Executor::endsScope(int number) {
-    return contains(kScopeErrors, number);
-}
-
 void Executor::fail(const SqlError& error, int line) {
     afterError(messageOf(error, line), /*raised=*/false);
 }
@@ -313,8 +207,8 @@ void Executor::afterError(const Message& message, bool raised) {
     // A constraint that no row has broken ends the batch.
     const bool badDefinition = message.number == message::kConstraintNotCreated && verb.empty();
     const bool endsBatch =
-        !raised && (m_settings.abortOnError || contains(kBatchErrors, message.number) || badDefinition);
-    const bool endsHere = !raised && endsScope(message.number);
+        !raised && (m_settings.abortOnError || endOf(message.number) == Ends::Batch || badDefinition);
+    const bool endsHere = !raised && endOf(message.number) == Ends::Scope;
     const bool refused =
         !raised && message.number == message::kUserDefined;  // the statement is not supported
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
@@ -528,13 +422,8 @@ Flow Executor::run(const Return& node) {
 Flow Executor::run(const TryCatch& node) {
     std::optional<Message> caught;
     try {
-        Frame& frame = *m_frames.back();
-        ++m_tries;
-        ++frame.tries;
-        const Finally left([&] {
-            --m_tries;
-            --frame.tries;
-        });
+        const Temporarily within(m_tries, m_tries + 1);
+        const Temporarily inFrame(m_frames.back()->tries, m_frames.back()->tries + 1);
         return runBlock(node.attempt);
     } catch (const Raised& raised) {
         if (raised.within == m_frames.back()) throw;

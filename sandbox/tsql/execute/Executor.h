@@ -131,7 +131,6 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::WaitFor& wait);
     void fail(const SqlError& error, int line);
     void afterError(const Message& message, bool raised);
-    static bool endsScope(int number);
     void report(const Message& message) const;
     void inform(int number, std::initializer_list<std::string_view> values = {}) const;
     Message messageOf(const SqlError& error, int line) const;

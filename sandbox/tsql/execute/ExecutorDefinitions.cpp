@@ -252,8 +252,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
 
 // Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
-    std::string body;
-    for (const auto& column : table.columns) body += (body.empty() ? "" : ", ") + columnText(column);
+    std::string body = commaList(table.columns, columnText);
     for (const auto& key : catalogue.keysOf(table.id)) {
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
         if (key.type == objectType::kCheck)

@@ -196,7 +196,7 @@ void Executor::checkTransactions(int before, const std::string& procedure) {
 }
 
 void Executor::runText(const std::string& text, const std::string& inside) {
-    const Finally textAgain([this, outer = std::exchange(m_text, text)] { m_text = outer; });
+    const Temporarily inner(m_text, text);
     const auto batch = parseBatch(m_text, m_settings.quotedIdentifiers);
     Frame frame;
     frame.declare(batch->locals);

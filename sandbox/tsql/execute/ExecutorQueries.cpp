@@ -107,7 +107,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
 
 void Executor::divert(const RowHandler& handler, const std::function<void()>& work) {
     DivertingSink sink(*m_sink, handler);
-    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
+    const Temporarily diverted(m_sink, &sink);
     work();
 }
 
@@ -300,8 +300,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     };
     if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
     {
-        const Finally again([this] { m_insertsRows = false; });
-        m_insertsRows = true;
+        const Temporarily inserting(m_insertsRows, true);
         divert(collect, work);
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);

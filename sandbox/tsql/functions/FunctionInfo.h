@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "functions/FunctionKind.h"
+#include "functions/Functions.h"
 #include "functions/SqliteFunction.h"
 #include "functions/Typed.h"
 
@@ -31,17 +31,15 @@ using Writer = std::string (*)(const FunctionInfo& function, Pieces arguments, c
 constexpr bool isArgument(char letter) {
     return letter >= 'A' && letter <= 'Z';
 }
-// NAME(argument, ...) with the type codes of the pattern.
-std::string listed(std::string_view name, const FunctionInfo& function, Pieces pieces, const SqlType& result);
-// ts_NAME(arguments)
-std::string writeOwn(const FunctionInfo& function, Pieces arguments, const SqlType& result);
+// NAME(argument, ...) with the function's name in SQLite and the type codes of the pattern.
+std::string writeCall(const FunctionInfo& function, Pieces arguments, const SqlType& result);
 
 // A built-in function. The pattern of its arguments:
 //   T  string; other types are converted       I int   B bigint   F float   A any type
 //   L  as T, also accepts text and ntext       N  number; a string becomes float
 //   C  string or binary, converted to string   S  string or binary, not converted
 //   D  date or time; a string becomes datetime2(7), a number datetime
-//   E  as D, but a string becomes datetime
+//   E  as D, but a string becomes datetime     R  any type, converted to that of the result
 //   P  name of a date part
 //   [  begins the optional arguments           *  the last argument may be repeated
 //   #  passes the type code of the previous argument to the SQLite function   =  passes that of the result
@@ -52,8 +50,11 @@ struct FunctionInfo {
         : name(called),
           arguments(takes),
           result(gives),
-          scalar{"ts_" + std::string(called), runs, nulls, purity},
-          write(writeOwn) {}
+          scalar{"ts_" + std::string(called), runs, nulls, purity} {}
+    // A function or aggregate of SQLite, or one that is registered elsewhere.
+    FunctionInfo(std::string_view called, std::string_view takes, ResultType gives, const char* inSqlite,
+                 FunctionKind of = FunctionKind::Scalar)
+        : name(called), arguments(takes), result(gives), scalar{inSqlite, nullptr}, kind(of) {}
     // A function that is written with other functions. The writer gets converted arguments.
     FunctionInfo(std::string_view called, std::string_view takes, ResultType gives, Writer writes,
                  FunctionKind of = FunctionKind::Scalar)
@@ -62,8 +63,8 @@ struct FunctionInfo {
     std::string_view name;
     std::string_view arguments;
     ResultType result;
-    ScalarFunction scalar;
-    Writer write;
+    ScalarFunction scalar;  // its name is that of the function in SQLite
+    Writer write = writeCall;
     FunctionKind kind = FunctionKind::Scalar;
 };
 

@@ -5,11 +5,12 @@
 #include <span>
 #include <string_view>
 
-#include "functions/FunctionKind.h"
 #include "functions/Typed.h"
 
 namespace tsql {
 
+// Kind of a built-in function. Ranking: requires OVER with ORDER BY. Framed: as Ranking, and allows a frame.
+enum class FunctionKind { Scalar, Aggregate, Ranking, Framed };
 struct FunctionInfo;
 // Returns null for an unknown function. Case-insensitive.
 const FunctionInfo* findFunction(std::string_view name);

@@ -1,8 +1,8 @@
-#include "functions/QueryFunctions.h"
-
+// SQLite functions for the SQL of the translator and the system views.
 #include <algorithm>
 
 #include "catalogue/Catalogue.h"
+#include "functions/SqliteFunction.h"
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -178,7 +178,7 @@ Value digitsOf(const SqlType& type) {
 // (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
 Value runReferenced(const Call& call) {
     const auto names = parseConstraint(call.text(0)).referencedColumns;
-    return names.empty() ? Value(Null{}) : Value(listOf(names));
+    return names.empty() ? Value(Null{}) : Value(commaList(names));
 }
 Value runCascades(const Call& call) {
     return std::int64_t{parseConstraint(call.text(0)).cascade};

@@ -3,13 +3,12 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
-#include "functions/Aggregates.h"
 #include "functions/FunctionInfo.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
-#include "functions/QueryFunctions.h"
 #include "types/Text.h"
 #include "types/Work.h"
 
@@ -50,6 +49,21 @@ int collate(void*, int leftSize, const void* left, int rightSize, const void* ri
 }
 
 }  // namespace
+
+void reportError(FunctionContext& context, sqlite3_context* call) {
+    try {
+        throw;
+    } catch (const SqlError& error) {
+        context.setError(error);
+        sqlite3_result_error(call, error.what(), -1);
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(call);
+    } catch (const std::exception& error) {
+        sqlite3_result_error(call, error.what(), -1);
+    } catch (...) {  // a user-defined function ended the batch
+        sqlite3_result_error_code(call, SQLITE_INTERRUPT);
+    }
+}
 
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
     for (const auto functions : {operatorFunctions(), queryFunctions()})

@@ -65,6 +65,10 @@ struct ScalarFunction {
     Purity purity = Purity::Pure;
 };
 
+std::span<const ScalarFunction> operatorFunctions();  // that do the work of operators
+std::span<const ScalarFunction> queryFunctions();     // for queries and system views; T-SQL lacks them
+void registerAggregates(struct sqlite3* connection, FunctionContext& context);
+
 // Passes the exception being handled to the context and to SQLite as an error.
 void reportError(FunctionContext& context, struct sqlite3_context* call);
 

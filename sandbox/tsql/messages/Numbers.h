@@ -3,7 +3,7 @@
 
 namespace tsql::message {
 
-#define TSQL_MESSAGE(name, number, severity, state, text) inline constexpr int name = number;
+#define TSQL_MESSAGE(name, number, severity, state, ends, text) inline constexpr int name = number;
 #include "messages/MessageTable.inc"
 #undef TSQL_MESSAGE
 
@@ -11,7 +11,6 @@ namespace tsql::message {
 inline constexpr int kSyntaxErrorNear = 102;
 inline constexpr int kSyntaxErrorNearKeyword = 156;
 inline constexpr int kStatementTerminated = 3621;
-inline constexpr int kConditionExpected = 4145;
 inline constexpr int kUserDefined = 50000;
 
 }  // namespace tsql::message

@@ -69,9 +69,7 @@ ExprPtr asValue(const Parser& in, ExprPtr expr) {
 
 ExprPtr asCondition(const Parser& in, ExprPtr expr) {
     if (expr->isCondition()) return expr;
-    constexpr std::string_view kText =
-        "An expression of non-boolean type specified in a context where a condition is expected, near '";
-    throw SyntaxError(message::kConditionExpected, std::string(kText) + in.near() + "'.", in.faulty().line);
+    throw SyntaxError(sqlError(message::kConditionExpected, {in.near()}), in.faulty().line);
 }
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
@@ -272,7 +270,7 @@ ExprPtr Parser::expression() {
 }
 
 ExprPtr Parser::scalar(ExprPtr (Parser::*read)()) {
-    const Finally again([this, before = std::exchange(m_scalarOnly, true)] { m_scalarOnly = before; });
+    const Temporarily scalarOnly(m_scalarOnly, true);
     return (this->*read)();
 }
 

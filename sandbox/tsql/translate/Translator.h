@@ -225,13 +225,15 @@ class Translator {
     // see outer queries, but not the tables beside them.
     template <typename Work>
     auto blind(Work work) {
-        const Finally seeing([this, beside = std::exchange(m_scope, m_scope->outer)] { m_scope = beside; });
+        const Temporarily outside(m_scope, m_scope->outer);
         return work();
     }
 
     // ---- changes (TranslatorChanges.cpp)
     std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const std::string& rows);
+    std::string insertCells(const TableInfo& target, std::vector<const TableColumn*> columns,
+                            std::vector<Typed> cells, std::string_view before, std::string_view after);
     Typed defaultOf(const TableColumn& column);
     Typed cell(const ast::Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);

@@ -62,8 +62,8 @@ std::vector<const TableColumn*> Translator::absentDefaults(
 
 std::string Translator::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                                    const std::string& rows) {
-    std::string names;
-    for (const auto* column : columns) names += (names.empty() ? "" : ", ") + quotedName(column->name);
+    const std::string names =
+        commaList(columns, [](const TableColumn* column) { return quotedName(column->name); });
     m_newRows = "given(" + names + ") AS (" + rows + "), incoming AS (SELECT *, NULL AS ts_row FROM given)";
     return "INSERT INTO " + target.sqlName() + " (" + names + ") " + rows;
 }
@@ -97,6 +97,20 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
+// Appends the defaults of the absent columns to the cells of a row.
+std::string Translator::insertCells(const TableInfo& target, std::vector<const TableColumn*> columns,
+                                    std::vector<Typed> cells, std::string_view before,
+                                    std::string_view after) {
+    for (const auto* column : absentDefaults(target, columns)) {
+        cells.push_back(defaultOf(*column));
+        columns.push_back(column);
+    }
+    std::string list;
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        list += (i ? ", " : "") + assigned(cells[i], target, *columns[i]);
+    return insertText(target, columns, std::string(before).append(list).append(after));
+}
+
 std::string Translator::insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                                     const Insert& insert) {
     m_topLevel = false;
@@ -104,31 +118,18 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
     if (text.columns.size() != columns.size())
         throw sqlError(text.columns.size() < columns.size() ? message::kFewerSelectedThanInserted
                                                             : message::kMoreSelectedThanInserted);
-    auto all = columns;
-    std::string list;
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        list += (i ? ", " : "") +
-                assigned({text.columns[i].alias, text.columns[i].column.type}, target, *columns[i]);
-    for (const auto* column : absentDefaults(target, columns)) {
-        list += ", " + assigned(defaultOf(*column), target, *column);
-        all.push_back(column);
-    }
-    return insertText(target, all, "SELECT " + list + " FROM (" + limited(text.sql) + ")") +
+    std::vector<Typed> cells;
+    for (const auto& output : text.columns) cells.push_back({output.alias, output.column.type});
+    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql) + ")") +
            returning(target, insert.output, "inserted");
 }
 
 std::string Translator::insertParameters(const TableInfo& target,
                                          const std::vector<const TableColumn*>& columns,
                                          const std::vector<SqlType>& types) {
-    auto all = columns;
-    std::string list;
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        list += (i ? ", " : "") + assigned({"?" + std::to_string(i + 1), types[i]}, target, *columns[i]);
-    for (const auto* column : absentDefaults(target, columns)) {
-        list += ", " + assigned(defaultOf(*column), target, *column);
-        all.push_back(column);
-    }
-    return insertText(target, all, "VALUES (" + list + ")");
+    std::vector<Typed> cells;
+    for (const SqlType& type : types) cells.push_back({"?" + std::to_string(cells.size() + 1), type});
+    return insertCells(target, columns, cells, "VALUES (", ")");
 }
 
 Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {

@@ -55,9 +55,8 @@ std::string Translator::condition(const Expr& expr) {
 }
 
 std::vector<Typed> Translator::values(const std::vector<ExprPtr>& exprs) {
-    std::vector<Typed> typed;
-    typed.reserve(exprs.size());
-    for (const auto& expr : exprs) typed.push_back(value(*expr));
+    std::vector<Typed> typed(exprs.size());
+    std::ranges::transform(exprs, typed.begin(), [this](const ExprPtr& expr) { return value(*expr); });
     return typed;
 }
 
@@ -221,13 +220,11 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     if (!m_scope || !m_scope->windows) throw sqlError(message::kWindowNotAllowedHere);
     m_scope->windows = false;
     Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
-    std::string partition;
-    for (const auto& key : values(call.over->partition))
-        partition += (partition.empty() ? "PARTITION BY " : ", ") + comparable(key);
+    const std::string partition = commaList(values(call.over->partition), comparable);
     const std::string keys = sortKeys(call.over->order);
     m_scope->windows = true;
-    result.sql +=
-        " OVER (" + partition + (keys.empty() ? "" : " ORDER BY " + keys) + " " + call.over->frame + ")";
+    result.sql += " OVER (" + (partition.empty() ? "" : "PARTITION BY " + partition) +
+                  (keys.empty() ? "" : " ORDER BY " + keys) + " " + call.over->frame + ")";
     return result;
 }
 
@@ -311,10 +308,8 @@ std::string Translator::test(const InList& in) {
     std::vector<Typed> items = values(in.items);
     items.push_back(value(*in.operand));
     const SqlType type = comparedType(items);
-    std::string sql = "(" + comparable(coerce(items.back(), type)) + " IN (";
-    for (std::size_t i = 0; i + 1 < items.size(); ++i)
-        sql += (i ? ", " : "") + comparable(coerce(items[i], type));
-    return sql + "))";
+    const auto key = [&](const Typed& item) { return comparable(coerce(item, type)); };
+    return "(" + key(items.back()) + " IN (" + commaList(std::span(items).first(in.items.size()), key) + "))";
 }
 
 std::string Translator::test(const InQuery& in) {

@@ -71,7 +71,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
     Scope scope;
     scope.outer = m_scope;
-    const Finally leave([this, outer = std::exchange(m_scope, &scope)] { m_scope = outer; });
+    const Temporarily inner(m_scope, &scope);
     QueryText text;
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
@@ -282,7 +282,7 @@ std::string Translator::limit(const Select* select, const Query& query) {
 // Row count of TOP, OFFSET or FETCH, which cannot refer to columns. A count below `least` is an error; SQLite
 // alone would return all rows.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
-    const Finally seeing([this, scope = std::exchange(m_scope, nullptr)] { m_scope = scope; });
+    const Temporarily blind(m_scope, nullptr);
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
@@ -445,13 +445,10 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
     for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
-        const auto common = std::exchange(m_with, {});
-        const auto live = std::exchange(m_live, std::move(arguments));
-        Scope* const outer = std::exchange(m_scope->outer, nullptr);
+        const Temporarily noCommonTables(m_with, std::vector<CommonTable>());
+        const Temporarily onlyArguments(m_live, std::move(arguments));
+        const Temporarily noOuterQuery(m_scope->outer, nullptr);
         sql = derivedTable(*stored.module->query, stored.module->columns, alias);
-        m_scope->outer = outer;
-        m_live = live;
-        m_with = common;
     });
     return sql;
 }
