@@ -89,17 +89,13 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
                  m_change.verb});
         case SQLITE_CONSTRAINT_CHECK:
             for (const auto& key : m_catalogue.keysOf(m_change.target.id))
-                if (key.name == what) return conflictWith("CHECK", key);
-            return conflictWith("CHECK", {});
+                if (key.name == what) return conflict(m_change.verb, "CHECK", m_change.target, key);
+            return conflict(m_change.verb, "CHECK", m_change.target, {});
         case SQLITE_CONSTRAINT_FOREIGNKEY:
             return brokenReference();
         default:
             return duplicateKey(what);
     }
-}
-
-SqlError BrokenConstraint::conflictWith(std::string_view type, const ObjectInfo& key) const {
-    return conflict(m_change.verb, type, m_change.target, key);
 }
 
 // SQLite does not report which foreign key failed: one that a new row violates, or one that references this
@@ -114,7 +110,7 @@ SqlError BrokenConstraint::brokenReference() const {
     }
     auto others = m_catalogue.keysTo(m_change.target.name);
     std::erase_if(others, [&](const ObjectInfo& key) { return !isReferred(key); });
-    if (others.size() != 1) return conflictWith("REFERENCE", {});
+    if (others.size() != 1) return conflict(m_change.verb, "REFERENCE", m_change.target, {});
     const ObjectInfo& key = others.front();
     return conflict(m_change.verb, isWithinTable(key) ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *m_catalogue.table(key.table), key);
@@ -170,8 +166,7 @@ std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
         std::string text;
         for (std::size_t i = 0; i < types.size(); ++i) {
             const CellView cell = query.cell(static_cast<int>(i));
-            text +=
-                (i ? ", " : "") + (std::holds_alternative<Null>(cell) ? "<NULL>" : textOf(cell, types[i]));
+            text += (i ? ", " : "") + (isNull(cell) ? "<NULL>" : textOf(cell, types[i]));
         }
         return " The duplicate key value is (" + text + ").";
     } catch (const SqliteFailure&) {  // the new rows lack a column of the key

@@ -45,7 +45,6 @@ class BrokenConstraint {
     std::string duplicateValue(const ObjectInfo& key) const;
 
   private:
-    SqlError conflictWith(std::string_view type, const ObjectInfo& key) const;
     SqlError duplicateKey(std::string columns) const;
     SqlError brokenReference() const;
     bool isReferred(const ObjectInfo& key) const;

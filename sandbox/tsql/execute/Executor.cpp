@@ -57,7 +57,7 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
         work();
     } catch (const SyntaxError& error) {
         m_error = error.number;
-        report(messageOf(error));
+        report(messageOf(error, error.line, error.procedure));
     } catch (const ScopeEnd&) {
     } catch (const BatchEnd&) {
         end = RequestEnd::Aborted;
@@ -70,7 +70,7 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
         (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
     if (transactionLost() || (aborts && isCancelled())) rollBack();
     if (m_doomed) {
-        report({message::kDoomedAtEndOfBatch, 16, 1, 1, "", sqlError(message::kDoomedAtEndOfBatch).what()});
+        report(messageOf(sqlError(message::kDoomedAtEndOfBatch), 1, ""));
         rollBack();
     }
     frame.temporary.clear();  // #tables of a batch belong to the session
@@ -148,7 +148,7 @@ Flow Executor::runStatement(const Statement& statement) {
         if (beginsImplicitly(statement)) begin({});
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
-        afterError(messageOf(error), !m_settings.abortOnError);
+        afterError(messageOf(error, error.line, error.procedure), !m_settings.abortOnError);
     } catch (const SqlError& error) {
         fail(error, statement.line);
     } catch (const SqliteFailure& failure) {
@@ -177,11 +177,11 @@ Flow Executor::describe(const Statement& statement) {
 }
 
 Message Executor::messageOf(const SqlError& error, int line) const {
-    return {error.number, error.severity, error.state, line, m_frames.back()->procedure, error.what()};
+    return messageOf(error, line, m_frames.back()->procedure);
 }
 
-Message Executor::messageOf(const SyntaxError& error) {
-    return {error.number, error.severity, error.state, error.line, error.procedure, error.what()};
+Message Executor::messageOf(const SqlError& error, int line, const std::string& procedure) {
+    return {error.number, error.severity, error.state, line, procedure, error.what()};
 }
 
 void Executor::report(const Message& message) const {

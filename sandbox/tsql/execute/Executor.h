@@ -134,7 +134,7 @@ class Executor final : public NameResolver, public FunctionSession {
     void report(const Message& message) const;
     void inform(int number, std::initializer_list<std::string_view> values = {}) const;
     Message messageOf(const SqlError& error, int line) const;
-    static Message messageOf(const SyntaxError& error);
+    static Message messageOf(const SqlError& error, int line, const std::string& procedure);
     SqlError errorOf(const SqliteFailure& failure);
     void done(std::int64_t count, StatementKind kind = StatementKind::Other);
     void warnOfNulls();

@@ -62,16 +62,12 @@ Flow Executor::run(const SelectStatement& statement) {
     const auto values = parameterValues(translator);
     PreparedStatement prepared(m_connection, text.sql);
     prepared.bindAll(values);
-    if (!translator.assignments().empty()) {
-        if (m_settings.describeOnly) return Flow::Next;
-        m_rowCount = assignRows(prepared, translator.assignments(), m_settings.mostRows);
-        m_error = 0;
-        done(m_rowCount, StatementKind::Select);
-    } else {
-        m_rowCount = sendRows(prepared, text, m_settings.mostRows);
-        m_error = 0;
-        done(m_rowCount, StatementKind::Select);
-    }
+    const bool assigns = !translator.assignments().empty();
+    if (assigns && m_settings.describeOnly) return Flow::Next;
+    m_rowCount = assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
+                         : sendRows(prepared, text, m_settings.mostRows);
+    m_error = 0;
+    done(m_rowCount, StatementKind::Select);
     return Flow::Next;
 }
 
@@ -129,22 +125,17 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
         select && select->from.size() == 1 && !std::holds_alternative<Join>(select->from.front()->node) &&
         std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
     CreateTable create{name, {}, {}};
-    for (const auto& output : text.columns) {
-        if (output.column.name.empty()) throw sqlError(message::kMissingColumnName);
-        ColumnDefinition column;
-        column.name = output.column.name;
-        column.type = output.column.type;
-        column.nullable = output.column.nullable;
-        column.identity = inherits && output.column.identity;
-        create.columns.push_back(std::move(column));
+    for (const auto& [column, alias, isNull] : text.columns) {
+        if (column.name.empty()) throw sqlError(message::kMissingColumnName);
+        create.columns.push_back(
+            {column.name, column.type, column.nullable, inherits && column.identity, false, 1, {}});
     }
     const TableInfo target = createTable(create);
-    std::vector<std::string> names;
-    for (const auto& column : target.columns) names.push_back(column.name);
-    change(
-        target, "INSERT",
-        "INSERT INTO " + target.sqlName() + " (" + quotedNames(names) + ") " + translator.limited(text.sql),
-        translator);
+    const std::string names =
+        commaList(target.columns, [](const TableColumn& column) { return quotedName(column.name); });
+    change(target, "INSERT",
+           "INSERT INTO " + target.sqlName() + " (" + names + ") " + translator.limited(text.sql),
+           translator);
     done(m_rowCount, StatementKind::Insert);
 }
 

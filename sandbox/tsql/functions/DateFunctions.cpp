@@ -62,21 +62,17 @@ Value runDateAdd(const Call& call) {
 }
 
 // (part, start, end)
-Value runDateDiffBig(const Call& call) {
-    return dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
-}
-
+template <typename Number>
 Value runDateDiff(const Call& call) {
     const std::int64_t difference = dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
-    if (difference > INT32_MAX || difference < INT32_MIN) throw sqlError(message::kDateDiffOverflow);
+    if (!std::in_range<Number>(difference)) throw sqlError(message::kDateDiffOverflow);
     return difference;
 }
 
-Value runDatePart(const Call& call) {
-    return datePart(partArgument(call), call.dateTime(1));
-}
-Value runDateName(const Call& call) {
-    return dateName(partArgument(call), call.dateTime(1));
+// (part, value)
+template <auto function>
+Value runOfDate(const Call& call) {
+    return function(partArgument(call), call.dateTime(1));
 }
 
 template <DatePart part>
@@ -123,10 +119,10 @@ const FunctionInfo kDateFunctions[] = {
     {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"dateadd", "PIE=", shiftedType, runDateAdd},
-    {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff},
-    {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiffBig},
-    {"datepart", "PD", partType, runDatePart},
-    {"datename", "PD", partNameType, runDateName},
+    {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff<std::int32_t>},
+    {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiff<std::int64_t>},
+    {"datepart", "PD", partType, runOfDate<datePart>},
+    {"datename", "PD", partNameType, runOfDate<dateName>},
     {"year", "D", ofDateType<DatePart::Year>, runPart<DatePart::Year>},
     {"month", "D", ofDateType<DatePart::Month>, runPart<DatePart::Month>},
     {"day", "D", ofDateType<DatePart::Day>, runPart<DatePart::Day>},

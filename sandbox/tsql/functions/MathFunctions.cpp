@@ -90,9 +90,6 @@ Value runLog(const Call& call) {
     const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
     return checked(call.real(0) > 0 ? std::log(call.real(0)) / base : NAN);
 }
-Value runAtn2(const Call& call) {
-    return checked(std::atan2(call.real(0), call.real(1)));
-}
 
 // ([seed])
 Value runRand(const Call& call) {
@@ -125,7 +122,8 @@ const FunctionInfo kMathFunctions[] = {
     {"power", "N#F=", powerType, runPower},
     {"log", "F[F", TypeId::Float, runLog},
     {"log10", "F", TypeId::Float, runFloat<[](double x) { return 0 < x ? std::log10(x) : NAN; }>},
-    {"atn2", "FF", TypeId::Float, runAtn2},
+    {"atn2", "FF", TypeId::Float,
+     [](const Call& call) -> Value { return checked(std::atan2(call.real(0), call.real(1))); }},
     {"sqrt", "F", TypeId::Float, runFloat<std::sqrt>},
     {"exp", "F", TypeId::Float, runFloat<std::exp>},
     {"square", "F", TypeId::Float, runFloat<[](double x) { return x * x; }>},

@@ -133,19 +133,6 @@ Value runTypeFact(const Call& call) {
 constexpr int kSystemTypeIds[] = {104, 48, 52, 56,  127, 106, 122, 60, 59, 62, 175, 167, 239,
                                   231, 35, 99, 241, 40,  41,  61,  58, 42, 36, 173, 165, 34};
 
-Value systemIdOf(const SqlType& type) {
-    return std::int64_t{kSystemTypeIds[static_cast<int>(type.id)]};
-}
-Value nameOf(const SqlType& type) {
-    return std::string(baseName(type.id));
-}
-Value lengthOf(const SqlType& type) {
-    return std::int64_t{maxLength(type)};
-}
-Value scaleOf(const SqlType& type) {
-    return std::int64_t{type.scale};
-}
-
 Value familyOf(const SqlType& type) {
     return std::string(isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
                        : isText(type.id)     ? "t"
@@ -198,13 +185,14 @@ const ScalarFunction kQueryFunctions[] = {
     {"ts_xml_value", runXmlValue},
     {"ts_referenced", runReferenced},
     {"ts_cascades", runCascades},
-    {"ts_type_name", runTypeFact<nameOf>},
-    {"ts_type_id", runTypeFact<systemIdOf>},
+    {"ts_type_name", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
+    {"ts_type_id",
+     runTypeFact<[](auto& type) -> Value { return kSystemTypeIds[static_cast<int>(type.id)]; }>},
     {"ts_type_family", runTypeFact<familyOf>},
-    {"ts_type_length", runTypeFact<lengthOf>},
+    {"ts_type_length", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
     {"ts_type_characters", runTypeFact<charactersOf>},
     {"ts_type_precision", runTypeFact<digitsOf>},
-    {"ts_type_scale", runTypeFact<scaleOf>},
+    {"ts_type_scale", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
 };
 
 }  // namespace

@@ -26,6 +26,12 @@ Value runNewId(const Call&) {
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
+// NULL where there is no value.
+template <typename T>
+Value orNull(const std::optional<T>& value) {
+    return value ? Value(*value) : Value(Null{});
+}
+
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
 // Returns the value of a property, or NULL for an unknown name.
@@ -59,9 +65,8 @@ struct SessionFunctions {
     }
 
     static Value databaseNumber(const Call& call) {
-        const auto id = databaseId(session(call).storage(),
-                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
-        return id ? Value(*id) : Value(Null{});
+        return orNull(databaseId(session(call).storage(),
+                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
     }
 
     static Value databaseProperty(const Call& call) {
@@ -150,14 +155,6 @@ struct SessionFunctions {
         return identityValue(std::max(last.value_or(info.seed), info.seed));  // without rows: the seed
     }
 
-    static Value scopeIdentity(const Call& call) { return identityValue(session(call).scopeIdentity()); }
-
-    static Value transactionState(const Call& call) { return std::int64_t{session(call).transactionState()}; }
-
-    static Value cursorStatus(const Call& call) {
-        return session(call).cursorStatus(call.text(0), call.text(1));
-    }
-
     // Property of the error that the enclosing CATCH block handles.
     template <auto Message::*fact>
     static Value caught(const Call& call) {
@@ -174,8 +171,8 @@ struct SessionFunctions {
     static Value client(const Call& call) {
         return (session(call).*name)();
     }
-    static Value owner(const Call&) { return std::string("dbo"); }
-    static Value isMember(const Call&) { return std::int64_t{1}; }
+    static Value owner(const Call&) { return "dbo"; }
+    static Value isMember(const Call&) { return 1; }
 };
 
 using S = SessionFunctions;
@@ -207,7 +204,8 @@ const FunctionInfo kSessionFunctions[] = {
     {"databasepropertyex", "TT", kName, S::databaseProperty, kNulls, kVarying},
     {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},
     {"is_member", "T", TypeId::Int, S::isMember, kNulls, kVarying},
-    {"scope_identity", "", decimalType(38, 0), S::scopeIdentity, kNulls, kVarying},
+    {"scope_identity", "", decimalType(38, 0),
+     [](const Call& call) { return identityValue(S::session(call).scopeIdentity()); }, kNulls, kVarying},
     {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
     {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
     {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
@@ -215,8 +213,11 @@ const FunctionInfo kSessionFunctions[] = {
     {"error_line", "", TypeId::Int, S::caught<&Message::line>, kNulls, kVarying},
     {"error_procedure", "", kName, S::caught<&Message::procedure>, kNulls, kVarying},
     {"error_message", "", nvarcharType(4000), S::caught<&Message::text>, kNulls, kVarying},
-    {"cursor_status", "TT", TypeId::SmallInt, S::cursorStatus, kNulls, kVarying},
-    {"xact_state", "", TypeId::SmallInt, S::transactionState, kNulls, kVarying},
+    {"cursor_status", "TT", TypeId::SmallInt,
+     [](const Call& call) { return S::session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
+     kVarying},
+    {"xact_state", "", TypeId::SmallInt,
+     [](const Call& call) -> Value { return S::session(call).transactionState(); }, kNulls, kVarying},
 };
 
 }  // namespace

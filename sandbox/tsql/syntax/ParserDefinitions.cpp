@@ -445,33 +445,6 @@ Statement::Node alterIndex(Parser& in) {
     return node;
 }
 
-// CREATE of a module must be the first statement of the batch, at its top level.
-Statement::Node createOrAlter(Parser& in, bool create) {
-    const bool first = in.atBatchBegin();
-    CreateModule module;
-    module.create = create;
-    module.alter = !create || in.accept("OR ALTER");
-    if (atModule(in)) {
-        if (first) return createModule(in, std::move(module));
-        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
-        throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
-                                   {procedure ? "CREATE/ALTER PROCEDURE"
-                                              : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
-                          in.peek().line);
-    }
-    if (!create && in.accept("TABLE")) return alterTable(in);
-    if (!create && in.accept("DATABASE")) return alterDatabase(in);
-    if (!create && in.accept("INDEX")) return alterIndex(in);
-    const bool orAlter = create && module.alter;
-    if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
-    if (in.accept("TABLE")) return createTable(in);
-    if (in.accept("DATABASE")) return createDatabase(in);
-    const bool unique = in.accept("UNIQUE");
-    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
-    if (in.accept("INDEX")) return createIndex(in, unique);
-    throwUnsupportedObject(in, "CREATE");
-}
-
 // i ON t, or t.i
 ObjectName indexName(Parser& in) {
     ObjectName name = in.objectName();
@@ -508,12 +481,31 @@ Statement::Node parseRows(Parser& in) {
     return statement;
 }
 
-Statement::Node parseCreate(Parser& in) {
-    return createOrAlter(in, /*create=*/true);
-}
-
-Statement::Node parseAlter(Parser& in) {
-    return createOrAlter(in, /*create=*/false);
+// CREATE of a module must be the first statement of the batch, at its top level.
+Statement::Node parseDefinition(Parser& in, bool create) {
+    const bool first = in.atBatchBegin();
+    CreateModule module;
+    module.create = create;
+    module.alter = !create || in.accept("OR ALTER");
+    if (atModule(in)) {
+        if (first) return createModule(in, std::move(module));
+        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
+        throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
+                                   {procedure ? "CREATE/ALTER PROCEDURE"
+                                              : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
+                          in.peek().line);
+    }
+    if (!create && in.accept("TABLE")) return alterTable(in);
+    if (!create && in.accept("DATABASE")) return alterDatabase(in);
+    if (!create && in.accept("INDEX")) return alterIndex(in);
+    const bool orAlter = create && module.alter;
+    if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
+    if (in.accept("TABLE")) return createTable(in);
+    if (in.accept("DATABASE")) return createDatabase(in);
+    const bool unique = in.accept("UNIQUE");
+    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
+    if (in.accept("INDEX")) return createIndex(in, unique);
+    throwUnsupportedObject(in, "CREATE");
 }
 
 Statement::Node parseDrop(Parser& in) {
