@@ -118,9 +118,7 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             execute.arguments.push_back({argument.name, std::move(given), output});
         }
         const Temporarily describing(m_settings.describeOnly, m_settings.describeOnly || call.describeOnly);
-        Block block;
-        block.push_back(std::make_unique<Statement>(Statement{1, std::move(execute)}));
-        runFrame(block, frame);
+        inFrame(frame, [&] { guarded(1, [&] { return isSkipping() ? Flow::Next : this->run(execute); }); });
     });
     for (std::size_t i = 0; i < call.arguments.size(); ++i)
         if (call.arguments[i].output && frame.variables.contains(variable(i)))
@@ -138,23 +136,29 @@ Flow Executor::runBlock(const Block& block) {
 }
 
 Flow Executor::runStatement(const Statement& statement) {
-    if (isCancelled()) throw BatchEnd{};
-    m_line = statement.line;
-    m_functions.beginStatement();
-    try {
-        const bool isSkipped = m_settings.parseOnly || m_settings.checkOnly;
-        if (isSkipped && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
+    return guarded(statement.line, [&] {
+        if (isSkipping() && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
         if (m_settings.describeOnly) return describe(statement);
         if (beginsImplicitly(statement)) begin({});
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
+    });
+}
+
+// Runs a statement. An error in it is reported, or leaves as Raised.
+Flow Executor::guarded(int line, const std::function<Flow()>& work) {
+    if (isCancelled()) throw BatchEnd{};
+    m_line = line;
+    m_functions.beginStatement();
+    try {
+        return work();
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
         afterError(messageOf(error, error.line, error.procedure), !m_settings.abortOnError);
     } catch (const SqlError& error) {
-        fail(error, statement.line);
+        fail(error, line);
     } catch (const SqliteFailure& failure) {
-        fail(errorOf(failure), statement.line);
+        fail(errorOf(failure), line);
     } catch (const std::bad_alloc&) {
-        fail(sqlError(message::kInsufficientMemory), statement.line);
+        fail(sqlError(message::kInsufficientMemory), line);
     }
     return Flow::Next;
 }

@@ -110,6 +110,8 @@ class Executor final : public NameResolver, public FunctionSession {
     RequestEnd run(ResultSink& sink, Frame& frame, Work work);
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
+    Flow guarded(int line, const std::function<Flow()>& work);
+    bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
     static bool isAlone(const ast::Block& block);
     void check(const ast::Block& block);
     void check(const ast::Statement& statement);

@@ -1,5 +1,5 @@
 // T-SQL's date functions, as SQLite functions.
-#include "functions/FunctionInfo.h"
+#include "functions/Functions.h"
 #include "messages/Messages.h"
 
 namespace tsql {
@@ -45,25 +45,25 @@ SqlType ofDateType(Pieces pieces) {
     return simpleType(TypeId::Int);
 }
 
-DatePart partArgument(const Call& call) {
+DatePart partArgument(const SqlCall& call) {
     return static_cast<DatePart>(call.integer(0));
 }
 
 // (type)
 template <DateTime Now::*clock>
-Value runNow(const Call& call) {
+Value runNow(const SqlCall& call) {
     return toStorage(call.context().now().*clock, call.type(0));
 }
 
 // (part, number, value, type)
-Value runDateAdd(const Call& call) {
+Value runDateAdd(const SqlCall& call) {
     return toStorage(dateAdd(partArgument(call), call.integer(1), call.dateTime(2), call.type(3)),
                      call.type(3));
 }
 
 // (part, start, end)
 template <typename Number>
-Value runDateDiff(const Call& call) {
+Value runDateDiff(const SqlCall& call) {
     const std::int64_t difference = dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
     if (!std::in_range<Number>(difference)) throw sqlError(message::kDateDiffOverflow);
     return difference;
@@ -71,17 +71,17 @@ Value runDateDiff(const Call& call) {
 
 // (part, value)
 template <auto function>
-Value runOfDate(const Call& call) {
+Value runOfDate(const SqlCall& call) {
     return function(partArgument(call), call.dateTime(1));
 }
 
 template <DatePart part>
-Value runPart(const Call& call) {
+Value runPart(const SqlCall& call) {
     return datePart(part, call.dateTime(0));
 }
 
 // (value[, months])
-Value runEndOfMonth(const Call& call) {
+Value runEndOfMonth(const SqlCall& call) {
     const SqlType type = simpleType(TypeId::Date);
     const std::int64_t months = call.count() > 1 ? call.integer(1) : 0;
     const CivilDate date = civilFromDays(dateAdd(DatePart::Month, months, call.dateTime(0), type).days);
@@ -89,7 +89,7 @@ Value runEndOfMonth(const Call& call) {
 }
 
 // (year, month, day[, hour, minute, second, millisecond], type)
-Value runFromParts(const Call& call) {
+Value runFromParts(const SqlCall& call) {
     const SqlType type = call.resultType();
     const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
     const auto days = daysFromParts(part(0), part(1), part(2));
@@ -105,7 +105,7 @@ Value runFromParts(const Call& call) {
     return toStorage(value, type);
 }
 
-Value runIsDate(const Call& call) {
+Value runIsDate(const SqlCall& call) {
     if (isNull(call[0])) return std::int64_t{0};
     return std::int64_t{!isNull(convertValue(call[0], varcharType(SqlType::kMax),
                                              simpleType(TypeId::DateTime), kNoStyle, Conversion::Try)) &&

@@ -4,7 +4,6 @@
 #include <map>
 #include <vector>
 
-#include "functions/FunctionInfo.h"
 #include "functions/Operators.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
@@ -263,14 +262,6 @@ const FunctionInfo* findFunction(std::string_view name) {
     }();
     const auto found = index.find(lowerAscii(name));
     return found == index.end() ? nullptr : found->second;
-}
-
-FunctionKind kindOf(const FunctionInfo& function) {
-    return function.kind;
-}
-
-bool takesDatePart(const FunctionInfo& function) {
-    return function.arguments.starts_with('P');
 }
 
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {

@@ -6,7 +6,6 @@
 #include <new>
 #include <utility>
 
-#include "functions/FunctionInfo.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
 #include "types/Text.h"
@@ -29,7 +28,7 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
         const bool anyNull =
             std::ranges::any_of(arguments.views(), [](const auto& each) { return isNull(each); });
         if (binding.function.nulls == Nulls::GiveNull && anyNull) return sqlite3_result_null(call);
-        giveResult(call, binding.function.run(Call(binding.context, arguments.views())));
+        giveResult(call, binding.function.run(SqlCall(binding.context, arguments.views())));
     } catch (...) {
         reportError(binding.context, call);
     }

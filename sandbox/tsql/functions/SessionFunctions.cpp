@@ -7,7 +7,7 @@
 #include <array>
 
 #include "catalogue/SystemViews.h"
-#include "functions/FunctionInfo.h"
+#include "functions/Functions.h"
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -16,7 +16,7 @@ namespace tsql {
 namespace {
 
 // A random (version 4) identifier.
-Value runNewId(const Call&) {
+Value runNewId(const SqlCall&) {
     std::array<std::byte, 16> bytes{};
     randombytes_buf(bytes.data(), bytes.size());
     bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
@@ -55,21 +55,21 @@ Value identityValue(const std::optional<std::int64_t>& identity) {
 namespace {
 
 struct SessionFunctions {
-    static FunctionSession& session(const Call& call) { return call.context().session(); }
+    static FunctionSession& session(const SqlCall& call) { return call.context().session(); }
 
-    static Value databaseName(const Call& call) {
+    static Value databaseName(const SqlCall& call) {
         if (call.count() == 0) return session(call).databaseOf({});
         for (const auto& name : session(call).storage().databases())
             if (databaseId(session(call).storage(), name) == call.integer(0)) return name;
         return Null{};
     }
 
-    static Value databaseNumber(const Call& call) {
+    static Value databaseNumber(const SqlCall& call) {
         return orNull(databaseId(session(call).storage(),
                                  call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
     }
 
-    static Value databaseProperty(const Call& call) {
+    static Value databaseProperty(const SqlCall& call) {
         if (!session(call).storage().exists(call.text(0))) return Null{};
         return propertyIn({{"Status", "ONLINE"},
                            {"IsAutoClose", "0"},
@@ -82,7 +82,7 @@ struct SessionFunctions {
                           call.text(1));
     }
 
-    static Value serverProperty(const Call& call) {
+    static Value serverProperty(const SqlCall& call) {
         return propertyIn({{"ProductVersion", "15.0.2000.5"},
                            {"ProductLevel", "RTM"},
                            {"ProductMajorVersion", "15"},
@@ -102,7 +102,7 @@ struct SessionFunctions {
                           call.text(0));
     }
 
-    static Value objectId(const Call& call) {
+    static Value objectId(const SqlCall& call) {
         const auto name = parseObjectName(call.text(0));
         if (!name.schema.empty() && !sameWord(name.schema, "dbo")) return Null{};
         if (!name.database.empty() && !session(call).storage().exists(name.database)) return Null{};
@@ -111,12 +111,12 @@ struct SessionFunctions {
         return name.name.starts_with('#') ? -found->id : found->id;
     }
 
-    static Value objectName(const Call& call) {
+    static Value objectName(const SqlCall& call) {
         const auto found = session(call).catalogue({}).findById(call.integer(0));
         return found ? Value(found->name) : Value(Null{});
     }
 
-    static Value objectProperty(const Call& call) {
+    static Value objectProperty(const SqlCall& call) {
         constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
             {"IsUserTable", objectType::kTable},
             {"IsTable", objectType::kTable},
@@ -137,18 +137,18 @@ struct SessionFunctions {
         return table ? Value(std::int64_t{table->identityColumn() != nullptr}) : Value(Null{});
     }
 
-    static Value columnLength(const Call& call) {
+    static Value columnLength(const SqlCall& call) {
         const auto name = parseObjectName(call.text(0));
         const auto found = session(call).catalogue(name).table(name.name);
         const TableColumn* column = found ? found->column(call.text(1)) : nullptr;
         return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
     }
 
-    static Value ownerOfObject(const Call& call) {
+    static Value ownerOfObject(const SqlCall& call) {
         return session(call).catalogue({}).findById(call.integer(0)) ? owner(call) : Value(Null{});
     }
 
-    static Value currentIdentity(const Call& call) {
+    static Value currentIdentity(const SqlCall& call) {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
         const auto last = session(call).lastIdentity(info);
@@ -157,7 +157,7 @@ struct SessionFunctions {
 
     // Property of the error that the enclosing CATCH block handles.
     template <auto Message::*fact>
-    static Value caught(const Call& call) {
+    static Value caught(const SqlCall& call) {
         const Message* error = session(call).caughtError();
         if (!error) return Null{};
         const auto& value = error->*fact;
@@ -168,11 +168,11 @@ struct SessionFunctions {
     }
 
     template <const std::string& (FunctionSession::*name)() const>
-    static Value client(const Call& call) {
+    static Value client(const SqlCall& call) {
         return (session(call).*name)();
     }
-    static Value owner(const Call&) { return "dbo"; }
-    static Value isMember(const Call&) { return 1; }
+    static Value owner(const SqlCall&) { return "dbo"; }
+    static Value isMember(const SqlCall&) { return 1; }
 };
 
 using S = SessionFunctions;
@@ -205,7 +205,7 @@ const FunctionInfo kSessionFunctions[] = {
     {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},
     {"is_member", "T", TypeId::Int, S::isMember, kNulls, kVarying},
     {"scope_identity", "", decimalType(38, 0),
-     [](const Call& call) { return identityValue(S::session(call).scopeIdentity()); }, kNulls, kVarying},
+     [](const SqlCall& call) { return identityValue(S::session(call).scopeIdentity()); }, kNulls, kVarying},
     {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
     {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
     {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
@@ -214,10 +214,10 @@ const FunctionInfo kSessionFunctions[] = {
     {"error_procedure", "", kName, S::caught<&Message::procedure>, kNulls, kVarying},
     {"error_message", "", nvarcharType(4000), S::caught<&Message::text>, kNulls, kVarying},
     {"cursor_status", "TT", TypeId::SmallInt,
-     [](const Call& call) { return S::session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
+     [](const SqlCall& call) { return S::session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
      kVarying},
     {"xact_state", "", TypeId::SmallInt,
-     [](const Call& call) -> Value { return S::session(call).transactionState(); }, kNulls, kVarying},
+     [](const SqlCall& call) -> Value { return S::session(call).transactionState(); }, kNulls, kVarying},
 };
 
 }  // namespace

@@ -14,9 +14,9 @@
 
 namespace tsql {
 
-class Call {
+class SqlCall {
   public:
-    Call(FunctionContext& context, std::span<const CellView> arguments)
+    SqlCall(FunctionContext& context, std::span<const CellView> arguments)
         : m_context(context), m_arguments(arguments) {}
 
     FunctionContext& context() const { return m_context; }
@@ -60,7 +60,7 @@ enum class Purity { Pure, Varying };  // Pure: the same arguments give the same 
 // A scalar function to register in SQLite.
 struct ScalarFunction {
     std::string name;
-    Value (*run)(const Call& call);
+    Value (*run)(const SqlCall& call);
     Nulls nulls = Nulls::GiveNull;
     Purity purity = Purity::Pure;
 };

@@ -175,13 +175,13 @@ Typed Translator::node(const Call& call) {
     if (!function)
         throw SqlError(message::kUnknownSetOption,
                        "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
-    const FunctionKind kind = kindOf(*function);
+    const FunctionKind kind = function->kind;
     if (!call.within.empty() && kind != FunctionKind::Aggregate)
         throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
     if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
-    return emitCall(*function, callArguments(call, takesDatePart(*function)), call.distinct);
+    return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
 }
 
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
@@ -208,7 +208,7 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
 // The arguments and the OVER clause operate on the groups of the query, if there are any.
 Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     const std::string name = toUpper(call.name.name);
-    const FunctionKind kind = kindOf(function);
+    const FunctionKind kind = function.kind;
     const bool windowOnly = kind == FunctionKind::Ranking || kind == FunctionKind::Framed;
     if (!call.over) throw sqlError(message::kOverRequired, {name});
     if (kind == FunctionKind::Scalar || !call.within.empty() || sameWord(name, "STRING_AGG"))
