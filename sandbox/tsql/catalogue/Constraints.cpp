@@ -26,7 +26,7 @@ std::vector<std::string> referencedColumns(const Catalogue& catalogue, const Obj
     const auto candidates = catalogue.keysOf(referenced->id);
     const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
         return implicit ? candidate.type == objectType::kPrimaryKey
-                        : isUniqueKey(candidate) &&
+                        : isUniqueKey(candidate) && candidate.stored.empty() &&
                               std::ranges::is_permutation(candidate.columns, columns, sameText);
     });
     if (fitting == candidates.end())
@@ -123,17 +123,18 @@ bool BrokenConstraint::isReferred(const ObjectInfo& key) const {
            anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
 }
 
-// columns: "t.a, t.b", or "index 'name@id@nulls'" for the index of rows with NULL.
+// columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows
+// with NULL.
 SqlError BrokenConstraint::duplicateKey(std::string columns) const {
     const TableInfo& target = m_change.target;
     const std::string prefix = target.stored + ".";
     for (std::size_t at = 0; (at = columns.find(prefix, at)) != std::string::npos;)
         columns.erase(at, prefix.size());
-    const std::string nulls = "@" + std::to_string(target.id) + std::string(kNullsSuffix) + "'";
     for (const auto& key : m_catalogue.keysOf(target.id)) {
-        if (!isUniqueKey(key) ||
-            (!sameText(commaList(key.columns), columns) && columns != "index '" + key.name + nulls))
-            continue;
+        const std::string index = "index '" + key.name + "@" + std::to_string(target.id);
+        const bool isNamed = columns == index + "'" || columns == index + std::string(kNullsSuffix) + "'";
+        const bool isMeant = isNamed || (key.stored.empty() && sameText(commaList(key.columns), columns));
+        if (!isUniqueKey(key) || !isMeant) continue;
         const std::string value = duplicateValue(key);
         if (key.type == objectType::kIndex)
             return sqlError(message::kDuplicateKeyInIndex, {target.name, key.name, value});
@@ -145,6 +146,7 @@ SqlError BrokenConstraint::duplicateKey(std::string columns) const {
 }
 
 std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
+    if (!key.stored.empty()) return {};  // the rows that the filter leaves out are not known here
     std::string match;
     std::vector<SqlType> types;
     for (const auto& name : key.columns) {

@@ -180,6 +180,7 @@ class Executor final : public NameResolver, public FunctionSession {
                       const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                           const Translator& translator, const std::optional<ast::Output>& output);
+    TableInfo changedTable(const ast::Change& change, Translator& translator);
     void updateInSteps(const TableInfo& target, const Translator& translator,
                        const std::optional<ast::Output>& output);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
@@ -204,7 +205,9 @@ class Executor final : public NameResolver, public FunctionSession {
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
     void makeKeyIndex(const TableInfo& table, const ObjectInfo& key);
-    void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list);
+    void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
+                   const std::string& filter);
+    void addIndex(Catalogue& catalogue, const TableInfo& table, const ast::CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
     void dropIndex(const ast::ObjectName& name, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);

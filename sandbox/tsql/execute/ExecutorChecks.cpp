@@ -64,9 +64,7 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (std::is_same_v<Node, Execute>) {
         reportMissingDependency(node.procedure);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
-        const ObjectName& name = Translator::targetName(node.table, node.from);
-        translator.useCommonTables(node, name);
-        const TableInfo target = table(name);
+        const TableInfo target = changedTable(node, translator);
         if constexpr (std::is_same_v<Node, Update>)
             translator.update(target, node);
         else

@@ -254,11 +254,10 @@ void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
 // A refused row uses up its identity, as the rows before it do.
 void Executor::loseIdentity(const TableInfo& target) {
     if (!target.identityColumn() || sameWord(m_settings.identityInsert, target.fullName())) return;
-    const Value stored[] = {target.stored};
-    const auto before =
-        m_connection.number("SELECT seq FROM " + target.schema + ".sqlite_sequence WHERE name = ?1", stored);
     m_givenIdentities[{target.schema, target.stored}] =
-        std::max<std::int64_t>(before.value_or(0), sqlite3_last_insert_rowid(m_connection.handle())) + 1;
+        std::max<std::int64_t>(lastIdentity(target).value_or(0),
+                               sqlite3_last_insert_rowid(m_connection.handle())) +
+        1;
     skipIdentities();
     if (m_transactions == 0) m_givenIdentities.clear();
 }
@@ -312,12 +311,17 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     m_change.verb.clear();
 }
 
-Flow Executor::run(const Update& update) {
-    const ObjectName& name = Translator::targetName(update.table, update.from);
-    Translator translator(*this);
-    translator.useCommonTables(update, name);
+// Returns the table that UPDATE or DELETE changes, and makes the statement's common tables known.
+TableInfo Executor::changedTable(const Change& change, Translator& translator) {
+    const ObjectName& name = Translator::targetName(change.table, change.from);
+    translator.useCommonTables(change, name);
     claim(name);
-    const TableInfo target = table(name);
+    return table(name);
+}
+
+Flow Executor::run(const Update& update) {
+    Translator translator(*this);
+    const TableInfo target = changedTable(update, translator);
     const std::string sql = translator.update(target, update);
     try {
         changeWithOutput(target, "UPDATE", sql, translator, update.output);
@@ -352,11 +356,8 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
 }
 
 Flow Executor::run(const Delete& statement) {
-    const ObjectName& name = Translator::targetName(statement.table, statement.from);
     Translator translator(*this);
-    translator.useCommonTables(statement, name);
-    claim(name);
-    const TableInfo target = table(name);
+    const TableInfo target = changedTable(statement, translator);
     changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
     done(m_rowCount, StatementKind::Delete);
     return Flow::Next;

@@ -88,19 +88,29 @@ Value runEndOfMonth(const SqlCall& call) {
     return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0}, type);
 }
 
-// (year, month, day[, hour, minute, second, millisecond], type)
+// Type of which the last argument is the scale.
+template <TypeId id>
+SqlType scaledType(Pieces pieces) {
+    const auto scale = pieces.back().integer;
+    if (!scale) throw sqlError(message::kScaleNotConstant, {baseName(id)});
+    const int argument[] = {static_cast<int>(std::clamp<std::int64_t>(*scale, -1, 8))};
+    return makeType(baseName(id), argument, TypeUse::Declaration);
+}
+
+// ([year, month, day][, hour, minute, second, fraction[, scale]], type)
 Value runFromParts(const SqlCall& call) {
     const SqlType type = call.resultType();
     const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
-    const auto days = daysFromParts(part(0), part(1), part(2));
-    constexpr std::int64_t kClock[] = {24, 60, 60, 1000};
-    std::int64_t milliseconds = 0;
+    const std::size_t clock = type.id == TypeId::Time ? 0 : 3;  // index of the hour
+    const auto days = clock ? daysFromParts(part(0), part(1), part(2)) : DateTime::kDay1900;
+    const std::int64_t units[] = {24, 60, 60, powerOfTen(type.scale)};
+    std::int64_t fractions = 0;
     bool valid = days.has_value();
-    for (std::size_t i = 0; i < std::size(kClock); ++i) {
-        valid = valid && part(3 + i) >= 0 && part(3 + i) < kClock[i];
-        milliseconds = valid ? milliseconds * kClock[i] + part(3 + i) : 0;
+    for (std::size_t i = 0; i < std::size(units); ++i) {
+        valid = valid && part(clock + i) >= 0 && part(clock + i) < units[i];
+        fractions = valid ? fractions * units[i] + part(clock + i) : 0;
     }
-    const DateTime value{days.value_or(0), milliseconds * 10'000};
+    const DateTime value{days.value_or(0), fractions * (DateTime::kTicksPerSecond / units[3])};
     if (!valid || !isInRange(value, type)) throw sqlError(message::kInvalidDateParts, {baseName(type.id)});
     return toStorage(value, type);
 }
@@ -129,6 +139,9 @@ const FunctionInfo kDateFunctions[] = {
     {"eomonth", "D[I", TypeId::Date, runEndOfMonth},
     {"datefromparts", "III=", TypeId::Date, runFromParts},
     {"datetimefromparts", "IIIIIII=", TypeId::DateTime, runFromParts},
+    {"smalldatetimefromparts", "IIIII=", TypeId::SmallDateTime, runFromParts},
+    {"datetime2fromparts", "IIIIIIII=", scaledType<TypeId::DateTime2>, runFromParts},
+    {"timefromparts", "IIIII=", scaledType<TypeId::Time>, runFromParts},
     {"isdate", "T", TypeId::Int, runIsDate, Nulls::Reach},
 };
 

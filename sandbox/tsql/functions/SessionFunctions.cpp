@@ -137,6 +137,20 @@ struct SessionFunctions {
         return table ? Value(std::int64_t{table->identityColumn() != nullptr}) : Value(Null{});
     }
 
+    static Value objectDefinition(const SqlCall& call) {
+        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        return found && found->type != objectType::kTable && found->parent == 0 ? Value(found->source)
+                                                                                : Value(Null{});
+    }
+
+    static Value schemaNumber(const SqlCall& call) {
+        constexpr std::pair<std::string_view, int> kSchemas[] = {
+            {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}};
+        for (const auto& [name, id] : kSchemas)
+            if (sameWord(name, call.count() ? call.text(0) : "dbo")) return id;
+        return Null{};
+    }
+
     static Value columnLength(const SqlCall& call) {
         const auto name = parseObjectName(call.text(0));
         const auto found = session(call).catalogue(name).table(name.name);
@@ -188,6 +202,11 @@ const FunctionInfo kSessionFunctions[] = {
     {"object_name", "I", kName, S::objectName, kNulls, kVarying},
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
     {"object_schema_name", "I", kName, S::ownerOfObject, kNulls, kVarying},
+    {"object_definition", "I", nvarcharType(SqlType::kMax), S::objectDefinition, kNulls, kVarying},
+    {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
+    {"has_dbaccess", "T", TypeId::Int,
+     [](const SqlCall& call) { return S::session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },
+     kNulls, kVarying},
     {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
     {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},

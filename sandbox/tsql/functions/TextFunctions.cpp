@@ -1,4 +1,6 @@
 // T-SQL's string functions, as SQLite functions.
+#include <openssl/evp.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -299,6 +301,49 @@ Value runQuoteName(const SqlCall& call) {
     return result += right;
 }
 
+// (a.b.c.d, number of the part from the right); NULL if the string has no such part or is no name
+Value runParseName(const SqlCall& call) {
+    constexpr std::size_t kMostParts = 4;
+    std::vector<std::string> parts(1);
+    char close = '\0';  // of the quoted part that is being read
+    const std::string_view text = call.text(0);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool ends = close && text[i] == close;
+        const bool doubled = ends && text.substr(i + 1).starts_with(close);
+        if (ends && !doubled)
+            close = '\0';
+        else if (!close && text[i] == '.')
+            parts.emplace_back();
+        else if (!close && parts.back().empty() && (text[i] == '[' || text[i] == '"'))
+            close = text[i] == '[' ? ']' : '"';
+        else
+            parts.back() += text[i += doubled];
+    }
+    const auto part = static_cast<std::size_t>(std::max<std::int64_t>(call.integer(1), 0));
+    if (close || part < 1 || part > parts.size() || parts.size() > kMostParts) return Null{};
+    const std::string& name = parts[parts.size() - part];
+    return name.empty() ? Value(Null{}) : Value(name);
+}
+
+// (algorithm, string, its type); NULL for an unknown algorithm
+Value runHashBytes(const SqlCall& call) {
+    constexpr std::pair<std::string_view, const char*> kDigests[] = {
+        {"md5", "MD5"}, {"sha", "SHA1"}, {"sha1", "SHA1"}, {"sha2_256", "SHA256"}, {"sha2_512", "SHA512"}};
+    const SqlType binary{TypeId::VarBinary, SqlType::kMax, 0, 0};
+    for (const auto& [algorithm, digest] : kDigests) {
+        if (!sameWord(algorithm, call.text(0))) continue;
+        const auto bytes = std::get<Bytes>(convertValue(call[1], call.type(2), binary));
+        Bytes hash(EVP_MAX_MD_SIZE, std::byte{0});
+        unsigned size = 0;
+        EVP_Digest(bytes.data(), bytes.size(), reinterpret_cast<unsigned char*>(hash.data()), &size,
+                   EVP_get_digestbyname(digest), nullptr);
+        return hash.substr(0, size);
+    }
+    if (sameWord("md2", call.text(0)) || sameWord("md4", call.text(0)))
+        throw unsupported("HASHBYTES with MD2 and MD4");
+    return Null{};
+}
+
 const FunctionInfo kTextFunctions[] = {
     {"len", "T", countType, runLen},
     {"datalength", "A#", countType, runDataLength},
@@ -325,6 +370,8 @@ const FunctionInfo kTextFunctions[] = {
     {"concat", "TT*", joinedText, writeConcat},
     {"concat_ws", "TTT*=", joinedText, runConcatWs, Nulls::Reach},
     {"quotename", "T[T", nvarcharType(258), runQuoteName},
+    {"parsename", "TI", nvarcharType(128), runParseName},
+    {"hashbytes", "TS#", SqlType{TypeId::VarBinary, 8000, 0, 0}, runHashBytes},
 };
 
 }  // namespace

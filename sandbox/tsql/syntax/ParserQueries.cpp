@@ -1,4 +1,6 @@
 // SELECT and its clauses.
+#include <limits>
+
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -265,6 +267,9 @@ ExprPtr Parser::top(bool mayBeBare) {
     if (!accept("TOP")) return nullptr;
     if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) throwSyntaxError();
     ExprPtr count = primary();
+    const auto* literal = std::get_if<Literal>(&count->node);
+    if (literal && literal->constant.value == Value(std::int64_t{100}) && accept("PERCENT"))  // all rows
+        count->node = Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}};
     throwIfAt("PERCENT", "TOP ... PERCENT");
     throwIfAt("WITH TIES", "TOP ... WITH TIES");
     return count;

@@ -100,7 +100,7 @@ class Translator {
     // Return the SQLite statement that changes `target`.
     std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const ast::Insert& insert);
-    std::string limited(const std::string& sql) const;
+    std::string limited(const std::string& sql, const ast::ExprPtr& top = nullptr);
     std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                             const ast::Insert& insert);
     // For one row: values of the given types, bound as ?1, ?2 ...
@@ -166,6 +166,7 @@ class Translator {
     std::string test(const ast::Between& between);
     std::string test(const ast::InList& in);
     std::string test(const ast::InQuery& in);
+    std::string test(const ast::CompareQuery& compare);
     std::string test(const ast::Like& like);
     std::string test(const ast::Exists& exists);
     Typed userCall(const ast::Call& call);

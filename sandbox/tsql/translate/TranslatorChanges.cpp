@@ -94,6 +94,7 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
                                                        : message::kFewerInsertColumnsThanValues);
         addRow(row);
     }
+    if (insert.top) rows = limited(rows, insert.top);
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
@@ -120,7 +121,7 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
                                                             : message::kMoreSelectedThanInserted);
     std::vector<Typed> cells;
     for (const auto& output : text.columns) cells.push_back({output.alias, output.column.type});
-    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql) + ")") +
+    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql, insert.top) + ")") +
            returning(target, insert.output, "inserted");
 }
 

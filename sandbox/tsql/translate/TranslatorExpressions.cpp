@@ -325,6 +325,22 @@ std::string Translator::test(const InQuery& in) {
     return "(" + comparable(coerce(operand, type)) + " IN (" + rows + "))";
 }
 
+// A false comparison decides ALL, a true one ANY. Without it, an unknown one makes the result unknown.
+std::string Translator::test(const CompareQuery& compare) {
+    const bool before = m_scope && std::exchange(m_scope->sawAggregate, false);
+    const Typed operand = value(*compare.operand);
+    if (m_scope && std::exchange(m_scope->sawAggregate, before))
+        throw unsupported("an aggregate compared with ALL, ANY or SOME");
+    const QueryText text = query(*compare.query);
+    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
+    const OutputColumn& column = text.columns.front();
+    const std::string decisive = compare.all ? "0" : "1", otherwise = compare.all ? "1" : "0";
+    return "(SELECT CASE WHEN sum(t IS " + decisive + ") > 0 THEN " + decisive +
+           " WHEN count(t) = count(*) THEN " + otherwise + " END FROM (SELECT " +
+           emitCompare(compare.op, operand, {column.alias, column.column.type}) + " AS t FROM (" + text.sql +
+           ")))";
+}
+
 std::string Translator::test(const Like& like) {
     const Typed operand = value(*like.operand);
     const Typed pattern = value(*like.pattern);

@@ -288,7 +288,7 @@ std::string Translator::rowCount(const Expr& expr, int least, int error) {
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
-// LIMIT of UPDATE and DELETE: TOP, or SET ROWCOUNT if that is less.
+// LIMIT of a change: TOP, or SET ROWCOUNT if that is less.
 std::string Translator::changeLimit(const ExprPtr& top) {
     const std::string most = m_names.mostRows() ? std::to_string(m_names.mostRows()) : "";
     if (!top) return most.empty() ? most : " LIMIT " + most;
@@ -296,10 +296,10 @@ std::string Translator::changeLimit(const ExprPtr& top) {
     return " LIMIT " + (most.empty() ? rows : "min(" + rows + ", " + most + ")");
 }
 
-// The rows that INSERT takes of a query: as many as SET ROWCOUNT says.
-std::string Translator::limited(const std::string& sql) const {
-    const std::int64_t most = m_names.mostRows();
-    return most ? "SELECT * FROM (" + sql + ") LIMIT " + std::to_string(most) : sql;
+// The rows that INSERT takes of a query.
+std::string Translator::limited(const std::string& sql, const ExprPtr& top) {
+    const std::string limit = changeLimit(top);
+    return limit.empty() ? sql : "SELECT * FROM (" + sql + ")" + limit;
 }
 
 // UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
