@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "catalogue/Catalogue.h"
-#include "messages/SqlError.h"
+#include "messages/Message.h"
 
 namespace tsql {
 

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "messages/Message.h"
-#include "types/Column.h"
 #include "types/SqlType.h"
 
 namespace tsql {

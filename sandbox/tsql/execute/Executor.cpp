@@ -5,7 +5,6 @@
 #include <thread>
 
 #include "execute/RaiseErrorText.h"
-#include "functions/Registration.h"
 #include "messages/Messages.h"
 #include "types/Finally.h"
 #include "types/Text.h"

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "functions/Typed.h"
-#include "messages/Numbers.h"
+#include "messages/Messages.h"
 #include "types/SqlTypes.h"
 
 namespace tsql {

@@ -1,4 +1,4 @@
-#include "functions/Registration.h"
+#include "functions/FunctionContext.h"
 
 #include <sqlite3.h>
 

@@ -1,5 +1,4 @@
-#include "functions/SessionFunctions.h"
-
+// T-SQL's functions about the session and the server, as SQLite functions.
 #include <sodium.h>
 #include <unistd.h>
 

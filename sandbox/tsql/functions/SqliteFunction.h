@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "functions/FunctionContext.h"
-#include "storage/SqliteValue.h"
+#include "storage/Connection.h"
 #include "types/DateTime.h"
 #include "types/SqlTypes.h"
 #include "types/Values.h"

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string>
 
-#include "messages/Numbers.h"
-
 namespace tsql {
 namespace {
 

@@ -16,8 +16,8 @@
 #include "functions/Functions.h"
 #include "functions/Operators.h"
 #include "syntax/Ast.h"
-#include "types/Column.h"
 #include "types/Finally.h"
+#include "types/SqlType.h"
 #include "types/Text.h"
 
 namespace tsql {
