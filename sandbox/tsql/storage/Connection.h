@@ -26,6 +26,7 @@ struct SqliteFailure : std::runtime_error {
     int code;
 };
 
+// Values in their storage form to and from SQLite.
 CellView viewOf(sqlite3_value* value);
 void giveResult(sqlite3_context* call, const Value& value);  // of a function of SQLite
 

@@ -132,6 +132,7 @@ using TableRefPtr = std::unique_ptr<TableRef>;
 struct NamedTable {
     ObjectName name;                                     // a table variable's begins with @
     std::optional<std::vector<ExprPtr>> arguments = {};  // of a table function
+    bool applied = false;                                // by CROSS APPLY: they see the tables before it
 };
 struct DerivedTable {
     QueryPtr query;

@@ -84,10 +84,7 @@ Update update(Parser& in) {
     in.tableHints();
     in.expect("SET");
     node.sets = in.list([&] { return setClause(in); });
-    const std::size_t begin = in.position();
     node.output = output(in);
-    if (node.output && findText(in.textSince(begin), "deleted.") != std::string::npos)
-        in.throwUnsupported("deleted rows in the OUTPUT of UPDATE");
     affectedRows(in, node);
     return node;
 }

@@ -46,9 +46,10 @@ class NameResolver {
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
 };
 
+constexpr std::string_view kOldValue = "the old value of a changed column in the OUTPUT of UPDATE";
 struct SourceColumn {
     std::string name;
-    std::string sql;
+    std::string sql;  // empty: kOldValue
     SqlType type;
     bool nullable = true;
     bool identity = false;
@@ -242,7 +243,7 @@ class Translator {
                                                    const std::vector<const TableColumn*>& columns) const;
     Typed setValue(const std::string& rowid, const ast::SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
-                          const std::string& exposed);
+                          const std::string& exposed, const std::vector<ast::SetClause>& sets = {});
     std::string returnedToVariables(const TableInfo& target, const ast::Update& update);
     std::string filter(const ast::Change& change);  // the WHERE clause
     std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,

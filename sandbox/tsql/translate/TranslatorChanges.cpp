@@ -149,13 +149,18 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
     }
 }
 
-// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion.
+// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. `sets`: of an
+// UPDATE. Its other columns have their old values; those of the changed columns have no SQL.
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
-                                  const std::string& exposed) {
+                                  const std::string& exposed, const std::vector<SetClause>& sets) {
     if (!output) return {};
     Scope scope;
     m_scope = &scope;
     addSource(target, exposed, {});
+    if (!sets.empty()) addSource(target, "deleted", {});
+    for (auto& column : scope.sources.back().columns)
+        if (std::ranges::any_of(sets, [&](const auto& set) { return sameText(set.column, column.name); }))
+            column.sql.clear();
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
@@ -234,7 +239,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     const std::string top = changeLimit(update.top);
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
-        returning(target, update.output, "inserted") + returnedToVariables(target, update);
+        returning(target, update.output, "inserted", update.sets) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
         const auto set = std::find_if(update.sets.begin(), update.sets.end(), [&](const SetClause& clause) {

@@ -187,6 +187,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         if (!item.starOf.empty() && !sameText(item.starOf.back(), source.exposed)) continue;
         any = true;
         for (const auto& column : source.columns) {
+            if (column.sql.empty()) throw unsupported(kOldValue);
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
@@ -458,7 +459,8 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
         throw sqlError(message::kInvalidObjectName, {table.name.name});
     if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
-    const auto pieces = blind([&] { return values(*table.arguments); });
+    const auto pieces =
+        table.applied ? values(*table.arguments) : blind([&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (!isText(pieces[i].type.id) && !pieces[i].nullLiteral)
@@ -467,8 +469,8 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     const std::string sqlAlias = nextAlias();
     m_scope->sources.push_back({alias, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
-    return "(SELECT value FROM json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
-           coerce(separator, nvarcharType(SqlType::kMax)).sql + "))) AS " + sqlAlias;
+    return "json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
+           coerce(separator, nvarcharType(SqlType::kMax)).sql + ")) AS " + sqlAlias;
 }
 
 void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
