@@ -10,7 +10,7 @@
 #include "Prelogin.h"
 #include "PreparedStatements.h"
 #include "Rpc.h"
-#include "messages/SqlError.h"
+#include "messages/Message.h"
 #include "types/Utf16.h"
 
 namespace {

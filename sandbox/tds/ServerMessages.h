@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "execute/Client.h"
-#include "messages/SqlError.h"
+#include "messages/Message.h"
 
 namespace tds {
 

@@ -37,12 +37,6 @@ std::vector<std::string> namesOf(std::string_view list) {
 
 }  // namespace
 
-std::string listOf(const std::vector<std::string>& names) {
-    std::string list;
-    for (const auto& name : names) list += (list.empty() ? "" : ", ") + name;
-    return list;
-}
-
 const TableColumn* TableInfo::column(std::string_view columnName) const {
     const auto found = std::ranges::find_if(
         columns, [&](const TableColumn& each) { return sameText(each.name, columnName); });
@@ -150,7 +144,7 @@ void Catalogue::save(ObjectInfo& object) {
         object.type,
         object.parent,
         object.stored,
-        object.type == objectType::kTable ? std::to_string(object.seed) : listOf(object.columns),
+        object.type == objectType::kTable ? std::to_string(object.seed) : commaList(object.columns),
         toStorage(timeNow().local, simpleType(TypeId::DateTime)),
         object.source};
     run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "

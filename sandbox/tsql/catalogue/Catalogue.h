@@ -47,14 +47,13 @@ struct ObjectInfo {
     std::int64_t id = 0;  // 0: not in the catalogue yet
     std::string name;
     std::string type;
-    std::int64_t parent = 0;                // table of a constraint or index
-    std::string stored = {};                // name of a table in SQLite; table that a foreign key references
+    std::int64_t parent = 0;  // table of a constraint or index
+    std::string stored = {};  // name of a table in SQLite; table of a foreign key; filter of an index
     std::vector<std::string> columns = {};  // of a constraint or index
     std::string source = {};                // text of a module; Constraint::source; kUniqueIndex
     std::string table = {};                 // name of the parent
     std::int64_t seed = 1;                  // of a table's identity
 };
-std::string listOf(const std::vector<std::string>& names);  // "a, b"
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
 inline bool isUniqueKey(const ObjectInfo& key) {
     return key.type == objectType::kPrimaryKey || key.type == objectType::kUnique ||

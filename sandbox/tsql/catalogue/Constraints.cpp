@@ -26,7 +26,7 @@ std::vector<std::string> referencedColumns(const Catalogue& catalogue, const Obj
     const auto candidates = catalogue.keysOf(referenced->id);
     const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
         return implicit ? candidate.type == objectType::kPrimaryKey
-                        : isUniqueKey(candidate) &&
+                        : isUniqueKey(candidate) && candidate.stored.empty() &&
                               std::ranges::is_permutation(candidate.columns, columns, sameText);
     });
     if (fitting == candidates.end())
@@ -89,17 +89,13 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
                  m_change.verb});
         case SQLITE_CONSTRAINT_CHECK:
             for (const auto& key : m_catalogue.keysOf(m_change.target.id))
-                if (key.name == what) return conflictWith("CHECK", key);
-            return conflictWith("CHECK", {});
+                if (key.name == what) return conflict(m_change.verb, "CHECK", m_change.target, key);
+            return conflict(m_change.verb, "CHECK", m_change.target, {});
         case SQLITE_CONSTRAINT_FOREIGNKEY:
             return brokenReference();
         default:
             return duplicateKey(what);
     }
-}
-
-SqlError BrokenConstraint::conflictWith(std::string_view type, const ObjectInfo& key) const {
-    return conflict(m_change.verb, type, m_change.target, key);
 }
 
 // SQLite does not report which foreign key failed: one that a new row violates, or one that references this
@@ -114,7 +110,7 @@ SqlError BrokenConstraint::brokenReference() const {
     }
     auto others = m_catalogue.keysTo(m_change.target.name);
     std::erase_if(others, [&](const ObjectInfo& key) { return !isReferred(key); });
-    if (others.size() != 1) return conflictWith("REFERENCE", {});
+    if (others.size() != 1) return conflict(m_change.verb, "REFERENCE", m_change.target, {});
     const ObjectInfo& key = others.front();
     return conflict(m_change.verb, isWithinTable(key) ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *m_catalogue.table(key.table), key);
@@ -127,17 +123,18 @@ bool BrokenConstraint::isReferred(const ObjectInfo& key) const {
            anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
 }
 
-// columns: "t.a, t.b", or "index 'name@id@nulls'" for the index of rows with NULL.
+// columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows
+// with NULL.
 SqlError BrokenConstraint::duplicateKey(std::string columns) const {
     const TableInfo& target = m_change.target;
     const std::string prefix = target.stored + ".";
     for (std::size_t at = 0; (at = columns.find(prefix, at)) != std::string::npos;)
         columns.erase(at, prefix.size());
-    const std::string nulls = "@" + std::to_string(target.id) + std::string(kNullsSuffix) + "'";
     for (const auto& key : m_catalogue.keysOf(target.id)) {
-        if (!isUniqueKey(key) ||
-            (!sameText(listOf(key.columns), columns) && columns != "index '" + key.name + nulls))
-            continue;
+        const std::string index = "index '" + key.name + "@" + std::to_string(target.id);
+        const bool isNamed = columns == index + "'" || columns == index + std::string(kNullsSuffix) + "'";
+        const bool isMeant = isNamed || (key.stored.empty() && sameText(commaList(key.columns), columns));
+        if (!isUniqueKey(key) || !isMeant) continue;
         const std::string value = duplicateValue(key);
         if (key.type == objectType::kIndex)
             return sqlError(message::kDuplicateKeyInIndex, {target.name, key.name, value});
@@ -149,6 +146,7 @@ SqlError BrokenConstraint::duplicateKey(std::string columns) const {
 }
 
 std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
+    if (!key.stored.empty()) return {};  // the rows that the filter leaves out are not known here
     std::string match;
     std::vector<SqlType> types;
     for (const auto& name : key.columns) {
@@ -170,8 +168,7 @@ std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
         std::string text;
         for (std::size_t i = 0; i < types.size(); ++i) {
             const CellView cell = query.cell(static_cast<int>(i));
-            text +=
-                (i ? ", " : "") + (std::holds_alternative<Null>(cell) ? "<NULL>" : textOf(cell, types[i]));
+            text += (i ? ", " : "") + (isNull(cell) ? "<NULL>" : textOf(cell, types[i]));
         }
         return " The duplicate key value is (" + text + ").";
     } catch (const SqliteFailure&) {  // the new rows lack a column of the key

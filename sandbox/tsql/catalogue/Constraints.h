@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "catalogue/Catalogue.h"
-#include "messages/SqlError.h"
+#include "messages/Message.h"
 
 namespace tsql {
 
@@ -45,7 +45,6 @@ class BrokenConstraint {
     std::string duplicateValue(const ObjectInfo& key) const;
 
   private:
-    SqlError conflictWith(std::string_view type, const ObjectInfo& key) const;
     SqlError duplicateKey(std::string columns) const;
     SqlError brokenReference() const;
     bool isReferred(const ObjectInfo& key) const;

@@ -93,7 +93,8 @@ AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
      R"(object_id int = o.parent; name sysname = o.name; index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
 'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR o.source = 'UNIQUE';
-is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0)",
+is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0;
+has_filter bit = o.stored <> ''; filter_definition nvarchar(max) = '(' || nullif(o.stored, '') || ')')",
      kIndexes},
     {"sys", "index_columns",
      R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =

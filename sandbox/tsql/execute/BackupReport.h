@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "storage/Backup.h"
-#include "types/Column.h"
+#include "types/SqlType.h"
 #include "types/Values.h"
 
 namespace tsql {

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "messages/Message.h"
-#include "types/Column.h"
 #include "types/SqlType.h"
 
 namespace tsql {
@@ -47,16 +46,16 @@ enum class TransactionEvent { Began, Committed, RolledBack };
 class ResultSink {
   public:
     virtual ~ResultSink() = default;
-    virtual void columns(std::span<const Column> columns) = 0;  // begins a result set
-    virtual void row(std::span<const CellView> cells) = 0;
+    virtual void columns(std::span<const Column>) {}  // begins a result set
+    virtual void row(std::span<const CellView>) {}
     // rowCount: rows read or changed; -1: not reported, as under SET NOCOUNT ON.
-    virtual void statementDone(std::int64_t rowCount, StatementKind kind) = 0;
+    virtual void statementDone(std::int64_t /*rowCount*/, StatementKind) {}
     // Enclose the statements of a procedure that the batch itself calls. status: the return value; null if an
     // error has ended the procedure.
     virtual void procedureBegan() {}
     virtual void procedureEnded(std::optional<std::int32_t> /*status*/) {}
     virtual void message(const Message& message) = 0;
-    virtual void databaseChanged(std::string_view from, std::string_view to) = 0;  // USE
+    virtual void databaseChanged(std::string_view /*from*/, std::string_view /*to*/) {}  // USE
     virtual void transactionChanged(TransactionEvent) {}  // of the outermost transaction
     // Sends everything to the client now, for RAISERROR WITH NOWAIT.
     virtual void flush() {}

@@ -7,22 +7,16 @@ namespace {
 
 // History of backups in msdb, with the columns that are supported.
 constexpr std::string_view kBackupSet =
-    "IF OBJECT_ID('msdb..backupset') IS NULL CREATE TABLE msdb..backupset (backup_set_id int IDENTITY(1,1) "
-    "NOT NULL "
-    "PRIMARY KEY, name nvarchar(128) NULL, database_name nvarchar(128) NULL, backup_start_date datetime "
-    "NULL, "
-    "backup_finish_date datetime NULL, type char(1) NULL, backup_size numeric(18,0) NULL)";
+    R"(IF OBJECT_ID('msdb..backupset') IS NULL CREATE TABLE msdb..backupset (backup_set_id int IDENTITY(1,1)
+NOT NULL PRIMARY KEY, name nvarchar(128) NULL, database_name nvarchar(128) NULL, backup_start_date datetime
+NULL, backup_finish_date datetime NULL, type char(1) NULL, backup_size numeric(18,0) NULL))";
 
 class FailingSink final : public ResultSink {
   public:
-    void columns(std::span<const Column>) override {}
-    void row(std::span<const CellView>) override {}
-    void statementDone(std::int64_t, StatementKind) override {}
     void message(const Message& message) override {
         if (message.severity > 10)
             throw std::runtime_error("cannot prepare the system databases: " + message.text);
     }
-    void databaseChanged(std::string_view, std::string_view) override {}
     bool cancelled() override { return false; }
 };
 

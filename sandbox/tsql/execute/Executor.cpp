@@ -1,12 +1,10 @@
 #include "execute/Executor.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <thread>
 
 #include "execute/RaiseErrorText.h"
-#include "functions/Registration.h"
 #include "messages/Messages.h"
 #include "types/Finally.h"
 #include "types/Text.h"
@@ -20,103 +18,6 @@ namespace {
 
 constexpr int kFatalSeverity = 20;
 constexpr int kTopUserSeverity = 18;
-
-// Errors that end the batch and roll back the transaction: failed conversions, impossible changes of tables,
-// calls nested too deep, and the victim of a deadlock.
-constexpr std::array kBatchErrors = {
-    message::kCallsNestedTooDeeply, message::kBadMoneyText,           message::kBadDateText,
-    message::kDateOutOfRange,       message::kOverflowOfSmallInteger, message::kBadTextForType,
-    message::kOverflowOfInt,        message::kBadSmallDateTimeText,   message::kDeadlockVictim,
-    message::kRepeatedColumnName,   message::kObjectExists,           message::kSeveralIdentityColumns,
-    message::kInvalidIdentityType,  message::kConstraintNotDropped,   message::kAddedColumnNotNull,
-    message::kColumnHasDependents,  message::kAlteredColumnNotFound,  message::kSeveralPrimaryKeys,
-    message::kConversionError,      message::kIdentityOnNullable,     message::kBadUniqueIdentifier};
-// Errors that a compiler would find. They end the procedure or batch, but not the transaction.
-constexpr std::array kScopeErrors = {message::kOrderByItemNotInSetOperation,
-                                     message::kUnknownColumnPrefix,
-                                     message::kOrderByPositionOutOfRange,
-                                     message::kMoreInsertColumnsThanValues,
-                                     message::kFewerInsertColumnsThanValues,
-                                     message::kSubqueryWithSeveralColumns,
-                                     message::kFewerSelectedThanInserted,
-                                     message::kMoreSelectedThanInserted,
-                                     message::kAggregateOfAggregate,
-                                     message::kUndeclaredVariable,
-                                     message::kAssignmentAmongResults,
-                                     message::kOrderByItemNotInDistinct,
-                                     message::kAggregateInWhere,
-                                     message::kUnknownOption,
-                                     message::kAggregateInSetList,
-                                     message::kGroupByWithoutColumn,
-                                     message::kRepeatedOrderByColumn,
-                                     message::kFunctionNeedsArguments,
-                                     message::kFunctionTakesArguments,
-                                     message::kUnknownSetOption,
-                                     message::kSetOperationColumnCounts,
-                                     message::kOperandTypeClash,
-                                     message::kInvalidColumnName,
-                                     message::kInvalidObjectName,
-                                     message::kAmbiguousColumnName,
-                                     message::kColumnCountMismatch,
-                                     message::kRepeatedCommonTableName,
-                                     message::kRecursiveTypesDiffer,
-                                     message::kSeveralRecursiveReferences,
-                                     message::kNoImplicitConversion,
-                                     message::kNoTableToSelectFrom,
-                                     message::kColumnSetTwice,
-                                     message::kTypeNotComparable,
-                                     message::kTooFewArguments,
-                                     message::kIncompatibleOperands,
-                                     message::kConstantInOrderBy,
-                                     message::kTypeNotDistinct,
-                                     message::kDistinctInRecursion,
-                                     message::kTopInRecursion,
-                                     message::kOuterJoinInRecursion,
-                                     message::kGroupingInRecursion,
-                                     message::kNoExplicitConversion,
-                                     message::kUnknownDatabase,
-                                     message::kVariableInOrderBy,
-                                     message::kRepeatedCorrelationName,
-                                     message::kSameExposedNames,
-                                     message::kRowCountNotInteger,
-                                     message::kUndeclaredTableVariable,
-                                     message::kUnboundIdentifier,
-                                     message::kWindowNotAllowedHere,
-                                     message::kOverWithOrderByRequired,
-                                     message::kNotAWindowFunction,
-                                     message::kFunctionNotFound,
-                                     message::kCoalesceOfNulls,
-                                     message::kConditionExpected,
-                                     message::kNullIfOfNull,
-                                     message::kRangeFrameLimits,
-                                     message::kAlteredTableNotFound,
-                                     message::kIntegerIndexInWindow,
-                                     message::kConstantInWindow,
-                                     message::kTypeNotInSetOperation,
-                                     message::kIdentityValueNeedsColumnList,
-                                     message::kIdentityUpdate,
-                                     message::kInvalidArgumentType,
-                                     message::kInvalidOperandType,
-                                     message::kUngroupedInSelect,
-                                     message::kUngroupedInHaving,
-                                     message::kUngroupedInOrderBy,
-                                     message::kCaseOfNulls,
-                                     message::kAmbiguousTable,
-                                     message::kUnnamedColumn,
-                                     message::kColumnSpecifiedTwice,
-                                     message::kMoreColumnsThanNames,
-                                     message::kFewerColumnsThanNames,
-                                     message::kTopWithOffset,
-                                     message::kFrameNotAllowed,
-                                     message::kOverRequired,
-                                     message::kFrameWithoutOrderBy,
-                                     message::kWithinGroupNotAllowed,
-                                     message::kDistinctWithOver};
-
-template <std::size_t N>
-bool contains(const std::array<int, N>& numbers, int number) {
-    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
-}
 
 }  // namespace
 
@@ -147,17 +48,15 @@ Executor::~Executor() {
 // Runs a request of the client to its end or to the error that ends it.
 template <typename Work>
 RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
-    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
-    const Finally workAgain([before = std::exchange(isBatchCancelled, [this] { return isCancelled(); })] {
-        isBatchCancelled = before;
-    });
+    const Temporarily toClient(m_sink, &sink);
+    const Temporarily cancellable(isBatchCancelled, [this] { return isCancelled(); });
     RequestEnd end = RequestEnd::Whole;
     changeEntry([](SessionEntry& entry) { entry.isRunning = true; });
     try {
         work();
     } catch (const SyntaxError& error) {
         m_error = error.number;
-        report(messageOf(error));
+        report(messageOf(error, error.line, error.procedure));
     } catch (const ScopeEnd&) {
     } catch (const BatchEnd&) {
         end = RequestEnd::Aborted;
@@ -170,7 +69,7 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
         (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
     if (transactionLost() || (aborts && isCancelled())) rollBack();
     if (m_doomed) {
-        report({message::kDoomedAtEndOfBatch, 16, 1, 1, "", sqlError(message::kDoomedAtEndOfBatch).what()});
+        report(messageOf(sqlError(message::kDoomedAtEndOfBatch), 1, ""));
         rollBack();
     }
     frame.temporary.clear();  // #tables of a batch belong to the session
@@ -217,12 +116,8 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
                 given->node = Literal{{std::move(argument.value), argument.type}};
             execute.arguments.push_back({argument.name, std::move(given), output});
         }
-        const Finally describeAgain(
-            [this, before = m_settings.describeOnly] { m_settings.describeOnly = before; });
-        m_settings.describeOnly = m_settings.describeOnly || call.describeOnly;
-        Block block;
-        block.push_back(std::make_unique<Statement>(Statement{1, std::move(execute)}));
-        runFrame(block, frame);
+        const Temporarily describing(m_settings.describeOnly, m_settings.describeOnly || call.describeOnly);
+        inFrame(frame, [&] { guarded(1, [&] { return isSkipping() ? Flow::Next : this->run(execute); }); });
     });
     for (std::size_t i = 0; i < call.arguments.size(); ++i)
         if (call.arguments[i].output && frame.variables.contains(variable(i)))
@@ -240,23 +135,29 @@ Flow Executor::runBlock(const Block& block) {
 }
 
 Flow Executor::runStatement(const Statement& statement) {
-    if (isCancelled()) throw BatchEnd{};
-    m_line = statement.line;
-    m_functions.beginStatement();
-    try {
-        const bool isSkipped = m_settings.parseOnly || m_settings.checkOnly;
-        if (isSkipped && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
+    return guarded(statement.line, [&] {
+        if (isSkipping() && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
         if (m_settings.describeOnly) return describe(statement);
         if (beginsImplicitly(statement)) begin({});
         return std::visit([this](const auto& node) { return run(node); }, statement.node);
+    });
+}
+
+// Runs a statement. An error in it is reported, or leaves as Raised.
+Flow Executor::guarded(int line, const std::function<Flow()>& work) {
+    if (isCancelled()) throw BatchEnd{};
+    m_line = line;
+    m_functions.beginStatement();
+    try {
+        return work();
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
-        afterError(messageOf(error), !m_settings.abortOnError);
+        afterError(messageOf(error, error.line, error.procedure), !m_settings.abortOnError);
     } catch (const SqlError& error) {
-        fail(error, statement.line);
+        fail(error, line);
     } catch (const SqliteFailure& failure) {
-        fail(errorOf(failure), statement.line);
+        fail(errorOf(failure), line);
     } catch (const std::bad_alloc&) {
-        fail(sqlError(message::kInsufficientMemory), statement.line);
+        fail(sqlError(message::kInsufficientMemory), line);
     }
     return Flow::Next;
 }
@@ -279,11 +180,11 @@ Flow Executor::describe(const Statement& statement) {
 }
 
 Message Executor::messageOf(const SqlError& error, int line) const {
-    return {error.number, error.severity, error.state, line, m_frames.back()->procedure, error.what()};
+    return messageOf(error, line, m_frames.back()->procedure);
 }
 
-Message Executor::messageOf(const SyntaxError& error) {
-    return {error.number, error.severity, error.state, error.line, error.procedure, error.what()};
+Message Executor::messageOf(const SqlError& error, int line, const std::string& procedure) {
+    return {error.number, error.severity, error.state, line, procedure, error.what()};
 }
 
 void Executor::report(const Message& message) const {
@@ -292,10 +193,6 @@ void Executor::report(const Message& message) const {
 
 void Executor::inform(int number, std::initializer_list<std::string_view> values) const {
     report(messageOf(sqlError(number, values), m_line));
-}
-
-bool Executor::endsScope(int number) {
-    return contains(kScopeErrors, number);
 }
 
 void Executor::fail(const SqlError& error, int line) {
@@ -313,8 +210,8 @@ void Executor::afterError(const Message& message, bool raised) {
     // A constraint that no row has broken ends the batch.
     const bool badDefinition = message.number == message::kConstraintNotCreated && verb.empty();
     const bool endsBatch =
-        !raised && (m_settings.abortOnError || contains(kBatchErrors, message.number) || badDefinition);
-    const bool endsHere = !raised && endsScope(message.number);
+        !raised && (m_settings.abortOnError || endOf(message.number) == Ends::Batch || badDefinition);
+    const bool endsHere = !raised && endOf(message.number) == Ends::Scope;
     const bool refused =
         !raised && message.number == message::kUserDefined;  // the statement is not supported
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
@@ -528,13 +425,8 @@ Flow Executor::run(const Return& node) {
 Flow Executor::run(const TryCatch& node) {
     std::optional<Message> caught;
     try {
-        Frame& frame = *m_frames.back();
-        ++m_tries;
-        ++frame.tries;
-        const Finally left([&] {
-            --m_tries;
-            --frame.tries;
-        });
+        const Temporarily within(m_tries, m_tries + 1);
+        const Temporarily inFrame(m_frames.back()->tries, m_frames.back()->tries + 1);
         return runBlock(node.attempt);
     } catch (const Raised& raised) {
         if (raised.within == m_frames.back()) throw;

@@ -110,6 +110,8 @@ class Executor final : public NameResolver, public FunctionSession {
     RequestEnd run(ResultSink& sink, Frame& frame, Work work);
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
+    Flow guarded(int line, const std::function<Flow()>& work);
+    bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
     static bool isAlone(const ast::Block& block);
     void check(const ast::Block& block);
     void check(const ast::Statement& statement);
@@ -131,11 +133,10 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::WaitFor& wait);
     void fail(const SqlError& error, int line);
     void afterError(const Message& message, bool raised);
-    static bool endsScope(int number);
     void report(const Message& message) const;
     void inform(int number, std::initializer_list<std::string_view> values = {}) const;
     Message messageOf(const SqlError& error, int line) const;
-    static Message messageOf(const SyntaxError& error);
+    static Message messageOf(const SqlError& error, int line, const std::string& procedure);
     SqlError errorOf(const SqliteFailure& failure);
     void done(std::int64_t count, StatementKind kind = StatementKind::Other);
     void warnOfNulls();
@@ -179,6 +180,7 @@ class Executor final : public NameResolver, public FunctionSession {
                       const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                           const Translator& translator, const std::optional<ast::Output>& output);
+    TableInfo changedTable(const ast::Change& change, Translator& translator);
     void updateInSteps(const TableInfo& target, const Translator& translator,
                        const std::optional<ast::Output>& output);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
@@ -203,7 +205,9 @@ class Executor final : public NameResolver, public FunctionSession {
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
     void makeKeyIndex(const TableInfo& table, const ObjectInfo& key);
-    void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list);
+    void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
+                   const std::string& filter);
+    void addIndex(Catalogue& catalogue, const TableInfo& table, const ast::CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
     void dropIndex(const ast::ObjectName& name, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);

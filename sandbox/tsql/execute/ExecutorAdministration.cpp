@@ -231,7 +231,7 @@ Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::v
     m_sink->columns(columns);
     for (const auto& row : rows) {
         std::vector<CellView> cells(row.size());
-        std::transform(row.begin(), row.end(), cells.begin(), viewOf);
+        std::ranges::transform(row, cells.begin(), [](const Value& cell) { return viewOf(cell); });
         m_sink->row(cells);
     }
     m_rowCount = static_cast<std::int64_t>(rows.size());

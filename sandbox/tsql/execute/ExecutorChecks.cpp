@@ -64,9 +64,7 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (std::is_same_v<Node, Execute>) {
         reportMissingDependency(node.procedure);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
-        const ObjectName& name = Translator::targetName(node.table, node.from);
-        translator.useCommonTables(node, name);
-        const TableInfo target = table(name);
+        const TableInfo target = changedTable(node, translator);
         if constexpr (std::is_same_v<Node, Update>)
             translator.update(target, node);
         else
@@ -88,11 +86,8 @@ void Executor::reportMissingDependency(const ObjectName& procedure) {
 // writers.
 void Executor::check(const Block& block) {
     if (m_connection.inTransaction() || m_settings.describeOnly) return;
-    const Finally again([this, &frame = *m_frames.back(), database = m_frames.back()->database,
-                         checking = std::exchange(m_checking, true)] {
-        frame.database = database;
-        m_checking = checking;
-    });
+    const Temporarily checking(m_checking, true);
+    const Temporarily untilUse(m_frames.back()->database, m_frames.back()->database);
     for (const auto& statement : block) check(*statement);
 }
 
@@ -103,7 +98,7 @@ void Executor::check(const Statement& statement) {
         std::visit([this](const auto& node) { checkNode(node); }, statement.node);
     } catch (const SqlError& error) {
         if (error.number == message::kInvalidObjectName || error.number == message::kFunctionNotFound ||
-            !endsScope(error.number))
+            endOf(error.number) != Ends::Scope)
             return;
         fail(error, statement.line);
     }

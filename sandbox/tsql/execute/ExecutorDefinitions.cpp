@@ -41,7 +41,7 @@ std::string nullsOf(const TableInfo& table, const ObjectInfo& index) {
                 collated({"ifnull(" + quotedName(name) + ", 0)", column.type});
         if (column.nullable) condition += (condition.empty() ? "" : " OR ") + isNull;
     }
-    return condition.empty() ? "" : list + ") WHERE " + condition;
+    return condition.empty() ? "" : list + ") WHERE (" + condition + ")";
 }
 
 const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name, bool isIndex) {
@@ -152,6 +152,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         table = *owner.table(name);
         m_connection.run("CREATE TABLE " + table.sqlName() + " (" + tableBody(owner, table) + ")");
         for (const auto& key : keys) makeKeyIndex(table, key);
+        for (const auto& index : create.indexes) addIndex(owner, table, index);
         startIdentity(table);
     });
     if (table.name.starts_with('#')) m_frames.back()->temporary.push_back(table);
@@ -252,8 +253,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
 
 // Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
-    std::string body;
-    for (const auto& column : table.columns) body += (body.empty() ? "" : ", ") + columnText(column);
+    std::string body = commaList(table.columns, columnText);
     for (const auto& key : catalogue.keysOf(table.id)) {
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
         if (key.type == objectType::kCheck)
@@ -268,10 +268,13 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
 }
 
 void Executor::makeKeyIndex(const TableInfo& table, const ObjectInfo& key) {
-    if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns));
+    if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns), "");
 }
 
-void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list) {
+// filter: condition of the rows in the index; empty: all. With a constant among its columns, a filtered index
+// is named in SQLite's message.
+void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
+                         const std::string& filter) {
     m_change.target = table;
     m_change.verb = "CREATE INDEX";
     const std::string on = " ON " + quotedName(table.stored) + " (";
@@ -280,9 +283,9 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
                          table.schema + "." + indexName(index.name, table.id, suffix) + on + definition);
     };
     try {
-        make("", list + ")");
+        make("", list + (filter.empty() ? ")" : ", (1)) WHERE " + filter));
         const std::string nulls = isUniqueKey(index) ? nullsOf(table, index) : "";
-        if (!nulls.empty()) make(kNullsSuffix, nulls);
+        if (!nulls.empty()) make(kNullsSuffix, nulls + (filter.empty() ? "" : " AND " + filter));
     } catch (const SqliteFailure& failure) {
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
         m_change.newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
@@ -347,12 +350,19 @@ void Executor::fillColumn(const TableInfo& table, const TableColumn& column, con
 
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                                 const std::vector<ObjectInfo>& keys) {
-    for (const auto& key : keys)
-        if (std::ranges::any_of(key.columns, [&](const auto& name) { return sameText(name, column); }))
+    for (const auto& key : keys) {
+        const bool filtered = key.type == objectType::kIndex && !key.stored.empty();
+        auto used =
+            filtered
+                ? Translator(*this).check(table, *parseConstraint("CHECK (" + key.stored + ")").check).columns
+                : std::set<std::string>();
+        used.insert(key.columns.begin(), key.columns.end());
+        if (std::ranges::any_of(used, [&](const auto& name) { return sameText(name, column); }))
             failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
                 throw sqlError(message::kDependentOnColumn,
                                {key.type == objectType::kIndex ? "index" : "object", key.name, column});
             });
+    }
     if (!table.column(column)) throw sqlError(message::kAlteredColumnNotFound, {verb, column, table.name});
 }
 
@@ -427,26 +437,28 @@ Flow Executor::run(const AlterTable& alter) {
     return finished();
 }
 
+void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create) {
+    ObjectInfo index{0, create.name, std::string(objectType::kIndex), table.id, create.filterText};
+    refuseSecondIndex(catalogue.keysOf(table.id), create.name, table);
+    if (create.unique) index.source = kUniqueIndex;
+    std::string list;
+    for (const auto& [name, descending] : create.columns) {
+        const TableColumn* column = table.column(name);
+        if (!column) throw sqlError(message::kUnknownIndexColumn, {name});
+        requireKeyType(table, *column);
+        list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
+        index.columns.push_back(column->name);
+    }
+    for (const auto& name : create.included)
+        if (!table.column(name)) throw sqlError(message::kUnknownIndexColumn, {name});
+    makeIndex(table, index, list, create.filter ? Translator(*this).check(table, *create.filter).sql : "");
+    catalogue.save(index);
+}
+
 Flow Executor::run(const CreateIndex& create) {
     claim(create.table);
     const TableInfo target = table(create.table, message::kObjectNotFound);
-    define(create.table, [&](Catalogue& owner) {
-        ObjectInfo index{0, create.name, std::string(objectType::kIndex), target.id};
-        refuseSecondIndex(owner.keysOf(target.id), create.name, target);
-        if (create.unique) index.source = kUniqueIndex;
-        std::string list;
-        for (const auto& [name, descending] : create.columns) {
-            const TableColumn* column = target.column(name);
-            if (!column) throw sqlError(message::kUnknownIndexColumn, {name});
-            requireKeyType(target, *column);
-            list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
-            index.columns.push_back(column->name);
-        }
-        for (const auto& name : create.included)
-            if (!target.column(name)) throw sqlError(message::kUnknownIndexColumn, {name});
-        makeIndex(target, index, list);
-        owner.save(index);
-    });
+    define(create.table, [&](Catalogue& owner) { addIndex(owner, target, create); });
     return finished();
 }
 

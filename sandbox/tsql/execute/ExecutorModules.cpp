@@ -42,8 +42,7 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
     frame.procedure = query.name;
     frame.database = query.database;
     frame.isQuery = true;
-    for (const auto& parameter : query.module->parameters)
-        frame.variables[parameter.name] = {parameter.type, Null{}};
+    frame.declare(*query.module);
     inFrame(frame, work);
 }
 
@@ -68,9 +67,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
 void Executor::checkBody(const CreateModule& module) {
     Frame frame;
     frame.procedure = module.name.name;
-    for (const auto& parameter : module.parameters)
-        frame.variables[parameter.name] = {parameter.type, Null{}};
-    frame.declare(module.locals);
+    frame.declare(module);
     inFrame(frame, [&] { check(module.body); });
     dropTemporaryTables(frame);
 }
@@ -97,8 +94,7 @@ Flow Executor::run(const CreateModule& module) try {
     });
     return finished();
 } catch (const SqlError& error) {  // reported with the name of the module
-    afterError({error.number, error.severity, error.state, m_line, module.name.name, error.what()},
-               /*raised=*/false);
+    afterError(messageOf(error, m_line, module.name.name), /*raised=*/false);
     return Flow::Next;
 }
 
@@ -136,8 +132,8 @@ void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
 
 void Executor::runFrame(const Block& body, Frame& frame) {
     inFrame(frame, [&] {
-        const bool isText = frame.procedure.empty();
-        if (isText && !m_settings.parseOnly && (!isAlone(body) || m_settings.checkOnly)) check(body);
+        const bool isModule = !frame.procedure.empty();
+        if (!isModule && !m_settings.parseOnly && (!isAlone(body) || m_settings.checkOnly)) check(body);
         runBlock(body);
     });
 }
@@ -192,11 +188,11 @@ void Executor::checkTransactions(int before, const std::string& procedure) {
     if (m_transactions == before || m_settings.implicitTransactions) return;
     const SqlError error = sqlError(message::kTransactionCountMismatch,
                                     {std::to_string(before), std::to_string(m_transactions)});
-    afterError({error.number, error.severity, error.state, 0, procedure, error.what()}, /*raised=*/true);
+    afterError(messageOf(error, 0, procedure), /*raised=*/true);
 }
 
 void Executor::runText(const std::string& text, const std::string& inside) {
-    const Finally textAgain([this, outer = std::exchange(m_text, text)] { m_text = outer; });
+    const Temporarily inner(m_text, text);
     const auto batch = parseBatch(m_text, m_settings.quotedIdentifiers);
     Frame frame;
     frame.declare(batch->locals);
@@ -275,8 +271,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     try {
         arguments = bindArguments(module, execute, name.name, frame);
     } catch (const SqlError& error) {  // reported for the procedure with line 0
-        afterError({error.number, error.severity, error.state, 0, frame.procedure, error.what()},
-                   /*raised=*/false);
+        afterError(messageOf(error, 0, frame.procedure), /*raised=*/false);
         return;
     }
     asCall([&] {
@@ -360,10 +355,9 @@ Value Executor::callFunction(std::string_view database, std::string_view name,
     frame.database = function->database;
     frame.isFunction = true;
     frame.returnType = module.returns;
-    frame.declare(module.locals);
-    for (std::size_t i = 0; i < module.parameters.size(); ++i)
-        frame.variables[module.parameters[i].name] = {
-            module.parameters[i].type, i < arguments.size() ? ownedValue(arguments[i]) : Value(Null{})};
+    frame.declare(module);
+    for (std::size_t i = 0; i < std::min(module.parameters.size(), arguments.size()); ++i)
+        frame.variables[module.parameters[i].name].value = ownedValue(arguments[i]);
     const int line = m_line;
     try {
         runFrame(module.body, frame);

@@ -1,6 +1,5 @@
 // Resolution of names: variables, tables and views.
 #include "execute/Executor.h"
-#include "functions/SessionFunctions.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 

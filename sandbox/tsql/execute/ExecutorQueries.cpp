@@ -62,16 +62,12 @@ Flow Executor::run(const SelectStatement& statement) {
     const auto values = parameterValues(translator);
     PreparedStatement prepared(m_connection, text.sql);
     prepared.bindAll(values);
-    if (!translator.assignments().empty()) {
-        if (m_settings.describeOnly) return Flow::Next;
-        m_rowCount = assignRows(prepared, translator.assignments(), m_settings.mostRows);
-        m_error = 0;
-        done(m_rowCount, StatementKind::Select);
-    } else {
-        m_rowCount = sendRows(prepared, text, m_settings.mostRows);
-        m_error = 0;
-        done(m_rowCount, StatementKind::Select);
-    }
+    const bool assigns = !translator.assignments().empty();
+    if (assigns && m_settings.describeOnly) return Flow::Next;
+    m_rowCount = assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
+                         : sendRows(prepared, text, m_settings.mostRows);
+    m_error = 0;
+    done(m_rowCount, StatementKind::Select);
     return Flow::Next;
 }
 
@@ -107,7 +103,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
 
 void Executor::divert(const RowHandler& handler, const std::function<void()>& work) {
     DivertingSink sink(*m_sink, handler);
-    const Finally sinkAgain([this, before = std::exchange(m_sink, &sink)] { m_sink = before; });
+    const Temporarily diverted(m_sink, &sink);
     work();
 }
 
@@ -129,22 +125,17 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
         select && select->from.size() == 1 && !std::holds_alternative<Join>(select->from.front()->node) &&
         std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
     CreateTable create{name, {}, {}};
-    for (const auto& output : text.columns) {
-        if (output.column.name.empty()) throw sqlError(message::kMissingColumnName);
-        ColumnDefinition column;
-        column.name = output.column.name;
-        column.type = output.column.type;
-        column.nullable = output.column.nullable;
-        column.identity = inherits && output.column.identity;
-        create.columns.push_back(std::move(column));
+    for (const auto& [column, alias, isNull] : text.columns) {
+        if (column.name.empty()) throw sqlError(message::kMissingColumnName);
+        create.columns.push_back(
+            {column.name, column.type, column.nullable, inherits && column.identity, false, 1, {}});
     }
     const TableInfo target = createTable(create);
-    std::vector<std::string> names;
-    for (const auto& column : target.columns) names.push_back(column.name);
-    change(
-        target, "INSERT",
-        "INSERT INTO " + target.sqlName() + " (" + quotedNames(names) + ") " + translator.limited(text.sql),
-        translator);
+    const std::string names =
+        commaList(target.columns, [](const TableColumn& column) { return quotedName(column.name); });
+    change(target, "INSERT",
+           "INSERT INTO " + target.sqlName() + " (" + names + ") " + translator.limited(text.sql),
+           translator);
     done(m_rowCount, StatementKind::Insert);
 }
 
@@ -263,11 +254,10 @@ void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
 // A refused row uses up its identity, as the rows before it do.
 void Executor::loseIdentity(const TableInfo& target) {
     if (!target.identityColumn() || sameWord(m_settings.identityInsert, target.fullName())) return;
-    const Value stored[] = {target.stored};
-    const auto before =
-        m_connection.number("SELECT seq FROM " + target.schema + ".sqlite_sequence WHERE name = ?1", stored);
     m_givenIdentities[{target.schema, target.stored}] =
-        std::max<std::int64_t>(before.value_or(0), sqlite3_last_insert_rowid(m_connection.handle())) + 1;
+        std::max<std::int64_t>(lastIdentity(target).value_or(0),
+                               sqlite3_last_insert_rowid(m_connection.handle())) +
+        1;
     skipIdentities();
     if (m_transactions == 0) m_givenIdentities.clear();
 }
@@ -300,8 +290,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     };
     if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
     {
-        const Finally again([this] { m_insertsRows = false; });
-        m_insertsRows = true;
+        const Temporarily inserting(m_insertsRows, true);
         divert(collect, work);
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);
@@ -322,12 +311,17 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     m_change.verb.clear();
 }
 
-Flow Executor::run(const Update& update) {
-    const ObjectName& name = Translator::targetName(update.table, update.from);
-    Translator translator(*this);
-    translator.useCommonTables(update, name);
+// Returns the table that UPDATE or DELETE changes, and makes the statement's common tables known.
+TableInfo Executor::changedTable(const Change& change, Translator& translator) {
+    const ObjectName& name = Translator::targetName(change.table, change.from);
+    translator.useCommonTables(change, name);
     claim(name);
-    const TableInfo target = table(name);
+    return table(name);
+}
+
+Flow Executor::run(const Update& update) {
+    Translator translator(*this);
+    const TableInfo target = changedTable(update, translator);
     const std::string sql = translator.update(target, update);
     try {
         changeWithOutput(target, "UPDATE", sql, translator, update.output);
@@ -362,11 +356,8 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
 }
 
 Flow Executor::run(const Delete& statement) {
-    const ObjectName& name = Translator::targetName(statement.table, statement.from);
     Translator translator(*this);
-    translator.useCommonTables(statement, name);
-    claim(name);
-    const TableInfo target = table(name);
+    const TableInfo target = changedTable(statement, translator);
     changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
     done(m_rowCount, StatementKind::Delete);
     return Flow::Next;

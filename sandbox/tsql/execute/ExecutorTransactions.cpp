@@ -73,13 +73,9 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
 // INSERT ... EXECUTE runs in a transaction. Without an open one it has its own, which the client does not
 // see.
 void Executor::inTransaction(const std::function<void()>& work) {
-    const Finally restored([this, own = m_ownTransaction, fewest = m_fewestTransactions] {
-        m_ownTransaction = own;
-        m_fewestTransactions = fewest;
-    });
-    m_ownTransaction = m_transactions == 0;
+    const Temporarily own(m_ownTransaction, m_transactions == 0);
     if (m_ownTransaction) m_transactions = 1;
-    m_fewestTransactions = m_transactions;
+    const Temporarily fewest(m_fewestTransactions, m_transactions);
     try {
         work();
     } catch (...) {

@@ -41,6 +41,11 @@ struct Frame {
     void declare(const std::vector<ast::Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
     }
+    // Declares the parameters and variables of a module.
+    void declare(const ast::CreateModule& module) {
+        for (const auto& parameter : module.parameters) variables[parameter.name] = {parameter.type, Null{}};
+        declare(module.locals);
+    }
 
     std::string procedure;         // empty in a batch
     std::int64_t procedureId = 0;  // @@PROCID

@@ -1,5 +1,4 @@
-#include "functions/Aggregates.h"
-
+// T-SQL's aggregates, as SQLite aggregates.
 #include <sqlite3.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // T-SQL's date functions, as SQLite functions.
-#include "functions/FunctionInfo.h"
+#include "functions/Functions.h"
 #include "messages/Messages.h"
 
 namespace tsql {
@@ -45,71 +45,77 @@ SqlType ofDateType(Pieces pieces) {
     return simpleType(TypeId::Int);
 }
 
-DatePart partArgument(const Call& call) {
+DatePart partArgument(const SqlCall& call) {
     return static_cast<DatePart>(call.integer(0));
 }
 
 // (type)
 template <DateTime Now::*clock>
-Value runNow(const Call& call) {
+Value runNow(const SqlCall& call) {
     return toStorage(call.context().now().*clock, call.type(0));
 }
 
 // (part, number, value, type)
-Value runDateAdd(const Call& call) {
+Value runDateAdd(const SqlCall& call) {
     return toStorage(dateAdd(partArgument(call), call.integer(1), call.dateTime(2), call.type(3)),
                      call.type(3));
 }
 
 // (part, start, end)
-Value runDateDiffBig(const Call& call) {
-    return dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
-}
-
-Value runDateDiff(const Call& call) {
+template <typename Number>
+Value runDateDiff(const SqlCall& call) {
     const std::int64_t difference = dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
-    if (difference > INT32_MAX || difference < INT32_MIN) throw sqlError(message::kDateDiffOverflow);
+    if (!std::in_range<Number>(difference)) throw sqlError(message::kDateDiffOverflow);
     return difference;
 }
 
-Value runDatePart(const Call& call) {
-    return datePart(partArgument(call), call.dateTime(1));
-}
-Value runDateName(const Call& call) {
-    return dateName(partArgument(call), call.dateTime(1));
+// (part, value)
+template <auto function>
+Value runOfDate(const SqlCall& call) {
+    return function(partArgument(call), call.dateTime(1));
 }
 
 template <DatePart part>
-Value runPart(const Call& call) {
+Value runPart(const SqlCall& call) {
     return datePart(part, call.dateTime(0));
 }
 
 // (value[, months])
-Value runEndOfMonth(const Call& call) {
+Value runEndOfMonth(const SqlCall& call) {
     const SqlType type = simpleType(TypeId::Date);
     const std::int64_t months = call.count() > 1 ? call.integer(1) : 0;
     const CivilDate date = civilFromDays(dateAdd(DatePart::Month, months, call.dateTime(0), type).days);
     return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0}, type);
 }
 
-// (year, month, day[, hour, minute, second, millisecond], type)
-Value runFromParts(const Call& call) {
+// Type of which the last argument is the scale.
+template <TypeId id>
+SqlType scaledType(Pieces pieces) {
+    const auto scale = pieces.back().integer;
+    if (!scale) throw sqlError(message::kScaleNotConstant, {baseName(id)});
+    const int argument[] = {static_cast<int>(std::clamp<std::int64_t>(*scale, -1, 8))};
+    return makeType(baseName(id), argument, TypeUse::Declaration);
+}
+
+// ([year, month, day][, hour, minute, second, fraction[, scale]], type)
+Value runFromParts(const SqlCall& call) {
     const SqlType type = call.resultType();
     const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
-    const auto days = daysFromParts(part(0), part(1), part(2));
-    constexpr std::int64_t kClock[] = {24, 60, 60, 1000};
-    std::int64_t milliseconds = 0;
+    const std::size_t clock = type.id == TypeId::Time ? 0 : 3;  // index of the hour
+    const auto days = clock ? daysFromParts(part(0), part(1), part(2)) : DateTime::kDay1900;
+    const std::int64_t units[] = {24, 60, 60, powerOfTen(type.scale)};
+    std::int64_t fractions = 0;
     bool valid = days.has_value();
-    for (std::size_t i = 0; i < std::size(kClock); ++i) {
-        valid = valid && part(3 + i) >= 0 && part(3 + i) < kClock[i];
-        milliseconds = valid ? milliseconds * kClock[i] + part(3 + i) : 0;
+    for (std::size_t i = 0; i < std::size(units); ++i) {
+        valid = valid && part(clock + i) >= 0 && part(clock + i) < units[i];
+        fractions = valid ? fractions * units[i] + part(clock + i) : 0;
     }
-    const DateTime value{days.value_or(0), milliseconds * 10'000};
+    const DateTime value{days.value_or(0), fractions * (DateTime::kTicksPerSecond / units[3])};
     if (!valid || !isInRange(value, type)) throw sqlError(message::kInvalidDateParts, {baseName(type.id)});
     return toStorage(value, type);
 }
 
-Value runIsDate(const Call& call) {
+Value runIsDate(const SqlCall& call) {
     if (isNull(call[0])) return std::int64_t{0};
     return std::int64_t{!isNull(convertValue(call[0], varcharType(SqlType::kMax),
                                              simpleType(TypeId::DateTime), kNoStyle, Conversion::Try)) &&
@@ -123,16 +129,19 @@ const FunctionInfo kDateFunctions[] = {
     {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"dateadd", "PIE=", shiftedType, runDateAdd},
-    {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff},
-    {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiffBig},
-    {"datepart", "PD", partType, runDatePart},
-    {"datename", "PD", partNameType, runDateName},
+    {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff<std::int32_t>},
+    {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiff<std::int64_t>},
+    {"datepart", "PD", partType, runOfDate<datePart>},
+    {"datename", "PD", partNameType, runOfDate<dateName>},
     {"year", "D", ofDateType<DatePart::Year>, runPart<DatePart::Year>},
     {"month", "D", ofDateType<DatePart::Month>, runPart<DatePart::Month>},
     {"day", "D", ofDateType<DatePart::Day>, runPart<DatePart::Day>},
     {"eomonth", "D[I", TypeId::Date, runEndOfMonth},
     {"datefromparts", "III=", TypeId::Date, runFromParts},
     {"datetimefromparts", "IIIIIII=", TypeId::DateTime, runFromParts},
+    {"smalldatetimefromparts", "IIIII=", TypeId::SmallDateTime, runFromParts},
+    {"datetime2fromparts", "IIIIIIII=", scaledType<TypeId::DateTime2>, runFromParts},
+    {"timefromparts", "IIIII=", scaledType<TypeId::Time>, runFromParts},
     {"isdate", "T", TypeId::Int, runIsDate, Nulls::Reach},
 };
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "functions/FunctionSession.h"
-#include "messages/SqlError.h"
+#include "messages/Message.h"
 #include "types/DateTime.h"
 
 namespace tsql {
@@ -38,5 +38,8 @@ class FunctionContext {
     std::optional<SqlError> m_error;
     bool m_nullLeftOut = false;
 };
+
+// Registers the functions, aggregates and collation in a SQLite connection. Throws std::runtime_error.
+void registerFunctions(struct sqlite3* connection, FunctionContext& context);
 
 }  // namespace tsql

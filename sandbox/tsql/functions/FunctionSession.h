@@ -43,4 +43,7 @@ class FunctionSession {
     virtual const std::string& clientProgram() const = 0;
 };
 
+std::string hostName();
+Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)
+
 }  // namespace tsql

@@ -4,7 +4,6 @@
 #include <map>
 #include <vector>
 
-#include "functions/FunctionInfo.h"
 #include "functions/Operators.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
@@ -51,39 +50,20 @@ SqlType extremeType(Pieces pieces) {
 
 // --- writers
 
-// SQLite has a function of the same name.
-std::string writeOfSqlite(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
-    return listed(function.name, function, pieces, result);
-}
-
-std::string writeIsNull(const FunctionInfo&, Pieces pieces, const SqlType& result) {
-    return "ifnull(" + pieces[0].sql + "," + coerce(pieces[1], result).sql + ")";
-}
-
-std::string writeCoalesce(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
-    std::vector<Typed> converted;
-    for (const Typed& piece : pieces) converted.push_back(coerce(piece, result));
-    return writeOfSqlite(function, converted, result);
-}
-
 std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "CASE WHEN " + emitCompare(CompareOp::Equal, pieces[0], pieces[1]) + " THEN NULL ELSE " +
            pieces[0].sql + " END";
 }
 
-std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType&) {
     std::string sql = "CASE " + pieces[0].sql;
     for (std::size_t i = 1; i < pieces.size(); ++i)
-        sql += " WHEN " + std::to_string(i) + " THEN " + coerce(pieces[i], result).sql;
+        sql += " WHEN " + std::to_string(i) + " THEN " + pieces[i].sql;
     return sql + " END";
 }
 
 std::string writePi(const FunctionInfo&, Pieces, const SqlType&) {
     return "3.141592653589793";
-}
-
-std::string writeXmlValue(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
-    return listed("ts_xml_value", function, pieces, result);
 }
 
 // Wraps an argument of SQLite's own aggregates, which skip NULLs without a warning.
@@ -118,13 +98,12 @@ std::string writeTiles(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
 }
 
-// LAG, LEAD: the default is converted to the type of the value.
+// LAG, LEAD
 std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     std::vector<Typed> converted(pieces.begin(), pieces.end());
     if (converted.size() > 1)
         converted[1].sql = checkedRowCount(converted[1].sql, 0, message::kNegativeOffset);
-    if (converted.size() > 2) converted[2] = coerce(converted[2], result);
-    return writeOfSqlite(function, converted, result);
+    return writeCall(function, converted, result);
 }
 
 constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ranking,
@@ -132,32 +111,32 @@ constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ra
 
 // Functions that SQLite has, or that are written with other functions.
 const FunctionInfo kWritten[] = {
-    {"isnull", "AA", sameAsFirst, writeIsNull},
-    {"coalesce", "AA*", coalescedType, writeCoalesce},
+    {"isnull", "AR", sameAsFirst, "ifnull"},
+    {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
-    {"choose", "IA*", commonOfRest, writeChoose},
+    {"choose", "IR*", commonOfRest, writeChoose},
     {"pi", "", TypeId::Float, writePi},
-    {"xml.value", "AA", nvarcharType(SqlType::kMax), writeXmlValue},  // (SELECT ... FOR XML).value()
+    {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
     {"sum", "A", totalType, writeSum, kAggregate},
     {"avg", "A", averageType, writeAverage, kAggregate},
     {"min", "A", extremeType, writeExtreme, kAggregate},
     {"max", "A", extremeType, writeExtreme, kAggregate},
-    {"stdev", "F", TypeId::Float, writeOwn, kAggregate},
-    {"stdevp", "F", TypeId::Float, writeOwn, kAggregate},
-    {"var", "F", TypeId::Float, writeOwn, kAggregate},
-    {"varp", "F", TypeId::Float, writeOwn, kAggregate},
+    {"stdev", "F", TypeId::Float, "ts_stdev", kAggregate},
+    {"stdevp", "F", TypeId::Float, "ts_stdevp", kAggregate},
+    {"var", "F", TypeId::Float, "ts_var", kAggregate},
+    {"varp", "F", TypeId::Float, "ts_varp", kAggregate},
     {"string_agg", "TT", grownText, writeStringAgg, kAggregate},
     // window functions; aggregates other than STRING_AGG also allow OVER
-    {"row_number", "", TypeId::BigInt, writeOfSqlite, kRanking},
-    {"rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
-    {"dense_rank", "", TypeId::BigInt, writeOfSqlite, kRanking},
+    {"row_number", "", TypeId::BigInt, "row_number", kRanking},
+    {"rank", "", TypeId::BigInt, "rank", kRanking},
+    {"dense_rank", "", TypeId::BigInt, "dense_rank", kRanking},
     {"ntile", "B", TypeId::BigInt, writeTiles, kRanking},
-    {"lag", "A[IA", sameAsFirst, writeShifted, kRanking},
-    {"lead", "A[IA", sameAsFirst, writeShifted, kRanking},
-    {"first_value", "A", sameAsFirst, writeOfSqlite, kFramed},
-    {"last_value", "A", sameAsFirst, writeOfSqlite, kFramed},
+    {"lag", "A[IR", sameAsFirst, writeShifted, kRanking},
+    {"lead", "A[IR", sameAsFirst, writeShifted, kRanking},
+    {"first_value", "A", sameAsFirst, "first_value", kFramed},
+    {"last_value", "A", sameAsFirst, "last_value", kFramed},
 };
 
 // --- arguments
@@ -245,6 +224,31 @@ void checkCount(const FunctionInfo& function, const Signature& signature, std::s
 
 }  // namespace
 
+SqlType sameAsFirst(Pieces pieces) {
+    return pieces[pieces[0].nullLiteral ? 1 : 0].type;
+}
+
+SqlType numberType(Pieces pieces) {
+    const SqlType& type = pieces[0].type;
+    if (type.id < TypeId::Int) return simpleType(TypeId::Int);
+    if (type.id == TypeId::SmallMoney) return simpleType(TypeId::Money);
+    return type.id == TypeId::Real ? simpleType(TypeId::Float) : type;
+}
+
+std::string writeCall(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    std::string sql = function.scalar.name.empty() ? std::string(function.name) : function.scalar.name;
+    const auto add = [&](const std::string& text) { sql.append(sql.back() == '(' ? "" : ",").append(text); };
+    sql += '(';
+    std::size_t next = 0;
+    for (const char letter : function.arguments) {
+        if (letter == '#') add(std::to_string(encodeType(pieces[next - 1].type)));
+        if (isArgument(letter) && next < pieces.size()) add(pieces[next++].sql);
+    }
+    while (next < pieces.size()) add(pieces[next++].sql);
+    if (function.arguments.ends_with('=')) add(std::to_string(encodeType(result)));
+    return sql + ')';
+}
+
 std::array<std::span<const FunctionInfo>, 5> allFunctions() {
     return {textFunctions(), mathFunctions(), dateFunctions(), sessionFunctions(), kWritten};
 }
@@ -260,14 +264,6 @@ const FunctionInfo* findFunction(std::string_view name) {
     return found == index.end() ? nullptr : found->second;
 }
 
-FunctionKind kindOf(const FunctionInfo& function) {
-    return function.kind;
-}
-
-bool takesDatePart(const FunctionInfo& function) {
-    return function.arguments.starts_with('P');
-}
-
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {
     const Signature signature = signatureOf(function);
     checkCount(function, signature, arguments.size());
@@ -278,10 +274,13 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
         pieces.push_back(argument(function, i, signature.letters[std::min(i, signature.letters.size() - 1)],
                                   arguments[i]));
     const SqlType type = function.result.of(pieces);
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+        if (signature.letters[std::min(i, signature.letters.size() - 1)] == 'R')
+            pieces[i] = coerce(pieces[i], type);
     std::string sql = function.write(function, pieces, type);
     if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
     Typed result{sql, type};
-    if (function.write == writeIsNull) result.nullable = pieces[0].nullable && pieces[1].nullable;
+    if (function.name == "isnull") result.nullable = pieces[0].nullable && pieces[1].nullable;
     return result;
 }
 

@@ -5,7 +5,7 @@
 #include <numbers>
 #include <random>
 
-#include "functions/FunctionInfo.h"
+#include "functions/Functions.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 
@@ -30,19 +30,19 @@ double checked(double result) {
 }
 
 template <double (*function)(double)>
-Value runFloat(const Call& call) {
+Value runFloat(const SqlCall& call) {
     return checked(function(call.real(0)));
 }
 
 // (value, type)
-Value runAbs(const Call& call) {
+Value runAbs(const SqlCall& call) {
     if (isApproximate(call.type(1).id)) return std::fabs(call.real(0));
     const Int128 value = exactOf(call[0]);
     return checkedCell(value < 0 ? -value : value, call.type(1));
 }
 
 // (value, type); result of the same type
-Value runSign(const Call& call) {
+Value runSign(const SqlCall& call) {
     const SqlType type = call.type(1);
     const auto sign = [](auto value) { return value > 0 ? 1 : value < 0 ? -1 : 0; };
     if (isApproximate(type.id)) return static_cast<double>(sign(call.real(0)));
@@ -51,7 +51,7 @@ Value runSign(const Call& call) {
 
 // (value, type); money keeps its scale, decimal results in decimal(p,0)
 template <bool up>
-Value runWhole(const Call& call) {
+Value runWhole(const SqlCall& call) {
     const SqlType type = call.type(1);
     if (isApproximate(type.id)) return up ? std::ceil(call.real(0)) : std::floor(call.real(0));
     const Int128 value = exactOf(call[0]), unit = powerOfTen<Int128>(type.scale);
@@ -62,7 +62,7 @@ Value runWhole(const Call& call) {
 
 // (value, type, places[, truncate]); result of the same type, at least int; negative places round before the
 // point
-Value runRound(const Call& call) {
+Value runRound(const SqlCall& call) {
     const SqlType type = call.type(1);
     const std::int64_t places = call.integer(2);
     const bool cut = call.count() > 3 && call.integer(3) != 0;
@@ -80,29 +80,26 @@ Value runRound(const Call& call) {
 }
 
 // (base, type, exponent, result type)
-Value runPower(const Call& call) {
+Value runPower(const SqlCall& call) {
     const SqlType real = simpleType(TypeId::Float);
     const Value base = convertValue(call[0], call.type(1), real);
     return convertValue(checked(std::pow(std::get<double>(base), call.real(2))), real, call.resultType());
 }
 
-Value runLog(const Call& call) {
+Value runLog(const SqlCall& call) {
     const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
     return checked(call.real(0) > 0 ? std::log(call.real(0)) / base : NAN);
 }
-Value runAtn2(const Call& call) {
-    return checked(std::atan2(call.real(0), call.real(1)));
-}
 
 // ([seed])
-Value runRand(const Call& call) {
+Value runRand(const SqlCall& call) {
     thread_local std::mt19937_64 engine{std::random_device{}()};
     if (call.count() > 0) engine.seed(static_cast<std::uint64_t>(call.integer(0)));
     return std::uniform_real_distribution<double>(0, 1)(engine);
 }
 
 // (value, type)
-Value runIsNumeric(const Call& call) {
+Value runIsNumeric(const SqlCall& call) {
     if (isNull(call[0])) return std::int64_t{0};
     const SqlType type = call.type(1);
     if (!isText(type.id)) return std::int64_t{isNumber(type.id)};
@@ -125,7 +122,8 @@ const FunctionInfo kMathFunctions[] = {
     {"power", "N#F=", powerType, runPower},
     {"log", "F[F", TypeId::Float, runLog},
     {"log10", "F", TypeId::Float, runFloat<[](double x) { return 0 < x ? std::log10(x) : NAN; }>},
-    {"atn2", "FF", TypeId::Float, runAtn2},
+    {"atn2", "FF", TypeId::Float,
+     [](const SqlCall& call) -> Value { return checked(std::atan2(call.real(0), call.real(1))); }},
     {"sqrt", "F", TypeId::Float, runFloat<std::sqrt>},
     {"exp", "F", TypeId::Float, runFloat<std::exp>},
     {"square", "F", TypeId::Float, runFloat<[](double x) { return x * x; }>},

@@ -10,12 +10,12 @@ namespace {
 
 // (value, type, target type, style)
 template <Conversion kind>
-Value runConvert(const Call& call) {
+Value runConvert(const SqlCall& call) {
     return convertValue(call[0], call.type(1), call.type(2), static_cast<int>(call.integer(3)), kind);
 }
 
 // (value, type, target type, table, column)
-Value runAssign(const Call& call) {
+Value runAssign(const SqlCall& call) {
     if (isNull(call[0])) return Null{};
     const SqlType from = call.type(1), to = call.type(2);
     try {
@@ -28,7 +28,7 @@ Value runAssign(const Call& call) {
 }
 
 // (left, left type[, operator, right, right type, result type]...); evaluated from left to right
-Value runArithmetic(const Call& call) {
+Value runArithmetic(const SqlCall& call) {
     Value left = ownedValue(call[0]);
     SqlType type = call.type(1);
     for (std::size_t i = 2; i + 3 < call.count(); i += 4) {
@@ -41,12 +41,12 @@ Value runArithmetic(const Call& call) {
 }
 
 // (left, left type, right, right type)
-Value runCompare(const Call& call) {
+Value runCompare(const SqlCall& call) {
     return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
 }
 
 // (value, pattern, are trailing blanks significant[, escape])
-Value runLike(const Call& call) {
+Value runLike(const SqlCall& call) {
     const EndBlanks blanks = call.integer(2) != 0 ? EndBlanks::Counted : EndBlanks::Ignored;
     char32_t escape = 0;
     if (call.count() == 4) {
@@ -58,7 +58,7 @@ Value runLike(const Call& call) {
 }
 
 // (bytes), without the zeros at their end
-Value runUnpadded(const Call& call) {
+Value runUnpadded(const SqlCall& call) {
     const auto bytes = std::get<Blob>(call[0]);
     std::size_t length = bytes.size();
     while (length > 0 && bytes[length - 1] == std::byte{0}) --length;

@@ -6,12 +6,10 @@
 #include <string_view>
 
 #include "functions/Typed.h"
-#include "messages/Numbers.h"
+#include "messages/Messages.h"
 #include "types/SqlTypes.h"
 
 namespace tsql {
-
-struct ScalarFunction;
 
 // Name of the collation, for COLLATE in table definitions and ORDER BY.
 inline constexpr std::string_view kCollation = "ts_ci";
@@ -40,7 +38,5 @@ std::string comparable(const Typed& value);
 
 // A row count that SQLite fails with `error` when it is NULL or below `least`.
 std::string checkedRowCount(const std::string& sql, int least, int error);
-// The functions of SQLite that do their work.
-std::span<const ScalarFunction> operatorFunctions();
 
 }  // namespace tsql

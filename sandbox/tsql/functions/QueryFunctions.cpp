@@ -1,8 +1,8 @@
-#include "functions/QueryFunctions.h"
-
+// SQLite functions for the SQL of the translator and the system views.
 #include <algorithm>
 
 #include "catalogue/Catalogue.h"
+#include "functions/SqliteFunction.h"
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -13,45 +13,45 @@ namespace {
 // --- session
 
 // (name); current value of the variable
-Value runVariable(const Call& call) {
+Value runVariable(const SqlCall& call) {
     return call.context().session().variableValue(call.text(0));
 }
 
 // (database, name, argument...); a user-defined function
-Value runCall(const Call& call) {
+Value runCall(const SqlCall& call) {
     return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
 }
 
 // --- queries
 
 // (value); returns it, and notes a NULL that an aggregate skips
-Value runNoted(const Call& call) {
+Value runNoted(const SqlCall& call) {
     if (isNull(call[0])) call.context().noteNullLeftOut();
     return ownedValue(call[0]);
 }
 
 // (rows, value); the value of a subquery, which may have one row at most
-Value runSingle(const Call& call) {
+Value runSingle(const SqlCall& call) {
     if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
     return ownedValue(call[1]);
 }
 
 // (depth, limit); depth + 1; limit 0: none
-Value runDeeper(const Call& call) {
+Value runDeeper(const SqlCall& call) {
     if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
         throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
     return call.integer(0) + 1;
 }
 
 // (requested rows, least, error)
-Value runRows(const Call& call) {
+Value runRows(const SqlCall& call) {
     if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
     if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
     return call.integer(0);
 }
 
 // (string, separator); the parts as a JSON array, which SQLite turns into rows
-Value runSplit(const Call& call) {
+Value runSplit(const SqlCall& call) {
     if (characterCount(call.text(1)) != 1)
         throw sqlError(message::kWrongParameterType, {"separator", "nchar(1)/nvarchar(1)"});
     std::string result = "[\"";
@@ -85,7 +85,7 @@ constexpr struct Entity {
 } kEntities[] = {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"', true}, {"&#x0D;", '\r'}};
 
 // (value, type, is in an attribute)
-Value runXml(const Call& call) {
+Value runXml(const SqlCall& call) {
     const SqlType type = call.type(1);
     Value value = convertValue(call[0], type, nvarcharType(SqlType::kMax), xmlStyle(type));
     if (type.id == TypeId::Xml) return value;
@@ -105,7 +105,7 @@ Value runXml(const Call& call) {
 }
 
 // (xml, include text of elements); the text content of the XML
-Value runXmlValue(const Call& call) {
+Value runXmlValue(const SqlCall& call) {
     std::string result;
     for (std::string_view rest = call.text(0); !rest.empty();) {
         if (rest.front() == '<') {
@@ -125,26 +125,13 @@ Value runXmlValue(const Call& call) {
 // --- properties of types in the system views
 
 template <Value (*fact)(const SqlType&)>
-Value runTypeFact(const Call& call) {
+Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
 }
 
 // sys.types.system_type_id, in the order of TypeId.
 constexpr int kSystemTypeIds[] = {104, 48, 52, 56,  127, 106, 122, 60, 59, 62, 175, 167, 239,
                                   231, 35, 99, 241, 40,  41,  61,  58, 42, 36, 173, 165, 34};
-
-Value systemIdOf(const SqlType& type) {
-    return std::int64_t{kSystemTypeIds[static_cast<int>(type.id)]};
-}
-Value nameOf(const SqlType& type) {
-    return std::string(baseName(type.id));
-}
-Value lengthOf(const SqlType& type) {
-    return std::int64_t{maxLength(type)};
-}
-Value scaleOf(const SqlType& type) {
-    return std::int64_t{type.scale};
-}
 
 Value familyOf(const SqlType& type) {
     return std::string(isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
@@ -176,11 +163,11 @@ Value digitsOf(const SqlType& type) {
 // --- foreign keys in the system views
 
 // (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
-Value runReferenced(const Call& call) {
+Value runReferenced(const SqlCall& call) {
     const auto names = parseConstraint(call.text(0)).referencedColumns;
-    return names.empty() ? Value(Null{}) : Value(listOf(names));
+    return names.empty() ? Value(Null{}) : Value(commaList(names));
 }
-Value runCascades(const Call& call) {
+Value runCascades(const SqlCall& call) {
     return std::int64_t{parseConstraint(call.text(0)).cascade};
 }
 
@@ -198,13 +185,14 @@ const ScalarFunction kQueryFunctions[] = {
     {"ts_xml_value", runXmlValue},
     {"ts_referenced", runReferenced},
     {"ts_cascades", runCascades},
-    {"ts_type_name", runTypeFact<nameOf>},
-    {"ts_type_id", runTypeFact<systemIdOf>},
+    {"ts_type_name", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
+    {"ts_type_id",
+     runTypeFact<[](auto& type) -> Value { return kSystemTypeIds[static_cast<int>(type.id)]; }>},
     {"ts_type_family", runTypeFact<familyOf>},
-    {"ts_type_length", runTypeFact<lengthOf>},
+    {"ts_type_length", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
     {"ts_type_characters", runTypeFact<charactersOf>},
     {"ts_type_precision", runTypeFact<digitsOf>},
-    {"ts_type_scale", runTypeFact<scaleOf>},
+    {"ts_type_scale", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
 };
 
 }  // namespace

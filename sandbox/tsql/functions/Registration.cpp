@@ -1,15 +1,13 @@
-#include "functions/Registration.h"
+#include "functions/FunctionContext.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
-#include "functions/Aggregates.h"
-#include "functions/FunctionInfo.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
-#include "functions/QueryFunctions.h"
 #include "types/Text.h"
 #include "types/Work.h"
 
@@ -30,7 +28,7 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
         const bool anyNull =
             std::ranges::any_of(arguments.views(), [](const auto& each) { return isNull(each); });
         if (binding.function.nulls == Nulls::GiveNull && anyNull) return sqlite3_result_null(call);
-        giveResult(call, binding.function.run(Call(binding.context, arguments.views())));
+        giveResult(call, binding.function.run(SqlCall(binding.context, arguments.views())));
     } catch (...) {
         reportError(binding.context, call);
     }
@@ -50,6 +48,21 @@ int collate(void*, int leftSize, const void* left, int rightSize, const void* ri
 }
 
 }  // namespace
+
+void reportError(FunctionContext& context, sqlite3_context* call) {
+    try {
+        throw;
+    } catch (const SqlError& error) {
+        context.setError(error);
+        sqlite3_result_error(call, error.what(), -1);
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(call);
+    } catch (const std::exception& error) {
+        sqlite3_result_error(call, error.what(), -1);
+    } catch (...) {  // a user-defined function ended the batch
+        sqlite3_result_error_code(call, SQLITE_INTERRUPT);
+    }
+}
 
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
     for (const auto functions : {operatorFunctions(), queryFunctions()})

@@ -1,5 +1,4 @@
-#include "functions/SessionFunctions.h"
-
+// T-SQL's functions about the session and the server, as SQLite functions.
 #include <sodium.h>
 #include <unistd.h>
 
@@ -7,7 +6,7 @@
 #include <array>
 
 #include "catalogue/SystemViews.h"
-#include "functions/FunctionInfo.h"
+#include "functions/Functions.h"
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -16,7 +15,7 @@ namespace tsql {
 namespace {
 
 // A random (version 4) identifier.
-Value runNewId(const Call&) {
+Value runNewId(const SqlCall&) {
     std::array<std::byte, 16> bytes{};
     randombytes_buf(bytes.data(), bytes.size());
     bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
@@ -24,6 +23,12 @@ Value runNewId(const Call&) {
     SqlType binary = simpleType(TypeId::Binary);
     binary.length = 16;
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
+}
+
+// NULL where there is no value.
+template <typename T>
+Value orNull(const std::optional<T>& value) {
+    return value ? Value(*value) : Value(Null{});
 }
 
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
@@ -49,22 +54,21 @@ Value identityValue(const std::optional<std::int64_t>& identity) {
 namespace {
 
 struct SessionFunctions {
-    static FunctionSession& session(const Call& call) { return call.context().session(); }
+    static FunctionSession& session(const SqlCall& call) { return call.context().session(); }
 
-    static Value databaseName(const Call& call) {
+    static Value databaseName(const SqlCall& call) {
         if (call.count() == 0) return session(call).databaseOf({});
         for (const auto& name : session(call).storage().databases())
             if (databaseId(session(call).storage(), name) == call.integer(0)) return name;
         return Null{};
     }
 
-    static Value databaseNumber(const Call& call) {
-        const auto id = databaseId(session(call).storage(),
-                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
-        return id ? Value(*id) : Value(Null{});
+    static Value databaseNumber(const SqlCall& call) {
+        return orNull(databaseId(session(call).storage(),
+                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
     }
 
-    static Value databaseProperty(const Call& call) {
+    static Value databaseProperty(const SqlCall& call) {
         if (!session(call).storage().exists(call.text(0))) return Null{};
         return propertyIn({{"Status", "ONLINE"},
                            {"IsAutoClose", "0"},
@@ -77,7 +81,7 @@ struct SessionFunctions {
                           call.text(1));
     }
 
-    static Value serverProperty(const Call& call) {
+    static Value serverProperty(const SqlCall& call) {
         return propertyIn({{"ProductVersion", "15.0.2000.5"},
                            {"ProductLevel", "RTM"},
                            {"ProductMajorVersion", "15"},
@@ -97,7 +101,7 @@ struct SessionFunctions {
                           call.text(0));
     }
 
-    static Value objectId(const Call& call) {
+    static Value objectId(const SqlCall& call) {
         const auto name = parseObjectName(call.text(0));
         if (!name.schema.empty() && !sameWord(name.schema, "dbo")) return Null{};
         if (!name.database.empty() && !session(call).storage().exists(name.database)) return Null{};
@@ -106,12 +110,12 @@ struct SessionFunctions {
         return name.name.starts_with('#') ? -found->id : found->id;
     }
 
-    static Value objectName(const Call& call) {
+    static Value objectName(const SqlCall& call) {
         const auto found = session(call).catalogue({}).findById(call.integer(0));
         return found ? Value(found->name) : Value(Null{});
     }
 
-    static Value objectProperty(const Call& call) {
+    static Value objectProperty(const SqlCall& call) {
         constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
             {"IsUserTable", objectType::kTable},
             {"IsTable", objectType::kTable},
@@ -132,35 +136,41 @@ struct SessionFunctions {
         return table ? Value(std::int64_t{table->identityColumn() != nullptr}) : Value(Null{});
     }
 
-    static Value columnLength(const Call& call) {
+    static Value objectDefinition(const SqlCall& call) {
+        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        return found && found->type != objectType::kTable && found->parent == 0 ? Value(found->source)
+                                                                                : Value(Null{});
+    }
+
+    static Value schemaNumber(const SqlCall& call) {
+        constexpr std::pair<std::string_view, int> kSchemas[] = {
+            {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}};
+        for (const auto& [name, id] : kSchemas)
+            if (sameWord(name, call.count() ? call.text(0) : "dbo")) return id;
+        return Null{};
+    }
+
+    static Value columnLength(const SqlCall& call) {
         const auto name = parseObjectName(call.text(0));
         const auto found = session(call).catalogue(name).table(name.name);
         const TableColumn* column = found ? found->column(call.text(1)) : nullptr;
         return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
     }
 
-    static Value ownerOfObject(const Call& call) {
+    static Value ownerOfObject(const SqlCall& call) {
         return session(call).catalogue({}).findById(call.integer(0)) ? owner(call) : Value(Null{});
     }
 
-    static Value currentIdentity(const Call& call) {
+    static Value currentIdentity(const SqlCall& call) {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
         const auto last = session(call).lastIdentity(info);
         return identityValue(std::max(last.value_or(info.seed), info.seed));  // without rows: the seed
     }
 
-    static Value scopeIdentity(const Call& call) { return identityValue(session(call).scopeIdentity()); }
-
-    static Value transactionState(const Call& call) { return std::int64_t{session(call).transactionState()}; }
-
-    static Value cursorStatus(const Call& call) {
-        return session(call).cursorStatus(call.text(0), call.text(1));
-    }
-
     // Property of the error that the enclosing CATCH block handles.
     template <auto Message::*fact>
-    static Value caught(const Call& call) {
+    static Value caught(const SqlCall& call) {
         const Message* error = session(call).caughtError();
         if (!error) return Null{};
         const auto& value = error->*fact;
@@ -171,11 +181,11 @@ struct SessionFunctions {
     }
 
     template <const std::string& (FunctionSession::*name)() const>
-    static Value client(const Call& call) {
+    static Value client(const SqlCall& call) {
         return (session(call).*name)();
     }
-    static Value owner(const Call&) { return std::string("dbo"); }
-    static Value isMember(const Call&) { return std::int64_t{1}; }
+    static Value owner(const SqlCall&) { return "dbo"; }
+    static Value isMember(const SqlCall&) { return 1; }
 };
 
 using S = SessionFunctions;
@@ -191,6 +201,11 @@ const FunctionInfo kSessionFunctions[] = {
     {"object_name", "I", kName, S::objectName, kNulls, kVarying},
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
     {"object_schema_name", "I", kName, S::ownerOfObject, kNulls, kVarying},
+    {"object_definition", "I", nvarcharType(SqlType::kMax), S::objectDefinition, kNulls, kVarying},
+    {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
+    {"has_dbaccess", "T", TypeId::Int,
+     [](const SqlCall& call) { return S::session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },
+     kNulls, kVarying},
     {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
     {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},
@@ -207,7 +222,8 @@ const FunctionInfo kSessionFunctions[] = {
     {"databasepropertyex", "TT", kName, S::databaseProperty, kNulls, kVarying},
     {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},
     {"is_member", "T", TypeId::Int, S::isMember, kNulls, kVarying},
-    {"scope_identity", "", decimalType(38, 0), S::scopeIdentity, kNulls, kVarying},
+    {"scope_identity", "", decimalType(38, 0),
+     [](const SqlCall& call) { return identityValue(S::session(call).scopeIdentity()); }, kNulls, kVarying},
     {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
     {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
     {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
@@ -215,8 +231,11 @@ const FunctionInfo kSessionFunctions[] = {
     {"error_line", "", TypeId::Int, S::caught<&Message::line>, kNulls, kVarying},
     {"error_procedure", "", kName, S::caught<&Message::procedure>, kNulls, kVarying},
     {"error_message", "", nvarcharType(4000), S::caught<&Message::text>, kNulls, kVarying},
-    {"cursor_status", "TT", TypeId::SmallInt, S::cursorStatus, kNulls, kVarying},
-    {"xact_state", "", TypeId::SmallInt, S::transactionState, kNulls, kVarying},
+    {"cursor_status", "TT", TypeId::SmallInt,
+     [](const SqlCall& call) { return S::session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
+     kVarying},
+    {"xact_state", "", TypeId::SmallInt,
+     [](const SqlCall& call) -> Value { return S::session(call).transactionState(); }, kNulls, kVarying},
 };
 
 }  // namespace

@@ -7,16 +7,16 @@
 #include <string_view>
 
 #include "functions/FunctionContext.h"
-#include "storage/SqliteValue.h"
+#include "storage/Connection.h"
 #include "types/DateTime.h"
 #include "types/SqlTypes.h"
 #include "types/Values.h"
 
 namespace tsql {
 
-class Call {
+class SqlCall {
   public:
-    Call(FunctionContext& context, std::span<const CellView> arguments)
+    SqlCall(FunctionContext& context, std::span<const CellView> arguments)
         : m_context(context), m_arguments(arguments) {}
 
     FunctionContext& context() const { return m_context; }
@@ -60,10 +60,14 @@ enum class Purity { Pure, Varying };  // Pure: the same arguments give the same 
 // A scalar function to register in SQLite.
 struct ScalarFunction {
     std::string name;
-    Value (*run)(const Call& call);
+    Value (*run)(const SqlCall& call);
     Nulls nulls = Nulls::GiveNull;
     Purity purity = Purity::Pure;
 };
+
+std::span<const ScalarFunction> operatorFunctions();  // that do the work of operators
+std::span<const ScalarFunction> queryFunctions();     // for queries and system views; T-SQL lacks them
+void registerAggregates(struct sqlite3* connection, FunctionContext& context);
 
 // Passes the exception being handled to the context and to SQLite as an error.
 void reportError(FunctionContext& context, struct sqlite3_context* call);

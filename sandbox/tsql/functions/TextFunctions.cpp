@@ -1,10 +1,12 @@
 // T-SQL's string functions, as SQLite functions.
+#include <openssl/evp.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 
-#include "functions/FunctionInfo.h"
+#include "functions/Functions.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Utf16.h"
@@ -81,16 +83,16 @@ std::string fitted(std::string text, const SqlType& type) {
 }
 
 template <auto function>
-Value runOnText(const Call& call) {
+Value runOnText(const SqlCall& call) {
     return std::string(function(call.text(0)));
 }
 
-Value runLen(const Call& call) {
+Value runLen(const SqlCall& call) {
     return static_cast<std::int64_t>(characterCount(trimRight(call.text(0))));
 }
 
 // (value, type); size in bytes in SQL Server
-Value runDataLength(const Call& call) {
+Value runDataLength(const SqlCall& call) {
     const SqlType type = call.type(1);
     if (isBinary(type.id)) return static_cast<std::int64_t>(std::get<Blob>(call[0]).size());
     if (!isText(type.id)) return std::int64_t{maxLength(type)};
@@ -99,7 +101,7 @@ Value runDataLength(const Call& call) {
 }
 
 // Positions before the first character count towards the length.
-Value runSubstring(const Call& call) {
+Value runSubstring(const SqlCall& call) {
     if (call.integer(2) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
     const std::int64_t start = std::max<std::int64_t>(call.integer(1) - 1, 0);
     const std::int64_t end = std::max(call.integer(1) - 1 + call.integer(2), start);
@@ -109,12 +111,12 @@ Value runSubstring(const Call& call) {
     return Bytes(bytes.substr(std::min(first, bytes.size()), count));
 }
 
-Value runLeft(const Call& call) {
+Value runLeft(const SqlCall& call) {
     if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
     return std::string(characters(call.text(0), 0, static_cast<std::size_t>(call.integer(1))));
 }
 
-Value runRight(const Call& call) {
+Value runRight(const SqlCall& call) {
     if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfFunction, {"right"});
     const std::size_t count = characterCount(call.text(0));
     const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
@@ -122,7 +124,7 @@ Value runRight(const Call& call) {
 }
 
 // (string, part, replacement, result type)
-Value runReplace(const Call& call) {
+Value runReplace(const SqlCall& call) {
     const std::string_view text = call.text(0), part = call.text(1);
     const std::size_t partLength = characterCount(part);
     const bool bounded = call.resultType().length != SqlType::kMax;
@@ -138,7 +140,7 @@ Value runReplace(const Call& call) {
 }
 
 // (string, start, length, replacement, result type)
-Value runStuff(const Call& call) {
+Value runStuff(const SqlCall& call) {
     if (isNull(call[0]) || isNull(call[1]) || isNull(call[2])) return Null{};
     const std::string_view text = call.text(0);
     const std::int64_t start = call.integer(1) - 1, length = call.integer(2);
@@ -151,7 +153,7 @@ Value runStuff(const Call& call) {
 }
 
 // (part, string[, start])
-Value runCharIndex(const Call& call) {
+Value runCharIndex(const SqlCall& call) {
     const std::string_view text = call.text(1);
     const std::int64_t start = call.count() > 2 ? std::max<std::int64_t>(call.integer(2), 1) : 1;
     const std::size_t at =
@@ -161,7 +163,7 @@ Value runCharIndex(const Call& call) {
 }
 
 // (pattern, string, type of the string); only a leading % lets the pattern match after the first character
-Value runPatIndex(const Call& call) {
+Value runPatIndex(const SqlCall& call) {
     const EndBlanks blanks = isNational(call.type(2).id) ? EndBlanks::Counted : EndBlanks::Ignored;
     std::string_view pattern = call.text(0), text = call.text(1);
     const bool anywhere = pattern.starts_with('%');
@@ -190,7 +192,7 @@ Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
 }
 
 // (string, count, result type)
-Value runReplicate(const Call& call) {
+Value runReplicate(const SqlCall& call) {
     const int length = call.resultType().length;
     const auto characters = static_cast<std::int64_t>(characterCount(call.text(0)));
     if (length == SqlType::kMax && characters > 0 && call.integer(1) > kMostOfMax / characters)
@@ -199,11 +201,11 @@ Value runReplicate(const Call& call) {
                     static_cast<std::size_t>(length == SqlType::kMax ? kMostOfMax : length));
 }
 
-Value runSpace(const Call& call) {
+Value runSpace(const SqlCall& call) {
     return repeated(" ", call.integer(0), kLongest);
 }
 
-Value runReverse(const Call& call) {
+Value runReverse(const SqlCall& call) {
     std::string result(call.text(0));
     auto end = result.end();
     for (std::string_view rest = call.text(0); !rest.empty();) {
@@ -216,12 +218,12 @@ Value runReverse(const Call& call) {
     return result;
 }
 
-Value runChar(const Call& call) {
+Value runChar(const SqlCall& call) {
     if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
     return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
 }
 
-Value runNChar(const Call& call) {
+Value runNChar(const SqlCall& call) {
     const std::int64_t unit = call.integer(0);
     if (unit < 0 || unit > 0xFFFF) return Null{};
     if (unit >= 0xD800 && unit < 0xE000) throw unsupported("NCHAR of half a character");
@@ -230,14 +232,14 @@ Value runNChar(const Call& call) {
     return result;
 }
 
-Value runAscii(const Call& call) {
+Value runAscii(const SqlCall& call) {
     std::string_view text = call.text(0);
     if (text.empty()) return Null{};
     return std::int64_t{codePage1252(nextCharacter(text))};
 }
 
 // The first UTF-16 unit of the character.
-Value runUnicode(const Call& call) {
+Value runUnicode(const SqlCall& call) {
     const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
     if (wire.empty()) return Null{};
     return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
@@ -252,7 +254,7 @@ std::string fixedPoint(double value, std::int64_t decimals) {
 }
 
 // (number[, length[, decimals]]); right-aligned; asterisks if the integer part does not fit
-Value runStr(const Call& call) {
+Value runStr(const SqlCall& call) {
     const auto length = call.count() > 1 ? call.integer(1) : 10;
     const auto decimals = call.count() > 2 ? std::min<std::int64_t>(call.integer(2), 16) : 0;
     if (length < 1 || length > static_cast<std::int64_t>(kLongest) || decimals < 0) return Null{};
@@ -276,7 +278,7 @@ std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& resul
 }
 
 // (separator, string..., result type); skips NULLs
-Value runConcatWs(const Call& call) {
+Value runConcatWs(const SqlCall& call) {
     std::string result;
     bool first = true;
     for (const CellView& piece : call.arguments().subspan(1, call.count() - 2)) {
@@ -288,7 +290,7 @@ Value runConcatWs(const Call& call) {
     return fitted(result, call.resultType());
 }
 
-Value runQuoteName(const Call& call) {
+Value runQuoteName(const SqlCall& call) {
     constexpr std::string_view kQuotes = "[]()<>{}''\"\"``";
     const char wanted = call.count() > 1 && !call.text(1).empty() ? call.text(1)[0] : '[';
     const auto found = kQuotes.find(wanted);
@@ -297,6 +299,49 @@ Value runQuoteName(const Call& call) {
     std::string result(1, left);
     for (const char c : call.text(0)) result.append(c == right ? 2 : 1, c);
     return result += right;
+}
+
+// (a.b.c.d, number of the part from the right); NULL if the string has no such part or is no name
+Value runParseName(const SqlCall& call) {
+    constexpr std::size_t kMostParts = 4;
+    std::vector<std::string> parts(1);
+    char close = '\0';  // of the quoted part that is being read
+    const std::string_view text = call.text(0);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool ends = close && text[i] == close;
+        const bool doubled = ends && text.substr(i + 1).starts_with(close);
+        if (ends && !doubled)
+            close = '\0';
+        else if (!close && text[i] == '.')
+            parts.emplace_back();
+        else if (!close && parts.back().empty() && (text[i] == '[' || text[i] == '"'))
+            close = text[i] == '[' ? ']' : '"';
+        else
+            parts.back() += text[i += doubled];
+    }
+    const auto part = static_cast<std::size_t>(std::max<std::int64_t>(call.integer(1), 0));
+    if (close || part < 1 || part > parts.size() || parts.size() > kMostParts) return Null{};
+    const std::string& name = parts[parts.size() - part];
+    return name.empty() ? Value(Null{}) : Value(name);
+}
+
+// (algorithm, string, its type); NULL for an unknown algorithm
+Value runHashBytes(const SqlCall& call) {
+    constexpr std::pair<std::string_view, const char*> kDigests[] = {
+        {"md5", "MD5"}, {"sha", "SHA1"}, {"sha1", "SHA1"}, {"sha2_256", "SHA256"}, {"sha2_512", "SHA512"}};
+    const SqlType binary{TypeId::VarBinary, SqlType::kMax, 0, 0};
+    for (const auto& [algorithm, digest] : kDigests) {
+        if (!sameWord(algorithm, call.text(0))) continue;
+        const auto bytes = std::get<Bytes>(convertValue(call[1], call.type(2), binary));
+        Bytes hash(EVP_MAX_MD_SIZE, std::byte{0});
+        unsigned size = 0;
+        EVP_Digest(bytes.data(), bytes.size(), reinterpret_cast<unsigned char*>(hash.data()), &size,
+                   EVP_get_digestbyname(digest), nullptr);
+        return hash.substr(0, size);
+    }
+    if (sameWord("md2", call.text(0)) || sameWord("md4", call.text(0)))
+        throw unsupported("HASHBYTES with MD2 and MD4");
+    return Null{};
 }
 
 const FunctionInfo kTextFunctions[] = {
@@ -325,6 +370,8 @@ const FunctionInfo kTextFunctions[] = {
     {"concat", "TT*", joinedText, writeConcat},
     {"concat_ws", "TTT*=", joinedText, runConcatWs, Nulls::Reach},
     {"quotename", "T[T", nvarcharType(258), runQuoteName},
+    {"parsename", "TI", nvarcharType(128), runParseName},
+    {"hashbytes", "TS#", SqlType{TypeId::VarBinary, 8000, 0, 0}, runHashBytes},
 };
 
 }  // namespace

@@ -3,28 +3,32 @@
 #include <algorithm>
 #include <string>
 
-#include "messages/Numbers.h"
-
 namespace tsql {
 namespace {
 
 struct MessageText {
     int number, severity, state;
+    Ends ends;
     std::string_view text;
 };
 
 constexpr MessageText kMessages[] = {
-#define TSQL_MESSAGE(name, number, severity, state, text) {number, severity, state, text},
+#define TSQL_MESSAGE(name, number, severity, state, ends, text) {number, severity, state, Ends::ends, text},
 #include "messages/MessageTable.inc"
 #undef TSQL_MESSAGE
 };
 
+// Returns null for a number without a text in the table.
+const MessageText* findMessage(int number) {
+    const auto* found = std::ranges::lower_bound(kMessages, number, {}, &MessageText::number);
+    return found == std::end(kMessages) || found->number != number ? nullptr : found;
+}
+
 }  // namespace
 
 SqlError sqlError(int number, std::initializer_list<std::string_view> values, int state) {
-    const auto* found = std::ranges::lower_bound(kMessages, number, {}, &MessageText::number);
-    if (found == std::end(kMessages) || found->number != number)
-        throw std::logic_error("no text for error " + std::to_string(number));
+    const MessageText* found = findMessage(number);
+    if (!found) throw std::logic_error("no text for error " + std::to_string(number));
     std::string text;
     std::string_view rest = found->text;
     for (const auto value : values) {
@@ -34,6 +38,11 @@ SqlError sqlError(int number, std::initializer_list<std::string_view> values, in
         rest.remove_prefix(at + 2);
     }
     return {number, text.append(rest), found->severity, state ? state : found->state};
+}
+
+Ends endOf(int number) {
+    const MessageText* found = findMessage(number);
+    return found ? found->ends : Ends::Statement;
 }
 
 SqlError unsupported(std::string_view construct) {

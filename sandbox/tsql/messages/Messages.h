@@ -4,14 +4,33 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "messages/Numbers.h"
-#include "messages/SqlError.h"
+#include "messages/Message.h"
+
+// Numbers of SQL Server's messages, named for what their texts say.
+namespace tsql::message {
+
+#define TSQL_MESSAGE(name, number, severity, state, ends, text) inline constexpr int name = number;
+#include "messages/MessageTable.inc"
+#undef TSQL_MESSAGE
+
+// Texts of these are composed where they are raised.
+inline constexpr int kSyntaxErrorNear = 102;
+inline constexpr int kSyntaxErrorNearKeyword = 156;
+inline constexpr int kStatementTerminated = 3621;
+inline constexpr int kUserDefined = 50000;
+
+}  // namespace tsql::message
 
 namespace tsql {
 
 // Returns the error of that number. Each %s in its text is replaced by the next of `values`. `state` replaces
 // the table's state unless it is 0, for numbers that SQL Server raises with several states.
 SqlError sqlError(int number, std::initializer_list<std::string_view> values = {}, int state = 0);
+
+// What an error ends outside of TRY. Scope: the procedure or batch, but not the transaction, as for errors
+// that a compiler would find. Batch: the batch, whose transaction is rolled back.
+enum class Ends { Statement, Scope, Batch };
+Ends endOf(int number);
 
 // Error 50000 for a construct that tsqlbox does not support.
 SqlError unsupported(std::string_view construct);

@@ -26,6 +26,10 @@ struct SqliteFailure : std::runtime_error {
     int code;
 };
 
+// Values in their storage form to and from SQLite.
+CellView viewOf(sqlite3_value* value);
+void giveResult(sqlite3_context* call, const Value& value);  // of a function of SQLite
+
 class Connection;
 
 // A prepared statement, borrowed from the cache of its connection, which must outlive it.

@@ -1,5 +1,7 @@
 #include "storage/Quoting.h"
 
+#include "types/Text.h"
+
 namespace tsql {
 
 namespace {
@@ -18,9 +20,7 @@ std::string quotedName(std::string_view name) {
 }
 
 std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix) {
-    std::string list;
-    for (const auto& name : names) (list += list.empty() ? "" : ", ").append(prefix) += quotedName(name);
-    return list;
+    return commaList(names, [&](const auto& name) { return std::string(prefix) + quotedName(name); });
 }
 
 std::string quotedText(std::string_view text) {

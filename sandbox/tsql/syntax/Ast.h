@@ -101,6 +101,13 @@ struct InQuery {
     ExprPtr operand;
     QueryPtr query;
 };
+// left op ALL | ANY (query)
+struct CompareQuery {
+    CompareOp op;
+    bool all;
+    ExprPtr operand;
+    QueryPtr query;
+};
 struct Like {
     ExprPtr operand, pattern, escape;  // escape may be null
 };
@@ -109,8 +116,9 @@ struct Exists {
 };
 
 struct Expr {
-    using Node = std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery,
-                              Compare, Logic, Not, IsNull, Between, InList, InQuery, Like, Exists>;
+    using Node =
+        std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery, Compare,
+                     Logic, Not, IsNull, Between, InList, InQuery, CompareQuery, Like, Exists>;
     static constexpr std::size_t kFirstCondition = 9;  // Compare and what follows it
 
     int line = 1;
@@ -124,6 +132,7 @@ using TableRefPtr = std::unique_ptr<TableRef>;
 struct NamedTable {
     ObjectName name;                                     // a table variable's begins with @
     std::optional<std::vector<ExprPtr>> arguments = {};  // of a table function
+    bool applied = false;                                // by CROSS APPLY: they see the tables before it
 };
 struct DerivedTable {
     QueryPtr query;
@@ -331,7 +340,7 @@ struct Constraint {
     std::string name;  // empty: generated
     std::vector<std::string> columns;
     ExprPtr check;
-    std::string text;    // text of the CHECK condition or DEFAULT value
+    std::string text;    // of the DEFAULT value
     std::string source;  // whole text without the name, for parseConstraint()
     std::string references;
     std::vector<std::string> referencedColumns;
@@ -346,23 +355,26 @@ struct ColumnDefinition {
     std::int64_t seed = 1;
     std::vector<Constraint> constraints;
 };
+struct CreateIndex {
+    std::string name;
+    ObjectName table = {};
+    std::vector<std::pair<std::string, bool>> columns = {};  // name, descending
+    std::vector<std::string> included = {};
+    bool unique = false;
+    ExprPtr filter = {};  // null: every row
+    std::string filterText = {};
+};
 struct CreateTable {
     ObjectName table;
     std::vector<ColumnDefinition> columns;
     std::vector<Constraint> constraints;
+    std::vector<CreateIndex> indexes = {};
 };
 struct AlterTable {
     CreateTable added;  // columns and constraints to add to the table named in it
     std::optional<ColumnDefinition> altered;
     std::vector<std::string> dropColumns, dropConstraints;
     bool ifExists = false;
-};
-struct CreateIndex {
-    std::string name;
-    ObjectName table;
-    std::vector<std::pair<std::string, bool>> columns;  // name, descending
-    std::vector<std::string> included;
-    bool unique = false;
 };
 enum class ObjectKind { Table, View, Procedure, Function, Index, Database };
 struct Drop {

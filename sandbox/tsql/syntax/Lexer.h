@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "messages/SqlError.h"
+#include "messages/Message.h"
 #include "types/Text.h"
 
 namespace tsql {

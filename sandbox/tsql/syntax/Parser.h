@@ -177,8 +177,7 @@ class Parser {
 
 // ---- statements of ParserDefinitions.cpp; the caller has consumed the keyword in their names
 ast::Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, WITH before one of them
-ast::Statement::Node parseCreate(Parser& in);
-ast::Statement::Node parseAlter(Parser& in);
+ast::Statement::Node parseDefinition(Parser& in, bool create);  // CREATE or ALTER
 ast::Statement::Node parseDrop(Parser& in);
 
 // Constraints of the columns and of the table.

@@ -24,7 +24,7 @@ std::optional<Output> output(Parser& in) {
 
 Insert insert(Parser& in) {
     Insert node;
-    in.throwIfAt("TOP", "INSERT TOP");
+    node.top = in.top();
     in.accept("INTO");
     node.table = in.tableName();
     in.tableHints();
@@ -44,6 +44,7 @@ Insert insert(Parser& in) {
             if (row.size() != node.rows.front().size())
                 throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
     } else if (in.at("EXEC") || in.at("EXECUTE")) {
+        if (node.top) in.throwUnsupported("INSERT TOP ... EXECUTE");
         node.execute = in.statement();
     } else if (in.atQuery()) {
         node.query = in.query();
@@ -83,10 +84,7 @@ Update update(Parser& in) {
     in.tableHints();
     in.expect("SET");
     node.sets = in.list([&] { return setClause(in); });
-    const std::size_t begin = in.position();
     node.output = output(in);
-    if (node.output && findText(in.textSince(begin), "deleted.") != std::string::npos)
-        in.throwUnsupported("deleted rows in the OUTPUT of UPDATE");
     affectedRows(in, node);
     return node;
 }
@@ -186,34 +184,21 @@ std::string storedDefault(std::string text) {
     return number.find_first_not_of("+-.0123456789") == std::string::npos ? "(" + number + ")" : text;
 }
 
-// Operators of a default without parentheses. A condition cannot follow: NOT would be that of NOT NULL.
-constexpr std::string_view kCompoundAssignments[] = {"+", "-", "*", "/", "%", "&", "|", "^"};
-
-void checkOrDefault(Parser& in, Constraint& constraint, bool ofTable) {
-    in.accept("NOT FOR REPLICATION");
+// Operators may follow without parentheses, but no condition: NOT would be that of NOT NULL.
+void defaultValue(Parser& in, Constraint& constraint, bool ofTable) {
     const std::size_t begin = in.position();
-    if (constraint.kind == ConstraintKind::Check) {
-        constraint.check = in.parenthesized([&] { return in.scalar(&Parser::condition); });
-    } else {
-        const ExprPtr value = in.scalar(&Parser::unary);
-        if (const auto* column = std::get_if<ColumnRef>(&value->node))
-            throw SyntaxError(sqlError(message::kNameNotPermittedHere, {column->path.back()}), value->line);
-    }
+    const ExprPtr value = in.scalar(&Parser::unary);
+    if (const auto* column = std::get_if<ColumnRef>(&value->node))
+        throw SyntaxError(sqlError(message::kNameNotPermittedHere, {column->path.back()}), value->line);
     bool isOperation = false;
-    const auto acceptOperator = [&] {
-        return std::ranges::any_of(kCompoundAssignments,
-                                   [&](std::string_view each) { return in.accept(each); });
-    };
-    for (; constraint.kind == ConstraintKind::Default && acceptOperator(); isOperation = true)
+    for (; in.acceptAny({"+", "-", "*", "/", "%", "&", "|", "^"}); isOperation = true)
         in.scalar(&Parser::unary);
-    constraint.text = in.textSince(begin);
-    if (isOperation) constraint.text = "(" + constraint.text + ")";
-    if (constraint.kind == ConstraintKind::Default) constraint.text = storedDefault(constraint.text);
-    if (constraint.kind == ConstraintKind::Default && ofTable) {
-        in.expect("FOR");
-        constraint.columns = {in.expectName()};
-        in.accept("WITH VALUES");  // no effect on an existing column
-    }
+    const std::string text = in.textSince(begin);
+    constraint.text = storedDefault(isOperation ? "(" + text + ")" : text);
+    if (!ofTable) return;
+    in.expect("FOR");
+    constraint.columns = {in.expectName()};
+    in.accept("WITH VALUES");  // no effect on an existing column
 }
 
 ColumnDefinition columnDefinition(Parser& in) {
@@ -254,8 +239,44 @@ ColumnDefinition columnDefinition(Parser& in) {
     return column;
 }
 
+// Filters compare columns with constants.
+bool isFilter(const Expr& expr) {
+    const auto isColumn = [](const ExprPtr& part) { return std::holds_alternative<ColumnRef>(part->node); };
+    const auto isConstant = [](const ExprPtr& part) { return std::holds_alternative<Literal>(part->node); };
+    if (const auto* logic = std::get_if<Logic>(&expr.node))
+        return logic->isAnd && isFilter(*logic->left) && isFilter(*logic->right);
+    if (const auto* compare = std::get_if<Compare>(&expr.node))
+        return isColumn(compare->left) && isConstant(compare->right);
+    if (const auto* in = std::get_if<InList>(&expr.node))
+        return isColumn(in->operand) && std::ranges::all_of(in->items, isConstant);
+    if (const auto* null = std::get_if<IsNull>(&expr.node)) return isColumn(null->operand);
+    const auto* negation = std::get_if<Not>(&expr.node);
+    return negation && std::holds_alternative<IsNull>(negation->operand->node) &&
+           isFilter(*negation->operand);
+}
+
+// (columns) [INCLUDE (columns)] [WHERE filter] and the storage of an index
+void indexBody(Parser& in, CreateIndex& index) {
+    index.columns = indexColumns(in);
+    if (in.accept("INCLUDE")) index.included = in.columnNames();
+    if (in.accept("WHERE")) {
+        const std::size_t begin = in.position();
+        index.filter = in.scalar(&Parser::condition);
+        index.filterText = in.textSince(begin);
+        if (!isFilter(*index.filter))
+            throw SyntaxError(sqlError(message::kBadIndexFilter, {index.name, index.table.name}),
+                              in.faulty().line);
+    }
+    indexStorage(in);
+}
+
 void tableElement(Parser& in, CreateTable& table) {
-    in.throwIfAt("INDEX", "an index within the definition of a table");
+    if (in.accept("INDEX")) {
+        CreateIndex& index = table.indexes.emplace_back(CreateIndex{in.expectName(), table.table});
+        index.unique = in.accept("UNIQUE");
+        in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
+        return indexBody(in, index);
+    }
     in.throwIfAt("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
     Constraint constraint{};
     if (in.acceptConstraint(constraint, /*ofTable=*/true))
@@ -282,15 +303,11 @@ Statement::Node createTable(Parser& in) {
 }
 
 Statement::Node createIndex(Parser& in, bool unique) {
-    CreateIndex node;
+    CreateIndex node{in.expectName()};
     node.unique = unique;
-    node.name = in.expectName();
     in.expect("ON");
     node.table = in.objectName();
-    node.columns = indexColumns(in);
-    if (in.accept("INCLUDE")) node.included = in.columnNames();
-    in.throwIfAt("WHERE", "filtered indexes");
-    indexStorage(in);
+    indexBody(in, node);
     return node;
 }
 
@@ -313,8 +330,9 @@ Statement::Node alterTable(Parser& in) {
     if (in.accept("CHECK CONSTRAINT")) {  // constraints are always enabled
         if (!in.accept("ALL")) in.list([&] { return in.expectName(); });
     } else if (in.accept("ADD")) {
+        in.throwIfAt("INDEX", "ALTER TABLE ... ADD INDEX");
         do tableElement(in, node.added);
-        while (in.accept(","));
+        while (in.accept(",") && !in.at("INDEX"));
     } else if (!checked && in.accept("DROP")) {
         dropParts(in, node);
     } else if (!checked && in.accept("ALTER COLUMN")) {
@@ -445,33 +463,6 @@ Statement::Node alterIndex(Parser& in) {
     return node;
 }
 
-// CREATE of a module must be the first statement of the batch, at its top level.
-Statement::Node createOrAlter(Parser& in, bool create) {
-    const bool first = in.atBatchBegin();
-    CreateModule module;
-    module.create = create;
-    module.alter = !create || in.accept("OR ALTER");
-    if (atModule(in)) {
-        if (first) return createModule(in, std::move(module));
-        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
-        throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
-                                   {procedure ? "CREATE/ALTER PROCEDURE"
-                                              : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
-                          in.peek().line);
-    }
-    if (!create && in.accept("TABLE")) return alterTable(in);
-    if (!create && in.accept("DATABASE")) return alterDatabase(in);
-    if (!create && in.accept("INDEX")) return alterIndex(in);
-    const bool orAlter = create && module.alter;
-    if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
-    if (in.accept("TABLE")) return createTable(in);
-    if (in.accept("DATABASE")) return createDatabase(in);
-    const bool unique = in.accept("UNIQUE");
-    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
-    if (in.accept("INDEX")) return createIndex(in, unique);
-    throwUnsupportedObject(in, "CREATE");
-}
-
 // i ON t, or t.i
 ObjectName indexName(Parser& in) {
     ObjectName name = in.objectName();
@@ -508,12 +499,31 @@ Statement::Node parseRows(Parser& in) {
     return statement;
 }
 
-Statement::Node parseCreate(Parser& in) {
-    return createOrAlter(in, /*create=*/true);
-}
-
-Statement::Node parseAlter(Parser& in) {
-    return createOrAlter(in, /*create=*/false);
+// CREATE of a module must be the first statement of the batch, at its top level.
+Statement::Node parseDefinition(Parser& in, bool create) {
+    const bool first = in.atBatchBegin();
+    CreateModule module;
+    module.create = create;
+    module.alter = !create || in.accept("OR ALTER");
+    if (atModule(in)) {
+        if (first) return createModule(in, std::move(module));
+        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
+        throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
+                                   {procedure ? "CREATE/ALTER PROCEDURE"
+                                              : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
+                          in.peek().line);
+    }
+    if (!create && in.accept("TABLE")) return alterTable(in);
+    if (!create && in.accept("DATABASE")) return alterDatabase(in);
+    if (!create && in.accept("INDEX")) return alterIndex(in);
+    const bool orAlter = create && module.alter;
+    if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
+    if (in.accept("TABLE")) return createTable(in);
+    if (in.accept("DATABASE")) return createDatabase(in);
+    const bool unique = in.accept("UNIQUE");
+    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
+    if (in.accept("INDEX")) return createIndex(in, unique);
+    throwUnsupportedObject(in, "CREATE");
 }
 
 Statement::Node parseDrop(Parser& in) {
@@ -546,8 +556,11 @@ bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
         return false;
     }
     constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
-    if (constraint.kind == ConstraintKind::Check || constraint.kind == ConstraintKind::Default) {
-        checkOrDefault(*this, constraint, ofTable);
+    if (constraint.kind == ConstraintKind::Check) {
+        accept("NOT FOR REPLICATION");
+        constraint.check = parenthesized([this] { return scalar(&Parser::condition); });
+    } else if (constraint.kind == ConstraintKind::Default) {
+        defaultValue(*this, constraint, ofTable);
     } else if (constraint.kind == ConstraintKind::ForeignKey) {
         if (kind && at("(")) constraint.columns = columnNames();
         references(*this, constraint);

@@ -69,9 +69,7 @@ ExprPtr asValue(const Parser& in, ExprPtr expr) {
 
 ExprPtr asCondition(const Parser& in, ExprPtr expr) {
     if (expr->isCondition()) return expr;
-    constexpr std::string_view kText =
-        "An expression of non-boolean type specified in a context where a condition is expected, near '";
-    throw SyntaxError(message::kConditionExpected, std::string(kText) + in.near() + "'.", in.faulty().line);
+    throw SyntaxError(sqlError(message::kConditionExpected, {in.near()}), in.faulty().line);
 }
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
@@ -94,8 +92,12 @@ Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
 Expr::Node operation(Parser& in, const Operator& taken, ExprPtr left) {
     if (const auto* kind = std::get_if<Predicate>(&taken.meaning))
         return predicate(in, *kind, std::move(left));
-    if (in.at("ALL") || in.at("ANY") || in.at("SOME"))
-        in.throwUnsupported("a comparison with ALL, ANY or SOME");
+    if (const auto* compare = std::get_if<CompareOp>(&taken.meaning)) {
+        const bool all = in.accept("ALL");
+        if (all || in.acceptAny({"ANY", "SOME"}))
+            return CompareQuery{*compare, all, std::move(left),
+                                in.parenthesized([&] { return in.subquery(); })};
+    }
     ExprPtr right = in.operators(taken.level + 1);
     if (taken.level <= kAnd)
         return Logic{taken.level == kAnd, std::move(left), asCondition(in, std::move(right))};
@@ -272,7 +274,7 @@ ExprPtr Parser::expression() {
 }
 
 ExprPtr Parser::scalar(ExprPtr (Parser::*read)()) {
-    const Finally again([this, before = std::exchange(m_scalarOnly, true)] { m_scalarOnly = before; });
+    const Temporarily scalarOnly(m_scalarOnly, true);
     return (this->*read)();
 }
 

@@ -1,4 +1,6 @@
 // SELECT and its clauses.
+#include <limits>
+
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
@@ -168,7 +170,8 @@ TableRefPtr tableRef(Parser& in) {
 // Consumes a join keyword, if one follows, with its algorithm hint, which has no effect.
 std::optional<JoinKind> acceptJoin(Parser& in) {
     if (in.accept("JOIN")) return JoinKind::Inner;
-    if (in.at("CROSS APPLY") || in.at("OUTER APPLY")) in.throwUnsupported("APPLY");
+    if (in.accept("CROSS APPLY")) return JoinKind::Cross;
+    in.throwIfAt("OUTER APPLY", "OUTER APPLY");
     const JoinKind* kind = in.acceptOneOf(kJoins);
     if (!kind) return std::nullopt;
     if (*kind != JoinKind::Cross) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});
@@ -181,10 +184,13 @@ TableRefPtr joins(Parser& in) {
     TableRefPtr left = tableRef(in);
     for (const auto word : {"PIVOT", "UNPIVOT"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
+        const bool applies = in.at("CROSS APPLY");
         const auto kind = acceptJoin(in);
         if (!kind) return left;
         const int line = in.peek().line;
+        if (applies && !in.at("STRING_SPLIT (")) in.throwUnsupported("APPLY of other than STRING_SPLIT");
         Join join{*kind, std::move(left), tableRef(in), nullptr};
+        if (applies) std::get<NamedTable>(join.right->node).applied = true;
         if (join.kind != JoinKind::Cross) {
             in.expect("ON");
             join.on = in.condition();
@@ -265,6 +271,9 @@ ExprPtr Parser::top(bool mayBeBare) {
     if (!accept("TOP")) return nullptr;
     if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) throwSyntaxError();
     ExprPtr count = primary();
+    const auto* literal = std::get_if<Literal>(&count->node);
+    if (literal && literal->constant.value == Value(std::int64_t{100}) && accept("PERCENT"))  // all rows
+        count->node = Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}};
     throwIfAt("PERCENT", "TOP ... PERCENT");
     throwIfAt("WITH TIES", "TOP ... WITH TIES");
     return count;

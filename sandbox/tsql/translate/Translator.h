@@ -16,8 +16,8 @@
 #include "functions/Functions.h"
 #include "functions/Operators.h"
 #include "syntax/Ast.h"
-#include "types/Column.h"
 #include "types/Finally.h"
+#include "types/SqlType.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -46,9 +46,10 @@ class NameResolver {
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
 };
 
+constexpr std::string_view kOldValue = "the old value of a changed column in the OUTPUT of UPDATE";
 struct SourceColumn {
     std::string name;
-    std::string sql;
+    std::string sql;  // empty: kOldValue
     SqlType type;
     bool nullable = true;
     bool identity = false;
@@ -100,7 +101,7 @@ class Translator {
     // Return the SQLite statement that changes `target`.
     std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const ast::Insert& insert);
-    std::string limited(const std::string& sql) const;
+    std::string limited(const std::string& sql, const ast::ExprPtr& top = nullptr);
     std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                             const ast::Insert& insert);
     // For one row: values of the given types, bound as ?1, ?2 ...
@@ -166,6 +167,7 @@ class Translator {
     std::string test(const ast::Between& between);
     std::string test(const ast::InList& in);
     std::string test(const ast::InQuery& in);
+    std::string test(const ast::CompareQuery& compare);
     std::string test(const ast::Like& like);
     std::string test(const ast::Exists& exists);
     Typed userCall(const ast::Call& call);
@@ -225,13 +227,15 @@ class Translator {
     // see outer queries, but not the tables beside them.
     template <typename Work>
     auto blind(Work work) {
-        const Finally seeing([this, beside = std::exchange(m_scope, m_scope->outer)] { m_scope = beside; });
+        const Temporarily outside(m_scope, m_scope->outer);
         return work();
     }
 
     // ---- changes (TranslatorChanges.cpp)
     std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const std::string& rows);
+    std::string insertCells(const TableInfo& target, std::vector<const TableColumn*> columns,
+                            std::vector<Typed> cells, std::string_view before, std::string_view after);
     Typed defaultOf(const TableColumn& column);
     Typed cell(const ast::Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
@@ -239,7 +243,7 @@ class Translator {
                                                    const std::vector<const TableColumn*>& columns) const;
     Typed setValue(const std::string& rowid, const ast::SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
-                          const std::string& exposed);
+                          const std::string& exposed, const std::vector<ast::SetClause>& sets = {});
     std::string returnedToVariables(const TableInfo& target, const ast::Update& update);
     std::string filter(const ast::Change& change);  // the WHERE clause
     std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,

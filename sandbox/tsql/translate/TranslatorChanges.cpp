@@ -62,8 +62,8 @@ std::vector<const TableColumn*> Translator::absentDefaults(
 
 std::string Translator::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                                    const std::string& rows) {
-    std::string names;
-    for (const auto* column : columns) names += (names.empty() ? "" : ", ") + quotedName(column->name);
+    const std::string names =
+        commaList(columns, [](const TableColumn* column) { return quotedName(column->name); });
     m_newRows = "given(" + names + ") AS (" + rows + "), incoming AS (SELECT *, NULL AS ts_row FROM given)";
     return "INSERT INTO " + target.sqlName() + " (" + names + ") " + rows;
 }
@@ -94,7 +94,22 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
                                                        : message::kFewerInsertColumnsThanValues);
         addRow(row);
     }
+    if (insert.top) rows = limited(rows, insert.top);
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
+}
+
+// Appends the defaults of the absent columns to the cells of a row.
+std::string Translator::insertCells(const TableInfo& target, std::vector<const TableColumn*> columns,
+                                    std::vector<Typed> cells, std::string_view before,
+                                    std::string_view after) {
+    for (const auto* column : absentDefaults(target, columns)) {
+        cells.push_back(defaultOf(*column));
+        columns.push_back(column);
+    }
+    std::string list;
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        list += (i ? ", " : "") + assigned(cells[i], target, *columns[i]);
+    return insertText(target, columns, std::string(before).append(list).append(after));
 }
 
 std::string Translator::insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
@@ -104,31 +119,18 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
     if (text.columns.size() != columns.size())
         throw sqlError(text.columns.size() < columns.size() ? message::kFewerSelectedThanInserted
                                                             : message::kMoreSelectedThanInserted);
-    auto all = columns;
-    std::string list;
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        list += (i ? ", " : "") +
-                assigned({text.columns[i].alias, text.columns[i].column.type}, target, *columns[i]);
-    for (const auto* column : absentDefaults(target, columns)) {
-        list += ", " + assigned(defaultOf(*column), target, *column);
-        all.push_back(column);
-    }
-    return insertText(target, all, "SELECT " + list + " FROM (" + limited(text.sql) + ")") +
+    std::vector<Typed> cells;
+    for (const auto& output : text.columns) cells.push_back({output.alias, output.column.type});
+    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql, insert.top) + ")") +
            returning(target, insert.output, "inserted");
 }
 
 std::string Translator::insertParameters(const TableInfo& target,
                                          const std::vector<const TableColumn*>& columns,
                                          const std::vector<SqlType>& types) {
-    auto all = columns;
-    std::string list;
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        list += (i ? ", " : "") + assigned({"?" + std::to_string(i + 1), types[i]}, target, *columns[i]);
-    for (const auto* column : absentDefaults(target, columns)) {
-        list += ", " + assigned(defaultOf(*column), target, *column);
-        all.push_back(column);
-    }
-    return insertText(target, all, "VALUES (" + list + ")");
+    std::vector<Typed> cells;
+    for (const SqlType& type : types) cells.push_back({"?" + std::to_string(cells.size() + 1), type});
+    return insertCells(target, columns, cells, "VALUES (", ")");
 }
 
 Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
@@ -147,13 +149,18 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
     }
 }
 
-// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion.
+// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. `sets`: of an
+// UPDATE. Its other columns have their old values; those of the changed columns have no SQL.
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
-                                  const std::string& exposed) {
+                                  const std::string& exposed, const std::vector<SetClause>& sets) {
     if (!output) return {};
     Scope scope;
     m_scope = &scope;
     addSource(target, exposed, {});
+    if (!sets.empty()) addSource(target, "deleted", {});
+    for (auto& column : scope.sources.back().columns)
+        if (std::ranges::any_of(sets, [&](const auto& set) { return sameText(set.column, column.name); }))
+            column.sql.clear();
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
@@ -232,7 +239,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     const std::string top = changeLimit(update.top);
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
-        returning(target, update.output, "inserted") + returnedToVariables(target, update);
+        returning(target, update.output, "inserted", update.sets) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
         const auto set = std::find_if(update.sets.begin(), update.sets.end(), [&](const SetClause& clause) {

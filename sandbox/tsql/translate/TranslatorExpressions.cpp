@@ -55,9 +55,8 @@ std::string Translator::condition(const Expr& expr) {
 }
 
 std::vector<Typed> Translator::values(const std::vector<ExprPtr>& exprs) {
-    std::vector<Typed> typed;
-    typed.reserve(exprs.size());
-    for (const auto& expr : exprs) typed.push_back(value(*expr));
+    std::vector<Typed> typed(exprs.size());
+    std::ranges::transform(exprs, typed.begin(), [this](const ExprPtr& expr) { return value(*expr); });
     return typed;
 }
 
@@ -110,6 +109,7 @@ Typed Translator::node(const ColumnRef& column) {
         if (!found && source)
             throw sqlError(message::kInvalidColumnName, {column.path.back()});  // its table is known
         if (!found) continue;
+        if (found->sql.empty()) throw unsupported(kOldValue);
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name
                                                            : source->exposed + "." + found->name);
@@ -176,13 +176,13 @@ Typed Translator::node(const Call& call) {
     if (!function)
         throw SqlError(message::kUnknownSetOption,
                        "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
-    const FunctionKind kind = kindOf(*function);
+    const FunctionKind kind = function->kind;
     if (!call.within.empty() && kind != FunctionKind::Aggregate)
         throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
     if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
-    return emitCall(*function, callArguments(call, takesDatePart(*function)), call.distinct);
+    return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
 }
 
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
@@ -209,7 +209,7 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
 // The arguments and the OVER clause operate on the groups of the query, if there are any.
 Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     const std::string name = toUpper(call.name.name);
-    const FunctionKind kind = kindOf(function);
+    const FunctionKind kind = function.kind;
     const bool windowOnly = kind == FunctionKind::Ranking || kind == FunctionKind::Framed;
     if (!call.over) throw sqlError(message::kOverRequired, {name});
     if (kind == FunctionKind::Scalar || !call.within.empty() || sameWord(name, "STRING_AGG"))
@@ -221,13 +221,11 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     if (!m_scope || !m_scope->windows) throw sqlError(message::kWindowNotAllowedHere);
     m_scope->windows = false;
     Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
-    std::string partition;
-    for (const auto& key : values(call.over->partition))
-        partition += (partition.empty() ? "PARTITION BY " : ", ") + comparable(key);
+    const std::string partition = commaList(values(call.over->partition), comparable);
     const std::string keys = sortKeys(call.over->order);
     m_scope->windows = true;
-    result.sql +=
-        " OVER (" + partition + (keys.empty() ? "" : " ORDER BY " + keys) + " " + call.over->frame + ")";
+    result.sql += " OVER (" + (partition.empty() ? "" : "PARTITION BY " + partition) +
+                  (keys.empty() ? "" : " ORDER BY " + keys) + " " + call.over->frame + ")";
     return result;
 }
 
@@ -311,10 +309,8 @@ std::string Translator::test(const InList& in) {
     std::vector<Typed> items = values(in.items);
     items.push_back(value(*in.operand));
     const SqlType type = comparedType(items);
-    std::string sql = "(" + comparable(coerce(items.back(), type)) + " IN (";
-    for (std::size_t i = 0; i + 1 < items.size(); ++i)
-        sql += (i ? ", " : "") + comparable(coerce(items[i], type));
-    return sql + "))";
+    const auto key = [&](const Typed& item) { return comparable(coerce(item, type)); };
+    return "(" + key(items.back()) + " IN (" + commaList(std::span(items).first(in.items.size()), key) + "))";
 }
 
 std::string Translator::test(const InQuery& in) {
@@ -328,6 +324,22 @@ std::string Translator::test(const InQuery& in) {
     const std::string inner = isBinary(type.id) ? comparable(coerced) : coerced.sql;
     const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
     return "(" + comparable(coerce(operand, type)) + " IN (" + rows + "))";
+}
+
+// A false comparison decides ALL, a true one ANY. Without it, an unknown one makes the result unknown.
+std::string Translator::test(const CompareQuery& compare) {
+    const bool before = m_scope && std::exchange(m_scope->sawAggregate, false);
+    const Typed operand = value(*compare.operand);
+    if (m_scope && std::exchange(m_scope->sawAggregate, before))
+        throw unsupported("an aggregate compared with ALL, ANY or SOME");
+    const QueryText text = query(*compare.query);
+    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
+    const OutputColumn& column = text.columns.front();
+    const std::string decisive = compare.all ? "0" : "1", otherwise = compare.all ? "1" : "0";
+    return "(SELECT CASE WHEN sum(t IS " + decisive + ") > 0 THEN " + decisive +
+           " WHEN count(t) = count(*) THEN " + otherwise + " END FROM (SELECT " +
+           emitCompare(compare.op, operand, {column.alias, column.column.type}) + " AS t FROM (" + text.sql +
+           ")))";
 }
 
 std::string Translator::test(const Like& like) {

@@ -71,7 +71,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
     Scope scope;
     scope.outer = m_scope;
-    const Finally leave([this, outer = std::exchange(m_scope, &scope)] { m_scope = outer; });
+    const Temporarily inner(m_scope, &scope);
     QueryText text;
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
@@ -187,6 +187,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         if (!item.starOf.empty() && !sameText(item.starOf.back(), source.exposed)) continue;
         any = true;
         for (const auto& column : source.columns) {
+            if (column.sql.empty()) throw unsupported(kOldValue);
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
@@ -282,13 +283,13 @@ std::string Translator::limit(const Select* select, const Query& query) {
 // Row count of TOP, OFFSET or FETCH, which cannot refer to columns. A count below `least` is an error; SQLite
 // alone would return all rows.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
-    const Finally seeing([this, scope = std::exchange(m_scope, nullptr)] { m_scope = scope; });
+    const Temporarily blind(m_scope, nullptr);
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
-// LIMIT of UPDATE and DELETE: TOP, or SET ROWCOUNT if that is less.
+// LIMIT of a change: TOP, or SET ROWCOUNT if that is less.
 std::string Translator::changeLimit(const ExprPtr& top) {
     const std::string most = m_names.mostRows() ? std::to_string(m_names.mostRows()) : "";
     if (!top) return most.empty() ? most : " LIMIT " + most;
@@ -296,10 +297,10 @@ std::string Translator::changeLimit(const ExprPtr& top) {
     return " LIMIT " + (most.empty() ? rows : "min(" + rows + ", " + most + ")");
 }
 
-// The rows that INSERT takes of a query: as many as SET ROWCOUNT says.
-std::string Translator::limited(const std::string& sql) const {
-    const std::int64_t most = m_names.mostRows();
-    return most ? "SELECT * FROM (" + sql + ") LIMIT " + std::to_string(most) : sql;
+// The rows that INSERT takes of a query.
+std::string Translator::limited(const std::string& sql, const ExprPtr& top) {
+    const std::string limit = changeLimit(top);
+    return limit.empty() ? sql : "SELECT * FROM (" + sql + ")" + limit;
 }
 
 // UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
@@ -445,13 +446,10 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
     for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
-        const auto common = std::exchange(m_with, {});
-        const auto live = std::exchange(m_live, std::move(arguments));
-        Scope* const outer = std::exchange(m_scope->outer, nullptr);
+        const Temporarily noCommonTables(m_with, std::vector<CommonTable>());
+        const Temporarily onlyArguments(m_live, std::move(arguments));
+        const Temporarily noOuterQuery(m_scope->outer, nullptr);
         sql = derivedTable(*stored.module->query, stored.module->columns, alias);
-        m_scope->outer = outer;
-        m_live = live;
-        m_with = common;
     });
     return sql;
 }
@@ -461,7 +459,8 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
         throw sqlError(message::kInvalidObjectName, {table.name.name});
     if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
-    const auto pieces = blind([&] { return values(*table.arguments); });
+    const auto pieces =
+        table.applied ? values(*table.arguments) : blind([&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (!isText(pieces[i].type.id) && !pieces[i].nullLiteral)
@@ -470,8 +469,8 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     const std::string sqlAlias = nextAlias();
     m_scope->sources.push_back({alias, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
-    return "(SELECT value FROM json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
-           coerce(separator, nvarcharType(SqlType::kMax)).sql + "))) AS " + sqlAlias;
+    return "json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
+           coerce(separator, nvarcharType(SqlType::kMax)).sql + ")) AS " + sqlAlias;
 }
 
 void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {

@@ -1,8 +1,11 @@
-// Scope guard: runs a function when the scope is left.
+// Scope guards.
 #pragma once
+
+#include <utility>
 
 namespace tsql {
 
+// Runs a function when the scope is left.
 template <typename Work>
 struct [[nodiscard]] Finally {
     Work work;
@@ -10,6 +13,19 @@ struct [[nodiscard]] Finally {
     ~Finally() { work(); }
     Finally(const Finally&) = delete;
     Finally& operator=(const Finally&) = delete;
+};
+
+// Gives a variable another value until the scope is left.
+template <typename T>
+struct [[nodiscard]] Temporarily {
+    T& place;
+    T before;
+    template <typename Other>
+    Temporarily(T& variable, Other&& value)
+        : place(variable), before(std::exchange(variable, std::forward<Other>(value))) {}
+    ~Temporarily() { place = std::move(before); }
+    Temporarily(const Temporarily&) = delete;
+    Temporarily& operator=(const Temporarily&) = delete;
 };
 
 }  // namespace tsql

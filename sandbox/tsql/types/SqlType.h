@@ -77,4 +77,12 @@ using CellView = std::variant<Null, std::int64_t, double, std::string_view, Blob
 using Bytes = std::basic_string<std::byte>;
 using Value = std::variant<Null, std::int64_t, double, std::string, Bytes>;
 
+// A column of a result set.
+struct Column {
+    std::string name;  // empty for an unnamed expression
+    SqlType type;
+    bool nullable = true;
+    bool identity = false;
+};
+
 }  // namespace tsql

@@ -256,42 +256,17 @@ SqlType decodeType(std::int64_t code) {
     return type;
 }
 
-bool isInteger(TypeId id) {
-    return id <= TypeId::BigInt;
-}
-bool isMoney(TypeId id) {
-    return id == TypeId::SmallMoney || id == TypeId::Money;
-}
 bool isWide(const SqlType& type) {
     return type.precision > kNarrowDecimal;
-}
-bool isExact(TypeId id) {
-    return id <= TypeId::Money;
-}
-bool isApproximate(TypeId id) {
-    return id == TypeId::Real || id == TypeId::Float;
-}
-bool isText(TypeId id) {
-    return id >= TypeId::Char && id <= TypeId::Xml;
 }
 bool isNational(TypeId id) {
     return id == TypeId::NChar || id == TypeId::NVarChar || id == TypeId::NText || id == TypeId::Xml;
 }
-bool isDateTime(TypeId id) {
-    return id >= TypeId::Date && id <= TypeId::DateTime2;
-}
 bool hasLength(TypeId id) {
-    return id == TypeId::Char || id == TypeId::VarChar || id == TypeId::NChar || id == TypeId::NVarChar ||
-           id == TypeId::Binary || id == TypeId::VarBinary;
-}
-bool isClassicDate(TypeId id) {
-    return id == TypeId::DateTime || id == TypeId::SmallDateTime;
-}
-bool isBinary(TypeId id) {
-    return id >= TypeId::Binary;
+    return (isText(id) || isBinary(id)) && !isLob(id);
 }
 bool isLob(TypeId id) {
-    return id == TypeId::Text || id == TypeId::NText || id == TypeId::Xml || id == TypeId::Image;
+    return (id >= TypeId::Text && id <= TypeId::Xml) || id == TypeId::Image;
 }
 
 ConversionRule conversionRule(TypeId from, TypeId to) {

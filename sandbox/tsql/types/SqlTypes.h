@@ -26,21 +26,24 @@ std::string displayName(const SqlType& type);  // "varchar(20)", "decimal(18,2)"
 std::int64_t encodeType(const SqlType& type);
 SqlType decodeType(std::int64_t code);
 
-bool isInteger(TypeId id);  // Bit to BigInt
-bool isMoney(TypeId id);
+// A family of types, which follow each other in TypeId.
+struct TypeFamily {
+    TypeId first, last;
+    constexpr bool operator()(TypeId id) const { return id >= first && id <= last; }
+};
+inline constexpr TypeFamily isInteger{TypeId::Bit, TypeId::BigInt};
+inline constexpr TypeFamily isMoney{TypeId::SmallMoney, TypeId::Money};
+inline constexpr TypeFamily isExact{TypeId::Bit, TypeId::Money};  // stored as scaled integers
+inline constexpr TypeFamily isApproximate{TypeId::Real, TypeId::Float};
+inline constexpr TypeFamily isNumber{TypeId::Bit, TypeId::Float};
+inline constexpr TypeFamily isText{TypeId::Char, TypeId::Xml};
+inline constexpr TypeFamily isDateTime{TypeId::Date, TypeId::DateTime2};
+inline constexpr TypeFamily isClassicDate{TypeId::DateTime, TypeId::SmallDateTime};  // also days as numbers
+inline constexpr TypeFamily isBinary{TypeId::Binary, TypeId::Image};
 bool isWide(const SqlType& type);  // a decimal that does not fit in 64 bits
-bool isExact(TypeId id);           // integers, decimal, money: stored as scaled integers
-bool isApproximate(TypeId id);     // real, float
-inline bool isNumber(TypeId id) {
-    return isExact(id) || isApproximate(id);
-}
-bool isText(TypeId id);         // char to xml
-bool isNational(TypeId id);     // UTF-16 in SQL Server: nchar, nvarchar, ntext, xml
-bool isDateTime(TypeId id);     // date to datetime2
-bool hasLength(TypeId id);      // char to nvarchar, binary, varbinary
-bool isClassicDate(TypeId id);  // datetime, smalldatetime: convertible to numbers of days
-bool isBinary(TypeId id);       // binary, varbinary, image
-bool isLob(TypeId id);          // text, ntext, image, xml: not comparable
+bool isNational(TypeId id);        // UTF-16 in SQL Server: nchar, nvarchar, ntext, xml
+bool hasLength(TypeId id);         // char to nvarchar, binary, varbinary
+bool isLob(TypeId id);             // text, ntext, image, xml: not comparable
 
 SqlType varcharType(int length);  // (max) above 8000 or 4000
 SqlType nvarcharType(int length);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -35,6 +36,13 @@ std::string_view trimRight(std::string_view text);  // only blanks, as T-SQL's R
 std::string_view trimLeft(std::string_view text);
 std::string_view trimmed(std::string_view text);
 
+// "a, b": the strings of the items.
+template <typename Items, typename StringOf = std::identity>
+std::string commaList(const Items& items, StringOf stringOf = {}) {
+    std::string list;
+    for (const auto& item : items) (list += list.empty() ? "" : ", ") += std::invoke(stringOf, item);
+    return list;
+}
 // Splits "item; item". Line breaks count as blanks.
 std::vector<std::string> listItems(std::string_view text);
 

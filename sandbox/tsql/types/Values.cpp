@@ -296,15 +296,11 @@ class Converter {
     }
 
     Value toDateTime() const {
-        if (isText(m_from.id)) return dateTimeFromText();
-        if (isDateTime(m_from.id)) return dateTimeFromOther();
+        if (isText(m_from.id)) return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style));
+        if (isDateTime(m_from.id)) return stored(fromStorage(text()));
         if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
         throwNotConverted(m_from, m_to);
     }
-
-    Value dateTimeFromText() const { return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style)); }
-
-    Value dateTimeFromOther() const { return stored(fromStorage(text())); }
 
     Value dateTimeFromNumber() const {
         const auto number = std::get<double>(convertValue(m_value, m_from, simpleType(TypeId::Float)));

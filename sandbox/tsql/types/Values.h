@@ -8,7 +8,7 @@
 #include <string_view>
 #include <variant>
 
-#include "messages/SqlError.h"
+#include "messages/Message.h"
 #include "types/DateTime.h"
 #include "types/Decimal.h"
 #include "types/SqlType.h"

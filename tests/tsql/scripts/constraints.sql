@@ -220,3 +220,45 @@ ALTER TABLE endless ADD CONSTRAINT df_endless DEFAULT 1 --> Msg 102, Level 15, S
 CREATE TABLE numbered (id int IDENTITY, a int) ALTER TABLE numbered DROP COLUMN id --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE DROP of an identity.
 SELECT LEN(*) --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '*'.
 SELECT value FROM STRING_SPLIT(2, ',') --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of string_split function.
+-- filtered indexes, and indexes within CREATE TABLE
+CREATE TABLE filtered (id int IDENTITY, code varchar(9), state int NULL, gone datetime NULL, INDEX ix_code NONCLUSTERED (code DESC), INDEX ux_state UNIQUE (state) WHERE state > 5 AND code IS NOT NULL) -->
+CREATE UNIQUE NONCLUSTERED INDEX ux_code ON dbo.filtered (code) INCLUDE (state) WHERE gone IS NULL AND state IN (1, 2) WITH (FILLFACTOR = 80) -->
+INSERT filtered (code, state) VALUES ('a', 1), ('A ', 3), ('a', NULL), ('b', 5), ('b', 5), (NULL, 9), (NULL, 9) --> (7 changed)
+INSERT filtered (code, state) VALUES ('A', 2) --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_code'. (3621)
+INSERT filtered (code, state, gone) VALUES ('A', 2, '20260101'), ('c', 9, NULL) --> (2 changed)
+INSERT filtered (code, state) VALUES ('d', 9) --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_state'. (3621)
+UPDATE filtered SET state = 1 WHERE state = 3 --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_code'. (3621)
+UPDATE filtered SET gone = NULL WHERE gone IS NOT NULL --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_code'. (3621)
+UPDATE filtered SET gone = '20260102' WHERE code = 'a' UPDATE filtered SET state = 2 WHERE code = 'A' SELECT code, state, gone FROM filtered WHERE code = 'a' AND state IN (1, 2)
+--> (4 changed) (4 changed)
+--> code varchar(9)? | state int? | gone datetime?
+--> a | 2 | 2026-01-02 00:00:00.000
+--> A  | 2 | 2026-01-02 00:00:00.000
+--> a | 2 | 2026-01-02 00:00:00.000
+--> A | 2 | 2026-01-02 00:00:00.000 (4 rows)
+CREATE UNIQUE INDEX ux_twice ON filtered (state) WHERE code <> 'zz' --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.filtered' and the index name 'ux_twice'. (3621)
+CREATE UNIQUE INDEX ux_null ON filtered (state) WHERE code IS NULL AND state > 8 --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.filtered' and the index name 'ux_null'. (3621)
+SELECT name, is_unique, has_filter, filter_definition FROM sys.indexes WHERE object_id = OBJECT_ID('filtered') ORDER BY name
+--> name nvarchar(128)? | is_unique bit? | has_filter bit? | filter_definition nvarchar(max)?
+--> ix_code | 0 | 0 | NULL
+--> ux_code | 1 | 1 | (gone IS NULL AND state IN (1, 2))
+--> ux_state | 1 | 1 | (state > 5 AND code IS NOT NULL) (3 rows)
+CREATE INDEX ix_or ON filtered (code) WHERE state = 1 OR state = 2 --> Msg 10735, Level 15, State 1, Line 1: Incorrect WHERE clause for filtered index 'ix_or' on table 'filtered'.
+CREATE INDEX ix_len ON filtered (code) WHERE LEN(code) > 1 --> Msg 10735, Level 15, State 1, Line 1: Incorrect WHERE clause for filtered index 'ix_len' on table 'filtered'.
+CREATE INDEX ix_none ON filtered (code) WHERE nothing = 1 --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nothing'.
+ALTER TABLE filtered DROP COLUMN gone
+--> Msg 5074, Level 16, State 1, Line 1: The index 'ux_code' is dependent on column 'gone'.
+--> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE DROP COLUMN gone failed because one or more objects access this column.
+CREATE TABLE of_filtered (code varchar(9) REFERENCES filtered (code)) --> Msg 1776, Level 16, State 0, Line 1: There are no primary or candidate keys in the referenced table 'filtered' that match the referencing column list in the foreign key 'FK__of_filter__71_72'. (1750)
+DROP INDEX ux_code ON filtered -->
+ALTER TABLE filtered DROP COLUMN gone -->
+ALTER TABLE filtered ADD INDEX ix_more (code) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE ... ADD INDEX.
+DECLARE @t TABLE (a int, b bit, UNIQUE (a, b), INDEX ux_b UNIQUE (a) WHERE b = 1)
+INSERT @t VALUES (1, 0), (1, 1), (2, 1)
+INSERT @t VALUES (2, 1)
+UPDATE @t SET b = 1 WHERE a = 1 AND b = 0
+SELECT a, b FROM @t
+--> (3 changed)
+--> Msg 2601, Level 14, State 1, Line 3: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
+--> Msg 2601, Level 14, State 1, Line 4: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
+--> a int? | b bit? = 1 | 0; 1 | 1; 2 | 1 (3 rows)

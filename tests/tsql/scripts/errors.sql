@@ -68,7 +68,7 @@ SET LANGUAGE us_english SET DATEFIRST 7 SET LOCK_TIMEOUT -1 SET ANSI_NULLS, QUOT
 SET STATISTICS IO, TIME ON SET TRANSACTION ISOLATION LEVEL REPEATABLE READ
 SET DEADLOCK_PRIORITY LOW SET TEXTSIZE 2147483647 SET ROWCOUNT 0 -->
 CREATE TABLE hinted (i int NOT NULL PRIMARY KEY WITH (IGNORE_DUP_KEY = ON)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support IGNORE_DUP_KEY = ON.
-CREATE TABLE hinted (i int SPARSE, v varchar(9) ROWGUIDCOL, INDEX x (i)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an index within the definition of a table.
+CREATE TABLE hinted (i int SPARSE, v varchar(9) ROWGUIDCOL INDEX x) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the option INDEX of a column.
 CREATE TABLE hinted (i int, v varchar(9) SPARSE NULL) WITH (DATA_COMPRESSION = PAGE) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support options of CREATE TABLE.
 CREATE TABLE hinted (i int NOT NULL, v int SPARSE NULL CHECK NOT FOR REPLICATION (v > 0),
     CONSTRAINT hinted_pk PRIMARY KEY CLUSTERED (i DESC) WITH (PAD_INDEX = OFF, IGNORE_DUP_KEY = OFF) ON [PRIMARY]
@@ -80,7 +80,7 @@ ALTER INDEX hinted_v ON hinted REORGANIZE WITH (LOB_COMPACTION = ON)
 ALTER INDEX hinted_v ON hinted REBUILD WITH (FILLFACTOR = 80, ONLINE = OFF) -->
 ALTER INDEX hinted_v ON hinted REBUILD WITH (IGNORE_DUP_KEY = ON) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support IGNORE_DUP_KEY = ON.
 CREATE UNIQUE INDEX hinted_x ON hinted (v) WITH (DROP_EXISTING = ON) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DROP_EXISTING = ON.
-CREATE UNIQUE INDEX hinted_x ON hinted (v) WHERE v IS NOT NULL --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support filtered indexes.
+CREATE UNIQUE INDEX hinted_x ON hinted (v) WHERE v IS NOT NULL -->
 CREATE TABLE sales.hinted (i int) --> Msg 2760, Level 16, State 1, Line 1: The specified schema name "sales" either does not exist or you do not have permission to use it.
 DROP TABLE sales.hinted --> Msg 2760, Level 16, State 1, Line 1: The specified schema name "sales" either does not exist or you do not have permission to use it.
 CREATE OR ALTER TABLE hinted (i int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CREATE OR ALTER TABLE.

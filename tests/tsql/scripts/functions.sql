@@ -18,9 +18,13 @@ SELECT TOP 1 1 AS a ORDER BY a OFFSET 0 ROWS --> Msg 10741, Level 15, State 2, L
 DECLARE @top int = -5 SELECT TOP (@top) 1 AS a --> Msg 127, Level 15, State 1, Line 1: A TOP N or FETCH rowcount value may not be negative.
 SELECT DISTINCT a FROM (SELECT 1 AS a, 2 AS b) q ORDER BY b --> Msg 145, Level 15, State 1, Line 1: ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
 SELECT FORMAT(GETDATE(), 'd') --> Msg 195, Level 15, State 10, Line 1: 'FORMAT' is not a recognized built-in function name.
-SELECT 1 WHERE 1 > ALL (SELECT 1) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a comparison with ALL, ANY or SOME.
+SELECT 1 WHERE 1 > ALL (SELECT 1) --> - int (0 rows)
 SELECT TOP 1 WITH TIES 1 AS a ORDER BY a --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... WITH TIES.
-SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY.
+SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of other than STRING_SPLIT.
+SELECT q.n, s.value FROM (VALUES (1, 'a,b'), (2, NULL), (3, 'c')) q (n, list) CROSS APPLY STRING_SPLIT(q.list, ',') s WHERE s.value <> 'b' --> n int | value varchar(3)? = 1 | a; 3 | c (2 rows)
+SELECT t.value, u.value FROM STRING_SPLIT('a b', ' ') t JOIN STRING_SPLIT('b c', ' ') u ON t.value = u.value CROSS APPLY STRING_SPLIT(t.value + '-' + u.value, '-') v --> value varchar(3)? | value varchar(3)? = b | b; b | b (2 rows)
+SELECT 1 FROM (SELECT 'a' AS a) q OUTER APPLY STRING_SPLIT(q.a, ',') s --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTER APPLY.
+SELECT 1 FROM (SELECT 'a' AS a) q CROSS JOIN STRING_SPLIT(q.a, ',') s --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "q.a" could not be bound.
 SELECT IIF(1, 2, 3) --> Msg 4145, Level 15, State 1, Line 1: An expression of non-boolean type specified in a context where a condition is expected, near ','.
 DECLARE @s nvarchar(max) = N'SELECT COUNT(*) FROM (SELECT 1 AS a' + REPLICATE(CAST(N' UNION ALL SELECT 1' AS nvarchar(max)), 60) + N') q'
 EXEC (@s)
@@ -61,3 +65,27 @@ SELECT LEN(t) FROM kinds --> Msg 8116, Level 16, State 1, Line 1: Argument data 
 SELECT LEFT('x', GETDATE()) --> Msg 8116, Level 16, State 1, Line 1: Argument data type datetime is invalid for argument 2 of left function.
 SELECT SUBSTRING(12345, 2, 2) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of substring function.
 SELECT CHARINDEX(3, '12345') --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of charindex function.
+SELECT PARSENAME('srv.db.dbo.t', 1) a, PARSENAME('srv.db.dbo.t', 4) b, PARSENAME('[a.b]]c]."d"', 2) c, PARSENAME('db..t', 2) d, PARSENAME('15.0.2000.5', 4) e, PARSENAME('a.b.c.d.e', 1) f, PARSENAME('[a', 1) g, PARSENAME('t', 0) h --> a nvarchar(128)? = t | b nvarchar(128)? = srv | c nvarchar(128)? = a.b]c | d nvarchar(128)? = NULL | e nvarchar(128)? = 15 | f nvarchar(128)? = NULL | g nvarchar(128)? = NULL | h nvarchar(128)? = NULL (1 rows)
+SELECT HASHBYTES('MD5', 'abc') a, HASHBYTES('sha1', N'abc') b, HASHBYTES('SHA2_256', 0x616263) c, DATALENGTH(HASHBYTES('SHA2_512', '')) d, HASHBYTES('none', 'abc') e, HASHBYTES('MD5', NULL) f --> a varbinary(8000)? = 0x900150983CD24FB0D6963F7D28E17F72 | b varbinary(8000)? = 0x9F04F41A848514162050E3D68C1A7ABB441DC2B5 | c varbinary(8000)? = 0xBA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD | d int? = 64 | e varbinary(8000)? = NULL | f varbinary(8000)? = NULL (1 rows)
+SELECT HASHBYTES('MD4', 'abc') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support HASHBYTES with MD2 and MD4.
+SELECT HASHBYTES('MD5', 1) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 2 of hashbytes function.
+SELECT TIMEFROMPARTS(23, 59, 59, 5, 1) a, TIMEFROMPARTS(1, 2, 3, 0, 0) b, DATETIME2FROMPARTS(2026, 11, 22, 1, 2, 3, 1234567, 7) c, SMALLDATETIMEFROMPARTS(2026, 11, 22, 1, 2) d, TIMEFROMPARTS(1, NULL, 3, 0, 0) e --> a time(1)? = 23:59:59.5 | b time(0)? = 01:02:03 | c datetime2(7)? = 2026-11-22 01:02:03.1234567 | d smalldatetime? = 2026-11-22 01:02:00 | e time(0)? = NULL (1 rows)
+SELECT TIMEFROMPARTS(1, 2, 3, 10, 1) --> Msg 289, Level 16, State 1, Line 1: Cannot construct data type time, some of the arguments have values which are not valid.
+DECLARE @s int = 3 SELECT DATETIME2FROMPARTS(2026, 1, 1, 0, 0, 0, 0, @s) --> Msg 10760, Level 15, State 1, Line 1: Scale argument is not valid. Valid expressions for data type datetime2 scale argument are integer constants and integer constant expressions.
+SELECT TIMEFROMPARTS(1, 2, 3, 0, 8) --> Msg 1002, Level 15, State 1, Line 1: Specified scale 8 is invalid.
+SELECT SCHEMA_ID() a, SCHEMA_ID('SYS') b, SCHEMA_ID('sales') c, HAS_DBACCESS('tempdb') d, HAS_DBACCESS('nothing') e, OBJECT_DEFINITION(1) f --> a int? = 1 | b int? = 4 | c int? = NULL | d int? = 1 | e int? = NULL | f nvarchar(max)? = NULL (1 rows)
+-- comparisons with the rows of a query
+SELECT a, CASE WHEN a > ALL (SELECT 1 UNION SELECT 2) THEN 'all' WHEN a >= ANY (SELECT 2) THEN 'any' WHEN NOT a >= ANY (SELECT 2) THEN 'none' END b FROM (VALUES (1), (2), (3), (NULL)) v (a) --> a int? | b varchar(4)? = 1 | none; 2 | any; 3 | all; NULL | NULL (4 rows)
+SELECT CASE WHEN 1 > ALL (SELECT 1 WHERE 1 = 0) THEN 1 END a, CASE WHEN 1 = ANY (SELECT 1 WHERE 1 = 0) THEN 1 ELSE 0 END b, CASE WHEN 1 <> ALL (SELECT NULL) THEN 1 WHEN NOT 1 <> ALL (SELECT NULL) THEN 2 ELSE 3 END c, CASE WHEN 'A ' = SOME (SELECT 'a') THEN 1 END d, CASE WHEN 2 <> ALL (SELECT 2 UNION ALL SELECT NULL) THEN 1 ELSE 0 END e --> a int? = 1 | b int? = 0 | c int? = 3 | d int? = 1 | e int? = 0 (1 rows)
+SELECT g, SUM(x) s FROM (VALUES (1, 2), (1, 3), (2, 9)) v (g, x) GROUP BY g HAVING SUM(x) >= ALL (SELECT y FROM (VALUES (5), (6)) w (y)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an aggregate compared with ALL, ANY or SOME.
+SELECT a FROM (VALUES (1), (2), (3)) v (a) WHERE a = ANY (SELECT b FROM (VALUES (1, 1), (3, 2)) w (b, c) WHERE w.c <= v.a) --> a int = 1; 3 (2 rows)
+SELECT 1 WHERE 1 = ALL (SELECT 1, 2) --> Msg 116, Level 16, State 1, Line 1: Only one expression can be specified in the select list when the subquery is not introduced with EXISTS.
+SELECT TOP 100 PERCENT a FROM (VALUES (1), (2)) v (a) ORDER BY a DESC --> a int = 2; 1 (2 rows)
+SELECT TOP (50) PERCENT a FROM (VALUES (1), (2)) v (a) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... PERCENT.
+CREATE TABLE topped (n int IDENTITY, a int DEFAULT 7) -->
+INSERT TOP (2) INTO topped (a) VALUES (1), (2), (3) --> (2 changed)
+INSERT TOP (1) topped (a) OUTPUT inserted.n, inserted.a SELECT 4 UNION ALL SELECT 5 --> n int* = 3 | a int? = 4 (1 rows)
+SET ROWCOUNT 1 INSERT TOP (2) topped (a) SELECT 6 UNION ALL SELECT 6 SET ROWCOUNT 0 SELECT n, a FROM topped
+--> (1 changed)
+--> n int* | a int? = 1 | 1; 2 | 2; 3 | 4; 4 | 6 (4 rows)
+INSERT TOP (1) topped (a) EXEC ('SELECT 1') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support INSERT TOP ... EXECUTE.

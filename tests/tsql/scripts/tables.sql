@@ -79,7 +79,10 @@ UPDATE part SET @got = n = n + 10 WHERE code = 'a'
 SELECT @got
 --> (1 changed)
 --> - int? = 11 (1 rows)
-UPDATE part SET n = 1 OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support deleted rows in the OUTPUT of UPDATE.
+UPDATE part SET n = 1 OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the old value of a changed column in the OUTPUT of UPDATE.
+UPDATE part SET n = 1 OUTPUT inserted.id, deleted.* --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the old value of a changed column in the OUTPUT of UPDATE.
+UPDATE TOP (1) p SET n = n + 1 OUTPUT deleted.id, inserted.n, deleted.code old FROM part p WHERE p.id > 0 --> id int* = 1 | n int? = 12 | old varchar(10) = a (1 rows)
+UPDATE part SET n = n OUTPUT id --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
 -- rows may exchange keys within an UPDATE
 UPDATE slot SET pos = pos + 1 --> (3 changed)
@@ -92,7 +95,7 @@ SELECT MIN(pos) FROM slot --> - int? = 2 (1 rows)
 ;WITH s AS (SELECT id, n FROM part WHERE n > 2) DELETE p FROM part p JOIN s ON s.id = p.id WHERE s.n = 4; --> (1 changed)
 WITH s AS (SELECT 'z' AS code), r (c) AS (SELECT code + code FROM s) INSERT part (code) SELECT c FROM r; --> (1 changed)
 WITH s AS (SELECT MAX(n) m FROM part) UPDATE part SET n = s.m FROM s WHERE code = 'zz' --> (1 changed)
-SELECT code, n FROM part ORDER BY id; --> code varchar(10) | n int? = a | 11; b | 2; c | 3; zz | 11 (4 rows)
+SELECT code, n FROM part ORDER BY id; --> code varchar(10) | n int? = a | 12; b | 2; c | 3; zz | 12 (4 rows)
 WITH tree AS (SELECT id, code, 0 AS level, CAST(code AS varchar(50)) AS path FROM part WHERE parent IS NULL AND code = 'a'
   UNION ALL SELECT p.id, p.code, t.level + 1, CAST(t.path + '/' + p.code AS varchar(50)) FROM tree t JOIN part p ON p.parent = t.id WHERE p.id > 0)
 SELECT code, level, path FROM tree ORDER BY path; --> code varchar(10)? | level int? | path varchar(50)? = a | 0 | a; b | 1 | a/b; c | 1 | a/c (3 rows)

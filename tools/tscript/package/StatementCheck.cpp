@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "messages/Numbers.h"
+#include "messages/Messages.h"
 #include "package/Batches.h"
 #include "syntax/Parser.h"
 
