@@ -139,6 +139,19 @@ struct SessionFunctions {
         return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
     }
 
+    static Value columnName(const Call& call) {
+        return session(call).catalogue({}).columnName(call.integer(0), call.integer(1));
+    }
+
+    static Value schemaNumber(const Call& call) {
+        constexpr std::pair<std::string_view, std::int64_t> kSchemas[] = {
+            {"dbo", 1}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}};
+        const std::string_view name = call.count() ? call.text(0) : kSchemas[0].first;
+        for (const auto& [schema, id] : kSchemas)
+            if (sameWord(schema, name)) return id;
+        return Null{};
+    }
+
     static Value ownerOfObject(const Call& call) {
         return session(call).catalogue({}).findById(call.integer(0)) ? owner(call) : Value(Null{});
     }
@@ -192,6 +205,8 @@ const FunctionInfo kSessionFunctions[] = {
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
     {"object_schema_name", "I", kName, S::ownerOfObject, kNulls, kVarying},
     {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
+    {"col_name", "II", kName, S::columnName, kNulls, kVarying},
+    {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
     {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},
     {"current_user", "", kName, S::owner, kNulls, kVarying},
