@@ -236,5 +236,16 @@ TEST_F(ClientTest, Tedious) {
     }
 }
 
+// The cases are in clients/sqlalchemy_client.py.
+TEST_F(ClientTest, SqlAlchemy) {
+    for (const std::string driver : {"pymssql", "pyodbc"}) {
+        OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE alchemy_" + driver);
+        const ProgramResult result =
+            runProgram({"/usr/bin/python3", TDS_CLIENTS "/sqlalchemy_client.py", std::to_string(box().port()),
+                        box().login(), box().password(), driver});
+        EXPECT_EQ(result.exitCode, 0) << driver << result.output << result.errors;
+    }
+}
+
 }  // namespace
 }  // namespace support
