@@ -9,9 +9,9 @@ namespace tsql {
 namespace {
 
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
-//   $o, $c  tables of the catalogue    $d  name of the database     $L  list of databases (name, id)
-//   $T      list of types (type)       $C  name of the collation    $S  list of sessions
-//   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
+//   $o, $c  tables of the catalogue    $d  name of the database     $s  SQLite's name of its schema     $L
+//   list of databases (name, id) $T      list of types (type)       $C  name of the collation    $S  list of
+//   sessions $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
 //   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $CONSTRAINT, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
@@ -106,7 +106,8 @@ is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is
      kIndexes},
     {"sys", "index_columns",
      R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =
-c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0)",
+c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0; is_descending_key bit = coalesce((SELECT x.desc
+FROM pragma_index_xinfo(o.name || '@' || o.parent, $s) x WHERE x.seqno = k.key), 0))",
      R"($o o JOIN $EACH(o.keys) k JOIN $c c ON
 c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
     {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = $INDEX", kIndexes},
@@ -312,6 +313,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         replaceAll(found.sql, "$o", temporary ? kTemporaryObjects : objects);
         replaceAll(found.sql, "$c", temporary ? kTemporaryColumns : columns);
         replaceAll(found.sql, "$d", quotedText(database));
+        replaceAll(found.sql, "$s", quotedText(databaseKey(database)));
         replaceAll(found.sql, "$C", kCollationName);
         return found;
     }

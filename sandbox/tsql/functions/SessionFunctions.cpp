@@ -51,11 +51,17 @@ namespace {
 struct SessionFunctions {
     static FunctionSession& session(const Call& call) { return call.context().session(); }
 
-    static Value databaseName(const Call& call) {
-        if (call.count() == 0) return session(call).databaseOf({});
+    // Returns the name of the database whose number is that argument, or of the current one without it.
+    static std::optional<std::string> databaseArgument(const Call& call, std::size_t position) {
+        if (call.count() <= position) return session(call).databaseOf({});
         for (const auto& name : session(call).storage().databases())
-            if (databaseId(session(call).storage(), name) == call.integer(0)) return name;
-        return Null{};
+            if (databaseId(session(call).storage(), name) == call.integer(position)) return name;
+        return std::nullopt;
+    }
+
+    static Value databaseName(const Call& call) {
+        const auto name = databaseArgument(call, 0);
+        return name ? Value(*name) : Value(Null{});
     }
 
     static Value databaseNumber(const Call& call) {
@@ -106,8 +112,15 @@ struct SessionFunctions {
         return name.name.starts_with('#') ? -found->id : found->id;
     }
 
+    // (id [, database number])
+    static std::optional<ObjectInfo> objectArgument(const Call& call) {
+        const auto database = databaseArgument(call, 1);
+        if (!database) return std::nullopt;
+        return session(call).catalogue({*database, {}, {}}).findById(call.integer(0));
+    }
+
     static Value objectName(const Call& call) {
-        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        const auto found = objectArgument(call);
         return found ? Value(found->name) : Value(Null{});
     }
 
@@ -143,6 +156,17 @@ struct SessionFunctions {
         return session(call).catalogue({}).columnName(call.integer(0), call.integer(1));
     }
 
+    static Value columnProperty(const Call& call) {
+        for (const auto& column : session(call).catalogue({}).columns(call.integer(0))) {
+            if (!sameText(column.name, call.text(1))) continue;
+            if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
+            if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
+            if (sameWord(call.text(2), "IsComputed")) return std::int64_t{0};
+            throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
+        }
+        return Null{};
+    }
+
     static Value schemaNumber(const Call& call) {
         constexpr std::pair<std::string_view, std::int64_t> kSchemas[] = {
             {"dbo", 1}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}};
@@ -153,7 +177,7 @@ struct SessionFunctions {
     }
 
     static Value ownerOfObject(const Call& call) {
-        return session(call).catalogue({}).findById(call.integer(0)) ? owner(call) : Value(Null{});
+        return objectArgument(call) ? owner(call) : Value(Null{});
     }
 
     static Value currentIdentity(const Call& call) {
@@ -201,11 +225,12 @@ const FunctionInfo kSessionFunctions[] = {
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
     {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
     {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
-    {"object_name", "I", kName, S::objectName, kNulls, kVarying},
+    {"object_name", "I[I", kName, S::objectName, kNulls, kVarying},
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
-    {"object_schema_name", "I", kName, S::ownerOfObject, kNulls, kVarying},
+    {"object_schema_name", "I[I", kName, S::ownerOfObject, kNulls, kVarying},
     {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
     {"col_name", "II", kName, S::columnName, kNulls, kVarying},
+    {"columnproperty", "ITT", TypeId::Int, S::columnProperty, kNulls, kVarying},
     {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
     {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},
