@@ -1,4 +1,5 @@
-// The server as independent clients see it: FreeTDS's ODBC driver and its db-lib, and tedious.
+// The server as independent clients see it: FreeTDS's ODBC driver and its db-lib, tedious, and libraries over
+// them.
 #include <gtest/gtest.h>
 
 #include "OdbcClient.h"
@@ -218,11 +219,16 @@ TEST_F(ClientTest, DbLib) {
     }
 }
 
+// What the packages needed at that time runs on Debian's Node.js 18.
+ProgramResult installModules() {
+    return runProgram({INSTALL_NPM, TDS_MODULES, "2025-01-01", "tedious@18.6.1", "knex@3.1.0",
+                       "sequelize@6.37.5", "typeorm@0.3.20", "mssql@11.0.1"},
+                      {{}, {}, {}, std::chrono::minutes(4)});
+}
+
 // The cases are in clients/tedious_client.js.
 TEST_F(ClientTest, Tedious) {
-    // What it needed then runs on Debian's Node.js 18.
-    const ProgramResult installed = runProgram({INSTALL_NPM, TDS_TEDIOUS, "tedious@18.6.1", "2025-01-01"},
-                                               {{}, {}, {}, std::chrono::minutes(3)});
+    const ProgramResult installed = installModules();
     if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
     ASSERT_EQ(installed.exitCode, 0) << installed.errors;
     const Certificates certificates;
@@ -230,9 +236,23 @@ TEST_F(ClientTest, Tedious) {
     for (const auto& [server, argument] :
          {std::pair<const TsqlBox*, std::string>(&box(), "plain"), {&encrypted, "encrypt"}}) {
         const ProgramResult result =
-            runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_TEDIOUS, std::to_string(server->port()),
+            runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_MODULES, std::to_string(server->port()),
                         server->login(), server->password(), argument});
         EXPECT_EQ(result.exitCode, 0) << argument << result.output << result.errors;
+    }
+}
+
+// The cases are in clients/knex_client.js and so on.
+TEST_F(ClientTest, LibrariesOverTedious) {
+    const ProgramResult installed = installModules();
+    if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
+    ASSERT_EQ(installed.exitCode, 0) << installed.errors;
+    for (const std::string library : {"knex", "sequelize", "typeorm"}) {
+        OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE " + library);
+        const ProgramResult result =
+            runProgram({"node", TDS_CLIENTS "/" + library + "_client.js", TDS_MODULES,
+                        std::to_string(box().port()), box().login(), box().password()});
+        EXPECT_EQ(result.exitCode, 0) << library << result.output << result.errors;
     }
 }
 
