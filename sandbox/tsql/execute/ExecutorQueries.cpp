@@ -251,6 +251,29 @@ Flow Executor::run(const Insert& insert) {
     return Flow::Next;
 }
 
+// A client that sends values for the identity means to keep them.
+Flow Executor::run(const InsertBulk& bulk) {
+    claim(bulk.table);
+    const TableInfo target = table(bulk.table);
+    const TableColumn* identity = target.identityColumn();
+    const bool keepsIdentity = identity && std::ranges::any_of(bulk.columns, [&](const auto& name) {
+                                   return sameText(name, identity->name);
+                               });
+    const Finally settingAgain(
+        [this, before = m_settings.identityInsert] { m_settings.identityInsert = before; });
+    if (keepsIdentity) m_settings.identityInsert = target.fullName();
+    const auto columns = insertColumns(target, bulk.columns, /*defaultValues=*/false);
+    if (!bulk.sendRows) {
+        m_bulk = bulk;
+        return finished();
+    }
+    insertRowsOf(
+        target, columns, [&] { bulk.sendRows(*m_sink); }, /*defaultsForNulls=*/!bulk.keepsNulls);
+    rememberIdentity(target, m_rowCount);
+    done(m_rowCount, StatementKind::Insert);
+    return Flow::Next;
+}
+
 void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
     std::optional<std::int64_t> identity;
     if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
@@ -282,10 +305,11 @@ void Executor::skipIdentities() {
 }
 
 void Executor::insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                            const std::function<void()>& work) {
+                            const std::function<void()>& work, bool defaultsForNulls) {
     struct CollectedRow {
         std::vector<Value> cells;
         std::vector<SqlType> types;
+        std::vector<const TableColumn*> columns;
     };
     std::vector<CollectedRow> collected;  // `work` may read the target table
     bool misfits = false;                 // a row has another number of columns
@@ -294,8 +318,10 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         if (misfits) return;
         CollectedRow& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (defaultsForNulls && isNull(cells[i]) && !columns[i]->byDefault.empty()) continue;
             row.cells.push_back(ownedValue(cells[i]));
             row.types.push_back(types[i].type);
+            row.columns.push_back(columns[i]);
         }
     };
     if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
@@ -311,7 +337,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     Atomic atomic(m_connection, target.schema);
     for (auto& row : collected) {
         Translator translator(*this);
-        const std::string sql = translator.insertParameters(target, columns, row.types);
+        const std::string sql = translator.insertParameters(target, row.columns, row.types);
         m_change.newRows = translator.newRows();
         m_change.values = std::move(row.cells);
         m_connection.run(sql, m_change.values);
