@@ -177,8 +177,10 @@ class Executor final : public NameResolver, public FunctionSession {
                                                   bool defaultValues) const;
     std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const ast::Insert& insert, Translator& translator);
+    void insertRow(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                   const std::vector<SqlType>& types, std::vector<Value> cells);
     void insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                      const std::function<void()>& work, bool defaultsForNulls = false);
+                      const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                           const Translator& translator, const std::optional<ast::Output>& output);
     void updateInSteps(const TableInfo& target, const Translator& translator,

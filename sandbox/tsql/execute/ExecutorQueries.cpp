@@ -267,8 +267,30 @@ Flow Executor::run(const InsertBulk& bulk) {
         m_bulk = bulk;
         return finished();
     }
-    insertRowsOf(
-        target, columns, [&] { bulk.sendRows(*m_sink); }, /*defaultsForNulls=*/!bulk.keepsNulls);
+    m_change.verb = "INSERT";
+    m_change.target = target;
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    std::int64_t rows = 0;
+    const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
+        if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
+        std::vector<const TableColumn*> given;
+        std::vector<SqlType> types;
+        std::vector<Value> values;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (!bulk.keepsNulls && isNull(cells[i]) && !columns[i]->byDefault.empty()) continue;
+            given.push_back(columns[i]);
+            types.push_back(sent[i].type);
+            values.push_back(ownedValue(cells[i]));
+        }
+        insertRow(target, given, types, std::move(values));
+        ++rows;
+    };
+    divert(insertOne, [&] { bulk.sendRows(*m_sink); });
+    atomic.commit();
+    m_change.verb.clear();
+    m_rowCount = rows;
+    m_error = 0;
     rememberIdentity(target, m_rowCount);
     done(m_rowCount, StatementKind::Insert);
     return Flow::Next;
@@ -304,12 +326,21 @@ void Executor::skipIdentities() {
     }
 }
 
+// The caller has announced the change.
+void Executor::insertRow(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                         const std::vector<SqlType>& types, std::vector<Value> cells) {
+    Translator translator(*this);
+    const std::string sql = translator.insertParameters(target, columns, types);
+    m_change.newRows = translator.newRows();
+    m_change.values = std::move(cells);
+    m_connection.run(sql, m_change.values);
+}
+
 void Executor::insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                            const std::function<void()>& work, bool defaultsForNulls) {
+                            const std::function<void()>& work) {
     struct CollectedRow {
         std::vector<Value> cells;
         std::vector<SqlType> types;
-        std::vector<const TableColumn*> columns;
     };
     std::vector<CollectedRow> collected;  // `work` may read the target table
     bool misfits = false;                 // a row has another number of columns
@@ -318,10 +349,8 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         if (misfits) return;
         CollectedRow& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            if (defaultsForNulls && isNull(cells[i]) && !columns[i]->byDefault.empty()) continue;
             row.cells.push_back(ownedValue(cells[i]));
             row.types.push_back(types[i].type);
-            row.columns.push_back(columns[i]);
         }
     };
     if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
@@ -335,13 +364,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     m_change.target = target;
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
-    for (auto& row : collected) {
-        Translator translator(*this);
-        const std::string sql = translator.insertParameters(target, row.columns, row.types);
-        m_change.newRows = translator.newRows();
-        m_change.values = std::move(row.cells);
-        m_connection.run(sql, m_change.values);
-    }
+    for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
     atomic.commit();
     m_rowCount = static_cast<std::int64_t>(collected.size());
     m_error = 0;
