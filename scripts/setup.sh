@@ -16,7 +16,7 @@ packages=(
 )
 test_packages=(
   abigail-tools freetds-bin libnss-wrapper krb5-kdc krb5-admin-server krb5-user faketime libgtest-dev file chromium openssl
-  python3 python3-pymssql zsh fish
+  python3 python3-pymssql python3-pyodbc python3-sqlalchemy zsh fish
 )
 # Debian's packages conflict with a Node.js from another source.
 command -v node >/dev/null || test_packages+=(nodejs)

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <thread>
 
+#include "BulkLoad.h"
 #include "Login.h"
 #include "Rpc.h"
 #include "ServerMessages.h"
@@ -158,6 +159,10 @@ bool ClientConnection::execute(const Request& request) {
             return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), m_response);
         case PacketType::Rpc:
             return runCalls(withoutHeaders(request.data));
+        case PacketType::BulkLoad:
+            return m_session->insertBulk(
+                [&](tsql::ResultSink& sink) { sendBulkRows(request.data, m_response.version(), sink); },
+                m_response);
         default:
             return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), m_response);
     }

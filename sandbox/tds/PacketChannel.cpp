@@ -26,7 +26,7 @@ constexpr MessageLimit kMessageLimits[] = {
     {PacketType::Prelogin, true, 4096},          {PacketType::Login7, true, (128UL << 10) - 1},
     {PacketType::SspiMessage, true, 64UL << 10}, {PacketType::SqlBatch, false, 64UL << 20},
     {PacketType::Rpc, false, 64UL << 20},        {PacketType::TransactionManager, false, 64UL << 10},
-    {PacketType::Attention, false, 0},
+    {PacketType::BulkLoad, false, 64UL << 20},   {PacketType::Attention, false, 0},
 };
 
 constexpr std::uint8_t kStatusEndOfMessage = 0x01;

@@ -11,6 +11,7 @@ enum class PacketType : std::uint8_t {
     Rpc = 3,
     Response = 4,
     Attention = 6,
+    BulkLoad = 7,
     TransactionManager = 14,
     Login7 = 16,
     SspiMessage = 17,

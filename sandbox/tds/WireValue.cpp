@@ -207,6 +207,7 @@ Value decode(const WireType& type, ByteView data) {
         case TypeId::VarBinary:
             return tsql::Bytes(reinterpret_cast<const std::byte*>(data.data()), data.size());
         case TypeId::NVarChar:
+            if (data.size() % 2 != 0) throw ValueError("Unicode data has an odd number of bytes");
             return utf8FromUtf16(data);
         case TypeId::VarChar:
             return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);

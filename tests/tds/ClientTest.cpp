@@ -1,4 +1,5 @@
-// The server as independent clients see it: FreeTDS's ODBC driver and its db-lib, and tedious.
+// The server as independent clients see it: FreeTDS's ODBC driver and its db-lib, tedious, and libraries over
+// them.
 #include <gtest/gtest.h>
 
 #include "OdbcClient.h"
@@ -218,11 +219,69 @@ TEST_F(ClientTest, DbLib) {
     }
 }
 
+// Without -E the identities of the file are not used.
+TEST_F(ClientTest, BulkCopyOfDbLib) {
+    OdbcClient client(box().odbcConnectionString());
+    client.run(
+        "CREATE TABLE Loaded (id int IDENTITY(5, 1) PRIMARY KEY, name nvarchar(20) NOT NULL, amount "
+        "decimal(10, 2) DEFAULT 1.5 CHECK (amount >= 0), taken datetime, note text)");
+    struct Case {
+        std::string rows;
+        std::vector<std::string> options;
+        std::string message;
+    };
+    const Case cases[] = {
+        {"1\tzw\xC3\xB6lf\t2.25\t2024-02-29 01:02:03.123\tnote\n1\tdefault\t\t\t\n", {}, "2 rows copied"},
+        {"20\tkept\t3\t\t\n", {"-E"}, "1 rows copied"},
+        {"30\tgood\t1\t\t\n31\tbad\t-1\t\t\n", {"-h", "TABLOCK,CHECK_CONSTRAINTS"}, "CHECK constraint"},
+        {"20\tagain\t1\t\t\n", {"-E"}, "duplicate key"},
+    };
+    const TempDir folder;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.rows);
+        writeFile(folder / "rows", c.rows);
+        std::vector<std::string> command{"freebcp",
+                                         "master..Loaded",
+                                         "in",
+                                         folder / "rows",
+                                         "-c",
+                                         "-S",
+                                         "127.0.0.1:" + std::to_string(box().port()),
+                                         "-U",
+                                         box().login(),
+                                         "-P",
+                                         box().password()};
+        command.insert(command.end(), c.options.begin(), c.options.end());
+        const ProgramResult result = runProgram(command, {{}, {}, {"TDSVER=7.1"}, std::chrono::minutes(1)});
+        EXPECT_NE((result.output + result.errors).find(c.message), std::string::npos)
+            << result.output << result.errors;
+    }
+    const char* const script =
+        "import sys, pymssql\n"
+        "c = pymssql.connect(server='127.0.0.1', port=sys.argv[1], user='sa', password=sys.argv[2])\n"
+        "c.bulk_copy('Loaded', [(40 + i, i / 4) for i in range(3)], column_ids=[1, 3])\n"
+        "c.commit()\n";
+    client.run("ALTER TABLE Loaded ALTER COLUMN name nvarchar(20) NULL");
+    const ProgramResult copied =
+        runProgram({"/usr/bin/python3", "-c", script, std::to_string(box().port()), box().password()});
+    EXPECT_EQ(copied.exitCode, 0) << copied.errors;
+    EXPECT_EQ(client.run("SELECT * FROM Loaded ORDER BY id"),
+              (std::vector<std::string>{"5|zw\xC3\xB6lf|2.25|2024-02-29 01:02:03.123|note",
+                                        "6|default|1.50|NULL|NULL", "20|kept|3.00|NULL|NULL",
+                                        "21|NULL|0.00|NULL|NULL", "22|NULL|0.25|NULL|NULL",
+                                        "23|NULL|0.50|NULL|NULL"}));
+}
+
+// What the packages needed at that time runs on Debian's Node.js 18.
+ProgramResult installModules() {
+    return runProgram({INSTALL_NPM, TDS_MODULES, "2025-01-01", "tedious@18.6.1", "knex@3.1.0",
+                       "sequelize@6.37.5", "typeorm@0.3.20", "mssql@11.0.1"},
+                      {{}, {}, {}, std::chrono::minutes(4)});
+}
+
 // The cases are in clients/tedious_client.js.
 TEST_F(ClientTest, Tedious) {
-    // What it needed then runs on Debian's Node.js 18.
-    const ProgramResult installed = runProgram({INSTALL_NPM, TDS_TEDIOUS, "tedious@18.6.1", "2025-01-01"},
-                                               {{}, {}, {}, std::chrono::minutes(3)});
+    const ProgramResult installed = installModules();
     if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
     ASSERT_EQ(installed.exitCode, 0) << installed.errors;
     const Certificates certificates;
@@ -230,9 +289,34 @@ TEST_F(ClientTest, Tedious) {
     for (const auto& [server, argument] :
          {std::pair<const TsqlBox*, std::string>(&box(), "plain"), {&encrypted, "encrypt"}}) {
         const ProgramResult result =
-            runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_TEDIOUS, std::to_string(server->port()),
+            runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_MODULES, std::to_string(server->port()),
                         server->login(), server->password(), argument});
         EXPECT_EQ(result.exitCode, 0) << argument << result.output << result.errors;
+    }
+}
+
+// The cases are in clients/knex_client.js and so on.
+TEST_F(ClientTest, LibrariesOverTedious) {
+    const ProgramResult installed = installModules();
+    if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
+    ASSERT_EQ(installed.exitCode, 0) << installed.errors;
+    for (const std::string library : {"knex", "sequelize", "typeorm"}) {
+        OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE " + library);
+        const ProgramResult result =
+            runProgram({"node", TDS_CLIENTS "/" + library + "_client.js", TDS_MODULES,
+                        std::to_string(box().port()), box().login(), box().password()});
+        EXPECT_EQ(result.exitCode, 0) << library << result.output << result.errors;
+    }
+}
+
+// The cases are in clients/sqlalchemy_client.py.
+TEST_F(ClientTest, SqlAlchemy) {
+    for (const std::string driver : {"pymssql", "pyodbc"}) {
+        OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE alchemy_" + driver);
+        const ProgramResult result =
+            runProgram({"/usr/bin/python3", TDS_CLIENTS "/sqlalchemy_client.py", std::to_string(box().port()),
+                        box().login(), box().password(), driver});
+        EXPECT_EQ(result.exitCode, 0) << driver << result.output << result.errors;
     }
 }
 

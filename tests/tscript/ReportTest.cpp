@@ -211,7 +211,7 @@ TEST_F(Report, IsReadableInBothColourSchemesAndWidths) {
 // The page without its policy, which forbids scripts.
 TEST_F(Report, HasNoViolationThatAxeFinds) {
     const ProgramResult installed = support::runProgram(
-        {INSTALL_NPM, AXE_FOLDER, "axe-core@4.10.2", "2025-01-01"}, {{}, {}, {}, std::chrono::minutes(3)});
+        {INSTALL_NPM, AXE_FOLDER, "2025-01-01", "axe-core@4.10.2"}, {{}, {}, {}, std::chrono::minutes(3)});
     if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
     ASSERT_EQ(installed.exitCode, 0) << installed.errors;
     packBody("Fail", "PRINT 'before'\nRAISERROR('broken', 16, 1)\nGO\n");

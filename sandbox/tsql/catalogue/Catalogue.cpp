@@ -133,6 +133,15 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     return columns;
 }
 
+Value Catalogue::columnName(std::int64_t object, std::int64_t id) const {
+    PreparedStatement query(
+        m_connection,
+        inSchema("SELECT name FROM $.tsqlbox_columns WHERE object = ?1 AND ordinal = ?2", m_schema));
+    query.bind(1, object);
+    query.bind(2, id);
+    return query.step() ? Value(query.text(0)) : Value(Null{});
+}
+
 std::int64_t Catalogue::lastId() const {
     return *m_connection.number(inSchema("SELECT coalesce(max(id), 0) FROM $.tsqlbox_objects", m_schema));
 }

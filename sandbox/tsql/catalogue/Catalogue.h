@@ -81,6 +81,8 @@ class Catalogue {
     std::optional<ObjectInfo> findById(std::int64_t id) const;
     std::optional<TableInfo> table(std::string_view name) const;
     std::vector<TableColumn> columns(std::int64_t object) const;
+    // Returns the name of the column with that column_id, or NULL.
+    Value columnName(std::int64_t object, std::int64_t id) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const;      // constraints and indexes
     std::vector<ObjectInfo> keysTo(std::string_view table) const;  // foreign keys that reference it
     std::int64_t lastId() const;

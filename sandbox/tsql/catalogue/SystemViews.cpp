@@ -9,9 +9,9 @@ namespace tsql {
 namespace {
 
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
-//   $o, $c  tables of the catalogue    $d  name of the database     $L  list of databases (name, id)
-//   $T      list of types (type)       $C  name of the collation    $S  list of sessions
-//   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
+//   $o, $c  tables of the catalogue    $d  name of the database     $s  SQLite's name of its schema     $L
+//   list of databases (name, id) $T      list of types (type)       $C  name of the collation    $S  list of
+//   sessions $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
 //   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $CONSTRAINT, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
@@ -53,6 +53,11 @@ constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V
 constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
+constexpr std::string_view kColumns =
+    R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name
+sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit
+= c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
+'D' AND d.parent = c.object AND d.keys = c.name), 0))";
 
 constexpr ViewText kViews[] = {
     {"sys", "databases",
@@ -81,7 +86,10 @@ o.type END)",
     {"sys", "default_constraints",
      "$OBJECT; parent_column_id int = c.ordinal; definition nvarchar(max) = '(' || c.fallback || ')'",
      "$o o JOIN $c c ON c.object = o.parent AND c.name = o.keys WHERE o.type = 'D'"},
-    {"sys", "foreign_keys", "$OBJECT; referenced_object_id int = r.id",
+    {"sys", "foreign_keys",
+     R"($OBJECT; referenced_object_id int = r.id; is_disabled bit = 0; delete_referential_action tinyint =
+ts_cascades(o.source); delete_referential_action_desc nvarchar(60) = iif(ts_cascades(o.source), 'CASCADE', 'NO_ACTION');
+update_referential_action tinyint = 0; update_referential_action_desc nvarchar(60) = 'NO_ACTION')",
      "$o o JOIN $o r ON r.name = o.stored AND r.type = 'U' WHERE o.type = 'F'"},
     {"sys", "foreign_key_columns",
      R"(constraint_object_id int = o.id; constraint_column_id int = k.key + 1; parent_object_id int = o.parent;
@@ -93,12 +101,13 @@ AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
      R"(object_id int = o.parent; name sysname = o.name; index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
 'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR o.source = 'UNIQUE';
-is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0;
-has_filter bit = o.stored <> ''; filter_definition nvarchar(max) = '(' || nullif(o.stored, '') || ')')",
+is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0; is_hypothetical bit
+ = 0; has_filter bit = o.stored <> ''; filter_definition nvarchar(max) = '(' || nullif(o.stored, '') || ')')",
      kIndexes},
     {"sys", "index_columns",
      R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =
-c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0)",
+c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0; is_descending_key bit = coalesce((SELECT x.desc
+FROM pragma_index_xinfo(o.name || '@' || o.parent, $s) x WHERE x.seqno = k.key), 0))",
      R"($o o JOIN $EACH(o.keys) k JOIN $c c ON
 c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
     {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = $INDEX", kIndexes},
@@ -108,16 +117,21 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
      R"(name sysname = ts_type_name(c.type); $TYPE; schema_id int = 4; collation_name sysname = CASE
 ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defined bit = 0)",
      "$T c"},
-    {"sys", "columns",
-     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name
-sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit
-= c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
-'D' AND d.parent = c.object AND d.keys = c.name), 0))",
-     kAllColumns},
+    {"sys", "columns", kColumns, kAllColumns},
+    {"sys", "all_columns", kColumns, kAllColumns},
     {"sys", "identity_columns",
      R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; is_nullable bit =
-c.nullable; is_identity bit = 1; increment_value int = 1)",
-     "$c c WHERE c.identity"},
+c.nullable; is_identity bit = 1; is_computed bit = 0; seed_value bigint = CAST(iif(o.keys = '', 1, o.keys) AS INTEGER);
+increment_value int = 1)",
+     "$c c JOIN $o o ON o.id = c.object WHERE c.identity"},
+    {"sys", "computed_columns",
+     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; is_nullable bit = c.nullable;
+is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",
+     "$c c WHERE 0"},
+    {"sys", "extended_properties",
+     R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
+name sysname = NULL; value nvarchar(4000) = NULL)",
+     "$o o WHERE 0"},
     {"sys", "triggers", "$OBJECT; is_disabled bit = 0", "$o o WHERE 0"},
     {"", "syscolumns",
      R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint =
@@ -299,6 +313,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         replaceAll(found.sql, "$o", temporary ? kTemporaryObjects : objects);
         replaceAll(found.sql, "$c", temporary ? kTemporaryColumns : columns);
         replaceAll(found.sql, "$d", quotedText(database));
+        replaceAll(found.sql, "$s", quotedText(databaseKey(database)));
         replaceAll(found.sql, "$C", kCollationName);
         return found;
     }

@@ -48,6 +48,10 @@ bool Session::call(ProcedureCall& call, ResultSink& sink) {
     return m_executor->call(call, sink);
 }
 
+bool Session::insertBulk(const RowSource& sendRows, ResultSink& sink) {
+    return m_executor->insertBulk(sendRows, sink);
+}
+
 std::string_view Session::database() const {
     return m_executor->database();
 }

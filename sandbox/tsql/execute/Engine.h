@@ -38,6 +38,8 @@ class Session {
     // ended the session (severity 20 and above).
     bool runBatch(std::string_view batch, ResultSink& sink);
     bool call(ProcedureCall& call, ResultSink& sink);
+    // Inserts the rows of the INSERT BULK that the last batch ended with, all or none.
+    bool insertBulk(const RowSource& sendRows, ResultSink& sink);
     std::string_view database() const;
     // Resets everything but the open transaction to the state of a new session. Returns false without an open
     // transaction.

@@ -128,6 +128,19 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     return end != RequestEnd::SessionEnded;
 }
 
+bool Executor::insertBulk(const RowSource& sendRows, ResultSink& sink) {
+    Frame frame;
+    const RequestEnd end = run(sink, frame, [&] {
+        if (!m_bulk) throw SyntaxError(unsupported("rows without INSERT BULK"), 1);
+        auto bulk = std::make_unique<Statement>(Statement{1, *std::exchange(m_bulk, std::nullopt)});
+        std::get<InsertBulk>(bulk->node).sendRows = sendRows;
+        Block block;
+        block.push_back(std::move(bulk));
+        runFrame(block, frame);
+    });
+    return end != RequestEnd::SessionEnded;
+}
+
 Flow Executor::runBlock(const Block& block) {
     for (const auto& statement : block)
         if (const Flow flow = runStatement(*statement); flow != Flow::Next) return flow;

@@ -71,6 +71,7 @@ class Executor final : public NameResolver, public FunctionSession {
 
     bool runBatch(std::string_view text, ResultSink& sink);
     bool call(ProcedureCall& call, ResultSink& sink);
+    bool insertBulk(const RowSource& sendRows, ResultSink& sink);
     bool resetAroundTransaction(std::string_view database);
     const std::string& database() const { return m_database; }
 
@@ -161,6 +162,7 @@ class Executor final : public NameResolver, public FunctionSession {
     // ---- queries and changes of rows (ExecutorQueries.cpp)
     Flow run(const ast::SelectStatement& statement);
     Flow run(const ast::Insert& insert);
+    Flow run(const ast::InsertBulk& bulk);
     Flow run(const ast::Update& update);
     Flow run(const ast::Delete& statement);
     Flow run(const ast::Truncate& truncate);
@@ -176,6 +178,8 @@ class Executor final : public NameResolver, public FunctionSession {
                                                   bool defaultValues) const;
     std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                            const ast::Insert& insert, Translator& translator);
+    void insertRow(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                   const std::vector<SqlType>& types, std::vector<Value> cells);
     void insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                       const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
@@ -336,11 +340,12 @@ class Executor final : public NameResolver, public FunctionSession {
     std::optional<std::int64_t> m_batchIdentity;  // SCOPE_IDENTITY() of the batches, all one scope
     // Last identities generated in the transaction, by schema and stored name of the table.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
-    Cursors m_cursors;              // GLOBAL cursors
-    bool m_checking = false;        // statements are checked, not executed
-    bool m_ownTransaction = false;  // the open transaction is the statement's own
-    int m_fewestTransactions = 0;   // COMMIT is an error at this number
-    bool m_insertsRows = false;     // INSERT ... EXECUTE is running
+    Cursors m_cursors;                      // GLOBAL cursors
+    bool m_checking = false;                // statements are checked, not executed
+    bool m_ownTransaction = false;          // the open transaction is the statement's own
+    int m_fewestTransactions = 0;           // COMMIT is an error at this number
+    bool m_insertsRows = false;             // INSERT ... EXECUTE is running
+    std::optional<ast::InsertBulk> m_bulk;  // expects its rows
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;
     int m_transactions = 0;         // @@TRANCOUNT

@@ -242,6 +242,51 @@ Flow Executor::run(const Insert& insert) {
     return Flow::Next;
 }
 
+// A client that sends values for the identity means to keep them.
+Flow Executor::run(const InsertBulk& bulk) {
+    claim(bulk.table);
+    const TableInfo target = table(bulk.table);
+    const TableColumn* identity = target.identityColumn();
+    const bool keepsIdentity = identity && std::ranges::any_of(bulk.columns, [&](const auto& name) {
+                                   return sameText(name, identity->name);
+                               });
+    const Finally settingAgain(
+        [this, before = m_settings.identityInsert] { m_settings.identityInsert = before; });
+    if (keepsIdentity) m_settings.identityInsert = target.fullName();
+    const auto columns = insertColumns(target, bulk.columns, /*defaultValues=*/false);
+    if (!bulk.sendRows) {
+        m_bulk = bulk;
+        return finished();
+    }
+    m_change.verb = "INSERT";
+    m_change.target = target;
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    std::int64_t rows = 0;
+    const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
+        if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
+        std::vector<const TableColumn*> given;
+        std::vector<SqlType> types;
+        std::vector<Value> values;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (!bulk.keepsNulls && isNull(cells[i]) && !columns[i]->byDefault.empty()) continue;
+            given.push_back(columns[i]);
+            types.push_back(sent[i].type);
+            values.push_back(ownedValue(cells[i]));
+        }
+        insertRow(target, given, types, std::move(values));
+        ++rows;
+    };
+    divert(insertOne, [&] { bulk.sendRows(*m_sink); });
+    atomic.commit();
+    m_change.verb.clear();
+    m_rowCount = rows;
+    m_error = 0;
+    rememberIdentity(target, m_rowCount);
+    done(m_rowCount, StatementKind::Insert);
+    return Flow::Next;
+}
+
 void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
     std::optional<std::int64_t> identity;
     if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
@@ -271,6 +316,16 @@ void Executor::skipIdentities() {
     }
 }
 
+// The caller has announced the change.
+void Executor::insertRow(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+                         const std::vector<SqlType>& types, std::vector<Value> cells) {
+    Translator translator(*this);
+    const std::string sql = translator.insertParameters(target, columns, types);
+    m_change.newRows = translator.newRows();
+    m_change.values = std::move(cells);
+    m_connection.run(sql, m_change.values);
+}
+
 void Executor::insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
                             const std::function<void()>& work) {
     struct CollectedRow {
@@ -298,13 +353,7 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
     m_change.target = target;
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
-    for (auto& row : collected) {
-        Translator translator(*this);
-        const std::string sql = translator.insertParameters(target, columns, row.types);
-        m_change.newRows = translator.newRows();
-        m_change.values = std::move(row.cells);
-        m_connection.run(sql, m_change.values);
-    }
+    for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
     atomic.commit();
     m_rowCount = static_cast<std::int64_t>(collected.size());
     m_error = 0;

@@ -59,6 +59,17 @@ USERTYPE = CAST(ut AS smallint) FROM (VALUES
 ) v (n, t, t2, p, pre, suf, par, s, u, m, auto, lo, hi, r, ut)
 WHERE @data_type = 0 OR @data_type = CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END ORDER BY 2, 12, 11, 20)";
 
+// sp_helptext reports an object that does not exist.
+constexpr std::string_view kHelpIndex = R"(
+IF OBJECT_ID(@objname) IS NULL BEGIN EXEC sp_helptext @objname RETURN 1 END
+SELECT index_name = i.name, index_description = CAST(CASE i.type WHEN 1 THEN 'clustered' ELSE 'nonclustered' END +
+CASE i.is_unique WHEN 1 THEN ', unique' ELSE '' END + CASE WHEN i.is_primary_key = 1 THEN ', primary key'
+WHEN i.is_unique_constraint = 1 THEN ', unique key' ELSE '' END + ' located on PRIMARY' AS varchar(210)), index_keys =
+CAST((SELECT STRING_AGG(c.name + CASE k.is_descending_key WHEN 1 THEN '(-)' ELSE '' END, ', ') WITHIN GROUP
+(ORDER BY k.key_ordinal) FROM sys.index_columns k JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id =
+k.column_id WHERE k.object_id = i.object_id AND k.index_id = i.index_id) AS nvarchar(2078))
+FROM sys.indexes i WHERE i.object_id = OBJECT_ID(@objname) ORDER BY 1)";
+
 std::string textOf(const Frame& frame, const char* variable) {
     const auto* text = std::get_if<std::string>(&frame.variables.at(variable).value);
     return text ? *text : std::string();
@@ -78,6 +89,7 @@ const Executor::SystemProcedure* Executor::systemProcedure(std::string_view name
          &Executor::releaseAppLock},
         {"sp_datatype_info", kDatatypeInfoParameters, nullptr, kDatatypeInfo},
         {"sp_datatype_info_100", kDatatypeInfoParameters, nullptr, kDatatypeInfo},
+        {"sp_helpindex", "@objname nvarchar(776)", nullptr, kHelpIndex},
     };
     const auto* found = std::find_if(std::begin(kProcedures), std::end(kProcedures),
                                      [&](const auto& each) { return sameWord(each.name, name); });

@@ -56,12 +56,15 @@ namespace {
 struct SessionFunctions {
     static FunctionSession& session(const SqlCall& call) { return call.context().session(); }
 
-    static Value databaseName(const SqlCall& call) {
-        if (call.count() == 0) return session(call).databaseOf({});
+    // Returns the name of the database whose number is that argument, or of the current one without it.
+    static std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t position) {
+        if (call.count() <= position) return session(call).databaseOf({});
         for (const auto& name : session(call).storage().databases())
-            if (databaseId(session(call).storage(), name) == call.integer(0)) return name;
-        return Null{};
+            if (databaseId(session(call).storage(), name) == call.integer(position)) return name;
+        return std::nullopt;
     }
+
+    static Value databaseName(const SqlCall& call) { return orNull(databaseArgument(call, 0)); }
 
     static Value databaseNumber(const SqlCall& call) {
         return orNull(databaseId(session(call).storage(),
@@ -110,8 +113,15 @@ struct SessionFunctions {
         return name.name.starts_with('#') ? -found->id : found->id;
     }
 
+    // (id [, database number])
+    static std::optional<ObjectInfo> objectArgument(const SqlCall& call) {
+        const auto database = databaseArgument(call, 1);
+        if (!database) return std::nullopt;
+        return session(call).catalogue({*database, {}, {}}).findById(call.integer(0));
+    }
+
     static Value objectName(const SqlCall& call) {
-        const auto found = session(call).catalogue({}).findById(call.integer(0));
+        const auto found = objectArgument(call);
         return found ? Value(found->name) : Value(Null{});
     }
 
@@ -157,8 +167,23 @@ struct SessionFunctions {
         return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
     }
 
+    static Value columnName(const SqlCall& call) {
+        return session(call).catalogue({}).columnName(call.integer(0), call.integer(1));
+    }
+
+    static Value columnProperty(const SqlCall& call) {
+        for (const auto& column : session(call).catalogue({}).columns(call.integer(0))) {
+            if (!sameText(column.name, call.text(1))) continue;
+            if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
+            if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
+            if (sameWord(call.text(2), "IsComputed")) return std::int64_t{0};
+            throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
+        }
+        return Null{};
+    }
+
     static Value ownerOfObject(const SqlCall& call) {
-        return session(call).catalogue({}).findById(call.integer(0)) ? owner(call) : Value(Null{});
+        return objectArgument(call) ? owner(call) : Value(Null{});
     }
 
     static Value currentIdentity(const SqlCall& call) {
@@ -198,15 +223,17 @@ const FunctionInfo kSessionFunctions[] = {
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
     {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
     {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
-    {"object_name", "I", kName, S::objectName, kNulls, kVarying},
+    {"object_name", "I[I", kName, S::objectName, kNulls, kVarying},
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
-    {"object_schema_name", "I", kName, S::ownerOfObject, kNulls, kVarying},
+    {"object_schema_name", "I[I", kName, S::ownerOfObject, kNulls, kVarying},
     {"object_definition", "I", nvarcharType(SqlType::kMax), S::objectDefinition, kNulls, kVarying},
-    {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
     {"has_dbaccess", "T", TypeId::Int,
      [](const SqlCall& call) { return S::session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },
      kNulls, kVarying},
     {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
+    {"col_name", "II", kName, S::columnName, kNulls, kVarying},
+    {"columnproperty", "ITT", TypeId::Int, S::columnProperty, kNulls, kVarying},
+    {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
     {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},
     {"current_user", "", kName, S::owner, kNulls, kVarying},

@@ -1,6 +1,7 @@
 // Syntax tree of a batch: expressions, queries, statements. Every node owns its children.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +11,10 @@
 
 #include "types/SqlTypes.h"
 #include "types/Values.h"
+
+namespace tsql {
+class ResultSink;
+}
 
 namespace tsql::ast {
 
@@ -319,6 +324,13 @@ struct Insert : Change {
     StatementPtr execute;
     bool defaultValues = false;
 };
+// INSERT BULK, whose rows the client sends after the batch.
+struct InsertBulk {
+    ObjectName table;
+    std::vector<std::string> columns;
+    bool keepsNulls = false;                      // else NULL becomes the default of its column
+    std::function<void(ResultSink&)> sendRows{};  // null until the rows have arrived
+};
 struct SetClause {
     std::string table;  // may be empty
     std::string column;
@@ -459,10 +471,10 @@ struct Maintenance {
 struct Statement {
     using Node =
         std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound, TryCatch,
-                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, Update, Delete,
-                     Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase, AlterDatabase,
-                     AlterIndex, CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase,
-                     Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk, Update,
+                     Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
+                     AlterDatabase, AlterIndex, CreateModule, Execute, Transaction, Backup, Restore,
+                     CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

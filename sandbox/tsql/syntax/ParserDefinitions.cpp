@@ -54,6 +54,28 @@ Insert insert(Parser& in) {
     return node;
 }
 
+// INSERT BULK table (column type, ...) [WITH (option, ...)]
+InsertBulk insertBulk(Parser& in) {
+    InsertBulk node{in.tableName(), {}};
+    node.columns = in.parenthesized([&] {
+        return in.list([&] {
+            std::string name = in.expectName();
+            in.type(TypeUse::Cast);
+            if (in.at("COLLATE")) in.collation();
+            return name;
+        });
+    });
+    const auto option = [&] {
+        const std::string_view word = in.takeToken().raw;
+        node.keepsNulls = node.keepsNulls || sameWord(word, "KEEP_NULLS");
+        if (in.accept("=")) in.expectInteger();
+        if (in.at("(")) in.skipParenthesized();
+        return word;
+    };
+    if (in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    return node;
+}
+
 SetClause setClause(Parser& in) {
     SetClause clause;
     if (in.atVariable()) {
@@ -484,6 +506,7 @@ std::vector<const Constraint*> allConstraints(const CreateTable& create) {
 }
 
 Statement::Node parseRows(Parser& in) {
+    if (in.accept("INSERT BULK")) return insertBulk(in);
     auto with = in.commonTables();
     const auto change = [&](auto node) -> Statement::Node {
         node.with = std::move(with);

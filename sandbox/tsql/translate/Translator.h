@@ -210,9 +210,9 @@ class Translator {
 
     std::string groupBy(const ast::Select& select);
     // distinctList: the select list of SELECT DISTINCT, which must contain the ORDER BY items; null without
-    // DISTINCT.
-    std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text, bool outputOnly,
-                        const std::string* distinctList = nullptr);
+    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them.
+    std::string orderBy(const std::vector<ast::OrderItem>& items, const QueryText& text,
+                        const std::string* distinctList = nullptr, const ast::Select* firstOfSet = nullptr);
     static std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text);
     std::string rowCount(const ast::Expr& expr, int least, int error);
     std::string changeLimit(const ast::ExprPtr& top);

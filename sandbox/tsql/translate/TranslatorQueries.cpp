@@ -45,6 +45,21 @@ std::string distinctRows(const std::string& rows, const QueryText& text) {
     return "SELECT " + list + " FROM (" + rows + ") GROUP BY " + keys;
 }
 
+const Select& firstSelect(const SetOperation& operation) {
+    const auto* select = std::get_if<Select>(&operation.left->body);
+    return select ? *select : firstSelect(std::get<SetOperation>(operation.left->body));
+}
+
+// Returns the position of a qualified column in a list, unless a star comes before it.
+std::optional<std::size_t> positionInList(const Expr& expr, const Select& select) {
+    const auto* wanted = std::get_if<ColumnRef>(&expr.node);
+    for (std::size_t i = 0; wanted && i < select.items.size() && select.items[i].value; ++i) {
+        const auto* column = std::get_if<ColumnRef>(&select.items[i].value->node);
+        if (column && std::ranges::equal(column->path, wanted->path, sameText)) return i;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 QueryText Translator::query(const Query& query) {
@@ -97,8 +112,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns(message::kUngroupedInHaving, grouped);
     scope.windows = true;
-    const std::string orderSql =
-        orderBy(query.orderBy, text, /*outputOnly=*/false, select.distinct ? &list : nullptr);
+    const std::string orderSql = orderBy(query.orderBy, text, select.distinct ? &list : nullptr);
     scope.windows = false;
     refuseLooseColumns(message::kUngroupedInOrderBy, grouped);
 
@@ -131,7 +145,7 @@ void Translator::refuseInRecursion(const Select& select) const {
 // SELECT @v = @v + a FROM t ORDER BY b. Rows are sorted before the first value is computed.
 QueryText Translator::assignInOrder(const Select& select, const Query& query, const std::string& rows) {
     QueryText text;
-    const std::string order = orderBy(query.orderBy, text, /*outputOnly=*/false) + limit(&select, query);
+    const std::string order = orderBy(query.orderBy, text) + limit(&select, query);
     std::string all = "0", list;
     int columns = 0;
     for (auto& source : m_scope->sources)
@@ -245,19 +259,21 @@ std::string Translator::orderKeyOfDistinct(const Typed& item, const std::string&
     return collated({std::to_string(position), text.columns[position - 1].column.type});
 }
 
-std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text, bool outputOnly,
-                                const std::string* distinctList) {
+std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text,
+                                const std::string* distinctList, const Select* firstOfSet) {
     std::string sql;
     std::set<std::string> columns;
     for (const auto& item : items) {
         std::string key;
-        if (const auto position = outputPosition(*item.value, text))
+        auto position = outputPosition(*item.value, text);
+        if (firstOfSet && !position) position = positionInList(*item.value, *firstOfSet);
+        if (position)
             key = collated({std::to_string(*position + 1), text.columns[*position].column.type});
         else if (std::holds_alternative<Literal>(item.value->node))
             throw sqlError(message::kConstantInOrderBy, {std::to_string(&item - items.data() + 1)});
         else if (std::holds_alternative<VariableRef>(item.value->node))
             throw sqlError(message::kVariableInOrderBy, {std::to_string(&item - items.data() + 1)});
-        else if (outputOnly)
+        else if (firstOfSet)
             throw sqlError(message::kOrderByItemNotInSetOperation);
         else {
             const Typed typed = value(*item.value);
@@ -352,7 +368,8 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         text.sql = (flat ? left.sql : leftRows) +
                    std::string(kWords[static_cast<std::size_t>(operation.op)]) + rightRows;
     }
-    text.sql += orderBy(query.orderBy, text, /*outputOnly=*/true) + limit(nullptr, query);
+    text.sql += orderBy(query.orderBy, text, /*distinctList=*/nullptr, &firstSelect(operation)) +
+                limit(nullptr, query);
     return text;
 }
 

@@ -243,3 +243,27 @@ test('a reset connection has a new session', () =>
     const state = await batch(connection, "SELECT DB_NAME(), OBJECT_ID('tempdb..#gone'), @@TRANCOUNT");
     assert.deepStrictEqual(state.rows, [['master', null, 0]]);
   }));
+
+test('bulk loads insert all rows or none', () =>
+  withConnection({}, async (connection) => {
+    await batch(connection, 'CREATE TABLE #b (id int IDENTITY PRIMARY KEY, t nvarchar(20) UNIQUE, d decimal(9, 2) DEFAULT 1.5 CHECK (d >= 0), ' +
+      'm datetime, n nvarchar(max), raw varbinary(max), c char(5), x text)');
+    const columns = [['t', TYPES.NVarChar, { length: 20 }], ['d', TYPES.Decimal, { precision: 9, scale: 2 }], ['m', TYPES.DateTime, {}],
+      ['n', TYPES.NVarChar, { length: Infinity }], ['raw', TYPES.VarBinary, { length: Infinity }], ['c', TYPES.Char, { length: 5 }], ['x', TYPES.Text, {}]];
+    const load = (options, rows) => new Promise((resolve, reject) => {
+      const bulk = connection.newBulkLoad('#b', options, (error, count) => (error ? reject(error) : resolve(count)));
+      for (const [name, type, settings] of columns) bulk.addColumn(name, type, { nullable: true, ...settings });
+      connection.execBulkLoad(bulk, rows);
+    });
+    const full = ['\u20ac', 2.25, new Date(Date.UTC(2024, 1, 29, 1, 2, 3, 120)), long, Buffer.alloc(9000, 7), 'ab   ', 'text'];
+    const empty = (name) => [name, ...Array(6).fill(null)];
+    const many = Array.from({ length: 2000 }, (_, i) => empty(`r${i}`));
+    assert.deepStrictEqual([await load({}, [full, empty('a')]), await load({ keepNulls: true, checkConstraints: true }, [empty('b')])], [2, 1]);
+    assert.deepStrictEqual([await load({}, []), await load({ lockTable: true }, many)], [0, 2000]);
+    await assert.rejects(load({}, [empty('new'), empty('B ')]), { number: 2627 });
+    await assert.rejects(load({}, [empty('new'), ['c', -1, ...Array(5).fill(null)]]), { number: 547 });
+    const result = await batch(connection, 'SELECT t, d, m, n, raw, c, x FROM #b WHERE id <= 3 SELECT COUNT(*), SUM(d) FROM #b');
+    assert.deepStrictEqual(result.rows, [full, ['a', 1.5, null, null, null, null, null], empty('b'), [2003, 3003.75]]);
+    columns[0][0] = 'nowhere';
+    await assert.rejects(load({}, [full]), { number: 207 });
+  }));

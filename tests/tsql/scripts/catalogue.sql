@@ -130,6 +130,10 @@ SELECT f.name, constraint_column_id AS n, COL_LENGTH('child', c.name) AS size, c
 --> FK_z | 1 | 4 | z | d (3 rows)
 SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1 --> SCHEMA_NAME nvarchar(128)? = dbo; INFORMATION_SCHEMA; sys (3 rows)
 SELECT OBJECT_NAME(object_id) AS t, name, is_identity FROM sys.identity_columns WHERE object_id = OBJECT_ID('item') --> t nvarchar(128)? = item | name nvarchar(128)? = id | is_identity bit? = 1 (1 rows)
+-- column ids stay when a column is dropped
+CREATE TABLE Numbered (gone int, a int IDENTITY(7, 1), b int) ALTER TABLE Numbered DROP COLUMN gone -->
+SELECT i.seed_value, COL_NAME(i.object_id, i.column_id) AS name, COL_NAME(i.object_id, 1) AS gone FROM sys.identity_columns i WHERE object_id = OBJECT_ID('Numbered') --> seed_value bigint? = 7 | name nvarchar(128)? = a | gone nvarchar(128)? = NULL (1 rows)
+SELECT s.name, SCHEMA_ID(s.name) AS id, SCHEMA_ID() AS own, SCHEMA_ID('other') AS other FROM sys.schemas s WHERE s.schema_id = SCHEMA_ID(s.name) AND s.name = 'sys' --> name nvarchar(128)? = sys | id int? = 4 | own int? = 1 | other int? = NULL (1 rows)
 SELECT COUNT(*) AS n FROM sys.triggers --> n int? = 0 (1 rows)
 SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('pair')) AS a, OBJECT_SCHEMA_NAME(0) AS b --> a nvarchar(128)? = dbo | b nvarchar(128)? = NULL (1 rows)
 SELECT spid - @@SPID AS own, blocked, DB_NAME(dbid) AS db, status, loginame FROM master..sysprocesses WHERE spid = @@SPID --> own smallint? = 0 | blocked smallint? = 0 | db nvarchar(128)? = the store | status nchar(30)? = running | loginame nchar(128)? = sa (1 rows)

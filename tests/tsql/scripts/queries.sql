@@ -76,6 +76,8 @@ WITH a AS (SELECT x FROM later), later AS (SELECT 1 AS x) SELECT x FROM a --> Ms
 WITH a AS (SELECT 1 AS x), A AS (SELECT 2 AS x) SELECT x FROM a --> Msg 239, Level 16, State 1, Line 1: Duplicate common table expression name 'A' was specified.
 SELECT 1 AS x, 2 AS x ORDER BY x --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'x'.
 SELECT id FROM a UNION SELECT 99 ORDER BY id + 1 --> Msg 104, Level 16, State 1, Line 1: ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT operator.
+SELECT a.id, a.g AS h FROM a WHERE id < 3 UNION SELECT 99, 'z' ORDER BY a.g DESC, a.id --> id int | h varchar(10)? = 99 | z; 1 | x; 2 | x (3 rows)
+SELECT a.id FROM a UNION SELECT 99 ORDER BY a.g --> Msg 104, Level 16, State 1, Line 1: ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT operator.
 -- subqueries are not allowed here
 PRINT 'rows: ' + STR((SELECT 1)) --> Msg 1046, Level 15, State 1, Line 2: Subqueries are not allowed in this context. Only scalar expressions are allowed.
 CREATE TABLE of_one (a int DEFAULT (SELECT 1)) --> Msg 1046, Level 15, State 1, Line 1: Subqueries are not allowed in this context. Only scalar expressions are allowed.
