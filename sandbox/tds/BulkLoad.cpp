@@ -1,7 +1,7 @@
 #include "BulkLoad.h"
 
-#include "ServerMessages.h"
 #include "WireValue.h"
+#include "messages/Messages.h"
 
 namespace tds {
 namespace {
@@ -37,7 +37,7 @@ void sendRow(ByteReader& in, const std::vector<WireType>& types, tsql::ResultSin
     try {
         for (const WireType& type : types) values.push_back(readCell(in, type));
     } catch (const ValueError& problem) {
-        throw valueNotSent(problem.what());
+        throw tsql::SqlError(tsql::message::kConversionError, problem.what());
     }
     for (const auto& value : values) cells.push_back(tsql::viewOf(value));
     sink.row(cells);

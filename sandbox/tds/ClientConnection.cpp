@@ -7,14 +7,23 @@
 #include "BulkLoad.h"
 #include "Login.h"
 #include "Rpc.h"
-#include "ServerMessages.h"
 #include "TransactionRequest.h"
+#include "messages/Messages.h"
 
 namespace tds {
 namespace {
 
 constexpr std::string_view kDefaultDatabase = "master";
 constexpr std::string_view kLanguage = "us_english";
+constexpr int kLoginSeverity = 14;
+constexpr int kFatalSeverity = 20;
+
+using namespace tsql::message;
+
+// An error as a message of a batch's first line.
+tsql::Message messageOf(const tsql::SqlError& error) {
+    return {error.number, error.severity, error.state, 1, {}, error.what()};
+}
 
 }  // namespace
 
@@ -75,13 +84,18 @@ Encryption ClientConnection::negotiateEncryption(ByteView request) {
 }
 
 std::optional<tsql::SqlError> ClientConnection::loginError(Login& login) {
-    if (login.integrated && m_settings.keytab == nullptr) return integratedLoginNotSupported();
-    if (login.integrated && !authenticate(login)) return integratedLoginFailed();
+    if (login.integrated && m_settings.keytab == nullptr)
+        return tsql::SqlError(
+            kUntrustedLogin,
+            "Login failed. Integrated authentication is not supported; use a login name and a password.",
+            kLoginSeverity);
+    if (login.integrated && !authenticate(login)) return tsql::sqlError(kUntrustedLogin);
     if (!login.integrated && !m_settings.credentials.match(login.userName, login.password))
-        return loginFailed(login.userName);
+        return tsql::sqlError(kLoginFailed, {login.userName});
     m_client = {login.userName, login.hostName, login.programName};
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
-    if (!m_engine.storage.exists(m_initialDatabase)) return databaseNotFound(m_initialDatabase);
+    if (!m_engine.storage.exists(m_initialDatabase))
+        return tsql::sqlError(kCannotOpenDatabase, {m_initialDatabase});
     return std::nullopt;
 }
 
@@ -110,7 +124,7 @@ void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& err
     std::this_thread::sleep_for(m_settings.refusalDelay);  // slows down the guessing of passwords
     m_response.message(messageOf(error));
     if (error.number != kLoginFailed && error.number != kUntrustedLogin)
-        m_response.message(messageOf(loginFailed(login.userName)));
+        m_response.message(messageOf(tsql::sqlError(kLoginFailed, {login.userName})));
     m_response.finish();
 }
 
@@ -118,10 +132,10 @@ void ClientConnection::acceptLogin(const Login& login) {
     m_session = std::make_unique<tsql::Session>(m_engine, m_client, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
-    m_response.message(databaseContextChanged(database));
+    m_response.message(messageOf(tsql::sqlError(kDatabaseChanged, {database}, /*state=*/2)));
     m_response.binaryChange(EnvChange::Collation, kCollation);
     m_response.textChange(EnvChange::Language, kLanguage, {});
-    m_response.message(languageChanged(kLanguage));
+    m_response.message(messageOf(tsql::sqlError(kLanguageChanged, {kLanguage})));
     m_response.loginAck();
     m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize),
                           std::to_string(kDefaultPacketSize));
@@ -153,7 +167,9 @@ bool ClientConnection::serveRequest(const Request& request) {
 }
 
 bool ClientConnection::execute(const Request& request) {
-    if (request.isTooLong) throw requestTooLong();
+    if (request.isTooLong)
+        throw tsql::SqlError(kUserDefined,
+                             "The request is too long. A batch or procedure call may have 64 MiB.");
     switch (request.type) {
         case PacketType::SqlBatch:
             return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), m_response);
@@ -202,7 +218,7 @@ bool ClientConnection::reportErrors(Work work) {
         m_response.message(messageOf(problem));
         return true;
     } catch (const ValueError& problem) {
-        m_response.message(messageOf(valueNotSent(problem.what())));
+        m_response.message(messageOf({kConversionError, problem.what()}));
         return true;
     } catch (const ConnectionClosed&) {
         throw;
@@ -210,7 +226,8 @@ bool ClientConnection::reportErrors(Work work) {
         throw;
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d: %s\n", m_sessionId, problem.what());
-        m_response.message(messageOf(internalError(problem.what())));
+        m_response.message(messageOf(
+            {kUserDefined, std::string("Internal error of tsqlbox: ") + problem.what(), kFatalSeverity}));
         return false;
     }
 }
@@ -235,7 +252,7 @@ bool ClientConnection::runCall(tsql::ProcedureCall call, bool& aborted) {
     aborted = plan.run && plan.run->aborted;
     if (plan.run && plan.run->describeOnly && m_response.callFailed()) {
         m_prepared.forget(*plan.handle);
-        throw statementNotPrepared();
+        throw tsql::sqlError(kStatementNotPrepared);
     }
     sendOutputs(plan);
     return true;

@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "ServerMessages.h"
+#include "messages/Messages.h"
 #include "types/SqlTypes.h"
 #include "types/Text.h"
 
@@ -12,6 +12,7 @@ namespace {
 using tsql::ProcedureCall;
 
 constexpr std::size_t kMaxStatements = 10'000;
+constexpr int kResourceSeverity = 17;
 
 // Arguments that precede the statement's own: of sp_prepare and sp_prepexec the handle, the declarations and
 // the SQL text; of sp_execute and sp_unprepare the handle.
@@ -24,7 +25,9 @@ constexpr int kExecuteSqlArguments = 2;
 constexpr std::int64_t kReturnMetadata = 1;  // bit of sp_prepare's option
 
 void requireArguments(const ProcedureCall& call, std::size_t count) {
-    if (call.arguments.size() < count) throw parameterNotSupplied(call.procedure, call.arguments.size() + 1);
+    if (call.arguments.size() < count)
+        throw tsql::sqlError(tsql::message::kMissingParameter,
+                             {call.procedure, std::to_string(call.arguments.size() + 1)});
 }
 
 std::int64_t integerOf(const ProcedureCall::Argument& argument) {
@@ -83,7 +86,9 @@ CallPlan PreparedStatements::planUnprepare(const ProcedureCall& call) {
 // the client passed is replaced.
 ProcedureCall::Argument PreparedStatements::prepare(Arguments& arguments) {
     forget(arguments[0]);
-    if (m_statements.size() >= kMaxStatements) throw tooManyPreparedStatements();
+    if (m_statements.size() >= kMaxStatements)
+        throw tsql::SqlError(tsql::message::kInsufficientMemory,
+                             "There are too many prepared statements in this session.", kResourceSeverity);
     Argument& declarations = arguments[1];
     Argument& text = arguments[2];
     declarations.name.clear();  // sp_executesql has other names for them
@@ -94,7 +99,8 @@ ProcedureCall::Argument PreparedStatements::prepare(Arguments& arguments) {
 
 ProcedureCall PreparedStatements::executeSqlCall(const Argument& handle, std::span<Argument> values) const {
     const auto statement = m_statements.find(integerOf(handle));
-    if (statement == m_statements.end()) throw preparedStatementNotFound(integerOf(handle));
+    if (statement == m_statements.end())
+        throw tsql::sqlError(tsql::message::kPreparedStatementNotFound, {std::to_string(integerOf(handle))});
     ProcedureCall call{"sp_executesql", statement->second};
     call.arguments.insert(call.arguments.end(), std::move_iterator(values.begin()),
                           std::move_iterator(values.end()));

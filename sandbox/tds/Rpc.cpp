@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "ServerMessages.h"
 #include "WireValue.h"
+#include "messages/Messages.h"
 
 namespace tds {
 namespace {
@@ -45,7 +45,8 @@ ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, s
     try {
         parameter.value = readValue(in, type);
     } catch (const ValueError&) {
-        throw parameterValueInvalid(position, parameter.name, tsql::displayName(parameter.type));
+        throw tsql::sqlError(tsql::message::kBadRpcParameter,
+                             {std::to_string(position), parameter.name, tsql::displayName(parameter.type)});
     }
     return parameter;
 }

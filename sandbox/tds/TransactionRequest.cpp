@@ -1,7 +1,7 @@
 #include "TransactionRequest.h"
 
 #include "ByteWriter.h"
-#include "ServerMessages.h"
+#include "messages/Messages.h"
 
 namespace tds {
 namespace {
@@ -40,7 +40,7 @@ std::string transactionBatch(ByteView body) {
         case kSave:
             return "SAVE TRANSACTION" + readName(in);
         default:
-            throw transactionRequestNotSupported(request);
+            throw tsql::unsupported("transaction manager request " + std::to_string(request));
     }
 }
 

@@ -1,8 +1,9 @@
 #include "WireType.h"
 
 #include <algorithm>
+#include <string>
 
-#include "ServerMessages.h"
+#include "messages/Messages.h"
 
 namespace tds {
 namespace {
@@ -10,84 +11,48 @@ namespace {
 using tsql::SqlType;
 using tsql::TypeId;
 
-// Data types, [MS-TDS] 2.2.5.4.
-enum : std::uint8_t {
-    kNullType = 0x1F,
-    kImageType = 0x22,
-    kTextType = 0x23,
-    kGuidType = 0x24,
-    kIntNType = 0x26,
-    kDateNType = 0x28,
-    kTimeNType = 0x29,
-    kDateTime2NType = 0x2A,
-    kInt1Type = 0x30,
-    kBitType = 0x32,
-    kInt2Type = 0x34,
-    kInt4Type = 0x38,
-    kDateTime4Type = 0x3A,
-    kFloat4Type = 0x3B,
-    kMoneyType = 0x3C,
-    kDateTimeType = 0x3D,
-    kFloat8Type = 0x3E,
-    kNTextType = 0x63,
-    kBitNType = 0x68,
-    kDecimalNType = 0x6A,
-    kNumericNType = 0x6C,
-    kFloatNType = 0x6D,
-    kMoneyNType = 0x6E,
-    kDateTimeNType = 0x6F,
-    kMoney4Type = 0x7A,
-    kInt8Type = 0x7F,
-    kBigVarBinaryType = 0xA5,
-    kBigVarCharType = 0xA7,
-    kBigBinaryType = 0xAD,
-    kBigCharType = 0xAF,
-    kNVarCharType = 0xE7,
-    kNCharType = 0xEF,
-    kXmlType = 0xF1,
-};
-
-// A type is sent in its first form. The other forms are only accepted from clients.
+// Data types, [MS-TDS] 2.2.5.4. A type is sent in its first form. The other forms are only accepted from
+// clients.
 constexpr WireForm kForms[] = {
-    {kBitNType, Framing::Byte, 1, TypeId::Bit},
-    {kIntNType, Framing::Byte, 1, TypeId::TinyInt},
-    {kIntNType, Framing::Byte, 2, TypeId::SmallInt},
-    {kIntNType, Framing::Byte, 4, TypeId::Int},
-    {kIntNType, Framing::Byte, 8, TypeId::BigInt},
-    {kDecimalNType, Framing::Byte, 0, TypeId::Decimal},
-    {kNumericNType, Framing::Byte, 0, TypeId::Decimal},
-    {kMoneyNType, Framing::Byte, 4, TypeId::SmallMoney},
-    {kMoneyNType, Framing::Byte, 8, TypeId::Money},
-    {kFloatNType, Framing::Byte, 4, TypeId::Real},
-    {kFloatNType, Framing::Byte, 8, TypeId::Float},
-    {kDateNType, Framing::Byte, 0, TypeId::Date},
-    {kTimeNType, Framing::Byte, 0, TypeId::Time},
-    {kDateTime2NType, Framing::Byte, 0, TypeId::DateTime2},
-    {kDateTimeNType, Framing::Byte, 4, TypeId::SmallDateTime},
-    {kDateTimeNType, Framing::Byte, 8, TypeId::DateTime},
-    {kGuidType, Framing::Byte, 16, TypeId::UniqueIdentifier},
-    {kNCharType, Framing::Short, 0, TypeId::NChar},
-    {kNVarCharType, Framing::Short, 0, TypeId::NVarChar},
-    {kBigCharType, Framing::Short, 0, TypeId::VarChar},
-    {kBigVarCharType, Framing::Short, 0, TypeId::VarChar},
-    {kBigBinaryType, Framing::Short, 0, TypeId::Binary},
-    {kBigVarBinaryType, Framing::Short, 0, TypeId::VarBinary},
-    {kNTextType, Framing::Long, 0, TypeId::NText},
-    {kTextType, Framing::Long, 0, TypeId::VarChar},
-    {kImageType, Framing::Long, 0, TypeId::Image},
-    {kXmlType, Framing::Chunks, 0, TypeId::Xml},
-    {kNullType, Framing::Fixed, 0, TypeId::Int},  // an untyped NULL
-    {kBitType, Framing::Fixed, 1, TypeId::Bit},
-    {kInt1Type, Framing::Fixed, 1, TypeId::TinyInt},
-    {kInt2Type, Framing::Fixed, 2, TypeId::SmallInt},
-    {kInt4Type, Framing::Fixed, 4, TypeId::Int},
-    {kInt8Type, Framing::Fixed, 8, TypeId::BigInt},
-    {kMoney4Type, Framing::Fixed, 4, TypeId::SmallMoney},
-    {kMoneyType, Framing::Fixed, 8, TypeId::Money},
-    {kFloat4Type, Framing::Fixed, 4, TypeId::Real},
-    {kFloat8Type, Framing::Fixed, 8, TypeId::Float},
-    {kDateTime4Type, Framing::Fixed, 4, TypeId::SmallDateTime},
-    {kDateTimeType, Framing::Fixed, 8, TypeId::DateTime},
+    {0x68, Framing::Byte, 1, TypeId::Bit},                // BITN
+    {0x26, Framing::Byte, 1, TypeId::TinyInt},            // INTN
+    {0x26, Framing::Byte, 2, TypeId::SmallInt},           // INTN
+    {0x26, Framing::Byte, 4, TypeId::Int},                // INTN
+    {0x26, Framing::Byte, 8, TypeId::BigInt},             // INTN
+    {0x6A, Framing::Byte, 0, TypeId::Decimal},            // DECIMALN
+    {0x6C, Framing::Byte, 0, TypeId::Decimal},            // NUMERICN
+    {0x6E, Framing::Byte, 4, TypeId::SmallMoney},         // MONEYN
+    {0x6E, Framing::Byte, 8, TypeId::Money},              // MONEYN
+    {0x6D, Framing::Byte, 4, TypeId::Real},               // FLOATN
+    {0x6D, Framing::Byte, 8, TypeId::Float},              // FLOATN
+    {0x28, Framing::Byte, 0, TypeId::Date},               // DATEN
+    {0x29, Framing::Byte, 0, TypeId::Time},               // TIMEN
+    {0x2A, Framing::Byte, 0, TypeId::DateTime2},          // DATETIME2N
+    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime},      // DATETIMEN
+    {0x6F, Framing::Byte, 8, TypeId::DateTime},           // DATETIMEN
+    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},  // GUID
+    {0xEF, Framing::Short, 0, TypeId::NChar},             // NCHAR
+    {0xE7, Framing::Short, 0, TypeId::NVarChar},          // NVARCHAR
+    {0xAF, Framing::Short, 0, TypeId::VarChar},           // BIGCHAR
+    {0xA7, Framing::Short, 0, TypeId::VarChar},           // BIGVARCHAR
+    {0xAD, Framing::Short, 0, TypeId::Binary},            // BIGBINARY
+    {0xA5, Framing::Short, 0, TypeId::VarBinary},         // BIGVARBINARY
+    {0x63, Framing::Long, 0, TypeId::NText},              // NTEXT
+    {0x23, Framing::Long, 0, TypeId::VarChar},            // TEXT
+    {0x22, Framing::Long, 0, TypeId::Image},              // IMAGE
+    {0xF1, Framing::Chunks, 0, TypeId::Xml},              // XML
+    {0x1F, Framing::Fixed, 0, TypeId::Int},               // NULL, an untyped NULL
+    {0x32, Framing::Fixed, 1, TypeId::Bit},               // BIT
+    {0x30, Framing::Fixed, 1, TypeId::TinyInt},           // INT1
+    {0x34, Framing::Fixed, 2, TypeId::SmallInt},          // INT2
+    {0x38, Framing::Fixed, 4, TypeId::Int},               // INT4
+    {0x7F, Framing::Fixed, 8, TypeId::BigInt},            // INT8
+    {0x7A, Framing::Fixed, 4, TypeId::SmallMoney},        // MONEY4
+    {0x3C, Framing::Fixed, 8, TypeId::Money},             // MONEY
+    {0x3B, Framing::Fixed, 4, TypeId::Real},              // FLOAT4
+    {0x3E, Framing::Fixed, 8, TypeId::Float},             // FLOAT8
+    {0x3A, Framing::Fixed, 4, TypeId::SmallDateTime},     // DATETIME4
+    {0x3D, Framing::Fixed, 8, TypeId::DateTime},          // DATETIME
 };
 
 constexpr unsigned char kCollationUtf8 = 0x04;  // in the fourth byte of a collation
@@ -200,11 +165,11 @@ WireType readTypeInfo(ByteReader& in) {
         form = findForm(id, in.u8());
         if (form == nullptr) throw ProtocolError("the size of a parameter does not fit its type");
     }
-    if (form == nullptr) throw parameterTypeNotSupported(id);
+    if (form == nullptr) throw tsql::unsupported("parameters of TDS type " + std::to_string(id));
     WireType type{*form, tsql::simpleType(variableType(form->type))};
     if (form->framing == Framing::Short || form->framing == Framing::Long) readLength(in, type);
     if (form->type == TypeId::Xml) {
-        if (in.u8() != 0) throw xmlSchemaNotSupported();
+        if (in.u8() != 0) throw tsql::unsupported("xml parameters with a schema");
         type.type.length = SqlType::kMax;
     }
     if (form->type == TypeId::Decimal || hasScaledTime(form->type)) readPrecision(in, type.type);

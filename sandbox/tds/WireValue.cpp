@@ -4,7 +4,7 @@
 #include <bit>
 #include <cmath>
 
-#include "ServerMessages.h"
+#include "messages/Messages.h"
 
 namespace tds {
 namespace {
@@ -165,7 +165,8 @@ Value decodeDecimal(ByteReader in, const SqlType& type) {
     const std::uint64_t low = in.number(std::min<std::size_t>(in.remaining(), 8));
     const std::uint64_t high = in.number(in.remaining());
     const Int128 magnitude = static_cast<Int128>(high) << 64 | low;
-    if (high > INT64_MAX || !tsql::fits(magnitude, type)) throw numericOverflow();
+    if (high > INT64_MAX || !tsql::fits(magnitude, type))
+        throw tsql::sqlError(tsql::message::kArithmeticOverflow, {"numeric", "numeric"});
     return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 
