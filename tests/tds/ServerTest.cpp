@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "ByteReader.h"
+#include "OdbcClient.h"
 #include "ServerProcess.h"
 
 namespace support {
@@ -152,6 +153,47 @@ TEST(Server, EndsStatementsAndCallsWithTheirOwnTokens) {
     client.response();
     client.send(packet(kSqlBatch, batchPacket("DELETE T")));
     EXPECT_EQ(tokensOf(client.response()), "FD C4 0") << "a call that aborts the batch ends the chain";
+}
+
+TEST(Server, KeepsNothingOfAnInvalidBulkLoad) {
+    constexpr std::uint8_t kBulkLoad = 7;
+    const std::string integers = "\x81\1\0\0\0\0\0\0\0\x38\0"s, row = "\xD1\7\0\0\0"s;
+    const std::string texts = "\x81\1\0\0\0\0\0\0\0\xE7\x0A\0\x09\x04\xD0\0\x34\0"s;
+    struct Case {
+        std::string body;
+        bool closes;
+    };
+    const Case cases[] = {{integers + row + row.substr(0, 3), true},
+                          {integers + row + "\x99", true},
+                          {integers + row + "\xD1", true},
+                          {"\xD1", false},  // without columns
+                          {texts + "\xD1\2\0001\0\xD1\1\0002"s, false},
+                          {texts + "\xD1\2\0001\0\xD1\2\0x\0"s, false}};
+    const TsqlBox box;
+    OdbcClient odbc(box.odbcConnectionString());
+    odbc.run("CREATE TABLE Loaded (i int)");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        const auto client = loggedIn(box);
+        ask(*client, "INSERT BULK Loaded (i int)");
+        EXPECT_EQ(answer(*client), 0U);
+        client->send(packet(kBulkLoad, c.body));
+        if (c.closes) {
+            EXPECT_TRUE(client->isClosed());
+            continue;
+        }
+        EXPECT_EQ(answer(*client), kErrorBit);
+        client->send(packet(kBulkLoad, integers + row));
+        EXPECT_EQ(answer(*client), kErrorBit) << "without INSERT BULK";
+        EXPECT_TRUE(isServed(*client));
+    }
+    EXPECT_EQ(odbc.value("SELECT COUNT(*) FROM Loaded"), "0");
+    const auto client = loggedIn(box);
+    ask(*client, "INSERT BULK Loaded (i int)");
+    answer(*client);
+    client->send(packet(kBulkLoad, integers + row));
+    EXPECT_EQ(answer(*client), 0x10U);
+    EXPECT_EQ(odbc.value("SELECT i FROM Loaded"), "7");
 }
 
 TEST(Server, ClosesConnectionsAboveTheLimit) {

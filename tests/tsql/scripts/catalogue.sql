@@ -134,6 +134,13 @@ SELECT OBJECT_NAME(object_id) AS t, name, is_identity FROM sys.identity_columns 
 CREATE TABLE Numbered (gone int, a int IDENTITY(7, 1), b int) ALTER TABLE Numbered DROP COLUMN gone -->
 SELECT i.seed_value, COL_NAME(i.object_id, i.column_id) AS name, COL_NAME(i.object_id, 1) AS gone FROM sys.identity_columns i WHERE object_id = OBJECT_ID('Numbered') --> seed_value bigint? = 7 | name nvarchar(128)? = a | gone nvarchar(128)? = NULL (1 rows)
 SELECT s.name, SCHEMA_ID(s.name) AS id, SCHEMA_ID() AS own, SCHEMA_ID('other') AS other FROM sys.schemas s WHERE s.schema_id = SCHEMA_ID(s.name) AND s.name = 'sys' --> name nvarchar(128)? = sys | id int? = 4 | own int? = 1 | other int? = NULL (1 rows)
+SELECT OBJECT_NAME(OBJECT_ID('Numbered'), DB_ID()) AS t, OBJECT_NAME(OBJECT_ID('Numbered'), 999) AS n, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'A', 'IsIdentity') AS i, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'b', 'AllowsNull') AS b, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'gone', 'IsIdentity') AS g --> t nvarchar(128)? = Numbered | n nvarchar(128)? = NULL | i int? = 1 | b int? = 1 | g int? = NULL (1 rows)
+CREATE INDEX ix_numbered ON Numbered (b DESC, a) -->
+EXEC sp_helpindex Numbered --> index_name nvarchar(128)? = ix_numbered | index_description varchar(210)? = nonclustered located on PRIMARY | index_keys nvarchar(2078)? = b(-), a (1 rows)
+EXEC sp_helpindex Nowhere --> Msg 15009, Level 16, State 1, Line 2, Procedure sp_helpindex: The object 'Nowhere' does not exist in database 'the store' or is invalid for this operation.
+INSERT BULK Numbered (b int) WITH (KEEP_NULLS, ROWS_PER_BATCH = 10, ORDER (b)) -->
+INSERT BULK Numbered (b int, c varchar(10) COLLATE DATABASE_DEFAULT) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'c'.
+INSERT BULK Numbered (b --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'b'.
 SELECT COUNT(*) AS n FROM sys.triggers --> n int? = 0 (1 rows)
 SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('pair')) AS a, OBJECT_SCHEMA_NAME(0) AS b --> a nvarchar(128)? = dbo | b nvarchar(128)? = NULL (1 rows)
 SELECT spid - @@SPID AS own, blocked, DB_NAME(dbid) AS db, status, loginame FROM master..sysprocesses WHERE spid = @@SPID --> own smallint? = 0 | blocked smallint? = 0 | db nvarchar(128)? = the store | status nchar(30)? = running | loginame nchar(128)? = sa (1 rows)
