@@ -187,7 +187,7 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
     for (const auto& name : names) {
         const TableColumn* column = target.column(name);
         if (!column) throw sqlError(message::kInvalidColumnName, {name});
-        if (std::find(columns.begin(), columns.end(), column) != columns.end())
+        if (std::ranges::find(columns, column) != columns.end())
             throw sqlError(message::kColumnSetTwice, {name});
         if (column->identity && !identityGiven) throw sqlError(message::kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
