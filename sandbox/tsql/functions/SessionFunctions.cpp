@@ -25,12 +25,6 @@ Value runNewId(const SqlCall&) {
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
-// NULL where there is no value.
-template <typename T>
-Value orNull(const std::optional<T>& value) {
-    return value ? Value(*value) : Value(Null{});
-}
-
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
 // Returns the value of a property, or NULL for an unknown name.
@@ -64,8 +58,9 @@ struct SessionFunctions {
     }
 
     static Value databaseNumber(const SqlCall& call) {
-        return orNull(databaseId(session(call).storage(),
-                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
+        const auto id = databaseId(session(call).storage(),
+                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
+        return id ? Value(*id) : Value(Null{});
     }
 
     static Value databaseProperty(const SqlCall& call) {
@@ -202,6 +197,8 @@ const FunctionInfo kSessionFunctions[] = {
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
     {"object_schema_name", "I", kName, S::ownerOfObject, kNulls, kVarying},
     {"object_definition", "I", nvarcharType(SqlType::kMax), S::objectDefinition, kNulls, kVarying},
+    {"type_name", "I", kName, "ts_name_of_type"},
+    {"type_id", "T", TypeId::Int, "ts_id_of_type"},
     {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
     {"has_dbaccess", "T", TypeId::Int,
      [](const SqlCall& call) { return S::session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },

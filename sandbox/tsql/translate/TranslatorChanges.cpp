@@ -21,10 +21,6 @@ const NamedTable* findTarget(const TableRef& table, std::string_view name) {
     return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
 }
 
-bool isAmong(const TableColumn& column, const std::vector<const TableColumn*>& columns) {
-    return std::ranges::find(columns, &column) != columns.end();
-}
-
 }  // namespace
 
 const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
@@ -56,7 +52,8 @@ std::vector<const TableColumn*> Translator::absentDefaults(
     const TableInfo& target, const std::vector<const TableColumn*>& columns) const {
     std::vector<const TableColumn*> absent;
     for (const auto& column : target.columns)
-        if (!column.byDefault.empty() && !isAmong(column, columns)) absent.push_back(&column);
+        if (!column.byDefault.empty() && std::ranges::find(columns, &column) == columns.end())
+            absent.push_back(&column);
     return absent;
 }
 
