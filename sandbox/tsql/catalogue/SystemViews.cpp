@@ -269,7 +269,7 @@ std::string sessionList(const Storage& storage) {
         const auto blocks = [&, own = id, &database = entry.database](const auto& other) {
             return other.first != own && other.second.hasTransaction && other.second.database == database;
         };
-        const auto blocker = std::find_if(entries.begin(), entries.end(), blocks);
+        const auto blocker = std::ranges::find_if(entries, blocks);
         const double begin = std::chrono::duration<double>(entry.begin.time_since_epoch()).count();
         rows += (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(id) + " AS id, " +
                 std::to_string(begin) + " AS begin, " + quotedText(entry.host) + " AS host, " +

@@ -37,7 +37,7 @@ bool AppLocks::waitsFor(const void* session, const void* other, int depth) const
     const auto waiting = m_waiting.find(session);
     if (waiting == m_waiting.end() || depth > kLongestCircle) return false;
     const auto blockers = blockersOf(*waiting->second);
-    return std::any_of(blockers.begin(), blockers.end(), [&](const void* blocker) {
+    return std::ranges::any_of(blockers, [&](const void* blocker) {
         return blocker == other || waitsFor(blocker, other, depth + 1);
     });
 }
@@ -64,7 +64,7 @@ int AppLocks::acquire(const Lock& lock, std::chrono::milliseconds timeout,
 
 bool AppLocks::release(const std::string& resource, const void* session, bool ofTransaction) {
     const std::lock_guard guard(m_mutex);
-    const auto found = std::find_if(m_granted.begin(), m_granted.end(), [&](const Lock& held) {
+    const auto found = std::ranges::find_if(m_granted, [&](const Lock& held) {
         return held.resource == resource && held.session == session && held.ofTransaction == ofTransaction;
     });
     if (found == m_granted.end()) return false;

@@ -108,8 +108,7 @@ Flow Executor::run(const Fetch& fetch) {
     m_fetchStatus = found ? 0 : -1;
     if (fetch.into.empty()) {
         std::vector<Column> heads(columns.size());
-        std::transform(columns.begin(), columns.end(), heads.begin(),
-                       [](const auto& each) { return each.column; });
+        std::ranges::transform(columns, heads.begin(), [](const auto& each) { return each.column; });
         return sendTable(heads, rows);
     }
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {

@@ -12,8 +12,6 @@ namespace {
 constexpr const char* kVersionText =
     "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
 
-const SqlType kIdentity = decimalType(kMostDigits, 0);
-
 }  // namespace
 
 // ---- variables
@@ -38,7 +36,7 @@ const std::vector<Executor::Global>& Executor::globals() {
     static const std::vector<Global> table = {
         {"@@error", integer, [](Self self) -> Value { return self.m_error; }},
         {"@@rowcount", integer, [](Self self) -> Value { return self.m_rowCount; }},
-        {"@@identity", kIdentity, [](Self self) { return identityValue(self.m_identity); }},
+        {"@@identity", decimalType(kMostDigits, 0), [](Self self) { return identityValue(self.m_identity); }},
         {"@@trancount", integer, [](Self self) -> Value { return self.m_transactions; }},
         {"@@spid", simpleType(TypeId::SmallInt), [](Self self) -> Value { return self.m_spid; }},
         {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_settings.lockTimeout; }},

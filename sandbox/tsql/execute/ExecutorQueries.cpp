@@ -16,13 +16,9 @@ namespace {
 
 constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for cancellation
 
-// Whether the number of columns or values of an INSERT was wrong.
-bool isCountError(const SqlError& error) {
-    return error.number == message::kMoreInsertColumnsThanValues ||
-           error.number == message::kFewerInsertColumnsThanValues ||
-           error.number == message::kFewerSelectedThanInserted ||
-           error.number == message::kMoreSelectedThanInserted;
-}
+// The number of columns or values of an INSERT is wrong.
+constexpr int kCountErrors[] = {message::kMoreInsertColumnsThanValues, message::kFewerInsertColumnsThanValues,
+                                message::kFewerSelectedThanInserted, message::kMoreSelectedThanInserted};
 
 // Sink that passes rows to a function and everything else to the client.
 class DivertingSink final : public ResultSink {
@@ -187,7 +183,7 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
     for (const auto& name : names) {
         const TableColumn* column = target.column(name);
         if (!column) throw sqlError(message::kInvalidColumnName, {name});
-        if (std::find(columns.begin(), columns.end(), column) != columns.end())
+        if (std::ranges::find(columns, column) != columns.end())
             throw sqlError(message::kColumnSetTwice, {name});
         if (column->identity && !identityGiven) throw sqlError(message::kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
@@ -209,7 +205,8 @@ std::string Executor::insertText(const TableInfo& target, const std::vector<cons
         return insert.query ? translator.insertQuery(target, columns, insert)
                             : translator.insertRows(target, columns, insert);
     } catch (const SqlError& error) {
-        if (!insert.columns.empty() || !isCountError(error)) throw;
+        const bool isCount = std::ranges::find(kCountErrors, error.number) != std::end(kCountErrors);
+        if (!insert.columns.empty() || !isCount) throw;
         const bool more = insert.query ? error.number == message::kMoreSelectedThanInserted
                                        : insert.rows[0].size() == target.columns.size();
         if (more && target.identityColumn())
@@ -250,9 +247,8 @@ Flow Executor::run(const InsertBulk& bulk) {
     const bool keepsIdentity = identity && std::ranges::any_of(bulk.columns, [&](const auto& name) {
                                    return sameText(name, identity->name);
                                });
-    const Finally settingAgain(
-        [this, before = m_settings.identityInsert] { m_settings.identityInsert = before; });
-    if (keepsIdentity) m_settings.identityInsert = target.fullName();
+    const Temporarily keeping(m_settings.identityInsert,
+                              keepsIdentity ? target.fullName() : m_settings.identityInsert);
     const auto columns = insertColumns(target, bulk.columns, /*defaultValues=*/false);
     if (!bulk.sendRows) {
         m_bulk = bulk;

@@ -91,8 +91,8 @@ const Executor::SystemProcedure* Executor::systemProcedure(std::string_view name
         {"sp_datatype_info_100", kDatatypeInfoParameters, nullptr, kDatatypeInfo},
         {"sp_helpindex", "@objname nvarchar(776)", nullptr, kHelpIndex},
     };
-    const auto* found = std::find_if(std::begin(kProcedures), std::end(kProcedures),
-                                     [&](const auto& each) { return sameWord(each.name, name); });
+    const auto* found =
+        std::ranges::find_if(kProcedures, [&](const auto& each) { return sameWord(each.name, name); });
     return found == std::end(kProcedures) ? nullptr : found;
 }
 

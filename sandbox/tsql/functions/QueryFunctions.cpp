@@ -12,11 +12,6 @@ namespace {
 
 // --- session
 
-// (name); current value of the variable
-Value runVariable(const SqlCall& call) {
-    return call.context().session().variableValue(call.text(0));
-}
-
 // (database, name, argument...); a user-defined function
 Value runCall(const SqlCall& call) {
     return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
@@ -129,10 +124,6 @@ Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
 }
 
-// sys.types.system_type_id, in the order of TypeId.
-constexpr int kSystemTypeIds[] = {104, 48, 52, 56,  127, 106, 122, 60, 59, 62, 175, 167, 239,
-                                  231, 35, 99, 241, 40,  41,  61,  58, 42, 36, 173, 165, 34};
-
 Value familyOf(const SqlType& type) {
     return std::string(isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
                        : isText(type.id)     ? "t"
@@ -160,6 +151,30 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{isExact(type.id) ? precisionOf(type) : 0};
 }
 
+// --- TYPE_NAME and TYPE_ID
+
+// Names and numbers of the types, with those that are others here.
+std::vector<std::pair<std::string, int>> typeNumbers() {
+    std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
+    for (int i = 0; i <= static_cast<int>(TypeId::Image); ++i)
+        all.emplace_back(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
+    return all;
+}
+
+// (number)
+Value runNameOfType(const SqlCall& call) {
+    for (const auto& [name, id] : typeNumbers())
+        if (id == call.integer(0)) return name;
+    return Null{};
+}
+
+// (name)
+Value runIdOfType(const SqlCall& call) {
+    for (const auto& [name, id] : typeNumbers())
+        if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
+    return Null{};
+}
+
 // --- foreign keys in the system views
 
 // (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
@@ -167,14 +182,12 @@ Value runReferenced(const SqlCall& call) {
     const auto names = parseConstraint(call.text(0)).referencedColumns;
     return names.empty() ? Value(Null{}) : Value(commaList(names));
 }
-Value runCascades(const SqlCall& call) {
-    return std::int64_t{parseConstraint(call.text(0)).cascade};
-}
 
 constexpr auto kReach = Nulls::Reach;
 
 const ScalarFunction kQueryFunctions[] = {
-    {"ts_variable", runVariable, kReach, Purity::Varying},
+    {"ts_variable", [](const SqlCall& call) { return call.context().session().variableValue(call.text(0)); },
+     kReach, Purity::Varying},
     {"ts_call", runCall, kReach, Purity::Varying},
     {"ts_noted", runNoted, kReach, Purity::Varying},
     {"ts_single", runSingle, kReach},
@@ -184,10 +197,12 @@ const ScalarFunction kQueryFunctions[] = {
     {"ts_xml", runXml},
     {"ts_xml_value", runXmlValue},
     {"ts_referenced", runReferenced},
-    {"ts_cascades", runCascades},
+    {"ts_cascades",
+     [](const SqlCall& call) -> Value { return std::int64_t{parseConstraint(call.text(0)).cascade}; }},
+    {"ts_name_of_type", runNameOfType},
+    {"ts_id_of_type", runIdOfType},
     {"ts_type_name", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
-    {"ts_type_id",
-     runTypeFact<[](auto& type) -> Value { return kSystemTypeIds[static_cast<int>(type.id)]; }>},
+    {"ts_type_id", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
     {"ts_type_family", runTypeFact<familyOf>},
     {"ts_type_length", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
     {"ts_type_characters", runTypeFact<charactersOf>},

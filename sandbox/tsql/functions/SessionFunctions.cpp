@@ -25,12 +25,6 @@ Value runNewId(const SqlCall&) {
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
-// NULL where there is no value.
-template <typename T>
-Value orNull(const std::optional<T>& value) {
-    return value ? Value(*value) : Value(Null{});
-}
-
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
 // Returns the value of a property, or NULL for an unknown name.
@@ -64,11 +58,15 @@ struct SessionFunctions {
         return std::nullopt;
     }
 
-    static Value databaseName(const SqlCall& call) { return orNull(databaseArgument(call, 0)); }
+    static Value databaseName(const SqlCall& call) {
+        const auto name = databaseArgument(call, 0);
+        return name ? Value(*name) : Value(Null{});
+    }
 
     static Value databaseNumber(const SqlCall& call) {
-        return orNull(databaseId(session(call).storage(),
-                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
+        const auto id = databaseId(session(call).storage(),
+                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
+        return id ? Value(*id) : Value(Null{});
     }
 
     static Value databaseProperty(const SqlCall& call) {
@@ -233,6 +231,8 @@ const FunctionInfo kSessionFunctions[] = {
     {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
     {"col_name", "II", kName, S::columnName, kNulls, kVarying},
     {"columnproperty", "ITT", TypeId::Int, S::columnProperty, kNulls, kVarying},
+    {"type_name", "I", kName, "ts_name_of_type"},
+    {"type_id", "T", TypeId::Int, "ts_id_of_type"},
     {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
     {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},

@@ -201,10 +201,6 @@ Value runReplicate(const SqlCall& call) {
                     static_cast<std::size_t>(length == SqlType::kMax ? kMostOfMax : length));
 }
 
-Value runSpace(const SqlCall& call) {
-    return repeated(" ", call.integer(0), kLongest);
-}
-
 Value runReverse(const SqlCall& call) {
     std::string result(call.text(0));
     auto end = result.end();
@@ -360,7 +356,8 @@ const FunctionInfo kTextFunctions[] = {
     {"charindex", "CL[I", placeType, runCharIndex},
     {"patindex", "TL#", placeType, runPatIndex},
     {"replicate", "TI=", grownText, runReplicate},
-    {"space", "I", varcharType(kLongest), runSpace},
+    {"space", "I", varcharType(kLongest),
+     [](const SqlCall& call) { return repeated(" ", call.integer(0), kLongest); }},
     {"reverse", "T", sameText, runReverse},
     {"char", "I", SqlType{TypeId::Char, 1, 0, 0}, runChar},
     {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},

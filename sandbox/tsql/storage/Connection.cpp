@@ -113,12 +113,12 @@ void Connection::dropStatements() {
 }
 
 bool Connection::isAttached(std::string_view database) const {
-    return std::find(m_attached.begin(), m_attached.end(), databaseKey(database)) != m_attached.end();
+    return std::ranges::find(m_attached, databaseKey(database)) != m_attached.end();
 }
 
 std::string Connection::attach(std::string_view database) {
     const std::string key = databaseKey(database);
-    const auto found = std::find(m_attached.begin(), m_attached.end(), key);
+    const auto found = std::ranges::find(m_attached, key);
     if (found != m_attached.end()) {
         m_attached.splice(m_attached.begin(), m_attached, found);
         return quotedName(key);
@@ -152,7 +152,7 @@ void Connection::renewIndexes(const std::string& schema) {
 
 void Connection::detach(std::string_view database) {
     const std::string key = databaseKey(database);
-    const auto found = std::find(m_attached.begin(), m_attached.end(), key);
+    const auto found = std::ranges::find(m_attached, key);
     if (found == m_attached.end()) return;
     dropStatements();
     run("DETACH " + quotedName(key));
@@ -183,8 +183,7 @@ std::optional<std::int64_t> Connection::number(const std::string& sql, std::span
 // A statement in use, as in a recursive function, is not in the cache of idle statements and is prepared
 // again.
 sqlite3_stmt* Connection::borrow(const std::string& sql) {
-    const auto found =
-        std::find_if(m_idle.begin(), m_idle.end(), [&](const auto& idle) { return idle.first == sql; });
+    const auto found = std::ranges::find_if(m_idle, [&](const auto& idle) { return idle.first == sql; });
     if (found != m_idle.end()) {
         sqlite3_stmt* statement = found->second;
         m_idle.erase(found);

@@ -48,7 +48,7 @@ std::vector<std::string> namesIn(const fs::path& directory) {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(directory))
         if (entry.path().extension() == kExtension) names.push_back(decodeName(entry.path().stem().string()));
-    std::sort(names.begin(), names.end());
+    std::ranges::sort(names);
     return names;
 }
 
@@ -157,8 +157,8 @@ void Storage::rename(std::string_view name, std::string_view newName) {
 }
 
 bool Storage::isSystemDatabase(std::string_view name) {
-    return std::any_of(kSystemDatabases.begin(), kSystemDatabases.end(),
-                       [&](std::string_view system) { return sameText(system, name); });
+    return std::ranges::any_of(kSystemDatabases,
+                               [&](std::string_view system) { return sameText(system, name); });
 }
 
 void Storage::use(const std::string& key, int change) {

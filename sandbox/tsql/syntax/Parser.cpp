@@ -87,7 +87,7 @@ bool Parser::accept(std::string_view phrase) {
 }
 
 bool Parser::acceptAny(std::initializer_list<std::string_view> phrases) {
-    return std::any_of(phrases.begin(), phrases.end(), [this](auto each) { return accept(each); });
+    return std::ranges::any_of(phrases, [this](auto each) { return accept(each); });
 }
 
 void Parser::expect(std::string_view phrase) {

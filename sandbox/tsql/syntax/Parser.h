@@ -43,8 +43,8 @@ class Parser {
     // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
     template <typename Table>
     auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
-        const auto found = std::find_if(std::begin(table), std::end(table),
-                                        [this](const auto& each) { return accept(each.first); });
+        const auto found =
+            std::ranges::find_if(table, [this](const auto& each) { return accept(each.first); });
         return found == std::end(table) ? nullptr : &found->second;
     }
     std::int64_t expectInteger();

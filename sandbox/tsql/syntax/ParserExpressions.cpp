@@ -59,7 +59,7 @@ ExprPtr make(int line, Expr::Node node) {
 }
 
 bool contains(std::span<const std::string_view> words, std::string_view word) {
-    return std::any_of(words.begin(), words.end(), [&](auto each) { return sameWord(each, word); });
+    return std::ranges::any_of(words, [&](auto each) { return sameWord(each, word); });
 }
 
 ExprPtr asValue(const Parser& in, ExprPtr expr) {
@@ -316,8 +316,8 @@ ExprPtr Parser::operators(int loosest) {
     Level level = kOperand;
     for (int chain = 0;; checkChain(++chain)) {
         const bool negated = at("NOT IN") || at("NOT LIKE") || at("NOT BETWEEN");
-        const auto* next = std::find_if(std::begin(kOperators), std::end(kOperators),
-                                        [&](const auto& each) { return at(each.phrase, negated); });
+        const auto* next =
+            std::ranges::find_if(kOperators, [&](const auto& each) { return at(each.phrase, negated); });
         if (next == std::end(kOperators) || next->level < loosest) return left;
         if (next->level != std::exchange(level, next->level)) chain = 0;
         const int line = peek().line;

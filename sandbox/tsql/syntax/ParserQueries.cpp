@@ -209,9 +209,9 @@ bool acceptStar(Parser& in, SelectItem& item) {
 }
 
 bool atAssignment(const Parser& in) {
-    return in.atVariable() &&
-           (in.at("=", 1) || std::any_of(std::begin(kAssignments), std::end(kAssignments),
-                                         [&](const auto& each) { return in.at(each.first, 1); }));
+    return in.atVariable() && (in.at("=", 1) || std::ranges::any_of(kAssignments, [&](const auto& each) {
+                                   return in.at(each.first, 1);
+                               }));
 }
 
 }  // namespace

@@ -37,8 +37,8 @@ bool hasWord(std::string_view words, const std::string& word) {
 }
 
 void checkSetting(const std::string& name, const std::string& value, int line) {
-    const auto* setting = std::find_if(std::begin(kSettings), std::end(kSettings),
-                                       [&](const auto& each) { return hasWord(each.second, name); });
+    const auto* setting =
+        std::ranges::find_if(kSettings, [&](const auto& each) { return hasWord(each.second, name); });
     if (setting == std::end(kSettings)) throw SyntaxError(sqlError(message::kUnknownSetOption, {name}), line);
     const bool isNumber = value.find_first_not_of("-0123456789") == std::string::npos;
     if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))

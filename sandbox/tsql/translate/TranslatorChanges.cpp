@@ -21,10 +21,6 @@ const NamedTable* findTarget(const TableRef& table, std::string_view name) {
     return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
 }
 
-bool isAmong(const TableColumn& column, const std::vector<const TableColumn*>& columns) {
-    return std::find(columns.begin(), columns.end(), &column) != columns.end();
-}
-
 }  // namespace
 
 const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
@@ -56,7 +52,8 @@ std::vector<const TableColumn*> Translator::absentDefaults(
     const TableInfo& target, const std::vector<const TableColumn*>& columns) const {
     std::vector<const TableColumn*> absent;
     for (const auto& column : target.columns)
-        if (!column.byDefault.empty() && !isAmong(column, columns)) absent.push_back(&column);
+        if (!column.byDefault.empty() && std::ranges::find(columns, &column) == columns.end())
+            absent.push_back(&column);
     return absent;
 }
 
@@ -175,9 +172,8 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
     std::string list;
     for (const auto& clause : update.sets) {
         if (clause.variable.empty()) continue;
-        const bool read = std::any_of(m_parameters.begin(), m_parameters.end(), [&](const Parameter& each) {
-            return sameWord(each.variable, clause.variable);
-        });
+        const bool read = std::ranges::any_of(
+            m_parameters, [&](const Parameter& each) { return sameWord(each.variable, clause.variable); });
         if (update.output || read)
             throw unsupported(
                 "UPDATE ... SET @variable = column with OUTPUT or with the variable's own value");
@@ -242,9 +238,8 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         returning(target, update.output, "inserted", update.sets) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
-        const auto set = std::find_if(update.sets.begin(), update.sets.end(), [&](const SetClause& clause) {
-            return sameText(clause.column, column.name);
-        });
+        const auto set = std::ranges::find_if(
+            update.sets, [&](const SetClause& clause) { return sameText(clause.column, column.name); });
         kept += ", " +
                 (set == update.sets.end() ? "present." + quotedName(column.name)
                                           : "given.v" + std::to_string(set - update.sets.begin())) +

@@ -79,8 +79,8 @@ Typed Translator::parameter(std::string_view name) {
             throw unsupported("SELECT @variable = ... of the same variable with ORDER BY");
         return {live->second, type};
     }
-    auto found = std::find_if(m_parameters.begin(), m_parameters.end(),
-                              [&](const Parameter& each) { return sameWord(each.variable, name); });
+    auto found = std::ranges::find_if(m_parameters,
+                                      [&](const Parameter& each) { return sameWord(each.variable, name); });
     if (found == m_parameters.end()) found = m_parameters.insert(found, {std::string(name)});
     return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
 }

@@ -24,8 +24,8 @@ bool isRecursive(const CommonTable& table) {
     const auto* next = operation && operation->op == SetOp::UnionAll
                            ? std::get_if<Select>(&operation->right->body)
                            : nullptr;
-    return next && std::any_of(next->from.begin(), next->from.end(),
-                               [&](const auto& from) { return reads(*from, table.name); });
+    return next &&
+           std::ranges::any_of(next->from, [&](const auto& from) { return reads(*from, table.name); });
 }
 
 bool hasVarBinary(const QueryText& text) {

@@ -260,9 +260,8 @@ std::string formatDateTime(const DateTime& value, const SqlType& type, int style
 
 std::optional<DatePart> findDatePart(std::string_view name) {
     const std::string wanted = ' ' + lowerAscii(name) + ' ';
-    const auto found = std::find_if(std::begin(kParts), std::end(kParts), [&](const PartFacts& facts) {
-        return facts.names.find(wanted) != std::string_view::npos;
-    });
+    const auto found = std::ranges::find_if(
+        kParts, [&](const PartFacts& facts) { return facts.names.find(wanted) != std::string_view::npos; });
     if (found == std::end(kParts)) return std::nullopt;
     return static_cast<DatePart>(found - std::begin(kParts));
 }

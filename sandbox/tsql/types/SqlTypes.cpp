@@ -19,37 +19,38 @@ struct TypeFacts {
     int precedence;  // T-SQL's type precedence; the operand with the lower one is converted
     int precision;   // decimal digits of exact types
     int scale;
-    int bytes;  // per value; per character or byte if the type has a length
+    int bytes;     // per value; per character or byte if the type has a length
+    int systemId;  // sys.types.system_type_id
 };
 
 // In the order of TypeId.
 constexpr std::array<TypeFacts, 26> kTypes = {{
-    {"bit", 12, 1, 0, 1},
-    {"tinyint", 13, 3, 0, 1},
-    {"smallint", 14, 5, 0, 2},
-    {"int", 15, 10, 0, 4},
-    {"bigint", 16, 19, 0, 8},
-    {"decimal", 19, 18, 0, 17},
-    {"smallmoney", 17, 10, 4, 4},
-    {"money", 18, 19, 4, 8},
-    {"real", 20, 0, 0, 4},
-    {"float", 21, 0, 0, 8},
-    {"char", 3, 0, 0, 1},
-    {"varchar", 4, 0, 0, 1},
-    {"nchar", 5, 0, 0, 2},
-    {"nvarchar", 6, 0, 0, 2},
-    {"text", 10, 0, 0, 16},
-    {"ntext", 11, 0, 0, 16},
-    {"xml", 28, 0, 0, -1},
-    {"date", 23, 0, 0, 3},
-    {"time", 22, 0, 7, 5},
-    {"datetime", 25, 0, 3, 8},
-    {"smalldatetime", 24, 0, 0, 4},
-    {"datetime2", 26, 0, 7, 8},
-    {"uniqueidentifier", 7, 0, 0, 16},
-    {"binary", 1, 0, 0, 1},
-    {"varbinary", 2, 0, 0, 1},
-    {"image", 9, 0, 0, 16},
+    {"bit", 12, 1, 0, 1, 104},
+    {"tinyint", 13, 3, 0, 1, 48},
+    {"smallint", 14, 5, 0, 2, 52},
+    {"int", 15, 10, 0, 4, 56},
+    {"bigint", 16, 19, 0, 8, 127},
+    {"decimal", 19, 18, 0, 17, 106},
+    {"smallmoney", 17, 10, 4, 4, 122},
+    {"money", 18, 19, 4, 8, 60},
+    {"real", 20, 0, 0, 4, 59},
+    {"float", 21, 0, 0, 8, 62},
+    {"char", 3, 0, 0, 1, 175},
+    {"varchar", 4, 0, 0, 1, 167},
+    {"nchar", 5, 0, 0, 2, 239},
+    {"nvarchar", 6, 0, 0, 2, 231},
+    {"text", 10, 0, 0, 16, 35},
+    {"ntext", 11, 0, 0, 16, 99},
+    {"xml", 28, 0, 0, -1, 241},
+    {"date", 23, 0, 0, 3, 40},
+    {"time", 22, 0, 7, 5, 41},
+    {"datetime", 25, 0, 3, 8, 61},
+    {"smalldatetime", 24, 0, 0, 4, 58},
+    {"datetime2", 26, 0, 7, 8, 42},
+    {"uniqueidentifier", 7, 0, 0, 16, 36},
+    {"binary", 1, 0, 0, 1, 173},
+    {"varbinary", 2, 0, 0, 1, 165},
+    {"image", 9, 0, 0, 16, 34},
 }};
 
 const TypeFacts& facts(TypeId id) {
@@ -230,6 +231,10 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
 
 std::string_view baseName(TypeId id) {
     return facts(id).name;
+}
+
+int systemId(TypeId id) {
+    return facts(id).systemId;
 }
 
 std::string displayName(const SqlType& type) {

@@ -20,6 +20,7 @@ enum class TypeUse { Declaration, Cast };
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use);
 
 std::string_view baseName(TypeId id);          // "varchar"
+int systemId(TypeId id);                       // sys.types.system_type_id
 std::string displayName(const SqlType& type);  // "varchar(20)", "decimal(18,2)", "nvarchar(max)"
 
 // A type as one integer, the form in which it is passed to functions registered in SQLite.

@@ -132,7 +132,7 @@ std::string_view trimmed(std::string_view text) {
 
 std::vector<std::string> listItems(std::string_view text) {
     std::string line(text);
-    std::replace(line.begin(), line.end(), '\n', ' ');
+    std::ranges::replace(line, '\n', ' ');
     std::vector<std::string> items;
     for (std::size_t at = 0, end = 0; at < line.size(); at = end + 1) {
         end = std::min(line.find(';', at), line.size());

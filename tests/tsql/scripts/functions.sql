@@ -89,3 +89,4 @@ SET ROWCOUNT 1 INSERT TOP (2) topped (a) SELECT 6 UNION ALL SELECT 6 SET ROWCOUN
 --> (1 changed)
 --> n int* | a int? = 1 | 1; 2 | 2; 3 | 4; 4 | 6 (4 rows)
 INSERT TOP (1) topped (a) EXEC ('SELECT 1') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support INSERT TOP ... EXECUTE.
+SELECT TYPE_NAME(231) a, TYPE_NAME(256) b, TYPE_NAME(1) c, TYPE_ID('[datetime]') d, TYPE_ID('sys.sysname') e, TYPE_ID('dbo.nothing') f, TYPE_ID('numeric') g, TYPE_NAME(NULL) h --> a nvarchar(128)? = nvarchar | b nvarchar(128)? = sysname | c nvarchar(128)? = NULL | d int? = 61 | e int? = 256 | f int? = NULL | g int? = 108 | h nvarchar(128)? = NULL (1 rows)
