@@ -5,6 +5,7 @@
 #include <charconv>
 #include <iterator>
 #include <map>
+#include <ranges>
 #include <stdexcept>
 #include <type_traits>
 
@@ -50,13 +51,9 @@ std::size_t numberIn(std::string_view text, std::size_t least, std::size_t most)
     return number;
 }
 
-std::vector<std::string> elementsOf(const std::string& text) {
-    std::vector<std::string> elements;
-    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
-        end = text.find(',', start);
-        elements.push_back(text.substr(start, end - start));
-    }
-    return elements;
+void addNames(Options& options, const char* value) {
+    for (const auto name : std::views::split(std::string_view(value), ','))
+        options.selfSignedNames.emplace_back(name.begin(), name.end());
 }
 
 // An option of the command line.
@@ -93,7 +90,7 @@ constexpr Entry kEntries[] = {
     {"tls-key", "FILE", "PEM file of its key",
      [](Options& options, const char* value) { options.tlsFiles.key = value; }},
     {"tls-self-signed", "NAME,...", "create the two files above for these host names and addresses",
-     [](Options& options, const char* value) { options.selfSignedNames = elementsOf(value); }},
+     addNames},
     {"encryption", "MODE", "none, login, on or required (with --tls-cert: on; else none)",
      [](Options& options, const char* value) { options.encryption = valueNamed(value, kEncryptionModes); }},
     {"tls-max", "VERSION", "newest TLS version: 1.1, 1.2 or 1.3 (1.2)",

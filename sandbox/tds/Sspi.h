@@ -17,29 +17,39 @@ class SspiError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Owner of what GSSAPI has allocated.
+template <typename T, auto Release>
+struct GssOwner {
+    GssOwner() = default;
+    GssOwner(const GssOwner&) = delete;
+    GssOwner& operator=(const GssOwner&) = delete;
+    ~GssOwner() {
+        OM_uint32 minor = 0;
+        Release(&minor, &value);
+    }
+    T value{};
+};
+
 // Keys of the server's service principals. Thread-safe.
 class Keytab {
   public:
     // Throws SspiError for a file that cannot be read or has no keys.
     explicit Keytab(const std::filesystem::path& file);
-    ~Keytab();
-    Keytab(const Keytab&) = delete;
-    Keytab& operator=(const Keytab&) = delete;
-
-    gss_cred_id_t credentials() const { return m_credentials; }
+    gss_cred_id_t credentials() const { return m_credentials.value; }
 
   private:
-    gss_cred_id_t m_credentials = GSS_C_NO_CREDENTIAL;
+    GssOwner<gss_cred_id_t, gss_release_cred> m_credentials;
 };
+
+inline void deleteContext(OM_uint32* minor, gss_ctx_id_t* context) {
+    gss_delete_sec_context(minor, context, GSS_C_NO_BUFFER);
+}
 
 // Authentication of one client.
 class SspiContext {
   public:
     // The keytab must outlive the context.
     explicit SspiContext(const Keytab& keytab) : m_keytab(keytab) {}
-    ~SspiContext();
-    SspiContext(const SspiContext&) = delete;
-    SspiContext& operator=(const SspiContext&) = delete;
 
     // Accepts the client's next token and returns the token to send back, which may be empty. Throws
     // SspiError.
@@ -50,7 +60,7 @@ class SspiContext {
 
   private:
     const Keytab& m_keytab;
-    gss_ctx_id_t m_context = GSS_C_NO_CONTEXT;
+    GssOwner<gss_ctx_id_t, deleteContext> m_context;
     std::string m_client;
 };
 
