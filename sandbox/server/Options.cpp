@@ -5,7 +5,7 @@
 #include <charconv>
 #include <iterator>
 #include <map>
-#include <ranges>
+#include <sstream>
 #include <stdexcept>
 #include <type_traits>
 
@@ -52,8 +52,8 @@ std::size_t numberIn(std::string_view text, std::size_t least, std::size_t most)
 }
 
 void addNames(Options& options, const char* value) {
-    for (const auto name : std::views::split(std::string_view(value), ','))
-        options.selfSignedNames.emplace_back(name.begin(), name.end());
+    std::istringstream names(value);
+    for (std::string name; std::getline(names, name, ',');) options.selfSignedNames.push_back(name);
 }
 
 // An option of the command line.
