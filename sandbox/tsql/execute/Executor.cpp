@@ -132,11 +132,9 @@ bool Executor::insertBulk(const RowSource& sendRows, ResultSink& sink) {
     Frame frame;
     const RequestEnd end = run(sink, frame, [&] {
         if (!m_bulk) throw SyntaxError(unsupported("rows without INSERT BULK"), 1);
-        auto bulk = std::make_unique<Statement>(Statement{1, *std::exchange(m_bulk, std::nullopt)});
-        std::get<InsertBulk>(bulk->node).sendRows = sendRows;
-        Block block;
-        block.push_back(std::move(bulk));
-        runFrame(block, frame);
+        InsertBulk bulk = *std::exchange(m_bulk, std::nullopt);
+        bulk.sendRows = sendRows;
+        inFrame(frame, [&] { guarded(1, [&] { return this->run(bulk); }); });
     });
     return end != RequestEnd::SessionEnded;
 }
