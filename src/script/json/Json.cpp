@@ -119,7 +119,7 @@ Json::Json(std::initializer_list<std::pair<const char*, Json>> members) : m_valu
 }
 
 Json& Json::operator[](std::string_view name) {
-    if (is_null()) m_value = Members();
+    if (isNull()) m_value = Members();
     if (const Json* const known = find(name)) return const_cast<Json&>(*known);
     return append(std::string(name), Json());
 }

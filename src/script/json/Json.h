@@ -43,12 +43,11 @@ class Json {
     bool isArray() const { return std::holds_alternative<Elements>(m_value); }
     bool isObject() const { return std::holds_alternative<Members>(m_value); }
     bool isText() const { return std::holds_alternative<std::string>(m_value); }
-    bool is_null() const { return std::holds_alternative<std::nullptr_t>(m_value); }
+    bool isNull() const { return std::holds_alternative<std::nullptr_t>(m_value); }
     const Value& value() const { return m_value; }
     const Elements& elements() const { return std::get<Elements>(m_value); }
     const Members& members() const { return std::get<Members>(m_value); }
-    // Return an object's member. Null, an empty string, `unknown`, false: it has none of
-    // that name and type.
+    // Return an object's member. Null, an empty string, `unknown`, false: it has none of that name and type.
     const Json* find(std::string_view name) const;
     std::string memberText(std::string_view name) const;
     std::int64_t memberNumber(std::string_view name, std::int64_t unknown = 0) const;

@@ -118,7 +118,7 @@ Diagnosis diagnosisOf(const ScriptOptions& options, const RunResult& result) {
         result.interrupted ? FailureReport() : describeFailure(options.request, result, diagnosis);
     if (options.json) {
         Json value = jsonOf(options, result, &failure);
-        if (!report.json.is_null()) value["failure"] = report.json;
+        if (!report.json.isNull()) value["failure"] = report.json;
         writeRunResult(target, jsonText(value));
     } else if (diagnosis.scriptRan) {
         writeOutput(target, result.output, followed);

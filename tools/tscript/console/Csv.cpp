@@ -28,7 +28,7 @@ std::string csvLine(const Json& object) {
         isFirst = false;
         if (const auto* text = std::get_if<std::string>(&value.value()))
             line += csvField(*text);
-        else if (!value.is_null())
+        else if (!value.isNull())
             line += jsonLine(value);
     }
     return line + kLineEnd;
