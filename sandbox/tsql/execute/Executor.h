@@ -85,11 +85,12 @@ class Executor final : public NameResolver, public FunctionSession {
     void within(const StoredModule& query, const std::function<void()>& work) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
-    Value callFunction(std::string_view database, std::string_view name,
+    Value callFunction(std::string_view database, std::string_view key,
                        std::span<const CellView> arguments) override;
     const Storage& storage() const override { return m_storage; }
     std::string databaseOf(const ast::ObjectName& name) const override;
     Catalogue catalogue(const ast::ObjectName& name) override;
+    std::optional<ObjectInfo> object(const ast::ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
@@ -213,7 +214,7 @@ class Executor final : public NameResolver, public FunctionSession {
                    const std::string& filter);
     void addIndex(Catalogue& catalogue, const TableInfo& table, const ast::CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
-    void dropIndex(const ast::ObjectName& name, bool ifExists);
+    void dropIndex(const ast::AlterIndex& index, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
@@ -223,6 +224,9 @@ class Executor final : public NameResolver, public FunctionSession {
     void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
+    Flow run(const ast::CreateSchema& create);
+    Flow run(const ast::TransferObject& transfer);
+    void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
     void dropTable(const TableInfo& table);
@@ -312,6 +316,7 @@ class Executor final : public NameResolver, public FunctionSession {
     static const std::vector<Global>& globals();
     static const Global& global(std::string_view name);
     static std::string asWritten(const ast::ObjectName& name);
+    static ObjectInfo newObject(const Catalogue& owner, const ast::ObjectName& name, std::string_view type);
     TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     const Variable& local(std::string_view name);

@@ -36,10 +36,12 @@ std::string_view typeOf(const CreateModule& module) {
 
 void Executor::within(const StoredModule& query, const std::function<void()>& work) {
     for (const Frame* frame : m_frames)
-        if (frame->procedure == query.name && frame->database == query.database)
+        if (storedName(frame->schemaName, frame->procedure) == storedName(query.schemaName, query.name) &&
+            frame->database == query.database)
             throw sqlError(message::kSelfReference, {query.name});
     Frame frame;
     frame.procedure = query.name;
+    frame.schemaName = query.schemaName;
     frame.database = query.database;
     frame.isQuery = true;
     frame.declare(*query.module);
@@ -48,7 +50,8 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
 
 // Returns the columns of a view or table-valued function, found by translating its query.
 std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
-    const StoredModule stored{databaseOf(module.name), module.name.name, nullptr, &module};
+    const StoredModule stored{databaseOf(module.name), module.name.schema, module.name.name, nullptr,
+                              &module};
     std::vector<TableColumn> columns;
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
@@ -67,6 +70,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
 void Executor::checkBody(const CreateModule& module) {
     Frame frame;
     frame.procedure = module.name.name;
+    frame.schemaName = module.name.schema;
     frame.declare(module);
     inFrame(frame, [&] { check(module.body); });
     dropTemporaryTables(frame);
@@ -78,12 +82,12 @@ Flow Executor::run(const CreateModule& module) try {
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     checkBody(module);
     define(module.name, [&](Catalogue& owner) {
-        const std::string& name = module.name.name;
-        const auto existing = owner.find(name);
+        const auto existing = owner.find(storedName(module.name.schema, module.name.name));
         if (existing && (!module.alter || existing->type != type))
-            throw sqlError(message::kObjectExists, {name}, 3);
-        if (!existing && !module.create) throw sqlError(message::kInvalidObjectName, {name}, 6);
-        ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type)});
+            throw sqlError(message::kObjectExists, {module.name.name}, 3);
+        if (!existing && !module.create)
+            throw sqlError(message::kInvalidObjectName, {asWritten(module.name)}, 6);
+        ObjectInfo object = existing ? *existing : newObject(owner, module.name, type);
         object.source = m_text;
         const std::string_view verb = tokenize(m_text).front().raw;
         const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
@@ -107,19 +111,18 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
 
 // The sp_ procedures of master use the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
-    const bool known = name.database.empty() || m_storage.exists(name.database);
-    if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
-        return std::nullopt;
+    if (isTemporaryName(name.name)) return std::nullopt;
     ObjectName place = name;
-    auto found = catalogue(place).find(name.name);
+    auto found = object(place);
     if ((!found || found->type != type) && name.database.empty() &&
         lowerAscii(name.name).starts_with("sp_")) {
         place.database = "master";
-        found = catalogue(place).find(name.name);
+        found = object(place);
     }
     if (!found || found->type != type) return std::nullopt;
     const auto batch = parsed(found->source);
-    return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch), found->id};
+    return StoredModule{databaseOf(place), found->schemaName, found->name, batch,
+                        &moduleOf(*batch), found->id};
 }
 
 // Runs `work` with `frame` as the current frame.
@@ -256,7 +259,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     if (system) {
         const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
                                  std::string(system->parameters) + " AS " + std::string(system->text));
-        procedure = StoredModule{databaseOf(name), std::string(system->name), head, &moduleOf(*head)};
+        procedure = StoredModule{databaseOf(name), "sys", std::string(system->name), head, &moduleOf(*head)};
     }
     if (!procedure && Executor::module(name, objectType::kFunction))
         throw unsupported("EXECUTE of a function");
@@ -264,6 +267,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     const CreateModule& module = *procedure->module;
     frame.procedure = procedure->name;
     frame.procedureId = procedure->id;
+    frame.schemaName = procedure->schemaName;
     frame.database = procedure->database;
     frame.returned = std::int64_t{0};
     const int transactions = m_transactions;
@@ -343,15 +347,17 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
 }
 
 // SQLite calls this for every row of a query that contains the function.
-Value Executor::callFunction(std::string_view database, std::string_view name,
+Value Executor::callFunction(std::string_view database, std::string_view key,
                              std::span<const CellView> arguments) {
-    const ObjectName object{std::string(database), "dbo", std::string(name), m_line};
+    const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key)),
+                            m_line};
     Frame frame;
     const auto function = Executor::module(object, objectType::kFunction);
     if (!function) throw sqlError(message::kInvalidObjectName, {object.name});
     const CreateModule& module = *function->module;
     frame.procedure = function->name;
     frame.procedureId = function->id;
+    frame.schemaName = function->schemaName;
     frame.database = function->database;
     frame.isFunction = true;
     frame.returnType = module.returns;

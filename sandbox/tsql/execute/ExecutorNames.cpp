@@ -116,17 +116,38 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         if (found == tables.end()) throw sqlError(message::kUndeclaredTableVariable, {name.name});
         return found->second.info;
     }
-    if (!name.schema.empty() && !sameWord(name.schema, "dbo") && !name.name.starts_with('#'))
-        return std::nullopt;
     if (m_checking && name.name.starts_with('#')) return std::nullopt;
     if (!m_connection.inTransaction()) m_knownTables.clear();
-    const std::string key = databaseOf(name) + '/' + name.name;
+    const std::string& schemaName = name.schema.empty() ? m_frames.back()->schemaName : name.schema;
+    const std::string key = databaseOf(name) + '/' + schemaName + '/' + name.name;
     if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
+    const auto found = object(name);
+    if (!found || found->type != objectType::kTable) return std::nullopt;
+    TableInfo table = catalogue(name).tableOf(*found);
+    if (awaitsTransaction()) begin({});
+    if (m_connection.inTransaction()) m_knownTables.emplace(key, table);
+    return table;
+}
+
+// An unqualified name in a module means an object of the module's schema or, if it has none, of dbo.
+std::optional<ObjectInfo> Executor::object(const ObjectName& name) {
     if (!name.database.empty() && !m_storage.exists(name.database)) return std::nullopt;
-    auto found = catalogue(name).table(name.name);
-    if (found && awaitsTransaction()) begin({});
-    if (found && m_connection.inTransaction()) m_knownTables.emplace(key, *found);
-    return found;
+    const Catalogue owner = catalogue(name);
+    if (owner.isTemporary()) return owner.find(name.name);
+    const bool isPlain = name.schema.empty() && name.database.empty() && !m_frames.empty();
+    const std::string key = storedName(isPlain ? m_frames.back()->schemaName : name.schema, name.name);
+    auto found = owner.find(key);
+    return found || !isPlain || key == name.name ? found : owner.find(name.name);
+}
+
+// Returns an object that is about to be created. Throws error 2760 if there is no such schema.
+ObjectInfo Executor::newObject(const Catalogue& owner, const ObjectName& name, std::string_view type) {
+    ObjectInfo object{0, name.name, std::string(type)};
+    if (name.schema.empty() || owner.isTemporary()) return object;
+    const auto schema = owner.schemaNamed(name.schema);
+    if (!schema || schema->isOfSystem) throw sqlError(message::kUnknownSchema, {name.schema});
+    object.schemaName = schema->name;
+    return object;
 }
 
 std::string Executor::asWritten(const ObjectName& name) {

@@ -412,9 +412,9 @@ Flow Executor::run(const Delete& statement) {
 Flow Executor::run(const Truncate& truncate) {
     claim(truncate.table);
     const TableInfo target = table(truncate.table, message::kTruncatedTableNotFound);
-    for (const auto& key : catalogue(truncate.table).keysTo(target.name))
-        if (!sameText(key.table, target.name))
-            throw sqlError(message::kTruncatedTableReferenced, {target.name});
+    for (const auto& key : catalogue(truncate.table).keysTo(target.id))
+        if (key.parent != target.id)
+            throw sqlError(message::kTruncatedTableReferenced, {asWritten(truncate.table)});
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);

@@ -101,7 +101,7 @@ int Executor::helpText(const Frame& frame) {
     if (!textOf(frame, "@columnname").empty()) throw unsupported("sp_helptext with a column");
     ObjectName name = parseObjectName(textOf(frame, "@objname"));
     if (name.database.empty()) name.database = frame.database;
-    const auto found = catalogue(name).find(name.name);
+    const auto found = object(name);
     if (!found) throw sqlError(message::kInvalidObject, {name.name, name.database});
     if (found->source.empty()) throw sqlError(message::kNoTextOfObject, {name.name});
     constexpr std::size_t kWidest = 255;

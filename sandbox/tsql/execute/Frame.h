@@ -50,6 +50,7 @@ struct Frame {
     std::string procedure;         // empty in a batch
     std::int64_t procedureId = 0;  // @@PROCID
     std::string database;          // of unqualified names; empty: the session's
+    std::string schemaName;        // of a module: unqualified names are first looked up in it
     WordMap<Variable> variables;
     Cursors cursors;                       // LOCAL cursors
     std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()

@@ -12,7 +12,7 @@ namespace {
 
 // --- session
 
-// (database, name, argument...); a user-defined function
+// (database, key, argument...); a user-defined function
 Value runCall(const SqlCall& call) {
     return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
 }
@@ -196,6 +196,8 @@ const ScalarFunction kQueryFunctions[] = {
     {"ts_split", runSplit},
     {"ts_xml", runXml},
     {"ts_xml_value", runXmlValue},
+    {"ts_schema_of", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
+    {"ts_bare_name", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
     {"ts_referenced", runReferenced},
     {"ts_cascades",
      [](const SqlCall& call) -> Value { return std::int64_t{parseConstraint(call.text(0)).cascade}; }},

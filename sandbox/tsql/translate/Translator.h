@@ -25,6 +25,7 @@ namespace tsql {
 // A stored view or function.
 struct StoredModule {
     std::string database;
+    std::string schemaName;
     std::string name;
     std::shared_ptr<const void> text;  // owns `module`
     const ast::CreateModule* module = nullptr;
@@ -59,8 +60,9 @@ struct SourceColumn {
 struct Source {
     std::string exposed;  // name in the T-SQL text
     std::string database;
-    std::string rowid;  // SQL of the row id; empty: not a stored table
-    std::string table;  // qualified name in SQLite; empty likewise
+    std::string schemaName;  // empty: an alias, or not a stored table
+    std::string rowid;       // SQL of the row id; empty: not a stored table
+    std::string table;       // qualified name in SQLite; empty likewise
     std::vector<SourceColumn> columns;
 };
 
@@ -178,6 +180,7 @@ class Translator {
     std::vector<Typed> values(const std::vector<ast::ExprPtr>& exprs);
     Typed parameter(std::string_view name);
     static std::string liveValue(const std::string& key);
+    static bool isNamed(const Source& source, std::span<const std::string> qualifier);
     const SourceColumn* findColumn(const ast::ColumnRef& column, Scope& scope, const Source*& source);
 
     // ---- queries (TranslatorQueries.cpp)

@@ -24,6 +24,7 @@ const NamedTable* findTarget(const TableRef& table, std::string_view name) {
 }  // namespace
 
 const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
+    if (!name.schema.empty()) return name;
     for (const auto& table : from)
         if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
     return name;
@@ -190,8 +191,12 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
     std::string sql = this->from(from);
     std::string other;  // the table under an alias: changed if it occurs only once
     for (const auto& source : m_scope->sources) {
-        if (sameText(source.exposed, name.name)) rowid = source.rowid;
-        if (source.table != target.sqlName()) continue;
+        const bool isNamedSo = sameText(source.exposed, name.name);
+        const bool isTarget = source.table == target.sqlName();
+        if (isNamedSo && !isTarget && name.schema.empty())
+            throw sqlError(message::kAmbiguousTable, {name.name});
+        if (!isTarget) continue;
+        if (isNamedSo) rowid = source.rowid;
         other = other.empty() ? source.rowid : "twice";
     }
     if (rowid.empty() && other == "twice") throw sqlError(message::kAmbiguousTable, {name.name});

@@ -85,12 +85,21 @@ Typed Translator::parameter(std::string_view name) {
     return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
 }
 
+// qualifier: [database .] [schema .] table; empty for any source.
+bool Translator::isNamed(const Source& source, std::span<const std::string> qualifier) {
+    const std::string* const names[] = {&source.exposed, &source.schemaName, &source.database};
+    for (std::size_t i = 0; i < std::min(qualifier.size(), std::size(names)); ++i) {
+        const std::string& part = qualifier[qualifier.size() - 1 - i];
+        if (!part.empty() && !sameText(part, *names[i])) return false;
+    }
+    return true;
+}
+
 const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope, const Source*& source) {
     const std::string& name = column.path.back();
     const SourceColumn* found = nullptr;
     for (const auto& each : scope.sources) {
-        if (column.path.size() > 1 && !sameText(column.path[column.path.size() - 2], each.exposed)) continue;
-        if (column.path.size() > 3 && !sameText(column.path[0], each.database)) continue;
+        if (!isNamed(each, std::span(column.path).first(column.path.size() - 1))) continue;
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
             if (!sameText(candidate.name, name)) continue;
@@ -246,7 +255,8 @@ Typed Translator::userCall(const Call& call) {
     const auto function = m_names.module(call.name, objectType::kFunction);
     if (!function)
         throw sqlError(message::kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
-    std::string sql = "ts_call(" + quotedText(function->database) + ", " + quotedText(function->name);
+    std::string sql = "ts_call(" + quotedText(function->database) + ", " +
+                      quotedText(storedName(function->schemaName, function->name));
     for (const auto& argument : argumentsOf(*function, call.arguments)) sql += ", " + argument;
     return {sql + ")", function->module->returns};
 }
@@ -257,7 +267,7 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
     if (arguments.size() != parameters.size())
         throw sqlError(
             arguments.size() < parameters.size() ? message::kTooFewArguments : message::kTooManyArguments,
-            {"dbo." + function.name});
+            {function.schemaName + "." + function.name});
     std::vector<std::string> values;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const auto& given = arguments[i] ? arguments[i] : parameters[i].value;

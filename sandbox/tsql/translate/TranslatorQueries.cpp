@@ -198,7 +198,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
 void Translator::star(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     bool any = false;
     for (const auto& source : m_scope->sources) {
-        if (!item.starOf.empty() && !sameText(item.starOf.back(), source.exposed)) continue;
+        if (!isNamed(source, item.starOf)) continue;
         any = true;
         for (const auto& column : source.columns) {
             if (column.sql.empty()) throw unsupported(kOldValue);
@@ -401,9 +401,11 @@ std::string Translator::tableRef(const TableRef& table) {
     const auto* derived = std::get_if<DerivedTable>(&table.node);
     std::string sql = derived ? derivedTable(*derived->query, derived->columns, table.alias)
                               : namedTable(std::get<NamedTable>(table.node), table.alias);
-    const Source& added = m_scope->sources.back();
+    Source& added = m_scope->sources.back();
+    if (!table.alias.empty()) added.schemaName.clear();
     for (const auto& each : m_scope->sources)
-        if (&each != &added && each.database == added.database && sameText(each.exposed, added.exposed))
+        if (&each != &added && each.database == added.database &&
+            sameText(each.schemaName, added.schemaName) && sameText(each.exposed, added.exposed))
             throw sqlError(
                 table.alias.empty() ? message::kSameExposedNames : message::kRepeatedCorrelationName,
                 {added.exposed, added.exposed});
@@ -412,7 +414,7 @@ std::string Translator::tableRef(const TableRef& table) {
 
 void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {
     const std::string prefix = alias.empty() ? "" : alias + ".";
-    Source source{exposed, table.database, prefix + "_rowid_", table.sqlName(), {}};
+    Source source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}};
     for (const auto& column : table.columns)
         source.columns.push_back(
             {column.name, prefix + quotedName(column.name), column.type, column.nullable, column.identity});
@@ -444,6 +446,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     const auto view = info ? std::nullopt : m_names.view(table.name);
     if (view) {
         info.emplace().columns = view->columns;
+        info->schemaName = table.name.schema;
     } else if (!info) {
         info = m_names.table(table.name);
     }
@@ -468,6 +471,8 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
         const Temporarily noOuterQuery(m_scope->outer, nullptr);
         sql = derivedTable(*stored.module->query, stored.module->columns, alias);
     });
+    m_scope->sources.back().database = stored.database;
+    m_scope->sources.back().schemaName = stored.schemaName;
     return sql;
 }
 
@@ -485,7 +490,7 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
                            {baseName(pieces[i].type.id), std::to_string(i + 1), "string_split"});
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     const std::string sqlAlias = nextAlias();
-    m_scope->sources.push_back({alias, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
+    m_scope->sources.push_back({alias, {}, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
     return "json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
            coerce(separator, nvarcharType(SqlType::kMax)).sql + ")) AS " + sqlAlias;
 }
@@ -503,7 +508,7 @@ void Translator::rename(QueryText& text, const std::vector<std::string>& names, 
 std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
     std::string sqlAlias = nextAlias();
     const std::string prefix = sqlAlias + ".";
-    Source source{exposed, {}, {}, {}, {}};
+    Source source{exposed, {}, {}, {}, {}, {}};
     for (const auto& [column, alias, nullLiteral] : columns)
         source.columns.push_back(
             {column.name, prefix + alias, column.type, column.nullable, column.identity});
