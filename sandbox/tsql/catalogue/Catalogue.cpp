@@ -144,24 +144,15 @@ std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
 
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     PreparedStatement query(m_connection,
-                            inSchema("SELECT name, type, nullable, identity, fallback, output FROM "
+                            inSchema("SELECT name, type, nullable, identity, fallback, output, ordinal FROM "
                                      "$.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
                                      m_schema));
     query.bind(1, object);
     std::vector<TableColumn> columns;
     while (query.step())
         columns.push_back({query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
-                           query.integer(3) != 0, query.text(4), query.integer(5) != 0});
+                           query.integer(3) != 0, query.text(4), query.integer(5) != 0, query.integer(6)});
     return columns;
-}
-
-Value Catalogue::columnName(std::int64_t object, std::int64_t id) const {
-    PreparedStatement query(
-        m_connection,
-        inSchema("SELECT name FROM $.tsqlbox_columns WHERE object = ?1 AND ordinal = ?2", m_schema));
-    query.bind(1, object);
-    query.bind(2, id);
-    return query.step() ? Value(query.text(0)) : Value(Null{});
 }
 
 std::int64_t Catalogue::lastId() const {

@@ -19,7 +19,9 @@ struct TableColumn {
     bool identity = false;
     std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
     bool output = false;         // OUTPUT parameter of a procedure
+    std::int64_t id = 0;         // column_id
 };
+using ColumnList = std::vector<const TableColumn*>;  // columns of one TableInfo
 
 struct TableInfo {
     std::int64_t id = 0;
@@ -98,8 +100,6 @@ class Catalogue {
     std::optional<SchemaInfo> schemaNamed(std::string_view name) const;
     std::vector<ObjectInfo> objectsIn(std::string_view schemaName) const;  // without constraints and indexes
     std::vector<TableColumn> columns(std::int64_t object) const;
-    // Returns the name of the column with that column_id, or NULL.
-    Value columnName(std::int64_t object, std::int64_t id) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const;  // constraints and indexes
     std::vector<ObjectInfo> keysTo(std::int64_t table) const;  // foreign keys that reference it
     std::int64_t lastId() const;

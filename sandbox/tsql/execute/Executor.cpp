@@ -181,10 +181,8 @@ Flow Executor::describe(const Statement& statement) {
     }
     return std::visit(
         [this]<typename Node>(const Node& node) {
-            constexpr bool looked = std::is_same_v<Node, SelectStatement> ||
-                                    std::is_same_v<Node, SetOption> || std::is_same_v<Node, Declare> ||
-                                    std::is_same_v<Node, Compound> || std::is_same_v<Node, Execute>;
-            if constexpr (looked) return run(node);
+            if constexpr (isOneOf<Node, SelectStatement, SetOption, Declare, Compound, Execute>)
+                return run(node);
             return Flow::Next;
         },
         statement.node);
@@ -279,20 +277,13 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (isCancelled()) throw BatchEnd{};
     if (const auto error = m_functions.takeError()) return *error;
     const std::string text = failure.what();
-    switch (failure.code & 0xFF) {
-        case SQLITE_CONSTRAINT:
-            return BrokenConstraint(m_connection, m_change).error(failure);
-        case SQLITE_BUSY:
-        case SQLITE_LOCKED:
-            if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(message::kLockTimeout);
-            return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
-        case SQLITE_FULL:
-            return sqlError(message::kDiskFull);
-        case SQLITE_NOMEM:
-            return sqlError(message::kInsufficientMemory);
-        default:
-            break;
-    }
+    const int code = failure.code & 0xFF;
+    if (code == SQLITE_CONSTRAINT) return BrokenConstraint(m_connection, m_change).error(failure);
+    if (failure.code == SQLITE_BUSY_SNAPSHOT)
+        return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return sqlError(message::kLockTimeout);
+    if (code == SQLITE_FULL) return sqlError(message::kDiskFull);
+    if (code == SQLITE_NOMEM) return sqlError(message::kInsufficientMemory);
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
         return sqlError(message::kNestedTooDeeply);

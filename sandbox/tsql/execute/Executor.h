@@ -31,6 +31,9 @@ namespace tsql {
 
 enum class Flow { Next, Break, Continue, Return };
 
+template <typename Node, typename... Others>
+inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
+
 // Exceptions that end the execution of statements early.
 struct Raised {  // an error on its way to a CATCH block
     Message message;
@@ -174,15 +177,14 @@ class Executor final : public NameResolver, public FunctionSession {
     using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
     void divert(const RowHandler& handler, const std::function<void()>& work);
     void selectInto(const ast::Query& query, const ast::ObjectName& name);
-    std::vector<const TableColumn*> insertColumns(const TableInfo& target,
-                                                  const std::vector<std::string>& names,
-                                                  bool defaultValues) const;
-    std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                           const ast::Insert& insert, Translator& translator);
-    void insertRow(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                   const std::vector<SqlType>& types, std::vector<Value> cells);
-    void insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                      const std::function<void()>& work);
+    ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
+                             bool defaultValues) const;
+    std::string insertText(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert,
+                           Translator& translator);
+    void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<SqlType>& types,
+                   std::vector<Value> cells);
+    void insertAll(const TableInfo& target, const std::function<std::int64_t()>& work);
+    void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                           const Translator& translator, const std::optional<ast::Output>& output);
     TableInfo changedTable(const ast::Change& change, Translator& translator);
@@ -209,9 +211,8 @@ class Executor final : public NameResolver, public FunctionSession {
                                             const ast::CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
-    void makeKeyIndex(const TableInfo& table, const ObjectInfo& key);
     void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
-                   const std::string& filter);
+                   const std::string& filter = {});
     void addIndex(Catalogue& catalogue, const TableInfo& table, const ast::CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
     void dropIndex(const ast::AlterIndex& index, bool ifExists);

@@ -158,7 +158,8 @@ TableInfo Executor::createTable(const CreateTable& create) {
         const auto keys = noteConstraints(owner, table, create);
         table.columns = owner.columns(table.id);
         m_connection.run("CREATE TABLE " + table.sqlName() + " (" + tableBody(owner, table) + ")");
-        for (const auto& key : keys) makeKeyIndex(table, key);
+        for (const auto& key : keys)
+            if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns));
         for (const auto& index : create.indexes) addIndex(owner, table, index);
         startIdentity(table);
     });
@@ -274,10 +275,6 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
                 (parseConstraint(key.source).cascade ? " ON DELETE CASCADE" : "");
     }
     return body;
-}
-
-void Executor::makeKeyIndex(const TableInfo& table, const ObjectInfo& key) {
-    if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns), "");
 }
 
 // filter: condition of the rows in the index; empty: all. With a constant among its columns, a filtered index
@@ -428,7 +425,9 @@ Flow Executor::run(const AlterTable& alter) {
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
         for (const auto& key : noteConstraints(owner, target, alter.added)) {
             checkRows(owner, target, key);
-            failingAs(sqlError(message::kConstraintNotCreated), [&] { makeKeyIndex(target, key); });
+            failingAs(sqlError(message::kConstraintNotCreated), [&] {
+                if (needsIndex(key, target)) makeIndex(target, key, quotedNames(key.columns));
+            });
         }
         for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
         target.columns = owner.columns(target.id);

@@ -36,13 +36,9 @@ std::string_view typeOf(const CreateModule& module) {
 
 void Executor::within(const StoredModule& query, const std::function<void()>& work) {
     for (const Frame* frame : m_frames)
-        if (storedName(frame->schemaName, frame->procedure) == storedName(query.schemaName, query.name) &&
-            frame->database == query.database)
+        if (query.id != 0 && frame->procedureId == query.id && frame->database == query.database)
             throw sqlError(message::kSelfReference, {query.name});
-    Frame frame;
-    frame.procedure = query.name;
-    frame.schemaName = query.schemaName;
-    frame.database = query.database;
+    Frame frame(query);
     frame.isQuery = true;
     frame.declare(*query.module);
     inFrame(frame, work);
@@ -254,7 +250,6 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
 }
 
 void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
-    Frame frame;
     auto procedure = system ? std::nullopt : Executor::module(name, objectType::kProcedure);
     if (system) {
         const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
@@ -265,10 +260,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
         throw unsupported("EXECUTE of a function");
     if (!procedure) throw sqlError(message::kProcedureNotFound, {asWritten(name)});
     const CreateModule& module = *procedure->module;
-    frame.procedure = procedure->name;
-    frame.procedureId = procedure->id;
-    frame.schemaName = procedure->schemaName;
-    frame.database = procedure->database;
+    Frame frame(*procedure);
     frame.returned = std::int64_t{0};
     const int transactions = m_transactions;
     Arguments arguments;
@@ -351,14 +343,10 @@ Value Executor::callFunction(std::string_view database, std::string_view key,
                              std::span<const CellView> arguments) {
     const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key)),
                             m_line};
-    Frame frame;
     const auto function = Executor::module(object, objectType::kFunction);
     if (!function) throw sqlError(message::kInvalidObjectName, {object.name});
     const CreateModule& module = *function->module;
-    frame.procedure = function->name;
-    frame.procedureId = function->id;
-    frame.schemaName = function->schemaName;
-    frame.database = function->database;
+    Frame frame(*function);
     frame.isFunction = true;
     frame.returnType = module.returns;
     frame.declare(module);

@@ -38,6 +38,12 @@ struct TableVariable {
 };
 
 struct Frame {
+    Frame() = default;
+    explicit Frame(const StoredModule& module)
+        : procedure(module.name),
+          procedureId(module.id),
+          database(module.database),
+          schemaName(module.schemaName) {}
     void declare(const std::vector<ast::Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
     }

@@ -62,10 +62,6 @@ std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return sql + " END";
 }
 
-std::string writePi(const FunctionInfo&, Pieces, const SqlType&) {
-    return "3.141592653589793";
-}
-
 // Wraps an argument of SQLite's own aggregates, which skip NULLs without a warning.
 Typed noted(const Typed& value) {
     return value.nullable ? Typed{"ts_noted(" + value.sql + ")", value.type} : value;
@@ -115,7 +111,6 @@ const FunctionInfo kWritten[] = {
     {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
     {"choose", "IR*", commonOfRest, writeChoose},
-    {"pi", "", TypeId::Float, writePi},
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
@@ -162,26 +157,12 @@ Typed datePartArgument(const Typed& value, std::string_view function) {
 
 // Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const SqlType& type) {
-    switch (letter) {
-        case 'C':
-        case 'L':
-        case 'T':
-            return textTypeFor(type);
-        case 'I':
-            return simpleType(TypeId::Int);
-        case 'B':
-            return simpleType(TypeId::BigInt);
-        case 'F':
-            return simpleType(TypeId::Float);
-        case 'D':
-            return dateTypeFor(type, TypeId::DateTime2);
-        case 'E':
-            return dateTypeFor(type, TypeId::DateTime);
-        case 'N':
-            return isNumber(type.id) ? type : simpleType(TypeId::Float);
-        default:
-            return type;
-    }
+    if (letter == 'C' || letter == 'L' || letter == 'T') return textTypeFor(type);
+    if (letter == 'I') return simpleType(TypeId::Int);
+    if (letter == 'B') return simpleType(TypeId::BigInt);
+    if (letter == 'F' || (letter == 'N' && !isNumber(type.id))) return simpleType(TypeId::Float);
+    if (letter == 'D') return dateTypeFor(type, TypeId::DateTime2);
+    return letter == 'E' ? dateTypeFor(type, TypeId::DateTime) : type;
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
@@ -273,6 +254,7 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
     for (std::size_t i = 0; i < arguments.size(); ++i)
         pieces.push_back(argument(function, i, signature.letters[std::min(i, signature.letters.size() - 1)],
                                   arguments[i]));
+    if (function.takesDatePart()) checkDatePart(pieces, function.name);
     const SqlType type = function.result.of(pieces);
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (signature.letters[std::min(i, signature.letters.size() - 1)] == 'R')

@@ -85,6 +85,9 @@ std::span<const FunctionInfo> mathFunctions();
 std::span<const FunctionInfo> dateFunctions();
 std::span<const FunctionInfo> sessionFunctions();
 
+// Throws SqlError 9806 or 9810 if the last argument has no such part as the first one names.
+void checkDatePart(Pieces arguments, std::string_view function);
+
 // Result type of ABS, ROUND, SUM ...: at least int.
 SqlType numberType(Pieces arguments);
 SqlType sameAsFirst(Pieces arguments);

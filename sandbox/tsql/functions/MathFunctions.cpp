@@ -1,7 +1,6 @@
 // T-SQL's numeric functions, as SQLite functions.
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <random>
 
@@ -134,6 +133,7 @@ const FunctionInfo kMathFunctions[] = {
     {"asin", "F", TypeId::Float, runFloat<std::asin>},
     {"acos", "F", TypeId::Float, runFloat<std::acos>},
     {"atan", "F", TypeId::Float, runFloat<std::atan>},
+    {"pi", "", TypeId::Float, [](const SqlCall&) -> Value { return std::numbers::pi; }},
     {"degrees", "F", TypeId::Float, runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
     {"radians", "F", TypeId::Float, runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
     {"rand", "[I", TypeId::Float, runRand, Nulls::GiveNull, Purity::Varying},

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <new>
-#include <utility>
 
 #include "functions/Functions.h"
 #include "functions/Operators.h"

@@ -171,7 +171,9 @@ struct SessionFunctions {
     }
 
     static Value columnName(const SqlCall& call) {
-        return session(call).catalogue({}).columnName(call.integer(0), call.integer(1));
+        for (const auto& column : session(call).catalogue({}).columns(call.integer(0)))
+            if (column.id == call.integer(1)) return column.name;
+        return Null{};
     }
 
     static Value columnProperty(const SqlCall& call) {

@@ -9,9 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <map>
 #include <memory>
-#include <sstream>
 
 #include "messages/Messages.h"
 #include "storage/Connection.h"

@@ -11,6 +11,7 @@
 
 #include "syntax/Ast.h"
 #include "syntax/Lexer.h"
+#include "types/Text.h"
 
 namespace tsql {
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -101,13 +100,11 @@ class Translator {
     std::string condition(const ast::Expr& expr);
 
     // Return the SQLite statement that changes `target`.
-    std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                           const ast::Insert& insert);
+    std::string insertRows(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert);
     std::string limited(const std::string& sql, const ast::ExprPtr& top = nullptr);
-    std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                            const ast::Insert& insert);
+    std::string insertQuery(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert);
     // For one row: values of the given types, bound as ?1, ?2 ...
-    std::string insertParameters(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+    std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<SqlType>& types);
     // Makes the common table expressions of a change known. To be called before the change is translated.
     void useCommonTables(const ast::Change& change, const ast::ObjectName& target);
@@ -235,15 +232,13 @@ class Translator {
     }
 
     // ---- changes (TranslatorChanges.cpp)
-    std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                           const std::string& rows);
-    std::string insertCells(const TableInfo& target, std::vector<const TableColumn*> columns,
-                            std::vector<Typed> cells, std::string_view before, std::string_view after);
+    std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
+    std::string insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
+                            std::string_view before, std::string_view after);
     Typed defaultOf(const TableColumn& column);
     Typed cell(const ast::Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
-    std::vector<const TableColumn*> absentDefaults(const TableInfo& target,
-                                                   const std::vector<const TableColumn*>& columns) const;
+    ColumnList absentDefaults(const TableInfo& target, const ColumnList& columns) const;
     Typed setValue(const std::string& rowid, const ast::SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
                           const std::string& exposed, const std::vector<ast::SetClause>& sets = {});

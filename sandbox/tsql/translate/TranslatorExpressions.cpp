@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "messages/Messages.h"
-#include "syntax/Lexer.h"
 #include "translate/Translator.h"
 #include "types/Text.h"
 
