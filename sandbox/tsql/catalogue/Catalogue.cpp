@@ -182,7 +182,7 @@ void Catalogue::remove(std::int64_t object) {
     run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
 }
 
-void Catalogue::addColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
+void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
     for (const auto& column : columns) {
         const Value values[] = {object,
                                 column.name,
@@ -190,19 +190,14 @@ void Catalogue::addColumns(std::int64_t object, const std::vector<TableColumn>& 
                                 std::int64_t{column.nullable},
                                 std::int64_t{column.identity},
                                 column.byDefault,
-                                std::int64_t{column.output}};
-        run("INSERT INTO $.tsqlbox_columns SELECT ?1, coalesce(max(ordinal), 0) + 1, ?2, ?3, ?4, ?5, ?6, ?7 "
-            "FROM $.tsqlbox_columns WHERE object = ?1",
+                                std::int64_t{column.output},
+                                column.id};
+        run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), ?2, ?3, "
+            "?4, "
+            "?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 ON CONFLICT (object, ordinal) DO UPDATE SET "
+            "type = ?3, nullable = ?4, fallback = ?6",
             values);
     }
-}
-
-void Catalogue::changeColumn(std::int64_t object, const TableColumn& column) {
-    const Value values[] = {object, column.name, encodeType(column.type), std::int64_t{column.nullable},
-                            column.byDefault};
-    run("UPDATE $.tsqlbox_columns SET type = ?3, nullable = ?4, fallback = ?5 WHERE object = ?1 AND name = "
-        "?2",
-        values);
 }
 
 void Catalogue::removeColumns(std::int64_t object, std::string_view name) {

@@ -107,8 +107,8 @@ class Catalogue {
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.
     void save(ObjectInfo& object);
     void remove(std::int64_t object);  // with its columns, keys and indexes
-    void addColumns(std::int64_t object, const std::vector<TableColumn>& columns);
-    void changeColumn(std::int64_t object, const TableColumn& column);
+    // As save(), for columns.
+    void saveColumns(std::int64_t object, const std::vector<TableColumn>& columns);
     void removeColumns(std::int64_t object, std::string_view name = {});  // all, or one
 
   private:

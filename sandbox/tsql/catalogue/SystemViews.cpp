@@ -31,6 +31,7 @@ is_schema_published bit = 0)"},
 WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
+    {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
     {"$TYPE",
      R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
 smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
@@ -42,6 +43,7 @@ ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
+    {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
     {"$TABLE",
      "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = ts_schema_of(o.name); TABLE_NAME sysname = "
      "ts_bare_name(o.name)"},
@@ -65,9 +67,8 @@ constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
 constexpr std::string_view kColumns =
-    R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name
-sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit
-= c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
+    R"($COLUMN; collation_name sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit =
+c.nullable; is_identity bit = c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
 'D' AND d.parent = c.object AND d.keys = c.name), 0))";
 
 constexpr ViewText kViews[] = {
@@ -131,13 +132,11 @@ ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defi
     {"sys", "columns", kColumns, kAllColumns},
     {"sys", "all_columns", kColumns, kAllColumns},
     {"sys", "identity_columns",
-     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; is_nullable bit =
-c.nullable; is_identity bit = 1; is_computed bit = 0; seed_value bigint = CAST(iif(o.keys = '', 1, o.keys) AS INTEGER);
+     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; seed_value bigint = CAST(iif(o.keys = '', 1, o.keys) AS INTEGER);
 increment_value int = 1)",
      "$c c JOIN $o o ON o.id = c.object WHERE c.identity"},
     {"sys", "computed_columns",
-     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; is_nullable bit = c.nullable;
-is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",
+     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",
      "$c c WHERE 0"},
     {"sys", "extended_properties",
      R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
@@ -155,8 +154,7 @@ $TYPE; is_output bit = c.output)",
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
     {"sys", "dm_exec_sessions",
-     R"(session_id smallint = s.id; login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch',
-'localtime'); host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program; login_name
+     R"(session_id smallint = s.id; $LOGIN; host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program; login_name
 nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'running', 'sleeping'); database_id smallint =
 s.db; is_user_process bit = 1)",
      "$S s"},
@@ -166,8 +164,7 @@ smallint = s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blockin
 s.blocker)",
      "$S s WHERE s.running"},
     {"", "sysprocesses",
-     R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; login_time datetime =
-strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime'); status nchar(30) = iif(s.running, 'running',
+     R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; $LOGIN; status nchar(30) = iif(s.running, 'running',
 'sleeping'); hostname nchar(128) = s.host; program_name nchar(128) = s.program; loginame nchar(128) = s.login)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",

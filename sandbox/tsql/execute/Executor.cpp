@@ -349,10 +349,9 @@ bool Executor::holds(const Expr& condition) {
 }
 
 void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
-    const auto found = m_frames.back()->variables.find(name);
-    if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
-    if (!isNull(value)) requireImplicit(type, found->second.type);
-    found->second.value = convertValue(value, type, found->second.type);
+    Variable& variable = local(name);
+    if (!isNull(value)) requireImplicit(type, variable.type);
+    variable.value = convertValue(value, type, variable.type);
 }
 
 // ---- statements
@@ -372,21 +371,8 @@ Flow Executor::run(const Declare& declare) {
 }
 
 Flow Executor::run(const Assign& assign) {
-    const Variable& variable = local(assign.name);
-    if (!assign.op) {
-        setVariable(assign.name, viewOf(evaluate(*assign.value, variable.type)), variable.type);
-    } else {
-        Translator translator(*this);
-        const Typed left{"?1", variable.type};
-        const TypedValue right = evaluate(*assign.value);
-        const std::string sql =
-            "SELECT " + coerce(emitBinary(*assign.op, left, {"?2", right.type}), variable.type).sql;
-        PreparedStatement statement(m_connection, sql);
-        const Value values[] = {variable.value, right.value};
-        statement.bindAll(values);
-        statement.step();
-        setVariable(assign.name, statement.cell(0), variable.type);
-    }
+    Variable& variable = local(assign.name);
+    variable.value = evaluate(*assign.value, variable.type);
     return finished(1);
 }
 

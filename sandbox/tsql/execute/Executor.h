@@ -320,7 +320,7 @@ class Executor final : public NameResolver, public FunctionSession {
     static ObjectInfo newObject(const Catalogue& owner, const ast::ObjectName& name, std::string_view type);
     TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
-    const Variable& local(std::string_view name);
+    Variable& local(std::string_view name);
 
     Storage& m_storage;
     AppLocks& m_locks;

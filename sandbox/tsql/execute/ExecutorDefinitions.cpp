@@ -26,10 +26,6 @@ bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     return isKey && (!identity || key.columns.size() > 1 || !sameText(identity->name, key.columns.front()));
 }
 
-std::string withoutDatabase(const ObjectName& name) {
-    return (name.schema.empty() ? "" : name.schema + ".") + name.name;
-}
-
 std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
     return quotedName(name + "@" + std::to_string(table) + std::string(suffix));
 }
@@ -153,7 +149,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         object.stored = object.key();
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
         owner.save(object);
-        owner.addColumns(object.id, table.columns);
+        owner.saveColumns(object.id, table.columns);
         table = owner.tableOf(object);
         const auto keys = noteConstraints(owner, table, create);
         table.columns = owner.columns(table.id);
@@ -256,7 +252,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     if (constraint.kind == ConstraintKind::Default) {
         TableColumn column = *table.column(key.columns.front());
         column.byDefault = constraint.text;
-        catalogue.changeColumn(table.id, column);
+        catalogue.saveColumns(table.id, {column});
     }
     return key;
 }
@@ -344,7 +340,7 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
         throw sqlError(message::kAddedColumnNotNull, {column.name, table.name});
     m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
                      std::string(storageClass(column.type)));
-    catalogue.addColumns(table.id, {column});
+    catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
     if (filled) fillColumn(table, column, Translator(*this).value(*parseExpression(fallback)));
 }
@@ -385,7 +381,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     if (!longer) refuseDependents(table, column.name, "ALTER", catalogue.keysOf(table.id));
     column.type = definition.type;
     column.nullable = definition.nullable.value_or(true);
-    catalogue.changeColumn(table.id, column);
+    catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
     m_change.verb = "UPDATE";
     if (!column.nullable && anyRow(m_connection, table, quotedName(column.name) + " IS NULL"))
@@ -411,7 +407,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
     if (key->type == objectType::kDefault) {
         TableColumn column = *table.column(key->columns.front());
         column.byDefault.clear();
-        catalogue.changeColumn(table.id, column);
+        catalogue.saveColumns(table.id, {column});
     }
     if (needsIndex(*key, table)) dropIndex(table, key->name);
     catalogue.remove(key->id);
@@ -502,7 +498,7 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
         const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
         const ObjectInfo* index = keyNamed(keys, dropped.name, /*isIndex=*/true);
         const ObjectInfo* key = keyNamed(keys, dropped.name, /*isIndex=*/false);
-        const std::string written = withoutDatabase(dropped.table) + "." + dropped.name;
+        const std::string written = asWritten(dropped.table) + "." + dropped.name;
         if (key && isUniqueKey(*key))
             throw sqlError(message::kCannotDropKeyIndex,
                            {written, key->type == objectType::kPrimaryKey ? "PRIMARY" : "UNIQUE"});
@@ -522,7 +518,7 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
                                {"procedure", objectType::kProcedure, {}},
                                {"function", objectType::kFunction, objectType::kTableFunction}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
-    const std::string written = withoutDatabase(name);
+    const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
         const auto found = object(name);
         if (!found || (found->type != kind.type && found->type != kind.otherType)) {

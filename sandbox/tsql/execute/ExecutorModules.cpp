@@ -46,8 +46,10 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
 
 // Returns the columns of a view or table-valued function, found by translating its query.
 std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
-    const StoredModule stored{databaseOf(module.name), module.name.schema, module.name.name, nullptr,
-                              &module};
+    const auto existing = object(module.name);
+    const StoredModule stored{
+        databaseOf(module.name),    module.name.schema, module.name.name, nullptr, &module,
+        existing ? existing->id : 0};
     std::vector<TableColumn> columns;
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
@@ -90,7 +92,7 @@ Flow Executor::run(const CreateModule& module) try {
         if (!module.create) object.source.replace(at, verb.size(), "CREATE");
         owner.save(object);
         owner.removeColumns(object.id);
-        owner.addColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
+        owner.saveColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
     });
     return finished();
 } catch (const SqlError& error) {  // reported with the name of the module

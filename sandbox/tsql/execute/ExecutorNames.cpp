@@ -16,7 +16,7 @@ constexpr const char* kVersionText =
 
 // ---- variables
 
-const Variable& Executor::local(std::string_view name) {
+Variable& Executor::local(std::string_view name) {
     const auto found = m_frames.back()->variables.find(name);
     if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
     return found->second;

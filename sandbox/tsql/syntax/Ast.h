@@ -156,11 +156,10 @@ struct TableRef {
 };
 
 struct SelectItem {
-    ExprPtr value;                       // null for *
-    std::vector<std::string> starOf;     // qualifier of t.*
-    std::string alias;                   // empty if there is none
-    std::string variable;                // SELECT @v = value
-    std::optional<BinaryOp> assignment;  // SELECT @v += value
+    ExprPtr value;                    // null for *; of SELECT @v += 1: @v + 1
+    std::vector<std::string> starOf;  // qualifier of t.*
+    std::string alias;                // empty if there is none
+    std::string variable;             // SELECT @v = value
 };
 struct Window {
     std::vector<ExprPtr> partition;
@@ -225,8 +224,7 @@ struct Declare {
 };
 struct Assign {
     std::string name;
-    std::optional<BinaryOp> op;  // SET @x += 1
-    ExprPtr value;
+    ExprPtr value;  // of SET @x += 1: @x + 1
 };
 struct SetOption {
     std::vector<std::string> names;  // in upper case

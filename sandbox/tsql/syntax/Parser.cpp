@@ -227,11 +227,9 @@ void Parser::throwIfAt(std::string_view phrase, std::string_view construct) cons
     if (at(phrase)) throwUnsupported(construct);
 }
 
-Parser::Nesting::Nesting(Parser& parser) : m_parser(parser) {
-    if (++m_parser.m_depth > kDeepestNesting) {
-        --m_parser.m_depth;
-        throwTooDeep(parser.peek().line);
-    }
+int Parser::nextDepth() const {
+    if (m_depth >= kDeepestNesting) throwTooDeep(peek().line);
+    return m_depth + 1;
 }
 
 void Parser::checkChain(int length) const {

@@ -3,6 +3,7 @@
 
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
+#include "types/Finally.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -132,7 +133,7 @@ QueryPtr rowValues(Parser& in) {
         const int line = in.peek().line;
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
-            select.items.push_back({std::move(cell), {}, {}, {}, {}});
+            select.items.push_back({std::move(cell), {}, {}, {}});
         if (rows && select.items.size() != width)
             throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
         width = select.items.size();
@@ -180,7 +181,7 @@ std::optional<JoinKind> acceptJoin(Parser& in) {
 }
 
 TableRefPtr joins(Parser& in) {
-    const Parser::Nesting nesting(in);
+    const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = tableRef(in);
     for (const auto word : {"PIVOT", "UNPIVOT"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
@@ -227,7 +228,7 @@ QueryPtr Parser::query() {
 }
 
 QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
-    const Nesting nesting(*this);
+    const Temporarily deeper(m_depth, nextDepth());
     const int line = peek().line;
     QueryPtr query = setOperations(*this, /*intersect=*/false);
     query->line = line;
@@ -284,13 +285,14 @@ SelectItem Parser::selectItem() {
     if (acceptStar(*this, item)) return item;
     if (atAssignment(*this)) {
         item.variable = expectVariable();
-        item.assignment = assignmentOperator();
+        item.value = assignedValue(item.variable);
+        return item;
     } else if ((atName() || isString(peek())) && at("=", 1)) {
         item.alias = alias(*this);
         takeToken();
     }
     item.value = expression();
-    if (item.alias.empty() && item.variable.empty()) item.alias = alias(*this);
+    if (item.alias.empty()) item.alias = alias(*this);
     return item;
 }
 
@@ -298,6 +300,16 @@ std::optional<BinaryOp> Parser::assignmentOperator() {
     if (const BinaryOp* op = acceptOneOf(kAssignments)) return *op;
     expect("=");
     return std::nullopt;
+}
+
+// = value, or += value, of a variable
+ExprPtr Parser::assignedValue(const std::string& variable) {
+    const int line = peek().line;
+    const auto op = assignmentOperator();
+    ExprPtr value = expression();
+    if (!op) return value;
+    auto before = std::make_unique<Expr>(Expr{line, VariableRef{variable}});
+    return std::make_unique<Expr>(Expr{line, Binary{*op, std::move(before), std::move(value)}});
 }
 
 // Name of a table or table variable.

@@ -1,6 +1,7 @@
 // Control flow, variables, settings, calls, cursors, transactions, backup.
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
+#include "types/Finally.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -79,11 +80,9 @@ Statement::Node setOption(Parser& in) {
 
 Statement::Node set(Parser& in) {
     if (!in.atVariable()) return setOption(in);
-    Assign assign;
-    assign.name = in.expectVariable();
-    assign.op = in.assignmentOperator();
-    in.throwIfAt("CURSOR", "cursor variables");
-    assign.value = in.expression();
+    Assign assign{in.expectVariable(), nullptr};
+    in.throwIfAt("= CURSOR", "cursor variables");
+    assign.value = in.assignedValue(assign.name);
     return assign;
 }
 
@@ -531,7 +530,7 @@ Block Parser::statements(std::string_view end) {
 }
 
 StatementPtr Parser::statement() {
-    const Nesting nesting(*this);
+    const Temporarily deeper(m_depth, nextDepth());
     while (accept(";")) continue;
     for (const auto word : kUnsupported) throwIfAt(word, word == "BULK" ? "BULK INSERT" : word);
     const Token& first = peek();

@@ -181,7 +181,6 @@ class Translator {
     const SourceColumn* findColumn(const ast::ColumnRef& column, Scope& scope, const Source*& source);
 
     // ---- queries (TranslatorQueries.cpp)
-    QueryText body(const ast::Query& query);
     QueryText select(const ast::Select& select, const ast::Query& query);
     QueryText assignInOrder(const ast::Select& select, const ast::Query& query, const std::string& rows);
     void refuseInRecursion(const ast::Select& select) const;

@@ -65,18 +65,12 @@ QueryText Translator::query(const Query& query) {
     const std::size_t common = m_with.size();
     for (const auto& table : query.with) m_with.push_back({&table});
     if (query.maxRecursion) m_maxRecursion = *query.maxRecursion;
-    QueryText text = body(query);
+    const auto* operation = std::get_if<SetOperation>(&query.body);
+    QueryText text =
+        operation ? setOperation(*operation, query) : select(std::get<Select>(query.body), query);
     if (query.xml) text = forXml(text, *query.xml);
     m_with.resize(common);
     return text;
-}
-
-QueryText Translator::body(const Query& query) {
-    if (const auto* operation = std::get_if<SetOperation>(&query.body)) {
-        m_topLevel = false;
-        return setOperation(*operation, query);
-    }
-    return select(std::get<Select>(query.body), query);
 }
 
 QueryText Translator::select(const Select& select, const Query& query) {
@@ -176,8 +170,7 @@ void Translator::addOutput(QueryText& text, std::string& list, Column column, co
 
 void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     if (!item.value) return star(item, text, list, collate);
-    Typed typed = value(*item.value);
-    if (item.assignment) typed = emitBinary(*item.assignment, parameter(item.variable), typed);
+    const Typed typed = value(*item.value);
     if (!item.variable.empty()) {
         m_assignments.push_back({item.variable, typed.type});
         if (const auto live = m_live.find(item.variable); live != m_live.end())
@@ -333,6 +326,7 @@ std::string Translator::distinctSetOperation(SetOp op, const std::string& left, 
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
+    m_topLevel = false;
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);

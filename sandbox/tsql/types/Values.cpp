@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <limits>
 
 #include "messages/Messages.h"
@@ -329,16 +328,14 @@ class Converter {
     Value identifierFromText() const {
         std::string_view rest = trimmed(text());
         if (!rest.empty() && rest[0] == '{') rest.remove_prefix(1);
-        std::string result = toUpper(rest.substr(0, 36));
-        for (std::size_t i = 0; i < 36; ++i) {
-            const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
-            if (i >= result.size() ||
-                !(dash ? result[i] == '-' : std::strchr("0123456789ABCDEF", result[i]) && result[i]))
-                throw sqlError(message::kBadUniqueIdentifier);
-        }
+        std::string result = toUpper(rest.substr(0, 36)), digits;
+        for (std::size_t i = 0; i < result.size(); ++i)
+            if (std::ranges::find(kDashes, i) == kDashes.end() || result[i] != '-') digits += result[i];
+        if (digits.size() != 32 || !parseHex(digits)) throw sqlError(message::kBadUniqueIdentifier);
         return result;
     }
 
+    static constexpr std::array<std::size_t, 4> kDashes = {8, 13, 18, 23};
     // The first three groups are little-endian.
     static constexpr std::array<std::size_t, 16> kIdentifierOrder = {3, 2, 1,  0,  5,  4,  7,  6,
                                                                      8, 9, 10, 11, 12, 13, 14, 15};
@@ -350,7 +347,7 @@ class Converter {
         Bytes written;
         for (const std::size_t from : kIdentifierOrder) written += blob()[from];
         std::string result = hexDigits(written);
-        for (const std::size_t dash : {8U, 13U, 18U, 23U}) result.insert(dash, 1, '-');
+        for (const std::size_t dash : kDashes) result.insert(dash, 1, '-');
         return result;
     }
 
