@@ -27,11 +27,6 @@ std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     return columns;
 }
 
-std::string_view typeOf(const CreateModule& module) {
-    if (module.query) return module.function ? objectType::kTableFunction : objectType::kView;
-    return module.function ? objectType::kFunction : objectType::kProcedure;
-}
-
 }  // namespace
 
 void Executor::within(const StoredModule& query, const std::function<void()>& work) {
@@ -76,7 +71,9 @@ void Executor::checkBody(const CreateModule& module) {
 
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
-    const std::string_view type = typeOf(module);
+    const std::string_view type = !module.function ? module.query ? objectType::kView : objectType::kProcedure
+                                  : module.query   ? objectType::kTableFunction
+                                                   : objectType::kFunction;
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     checkBody(module);
     define(module.name, [&](Catalogue& owner) {

@@ -92,11 +92,9 @@ Value exactAverage(const Gathered& gathered, const Aggregate& aggregate) {
     return checkedCell(average, aggregate.type);
 }
 
-Value realSum(const Gathered& gathered, const Aggregate&) {
-    return gathered.real;
-}
-Value realAverage(const Gathered& gathered, const Aggregate&) {
-    return gathered.real / static_cast<double>(gathered.count);
+template <bool average>
+Value realTotal(const Gathered& gathered, const Aggregate&) {
+    return gathered.real / static_cast<double>(average ? gathered.count : 1);
 }
 
 // `sample`: divides by one less than the number of values.
@@ -130,7 +128,7 @@ const Aggregate kAggregates[] = {
     {"ts_sum_bigint", 1, addExact, exactSum, simpleType(TypeId::BigInt)},
     {"ts_sum_money", 1, addExact, exactSum, simpleType(TypeId::Money)},
     {"ts_sum_decimal", 1, addExact, exactSum, kSumType},
-    {"ts_sum_float", 1, addReal, realSum},
+    {"ts_sum_float", 1, addReal, realTotal<false>},
     {"ts_avg_int0", 1, addExact, exactAverage, simpleType(TypeId::Int)},
     {"ts_avg_bigint0", 1, addExact, exactAverage, simpleType(TypeId::BigInt)},
     {"ts_avg_money0", 1, addExact, exactAverage, simpleType(TypeId::Money)},
@@ -141,7 +139,7 @@ const Aggregate kAggregates[] = {
     {"ts_avg_decimal4", 1, addExact, exactAverage, kSumType, 4},
     {"ts_avg_decimal5", 1, addExact, exactAverage, kSumType, 5},
     {"ts_avg_decimal6", 1, addExact, exactAverage, kSumType, 6},
-    {"ts_avg_float0", 1, addReal, realAverage},
+    {"ts_avg_float0", 1, addReal, realTotal<true>},
     {"ts_stdev", 1, addSpread, spread<true, true>},
     {"ts_stdevp", 1, addSpread, spread<false, true>},
     {"ts_var", 1, addSpread, spread<true, false>},

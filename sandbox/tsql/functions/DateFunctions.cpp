@@ -5,10 +5,6 @@
 namespace tsql {
 namespace {
 
-SqlType sameAsLast(Pieces pieces) {
-    return pieces.back().type;
-}
-
 // YEAR, MONTH, DAY
 template <DatePart part>
 SqlType ofDateType(Pieces pieces) {
@@ -100,7 +96,7 @@ const FunctionInfo kDateFunctions[] = {
     {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
-    {"dateadd", "PIE=", sameAsLast, runDateAdd},
+    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; }, runDateAdd},
     {"datediff", "PDD", TypeId::Int, runDateDiff<std::int32_t>},
     {"datediff_big", "PDD", TypeId::BigInt, runDateDiff<std::int64_t>},
     {"datepart", "PD", TypeId::Int, runOfDate<datePart>},

@@ -24,23 +24,12 @@ SqlType nullIfType(Pieces pieces) {
     if (pieces[0].nullLiteral) throw sqlError(message::kNullIfOfNull);
     return pieces[0].type;
 }
-SqlType commonOfRest(Pieces pieces) {
-    return commonType(pieces.subspan(1));
-}
-
-SqlType summable(Pieces pieces, std::string_view function) {
+SqlType totalType(Pieces pieces, std::string_view function, int leastScale) {
     const SqlType& type = pieces[0].type;
     if (!isNumber(type.id) || type.id == TypeId::Bit)
         throw sqlError(message::kInvalidOperandType, {baseName(type.id), function});
-    return type;
-}
-SqlType totalType(Pieces pieces) {
-    const SqlType type = summable(pieces, "sum");
-    return type.id == TypeId::Decimal ? decimalType(38, type.scale) : numberType(pieces);
-}
-SqlType averageType(Pieces pieces) {
-    const SqlType type = summable(pieces, "avg");
-    return type.id == TypeId::Decimal ? decimalType(38, std::max<int>(type.scale, 6)) : numberType(pieces);
+    if (type.id != TypeId::Decimal) return numberType(pieces);
+    return decimalType(38, std::max<int>(type.scale, leastScale));
 }
 SqlType extremeType(Pieces pieces) {
     const TypeId id = pieces[0].type.id;
@@ -76,8 +65,7 @@ std::string writeExtreme(const FunctionInfo& function, Pieces pieces, const SqlT
 }
 
 std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) {
-    const std::string kind(baseName(result.id));
-    return "ts_sum_" + kind + "(" + pieces[0].sql + ")";
+    return "ts_sum_" + std::string(baseName(result.id)) + "(" + pieces[0].sql + ")";
 }
 
 std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& result) {
@@ -88,10 +76,6 @@ std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& resu
 std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& result) {
     return "ts_string_agg(" + pieces[0].sql + ",ifnull(" + pieces[1].sql + ",'')," +
            std::to_string(result.length) + ")";
-}
-
-std::string writeTiles(const FunctionInfo&, Pieces pieces, const SqlType&) {
-    return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
 }
 
 // LAG, LEAD
@@ -110,12 +94,12 @@ const FunctionInfo kWritten[] = {
     {"isnull", "AR", sameAsFirst, "ifnull"},
     {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
-    {"choose", "IR*", commonOfRest, writeChoose},
+    {"choose", "IR*", [](Pieces pieces) { return commonType(pieces.subspan(1)); }, writeChoose},
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
-    {"sum", "A", totalType, writeSum, kAggregate},
-    {"avg", "A", averageType, writeAverage, kAggregate},
+    {"sum", "A", [](Pieces pieces) { return totalType(pieces, "sum", 0); }, writeSum, kAggregate},
+    {"avg", "A", [](Pieces pieces) { return totalType(pieces, "avg", 6); }, writeAverage, kAggregate},
     {"min", "A", extremeType, writeExtreme, kAggregate},
     {"max", "A", extremeType, writeExtreme, kAggregate},
     {"stdev", "F", TypeId::Float, "ts_stdev", kAggregate},
@@ -127,7 +111,11 @@ const FunctionInfo kWritten[] = {
     {"row_number", "", TypeId::BigInt, "row_number", kRanking},
     {"rank", "", TypeId::BigInt, "rank", kRanking},
     {"dense_rank", "", TypeId::BigInt, "dense_rank", kRanking},
-    {"ntile", "B", TypeId::BigInt, writeTiles, kRanking},
+    {"ntile", "B", TypeId::BigInt,
+     [](const FunctionInfo&, Pieces pieces, const SqlType&) {
+         return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
+     },
+     kRanking},
     {"lag", "A[IR", sameAsFirst, writeShifted, kRanking},
     {"lead", "A[IR", sameAsFirst, writeShifted, kRanking},
     {"first_value", "A", sameAsFirst, "first_value", kFramed},

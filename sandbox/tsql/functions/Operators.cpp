@@ -40,11 +40,6 @@ Value runArithmetic(const SqlCall& call) {
     return left;
 }
 
-// (left, left type, right, right type)
-Value runCompare(const SqlCall& call) {
-    return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
-}
-
 // (value, pattern, are trailing blanks significant[, escape])
 Value runLike(const SqlCall& call) {
     const EndBlanks blanks = call.integer(2) != 0 ? EndBlanks::Counted : EndBlanks::Ignored;
@@ -70,7 +65,10 @@ const ScalarFunction kOperatorFunctions[] = {
     {"ts_try_convert", runConvert<Conversion::Try>},
     {"ts_assign", runAssign, Nulls::Reach},
     {"ts_arithmetic", runArithmetic, Nulls::Reach},
-    {"ts_compare", runCompare},
+    {"ts_compare",  // (left, left type, right, right type)
+     [](const SqlCall& call) -> Value {
+         return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
+     }},
     {"ts_like", runLike},
     {"ts_unpadded", runUnpadded},
 };

@@ -10,15 +10,6 @@
 namespace tsql {
 namespace {
 
-// --- session
-
-// (database, key, argument...); a user-defined function
-Value runCall(const SqlCall& call) {
-    return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
-}
-
-// --- queries
-
 // (value); returns it, and notes a NULL that an aggregate skips
 Value runNoted(const SqlCall& call) {
     if (isNull(call[0])) call.context().noteNullLeftOut();
@@ -117,8 +108,6 @@ Value runXmlValue(const SqlCall& call) {
     return result;
 }
 
-// --- properties of types in the system views
-
 template <Value (*fact)(const SqlType&)>
 Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
@@ -151,8 +140,6 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{isExact(type.id) ? precisionOf(type) : 0};
 }
 
-// --- TYPE_NAME and TYPE_ID
-
 // Names and numbers of the types, with those that are others here.
 std::vector<std::pair<std::string, int>> typeNumbers() {
     std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
@@ -175,8 +162,6 @@ Value runIdOfType(const SqlCall& call) {
     return Null{};
 }
 
-// --- foreign keys in the system views
-
 // (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
 Value runReferenced(const SqlCall& call) {
     const auto names = parseConstraint(call.text(0)).referencedColumns;
@@ -188,7 +173,12 @@ constexpr auto kReach = Nulls::Reach;
 const ScalarFunction kQueryFunctions[] = {
     {"ts_variable", [](const SqlCall& call) { return call.context().session().variableValue(call.text(0)); },
      kReach, Purity::Varying},
-    {"ts_call", runCall, kReach, Purity::Varying},
+    {"ts_call",  // (database, key, argument...); a user-defined function
+     [](const SqlCall& call) {
+         return call.context().session().callFunction(call.text(0), call.text(1),
+                                                      call.arguments().subspan(2));
+     },
+     kReach, Purity::Varying},
     {"ts_noted", runNoted, kReach, Purity::Varying},
     {"ts_single", runSingle, kReach},
     {"ts_deeper", runDeeper},

@@ -116,9 +116,10 @@ struct SessionFunctions {
         return session(call).catalogue({*database, {}, {}}).findById(call.integer(0));
     }
 
-    static Value objectName(const SqlCall& call) {
+    template <std::string ObjectInfo::*fact>
+    static Value ofObject(const SqlCall& call) {
         const auto found = objectArgument(call);
-        return found ? Value(found->name) : Value(Null{});
+        return found ? Value((*found).*fact) : Value(Null{});
     }
 
     static Value objectProperty(const SqlCall& call) {
@@ -187,11 +188,6 @@ struct SessionFunctions {
         return Null{};
     }
 
-    static Value schemaOfObject(const SqlCall& call) {
-        const auto found = objectArgument(call);
-        return found ? Value(found->schemaName) : Value(Null{});
-    }
-
     static Value currentIdentity(const SqlCall& call) {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
@@ -229,9 +225,9 @@ const FunctionInfo kSessionFunctions[] = {
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
     {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
     {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
-    {"object_name", "I[I", kName, S::objectName, kNulls, kVarying},
+    {"object_name", "I[I", kName, S::ofObject<&ObjectInfo::name>, kNulls, kVarying},
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
-    {"object_schema_name", "I[I", kName, S::schemaOfObject, kNulls, kVarying},
+    {"object_schema_name", "I[I", kName, S::ofObject<&ObjectInfo::schemaName>, kNulls, kVarying},
     {"object_definition", "I", nvarcharType(SqlType::kMax), S::objectDefinition, kNulls, kVarying},
     {"has_dbaccess", "T", TypeId::Int,
      [](const SqlCall& call) { return S::session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },

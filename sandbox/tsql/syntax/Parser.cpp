@@ -160,22 +160,17 @@ SqlType Parser::type(TypeUse use) {
     std::string name = unquoted(takeToken());
     for (const auto word : {"PRECISION", "CHARACTER", "CHAR", "TEXT", "VARYING"})
         if (at(word)) name += " " + lowerAscii(takeToken().raw);
-    const auto arguments = typeArguments();
+    const auto argument = [this] {
+        constexpr std::int64_t kTooLarge = 1'000'000;
+        return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
+    };
+    std::vector<int> arguments;
+    if (at("(")) arguments = parenthesized([&] { return list(argument); });
     try {
         return makeType(name, arguments, use);
     } catch (const SqlError& error) {
         throw SyntaxError(error, line);
     }
-}
-
-std::vector<int> Parser::typeArguments() {
-    if (!at("(")) return {};
-    return parenthesized([this] {
-        return list([this] {
-            constexpr std::int64_t kTooLarge = 1'000'000;
-            return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
-        });
-    });
 }
 
 // There is only one collation: case-insensitive, accent-sensitive.

@@ -125,7 +125,6 @@ class Parser {
     std::vector<ast::TableRefPtr> from();
     std::vector<ast::OrderItem> orderBy();
     std::optional<std::int64_t> options();  // returns MAXRECURSION
-    std::int64_t maxRecursion();
 
     // ---- statements (ParserStatements.cpp)
     ast::Block batch();
@@ -158,7 +157,6 @@ class Parser {
         return peek(ahead).initial == phrase.front() ? matchWhole(phrase, ahead) : 0;
     }
     std::size_t matchWhole(std::string_view phrase, std::size_t ahead) const;
-    std::vector<int> typeArguments();
 
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;

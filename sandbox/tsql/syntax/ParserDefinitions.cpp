@@ -360,10 +360,6 @@ Statement::Node alterTable(Parser& in) {
 
 // ---- modules
 
-bool atModule(const Parser& in) {
-    return in.at("PROCEDURE") || in.at("PROC") || in.at("FUNCTION") || in.at("VIEW");
-}
-
 // Options of modules that change no result.
 void moduleOptions(Parser& in) {
     const auto option = [&] {
@@ -537,9 +533,9 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     CreateModule module;
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
-    if (atModule(in)) {
+    const bool procedure = in.at("PROCEDURE") || in.at("PROC");
+    if (procedure || in.at("FUNCTION") || in.at("VIEW")) {
         if (first) return createModule(in, std::move(module));
-        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
         throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
                                    {procedure ? "CREATE/ALTER PROCEDURE"
                                               : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),

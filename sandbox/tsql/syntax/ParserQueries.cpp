@@ -342,27 +342,22 @@ std::vector<OrderItem> Parser::orderBy() {
     });
 }
 
-std::int64_t Parser::maxRecursion() {
-    constexpr std::int64_t kMost = 32767;
-    const int line = peek().line;
-    const std::int64_t value = expectInteger();
-    if (value > kMost)
-        throw SyntaxError(sqlError(message::kMaxRecursionTooLarge, {std::to_string(value)}), line);
-    return value;
-}
-
 // Of the query hints, only MAXRECURSION changes a result.
 std::optional<std::int64_t> Parser::options() {
+    constexpr std::int64_t kMost = 32767;
     std::optional<std::int64_t> most;
     if (!accept("OPTION")) return most;
     expect("(");
     while (!accept(")")) {
+        const int line = peek().line;
         if (accept("MAXRECURSION"))
-            most = maxRecursion();
+            most = expectInteger();
         else if (at("("))
             skipParenthesized();
         else if (takeToken().kind == TokenKind::End)
             throwSyntaxError();
+        if (most > kMost)
+            throw SyntaxError(sqlError(message::kMaxRecursionTooLarge, {std::to_string(*most)}), line);
     }
     return most;
 }

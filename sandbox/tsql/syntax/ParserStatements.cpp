@@ -250,10 +250,6 @@ Statement::Node waitFor(Parser& in) {
 
 // ---- calls
 
-bool atArgument(const Parser& in) {
-    return in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON");
-}
-
 // Argument `number`, from 1.
 Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     Argument argument;
@@ -303,7 +299,7 @@ Statement::Node execute(Parser& in) {
         named = named || !read.name.empty();
         return read;
     };
-    if (atArgument(in)) node.arguments = in.list(next);
+    if (in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON")) node.arguments = in.list(next);
     in.throwIfAt("WITH RESULT", "EXECUTE ... WITH RESULT SETS");
     in.accept("WITH RECOMPILE");
     return node;

@@ -101,13 +101,10 @@ bool hasScale(TypeId id) {
     return id == TypeId::Time || id == TypeId::DateTime2;
 }
 
-bool mayBeMax(TypeId id) {
-    return id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
-}
-
 void checkLength(TypeId id, int length) {
     const int most = isNational(id) ? kMaxNational : kMaxBytes;
-    if (length == SqlType::kMax && mayBeMax(id)) return;
+    const bool mayBeMax = id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
+    if (length == SqlType::kMax && mayBeMax) return;
     if (length < 1) throw sqlError(message::kInvalidLength, {std::to_string(length)});
     if (length > most)
         throw sqlError(message::kSizeExceedsMaximum,
