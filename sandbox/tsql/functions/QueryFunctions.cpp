@@ -130,14 +130,8 @@ Value charactersOf(const SqlType& type) {
 
 // sys.columns.precision; for a date or time, the length of its string form.
 Value digitsOf(const SqlType& type) {
-    constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kReal = 24, kFloat = 53;
-    const int point = type.scale ? type.scale + 1 : 0;
-    if (type.id == TypeId::Date) return std::int64_t{kDate};
-    if (type.id == TypeId::Time) return std::int64_t{kSeconds - kDate - 1 + point};
-    if (type.id == TypeId::SmallDateTime) return std::int64_t{kMinutes};
-    if (isDateTime(type.id)) return std::int64_t{kSeconds + point};
-    if (isApproximate(type.id)) return std::int64_t{type.id == TypeId::Real ? kReal : kFloat};
-    return std::int64_t{isExact(type.id) ? precisionOf(type) : 0};
+    const int fraction = isDateTime(type.id) && type.scale > 0 ? type.scale + 1 : 0;
+    return std::int64_t{precisionOf(type) + fraction};
 }
 
 // Names and numbers of the types, with those that are others here.

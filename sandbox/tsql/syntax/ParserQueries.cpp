@@ -57,15 +57,14 @@ Select select(Parser& in) {
     return select;
 }
 
-QueryPtr queryTerm(Parser& in) {
-    const int line = in.peek().line;
-    if (!in.at("(")) return queryOf(line, select(in));
-    return in.parenthesized([&] { return in.query(); });
-}
-
 // INTERSECT binds more tightly than the others.
 QueryPtr setOperations(Parser& in, bool intersect) {
-    const auto operand = [&] { return intersect ? queryTerm(in) : setOperations(in, /*intersect=*/true); };
+    const auto operand = [&] {
+        if (!intersect) return setOperations(in, /*intersect=*/true);
+        const int line = in.peek().line;
+        if (!in.at("(")) return queryOf(line, select(in));
+        return in.parenthesized([&] { return in.query(); });
+    };
     QueryPtr left = operand();
     for (int chain = 0; in.at("INTERSECT") == intersect; in.checkChain(++chain)) {
         const int line = in.peek().line;
@@ -209,12 +208,6 @@ bool acceptStar(Parser& in, SelectItem& item) {
     return in.accept("*");
 }
 
-bool atAssignment(const Parser& in) {
-    return in.atVariable() && (in.at("=", 1) || std::ranges::any_of(kAssignments, [&](const auto& each) {
-                                   return in.at(each.first, 1);
-                               }));
-}
-
 }  // namespace
 
 bool Parser::atQuery() const {
@@ -283,7 +276,10 @@ ExprPtr Parser::top(bool mayBeBare) {
 SelectItem Parser::selectItem() {
     SelectItem item;
     if (acceptStar(*this, item)) return item;
-    if (atAssignment(*this)) {
+    const bool assigns = at("=", 1) || std::ranges::any_of(kAssignments, [this](const auto& each) {
+                             return at(each.first, 1);
+                         });
+    if (atVariable() && assigns) {
         item.variable = expectVariable();
         item.value = assignedValue(item.variable);
         return item;

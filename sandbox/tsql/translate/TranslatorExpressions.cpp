@@ -10,11 +10,6 @@ using namespace ast;
 
 namespace {
 
-// Removes the closing parenthesis, so that operands can be appended: "(a || b" from "(a || b)".
-std::string reopened(const std::string& sql) {
-    return sql.substr(0, sql.size() - 1);
-}
-
 // (SELECT NULL), for rows in any order. SQLite would sort by it, all rows before the first.
 bool isConstantQuery(const Expr& expr) {
     const auto* query = std::get_if<ScalarQuery>(&expr.node);
@@ -296,8 +291,9 @@ std::string Translator::test(const Compare& compare) {
 std::string Translator::test(const Logic& logic) {
     const auto* inner = std::get_if<Logic>(&logic.left->node);
     const std::string left = condition(*logic.left);
-    return (inner && inner->isAnd == logic.isAnd ? reopened(left) : "(" + left) +
-           (logic.isAnd ? " AND " : " OR ") + condition(*logic.right) + ")";
+    const bool joins = inner && inner->isAnd == logic.isAnd;  // a AND b: "(a AND b" AND c
+    return (joins ? left.substr(0, left.size() - 1) : "(" + left) + (logic.isAnd ? " AND " : " OR ") +
+           condition(*logic.right) + ")";
 }
 
 std::string Translator::test(const Not& negation) {
