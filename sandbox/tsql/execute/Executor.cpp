@@ -236,21 +236,14 @@ void Executor::afterError(const Message& message, bool raised) {
         rollBack();
         throw BatchEnd{};
     }
-    if (endsHere) {
-        done(-1);  // separates the error from the next statement's rows
-        throw ScopeEnd{};
-    }
-    if (refused) {
-        done(-1);
-        throw BatchEnd{};
-    }
-    if (!raised && !verb.empty())
+    if (!raised && !verb.empty() && !endsHere && !refused)
         report({message::kStatementTerminated, 0, 0, message.line, message.procedure,
                 "The statement has been terminated."});
-    done(-1);
+    done(-1);  // separates the error from the next statement's rows
+    if (endsHere) throw ScopeEnd{};
+    if (refused) throw BatchEnd{};
 }
 
-// Warns that an aggregate has ignored NULLs.
 void Executor::warnOfNulls() {
     if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(message::kNullEliminated);
 }
@@ -302,7 +295,6 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
     return values;
 }
 
-// Evaluates an expression in SQLite.
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
     PreparedStatement statement(m_connection, "SELECT " + sql);

@@ -120,7 +120,6 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
                         &moduleOf(*batch), found->id};
 }
 
-// Runs `work` with `frame` as the current frame.
 void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
     if (m_frames.size() >= kDeepestCall) throw sqlError(message::kCallsNestedTooDeeply);
     m_frames.push_back(&frame);

@@ -167,28 +167,14 @@ Typed argument(const FunctionInfo& function, std::size_t i, char letter, const T
     return coerce(value, wanted);
 }
 
-// Parsed pattern of arguments: their letters, and the allowed numbers of arguments.
-struct Signature {
-    std::string letters;
-    std::size_t least = 0, most = 0;
-};
-
-Signature signatureOf(const FunctionInfo& function) {
-    Signature result;
-    for (const char letter : function.arguments)
-        if (isArgument(letter)) result.letters += letter;
-    const std::string_view required = function.arguments.substr(0, function.arguments.find('['));
-    result.least = static_cast<std::size_t>(std::ranges::count_if(required, isArgument));
-    result.most = function.arguments.find('*') == std::string_view::npos ? result.letters.size() : kAnyNumber;
-    return result;
-}
-
-void checkCount(const FunctionInfo& function, const Signature& signature, std::size_t count) {
-    if (count >= signature.least && count <= signature.most) return;
-    const std::string least = std::to_string(signature.least);
-    if (signature.least == signature.most)
-        throw sqlError(message::kFunctionNeedsArguments, {function.name, least});
-    throw sqlError(message::kFunctionTakesArguments, {function.name, least, std::to_string(signature.most)});
+void checkCount(const FunctionInfo& function, std::size_t letters, std::size_t count) {
+    const std::string_view pattern = function.arguments, required = pattern.substr(0, pattern.find('['));
+    const auto least = static_cast<std::size_t>(std::ranges::count_if(required, isArgument));
+    const std::size_t most = pattern.find('*') == std::string_view::npos ? letters : kAnyNumber;
+    if (count >= least && count <= most) return;
+    throw least == most ? sqlError(message::kFunctionNeedsArguments, {function.name, std::to_string(least)})
+                        : sqlError(message::kFunctionTakesArguments,
+                                   {function.name, std::to_string(least), std::to_string(most)});
 }
 
 }  // namespace
@@ -234,19 +220,19 @@ const FunctionInfo* findFunction(std::string_view name) {
 }
 
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {
-    const Signature signature = signatureOf(function);
-    checkCount(function, signature, arguments.size());
+    std::string letters;
+    std::ranges::copy_if(function.arguments, std::back_inserter(letters), isArgument);
+    const auto letterOf = [&](std::size_t i) { return letters[std::min(i, letters.size() - 1)]; };
+    checkCount(function, letters.size(), arguments.size());
     if (function.kind == FunctionKind::Aggregate && arguments[0].word == "*")
         return {"count(*)", function.result.of(arguments)};
     std::vector<Typed> pieces;
     for (std::size_t i = 0; i < arguments.size(); ++i)
-        pieces.push_back(argument(function, i, signature.letters[std::min(i, signature.letters.size() - 1)],
-                                  arguments[i]));
+        pieces.push_back(argument(function, i, letterOf(i), arguments[i]));
     if (function.takesDatePart()) checkDatePart(pieces, function.name);
     const SqlType type = function.result.of(pieces);
     for (std::size_t i = 0; i < pieces.size(); ++i)
-        if (signature.letters[std::min(i, signature.letters.size() - 1)] == 'R')
-            pieces[i] = coerce(pieces[i], type);
+        if (letterOf(i) == 'R') pieces[i] = coerce(pieces[i], type);
     std::string sql = function.write(function, pieces, type);
     if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
     Typed result{sql, type};

@@ -27,7 +27,6 @@ Value runNewId(const SqlCall&) {
 
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
-// Returns the value of a property, or NULL for an unknown name.
 Value propertyIn(const Properties& properties, std::string_view name) {
     for (const auto& [property, value] : properties)
         if (sameWord(property, name)) return value;

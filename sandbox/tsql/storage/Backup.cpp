@@ -105,7 +105,6 @@ class TemporaryFile {
     fs::path m_path;
 };
 
-// Checksum of the first `size` bytes of a file.
 std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& progress) {
     crypto_generichash_state state;
     crypto_generichash_init(&state, nullptr, 0, kChecksum);

@@ -181,7 +181,6 @@ void Parser::collation() {
     expectName();
 }
 
-// Skips to the matching closing parenthesis.
 void Parser::skipParenthesized() {
     int depth = 0;
     do {

@@ -250,7 +250,6 @@ Statement::Node waitFor(Parser& in) {
 
 // ---- calls
 
-// Argument `number`, from 1.
 Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     Argument argument;
     if (onlyNamed && !in.at("=", 1))

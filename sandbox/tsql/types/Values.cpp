@@ -256,7 +256,8 @@ class Converter {
         if (isDateTime(m_from.id)) return formatDateTime(fromStorage(text()), m_from, m_style);
         if (isMoney(m_from.id)) return moneyText();
         if (isApproximate(m_from.id)) return floatText();
-        if (isBinary(m_from.id)) return m_style > 0 ? hexText() : binaryAsText();
+        if (isBinary(m_from.id) && m_style > 0) return (m_style == 1 ? "0x" : "") + hexDigits(blob());
+        if (isBinary(m_from.id)) return binaryAsText();
         if (isExact(m_from.id)) return scaledText(exact(), m_from.scale);
         return std::string(text());
     }
@@ -284,8 +285,6 @@ class Converter {
             result.insert(exponent + 2, 1, '0');
         return result;
     }
-
-    std::string hexText() const { return (m_style == 1 ? "0x" : "") + hexDigits(blob()); }
 
     // Each byte is a character of varchar; each two bytes, in little-endian order, are one of nvarchar.
     std::string binaryAsText() const {
