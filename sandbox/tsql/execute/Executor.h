@@ -67,6 +67,8 @@ struct Settings {
     }
 };
 
+using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+
 class Executor final : public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
@@ -174,7 +176,6 @@ class Executor final : public NameResolver, public FunctionSession {
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
                             std::int64_t most = 0);
     // Passes the rows that `work` sends to `handler` instead of the client.
-    using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
     void divert(const RowHandler& handler, const std::function<void()>& work);
     void selectInto(const ast::Query& query, const ast::ObjectName& name);
     ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,

@@ -1,4 +1,4 @@
-// CREATE, ALTER and DROP of tables and indexes.
+// CREATE, ALTER and DROP of tables, indexes and schemas.
 #include <algorithm>
 
 #include "execute/Executor.h"

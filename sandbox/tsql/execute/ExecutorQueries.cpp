@@ -20,8 +20,6 @@ constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for c
 constexpr int kCountErrors[] = {message::kMoreInsertColumnsThanValues, message::kFewerInsertColumnsThanValues,
                                 message::kFewerSelectedThanInserted, message::kMoreSelectedThanInserted};
 
-using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
-
 // Sink that passes rows to a function and everything else to the client.
 class DivertingSink final : public ResultSink {
   public:

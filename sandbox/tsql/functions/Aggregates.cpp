@@ -106,7 +106,7 @@ Value spread(const Gathered& gathered, const Aggregate&) {
     return root ? std::sqrt(variance) : variance;
 }
 
-Value joinedText(const Gathered& gathered, const Aggregate&) {
+Value aggregatedText(const Gathered& gathered, const Aggregate&) {
     std::vector<const Gathered::Part*> order;
     for (const auto& part : gathered.parts) order.push_back(&part);
     std::stable_sort(order.begin(), order.end(), [&](const auto* left, const auto* right) {
@@ -144,7 +144,7 @@ const Aggregate kAggregates[] = {
     {"ts_stdevp", 1, addSpread, spread<false, true>},
     {"ts_var", 1, addSpread, spread<true, false>},
     {"ts_varp", 1, addSpread, spread<false, false>},
-    {"ts_string_agg", -1, addText, joinedText},
+    {"ts_string_agg", -1, addText, aggregatedText},
 };
 
 const Binding<Aggregate>& bindingOf(sqlite3_context* call) {

@@ -175,7 +175,6 @@ class Translator {
     std::string sortKeys(const std::vector<ast::OrderItem>& items);
     std::vector<Typed> callArguments(const ast::Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ast::ExprPtr>& exprs);
-    Typed parameter(std::string_view name);
     static std::string liveValue(const std::string& key);
     static bool isNamed(const Source& source, std::span<const std::string> qualifier);
     const SourceColumn* findColumn(const ast::ColumnRef& column, Scope& scope, const Source*& source);

@@ -58,15 +58,12 @@ Typed Translator::node(const Literal& literal) {
     return tsql::literal(literal.constant);
 }
 
-Typed Translator::node(const VariableRef& variable) {
-    return parameter(variable.name);
-}
-
 std::string Translator::liveValue(const std::string& key) {
     return "ts_variable(" + quotedText(key) + ")";
 }
 
-Typed Translator::parameter(std::string_view name) {
+Typed Translator::node(const VariableRef& variable) {
+    const std::string& name = variable.name;
     const SqlType type = m_names.variableType(name);
     if (const auto live = m_live.find(name); live != m_live.end()) {
         if (m_sorted && live->second == liveValue(live->first))
@@ -75,7 +72,7 @@ Typed Translator::parameter(std::string_view name) {
     }
     auto found = std::ranges::find_if(m_parameters,
                                       [&](const Parameter& each) { return sameWord(each.variable, name); });
-    if (found == m_parameters.end()) found = m_parameters.insert(found, {std::string(name)});
+    if (found == m_parameters.end()) found = m_parameters.insert(found, {name});
     return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
 }
 

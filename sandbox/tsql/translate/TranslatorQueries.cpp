@@ -472,7 +472,8 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
 // STRING_SPLIT(text, separator)
 std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
-        throw sqlError(message::kInvalidObjectName, {table.name.name});
+        throw sqlError(message::kInvalidObjectName,
+                       {(table.name.schema.empty() ? "" : table.name.schema + ".") + table.name.name});
     if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
     const auto pieces =
         table.applied ? values(*table.arguments) : blind([&] { return values(*table.arguments); });
