@@ -572,7 +572,7 @@ Flow Executor::run(const TransferObject& transfer) {
         if (!schema || schema->isOfSystem)
             throw sqlError(message::kSecurableNotFound, {"alter", "schema", transfer.schema});
         auto moved = object(transfer.object);
-        if (!moved || moved->parent != 0)
+        if (!moved || moved->parent != 0 || !transfer.object.database.empty())
             throw sqlError(message::kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
         if (sameText(moved->schemaName, schema->name)) return;
         auto references = owner.keysTo(moved->id);

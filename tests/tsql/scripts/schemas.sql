@@ -85,7 +85,20 @@ CREATE FUNCTION sales.price (@id int) RETURNS int AS BEGIN RETURN (SELECT n * 10
 CREATE FUNCTION sales.codes (@least int) RETURNS TABLE AS RETURN SELECT code FROM item WHERE n >= @least -->
 CREATE VIEW sales.v AS SELECT id, code FROM item WHERE n > 2 -->
 CREATE VIEW v AS SELECT code FROM sales.v -->
+ALTER VIEW sales.v AS SELECT code FROM dbo.v --> Msg 4429, Level 16, State 1, Line 1, Procedure v: View or function 'v' contains a self-reference. Views or functions cannot reference themselves directly or indirectly.
+CREATE PROCEDURE sales.work AS
+SET NOCOUNT ON
+CREATE TABLE made (x int)
+SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('made')) AS made
+DROP TABLE made
+UPDATE item SET note = 'y' WHERE id = 40
+DELETE item WHERE id = 40
+INSERT item (code, n) VALUES ('f', 4)
+EXEC sp_executesql N'SELECT COUNT(*) AS dynamic FROM item' -->
+EXEC sales.work
 EXEC sales.list 1
+--> made nvarchar(128)? = dbo
+--> dynamic int? = 2
 --> what varchar(4) = list | n int? = 4 (1 rows)
 --> helper nvarchar(257)? = sales.helper (1 rows)
 --> dynamic int? = 2 (1 rows)
@@ -94,7 +107,7 @@ list --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure '
 EXEC nowhere.list --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'nowhere.list'.
 SELECT sales.price(6) AS p, (SELECT COUNT(*) FROM sales.codes(3)) AS c, (SELECT COUNT(*) FROM v) AS v
 SELECT sales.v.id FROM sales.v WHERE v.code = 'e'
---> p int? = 80 | c int? = 2 | v int? = 2 (1 rows)
+--> p int? = 80 | c int? = 3 | v int? = 3 (1 rows)
 --> id int* = 41 (1 rows)
 SELECT dbo.price(6) --> Msg 4121, Level 16, State 1, Line 1: Cannot find either column "dbo" or the user-defined function or aggregate "dbo.price", or the name is ambiguous.
 SELECT sales.price() --> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function sales.price.
@@ -134,11 +147,12 @@ SELECT COL_LENGTH('sales.item', 'code') AS a, OBJECT_ID('sales.') AS b, OBJECT_I
 --> sales | price | FN
 --> sales | UQ_code | UQ
 --> sales | v | V
+--> sales | work | P
 --> Stock Room | FK_own | F
 --> Stock Room | FK_plain | F
 --> Stock Room | FK_sales | F
 --> Stock Room | part | U
---> Stock Room | PK_part | PK (20 rows)
+--> Stock Room | PK_part | PK (21 rows)
 --> name nvarchar(128)? | uid smallint? = item | 1; item | 5 (2 rows)
 --> TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
 --> dbo | item | BASE TABLE
@@ -155,7 +169,8 @@ SELECT COL_LENGTH('sales.item', 'code') AS a, OBJECT_ID('sales.') AS b, OBJECT_I
 --> sales | codes
 --> sales | helper
 --> sales | list
---> sales | price (4 rows)
+--> sales | price
+--> sales | work (5 rows)
 --> SCHEMA_NAME nvarchar(128)? | SCHEMA_OWNER nvarchar(128)?
 --> dbo | dbo
 --> guest | guest
@@ -180,6 +195,7 @@ ALTER SCHEMA dbo TRANSFER sales.item --> Msg 15530, Level 16, State 1, Line 1: T
 ALTER SCHEMA [Stock Room] TRANSFER OBJECT::sales.item
 ALTER SCHEMA sales TRANSFER [Stock Room].part
 ALTER SCHEMA dbo TRANSFER sales.price -->
+ALTER SCHEMA dbo TRANSFER shop.sales.helper --> Msg 15151, Level 16, State 1, Line 1: Cannot find the object 'shop.sales.helper', because it does not exist or you do not have permission.
 ALTER SCHEMA dbo TRANSFER TYPE::sales.t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRANSFER TYPE.
 SELECT SCHEMA_NAME(schema_id) AS s, name FROM sys.objects WHERE name LIKE '%item' OR name LIKE '%part' OR name LIKE 'FK%' OR name IN ('price', 'UQ_code') ORDER BY 2, 1
 INSERT sales.part VALUES (6, 6, 1, 2)
@@ -200,6 +216,16 @@ SELECT item, k FROM sales.part
 INSERT sales.part VALUES (7, 6, 1, 3) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_sales". The conflict occurred in database "shop", table "Stock Room.item", column 'id'. (3621)
 INSERT sales.part VALUES (6, 6, 9, 3) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_own". The conflict occurred in database "shop", table "sales.part", column 'k'. (3621)
 DROP TABLE [Stock Room].item --> Msg 3726, Level 16, State 1, Line 1: Could not drop object 'Stock Room.item' because it is referenced by a FOREIGN KEY constraint.
+CREATE TABLE checked (a int CONSTRAINT CK_a CHECK (a > LEN('x')), b int)
+CREATE UNIQUE INDEX ix_b ON checked (b) WHERE b > 0
+INSERT checked VALUES (2, 1)
+ALTER SCHEMA sales TRANSFER checked
+ALTER TABLE sales.checked ADD c int
+INSERT sales.checked VALUES (3, 1, NULL)
+--> (1 changed)
+--> Msg 2601, Level 14, State 1, Line 6: Cannot insert duplicate key row in object 'sales.checked' with unique index 'ix_b'. (3621)
+INSERT sales.checked VALUES (1, 2, NULL) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_a". The conflict occurred in database "shop", table "sales.checked", column 'a'. (3621)
+DROP TABLE sales.checked -->
 DELETE [stock room].item WHERE id = 6 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_sales". The conflict occurred in database "shop", table "sales.part", column 'item'. (3621)
 BEGIN TRANSACTION -->
 CREATE SCHEMA brief -->
@@ -215,7 +241,7 @@ SELECT SCHEMA_ID('brief') AS id
 SELECT 1 AS [a] INTO [sales].[x]
 DROP TABLE sales.part, [Stock Room].item, sales.x
 DROP SCHEMA [Stock Room]
-DROP PROCEDURE sales.list, sales.helper
+DROP PROCEDURE sales.list, sales.helper, sales.work
 DROP VIEW sales.v
 DROP FUNCTION IF EXISTS sales.codes
 DROP SCHEMA sales
