@@ -7,13 +7,6 @@
 #include "types/Text.h"
 
 namespace tsql {
-namespace {
-
-bool isWithinTable(const ObjectInfo& foreignKey) {
-    return sameText(foreignKey.table, foreignKey.stored);
-}
-
-}  // namespace
 
 std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
     const auto referenced = catalogue.table(key.stored);
@@ -74,7 +67,8 @@ SqlError conflict(std::string_view verb, std::string_view type, const TableInfo&
 SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, const ObjectInfo& key) {
     ObjectInfo named = key;
     named.columns = referencedColumns(catalogue, key);
-    return conflict(verb, isWithinTable(key) ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
+    const bool isWithinTable = sameText(key.table, key.stored);
+    return conflict(verb, isWithinTable ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
                     *catalogue.table(key.stored), named);
 }
 
@@ -114,7 +108,8 @@ SqlError BrokenConstraint::brokenReference() const {
     std::erase_if(others, [&](const ObjectInfo& key) { return !isReferred(key); });
     if (others.size() != 1) return conflict(m_change.verb, "REFERENCE", m_change.target, {});
     const ObjectInfo& key = others.front();
-    return conflict(m_change.verb, isWithinTable(key) ? "SAME TABLE REFERENCE" : "REFERENCE",
+    const bool isWithinTable = sameText(key.table, key.stored);
+    return conflict(m_change.verb, isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *m_catalogue.table(key.table), key);
 }
 

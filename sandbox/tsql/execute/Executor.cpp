@@ -150,7 +150,15 @@ Flow Executor::runStatement(const Statement& statement) {
         if (isSkipping() && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
         if (m_settings.describeOnly) return describe(statement);
         if (beginsImplicitly(statement)) begin({});
-        return std::visit([this](const auto& node) { return run(node); }, statement.node);
+        return std::visit(
+            [this]<typename Node>(const Node& node) {
+                constexpr bool defines =
+                    isOneOf<Node, AlterTable, CreateIndex, AlterIndex, Drop, Truncate, Maintenance>;
+                std::string& schemaName = m_frames.back()->schemaName;  // definitions use the caller's: dbo
+                const Temporarily outside(schemaName, defines ? std::string() : schemaName);
+                return run(node);
+            },
+            statement.node);
     });
 }
 

@@ -317,6 +317,7 @@ class Executor final : public NameResolver, public FunctionSession {
     struct Global;
     static const std::vector<Global>& globals();
     static const Global& global(std::string_view name);
+    std::optional<ObjectInfo> visibleObject(const ast::ObjectName& name);
     static std::string asWritten(const ast::ObjectName& name);
     static ObjectInfo newObject(const Catalogue& owner, const ast::ObjectName& name, std::string_view type);
     TableInfo table(const ast::ObjectName& name, int missing, int state = 0);

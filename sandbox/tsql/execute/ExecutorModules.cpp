@@ -108,7 +108,7 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
     if (isTemporaryName(name.name)) return std::nullopt;
     ObjectName place = name;
-    auto found = object(place);
+    auto found = visibleObject(place);
     if ((!found || found->type != type) && name.database.empty() &&
         lowerAscii(name.name).starts_with("sp_")) {
         place.database = "master";

@@ -121,7 +121,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     const std::string& schemaName = name.schema.empty() ? m_frames.back()->schemaName : name.schema;
     const std::string key = databaseOf(name) + '/' + schemaName + '/' + name.name;
     if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
-    const auto found = object(name);
+    const auto found = visibleObject(name);
     if (!found || found->type != objectType::kTable) return std::nullopt;
     TableInfo table = catalogue(name).tableOf(*found);
     if (awaitsTransaction()) begin({});
@@ -129,15 +129,18 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     return table;
 }
 
-// An unqualified name in a module means an object of the module's schema or, if it has none, of dbo.
 std::optional<ObjectInfo> Executor::object(const ObjectName& name) {
     if (!name.database.empty() && !m_storage.exists(name.database)) return std::nullopt;
     const Catalogue owner = catalogue(name);
-    if (owner.isTemporary()) return owner.find(name.name);
-    const bool isPlain = name.schema.empty() && name.database.empty() && !m_frames.empty();
-    const std::string key = storedName(isPlain ? m_frames.back()->schemaName : name.schema, name.name);
-    auto found = owner.find(key);
-    return found || !isPlain || key == name.name ? found : owner.find(name.name);
+    return owner.find(owner.isTemporary() ? name.name : storedName(name.schema, name.name));
+}
+
+// In a module, an unqualified name means an object of the module's schema or, if it has none, of dbo.
+std::optional<ObjectInfo> Executor::visibleObject(const ObjectName& name) {
+    const std::string& inner = m_frames.back()->schemaName;
+    if (name.schema.empty() && name.database.empty() && !inner.empty())
+        if (auto found = object({{}, inner, name.name, name.line})) return found;
+    return object(name);
 }
 
 // Returns an object that is about to be created. Throws error 2760 if there is no such schema.

@@ -5,7 +5,6 @@
 namespace tsql {
 namespace {
 
-// YEAR, MONTH, DAY
 template <DatePart part>
 SqlType ofDateType(Pieces pieces) {
     if (pieces[0].type.id == TypeId::Time)
@@ -17,7 +16,6 @@ DatePart partArgument(const SqlCall& call) {
     return static_cast<DatePart>(call.integer(0));
 }
 
-// (type)
 template <DateTime Now::*clock>
 Value runNow(const SqlCall& call) {
     return toStorage(call.context().now().*clock, call.type(0));
@@ -37,7 +35,6 @@ Value runDateDiff(const SqlCall& call) {
     return difference;
 }
 
-// (part, value)
 template <auto function>
 Value runOfDate(const SqlCall& call) {
     return function(partArgument(call), call.dateTime(1));

@@ -78,7 +78,6 @@ std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& re
            std::to_string(result.length) + ")";
 }
 
-// LAG, LEAD
 std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     std::vector<Typed> converted(pieces.begin(), pieces.end());
     if (converted.size() > 1)

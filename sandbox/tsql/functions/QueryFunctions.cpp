@@ -142,14 +142,12 @@ std::vector<std::pair<std::string, int>> typeNumbers() {
     return all;
 }
 
-// (number)
 Value runNameOfType(const SqlCall& call) {
     for (const auto& [name, id] : typeNumbers())
         if (id == call.integer(0)) return name;
     return Null{};
 }
 
-// (name)
 Value runIdOfType(const SqlCall& call) {
     for (const auto& [name, id] : typeNumbers())
         if (sameWord(name, parseObjectName(call.text(0)).name)) return id;

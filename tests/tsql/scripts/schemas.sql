@@ -91,6 +91,9 @@ SET NOCOUNT ON
 CREATE TABLE made (x int)
 SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('made')) AS made
 DROP TABLE made
+ALTER TABLE item ADD note varchar(5) NULL
+SELECT COL_LENGTH('item', 'note') AS dbo, COL_LENGTH('sales.other', 'note') AS sales
+ALTER TABLE item DROP COLUMN note
 UPDATE item SET note = 'y' WHERE id = 40
 DELETE item WHERE id = 40
 INSERT item (code, n) VALUES ('f', 4)
@@ -98,6 +101,7 @@ EXEC sp_executesql N'SELECT COUNT(*) AS dynamic FROM item' -->
 EXEC sales.work
 EXEC sales.list 1
 --> made nvarchar(128)? = dbo
+--> dbo smallint? = 5 | sales smallint? = NULL
 --> dynamic int? = 2
 --> what varchar(4) = list | n int? = 4 (1 rows)
 --> helper nvarchar(257)? = sales.helper (1 rows)
