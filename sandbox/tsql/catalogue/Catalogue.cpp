@@ -75,8 +75,10 @@ std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value
     std::vector<ObjectInfo> found;
     while (query.step()) {
         const std::string keys = query.text(5);
-        ObjectInfo& object = found.emplace_back(
-            ObjectInfo{query.integer(0), query.text(1), query.text(2), query.integer(3), query.text(4)});
+        const std::string key = query.text(1);
+        ObjectInfo& object = found.emplace_back(ObjectInfo{query.integer(0), std::string(bareName(key)),
+                                                           query.text(2), query.integer(3), query.text(4)});
+        object.schemaName = schemaOf(key);
         object.source = query.text(6);
         object.table = query.text(7);
         if (object.type != objectType::kTable)
@@ -92,54 +94,65 @@ std::optional<ObjectInfo> Catalogue::latest(const std::string& where, const Valu
     return found.empty() ? std::nullopt : std::optional(std::move(found.back()));
 }
 
-std::optional<ObjectInfo> Catalogue::find(std::string_view name) const {
-    return latest("o.name = ?1 AND o.type <> 'IX'", std::string(name));
+std::optional<ObjectInfo> Catalogue::find(std::string_view key) const {
+    return latest("o.name = ?1 AND o.type NOT IN ('IX', 'SCHEMA')", std::string(key));
 }
 
 std::optional<ObjectInfo> Catalogue::findById(std::int64_t id) const {
-    return latest("o.id = ?1 AND o.type <> 'IX'", id);
+    return latest("o.id = ?1 AND o.type NOT IN ('IX', 'SCHEMA')", id);
 }
 
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
-    return {object.id, m_database, object.name, m_schema, object.stored, object.seed, {}};
+    return {object.id,     m_database,  object.name,        m_schema,
+            object.stored, object.seed, columns(object.id), object.schemaName};
 }
 
-std::optional<TableInfo> Catalogue::table(std::string_view name) const {
-    const auto found = latest("o.name = ?1 AND o.type = 'U'", std::string(name));
-    if (!found) return std::nullopt;
-    TableInfo info = tableOf(*found);
-    info.columns = columns(info.id);
-    return info;
+std::optional<TableInfo> Catalogue::table(std::string_view key) const {
+    const auto found = latest("o.name = ?1 AND o.type = 'U'", std::string(key));
+    return found ? std::optional(tableOf(*found)) : std::nullopt;
+}
+
+std::vector<SchemaInfo> Catalogue::schemas() const {
+    std::vector<SchemaInfo> all = {
+        {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3, 0, true}, {"sys", 4, 0, true}};
+    const auto builtIn = static_cast<std::int64_t>(all.size());
+    for (auto& schema : objects("o.type = ?1", std::string(objectType::kSchema)))
+        all.push_back({std::move(schema.name), schema.id + builtIn, schema.id});
+    return all;
+}
+
+std::optional<SchemaInfo> Catalogue::schemaNamed(std::string_view name) const {
+    for (const auto& schema : schemas())
+        if (sameText(schema.name, name)) return schema;
+    return std::nullopt;
+}
+
+std::vector<ObjectInfo> Catalogue::objectsIn(std::string_view schemaName) const {
+    return objects("o.parent = 0 AND o.type <> 'SCHEMA' AND ts_schema_of(o.name) = ?1 COLLATE ts_ci",
+                   std::string(schemaName));
 }
 
 std::vector<ObjectInfo> Catalogue::keysOf(std::int64_t table) const {
     return objects("o.parent = ?1", table);
 }
 
-std::vector<ObjectInfo> Catalogue::keysTo(std::string_view table) const {
-    return objects("o.type = 'F' AND o.stored = ?1 COLLATE NOCASE", std::string(table));
+std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
+    return objects(
+        "o.type = 'F' AND o.stored = (SELECT r.name FROM $.tsqlbox_objects r WHERE r.id = ?1) COLLATE ts_ci",
+        table);
 }
 
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     PreparedStatement query(m_connection,
-                            inSchema("SELECT name, type, nullable, identity, fallback, output FROM "
+                            inSchema("SELECT name, type, nullable, identity, fallback, output, ordinal FROM "
                                      "$.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
                                      m_schema));
     query.bind(1, object);
     std::vector<TableColumn> columns;
     while (query.step())
         columns.push_back({query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
-                           query.integer(3) != 0, query.text(4), query.integer(5) != 0});
+                           query.integer(3) != 0, query.text(4), query.integer(5) != 0, query.integer(6)});
     return columns;
-}
-
-Value Catalogue::columnName(std::int64_t object, std::int64_t id) const {
-    PreparedStatement query(
-        m_connection,
-        inSchema("SELECT name FROM $.tsqlbox_columns WHERE object = ?1 AND ordinal = ?2", m_schema));
-    query.bind(1, object);
-    query.bind(2, id);
-    return query.step() ? Value(query.text(0)) : Value(Null{});
 }
 
 std::int64_t Catalogue::lastId() const {
@@ -149,7 +162,7 @@ std::int64_t Catalogue::lastId() const {
 void Catalogue::save(ObjectInfo& object) {
     const Value values[] = {
         object.id ? Value(object.id) : Value(Null{}),
-        object.name,
+        object.key(),
         object.type,
         object.parent,
         object.stored,
@@ -157,7 +170,8 @@ void Catalogue::save(ObjectInfo& object) {
         toStorage(timeNow().local, simpleType(TypeId::DateTime)),
         object.source};
     run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
-        "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET stored = ?5, keys = ?6, source = ?8",
+        "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, keys = ?6, "
+        "source = ?8",
         values);
     if (!object.id) object.id = sqlite3_last_insert_rowid(m_connection.handle());
 }
@@ -168,7 +182,7 @@ void Catalogue::remove(std::int64_t object) {
     run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
 }
 
-void Catalogue::addColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
+void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
     for (const auto& column : columns) {
         const Value values[] = {object,
                                 column.name,
@@ -176,19 +190,14 @@ void Catalogue::addColumns(std::int64_t object, const std::vector<TableColumn>& 
                                 std::int64_t{column.nullable},
                                 std::int64_t{column.identity},
                                 column.byDefault,
-                                std::int64_t{column.output}};
-        run("INSERT INTO $.tsqlbox_columns SELECT ?1, coalesce(max(ordinal), 0) + 1, ?2, ?3, ?4, ?5, ?6, ?7 "
-            "FROM $.tsqlbox_columns WHERE object = ?1",
+                                std::int64_t{column.output},
+                                column.id};
+        run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), ?2, ?3, "
+            "?4, "
+            "?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 ON CONFLICT (object, ordinal) DO UPDATE SET "
+            "type = ?3, nullable = ?4, fallback = ?6",
             values);
     }
-}
-
-void Catalogue::changeColumn(std::int64_t object, const TableColumn& column) {
-    const Value values[] = {object, column.name, encodeType(column.type), std::int64_t{column.nullable},
-                            column.byDefault};
-    run("UPDATE $.tsqlbox_columns SET type = ?3, nullable = ?4, fallback = ?5 WHERE object = ?1 AND name = "
-        "?2",
-        values);
 }
 
 void Catalogue::removeColumns(std::int64_t object, std::string_view name) {

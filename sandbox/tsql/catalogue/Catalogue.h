@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "catalogue/SchemaName.h"
 #include "storage/Connection.h"
 
 namespace tsql {
@@ -18,19 +19,23 @@ struct TableColumn {
     bool identity = false;
     std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
     bool output = false;         // OUTPUT parameter of a procedure
+    std::int64_t id = 0;         // column_id
 };
+using ColumnList = std::vector<const TableColumn*>;  // columns of one TableInfo
 
 struct TableInfo {
     std::int64_t id = 0;
     std::string database;  // as named in messages
     std::string name;
-    std::string schema;     // in SQLite, quoted
+    std::string schema;     // of SQLite, quoted
     std::string stored;     // name in SQLite
     std::int64_t seed = 1;  // of the identity
     std::vector<TableColumn> columns;
+    std::string schemaName{kDefaultSchema};  // of T-SQL
 
     std::string sqlName() const { return schema + "." + quotedName(stored); }
-    std::string fullName() const { return database + ".dbo." + name; }
+    std::string qualifiedName() const { return schemaName + "." + name; }
+    std::string fullName() const { return database + "." + qualifiedName(); }
     const TableColumn* column(std::string_view columnName) const;
     const TableColumn* identityColumn() const;
 };
@@ -39,20 +44,30 @@ struct TableInfo {
 namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
-                                  kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX";
+                                  kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX",
+                                  kSchema = "SCHEMA";
 }
 
-// A row of the catalogue: a table, a module, a constraint or an index.
+// A row of the catalogue: a table, a module, a constraint, an index or a schema.
 struct ObjectInfo {
     std::int64_t id = 0;  // 0: not in the catalogue yet
     std::string name;
     std::string type;
     std::int64_t parent = 0;  // table of a constraint or index
-    std::string stored = {};  // name of a table in SQLite; table of a foreign key; filter of an index
+    std::string stored = {};  // name of a table in SQLite; key() of a foreign key's table; filter of an index
     std::vector<std::string> columns = {};  // of a constraint or index
     std::string source = {};                // text of a module; Constraint::source; kUniqueIndex
-    std::string table = {};                 // name of the parent
+    std::string table = {};                 // key() of the parent
     std::int64_t seed = 1;                  // of a table's identity
+    std::string schemaName{kDefaultSchema};
+
+    std::string key() const { return storedName(schemaName, name); }  // its name in the catalogue
+};
+struct SchemaInfo {
+    std::string name;
+    std::int64_t id;          // in sys.schemas
+    std::int64_t object = 0;  // id of its row; 0: every database has it
+    bool isOfSystem = false;  // sys, INFORMATION_SCHEMA: without objects of users
 };
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
 inline bool isUniqueKey(const ObjectInfo& key) {
@@ -76,28 +91,29 @@ class Catalogue {
 
     const std::string& schema() const { return m_schema; }
     bool isTemporary() const { return m_schema == kTempSchema; }
-    // Returns the newest object of that name that is not an index.
-    std::optional<ObjectInfo> find(std::string_view name) const;
+    // Return an object that is neither an index nor a schema; of several with that key the newest one.
+    std::optional<ObjectInfo> find(std::string_view key) const;
     std::optional<ObjectInfo> findById(std::int64_t id) const;
-    std::optional<TableInfo> table(std::string_view name) const;
+    std::optional<TableInfo> table(std::string_view key) const;
+    TableInfo tableOf(const ObjectInfo& object) const;
+    std::vector<SchemaInfo> schemas() const;
+    std::optional<SchemaInfo> schemaNamed(std::string_view name) const;
+    std::vector<ObjectInfo> objectsIn(std::string_view schemaName) const;  // without constraints and indexes
     std::vector<TableColumn> columns(std::int64_t object) const;
-    // Returns the name of the column with that column_id, or NULL.
-    Value columnName(std::int64_t object, std::int64_t id) const;
-    std::vector<ObjectInfo> keysOf(std::int64_t table) const;      // constraints and indexes
-    std::vector<ObjectInfo> keysTo(std::string_view table) const;  // foreign keys that reference it
+    std::vector<ObjectInfo> keysOf(std::int64_t table) const;  // constraints and indexes
+    std::vector<ObjectInfo> keysTo(std::int64_t table) const;  // foreign keys that reference it
     std::int64_t lastId() const;
 
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.
     void save(ObjectInfo& object);
     void remove(std::int64_t object);  // with its columns, keys and indexes
-    void addColumns(std::int64_t object, const std::vector<TableColumn>& columns);
-    void changeColumn(std::int64_t object, const TableColumn& column);
+    // As save(), for columns.
+    void saveColumns(std::int64_t object, const std::vector<TableColumn>& columns);
     void removeColumns(std::int64_t object, std::string_view name = {});  // all, or one
 
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
     std::optional<ObjectInfo> latest(const std::string& where, const Value& value) const;
-    TableInfo tableOf(const ObjectInfo& object) const;
     void run(std::string_view sql, std::span<const Value> values = {});
 
     Connection& m_connection;

@@ -7,21 +7,14 @@
 #include "types/Text.h"
 
 namespace tsql {
-namespace {
-
-bool isWithinTable(const ObjectInfo& foreignKey) {
-    return sameText(foreignKey.table, foreignKey.stored);
-}
-
-}  // namespace
 
 std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
     const auto referenced = catalogue.table(key.stored);
-    if (!referenced) throw sqlError(message::kReferencedTableUnknown, {key.name, key.stored});
+    if (!referenced) throw sqlError(message::kReferencedTableUnknown, {key.name, shownName(key.stored)});
     auto columns = parseConstraint(key.source).referencedColumns;
     for (const auto& name : columns)
         if (!referenced->column(name))
-            throw sqlError(message::kReferencedColumnUnknown, {key.name, name, key.stored});
+            throw sqlError(message::kReferencedColumnUnknown, {key.name, name, shownName(key.stored)});
     const bool implicit = columns.empty();
     const auto candidates = catalogue.keysOf(referenced->id);
     const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
@@ -30,12 +23,13 @@ std::vector<std::string> referencedColumns(const Catalogue& catalogue, const Obj
                               std::ranges::is_permutation(candidate.columns, columns, sameText);
     });
     if (fitting == candidates.end())
-        throw implicit ? sqlError(message::kReferencedTableWithoutPrimaryKey, {key.name, key.stored})
-                       : sqlError(message::kNoReferencedKey, {key.stored, key.name});
+        throw implicit
+            ? sqlError(message::kReferencedTableWithoutPrimaryKey, {key.name, shownName(key.stored)})
+            : sqlError(message::kNoReferencedKey, {shownName(key.stored), key.name});
     if (implicit) columns = fitting->columns;
     const auto& own = key.columns;
     if (own.size() != columns.size())
-        throw sqlError(message::kReferencedColumnCountDiffers, {key.name, key.stored});
+        throw sqlError(message::kReferencedColumnCountDiffers, {key.name, shownName(key.stored)});
     const TableInfo table = *catalogue.table(key.table);
     for (std::size_t i = 0; i < own.size(); ++i) {
         const SqlType &from = table.column(own[i])->type, &to = referenced->column(columns[i])->type;
@@ -63,16 +57,18 @@ bool anyRow(Connection& connection, const TableInfo& table, const std::string& c
 
 SqlError conflict(std::string_view verb, std::string_view type, const TableInfo& table,
                   const ObjectInfo& key) {
-    return sqlError(message::kConstraintConflict,
-                    {verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database, table.name,
-                     key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
+    return sqlError(
+        message::kConstraintConflict,
+        {verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database, table.qualifiedName(),
+         key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
 }
 
 // The message names the referenced columns.
 SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, const ObjectInfo& key) {
     ObjectInfo named = key;
     named.columns = referencedColumns(catalogue, key);
-    return conflict(verb, isWithinTable(key) ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
+    const bool isWithinTable = sameText(key.table, key.stored);
+    return conflict(verb, isWithinTable ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
                     *catalogue.table(key.stored), named);
 }
 
@@ -108,11 +104,12 @@ SqlError BrokenConstraint::brokenReference() const {
         if (m_connection.number(broken, m_change.values))
             return foreignKeyConflict(m_change.verb, m_catalogue, key);
     }
-    auto others = m_catalogue.keysTo(m_change.target.name);
+    auto others = m_catalogue.keysTo(m_change.target.id);
     std::erase_if(others, [&](const ObjectInfo& key) { return !isReferred(key); });
     if (others.size() != 1) return conflict(m_change.verb, "REFERENCE", m_change.target, {});
     const ObjectInfo& key = others.front();
-    return conflict(m_change.verb, isWithinTable(key) ? "SAME TABLE REFERENCE" : "REFERENCE",
+    const bool isWithinTable = sameText(key.table, key.stored);
+    return conflict(m_change.verb, isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *m_catalogue.table(key.table), key);
 }
 
@@ -137,12 +134,12 @@ SqlError BrokenConstraint::duplicateKey(std::string columns) const {
         if (!isUniqueKey(key) || !isMeant) continue;
         const std::string value = duplicateValue(key);
         if (key.type == objectType::kIndex)
-            return sqlError(message::kDuplicateKeyInIndex, {target.name, key.name, value});
+            return sqlError(message::kDuplicateKeyInIndex, {target.qualifiedName(), key.name, value});
         const bool primary = key.type == objectType::kPrimaryKey;
         return sqlError(message::kDuplicateKey,
-                        {primary ? "PRIMARY" : "UNIQUE", key.name, target.name, value});
+                        {primary ? "PRIMARY" : "UNIQUE", key.name, target.qualifiedName(), value});
     }
-    return sqlError(message::kDuplicateKey, {"UNIQUE", columns, target.name, ""});
+    return sqlError(message::kDuplicateKey, {"UNIQUE", columns, target.qualifiedName(), ""});
 }
 
 std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {

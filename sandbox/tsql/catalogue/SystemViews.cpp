@@ -12,8 +12,9 @@ namespace {
 //   $o, $c  tables of the catalogue    $d  name of the database     $s  SQLite's name of its schema     $L
 //   list of databases (name, id) $T      list of types (type)       $C  name of the collation    $S  list of
 //   sessions $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
+//   $SCHEMA_ID(name)  number of the schema of the object with that stored name
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
-//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $CONSTRAINT, $INDEX: the fragments below
+//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -21,7 +22,7 @@ struct ViewText {
 
 constexpr std::pair<std::string_view, std::string_view> kFragments[] = {
     {"$OBJECT",
-     R"(name sysname = o.name; object_id int = o.id; principal_id int = NULL; schema_id int = 1;
+     R"(name sysname = ts_bare_name(o.name); object_id int = o.id; principal_id int = NULL; schema_id int = $SCHEMA_ID(o.name);
 parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime
 = o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0;
 is_schema_published bit = 0)"},
@@ -30,6 +31,7 @@ is_schema_published bit = 0)"},
 WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
+    {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
     {"$TYPE",
      R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
 smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
@@ -41,22 +43,32 @@ ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
-    {"$TABLE", "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name"},
+    {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
+    {"$TABLE",
+     "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = ts_schema_of(o.name); TABLE_NAME sysname = "
+     "ts_bare_name(o.name)"},
     {"$CONSTRAINT",
-     "CONSTRAINT_CATALOG sysname = $d; CONSTRAINT_SCHEMA sysname = 'dbo'; CONSTRAINT_NAME sysname = n.name"},
+     R"(CONSTRAINT_CATALOG sysname = $d; CONSTRAINT_SCHEMA sysname = ts_schema_of(n.name);
+CONSTRAINT_NAME sysname = ts_bare_name(n.name))"},
+    {"$SPECIFIC",
+     R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = ts_schema_of(o.name);
+SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
 };
 
+// Those of the catalogue are numbered after the four that every database has.
+constexpr std::string_view kSchemas =
+    R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
+('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, 1 FROM $o WHERE type = 'SCHEMA') s)";
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V')";
 constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
 constexpr std::string_view kColumns =
-    R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name
-sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit
-= c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
+    R"($COLUMN; collation_name sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit =
+c.nullable; is_identity bit = c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
 'D' AND d.parent = c.object AND d.keys = c.name), 0))";
 
 constexpr ViewText kViews[] = {
@@ -70,11 +82,11 @@ is_in_standby bit = 0; recovery_model tinyint = 3; recovery_model_desc nvarchar(
     {"", "sysdatabases", "name sysname = name; dbid smallint = id; status int = 0; cmptlevel tinyint = 150",
      "$L"},
     {"", "sysobjects",
-     R"(name sysname = o.name; id int = o.id; xtype char(2) = o.type; uid smallint = 1; parent_obj int =
-o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K' ELSE
+     R"(name sysname = ts_bare_name(o.name); id int = o.id; xtype char(2) = o.type; uid smallint = $SCHEMA_ID(o.name); parent_obj
+int = o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K' ELSE
 o.type END)",
-     "$o o WHERE o.type <> 'IX'"},
-    {"sys", "objects", "$OBJECT", "$o o WHERE o.type <> 'IX'"},
+     "$o o WHERE o.type NOT IN ('IX', 'SCHEMA')"},
+    {"sys", "objects", "$OBJECT", "$o o WHERE o.type NOT IN ('IX', 'SCHEMA')"},
     {"sys", "tables",
      "$OBJECT; max_column_id_used int = (SELECT max(ordinal) FROM $c c WHERE c.object = o.id)",
      "$o o WHERE o.type = 'U'"},
@@ -98,7 +110,7 @@ parent_column_id int = c.ordinal; referenced_object_id int = r.id; referenced_co
 AND c.name = k.value COLLATE ts_ci JOIN $EACH($REFERENCED(o.source)) f ON f.key = k.key JOIN $c rc ON rc.object = r.id
 AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
     {"sys", "indexes",
-     R"(object_id int = o.parent; name sysname = o.name; index_id int = $INDEX; type tinyint = CASE o.type
+     R"(object_id int = o.parent; name sysname = ts_bare_name(o.name); index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
 'NONCLUSTERED' END; is_unique bit = o.type <> 'IX' OR o.source = 'UNIQUE';
 is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is_disabled bit = 0; is_hypothetical bit
@@ -107,12 +119,12 @@ is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is
     {"sys", "index_columns",
      R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =
 c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0; is_descending_key bit = coalesce((SELECT x.desc
-FROM pragma_index_xinfo(o.name || '@' || o.parent, $s) x WHERE x.seqno = k.key), 0))",
+FROM pragma_index_xinfo(ts_bare_name(o.name) || '@' || o.parent, $s) x WHERE x.seqno = k.key), 0))",
      R"($o o JOIN $EACH(o.keys) k JOIN $c c ON
 c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
-    {"", "sysindexes", "name sysname = o.name; id int = o.parent; indid smallint = $INDEX", kIndexes},
-    {"sys", "schemas", "name sysname = s.column1; schema_id int = s.column2; principal_id int = s.column2",
-     "(VALUES ('dbo', 1), ('INFORMATION_SCHEMA', 3), ('sys', 4)) s"},
+    {"", "sysindexes", "name sysname = ts_bare_name(o.name); id int = o.parent; indid smallint = $INDEX",
+     kIndexes},
+    {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", kSchemas},
     {"sys", "types",
      R"(name sysname = ts_type_name(c.type); $TYPE; schema_id int = 4; collation_name sysname = CASE
 ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defined bit = 0)",
@@ -120,13 +132,11 @@ ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defi
     {"sys", "columns", kColumns, kAllColumns},
     {"sys", "all_columns", kColumns, kAllColumns},
     {"sys", "identity_columns",
-     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; is_nullable bit =
-c.nullable; is_identity bit = 1; is_computed bit = 0; seed_value bigint = CAST(iif(o.keys = '', 1, o.keys) AS INTEGER);
+     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; seed_value bigint = CAST(iif(o.keys = '', 1, o.keys) AS INTEGER);
 increment_value int = 1)",
      "$c c JOIN $o o ON o.id = c.object WHERE c.identity"},
     {"sys", "computed_columns",
-     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; is_nullable bit = c.nullable;
-is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",
+     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",
      "$c c WHERE 0"},
     {"sys", "extended_properties",
      R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
@@ -144,8 +154,7 @@ $TYPE; is_output bit = c.output)",
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
     {"sys", "dm_exec_sessions",
-     R"(session_id smallint = s.id; login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch',
-'localtime'); host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program; login_name
+     R"(session_id smallint = s.id; $LOGIN; host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program; login_name
 nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'running', 'sleeping'); database_id smallint =
 s.db; is_user_process bit = 1)",
      "$S s"},
@@ -155,13 +164,12 @@ smallint = s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blockin
 s.blocker)",
      "$S s WHERE s.running"},
     {"", "sysprocesses",
-     R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; login_time datetime =
-strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime'); status nchar(30) = iif(s.running, 'running',
+     R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; $LOGIN; status nchar(30) = iif(s.running, 'running',
 'sleeping'); hostname nchar(128) = s.host; program_name nchar(128) = s.program; loginame nchar(128) = s.login)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",
-     "CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.column1; SCHEMA_OWNER sysname = s.column1",
-     "(VALUES ('dbo'), ('INFORMATION_SCHEMA'), ('sys')) s"},
+     R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname = iif(s.id > 4, 'dbo', s.name))",
+     kSchemas},
     {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
      R"($CONSTRAINT; $TABLE; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
 'UNIQUE' WHEN 'F' THEN 'FOREIGN KEY' ELSE 'CHECK' END; IS_DEFERRABLE varchar(2) = 'NO'; INITIALLY_DEFERRED
@@ -177,8 +185,8 @@ varchar(2) = 'NO')",
      "$CONSTRAINT; CHECK_CLAUSE nvarchar(4000) = substr(n.source, instr(n.source, '('))",
      "$o n WHERE n.type = 'C'"},
     {"INFORMATION_SCHEMA", "REFERENTIAL_CONSTRAINTS",
-     R"($CONSTRAINT; UNIQUE_CONSTRAINT_CATALOG sysname = $d; UNIQUE_CONSTRAINT_SCHEMA sysname = 'dbo';
-UNIQUE_CONSTRAINT_NAME sysname = (SELECT u.name FROM $o u WHERE u.parent = r.id AND u.type IN ('PK', 'UQ', 'IX') AND
+     R"($CONSTRAINT; UNIQUE_CONSTRAINT_CATALOG sysname = $d; UNIQUE_CONSTRAINT_SCHEMA sysname =
+ts_schema_of(r.name); UNIQUE_CONSTRAINT_NAME sysname = (SELECT ts_bare_name(u.name) FROM $o u WHERE u.parent = r.id AND u.type IN ('PK', 'UQ', 'IX') AND
 u.keys = $REFERENCED(n.source) COLLATE ts_ci LIMIT 1); MATCH_OPTION varchar(7) = 'SIMPLE'; UPDATE_RULE varchar(11)
 = 'NO ACTION'; DELETE_RULE varchar(11) = iif(ts_cascades(n.source), 'CASCADE', 'NO ACTION'))",
      "$o n JOIN $o r ON r.name = n.stored AND r.type = 'U' WHERE n.type = 'F'"},
@@ -195,15 +203,14 @@ nvarchar(4000) = '(' || nullif(c.fallback, '') || ')'; IS_NULLABLE varchar(3) = 
 'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END)",
      kAllColumns},
     {"INFORMATION_SCHEMA", "ROUTINES",
-     R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = 'dbo'; SPECIFIC_NAME sysname = o.name;
-ROUTINE_CATALOG sysname = $d; ROUTINE_SCHEMA sysname = 'dbo'; ROUTINE_NAME sysname = o.name; ROUTINE_TYPE
+     R"($SPECIFIC; ROUTINE_CATALOG sysname = $d; ROUTINE_SCHEMA sysname = ts_schema_of(o.name);
+ROUTINE_NAME sysname = ts_bare_name(o.name); ROUTINE_TYPE
 nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL';
 ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime = o.created; LAST_ALTERED datetime =
 o.created)",
      kRoutines},
     {"INFORMATION_SCHEMA", "PARAMETERS",
-     R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = 'dbo'; SPECIFIC_NAME sysname = o.name;
-ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output = 0
+     R"($SPECIFIC; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output = 0
 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
@@ -246,6 +253,9 @@ SystemView read(const ViewText& view) {
     read.sql += " FROM " + std::string(view.from);
     replaceCalls(read.sql, "$REFERENCED", "coalesce(ts_referenced(",
                  "), (SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK'))");
+    replaceCalls(read.sql, "$SCHEMA_ID",
+                 "(SELECT s.id FROM " + std::string(kSchemas) + " WHERE s.name = ts_schema_of(",
+                 ") COLLATE ts_ci)");
     replaceCalls(read.sql, "$EACH", "json_each('[' || replace(json_quote(", R"(), ', ', '","') || ']'))");
     return read;
 }

@@ -19,17 +19,13 @@ BackupReport reportOf(std::string_view columns, const std::vector<std::map<std::
         std::istringstream words(item);
         std::string name, type, usual;
         words >> name >> type >> usual;
-        const SqlType& is = report.columns.emplace_back(Column{name, parseType(type)}).type;
+        const SqlType is = report.columns.emplace_back(Column{name, parseType(type)}).type;
+        if (usual.empty()) usual = isNumber(is.id) ? "0" : "NULL";
+        const Value value =
+            usual == "NULL" ? Value(Null{}) : convertValue(usual, varcharType(SqlType::kMax), is);
         for (std::size_t i = 0; i < rows.size(); ++i) {
-            Value& cell = report.rows[i].emplace_back(Null{});
-            if (const auto given = rows[i].find(name); given != rows[i].end())
-                cell = given->second;
-            else if (usual == "NULL")
-                continue;
-            else if (isNumber(is.id))
-                cell = std::int64_t{usual.empty() ? 0 : std::stoll(usual)};
-            else if (!usual.empty())
-                cell = usual;
+            const auto given = rows[i].find(name);
+            report.rows[i].push_back(given == rows[i].end() ? value : given->second);
         }
     }
     return report;

@@ -150,7 +150,15 @@ Flow Executor::runStatement(const Statement& statement) {
         if (isSkipping() && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
         if (m_settings.describeOnly) return describe(statement);
         if (beginsImplicitly(statement)) begin({});
-        return std::visit([this](const auto& node) { return run(node); }, statement.node);
+        return std::visit(
+            [this]<typename Node>(const Node& node) {
+                constexpr bool defines =
+                    isOneOf<Node, AlterTable, CreateIndex, AlterIndex, Drop, Truncate, Maintenance>;
+                std::string& schemaName = m_frames.back()->schemaName;  // definitions use the caller's: dbo
+                const Temporarily outside(schemaName, defines ? std::string() : schemaName);
+                return run(node);
+            },
+            statement.node);
     });
 }
 
@@ -181,10 +189,8 @@ Flow Executor::describe(const Statement& statement) {
     }
     return std::visit(
         [this]<typename Node>(const Node& node) {
-            constexpr bool looked = std::is_same_v<Node, SelectStatement> ||
-                                    std::is_same_v<Node, SetOption> || std::is_same_v<Node, Declare> ||
-                                    std::is_same_v<Node, Compound> || std::is_same_v<Node, Execute>;
-            if constexpr (looked) return run(node);
+            if constexpr (isOneOf<Node, SelectStatement, SetOption, Declare, Compound, Execute>)
+                return run(node);
             return Flow::Next;
         },
         statement.node);
@@ -238,21 +244,14 @@ void Executor::afterError(const Message& message, bool raised) {
         rollBack();
         throw BatchEnd{};
     }
-    if (endsHere) {
-        done(-1);  // separates the error from the next statement's rows
-        throw ScopeEnd{};
-    }
-    if (refused) {
-        done(-1);
-        throw BatchEnd{};
-    }
-    if (!raised && !verb.empty())
+    if (!raised && !verb.empty() && !endsHere && !refused)
         report({message::kStatementTerminated, 0, 0, message.line, message.procedure,
                 "The statement has been terminated."});
-    done(-1);
+    done(-1);  // separates the error from the next statement's rows
+    if (endsHere) throw ScopeEnd{};
+    if (refused) throw BatchEnd{};
 }
 
-// Warns that an aggregate has ignored NULLs.
 void Executor::warnOfNulls() {
     if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(message::kNullEliminated);
 }
@@ -279,20 +278,13 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (isCancelled()) throw BatchEnd{};
     if (const auto error = m_functions.takeError()) return *error;
     const std::string text = failure.what();
-    switch (failure.code & 0xFF) {
-        case SQLITE_CONSTRAINT:
-            return BrokenConstraint(m_connection, m_change).error(failure);
-        case SQLITE_BUSY:
-        case SQLITE_LOCKED:
-            if (failure.code != SQLITE_BUSY_SNAPSHOT) return sqlError(message::kLockTimeout);
-            return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
-        case SQLITE_FULL:
-            return sqlError(message::kDiskFull);
-        case SQLITE_NOMEM:
-            return sqlError(message::kInsufficientMemory);
-        default:
-            break;
-    }
+    const int code = failure.code & 0xFF;
+    if (code == SQLITE_CONSTRAINT) return BrokenConstraint(m_connection, m_change).error(failure);
+    if (failure.code == SQLITE_BUSY_SNAPSHOT)
+        return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return sqlError(message::kLockTimeout);
+    if (code == SQLITE_FULL) return sqlError(message::kDiskFull);
+    if (code == SQLITE_NOMEM) return sqlError(message::kInsufficientMemory);
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
         return sqlError(message::kNestedTooDeeply);
@@ -311,7 +303,6 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
     return values;
 }
 
-// Evaluates an expression in SQLite.
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
     PreparedStatement statement(m_connection, "SELECT " + sql);
@@ -358,10 +349,9 @@ bool Executor::holds(const Expr& condition) {
 }
 
 void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
-    const auto found = m_frames.back()->variables.find(name);
-    if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
-    if (!isNull(value)) requireImplicit(type, found->second.type);
-    found->second.value = convertValue(value, type, found->second.type);
+    Variable& variable = local(name);
+    if (!isNull(value)) requireImplicit(type, variable.type);
+    variable.value = convertValue(value, type, variable.type);
 }
 
 // ---- statements
@@ -381,21 +371,8 @@ Flow Executor::run(const Declare& declare) {
 }
 
 Flow Executor::run(const Assign& assign) {
-    const Variable& variable = local(assign.name);
-    if (!assign.op) {
-        setVariable(assign.name, viewOf(evaluate(*assign.value, variable.type)), variable.type);
-    } else {
-        Translator translator(*this);
-        const Typed left{"?1", variable.type};
-        const TypedValue right = evaluate(*assign.value);
-        const std::string sql =
-            "SELECT " + coerce(emitBinary(*assign.op, left, {"?2", right.type}), variable.type).sql;
-        PreparedStatement statement(m_connection, sql);
-        const Value values[] = {variable.value, right.value};
-        statement.bindAll(values);
-        statement.step();
-        setVariable(assign.name, statement.cell(0), variable.type);
-    }
+    Variable& variable = local(assign.name);
+    variable.value = evaluate(*assign.value, variable.type);
     return finished(1);
 }
 

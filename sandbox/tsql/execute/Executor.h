@@ -31,6 +31,9 @@ namespace tsql {
 
 enum class Flow { Next, Break, Continue, Return };
 
+template <typename Node, typename... Others>
+inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
+
 // Exceptions that end the execution of statements early.
 struct Raised {  // an error on its way to a CATCH block
     Message message;
@@ -64,6 +67,8 @@ struct Settings {
     }
 };
 
+using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+
 class Executor final : public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
@@ -85,11 +90,12 @@ class Executor final : public NameResolver, public FunctionSession {
     void within(const StoredModule& query, const std::function<void()>& work) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
-    Value callFunction(std::string_view database, std::string_view name,
+    Value callFunction(std::string_view database, std::string_view key,
                        std::span<const CellView> arguments) override;
     const Storage& storage() const override { return m_storage; }
     std::string databaseOf(const ast::ObjectName& name) const override;
     Catalogue catalogue(const ast::ObjectName& name) override;
+    std::optional<ObjectInfo> object(const ast::ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
@@ -170,18 +176,16 @@ class Executor final : public NameResolver, public FunctionSession {
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
                             std::int64_t most = 0);
     // Passes the rows that `work` sends to `handler` instead of the client.
-    using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
     void divert(const RowHandler& handler, const std::function<void()>& work);
     void selectInto(const ast::Query& query, const ast::ObjectName& name);
-    std::vector<const TableColumn*> insertColumns(const TableInfo& target,
-                                                  const std::vector<std::string>& names,
-                                                  bool defaultValues) const;
-    std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                           const ast::Insert& insert, Translator& translator);
-    void insertRow(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                   const std::vector<SqlType>& types, std::vector<Value> cells);
-    void insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                      const std::function<void()>& work);
+    ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
+                             bool defaultValues) const;
+    std::string insertText(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert,
+                           Translator& translator);
+    void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<SqlType>& types,
+                   std::vector<Value> cells);
+    void insertAll(const TableInfo& target, const std::function<std::int64_t()>& work);
+    void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                           const Translator& translator, const std::optional<ast::Output>& output);
     TableInfo changedTable(const ast::Change& change, Translator& translator);
@@ -208,12 +212,11 @@ class Executor final : public NameResolver, public FunctionSession {
                                             const ast::CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
-    void makeKeyIndex(const TableInfo& table, const ObjectInfo& key);
     void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
-                   const std::string& filter);
+                   const std::string& filter = {});
     void addIndex(Catalogue& catalogue, const TableInfo& table, const ast::CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
-    void dropIndex(const ast::ObjectName& name, bool ifExists);
+    void dropIndex(const ast::AlterIndex& index, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
@@ -223,6 +226,9 @@ class Executor final : public NameResolver, public FunctionSession {
     void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
+    Flow run(const ast::CreateSchema& create);
+    Flow run(const ast::TransferObject& transfer);
+    void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
     void dropTable(const TableInfo& table);
@@ -311,10 +317,12 @@ class Executor final : public NameResolver, public FunctionSession {
     struct Global;
     static const std::vector<Global>& globals();
     static const Global& global(std::string_view name);
+    std::optional<ObjectInfo> visibleObject(const ast::ObjectName& name);
     static std::string asWritten(const ast::ObjectName& name);
+    static ObjectInfo newObject(const Catalogue& owner, const ast::ObjectName& name, std::string_view type);
     TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
-    const Variable& local(std::string_view name);
+    Variable& local(std::string_view name);
 
     Storage& m_storage;
     AppLocks& m_locks;

@@ -7,7 +7,6 @@
 #include "execute/Executor.h"
 #include "messages/Messages.h"
 #include "storage/Backup.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -10,16 +10,8 @@ using namespace ast;
 
 // Whether the block is one statement without nested statements.
 bool Executor::isAlone(const Block& block) {
-    const auto holdsOthers = [](const auto& node) {
-        return requires {
-            node.statements;
-        }
-        || requires {
-            node.attempt;
-        }
-        || requires {
-            node.condition;
-        };
+    const auto holdsOthers = []<typename Node>(const Node&) {
+        return isOneOf<Node, Compound, TryCatch, If, While>;
     };
     return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
 }
@@ -52,7 +44,7 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (std::is_same_v<Node, Use>) {
         if (!m_storage.exists(node.database)) throw sqlError(message::kUnknownDatabase, {node.database});
         m_frames.back()->database = node.database;
-    } else if constexpr (std::is_same_v<Node, SelectStatement> || std::is_same_v<Node, DeclareCursor>) {
+    } else if constexpr (isOneOf<Node, SelectStatement, DeclareCursor>) {
         translator.query(*node.query);
     } else if constexpr (std::is_same_v<Node, Insert>) {
         const TableInfo target = table(node.table);

@@ -1,4 +1,4 @@
-// CREATE, ALTER and DROP of tables and indexes.
+// CREATE, ALTER and DROP of tables, indexes and schemas.
 #include <algorithm>
 
 #include "execute/Executor.h"
@@ -55,7 +55,7 @@ const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view
 void refuseSecondIndex(const std::vector<ObjectInfo>& keys, std::string_view name, const TableInfo& table) {
     const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
     if (keyNamed(keys, name, /*isIndex=*/true) || (key && isUniqueKey(*key)))
-        throw sqlError(message::kIndexExists, {name, table.name});
+        throw sqlError(message::kIndexExists, {name, table.qualifiedName()});
 }
 
 void requireKeyType(const TableInfo& table, const TableColumn& column) {
@@ -121,7 +121,7 @@ void Executor::checkDefaults(const CreateTable& definition) {
 TableInfo Executor::createTable(const CreateTable& create) {
     checkDefaults(create);
     const std::string& name = create.table.name;
-    ObjectInfo object{0, name, std::string(objectType::kTable), 0, name};
+    std::int64_t seed = 1;
     TableInfo table;
     for (const auto& definition : create.columns) {
         if (table.column(definition.name))
@@ -135,23 +135,27 @@ TableInfo Executor::createTable(const CreateTable& create) {
         if (definition.identity && table.identityColumn())
             throw sqlError(message::kSeveralIdentityColumns, {name});
         table.columns.push_back(columnOf(definition, create));
-        if (definition.identity) object.seed = definition.seed;
+        if (definition.identity) seed = definition.seed;
     }
     const auto constraints = allConstraints(create);
     if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
         throw sqlError(message::kSeveralPrimaryKeys, {name});
     define(create.table, [&](Catalogue& owner) {
-        const auto taken = owner.find(name);
+        ObjectInfo object = newObject(owner, create.table, objectType::kTable);
+        const auto taken = owner.find(object.key());
         if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
             throw sqlError(message::kObjectExists, {name});
+        object.seed = seed;
+        object.stored = object.key();
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
         owner.save(object);
-        owner.addColumns(object.id, table.columns);
-        table = *owner.table(name);
+        owner.saveColumns(object.id, table.columns);
+        table = owner.tableOf(object);
         const auto keys = noteConstraints(owner, table, create);
-        table = *owner.table(name);
+        table.columns = owner.columns(table.id);
         m_connection.run("CREATE TABLE " + table.sqlName() + " (" + tableBody(owner, table) + ")");
-        for (const auto& key : keys) makeKeyIndex(table, key);
+        for (const auto& key : keys)
+            if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns));
         for (const auto& index : create.indexes) addIndex(owner, table, index);
         startIdentity(table);
     });
@@ -208,9 +212,11 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const Ta
 ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
                                   const Constraint& constraint) {
     const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
-    ObjectInfo key{0, constraint.name, std::string(type), table.id, constraint.references};
+    const ObjectName& to = constraint.references;
+    ObjectInfo key{0, constraint.name, std::string(type), table.id, storedName(to.schema, to.name)};
     key.source = constraint.source;
-    key.table = table.name;
+    key.table = storedName(table.schemaName, table.name);
+    key.schemaName = table.schemaName;
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
         if (!column && constraint.kind == ConstraintKind::ForeignKey)
@@ -232,7 +238,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     if (key.name.empty())  // "PK__Orders__7_42"
         key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
                    "_" + std::to_string(catalogue.lastId() + 1);
-    if (catalogue.find(key.name) && !catalogue.isTemporary())
+    if (catalogue.find(key.key()) && !catalogue.isTemporary())
         throw sqlError(message::kObjectExists, {key.name}, 5);
     const auto others = catalogue.keysOf(table.id);
     if (isUniqueKey(key)) refuseSecondIndex(others, key.name, table);
@@ -246,7 +252,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     if (constraint.kind == ConstraintKind::Default) {
         TableColumn column = *table.column(key.columns.front());
         column.byDefault = constraint.text;
-        catalogue.changeColumn(table.id, column);
+        catalogue.saveColumns(table.id, {column});
     }
     return key;
 }
@@ -265,10 +271,6 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
                 (parseConstraint(key.source).cascade ? " ON DELETE CASCADE" : "");
     }
     return body;
-}
-
-void Executor::makeKeyIndex(const TableInfo& table, const ObjectInfo& key) {
-    if (needsIndex(key, table)) makeIndex(table, key, quotedNames(key.columns), "");
 }
 
 // filter: condition of the rows in the index; empty: all. With a constant among its columns, a filtered index
@@ -290,9 +292,9 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
         m_change.newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
         m_change.values.clear();
-        throw sqlError(
-            message::kDuplicateKeyForIndex,
-            {table.name, index.name, BrokenConstraint(m_connection, m_change).duplicateValue(index)});
+        throw sqlError(message::kDuplicateKeyForIndex,
+                       {table.qualifiedName(), index.name,
+                        BrokenConstraint(m_connection, m_change).duplicateValue(index)});
     }
     m_change.verb.clear();
 }
@@ -316,7 +318,6 @@ void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
     m_connection.run("PRAGMA writable_schema = RESET");
 }
 
-// Checks the existing rows against a new constraint.
 void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key) {
     const bool isCheck = key.type == objectType::kCheck;
     if (!isCheck && key.type != objectType::kForeignKey) return;
@@ -338,8 +339,8 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
         throw sqlError(message::kAddedColumnNotNull, {column.name, table.name});
     m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
                      std::string(storageClass(column.type)));
-    catalogue.addColumns(table.id, {column});
-    table = *catalogue.table(table.name);
+    catalogue.saveColumns(table.id, {column});
+    table.columns = catalogue.columns(table.id);
     if (filled) fillColumn(table, column, Translator(*this).value(*parseExpression(fallback)));
 }
 
@@ -379,8 +380,8 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     if (!longer) refuseDependents(table, column.name, "ALTER", catalogue.keysOf(table.id));
     column.type = definition.type;
     column.nullable = definition.nullable.value_or(true);
-    catalogue.changeColumn(table.id, column);
-    table = *catalogue.table(table.name);
+    catalogue.saveColumns(table.id, {column});
+    table.columns = catalogue.columns(table.id);
     m_change.verb = "UPDATE";
     if (!column.nullable && anyRow(m_connection, table, quotedName(column.name) + " IS NULL"))
         throw sqlError(message::kNullInColumn, {column.name, table.fullName(), m_change.verb});
@@ -396,15 +397,16 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
     if (!key && ifExists) return;
     failingAs(sqlError(message::kConstraintNotDropped), [&] {
         if (!key) throw sqlError(message::kNotAConstraint, {name});
-        for (const auto& foreign : catalogue.keysTo(table.name))
+        for (const auto& foreign : catalogue.keysTo(table.id))
             if (isUniqueKey(*key) &&
                 std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, sameText))
-                throw sqlError(message::kConstraintReferenced, {name, foreign.table, foreign.name});
+                throw sqlError(message::kConstraintReferenced,
+                               {name, std::string(bareName(foreign.table)), foreign.name});
     });
     if (key->type == objectType::kDefault) {
         TableColumn column = *table.column(key->columns.front());
         column.byDefault.clear();
-        catalogue.changeColumn(table.id, column);
+        catalogue.saveColumns(table.id, {column});
     }
     if (needsIndex(*key, table)) dropIndex(table, key->name);
     catalogue.remove(key->id);
@@ -418,10 +420,12 @@ Flow Executor::run(const AlterTable& alter) {
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
         for (const auto& key : noteConstraints(owner, target, alter.added)) {
             checkRows(owner, target, key);
-            failingAs(sqlError(message::kConstraintNotCreated), [&] { makeKeyIndex(target, key); });
+            failingAs(sqlError(message::kConstraintNotCreated), [&] {
+                if (needsIndex(key, target)) makeIndex(target, key, quotedNames(key.columns));
+            });
         }
         for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
-        target = *owner.table(target.name);
+        target.columns = owner.columns(target.id);
         if (alter.altered)
             alterColumn(owner, target, *alter.altered);
         else
@@ -475,24 +479,25 @@ Flow Executor::run(const AlterIndex& alter) {
 }
 
 Flow Executor::run(const Drop& drop) {
+    for (const auto& index : drop.indexes) dropIndex(index, drop.ifExists);
     for (const auto& name : drop.names) {
         if (drop.kind == ObjectKind::Database)
             dropDatabase(name.name, drop.ifExists);
-        else if (drop.kind == ObjectKind::Index)
-            dropIndex(name, drop.ifExists);
+        else if (drop.kind == ObjectKind::Schema)
+            dropSchema(name.name, drop.ifExists);
         else
             dropObject(name, drop);
     }
     return finished();
 }
 
-void Executor::dropIndex(const ObjectName& name, bool ifExists) {
-    define({name.database, {}, name.schema, 0}, [&](Catalogue& owner) {
-        const auto target = owner.table(name.schema);
+void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
+    define(dropped.table, [&](Catalogue& owner) {
+        const auto target = findTable(dropped.table);
         const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
-        const ObjectInfo* index = keyNamed(keys, name.name, /*isIndex=*/true);
-        const ObjectInfo* key = keyNamed(keys, name.name, /*isIndex=*/false);
-        const std::string written = name.schema + "." + name.name;
+        const ObjectInfo* index = keyNamed(keys, dropped.name, /*isIndex=*/true);
+        const ObjectInfo* key = keyNamed(keys, dropped.name, /*isIndex=*/false);
+        const std::string written = asWritten(dropped.table) + "." + dropped.name;
         if (key && isUniqueKey(*key))
             throw sqlError(message::kCannotDropKeyIndex,
                            {written, key->type == objectType::kPrimaryKey ? "PRIMARY" : "UNIQUE"});
@@ -512,9 +517,9 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
                                {"procedure", objectType::kProcedure, {}},
                                {"function", objectType::kFunction, objectType::kTableFunction}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
-    const std::string written = (name.schema.empty() ? "" : name.schema + ".") + name.name;
+    const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
-        const auto found = owner.find(name.name);
+        const auto found = object(name);
         if (!found || (found->type != kind.type && found->type != kind.otherType)) {
             if (drop.ifExists) return;
             const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
@@ -525,12 +530,71 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
                            {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
         }
         if (drop.kind == ObjectKind::Table) {
-            for (const auto& key : owner.keysTo(found->name))
-                if (key.parent != found->id) throw sqlError(message::kTableReferenced, {found->name});
+            for (const auto& key : owner.keysTo(found->id))
+                if (key.parent != found->id) throw sqlError(message::kTableReferenced, {written});
             m_connection.run("DROP TABLE " + owner.schema() + "." + quotedName(found->stored));
         }
         owner.remove(found->id);
     });
+}
+
+// ---- schemas
+
+Flow Executor::run(const CreateSchema& create) {
+    if (!create.owner.empty() && !sameWord(create.owner, "dbo"))
+        throw sqlError(message::kSecurableNotFound, {"find", "user", create.owner});
+    define({}, [&](Catalogue& owner) {
+        failingAs(sqlError(message::kSchemaNotCreated), [&] {
+            if (owner.schemaNamed(create.name)) throw sqlError(message::kObjectExists, {create.name});
+        });
+        ObjectInfo schema{0, create.name, std::string(objectType::kSchema)};
+        owner.save(schema);
+    });
+    return finished();
+}
+
+void Executor::dropSchema(const std::string& name, bool ifExists) {
+    define({}, [&](Catalogue& owner) {
+        const auto schema = owner.schemaNamed(name);
+        if (!schema && ifExists) return;
+        if (!schema) throw sqlError(message::kSecurableNotFound, {"drop", "schema", name});
+        if (schema->object == 0) throw sqlError(message::kCannotDropBuiltIn, {"drop", "schema", name});
+        if (const auto objects = owner.objectsIn(name); !objects.empty())
+            throw sqlError(message::kReferencedByObject, {"drop schema", name, objects.front().name});
+        owner.remove(schema->object);
+    });
+}
+
+// A module keeps its text, which has its old name.
+Flow Executor::run(const TransferObject& transfer) {
+    define({}, [&](Catalogue& owner) {
+        const auto schema = owner.schemaNamed(transfer.schema);
+        if (!schema || schema->isOfSystem)
+            throw sqlError(message::kSecurableNotFound, {"alter", "schema", transfer.schema});
+        auto moved = object(transfer.object);
+        if (!moved || moved->parent != 0 || !transfer.object.database.empty())
+            throw sqlError(message::kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
+        if (sameText(moved->schemaName, schema->name)) return;
+        auto references = owner.keysTo(moved->id);
+        const auto move = [&](ObjectInfo& each) {
+            each.schemaName = schema->name;
+            if (owner.find(each.key())) throw sqlError(message::kTransferNameTaken, {each.name});
+            owner.save(each);
+        };
+        const std::string before = moved->stored;
+        if (moved->type == objectType::kTable) moved->stored = storedName(schema->name, moved->name);
+        move(*moved);
+        if (moved->type == objectType::kTable)
+            m_connection.run("ALTER TABLE " + owner.schema() + "." + quotedName(before) + " RENAME TO " +
+                             quotedName(moved->stored));
+        for (auto& key : references) {
+            key.stored = moved->stored;
+            owner.save(key);
+        }
+        for (auto& key : owner.keysOf(moved->id))
+            if (key.type != objectType::kIndex) move(key);
+    });
+    return finished();
 }
 
 void Executor::dropTable(const TableInfo& table) {
@@ -543,7 +607,7 @@ void Executor::dropTable(const TableInfo& table) {
 void Executor::dropTemporaryTables() {
     for (auto id = temporary().lastId(); id > 0; --id)
         if (const auto object = temporary().findById(id); object && object->type == objectType::kTable)
-            if (const auto table = temporary().table(object->name)) dropTable(*table);
+            dropTable(temporary().tableOf(*object));
 }
 
 // The stored name is compared, too, since the id of a rolled-back table may have been reused.

@@ -27,20 +27,13 @@ std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     return columns;
 }
 
-std::string_view typeOf(const CreateModule& module) {
-    if (module.query) return module.function ? objectType::kTableFunction : objectType::kView;
-    return module.function ? objectType::kFunction : objectType::kProcedure;
-}
-
 }  // namespace
 
 void Executor::within(const StoredModule& query, const std::function<void()>& work) {
     for (const Frame* frame : m_frames)
-        if (frame->procedure == query.name && frame->database == query.database)
+        if (query.id != 0 && frame->procedureId == query.id && frame->database == query.database)
             throw sqlError(message::kSelfReference, {query.name});
-    Frame frame;
-    frame.procedure = query.name;
-    frame.database = query.database;
+    Frame frame(query);
     frame.isQuery = true;
     frame.declare(*query.module);
     inFrame(frame, work);
@@ -48,7 +41,10 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
 
 // Returns the columns of a view or table-valued function, found by translating its query.
 std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
-    const StoredModule stored{databaseOf(module.name), module.name.name, nullptr, &module};
+    const auto existing = object(module.name);
+    const StoredModule stored{
+        databaseOf(module.name),    module.name.schema, module.name.name, nullptr, &module,
+        existing ? existing->id : 0};
     std::vector<TableColumn> columns;
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
@@ -67,6 +63,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
 void Executor::checkBody(const CreateModule& module) {
     Frame frame;
     frame.procedure = module.name.name;
+    frame.schemaName = module.name.schema;
     frame.declare(module);
     inFrame(frame, [&] { check(module.body); });
     dropTemporaryTables(frame);
@@ -74,23 +71,25 @@ void Executor::checkBody(const CreateModule& module) {
 
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
-    const std::string_view type = typeOf(module);
+    const std::string_view type = !module.function ? module.query ? objectType::kView : objectType::kProcedure
+                                  : module.query   ? objectType::kTableFunction
+                                                   : objectType::kFunction;
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     checkBody(module);
     define(module.name, [&](Catalogue& owner) {
-        const std::string& name = module.name.name;
-        const auto existing = owner.find(name);
+        const auto existing = owner.find(storedName(module.name.schema, module.name.name));
         if (existing && (!module.alter || existing->type != type))
-            throw sqlError(message::kObjectExists, {name}, 3);
-        if (!existing && !module.create) throw sqlError(message::kInvalidObjectName, {name}, 6);
-        ObjectInfo object = existing.value_or(ObjectInfo{0, name, std::string(type)});
+            throw sqlError(message::kObjectExists, {module.name.name}, 3);
+        if (!existing && !module.create)
+            throw sqlError(message::kInvalidObjectName, {asWritten(module.name)}, 6);
+        ObjectInfo object = existing ? *existing : newObject(owner, module.name, type);
         object.source = m_text;
         const std::string_view verb = tokenize(m_text).front().raw;
         const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
         if (!module.create) object.source.replace(at, verb.size(), "CREATE");
         owner.save(object);
         owner.removeColumns(object.id);
-        owner.addColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
+        owner.saveColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
     });
     return finished();
 } catch (const SqlError& error) {  // reported with the name of the module
@@ -107,22 +106,20 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
 
 // The sp_ procedures of master use the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
-    const bool known = name.database.empty() || m_storage.exists(name.database);
-    if (!known || isTemporaryName(name.name) || !(name.schema.empty() || sameWord(name.schema, "dbo")))
-        return std::nullopt;
+    if (isTemporaryName(name.name)) return std::nullopt;
     ObjectName place = name;
-    auto found = catalogue(place).find(name.name);
+    auto found = visibleObject(place);
     if ((!found || found->type != type) && name.database.empty() &&
         lowerAscii(name.name).starts_with("sp_")) {
         place.database = "master";
-        found = catalogue(place).find(name.name);
+        found = object(place);
     }
     if (!found || found->type != type) return std::nullopt;
     const auto batch = parsed(found->source);
-    return StoredModule{databaseOf(place), found->name, batch, &moduleOf(*batch), found->id};
+    return StoredModule{databaseOf(place), found->schemaName, found->name, batch,
+                        &moduleOf(*batch), found->id};
 }
 
-// Runs `work` with `frame` as the current frame.
 void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
     if (m_frames.size() >= kDeepestCall) throw sqlError(message::kCallsNestedTooDeeply);
     m_frames.push_back(&frame);
@@ -251,20 +248,17 @@ void Executor::executeSql(const Execute& execute, const std::string& database) {
 }
 
 void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
-    Frame frame;
     auto procedure = system ? std::nullopt : Executor::module(name, objectType::kProcedure);
     if (system) {
         const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
                                  std::string(system->parameters) + " AS " + std::string(system->text));
-        procedure = StoredModule{databaseOf(name), std::string(system->name), head, &moduleOf(*head)};
+        procedure = StoredModule{databaseOf(name), "sys", std::string(system->name), head, &moduleOf(*head)};
     }
     if (!procedure && Executor::module(name, objectType::kFunction))
         throw unsupported("EXECUTE of a function");
     if (!procedure) throw sqlError(message::kProcedureNotFound, {asWritten(name)});
     const CreateModule& module = *procedure->module;
-    frame.procedure = procedure->name;
-    frame.procedureId = procedure->id;
-    frame.database = procedure->database;
+    Frame frame(*procedure);
     frame.returned = std::int64_t{0};
     const int transactions = m_transactions;
     Arguments arguments;
@@ -343,16 +337,14 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
 }
 
 // SQLite calls this for every row of a query that contains the function.
-Value Executor::callFunction(std::string_view database, std::string_view name,
+Value Executor::callFunction(std::string_view database, std::string_view key,
                              std::span<const CellView> arguments) {
-    const ObjectName object{std::string(database), "dbo", std::string(name), m_line};
-    Frame frame;
+    const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key)),
+                            m_line};
     const auto function = Executor::module(object, objectType::kFunction);
     if (!function) throw sqlError(message::kInvalidObjectName, {object.name});
     const CreateModule& module = *function->module;
-    frame.procedure = function->name;
-    frame.procedureId = function->id;
-    frame.database = function->database;
+    Frame frame(*function);
     frame.isFunction = true;
     frame.returnType = module.returns;
     frame.declare(module);

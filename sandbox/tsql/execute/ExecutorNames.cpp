@@ -16,7 +16,7 @@ constexpr const char* kVersionText =
 
 // ---- variables
 
-const Variable& Executor::local(std::string_view name) {
+Variable& Executor::local(std::string_view name) {
     const auto found = m_frames.back()->variables.find(name);
     if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
     return found->second;
@@ -116,17 +116,41 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         if (found == tables.end()) throw sqlError(message::kUndeclaredTableVariable, {name.name});
         return found->second.info;
     }
-    if (!name.schema.empty() && !sameWord(name.schema, "dbo") && !name.name.starts_with('#'))
-        return std::nullopt;
     if (m_checking && name.name.starts_with('#')) return std::nullopt;
     if (!m_connection.inTransaction()) m_knownTables.clear();
-    const std::string key = databaseOf(name) + '/' + name.name;
+    const std::string& schemaName = name.schema.empty() ? m_frames.back()->schemaName : name.schema;
+    const std::string key = databaseOf(name) + '/' + schemaName + '/' + name.name;
     if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
+    const auto found = visibleObject(name);
+    if (!found || found->type != objectType::kTable) return std::nullopt;
+    TableInfo table = catalogue(name).tableOf(*found);
+    if (awaitsTransaction()) begin({});
+    if (m_connection.inTransaction()) m_knownTables.emplace(key, table);
+    return table;
+}
+
+std::optional<ObjectInfo> Executor::object(const ObjectName& name) {
     if (!name.database.empty() && !m_storage.exists(name.database)) return std::nullopt;
-    auto found = catalogue(name).table(name.name);
-    if (found && awaitsTransaction()) begin({});
-    if (found && m_connection.inTransaction()) m_knownTables.emplace(key, *found);
-    return found;
+    const Catalogue owner = catalogue(name);
+    return owner.find(owner.isTemporary() ? name.name : storedName(name.schema, name.name));
+}
+
+// In a module, an unqualified name means an object of the module's schema or, if it has none, of dbo.
+std::optional<ObjectInfo> Executor::visibleObject(const ObjectName& name) {
+    const std::string& inner = m_frames.back()->schemaName;
+    if (name.schema.empty() && name.database.empty() && !inner.empty())
+        if (auto found = object({{}, inner, name.name, name.line})) return found;
+    return object(name);
+}
+
+// Returns an object that is about to be created. Throws error 2760 if there is no such schema.
+ObjectInfo Executor::newObject(const Catalogue& owner, const ObjectName& name, std::string_view type) {
+    ObjectInfo object{0, name.name, std::string(type)};
+    if (name.schema.empty() || owner.isTemporary()) return object;
+    const auto schema = owner.schemaNamed(name.schema);
+    if (!schema || schema->isOfSystem) throw sqlError(message::kUnknownSchema, {name.schema});
+    object.schemaName = schema->name;
+    return object;
 }
 
 std::string Executor::asWritten(const ObjectName& name) {

@@ -23,7 +23,6 @@ constexpr int kCountErrors[] = {message::kMoreInsertColumnsThanValues, message::
 // Sink that passes rows to a function and everything else to the client.
 class DivertingSink final : public ResultSink {
   public:
-    using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
     DivertingSink(ResultSink& outer, const RowHandler& handler) : m_outer(outer), m_handler(handler) {}
 
     void columns(std::span<const Column> columns) override {
@@ -175,11 +174,10 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
     atomic.commit();
 }
 
-std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
-                                                        const std::vector<std::string>& names,
-                                                        bool defaultValues) const {
+ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<std::string>& names,
+                                   bool defaultValues) const {
     const bool identityGiven = sameWord(m_settings.identityInsert, target.fullName());
-    std::vector<const TableColumn*> columns;
+    ColumnList columns;
     for (const auto& name : names) {
         const TableColumn* column = target.column(name);
         if (!column) throw sqlError(message::kInvalidColumnName, {name});
@@ -198,8 +196,8 @@ std::vector<const TableColumn*> Executor::insertColumns(const TableInfo& target,
 }
 
 // Without a column list, values are expected for all columns but the identity.
-std::string Executor::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                                 const Insert& insert, Translator& translator) {
+std::string Executor::insertText(const TableInfo& target, const ColumnList& columns, const Insert& insert,
+                                 Translator& translator) {
     translator.useCommonTables(insert, insert.table);
     try {
         return insert.query ? translator.insertQuery(target, columns, insert)
@@ -254,14 +252,10 @@ Flow Executor::run(const InsertBulk& bulk) {
         m_bulk = bulk;
         return finished();
     }
-    m_change.verb = "INSERT";
-    m_change.target = target;
-    beforeWrite();
-    Atomic atomic(m_connection, target.schema);
     std::int64_t rows = 0;
     const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
-        std::vector<const TableColumn*> given;
+        ColumnList given;
         std::vector<SqlType> types;
         std::vector<Value> values;
         for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -273,11 +267,10 @@ Flow Executor::run(const InsertBulk& bulk) {
         insertRow(target, given, types, std::move(values));
         ++rows;
     };
-    divert(insertOne, [&] { bulk.sendRows(*m_sink); });
-    atomic.commit();
-    m_change.verb.clear();
-    m_rowCount = rows;
-    m_error = 0;
+    insertAll(target, [&] {
+        divert(insertOne, [&] { bulk.sendRows(*m_sink); });
+        return rows;
+    });
     rememberIdentity(target, m_rowCount);
     done(m_rowCount, StatementKind::Insert);
     return Flow::Next;
@@ -313,7 +306,7 @@ void Executor::skipIdentities() {
 }
 
 // The caller has announced the change.
-void Executor::insertRow(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+void Executor::insertRow(const TableInfo& target, const ColumnList& columns,
                          const std::vector<SqlType>& types, std::vector<Value> cells) {
     Translator translator(*this);
     const std::string sql = translator.insertParameters(target, columns, types);
@@ -322,7 +315,7 @@ void Executor::insertRow(const TableInfo& target, const std::vector<const TableC
     m_connection.run(sql, m_change.values);
 }
 
-void Executor::insertRowsOf(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
                             const std::function<void()>& work) {
     struct CollectedRow {
         std::vector<Value> cells;
@@ -345,13 +338,20 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         divert(collect, work);
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);
+    insertAll(target, [&] {
+        for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
+        return static_cast<std::int64_t>(collected.size());
+    });
+}
+
+// Inserts the rows of `work`, which returns their number, or none of them.
+void Executor::insertAll(const TableInfo& target, const std::function<std::int64_t()>& work) {
     m_change.verb = "INSERT";
     m_change.target = target;
     beforeWrite();
     Atomic atomic(m_connection, target.schema);
-    for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
+    m_rowCount = work();
     atomic.commit();
-    m_rowCount = static_cast<std::int64_t>(collected.size());
     m_error = 0;
     m_change.verb.clear();
 }
@@ -412,9 +412,9 @@ Flow Executor::run(const Delete& statement) {
 Flow Executor::run(const Truncate& truncate) {
     claim(truncate.table);
     const TableInfo target = table(truncate.table, message::kTruncatedTableNotFound);
-    for (const auto& key : catalogue(truncate.table).keysTo(target.name))
-        if (!sameText(key.table, target.name))
-            throw sqlError(message::kTruncatedTableReferenced, {target.name});
+    for (const auto& key : catalogue(truncate.table).keysTo(target.id))
+        if (key.parent != target.id)
+            throw sqlError(message::kTruncatedTableReferenced, {asWritten(truncate.table)});
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);

@@ -15,48 +15,38 @@ namespace {
 constexpr int kWrongCall = -999;
 
 // The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the
-// precision of a date from it. ODBC 3 numbers dates in another way than ODBC 2.
+// precision of a date from it. ODBC 3 numbers dates in another way than ODBC 2. Kinds (k): Exact number,
+// Float, Money, National string, other quoted Constant, Binary string, Truth value.
 constexpr std::string_view kDatatypeInfoParameters = "@data_type int = 0, @ODBCVer tinyint = 2";
 constexpr std::string_view kDatatypeInfo = R"(
 SELECT TYPE_NAME = CAST(n AS sysname), DATA_TYPE = CAST(CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END AS smallint),
-PRECISION = p, LITERAL_PREFIX = CAST(pre AS varchar(32)), LITERAL_SUFFIX = CAST(suf AS varchar(32)),
-CREATE_PARAMS = CAST(par AS varchar(32)), NULLABLE = CAST(CASE WHEN auto = 1 THEN 0 ELSE 1 END AS smallint),
-CASE_SENSITIVE = CAST(0 AS smallint), SEARCHABLE = CAST(s AS smallint), UNSIGNED_ATTRIBUTE = CAST(u AS smallint),
-MONEY = CAST(m AS smallint), AUTO_INCREMENT = CAST(auto AS smallint), LOCAL_TYPE_NAME = CAST(n AS sysname),
-MINIMUM_SCALE = CAST(lo AS smallint), MAXIMUM_SCALE = CAST(hi AS smallint), SQL_DATA_TYPE = CAST(CASE WHEN t
-BETWEEN 91 AND 93 THEN 9 ELSE t END AS smallint), SQL_DATETIME_SUB = CAST(CASE WHEN t BETWEEN 91 AND 93 THEN t - 90
-END AS smallint), NUM_PREC_RADIX = CAST(r AS int), INTERVAL_PRECISION = CAST(NULL AS smallint),
-USERTYPE = CAST(ut AS smallint) FROM (VALUES
-('uniqueidentifier', -11, -11, 36, '''', '''', NULL, 2, NULL, 0, NULL, NULL, NULL, NULL, 0),
-('ntext', -10, -10, 1073741823, 'N''', '''', NULL, 1, NULL, 0, NULL, NULL, NULL, NULL, 0),
-('xml', -152, -152, 1073741823, 'N''', '''', NULL, 0, NULL, 0, NULL, NULL, NULL, NULL, 0),
-('nvarchar', -9, -9, 4000, 'N''', '''', 'max length', 3, NULL, 0, NULL, NULL, NULL, NULL, 0),
-('sysname', -9, -9, 128, 'N''', '''', NULL, 3, NULL, 0, NULL, NULL, NULL, NULL, 18),
-('nchar', -8, -8, 4000, 'N''', '''', 'length', 3, NULL, 0, NULL, NULL, NULL, NULL, 0),
-('bit', -7, -7, 1, NULL, NULL, NULL, 2, NULL, 0, NULL, 0, 0, NULL, 16),
-('tinyint', -6, -6, 3, NULL, NULL, NULL, 2, 1, 0, 0, 0, 0, 10, 5),
-('bigint', -5, -5, 19, NULL, NULL, NULL, 2, 0, 0, 0, 0, 0, 10, 0),
-('image', -4, -4, 2147483647, '0x', NULL, NULL, 0, NULL, 0, NULL, NULL, NULL, NULL, 20),
-('varbinary', -3, -3, 8000, '0x', NULL, 'max length', 2, NULL, 0, NULL, NULL, NULL, NULL, 4),
-('binary', -2, -2, 8000, '0x', NULL, 'length', 2, NULL, 0, NULL, NULL, NULL, NULL, 3),
-('text', -1, -1, 2147483647, '''', '''', NULL, 1, NULL, 0, NULL, NULL, NULL, NULL, 19),
-('char', 1, 1, 8000, '''', '''', 'length', 3, NULL, 0, NULL, NULL, NULL, NULL, 1),
-('numeric', 2, 2, 38, NULL, NULL, 'precision,scale', 2, 0, 0, 0, 0, 38, 10, 10),
-('decimal', 3, 3, 38, NULL, NULL, 'precision,scale', 2, 0, 0, 0, 0, 38, 10, 24),
-('money', 3, 3, 19, '$', NULL, NULL, 2, 0, 1, 0, 4, 4, 10, 11),
-('smallmoney', 3, 3, 10, '$', NULL, NULL, 2, 0, 1, 0, 4, 4, 10, 21),
-('int', 4, 4, 10, NULL, NULL, NULL, 2, 0, 0, 0, 0, 0, 10, 7),
-('int identity', 4, 4, 10, NULL, NULL, NULL, 2, 0, 0, 1, 0, 0, 10, 7),
-('smallint', 5, 5, 5, NULL, NULL, NULL, 2, 0, 0, 0, 0, 0, 10, 6),
-('float', 6, 6, 53, NULL, NULL, NULL, 2, 0, 0, 0, NULL, NULL, 2, 8),
-('real', 7, 7, 24, NULL, NULL, NULL, 2, 0, 0, 0, NULL, NULL, 2, 23),
-('varchar', 12, 12, 8000, '''', '''', 'max length', 3, NULL, 0, NULL, NULL, NULL, NULL, 2),
-('date', 91, 9, 10, '''', '''', NULL, 3, NULL, 0, NULL, NULL, 0, NULL, 0),
-('time', -154, -154, 16, '''', '''', 'scale', 3, NULL, 0, NULL, 0, 7, NULL, 0),
-('datetime', 93, 11, 23, '''', '''', NULL, 3, NULL, 0, NULL, 3, 3, NULL, 12),
-('datetime2', 93, 11, 27, '''', '''', 'scale', 3, NULL, 0, NULL, 0, 7, NULL, 0),
-('smalldatetime', 93, 11, 16, '''', '''', NULL, 3, NULL, 0, NULL, 0, 0, NULL, 22)
-) v (n, t, t2, p, pre, suf, par, s, u, m, auto, lo, hi, r, ut)
+PRECISION = p, LITERAL_PREFIX = CAST(CASE k WHEN 'N' THEN 'N''' WHEN 'C' THEN '''' WHEN 'B' THEN '0x' WHEN 'M' THEN '$'
+END AS varchar(32)), LITERAL_SUFFIX = CAST(CASE WHEN k IN ('N', 'C') THEN '''' END AS varchar(32)), CREATE_PARAMS =
+CAST(par AS varchar(32)), NULLABLE = CAST(CASE WHEN auto = 1 THEN 0 ELSE 1 END AS smallint), CASE_SENSITIVE = CAST(0 AS
+smallint), SEARCHABLE = CAST(s AS smallint), UNSIGNED_ATTRIBUTE = CAST(CASE WHEN n = 'tinyint' THEN 1 ELSE 0 * auto END
+AS smallint), MONEY = CAST(CASE k WHEN 'M' THEN 1 ELSE 0 END AS smallint), AUTO_INCREMENT = CAST(auto AS smallint),
+LOCAL_TYPE_NAME = CAST(n AS sysname), MINIMUM_SCALE = CAST(CASE WHEN k = 'M' OR n = 'datetime' THEN hi WHEN n <> 'date'
+THEN 0 * hi END AS smallint), MAXIMUM_SCALE = CAST(hi AS smallint), SQL_DATA_TYPE = CAST(CASE WHEN t BETWEEN 91 AND 93
+THEN 9 ELSE t END AS smallint), SQL_DATETIME_SUB = CAST(CASE WHEN t BETWEEN 91 AND 93 THEN t - 90 END AS smallint),
+NUM_PREC_RADIX = CAST(CASE k WHEN 'F' THEN 2 ELSE 10 + 0 * auto END AS int), INTERVAL_PRECISION = CAST(NULL AS smallint),
+USERTYPE = CAST(ut AS smallint) FROM (SELECT *, t2 = CASE t WHEN 91 THEN 9 WHEN 93 THEN 11 ELSE t END, auto = CASE WHEN
+n LIKE '%identity' THEN 1 WHEN k IN ('E', 'F', 'M') THEN 0 END FROM (VALUES
+('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
+('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
+('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
+('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
+('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
+('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
+('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
+('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
+('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
+('int', 4, 10, 'E', NULL, 2, 0, 7), ('int identity', 4, 10, 'E', NULL, 2, 0, 7),
+('smallint', 5, 5, 'E', NULL, 2, 0, 6), ('float', 6, 53, 'F', NULL, 2, NULL, 8),
+('real', 7, 24, 'F', NULL, 2, NULL, 23), ('varchar', 12, 8000, 'C', 'max length', 3, NULL, 2),
+('date', 91, 10, 'C', NULL, 3, 0, 0), ('time', -154, 16, 'C', 'scale', 3, 7, 0),
+('datetime', 93, 23, 'C', NULL, 3, 3, 12), ('datetime2', 93, 27, 'C', 'scale', 3, 7, 0),
+('smalldatetime', 93, 16, 'C', NULL, 3, 0, 22)
+) v (n, t, p, k, par, s, hi, ut)) x
 WHERE @data_type = 0 OR @data_type = CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END ORDER BY 2, 12, 11, 20)";
 
 // sp_helptext reports an object that does not exist.
@@ -101,7 +91,7 @@ int Executor::helpText(const Frame& frame) {
     if (!textOf(frame, "@columnname").empty()) throw unsupported("sp_helptext with a column");
     ObjectName name = parseObjectName(textOf(frame, "@objname"));
     if (name.database.empty()) name.database = frame.database;
-    const auto found = catalogue(name).find(name.name);
+    const auto found = object(name);
     if (!found) throw sqlError(message::kInvalidObject, {name.name, name.database});
     if (found->source.empty()) throw sqlError(message::kNoTextOfObject, {name.name});
     constexpr std::size_t kWidest = 255;

@@ -62,10 +62,9 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         } else if constexpr (std::is_same_v<Node, Drop>) {
             return node.kind != ObjectKind::Database;
         }
-        return std::is_base_of_v<Change, Node> || std::is_same_v<Node, Truncate> ||
-               std::is_same_v<Node, CreateTable> || std::is_same_v<Node, AlterTable> ||
-               std::is_same_v<Node, CreateIndex> || std::is_same_v<Node, CreateModule> ||
-               std::is_same_v<Node, Fetch> || std::is_same_v<Node, InsertBulk>;
+        return std::is_base_of_v<Change, Node> ||
+               isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, CreateSchema,
+                       TransferObject, Fetch, InsertBulk>;
     };
     return std::visit(begins, statement.node);
 }

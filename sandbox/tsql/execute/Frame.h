@@ -38,6 +38,12 @@ struct TableVariable {
 };
 
 struct Frame {
+    Frame() = default;
+    explicit Frame(const StoredModule& module)
+        : procedure(module.name),
+          procedureId(module.id),
+          database(module.database),
+          schemaName(module.schemaName) {}
     void declare(const std::vector<ast::Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
     }
@@ -50,6 +56,7 @@ struct Frame {
     std::string procedure;         // empty in a batch
     std::int64_t procedureId = 0;  // @@PROCID
     std::string database;          // of unqualified names; empty: the session's
+    std::string schemaName;        // of a module: unqualified names are first looked up in it
     WordMap<Variable> variables;
     Cursors cursors;                       // LOCAL cursors
     std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()

@@ -36,51 +36,41 @@ struct Aggregate {
     int arguments;
     // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it. The count is already
     // updated.
-    void (*step)(Gathered& gathered, std::span<const CellView> arguments, int sign);
+    void (*step)(Gathered& gathered, const SqlCall& arguments, int sign);
     Value (*result)(const Gathered& gathered, const Aggregate& aggregate);
     SqlType type = {};  // type of an exact result
     int digits = 0;     // additional fraction digits of an average
 };
 
-struct AggregateBinding {
-    FunctionContext& context;
-    const Aggregate& aggregate;
-};
-
 const SqlType kSumType = decimalType(kMostDigits, 0);
 
-double realOf(const CellView& value) {
-    const auto* integer = std::get_if<std::int64_t>(&value);
-    return integer ? static_cast<double>(*integer) : std::get<double>(value);
-}
-
-void addExact(Gathered& gathered, std::span<const CellView> arguments, int sign) {
+void addExact(Gathered& gathered, const SqlCall& arguments, int sign) {
     gathered.sum += sign * exactOf(arguments[0]);
     if (!fits(gathered.sum, kSumType)) throwOverflow(kSumType);
 }
 
-void addReal(Gathered& gathered, std::span<const CellView> arguments, int sign) {
-    gathered.real += sign * realOf(arguments[0]);
+void addReal(Gathered& gathered, const SqlCall& arguments, int sign) {
+    gathered.real += sign * arguments.real(0);
 }
 
 // Welford's algorithm: stable for large values that are close together.
-void addSpread(Gathered& gathered, std::span<const CellView> arguments, int sign) {
-    const double value = realOf(arguments[0]), distance = value - gathered.real;
+void addSpread(Gathered& gathered, const SqlCall& arguments, int sign) {
+    const double value = arguments.real(0), distance = value - gathered.real;
     if (gathered.count > 0) gathered.real += sign * distance / static_cast<double>(gathered.count);
     gathered.squares += sign * distance * (value - gathered.real);
 }
 
 // (string, separator, most characters or kMax[, is descending, key]...)
-void addText(Gathered& gathered, std::span<const CellView> arguments, int) {
+void addText(Gathered& gathered, const SqlCall& arguments, int) {
     auto& part = gathered.parts.emplace_back();
-    part.text = std::get<std::string_view>(arguments[0]);
-    part.separator = std::get<std::string_view>(arguments[1]);
+    part.text = arguments.text(0);
+    part.separator = arguments.text(1);
     gathered.bytes += part.text.size() + part.separator.size();
     if (gathered.bytes > kMostTextBytes) throw unsupported("STRING_AGG beyond 1,000,000,000 bytes");
     gathered.descending.clear();
-    gathered.longest = std::get<std::int64_t>(arguments[2]);
-    for (std::size_t i = 3; i + 1 < arguments.size(); i += 2) {
-        gathered.descending.push_back(std::get<std::int64_t>(arguments[i]) != 0);
+    gathered.longest = arguments.integer(2);
+    for (std::size_t i = 3; i + 1 < arguments.count(); i += 2) {
+        gathered.descending.push_back(arguments.integer(i) != 0);
         part.keys.push_back(ownedValue(arguments[i + 1]));
     }
 }
@@ -102,11 +92,9 @@ Value exactAverage(const Gathered& gathered, const Aggregate& aggregate) {
     return checkedCell(average, aggregate.type);
 }
 
-Value realSum(const Gathered& gathered, const Aggregate&) {
-    return gathered.real;
-}
-Value realAverage(const Gathered& gathered, const Aggregate&) {
-    return gathered.real / static_cast<double>(gathered.count);
+template <bool average>
+Value realTotal(const Gathered& gathered, const Aggregate&) {
+    return gathered.real / static_cast<double>(average ? gathered.count : 1);
 }
 
 // `sample`: divides by one less than the number of values.
@@ -118,7 +106,7 @@ Value spread(const Gathered& gathered, const Aggregate&) {
     return root ? std::sqrt(variance) : variance;
 }
 
-Value joinedText(const Gathered& gathered, const Aggregate&) {
+Value aggregatedText(const Gathered& gathered, const Aggregate&) {
     std::vector<const Gathered::Part*> order;
     for (const auto& part : gathered.parts) order.push_back(&part);
     std::stable_sort(order.begin(), order.end(), [&](const auto* left, const auto* right) {
@@ -140,7 +128,7 @@ const Aggregate kAggregates[] = {
     {"ts_sum_bigint", 1, addExact, exactSum, simpleType(TypeId::BigInt)},
     {"ts_sum_money", 1, addExact, exactSum, simpleType(TypeId::Money)},
     {"ts_sum_decimal", 1, addExact, exactSum, kSumType},
-    {"ts_sum_float", 1, addReal, realSum},
+    {"ts_sum_float", 1, addReal, realTotal<false>},
     {"ts_avg_int0", 1, addExact, exactAverage, simpleType(TypeId::Int)},
     {"ts_avg_bigint0", 1, addExact, exactAverage, simpleType(TypeId::BigInt)},
     {"ts_avg_money0", 1, addExact, exactAverage, simpleType(TypeId::Money)},
@@ -151,16 +139,16 @@ const Aggregate kAggregates[] = {
     {"ts_avg_decimal4", 1, addExact, exactAverage, kSumType, 4},
     {"ts_avg_decimal5", 1, addExact, exactAverage, kSumType, 5},
     {"ts_avg_decimal6", 1, addExact, exactAverage, kSumType, 6},
-    {"ts_avg_float0", 1, addReal, realAverage},
+    {"ts_avg_float0", 1, addReal, realTotal<true>},
     {"ts_stdev", 1, addSpread, spread<true, true>},
     {"ts_stdevp", 1, addSpread, spread<false, true>},
     {"ts_var", 1, addSpread, spread<true, false>},
     {"ts_varp", 1, addSpread, spread<false, false>},
-    {"ts_string_agg", -1, addText, joinedText},
+    {"ts_string_agg", -1, addText, aggregatedText},
 };
 
-const AggregateBinding& bindingOf(sqlite3_context* call) {
-    return *static_cast<const AggregateBinding*>(sqlite3_user_data(call));
+const Binding<Aggregate>& bindingOf(sqlite3_context* call) {
+    return *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
 }
 
 // SQLite provides a zeroed slot per group. The first value allocates what it points to.
@@ -172,27 +160,27 @@ Gathered*& slotOf(sqlite3_context* call) {
 
 template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
-    const AggregateBinding& binding = bindingOf(call);
+    const auto& binding = bindingOf(call);
     try {
-        const Arguments arguments(count, values);
-        if (isNull(arguments.views()[0])) {
-            if (binding.aggregate.step != addText) binding.context.noteNullLeftOut();
+        const SqlCall arguments(binding.context, count, values);
+        if (isNull(arguments[0])) {
+            if (binding.function.step != addText) binding.context.noteNullLeftOut();
             return;
         }
         Gathered*& gathered = slotOf(call);
         if (!gathered) gathered = new Gathered;
         gathered->count += sign;
-        binding.aggregate.step(*gathered, arguments.views(), sign);
+        binding.function.step(*gathered, arguments, sign);
     } catch (...) {
         reportError(binding.context, call);
     }
 }
 
 void giveAggregate(sqlite3_context* call, const Gathered* gathered) {
-    const AggregateBinding& binding = bindingOf(call);
+    const auto& binding = bindingOf(call);
     try {
         if (!gathered || gathered->count == 0) return sqlite3_result_null(call);
-        giveResult(call, binding.aggregate.result(*gathered, binding.aggregate));
+        giveResult(call, binding.function.result(*gathered, binding.function));
     } catch (...) {
         reportError(binding.context, call);
     }
@@ -216,8 +204,8 @@ void registerAggregates(sqlite3* connection, FunctionContext& context) {
     for (const Aggregate& aggregate : kAggregates) {
         const int code = sqlite3_create_window_function(
             connection, aggregate.name, aggregate.arguments, SQLITE_UTF8,
-            new AggregateBinding{context, aggregate}, stepAggregate<1>, finishAggregate, currentAggregate,
-            stepAggregate<-1>, [](void* binding) { delete static_cast<AggregateBinding*>(binding); });
+            new Binding<Aggregate>{context, aggregate}, stepAggregate<1>, finishAggregate, currentAggregate,
+            stepAggregate<-1>, deleteBinding<Aggregate>);
         if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
     }
 }

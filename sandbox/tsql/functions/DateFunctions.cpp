@@ -5,39 +5,6 @@
 namespace tsql {
 namespace {
 
-// Throws SqlError if the type of the value does not have the part.
-void checkPart(Pieces pieces, std::string_view function) {
-    const auto part = static_cast<DatePart>(*pieces[0].integer);
-    const TypeId type = pieces.back().type.id;
-    const bool changes = function != "datepart" && function != "datename";
-    if (part == DatePart::IsoWeek && changes)
-        throw sqlError(message::kDatePartNotSupported, {nameOf(part), function});
-    if (function == "datediff") return;
-    const bool ofClock = part >= DatePart::Hour;
-    const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
-    if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
-        throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
-}
-
-SqlType shiftedType(Pieces pieces) {
-    checkPart(pieces, "dateadd");
-    return pieces[2].type;
-}
-template <TypeId type>
-SqlType differenceType(Pieces pieces) {
-    checkPart(pieces, "datediff");
-    return simpleType(type);
-}
-SqlType partType(Pieces pieces) {
-    checkPart(pieces, "datepart");
-    return simpleType(TypeId::Int);
-}
-SqlType partNameType(Pieces pieces) {
-    checkPart(pieces, "datename");
-    return nvarcharType(30);
-}
-
-// YEAR, MONTH, DAY
 template <DatePart part>
 SqlType ofDateType(Pieces pieces) {
     if (pieces[0].type.id == TypeId::Time)
@@ -49,7 +16,6 @@ DatePart partArgument(const SqlCall& call) {
     return static_cast<DatePart>(call.integer(0));
 }
 
-// (type)
 template <DateTime Now::*clock>
 Value runNow(const SqlCall& call) {
     return toStorage(call.context().now().*clock, call.type(0));
@@ -69,7 +35,6 @@ Value runDateDiff(const SqlCall& call) {
     return difference;
 }
 
-// (part, value)
 template <auto function>
 Value runOfDate(const SqlCall& call) {
     return function(partArgument(call), call.dateTime(1));
@@ -128,11 +93,11 @@ const FunctionInfo kDateFunctions[] = {
     {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
-    {"dateadd", "PIE=", shiftedType, runDateAdd},
-    {"datediff", "PDD", differenceType<TypeId::Int>, runDateDiff<std::int32_t>},
-    {"datediff_big", "PDD", differenceType<TypeId::BigInt>, runDateDiff<std::int64_t>},
-    {"datepart", "PD", partType, runOfDate<datePart>},
-    {"datename", "PD", partNameType, runOfDate<dateName>},
+    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; }, runDateAdd},
+    {"datediff", "PDD", TypeId::Int, runDateDiff<std::int32_t>},
+    {"datediff_big", "PDD", TypeId::BigInt, runDateDiff<std::int64_t>},
+    {"datepart", "PD", TypeId::Int, runOfDate<datePart>},
+    {"datename", "PD", nvarcharType(30), runOfDate<dateName>},
     {"year", "D", ofDateType<DatePart::Year>, runPart<DatePart::Year>},
     {"month", "D", ofDateType<DatePart::Month>, runPart<DatePart::Month>},
     {"day", "D", ofDateType<DatePart::Day>, runPart<DatePart::Day>},
@@ -146,6 +111,20 @@ const FunctionInfo kDateFunctions[] = {
 };
 
 }  // namespace
+
+void checkDatePart(Pieces arguments, std::string_view function) {
+    const auto part = static_cast<DatePart>(*arguments[0].integer);
+    const TypeId type = arguments.back().type.id;
+    const bool isDifference = function.starts_with("datediff"),
+               changes = isDifference || function == "dateadd";
+    if (part == DatePart::IsoWeek && changes)
+        throw sqlError(message::kDatePartNotSupported, {nameOf(part), isDifference ? "datediff" : function});
+    if (isDifference) return;
+    const bool ofClock = part >= DatePart::Hour;
+    const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
+    if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
+        throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
+}
 
 std::span<const FunctionInfo> dateFunctions() {
     return kDateFunctions;

@@ -21,14 +21,16 @@ class FunctionSession {
 
     // Value of "@name" or "@@name". Throws SqlError 137.
     virtual Value variableValue(std::string_view name) = 0;
-    // Calls a user-defined scalar function.
-    virtual Value callFunction(std::string_view database, std::string_view name,
+    // Calls the user-defined scalar function with that key in the catalogue of the database.
+    virtual Value callFunction(std::string_view database, std::string_view key,
                                std::span<const CellView> arguments) = 0;
 
     virtual const Storage& storage() const = 0;
     // Database of the name; the current one if the name has none.
     virtual std::string databaseOf(const ast::ObjectName& name) const = 0;
     virtual Catalogue catalogue(const ast::ObjectName& name) = 0;
+    // Returns the table, module or constraint that the name means; empty without one or its database.
+    virtual std::optional<ObjectInfo> object(const ast::ObjectName& name) = 0;
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
 
     // Last identity value generated for the table, by any session; empty before the first one.

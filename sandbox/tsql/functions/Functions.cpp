@@ -24,23 +24,12 @@ SqlType nullIfType(Pieces pieces) {
     if (pieces[0].nullLiteral) throw sqlError(message::kNullIfOfNull);
     return pieces[0].type;
 }
-SqlType commonOfRest(Pieces pieces) {
-    return commonType(pieces.subspan(1));
-}
-
-SqlType summable(Pieces pieces, std::string_view function) {
+SqlType totalType(Pieces pieces, std::string_view function, int leastScale) {
     const SqlType& type = pieces[0].type;
     if (!isNumber(type.id) || type.id == TypeId::Bit)
         throw sqlError(message::kInvalidOperandType, {baseName(type.id), function});
-    return type;
-}
-SqlType totalType(Pieces pieces) {
-    const SqlType type = summable(pieces, "sum");
-    return type.id == TypeId::Decimal ? decimalType(38, type.scale) : numberType(pieces);
-}
-SqlType averageType(Pieces pieces) {
-    const SqlType type = summable(pieces, "avg");
-    return type.id == TypeId::Decimal ? decimalType(38, std::max<int>(type.scale, 6)) : numberType(pieces);
+    if (type.id != TypeId::Decimal) return numberType(pieces);
+    return decimalType(38, std::max<int>(type.scale, leastScale));
 }
 SqlType extremeType(Pieces pieces) {
     const TypeId id = pieces[0].type.id;
@@ -62,10 +51,6 @@ std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return sql + " END";
 }
 
-std::string writePi(const FunctionInfo&, Pieces, const SqlType&) {
-    return "3.141592653589793";
-}
-
 // Wraps an argument of SQLite's own aggregates, which skip NULLs without a warning.
 Typed noted(const Typed& value) {
     return value.nullable ? Typed{"ts_noted(" + value.sql + ")", value.type} : value;
@@ -80,8 +65,7 @@ std::string writeExtreme(const FunctionInfo& function, Pieces pieces, const SqlT
 }
 
 std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) {
-    const std::string kind(baseName(result.id));
-    return "ts_sum_" + kind + "(" + pieces[0].sql + ")";
+    return "ts_sum_" + std::string(baseName(result.id)) + "(" + pieces[0].sql + ")";
 }
 
 std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& result) {
@@ -94,11 +78,6 @@ std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& re
            std::to_string(result.length) + ")";
 }
 
-std::string writeTiles(const FunctionInfo&, Pieces pieces, const SqlType&) {
-    return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
-}
-
-// LAG, LEAD
 std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     std::vector<Typed> converted(pieces.begin(), pieces.end());
     if (converted.size() > 1)
@@ -114,13 +93,12 @@ const FunctionInfo kWritten[] = {
     {"isnull", "AR", sameAsFirst, "ifnull"},
     {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
-    {"choose", "IR*", commonOfRest, writeChoose},
-    {"pi", "", TypeId::Float, writePi},
+    {"choose", "IR*", [](Pieces pieces) { return commonType(pieces.subspan(1)); }, writeChoose},
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
-    {"sum", "A", totalType, writeSum, kAggregate},
-    {"avg", "A", averageType, writeAverage, kAggregate},
+    {"sum", "A", [](Pieces pieces) { return totalType(pieces, "sum", 0); }, writeSum, kAggregate},
+    {"avg", "A", [](Pieces pieces) { return totalType(pieces, "avg", 6); }, writeAverage, kAggregate},
     {"min", "A", extremeType, writeExtreme, kAggregate},
     {"max", "A", extremeType, writeExtreme, kAggregate},
     {"stdev", "F", TypeId::Float, "ts_stdev", kAggregate},
@@ -132,7 +110,11 @@ const FunctionInfo kWritten[] = {
     {"row_number", "", TypeId::BigInt, "row_number", kRanking},
     {"rank", "", TypeId::BigInt, "rank", kRanking},
     {"dense_rank", "", TypeId::BigInt, "dense_rank", kRanking},
-    {"ntile", "B", TypeId::BigInt, writeTiles, kRanking},
+    {"ntile", "B", TypeId::BigInt,
+     [](const FunctionInfo&, Pieces pieces, const SqlType&) {
+         return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
+     },
+     kRanking},
     {"lag", "A[IR", sameAsFirst, writeShifted, kRanking},
     {"lead", "A[IR", sameAsFirst, writeShifted, kRanking},
     {"first_value", "A", sameAsFirst, "first_value", kFramed},
@@ -162,26 +144,12 @@ Typed datePartArgument(const Typed& value, std::string_view function) {
 
 // Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const SqlType& type) {
-    switch (letter) {
-        case 'C':
-        case 'L':
-        case 'T':
-            return textTypeFor(type);
-        case 'I':
-            return simpleType(TypeId::Int);
-        case 'B':
-            return simpleType(TypeId::BigInt);
-        case 'F':
-            return simpleType(TypeId::Float);
-        case 'D':
-            return dateTypeFor(type, TypeId::DateTime2);
-        case 'E':
-            return dateTypeFor(type, TypeId::DateTime);
-        case 'N':
-            return isNumber(type.id) ? type : simpleType(TypeId::Float);
-        default:
-            return type;
-    }
+    if (letter == 'C' || letter == 'L' || letter == 'T') return textTypeFor(type);
+    if (letter == 'I') return simpleType(TypeId::Int);
+    if (letter == 'B') return simpleType(TypeId::BigInt);
+    if (letter == 'F' || (letter == 'N' && !isNumber(type.id))) return simpleType(TypeId::Float);
+    if (letter == 'D') return dateTypeFor(type, TypeId::DateTime2);
+    return letter == 'E' ? dateTypeFor(type, TypeId::DateTime) : type;
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
@@ -198,28 +166,14 @@ Typed argument(const FunctionInfo& function, std::size_t i, char letter, const T
     return coerce(value, wanted);
 }
 
-// Parsed pattern of arguments: their letters, and the allowed numbers of arguments.
-struct Signature {
-    std::string letters;
-    std::size_t least = 0, most = 0;
-};
-
-Signature signatureOf(const FunctionInfo& function) {
-    Signature result;
-    for (const char letter : function.arguments)
-        if (isArgument(letter)) result.letters += letter;
-    const std::string_view required = function.arguments.substr(0, function.arguments.find('['));
-    result.least = static_cast<std::size_t>(std::ranges::count_if(required, isArgument));
-    result.most = function.arguments.find('*') == std::string_view::npos ? result.letters.size() : kAnyNumber;
-    return result;
-}
-
-void checkCount(const FunctionInfo& function, const Signature& signature, std::size_t count) {
-    if (count >= signature.least && count <= signature.most) return;
-    const std::string least = std::to_string(signature.least);
-    if (signature.least == signature.most)
-        throw sqlError(message::kFunctionNeedsArguments, {function.name, least});
-    throw sqlError(message::kFunctionTakesArguments, {function.name, least, std::to_string(signature.most)});
+void checkCount(const FunctionInfo& function, std::size_t letters, std::size_t count) {
+    const std::string_view pattern = function.arguments, required = pattern.substr(0, pattern.find('['));
+    const auto least = static_cast<std::size_t>(std::ranges::count_if(required, isArgument));
+    const std::size_t most = pattern.find('*') == std::string_view::npos ? letters : kAnyNumber;
+    if (count >= least && count <= most) return;
+    throw least == most ? sqlError(message::kFunctionNeedsArguments, {function.name, std::to_string(least)})
+                        : sqlError(message::kFunctionTakesArguments,
+                                   {function.name, std::to_string(least), std::to_string(most)});
 }
 
 }  // namespace
@@ -265,18 +219,19 @@ const FunctionInfo* findFunction(std::string_view name) {
 }
 
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {
-    const Signature signature = signatureOf(function);
-    checkCount(function, signature, arguments.size());
+    std::string letters;
+    std::ranges::copy_if(function.arguments, std::back_inserter(letters), isArgument);
+    const auto letterOf = [&](std::size_t i) { return letters[std::min(i, letters.size() - 1)]; };
+    checkCount(function, letters.size(), arguments.size());
     if (function.kind == FunctionKind::Aggregate && arguments[0].word == "*")
         return {"count(*)", function.result.of(arguments)};
     std::vector<Typed> pieces;
     for (std::size_t i = 0; i < arguments.size(); ++i)
-        pieces.push_back(argument(function, i, signature.letters[std::min(i, signature.letters.size() - 1)],
-                                  arguments[i]));
+        pieces.push_back(argument(function, i, letterOf(i), arguments[i]));
+    if (function.takesDatePart()) checkDatePart(pieces, function.name);
     const SqlType type = function.result.of(pieces);
     for (std::size_t i = 0; i < pieces.size(); ++i)
-        if (signature.letters[std::min(i, signature.letters.size() - 1)] == 'R')
-            pieces[i] = coerce(pieces[i], type);
+        if (letterOf(i) == 'R') pieces[i] = coerce(pieces[i], type);
     std::string sql = function.write(function, pieces, type);
     if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
     Typed result{sql, type};

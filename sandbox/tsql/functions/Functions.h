@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,7 +21,8 @@ class ResultType {
     using Rule = SqlType (*)(Pieces arguments);
     ResultType(TypeId id) : m_fixed(simpleType(id)) {}
     ResultType(const SqlType& type) : m_fixed(type) {}
-    ResultType(Rule rule) : m_rule(rule) {}
+    template <std::convertible_to<Rule> F>
+    ResultType(F rule) : m_rule(rule) {}
     SqlType of(Pieces arguments) const { return m_rule ? m_rule(arguments) : m_fixed; }
 
   private:
@@ -84,6 +86,9 @@ std::span<const FunctionInfo> textFunctions();
 std::span<const FunctionInfo> mathFunctions();
 std::span<const FunctionInfo> dateFunctions();
 std::span<const FunctionInfo> sessionFunctions();
+
+// Throws SqlError 9806 or 9810 if the last argument has no such part as the first one names.
+void checkDatePart(Pieces arguments, std::string_view function);
 
 // Result type of ABS, ROUND, SUM ...: at least int.
 SqlType numberType(Pieces arguments);

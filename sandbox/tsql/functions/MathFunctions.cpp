@@ -1,7 +1,6 @@
 // T-SQL's numeric functions, as SQLite functions.
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <random>
 
@@ -34,7 +33,6 @@ Value runFloat(const SqlCall& call) {
     return checked(function(call.real(0)));
 }
 
-// (value, type)
 Value runAbs(const SqlCall& call) {
     if (isApproximate(call.type(1).id)) return std::fabs(call.real(0));
     const Int128 value = exactOf(call[0]);
@@ -91,14 +89,12 @@ Value runLog(const SqlCall& call) {
     return checked(call.real(0) > 0 ? std::log(call.real(0)) / base : NAN);
 }
 
-// ([seed])
 Value runRand(const SqlCall& call) {
     thread_local std::mt19937_64 engine{std::random_device{}()};
     if (call.count() > 0) engine.seed(static_cast<std::uint64_t>(call.integer(0)));
     return std::uniform_real_distribution<double>(0, 1)(engine);
 }
 
-// (value, type)
 Value runIsNumeric(const SqlCall& call) {
     if (isNull(call[0])) return std::int64_t{0};
     const SqlType type = call.type(1);
@@ -134,6 +130,7 @@ const FunctionInfo kMathFunctions[] = {
     {"asin", "F", TypeId::Float, runFloat<std::asin>},
     {"acos", "F", TypeId::Float, runFloat<std::acos>},
     {"atan", "F", TypeId::Float, runFloat<std::atan>},
+    {"pi", "", TypeId::Float, [](const SqlCall&) -> Value { return std::numbers::pi; }},
     {"degrees", "F", TypeId::Float, runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
     {"radians", "F", TypeId::Float, runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
     {"rand", "[I", TypeId::Float, runRand, Nulls::GiveNull, Purity::Varying},

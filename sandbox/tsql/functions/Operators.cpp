@@ -40,11 +40,6 @@ Value runArithmetic(const SqlCall& call) {
     return left;
 }
 
-// (left, left type, right, right type)
-Value runCompare(const SqlCall& call) {
-    return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
-}
-
 // (value, pattern, are trailing blanks significant[, escape])
 Value runLike(const SqlCall& call) {
     const EndBlanks blanks = call.integer(2) != 0 ? EndBlanks::Counted : EndBlanks::Ignored;
@@ -70,7 +65,10 @@ const ScalarFunction kOperatorFunctions[] = {
     {"ts_try_convert", runConvert<Conversion::Try>},
     {"ts_assign", runAssign, Nulls::Reach},
     {"ts_arithmetic", runArithmetic, Nulls::Reach},
-    {"ts_compare", runCompare},
+    {"ts_compare",  // (left, left type, right, right type)
+     [](const SqlCall& call) -> Value {
+         return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
+     }},
     {"ts_like", runLike},
     {"ts_unpadded", runUnpadded},
 };
@@ -127,18 +125,19 @@ bool holds(const SqlType& type, const SqlType& other) {
     return other.scale <= type.scale && whole(other) <= whole(type) - (type.id == TypeId::Decimal ? 0 : 1);
 }
 
+std::string compared(const std::string& left, std::string_view sign, const std::string& right) {
+    return "(" + left + std::string(sign) + right + ")";
+}
+
 // Compares numbers of different forms in the form of one side, so that its index can be used; else with a
 // function.
 std::string compareExact(std::string_view sign, const Typed& left, const Typed& right) {
-    const auto compared = [&](const std::string& a, const std::string& b) {
-        return "(" + a + std::string(sign) + b + ")";
-    };
-    if (sameScaling(left.type, right.type)) return compared(left.sql, right.sql);
-    if (holds(left.type, literalType(right))) return compared(left.sql, coerce(right, left.type).sql);
-    if (holds(right.type, literalType(left))) return compared(coerce(left, right.type).sql, right.sql);
+    if (sameScaling(left.type, right.type)) return compared(left.sql, sign, right.sql);
+    if (holds(left.type, literalType(right))) return compared(left.sql, sign, coerce(right, left.type).sql);
+    if (holds(right.type, literalType(left))) return compared(coerce(left, right.type).sql, sign, right.sql);
     return compared(
         "ts_compare(" + left.sql + "," + code(left.type) + "," + right.sql + "," + code(right.type) + ")",
-        "0");
+        sign, "0");
 }
 
 // Compares binary strings as if the shorter one were padded with zeros. A shorter string is padded to the
@@ -147,12 +146,9 @@ std::string compareBytes(std::string_view sign, const Typed& left, const Typed& 
     const auto padsTo = [](const Typed& from, const Typed& to) {
         return to.type.id == TypeId::Binary && from.type.length > 0 && from.type.length <= to.type.length;
     };
-    const auto compared = [&](const std::string& a, const std::string& b) {
-        return "(" + a + std::string(sign) + b + ")";
-    };
-    if (padsTo(right, left)) return compared(left.sql, coerce(right, left.type).sql);
-    if (padsTo(left, right)) return compared(coerce(left, right.type).sql, right.sql);
-    return compared(comparable(left), comparable(right));
+    if (padsTo(right, left)) return compared(left.sql, sign, coerce(right, left.type).sql);
+    if (padsTo(left, right)) return compared(coerce(left, right.type).sql, sign, right.sql);
+    return compared(comparable(left), sign, comparable(right));
 }
 
 // "(a || b || c)", truncated to the type's length. The chain is flat because SQLite's parser limits the
@@ -300,7 +296,7 @@ std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& right
     const SqlType type = commonType(left.type, right.type, kCompareNames[static_cast<std::size_t>(op)]);
     const SqlType loose = isText(type.id) ? nvarcharType(SqlType::kMax) : type;
     if (isBinary(left.type.id) && isBinary(right.type.id)) return compareBytes(sign, left, right);
-    return "(" + collated(coerce(left, loose)) + std::string(sign) + coerce(right, loose).sql + ")";
+    return compared(collated(coerce(left, loose)), sign, coerce(right, loose).sql);
 }
 
 std::string emitLike(const Typed& value, const Typed& pattern, const Typed* escape) {

@@ -10,15 +10,6 @@
 namespace tsql {
 namespace {
 
-// --- session
-
-// (database, name, argument...); a user-defined function
-Value runCall(const SqlCall& call) {
-    return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
-}
-
-// --- queries
-
 // (value); returns it, and notes a NULL that an aggregate skips
 Value runNoted(const SqlCall& call) {
     if (isNull(call[0])) call.context().noteNullLeftOut();
@@ -117,8 +108,6 @@ Value runXmlValue(const SqlCall& call) {
     return result;
 }
 
-// --- properties of types in the system views
-
 template <Value (*fact)(const SqlType&)>
 Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
@@ -141,17 +130,9 @@ Value charactersOf(const SqlType& type) {
 
 // sys.columns.precision; for a date or time, the length of its string form.
 Value digitsOf(const SqlType& type) {
-    constexpr int kDate = 10, kMinutes = 16, kSeconds = 19, kReal = 24, kFloat = 53;
-    const int point = type.scale ? type.scale + 1 : 0;
-    if (type.id == TypeId::Date) return std::int64_t{kDate};
-    if (type.id == TypeId::Time) return std::int64_t{kSeconds - kDate - 1 + point};
-    if (type.id == TypeId::SmallDateTime) return std::int64_t{kMinutes};
-    if (isDateTime(type.id)) return std::int64_t{kSeconds + point};
-    if (isApproximate(type.id)) return std::int64_t{type.id == TypeId::Real ? kReal : kFloat};
-    return std::int64_t{isExact(type.id) ? precisionOf(type) : 0};
+    const int fraction = isDateTime(type.id) && type.scale > 0 ? type.scale + 1 : 0;
+    return std::int64_t{precisionOf(type) + fraction};
 }
-
-// --- TYPE_NAME and TYPE_ID
 
 // Names and numbers of the types, with those that are others here.
 std::vector<std::pair<std::string, int>> typeNumbers() {
@@ -161,21 +142,17 @@ std::vector<std::pair<std::string, int>> typeNumbers() {
     return all;
 }
 
-// (number)
 Value runNameOfType(const SqlCall& call) {
     for (const auto& [name, id] : typeNumbers())
         if (id == call.integer(0)) return name;
     return Null{};
 }
 
-// (name)
 Value runIdOfType(const SqlCall& call) {
     for (const auto& [name, id] : typeNumbers())
         if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
     return Null{};
 }
-
-// --- foreign keys in the system views
 
 // (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
 Value runReferenced(const SqlCall& call) {
@@ -188,7 +165,12 @@ constexpr auto kReach = Nulls::Reach;
 const ScalarFunction kQueryFunctions[] = {
     {"ts_variable", [](const SqlCall& call) { return call.context().session().variableValue(call.text(0)); },
      kReach, Purity::Varying},
-    {"ts_call", runCall, kReach, Purity::Varying},
+    {"ts_call",  // (database, key, argument...); a user-defined function
+     [](const SqlCall& call) {
+         return call.context().session().callFunction(call.text(0), call.text(1),
+                                                      call.arguments().subspan(2));
+     },
+     kReach, Purity::Varying},
     {"ts_noted", runNoted, kReach, Purity::Varying},
     {"ts_single", runSingle, kReach},
     {"ts_deeper", runDeeper},
@@ -196,6 +178,8 @@ const ScalarFunction kQueryFunctions[] = {
     {"ts_split", runSplit},
     {"ts_xml", runXml},
     {"ts_xml_value", runXmlValue},
+    {"ts_schema_of", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
+    {"ts_bare_name", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
     {"ts_referenced", runReferenced},
     {"ts_cascades",
      [](const SqlCall& call) -> Value { return std::int64_t{parseConstraint(call.text(0)).cascade}; }},

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <new>
-#include <utility>
 
 #include "functions/Functions.h"
 #include "functions/Operators.h"
@@ -14,21 +13,16 @@
 namespace tsql {
 namespace {
 
-struct Binding {
-    FunctionContext& context;
-    const ScalarFunction& function;
-};
-
 void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
-    const auto& binding = *static_cast<const Binding*>(sqlite3_user_data(call));
+    const auto& binding = *static_cast<const Binding<ScalarFunction>*>(sqlite3_user_data(call));
     try {
-        const Arguments arguments(count, values);
-        for (const CellView& each : arguments.views())
+        const SqlCall arguments(binding.context, count, values);
+        for (const CellView& each : arguments.arguments())
             if (const auto* text = std::get_if<std::string_view>(&each)) spendWork(text->size());
         const bool anyNull =
-            std::ranges::any_of(arguments.views(), [](const auto& each) { return isNull(each); });
+            std::ranges::any_of(arguments.arguments(), [](const auto& each) { return isNull(each); });
         if (binding.function.nulls == Nulls::GiveNull && anyNull) return sqlite3_result_null(call);
-        giveResult(call, binding.function.run(SqlCall(binding.context, arguments.views())));
+        giveResult(call, binding.function.run(arguments));
     } catch (...) {
         reportError(binding.context, call);
     }
@@ -37,8 +31,8 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
 void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarFunction& function) {
     const int flags = SQLITE_UTF8 | (function.purity == Purity::Pure ? SQLITE_DETERMINISTIC : 0);
     const int code = sqlite3_create_function_v2(connection, function.name.c_str(), -1, flags,
-                                                new Binding{context, function}, callScalar, nullptr, nullptr,
-                                                [](void* binding) { delete static_cast<Binding*>(binding); });
+                                                new Binding<ScalarFunction>{context, function}, callScalar,
+                                                nullptr, nullptr, deleteBinding<ScalarFunction>);
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
 }
 

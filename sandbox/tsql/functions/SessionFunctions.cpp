@@ -27,7 +27,6 @@ Value runNewId(const SqlCall&) {
 
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
-// Returns the value of a property, or NULL for an unknown name.
 Value propertyIn(const Properties& properties, std::string_view name) {
     for (const auto& [property, value] : properties)
         if (sameWord(property, name)) return value;
@@ -104,9 +103,7 @@ struct SessionFunctions {
 
     static Value objectId(const SqlCall& call) {
         const auto name = parseObjectName(call.text(0));
-        if (!name.schema.empty() && !sameWord(name.schema, "dbo")) return Null{};
-        if (!name.database.empty() && !session(call).storage().exists(name.database)) return Null{};
-        const auto found = session(call).catalogue(name).find(name.name);
+        const auto found = session(call).object(name);
         if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
         return name.name.starts_with('#') ? -found->id : found->id;
     }
@@ -118,9 +115,10 @@ struct SessionFunctions {
         return session(call).catalogue({*database, {}, {}}).findById(call.integer(0));
     }
 
-    static Value objectName(const SqlCall& call) {
+    template <std::string ObjectInfo::*fact>
+    static Value ofObject(const SqlCall& call) {
         const auto found = objectArgument(call);
-        return found ? Value(found->name) : Value(Null{});
+        return found ? Value((*found).*fact) : Value(Null{});
     }
 
     static Value objectProperty(const SqlCall& call) {
@@ -140,8 +138,8 @@ struct SessionFunctions {
             if (sameWord(property, call.text(1))) return std::int64_t{found->type == type};
         if (!sameWord(call.text(1), "TableHasIdentity"))
             throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
-        const auto table = session(call).catalogue({}).table(found->name);
-        return table ? Value(std::int64_t{table->identityColumn() != nullptr}) : Value(Null{});
+        if (found->type != objectType::kTable) return Null{};
+        return std::int64_t{session(call).catalogue({}).tableOf(*found).identityColumn() != nullptr};
     }
 
     static Value objectDefinition(const SqlCall& call) {
@@ -151,22 +149,31 @@ struct SessionFunctions {
     }
 
     static Value schemaNumber(const SqlCall& call) {
-        constexpr std::pair<std::string_view, int> kSchemas[] = {
-            {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}};
-        for (const auto& [name, id] : kSchemas)
-            if (sameWord(name, call.count() ? call.text(0) : "dbo")) return id;
+        const auto found =
+            session(call).catalogue({}).schemaNamed(call.count() ? call.text(0) : kDefaultSchema);
+        return found ? Value(found->id) : Value(Null{});
+    }
+
+    static Value schemaName(const SqlCall& call) {
+        if (call.count() == 0) return std::string(kDefaultSchema);
+        for (const auto& schema : session(call).catalogue({}).schemas())
+            if (schema.id == call.integer(0)) return schema.name;
         return Null{};
     }
 
     static Value columnLength(const SqlCall& call) {
         const auto name = parseObjectName(call.text(0));
-        const auto found = session(call).catalogue(name).table(name.name);
-        const TableColumn* column = found ? found->column(call.text(1)) : nullptr;
+        const auto found = session(call).object(name);
+        if (!found) return Null{};
+        const TableInfo table = session(call).catalogue(name).tableOf(*found);
+        const TableColumn* column = table.column(call.text(1));
         return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
     }
 
     static Value columnName(const SqlCall& call) {
-        return session(call).catalogue({}).columnName(call.integer(0), call.integer(1));
+        for (const auto& column : session(call).catalogue({}).columns(call.integer(0)))
+            if (column.id == call.integer(1)) return column.name;
+        return Null{};
     }
 
     static Value columnProperty(const SqlCall& call) {
@@ -178,10 +185,6 @@ struct SessionFunctions {
             throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
         }
         return Null{};
-    }
-
-    static Value ownerOfObject(const SqlCall& call) {
-        return objectArgument(call) ? owner(call) : Value(Null{});
     }
 
     static Value currentIdentity(const SqlCall& call) {
@@ -221,9 +224,9 @@ const FunctionInfo kSessionFunctions[] = {
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
     {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
     {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
-    {"object_name", "I[I", kName, S::objectName, kNulls, kVarying},
+    {"object_name", "I[I", kName, S::ofObject<&ObjectInfo::name>, kNulls, kVarying},
     {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
-    {"object_schema_name", "I[I", kName, S::ownerOfObject, kNulls, kVarying},
+    {"object_schema_name", "I[I", kName, S::ofObject<&ObjectInfo::schemaName>, kNulls, kVarying},
     {"object_definition", "I", nvarcharType(SqlType::kMax), S::objectDefinition, kNulls, kVarying},
     {"has_dbaccess", "T", TypeId::Int,
      [](const SqlCall& call) { return S::session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },
@@ -234,7 +237,7 @@ const FunctionInfo kSessionFunctions[] = {
     {"type_name", "I", kName, "ts_name_of_type"},
     {"type_id", "T", TypeId::Int, "ts_id_of_type"},
     {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
-    {"schema_name", "[I", kName, S::owner, kNulls, kVarying},
+    {"schema_name", "[I", kName, S::schemaName, kNulls, kVarying},
     {"user_name", "[I", kName, S::owner, kNulls, kVarying},
     {"current_user", "", kName, S::owner, kNulls, kVarying},
     {"session_user", "", kName, S::owner, kNulls, kVarying},

@@ -14,15 +14,18 @@
 
 namespace tsql {
 
+// A call of a function by SQLite.
 class SqlCall {
   public:
-    SqlCall(FunctionContext& context, std::span<const CellView> arguments)
-        : m_context(context), m_arguments(arguments) {}
+    SqlCall(FunctionContext& context, int count, struct sqlite3_value** values)
+        : m_context(context), m_count(static_cast<std::size_t>(count)) {
+        for (std::size_t i = 0; i < m_count; ++i) m_arguments[i] = viewOf(values[i]);
+    }
 
     FunctionContext& context() const { return m_context; }
-    std::size_t count() const { return m_arguments.size(); }
+    std::size_t count() const { return m_count; }
     const CellView& operator[](std::size_t i) const { return m_arguments[i]; }
-    std::span<const CellView> arguments() const { return m_arguments; }
+    std::span<const CellView> arguments() const { return {m_arguments.data(), m_count}; }
     bool isBlob(std::size_t i) const { return std::holds_alternative<Blob>(m_arguments[i]); }
     std::string_view text(std::size_t i) const { return std::get<std::string_view>(m_arguments[i]); }
     std::int64_t integer(std::size_t i) const { return std::get<std::int64_t>(m_arguments[i]); }
@@ -35,21 +38,9 @@ class SqlCall {
     DateTime dateTime(std::size_t i) const { return fromStorage(text(i)); }
 
   private:
-    FunctionContext& m_context;
-    std::span<const CellView> m_arguments;
-};
-
-// Arguments of a call by SQLite.
-class Arguments {
-  public:
-    Arguments(int count, struct sqlite3_value** values) : m_count(static_cast<std::size_t>(count)) {
-        for (std::size_t i = 0; i < m_count; ++i) m_views[i] = viewOf(values[i]);
-    }
-    std::span<const CellView> views() const { return {m_views.data(), m_count}; }
-
-  private:
     static constexpr std::size_t kMost = 127;  // SQLite's own limit
-    std::array<CellView, kMost> m_views;
+    FunctionContext& m_context;
+    std::array<CellView, kMost> m_arguments;
     std::size_t m_count;
 };
 
@@ -64,6 +55,17 @@ struct ScalarFunction {
     Nulls nulls = Nulls::GiveNull;
     Purity purity = Purity::Pure;
 };
+
+// What SQLite passes to the functions that are registered in it.
+template <typename Function>
+struct Binding {
+    FunctionContext& context;
+    const Function& function;
+};
+template <typename Function>
+void deleteBinding(void* binding) {
+    delete static_cast<Binding<Function>*>(binding);
+}
 
 std::span<const ScalarFunction> operatorFunctions();  // that do the work of operators
 std::span<const ScalarFunction> queryFunctions();     // for queries and system views; T-SQL lacks them

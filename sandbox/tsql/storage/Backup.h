@@ -7,10 +7,8 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "storage/Storage.h"
-#include "types/Values.h"
 
 namespace tsql {
 

@@ -12,7 +12,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "storage/Quoting.h"
 #include "storage/Storage.h"

@@ -156,11 +156,10 @@ struct TableRef {
 };
 
 struct SelectItem {
-    ExprPtr value;                       // null for *
-    std::vector<std::string> starOf;     // qualifier of t.*
-    std::string alias;                   // empty if there is none
-    std::string variable;                // SELECT @v = value
-    std::optional<BinaryOp> assignment;  // SELECT @v += value
+    ExprPtr value;                    // null for *; of SELECT @v += 1: @v + 1
+    std::vector<std::string> starOf;  // qualifier of t.*
+    std::string alias;                // empty if there is none
+    std::string variable;             // SELECT @v = value
 };
 struct Window {
     std::vector<ExprPtr> partition;
@@ -225,8 +224,7 @@ struct Declare {
 };
 struct Assign {
     std::string name;
-    std::optional<BinaryOp> op;  // SET @x += 1
-    ExprPtr value;
+    ExprPtr value;  // of SET @x += 1: @x + 1
 };
 struct SetOption {
     std::vector<std::string> names;  // in upper case
@@ -354,7 +352,7 @@ struct Constraint {
     ExprPtr check;
     std::string text;    // of the DEFAULT value
     std::string source;  // whole text without the name, for parseConstraint()
-    std::string references;
+    ObjectName references = {};
     std::vector<std::string> referencedColumns;
     bool cascade = false;
 };
@@ -388,11 +386,24 @@ struct AlterTable {
     std::vector<std::string> dropColumns, dropConstraints;
     bool ifExists = false;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Index, Database };
+struct AlterIndex {
+    std::string name;  // empty: all
+    ObjectName table;
+};
+enum class ObjectKind { Table, View, Procedure, Function, Index, Database, Schema };
 struct Drop {
     ObjectKind kind;
-    std::vector<ObjectName> names;  // for an index, the schema is the table
+    std::vector<ObjectName> names;
+    std::vector<AlterIndex> indexes;  // instead of names
     bool ifExists = false;
+};
+struct CreateSchema {
+    std::string name, owner;  // owner: empty if not given
+};
+// ALTER SCHEMA schema TRANSFER object
+struct TransferObject {
+    std::string schema;
+    ObjectName object;
 };
 struct CreateDatabase {
     std::string name;
@@ -400,10 +411,6 @@ struct CreateDatabase {
 struct AlterDatabase {
     std::string name;     // empty: the session's database
     std::string newName;  // empty: a setting that has no effect
-};
-struct AlterIndex {
-    std::string name;  // empty: all
-    ObjectName table;
 };
 
 // CREATE or ALTER PROCEDURE, FUNCTION or VIEW. The whole text of the batch is stored.
@@ -469,12 +476,12 @@ struct Maintenance {
 };
 
 struct Statement {
-    using Node =
-        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound, TryCatch,
-                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk, Update,
-                     Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
-                     AlterDatabase, AlterIndex, CreateModule, Execute, Transaction, Backup, Restore,
-                     CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
+                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
+                              InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex,
+                              Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema, TransferObject,
+                              CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase, Maintenance,
+                              DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

@@ -119,7 +119,9 @@ class Lexer {
         if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number(0);
         if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
         if (isNameStart(c)) return takeToken(TokenKind::Word, past(isNamePart, 1));
-        if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair() ? 2 : 1);
+        const std::string_view two = m_text.substr(m_at, 2);
+        const bool isPair = two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;
+        if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair ? 2 : 1);
         if (c == '{') throw SyntaxError(unsupported("an ODBC escape sequence such as {fn ...}"), m_line);
         if (c == '$') throw SyntaxError(unsupported("a name such as $IDENTITY"), m_line);
         throw SyntaxError(message::kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.",
@@ -154,11 +156,6 @@ class Lexer {
             if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
         }
         return takeToken(kind, end + 1 - m_at);
-    }
-
-    bool isPair() const {
-        const std::string_view two = m_text.substr(m_at, 2);
-        return two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;
     }
 
     Token number(std::size_t sign) {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "messages/Message.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -160,22 +160,17 @@ SqlType Parser::type(TypeUse use) {
     std::string name = unquoted(takeToken());
     for (const auto word : {"PRECISION", "CHARACTER", "CHAR", "TEXT", "VARYING"})
         if (at(word)) name += " " + lowerAscii(takeToken().raw);
-    const auto arguments = typeArguments();
+    const auto argument = [this] {
+        constexpr std::int64_t kTooLarge = 1'000'000;
+        return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
+    };
+    std::vector<int> arguments;
+    if (at("(")) arguments = parenthesized([&] { return list(argument); });
     try {
         return makeType(name, arguments, use);
     } catch (const SqlError& error) {
         throw SyntaxError(error, line);
     }
-}
-
-std::vector<int> Parser::typeArguments() {
-    if (!at("(")) return {};
-    return parenthesized([this] {
-        return list([this] {
-            constexpr std::int64_t kTooLarge = 1'000'000;
-            return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
-        });
-    });
 }
 
 // There is only one collation: case-insensitive, accent-sensitive.
@@ -186,7 +181,6 @@ void Parser::collation() {
     expectName();
 }
 
-// Skips to the matching closing parenthesis.
 void Parser::skipParenthesized() {
     int depth = 0;
     do {
@@ -227,11 +221,9 @@ void Parser::throwIfAt(std::string_view phrase, std::string_view construct) cons
     if (at(phrase)) throwUnsupported(construct);
 }
 
-Parser::Nesting::Nesting(Parser& parser) : m_parser(parser) {
-    if (++m_parser.m_depth > kDeepestNesting) {
-        --m_parser.m_depth;
-        throwTooDeep(parser.peek().line);
-    }
+int Parser::nextDepth() const {
+    if (m_depth >= kDeepestNesting) throwTooDeep(peek().line);
+    return m_depth + 1;
 }
 
 void Parser::checkChain(int length) const {

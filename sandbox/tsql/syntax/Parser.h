@@ -11,6 +11,7 @@
 
 #include "syntax/Ast.h"
 #include "syntax/Lexer.h"
+#include "types/Text.h"
 
 namespace tsql {
 
@@ -94,17 +95,8 @@ class Parser {
         (part(parts), ...);
     }
 
-    // Limits the depth of recursive productions, for its scope.
-    class Nesting {
-      public:
-        explicit Nesting(Parser& parser);
-        ~Nesting() { --m_parser.m_depth; }
-        Nesting(const Nesting&) = delete;
-        Nesting& operator=(const Nesting&) = delete;
-
-      private:
-        Parser& m_parser;
-    };
+    // m_depth inside a recursive production. Throws SyntaxError 191 beyond the limit.
+    int nextDepth() const;
     void checkChain(int length) const;
 
     // ---- expressions (ParserExpressions.cpp)
@@ -127,12 +119,12 @@ class Parser {
     ast::ExprPtr top(bool mayBeBare = false);
     ast::SelectItem selectItem();
     std::optional<BinaryOp> assignmentOperator();
+    ast::ExprPtr assignedValue(const std::string& variable);
     ast::ObjectName tableName();
     void tableHints();
     std::vector<ast::TableRefPtr> from();
     std::vector<ast::OrderItem> orderBy();
     std::optional<std::int64_t> options();  // returns MAXRECURSION
-    std::int64_t maxRecursion();
 
     // ---- statements (ParserStatements.cpp)
     ast::Block batch();
@@ -152,6 +144,7 @@ class Parser {
     // State that earlier and enclosing statements pass on.
     bool m_quotedIdentifiers;
     int m_loops = 0;
+    int m_depth = 0;
     std::optional<ast::ObjectName>* m_into =
         nullptr;                                  // receives the INTO of the next SELECT, if it may have one
     const ast::CreateModule* m_module = nullptr;  // module whose body is being parsed
@@ -164,11 +157,9 @@ class Parser {
         return peek(ahead).initial == phrase.front() ? matchWhole(phrase, ahead) : 0;
     }
     std::size_t matchWhole(std::string_view phrase, std::size_t ahead) const;
-    std::vector<int> typeArguments();
 
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
-    int m_depth = 0;
     bool m_scalarOnly = false;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;

@@ -129,14 +129,6 @@ Delete remove(Parser& in) {
     in.throwUnsupported(verb + " " + toUpper(in.near()));
 }
 
-// Name of an object to create or drop. The only schema is dbo.
-ObjectName definedName(Parser& in) {
-    ObjectName name = in.objectName();
-    if (!name.schema.empty() && !sameWord(name.schema, "dbo"))
-        throw SyntaxError(sqlError(message::kUnknownSchema, {name.schema}), name.line);
-    return name;
-}
-
 // a, b DESC
 std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
     return in.parenthesized([&] {
@@ -183,9 +175,8 @@ void keyColumns(Parser& in, Constraint& constraint, bool ofTable) {
 
 void references(Parser& in, Constraint& constraint) {
     in.expect("REFERENCES");
-    const ObjectName table = definedName(in);
-    if (!table.database.empty()) in.throwUnsupported("a foreign key to another database");
-    constraint.references = table.name;
+    constraint.references = in.objectName();
+    if (!constraint.references.database.empty()) in.throwUnsupported("a foreign key to another database");
     if (in.at("(")) constraint.referencedColumns = in.columnNames();
     while (in.accept("ON")) {
         const bool onDelete = in.accept("DELETE");
@@ -318,7 +309,7 @@ CreateTable tableElements(Parser& in, ObjectName name) {
 }
 
 Statement::Node createTable(Parser& in) {
-    CreateTable node = tableElements(in, definedName(in));
+    CreateTable node = tableElements(in, in.objectName());
     fileGroup(in);
     in.throwIfAt("WITH (", "options of CREATE TABLE");
     return node;
@@ -368,10 +359,6 @@ Statement::Node alterTable(Parser& in) {
 }
 
 // ---- modules
-
-bool atModule(const Parser& in) {
-    return in.at("PROCEDURE") || in.at("PROC") || in.at("FUNCTION") || in.at("VIEW");
-}
 
 // Options of modules that change no result.
 void moduleOptions(Parser& in) {
@@ -426,7 +413,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     const bool view = in.at("VIEW");
     module.function = in.at("FUNCTION");
     in.takeToken();
-    module.name = definedName(in);
+    module.name = in.objectName();
     if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
     const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
     if (!module.name.database.empty())
@@ -486,13 +473,31 @@ Statement::Node alterIndex(Parser& in) {
 }
 
 // i ON t, or t.i
-ObjectName indexName(Parser& in) {
-    ObjectName name = in.objectName();
-    name.database.clear();  // parsed as a database, but it is the schema of the table
-    if (!in.accept("ON")) return name;
-    const ObjectName table = in.objectName();
+AlterIndex droppedIndex(Parser& in) {
+    const ObjectName name = in.objectName();  // s.t.i is parsed as database.schema.name
+    if (!in.accept("ON")) return {name.name, {{}, name.database, name.schema, name.line}};
+    AlterIndex index{name.name, in.objectName()};
     indexStorage(in);
-    return {table.database, table.name, name.name, name.line};
+    return index;
+}
+
+// CREATE SCHEMA name [AUTHORIZATION owner], CREATE SCHEMA AUTHORIZATION owner
+Statement::Node createSchema(Parser& in) {
+    CreateSchema node;
+    if (!in.at("AUTHORIZATION")) node.name = in.expectName();
+    if (in.accept("AUTHORIZATION")) node.owner = in.expectName();
+    if (node.name.empty()) node.name = node.owner;
+    for (const auto word : {"CREATE", "GRANT", "REVOKE", "DENY"})
+        in.throwIfAt(word, std::string(word) + " within CREATE SCHEMA");
+    return node;
+}
+
+Statement::Node transferObject(Parser& in) {
+    TransferObject node{in.expectName(), {}};
+    in.expect("TRANSFER");
+    if (!in.accept("OBJECT ::") && in.at("::", 1)) in.throwUnsupported("TRANSFER " + toUpper(in.near()));
+    node.object = in.objectName();
+    return node;
 }
 
 }  // namespace
@@ -528,9 +533,9 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     CreateModule module;
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
-    if (atModule(in)) {
+    const bool procedure = in.at("PROCEDURE") || in.at("PROC");
+    if (procedure || in.at("FUNCTION") || in.at("VIEW")) {
         if (first) return createModule(in, std::move(module));
-        const bool procedure = in.at("PROCEDURE") || in.at("PROC");
         throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
                                    {procedure ? "CREATE/ALTER PROCEDURE"
                                               : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
@@ -539,10 +544,14 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     if (!create && in.accept("TABLE")) return alterTable(in);
     if (!create && in.accept("DATABASE")) return alterDatabase(in);
     if (!create && in.accept("INDEX")) return alterIndex(in);
+    if (!create && in.accept("SCHEMA")) return transferObject(in);
     const bool orAlter = create && module.alter;
     if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);
     if (in.accept("DATABASE")) return createDatabase(in);
+    if (in.at("SCHEMA") && !first)
+        throw SyntaxError(sqlError(message::kMustBeFirstInBatch, {"CREATE SCHEMA"}), in.peek().line);
+    if (in.accept("SCHEMA")) return createSchema(in);
     const bool unique = in.accept("UNIQUE");
     in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
     if (in.accept("INDEX")) return createIndex(in, unique);
@@ -554,12 +563,16 @@ Statement::Node parseDrop(Parser& in) {
         {"TABLE", ObjectKind::Table},    {"PROCEDURE", ObjectKind::Procedure},
         {"PROC", ObjectKind::Procedure}, {"FUNCTION", ObjectKind::Function},
         {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
-        {"VIEW", ObjectKind::View},
+        {"VIEW", ObjectKind::View},      {"SCHEMA", ObjectKind::Schema},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) throwUnsupportedObject(in, "DROP");
-    Drop node{*kind, {}, in.accept("IF EXISTS")};
-    node.names = in.list([&] { return *kind == ObjectKind::Index ? indexName(in) : definedName(in); });
+    Drop node{*kind, {}, {}, in.accept("IF EXISTS")};
+    const bool isPlain = *kind == ObjectKind::Database || *kind == ObjectKind::Schema;
+    if (*kind == ObjectKind::Index)
+        node.indexes = in.list([&] { return droppedIndex(in); });
+    else
+        node.names = in.list([&] { return isPlain ? ObjectName{{}, {}, in.expectName()} : in.objectName(); });
     return node;
 }
 

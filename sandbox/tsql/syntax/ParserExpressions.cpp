@@ -200,26 +200,20 @@ ExprPtr conversion(Parser& in) {
 
 // ROWS or RANGE, in the syntax common to T-SQL and SQLite.
 std::string frame(Parser& in, bool ordered) {
-    const bool range = in.at("RANGE");
-    if (!range && !in.at("ROWS")) return {};
+    const std::size_t begin = in.position();
+    const bool range = in.accept("RANGE");
+    if (!range && !in.accept("ROWS")) return {};
     if (!ordered) throw SyntaxError(sqlError(message::kFrameWithoutOrderBy), in.peek().line);
-    std::string text = toUpper(in.takeToken().raw);
     const bool between = in.accept("BETWEEN");
-    if (between) text += " BETWEEN";
     for (int bound = 0; bound <= between; ++bound) {
         if (bound > 0) in.expect("AND");
-        if (bound > 0) text += " AND";
         if (in.peek().kind == TokenKind::Number && range)
             throw SyntaxError(sqlError(message::kRangeFrameLimits), in.peek().line);
-        if (in.accept("CURRENT ROW")) {
-            text += " CURRENT ROW";
-            continue;
-        }
-        text += in.accept("UNBOUNDED") ? " UNBOUNDED" : " " + std::to_string(in.expectInteger());
-        if (!in.at("PRECEDING") && !in.at("FOLLOWING")) in.throwSyntaxError();
-        text += " " + toUpper(in.takeToken().raw);
+        if (in.accept("CURRENT ROW")) continue;
+        if (!in.accept("UNBOUNDED")) in.expectInteger();
+        if (!in.acceptAny({"PRECEDING", "FOLLOWING"})) in.throwSyntaxError();
     }
-    return text;
+    return in.textSince(begin);
 }
 
 Window window(Parser& in) {
@@ -283,7 +277,7 @@ ExprPtr Parser::condition() {
 }
 
 ExprPtr Parser::expressionOrCondition() {
-    const Nesting nesting(*this);
+    const Temporarily deeper(m_depth, nextDepth());
     return operators(kOr);
 }
 
@@ -307,7 +301,7 @@ std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
 ExprPtr Parser::operators(int loosest) {
     ExprPtr left;
     if (loosest <= kNot && at("NOT")) {
-        const Nesting nesting(*this);
+        const Temporarily deeper(m_depth, nextDepth());
         const int line = takeToken().line;
         left = make(line, Not{asCondition(*this, operators(kNot))});
     } else {
@@ -333,7 +327,7 @@ ExprPtr Parser::operators(int loosest) {
 ExprPtr Parser::unary() {
     const int line = peek().line;
     if (at("-") || at("~") || at("+")) {
-        const Nesting nesting(*this);
+        const Temporarily deeper(m_depth, nextDepth());
         const std::string_view sign = takeToken().raw;
         ExprPtr operand = asValue(*this, unary());
         return sign == "+" ? std::move(operand) : make(line, Unary{sign == "~", std::move(operand)});

@@ -3,6 +3,7 @@
 
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
+#include "types/Finally.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -56,15 +57,14 @@ Select select(Parser& in) {
     return select;
 }
 
-QueryPtr queryTerm(Parser& in) {
-    const int line = in.peek().line;
-    if (!in.at("(")) return queryOf(line, select(in));
-    return in.parenthesized([&] { return in.query(); });
-}
-
 // INTERSECT binds more tightly than the others.
 QueryPtr setOperations(Parser& in, bool intersect) {
-    const auto operand = [&] { return intersect ? queryTerm(in) : setOperations(in, /*intersect=*/true); };
+    const auto operand = [&] {
+        if (!intersect) return setOperations(in, /*intersect=*/true);
+        const int line = in.peek().line;
+        if (!in.at("(")) return queryOf(line, select(in));
+        return in.parenthesized([&] { return in.query(); });
+    };
     QueryPtr left = operand();
     for (int chain = 0; in.at("INTERSECT") == intersect; in.checkChain(++chain)) {
         const int line = in.peek().line;
@@ -132,7 +132,7 @@ QueryPtr rowValues(Parser& in) {
         const int line = in.peek().line;
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
-            select.items.push_back({std::move(cell), {}, {}, {}, {}});
+            select.items.push_back({std::move(cell), {}, {}, {}});
         if (rows && select.items.size() != width)
             throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
         width = select.items.size();
@@ -180,7 +180,7 @@ std::optional<JoinKind> acceptJoin(Parser& in) {
 }
 
 TableRefPtr joins(Parser& in) {
-    const Parser::Nesting nesting(in);
+    const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = tableRef(in);
     for (const auto word : {"PIVOT", "UNPIVOT"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
@@ -208,12 +208,6 @@ bool acceptStar(Parser& in, SelectItem& item) {
     return in.accept("*");
 }
 
-bool atAssignment(const Parser& in) {
-    return in.atVariable() && (in.at("=", 1) || std::ranges::any_of(kAssignments, [&](const auto& each) {
-                                   return in.at(each.first, 1);
-                               }));
-}
-
 }  // namespace
 
 bool Parser::atQuery() const {
@@ -227,7 +221,7 @@ QueryPtr Parser::query() {
 }
 
 QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
-    const Nesting nesting(*this);
+    const Temporarily deeper(m_depth, nextDepth());
     const int line = peek().line;
     QueryPtr query = setOperations(*this, /*intersect=*/false);
     query->line = line;
@@ -282,15 +276,19 @@ ExprPtr Parser::top(bool mayBeBare) {
 SelectItem Parser::selectItem() {
     SelectItem item;
     if (acceptStar(*this, item)) return item;
-    if (atAssignment(*this)) {
+    const bool assigns = at("=", 1) || std::ranges::any_of(kAssignments, [this](const auto& each) {
+                             return at(each.first, 1);
+                         });
+    if (atVariable() && assigns) {
         item.variable = expectVariable();
-        item.assignment = assignmentOperator();
+        item.value = assignedValue(item.variable);
+        return item;
     } else if ((atName() || isString(peek())) && at("=", 1)) {
         item.alias = alias(*this);
         takeToken();
     }
     item.value = expression();
-    if (item.alias.empty() && item.variable.empty()) item.alias = alias(*this);
+    if (item.alias.empty()) item.alias = alias(*this);
     return item;
 }
 
@@ -298,6 +296,16 @@ std::optional<BinaryOp> Parser::assignmentOperator() {
     if (const BinaryOp* op = acceptOneOf(kAssignments)) return *op;
     expect("=");
     return std::nullopt;
+}
+
+// = value, or += value, of a variable
+ExprPtr Parser::assignedValue(const std::string& variable) {
+    const int line = peek().line;
+    const auto op = assignmentOperator();
+    ExprPtr value = expression();
+    if (!op) return value;
+    auto before = std::make_unique<Expr>(Expr{line, VariableRef{variable}});
+    return std::make_unique<Expr>(Expr{line, Binary{*op, std::move(before), std::move(value)}});
 }
 
 // Name of a table or table variable.
@@ -330,27 +338,22 @@ std::vector<OrderItem> Parser::orderBy() {
     });
 }
 
-std::int64_t Parser::maxRecursion() {
-    constexpr std::int64_t kMost = 32767;
-    const int line = peek().line;
-    const std::int64_t value = expectInteger();
-    if (value > kMost)
-        throw SyntaxError(sqlError(message::kMaxRecursionTooLarge, {std::to_string(value)}), line);
-    return value;
-}
-
 // Of the query hints, only MAXRECURSION changes a result.
 std::optional<std::int64_t> Parser::options() {
+    constexpr std::int64_t kMost = 32767;
     std::optional<std::int64_t> most;
     if (!accept("OPTION")) return most;
     expect("(");
     while (!accept(")")) {
+        const int line = peek().line;
         if (accept("MAXRECURSION"))
-            most = maxRecursion();
+            most = expectInteger();
         else if (at("("))
             skipParenthesized();
         else if (takeToken().kind == TokenKind::End)
             throwSyntaxError();
+        if (most > kMost)
+            throw SyntaxError(sqlError(message::kMaxRecursionTooLarge, {std::to_string(*most)}), line);
     }
     return most;
 }

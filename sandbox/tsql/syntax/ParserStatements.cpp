@@ -1,6 +1,7 @@
 // Control flow, variables, settings, calls, cursors, transactions, backup.
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
+#include "types/Finally.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -79,11 +80,9 @@ Statement::Node setOption(Parser& in) {
 
 Statement::Node set(Parser& in) {
     if (!in.atVariable()) return setOption(in);
-    Assign assign;
-    assign.name = in.expectVariable();
-    assign.op = in.assignmentOperator();
-    in.throwIfAt("CURSOR", "cursor variables");
-    assign.value = in.expression();
+    Assign assign{in.expectVariable(), nullptr};
+    in.throwIfAt("= CURSOR", "cursor variables");
+    assign.value = in.assignedValue(assign.name);
     return assign;
 }
 
@@ -251,11 +250,6 @@ Statement::Node waitFor(Parser& in) {
 
 // ---- calls
 
-bool atArgument(const Parser& in) {
-    return in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON");
-}
-
-// Argument `number`, from 1.
 Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     Argument argument;
     if (onlyNamed && !in.at("=", 1))
@@ -304,7 +298,7 @@ Statement::Node execute(Parser& in) {
         named = named || !read.name.empty();
         return read;
     };
-    if (atArgument(in)) node.arguments = in.list(next);
+    if (in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON")) node.arguments = in.list(next);
     in.throwIfAt("WITH RESULT", "EXECUTE ... WITH RESULT SETS");
     in.accept("WITH RECOMPILE");
     return node;
@@ -531,7 +525,7 @@ Block Parser::statements(std::string_view end) {
 }
 
 StatementPtr Parser::statement() {
-    const Nesting nesting(*this);
+    const Temporarily deeper(m_depth, nextDepth());
     while (accept(";")) continue;
     for (const auto word : kUnsupported) throwIfAt(word, word == "BULK" ? "BULK INSERT" : word);
     const Token& first = peek();

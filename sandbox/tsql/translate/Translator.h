@@ -3,7 +3,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -25,6 +24,7 @@ namespace tsql {
 // A stored view or function.
 struct StoredModule {
     std::string database;
+    std::string schemaName;
     std::string name;
     std::shared_ptr<const void> text;  // owns `module`
     const ast::CreateModule* module = nullptr;
@@ -59,8 +59,9 @@ struct SourceColumn {
 struct Source {
     std::string exposed;  // name in the T-SQL text
     std::string database;
-    std::string rowid;  // SQL of the row id; empty: not a stored table
-    std::string table;  // qualified name in SQLite; empty likewise
+    std::string schemaName;  // empty: an alias, or not a stored table
+    std::string rowid;       // SQL of the row id; empty: not a stored table
+    std::string table;       // qualified name in SQLite; empty likewise
     std::vector<SourceColumn> columns;
 };
 
@@ -99,13 +100,11 @@ class Translator {
     std::string condition(const ast::Expr& expr);
 
     // Return the SQLite statement that changes `target`.
-    std::string insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                           const ast::Insert& insert);
+    std::string insertRows(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert);
     std::string limited(const std::string& sql, const ast::ExprPtr& top = nullptr);
-    std::string insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                            const ast::Insert& insert);
+    std::string insertQuery(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert);
     // For one row: values of the given types, bound as ?1, ?2 ...
-    std::string insertParameters(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+    std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<SqlType>& types);
     // Makes the common table expressions of a change known. To be called before the change is translated.
     void useCommonTables(const ast::Change& change, const ast::ObjectName& target);
@@ -176,12 +175,11 @@ class Translator {
     std::string sortKeys(const std::vector<ast::OrderItem>& items);
     std::vector<Typed> callArguments(const ast::Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ast::ExprPtr>& exprs);
-    Typed parameter(std::string_view name);
     static std::string liveValue(const std::string& key);
+    static bool isNamed(const Source& source, std::span<const std::string> qualifier);
     const SourceColumn* findColumn(const ast::ColumnRef& column, Scope& scope, const Source*& source);
 
     // ---- queries (TranslatorQueries.cpp)
-    QueryText body(const ast::Query& query);
     QueryText select(const ast::Select& select, const ast::Query& query);
     QueryText assignInOrder(const ast::Select& select, const ast::Query& query, const std::string& rows);
     void refuseInRecursion(const ast::Select& select) const;
@@ -232,15 +230,13 @@ class Translator {
     }
 
     // ---- changes (TranslatorChanges.cpp)
-    std::string insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                           const std::string& rows);
-    std::string insertCells(const TableInfo& target, std::vector<const TableColumn*> columns,
-                            std::vector<Typed> cells, std::string_view before, std::string_view after);
+    std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
+    std::string insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
+                            std::string_view before, std::string_view after);
     Typed defaultOf(const TableColumn& column);
     Typed cell(const ast::Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
-    std::vector<const TableColumn*> absentDefaults(const TableInfo& target,
-                                                   const std::vector<const TableColumn*>& columns) const;
+    ColumnList absentDefaults(const TableInfo& target, const ColumnList& columns) const;
     Typed setValue(const std::string& rowid, const ast::SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
                           const std::string& exposed, const std::vector<ast::SetClause>& sets = {});

@@ -24,6 +24,7 @@ const NamedTable* findTarget(const TableRef& table, std::string_view name) {
 }  // namespace
 
 const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
+    if (!name.schema.empty()) return name;
     for (const auto& table : from)
         if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
     return name;
@@ -48,16 +49,15 @@ Typed Translator::cell(const Expr& expr) {
     return typedConstant("?" + std::to_string(m_parameters.size()), literal->constant);
 }
 
-std::vector<const TableColumn*> Translator::absentDefaults(
-    const TableInfo& target, const std::vector<const TableColumn*>& columns) const {
-    std::vector<const TableColumn*> absent;
+ColumnList Translator::absentDefaults(const TableInfo& target, const ColumnList& columns) const {
+    ColumnList absent;
     for (const auto& column : target.columns)
         if (!column.byDefault.empty() && std::ranges::find(columns, &column) == columns.end())
             absent.push_back(&column);
     return absent;
 }
 
-std::string Translator::insertText(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+std::string Translator::insertText(const TableInfo& target, const ColumnList& columns,
                                    const std::string& rows) {
     const std::string names =
         commaList(columns, [](const TableColumn* column) { return quotedName(column->name); });
@@ -65,10 +65,9 @@ std::string Translator::insertText(const TableInfo& target, const std::vector<co
     return "INSERT INTO " + target.sqlName() + " (" + names + ") " + rows;
 }
 
-std::string Translator::insertRows(const TableInfo& target, const std::vector<const TableColumn*>& columns,
-                                   const Insert& insert) {
+std::string Translator::insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert) {
     const auto absent = absentDefaults(target, columns);
-    std::vector<const TableColumn*> all = columns;
+    ColumnList all = columns;
     all.insert(all.end(), absent.begin(), absent.end());
     if (all.empty())
         return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES" +
@@ -96,9 +95,8 @@ std::string Translator::insertRows(const TableInfo& target, const std::vector<co
 }
 
 // Appends the defaults of the absent columns to the cells of a row.
-std::string Translator::insertCells(const TableInfo& target, std::vector<const TableColumn*> columns,
-                                    std::vector<Typed> cells, std::string_view before,
-                                    std::string_view after) {
+std::string Translator::insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
+                                    std::string_view before, std::string_view after) {
     for (const auto* column : absentDefaults(target, columns)) {
         cells.push_back(defaultOf(*column));
         columns.push_back(column);
@@ -109,7 +107,7 @@ std::string Translator::insertCells(const TableInfo& target, std::vector<const T
     return insertText(target, columns, std::string(before).append(list).append(after));
 }
 
-std::string Translator::insertQuery(const TableInfo& target, const std::vector<const TableColumn*>& columns,
+std::string Translator::insertQuery(const TableInfo& target, const ColumnList& columns,
                                     const Insert& insert) {
     m_topLevel = false;
     const QueryText text = query(*insert.query);
@@ -122,8 +120,7 @@ std::string Translator::insertQuery(const TableInfo& target, const std::vector<c
            returning(target, insert.output, "inserted");
 }
 
-std::string Translator::insertParameters(const TableInfo& target,
-                                         const std::vector<const TableColumn*>& columns,
+std::string Translator::insertParameters(const TableInfo& target, const ColumnList& columns,
                                          const std::vector<SqlType>& types) {
     std::vector<Typed> cells;
     for (const SqlType& type : types) cells.push_back({"?" + std::to_string(cells.size() + 1), type});
@@ -190,8 +187,12 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
     std::string sql = this->from(from);
     std::string other;  // the table under an alias: changed if it occurs only once
     for (const auto& source : m_scope->sources) {
-        if (sameText(source.exposed, name.name)) rowid = source.rowid;
-        if (source.table != target.sqlName()) continue;
+        const bool isNamedSo = sameText(source.exposed, name.name);
+        const bool isTarget = source.table == target.sqlName();
+        if (isNamedSo && !isTarget && name.schema.empty())
+            throw sqlError(message::kAmbiguousTable, {name.name});
+        if (!isTarget) continue;
+        if (isNamedSo) rowid = source.rowid;
         other = other.empty() ? source.rowid : "twice";
     }
     if (rowid.empty() && other == "twice") throw sqlError(message::kAmbiguousTable, {name.name});

@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "messages/Messages.h"
-#include "syntax/Lexer.h"
 #include "translate/Translator.h"
 #include "types/Text.h"
 
@@ -10,11 +9,6 @@ namespace tsql {
 using namespace ast;
 
 namespace {
-
-// Removes the closing parenthesis, so that operands can be appended: "(a || b" from "(a || b)".
-std::string reopened(const std::string& sql) {
-    return sql.substr(0, sql.size() - 1);
-}
 
 // (SELECT NULL), for rows in any order. SQLite would sort by it, all rows before the first.
 bool isConstantQuery(const Expr& expr) {
@@ -64,15 +58,12 @@ Typed Translator::node(const Literal& literal) {
     return tsql::literal(literal.constant);
 }
 
-Typed Translator::node(const VariableRef& variable) {
-    return parameter(variable.name);
-}
-
 std::string Translator::liveValue(const std::string& key) {
     return "ts_variable(" + quotedText(key) + ")";
 }
 
-Typed Translator::parameter(std::string_view name) {
+Typed Translator::node(const VariableRef& variable) {
+    const std::string& name = variable.name;
     const SqlType type = m_names.variableType(name);
     if (const auto live = m_live.find(name); live != m_live.end()) {
         if (m_sorted && live->second == liveValue(live->first))
@@ -81,16 +72,25 @@ Typed Translator::parameter(std::string_view name) {
     }
     auto found = std::ranges::find_if(m_parameters,
                                       [&](const Parameter& each) { return sameWord(each.variable, name); });
-    if (found == m_parameters.end()) found = m_parameters.insert(found, {std::string(name)});
+    if (found == m_parameters.end()) found = m_parameters.insert(found, {name});
     return {"?" + std::to_string(found - m_parameters.begin() + 1), type};
+}
+
+// qualifier: [database .] [schema .] table; empty for any source.
+bool Translator::isNamed(const Source& source, std::span<const std::string> qualifier) {
+    const std::string* const names[] = {&source.exposed, &source.schemaName, &source.database};
+    for (std::size_t i = 0; i < std::min(qualifier.size(), std::size(names)); ++i) {
+        const std::string& part = qualifier[qualifier.size() - 1 - i];
+        if (!part.empty() && !sameText(part, *names[i])) return false;
+    }
+    return true;
 }
 
 const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope, const Source*& source) {
     const std::string& name = column.path.back();
     const SourceColumn* found = nullptr;
     for (const auto& each : scope.sources) {
-        if (column.path.size() > 1 && !sameText(column.path[column.path.size() - 2], each.exposed)) continue;
-        if (column.path.size() > 3 && !sameText(column.path[0], each.database)) continue;
+        if (!isNamed(each, std::span(column.path).first(column.path.size() - 1))) continue;
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
             if (!sameText(candidate.name, name)) continue;
@@ -246,7 +246,8 @@ Typed Translator::userCall(const Call& call) {
     const auto function = m_names.module(call.name, objectType::kFunction);
     if (!function)
         throw sqlError(message::kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
-    std::string sql = "ts_call(" + quotedText(function->database) + ", " + quotedText(function->name);
+    std::string sql = "ts_call(" + quotedText(function->database) + ", " +
+                      quotedText(storedName(function->schemaName, function->name));
     for (const auto& argument : argumentsOf(*function, call.arguments)) sql += ", " + argument;
     return {sql + ")", function->module->returns};
 }
@@ -257,7 +258,7 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
     if (arguments.size() != parameters.size())
         throw sqlError(
             arguments.size() < parameters.size() ? message::kTooFewArguments : message::kTooManyArguments,
-            {"dbo." + function.name});
+            {function.schemaName + "." + function.name});
     std::vector<std::string> values;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const auto& given = arguments[i] ? arguments[i] : parameters[i].value;
@@ -287,8 +288,9 @@ std::string Translator::test(const Compare& compare) {
 std::string Translator::test(const Logic& logic) {
     const auto* inner = std::get_if<Logic>(&logic.left->node);
     const std::string left = condition(*logic.left);
-    return (inner && inner->isAnd == logic.isAnd ? reopened(left) : "(" + left) +
-           (logic.isAnd ? " AND " : " OR ") + condition(*logic.right) + ")";
+    const bool joins = inner && inner->isAnd == logic.isAnd;  // a AND b: "(a AND b" AND c
+    return (joins ? left.substr(0, left.size() - 1) : "(" + left) + (logic.isAnd ? " AND " : " OR ") +
+           condition(*logic.right) + ")";
 }
 
 std::string Translator::test(const Not& negation) {

@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "messages/Messages.h"
-#include "syntax/Lexer.h"
 #include "translate/Translator.h"
 #include "types/Finally.h"
 #include "types/Text.h"
@@ -66,18 +65,12 @@ QueryText Translator::query(const Query& query) {
     const std::size_t common = m_with.size();
     for (const auto& table : query.with) m_with.push_back({&table});
     if (query.maxRecursion) m_maxRecursion = *query.maxRecursion;
-    QueryText text = body(query);
+    const auto* operation = std::get_if<SetOperation>(&query.body);
+    QueryText text =
+        operation ? setOperation(*operation, query) : select(std::get<Select>(query.body), query);
     if (query.xml) text = forXml(text, *query.xml);
     m_with.resize(common);
     return text;
-}
-
-QueryText Translator::body(const Query& query) {
-    if (const auto* operation = std::get_if<SetOperation>(&query.body)) {
-        m_topLevel = false;
-        return setOperation(*operation, query);
-    }
-    return select(std::get<Select>(query.body), query);
 }
 
 QueryText Translator::select(const Select& select, const Query& query) {
@@ -177,8 +170,7 @@ void Translator::addOutput(QueryText& text, std::string& list, Column column, co
 
 void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     if (!item.value) return star(item, text, list, collate);
-    Typed typed = value(*item.value);
-    if (item.assignment) typed = emitBinary(*item.assignment, parameter(item.variable), typed);
+    const Typed typed = value(*item.value);
     if (!item.variable.empty()) {
         m_assignments.push_back({item.variable, typed.type});
         if (const auto live = m_live.find(item.variable); live != m_live.end())
@@ -198,7 +190,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
 void Translator::star(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     bool any = false;
     for (const auto& source : m_scope->sources) {
-        if (!item.starOf.empty() && !sameText(item.starOf.back(), source.exposed)) continue;
+        if (!isNamed(source, item.starOf)) continue;
         any = true;
         for (const auto& column : source.columns) {
             if (column.sql.empty()) throw unsupported(kOldValue);
@@ -334,6 +326,7 @@ std::string Translator::distinctSetOperation(SetOp op, const std::string& left, 
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
+    m_topLevel = false;
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
@@ -401,9 +394,11 @@ std::string Translator::tableRef(const TableRef& table) {
     const auto* derived = std::get_if<DerivedTable>(&table.node);
     std::string sql = derived ? derivedTable(*derived->query, derived->columns, table.alias)
                               : namedTable(std::get<NamedTable>(table.node), table.alias);
-    const Source& added = m_scope->sources.back();
+    Source& added = m_scope->sources.back();
+    if (!table.alias.empty()) added.schemaName.clear();
     for (const auto& each : m_scope->sources)
-        if (&each != &added && each.database == added.database && sameText(each.exposed, added.exposed))
+        if (&each != &added && each.database == added.database &&
+            sameText(each.schemaName, added.schemaName) && sameText(each.exposed, added.exposed))
             throw sqlError(
                 table.alias.empty() ? message::kSameExposedNames : message::kRepeatedCorrelationName,
                 {added.exposed, added.exposed});
@@ -412,7 +407,7 @@ std::string Translator::tableRef(const TableRef& table) {
 
 void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {
     const std::string prefix = alias.empty() ? "" : alias + ".";
-    Source source{exposed, table.database, prefix + "_rowid_", table.sqlName(), {}};
+    Source source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}};
     for (const auto& column : table.columns)
         source.columns.push_back(
             {column.name, prefix + quotedName(column.name), column.type, column.nullable, column.identity});
@@ -444,6 +439,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     const auto view = info ? std::nullopt : m_names.view(table.name);
     if (view) {
         info.emplace().columns = view->columns;
+        info->schemaName = table.name.schema;
     } else if (!info) {
         info = m_names.table(table.name);
     }
@@ -468,13 +464,16 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
         const Temporarily noOuterQuery(m_scope->outer, nullptr);
         sql = derivedTable(*stored.module->query, stored.module->columns, alias);
     });
+    m_scope->sources.back().database = stored.database;
+    m_scope->sources.back().schemaName = stored.schemaName;
     return sql;
 }
 
 // STRING_SPLIT(text, separator)
 std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
-        throw sqlError(message::kInvalidObjectName, {table.name.name});
+        throw sqlError(message::kInvalidObjectName,
+                       {(table.name.schema.empty() ? "" : table.name.schema + ".") + table.name.name});
     if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
     const auto pieces =
         table.applied ? values(*table.arguments) : blind([&] { return values(*table.arguments); });
@@ -485,7 +484,7 @@ std::string Translator::tableFunction(const NamedTable& table, const std::string
                            {baseName(pieces[i].type.id), std::to_string(i + 1), "string_split"});
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     const std::string sqlAlias = nextAlias();
-    m_scope->sources.push_back({alias, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
+    m_scope->sources.push_back({alias, {}, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
     return "json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
            coerce(separator, nvarcharType(SqlType::kMax)).sql + ")) AS " + sqlAlias;
 }
@@ -503,7 +502,7 @@ void Translator::rename(QueryText& text, const std::vector<std::string>& names, 
 std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
     std::string sqlAlias = nextAlias();
     const std::string prefix = sqlAlias + ".";
-    Source source{exposed, {}, {}, {}, {}};
+    Source source{exposed, {}, {}, {}, {}, {}};
     for (const auto& [column, alias, nullLiteral] : columns)
         source.columns.push_back(
             {column.name, prefix + alias, column.type, column.nullable, column.identity});

@@ -7,11 +7,6 @@ namespace tsql {
 
 namespace {
 
-// Columns with these names become text between elements.
-bool isXmlText(std::string_view name) {
-    return name.empty() || name == "*" || name == "text()" || name == "node()";
-}
-
 // Encodes characters that XML names cannot contain: a space becomes _x0020_.
 std::string xmlName(std::string_view name) {
     constexpr std::string_view kHex = "0123456789ABCDEF";
@@ -52,7 +47,8 @@ QueryText Translator::forXml(const QueryText& rows, const ast::ForXml& xml) cons
     std::string attributes = "''", content = "''";
     for (const auto& output : rows.columns) {
         const std::string& name = output.column.name;
-        if (xml.path && isXmlText(name)) {
+        const bool isContent = name.empty() || name == "*" || name == "text()" || name == "node()";
+        if (xml.path && isContent) {
             content += orNothing(cellText(output, /*attribute=*/false));
         } else if (name.empty()) {
             throw sqlError(message::kUnnamedXmlColumn);

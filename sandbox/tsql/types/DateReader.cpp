@@ -1,7 +1,6 @@
 // Parser of date and time strings.
 #include <algorithm>
 #include <array>
-#include <optional>
 
 #include "messages/Messages.h"
 #include "types/DateTime.h"

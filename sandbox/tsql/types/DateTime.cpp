@@ -134,13 +134,6 @@ std::int64_t sundayWeeks(std::int64_t day) {
     return (day + 1) / 7;
 }
 
-std::int64_t weekOf(std::int64_t day) {
-    return sundayWeeks(day) - sundayWeeks(day - dayOfYear(day) + 1) + 1;
-}
-// An ISO week belongs to the year of its Thursday.
-std::int64_t isoWeekOf(std::int64_t day) {
-    return (dayOfYear(day - day % 7 + 3) - 1) / 7 + 1;
-}
 std::int64_t monthOf(std::int64_t day) {
     return unsigned{civilFromDays(day).month()};
 }
@@ -161,8 +154,10 @@ constexpr PartFacts kParts[] = {
     {" dayofyear dy y ", 0, kNanosADay, 0, dayOfYear},
     {" day dd d ", 0, kNanosADay, 0,
      [](auto day) { return std::int64_t{unsigned{civilFromDays(day).day()}}; }},
-    {" week wk ww ", 0, 7 * kNanosADay, 0, weekOf},
-    {" iso_week isowk isoww ", 0, kNanosADay, 0, isoWeekOf},
+    {" week wk ww ", 0, 7 * kNanosADay, 0,
+     [](auto day) { return sundayWeeks(day) - sundayWeeks(day - dayOfYear(day) + 1) + 1; }},
+    {" iso_week isowk isoww ", 0, kNanosADay, 0,  // an ISO week belongs to the year of its Thursday
+     [](auto day) { return (dayOfYear(day - day % 7 + 3) - 1) / 7 + 1; }},
     {" weekday dw w ", 0, kNanosADay, 0, [](auto day) { return (day + 1) % 7 + 1; }},
     {" hour hh ", 0, kHour * 100, 24},
     {" minute mi n ", 0, kMinute * 100, 60},

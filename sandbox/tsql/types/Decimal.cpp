@@ -56,15 +56,6 @@ int digitsNeeded(BinaryOp op, const SqlType& left, const SqlType& right, int sca
     return std::max(left.scale, right.scale) + std::max(p1 - left.scale, p2 - right.scale) + 1;
 }
 
-std::string digitsOf(Bits128 value) {
-    constexpr int kGroup = 18;
-    if (value <= std::numeric_limits<std::uint64_t>::max())
-        return std::to_string(static_cast<std::uint64_t>(value));
-    const auto power = powerOfTen<Bits128>(kGroup);
-    const std::string last = digitsOf(value % power);
-    return digitsOf(value / power) + std::string(kGroup - last.size(), '0') + last;
-}
-
 }  // namespace
 
 Int128 exactOf(const CellView& cell) {
@@ -132,7 +123,8 @@ bool fits(Int128 value, const SqlType& type) {
 
 std::string scaledText(Int128 value, int scale) {
     if (value < 0) return "-" + scaledText(-value, scale);
-    std::string digits = digitsOf(static_cast<Bits128>(value));
+    std::string digits =
+        value <= INT64_MAX ? std::to_string(static_cast<std::int64_t>(value)) : Wide(value).str();
     const auto places = static_cast<std::size_t>(scale);
     if (digits.size() <= places) digits.insert(0, places + 1 - digits.size(), '0');
     if (places > 0) digits.insert(digits.size() - places, 1, '.');

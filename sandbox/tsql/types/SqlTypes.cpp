@@ -17,7 +17,7 @@ constexpr int kNarrowDecimal = 18;
 struct TypeFacts {
     std::string_view name;
     int precedence;  // T-SQL's type precedence; the operand with the lower one is converted
-    int precision;   // decimal digits of exact types
+    int precision;   // decimal digits, bits of a float, length of a date without its fraction
     int scale;
     int bytes;     // per value; per character or byte if the type has a length
     int systemId;  // sys.types.system_type_id
@@ -33,8 +33,8 @@ constexpr std::array<TypeFacts, 26> kTypes = {{
     {"decimal", 19, 18, 0, 17, 106},
     {"smallmoney", 17, 10, 4, 4, 122},
     {"money", 18, 19, 4, 8, 60},
-    {"real", 20, 0, 0, 4, 59},
-    {"float", 21, 0, 0, 8, 62},
+    {"real", 20, 24, 0, 4, 59},
+    {"float", 21, 53, 0, 8, 62},
     {"char", 3, 0, 0, 1, 175},
     {"varchar", 4, 0, 0, 1, 167},
     {"nchar", 5, 0, 0, 2, 239},
@@ -42,11 +42,11 @@ constexpr std::array<TypeFacts, 26> kTypes = {{
     {"text", 10, 0, 0, 16, 35},
     {"ntext", 11, 0, 0, 16, 99},
     {"xml", 28, 0, 0, -1, 241},
-    {"date", 23, 0, 0, 3, 40},
-    {"time", 22, 0, 7, 5, 41},
-    {"datetime", 25, 0, 3, 8, 61},
-    {"smalldatetime", 24, 0, 0, 4, 58},
-    {"datetime2", 26, 0, 7, 8, 42},
+    {"date", 23, 10, 0, 3, 40},
+    {"time", 22, 8, 7, 5, 41},
+    {"datetime", 25, 19, 3, 8, 61},
+    {"smalldatetime", 24, 16, 0, 4, 58},
+    {"datetime2", 26, 19, 7, 8, 42},
     {"uniqueidentifier", 7, 0, 0, 16, 36},
     {"binary", 1, 0, 0, 1, 173},
     {"varbinary", 2, 0, 0, 1, 165},
@@ -101,13 +101,10 @@ bool hasScale(TypeId id) {
     return id == TypeId::Time || id == TypeId::DateTime2;
 }
 
-bool mayBeMax(TypeId id) {
-    return id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
-}
-
 void checkLength(TypeId id, int length) {
     const int most = isNational(id) ? kMaxNational : kMaxBytes;
-    if (length == SqlType::kMax && mayBeMax(id)) return;
+    const bool mayBeMax = id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
+    if (length == SqlType::kMax && mayBeMax) return;
     if (length < 1) throw sqlError(message::kInvalidLength, {std::to_string(length)});
     if (length > most)
         throw sqlError(message::kSizeExceedsMaximum,
@@ -201,12 +198,6 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
     const auto name = kOperatorNames[static_cast<std::size_t>(op)];
     if (left.id == right.id) throw sqlError(message::kInvalidOperandType, {baseName(left.id), name});
     throw sqlError(message::kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
-}
-
-// datetime and smalldatetime support + and - with a number of days; the newer types do not.
-bool isDateSum(BinaryOp op, const SqlType& left, const SqlType& right) {
-    const auto fits = [](TypeId id) { return isClassicDate(id) || isNumber(id) || isText(id); };
-    return (op == BinaryOp::Add || op == BinaryOp::Subtract) && fits(left.id) && fits(right.id);
 }
 
 }  // namespace
@@ -338,7 +329,10 @@ SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right) {
     const bool texts = isText(left.id) && isText(right.id);
     const bool blobs = isBinary(left.id) && isBinary(right.id);
     if (op == BinaryOp::Add && (texts || blobs)) return concatenation(left, right);
-    if (isClassicDate(high.id) && isDateSum(op, left, right)) return high;
+    // datetime and smalldatetime support + and - with a number of days; the newer types do not.
+    const auto isDays = [](TypeId id) { return isClassicDate(id) || isNumber(id) || isText(id); };
+    const bool isSum = op == BinaryOp::Add || op == BinaryOp::Subtract;
+    if (isClassicDate(high.id) && isSum && isDays(left.id) && isDays(right.id)) return high;
     if (!isNumber(high.id) || high.id == TypeId::Bit || isDateTime(left.id) || isDateTime(right.id)) {
         if (high.id == TypeId::Bit && op >= BinaryOp::BitAnd) return high;
         throwWrongOperands(op, left, right);

@@ -53,7 +53,7 @@ SqlType simpleType(TypeId id);  // a type without arguments, with its fixed prec
 
 // sys.columns.max_length: bytes of the largest value; -1 for (max).
 int maxLength(const SqlType& type);
-// Decimal digits of an exact type: int 10, bigint 19, money 19.
+// Decimal digits of an exact type: int 10, bigint 19, money 19. Of others as sys.types shows them.
 int precisionOf(const SqlType& type);
 
 // Whether a conversion happens implicitly, only by CAST, or never.

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <limits>
 
 #include "messages/Messages.h"
@@ -257,7 +256,8 @@ class Converter {
         if (isDateTime(m_from.id)) return formatDateTime(fromStorage(text()), m_from, m_style);
         if (isMoney(m_from.id)) return moneyText();
         if (isApproximate(m_from.id)) return floatText();
-        if (isBinary(m_from.id)) return m_style > 0 ? hexText() : binaryAsText();
+        if (isBinary(m_from.id) && m_style > 0) return (m_style == 1 ? "0x" : "") + hexDigits(blob());
+        if (isBinary(m_from.id)) return binaryAsText();
         if (isExact(m_from.id)) return scaledText(exact(), m_from.scale);
         return std::string(text());
     }
@@ -285,8 +285,6 @@ class Converter {
             result.insert(exponent + 2, 1, '0');
         return result;
     }
-
-    std::string hexText() const { return (m_style == 1 ? "0x" : "") + hexDigits(blob()); }
 
     // Each byte is a character of varchar; each two bytes, in little-endian order, are one of nvarchar.
     std::string binaryAsText() const {
@@ -329,16 +327,14 @@ class Converter {
     Value identifierFromText() const {
         std::string_view rest = trimmed(text());
         if (!rest.empty() && rest[0] == '{') rest.remove_prefix(1);
-        std::string result = toUpper(rest.substr(0, 36));
-        for (std::size_t i = 0; i < 36; ++i) {
-            const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
-            if (i >= result.size() ||
-                !(dash ? result[i] == '-' : std::strchr("0123456789ABCDEF", result[i]) && result[i]))
-                throw sqlError(message::kBadUniqueIdentifier);
-        }
+        std::string result = toUpper(rest.substr(0, 36)), digits;
+        for (std::size_t i = 0; i < result.size(); ++i)
+            if (std::ranges::find(kDashes, i) == kDashes.end() || result[i] != '-') digits += result[i];
+        if (digits.size() != 32 || !parseHex(digits)) throw sqlError(message::kBadUniqueIdentifier);
         return result;
     }
 
+    static constexpr std::array<std::size_t, 4> kDashes = {8, 13, 18, 23};
     // The first three groups are little-endian.
     static constexpr std::array<std::size_t, 16> kIdentifierOrder = {3, 2, 1,  0,  5,  4,  7,  6,
                                                                      8, 9, 10, 11, 12, 13, 14, 15};
@@ -350,7 +346,7 @@ class Converter {
         Bytes written;
         for (const std::size_t from : kIdentifierOrder) written += blob()[from];
         std::string result = hexDigits(written);
-        for (const std::size_t dash : {8U, 13U, 18U, 23U}) result.insert(dash, 1, '-');
+        for (const std::size_t dash : kDashes) result.insert(dash, 1, '-');
         return result;
     }
 

@@ -56,7 +56,7 @@ SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_leng
 --> restock | 2 | @n | 1 | 4
 --> twice | 0 |  | 1 | 5
 --> twice | 1 | @x | 0 | 5 (4 rows)
-SELECT name, schema_id FROM sys.schemas ORDER BY name --> name nvarchar(128)? | schema_id int? = dbo | 1; INFORMATION_SCHEMA | 3; sys | 4 (3 rows)
+SELECT name, schema_id FROM sys.schemas ORDER BY name --> name nvarchar(128)? | schema_id int? = dbo | 1; guest | 2; INFORMATION_SCHEMA | 3; sys | 4 (4 rows)
 SELECT name, is_ms_shipped FROM sys.procedures --> name nvarchar(128)? = restock | is_ms_shipped bit? = 0 (1 rows)
 SELECT COUNT(*) FROM sys.types WHERE name IN ('int', 'nvarchar', 'datetime2', 'uniqueidentifier') --> - int? = 4 (1 rows)
 SELECT name, OBJECT_NAME(referenced_object_id) AS referenced FROM sys.foreign_keys --> name nvarchar(128)? = FK_item | referenced nvarchar(128)? = item (1 rows)
@@ -128,7 +128,7 @@ SELECT f.name, constraint_column_id AS n, COL_LENGTH('child', c.name) AS size, c
 --> FK_xy | 1 | 4 | x | a
 --> FK_xy | 2 | 4 | y | b "c\
 --> FK_z | 1 | 4 | z | d (3 rows)
-SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1 --> SCHEMA_NAME nvarchar(128)? = dbo; INFORMATION_SCHEMA; sys (3 rows)
+SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1 --> SCHEMA_NAME nvarchar(128)? = dbo; guest; INFORMATION_SCHEMA; sys (4 rows)
 SELECT OBJECT_NAME(object_id) AS t, name, is_identity FROM sys.identity_columns WHERE object_id = OBJECT_ID('item') --> t nvarchar(128)? = item | name nvarchar(128)? = id | is_identity bit? = 1 (1 rows)
 -- column ids stay when a column is dropped
 CREATE TABLE Numbered (gone int, a int IDENTITY(7, 1), b int) ALTER TABLE Numbered DROP COLUMN gone -->

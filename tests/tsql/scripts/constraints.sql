@@ -184,7 +184,7 @@ CREATE DATABASE elsewhere -->
 CREATE TABLE elsewhere.dbo.indexed (a int) -->
 CREATE INDEX ix_there ON elsewhere.dbo.indexed (a) -->
 DROP INDEX ix_there ON elsewhere.dbo.indexed -->
-DROP INDEX ix_there ON elsewhere.dbo.indexed --> Msg 3701, Level 11, State 7, Line 1: Cannot drop the index 'indexed.ix_there', because it does not exist or you do not have permission.
+DROP INDEX ix_there ON elsewhere.dbo.indexed --> Msg 3701, Level 11, State 7, Line 1: Cannot drop the index 'elsewhere.dbo.indexed.ix_there', because it does not exist or you do not have permission.
 -- a CHECK depends on the columns that it reads
 CREATE TABLE span (a int, b int, CONSTRAINT CK_span CHECK (a < b), CONSTRAINT CK_one CHECK (span.a > 1)) -->
 INSERT span VALUES (1, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_one". The conflict occurred in database "master", table "dbo.span", column 'a'. (3621)

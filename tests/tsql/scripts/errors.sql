@@ -82,7 +82,7 @@ ALTER INDEX hinted_v ON hinted REBUILD WITH (IGNORE_DUP_KEY = ON) --> Msg 50000,
 CREATE UNIQUE INDEX hinted_x ON hinted (v) WITH (DROP_EXISTING = ON) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DROP_EXISTING = ON.
 CREATE UNIQUE INDEX hinted_x ON hinted (v) WHERE v IS NOT NULL -->
 CREATE TABLE sales.hinted (i int) --> Msg 2760, Level 16, State 1, Line 1: The specified schema name "sales" either does not exist or you do not have permission to use it.
-DROP TABLE sales.hinted --> Msg 2760, Level 16, State 1, Line 1: The specified schema name "sales" either does not exist or you do not have permission to use it.
+DROP TABLE sales.hinted --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the table 'sales.hinted', because it does not exist or you do not have permission.
 CREATE OR ALTER TABLE hinted (i int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CREATE OR ALTER TABLE.
 ALTER TABLE hinted ALTER COLUMN v int IDENTITY --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER COLUMN ... IDENTITY.
 ALTER TABLE hinted ADD w int NULL DEFAULT 7 WITH VALUES, x int NULL DEFAULT 7
