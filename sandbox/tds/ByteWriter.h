@@ -32,6 +32,7 @@ class ByteWriter {
         while (width-- > 0) u8(value >> (8 * width));
     }
     void utf16(std::string_view utf8) { appendUtf16(m_data, utf8); }
+    void codePage1252(std::string_view utf8) { tsql::appendCodePage1252(m_data, utf8); }
 
     // B_VARCHAR and US_VARCHAR, [MS-TDS] 2.2.5.1.2: UTF-16 behind a length in code units, of one and two
     // bytes. Longer strings are truncated.

@@ -33,12 +33,12 @@ constexpr WireForm kForms[] = {
     {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},  // GUID
     {0xEF, Framing::Short, 0, TypeId::NChar},             // NCHAR
     {0xE7, Framing::Short, 0, TypeId::NVarChar},          // NVARCHAR
-    {0xAF, Framing::Short, 0, TypeId::VarChar},           // BIGCHAR
+    {0xAF, Framing::Short, 0, TypeId::Char},              // BIGCHAR
     {0xA7, Framing::Short, 0, TypeId::VarChar},           // BIGVARCHAR
     {0xAD, Framing::Short, 0, TypeId::Binary},            // BIGBINARY
     {0xA5, Framing::Short, 0, TypeId::VarBinary},         // BIGVARBINARY
     {0x63, Framing::Long, 0, TypeId::NText},              // NTEXT
-    {0x23, Framing::Long, 0, TypeId::VarChar},            // TEXT
+    {0x23, Framing::Long, 0, TypeId::Text},               // TEXT
     {0x22, Framing::Long, 0, TypeId::Image},              // IMAGE
     {0xF1, Framing::Chunks, 0, TypeId::Xml},              // XML
     {0x1F, Framing::Fixed, 0, TypeId::Int},               // NULL, an untyped NULL
@@ -83,6 +83,12 @@ TypeId variableType(TypeId id) {
     return !tsql::isText(id) ? id : tsql::isNational(id) ? TypeId::NVarChar : TypeId::VarChar;
 }
 
+// Type without a limit of the same family, for clients without (max).
+TypeId longType(TypeId id) {
+    if (tsql::isBinary(id)) return TypeId::Image;
+    return tsql::isNational(id) ? TypeId::NText : TypeId::Text;
+}
+
 // Reads the length of a character or binary type, which also determines the framing of its values, and the
 // collation.
 void readLength(ByteReader& in, WireType& type) {
@@ -115,15 +121,12 @@ std::size_t decimalSize(int precision) {
 }
 
 WireType wireType(SqlType type, Version version) {
-    if (type.id == TypeId::Char) type.id = TypeId::NChar;
-    if (type.id == TypeId::VarChar) type.id = TypeId::NVarChar;
-    if (type.id == TypeId::Text) type.id = TypeId::NText;
     if (version < Version::V73A && (type.id == TypeId::Date || hasScaledTime(type.id)))
         type = tsql::nvarcharType(type.id == TypeId::Date   ? kDateCharacters
                                   : type.id == TypeId::Time ? kTimeCharacters
                                                             : kDateTime2Characters);
     if (version < Version::V72 && (type.length == SqlType::kMax || type.id == TypeId::Xml))
-        type = {tsql::isBinary(type.id) ? TypeId::Image : TypeId::NText, SqlType::kMax, 0, 0};
+        type = {longType(type.id), SqlType::kMax, 0, 0};
     for (WireForm form : kForms) {
         if (form.type != type.id) continue;
         if (form.framing == Framing::Short && type.length == SqlType::kMax) form.framing = Framing::Chunks;
@@ -152,7 +155,9 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
     if (type.form.framing == Framing::Long)
         out.u32(kLongLength);
     else
-        out.u16(type.form.framing == Framing::Chunks ? kMaxLengthMark : tsql::isText(id) ? 2 * units : units);
+        out.u16(type.form.framing == Framing::Chunks ? kMaxLengthMark
+                : tsql::isNational(id)               ? 2 * units
+                                                     : units);
     if (tsql::isText(id)) out.bytes(kCollation);
 }
 

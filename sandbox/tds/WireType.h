@@ -1,7 +1,4 @@
 // Types on the wire: [MS-TDS] 2.2.5.4 (data types), 2.2.5.6 (TYPE_INFO).
-//
-// All character data is sent in the Unicode types. Their lengths count UTF-16 code units, so that no client
-// truncates a string whose UTF-8 form is longer.
 #pragma once
 
 #include "ByteWriter.h"
@@ -17,6 +14,10 @@ inline constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 class ValueError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
+};
+class OddUnicode final : public ValueError {
+  public:
+    OddUnicode() : ValueError("Unicode data has an odd number of bytes") {}
 };
 
 // How the length of a value is encoded.

@@ -122,7 +122,8 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
         const auto blob = storedAs<tsql::Blob>(value);
         out.bytes({reinterpret_cast<const char*>(blob.data()), blob.size()});
     } else if (tsql::isText(id)) {
-        out.utf16(storedAs<std::string_view>(value));
+        tsql::isNational(id) ? out.utf16(storedAs<std::string_view>(value))
+                             : out.codePage1252(storedAs<std::string_view>(value));
     } else {
         const DateTime moment = tsql::fromStorage(storedAs<std::string_view>(value));
         size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
@@ -208,7 +209,7 @@ Value decode(const WireType& type, ByteView data) {
         case TypeId::VarBinary:
             return tsql::Bytes(reinterpret_cast<const std::byte*>(data.data()), data.size());
         case TypeId::NVarChar:
-            if (data.size() % 2 != 0) throw ValueError("Unicode data has an odd number of bytes");
+            if (data.size() % 2 != 0) throw OddUnicode();
             return utf8FromUtf16(data);
         case TypeId::VarChar:
             return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
