@@ -220,8 +220,7 @@ Flow Executor::run(const Insert& insert) {
     const TableInfo target = table(insert.table);
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
-    sqlite3_set_last_insert_rowid(m_connection.handle(), 0);
-    try {
+    withIdentities(target, [&] {
         if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
         if (insert.execute)
             inTransaction([&] {
@@ -230,12 +229,7 @@ Flow Executor::run(const Insert& insert) {
         else
             changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator), translator,
                              insert.output);
-    } catch (const SqliteFailure& failure) {
-        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
-        throw;
-    }
-    rememberIdentity(target, m_rowCount);
-    done(m_rowCount, StatementKind::Insert);
+    });
     return Flow::Next;
 }
 
@@ -254,10 +248,6 @@ Flow Executor::run(const InsertBulk& bulk) {
         m_bulk = bulk;
         return finished();
     }
-    m_change.verb = "INSERT";
-    m_change.target = target;
-    beforeWrite();
-    Atomic atomic(m_connection, target.schema);
     std::int64_t rows = 0;
     const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
@@ -273,19 +263,45 @@ Flow Executor::run(const InsertBulk& bulk) {
         insertRow(target, given, types, std::move(values));
         ++rows;
     };
-    divert(insertOne, [&] { bulk.sendRows(*m_sink); });
-    atomic.commit();
-    m_change.verb.clear();
-    m_rowCount = rows;
-    m_error = 0;
-    rememberIdentity(target, m_rowCount);
-    done(m_rowCount, StatementKind::Insert);
+    withIdentities(target, [&] {
+        insertTogether(target, [&] {
+            divert(insertOne, [&] { bulk.sendRows(*m_sink); });
+            return rows;
+        });
+    });
     return Flow::Next;
 }
 
-void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
+// Inserts the rows that `insertRows` counts: all or none.
+void Executor::insertTogether(const TableInfo& target, const std::function<std::int64_t()>& insertRows) {
+    m_change.verb = "INSERT";
+    m_change.target = target;
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    const std::int64_t rows = insertRows();
+    atomic.commit();
+    m_rowCount = rows;
+    m_error = 0;
+    m_change.verb.clear();
+}
+
+// Runs an insert and records the identities that it used.
+void Executor::withIdentities(const TableInfo& target, const std::function<void()>& insert) {
+    sqlite3_set_last_insert_rowid(m_connection.handle(), 0);
+    try {
+        insert();
+    } catch (const SqliteFailure& failure) {
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
+        throw;
+    }
+    rememberIdentity(target);
+    done(m_rowCount, StatementKind::Insert);
+}
+
+void Executor::rememberIdentity(const TableInfo& target) {
     std::optional<std::int64_t> identity;
-    if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
+    if (target.identityColumn() && m_rowCount > 0)
+        identity = sqlite3_last_insert_rowid(m_connection.handle());
     m_identity = identity;
     if (!identity) return;
     m_frames.back()->identity = identity;
@@ -345,15 +361,10 @@ void Executor::insertRowsOf(const TableInfo& target, const std::vector<const Tab
         divert(collect, work);
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);
-    m_change.verb = "INSERT";
-    m_change.target = target;
-    beforeWrite();
-    Atomic atomic(m_connection, target.schema);
-    for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
-    atomic.commit();
-    m_rowCount = static_cast<std::int64_t>(collected.size());
-    m_error = 0;
-    m_change.verb.clear();
+    insertTogether(target, [&] {
+        for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
+        return std::ssize(collected);
+    });
 }
 
 // Returns the table that UPDATE or DELETE changes, and makes the statement's common tables known.
