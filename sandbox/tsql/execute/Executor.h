@@ -29,7 +29,8 @@
 
 namespace tsql {
 
-enum class Flow { Next, Break, Continue, Return };
+// FirstLabel + n: GOTO the label of number n.
+enum class Flow { Next, Break, Continue, Return, FirstLabel };
 
 // Exceptions that end the execution of statements early.
 struct Raised {  // an error on its way to a CATCH block
@@ -112,6 +113,7 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
     Flow guarded(int line, const std::function<Flow()>& work);
+    static Flow flowTo(int label) { return static_cast<Flow>(static_cast<int>(Flow::FirstLabel) + label); }
     bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
     static bool isAlone(const ast::Block& block);
     void check(const ast::Block& block);
@@ -125,6 +127,8 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::While& node);
     Flow run(const ast::Break&) { return Flow::Break; }
     Flow run(const ast::Continue&) { return Flow::Continue; }
+    Flow run(const ast::Label&) { return Flow::Next; }
+    Flow run(const ast::Goto& node) { return flowTo(node.label); }
     Flow run(const ast::Return& node);
     Flow run(const ast::Compound& node) { return runBlock(node.statements); }
     Flow run(const ast::TryCatch& node);

@@ -244,6 +244,12 @@ struct While {
 };
 struct Break {};
 struct Continue {};
+struct Label {
+    int number;  // from 1, in the batch or module
+};
+struct Goto {
+    int label;
+};
 struct Return {
     ExprPtr value;  // may be null
 };
@@ -470,9 +476,9 @@ struct Maintenance {
 
 struct Statement {
     using Node =
-        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound, TryCatch,
-                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk, Update,
-                     Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
+        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
+                     TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
+                     Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
                      AlterDatabase, AlterIndex, CreateModule, Execute, Transaction, Backup, Restore,
                      CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;

@@ -138,6 +138,9 @@ class Parser {
     ast::Block batch();
     ast::Block statements(std::string_view end);
     ast::StatementPtr statement();
+    int labelNumber(const std::string& name);
+    ast::StatementPtr label();
+    void checkJumps() const;
     void noteTemporary(const ast::Statement& statement);
     ast::Declaration declaration(bool isParameter);
     bool atConstant() const;
@@ -157,6 +160,13 @@ class Parser {
     const ast::CreateModule* m_module = nullptr;  // module whose body is being parsed
     std::string m_procedure;                      // procedure that the text defines
     std::vector<ast::Local> m_locals;
+    std::vector<int> m_blocks;  // numbers of the blocks around the current statement, the outermost first
+    struct Jump {               // GOTO
+        std::string label;
+        int line;
+        std::vector<int> blocks;
+    };
+    std::vector<Jump> m_jumps;
 
   private:
     // Number of tokens that the phrase matches; 0 for no match. The first character rules out most phrases.
@@ -170,6 +180,12 @@ class Parser {
     std::size_t m_next = 0;
     int m_depth = 0;
     bool m_scalarOnly = false;
+    struct LabelPlace {
+        int number = 0;
+        int block = 0;  // 0: not declared
+    };
+    WordMap<LabelPlace> m_labels;
+    int m_lastBlock = 0;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
     WordSet m_temporary;  // tables that the text creates

@@ -11,8 +11,8 @@ namespace {
 
 // Unsupported statements, by their first word.
 constexpr std::string_view kUnsupported[] = {
-    "MERGE",    "GOTO",   "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",
-    "SHUTDOWN", "REVERT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
+    "MERGE",  "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",      "SHUTDOWN",
+    "REVERT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
 };
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
@@ -168,6 +168,12 @@ Statement::Node whileLoop(Parser& in) {
     node.body = in.statement();
     --in.m_loops;
     return node;
+}
+
+Statement::Node jump(Parser& in) {
+    const int line = in.peek().line;
+    in.m_jumps.push_back({in.expectName(), line, in.m_blocks});
+    return Goto{in.labelNumber(in.m_jumps.back().label)};
 }
 
 // The caller has consumed BEGIN TRANSACTION. COMMIT and ROLLBACK may be followed by TRANSACTION, WORK or
@@ -460,6 +466,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"WHILE", whileLoop},
     {"BREAK", [](Parser&) -> Statement::Node { return Break{}; }},
     {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
+    {"GOTO", jump},
     {"BEGIN TRANSACTION", transaction<TransactionVerb::Begin>},
     {"BEGIN TRAN", transaction<TransactionVerb::Begin>},
     {"COMMIT", transaction<TransactionVerb::Commit>},
@@ -489,7 +496,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
 // Functions may not have side effects.
 void checkInFunction(const Statement& statement, const std::string& verb) {
     constexpr std::string_view kTraceless =
-        "DECLARE SET IF WHILE BREAK CONTINUE BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
+        "DECLARE SET IF WHILE BREAK CONTINUE GOTO BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
         "DEALLOCATE";
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
@@ -512,22 +519,52 @@ Block Parser::batch() {
     }
     Block others = statements("");
     std::move(others.begin(), others.end(), std::back_inserter(first));
+    checkJumps();
     return first;
+}
+
+int Parser::labelNumber(const std::string& name) {
+    LabelPlace& label = m_labels[name];
+    if (label.number == 0) label.number = static_cast<int>(m_labels.size());
+    return label.number;
+}
+
+// name :
+StatementPtr Parser::label() {
+    const int line = peek().line;
+    const std::string name = expectName();
+    expect(":");
+    const int number = labelNumber(name);
+    if (std::exchange(m_labels[name].block, m_blocks.back()) != 0)
+        throw SyntaxError(sqlError(message::kLabelExists, {name}), line);
+    return std::make_unique<Statement>(Statement{line, Label{number}});
+}
+
+// A label is reached from its block and the blocks within it.
+void Parser::checkJumps() const {
+    for (const Jump& jump : m_jumps) {
+        const int block = m_labels.find(jump.label)->second.block;
+        if (block == 0) throw SyntaxError(sqlError(message::kUnknownLabel, {jump.label}), jump.line);
+        if (std::ranges::find(jump.blocks, block) == jump.blocks.end())
+            throw SyntaxError(unsupported("GOTO into a block"), jump.line);
+    }
 }
 
 // Parses statements up to `end`, which is consumed, or to the end of the text. THROW and WITH need a
 // semicolon before them: they could continue the previous statement.
 Block Parser::statements(std::string_view end) {
     Block statements;
-    for (;;) {
+    for (m_blocks.push_back(++m_lastBlock);;) {
         while (accept(";")) continue;
-        if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
+        if (end.empty() ? peek().kind == TokenKind::End : accept(end)) break;
         const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
         if (open && at("THROW")) throwSyntaxError();
         if (open && at("WITH"))
             throw SyntaxError(sqlError(message::kMissingSemicolonBeforeWith), peek().line);
-        statements.push_back(statement());
+        statements.push_back(atName() && at(":", 1) ? label() : statement());
     }
+    m_blocks.pop_back();
+    return statements;
 }
 
 StatementPtr Parser::statement() {
