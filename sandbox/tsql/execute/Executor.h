@@ -222,6 +222,7 @@ class Executor final : public NameResolver, public FunctionSession {
     void dropIndex(const ast::ObjectName& name, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
+    void switchConstraints(Catalogue& catalogue, const TableInfo& table, const ast::AlterTable& alter);
     void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
     void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,

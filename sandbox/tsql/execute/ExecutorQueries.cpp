@@ -383,6 +383,11 @@ Flow Executor::run(const Update& update) {
         changeWithOutput(target, "UPDATE", sql, translator, update.output);
     } catch (const SqliteFailure& failure) {
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+        // The steps would act for keys that stay the same, too.
+        for (const auto& key :
+             catalogue(Translator::targetName(update.table, update.from)).keysTo(target.name))
+            if (parseConstraint(key.source).onUpdate == "SET NULL")
+                throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
         updateInSteps(target, translator, update.output);
     }
     done(m_rowCount, StatementKind::Update);

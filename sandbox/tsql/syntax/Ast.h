@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -353,6 +354,7 @@ struct Truncate {
 };
 
 enum class ConstraintKind { PrimaryKey, Unique, Check, ForeignKey, Default };
+inline constexpr std::string_view kNoAction = "NO ACTION";
 struct Constraint {
     ConstraintKind kind;
     std::string name;  // empty: generated
@@ -362,7 +364,7 @@ struct Constraint {
     std::string source;  // whole text without the name, for parseConstraint()
     std::string references;
     std::vector<std::string> referencedColumns;
-    bool cascade = false;
+    std::string onDelete{kNoAction}, onUpdate{kNoAction};  // of a foreign key
 };
 struct ColumnDefinition {
     std::string name;
@@ -393,6 +395,9 @@ struct AlterTable {
     std::optional<ColumnDefinition> altered;
     std::vector<std::string> dropColumns, dropConstraints;
     bool ifExists = false;
+    std::optional<bool> checksRows = {};     // WITH CHECK or NOCHECK
+    std::optional<bool> enables = {};        // CHECK or NOCHECK CONSTRAINT
+    std::vector<std::string> switched = {};  // names of these constraints; empty: ALL
 };
 enum class ObjectKind { Table, View, Procedure, Function, Index, Database };
 struct Drop {

@@ -23,7 +23,7 @@ struct Batch {
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers);
 // A stored expression, such as the default of a column.
 ast::ExprPtr parseExpression(std::string_view text);
-ast::Constraint parseConstraint(std::string_view text);
+ast::Constraint parseConstraint(std::string_view text);  // ObjectInfo::source
 ast::ObjectName parseObjectName(std::string_view text);
 SqlType parseType(std::string_view text);
 
