@@ -4,6 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
+#include <cinttypes>
+#include <cstdio>
 
 #include "catalogue/SystemViews.h"
 #include "functions/Functions.h"
@@ -23,6 +27,19 @@ Value runNewId(const SqlCall&) {
     SqlType binary = simpleType(TypeId::Binary);
     binary.length = 16;
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
+}
+
+// Ascends in the order of strings, also across restarts of the server.
+Value runNewSequentialId(const SqlCall& call) {
+    using Microseconds = std::chrono::microseconds;
+    static std::atomic<std::uint64_t> last = static_cast<std::uint64_t>(
+        std::chrono::duration_cast<Microseconds>(std::chrono::system_clock::now().time_since_epoch())
+            .count());
+    static const std::string random = std::get<std::string>(runNewId(call)).substr(18);
+    std::array<char, 17> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016" PRIX64, ++last);
+    const std::string time(digits.data());
+    return time.substr(0, 8) + "-" + time.substr(8, 4) + "-" + time.substr(12) + random;
 }
 
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
@@ -218,6 +235,7 @@ constexpr auto kVarying = Purity::Varying;
 
 const FunctionInfo kSessionFunctions[] = {
     {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
+    {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
     {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
     {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},

@@ -139,6 +139,26 @@ Value runReplace(const SqlCall& call) {
     return fitted(result.append(text.substr(from)), call.resultType());
 }
 
+// (string, characters, their replacements)
+Value runTranslate(const SqlCall& call) {
+    if (characterCount(call.text(1)) != characterCount(call.text(2)))
+        throw sqlError(message::kTranslationLengthsDiffer);
+    std::string result;
+    for (std::string_view rest = call.text(0); !rest.empty();) {
+        char32_t character = nextCharacter(rest);
+        std::string_view from = call.text(1), to = call.text(2);
+        spendWork(1 + from.size());
+        while (!from.empty() && !to.empty()) {
+            const char32_t replaced = nextCharacter(from), replacement = nextCharacter(to);
+            if (foldCase(replaced) != foldCase(character)) continue;
+            character = replacement;
+            break;
+        }
+        appendCharacter(result, character);
+    }
+    return fitted(std::move(result), call.resultType());
+}
+
 // (string, start, length, replacement, result type)
 Value runStuff(const SqlCall& call) {
     if (isNull(call[0]) || isNull(call[1]) || isNull(call[2])) return Null{};
@@ -352,6 +372,7 @@ const FunctionInfo kTextFunctions[] = {
     {"rtrim", "T", sameText, runOnText<trimRight>},
     {"trim", "C", sameText, runOnText<trimmed>},
     {"replace", "TTT=", grownText, runReplace},
+    {"translate", "TTT=", sameText, runTranslate},
     {"stuff", "TIIT=", grownText, runStuff, Nulls::Reach},
     {"charindex", "CL[I", placeType, runCharIndex},
     {"patindex", "TL#", placeType, runPatIndex},

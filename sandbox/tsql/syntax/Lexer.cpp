@@ -121,7 +121,7 @@ class Lexer {
         if (isNameStart(c)) return takeToken(TokenKind::Word, past(isNamePart, 1));
         if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair() ? 2 : 1);
         if (c == '{') throw SyntaxError(unsupported("an ODBC escape sequence such as {fn ...}"), m_line);
-        if (c == '$') throw SyntaxError(unsupported("a name such as $IDENTITY"), m_line);
+        if (c == '$') throw SyntaxError(unsupported(m_text.substr(m_at, past(isNamePart, 1))), m_line);
         throw SyntaxError(message::kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.",
                           m_line);
     }

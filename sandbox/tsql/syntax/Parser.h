@@ -57,6 +57,7 @@ class Parser {
     ast::ObjectName objectName();
     std::vector<std::string> columnNames();  // in parentheses
     SqlType type(TypeUse use);
+    std::int64_t seedOfIdentity();  // seed, increment
     void collation();
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
@@ -126,6 +127,7 @@ class Parser {
     std::vector<ast::CommonTable> commonTables();
     ast::ExprPtr top(bool mayBeBare = false);
     ast::SelectItem selectItem();
+    static bool isNewIdentity(const ast::SelectItem& item) { return item.identity.has_value(); }
     std::optional<BinaryOp> assignmentOperator();
     ast::ObjectName tableName();
     void tableHints();
