@@ -78,7 +78,7 @@ Login ClientConnection::readLogin() {
 Encryption ClientConnection::negotiateEncryption(ByteView request) {
     const Encryption encryption = negotiate(m_settings.encryption, parsePrelogin(request));
     Bytes reply = preloginReply(encryption.reply);
-    m_channel.sendEnd(reply);
+    m_channel.send(reply, PacketChannel::Extent::AllAndEnd);
     if (encryption.extent != Encryption::Extent::None) m_channel.startTls(*m_settings.tls);
     return encryption;
 }

@@ -55,7 +55,7 @@ void Response::message(const tsql::Message& message) {
     m_out.byteVarchar(message.procedure);
     m_out.number(static_cast<std::uint32_t>(message.line), m_version >= Version::V72 ? 4 : 2);
     m_out.closeLength(place);
-    m_channel.sendFullPackets(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::FullPackets);
 }
 
 void Response::sspi(ByteView token) {
@@ -66,7 +66,7 @@ void Response::sspi(ByteView token) {
 }
 
 void Response::finishLoginStep() {
-    m_channel.sendEnd(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
 }
 
 void Response::textChange(EnvChange what, std::string_view to, std::string_view from) {
@@ -138,7 +138,7 @@ void Response::row(std::span<const tsql::CellView> cells) {
         m_out.data().resize(start);
         throw;
     }
-    m_channel.sendFullPackets(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::FullPackets);
 }
 
 // Rows with NULLs are sent as NBCROW, which marks the NULLs in a bitmap, if the client supports it.
@@ -173,8 +173,7 @@ void Response::returnValue(int ordinal, std::string_view name, const tsql::SqlTy
     writeValue(m_out, sent, value);
 }
 
-// ---- Ends of statements, calls and responses
-// ----------------------------------------------------------------------------
+// ---- Ends of statements, calls and responses ---------------------------------------------------------
 
 void Response::statementDone(std::int64_t rowCount, tsql::StatementKind kind) {
     setPendingDone({m_inCall ? Token::DoneInProc : Token::Done, errorFlag(), rowCount,
@@ -199,7 +198,7 @@ void Response::writePendingDone(unsigned moreFlag) {
 
 void Response::flush() {
     if (m_pendingDone) writePendingDone(kDoneMore);
-    m_channel.sendAll(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::All);
 }
 
 // Must not throw: the engine may call it from inside SQLite, which exceptions cannot cross.
@@ -241,7 +240,7 @@ void Response::procedureEnded(std::optional<std::int32_t> status) {
 void Response::finish() {
     if (!m_pendingDone || m_statementFailed) setPendingDone({Token::Done, errorFlag()});
     writePendingDone(kDoneFinal);
-    m_channel.sendEnd(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
     m_inCall = m_callOfBatch = m_callFailed = m_clientGone = false;
     if (m_attention) acknowledgeAttention();
 }
@@ -255,7 +254,7 @@ void Response::acknowledgeAttention() {
     m_attention = false;
     setPendingDone({Token::Done, kDoneAttention});
     writePendingDone(kDoneFinal);
-    m_channel.sendEnd(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
 }
 
 }  // namespace tds

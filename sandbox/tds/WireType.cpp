@@ -116,10 +116,6 @@ void readPrecision(ByteReader& in, SqlType& type) {
 
 }  // namespace
 
-std::size_t decimalSize(int precision) {
-    return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
-}
-
 WireType wireType(SqlType type, Version version) {
     if (version < Version::V73A && (type.id == TypeId::Date || hasScaledTime(type.id)))
         type = tsql::nvarcharType(type.id == TypeId::Date   ? kDateCharacters
@@ -145,7 +141,7 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
     if (type.form.size > 0) return out.u8(type.form.size);
     if (id == TypeId::Xml) return out.u8(0);  // has no schema
     if (id == TypeId::Decimal) {
-        out.u8(decimalSize(type.type.precision));
+        out.u8(sizeOf(type.type));
         out.u8(type.type.precision);
     }
     if (id == TypeId::Decimal || hasScaledTime(id)) return out.u8(type.type.scale);

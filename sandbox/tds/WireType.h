@@ -43,8 +43,10 @@ struct WireType {
     bool utf8 = false;  // char data in UTF-8 instead of code page 1252
 };
 
-// Size in bytes of a decimal value, its sign included.
-std::size_t decimalSize(int precision);
+// Size in bytes of a value of a decimal, date or time type.
+inline std::size_t sizeOf(const tsql::SqlType& type) {
+    return static_cast<std::size_t>(tsql::maxLength(type));
+}
 // Returns the wire type for `type`. Types that the client's version lacks are replaced. Throws ValueError for
 // a type that has no wire form.
 WireType wireType(tsql::SqlType type, Version version);

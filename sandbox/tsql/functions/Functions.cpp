@@ -162,26 +162,14 @@ Typed datePartArgument(const Typed& value, std::string_view function) {
 
 // Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const SqlType& type) {
-    switch (letter) {
-        case 'C':
-        case 'L':
-        case 'T':
-            return textTypeFor(type);
-        case 'I':
-            return simpleType(TypeId::Int);
-        case 'B':
-            return simpleType(TypeId::BigInt);
-        case 'F':
-            return simpleType(TypeId::Float);
-        case 'D':
-            return dateTypeFor(type, TypeId::DateTime2);
-        case 'E':
-            return dateTypeFor(type, TypeId::DateTime);
-        case 'N':
-            return isNumber(type.id) ? type : simpleType(TypeId::Float);
-        default:
-            return type;
-    }
+    constexpr std::pair<char, TypeId> kSimple[] = {
+        {'I', TypeId::Int}, {'B', TypeId::BigInt}, {'F', TypeId::Float}};
+    for (const auto& [simple, id] : kSimple)
+        if (simple == letter) return simpleType(id);
+    if (letter == 'C' || letter == 'L' || letter == 'T') return textTypeFor(type);
+    if (letter == 'D') return dateTypeFor(type, TypeId::DateTime2);
+    if (letter == 'E') return dateTypeFor(type, TypeId::DateTime);
+    return letter == 'N' && !isNumber(type.id) ? simpleType(TypeId::Float) : type;
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {

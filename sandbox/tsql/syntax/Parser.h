@@ -142,7 +142,6 @@ class Parser {
     ast::StatementPtr statement();
     int labelNumber(const std::string& name);
     ast::StatementPtr label();
-    void checkJumps() const;
     void noteTemporary(const ast::Statement& statement);
     ast::Declaration declaration(bool isParameter);
     bool atConstant() const;
@@ -162,13 +161,11 @@ class Parser {
     const ast::CreateModule* m_module = nullptr;  // module whose body is being parsed
     std::string m_procedure;                      // procedure that the text defines
     std::vector<ast::Local> m_locals;
-    std::vector<int> m_blocks;  // numbers of the blocks around the current statement, the outermost first
-    struct Jump {               // GOTO
+    struct Jump {  // GOTO
         std::string label;
         int line;
-        std::vector<int> blocks;
     };
-    std::vector<Jump> m_jumps;
+    std::vector<Jump> m_jumps;  // whose label is not in the blocks that have ended
 
   private:
     // Number of tokens that the phrase matches; 0 for no match. The first character rules out most phrases.
@@ -182,12 +179,8 @@ class Parser {
     std::size_t m_next = 0;
     int m_depth = 0;
     bool m_scalarOnly = false;
-    struct LabelPlace {
-        int number = 0;
-        int block = 0;  // 0: not declared
-    };
-    WordMap<LabelPlace> m_labels;
-    int m_lastBlock = 0;
+    WordMap<int> m_labels;  // numbers of all labels
+    WordSet m_declaredLabels;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
     WordSet m_temporary;  // tables that the text creates

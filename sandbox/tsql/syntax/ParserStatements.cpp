@@ -172,7 +172,7 @@ Statement::Node whileLoop(Parser& in) {
 
 Statement::Node jump(Parser& in) {
     const int line = in.peek().line;
-    in.m_jumps.push_back({in.expectName(), line, in.m_blocks});
+    in.m_jumps.push_back({in.expectName(), line});
     return Goto{in.labelNumber(in.m_jumps.back().label)};
 }
 
@@ -519,14 +519,15 @@ Block Parser::batch() {
     }
     Block others = statements("");
     std::move(others.begin(), others.end(), std::back_inserter(first));
-    checkJumps();
+    for (const auto& [label, line] : m_jumps)
+        throw SyntaxError(m_declaredLabels.contains(label) ? unsupported("GOTO into a block")
+                                                           : sqlError(message::kUnknownLabel, {label}),
+                          line);
     return first;
 }
 
 int Parser::labelNumber(const std::string& name) {
-    LabelPlace& label = m_labels[name];
-    if (label.number == 0) label.number = static_cast<int>(m_labels.size());
-    return label.number;
+    return m_labels.try_emplace(name, static_cast<int>(m_labels.size()) + 1).first->second;
 }
 
 // name :
@@ -534,27 +535,17 @@ StatementPtr Parser::label() {
     const int line = peek().line;
     const std::string name = expectName();
     expect(":");
-    const int number = labelNumber(name);
-    if (std::exchange(m_labels[name].block, m_blocks.back()) != 0)
+    if (!m_declaredLabels.insert(name).second)
         throw SyntaxError(sqlError(message::kLabelExists, {name}), line);
-    return std::make_unique<Statement>(Statement{line, Label{number}});
-}
-
-// A label is reached from its block and the blocks within it.
-void Parser::checkJumps() const {
-    for (const Jump& jump : m_jumps) {
-        const int block = m_labels.find(jump.label)->second.block;
-        if (block == 0) throw SyntaxError(sqlError(message::kUnknownLabel, {jump.label}), jump.line);
-        if (std::ranges::find(jump.blocks, block) == jump.blocks.end())
-            throw SyntaxError(unsupported("GOTO into a block"), jump.line);
-    }
+    return std::make_unique<Statement>(Statement{line, Label{labelNumber(name)}});
 }
 
 // Parses statements up to `end`, which is consumed, or to the end of the text. THROW and WITH need a
 // semicolon before them: they could continue the previous statement.
 Block Parser::statements(std::string_view end) {
     Block statements;
-    for (m_blocks.push_back(++m_lastBlock);;) {
+    const auto firstJump = std::ssize(m_jumps);
+    for (;;) {
         while (accept(";")) continue;
         if (end.empty() ? peek().kind == TokenKind::End : accept(end)) break;
         const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
@@ -563,7 +554,14 @@ Block Parser::statements(std::string_view end) {
             throw SyntaxError(sqlError(message::kMissingSemicolonBeforeWith), peek().line);
         statements.push_back(atName() && at(":", 1) ? label() : statement());
     }
-    m_blocks.pop_back();
+    // A label is reached from its block and the blocks within it.
+    const auto isHere = [&](const Jump& jump) {
+        return std::ranges::any_of(statements, [&](const StatementPtr& statement) {
+            const auto* label = std::get_if<Label>(&statement->node);
+            return label && label->number == m_labels.at(jump.label);
+        });
+    };
+    m_jumps.erase(std::remove_if(m_jumps.begin() + firstJump, m_jumps.end(), isHere), m_jumps.end());
     return statements;
 }
 
