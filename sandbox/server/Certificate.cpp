@@ -25,17 +25,10 @@ constexpr long kValidity = 365 * kDay;
 constexpr long kRenewalPeriod = 30 * kDay;  // before the end of the validity
 constexpr long kClockTolerance = kDay;      // of clients whose clock is behind
 
-template <auto Free>
-struct Deleter {
-    template <typename T>
-    void operator()(T* object) const {
-        Free(object);
-    }
-};
-using Certificate = std::unique_ptr<X509, Deleter<&X509_free>>;
-using Key = std::unique_ptr<EVP_PKEY, Deleter<&EVP_PKEY_free>>;
-using Extension = std::unique_ptr<X509_EXTENSION, Deleter<&X509_EXTENSION_free>>;
-using File = std::unique_ptr<std::FILE, Deleter<&std::fclose>>;
+using Certificate = std::unique_ptr<X509, tds::Deleter<&X509_free>>;
+using Key = std::unique_ptr<EVP_PKEY, tds::Deleter<&EVP_PKEY_free>>;
+using Extension = std::unique_ptr<X509_EXTENSION, tds::Deleter<&X509_EXTENSION_free>>;
+using File = std::unique_ptr<std::FILE, tds::Deleter<&std::fclose>>;
 
 [[noreturn]] void throwTlsError(const std::string& what) {
     throw std::runtime_error(what + ": " + tds::takeTlsErrors());
@@ -82,18 +75,14 @@ std::string alternativeNames(const std::vector<std::string>& names) {
     return text;
 }
 
-void setSerialNumber(X509& certificate) {
-    std::uint32_t serial = 0;
-    RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial);
-    ASN1_INTEGER_set_uint64(X509_get_serialNumber(&certificate), serial);
-}
-
 Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names) {
     Certificate certificate(X509_new());
     if (!certificate) throw std::bad_alloc();
     X509& x509 = *certificate;
     X509_set_version(&x509, X509_VERSION_3);
-    setSerialNumber(x509);
+    std::uint32_t serial = 0;
+    RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial);
+    ASN1_INTEGER_set_uint64(X509_get_serialNumber(&x509), serial);
     X509_gmtime_adj(X509_getm_notBefore(&x509), -kClockTolerance);
     X509_gmtime_adj(X509_getm_notAfter(&x509), kValidity);
     X509_NAME* const subject = X509_get_subject_name(&x509);
@@ -108,19 +97,13 @@ Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names
     return certificate;
 }
 
-// Opens a file for a replacement, which rename() then puts in place.
-File createFile(const std::filesystem::path& path, mode_t mode) {
-    ::unlink(path.c_str());
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
-    if (!file) throw std::runtime_error(path.string() + ": " + std::strerror(errno));
-    return file;
-}
-
 template <typename Write>
 void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
     const std::filesystem::path replacement = path.string() + ".new";
-    File file = createFile(replacement, mode);
+    ::unlink(replacement.c_str());
+    const int fd = ::open(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    const File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
+    if (!file) throw std::runtime_error(replacement.string() + ": " + std::strerror(errno));
     const bool isWritten = write(file.get()) == 1 && std::fflush(file.get()) == 0;
     if (!isWritten) throw std::runtime_error(replacement.string() + " cannot be written");
     std::filesystem::rename(replacement, path);

@@ -29,7 +29,9 @@ class ByteWriter {
     void u32(std::uint64_t value) { number(value, 4); }
     void u64(std::uint64_t value) { number(value, 8); }
     void bytes(ByteView part) { m_data.append(part); }
-    void bytes(std::span<const std::byte> part) { bytes({reinterpret_cast<const char*>(part.data()), part.size()}); }
+    void bytes(std::span<const std::byte> part) {
+        bytes({reinterpret_cast<const char*>(part.data()), part.size()});
+    }
     void bigEndian(std::uint64_t value, std::size_t width) {
         while (width-- > 0) u8(value >> (8 * width));
     }

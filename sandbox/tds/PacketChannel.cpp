@@ -144,18 +144,13 @@ void PacketChannel::startTls(SSL_CTX& context) {
         if (request.type != PacketType::Prelogin)
             throw ProtocolError("the client did not start TLS, which the server requires");
         const bool continues = m_tls->handshake(request.data);
-        sendHandshake();
+        Bytes reply = m_tls->takeOutput();
+        if (!reply.empty()) send(reply, Extent::AllAndEnd, PacketType::Prelogin);
         if (!continues) throw ProtocolError("the TLS handshake failed: " + m_tls->problem());
     }
     // In TLS 1.3 the client ends the handshake and may already have sent more.
     const Bytes received = std::exchange(m_input, {}).substr(std::exchange(m_inputPosition, 0));
     if (!received.empty()) appendInput(received);
-}
-
-void PacketChannel::sendHandshake() {
-    Bytes message = m_tls->takeOutput();
-    if (message.empty()) return;
-    send(message, Extent::AllAndEnd, PacketType::Prelogin);
 }
 
 void PacketChannel::send(Bytes& response, Extent extent, PacketType type) {

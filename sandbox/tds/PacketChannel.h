@@ -12,8 +12,7 @@ namespace tds {
 
 // End of a connection without a protocol error: the client has left, did not log in in time, or the server
 // stops.
-class ConnectionClosed : public std::runtime_error {
-  public:
+struct ConnectionClosed : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
@@ -73,7 +72,6 @@ class PacketChannel {
     void fillBuffer(std::size_t bytes);
     bool receive(int flags);
     void waitForLoginData() const;
-    void sendHandshake();
     void appendInput(ByteView received);
     void writeSocket(ByteView data) const;
     std::size_t buffered() const { return m_input.size() - m_inputPosition; }

@@ -23,8 +23,6 @@ constexpr std::chrono::milliseconds kAttentionCheckInterval{2};
 
 }  // namespace
 
-// ---- Tokens -------------------------------------------------------------------------------------------
-
 // Writes the pending DONE first: now it is known that more follows.
 void Response::beginToken(Token token) {
     if (m_pendingDone) writePendingDone(kDoneMore);
@@ -172,8 +170,6 @@ void Response::returnValue(int ordinal, std::string_view name, const tsql::SqlTy
     writeTypeInfo(m_out, sent);
     writeValue(m_out, sent, value);
 }
-
-// ---- Ends of statements, calls and responses ---------------------------------------------------------
 
 void Response::statementDone(std::int64_t rowCount, tsql::StatementKind kind) {
     setPendingDone({m_inCall ? Token::DoneInProc : Token::Done, errorFlag(), rowCount,

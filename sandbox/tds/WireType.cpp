@@ -83,12 +83,6 @@ TypeId variableType(TypeId id) {
     return !tsql::isText(id) ? id : tsql::isNational(id) ? TypeId::NVarChar : TypeId::VarChar;
 }
 
-// Type without a limit of the same family, for clients without (max).
-TypeId longType(TypeId id) {
-    if (tsql::isBinary(id)) return TypeId::Image;
-    return tsql::isNational(id) ? TypeId::NText : TypeId::Text;
-}
-
 // Reads the length of a character or binary type, which also determines the framing of its values, and the
 // collation.
 void readLength(ByteReader& in, WireType& type) {
@@ -122,7 +116,10 @@ WireType wireType(SqlType type, Version version) {
                                   : type.id == TypeId::Time ? kTimeCharacters
                                                             : kDateTime2Characters);
     if (version < Version::V72 && (type.length == SqlType::kMax || type.id == TypeId::Xml))
-        type = {longType(type.id), SqlType::kMax, 0, 0};
+        type = {tsql::isBinary(type.id)     ? TypeId::Image
+                : tsql::isNational(type.id) ? TypeId::NText
+                                            : TypeId::Text,
+                SqlType::kMax, 0, 0};
     for (WireForm form : kForms) {
         if (form.type != type.id) continue;
         if (form.framing == Framing::Short && type.length == SqlType::kMax) form.framing = Framing::Chunks;

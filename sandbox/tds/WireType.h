@@ -11,12 +11,10 @@ namespace tds {
 inline constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 
 // A value that its type cannot hold. what() gives the reason.
-class ValueError : public std::runtime_error {
-  public:
+struct ValueError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
-class OddUnicode final : public ValueError {
-  public:
+struct OddUnicode final : ValueError {
     OddUnicode() : ValueError("Unicode data has an odd number of bytes") {}
 };
 

@@ -42,8 +42,6 @@ std::uint64_t nullLength(std::size_t width) {
     throw ValueError(std::string(what) + " is out of range for its column");
 }
 
-// ---- Values to clients ------------------------------------------------------------------------
-
 template <typename T>
 const T& storedAs(const CellView& value) {
     if (const T* held = std::get_if<T>(&value)) return *held;
@@ -116,8 +114,6 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
         size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
     }
 }
-
-// ---- Values from clients ------------------------------------------------------------------------
 
 DateTime requireInRange(const DateTime& value, const SqlType& type) {
     if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type))

@@ -112,26 +112,19 @@ std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vecto
     return rows;
 }
 
-// The new table inherits the identity if the query reads one table and selects its identity once. IDENTITY()
-// is NULL in the rows, for which SQLite generates a number.
+// The new table inherits the identity if the query reads one table and selects its identity once.
 void Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
     const auto* select = std::get_if<Select>(&query.body);
     const bool inherits =
         select && select->from.size() == 1 && !std::holds_alternative<Join>(select->from.front()->node) &&
-        std::ranges::count_if(
-            text.columns, [](const auto& each) { return each.column.identity && !each.nullLiteral; }) == 1;
-    std::int64_t seed = 1;
-    if (select)
-        for (const auto& item : select->items)
-            if (item.identity) seed = item.identity->seed;
+        std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
     CreateTable create{name, {}, {}};
     for (const auto& [column, alias, isNull] : text.columns) {
         if (column.name.empty()) throw sqlError(message::kMissingColumnName);
-        const bool isIdentity = column.identity && (isNull || inherits);
         create.columns.push_back(
-            {column.name, column.type, column.nullable, isIdentity, false, isNull ? seed : 1, {}});
+            {column.name, column.type, column.nullable, inherits && column.identity, false, 1, {}});
     }
     const TableInfo target = createTable(create);
     const std::string names =

@@ -67,7 +67,11 @@ class Formatter {
         if ((type == "s") != (text != nullptr) || isBinary(valueType.id))
             throw sqlError(message::kSubstitutionTypeMismatch, {std::to_string(index + 1)});
         if (text) return written(side + size + "s", text->c_str());
-        return integer("%" + flags + size + "ll" + type, std::get<std::int64_t>(value));
+        // Unsigned conversions show negative numbers as 32-bit ones.
+        const auto number = static_cast<long long>(std::get<std::int64_t>(value));
+        const bool isSigned = type == "d" || type == "i";
+        return written("%" + flags + size + "ll" + type,
+                       isSigned || number >= 0 ? number : number & 0xFFFFFFFF);
     }
 
     bool accept(std::string_view word) {
@@ -96,12 +100,6 @@ class Formatter {
             value = std::stoi(digits);
         }
         return std::to_string(std::clamp<std::int64_t>(value, 0, kWidest));
-    }
-
-    // Unsigned conversions show negative numbers as 32-bit ones.
-    static std::string integer(const std::string& format, std::int64_t value) {
-        const bool isSigned = format.ends_with('d') || format.ends_with('i');
-        return written(format, static_cast<long long>(isSigned || value >= 0 ? value : value & 0xFFFFFFFF));
     }
 
     std::string_view m_format;  // what is left of it

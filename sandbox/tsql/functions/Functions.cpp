@@ -14,8 +14,6 @@ namespace {
 
 constexpr std::size_t kAnyNumber = 254;
 
-// --- result types
-
 SqlType coalescedType(Pieces pieces) {
     if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(message::kCoalesceOfNulls);
     return commonType(pieces);
@@ -48,8 +46,6 @@ SqlType extremeType(Pieces pieces) {
     return pieces[0].type;
 }
 
-// --- writers
-
 std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "CASE WHEN " + emitCompare(CompareOp::Equal, pieces[0], pieces[1]) + " THEN NULL ELSE " +
            pieces[0].sql + " END";
@@ -60,10 +56,6 @@ std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType&) {
     for (std::size_t i = 1; i < pieces.size(); ++i)
         sql += " WHEN " + std::to_string(i) + " THEN " + pieces[i].sql;
     return sql + " END";
-}
-
-std::string writePi(const FunctionInfo&, Pieces, const SqlType&) {
-    return "3.141592653589793";
 }
 
 // Wraps an argument of SQLite's own aggregates, which skip NULLs without a warning.
@@ -115,7 +107,7 @@ const FunctionInfo kWritten[] = {
     {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
     {"choose", "IR*", commonOfRest, writeChoose},
-    {"pi", "", TypeId::Float, writePi},
+    {"pi", "", TypeId::Float, [](auto&, Pieces, auto&) { return std::string("3.141592653589793"); }},
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
@@ -138,8 +130,6 @@ const FunctionInfo kWritten[] = {
     {"first_value", "A", sameAsFirst, "first_value", kFramed},
     {"last_value", "A", sameAsFirst, "last_value", kFramed},
 };
-
-// --- arguments
 
 // String type for every value of the type.
 SqlType textTypeFor(const SqlType& type) {

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <chrono>
-#include <cinttypes>
 #include <cstdio>
 
 #include "catalogue/SystemViews.h"
@@ -31,13 +29,11 @@ Value runNewId(const SqlCall&) {
 
 // Ascends in the order of strings, also across restarts of the server.
 Value runNewSequentialId(const SqlCall& call) {
-    using Microseconds = std::chrono::microseconds;
-    static std::atomic<std::uint64_t> last = static_cast<std::uint64_t>(
-        std::chrono::duration_cast<Microseconds>(std::chrono::system_clock::now().time_since_epoch())
-            .count());
+    static std::atomic<unsigned long long> last{
+        static_cast<unsigned long long>(std::chrono::system_clock::now().time_since_epoch().count())};
     static const std::string random = std::get<std::string>(runNewId(call)).substr(18);
     std::array<char, 17> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016" PRIX64, ++last);
+    std::snprintf(digits.data(), digits.size(), "%016llX", ++last);
     const std::string time(digits.data());
     return time.substr(0, 8) + "-" + time.substr(8, 4) + "-" + time.substr(12) + random;
 }
@@ -50,19 +46,6 @@ Value propertyIn(const Properties& properties, std::string_view name) {
         if (sameWord(property, name)) return value;
     return Null{};
 }
-
-}  // namespace
-
-std::string hostName() {
-    char name[256] = {};
-    return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
-}
-
-Value identityValue(const std::optional<std::int64_t>& identity) {
-    return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
-}
-
-namespace {
 
 struct SessionFunctions {
     static FunctionSession& session(const SqlCall& call) { return call.context().session(); }
@@ -284,6 +267,15 @@ const FunctionInfo kSessionFunctions[] = {
 };
 
 }  // namespace
+
+std::string hostName() {
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
+}
+
+Value identityValue(const std::optional<std::int64_t>& identity) {
+    return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
+}
 
 std::span<const FunctionInfo> sessionFunctions() {
     return kSessionFunctions;

@@ -187,13 +187,6 @@ void putInPlace(const fs::path& file, const fs::path& target, const Progress& pr
     image.renameTo(target);
 }
 
-void checkMoves(const BackupHeader& header, std::span<const std::string> movedNames,
-                std::string_view database) {
-    for (const std::string& name : movedNames)
-        if (name != header.database && name != header.logName())
-            throw sqlError(message::kUnknownLogicalFile, {name, database});
-}
-
 }  // namespace
 
 BackupHeader backupDatabase(const Storage& storage, std::string_view database, const fs::path& file,
@@ -259,7 +252,9 @@ BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string
     BackupHeader header = readBackupHeader(file, progress);
     if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
         throw sqlError(to == "master" ? message::kRestoreOfMaster : message::kBackupNotAllowed, {to});
-    checkMoves(header, movedNames, database);
+    for (const std::string& name : movedNames)
+        if (name != header.database && name != header.logName())
+            throw sqlError(message::kUnknownLogicalFile, {name, database});
     const bool sameName = sameText(header.database, database);
     if (storage.exists(database) && !replace)
         throw sqlError(sameName ? message::kTailOfLogNotBackedUp : message::kBackupOfOtherDatabase,

@@ -156,18 +156,12 @@ struct TableRef {
     int line = 1;
 };
 
-// IDENTITY(type, seed, 1) of SELECT INTO
-struct NewIdentity {
-    SqlType type;
-    std::int64_t seed = 1;
-};
 struct SelectItem {
-    ExprPtr value;                             // null for *
-    std::vector<std::string> starOf;           // qualifier of t.*
-    std::string alias;                         // empty if there is none
-    std::string variable;                      // SELECT @v = value
-    std::optional<BinaryOp> assignment;        // SELECT @v += value
-    std::optional<NewIdentity> identity = {};  // with NULL as `value`
+    ExprPtr value;                       // null for *
+    std::vector<std::string> starOf;     // qualifier of t.*
+    std::string alias;                   // empty if there is none
+    std::string variable;                // SELECT @v = value
+    std::optional<BinaryOp> assignment;  // SELECT @v += value
 };
 struct Window {
     std::vector<ExprPtr> partition;

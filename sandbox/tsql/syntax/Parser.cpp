@@ -180,13 +180,6 @@ std::vector<int> Parser::typeArguments() {
     });
 }
 
-std::int64_t Parser::seedOfIdentity() {
-    const std::int64_t seed = expectInteger();
-    expect(",");
-    if (expectInteger() != 1) throwUnsupported("an IDENTITY increment other than 1");
-    return seed;
-}
-
 // There is only one collation: case-insensitive, accent-sensitive.
 void Parser::collation() {
     expect("COLLATE");

@@ -57,7 +57,6 @@ class Parser {
     ast::ObjectName objectName();
     std::vector<std::string> columnNames();  // in parentheses
     SqlType type(TypeUse use);
-    std::int64_t seedOfIdentity();  // seed, increment
     void collation();
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
@@ -127,7 +126,6 @@ class Parser {
     std::vector<ast::CommonTable> commonTables();
     ast::ExprPtr top(bool mayBeBare = false);
     ast::SelectItem selectItem();
-    static bool isNewIdentity(const ast::SelectItem& item) { return item.identity.has_value(); }
     std::optional<BinaryOp> assignmentOperator();
     ast::ObjectName tableName();
     void tableHints();
@@ -140,8 +138,13 @@ class Parser {
     ast::Block batch();
     ast::Block statements(std::string_view end);
     ast::StatementPtr statement();
-    int labelNumber(const std::string& name);
     ast::StatementPtr label();
+    struct LabelUse {
+        int number = 0;
+        int line = 0;  // of the first GOTO or of the label
+        bool isDeclared = false;
+    };
+    LabelUse& useOfLabel();
     void noteTemporary(const ast::Statement& statement);
     ast::Declaration declaration(bool isParameter);
     bool atConstant() const;
@@ -161,11 +164,6 @@ class Parser {
     const ast::CreateModule* m_module = nullptr;  // module whose body is being parsed
     std::string m_procedure;                      // procedure that the text defines
     std::vector<ast::Local> m_locals;
-    struct Jump {  // GOTO
-        std::string label;
-        int line;
-    };
-    std::vector<Jump> m_jumps;  // whose label is not in the blocks that have ended
 
   private:
     // Number of tokens that the phrase matches; 0 for no match. The first character rules out most phrases.
@@ -179,8 +177,7 @@ class Parser {
     std::size_t m_next = 0;
     int m_depth = 0;
     bool m_scalarOnly = false;
-    WordMap<int> m_labels;  // numbers of all labels
-    WordSet m_declaredLabels;
+    WordMap<LabelUse> m_labels;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
     WordSet m_temporary;  // tables that the text creates

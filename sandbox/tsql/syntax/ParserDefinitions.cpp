@@ -16,8 +16,6 @@ namespace {
 std::optional<Output> output(Parser& in) {
     if (!in.accept("OUTPUT")) return std::nullopt;
     Output output{in.list([&] { return in.selectItem(); }), {}, {}};
-    if (std::ranges::any_of(output.items, &Parser::isNewIdentity))
-        throw SyntaxError(sqlError(message::kIdentityWithoutInto), in.faulty().line);
     if (!in.accept("INTO")) return output;
     output.into = in.tableName();
     if (in.at("(")) output.columns = in.columnNames();
@@ -242,7 +240,11 @@ ColumnDefinition columnDefinition(Parser& in) {
             column.withValues = true;
         } else if (in.accept("IDENTITY")) {
             column.identity = true;
-            if (in.at("(")) column.seed = in.parenthesized([&] { return in.seedOfIdentity(); });
+            if (!in.accept("(")) return true;
+            column.seed = in.expectInteger();
+            in.expect(",");
+            if (in.expectInteger() != 1) in.throwUnsupported("an IDENTITY increment other than 1");
+            in.expect(")");
         } else if (in.acceptConstraint(constraint, /*ofTable=*/false)) {
             if (constraint.columns.empty()) constraint.columns = {column.name};
             column.constraints.push_back(std::move(constraint));

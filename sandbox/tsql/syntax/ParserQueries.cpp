@@ -43,10 +43,7 @@ Select select(Parser& in) {
     if (!select.distinct) in.accept("ALL");
     select.top = in.top(true);
     select.items = in.list([&] { return in.selectItem(); });
-    if (into && in.accept("INTO"))
-        *into = in.objectName();
-    else if (std::ranges::any_of(select.items, &Parser::isNewIdentity))
-        throw SyntaxError(sqlError(message::kIdentityWithoutInto), in.faulty().line);
+    if (into && in.accept("INTO")) *into = in.objectName();
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
     if (in.accept("GROUP BY")) {
@@ -292,15 +289,8 @@ SelectItem Parser::selectItem() {
         item.alias = alias(*this);
         takeToken();
     }
-    const Token& first = peek();
-    if (accept("IDENTITY (")) {
-        item.identity = NewIdentity{type(TypeUse::Declaration)};
-        if (accept(",")) item.identity->seed = seedOfIdentity();
-        expect(")");
-        item.value = std::make_unique<Expr>(Expr{first.line, Literal{}});
-    } else {
-        item.value = expression();
-    }
+    throwIfAt("IDENTITY (", "SELECT IDENTITY() INTO");
+    item.value = expression();
     if (item.alias.empty() && item.variable.empty()) item.alias = alias(*this);
     return item;
 }

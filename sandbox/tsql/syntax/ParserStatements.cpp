@@ -170,12 +170,6 @@ Statement::Node whileLoop(Parser& in) {
     return node;
 }
 
-Statement::Node jump(Parser& in) {
-    const int line = in.peek().line;
-    in.m_jumps.push_back({in.expectName(), line});
-    return Goto{in.labelNumber(in.m_jumps.back().label)};
-}
-
 // The caller has consumed BEGIN TRANSACTION. COMMIT and ROLLBACK may be followed by TRANSACTION, WORK or
 // nothing.
 template <TransactionVerb verb>
@@ -466,7 +460,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"WHILE", whileLoop},
     {"BREAK", [](Parser&) -> Statement::Node { return Break{}; }},
     {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
-    {"GOTO", jump},
+    {"GOTO", [](Parser& in) -> Statement::Node { return Goto{in.useOfLabel().number}; }},
     {"BEGIN TRANSACTION", transaction<TransactionVerb::Begin>},
     {"BEGIN TRAN", transaction<TransactionVerb::Begin>},
     {"COMMIT", transaction<TransactionVerb::Commit>},
@@ -519,50 +513,40 @@ Block Parser::batch() {
     }
     Block others = statements("");
     std::move(others.begin(), others.end(), std::back_inserter(first));
-    for (const auto& [label, line] : m_jumps)
-        throw SyntaxError(m_declaredLabels.contains(label) ? unsupported("GOTO into a block")
-                                                           : sqlError(message::kUnknownLabel, {label}),
-                          line);
+    for (const auto& [name, label] : m_labels)
+        if (!label.isDeclared) throw SyntaxError(sqlError(message::kUnknownLabel, {name}), label.line);
     return first;
 }
 
-int Parser::labelNumber(const std::string& name) {
-    return m_labels.try_emplace(name, static_cast<int>(m_labels.size()) + 1).first->second;
+Parser::LabelUse& Parser::useOfLabel() {
+    const int line = peek().line;
+    const int next = static_cast<int>(m_labels.size()) + 1;
+    return m_labels.try_emplace(expectName(), LabelUse{next, line}).first->second;
 }
 
 // name :
 StatementPtr Parser::label() {
-    const int line = peek().line;
-    const std::string name = expectName();
+    const Token& name = peek();
+    LabelUse& label = useOfLabel();
     expect(":");
-    if (!m_declaredLabels.insert(name).second)
-        throw SyntaxError(sqlError(message::kLabelExists, {name}), line);
-    return std::make_unique<Statement>(Statement{line, Label{labelNumber(name)}});
+    if (std::exchange(label.isDeclared, true))
+        throw SyntaxError(sqlError(message::kLabelExists, {unquoted(name)}), name.line);
+    return std::make_unique<Statement>(Statement{name.line, Label{label.number}});
 }
 
 // Parses statements up to `end`, which is consumed, or to the end of the text. THROW and WITH need a
 // semicolon before them: they could continue the previous statement.
 Block Parser::statements(std::string_view end) {
     Block statements;
-    const auto firstJump = std::ssize(m_jumps);
     for (;;) {
         while (accept(";")) continue;
-        if (end.empty() ? peek().kind == TokenKind::End : accept(end)) break;
+        if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
         const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
         if (open && at("THROW")) throwSyntaxError();
         if (open && at("WITH"))
             throw SyntaxError(sqlError(message::kMissingSemicolonBeforeWith), peek().line);
         statements.push_back(atName() && at(":", 1) ? label() : statement());
     }
-    // A label is reached from its block and the blocks within it.
-    const auto isHere = [&](const Jump& jump) {
-        return std::ranges::any_of(statements, [&](const StatementPtr& statement) {
-            const auto* label = std::get_if<Label>(&statement->node);
-            return label && label->number == m_labels.at(jump.label);
-        });
-    };
-    m_jumps.erase(std::remove_if(m_jumps.begin() + firstJump, m_jumps.end(), isHere), m_jumps.end());
-    return statements;
 }
 
 StatementPtr Parser::statement() {

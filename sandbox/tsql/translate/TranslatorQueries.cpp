@@ -184,8 +184,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
         if (const auto live = m_live.find(item.variable); live != m_live.end())
             live->second = coerce(typed, m_names.variableType(item.variable)).sql;
     }
-    if (item.identity) typed.type = item.identity->type;
-    Column column{item.alias, typed.type, typed.nullable && !item.identity, item.identity.has_value()};
+    Column column{item.alias, typed.type, typed.nullable, false};
     if (const auto* ref = std::get_if<ColumnRef>(&item.value->node)) {
         if (column.name.empty()) column.name = ref->path.back();
         const Source* source = nullptr;
@@ -344,7 +343,6 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     bool flat = left.compound && (left.collated || !distinct);
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
-        if (column.column.identity && column.nullLiteral) throw unsupported("IDENTITY() in a UNION");
         const Typed pieces[] = {
             {column.alias, column.column.type, column.nullLiteral},
             {right.columns[i].alias, right.columns[i].column.type, right.columns[i].nullLiteral}};

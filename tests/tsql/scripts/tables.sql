@@ -133,24 +133,3 @@ CREATE DATABASE newborn -->
 SELECT COUNT(*) FROM newborn.sys.tables --> - int? = 0 (1 rows)
 IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once --> Msg 2714, Level 16, State 1, Line 1: There is already an object named '#once' in the database.
 CREATE PROC makes_twice AS CREATE TABLE #once (a int) DROP TABLE #once CREATE TABLE #Once (b int) --> Msg 2714, Level 16, State 1, Line 1, Procedure makes_twice: There is already an object named '#Once' in the database.
-SELECT IDENTITY(int, 10, 1) AS id, name = v.n INTO Numbered FROM (VALUES ('b'), ('a'), (NULL)) v (n) ORDER BY v.n DESC
-SELECT * FROM Numbered
-INSERT Numbered VALUES ('c')
-SELECT SCOPE_IDENTITY(), IDENT_CURRENT('Numbered')
-SELECT no = IDENTITY(bigint), * INTO #n FROM (SELECT name FROM Numbered) q
-SELECT * FROM #n
---> (3 changed)
---> id int* | name varchar(1)? = 10 | b; 11 | a; 12 | NULL (3 rows) (1 changed)
---> - decimal(38,0)? = 13 | - decimal(38,0)? = 13 (1 rows) (4 changed)
---> no bigint* | name varchar(1)? = 1 | b; 2 | a; 3 | NULL; 4 | c (4 rows)
-SELECT IDENTITY(int, 1, 1) AS i, * INTO Twice FROM Numbered --> Msg 2744, Level 16, State 1, Line 1: Multiple identity columns specified for table 'Twice'. Only one identity column per table is allowed.
-SELECT IDENTITY(int, 1, 1) AS i, a.id INTO Joined FROM Numbered a JOIN Numbered b ON a.id = b.id
-SELECT * FROM Joined
---> (4 changed)
---> i int* | id int = 1 | 10; 2 | 11; 3 | 12; 4 | 13 (4 rows)
-SELECT IDENTITY(int, 1, 1) AS i FROM Numbered --> Msg 177, Level 15, State 1, Line 1: The IDENTITY function can only be used when the SELECT statement has an INTO clause.
-SELECT IDENTITY(int, 1, 2) AS i INTO Odd FROM Numbered --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an IDENTITY increment other than 1.
-SELECT IDENTITY(varchar(10), 1, 1) AS i INTO Odd FROM Numbered --> Msg 2749, Level 16, State 1, Line 1: Identity column 'i' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0, and constrained to be nonnullable.
-SELECT IDENTITY(int, 1, 1) AS i INTO Odd FROM Numbered UNION ALL SELECT 1 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support IDENTITY() in a UNION.
-DELETE Numbered OUTPUT IDENTITY(int, 1, 1) AS x --> Msg 177, Level 15, State 1, Line 1: The IDENTITY function can only be used when the SELECT statement has an INTO clause.
-MERGE Numbered t USING Joined s ON t.id = s.id WHEN MATCHED THEN DELETE OUTPUT $action; --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $action.
