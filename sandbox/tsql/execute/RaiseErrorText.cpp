@@ -110,7 +110,7 @@ class Formatter {
 }  // namespace
 
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
-    const std::string text = Formatter(format, arguments).run();
+    std::string text = Formatter(format, arguments).run();
     if (characterCount(text) <= kLongestMessage) return text;
     return std::string(characters(text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
 }
