@@ -42,9 +42,8 @@ ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type),
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
     {"$STATE",
-     "is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR "
-     "o.source GLOB "
-     "'WITH NOCHECK *'"},
+     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
+o.source GLOB 'WITH NOCHECK *')"},
     {"$TABLE", "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name"},
     {"$CONSTRAINT",
      "CONSTRAINT_CATALOG sysname = $d; CONSTRAINT_SCHEMA sysname = 'dbo'; CONSTRAINT_NAME sysname = n.name"},
