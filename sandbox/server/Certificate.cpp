@@ -39,11 +39,6 @@ bool isAddress(const std::string& name) {
     return inet_pton(AF_INET, name.c_str(), address) == 1 || inet_pton(AF_INET6, name.c_str(), address) == 1;
 }
 
-bool isValidFor(X509& certificate, const std::string& name) {
-    if (isAddress(name)) return X509_check_ip_asc(&certificate, name.c_str(), 0) == 1;
-    return X509_check_host(&certificate, name.c_str(), name.size(), 0, nullptr) == 1;
-}
-
 bool isKeyOf(X509& certificate, const std::filesystem::path& path) {
     const File file(std::fopen(path.c_str(), "re"));
     const Key key(file ? PEM_read_PrivateKey(file.get(), nullptr, nullptr, nullptr) : nullptr);
@@ -57,8 +52,10 @@ bool isUsable(const CertificateFiles& files, const std::vector<std::string>& nam
     std::time_t renewal = std::time(nullptr) + kRenewalPeriod;
     return certificate && isKeyOf(*certificate, files.key) &&
            X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
-           std::all_of(names.begin(), names.end(),
-                       [&](const std::string& name) { return isValidFor(*certificate, name); });
+           std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+               if (isAddress(name)) return X509_check_ip_asc(certificate.get(), name.c_str(), 0) == 1;
+               return X509_check_host(certificate.get(), name.c_str(), name.size(), 0, nullptr) == 1;
+           });
 }
 
 void addExtension(X509& certificate, int type, const std::string& value) {

@@ -68,11 +68,10 @@ void Response::finishLoginStep() {
 }
 
 void Response::textChange(EnvChange what, std::string_view to, std::string_view from) {
-    writeEnvChange(what, utf16FromUtf8(to), utf16FromUtf8(from), /*unitSize=*/2);
+    binaryChange(what, utf16FromUtf8(to), utf16FromUtf8(from), /*unitSize=*/2);
 }
 
-// unitSize: bytes counted as one in the length fields.
-void Response::writeEnvChange(EnvChange what, ByteView to, ByteView from, std::size_t unitSize) {
+void Response::binaryChange(EnvChange what, ByteView to, ByteView from, std::size_t unitSize) {
     beginToken(Token::EnvChange);
     const std::size_t place = m_out.openLength();
     m_out.u8(static_cast<std::uint8_t>(what));
@@ -81,10 +80,6 @@ void Response::writeEnvChange(EnvChange what, ByteView to, ByteView from, std::s
         m_out.bytes(value);
     }
     m_out.closeLength(place);
-}
-
-void Response::binaryChange(EnvChange what, ByteView to, ByteView from) {
-    writeEnvChange(what, to, from, /*unitSize=*/1);
 }
 
 void Response::databaseChanged(std::string_view from, std::string_view to) {

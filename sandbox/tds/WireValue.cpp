@@ -115,12 +115,6 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     }
 }
 
-DateTime requireInRange(const DateTime& value, const SqlType& type) {
-    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type))
-        throw ValueError("a date or time is out of range");
-    return value;
-}
-
 DateTime decodeDateTime(ByteReader in) {
     const std::size_t half = in.remaining() / 2;
     const bool isSmall = half == 2;  // unsigned days and minutes
@@ -187,11 +181,11 @@ Value decode(const WireType& type, ByteView data) {
             return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
         default:
             if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
-            return tsql::toStorage(
-                requireInRange(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type),
-                               type.type),
-                type.type);
     }
+    const DateTime value = type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type);
+    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type.type))
+        throw ValueError("a date or time is out of range");
+    return tsql::toStorage(value, type.type);
 }
 
 // Partially length-prefixed data (PLP) behind its total length: chunks up to an empty one,
