@@ -4,6 +4,7 @@
 
 #include <chrono>
 
+#include "BulkLoad.h"
 #include "Fuzz.h"
 #include "Login.h"
 #include "PacketChannel.h"
@@ -29,6 +30,11 @@ void allowRejection(Step step) {
     }
 }
 
+class DiscardingSink final : public tsql::ResultSink {
+    void message(const tsql::Message&) override {}
+    bool cancelled() override { return false; }
+};
+
 void readContent(tds::ByteView content) {
     allowRejection([&] { tds::parsePrelogin(content); });
     allowRejection([&] { tds::parseLogin(content); });
@@ -36,6 +42,9 @@ void readContent(tds::ByteView content) {
         tds::PreparedStatements statements;
         for (tsql::ProcedureCall& call : tds::parseRpc(content)) statements.plan(std::move(call));
     });
+    DiscardingSink sink;
+    for (const tds::Version version : {tds::Version::V71, tds::Version::V74})
+        allowRejection([&] { tds::sendBulkRows(content, version, sink); });
     tsql::utf16FromUtf8(tsql::utf8FromUtf16(content));
 }
 

@@ -25,17 +25,10 @@ constexpr long kValidity = 365 * kDay;
 constexpr long kRenewalPeriod = 30 * kDay;  // before the end of the validity
 constexpr long kClockTolerance = kDay;      // of clients whose clock is behind
 
-template <auto Free>
-struct Deleter {
-    template <typename T>
-    void operator()(T* object) const {
-        Free(object);
-    }
-};
-using Certificate = std::unique_ptr<X509, Deleter<&X509_free>>;
-using Key = std::unique_ptr<EVP_PKEY, Deleter<&EVP_PKEY_free>>;
-using Extension = std::unique_ptr<X509_EXTENSION, Deleter<&X509_EXTENSION_free>>;
-using File = std::unique_ptr<std::FILE, Deleter<&std::fclose>>;
+using Certificate = std::unique_ptr<X509, tds::Deleter<&X509_free>>;
+using Key = std::unique_ptr<EVP_PKEY, tds::Deleter<&EVP_PKEY_free>>;
+using Extension = std::unique_ptr<X509_EXTENSION, tds::Deleter<&X509_EXTENSION_free>>;
+using File = std::unique_ptr<std::FILE, tds::Deleter<&std::fclose>>;
 
 [[noreturn]] void throwTlsError(const std::string& what) {
     throw std::runtime_error(what + ": " + tds::takeTlsErrors());
@@ -44,11 +37,6 @@ using File = std::unique_ptr<std::FILE, Deleter<&std::fclose>>;
 bool isAddress(const std::string& name) {
     unsigned char address[sizeof(in6_addr)];
     return inet_pton(AF_INET, name.c_str(), address) == 1 || inet_pton(AF_INET6, name.c_str(), address) == 1;
-}
-
-bool isValidFor(X509& certificate, const std::string& name) {
-    if (isAddress(name)) return X509_check_ip_asc(&certificate, name.c_str(), 0) == 1;
-    return X509_check_host(&certificate, name.c_str(), name.size(), 0, nullptr) == 1;
 }
 
 bool isKeyOf(X509& certificate, const std::filesystem::path& path) {
@@ -64,8 +52,10 @@ bool isUsable(const CertificateFiles& files, const std::vector<std::string>& nam
     std::time_t renewal = std::time(nullptr) + kRenewalPeriod;
     return certificate && isKeyOf(*certificate, files.key) &&
            X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
-           std::all_of(names.begin(), names.end(),
-                       [&](const std::string& name) { return isValidFor(*certificate, name); });
+           std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+               if (isAddress(name)) return X509_check_ip_asc(certificate.get(), name.c_str(), 0) == 1;
+               return X509_check_host(certificate.get(), name.c_str(), name.size(), 0, nullptr) == 1;
+           });
 }
 
 void addExtension(X509& certificate, int type, const std::string& value) {
@@ -82,18 +72,14 @@ std::string alternativeNames(const std::vector<std::string>& names) {
     return text;
 }
 
-void setSerialNumber(X509& certificate) {
-    std::uint32_t serial = 0;
-    RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial);
-    ASN1_INTEGER_set_uint64(X509_get_serialNumber(&certificate), serial);
-}
-
 Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names) {
     Certificate certificate(X509_new());
     if (!certificate) throw std::bad_alloc();
     X509& x509 = *certificate;
     X509_set_version(&x509, X509_VERSION_3);
-    setSerialNumber(x509);
+    std::uint32_t serial = 0;
+    RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial);
+    ASN1_INTEGER_set_uint64(X509_get_serialNumber(&x509), serial);
     X509_gmtime_adj(X509_getm_notBefore(&x509), -kClockTolerance);
     X509_gmtime_adj(X509_getm_notAfter(&x509), kValidity);
     X509_NAME* const subject = X509_get_subject_name(&x509);
@@ -108,19 +94,13 @@ Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names
     return certificate;
 }
 
-// Opens a file for a replacement, which rename() then puts in place.
-File createFile(const std::filesystem::path& path, mode_t mode) {
-    ::unlink(path.c_str());
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
-    if (!file) throw std::runtime_error(path.string() + ": " + std::strerror(errno));
-    return file;
-}
-
 template <typename Write>
 void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
     const std::filesystem::path replacement = path.string() + ".new";
-    File file = createFile(replacement, mode);
+    ::unlink(replacement.c_str());
+    const int fd = ::open(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    const File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
+    if (!file) throw std::runtime_error(replacement.string() + ": " + std::strerror(errno));
     const bool isWritten = write(file.get()) == 1 && std::fflush(file.get()) == 0;
     if (!isWritten) throw std::runtime_error(replacement.string() + " cannot be written");
     std::filesystem::rename(replacement, path);

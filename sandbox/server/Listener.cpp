@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "SessionLimits.h"
+#include "functions/FunctionSession.h"
 
 namespace server {
 namespace {
@@ -77,16 +78,6 @@ tds::TlsContext openTls(const Options& options) {
     return loadTlsContext(options.tlsFiles, options.newestTls);
 }
 
-std::unique_ptr<tds::Keytab> openKeytab(const Options& options) {
-    return options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab);
-}
-
-std::string hostName() {
-    char name[256] = "localhost";
-    gethostname(name, sizeof name - 1);
-    return name;
-}
-
 // Reads from standard input, whose content is ignored. True at its end.
 bool inputEnded() {
     char block[256];
@@ -104,9 +95,9 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
     : m_options(options),
       m_engine(engine),
       m_tls(openTls(options)),
-      m_keytab(openKeytab(options)),
-      m_settings{credentials, hostName(),     options.encryption.value(),
-                 m_tls.get(), m_keytab.get(), std::chrono::seconds(options.loginSeconds)},
+      m_keytab(options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab)),
+      m_settings{credentials, tsql::hostName(), options.encryption.value(),
+                 m_tls.get(), m_keytab.get(),   std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(openSignals()) {
     if (m_signals.get() < 0) throwErrno("signalfd");

@@ -133,11 +133,6 @@ int closeCounted(sqlite3_file* file) {
     return forward<&sqlite3_io_methods::xClose>(file);
 }
 
-// Hints about the size would have SQLite's own file grow without a write.
-int ignoreControl(sqlite3_file* /*file*/, int /*operation*/, void* /*argument*/) {
-    return SQLITE_NOTFOUND;
-}
-
 sqlite3_io_methods countedMethods() {
     sqlite3_io_methods methods{};
     methods.iVersion = 1;  // without shared memory and mappings
@@ -150,7 +145,8 @@ sqlite3_io_methods countedMethods() {
     methods.xLock = forward<&sqlite3_io_methods::xLock>;
     methods.xUnlock = forward<&sqlite3_io_methods::xUnlock>;
     methods.xCheckReservedLock = forward<&sqlite3_io_methods::xCheckReservedLock>;
-    methods.xFileControl = ignoreControl;
+    // Hints about the size would have SQLite's own file grow without a write.
+    methods.xFileControl = [](sqlite3_file*, int, void*) { return SQLITE_NOTFOUND; };
     methods.xSectorSize = forward<&sqlite3_io_methods::xSectorSize>;
     methods.xDeviceCharacteristics = forward<&sqlite3_io_methods::xDeviceCharacteristics>;
     return methods;

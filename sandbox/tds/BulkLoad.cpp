@@ -36,6 +36,8 @@ void sendRow(ByteReader& in, const std::vector<WireType>& types, tsql::ResultSin
     std::vector<tsql::CellView> cells;
     try {
         for (const WireType& type : types) values.push_back(readCell(in, type));
+    } catch (const OddUnicode&) {
+        throw tsql::sqlError(tsql::message::kOddBulkUnicode, {std::to_string(values.size() + 1)});
     } catch (const ValueError& problem) {
         throw tsql::SqlError(tsql::message::kConversionError, problem.what());
     }

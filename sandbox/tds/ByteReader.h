@@ -12,8 +12,7 @@ using Bytes = std::string;
 using ByteView = std::string_view;
 
 // A message that violates the protocol. The connection is closed.
-class ProtocolError : public std::runtime_error {
-  public:
+struct ProtocolError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 #include "ByteReader.h"
 #include "types/Utf16.h"
@@ -28,10 +29,14 @@ class ByteWriter {
     void u32(std::uint64_t value) { number(value, 4); }
     void u64(std::uint64_t value) { number(value, 8); }
     void bytes(ByteView part) { m_data.append(part); }
+    void bytes(std::span<const std::byte> part) {
+        bytes({reinterpret_cast<const char*>(part.data()), part.size()});
+    }
     void bigEndian(std::uint64_t value, std::size_t width) {
         while (width-- > 0) u8(value >> (8 * width));
     }
     void utf16(std::string_view utf8) { appendUtf16(m_data, utf8); }
+    void codePage1252(std::string_view utf8) { tsql::appendCodePage1252(m_data, utf8); }
 
     // B_VARCHAR and US_VARCHAR, [MS-TDS] 2.2.5.1.2: UTF-16 behind a length in code units, of one and two
     // bytes. Longer strings are truncated.

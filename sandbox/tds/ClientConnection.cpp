@@ -39,15 +39,14 @@ ClientConnection::ClientConnection(int socket, int sessionId, tsql::Engine& engi
 void ClientConnection::run() noexcept {
     try {
         m_channel.setLoginDeadline(PacketChannel::Clock::now() + m_settings.loginLimit);
-        if (logIn()) serveRequests();
+        if (!logIn()) return;
+        while (serveRequest(m_channel.readRequest())) continue;
     } catch (const ConnectionClosed&) {
         // The normal end: clients leave without a message.
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d ended: %s\n", m_sessionId, problem.what());
     }
 }
-
-// ---- Login ----------------------------------------------------------------------------------------
 
 bool ClientConnection::logIn() {
     Login login = readLogin();
@@ -78,7 +77,7 @@ Login ClientConnection::readLogin() {
 Encryption ClientConnection::negotiateEncryption(ByteView request) {
     const Encryption encryption = negotiate(m_settings.encryption, parsePrelogin(request));
     Bytes reply = preloginReply(encryption.reply);
-    m_channel.sendEnd(reply);
+    m_channel.send(reply, PacketChannel::Extent::AllAndEnd);
     if (encryption.extent != Encryption::Extent::None) m_channel.startTls(*m_settings.tls);
     return encryption;
 }
@@ -142,12 +141,6 @@ void ClientConnection::acceptLogin(const Login& login) {
     m_response.finish();
     m_channel.setPacketSize(login.packetSize);
     m_channel.finishLogin();
-}
-
-// ---- Requests ---------------------------------------------------------------------------------------
-
-void ClientConnection::serveRequests() {
-    while (serveRequest(m_channel.readRequest())) continue;
 }
 
 // Returns false when the session has ended.
@@ -231,8 +224,6 @@ bool ClientConnection::reportErrors(Work work) {
         return false;
     }
 }
-
-// ---- Procedure calls ----------------------------------------------------------------------------------
 
 bool ClientConnection::runCalls(ByteView body) {
     for (tsql::ProcedureCall& call : parseRpc(body)) {

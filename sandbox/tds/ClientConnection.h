@@ -46,7 +46,6 @@ class ClientConnection {
     bool authenticate(Login& login);
     void acceptLogin(const Login& login);
     void refuseLogin(const Login& login, const tsql::SqlError& error);
-    void serveRequests();
     bool serveRequest(const Request& request);
     bool execute(const Request& request);
     void resetSession(Request::Reset reset);

@@ -19,11 +19,6 @@ Version negotiatedVersion(std::uint32_t requested) {
     throw ProtocolError("TDS versions before 7.1 are not supported");
 }
 
-std::size_t negotiatedPacketSize(std::uint32_t requested) {
-    return requested == 0 ? kDefaultPacketSize
-                          : std::clamp<std::size_t>(requested, kMinPacketSize, kMaxPacketSize);
-}
-
 // Reads the next pair of offset and length and returns the string they point to.
 ByteView readField(ByteReader& reader) {
     const std::size_t offset = reader.u16();
@@ -65,7 +60,8 @@ Login parseLogin(ByteView request) {
         throw ProtocolError("the length field of the login differs from the length of its message");
     Login login;
     login.version = negotiatedVersion(reader.u32());
-    login.packetSize = negotiatedPacketSize(reader.u32());
+    const std::size_t packetSize = reader.u32();
+    if (packetSize != 0) login.packetSize = std::clamp(packetSize, kMinPacketSize, kMaxPacketSize);
     reader.skip(13);  // client program version, process id, connection id, first option flags
     login.integrated = (reader.u8() & kIntegratedSecurity) != 0;
     reader.skip(10);  // type flags, third option flags, time zone, locale

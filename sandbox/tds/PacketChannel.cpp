@@ -144,7 +144,8 @@ void PacketChannel::startTls(SSL_CTX& context) {
         if (request.type != PacketType::Prelogin)
             throw ProtocolError("the client did not start TLS, which the server requires");
         const bool continues = m_tls->handshake(request.data);
-        sendHandshake();
+        Bytes reply = m_tls->takeOutput();
+        if (!reply.empty()) send(reply, Extent::AllAndEnd, PacketType::Prelogin);
         if (!continues) throw ProtocolError("the TLS handshake failed: " + m_tls->problem());
     }
     // In TLS 1.3 the client ends the handshake and may already have sent more.
@@ -152,27 +153,8 @@ void PacketChannel::startTls(SSL_CTX& context) {
     if (!received.empty()) appendInput(received);
 }
 
-void PacketChannel::sendHandshake() {
-    Bytes message = m_tls->takeOutput();
-    if (message.empty()) return;
-    send(message, Extent::AllAndEnd, PacketType::Prelogin);
-    m_nextPacket = 1;
-}
-
-void PacketChannel::sendFullPackets(Bytes& response) {
-    if (response.size() >= kSendBlock) send(response, Extent::FullPackets);
-}
-
-void PacketChannel::sendAll(Bytes& response) {
-    send(response, Extent::All);
-}
-
-void PacketChannel::sendEnd(Bytes& response) {
-    send(response, Extent::AllAndEnd);
-    m_nextPacket = 1;
-}
-
 void PacketChannel::send(Bytes& response, Extent extent, PacketType type) {
+    if (extent == Extent::FullPackets && response.size() < kSendBlock) return;
     const std::size_t room = m_packetSize - kHeaderSize;
     ByteWriter wire;
     wire.data().reserve(response.size() + (response.size() / room + 1) * kHeaderSize);
@@ -194,6 +176,7 @@ void PacketChannel::send(Bytes& response, Extent extent, PacketType type) {
         wire.u8(0);  // window, unused
         wire.bytes(part);
     }
+    if (extent == Extent::AllAndEnd) m_nextPacket = 1;
     const bool isEncrypted = m_tls && type != PacketType::Prelogin;
     if (isEncrypted) m_tls->encrypt(wire.data());
     writeSocket(isEncrypted ? m_tls->takeOutput() : wire.data());

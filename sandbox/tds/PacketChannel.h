@@ -12,8 +12,7 @@ namespace tds {
 
 // End of a connection without a protocol error: the client has left, did not log in in time, or the server
 // stops.
-class ConnectionClosed : public std::runtime_error {
-  public:
+struct ConnectionClosed : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
@@ -54,12 +53,13 @@ class PacketChannel {
     // ConnectionClosed or ProtocolError.
     bool attentionArrived();
 
-    // The three functions below remove what they send from `response` and throw ConnectionClosed.
-    // Sends full packets once there are enough of them for a system call.
-    void sendFullPackets(Bytes& response);
-    void sendAll(Bytes& response);
-    // Sends everything and marks the last packet as the end of the response.
-    void sendEnd(Bytes& response);
+    enum class Extent : std::uint8_t {
+        FullPackets,  // once there are enough of them for a system call
+        All,
+        AllAndEnd,  // marks the last packet as the end of the response
+    };
+    // Sends a part of the response and removes it. Throws ConnectionClosed.
+    void send(Bytes& response, Extent extent, PacketType type = PacketType::Response);
 
   private:
     struct Header {
@@ -67,14 +67,11 @@ class PacketChannel {
         std::uint8_t status;
         std::size_t length;
     };
-    enum class Extent : std::uint8_t { FullPackets, All, AllAndEnd };
     Header peekHeader() const;
     std::size_t maxMessageBytes(PacketType type) const;
     void fillBuffer(std::size_t bytes);
     bool receive(int flags);
     void waitForLoginData() const;
-    void send(Bytes& response, Extent extent, PacketType type = PacketType::Response);
-    void sendHandshake();
     void appendInput(ByteView received);
     void writeSocket(ByteView data) const;
     std::size_t buffered() const { return m_input.size() - m_inputPosition; }

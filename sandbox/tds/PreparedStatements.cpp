@@ -42,8 +42,10 @@ CallPlan PreparedStatements::plan(ProcedureCall call) {
     if (name == "sp_prepare") return planPrepare(std::move(call));
     if (name == "sp_prepexec") return planPrepareAndExecute(std::move(call));
     if (name == "sp_execute") return planExecute(std::move(call));
-    if (name == "sp_unprepare") return planUnprepare(call);
-    return {std::move(call)};
+    if (name != "sp_unprepare") return {std::move(call)};
+    requireArguments(call, kHandleArguments);
+    forget(call.arguments[0]);
+    return {};
 }
 
 CallPlan PreparedStatements::planPrepare(ProcedureCall call) {
@@ -74,12 +76,6 @@ CallPlan PreparedStatements::planExecute(ProcedureCall call) {
     plan.run = executeSqlCall(call.arguments[0], std::span(call.arguments).subspan(kHandleArguments));
     plan.ordinalShift = static_cast<int>(kHandleArguments) - kExecuteSqlArguments;
     return plan;
-}
-
-CallPlan PreparedStatements::planUnprepare(const ProcedureCall& call) {
-    requireArguments(call, kHandleArguments);
-    forget(call.arguments[0]);
-    return {};
 }
 
 // Stores the statement in `arguments` and returns its handle as an output value. The statement whose handle

@@ -32,7 +32,6 @@ class PreparedStatements {
     CallPlan planPrepare(tsql::ProcedureCall call);
     CallPlan planPrepareAndExecute(tsql::ProcedureCall call);
     CallPlan planExecute(tsql::ProcedureCall call);
-    CallPlan planUnprepare(const tsql::ProcedureCall& call);
     Argument prepare(Arguments& arguments);
     tsql::ProcedureCall executeSqlCall(const Argument& handle, std::span<Argument> values) const;
 

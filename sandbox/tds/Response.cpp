@@ -23,8 +23,6 @@ constexpr std::chrono::milliseconds kAttentionCheckInterval{2};
 
 }  // namespace
 
-// ---- Tokens -------------------------------------------------------------------------------------------
-
 // Writes the pending DONE first: now it is known that more follows.
 void Response::beginToken(Token token) {
     if (m_pendingDone) writePendingDone(kDoneMore);
@@ -55,7 +53,7 @@ void Response::message(const tsql::Message& message) {
     m_out.byteVarchar(message.procedure);
     m_out.number(static_cast<std::uint32_t>(message.line), m_version >= Version::V72 ? 4 : 2);
     m_out.closeLength(place);
-    m_channel.sendFullPackets(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::FullPackets);
 }
 
 void Response::sspi(ByteView token) {
@@ -66,15 +64,14 @@ void Response::sspi(ByteView token) {
 }
 
 void Response::finishLoginStep() {
-    m_channel.sendEnd(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
 }
 
 void Response::textChange(EnvChange what, std::string_view to, std::string_view from) {
-    writeEnvChange(what, utf16FromUtf8(to), utf16FromUtf8(from), /*unitSize=*/2);
+    binaryChange(what, utf16FromUtf8(to), utf16FromUtf8(from), /*unitSize=*/2);
 }
 
-// unitSize: bytes counted as one in the length fields.
-void Response::writeEnvChange(EnvChange what, ByteView to, ByteView from, std::size_t unitSize) {
+void Response::binaryChange(EnvChange what, ByteView to, ByteView from, std::size_t unitSize) {
     beginToken(Token::EnvChange);
     const std::size_t place = m_out.openLength();
     m_out.u8(static_cast<std::uint8_t>(what));
@@ -83,10 +80,6 @@ void Response::writeEnvChange(EnvChange what, ByteView to, ByteView from, std::s
         m_out.bytes(value);
     }
     m_out.closeLength(place);
-}
-
-void Response::binaryChange(EnvChange what, ByteView to, ByteView from) {
-    writeEnvChange(what, to, from, /*unitSize=*/1);
 }
 
 void Response::databaseChanged(std::string_view from, std::string_view to) {
@@ -138,7 +131,7 @@ void Response::row(std::span<const tsql::CellView> cells) {
         m_out.data().resize(start);
         throw;
     }
-    m_channel.sendFullPackets(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::FullPackets);
 }
 
 // Rows with NULLs are sent as NBCROW, which marks the NULLs in a bitmap, if the client supports it.
@@ -173,9 +166,6 @@ void Response::returnValue(int ordinal, std::string_view name, const tsql::SqlTy
     writeValue(m_out, sent, value);
 }
 
-// ---- Ends of statements, calls and responses
-// ----------------------------------------------------------------------------
-
 void Response::statementDone(std::int64_t rowCount, tsql::StatementKind kind) {
     setPendingDone({m_inCall ? Token::DoneInProc : Token::Done, errorFlag(), rowCount,
                     kCommands[static_cast<std::size_t>(kind)]});
@@ -199,7 +189,7 @@ void Response::writePendingDone(unsigned moreFlag) {
 
 void Response::flush() {
     if (m_pendingDone) writePendingDone(kDoneMore);
-    m_channel.sendAll(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::All);
 }
 
 // Must not throw: the engine may call it from inside SQLite, which exceptions cannot cross.
@@ -241,7 +231,7 @@ void Response::procedureEnded(std::optional<std::int32_t> status) {
 void Response::finish() {
     if (!m_pendingDone || m_statementFailed) setPendingDone({Token::Done, errorFlag()});
     writePendingDone(kDoneFinal);
-    m_channel.sendEnd(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
     m_inCall = m_callOfBatch = m_callFailed = m_clientGone = false;
     if (m_attention) acknowledgeAttention();
 }
@@ -255,7 +245,7 @@ void Response::acknowledgeAttention() {
     m_attention = false;
     setPendingDone({Token::Done, kDoneAttention});
     writePendingDone(kDoneFinal);
-    m_channel.sendEnd(m_out.data());
+    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
 }
 
 }  // namespace tds

@@ -39,7 +39,8 @@ class Response final : public tsql::ResultSink {
     // Sends the tokens so far without DONE, since the client answers them within its login.
     void finishLoginStep();
     void textChange(EnvChange what, std::string_view to, std::string_view from);
-    void binaryChange(EnvChange what, ByteView to = {}, ByteView from = {});
+    // unitSize: bytes counted as one in the length fields.
+    void binaryChange(EnvChange what, ByteView to = {}, ByteView from = {}, std::size_t unitSize = 1);
     void returnStatus(std::int32_t status);
     // ordinal: place of the parameter in the client's call, from 0.
     void returnValue(int ordinal, std::string_view name, const tsql::SqlType& type,
@@ -68,7 +69,6 @@ class Response final : public tsql::ResultSink {
     void beginToken(Token token);
     void setPendingDone(Done done);
     void writePendingDone(unsigned moreFlag);
-    void writeEnvChange(EnvChange what, ByteView to, ByteView from, std::size_t unitSize);
     void writeUserTypeAndFlags(unsigned flags);
     void writeCells(std::span<const tsql::CellView> cells);
     unsigned errorFlag() const { return m_statementFailed ? kDoneError : 0U; }

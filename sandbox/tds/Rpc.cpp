@@ -28,11 +28,6 @@ std::string procedureName(std::uint16_t number) {
     throw ProtocolError("unknown procedure number " + std::to_string(number));
 }
 
-// A byte that can only be a separator, since the name of a parameter has at most 128 characters.
-bool isNextCall(std::uint8_t first) {
-    return first == kNextCallSince72 || first == kNextCallBefore72;
-}
-
 // position: of the parameter in the call, from 1.
 ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, std::size_t position) {
     ProcedureCall::Argument parameter;
@@ -59,7 +54,8 @@ ProcedureCall parseCall(ByteReader& in) {
     in.skip(2);  // option flags
     while (!in.atEnd()) {
         const std::uint8_t first = in.u8();
-        if (isNextCall(first)) break;
+        // Not a length, since the name of a parameter has at most 128 characters.
+        if (first == kNextCallSince72 || first == kNextCallBefore72) break;
         call.arguments.push_back(parseParameter(in, first, call.arguments.size() + 1));
     }
     return call;

@@ -12,8 +12,7 @@
 namespace tds {
 
 // A keytab or a token that cannot be used. what() has the reason in GSSAPI's words.
-class SspiError : public std::runtime_error {
-  public:
+struct SspiError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 

@@ -45,14 +45,10 @@ bool TlsSession::decrypt(ByteView received, Bytes& plain) {
     char block[kRecordSize];
     std::size_t got = 0;
     while (SSL_read_ex(m_ssl.get(), block, sizeof block, &got) == 1) plain.append(block, got);
-    switch (SSL_get_error(m_ssl.get(), 0)) {
-        case SSL_ERROR_WANT_READ:
-            return true;
-        case SSL_ERROR_ZERO_RETURN:
-            return false;
-        default:
-            throw ProtocolError("TLS: " + takeTlsErrors());
-    }
+    const int end = SSL_get_error(m_ssl.get(), 0);
+    if (end != SSL_ERROR_WANT_READ && end != SSL_ERROR_ZERO_RETURN)
+        throw ProtocolError("TLS: " + takeTlsErrors());
+    return end == SSL_ERROR_WANT_READ;
 }
 
 void TlsSession::encrypt(ByteView plain) {

@@ -10,11 +10,15 @@
 
 namespace tds {
 
-struct TlsContextDeleter {
-    void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
+template <auto Free>
+struct Deleter {
+    template <typename T>
+    void operator()(T* object) const {
+        Free(object);
+    }
 };
 // Certificate, key and protocol versions for all connections of a server.
-using TlsContext = std::unique_ptr<SSL_CTX, TlsContextDeleter>;
+using TlsContext = std::unique_ptr<SSL_CTX, Deleter<&SSL_CTX_free>>;
 
 // Returns the oldest entry of OpenSSL's error queue as a string and empties the queue.
 std::string takeTlsErrors();
@@ -38,14 +42,8 @@ class TlsSession {
     // Returns the bytes to send and removes them.
     Bytes takeOutput();
 
-    // For example "TLSv1.3".
-    const char* protocol() const { return SSL_get_version(m_ssl.get()); }
-
   private:
-    struct Deleter {
-        void operator()(SSL* ssl) const { SSL_free(ssl); }
-    };
-    std::unique_ptr<SSL, Deleter> m_ssl;
+    std::unique_ptr<SSL, Deleter<&SSL_free>> m_ssl;
     BIO* m_received;  // owned by m_ssl, like m_output
     BIO* m_output;
     std::string m_problem;

@@ -21,27 +21,18 @@ std::string beginBatch(ByteReader& in) {
     return "BEGIN TRANSACTION" + readName(in);
 }
 
-std::string endBatch(const char* statement, ByteReader& in) {
-    const std::string batch = statement + readName(in);
-    return (in.u8() & kFlagBeginNext) != 0 ? batch + " " + beginBatch(in) : batch;
-}
-
 }  // namespace
 
 std::string transactionBatch(ByteView body) {
     ByteReader in(body);
-    switch (const std::uint16_t request = in.u16()) {
-        case kBegin:
-            return beginBatch(in);
-        case kCommit:
-            return endBatch("COMMIT TRANSACTION", in);
-        case kRollback:
-            return endBatch("ROLLBACK TRANSACTION", in);
-        case kSave:
-            return "SAVE TRANSACTION" + readName(in);
-        default:
-            throw tsql::unsupported("transaction manager request " + std::to_string(request));
-    }
+    const std::uint16_t request = in.u16();
+    if (request == kBegin) return beginBatch(in);
+    if (request == kSave) return "SAVE TRANSACTION" + readName(in);
+    if (request != kCommit && request != kRollback)
+        throw tsql::unsupported("transaction manager request " + std::to_string(request));
+    const std::string batch =
+        (request == kCommit ? "COMMIT TRANSACTION" : "ROLLBACK TRANSACTION") + readName(in);
+    return (in.u8() & kFlagBeginNext) != 0 ? batch + " " + beginBatch(in) : batch;
 }
 
 }  // namespace tds

@@ -33,12 +33,12 @@ constexpr WireForm kForms[] = {
     {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},  // GUID
     {0xEF, Framing::Short, 0, TypeId::NChar},             // NCHAR
     {0xE7, Framing::Short, 0, TypeId::NVarChar},          // NVARCHAR
-    {0xAF, Framing::Short, 0, TypeId::VarChar},           // BIGCHAR
+    {0xAF, Framing::Short, 0, TypeId::Char},              // BIGCHAR
     {0xA7, Framing::Short, 0, TypeId::VarChar},           // BIGVARCHAR
     {0xAD, Framing::Short, 0, TypeId::Binary},            // BIGBINARY
     {0xA5, Framing::Short, 0, TypeId::VarBinary},         // BIGVARBINARY
     {0x63, Framing::Long, 0, TypeId::NText},              // NTEXT
-    {0x23, Framing::Long, 0, TypeId::VarChar},            // TEXT
+    {0x23, Framing::Long, 0, TypeId::Text},               // TEXT
     {0x22, Framing::Long, 0, TypeId::Image},              // IMAGE
     {0xF1, Framing::Chunks, 0, TypeId::Xml},              // XML
     {0x1F, Framing::Fixed, 0, TypeId::Int},               // NULL, an untyped NULL
@@ -110,20 +110,16 @@ void readPrecision(ByteReader& in, SqlType& type) {
 
 }  // namespace
 
-std::size_t decimalSize(int precision) {
-    return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
-}
-
 WireType wireType(SqlType type, Version version) {
-    if (type.id == TypeId::Char) type.id = TypeId::NChar;
-    if (type.id == TypeId::VarChar) type.id = TypeId::NVarChar;
-    if (type.id == TypeId::Text) type.id = TypeId::NText;
     if (version < Version::V73A && (type.id == TypeId::Date || hasScaledTime(type.id)))
         type = tsql::nvarcharType(type.id == TypeId::Date   ? kDateCharacters
                                   : type.id == TypeId::Time ? kTimeCharacters
                                                             : kDateTime2Characters);
     if (version < Version::V72 && (type.length == SqlType::kMax || type.id == TypeId::Xml))
-        type = {tsql::isBinary(type.id) ? TypeId::Image : TypeId::NText, SqlType::kMax, 0, 0};
+        type = {tsql::isBinary(type.id)     ? TypeId::Image
+                : tsql::isNational(type.id) ? TypeId::NText
+                                            : TypeId::Text,
+                SqlType::kMax, 0, 0};
     for (WireForm form : kForms) {
         if (form.type != type.id) continue;
         if (form.framing == Framing::Short && type.length == SqlType::kMax) form.framing = Framing::Chunks;
@@ -142,7 +138,7 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
     if (type.form.size > 0) return out.u8(type.form.size);
     if (id == TypeId::Xml) return out.u8(0);  // has no schema
     if (id == TypeId::Decimal) {
-        out.u8(decimalSize(type.type.precision));
+        out.u8(sizeOf(type.type));
         out.u8(type.type.precision);
     }
     if (id == TypeId::Decimal || hasScaledTime(id)) return out.u8(type.type.scale);
@@ -152,7 +148,9 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
     if (type.form.framing == Framing::Long)
         out.u32(kLongLength);
     else
-        out.u16(type.form.framing == Framing::Chunks ? kMaxLengthMark : tsql::isText(id) ? 2 * units : units);
+        out.u16(type.form.framing == Framing::Chunks ? kMaxLengthMark
+                : tsql::isNational(id)               ? 2 * units
+                                                     : units);
     if (tsql::isText(id)) out.bytes(kCollation);
 }
 

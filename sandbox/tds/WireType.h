@@ -1,7 +1,4 @@
 // Types on the wire: [MS-TDS] 2.2.5.4 (data types), 2.2.5.6 (TYPE_INFO).
-//
-// All character data is sent in the Unicode types. Their lengths count UTF-16 code units, so that no client
-// truncates a string whose UTF-8 form is longer.
 #pragma once
 
 #include "ByteWriter.h"
@@ -14,9 +11,11 @@ namespace tds {
 inline constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 
 // A value that its type cannot hold. what() gives the reason.
-class ValueError : public std::runtime_error {
-  public:
+struct ValueError : std::runtime_error {
     using std::runtime_error::runtime_error;
+};
+struct OddUnicode final : ValueError {
+    OddUnicode() : ValueError("Unicode data has an odd number of bytes") {}
 };
 
 // How the length of a value is encoded.
@@ -42,8 +41,10 @@ struct WireType {
     bool utf8 = false;  // char data in UTF-8 instead of code page 1252
 };
 
-// Size in bytes of a decimal value, its sign included.
-std::size_t decimalSize(int precision);
+// Size in bytes of a value of a decimal, date or time type.
+inline std::size_t sizeOf(const tsql::SqlType& type) {
+    return static_cast<std::size_t>(tsql::maxLength(type));
+}
 // Returns the wire type for `type`. Types that the client's version lacks are replaced. Throws ValueError for
 // a type that has no wire form.
 WireType wireType(tsql::SqlType type, Version version);

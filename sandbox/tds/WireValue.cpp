@@ -18,14 +18,14 @@ using tsql::Value;
 
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
+constexpr std::size_t kDateSize = 3;
 constexpr std::size_t kChunkedTotalWidth = 8, kChunkWidth = 4;  // length fields of PLP
 
 constexpr std::int64_t kUnitsPerSecond = 300;  // of a datetime
 constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
 constexpr int kTickDigits = 7;  // decimal digits of a second in DateTime::ticks
 
-// Order of a uniqueidentifier's bytes on the wire. Its first three groups are little-endian numbers.
-constexpr std::size_t kGuidOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+const SqlType kGuidBytes{TypeId::Binary, 16, 0, 0};  // form of a uniqueidentifier on the wire
 
 // Width in bytes of a value's length field.
 std::size_t lengthWidth(Framing framing) {
@@ -38,15 +38,9 @@ std::uint64_t nullLength(std::size_t width) {
     return width <= 1 ? 0 : ~std::uint64_t{0} >> (64 - 8 * width);
 }
 
-std::size_t timeSize(int scale) {
-    return scale <= 2 ? 3 : scale <= 4 ? 4 : 5;
-}
-
 [[noreturn]] void throwOutOfRange(const char* what) {
     throw ValueError(std::string(what) + " is out of range for its column");
 }
-
-// ---- Values to clients ------------------------------------------------------------------------
 
 template <typename T>
 const T& storedAs(const CellView& value) {
@@ -70,17 +64,9 @@ void encodeDecimal(ByteWriter& out, const CellView& value, const SqlType& type) 
     const Int128 number = tsql::exactOf(value), magnitude = number < 0 ? -number : number;
     if (!tsql::fits(number, type)) throwOutOfRange("a decimal number");
     out.u8(number < 0 ? 0 : 1);
-    const std::size_t size = decimalSize(type.precision) - 1, low = std::min<std::size_t>(size, 8);
+    const std::size_t size = sizeOf(type) - 1, low = std::min<std::size_t>(size, 8);
     out.number(static_cast<std::uint64_t>(magnitude), low);
     out.number(static_cast<std::uint64_t>(magnitude >> 64), size - low);
-}
-
-void encodeGuid(ByteWriter& out, Bytes text) {
-    std::erase(text, '-');
-    const auto inOrder = tsql::parseHex(text);
-    if (!inOrder || inOrder->size() != std::size(kGuidOrder))
-        throw ValueError("a value is not a valid uniqueidentifier");
-    for (const std::size_t i : kGuidOrder) out.u8(std::to_integer<std::uint8_t>((*inOrder)[i]));
 }
 
 void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
@@ -95,10 +81,10 @@ void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
 }
 
 void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
-    if (type.id != TypeId::Date)
-        out.number(static_cast<std::uint64_t>(value.ticks / tsql::powerOfTen(kTickDigits - type.scale)),
-                   timeSize(type.scale));
-    if (type.id != TypeId::Time) out.number(static_cast<std::uint64_t>(value.days), 3);
+    const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
+    const std::int64_t time = value.ticks / tsql::powerOfTen(kTickDigits - type.scale);
+    out.number(static_cast<std::uint64_t>(time), sizeOf(type) - dateBytes);
+    out.number(static_cast<std::uint64_t>(value.days), dateBytes);
 }
 
 void encode(ByteWriter& out, const WireType& type, const CellView& value) {
@@ -117,24 +103,16 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     } else if (id == TypeId::Float) {
         out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
     } else if (id == TypeId::UniqueIdentifier) {
-        encodeGuid(out, Bytes(storedAs<std::string_view>(value)));
+        out.bytes(std::get<tsql::Bytes>(tsql::convertValue(value, type.type, kGuidBytes)));
     } else if (tsql::isBinary(id)) {
-        const auto blob = storedAs<tsql::Blob>(value);
-        out.bytes({reinterpret_cast<const char*>(blob.data()), blob.size()});
+        out.bytes(storedAs<tsql::Blob>(value));
     } else if (tsql::isText(id)) {
-        out.utf16(storedAs<std::string_view>(value));
+        tsql::isNational(id) ? out.utf16(storedAs<std::string_view>(value))
+                             : out.codePage1252(storedAs<std::string_view>(value));
     } else {
         const DateTime moment = tsql::fromStorage(storedAs<std::string_view>(value));
         size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
     }
-}
-
-// ---- Values from clients ------------------------------------------------------------------------
-
-DateTime requireInRange(const DateTime& value, const SqlType& type) {
-    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type))
-        throw ValueError("a date or time is out of range");
-    return value;
 }
 
 DateTime decodeDateTime(ByteReader in) {
@@ -147,19 +125,15 @@ DateTime decodeDateTime(ByteReader in) {
 }
 
 DateTime decodeScaled(ByteReader in, const SqlType& type) {
-    const std::size_t timeBytes = type.id == TypeId::Date ? 0 : timeSize(type.scale);
-    const std::size_t dateBytes = type.id == TypeId::Time ? 0 : 3;
-    if (in.remaining() != timeBytes + dateBytes)
-        throw ProtocolError("invalid length of a date or time parameter");
-    DateTime value;
-    value.ticks =
-        static_cast<std::int64_t>(in.number(timeBytes)) * tsql::powerOfTen(kTickDigits - type.scale);
-    if (dateBytes > 0) value.days = static_cast<std::int64_t>(in.number(dateBytes));
-    return value;
+    if (in.remaining() != sizeOf(type)) throw ProtocolError("invalid length of a date or time parameter");
+    const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
+    const auto time = static_cast<std::int64_t>(in.number(in.remaining() - dateBytes));
+    return {static_cast<std::int64_t>(in.number(dateBytes)),
+            time * tsql::powerOfTen(kTickDigits - type.scale)};
 }
 
 Value decodeDecimal(ByteReader in, const SqlType& type) {
-    if (in.remaining() > decimalSize(tsql::kMostDigits))
+    if (in.remaining() > sizeOf(tsql::decimalType(tsql::kMostDigits, 0)))
         throw ProtocolError("invalid length of a decimal parameter");
     const bool negative = in.u8() == 0;
     const std::uint64_t low = in.number(std::min<std::size_t>(in.remaining(), 8));
@@ -175,15 +149,8 @@ Value decodeFloat(double value) {
     return value;
 }
 
-std::string decodeGuid(ByteView bytes) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string text;
-    for (const std::size_t i : kGuidOrder) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        text += {kDigits[byte >> 4], kDigits[byte & 0x0F]};
-        if (text.size() == 8 || text.size() == 13 || text.size() == 18 || text.size() == 23) text += '-';
-    }
-    return text;
+tsql::Blob blobOf(ByteView data) {
+    return {reinterpret_cast<const std::byte*>(data.data()), data.size()};
 }
 
 Value decode(const WireType& type, ByteView data) {
@@ -204,21 +171,21 @@ Value decode(const WireType& type, ByteView data) {
         case TypeId::Float:
             return decodeFloat(std::bit_cast<double>(in.number(8)));
         case TypeId::UniqueIdentifier:
-            return decodeGuid(data);
+            return tsql::convertValue(blobOf(data), kGuidBytes, type.type);
         case TypeId::VarBinary:
-            return tsql::Bytes(reinterpret_cast<const std::byte*>(data.data()), data.size());
+            return tsql::Bytes(blobOf(data));
         case TypeId::NVarChar:
-            if (data.size() % 2 != 0) throw ValueError("Unicode data has an odd number of bytes");
+            if (data.size() % 2 != 0) throw OddUnicode();
             return utf8FromUtf16(data);
         case TypeId::VarChar:
             return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
         default:
             if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
-            return tsql::toStorage(
-                requireInRange(type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type),
-                               type.type),
-                type.type);
     }
+    const DateTime value = type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type);
+    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type.type))
+        throw ValueError("a date or time is out of range");
+    return tsql::toStorage(value, type.type);
 }
 
 // Partially length-prefixed data (PLP) behind its total length: chunks up to an empty one,

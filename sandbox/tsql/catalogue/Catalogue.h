@@ -56,9 +56,9 @@ struct ObjectInfo {
     std::int64_t parent = 0;  // table of a constraint or index
     std::string stored = {};  // name of a table in SQLite; key() of a foreign key's table; filter of an index
     std::vector<std::string> columns = {};  // of a constraint or index
-    std::string source = {};                // text of a module; Constraint::source; kUniqueIndex
-    std::string table = {};                 // key() of the parent
-    std::int64_t seed = 1;                  // of a table's identity
+    std::string source = {};  // text of a module; state and source of a constraint; kUniqueIndex
+    std::string table = {};   // key() of the parent
+    std::int64_t seed = 1;    // of a table's identity
     std::string schemaName{kDefaultSchema};
 
     std::string key() const { return storedName(schemaName, name); }  // its name in the catalogue
@@ -70,6 +70,11 @@ struct SchemaInfo {
     bool isOfSystem = false;  // sys, INFORMATION_SCHEMA: without objects of users
 };
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
+// States of a constraint in front of its source: not enforced; enforced, but not checked for the older rows.
+inline constexpr std::string_view kDisabled = "NOCHECK ", kUntrusted = "WITH NOCHECK ";
+inline bool isDisabled(const ObjectInfo& constraint) {
+    return constraint.source.starts_with(kDisabled);
+}
 inline bool isUniqueKey(const ObjectInfo& key) {
     return key.type == objectType::kPrimaryKey || key.type == objectType::kUnique ||
            key.source == kUniqueIndex;

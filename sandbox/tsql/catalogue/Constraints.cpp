@@ -98,7 +98,7 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
 // table.
 SqlError BrokenConstraint::brokenReference() const {
     for (const auto& key : m_catalogue.keysOf(m_change.target.id)) {
-        if (m_change.newRows.empty() || key.type != objectType::kForeignKey) continue;
+        if (m_change.newRows.empty() || key.type != objectType::kForeignKey || isDisabled(key)) continue;
         const std::string broken = "WITH " + m_change.newRows + " SELECT 1 FROM incoming WHERE " +
                                    orphans(m_catalogue, m_change.target, key, "incoming") + " LIMIT 1";
         if (m_connection.number(broken, m_change.values))
@@ -116,7 +116,9 @@ SqlError BrokenConstraint::brokenReference() const {
 // Whether rows reference the changed table through `key` and prevent the change. NULL references nothing.
 bool BrokenConstraint::isReferred(const ObjectInfo& key) const {
     const std::string own = "(" + quotedNames(key.columns) + ")";
-    return !parseConstraint(key.source).cascade &&
+    const ast::Constraint constraint = parseConstraint(key.source);
+    const std::string& action = m_change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
+    return action == ast::kNoAction && !isDisabled(key) &&
            anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
 }
 

@@ -14,7 +14,7 @@ namespace {
 //   sessions $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID(name)  number of the schema of the object with that stored name
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
-//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
+//   $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -43,6 +43,9 @@ ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
+    {"$STATE",
+     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
+o.source GLOB 'WITH NOCHECK *')"},
     {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
     {"$TABLE",
      "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = ts_schema_of(o.name); TABLE_NAME sysname = "
@@ -93,15 +96,17 @@ o.type END)",
     {"sys", "views", "$OBJECT", "$o o WHERE o.type = 'V'"},
     {"sys", "procedures", "$OBJECT", "$o o WHERE o.type = 'P'"},
     {"sys", "key_constraints", "$OBJECT", "$o o WHERE o.type IN ('PK', 'UQ')"},
-    {"sys", "check_constraints", "$OBJECT; definition nvarchar(max) = substr(o.source, instr(o.source, '('))",
+    {"sys", "check_constraints",
+     "$OBJECT; $STATE; definition nvarchar(max) = substr(o.source, instr(o.source, '('))",
      "$o o WHERE o.type = 'C'"},
     {"sys", "default_constraints",
      "$OBJECT; parent_column_id int = c.ordinal; definition nvarchar(max) = '(' || c.fallback || ')'",
      "$o o JOIN $c c ON c.object = o.parent AND c.name = o.keys WHERE o.type = 'D'"},
     {"sys", "foreign_keys",
-     R"($OBJECT; referenced_object_id int = r.id; is_disabled bit = 0; delete_referential_action tinyint =
-ts_cascades(o.source); delete_referential_action_desc nvarchar(60) = iif(ts_cascades(o.source), 'CASCADE', 'NO_ACTION');
-update_referential_action tinyint = 0; update_referential_action_desc nvarchar(60) = 'NO_ACTION')",
+     R"($OBJECT; referenced_object_id int = r.id; $STATE; delete_referential_action tinyint = instr('CS',
+substr(ts_on_delete(o.source), 1, 1)); delete_referential_action_desc nvarchar(60) = replace(ts_on_delete(o.source),
+' ', '_'); update_referential_action tinyint = instr('CS', substr(ts_on_update(o.source), 1, 1));
+update_referential_action_desc nvarchar(60) = replace(ts_on_update(o.source), ' ', '_'))",
      "$o o JOIN $o r ON r.name = o.stored AND r.type = 'U' WHERE o.type = 'F'"},
     {"sys", "foreign_key_columns",
      R"(constraint_object_id int = o.id; constraint_column_id int = k.key + 1; parent_object_id int = o.parent;
@@ -188,7 +193,7 @@ varchar(2) = 'NO')",
      R"($CONSTRAINT; UNIQUE_CONSTRAINT_CATALOG sysname = $d; UNIQUE_CONSTRAINT_SCHEMA sysname =
 ts_schema_of(r.name); UNIQUE_CONSTRAINT_NAME sysname = (SELECT ts_bare_name(u.name) FROM $o u WHERE u.parent = r.id AND u.type IN ('PK', 'UQ', 'IX') AND
 u.keys = $REFERENCED(n.source) COLLATE ts_ci LIMIT 1); MATCH_OPTION varchar(7) = 'SIMPLE'; UPDATE_RULE varchar(11)
-= 'NO ACTION'; DELETE_RULE varchar(11) = iif(ts_cascades(n.source), 'CASCADE', 'NO ACTION'))",
+= ts_on_update(n.source); DELETE_RULE varchar(11) = ts_on_delete(n.source))",
      "$o n JOIN $o r ON r.name = n.stored AND r.type = 'U' WHERE n.type = 'F'"},
     {"INFORMATION_SCHEMA", "TABLES",
      "$TABLE; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",

@@ -140,8 +140,15 @@ bool Executor::insertBulk(const RowSource& sendRows, ResultSink& sink) {
 }
 
 Flow Executor::runBlock(const Block& block) {
-    for (const auto& statement : block)
-        if (const Flow flow = runStatement(*statement); flow != Flow::Next) return flow;
+    for (auto next = block.begin(); next != block.end();) {
+        const Flow flow = runStatement(**next++);
+        if (flow == Flow::Next) continue;
+        next = std::ranges::find_if(block, [flow](const StatementPtr& statement) {
+            const auto* label = std::get_if<Label>(&statement->node);
+            return label && flowTo(label->number) == flow;
+        });
+        if (next == block.end()) return flow;
+    }
     return Flow::Next;
 }
 
@@ -389,7 +396,7 @@ Flow Executor::run(const While& node) {
     while (holds(*node.condition)) {
         const Flow flow = runStatement(*node.body);
         if (flow == Flow::Break) break;
-        if (flow == Flow::Return) return flow;
+        if (flow >= Flow::Return) return flow;
         if (isCancelled()) throw BatchEnd{};
         m_line = line;
         m_functions.beginStatement();

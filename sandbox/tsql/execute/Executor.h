@@ -29,7 +29,8 @@
 
 namespace tsql {
 
-enum class Flow { Next, Break, Continue, Return };
+// FirstLabel + n: GOTO the label of number n.
+enum class Flow { Next, Break, Continue, Return, FirstLabel };
 
 template <typename Node, typename... Others>
 inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
@@ -118,6 +119,7 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow runBlock(const ast::Block& block);
     Flow runStatement(const ast::Statement& statement);
     Flow guarded(int line, const std::function<Flow()>& work);
+    static Flow flowTo(int label) { return static_cast<Flow>(static_cast<int>(Flow::FirstLabel) + label); }
     bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
     static bool isAlone(const ast::Block& block);
     void check(const ast::Block& block);
@@ -131,6 +133,8 @@ class Executor final : public NameResolver, public FunctionSession {
     Flow run(const ast::While& node);
     Flow run(const ast::Break&) { return Flow::Break; }
     Flow run(const ast::Continue&) { return Flow::Continue; }
+    Flow run(const ast::Label&) { return Flow::Next; }
+    Flow run(const ast::Goto& node) { return flowTo(node.label); }
     Flow run(const ast::Return& node);
     Flow run(const ast::Compound& node) { return runBlock(node.statements); }
     Flow run(const ast::TryCatch& node);
@@ -184,7 +188,6 @@ class Executor final : public NameResolver, public FunctionSession {
                            Translator& translator);
     void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<SqlType>& types,
                    std::vector<Value> cells);
-    void insertAll(const TableInfo& target, const std::function<std::int64_t()>& work);
     void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                           const Translator& translator, const std::optional<ast::Output>& output);
@@ -193,7 +196,9 @@ class Executor final : public NameResolver, public FunctionSession {
                        const std::optional<ast::Output>& output);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
-    void rememberIdentity(const TableInfo& target, std::int64_t rows);
+    void insertTogether(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
+    void withIdentities(const TableInfo& target, const std::function<void()>& insert);
+    void rememberIdentity(const TableInfo& target);
     void loseIdentity(const TableInfo& target);
     void skipIdentities();
 
@@ -219,6 +224,7 @@ class Executor final : public NameResolver, public FunctionSession {
     void dropIndex(const ast::AlterIndex& index, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
+    void switchConstraints(Catalogue& catalogue, const TableInfo& table, const ast::AlterTable& alter);
     void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
     void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,

@@ -44,6 +44,18 @@ std::string nullsOf(const TableInfo& table, const ObjectInfo& index) {
     return condition.empty() ? "" : list + ") WHERE (" + condition + ")";
 }
 
+// Whether the constraint is a condition of rows, which can be disabled.
+bool isCondition(const ObjectInfo& key) {
+    return key.type == objectType::kCheck || key.type == objectType::kForeignKey;
+}
+
+void setState(Catalogue& catalogue, ObjectInfo& constraint, std::string_view state) {
+    for (const auto old : {kDisabled, kUntrusted})
+        if (constraint.source.starts_with(old)) constraint.source.erase(0, old.size());
+    constraint.source.insert(0, state);
+    catalogue.save(constraint);
+}
+
 const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name, bool isIndex) {
     const auto found = std::ranges::find_if(keys, [&](const ObjectInfo& key) {
         return (key.type == objectType::kIndex) == isIndex && sameText(key.name, name);
@@ -222,6 +234,8 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
         if (!column && constraint.kind == ConstraintKind::ForeignKey)
             throw sqlError(message::kReferencingColumnUnknown, {key.name, name, table.name});
         if (!column) throw sqlError(message::kUnknownIndexColumn, {name});
+        if (!column->nullable && (constraint.onDelete == "SET NULL" || constraint.onUpdate == "SET NULL"))
+            throw sqlError(message::kSetNullOnNotNullable, {key.name});
         if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
             throw sqlError(message::kPrimaryKeyOnNullable, {table.name});
         if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique)
@@ -261,14 +275,16 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
     std::string body = commaList(table.columns, columnText);
     for (const auto& key : catalogue.keysOf(table.id)) {
+        if (isDisabled(key)) continue;
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
         if (key.type == objectType::kCheck)
             body += name + " CHECK (" +
                     Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")";
         if (key.type != objectType::kForeignKey) continue;
+        const Constraint constraint = parseConstraint(key.source);
         body += name + " FOREIGN KEY (" + quotedNames(key.columns) + ") REFERENCES " +
-                quotedName(key.stored) + " (" + quotedNames(referencedColumns(catalogue, key)) + ")" +
-                (parseConstraint(key.source).cascade ? " ON DELETE CASCADE" : "");
+                quotedName(key.stored) + " (" + quotedNames(referencedColumns(catalogue, key)) +
+                ") ON DELETE " + constraint.onDelete + " ON UPDATE " + constraint.onUpdate;
     }
     return body;
 }
@@ -318,15 +334,36 @@ void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
     m_connection.run("PRAGMA writable_schema = RESET");
 }
 
+// Checks the existing rows against a condition.
 void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key) {
     const bool isCheck = key.type == objectType::kCheck;
-    if (!isCheck && key.type != objectType::kForeignKey) return;
     const std::string broken =
         isCheck ? "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")"
                 : orphans(catalogue, table, key, quotedName(table.stored));
     if (!anyRow(m_connection, table, broken)) return;
     constexpr std::string_view kVerb = "ALTER TABLE";
     throw isCheck ? conflict(kVerb, "CHECK", table, key) : foreignKeyConflict(kVerb, catalogue, key);
+}
+
+// ALTER TABLE ... CHECK or NOCHECK CONSTRAINT
+void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter) {
+    auto keys = catalogue.keysOf(table.id);
+    failingAs(sqlError(message::kConstraintNotSwitched), [&] {
+        for (const auto& name : alter.switched) {
+            const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
+            if (!key) throw sqlError(message::kSwitchedConstraintNotFound, {name});
+            if (!isCondition(*key)) throw sqlError(message::kConstraintNotSwitchable, {name});
+        }
+    });
+    for (auto& key : keys) {
+        const auto isNamed = [&](const std::string& name) { return sameText(name, key.name); };
+        const bool isMeant = alter.switched.empty() || std::ranges::any_of(alter.switched, isNamed);
+        if (!isMeant || !isCondition(key)) continue;
+        const bool checks = *alter.enables && alter.checksRows.value_or(false);
+        if (checks) checkRows(catalogue, table, key);
+        if (checks || !*alter.enables || isDisabled(key))
+            setState(catalogue, key, checks ? "" : *alter.enables ? kUntrusted : kDisabled);
+    }
 }
 
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
@@ -418,12 +455,16 @@ Flow Executor::run(const AlterTable& alter) {
     TableInfo target = table(alter.added.table, message::kAlteredTableNotFound);
     define(alter.added.table, [&](Catalogue& owner) {
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
-        for (const auto& key : noteConstraints(owner, target, alter.added)) {
-            checkRows(owner, target, key);
+        for (auto& key : noteConstraints(owner, target, alter.added)) {
+            if (isCondition(key) && alter.checksRows.value_or(true))
+                checkRows(owner, target, key);
+            else if (isCondition(key))
+                setState(owner, key, kUntrusted);
             failingAs(sqlError(message::kConstraintNotCreated), [&] {
                 if (needsIndex(key, target)) makeIndex(target, key, quotedNames(key.columns));
             });
         }
+        if (alter.enables) switchConstraints(owner, target, alter);
         for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
         target.columns = owner.columns(target.id);
         if (alter.altered)

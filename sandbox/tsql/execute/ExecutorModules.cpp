@@ -131,7 +131,7 @@ void Executor::runFrame(const Block& body, Frame& frame) {
     inFrame(frame, [&] {
         const bool isModule = !frame.procedure.empty();
         if (!isModule && !m_settings.parseOnly && (!isAlone(body) || m_settings.checkOnly)) check(body);
-        runBlock(body);
+        if (runBlock(body) >= Flow::FirstLabel) fail(unsupported("GOTO into a block"), m_line);
     });
 }
 

@@ -218,8 +218,7 @@ Flow Executor::run(const Insert& insert) {
     const TableInfo target = table(insert.table);
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     Translator translator(*this);
-    sqlite3_set_last_insert_rowid(m_connection.handle(), 0);
-    try {
+    withIdentities(target, [&] {
         if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
         if (insert.execute)
             inTransaction([&] {
@@ -228,12 +227,7 @@ Flow Executor::run(const Insert& insert) {
         else
             changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator), translator,
                              insert.output);
-    } catch (const SqliteFailure& failure) {
-        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
-        throw;
-    }
-    rememberIdentity(target, m_rowCount);
-    done(m_rowCount, StatementKind::Insert);
+    });
     return Flow::Next;
 }
 
@@ -267,18 +261,45 @@ Flow Executor::run(const InsertBulk& bulk) {
         insertRow(target, given, types, std::move(values));
         ++rows;
     };
-    insertAll(target, [&] {
-        divert(insertOne, [&] { bulk.sendRows(*m_sink); });
-        return rows;
+    withIdentities(target, [&] {
+        insertTogether(target, [&] {
+            divert(insertOne, [&] { bulk.sendRows(*m_sink); });
+            return rows;
+        });
     });
-    rememberIdentity(target, m_rowCount);
-    done(m_rowCount, StatementKind::Insert);
     return Flow::Next;
 }
 
-void Executor::rememberIdentity(const TableInfo& target, std::int64_t rows) {
+// Inserts the rows that `insertRows` counts: all or none.
+void Executor::insertTogether(const TableInfo& target, const std::function<std::int64_t()>& insertRows) {
+    m_change.verb = "INSERT";
+    m_change.target = target;
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    const std::int64_t rows = insertRows();
+    atomic.commit();
+    m_rowCount = rows;
+    m_error = 0;
+    m_change.verb.clear();
+}
+
+// Runs an insert and records the identities that it used.
+void Executor::withIdentities(const TableInfo& target, const std::function<void()>& insert) {
+    sqlite3_set_last_insert_rowid(m_connection.handle(), 0);
+    try {
+        insert();
+    } catch (const SqliteFailure& failure) {
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
+        throw;
+    }
+    rememberIdentity(target);
+    done(m_rowCount, StatementKind::Insert);
+}
+
+void Executor::rememberIdentity(const TableInfo& target) {
     std::optional<std::int64_t> identity;
-    if (target.identityColumn() && rows > 0) identity = sqlite3_last_insert_rowid(m_connection.handle());
+    if (target.identityColumn() && m_rowCount > 0)
+        identity = sqlite3_last_insert_rowid(m_connection.handle());
     m_identity = identity;
     if (!identity) return;
     m_frames.back()->identity = identity;
@@ -338,22 +359,10 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
         divert(collect, work);
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);
-    insertAll(target, [&] {
+    insertTogether(target, [&] {
         for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
-        return static_cast<std::int64_t>(collected.size());
+        return std::ssize(collected);
     });
-}
-
-// Inserts the rows of `work`, which returns their number, or none of them.
-void Executor::insertAll(const TableInfo& target, const std::function<std::int64_t()>& work) {
-    m_change.verb = "INSERT";
-    m_change.target = target;
-    beforeWrite();
-    Atomic atomic(m_connection, target.schema);
-    m_rowCount = work();
-    atomic.commit();
-    m_error = 0;
-    m_change.verb.clear();
 }
 
 // Returns the table that UPDATE or DELETE changes, and makes the statement's common tables known.
@@ -372,6 +381,10 @@ Flow Executor::run(const Update& update) {
         changeWithOutput(target, "UPDATE", sql, translator, update.output);
     } catch (const SqliteFailure& failure) {
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+        // The steps would act for keys that stay the same, too.
+        for (const auto& key : catalogue(Translator::targetName(update.table, update.from)).keysTo(target.id))
+            if (parseConstraint(key.source).onUpdate == "SET NULL")
+                throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
         updateInSteps(target, translator, update.output);
     }
     done(m_rowCount, StatementKind::Update);

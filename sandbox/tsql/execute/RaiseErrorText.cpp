@@ -1,10 +1,8 @@
 #include "execute/RaiseErrorText.h"
 
-#include <regex.h>
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <new>
 
@@ -17,12 +15,6 @@ namespace {
 constexpr std::size_t kLongestMessage = 2047;
 constexpr std::string_view kEllipsis = "...";
 
-// Matches %% or %, flags, width, precision and type. A match without a type is an invalid conversion.
-constexpr const char* kSubstitution =
-    R"(%(%|([-+0# ]*)(\*|[0-9]{0,4})(\.(\*|[0-9]{0,4}))?(h|l|I64)?([diouxXs])?))";
-enum Group { kAll, kWhole, kFlags, kWidth, kPrecision, kDigits, kSize, kType, kGroups };
-using Match = std::array<std::string, kGroups>;  // of the groups; empty if a group has not matched
-
 // Formats one argument with SQLite's printf.
 template <typename Argument>
 std::string written(const std::string& format, Argument argument) {
@@ -32,57 +24,85 @@ std::string written(const std::string& format, Argument argument) {
     return text.get();
 }
 
-// Consumes the arguments in order.
+// Substitutes the arguments in order.
 class Formatter {
   public:
-    explicit Formatter(std::span<const TypedValue> arguments) : m_arguments(arguments) {}
+    Formatter(std::string_view format, std::span<const TypedValue> arguments)
+        : m_format(format), m_arguments(arguments) {}
 
-    // `format`: the match and the text behind it.
-    std::string substituted(const Match& match, std::string_view format) {
-        if (match[kWhole] == "%") return "%";
-        if (match[kType].empty())
-            throw sqlError(message::kInvalidFormat, {std::string(format.substr(0, 20))});
-        std::string flags = match[kFlags];
-        const bool left = flags.find('-') != std::string::npos, precise = !match[kPrecision].empty();
-        if (left || precise) std::erase(flags, '0');
-        const std::string side = left ? "%-!" : "%!", width = number(match[kWidth]);
-        const std::string size = width + (precise ? "." + number(match[kPrecision].substr(1)) : "");
-        const std::size_t index = m_next++;
-        if (index >= m_arguments.size() || isNull(m_arguments[index].value))
-            return written(side + width + "s", "(null)");
-        const auto& [value, type] = m_arguments[index];
-        const auto* text = std::get_if<std::string>(&value);
-        if (!isText(type.id) && !isInteger(type.id) && !isBinary(type.id))
-            throw sqlError(message::kInvalidSubstitutionType,
-                           {baseName(type.id), std::to_string(index + 4)});  // parameter of RAISERROR
-        if ((match[kType] == "s") != (text != nullptr) || isBinary(type.id))
-            throw sqlError(message::kSubstitutionTypeMismatch, {std::to_string(index + 1)});
-        if (text) return written(side + size + "s", text->c_str());
-        return integer("%" + flags + size + "ll" + match[kType], std::get<std::int64_t>(value));
+    std::string run() {
+        std::string text;
+        for (std::size_t at; (at = m_format.find('%')) != std::string_view::npos;) {
+            text.append(m_format.substr(0, at));
+            m_format.remove_prefix(at);
+            text.append(substitution());
+        }
+        return text.append(m_format);
     }
 
   private:
-    // Width or precision: digits, or * for the next argument.
-    std::string number(const std::string& digits) {
+    // %% or: %, flags, width, precision, size and type
+    std::string substitution() {
+        const std::string_view whole = m_format.substr(0, 20);
+        m_format.remove_prefix(1);
+        if (accept("%")) return "%";
+        std::string flags(take("-+0# ", std::string_view::npos));
+        const std::string width = number();
+        const bool precise = accept(".");
+        const std::string size = width + (precise ? "." + number() : "");
+        if (!accept("h") && !accept("l")) accept("I64");
+        const std::string type(take("diouxXs", 1));
+        if (type.empty()) throw sqlError(message::kInvalidFormat, {whole});
+        const bool left = flags.find('-') != std::string::npos;
+        if (left || precise) std::erase(flags, '0');
+        const std::string side = left ? "%-!" : "%!";
+        const std::size_t index = m_next++;
+        if (index >= m_arguments.size() || isNull(m_arguments[index].value))
+            return written(side + width + "s", "(null)");
+        const auto& [value, valueType] = m_arguments[index];
+        const auto* text = std::get_if<std::string>(&value);
+        if (!isText(valueType.id) && !isInteger(valueType.id) && !isBinary(valueType.id))
+            throw sqlError(message::kInvalidSubstitutionType,
+                           {baseName(valueType.id), std::to_string(index + 4)});  // parameter of RAISERROR
+        if ((type == "s") != (text != nullptr) || isBinary(valueType.id))
+            throw sqlError(message::kSubstitutionTypeMismatch, {std::to_string(index + 1)});
+        if (text) return written(side + size + "s", text->c_str());
+        // Unsigned conversions show negative numbers as 32-bit ones.
+        const auto number = static_cast<long long>(std::get<std::int64_t>(value));
+        const bool isSigned = type == "d" || type == "i";
+        return written("%" + flags + size + "ll" + type,
+                       isSigned || number >= 0 ? number : number & 0xFFFFFFFF);
+    }
+
+    bool accept(std::string_view word) {
+        const bool found = m_format.starts_with(word);
+        if (found) m_format.remove_prefix(word.size());
+        return found;
+    }
+
+    // Removes and returns the next characters that are in `set`, at most `most`.
+    std::string_view take(std::string_view set, std::size_t most) {
+        const std::string_view taken = m_format.substr(0, std::min(m_format.find_first_not_of(set), most));
+        m_format.remove_prefix(taken.size());
+        return taken;
+    }
+
+    // Width or precision: up to four digits, or * for the next argument.
+    std::string number() {
         constexpr std::int64_t kWidest = 2047;
         std::int64_t value = 0;
-        if (digits == "*") {
+        if (accept("*")) {
             const std::size_t index = m_next++;
             const auto* given =
                 index < m_arguments.size() ? std::get_if<std::int64_t>(&m_arguments[index].value) : nullptr;
             value = given ? *given : 0;
-        } else if (!digits.empty()) {
+        } else if (const std::string digits(take("0123456789", 4)); !digits.empty()) {
             value = std::stoi(digits);
         }
         return std::to_string(std::clamp<std::int64_t>(value, 0, kWidest));
     }
 
-    // Unsigned conversions show negative numbers as 32-bit ones.
-    static std::string integer(const std::string& format, std::int64_t value) {
-        const bool isSigned = format.ends_with('d') || format.ends_with('i');
-        return written(format, static_cast<long long>(isSigned || value >= 0 ? value : value & 0xFFFFFFFF));
-    }
-
+    std::string_view m_format;  // what is left of it
     std::span<const TypedValue> m_arguments;
     std::size_t m_next = 0;
 };
@@ -90,32 +110,7 @@ class Formatter {
 }  // namespace
 
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
-    static const regex_t substitution = [] {
-        regex_t compiled;
-        regcomp(&compiled, kSubstitution, REG_EXTENDED);
-        return compiled;
-    }();
-    Formatter formatter(arguments);
-    std::string text;
-    regmatch_t groups[kGroups];
-    const auto findNext = [&] {
-        groups[kAll] = {0, static_cast<regoff_t>(format.size())};
-        return regexec(&substitution, format.data(), kGroups, groups, REG_STARTEND) == 0;
-    };
-    const auto textOf = [&](const regmatch_t& group) {
-        if (group.rm_so < 0) return std::string_view();
-        return format.substr(static_cast<std::size_t>(group.rm_so),
-                             static_cast<std::size_t>(group.rm_eo - group.rm_so));
-    };
-    while (findNext()) {
-        Match match;
-        std::ranges::transform(groups, match.begin(), textOf);
-        const auto start = static_cast<std::size_t>(groups[kAll].rm_so);
-        text.append(format.substr(0, start));
-        text.append(formatter.substituted(match, format.substr(start)));
-        format.remove_prefix(static_cast<std::size_t>(groups[kAll].rm_eo));
-    }
-    text.append(format);
+    std::string text = Formatter(format, arguments).run();
     if (characterCount(text) <= kLongestMessage) return text;
     return std::string(characters(text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
 }

@@ -2,7 +2,6 @@
 
 #include "functions/SqliteFunction.h"
 #include "messages/Messages.h"
-#include "storage/Quoting.h"
 #include "types/Text.h"
 
 namespace tsql {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cstdio>
 
 #include "catalogue/SystemViews.h"
 #include "functions/Functions.h"
@@ -25,6 +27,17 @@ Value runNewId(const SqlCall&) {
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 
+// Ascends in the order of strings, also across restarts of the server.
+Value runNewSequentialId(const SqlCall& call) {
+    static std::atomic<unsigned long long> last{
+        static_cast<unsigned long long>(std::chrono::system_clock::now().time_since_epoch().count())};
+    static const std::string random = std::get<std::string>(runNewId(call)).substr(18);
+    std::array<char, 17> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016llX", ++last);
+    const std::string time(digits.data());
+    return time.substr(0, 8) + "-" + time.substr(8, 4) + "-" + time.substr(12) + random;
+}
+
 using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
 
 Value propertyIn(const Properties& properties, std::string_view name) {
@@ -32,19 +45,6 @@ Value propertyIn(const Properties& properties, std::string_view name) {
         if (sameWord(property, name)) return value;
     return Null{};
 }
-
-}  // namespace
-
-std::string hostName() {
-    char name[256] = {};
-    return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
-}
-
-Value identityValue(const std::optional<std::int64_t>& identity) {
-    return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
-}
-
-namespace {
 
 struct SessionFunctions {
     static FunctionSession& session(const SqlCall& call) { return call.context().session(); }
@@ -221,6 +221,7 @@ constexpr auto kVarying = Purity::Varying;
 
 const FunctionInfo kSessionFunctions[] = {
     {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
+    {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
     {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
     {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
@@ -269,6 +270,15 @@ const FunctionInfo kSessionFunctions[] = {
 };
 
 }  // namespace
+
+std::string hostName() {
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
+}
+
+Value identityValue(const std::optional<std::int64_t>& identity) {
+    return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
+}
 
 std::span<const FunctionInfo> sessionFunctions() {
     return kSessionFunctions;

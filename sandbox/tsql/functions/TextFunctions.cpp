@@ -18,8 +18,6 @@ namespace {
 constexpr std::size_t kLongest = 8000;            // result of SPACE and STR
 constexpr std::int64_t kMostOfMax = 100'000'000;  // of REPLICATE and REPLACE; SQL Server's limit is 2 GB
 
-// --- result types
-
 // Varying-length type of the first argument's kind.
 SqlType varying(const SqlType& type, int length) {
     if (isBinary(type.id)) return {TypeId::VarBinary, length > 8000 ? SqlType::kMax : length, 0, 0};
@@ -64,17 +62,6 @@ SqlType countType(Pieces pieces) {
 SqlType placeType(Pieces pieces) {
     return countType(pieces.subspan(1));
 }
-
-}  // namespace
-
-SqlType grownText(Pieces pieces) {
-    const SqlType& type = pieces[0].type;
-    return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
-}
-
-namespace {
-
-// --- implementations
 
 // Truncates to the length of the result type.
 std::string fitted(std::string text, const SqlType& type) {
@@ -137,6 +124,24 @@ Value runReplace(const SqlCall& call) {
             throw unsupported("REPLACE beyond 100,000,000 bytes");
     }
     return fitted(result.append(text.substr(from)), call.resultType());
+}
+
+// (string, characters, their replacements)
+Value runTranslate(const SqlCall& call) {
+    std::string_view from = call.text(1), to = call.text(2);
+    if (characterCount(from) != characterCount(to)) throw sqlError(message::kTranslationLengthsDiffer);
+    std::map<char32_t, char32_t> replacements;
+    while (!from.empty() && !to.empty()) {
+        const char32_t character = foldCase(nextCharacter(from));
+        replacements.emplace(character, nextCharacter(to));
+    }
+    std::string result;
+    for (std::string_view rest = call.text(0); !rest.empty();) {
+        const char32_t character = nextCharacter(rest);
+        const auto found = replacements.find(foldCase(character));
+        appendCharacter(result, found == replacements.end() ? character : found->second);
+    }
+    return fitted(std::move(result), call.resultType());
 }
 
 // (string, start, length, replacement, result type)
@@ -352,6 +357,7 @@ const FunctionInfo kTextFunctions[] = {
     {"rtrim", "T", sameText, runOnText<trimRight>},
     {"trim", "C", sameText, runOnText<trimmed>},
     {"replace", "TTT=", grownText, runReplace},
+    {"translate", "TTT=", sameText, runTranslate},
     {"stuff", "TIIT=", grownText, runStuff, Nulls::Reach},
     {"charindex", "CL[I", placeType, runCharIndex},
     {"patindex", "TL#", placeType, runPatIndex},
@@ -372,6 +378,11 @@ const FunctionInfo kTextFunctions[] = {
 };
 
 }  // namespace
+
+SqlType grownText(Pieces pieces) {
+    const SqlType& type = pieces[0].type;
+    return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
+}
 
 std::span<const FunctionInfo> textFunctions() {
     return kTextFunctions;

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "storage/Quoting.h"
+#include "storage/Connection.h"
 #include "types/SqlTypes.h"
 
 namespace tsql {

@@ -20,7 +20,26 @@ constexpr std::size_t kMostAttached = 10;  // limit of SQLite
 constexpr unsigned kBloomFilters = 0x80000;
 constexpr std::byte kNoBytes{};  // SQLite has no address for an empty blob; copies need one
 
+std::string quotedWith(std::string_view text, char quote) {
+    std::string out(1, quote);
+    for (std::size_t at; (at = text.find(quote)) != std::string_view::npos; text.remove_prefix(at + 1))
+        out.append(text.substr(0, at + 1)) += quote;
+    return out.append(text) += quote;
+}
+
 }  // namespace
+
+std::string quotedName(std::string_view name) {
+    return quotedWith(name, '"');
+}
+
+std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix) {
+    return commaList(names, [&](const auto& name) { return std::string(prefix) + quotedName(name); });
+}
+
+std::string quotedText(std::string_view text) {
+    return quotedWith(text, '\'');
+}
 
 PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
     : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}

@@ -13,7 +13,6 @@
 #include <string>
 #include <string_view>
 
-#include "storage/Quoting.h"
 #include "storage/Storage.h"
 #include "types/Values.h"
 
@@ -24,6 +23,12 @@ struct SqliteFailure : std::runtime_error {
     SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
     int code;
 };
+
+// Names and texts as SQLite's SQL quotes them.
+std::string quotedName(std::string_view name);  // "a""b"
+// prefix"a", prefix"b"
+std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix = {});
+std::string quotedText(std::string_view text);  // 'a''b'
 
 // Values in their storage form to and from SQLite.
 CellView viewOf(sqlite3_value* value);

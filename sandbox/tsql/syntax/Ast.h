@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -242,6 +243,12 @@ struct While {
 };
 struct Break {};
 struct Continue {};
+struct Label {
+    int number;  // from 1, in the batch or module
+};
+struct Goto {
+    int label;
+};
 struct Return {
     ExprPtr value;  // may be null
 };
@@ -345,6 +352,7 @@ struct Truncate {
 };
 
 enum class ConstraintKind { PrimaryKey, Unique, Check, ForeignKey, Default };
+inline constexpr std::string_view kNoAction = "NO ACTION";
 struct Constraint {
     ConstraintKind kind;
     std::string name;  // empty: generated
@@ -354,7 +362,7 @@ struct Constraint {
     std::string source;  // whole text without the name, for parseConstraint()
     ObjectName references = {};
     std::vector<std::string> referencedColumns;
-    bool cascade = false;
+    std::string onDelete{kNoAction}, onUpdate{kNoAction};  // of a foreign key
 };
 struct ColumnDefinition {
     std::string name;
@@ -385,6 +393,9 @@ struct AlterTable {
     std::optional<ColumnDefinition> altered;
     std::vector<std::string> dropColumns, dropConstraints;
     bool ifExists = false;
+    std::optional<bool> checksRows = {};     // WITH CHECK or NOCHECK
+    std::optional<bool> enables = {};        // CHECK or NOCHECK CONSTRAINT
+    std::vector<std::string> switched = {};  // names of these constraints; empty: ALL
 };
 struct AlterIndex {
     std::string name;  // empty: all
@@ -476,12 +487,12 @@ struct Maintenance {
 };
 
 struct Statement {
-    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Return, Compound,
-                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
-                              InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex,
-                              Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema, TransferObject,
-                              CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase, Maintenance,
-                              DeclareCursor, ChangeCursor, Fetch>;
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return,
+                              Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
+                              Insert, InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable,
+                              CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema,
+                              TransferObject, CreateModule, Execute, Transaction, Backup, Restore,
+                              CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

@@ -123,7 +123,7 @@ class Lexer {
         const bool isPair = two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;
         if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair ? 2 : 1);
         if (c == '{') throw SyntaxError(unsupported("an ODBC escape sequence such as {fn ...}"), m_line);
-        if (c == '$') throw SyntaxError(unsupported("a name such as $IDENTITY"), m_line);
+        if (c == '$') throw SyntaxError(unsupported(m_text.substr(m_at, past(isNamePart, 1))), m_line);
         throw SyntaxError(message::kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.",
                           m_line);
     }

@@ -35,7 +35,9 @@ ast::ExprPtr parseExpression(std::string_view text) {
 
 ast::Constraint parseConstraint(std::string_view text) {
     ast::Constraint constraint{};
-    Parser(text, /*quotedIdentifiers=*/true).acceptConstraint(constraint, /*ofTable=*/false);
+    Parser parser(text, /*quotedIdentifiers=*/true);
+    parser.acceptAny({"NOCHECK", "WITH NOCHECK"});
+    parser.acceptConstraint(constraint, /*ofTable=*/false);
     return constraint;
 }
 

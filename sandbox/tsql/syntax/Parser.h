@@ -24,7 +24,7 @@ struct Batch {
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers);
 // A stored expression, such as the default of a column.
 ast::ExprPtr parseExpression(std::string_view text);
-ast::Constraint parseConstraint(std::string_view text);
+ast::Constraint parseConstraint(std::string_view text);  // ObjectInfo::source
 ast::ObjectName parseObjectName(std::string_view text);
 SqlType parseType(std::string_view text);
 
@@ -130,6 +130,13 @@ class Parser {
     ast::Block batch();
     ast::Block statements(std::string_view end);
     ast::StatementPtr statement();
+    ast::StatementPtr label();
+    struct LabelUse {
+        int number = 0;
+        int line = 0;  // of the first GOTO or of the label
+        bool isDeclared = false;
+    };
+    LabelUse& useOfLabel();
     void noteTemporary(const ast::Statement& statement);
     ast::Declaration declaration(bool isParameter);
     bool atConstant() const;
@@ -161,6 +168,7 @@ class Parser {
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
     bool m_scalarOnly = false;
+    WordMap<LabelUse> m_labels;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
     WordSet m_temporary;  // tables that the text creates

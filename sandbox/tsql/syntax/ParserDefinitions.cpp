@@ -181,10 +181,11 @@ void references(Parser& in, Constraint& constraint) {
     while (in.accept("ON")) {
         const bool onDelete = in.accept("DELETE");
         if (!onDelete) in.expect("UPDATE");
-        if (in.accept("NO ACTION")) continue;
-        if (!onDelete || !in.accept("CASCADE"))
-            in.throwUnsupported(std::string(onDelete ? "ON DELETE " : "ON UPDATE ") + toUpper(in.near()));
-        constraint.cascade = true;
+        in.throwIfAt("SET DEFAULT", "a foreign key with SET DEFAULT");
+        constexpr std::string_view kActions[] = {kNoAction, "CASCADE", "SET NULL"};
+        const auto* action = std::ranges::find_if(kActions, [&](auto each) { return in.accept(each); });
+        if (action == std::end(kActions)) in.throwSyntaxError();
+        (onDelete ? constraint.onDelete : constraint.onUpdate) = *action;
     }
 }
 
@@ -338,17 +339,20 @@ void dropParts(Parser& in, AlterTable& table) {
 
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
-    const bool checked = in.accept("WITH CHECK");
-    if (in.at("NOCHECK") || in.at("WITH NOCHECK")) in.throwUnsupported("constraints that are not checked");
-    if (in.accept("CHECK CONSTRAINT")) {  // constraints are always enabled
-        if (!in.accept("ALL")) in.list([&] { return in.expectName(); });
+    constexpr std::pair<std::string_view, bool> kRows[] = {{"WITH CHECK", true}, {"WITH NOCHECK", false}};
+    constexpr std::pair<std::string_view, bool> kStates[] = {{"CHECK CONSTRAINT", true},
+                                                             {"NOCHECK CONSTRAINT", false}};
+    if (const bool* checks = in.acceptOneOf(kRows)) node.checksRows = *checks;
+    if (const bool* enables = in.acceptOneOf(kStates)) {
+        node.enables = *enables;
+        if (!in.accept("ALL")) node.switched = in.list([&] { return in.expectName(); });
     } else if (in.accept("ADD")) {
         in.throwIfAt("INDEX", "ALTER TABLE ... ADD INDEX");
         do tableElement(in, node.added);
         while (in.accept(",") && !in.at("INDEX"));
-    } else if (!checked && in.accept("DROP")) {
+    } else if (!node.checksRows && in.accept("DROP")) {
         dropParts(in, node);
-    } else if (!checked && in.accept("ALTER COLUMN")) {
+    } else if (!node.checksRows && in.accept("ALTER COLUMN")) {
         const int line = in.peek().line;
         node.altered = columnDefinition(in);
         if (node.altered->identity) throw SyntaxError(unsupported("ALTER COLUMN ... IDENTITY"), line);

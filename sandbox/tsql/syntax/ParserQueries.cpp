@@ -287,6 +287,7 @@ SelectItem Parser::selectItem() {
         item.alias = alias(*this);
         takeToken();
     }
+    throwIfAt("IDENTITY (", "SELECT IDENTITY() INTO");
     item.value = expression();
     if (item.alias.empty()) item.alias = alias(*this);
     return item;

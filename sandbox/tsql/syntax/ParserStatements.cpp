@@ -12,8 +12,8 @@ namespace {
 
 // Unsupported statements, by their first word.
 constexpr std::string_view kUnsupported[] = {
-    "MERGE",    "GOTO",   "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",
-    "SHUTDOWN", "REVERT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
+    "MERGE",  "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",      "SHUTDOWN",
+    "REVERT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
 };
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
@@ -454,6 +454,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"WHILE", whileLoop},
     {"BREAK", [](Parser&) -> Statement::Node { return Break{}; }},
     {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
+    {"GOTO", [](Parser& in) -> Statement::Node { return Goto{in.useOfLabel().number}; }},
     {"BEGIN TRANSACTION", transaction<TransactionVerb::Begin>},
     {"BEGIN TRAN", transaction<TransactionVerb::Begin>},
     {"COMMIT", transaction<TransactionVerb::Commit>},
@@ -483,7 +484,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
 // Functions may not have side effects.
 void checkInFunction(const Statement& statement, const std::string& verb) {
     constexpr std::string_view kTraceless =
-        "DECLARE SET IF WHILE BREAK CONTINUE BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
+        "DECLARE SET IF WHILE BREAK CONTINUE GOTO BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
         "DEALLOCATE";
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
@@ -506,7 +507,25 @@ Block Parser::batch() {
     }
     Block others = statements("");
     std::move(others.begin(), others.end(), std::back_inserter(first));
+    for (const auto& [name, label] : m_labels)
+        if (!label.isDeclared) throw SyntaxError(sqlError(message::kUnknownLabel, {name}), label.line);
     return first;
+}
+
+Parser::LabelUse& Parser::useOfLabel() {
+    const int line = peek().line;
+    const int next = static_cast<int>(m_labels.size()) + 1;
+    return m_labels.try_emplace(expectName(), LabelUse{next, line}).first->second;
+}
+
+// name :
+StatementPtr Parser::label() {
+    const Token& name = peek();
+    LabelUse& label = useOfLabel();
+    expect(":");
+    if (std::exchange(label.isDeclared, true))
+        throw SyntaxError(sqlError(message::kLabelExists, {unquoted(name)}), name.line);
+    return std::make_unique<Statement>(Statement{name.line, Label{label.number}});
 }
 
 // Parses statements up to `end`, which is consumed, or to the end of the text. THROW and WITH need a
@@ -520,7 +539,7 @@ Block Parser::statements(std::string_view end) {
         if (open && at("THROW")) throwSyntaxError();
         if (open && at("WITH"))
             throw SyntaxError(sqlError(message::kMissingSemicolonBeforeWith), peek().line);
-        statements.push_back(statement());
+        statements.push_back(atName() && at(":", 1) ? label() : statement());
     }
 }
 

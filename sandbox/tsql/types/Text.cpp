@@ -62,14 +62,12 @@ constexpr std::string_view kBaseLetters =
     "aaaaaa ceeeeiiiidnooooo ouuuuy yaaaaaaccccccccddddeeeeeeeeeegggg"
     "gggghhhhiiiiiiiiii  jjkk llllllllllnnnnnnn  oooooo  rrrrrrssssss"
     "ssttttttuuuuuuuuuuuuwwyyyzzzzzzs";
-constexpr char32_t kFirstAccented = 0xE0;
+constexpr char32_t kFirstAccented = 0xE0, kFirstUpperAccented = 0xC0;
 
 // Sort weight of a folded character. Punctuation sorts before digits and digits before letters; an accented
 // letter sorts next to its base letter.
 char32_t sortWeight(char32_t c) {
-    if (c >= kFirstAccented && c < kFirstAccented + kBaseLetters.size() &&
-        kBaseLetters[c - kFirstAccented] != ' ')
-        c = static_cast<unsigned char>(kBaseLetters[c - kFirstAccented]);
+    c = baseLetter(c);
     const bool alphanumeric = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z');
     return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
 }
@@ -199,6 +197,14 @@ char32_t foldCase(char32_t c) {
         return folds;
     }();
     return c < kFoldTable ? table[c] : fold(c);
+}
+
+char32_t baseLetter(char32_t c) {
+    if (c < kFirstUpperAccented) return c;
+    const char32_t folded = foldCase(c), place = folded - kFirstAccented;
+    if (place >= kBaseLetters.size() || kBaseLetters[place] == ' ') return c;
+    const char letter = kBaseLetters[place];
+    return static_cast<unsigned char>(folded == c ? letter : upperAscii(letter));
 }
 
 int compareText(std::string_view left, std::string_view right) {

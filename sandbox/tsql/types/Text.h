@@ -60,6 +60,9 @@ void appendCharacter(std::string& text, char32_t character);
 std::string toUpper(std::string_view text);
 std::string toLower(std::string_view text);
 char32_t foldCase(char32_t character);
+// Letter without its accent, for letters of Latin-1 and Latin Extended-A. Other characters are returned as
+// they are.
+char32_t baseLetter(char32_t character);
 
 // Case-insensitive order: negative, 0 or positive. The shorter string is padded with blanks.
 int compareText(std::string_view left, std::string_view right);

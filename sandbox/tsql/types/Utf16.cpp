@@ -25,15 +25,20 @@ void appendUnit(std::string& wire, char32_t unit) {
     wire += static_cast<char>(unit >> 8 & 0xFF);
 }
 
-// Appends the ASCII characters at the front and removes them: at once, since they are most of all results.
-void moveAscii(std::string& wire, std::string_view& utf8) {
+// Removes and returns the ASCII characters at the front, which are most of all results.
+std::string_view removeAscii(std::string_view& utf8) {
     const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-    const auto end = std::find_if_not(utf8.begin(), utf8.end(), isAscii);
-    const auto count = static_cast<std::size_t>(end - utf8.begin());
+    const std::string_view ascii(utf8.begin(), std::find_if_not(utf8.begin(), utf8.end(), isAscii));
+    utf8.remove_prefix(ascii.size());
+    return ascii;
+}
+
+// Appends the ASCII characters at the front and removes them.
+void moveAscii(std::string& wire, std::string_view& utf8) {
+    const std::string_view ascii = removeAscii(utf8);
     const std::size_t start = wire.size();
-    wire.resize(start + 2 * count);
-    for (std::size_t i = 0; i < count; ++i) wire[start + 2 * i] = utf8[i];
-    utf8.remove_prefix(count);
+    wire.resize(start + 2 * ascii.size());
+    for (std::size_t i = 0; i < ascii.size(); ++i) wire[start + 2 * i] = ascii[i];
 }
 
 }  // namespace
@@ -94,7 +99,16 @@ unsigned char codePage1252(char32_t c) {
     constexpr unsigned char kUnknown = '?';
     const auto* found = std::ranges::find(kCodePage1252, c);
     if (found != std::end(kCodePage1252)) return static_cast<unsigned char>(0x80 + (found - kCodePage1252));
+    if (c >= 0x100) c = baseLetter(c);
     return c < 0x80 || (c >= 0xA0 && c < 0x100) ? static_cast<unsigned char>(c) : kUnknown;
+}
+
+// A character above U+FFFF has two units, which are replaced one by one.
+void appendCodePage1252(std::string& wire, std::string_view utf8) {
+    for (wire += removeAscii(utf8); !utf8.empty(); wire += removeAscii(utf8)) {
+        const char32_t c = nextCharacter(utf8);
+        wire.append(c < kFirstPair ? 1 : 2, static_cast<char>(codePage1252(c)));
+    }
 }
 
 }  // namespace tsql

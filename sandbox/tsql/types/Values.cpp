@@ -379,19 +379,9 @@ class Converter {
         return bytes;
     }
 
-    // A character of varchar is one byte; those outside of Latin-1 keep their UTF-8 bytes.
     Bytes bytesOfText() const {
         std::string wire;
-        if (isNational(m_from.id)) appendUtf16(wire, text());
-        for (std::string_view rest = isNational(m_from.id) ? "" : text(); !rest.empty();) {
-            const std::string_view before = rest;
-            const char32_t c = nextCharacter(rest);
-            const auto byte = static_cast<char>(codePage1252(c));
-            if (byte != '?' || c == U'?')
-                wire += byte;
-            else
-                wire += before.substr(0, before.size() - rest.size());
-        }
+        isNational(m_from.id) ? appendUtf16(wire, text()) : appendCodePage1252(wire, text());
         return {reinterpret_cast<const std::byte*>(wire.data()), wire.size()};
     }
 

@@ -88,7 +88,6 @@ ALTER TABLE t ADD g int NULL -->
 ALTER TABLE t ADD CONSTRAINT CK_g CHECK (g = 1) -->
 ROLLBACK -->
 INSERT t VALUES (20, 'y', 1) --> (1 changed)
-ALTER TABLE t NOCHECK CONSTRAINT CK_a --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support constraints that are not checked.
 -- identities
 INSERT other VALUES (N'sechs') --> (1 changed)
 SELECT MAX(id) FROM other --> - int? = 6 (1 rows)
@@ -262,3 +261,92 @@ SELECT a, b FROM @t
 --> Msg 2601, Level 14, State 1, Line 3: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
 --> Msg 2601, Level 14, State 1, Line 4: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
 --> a int? | b bit? = 1 | 0; 1 | 1; 2 | 1 (3 rows)
+CREATE TABLE Owner (id int PRIMARY KEY, name varchar(10))
+CREATE TABLE Car (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_CarOwner REFERENCES Owner ON DELETE SET NULL ON UPDATE CASCADE,
+  wheels int CONSTRAINT CK_Wheels CHECK (wheels > 0))
+INSERT Owner VALUES (1, 'a'), (2, 'b'), (3, 'c')
+INSERT Car VALUES (10, 1, 4), (11, 2, 4), (12, 3, 4) --> (3 changed) (3 changed)
+UPDATE Owner SET id = id * 10 WHERE id <> 3
+DELETE Owner WHERE id = 20
+SELECT * FROM Car
+--> (2 changed) (1 changed)
+--> id int | owner int? | wheels int? = 10 | 10 | 4; 11 | NULL | 4; 12 | 3 | 4 (3 rows)
+UPDATE Owner SET id = id + 27 WHERE id IN (10, 3)
+SELECT * FROM Car
+--> (2 changed)
+--> id int | owner int? | wheels int? = 10 | 37 | 4; 11 | NULL | 4; 12 | 30 | 4 (3 rows)
+CREATE VIEW CarState AS SELECT name, is_disabled, is_not_trusted FROM sys.foreign_keys WHERE parent_object_id = OBJECT_ID('Car')
+UNION ALL SELECT name, is_disabled, is_not_trusted FROM sys.check_constraints WHERE parent_object_id = OBJECT_ID('Car') -->
+ALTER TABLE Car NOCHECK CONSTRAINT ALL
+INSERT Car VALUES (13, 99, -1)
+SELECT * FROM CarState
+SELECT delete_referential_action_desc, update_referential_action FROM sys.foreign_keys WHERE name = 'FK_CarOwner'
+--> (1 changed)
+--> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 1 | 1; CK_Wheels | 1 | 1 (2 rows)
+--> delete_referential_action_desc nvarchar(60)? = SET_NULL | update_referential_action tinyint? = 1 (1 rows)
+ALTER TABLE Car WITH CHECK CHECK CONSTRAINT CK_Wheels, FK_CarOwner --> Msg 547, Level 16, State 0, Line 1: The ALTER TABLE statement conflicted with the FOREIGN KEY constraint "FK_CarOwner". The conflict occurred in database "master", table "dbo.Owner", column 'id'.
+ALTER TABLE Car CHECK CONSTRAINT CK_Wheels
+ALTER TABLE Car CHECK CONSTRAINT FK_CarOwner
+UPDATE Car SET id = 14 WHERE id = 13
+UPDATE Car SET wheels = -2 WHERE id = 14
+INSERT Car VALUES (15, 98, 4)
+SELECT * FROM CarState
+--> (1 changed)
+--> Msg 547, Level 16, State 0, Line 4: The UPDATE statement conflicted with the CHECK constraint "CK_Wheels". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
+--> Msg 547, Level 16, State 0, Line 5: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_CarOwner". The conflict occurred in database "master", table "dbo.Owner", column 'id'. (3621)
+--> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 0 | 1; CK_Wheels | 0 | 1 (2 rows)
+DELETE Car WHERE id = 14
+ALTER TABLE Car WITH CHECK CHECK CONSTRAINT ALL
+ALTER TABLE Car NOCHECK CONSTRAINT nothing
+--> (1 changed)
+--> Msg 4917, Level 16, State 0, Line 3: Constraint 'nothing' does not exist.
+--> Msg 4916, Level 16, State 0, Line 3: Could not enable or disable the constraint. See previous errors.
+SELECT * FROM CarState
+DECLARE @pk sysname = (SELECT name FROM sys.key_constraints WHERE parent_object_id = OBJECT_ID('Car'))
+EXEC ('ALTER TABLE Car NOCHECK CONSTRAINT [' + @pk + ']')
+--> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 0 | 0; CK_Wheels | 0 | 0 (2 rows)
+--> Msg 11415, Level 16, State 1, Line 1: Object 'PK__Car__73_74' cannot be disabled or enabled. This action applies only to foreign key and check constraints.
+--> Msg 4916, Level 16, State 0, Line 1: Could not enable or disable the constraint. See previous errors.
+UPDATE Car SET wheels = -5 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK_Wheels". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
+ALTER TABLE Car WITH NOCHECK ADD CONSTRAINT CK_Few CHECK (wheels < 4)
+UPDATE Car SET wheels = wheels WHERE id = 10 --> Msg 547, Level 16, State 0, Line 2: The UPDATE statement conflicted with the CHECK constraint "CK_Few". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
+UPDATE Car SET id = id + 1 WHERE id = 12
+SELECT is_not_trusted, is_disabled FROM sys.check_constraints WHERE name = 'CK_Few'
+ALTER TABLE Car WITH CHECK ADD CONSTRAINT CK_More CHECK (wheels > 4)
+--> (1 changed)
+--> is_not_trusted bit? = 1 | is_disabled bit? = 0 (1 rows)
+--> Msg 547, Level 16, State 0, Line 3: The ALTER TABLE statement conflicted with the CHECK constraint "CK_More". The conflict occurred in database "master", table "dbo.Car", column 'wheels'.
+CREATE TABLE Strict (owner int NOT NULL REFERENCES Owner ON UPDATE SET NULL) --> Msg 1761, Level 16, State 0, Line 1: Cannot create the foreign key "" with the SET NULL referential action, because one or more referencing columns are not nullable. (1750)
+CREATE TABLE Other (owner int REFERENCES Owner ON DELETE SET DEFAULT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key with SET DEFAULT.
+ALTER TABLE Car WITH NOCHECK DROP CONSTRAINT CK_Few --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE DROP.
+ALTER TABLE Car NOCHECK CONSTRAINT FK_CarOwner
+TRUNCATE TABLE Owner --> Msg 4712, Level 16, State 1, Line 2: Cannot truncate table 'Owner' because it is being referenced by a FOREIGN KEY constraint.
+DELETE Owner
+SELECT owner FROM Car
+--> (2 changed)
+--> owner int? = 37; NULL; 30 (3 rows)
+DROP TABLE Car, Owner -->
+CREATE TABLE Owner (id int PRIMARY KEY, name varchar(10))
+CREATE TABLE Car (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_CarOwner REFERENCES Owner ON DELETE SET NULL ON UPDATE CASCADE)
+INSERT Owner VALUES (30, 'a'), (37, 'b'), (38, 'c')
+INSERT Car VALUES (10, 30), (11, 37), (12, 38)
+UPDATE Owner SET id = 67 - id WHERE id < 38
+SELECT * FROM Owner SELECT * FROM Car
+--> (3 changed) (3 changed) (2 changed)
+--> id int | name varchar(10)? = 37 | a; 30 | b; 38 | c (3 rows)
+--> id int | owner int? = 10 | 37; 11 | 30; 12 | 38 (3 rows)
+UPDATE Owner SET id = id + 1
+SELECT * FROM Owner SELECT * FROM Car
+--> (3 changed)
+--> id int | name varchar(10)? = 38 | a; 31 | b; 39 | c (3 rows)
+--> id int | owner int? = 10 | 38; 11 | 31; 12 | 39 (3 rows)
+CREATE TABLE Boat (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_Boat REFERENCES Owner ON UPDATE SET NULL)
+INSERT Boat VALUES (1, 31), (2, 38), (3, 39)
+UPDATE Owner SET id = CASE WHEN id = 39 THEN 40 WHEN id = 38 THEN 39 ELSE id END
+SELECT * FROM Owner SELECT * FROM Car SELECT * FROM Boat
+--> (3 changed)
+--> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support ON UPDATE SET NULL for rows that take over each other's keys.
+UPDATE Owner SET id = 41 WHERE id = 39
+SELECT * FROM Boat
+--> (1 changed)
+--> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)

@@ -116,3 +116,59 @@ DECLARE @n int = 1 INSERT looked VALUES (@n) PRINT 'x' -->
 SET NOEXEC OFF
 SELECT COUNT(*) FROM looked --> - int? = 0 (1 rows)
 DROP TABLE looked -->
+DECLARE @i int = 0
+again: SET @i += 1
+IF @i < 3 GOTO again
+PRINT @i
+WHILE 1 = 1 BEGIN
+  WHILE @i < 10 BEGIN SET @i += 1 IF @i = 5 GOTO out END
+  PRINT 'not reached'
+END
+out:
+PRINT @i
+BEGIN TRY
+  SELECT 1/0
+END TRY BEGIN CATCH
+  PRINT ERROR_NUMBER()
+  GOTO Finish
+END CATCH
+PRINT 'not reached'
+[finish]: PRINT 'end'
+--> 3
+--> 5
+--> - int? (0 rows)
+--> 8134
+--> end
+CREATE PROCEDURE GotoSteps @n int AS
+BEGIN
+  IF @n > 1 GOTO Failed
+  RETURN 0
+  Failed:
+  RETURN 1
+END -->
+DECLARE @r int
+EXEC @r = GotoSteps 2
+PRINT @r
+EXEC @r = GotoSteps 1
+PRINT @r
+--> 1
+--> 0
+GOTO nowhere --> Msg 133, Level 15, State 1, Line 1: A GOTO statement references the label 'nowhere' but the label has not been declared.
+a: PRINT 1
+A: PRINT 2 --> Msg 132, Level 15, State 1, Line 2: The label 'A' has already been declared. Label names must be unique within a query batch or stored procedure.
+GOTO inside
+IF 1 = 1 BEGIN
+ inside: PRINT 'x'
+END --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GOTO into a block.
+GOTO inside;
+BEGIN
+ PRINT 'skipped'
+END
+inside: -->
+EXEC ('GOTO x; x: PRINT ''dynamic''') --> dynamic
+CREATE FUNCTION GotoTwice(@n int) RETURNS int AS BEGIN
+ again: SET @n = @n * 2
+ IF @n < 100 GOTO again
+ RETURN @n
+END -->
+SELECT dbo.GotoTwice(3) --> - int? = 192 (1 rows)

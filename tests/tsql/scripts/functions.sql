@@ -90,3 +90,14 @@ SET ROWCOUNT 1 INSERT TOP (2) topped (a) SELECT 6 UNION ALL SELECT 6 SET ROWCOUN
 --> n int* | a int? = 1 | 1; 2 | 2; 3 | 4; 4 | 6 (4 rows)
 INSERT TOP (1) topped (a) EXEC ('SELECT 1') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support INSERT TOP ... EXECUTE.
 SELECT TYPE_NAME(231) a, TYPE_NAME(256) b, TYPE_NAME(1) c, TYPE_ID('[datetime]') d, TYPE_ID('sys.sysname') e, TYPE_ID('dbo.nothing') f, TYPE_ID('numeric') g, TYPE_NAME(NULL) h --> a nvarchar(128)? = nvarchar | b nvarchar(128)? = sysname | c nvarchar(128)? = NULL | d int? = 61 | e int? = 256 | f int? = NULL | g int? = 108 | h nvarchar(128)? = NULL (1 rows)
+SELECT TRANSLATE('2*[3+4]/{7-2}', '[]{}', '()()') a, TRANSLATE(N'Gruß Äpfel', 'äS', N'aZ') b, TRANSLATE('abc', NULL, 'a') c, TRANSLATE('aAb', 'aab', 'xyz') d
+SELECT TRANSLATE('abc', 'ab', 'x')
+--> a varchar(13)? = 2*(3+4)/(7-2) | b nvarchar(10)? = Gruß apfel | c varchar(3)? = NULL | d varchar(3)? = xxz (1 rows)
+--> Msg 9828, Level 16, State 1, Line 2: The second and third arguments of the TRANSLATE built-in function must contain an equal number of characters.
+CREATE TABLE Keyed (id uniqueidentifier DEFAULT NEWSEQUENTIALID() PRIMARY KEY, n int)
+INSERT Keyed (n) VALUES (1), (2) INSERT Keyed (n) VALUES (3)
+SELECT n FROM Keyed ORDER BY id
+SELECT LEN(id), COUNT(*) FROM Keyed GROUP BY LEN(id)
+--> (2 changed) (1 changed)
+--> n int? = 1; 2; 3 (3 rows)
+--> - int? = 36 | - int? = 3 (1 rows)

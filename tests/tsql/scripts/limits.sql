@@ -48,4 +48,4 @@ SELECT {fn NOW()} --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not sup
 SELECT 1 FROM sys.tables GROUP BY GROUPING SETS ((name), ()) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GROUP BY with GROUPING SETS, CUBE or ROLLUP.
 SELECT 1 FROM sys.tables GROUP BY ROLLUP (name) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GROUP BY with GROUPING SETS, CUBE or ROLLUP.
 SELECT * FROM sys.tables AS x PIVOT (COUNT(name) FOR schema_id IN ([1])) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support PIVOT.
-SELECT $IDENTITY FROM sys.tables --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a name such as $IDENTITY.
+SELECT $IDENTITY FROM sys.tables --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $IDENTITY.
