@@ -50,9 +50,9 @@ struct ObjectInfo {
     std::int64_t parent = 0;  // table of a constraint or index
     std::string stored = {};  // name of a table in SQLite; table of a foreign key; filter of an index
     std::vector<std::string> columns = {};  // of a constraint or index
-    std::string source = {};  // text of a module; state and source of a constraint; kUniqueIndex
-    std::string table = {};   // name of the parent
-    std::int64_t seed = 1;    // of a table's identity
+    std::string source = {};                // text of a module; Constraint::source; kUniqueIndex
+    std::string table = {};                 // name of the parent
+    std::int64_t seed = 1;                  // of a table's identity
 };
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
 // States of a constraint in front of its source: not enforced; enforced, but not checked for the older rows.

@@ -13,7 +13,7 @@ namespace {
 //   list of databases (name, id) $T      list of types (type)       $C  name of the collation    $S  list of
 //   sessions $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
-//   $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $INDEX: the fragments below
+//   $OBJECT, $TYPE, $NAMED, $KIND, $TABLE, $CONSTRAINT, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -34,6 +34,9 @@ THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
      R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
 smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
 ts_type_scale(c.type))"},
+    {"$STATE",
+     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
+o.source GLOB 'WITH NOCHECK *')"},
     {"$NAMED",
      R"(DATA_TYPE sysname = ts_type_name(c.type); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
 CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN
@@ -41,9 +44,6 @@ ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
-    {"$STATE",
-     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
-o.source GLOB 'WITH NOCHECK *')"},
     {"$TABLE", "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = 'dbo'; TABLE_NAME sysname = o.name"},
     {"$CONSTRAINT",
      "CONSTRAINT_CATALOG sysname = $d; CONSTRAINT_SCHEMA sysname = 'dbo'; CONSTRAINT_NAME sysname = n.name"},

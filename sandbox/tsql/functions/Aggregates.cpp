@@ -32,7 +32,7 @@ struct Gathered {
 };
 
 struct Aggregate {
-    std::string name;
+    const char* name;
     int arguments;
     // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it. The count is already
     // updated.
@@ -44,7 +44,7 @@ struct Aggregate {
 
 struct AggregateBinding {
     FunctionContext& context;
-    Aggregate aggregate;
+    const Aggregate& aggregate;
 };
 
 const SqlType kSumType = decimalType(kMostDigits, 0);
@@ -135,23 +135,29 @@ Value joinedText(const Gathered& gathered, const Aggregate&) {
     return text;
 }
 
-std::vector<Aggregate> aggregates() {
-    std::vector<Aggregate> all = {
-        {"ts_sum_float", 1, addReal, realSum},          {"ts_avg_float0", 1, addReal, realAverage},
-        {"ts_stdev", 1, addSpread, spread<true, true>}, {"ts_stdevp", 1, addSpread, spread<false, true>},
-        {"ts_var", 1, addSpread, spread<true, false>},  {"ts_varp", 1, addSpread, spread<false, false>},
-        {"ts_string_agg", -1, addText, joinedText}};
-    for (const SqlType& type :
-         {simpleType(TypeId::Int), simpleType(TypeId::BigInt), simpleType(TypeId::Money), kSumType}) {
-        const std::string name(baseName(type.id));
-        all.push_back({"ts_sum_" + name, 1, addExact, exactSum, type});
-        const int mostDigits = type == kSumType ? 6 : 0;
-        for (int digits = 0; digits <= mostDigits; ++digits)
-            all.push_back(
-                {"ts_avg_" + name + std::to_string(digits), 1, addExact, exactAverage, type, digits});
-    }
-    return all;
-}
+const Aggregate kAggregates[] = {
+    {"ts_sum_int", 1, addExact, exactSum, simpleType(TypeId::Int)},
+    {"ts_sum_bigint", 1, addExact, exactSum, simpleType(TypeId::BigInt)},
+    {"ts_sum_money", 1, addExact, exactSum, simpleType(TypeId::Money)},
+    {"ts_sum_decimal", 1, addExact, exactSum, kSumType},
+    {"ts_sum_float", 1, addReal, realSum},
+    {"ts_avg_int0", 1, addExact, exactAverage, simpleType(TypeId::Int)},
+    {"ts_avg_bigint0", 1, addExact, exactAverage, simpleType(TypeId::BigInt)},
+    {"ts_avg_money0", 1, addExact, exactAverage, simpleType(TypeId::Money)},
+    {"ts_avg_decimal0", 1, addExact, exactAverage, kSumType, 0},
+    {"ts_avg_decimal1", 1, addExact, exactAverage, kSumType, 1},
+    {"ts_avg_decimal2", 1, addExact, exactAverage, kSumType, 2},
+    {"ts_avg_decimal3", 1, addExact, exactAverage, kSumType, 3},
+    {"ts_avg_decimal4", 1, addExact, exactAverage, kSumType, 4},
+    {"ts_avg_decimal5", 1, addExact, exactAverage, kSumType, 5},
+    {"ts_avg_decimal6", 1, addExact, exactAverage, kSumType, 6},
+    {"ts_avg_float0", 1, addReal, realAverage},
+    {"ts_stdev", 1, addSpread, spread<true, true>},
+    {"ts_stdevp", 1, addSpread, spread<false, true>},
+    {"ts_var", 1, addSpread, spread<true, false>},
+    {"ts_varp", 1, addSpread, spread<false, false>},
+    {"ts_string_agg", -1, addText, joinedText},
+};
 
 const AggregateBinding& bindingOf(sqlite3_context* call) {
     return *static_cast<const AggregateBinding*>(sqlite3_user_data(call));
@@ -207,9 +213,9 @@ void finishAggregate(sqlite3_context* call) {
 }  // namespace
 
 void registerAggregates(sqlite3* connection, FunctionContext& context) {
-    for (const Aggregate& aggregate : aggregates()) {
+    for (const Aggregate& aggregate : kAggregates) {
         const int code = sqlite3_create_window_function(
-            connection, aggregate.name.c_str(), aggregate.arguments, SQLITE_UTF8,
+            connection, aggregate.name, aggregate.arguments, SQLITE_UTF8,
             new AggregateBinding{context, aggregate}, stepAggregate<1>, finishAggregate, currentAggregate,
             stepAggregate<-1>, [](void* binding) { delete static_cast<AggregateBinding*>(binding); });
         if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));

@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::size_t kAnyNumber = 254;
 
+// --- result types
+
 SqlType coalescedType(Pieces pieces) {
     if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(message::kCoalesceOfNulls);
     return commonType(pieces);
@@ -46,6 +48,8 @@ SqlType extremeType(Pieces pieces) {
     return pieces[0].type;
 }
 
+// --- writers
+
 std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "CASE WHEN " + emitCompare(CompareOp::Equal, pieces[0], pieces[1]) + " THEN NULL ELSE " +
            pieces[0].sql + " END";
@@ -56,6 +60,10 @@ std::string writeChoose(const FunctionInfo&, Pieces pieces, const SqlType&) {
     for (std::size_t i = 1; i < pieces.size(); ++i)
         sql += " WHEN " + std::to_string(i) + " THEN " + pieces[i].sql;
     return sql + " END";
+}
+
+std::string writePi(const FunctionInfo&, Pieces, const SqlType&) {
+    return "3.141592653589793";
 }
 
 // Wraps an argument of SQLite's own aggregates, which skip NULLs without a warning.
@@ -107,7 +115,7 @@ const FunctionInfo kWritten[] = {
     {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
     {"choose", "IR*", commonOfRest, writeChoose},
-    {"pi", "", TypeId::Float, [](auto&, Pieces, auto&) { return std::string("3.141592653589793"); }},
+    {"pi", "", TypeId::Float, writePi},
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
@@ -131,6 +139,8 @@ const FunctionInfo kWritten[] = {
     {"last_value", "A", sameAsFirst, "last_value", kFramed},
 };
 
+// --- arguments
+
 // String type for every value of the type.
 SqlType textTypeFor(const SqlType& type) {
     if (isText(type.id)) return type;
@@ -152,14 +162,26 @@ Typed datePartArgument(const Typed& value, std::string_view function) {
 
 // Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const SqlType& type) {
-    constexpr std::pair<char, TypeId> kSimple[] = {
-        {'I', TypeId::Int}, {'B', TypeId::BigInt}, {'F', TypeId::Float}};
-    for (const auto& [simple, id] : kSimple)
-        if (simple == letter) return simpleType(id);
-    if (letter == 'C' || letter == 'L' || letter == 'T') return textTypeFor(type);
-    if (letter == 'D') return dateTypeFor(type, TypeId::DateTime2);
-    if (letter == 'E') return dateTypeFor(type, TypeId::DateTime);
-    return letter == 'N' && !isNumber(type.id) ? simpleType(TypeId::Float) : type;
+    switch (letter) {
+        case 'C':
+        case 'L':
+        case 'T':
+            return textTypeFor(type);
+        case 'I':
+            return simpleType(TypeId::Int);
+        case 'B':
+            return simpleType(TypeId::BigInt);
+        case 'F':
+            return simpleType(TypeId::Float);
+        case 'D':
+            return dateTypeFor(type, TypeId::DateTime2);
+        case 'E':
+            return dateTypeFor(type, TypeId::DateTime);
+        case 'N':
+            return isNumber(type.id) ? type : simpleType(TypeId::Float);
+        default:
+            return type;
+    }
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {

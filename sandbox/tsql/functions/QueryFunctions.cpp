@@ -10,10 +10,14 @@
 namespace tsql {
 namespace {
 
+// --- session
+
 // (database, name, argument...); a user-defined function
 Value runCall(const SqlCall& call) {
     return call.context().session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
 }
+
+// --- queries
 
 // (value); returns it, and notes a NULL that an aggregate skips
 Value runNoted(const SqlCall& call) {
@@ -113,6 +117,8 @@ Value runXmlValue(const SqlCall& call) {
     return result;
 }
 
+// --- properties of types in the system views
+
 template <Value (*fact)(const SqlType&)>
 Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
@@ -145,6 +151,8 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{isExact(type.id) ? precisionOf(type) : 0};
 }
 
+// --- TYPE_NAME and TYPE_ID
+
 // Names and numbers of the types, with those that are others here.
 std::vector<std::pair<std::string, int>> typeNumbers() {
     std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
@@ -166,6 +174,8 @@ Value runIdOfType(const SqlCall& call) {
         if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
     return Null{};
 }
+
+// --- foreign keys in the system views
 
 // (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
 Value runReferenced(const SqlCall& call) {
