@@ -40,8 +40,8 @@ std::int64_t integerOf(const ProcedureCall::Argument& argument) {
 CallPlan PreparedStatements::plan(ProcedureCall call) {
     const std::string name = tsql::lowerAscii(call.procedure);
     if (name == "sp_prepare") return planPrepare(std::move(call));
-    if (name == "sp_prepexec") return planPrepareAndExecute(std::move(call));
-    if (name == "sp_execute") return planExecute(std::move(call));
+    if (name == "sp_prepexec") return planRun(std::move(call), kPrepareArguments);
+    if (name == "sp_execute") return planRun(std::move(call), kHandleArguments);
     if (name != "sp_unprepare") return {std::move(call)};
     requireArguments(call, kHandleArguments);
     forget(call.arguments[0]);
@@ -61,20 +61,14 @@ CallPlan PreparedStatements::planPrepare(ProcedureCall call) {
     return plan;
 }
 
-CallPlan PreparedStatements::planPrepareAndExecute(ProcedureCall call) {
-    requireArguments(call, kPrepareArguments);
+// own: number of arguments that precede the statement's own.
+CallPlan PreparedStatements::planRun(ProcedureCall call, std::size_t own) {
+    requireArguments(call, own);
     CallPlan plan;
-    plan.handle = prepare(call.arguments);
-    plan.run = executeSqlCall(*plan.handle, std::span(call.arguments).subspan(kPrepareArguments));
-    plan.ordinalShift = static_cast<int>(kPrepareArguments) - kExecuteSqlArguments;
-    return plan;
-}
-
-CallPlan PreparedStatements::planExecute(ProcedureCall call) {
-    requireArguments(call, kHandleArguments);
-    CallPlan plan;
-    plan.run = executeSqlCall(call.arguments[0], std::span(call.arguments).subspan(kHandleArguments));
-    plan.ordinalShift = static_cast<int>(kHandleArguments) - kExecuteSqlArguments;
+    if (own == kPrepareArguments) plan.handle = prepare(call.arguments);
+    plan.run = executeSqlCall(plan.handle ? *plan.handle : call.arguments[0],
+                              std::span(call.arguments).subspan(own));
+    plan.ordinalShift = static_cast<int>(own) - kExecuteSqlArguments;
     return plan;
 }
 

@@ -30,8 +30,7 @@ class PreparedStatements {
     using Argument = tsql::ProcedureCall::Argument;
     using Arguments = std::vector<Argument>;
     CallPlan planPrepare(tsql::ProcedureCall call);
-    CallPlan planPrepareAndExecute(tsql::ProcedureCall call);
-    CallPlan planExecute(tsql::ProcedureCall call);
+    CallPlan planRun(tsql::ProcedureCall call, std::size_t own);
     Argument prepare(Arguments& arguments);
     tsql::ProcedureCall executeSqlCall(const Argument& handle, std::span<Argument> values) const;
 

@@ -94,10 +94,8 @@ void Response::transactionChanged(tsql::TransactionEvent event) {
     constexpr EnvChange kChanges[] = {EnvChange::BeginTransaction, EnvChange::CommitTransaction,
                                       EnvChange::RollbackTransaction};
     const EnvChange change = kChanges[static_cast<std::size_t>(event)];
-    if (begins)
-        binaryChange(change, descriptor.data());
-    else
-        binaryChange(change, {}, descriptor.data());
+    const ByteView current = descriptor.data(), none;
+    binaryChange(change, begins ? current : none, begins ? none : current);
 }
 
 void Response::writeUserTypeAndFlags(unsigned flags) {

@@ -36,6 +36,9 @@ THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
      R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
 smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
 ts_type_scale(c.type))"},
+    {"$STATE",
+     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
+o.source GLOB 'WITH NOCHECK *')"},
     {"$NAMED",
      R"(DATA_TYPE sysname = ts_type_name(c.type); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
 CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN

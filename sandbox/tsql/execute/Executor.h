@@ -196,7 +196,7 @@ class Executor final : public NameResolver, public FunctionSession {
                        const std::optional<ast::Output>& output);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
-    void insertTogether(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
+    void insertAll(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
     void withIdentities(const TableInfo& target, const std::function<void()>& insert);
     void rememberIdentity(const TableInfo& target);
     void loseIdentity(const TableInfo& target);

@@ -334,7 +334,7 @@ void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
     m_connection.run("PRAGMA writable_schema = RESET");
 }
 
-// Checks the existing rows against a condition.
+// Checks the existing rows against a new constraint.
 void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key) {
     const bool isCheck = key.type == objectType::kCheck;
     const std::string broken =

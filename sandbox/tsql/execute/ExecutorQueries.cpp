@@ -262,7 +262,7 @@ Flow Executor::run(const InsertBulk& bulk) {
         ++rows;
     };
     withIdentities(target, [&] {
-        insertTogether(target, [&] {
+        insertAll(target, [&] {
             divert(insertOne, [&] { bulk.sendRows(*m_sink); });
             return rows;
         });
@@ -271,7 +271,7 @@ Flow Executor::run(const InsertBulk& bulk) {
 }
 
 // Inserts the rows that `insertRows` counts: all or none.
-void Executor::insertTogether(const TableInfo& target, const std::function<std::int64_t()>& insertRows) {
+void Executor::insertAll(const TableInfo& target, const std::function<std::int64_t()>& insertRows) {
     m_change.verb = "INSERT";
     m_change.target = target;
     beforeWrite();
@@ -359,7 +359,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
         divert(collect, work);
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);
-    insertTogether(target, [&] {
+    insertAll(target, [&] {
         for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
         return std::ssize(collected);
     });

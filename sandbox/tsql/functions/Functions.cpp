@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::size_t kAnyNumber = 254;
 
+// --- result types
+
 SqlType coalescedType(Pieces pieces) {
     if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(message::kCoalesceOfNulls);
     return commonType(pieces);
@@ -34,6 +36,8 @@ SqlType extremeType(Pieces pieces) {
     if (id == TypeId::Bit || isLob(id)) throw sqlError(message::kInvalidOperandType, {baseName(id), "max"});
     return pieces[0].type;
 }
+
+// --- writers
 
 std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "CASE WHEN " + emitCompare(CompareOp::Equal, pieces[0], pieces[1]) + " THEN NULL ELSE " +
@@ -116,6 +120,8 @@ const FunctionInfo kWritten[] = {
     {"first_value", "A", sameAsFirst, "first_value", kFramed},
     {"last_value", "A", sameAsFirst, "last_value", kFramed},
 };
+
+// --- arguments
 
 // String type for every value of the type.
 SqlType textTypeFor(const SqlType& type) {

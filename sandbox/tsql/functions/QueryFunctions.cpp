@@ -108,6 +108,8 @@ Value runXmlValue(const SqlCall& call) {
     return result;
 }
 
+// --- properties of types in the system views
+
 template <Value (*fact)(const SqlType&)>
 Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
@@ -134,6 +136,8 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{precisionOf(type) + fraction};
 }
 
+// --- TYPE_NAME and TYPE_ID
+
 // Names and numbers of the types, with those that are others here.
 std::vector<std::pair<std::string, int>> typeNumbers() {
     std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
@@ -153,6 +157,8 @@ Value runIdOfType(const SqlCall& call) {
         if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
     return Null{};
 }
+
+// --- foreign keys in the system views
 
 // (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
 Value runReferenced(const SqlCall& call) {
