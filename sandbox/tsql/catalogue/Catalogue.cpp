@@ -192,10 +192,9 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
                                 column.byDefault,
                                 std::int64_t{column.output},
                                 column.id};
-        run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), ?2, ?3, "
-            "?4, "
-            "?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 ON CONFLICT (object, ordinal) DO UPDATE SET "
-            "type = ?3, nullable = ?4, fallback = ?6",
+        run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "
+            "?2, ?3, ?4, ?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 "
+            "ON CONFLICT (object, ordinal) DO UPDATE SET type = ?3, nullable = ?4, fallback = ?6",
             values);
     }
 }
