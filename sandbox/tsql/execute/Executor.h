@@ -198,7 +198,6 @@ class Executor final : public NameResolver, public FunctionSession {
                 const Translator& translator);
     void insertAll(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
     void withIdentities(const TableInfo& target, const std::function<void()>& insert);
-    void rememberIdentity(const TableInfo& target);
     void loseIdentity(const TableInfo& target);
     void skipIdentities();
 

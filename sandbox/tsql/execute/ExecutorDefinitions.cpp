@@ -1,4 +1,4 @@
-// CREATE, ALTER and DROP of tables, indexes and schemas.
+// CREATE, ALTER and DROP of tables and indexes.
 #include <algorithm>
 
 #include "execute/Executor.h"
@@ -577,65 +577,6 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
         }
         owner.remove(found->id);
     });
-}
-
-// ---- schemas
-
-Flow Executor::run(const CreateSchema& create) {
-    if (!create.owner.empty() && !sameWord(create.owner, "dbo"))
-        throw sqlError(message::kSecurableNotFound, {"find", "user", create.owner});
-    define({}, [&](Catalogue& owner) {
-        failingAs(sqlError(message::kSchemaNotCreated), [&] {
-            if (owner.schemaNamed(create.name)) throw sqlError(message::kObjectExists, {create.name});
-        });
-        ObjectInfo schema{0, create.name, std::string(objectType::kSchema)};
-        owner.save(schema);
-    });
-    return finished();
-}
-
-void Executor::dropSchema(const std::string& name, bool ifExists) {
-    define({}, [&](Catalogue& owner) {
-        const auto schema = owner.schemaNamed(name);
-        if (!schema && ifExists) return;
-        if (!schema) throw sqlError(message::kSecurableNotFound, {"drop", "schema", name});
-        if (schema->object == 0) throw sqlError(message::kCannotDropBuiltIn, {"drop", "schema", name});
-        if (const auto objects = owner.objectsIn(name); !objects.empty())
-            throw sqlError(message::kReferencedByObject, {"drop schema", name, objects.front().name});
-        owner.remove(schema->object);
-    });
-}
-
-// A module keeps its text, which has its old name.
-Flow Executor::run(const TransferObject& transfer) {
-    define({}, [&](Catalogue& owner) {
-        const auto schema = owner.schemaNamed(transfer.schema);
-        if (!schema || schema->isOfSystem)
-            throw sqlError(message::kSecurableNotFound, {"alter", "schema", transfer.schema});
-        auto moved = object(transfer.object);
-        if (!moved || moved->parent != 0 || !transfer.object.database.empty())
-            throw sqlError(message::kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
-        if (sameText(moved->schemaName, schema->name)) return;
-        auto references = owner.keysTo(moved->id);
-        const auto move = [&](ObjectInfo& each) {
-            each.schemaName = schema->name;
-            if (owner.find(each.key())) throw sqlError(message::kTransferNameTaken, {each.name});
-            owner.save(each);
-        };
-        const std::string before = moved->stored;
-        if (moved->type == objectType::kTable) moved->stored = storedName(schema->name, moved->name);
-        move(*moved);
-        if (moved->type == objectType::kTable)
-            m_connection.run("ALTER TABLE " + owner.schema() + "." + quotedName(before) + " RENAME TO " +
-                             quotedName(moved->stored));
-        for (auto& key : references) {
-            key.stored = moved->stored;
-            owner.save(key);
-        }
-        for (auto& key : owner.keysOf(moved->id))
-            if (key.type != objectType::kIndex) move(key);
-    });
-    return finished();
 }
 
 void Executor::dropTable(const TableInfo& table) {

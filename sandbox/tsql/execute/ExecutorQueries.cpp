@@ -292,18 +292,13 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
         if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
         throw;
     }
-    rememberIdentity(target);
+    m_identity.reset();
+    if (target.identityColumn() && m_rowCount > 0) {
+        m_identity = sqlite3_last_insert_rowid(m_connection.handle());
+        m_frames.back()->identity = m_identity;
+        if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *m_identity;
+    }
     done(m_rowCount, StatementKind::Insert);
-}
-
-void Executor::rememberIdentity(const TableInfo& target) {
-    std::optional<std::int64_t> identity;
-    if (target.identityColumn() && m_rowCount > 0)
-        identity = sqlite3_last_insert_rowid(m_connection.handle());
-    m_identity = identity;
-    if (!identity) return;
-    m_frames.back()->identity = identity;
-    if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *identity;
 }
 
 // A refused row uses up its identity, as the rows before it do.
