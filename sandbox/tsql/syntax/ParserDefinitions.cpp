@@ -488,9 +488,11 @@ AlterIndex droppedIndex(Parser& in) {
 // CREATE SCHEMA name [AUTHORIZATION owner], CREATE SCHEMA AUTHORIZATION owner
 Statement::Node createSchema(Parser& in) {
     CreateSchema node;
+    const int line = in.peek().line;
     if (!in.at("AUTHORIZATION")) node.name = in.expectName();
     if (in.accept("AUTHORIZATION")) node.owner = in.expectName();
     if (node.name.empty()) node.name = node.owner;
+    if (node.name.empty()) throw SyntaxError(sqlError(message::kMissingColumnName, {}, 4), line);
     for (const auto word : {"CREATE", "GRANT", "REVOKE", "DENY"})
         in.throwIfAt(word, std::string(word) + " within CREATE SCHEMA");
     return node;

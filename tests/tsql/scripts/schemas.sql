@@ -253,3 +253,4 @@ SELECT name FROM sys.schemas WHERE schema_id > 4
 --> (1 changed)
 --> name nvarchar(128)? (0 rows)
 CREATE TABLE [ab] (a int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support names with the character U+0001.
+CREATE SCHEMA [] --> Msg 1038, Level 15, State 4, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
