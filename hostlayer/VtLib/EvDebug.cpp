@@ -130,23 +130,32 @@ __attribute__((format(printf, 2, 0))) Formatted formatEntry(std::string_view pre
     return result;
 }
 
+bool isKeptInEntry(char character) {
+    const auto code = static_cast<unsigned char>(character);
+    return character == '\t' || (code >= 0x20 && code != 0x7F);
+}
+
+// What stands in the log for a character that is not kept.
+std::string replacement(char character) {
+    if (character == '\n') return "\n    ";
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    const auto code = static_cast<unsigned char>(character);
+    return {'\\', 'x', kDigits[code >> 4], kDigits[code & 15]};
+}
+
 // Returns the entry in a form that cannot imitate further entries: every line after the first is indented,
 // control characters other than line breaks and tabs become \xNN.
 std::string sanitized(const Formatted& entry) {
     const std::string_view text = entry.beginning;
-    const std::size_t end = text.find_last_not_of("\r\n") + 1;
+    std::string_view rest = text.substr(0, text.find_last_not_of("\r\n") + 1);
     std::string safe;
-    safe.reserve(end + 32);
-    for (const char character : text.substr(0, end)) {
-        const auto code = static_cast<unsigned char>(character);
-        if (character == '\n') {
-            safe += "\n    ";
-        } else if ((code < 0x20 && character != '\t') || code == 0x7F) {
-            constexpr const char* kDigits = "0123456789ABCDEF";
-            safe.append("\\x").append(1, kDigits[code >> 4]).append(1, kDigits[code & 15]);
-        } else {
-            safe += character;
-        }
+    safe.reserve(rest.size() + 32);
+    while (!rest.empty()) {
+        const auto kept =
+            static_cast<std::size_t>(std::ranges::find_if_not(rest, isKeptInEntry) - rest.begin());
+        safe += rest.substr(0, kept);
+        if (kept < rest.size()) safe += replacement(rest[kept]);
+        rest.remove_prefix(std::min(kept + 1, rest.size()));
     }
     if (entry.size > text.size()) safe += "... [cut, " + std::to_string(entry.size) + " bytes]";
     return safe;

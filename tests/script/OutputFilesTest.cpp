@@ -57,7 +57,7 @@ TEST(OutputHeader, LeavesTheFileWholeWhenTheScratchFileCannotBeMade) {
 
 TEST(OutputReader, LosesNoByteButThoseBehindANulInItsChunk) {
     const support::TempDir folder;
-    for (const std::size_t size : {0, 1, 4094, 4095, 4096, 9000}) {
+    for (const std::size_t size : {0, 1, 4094, 4095, 4096, 9000, 600'000}) {
         std::string content(size, 'x');
         for (std::size_t i = 0; i < size; i += 7) content[i] = static_cast<char>(i % 255 + 1);
         support::writeFile(folder / "out.log", content);
@@ -66,7 +66,7 @@ TEST(OutputReader, LosesNoByteButThoseBehindANulInItsChunk) {
         std::string text = "heading";
         readRest(file, folder / "out.log", 4095, text);
         EXPECT_EQ(text, "heading" + content);
-        if (size < 9000) continue;
+        if (size != 9000) continue;
         content[5000] = '\0';
         support::writeFile(folder / "out.log", content);
         ASSERT_FALSE(file.Open((folder / "out.log").c_str(), "rb").IsError());
