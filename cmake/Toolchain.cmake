@@ -31,4 +31,9 @@ else()
   add_compile_options(-fstack-protector-strong -fstack-clash-protection
     "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 endif()
+# With debug information, GNU ld takes half the time of an incremental build.
+find_program(DVU_GOLD ld.gold)
+if(DVU_GOLD AND CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT DVU_SANITIZE)
+  add_link_options(-fuse-ld=gold)
+endif()
 add_link_options(LINKER:-z,relro,-z,now)  # makes the tables of function addresses read-only after loading
