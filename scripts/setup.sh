@@ -17,10 +17,13 @@ packages=(
 test_packages=(
   abigail-tools freetds-bin libnss-wrapper krb5-kdc krb5-admin-server krb5-user faketime libgtest-dev file chromium openssl
   python3 python3-pymssql python3-pyodbc python3-sqlalchemy zsh fish
+  libjtds-java golang-github-denisenkom-go-mssqldb-dev
 )
-# Debian's packages conflict with a Node.js from another source.
+# Debian's packages conflict with a Node.js from another source. A Java or Go from elsewhere will do.
 command -v node >/dev/null || test_packages+=(nodejs)
 command -v npm >/dev/null || test_packages+=(npm)
+command -v javac >/dev/null || test_packages+=(default-jdk-headless)
+command -v go >/dev/null || test_packages+=(golang-go)
 case "${1-test}" in
   run) ;;
   test) packages+=("${test_packages[@]}") ;;

@@ -1,5 +1,5 @@
-// The server as independent clients see it: FreeTDS's ODBC driver and its db-lib, tedious, and libraries over
-// them.
+// The server as independent clients see it: FreeTDS's ODBC driver and its db-lib, tedious, jTDS, go-mssqldb,
+// and libraries over them.
 #include <gtest/gtest.h>
 
 #include "OdbcClient.h"
@@ -331,6 +331,35 @@ TEST_F(ClientTest, SqlAlchemy) {
             runProgram({"/usr/bin/python3", TDS_CLIENTS "/sqlalchemy_client.py", std::to_string(box().port()),
                         box().login(), box().password(), driver});
         EXPECT_EQ(result.exitCode, 0) << driver << result.output << result.errors;
+    }
+}
+
+// The cases are in clients/JtdsClient.java.
+TEST_F(ClientTest, Jtds) {
+    OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE jtds");
+    const ProgramResult result =
+        runProgram({"java", "-cp", "/usr/share/java/jtds.jar", TDS_CLIENTS "/JtdsClient.java",
+                    std::to_string(box().port()), box().login(), box().password()});
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+}
+
+// The cases are in clients/mssql_client.go.
+TEST_F(ClientTest, GoMssqldb) {
+    const TempDir folder;
+    const ProgramResult built = runProgram(
+        {"go", "build", "-o", folder / "client", TDS_CLIENTS "/mssql_client.go"},
+        {{},
+         {},
+         {"GO111MODULE=off", "GOPATH=/usr/share/gocode", "GOFLAGS=-p=2", "GOCACHE=" TDS_MODULES ".go"},
+         std::chrono::minutes(4)});
+    ASSERT_EQ(built.exitCode, 0) << built.errors;
+    const Certificates certificates;
+    const TsqlBox encrypted(certificates.options("good", {"--encryption", "required"}));
+    for (const auto& [server, encrypt] :
+         {std::pair<const TsqlBox*, std::string>(&box(), "disable"), {&encrypted, "true"}}) {
+        const ProgramResult result = runProgram({folder / "client", std::to_string(server->port()),
+                                                 server->login(), server->password(), encrypt});
+        EXPECT_EQ(result.exitCode, 0) << encrypt << result.output << result.errors;
     }
 }
 

@@ -46,9 +46,6 @@ ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
 CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
-    {"$STATE",
-     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
-o.source GLOB 'WITH NOCHECK *')"},
     {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
     {"$TABLE",
      "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = ts_schema_of(o.name); TABLE_NAME sysname = "
@@ -117,6 +114,26 @@ parent_column_id int = c.ordinal; referenced_object_id int = r.id; referenced_co
      R"($o o JOIN $o r ON r.name = o.stored AND r.type = 'U' JOIN $EACH(o.keys) k JOIN $c c ON c.object = o.parent
 AND c.name = k.value COLLATE ts_ci JOIN $EACH($REFERENCED(o.source)) f ON f.key = k.key JOIN $c rc ON rc.object = r.id
 AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
+    // How ODBC describes the types. Kinds (k): Exact number, Float, Money, National string, other quoted
+    // Constant, Binary string, Truth value.
+    {"sys", "spt_datatype_info",
+     R"(n sysname = column1; t smallint = column2; p int = column3; k char(1) = column4; par varchar(32) = column5;
+s smallint = column6; hi smallint = column7; ut smallint = column8)",
+     R"((VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
+('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
+('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
+('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
+('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
+('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
+('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
+('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
+('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
+('int', 4, 10, 'E', NULL, 2, 0, 7), ('int identity', 4, 10, 'E', NULL, 2, 0, 7),
+('smallint', 5, 5, 'E', NULL, 2, 0, 6), ('float', 6, 53, 'F', NULL, 2, NULL, 8),
+('real', 7, 24, 'F', NULL, 2, NULL, 23), ('varchar', 12, 8000, 'C', 'max length', 3, NULL, 2),
+('date', 91, 10, 'C', NULL, 3, 0, 0), ('time', -154, 16, 'C', 'scale', 3, 7, 0),
+('datetime', 93, 23, 'C', NULL, 3, 3, 12), ('datetime2', 93, 27, 'C', 'scale', 3, 7, 0),
+('smalldatetime', 93, 16, 'C', NULL, 3, 0, 22)))"},
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = ts_bare_name(o.name); index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE

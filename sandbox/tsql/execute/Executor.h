@@ -29,6 +29,8 @@
 
 namespace tsql {
 
+struct SystemProcedure;
+
 // FirstLabel + n: GOTO the label of number n.
 enum class Flow { Next, Break, Continue, Return, FirstLabel };
 
@@ -242,12 +244,6 @@ class Executor final : public NameResolver, public FunctionSession {
     void keepTables(const std::function<void()>& rollback);
 
     // ---- procedures of the system (ExecutorSystem.cpp)
-    struct SystemProcedure {
-        std::string_view name;
-        std::string_view parameters;
-        int (Executor::*body)(const Frame& frame);  // null: `text` is the body
-        std::string_view text = "RETURN";           // T-SQL
-    };
     static const SystemProcedure* systemProcedure(std::string_view name);
     int helpText(const Frame& frame);
     int getAppLock(const Frame& frame);

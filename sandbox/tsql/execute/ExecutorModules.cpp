@@ -1,6 +1,7 @@
 // Procedures, functions and views: stored as text, parsed when they are used.
 #include <algorithm>
 
+#include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
 #include "messages/Messages.h"
 #include "types/Finally.h"

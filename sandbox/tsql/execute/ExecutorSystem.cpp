@@ -1,7 +1,9 @@
 // System procedures. Each has a parameter list in T-SQL, to which arguments are bound, and a body in C++ or
 // T-SQL.
 #include <algorithm>
+#include <span>
 
+#include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
 #include "messages/Messages.h"
 #include "types/Text.h"
@@ -14,52 +16,6 @@ namespace {
 
 constexpr int kWrongCall = -999;
 
-// The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the
-// precision of a date from it. ODBC 3 numbers dates in another way than ODBC 2. Kinds (k): Exact number,
-// Float, Money, National string, other quoted Constant, Binary string, Truth value.
-constexpr std::string_view kDatatypeInfoParameters = "@data_type int = 0, @ODBCVer tinyint = 2";
-constexpr std::string_view kDatatypeInfo = R"(
-SELECT TYPE_NAME = CAST(n AS sysname), DATA_TYPE = CAST(CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END AS smallint),
-PRECISION = p, LITERAL_PREFIX = CAST(CASE k WHEN 'N' THEN 'N''' WHEN 'C' THEN '''' WHEN 'B' THEN '0x' WHEN 'M' THEN '$'
-END AS varchar(32)), LITERAL_SUFFIX = CAST(CASE WHEN k IN ('N', 'C') THEN '''' END AS varchar(32)), CREATE_PARAMS =
-CAST(par AS varchar(32)), NULLABLE = CAST(CASE WHEN auto = 1 THEN 0 ELSE 1 END AS smallint), CASE_SENSITIVE = CAST(0 AS
-smallint), SEARCHABLE = CAST(s AS smallint), UNSIGNED_ATTRIBUTE = CAST(CASE WHEN n = 'tinyint' THEN 1 ELSE 0 * auto END
-AS smallint), MONEY = CAST(CASE k WHEN 'M' THEN 1 ELSE 0 END AS smallint), AUTO_INCREMENT = CAST(auto AS smallint),
-LOCAL_TYPE_NAME = CAST(n AS sysname), MINIMUM_SCALE = CAST(CASE WHEN k = 'M' OR n = 'datetime' THEN hi WHEN n <> 'date'
-THEN 0 * hi END AS smallint), MAXIMUM_SCALE = CAST(hi AS smallint), SQL_DATA_TYPE = CAST(CASE WHEN t BETWEEN 91 AND 93
-THEN 9 ELSE t END AS smallint), SQL_DATETIME_SUB = CAST(CASE WHEN t BETWEEN 91 AND 93 THEN t - 90 END AS smallint),
-NUM_PREC_RADIX = CAST(CASE k WHEN 'F' THEN 2 ELSE 10 + 0 * auto END AS int), INTERVAL_PRECISION = CAST(NULL AS smallint),
-USERTYPE = CAST(ut AS smallint) FROM (SELECT *, t2 = CASE t WHEN 91 THEN 9 WHEN 93 THEN 11 ELSE t END, auto = CASE WHEN
-n LIKE '%identity' THEN 1 WHEN k IN ('E', 'F', 'M') THEN 0 END FROM (VALUES
-('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
-('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
-('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
-('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
-('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
-('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
-('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
-('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
-('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
-('int', 4, 10, 'E', NULL, 2, 0, 7), ('int identity', 4, 10, 'E', NULL, 2, 0, 7),
-('smallint', 5, 5, 'E', NULL, 2, 0, 6), ('float', 6, 53, 'F', NULL, 2, NULL, 8),
-('real', 7, 24, 'F', NULL, 2, NULL, 23), ('varchar', 12, 8000, 'C', 'max length', 3, NULL, 2),
-('date', 91, 10, 'C', NULL, 3, 0, 0), ('time', -154, 16, 'C', 'scale', 3, 7, 0),
-('datetime', 93, 23, 'C', NULL, 3, 3, 12), ('datetime2', 93, 27, 'C', 'scale', 3, 7, 0),
-('smalldatetime', 93, 16, 'C', NULL, 3, 0, 22)
-) v (n, t, p, k, par, s, hi, ut)) x
-WHERE @data_type = 0 OR @data_type = CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END ORDER BY 2, 12, 11, 20)";
-
-// sp_helptext reports an object that does not exist.
-constexpr std::string_view kHelpIndex = R"(
-IF OBJECT_ID(@objname) IS NULL BEGIN EXEC sp_helptext @objname RETURN 1 END
-SELECT index_name = i.name, index_description = CAST(CASE i.type WHEN 1 THEN 'clustered' ELSE 'nonclustered' END +
-CASE i.is_unique WHEN 1 THEN ', unique' ELSE '' END + CASE WHEN i.is_primary_key = 1 THEN ', primary key'
-WHEN i.is_unique_constraint = 1 THEN ', unique key' ELSE '' END + ' located on PRIMARY' AS varchar(210)), index_keys =
-CAST((SELECT STRING_AGG(c.name + CASE k.is_descending_key WHEN 1 THEN '(-)' ELSE '' END, ', ') WITHIN GROUP
-(ORDER BY k.key_ordinal) FROM sys.index_columns k JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id =
-k.column_id WHERE k.object_id = i.object_id AND k.index_id = i.index_id) AS nvarchar(2078))
-FROM sys.indexes i WHERE i.object_id = OBJECT_ID(@objname) ORDER BY 1)";
-
 std::string textOf(const Frame& frame, const char* variable) {
     const auto* text = std::get_if<std::string>(&frame.variables.at(variable).value);
     return text ? *text : std::string();
@@ -67,23 +23,23 @@ std::string textOf(const Frame& frame, const char* variable) {
 
 }  // namespace
 
-const Executor::SystemProcedure* Executor::systemProcedure(std::string_view name) {
+const SystemProcedure* Executor::systemProcedure(std::string_view name) {
+    static constexpr std::string_view kNone = "RETURN";
     static constexpr SystemProcedure kProcedures[] = {
-        {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", &Executor::helpText},
+        {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", kNone, &Executor::helpText},
         {"sp_getapplock",
          "@Resource nvarchar(255), @LockMode varchar(32), @LockOwner varchar(32) = 'Transaction', "
          "@LockTimeout int = NULL, @DbPrincipal sysname = 'public'",
-         &Executor::getAppLock},
+         kNone, &Executor::getAppLock},
         {"sp_releaseapplock",
          "@Resource nvarchar(255), @LockOwner varchar(32) = 'Transaction', @DbPrincipal sysname = 'public'",
-         &Executor::releaseAppLock},
-        {"sp_datatype_info", kDatatypeInfoParameters, nullptr, kDatatypeInfo},
-        {"sp_datatype_info_100", kDatatypeInfoParameters, nullptr, kDatatypeInfo},
-        {"sp_helpindex", "@objname nvarchar(776)", nullptr, kHelpIndex},
+         kNone, &Executor::releaseAppLock},
     };
-    const auto* found =
-        std::ranges::find_if(kProcedures, [&](const auto& each) { return sameWord(each.name, name); });
-    return found == std::end(kProcedures) ? nullptr : found;
+    const SystemProcedure* found = nullptr;
+    for (const auto& procedures : {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}})
+        for (const SystemProcedure& each : procedures)
+            if (sameWord(each.name, name)) found = &each;
+    return found;
 }
 
 // sp_helptext: one row for each line of the module's text, the line end included, split after 255 characters.

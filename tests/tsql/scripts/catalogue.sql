@@ -144,3 +144,58 @@ INSERT BULK Numbered (b --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax
 SELECT COUNT(*) AS n FROM sys.triggers --> n int? = 0 (1 rows)
 SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('pair')) AS a, OBJECT_SCHEMA_NAME(0) AS b --> a nvarchar(128)? = dbo | b nvarchar(128)? = NULL (1 rows)
 SELECT spid - @@SPID AS own, blocked, DB_NAME(dbid) AS db, status, loginame FROM master..sysprocesses WHERE spid = @@SPID --> own smallint? = 0 | blocked smallint? = 0 | db nvarchar(128)? = the store | status nchar(30)? = running | loginame nchar(128)? = sa (1 rows)
+-- what drivers ask about tables and procedures
+CREATE TABLE Described (id int IDENTITY CONSTRAINT pk_described PRIMARY KEY, name nvarchar(20) NOT NULL DEFAULT N'none',
+amount decimal(9, 2), rate float, taken datetime2(3), note varchar(max))
+CREATE TABLE Remarks (a int, b int CONSTRAINT fk_remarks REFERENCES Described (id) ON DELETE SET NULL)
+CREATE INDEX ix_remarks ON Remarks (b DESC, a) -->
+DECLARE @columns TABLE (q sysname, o sysname, t sysname, name sysname, type smallint, typeName sysname, p int, length int, scale smallint,
+radix smallint, nullable smallint, remarks varchar(254), fallback nvarchar(4000), t3 smallint, sub smallint, octets int, ordinal int,
+isNullable varchar(3), ss tinyint)
+INSERT @columns EXEC sp_columns 'Desc%', 'dbo'
+SELECT o, t, name, type, typeName, p, length, scale, radix, nullable, fallback, t3, sub, octets, isNullable FROM @columns ORDER BY ordinal
+DELETE @columns
+INSERT @columns EXEC sp_columns 'Described', @column_name = '[rt]a%', @ODBCVer = 3
+SELECT name, type, p, radix FROM @columns ORDER BY ordinal
+--> (6 changed)
+--> o nvarchar(128) | t nvarchar(128) | name nvarchar(128) | type smallint? | typeName nvarchar(128) | p int? | length int? | scale smallint? | radix smallint? | nullable smallint? | fallback nvarchar(4000)? | t3 smallint? | sub smallint? | octets int? | isNullable varchar(3)?
+--> dbo | Described | id | 4 | int identity | 10 | 4 | 0 | 10 | 0 | NULL | 4 | NULL | NULL | NO
+--> dbo | Described | name | -9 | nvarchar | 20 | 40 | NULL | NULL | 0 | (N'none') | -9 | NULL | 40 | NO
+--> dbo | Described | amount | 3 | decimal | 9 | 11 | 2 | 10 | 1 | NULL | 3 | NULL | NULL | YES
+--> dbo | Described | rate | 6 | float | 15 | 8 | NULL | 10 | 1 | NULL | 6 | NULL | NULL | YES
+--> dbo | Described | taken | 11 | datetime2 | 23 | 16 | 3 | NULL | 1 | NULL | 9 | 3 | NULL | YES
+--> dbo | Described | note | 12 | varchar | 0 | 0 | NULL | NULL | 1 | NULL | 12 | NULL | 0 | YES (6 rows) (6 changed) (2 changed)
+--> name nvarchar(128) | type smallint? | p int? | radix smallint? = rate | 6 | 53 | 2; taken | 93 | 23 | NULL (2 rows)
+EXEC sp_tables 'remark_', NULL, NULL, '''VIEW'',''TABLE'''
+EXEC sp_tables 'remark_', @fUsePattern = 0
+EXEC sp_tables '', '%', ''
+EXEC sp_tables '', '', '', '%'
+EXEC sp_pkeys Described
+EXEC sp_fkeys Described
+EXEC sp_fkeys @fktable_name = Remarks, @fktable_owner = 'nobody'
+EXEC sp_statistics Remarks
+EXEC sp_statistics Remarks, @is_unique = 'Y'
+EXEC sp_columns Remarks, NULL, 'msdb'
+EXEC sp_fkeys
+EXEC msdb..sp_tables
+--> TABLE_QUALIFIER nvarchar(128)? = the store | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = Remarks | TABLE_TYPE varchar(32)? = TABLE | REMARKS varchar(254)? = NULL (1 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)? (0 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)?
+--> NULL | dbo | NULL | NULL | NULL
+--> NULL | guest | NULL | NULL | NULL
+--> NULL | INFORMATION_SCHEMA | NULL | NULL | NULL
+--> NULL | sys | NULL | NULL | NULL (4 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)?
+--> NULL | NULL | NULL | SYSTEM TABLE | NULL
+--> NULL | NULL | NULL | TABLE | NULL
+--> NULL | NULL | NULL | VIEW | NULL (3 rows)
+--> TABLE_QUALIFIER nvarchar(128)? = the store | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = Described | COLUMN_NAME nvarchar(128)? = id | KEY_SEQ smallint? = 1 | PK_NAME nvarchar(128)? = pk_described (1 rows)
+--> PKTABLE_QUALIFIER nvarchar(128)? = the store | PKTABLE_OWNER nvarchar(128)? = dbo | PKTABLE_NAME nvarchar(128)? = Described | PKCOLUMN_NAME nvarchar(128)? = id | FKTABLE_QUALIFIER nvarchar(128)? = the store | FKTABLE_OWNER nvarchar(128)? = dbo | FKTABLE_NAME nvarchar(128)? = Remarks | FKCOLUMN_NAME nvarchar(128)? = b | KEY_SEQ smallint? = 1 | UPDATE_RULE smallint? = 1 | DELETE_RULE smallint? = 2 | FK_NAME nvarchar(128)? = fk_remarks | PK_NAME nvarchar(128)? = pk_described | DEFERRABILITY smallint? = 7 (1 rows)
+--> PKTABLE_QUALIFIER nvarchar(128)? | PKTABLE_OWNER nvarchar(128)? | PKTABLE_NAME nvarchar(128)? | PKCOLUMN_NAME nvarchar(128)? | FKTABLE_QUALIFIER nvarchar(128)? | FKTABLE_OWNER nvarchar(128)? | FKTABLE_NAME nvarchar(128)? | FKCOLUMN_NAME nvarchar(128)? | KEY_SEQ smallint? | UPDATE_RULE smallint? | DELETE_RULE smallint? | FK_NAME nvarchar(128)? | PK_NAME nvarchar(128)? | DEFERRABILITY smallint? (0 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | NON_UNIQUE smallint? | INDEX_QUALIFIER nvarchar(128)? | INDEX_NAME nvarchar(128)? | TYPE smallint? | SEQ_IN_INDEX smallint? | COLUMN_NAME nvarchar(128)? | COLLATION varchar(1)? | CARDINALITY int? | PAGES int? | FILTER_CONDITION varchar(128)?
+--> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 1 | b | D | NULL | NULL | NULL
+--> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 2 | a | A | NULL | NULL | NULL (2 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | NON_UNIQUE smallint? | INDEX_QUALIFIER nvarchar(128)? | INDEX_NAME nvarchar(128)? | TYPE smallint? | SEQ_IN_INDEX smallint? | COLUMN_NAME nvarchar(128)? | COLLATION varchar(1)? | CARDINALITY int? | PAGES int? | FILTER_CONDITION varchar(128)? (0 rows)
+--> Msg 18054, Level 16, State 1, Line 1, Procedure sp_columns: Error 15250, severity 0, state 1 was raised, but no message with that error number was found in sys.messages. If error is larger than 50000, make sure the user-defined message is added using sp_addmessage.
+--> Msg 18054, Level 16, State 1, Line 1, Procedure sp_fkeys: Error 15252, severity 0, state 1 was raised, but no message with that error number was found in sys.messages. If error is larger than 50000, make sure the user-defined message is added using sp_addmessage.
+--> TABLE_QUALIFIER nvarchar(128)? = msdb | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = backupset | TABLE_TYPE varchar(32)? = TABLE | REMARKS varchar(254)? = NULL (1 rows)

@@ -1,0 +1,140 @@
+// System procedures that describe a database, in T-SQL. ODBC and JDBC drivers call them.
+#pragma once
+
+#include <string_view>
+
+namespace tsql {
+
+class Executor;
+struct Frame;
+
+// A procedure of the system. Its body is a function of Executor or, if that is null, T-SQL.
+struct SystemProcedure {
+    std::string_view name;
+    std::string_view parameters;  // in T-SQL
+    std::string_view text = "RETURN";
+    int (Executor::*body)(const Frame& frame) = nullptr;
+};
+
+// The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the
+// precision of a date from it. ODBC 3 numbers dates in another way than ODBC 2.
+inline constexpr SystemProcedure kDatatypeInfo = {"sp_datatype_info",
+                                                  "@data_type int = 0, @ODBCVer tinyint = 2", R"(
+SELECT TYPE_NAME = CAST(n AS sysname), DATA_TYPE = CAST(CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END AS smallint),
+PRECISION = p, LITERAL_PREFIX = CAST(CASE k WHEN 'N' THEN 'N''' WHEN 'C' THEN '''' WHEN 'B' THEN '0x' WHEN 'M' THEN
+'$' END AS varchar(32)), LITERAL_SUFFIX = CAST(CASE WHEN k IN ('N', 'C') THEN '''' END AS varchar(32)), CREATE_PARAMS
+= CAST(par AS varchar(32)), NULLABLE = CAST(CASE WHEN auto = 1 THEN 0 ELSE 1 END AS smallint), CASE_SENSITIVE = CAST(0
+AS smallint), SEARCHABLE = CAST(s AS smallint), UNSIGNED_ATTRIBUTE = CAST(CASE WHEN n = 'tinyint' THEN 1 ELSE 0 * auto
+END AS smallint), MONEY = CAST(CASE k WHEN 'M' THEN 1 ELSE 0 END AS smallint), AUTO_INCREMENT = CAST(auto AS
+smallint), LOCAL_TYPE_NAME = CAST(n AS sysname), MINIMUM_SCALE = CAST(CASE WHEN k = 'M' OR n = 'datetime' THEN hi WHEN
+n <> 'date' THEN 0 * hi END AS smallint), MAXIMUM_SCALE = CAST(hi AS smallint), SQL_DATA_TYPE = CAST(CASE WHEN t
+BETWEEN 91 AND 93 THEN 9 ELSE t END AS smallint), SQL_DATETIME_SUB = CAST(CASE WHEN t BETWEEN 91 AND 93 THEN t - 90
+END AS smallint), NUM_PREC_RADIX = CAST(CASE k WHEN 'F' THEN 2 ELSE 10 + 0 * auto END AS int), INTERVAL_PRECISION =
+CAST(NULL AS smallint), USERTYPE = CAST(ut AS smallint) FROM (SELECT *, t2 = CASE t WHEN 91 THEN 9 WHEN 93 THEN 11
+ELSE t END, auto = CASE WHEN n LIKE '%identity' THEN 1 WHEN k IN ('E', 'F', 'M') THEN 0 END FROM
+sys.spt_datatype_info) x WHERE @data_type = 0 OR @data_type = CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END ORDER BY 2,
+12, 11, 20)"};
+
+inline constexpr SystemProcedure kCatalogueProcedures[] = {
+    kDatatypeInfo,
+    {"sp_datatype_info_100", kDatatypeInfo.parameters, kDatatypeInfo.text},
+    // sp_helptext reports an object that does not exist.
+    {"sp_helpindex", "@objname nvarchar(776)", R"(
+IF OBJECT_ID(@objname) IS NULL BEGIN EXEC sp_helptext @objname RETURN 1 END
+SELECT index_name = i.name, index_description = CAST(CASE i.type WHEN 1 THEN 'clustered' ELSE 'nonclustered' END +
+CASE i.is_unique WHEN 1 THEN ', unique' ELSE '' END + CASE WHEN i.is_primary_key = 1 THEN ', primary key' WHEN
+i.is_unique_constraint = 1 THEN ', unique key' ELSE '' END + ' located on PRIMARY' AS varchar(210)), index_keys =
+CAST((SELECT STRING_AGG(c.name + CASE k.is_descending_key WHEN 1 THEN '(-)' ELSE '' END, ', ') WITHIN GROUP (ORDER BY
+k.key_ordinal) FROM sys.index_columns k JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id
+WHERE k.object_id = i.object_id AND k.index_id = i.index_id) AS nvarchar(2078)) FROM sys.indexes i WHERE i.object_id =
+OBJECT_ID(@objname) ORDER BY 1)"},
+    {"sp_databases", "",
+     R"(SELECT DATABASE_NAME = name, DATABASE_SIZE = CAST(NULL AS int), REMARKS = CAST(NULL AS varchar(254)) FROM
+sys.databases ORDER BY 1)"},
+    // Also lists the databases, the schemas or the types of table if the other arguments are empty strings.
+    {"sp_tables",
+     "@table_name nvarchar(384) = NULL, @table_owner nvarchar(384) = NULL, @table_qualifier sysname = NULL, "
+     "@table_type varchar(100) = NULL, @fUsePattern bit = 1",
+     R"(IF @table_qualifier NOT IN ('', '%', DB_NAME()) BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT TABLE_QUALIFIER = CAST(q AS sysname), TABLE_OWNER = CAST(o AS sysname), TABLE_NAME = CAST(n AS sysname),
+TABLE_TYPE = CAST(t AS varchar(32)), REMARKS = CAST(NULL AS varchar(254)) FROM (SELECT DB_NAME(),
+SCHEMA_NAME(schema_id), name, CASE type WHEN 'U' THEN 'TABLE' ELSE 'VIEW' END, 0 FROM sys.objects WHERE type IN ('U',
+'V') UNION ALL SELECT name, NULL, NULL, NULL, 1 FROM sys.databases UNION ALL SELECT NULL, name, NULL, NULL, 2 FROM
+sys.schemas UNION ALL SELECT NULL, NULL, NULL, v, 3 FROM (VALUES ('SYSTEM TABLE'), ('TABLE'), ('VIEW')) k (v)) x (q,
+o, n, t, list) WHERE list = CASE WHEN @table_qualifier = '%' AND @table_owner = '' AND @table_name = '' THEN 1 WHEN
+@table_qualifier = '' AND @table_owner = '%' AND @table_name = '' THEN 2 WHEN @table_qualifier = '' AND @table_owner =
+'' AND @table_name = '' AND @table_type = '%' THEN 3 ELSE 0 END AND (list > 0 OR (@table_name IS NULL OR n =
+@table_name OR @fUsePattern = 1 AND n LIKE @table_name) AND (@table_owner IS NULL OR o = @table_owner OR @fUsePattern
+= 1 AND o LIKE @table_owner) AND (@table_type IS NULL OR CHARINDEX('''' + t + '''', @table_type) > 0)) ORDER BY 4, 1,
+2, 3)"},
+    {"sp_columns",
+     "@table_name nvarchar(384), @table_owner nvarchar(384) = NULL, @table_qualifier sysname = NULL, "
+     "@column_name nvarchar(384) = NULL, @ODBCVer int = 2, @fUsePattern bit = 1",
+     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, COLUMN_NAME = c.name,
+DATA_TYPE = CAST(CASE WHEN @ODBCVer = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END AS smallint),
+TYPE_NAME = CAST(n + CASE c.is_identity WHEN 1 THEN ' identity' ELSE '' END AS sysname), PRECISION = CAST(CASE WHEN n
+IN ('decimal', 'time', 'datetime2') THEN c.precision WHEN k = 'F' AND @ODBCVer < 3 THEN CASE n WHEN 'real' THEN 7 ELSE
+15 END WHEN max_length = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN max_length / 2 ELSE max_length END AS
+int), LENGTH = CAST(CASE WHEN max_length = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN p
+WHEN k = 'M' OR n = 'decimal' THEN c.precision + 2 WHEN n = 'date' THEN 6 WHEN n = 'time' THEN 12 WHEN t = 93 THEN 16
+ELSE max_length END AS int), SCALE = CAST(CASE WHEN k IN ('E', 'M') OR t IN (93, -154) THEN c.scale END AS smallint),
+RADIX = CAST(CASE WHEN k = 'F' AND @ODBCVer = 3 THEN 2 WHEN k IN ('E', 'F', 'M') THEN 10 END AS smallint), NULLABLE =
+CAST(c.is_nullable AS smallint), REMARKS = CAST(NULL AS varchar(254)), COLUMN_DEF = (SELECT CAST(definition AS nvarchar(4000)) FROM
+sys.default_constraints d WHERE d.object_id = c.default_object_id), SQL_DATA_TYPE = CAST(CASE WHEN t IN (91, 93) THEN
+9 ELSE t END AS smallint), SQL_DATETIME_SUB = CAST(CASE WHEN t IN (91, 93) THEN t - 90 END AS smallint),
+CHAR_OCTET_LENGTH = CAST(CASE WHEN max_length = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN
+p WHEN par LIKE '%length' THEN max_length END AS int), ORDINAL_POSITION = c.column_id, IS_NULLABLE = CASE
+c.is_nullable WHEN 1 THEN 'YES' ELSE 'NO' END, SS_DATA_TYPE = CAST(NULL AS tinyint) FROM sys.objects o JOIN
+sys.columns c ON c.object_id = o.object_id JOIN sys.spt_datatype_info ON n = TYPE_NAME(c.system_type_id) WHERE (o.name
+= @table_name OR @fUsePattern = 1 AND o.name LIKE @table_name) AND (@table_owner IS NULL OR SCHEMA_NAME(o.schema_id)
+LIKE @table_owner) AND (@column_name IS NULL OR c.name LIKE @column_name) ORDER BY 1, 2, 3, 17)"},
+    {"sp_pkeys", "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL",
+     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, COLUMN_NAME =
+COL_NAME (o.object_id, c.column_id), KEY_SEQ = CAST(c.key_ordinal AS smallint), PK_NAME = i.name FROM sys.objects o
+JOIN sys.indexes i ON i.object_id = o.object_id JOIN sys.index_columns c ON c.object_id = i.object_id AND c.index_id =
+i.index_id WHERE i.is_primary_key = 1 AND o.name = @table_name AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner,
+SCHEMA_NAME(o.schema_id)) ORDER BY 1, 2, 3, 5)"},
+    {"sp_fkeys",
+     "@pktable_name sysname = NULL, @pktable_owner sysname = NULL, @pktable_qualifier sysname = NULL, "
+     "@fktable_name sysname = NULL, @fktable_owner sysname = NULL, @fktable_qualifier sysname = NULL",
+     R"(IF @pktable_name IS NULL AND @fktable_name IS NULL BEGIN RAISERROR(15252, -1, -1) RETURN 1 END
+IF @pktable_qualifier <> DB_NAME() OR @fktable_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT PKTABLE_QUALIFIER = DB_NAME(), PKTABLE_OWNER = OBJECT_SCHEMA_NAME(r), PKTABLE_NAME = OBJECT_NAME(r),
+PKCOLUMN_NAME = COL_NAME(r, c.referenced_column_id), FKTABLE_QUALIFIER = DB_NAME(), FKTABLE_OWNER =
+OBJECT_SCHEMA_NAME(p), FKTABLE_NAME = OBJECT_NAME(p), FKCOLUMN_NAME = COL_NAME(p, c.parent_column_id), KEY_SEQ =
+CAST(c.constraint_column_id AS smallint), UPDATE_RULE = CAST(CASE u WHEN 2 THEN 2 ELSE 1 - u END AS smallint),
+DELETE_RULE = CAST(CASE d WHEN 2 THEN 2 ELSE 1 - d END AS smallint), FK_NAME = k.name, PK_NAME = (SELECT MIN(name)
+FROM sys.key_constraints WHERE parent_object_id = r AND type = 'PK'), DEFERRABILITY = CAST(7 AS smallint) FROM (SELECT
+*, p = parent_object_id, r = referenced_object_id, u = update_referential_action, d = delete_referential_action FROM
+sys.foreign_keys) k JOIN sys.foreign_key_columns c ON c.constraint_object_id = k.object_id WHERE OBJECT_NAME(r) =
+ISNULL(@pktable_name, OBJECT_NAME(r)) AND OBJECT_NAME(p) = ISNULL(@fktable_name, OBJECT_NAME(p)) AND
+OBJECT_SCHEMA_NAME(r) = ISNULL(@pktable_owner, OBJECT_SCHEMA_NAME(r)) AND OBJECT_SCHEMA_NAME(p) =
+ISNULL(@fktable_owner, OBJECT_SCHEMA_NAME(p)) ORDER BY CASE WHEN @pktable_name IS NULL THEN OBJECT_NAME(r) ELSE
+OBJECT_NAME(p) END, 12, 9)"},
+    {"sp_statistics",
+     "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL, @index_name sysname "
+     "= '%', "
+     "@is_unique char(1) = 'N', @accuracy char(1) = 'Q'",
+     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, NON_UNIQUE = CAST(1 -
+i.is_unique AS smallint), INDEX_QUALIFIER = o.name, INDEX_NAME = i.name, TYPE = CAST(CASE i.type WHEN 1 THEN 1 ELSE 3
+END AS smallint), SEQ_IN_INDEX = CAST(c.key_ordinal AS smallint), COLUMN_NAME = COL_NAME(o.object_id, c.column_id),
+COLLATION = CASE c.is_descending_key WHEN 1 THEN 'D' ELSE 'A' END, CARDINALITY = CAST(NULL AS int), PAGES = CAST(NULL
+AS int), FILTER_CONDITION = CAST(NULL AS varchar(128)) FROM sys.objects o JOIN sys.indexes i ON i.object_id =
+o.object_id JOIN sys.index_columns c ON c.object_id = i.object_id AND c.index_id = i.index_id WHERE o.name =
+@table_name AND i.name LIKE @index_name AND (@is_unique <> 'Y' OR i.is_unique = 1) AND SCHEMA_NAME(o.schema_id) =
+ISNULL(@table_owner, SCHEMA_NAME(o.schema_id)) ORDER BY 4, 7, 6, 8)"},
+    {"sp_stored_procedures",
+     "@sp_name nvarchar(390) = NULL, @sp_owner nvarchar(384) = NULL, @sp_qualifier sysname = NULL, "
+     "@fUsePattern bit = 1",
+     R"(IF @sp_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT PROCEDURE_QUALIFIER = DB_NAME(), PROCEDURE_OWNER = SCHEMA_NAME(schema_id), PROCEDURE_NAME = CAST(name + CASE
+type WHEN 'P' THEN ';1' ELSE ';0' END AS nvarchar(134)), NUM_INPUT_PARAMS = -1, NUM_OUTPUT_PARAMS = -1,
+NUM_RESULT_SETS = -1, REMARKS = CAST(NULL AS varchar(254)), PROCEDURE_TYPE = CAST(2 AS smallint) FROM sys.objects
+WHERE type IN ('P', 'FN', 'IF') AND (@sp_name IS NULL OR name = @sp_name OR @fUsePattern = 1 AND name LIKE @sp_name)
+AND (@sp_owner IS NULL OR SCHEMA_NAME(schema_id) LIKE @sp_owner) ORDER BY 1, 2, 3)"},
+};
+
+}  // namespace tsql
