@@ -1,13 +1,5 @@
 #include "execute/Executor.h"
 
-#include <algorithm>
-#include <chrono>
-
-#include "messages/Messages.h"
-#include "types/Finally.h"
-#include "types/Text.h"
-#include "types/Work.h"
-
 namespace tsql {
 
 using namespace ast;

@@ -2,6 +2,7 @@
 // own file.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -14,17 +15,18 @@
 
 #include "catalogue/Catalogue.h"
 #include "catalogue/Constraints.h"
-#include "execute/AppLocks.h"
-#include "execute/Client.h"
+#include "execute/Engine.h"
 #include "execute/Frame.h"
 #include "functions/FunctionContext.h"
 #include "functions/FunctionSession.h"
+#include "messages/Messages.h"
 #include "storage/Backup.h"
 #include "storage/Connection.h"
-#include "storage/Storage.h"
 #include "syntax/Ast.h"
 #include "syntax/Parser.h"
 #include "translate/Translator.h"
+#include "types/Finally.h"
+#include "types/Text.h"
 #include "types/Work.h"
 
 namespace tsql {
@@ -70,16 +72,17 @@ struct Settings {
 
 using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
 
-class Executor final : public NameResolver, public FunctionSession {
+class Executor final : public Session, public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
     ~Executor() override;
 
-    bool runBatch(std::string_view text, ResultSink& sink);
-    bool call(ProcedureCall& call, ResultSink& sink);
-    bool insertBulk(const RowSource& sendRows, ResultSink& sink);
-    bool resetAroundTransaction(std::string_view database);
-    const std::string& database() const { return m_database; }
+    // Session
+    bool runBatch(std::string_view text, ResultSink& sink) override;
+    bool call(ProcedureCall& call, ResultSink& sink) override;
+    bool insertBulk(const RowSource& sendRows, ResultSink& sink) override;
+    bool resetAroundTransaction(std::string_view database) override;
+    const std::string& database() const override { return m_database; }
 
     // NameResolver
     SqlType variableType(std::string_view name) override;

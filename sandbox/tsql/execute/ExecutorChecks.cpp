@@ -1,8 +1,5 @@
 // Checks of a batch before its first statement runs: errors that do not depend on values.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
 

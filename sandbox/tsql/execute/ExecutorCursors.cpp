@@ -1,9 +1,6 @@
 // Cursors: DECLARE, OPEN, FETCH, CLOSE, DEALLOCATE.
-#include <algorithm>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -1,10 +1,7 @@
 // CREATE, ALTER and DROP of tables and indexes.
-#include <algorithm>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
 #include "storage/Atomic.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -1,10 +1,6 @@
 // Procedures, functions and views: stored as text, parsed when they are used.
-#include <algorithm>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -1,7 +1,5 @@
 // Resolution of names: variables, tables and views.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 

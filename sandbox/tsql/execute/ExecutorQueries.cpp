@@ -1,12 +1,7 @@
 // SELECT, INSERT, UPDATE, DELETE.
-#include <algorithm>
-#include <functional>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
 #include "storage/Atomic.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
 

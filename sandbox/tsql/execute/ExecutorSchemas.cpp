@@ -1,7 +1,5 @@
 // CREATE, ALTER and DROP SCHEMA.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -1,10 +1,7 @@
 // System procedures. Each has a parameter list in T-SQL, to which arguments are bound, and a body in C++ or
 // T-SQL.
-#include <algorithm>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -1,7 +1,5 @@
 // Transactions: BEGIN, SAVE, COMMIT and ROLLBACK, and the start of SQLite's transaction before a change.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 

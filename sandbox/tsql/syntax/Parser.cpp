@@ -2,9 +2,6 @@
 
 #include <charconv>
 
-#include "messages/Messages.h"
-#include "types/Text.h"
-
 namespace tsql {
 namespace {
 

@@ -9,8 +9,10 @@
 #include <type_traits>
 #include <vector>
 
+#include "messages/Messages.h"
 #include "syntax/Ast.h"
 #include "syntax/Lexer.h"
+#include "types/Finally.h"
 #include "types/Text.h"
 
 namespace tsql {

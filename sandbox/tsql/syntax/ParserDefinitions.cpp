@@ -1,9 +1,6 @@
 // INSERT, UPDATE, DELETE; CREATE, ALTER and DROP.
-#include <utility>
 
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 

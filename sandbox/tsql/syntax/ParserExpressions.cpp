@@ -1,10 +1,6 @@
 // Expressions and conditions.
-#include <utility>
 
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
 

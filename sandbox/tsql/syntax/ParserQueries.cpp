@@ -1,10 +1,7 @@
 // SELECT and its clauses.
 #include <limits>
 
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
 

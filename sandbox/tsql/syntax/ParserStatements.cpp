@@ -1,8 +1,5 @@
 // Control flow, variables, settings, calls, cursors, transactions, backup.
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
 

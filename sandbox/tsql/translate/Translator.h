@@ -2,6 +2,7 @@
 // parameters.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -14,6 +15,7 @@
 #include "catalogue/SystemViews.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
+#include "messages/Messages.h"
 #include "syntax/Ast.h"
 #include "types/Finally.h"
 #include "types/SqlType.h"

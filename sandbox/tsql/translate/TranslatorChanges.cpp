@@ -1,9 +1,5 @@
-#include <algorithm>
-
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
 

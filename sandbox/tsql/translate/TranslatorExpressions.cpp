@@ -1,8 +1,4 @@
-#include <algorithm>
-
-#include "messages/Messages.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -1,7 +1,5 @@
 // FOR XML: the rows of a query as one XML string.
-#include "messages/Messages.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
 
