@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -17,6 +18,7 @@
 #include "catalogue/Constraints.h"
 #include "execute/Engine.h"
 #include "execute/Frame.h"
+#include "execute/RowRecord.h"
 #include "functions/FunctionContext.h"
 #include "functions/FunctionSession.h"
 #include "messages/Messages.h"
@@ -104,6 +106,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<std::int64_t> scopeIdentity() const override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
+    bool isUpdated(std::string_view column) const override;
     const Message* caughtError() const override { return m_caught.empty() ? nullptr : &m_caught.back(); }
     const std::string& loginName() const override { return m_client.login; }
     const std::string& clientHost() const override { return m_client.host; }
@@ -179,6 +182,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const ast::Update& update);
     Flow run(const ast::Delete& statement);
     Flow run(const ast::Truncate& truncate);
+    using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
                             std::int64_t most = 0);
@@ -244,6 +248,23 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // Runs `rollback` and preserves the rows of table variables.
     void keepTables(const std::function<void()>& rollback);
 
+    // ---- triggers (ExecutorTriggers.cpp)
+    Flow run(const ast::SwitchTriggers& node);
+    TableInfo tableOfTrigger(const ast::CreateModule& trigger);
+    static void bindTrigger(const Catalogue& owner, const ast::CreateModule& trigger, const TableInfo& table,
+                            ObjectInfo& object);
+    // Runs a change of `target` and the triggers that it fires. events: what the change does, with the
+    // columns that an UPDATE sets.
+    using Events = std::vector<std::pair<std::string_view, WordSet>>;
+    Flow withTriggers(const TableInfo& target, const Events& events, const std::optional<ast::Output>& output,
+                      StatementKind kind, const ChangeRows& change);
+    std::vector<ObjectInfo> enabledTriggers(const TableInfo& table, std::string_view verb);
+    void addFiring(Firing firing, std::vector<Firing>& all);
+    void changeAndFire(const TableInfo& target, std::vector<Firing> firings, const ChangeRows& change);
+    void fire(const ObjectInfo& trigger, const Firing& firing);
+    bool namesChangedRows(const ast::ObjectName& name) const;
+    SystemView changedRows(const ast::ObjectName& name);
+
     // ---- procedures of the system (ExecutorSystem.cpp)
     struct SystemProcedure {
         std::string_view name;
@@ -260,7 +281,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const ast::CreateModule& module);
     Flow run(const ast::Execute& execute);
-    void checkBody(const ast::CreateModule& module);
+    void checkBody(const ast::CreateModule& module, const std::optional<TableInfo>& ofTrigger);
     void reportMissingDependency(const ast::ObjectName& procedure);
     std::shared_ptr<const Batch> parsed(const std::string& text);
     // inside: database in which the text runs; empty: the session's.
@@ -342,8 +363,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     ResultSink* m_sink = nullptr;
     std::vector<Frame*> m_frames;
     std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
-    std::vector<Message> m_caught;  // errors of the CATCH blocks being executed
-    RowChange m_change;             // change being executed, for its error messages
+    std::vector<Message> m_caught;      // errors of the CATCH blocks being executed
+    RowChange m_change;                 // change being executed, for its error messages
+    std::optional<TableInfo> m_shadow;  // stands for the table whose change INSTEAD OF triggers receive
     // Tables that the transaction has looked up. They do not change until the transaction itself defines
     // something.
     std::unordered_map<std::string, TableInfo> m_knownTables;

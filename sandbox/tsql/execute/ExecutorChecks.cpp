@@ -55,7 +55,7 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (std::is_base_of_v<Change, Node>) {
         const TableInfo target = changedTable(node, translator);
         if constexpr (std::is_same_v<Node, Update>)
-            translator.update(target, node);
+            translator.update(target, node, "a record");
         else
             translator.remove(target, node);
     }

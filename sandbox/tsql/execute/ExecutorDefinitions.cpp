@@ -9,13 +9,6 @@ using namespace ast;
 
 namespace {
 
-std::string_view storageClass(const SqlType& type) {
-    if (isBinary(type.id) || isWide(type)) return "BLOB";
-    if (isExact(type.id)) return "INTEGER";
-    if (isApproximate(type.id)) return "REAL";
-    return "TEXT COLLATE ts_ci";
-}
-
 // A key of the identity column alone needs no index, since that column is SQLite's row id.
 bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     const TableColumn* identity = table.identityColumn();
@@ -553,7 +546,8 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     constexpr Kind kKinds[] = {{"table", objectType::kTable, {}},  // in the order of ObjectKind
                                {"view", objectType::kView, {}},
                                {"procedure", objectType::kProcedure, {}},
-                               {"function", objectType::kFunction, objectType::kTableFunction}};
+                               {"function", objectType::kFunction, objectType::kTableFunction},
+                               {"trigger", objectType::kTrigger, {}}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {

@@ -56,8 +56,10 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     return columns;
 }
 
-void Executor::checkBody(const CreateModule& module) {
+void Executor::checkBody(const CreateModule& module, const std::optional<TableInfo>& ofTrigger) {
     Frame frame;
+    const Firing firing{ofTrigger.value_or(TableInfo()), {}, {}};
+    if (ofTrigger) frame.firing = &firing;
     frame.procedure = module.name.name;
     frame.schemaName = module.name.schema;
     frame.declare(module);
@@ -67,18 +69,24 @@ void Executor::checkBody(const CreateModule& module) {
 
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
-    const std::string_view type = !module.function ? module.query ? objectType::kView : objectType::kProcedure
-                                  : module.query   ? objectType::kTableFunction
-                                                   : objectType::kFunction;
+    const std::string_view type = module.isTrigger() ? objectType::kTrigger
+                                  : module.function
+                                      ? module.query ? objectType::kTableFunction : objectType::kFunction
+                                  : module.query ? objectType::kView
+                                                 : objectType::kProcedure;
+    const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
+    ObjectName name = module.name;
+    if (table) name.schema = table->schemaName;
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
-    checkBody(module);
+    checkBody(module, table);
     define(module.name, [&](Catalogue& owner) {
-        const auto existing = owner.find(storedName(module.name.schema, module.name.name));
+        const auto existing = owner.find(storedName(name.schema, name.name));
         if (existing && (!module.alter || existing->type != type))
             throw sqlError(message::kObjectExists, {module.name.name}, 3);
         if (!existing && !module.create)
             throw sqlError(message::kInvalidObjectName, {asWritten(module.name)}, 6);
-        ObjectInfo object = existing ? *existing : newObject(owner, module.name, type);
+        ObjectInfo object = existing ? *existing : newObject(owner, name, type);
+        if (table) bindTrigger(owner, module, *table, object);
         object.source = m_text;
         const std::string_view verb = tokenize(m_text).front().raw;
         const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
@@ -102,7 +110,7 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
 
 // The sp_ procedures of master use the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
-    if (isTemporaryName(name.name)) return std::nullopt;
+    if (isTemporaryName(name.name) || namesChangedRows(name)) return std::nullopt;
     ObjectName place = name;
     auto found = visibleObject(place);
     if ((!found || found->type != type) && name.database.empty() &&

@@ -114,7 +114,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         if (found == tables.end()) throw sqlError(message::kUndeclaredTableVariable, {name.name});
         return found->second.info;
     }
-    if (m_checking && name.name.starts_with('#')) return std::nullopt;
+    if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
     if (!m_connection.inTransaction()) m_knownTables.clear();
     const std::string& schemaName = name.schema.empty() ? m_frames.back()->schemaName : name.schema;
     const std::string key = databaseOf(name) + '/' + schemaName + '/' + name.name;
@@ -122,6 +122,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     const auto found = visibleObject(name);
     if (!found || found->type != objectType::kTable) return std::nullopt;
     TableInfo table = catalogue(name).tableOf(*found);
+    if (m_shadow && m_shadow->id == table.id && m_shadow->database == table.database) table = *m_shadow;
     if (awaitsTransaction()) begin({});
     if (m_connection.inTransaction()) m_knownTables.emplace(key, table);
     return table;
@@ -160,11 +161,13 @@ std::string Executor::asWritten(const ObjectName& name) {
 // missing, state: number and state of the error if there is no such table.
 TableInfo Executor::table(const ObjectName& name, int missing, int state) {
     if (auto found = findTable(name)) return *found;
+    if (namesChangedRows(name)) throw sqlError(message::kChangedRowsChanged);
     if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");
     throw sqlError(missing, {asWritten(name)}, state);
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {
+    if (namesChangedRows(name)) return changedRows(name);
     if (isTemporaryName(name.name) || (!name.database.empty() && !m_storage.exists(name.database)))
         return std::nullopt;
     const std::string database = databaseOf(name);

@@ -141,11 +141,16 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     prepared.bindAll(m_change.values);
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
-    else if (!translator.output().columns.empty())
+    else if (!translator.output().columns.empty() && translator.output().sql.empty())
         sendRows(prepared, translator.output());
     else
         while (prepared.step()) continue;
     m_rowCount = sqlite3_changes64(m_connection.handle());
+    if (!translator.output().sql.empty()) {
+        PreparedStatement record(m_connection, translator.output().sql);
+        record.bindAll(m_change.values);
+        sendRows(record, translator.output());
+    }
     m_error = 0;
     m_change.verb.clear();
 }
@@ -158,6 +163,8 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
     Atomic atomic(m_connection, target.schema);
     claim(*output->into);
     const TableInfo into = table(*output->into);
+    if (into.schema != kTempSchema && !enabledTriggers(into, "INSERT").empty())
+        throw sqlError(message::kOutputIntoTriggers, {asWritten(*output->into)});
     std::int64_t changed = 0, identity = 0;
     insertRowsOf(into, insertColumns(into, output->columns, /*defaultValues=*/false), [&] {
         change(target, verb, sql, translator);
@@ -210,20 +217,21 @@ std::string Executor::insertText(const TableInfo& target, const ColumnList& colu
 
 Flow Executor::run(const Insert& insert) {
     claim(insert.table);
-    const TableInfo target = table(insert.table);
-    const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
-    Translator translator(*this);
-    withIdentities(target, [&] {
-        if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
-        if (insert.execute)
-            inTransaction([&] {
-                insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
-            });
-        else
-            changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator), translator,
-                             insert.output);
-    });
-    return Flow::Next;
+    if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
+    const auto change = [&](const TableInfo& target) {
+        const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
+        Translator translator(*this);
+        withIdentities(target, [&] {
+            if (insert.execute)
+                inTransaction([&] {
+                    insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+                });
+            else
+                changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator),
+                                 translator, insert.output);
+        });
+    };
+    return withTriggers(table(insert.table), {{"INSERT", {}}}, insert.output, StatementKind::Insert, change);
 }
 
 // A client that sends values for the identity means to keep them.
@@ -262,6 +270,7 @@ Flow Executor::run(const InsertBulk& bulk) {
             return rows;
         });
     });
+    done(m_rowCount, StatementKind::Insert);
     return Flow::Next;
 }
 
@@ -288,12 +297,11 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
         throw;
     }
     m_identity.reset();
-    if (target.identityColumn() && m_rowCount > 0) {
+    if (target.identityColumn() && m_rowCount > 0 && !target.isShadow) {
         m_identity = sqlite3_last_insert_rowid(m_connection.handle());
         m_frames.back()->identity = m_identity;
         if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *m_identity;
     }
-    done(m_rowCount, StatementKind::Insert);
 }
 
 // A refused row uses up its identity, as the rows before it do.
@@ -365,20 +373,26 @@ TableInfo Executor::changedTable(const Change& change, Translator& translator) {
 
 Flow Executor::run(const Update& update) {
     Translator translator(*this);
-    const TableInfo target = changedTable(update, translator);
-    const std::string sql = translator.update(target, update);
-    try {
-        changeWithOutput(target, "UPDATE", sql, translator, update.output);
-    } catch (const SqliteFailure& failure) {
-        if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
-        // The steps would act for keys that stay the same, too.
-        for (const auto& key : catalogue(Translator::targetName(update.table, update.from)).keysTo(target.id))
-            if (parseConstraint(key.source).onUpdate == "SET NULL")
-                throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
-        updateInSteps(target, translator, update.output);
-    }
-    done(m_rowCount, StatementKind::Update);
-    return Flow::Next;
+    const auto change = [&](const TableInfo& target) {
+        constexpr std::string_view kUpdate[] = {"UPDATE"};
+        std::optional<RowRecord> record;
+        if (update.output) record.emplace(m_connection, target, kUpdate);
+        const std::string sql = translator.update(target, update, record ? record->name() : "");
+        try {
+            changeWithOutput(target, "UPDATE", sql, translator, update.output);
+        } catch (const SqliteFailure& failure) {
+            if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+            // The steps would act for keys that stay the same, too.
+            for (const auto& key : Catalogue(m_connection, target.database, target.schema).keysTo(target.id))
+                if (parseConstraint(key.source).onUpdate == "SET NULL")
+                    throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
+            updateInSteps(target, translator, update.output);
+        }
+    };
+    WordSet columns;
+    for (const auto& clause : update.sets) columns.insert(clause.column);
+    return withTriggers(changedTable(update, translator), {{"UPDATE", columns}}, update.output,
+                        StatementKind::Update, change);
 }
 
 // SQLite checks keys row by row, T-SQL at the end of the statement. Therefore the rows give up their keys
@@ -405,10 +419,12 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
 
 Flow Executor::run(const Delete& statement) {
     Translator translator(*this);
-    const TableInfo target = changedTable(statement, translator);
-    changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
-    done(m_rowCount, StatementKind::Delete);
-    return Flow::Next;
+    const auto change = [&](const TableInfo& target) {
+        changeWithOutput(target, "DELETE", translator.remove(target, statement), translator,
+                         statement.output);
+    };
+    return withTriggers(changedTable(statement, translator), {{"DELETE", {}}}, statement.output,
+                        StatementKind::Delete, change);
 }
 
 // TRUNCATE TABLE restarts the identity.

@@ -58,6 +58,7 @@ Flow Executor::run(const TransferObject& transfer) {
         }
         for (auto& key : owner.keysOf(moved->id))
             if (key.type != objectType::kIndex) move(key);
+        for (auto& trigger : owner.triggersOf(moved->id)) move(trigger);
     });
     return finished();
 }

@@ -62,24 +62,25 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         }
         return std::is_base_of_v<Change, Node> ||
                isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, CreateSchema,
-                       TransferObject, Fetch, InsertBulk>;
+                       TransferObject, SwitchTriggers, Fetch, InsertBulk>;
     };
     return std::visit(begins, statement.node);
 }
 
-// INSERT ... EXECUTE runs in a transaction. Without an open one it has its own, which the client does not
-// see.
+// INSERT ... EXECUTE and a change with triggers run in a transaction. Without an open one it has its own,
+// which the client does not see.
 void Executor::inTransaction(const std::function<void()>& work) {
-    const Temporarily own(m_ownTransaction, m_transactions == 0);
-    if (m_ownTransaction) m_transactions = 1;
+    const bool begins = m_transactions == 0;
+    const Temporarily own(m_ownTransaction, m_ownTransaction || begins);
+    if (begins) m_transactions = 1;
     const Temporarily fewest(m_fewestTransactions, m_transactions);
     try {
         work();
     } catch (...) {
-        if (m_ownTransaction) rollBack();
+        if (begins) rollBack();
         throw;
     }
-    if (m_ownTransaction && m_transactions > 0) commit();
+    if (begins && m_transactions > 0) commit();
 }
 
 void Executor::save(const std::string& name) {

@@ -37,6 +37,16 @@ struct TableVariable {
     TableInfo info;
 };
 
+// A change that fires triggers.
+struct Firing {
+    TableInfo table;
+    std::string_view verb;                  // INSERT, UPDATE or DELETE
+    WordSet updated;                        // columns that an UPDATE sets
+    std::vector<ObjectInfo> triggers = {};  // either one INSTEAD OF trigger or AFTER triggers
+    bool cascades = false;                  // by a foreign key: fires only if it changes rows
+    std::string rows = {};                  // name of the RowRecord
+};
+
 struct Frame {
     Frame() = default;
     explicit Frame(const StoredModule& module)
@@ -63,7 +73,8 @@ struct Frame {
     WordMap<TableVariable> tables;
     std::vector<TableInfo> temporary;  // #tables created in this frame
     bool isFunction = false;
-    bool isQuery = false;  // view or table-valued function
+    bool isQuery = false;            // view or table-valued function
+    const Firing* firing = nullptr;  // of a trigger
     SqlType returnType;
     Value returned = Null{};
     std::size_t skippedArguments = 0;  // arguments of sp_executesql itself

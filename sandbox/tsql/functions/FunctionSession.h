@@ -38,6 +38,8 @@ class FunctionSession {
     virtual std::optional<std::int64_t> scopeIdentity() const = 0;
     virtual int transactionState() const = 0;  // as XACT_STATE() returns it
     virtual Value cursorStatus(std::string_view scope, std::string_view name) = 0;
+    // Whether the statement that fired the current trigger sets the column. Throws SqlError 207.
+    virtual bool isUpdated(std::string_view column) const = 0;
     virtual const Message* caughtError() const = 0;  // null outside of CATCH blocks
 
     virtual const std::string& loginName() const = 0;

@@ -103,11 +103,7 @@ struct InList {
     ExprPtr operand;
     std::vector<ExprPtr> items;
 };
-struct InQuery {
-    ExprPtr operand;
-    QueryPtr query;
-};
-// left op ALL | ANY (query)
+// operand op ALL | ANY (query), or operand IN (query), which is = ANY
 struct CompareQuery {
     CompareOp op;
     bool all;
@@ -122,9 +118,8 @@ struct Exists {
 };
 
 struct Expr {
-    using Node =
-        std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery, Compare,
-                     Logic, Not, IsNull, Between, InList, InQuery, CompareQuery, Like, Exists>;
+    using Node = std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery,
+                              Compare, Logic, Not, IsNull, Between, InList, CompareQuery, Like, Exists>;
     static constexpr std::size_t kFirstCondition = 9;  // Compare and what follows it
 
     int line = 1;
@@ -401,7 +396,7 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Index, Database, Schema };
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Database, Schema };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;
@@ -424,7 +419,15 @@ struct AlterDatabase {
     std::string newName;  // empty: a setting that has no effect
 };
 
-// CREATE or ALTER PROCEDURE, FUNCTION or VIEW. The whole text of the batch is stored.
+// ENABLE or DISABLE TRIGGER
+struct SwitchTriggers {
+    bool enables;
+    std::vector<ObjectName> names;  // empty: ALL
+    ObjectName table;
+    bool inAlterTable = false;
+};
+
+// CREATE or ALTER PROCEDURE, FUNCTION, VIEW or TRIGGER. The whole text of the batch is stored.
 struct CreateModule {
     ObjectName name;
     bool function = false;
@@ -435,6 +438,10 @@ struct CreateModule {
     std::vector<Local> locals;
     QueryPtr query;                    // of a view, or of a function that returns a table
     std::vector<std::string> columns;  // CREATE VIEW name (columns)
+    std::vector<std::string> events;   // of a trigger: INSERT, UPDATE, DELETE
+    ObjectName table = {};             // of a trigger
+    bool insteadOf = false;
+    bool isTrigger() const { return !events.empty(); }
 };
 struct Argument {
     std::string name;  // "@x"; empty for a positional argument
@@ -491,8 +498,8 @@ struct Statement {
                               Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
                               Insert, InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable,
                               CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema,
-                              TransferObject, CreateModule, Execute, Transaction, Backup, Restore,
-                              CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+                              TransferObject, SwitchTriggers, CreateModule, Execute, Transaction, Backup,
+                              Restore, CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

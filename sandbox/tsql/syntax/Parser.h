@@ -180,6 +180,7 @@ class Parser {
 ast::Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, WITH before one of them
 ast::Statement::Node parseDefinition(Parser& in, bool create);  // CREATE or ALTER
 ast::Statement::Node parseDrop(Parser& in);
+ast::Statement::Node parseTriggerSwitch(Parser& in, bool enables);
 
 // Constraints of the columns and of the table.
 std::vector<const ast::Constraint*> allConstraints(const ast::CreateTable& create);

@@ -334,8 +334,26 @@ void dropParts(Parser& in, AlterTable& table) {
     } while (in.accept(","));
 }
 
+// ALL, which is an empty list, or names
+std::vector<ObjectName> triggerNames(Parser& in) {
+    if (in.accept("ALL")) return {};
+    return in.list([&] { return in.objectName(); });
+}
+
+// ON table
+ObjectName tableOfTrigger(Parser& in) {
+    in.expect("ON");
+    for (const auto place : {"DATABASE", "ALL SERVER"})
+        in.throwIfAt(place, std::string("triggers ON ") + place);
+    return in.objectName();
+}
+
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
+    constexpr std::pair<std::string_view, bool> kTriggers[] = {{"ENABLE TRIGGER", true},
+                                                               {"DISABLE TRIGGER", false}};
+    if (const bool* enables = in.acceptOneOf(kTriggers))
+        return SwitchTriggers{*enables, triggerNames(in), std::move(node.added.table), true};
     constexpr std::pair<std::string_view, bool> kRows[] = {{"WITH CHECK", true}, {"WITH NOCHECK", false}};
     constexpr std::pair<std::string_view, bool> kStates[] = {{"CHECK CONSTRAINT", true},
                                                              {"NOCHECK CONSTRAINT", false}};
@@ -367,7 +385,7 @@ void moduleOptions(Parser& in) {
         in.accept("EXEC");
         if (!in.acceptAny({"RECOMPILE", "SCHEMABINDING", "VIEW_METADATA", "CALLED ON NULL INPUT",
                            "EXECUTE AS CALLER", "EXECUTE AS OWNER", "EXECUTE AS SELF"}))
-            in.throwUnsupported("WITH " + toUpper(in.near()) + " of a procedure, function or view");
+            in.throwUnsupported("WITH " + toUpper(in.near()) + " of a procedure, function, view or trigger");
         return true;
     };
     if (in.accept("WITH")) in.list(option);
@@ -410,13 +428,32 @@ void moduleBody(Parser& in, CreateModule& module) {
         throw SyntaxError(sqlError(message::kFunctionWithoutFinalReturn, {}, 2), in.peek().line);
 }
 
+// ON table [WITH options] FOR | AFTER | INSTEAD OF event, ...
+void triggerEvents(Parser& in, CreateModule& trigger) {
+    trigger.table = tableOfTrigger(in);
+    moduleOptions(in);
+    trigger.insteadOf = in.accept("INSTEAD OF");
+    if (!trigger.insteadOf && !in.acceptAny({"FOR", "AFTER"})) in.throwSyntaxError();
+    do {
+        const std::string event = toUpper(in.near());
+        if (!in.acceptAny({"INSERT", "UPDATE", "DELETE"})) in.throwSyntaxError();
+        if (std::ranges::find(trigger.events, event) != trigger.events.end())
+            throw SyntaxError(sqlError(message::kRepeatedEvent, {event}), in.peek().line);
+        trigger.events.push_back(event);
+    } while (in.accept(","));
+    in.accept("NOT FOR REPLICATION");
+}
+
 Statement::Node createModule(Parser& in, CreateModule module) {
-    const bool view = in.at("VIEW");
+    const bool view = in.at("VIEW"), trigger = in.at("TRIGGER");
     module.function = in.at("FUNCTION");
     in.takeToken();
     module.name = in.objectName();
     if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
-    const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
+    const std::string_view kind = view              ? "VIEW"
+                                  : trigger         ? "TRIGGER"
+                                  : module.function ? "FUNCTION"
+                                                    : "PROCEDURE";
     if (!module.name.database.empty())
         throw SyntaxError(sqlError(message::kDatabaseInModuleName, {kind}), module.name.line);
     in.m_procedure = module.name.name;
@@ -425,7 +462,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
         moduleQuery(in, module);
         return module;
     }
-    parameters(in, module);
+    trigger ? triggerEvents(in, module) : parameters(in, module);
     if (module.function) {
         in.expect("RETURNS");
         if (in.atVariable()) in.throwUnsupported("table-valued functions of several statements");
@@ -455,7 +492,7 @@ Statement::Node alterDatabase(Parser& in) {
     if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
     do  // settings that every database has
         if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
-                           "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM"}))
+                           "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM", "RECURSIVE_TRIGGERS OFF"}))
             throwUnsupportedObject(in, "ALTER DATABASE ... SET");
     while (in.accept(","));
     in.acceptAny({"WITH ROLLBACK IMMEDIATE", "WITH NO_WAIT"});
@@ -537,7 +574,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
     const bool procedure = in.at("PROCEDURE") || in.at("PROC");
-    if (procedure || in.at("FUNCTION") || in.at("VIEW")) {
+    if (procedure || in.at("FUNCTION") || in.at("VIEW") || in.at("TRIGGER")) {
         if (first) return createModule(in, std::move(module));
         throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
                                    {procedure ? "CREATE/ALTER PROCEDURE"
@@ -563,10 +600,11 @@ Statement::Node parseDefinition(Parser& in, bool create) {
 
 Statement::Node parseDrop(Parser& in) {
     constexpr std::pair<std::string_view, ObjectKind> kKinds[] = {
-        {"TABLE", ObjectKind::Table},    {"PROCEDURE", ObjectKind::Procedure},
-        {"PROC", ObjectKind::Procedure}, {"FUNCTION", ObjectKind::Function},
-        {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
-        {"VIEW", ObjectKind::View},      {"SCHEMA", ObjectKind::Schema},
+        {"TABLE", ObjectKind::Table},     {"PROCEDURE", ObjectKind::Procedure},
+        {"PROC", ObjectKind::Procedure},  {"FUNCTION", ObjectKind::Function},
+        {"INDEX", ObjectKind::Index},     {"DATABASE", ObjectKind::Database},
+        {"VIEW", ObjectKind::View},       {"SCHEMA", ObjectKind::Schema},
+        {"TRIGGER", ObjectKind::Trigger},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) throwUnsupportedObject(in, "DROP");
@@ -576,6 +614,13 @@ Statement::Node parseDrop(Parser& in) {
         node.indexes = in.list([&] { return droppedIndex(in); });
     else
         node.names = in.list([&] { return isPlain ? ObjectName{{}, {}, in.expectName()} : in.objectName(); });
+    if (*kind == ObjectKind::Trigger) in.throwIfAt("ON", "triggers ON DATABASE or ALL SERVER");
+    return node;
+}
+
+Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
+    SwitchTriggers node{enables, triggerNames(in), {}};
+    node.table = tableOfTrigger(in);
     return node;
 }
 

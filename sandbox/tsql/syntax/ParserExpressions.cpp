@@ -73,7 +73,8 @@ Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
     if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{std::move(left)};
     if (kind == Predicate::In)
         return in.parenthesized([&]() -> Expr::Node {
-            if (in.atQuery()) return InQuery{std::move(left), in.subquery()};
+            if (in.atQuery())
+                return CompareQuery{CompareOp::Equal, /*all=*/false, std::move(left), in.subquery()};
             return InList{std::move(left), in.expressions()};
         });
     ExprPtr first = operand();
@@ -239,6 +240,17 @@ ExprPtr call(Parser& in, ObjectName name) {
     return make(line, std::move(call));
 }
 
+// UPDATE(column) in a trigger
+ExprPtr updated(Parser& in) {
+    const int line = in.takeToken().line;
+    if (!in.m_module || !in.m_module->isTrigger()) in.throwSyntaxError();
+    Call call{{"", "", "update", line}, {}};
+    const std::string column = in.parenthesized([&] { return in.expectName(); });
+    call.arguments.push_back(make(line, Literal{textLiteral(column, /*national=*/true)}));
+    return make(line, Compare{CompareOp::Equal, make(line, std::move(call)),
+                              make(line, Literal{numericLiteral("1")})});
+}
+
 // Column or function call.
 ExprPtr named(Parser& in) {
     const Token& first = in.peek();
@@ -347,6 +359,7 @@ ExprPtr Parser::primary() {
     if (at("CASE")) return caseOf(*this);
     if (at("CAST (") || at("TRY_CAST (") || at("CONVERT") || at("TRY_CONVERT")) return conversion(*this);
     if (at("IIF (")) return iif(*this);
+    if (at("UPDATE (")) return updated(*this);
     if (accept("EXISTS")) return make(token.line, Exists{parenthesized([this] { return subquery(); })});
     return named(*this);
 }

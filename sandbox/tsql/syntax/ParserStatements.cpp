@@ -204,7 +204,8 @@ Statement::Node returnValue(Parser& in) {
                        in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
                        in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
     if (ends || !value) return Return{};
-    if (!in.m_module) throw SyntaxError(sqlError(message::kReturnWithValueHere), in.peek().line);
+    if (!in.m_module || in.m_module->isTrigger())
+        throw SyntaxError(sqlError(message::kReturnWithValueHere), in.peek().line);
     return Return{in.expression()};
 }
 
@@ -473,6 +474,8 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"CREATE", [](Parser& in) { return parseDefinition(in, /*create=*/true); }},
     {"ALTER", [](Parser& in) { return parseDefinition(in, /*create=*/false); }},
     {"DROP", parseDrop},
+    {"ENABLE TRIGGER", [](Parser& in) { return parseTriggerSwitch(in, /*enables=*/true); }},
+    {"DISABLE TRIGGER", [](Parser& in) { return parseTriggerSwitch(in, /*enables=*/false); }},
     {"PRINT", [](Parser& in) -> Statement::Node { return Print{in.scalar(&Parser::expression)}; }},
     {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
@@ -498,7 +501,8 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
 
 Block Parser::batch() {
     Block first;
-    if (atName() && !at("THROW") && !at(":", 1)) {  // procedure call without EXEC: only as first statement
+    if (atName() && !at("THROW") && !at(":", 1) &&
+        !at("TRIGGER", 1)) {  // procedure call without EXEC: only as first statement
         const int line = peek().line;
         first.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
     }

@@ -48,10 +48,9 @@ class NameResolver {
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
 };
 
-constexpr std::string_view kOldValue = "the old value of a changed column in the OUTPUT of UPDATE";
 struct SourceColumn {
     std::string name;
-    std::string sql;  // empty: kOldValue
+    std::string sql;
     SqlType type;
     bool nullable = true;
     bool identity = false;
@@ -110,7 +109,8 @@ class Translator {
                                  const std::vector<SqlType>& types);
     // Makes the common table expressions of a change known. To be called before the change is translated.
     void useCommonTables(const ast::Change& change, const ast::ObjectName& target);
-    std::string update(const TableInfo& target, const ast::Update& update);
+    // record: temporary table with the changed rows, for OUTPUT.
+    std::string update(const TableInfo& target, const ast::Update& update, const std::string& record);
     // The last update() as several statements, for rows that take over each other's keys.
     std::vector<std::string> updateInSteps() const { return m_steps; }
     // Common table expressions for error messages. The last one, `incoming`, has the rows that the change
@@ -126,7 +126,7 @@ class Translator {
     };
     const std::vector<Parameter>& parameters() const { return m_parameters; }
     const std::vector<Assignment>& assignments() const { return m_assignments; }
-    // Columns of the OUTPUT clause of a change.
+    // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
     // SqlError 8158 (too few names) and 8159 (too many).
@@ -167,7 +167,6 @@ class Translator {
     std::string test(const ast::IsNull& isNull);
     std::string test(const ast::Between& between);
     std::string test(const ast::InList& in);
-    std::string test(const ast::InQuery& in);
     std::string test(const ast::CompareQuery& compare);
     std::string test(const ast::Like& like);
     std::string test(const ast::Exists& exists);
@@ -241,7 +240,7 @@ class Translator {
     ColumnList absentDefaults(const TableInfo& target, const ColumnList& columns) const;
     Typed setValue(const std::string& rowid, const ast::SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<ast::Output>& output,
-                          const std::string& exposed, const std::vector<ast::SetClause>& sets = {});
+                          const std::string& exposed, const std::string& record = {});
     std::string returnedToVariables(const TableInfo& target, const ast::Update& update);
     std::string filter(const ast::Change& change);  // the WHERE clause
     std::string joinedSources(const TableInfo& target, const ast::ObjectName& name,

@@ -139,25 +139,29 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
     }
 }
 
-// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. `sets`: of an
-// UPDATE. Its other columns have their old values; those of the changed columns have no SQL.
+// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. With a record
+// of the changed rows, OUTPUT is a query of it instead.
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
-                                  const std::string& exposed, const std::vector<SetClause>& sets) {
+                                  const std::string& exposed, const std::string& record) {
     if (!output) return {};
     Scope scope;
     m_scope = &scope;
     addSource(target, exposed, {});
-    if (!sets.empty()) addSource(target, "deleted", {});
-    for (auto& column : scope.sources.back().columns)
-        if (std::ranges::any_of(sets, [&](const auto& set) { return sameText(set.column, column.name); }))
-            column.sql.clear();
+    if (!record.empty()) {
+        addSource(target, "deleted", {});
+        for (auto& source : scope.sources)
+            for (auto& column : source.columns)
+                column.sql = quotedName((source.exposed == "deleted" ? "old " : "new ") + column.name);
+    }
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
         selectItem(item, m_output, list, /*collate=*/false);
     }
     m_scope = nullptr;
-    return " RETURNING " + list;
+    if (record.empty()) return " RETURNING " + list;
+    m_output.sql = "SELECT " + list + " FROM temp." + record;
+    return {};
 }
 
 // RETURNING for SET @variable = column = value: the variable gets the new value of the column.
@@ -200,13 +204,13 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
     return (sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias;
 }
 
-std::string Translator::update(const TableInfo& target, const Update& update) {
+std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
     m_topLevel = false;
     Scope scope;
     m_scope = &scope;
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
-    const bool simple = update.from.empty() && !update.top && m_names.mostRows() == 0;
+    const bool simple = update.from.empty() && !update.top && m_names.mostRows() == 0 && !target.isShadow;
     std::string picked, sets, moved, away, kept;
     std::set<const TableColumn*> seen;
     for (const auto& clause : update.sets) {
@@ -232,7 +236,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     const std::string top = changeLimit(update.top);
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
-        returning(target, update.output, "inserted", update.sets) + returnedToVariables(target, update);
+        returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
         const auto set = std::ranges::find_if(
@@ -272,7 +276,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     const std::string top = changeLimit(statement.top);
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
-    if (statement.from.empty() && top.empty())
+    if (statement.from.empty() && top.empty() && !target.isShadow)
         return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where +
                returned;
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +

@@ -105,7 +105,6 @@ Typed Translator::node(const ColumnRef& column) {
         if (!found && source)
             throw sqlError(message::kInvalidColumnName, {column.path.back()});  // its table is known
         if (!found) continue;
-        if (found->sql.empty()) throw unsupported(kOldValue);
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name
                                                            : source->exposed + "." + found->name);
@@ -311,33 +310,28 @@ std::string Translator::test(const InList& in) {
     return "(" + key(items.back()) + " IN (" + commaList(std::span(items).first(in.items.size()), key) + "))";
 }
 
-std::string Translator::test(const InQuery& in) {
-    const Typed operand = value(*in.operand);
-    const QueryText text = query(*in.query);
-    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
-    const Typed column{text.columns.front().alias, text.columns.front().column.type};
-    const Typed both[] = {operand, column};
-    const SqlType type = comparedType(both);
-    const Typed coerced = coerce(column, type);
-    const std::string inner = isBinary(type.id) ? comparable(coerced) : coerced.sql;
-    const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
-    return "(" + comparable(coerce(operand, type)) + " IN (" + rows + "))";
-}
-
 // A false comparison decides ALL, a true one ANY. Without it, an unknown one makes the result unknown.
 std::string Translator::test(const CompareQuery& compare) {
     const bool before = m_scope && std::exchange(m_scope->sawAggregate, false);
     const Typed operand = value(*compare.operand);
-    if (m_scope && std::exchange(m_scope->sawAggregate, before))
-        throw unsupported("an aggregate compared with ALL, ANY or SOME");
+    const bool aggregate = m_scope && m_scope->sawAggregate;
+    if (m_scope) m_scope->sawAggregate = before || aggregate;
     const QueryText text = query(*compare.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
-    const OutputColumn& column = text.columns.front();
+    const Typed column{text.columns.front().alias, text.columns.front().column.type};
+    if (compare.op == CompareOp::Equal && !compare.all) {
+        const Typed both[] = {operand, column};
+        const SqlType type = comparedType(both);
+        const Typed coerced = coerce(column, type);
+        const std::string inner = isBinary(type.id) ? comparable(coerced) : coerced.sql;
+        return "(" + comparable(coerce(operand, type)) + " IN (" +
+               (inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")") + "))";
+    }
+    if (aggregate) throw unsupported("an aggregate compared with ALL, ANY or SOME");
     const std::string decisive = compare.all ? "0" : "1", otherwise = compare.all ? "1" : "0";
     return "(SELECT CASE WHEN sum(t IS " + decisive + ") > 0 THEN " + decisive +
            " WHEN count(t) = count(*) THEN " + otherwise + " END FROM (SELECT " +
-           emitCompare(compare.op, operand, {column.alias, column.column.type}) + " AS t FROM (" + text.sql +
-           ")))";
+           emitCompare(compare.op, operand, column) + " AS t FROM (" + text.sql + ")))";
 }
 
 std::string Translator::test(const Like& like) {

@@ -188,7 +188,6 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         if (!isNamed(source, item.starOf)) continue;
         any = true;
         for (const auto& column : source.columns) {
-            if (column.sql.empty()) throw unsupported(kOldValue);
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
