@@ -2,8 +2,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr int kFatalSeverity = 20;

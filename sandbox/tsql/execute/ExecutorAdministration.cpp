@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr int kLongestLockTimeout = 60'000;  // milliseconds

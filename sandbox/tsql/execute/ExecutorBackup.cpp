@@ -7,8 +7,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 // What RESTORE FILELISTONLY and HEADERONLY show of a backup.
@@ -119,7 +117,7 @@ void Executor::informDone(std::string_view verb, const BackupHeader& header, std
     inform(message::kBackupProcessed, {verb, pages, speed});
 }
 
-Flow Executor::run(const ast::Backup& backup) {
+Flow Executor::run(const Backup& backup) {
     runMedia("BACKUP DATABASE", [&] {
         const auto start = std::chrono::steady_clock::now();
         const std::string file = evaluateText(*backup.file);

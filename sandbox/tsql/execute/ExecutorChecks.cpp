@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 // Whether the block is one statement without nested statements.
 bool Executor::isAlone(const Block& block) {
     const auto holdsOthers = []<typename Node>(const Node&) {

@@ -4,8 +4,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory

@@ -5,8 +5,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 // A key of the identity column alone needs no index, since that column is SQLite's row id.

@@ -5,8 +5,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 Flow Executor::run(const Declare& declare) {
     for (const auto& each : declare.variables) {
         if (each.table) {

@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr std::size_t kLongestMessage = 2047;

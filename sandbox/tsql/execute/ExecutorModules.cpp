@@ -4,8 +4,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr std::size_t kParsedTexts = 256;

@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr const char* kVersionText =

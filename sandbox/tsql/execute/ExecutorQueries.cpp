@@ -5,8 +5,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for cancellation

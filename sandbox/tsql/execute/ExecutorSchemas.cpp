@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 Flow Executor::run(const CreateSchema& create) {
     if (!create.owner.empty() && !sameWord(create.owner, "dbo"))
         throw sqlError(message::kSecurableNotFound, {"find", "user", create.owner});

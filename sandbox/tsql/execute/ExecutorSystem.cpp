@@ -5,8 +5,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr int kWrongCall = -999;

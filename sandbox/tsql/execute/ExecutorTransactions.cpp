@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite savepoint at the start of a transaction
@@ -53,7 +51,7 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         if constexpr (std::is_same_v<Node, SelectStatement>) {
             const auto* select = std::get_if<Select>(&node.query->body);
             return !select || !select->from.empty();
-        } else if constexpr (std::is_same_v<Node, ast::Transaction>) {
+        } else if constexpr (std::is_same_v<Node, Transaction>) {
             return node.verb == TransactionVerb::Begin;
         } else if constexpr (std::is_same_v<Node, ChangeCursor>) {
             return node.verb == CursorVerb::Open;

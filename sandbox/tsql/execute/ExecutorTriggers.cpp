@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr std::string_view kInsteadOf = "INSTEAD OF";  // before the events of such a trigger
@@ -205,7 +203,8 @@ SystemView Executor::changedRows(const ObjectName& name) {
 bool Executor::isUpdated(std::string_view column) const {
     const Firing* firing = m_frames.back()->firing;
     if (!firing || !firing->table.column(column)) throw sqlError(message::kInvalidColumnName, {column});
-    return firing->verb == "INSERT" || firing->updated.contains(std::string(column));
+    return firing->verb == "INSERT" ||
+           (firing->verb == "UPDATE" && firing->updated.contains(std::string(column)));
 }
 
 }  // namespace tsql

@@ -33,7 +33,7 @@ using Cursors = std::map<std::string, Cursor>;  // by name in lower case
 
 // A table variable: a temporary table that is visible in its frame only.
 struct TableVariable {
-    std::shared_ptr<const ast::CreateTable> definition;
+    std::shared_ptr<const CreateTable> definition;
     TableInfo info;
 };
 
@@ -54,11 +54,11 @@ struct Frame {
           procedureId(module.id),
           database(module.database),
           schemaName(module.schemaName) {}
-    void declare(const std::vector<ast::Local>& locals) {
+    void declare(const std::vector<Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
     }
     // Declares the parameters and variables of a module.
-    void declare(const ast::CreateModule& module) {
+    void declare(const CreateModule& module) {
         for (const auto& parameter : module.parameters) variables[parameter.name] = {parameter.type, Null{}};
         declare(module.locals);
     }

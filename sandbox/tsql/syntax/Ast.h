@@ -14,11 +14,8 @@
 #include "types/Values.h"
 
 namespace tsql {
+
 class ResultSink;
-}
-
-namespace tsql::ast {
-
 struct Expr;
 struct Query;
 struct Statement;
@@ -504,4 +501,4 @@ struct Statement {
     Node node;
 };
 
-}  // namespace tsql::ast
+}  // namespace tsql

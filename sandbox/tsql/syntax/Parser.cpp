@@ -26,12 +26,12 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
     }
 }
 
-ast::ExprPtr parseExpression(std::string_view text) {
+ExprPtr parseExpression(std::string_view text) {
     return Parser(text, /*quotedIdentifiers=*/true).expression();
 }
 
-ast::Constraint parseConstraint(std::string_view text) {
-    ast::Constraint constraint{};
+Constraint parseConstraint(std::string_view text) {
+    Constraint constraint{};
     Parser parser(text, /*quotedIdentifiers=*/true);
     parser.acceptAny({"NOCHECK", "WITH NOCHECK"});
     parser.acceptConstraint(constraint, /*ofTable=*/false);
@@ -39,8 +39,8 @@ ast::Constraint parseConstraint(std::string_view text) {
 }
 
 // Accepts reserved words as names. A string that is no name is returned as it is; no object has it as name.
-ast::ObjectName parseObjectName(std::string_view text) {
-    ast::ObjectName name;
+ObjectName parseObjectName(std::string_view text) {
+    ObjectName name;
     name.name = text;
     std::vector<std::string> parts(1);
     for (const Token& token : tokenize(text)) {
@@ -135,8 +135,8 @@ std::string Parser::expectVariable(int undeclaredState) {
 }
 
 // [[database.][schema].]name
-ast::ObjectName Parser::objectName() {
-    ast::ObjectName name;
+ObjectName Parser::objectName() {
+    ObjectName name;
     name.line = peek().line;
     std::vector<std::string> parts{at(".") ? std::string() : expectName()};  // ..name, .schema.name
     while (accept(".")) parts.push_back(at(".") ? std::string() : expectName());

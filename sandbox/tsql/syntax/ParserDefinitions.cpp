@@ -4,8 +4,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 // ---- changes of rows

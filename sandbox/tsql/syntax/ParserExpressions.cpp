@@ -4,8 +4,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 // Precedence levels, lowest first.

@@ -5,8 +5,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 constexpr std::pair<std::string_view, SetOp> kSetOperations[] = {

@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 const NamedTable* findTarget(const TableRef& table, std::string_view name) {

@@ -2,8 +2,6 @@
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
 
 // (SELECT NULL), for rows in any order. SQLite would sort by it, all rows before the first.

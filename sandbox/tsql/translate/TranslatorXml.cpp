@@ -40,7 +40,7 @@ std::string orNothing(const std::string& sql) {
 
 }  // namespace
 
-QueryText Translator::forXml(const QueryText& rows, const ast::ForXml& xml) const {
+QueryText Translator::forXml(const QueryText& rows, const ForXml& xml) const {
     if (!m_assignments.empty()) throw unsupported("SELECT @variable = ... FOR XML");
     std::string attributes = "''", content = "''";
     for (const auto& output : rows.columns) {
