@@ -151,9 +151,6 @@ name sysname = NULL; value nvarchar(4000) = NULL)",
      R"($OBJECT; parent_class tinyint = 1; parent_class_desc nvarchar(60) = 'OBJECT_OR_COLUMN'; parent_id int = o.parent;
 is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB 'INSTEAD*')",
      "$o o WHERE o.type = 'TR'"},
-    {"sys", "trigger_events",
-     "object_id int = o.id; type int = instr('IUD', substr(k.value, 1, 1)); type_desc nvarchar(60) = k.value",
-     "$o o JOIN $EACH(o.keys) k WHERE o.type = 'TR' AND k.value <> 'INSTEAD OF'"},
     {"", "syscolumns",
      R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint =
 ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)",

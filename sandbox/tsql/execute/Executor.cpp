@@ -2,11 +2,7 @@
 
 namespace tsql {
 
-namespace {
-
 constexpr int kFatalSeverity = 20;
-
-}  // namespace
 
 Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid)
     : m_storage(storage),
@@ -190,26 +186,6 @@ Flow Executor::describe(const Statement& statement) {
         statement.node);
 }
 
-Message Executor::messageOf(const SqlError& error, int line) const {
-    return messageOf(error, line, m_frames.back()->procedure);
-}
-
-Message Executor::messageOf(const SqlError& error, int line, const std::string& procedure) {
-    return {error.number, error.severity, error.state, line, procedure, error.what()};
-}
-
-void Executor::report(const Message& message) const {
-    m_sink->message(message);
-}
-
-void Executor::inform(int number, std::initializer_list<std::string_view> values) const {
-    report(messageOf(sqlError(number, values), m_line));
-}
-
-void Executor::fail(const SqlError& error, int line) {
-    afterError(messageOf(error, line), /*raised=*/false);
-}
-
 // raised: the error is one of RAISERROR, which by itself ends nothing.
 void Executor::afterError(const Message& message, bool raised) {
     m_error = message.number;
@@ -251,19 +227,18 @@ void Executor::warnOfNulls() {
 }
 
 // Under NOCOUNT, procedures report only their result sets and errors.
-void Executor::done(std::int64_t count, StatementKind kind) {
-    if (!m_sink || m_frames.back()->isFunction) return;
+Flow Executor::done(std::int64_t count, StatementKind kind) {
+    if (!m_sink || m_frames.back()->isFunction) return Flow::Next;
     warnOfNulls();
-    const bool inCall = m_frames.size() > 1;
-    if (m_settings.noCount && inCall && kind != StatementKind::Select && m_error == 0) return;
-    m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
+    const bool isReported = !m_settings.noCount || m_frames.size() == 1 || kind == StatementKind::Select;
+    if (isReported || m_error != 0) m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
+    return Flow::Next;
 }
 
 Flow Executor::finished(std::int64_t rowCount) {
     m_error = 0;
     m_rowCount = rowCount;
-    done(-1);
-    return Flow::Next;
+    return done(-1);
 }
 
 // ---- what SQLite refused, in T-SQL's terms

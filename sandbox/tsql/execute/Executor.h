@@ -103,7 +103,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Catalogue catalogue(const ObjectName& name) override;
     std::optional<ObjectInfo> object(const ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
-    std::optional<std::int64_t> scopeIdentity() const override;
+    std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
     bool isUpdated(std::string_view column) const override;
@@ -148,14 +148,20 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const RaiseError& raise);
     Flow run(const Throw& node);
     Flow run(const WaitFor& wait);
-    void fail(const SqlError& error, int line);
+    void fail(const SqlError& error, int line) { afterError(messageOf(error, line), /*raised=*/false); }
     void afterError(const Message& message, bool raised);
-    void report(const Message& message) const;
-    void inform(int number, std::initializer_list<std::string_view> values = {}) const;
-    Message messageOf(const SqlError& error, int line) const;
-    static Message messageOf(const SqlError& error, int line, const std::string& procedure);
+    void report(const Message& message) const { m_sink->message(message); }
+    void inform(int number, std::initializer_list<std::string_view> values = {}) const {
+        report(messageOf(sqlError(number, values), m_line));
+    }
+    Message messageOf(const SqlError& error, int line) const {
+        return messageOf(error, line, m_frames.back()->procedure);
+    }
+    static Message messageOf(const SqlError& error, int line, const std::string& procedure) {
+        return {error.number, error.severity, error.state, line, procedure, error.what()};
+    }
     SqlError errorOf(const SqliteFailure& failure);
-    void done(std::int64_t count, StatementKind kind = StatementKind::Other);
+    Flow done(std::int64_t count, StatementKind kind = StatementKind::Other);
     void warnOfNulls();
     Flow finished(std::int64_t rowCount = 0);  // ends a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
@@ -188,7 +194,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                             std::int64_t most = 0);
     // Passes the rows that `work` sends to `handler` instead of the client.
     void divert(const RowHandler& handler, const std::function<void()>& work);
-    void selectInto(const Query& query, const ObjectName& name);
+    Flow selectInto(const Query& query, const ObjectName& name);
     ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
                              bool defaultValues) const;
     std::string insertText(const TableInfo& target, const ColumnList& columns, const Insert& insert,
@@ -205,7 +211,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                 const Translator& translator);
     void insertAll(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
     void withIdentities(const TableInfo& target, const std::function<void()>& insert);
-    void loseIdentity(const TableInfo& target);
     void skipIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
@@ -310,7 +315,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void begin(const std::string& name);
     bool awaitsTransaction() const;
     bool beginsImplicitly(const Statement& statement) const;
-    void save(const std::string& name);
     void commit();
     void rollBack();
     void undoTransaction();
@@ -339,11 +343,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runMedia(std::string_view verb, const std::function<void()>& work);
     Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);
     void restoreFrom(const std::string& file, const Restore& restore);
-    void reportFilesInUse(const BackupHeader& header) const;
 
     // ---- names (ExecutorNames.cpp)
     struct Global;
-    static const std::vector<Global>& globals();
     static const Global& global(std::string_view name);
     std::optional<ObjectInfo> visibleObject(const ObjectName& name);
     static std::string asWritten(const ObjectName& name);

@@ -3,11 +3,7 @@
 
 namespace tsql {
 
-namespace {
-
 constexpr int kLongestLockTimeout = 60'000;  // milliseconds
-
-}  // namespace
 
 void Executor::set(const Settings& settings) {
     m_settings = settings;
@@ -102,7 +98,7 @@ Flow Executor::run(const CheckDatabase& check) {
     while (findings.step()) {
         if (findings.text(0) == "ok") break;
         ++faults;
-        report(messageOf(sqlError(message::kTableError, {findings.text(0)}), m_line));
+        inform(message::kTableError, {findings.text(0)});
     }
     if (faults > 0 || !check.onlyFaults)
         inform(message::kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
@@ -154,8 +150,7 @@ Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::v
     }
     m_rowCount = static_cast<std::int64_t>(rows.size());
     m_error = 0;
-    done(m_rowCount, StatementKind::Select);
-    return Flow::Next;
+    return done(m_rowCount, StatementKind::Select);
 }
 
 }  // namespace tsql

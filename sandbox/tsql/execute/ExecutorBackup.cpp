@@ -172,17 +172,14 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {
         if (error.number != message::kFileInUse) throw;
-        reportFilesInUse(readBackupHeader(file));
+        const BackupHeader header = readBackupHeader(file);
+        for (const auto& row : fileListOf(header).rows) {
+            if (m_tries > 0) break;
+            const auto &own = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
+            inform(message::kFileInUse, {path, header.database});
+            inform(message::kFileCannotBeRestored, {own, path});
+        }
         throw sqlError(message::kRestorePlanningFailed);
-    }
-}
-
-void Executor::reportFilesInUse(const BackupHeader& header) const {
-    if (m_tries > 0) return;
-    for (const auto& row : fileListOf(header).rows) {
-        const auto &name = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
-        report(messageOf(sqlError(message::kFileInUse, {path, header.database}), m_line));
-        report(messageOf(sqlError(message::kFileCannotBeRestored, {name, path}), m_line));
     }
 }
 

@@ -3,13 +3,6 @@
 
 namespace tsql {
 
-namespace {
-
-constexpr const char* kVersionText =
-    "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
-
-}  // namespace
-
 // ---- variables
 
 Variable& Executor::local(std::string_view name) {
@@ -25,10 +18,12 @@ struct Executor::Global {
     Value (*value)(const Executor& self);
 };
 
-const std::vector<Executor::Global>& Executor::globals() {
+const Executor::Global& Executor::global(std::string_view name) {
+    constexpr const char* kVersionText =
+        "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
     using Self = const Executor&;
     const SqlType tiny = simpleType(TypeId::TinyInt), integer = simpleType(TypeId::Int),
-                  name = nvarcharType(128);
+                  word = nvarcharType(128);
     static const std::vector<Global> table = {
         {"@@error", integer, [](Self self) -> Value { return self.m_error; }},
         {"@@rowcount", integer, [](Self self) -> Value { return self.m_rowCount; }},
@@ -40,9 +35,9 @@ const std::vector<Executor::Global>& Executor::globals() {
          [](Self self) -> Value { return static_cast<int>(self.m_frames.size()) - 1; }},
         {"@@procid", integer, [](Self self) -> Value { return self.m_frames.back()->procedureId; }},
         {"@@version", nvarcharType(300), [](Self) -> Value { return kVersionText; }},
-        {"@@servername", name, [](Self) -> Value { return hostName(); }},
-        {"@@servicename", name, [](Self) -> Value { return "MSSQLSERVER"; }},
-        {"@@language", name, [](Self) -> Value { return "us_english"; }},
+        {"@@servername", word, [](Self) -> Value { return hostName(); }},
+        {"@@servicename", word, [](Self) -> Value { return "MSSQLSERVER"; }},
+        {"@@language", word, [](Self) -> Value { return "us_english"; }},
         {"@@max_precision", tiny, [](Self) -> Value { return 38; }},
         {"@@datefirst", tiny, [](Self) -> Value { return 7; }},
         {"@@options", integer, [](Self self) -> Value { return self.m_settings.bits(); }},
@@ -52,11 +47,7 @@ const std::vector<Executor::Global>& Executor::globals() {
         {"@@cursor_rows", integer, [](Self self) -> Value { return self.m_cursorRows; }},
         {"@@max_connections", integer, [](Self) -> Value { return 32767; }},
     };
-    return table;
-}
-
-const Executor::Global& Executor::global(std::string_view name) {
-    for (const auto& each : globals())
+    for (const auto& each : table)
         if (sameWord(each.name, name)) return each;
     throw sqlError(message::kUndeclaredVariable, {name});
 }
@@ -75,10 +66,6 @@ std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
     const Value stored[] = {table.stored};
     return m_connection.number("SELECT seq FROM " + table.schema + ".sqlite_sequence WHERE name = ?1",
                                stored);
-}
-
-std::optional<std::int64_t> Executor::scopeIdentity() const {
-    return m_frames.empty() ? std::nullopt : m_frames.back()->identity;
 }
 
 // ---- objects

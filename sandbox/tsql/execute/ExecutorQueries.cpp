@@ -22,7 +22,6 @@ class DivertingSink final : public ResultSink {
         m_columns.assign(columns.begin(), columns.end());
     }
     void row(std::span<const CellView> cells) override { m_handler(m_columns, cells); }
-    void statementDone(std::int64_t, StatementKind) override {}
     void message(const Message& message) override { m_outer.message(message); }
     void databaseChanged(std::string_view from, std::string_view to) override {
         m_outer.databaseChanged(from, to);
@@ -40,11 +39,8 @@ class DivertingSink final : public ResultSink {
 }  // namespace
 
 Flow Executor::run(const SelectStatement& statement) {
-    if (statement.into) {
-        if (m_settings.describeOnly) return Flow::Next;
-        selectInto(*statement.query, *statement.into);
-        return Flow::Next;
-    }
+    if (statement.into)
+        return m_settings.describeOnly ? Flow::Next : selectInto(*statement.query, *statement.into);
     Translator translator(*this);
     const QueryText text = translator.query(*statement.query);
     const auto values = parameterValues(translator);
@@ -55,8 +51,7 @@ Flow Executor::run(const SelectStatement& statement) {
     m_rowCount = assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
                          : sendRows(prepared, text, m_settings.mostRows);
     m_error = 0;
-    done(m_rowCount, StatementKind::Select);
-    return Flow::Next;
+    return done(m_rowCount, StatementKind::Select);
 }
 
 // `most`: number of rows after which the others are left out; 0: all.
@@ -105,7 +100,7 @@ std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vecto
 }
 
 // The new table inherits the identity if the query reads one table and selects its identity once.
-void Executor::selectInto(const Query& query, const ObjectName& name) {
+Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
     const auto* select = std::get_if<Select>(&query.body);
@@ -124,7 +119,7 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
     change(target, "INSERT",
            "INSERT INTO " + target.sqlName() + " (" + names + ") " + translator.limited(text.sql),
            translator);
-    done(m_rowCount, StatementKind::Insert);
+    return done(m_rowCount, StatementKind::Insert);
 }
 
 // Runs a statement that changes rows, with the parameters of `translator`.
@@ -268,8 +263,7 @@ Flow Executor::run(const InsertBulk& bulk) {
             return rows;
         });
     });
-    done(m_rowCount, StatementKind::Insert);
-    return Flow::Next;
+    return done(m_rowCount, StatementKind::Insert);
 }
 
 // Inserts the rows that `insertRows` counts: all or none.
@@ -291,7 +285,16 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
     try {
         insert();
     } catch (const SqliteFailure& failure) {
-        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
+        const bool given = sameWord(m_settings.identityInsert, target.fullName());
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT && target.identityColumn() && !given) {
+            // A refused row uses up its identity, as the rows before it do.
+            m_givenIdentities[{target.schema, target.stored}] =
+                std::max<std::int64_t>(lastIdentity(target).value_or(0),
+                                       sqlite3_last_insert_rowid(m_connection.handle())) +
+                1;
+            skipIdentities();
+            if (m_transactions == 0) m_givenIdentities.clear();
+        }
         throw;
     }
     m_identity.reset();
@@ -300,17 +303,6 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
         m_frames.back()->identity = m_identity;
         if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *m_identity;
     }
-}
-
-// A refused row uses up its identity, as the rows before it do.
-void Executor::loseIdentity(const TableInfo& target) {
-    if (!target.identityColumn() || sameWord(m_settings.identityInsert, target.fullName())) return;
-    m_givenIdentities[{target.schema, target.stored}] =
-        std::max<std::int64_t>(lastIdentity(target).value_or(0),
-                               sqlite3_last_insert_rowid(m_connection.handle())) +
-        1;
-    skipIdentities();
-    if (m_transactions == 0) m_givenIdentities.clear();
 }
 
 // Identities are not generated again, even if their rows were rolled back.

@@ -3,11 +3,7 @@
 
 namespace tsql {
 
-namespace {
-
 constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite savepoint at the start of a transaction
-
-}  // namespace
 
 // Begins SQLite's transaction before the first change. Reading before that does not fix a snapshot.
 void Executor::beforeWrite() {
@@ -81,12 +77,6 @@ void Executor::inTransaction(const std::function<void()>& work) {
     if (begins && m_transactions > 0) commit();
 }
 
-void Executor::save(const std::string& name) {
-    if (m_transactions == 0) throw sqlError(message::kSaveWithoutTransaction);
-    beforeWrite();
-    m_connection.run("SAVEPOINT " + quotedName(name));
-}
-
 void Executor::commit() {
     if (m_transactions == 0) throw sqlError(message::kCommitWithoutBegin);
     if (m_doomed) throw sqlError(message::kTransactionDoomed);
@@ -154,7 +144,11 @@ Flow Executor::run(const Transaction& transaction) {
         throw sqlError(message::kCommitInInsertExec);
     const bool whole = name.empty() || sameWord(name, m_transactionName);
     if (verb == TransactionVerb::Begin) begin(name);
-    if (verb == TransactionVerb::Save) save(name);
+    if (verb == TransactionVerb::Save) {
+        if (m_transactions == 0) throw sqlError(message::kSaveWithoutTransaction);
+        beforeWrite();
+        m_connection.run("SAVEPOINT " + quotedName(name));
+    }
     if (verb == TransactionVerb::Commit) commit();
     if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
     return finished();

@@ -25,13 +25,11 @@ TableInfo Executor::tableOfTrigger(const CreateModule& trigger) {
     const auto found = object(trigger.table);
     if (found && found->type == objectType::kView && trigger.insteadOf)
         throw unsupported("INSTEAD OF triggers on views");
-    if (!found || found->type != objectType::kTable)
+    if (!found || found->type != objectType::kTable || databaseOf(trigger.table) != databaseOf(trigger.name))
         throw sqlError(message::kNoTableForTrigger, {asWritten(trigger.table)});
-    const std::string_view verb = trigger.create ? "create" : "alter";
-    if (databaseOf(trigger.table) != databaseOf(trigger.name))
-        throw sqlError(message::kTriggerInOtherDatabase, {verb, asWritten(trigger.table)});
     if (!trigger.name.schema.empty() && !sameText(trigger.name.schema, found->schemaName))
-        throw sqlError(message::kTriggerInOtherSchema, {verb, trigger.name.name});
+        throw sqlError(message::kTriggerInOtherSchema,
+                       {trigger.create ? "create" : "alter", trigger.name.name});
     return catalogue(trigger.table).tableOf(*found);
 }
 
@@ -123,8 +121,7 @@ Flow Executor::withTriggers(const TableInfo& target, const Events& events,
         change(target);
     else
         inTransaction([&] { changeAndFire(target, std::move(firings), change); });
-    done(m_rowCount, kind);
-    return Flow::Next;
+    return done(m_rowCount, kind);
 }
 
 // The triggers of tables that foreign keys change fire first, the last one reached before the others.

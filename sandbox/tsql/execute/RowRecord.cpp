@@ -44,16 +44,19 @@ RowRecord::RowRecord(Connection& connection, const TableInfo& table, std::span<c
 }
 
 void RowRecord::stop() {
-    for (const std::string verb : {"INSERT", "UPDATE", "DELETE"})
-        m_connection.run("DROP TRIGGER IF EXISTS temp." + m_name + verb);
+    for (const std::string verb : {"INSERT", "UPDATE", "DELETE"}) drop("TRIGGER", verb);
 }
 
-// A rollback may have dropped some of it already.
 RowRecord::~RowRecord() {
-    std::string drops = "DROP VIEW IF EXISTS temp." + m_name + "_target; DROP TABLE IF EXISTS temp." + m_name;
-    for (const std::string verb : {"INSERT", "UPDATE", "DELETE"})
-        drops.insert(0, "DROP TRIGGER IF EXISTS temp." + m_name + verb + "; ");
-    sqlite3_exec(m_connection.handle(), drops.c_str(), nullptr, nullptr, nullptr);
+    stop();
+    drop("VIEW", "_target");
+    drop("TABLE", "");
+}
+
+// A rollback may have dropped the object already.
+void RowRecord::drop(const std::string& kind, const std::string& suffix) {
+    const std::string sql = "DROP " + kind + " IF EXISTS temp." + m_name + suffix;
+    sqlite3_exec(m_connection.handle(), sql.c_str(), nullptr, nullptr, nullptr);
 }
 
 }  // namespace tsql

@@ -30,6 +30,8 @@ class RowRecord {
     static constexpr std::string_view kOld = "old ", kNew = "new ";
 
   private:
+    void drop(const std::string& kind, const std::string& suffix);
+
     Connection& m_connection;
     std::string m_name;
     TableInfo m_target;

@@ -208,10 +208,7 @@ struct Declaration {
     bool output = false;
 };
 // Variable declared anywhere in a batch or module: it exists from the beginning, with the value NULL.
-struct Local {
-    std::string name;
-    SqlType type;
-};
+using Local = std::pair<std::string, SqlType>;
 struct Declare {
     std::vector<Declaration> variables;
 };

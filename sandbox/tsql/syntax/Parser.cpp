@@ -12,6 +12,11 @@ constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the dep
     throw SyntaxError(sqlError(message::kNestedTooDeeply), line);
 }
 
+ObjectName nameOf(std::vector<std::string> parts, int line) {
+    parts.insert(parts.begin(), 2, std::string());
+    return {parts[parts.size() - 3], parts[parts.size() - 2], parts.back(), line};
+}
+
 }  // namespace
 
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers) {
@@ -49,10 +54,7 @@ ObjectName parseObjectName(std::string_view text) {
         else if (token.kind != TokenKind::End && !std::exchange(parts.back(), unquoted(token)).empty())
             return name;
     }
-    name.name = parts.back();
-    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
-    if (parts.size() > 2) name.database = parts[parts.size() - 3];
-    return name;
+    return nameOf(parts, name.line);
 }
 
 SqlType parseType(std::string_view text) {
@@ -87,10 +89,6 @@ bool Parser::accept(std::string_view phrase) {
 
 bool Parser::acceptAny(std::initializer_list<std::string_view> phrases) {
     return std::ranges::any_of(phrases, [this](auto each) { return accept(each); });
-}
-
-void Parser::expect(std::string_view phrase) {
-    if (!accept(phrase)) throwSyntaxError();
 }
 
 std::int64_t Parser::expectInteger() {
@@ -136,19 +134,11 @@ std::string Parser::expectVariable(int undeclaredState) {
 
 // [[database.][schema].]name
 ObjectName Parser::objectName() {
-    ObjectName name;
-    name.line = peek().line;
+    const int line = peek().line;
     std::vector<std::string> parts{at(".") ? std::string() : expectName()};  // ..name, .schema.name
     while (accept(".")) parts.push_back(at(".") ? std::string() : expectName());
     if (parts.size() > 3) throwUnsupported("a name with a linked server");
-    name.name = parts.back();
-    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
-    if (parts.size() > 2) name.database = parts.front();
-    return name;
-}
-
-std::vector<std::string> Parser::columnNames() {
-    return parenthesized([this] { return list([this] { return expectName(); }); });
+    return nameOf(parts, line);
 }
 
 SqlType Parser::type(TypeUse use) {
@@ -164,7 +154,7 @@ SqlType Parser::type(TypeUse use) {
         return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
     };
     std::vector<int> arguments;
-    if (at("(")) arguments = parenthesized([&] { return list(argument); });
+    if (at("(")) arguments = inList(argument);
     try {
         return makeType(name, arguments, use);
     } catch (const SqlError& error) {
@@ -200,10 +190,6 @@ const Token& Parser::faulty() const {
     return atEnd ? m_tokens[m_next - 1] : peek();
 }
 
-std::string Parser::near() const {
-    return unquoted(faulty());
-}
-
 void Parser::throwSyntaxError() const {
     const bool reserved = peek().reserved;
     throw SyntaxError(
@@ -214,10 +200,6 @@ void Parser::throwSyntaxError() const {
 
 void Parser::throwUnsupported(std::string_view construct) const {
     throw SyntaxError(tsql::unsupported(construct), faulty().line);
-}
-
-void Parser::throwIfAt(std::string_view phrase, std::string_view construct) const {
-    if (at(phrase)) throwUnsupported(construct);
 }
 
 int Parser::nextDepth() const {

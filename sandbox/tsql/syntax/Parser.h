@@ -42,7 +42,9 @@ class Parser {
     bool at(std::string_view phrase, std::size_t ahead = 0) const { return match(phrase, ahead) > 0; }
     bool accept(std::string_view phrase);
     bool acceptAny(std::initializer_list<std::string_view> phrases);
-    void expect(std::string_view phrase);
+    void expect(std::string_view phrase) {
+        if (!accept(phrase)) throwSyntaxError();
+    }
     // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
     template <typename Table>
     auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
@@ -58,17 +60,18 @@ class Parser {
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
     std::string expectVariable(int undeclaredState = 1);  // state of the error
     ObjectName objectName();
-    std::vector<std::string> columnNames();  // in parentheses
     SqlType type(TypeUse use);
     void collation();
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
     std::size_t position() const { return m_next; }
-    const Token& faulty() const;  // token that an error refers to
-    std::string near() const;     // as errors quote it
+    const Token& faulty() const;                             // token that an error refers to
+    std::string near() const { return unquoted(faulty()); }  // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
     [[noreturn]] void throwUnsupported(std::string_view construct) const;
-    void throwIfAt(std::string_view phrase, std::string_view construct) const;
+    void throwIfAt(std::string_view phrase, std::string_view construct) const {
+        if (at(phrase)) throwUnsupported(construct);
+    }
 
     template <typename Item>
     auto list(Item item) {
@@ -83,6 +86,14 @@ class Parser {
         auto inner = item();
         expect(")");
         return inner;
+    }
+    // (item, item ...)
+    template <typename Item>
+    auto inList(Item item) {
+        return parenthesized([&] { return list(item); });
+    }
+    std::vector<std::string> columnNames() {
+        return inList([this] { return expectName(); });
     }
 
     // Requires the phrases among `parts`, and reads an expression with `read` into each of the others.
@@ -109,12 +120,14 @@ class Parser {
     ExprPtr operators(int loosest);
     ExprPtr unary();
     ExprPtr primary();
-    std::vector<ExprPtr> expressions();
+    std::vector<ExprPtr> expressions() {
+        return list([this] { return expression(); });
+    }
     std::vector<ExprPtr> argumentsOf(const ObjectName& function);  // in parentheses
 
     // ---- queries (ParserQueries.cpp)
     bool atQuery() const;
-    QueryPtr query();
+    QueryPtr query() { return queryBehind(commonTables()); }
     QueryPtr queryBehind(std::vector<CommonTable> with);
     QueryPtr subquery();
     std::vector<CommonTable> commonTables();

@@ -33,7 +33,7 @@ Insert insert(Parser& in) {
         constexpr int kMostRows = 1000;
         node.rows = in.list([&, count = 0]() mutable {
             if (++count > kMostRows) throw SyntaxError(sqlError(message::kTooManyInsertRows), in.peek().line);
-            return in.parenthesized([&] { return in.list(cell); });
+            return in.inList(cell);
         });
         for (const auto& row : node.rows)
             if (row.size() != node.rows.front().size())
@@ -52,13 +52,11 @@ Insert insert(Parser& in) {
 // INSERT BULK table (column type, ...) [WITH (option, ...)]
 InsertBulk insertBulk(Parser& in) {
     InsertBulk node{in.tableName(), {}};
-    node.columns = in.parenthesized([&] {
-        return in.list([&] {
-            std::string name = in.expectName();
-            in.type(TypeUse::Cast);
-            if (in.at("COLLATE")) in.collation();
-            return name;
-        });
+    node.columns = in.inList([&] {
+        std::string name = in.expectName();
+        in.type(TypeUse::Cast);
+        if (in.at("COLLATE")) in.collation();
+        return name;
     });
     const auto option = [&] {
         const std::string_view word = in.takeToken().raw;
@@ -67,7 +65,7 @@ InsertBulk insertBulk(Parser& in) {
         if (in.at("(")) in.skipParenthesized();
         return word;
     };
-    if (in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    if (in.accept("WITH")) in.inList(option);
     return node;
 }
 
@@ -86,34 +84,23 @@ SetClause setClause(Parser& in) {
     return clause;
 }
 
-// The rest of UPDATE and DELETE: FROM, WHERE, OPTION.
-void affectedRows(Parser& in, Change& node) {
+// UPDATE or DELETE
+template <typename Node>
+Node changeOfRows(Parser& in) {
+    Node node;
+    node.top = in.top();
+    if constexpr (std::is_same_v<Node, Delete>) in.accept("FROM");
+    node.table = in.tableName();
+    in.tableHints();
+    if constexpr (std::is_same_v<Node, Update>) {
+        in.expect("SET");
+        node.sets = in.list([&] { return setClause(in); });
+    }
+    node.output = output(in);
     if (in.accept("FROM")) node.from = in.from();
     in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
     if (in.accept("WHERE")) node.where = in.condition();
     node.maxRecursion = in.options();
-}
-
-Update update(Parser& in) {
-    Update node;
-    node.top = in.top();
-    node.table = in.tableName();
-    in.tableHints();
-    in.expect("SET");
-    node.sets = in.list([&] { return setClause(in); });
-    node.output = output(in);
-    affectedRows(in, node);
-    return node;
-}
-
-Delete remove(Parser& in) {
-    Delete node;
-    node.top = in.top();
-    in.accept("FROM");
-    node.table = in.tableName();
-    in.tableHints();
-    node.output = output(in);
-    affectedRows(in, node);
     return node;
 }
 
@@ -126,13 +113,11 @@ Delete remove(Parser& in) {
 
 // a, b DESC
 std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
-    return in.parenthesized([&] {
-        return in.list([&] {
-            std::string name = in.expectName();
-            const bool descending = in.accept("DESC");
-            if (!descending) in.accept("ASC");
-            return std::pair(std::move(name), descending);
-        });
+    return in.inList([&] {
+        std::string name = in.expectName();
+        const bool descending = in.accept("DESC");
+        if (!descending) in.accept("ASC");
+        return std::pair(std::move(name), descending);
     });
 }
 
@@ -157,7 +142,7 @@ void indexStorage(Parser& in) {
         return in.takeToken().kind;
     };
     if (in.accept("WITH FILLFACTOR =")) in.expectInteger();
-    if (in.at("WITH (") && in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    if (in.at("WITH (") && in.accept("WITH")) in.inList(option);
     fileGroup(in);
 }
 
@@ -432,13 +417,11 @@ void triggerEvents(Parser& in, CreateModule& trigger) {
     moduleOptions(in);
     trigger.insteadOf = in.accept("INSTEAD OF");
     if (!trigger.insteadOf && !in.acceptAny({"FOR", "AFTER"})) in.throwSyntaxError();
-    do {
-        const std::string event = toUpper(in.near());
+    trigger.events = in.list([&] {
+        std::string event = toUpper(in.near());
         if (!in.acceptAny({"INSERT", "UPDATE", "DELETE"})) in.throwSyntaxError();
-        if (std::ranges::find(trigger.events, event) != trigger.events.end())
-            throw SyntaxError(sqlError(message::kRepeatedEvent, {event}), in.peek().line);
-        trigger.events.push_back(event);
-    } while (in.accept(","));
+        return event;
+    });
     in.accept("NOT FOR REPLICATION");
 }
 
@@ -556,8 +539,8 @@ Statement::Node parseRows(Parser& in) {
         return node;
     };
     if (in.accept("INSERT")) return change(insert(in));
-    if (in.accept("UPDATE")) return change(update(in));
-    if (in.accept("DELETE")) return change(remove(in));
+    if (in.accept("UPDATE")) return change(changeOfRows<Update>(in));
+    if (in.accept("DELETE")) return change(changeOfRows<Delete>(in));
     if (!in.atQuery()) in.throwSyntaxError();
     SelectStatement statement;
     in.m_into = &statement.into;

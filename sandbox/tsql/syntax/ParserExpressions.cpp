@@ -287,10 +287,6 @@ ExprPtr Parser::expressionOrCondition() {
     return operators(kOr);
 }
 
-std::vector<ExprPtr> Parser::expressions() {
-    return list([this] { return expression(); });
-}
-
 // Only built-in functions accept DISTINCT or ALL. Only functions with a schema accept DEFAULT, which is a
 // null pointer.
 std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {

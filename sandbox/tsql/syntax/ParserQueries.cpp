@@ -211,10 +211,6 @@ bool Parser::atQuery() const {
     return at("SELECT", ahead) || (ahead == 0 && at("WITH"));
 }
 
-QueryPtr Parser::query() {
-    return queryBehind(commonTables());
-}
-
 QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     const Temporarily deeper(m_depth, nextDepth());
     const int line = peek().line;

@@ -422,7 +422,7 @@ Statement::Node dbcc(Parser& in) {
     if (hasEffect)
         identityCheck(in, node);
     else if (in.at("("))
-        in.parenthesized([&] { return in.list([&] { return in.expression(); }); });
+        in.inList([&] { return in.expression(); });
     withOptions(in, "DBCC " + verb, [&] { return node.onlyFaults = in.accept("NO_INFOMSGS"); });
     return node;
 }
@@ -589,7 +589,7 @@ Declaration Parser::declaration(bool isParameter) {
     if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
         throw SyntaxError(sqlError(message::kVariableAlreadyDeclared, {name.raw}), name.line);
     (node.table ? m_declaredTables : m_declared).insert(node.name);
-    if (!isParameter && !node.table) m_locals.push_back({node.name, node.type});
+    if (!isParameter && !node.table) m_locals.emplace_back(node.name, node.type);
     return node;
 }
 

@@ -151,7 +151,7 @@ class Translator {
     };
 
     // ---- expressions (TranslatorExpressions.cpp)
-    Typed node(const Literal& literal);
+    static Typed node(const Literal& literal) { return tsql::literal(literal.constant); }
     Typed node(const VariableRef& variable);
     Typed node(const ColumnRef& column);
     Typed node(const Unary& unary);
@@ -162,20 +162,20 @@ class Translator {
     Typed node(const ScalarQuery& query);
     std::string test(const Compare& compare);
     std::string test(const Logic& logic);
-    std::string test(const Not& negation);
-    std::string test(const IsNull& isNull);
+    std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
+    std::string test(const IsNull& isNull) { return "(" + value(*isNull.operand).sql + " IS NULL)"; }
     std::string test(const Between& between);
     std::string test(const InList& in);
     std::string test(const CompareQuery& compare);
     std::string test(const Like& like);
-    std::string test(const Exists& exists);
+    std::string test(const Exists& exists) { return "EXISTS (" + query(*exists.query).sql + ")"; }
     Typed userCall(const Call& call);
     Typed aggregateCall(const FunctionInfo& function, const Call& call);
     Typed windowCall(const FunctionInfo& function, const Call& call);
     std::string sortKeys(const std::vector<OrderItem>& items);
     std::vector<Typed> callArguments(const Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ExprPtr>& exprs);
-    static std::string liveValue(const std::string& key);
+    static std::string liveValue(const std::string& key) { return "ts_variable(" + quotedText(key) + ")"; }
     static bool isNamed(const Source& source, std::span<const std::string> qualifier);
     const SourceColumn* findColumn(const ColumnRef& column, Scope& scope, const Source*& source);
 
@@ -215,7 +215,6 @@ class Translator {
     std::optional<std::size_t> outputPosition(const Expr& expr, const QueryText& text) const;
     std::string limit(const Select* select, const Query& query);
     void refuseLooseColumns(int error, bool grouped);
-    std::string singleValue(const QueryText& text);
     std::string nextAlias();
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);
     std::string addSource(const std::vector<OutputColumn>& columns, const std::string& exposed);
@@ -229,12 +228,11 @@ class Translator {
 
     // ---- changes (TranslatorChanges.cpp)
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
-    std::string insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
-                            std::string_view before, std::string_view after);
+    std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
     Typed defaultOf(const TableColumn& column);
     Typed cell(const Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
-    ColumnList absentDefaults(const TableInfo& target, const ColumnList& columns) const;
+    static ColumnList filledColumns(const TableInfo& target, const ColumnList& columns);
     Typed setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<Output>& output,
                           const std::string& exposed, const std::string& record = {});

@@ -43,12 +43,23 @@ Typed Translator::cell(const Expr& expr) {
     return typedConstant("?" + std::to_string(m_parameters.size()), literal->constant);
 }
 
-ColumnList Translator::absentDefaults(const TableInfo& target, const ColumnList& columns) const {
-    ColumnList absent;
+// Returns `columns` and the other columns that have defaults.
+ColumnList Translator::filledColumns(const TableInfo& target, const ColumnList& columns) {
+    ColumnList filled = columns;
     for (const auto& column : target.columns)
         if (!column.byDefault.empty() && std::ranges::find(columns, &column) == columns.end())
-            absent.push_back(&column);
-    return absent;
+            filled.push_back(&column);
+    return filled;
+}
+
+// Returns the values of a row. Those after `cells` are defaults.
+std::string Translator::rowText(const TableInfo& target, const ColumnList& columns,
+                                const std::vector<Typed>& cells) {
+    std::string row;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        row += (i ? ", " : "") +
+               assigned(i < cells.size() ? cells[i] : defaultOf(*columns[i]), target, *columns[i]);
+    return row;
 }
 
 std::string Translator::insertText(const TableInfo& target, const ColumnList& columns,
@@ -60,45 +71,21 @@ std::string Translator::insertText(const TableInfo& target, const ColumnList& co
 }
 
 std::string Translator::insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert) {
-    const auto absent = absentDefaults(target, columns);
-    ColumnList all = columns;
-    all.insert(all.end(), absent.begin(), absent.end());
+    const ColumnList all = filledColumns(target, columns);
     if (all.empty())
         return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES" +
                returning(target, insert.output, "inserted");
-    const std::vector<ExprPtr> none;
-    std::string rows;
-    const auto addRow = [&](const std::vector<ExprPtr>& cells) {
-        std::string row;
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            const bool given = i < cells.size() && cells[i];
-            const Typed typed = given ? cell(*cells[i]) : defaultOf(*all[i]);
-            row += (i ? ", " : "") + assigned(typed, target, *all[i]);
-        }
-        rows += (rows.empty() ? "VALUES (" : ", (") + row + ")";
-    };
-    if (insert.defaultValues) addRow(none);
+    std::string rows = insert.defaultValues ? "VALUES (" + rowText(target, all, {}) + ")" : "";
     for (const auto& row : insert.rows) {
         if (row.size() != columns.size())
             throw sqlError(row.size() < columns.size() ? message::kMoreInsertColumnsThanValues
                                                        : message::kFewerInsertColumnsThanValues);
-        addRow(row);
+        std::vector<Typed> cells;
+        for (const auto& each : row) cells.push_back(each ? cell(*each) : defaultOf(*columns[cells.size()]));
+        rows += (rows.empty() ? "VALUES (" : ", (") + rowText(target, all, cells) + ")";
     }
     if (insert.top) rows = limited(rows, insert.top);
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
-}
-
-// Appends the defaults of the absent columns to the cells of a row.
-std::string Translator::insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
-                                    std::string_view before, std::string_view after) {
-    for (const auto* column : absentDefaults(target, columns)) {
-        cells.push_back(defaultOf(*column));
-        columns.push_back(column);
-    }
-    std::string list;
-    for (std::size_t i = 0; i < cells.size(); ++i)
-        list += (i ? ", " : "") + assigned(cells[i], target, *columns[i]);
-    return insertText(target, columns, std::string(before).append(list).append(after));
 }
 
 std::string Translator::insertQuery(const TableInfo& target, const ColumnList& columns,
@@ -110,15 +97,18 @@ std::string Translator::insertQuery(const TableInfo& target, const ColumnList& c
                                                             : message::kMoreSelectedThanInserted);
     std::vector<Typed> cells;
     for (const auto& output : text.columns) cells.push_back({output.alias, output.column.type});
-    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql, insert.top) + ")") +
-           returning(target, insert.output, "inserted");
+    const ColumnList all = filledColumns(target, columns);
+    const std::string rows =
+        "SELECT " + rowText(target, all, cells) + " FROM (" + limited(text.sql, insert.top) + ")";
+    return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
 std::string Translator::insertParameters(const TableInfo& target, const ColumnList& columns,
                                          const std::vector<SqlType>& types) {
     std::vector<Typed> cells;
     for (const SqlType& type : types) cells.push_back({"?" + std::to_string(cells.size() + 1), type});
-    return insertCells(target, columns, cells, "VALUES (", ")");
+    const ColumnList all = filledColumns(target, columns);
+    return insertText(target, all, "VALUES (" + rowText(target, all, cells) + ")");
 }
 
 Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {

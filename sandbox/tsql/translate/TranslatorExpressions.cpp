@@ -48,14 +48,6 @@ std::vector<Typed> Translator::values(const std::vector<ExprPtr>& exprs) {
     return typed;
 }
 
-Typed Translator::node(const Literal& literal) {
-    return tsql::literal(literal.constant);
-}
-
-std::string Translator::liveValue(const std::string& key) {
-    return "ts_variable(" + quotedText(key) + ")";
-}
-
 Typed Translator::node(const VariableRef& variable) {
     const std::string& name = variable.name;
     const SqlType type = m_names.variableType(name);
@@ -264,13 +256,10 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
 Typed Translator::node(const ScalarQuery& scalar) {
     const QueryText text = query(*scalar.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
-    return {singleValue(text), text.columns.front().column.type};
-}
-
-// ts_single reports more than one row as an error; SQLite alone would use the first row.
-std::string Translator::singleValue(const QueryText& text) {
-    if (text.oneRow) return "(" + text.sql + ")";
-    return "(SELECT ts_single(count(*), " + text.columns.front().alias + ") FROM (" + text.sql + "))";
+    const auto& [column, alias, isNull] = text.columns.front();
+    if (text.oneRow) return {"(" + text.sql + ")", column.type};
+    // ts_single reports more than one row as an error; SQLite alone would use the first row.
+    return {"(SELECT ts_single(count(*), " + alias + ") FROM (" + text.sql + "))", column.type};
 }
 
 std::string Translator::test(const Compare& compare) {
@@ -284,14 +273,6 @@ std::string Translator::test(const Logic& logic) {
     const bool joins = inner && inner->isAnd == logic.isAnd;  // a AND b: "(a AND b" AND c
     return (joins ? left.substr(0, left.size() - 1) : "(" + left) + (logic.isAnd ? " AND " : " OR ") +
            condition(*logic.right) + ")";
-}
-
-std::string Translator::test(const Not& negation) {
-    return "(NOT " + condition(*negation.operand) + ")";
-}
-
-std::string Translator::test(const IsNull& isNull) {
-    return "(" + value(*isNull.operand).sql + " IS NULL)";
 }
 
 std::string Translator::test(const Between& between) {
@@ -338,10 +319,6 @@ std::string Translator::test(const Like& like) {
     if (!like.escape) return emitLike(operand, pattern, nullptr);
     const Typed escape = value(*like.escape);
     return emitLike(operand, pattern, &escape);
-}
-
-std::string Translator::test(const Exists& exists) {
-    return "EXISTS (" + query(*exists.query).sql + ")";
 }
 
 }  // namespace tsql

