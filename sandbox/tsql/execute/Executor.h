@@ -127,7 +127,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow guarded(int line, const std::function<Flow()>& work);
     static Flow flowTo(int label) { return static_cast<Flow>(static_cast<int>(Flow::FirstLabel) + label); }
     bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
-    static bool isAlone(const Block& block);
     void check(const Block& block);
     void check(const Statement& statement);
     template <typename Node>
@@ -178,7 +177,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const DeclareCursor& declare);
     Flow run(const ChangeCursor& change);
     Flow run(const Fetch& fetch);
-    void openCursor(Cursor& cursor);
     Cursors& cursorsWith(const CursorName& cursor);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
@@ -311,13 +309,17 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- transactions (ExecutorTransactions.cpp)
     Flow run(const Transaction& transaction);
     void beforeWrite();
-    void claim(const ObjectName& target);
+    // Locks the database that a statement changes, before its names are looked up: after the transaction has
+    // read it, SQLite no longer waits for another writer.
+    void claim(const ObjectName& target) {
+        if (m_connection.inTransaction() && !isTemporaryName(target.name))
+            m_connection.lock(databaseOf(target));
+    }
     void begin(const std::string& name);
     bool awaitsTransaction() const;
     bool beginsImplicitly(const Statement& statement) const;
     void commit();
     void rollBack();
-    void undoTransaction();
     void rollBackTo(const std::string& name);
     void inTransaction(const std::function<void()>& work);
     void endTransaction(TransactionEvent event);

@@ -3,14 +3,6 @@
 
 namespace tsql {
 
-// Whether the block is one statement without nested statements.
-bool Executor::isAlone(const Block& block) {
-    const auto holdsOthers = []<typename Node>(const Node&) {
-        return isOneOf<Node, Compound, TryCatch, If, While>;
-    };
-    return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
-}
-
 template <typename Node>
 void Executor::checkNode(const Node& node) {
     Translator translator(*this);

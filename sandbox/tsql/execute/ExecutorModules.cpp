@@ -13,6 +13,14 @@ const CreateModule& moduleOf(const Batch& batch) {
     return std::get<CreateModule>(batch.statements.front()->node);
 }
 
+// Whether the block is one statement without nested statements.
+bool isAlone(const Block& block) {
+    const auto holdsOthers = []<typename Node>(const Node&) {
+        return isOneOf<Node, Compound, TryCatch, If, While>;
+    };
+    return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
+}
+
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
     if (module.function && !module.query) columns.push_back({"", module.returns, true, false, {}, true});

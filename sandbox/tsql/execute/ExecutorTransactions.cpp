@@ -16,12 +16,6 @@ void Executor::beforeWrite() {
     changeEntry([](SessionEntry& entry) { entry.hasTransaction = true; });
 }
 
-// Locks the database that a statement changes, before its names are looked up: after the transaction has read
-// it, SQLite no longer waits for another writer.
-void Executor::claim(const ObjectName& target) {
-    if (m_connection.inTransaction() && !isTemporaryName(target.name)) m_connection.lock(databaseOf(target));
-}
-
 void Executor::endTransaction(TransactionEvent event) {
     m_doomed = m_begun = m_outlivedReset = false;
     m_knownTables.clear();
@@ -87,22 +81,21 @@ void Executor::commit() {
         endTransaction(TransactionEvent::Committed);
 }
 
+// Generated identities are not reused.
 void Executor::rollBack() {
     const bool older = m_outlivedReset;
     endTransaction(TransactionEvent::RolledBack);
-    if (m_connection.inTransaction()) keepTables([this] { undoTransaction(); });
+    const auto undo = [this] {
+        if (!m_givenIdentities.empty()) try {
+                m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
+                skipIdentities();
+                return m_connection.run("COMMIT");
+            } catch (const SqliteFailure&) {  // the disk is full: identities may be reused
+            }
+        m_connection.run("ROLLBACK");
+    };
+    if (m_connection.inTransaction()) keepTables(undo);
     if (older) dropTemporaryTables();
-}
-
-// Rolls back SQLite's transaction, but does not allow generated identities to be reused.
-void Executor::undoTransaction() {
-    if (!m_givenIdentities.empty()) try {
-            m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
-            skipIdentities();
-            return m_connection.run("COMMIT");
-        } catch (const SqliteFailure&) {  // the disk is full: identities may be reused
-        }
-    m_connection.run("ROLLBACK");
 }
 
 bool Executor::resetAroundTransaction(std::string_view database) {

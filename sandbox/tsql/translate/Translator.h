@@ -231,7 +231,9 @@ class Translator {
     std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
     Typed defaultOf(const TableColumn& column);
     Typed cell(const Expr& expr);
-    std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
+    static std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
+        return emitAssign(value, column.type, target.fullName(), column.name).sql;
+    }
     static ColumnList filledColumns(const TableInfo& target, const ColumnList& columns);
     Typed setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<Output>& output,

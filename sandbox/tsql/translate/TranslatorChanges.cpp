@@ -24,10 +24,6 @@ const ObjectName& Translator::targetName(const ObjectName& name, const std::vect
     return name;
 }
 
-std::string Translator::assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
-    return emitAssign(value, column.type, target.fullName(), column.name).sql;
-}
-
 Typed Translator::defaultOf(const TableColumn& column) {
     if (column.byDefault.empty()) return nullLiteral();
     return value(*parseExpression(column.byDefault));
