@@ -2,33 +2,19 @@
 // own file.
 #pragma once
 
-#include <algorithm>
 #include <chrono>
-#include <functional>
 #include <list>
 #include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <unordered_map>
-#include <vector>
 
-#include "catalogue/Catalogue.h"
 #include "catalogue/Constraints.h"
 #include "execute/Engine.h"
 #include "execute/Frame.h"
 #include "execute/RowRecord.h"
 #include "functions/FunctionContext.h"
-#include "functions/FunctionSession.h"
-#include "messages/Messages.h"
 #include "storage/Backup.h"
 #include "storage/Connection.h"
-#include "syntax/Ast.h"
 #include "syntax/Parser.h"
-#include "translate/Translator.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 #include "types/Work.h"
 
 namespace tsql {
@@ -256,11 +242,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     TableInfo tableOfTrigger(const CreateModule& trigger);
     static void bindTrigger(const Catalogue& owner, const CreateModule& trigger, const TableInfo& table,
                             ObjectInfo& object);
-    // Runs a change of `target` and the triggers that it fires. events: what the change does, with the
-    // columns that an UPDATE sets.
-    using Events = std::vector<std::pair<std::string_view, WordSet>>;
-    Flow withTriggers(const TableInfo& target, const Events& events, const std::optional<Output>& output,
-                      StatementKind kind, const ChangeRows& change);
+    // Runs a change of `target` and the triggers that it fires. updated: columns that an UPDATE sets.
+    Flow withTriggers(const TableInfo& target, StatementKind kind, const WordSet& updated,
+                      const std::optional<Output>& output, const ChangeRows& change);
     std::vector<ObjectInfo> enabledTriggers(const TableInfo& table, std::string_view verb);
     void addFiring(Firing firing, std::vector<Firing>& all);
     void changeAndFire(const TableInfo& target, std::vector<Firing> firings, const ChangeRows& change);

@@ -100,12 +100,12 @@ Flow Executor::run(const RaiseError& raise) {
         const Value value = evaluate(expr, simpleType(TypeId::Int));
         return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
     };
-    const int severity = std::max(0, number(*raise.severity));
-    const int asked = number(*raise.state);
+    const int severity = std::max(0, number(*raise.values[1]));
+    const int asked = number(*raise.values[2]);
     const int state = asked < 0 ? 1 : std::min(asked, 255);
     constexpr int kTopUserSeverity = 18;
     if (severity > kTopUserSeverity && !raise.log) throw sqlError(message::kSeverityTooHigh);
-    const TypedValue message = evaluate(*raise.message);
+    const TypedValue message = evaluate(*raise.values[0]);
     if (isInteger(message.type.id)) {
         constexpr std::int64_t kFirst = 13'000;
         const auto* asks = std::get_if<std::int64_t>(&message.value);
@@ -114,7 +114,7 @@ Flow Executor::run(const RaiseError& raise) {
             {textOf(viewOf(message.value), message.type), std::to_string(severity), std::to_string(state)});
     }
     std::vector<TypedValue> arguments;
-    for (const auto& argument : raise.arguments) arguments.push_back(evaluate(*argument));
+    for (std::size_t i = 3; i < raise.values.size(); ++i) arguments.push_back(evaluate(*raise.values[i]));
     const Message raised{message::kUserDefined,
                          severity,
                          state,
@@ -134,12 +134,12 @@ Flow Executor::run(const RaiseError& raise) {
 
 Flow Executor::run(const Throw& node) {
     Message message;
-    if (!node.number) {
+    if (node.values.empty()) {
         if (m_caught.empty()) throw sqlError(message::kRethrowOutsideCatch);
         message = m_caught.back();
     } else {
-        const Value number = evaluate(*node.number, simpleType(TypeId::Int));
-        const Value state = evaluate(*node.state, simpleType(TypeId::TinyInt));
+        const Value number = evaluate(*node.values[0], simpleType(TypeId::Int));
+        const Value state = evaluate(*node.values[2], simpleType(TypeId::TinyInt));
         const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
         if (given < message::kUserDefined)
             throw sqlError(message::kThrowNumberOutOfRange, {std::to_string(given)});
@@ -148,7 +148,7 @@ Flow Executor::run(const Throw& node) {
                    isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
                    m_line,
                    m_frames.back()->procedure,
-                   evaluateText(*node.message)};
+                   evaluateText(*node.values[1])};
     }
     m_error = message.number;
     if (m_tries > 0) {

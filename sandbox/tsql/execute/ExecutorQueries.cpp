@@ -224,7 +224,7 @@ Flow Executor::run(const Insert& insert) {
                                  translator, insert.output);
         });
     };
-    return withTriggers(table(insert.table), {{"INSERT", {}}}, insert.output, StatementKind::Insert, change);
+    return withTriggers(table(insert.table), StatementKind::Insert, {}, insert.output, change);
 }
 
 // A client that sends values for the identity means to keep them.
@@ -364,9 +364,8 @@ TableInfo Executor::changedTable(const Change& change, Translator& translator) {
 Flow Executor::run(const Update& update) {
     Translator translator(*this);
     const auto change = [&](const TableInfo& target) {
-        constexpr std::string_view kUpdate[] = {"UPDATE"};
         std::optional<RowRecord> record;
-        if (update.output) record.emplace(m_connection, target, kUpdate);
+        if (update.output) record.emplace(m_connection, target, "UPDATE");
         const std::string sql = translator.update(target, update, record ? record->name() : "");
         try {
             changeWithOutput(target, "UPDATE", sql, translator, update.output);
@@ -381,8 +380,8 @@ Flow Executor::run(const Update& update) {
     };
     WordSet columns;
     for (const auto& clause : update.sets) columns.insert(clause.column);
-    return withTriggers(changedTable(update, translator), {{"UPDATE", columns}}, update.output,
-                        StatementKind::Update, change);
+    return withTriggers(changedTable(update, translator), StatementKind::Update, columns, update.output,
+                        change);
 }
 
 // SQLite checks keys row by row, T-SQL at the end of the statement. Therefore the rows give up their keys
@@ -413,8 +412,8 @@ Flow Executor::run(const Delete& statement) {
         changeWithOutput(target, "DELETE", translator.remove(target, statement), translator,
                          statement.output);
     };
-    return withTriggers(changedTable(statement, translator), {{"DELETE", {}}}, statement.output,
-                        StatementKind::Delete, change);
+    return withTriggers(changedTable(statement, translator), StatementKind::Delete, {}, statement.output,
+                        change);
 }
 
 // TRUNCATE TABLE restarts the identity.

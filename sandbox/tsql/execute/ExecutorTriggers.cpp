@@ -107,14 +107,14 @@ void Executor::addFiring(Firing firing, std::vector<Firing>& all) {
     }
 }
 
-Flow Executor::withTriggers(const TableInfo& target, const Events& events,
-                            const std::optional<Output>& output, StatementKind kind,
-                            const ChangeRows& change) {
+Flow Executor::withTriggers(const TableInfo& target, StatementKind kind, const WordSet& updated,
+                            const std::optional<Output>& output, const ChangeRows& change) {
+    constexpr std::string_view kVerbs[] = {"", "", "INSERT", "UPDATE",
+                                           "DELETE"};  // in the order of the kinds
     std::vector<Firing> firings;
     if (target.schema != kTempSchema && Catalogue(m_connection, target.database, target.schema).hasTriggers())
-        for (const auto& [verb, updated] : events) addFiring({target, verb, updated}, firings);
-    const bool ownTriggers = std::ranges::any_of(
-        firings, [&](const Firing& each) { return !each.cascades && !each.triggers.empty(); });
+        addFiring({target, kVerbs[static_cast<int>(kind)], updated}, firings);
+    const bool ownTriggers = !firings.empty() && !firings.front().triggers.empty();
     if (output && !output->into && ownTriggers) throw sqlError(message::kOutputOfTriggers, {target.name});
     std::erase_if(firings, [](const Firing& each) { return each.triggers.empty(); });
     if (firings.empty())
@@ -131,7 +131,7 @@ void Executor::changeAndFire(const TableInfo& target, std::vector<Firing> firing
     const bool instead = isInsteadOf(firings.front().triggers.front()) && !firings.front().cascades;
     std::list<RowRecord> records;
     for (auto& firing : firings) {
-        records.emplace_back(m_connection, firing.table, std::span(&firing.verb, 1), instead);
+        records.emplace_back(m_connection, firing.table, std::string(firing.verb), instead);
         firing.rows = records.back().name();
     }
     {

@@ -2,15 +2,8 @@
 #pragma once
 
 #include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
-#include "catalogue/Catalogue.h"
-#include "syntax/Ast.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
 

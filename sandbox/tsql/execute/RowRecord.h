@@ -1,9 +1,7 @@
 // Record of the rows that a statement changes: a temporary table that triggers of SQLite fill.
 #pragma once
 
-#include <span>
-#include <string>
-#include <string_view>
+#include <atomic>
 
 #include "catalogue/Catalogue.h"
 
@@ -11,26 +9,68 @@ namespace tsql {
 
 class RowRecord {
   public:
-    // Records what the verbs (INSERT, UPDATE, DELETE) do to rows of the table until stop(). instead: the
+    static constexpr std::string_view kOld = "old ", kNew = "new ";
+    static std::string column(std::string_view prefix, const std::string& name) {
+        return quotedName(std::string(prefix) + name);
+    }
+
+    // Records what the verb (INSERT, UPDATE, DELETE) does to rows of the table until stop(). instead: the
     // changes of target() are only recorded.
-    RowRecord(Connection& connection, const TableInfo& table, std::span<const std::string_view> verbs,
-              bool instead = false);
-    ~RowRecord();
+    RowRecord(Connection& connection, const TableInfo& table, const std::string& verb, bool instead = false)
+        : m_connection(connection), m_target(table) {
+        static std::atomic<unsigned> records{0};
+        m_name = "tsqlbox_rows" + std::to_string(++records);
+        if (instead) createView();
+        std::string columns, names, again;
+        for (const auto& prefix : {kOld, kNew})
+            for (const auto& each : table.columns) {
+                const std::string name = column(prefix, each.name);
+                columns.append(", ").append(name).append(" ").append(storageClass(each.type));
+                names += ", " + name;
+                if (prefix == kNew)
+                    again.append(again.empty() ? "" : ", ").append(name + " = excluded." + name);
+            }
+        m_connection.run("CREATE TEMP TABLE " + m_name + " (ts_row UNIQUE" + columns + ")");
+        m_connection.run("CREATE TEMP TRIGGER " + m_name + "_change " + (instead ? "INSTEAD OF " : "AFTER ") +
+                         verb + " ON " + m_target.sqlName() + " BEGIN INSERT INTO " + m_name + " (ts_row" +
+                         names + ") VALUES (" + (verb == "DELETE" ? "OLD._rowid_, " : "NEW._rowid_, ") +
+                         values(verb == "INSERT" ? "" : "OLD.") + ", " +
+                         values(verb == "DELETE" ? "" : "NEW.") + ") ON CONFLICT (ts_row) DO UPDATE SET " +
+                         again + "; END");
+    }
+    ~RowRecord() {
+        stop();
+        drop("VIEW", "_target");
+        drop("TABLE", "");
+    }
     RowRecord(const RowRecord&) = delete;
     RowRecord& operator=(const RowRecord&) = delete;
-    void stop();
+    void stop() { drop("TRIGGER", "_change"); }
 
     // Name of the table with the row id (ts_row), the verb (ts_verb) and the values before and after the
     // change. A row that is changed in several steps is recorded once.
     const std::string& name() const { return m_name; }
     const TableInfo& target() const { return m_target; }  // the table, or the view that stands for it
-    static std::string column(std::string_view prefix, const std::string& name) {
-        return quotedName(std::string(prefix) + name);
-    }
-    static constexpr std::string_view kOld = "old ", kNew = "new ";
 
   private:
-    void drop(const std::string& kind, const std::string& suffix);
+    std::string values(const std::string& row) const {
+        return commaList(m_target.columns, [&](const TableColumn& each) {
+            return row.empty() ? "NULL" : row + quotedName(each.name);
+        });
+    }
+    void createView() {
+        m_connection.run("CREATE TEMP VIEW " + m_name + "_target AS SELECT _rowid_ AS _rowid_, " +
+                         commaList(m_target.columns, [](const auto& each) { return quotedName(each.name); }) +
+                         " FROM " + m_target.sqlName());
+        m_target.schema = kTempSchema;
+        m_target.stored = m_name + "_target";
+        m_target.isShadow = true;
+    }
+    // A rollback may have dropped the object already.
+    void drop(const std::string& kind, const std::string& suffix) {
+        const std::string sql = "DROP " + kind + " IF EXISTS temp." + m_name + suffix;
+        sqlite3_exec(m_connection.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+    }
 
     Connection& m_connection;
     std::string m_name;

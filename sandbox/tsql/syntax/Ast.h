@@ -251,12 +251,11 @@ struct Print {
     ExprPtr value;
 };
 struct RaiseError {
-    ExprPtr message, severity, state;
-    std::vector<ExprPtr> arguments;
+    std::vector<ExprPtr> values;  // message, severity, state, arguments
     bool log = false, setError = false, noWait = false;
 };
 struct Throw {
-    ExprPtr number, message, state;  // all null: THROW without arguments
+    std::vector<ExprPtr> values;  // number, message, state; empty: THROW without arguments
 };
 struct WaitFor {
     ExprPtr time;

@@ -1,13 +1,7 @@
 // Recursive-descent parser of a batch. Productions that only one source file uses are functions of that file.
 #pragma once
 
-#include <algorithm>
-#include <memory>
 #include <set>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <vector>
 
 #include "messages/Messages.h"
 #include "syntax/Ast.h"
@@ -94,18 +88,6 @@ class Parser {
     }
     std::vector<std::string> columnNames() {
         return inList([this] { return expectName(); });
-    }
-
-    // Requires the phrases among `parts`, and reads an expression with `read` into each of the others.
-    template <typename... Parts>
-    void sequence(ExprPtr (Parser::*read)(), Parts&&... parts) {
-        const auto part = [&](auto& each) {
-            if constexpr (std::is_same_v<decltype(each), ExprPtr&>)
-                each = (this->*read)();
-            else
-                expect(each);
-        };
-        (part(parts), ...);
     }
 
     // m_depth inside a recursive production. Throws SyntaxError 191 beyond the limit.

@@ -170,7 +170,11 @@ ExprPtr iif(Parser& in) {
     Case node;
     in.expect("(");
     auto& [when, then] = node.branches.emplace_back(in.condition(), nullptr);
-    in.sequence(&Parser::expression, ",", then, ",", node.otherwise, ")");
+    in.expect(",");
+    then = in.expression();
+    in.expect(",");
+    node.otherwise = in.expression();
+    in.expect(")");
     return make(line, std::move(node));
 }
 

@@ -219,8 +219,9 @@ void withOptions(Parser& in, const std::string& verb, Accept accept) {
 Statement::Node raiseError(Parser& in) {
     if (!in.at("(")) in.throwUnsupported("RAISERROR without parentheses");
     RaiseError node;
-    in.sequence(&Parser::constant, "(", node.message, ",", node.severity, ",", node.state);
-    if (in.accept(",")) node.arguments = in.list([&] { return in.constant(); });
+    in.expect("(");
+    node.values = in.list([&] { return in.constant(); });
+    if (node.values.size() < 3) in.throwSyntaxError();
     in.expect(")");
     const std::pair<std::string_view, bool*> kOptions[] = {
         {"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}};
@@ -234,7 +235,8 @@ Statement::Node raiseError(Parser& in) {
 Statement::Node throwError(Parser& in) {
     Throw node;
     if (in.peek().kind == TokenKind::Number || in.atVariable())
-        in.sequence(&Parser::constant, node.number, ",", node.message, ",", node.state);
+        node.values = in.list([&] { return in.constant(); });
+    if (!node.values.empty() && node.values.size() != 3) in.throwSyntaxError();
     return node;
 }
 

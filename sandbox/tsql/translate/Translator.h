@@ -2,23 +2,13 @@
 // parameters.
 #pragma once
 
-#include <algorithm>
-#include <functional>
-#include <memory>
-#include <optional>
 #include <set>
-#include <string>
-#include <string_view>
-#include <vector>
 
-#include "catalogue/Catalogue.h"
 #include "catalogue/SystemViews.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
-#include "messages/Messages.h"
 #include "syntax/Ast.h"
 #include "types/Finally.h"
-#include "types/SqlType.h"
 #include "types/Text.h"
 
 namespace tsql {

@@ -18,11 +18,8 @@ Typed Translator::value(const Expr& expr) {
     const std::size_t loose = m_scope ? m_scope->loose.size() : 0;
     Typed result = std::visit(
         [this](const auto& each) -> Typed {
-            if constexpr (requires { node(each); })
-                return node(each);
-            else
-                throw SqlError(message::kConditionExpected, "A condition stands where a value is expected.",
-                               15);
+            if constexpr (requires { node(each); }) return node(each);
+            throw std::logic_error("The parser allows no condition here.");
         },
         expr.node);
     // A whole GROUP BY expression is allowed anywhere, including its columns.
@@ -33,11 +30,8 @@ Typed Translator::value(const Expr& expr) {
 std::string Translator::condition(const Expr& expr) {
     return std::visit(
         [this](const auto& each) -> std::string {
-            if constexpr (requires { test(each); })
-                return test(each);
-            else
-                throw SqlError(message::kConditionExpected, "A value stands where a condition is expected.",
-                               15);
+            if constexpr (requires { test(each); }) return test(each);
+            throw std::logic_error("The parser allows no value here.");
         },
         expr.node);
 }
