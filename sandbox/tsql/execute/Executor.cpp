@@ -90,14 +90,11 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
         execute.arguments.reserve(call.arguments.size());
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
             auto& argument = call.arguments[i];
-            const bool output = argument.output && !argument.isDefault;
-            if (output) frame.variables[variable(i)] = {argument.type, argument.value};
-            auto given = argument.isDefault ? nullptr : std::make_unique<Expr>();
-            if (output)
-                given->node = VariableRef{variable(i)};
-            else if (given)
-                given->node = Literal{{std::move(argument.value), argument.type}};
-            execute.arguments.push_back({argument.name, std::move(given), output});
+            auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
+            if (argument.isDefault) continue;
+            frame.variables[variable(i)] = {argument.type, std::move(argument.value)};
+            given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
+            given.output = argument.output;
         }
         const Temporarily describing(m_settings.describeOnly, m_settings.describeOnly || call.describeOnly);
         inFrame(frame, [&] { guarded(1, [&] { return isSkipping() ? Flow::Next : this->run(execute); }); });
@@ -138,7 +135,6 @@ Flow Executor::runBlock(const Block& block) {
 Flow Executor::runStatement(const Statement& statement) {
     return guarded(statement.line, [&] {
         if (isSkipping() && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
-        if (m_settings.describeOnly) return describe(statement);
         if (beginsImplicitly(statement)) begin({});
         return std::visit(
             [this]<typename Node>(const Node& node) {
@@ -146,7 +142,10 @@ Flow Executor::runStatement(const Statement& statement) {
                                                  SwitchTriggers, Truncate, Maintenance>;
                 std::string& schemaName = m_frames.back()->schemaName;  // definitions use the caller's: dbo
                 const Temporarily outside(schemaName, defines ? std::string() : schemaName);
-                return run(node);
+                // SET FMTONLY ON: nothing executes, and queries return column metadata only.
+                constexpr bool describes =
+                    isOneOf<Node, SelectStatement, SetOption, Declare, Compound, If, Execute>;
+                return describes || !m_settings.describeOnly ? run(node) : Flow::Next;
             },
             statement.node);
     });
@@ -169,21 +168,6 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
         fail(sqlError(message::kInsufficientMemory), line);
     }
     return Flow::Next;
-}
-
-// SET FMTONLY ON: nothing executes. Queries return column metadata only, and both branches of IF are visited.
-Flow Executor::describe(const Statement& statement) {
-    if (const auto* node = std::get_if<If>(&statement.node)) {
-        runStatement(*node->then);
-        if (node->otherwise) runStatement(*node->otherwise);
-    }
-    return std::visit(
-        [this]<typename Node>(const Node& node) {
-            if constexpr (isOneOf<Node, SelectStatement, SetOption, Declare, Compound, Execute>)
-                return run(node);
-            return Flow::Next;
-        },
-        statement.node);
 }
 
 // raised: the error is one of RAISERROR, which by itself ends nothing.

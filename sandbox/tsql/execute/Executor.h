@@ -117,7 +117,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void check(const Statement& statement);
     template <typename Node>
     void checkNode(const Node& node);
-    Flow describe(const Statement& statement);
     Flow run(const Declare& declare);
     Flow run(const Assign& assign);
     Flow run(const If& node);

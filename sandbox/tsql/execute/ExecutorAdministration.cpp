@@ -20,12 +20,11 @@ Flow Executor::run(const SetOption& option) {
         if (name == "IMPLICIT_TRANSACTIONS") m_settings.implicitTransactions = option.on;
         if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;
         if (name == "ROWCOUNT") m_settings.mostRows = *option.number;
-        if (name == "LOCK_TIMEOUT") {
+        if (name == "LOCK_TIMEOUT")
             m_settings.lockTimeout =
                 static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
-            m_connection.setLockTimeout(std::chrono::milliseconds(m_settings.lockTimeout));
-        }
     }
+    set(m_settings);
     if (option.table) {
         const TableInfo target = table(*option.table, message::kObjectNotFound, 11);
         if (!target.identityColumn()) throw sqlError(message::kNoIdentityColumn, {target.name});

@@ -63,15 +63,12 @@ void requireKeyType(const TableInfo& table, const TableColumn& column) {
         throw sqlError(message::kInvalidKeyColumnType, {column.name, table.name});
 }
 
-struct ConstraintFacts {
-    std::string_view type, prefix;  // of a generated name
-};
-constexpr ConstraintFacts kConstraints[] = {
-    {objectType::kPrimaryKey, "PK"},  // in the order of ConstraintKind
-    {objectType::kUnique, "UQ"},
-    {objectType::kCheck, "CK"},
-    {objectType::kForeignKey, "FK"},
-    {objectType::kDefault, "DF"}};
+// Type, and prefix of a generated name, in the order of ConstraintKind.
+constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {{objectType::kPrimaryKey, "PK"},
+                                                                          {objectType::kUnique, "UQ"},
+                                                                          {objectType::kCheck, "CK"},
+                                                                          {objectType::kForeignKey, "FK"},
+                                                                          {objectType::kDefault, "DF"}};
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {

@@ -26,6 +26,10 @@ Flow Executor::run(const Assign& assign) {
 }
 
 Flow Executor::run(const If& node) {
+    if (m_settings.describeOnly) {  // both branches
+        runStatement(*node.then);
+        return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
+    }
     const bool condition = holds(*node.condition);
     m_error = 0;
     m_rowCount = 0;

@@ -190,7 +190,7 @@ SystemView Executor::changedRows(const ObjectName& name) {
         m_connection.number("SELECT 1 FROM sqlite_temp_master WHERE name = ?1", record).has_value();
     const bool isEmpty = !exists || firing.verb == (isNew ? "DELETE" : "INSERT");
     const std::string list = commaList(firing.table.columns, [&](const TableColumn& column) {
-        const std::string value = RowRecord::column(isNew ? RowRecord::kNew : RowRecord::kOld, column.name);
+        const std::string value = quotedName((isNew ? "new " : "old ") + column.name);
         return (exists ? value : "NULL") + " AS " + quotedName(column.name);
     });
     return {"SELECT " + list + (exists ? " FROM temp." + firing.rows : "") + (isEmpty ? " WHERE 0" : ""),

@@ -9,25 +9,26 @@ namespace tsql {
 
 class RowRecord {
   public:
-    static constexpr std::string_view kOld = "old ", kNew = "new ";
-    static std::string column(std::string_view prefix, const std::string& name) {
-        return quotedName(std::string(prefix) + name);
-    }
-
     // Records what the verb (INSERT, UPDATE, DELETE) does to rows of the table until stop(). instead: the
     // changes of target() are only recorded.
     RowRecord(Connection& connection, const TableInfo& table, const std::string& verb, bool instead = false)
         : m_connection(connection), m_target(table) {
         static std::atomic<unsigned> records{0};
         m_name = "tsqlbox_rows" + std::to_string(++records);
-        if (instead) createView();
+        if (instead) {
+            m_connection.run("CREATE TEMP VIEW " + m_name + "_target AS SELECT _rowid_ AS _rowid_, * FROM " +
+                             table.sqlName());
+            m_target.schema = kTempSchema;
+            m_target.stored = m_name + "_target";
+            m_target.isShadow = true;
+        }
         std::string columns, names, again;
-        for (const auto& prefix : {kOld, kNew})
+        for (const std::string prefix : {"old ", "new "})
             for (const auto& each : table.columns) {
-                const std::string name = column(prefix, each.name);
+                const std::string name = quotedName(prefix + each.name);
                 columns.append(", ").append(name).append(" ").append(storageClass(each.type));
                 names += ", " + name;
-                if (prefix == kNew)
+                if (prefix == "new ")
                     again.append(again.empty() ? "" : ", ").append(name + " = excluded." + name);
             }
         m_connection.run("CREATE TEMP TABLE " + m_name + " (ts_row UNIQUE" + columns + ")");
@@ -57,14 +58,6 @@ class RowRecord {
         return commaList(m_target.columns, [&](const TableColumn& each) {
             return row.empty() ? "NULL" : row + quotedName(each.name);
         });
-    }
-    void createView() {
-        m_connection.run("CREATE TEMP VIEW " + m_name + "_target AS SELECT _rowid_ AS _rowid_, " +
-                         commaList(m_target.columns, [](const auto& each) { return quotedName(each.name); }) +
-                         " FROM " + m_target.sqlName());
-        m_target.schema = kTempSchema;
-        m_target.stored = m_name + "_target";
-        m_target.isShadow = true;
     }
     // A rollback may have dropped the object already.
     void drop(const std::string& kind, const std::string& suffix) {
