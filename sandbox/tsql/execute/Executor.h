@@ -299,7 +299,11 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
             m_connection.lock(databaseOf(target));
     }
     void begin(const std::string& name);
-    bool awaitsTransaction() const;
+    // IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.
+    bool awaitsTransaction() const {
+        return m_settings.implicitTransactions && m_transactions == 0 && !m_checking &&
+               !m_settings.describeOnly;
+    }
     bool beginsImplicitly(const Statement& statement) const;
     void commit();
     void rollBack();

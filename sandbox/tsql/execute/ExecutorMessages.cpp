@@ -115,12 +115,9 @@ Flow Executor::run(const RaiseError& raise) {
     }
     std::vector<TypedValue> arguments;
     for (std::size_t i = 3; i < raise.values.size(); ++i) arguments.push_back(evaluate(*raise.values[i]));
-    const Message raised{message::kUserDefined,
-                         severity,
-                         state,
-                         m_line,
-                         m_frames.back()->procedure,
-                         raiseErrorText(textOf(viewOf(message.value), message.type), arguments)};
+    const std::string text = raiseErrorText(textOf(viewOf(message.value), message.type), arguments);
+    const SqlError error(message::kUserDefined, text, severity, state);
+    const Message raised = messageOf(error, m_line);
     if (severity > 10) {
         afterError(raised, /*raised=*/true);
     } else {
@@ -143,12 +140,9 @@ Flow Executor::run(const Throw& node) {
         const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
         if (given < message::kUserDefined)
             throw sqlError(message::kThrowNumberOutOfRange, {std::to_string(given)});
-        message = {static_cast<int>(given),
-                   16,
-                   isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
-                   m_line,
-                   m_frames.back()->procedure,
-                   evaluateText(*node.values[1])};
+        const auto shown = isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state));
+        const SqlError error(static_cast<int>(given), evaluateText(*node.values[1]), 16, shown);
+        message = messageOf(error, m_line);
     }
     m_error = message.number;
     if (m_tries > 0) {

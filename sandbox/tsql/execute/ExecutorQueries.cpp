@@ -231,6 +231,8 @@ Flow Executor::run(const Insert& insert) {
 Flow Executor::run(const InsertBulk& bulk) {
     claim(bulk.table);
     const TableInfo target = table(bulk.table);
+    if (bulk.firesTriggers && !enabledTriggers(target, "INSERT").empty())
+        throw unsupported("INSERT BULK with FIRE_TRIGGERS");
     const TableColumn* identity = target.identityColumn();
     const bool keepsIdentity = identity && std::ranges::any_of(bulk.columns, [&](const auto& name) {
                                    return sameText(name, identity->name);

@@ -29,11 +29,6 @@ void Executor::begin(const std::string& name) {
     m_sink->transactionChanged(TransactionEvent::Began);
 }
 
-// IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.
-bool Executor::awaitsTransaction() const {
-    return m_settings.implicitTransactions && m_transactions == 0 && !m_checking && !m_settings.describeOnly;
-}
-
 // So do these statements, whatever they use. BEGIN TRANSACTION then begins two.
 bool Executor::beginsImplicitly(const Statement& statement) const {
     if (!awaitsTransaction()) return false;

@@ -75,12 +75,14 @@ Flow Executor::run(const SwitchTriggers& node) {
 
 // A trigger is not fired by its own statements, but by those of another trigger that it fires.
 std::vector<ObjectInfo> Executor::enabledTriggers(const TableInfo& table, std::string_view verb) {
-    std::int64_t current = 0;
+    const Frame* current = nullptr;
     for (const Frame* frame : m_frames)
-        if (frame->firing) current = frame->procedureId;
+        if (frame->firing) current = frame;
+    const bool isNear = current && current->database == table.database;
     auto triggers = Catalogue(m_connection, table.database, table.schema).triggersOf(table.id);
     std::erase_if(triggers, [&](const ObjectInfo& trigger) {
-        return !isFiredBy(trigger, verb) || !trigger.stored.empty() || trigger.id == current;
+        return !isFiredBy(trigger, verb) || !trigger.stored.empty() ||
+               (isNear && trigger.id == current->procedureId);
     });
     const auto instead = std::ranges::find_if(triggers, isInsteadOf);
     return instead == triggers.end() ? triggers : std::vector{*instead};
@@ -88,29 +90,27 @@ std::vector<ObjectInfo> Executor::enabledTriggers(const TableInfo& table, std::s
 
 // Adds the change, if it fires triggers, and those that foreign keys add to it.
 void Executor::addFiring(Firing firing, std::vector<Firing>& all) {
-    const auto isKnown = [&](const Firing& each) {
-        return each.table.id == firing.table.id && each.verb == firing.verb;
-    };
-    if (std::ranges::any_of(all, isKnown)) return;
+    for (const auto& each : all)
+        if (each.table.id == firing.table.id && each.verb == firing.verb) return;
     firing.triggers = enabledTriggers(firing.table, firing.verb);
     all.push_back(firing);
-    if (firing.verb == "INSERT" || (!firing.triggers.empty() && isInsteadOf(firing.triggers.front()))) return;
+    const bool instead = !firing.triggers.empty() && isInsteadOf(firing.triggers.front());
+    if (instead && firing.cascades) throw unsupported("a cascade to a table with INSTEAD OF triggers");
+    if (instead || firing.verb == "INSERT") return;
     const Catalogue owner(m_connection, firing.table.database, firing.table.schema);
     for (const auto& key : owner.keysTo(firing.table.id)) {
         const Constraint constraint = parseConstraint(key.source);
         const bool isDelete = firing.verb == "DELETE";
         const std::string& action = isDelete ? constraint.onDelete : constraint.onUpdate;
         if (action == kNoAction || isDisabled(key)) continue;
-        const bool deletes = isDelete && action == "CASCADE";
-        const WordSet columns(key.columns.begin(), key.columns.end());
-        addFiring({*owner.table(key.table), deletes ? "DELETE" : "UPDATE", columns, {}, true}, all);
+        const std::string_view verb = isDelete && action == "CASCADE" ? "DELETE" : "UPDATE";
+        addFiring({*owner.table(key.table), verb, {key.columns.begin(), key.columns.end()}, {}, true}, all);
     }
 }
 
 Flow Executor::withTriggers(const TableInfo& target, StatementKind kind, const WordSet& updated,
                             const std::optional<Output>& output, const ChangeRows& change) {
-    constexpr std::string_view kVerbs[] = {"", "", "INSERT", "UPDATE",
-                                           "DELETE"};  // in the order of the kinds
+    constexpr std::string_view kVerbs[] = {"", "", "INSERT", "UPDATE", "DELETE"};  // by kind
     std::vector<Firing> firings;
     if (target.schema != kTempSchema && Catalogue(m_connection, target.database, target.schema).hasTriggers())
         addFiring({target, kVerbs[static_cast<int>(kind)], updated}, firings);

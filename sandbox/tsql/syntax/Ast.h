@@ -321,7 +321,8 @@ struct Insert : Change {
 struct InsertBulk {
     ObjectName table;
     std::vector<std::string> columns;
-    bool keepsNulls = false;                      // else NULL becomes the default of its column
+    bool keepsNulls = false;  // else NULL becomes the default of its column
+    bool firesTriggers = false;
     std::function<void(ResultSink&)> sendRows{};  // null until the rows have arrived
 };
 struct SetClause {

@@ -13,7 +13,6 @@ namespace tsql {
 namespace {
 
 constexpr std::size_t kLongestName = 128;
-constexpr std::size_t kUsualTokens = 64;
 
 // Reserved words: not identifiers unless they are quoted.
 constexpr std::string_view kReserved =
@@ -55,7 +54,6 @@ class Lexer {
 
     std::vector<Token> run() {
         std::vector<Token> tokens;
-        tokens.reserve(kUsualTokens);
         for (skipBlanks(); m_at < m_text.size(); skipBlanks()) tokens.push_back(next());
         tokens.push_back({TokenKind::End, false, '\0', m_line, {}});
         return tokens;

@@ -87,10 +87,6 @@ bool Parser::accept(std::string_view phrase) {
     return count > 0;
 }
 
-bool Parser::acceptAny(std::initializer_list<std::string_view> phrases) {
-    return std::ranges::any_of(phrases, [this](auto each) { return accept(each); });
-}
-
 std::int64_t Parser::expectInteger() {
     const bool negative = accept("-");
     const Token& token = peek();
@@ -196,10 +192,6 @@ void Parser::throwSyntaxError() const {
         reserved ? message::kSyntaxErrorNearKeyword : message::kSyntaxErrorNear,
         std::string("Incorrect syntax near ") + (reserved ? "the keyword '" : "'") + near() + "'.",
         faulty().line);
-}
-
-void Parser::throwUnsupported(std::string_view construct) const {
-    throw SyntaxError(tsql::unsupported(construct), faulty().line);
 }
 
 int Parser::nextDepth() const {

@@ -35,7 +35,9 @@ class Parser {
     const Token& takeToken();
     bool at(std::string_view phrase, std::size_t ahead = 0) const { return match(phrase, ahead) > 0; }
     bool accept(std::string_view phrase);
-    bool acceptAny(std::initializer_list<std::string_view> phrases);
+    bool acceptAny(std::initializer_list<std::string_view> phrases) {
+        return std::ranges::any_of(phrases, [this](auto each) { return accept(each); });
+    }
     void expect(std::string_view phrase) {
         if (!accept(phrase)) throwSyntaxError();
     }
@@ -62,7 +64,9 @@ class Parser {
     const Token& faulty() const;                             // token that an error refers to
     std::string near() const { return unquoted(faulty()); }  // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
-    [[noreturn]] void throwUnsupported(std::string_view construct) const;
+    [[noreturn]] void throwUnsupported(std::string_view construct) const {
+        throw SyntaxError(unsupported(construct), faulty().line);
+    }
     void throwIfAt(std::string_view phrase, std::string_view construct) const {
         if (at(phrase)) throwUnsupported(construct);
     }

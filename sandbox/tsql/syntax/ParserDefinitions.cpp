@@ -61,6 +61,7 @@ InsertBulk insertBulk(Parser& in) {
     const auto option = [&] {
         const std::string_view word = in.takeToken().raw;
         node.keepsNulls = node.keepsNulls || sameWord(word, "KEEP_NULLS");
+        node.firesTriggers = node.firesTriggers || sameWord(word, "FIRE_TRIGGERS");
         if (in.accept("=")) in.expectInteger();
         if (in.at("(")) in.skipParenthesized();
         return word;
