@@ -268,7 +268,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const CreateModule& module);
     Flow run(const Execute& execute);
     void checkBody(const CreateModule& module, const std::optional<TableInfo>& ofTrigger);
-    void reportMissingDependency(const ObjectName& procedure);
     std::shared_ptr<const Batch> parsed(const std::string& text);
     // inside: database in which the text runs; empty: the session's.
     void runText(const std::string& text, const std::string& inside);

@@ -3,14 +3,13 @@
 
 namespace tsql {
 
-constexpr int kLongestLockTimeout = 60'000;  // milliseconds
-
 void Executor::set(const Settings& settings) {
     m_settings = settings;
     m_connection.setLockTimeout(std::chrono::milliseconds(m_settings.lockTimeout));
 }
 
 Flow Executor::run(const SetOption& option) {
+    constexpr int kLongestLockTimeout = 60'000;  // milliseconds
     for (const auto& name : option.names) {
         if (name == "NOCOUNT") m_settings.noCount = option.on;
         if (name == "FMTONLY") m_settings.describeOnly = option.on;

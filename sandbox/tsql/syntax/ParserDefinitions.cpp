@@ -334,10 +334,9 @@ ObjectName tableOfTrigger(Parser& in) {
 
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
-    constexpr std::pair<std::string_view, bool> kTriggers[] = {{"ENABLE TRIGGER", true},
-                                                               {"DISABLE TRIGGER", false}};
-    if (const bool* enables = in.acceptOneOf(kTriggers))
-        return SwitchTriggers{*enables, triggerNames(in), std::move(node.added.table), true};
+    for (const bool enables : {true, false})
+        if (in.accept(enables ? "ENABLE TRIGGER" : "DISABLE TRIGGER"))
+            return SwitchTriggers{enables, triggerNames(in), std::move(node.added.table), true};
     constexpr std::pair<std::string_view, bool> kRows[] = {{"WITH CHECK", true}, {"WITH NOCHECK", false}};
     constexpr std::pair<std::string_view, bool> kStates[] = {{"CHECK CONSTRAINT", true},
                                                              {"NOCHECK CONSTRAINT", false}};
@@ -427,24 +426,19 @@ void triggerEvents(Parser& in, CreateModule& trigger) {
 }
 
 Statement::Node createModule(Parser& in, CreateModule module) {
-    const bool view = in.at("VIEW"), trigger = in.at("TRIGGER");
-    module.function = in.at("FUNCTION");
-    in.takeToken();
+    const std::string word = toUpper(in.takeToken().raw), kind = word == "PROC" ? "PROCEDURE" : word;
+    module.function = kind == "FUNCTION";
     module.name = in.objectName();
     if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
-    const std::string_view kind = view              ? "VIEW"
-                                  : trigger         ? "TRIGGER"
-                                  : module.function ? "FUNCTION"
-                                                    : "PROCEDURE";
     if (!module.name.database.empty())
         throw SyntaxError(sqlError(message::kDatabaseInModuleName, {kind}), module.name.line);
     in.m_procedure = module.name.name;
-    if (view) {
+    if (kind == "VIEW") {
         if (in.at("(")) module.columns = in.columnNames();
         moduleQuery(in, module);
         return module;
     }
-    trigger ? triggerEvents(in, module) : parameters(in, module);
+    kind == "TRIGGER" ? triggerEvents(in, module) : parameters(in, module);
     if (module.function) {
         in.expect("RETURNS");
         if (in.atVariable()) in.throwUnsupported("table-valued functions of several statements");
