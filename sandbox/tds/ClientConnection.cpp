@@ -128,7 +128,7 @@ void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& err
 }
 
 void ClientConnection::acceptLogin(const Login& login) {
-    m_session = std::make_unique<tsql::Session>(m_engine, m_client, m_initialDatabase, m_sessionId);
+    m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
     m_response.message(messageOf(tsql::sqlError(kDatabaseChanged, {database}, /*state=*/2)));
@@ -194,7 +194,7 @@ void ClientConnection::resetSession(Request::Reset reset) {
         reset == Request::Reset::KeepTransaction && m_session->resetAroundTransaction(m_initialDatabase);
     if (!keepsTransaction) {
         m_session.reset();  // frees what the new session may need, such as locks
-        m_session = std::make_unique<tsql::Session>(m_engine, m_client, m_initialDatabase, m_sessionId);
+        m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
     }
     m_prepared = {};
     m_response.binaryChange(EnvChange::ResetAcknowledged);

@@ -18,6 +18,7 @@ constexpr std::string_view kTables[] = {
     "identity INTEGER NOT NULL, fallback TEXT NOT NULL, output INTEGER NOT NULL, PRIMARY KEY (object, "
     "ordinal))",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
+    "CREATE INDEX IF NOT EXISTS $.tsqlbox_triggers ON tsqlbox_objects (parent) WHERE type = 'TR'",
 };
 
 std::string inSchema(std::string_view text, std::string_view schema) {
@@ -36,6 +37,13 @@ std::vector<std::string> namesOf(std::string_view list) {
 }
 
 }  // namespace
+
+std::string_view storageClass(const SqlType& type) {
+    if (isBinary(type.id) || isWide(type)) return "BLOB";
+    if (isExact(type.id)) return "INTEGER";
+    if (isApproximate(type.id)) return "REAL";
+    return "TEXT COLLATE ts_ci";
+}
 
 const TableColumn* TableInfo::column(std::string_view columnName) const {
     const auto found = std::ranges::find_if(
@@ -133,7 +141,17 @@ std::vector<ObjectInfo> Catalogue::objectsIn(std::string_view schemaName) const 
 }
 
 std::vector<ObjectInfo> Catalogue::keysOf(std::int64_t table) const {
-    return objects("o.parent = ?1", table);
+    return objects("o.parent = ?1 AND o.type <> 'TR'", table);
+}
+
+std::vector<ObjectInfo> Catalogue::triggersOf(std::int64_t table) const {
+    return objects("o.parent = ?1 AND o.type = 'TR'", table);
+}
+
+bool Catalogue::hasTriggers() const {
+    return m_connection
+        .number(inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema))
+        .has_value();
 }
 
 std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {

@@ -32,6 +32,7 @@ struct TableInfo {
     std::int64_t seed = 1;  // of the identity
     std::vector<TableColumn> columns;
     std::string schemaName{kDefaultSchema};  // of T-SQL
+    bool isShadow = false;                   // a view in SQLite that receives changes for INSTEAD OF triggers
 
     std::string sqlName() const { return schema + "." + quotedName(stored); }
     std::string qualifiedName() const { return schemaName + "." + name; }
@@ -45,7 +46,7 @@ namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
                                   kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX",
-                                  kSchema = "SCHEMA";
+                                  kTrigger = "TR", kSchema = "SCHEMA";
 }
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.
@@ -53,9 +54,10 @@ struct ObjectInfo {
     std::int64_t id = 0;  // 0: not in the catalogue yet
     std::string name;
     std::string type;
-    std::int64_t parent = 0;  // table of a constraint or index
-    std::string stored = {};  // name of a table in SQLite; key() of a foreign key's table; filter of an index
-    std::vector<std::string> columns = {};  // of a constraint or index
+    std::int64_t parent = 0;  // table of a constraint, index or trigger
+    // Name of a table in SQLite; key() of a foreign key's table; filter of an index; kDisabled of a trigger.
+    std::string stored = {};
+    std::vector<std::string> columns = {};  // of a constraint or index; events of a trigger
     std::string source = {};  // text of a module; state and source of a constraint; kUniqueIndex
     std::string table = {};   // key() of the parent
     std::int64_t seed = 1;    // of a table's identity
@@ -69,6 +71,8 @@ struct SchemaInfo {
     std::int64_t object = 0;  // id of its row; 0: every database has it
     bool isOfSystem = false;  // sys, INFORMATION_SCHEMA: without objects of users
 };
+// SQLite's type and collation of a column.
+std::string_view storageClass(const SqlType& type);
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
 // States of a constraint in front of its source: not enforced; enforced, but not checked for the older rows.
 inline constexpr std::string_view kDisabled = "NOCHECK ", kUntrusted = "WITH NOCHECK ";
@@ -107,6 +111,8 @@ class Catalogue {
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const;  // constraints and indexes
     std::vector<ObjectInfo> keysTo(std::int64_t table) const;  // foreign keys that reference it
+    std::vector<ObjectInfo> triggersOf(std::int64_t table) const;
+    bool hasTriggers() const;
     std::int64_t lastId() const;
 
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.

@@ -116,9 +116,9 @@ SqlError BrokenConstraint::brokenReference() const {
 // Whether rows reference the changed table through `key` and prevent the change. NULL references nothing.
 bool BrokenConstraint::isReferred(const ObjectInfo& key) const {
     const std::string own = "(" + quotedNames(key.columns) + ")";
-    const ast::Constraint constraint = parseConstraint(key.source);
+    const Constraint constraint = parseConstraint(key.source);
     const std::string& action = m_change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
-    return action == ast::kNoAction && !isDisabled(key) &&
+    return action == kNoAction && !isDisabled(key) &&
            anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
 }
 

@@ -29,16 +29,13 @@ is_schema_published bit = 0)"},
     {"$KIND",
      R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE'
 WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
-'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
+'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
     {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
     {"$TYPE",
      R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
 smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
 ts_type_scale(c.type))"},
-    {"$STATE",
-     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
-o.source GLOB 'WITH NOCHECK *')"},
     {"$NAMED",
      R"(DATA_TYPE sysname = ts_type_name(c.type); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
 CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN
@@ -65,7 +62,7 @@ p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
 constexpr std::string_view kSchemas =
     R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
 ('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, 1 FROM $o WHERE type = 'SCHEMA') s)";
-constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V')";
+constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V', 'TR')";
 constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
@@ -167,7 +164,10 @@ increment_value int = 1)",
      R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
 name sysname = NULL; value nvarchar(4000) = NULL)",
      "$o o WHERE 0"},
-    {"sys", "triggers", "$OBJECT; is_disabled bit = 0", "$o o WHERE 0"},
+    {"sys", "triggers",
+     R"($OBJECT; parent_class tinyint = 1; parent_class_desc nvarchar(60) = 'OBJECT_OR_COLUMN'; parent_id int = o.parent;
+is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB 'INSTEAD*')",
+     "$o o WHERE o.type = 'TR'"},
     {"", "syscolumns",
      R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint =
 ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)",

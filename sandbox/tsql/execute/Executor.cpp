@@ -1,22 +1,8 @@
 #include "execute/Executor.h"
 
-#include <algorithm>
-#include <chrono>
-
-#include "messages/Messages.h"
-#include "types/Finally.h"
-#include "types/Text.h"
-#include "types/Work.h"
-
 namespace tsql {
 
-using namespace ast;
-
-namespace {
-
 constexpr int kFatalSeverity = 20;
-
-}  // namespace
 
 Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid)
     : m_storage(storage),
@@ -104,14 +90,11 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
         execute.arguments.reserve(call.arguments.size());
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
             auto& argument = call.arguments[i];
-            const bool output = argument.output && !argument.isDefault;
-            if (output) frame.variables[variable(i)] = {argument.type, argument.value};
-            auto given = argument.isDefault ? nullptr : std::make_unique<Expr>();
-            if (output)
-                given->node = VariableRef{variable(i)};
-            else if (given)
-                given->node = Literal{{std::move(argument.value), argument.type}};
-            execute.arguments.push_back({argument.name, std::move(given), output});
+            auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
+            if (argument.isDefault) continue;
+            frame.variables[variable(i)] = {argument.type, std::move(argument.value)};
+            given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
+            given.output = argument.output;
         }
         const Temporarily describing(m_settings.describeOnly, m_settings.describeOnly || call.describeOnly);
         inFrame(frame, [&] { guarded(1, [&] { return isSkipping() ? Flow::Next : this->run(execute); }); });
@@ -152,15 +135,17 @@ Flow Executor::runBlock(const Block& block) {
 Flow Executor::runStatement(const Statement& statement) {
     return guarded(statement.line, [&] {
         if (isSkipping() && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
-        if (m_settings.describeOnly) return describe(statement);
         if (beginsImplicitly(statement)) begin({});
         return std::visit(
             [this]<typename Node>(const Node& node) {
-                constexpr bool defines =
-                    isOneOf<Node, AlterTable, CreateIndex, AlterIndex, Drop, Truncate, Maintenance>;
+                constexpr bool defines = isOneOf<Node, AlterTable, CreateIndex, AlterIndex, Drop,
+                                                 SwitchTriggers, Truncate, Maintenance>;
                 std::string& schemaName = m_frames.back()->schemaName;  // definitions use the caller's: dbo
                 const Temporarily outside(schemaName, defines ? std::string() : schemaName);
-                return run(node);
+                // SET FMTONLY ON: nothing executes, and queries return column metadata only.
+                constexpr bool describes =
+                    isOneOf<Node, SelectStatement, SetOption, Declare, Compound, If, Execute>;
+                return describes || !m_settings.describeOnly ? run(node) : Flow::Next;
             },
             statement.node);
     });
@@ -183,41 +168,6 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
         fail(sqlError(message::kInsufficientMemory), line);
     }
     return Flow::Next;
-}
-
-// SET FMTONLY ON: nothing executes. Queries return column metadata only, and both branches of IF are visited.
-Flow Executor::describe(const Statement& statement) {
-    if (const auto* node = std::get_if<If>(&statement.node)) {
-        runStatement(*node->then);
-        if (node->otherwise) runStatement(*node->otherwise);
-    }
-    return std::visit(
-        [this]<typename Node>(const Node& node) {
-            if constexpr (isOneOf<Node, SelectStatement, SetOption, Declare, Compound, Execute>)
-                return run(node);
-            return Flow::Next;
-        },
-        statement.node);
-}
-
-Message Executor::messageOf(const SqlError& error, int line) const {
-    return messageOf(error, line, m_frames.back()->procedure);
-}
-
-Message Executor::messageOf(const SqlError& error, int line, const std::string& procedure) {
-    return {error.number, error.severity, error.state, line, procedure, error.what()};
-}
-
-void Executor::report(const Message& message) const {
-    m_sink->message(message);
-}
-
-void Executor::inform(int number, std::initializer_list<std::string_view> values) const {
-    report(messageOf(sqlError(number, values), m_line));
-}
-
-void Executor::fail(const SqlError& error, int line) {
-    afterError(messageOf(error, line), /*raised=*/false);
 }
 
 // raised: the error is one of RAISERROR, which by itself ends nothing.
@@ -261,19 +211,18 @@ void Executor::warnOfNulls() {
 }
 
 // Under NOCOUNT, procedures report only their result sets and errors.
-void Executor::done(std::int64_t count, StatementKind kind) {
-    if (!m_sink || m_frames.back()->isFunction) return;
+Flow Executor::done(std::int64_t count, StatementKind kind) {
+    if (!m_sink || m_frames.back()->isFunction) return Flow::Next;
     warnOfNulls();
-    const bool inCall = m_frames.size() > 1;
-    if (m_settings.noCount && inCall && kind != StatementKind::Select && m_error == 0) return;
-    m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
+    const bool isReported = !m_settings.noCount || m_frames.size() == 1 || kind == StatementKind::Select;
+    if (isReported || m_error != 0) m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
+    return Flow::Next;
 }
 
 Flow Executor::finished(std::int64_t rowCount) {
     m_error = 0;
     m_rowCount = rowCount;
-    done(-1);
-    return Flow::Next;
+    return done(-1);
 }
 
 // ---- what SQLite refused, in T-SQL's terms

@@ -3,28 +3,18 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
+#include <list>
 #include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <unordered_map>
-#include <vector>
 
-#include "catalogue/Catalogue.h"
 #include "catalogue/Constraints.h"
-#include "execute/AppLocks.h"
-#include "execute/Client.h"
+#include "execute/Engine.h"
 #include "execute/Frame.h"
+#include "execute/RowRecord.h"
 #include "functions/FunctionContext.h"
-#include "functions/FunctionSession.h"
 #include "storage/Backup.h"
 #include "storage/Connection.h"
-#include "storage/Storage.h"
-#include "syntax/Ast.h"
 #include "syntax/Parser.h"
-#include "translate/Translator.h"
 #include "types/Work.h"
 
 namespace tsql {
@@ -72,37 +62,39 @@ struct Settings {
 
 using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
 
-class Executor final : public NameResolver, public FunctionSession {
+class Executor final : public Session, public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
     ~Executor() override;
 
-    bool runBatch(std::string_view text, ResultSink& sink);
-    bool call(ProcedureCall& call, ResultSink& sink);
-    bool insertBulk(const RowSource& sendRows, ResultSink& sink);
-    bool resetAroundTransaction(std::string_view database);
-    const std::string& database() const { return m_database; }
+    // Session
+    bool runBatch(std::string_view text, ResultSink& sink) override;
+    bool call(ProcedureCall& call, ResultSink& sink) override;
+    bool insertBulk(const RowSource& sendRows, ResultSink& sink) override;
+    bool resetAroundTransaction(std::string_view database) override;
+    const std::string& database() const override { return m_database; }
 
     // NameResolver
     SqlType variableType(std::string_view name) override;
-    std::optional<TableInfo> findTable(const ast::ObjectName& name) override;
-    TableInfo table(const ast::ObjectName& name) override { return table(name, message::kInvalidObjectName); }
-    std::optional<SystemView> view(const ast::ObjectName& name) override;
+    std::optional<TableInfo> findTable(const ObjectName& name) override;
+    TableInfo table(const ObjectName& name) override { return table(name, message::kInvalidObjectName); }
+    std::optional<SystemView> view(const ObjectName& name) override;
     std::int64_t mostRows() const override { return m_settings.mostRows; }
-    std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
+    std::optional<StoredModule> module(const ObjectName& name, std::string_view type) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
     Value callFunction(std::string_view database, std::string_view key,
                        std::span<const CellView> arguments) override;
     const Storage& storage() const override { return m_storage; }
-    std::string databaseOf(const ast::ObjectName& name) const override;
-    Catalogue catalogue(const ast::ObjectName& name) override;
-    std::optional<ObjectInfo> object(const ast::ObjectName& name) override;
+    std::string databaseOf(const ObjectName& name) const override;
+    Catalogue catalogue(const ObjectName& name) override;
+    std::optional<ObjectInfo> object(const ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
-    std::optional<std::int64_t> scopeIdentity() const override;
+    std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
+    bool isUpdated(std::string_view column) const override;
     const Message* caughtError() const override { return m_caught.empty() ? nullptr : &m_caught.back(); }
     const std::string& loginName() const override { return m_client.login; }
     const std::string& clientHost() const override { return m_client.host; }
@@ -118,130 +110,148 @@ class Executor final : public NameResolver, public FunctionSession {
     // ---- flow, variables, errors (Executor.cpp)
     template <typename Work>
     RequestEnd run(ResultSink& sink, Frame& frame, Work work);
-    Flow runBlock(const ast::Block& block);
-    Flow runStatement(const ast::Statement& statement);
+    Flow runBlock(const Block& block);
+    Flow runStatement(const Statement& statement);
     Flow guarded(int line, const std::function<Flow()>& work);
     static Flow flowTo(int label) { return static_cast<Flow>(static_cast<int>(Flow::FirstLabel) + label); }
     bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
-    static bool isAlone(const ast::Block& block);
-    void check(const ast::Block& block);
-    void check(const ast::Statement& statement);
+    void check(const Block& block);
+    void check(const Statement& statement);
     template <typename Node>
     void checkNode(const Node& node);
-    Flow describe(const ast::Statement& statement);
-    Flow run(const ast::Declare& declare);
-    Flow run(const ast::Assign& assign);
-    Flow run(const ast::If& node);
-    Flow run(const ast::While& node);
-    Flow run(const ast::Break&) { return Flow::Break; }
-    Flow run(const ast::Continue&) { return Flow::Continue; }
-    Flow run(const ast::Label&) { return Flow::Next; }
-    Flow run(const ast::Goto& node) { return flowTo(node.label); }
-    Flow run(const ast::Return& node);
-    Flow run(const ast::Compound& node) { return runBlock(node.statements); }
-    Flow run(const ast::TryCatch& node);
-    Flow run(const ast::Print& print);
-    Flow run(const ast::RaiseError& raise);
-    Flow run(const ast::Throw& node);
-    Flow run(const ast::WaitFor& wait);
-    void fail(const SqlError& error, int line);
+    Flow run(const Declare& declare);
+    Flow run(const Assign& assign);
+    Flow run(const If& node);
+    Flow run(const While& node);
+    Flow run(const Break&) { return Flow::Break; }
+    Flow run(const Continue&) { return Flow::Continue; }
+    Flow run(const Label&) { return Flow::Next; }
+    Flow run(const Goto& node) { return flowTo(node.label); }
+    Flow run(const Return& node);
+    Flow run(const Compound& node) { return runBlock(node.statements); }
+    Flow run(const TryCatch& node);
+    Flow run(const Print& print);
+    Flow run(const RaiseError& raise);
+    Flow run(const Throw& node);
+    Flow run(const WaitFor& wait);
+    void fail(const SqlError& error, int line) { afterError(messageOf(error, line), /*raised=*/false); }
     void afterError(const Message& message, bool raised);
-    void report(const Message& message) const;
-    void inform(int number, std::initializer_list<std::string_view> values = {}) const;
-    Message messageOf(const SqlError& error, int line) const;
-    static Message messageOf(const SqlError& error, int line, const std::string& procedure);
+    void report(const Message& message) const { m_sink->message(message); }
+    void inform(int number, std::initializer_list<std::string_view> values = {}) const {
+        report(messageOf(sqlError(number, values), m_line));
+    }
+    Message messageOf(const SqlError& error, int line) const {
+        return messageOf(error, line, m_frames.back()->procedure);
+    }
+    static Message messageOf(const SqlError& error, int line, const std::string& procedure) {
+        return {error.number, error.severity, error.state, line, procedure, error.what()};
+    }
     SqlError errorOf(const SqliteFailure& failure);
-    void done(std::int64_t count, StatementKind kind = StatementKind::Other);
+    Flow done(std::int64_t count, StatementKind kind = StatementKind::Other);
     void warnOfNulls();
     Flow finished(std::int64_t rowCount = 0);  // ends a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
-    std::optional<TypedValue> knownValue(const ast::Expr& expr);
-    TypedValue evaluate(const ast::Expr& expr);
-    Value evaluate(const ast::Expr& expr, const SqlType& type);
-    std::string evaluateText(const ast::Expr& expr);
-    bool holds(const ast::Expr& condition);
+    std::optional<TypedValue> knownValue(const Expr& expr);
+    TypedValue evaluate(const Expr& expr);
+    Value evaluate(const Expr& expr, const SqlType& type);
+    std::string evaluateText(const Expr& expr);
+    bool holds(const Expr& condition);
     std::vector<Value> parameterValues(const Translator& translator);
     void setVariable(const std::string& name, const CellView& value, const SqlType& type);
 
     // ---- cursors (ExecutorCursors.cpp)
-    Flow run(const ast::DeclareCursor& declare);
-    Flow run(const ast::ChangeCursor& change);
-    Flow run(const ast::Fetch& fetch);
-    void openCursor(Cursor& cursor);
-    Cursors& cursorsWith(const ast::CursorName& cursor);
+    Flow run(const DeclareCursor& declare);
+    Flow run(const ChangeCursor& change);
+    Flow run(const Fetch& fetch);
+    Cursors& cursorsWith(const CursorName& cursor);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
-    Flow run(const ast::SelectStatement& statement);
-    Flow run(const ast::Insert& insert);
-    Flow run(const ast::InsertBulk& bulk);
-    Flow run(const ast::Update& update);
-    Flow run(const ast::Delete& statement);
-    Flow run(const ast::Truncate& truncate);
+    Flow run(const SelectStatement& statement);
+    Flow run(const Insert& insert);
+    Flow run(const InsertBulk& bulk);
+    Flow run(const Update& update);
+    Flow run(const Delete& statement);
+    Flow run(const Truncate& truncate);
+    using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
                             std::int64_t most = 0);
     // Passes the rows that `work` sends to `handler` instead of the client.
     void divert(const RowHandler& handler, const std::function<void()>& work);
-    void selectInto(const ast::Query& query, const ast::ObjectName& name);
+    Flow selectInto(const Query& query, const ObjectName& name);
     ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
                              bool defaultValues) const;
-    std::string insertText(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert,
+    std::string insertText(const TableInfo& target, const ColumnList& columns, const Insert& insert,
                            Translator& translator);
     void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<SqlType>& types,
                    std::vector<Value> cells);
     void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
-                          const Translator& translator, const std::optional<ast::Output>& output);
-    TableInfo changedTable(const ast::Change& change, Translator& translator);
+                          const Translator& translator, const std::optional<Output>& output);
+    TableInfo changedTable(const Change& change, Translator& translator);
     void updateInSteps(const TableInfo& target, const Translator& translator,
-                       const std::optional<ast::Output>& output);
+                       const std::optional<Output>& output);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
     void insertAll(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
     void withIdentities(const TableInfo& target, const std::function<void()>& insert);
-    void loseIdentity(const TableInfo& target);
     void skipIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
-    Flow run(const ast::CreateTable& create);
-    Flow run(const ast::AlterTable& alter);
-    Flow run(const ast::CreateIndex& create);
-    Flow run(const ast::AlterIndex& alter);
-    Flow run(const ast::Drop& drop);
-    void define(const ast::ObjectName& name, const std::function<void(Catalogue&)>& work);
-    void checkDefaults(const ast::CreateTable& definition);
-    TableInfo createTable(const ast::CreateTable& create);
+    Flow run(const CreateTable& create);
+    Flow run(const AlterTable& alter);
+    Flow run(const CreateIndex& create);
+    Flow run(const AlterIndex& alter);
+    Flow run(const Drop& drop);
+    void define(const ObjectName& name, const std::function<void(Catalogue&)>& work);
+    void checkDefaults(const CreateTable& definition);
+    TableInfo createTable(const CreateTable& create);
     bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
     std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
-                                            const ast::CreateTable& definition);
-    ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
+                                            const CreateTable& definition);
+    ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
     void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
                    const std::string& filter = {});
-    void addIndex(Catalogue& catalogue, const TableInfo& table, const ast::CreateIndex& create);
+    void addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
-    void dropIndex(const ast::AlterIndex& index, bool ifExists);
+    void dropIndex(const AlterIndex& index, bool ifExists);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
-    void switchConstraints(Catalogue& catalogue, const TableInfo& table, const ast::AlterTable& alter);
-    void addColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
+    void switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter);
+    void addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition);
     void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
     void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                           const std::vector<ObjectInfo>& keys);
-    void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
+    void alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition);
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
-    void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
-    Flow run(const ast::CreateSchema& create);
-    Flow run(const ast::TransferObject& transfer);
+    void dropObject(const ObjectName& name, const Drop& drop);
+    Flow run(const CreateSchema& create);
+    Flow run(const TransferObject& transfer);
     void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
     void dropTable(const TableInfo& table);
-    void declareTable(const ast::Declaration& declaration);
+    void declareTable(const Declaration& declaration);
     // Runs `rollback` and preserves the rows of table variables.
     void keepTables(const std::function<void()>& rollback);
+
+    // ---- triggers (ExecutorTriggers.cpp)
+    Flow run(const SwitchTriggers& node);
+    TableInfo tableOfTrigger(const CreateModule& trigger);
+    static void bindTrigger(const Catalogue& owner, const CreateModule& trigger, const TableInfo& table,
+                            ObjectInfo& object);
+    // Runs a change of `target` and the triggers that it fires. updated: columns that an UPDATE sets.
+    Flow withTriggers(const TableInfo& target, StatementKind kind, const WordSet& updated,
+                      const std::optional<Output>& output, const ChangeRows& change);
+    std::vector<ObjectInfo> enabledTriggers(const TableInfo& table, std::string_view verb);
+    void addFiring(Firing firing, std::vector<Firing>& all);
+    void changeAndFire(const TableInfo& target, std::vector<Firing> firings, const ChangeRows& change);
+    void fire(const ObjectInfo& trigger, const Firing& firing);
+    bool namesChangedRows(const ObjectName& name) const;
+    SystemView changedRows(const ObjectName& name);
 
     // ---- procedures of the system (ExecutorSystem.cpp)
     static const SystemProcedure* systemProcedure(std::string_view name);
@@ -251,57 +261,62 @@ class Executor final : public NameResolver, public FunctionSession {
     std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
 
     // ---- procedures and functions (ExecutorModules.cpp)
-    Flow run(const ast::CreateModule& module);
-    Flow run(const ast::Execute& execute);
-    void checkBody(const ast::CreateModule& module);
-    void reportMissingDependency(const ast::ObjectName& procedure);
+    Flow run(const CreateModule& module);
+    Flow run(const Execute& execute);
+    void checkBody(const CreateModule& module, const std::optional<TableInfo>& ofTrigger);
     std::shared_ptr<const Batch> parsed(const std::string& text);
     // inside: database in which the text runs; empty: the session's.
     void runText(const std::string& text, const std::string& inside);
-    void executeSql(const ast::Execute& execute, const std::string& database);
+    void executeSql(const Execute& execute, const std::string& database);
     // Passes the end of a procedure that the batch itself calls to the client.
     void asCall(const std::function<std::int32_t()>& work);
-    void callProcedure(const ast::Execute& execute, const ast::ObjectName& name,
-                       const SystemProcedure* system);
+    void callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system);
     void checkTransactions(int before, const std::string& procedure);
     // Arguments of a call in the order of the parameters; null: not given.
-    using Arguments = std::vector<const ast::Argument*>;
-    Arguments bindArguments(const ast::CreateModule& module, const ast::Execute& execute,
-                            const std::string& name, Frame& frame);
-    Value argumentValue(const ast::Expr& argument, const SqlType& type);
-    void returnOutputs(const ast::CreateModule& module, const Arguments& arguments,
-                       const ast::Execute& execute, const Frame& frame);
+    using Arguments = std::vector<const Argument*>;
+    Arguments bindArguments(const CreateModule& module, const Execute& execute, const std::string& name,
+                            Frame& frame);
+    Value argumentValue(const Expr& argument, const SqlType& type);
+    void returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
+                       const Frame& frame);
     void inFrame(Frame& frame, const std::function<void()>& work);
-    void runFrame(const ast::Block& body, Frame& frame);
-    bool runScope(const ast::Block& body, Frame& frame);
-    std::vector<TableColumn> viewColumns(const ast::CreateModule& module);
+    void runFrame(const Block& body, Frame& frame);
+    bool runScope(const Block& body, Frame& frame);
+    std::vector<TableColumn> viewColumns(const CreateModule& module);
 
     // ---- transactions (ExecutorTransactions.cpp)
-    Flow run(const ast::Transaction& transaction);
+    Flow run(const Transaction& transaction);
     void beforeWrite();
-    void claim(const ast::ObjectName& target);
+    // Locks the database that a statement changes, before its names are looked up: after the transaction has
+    // read it, SQLite no longer waits for another writer.
+    void claim(const ObjectName& target) {
+        if (m_connection.inTransaction() && !isTemporaryName(target.name))
+            m_connection.lock(databaseOf(target));
+    }
     void begin(const std::string& name);
-    bool awaitsTransaction() const;
-    bool beginsImplicitly(const ast::Statement& statement) const;
-    void save(const std::string& name);
+    // IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.
+    bool awaitsTransaction() const {
+        return m_settings.implicitTransactions && m_transactions == 0 && !m_checking &&
+               !m_settings.describeOnly;
+    }
+    bool beginsImplicitly(const Statement& statement) const;
     void commit();
     void rollBack();
-    void undoTransaction();
     void rollBackTo(const std::string& name);
     void inTransaction(const std::function<void()>& work);
     void endTransaction(TransactionEvent event);
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
 
     // ---- settings, databases, backup (ExecutorAdministration.cpp)
-    Flow run(const ast::SetOption& option);
-    Flow run(const ast::Use& use);
-    Flow run(const ast::CreateDatabase& create);
-    Flow run(const ast::AlterDatabase& alter);
-    Flow run(const ast::Backup& backup);
-    Flow run(const ast::Restore& restore);
-    Flow run(const ast::CheckDatabase& check);
-    Flow run(const ast::Maintenance& maintenance);
-    void checkIdentity(const TableInfo& table, const ast::Maintenance& check);
+    Flow run(const SetOption& option);
+    Flow run(const Use& use);
+    Flow run(const CreateDatabase& create);
+    Flow run(const AlterDatabase& alter);
+    Flow run(const Backup& backup);
+    Flow run(const Restore& restore);
+    Flow run(const CheckDatabase& check);
+    Flow run(const Maintenance& maintenance);
+    void checkIdentity(const TableInfo& table, const Maintenance& check);
     void set(const Settings& settings);
     void useDatabase(const std::string& name);
     void releaseDatabase(std::string_view name, const SqlError& inUse);
@@ -311,17 +326,15 @@ class Executor final : public NameResolver, public FunctionSession {
     Progress progress(std::int64_t step) const;
     void runMedia(std::string_view verb, const std::function<void()>& work);
     Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);
-    void restoreFrom(const std::string& file, const ast::Restore& restore);
-    void reportFilesInUse(const BackupHeader& header) const;
+    void restoreFrom(const std::string& file, const Restore& restore);
 
     // ---- names (ExecutorNames.cpp)
     struct Global;
-    static const std::vector<Global>& globals();
     static const Global& global(std::string_view name);
-    std::optional<ObjectInfo> visibleObject(const ast::ObjectName& name);
-    static std::string asWritten(const ast::ObjectName& name);
-    static ObjectInfo newObject(const Catalogue& owner, const ast::ObjectName& name, std::string_view type);
-    TableInfo table(const ast::ObjectName& name, int missing, int state = 0);
+    std::optional<ObjectInfo> visibleObject(const ObjectName& name);
+    static std::string asWritten(const ObjectName& name);
+    static ObjectInfo newObject(const Catalogue& owner, const ObjectName& name, std::string_view type);
+    TableInfo table(const ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     Variable& local(std::string_view name);
 
@@ -335,8 +348,9 @@ class Executor final : public NameResolver, public FunctionSession {
     ResultSink* m_sink = nullptr;
     std::vector<Frame*> m_frames;
     std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
-    std::vector<Message> m_caught;  // errors of the CATCH blocks being executed
-    RowChange m_change;             // change being executed, for its error messages
+    std::vector<Message> m_caught;      // errors of the CATCH blocks being executed
+    RowChange m_change;                 // change being executed, for its error messages
+    std::optional<TableInfo> m_shadow;  // stands for the table whose change INSTEAD OF triggers receive
     // Tables that the transaction has looked up. They do not change until the transaction itself defines
     // something.
     std::unordered_map<std::string, TableInfo> m_knownTables;
@@ -349,12 +363,12 @@ class Executor final : public NameResolver, public FunctionSession {
     std::optional<std::int64_t> m_batchIdentity;  // SCOPE_IDENTITY() of the batches, all one scope
     // Last identities generated in the transaction, by schema and stored name of the table.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
-    Cursors m_cursors;                      // GLOBAL cursors
-    bool m_checking = false;                // statements are checked, not executed
-    bool m_ownTransaction = false;          // the open transaction is the statement's own
-    int m_fewestTransactions = 0;           // COMMIT is an error at this number
-    bool m_insertsRows = false;             // INSERT ... EXECUTE is running
-    std::optional<ast::InsertBulk> m_bulk;  // expects its rows
+    Cursors m_cursors;                 // GLOBAL cursors
+    bool m_checking = false;           // statements are checked, not executed
+    bool m_ownTransaction = false;     // the open transaction is the statement's own
+    int m_fewestTransactions = 0;      // COMMIT is an error at this number
+    bool m_insertsRows = false;        // INSERT ... EXECUTE is running
+    std::optional<InsertBulk> m_bulk;  // expects its rows
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;
     int m_transactions = 0;         // @@TRANCOUNT

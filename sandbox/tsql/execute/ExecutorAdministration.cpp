@@ -1,22 +1,7 @@
-// SET options, databases, backup and restore.
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-
-#include "execute/BackupReport.h"
+// SET options, databases, maintenance.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "storage/Backup.h"
 
 namespace tsql {
-
-using namespace ast;
-
-namespace {
-
-constexpr int kLongestLockTimeout = 60'000;  // milliseconds
-
-}  // namespace
 
 void Executor::set(const Settings& settings) {
     m_settings = settings;
@@ -24,6 +9,7 @@ void Executor::set(const Settings& settings) {
 }
 
 Flow Executor::run(const SetOption& option) {
+    constexpr int kLongestLockTimeout = 60'000;  // milliseconds
     for (const auto& name : option.names) {
         if (name == "NOCOUNT") m_settings.noCount = option.on;
         if (name == "FMTONLY") m_settings.describeOnly = option.on;
@@ -33,12 +19,11 @@ Flow Executor::run(const SetOption& option) {
         if (name == "IMPLICIT_TRANSACTIONS") m_settings.implicitTransactions = option.on;
         if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;
         if (name == "ROWCOUNT") m_settings.mostRows = *option.number;
-        if (name == "LOCK_TIMEOUT") {
+        if (name == "LOCK_TIMEOUT")
             m_settings.lockTimeout =
                 static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
-            m_connection.setLockTimeout(std::chrono::milliseconds(m_settings.lockTimeout));
-        }
     }
+    set(m_settings);
     if (option.table) {
         const TableInfo target = table(*option.table, message::kObjectNotFound, 11);
         if (!target.identityColumn()) throw sqlError(message::kNoIdentityColumn, {target.name});
@@ -102,79 +87,7 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
     m_storage.drop(name);
 }
 
-// ---- backup
-
-// Reports "10 percent processed." at the interval of STATS, and ends the work of a cancelled batch.
-Progress Executor::progress(std::int64_t step) const {
-    return [this, step, reported = std::int64_t{0}](int percent) mutable {
-        if (isCancelled()) throw BatchEnd{};
-        while (step > 0 && reported < 100 && std::min<std::int64_t>(reported + step, 100) <= percent)
-            inform(message::kPercentProcessed,
-                   {std::to_string(reported = std::min<std::int64_t>(reported + step, 100))});
-    };
-}
-
-// An error in `work` is followed by error 3013, which names the statement.
-void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
-    failingAs(sqlError(message::kBackupTerminated, {verb}), [&] {
-        if (m_transactions > 0) throw sqlError(message::kBackupWithinTransaction);
-        work();
-    });
-}
-
-void Executor::informDone(std::string_view verb, const BackupHeader& header, std::string_view database,
-                          std::chrono::steady_clock::time_point start) const {
-    const double seconds =
-        std::max(0.001, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-    constexpr double kMegabyte = 1024.0 * 1024.0;
-    char speed[80];
-    std::snprintf(speed, sizeof speed, "%.3f seconds (%.3f MB/sec)", seconds,
-                  static_cast<double>(header.bytes) / kMegabyte / seconds);
-    const std::string pages = std::to_string(header.pages);
-    inform(message::kPagesProcessed, {pages, database, header.database});
-    inform(message::kBackupProcessed, {verb, pages, speed});
-}
-
-Flow Executor::run(const ast::Backup& backup) {
-    runMedia("BACKUP DATABASE", [&] {
-        const auto start = std::chrono::steady_clock::now();
-        const std::string file = evaluateText(*backup.file);
-        if (!m_storage.isBackupPlace(file))
-            throw sqlError(message::kBackupDeviceNotOpened,
-                           {file, "13", "not in the data folder or a --backup-folder"});
-        const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
-        const BackupHeader header =
-            backupDatabase(m_storage, evaluateText(*backup.database), file, progress(backup.stats),
-                           given(backup.name), given(backup.description));
-        beforeWrite();
-        const Value values[] = {header.name, header.database, header.started, header.finished, header.bytes};
-        m_connection.run("INSERT INTO " + m_connection.attach("msdb") +
-                             ".backupset (name, database_name, backup_start_date, backup_finish_date, type, "
-                             "backup_size) VALUES (nullif(?1, ''), ?2, ?3, ?4, 'D', ?5)",
-                         values);
-        informDone("BACKUP", header, header.database, start);
-    });
-    return finished();
-}
-
-Flow Executor::run(const Restore& restore) {
-    constexpr const char* kVerbs[] = {"RESTORE DATABASE", "RESTORE FILELIST", "RESTORE HEADERONLY",
-                                      "VERIFY DATABASE"};
-    std::optional<BackupReport> report;
-    runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
-        const std::string file = evaluateText(*restore.file);
-        if (restore.kind == RestoreKind::Verify) {
-            verifyBackup(file, progress(0));
-            inform(message::kBackupSetValid);
-        } else if (restore.kind == RestoreKind::Database) {
-            restoreFrom(file, restore);
-        } else {
-            const BackupHeader header = readBackupHeader(file, progress(0));
-            report = restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header);
-        }
-    });
-    return report ? sendTable(report->columns, report->rows) : finished();
-}
+// ---- maintenance
 
 Flow Executor::run(const CheckDatabase& check) {
     const std::string name = check.database ? evaluateText(*check.database) : m_database;
@@ -183,7 +96,7 @@ Flow Executor::run(const CheckDatabase& check) {
     while (findings.step()) {
         if (findings.text(0) == "ok") break;
         ++faults;
-        report(messageOf(sqlError(message::kTableError, {findings.text(0)}), m_line));
+        inform(message::kTableError, {findings.text(0)});
     }
     if (faults > 0 || !check.onlyFaults)
         inform(message::kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
@@ -235,36 +148,7 @@ Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::v
     }
     m_rowCount = static_cast<std::int64_t>(rows.size());
     m_error = 0;
-    done(m_rowCount, StatementKind::Select);
-    return Flow::Next;
-}
-
-void Executor::restoreFrom(const std::string& file, const Restore& restore) {
-    const auto start = std::chrono::steady_clock::now();
-    const std::string name = evaluateText(*restore.database);
-    std::vector<std::string> moved;
-    for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
-    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(message::kRestoreOfOwnDatabase, {name});
-    if (m_storage.exists(name)) releaseDatabase(name, sqlError(message::kNoExclusiveAccess));
-    try {
-        const BackupHeader header =
-            restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
-        m_connection.attach(name);  // rebuilds outdated indexes
-        informDone("RESTORE", header, name, start);
-    } catch (const SqlError& error) {
-        if (error.number != message::kFileInUse) throw;
-        reportFilesInUse(readBackupHeader(file));
-        throw sqlError(message::kRestorePlanningFailed);
-    }
-}
-
-void Executor::reportFilesInUse(const BackupHeader& header) const {
-    if (m_tries > 0) return;
-    for (const auto& row : fileListOf(header).rows) {
-        const auto &name = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
-        report(messageOf(sqlError(message::kFileInUse, {path, header.database}), m_line));
-        report(messageOf(sqlError(message::kFileCannotBeRestored, {name, path}), m_line));
-    }
+    return done(m_rowCount, StatementKind::Select);
 }
 
 }  // namespace tsql

@@ -1,20 +1,7 @@
 // Checks of a batch before its first statement runs: errors that do not depend on values.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
-
-// Whether the block is one statement without nested statements.
-bool Executor::isAlone(const Block& block) {
-    const auto holdsOthers = []<typename Node>(const Node&) {
-        return isOneOf<Node, Compound, TryCatch, If, While>;
-    };
-    return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
-}
 
 template <typename Node>
 void Executor::checkNode(const Node& node) {
@@ -54,24 +41,18 @@ void Executor::checkNode(const Node& node) {
         else
             insertText(target, columns, node, translator);
     } else if constexpr (std::is_same_v<Node, Execute>) {
-        reportMissingDependency(node.procedure);
+        // Not all system procedures are supported.
+        const std::string &caller = m_frames.back()->procedure, &called = node.procedure.name;
+        const bool isSkipped = caller.empty() || called.empty() || lowerAscii(called).starts_with("sp_");
+        if (!isSkipped && !module(node.procedure, objectType::kProcedure))
+            inform(message::kMissingDependency, {caller, asWritten(node.procedure)});
     } else if constexpr (std::is_base_of_v<Change, Node>) {
         const TableInfo target = changedTable(node, translator);
         if constexpr (std::is_same_v<Node, Update>)
-            translator.update(target, node);
+            translator.update(target, node, "a record");
         else
             translator.remove(target, node);
     }
-}
-
-// Reports that a new procedure calls one that does not exist. System procedures are skipped, since not all of
-// them are supported.
-void Executor::reportMissingDependency(const ObjectName& procedure) {
-    const Frame& frame = *m_frames.back();
-    const bool ofSystem = lowerAscii(procedure.name).starts_with("sp_");
-    if (frame.procedure.empty() || procedure.name.empty() || ofSystem) return;
-    if (!module(procedure, objectType::kProcedure))
-        inform(message::kMissingDependency, {frame.procedure, asWritten(procedure)});
 }
 
 // Skipped within a transaction of SQLite: after reading a database, the transaction could not wait for other

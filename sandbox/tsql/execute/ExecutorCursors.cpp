@@ -1,13 +1,8 @@
 // Cursors: DECLARE, OPEN, FETCH, CLOSE, DEALLOCATE.
-#include <algorithm>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -63,7 +58,19 @@ Flow Executor::run(const ChangeCursor& change) {
     Cursor& cursor = cursors.at(name);
     if (change.verb == CursorVerb::Open) {
         if (cursor.open) throw sqlError(message::kCursorAlreadyOpen);
-        openCursor(cursor);
+        cursor.rows.clear();
+        cursor.at = 0;
+        PreparedStatement statement(m_connection, cursor.query.sql);
+        statement.bindAll(cursor.parameters);
+        const auto keep = [&](std::span<const Column>, std::span<const CellView> cells) {
+            if (cursor.rows.size() == kMostRows)
+                throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
+            std::vector<Value>& row = cursor.rows.emplace_back();
+            for (const auto& cell : cells) row.push_back(ownedValue(cell));
+        };
+        divert(keep, [&] { sendRows(statement, cursor.query, m_settings.mostRows); });
+        cursor.open = true;
+        m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
     } else if (change.verb == CursorVerb::Deallocate) {
         cursors.erase(name);
     } else {
@@ -72,22 +79,6 @@ Flow Executor::run(const ChangeCursor& change) {
         cursor.rows.clear();
     }
     return finished();
-}
-
-void Executor::openCursor(Cursor& cursor) {
-    cursor.rows.clear();
-    cursor.at = 0;
-    PreparedStatement statement(m_connection, cursor.query.sql);
-    statement.bindAll(cursor.parameters);
-    const auto keep = [&](std::span<const Column>, std::span<const CellView> cells) {
-        if (cursor.rows.size() == kMostRows)
-            throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
-        std::vector<Value>& row = cursor.rows.emplace_back();
-        for (const auto& cell : cells) row.push_back(ownedValue(cell));
-    };
-    divert(keep, [&] { sendRows(statement, cursor.query, m_settings.mostRows); });
-    cursor.open = true;
-    m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
 }
 
 Flow Executor::run(const Fetch& fetch) {

@@ -1,23 +1,11 @@
 // CREATE, ALTER and DROP of tables and indexes.
-#include <algorithm>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
 #include "storage/Atomic.h"
-#include "types/Text.h"
 
 namespace tsql {
 
-using namespace ast;
-
 namespace {
-
-std::string_view storageClass(const SqlType& type) {
-    if (isBinary(type.id) || isWide(type)) return "BLOB";
-    if (isExact(type.id)) return "INTEGER";
-    if (isApproximate(type.id)) return "REAL";
-    return "TEXT COLLATE ts_ci";
-}
 
 // A key of the identity column alone needs no index, since that column is SQLite's row id.
 bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
@@ -75,15 +63,12 @@ void requireKeyType(const TableInfo& table, const TableColumn& column) {
         throw sqlError(message::kInvalidKeyColumnType, {column.name, table.name});
 }
 
-struct ConstraintFacts {
-    std::string_view type, prefix;  // of a generated name
-};
-constexpr ConstraintFacts kConstraints[] = {
-    {objectType::kPrimaryKey, "PK"},  // in the order of ConstraintKind
-    {objectType::kUnique, "UQ"},
-    {objectType::kCheck, "CK"},
-    {objectType::kForeignKey, "FK"},
-    {objectType::kDefault, "DF"}};
+// Type, and prefix of a generated name, in the order of ConstraintKind.
+constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {{objectType::kPrimaryKey, "PK"},
+                                                                          {objectType::kUnique, "UQ"},
+                                                                          {objectType::kCheck, "CK"},
+                                                                          {objectType::kForeignKey, "FK"},
+                                                                          {objectType::kDefault, "DF"}};
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
@@ -556,7 +541,8 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     constexpr Kind kKinds[] = {{"table", objectType::kTable, {}},  // in the order of ObjectKind
                                {"view", objectType::kView, {}},
                                {"procedure", objectType::kProcedure, {}},
-                               {"function", objectType::kFunction, objectType::kTableFunction}};
+                               {"function", objectType::kFunction, objectType::kTableFunction},
+                               {"trigger", objectType::kTrigger, {}}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {

@@ -1,18 +1,9 @@
-// Variables, control of flow, messages of a script, waiting.
-#include <algorithm>
-#include <chrono>
+// Variables, control of flow, waiting.
 #include <thread>
 
 #include "execute/Executor.h"
-#include "execute/RaiseErrorText.h"
-#include "messages/Messages.h"
-#include "types/Finally.h"
-#include "types/Text.h"
-#include "types/Work.h"
 
 namespace tsql {
-
-using namespace ast;
 
 Flow Executor::run(const Declare& declare) {
     for (const auto& each : declare.variables) {
@@ -35,6 +26,10 @@ Flow Executor::run(const Assign& assign) {
 }
 
 Flow Executor::run(const If& node) {
+    if (m_settings.describeOnly) {  // both branches
+        runStatement(*node.then);
+        return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
+    }
     const bool condition = holds(*node.condition);
     m_error = 0;
     m_rowCount = 0;
@@ -81,82 +76,6 @@ Flow Executor::run(const TryCatch& node) {
     m_caught.push_back(*caught);
     const Finally forget([this] { m_caught.pop_back(); });
     return runBlock(node.handler);
-}
-
-Flow Executor::run(const Print& print) {
-    const TypedValue value = evaluate(*print.value);
-    constexpr std::size_t kLongest = 8000;  // bytes
-    const std::string text = textOf(viewOf(value.value), value.type);
-    report({0, 0, 1, m_line, m_frames.back()->procedure,
-            std::string(characters(text, 0, isNational(value.type.id) ? kLongest / 2 : kLongest))});
-    m_error = 0;
-    m_rowCount = 0;
-    return Flow::Next;
-}
-
-Flow Executor::run(const RaiseError& raise) {
-    const auto number = [this](const Expr& expr) {
-        const Value value = evaluate(expr, simpleType(TypeId::Int));
-        return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
-    };
-    const int severity = std::max(0, number(*raise.severity));
-    const int asked = number(*raise.state);
-    const int state = asked < 0 ? 1 : std::min(asked, 255);
-    constexpr int kTopUserSeverity = 18;
-    if (severity > kTopUserSeverity && !raise.log) throw sqlError(message::kSeverityTooHigh);
-    const TypedValue message = evaluate(*raise.message);
-    if (isInteger(message.type.id)) {
-        constexpr std::int64_t kFirst = 13'000;
-        const auto* asks = std::get_if<std::int64_t>(&message.value);
-        throw sqlError(
-            asks && *asks >= kFirst ? message::kNoTextOfRaisedNumber : message::kInvalidRaisedNumber,
-            {textOf(viewOf(message.value), message.type), std::to_string(severity), std::to_string(state)});
-    }
-    std::vector<TypedValue> arguments;
-    for (const auto& argument : raise.arguments) arguments.push_back(evaluate(*argument));
-    const Message raised{message::kUserDefined,
-                         severity,
-                         state,
-                         m_line,
-                         m_frames.back()->procedure,
-                         raiseErrorText(textOf(viewOf(message.value), message.type), arguments)};
-    if (severity > 10) {
-        afterError(raised, /*raised=*/true);
-    } else {
-        report(raised);
-        finished();
-        if (raise.setError) m_error = raised.number;
-    }
-    if (raise.noWait) m_sink->flush();
-    return Flow::Next;
-}
-
-Flow Executor::run(const Throw& node) {
-    Message message;
-    if (!node.number) {
-        if (m_caught.empty()) throw sqlError(message::kRethrowOutsideCatch);
-        message = m_caught.back();
-    } else {
-        const Value number = evaluate(*node.number, simpleType(TypeId::Int));
-        const Value state = evaluate(*node.state, simpleType(TypeId::TinyInt));
-        const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
-        if (given < message::kUserDefined)
-            throw sqlError(message::kThrowNumberOutOfRange, {std::to_string(given)});
-        message = {static_cast<int>(given),
-                   16,
-                   isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state)),
-                   m_line,
-                   m_frames.back()->procedure,
-                   evaluateText(*node.message)};
-    }
-    m_error = message.number;
-    if (m_tries > 0) {
-        m_doomed = m_doomed || (m_settings.abortOnError && m_transactions > 0);
-        throw Raised{message};
-    }
-    report(message);
-    if (m_settings.abortOnError) rollBack();
-    throw BatchEnd{};
 }
 
 Flow Executor::run(const WaitFor& wait) {

@@ -1,15 +1,9 @@
 // Procedures, functions and views: stored as text, parsed when they are used.
-#include <algorithm>
 
 #include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -18,6 +12,14 @@ constexpr std::size_t kDeepestCall = 33;  // the batch, and 32 calls
 
 const CreateModule& moduleOf(const Batch& batch) {
     return std::get<CreateModule>(batch.statements.front()->node);
+}
+
+// Whether the block is one statement without nested statements.
+bool isAlone(const Block& block) {
+    const auto holdsOthers = []<typename Node>(const Node&) {
+        return isOneOf<Node, Compound, TryCatch, If, While>;
+    };
+    return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
 }
 
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
@@ -61,8 +63,10 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     return columns;
 }
 
-void Executor::checkBody(const CreateModule& module) {
+void Executor::checkBody(const CreateModule& module, const std::optional<TableInfo>& ofTrigger) {
     Frame frame;
+    const Firing firing{ofTrigger.value_or(TableInfo()), {}, {}};
+    if (ofTrigger) frame.firing = &firing;
     frame.procedure = module.name.name;
     frame.schemaName = module.name.schema;
     frame.declare(module);
@@ -72,18 +76,24 @@ void Executor::checkBody(const CreateModule& module) {
 
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
-    const std::string_view type = !module.function ? module.query ? objectType::kView : objectType::kProcedure
-                                  : module.query   ? objectType::kTableFunction
-                                                   : objectType::kFunction;
+    const std::string_view type = module.isTrigger() ? objectType::kTrigger
+                                  : module.function
+                                      ? module.query ? objectType::kTableFunction : objectType::kFunction
+                                  : module.query ? objectType::kView
+                                                 : objectType::kProcedure;
+    const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
+    ObjectName name = module.name;
+    if (table) name.schema = table->schemaName;
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
-    checkBody(module);
+    checkBody(module, table);
     define(module.name, [&](Catalogue& owner) {
-        const auto existing = owner.find(storedName(module.name.schema, module.name.name));
+        const auto existing = owner.find(storedName(name.schema, name.name));
         if (existing && (!module.alter || existing->type != type))
             throw sqlError(message::kObjectExists, {module.name.name}, 3);
         if (!existing && !module.create)
             throw sqlError(message::kInvalidObjectName, {asWritten(module.name)}, 6);
-        ObjectInfo object = existing ? *existing : newObject(owner, module.name, type);
+        ObjectInfo object = existing ? *existing : newObject(owner, name, type);
+        if (table) bindTrigger(owner, module, *table, object);
         object.source = m_text;
         const std::string_view verb = tokenize(m_text).front().raw;
         const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
@@ -107,7 +117,7 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
 
 // The sp_ procedures of master use the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
-    if (isTemporaryName(name.name)) return std::nullopt;
+    if (isTemporaryName(name.name) || namesChangedRows(name)) return std::nullopt;
     ObjectName place = name;
     auto found = visibleObject(place);
     if ((!found || found->type != type) && name.database.empty() &&

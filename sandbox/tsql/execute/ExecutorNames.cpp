@@ -1,18 +1,7 @@
 // Resolution of names: variables, tables and views.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
-
-namespace {
-
-constexpr const char* kVersionText =
-    "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
-
-}  // namespace
 
 // ---- variables
 
@@ -29,10 +18,12 @@ struct Executor::Global {
     Value (*value)(const Executor& self);
 };
 
-const std::vector<Executor::Global>& Executor::globals() {
+const Executor::Global& Executor::global(std::string_view name) {
+    constexpr const char* kVersionText =
+        "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
     using Self = const Executor&;
     const SqlType tiny = simpleType(TypeId::TinyInt), integer = simpleType(TypeId::Int),
-                  name = nvarcharType(128);
+                  word = nvarcharType(128);
     static const std::vector<Global> table = {
         {"@@error", integer, [](Self self) -> Value { return self.m_error; }},
         {"@@rowcount", integer, [](Self self) -> Value { return self.m_rowCount; }},
@@ -44,9 +35,9 @@ const std::vector<Executor::Global>& Executor::globals() {
          [](Self self) -> Value { return static_cast<int>(self.m_frames.size()) - 1; }},
         {"@@procid", integer, [](Self self) -> Value { return self.m_frames.back()->procedureId; }},
         {"@@version", nvarcharType(300), [](Self) -> Value { return kVersionText; }},
-        {"@@servername", name, [](Self) -> Value { return hostName(); }},
-        {"@@servicename", name, [](Self) -> Value { return "MSSQLSERVER"; }},
-        {"@@language", name, [](Self) -> Value { return "us_english"; }},
+        {"@@servername", word, [](Self) -> Value { return hostName(); }},
+        {"@@servicename", word, [](Self) -> Value { return "MSSQLSERVER"; }},
+        {"@@language", word, [](Self) -> Value { return "us_english"; }},
         {"@@max_precision", tiny, [](Self) -> Value { return 38; }},
         {"@@datefirst", tiny, [](Self) -> Value { return 7; }},
         {"@@options", integer, [](Self self) -> Value { return self.m_settings.bits(); }},
@@ -56,11 +47,7 @@ const std::vector<Executor::Global>& Executor::globals() {
         {"@@cursor_rows", integer, [](Self self) -> Value { return self.m_cursorRows; }},
         {"@@max_connections", integer, [](Self) -> Value { return 32767; }},
     };
-    return table;
-}
-
-const Executor::Global& Executor::global(std::string_view name) {
-    for (const auto& each : globals())
+    for (const auto& each : table)
         if (sameWord(each.name, name)) return each;
     throw sqlError(message::kUndeclaredVariable, {name});
 }
@@ -79,10 +66,6 @@ std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
     const Value stored[] = {table.stored};
     return m_connection.number("SELECT seq FROM " + table.schema + ".sqlite_sequence WHERE name = ?1",
                                stored);
-}
-
-std::optional<std::int64_t> Executor::scopeIdentity() const {
-    return m_frames.empty() ? std::nullopt : m_frames.back()->identity;
 }
 
 // ---- objects
@@ -116,7 +99,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         if (found == tables.end()) throw sqlError(message::kUndeclaredTableVariable, {name.name});
         return found->second.info;
     }
-    if (m_checking && name.name.starts_with('#')) return std::nullopt;
+    if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
     if (!m_connection.inTransaction()) m_knownTables.clear();
     const std::string& schemaName = name.schema.empty() ? m_frames.back()->schemaName : name.schema;
     const std::string key = databaseOf(name) + '/' + schemaName + '/' + name.name;
@@ -124,6 +107,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     const auto found = visibleObject(name);
     if (!found || found->type != objectType::kTable) return std::nullopt;
     TableInfo table = catalogue(name).tableOf(*found);
+    if (m_shadow && m_shadow->id == table.id && m_shadow->database == table.database) table = *m_shadow;
     if (awaitsTransaction()) begin({});
     if (m_connection.inTransaction()) m_knownTables.emplace(key, table);
     return table;
@@ -162,11 +146,13 @@ std::string Executor::asWritten(const ObjectName& name) {
 // missing, state: number and state of the error if there is no such table.
 TableInfo Executor::table(const ObjectName& name, int missing, int state) {
     if (auto found = findTable(name)) return *found;
+    if (namesChangedRows(name)) throw sqlError(message::kChangedRowsChanged);
     if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");
     throw sqlError(missing, {asWritten(name)}, state);
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {
+    if (namesChangedRows(name)) return changedRows(name);
     if (isTemporaryName(name.name) || (!name.database.empty() && !m_storage.exists(name.database)))
         return std::nullopt;
     const std::string database = databaseOf(name);

@@ -1,16 +1,9 @@
 // SELECT, INSERT, UPDATE, DELETE.
-#include <algorithm>
-#include <functional>
 
 #include "execute/Executor.h"
-#include "messages/Messages.h"
 #include "storage/Atomic.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -29,7 +22,6 @@ class DivertingSink final : public ResultSink {
         m_columns.assign(columns.begin(), columns.end());
     }
     void row(std::span<const CellView> cells) override { m_handler(m_columns, cells); }
-    void statementDone(std::int64_t, StatementKind) override {}
     void message(const Message& message) override { m_outer.message(message); }
     void databaseChanged(std::string_view from, std::string_view to) override {
         m_outer.databaseChanged(from, to);
@@ -47,11 +39,8 @@ class DivertingSink final : public ResultSink {
 }  // namespace
 
 Flow Executor::run(const SelectStatement& statement) {
-    if (statement.into) {
-        if (m_settings.describeOnly) return Flow::Next;
-        selectInto(*statement.query, *statement.into);
-        return Flow::Next;
-    }
+    if (statement.into)
+        return m_settings.describeOnly ? Flow::Next : selectInto(*statement.query, *statement.into);
     Translator translator(*this);
     const QueryText text = translator.query(*statement.query);
     const auto values = parameterValues(translator);
@@ -62,8 +51,7 @@ Flow Executor::run(const SelectStatement& statement) {
     m_rowCount = assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
                          : sendRows(prepared, text, m_settings.mostRows);
     m_error = 0;
-    done(m_rowCount, StatementKind::Select);
-    return Flow::Next;
+    return done(m_rowCount, StatementKind::Select);
 }
 
 // `most`: number of rows after which the others are left out; 0: all.
@@ -112,7 +100,7 @@ std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vecto
 }
 
 // The new table inherits the identity if the query reads one table and selects its identity once.
-void Executor::selectInto(const Query& query, const ObjectName& name) {
+Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
     const auto* select = std::get_if<Select>(&query.body);
@@ -131,7 +119,7 @@ void Executor::selectInto(const Query& query, const ObjectName& name) {
     change(target, "INSERT",
            "INSERT INTO " + target.sqlName() + " (" + names + ") " + translator.limited(text.sql),
            translator);
-    done(m_rowCount, StatementKind::Insert);
+    return done(m_rowCount, StatementKind::Insert);
 }
 
 // Runs a statement that changes rows, with the parameters of `translator`.
@@ -146,11 +134,16 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     prepared.bindAll(m_change.values);
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
-    else if (!translator.output().columns.empty())
+    else if (!translator.output().columns.empty() && translator.output().sql.empty())
         sendRows(prepared, translator.output());
     else
         while (prepared.step()) continue;
     m_rowCount = sqlite3_changes64(m_connection.handle());
+    if (!translator.output().sql.empty()) {
+        PreparedStatement record(m_connection, translator.output().sql);
+        record.bindAll(m_change.values);
+        sendRows(record, translator.output());
+    }
     m_error = 0;
     m_change.verb.clear();
 }
@@ -163,6 +156,8 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
     Atomic atomic(m_connection, target.schema);
     claim(*output->into);
     const TableInfo into = table(*output->into);
+    if (into.schema != kTempSchema && !enabledTriggers(into, "INSERT").empty())
+        throw sqlError(message::kOutputIntoTriggers, {asWritten(*output->into)});
     std::int64_t changed = 0, identity = 0;
     insertRowsOf(into, insertColumns(into, output->columns, /*defaultValues=*/false), [&] {
         change(target, verb, sql, translator);
@@ -215,26 +210,29 @@ std::string Executor::insertText(const TableInfo& target, const ColumnList& colu
 
 Flow Executor::run(const Insert& insert) {
     claim(insert.table);
-    const TableInfo target = table(insert.table);
-    const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
-    Translator translator(*this);
-    withIdentities(target, [&] {
-        if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
-        if (insert.execute)
-            inTransaction([&] {
-                insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
-            });
-        else
-            changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator), translator,
-                             insert.output);
-    });
-    return Flow::Next;
+    if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
+    const auto change = [&](const TableInfo& target) {
+        const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
+        Translator translator(*this);
+        withIdentities(target, [&] {
+            if (insert.execute)
+                inTransaction([&] {
+                    insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+                });
+            else
+                changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator),
+                                 translator, insert.output);
+        });
+    };
+    return withTriggers(table(insert.table), StatementKind::Insert, {}, insert.output, change);
 }
 
 // A client that sends values for the identity means to keep them.
 Flow Executor::run(const InsertBulk& bulk) {
     claim(bulk.table);
     const TableInfo target = table(bulk.table);
+    if (bulk.firesTriggers && !enabledTriggers(target, "INSERT").empty())
+        throw unsupported("INSERT BULK with FIRE_TRIGGERS");
     const TableColumn* identity = target.identityColumn();
     const bool keepsIdentity = identity && std::ranges::any_of(bulk.columns, [&](const auto& name) {
                                    return sameText(name, identity->name);
@@ -267,7 +265,7 @@ Flow Executor::run(const InsertBulk& bulk) {
             return rows;
         });
     });
-    return Flow::Next;
+    return done(m_rowCount, StatementKind::Insert);
 }
 
 // Inserts the rows that `insertRows` counts: all or none.
@@ -289,27 +287,24 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
     try {
         insert();
     } catch (const SqliteFailure& failure) {
-        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) loseIdentity(target);
+        const bool given = sameWord(m_settings.identityInsert, target.fullName());
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT && target.identityColumn() && !given) {
+            // A refused row uses up its identity, as the rows before it do.
+            m_givenIdentities[{target.schema, target.stored}] =
+                std::max<std::int64_t>(lastIdentity(target).value_or(0),
+                                       sqlite3_last_insert_rowid(m_connection.handle())) +
+                1;
+            skipIdentities();
+            if (m_transactions == 0) m_givenIdentities.clear();
+        }
         throw;
     }
     m_identity.reset();
-    if (target.identityColumn() && m_rowCount > 0) {
+    if (target.identityColumn() && m_rowCount > 0 && !target.isShadow) {
         m_identity = sqlite3_last_insert_rowid(m_connection.handle());
         m_frames.back()->identity = m_identity;
         if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *m_identity;
     }
-    done(m_rowCount, StatementKind::Insert);
-}
-
-// A refused row uses up its identity, as the rows before it do.
-void Executor::loseIdentity(const TableInfo& target) {
-    if (!target.identityColumn() || sameWord(m_settings.identityInsert, target.fullName())) return;
-    m_givenIdentities[{target.schema, target.stored}] =
-        std::max<std::int64_t>(lastIdentity(target).value_or(0),
-                               sqlite3_last_insert_rowid(m_connection.handle())) +
-        1;
-    skipIdentities();
-    if (m_transactions == 0) m_givenIdentities.clear();
 }
 
 // Identities are not generated again, even if their rows were rolled back.
@@ -370,20 +365,25 @@ TableInfo Executor::changedTable(const Change& change, Translator& translator) {
 
 Flow Executor::run(const Update& update) {
     Translator translator(*this);
-    const TableInfo target = changedTable(update, translator);
-    const std::string sql = translator.update(target, update);
-    try {
-        changeWithOutput(target, "UPDATE", sql, translator, update.output);
-    } catch (const SqliteFailure& failure) {
-        if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
-        // The steps would act for keys that stay the same, too.
-        for (const auto& key : catalogue(Translator::targetName(update.table, update.from)).keysTo(target.id))
-            if (parseConstraint(key.source).onUpdate == "SET NULL")
-                throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
-        updateInSteps(target, translator, update.output);
-    }
-    done(m_rowCount, StatementKind::Update);
-    return Flow::Next;
+    const auto change = [&](const TableInfo& target) {
+        std::optional<RowRecord> record;
+        if (update.output) record.emplace(m_connection, target, "UPDATE");
+        const std::string sql = translator.update(target, update, record ? record->name() : "");
+        try {
+            changeWithOutput(target, "UPDATE", sql, translator, update.output);
+        } catch (const SqliteFailure& failure) {
+            if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+            // The steps would act for keys that stay the same, too.
+            for (const auto& key : Catalogue(m_connection, target.database, target.schema).keysTo(target.id))
+                if (parseConstraint(key.source).onUpdate == "SET NULL")
+                    throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
+            updateInSteps(target, translator, update.output);
+        }
+    };
+    WordSet columns;
+    for (const auto& clause : update.sets) columns.insert(clause.column);
+    return withTriggers(changedTable(update, translator), StatementKind::Update, columns, update.output,
+                        change);
 }
 
 // SQLite checks keys row by row, T-SQL at the end of the statement. Therefore the rows give up their keys
@@ -410,10 +410,12 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
 
 Flow Executor::run(const Delete& statement) {
     Translator translator(*this);
-    const TableInfo target = changedTable(statement, translator);
-    changeWithOutput(target, "DELETE", translator.remove(target, statement), translator, statement.output);
-    done(m_rowCount, StatementKind::Delete);
-    return Flow::Next;
+    const auto change = [&](const TableInfo& target) {
+        changeWithOutput(target, "DELETE", translator.remove(target, statement), translator,
+                         statement.output);
+    };
+    return withTriggers(changedTable(statement, translator), StatementKind::Delete, {}, statement.output,
+                        change);
 }
 
 // TRUNCATE TABLE restarts the identity.

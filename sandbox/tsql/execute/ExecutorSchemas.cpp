@@ -1,11 +1,7 @@
 // CREATE, ALTER and DROP SCHEMA.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 Flow Executor::run(const CreateSchema& create) {
     if (!create.owner.empty() && !sameWord(create.owner, "dbo"))
@@ -60,6 +56,7 @@ Flow Executor::run(const TransferObject& transfer) {
         }
         for (auto& key : owner.keysOf(moved->id))
             if (key.type != objectType::kIndex) move(key);
+        for (auto& trigger : owner.triggersOf(moved->id)) move(trigger);
     });
     return finished();
 }

@@ -1,16 +1,11 @@
 // System procedures. Each has a parameter list in T-SQL, to which arguments are bound, and a body in C++ or
 // T-SQL.
-#include <algorithm>
 #include <span>
 
 #include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 

@@ -1,17 +1,9 @@
 // Transactions: BEGIN, SAVE, COMMIT and ROLLBACK, and the start of SQLite's transaction before a change.
 #include "execute/Executor.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 
-using namespace ast;
-
-namespace {
-
 constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite savepoint at the start of a transaction
-
-}  // namespace
 
 // Begins SQLite's transaction before the first change. Reading before that does not fix a snapshot.
 void Executor::beforeWrite() {
@@ -22,12 +14,6 @@ void Executor::beforeWrite() {
     m_givenIdentities.clear();
     m_begun = true;
     changeEntry([](SessionEntry& entry) { entry.hasTransaction = true; });
-}
-
-// Locks the database that a statement changes, before its names are looked up: after the transaction has read
-// it, SQLite no longer waits for another writer.
-void Executor::claim(const ObjectName& target) {
-    if (m_connection.inTransaction() && !isTemporaryName(target.name)) m_connection.lock(databaseOf(target));
 }
 
 void Executor::endTransaction(TransactionEvent event) {
@@ -43,11 +29,6 @@ void Executor::begin(const std::string& name) {
     m_sink->transactionChanged(TransactionEvent::Began);
 }
 
-// IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.
-bool Executor::awaitsTransaction() const {
-    return m_settings.implicitTransactions && m_transactions == 0 && !m_checking && !m_settings.describeOnly;
-}
-
 // So do these statements, whatever they use. BEGIN TRANSACTION then begins two.
 bool Executor::beginsImplicitly(const Statement& statement) const {
     if (!awaitsTransaction()) return false;
@@ -55,7 +36,7 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         if constexpr (std::is_same_v<Node, SelectStatement>) {
             const auto* select = std::get_if<Select>(&node.query->body);
             return !select || !select->from.empty();
-        } else if constexpr (std::is_same_v<Node, ast::Transaction>) {
+        } else if constexpr (std::is_same_v<Node, Transaction>) {
             return node.verb == TransactionVerb::Begin;
         } else if constexpr (std::is_same_v<Node, ChangeCursor>) {
             return node.verb == CursorVerb::Open;
@@ -64,30 +45,25 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         }
         return std::is_base_of_v<Change, Node> ||
                isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, CreateSchema,
-                       TransferObject, Fetch, InsertBulk>;
+                       TransferObject, SwitchTriggers, Fetch, InsertBulk>;
     };
     return std::visit(begins, statement.node);
 }
 
-// INSERT ... EXECUTE runs in a transaction. Without an open one it has its own, which the client does not
-// see.
+// INSERT ... EXECUTE and a change with triggers run in a transaction. Without an open one it has its own,
+// which the client does not see.
 void Executor::inTransaction(const std::function<void()>& work) {
-    const Temporarily own(m_ownTransaction, m_transactions == 0);
-    if (m_ownTransaction) m_transactions = 1;
+    const bool begins = m_transactions == 0;
+    const Temporarily own(m_ownTransaction, m_ownTransaction || begins);
+    if (begins) m_transactions = 1;
     const Temporarily fewest(m_fewestTransactions, m_transactions);
     try {
         work();
     } catch (...) {
-        if (m_ownTransaction) rollBack();
+        if (begins) rollBack();
         throw;
     }
-    if (m_ownTransaction && m_transactions > 0) commit();
-}
-
-void Executor::save(const std::string& name) {
-    if (m_transactions == 0) throw sqlError(message::kSaveWithoutTransaction);
-    beforeWrite();
-    m_connection.run("SAVEPOINT " + quotedName(name));
+    if (begins && m_transactions > 0) commit();
 }
 
 void Executor::commit() {
@@ -100,22 +76,21 @@ void Executor::commit() {
         endTransaction(TransactionEvent::Committed);
 }
 
+// Generated identities are not reused.
 void Executor::rollBack() {
     const bool older = m_outlivedReset;
     endTransaction(TransactionEvent::RolledBack);
-    if (m_connection.inTransaction()) keepTables([this] { undoTransaction(); });
+    const auto undo = [this] {
+        if (!m_givenIdentities.empty()) try {
+                m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
+                skipIdentities();
+                return m_connection.run("COMMIT");
+            } catch (const SqliteFailure&) {  // the disk is full: identities may be reused
+            }
+        m_connection.run("ROLLBACK");
+    };
+    if (m_connection.inTransaction()) keepTables(undo);
     if (older) dropTemporaryTables();
-}
-
-// Rolls back SQLite's transaction, but does not allow generated identities to be reused.
-void Executor::undoTransaction() {
-    if (!m_givenIdentities.empty()) try {
-            m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
-            skipIdentities();
-            return m_connection.run("COMMIT");
-        } catch (const SqliteFailure&) {  // the disk is full: identities may be reused
-        }
-    m_connection.run("ROLLBACK");
 }
 
 bool Executor::resetAroundTransaction(std::string_view database) {
@@ -157,7 +132,11 @@ Flow Executor::run(const Transaction& transaction) {
         throw sqlError(message::kCommitInInsertExec);
     const bool whole = name.empty() || sameWord(name, m_transactionName);
     if (verb == TransactionVerb::Begin) begin(name);
-    if (verb == TransactionVerb::Save) save(name);
+    if (verb == TransactionVerb::Save) {
+        if (m_transactions == 0) throw sqlError(message::kSaveWithoutTransaction);
+        beforeWrite();
+        m_connection.run("SAVEPOINT " + quotedName(name));
+    }
     if (verb == TransactionVerb::Commit) commit();
     if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
     return finished();

@@ -2,15 +2,8 @@
 #pragma once
 
 #include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
-#include "catalogue/Catalogue.h"
-#include "syntax/Ast.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
 
@@ -33,8 +26,18 @@ using Cursors = std::map<std::string, Cursor>;  // by name in lower case
 
 // A table variable: a temporary table that is visible in its frame only.
 struct TableVariable {
-    std::shared_ptr<const ast::CreateTable> definition;
+    std::shared_ptr<const CreateTable> definition;
     TableInfo info;
+};
+
+// A change that fires triggers.
+struct Firing {
+    TableInfo table;
+    std::string_view verb;                  // INSERT, UPDATE or DELETE
+    WordSet updated;                        // columns that an UPDATE sets
+    std::vector<ObjectInfo> triggers = {};  // either one INSTEAD OF trigger or AFTER triggers
+    bool cascades = false;                  // by a foreign key: fires only if it changes rows
+    std::string rows = {};                  // name of the RowRecord
 };
 
 struct Frame {
@@ -44,11 +47,11 @@ struct Frame {
           procedureId(module.id),
           database(module.database),
           schemaName(module.schemaName) {}
-    void declare(const std::vector<ast::Local>& locals) {
+    void declare(const std::vector<Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
     }
     // Declares the parameters and variables of a module.
-    void declare(const ast::CreateModule& module) {
+    void declare(const CreateModule& module) {
         for (const auto& parameter : module.parameters) variables[parameter.name] = {parameter.type, Null{}};
         declare(module.locals);
     }
@@ -63,7 +66,8 @@ struct Frame {
     WordMap<TableVariable> tables;
     std::vector<TableInfo> temporary;  // #tables created in this frame
     bool isFunction = false;
-    bool isQuery = false;  // view or table-valued function
+    bool isQuery = false;            // view or table-valued function
+    const Firing* firing = nullptr;  // of a trigger
     SqlType returnType;
     Value returned = Null{};
     std::size_t skippedArguments = 0;  // arguments of sp_executesql itself

@@ -130,8 +130,8 @@ struct SessionFunctions {
             {"IsInlineFunction", objectType::kTableFunction},
             {"IsScalarFunction", objectType::kFunction},
             {"IsPrimaryKey", objectType::kPrimaryKey},
-            {"IsMSShipped", ""},
-            {"IsTrigger", ""}};
+            {"IsTrigger", objectType::kTrigger},
+            {"IsMSShipped", ""}};
         const auto found = session(call).catalogue({}).findById(call.integer(0));
         if (!found) return Null{};
         for (const auto& [property, type] : kProperties)
@@ -144,8 +144,9 @@ struct SessionFunctions {
 
     static Value objectDefinition(const SqlCall& call) {
         const auto found = session(call).catalogue({}).findById(call.integer(0));
-        return found && found->type != objectType::kTable && found->parent == 0 ? Value(found->source)
-                                                                                : Value(Null{});
+        const bool isModule = found && found->type != objectType::kTable &&
+                              (found->parent == 0 || found->type == objectType::kTrigger);
+        return isModule ? Value(found->source) : Value(Null{});
     }
 
     static Value schemaNumber(const SqlCall& call) {
@@ -265,6 +266,8 @@ const FunctionInfo kSessionFunctions[] = {
     {"cursor_status", "TT", TypeId::SmallInt,
      [](const SqlCall& call) { return S::session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
      kVarying},
+    {"update", "T", TypeId::Int,  // UPDATE(column)
+     [](const SqlCall& call) -> Value { return S::session(call).isUpdated(call.text(0)); }, kNulls, kVarying},
     {"xact_state", "", TypeId::SmallInt,
      [](const SqlCall& call) -> Value { return S::session(call).transactionState(); }, kNulls, kVarying},
 };

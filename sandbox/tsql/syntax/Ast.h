@@ -14,11 +14,8 @@
 #include "types/Values.h"
 
 namespace tsql {
+
 class ResultSink;
-}
-
-namespace tsql::ast {
-
 struct Expr;
 struct Query;
 struct Statement;
@@ -103,11 +100,7 @@ struct InList {
     ExprPtr operand;
     std::vector<ExprPtr> items;
 };
-struct InQuery {
-    ExprPtr operand;
-    QueryPtr query;
-};
-// left op ALL | ANY (query)
+// operand op ALL | ANY (query), or operand IN (query), which is = ANY
 struct CompareQuery {
     CompareOp op;
     bool all;
@@ -122,9 +115,8 @@ struct Exists {
 };
 
 struct Expr {
-    using Node =
-        std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery, Compare,
-                     Logic, Not, IsNull, Between, InList, InQuery, CompareQuery, Like, Exists>;
+    using Node = std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery,
+                              Compare, Logic, Not, IsNull, Between, InList, CompareQuery, Like, Exists>;
     static constexpr std::size_t kFirstCondition = 9;  // Compare and what follows it
 
     int line = 1;
@@ -216,10 +208,7 @@ struct Declaration {
     bool output = false;
 };
 // Variable declared anywhere in a batch or module: it exists from the beginning, with the value NULL.
-struct Local {
-    std::string name;
-    SqlType type;
-};
+using Local = std::pair<std::string, SqlType>;
 struct Declare {
     std::vector<Declaration> variables;
 };
@@ -262,12 +251,11 @@ struct Print {
     ExprPtr value;
 };
 struct RaiseError {
-    ExprPtr message, severity, state;
-    std::vector<ExprPtr> arguments;
+    std::vector<ExprPtr> values;  // message, severity, state, arguments
     bool log = false, setError = false, noWait = false;
 };
 struct Throw {
-    ExprPtr number, message, state;  // all null: THROW without arguments
+    std::vector<ExprPtr> values;  // number, message, state; empty: THROW without arguments
 };
 struct WaitFor {
     ExprPtr time;
@@ -333,7 +321,8 @@ struct Insert : Change {
 struct InsertBulk {
     ObjectName table;
     std::vector<std::string> columns;
-    bool keepsNulls = false;                      // else NULL becomes the default of its column
+    bool keepsNulls = false;  // else NULL becomes the default of its column
+    bool firesTriggers = false;
     std::function<void(ResultSink&)> sendRows{};  // null until the rows have arrived
 };
 struct SetClause {
@@ -401,7 +390,7 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Index, Database, Schema };
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Database, Schema };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;
@@ -424,7 +413,15 @@ struct AlterDatabase {
     std::string newName;  // empty: a setting that has no effect
 };
 
-// CREATE or ALTER PROCEDURE, FUNCTION or VIEW. The whole text of the batch is stored.
+// ENABLE or DISABLE TRIGGER
+struct SwitchTriggers {
+    bool enables;
+    std::vector<ObjectName> names;  // empty: ALL
+    ObjectName table;
+    bool inAlterTable = false;
+};
+
+// CREATE or ALTER PROCEDURE, FUNCTION, VIEW or TRIGGER. The whole text of the batch is stored.
 struct CreateModule {
     ObjectName name;
     bool function = false;
@@ -435,6 +432,10 @@ struct CreateModule {
     std::vector<Local> locals;
     QueryPtr query;                    // of a view, or of a function that returns a table
     std::vector<std::string> columns;  // CREATE VIEW name (columns)
+    std::vector<std::string> events;   // of a trigger: INSERT, UPDATE, DELETE
+    ObjectName table = {};             // of a trigger
+    bool insteadOf = false;
+    bool isTrigger() const { return !events.empty(); }
 };
 struct Argument {
     std::string name;  // "@x"; empty for a positional argument
@@ -491,10 +492,10 @@ struct Statement {
                               Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
                               Insert, InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable,
                               CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema,
-                              TransferObject, CreateModule, Execute, Transaction, Backup, Restore,
-                              CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+                              TransferObject, SwitchTriggers, CreateModule, Execute, Transaction, Backup,
+                              Restore, CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };
 
-}  // namespace tsql::ast
+}  // namespace tsql

@@ -13,7 +13,6 @@ namespace tsql {
 namespace {
 
 constexpr std::size_t kLongestName = 128;
-constexpr std::size_t kUsualTokens = 64;
 
 // Reserved words: not identifiers unless they are quoted.
 constexpr std::string_view kReserved =
@@ -33,19 +32,14 @@ USE USER VALUES VARYING VIEW WAITFOR WHEN WHERE WHILE WITH WRITETEXT)";
 constexpr std::string_view kPairs = "<= >= <> != !< !> += -= *= /= %= &= |= ^= ::";
 constexpr std::string_view kSymbols = "<>=!+-*/%&|^~(),.;:";
 
+constexpr auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+
 bool isNameStart(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) || c == '_' || c == '#' || (c & 0x80);
 }
 bool isNamePart(char c) {
-    return isNameStart(c) || std::isdigit(static_cast<unsigned char>(c)) || c == '@' || c == '$';
+    return isNameStart(c) || isDigit(c) || c == '@' || c == '$';
 }
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-bool isHexDigit(char c) {
-    return std::isxdigit(static_cast<unsigned char>(c));
-}
-
 bool isReserved(std::string_view word) {
     static const auto words = [] {
         std::istringstream text{lowerAscii(kReserved)};
@@ -60,7 +54,6 @@ class Lexer {
 
     std::vector<Token> run() {
         std::vector<Token> tokens;
-        tokens.reserve(kUsualTokens);
         for (skipBlanks(); m_at < m_text.size(); skipBlanks()) tokens.push_back(next());
         tokens.push_back({TokenKind::End, false, '\0', m_line, {}});
         return tokens;
@@ -115,7 +108,7 @@ class Lexer {
         if (c == '@' && peek(1) == '@') return takeToken(TokenKind::Global, past(isNamePart, 2));
         if (c == '@') return takeToken(TokenKind::Variable, past(isNamePart, 1));
         if (c == '0' && (peek(1) == 'x' || peek(1) == 'X'))
-            return takeToken(TokenKind::Binary, past(isHexDigit, 2));
+            return takeToken(TokenKind::Binary, past([](char x) { return isxdigit(x & 0xFF) != 0; }, 2));
         if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number(0);
         if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
         if (isNameStart(c)) return takeToken(TokenKind::Word, past(isNamePart, 1));

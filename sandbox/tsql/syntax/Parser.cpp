@@ -2,9 +2,6 @@
 
 #include <charconv>
 
-#include "messages/Messages.h"
-#include "types/Text.h"
-
 namespace tsql {
 namespace {
 
@@ -13,6 +10,11 @@ constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the dep
 
 [[noreturn]] void throwTooDeep(int line) {
     throw SyntaxError(sqlError(message::kNestedTooDeeply), line);
+}
+
+ObjectName nameOf(std::vector<std::string> parts, int line) {
+    parts.insert(parts.begin(), 2, std::string());
+    return {parts[parts.size() - 3], parts[parts.size() - 2], parts.back(), line};
 }
 
 }  // namespace
@@ -29,12 +31,12 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
     }
 }
 
-ast::ExprPtr parseExpression(std::string_view text) {
+ExprPtr parseExpression(std::string_view text) {
     return Parser(text, /*quotedIdentifiers=*/true).expression();
 }
 
-ast::Constraint parseConstraint(std::string_view text) {
-    ast::Constraint constraint{};
+Constraint parseConstraint(std::string_view text) {
+    Constraint constraint{};
     Parser parser(text, /*quotedIdentifiers=*/true);
     parser.acceptAny({"NOCHECK", "WITH NOCHECK"});
     parser.acceptConstraint(constraint, /*ofTable=*/false);
@@ -42,8 +44,8 @@ ast::Constraint parseConstraint(std::string_view text) {
 }
 
 // Accepts reserved words as names. A string that is no name is returned as it is; no object has it as name.
-ast::ObjectName parseObjectName(std::string_view text) {
-    ast::ObjectName name;
+ObjectName parseObjectName(std::string_view text) {
+    ObjectName name;
     name.name = text;
     std::vector<std::string> parts(1);
     for (const Token& token : tokenize(text)) {
@@ -52,10 +54,7 @@ ast::ObjectName parseObjectName(std::string_view text) {
         else if (token.kind != TokenKind::End && !std::exchange(parts.back(), unquoted(token)).empty())
             return name;
     }
-    name.name = parts.back();
-    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
-    if (parts.size() > 2) name.database = parts[parts.size() - 3];
-    return name;
+    return nameOf(parts, name.line);
 }
 
 SqlType parseType(std::string_view text) {
@@ -86,14 +85,6 @@ bool Parser::accept(std::string_view phrase) {
     const std::size_t count = match(phrase, 0);
     m_next += count;
     return count > 0;
-}
-
-bool Parser::acceptAny(std::initializer_list<std::string_view> phrases) {
-    return std::ranges::any_of(phrases, [this](auto each) { return accept(each); });
-}
-
-void Parser::expect(std::string_view phrase) {
-    if (!accept(phrase)) throwSyntaxError();
 }
 
 std::int64_t Parser::expectInteger() {
@@ -138,20 +129,12 @@ std::string Parser::expectVariable(int undeclaredState) {
 }
 
 // [[database.][schema].]name
-ast::ObjectName Parser::objectName() {
-    ast::ObjectName name;
-    name.line = peek().line;
+ObjectName Parser::objectName() {
+    const int line = peek().line;
     std::vector<std::string> parts{at(".") ? std::string() : expectName()};  // ..name, .schema.name
     while (accept(".")) parts.push_back(at(".") ? std::string() : expectName());
     if (parts.size() > 3) throwUnsupported("a name with a linked server");
-    name.name = parts.back();
-    if (parts.size() > 1) name.schema = parts[parts.size() - 2];
-    if (parts.size() > 2) name.database = parts.front();
-    return name;
-}
-
-std::vector<std::string> Parser::columnNames() {
-    return parenthesized([this] { return list([this] { return expectName(); }); });
+    return nameOf(parts, line);
 }
 
 SqlType Parser::type(TypeUse use) {
@@ -167,7 +150,7 @@ SqlType Parser::type(TypeUse use) {
         return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));
     };
     std::vector<int> arguments;
-    if (at("(")) arguments = parenthesized([&] { return list(argument); });
+    if (at("(")) arguments = inList(argument);
     try {
         return makeType(name, arguments, use);
     } catch (const SqlError& error) {
@@ -203,24 +186,12 @@ const Token& Parser::faulty() const {
     return atEnd ? m_tokens[m_next - 1] : peek();
 }
 
-std::string Parser::near() const {
-    return unquoted(faulty());
-}
-
 void Parser::throwSyntaxError() const {
     const bool reserved = peek().reserved;
     throw SyntaxError(
         reserved ? message::kSyntaxErrorNearKeyword : message::kSyntaxErrorNear,
         std::string("Incorrect syntax near ") + (reserved ? "the keyword '" : "'") + near() + "'.",
         faulty().line);
-}
-
-void Parser::throwUnsupported(std::string_view construct) const {
-    throw SyntaxError(tsql::unsupported(construct), faulty().line);
-}
-
-void Parser::throwIfAt(std::string_view phrase, std::string_view construct) const {
-    if (at(phrase)) throwUnsupported(construct);
 }
 
 int Parser::nextDepth() const {

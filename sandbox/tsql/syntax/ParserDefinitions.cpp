@@ -1,13 +1,8 @@
 // INSERT, UPDATE, DELETE; CREATE, ALTER and DROP.
-#include <utility>
 
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -38,7 +33,7 @@ Insert insert(Parser& in) {
         constexpr int kMostRows = 1000;
         node.rows = in.list([&, count = 0]() mutable {
             if (++count > kMostRows) throw SyntaxError(sqlError(message::kTooManyInsertRows), in.peek().line);
-            return in.parenthesized([&] { return in.list(cell); });
+            return in.inList(cell);
         });
         for (const auto& row : node.rows)
             if (row.size() != node.rows.front().size())
@@ -57,22 +52,21 @@ Insert insert(Parser& in) {
 // INSERT BULK table (column type, ...) [WITH (option, ...)]
 InsertBulk insertBulk(Parser& in) {
     InsertBulk node{in.tableName(), {}};
-    node.columns = in.parenthesized([&] {
-        return in.list([&] {
-            std::string name = in.expectName();
-            in.type(TypeUse::Cast);
-            if (in.at("COLLATE")) in.collation();
-            return name;
-        });
+    node.columns = in.inList([&] {
+        std::string name = in.expectName();
+        in.type(TypeUse::Cast);
+        if (in.at("COLLATE")) in.collation();
+        return name;
     });
     const auto option = [&] {
         const std::string_view word = in.takeToken().raw;
         node.keepsNulls = node.keepsNulls || sameWord(word, "KEEP_NULLS");
+        node.firesTriggers = node.firesTriggers || sameWord(word, "FIRE_TRIGGERS");
         if (in.accept("=")) in.expectInteger();
         if (in.at("(")) in.skipParenthesized();
         return word;
     };
-    if (in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    if (in.accept("WITH")) in.inList(option);
     return node;
 }
 
@@ -91,34 +85,23 @@ SetClause setClause(Parser& in) {
     return clause;
 }
 
-// The rest of UPDATE and DELETE: FROM, WHERE, OPTION.
-void affectedRows(Parser& in, Change& node) {
+// UPDATE or DELETE
+template <typename Node>
+Node changeOfRows(Parser& in) {
+    Node node;
+    node.top = in.top();
+    if constexpr (std::is_same_v<Node, Delete>) in.accept("FROM");
+    node.table = in.tableName();
+    in.tableHints();
+    if constexpr (std::is_same_v<Node, Update>) {
+        in.expect("SET");
+        node.sets = in.list([&] { return setClause(in); });
+    }
+    node.output = output(in);
     if (in.accept("FROM")) node.from = in.from();
     in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
     if (in.accept("WHERE")) node.where = in.condition();
     node.maxRecursion = in.options();
-}
-
-Update update(Parser& in) {
-    Update node;
-    node.top = in.top();
-    node.table = in.tableName();
-    in.tableHints();
-    in.expect("SET");
-    node.sets = in.list([&] { return setClause(in); });
-    node.output = output(in);
-    affectedRows(in, node);
-    return node;
-}
-
-Delete remove(Parser& in) {
-    Delete node;
-    node.top = in.top();
-    in.accept("FROM");
-    node.table = in.tableName();
-    in.tableHints();
-    node.output = output(in);
-    affectedRows(in, node);
     return node;
 }
 
@@ -131,13 +114,11 @@ Delete remove(Parser& in) {
 
 // a, b DESC
 std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
-    return in.parenthesized([&] {
-        return in.list([&] {
-            std::string name = in.expectName();
-            const bool descending = in.accept("DESC");
-            if (!descending) in.accept("ASC");
-            return std::pair(std::move(name), descending);
-        });
+    return in.inList([&] {
+        std::string name = in.expectName();
+        const bool descending = in.accept("DESC");
+        if (!descending) in.accept("ASC");
+        return std::pair(std::move(name), descending);
     });
 }
 
@@ -162,7 +143,7 @@ void indexStorage(Parser& in) {
         return in.takeToken().kind;
     };
     if (in.accept("WITH FILLFACTOR =")) in.expectInteger();
-    if (in.at("WITH (") && in.accept("WITH")) in.parenthesized([&] { return in.list(option); });
+    if (in.at("WITH (") && in.accept("WITH")) in.inList(option);
     fileGroup(in);
 }
 
@@ -337,8 +318,25 @@ void dropParts(Parser& in, AlterTable& table) {
     } while (in.accept(","));
 }
 
+// ALL, which is an empty list, or names
+std::vector<ObjectName> triggerNames(Parser& in) {
+    if (in.accept("ALL")) return {};
+    return in.list([&] { return in.objectName(); });
+}
+
+// ON table
+ObjectName tableOfTrigger(Parser& in) {
+    in.expect("ON");
+    for (const auto place : {"DATABASE", "ALL SERVER"})
+        in.throwIfAt(place, std::string("triggers ON ") + place);
+    return in.objectName();
+}
+
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
+    for (const bool enables : {true, false})
+        if (in.accept(enables ? "ENABLE TRIGGER" : "DISABLE TRIGGER"))
+            return SwitchTriggers{enables, triggerNames(in), std::move(node.added.table), true};
     constexpr std::pair<std::string_view, bool> kRows[] = {{"WITH CHECK", true}, {"WITH NOCHECK", false}};
     constexpr std::pair<std::string_view, bool> kStates[] = {{"CHECK CONSTRAINT", true},
                                                              {"NOCHECK CONSTRAINT", false}};
@@ -370,7 +368,7 @@ void moduleOptions(Parser& in) {
         in.accept("EXEC");
         if (!in.acceptAny({"RECOMPILE", "SCHEMABINDING", "VIEW_METADATA", "CALLED ON NULL INPUT",
                            "EXECUTE AS CALLER", "EXECUTE AS OWNER", "EXECUTE AS SELF"}))
-            in.throwUnsupported("WITH " + toUpper(in.near()) + " of a procedure, function or view");
+            in.throwUnsupported("WITH " + toUpper(in.near()) + " of a procedure, function, view or trigger");
         return true;
     };
     if (in.accept("WITH")) in.list(option);
@@ -413,22 +411,34 @@ void moduleBody(Parser& in, CreateModule& module) {
         throw SyntaxError(sqlError(message::kFunctionWithoutFinalReturn, {}, 2), in.peek().line);
 }
 
+// ON table [WITH options] FOR | AFTER | INSTEAD OF event, ...
+void triggerEvents(Parser& in, CreateModule& trigger) {
+    trigger.table = tableOfTrigger(in);
+    moduleOptions(in);
+    trigger.insteadOf = in.accept("INSTEAD OF");
+    if (!trigger.insteadOf && !in.acceptAny({"FOR", "AFTER"})) in.throwSyntaxError();
+    trigger.events = in.list([&] {
+        std::string event = toUpper(in.near());
+        if (!in.acceptAny({"INSERT", "UPDATE", "DELETE"})) in.throwSyntaxError();
+        return event;
+    });
+    in.accept("NOT FOR REPLICATION");
+}
+
 Statement::Node createModule(Parser& in, CreateModule module) {
-    const bool view = in.at("VIEW");
-    module.function = in.at("FUNCTION");
-    in.takeToken();
+    const std::string word = toUpper(in.takeToken().raw), kind = word == "PROC" ? "PROCEDURE" : word;
+    module.function = kind == "FUNCTION";
     module.name = in.objectName();
     if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
-    const std::string_view kind = view ? "VIEW" : module.function ? "FUNCTION" : "PROCEDURE";
     if (!module.name.database.empty())
         throw SyntaxError(sqlError(message::kDatabaseInModuleName, {kind}), module.name.line);
     in.m_procedure = module.name.name;
-    if (view) {
+    if (kind == "VIEW") {
         if (in.at("(")) module.columns = in.columnNames();
         moduleQuery(in, module);
         return module;
     }
-    parameters(in, module);
+    kind == "TRIGGER" ? triggerEvents(in, module) : parameters(in, module);
     if (module.function) {
         in.expect("RETURNS");
         if (in.atVariable()) in.throwUnsupported("table-valued functions of several statements");
@@ -458,7 +468,7 @@ Statement::Node alterDatabase(Parser& in) {
     if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
     do  // settings that every database has
         if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
-                           "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM"}))
+                           "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM", "RECURSIVE_TRIGGERS OFF"}))
             throwUnsupportedObject(in, "ALTER DATABASE ... SET");
     while (in.accept(","));
     in.acceptAny({"WITH ROLLBACK IMMEDIATE", "WITH NO_WAIT"});
@@ -524,8 +534,8 @@ Statement::Node parseRows(Parser& in) {
         return node;
     };
     if (in.accept("INSERT")) return change(insert(in));
-    if (in.accept("UPDATE")) return change(update(in));
-    if (in.accept("DELETE")) return change(remove(in));
+    if (in.accept("UPDATE")) return change(changeOfRows<Update>(in));
+    if (in.accept("DELETE")) return change(changeOfRows<Delete>(in));
     if (!in.atQuery()) in.throwSyntaxError();
     SelectStatement statement;
     in.m_into = &statement.into;
@@ -540,7 +550,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
     const bool procedure = in.at("PROCEDURE") || in.at("PROC");
-    if (procedure || in.at("FUNCTION") || in.at("VIEW")) {
+    if (procedure || in.at("FUNCTION") || in.at("VIEW") || in.at("TRIGGER")) {
         if (first) return createModule(in, std::move(module));
         throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
                                    {procedure ? "CREATE/ALTER PROCEDURE"
@@ -566,10 +576,11 @@ Statement::Node parseDefinition(Parser& in, bool create) {
 
 Statement::Node parseDrop(Parser& in) {
     constexpr std::pair<std::string_view, ObjectKind> kKinds[] = {
-        {"TABLE", ObjectKind::Table},    {"PROCEDURE", ObjectKind::Procedure},
-        {"PROC", ObjectKind::Procedure}, {"FUNCTION", ObjectKind::Function},
-        {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
-        {"VIEW", ObjectKind::View},      {"SCHEMA", ObjectKind::Schema},
+        {"TABLE", ObjectKind::Table},     {"PROCEDURE", ObjectKind::Procedure},
+        {"PROC", ObjectKind::Procedure},  {"FUNCTION", ObjectKind::Function},
+        {"INDEX", ObjectKind::Index},     {"DATABASE", ObjectKind::Database},
+        {"VIEW", ObjectKind::View},       {"SCHEMA", ObjectKind::Schema},
+        {"TRIGGER", ObjectKind::Trigger},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) throwUnsupportedObject(in, "DROP");
@@ -579,6 +590,13 @@ Statement::Node parseDrop(Parser& in) {
         node.indexes = in.list([&] { return droppedIndex(in); });
     else
         node.names = in.list([&] { return isPlain ? ObjectName{{}, {}, in.expectName()} : in.objectName(); });
+    if (*kind == ObjectKind::Trigger) in.throwIfAt("ON", "triggers ON DATABASE or ALL SERVER");
+    return node;
+}
+
+Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
+    SwitchTriggers node{enables, triggerNames(in), {}};
+    node.table = tableOfTrigger(in);
     return node;
 }
 

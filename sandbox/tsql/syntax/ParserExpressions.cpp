@@ -1,14 +1,8 @@
 // Expressions and conditions.
-#include <utility>
 
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -77,7 +71,8 @@ Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
     if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{std::move(left)};
     if (kind == Predicate::In)
         return in.parenthesized([&]() -> Expr::Node {
-            if (in.atQuery()) return InQuery{std::move(left), in.subquery()};
+            if (in.atQuery())
+                return CompareQuery{CompareOp::Equal, /*all=*/false, std::move(left), in.subquery()};
             return InList{std::move(left), in.expressions()};
         });
     ExprPtr first = operand();
@@ -175,7 +170,11 @@ ExprPtr iif(Parser& in) {
     Case node;
     in.expect("(");
     auto& [when, then] = node.branches.emplace_back(in.condition(), nullptr);
-    in.sequence(&Parser::expression, ",", then, ",", node.otherwise, ")");
+    in.expect(",");
+    then = in.expression();
+    in.expect(",");
+    node.otherwise = in.expression();
+    in.expect(")");
     return make(line, std::move(node));
 }
 
@@ -243,6 +242,17 @@ ExprPtr call(Parser& in, ObjectName name) {
     return make(line, std::move(call));
 }
 
+// UPDATE(column) in a trigger
+ExprPtr updated(Parser& in) {
+    const int line = in.takeToken().line;
+    if (!in.m_module || !in.m_module->isTrigger()) in.throwSyntaxError();
+    Call call{{"", "", "update", line}, {}};
+    const std::string column = in.parenthesized([&] { return in.expectName(); });
+    call.arguments.push_back(make(line, Literal{textLiteral(column, /*national=*/true)}));
+    return make(line, Compare{CompareOp::Equal, make(line, std::move(call)),
+                              make(line, Literal{numericLiteral("1")})});
+}
+
 // Column or function call.
 ExprPtr named(Parser& in) {
     const Token& first = in.peek();
@@ -279,10 +289,6 @@ ExprPtr Parser::condition() {
 ExprPtr Parser::expressionOrCondition() {
     const Temporarily deeper(m_depth, nextDepth());
     return operators(kOr);
-}
-
-std::vector<ExprPtr> Parser::expressions() {
-    return list([this] { return expression(); });
 }
 
 // Only built-in functions accept DISTINCT or ALL. Only functions with a schema accept DEFAULT, which is a
@@ -351,6 +357,7 @@ ExprPtr Parser::primary() {
     if (at("CASE")) return caseOf(*this);
     if (at("CAST (") || at("TRY_CAST (") || at("CONVERT") || at("TRY_CONVERT")) return conversion(*this);
     if (at("IIF (")) return iif(*this);
+    if (at("UPDATE (")) return updated(*this);
     if (accept("EXISTS")) return make(token.line, Exists{parenthesized([this] { return subquery(); })});
     return named(*this);
 }

@@ -1,14 +1,9 @@
 // SELECT and its clauses.
 #include <limits>
 
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -214,10 +209,6 @@ bool Parser::atQuery() const {
     std::size_t ahead = 0;
     while (at("(", ahead)) ++ahead;
     return at("SELECT", ahead) || (ahead == 0 && at("WITH"));
-}
-
-QueryPtr Parser::query() {
-    return queryBehind(commonTables());
 }
 
 QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {

@@ -1,12 +1,7 @@
 // Control flow, variables, settings, calls, cursors, transactions, backup.
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -207,7 +202,8 @@ Statement::Node returnValue(Parser& in) {
                        in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
                        in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
     if (ends || !value) return Return{};
-    if (!in.m_module) throw SyntaxError(sqlError(message::kReturnWithValueHere), in.peek().line);
+    if (!in.m_module || in.m_module->isTrigger())
+        throw SyntaxError(sqlError(message::kReturnWithValueHere), in.peek().line);
     return Return{in.expression()};
 }
 
@@ -223,8 +219,9 @@ void withOptions(Parser& in, const std::string& verb, Accept accept) {
 Statement::Node raiseError(Parser& in) {
     if (!in.at("(")) in.throwUnsupported("RAISERROR without parentheses");
     RaiseError node;
-    in.sequence(&Parser::constant, "(", node.message, ",", node.severity, ",", node.state);
-    if (in.accept(",")) node.arguments = in.list([&] { return in.constant(); });
+    in.expect("(");
+    node.values = in.list([&] { return in.constant(); });
+    if (node.values.size() < 3) in.throwSyntaxError();
     in.expect(")");
     const std::pair<std::string_view, bool*> kOptions[] = {
         {"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}};
@@ -238,7 +235,8 @@ Statement::Node raiseError(Parser& in) {
 Statement::Node throwError(Parser& in) {
     Throw node;
     if (in.peek().kind == TokenKind::Number || in.atVariable())
-        in.sequence(&Parser::constant, node.number, ",", node.message, ",", node.state);
+        node.values = in.list([&] { return in.constant(); });
+    if (!node.values.empty() && node.values.size() != 3) in.throwSyntaxError();
     return node;
 }
 
@@ -426,7 +424,7 @@ Statement::Node dbcc(Parser& in) {
     if (hasEffect)
         identityCheck(in, node);
     else if (in.at("("))
-        in.parenthesized([&] { return in.list([&] { return in.expression(); }); });
+        in.inList([&] { return in.expression(); });
     withOptions(in, "DBCC " + verb, [&] { return node.onlyFaults = in.accept("NO_INFOMSGS"); });
     return node;
 }
@@ -476,6 +474,8 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"CREATE", [](Parser& in) { return parseDefinition(in, /*create=*/true); }},
     {"ALTER", [](Parser& in) { return parseDefinition(in, /*create=*/false); }},
     {"DROP", parseDrop},
+    {"ENABLE TRIGGER", [](Parser& in) { return parseTriggerSwitch(in, /*enables=*/true); }},
+    {"DISABLE TRIGGER", [](Parser& in) { return parseTriggerSwitch(in, /*enables=*/false); }},
     {"PRINT", [](Parser& in) -> Statement::Node { return Print{in.scalar(&Parser::expression)}; }},
     {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
@@ -501,7 +501,8 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
 
 Block Parser::batch() {
     Block first;
-    if (atName() && !at("THROW") && !at(":", 1)) {  // procedure call without EXEC: only as first statement
+    if (atName() && !at("THROW") && !at(":", 1) &&
+        !at("TRIGGER", 1)) {  // procedure call without EXEC: only as first statement
         const int line = peek().line;
         first.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
     }
@@ -590,7 +591,7 @@ Declaration Parser::declaration(bool isParameter) {
     if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
         throw SyntaxError(sqlError(message::kVariableAlreadyDeclared, {name.raw}), name.line);
     (node.table ? m_declaredTables : m_declared).insert(node.name);
-    if (!isParameter && !node.table) m_locals.push_back({node.name, node.type});
+    if (!isParameter && !node.table) m_locals.emplace_back(node.name, node.type);
     return node;
 }
 

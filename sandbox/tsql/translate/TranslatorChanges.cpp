@@ -1,13 +1,7 @@
-#include <algorithm>
-
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -30,10 +24,6 @@ const ObjectName& Translator::targetName(const ObjectName& name, const std::vect
     return name;
 }
 
-std::string Translator::assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
-    return emitAssign(value, column.type, target.fullName(), column.name).sql;
-}
-
 Typed Translator::defaultOf(const TableColumn& column) {
     if (column.byDefault.empty()) return nullLiteral();
     return value(*parseExpression(column.byDefault));
@@ -49,12 +39,23 @@ Typed Translator::cell(const Expr& expr) {
     return typedConstant("?" + std::to_string(m_parameters.size()), literal->constant);
 }
 
-ColumnList Translator::absentDefaults(const TableInfo& target, const ColumnList& columns) const {
-    ColumnList absent;
+// Returns `columns` and the other columns that have defaults.
+ColumnList Translator::filledColumns(const TableInfo& target, const ColumnList& columns) {
+    ColumnList filled = columns;
     for (const auto& column : target.columns)
         if (!column.byDefault.empty() && std::ranges::find(columns, &column) == columns.end())
-            absent.push_back(&column);
-    return absent;
+            filled.push_back(&column);
+    return filled;
+}
+
+// Returns the values of a row. Those after `cells` are defaults.
+std::string Translator::rowText(const TableInfo& target, const ColumnList& columns,
+                                const std::vector<Typed>& cells) {
+    std::string row;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        row += (i ? ", " : "") +
+               assigned(i < cells.size() ? cells[i] : defaultOf(*columns[i]), target, *columns[i]);
+    return row;
 }
 
 std::string Translator::insertText(const TableInfo& target, const ColumnList& columns,
@@ -66,45 +67,21 @@ std::string Translator::insertText(const TableInfo& target, const ColumnList& co
 }
 
 std::string Translator::insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert) {
-    const auto absent = absentDefaults(target, columns);
-    ColumnList all = columns;
-    all.insert(all.end(), absent.begin(), absent.end());
+    const ColumnList all = filledColumns(target, columns);
     if (all.empty())
         return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES" +
                returning(target, insert.output, "inserted");
-    const std::vector<ExprPtr> none;
-    std::string rows;
-    const auto addRow = [&](const std::vector<ExprPtr>& cells) {
-        std::string row;
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            const bool given = i < cells.size() && cells[i];
-            const Typed typed = given ? cell(*cells[i]) : defaultOf(*all[i]);
-            row += (i ? ", " : "") + assigned(typed, target, *all[i]);
-        }
-        rows += (rows.empty() ? "VALUES (" : ", (") + row + ")";
-    };
-    if (insert.defaultValues) addRow(none);
+    std::string rows = insert.defaultValues ? "VALUES (" + rowText(target, all, {}) + ")" : "";
     for (const auto& row : insert.rows) {
         if (row.size() != columns.size())
             throw sqlError(row.size() < columns.size() ? message::kMoreInsertColumnsThanValues
                                                        : message::kFewerInsertColumnsThanValues);
-        addRow(row);
+        std::vector<Typed> cells;
+        for (const auto& each : row) cells.push_back(each ? cell(*each) : defaultOf(*columns[cells.size()]));
+        rows += (rows.empty() ? "VALUES (" : ", (") + rowText(target, all, cells) + ")";
     }
     if (insert.top) rows = limited(rows, insert.top);
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
-}
-
-// Appends the defaults of the absent columns to the cells of a row.
-std::string Translator::insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
-                                    std::string_view before, std::string_view after) {
-    for (const auto* column : absentDefaults(target, columns)) {
-        cells.push_back(defaultOf(*column));
-        columns.push_back(column);
-    }
-    std::string list;
-    for (std::size_t i = 0; i < cells.size(); ++i)
-        list += (i ? ", " : "") + assigned(cells[i], target, *columns[i]);
-    return insertText(target, columns, std::string(before).append(list).append(after));
 }
 
 std::string Translator::insertQuery(const TableInfo& target, const ColumnList& columns,
@@ -116,15 +93,18 @@ std::string Translator::insertQuery(const TableInfo& target, const ColumnList& c
                                                             : message::kMoreSelectedThanInserted);
     std::vector<Typed> cells;
     for (const auto& output : text.columns) cells.push_back({output.alias, output.column.type});
-    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql, insert.top) + ")") +
-           returning(target, insert.output, "inserted");
+    const ColumnList all = filledColumns(target, columns);
+    const std::string rows =
+        "SELECT " + rowText(target, all, cells) + " FROM (" + limited(text.sql, insert.top) + ")";
+    return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
 std::string Translator::insertParameters(const TableInfo& target, const ColumnList& columns,
                                          const std::vector<SqlType>& types) {
     std::vector<Typed> cells;
     for (const SqlType& type : types) cells.push_back({"?" + std::to_string(cells.size() + 1), type});
-    return insertCells(target, columns, cells, "VALUES (", ")");
+    const ColumnList all = filledColumns(target, columns);
+    return insertText(target, all, "VALUES (" + rowText(target, all, cells) + ")");
 }
 
 Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
@@ -143,25 +123,29 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
     }
 }
 
-// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. `sets`: of an
-// UPDATE. Its other columns have their old values; those of the changed columns have no SQL.
+// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. With a record
+// of the changed rows, OUTPUT is a query of it instead.
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
-                                  const std::string& exposed, const std::vector<SetClause>& sets) {
+                                  const std::string& exposed, const std::string& record) {
     if (!output) return {};
     Scope scope;
     m_scope = &scope;
     addSource(target, exposed, {});
-    if (!sets.empty()) addSource(target, "deleted", {});
-    for (auto& column : scope.sources.back().columns)
-        if (std::ranges::any_of(sets, [&](const auto& set) { return sameText(set.column, column.name); }))
-            column.sql.clear();
+    if (!record.empty()) {
+        addSource(target, "deleted", {});
+        for (auto& source : scope.sources)
+            for (auto& column : source.columns)
+                column.sql = quotedName((source.exposed == "deleted" ? "old " : "new ") + column.name);
+    }
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
         selectItem(item, m_output, list, /*collate=*/false);
     }
     m_scope = nullptr;
-    return " RETURNING " + list;
+    if (record.empty()) return " RETURNING " + list;
+    m_output.sql = "SELECT " + list + " FROM temp." + record;
+    return {};
 }
 
 // RETURNING for SET @variable = column = value: the variable gets the new value of the column.
@@ -204,13 +188,13 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
     return (sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias;
 }
 
-std::string Translator::update(const TableInfo& target, const Update& update) {
+std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
     m_topLevel = false;
     Scope scope;
     m_scope = &scope;
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
-    const bool simple = update.from.empty() && !update.top && m_names.mostRows() == 0;
+    const bool simple = update.from.empty() && !update.top && m_names.mostRows() == 0 && !target.isShadow;
     std::string picked, sets, moved, away, kept;
     std::set<const TableColumn*> seen;
     for (const auto& clause : update.sets) {
@@ -236,7 +220,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
     const std::string top = changeLimit(update.top);
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
-        returning(target, update.output, "inserted", update.sets) + returnedToVariables(target, update);
+        returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
         const auto set = std::ranges::find_if(
@@ -276,7 +260,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     const std::string top = changeLimit(statement.top);
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
-    if (statement.from.empty() && top.empty())
+    if (statement.from.empty() && top.empty() && !target.isShadow)
         return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where +
                returned;
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +

@@ -1,12 +1,6 @@
-#include <algorithm>
-
-#include "messages/Messages.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -24,11 +18,8 @@ Typed Translator::value(const Expr& expr) {
     const std::size_t loose = m_scope ? m_scope->loose.size() : 0;
     Typed result = std::visit(
         [this](const auto& each) -> Typed {
-            if constexpr (requires { node(each); })
-                return node(each);
-            else
-                throw SqlError(message::kConditionExpected, "A condition stands where a value is expected.",
-                               15);
+            if constexpr (requires { node(each); }) return node(each);
+            throw std::logic_error("The parser allows no condition here.");
         },
         expr.node);
     // A whole GROUP BY expression is allowed anywhere, including its columns.
@@ -39,11 +30,8 @@ Typed Translator::value(const Expr& expr) {
 std::string Translator::condition(const Expr& expr) {
     return std::visit(
         [this](const auto& each) -> std::string {
-            if constexpr (requires { test(each); })
-                return test(each);
-            else
-                throw SqlError(message::kConditionExpected, "A value stands where a condition is expected.",
-                               15);
+            if constexpr (requires { test(each); }) return test(each);
+            throw std::logic_error("The parser allows no value here.");
         },
         expr.node);
 }
@@ -52,14 +40,6 @@ std::vector<Typed> Translator::values(const std::vector<ExprPtr>& exprs) {
     std::vector<Typed> typed(exprs.size());
     std::ranges::transform(exprs, typed.begin(), [this](const ExprPtr& expr) { return value(*expr); });
     return typed;
-}
-
-Typed Translator::node(const Literal& literal) {
-    return tsql::literal(literal.constant);
-}
-
-std::string Translator::liveValue(const std::string& key) {
-    return "ts_variable(" + quotedText(key) + ")";
 }
 
 Typed Translator::node(const VariableRef& variable) {
@@ -109,7 +89,6 @@ Typed Translator::node(const ColumnRef& column) {
         if (!found && source)
             throw sqlError(message::kInvalidColumnName, {column.path.back()});  // its table is known
         if (!found) continue;
-        if (found->sql.empty()) throw unsupported(kOldValue);
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name
                                                            : source->exposed + "." + found->name);
@@ -271,13 +250,10 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
 Typed Translator::node(const ScalarQuery& scalar) {
     const QueryText text = query(*scalar.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
-    return {singleValue(text), text.columns.front().column.type};
-}
-
-// ts_single reports more than one row as an error; SQLite alone would use the first row.
-std::string Translator::singleValue(const QueryText& text) {
-    if (text.oneRow) return "(" + text.sql + ")";
-    return "(SELECT ts_single(count(*), " + text.columns.front().alias + ") FROM (" + text.sql + "))";
+    const auto& [column, alias, isNull] = text.columns.front();
+    if (text.oneRow) return {"(" + text.sql + ")", column.type};
+    // ts_single reports more than one row as an error; SQLite alone would use the first row.
+    return {"(SELECT ts_single(count(*), " + alias + ") FROM (" + text.sql + "))", column.type};
 }
 
 std::string Translator::test(const Compare& compare) {
@@ -291,14 +267,6 @@ std::string Translator::test(const Logic& logic) {
     const bool joins = inner && inner->isAnd == logic.isAnd;  // a AND b: "(a AND b" AND c
     return (joins ? left.substr(0, left.size() - 1) : "(" + left) + (logic.isAnd ? " AND " : " OR ") +
            condition(*logic.right) + ")";
-}
-
-std::string Translator::test(const Not& negation) {
-    return "(NOT " + condition(*negation.operand) + ")";
-}
-
-std::string Translator::test(const IsNull& isNull) {
-    return "(" + value(*isNull.operand).sql + " IS NULL)";
 }
 
 std::string Translator::test(const Between& between) {
@@ -315,33 +283,28 @@ std::string Translator::test(const InList& in) {
     return "(" + key(items.back()) + " IN (" + commaList(std::span(items).first(in.items.size()), key) + "))";
 }
 
-std::string Translator::test(const InQuery& in) {
-    const Typed operand = value(*in.operand);
-    const QueryText text = query(*in.query);
-    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
-    const Typed column{text.columns.front().alias, text.columns.front().column.type};
-    const Typed both[] = {operand, column};
-    const SqlType type = comparedType(both);
-    const Typed coerced = coerce(column, type);
-    const std::string inner = isBinary(type.id) ? comparable(coerced) : coerced.sql;
-    const std::string rows = inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")";
-    return "(" + comparable(coerce(operand, type)) + " IN (" + rows + "))";
-}
-
 // A false comparison decides ALL, a true one ANY. Without it, an unknown one makes the result unknown.
 std::string Translator::test(const CompareQuery& compare) {
     const bool before = m_scope && std::exchange(m_scope->sawAggregate, false);
     const Typed operand = value(*compare.operand);
-    if (m_scope && std::exchange(m_scope->sawAggregate, before))
-        throw unsupported("an aggregate compared with ALL, ANY or SOME");
+    const bool aggregate = m_scope && m_scope->sawAggregate;
+    if (m_scope) m_scope->sawAggregate = before || aggregate;
     const QueryText text = query(*compare.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
-    const OutputColumn& column = text.columns.front();
+    const Typed column{text.columns.front().alias, text.columns.front().column.type};
+    if (compare.op == CompareOp::Equal && !compare.all) {
+        const Typed both[] = {operand, column};
+        const SqlType type = comparedType(both);
+        const Typed coerced = coerce(column, type);
+        const std::string inner = isBinary(type.id) ? comparable(coerced) : coerced.sql;
+        return "(" + comparable(coerce(operand, type)) + " IN (" +
+               (inner == column.sql ? text.sql : "SELECT " + inner + " FROM (" + text.sql + ")") + "))";
+    }
+    if (aggregate) throw unsupported("an aggregate compared with ALL, ANY or SOME");
     const std::string decisive = compare.all ? "0" : "1", otherwise = compare.all ? "1" : "0";
     return "(SELECT CASE WHEN sum(t IS " + decisive + ") > 0 THEN " + decisive +
            " WHEN count(t) = count(*) THEN " + otherwise + " END FROM (SELECT " +
-           emitCompare(compare.op, operand, {column.alias, column.column.type}) + " AS t FROM (" + text.sql +
-           ")))";
+           emitCompare(compare.op, operand, column) + " AS t FROM (" + text.sql + ")))";
 }
 
 std::string Translator::test(const Like& like) {
@@ -350,10 +313,6 @@ std::string Translator::test(const Like& like) {
     if (!like.escape) return emitLike(operand, pattern, nullptr);
     const Typed escape = value(*like.escape);
     return emitLike(operand, pattern, &escape);
-}
-
-std::string Translator::test(const Exists& exists) {
-    return "EXISTS (" + query(*exists.query).sql + ")";
 }
 
 }  // namespace tsql

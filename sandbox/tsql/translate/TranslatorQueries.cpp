@@ -1,13 +1,6 @@
-#include <algorithm>
-
-#include "messages/Messages.h"
 #include "translate/Translator.h"
-#include "types/Finally.h"
-#include "types/Text.h"
 
 namespace tsql {
-
-using namespace ast;
 
 namespace {
 
@@ -193,7 +186,6 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         if (!isNamed(source, item.starOf)) continue;
         any = true;
         for (const auto& column : source.columns) {
-            if (column.sql.empty()) throw unsupported(kOldValue);
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
@@ -421,7 +413,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             if (!sameText(m_with[i].table->name, table.name.name)) continue;
             if (!m_with[i].recursive.empty()) return recursiveReference(m_with[i], exposed);
             const auto all = m_with;
-            const ast::CommonTable& common = *all[i].table;
+            const CommonTable& common = *all[i].table;
             m_with.resize(i);  // it sees only those before it
             std::string sql = isRecursive(common) ? recursiveTable(common, exposed)
                                                   : derivedTable(*common.query, common.columns, exposed);
@@ -459,7 +451,7 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
     for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
-        const Temporarily noCommonTables(m_with, std::vector<CommonTable>());
+        const Temporarily noCommonTables(m_with, std::vector<NamedQuery>());
         const Temporarily onlyArguments(m_live, std::move(arguments));
         const Temporarily noOuterQuery(m_scope->outer, nullptr);
         sql = derivedTable(*stored.module->query, stored.module->columns, alias);
@@ -524,7 +516,7 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
 }
 
 // Anchor UNION ALL recursive part. Every row has its depth, which is checked against the recursion limit.
-std::string Translator::recursiveTable(const ast::CommonTable& table, const std::string& alias) {
+std::string Translator::recursiveTable(const CommonTable& table, const std::string& alias) {
     const auto& operation = std::get<SetOperation>(table.query->body);
     const std::string name = "r" + nextAlias();
     QueryText anchor;
@@ -547,7 +539,7 @@ std::string Translator::recursiveTable(const ast::CommonTable& table, const std:
            ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
 }
 
-std::string Translator::recursiveReference(const CommonTable& table, const std::string& alias) {
+std::string Translator::recursiveReference(const NamedQuery& table, const std::string& alias) {
     if (!m_depth.empty()) throw sqlError(message::kSeveralRecursiveReferences, {table.table->name});
     const std::string sqlAlias = addSource(table.columns, alias);
     m_depth = "ts_deeper(" + sqlAlias + ".depth, " + std::to_string(m_maxRecursion) + ")";

@@ -1,7 +1,5 @@
 // FOR XML: the rows of a query as one XML string.
-#include "messages/Messages.h"
 #include "translate/Translator.h"
-#include "types/Text.h"
 
 namespace tsql {
 
@@ -42,7 +40,7 @@ std::string orNothing(const std::string& sql) {
 
 }  // namespace
 
-QueryText Translator::forXml(const QueryText& rows, const ast::ForXml& xml) const {
+QueryText Translator::forXml(const QueryText& rows, const ForXml& xml) const {
     if (!m_assignments.empty()) throw unsupported("SELECT @variable = ... FOR XML");
     std::string attributes = "''", content = "''";
     for (const auto& output : rows.columns) {

@@ -91,8 +91,8 @@ OPTION (OPTIMIZE FOR (@p = 1), MAXDOP 1)
 --> i int | v int? | w int? | x int? | i int | v int? | w int? | x int?
 --> 1 | 1 | 7 | NULL | 1 | 1 | 7 | NULL
 --> 2 | NULL | 7 | NULL | 2 | NULL | 7 | NULL (2 rows)
-CREATE PROCEDURE hintedProc WITH ENCRYPTION AS SELECT 1 --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedProc: tsqlbox does not support WITH ENCRYPTION of a procedure, function or view.
-CREATE FUNCTION hintedFunction (@a int) RETURNS int WITH RETURNS NULL ON NULL INPUT AS BEGIN RETURN 1 END --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedFunction: tsqlbox does not support WITH RETURNS of a procedure, function or view.
+CREATE PROCEDURE hintedProc WITH ENCRYPTION AS SELECT 1 --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedProc: tsqlbox does not support WITH ENCRYPTION of a procedure, function, view or trigger.
+CREATE FUNCTION hintedFunction (@a int) RETURNS int WITH RETURNS NULL ON NULL INPUT AS BEGIN RETURN 1 END --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedFunction: tsqlbox does not support WITH RETURNS of a procedure, function, view or trigger.
 CREATE VIEW other.dbo.hintedView AS SELECT 1 AS a --> Msg 166, Level 15, State 1, Line 1: 'CREATE/ALTER VIEW' does not allow specifying the database name as a prefix to the object name.
 EXECUTE AS USER = 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support EXECUTE AS.
 EXEC sp_help WITH RESULT SETS NONE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support EXECUTE ... WITH RESULT SETS.

@@ -79,8 +79,13 @@ UPDATE part SET @got = n = n + 10 WHERE code = 'a'
 SELECT @got
 --> (1 changed)
 --> - int? = 11 (1 rows)
-UPDATE part SET n = 1 OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the old value of a changed column in the OUTPUT of UPDATE.
-UPDATE part SET n = 1 OUTPUT inserted.id, deleted.* --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the old value of a changed column in the OUTPUT of UPDATE.
+BEGIN TRAN UPDATE part SET n = 1 OUTPUT deleted.n ROLLBACK --> n int? = 11; 2; 3; 4 (4 rows)
+BEGIN TRAN UPDATE part SET n = n + 1 OUTPUT inserted.id, inserted.n, deleted.* ROLLBACK
+--> id int* | n int? | id int* | code varchar(10) | n int? | parent int?
+--> 1 | 12 | 1 | a | 11 | NULL
+--> 2 | 3 | 2 | b | 2 | 1
+--> 3 | 4 | 3 | c | 3 | 1
+--> 4 | 5 | 4 | d | 4 | 3 (4 rows)
 UPDATE TOP (1) p SET n = n + 1 OUTPUT deleted.id, inserted.n, deleted.code old FROM part p WHERE p.id > 0 --> id int* = 1 | n int? = 12 | old varchar(10) = a (1 rows)
 UPDATE part SET n = n OUTPUT id --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.

@@ -1,0 +1,73 @@
+// Record of the rows that a statement changes: a temporary table that triggers of SQLite fill.
+#pragma once
+
+#include <atomic>
+
+#include "catalogue/Catalogue.h"
+
+namespace tsql {
+
+class RowRecord {
+  public:
+    // Records what the verb (INSERT, UPDATE, DELETE) does to rows of the table until stop(). instead: the
+    // changes of target() are only recorded.
+    RowRecord(Connection& connection, const TableInfo& table, const std::string& verb, bool instead = false)
+        : m_connection(connection), m_target(table) {
+        static std::atomic<unsigned> records{0};
+        m_name = "tsqlbox_rows" + std::to_string(++records);
+        if (instead) {
+            m_connection.run("CREATE TEMP VIEW " + m_name + "_target AS SELECT _rowid_ AS _rowid_, * FROM " +
+                             table.sqlName());
+            m_target.schema = kTempSchema;
+            m_target.stored = m_name + "_target";
+            m_target.isShadow = true;
+        }
+        std::string columns, names, again;
+        for (const std::string prefix : {"old ", "new "})
+            for (const auto& each : table.columns) {
+                const std::string name = quotedName(prefix + each.name);
+                columns.append(", ").append(name).append(" ").append(storageClass(each.type));
+                names += ", " + name;
+                if (prefix == "new ")
+                    again.append(again.empty() ? "" : ", ").append(name + " = excluded." + name);
+            }
+        m_connection.run("CREATE TEMP TABLE " + m_name + " (ts_row UNIQUE" + columns + ")");
+        m_connection.run("CREATE TEMP TRIGGER " + m_name + "_change " + (instead ? "INSTEAD OF " : "AFTER ") +
+                         verb + " ON " + m_target.sqlName() + " BEGIN INSERT INTO " + m_name + " (ts_row" +
+                         names + ") VALUES (" + (verb == "DELETE" ? "OLD._rowid_, " : "NEW._rowid_, ") +
+                         values(verb == "INSERT" ? "" : "OLD.") + ", " +
+                         values(verb == "DELETE" ? "" : "NEW.") + ") ON CONFLICT (ts_row) DO UPDATE SET " +
+                         again + "; END");
+    }
+    ~RowRecord() {
+        stop();
+        drop("VIEW", "_target");
+        drop("TABLE", "");
+    }
+    RowRecord(const RowRecord&) = delete;
+    RowRecord& operator=(const RowRecord&) = delete;
+    void stop() { drop("TRIGGER", "_change"); }
+
+    // Name of the table with the row id (ts_row), the verb (ts_verb) and the values before and after the
+    // change. A row that is changed in several steps is recorded once.
+    const std::string& name() const { return m_name; }
+    const TableInfo& target() const { return m_target; }  // the table, or the view that stands for it
+
+  private:
+    std::string values(const std::string& row) const {
+        return commaList(m_target.columns, [&](const TableColumn& each) {
+            return row.empty() ? "NULL" : row + quotedName(each.name);
+        });
+    }
+    // A rollback may have dropped the object already.
+    void drop(const std::string& kind, const std::string& suffix) {
+        const std::string sql = "DROP " + kind + " IF EXISTS temp." + m_name + suffix;
+        sqlite3_exec(m_connection.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+    }
+
+    Connection& m_connection;
+    std::string m_name;
+    TableInfo m_target;
+};
+
+}  // namespace tsql
