@@ -100,23 +100,29 @@ Flow Executor::run(const RaiseError& raise) {
         const Value value = evaluate(expr, simpleType(TypeId::Int));
         return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
     };
-    const int severity = std::max(0, number(*raise.values[1]));
-    const int asked = number(*raise.values[2]);
-    const int state = asked < 0 ? 1 : std::min(asked, 255);
+    const int askedSeverity = number(*raise.values[1]);
+    const int askedState = number(*raise.values[2]);
+    int severity = std::max(0, askedSeverity);
+    const int state = askedState < 0 ? 1 : std::min(askedState, 255);
     constexpr int kTopUserSeverity = 18;
     if (severity > kTopUserSeverity && !raise.log) throw sqlError(message::kSeverityTooHigh);
     const TypedValue message = evaluate(*raise.values[0]);
+    std::string format = textOf(viewOf(message.value), message.type);
+    int raisedNumber = message::kUserDefined;
     if (isInteger(message.type.id)) {
-        constexpr std::int64_t kFirst = 13'000;
-        const auto* asks = std::get_if<std::int64_t>(&message.value);
-        throw sqlError(
-            asks && *asks >= kFirst ? message::kNoTextOfRaisedNumber : message::kInvalidRaisedNumber,
-            {textOf(viewOf(message.value), message.type), std::to_string(severity), std::to_string(state)});
+        constexpr int kFirst = 13'000;
+        raisedNumber = number(*raise.values[0]);
+        if (raisedNumber < kFirst || !hasText(raisedNumber))
+            throw sqlError(
+                raisedNumber < kFirst ? message::kInvalidRaisedNumber : message::kNoTextOfRaisedNumber,
+                {format, std::to_string(severity), std::to_string(state)});
+        const SqlError known = sqlError(raisedNumber);
+        format = known.what();
+        if (askedSeverity < 0) severity = known.severity;
     }
     std::vector<TypedValue> arguments;
     for (std::size_t i = 3; i < raise.values.size(); ++i) arguments.push_back(evaluate(*raise.values[i]));
-    const std::string text = raiseErrorText(textOf(viewOf(message.value), message.type), arguments);
-    const SqlError error(message::kUserDefined, text, severity, state);
+    const SqlError error(raisedNumber, raiseErrorText(format, arguments), severity, state);
     const Message raised = messageOf(error, m_line);
     if (severity > 10) {
         afterError(raised, /*raised=*/true);

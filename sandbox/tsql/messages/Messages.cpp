@@ -40,6 +40,10 @@ SqlError sqlError(int number, std::initializer_list<std::string_view> values, in
     return {number, text.append(rest), found->severity, state ? state : found->state};
 }
 
+bool hasText(int number) {
+    return findMessage(number) != nullptr;
+}
+
 Ends endOf(int number) {
     const MessageText* found = findMessage(number);
     return found ? found->ends : Ends::Statement;

@@ -27,6 +27,8 @@ namespace tsql {
 // the table's state unless it is 0, for numbers that SQL Server raises with several states.
 SqlError sqlError(int number, std::initializer_list<std::string_view> values = {}, int state = 0);
 
+bool hasText(int number);
+
 // What an error ends outside of TRY. Scope: the procedure or batch, but not the transaction, as for errors
 // that a compiler would find. Batch: the batch, whose transaction is rolled back.
 enum class Ends { Statement, Scope, Batch };

@@ -196,6 +196,6 @@ EXEC msdb..sp_tables
 --> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 1 | b | D | NULL | NULL | NULL
 --> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 2 | a | A | NULL | NULL | NULL (2 rows)
 --> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | NON_UNIQUE smallint? | INDEX_QUALIFIER nvarchar(128)? | INDEX_NAME nvarchar(128)? | TYPE smallint? | SEQ_IN_INDEX smallint? | COLUMN_NAME nvarchar(128)? | COLLATION varchar(1)? | CARDINALITY int? | PAGES int? | FILTER_CONDITION varchar(128)? (0 rows)
---> Msg 18054, Level 16, State 1, Line 1, Procedure sp_columns: Error 15250, severity 0, state 1 was raised, but no message with that error number was found in sys.messages. If error is larger than 50000, make sure the user-defined message is added using sp_addmessage.
---> Msg 18054, Level 16, State 1, Line 1, Procedure sp_fkeys: Error 15252, severity 0, state 1 was raised, but no message with that error number was found in sys.messages. If error is larger than 50000, make sure the user-defined message is added using sp_addmessage.
+--> Msg 15250, Level 16, State 1, Line 1, Procedure sp_columns: The database name component of the object qualifier must be the name of the current database.
+--> Msg 15252, Level 16, State 1, Line 1, Procedure sp_fkeys: The primary or foreign key table name must be given.
 --> TABLE_QUALIFIER nvarchar(128)? = msdb | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = backupset | TABLE_TYPE varchar(32)? = TABLE | REMARKS varchar(254)? = NULL (1 rows)

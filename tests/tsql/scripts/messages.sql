@@ -70,3 +70,12 @@ WAITFOR TIME '25:00'
 --> Msg 148, Level 15, State 1, Line 3: Incorrect time syntax in time string '25:00' used with WAITFOR.
 MERGE t USING s ON t.id = s.id WHEN MATCHED THEN DELETE OUTPUT $action; --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $action.
 SELECT IDENTITY(int, 1, 1) AS id INTO numbered FROM sys.objects --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SELECT IDENTITY() INTO.
+-- numbers of the server's own messages
+RAISERROR(15009, -1, -1, 'x', 'y')
+RAISERROR(15009, 5, 3, N'x', 'y')
+RAISERROR(12999, 16, 1)
+RAISERROR(13999, 16, 1)
+--> Msg 15009, Level 16, State 1, Line 2: The object 'x' does not exist in database 'y' or is invalid for this operation.
+--> Msg 15009, Level 5, State 3, Line 3: The object 'x' does not exist in database 'y' or is invalid for this operation.
+--> Msg 2732, Level 16, State 1, Line 4: Error number 12999 is invalid. The number must be from 13000 through 2147483647 and it cannot be 50000.
+--> Msg 18054, Level 16, State 1, Line 5: Error 13999, severity 16, state 1 was raised, but no message with that error number was found in sys.messages. If error is larger than 50000, make sure the user-defined message is added using sp_addmessage.
