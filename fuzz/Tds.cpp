@@ -4,13 +4,11 @@
 
 #include <chrono>
 
-#include "BulkLoad.h"
 #include "Fuzz.h"
 #include "Login.h"
 #include "PacketChannel.h"
-#include "Prelogin.h"
 #include "PreparedStatements.h"
-#include "Rpc.h"
+#include "Requests.h"
 #include "messages/Message.h"
 #include "types/Utf16.h"
 

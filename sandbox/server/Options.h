@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Certificate.h"
-#include "Prelogin.h"
+#include "Login.h"
 
 namespace server {
 

@@ -1,13 +1,10 @@
 #include "ClientConnection.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <thread>
 
-#include "BulkLoad.h"
 #include "Login.h"
-#include "Rpc.h"
-#include "TransactionRequest.h"
+#include "Requests.h"
 #include "messages/Messages.h"
 
 namespace tds {

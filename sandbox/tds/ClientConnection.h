@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "Credentials.h"
+#include "Login.h"
 #include "PacketChannel.h"
-#include "Prelogin.h"
 #include "PreparedStatements.h"
 #include "Response.h"
 #include "Sspi.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "PacketChannel.h"
-#include "WireValue.h"
+#include "WireType.h"
 #include "execute/Client.h"
 
 namespace tds {

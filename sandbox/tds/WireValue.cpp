@@ -1,9 +1,9 @@
-#include "WireValue.h"
-
+// Values on the wire, declared in WireType.h.
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
+#include "WireType.h"
 #include "messages/Messages.h"
 
 namespace tds {

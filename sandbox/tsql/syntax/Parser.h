@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <type_traits>
