@@ -9,7 +9,7 @@
 #include "PacketChannel.h"
 #include "PreparedStatements.h"
 #include "Requests.h"
-#include "messages/Message.h"
+#include "messages/Messages.h"
 #include "types/Utf16.h"
 
 namespace {

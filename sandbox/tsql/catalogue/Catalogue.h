@@ -1,5 +1,6 @@
 // Catalogue of a database: its tables, modules, constraints and indexes, stored in two tables of its SQLite
-// file. The catalogue of #tables is in the temporary schema of the connection.
+// file. The catalogue of #tables is in the temporary schema of the connection. System views are queries over
+// it.
 #pragma once
 
 #include <optional>
@@ -7,10 +8,42 @@
 #include <string_view>
 #include <vector>
 
-#include "catalogue/SchemaName.h"
+#include "messages/Messages.h"
 #include "storage/Connection.h"
+#include "types/Text.h"
 
 namespace tsql {
+
+// ---- names of objects in schemas. The catalogue and SQLite store an object of dbo under its bare name, any
+// other object under "schema", kSchemaEnd, "name".
+inline constexpr std::string_view kDefaultSchema = "dbo";
+inline constexpr char kSchemaEnd = '\x01';
+
+// schema: empty for dbo. Throws SqlError for a name that contains kSchemaEnd.
+inline std::string storedName(std::string_view schema, std::string_view name) {
+    if ((std::string(schema) + std::string(name)).find(kSchemaEnd) != std::string::npos)
+        throw unsupported("names with the character U+0001");
+    const bool isBare = schema.empty() || sameWord(schema, kDefaultSchema);
+    return isBare ? std::string(name) : std::string(schema) + kSchemaEnd + std::string(name);
+}
+
+inline std::string_view schemaOf(std::string_view stored) {
+    const auto end = stored.find(kSchemaEnd);
+    return end == std::string_view::npos ? kDefaultSchema : stored.substr(0, end);
+}
+
+inline std::string_view bareName(std::string_view stored) {
+    return stored.substr(stored.find(kSchemaEnd) + 1);
+}
+
+// The name in messages: "name" for an object of dbo, else "schema.name".
+inline std::string shownName(std::string stored) {
+    const auto end = stored.find(kSchemaEnd);
+    if (end != std::string::npos) stored[end] = '.';
+    return stored;
+}
+
+// ---- objects
 
 struct TableColumn {
     std::string name;
@@ -125,5 +158,19 @@ class Catalogue {
     std::string m_database;
     std::string m_schema;
 };
+
+// ---- system views
+
+// A system view (sysobjects, sys.tables, INFORMATION_SCHEMA.COLUMNS ...) as a query over the catalogue.
+struct SystemView {
+    std::string sql;
+    std::vector<TableColumn> columns;
+};
+std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
+                                     std::string_view sqliteSchema, std::string_view database,
+                                     const Storage& storage);
+// Returns the number of a database: 1 master, 2 tempdb, 3 model, 4 msdb, then the others by name. Empty for
+// an unknown name.
+std::optional<int> databaseId(const Storage& storage, std::string_view name);
 
 }  // namespace tsql

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "catalogue/Catalogue.h"
-#include "messages/Message.h"
 
 namespace tsql {
 

@@ -1,7 +1,7 @@
-#include "catalogue/SystemViews.h"
-
+// System views, each a query over the catalogue of a database.
 #include <algorithm>
 
+#include "catalogue/Catalogue.h"
 #include "syntax/Parser.h"
 #include "types/Text.h"
 
@@ -9,9 +9,10 @@ namespace tsql {
 namespace {
 
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
-//   $o, $c  tables of the catalogue    $d  name of the database     $s  SQLite's name of its schema     $L
-//   list of databases (name, id) $T      list of types (type)       $C  name of the collation    $S  list of
-//   sessions $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
+//   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
+//   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
+//   $T      list of types (type)
+//   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID(name)  number of the schema of the object with that stored name
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
 //   $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
@@ -36,9 +37,6 @@ THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
      R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
 smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
 ts_type_scale(c.type))"},
-    {"$STATE",
-     R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
-o.source GLOB 'WITH NOCHECK *')"},
     {"$NAMED",
      R"(DATA_TYPE sysname = ts_type_name(c.type); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
 CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN
@@ -269,11 +267,11 @@ SystemView read(const ViewText& view) {
 }
 
 std::string databaseList(const Storage& storage) {
-    std::string rows;
-    for (const auto& name : storage.databases())
-        rows += (rows.empty() ? "" : " UNION ALL ") + ("SELECT " + quotedText(name)) + " AS name, " +
-                std::to_string(*databaseId(storage, name)) + " AS id";
-    return "(" + rows + ")";
+    const auto row = [&](const std::string& name) {
+        return "(" + quotedText(name) + ", " + std::to_string(*databaseId(storage, name)) + ")";
+    };
+    return "(SELECT column1 AS name, column2 AS id FROM (VALUES " + commaList(storage.databases(), row) +
+           "))";
 }
 
 // Query for the list of sessions ($S). A session that waits is blocked by one with a transaction, if any.
@@ -301,15 +299,14 @@ std::string sessionList(const Storage& storage) {
 
 // Query for the list of types ($T), each type with its maximum size.
 std::string typeList() {
-    std::string rows;
+    std::vector<std::string> rows;
     for (int id = 0; id <= static_cast<int>(TypeId::Image); ++id) {
         SqlType type = simpleType(static_cast<TypeId>(id));
         if (type.id == TypeId::Decimal) type.precision = type.scale = 38;
         if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;
-        rows +=
-            (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(encodeType(type)) + " AS type";
+        rows.push_back("(" + std::to_string(encodeType(type)) + ")");
     }
-    return "(" + rows + ")";
+    return "(SELECT column1 AS type FROM (VALUES " + commaList(rows) + "))";
 }
 
 }  // namespace

@@ -17,7 +17,6 @@
 #include "execute/AppLocks.h"
 #include "execute/Client.h"
 #include "execute/Frame.h"
-#include "functions/FunctionContext.h"
 #include "functions/FunctionSession.h"
 #include "storage/Backup.h"
 #include "storage/Connection.h"

@@ -3,7 +3,6 @@
 
 #include "execute/Executor.h"
 #include "messages/Messages.h"
-#include "storage/Atomic.h"
 #include "types/Text.h"
 
 namespace tsql {

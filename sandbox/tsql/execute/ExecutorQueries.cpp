@@ -4,7 +4,6 @@
 
 #include "execute/Executor.h"
 #include "messages/Messages.h"
-#include "storage/Atomic.h"
 #include "types/Finally.h"
 #include "types/Text.h"
 

@@ -1,4 +1,4 @@
-// Interface through which functions registered in SQLite query their session.
+// What functions registered in SQLite know: their session, and the state that they share between calls.
 #pragma once
 
 #include <cstdint>
@@ -6,15 +6,16 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "catalogue/Catalogue.h"
-#include "messages/Message.h"
 #include "storage/Storage.h"
 #include "syntax/Ast.h"
-#include "types/SqlType.h"
+#include "types/DateTime.h"
 
 namespace tsql {
 
+// Interface through which the functions query their session.
 class FunctionSession {
   public:
     virtual ~FunctionSession() = default;
@@ -44,6 +45,38 @@ class FunctionSession {
     virtual const std::string& clientHost() const = 0;
     virtual const std::string& clientProgram() const = 0;
 };
+
+// State of the functions of one connection. Must outlive the connection.
+class FunctionContext {
+  public:
+    // `session` may be null if no function that needs it is called.
+    explicit FunctionContext(FunctionSession* session) : m_session(session) {}
+
+    // Resets the time, because GETDATE() is constant within a statement, and the error.
+    void beginStatement() {
+        m_now.reset();
+        m_error.reset();
+        m_nullLeftOut = false;
+    }
+    const Now& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
+    FunctionSession& session() { return *m_session; }
+
+    // The error that a function raised, valid after SQLite has returned SQLITE_ERROR.
+    void setError(const SqlError& error) { m_error = error; }
+    std::optional<SqlError> takeError() { return std::exchange(m_error, std::nullopt); }
+    // Records that an aggregate skipped a NULL.
+    void noteNullLeftOut() { m_nullLeftOut = true; }
+    bool takeNullLeftOut() { return std::exchange(m_nullLeftOut, false); }
+
+  private:
+    FunctionSession* m_session;
+    std::optional<Now> m_now;
+    std::optional<SqlError> m_error;
+    bool m_nullLeftOut = false;
+};
+
+// Registers the functions, aggregates and collation in a SQLite connection. Throws std::runtime_error.
+void registerFunctions(struct sqlite3* connection, FunctionContext& context);
 
 std::string hostName();
 Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)

@@ -70,7 +70,8 @@ std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) 
 
 std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& result) {
     const int digits = isExact(result.id) ? result.scale - pieces[0].type.scale : 0;
-    return "ts_avg_" + std::string(baseName(result.id)) + std::to_string(digits) + "(" + pieces[0].sql + ")";
+    return "ts_avg_" + std::string(baseName(result.id)) + "(" + pieces[0].sql + "," + std::to_string(digits) +
+           ")";
 }
 
 std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& result) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "functions/Operators.h"
 #include "functions/SqliteFunction.h"
-#include "functions/Typed.h"
 
 namespace tsql {
 

@@ -1,4 +1,4 @@
-#include "functions/FunctionContext.h"
+#include "functions/FunctionSession.h"
 
 #include <sqlite3.h>
 

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <cstdio>
 
-#include "catalogue/SystemViews.h"
 #include "functions/Functions.h"
 #include "messages/Messages.h"
 #include "syntax/Parser.h"
@@ -38,12 +37,25 @@ Value runNewSequentialId(const SqlCall& call) {
     return time.substr(0, 8) + "-" + time.substr(8, 4) + "-" + time.substr(12) + random;
 }
 
-using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
+// Properties as "name = value; name = value ...".
+constexpr std::string_view kDatabaseProperties =
+    "Status = ONLINE; IsAutoClose = 0; IsAutoShrink = 0; IsInStandBy = 0; Recovery = SIMPLE; "
+    "Updateability = READ_WRITE; UserAccess = MULTI_USER; Collation = SQL_Latin1_General_CP1_CI_AS";
+constexpr std::string_view kServerProperties =
+    "ProductVersion = 15.0.2000.5; ProductLevel = RTM; ProductMajorVersion = 15; ProductMinorVersion = 0; "
+    "ProductBuild = 2000; Edition = tsqlbox; EngineEdition = 3; IsClustered = 0; IsHadrEnabled = 0; "
+    "IsFullTextInstalled = 0; IsIntegratedSecurityOnly = 0; IsSingleUser = 0; "
+    "Collation = SQL_Latin1_General_CP1_CI_AS";
 
-Value propertyIn(const Properties& properties, std::string_view name) {
-    for (const auto& [property, value] : properties)
-        if (sameWord(property, name)) return value;
+Value propertyIn(std::string_view properties, std::string_view name) {
+    for (const std::string& each : listItems(properties))
+        if (sameWord(each.substr(0, each.find(' ')), name)) return each.substr(each.find('=') + 2);
     return Null{};
+}
+
+template <typename T>
+Value orNull(const std::optional<T>& value) {
+    return value ? Value(*value) : Value(Null{});
 }
 
 struct SessionFunctions {
@@ -57,48 +69,22 @@ struct SessionFunctions {
         return std::nullopt;
     }
 
-    static Value databaseName(const SqlCall& call) {
-        const auto name = databaseArgument(call, 0);
-        return name ? Value(*name) : Value(Null{});
-    }
+    static Value databaseName(const SqlCall& call) { return orNull(databaseArgument(call, 0)); }
 
     static Value databaseNumber(const SqlCall& call) {
-        const auto id = databaseId(session(call).storage(),
-                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
-        return id ? Value(*id) : Value(Null{});
+        return orNull(databaseId(session(call).storage(),
+                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
     }
 
     static Value databaseProperty(const SqlCall& call) {
         if (!session(call).storage().exists(call.text(0))) return Null{};
-        return propertyIn({{"Status", "ONLINE"},
-                           {"IsAutoClose", "0"},
-                           {"IsAutoShrink", "0"},
-                           {"IsInStandBy", "0"},
-                           {"Recovery", "SIMPLE"},
-                           {"Updateability", "READ_WRITE"},
-                           {"UserAccess", "MULTI_USER"},
-                           {"Collation", std::string(kCollationName)}},
-                          call.text(1));
+        return propertyIn(kDatabaseProperties, call.text(1));
     }
 
     static Value serverProperty(const SqlCall& call) {
-        return propertyIn({{"ProductVersion", "15.0.2000.5"},
-                           {"ProductLevel", "RTM"},
-                           {"ProductMajorVersion", "15"},
-                           {"ProductMinorVersion", "0"},
-                           {"ProductBuild", "2000"},
-                           {"Edition", "tsqlbox"},
-                           {"EngineEdition", "3"},
-                           {"IsClustered", "0"},
-                           {"IsHadrEnabled", "0"},
-                           {"IsFullTextInstalled", "0"},
-                           {"IsIntegratedSecurityOnly", "0"},
-                           {"IsSingleUser", "0"},
-                           {"ComputerNamePhysicalNetBIOS", hostName()},
-                           {"ServerName", hostName()},
-                           {"MachineName", hostName()},
-                           {"Collation", std::string(kCollationName)}},
-                          call.text(0));
+        for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
+            if (sameWord(name, call.text(0))) return hostName();
+        return propertyIn(kServerProperties, call.text(0));
     }
 
     static Value objectId(const SqlCall& call) {

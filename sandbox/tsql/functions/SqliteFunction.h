@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "functions/FunctionContext.h"
+#include "functions/FunctionSession.h"
 #include "storage/Connection.h"
 #include "types/DateTime.h"
 #include "types/SqlTypes.h"

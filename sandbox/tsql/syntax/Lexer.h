@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "messages/Message.h"
+#include "messages/Messages.h"
 
 namespace tsql {
 

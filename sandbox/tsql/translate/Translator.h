@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "catalogue/Catalogue.h"
-#include "catalogue/SystemViews.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
 #include "syntax/Ast.h"

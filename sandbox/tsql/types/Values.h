@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "messages/Message.h"
+#include "messages/Messages.h"
 #include "types/DateTime.h"
 #include "types/Decimal.h"
 #include "types/SqlType.h"
