@@ -48,10 +48,10 @@ INSERT u VALUES (1, 0.5, NEWID(), 0x01))");
 
     // Runs a batch in a transaction, and `end` (COMMIT or ROLLBACK) after it.
     void run(std::string_view end, std::string_view batch) {
-        tsql::Session session(m_engine, {"sa"}, "master", 51);
+        const auto session = tsql::openSession(m_engine, {"sa"}, "master", 51);
         Sink sink;
-        session.runBatch("BEGIN TRANSACTION", sink);
-        if (session.runBatch(batch, sink)) session.runBatch(end, sink);
+        session->runBatch("BEGIN TRANSACTION", sink);
+        if (session->runBatch(batch, sink)) session->runBatch(end, sink);
     }
 
   private:

@@ -14,6 +14,6 @@ int main(int count, char** arguments) {
     std::ifstream file(arguments[2]);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     tsql::Engine engine(arguments[1]);
-    tsql::Session session(engine, {"sa"}, "master", 51);
-    std::cout << tsql::test::runScript(session, text);
+    const auto session = tsql::openSession(engine, {"sa"}, "master", 51);
+    std::cout << tsql::test::runScript(*session, text);
 }

@@ -35,8 +35,8 @@ TEST_P(Scripts, PrintTheirRecordedOutput) {
     const std::string script = contentOf(fs::path(TSQL_SCRIPTS) / (GetParam() + ".sql"));
     const support::TempDir directory;
     tsql::Engine engine(directory.path());
-    tsql::Session session(engine, {"sa"}, "master", 51);
-    EXPECT_EQ(tsql::test::runScript(session, script), script);
+    const auto session = tsql::openSession(engine, {"sa"}, "master", 51);
+    EXPECT_EQ(tsql::test::runScript(*session, script), script);
 }
 
 // A batch as words: names and numbers, strings, or single other characters.
@@ -55,7 +55,7 @@ TEST_P(Scripts, VariantsFailInTheTermsOfSqlServer) {
     for (const std::string& batch : batches) std::ranges::copy(wordsOf(batch), std::back_inserter(words));
     const support::TempDir directory;
     tsql::Engine engine(directory.path());
-    tsql::Session session(engine, {"sa"}, "master", 51);
+    const auto session = tsql::openSession(engine, {"sa"}, "master", 51);
     std::mt19937 random(1);  // NOLINT(cert-msc51-cpp): the same batches each time
     const auto anyOf = [&](auto& list) -> auto& {
         return list[random() % list.size()];
@@ -67,11 +67,11 @@ TEST_P(Scripts, VariantsFailInTheTermsOfSqlServer) {
             std::string text;
             for (const std::string& word : changed) text += word + ' ';
             if (std::regex_search(text, endless)) continue;
-            const std::string output = tsql::test::runBatch(session, text);
+            const std::string output = tsql::test::runBatch(*session, text);
             EXPECT_EQ(output.find("could not run the statement"), std::string::npos) << text << '\n'
                                                                                      << output;
         }
-        tsql::test::runBatch(session, batch);
+        tsql::test::runBatch(*session, batch);
     }
 }
 

@@ -14,16 +14,16 @@ using tsql::test::runBatch;
 
 class Sessions : public testing::Test {
   protected:
-    std::string first(std::string_view text) { return runBatch(m_first, text); }
-    std::string second(std::string_view text) { return runBatch(m_second, text); }
+    std::string first(std::string_view text) { return runBatch(*m_first, text); }
+    std::string second(std::string_view text) { return runBatch(*m_second, text); }
     static bool has(const std::string& text, std::string_view part) {
         return text.find(part) != std::string::npos;
     }
 
     support::TempDir m_directory;
     tsql::Engine m_engine{m_directory.path()};
-    tsql::Session m_first{m_engine, {"sa"}, "master", 51};
-    tsql::Session m_second{m_engine, {"sa"}, "master", 52};
+    std::unique_ptr<tsql::Session> m_first = tsql::openSession(m_engine, {"sa"}, "master", 51);
+    std::unique_ptr<tsql::Session> m_second = tsql::openSession(m_engine, {"sa"}, "master", 52);
 };
 
 TEST_F(Sessions, HaveTheirOwnTemporaryTables) {
@@ -41,8 +41,8 @@ TEST_F(Sessions, WriteAfterReadingWhatAnotherHasChanged) {
 
 TEST_F(Sessions, LeaveOnlyCommittedRowsBehind) {
     {
-        tsql::Session gone(m_engine, {"sa"}, "master", 53);
-        runBatch(gone, "CREATE TABLE t (x int) INSERT t VALUES (1) BEGIN TRAN INSERT t VALUES (2)");
+        const auto gone = tsql::openSession(m_engine, {"sa"}, "master", 53);
+        runBatch(*gone, "CREATE TABLE t (x int) INSERT t VALUES (1) BEGIN TRAN INSERT t VALUES (2)");
     }
     EXPECT_TRUE(has(first("SELECT COUNT(*) FROM t"), "= 1 (1 rows)\n"));
 }
@@ -77,9 +77,9 @@ TEST_F(Sessions, WaitForApplicationLocks) {
     waiting.join();
     EXPECT_EQ(waited, "1\n");
     {
-        tsql::Session gone(m_engine, {"sa"}, "master", 53);
+        const auto gone = tsql::openSession(m_engine, {"sa"}, "master", 53);
         EXPECT_EQ(
-            runBatch(gone, "BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Update' PRINT @r"),
+            runBatch(*gone, "BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Update' PRINT @r"),
             "0\n");
     }
     EXPECT_EQ(
@@ -185,7 +185,7 @@ TEST_F(Sessions, ContinueAfterACancelledBatch) {
     for (int i = 0; i < 12; ++i) first("CREATE TABLE u" + std::to_string(i) + " (x int)");
     for (const auto batch : kEndless) {
         LeavingSink sink(false);
-        EXPECT_TRUE(m_first.runBatch(batch, sink)) << batch;
+        EXPECT_TRUE(m_first->runBatch(batch, sink)) << batch;
         EXPECT_EQ(sink.messages(), 0) << batch;
     }
     EXPECT_TRUE(has(first("SELECT 1"), "= 1\n"));  // no row count: NOCOUNT is ON
@@ -193,7 +193,7 @@ TEST_F(Sessions, ContinueAfterACancelledBatch) {
 
 TEST_F(Sessions, ContinueAfterASinkThatThrows) {
     LeavingSink sink(true);
-    EXPECT_THROW(m_first.runBatch("SELECT 1 SELECT 2", sink), std::runtime_error);
+    EXPECT_THROW(m_first->runBatch("SELECT 1 SELECT 2", sink), std::runtime_error);
     EXPECT_EQ(sink.rows(), 1);
     EXPECT_TRUE(has(first("SELECT 3"), "= 3 (1 rows)\n"));
 }

@@ -1,6 +1,7 @@
 #include "catalogue/Catalogue.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "types/DateTime.h"
 #include "types/Text.h"
@@ -46,6 +47,31 @@ const TableColumn* TableInfo::column(std::string_view columnName) const {
 const TableColumn* TableInfo::identityColumn() const {
     const auto found = std::ranges::find(columns, true, &TableColumn::identity);
     return found == columns.end() ? nullptr : &*found;
+}
+
+std::string Sequence::text() const {
+    const std::int64_t parts[] = {start, increment, least, most, cycles, base};
+    return commaList(parts, [](std::int64_t part) { return std::to_string(part); });
+}
+
+Sequence Sequence::read(const std::string& text) {
+    Sequence read;
+    std::istringstream parts(text);
+    for (auto* part : {&read.start, &read.increment, &read.least, &read.most, &read.cycles, &read.base})
+        (parts >> *part).ignore();
+    return read;
+}
+
+std::optional<std::int64_t> Sequence::value(std::int64_t given) const {
+    const std::int64_t end = increment > 0 ? most : least, again = increment > 0 ? least : most;
+    const auto countFrom = [&](std::int64_t first) {
+        const Int128 steps = (Int128{end} - first) / increment;
+        return (increment > 0 ? first > end : first < end) ? Int128{0} : steps + 1;
+    };
+    const Int128 ofBase = countFrom(base);
+    if (given < ofBase) return static_cast<std::int64_t>(base + Int128{given} * increment);
+    if (!cycles) return std::nullopt;
+    return static_cast<std::int64_t>(again + (given - ofBase) % countFrom(again) * increment);
 }
 
 Catalogue::Catalogue(Connection& connection, std::string database, std::string schema)
@@ -180,6 +206,7 @@ void Catalogue::remove(std::int64_t object) {
     const Value values[] = {object};
     removeColumns(object);
     run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
+    run("DELETE FROM $.sqlite_sequence WHERE name = '@sequence ' || ?1", values);
 }
 
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {

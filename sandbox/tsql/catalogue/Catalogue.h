@@ -78,7 +78,7 @@ namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
                                   kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX",
-                                  kSchema = "SCHEMA";
+                                  kSequence = "SO", kSchema = "SCHEMA";
 }
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.
@@ -87,7 +87,8 @@ struct ObjectInfo {
     std::string name;
     std::string type;
     std::int64_t parent = 0;  // table of a constraint or index
-    std::string stored = {};  // name of a table in SQLite; key() of a foreign key's table; filter of an index
+    std::string stored = {};  // name of a table in SQLite; key() of a foreign key's table; filter of an
+                              // index; Sequence::text()
     std::vector<std::string> columns = {};  // of a constraint or index
     std::string source = {};  // text of a module; state and source of a constraint; kUniqueIndex
     std::string table = {};   // key() of the parent
@@ -95,6 +96,15 @@ struct ObjectInfo {
     std::string schemaName{kDefaultSchema};
 
     std::string key() const { return storedName(schemaName, name); }  // its name in the catalogue
+};
+// Definition of a sequence. `base` is its first value since CREATE or ALTER SEQUENCE. The number of values
+// given since then is in sqlite_sequence.
+struct Sequence {
+    std::int64_t start = 0, increment = 1, least = 0, most = 0, cycles = 0, base = 0;
+
+    std::string text() const;
+    static Sequence read(const std::string& text);
+    std::optional<std::int64_t> value(std::int64_t given) const;  // the next one; empty if there is none
 };
 struct SchemaInfo {
     std::string name;

@@ -1,5 +1,6 @@
 // System views, each a query over the catalogue of a database.
 #include <algorithm>
+#include <boost/algorithm/string/replace.hpp>
 
 #include "catalogue/Catalogue.h"
 #include "syntax/Parser.h"
@@ -8,10 +9,12 @@
 namespace tsql {
 namespace {
 
+using boost::replace_all;
+
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
 //   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
-//   $T      list of types (type)
+//   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
 //   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID(name)  number of the schema of the object with that stored name
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
@@ -30,7 +33,8 @@ is_schema_published bit = 0)"},
     {"$KIND",
      R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE'
 WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
-'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
+'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'SO' THEN
+'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
     {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
     {"$TYPE",
@@ -57,6 +61,7 @@ CONSTRAINT_NAME sysname = ts_bare_name(n.name))"},
     {"$SPECIFIC",
      R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = ts_schema_of(o.name);
 SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
+    {"$PART", "('[' || o.stored || ']') ->> "},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
@@ -148,6 +153,11 @@ increment_value int = 1)",
      R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
 name sysname = NULL; value nvarchar(4000) = NULL)",
      "$o o WHERE 0"},
+    {"sys", "sequences",
+     R"($OBJECT; start_value bigint = $PART 0; increment bigint = $PART 1; minimum_value bigint = $PART 2; maximum_value
+bigint = $PART 3; is_cycling bit = $PART 4; is_cached bit = 1; cache_size int = NULL; $TYPE; current_value bigint =
+ts_sequence_value(o.stored, max(q.seq - 1, 0)); is_exhausted bit = ts_sequence_value(o.stored, q.seq) IS NULL)",
+     "$o o JOIN $c c ON c.object = o.id JOIN $q q ON q.name = '@sequence ' || o.id WHERE o.type = 'SO'"},
     {"sys", "triggers", "$OBJECT; is_disabled bit = 0", "$o o WHERE 0"},
     {"", "syscolumns",
      R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint =
@@ -230,11 +240,6 @@ constexpr std::string_view kTemporaryColumns =
     R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
 fallback, output FROM temp.tsqlbox_columns))";
 
-void replaceAll(std::string& text, std::string_view mark, std::string_view value) {
-    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
-        text.replace(at, mark.size(), value);
-}
-
 // Replaces each "MARK(argument)" by the argument between the two texts.
 void replaceCalls(std::string& text, std::string_view mark, std::string_view before, std::string_view after) {
     for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;) {
@@ -248,7 +253,7 @@ void replaceCalls(std::string& text, std::string_view mark, std::string_view bef
 // Returns the view. Its query still has the placeholders for the database.
 SystemView read(const ViewText& view) {
     std::string text(view.columns);
-    for (const auto& [mark, fragment] : kFragments) replaceAll(text, mark, fragment);
+    for (const auto& [mark, fragment] : kFragments) replace_all(text, mark, fragment);
     SystemView read;
     for (const std::string& item : listItems(text)) {
         const std::size_t name = item.find(' '), value = item.find(" = ");
@@ -319,17 +324,18 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
             continue;
         SystemView found = read(view);
-        replaceAll(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
-        replaceAll(found.sql, "$T", typeList());
-        if (found.sql.find("$S") != std::string::npos) replaceAll(found.sql, "$S", sessionList(storage));
+        replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
+        replace_all(found.sql, "$T", typeList());
+        if (found.sql.find("$S") != std::string::npos) replace_all(found.sql, "$S", sessionList(storage));
         const bool temporary = sameWord(database, "tempdb");
         const std::string objects = std::string(sqliteSchema) + ".tsqlbox_objects";
         const std::string columns = std::string(sqliteSchema) + ".tsqlbox_columns";
-        replaceAll(found.sql, "$o", temporary ? kTemporaryObjects : objects);
-        replaceAll(found.sql, "$c", temporary ? kTemporaryColumns : columns);
-        replaceAll(found.sql, "$d", quotedText(database));
-        replaceAll(found.sql, "$s", quotedText(databaseKey(database)));
-        replaceAll(found.sql, "$C", kCollationName);
+        replace_all(found.sql, "$o", temporary ? kTemporaryObjects : objects);
+        replace_all(found.sql, "$c", temporary ? kTemporaryColumns : columns);
+        replace_all(found.sql, "$q", std::string(sqliteSchema) + ".sqlite_sequence");
+        replace_all(found.sql, "$d", quotedText(database));
+        replace_all(found.sql, "$s", quotedText(databaseKey(database)));
+        replace_all(found.sql, "$C", kCollationName);
         return found;
     }
     return std::nullopt;

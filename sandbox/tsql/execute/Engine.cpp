@@ -34,30 +34,8 @@ Engine::Engine(const std::filesystem::path& dataDirectory,
         executor.runBatch("BEGIN TRY USE " + quotedName(name) + " END TRY BEGIN CATCH END CATCH", sink);
 }
 
-Session::Session(Engine& engine, Client client, std::string_view database, int spid)
-    : m_executor(
-          std::make_unique<Executor>(engine.storage, engine.locks, std::move(client), database, spid)) {}
-
-Session::~Session() = default;
-
-bool Session::runBatch(std::string_view batch, ResultSink& sink) {
-    return m_executor->runBatch(batch, sink);
-}
-
-bool Session::call(ProcedureCall& call, ResultSink& sink) {
-    return m_executor->call(call, sink);
-}
-
-bool Session::insertBulk(const RowSource& sendRows, ResultSink& sink) {
-    return m_executor->insertBulk(sendRows, sink);
-}
-
-std::string_view Session::database() const {
-    return m_executor->database();
-}
-
-bool Session::resetAroundTransaction(std::string_view database) {
-    return m_executor->resetAroundTransaction(database);
+std::unique_ptr<Session> openSession(Engine& engine, Client client, std::string_view database, int spid) {
+    return std::make_unique<Executor>(engine.storage, engine.locks, std::move(client), database, spid);
 }
 
 }  // namespace tsql

@@ -24,29 +24,22 @@ struct Engine {
     AppLocks locks;
 };
 
-class Executor;
-
 // Session of one client: current database, temporary tables, transaction, settings. Not thread-safe.
 class Session {
   public:
-    Session(Engine& engine, Client client, std::string_view database, int spid);
-    ~Session();
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
-
+    virtual ~Session() = default;
     // Runs one batch, in UTF-8. T-SQL errors are passed to the sink as messages. Returns false if the batch
     // ended the session (severity 20 and above).
-    bool runBatch(std::string_view batch, ResultSink& sink);
-    bool call(ProcedureCall& call, ResultSink& sink);
+    virtual bool runBatch(std::string_view batch, ResultSink& sink) = 0;
+    virtual bool call(ProcedureCall& call, ResultSink& sink) = 0;
     // Inserts the rows of the INSERT BULK that the last batch ended with, all or none.
-    bool insertBulk(const RowSource& sendRows, ResultSink& sink);
-    std::string_view database() const;
+    virtual bool insertBulk(const RowSource& sendRows, ResultSink& sink) = 0;
+    virtual const std::string& database() const = 0;
     // Resets everything but the open transaction to the state of a new session. Returns false without an open
     // transaction.
-    bool resetAroundTransaction(std::string_view database);
-
-  private:
-    std::unique_ptr<Executor> m_executor;
+    virtual bool resetAroundTransaction(std::string_view database) = 0;
 };
+// The engine must outlive the session. Throws SqlError 4060 if there is no such database.
+std::unique_ptr<Session> openSession(Engine& engine, Client client, std::string_view database, int spid);
 
 }  // namespace tsql

@@ -171,6 +171,7 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     if (isCancelled()) throw BatchEnd{};
     m_line = line;
     m_functions.beginStatement();
+    if (m_transactions == 0) m_givenIdentities.clear();
     try {
         return work();
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
@@ -228,6 +229,7 @@ void Executor::afterError(const Message& message, bool raised) {
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
+    keepIdentities();
     // A constraint that no row has broken ends the batch.
     const bool badDefinition = message.number == message::kConstraintNotCreated && verb.empty();
     const bool endsBatch =

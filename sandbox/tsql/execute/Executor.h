@@ -14,13 +14,11 @@
 
 #include "catalogue/Catalogue.h"
 #include "catalogue/Constraints.h"
-#include "execute/AppLocks.h"
-#include "execute/Client.h"
+#include "execute/Engine.h"
 #include "execute/Frame.h"
 #include "functions/FunctionSession.h"
 #include "storage/Backup.h"
 #include "storage/Connection.h"
-#include "storage/Storage.h"
 #include "syntax/Ast.h"
 #include "syntax/Parser.h"
 #include "translate/Translator.h"
@@ -69,16 +67,17 @@ struct Settings {
 
 using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
 
-class Executor final : public NameResolver, public FunctionSession {
+class Executor final : public Session, public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
     ~Executor() override;
 
-    bool runBatch(std::string_view text, ResultSink& sink);
-    bool call(ProcedureCall& call, ResultSink& sink);
-    bool insertBulk(const RowSource& sendRows, ResultSink& sink);
-    bool resetAroundTransaction(std::string_view database);
-    const std::string& database() const { return m_database; }
+    // Session
+    bool runBatch(std::string_view text, ResultSink& sink) override;
+    bool call(ProcedureCall& call, ResultSink& sink) override;
+    bool insertBulk(const RowSource& sendRows, ResultSink& sink) override;
+    bool resetAroundTransaction(std::string_view database) override;
+    const std::string& database() const override { return m_database; }
 
     // NameResolver
     SqlType variableType(std::string_view name) override;
@@ -87,6 +86,7 @@ class Executor final : public NameResolver, public FunctionSession {
     std::optional<SystemView> view(const ast::ObjectName& name) override;
     std::int64_t mostRows() const override { return m_settings.mostRows; }
     std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) override;
+    Typed nextValue(const ast::ObjectName& sequence) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
@@ -98,6 +98,7 @@ class Executor final : public NameResolver, public FunctionSession {
     std::optional<ObjectInfo> object(const ast::ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override;
+    Value nextValue(std::string_view database, std::int64_t id) override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
     const Message* caughtError() const override { return m_caught.empty() ? nullptr : &m_caught.back(); }
@@ -199,6 +200,7 @@ class Executor final : public NameResolver, public FunctionSession {
     void withIdentities(const TableInfo& target, const std::function<void()>& insert);
     void loseIdentity(const TableInfo& target);
     void skipIdentities();
+    void keepIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
     Flow run(const ast::CreateTable& create);
@@ -211,6 +213,8 @@ class Executor final : public NameResolver, public FunctionSession {
     TableInfo createTable(const ast::CreateTable& create);
     bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
+    void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
+    std::int64_t counter(const Catalogue& owner, std::int64_t sequence);
     std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                             const ast::CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
@@ -230,6 +234,7 @@ class Executor final : public NameResolver, public FunctionSession {
     void alterColumn(Catalogue& catalogue, TableInfo& table, const ast::ColumnDefinition& definition);
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ast::ObjectName& name, const ast::Drop& drop);
+    Flow run(const ast::DefineSequence& define);
     Flow run(const ast::CreateSchema& create);
     Flow run(const ast::TransferObject& transfer);
     void dropSchema(const std::string& name, bool ifExists);

@@ -185,9 +185,7 @@ bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
 // Sets the value that the next identity follows.
 void Executor::startIdentity(const TableInfo& table) {
     if (!table.identityColumn()) return;
-    const Value start[] = {table.stored, table.seed - 1};
-    m_connection.run("DELETE FROM " + table.schema + ".sqlite_sequence WHERE name = ?1", {start, 1});
-    m_connection.run("INSERT INTO " + table.schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", start);
+    setCounter(table.schema, table.stored, table.seed - 1);
 }
 
 // Runs `work`. An error in it is reported and followed by `failure`.
@@ -555,7 +553,8 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     constexpr Kind kKinds[] = {{"table", objectType::kTable, {}},  // in the order of ObjectKind
                                {"view", objectType::kView, {}},
                                {"procedure", objectType::kProcedure, {}},
-                               {"function", objectType::kFunction, objectType::kTableFunction}};
+                               {"function", objectType::kFunction, objectType::kTableFunction},
+                               {"sequence", objectType::kSequence, {}}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {

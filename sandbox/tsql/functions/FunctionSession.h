@@ -37,6 +37,8 @@ class FunctionSession {
     // Last identity value generated for the table, by any session; empty before the first one.
     virtual std::optional<std::int64_t> lastIdentity(const TableInfo& table) = 0;
     virtual std::optional<std::int64_t> scopeIdentity() const = 0;
+    // Next value of the sequence with that id. Throws SqlError 11728 if there is none.
+    virtual Value nextValue(std::string_view database, std::int64_t id) = 0;
     virtual int transactionState() const = 0;  // as XACT_STATE() returns it
     virtual Value cursorStatus(std::string_view scope, std::string_view name) = 0;
     virtual const Message* caughtError() const = 0;  // null outside of CATCH blocks
@@ -53,11 +55,7 @@ class FunctionContext {
     explicit FunctionContext(FunctionSession* session) : m_session(session) {}
 
     // Resets the time, because GETDATE() is constant within a statement, and the error.
-    void beginStatement() {
-        m_now.reset();
-        m_error.reset();
-        m_nullLeftOut = false;
-    }
+    void beginStatement() { *this = FunctionContext(m_session); }
     const Now& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
     FunctionSession& session() { return *m_session; }
 

@@ -205,7 +205,7 @@ std::string writeCall(const FunctionInfo& function, Pieces pieces, const SqlType
 }
 
 std::array<std::span<const FunctionInfo>, 5> allFunctions() {
-    return {textFunctions(), mathFunctions(), dateFunctions(), sessionFunctions(), kWritten};
+    return {kTextFunctions, kMathFunctions, kDateFunctions, kSessionFunctions, kWritten};
 }
 
 const FunctionInfo* findFunction(std::string_view name) {

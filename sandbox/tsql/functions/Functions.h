@@ -82,10 +82,7 @@ std::array<std::span<const FunctionInfo>, 5> allFunctions();
 // Throws SqlError 174 or 189 for a wrong number of arguments, 8116 for an argument type that is not allowed.
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct = false);
 
-std::span<const FunctionInfo> textFunctions();
-std::span<const FunctionInfo> mathFunctions();
-std::span<const FunctionInfo> dateFunctions();
-std::span<const FunctionInfo> sessionFunctions();
+extern const std::span<const FunctionInfo> kTextFunctions, kMathFunctions, kDateFunctions, kSessionFunctions;
 
 // Throws SqlError 9806 or 9810 if the last argument has no such part as the first one names.
 void checkDatePart(Pieces arguments, std::string_view function);

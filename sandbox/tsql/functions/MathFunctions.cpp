@@ -109,7 +109,7 @@ Value runIsNumeric(const SqlCall& call) {
     return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
 }
 
-const FunctionInfo kMathFunctions[] = {
+const FunctionInfo kMathTable[] = {
     {"abs", "N=", numberType, runAbs},
     {"sign", "N=", numberType, runSign},
     {"ceiling", "N#", wholeType, runWhole<true>},
@@ -139,8 +139,6 @@ const FunctionInfo kMathFunctions[] = {
 
 }  // namespace
 
-std::span<const FunctionInfo> mathFunctions() {
-    return kMathFunctions;
-}
+const std::span<const FunctionInfo> kMathFunctions = kMathTable;
 
 }  // namespace tsql

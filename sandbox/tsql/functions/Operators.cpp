@@ -61,7 +61,7 @@ Value runUnpadded(const SqlCall& call) {
     return ownedValue(bytes.substr(0, length));
 }
 
-const ScalarFunction kOperatorFunctions[] = {
+const ScalarFunction kOperatorTable[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
     {"ts_assign", runAssign, Nulls::Reach},
@@ -206,9 +206,7 @@ Typed wordArgument(std::string_view word) {
     return {{}, {}, false, {}, std::string(word)};
 }
 
-std::span<const ScalarFunction> operatorFunctions() {
-    return kOperatorFunctions;
-}
+const std::span<const ScalarFunction> kOperatorFunctions = kOperatorTable;
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
     if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)

@@ -168,7 +168,7 @@ Value runReferenced(const SqlCall& call) {
 
 constexpr auto kReach = Nulls::Reach;
 
-const ScalarFunction kQueryFunctions[] = {
+const ScalarFunction kQueryTable[] = {
     {"ts_variable", [](const SqlCall& call) { return call.context().session().variableValue(call.text(0)); },
      kReach, Purity::Varying},
     {"ts_call",  // (database, key, argument...); a user-defined function
@@ -177,6 +177,14 @@ const ScalarFunction kQueryFunctions[] = {
                                                       call.arguments().subspan(2));
      },
      kReach, Purity::Varying},
+    {"ts_next_value",  // (database, id of a sequence)
+     [](const SqlCall& call) { return call.context().session().nextValue(call.text(0), call.integer(1)); },
+     kReach, Purity::Varying},
+    {"ts_sequence_value",  // (its text, number of values given)
+     [](const SqlCall& call) {
+         const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));
+         return value ? Value(*value) : Value(Null{});
+     }},
     {"ts_noted", runNoted, kReach, Purity::Varying},
     {"ts_single", runSingle, kReach},
     {"ts_deeper", runDeeper},
@@ -202,8 +210,6 @@ const ScalarFunction kQueryFunctions[] = {
 
 }  // namespace
 
-std::span<const ScalarFunction> queryFunctions() {
-    return kQueryFunctions;
-}
+const std::span<const ScalarFunction> kQueryFunctions = kQueryTable;
 
 }  // namespace tsql

@@ -59,7 +59,7 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
 }
 
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
-    for (const auto functions : {operatorFunctions(), queryFunctions()})
+    for (const auto functions : {kOperatorFunctions, kQueryFunctions})
         for (const ScalarFunction& function : functions) registerScalar(connection, context, function);
     for (const auto& functions : allFunctions())
         for (const FunctionInfo& function : functions)

@@ -104,7 +104,7 @@ struct SessionFunctions {
     template <std::string ObjectInfo::*fact>
     static Value ofObject(const SqlCall& call) {
         const auto found = objectArgument(call);
-        return found ? Value((*found).*fact) : Value(Null{});
+        return found ? Value((*found).*fact) : Null{};
     }
 
     static Value objectProperty(const SqlCall& call) {
@@ -205,7 +205,7 @@ const SqlType kName = nvarcharType(128);
 constexpr auto kNulls = Nulls::GiveNull;
 constexpr auto kVarying = Purity::Varying;
 
-const FunctionInfo kSessionFunctions[] = {
+const FunctionInfo kSessionTable[] = {
     {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
     {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
@@ -266,8 +266,6 @@ Value identityValue(const std::optional<std::int64_t>& identity) {
     return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
 }
 
-std::span<const FunctionInfo> sessionFunctions() {
-    return kSessionFunctions;
-}
+const std::span<const FunctionInfo> kSessionFunctions = kSessionTable;
 
 }  // namespace tsql

@@ -345,7 +345,7 @@ Value runHashBytes(const SqlCall& call) {
     return Null{};
 }
 
-const FunctionInfo kTextFunctions[] = {
+const FunctionInfo kTextTable[] = {
     {"len", "T", countType, runLen},
     {"datalength", "A#", countType, runDataLength},
     {"substring", "SII", partOfText, runSubstring},
@@ -384,8 +384,6 @@ SqlType grownText(Pieces pieces) {
     return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
 }
 
-std::span<const FunctionInfo> textFunctions() {
-    return kTextFunctions;
-}
+const std::span<const FunctionInfo> kTextFunctions = kTextTable;
 
 }  // namespace tsql

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -80,6 +81,9 @@ struct Call {
 struct ScalarQuery {
     QueryPtr query;
 };
+struct NextValue {  // NEXT VALUE FOR
+    ObjectName sequence;
+};
 
 // ---- expressions: conditions -----------------------------------------------------------------------------
 struct Compare {
@@ -123,9 +127,9 @@ struct Exists {
 
 struct Expr {
     using Node =
-        std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery, Compare,
-                     Logic, Not, IsNull, Between, InList, InQuery, CompareQuery, Like, Exists>;
-    static constexpr std::size_t kFirstCondition = 9;  // Compare and what follows it
+        std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery, NextValue,
+                     Compare, Logic, Not, IsNull, Between, InList, InQuery, CompareQuery, Like, Exists>;
+    static constexpr std::size_t kFirstCondition = 10;  // Compare and what follows it
 
     int line = 1;
     Node node;
@@ -401,7 +405,7 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Index, Database, Schema };
+enum class ObjectKind { Table, View, Procedure, Function, Sequence, Index, Database, Schema };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;
@@ -415,6 +419,13 @@ struct CreateSchema {
 struct TransferObject {
     std::string schema;
     ObjectName object;
+};
+// CREATE or ALTER SEQUENCE with its options by name. NO MINVALUE and its like have no value.
+struct DefineSequence {
+    ObjectName name;
+    bool alter = false;
+    SqlType type;
+    std::map<std::string_view, std::optional<std::int64_t>> options = {};
 };
 struct CreateDatabase {
     std::string name;
@@ -491,8 +502,8 @@ struct Statement {
                               Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
                               Insert, InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable,
                               CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema,
-                              TransferObject, CreateModule, Execute, Transaction, Backup, Restore,
-                              CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+                              TransferObject, DefineSequence, CreateModule, Execute, Transaction, Backup,
+                              Restore, CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

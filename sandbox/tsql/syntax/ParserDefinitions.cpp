@@ -506,6 +506,23 @@ Statement::Node transferObject(Parser& in) {
     return node;
 }
 
+Statement::Node defineSequence(Parser& in, bool alter) {
+    constexpr std::pair<std::string_view, bool> kOptions[] = {
+        // name, has a value
+        {"START WITH", true}, {"RESTART WITH", true}, {"INCREMENT BY", true}, {"MINVALUE", true},
+        {"MAXVALUE", true},   {"NO MINVALUE", false}, {"NO MAXVALUE", false}, {"NO CYCLE", false},
+        {"NO CACHE", false},  {"CYCLE", false},       {"RESTART", false},     {"CACHE", false}};
+    DefineSequence node{in.objectName(), alter, simpleType(TypeId::BigInt)};
+    if (!alter && in.accept("AS")) node.type = in.type(TypeUse::Declaration);
+    const auto accepted = [&](const auto& each) { return in.accept(each.first); };
+    for (;;) {
+        const auto* option = std::ranges::find_if(kOptions, accepted);
+        if (option == std::end(kOptions)) return node;
+        auto& value = node.options[option->first];
+        if (option->second || in.peek().kind == TokenKind::Number) value = in.expectInteger();
+    }
+}
+
 }  // namespace
 
 std::vector<const Constraint*> allConstraints(const CreateTable& create) {
@@ -551,6 +568,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     if (!create && in.accept("DATABASE")) return alterDatabase(in);
     if (!create && in.accept("INDEX")) return alterIndex(in);
     if (!create && in.accept("SCHEMA")) return transferObject(in);
+    if (!(create && module.alter) && in.accept("SEQUENCE")) return defineSequence(in, !create);
     const bool orAlter = create && module.alter;
     if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);
@@ -566,10 +584,11 @@ Statement::Node parseDefinition(Parser& in, bool create) {
 
 Statement::Node parseDrop(Parser& in) {
     constexpr std::pair<std::string_view, ObjectKind> kKinds[] = {
-        {"TABLE", ObjectKind::Table},    {"PROCEDURE", ObjectKind::Procedure},
-        {"PROC", ObjectKind::Procedure}, {"FUNCTION", ObjectKind::Function},
-        {"INDEX", ObjectKind::Index},    {"DATABASE", ObjectKind::Database},
-        {"VIEW", ObjectKind::View},      {"SCHEMA", ObjectKind::Schema},
+        {"TABLE", ObjectKind::Table},       {"PROCEDURE", ObjectKind::Procedure},
+        {"PROC", ObjectKind::Procedure},    {"FUNCTION", ObjectKind::Function},
+        {"INDEX", ObjectKind::Index},       {"DATABASE", ObjectKind::Database},
+        {"VIEW", ObjectKind::View},         {"SCHEMA", ObjectKind::Schema},
+        {"SEQUENCE", ObjectKind::Sequence},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) throwUnsupportedObject(in, "DROP");

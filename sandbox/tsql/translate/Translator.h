@@ -40,6 +40,8 @@ class NameResolver {
     virtual TableInfo table(const ast::ObjectName& name) = 0;  // throws SqlError 208
     virtual std::optional<SystemView> view(const ast::ObjectName& name) = 0;
     virtual std::optional<StoredModule> module(const ast::ObjectName& name, std::string_view type) = 0;
+    // NEXT VALUE FOR, of a sequence that the statement changes. Throws SqlError 208 and 11726.
+    virtual Typed nextValue(const ast::ObjectName& sequence) = 0;
     // Runs `work` with names resolved as inside the view or function. Throws SqlError 217 (nesting too deep)
     // and 4429 (it contains itself).
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
@@ -158,6 +160,7 @@ class Translator {
     Typed node(const ast::Cast& cast);
     Typed node(const ast::Call& call);
     Typed node(const ast::ScalarQuery& query);
+    Typed node(const ast::NextValue& next);
     std::string test(const ast::Compare& compare);
     std::string test(const ast::Logic& logic);
     std::string test(const ast::Not& negation);
@@ -252,6 +255,8 @@ class Translator {
     // SQL for the variables that the statement itself assigns: the value before the row, then the value
     // assigned further left.
     WordMap<std::string> m_live;
+    int m_nextValue = 0;    // error of NEXT VALUE FOR in this place; 0: none
+    WordSet m_sequences;    // that have given a value for the row
     bool m_sorted = false;  // rows are computed before they are sorted
     int m_aliases = 0;
     std::string m_depth;  // depth column that the recursive part must return

@@ -76,6 +76,7 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
     std::string rows;
     const auto addRow = [&](const std::vector<ExprPtr>& cells) {
         std::string row;
+        m_sequences.clear();
         for (std::size_t i = 0; i < all.size(); ++i) {
             const bool given = i < cells.size() && cells[i];
             const Typed typed = given ? cell(*cells[i]) : defaultOf(*all[i]);
@@ -261,6 +262,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
 }
 
 std::string Translator::filter(const Change& change) {
+    const Temporarily clause(m_nextValue, message::kNextValueInClause);
     const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
     if (m_scope->sawAggregate) throw sqlError(message::kAggregateInWhere);
     return where;
@@ -286,6 +288,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
 CheckText Translator::check(const TableInfo& table, const Expr& expr) {
     Scope scope;
     m_scope = &scope;
+    m_nextValue = message::kNextValueInSubquery;
     addSource(table, table.name, {});
     CheckText text{condition(expr), {}};
     for (const auto& name : scope.loose) text.columns.insert(name.substr(table.name.size() + 1));

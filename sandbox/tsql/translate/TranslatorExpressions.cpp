@@ -134,6 +134,7 @@ Typed Translator::node(const Binary& binary) {
 }
 
 Typed Translator::node(const Case& choice) {
+    const Temporarily inner(m_nextValue, message::kNextValueInCase);
     std::vector<std::string> conditions;
     std::vector<Typed> results;
     for (const auto& [when, then] : choice.branches) {
@@ -182,6 +183,9 @@ Typed Translator::node(const Call& call) {
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
     if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
+    const bool chooses =
+        function->name == "nullif" || function->arguments.find('R') != std::string_view::npos;
+    const Temporarily inner(m_nextValue, chooses ? message::kNextValueInCase : m_nextValue);
     return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
 }
 
@@ -268,7 +272,17 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
     return values;
 }
 
+// Two values of a row would have to be the same.
+Typed Translator::node(const NextValue& next) {
+    if (m_nextValue) throw sqlError(m_nextValue);
+    const Typed value = m_names.nextValue(next.sequence);
+    if (!m_sequences.insert(value.sql).second)
+        throw unsupported("several NEXT VALUE FOR of a sequence in a row");
+    return value;
+}
+
 Typed Translator::node(const ScalarQuery& scalar) {
+    const Temporarily inner(m_nextValue, message::kNextValueInSubquery);
     const QueryText text = query(*scalar.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
     return {singleValue(text), text.columns.front().column.type};

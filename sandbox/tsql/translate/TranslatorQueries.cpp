@@ -80,6 +80,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     Scope scope;
     scope.outer = m_scope;
     const Temporarily inner(m_scope, &scope);
+    const Temporarily clause(m_nextValue, message::kNextValueInClause);
     QueryText text;
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
@@ -96,7 +97,13 @@ QueryText Translator::select(const Select& select, const Query& query) {
         return assignInOrder(select, query, fromSql + whereSql);
     std::string list;
     scope.windows = true;
+    m_nextValue = clause.before == message::kNextValueInClause ? message::kNextValueInSubquery
+                  : clause.before                              ? clause.before
+                  : select.distinct                            ? message::kNextValueOfSet
+                  : m_sorted                                   ? message::kNextValueWithOrderBy
+                                                               : 0;
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
+    m_nextValue = message::kNextValueInClause;
     scope.windows = false;
     if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
         throw sqlError(message::kAssignmentAmongResults);
@@ -327,6 +334,7 @@ std::string Translator::distinctSetOperation(SetOp op, const std::string& left, 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     m_topLevel = false;
+    const Temporarily inner(m_nextValue, m_nextValue ? m_nextValue : message::kNextValueOfSet);
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
