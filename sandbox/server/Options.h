@@ -1,11 +1,7 @@
 // Command line of tsqlbox.
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "Certificate.h"
 #include "Login.h"

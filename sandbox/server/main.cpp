@@ -11,9 +11,7 @@
 #include <stdexcept>
 
 #include "Listener.h"
-#include "Options.h"
 #include "SessionLimits.h"
-#include "execute/Engine.h"
 
 namespace {
 

@@ -3,9 +3,7 @@
 #include <cstdio>
 #include <thread>
 
-#include "Login.h"
 #include "Requests.h"
-#include "messages/Messages.h"
 
 namespace tds {
 namespace {

@@ -2,9 +2,7 @@
 
 #include <iterator>
 
-#include "ByteWriter.h"
 #include "WireType.h"
-#include "messages/Messages.h"
 
 namespace tds {
 namespace {

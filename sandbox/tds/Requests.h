@@ -2,9 +2,6 @@
 // not supported and for invalid values.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "ByteReader.h"
 #include "Protocol.h"
 #include "execute/Client.h"

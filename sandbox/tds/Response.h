@@ -1,9 +1,6 @@
 // Responses as token streams: [MS-TDS] 2.2.7.
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include "PacketChannel.h"
 #include "WireType.h"
 #include "execute/Client.h"

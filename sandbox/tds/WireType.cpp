@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string>
 
-#include "messages/Messages.h"
-
 namespace tds {
 namespace {
 

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "WireType.h"
-#include "messages/Messages.h"
 
 namespace tds {
 namespace {

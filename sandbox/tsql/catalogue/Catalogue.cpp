@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <sstream>
 
-#include "types/DateTime.h"
-#include "types/Text.h"
-
 namespace tsql {
 namespace {
 
@@ -100,17 +97,13 @@ std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value
     query.bind(1, viewOf(value));
     std::vector<ObjectInfo> found;
     while (query.step()) {
-        const std::string keys = query.text(5);
         const std::string key = query.text(1);
         ObjectInfo& object = found.emplace_back(ObjectInfo{query.integer(0), std::string(bareName(key)),
                                                            query.text(2), query.integer(3), query.text(4)});
         object.schemaName = schemaOf(key);
         object.source = query.text(6);
         object.table = query.text(7);
-        if (object.type != objectType::kTable)
-            object.columns = namesOf(keys);
-        else if (!keys.empty())
-            object.seed = std::stoll(keys);
+        object.columns = namesOf(query.text(5));
     }
     return found;
 }
@@ -129,8 +122,10 @@ std::optional<ObjectInfo> Catalogue::findById(std::int64_t id) const {
 }
 
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
-    return {object.id,     m_database,  object.name,        m_schema,
-            object.stored, object.seed, columns(object.id), object.schemaName};
+    const auto& identity = object.columns;  // older tables have no increment
+    const auto number = [&](std::size_t i) { return identity.size() > i ? std::stoll(identity[i]) : 1; };
+    return {object.id, m_database, object.name,        m_schema,         object.stored,
+            number(0), number(1),  columns(object.id), object.schemaName};
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view key) const {
@@ -186,15 +181,14 @@ std::int64_t Catalogue::lastId() const {
 }
 
 void Catalogue::save(ObjectInfo& object) {
-    const Value values[] = {
-        object.id ? Value(object.id) : Value(Null{}),
-        object.key(),
-        object.type,
-        object.parent,
-        object.stored,
-        object.type == objectType::kTable ? std::to_string(object.seed) : commaList(object.columns),
-        toStorage(timeNow().local, simpleType(TypeId::DateTime)),
-        object.source};
+    const Value values[] = {object.id ? Value(object.id) : Value(Null{}),
+                            object.key(),
+                            object.type,
+                            object.parent,
+                            object.stored,
+                            commaList(object.columns),
+                            toStorage(timeNow().local, simpleType(TypeId::DateTime)),
+                            object.source};
     run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
         "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, keys = ?6, "
         "source = ?8",

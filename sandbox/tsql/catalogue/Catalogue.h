@@ -3,12 +3,6 @@
 // it.
 #pragma once
 
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "messages/Messages.h"
 #include "storage/Connection.h"
 #include "types/Text.h"
 
@@ -60,9 +54,9 @@ struct TableInfo {
     std::int64_t id = 0;
     std::string database;  // as named in messages
     std::string name;
-    std::string schema;     // of SQLite, quoted
-    std::string stored;     // name in SQLite
-    std::int64_t seed = 1;  // of the identity
+    std::string schema;                    // of SQLite, quoted
+    std::string stored;                    // name in SQLite
+    std::int64_t seed = 1, increment = 1;  // of the identity
     std::vector<TableColumn> columns;
     std::string schemaName{kDefaultSchema};  // of T-SQL
 
@@ -71,6 +65,8 @@ struct TableInfo {
     std::string fullName() const { return database + "." + qualifiedName(); }
     const TableColumn* column(std::string_view columnName) const;
     const TableColumn* identityColumn() const;
+    // An identity as sqlite_sequence counts it, upwards, and the reverse.
+    std::int64_t counted(std::int64_t identity) const { return increment < 0 ? -identity : identity; }
 };
 
 // Object types, with the values of sysobjects.xtype.
@@ -89,10 +85,9 @@ struct ObjectInfo {
     std::int64_t parent = 0;  // table of a constraint or index
     std::string stored = {};  // name of a table in SQLite; key() of a foreign key's table; filter of an
                               // index; Sequence::text()
-    std::vector<std::string> columns = {};  // of a constraint or index
+    std::vector<std::string> columns = {};  // of a constraint or index; seed and increment of a table
     std::string source = {};  // text of a module; state and source of a constraint; kUniqueIndex
     std::string table = {};   // key() of the parent
-    std::int64_t seed = 1;    // of a table's identity
     std::string schemaName{kDefaultSchema};
 
     std::string key() const { return storedName(schemaName, name); }  // its name in the catalogue

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 

@@ -1,10 +1,6 @@
 // Checks of constraints on rows, and the errors of violations.
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "catalogue/Catalogue.h"
 
 namespace tsql {

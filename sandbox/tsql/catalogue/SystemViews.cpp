@@ -4,7 +4,6 @@
 
 #include "catalogue/Catalogue.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -143,8 +142,8 @@ ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defi
     {"sys", "columns", kColumns, kAllColumns},
     {"sys", "all_columns", kColumns, kAllColumns},
     {"sys", "identity_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; seed_value bigint = CAST(iif(o.keys = '', 1, o.keys) AS INTEGER);
-increment_value int = 1)",
+     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; 
+seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint = coalesce(('[' || o.keys || ']') ->> 1, 1))",
      "$c c JOIN $o o ON o.id = c.object WHERE c.identity"},
     {"sys", "computed_columns",
      R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",

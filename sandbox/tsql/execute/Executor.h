@@ -98,6 +98,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<ObjectInfo> object(const ast::ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override;
+    std::int64_t nextIdentity(std::string_view schema, std::string_view table,
+                              std::int64_t increment) override;
     Value nextValue(std::string_view database, std::int64_t id) override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
@@ -200,6 +202,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void withIdentities(const TableInfo& target, const std::function<void()>& insert);
     void loseIdentity(const TableInfo& target);
     void skipIdentities();
+    void noteHighest(const TableInfo& target);
+    void renumber(const TableInfo& table);
     void keepIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)

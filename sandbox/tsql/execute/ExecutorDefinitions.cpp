@@ -86,7 +86,8 @@ constexpr ConstraintFacts kConstraints[] = {
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
-    TableColumn column{definition.name, definition.type, !definition.identity, definition.identity};
+    TableColumn column{definition.name, definition.type, !definition.identity,
+                       definition.identity.has_value()};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
             for (const auto& name : constraint->columns)
@@ -97,8 +98,24 @@ TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& crea
     return column;
 }
 
-std::string columnText(const TableColumn& column) {
-    if (column.identity) return quotedName(column.name) + " INTEGER PRIMARY KEY AUTOINCREMENT";
+// Enters the identity of a new column, if it is one.
+void setIdentity(TableInfo& table, const ColumnDefinition& definition) {
+    if (!definition.identity) return;
+    if (!isExact(definition.type.id) || definition.type.scale > 0)
+        throw sqlError(message::kInvalidIdentityType, {definition.name});
+    if (isWide(definition.type)) throw unsupported("an identity of more than 18 digits");
+    if (definition.nullable.value_or(false))
+        throw sqlError(message::kIdentityOnNullable, {definition.name, table.name});
+    if (table.identityColumn()) throw sqlError(message::kSeveralIdentityColumns, {table.name});
+    if (definition.identity->increment == 0)
+        throw sqlError(message::kInvalidIdentityIncrement, {definition.name});
+    table.seed = definition.identity->seed;
+    table.increment = definition.identity->increment;
+}
+
+std::string columnText(const TableColumn& column, std::int64_t increment) {
+    if (column.identity)
+        return quotedName(column.name) + " INTEGER PRIMARY KEY" + (increment == 1 ? " AUTOINCREMENT" : "");
     return quotedName(column.name) + " " + std::string(storageClass(column.type)) +
            (column.nullable ? "" : " NOT NULL");
 }
@@ -132,21 +149,13 @@ void Executor::checkDefaults(const CreateTable& definition) {
 TableInfo Executor::createTable(const CreateTable& create) {
     checkDefaults(create);
     const std::string& name = create.table.name;
-    std::int64_t seed = 1;
     TableInfo table;
+    table.name = name;
     for (const auto& definition : create.columns) {
         if (table.column(definition.name))
             throw sqlError(message::kRepeatedColumnName, {definition.name, name});
-        if (definition.identity && (!isExact(definition.type.id) || definition.type.scale > 0))
-            throw sqlError(message::kInvalidIdentityType, {definition.name});
-        if (definition.identity && isWide(definition.type))
-            throw unsupported("an identity of more than 18 digits");
-        if (definition.identity && definition.nullable.value_or(false))
-            throw sqlError(message::kIdentityOnNullable, {definition.name, name});
-        if (definition.identity && table.identityColumn())
-            throw sqlError(message::kSeveralIdentityColumns, {name});
+        setIdentity(table, definition);
         table.columns.push_back(columnOf(definition, create));
-        if (definition.identity) seed = definition.seed;
     }
     const auto constraints = allConstraints(create);
     if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
@@ -156,7 +165,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         const auto taken = owner.find(object.key());
         if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
             throw sqlError(message::kObjectExists, {name});
-        object.seed = seed;
+        object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
         object.stored = object.key();
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
         owner.save(object);
@@ -185,7 +194,7 @@ bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
 // Sets the value that the next identity follows.
 void Executor::startIdentity(const TableInfo& table) {
     if (!table.identityColumn()) return;
-    setCounter(table.schema, table.stored, table.seed - 1);
+    setCounter(table.schema, table.stored, table.counted(table.seed - table.increment));
 }
 
 // Runs `work`. An error in it is reported and followed by `failure`.
@@ -270,7 +279,8 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
 
 // Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
-    std::string body = commaList(table.columns, columnText);
+    std::string body =
+        commaList(table.columns, [&](const auto& column) { return columnText(column, table.increment); });
     for (const auto& key : catalogue.keysOf(table.id)) {
         if (isDisabled(key)) continue;
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
@@ -366,7 +376,15 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
     TableColumn column = columnOf(definition, {});
     if (table.column(column.name)) throw sqlError(message::kRepeatedColumnName, {column.name, table.name});
-    if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
+    setIdentity(table, definition);
+    if (column.identity) {
+        ObjectInfo object = *catalogue.findById(table.id);
+        object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
+        catalogue.save(object);
+        catalogue.saveColumns(table.id, {column});
+        table.columns = catalogue.columns(table.id);
+        return renumber(table);
+    }
     const std::string fallback = std::exchange(column.byDefault, {});
     const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
     if (!column.nullable && !filled && anyRow(m_connection, table, "1"))
@@ -376,6 +394,19 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
     catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
     if (filled) fillColumn(table, column, Translator(*this).value(*parseExpression(fallback)));
+}
+
+// Makes the row ids of existing rows identities, in the order of the rows, by way of numbers that are free.
+void Executor::renumber(const TableInfo& table) {
+    const std::string update = "UPDATE " + table.sqlName() + " SET _rowid_ = ";
+    m_connection.run(
+        "WITH found AS MATERIALIZED (SELECT _rowid_ AS ts_id, row_number() OVER (ORDER BY _rowid_) "
+        "AS ts_n FROM " +
+        table.sqlName() + ") " + update + "(1 << 62) + ts_n - 1 FROM found WHERE _rowid_ = ts_id");
+    const Value numbers[] = {table.seed, table.increment};
+    m_connection.run(update + "?1 + ?2 * (_rowid_ - (1 << 62))", numbers);
+    startIdentity(table);
+    noteHighest(table);
 }
 
 void Executor::fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value) {

@@ -8,8 +8,6 @@
 #include <vector>
 
 #include "functions/SqliteFunction.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {

@@ -1,6 +1,5 @@
 // T-SQL's date functions, as SQLite functions.
 #include "functions/Functions.h"
-#include "messages/Messages.h"
 
 namespace tsql {
 namespace {

@@ -1,17 +1,8 @@
 // What functions registered in SQLite know: their session, and the state that they share between calls.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <span>
-#include <string>
-#include <string_view>
-#include <utility>
-
 #include "catalogue/Catalogue.h"
-#include "storage/Storage.h"
 #include "syntax/Ast.h"
-#include "types/DateTime.h"
 
 namespace tsql {
 
@@ -37,6 +28,9 @@ class FunctionSession {
     // Last identity value generated for the table, by any session; empty before the first one.
     virtual std::optional<std::int64_t> lastIdentity(const TableInfo& table) = 0;
     virtual std::optional<std::int64_t> scopeIdentity() const = 0;
+    // Next identity of a table of that increment, which SQLite does not generate.
+    virtual std::int64_t nextIdentity(std::string_view schema, std::string_view table,
+                                      std::int64_t increment) = 0;
     // Next value of the sequence with that id. Throws SqlError 11728 if there is none.
     virtual Value nextValue(std::string_view database, std::int64_t id) = 0;
     virtual int transactionState() const = 0;  // as XACT_STATE() returns it

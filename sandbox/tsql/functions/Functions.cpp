@@ -4,10 +4,6 @@
 #include <map>
 #include <vector>
 
-#include "functions/Operators.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
-
 namespace tsql {
 
 namespace {

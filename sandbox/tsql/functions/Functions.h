@@ -1,11 +1,7 @@
 // Built-in functions of T-SQL: arguments, result type, and the SQL of their calls.
 #pragma once
 
-#include <array>
 #include <concepts>
-#include <span>
-#include <string>
-#include <string_view>
 
 #include "functions/Operators.h"
 #include "functions/SqliteFunction.h"

@@ -5,8 +5,6 @@
 #include <random>
 
 #include "functions/Functions.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {

@@ -3,8 +3,6 @@
 #include <charconv>
 
 #include "functions/SqliteFunction.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {

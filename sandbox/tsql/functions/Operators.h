@@ -5,12 +5,6 @@
 // fragments are numbered or named (?1, @x), never a bare ?.
 #pragma once
 
-#include <optional>
-#include <span>
-#include <string>
-#include <string_view>
-
-#include "messages/Messages.h"
 #include "types/Values.h"
 
 namespace tsql {

@@ -1,11 +1,8 @@
 // SQLite functions for the SQL of the translator and the system views.
 #include <algorithm>
 
-#include "catalogue/Catalogue.h"
 #include "functions/SqliteFunction.h"
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -179,6 +176,13 @@ const ScalarFunction kQueryTable[] = {
      kReach, Purity::Varying},
     {"ts_next_value",  // (database, id of a sequence)
      [](const SqlCall& call) { return call.context().session().nextValue(call.text(0), call.integer(1)); },
+     kReach, Purity::Varying},
+    {"ts_next_identity",  // (schema, table, increment, type)
+     [](const SqlCall& call) {
+         const auto next = call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
+         if (fits(next, call.type(3))) return Value(next);
+         throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(3).id)}, 1);
+     },
      kReach, Purity::Varying},
     {"ts_sequence_value",  // (its text, number of values given)
      [](const SqlCall& call) {

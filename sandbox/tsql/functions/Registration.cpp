@@ -1,4 +1,3 @@
-#include "functions/FunctionSession.h"
 
 #include <sqlite3.h>
 
@@ -6,8 +5,6 @@
 #include <new>
 
 #include "functions/Functions.h"
-#include "functions/Operators.h"
-#include "types/Text.h"
 #include "types/Work.h"
 
 namespace tsql {

@@ -8,9 +8,7 @@
 #include <cstdio>
 
 #include "functions/Functions.h"
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -177,7 +175,13 @@ struct SessionFunctions {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
         const auto last = session(call).lastIdentity(info);
-        return identityValue(std::max(last.value_or(info.seed), info.seed));  // without rows: the seed
+        return identityValue(!last || *last == info.seed - info.increment ? info.seed : *last);
+    }
+
+    template <std::int64_t TableInfo::*fact>
+    static Value ofIdentity(const SqlCall& call) {
+        const TableInfo info = session(call).table(parseObjectName(call.text(0)));
+        return identityValue(info.identityColumn() ? std::optional(info.*fact) : std::nullopt);
     }
 
     // Property of the error that the enclosing CATCH block handles.
@@ -242,6 +246,8 @@ const FunctionInfo kSessionTable[] = {
     {"scope_identity", "", decimalType(38, 0),
      [](const SqlCall& call) { return identityValue(S::session(call).scopeIdentity()); }, kNulls, kVarying},
     {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
+    {"ident_seed", "T", decimalType(38, 0), S::ofIdentity<&TableInfo::seed>, kNulls, kVarying},
+    {"ident_incr", "T", decimalType(38, 0), S::ofIdentity<&TableInfo::increment>, kNulls, kVarying},
     {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
     {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
     {"error_state", "", TypeId::Int, S::caught<&Message::state>, kNulls, kVarying},

@@ -2,15 +2,8 @@
 #pragma once
 
 #include <array>
-#include <span>
-#include <string>
-#include <string_view>
 
 #include "functions/FunctionSession.h"
-#include "storage/Connection.h"
-#include "types/DateTime.h"
-#include "types/SqlTypes.h"
-#include "types/Values.h"
 
 namespace tsql {
 

@@ -7,8 +7,6 @@
 #include <cstdio>
 
 #include "functions/Functions.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 #include "types/Utf16.h"
 #include "types/Work.h"
 

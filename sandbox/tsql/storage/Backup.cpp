@@ -11,7 +11,6 @@
 #include <cstring>
 #include <memory>
 
-#include "messages/Messages.h"
 #include "storage/Connection.h"
 #include "types/Text.h"
 

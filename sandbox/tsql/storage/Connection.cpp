@@ -4,7 +4,6 @@
 #include <boost/algorithm/string/replace.hpp>
 #include <thread>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
 
 namespace tsql {

@@ -3,15 +3,9 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
 #include <functional>
 #include <list>
-#include <optional>
 #include <set>
-#include <span>
-#include <stdexcept>
-#include <string>
-#include <string_view>
 
 #include "storage/Storage.h"
 #include "types/Values.h"

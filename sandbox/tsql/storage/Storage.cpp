@@ -7,7 +7,6 @@
 #include <array>
 #include <cctype>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Values.h"
 

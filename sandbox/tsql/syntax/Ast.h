@@ -4,11 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include "types/SqlTypes.h"
@@ -160,11 +156,17 @@ struct TableRef {
     int line = 1;
 };
 
+// IDENTITY (seed, increment)
+struct Identity {
+    std::int64_t seed = 1, increment = 1;
+};
 struct SelectItem {
     ExprPtr value;                    // null for *; of SELECT @v += 1: @v + 1
     std::vector<std::string> starOf;  // qualifier of t.*
     std::string alias;                // empty if there is none
     std::string variable;             // SELECT @v = value
+    std::optional<std::pair<SqlType, Identity>> identity =
+        {};  // IDENTITY() of SELECT INTO; its value is NULL
 };
 struct Window {
     std::vector<ExprPtr> partition;
@@ -371,11 +373,10 @@ struct Constraint {
 struct ColumnDefinition {
     std::string name;
     SqlType type;
-    std::optional<bool> nullable;
-    bool identity = false;
+    std::optional<bool> nullable = {};
+    std::optional<Identity> identity = {};
     bool withValues = false;  // ALTER TABLE ADD: existing rows get the default
-    std::int64_t seed = 1;
-    std::vector<Constraint> constraints;
+    std::vector<Constraint> constraints = {};
 };
 struct CreateIndex {
     std::string name;

@@ -176,6 +176,12 @@ SqlType Parser::type(TypeUse use) {
     }
 }
 
+ast::Identity Parser::identity() {
+    const std::int64_t seed = expectInteger();
+    expect(",");
+    return {seed, expectInteger()};
+}
+
 // There is only one collation: case-insensitive, accent-sensitive.
 void Parser::collation() {
     expect("COLLATE");

@@ -1,12 +1,7 @@
 // Recursive-descent parser of a batch. Productions that only one source file uses are functions of that file.
 #pragma once
 
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <type_traits>
-#include <vector>
 
 #include "syntax/Ast.h"
 #include "syntax/Lexer.h"
@@ -57,6 +52,7 @@ class Parser {
     ast::ObjectName objectName();
     std::vector<std::string> columnNames();  // in parentheses
     SqlType type(TypeUse use);
+    ast::Identity identity();  // seed, increment
     void collation();
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one

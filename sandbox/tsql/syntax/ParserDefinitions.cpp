@@ -230,12 +230,7 @@ ColumnDefinition columnDefinition(Parser& in) {
         } else if (in.accept("WITH VALUES")) {
             column.withValues = true;
         } else if (in.accept("IDENTITY")) {
-            column.identity = true;
-            if (!in.accept("(")) return true;
-            column.seed = in.expectInteger();
-            in.expect(",");
-            if (in.expectInteger() != 1) in.throwUnsupported("an IDENTITY increment other than 1");
-            in.expect(")");
+            column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
         } else if (in.acceptConstraint(constraint, /*ofTable=*/false)) {
             if (constraint.columns.empty()) constraint.columns = {column.name};
             column.constraints.push_back(std::move(constraint));

@@ -2,14 +2,6 @@
 // parameters.
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <optional>
-#include <set>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "catalogue/Catalogue.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
@@ -70,6 +62,7 @@ struct OutputColumn {
     Column column;
     std::string alias;  // in SQLite; c1, c2 ... for a SELECT
     bool nullLiteral = false;
+    std::optional<ast::Identity> newIdentity = {};  // IDENTITY() of SELECT INTO
 };
 
 struct QueryText {
@@ -104,6 +97,9 @@ class Translator {
     std::string insertRows(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert);
     std::string limited(const std::string& sql, const ast::ExprPtr& top = nullptr);
     std::string insertQuery(const TableInfo& target, const ColumnList& columns, const ast::Insert& insert);
+    // Rows of a query with as many columns.
+    std::string insertSelected(const TableInfo& target, const ColumnList& columns, const QueryText& text,
+                               const ast::ExprPtr& top = nullptr);
     // For one row: values of the given types, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<SqlType>& types);
@@ -235,7 +231,7 @@ class Translator {
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
     std::string insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
                             std::string_view before, std::string_view after);
-    Typed defaultOf(const TableColumn& column);
+    Typed defaultOf(const TableInfo& target, const TableColumn& column);
     Typed cell(const ast::Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
     ColumnList absentDefaults(const TableInfo& target, const ColumnList& columns) const;

@@ -34,7 +34,11 @@ std::string Translator::assigned(const Typed& value, const TableInfo& target, co
     return emitAssign(value, column.type, target.fullName(), column.name).sql;
 }
 
-Typed Translator::defaultOf(const TableColumn& column) {
+Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) {
+    if (column.identity)
+        return {"ts_next_identity(" + quotedText(target.schema) + ", " + quotedText(target.stored) + ", " +
+                    std::to_string(target.increment) + ", " + std::to_string(encodeType(column.type)) + ")",
+                column.type};
     if (column.byDefault.empty()) return nullLiteral();
     return value(*parseExpression(column.byDefault));
 }
@@ -51,9 +55,10 @@ Typed Translator::cell(const Expr& expr) {
 
 ColumnList Translator::absentDefaults(const TableInfo& target, const ColumnList& columns) const {
     ColumnList absent;
-    for (const auto& column : target.columns)
-        if (!column.byDefault.empty() && std::ranges::find(columns, &column) == columns.end())
-            absent.push_back(&column);
+    for (const auto& column : target.columns) {
+        const bool filled = !column.byDefault.empty() || (column.identity && target.increment != 1);
+        if (filled && std::ranges::find(columns, &column) == columns.end()) absent.push_back(&column);
+    }
     return absent;
 }
 
@@ -79,7 +84,7 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
         m_sequences.clear();
         for (std::size_t i = 0; i < all.size(); ++i) {
             const bool given = i < cells.size() && cells[i];
-            const Typed typed = given ? cell(*cells[i]) : defaultOf(*all[i]);
+            const Typed typed = given ? cell(*cells[i]) : defaultOf(target, *all[i]);
             row += (i ? ", " : "") + assigned(typed, target, *all[i]);
         }
         rows += (rows.empty() ? "VALUES (" : ", (") + row + ")";
@@ -99,7 +104,7 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
 std::string Translator::insertCells(const TableInfo& target, ColumnList columns, std::vector<Typed> cells,
                                     std::string_view before, std::string_view after) {
     for (const auto* column : absentDefaults(target, columns)) {
-        cells.push_back(defaultOf(*column));
+        cells.push_back(defaultOf(target, *column));
         columns.push_back(column);
     }
     std::string list;
@@ -115,10 +120,15 @@ std::string Translator::insertQuery(const TableInfo& target, const ColumnList& c
     if (text.columns.size() != columns.size())
         throw sqlError(text.columns.size() < columns.size() ? message::kFewerSelectedThanInserted
                                                             : message::kMoreSelectedThanInserted);
+    return insertSelected(target, columns, text, insert.top) + returning(target, insert.output, "inserted");
+}
+
+std::string Translator::insertSelected(const TableInfo& target, const ColumnList& columns,
+                                       const QueryText& text, const ExprPtr& top) {
     std::vector<Typed> cells;
-    for (const auto& output : text.columns) cells.push_back({output.alias, output.column.type});
-    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql, insert.top) + ")") +
-           returning(target, insert.output, "inserted");
+    for (const auto& output : text.columns)
+        if (!output.newIdentity || target.increment == 1) cells.push_back({output.alias, output.column.type});
+    return insertCells(target, columns, cells, "SELECT ", " FROM (" + limited(text.sql, top) + ")");
 }
 
 std::string Translator::insertParameters(const TableInfo& target, const ColumnList& columns,
@@ -129,7 +139,7 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
 }
 
 Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
-    Typed typed = clause.value ? value(*clause.value) : defaultOf(column);
+    Typed typed = clause.value ? value(*clause.value) : defaultOf({}, column);
     if (!clause.op) return typed;
     const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
     return emitBinary(*clause.op, {prefix + quotedName(column.name), column.type}, typed);
@@ -159,6 +169,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
+        if (item.identity) throw sqlError(message::kIdentityWithoutInto);
         selectItem(item, m_output, list, /*collate=*/false);
     }
     m_scope = nullptr;

@@ -36,7 +36,7 @@ bool hasVarBinary(const QueryText& text) {
 // strings.
 std::string distinctRows(const std::string& rows, const QueryText& text) {
     std::string list, keys;
-    for (const auto& [column, alias, isNull] : text.columns) {
+    for (const auto& [column, alias, isNull, isNew] : text.columns) {
         const std::string comma = list.empty() ? "" : ", ";
         list += comma + alias + " AS " + alias;
         keys += comma + comparable({alias, column.type});
@@ -177,7 +177,8 @@ void Translator::addOutput(QueryText& text, std::string& list, Column column, co
 
 void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     if (!item.value) return star(item, text, list, collate);
-    const Typed typed = value(*item.value);
+    Typed typed = value(*item.value);
+    if (item.identity) typed.type = item.identity->first;
     if (!item.variable.empty()) {
         m_assignments.push_back({item.variable, typed.type});
         if (const auto live = m_live.find(item.variable); live != m_live.end())
@@ -192,6 +193,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
     addOutput(text, list, std::move(column),
               collate ? collated(typed, message::kTypeNotDistinct) : typed.sql);
     text.columns.back().nullLiteral = typed.nullLiteral;
+    if (item.identity) text.columns.back().newIdentity = item.identity->second;
 }
 
 void Translator::star(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
@@ -323,7 +325,7 @@ std::string Translator::distinctSetOperation(SetOp op, const std::string& left, 
                                              const QueryText& text) {
     if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
     std::string equal;
-    for (const auto& [column, alias, isNull] : text.columns)
+    for (const auto& [column, alias, isNull, isNew] : text.columns)
         equal += (equal.empty() ? "" : " AND ") + comparable({"l." + alias, column.type}) + " IS " +
                  comparable({"r." + alias, column.type});
     return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
@@ -344,6 +346,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     bool flat = left.compound && (left.collated || !distinct);
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
+        if (column.newIdentity) throw unsupported("IDENTITY() in a UNION");
         const Typed pieces[] = {
             {column.alias, column.column.type, column.nullLiteral},
             {right.columns[i].alias, right.columns[i].column.type, right.columns[i].nullLiteral}};
@@ -511,7 +514,7 @@ std::string Translator::addSource(const std::vector<OutputColumn>& columns, cons
     std::string sqlAlias = nextAlias();
     const std::string prefix = sqlAlias + ".";
     Source source{exposed, {}, {}, {}, {}, {}};
-    for (const auto& [column, alias, nullLiteral] : columns)
+    for (const auto& [column, alias, nullLiteral, isNew] : columns)
         source.columns.push_back(
             {column.name, prefix + alias, column.type, column.nullable, column.identity});
     m_scope->sources.push_back(std::move(source));
@@ -523,7 +526,7 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
     QueryText text = blind([&] { return this->query(query); });
     rename(text, names, alias);
     WordSet seen;
-    for (const auto& [column, sqlName, nullLiteral] : text.columns) {
+    for (const auto& [column, sqlName, nullLiteral, isNew] : text.columns) {
         if (column.name.empty()) throw sqlError(message::kUnnamedColumn, {sqlName.substr(1), alias});
         if (!seen.insert(column.name).second)
             throw sqlError(message::kColumnSpecifiedTwice, {column.name, alias});

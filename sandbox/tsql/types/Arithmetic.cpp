@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Values.h"
 

@@ -5,7 +5,6 @@
 #include "messages/Messages.h"
 #include "types/DateTime.h"
 #include "types/Decimal.h"
-#include "types/SqlTypes.h"
 #include "types/Text.h"
 
 namespace tsql {

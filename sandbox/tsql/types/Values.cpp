@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <limits>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Utf16.h"
 
