@@ -1,14 +1,10 @@
 #include <malloc.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <exception>
-#include <filesystem>
 #include <fstream>
-#include <stdexcept>
 
 #include "Listener.h"
 #include "SessionLimits.h"

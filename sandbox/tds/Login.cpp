@@ -1,6 +1,5 @@
 #include "Login.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "ByteWriter.h"

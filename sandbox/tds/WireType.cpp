@@ -1,8 +1,5 @@
 #include "WireType.h"
 
-#include <algorithm>
-#include <string>
-
 namespace tds {
 namespace {
 

@@ -1,6 +1,4 @@
 // Values on the wire, declared in WireType.h.
-#include <algorithm>
-#include <bit>
 #include <cmath>
 
 #include "WireType.h"

@@ -1,6 +1,5 @@
 #include "catalogue/Catalogue.h"
 
-#include <algorithm>
 #include <sstream>
 
 namespace tsql {

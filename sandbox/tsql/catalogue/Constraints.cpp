@@ -1,7 +1,5 @@
 #include "catalogue/Constraints.h"
 
-#include <algorithm>
-
 #include "syntax/Parser.h"
 
 namespace tsql {

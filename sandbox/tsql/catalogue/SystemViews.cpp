@@ -1,5 +1,4 @@
 // System views, each a query over the catalogue of a database.
-#include <algorithm>
 #include <boost/algorithm/string/replace.hpp>
 
 #include "catalogue/Catalogue.h"

@@ -1,11 +1,8 @@
 // T-SQL's aggregates, as SQLite aggregates.
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <cmath>
-#include <memory>
 #include <new>
-#include <vector>
 
 #include "functions/SqliteFunction.h"
 

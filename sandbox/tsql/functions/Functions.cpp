@@ -1,9 +1,5 @@
 #include "functions/Functions.h"
 
-#include <algorithm>
-#include <map>
-#include <vector>
-
 namespace tsql {
 
 namespace {

@@ -1,5 +1,4 @@
 // T-SQL's numeric functions, as SQLite functions.
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>

@@ -1,5 +1,4 @@
 // SQLite functions for the SQL of the translator and the system views.
-#include <algorithm>
 
 #include "functions/SqliteFunction.h"
 #include "syntax/Parser.h"

@@ -1,7 +1,6 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <new>
 
 #include "functions/Functions.h"

@@ -2,8 +2,6 @@
 #include <sodium.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdio>
 

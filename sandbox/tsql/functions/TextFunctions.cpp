@@ -1,8 +1,6 @@
 // T-SQL's string functions, as SQLite functions.
 #include <openssl/evp.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 

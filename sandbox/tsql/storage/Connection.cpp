@@ -1,6 +1,5 @@
 #include "storage/Connection.h"
 
-#include <algorithm>
 #include <boost/algorithm/string/replace.hpp>
 #include <thread>
 

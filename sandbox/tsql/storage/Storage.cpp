@@ -3,7 +3,6 @@
 #include <sodium.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <array>
 #include <cctype>
 

@@ -1,5 +1,4 @@
 // Arithmetic operators of all types, declared in Values.h.
-#include <algorithm>
 #include <cmath>
 
 #include "types/Text.h"

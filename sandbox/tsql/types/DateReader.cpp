@@ -1,5 +1,4 @@
 // Parser of date and time strings.
-#include <algorithm>
 #include <array>
 
 #include "messages/Messages.h"

@@ -1,6 +1,5 @@
 #include "types/DateTime.h"
 
-#include <algorithm>
 #include <ctime>
 
 #include "messages/Messages.h"

@@ -1,6 +1,5 @@
 #include "types/Text.h"
 
-#include <algorithm>
 #include <clocale>
 #include <cwctype>
 

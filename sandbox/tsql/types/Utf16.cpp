@@ -1,7 +1,5 @@
 #include "types/Utf16.h"
 
-#include <algorithm>
-
 #include "types/Text.h"
 
 namespace tsql {

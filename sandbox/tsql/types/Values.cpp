@@ -1,6 +1,5 @@
 #include "types/Values.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
