@@ -124,7 +124,7 @@ void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& err
 
 void ClientConnection::acceptLogin(const Login& login) {
     m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
-    const std::string& database = m_session->database();
+    const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
     m_response.message(messageOf(tsql::sqlError(kDatabaseChanged, {database}, /*state=*/2)));
     m_response.binaryChange(EnvChange::Collation, kCollation);
@@ -184,7 +184,7 @@ ByteView ClientConnection::withoutHeaders(ByteView data) const {
 
 // Connection pools ask for this before they reuse a connection.
 void ClientConnection::resetSession(Request::Reset reset) {
-    const std::string previous = m_session->database();
+    const std::string previous(m_session->database());
     const bool keepsTransaction =
         reset == Request::Reset::KeepTransaction && m_session->resetAroundTransaction(m_initialDatabase);
     if (!keepsTransaction) {

@@ -33,6 +33,7 @@ struct WireForm {
     Framing framing;
     std::uint8_t size;  // of a value, in bytes; 0: variable
     tsql::TypeId type;
+    std::uint8_t fixedId = 0;  // id of the form without a length, which only clients send; 0: none
 };
 
 struct WireType {

@@ -17,6 +17,9 @@ constexpr std::string_view kTables[] = {
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
 };
 
+// Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1.
+constexpr std::int64_t kIdentity = 1, kComputed = 2;
+
 std::string inSchema(std::string_view text, std::string_view schema) {
     std::string sql;
     for (const char c : text) c == '$' ? sql.append(schema) : sql.append(1, c);
@@ -169,9 +172,15 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
                                      m_schema));
     query.bind(1, object);
     std::vector<TableColumn> columns;
-    while (query.step())
-        columns.push_back({query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
-                           query.integer(3) != 0, query.text(4), query.integer(5) != 0, query.integer(6)});
+    while (query.step()) {
+        const auto kind = query.integer(3);
+        auto& column = columns.emplace_back(TableColumn{query.text(0), decodeType(query.integer(1)),
+                                                        query.integer(2) != 0, kind == kIdentity});
+        (kind >= kComputed ? column.computed : column.byDefault) = query.text(4);
+        column.output = query.integer(5) != 0;
+        column.id = query.integer(6);
+        column.persisted = kind > kComputed;
+    }
     return columns;
 }
 
@@ -208,8 +217,8 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
                                 column.name,
                                 encodeType(column.type),
                                 std::int64_t{column.nullable},
-                                std::int64_t{column.identity},
-                                column.byDefault,
+                                column.computed.empty() ? column.identity : kComputed + column.persisted,
+                                column.computed.empty() ? column.byDefault : column.computed,
                                 std::int64_t{column.output},
                                 column.id};
         run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "

@@ -47,6 +47,8 @@ struct TableColumn {
     std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
     bool output = false;         // OUTPUT parameter of a procedure
     std::int64_t id = 0;         // column_id
+    std::string computed = {};   // T-SQL text of a computed column
+    bool persisted = false;
 };
 using ColumnList = std::vector<const TableColumn*>;  // columns of one TableInfo
 

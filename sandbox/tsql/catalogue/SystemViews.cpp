@@ -75,7 +75,7 @@ constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
 constexpr std::string_view kColumns =
     R"($COLUMN; collation_name sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit =
-c.nullable; is_identity bit = c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
+c.nullable; is_identity bit = c.identity = 1; is_computed bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
 'D' AND d.parent = c.object AND d.keys = c.name), 0))";
 
 constexpr ViewText kViews[] = {
@@ -143,10 +143,11 @@ ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defi
     {"sys", "identity_columns",
      R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; 
 seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint = coalesce(('[' || o.keys || ']') ->> 1, 1))",
-     "$c c JOIN $o o ON o.id = c.object WHERE c.identity"},
+     "$c c JOIN $o o ON o.id = c.object WHERE c.identity = 1"},
     {"sys", "computed_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",
-     "$c c WHERE 0"},
+     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; is_identity bit = 0;
+definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2)",
+     "$c c WHERE c.identity > 1"},
     {"sys", "extended_properties",
      R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
 name sysname = NULL; value nvarchar(4000) = NULL)",
@@ -213,7 +214,7 @@ varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
      R"($TABLE; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
-nvarchar(4000) = '(' || nullif(c.fallback, '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
+nvarchar(4000) = '(' || nullif(iif(c.identity > 1, '', c.fallback), '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
 'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END)",
      kAllColumns},
     {"INFORMATION_SCHEMA", "ROUTINES",

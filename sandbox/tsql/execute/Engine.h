@@ -28,6 +28,7 @@ struct Engine {
 class Session {
   public:
     virtual ~Session() = default;
+
     // Runs one batch, in UTF-8. T-SQL errors are passed to the sink as messages. Returns false if the batch
     // ended the session (severity 20 and above).
     virtual bool runBatch(std::string_view batch, ResultSink& sink) = 0;
@@ -39,7 +40,6 @@ class Session {
     // transaction.
     virtual bool resetAroundTransaction(std::string_view database) = 0;
 };
-// The engine must outlive the session. Throws SqlError 4060 if there is no such database.
 std::unique_ptr<Session> openSession(Engine& engine, Client client, std::string_view database, int spid);
 
 }  // namespace tsql

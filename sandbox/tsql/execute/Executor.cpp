@@ -294,6 +294,8 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
         return sqlError(message::kNestedTooDeeply);
+    if (text.find("prohibited in generated columns") != std::string::npos)
+        return unsupported("a computed column with a user-defined function or one like GETDATE");
     // The files of the databases that were used first have been closed, or another one cannot be opened.
     if (text.starts_with("no such table: ") || text.starts_with("too many attached databases"))
         return unsupported("a statement or transaction over more than 10 databases");

@@ -223,6 +223,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                                             const ast::CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const ast::Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
+    CheckText computed(const TableInfo& table, const TableColumn& column);
     void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
                    const std::string& filter = {});
     void addIndex(Catalogue& catalogue, const TableInfo& table, const ast::CreateIndex& create);

@@ -93,6 +93,8 @@ TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& crea
             for (const auto& name : constraint->columns)
                 column.nullable = column.nullable && !sameText(name, column.name);
     column.nullable = definition.nullable.value_or(column.nullable);
+    column.computed = definition.computed;
+    column.persisted = definition.persisted;
     for (const auto& constraint : definition.constraints)
         if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
     return column;
@@ -118,6 +120,13 @@ std::string columnText(const TableColumn& column, std::int64_t increment) {
         return quotedName(column.name) + " INTEGER PRIMARY KEY" + (increment == 1 ? " AUTOINCREMENT" : "");
     return quotedName(column.name) + " " + std::string(storageClass(column.type)) +
            (column.nullable ? "" : " NOT NULL");
+}
+
+std::string storedColumns(const TableInfo& table) {
+    std::vector<std::string> names;
+    for (const auto& column : table.columns)
+        if (column.computed.empty()) names.push_back(column.name);
+    return quotedNames(names);
 }
 
 }  // namespace
@@ -157,6 +166,8 @@ TableInfo Executor::createTable(const CreateTable& create) {
         setIdentity(table, definition);
         table.columns.push_back(columnOf(definition, create));
     }
+    for (auto& column : table.columns)
+        if (!column.computed.empty()) column.type = computed(table, column).type;
     const auto constraints = allConstraints(create);
     if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
         throw sqlError(message::kSeveralPrimaryKeys, {name});
@@ -277,10 +288,21 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     return key;
 }
 
+// Other computed columns are not allowed in the expression.
+CheckText Executor::computed(const TableInfo& table, const TableColumn& column) {
+    CheckText text = Translator(*this).check(table, *parseExpression(column.computed));
+    for (const auto& name : text.columns)
+        if (!table.column(name)->computed.empty())
+            throw sqlError(message::kComputedOfComputed, {name, table.name});
+    return text;
+}
+
 // Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
-    std::string body =
-        commaList(table.columns, [&](const auto& column) { return columnText(column, table.increment); });
+    std::string body = commaList(table.columns, [&](const auto& column) {
+        return columnText(column, table.increment) +
+               (column.computed.empty() ? "" : " AS (" + computed(table, column).sql + ")");
+    });
     for (const auto& key : catalogue.keysOf(table.id)) {
         if (isDisabled(key)) continue;
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
@@ -385,6 +407,12 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
         table.columns = catalogue.columns(table.id);
         return renumber(table);
     }
+    if (!column.computed.empty()) {
+        column.type = computed(table, column).type;
+        catalogue.saveColumns(table.id, {column});
+        table.columns = catalogue.columns(table.id);
+        return redefine(catalogue, table);
+    }
     const std::string fallback = std::exchange(column.byDefault, {});
     const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
     if (!column.nullable && !filled && anyRow(m_connection, table, "1"))
@@ -429,6 +457,11 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
                                {key.type == objectType::kIndex ? "index" : "object", key.name, column});
             });
     }
+    for (const auto& other : table.columns)
+        if (!other.computed.empty() && computed(table, other).columns.contains(std::string(column)))
+            failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
+                throw sqlError(message::kDependentOnColumn, {"column", other.name, column});
+            });
     if (!table.column(column)) throw sqlError(message::kAlteredColumnNotFound, {verb, column, table.name});
 }
 
@@ -436,6 +469,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     refuseDependents(table, definition.name, "ALTER", {});
     TableColumn column = *table.column(definition.name);
     const SqlType before = column.type;
+    if (!column.computed.empty()) throw sqlError(message::kCannotAlterColumn, {column.name, "COMPUTED"});
     if (column.identity || !definition.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
     const bool longer =
         before.id == definition.type.id &&
@@ -646,7 +680,8 @@ void Executor::keepTables(const std::function<void()>& rollback) {
     for (Frame* frame : m_frames)
         for (auto& [name, table] : frame->tables) {
             Kept& each = kept.emplace_back(Kept{table, {}});
-            PreparedStatement query(m_connection, "SELECT * FROM " + table.info.sqlName());
+            PreparedStatement query(m_connection,
+                                    "SELECT " + storedColumns(table.info) + " FROM " + table.info.sqlName());
             while (query.step()) {
                 auto& row = each.rows.emplace_back();
                 for (int i = 0; i < query.columnCount(); ++i) row.push_back(ownedValue(query.cell(i)));
@@ -656,11 +691,13 @@ void Executor::keepTables(const std::function<void()>& rollback) {
     for (auto& [table, rows] : kept) {
         dropTable(table.info);
         table.info = createTable(*table.definition);
-        std::string marks;
-        for (std::size_t i = 1; i <= table.info.columns.size(); ++i)
-            marks += (i > 1 ? ", ?" : "?") + std::to_string(i);
-        for (const auto& row : rows)
-            m_connection.run("INSERT INTO " + table.info.sqlName() + " VALUES (" + marks + ")", row);
+        for (const auto& row : rows) {
+            std::string marks;
+            for (std::size_t i = 1; i <= row.size(); ++i) marks += (i > 1 ? ", ?" : "?") + std::to_string(i);
+            m_connection.run("INSERT INTO " + table.info.sqlName() + " (" + storedColumns(table.info) +
+                                 ") VALUES (" + marks + ")",
+                             row);
+        }
     }
 }
 

@@ -190,6 +190,7 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
         if (!column) throw sqlError(message::kInvalidColumnName, {name});
         if (std::ranges::find(columns, column) != columns.end())
             throw sqlError(message::kColumnSetTwice, {name});
+        if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
         if (column->identity && !identityGiven) throw sqlError(message::kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
     }
@@ -198,7 +199,7 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
     if (!names.empty() || defaultValues) return columns;
     if (identityGiven) throw sqlError(message::kIdentityValueNeedsColumnList, {target.name});
     for (const auto& column : target.columns)
-        if (!column.identity) columns.push_back(&column);
+        if (!column.identity && column.computed.empty()) columns.push_back(&column);
     return columns;
 }
 

@@ -137,10 +137,6 @@ const Aggregate kAggregates[] = {
     {"ts_string_agg", addText, aggregatedText},
 };
 
-const Binding<Aggregate>& bindingOf(sqlite3_context* call) {
-    return *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
-}
-
 // SQLite provides a zeroed slot per group. The first value allocates what it points to.
 Gathered*& slotOf(sqlite3_context* call) {
     auto* slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(void*)));
@@ -150,7 +146,7 @@ Gathered*& slotOf(sqlite3_context* call) {
 
 template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
-    const auto& binding = bindingOf(call);
+    const auto& binding = *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
     try {
         const SqlCall arguments(binding.context, count, values);
         if (isNull(arguments[0])) {
@@ -169,7 +165,7 @@ void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
 // last: the group ends, also when its statement ends early.
 template <bool last>
 void giveAggregate(sqlite3_context* call) {
-    const auto& binding = bindingOf(call);
+    const auto& binding = *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
     auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
     const Gathered* const gathered = slot ? *slot : nullptr;
     const std::unique_ptr<const Gathered> ended(last ? gathered : nullptr);

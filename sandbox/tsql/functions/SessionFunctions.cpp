@@ -163,7 +163,7 @@ struct SessionFunctions {
             if (!sameText(column.name, call.text(1))) continue;
             if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
             if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
-            if (sameWord(call.text(2), "IsComputed")) return std::int64_t{0};
+            if (sameWord(call.text(2), "IsComputed")) return std::int64_t{!column.computed.empty()};
             throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
         }
         return Null{};

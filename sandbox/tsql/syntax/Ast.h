@@ -375,6 +375,8 @@ struct ColumnDefinition {
     SqlType type;
     std::optional<bool> nullable = {};
     std::optional<Identity> identity = {};
+    std::string computed = {};  // text of its expression; `type` is not known then
+    bool persisted = false;
     bool withValues = false;  // ALTER TABLE ADD: existing rows get the default
     std::vector<Constraint> constraints = {};
 };

@@ -240,7 +240,14 @@ ColumnDefinition columnDefinition(Parser& in) {
         return true;
     };
     column.name = in.expectName();
-    in.throwIfAt("AS", "computed columns");
+    if (in.accept("AS")) {
+        const std::size_t begin = in.position();
+        in.scalar(&Parser::expression);
+        column.computed = in.textSince(begin);
+        column.persisted = in.accept("PERSISTED");
+        while (option()) continue;
+        return column;
+    }
     const std::size_t typeName = in.at(".", 1) ? 2 : 0;  // behind a schema
     if (sameWord(unquoted(in.peek(typeName)), "sysname")) column.nullable = false;
     column.type = in.type(TypeUse::Declaration);

@@ -79,10 +79,12 @@ struct Assignment {
     SqlType type;  // of the value
 };
 
-// Condition of a CHECK constraint, with unqualified column names, and the columns it uses.
+// Condition of a CHECK constraint or value of a computed column, with unqualified column names, and the
+// columns it uses.
 struct CheckText {
     std::string sql;
     std::set<std::string> columns;
+    SqlType type = {};  // of a value
 };
 
 class Translator {

@@ -234,6 +234,7 @@ std::string Translator::update(const TableInfo& target, const Update& update) {
         if (!isTarget) throw sqlError(message::kUnboundIdentifier, {clause.table + "." + clause.column});
         if (!column) throw sqlError(message::kInvalidColumnName, {clause.column});
         if (column->identity) throw sqlError(message::kIdentityUpdate, {column->name});
+        if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
         if (!seen.insert(column).second) throw sqlError(message::kColumnSetTwice, {column->name});
         const std::string cell = assigned(setValue(rowid, clause, *column), target, *column);
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
@@ -301,7 +302,13 @@ CheckText Translator::check(const TableInfo& table, const Expr& expr) {
     m_scope = &scope;
     m_nextValue = message::kNextValueInSubquery;
     addSource(table, table.name, {});
-    CheckText text{condition(expr), {}};
+    CheckText text;
+    if (expr.isCondition()) {
+        text.sql = condition(expr);
+    } else {
+        const Typed typed = value(expr);
+        text = {typed.sql, {}, typed.type};
+    }
     for (const auto& name : scope.loose) text.columns.insert(name.substr(table.name.size() + 1));
     m_scope = nullptr;
     return text;
