@@ -15,7 +15,7 @@ enum class PacketType : std::uint8_t {
     TransactionManager = 14,
     Login7 = 16,
     SspiMessage = 17,
-    Prelogin = 18,
+    Prelogin = 18
 };
 
 // Protocol versions in ascending order, so that "7.2 or later" is a comparison.
@@ -24,7 +24,7 @@ enum class Version : std::uint32_t {
     V72 = 0x72090002,
     V73A = 0x730A0003,
     V73B = 0x730B0003,
-    V74 = 0x74000004,
+    V74 = 0x74000004
 };
 
 enum class Token : std::uint8_t {
@@ -40,7 +40,7 @@ enum class Token : std::uint8_t {
     Sspi = 0xED,
     Done = 0xFD,
     DoneProc = 0xFE,
-    DoneInProc = 0xFF,
+    DoneInProc = 0xFF
 };
 
 // Server version reported to clients: major, minor, build.
@@ -68,7 +68,7 @@ enum class EnvChange : std::uint8_t {
     BeginTransaction = 8,
     CommitTransaction = 9,
     RollbackTransaction = 10,
-    ResetAcknowledged = 18,
+    ResetAcknowledged = 18
 };
 
 }  // namespace tds

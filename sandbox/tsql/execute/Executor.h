@@ -203,7 +203,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void loseIdentity(const TableInfo& target);
     void skipIdentities();
     void noteHighest(const TableInfo& target);
-    void renumber(const TableInfo& table);
+    void renumber(Catalogue& catalogue, const TableInfo& table);
     void keepIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)

@@ -399,33 +399,27 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
     TableColumn column = columnOf(definition, {});
     if (table.column(column.name)) throw sqlError(message::kRepeatedColumnName, {column.name, table.name});
     setIdentity(table, definition);
-    if (column.identity) {
-        ObjectInfo object = *catalogue.findById(table.id);
-        object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
-        catalogue.save(object);
-        catalogue.saveColumns(table.id, {column});
-        table.columns = catalogue.columns(table.id);
-        return renumber(table);
-    }
-    if (!column.computed.empty()) {
-        column.type = computed(table, column).type;
-        catalogue.saveColumns(table.id, {column});
-        table.columns = catalogue.columns(table.id);
-        return redefine(catalogue, table);
-    }
+    const bool isComputed = !column.computed.empty(), isStored = !isComputed && !column.identity;
+    if (isComputed) column.type = computed(table, column).type;
     const std::string fallback = std::exchange(column.byDefault, {});
     const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
-    if (!column.nullable && !filled && anyRow(m_connection, table, "1"))
+    if (isStored && !column.nullable && !filled && anyRow(m_connection, table, "1"))
         throw sqlError(message::kAddedColumnNotNull, {column.name, table.name});
-    m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
-                     std::string(storageClass(column.type)));
+    if (isStored)
+        m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
+                         std::string(storageClass(column.type)));
     catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
     if (filled) fillColumn(table, column, Translator(*this).value(*parseExpression(fallback)));
+    if (column.identity) renumber(catalogue, table);
+    if (isComputed) redefine(catalogue, table);
 }
 
 // Makes the row ids of existing rows identities, in the order of the rows, by way of numbers that are free.
-void Executor::renumber(const TableInfo& table) {
+void Executor::renumber(Catalogue& catalogue, const TableInfo& table) {
+    ObjectInfo object = *catalogue.findById(table.id);
+    object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
+    catalogue.save(object);
     const std::string update = "UPDATE " + table.sqlName() + " SET _rowid_ = ";
     m_connection.run(
         "WITH found AS MATERIALIZED (SELECT _rowid_ AS ts_id, row_number() OVER (ORDER BY _rowid_) "
@@ -444,24 +438,22 @@ void Executor::fillColumn(const TableInfo& table, const TableColumn& column, con
 
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                                 const std::vector<ObjectInfo>& keys) {
+    const auto refuseIfUsed = [&](const auto& columns, std::string_view kind, const std::string& name) {
+        if (std::ranges::none_of(columns, [&](const auto& each) { return sameText(each, column); })) return;
+        failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
+            throw sqlError(message::kDependentOnColumn, {kind, name, column});
+        });
+    };
     for (const auto& key : keys) {
-        const bool filtered = key.type == objectType::kIndex && !key.stored.empty();
-        auto used =
-            filtered
-                ? Translator(*this).check(table, *parseConstraint("CHECK (" + key.stored + ")").check).columns
-                : std::set<std::string>();
-        used.insert(key.columns.begin(), key.columns.end());
-        if (std::ranges::any_of(used, [&](const auto& name) { return sameText(name, column); }))
-            failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
-                throw sqlError(message::kDependentOnColumn,
-                               {key.type == objectType::kIndex ? "index" : "object", key.name, column});
-            });
+        const bool isIndex = key.type == objectType::kIndex;
+        if (isIndex && !key.stored.empty())
+            refuseIfUsed(
+                Translator(*this).check(table, *parseConstraint("CHECK (" + key.stored + ")").check).columns,
+                "index", key.name);
+        refuseIfUsed(key.columns, isIndex ? "index" : "object", key.name);
     }
     for (const auto& other : table.columns)
-        if (!other.computed.empty() && computed(table, other).columns.contains(std::string(column)))
-            failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
-                throw sqlError(message::kDependentOnColumn, {"column", other.name, column});
-            });
+        if (!other.computed.empty()) refuseIfUsed(computed(table, other).columns, "column", other.name);
     if (!table.column(column)) throw sqlError(message::kAlteredColumnNotFound, {verb, column, table.name});
 }
 

@@ -60,9 +60,9 @@ ALTER TABLE Lines ADD worse AS half + 1 --> Msg 1759, Level 16, State 0, Line 1:
 ALTER TABLE Lines DROP COLUMN qty
 --> Msg 5074, Level 16, State 1, Line 1: The index 'IX_total' is dependent on column 'qty'.
 --> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE DROP COLUMN qty failed because one or more objects access this column.
-ALTER TABLE Lines ALTER COLUMN price decimal(12, 2)
---> Msg 5074, Level 16, State 1, Line 1: The column 'total' is dependent on column 'price'.
---> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE ALTER COLUMN price failed because one or more objects access this column.
+ALTER TABLE Lines ALTER COLUMN PRICE decimal(12, 2)
+--> Msg 5074, Level 16, State 1, Line 1: The column 'total' is dependent on column 'PRICE'.
+--> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE ALTER COLUMN PRICE failed because one or more objects access this column.
 ALTER TABLE Lines ALTER COLUMN half int --> Msg 4928, Level 16, State 1, Line 1: Cannot alter column 'half' because it is 'COMPUTED'.
 ALTER TABLE Lines DROP CONSTRAINT CK_half
 ALTER TABLE Lines DROP COLUMN half
