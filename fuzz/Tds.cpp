@@ -10,7 +10,7 @@
 #include "PreparedStatements.h"
 #include "Requests.h"
 #include "messages/Messages.h"
-#include "types/Utf16.h"
+#include "types/Text.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <span>
 
 #include "ByteReader.h"
-#include "types/Utf16.h"
+#include "types/Text.h"
 
 namespace tds {
 

@@ -46,19 +46,15 @@ enum class Token : std::uint8_t {
 // Server version reported to clients: major, minor, build.
 constexpr std::uint32_t kServerVersion = 0x0F0007D0;
 
-constexpr std::size_t kDefaultPacketSize = 4096;  // bytes, the header included
-constexpr std::size_t kMinPacketSize = 512;
-constexpr std::size_t kMaxPacketSize = 32767;
+// Bytes, the header included.
+constexpr std::size_t kDefaultPacketSize = 4096, kMinPacketSize = 512, kMaxPacketSize = 32767;
 
 // Severity from which a message is sent as an ERROR token; lower ones are sent as INFO.
 constexpr int kMinErrorSeverity = 11;
 
 // Bits of a DONE token's status.
-constexpr unsigned kDoneFinal = 0x00;
-constexpr unsigned kDoneMore = 0x01;
-constexpr unsigned kDoneError = 0x02;
-constexpr unsigned kDoneCount = 0x10;
-constexpr unsigned kDoneAttention = 0x20;
+constexpr unsigned kDoneFinal = 0x00, kDoneMore = 0x01, kDoneError = 0x02, kDoneCount = 0x10,
+                   kDoneAttention = 0x20;
 
 enum class EnvChange : std::uint8_t {
     Database = 1,

@@ -24,7 +24,6 @@ struct Gathered {
     std::size_t bytes = 0;           // total length of the parts
     std::vector<bool> descending{};  // of each sort key
     std::int64_t longest = 0;        // longest result in characters
-    int digits = 0;                  // additional fraction digits of an average
 };
 
 struct Aggregate {
@@ -34,13 +33,12 @@ struct Aggregate {
     void (*step)(Gathered& gathered, const SqlCall& arguments, int sign);
     Value (*result)(const Gathered& gathered, const Aggregate& aggregate);
     SqlType type = {};  // type of an exact result
+    int digits = 0;     // additional fraction digits of an average
 };
 
 const SqlType kSumType = decimalType(kMostDigits, 0);
 
-// (value[, additional fraction digits of the average])
 void addExact(Gathered& gathered, const SqlCall& arguments, int sign) {
-    if (arguments.count() > 1) gathered.digits = static_cast<int>(arguments.integer(1));
     gathered.sum += sign * exactOf(arguments[0]);
     if (!fits(gathered.sum, kSumType)) throwOverflow(kSumType);
 }
@@ -84,7 +82,7 @@ Value exactSum(const Gathered& gathered, const Aggregate& aggregate) {
 
 Value exactAverage(const Gathered& gathered, const Aggregate& aggregate) {
     const Int128 average = exactResult(BinaryOp::Divide, gathered.sum, kSumType, gathered.count,
-                                       simpleType(TypeId::BigInt), gathered.digits);
+                                       simpleType(TypeId::BigInt), aggregate.digits);
     return checkedCell(average, aggregate.type);
 }
 
@@ -125,11 +123,17 @@ const Aggregate kAggregates[] = {
     {"ts_sum_money", addExact, exactSum, simpleType(TypeId::Money)},
     {"ts_sum_decimal", addExact, exactSum, kSumType},
     {"ts_sum_float", addReal, realTotal<false>},
-    {"ts_avg_int", addExact, exactAverage, simpleType(TypeId::Int)},
-    {"ts_avg_bigint", addExact, exactAverage, simpleType(TypeId::BigInt)},
-    {"ts_avg_money", addExact, exactAverage, simpleType(TypeId::Money)},
-    {"ts_avg_decimal", addExact, exactAverage, kSumType},
-    {"ts_avg_float", addReal, realTotal<true>},
+    {"ts_avg_int0", addExact, exactAverage, simpleType(TypeId::Int)},
+    {"ts_avg_bigint0", addExact, exactAverage, simpleType(TypeId::BigInt)},
+    {"ts_avg_money0", addExact, exactAverage, simpleType(TypeId::Money)},
+    {"ts_avg_decimal0", addExact, exactAverage, kSumType, 0},
+    {"ts_avg_decimal1", addExact, exactAverage, kSumType, 1},
+    {"ts_avg_decimal2", addExact, exactAverage, kSumType, 2},
+    {"ts_avg_decimal3", addExact, exactAverage, kSumType, 3},
+    {"ts_avg_decimal4", addExact, exactAverage, kSumType, 4},
+    {"ts_avg_decimal5", addExact, exactAverage, kSumType, 5},
+    {"ts_avg_decimal6", addExact, exactAverage, kSumType, 6},
+    {"ts_avg_float0", addReal, realTotal<true>},
     {"ts_stdev", addSpread, spread<true, true>},
     {"ts_stdevp", addSpread, spread<false, true>},
     {"ts_var", addSpread, spread<true, false>},

@@ -59,14 +59,14 @@ std::string writeExtreme(const FunctionInfo& function, Pieces pieces, const SqlT
     return std::string(function.name) + "(" + collated(noted(pieces[0])) + ")";
 }
 
+// SQLite passes one argument only to an aggregate with DISTINCT, hence a name for each result.
 std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) {
     return "ts_sum_" + std::string(baseName(result.id)) + "(" + pieces[0].sql + ")";
 }
 
 std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& result) {
     const int digits = isExact(result.id) ? result.scale - pieces[0].type.scale : 0;
-    return "ts_avg_" + std::string(baseName(result.id)) + "(" + pieces[0].sql + "," + std::to_string(digits) +
-           ")";
+    return "ts_avg_" + std::string(baseName(result.id)) + std::to_string(digits) + "(" + pieces[0].sql + ")";
 }
 
 std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& result) {

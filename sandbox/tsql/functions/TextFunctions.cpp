@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "functions/Functions.h"
-#include "types/Utf16.h"
+#include "types/Text.h"
 #include "types/Work.h"
 
 namespace tsql {

@@ -9,9 +9,7 @@
 namespace tsql {
 namespace {
 
-using std::chrono::days;
-using std::chrono::sys_days;
-using std::chrono::year;
+using std::chrono::days, std::chrono::sys_days, std::chrono::year;
 
 constexpr std::int64_t kSecond = DateTime::kTicksPerSecond;
 constexpr std::int64_t kMinute = 60 * kSecond;

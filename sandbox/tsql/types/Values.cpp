@@ -8,7 +8,6 @@
 #include <limits>
 
 #include "types/Text.h"
-#include "types/Utf16.h"
 
 namespace tsql {
 
