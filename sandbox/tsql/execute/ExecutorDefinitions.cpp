@@ -690,6 +690,7 @@ void Executor::keepTables(const std::function<void()>& rollback) {
                                  ") VALUES (" + marks + ")",
                              row);
         }
+        noteHighest(table.info);
     }
 }
 

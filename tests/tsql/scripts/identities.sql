@@ -117,3 +117,11 @@ INSERT Empty VALUES (7)
 SELECT * FROM Empty
 --> (1 changed)
 --> a int? = 7 | id bigint* = 1 (1 rows)
+DECLARE @t TABLE (id int IDENTITY(10, 10), w char(1))
+BEGIN TRAN
+INSERT @t VALUES ('a'), ('b')
+ROLLBACK
+INSERT @t VALUES ('c')
+SELECT * FROM @t
+--> (2 changed) (1 changed)
+--> id int* | w char(1)? = 10 | a; 20 | b; 30 | c (3 rows)
