@@ -4,15 +4,13 @@
 
 #include <chrono>
 
-#include "BulkLoad.h"
 #include "Fuzz.h"
 #include "Login.h"
 #include "PacketChannel.h"
-#include "Prelogin.h"
 #include "PreparedStatements.h"
-#include "Rpc.h"
-#include "messages/Message.h"
-#include "types/Utf16.h"
+#include "Requests.h"
+#include "messages/Messages.h"
+#include "types/Text.h"
 
 namespace {
 

@@ -14,8 +14,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <memory>
-#include <stdexcept>
 
 namespace server {
 namespace {

@@ -8,14 +8,9 @@
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
-#include <cstring>
-#include <stdexcept>
 #include <thread>
-#include <utility>
 
 #include "SessionLimits.h"
 #include "functions/FunctionSession.h"

@@ -1,17 +1,8 @@
 // Listening socket of tsqlbox. Serves each client in a thread of its own.
 #pragma once
 
-#include <condition_variable>
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <string>
-
 #include "ClientConnection.h"
-#include "Descriptor.h"
 #include "Options.h"
-#include "execute/Engine.h"
 
 namespace server {
 

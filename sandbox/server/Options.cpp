@@ -6,7 +6,6 @@
 #include <iterator>
 #include <map>
 #include <sstream>
-#include <stdexcept>
 #include <type_traits>
 
 namespace server {

@@ -1,14 +1,10 @@
 // Command line of tsqlbox.
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "Certificate.h"
-#include "Prelogin.h"
+#include "Login.h"
 
 namespace server {
 

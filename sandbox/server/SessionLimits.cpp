@@ -90,76 +90,59 @@ constexpr int kTemporary =
 thread_local std::int64_t filesUsed = 0;  // bytes
 thread_local std::int64_t filesLimit = std::numeric_limits<std::int64_t>::max();
 
-// A temporary file. SQLite's own file follows it in memory.
-struct CountedFile : sqlite3_file {
+sqlite3_vfs* realSystem = nullptr;
+
+// What follows SQLite's own data of a temporary file in memory.
+struct Counted {
+    const sqlite3_io_methods* real;  // SQLite's own
     std::int64_t size;
 };
 
-CountedFile& counted(sqlite3_file* file) {
-    return *static_cast<CountedFile*>(file);
+Counted& countedOf(sqlite3_file* file) {
+    return *reinterpret_cast<Counted*>(reinterpret_cast<char*>(file) + realSystem->szOsFile);
 }
 
-sqlite3_file* realFile(sqlite3_file* file) {
-    return reinterpret_cast<sqlite3_file*>(static_cast<CountedFile*>(file) + 1);
-}
-
-// Forwards a call to SQLite's own file.
-template <auto method, typename... Arguments>
-int forward(sqlite3_file* file, Arguments... arguments) {
-    sqlite3_file* const real = realFile(file);
-    return (real->pMethods->*method)(real, arguments...);
-}
-
-void setSize(CountedFile& file, std::int64_t size) {
+void setSize(Counted& file, std::int64_t size) {
     filesUsed += size - file.size;
     file.size = size;
 }
 
 int writeCounted(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
-    const std::int64_t size = std::max<std::int64_t>(counted(file).size, offset + count);
-    if (size - counted(file).size > filesLimit - filesUsed) return SQLITE_FULL;
-    const int result = forward<&sqlite3_io_methods::xWrite>(file, bytes, count, offset);
-    if (result == SQLITE_OK) setSize(counted(file), size);
+    Counted& counted = countedOf(file);
+    const std::int64_t size = std::max<std::int64_t>(counted.size, offset + count);
+    if (size - counted.size > filesLimit - filesUsed) return SQLITE_FULL;
+    const int result = counted.real->xWrite(file, bytes, count, offset);
+    if (result == SQLITE_OK) setSize(counted, size);
     return result;
 }
 
 int truncateCounted(sqlite3_file* file, sqlite3_int64 size) {
-    setSize(counted(file), std::min<std::int64_t>(counted(file).size, size));
-    return forward<&sqlite3_io_methods::xTruncate>(file, size);
+    setSize(countedOf(file), std::min<std::int64_t>(countedOf(file).size, size));
+    return countedOf(file).real->xTruncate(file, size);
 }
 
 int closeCounted(sqlite3_file* file) {
-    setSize(counted(file), 0);
-    return forward<&sqlite3_io_methods::xClose>(file);
+    setSize(countedOf(file), 0);
+    return countedOf(file).real->xClose(file);
 }
 
-sqlite3_io_methods countedMethods() {
-    sqlite3_io_methods methods{};
+sqlite3_io_methods countedMethods(const sqlite3_io_methods& real) {
+    sqlite3_io_methods methods = real;
     methods.iVersion = 1;  // without shared memory and mappings
     methods.xClose = closeCounted;
-    methods.xRead = forward<&sqlite3_io_methods::xRead>;
     methods.xWrite = writeCounted;
     methods.xTruncate = truncateCounted;
-    methods.xSync = forward<&sqlite3_io_methods::xSync>;
-    methods.xFileSize = forward<&sqlite3_io_methods::xFileSize>;
-    methods.xLock = forward<&sqlite3_io_methods::xLock>;
-    methods.xUnlock = forward<&sqlite3_io_methods::xUnlock>;
-    methods.xCheckReservedLock = forward<&sqlite3_io_methods::xCheckReservedLock>;
     // Hints about the size would have SQLite's own file grow without a write.
     methods.xFileControl = [](sqlite3_file*, int, void*) { return SQLITE_NOTFOUND; };
-    methods.xSectorSize = forward<&sqlite3_io_methods::xSectorSize>;
-    methods.xDeviceCharacteristics = forward<&sqlite3_io_methods::xDeviceCharacteristics>;
     return methods;
 }
 
-sqlite3_vfs* realSystem = nullptr;
-
 int openCounted(sqlite3_vfs* /*system*/, const char* name, sqlite3_file* file, int flags, int* opened) {
-    if ((flags & kTemporary) == 0) return realSystem->xOpen(realSystem, name, file, flags, opened);
-    static const sqlite3_io_methods methods = countedMethods();
-    auto* const result = new (file) CountedFile{};
-    const int code = realSystem->xOpen(realSystem, name, realFile(file), flags, opened);
-    if (realFile(file)->pMethods != nullptr) result->pMethods = &methods;
+    const int code = realSystem->xOpen(realSystem, name, file, flags, opened);
+    if ((flags & kTemporary) == 0 || file->pMethods == nullptr) return code;
+    static const sqlite3_io_methods methods = countedMethods(*file->pMethods);  // all are of one kind
+    countedOf(file) = {file->pMethods, 0};
+    file->pMethods = &methods;
     return code;
 }
 
@@ -171,7 +154,7 @@ void countTemporaryFiles() {
     realSystem = sqlite3_vfs_find(nullptr);
     static sqlite3_vfs system = *realSystem;
     system.zName = "counted";
-    system.szOsFile = static_cast<int>(sizeof(CountedFile)) + realSystem->szOsFile;
+    system.szOsFile = realSystem->szOsFile + static_cast<int>(sizeof(Counted));
     system.xOpen = openCounted;
     sqlite3_vfs_register(&system, /*makeDflt=*/1);
 }

@@ -1,19 +1,13 @@
 #include <malloc.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <exception>
-#include <filesystem>
 #include <fstream>
-#include <stdexcept>
 
 #include "Listener.h"
-#include "Options.h"
 #include "SessionLimits.h"
-#include "execute/Engine.h"
 
 namespace {
 

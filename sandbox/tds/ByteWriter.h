@@ -3,12 +3,11 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstdint>
 #include <cstring>
 #include <span>
 
 #include "ByteReader.h"
-#include "types/Utf16.h"
+#include "types/Text.h"
 
 namespace tds {
 

@@ -1,14 +1,9 @@
 #include "ClientConnection.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <thread>
 
-#include "BulkLoad.h"
-#include "Login.h"
-#include "Rpc.h"
-#include "TransactionRequest.h"
-#include "messages/Messages.h"
+#include "Requests.h"
 
 namespace tds {
 namespace {

@@ -1,13 +1,8 @@
 // A client's connection, from its first packet to its last: login, then requests.
 #pragma once
 
-#include <chrono>
-#include <functional>
-#include <memory>
-
 #include "Credentials.h"
-#include "PacketChannel.h"
-#include "Prelogin.h"
+#include "Login.h"
 #include "PreparedStatements.h"
 #include "Response.h"
 #include "Sspi.h"

@@ -17,11 +17,9 @@ class Credentials {
     bool match(std::string_view name, std::string_view password) const;
 
   private:
-    std::string hashOf(std::string_view password) const;
-
+    using Bytes = std::basic_string<unsigned char>;
     std::string m_name;
-    std::string m_key;
-    std::string m_hash;
+    Bytes m_key, m_hash;
 };
 
 }  // namespace tds

@@ -1,10 +1,42 @@
-// LOGIN7, the login message: [MS-TDS] 2.2.6.4.
+// The messages before a session: PRELOGIN, [MS-TDS] 2.2.6.5, and LOGIN7, 2.2.6.4.
 #pragma once
 
 #include "ByteReader.h"
 #include "Protocol.h"
 
 namespace tds {
+
+// ---- PRELOGIN
+
+// Values of the option ENCRYPTION.
+enum class EncryptionOption : std::uint8_t { Off = 0, On = 1, NotSupported = 2, Required = 3 };
+
+// What a server offers.
+enum class EncryptionMode : std::uint8_t {
+    None,      // not supported
+    Login,     // only the login is encrypted, unless the client asks for more
+    On,        // everything is encrypted for clients that support it
+    Required,  // like On; other clients are refused
+};
+
+// Result of the negotiation.
+struct Encryption {
+    enum class Extent : std::uint8_t { None, Login, Connection };
+    EncryptionOption reply = EncryptionOption::NotSupported;
+    Extent extent = Extent::None;
+};
+
+// Returns the client's option, NotSupported if the message has none. Throws ProtocolError for an option that
+// points outside the message.
+EncryptionOption parsePrelogin(ByteView request);
+
+// The table of the section.
+Encryption negotiate(EncryptionMode server, EncryptionOption client);
+
+// Returns the reply to a PRELOGIN message. MARS is not supported.
+Bytes preloginReply(EncryptionOption encryption);
+
+// ---- LOGIN7
 
 struct Login {
     Version version = Version::V74;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <optional>
 
-#include "ByteReader.h"
 #include "Protocol.h"
 #include "Tls.h"
 

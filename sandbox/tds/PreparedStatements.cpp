@@ -2,7 +2,6 @@
 
 #include <iterator>
 
-#include "messages/Messages.h"
 #include "types/SqlTypes.h"
 #include "types/Text.h"
 

@@ -1,11 +1,7 @@
 // Prepared statements of a session, and the procedure calls that use them.
 #pragma once
 
-#include <cstdint>
 #include <map>
-#include <optional>
-#include <span>
-#include <vector>
 
 #include "execute/Client.h"
 

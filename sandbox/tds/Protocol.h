@@ -15,7 +15,7 @@ enum class PacketType : std::uint8_t {
     TransactionManager = 14,
     Login7 = 16,
     SspiMessage = 17,
-    Prelogin = 18,
+    Prelogin = 18
 };
 
 // Protocol versions in ascending order, so that "7.2 or later" is a comparison.
@@ -24,7 +24,7 @@ enum class Version : std::uint32_t {
     V72 = 0x72090002,
     V73A = 0x730A0003,
     V73B = 0x730B0003,
-    V74 = 0x74000004,
+    V74 = 0x74000004
 };
 
 enum class Token : std::uint8_t {
@@ -40,25 +40,21 @@ enum class Token : std::uint8_t {
     Sspi = 0xED,
     Done = 0xFD,
     DoneProc = 0xFE,
-    DoneInProc = 0xFF,
+    DoneInProc = 0xFF
 };
 
 // Server version reported to clients: major, minor, build.
 constexpr std::uint32_t kServerVersion = 0x0F0007D0;
 
-constexpr std::size_t kDefaultPacketSize = 4096;  // bytes, the header included
-constexpr std::size_t kMinPacketSize = 512;
-constexpr std::size_t kMaxPacketSize = 32767;
+// Bytes, the header included.
+constexpr std::size_t kDefaultPacketSize = 4096, kMinPacketSize = 512, kMaxPacketSize = 32767;
 
 // Severity from which a message is sent as an ERROR token; lower ones are sent as INFO.
 constexpr int kMinErrorSeverity = 11;
 
 // Bits of a DONE token's status.
-constexpr unsigned kDoneFinal = 0x00;
-constexpr unsigned kDoneMore = 0x01;
-constexpr unsigned kDoneError = 0x02;
-constexpr unsigned kDoneCount = 0x10;
-constexpr unsigned kDoneAttention = 0x20;
+constexpr unsigned kDoneFinal = 0x00, kDoneMore = 0x01, kDoneError = 0x02, kDoneCount = 0x10,
+                   kDoneAttention = 0x20;
 
 enum class EnvChange : std::uint8_t {
     Database = 1,
@@ -68,7 +64,7 @@ enum class EnvChange : std::uint8_t {
     BeginTransaction = 8,
     CommitTransaction = 9,
     RollbackTransaction = 10,
-    ResetAcknowledged = 18,
+    ResetAcknowledged = 18
 };
 
 }  // namespace tds

@@ -1,7 +1,5 @@
 #include "Response.h"
 
-#include <algorithm>
-
 namespace tds {
 namespace {
 

@@ -1,11 +1,8 @@
 // Responses as token streams: [MS-TDS] 2.2.7.
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include "PacketChannel.h"
-#include "WireValue.h"
+#include "WireType.h"
 #include "execute/Client.h"
 
 namespace tds {

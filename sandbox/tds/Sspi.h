@@ -5,7 +5,6 @@
 #include <gssapi/gssapi.h>
 
 #include <filesystem>
-#include <stdexcept>
 
 #include "ByteReader.h"
 

@@ -1,4 +1,4 @@
-// Types on the wire: [MS-TDS] 2.2.5.4 (data types), 2.2.5.6 (TYPE_INFO).
+// Data types on the wire, [MS-TDS] 2.2.5.4, with their TYPE_INFO, 2.2.5.6, and their values, 2.2.5.5.1.
 #pragma once
 
 #include "ByteWriter.h"
@@ -33,6 +33,7 @@ struct WireForm {
     Framing framing;
     std::uint8_t size;  // of a value, in bytes; 0: variable
     tsql::TypeId type;
+    std::uint8_t fixedId = 0;  // id of the form without a length, which only clients send; 0: none
 };
 
 struct WireType {
@@ -54,5 +55,11 @@ bool carriesTableName(const WireType& type);
 // Reads a parameter's type and maps it to a type that variables can have: varchar for char, for example.
 // Throws ProtocolError for an invalid type, tsql::SqlError for one that is not supported.
 WireType readTypeInfo(ByteReader& in);
+
+// Writes a value that is in its storage form, or NULL. Throws ValueError and leaves `out` partly written.
+void writeValue(ByteWriter& out, const WireType& type, const tsql::CellView& value);
+// Reads a parameter's value and returns its storage form. Throws ProtocolError for malformed data, ValueError
+// and tsql::SqlError for a value outside the range of its type.
+tsql::Value readValue(ByteReader& in, const WireType& type);
 
 }  // namespace tds

@@ -6,8 +6,8 @@
 #include "Login.h"
 #include "PreparedStatements.h"
 #include "RawClient.h"
-#include "Rpc.h"
-#include "WireValue.h"
+#include "Requests.h"
+#include "WireType.h"
 
 namespace tds {
 namespace {

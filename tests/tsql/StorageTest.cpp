@@ -5,7 +5,7 @@
 
 #include <fstream>
 
-#include "messages/Message.h"
+#include "messages/Messages.h"
 #include "storage/Backup.h"
 
 namespace {

@@ -1,9 +1,6 @@
 #include "catalogue/Catalogue.h"
 
-#include <algorithm>
-
-#include "types/DateTime.h"
-#include "types/Text.h"
+#include <sstream>
 
 namespace tsql {
 namespace {
@@ -20,6 +17,9 @@ constexpr std::string_view kTables[] = {
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_triggers ON tsqlbox_objects (parent) WHERE type = 'TR'",
 };
+
+// Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1.
+constexpr std::int64_t kIdentity = 1, kComputed = 2;
 
 std::string inSchema(std::string_view text, std::string_view schema) {
     std::string sql;
@@ -56,6 +56,31 @@ const TableColumn* TableInfo::identityColumn() const {
     return found == columns.end() ? nullptr : &*found;
 }
 
+std::string Sequence::text() const {
+    const std::int64_t parts[] = {start, increment, least, most, cycles, base};
+    return commaList(parts, [](std::int64_t part) { return std::to_string(part); });
+}
+
+Sequence Sequence::read(const std::string& text) {
+    Sequence read;
+    std::istringstream parts(text);
+    for (auto* part : {&read.start, &read.increment, &read.least, &read.most, &read.cycles, &read.base})
+        (parts >> *part).ignore();
+    return read;
+}
+
+std::optional<std::int64_t> Sequence::value(std::int64_t given) const {
+    const std::int64_t end = increment > 0 ? most : least, again = increment > 0 ? least : most;
+    const auto countFrom = [&](std::int64_t first) {
+        const Int128 steps = (Int128{end} - first) / increment;
+        return (increment > 0 ? first > end : first < end) ? Int128{0} : steps + 1;
+    };
+    const Int128 ofBase = countFrom(base);
+    if (given < ofBase) return static_cast<std::int64_t>(base + Int128{given} * increment);
+    if (!cycles) return std::nullopt;
+    return static_cast<std::int64_t>(again + (given - ofBase) % countFrom(again) * increment);
+}
+
 Catalogue::Catalogue(Connection& connection, std::string database, std::string schema)
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
     if (m_connection.hasCatalogue(m_schema)) return;
@@ -82,17 +107,13 @@ std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value
     query.bind(1, viewOf(value));
     std::vector<ObjectInfo> found;
     while (query.step()) {
-        const std::string keys = query.text(5);
         const std::string key = query.text(1);
         ObjectInfo& object = found.emplace_back(ObjectInfo{query.integer(0), std::string(bareName(key)),
                                                            query.text(2), query.integer(3), query.text(4)});
         object.schemaName = schemaOf(key);
         object.source = query.text(6);
         object.table = query.text(7);
-        if (object.type != objectType::kTable)
-            object.columns = namesOf(keys);
-        else if (!keys.empty())
-            object.seed = std::stoll(keys);
+        object.columns = namesOf(query.text(5));
     }
     return found;
 }
@@ -111,8 +132,10 @@ std::optional<ObjectInfo> Catalogue::findById(std::int64_t id) const {
 }
 
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
-    return {object.id,     m_database,  object.name,        m_schema,
-            object.stored, object.seed, columns(object.id), object.schemaName};
+    const auto& identity = object.columns;  // older tables have no increment
+    const auto number = [&](std::size_t i) { return identity.size() > i ? std::stoll(identity[i]) : 1; };
+    return {object.id, m_database, object.name,        m_schema,         object.stored,
+            number(0), number(1),  columns(object.id), object.schemaName};
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view key) const {
@@ -167,9 +190,15 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
                                      m_schema));
     query.bind(1, object);
     std::vector<TableColumn> columns;
-    while (query.step())
-        columns.push_back({query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
-                           query.integer(3) != 0, query.text(4), query.integer(5) != 0, query.integer(6)});
+    while (query.step()) {
+        const auto kind = query.integer(3);
+        auto& column = columns.emplace_back(TableColumn{query.text(0), decodeType(query.integer(1)),
+                                                        query.integer(2) != 0, kind == kIdentity});
+        (kind >= kComputed ? column.computed : column.byDefault) = query.text(4);
+        column.output = query.integer(5) != 0;
+        column.id = query.integer(6);
+        column.persisted = kind > kComputed;
+    }
     return columns;
 }
 
@@ -178,15 +207,14 @@ std::int64_t Catalogue::lastId() const {
 }
 
 void Catalogue::save(ObjectInfo& object) {
-    const Value values[] = {
-        object.id ? Value(object.id) : Value(Null{}),
-        object.key(),
-        object.type,
-        object.parent,
-        object.stored,
-        object.type == objectType::kTable ? std::to_string(object.seed) : commaList(object.columns),
-        toStorage(timeNow().local, simpleType(TypeId::DateTime)),
-        object.source};
+    const Value values[] = {object.id ? Value(object.id) : Value(Null{}),
+                            object.key(),
+                            object.type,
+                            object.parent,
+                            object.stored,
+                            commaList(object.columns),
+                            toStorage(timeNow().local, simpleType(TypeId::DateTime)),
+                            object.source};
     run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
         "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, keys = ?6, "
         "source = ?8",
@@ -198,6 +226,7 @@ void Catalogue::remove(std::int64_t object) {
     const Value values[] = {object};
     removeColumns(object);
     run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
+    run("DELETE FROM $.sqlite_sequence WHERE name = '@sequence ' || ?1", values);
 }
 
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
@@ -206,8 +235,8 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
                                 column.name,
                                 encodeType(column.type),
                                 std::int64_t{column.nullable},
-                                std::int64_t{column.identity},
-                                column.byDefault,
+                                column.computed.empty() ? column.identity : kComputed + column.persisted,
+                                column.computed.empty() ? column.byDefault : column.computed,
                                 std::int64_t{column.output},
                                 column.id};
         run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "

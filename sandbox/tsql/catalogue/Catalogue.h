@@ -1,16 +1,43 @@
 // Catalogue of a database: its tables, modules, constraints and indexes, stored in two tables of its SQLite
-// file. The catalogue of #tables is in the temporary schema of the connection.
+// file. The catalogue of #tables is in the temporary schema of the connection. System views are queries over
+// it.
 #pragma once
 
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "catalogue/SchemaName.h"
 #include "storage/Connection.h"
+#include "types/Text.h"
 
 namespace tsql {
+
+// ---- names of objects in schemas. The catalogue and SQLite store an object of dbo under its bare name, any
+// other object under "schema", kSchemaEnd, "name".
+inline constexpr std::string_view kDefaultSchema = "dbo";
+inline constexpr char kSchemaEnd = '\x01';
+
+// schema: empty for dbo. Throws SqlError for a name that contains kSchemaEnd.
+inline std::string storedName(std::string_view schema, std::string_view name) {
+    if ((std::string(schema) + std::string(name)).find(kSchemaEnd) != std::string::npos)
+        throw unsupported("names with the character U+0001");
+    const bool isBare = schema.empty() || sameWord(schema, kDefaultSchema);
+    return isBare ? std::string(name) : std::string(schema) + kSchemaEnd + std::string(name);
+}
+
+inline std::string_view schemaOf(std::string_view stored) {
+    const auto end = stored.find(kSchemaEnd);
+    return end == std::string_view::npos ? kDefaultSchema : stored.substr(0, end);
+}
+
+inline std::string_view bareName(std::string_view stored) {
+    return stored.substr(stored.find(kSchemaEnd) + 1);
+}
+
+// The name in messages: "name" for an object of dbo, else "schema.name".
+inline std::string shownName(std::string stored) {
+    const auto end = stored.find(kSchemaEnd);
+    if (end != std::string::npos) stored[end] = '.';
+    return stored;
+}
+
+// ---- objects
 
 struct TableColumn {
     std::string name;
@@ -20,6 +47,8 @@ struct TableColumn {
     std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
     bool output = false;         // OUTPUT parameter of a procedure
     std::int64_t id = 0;         // column_id
+    std::string computed = {};   // T-SQL text of a computed column
+    bool persisted = false;
 };
 using ColumnList = std::vector<const TableColumn*>;  // columns of one TableInfo
 
@@ -27,9 +56,9 @@ struct TableInfo {
     std::int64_t id = 0;
     std::string database;  // as named in messages
     std::string name;
-    std::string schema;     // of SQLite, quoted
-    std::string stored;     // name in SQLite
-    std::int64_t seed = 1;  // of the identity
+    std::string schema;                    // of SQLite, quoted
+    std::string stored;                    // name in SQLite
+    std::int64_t seed = 1, increment = 1;  // of the identity
     std::vector<TableColumn> columns;
     std::string schemaName{kDefaultSchema};  // of T-SQL
     bool isShadow = false;                   // a view in SQLite that receives changes for INSTEAD OF triggers
@@ -39,6 +68,8 @@ struct TableInfo {
     std::string fullName() const { return database + "." + qualifiedName(); }
     const TableColumn* column(std::string_view columnName) const;
     const TableColumn* identityColumn() const;
+    // An identity as sqlite_sequence counts it, upwards, and the reverse.
+    std::int64_t counted(std::int64_t identity) const { return increment < 0 ? -identity : identity; }
 };
 
 // Object types, with the values of sysobjects.xtype.
@@ -46,7 +77,7 @@ namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
                                   kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX",
-                                  kTrigger = "TR", kSchema = "SCHEMA";
+                                  kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA";
 }
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.
@@ -55,15 +86,25 @@ struct ObjectInfo {
     std::string name;
     std::string type;
     std::int64_t parent = 0;  // table of a constraint, index or trigger
-    // Name of a table in SQLite; key() of a foreign key's table; filter of an index; kDisabled of a trigger.
+    // Name of a table in SQLite; key() of a foreign key's table; filter of an index; kDisabled of a trigger;
+    // Sequence::text().
     std::string stored = {};
-    std::vector<std::string> columns = {};  // of a constraint or index; events of a trigger
+    // Of a constraint or index; events of a trigger; seed and increment of a table.
+    std::vector<std::string> columns = {};
     std::string source = {};  // text of a module; state and source of a constraint; kUniqueIndex
     std::string table = {};   // key() of the parent
-    std::int64_t seed = 1;    // of a table's identity
     std::string schemaName{kDefaultSchema};
 
     std::string key() const { return storedName(schemaName, name); }  // its name in the catalogue
+};
+// Definition of a sequence. `base` is its first value since CREATE or ALTER SEQUENCE. The number of values
+// given since then is in sqlite_sequence.
+struct Sequence {
+    std::int64_t start = 0, increment = 1, least = 0, most = 0, cycles = 0, base = 0;
+
+    std::string text() const;
+    static Sequence read(const std::string& text);
+    std::optional<std::int64_t> value(std::int64_t given) const;  // the next one; empty if there is none
 };
 struct SchemaInfo {
     std::string name;
@@ -131,5 +172,19 @@ class Catalogue {
     std::string m_database;
     std::string m_schema;
 };
+
+// ---- system views
+
+// A system view (sysobjects, sys.tables, INFORMATION_SCHEMA.COLUMNS ...) as a query over the catalogue.
+struct SystemView {
+    std::string sql;
+    std::vector<TableColumn> columns;
+};
+std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
+                                     std::string_view sqliteSchema, std::string_view database,
+                                     const Storage& storage);
+// Returns the number of a database: 1 master, 2 tempdb, 3 model, 4 msdb, then the others by name. Empty for
+// an unknown name.
+std::optional<int> databaseId(const Storage& storage, std::string_view name);
 
 }  // namespace tsql

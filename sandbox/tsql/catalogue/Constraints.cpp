@@ -1,10 +1,6 @@
 #include "catalogue/Constraints.h"
 
-#include <algorithm>
-
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 

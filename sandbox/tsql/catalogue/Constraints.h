@@ -1,12 +1,7 @@
 // Checks of constraints on rows, and the errors of violations.
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "catalogue/Catalogue.h"
-#include "messages/Message.h"
 
 namespace tsql {
 

@@ -1,17 +1,19 @@
-#include "catalogue/SystemViews.h"
+// System views, each a query over the catalogue of a database.
+#include <boost/algorithm/string/replace.hpp>
 
-#include <algorithm>
-
+#include "catalogue/Catalogue.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
 
+using boost::replace_all;
+
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
-//   $o, $c  tables of the catalogue    $d  name of the database     $s  SQLite's name of its schema     $L
-//   list of databases (name, id) $T      list of types (type)       $C  name of the collation    $S  list of
-//   sessions $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
+//   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
+//   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
+//   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
+//   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID(name)  number of the schema of the object with that stored name
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
 //   $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
@@ -29,7 +31,8 @@ is_schema_published bit = 0)"},
     {"$KIND",
      R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE'
 WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
-'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
+'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'SO' THEN
+'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
     {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
     {"$TYPE",
@@ -56,6 +59,7 @@ CONSTRAINT_NAME sysname = ts_bare_name(n.name))"},
     {"$SPECIFIC",
      R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = ts_schema_of(o.name);
 SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
+    {"$PART", "('[' || o.stored || ']') ->> "},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
@@ -71,7 +75,7 @@ constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
 constexpr std::string_view kColumns =
     R"($COLUMN; collation_name sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit =
-c.nullable; is_identity bit = c.identity; is_computed bit = 0; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
+c.nullable; is_identity bit = c.identity = 1; is_computed bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
 'D' AND d.parent = c.object AND d.keys = c.name), 0))";
 
 constexpr ViewText kViews[] = {
@@ -157,16 +161,22 @@ ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defi
     {"sys", "columns", kColumns, kAllColumns},
     {"sys", "all_columns", kColumns, kAllColumns},
     {"sys", "identity_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; seed_value bigint = CAST(iif(o.keys = '', 1, o.keys) AS INTEGER);
-increment_value int = 1)",
-     "$c c JOIN $o o ON o.id = c.object WHERE c.identity"},
+     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; 
+seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint = coalesce(('[' || o.keys || ']') ->> 1, 1))",
+     "$c c JOIN $o o ON o.id = c.object WHERE c.identity = 1"},
     {"sys", "computed_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; definition nvarchar(max) = NULL; is_persisted bit = 0)",
-     "$c c WHERE 0"},
+     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; is_identity bit = 0;
+definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2)",
+     "$c c WHERE c.identity > 1"},
     {"sys", "extended_properties",
      R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
 name sysname = NULL; value nvarchar(4000) = NULL)",
      "$o o WHERE 0"},
+    {"sys", "sequences",
+     R"($OBJECT; start_value bigint = $PART 0; increment bigint = $PART 1; minimum_value bigint = $PART 2; maximum_value
+bigint = $PART 3; is_cycling bit = $PART 4; is_cached bit = 1; cache_size int = NULL; $TYPE; current_value bigint =
+ts_sequence_value(o.stored, max(q.seq - 1, 0)); is_exhausted bit = ts_sequence_value(o.stored, q.seq) IS NULL)",
+     "$o o JOIN $c c ON c.object = o.id JOIN $q q ON q.name = '@sequence ' || o.id WHERE o.type = 'SO'"},
     {"sys", "triggers",
      R"($OBJECT; parent_class tinyint = 1; parent_class_desc nvarchar(60) = 'OBJECT_OR_COLUMN'; parent_id int = o.parent;
 is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB 'INSTEAD*')",
@@ -227,7 +237,7 @@ varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
      R"($TABLE; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
-nvarchar(4000) = '(' || nullif(c.fallback, '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
+nvarchar(4000) = '(' || nullif(iif(c.identity > 1, '', c.fallback), '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
 'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END)",
      kAllColumns},
     {"INFORMATION_SCHEMA", "ROUTINES",
@@ -252,11 +262,6 @@ constexpr std::string_view kTemporaryColumns =
     R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
 fallback, output FROM temp.tsqlbox_columns))";
 
-void replaceAll(std::string& text, std::string_view mark, std::string_view value) {
-    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
-        text.replace(at, mark.size(), value);
-}
-
 // Replaces each "MARK(argument)" by the argument between the two texts.
 void replaceCalls(std::string& text, std::string_view mark, std::string_view before, std::string_view after) {
     for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;) {
@@ -270,7 +275,7 @@ void replaceCalls(std::string& text, std::string_view mark, std::string_view bef
 // Returns the view. Its query still has the placeholders for the database.
 SystemView read(const ViewText& view) {
     std::string text(view.columns);
-    for (const auto& [mark, fragment] : kFragments) replaceAll(text, mark, fragment);
+    for (const auto& [mark, fragment] : kFragments) replace_all(text, mark, fragment);
     SystemView read;
     for (const std::string& item : listItems(text)) {
         const std::size_t name = item.find(' '), value = item.find(" = ");
@@ -289,11 +294,11 @@ SystemView read(const ViewText& view) {
 }
 
 std::string databaseList(const Storage& storage) {
-    std::string rows;
-    for (const auto& name : storage.databases())
-        rows += (rows.empty() ? "" : " UNION ALL ") + ("SELECT " + quotedText(name)) + " AS name, " +
-                std::to_string(*databaseId(storage, name)) + " AS id";
-    return "(" + rows + ")";
+    const auto row = [&](const std::string& name) {
+        return "(" + quotedText(name) + ", " + std::to_string(*databaseId(storage, name)) + ")";
+    };
+    return "(SELECT column1 AS name, column2 AS id FROM (VALUES " + commaList(storage.databases(), row) +
+           "))";
 }
 
 // Query for the list of sessions ($S). A session that waits is blocked by one with a transaction, if any.
@@ -321,15 +326,14 @@ std::string sessionList(const Storage& storage) {
 
 // Query for the list of types ($T), each type with its maximum size.
 std::string typeList() {
-    std::string rows;
+    std::vector<std::string> rows;
     for (int id = 0; id <= static_cast<int>(TypeId::Image); ++id) {
         SqlType type = simpleType(static_cast<TypeId>(id));
         if (type.id == TypeId::Decimal) type.precision = type.scale = 38;
         if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;
-        rows +=
-            (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(encodeType(type)) + " AS type";
+        rows.push_back("(" + std::to_string(encodeType(type)) + ")");
     }
-    return "(" + rows + ")";
+    return "(SELECT column1 AS type FROM (VALUES " + commaList(rows) + "))";
 }
 
 }  // namespace
@@ -342,17 +346,18 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
             continue;
         SystemView found = read(view);
-        replaceAll(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
-        replaceAll(found.sql, "$T", typeList());
-        if (found.sql.find("$S") != std::string::npos) replaceAll(found.sql, "$S", sessionList(storage));
+        replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
+        replace_all(found.sql, "$T", typeList());
+        if (found.sql.find("$S") != std::string::npos) replace_all(found.sql, "$S", sessionList(storage));
         const bool temporary = sameWord(database, "tempdb");
         const std::string objects = std::string(sqliteSchema) + ".tsqlbox_objects";
         const std::string columns = std::string(sqliteSchema) + ".tsqlbox_columns";
-        replaceAll(found.sql, "$o", temporary ? kTemporaryObjects : objects);
-        replaceAll(found.sql, "$c", temporary ? kTemporaryColumns : columns);
-        replaceAll(found.sql, "$d", quotedText(database));
-        replaceAll(found.sql, "$s", quotedText(databaseKey(database)));
-        replaceAll(found.sql, "$C", kCollationName);
+        replace_all(found.sql, "$o", temporary ? kTemporaryObjects : objects);
+        replace_all(found.sql, "$c", temporary ? kTemporaryColumns : columns);
+        replace_all(found.sql, "$q", std::string(sqliteSchema) + ".sqlite_sequence");
+        replace_all(found.sql, "$d", quotedText(database));
+        replace_all(found.sql, "$s", quotedText(databaseKey(database)));
+        replace_all(found.sql, "$C", kCollationName);
         return found;
     }
     return std::nullopt;

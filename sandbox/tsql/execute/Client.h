@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "messages/Message.h"
+#include "messages/Messages.h"
 #include "types/SqlType.h"
 
 namespace tsql {

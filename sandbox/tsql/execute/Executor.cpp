@@ -156,6 +156,7 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     if (isCancelled()) throw BatchEnd{};
     m_line = line;
     m_functions.beginStatement();
+    if (m_transactions == 0) m_givenIdentities.clear();
     try {
         return work();
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
@@ -178,6 +179,7 @@ void Executor::afterError(const Message& message, bool raised) {
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
+    keepIdentities();
     // A constraint that no row has broken ends the batch.
     const bool badDefinition = message.number == message::kConstraintNotCreated && verb.empty();
     const bool endsBatch =
@@ -241,6 +243,8 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
         return sqlError(message::kNestedTooDeeply);
+    if (text.find("prohibited in generated columns") != std::string::npos)
+        return unsupported("a computed column with a user-defined function or one like GETDATE");
     // The files of the databases that were used first have been closed, or another one cannot be opened.
     if (text.starts_with("no such table: ") || text.starts_with("too many attached databases"))
         return unsupported("a statement or transaction over more than 10 databases");

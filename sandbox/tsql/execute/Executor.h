@@ -11,7 +11,7 @@
 #include "execute/Engine.h"
 #include "execute/Frame.h"
 #include "execute/RowRecord.h"
-#include "functions/FunctionContext.h"
+#include "functions/FunctionSession.h"
 #include "storage/Backup.h"
 #include "storage/Connection.h"
 #include "syntax/Parser.h"
@@ -81,6 +81,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<SystemView> view(const ObjectName& name) override;
     std::int64_t mostRows() const override { return m_settings.mostRows; }
     std::optional<StoredModule> module(const ObjectName& name, std::string_view type) override;
+    Typed nextValue(const ObjectName& sequence) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
@@ -92,6 +93,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<ObjectInfo> object(const ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
+    std::int64_t nextIdentity(std::string_view schema, std::string_view table,
+                              std::int64_t increment) override;
+    Value nextValue(std::string_view database, std::int64_t id) override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
     bool isUpdated(std::string_view column) const override;
@@ -197,6 +201,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void insertAll(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
     void withIdentities(const TableInfo& target, const std::function<void()>& insert);
     void skipIdentities();
+    void noteHighest(const TableInfo& target);
+    void renumber(Catalogue& catalogue, const TableInfo& table);
+    void keepIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
     Flow run(const CreateTable& create);
@@ -209,10 +216,13 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     TableInfo createTable(const CreateTable& create);
     bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
+    void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
+    std::int64_t counter(const Catalogue& owner, std::int64_t sequence);
     std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                             const CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
+    CheckText computed(const TableInfo& table, const TableColumn& column);
     void makeIndex(const TableInfo& table, const ObjectInfo& index, const std::string& list,
                    const std::string& filter = {});
     void addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create);
@@ -228,6 +238,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition);
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ObjectName& name, const Drop& drop);
+    Flow run(const DefineSequence& define);
     Flow run(const CreateSchema& create);
     Flow run(const TransferObject& transfer);
     void dropSchema(const std::string& name, bool ifExists);

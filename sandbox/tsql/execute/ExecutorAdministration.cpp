@@ -119,22 +119,23 @@ Flow Executor::run(const Maintenance& maintenance) {
 void Executor::checkIdentity(const TableInfo& table, const Maintenance& check) {
     const TableColumn* identity = table.identityColumn();
     if (!identity) throw sqlError(message::kTableWithoutIdentity, {table.name});
-    const std::int64_t unused = table.seed - 1, last = lastIdentity(table).value_or(unused);
+    const std::int64_t unused = table.seed - table.increment, last = lastIdentity(table).value_or(unused);
     const auto highest = m_connection.number(
-        "SELECT max(" + quotedName(identity->name) + ") FROM " + table.sqlName() + " HAVING count(*) > 0",
-        {});
+        std::string("SELECT ") + (table.increment < 0 ? "min(" : "max(") + quotedName(identity->name) +
+        ") FROM " + table.sqlName() + " HAVING count(*) > 0");
     const std::string column = highest ? std::to_string(*highest) : "NULL";
     if (!check.onlyFaults)
         inform(message::kIdentityChecked, {last == unused ? "NULL" : std::to_string(last),
                                            check.seed ? "" : ", current column value '" + column + "'"});
-    Value next = std::max(last, highest.value_or(last));
+    Value next = table.counted(std::max(table.counted(last), table.counted(highest.value_or(last))));
     if (check.seed) next = evaluate(*check.seed, identity->type);
     if (!check.reseeds) return;
     beforeWrite();
     m_givenIdentities.erase({table.schema, table.stored});
-    const Value values[] = {table.stored, next, std::int64_t{check.seed && last == unused}};
+    const Value values[] = {table.stored, next, check.seed && last == unused ? table.increment : 0,
+                            table.counted(1)};
     m_connection.run(
-        "UPDATE " + table.schema + ".sqlite_sequence SET seq = coalesce(?2 - ?3, seq) WHERE name = ?1",
+        "UPDATE " + table.schema + ".sqlite_sequence SET seq = coalesce((?2 - ?3) * ?4, seq) WHERE name = ?1",
         values);
 }
 

@@ -1,7 +1,6 @@
 // CREATE, ALTER and DROP of tables and indexes.
 
 #include "execute/Executor.h"
-#include "storage/Atomic.h"
 
 namespace tsql {
 
@@ -72,21 +71,47 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {{objec
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
-    TableColumn column{definition.name, definition.type, !definition.identity, definition.identity};
+    TableColumn column{definition.name, definition.type, !definition.identity,
+                       definition.identity.has_value()};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
             for (const auto& name : constraint->columns)
                 column.nullable = column.nullable && !sameText(name, column.name);
     column.nullable = definition.nullable.value_or(column.nullable);
+    column.computed = definition.computed;
+    column.persisted = definition.persisted;
     for (const auto& constraint : definition.constraints)
         if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
     return column;
 }
 
-std::string columnText(const TableColumn& column) {
-    if (column.identity) return quotedName(column.name) + " INTEGER PRIMARY KEY AUTOINCREMENT";
+// Enters the identity of a new column, if it is one.
+void setIdentity(TableInfo& table, const ColumnDefinition& definition) {
+    if (!definition.identity) return;
+    if (!isExact(definition.type.id) || definition.type.scale > 0)
+        throw sqlError(message::kInvalidIdentityType, {definition.name});
+    if (isWide(definition.type)) throw unsupported("an identity of more than 18 digits");
+    if (definition.nullable.value_or(false))
+        throw sqlError(message::kIdentityOnNullable, {definition.name, table.name});
+    if (table.identityColumn()) throw sqlError(message::kSeveralIdentityColumns, {table.name});
+    if (definition.identity->increment == 0)
+        throw sqlError(message::kInvalidIdentityIncrement, {definition.name});
+    table.seed = definition.identity->seed;
+    table.increment = definition.identity->increment;
+}
+
+std::string columnText(const TableColumn& column, std::int64_t increment) {
+    if (column.identity)
+        return quotedName(column.name) + " INTEGER PRIMARY KEY" + (increment == 1 ? " AUTOINCREMENT" : "");
     return quotedName(column.name) + " " + std::string(storageClass(column.type)) +
            (column.nullable ? "" : " NOT NULL");
+}
+
+std::string storedColumns(const TableInfo& table) {
+    std::vector<std::string> names;
+    for (const auto& column : table.columns)
+        if (column.computed.empty()) names.push_back(column.name);
+    return quotedNames(names);
 }
 
 }  // namespace
@@ -118,22 +143,16 @@ void Executor::checkDefaults(const CreateTable& definition) {
 TableInfo Executor::createTable(const CreateTable& create) {
     checkDefaults(create);
     const std::string& name = create.table.name;
-    std::int64_t seed = 1;
     TableInfo table;
+    table.name = name;
     for (const auto& definition : create.columns) {
         if (table.column(definition.name))
             throw sqlError(message::kRepeatedColumnName, {definition.name, name});
-        if (definition.identity && (!isExact(definition.type.id) || definition.type.scale > 0))
-            throw sqlError(message::kInvalidIdentityType, {definition.name});
-        if (definition.identity && isWide(definition.type))
-            throw unsupported("an identity of more than 18 digits");
-        if (definition.identity && definition.nullable.value_or(false))
-            throw sqlError(message::kIdentityOnNullable, {definition.name, name});
-        if (definition.identity && table.identityColumn())
-            throw sqlError(message::kSeveralIdentityColumns, {name});
+        setIdentity(table, definition);
         table.columns.push_back(columnOf(definition, create));
-        if (definition.identity) seed = definition.seed;
     }
+    for (auto& column : table.columns)
+        if (!column.computed.empty()) column.type = computed(table, column).type;
     const auto constraints = allConstraints(create);
     if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
         throw sqlError(message::kSeveralPrimaryKeys, {name});
@@ -142,7 +161,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         const auto taken = owner.find(object.key());
         if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
             throw sqlError(message::kObjectExists, {name});
-        object.seed = seed;
+        object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
         object.stored = object.key();
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
         owner.save(object);
@@ -171,9 +190,7 @@ bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
 // Sets the value that the next identity follows.
 void Executor::startIdentity(const TableInfo& table) {
     if (!table.identityColumn()) return;
-    const Value start[] = {table.stored, table.seed - 1};
-    m_connection.run("DELETE FROM " + table.schema + ".sqlite_sequence WHERE name = ?1", {start, 1});
-    m_connection.run("INSERT INTO " + table.schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", start);
+    setCounter(table.schema, table.stored, table.counted(table.seed - table.increment));
 }
 
 // Runs `work`. An error in it is reported and followed by `failure`.
@@ -256,9 +273,21 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     return key;
 }
 
+// Other computed columns are not allowed in the expression.
+CheckText Executor::computed(const TableInfo& table, const TableColumn& column) {
+    CheckText text = Translator(*this).check(table, *parseExpression(column.computed));
+    for (const auto& name : text.columns)
+        if (!table.column(name)->computed.empty())
+            throw sqlError(message::kComputedOfComputed, {name, table.name});
+    return text;
+}
+
 // Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
-    std::string body = commaList(table.columns, columnText);
+    std::string body = commaList(table.columns, [&](const auto& column) {
+        return columnText(column, table.increment) +
+               (column.computed.empty() ? "" : " AS (" + computed(table, column).sql + ")");
+    });
     for (const auto& key : catalogue.keysOf(table.id)) {
         if (isDisabled(key)) continue;
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
@@ -354,16 +383,37 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
     TableColumn column = columnOf(definition, {});
     if (table.column(column.name)) throw sqlError(message::kRepeatedColumnName, {column.name, table.name});
-    if (column.identity) throw unsupported("ALTER TABLE ADD of an identity");
+    setIdentity(table, definition);
+    const bool isComputed = !column.computed.empty(), isStored = !isComputed && !column.identity;
+    if (isComputed) column.type = computed(table, column).type;
     const std::string fallback = std::exchange(column.byDefault, {});
     const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
-    if (!column.nullable && !filled && anyRow(m_connection, table, "1"))
+    if (isStored && !column.nullable && !filled && anyRow(m_connection, table, "1"))
         throw sqlError(message::kAddedColumnNotNull, {column.name, table.name});
-    m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
-                     std::string(storageClass(column.type)));
+    if (isStored)
+        m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
+                         std::string(storageClass(column.type)));
     catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
     if (filled) fillColumn(table, column, Translator(*this).value(*parseExpression(fallback)));
+    if (column.identity) renumber(catalogue, table);
+    if (isComputed) redefine(catalogue, table);
+}
+
+// Makes the row ids of existing rows identities, in the order of the rows, by way of numbers that are free.
+void Executor::renumber(Catalogue& catalogue, const TableInfo& table) {
+    ObjectInfo object = *catalogue.findById(table.id);
+    object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
+    catalogue.save(object);
+    const std::string update = "UPDATE " + table.sqlName() + " SET _rowid_ = ";
+    m_connection.run(
+        "WITH found AS MATERIALIZED (SELECT _rowid_ AS ts_id, row_number() OVER (ORDER BY _rowid_) "
+        "AS ts_n FROM " +
+        table.sqlName() + ") " + update + "(1 << 62) + ts_n - 1 FROM found WHERE _rowid_ = ts_id");
+    const Value numbers[] = {table.seed, table.increment};
+    m_connection.run(update + "?1 + ?2 * (_rowid_ - (1 << 62))", numbers);
+    startIdentity(table);
+    noteHighest(table);
 }
 
 void Executor::fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value) {
@@ -373,19 +423,22 @@ void Executor::fillColumn(const TableInfo& table, const TableColumn& column, con
 
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                                 const std::vector<ObjectInfo>& keys) {
+    const auto refuseIfUsed = [&](const auto& columns, std::string_view kind, const std::string& name) {
+        if (std::ranges::none_of(columns, [&](const auto& each) { return sameText(each, column); })) return;
+        failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
+            throw sqlError(message::kDependentOnColumn, {kind, name, column});
+        });
+    };
     for (const auto& key : keys) {
-        const bool filtered = key.type == objectType::kIndex && !key.stored.empty();
-        auto used =
-            filtered
-                ? Translator(*this).check(table, *parseConstraint("CHECK (" + key.stored + ")").check).columns
-                : std::set<std::string>();
-        used.insert(key.columns.begin(), key.columns.end());
-        if (std::ranges::any_of(used, [&](const auto& name) { return sameText(name, column); }))
-            failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
-                throw sqlError(message::kDependentOnColumn,
-                               {key.type == objectType::kIndex ? "index" : "object", key.name, column});
-            });
+        const bool isIndex = key.type == objectType::kIndex;
+        if (isIndex && !key.stored.empty())
+            refuseIfUsed(
+                Translator(*this).check(table, *parseConstraint("CHECK (" + key.stored + ")").check).columns,
+                "index", key.name);
+        refuseIfUsed(key.columns, isIndex ? "index" : "object", key.name);
     }
+    for (const auto& other : table.columns)
+        if (!other.computed.empty()) refuseIfUsed(computed(table, other).columns, "column", other.name);
     if (!table.column(column)) throw sqlError(message::kAlteredColumnNotFound, {verb, column, table.name});
 }
 
@@ -393,6 +446,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     refuseDependents(table, definition.name, "ALTER", {});
     TableColumn column = *table.column(definition.name);
     const SqlType before = column.type;
+    if (!column.computed.empty()) throw sqlError(message::kCannotAlterColumn, {column.name, "COMPUTED"});
     if (column.identity || !definition.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
     const bool longer =
         before.id == definition.type.id &&
@@ -542,7 +596,8 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
                                {"view", objectType::kView, {}},
                                {"procedure", objectType::kProcedure, {}},
                                {"function", objectType::kFunction, objectType::kTableFunction},
-                               {"trigger", objectType::kTrigger, {}}};
+                               {"trigger", objectType::kTrigger, {}},
+                               {"sequence", objectType::kSequence, {}}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
@@ -603,7 +658,8 @@ void Executor::keepTables(const std::function<void()>& rollback) {
     for (Frame* frame : m_frames)
         for (auto& [name, table] : frame->tables) {
             Kept& each = kept.emplace_back(Kept{table, {}});
-            PreparedStatement query(m_connection, "SELECT * FROM " + table.info.sqlName());
+            PreparedStatement query(m_connection,
+                                    "SELECT " + storedColumns(table.info) + " FROM " + table.info.sqlName());
             while (query.step()) {
                 auto& row = each.rows.emplace_back();
                 for (int i = 0; i < query.columnCount(); ++i) row.push_back(ownedValue(query.cell(i)));
@@ -613,11 +669,14 @@ void Executor::keepTables(const std::function<void()>& rollback) {
     for (auto& [table, rows] : kept) {
         dropTable(table.info);
         table.info = createTable(*table.definition);
-        std::string marks;
-        for (std::size_t i = 1; i <= table.info.columns.size(); ++i)
-            marks += (i > 1 ? ", ?" : "?") + std::to_string(i);
-        for (const auto& row : rows)
-            m_connection.run("INSERT INTO " + table.info.sqlName() + " VALUES (" + marks + ")", row);
+        for (const auto& row : rows) {
+            std::string marks;
+            for (std::size_t i = 1; i <= row.size(); ++i) marks += (i > 1 ? ", ?" : "?") + std::to_string(i);
+            m_connection.run("INSERT INTO " + table.info.sqlName() + " (" + storedColumns(table.info) +
+                                 ") VALUES (" + marks + ")",
+                             row);
+        }
+        noteHighest(table.info);
     }
 }
 

@@ -52,7 +52,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
         Translator::rename(text, module.columns, module.name.name);
-        for (const auto& [column, alias, nullLiteral] : text.columns) {
+        for (const auto& [column, alias, nullLiteral, isNew] : text.columns) {
             if (column.name.empty()) throw sqlError(message::kUnnamedViewColumn, {alias.substr(1)});
             for (const auto& before : columns)
                 if (sameText(before.name, column.name))

@@ -64,8 +64,9 @@ Value Executor::variableValue(std::string_view name) {
 
 std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
     const Value stored[] = {table.stored};
-    return m_connection.number("SELECT seq FROM " + table.schema + ".sqlite_sequence WHERE name = ?1",
-                               stored);
+    const auto last =
+        m_connection.number("SELECT seq FROM " + table.schema + ".sqlite_sequence WHERE name = ?1", stored);
+    return last ? std::optional(table.counted(*last)) : last;
 }
 
 // ---- objects

@@ -1,7 +1,6 @@
 // SELECT, INSERT, UPDATE, DELETE.
 
 #include "execute/Executor.h"
-#include "storage/Atomic.h"
 
 namespace tsql {
 
@@ -104,21 +103,29 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
     const auto* select = std::get_if<Select>(&query.body);
-    const bool inherits =
-        select && select->from.size() == 1 && !std::holds_alternative<Join>(select->from.front()->node) &&
+    const auto* from =
+        select && select->from.size() == 1 ? std::get_if<NamedTable>(&select->from.front()->node) : nullptr;
+    const bool once =
         std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
+    const bool isDerived = select && select->from.size() == 1 &&
+                           std::holds_alternative<DerivedTable>(select->from.front()->node);
+    const auto source = from && once && !from->arguments ? findTable(from->name) : std::nullopt;
     CreateTable create{name, {}, {}};
-    for (const auto& [column, alias, isNull] : text.columns) {
+    for (const auto& [column, alias, isNull, isNew] : text.columns) {
         if (column.name.empty()) throw sqlError(message::kMissingColumnName);
-        create.columns.push_back(
-            {column.name, column.type, column.nullable, inherits && column.identity, false, 1, {}});
+        auto& added =
+            create.columns.emplace_back(ColumnDefinition{column.name, column.type, column.nullable});
+        added.identity = isNew;
+        if (column.identity && once && (from || isDerived))
+            added.identity = source ? Identity{source->seed, source->increment} : Identity{};
+        if (isNew) added.nullable = false;
     }
     const TableInfo target = createTable(create);
-    const std::string names =
-        commaList(target.columns, [](const TableColumn& column) { return quotedName(column.name); });
-    change(target, "INSERT",
-           "INSERT INTO " + target.sqlName() + " (" + names + ") " + translator.limited(text.sql),
-           translator);
+    ColumnList columns;
+    for (std::size_t i = 0; i < text.columns.size(); ++i)
+        if (!text.columns[i].newIdentity || target.increment == 1) columns.push_back(&target.columns[i]);
+    change(target, "INSERT", translator.insertSelected(target, columns, text), translator);
+    noteHighest(target);
     return done(m_rowCount, StatementKind::Insert);
 }
 
@@ -178,6 +185,7 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
         if (!column) throw sqlError(message::kInvalidColumnName, {name});
         if (std::ranges::find(columns, column) != columns.end())
             throw sqlError(message::kColumnSetTwice, {name});
+        if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
         if (column->identity && !identityGiven) throw sqlError(message::kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
     }
@@ -186,7 +194,7 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
     if (!names.empty() || defaultValues) return columns;
     if (identityGiven) throw sqlError(message::kIdentityValueNeedsColumnList, {target.name});
     for (const auto& column : target.columns)
-        if (!column.identity) columns.push_back(&column);
+        if (!column.identity && column.computed.empty()) columns.push_back(&column);
     return columns;
 }
 
@@ -288,7 +296,8 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
         insert();
     } catch (const SqliteFailure& failure) {
         const bool given = sameWord(m_settings.identityInsert, target.fullName());
-        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT && target.identityColumn() && !given) {
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT && target.identityColumn() && target.increment == 1 &&
+            !given) {
             // A refused row uses up its identity, as the rows before it do.
             m_givenIdentities[{target.schema, target.stored}] =
                 std::max<std::int64_t>(lastIdentity(target).value_or(0),
@@ -303,8 +312,31 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
     if (target.identityColumn() && m_rowCount > 0 && !target.isShadow) {
         m_identity = sqlite3_last_insert_rowid(m_connection.handle());
         m_frames.back()->identity = m_identity;
-        if (m_transactions > 0) m_givenIdentities[{target.schema, target.stored}] = *m_identity;
+        if (m_transactions > 0)
+            m_givenIdentities[{target.schema, target.stored}] = target.counted(*m_identity);
+        noteHighest(target);
     }
+}
+
+// Counts identities that were given. SQLite counts those of increment 1.
+void Executor::noteHighest(const TableInfo& target) {
+    const TableColumn* identity = target.identityColumn();
+    if (!identity || target.increment == 1) return;
+    const Value name[] = {target.stored};
+    m_connection.run("UPDATE " + target.schema + ".sqlite_sequence SET seq = (SELECT max(seq, max(ifnull(" +
+                         (target.increment < 0 ? "-" : "") + "_rowid_, seq))) FROM " + target.sqlName() +
+                         ") WHERE name = ?1",
+                     name);
+}
+
+std::int64_t Executor::nextIdentity(std::string_view schema, std::string_view table, std::int64_t increment) {
+    const Value values[] = {std::string(table), increment};
+    const auto counted = m_connection.number(
+        "UPDATE " + std::string(schema) +
+            ".sqlite_sequence SET seq = seq + abs(?2) WHERE name = ?1 RETURNING seq * sign(?2)",
+        values);
+    m_givenIdentities[{std::string(schema), std::string(table)}] = std::abs(*counted);
+    return *counted;
 }
 
 // Identities are not generated again, even if their rows were rolled back.
@@ -313,6 +345,14 @@ void Executor::skipIdentities() {
         const Value values[] = {table.second, last};
         m_connection.run("UPDATE " + table.first + ".sqlite_sequence SET seq = max(seq, ?2) WHERE name = ?1",
                          values);
+    }
+}
+
+// Nor are they, or values of sequences, if their statement fails.
+void Executor::keepIdentities() {
+    try {
+        skipIdentities();
+    } catch (const SqliteFailure&) {  // the disk is full: they may be reused
     }
 }
 

@@ -1,15 +1,10 @@
 // T-SQL's aggregates, as SQLite aggregates.
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <cmath>
-#include <memory>
 #include <new>
-#include <vector>
 
 #include "functions/SqliteFunction.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -33,7 +28,6 @@ struct Gathered {
 
 struct Aggregate {
     const char* name;
-    int arguments;
     // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it. The count is already
     // updated.
     void (*step)(Gathered& gathered, const SqlCall& arguments, int sign);
@@ -124,32 +118,28 @@ Value aggregatedText(const Gathered& gathered, const Aggregate&) {
 }
 
 const Aggregate kAggregates[] = {
-    {"ts_sum_int", 1, addExact, exactSum, simpleType(TypeId::Int)},
-    {"ts_sum_bigint", 1, addExact, exactSum, simpleType(TypeId::BigInt)},
-    {"ts_sum_money", 1, addExact, exactSum, simpleType(TypeId::Money)},
-    {"ts_sum_decimal", 1, addExact, exactSum, kSumType},
-    {"ts_sum_float", 1, addReal, realTotal<false>},
-    {"ts_avg_int0", 1, addExact, exactAverage, simpleType(TypeId::Int)},
-    {"ts_avg_bigint0", 1, addExact, exactAverage, simpleType(TypeId::BigInt)},
-    {"ts_avg_money0", 1, addExact, exactAverage, simpleType(TypeId::Money)},
-    {"ts_avg_decimal0", 1, addExact, exactAverage, kSumType, 0},
-    {"ts_avg_decimal1", 1, addExact, exactAverage, kSumType, 1},
-    {"ts_avg_decimal2", 1, addExact, exactAverage, kSumType, 2},
-    {"ts_avg_decimal3", 1, addExact, exactAverage, kSumType, 3},
-    {"ts_avg_decimal4", 1, addExact, exactAverage, kSumType, 4},
-    {"ts_avg_decimal5", 1, addExact, exactAverage, kSumType, 5},
-    {"ts_avg_decimal6", 1, addExact, exactAverage, kSumType, 6},
-    {"ts_avg_float0", 1, addReal, realTotal<true>},
-    {"ts_stdev", 1, addSpread, spread<true, true>},
-    {"ts_stdevp", 1, addSpread, spread<false, true>},
-    {"ts_var", 1, addSpread, spread<true, false>},
-    {"ts_varp", 1, addSpread, spread<false, false>},
-    {"ts_string_agg", -1, addText, aggregatedText},
+    {"ts_sum_int", addExact, exactSum, simpleType(TypeId::Int)},
+    {"ts_sum_bigint", addExact, exactSum, simpleType(TypeId::BigInt)},
+    {"ts_sum_money", addExact, exactSum, simpleType(TypeId::Money)},
+    {"ts_sum_decimal", addExact, exactSum, kSumType},
+    {"ts_sum_float", addReal, realTotal<false>},
+    {"ts_avg_int0", addExact, exactAverage, simpleType(TypeId::Int)},
+    {"ts_avg_bigint0", addExact, exactAverage, simpleType(TypeId::BigInt)},
+    {"ts_avg_money0", addExact, exactAverage, simpleType(TypeId::Money)},
+    {"ts_avg_decimal0", addExact, exactAverage, kSumType, 0},
+    {"ts_avg_decimal1", addExact, exactAverage, kSumType, 1},
+    {"ts_avg_decimal2", addExact, exactAverage, kSumType, 2},
+    {"ts_avg_decimal3", addExact, exactAverage, kSumType, 3},
+    {"ts_avg_decimal4", addExact, exactAverage, kSumType, 4},
+    {"ts_avg_decimal5", addExact, exactAverage, kSumType, 5},
+    {"ts_avg_decimal6", addExact, exactAverage, kSumType, 6},
+    {"ts_avg_float0", addReal, realTotal<true>},
+    {"ts_stdev", addSpread, spread<true, true>},
+    {"ts_stdevp", addSpread, spread<false, true>},
+    {"ts_var", addSpread, spread<true, false>},
+    {"ts_varp", addSpread, spread<false, false>},
+    {"ts_string_agg", addText, aggregatedText},
 };
-
-const Binding<Aggregate>& bindingOf(sqlite3_context* call) {
-    return *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
-}
 
 // SQLite provides a zeroed slot per group. The first value allocates what it points to.
 Gathered*& slotOf(sqlite3_context* call) {
@@ -160,7 +150,7 @@ Gathered*& slotOf(sqlite3_context* call) {
 
 template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
-    const auto& binding = bindingOf(call);
+    const auto& binding = *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
     try {
         const SqlCall arguments(binding.context, count, values);
         if (isNull(arguments[0])) {
@@ -176,8 +166,13 @@ void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
     }
 }
 
-void giveAggregate(sqlite3_context* call, const Gathered* gathered) {
-    const auto& binding = bindingOf(call);
+// last: the group ends, also when its statement ends early.
+template <bool last>
+void giveAggregate(sqlite3_context* call) {
+    const auto& binding = *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
+    auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
+    const Gathered* const gathered = slot ? *slot : nullptr;
+    const std::unique_ptr<const Gathered> ended(last ? gathered : nullptr);
     try {
         if (!gathered || gathered->count == 0) return sqlite3_result_null(call);
         giveResult(call, binding.function.result(*gathered, binding.function));
@@ -186,26 +181,14 @@ void giveAggregate(sqlite3_context* call, const Gathered* gathered) {
     }
 }
 
-void currentAggregate(sqlite3_context* call) {
-    auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
-    giveAggregate(call, slot ? *slot : nullptr);
-}
-
-// SQLite calls it also when a statement ends early, to free the group.
-void finishAggregate(sqlite3_context* call) {
-    auto** slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, 0));
-    const std::unique_ptr<Gathered> gathered(slot ? *slot : nullptr);
-    giveAggregate(call, gathered.get());
-}
-
 }  // namespace
 
 void registerAggregates(sqlite3* connection, FunctionContext& context) {
     for (const Aggregate& aggregate : kAggregates) {
         const int code = sqlite3_create_window_function(
-            connection, aggregate.name, aggregate.arguments, SQLITE_UTF8,
-            new Binding<Aggregate>{context, aggregate}, stepAggregate<1>, finishAggregate, currentAggregate,
-            stepAggregate<-1>, deleteBinding<Aggregate>);
+            connection, aggregate.name, /*nArg=*/-1, SQLITE_UTF8, new Binding<Aggregate>{context, aggregate},
+            stepAggregate<1>, giveAggregate<true>, giveAggregate<false>, stepAggregate<-1>,
+            deleteBinding<Aggregate>);
         if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
     }
 }

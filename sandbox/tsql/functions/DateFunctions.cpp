@@ -1,6 +1,5 @@
 // T-SQL's date functions, as SQLite functions.
 #include "functions/Functions.h"
-#include "messages/Messages.h"
 
 namespace tsql {
 namespace {
@@ -87,7 +86,7 @@ Value runIsDate(const SqlCall& call) {
                         !call.text(0).empty()};
 }
 
-const FunctionInfo kDateFunctions[] = {
+const FunctionInfo kDateTable[] = {
     {"getdate", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"current_timestamp", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
@@ -126,8 +125,6 @@ void checkDatePart(Pieces arguments, std::string_view function) {
         throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
 
-std::span<const FunctionInfo> dateFunctions() {
-    return kDateFunctions;
-}
+const std::span<const FunctionInfo> kDateFunctions = kDateTable;
 
 }  // namespace tsql

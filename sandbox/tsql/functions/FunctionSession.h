@@ -1,20 +1,12 @@
-// Interface through which functions registered in SQLite query their session.
+// What functions registered in SQLite know: their session, and the state that they share between calls.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <span>
-#include <string>
-#include <string_view>
-
 #include "catalogue/Catalogue.h"
-#include "messages/Message.h"
-#include "storage/Storage.h"
 #include "syntax/Ast.h"
-#include "types/SqlType.h"
 
 namespace tsql {
 
+// Interface through which the functions query their session.
 class FunctionSession {
   public:
     virtual ~FunctionSession() = default;
@@ -36,6 +28,11 @@ class FunctionSession {
     // Last identity value generated for the table, by any session; empty before the first one.
     virtual std::optional<std::int64_t> lastIdentity(const TableInfo& table) = 0;
     virtual std::optional<std::int64_t> scopeIdentity() const = 0;
+    // Next identity of a table of that increment, which SQLite does not generate.
+    virtual std::int64_t nextIdentity(std::string_view schema, std::string_view table,
+                                      std::int64_t increment) = 0;
+    // Next value of the sequence with that id. Throws SqlError 11728 if there is none.
+    virtual Value nextValue(std::string_view database, std::int64_t id) = 0;
     virtual int transactionState() const = 0;  // as XACT_STATE() returns it
     virtual Value cursorStatus(std::string_view scope, std::string_view name) = 0;
     // Whether the statement that fired the current trigger sets the column. Throws SqlError 207.
@@ -46,6 +43,34 @@ class FunctionSession {
     virtual const std::string& clientHost() const = 0;
     virtual const std::string& clientProgram() const = 0;
 };
+
+// State of the functions of one connection. Must outlive the connection.
+class FunctionContext {
+  public:
+    // `session` may be null if no function that needs it is called.
+    explicit FunctionContext(FunctionSession* session) : m_session(session) {}
+
+    // Resets the time, because GETDATE() is constant within a statement, and the error.
+    void beginStatement() { *this = FunctionContext(m_session); }
+    const Now& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
+    FunctionSession& session() { return *m_session; }
+
+    // The error that a function raised, valid after SQLite has returned SQLITE_ERROR.
+    void setError(const SqlError& error) { m_error = error; }
+    std::optional<SqlError> takeError() { return std::exchange(m_error, std::nullopt); }
+    // Records that an aggregate skipped a NULL.
+    void noteNullLeftOut() { m_nullLeftOut = true; }
+    bool takeNullLeftOut() { return std::exchange(m_nullLeftOut, false); }
+
+  private:
+    FunctionSession* m_session;
+    std::optional<Now> m_now;
+    std::optional<SqlError> m_error;
+    bool m_nullLeftOut = false;
+};
+
+// Registers the functions, aggregates and collation in a SQLite connection. Throws std::runtime_error.
+void registerFunctions(struct sqlite3* connection, FunctionContext& context);
 
 std::string hostName();
 Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)

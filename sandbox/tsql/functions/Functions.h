@@ -1,14 +1,10 @@
 // Built-in functions of T-SQL: arguments, result type, and the SQL of their calls.
 #pragma once
 
-#include <array>
 #include <concepts>
-#include <span>
-#include <string>
-#include <string_view>
 
+#include "functions/Operators.h"
 #include "functions/SqliteFunction.h"
-#include "functions/Typed.h"
 
 namespace tsql {
 
@@ -82,10 +78,7 @@ std::array<std::span<const FunctionInfo>, 5> allFunctions();
 // Throws SqlError 174 or 189 for a wrong number of arguments, 8116 for an argument type that is not allowed.
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct = false);
 
-std::span<const FunctionInfo> textFunctions();
-std::span<const FunctionInfo> mathFunctions();
-std::span<const FunctionInfo> dateFunctions();
-std::span<const FunctionInfo> sessionFunctions();
+extern const std::span<const FunctionInfo> kTextFunctions, kMathFunctions, kDateFunctions, kSessionFunctions;
 
 // Throws SqlError 9806 or 9810 if the last argument has no such part as the first one names.
 void checkDatePart(Pieces arguments, std::string_view function);

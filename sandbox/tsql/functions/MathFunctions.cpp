@@ -1,12 +1,9 @@
 // T-SQL's numeric functions, as SQLite functions.
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>
 
 #include "functions/Functions.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -109,7 +106,7 @@ Value runIsNumeric(const SqlCall& call) {
     return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
 }
 
-const FunctionInfo kMathFunctions[] = {
+const FunctionInfo kMathTable[] = {
     {"abs", "N=", numberType, runAbs},
     {"sign", "N=", numberType, runSign},
     {"ceiling", "N#", wholeType, runWhole<true>},
@@ -139,8 +136,6 @@ const FunctionInfo kMathFunctions[] = {
 
 }  // namespace
 
-std::span<const FunctionInfo> mathFunctions() {
-    return kMathFunctions;
-}
+const std::span<const FunctionInfo> kMathFunctions = kMathTable;
 
 }  // namespace tsql

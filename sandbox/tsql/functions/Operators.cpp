@@ -1,8 +1,8 @@
 #include "functions/Operators.h"
 
+#include <charconv>
+
 #include "functions/SqliteFunction.h"
-#include "messages/Messages.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -59,7 +59,7 @@ Value runUnpadded(const SqlCall& call) {
     return ownedValue(bytes.substr(0, length));
 }
 
-const ScalarFunction kOperatorFunctions[] = {
+const ScalarFunction kOperatorTable[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
     {"ts_assign", runAssign, Nulls::Reach},
@@ -169,9 +169,42 @@ Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
 
 }  // namespace
 
-std::span<const ScalarFunction> operatorFunctions() {
-    return kOperatorFunctions;
+Typed nullLiteral() {
+    return {"NULL", simpleType(TypeId::Int), true};
 }
+
+Typed typedConstant(std::string sql, const TypedValue& constant) {
+    Typed result{std::move(sql), constant.type, isNull(constant.value)};
+    result.nullable = result.nullLiteral;
+    const auto* integer = std::get_if<std::int64_t>(&constant.value);
+    if (integer && constant.type.id == TypeId::Int) result.integer = *integer;
+    return result;
+}
+
+Typed literal(const TypedValue& constant) {
+    struct ConstantWriter {
+        std::string operator()(Null) const { return "NULL"; }
+        std::string operator()(std::int64_t number) const { return std::to_string(number); }
+        std::string operator()(double number) const {
+            char digits[40];
+            return {digits,
+                    std::to_chars(digits, digits + sizeof digits, number, std::chars_format::scientific).ptr};
+        }
+        std::string operator()(const std::string& text) const {
+            if (text.find('\0') == std::string::npos) return quotedText(text);
+            // SQLite's parser stops at a NUL.
+            return "CAST(x'" + hexDigits(std::as_bytes(std::span(text))) + "' AS TEXT)";
+        }
+        std::string operator()(const Bytes& bytes) const { return "x'" + hexDigits(bytes) + "'"; }
+    };
+    return typedConstant(std::visit(ConstantWriter{}, constant.value), constant);
+}
+
+Typed wordArgument(std::string_view word) {
+    return {{}, {}, false, {}, std::string(word)};
+}
+
+const std::span<const ScalarFunction> kOperatorFunctions = kOperatorTable;
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
     if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)

@@ -1,11 +1,7 @@
 // SQLite functions for the SQL of the translator and the system views.
-#include <algorithm>
 
-#include "catalogue/Catalogue.h"
 #include "functions/SqliteFunction.h"
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -168,7 +164,7 @@ Value runReferenced(const SqlCall& call) {
 
 constexpr auto kReach = Nulls::Reach;
 
-const ScalarFunction kQueryFunctions[] = {
+const ScalarFunction kQueryTable[] = {
     {"ts_variable", [](const SqlCall& call) { return call.context().session().variableValue(call.text(0)); },
      kReach, Purity::Varying},
     {"ts_call",  // (database, key, argument...); a user-defined function
@@ -177,6 +173,21 @@ const ScalarFunction kQueryFunctions[] = {
                                                       call.arguments().subspan(2));
      },
      kReach, Purity::Varying},
+    {"ts_next_value",  // (database, id of a sequence)
+     [](const SqlCall& call) { return call.context().session().nextValue(call.text(0), call.integer(1)); },
+     kReach, Purity::Varying},
+    {"ts_next_identity",  // (schema, table, increment, type)
+     [](const SqlCall& call) {
+         const auto next = call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
+         if (fits(next, call.type(3))) return Value(next);
+         throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(3).id)}, 1);
+     },
+     kReach, Purity::Varying},
+    {"ts_sequence_value",  // (its text, number of values given)
+     [](const SqlCall& call) {
+         const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));
+         return value ? Value(*value) : Value(Null{});
+     }},
     {"ts_noted", runNoted, kReach, Purity::Varying},
     {"ts_single", runSingle, kReach},
     {"ts_deeper", runDeeper},
@@ -202,8 +213,6 @@ const ScalarFunction kQueryFunctions[] = {
 
 }  // namespace
 
-std::span<const ScalarFunction> queryFunctions() {
-    return kQueryFunctions;
-}
+const std::span<const ScalarFunction> kQueryFunctions = kQueryTable;
 
 }  // namespace tsql

@@ -2,16 +2,11 @@
 #include <sodium.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdio>
 
-#include "catalogue/SystemViews.h"
 #include "functions/Functions.h"
-#include "messages/Messages.h"
 #include "syntax/Parser.h"
-#include "types/Text.h"
 
 namespace tsql {
 namespace {
@@ -38,12 +33,25 @@ Value runNewSequentialId(const SqlCall& call) {
     return time.substr(0, 8) + "-" + time.substr(8, 4) + "-" + time.substr(12) + random;
 }
 
-using Properties = std::initializer_list<std::pair<std::string_view, std::string>>;
+// Properties as "name = value; name = value ...".
+constexpr std::string_view kDatabaseProperties =
+    "Status = ONLINE; IsAutoClose = 0; IsAutoShrink = 0; IsInStandBy = 0; Recovery = SIMPLE; "
+    "Updateability = READ_WRITE; UserAccess = MULTI_USER; Collation = SQL_Latin1_General_CP1_CI_AS";
+constexpr std::string_view kServerProperties =
+    "ProductVersion = 15.0.2000.5; ProductLevel = RTM; ProductMajorVersion = 15; ProductMinorVersion = 0; "
+    "ProductBuild = 2000; Edition = tsqlbox; EngineEdition = 3; IsClustered = 0; IsHadrEnabled = 0; "
+    "IsFullTextInstalled = 0; IsIntegratedSecurityOnly = 0; IsSingleUser = 0; "
+    "Collation = SQL_Latin1_General_CP1_CI_AS";
 
-Value propertyIn(const Properties& properties, std::string_view name) {
-    for (const auto& [property, value] : properties)
-        if (sameWord(property, name)) return value;
+Value propertyIn(std::string_view properties, std::string_view name) {
+    for (const std::string& each : listItems(properties))
+        if (sameWord(each.substr(0, each.find(' ')), name)) return each.substr(each.find('=') + 2);
     return Null{};
+}
+
+template <typename T>
+Value orNull(const std::optional<T>& value) {
+    return value ? Value(*value) : Value(Null{});
 }
 
 struct SessionFunctions {
@@ -57,48 +65,22 @@ struct SessionFunctions {
         return std::nullopt;
     }
 
-    static Value databaseName(const SqlCall& call) {
-        const auto name = databaseArgument(call, 0);
-        return name ? Value(*name) : Value(Null{});
-    }
+    static Value databaseName(const SqlCall& call) { return orNull(databaseArgument(call, 0)); }
 
     static Value databaseNumber(const SqlCall& call) {
-        const auto id = databaseId(session(call).storage(),
-                                   call.count() ? std::string(call.text(0)) : session(call).databaseOf({}));
-        return id ? Value(*id) : Value(Null{});
+        return orNull(databaseId(session(call).storage(),
+                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
     }
 
     static Value databaseProperty(const SqlCall& call) {
         if (!session(call).storage().exists(call.text(0))) return Null{};
-        return propertyIn({{"Status", "ONLINE"},
-                           {"IsAutoClose", "0"},
-                           {"IsAutoShrink", "0"},
-                           {"IsInStandBy", "0"},
-                           {"Recovery", "SIMPLE"},
-                           {"Updateability", "READ_WRITE"},
-                           {"UserAccess", "MULTI_USER"},
-                           {"Collation", std::string(kCollationName)}},
-                          call.text(1));
+        return propertyIn(kDatabaseProperties, call.text(1));
     }
 
     static Value serverProperty(const SqlCall& call) {
-        return propertyIn({{"ProductVersion", "15.0.2000.5"},
-                           {"ProductLevel", "RTM"},
-                           {"ProductMajorVersion", "15"},
-                           {"ProductMinorVersion", "0"},
-                           {"ProductBuild", "2000"},
-                           {"Edition", "tsqlbox"},
-                           {"EngineEdition", "3"},
-                           {"IsClustered", "0"},
-                           {"IsHadrEnabled", "0"},
-                           {"IsFullTextInstalled", "0"},
-                           {"IsIntegratedSecurityOnly", "0"},
-                           {"IsSingleUser", "0"},
-                           {"ComputerNamePhysicalNetBIOS", hostName()},
-                           {"ServerName", hostName()},
-                           {"MachineName", hostName()},
-                           {"Collation", std::string(kCollationName)}},
-                          call.text(0));
+        for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
+            if (sameWord(name, call.text(0))) return hostName();
+        return propertyIn(kServerProperties, call.text(0));
     }
 
     static Value objectId(const SqlCall& call) {
@@ -118,7 +100,7 @@ struct SessionFunctions {
     template <std::string ObjectInfo::*fact>
     static Value ofObject(const SqlCall& call) {
         const auto found = objectArgument(call);
-        return found ? Value((*found).*fact) : Value(Null{});
+        return found ? Value((*found).*fact) : Null{};
     }
 
     static Value objectProperty(const SqlCall& call) {
@@ -182,7 +164,7 @@ struct SessionFunctions {
             if (!sameText(column.name, call.text(1))) continue;
             if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
             if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
-            if (sameWord(call.text(2), "IsComputed")) return std::int64_t{0};
+            if (sameWord(call.text(2), "IsComputed")) return std::int64_t{!column.computed.empty()};
             throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
         }
         return Null{};
@@ -192,7 +174,13 @@ struct SessionFunctions {
         const TableInfo info = session(call).table(parseObjectName(call.text(0)));
         if (!info.identityColumn()) return Null{};
         const auto last = session(call).lastIdentity(info);
-        return identityValue(std::max(last.value_or(info.seed), info.seed));  // without rows: the seed
+        return identityValue(!last || *last == info.seed - info.increment ? info.seed : *last);
+    }
+
+    template <std::int64_t TableInfo::*fact>
+    static Value ofIdentity(const SqlCall& call) {
+        const TableInfo info = session(call).table(parseObjectName(call.text(0)));
+        return identityValue(info.identityColumn() ? std::optional(info.*fact) : std::nullopt);
     }
 
     // Property of the error that the enclosing CATCH block handles.
@@ -220,7 +208,7 @@ const SqlType kName = nvarcharType(128);
 constexpr auto kNulls = Nulls::GiveNull;
 constexpr auto kVarying = Purity::Varying;
 
-const FunctionInfo kSessionFunctions[] = {
+const FunctionInfo kSessionTable[] = {
     {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
     {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
     {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
@@ -257,6 +245,8 @@ const FunctionInfo kSessionFunctions[] = {
     {"scope_identity", "", decimalType(38, 0),
      [](const SqlCall& call) { return identityValue(S::session(call).scopeIdentity()); }, kNulls, kVarying},
     {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
+    {"ident_seed", "T", decimalType(38, 0), S::ofIdentity<&TableInfo::seed>, kNulls, kVarying},
+    {"ident_incr", "T", decimalType(38, 0), S::ofIdentity<&TableInfo::increment>, kNulls, kVarying},
     {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
     {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
     {"error_state", "", TypeId::Int, S::caught<&Message::state>, kNulls, kVarying},
@@ -283,8 +273,6 @@ Value identityValue(const std::optional<std::int64_t>& identity) {
     return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
 }
 
-std::span<const FunctionInfo> sessionFunctions() {
-    return kSessionFunctions;
-}
+const std::span<const FunctionInfo> kSessionFunctions = kSessionTable;
 
 }  // namespace tsql

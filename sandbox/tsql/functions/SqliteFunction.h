@@ -2,15 +2,8 @@
 #pragma once
 
 #include <array>
-#include <span>
-#include <string>
-#include <string_view>
 
-#include "functions/FunctionContext.h"
-#include "storage/Connection.h"
-#include "types/DateTime.h"
-#include "types/SqlTypes.h"
-#include "types/Values.h"
+#include "functions/FunctionSession.h"
 
 namespace tsql {
 
@@ -67,8 +60,8 @@ void deleteBinding(void* binding) {
     delete static_cast<Binding<Function>*>(binding);
 }
 
-std::span<const ScalarFunction> operatorFunctions();  // that do the work of operators
-std::span<const ScalarFunction> queryFunctions();     // for queries and system views; T-SQL lacks them
+// Functions that do the work of operators; functions for queries and system views, which T-SQL lacks.
+extern const std::span<const ScalarFunction> kOperatorFunctions, kQueryFunctions;
 void registerAggregates(struct sqlite3* connection, FunctionContext& context);
 
 // Passes the exception being handled to the context and to SQLite as an error.

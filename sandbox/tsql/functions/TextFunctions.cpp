@@ -1,15 +1,11 @@
 // T-SQL's string functions, as SQLite functions.
 #include <openssl/evp.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 
 #include "functions/Functions.h"
-#include "messages/Messages.h"
 #include "types/Text.h"
-#include "types/Utf16.h"
 #include "types/Work.h"
 
 namespace tsql {
@@ -345,7 +341,7 @@ Value runHashBytes(const SqlCall& call) {
     return Null{};
 }
 
-const FunctionInfo kTextFunctions[] = {
+const FunctionInfo kTextTable[] = {
     {"len", "T", countType, runLen},
     {"datalength", "A#", countType, runDataLength},
     {"substring", "SII", partOfText, runSubstring},
@@ -384,8 +380,6 @@ SqlType grownText(Pieces pieces) {
     return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
 }
 
-std::span<const FunctionInfo> textFunctions() {
-    return kTextFunctions;
-}
+const std::span<const FunctionInfo> kTextFunctions = kTextTable;
 
 }  // namespace tsql

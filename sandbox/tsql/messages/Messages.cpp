@@ -1,7 +1,6 @@
 #include "messages/Messages.h"
 
 #include <algorithm>
-#include <string>
 
 namespace tsql {
 namespace {

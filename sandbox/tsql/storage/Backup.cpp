@@ -9,9 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
-#include "messages/Messages.h"
 #include "storage/Connection.h"
 #include "types/Text.h"
 

@@ -2,11 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <span>
-#include <string>
-#include <string_view>
 
 #include "storage/Storage.h"
 

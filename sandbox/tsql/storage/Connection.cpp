@@ -1,9 +1,8 @@
 #include "storage/Connection.h"
 
-#include <algorithm>
+#include <boost/algorithm/string/replace.hpp>
 #include <thread>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -20,17 +19,10 @@ constexpr std::size_t kMostAttached = 10;  // limit of SQLite
 constexpr unsigned kBloomFilters = 0x80000;
 constexpr std::byte kNoBytes{};  // SQLite has no address for an empty blob; copies need one
 
-std::string quotedWith(std::string_view text, char quote) {
-    std::string out(1, quote);
-    for (std::size_t at; (at = text.find(quote)) != std::string_view::npos; text.remove_prefix(at + 1))
-        out.append(text.substr(0, at + 1)) += quote;
-    return out.append(text) += quote;
-}
-
 }  // namespace
 
 std::string quotedName(std::string_view name) {
-    return quotedWith(name, '"');
+    return '"' + boost::replace_all_copy(std::string(name), "\"", "\"\"") + '"';
 }
 
 std::string quotedNames(const std::vector<std::string>& names, std::string_view prefix) {
@@ -38,7 +30,7 @@ std::string quotedNames(const std::vector<std::string>& names, std::string_view 
 }
 
 std::string quotedText(std::string_view text) {
-    return quotedWith(text, '\'');
+    return "'" + boost::replace_all_copy(std::string(text), "'", "''") + "'";
 }
 
 PreparedStatement::PreparedStatement(Connection& connection, std::string sql)

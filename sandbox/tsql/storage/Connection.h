@@ -3,15 +3,9 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
 #include <functional>
 #include <list>
-#include <optional>
 #include <set>
-#include <span>
-#include <stdexcept>
-#include <string>
-#include <string_view>
 
 #include "storage/Storage.h"
 #include "types/Values.h"
@@ -109,6 +103,36 @@ class Connection {
     std::list<std::string> m_attached;  // keys of databases, most recently used first
     std::set<std::string> m_catalogues;
     std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // most recently used first
+};
+
+// Savepoint that makes several SQLite statements atomic. Without commit(), the destructor undoes them.
+class Atomic {
+  public:
+    // Acquires the write lock of the schema before anything is read: only then does SQLite wait for another
+    // writer.
+    Atomic(Connection& connection, const std::string& schema) : Atomic(connection) {
+        m_connection.run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
+    }
+    ~Atomic() {
+        if (m_done) return;
+        sqlite3_exec(m_connection.handle(), "ROLLBACK TO tsqlbox_atomic; RELEASE tsqlbox_atomic", nullptr,
+                     nullptr, nullptr);
+    }
+    Atomic(const Atomic&) = delete;
+    Atomic& operator=(const Atomic&) = delete;
+
+    void commit() {
+        m_connection.run("RELEASE tsqlbox_atomic");
+        m_done = true;
+    }
+
+  private:
+    explicit Atomic(Connection& connection) : m_connection(connection) {
+        m_connection.run("SAVEPOINT tsqlbox_atomic");
+    }
+
+    Connection& m_connection;
+    bool m_done = false;
 };
 
 }  // namespace tsql

@@ -3,11 +3,9 @@
 #include <sodium.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <array>
 #include <cctype>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Values.h"
 

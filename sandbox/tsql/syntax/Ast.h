@@ -2,12 +2,9 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include "types/SqlTypes.h"
@@ -77,6 +74,9 @@ struct Call {
 struct ScalarQuery {
     QueryPtr query;
 };
+struct NextValue {  // NEXT VALUE FOR
+    ObjectName sequence;
+};
 
 // ---- expressions: conditions -----------------------------------------------------------------------------
 struct Compare {
@@ -115,9 +115,10 @@ struct Exists {
 };
 
 struct Expr {
-    using Node = std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery,
-                              Compare, Logic, Not, IsNull, Between, InList, CompareQuery, Like, Exists>;
-    static constexpr std::size_t kFirstCondition = 9;  // Compare and what follows it
+    using Node =
+        std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery, NextValue,
+                     Compare, Logic, Not, IsNull, Between, InList, CompareQuery, Like, Exists>;
+    static constexpr std::size_t kFirstCondition = 10;  // Compare and what follows it
 
     int line = 1;
     Node node;
@@ -148,11 +149,17 @@ struct TableRef {
     int line = 1;
 };
 
+// IDENTITY (seed, increment)
+struct Identity {
+    std::int64_t seed = 1, increment = 1;
+};
 struct SelectItem {
     ExprPtr value;                    // null for *; of SELECT @v += 1: @v + 1
     std::vector<std::string> starOf;  // qualifier of t.*
     std::string alias;                // empty if there is none
     std::string variable;             // SELECT @v = value
+    std::optional<std::pair<SqlType, Identity>> identity =
+        {};  // IDENTITY() of SELECT INTO; its value is NULL
 };
 struct Window {
     std::vector<ExprPtr> partition;
@@ -356,11 +363,12 @@ struct Constraint {
 struct ColumnDefinition {
     std::string name;
     SqlType type;
-    std::optional<bool> nullable;
-    bool identity = false;
+    std::optional<bool> nullable = {};
+    std::optional<Identity> identity = {};
+    std::string computed = {};  // text of its expression; `type` is not known then
+    bool persisted = false;
     bool withValues = false;  // ALTER TABLE ADD: existing rows get the default
-    std::int64_t seed = 1;
-    std::vector<Constraint> constraints;
+    std::vector<Constraint> constraints = {};
 };
 struct CreateIndex {
     std::string name;
@@ -390,7 +398,7 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Database, Schema };
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Index, Database, Schema };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;
@@ -404,6 +412,13 @@ struct CreateSchema {
 struct TransferObject {
     std::string schema;
     ObjectName object;
+};
+// CREATE or ALTER SEQUENCE with its options by name. NO MINVALUE and its like have no value.
+struct DefineSequence {
+    ObjectName name;
+    bool alter = false;
+    SqlType type;
+    std::map<std::string_view, std::optional<std::int64_t>> options = {};
 };
 struct CreateDatabase {
     std::string name;
@@ -488,12 +503,13 @@ struct Maintenance {
 };
 
 struct Statement {
-    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return,
-                              Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
-                              Insert, InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable,
-                              CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema,
-                              TransferObject, SwitchTriggers, CreateModule, Execute, Transaction, Backup,
-                              Restore, CheckDatabase, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+    using Node =
+        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
+                     TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
+                     Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
+                     AlterDatabase, AlterIndex, CreateSchema, TransferObject, SwitchTriggers, DefineSequence,
+                     CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase, Maintenance,
+                     DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

@@ -2,11 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <string_view>
 #include <vector>
 
-#include "messages/Message.h"
+#include "messages/Messages.h"
 
 namespace tsql {
 

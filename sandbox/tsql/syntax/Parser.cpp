@@ -91,11 +91,12 @@ std::int64_t Parser::expectInteger() {
     const bool negative = accept("-");
     const Token& token = peek();
     std::int64_t number = 0;
-    const auto* end = token.raw.data() + token.raw.size();
-    const auto parsed = std::from_chars(token.raw.data(), end, number);
+    const std::string digits = (negative ? "-" : "") + std::string(token.raw);
+    const auto* end = digits.data() + digits.size();
+    const auto parsed = std::from_chars(digits.data(), end, number);
     if (token.kind != TokenKind::Number || parsed.ec != std::errc() || parsed.ptr != end) throwSyntaxError();
     takeToken();
-    return negative ? -number : number;
+    return number;
 }
 
 bool Parser::isString(const Token& token) const {
@@ -156,6 +157,12 @@ SqlType Parser::type(TypeUse use) {
     } catch (const SqlError& error) {
         throw SyntaxError(error, line);
     }
+}
+
+Identity Parser::identity() {
+    const std::int64_t seed = expectInteger();
+    expect(",");
+    return {seed, expectInteger()};
 }
 
 // There is only one collation: case-insensitive, accent-sensitive.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <set>
+#include <type_traits>
 
 #include "messages/Messages.h"
 #include "syntax/Ast.h"
@@ -57,6 +58,7 @@ class Parser {
     std::string expectVariable(int undeclaredState = 1);  // state of the error
     ObjectName objectName();
     SqlType type(TypeUse use);
+    Identity identity();  // seed, increment
     void collation();
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one

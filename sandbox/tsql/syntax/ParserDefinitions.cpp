@@ -211,12 +211,7 @@ ColumnDefinition columnDefinition(Parser& in) {
         } else if (in.accept("WITH VALUES")) {
             column.withValues = true;
         } else if (in.accept("IDENTITY")) {
-            column.identity = true;
-            if (!in.accept("(")) return true;
-            column.seed = in.expectInteger();
-            in.expect(",");
-            if (in.expectInteger() != 1) in.throwUnsupported("an IDENTITY increment other than 1");
-            in.expect(")");
+            column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
         } else if (in.acceptConstraint(constraint, /*ofTable=*/false)) {
             if (constraint.columns.empty()) constraint.columns = {column.name};
             column.constraints.push_back(std::move(constraint));
@@ -226,7 +221,14 @@ ColumnDefinition columnDefinition(Parser& in) {
         return true;
     };
     column.name = in.expectName();
-    in.throwIfAt("AS", "computed columns");
+    if (in.accept("AS")) {
+        const std::size_t begin = in.position();
+        in.scalar(&Parser::expression);
+        column.computed = in.textSince(begin);
+        column.persisted = in.accept("PERSISTED");
+        while (option()) continue;
+        return column;
+    }
     const std::size_t typeName = in.at(".", 1) ? 2 : 0;  // behind a schema
     if (sameWord(unquoted(in.peek(typeName)), "sysname")) column.nullable = false;
     column.type = in.type(TypeUse::Declaration);
@@ -516,6 +518,23 @@ Statement::Node transferObject(Parser& in) {
     return node;
 }
 
+Statement::Node defineSequence(Parser& in, bool alter) {
+    constexpr std::pair<std::string_view, bool> kOptions[] = {
+        // name, has a value
+        {"START WITH", true}, {"RESTART WITH", true}, {"INCREMENT BY", true}, {"MINVALUE", true},
+        {"MAXVALUE", true},   {"NO MINVALUE", false}, {"NO MAXVALUE", false}, {"NO CYCLE", false},
+        {"NO CACHE", false},  {"CYCLE", false},       {"RESTART", false},     {"CACHE", false}};
+    DefineSequence node{in.objectName(), alter, simpleType(TypeId::BigInt)};
+    if (!alter && in.accept("AS")) node.type = in.type(TypeUse::Declaration);
+    const auto accepted = [&](const auto& each) { return in.accept(each.first); };
+    for (;;) {
+        const auto* option = std::ranges::find_if(kOptions, accepted);
+        if (option == std::end(kOptions)) return node;
+        auto& value = node.options[option->first];
+        if (option->second || in.peek().kind == TokenKind::Number) value = in.expectInteger();
+    }
+}
+
 }  // namespace
 
 std::vector<const Constraint*> allConstraints(const CreateTable& create) {
@@ -561,6 +580,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     if (!create && in.accept("DATABASE")) return alterDatabase(in);
     if (!create && in.accept("INDEX")) return alterIndex(in);
     if (!create && in.accept("SCHEMA")) return transferObject(in);
+    if (!(create && module.alter) && in.accept("SEQUENCE")) return defineSequence(in, !create);
     const bool orAlter = create && module.alter;
     if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);
@@ -580,7 +600,7 @@ Statement::Node parseDrop(Parser& in) {
         {"PROC", ObjectKind::Procedure},  {"FUNCTION", ObjectKind::Function},
         {"INDEX", ObjectKind::Index},     {"DATABASE", ObjectKind::Database},
         {"VIEW", ObjectKind::View},       {"SCHEMA", ObjectKind::Schema},
-        {"TRIGGER", ObjectKind::Trigger},
+        {"TRIGGER", ObjectKind::Trigger}, {"SEQUENCE", ObjectKind::Sequence},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) throwUnsupportedObject(in, "DROP");

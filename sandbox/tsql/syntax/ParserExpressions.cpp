@@ -355,6 +355,11 @@ ExprPtr Parser::primary() {
     if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(takeToken().raw)});
     if (at("(")) return inParentheses(*this);
     if (at("CASE")) return caseOf(*this);
+    if (accept("NEXT VALUE FOR")) {
+        ExprPtr next = make(token.line, NextValue{objectName()});
+        throwIfAt("OVER", "NEXT VALUE FOR ... OVER");
+        return next;
+    }
     if (at("CAST (") || at("TRY_CAST (") || at("CONVERT") || at("TRY_CONVERT")) return conversion(*this);
     if (at("IIF (")) return iif(*this);
     if (at("UPDATE (")) return updated(*this);

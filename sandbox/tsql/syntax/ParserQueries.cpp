@@ -39,7 +39,10 @@ Select select(Parser& in) {
     if (!select.distinct) in.accept("ALL");
     select.top = in.top(true);
     select.items = in.list([&] { return in.selectItem(); });
-    if (into && in.accept("INTO")) *into = in.objectName();
+    if (into && in.accept("INTO"))
+        *into = in.objectName();
+    else if (std::ranges::any_of(select.items, [](const auto& item) { return item.identity.has_value(); }))
+        throw SyntaxError(sqlError(message::kIdentityWithoutInto), in.faulty().line);
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
     if (in.accept("GROUP BY")) {
@@ -278,8 +281,14 @@ SelectItem Parser::selectItem() {
         item.alias = alias(*this);
         takeToken();
     }
-    throwIfAt("IDENTITY (", "SELECT IDENTITY() INTO");
-    item.value = expression();
+    if (const int line = peek().line; accept("IDENTITY (")) {
+        item.identity.emplace(type(TypeUse::Declaration), Identity{});
+        if (accept(",")) item.identity->second = identity();
+        expect(")");
+        item.value = std::make_unique<Expr>(Expr{line, Literal{}});
+    } else {
+        item.value = expression();
+    }
     if (item.alias.empty()) item.alias = alias(*this);
     return item;
 }

@@ -4,7 +4,7 @@
 
 #include <set>
 
-#include "catalogue/SystemViews.h"
+#include "catalogue/Catalogue.h"
 #include "functions/Functions.h"
 #include "functions/Operators.h"
 #include "syntax/Ast.h"
@@ -33,6 +33,8 @@ class NameResolver {
     virtual TableInfo table(const ObjectName& name) = 0;  // throws SqlError 208
     virtual std::optional<SystemView> view(const ObjectName& name) = 0;
     virtual std::optional<StoredModule> module(const ObjectName& name, std::string_view type) = 0;
+    // NEXT VALUE FOR, of a sequence that the statement changes. Throws SqlError 208 and 11726.
+    virtual Typed nextValue(const ObjectName& sequence) = 0;
     // Runs `work` with names resolved as inside the view or function. Throws SqlError 217 (nesting too deep)
     // and 4429 (it contains itself).
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
@@ -60,6 +62,7 @@ struct OutputColumn {
     Column column;
     std::string alias;  // in SQLite; c1, c2 ... for a SELECT
     bool nullLiteral = false;
+    std::optional<Identity> newIdentity = {};  // IDENTITY() of SELECT INTO
 };
 
 struct QueryText {
@@ -76,10 +79,12 @@ struct Assignment {
     SqlType type;  // of the value
 };
 
-// Condition of a CHECK constraint, with unqualified column names, and the columns it uses.
+// Condition of a CHECK constraint or value of a computed column, with unqualified column names, and the
+// columns it uses.
 struct CheckText {
     std::string sql;
     std::set<std::string> columns;
+    SqlType type = {};  // of a value
 };
 
 class Translator {
@@ -94,6 +99,9 @@ class Translator {
     std::string insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     std::string limited(const std::string& sql, const ExprPtr& top = nullptr);
     std::string insertQuery(const TableInfo& target, const ColumnList& columns, const Insert& insert);
+    // Rows of a query with as many columns.
+    std::string insertSelected(const TableInfo& target, const ColumnList& columns, const QueryText& text,
+                               const ExprPtr& top = nullptr);
     // For one row: values of the given types, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<SqlType>& types);
@@ -150,6 +158,7 @@ class Translator {
     Typed node(const Cast& cast);
     Typed node(const Call& call);
     Typed node(const ScalarQuery& query);
+    Typed node(const NextValue& next);
     std::string test(const Compare& compare);
     std::string test(const Logic& logic);
     std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
@@ -219,7 +228,7 @@ class Translator {
     // ---- changes (TranslatorChanges.cpp)
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
     std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
-    Typed defaultOf(const TableColumn& column);
+    Typed defaultOf(const TableInfo& target, const TableColumn& column);
     Typed cell(const Expr& expr);
     static std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
         return emitAssign(value, column.type, target.fullName(), column.name).sql;
@@ -241,6 +250,8 @@ class Translator {
     // SQL for the variables that the statement itself assigns: the value before the row, then the value
     // assigned further left.
     WordMap<std::string> m_live;
+    int m_nextValue = 0;    // error of NEXT VALUE FOR in this place; 0: none
+    WordSet m_sequences;    // that have given a value for the row
     bool m_sorted = false;  // rows are computed before they are sorted
     int m_aliases = 0;
     std::string m_depth;  // depth column that the recursive part must return

@@ -24,7 +24,11 @@ const ObjectName& Translator::targetName(const ObjectName& name, const std::vect
     return name;
 }
 
-Typed Translator::defaultOf(const TableColumn& column) {
+Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) {
+    if (column.identity)
+        return {"ts_next_identity(" + quotedText(target.schema) + ", " + quotedText(target.stored) + ", " +
+                    std::to_string(target.increment) + ", " + std::to_string(encodeType(column.type)) + ")",
+                column.type};
     if (column.byDefault.empty()) return nullLiteral();
     return value(*parseExpression(column.byDefault));
 }
@@ -42,9 +46,10 @@ Typed Translator::cell(const Expr& expr) {
 // Returns `columns` and the other columns that have defaults.
 ColumnList Translator::filledColumns(const TableInfo& target, const ColumnList& columns) {
     ColumnList filled = columns;
-    for (const auto& column : target.columns)
-        if (!column.byDefault.empty() && std::ranges::find(columns, &column) == columns.end())
-            filled.push_back(&column);
+    for (const auto& column : target.columns) {
+        const bool isFilled = !column.byDefault.empty() || (column.identity && target.increment != 1);
+        if (isFilled && std::ranges::find(columns, &column) == columns.end()) filled.push_back(&column);
+    }
     return filled;
 }
 
@@ -54,7 +59,7 @@ std::string Translator::rowText(const TableInfo& target, const ColumnList& colum
     std::string row;
     for (std::size_t i = 0; i < columns.size(); ++i)
         row += (i ? ", " : "") +
-               assigned(i < cells.size() ? cells[i] : defaultOf(*columns[i]), target, *columns[i]);
+               assigned(i < cells.size() ? cells[i] : defaultOf(target, *columns[i]), target, *columns[i]);
     return row;
 }
 
@@ -77,7 +82,9 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
             throw sqlError(row.size() < columns.size() ? message::kMoreInsertColumnsThanValues
                                                        : message::kFewerInsertColumnsThanValues);
         std::vector<Typed> cells;
-        for (const auto& each : row) cells.push_back(each ? cell(*each) : defaultOf(*columns[cells.size()]));
+        m_sequences.clear();
+        for (const auto& each : row)
+            cells.push_back(each ? cell(*each) : defaultOf(target, *columns[cells.size()]));
         rows += (rows.empty() ? "VALUES (" : ", (") + rowText(target, all, cells) + ")";
     }
     if (insert.top) rows = limited(rows, insert.top);
@@ -91,12 +98,17 @@ std::string Translator::insertQuery(const TableInfo& target, const ColumnList& c
     if (text.columns.size() != columns.size())
         throw sqlError(text.columns.size() < columns.size() ? message::kFewerSelectedThanInserted
                                                             : message::kMoreSelectedThanInserted);
+    return insertSelected(target, columns, text, insert.top) + returning(target, insert.output, "inserted");
+}
+
+std::string Translator::insertSelected(const TableInfo& target, const ColumnList& columns,
+                                       const QueryText& text, const ExprPtr& top) {
     std::vector<Typed> cells;
-    for (const auto& output : text.columns) cells.push_back({output.alias, output.column.type});
+    for (const auto& output : text.columns)
+        if (!output.newIdentity || target.increment == 1) cells.push_back({output.alias, output.column.type});
     const ColumnList all = filledColumns(target, columns);
-    const std::string rows =
-        "SELECT " + rowText(target, all, cells) + " FROM (" + limited(text.sql, insert.top) + ")";
-    return insertText(target, all, rows) + returning(target, insert.output, "inserted");
+    return insertText(target, all,
+                      "SELECT " + rowText(target, all, cells) + " FROM (" + limited(text.sql, top) + ")");
 }
 
 std::string Translator::insertParameters(const TableInfo& target, const ColumnList& columns,
@@ -108,7 +120,7 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
 }
 
 Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
-    Typed typed = clause.value ? value(*clause.value) : defaultOf(column);
+    Typed typed = clause.value ? value(*clause.value) : defaultOf({}, column);
     if (!clause.op) return typed;
     const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
     return emitBinary(*clause.op, {prefix + quotedName(column.name), column.type}, typed);
@@ -140,6 +152,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
+        if (item.identity) throw sqlError(message::kIdentityWithoutInto);
         selectItem(item, m_output, list, /*collate=*/false);
     }
     m_scope = nullptr;
@@ -206,6 +219,7 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         if (!isTarget) throw sqlError(message::kUnboundIdentifier, {clause.table + "." + clause.column});
         if (!column) throw sqlError(message::kInvalidColumnName, {clause.column});
         if (column->identity) throw sqlError(message::kIdentityUpdate, {column->name});
+        if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
         if (!seen.insert(column).second) throw sqlError(message::kColumnSetTwice, {column->name});
         const std::string cell = assigned(setValue(rowid, clause, *column), target, *column);
         const std::string alias = "v" + std::to_string(&clause - update.sets.data());
@@ -245,6 +259,7 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
 }
 
 std::string Translator::filter(const Change& change) {
+    const Temporarily clause(m_nextValue, message::kNextValueInClause);
     const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
     if (m_scope->sawAggregate) throw sqlError(message::kAggregateInWhere);
     return where;
@@ -270,8 +285,15 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
 CheckText Translator::check(const TableInfo& table, const Expr& expr) {
     Scope scope;
     m_scope = &scope;
+    m_nextValue = message::kNextValueInSubquery;
     addSource(table, table.name, {});
-    CheckText text{condition(expr), {}};
+    CheckText text;
+    if (expr.isCondition()) {
+        text.sql = condition(expr);
+    } else {
+        const Typed typed = value(expr);
+        text = {typed.sql, {}, typed.type};
+    }
     for (const auto& name : scope.loose) text.columns.insert(name.substr(table.name.size() + 1));
     m_scope = nullptr;
     return text;

@@ -113,6 +113,7 @@ Typed Translator::node(const Binary& binary) {
 }
 
 Typed Translator::node(const Case& choice) {
+    const Temporarily inner(m_nextValue, message::kNextValueInCase);
     std::vector<std::string> conditions;
     std::vector<Typed> results;
     for (const auto& [when, then] : choice.branches) {
@@ -161,6 +162,9 @@ Typed Translator::node(const Call& call) {
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
     if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
+    const bool chooses =
+        function->name == "nullif" || function->arguments.find('R') != std::string_view::npos;
+    const Temporarily inner(m_nextValue, chooses ? message::kNextValueInCase : m_nextValue);
     return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
 }
 
@@ -247,10 +251,20 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
     return values;
 }
 
+// Two values of a row would have to be the same.
+Typed Translator::node(const NextValue& next) {
+    if (m_nextValue) throw sqlError(m_nextValue);
+    const Typed value = m_names.nextValue(next.sequence);
+    if (!m_sequences.insert(value.sql).second)
+        throw unsupported("several NEXT VALUE FOR of a sequence in a row");
+    return value;
+}
+
 Typed Translator::node(const ScalarQuery& scalar) {
+    const Temporarily inner(m_nextValue, message::kNextValueInSubquery);
     const QueryText text = query(*scalar.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
-    const auto& [column, alias, isNull] = text.columns.front();
+    const auto& [column, alias, isNull, isNew] = text.columns.front();
     if (text.oneRow) return {"(" + text.sql + ")", column.type};
     // ts_single reports more than one row as an error; SQLite alone would use the first row.
     return {"(SELECT ts_single(count(*), " + alias + ") FROM (" + text.sql + "))", column.type};

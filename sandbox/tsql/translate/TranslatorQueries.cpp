@@ -29,7 +29,7 @@ bool hasVarBinary(const QueryText& text) {
 // strings.
 std::string distinctRows(const std::string& rows, const QueryText& text) {
     std::string list, keys;
-    for (const auto& [column, alias, isNull] : text.columns) {
+    for (const auto& [column, alias, isNull, isNew] : text.columns) {
         const std::string comma = list.empty() ? "" : ", ";
         list += comma + alias + " AS " + alias;
         keys += comma + comparable({alias, column.type});
@@ -73,6 +73,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     Scope scope;
     scope.outer = m_scope;
     const Temporarily inner(m_scope, &scope);
+    const Temporarily clause(m_nextValue, message::kNextValueInClause);
     QueryText text;
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
@@ -89,7 +90,13 @@ QueryText Translator::select(const Select& select, const Query& query) {
         return assignInOrder(select, query, fromSql + whereSql);
     std::string list;
     scope.windows = true;
+    m_nextValue = clause.before == message::kNextValueInClause ? message::kNextValueInSubquery
+                  : clause.before                              ? clause.before
+                  : select.distinct                            ? message::kNextValueOfSet
+                  : m_sorted                                   ? message::kNextValueWithOrderBy
+                                                               : 0;
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
+    m_nextValue = message::kNextValueInClause;
     scope.windows = false;
     if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
         throw sqlError(message::kAssignmentAmongResults);
@@ -163,7 +170,8 @@ void Translator::addOutput(QueryText& text, std::string& list, Column column, co
 
 void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
     if (!item.value) return star(item, text, list, collate);
-    const Typed typed = value(*item.value);
+    Typed typed = value(*item.value);
+    if (item.identity) typed.type = item.identity->first;
     if (!item.variable.empty()) {
         m_assignments.push_back({item.variable, typed.type});
         if (const auto live = m_live.find(item.variable); live != m_live.end())
@@ -178,6 +186,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
     addOutput(text, list, std::move(column),
               collate ? collated(typed, message::kTypeNotDistinct) : typed.sql);
     text.columns.back().nullLiteral = typed.nullLiteral;
+    if (item.identity) text.columns.back().newIdentity = item.identity->second;
 }
 
 void Translator::star(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
@@ -308,7 +317,7 @@ std::string Translator::distinctSetOperation(SetOp op, const std::string& left, 
                                              const QueryText& text) {
     if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
     std::string equal;
-    for (const auto& [column, alias, isNull] : text.columns)
+    for (const auto& [column, alias, isNull, isNew] : text.columns)
         equal += (equal.empty() ? "" : " AND ") + comparable({"l." + alias, column.type}) + " IS " +
                  comparable({"r." + alias, column.type});
     return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
@@ -319,6 +328,7 @@ std::string Translator::distinctSetOperation(SetOp op, const std::string& left, 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     m_topLevel = false;
+    const Temporarily inner(m_nextValue, m_nextValue ? m_nextValue : message::kNextValueOfSet);
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
@@ -328,6 +338,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     bool flat = left.compound && (left.collated || !distinct);
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
+        if (column.newIdentity) throw unsupported("IDENTITY() in a UNION");
         const Typed pieces[] = {
             {column.alias, column.column.type, column.nullLiteral},
             {right.columns[i].alias, right.columns[i].column.type, right.columns[i].nullLiteral}};
@@ -495,7 +506,7 @@ std::string Translator::addSource(const std::vector<OutputColumn>& columns, cons
     std::string sqlAlias = nextAlias();
     const std::string prefix = sqlAlias + ".";
     Source source{exposed, {}, {}, {}, {}, {}};
-    for (const auto& [column, alias, nullLiteral] : columns)
+    for (const auto& [column, alias, nullLiteral, isNew] : columns)
         source.columns.push_back(
             {column.name, prefix + alias, column.type, column.nullable, column.identity});
     m_scope->sources.push_back(std::move(source));
@@ -507,7 +518,7 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
     QueryText text = blind([&] { return this->query(query); });
     rename(text, names, alias);
     WordSet seen;
-    for (const auto& [column, sqlName, nullLiteral] : text.columns) {
+    for (const auto& [column, sqlName, nullLiteral, isNew] : text.columns) {
         if (column.name.empty()) throw sqlError(message::kUnnamedColumn, {sqlName.substr(1), alias});
         if (!seen.insert(column.name).second)
             throw sqlError(message::kColumnSpecifiedTwice, {column.name, alias});

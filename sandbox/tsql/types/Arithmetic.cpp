@@ -1,8 +1,6 @@
 // Arithmetic operators of all types, declared in Values.h.
-#include <algorithm>
 #include <cmath>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
 #include "types/Values.h"
 

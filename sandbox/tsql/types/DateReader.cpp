@@ -1,11 +1,9 @@
 // Parser of date and time strings.
-#include <algorithm>
 #include <array>
 
 #include "messages/Messages.h"
 #include "types/DateTime.h"
 #include "types/Decimal.h"
-#include "types/SqlTypes.h"
 #include "types/Text.h"
 
 namespace tsql {

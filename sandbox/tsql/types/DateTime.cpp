@@ -1,19 +1,15 @@
 #include "types/DateTime.h"
 
-#include <algorithm>
 #include <ctime>
 
 #include "messages/Messages.h"
 #include "types/Decimal.h"
-#include "types/SqlTypes.h"
 #include "types/Text.h"
 
 namespace tsql {
 namespace {
 
-using std::chrono::days;
-using std::chrono::sys_days;
-using std::chrono::year;
+using std::chrono::days, std::chrono::sys_days, std::chrono::year;
 
 constexpr std::int64_t kSecond = DateTime::kTicksPerSecond;
 constexpr std::int64_t kMinute = 60 * kSecond;

@@ -2,10 +2,7 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <optional>
-#include <string>
-#include <string_view>
 
 #include "types/SqlType.h"
 

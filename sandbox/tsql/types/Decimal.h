@@ -1,9 +1,6 @@
 // Exact numbers of up to 38 digits: integers, money and decimal, all stored as scaled integers.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "types/SqlTypes.h"
 
 namespace tsql {

@@ -35,7 +35,7 @@ enum class TypeId : std::uint8_t {
     UniqueIdentifier,
     Binary,
     VarBinary,
-    Image,
+    Image
 };
 
 // Type of a column, variable or expression.

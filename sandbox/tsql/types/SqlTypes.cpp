@@ -1,6 +1,5 @@
 #include "types/SqlTypes.h"
 
-#include <algorithm>
 #include <array>
 
 #include "messages/Messages.h"

@@ -1,11 +1,8 @@
 // Names, families and precedence of types; common types of operands.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
-#include <string_view>
 
 #include "types/SqlType.h"
 

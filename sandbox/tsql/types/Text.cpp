@@ -1,6 +1,5 @@
 #include "types/Text.h"
 
-#include <algorithm>
 #include <clocale>
 #include <cwctype>
 
@@ -115,13 +114,11 @@ std::string lowerAscii(std::string_view text) {
 }
 
 std::string_view trimRight(std::string_view text) {
-    const auto last = text.find_last_not_of(' ');
-    return last == std::string_view::npos ? std::string_view{} : text.substr(0, last + 1);
+    return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 std::string_view trimLeft(std::string_view text) {
-    const auto first = text.find_first_not_of(' ');
-    return first == std::string_view::npos ? std::string_view{} : text.substr(first);
+    return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -1,4 +1,5 @@
-// UTF-8 strings with T-SQL's semantics: lengths in UTF-16 units, case-insensitive comparison.
+// UTF-8 strings with T-SQL's semantics: lengths in UTF-16 units, case-insensitive comparison. Conversions to
+// the encodings of the wire, UTF-16LE and code page 1252.
 #pragma once
 
 #include <algorithm>
@@ -75,5 +76,16 @@ std::size_t findText(std::string_view text, std::string_view part, std::size_t f
 // significant.
 enum class EndBlanks { Ignored, Counted };
 bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blanks, char32_t escape = 0);
+
+// Never fails: invalid UTF-8 and unpaired surrogates become U+FFFD.
+void appendUtf16(std::string& wire, std::string_view utf8);
+std::string utf16FromUtf8(std::string_view utf8);
+// A trailing odd byte is ignored.
+std::string utf8FromUtf16(std::string_view wire);
+// Windows code page 1252, the encoding of char, varchar and text. It replaces letters that it lacks by their
+// base letter, and other characters by '?'.
+std::string utf8FromCodePage1252(std::string_view wire);
+void appendCodePage1252(std::string& wire, std::string_view utf8);
+unsigned char codePage1252(char32_t character);
 
 }  // namespace tsql

@@ -1,7 +1,4 @@
-#include "types/Utf16.h"
-
-#include <algorithm>
-
+// Conversions between UTF-8 and the encodings of the wire, declared in Text.h.
 #include "types/Text.h"
 
 namespace tsql {

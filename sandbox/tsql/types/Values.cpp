@@ -1,15 +1,13 @@
 #include "types/Values.h"
 
-#include <algorithm>
 #include <array>
+#include <boost/algorithm/hex.hpp>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
 
-#include "messages/Messages.h"
 #include "types/Text.h"
-#include "types/Utf16.h"
 
 namespace tsql {
 
@@ -417,10 +415,8 @@ void throwOverflow(const SqlType& type) {
 
 std::string hexDigits(std::span<const std::byte> bytes) {
     std::string digits;
-    for (const std::byte b : bytes) {
-        digits += "0123456789ABCDEF"[std::to_integer<int>(b >> 4)];
-        digits += "0123456789ABCDEF"[std::to_integer<int>(b & std::byte{15})];
-    }
+    boost::algorithm::hex(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
+                          std::back_inserter(digits));
     return digits;
 }
 

@@ -1,17 +1,9 @@
 // Values in their storage form: T-SQL's conversions, and arithmetic.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <span>
-#include <string>
-#include <string_view>
-
-#include "messages/Message.h"
+#include "messages/Messages.h"
 #include "types/DateTime.h"
 #include "types/Decimal.h"
-#include "types/SqlType.h"
-#include "types/SqlTypes.h"
 
 namespace tsql {
 

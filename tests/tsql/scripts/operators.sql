@@ -41,3 +41,4 @@ SELECT v FROM bytes UNION SELECT 0xAE0000 UNION SELECT 0xAF ORDER BY 1 DESC --> 
 SELECT v FROM bytes UNION ALL SELECT 0xAE00 EXCEPT SELECT 0xAE0000 --> v varbinary(8)? = 0x (1 rows)
 SELECT v, NULL n FROM bytes INTERSECT SELECT 0xAE0000, NULL --> v varbinary(8)? = 0xAE | n int? = NULL (1 rows)
 SELECT id, ROW_NUMBER() OVER (PARTITION BY v ORDER BY id) n FROM bytes WHERE b = 0xAE ORDER BY v, id DESC --> id int? | n bigint? = 2 | 2; 1 | 1 (2 rows)
+SELECT AVG(DISTINCT d) a, AVG(DISTINCT i) b, AVG(DISTINCT f) c FROM (VALUES (CAST(1.5 AS decimal(5, 2)), 1, 1e0), (1.5, 1, 1), (2.5, 4, 2)) v (d, i, f) --> a decimal(38,6)? = 2.000000 | b int? = 2 | c float? = 1.5 (1 rows)

@@ -1,0 +1,161 @@
+#include "Requests.h"
+
+#include <iterator>
+
+#include "WireType.h"
+
+namespace tds {
+namespace {
+
+using tsql::ProcedureCall;
+
+// ---- procedure calls
+
+constexpr std::uint16_t kNameIsNumber = 0xFFFF;  // instead of the length of a procedure name
+// BatchFlag, the separator of two calls.
+constexpr std::uint8_t kNextCallSince72 = 0xFF;
+constexpr std::uint8_t kNextCallBefore72 = 0x80;
+constexpr std::uint8_t kFlagByReference = 0x01, kFlagDefault = 0x02;
+
+// Procedures that can be called by number, from 1. The engine does not support the cursor procedures and
+// reports them by name.
+constexpr std::string_view kProcedures[] = {
+    "sp_cursor",          "sp_cursoropen",  "sp_cursorprepare", "sp_cursorexecute", "sp_cursorprepexec",
+    "sp_cursorunprepare", "sp_cursorfetch", "sp_cursoroption",  "sp_cursorclose",   "sp_executesql",
+    "sp_prepare",         "sp_execute",     "sp_prepexec",      "sp_prepexecrpc",   "sp_unprepare"};
+
+std::string procedureName(std::uint16_t number) {
+    if (number >= 1 && number <= std::size(kProcedures)) return std::string(kProcedures[number - 1]);
+    throw ProtocolError("unknown procedure number " + std::to_string(number));
+}
+
+// position: of the parameter in the call, from 1.
+ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, std::size_t position) {
+    ProcedureCall::Argument parameter;
+    parameter.name = utf8FromUtf16(in.bytes(2 * nameLength));
+    const std::uint8_t flags = in.u8();
+    parameter.isDefault = (flags & kFlagDefault) != 0;
+    parameter.output = (flags & kFlagByReference) != 0;
+    const WireType type = readTypeInfo(in);
+    parameter.type = type.type;
+    try {
+        parameter.value = readValue(in, type);
+    } catch (const ValueError&) {
+        throw tsql::sqlError(tsql::message::kBadRpcParameter,
+                             {std::to_string(position), parameter.name, tsql::displayName(parameter.type)});
+    }
+    return parameter;
+}
+
+ProcedureCall parseCall(ByteReader& in) {
+    ProcedureCall call;
+    const std::size_t nameLength = in.u16();
+    call.procedure =
+        nameLength == kNameIsNumber ? procedureName(in.u16()) : utf8FromUtf16(in.bytes(2 * nameLength));
+    in.skip(2);  // option flags
+    while (!in.atEnd()) {
+        const std::uint8_t first = in.u8();
+        // Not a length, since the name of a parameter has at most 128 characters.
+        if (first == kNextCallSince72 || first == kNextCallBefore72) break;
+        call.arguments.push_back(parseParameter(in, first, call.arguments.size() + 1));
+    }
+    return call;
+}
+
+// ---- bulk loads
+
+constexpr std::size_t kFlagsSize = 2, kTextTimestampSize = 8;
+
+std::vector<WireType> sendColumns(ByteReader& in, Version version, tsql::ResultSink& sink) {
+    std::vector<WireType> types;
+    std::vector<tsql::Column> columns;
+    for (std::size_t left = in.u16(); left > 0; --left) {
+        in.skip((version >= Version::V72 ? 4 : 2) + kFlagsSize);  // behind the user type
+        const WireType& type = types.emplace_back(readTypeInfo(in));
+        if (carriesTableName(type)) in.skip(2 * std::size_t{in.u16()});
+        in.skip(2 * std::size_t{in.u8()});  // the name, which INSERT BULK has given
+        columns.push_back({{}, type.type});
+    }
+    sink.columns(columns);
+    return types;
+}
+
+// text, ntext and image have a pointer, of length 0 for NULL.
+tsql::Value readCell(ByteReader& in, const WireType& type) {
+    if (!carriesTableName(type)) return readValue(in, type);
+    const std::size_t pointer = in.u8();
+    if (pointer == 0) return tsql::Null{};
+    in.skip(pointer + kTextTimestampSize);
+    return readValue(in, type);
+}
+
+void sendRow(ByteReader& in, const std::vector<WireType>& types, tsql::ResultSink& sink) {
+    std::vector<tsql::Value> values;
+    std::vector<tsql::CellView> cells;
+    try {
+        for (const WireType& type : types) values.push_back(readCell(in, type));
+    } catch (const OddUnicode&) {
+        throw tsql::sqlError(tsql::message::kOddBulkUnicode, {std::to_string(values.size() + 1)});
+    } catch (const ValueError& problem) {
+        throw tsql::SqlError(tsql::message::kConversionError, problem.what());
+    }
+    for (const auto& value : values) cells.push_back(tsql::viewOf(value));
+    sink.row(cells);
+}
+
+// ---- transactions
+
+enum RequestType : std::uint16_t { kBegin = 5, kCommit = 7, kRollback = 8, kSave = 9 };
+constexpr std::uint8_t kFlagBeginNext = 1;  // of a commit or rollback: begin the next transaction
+
+// " [name]" of a transaction or savepoint; empty when it has no name.
+std::string readName(ByteReader& in) {
+    std::string name = utf8FromUtf16(in.bytes(in.u8()));
+    for (std::size_t at = 0; (at = name.find(']', at)) != std::string::npos; at += 2) name.insert(at, 1, ']');
+    return name.empty() ? name : " [" + name + "]";
+}
+
+std::string beginBatch(ByteReader& in) {
+    in.skip(1);  // isolation level: the engine has only one
+    return "BEGIN TRANSACTION" + readName(in);
+}
+
+}  // namespace
+
+std::vector<ProcedureCall> parseRpc(ByteView body) {
+    std::vector<ProcedureCall> calls;
+    ByteReader in(body);
+    do calls.push_back(parseCall(in));
+    while (!in.atEnd());
+    return calls;
+}
+
+void sendBulkRows(ByteView data, Version version, tsql::ResultSink& sink) {
+    ByteReader in(data);
+    std::vector<WireType> types;
+    while (!in.atEnd()) {
+        const auto token = static_cast<Token>(in.u8());
+        if (token == Token::ColMetadata)
+            types = sendColumns(in, version, sink);
+        else if (token == Token::Row)
+            sendRow(in, types, sink);
+        else if (token == Token::Done)  // FreeTDS sends none
+            return;
+        else
+            throw ProtocolError("unexpected token in a bulk load");
+    }
+}
+
+std::string transactionBatch(ByteView body) {
+    ByteReader in(body);
+    const std::uint16_t request = in.u16();
+    if (request == kBegin) return beginBatch(in);
+    if (request == kSave) return "SAVE TRANSACTION" + readName(in);
+    if (request != kCommit && request != kRollback)
+        throw tsql::unsupported("transaction manager request " + std::to_string(request));
+    const std::string batch =
+        (request == kCommit ? "COMMIT TRANSACTION" : "ROLLBACK TRANSACTION") + readName(in);
+    return (in.u8() & kFlagBeginNext) != 0 ? batch + " " + beginBatch(in) : batch;
+}
+
+}  // namespace tds

@@ -1,0 +1,115 @@
+// Sequences: their definitions, and NEXT VALUE FOR.
+#include "execute/Executor.h"
+#include "messages/Messages.h"
+
+namespace tsql {
+
+namespace {
+
+// Name of a sequence in SQLite's table of counters.
+std::string counterOf(std::int64_t id) {
+    return "@sequence " + std::to_string(id);
+}
+
+Sequence rangeOf(const SqlType& type) {
+    Sequence range;
+    const bool isDecimal = type.id == TypeId::Decimal, isSigned = type.id != TypeId::TinyInt;
+    const int unused = isDecimal ? 0 : 64 - 8 * maxLength(type);
+    range.most = isDecimal ? powerOfTen(type.precision) - 1 : INT64_MAX >> (unused - !isSigned);
+    range.least = isDecimal ? -range.most : isSigned ? INT64_MIN >> unused : 0;
+    return range;
+}
+
+void requireConsistent(const Sequence& sequence, const std::string& name, bool starts) {
+    const auto& [start, increment, least, most, cycles, base] = sequence;
+    const Int128 step = increment < 0 ? -Int128{increment} : increment;
+    if (increment == 0) throw sqlError(message::kSequenceWithoutIncrement, {name});
+    if (least >= most) throw sqlError(message::kSequenceRangeEmpty, {name});
+    if (step > Int128{most} - least) throw sqlError(message::kSequenceIncrementTooLarge, {name});
+    if (base >= least && base <= most) return;
+    throw starts ? sqlError(message::kSequenceStartOutside, {name})
+                 : sqlError(message::kSequenceValueOutside, {std::to_string(base), name});
+}
+
+}  // namespace
+
+void Executor::setCounter(const std::string& schema, const std::string& name, std::int64_t value) {
+    const Value values[] = {name, value};
+    m_connection.run("DELETE FROM " + schema + ".sqlite_sequence WHERE name = ?1", {values, 1});
+    m_connection.run("INSERT INTO " + schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", values);
+    m_givenIdentities.erase({schema, name});
+}
+
+std::int64_t Executor::counter(const Catalogue& owner, std::int64_t sequence) {
+    const Value name[] = {counterOf(sequence)};
+    return *m_connection.number("SELECT seq FROM " + owner.schema() + ".sqlite_sequence WHERE name = ?1",
+                                name);
+}
+
+Flow Executor::run(const DefineSequence& statement) {
+    const auto& [name, alters, wanted, options] = statement;
+    const auto has = [&](std::string_view option) { return options.contains(option); };
+    const auto set = [&](std::string_view option, std::int64_t& part) {
+        if (has(option)) part = *options.at(option);
+    };
+    if (isTemporaryName(name.name)) throw unsupported("temporary sequences");
+    if (!isExact(wanted.id) || wanted.id == TypeId::Bit || wanted.scale > 0)
+        throw sqlError(message::kInvalidSequenceType, {name.name});
+    if (isWide(wanted)) throw unsupported("a sequence of more than 18 digits");
+    if (alters && has("START WITH")) throw sqlError(message::kNotInAlterSequence, {"START WITH"});
+    define(name, [&](Catalogue& owner) {
+        const auto existing = object(name);
+        if (existing && !alters) throw sqlError(message::kObjectExists, {name.name});
+        if (!existing && alters) throw sqlError(message::kInvalidObjectName, {asWritten(name)});
+        ObjectInfo stored = existing ? *existing : newObject(owner, name, objectType::kSequence);
+        if (stored.type != objectType::kSequence) throw sqlError(message::kNotASequence, {asWritten(name)});
+        const SqlType type = existing ? owner.columns(stored.id).front().type : wanted;
+        const Sequence before = Sequence::read(stored.stored), range = rangeOf(type);
+        Sequence next = existing ? before : range;
+        if (has("NO MINVALUE")) next.least = range.least;
+        if (has("NO MAXVALUE")) next.most = range.most;
+        next.cycles = has("CYCLE") || (next.cycles && !has("NO CYCLE"));
+        set("INCREMENT BY", next.increment);
+        set("MINVALUE", next.least);
+        set("MAXVALUE", next.most);
+        if (next.least < range.least) throw sqlError(message::kSequenceArgumentInvalid, {"MINVALUE"});
+        if (next.most > range.most) throw sqlError(message::kSequenceArgumentInvalid, {"MAXVALUE"});
+        if (!existing) next.start = next.increment > 0 ? next.least : next.most;
+        set(existing ? "RESTART WITH" : "START WITH", next.start);
+        const bool restarts = !existing || has("RESTART") || has("RESTART WITH");
+        const std::int64_t given = restarts ? 0 : counter(owner, stored.id);
+        next.base = restarts ? next.start : given > 0 ? *before.value(given - 1) : before.base;
+        requireConsistent(next, name.name, restarts);
+        stored.stored = next.text();
+        owner.save(stored);
+        if (!existing) owner.saveColumns(stored.id, {{"", type}});
+        setCounter(owner.schema(), counterOf(stored.id), given > 0);
+    });
+    return finished();
+}
+
+Typed Executor::nextValue(const ObjectName& name) {
+    if (m_frames.back()->isFunction || m_frames.back()->isQuery)
+        throw sqlError(message::kNextValueInSubquery);
+    const bool changes = !m_checking && !m_settings.describeOnly;
+    if (changes) claim(name);
+    const auto found = visibleObject(name);
+    if (!found) throw sqlError(message::kInvalidObjectName, {asWritten(name)});
+    if (found->type != objectType::kSequence) throw sqlError(message::kNotASequence, {asWritten(name)});
+    if (changes) beforeWrite();
+    return {"ts_next_value(" + quotedText(databaseOf(name)) + ", " + std::to_string(found->id) + ")",
+            catalogue(name).columns(found->id).front().type};
+}
+
+Value Executor::nextValue(std::string_view database, std::int64_t id) {
+    const Catalogue owner = catalogue({std::string(database), {}, {}});
+    const auto stored = owner.findById(id);
+    const std::int64_t given = counter(owner, id);
+    const auto value = Sequence::read(stored->stored).value(given);
+    if (!value) throw sqlError(message::kSequenceExhausted, {stored->name});
+    m_givenIdentities[{owner.schema(), counterOf(id)}] = given + 1;
+    skipIdentities();
+    return *value;
+}
+
+}  // namespace tsql
