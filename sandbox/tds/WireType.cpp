@@ -9,37 +9,40 @@ using tsql::CellView, tsql::DateTime, tsql::Int128, tsql::SqlType, tsql::TypeId,
 
 // ---- types
 
+constexpr std::uint8_t kDateTimeOffset = 0x2B;  // a datetime2 in UTC and the offset in minutes
+
 // Data types, [MS-TDS] 2.2.5.4. A type is sent in its first form. The other forms are only accepted from
 // clients.
 constexpr WireForm kForms[] = {
-    {0x68, Framing::Byte, 1, TypeId::Bit, 0x32},            // BITN, BIT
-    {0x26, Framing::Byte, 1, TypeId::TinyInt, 0x30},        // INTN, INT1
-    {0x26, Framing::Byte, 2, TypeId::SmallInt, 0x34},       // INTN, INT2
-    {0x26, Framing::Byte, 4, TypeId::Int, 0x38},            // INTN, INT4
-    {0x26, Framing::Byte, 8, TypeId::BigInt, 0x7F},         // INTN, INT8
-    {0x6A, Framing::Byte, 0, TypeId::Decimal},              // DECIMALN
-    {0x6C, Framing::Byte, 0, TypeId::Decimal},              // NUMERICN
-    {0x6E, Framing::Byte, 4, TypeId::SmallMoney, 0x7A},     // MONEYN, MONEY4
-    {0x6E, Framing::Byte, 8, TypeId::Money, 0x3C},          // MONEYN, MONEY
-    {0x6D, Framing::Byte, 4, TypeId::Real, 0x3B},           // FLOATN, FLOAT4
-    {0x6D, Framing::Byte, 8, TypeId::Float, 0x3E},          // FLOATN, FLOAT8
-    {0x28, Framing::Byte, 0, TypeId::Date},                 // DATEN
-    {0x29, Framing::Byte, 0, TypeId::Time},                 // TIMEN
-    {0x2A, Framing::Byte, 0, TypeId::DateTime2},            // DATETIME2N
-    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime, 0x3A},  // DATETIMEN, DATETIME4
-    {0x6F, Framing::Byte, 8, TypeId::DateTime, 0x3D},       // DATETIMEN, DATETIME
-    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},    // GUID
-    {0xEF, Framing::Short, 0, TypeId::NChar},               // NCHAR
-    {0xE7, Framing::Short, 0, TypeId::NVarChar},            // NVARCHAR
-    {0xAF, Framing::Short, 0, TypeId::Char},                // BIGCHAR
-    {0xA7, Framing::Short, 0, TypeId::VarChar},             // BIGVARCHAR
-    {0xAD, Framing::Short, 0, TypeId::Binary},              // BIGBINARY
-    {0xA5, Framing::Short, 0, TypeId::VarBinary},           // BIGVARBINARY
-    {0x63, Framing::Long, 0, TypeId::NText},                // NTEXT
-    {0x23, Framing::Long, 0, TypeId::Text},                 // TEXT
-    {0x22, Framing::Long, 0, TypeId::Image},                // IMAGE
-    {0xF1, Framing::Chunks, 0, TypeId::Xml},                // XML
-    {0x1F, Framing::Fixed, 0, TypeId::Int},                 // NULL, an untyped NULL
+    {0x68, Framing::Byte, 1, TypeId::Bit, 0x32},             // BITN, BIT
+    {0x26, Framing::Byte, 1, TypeId::TinyInt, 0x30},         // INTN, INT1
+    {0x26, Framing::Byte, 2, TypeId::SmallInt, 0x34},        // INTN, INT2
+    {0x26, Framing::Byte, 4, TypeId::Int, 0x38},             // INTN, INT4
+    {0x26, Framing::Byte, 8, TypeId::BigInt, 0x7F},          // INTN, INT8
+    {0x6A, Framing::Byte, 0, TypeId::Decimal},               // DECIMALN
+    {0x6C, Framing::Byte, 0, TypeId::Decimal},               // NUMERICN
+    {0x6E, Framing::Byte, 4, TypeId::SmallMoney, 0x7A},      // MONEYN, MONEY4
+    {0x6E, Framing::Byte, 8, TypeId::Money, 0x3C},           // MONEYN, MONEY
+    {0x6D, Framing::Byte, 4, TypeId::Real, 0x3B},            // FLOATN, FLOAT4
+    {0x6D, Framing::Byte, 8, TypeId::Float, 0x3E},           // FLOATN, FLOAT8
+    {0x28, Framing::Byte, 0, TypeId::Date},                  // DATEN
+    {0x29, Framing::Byte, 0, TypeId::Time},                  // TIMEN
+    {0x2A, Framing::Byte, 0, TypeId::DateTime2},             // DATETIME2N
+    {kDateTimeOffset, Framing::Byte, 0, TypeId::DateTime2},  // DATETIMEOFFSETN
+    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime, 0x3A},   // DATETIMEN, DATETIME4
+    {0x6F, Framing::Byte, 8, TypeId::DateTime, 0x3D},        // DATETIMEN, DATETIME
+    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},     // GUID
+    {0xEF, Framing::Short, 0, TypeId::NChar},                // NCHAR
+    {0xE7, Framing::Short, 0, TypeId::NVarChar},             // NVARCHAR
+    {0xAF, Framing::Short, 0, TypeId::Char},                 // BIGCHAR
+    {0xA7, Framing::Short, 0, TypeId::VarChar},              // BIGVARCHAR
+    {0xAD, Framing::Short, 0, TypeId::Binary},               // BIGBINARY
+    {0xA5, Framing::Short, 0, TypeId::VarBinary},            // BIGVARBINARY
+    {0x63, Framing::Long, 0, TypeId::NText},                 // NTEXT
+    {0x23, Framing::Long, 0, TypeId::Text},                  // TEXT
+    {0x22, Framing::Long, 0, TypeId::Image},                 // IMAGE
+    {0xF1, Framing::Chunks, 0, TypeId::Xml},                 // XML
+    {0x1F, Framing::Fixed, 0, TypeId::Int},                  // NULL, an untyped NULL
 };
 
 constexpr unsigned char kCollationUtf8 = 0x04;  // in the fourth byte of a collation
@@ -215,6 +218,14 @@ DateTime decodeScaled(ByteReader in, const SqlType& type) {
             time * tsql::powerOfTen(kTickDigits - type.scale)};
 }
 
+// Without an offset, a datetimeoffset compares and converts like a datetime2.
+ByteReader withoutOffset(ByteView data) {
+    const std::size_t size = data.size() - std::min<std::size_t>(data.size(), 2);
+    if (ByteReader(data.substr(size)).number(data.size() - size) != 0)
+        throw tsql::unsupported("datetimeoffset parameters with an offset other than +00:00");
+    return ByteReader(data.substr(0, size));
+}
+
 Value decodeDecimal(ByteReader in, const SqlType& type) {
     if (in.remaining() > sizeOf(tsql::decimalType(tsql::kMostDigits, 0)))
         throw ProtocolError("invalid length of a decimal parameter");
@@ -265,6 +276,7 @@ Value decode(const WireType& type, ByteView data) {
         default:
             if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
     }
+    if (type.form.id == kDateTimeOffset) in = withoutOffset(data);
     const DateTime value = type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type);
     if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type.type))
         throw ValueError("a date or time is out of range");
