@@ -56,7 +56,9 @@ class RowRecord {
   private:
     std::string values(const std::string& row) const {
         return commaList(m_target.columns, [&](const TableColumn& each) {
-            return row.empty() ? "NULL" : row + quotedName(each.name);
+            const std::string value = row + quotedName(each.name);
+            const bool isAbsent = m_target.isShadow && each.identity;  // SQL Server shows 0
+            return row.empty() ? "NULL" : isAbsent ? "ifnull(" + value + ", 0)" : value;
         });
     }
     // A rollback may have dropped the object already.

@@ -286,29 +286,76 @@ UPDATE d SET title = d.title + '!' FROM doc d JOIN doc e ON e.id = d.id WHERE e.
 --> id int* | old varchar(20) | new varchar(20) = 1 | a | x; 2 | b | x; 3 | c | x (3 rows) (3 changed)
 --> id int* | old varchar(20) | new varchar(20) = 2 | b | b!; 3 | c | c! (2 rows) (2 changed)
 CREATE TRIGGER doc_d2 ON doc INSTEAD OF INSERT, DELETE AS PRINT 'second' --> Msg 2111, Level 16, State 1, Line 1, Procedure doc_d2: Cannot create trigger 'doc_d2' on table 'doc' because an INSTEAD OF DELETE trigger already exists on this object.
+INSERT doc DEFAULT VALUES
+SELECT * FROM doc --> Msg 515, Level 16, State 2, Line 2, Procedure doc_i: Cannot insert the value NULL into column 'title', table 'master.dbo.doc'; column does not allow nulls. INSERT fails.
+CREATE TRIGGER doc_i2 ON doc INSTEAD OF INSERT AS PRINT 'second' --> Msg 2111, Level 16, State 1, Line 1, Procedure doc_i2: Cannot create trigger 'doc_i2' on table 'doc' because an INSTEAD OF INSERT trigger already exists on this object.
+ALTER TRIGGER doc_i ON doc INSTEAD OF INSERT AS SELECT * FROM inserted -->
+INSERT doc (title) SELECT TOP (1) title + '?' FROM doc ORDER BY id DESC
+SELECT SCOPE_IDENTITY() AS own
+INSERT BULK doc (title varchar(20)) WITH (FIRE_TRIGGERS)
+--> id int* = 0 | title varchar(20) = c? | gone bit = 0 (1 rows) (1 changed)
+--> own decimal(38,0)? = 3 (1 rows)
+--> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support INSERT BULK with FIRE_TRIGGERS.
+-- A cascade fires no INSTEAD OF trigger.
+CREATE TABLE top1 (id int PRIMARY KEY)
+CREATE TABLE below (id int REFERENCES top1 ON DELETE CASCADE) -->
+CREATE TRIGGER below_d ON below INSTEAD OF DELETE AS PRINT 'not reached' -->
+INSERT top1 VALUES (1)
+INSERT below VALUES (1)
+DELETE top1
+SELECT COUNT(*) AS n FROM top1
+--> (1 changed) (1 changed)
+--> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support a cascade to a table with INSTEAD OF triggers.
+-- Triggers of two databases with the same number.
+CREATE DATABASE twin1
+CREATE DATABASE twin2 -->
+USE twin1
+CREATE TABLE t (x int)
+--> USE twin1
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin1'.
+CREATE TRIGGER first1 ON t FOR INSERT AS INSERT twin2..t SELECT x + 1 FROM inserted -->
+USE twin2
+CREATE TABLE t (x int)
+--> USE twin2
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin2'.
+CREATE TRIGGER second2 ON t FOR INSERT AS SELECT x, DB_NAME() AS db, OBJECT_NAME(@@PROCID) AS o FROM inserted -->
+INSERT twin1..t VALUES (1)
+SELECT (SELECT object_id FROM twin1.sys.triggers) - object_id AS difference FROM sys.triggers
+ALTER DATABASE twin2 SET RECURSIVE_TRIGGERS OFF
+--> x int? = 2 | db nvarchar(128)? = twin2 | o nvarchar(128)? = second2 (1 rows) (1 changed) (1 changed)
+--> difference int? = 0 (1 rows)
+USE master
+--> USE master
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 CREATE VIEW titles AS SELECT title FROM doc -->
 CREATE TRIGGER titles_i ON titles INSTEAD OF INSERT AS PRINT 'view' --> Msg 50000, Level 16, State 1, Line 1, Procedure titles_i: tsqlbox does not support INSTEAD OF triggers on views.
 CREATE TRIGGER titles_i ON titles AFTER INSERT AS PRINT 'view' --> Msg 8197, Level 16, State 4, Line 1, Procedure titles_i: The object 'titles' does not exist or is invalid for this operation.
 -- Definitions that fail.
 CREATE TRIGGER t ON missing FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 2, Procedure t: The object 'missing' does not exist or is invalid for this operation.
-CREATE TRIGGER t ON doc FOR INSERT, DELETE, INSERT AS PRINT 'a' -->
+CREATE TRIGGER t ON #doc FOR INSERT AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support triggers on temporary tables.
+CREATE TRIGGER other.dbo.t ON doc FOR INSERT AS PRINT 'a' --> Msg 166, Level 15, State 1, Line 1: 'CREATE/ALTER TRIGGER' does not allow specifying the database name as a prefix to the object name.
+CREATE TRIGGER t ON elsewhere..pair FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 1, Procedure t: The object 'elsewhere..pair' does not exist or is invalid for this operation.
+CREATE TRIGGER t ON doc FOR SELECT AS PRINT 'a' --> Msg 156, Level 15, State 1, Line 1, Procedure t: Incorrect syntax near the keyword 'SELECT'.
+CREATE TRIGGER t ON doc WITH ENCRYPTION FOR INSERT AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support WITH ENCRYPTION of a procedure, function, view or trigger.
+DROP TRIGGER t ON DATABASE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support triggers ON DATABASE or ALL SERVER.
 CREATE TRIGGER t ON DATABASE FOR CREATE_TABLE AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support triggers ON DATABASE.
 DISABLE TRIGGER ALL ON ALL SERVER --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support triggers ON ALL SERVER.
 CREATE TRIGGER t ON doc FOR INSERT AS RETURN 1 --> Msg 178, Level 15, State 1, Line 1, Procedure t: A RETURN statement with a return value cannot be used in this context.
 CREATE TRIGGER doc ON doc FOR INSERT AS PRINT 'a' --> Msg 2714, Level 16, State 3, Line 1, Procedure doc: There is already an object named 'doc' in the database.
-ALTER TRIGGER t ON doc FOR INSERT AS PRINT 'a' -->
+ALTER TRIGGER t ON doc FOR INSERT AS PRINT 'a' --> Msg 208, Level 16, State 6, Line 1, Procedure t: Invalid object name 't'.
 ALTER TRIGGER doc_d ON parent FOR INSERT AS PRINT 'a' --> Msg 2110, Level 15, State 1, Line 1, Procedure doc_d: Cannot alter trigger 'doc_d' on 'parent' because this trigger does not belong to this object.
 SELECT 1 AS n
 CREATE TRIGGER t ON doc FOR INSERT AS PRINT 'a' --> Msg 111, Level 15, State 1, Line 2: 'CREATE TRIGGER' must be the first statement in a query batch.
 CREATE SCHEMA s -->
-CREATE TABLE s.t (x int) -->
-CREATE TRIGGER dbo.s_t ON s.t FOR INSERT AS PRINT 'a' --> Msg 2103, Level 15, State 1, Line 1, Procedure s_t: Cannot create trigger 's_t' because its schema is different from the schema of the target table or view.
-CREATE OR ALTER TRIGGER s_t ON s.t WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.t' -->
-INSERT s.t VALUES (1)
-ALTER SCHEMA dbo TRANSFER s.t
-INSERT t VALUES (2)
+CREATE TABLE s.tab (x int) -->
+CREATE TRIGGER dbo.s_t ON s.tab FOR INSERT AS PRINT 'a' --> Msg 2103, Level 15, State 1, Line 1, Procedure s_t: Cannot create trigger 's_t' because its schema is different from the schema of the target table or view.
+CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab' -->
+INSERT s.tab VALUES (1)
+ALTER SCHEMA dbo TRANSFER s.tab
+INSERT tab VALUES (2)
 EXEC sp_helptext 's_t'
 DROP TRIGGER dbo.s_t
---> trigger of s.t (1 changed)
---> Msg 15530, Level 16, State 1, Line 2: The object with name "t" already exists.
---> Msg 208, Level 16, State 1, Line 3: Invalid object name 't'.
+--> trigger of s.tab (1 changed)
+--> trigger of s.tab (1 changed)
+--> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab'
+-->  (1 rows)
