@@ -48,15 +48,17 @@ class RowRecord {
     RowRecord& operator=(const RowRecord&) = delete;
     void stop() { drop("TRIGGER", "_change"); }
 
-    // Name of the table with the row id (ts_row), the verb (ts_verb) and the values before and after the
-    // change. A row that is changed in several steps is recorded once.
+    // Name of the table. It has the row id and, for each column c, "old c" and "new c". A row that is changed
+    // in several steps is recorded once.
     const std::string& name() const { return m_name; }
     const TableInfo& target() const { return m_target; }  // the table, or the view that stands for it
 
   private:
     std::string values(const std::string& row) const {
         return commaList(m_target.columns, [&](const TableColumn& each) {
-            return row.empty() ? "NULL" : row + quotedName(each.name);
+            const std::string value = row + quotedName(each.name);
+            const bool isAbsent = m_target.isShadow && each.identity;  // SQL Server shows 0
+            return row.empty() ? "NULL" : isAbsent ? "ifnull(" + value + ", 0)" : value;
         });
     }
     // A rollback may have dropped the object already.

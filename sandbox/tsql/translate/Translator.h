@@ -149,7 +149,7 @@ class Translator {
     };
 
     // ---- expressions (TranslatorExpressions.cpp)
-    static Typed node(const Literal& literal) { return tsql::literal(literal.constant); }
+    Typed node(const Literal& literal) { return tsql::literal(literal.constant); }
     Typed node(const VariableRef& variable);
     Typed node(const ColumnRef& column);
     Typed node(const Unary& unary);

@@ -113,3 +113,20 @@ SELECT z.a, x.b, y.c FROM joined z LEFT JOIN (joined x JOIN joined y ON x.a = y.
 DELETE x FROM joined z LEFT JOIN (joined x JOIN joined y ON x.a = y.a) ON z.a = x.a
 --> (1 changed) (1 changed) (0 changed)
 --> a int = 7 | b int? = NULL | c varchar(9)? = NULL (1 rows) (1 changed)
+-- OUTPUT of UPDATE: the values before and after
+CREATE TABLE #x (id int PRIMARY KEY, v int)
+DECLARE @x TABLE (id int PRIMARY KEY, v varchar(10) UNIQUE)
+INSERT #x VALUES (1, 10), (2, 20)
+INSERT @x VALUES (1, 'a'), (2, 'b')
+UPDATE #x SET v += 1, id = 3 - id OUTPUT deleted.id, inserted.id, deleted.v + inserted.v AS sum
+UPDATE @x SET v = CASE v WHEN 'a' THEN 'b' ELSE 'a' END OUTPUT deleted.v, inserted.v
+UPDATE #x SET v = 0 OUTPUT inserted.v INTO #x (v) WHERE id = 99
+BEGIN TRY UPDATE #x SET v = 1 / (id - 2) OUTPUT deleted.* END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+SELECT * FROM #x
+--> (2 changed) (2 changed)
+--> id int | id int | sum int? = 1 | 2 | 21; 2 | 1 | 41 (2 rows)
+--> v varchar(10)? | v varchar(10)? = a | b; b | a (2 rows) (0 changed) (0 changed)
+--> Divide by zero error encountered.
+--> id int | v int? = 2 | 11; 1 | 21 (2 rows)
+CREATE PROCEDURE q @p int AS UPDATE #x SET v = @p OUTPUT deleted.v + @p AS s, inserted.* WHERE id = @p -->
+EXEC q 1 --> s int? = 22 | id int = 1 | v int? = 1 (1 rows)

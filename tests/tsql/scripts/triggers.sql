@@ -286,29 +286,197 @@ UPDATE d SET title = d.title + '!' FROM doc d JOIN doc e ON e.id = d.id WHERE e.
 --> id int* | old varchar(20) | new varchar(20) = 1 | a | x; 2 | b | x; 3 | c | x (3 rows) (3 changed)
 --> id int* | old varchar(20) | new varchar(20) = 2 | b | b!; 3 | c | c! (2 rows) (2 changed)
 CREATE TRIGGER doc_d2 ON doc INSTEAD OF INSERT, DELETE AS PRINT 'second' --> Msg 2111, Level 16, State 1, Line 1, Procedure doc_d2: Cannot create trigger 'doc_d2' on table 'doc' because an INSTEAD OF DELETE trigger already exists on this object.
+INSERT doc DEFAULT VALUES
+SELECT * FROM doc --> Msg 515, Level 16, State 2, Line 2, Procedure doc_i: Cannot insert the value NULL into column 'title', table 'master.dbo.doc'; column does not allow nulls. INSERT fails.
+CREATE TRIGGER doc_i2 ON doc INSTEAD OF INSERT AS PRINT 'second' --> Msg 2111, Level 16, State 1, Line 1, Procedure doc_i2: Cannot create trigger 'doc_i2' on table 'doc' because an INSTEAD OF INSERT trigger already exists on this object.
+ALTER TRIGGER doc_i ON doc INSTEAD OF INSERT AS SELECT * FROM inserted -->
+INSERT doc (title) SELECT TOP (1) title + '?' FROM doc ORDER BY id DESC
+SELECT SCOPE_IDENTITY() AS own
+INSERT BULK doc (title varchar(20)) WITH (FIRE_TRIGGERS)
+--> id int* = 0 | title varchar(20) = c? | gone bit = 0 (1 rows) (1 changed)
+--> own decimal(38,0)? = 3 (1 rows)
+--> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support INSERT BULK with FIRE_TRIGGERS.
+-- A cascade fires no INSTEAD OF trigger.
+CREATE TABLE top1 (id int PRIMARY KEY)
+CREATE TABLE below (id int REFERENCES top1 ON DELETE CASCADE) -->
+CREATE TRIGGER below_d ON below INSTEAD OF DELETE AS PRINT 'not reached' -->
+INSERT top1 VALUES (1)
+INSERT below VALUES (1)
+DELETE top1
+SELECT COUNT(*) AS n FROM top1
+--> (1 changed) (1 changed)
+--> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support a cascade to a table with INSTEAD OF triggers.
+-- Triggers of two databases with the same number.
+CREATE DATABASE twin1
+CREATE DATABASE twin2 -->
+USE twin1
+CREATE TABLE t (x int)
+--> USE twin1
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin1'.
+CREATE TRIGGER first1 ON t FOR INSERT AS INSERT twin2..t SELECT x + 1 FROM inserted -->
+USE twin2
+CREATE TABLE t (x int)
+--> USE twin2
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin2'.
+CREATE TRIGGER second2 ON t FOR INSERT AS SELECT x, DB_NAME() AS db, OBJECT_NAME(@@PROCID) AS o FROM inserted -->
+INSERT twin1..t VALUES (1)
+SELECT (SELECT object_id FROM twin1.sys.triggers) - object_id AS difference FROM sys.triggers
+ALTER DATABASE twin2 SET RECURSIVE_TRIGGERS OFF
+--> x int? = 2 | db nvarchar(128)? = twin2 | o nvarchar(128)? = second2 (1 rows) (1 changed) (1 changed)
+--> difference int? = 0 (1 rows)
+USE master
+--> USE master
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 CREATE VIEW titles AS SELECT title FROM doc -->
 CREATE TRIGGER titles_i ON titles INSTEAD OF INSERT AS PRINT 'view' --> Msg 50000, Level 16, State 1, Line 1, Procedure titles_i: tsqlbox does not support INSTEAD OF triggers on views.
 CREATE TRIGGER titles_i ON titles AFTER INSERT AS PRINT 'view' --> Msg 8197, Level 16, State 4, Line 1, Procedure titles_i: The object 'titles' does not exist or is invalid for this operation.
 -- Definitions that fail.
 CREATE TRIGGER t ON missing FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 2, Procedure t: The object 'missing' does not exist or is invalid for this operation.
-CREATE TRIGGER t ON doc FOR INSERT, DELETE, INSERT AS PRINT 'a' -->
+CREATE TRIGGER t ON #doc FOR INSERT AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support triggers on temporary tables.
+CREATE TRIGGER other.dbo.t ON doc FOR INSERT AS PRINT 'a' --> Msg 166, Level 15, State 1, Line 1: 'CREATE/ALTER TRIGGER' does not allow specifying the database name as a prefix to the object name.
+CREATE TRIGGER t ON elsewhere..pair FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 1, Procedure t: The object 'elsewhere..pair' does not exist or is invalid for this operation.
+CREATE TRIGGER t ON doc FOR SELECT AS PRINT 'a' --> Msg 156, Level 15, State 1, Line 1, Procedure t: Incorrect syntax near the keyword 'SELECT'.
+CREATE TRIGGER t ON doc WITH ENCRYPTION FOR INSERT AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support WITH ENCRYPTION of a procedure, function, view or trigger.
+DROP TRIGGER t ON DATABASE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support triggers ON DATABASE or ALL SERVER.
 CREATE TRIGGER t ON DATABASE FOR CREATE_TABLE AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support triggers ON DATABASE.
 DISABLE TRIGGER ALL ON ALL SERVER --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support triggers ON ALL SERVER.
 CREATE TRIGGER t ON doc FOR INSERT AS RETURN 1 --> Msg 178, Level 15, State 1, Line 1, Procedure t: A RETURN statement with a return value cannot be used in this context.
 CREATE TRIGGER doc ON doc FOR INSERT AS PRINT 'a' --> Msg 2714, Level 16, State 3, Line 1, Procedure doc: There is already an object named 'doc' in the database.
-ALTER TRIGGER t ON doc FOR INSERT AS PRINT 'a' -->
+ALTER TRIGGER t ON doc FOR INSERT AS PRINT 'a' --> Msg 208, Level 16, State 6, Line 1, Procedure t: Invalid object name 't'.
 ALTER TRIGGER doc_d ON parent FOR INSERT AS PRINT 'a' --> Msg 2110, Level 15, State 1, Line 1, Procedure doc_d: Cannot alter trigger 'doc_d' on 'parent' because this trigger does not belong to this object.
 SELECT 1 AS n
 CREATE TRIGGER t ON doc FOR INSERT AS PRINT 'a' --> Msg 111, Level 15, State 1, Line 2: 'CREATE TRIGGER' must be the first statement in a query batch.
 CREATE SCHEMA s -->
-CREATE TABLE s.t (x int) -->
-CREATE TRIGGER dbo.s_t ON s.t FOR INSERT AS PRINT 'a' --> Msg 2103, Level 15, State 1, Line 1, Procedure s_t: Cannot create trigger 's_t' because its schema is different from the schema of the target table or view.
-CREATE OR ALTER TRIGGER s_t ON s.t WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.t' -->
-INSERT s.t VALUES (1)
-ALTER SCHEMA dbo TRANSFER s.t
-INSERT t VALUES (2)
+CREATE TABLE s.tab (x int) -->
+CREATE TRIGGER dbo.s_t ON s.tab FOR INSERT AS PRINT 'a' --> Msg 2103, Level 15, State 1, Line 1, Procedure s_t: Cannot create trigger 's_t' because its schema is different from the schema of the target table or view.
+CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab' -->
+INSERT s.tab VALUES (1)
+ALTER SCHEMA dbo TRANSFER s.tab
+INSERT tab VALUES (2)
 EXEC sp_helptext 's_t'
 DROP TRIGGER dbo.s_t
---> trigger of s.t (1 changed)
---> Msg 15530, Level 16, State 1, Line 2: The object with name "t" already exists.
---> Msg 208, Level 16, State 1, Line 3: Invalid object name 't'.
+--> trigger of s.tab (1 changed)
+--> trigger of s.tab (1 changed)
+--> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab'
+-->  (1 rows)
+-- Types, cursors, savepoints, settings.
+CREATE TABLE t (id int IDENTITY PRIMARY KEY, a decimal(38,4), b varbinary(20), c datetime, d float, e nvarchar(max), f bit, g money, h uniqueidentifier, i date, [odd "name] varchar(10))
+CREATE TABLE l (id int IDENTITY, m varchar(200)) -->
+CREATE TRIGGER tr ON t AFTER INSERT, UPDATE AS
+SET NOCOUNT ON
+SELECT * INTO #ins FROM inserted
+EXEC p
+DECLARE c CURSOR LOCAL FOR SELECT id, [odd "name] FROM inserted ORDER BY id
+DECLARE @id int, @n varchar(10)
+OPEN c
+FETCH NEXT FROM c INTO @id, @n
+WHILE @@FETCH_STATUS = 0 BEGIN INSERT l VALUES (CONCAT(@id, ' ', @n)) FETCH NEXT FROM c INTO @id, @n END
+CLOSE c
+DEALLOCATE c
+IF EXISTS (SELECT 1 FROM inserted i WHERE i.a > 1.5 AND i.e = N'ä' AND i.i = '2020-01-02') PRINT 'typed' --> Msg 2007, Level 0, State 1, Line 1, Procedure tr: The module 'tr' depends on the missing object 'p'. The module will still be created; however, it cannot run successfully until the object exists.
+CREATE PROCEDURE p AS SELECT a, b, c, d, e, f, g, h, i, [odd "name] FROM #ins -->
+INSERT t (a, b, c, d, e, f, g, h, i, [odd "name]) VALUES (12345678901234567890123456789.1234, 0x01FF, '2020-01-02 03:04:05.123', 1.5, N'ä', 1, 2.5, '6F9619FF-8B86-D011-B42D-00C04FC964FF', '2020-01-02', 'x'), (NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL)
+SELECT * FROM l
+--> a decimal(38,4)? | b varbinary(20)? | c datetime? | d float? | e nvarchar(max)? | f bit? | g money? | h uniqueidentifier? | i date? | odd "name varchar(10)?
+--> 12345678901234567890123456789.1234 | 0x01FF | 2020-01-02 03:04:05.123 | 1.5 | ä | 1 | 2.5000 | 6F9619FF-8B86-D011-B42D-00C04FC964FF | 2020-01-02 | x
+--> NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL
+--> typed (2 changed)
+--> id int* | m varchar(200)? = 1 | 1 x; 2 | 2  (2 rows)
+SET IDENTITY_INSERT t ON
+INSERT t (id, [odd "name]) VALUES (50, 'y')
+SET IDENTITY_INSERT t OFF
+;WITH c AS (SELECT id FROM t WHERE id > 10) UPDATE t SET f = 0 FROM t JOIN c ON c.id = t.id
+--> a decimal(38,4)? = NULL | b varbinary(20)? = NULL | c datetime? = NULL | d float? = NULL | e nvarchar(max)? = NULL | f bit? = NULL | g money? = NULL | h uniqueidentifier? = NULL | i date? = NULL | odd "name varchar(10)? = y (1 changed)
+--> a decimal(38,4)? = NULL | b varbinary(20)? = NULL | c datetime? = NULL | d float? = NULL | e nvarchar(max)? = NULL | f bit? = 0 | g money? = NULL | h uniqueidentifier? = NULL | i date? = NULL | odd "name varchar(10)? = y (1 changed)
+ALTER TRIGGER tr ON t AFTER INSERT, UPDATE, DELETE AS
+DECLARE @kept TABLE (n varchar(10))
+INSERT @kept SELECT [odd "name] FROM inserted
+SAVE TRANSACTION s
+INSERT l VALUES ('lost')
+ROLLBACK TRANSACTION s
+INSERT l VALUES ('kept ' + CAST(@@TRANCOUNT AS varchar(5)))
+IF EXISTS (SELECT * FROM inserted WHERE [odd "name] = 'no')
+BEGIN
+    ROLLBACK
+    INSERT l SELECT 'after ' + n FROM @kept
+    BEGIN TRY INSERT l SELECT 'gone ' + [odd "name] FROM inserted END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+    RAISERROR ('no', 16, 1)
+END -->
+TRUNCATE TABLE l
+INSERT t ([odd "name]) VALUES ('yes')
+SELECT m FROM l
+--> (1 changed) (1 changed) (1 changed) (1 changed)
+--> m varchar(200)? = kept 1 (1 rows)
+CREATE PROCEDURE ins @n varchar(10) AS INSERT t ([odd "name]) VALUES (@n) PRINT 'after insert' -->
+EXEC ins 'no'
+PRINT 'not reached'
+--> (1 changed) (1 changed) (1 changed) (1 changed) (0 changed)
+--> Msg 50000, Level 16, State 1, Line 13, Procedure tr: no
+--> Msg 3609, Level 16, State 1, Line 1, Procedure ins: The transaction ended in the trigger. The batch has been aborted.
+SELECT m FROM l --> m varchar(200)? = kept 1; after no (2 rows)
+BEGIN TRY EXEC ins 'no' END TRY BEGIN CATCH SELECT ERROR_NUMBER() n, ERROR_PROCEDURE() p, ERROR_LINE() l END CATCH
+SELECT @@TRANCOUNT c
+--> (1 changed) (1 changed) (1 changed) (1 changed) (0 changed)
+--> n int? = 50000 | p nvarchar(128)? = tr | l int? = 13 (1 rows)
+--> c int? = 0 (1 rows)
+BEGIN TRAN
+INSERT t ([odd "name]) SELECT 'ok'
+SELECT @@TRANCOUNT c, SCOPE_IDENTITY() i
+COMMIT
+--> (1 changed) (1 changed) (1 changed) (1 changed)
+--> c int? = 1 | i decimal(38,0)? = 54 (1 rows)
+ALTER TRIGGER tr ON t AFTER DELETE AS THROW 50001, 'thrown', 3 -->
+BEGIN TRAN
+DELETE t WHERE id = 1 --> Msg 50001, Level 16, State 3, Line 1, Procedure tr: thrown
+SELECT @@TRANCOUNT c, COUNT(*) n FROM t --> c int? = 0 | n int? = 5 (1 rows)
+BEGIN TRAN
+BEGIN TRY DELETE t WHERE id = 1 END TRY BEGIN CATCH SELECT ERROR_MESSAGE() m, XACT_STATE() s; ROLLBACK END CATCH --> m nvarchar(4000)? = thrown | s smallint? = -1 (1 rows)
+SET IMPLICIT_TRANSACTIONS ON
+INSERT t (f) VALUES (1)
+SELECT @@TRANCOUNT c
+ROLLBACK
+SET IMPLICIT_TRANSACTIONS OFF
+--> (1 changed)
+--> c int? = 1 (1 rows)
+ALTER TRIGGER tr ON t AFTER DELETE AS COMMIT -->
+DELETE t WHERE id = 1 --> Msg 3609, Level 16, State 1, Line 1: The transaction ended in the trigger. The batch has been aborted.
+SELECT COUNT(*) n FROM t WHERE id = 1 --> n int? = 0 (1 rows)
+ALTER TRIGGER tr ON t AFTER DELETE AS DROP TABLE l SELECT id FROM deleted -->
+DELETE t WHERE id = 2 --> id int* = 2 (1 rows) (1 changed)
+ALTER TRIGGER tr ON t AFTER DELETE AS DROP TABLE t SELECT id FROM deleted -->
+DELETE t --> id int* = 50; 51; 54 (3 rows) (3 changed)
+SELECT OBJECT_ID('t') t, OBJECT_ID('tr') n --> t int? = NULL | n int? = NULL (1 rows)
+CREATE TABLE u (x int) -->
+CREATE TRIGGER ux ON u FOR INSERT AS SELECT x FROM inserted -->
+SET ROWCOUNT 2
+INSERT u SELECT v FROM (VALUES (1), (2), (3)) t (v)
+SET ROWCOUNT 0
+INSERT u EXEC ('SELECT 7 UNION ALL SELECT 8')
+CREATE TABLE #w (x int)
+INSERT #w EXEC ('INSERT u VALUES (9)')
+SELECT * FROM #w
+--> x int? = 1; 2 (2 rows) (2 changed)
+--> x int? = 7; 8 (2 rows) (2 changed) (1 changed)
+--> x int? = 9 (1 rows)
+ALTER TABLE u ADD y int DEFAULT 5 WITH VALUES
+INSERT u (x) VALUES (10)
+EXEC sp_executesql N'INSERT u (x) VALUES (@a)', N'@a int', 11
+--> x int? = 10 (1 rows) (1 changed)
+--> x int? = 11 (1 rows) (1 changed)
+SET FMTONLY ON
+INSERT u (x) VALUES (1)
+SET FMTONLY OFF -->
+SET NOEXEC ON
+INSERT u (x) VALUES (1)
+SET NOEXEC OFF -->
+CREATE TRIGGER uy ON u FOR UPDATE AS IF UPDATE(x) AND NOT UPDATE(y) PRINT 'x' ELSE IF UPDATE([Y]) OR UPDATE(x) PRINT 'y' -->
+UPDATE u SET x = 1 WHERE x = 1
+UPDATE u SET Y = 1, x = 3 WHERE x = 99
+--> x (1 changed)
+--> y (0 changed)
+SELECT [update]('x') --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'x'.
+DISABLE TRIGGER ux ON u
+PRINT 'disabled'
+INSERT u (x) VALUES (1)
+ENABLE TRIGGER ALL ON u
+UPDATE STATISTICS u --> disabled (1 changed)
