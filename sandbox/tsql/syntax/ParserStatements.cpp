@@ -582,7 +582,7 @@ Declaration Parser::declaration(bool isParameter) {
     if (at("TABLE") && !isParameter)
         node.table = std::make_shared<const CreateTable>(tableVariable(name));
     else
-        node.type = type(TypeUse::Declaration);
+        node.type = type(isParameter && m_procedure.empty() ? TypeUse::Client : TypeUse::Declaration);
     if (!isParameter && isLob(node.type.id) && node.type.id != TypeId::Xml)
         throw SyntaxError(sqlError(message::kLobVariable), name.line);
     if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();

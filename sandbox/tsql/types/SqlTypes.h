@@ -8,8 +8,9 @@
 
 namespace tsql {
 
-// Context of a type name. It decides the length of a bare "varchar": 1 in a declaration, 30 in CAST.
-enum class TypeUse { Declaration, Cast };
+// Context of a type name. It decides the length of a bare "varchar": 1 in a declaration, 30 in CAST. Client:
+// of a parameter that a client declares.
+enum class TypeUse { Declaration, Cast, Client };
 
 // "varchar", {20} -> varchar(20). `arguments` are the values in parentheses; SqlType::kMax is "max". Accepts
 // synonyms (integer, dec, national character varying ...) with one blank between words. Throws SqlError 2715
