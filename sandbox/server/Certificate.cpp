@@ -106,11 +106,11 @@ void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
 
 }  // namespace
 
-CertificateLock::CertificateLock(const CertificateFiles& files)
-    : m_folder(::open(std::filesystem::absolute(files.certificate).parent_path().c_str(),
-                      O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (m_folder.get() < 0 || ::flock(m_folder.get(), LOCK_EX) != 0)
-        throw std::runtime_error("the folder of " + files.certificate.string() + ": " + std::strerror(errno));
+Descriptor lockCertificate(const CertificateFiles& files) {
+    const std::filesystem::path folder = std::filesystem::absolute(files.certificate).parent_path();
+    Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (lock.get() >= 0 && ::flock(lock.get(), LOCK_EX) == 0) return lock;
+    throw std::runtime_error("the folder of " + files.certificate.string() + ": " + std::strerror(errno));
 }
 
 void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names) {

@@ -14,15 +14,9 @@ struct CertificateFiles {
     std::filesystem::path key;
 };
 
-// While it lives, other processes that use it for the same certificate wait: none sees a certificate with the
-// key of another one. Throws std::runtime_error.
-class CertificateLock {
-  public:
-    explicit CertificateLock(const CertificateFiles& files);
-
-  private:
-    Descriptor m_folder;
-};
+// While the result lives, other processes that lock the same certificate wait: none sees a certificate with
+// the key of another one. Throws std::runtime_error.
+Descriptor lockCertificate(const CertificateFiles& files);
 
 // Creates a self-signed certificate for host names and IP addresses, and its key (mode 0600), unless the
 // files hold a pair that is valid for these names and for another 30 days. Throws std::runtime_error.

@@ -68,7 +68,7 @@ Descriptor openSignals() {
 
 tds::TlsContext openTls(const Options& options) {
     if (options.encryption == tds::EncryptionMode::None) return nullptr;
-    const CertificateLock lock(options.tlsFiles);
+    const Descriptor lock = lockCertificate(options.tlsFiles);
     if (!options.selfSignedNames.empty()) createSelfSigned(options.tlsFiles, options.selfSignedNames);
     return loadTlsContext(options.tlsFiles, options.newestTls);
 }

@@ -16,8 +16,6 @@ class Listener {
     // std::runtime_error.
     Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine);
     ~Listener();  // ends all sessions and waits for their threads
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
 
     std::string address() const;  // for example "127.0.0.1:14330"
     // Serves clients until SIGTERM, SIGINT or, if the options say so, the end of standard input.

@@ -10,8 +10,6 @@
 
 namespace tds {
 
-struct Login;
-
 struct ConnectionSettings {
     const Credentials& credentials;
     std::string serverName;

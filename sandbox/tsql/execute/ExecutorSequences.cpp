@@ -47,15 +47,16 @@ std::int64_t Executor::counter(const Catalogue& owner, std::int64_t sequence) {
 }
 
 Flow Executor::run(const DefineSequence& statement) {
-    const auto& [name, alters, wanted, options] = statement;
-    const auto has = [&](std::string_view option) { return options.contains(option); };
+    const ObjectName& name = statement.name;
+    const bool alters = statement.alter;
+    const auto has = [&](std::string_view option) { return statement.options.contains(option); };
     const auto set = [&](std::string_view option, std::int64_t& part) {
-        if (has(option)) part = *options.at(option);
+        if (has(option)) part = *statement.options.at(option);
     };
     if (isTemporaryName(name.name)) throw unsupported("temporary sequences");
-    if (!isExact(wanted.id) || wanted.id == TypeId::Bit || wanted.scale > 0)
+    if (!isExact(statement.type.id) || statement.type.id == TypeId::Bit || statement.type.scale > 0)
         throw sqlError(message::kInvalidSequenceType, {name.name});
-    if (isWide(wanted)) throw unsupported("a sequence of more than 18 digits");
+    if (isWide(statement.type)) throw unsupported("a sequence of more than 18 digits");
     if (alters && has("START WITH")) throw sqlError(message::kNotInAlterSequence, {"START WITH"});
     define(name, [&](Catalogue& owner) {
         const auto existing = object(name);
@@ -63,7 +64,7 @@ Flow Executor::run(const DefineSequence& statement) {
         if (!existing && alters) throw sqlError(message::kInvalidObjectName, {asWritten(name)});
         ObjectInfo stored = existing ? *existing : newObject(owner, name, objectType::kSequence);
         if (stored.type != objectType::kSequence) throw sqlError(message::kNotASequence, {asWritten(name)});
-        const SqlType type = existing ? owner.columns(stored.id).front().type : wanted;
+        const SqlType type = existing ? owner.columns(stored.id).front().type : statement.type;
         const Sequence before = Sequence::read(stored.stored), range = rangeOf(type);
         Sequence next = existing ? before : range;
         if (has("NO MINVALUE")) next.least = range.least;

@@ -57,8 +57,6 @@ class Connection {
     // `cancelled` is called while a statement runs or waits for a lock. True ends the statement.
     Connection(Storage& storage, std::function<bool()> cancelled);
     ~Connection();
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
 
     sqlite3* handle() { return m_handle.get(); }
     // Time limit of waiting for a lock. A negative one restores the default, 10 s.

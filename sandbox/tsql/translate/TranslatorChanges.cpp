@@ -140,6 +140,7 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
                                   const std::string& exposed, const std::string& record) {
     if (!output) return {};
+    const Temporarily clause(m_nextValue, message::kNextValueInClause);
     Scope scope;
     m_scope = &scope;
     addSource(target, exposed, {});

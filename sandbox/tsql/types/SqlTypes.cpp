@@ -71,28 +71,26 @@ std::size_t familyOf(TypeId id) {
     return kFamilyOrder.find(kFamilies[static_cast<std::size_t>(id)]);
 }
 
+// Each between commas.
 constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
-    {"integer", TypeId::Int},
-    {"numeric", TypeId::Decimal},
-    {"dec", TypeId::Decimal},
-    {"double precision", TypeId::Float},
-    {"character", TypeId::Char},
-    {"char varying", TypeId::VarChar},
-    {"character varying", TypeId::VarChar},
-    {"national char", TypeId::NChar},
-    {"national character", TypeId::NChar},
-    {"national char varying", TypeId::NVarChar},
-    {"national character varying", TypeId::NVarChar},
-    {"national text", TypeId::NText},
-    {"sysname", TypeId::NVarChar},
-    {"binary varying", TypeId::VarBinary},
+    {",integer,", TypeId::Int},
+    {",numeric,dec,", TypeId::Decimal},
+    {",double precision,", TypeId::Float},
+    {",character,", TypeId::Char},
+    {",char varying,character varying,", TypeId::VarChar},
+    {",national char,national character,", TypeId::NChar},
+    {",sysname,national char varying,national character varying,", TypeId::NVarChar},
+    {",national text,", TypeId::NText},
+    {",binary varying,", TypeId::VarBinary},
 };
 
 std::optional<TypeId> findType(std::string_view name) {
     for (std::size_t i = 0; i < kTypes.size(); ++i)
         if (sameWord(kTypes[i].name, name)) return static_cast<TypeId>(i);
-    for (const auto& [synonym, id] : kSynonyms)
-        if (sameWord(synonym, name)) return id;
+    for (const auto& [synonyms, id] : kSynonyms)
+        if (name.find(',') == name.npos &&
+            synonyms.find("," + lowerAscii(name) + ",") != std::string_view::npos)
+            return id;
     return std::nullopt;
 }
 

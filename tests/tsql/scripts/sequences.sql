@@ -120,3 +120,18 @@ CREATE SEQUENCE #t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not su
 DROP TABLE Numbers --> Msg 3705, Level 16, State 1, Line 1: Cannot use DROP TABLE with 'Numbers' because 'Numbers' is a sequence. Use DROP SEQUENCE.
 DROP SEQUENCE T --> Msg 3705, Level 16, State 1, Line 1: Cannot use DROP SEQUENCE with 'T' because 'T' is a table. Use DROP TABLE.
 SELECT NEXT VALUE FOR Numbers OVER (ORDER BY id) FROM T --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support NEXT VALUE FOR ... OVER.
+CREATE TABLE U (a int)
+INSERT U OUTPUT NEXT VALUE FOR Numbers VALUES (1) --> Msg 11720, Level 15, State 1, Line 2: NEXT VALUE FOR function is not allowed in the TOP, OVER, OUTPUT, ON, WHERE, GROUP BY, HAVING, or ORDER BY clauses.
+SELECT TOP (NEXT VALUE FOR Numbers) a FROM U --> Msg 11720, Level 15, State 1, Line 1: NEXT VALUE FOR function is not allowed in the TOP, OVER, OUTPUT, ON, WHERE, GROUP BY, HAVING, or ORDER BY clauses.
+CREATE TABLE Later (a int)
+INSERT Later VALUES (1), (2)
+ALTER TABLE Later ADD n bigint NOT NULL DEFAULT NEXT VALUE FOR Numbers --> (2 changed)
+SELECT * FROM Later
+DECLARE c CURSOR FOR SELECT NEXT VALUE FOR Numbers FROM Later
+OPEN c FETCH c CLOSE c DEALLOCATE c
+SET FMTONLY ON SELECT NEXT VALUE FOR Numbers SET FMTONLY OFF
+SELECT current_value FROM sys.sequences WHERE name = 'Numbers'
+--> a int? | n bigint = 1 | 6; 2 | 1 (2 rows)
+--> - int? = 2 (1 rows)
+--> - int? (0 rows)
+--> current_value bigint? = 3 (1 rows)
