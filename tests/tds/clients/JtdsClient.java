@@ -140,7 +140,7 @@ public class JtdsClient {
         String[] key = {"PKTABLE_NAME", "PKCOLUMN_NAME", "FKTABLE_NAME", "FKCOLUMN_NAME", "DELETE_RULE", "FK_NAME"};
         expect("reading|id|remark|reading|0|fk_reading ", rows(data.getImportedKeys(null, null, "remark"), key));
         expect("reading|id|remark|reading|0|fk_reading ", rows(data.getExportedKeys(null, null, "reading"), key));
-        expect("true|ix_number|number|D true|ix_number|reading|A ",
+        expect("1|ix_number|number|D 1|ix_number|reading|A ",
                rows(data.getIndexInfo(null, null, "remark", false, true), "NON_UNIQUE", "INDEX_NAME", "COLUMN_NAME",
                     "ASC_OR_DESC"));
         expect("twice ", rows(data.getProcedures(null, null, "tw%"), "PROCEDURE_NAME"));

@@ -115,7 +115,7 @@ func transactions(db *sql.DB) {
 }
 
 func main() {
-	db, err := sql.Open("mssql", fmt.Sprintf("server=127.0.0.1;port=%s;user id=%s;password=%s;encrypt=%s;TrustServerCertificate=true",
+	db, err := sql.Open("mssql", fmt.Sprintf("odbc:server=127.0.0.1;port=%s;user id=%s;password={%s};encrypt=%s;TrustServerCertificate=true",
 		os.Args[1], os.Args[2], os.Args[3], os.Args[4]))
 	check(err)
 	db.SetMaxOpenConns(1) // all in the database that USE chooses
