@@ -19,7 +19,7 @@ struct Executor::Global {
 };
 
 const Executor::Global& Executor::global(std::string_view name) {
-    constexpr const char* kVersionText =
+    static constexpr const char* kVersionText =
         "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
     using Self = const Executor&;
     const SqlType tiny = simpleType(TypeId::TinyInt), integer = simpleType(TypeId::Int),
