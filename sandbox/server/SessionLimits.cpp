@@ -116,22 +116,18 @@ int writeCounted(sqlite3_file* file, const void* bytes, int count, sqlite3_int64
     return result;
 }
 
-int truncateCounted(sqlite3_file* file, sqlite3_int64 size) {
-    setSize(countedOf(file), std::min<std::int64_t>(countedOf(file).size, size));
-    return countedOf(file).real->xTruncate(file, size);
-}
-
-int closeCounted(sqlite3_file* file) {
-    setSize(countedOf(file), 0);
-    return countedOf(file).real->xClose(file);
-}
-
 sqlite3_io_methods countedMethods(const sqlite3_io_methods& real) {
     sqlite3_io_methods methods = real;
     methods.iVersion = 1;  // without shared memory and mappings
-    methods.xClose = closeCounted;
     methods.xWrite = writeCounted;
-    methods.xTruncate = truncateCounted;
+    methods.xTruncate = [](sqlite3_file* file, sqlite3_int64 size) {
+        setSize(countedOf(file), std::min<std::int64_t>(countedOf(file).size, size));
+        return countedOf(file).real->xTruncate(file, size);
+    };
+    methods.xClose = [](sqlite3_file* file) {
+        setSize(countedOf(file), 0);
+        return countedOf(file).real->xClose(file);
+    };
     // Hints about the size would have SQLite's own file grow without a write.
     methods.xFileControl = [](sqlite3_file*, int, void*) { return SQLITE_NOTFOUND; };
     return methods;

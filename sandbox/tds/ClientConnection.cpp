@@ -47,12 +47,9 @@ bool ClientConnection::logIn() {
     Login login = readLogin();
     m_loginArrived();
     m_response.setVersion(login.version);
-    if (const auto error = loginError(login)) {
-        refuseLogin(login, *error);
-        return false;
-    }
-    acceptLogin(login);
-    return true;
+    const auto error = loginError(login);
+    error ? refuseLogin(login, *error) : acceptLogin(login);
+    return !error;
 }
 
 Login ClientConnection::readLogin() {
@@ -158,18 +155,14 @@ bool ClientConnection::execute(const Request& request) {
     if (request.isTooLong)
         throw tsql::SqlError(kUserDefined,
                              "The request is too long. A batch or procedure call may have 64 MiB.");
-    switch (request.type) {
-        case PacketType::SqlBatch:
-            return m_session->runBatch(utf8FromUtf16(withoutHeaders(request.data)), m_response);
-        case PacketType::Rpc:
-            return runCalls(withoutHeaders(request.data));
-        case PacketType::BulkLoad:
-            return m_session->insertBulk(
-                [&](tsql::ResultSink& sink) { sendBulkRows(request.data, m_response.version(), sink); },
-                m_response);
-        default:
-            return m_session->runBatch(transactionBatch(withoutHeaders(request.data)), m_response);
-    }
+    if (request.type == PacketType::BulkLoad)
+        return m_session->insertBulk(
+            [&](tsql::ResultSink& sink) { sendBulkRows(request.data, m_response.version(), sink); },
+            m_response);
+    const ByteView body = withoutHeaders(request.data);
+    if (request.type == PacketType::Rpc) return runCalls(body);
+    const bool isText = request.type == PacketType::SqlBatch;
+    return m_session->runBatch(isText ? utf8FromUtf16(body) : transactionBatch(body), m_response);
 }
 
 // Since TDS 7.2 each request starts with ALL_HEADERS, [MS-TDS] 2.2.5.3, whose first field is its length.

@@ -7,14 +7,7 @@
 namespace tds {
 namespace {
 
-enum PreloginOption : std::uint8_t {
-    kOptionVersion = 0,
-    kOptionEncryption = 1,
-    kOptionInstance = 2,
-    kOptionThread = 3,
-    kOptionMars = 4,
-    kOptionTerminator = 0xFF,
-};
+enum PreloginOption : std::uint8_t { kVersion, kEncryption, kInstance, kThread, kMars, kTerminator = 0xFF };
 constexpr char kMarsOff = 0;
 
 constexpr std::size_t kMaxFieldCharacters = 128;
@@ -68,11 +61,11 @@ EncryptionOption parsePrelogin(ByteView request) {
     constexpr std::uint8_t kEncryptionValues = 0x03;  // the bits above ask for a client certificate
     EncryptionOption encryption = EncryptionOption::NotSupported;
     ByteReader reader(request);
-    for (std::uint8_t option = reader.u8(); option != kOptionTerminator; option = reader.u8()) {
+    for (std::uint8_t option = reader.u8(); option != kTerminator; option = reader.u8()) {
         const std::size_t offset = reader.u16BigEndian();
         const std::size_t length = reader.u16BigEndian();
         const ByteView value = reader.at(offset, length);
-        if (option == kOptionEncryption && !value.empty())
+        if (option == kEncryption && !value.empty())
             encryption = static_cast<EncryptionOption>(value.front() & kEncryptionValues);
     }
     return encryption;
@@ -94,13 +87,13 @@ Bytes preloginReply(EncryptionOption encryption) {
     ByteWriter version;
     version.bigEndian(kServerVersion, 4);
     version.u16(0);  // sub-build
-    const std::pair<PreloginOption, Bytes> options[] = {{kOptionVersion, version.data()},
-                                                        {kOptionEncryption, {static_cast<char>(encryption)}},
-                                                        {kOptionInstance, {'\0'}},
-                                                        {kOptionThread, {}},
-                                                        {kOptionMars, {kMarsOff}}};
+    const std::pair<PreloginOption, Bytes> options[] = {{kVersion, version.data()},
+                                                        {kEncryption, {static_cast<char>(encryption)}},
+                                                        {kInstance, {'\0'}},
+                                                        {kThread, {}},
+                                                        {kMars, {kMarsOff}}};
     constexpr std::size_t kOptionEntrySize = 5;  // option, offset, length
-    const std::size_t headSize = std::size(options) * kOptionEntrySize + sizeof kOptionTerminator;
+    const std::size_t headSize = std::size(options) * kOptionEntrySize + sizeof kTerminator;
     ByteWriter head;
     Bytes data;
     for (const auto& [option, value] : options) {
@@ -109,7 +102,7 @@ Bytes preloginReply(EncryptionOption encryption) {
         head.bigEndian(value.size(), 2);
         data += value;
     }
-    head.u8(kOptionTerminator);
+    head.u8(kTerminator);
     return head.data() + data;
 }
 

@@ -108,22 +108,17 @@ void PacketChannel::waitForLoginData() const {
         throw ConnectionClosed("the login timed out");
 }
 
-// Appends received bytes to the input; false when it was interrupted or nothing has arrived.
-bool PacketChannel::receive(int flags) {
+// Appends received bytes to the input, unless it is interrupted or nothing has arrived.
+void PacketChannel::receive(int flags) {
     m_input.erase(0, m_inputPosition);
     m_inputPosition = 0;
     const bool waits = flags == kBlocking;
     if (waits && m_loginDeadline) waitForLoginData();
     char block[kReceiveBlock];
     const ssize_t got = recv(m_socket, block, sizeof block, flags);
-    const int error = errno;
-    if (got > 0) {
-        appendInput({block, static_cast<std::size_t>(got)});
-        return true;
-    }
-    if (got < 0 && error == EINTR) return false;
-    if (got < 0 && !waits && (error == EAGAIN || error == EWOULDBLOCK)) return false;
-    throw ConnectionClosed("the client closed the connection");
+    if (got > 0) return appendInput({block, static_cast<std::size_t>(got)});
+    const bool nothingYet = errno == EINTR || (!waits && (errno == EAGAIN || errno == EWOULDBLOCK));
+    if (got == 0 || !nothingYet) throw ConnectionClosed("the client closed the connection");
 }
 
 void PacketChannel::appendInput(ByteView received) {

@@ -69,7 +69,7 @@ class PacketChannel {
     Header peekHeader() const;
     std::size_t maxMessageBytes(PacketType type) const;
     void fillBuffer(std::size_t bytes);
-    bool receive(int flags);
+    void receive(int flags);
     void waitForLoginData() const;
     void appendInput(ByteView received);
     void writeSocket(ByteView data) const;

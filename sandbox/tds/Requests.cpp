@@ -72,7 +72,7 @@ std::vector<WireType> sendColumns(ByteReader& in, Version version, tsql::ResultS
     for (std::size_t left = in.u16(); left > 0; --left) {
         in.skip((version >= Version::V72 ? 4 : 2) + kFlagsSize);  // behind the user type
         const WireType& type = types.emplace_back(readTypeInfo(in));
-        if (carriesTableName(type)) in.skip(2 * std::size_t{in.u16()});
+        if (type.carriesTableName()) in.skip(2 * std::size_t{in.u16()});
         in.skip(2 * std::size_t{in.u8()});  // the name, which INSERT BULK has given
         columns.push_back({{}, type.type});
     }
@@ -82,7 +82,7 @@ std::vector<WireType> sendColumns(ByteReader& in, Version version, tsql::ResultS
 
 // text, ntext and image have a pointer, of length 0 for NULL.
 tsql::Value readCell(ByteReader& in, const WireType& type) {
-    if (!carriesTableName(type)) return readValue(in, type);
+    if (!type.carriesTableName()) return readValue(in, type);
     const std::size_t pointer = in.u8();
     if (pointer == 0) return tsql::Null{};
     in.skip(pointer + kTextTimestampSize);

@@ -61,10 +61,6 @@ void Response::sspi(ByteView token) {
     m_out.bytes(token);
 }
 
-void Response::finishLoginStep() {
-    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
-}
-
 void Response::textChange(EnvChange what, std::string_view to, std::string_view from) {
     binaryChange(what, utf16FromUtf8(to), utf16FromUtf8(from), /*unitSize=*/2);
 }
@@ -78,10 +74,6 @@ void Response::binaryChange(EnvChange what, ByteView to, ByteView from, std::siz
         m_out.bytes(value);
     }
     m_out.closeLength(place);
-}
-
-void Response::databaseChanged(std::string_view from, std::string_view to) {
-    textChange(EnvChange::Database, to, from);
 }
 
 void Response::transactionChanged(tsql::TransactionEvent event) {
@@ -111,7 +103,7 @@ void Response::columns(std::span<const tsql::Column> columns) {
                               (column.identity ? kColumnIdentity : 0U));
         writeTypeInfo(m_out, type);
         // An empty table name: a count of parts since 7.2, a count of characters before.
-        if (carriesTableName(type)) m_out.number(0, m_version >= Version::V72 ? 1 : 2);
+        if (type.carriesTableName()) m_out.number(0, m_version >= Version::V72 ? 1 : 2);
         m_out.byteVarchar(column.name);
     }
 }

@@ -25,7 +25,9 @@ class Response final : public tsql::ResultSink {
     void procedureBegan() override;
     void procedureEnded(std::optional<std::int32_t> status) override;
     void message(const tsql::Message& message) override;
-    void databaseChanged(std::string_view from, std::string_view to) override;
+    void databaseChanged(std::string_view from, std::string_view to) override {
+        textChange(EnvChange::Database, to, from);
+    }
     // Every transaction gets a new descriptor. Drivers keep track of it.
     void transactionChanged(tsql::TransactionEvent event) override;
     void flush() override;
@@ -34,7 +36,7 @@ class Response final : public tsql::ResultSink {
     void loginAck();
     void sspi(ByteView token);
     // Sends the tokens so far without DONE, since the client answers them within its login.
-    void finishLoginStep();
+    void finishLoginStep() { m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd); }
     void textChange(EnvChange what, std::string_view to, std::string_view from);
     // unitSize: bytes counted as one in the length fields.
     void binaryChange(EnvChange what, ByteView to = {}, ByteView from = {}, std::size_t unitSize = 1);

@@ -19,8 +19,7 @@ struct SspiError : std::runtime_error {
 template <typename T, auto Release>
 struct GssOwner {
     GssOwner() = default;
-    GssOwner(const GssOwner&) = delete;
-    GssOwner& operator=(const GssOwner&) = delete;
+    GssOwner(GssOwner&&) = delete;  // neither moved nor copied
     ~GssOwner() {
         OM_uint32 minor = 0;
         Release(&minor, &value);

@@ -176,29 +176,19 @@ void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
 void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     const std::size_t size = type.form.size;
     const TypeId id = type.type.id;
-    if (id == TypeId::Money) {  // the upper half first
-        const auto number = static_cast<std::uint64_t>(storedAs<std::int64_t>(value));
-        out.u32(number >> 32);
-        out.u32(number);
-    } else if (id == TypeId::Decimal) {
-        encodeDecimal(out, value, type.type);
-    } else if (tsql::isExact(id)) {
-        encodeInteger(out, value, size, id > TypeId::TinyInt);
-    } else if (id == TypeId::Real) {
-        out.u32(std::bit_cast<std::uint32_t>(static_cast<float>(asDouble(value))));
-    } else if (id == TypeId::Float) {
-        out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
-    } else if (id == TypeId::UniqueIdentifier) {
-        out.bytes(std::get<tsql::Bytes>(tsql::convertValue(value, type.type, kGuidBytes)));
-    } else if (tsql::isBinary(id)) {
-        out.bytes(storedAs<tsql::Blob>(value));
-    } else if (tsql::isText(id)) {
-        tsql::isNational(id) ? out.utf16(storedAs<std::string_view>(value))
-                             : out.codePage1252(storedAs<std::string_view>(value));
-    } else {
-        const DateTime moment = tsql::fromStorage(storedAs<std::string_view>(value));
-        size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
-    }
+    if (id == TypeId::Money)  // the upper half first
+        return out.u64(std::rotl(static_cast<std::uint64_t>(storedAs<std::int64_t>(value)), 32));
+    if (id == TypeId::Decimal) return encodeDecimal(out, value, type.type);
+    if (tsql::isExact(id)) return encodeInteger(out, value, size, id > TypeId::TinyInt);
+    if (id == TypeId::Real) return out.u32(std::bit_cast<std::uint32_t>(static_cast<float>(asDouble(value))));
+    if (id == TypeId::Float) return out.u64(std::bit_cast<std::uint64_t>(asDouble(value)));
+    if (id == TypeId::UniqueIdentifier)
+        return out.bytes(std::get<tsql::Bytes>(tsql::convertValue(value, type.type, kGuidBytes)));
+    if (tsql::isBinary(id)) return out.bytes(storedAs<tsql::Blob>(value));
+    const auto text = storedAs<std::string_view>(value);
+    if (tsql::isText(id)) return tsql::isNational(id) ? out.utf16(text) : out.codePage1252(text);
+    const DateTime moment = tsql::fromStorage(text);
+    size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
 }
 
 DateTime decodeDateTime(ByteReader in) {
@@ -249,33 +239,19 @@ tsql::Blob blobOf(ByteView data) {
 
 Value decode(const WireType& type, ByteView data) {
     ByteReader in(data);
-    switch (const TypeId id = type.type.id) {
-        case TypeId::Bit:
-            return std::int64_t{in.u8() != 0};
-        case TypeId::TinyInt:
-            return std::int64_t{in.u8()};
-        case TypeId::Money: {
-            const std::uint64_t high = in.u32();
-            return static_cast<std::int64_t>(high << 32 | in.u32());
-        }
-        case TypeId::Decimal:
-            return decodeDecimal(in, type.type);
-        case TypeId::Real:
-            return decodeFloat(std::bit_cast<float>(in.u32()));
-        case TypeId::Float:
-            return decodeFloat(std::bit_cast<double>(in.number(8)));
-        case TypeId::UniqueIdentifier:
-            return tsql::convertValue(blobOf(data), kGuidBytes, type.type);
-        case TypeId::VarBinary:
-            return tsql::Bytes(blobOf(data));
-        case TypeId::NVarChar:
-            if (data.size() % 2 != 0) throw OddUnicode();
-            return utf8FromUtf16(data);
-        case TypeId::VarChar:
-            return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
-        default:
-            if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
-    }
+    const TypeId id = type.type.id;
+    if (id == TypeId::Bit) return std::int64_t{in.u8() != 0};
+    if (id == TypeId::TinyInt) return std::int64_t{in.u8()};
+    if (id == TypeId::Money) return static_cast<std::int64_t>(std::rotl(in.number(8), 32));
+    if (id == TypeId::Decimal) return decodeDecimal(in, type.type);
+    if (id == TypeId::Real) return decodeFloat(std::bit_cast<float>(in.u32()));
+    if (id == TypeId::Float) return decodeFloat(std::bit_cast<double>(in.number(8)));
+    if (id == TypeId::UniqueIdentifier) return tsql::convertValue(blobOf(data), kGuidBytes, type.type);
+    if (id == TypeId::VarBinary) return tsql::Bytes(blobOf(data));
+    if (id == TypeId::NVarChar && data.size() % 2 != 0) throw OddUnicode();
+    if (id == TypeId::NVarChar) return utf8FromUtf16(data);
+    if (id == TypeId::VarChar) return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
+    if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
     if (type.form.id == kDateTimeOffset) in = withoutOffset(data);
     const DateTime value = type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type);
     if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type.type))
@@ -311,10 +287,6 @@ WireType wireType(SqlType type, Version version) {
     throw ValueError("the type of a column cannot be sent to clients");
 }
 
-bool carriesTableName(const WireType& type) {
-    return type.form.framing == Framing::Long;
-}
-
 void writeTypeInfo(ByteWriter& out, const WireType& type) {
     const TypeId id = type.type.id;
     out.u8(type.form.id);
@@ -340,8 +312,7 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
 WireType readTypeInfo(ByteReader& in) {
     const std::uint8_t id = in.u8();
     auto form = findForm(id, 0);
-    const bool hasSize = !form && std::any_of(std::begin(kForms), std::end(kForms),
-                                              [id](const WireForm& each) { return each.id == id; });
+    const bool hasSize = !form && std::ranges::find(kForms, id, &WireForm::id) != std::end(kForms);
     if (hasSize) {
         form = findForm(id, in.u8());
         if (!form) throw ProtocolError("the size of a parameter does not fit its type");

@@ -40,6 +40,9 @@ struct WireType {
     WireForm form;
     tsql::SqlType type;
     bool utf8 = false;  // char data in UTF-8 instead of code page 1252
+
+    // Whether COLMETADATA has a table name behind the type's TYPE_INFO: text, ntext and image.
+    bool carriesTableName() const { return form.framing == Framing::Long; }
 };
 
 // Size in bytes of a value of a decimal, date or time type.
@@ -50,8 +53,6 @@ inline std::size_t sizeOf(const tsql::SqlType& type) {
 // a type that has no wire form.
 WireType wireType(tsql::SqlType type, Version version);
 void writeTypeInfo(ByteWriter& out, const WireType& type);
-// Whether COLMETADATA has a table name behind the type's TYPE_INFO: text, ntext and image.
-bool carriesTableName(const WireType& type);
 // Reads a parameter's type and maps it to a type that variables can have: varchar for char, for example.
 // Throws ProtocolError for an invalid type, tsql::SqlError for one that is not supported.
 WireType readTypeInfo(ByteReader& in);

@@ -44,8 +44,7 @@ class RowRecord {
         drop("VIEW", "_target");
         drop("TABLE", "");
     }
-    RowRecord(const RowRecord&) = delete;
-    RowRecord& operator=(const RowRecord&) = delete;
+    RowRecord(RowRecord&&) = delete;  // neither moved nor copied
     void stop() { drop("TRIGGER", "_change"); }
 
     // Name of the table. It has the row id and, for each column c, "old c" and "new c". A row that is changed

@@ -141,13 +141,6 @@ const Aggregate kAggregates[] = {
     {"ts_string_agg", addText, aggregatedText},
 };
 
-// SQLite provides a zeroed slot per group. The first value allocates what it points to.
-Gathered*& slotOf(sqlite3_context* call) {
-    auto* slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(void*)));
-    if (!slot) throw std::bad_alloc();
-    return *slot;
-}
-
 template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
     const auto& binding = *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
@@ -157,10 +150,12 @@ void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
             if (binding.function.step != addText) binding.context.noteNullLeftOut();
             return;
         }
-        Gathered*& gathered = slotOf(call);
-        if (!gathered) gathered = new Gathered;
-        gathered->count += sign;
-        binding.function.step(*gathered, arguments, sign);
+        // SQLite provides a zeroed slot per group. The first value allocates what it points to.
+        auto** const slot = static_cast<Gathered**>(sqlite3_aggregate_context(call, sizeof(void*)));
+        if (!slot) throw std::bad_alloc();
+        if (!*slot) *slot = new Gathered;
+        (*slot)->count += sign;
+        binding.function.step(**slot, arguments, sign);
     } catch (...) {
         reportError(binding.context, call);
     }

@@ -281,13 +281,11 @@ Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
     const bool joins = left.chain > 0 && left.chain < kLongestChain;
     const std::string chain =
         joins ? left.sql.substr(0, left.sql.size() - 1) : "ts_arithmetic(" + left.sql + "," + code(left.type);
-    return {chain + "," + std::to_string(static_cast<int>(op)) + "," + right.sql + "," + code(right.type) +
-                "," + code(type) + ")",
-            type,
-            false,
-            {},
-            {},
-            joins ? left.chain + 1 : 1};
+    Typed result{chain + "," + std::to_string(static_cast<int>(op)) + "," + right.sql + "," +
+                     code(right.type) + "," + code(type) + ")",
+                 type};
+    result.chain = joins ? left.chain + 1 : 1;
+    return result;
 }
 
 Typed emitNegate(const Typed& value) {

@@ -17,8 +17,7 @@ Value runNewId(const SqlCall&) {
     randombytes_buf(bytes.data(), bytes.size());
     bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
     bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
-    SqlType binary = simpleType(TypeId::Binary);
-    binary.length = 16;
+    const SqlType binary{TypeId::Binary, 16, 0, 0};
     return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
 }
 

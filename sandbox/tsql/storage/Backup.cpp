@@ -90,8 +90,7 @@ class TemporaryFile {
         for (const char* suffix : {"", "-wal", "-shm", "-journal"})
             if (!m_path.empty()) fs::remove(m_path.string() + suffix, ignored);
     }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    TemporaryFile(TemporaryFile&&) = delete;  // neither moved nor copied
 
     void renameTo(const fs::path& target) {
         if (::rename(m_path.c_str(), target.c_str()) != 0) throwCannotOpen(target, errno);

@@ -75,10 +75,6 @@ bool PreparedStatement::step() {
                         sqlite3_errmsg(m_connection.handle()));
 }
 
-CellView PreparedStatement::cell(int column) const {
-    return viewOf(sqlite3_column_value(m_statement, column));  // not shared between threads
-}
-
 std::string PreparedStatement::text(int column) const {
     const CellView view = cell(column);
     const auto* text = std::get_if<std::string_view>(&view);
@@ -218,36 +214,26 @@ void Connection::giveBack(const std::string& sql, sqlite3_stmt* statement) {
 }
 
 CellView viewOf(sqlite3_value* value) {
-    switch (sqlite3_value_type(value)) {
-        case SQLITE_INTEGER:
-            return std::int64_t{sqlite3_value_int64(value)};
-        case SQLITE_FLOAT:
-            return sqlite3_value_double(value);
-        case SQLITE_TEXT: {
-            const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-            return std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
-        }
-        case SQLITE_BLOB: {
-            const auto* bytes = static_cast<const std::byte*>(sqlite3_value_blob(value));
-            return Blob(bytes ? bytes : &kNoBytes, static_cast<std::size_t>(sqlite3_value_bytes(value)));
-        }
-        default:
-            return Null{};
-    }
+    const int type = sqlite3_value_type(value);
+    if (type == SQLITE_NULL) return Null{};
+    if (type == SQLITE_INTEGER) return std::int64_t{sqlite3_value_int64(value)};
+    if (type == SQLITE_FLOAT) return sqlite3_value_double(value);
+    const bool ofText = type == SQLITE_TEXT;
+    const void* start = ofText ? sqlite3_value_text(value) : sqlite3_value_blob(value);
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));  // behind the call above
+    if (ofText) return std::string_view(static_cast<const char*>(start), size);
+    return Blob(start ? static_cast<const std::byte*>(start) : &kNoBytes, size);
 }
 
 void giveResult(sqlite3_context* call, const Value& value) {
+    if (isNull(value)) return sqlite3_result_null(call);
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) return sqlite3_result_int64(call, *integer);
+    if (const auto* real = std::get_if<double>(&value)) return sqlite3_result_double(call, *real);
     if (const auto* text = std::get_if<std::string>(&value))
-        sqlite3_result_text64(call, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8);
-    else if (const auto* integer = std::get_if<std::int64_t>(&value))
-        sqlite3_result_int64(call, *integer);
-    else if (const auto* real = std::get_if<double>(&value))
-        sqlite3_result_double(call, *real);
-    else if (const auto* bytes = std::get_if<Bytes>(&value))
-        bytes->empty() ? sqlite3_result_zeroblob(call, 0)
-                       : sqlite3_result_blob64(call, bytes->data(), bytes->size(), SQLITE_TRANSIENT);
-    else
-        sqlite3_result_null(call);
+        return sqlite3_result_text64(call, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    const auto& bytes = std::get<Bytes>(value);
+    bytes.empty() ? sqlite3_result_zeroblob(call, 0)
+                  : sqlite3_result_blob64(call, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
 }
 
 }  // namespace tsql

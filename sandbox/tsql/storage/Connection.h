@@ -35,14 +35,14 @@ class PreparedStatement {
   public:
     PreparedStatement(Connection& connection, std::string sql);
     ~PreparedStatement();
-    PreparedStatement(const PreparedStatement&) = delete;
-    PreparedStatement& operator=(const PreparedStatement&) = delete;
+    PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 
     void bind(int index, const CellView& value);  // from 1; the value must outlive the steps
     void bindAll(std::span<const Value> values);
     bool step();  // false after the last row; throws SqliteFailure
     int columnCount() const { return sqlite3_column_count(m_statement); }
-    CellView cell(int column) const;  // column from 0
+    // Columns count from 0. Values are not shared between threads.
+    CellView cell(int column) const { return viewOf(sqlite3_column_value(m_statement, column)); }
     std::string text(int column) const;
     std::int64_t integer(int column) const { return sqlite3_column_int64(m_statement, column); }
 
@@ -116,8 +116,7 @@ class Atomic {
         sqlite3_exec(m_connection.handle(), "ROLLBACK TO tsqlbox_atomic; RELEASE tsqlbox_atomic", nullptr,
                      nullptr, nullptr);
     }
-    Atomic(const Atomic&) = delete;
-    Atomic& operator=(const Atomic&) = delete;
+    Atomic(Atomic&&) = delete;  // neither moved nor copied
 
     void commit() {
         m_connection.run("RELEASE tsqlbox_atomic");

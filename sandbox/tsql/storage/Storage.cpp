@@ -118,10 +118,6 @@ std::string Storage::canonicalName(std::string_view name) const {
     return {};
 }
 
-bool Storage::exists(std::string_view name) const {
-    return !canonicalName(name).empty();
-}
-
 fs::path Storage::pathOf(std::string_view name) const {
     const std::string known = canonicalName(name);
     return m_directory / (encodeName(known.empty() ? name : known) + std::string(kExtension));

@@ -44,7 +44,7 @@ class Storage {
 
     // Returns the names as they were created, sorted. All functions ignore the case of names.
     std::vector<std::string> databases() const;
-    bool exists(std::string_view name) const;
+    bool exists(std::string_view name) const { return !canonicalName(name).empty(); }
     // Returns the name as it was created; empty if there is no such database.
     std::string canonicalName(std::string_view name) const;
     // Path of the database's file, whether or not it exists.

@@ -95,9 +95,8 @@ TypedValue textLiteral(std::string_view text, bool national) {
 
 TypedValue binaryLiteral(std::string_view hex) {
     const Bytes bytes = *parseHex((hex.size() % 2 != 0 ? "0" : "") + std::string(hex));
-    SqlType type = simpleType(TypeId::VarBinary);
-    type.length = bytes.size() > 8000 ? SqlType::kMax : std::max(static_cast<int>(bytes.size()), 1);
-    return {bytes, type};
+    const int length = bytes.size() > 8000 ? SqlType::kMax : std::max(static_cast<int>(bytes.size()), 1);
+    return {bytes, {TypeId::VarBinary, length, 0, 0}};
 }
 
 }  // namespace tsql

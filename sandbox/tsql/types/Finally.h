@@ -11,8 +11,7 @@ struct [[nodiscard]] Finally {
     Work work;
     explicit Finally(Work atEnd) : work(atEnd) {}
     ~Finally() { work(); }
-    Finally(const Finally&) = delete;
-    Finally& operator=(const Finally&) = delete;
+    Finally(Finally&&) = delete;  // neither moved nor copied
 };
 
 // Gives a variable another value until the scope is left.
@@ -24,8 +23,7 @@ struct [[nodiscard]] Temporarily {
     Temporarily(T& variable, Other&& value)
         : place(variable), before(std::exchange(variable, std::forward<Other>(value))) {}
     ~Temporarily() { place = std::move(before); }
-    Temporarily(const Temporarily&) = delete;
-    Temporarily& operator=(const Temporarily&) = delete;
+    Temporarily(Temporarily&&) = delete;  // neither moved nor copied
 };
 
 }  // namespace tsql

@@ -11,7 +11,6 @@ namespace {
 constexpr int kMaxBytes = 8000;
 constexpr int kMaxNational = 4000;
 constexpr int kMaxDecimal = 38;
-constexpr int kNarrowDecimal = 18;
 
 struct TypeFacts {
     std::string_view name;
@@ -154,16 +153,11 @@ SqlType joinDecimals(const SqlType& left, const SqlType& right) {
 }
 
 SqlType concatenation(const SqlType& left, const SqlType& right) {
-    const bool unbounded = left.length <= 0 || right.length <= 0;
-    const int length = left.length + right.length;
-    if (isBinary(left.id)) {
-        SqlType type = simpleType(TypeId::VarBinary);
-        type.length = unbounded ? SqlType::kMax : std::min(length, kMaxBytes);
-        return type;
-    }
     const bool national = isNational(left.id) || isNational(right.id);
-    if (unbounded) return national ? nvarcharType(SqlType::kMax) : varcharType(SqlType::kMax);
-    return national ? nvarcharType(std::min(length, kMaxNational)) : varcharType(std::min(length, kMaxBytes));
+    const bool unbounded = left.length <= 0 || right.length <= 0;
+    const int length = std::min(left.length + right.length, national ? kMaxNational : kMaxBytes);
+    const TypeId ofText = national ? TypeId::NVarChar : TypeId::VarChar;
+    return {isBinary(left.id) ? TypeId::VarBinary : ofText, unbounded ? SqlType::kMax : length, 0, 0};
 }
 
 // Type of a product or quotient. Beyond 38 digits the scale is reduced, but not below 6.
@@ -247,19 +241,6 @@ SqlType decodeType(std::int64_t code) {
     type.scale = static_cast<std::uint8_t>((code >> 16) & 0xff);
     type.length = static_cast<int>(static_cast<std::uint32_t>(code >> 24));
     return type;
-}
-
-bool isWide(const SqlType& type) {
-    return type.precision > kNarrowDecimal;
-}
-bool isNational(TypeId id) {
-    return id == TypeId::NChar || id == TypeId::NVarChar || id == TypeId::NText || id == TypeId::Xml;
-}
-bool hasLength(TypeId id) {
-    return (isText(id) || isBinary(id)) && !isLob(id);
-}
-bool isLob(TypeId id) {
-    return (id >= TypeId::Text && id <= TypeId::Xml) || id == TypeId::Image;
 }
 
 ConversionRule conversionRule(TypeId from, TypeId to) {

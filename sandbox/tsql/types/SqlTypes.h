@@ -39,10 +39,18 @@ inline constexpr TypeFamily isText{TypeId::Char, TypeId::Xml};
 inline constexpr TypeFamily isDateTime{TypeId::Date, TypeId::DateTime2};
 inline constexpr TypeFamily isClassicDate{TypeId::DateTime, TypeId::SmallDateTime};  // also days as numbers
 inline constexpr TypeFamily isBinary{TypeId::Binary, TypeId::Image};
-bool isWide(const SqlType& type);  // a decimal that does not fit in 64 bits
-bool isNational(TypeId id);        // UTF-16 in SQL Server: nchar, nvarchar, ntext, xml
-bool hasLength(TypeId id);         // char to nvarchar, binary, varbinary
-bool isLob(TypeId id);             // text, ntext, image, xml: not comparable
+constexpr bool isWide(const SqlType& type) {  // a decimal that does not fit in 64 bits
+    return type.precision > 18;
+}
+constexpr bool isNational(TypeId id) {  // UTF-16 in SQL Server
+    return id == TypeId::NChar || id == TypeId::NVarChar || id == TypeId::NText || id == TypeId::Xml;
+}
+constexpr bool isLob(TypeId id) {  // not comparable
+    return (id >= TypeId::Text && id <= TypeId::Xml) || id == TypeId::Image;
+}
+constexpr bool hasLength(TypeId id) {  // char to nvarchar, binary, varbinary
+    return (isText(id) || isBinary(id)) && !isLob(id);
+}
 
 SqlType varcharType(int length);  // (max) above 8000 or 4000
 SqlType nvarcharType(int length);

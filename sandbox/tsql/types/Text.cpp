@@ -76,11 +76,9 @@ char32_t sortWeight(char32_t c) {
 bool takeSet(std::string_view& pattern, char32_t c) {
     const auto place = [](char32_t each) { return std::pair(sortWeight(each), each); };
     std::string_view rest = pattern;
-    bool negated = false, found = false;
-    if (!rest.empty() && rest[0] == '^') {
-        negated = true;
-        rest.remove_prefix(1);
-    }
+    const bool negated = rest.starts_with('^');
+    if (negated) rest.remove_prefix(1);
+    bool found = false;
     for (bool first = true; !rest.empty() && (first || rest[0] != ']'); first = false) {
         const char32_t low = foldCase(nextCharacter(rest));
         char32_t high = low;
@@ -163,19 +161,10 @@ char32_t nextCharacter(std::string_view& text) {
 }
 
 void appendCharacter(std::string& text, char32_t c) {
-    const auto tail = [&](int shift) { text += static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
-    if (c < 0x80) {
-        text += static_cast<char>(c);
-    } else if (c < 0x800) {
-        text += static_cast<char>(0xC0 | (c >> 6));
-        tail(0);
-    } else if (c < 0x10000) {
-        text += static_cast<char>(0xE0 | (c >> 12));
-        tail(6), tail(0);
-    } else {
-        text += static_cast<char>(0xF0 | (c >> 18));
-        tail(12), tail(6), tail(0);
-    }
+    constexpr unsigned kLeads[] = {0, 0xC0, 0xE0, 0xF0};  // of sequences with so many further bytes
+    int further = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    text += static_cast<char>(kLeads[further] | (c >> 6 * further));
+    while (further-- > 0) text += static_cast<char>(0x80 | (c >> 6 * further & 0x3F));
 }
 
 std::string toUpper(std::string_view text) {

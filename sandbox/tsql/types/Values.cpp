@@ -185,19 +185,16 @@ class Converter {
         return scaleChecked(negative ? -value : value);
     }
 
+    double asReal() const {
+        if (isText(m_from.id)) return floatFromText();
+        if (isApproximate(m_from.id)) return real();
+        if (isClassicDate(m_from.id)) return static_cast<double>(dayNumber());
+        if (!isExact(m_from.id)) throwNotConverted(m_from, m_to);
+        return static_cast<double>(static_cast<long double>(exact()) / powerOfTen<long double>(m_from.scale));
+    }
+
     Value toFloat() const {
-        double value = 0;
-        if (isText(m_from.id))
-            value = floatFromText();
-        else if (isExact(m_from.id))
-            value = static_cast<double>(static_cast<long double>(exact()) /
-                                        powerOfTen<long double>(m_from.scale));
-        else if (isApproximate(m_from.id))
-            value = real();
-        else if (isClassicDate(m_from.id))
-            value = static_cast<double>(dayNumber());
-        else
-            throwNotConverted(m_from, m_to);
+        const double value = asReal();
         if (m_to.id != TypeId::Real) return value;
         if (std::fabs(value) > static_cast<double>(std::numeric_limits<float>::max())) throwOverflow(m_to);
         return static_cast<double>(static_cast<float>(value));
