@@ -5,7 +5,7 @@ namespace tsql {
 
 // ---- variables
 
-Variable& Executor::local(std::string_view name) {
+TypedValue& Executor::local(std::string_view name) {
     const auto found = m_frames.back()->variables.find(name);
     if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
     return found->second;
@@ -82,11 +82,8 @@ std::string Executor::databaseOf(const ObjectName& name) const {
 
 // The database of tempdb..#t is ignored.
 Catalogue Executor::catalogue(const ObjectName& name) {
-    if (name.name.starts_with('@')) return temporary();
-    if (name.name.starts_with('#')) {
-        if (name.name.starts_with("##")) throw unsupported("global temporary tables");
-        return temporary();
-    }
+    if (name.name.starts_with("##")) throw unsupported("global temporary tables");
+    if (isTemporaryName(name.name)) return temporary();
     const std::string database = databaseOf(name);
     return {m_connection, database, m_connection.attach(database)};
 }

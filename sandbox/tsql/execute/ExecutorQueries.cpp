@@ -256,15 +256,13 @@ Flow Executor::run(const InsertBulk& bulk) {
     const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
         ColumnList given;
-        std::vector<SqlType> types;
-        std::vector<Value> values;
+        std::vector<TypedValue> values;
         for (std::size_t i = 0; i < cells.size(); ++i) {
             if (!bulk.keepsNulls && isNull(cells[i]) && !columns[i]->byDefault.empty()) continue;
             given.push_back(columns[i]);
-            types.push_back(sent[i].type);
-            values.push_back(ownedValue(cells[i]));
+            values.push_back({ownedValue(cells[i]), sent[i].type});
         }
-        insertRow(target, given, types, std::move(values));
+        insertRow(target, given, values);
         ++rows;
     };
     withIdentities(target, [&] {
@@ -358,30 +356,24 @@ void Executor::keepIdentities() {
 
 // The caller has announced the change.
 void Executor::insertRow(const TableInfo& target, const ColumnList& columns,
-                         const std::vector<SqlType>& types, std::vector<Value> cells) {
+                         const std::vector<TypedValue>& cells) {
     Translator translator(*this);
-    const std::string sql = translator.insertParameters(target, columns, types);
+    const std::string sql = translator.insertParameters(target, columns, cells);
     m_change.newRows = translator.newRows();
-    m_change.values = std::move(cells);
+    m_change.values.clear();
+    for (const auto& cell : cells) m_change.values.push_back(cell.value);
     m_connection.run(sql, m_change.values);
 }
 
 void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
                             const std::function<void()>& work) {
-    struct CollectedRow {
-        std::vector<Value> cells;
-        std::vector<SqlType> types;
-    };
-    std::vector<CollectedRow> collected;  // `work` may read the target table
-    bool misfits = false;                 // a row has another number of columns
+    std::vector<std::vector<TypedValue>> collected;  // `work` may read the target table
+    bool misfits = false;                            // a row has another number of columns
     const auto collect = [&](std::span<const Column> types, std::span<const CellView> cells) {
         misfits = misfits || cells.size() != columns.size();
         if (misfits) return;
-        CollectedRow& row = collected.emplace_back();
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            row.cells.push_back(ownedValue(cells[i]));
-            row.types.push_back(types[i].type);
-        }
+        auto& row = collected.emplace_back();
+        for (std::size_t i = 0; i < cells.size(); ++i) row.push_back({ownedValue(cells[i]), types[i].type});
     };
     if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
     {
@@ -390,7 +382,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);
     insertAll(target, [&] {
-        for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
+        for (const auto& row : collected) insertRow(target, columns, row);
         return std::ssize(collected);
     });
 }
@@ -459,7 +451,7 @@ Flow Executor::run(const Delete& statement) {
 }
 
 // TRUNCATE TABLE restarts the identity.
-Flow Executor::run(const Truncate& truncate) {
+void Executor::run(const Truncate& truncate) {
     claim(truncate.table);
     const TableInfo target = table(truncate.table, message::kTruncatedTableNotFound);
     for (const auto& key : catalogue(truncate.table).keysTo(target.id))
@@ -468,7 +460,6 @@ Flow Executor::run(const Truncate& truncate) {
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);
-    return finished();
 }
 
 }  // namespace tsql

@@ -46,7 +46,7 @@ std::int64_t Executor::counter(const Catalogue& owner, std::int64_t sequence) {
                                 name);
 }
 
-Flow Executor::run(const DefineSequence& statement) {
+void Executor::run(const DefineSequence& statement) {
     const ObjectName& name = statement.name;
     const bool alters = statement.alter;
     const auto has = [&](std::string_view option) { return statement.options.contains(option); };
@@ -86,7 +86,6 @@ Flow Executor::run(const DefineSequence& statement) {
         if (!existing) owner.saveColumns(stored.id, {{"", type}});
         setCounter(owner.schema(), counterOf(stored.id), given > 0);
     });
-    return finished();
 }
 
 Typed Executor::nextValue(const ObjectName& name) {

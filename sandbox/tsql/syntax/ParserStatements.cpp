@@ -158,9 +158,8 @@ Statement::Node ifElse(Parser& in) {
 
 Statement::Node whileLoop(Parser& in) {
     While node{in.condition(), nullptr};
-    ++in.m_loops;
+    const Temporarily inner(in.m_loops, in.m_loops + 1);
     node.body = in.statement();
-    --in.m_loops;
     return node;
 }
 
@@ -365,9 +364,9 @@ Statement::Node restore(Parser& in) {
     node.file = fileName(in);
     withOptions(in, "RESTORE", [&] {
         if (in.accept("MOVE")) {
-            Move& move = node.moves.emplace_back(Move{in.primary(), nullptr});
+            node.moved.push_back(in.primary());
             in.expect("TO");
-            move.path = in.primary();
+            in.primary();  // has no effect: the files of databases are in the data folder
             return true;
         }
         if (in.accept("FILE")) {
