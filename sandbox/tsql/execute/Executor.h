@@ -216,7 +216,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
     void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
-    std::int64_t counter(const Catalogue& owner, std::int64_t sequence);
+    std::optional<std::int64_t> counter(const std::string& schema, const std::string& name);
     std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                             const CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const Constraint& constraint);

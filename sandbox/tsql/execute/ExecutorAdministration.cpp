@@ -89,11 +89,8 @@ void Executor::run(const CheckDatabase& check) {
     const std::string name = check.database ? evaluateText(*check.database) : m_database;
     PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
     int faults = 0;
-    while (findings.step()) {
-        if (findings.text(0) == "ok") break;
-        ++faults;
+    for (; findings.step() && findings.text(0) != "ok"; ++faults)
         inform(message::kTableError, {findings.text(0)});
-    }
     if (faults > 0 || !check.onlyFaults)
         inform(message::kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
     if (!check.onlyFaults) inform(message::kDbccDone);

@@ -63,9 +63,7 @@ Value Executor::variableValue(std::string_view name) {
 // ---- identities
 
 std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
-    const Value stored[] = {table.stored};
-    const auto last =
-        m_connection.number("SELECT seq FROM " + table.schema + ".sqlite_sequence WHERE name = ?1", stored);
+    const auto last = counter(table.schema, table.stored);
     return last ? std::optional(table.counted(*last)) : last;
 }
 

@@ -103,12 +103,10 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
     const auto* select = std::get_if<Select>(&query.body);
-    const auto* from =
-        select && select->from.size() == 1 ? std::get_if<NamedTable>(&select->from.front()->node) : nullptr;
+    const TableRef* only = select && select->from.size() == 1 ? select->from.front().get() : nullptr;
+    const auto* from = only ? std::get_if<NamedTable>(&only->node) : nullptr;
     const bool once =
         std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
-    const bool isDerived = select && select->from.size() == 1 &&
-                           std::holds_alternative<DerivedTable>(select->from.front()->node);
     const auto source = from && once && !from->arguments ? findTable(from->name) : std::nullopt;
     CreateTable create{name, {}, {}};
     for (const auto& [column, alias, isNull, isNew] : text.columns) {
@@ -116,7 +114,7 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
         auto& added =
             create.columns.emplace_back(ColumnDefinition{column.name, column.type, column.nullable});
         added.identity = isNew;
-        if (column.identity && once && (from || isDerived))
+        if (column.identity && once && only && !std::holds_alternative<Join>(only->node))
             added.identity = source ? Identity{source->seed, source->increment} : Identity{};
         if (isNew) added.nullable = false;
     }
