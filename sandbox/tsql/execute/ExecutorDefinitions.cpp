@@ -641,11 +641,11 @@ void Executor::keepTables(const std::function<void()>& rollback) {
     std::vector<std::pair<TableVariable*, std::vector<std::vector<Value>>>> kept;  // with their rows
     for (Frame* frame : m_frames)
         for (auto& [name, table] : frame->tables) {
-            auto& rows = kept.emplace_back(&table, 0).second;
+            kept.push_back({&table, {}});
             PreparedStatement query(m_connection,
                                     "SELECT " + storedColumns(table.info) + " FROM " + table.info.sqlName());
             while (query.step()) {
-                auto& row = rows.emplace_back();
+                auto& row = kept.back().second.emplace_back();
                 for (int i = 0; i < query.columnCount(); ++i) row.push_back(ownedValue(query.cell(i)));
             }
         }
