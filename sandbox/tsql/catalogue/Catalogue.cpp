@@ -1,5 +1,7 @@
 #include "catalogue/Catalogue.h"
 
+#include <boost/algorithm/string/iter_find.hpp>
+#include <boost/algorithm/string/replace.hpp>
 #include <sstream>
 
 namespace tsql {
@@ -22,17 +24,12 @@ constexpr std::string_view kTables[] = {
 constexpr std::int64_t kIdentity = 1, kComputed = 2;
 
 std::string inSchema(std::string_view text, std::string_view schema) {
-    std::string sql;
-    for (const char c : text) c == '$' ? sql.append(schema) : sql.append(1, c);
-    return sql;
+    return boost::replace_all_copy(std::string(text), "$", schema);
 }
 
 std::vector<std::string> namesOf(std::string_view list) {
     std::vector<std::string> names;
-    while (!list.empty()) {
-        names.emplace_back(list.substr(0, list.find(", ")));
-        list.remove_prefix(std::min(list.size(), names.back().size() + 2));
-    }
+    if (!list.empty()) boost::iter_split(names, list, boost::first_finder(", "));
     return names;
 }
 

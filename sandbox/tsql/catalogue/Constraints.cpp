@@ -101,21 +101,18 @@ SqlError BrokenConstraint::brokenReference() const {
             return foreignKeyConflict(m_change.verb, m_catalogue, key);
     }
     auto others = m_catalogue.keysTo(m_change.target.id);
-    std::erase_if(others, [&](const ObjectInfo& key) { return !isReferred(key); });
+    std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
+        const std::string own = "(" + quotedNames(key.columns) + ")";
+        const Constraint constraint = parseConstraint(key.source);
+        const std::string& action = m_change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
+        return action != kNoAction || isDisabled(key) ||
+               !anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
+    });
     if (others.size() != 1) return conflict(m_change.verb, "REFERENCE", m_change.target, {});
     const ObjectInfo& key = others.front();
     const bool isWithinTable = sameText(key.table, key.stored);
     return conflict(m_change.verb, isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *m_catalogue.table(key.table), key);
-}
-
-// Whether rows reference the changed table through `key` and prevent the change. NULL references nothing.
-bool BrokenConstraint::isReferred(const ObjectInfo& key) const {
-    const std::string own = "(" + quotedNames(key.columns) + ")";
-    const Constraint constraint = parseConstraint(key.source);
-    const std::string& action = m_change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
-    return action == kNoAction && !isDisabled(key) &&
-           anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
 }
 
 // columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows

@@ -42,7 +42,6 @@ class BrokenConstraint {
   private:
     SqlError duplicateKey(std::string columns) const;
     SqlError brokenReference() const;
-    bool isReferred(const ObjectInfo& key) const;
 
     Connection& m_connection;
     const RowChange& m_change;

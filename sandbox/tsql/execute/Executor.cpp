@@ -86,13 +86,13 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
     const RequestEnd end = run(sink, frame, [&] {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
-        frame.variables["@"] = {simpleType(TypeId::Int), Null{}};
+        frame.variables["@"] = {Null{}, simpleType(TypeId::Int)};
         execute.arguments.reserve(call.arguments.size());
         for (std::size_t i = 0; i < call.arguments.size(); ++i) {
             auto& argument = call.arguments[i];
             auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
             if (argument.isDefault) continue;
-            frame.variables[variable(i)] = {argument.type, std::move(argument.value)};
+            frame.variables[variable(i)] = {std::move(argument.value), argument.type};
             given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
             given.output = argument.output;
         }
@@ -145,7 +145,10 @@ Flow Executor::runStatement(const Statement& statement) {
                 // SET FMTONLY ON: nothing executes, and queries return column metadata only.
                 constexpr bool describes =
                     isOneOf<Node, SelectStatement, SetOption, Declare, Compound, If, Execute>;
-                return describes || !m_settings.describeOnly ? run(node) : Flow::Next;
+                if (m_settings.describeOnly && !describes) return Flow::Next;
+                if constexpr (!std::is_void_v<decltype(run(node))>) return run(node);
+                run(node);
+                return finished();
             },
             statement.node);
     });
@@ -306,7 +309,7 @@ bool Executor::holds(const Expr& condition) {
 }
 
 void Executor::setVariable(const std::string& name, const CellView& value, const SqlType& type) {
-    Variable& variable = local(name);
+    TypedValue& variable = local(name);
     if (!isNull(value)) requireImplicit(type, variable.type);
     variable.value = convertValue(value, type, variable.type);
 }

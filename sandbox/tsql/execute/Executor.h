@@ -137,7 +137,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const Print& print);
     Flow run(const RaiseError& raise);
     Flow run(const Throw& node);
-    Flow run(const WaitFor& wait);
+    void run(const WaitFor& wait);
     void fail(const SqlError& error, int line) { afterError(messageOf(error, line), /*raised=*/false); }
     void afterError(const Message& message, bool raised);
     void report(const Message& message) const { m_sink->message(message); }
@@ -166,7 +166,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
 
     // ---- cursors (ExecutorCursors.cpp)
     Flow run(const DeclareCursor& declare);
-    Flow run(const ChangeCursor& change);
+    void run(const ChangeCursor& change);
     Flow run(const Fetch& fetch);
     Cursors& cursorsWith(const CursorName& cursor);
 
@@ -176,7 +176,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const InsertBulk& bulk);
     Flow run(const Update& update);
     Flow run(const Delete& statement);
-    Flow run(const Truncate& truncate);
+    void run(const Truncate& truncate);
     using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
@@ -188,8 +188,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                              bool defaultValues) const;
     std::string insertText(const TableInfo& target, const ColumnList& columns, const Insert& insert,
                            Translator& translator);
-    void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<SqlType>& types,
-                   std::vector<Value> cells);
+    void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<TypedValue>& cells);
     void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
     void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
                           const Translator& translator, const std::optional<Output>& output);
@@ -206,18 +205,18 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void keepIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
-    Flow run(const CreateTable& create);
-    Flow run(const AlterTable& alter);
-    Flow run(const CreateIndex& create);
-    Flow run(const AlterIndex& alter);
-    Flow run(const Drop& drop);
+    void run(const CreateTable& create) { createTable(create); }
+    void run(const AlterTable& alter);
+    void run(const CreateIndex& create);
+    void run(const AlterIndex& alter);
+    void run(const Drop& drop);
     void define(const ObjectName& name, const std::function<void(Catalogue&)>& work);
     void checkDefaults(const CreateTable& definition);
     TableInfo createTable(const CreateTable& create);
     bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
     void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
-    std::int64_t counter(const Catalogue& owner, std::int64_t sequence);
+    std::optional<std::int64_t> counter(const std::string& schema, const std::string& name);
     std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                             const CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const Constraint& constraint);
@@ -238,9 +237,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition);
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ObjectName& name, const Drop& drop);
-    Flow run(const DefineSequence& define);
-    Flow run(const CreateSchema& create);
-    Flow run(const TransferObject& transfer);
+    void run(const DefineSequence& define);
+    void run(const CreateSchema& create);
+    void run(const TransferObject& transfer);
     void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
@@ -250,7 +249,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void keepTables(const std::function<void()>& rollback);
 
     // ---- triggers (ExecutorTriggers.cpp)
-    Flow run(const SwitchTriggers& node);
+    void run(const SwitchTriggers& node);
     TableInfo tableOfTrigger(const CreateModule& trigger);
     static void bindTrigger(const Catalogue& owner, const CreateModule& trigger, const TableInfo& table,
                             ObjectInfo& object);
@@ -296,7 +295,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::vector<TableColumn> viewColumns(const CreateModule& module);
 
     // ---- transactions (ExecutorTransactions.cpp)
-    Flow run(const Transaction& transaction);
+    void run(const Transaction& transaction);
     void beforeWrite();
     // Locks the database that a statement changes, before its names are looked up: after the transaction has
     // read it, SQLite no longer waits for another writer.
@@ -319,14 +318,14 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }
 
     // ---- settings, databases, backup (ExecutorAdministration.cpp)
-    Flow run(const SetOption& option);
-    Flow run(const Use& use);
-    Flow run(const CreateDatabase& create);
-    Flow run(const AlterDatabase& alter);
-    Flow run(const Backup& backup);
+    void run(const SetOption& option);
+    void run(const Use& use);
+    void run(const CreateDatabase& create);
+    void run(const AlterDatabase& alter);
+    void run(const Backup& backup);
     Flow run(const Restore& restore);
-    Flow run(const CheckDatabase& check);
-    Flow run(const Maintenance& maintenance);
+    void run(const CheckDatabase& check);
+    void run(const Maintenance& maintenance);
     void checkIdentity(const TableInfo& table, const Maintenance& check);
     void set(const Settings& settings);
     void useDatabase(const std::string& name);
@@ -347,7 +346,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     static ObjectInfo newObject(const Catalogue& owner, const ObjectName& name, std::string_view type);
     TableInfo table(const ObjectName& name, int missing, int state = 0);
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
-    Variable& local(std::string_view name);
+    TypedValue& local(std::string_view name);
 
     Storage& m_storage;
     AppLocks& m_locks;

@@ -8,7 +8,7 @@ void Executor::set(const Settings& settings) {
     m_connection.setLockTimeout(std::chrono::milliseconds(m_settings.lockTimeout));
 }
 
-Flow Executor::run(const SetOption& option) {
+void Executor::run(const SetOption& option) {
     constexpr int kLongestLockTimeout = 60'000;  // milliseconds
     for (const auto& name : option.names) {
         if (name == "NOCOUNT") m_settings.noCount = option.on;
@@ -32,7 +32,6 @@ Flow Executor::run(const SetOption& option) {
         if (option.on || m_settings.identityInsert == target.fullName())
             m_settings.identityInsert = option.on ? target.fullName() : "";
     }
-    return finished();
 }
 
 // ---- databases
@@ -43,30 +42,27 @@ void Executor::useDatabase(const std::string& name) {
     m_sink->databaseChanged(before, m_database);
 }
 
-Flow Executor::run(const Use& use) {
+void Executor::run(const Use& use) {
     if (!m_frames.back()->procedure.empty())
         throw sqlError(message::kNotAllowedHere,
                        {"a USE database statement", "a procedure, function or trigger"});
     useDatabase(use.database);
     inform(message::kDatabaseChanged, {m_database});
-    return finished();
 }
 
-Flow Executor::run(const CreateDatabase& create) {
+void Executor::run(const CreateDatabase& create) {
     if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"CREATE DATABASE"});
     m_storage.create(create.name);
-    return finished();
 }
 
-Flow Executor::run(const AlterDatabase& alter) {
+void Executor::run(const AlterDatabase& alter) {
     const std::string name = alter.name.empty() ? m_database : m_storage.canonicalName(alter.name);
     if (name.empty()) throw sqlError(message::kCannotAlterDatabase, {alter.name});
     if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"ALTER DATABASE"});
-    if (alter.newName.empty()) return finished();
+    if (alter.newName.empty()) return;
     releaseDatabase(name, sqlError(message::kDatabaseNotLocked));
     m_storage.rename(name, alter.newName);
     inform(message::kDatabaseRenamed, {alter.newName});
-    return finished();
 }
 
 // Detaches a database. Throws `inUse` if the session or another one uses it.
@@ -89,22 +85,18 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 
 // ---- maintenance
 
-Flow Executor::run(const CheckDatabase& check) {
+void Executor::run(const CheckDatabase& check) {
     const std::string name = check.database ? evaluateText(*check.database) : m_database;
     PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
     int faults = 0;
-    while (findings.step()) {
-        if (findings.text(0) == "ok") break;
-        ++faults;
+    for (; findings.step() && findings.text(0) != "ok"; ++faults)
         inform(message::kTableError, {findings.text(0)});
-    }
     if (faults > 0 || !check.onlyFaults)
         inform(message::kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
     if (!check.onlyFaults) inform(message::kDbccDone);
-    return finished();
 }
 
-Flow Executor::run(const Maintenance& maintenance) {
+void Executor::run(const Maintenance& maintenance) {
     if (maintenance.table) {
         const int missing =
             maintenance.isDbcc ? message::kDbccTableUnknown : message::kStatisticsTableUnknown;
@@ -112,7 +104,6 @@ Flow Executor::run(const Maintenance& maintenance) {
         if (maintenance.checksIdentity) checkIdentity(target, maintenance);
     }
     if (maintenance.isDbcc && !maintenance.onlyFaults) inform(message::kDbccDone);
-    return finished();
 }
 
 // DBCC CHECKIDENT. A given seed is the next identity of a table that never had one, else the last identity.

@@ -117,7 +117,7 @@ void Executor::informDone(std::string_view verb, const BackupHeader& header, std
     inform(message::kBackupProcessed, {verb, pages, speed});
 }
 
-Flow Executor::run(const Backup& backup) {
+void Executor::run(const Backup& backup) {
     runMedia("BACKUP DATABASE", [&] {
         const auto start = std::chrono::steady_clock::now();
         const std::string file = evaluateText(*backup.file);
@@ -136,7 +136,6 @@ Flow Executor::run(const Backup& backup) {
                          values);
         informDone("BACKUP", header, header.database, start);
     });
-    return finished();
 }
 
 Flow Executor::run(const Restore& restore) {
@@ -162,7 +161,7 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     const auto start = std::chrono::steady_clock::now();
     const std::string name = evaluateText(*restore.database);
     std::vector<std::string> moved;
-    for (const auto& move : restore.moves) moved.push_back(evaluateText(*move.logicalName));
+    for (const auto& each : restore.moved) moved.push_back(evaluateText(*each));
     if (databaseKey(name) == databaseKey(m_database)) throw sqlError(message::kRestoreOfOwnDatabase, {name});
     if (m_storage.exists(name)) releaseDatabase(name, sqlError(message::kNoExclusiveAccess));
     try {

@@ -52,7 +52,7 @@ Flow Executor::run(const DeclareCursor& declare) {
     return finished(1);
 }
 
-Flow Executor::run(const ChangeCursor& change) {
+void Executor::run(const ChangeCursor& change) {
     const std::string name = toLower(change.cursor.name);
     Cursors& cursors = cursorsWith(change.cursor);
     Cursor& cursor = cursors.at(name);
@@ -78,7 +78,6 @@ Flow Executor::run(const ChangeCursor& change) {
         cursor.open = false;
         cursor.rows.clear();
     }
-    return finished();
 }
 
 Flow Executor::run(const Fetch& fetch) {

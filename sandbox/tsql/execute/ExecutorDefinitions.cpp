@@ -100,13 +100,6 @@ void setIdentity(TableInfo& table, const ColumnDefinition& definition) {
     table.increment = definition.identity->increment;
 }
 
-std::string columnText(const TableColumn& column, std::int64_t increment) {
-    if (column.identity)
-        return quotedName(column.name) + " INTEGER PRIMARY KEY" + (increment == 1 ? " AUTOINCREMENT" : "");
-    return quotedName(column.name) + " " + std::string(storageClass(column.type)) +
-           (column.nullable ? "" : " NOT NULL");
-}
-
 std::string storedColumns(const TableInfo& table) {
     std::vector<std::string> names;
     for (const auto& column : table.columns)
@@ -126,11 +119,6 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     work(owner);
     m_knownTables.clear();
     atomic.commit();
-}
-
-Flow Executor::run(const CreateTable& create) {
-    createTable(create);
-    return finished();
 }
 
 // Translates the texts of the defaults alone, as inserts do later, so that variables in them are errors.
@@ -284,9 +272,13 @@ CheckText Executor::computed(const TableInfo& table, const TableColumn& column) 
 
 // Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
-    std::string body = commaList(table.columns, [&](const auto& column) {
-        return columnText(column, table.increment) +
-               (column.computed.empty() ? "" : " AS (" + computed(table, column).sql + ")");
+    std::string body = commaList(table.columns, [&](const TableColumn& column) {
+        std::string text = quotedName(column.name) + " ";
+        if (column.identity)
+            text += table.increment == 1 ? "INTEGER PRIMARY KEY AUTOINCREMENT" : "INTEGER PRIMARY KEY";
+        else
+            text.append(storageClass(column.type)).append(column.nullable ? "" : " NOT NULL");
+        return text + (column.computed.empty() ? "" : " AS (" + computed(table, column).sql + ")");
     });
     for (const auto& key : catalogue.keysOf(table.id)) {
         if (isDisabled(key)) continue;
@@ -488,7 +480,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
     catalogue.remove(key->id);
 }
 
-Flow Executor::run(const AlterTable& alter) {
+void Executor::run(const AlterTable& alter) {
     checkDefaults(alter.added);
     claim(alter.added.table);
     TableInfo target = table(alter.added.table, message::kAlteredTableNotFound);
@@ -518,7 +510,6 @@ Flow Executor::run(const AlterTable& alter) {
             owner.removeColumns(target.id, name);
         }
     });
-    return finished();
 }
 
 void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create) {
@@ -539,14 +530,13 @@ void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const Crea
     catalogue.save(index);
 }
 
-Flow Executor::run(const CreateIndex& create) {
+void Executor::run(const CreateIndex& create) {
     claim(create.table);
     const TableInfo target = table(create.table, message::kObjectNotFound);
     define(create.table, [&](Catalogue& owner) { addIndex(owner, target, create); });
-    return finished();
 }
 
-Flow Executor::run(const AlterIndex& alter) {
+void Executor::run(const AlterIndex& alter) {
     const TableInfo target = table(alter.table, message::kObjectNotFound, 9);
     define(alter.table, [&](Catalogue& owner) {
         const auto keys = owner.keysOf(target.id);
@@ -555,10 +545,9 @@ Flow Executor::run(const AlterIndex& alter) {
         if (!alter.name.empty() && !known) throw sqlError(message::kIndexNotFound, {alter.name});
         m_connection.run("REINDEX " + target.sqlName());
     });
-    return finished();
 }
 
-Flow Executor::run(const Drop& drop) {
+void Executor::run(const Drop& drop) {
     for (const auto& index : drop.indexes) dropIndex(index, drop.ifExists);
     for (const auto& name : drop.names) {
         if (drop.kind == ObjectKind::Database)
@@ -568,7 +557,6 @@ Flow Executor::run(const Drop& drop) {
         else
             dropObject(name, drop);
     }
-    return finished();
 }
 
 void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
@@ -650,33 +638,27 @@ void Executor::declareTable(const Declaration& declaration) {
 }
 
 void Executor::keepTables(const std::function<void()>& rollback) {
-    struct Kept {
-        TableVariable& table;
-        std::vector<std::vector<Value>> rows;
-    };
-    std::vector<Kept> kept;
+    std::vector<std::pair<TableVariable*, std::vector<std::vector<Value>>>> kept;  // with their rows
     for (Frame* frame : m_frames)
         for (auto& [name, table] : frame->tables) {
-            Kept& each = kept.emplace_back(Kept{table, {}});
+            kept.push_back({&table, {}});
             PreparedStatement query(m_connection,
                                     "SELECT " + storedColumns(table.info) + " FROM " + table.info.sqlName());
             while (query.step()) {
-                auto& row = each.rows.emplace_back();
+                auto& row = kept.back().second.emplace_back();
                 for (int i = 0; i < query.columnCount(); ++i) row.push_back(ownedValue(query.cell(i)));
             }
         }
     rollback();
     for (auto& [table, rows] : kept) {
-        dropTable(table.info);
-        table.info = createTable(*table.definition);
-        for (const auto& row : rows) {
-            std::string marks;
-            for (std::size_t i = 1; i <= row.size(); ++i) marks += (i > 1 ? ", ?" : "?") + std::to_string(i);
-            m_connection.run("INSERT INTO " + table.info.sqlName() + " (" + storedColumns(table.info) +
-                                 ") VALUES (" + marks + ")",
-                             row);
-        }
-        noteHighest(table.info);
+        TableInfo& info = table->info;
+        dropTable(info);
+        info = createTable(*table->definition);
+        const std::string insert =
+            "INSERT INTO " + info.sqlName() + " (" + storedColumns(info) + ") VALUES (";
+        for (const auto& row : rows)
+            m_connection.run(insert + commaList(row, [](const Value&) { return "?"; }) + ")", row);
+        noteHighest(info);
     }
 }
 

@@ -20,7 +20,7 @@ Flow Executor::run(const Declare& declare) {
 }
 
 Flow Executor::run(const Assign& assign) {
-    Variable& variable = local(assign.name);
+    TypedValue& variable = local(assign.name);
     variable.value = evaluate(*assign.value, variable.type);
     return finished(1);
 }
@@ -31,8 +31,7 @@ Flow Executor::run(const If& node) {
         return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
     }
     const bool condition = holds(*node.condition);
-    m_error = 0;
-    m_rowCount = 0;
+    m_rowCount = m_error = 0;
     if (condition) return runStatement(*node.then);
     return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
 }
@@ -47,8 +46,7 @@ Flow Executor::run(const While& node) {
         m_line = line;
         m_functions.beginStatement();
     }
-    m_error = 0;
-    m_rowCount = 0;
+    m_rowCount = m_error = 0;
     return Flow::Next;
 }
 
@@ -78,7 +76,7 @@ Flow Executor::run(const TryCatch& node) {
     return runBlock(node.handler);
 }
 
-Flow Executor::run(const WaitFor& wait) {
+void Executor::run(const WaitFor& wait) {
     const std::string text = evaluateText(*wait.time);
     const Value time =
         convertValue(text, varcharType(SqlType::kMax), simpleType(TypeId::Time), kNoStyle, Conversion::Try);
@@ -95,7 +93,6 @@ Flow Executor::run(const WaitFor& wait) {
         constexpr std::chrono::nanoseconds kSlice = std::chrono::milliseconds(50);
         std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(kSlice, until - Clock::now()));
     }
-    return finished();
 }
 
 }  // namespace tsql

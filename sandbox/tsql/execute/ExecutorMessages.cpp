@@ -68,16 +68,13 @@ std::string converted(const std::cmatch& conversion, std::string_view rest,
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
     std::string text;
     std::size_t next = 0;
-    std::string_view rest = format;
-    const char* const end = format.data() + format.size();
-    for (std::cmatch found; std::regex_search(rest.data(), end, found, kConversion);) {
-        const auto before = static_cast<std::size_t>(found.position());
-        text.append(rest.substr(0, before));
-        rest.remove_prefix(before);
-        text.append(converted(found, rest, arguments, next));
-        rest.remove_prefix(static_cast<std::size_t>(found.length()));
+    const char *at = format.data(), *const end = at + format.size();
+    for (std::cregex_iterator found(at, end, kConversion), none; found != none; ++found) {
+        const auto [from, to] = std::pair((*found)[0].first, (*found)[0].second);
+        text.append(at, from).append(converted(*found, {from, end}, arguments, next));
+        at = to;
     }
-    text.append(rest);
+    text.append(at, end);
     if (characterCount(text) <= kLongestMessage) return text;
     return std::string(characters(text, 0, kLongestMessage - kEllipsis.size())).append(kEllipsis);
 }
@@ -90,8 +87,7 @@ Flow Executor::run(const Print& print) {
     const std::string text = textOf(viewOf(value.value), value.type);
     report({0, 0, 1, m_line, m_frames.back()->procedure,
             std::string(characters(text, 0, isNational(value.type.id) ? kLongest / 2 : kLongest))});
-    m_error = 0;
-    m_rowCount = 0;
+    m_rowCount = m_error = 0;
     return Flow::Next;
 }
 

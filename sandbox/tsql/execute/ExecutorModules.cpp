@@ -320,8 +320,8 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
                 {name, parameter.name});
         if (argument && argument->output && !parameter.output)
             throw sqlError(message::kNotAnOutputParameter, {parameter.name});
-        frame.variables[parameter.name] = {parameter.type,
-                                           value ? argumentValue(*value, parameter.type) : Value(Null{})};
+        frame.variables[parameter.name] = {value ? argumentValue(*value, parameter.type) : Value(Null{}),
+                                           parameter.type};
     }
     if (unknown) throw sqlError(message::kNotAParameter, {unknown->name, frame.procedure});
     return arguments;
@@ -340,7 +340,7 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
                              const Frame& frame) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (!arguments[i] || !arguments[i]->output) continue;
-        const Variable& value = frame.variables.at(module.parameters[i].name);
+        const TypedValue& value = frame.variables.at(module.parameters[i].name);
         setVariable(std::get<VariableRef>(arguments[i]->value->node).name, viewOf(value.value), value.type);
     }
     if (!execute.resultVariable.empty())

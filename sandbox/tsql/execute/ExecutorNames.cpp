@@ -5,7 +5,7 @@ namespace tsql {
 
 // ---- variables
 
-Variable& Executor::local(std::string_view name) {
+TypedValue& Executor::local(std::string_view name) {
     const auto found = m_frames.back()->variables.find(name);
     if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
     return found->second;
@@ -63,9 +63,7 @@ Value Executor::variableValue(std::string_view name) {
 // ---- identities
 
 std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
-    const Value stored[] = {table.stored};
-    const auto last =
-        m_connection.number("SELECT seq FROM " + table.schema + ".sqlite_sequence WHERE name = ?1", stored);
+    const auto last = counter(table.schema, table.stored);
     return last ? std::optional(table.counted(*last)) : last;
 }
 
@@ -82,11 +80,8 @@ std::string Executor::databaseOf(const ObjectName& name) const {
 
 // The database of tempdb..#t is ignored.
 Catalogue Executor::catalogue(const ObjectName& name) {
-    if (name.name.starts_with('@')) return temporary();
-    if (name.name.starts_with('#')) {
-        if (name.name.starts_with("##")) throw unsupported("global temporary tables");
-        return temporary();
-    }
+    if (name.name.starts_with("##")) throw unsupported("global temporary tables");
+    if (isTemporaryName(name.name)) return temporary();
     const std::string database = databaseOf(name);
     return {m_connection, database, m_connection.attach(database)};
 }

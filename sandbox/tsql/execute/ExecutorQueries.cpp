@@ -103,12 +103,10 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     Translator translator(*this);
     const QueryText text = translator.query(query);
     const auto* select = std::get_if<Select>(&query.body);
-    const auto* from =
-        select && select->from.size() == 1 ? std::get_if<NamedTable>(&select->from.front()->node) : nullptr;
+    const TableRef* only = select && select->from.size() == 1 ? select->from.front().get() : nullptr;
+    const auto* from = only ? std::get_if<NamedTable>(&only->node) : nullptr;
     const bool once =
         std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
-    const bool isDerived = select && select->from.size() == 1 &&
-                           std::holds_alternative<DerivedTable>(select->from.front()->node);
     const auto source = from && once && !from->arguments ? findTable(from->name) : std::nullopt;
     CreateTable create{name, {}, {}};
     for (const auto& [column, alias, isNull, isNew] : text.columns) {
@@ -116,7 +114,7 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
         auto& added =
             create.columns.emplace_back(ColumnDefinition{column.name, column.type, column.nullable});
         added.identity = isNew;
-        if (column.identity && once && (from || isDerived))
+        if (column.identity && once && only && !std::holds_alternative<Join>(only->node))
             added.identity = source ? Identity{source->seed, source->increment} : Identity{};
         if (isNew) added.nullable = false;
     }
@@ -256,15 +254,13 @@ Flow Executor::run(const InsertBulk& bulk) {
     const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
         ColumnList given;
-        std::vector<SqlType> types;
-        std::vector<Value> values;
+        std::vector<TypedValue> values;
         for (std::size_t i = 0; i < cells.size(); ++i) {
             if (!bulk.keepsNulls && isNull(cells[i]) && !columns[i]->byDefault.empty()) continue;
             given.push_back(columns[i]);
-            types.push_back(sent[i].type);
-            values.push_back(ownedValue(cells[i]));
+            values.push_back({ownedValue(cells[i]), sent[i].type});
         }
-        insertRow(target, given, types, std::move(values));
+        insertRow(target, given, values);
         ++rows;
     };
     withIdentities(target, [&] {
@@ -358,30 +354,24 @@ void Executor::keepIdentities() {
 
 // The caller has announced the change.
 void Executor::insertRow(const TableInfo& target, const ColumnList& columns,
-                         const std::vector<SqlType>& types, std::vector<Value> cells) {
+                         const std::vector<TypedValue>& cells) {
     Translator translator(*this);
-    const std::string sql = translator.insertParameters(target, columns, types);
+    const std::string sql = translator.insertParameters(target, columns, cells);
     m_change.newRows = translator.newRows();
-    m_change.values = std::move(cells);
+    m_change.values.clear();
+    for (const auto& cell : cells) m_change.values.push_back(cell.value);
     m_connection.run(sql, m_change.values);
 }
 
 void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
                             const std::function<void()>& work) {
-    struct CollectedRow {
-        std::vector<Value> cells;
-        std::vector<SqlType> types;
-    };
-    std::vector<CollectedRow> collected;  // `work` may read the target table
-    bool misfits = false;                 // a row has another number of columns
+    std::vector<std::vector<TypedValue>> collected;  // `work` may read the target table
+    bool misfits = false;                            // a row has another number of columns
     const auto collect = [&](std::span<const Column> types, std::span<const CellView> cells) {
         misfits = misfits || cells.size() != columns.size();
         if (misfits) return;
-        CollectedRow& row = collected.emplace_back();
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            row.cells.push_back(ownedValue(cells[i]));
-            row.types.push_back(types[i].type);
-        }
+        auto& row = collected.emplace_back();
+        for (std::size_t i = 0; i < cells.size(); ++i) row.push_back({ownedValue(cells[i]), types[i].type});
     };
     if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
     {
@@ -390,7 +380,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
     }
     if (misfits) throw sqlError(message::kColumnCountMismatch);
     insertAll(target, [&] {
-        for (auto& row : collected) insertRow(target, columns, row.types, std::move(row.cells));
+        for (const auto& row : collected) insertRow(target, columns, row);
         return std::ssize(collected);
     });
 }
@@ -459,7 +449,7 @@ Flow Executor::run(const Delete& statement) {
 }
 
 // TRUNCATE TABLE restarts the identity.
-Flow Executor::run(const Truncate& truncate) {
+void Executor::run(const Truncate& truncate) {
     claim(truncate.table);
     const TableInfo target = table(truncate.table, message::kTruncatedTableNotFound);
     for (const auto& key : catalogue(truncate.table).keysTo(target.id))
@@ -468,7 +458,6 @@ Flow Executor::run(const Truncate& truncate) {
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);
-    return finished();
 }
 
 }  // namespace tsql

@@ -3,7 +3,7 @@
 
 namespace tsql {
 
-Flow Executor::run(const CreateSchema& create) {
+void Executor::run(const CreateSchema& create) {
     if (!create.owner.empty() && !sameWord(create.owner, "dbo"))
         throw sqlError(message::kSecurableNotFound, {"find", "user", create.owner});
     define({}, [&](Catalogue& owner) {
@@ -13,7 +13,6 @@ Flow Executor::run(const CreateSchema& create) {
         ObjectInfo schema{0, create.name, std::string(objectType::kSchema)};
         owner.save(schema);
     });
-    return finished();
 }
 
 void Executor::dropSchema(const std::string& name, bool ifExists) {
@@ -29,7 +28,7 @@ void Executor::dropSchema(const std::string& name, bool ifExists) {
 }
 
 // A module keeps its text, which has its old name.
-Flow Executor::run(const TransferObject& transfer) {
+void Executor::run(const TransferObject& transfer) {
     define({}, [&](Catalogue& owner) {
         const auto schema = owner.schemaNamed(transfer.schema);
         if (!schema || schema->isOfSystem)
@@ -58,7 +57,6 @@ Flow Executor::run(const TransferObject& transfer) {
             if (key.type != objectType::kIndex) move(key);
         for (auto& trigger : owner.triggersOf(moved->id)) move(trigger);
     });
-    return finished();
 }
 
 }  // namespace tsql

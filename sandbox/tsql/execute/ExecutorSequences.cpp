@@ -40,13 +40,12 @@ void Executor::setCounter(const std::string& schema, const std::string& name, st
     m_givenIdentities.erase({schema, name});
 }
 
-std::int64_t Executor::counter(const Catalogue& owner, std::int64_t sequence) {
-    const Value name[] = {counterOf(sequence)};
-    return *m_connection.number("SELECT seq FROM " + owner.schema() + ".sqlite_sequence WHERE name = ?1",
-                                name);
+std::optional<std::int64_t> Executor::counter(const std::string& schema, const std::string& name) {
+    const Value values[] = {name};
+    return m_connection.number("SELECT seq FROM " + schema + ".sqlite_sequence WHERE name = ?1", values);
 }
 
-Flow Executor::run(const DefineSequence& statement) {
+void Executor::run(const DefineSequence& statement) {
     const ObjectName& name = statement.name;
     const bool alters = statement.alter;
     const auto has = [&](std::string_view option) { return statement.options.contains(option); };
@@ -78,7 +77,7 @@ Flow Executor::run(const DefineSequence& statement) {
         if (!existing) next.start = next.increment > 0 ? next.least : next.most;
         set(existing ? "RESTART WITH" : "START WITH", next.start);
         const bool restarts = !existing || has("RESTART") || has("RESTART WITH");
-        const std::int64_t given = restarts ? 0 : counter(owner, stored.id);
+        const std::int64_t given = restarts ? 0 : *counter(owner.schema(), counterOf(stored.id));
         next.base = restarts ? next.start : given > 0 ? *before.value(given - 1) : before.base;
         requireConsistent(next, name.name, restarts);
         stored.stored = next.text();
@@ -86,7 +85,6 @@ Flow Executor::run(const DefineSequence& statement) {
         if (!existing) owner.saveColumns(stored.id, {{"", type}});
         setCounter(owner.schema(), counterOf(stored.id), given > 0);
     });
-    return finished();
 }
 
 Typed Executor::nextValue(const ObjectName& name) {
@@ -105,7 +103,7 @@ Typed Executor::nextValue(const ObjectName& name) {
 Value Executor::nextValue(std::string_view database, std::int64_t id) {
     const Catalogue owner = catalogue({std::string(database), {}, {}});
     const auto stored = owner.findById(id);
-    const std::int64_t given = counter(owner, id);
+    const std::int64_t given = *counter(owner.schema(), counterOf(id));
     const auto value = Sequence::read(stored->stored).value(given);
     if (!value) throw sqlError(message::kSequenceExhausted, {stored->name});
     m_givenIdentities[{owner.schema(), counterOf(id)}] = given + 1;

@@ -120,7 +120,7 @@ void Executor::rollBackTo(const std::string& name) {
     if (!done) throw sqlError(message::kSavepointNotFound, {name});
 }
 
-Flow Executor::run(const Transaction& transaction) {
+void Executor::run(const Transaction& transaction) {
     const std::string name = transaction.variable.empty()
                                  ? transaction.name
                                  : evaluateText({m_line, VariableRef{transaction.variable}});
@@ -139,7 +139,6 @@ Flow Executor::run(const Transaction& transaction) {
     }
     if (verb == TransactionVerb::Commit) commit();
     if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
-    return finished();
 }
 
 }  // namespace tsql

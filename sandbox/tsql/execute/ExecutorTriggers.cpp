@@ -49,7 +49,7 @@ void Executor::bindTrigger(const Catalogue& owner, const CreateModule& trigger, 
                 throw sqlError(message::kSecondInsteadOfTrigger, {verb, object.name, table.name, event});
 }
 
-Flow Executor::run(const SwitchTriggers& node) {
+void Executor::run(const SwitchTriggers& node) {
     define(node.table, [&](Catalogue& owner) {
         const auto table = object(node.table);
         if (!table || table->type != objectType::kTable)
@@ -68,7 +68,6 @@ Flow Executor::run(const SwitchTriggers& node) {
             owner.save(trigger);
         }
     });
-    return finished();
 }
 
 // ---- firing

@@ -7,11 +7,6 @@
 
 namespace tsql {
 
-struct Variable {
-    SqlType type;
-    Value value;
-};
-
 // A cursor. DECLARE translates its query and evaluates the variables in it; OPEN reads its rows.
 struct Cursor {
     QueryText query;
@@ -48,11 +43,11 @@ struct Frame {
           database(module.database),
           schemaName(module.schemaName) {}
     void declare(const std::vector<Local>& locals) {
-        for (const auto& [name, type] : locals) variables[name] = {type, Null{}};
+        for (const auto& [name, type] : locals) variables[name] = {Null{}, type};
     }
     // Declares the parameters and variables of a module.
     void declare(const CreateModule& module) {
-        for (const auto& parameter : module.parameters) variables[parameter.name] = {parameter.type, Null{}};
+        for (const auto& parameter : module.parameters) variables[parameter.name] = {Null{}, parameter.type};
         declare(module.locals);
     }
 
@@ -60,7 +55,7 @@ struct Frame {
     std::int64_t procedureId = 0;  // @@PROCID
     std::string database;          // of unqualified names; empty: the session's
     std::string schemaName;        // of a module: unqualified names are first looked up in it
-    WordMap<Variable> variables;
+    WordMap<TypedValue> variables;
     Cursors cursors;                       // LOCAL cursors
     std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()
     WordMap<TableVariable> tables;

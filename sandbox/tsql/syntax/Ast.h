@@ -476,16 +476,13 @@ struct Backup {
     ExprPtr name, description;  // null if not given
     std::int64_t stats = 0;     // percent between progress messages, 0 for none
 };
-struct Move {
-    ExprPtr logicalName, path;
-};
 enum class RestoreKind { Database, FileList, Header, Verify };
 struct Restore {
     RestoreKind kind = RestoreKind::Database;
     ExprPtr database, file;
     bool replace = false;
     std::int64_t stats = 0;
-    std::vector<Move> moves;
+    std::vector<ExprPtr> moved;  // logical names of files
 };
 struct CheckDatabase {
     ExprPtr database;  // null: the current one

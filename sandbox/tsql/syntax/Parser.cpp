@@ -1,6 +1,6 @@
 #include "syntax/Parser.h"
 
-#include <charconv>
+#include <boost/lexical_cast/try_lexical_convert.hpp>
 
 namespace tsql {
 namespace {
@@ -88,13 +88,10 @@ bool Parser::accept(std::string_view phrase) {
 }
 
 std::int64_t Parser::expectInteger() {
-    const bool negative = accept("-");
-    const Token& token = peek();
+    const std::string sign = accept("-") ? "-" : "";
     std::int64_t number = 0;
-    const std::string digits = (negative ? "-" : "") + std::string(token.raw);
-    const auto* end = digits.data() + digits.size();
-    const auto parsed = std::from_chars(digits.data(), end, number);
-    if (token.kind != TokenKind::Number || parsed.ec != std::errc() || parsed.ptr != end) throwSyntaxError();
+    const bool fits = boost::conversion::try_lexical_convert(sign + std::string(peek().raw), number);
+    if (peek().kind != TokenKind::Number || !fits) throwSyntaxError();
     takeToken();
     return number;
 }

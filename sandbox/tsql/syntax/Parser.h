@@ -140,7 +140,6 @@ class Parser {
         bool isDeclared = false;
     };
     LabelUse& useOfLabel();
-    void noteTemporary(const Statement& statement);
     Declaration declaration(bool isParameter);
     bool atConstant() const;
     ExprPtr constant();

@@ -376,10 +376,8 @@ void moduleOptions(Parser& in) {
     if (in.accept("WITH")) in.list(option);
 }
 
-// AS query of a view, RETURN query of a function. It extends to the end of the batch.
+// The query of a view, RETURN query of a function. It extends to the end of the batch.
 void moduleQuery(Parser& in, CreateModule& module) {
-    moduleOptions(in);
-    if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     if (module.function) in.expect("RETURN");
     module.query =
         module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
@@ -399,8 +397,6 @@ void parameters(Parser& in, CreateModule& module) {
 
 // The body of a module extends to the end of the batch.
 void moduleBody(Parser& in, CreateModule& module) {
-    moduleOptions(in);
-    if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     if (module.function && !in.at("BEGIN")) in.throwSyntaxError();
     in.m_module = &module;
     module.body = in.statements("");
@@ -435,22 +431,20 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     if (!module.name.database.empty())
         throw SyntaxError(sqlError(message::kDatabaseInModuleName, {kind}), module.name.line);
     in.m_procedure = module.name.name;
-    if (kind == "VIEW") {
-        if (in.at("(")) module.columns = in.columnNames();
-        moduleQuery(in, module);
-        return module;
-    }
-    kind == "TRIGGER" ? triggerEvents(in, module) : parameters(in, module);
+    bool isQuery = kind == "VIEW";
+    if (!isQuery)
+        kind == "TRIGGER" ? triggerEvents(in, module) : parameters(in, module);
+    else if (in.at("("))
+        module.columns = in.columnNames();
     if (module.function) {
         in.expect("RETURNS");
         if (in.atVariable()) in.throwUnsupported("table-valued functions of several statements");
-        if (in.accept("TABLE")) {
-            moduleQuery(in, module);
-            return module;
-        }
-        module.returns = in.type(TypeUse::Declaration);
+        isQuery = in.accept("TABLE");
+        if (!isQuery) module.returns = in.type(TypeUse::Declaration);
     }
-    moduleBody(in, module);
+    moduleOptions(in);
+    if (!in.accept("AS") && !module.function) in.throwSyntaxError();
+    isQuery ? moduleQuery(in, module) : moduleBody(in, module);
     return module;
 }
 

@@ -121,8 +121,7 @@ ExprPtr xmlValue(Parser& in, QueryPtr query) {
     constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
     const int line = in.peek().line;
     if (!query->xml || !query->xml->typed) in.throwSyntaxError();
-    in.takeToken();
-    in.takeToken();
+    in.accept(". VALUE");
     in.expect("(");
     const std::string path = in.expectString();
     const bool whole = contains(kWhole, path);

@@ -6,10 +6,8 @@ namespace tsql {
 namespace {
 
 // Unsupported statements, by their first word.
-constexpr std::string_view kUnsupported[] = {
-    "MERGE",  "GRANT",    "REVOKE",      "DENY",    "KILL",       "BULK",      "SHUTDOWN",
-    "REVERT", "READTEXT", "RECONFIGURE", "SETUSER", "UPDATETEXT", "WRITETEXT",
-};
+constexpr std::string_view kUnsupported =
+    "MERGE GRANT REVOKE DENY KILL BULK SHUTDOWN REVERT READTEXT RECONFIGURE SETUSER UPDATETEXT WRITETEXT";
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
 // accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
@@ -158,9 +156,8 @@ Statement::Node ifElse(Parser& in) {
 
 Statement::Node whileLoop(Parser& in) {
     While node{in.condition(), nullptr};
-    ++in.m_loops;
+    const Temporarily inner(in.m_loops, in.m_loops + 1);
     node.body = in.statement();
-    --in.m_loops;
     return node;
 }
 
@@ -365,9 +362,9 @@ Statement::Node restore(Parser& in) {
     node.file = fileName(in);
     withOptions(in, "RESTORE", [&] {
         if (in.accept("MOVE")) {
-            Move& move = node.moves.emplace_back(Move{in.primary(), nullptr});
+            node.moved.push_back(in.primary());
             in.expect("TO");
-            move.path = in.primary();
+            in.primary();  // has no effect: the files of databases are in the data folder
             return true;
         }
         if (in.accept("FILE")) {
@@ -547,28 +544,24 @@ Block Parser::statements(std::string_view end) {
 StatementPtr Parser::statement() {
     const Temporarily deeper(m_depth, nextDepth());
     while (accept(";")) continue;
-    for (const auto word : kUnsupported) throwIfAt(word, word == "BULK" ? "BULK INSERT" : word);
-    const Token& first = peek();
-    const int line = first.line;
+    const int line = peek().line;
+    const std::string verb = toUpper(peek().raw);
+    if (hasWord(kUnsupported, verb)) throwUnsupported(verb == "BULK" ? "BULK INSERT" : verb);
     if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
         throw SyntaxError(
             sqlError(at("BREAK") ? message::kBreakOutsideWhile : message::kContinueOutsideWhile), line);
     const auto* read = acceptOneOf(kStatements);
     auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
-    if (m_module && m_module->function) checkInFunction(*statement, toUpper(first.raw));
+    if (m_module && m_module->function) checkInFunction(*statement, verb);
     accept(";");
-    noteTemporary(*statement);
-    return statement;
-}
-
-// A batch or module may create a temporary table only once, even if it drops the table in between or creates
-// it in separate branches.
-void Parser::noteTemporary(const Statement& statement) {
-    const auto* create = std::get_if<CreateTable>(&statement.node);
-    const auto* select = std::get_if<SelectStatement>(&statement.node);
+    // A batch or module may create a temporary table only once, even if it drops the table in between or
+    // creates it in separate branches.
+    const auto* create = std::get_if<CreateTable>(&statement->node);
+    const auto* select = std::get_if<SelectStatement>(&statement->node);
     const ObjectName* made = create ? &create->table : select && select->into ? &*select->into : nullptr;
     if (made && made->name.starts_with('#') && !m_temporary.insert(made->name).second)
         throw SyntaxError(sqlError(message::kObjectExists, {made->name}, 1), faulty().line);
+    return statement;
 }
 
 // @name [AS] type [= value] of a variable or parameter.

@@ -102,9 +102,9 @@ class Translator {
     // Rows of a query with as many columns.
     std::string insertSelected(const TableInfo& target, const ColumnList& columns, const QueryText& text,
                                const ExprPtr& top = nullptr);
-    // For one row: values of the given types, bound as ?1, ?2 ...
+    // For one row: values of the types of `row`, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
-                                 const std::vector<SqlType>& types);
+                                 const std::vector<TypedValue>& row);
     // Makes the common table expressions of a change known. To be called before the change is translated.
     void useCommonTables(const Change& change, const ObjectName& target);
     // record: temporary table with the changed rows, for OUTPUT.

@@ -112,9 +112,9 @@ std::string Translator::insertSelected(const TableInfo& target, const ColumnList
 }
 
 std::string Translator::insertParameters(const TableInfo& target, const ColumnList& columns,
-                                         const std::vector<SqlType>& types) {
+                                         const std::vector<TypedValue>& row) {
     std::vector<Typed> cells;
-    for (const SqlType& type : types) cells.push_back({"?" + std::to_string(cells.size() + 1), type});
+    for (const auto& each : row) cells.push_back({"?" + std::to_string(cells.size() + 1), each.type});
     const ColumnList all = filledColumns(target, columns);
     return insertText(target, all, "VALUES (" + rowText(target, all, cells) + ")");
 }
@@ -210,7 +210,7 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
     const bool simple = update.from.empty() && !update.top && m_names.mostRows() == 0 && !target.isShadow;
     std::string picked, sets, moved, away, kept;
-    std::set<const TableColumn*> seen;
+    std::map<const TableColumn*, std::string> given;  // names of the values
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
         const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
@@ -221,9 +221,9 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         if (!column) throw sqlError(message::kInvalidColumnName, {clause.column});
         if (column->identity) throw sqlError(message::kIdentityUpdate, {column->name});
         if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
-        if (!seen.insert(column).second) throw sqlError(message::kColumnSetTwice, {column->name});
+        const std::string alias = "v" + std::to_string(given.size());
+        if (!given.emplace(column, alias).second) throw sqlError(message::kColumnSetTwice, {column->name});
         const std::string cell = assigned(setValue(rowid, clause, *column), target, *column);
-        const std::string alias = "v" + std::to_string(&clause - update.sets.data());
         picked.append(", ").append(cell).append(" AS ").append(alias);
         const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
         sets.append(set).append(simple ? cell : "picked." + alias);
@@ -238,12 +238,9 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
-        const auto set = std::ranges::find_if(
-            update.sets, [&](const SetClause& clause) { return sameText(clause.column, column.name); });
-        kept += ", " +
-                (set == update.sets.end() ? "present." + quotedName(column.name)
-                                          : "given.v" + std::to_string(set - update.sets.begin())) +
-                " AS " + quotedName(column.name);
+        const auto value = given.find(&column);
+        const std::string name = quotedName(column.name);
+        kept += ", " + (value == given.end() ? "present." + name : "given." + value->second) + " AS " + name;
     }
     m_newRows = "given AS (" + rows + "), incoming AS (SELECT given.id AS ts_row" + kept +
                 " FROM given JOIN " + target.sqlName() + " AS present ON present._rowid_ = given.id)";

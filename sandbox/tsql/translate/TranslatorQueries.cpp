@@ -257,24 +257,23 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
     std::string sql;
     std::set<std::string> columns;
     for (const auto& item : items) {
+        const auto& node = item.value->node;
+        const bool isLiteral = std::holds_alternative<Literal>(node);
         std::string key;
         auto position = outputPosition(*item.value, text);
         if (firstOfSet && !position) position = positionInList(*item.value, *firstOfSet);
         if (position)
             key = collated({std::to_string(*position + 1), text.columns[*position].column.type});
-        else if (std::holds_alternative<Literal>(item.value->node))
-            throw sqlError(message::kConstantInOrderBy, {std::to_string(&item - items.data() + 1)});
-        else if (std::holds_alternative<VariableRef>(item.value->node))
-            throw sqlError(message::kVariableInOrderBy, {std::to_string(&item - items.data() + 1)});
+        else if (isLiteral || std::holds_alternative<VariableRef>(node))
+            throw sqlError(isLiteral ? message::kConstantInOrderBy : message::kVariableInOrderBy,
+                           {std::to_string(&item - items.data() + 1)});
         else if (firstOfSet)
             throw sqlError(message::kOrderByItemNotInSetOperation);
         else {
             const Typed typed = value(*item.value);
             key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text) : comparable(typed);
         }
-        const auto& node = item.value->node;
-        const bool isColumn =
-            std::holds_alternative<ColumnRef>(node) || std::holds_alternative<Literal>(node);
+        const bool isColumn = isLiteral || std::holds_alternative<ColumnRef>(node);
         if (isColumn && !columns.insert(key).second) throw sqlError(message::kRepeatedOrderByColumn);
         sql += (sql.empty() ? " ORDER BY " : ", ") + key + (item.descending ? " DESC" : "");
     }
