@@ -23,6 +23,8 @@ namespace {
 constexpr std::chrono::seconds kTimeToClose{5};  // of a request that begins after the first signal
 constexpr std::chrono::seconds kTimeToEnd{5};    // after the second signal
 constexpr std::chrono::seconds kLongestEnd{60};  // after the first signal
+// Ends the wait of the watcher, whose thread blocks it: a blocked signal arrives even if it is ignored.
+constexpr int kWakeUp = SIGINT;
 
 template <std::size_t size>
 [[noreturn]] void endWithNote(const char (&note)[size], ExitCode code) {
@@ -89,14 +91,22 @@ void endWhenDriverFails() {
 }
 
 InterruptGuard::InterruptGuard(std::chrono::seconds timeout) : m_timeout(timeout) {
-    const sigset_t set = interruptions();
+    sigset_t set = interruptions();
+    sigaddset(&set, kWakeUp);
     pthread_sigmask(SIG_BLOCK, &set, &m_before);
     m_watcher = std::thread(&InterruptGuard::watch, this, gettid());
+    // Where it is ignored, it stays so for the other threads.
+    set = interruptions();
+    if (!sigismember(&set, kWakeUp) && !sigismember(&m_before, kWakeUp)) {
+        sigemptyset(&set);
+        sigaddset(&set, kWakeUp);
+        pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    }
 }
 
 InterruptGuard::~InterruptGuard() {
     m_ending = true;
-    pthread_kill(m_watcher.native_handle(), SIGINT);
+    pthread_kill(m_watcher.native_handle(), kWakeUp);
     m_watcher.join();
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
 }
@@ -104,9 +114,12 @@ InterruptGuard::~InterruptGuard() {
 // After a signal the waits are ended repeatedly: another child or request may be about to start.
 void InterruptGuard::watch(pid_t parentThread) {
     const sigset_t set = interruptions();
+    sigset_t awaited = set;
+    sigaddset(&awaited, kWakeUp);
     const timespec pause{0, 100'000'000};
     while (!m_ending) {
-        const int signal = sigtimedwait(&set, nullptr, &pause);
+        const int arrived = sigtimedwait(&awaited, nullptr, &pause);
+        const int signal = arrived > 0 && sigismember(&set, arrived) ? arrived : 0;
         if (m_ending) break;
         const auto now = Clock::now();
         if (signal > 0 && m_interrupted && !m_second) m_second = now;
