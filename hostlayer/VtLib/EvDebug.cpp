@@ -130,12 +130,13 @@ __attribute__((format(printf, 2, 0))) Formatted formatEntry(std::string_view pre
     return result;
 }
 
+// False for line breaks and control characters; a tab is harmless.
 bool isKeptInEntry(char character) {
     const auto code = static_cast<unsigned char>(character);
     return character == '\t' || (code >= 0x20 && code != 0x7F);
 }
 
-// What stands in the log for a character that is not kept.
+// Returns a line break with an indentation, or \xNN for a control character.
 std::string replacement(char character) {
     if (character == '\n') return "\n    ";
     constexpr const char* kDigits = "0123456789ABCDEF";
