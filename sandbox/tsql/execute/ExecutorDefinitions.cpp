@@ -139,6 +139,8 @@ TableInfo Executor::createTable(const CreateTable& create) {
         setIdentity(table, definition);
         table.columns.push_back(columnOf(definition, create));
     }
+    if (std::ranges::none_of(table.columns, &std::string::empty, &TableColumn::computed))
+        throw unsupported("a table of computed columns only");
     for (auto& column : table.columns)
         if (!column.computed.empty()) column.type = computed(table, column).type;
     const auto constraints = allConstraints(create);
@@ -506,6 +508,10 @@ void Executor::run(const AlterTable& alter) {
             if (alter.ifExists && !target.column(name)) continue;
             refuseDependents(target, name, "DROP", owner.keysOf(target.id));
             if (target.column(name)->identity) throw unsupported("ALTER TABLE DROP of an identity");
+            const auto columns = owner.columns(target.id);
+            if (target.column(name)->computed.empty() &&
+                std::ranges::count(columns, std::string(), &TableColumn::computed) == 1)
+                throw sqlError(message::kOnlyDataColumn, {target.column(name)->name, target.name});
             m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
             owner.removeColumns(target.id, name);
         }

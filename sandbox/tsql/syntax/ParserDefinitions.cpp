@@ -226,7 +226,7 @@ ColumnDefinition columnDefinition(Parser& in) {
         in.scalar(&Parser::expression);
         column.computed = in.textSince(begin);
         column.persisted = in.accept("PERSISTED");
-        while (option()) continue;
+        while (!in.at("IDENTITY") && !in.at("DEFAULT") && option()) continue;
         return column;
     }
     const std::size_t typeName = in.at(".", 1) ? 2 : 0;  // behind a schema

@@ -100,3 +100,9 @@ SELECT b FROM Zero
 --> Msg 8134, Level 16, State 1, Line 2: Divide by zero error encountered. (3621)
 --> a int? (0 rows)
 --> b int? (0 rows)
+-- a table keeps a column that is not computed, and a computed column is no identity
+CREATE TABLE only_computed (a AS 1) --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support a table of computed columns only.
+CREATE TABLE last_data (a int, b int, c AS 1)
+ALTER TABLE last_data DROP COLUMN a, b --> Msg 4923, Level 16, State 1, Line 2: ALTER TABLE DROP COLUMN failed because 'b' is the only data column in table 'last_data'. A table must have at least one data column.
+SELECT * FROM last_data --> a int? | b int? | c int? (0 rows)
+CREATE TABLE computed_identity (a int, b AS 1 IDENTITY) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'IDENTITY'.
