@@ -241,6 +241,9 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (failure.code == SQLITE_BUSY_SNAPSHOT)
         return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return sqlError(message::kLockTimeout);
+    if (code == SQLITE_FULL && m_change.verb == "INSERT" && m_change.target.identityColumn() &&
+        lastIdentity(m_change.target) == std::numeric_limits<std::int64_t>::max())
+        return sqlError(message::kArithmeticOverflow, {"IDENTITY", "bigint"}, 1);
     if (code == SQLITE_FULL) return sqlError(message::kDiskFull);
     if (code == SQLITE_NOMEM) return sqlError(message::kInsufficientMemory);
     if (text.find("too large (maximum depth") != std::string::npos ||

@@ -276,10 +276,13 @@ CheckText Executor::computed(const TableInfo& table, const TableColumn& column) 
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
     std::string body = commaList(table.columns, [&](const TableColumn& column) {
         std::string text = quotedName(column.name) + " ";
-        if (column.identity)
-            text += table.increment == 1 ? "INTEGER PRIMARY KEY AUTOINCREMENT" : "INTEGER PRIMARY KEY";
-        else
+        if (!column.identity)
             text.append(storageClass(column.type)).append(column.nullable ? "" : " NOT NULL");
+        else if (table.increment != 1)
+            text += "INTEGER PRIMARY KEY";
+        else
+            text += "INTEGER PRIMARY KEY AUTOINCREMENT CHECK (" +
+                    emitIdentity(quotedName(column.name), column.type).sql + " IS NOT NULL)";
         return text + (column.computed.empty() ? "" : " AS (" + computed(table, column).sql + ")");
     });
     for (const auto& key : catalogue.keysOf(table.id)) {
@@ -405,7 +408,8 @@ void Executor::renumber(Catalogue& catalogue, const TableInfo& table) {
         "AS ts_n FROM " +
         table.sqlName() + ") " + update + "(1 << 62) + ts_n - 1 FROM found WHERE _rowid_ = ts_id");
     const Value numbers[] = {table.seed, table.increment};
-    m_connection.run(update + "?1 + ?2 * (_rowid_ - (1 << 62))", numbers);
+    const SqlType& type = table.identityColumn()->type;
+    m_connection.run(update + emitIdentity("?1 + ?2 * (_rowid_ - (1 << 62))", type).sql, numbers);
     startIdentity(table);
     noteHighest(table);
 }

@@ -235,6 +235,10 @@ Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, 
             to};
 }
 
+Typed emitIdentity(const std::string& number, const SqlType& type) {
+    return {"ts_identity(" + number + "," + code(type) + ")", type};
+}
+
 SqlType commonType(std::span<const Typed> pieces) {
     std::optional<SqlType> type;
     for (const Typed& piece : pieces) {

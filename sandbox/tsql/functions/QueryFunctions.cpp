@@ -176,13 +176,16 @@ const ScalarFunction kQueryTable[] = {
     {"ts_next_value",  // (database, id of a sequence)
      [](const SqlCall& call) { return call.context().session().nextValue(call.text(0), call.integer(1)); },
      kReach, Purity::Varying},
-    {"ts_next_identity",  // (schema, table, increment, type)
-     [](const SqlCall& call) {
-         const auto next = call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
-         if (fits(next, call.type(3))) return Value(next);
-         throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(3).id)}, 1);
+    {"ts_next_identity",  // (schema, table, increment)
+     [](const SqlCall& call) -> Value {
+         return call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
      },
      kReach, Purity::Varying},
+    {"ts_identity",  // (number, type of the column)
+     [](const SqlCall& call) -> Value {
+         if (fits(call.integer(0), call.type(1))) return call.integer(0);
+         throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(1).id)}, 1);
+     }},
     {"ts_sequence_value",  // (its text, number of values given)
      [](const SqlCall& call) {
          const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));

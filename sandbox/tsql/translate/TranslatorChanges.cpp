@@ -26,9 +26,9 @@ const ObjectName& Translator::targetName(const ObjectName& name, const std::vect
 
 Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) {
     if (column.identity)
-        return {"ts_next_identity(" + quotedText(target.schema) + ", " + quotedText(target.stored) + ", " +
-                    std::to_string(target.increment) + ", " + std::to_string(encodeType(column.type)) + ")",
-                column.type};
+        return emitIdentity("ts_next_identity(" + quotedText(target.schema) + ", " +
+                                quotedText(target.stored) + ", " + std::to_string(target.increment) + ")",
+                            column.type);
     if (column.byDefault.empty()) return nullLiteral();
     return value(*parseExpression(column.byDefault));
 }
