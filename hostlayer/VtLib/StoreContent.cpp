@@ -94,21 +94,38 @@ class DocumentReader {
 
 constexpr int kMostLevels = 100;
 
+// Length of the string or the comment at the beginning of `text`, 0 if there is none. Those that are not
+// closed end with their line, strings in three quotation marks with the text.
+std::size_t lengthOfStringOrComment(std::string_view text) {
+    const char first = text.front();
+    if (first == '#') return std::min(text.find('\n'), text.size());
+    if (first != '"' && first != '\'') return 0;
+    const bool isLong = text.starts_with(std::string(3, first));
+    const std::string mark(isLong ? 3 : 1, first);
+    for (std::size_t i = mark.size(); i < text.size(); ++i) {
+        if (!isLong && text[i] == '\n') return i;
+        // A long string may itself end in quotation marks: the last three of a row close it.
+        if (text.substr(i).starts_with(mark))
+            return isLong ? std::min(text.find_first_not_of(first, i), text.size()) : i + 1;
+        if (text[i] == '\\' && first == '"') ++i;
+    }
+    return text.size();
+}
+
 // Line in which a key has too many levels ("a.b.c"), or 0. The parser would recurse into each of them.
 int lineOfDeepKey(std::string_view text) {
-    int line = 1;
-    int levels = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        const bool beginsLine = i == 0 || text[i - 1] == '\n';
-        if (c == '\n') ++line;
-        if (c == '#' && beginsLine) {
-            i = std::min(text.find('\n', i), text.size()) - 1;
+    constexpr std::string_view kBetweenLevels = "_- \t";
+    std::size_t levels = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        if (const std::size_t length = lengthOfStringOrComment(text.substr(at)); length > 0) {
+            at += length;
             continue;
         }
+        const char c = text[at++];
         const bool continuesKey = std::isalnum(static_cast<unsigned char>(c)) != 0 ||
-                                  std::string_view("_-\"' \t").find(c) != std::string_view::npos;
-        if (c == '.' && ++levels > kMostLevels) return line;
+                                  kBetweenLevels.find(c) != std::string_view::npos;
+        if (c == '.' && ++levels > kMostLevels)
+            return 1 + static_cast<int>(std::ranges::count(text.substr(0, at), '\n'));
         if (c != '.' && !continuesKey) levels = 0;
     }
     return 0;
