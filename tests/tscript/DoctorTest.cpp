@@ -1,5 +1,5 @@
 // What `tscript doctor` finds.
-#include "Installation.h"
+#include "Faults.h"
 
 namespace {
 
@@ -109,6 +109,126 @@ TEST_F(Installation, DoctorReportsItsFindings) {
                {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
                {json, 4, "\"exitCode\": 4", ""}});
     EXPECT_EQ(run(json).output.find(password.substr(0, password.size() - 1)), std::string::npos);
+}
+
+// Objects of NQ2 are dropped by a script that runs in Dorvas.
+TEST_F(Faults, DoctorFindsMissingObjectsOfADatabase) {
+    pack(
+        "Break",
+        "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nUSE nq2\nGO\n"
+        "DROP FUNCTION dbo.GetDateTime\nDROP PROCEDURE VT_GetSpParams\nDROP TABLE ZpTscriptExec\n"
+        "INSERT ZpTscripts VALUES (2, 'tsLost', 0, GETDATE(), '')\nALTER TABLE ZpTscripts ADD more int NULL\n"
+        "DELETE NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'\n");
+    ASSERT_EQ(run({"run", "Break"}).exitCode, 0);
+    const std::string found = run({"doctor"}).output;
+    for (const char* finding :
+         {"dbo.GetDateTime (call): Msg 4121", "ZpTscripts (insert): Msg 213", "ZpTscriptExec (read): Msg 208",
+          "VT_GetSpParams (call): Msg 2812", "NQSetting (read NQ2_DATABASE_ID): the row is missing",
+          "the catalogue lists tsLost, but the stored procedure is missing"})
+        EXPECT_NE(found.find(std::string("FAILED   NQ2 schema: ") + finding), std::string::npos) << found;
+    EXPECT_NE(found.find("ok       Dorvas schema: "), std::string::npos) << found;
+}
+
+// A tool that starts, but does not do what a run needs.
+TEST_F(Faults, DoctorRunsTheQueryTool) {
+    const auto rows = [this] { return run({"catalogue"}).output + run({"journal"}).output; };
+    const std::string before = rows();
+    expectAll({{{"doctor"}, 0, "ok       NQ2 query tool: ", ""}});
+    EXPECT_EQ(rows(), before);
+    pack("Lose", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDROP DATABASE nq2\n");
+    ASSERT_EQ(run({"run", "Lose"}).exitCode, 0);
+    expectAll({{{"doctor"}, 5, "-> Create or restore the database", ""}});
+
+    const fs::path tool = m_temp / "sqlcmd";
+    support::writeFile(tool, "");
+    fs::permissions(tool, fs::perms(0700));
+    const std::string path = run({"config", "get", "host.programs.sqlcmd"}).output;
+    replaceInFile(store(), path.substr(0, path.find('\n')), tool);
+    const struct {
+        const char* tool;
+        const char* finding;
+    } faults[] = {
+        {"exit 0", "succeeds without the statement's result; its output is empty"},
+        {"exit 1", "fails on a statement"},
+        {"echo Login failed", "succeeds without"},
+        {"test \"$1\" = -?", "fails on a statement"},
+    };
+    for (const auto& fault : faults) {
+        support::writeFile(tool, std::string("#!/bin/sh\n") + fault.tool + "\n");
+        expectAll({{{"doctor"},
+                    3,
+                    std::string("FAILED   Dorvas query tool: ") + tool.string() + " " + fault.finding,
+                    ""}});
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    }
+    // Another program that succeeds is not believed; a tool that writes an empty output is.
+    support::writeFile(tool, "#!/bin/sh\nexit 0\n");
+    const std::string silent = tool.string() + " ended with exit code 0, but wrote no output";
+    expectAll({{{"run", "SiteInventory"}, 3, "", silent},
+               {{"exec", "tsEventSummary", "--json"}, 3, "\"exitCode\": 3", silent},
+               {{"db", "backup", "dorvas", folder / "backups" / "x.bak"}, 3, "", silent}});
+    support::writeFile(tool, "#!/bin/sh\nwhile [ \"$1\" != -o ]; do shift; done\n: >\"$2\"\n");
+    support::writeFile(folder / "Scripts" / "Empty.sql", "");
+    expectAll({{{"run", "SiteInventory"}, 0, "Succeeded", ""},
+               {{"run", "Empty"}, 3, "", "The package has no record."}});
+}
+
+TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
+    struct Fault {
+        std::string command;
+        const char* finding;
+    };
+    std::vector<Fault> faults = {
+        {"ulimit -f 64", "FAILED   temporary folder: "},  // no file of 64 KiB, as on a full disk
+        {"ulimit -n 40", "FAILED   file descriptors: "},
+        {"export TMPDIR=/nowhere", "FAILED   TMPDIR: /nowhere: No such file"},
+        {"chmod o+w " + inQuotes(folder / "Scripts"), "FAILED   package folder mode: every user"},
+    };
+    if (geteuid() == 0)
+        faults.push_back({"chown 12345 " + inQuotes(folder / "logs"), "FAILED   log folder owner: "});
+    for (const auto& fault : faults) {
+        const ProgramResult result = runAfter(fault.command, {"doctor"});
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_NE(result.output.find(fault.finding), std::string::npos) << result.output << result.errors;
+        EXPECT_TRUE(fs::is_empty(folder / "temp"));
+    }
+}
+
+TEST_F(Faults, DoctorOpensEveryPackageAndNamesOddComponents) {
+    const std::string end = "\n#START_SCRIPT#\nPRINT 'x'\n";
+    pack("OtherSite", "#START_OPTIONS#\nDatabase Name:Dorvas\nPlexum ID:27" + end);
+    pack("OtherGuid", "#START_OPTIONS#\nDatabase Name:NQ2\nGUID:00000000-0000-0000-0000-000000000000" + end);
+    pack("NoComponent", "#START_OPTIONS#\nDatabase Name:VTCloud" + end);
+    const fs::path scripts = folder / "Scripts";
+    const std::string whole = support::readFile(scripts / "PurgeEvents.sql");
+    support::writeFile(scripts / "Cut.sql", whole.substr(0, whole.size() / 2));
+    support::writeFile(scripts / "Empty.sql", "");
+    support::writeFile(scripts / "Plain.sql", "SELECT 1\n");
+    fs::create_directory(scripts / "Folder.sql");
+    const std::string found = run({"doctor"}).output;
+    for (const char* finding :
+         {"OtherSite: is made for site 27; this is site 26", "OtherGuid: is made for the NQ2 database 0000",
+          "NoComponent: is made for VTCloud, whose component", "Cut: line ", "Empty: is empty",
+          "Plain: line 1: ", "Folder: "})
+        EXPECT_NE(found.find(std::string("FAILED   package ") + finding), std::string::npos) << found;
+    EXPECT_NE(found.find("ok       packages: 5 "), std::string::npos) << found;
+
+    replaceInFile(store(), "= \"127.0.0.1,", "= \"127.0.0.1, ");
+    replaceInFile(store(), "nPLATTYPE      = 1", "nPLATTYPE      = 5");
+    expectAll({{{"doctor"}, 3, "FAILED   Dorvas server: Database.sINSTANCE", ""}});
+    replaceInFile(store(), "nPLATTYPE      = 5", "nPLATTYPE      = 8");
+    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = \"soon\"");
+    replaceInFile(store(), "nSQLAuthType     = 0", "nSQLAuthType     = 7");
+    expectAll({{{"doctor"}, 3, "FAILED   store value: host.loginTimeout is 'soon', not a number", ""},
+               {{"doctor"}, 3, "FAILED   store value: Database.nSQLAuthType is '7'", ""}});
+    replaceInFile(store(), "\"Installed\"", "\"installed\"");
+    expectAll({{{"doctor"}, 3, "FAILED   platform type: Base.nPLATTYPE is 8", ""},
+               {{"doctor"}, 3, "FAILED   component of NQ2: ", ""}});
+
+    fs::remove_all(scripts);
+    fs::create_directory(scripts);
+    for (const char* name : {"One.sql", "Two.sql"}) support::writeFile(scripts / name, "SELECT 1\n");
+    expectAll({{{"doctor"}, 3, "FAILED   packages: none of 2 can be decrypted", ""}});
 }
 
 }  // namespace
