@@ -1,4 +1,4 @@
-#include "CommandLine.h"
+#include "process/CommandLine.h"
 
 namespace hostlayer {
 

@@ -8,12 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "Base64.h"
-#include "CipherKey.h"
 #include "EvDebug.h"
 #include "HostSetup.h"
-#include "Nonces.h"
 #include "VtCauses.h"
+#include "cipher/Base64.h"
+#include "cipher/CipherKey.h"
+#include "cipher/Nonces.h"
 
 // Format of a record:
 //

@@ -1,4 +1,4 @@
-#include "StoreEdit.h"
+#include "store/StoreEdit.h"
 
 #include <toml++/toml.h>
 

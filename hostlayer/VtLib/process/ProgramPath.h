@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Store.h"
+#include "store/Store.h"
 
 namespace hostlayer {
 

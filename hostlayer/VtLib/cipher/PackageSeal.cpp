@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "Base64.h"
-#include "CipherKey.h"
 #include "HostSettings.h"
 #include "HostSetup.h"
+#include "cipher/Base64.h"
+#include "cipher/CipherKey.h"
 
 namespace hostlayer {
 namespace {

@@ -1,4 +1,4 @@
-#include "Nonces.h"
+#include "cipher/Nonces.h"
 
 #include <sodium.h>
 #include <sys/mman.h>

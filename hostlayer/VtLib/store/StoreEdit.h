@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "StoreContent.h"
+#include "store/StoreContent.h"
 
 namespace hostlayer {
 

@@ -1,4 +1,4 @@
-#include "ProgramPath.h"
+#include "process/ProgramPath.h"
 
 #include <unistd.h>
 

@@ -11,14 +11,14 @@
 #include <utility>
 #include <vector>
 
-#include "ChildProcess.h"
-#include "CommandLine.h"
 #include "HostSettings.h"
 #include "ProcessStart.h"
-#include "ProgramPath.h"
-#include "Store.h"
-#include "StrictQueryTool.h"
 #include "VtCauses.h"
+#include "process/ChildProcess.h"
+#include "process/CommandLine.h"
+#include "process/ProgramPath.h"
+#include "process/StrictQueryTool.h"
+#include "store/Store.h"
 
 // No error text quotes a command line: it may hold a password.
 

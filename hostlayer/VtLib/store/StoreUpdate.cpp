@@ -11,10 +11,10 @@
 #include <cstring>
 #include <thread>
 
-#include "FileAccess.h"
 #include "HostSetup.h"
-#include "Store.h"
-#include "StoreEdit.h"
+#include "files/FileAccess.h"
+#include "store/Store.h"
+#include "store/StoreEdit.h"
 
 namespace hostlayer {
 namespace {

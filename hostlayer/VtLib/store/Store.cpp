@@ -1,4 +1,4 @@
-#include "Store.h"
+#include "store/Store.h"
 
 #include <sys/stat.h>
 
@@ -8,7 +8,7 @@
 #include <shared_mutex>
 
 #include "EvDebug.h"
-#include "FileAccess.h"
+#include "files/FileAccess.h"
 
 namespace hostlayer {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "StoreContent.h"
+#include "store/StoreContent.h"
 
 namespace hostlayer {
 

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "Descriptor.h"
+#include "files/Descriptor.h"
 
 namespace hostlayer {
 

@@ -17,11 +17,11 @@
 #include <string_view>
 #include <vector>
 
-#include "Descriptor.h"
 #include "HostSettings.h"
-#include "Store.h"
 #include "VTPI.h"
 #include "VTPlatformInfo.h"
+#include "files/Descriptor.h"
+#include "store/Store.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Descriptor.h"
+#include "files/Descriptor.h"
 
 namespace hostlayer {
 

@@ -3,9 +3,9 @@
 #include <charconv>
 #include <string_view>
 
-#include "Store.h"
 #include "VTPI.h"
 #include "VtCauses.h"
+#include "store/Store.h"
 
 namespace {
 

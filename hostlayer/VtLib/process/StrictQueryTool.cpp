@@ -1,4 +1,4 @@
-#include "StrictQueryTool.h"
+#include "process/StrictQueryTool.h"
 
 #include <string.h>
 

@@ -1,6 +1,6 @@
 #include "HostSettings.h"
 
-#include "Store.h"
+#include "store/Store.h"
 
 namespace hostlayer {
 

@@ -1,4 +1,4 @@
-#include "StoreContent.h"
+#include "store/StoreContent.h"
 
 #include <toml++/toml.h>
 
