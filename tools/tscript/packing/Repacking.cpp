@@ -1,4 +1,4 @@
-#include "package/Repacking.h"
+#include "packing/Repacking.h"
 
 #include <sys/stat.h>
 
@@ -11,7 +11,7 @@
 #include "console/Outcome.h"
 #include "package/PackageFile.h"
 #include "package/RecordReader.h"
-#include "package/SealedPackage.h"
+#include "packing/SealedPackage.h"
 #include "system/ScratchFile.h"
 
 namespace {

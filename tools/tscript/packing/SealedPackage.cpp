@@ -1,4 +1,4 @@
-#include "package/SealedPackage.h"
+#include "packing/SealedPackage.h"
 
 #include <array>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "package/Packing.h"
+#include "packing/Packing.h"
 
 #include <filesystem>
 
@@ -9,10 +9,10 @@
 #include "console/Outcome.h"
 #include "installation/Diagnosis.h"
 #include "package/PackageFile.h"
-#include "package/PlainPackage.h"
 #include "package/PlainRecord.h"
 #include "package/RecordReader.h"
-#include "package/SealedPackage.h"
+#include "packing/PlainPackage.h"
+#include "packing/SealedPackage.h"
 #include "system/ScratchFile.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "package/Skeleton.h"
+#include "packing/Skeleton.h"
 
 #include <ctime>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "package/KeyRotation.h"
+#include "packing/KeyRotation.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -19,7 +19,7 @@
 #include "installation/Credentials.h"
 #include "installation/Installation.h"
 #include "installation/StoreValues.h"
-#include "package/Repacking.h"
+#include "packing/Repacking.h"
 #include "system/FolderListing.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "package/PlainPackage.h"
+#include "packing/PlainPackage.h"
 
 #include <strings.h>
 
@@ -10,7 +10,7 @@
 #include "console/TextWidth.h"
 #include "package/PackageFile.h"
 #include "package/PackageParser.h"
-#include "package/StatementCheck.h"
+#include "packing/StatementCheck.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "package/StatementCheck.h"
+#include "packing/StatementCheck.h"
 
 #include <strings.h>
 
