@@ -6,7 +6,7 @@
 #include "HostSettings.h"
 #include "ServerAddress.h"
 #include "ServerProbe.h"
-#include "installation/CheckSteps.h"
+#include "doctor/CheckSteps.h"
 
 namespace {
 

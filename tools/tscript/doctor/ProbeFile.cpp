@@ -1,4 +1,4 @@
-#include "installation/ProbeFile.h"
+#include "doctor/ProbeFile.h"
 
 #include <fcntl.h>
 #include <stdlib.h>

@@ -1,4 +1,4 @@
-#include "installation/CheckList.h"
+#include "doctor/CheckList.h"
 
 #include <algorithm>
 

@@ -14,11 +14,11 @@
 
 #include "DVUtilities/commonFunc.h"
 #include "HostSettings.h"
-#include "installation/CheckList.h"
-#include "installation/CheckSteps.h"
+#include "doctor/CheckList.h"
+#include "doctor/CheckSteps.h"
+#include "doctor/ProbeFile.h"
 #include "installation/Installation.h"
 #include "installation/LeftOvers.h"
-#include "installation/ProbeFile.h"
 #include "record/RecordFolder.h"
 #include "record/RecordSettings.h"
 #include "system/FolderListing.h"
@@ -163,12 +163,6 @@ void checkLeftOvers(CheckList& list) {
 }
 
 }  // namespace
-
-std::string storeText(const char* key, const char* valueName) {
-    std::vector<char> text(8192);
-    std::string ignored;
-    return GetRegistryItemValue("", key, valueName, nullptr, text.data(), ignored) ? text.data() : "";
-}
 
 void checkFolders(CheckList& list) {
     for (const FolderCheck& folder : kFolders) checkFolder(list, folder);

@@ -3,8 +3,8 @@
 #include <string_view>
 #include <vector>
 
-#include "installation/CheckSteps.h"
-#include "installation/ProbeFile.h"
+#include "doctor/CheckSteps.h"
+#include "doctor/ProbeFile.h"
 #include "installation/ToolLimit.h"
 
 namespace {

@@ -4,12 +4,11 @@
 #include <string>
 
 #include "DVUtilities/DBBase.h"
-#include "installation/CheckList.h"
+#include "doctor/CheckList.h"
 #include "installation/Installation.h"
 
-// Returns a string value of the store; empty if the store does not have it.
-std::string storeText(const char* key, const char* valueName);
-
+// Checks the values of the store that say which components are installed.
+void checkComponents(CheckList& list);
 // Checks the folders, the room on their disks and the number of files that this process may open.
 void checkFolders(CheckList& list);
 // Runs a statement through the query tool as a package run does: from a file in the folder of script runs,

@@ -4,9 +4,9 @@
 #include <system_error>
 
 #include "HostSetup.h"
-#include "installation/CheckSteps.h"
+#include "doctor/CheckSteps.h"
+#include "doctor/ProbeFile.h"
 #include "installation/Diagnosis.h"
-#include "installation/ProbeFile.h"
 #include "installation/ToolLimit.h"
 #include "system/Interrupt.h"
 
@@ -16,11 +16,6 @@ namespace {
 constexpr const char* kStatement = "SET NOCOUNT ON\nSELECT 'answer ' + CONVERT(varchar(9), 6 * 7)\nGO\n";
 constexpr const char* kAnswer = "answer 42";
 constexpr int kNoOptions = 0;
-
-std::string folderOfRuns() {
-    const std::string own = storeText("Base", "sSCRIPTSTEMPDIR");
-    return own.empty() ? storeText("Base", "dZEPHRATEMPDIR") : own;
-}
 
 }  // namespace
 
