@@ -71,6 +71,8 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {{objec
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
+    if (definition.name.find(", ") != std::string::npos)  // separates names in the catalogue's lists
+        throw unsupported("a column name with a comma and a blank");
     TableColumn column{definition.name, definition.type, !definition.identity,
                        definition.identity.has_value()};
     for (const auto* constraint : allConstraints(create))
