@@ -106,6 +106,8 @@ const FunctionInfo kWritten[] = {
     {"row_number", "", TypeId::BigInt, "row_number", kRanking},
     {"rank", "", TypeId::BigInt, "rank", kRanking},
     {"dense_rank", "", TypeId::BigInt, "dense_rank", kRanking},
+    {"cume_dist", "", TypeId::Float, "cume_dist", kRanking},
+    {"percent_rank", "", TypeId::Float, "percent_rank", kRanking},
     {"ntile", "B", TypeId::BigInt,
      [](const FunctionInfo&, Pieces pieces, const SqlType&) {
          return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";

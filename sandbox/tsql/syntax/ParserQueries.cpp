@@ -313,6 +313,7 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
 ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
+    throwIfAt(".", "methods of xml");
     if (!m_declaredTables.contains(name.raw))
         throw SyntaxError(sqlError(message::kUndeclaredTableVariable, {name.raw}), name.line);
     return {{}, {}, std::string(name.raw), name.line};

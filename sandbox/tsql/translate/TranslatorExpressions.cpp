@@ -1,3 +1,4 @@
+#include "functions/MissingFunctions.h"
 #include "translate/Translator.h"
 
 namespace tsql {
@@ -153,6 +154,8 @@ std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
 Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
     const FunctionInfo* function = findFunction(call.name.name);
+    if (!function && kMissingFunctions.find(" " + lowerAscii(call.name.name) + " ") != std::string_view::npos)
+        throw unsupported(toUpper(call.name.name));
     if (!function)
         throw SqlError(message::kUnknownSetOption,
                        "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
@@ -227,6 +230,9 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
 
 Typed Translator::userCall(const Call& call) {
     const auto function = m_names.module(call.name, objectType::kFunction);
+    constexpr std::string_view kXmlMethods[] = {"exist", "modify", "nodes", "query", "value"};
+    if (!function && std::ranges::find(kXmlMethods, call.name.name) != std::end(kXmlMethods))
+        throw unsupported("methods of xml");
     if (!function)
         throw sqlError(message::kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
     std::string sql = "ts_call(" + quotedText(function->database) + ", " +

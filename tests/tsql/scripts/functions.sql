@@ -17,7 +17,7 @@ SELECT 1 AS a ORDER BY a OFFSET 0 ROWS FETCH NEXT 0 ROWS ONLY --> Msg 10744, Lev
 SELECT TOP 1 1 AS a ORDER BY a OFFSET 0 ROWS --> Msg 10741, Level 15, State 2, Line 1: A TOP can not be used in the same query or sub-query as a OFFSET.
 DECLARE @top int = -5 SELECT TOP (@top) 1 AS a --> Msg 127, Level 15, State 1, Line 1: A TOP N or FETCH rowcount value may not be negative.
 SELECT DISTINCT a FROM (SELECT 1 AS a, 2 AS b) q ORDER BY b --> Msg 145, Level 15, State 1, Line 1: ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
-SELECT FORMAT(GETDATE(), 'd') --> Msg 195, Level 15, State 10, Line 1: 'FORMAT' is not a recognized built-in function name.
+SELECT FORMAT(GETDATE(), 'd') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT.
 SELECT 1 WHERE 1 > ALL (SELECT 1) --> - int (0 rows)
 SELECT TOP 1 WITH TIES 1 AS a ORDER BY a --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... WITH TIES.
 SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of other than STRING_SPLIT.
@@ -101,3 +101,4 @@ SELECT LEN(id), COUNT(*) FROM Keyed GROUP BY LEN(id)
 --> (2 changed) (1 changed)
 --> n int? = 1; 2; 3 (3 rows)
 --> - int? = 36 | - int? = 3 (1 rows)
+SELECT NoSuchFunction(1) --> Msg 195, Level 15, State 10, Line 1: 'NoSuchFunction' is not a recognized built-in function name.
