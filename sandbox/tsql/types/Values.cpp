@@ -418,15 +418,13 @@ std::string hexDigits(std::span<const std::byte> bytes) {
 }
 
 std::optional<Bytes> parseHex(std::string_view digits) {
-    if (digits.size() % 2 != 0) return std::nullopt;
-    Bytes bytes;
-    for (std::size_t at = 0; at < digits.size(); at += 2) {
-        unsigned value = 0;
-        const char* end = digits.data() + at + 2;
-        if (std::from_chars(digits.data() + at, end, value, 16).ptr != end) return std::nullopt;
-        bytes += static_cast<std::byte>(value);
+    Bytes bytes(digits.size() / 2, std::byte{});
+    try {
+        boost::algorithm::unhex(digits, reinterpret_cast<char*>(bytes.data()));
+        return bytes;
+    } catch (const boost::algorithm::hex_decode_error&) {
+        return std::nullopt;
     }
-    return bytes;
 }
 
 CellView viewOf(const Value& value) {
