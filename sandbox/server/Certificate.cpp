@@ -106,10 +106,10 @@ void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
 
 }  // namespace
 
-Descriptor lockCertificate(const CertificateFiles& files) {
+FileDescriptor lockCertificate(const CertificateFiles& files) {
     const std::filesystem::path folder = std::filesystem::absolute(files.certificate).parent_path();
-    Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (lock.get() >= 0 && ::flock(lock.get(), LOCK_EX) == 0) return lock;
+    FileDescriptor lock(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (lock.isOpen() && ::flock(lock.get(), LOCK_EX) == 0) return lock;
     throw std::runtime_error("the folder of " + files.certificate.string() + ": " + std::strerror(errno));
 }
 

@@ -38,13 +38,13 @@ in_addr parseAddress(const Options& options) {
     return address;
 }
 
-Descriptor openListening(const Options& options) {
+FileDescriptor openListening(const Options& options) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr = parseAddress(options);
     address.sin_port = htons(options.port);
-    Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket.get() < 0) throwErrno("socket");
+    auto socket = FileDescriptor::adopt(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket.isOpen()) throwErrno("socket");
     const int on = 1;
     setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
@@ -61,14 +61,14 @@ sigset_t stopSignals() {
     return signals;
 }
 
-Descriptor openSignals() {
+FileDescriptor openSignals() {
     const sigset_t signals = stopSignals();
-    return Descriptor(signalfd(-1, &signals, SFD_CLOEXEC));
+    return FileDescriptor::adopt(signalfd(-1, &signals, SFD_CLOEXEC));
 }
 
 tds::TlsContext openTls(const Options& options) {
     if (options.encryption == tds::EncryptionMode::None) return nullptr;
-    const Descriptor lock = lockCertificate(options.tlsFiles);
+    const FileDescriptor lock = lockCertificate(options.tlsFiles);
     if (!options.selfSignedNames.empty()) createSelfSigned(options.tlsFiles, options.selfSignedNames);
     return loadTlsContext(options.tlsFiles, options.newestTls);
 }
@@ -95,7 +95,7 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
                  m_tls.get(), m_keytab.get(),   std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(openSignals()) {
-    if (m_signals.get() < 0) throwErrno("signalfd");
+    if (!m_signals.isOpen()) throwErrno("signalfd");
 }
 
 Listener::~Listener() {
@@ -133,8 +133,9 @@ Listener::Event Listener::waitForEvent() const {
 void Listener::acceptClient() {
     sockaddr_in address{};
     socklen_t size = sizeof address;
-    Descriptor socket(accept4(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size, SOCK_CLOEXEC));
-    if (socket.get() < 0) {
+    auto socket = FileDescriptor::adopt(
+        accept4(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size, SOCK_CLOEXEC));
+    if (!socket.isOpen()) {
         const bool noDescriptors = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
         if (noDescriptors) std::this_thread::sleep_for(kPauseWithoutDescriptors);
         return;
@@ -165,7 +166,7 @@ bool Listener::makePlace() {
     return true;
 }
 
-void Listener::startSession(Descriptor socket, std::uint32_t address) {
+void Listener::startSession(FileDescriptor socket, std::uint32_t address) {
     const std::lock_guard lock(m_mutex);
     if (!makePlace()) {
         std::fprintf(stderr, "connection refused: %d clients are connected already\n",
