@@ -23,6 +23,8 @@ using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 // time-out of 10 s. Throws std::runtime_error with the file and SQLite's text.
 enum class OpenMode { Existing, Create };
 SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
+// Opens a file with SQLite's flags and runs pragmas. Throws std::runtime_error with SQLite's text.
+SqliteConnection openFile(const std::filesystem::path& file, int flags, const std::string& pragmas);
 // Runs statements without results. Throws std::runtime_error with SQLite's text.
 void execute(sqlite3* connection, const std::string& sql);
 
