@@ -227,6 +227,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
     void dropIndex(const AlterIndex& index, bool ifExists);
+    void renameIndex(const TableInfo& table, const std::string& name, const std::string& newName);
+    std::set<std::string> filterColumns(const TableInfo& table, const ObjectInfo& index);
+    void changeSchema(const TableInfo& table, const std::string& change, std::span<const Value> values);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     void switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter);
@@ -239,7 +242,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropObject(const ObjectName& name, const Drop& drop);
     void run(const DefineSequence& define);
     void run(const CreateSchema& create);
-    void run(const TransferObject& transfer);
     void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
@@ -247,6 +249,13 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void declareTable(const Declaration& declaration);
     // Runs `rollback` and preserves the rows of table variables.
     void keepTables(const std::function<void()>& rollback);
+
+    // ---- new names (ExecutorRename.cpp)
+    void run(const TransferObject& transfer);
+    void place(Catalogue& owner, ObjectInfo object, const std::string& schema, const std::string& name);
+    void renameObject(Catalogue& owner, const ObjectInfo& object, const std::string& newName);
+    void renameColumn(Catalogue& owner, const TableInfo& table, TableColumn column,
+                      const std::string& newName);
 
     // ---- triggers (ExecutorTriggers.cpp)
     void run(const SwitchTriggers& node);
@@ -266,6 +275,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- procedures of the system (ExecutorSystem.cpp)
     static const SystemProcedure* systemProcedure(std::string_view name);
     int helpText(const Frame& frame);
+    int rename(const Frame& frame);
     int getAppLock(const Frame& frame);
     int releaseAppLock(const Frame& frame);
     std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
@@ -311,7 +321,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runStatement(const PreparedText& text, const Execute& call, std::size_t firstValue,
                       const std::string& database);
     PreparedText textToPrepare(const Execute& call);
-    const PreparedText& keepStatement(const Execute& call, PreparedText text);
+    const PreparedText& keepStatement(const Execute& call);
     std::string textArgument(const Execute& call, std::size_t at, std::string_view parameter);
     std::int64_t integerArgument(const Execute& call, std::size_t at);
 

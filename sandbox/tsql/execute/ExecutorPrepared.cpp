@@ -74,8 +74,15 @@ void Executor::runStatement(const PreparedText& text, const Execute& call, std::
     returnOutputs(module, arguments, call, frame);
 }
 
+Executor::PreparedText Executor::textToPrepare(const Execute& call) {
+    if (call.arguments.size() <= kStatementAt)
+        throw sqlError(message::kMissingParameter, {call.procedure.name, "@stmt"});
+    return {textArgument(call, kStatementAt, "@stmt"), textArgument(call, kDeclarationsAt, "@params")};
+}
+
 // Keeps the statement and returns its handle in the first argument, whose statement it replaces.
-const Executor::PreparedText& Executor::keepStatement(const Execute& call, PreparedText text) {
+const Executor::PreparedText& Executor::keepStatement(const Execute& call) {
+    PreparedText text = textToPrepare(call);
     m_prepared.erase(integerArgument(call, kHandleAt));
     if (m_prepared.size() >= kMostStatements)
         throw SqlError(message::kInsufficientMemory,
@@ -86,32 +93,22 @@ const Executor::PreparedText& Executor::keepStatement(const Execute& call, Prepa
     return m_prepared[m_lastHandle] = std::move(text);
 }
 
-Executor::PreparedText Executor::textToPrepare(const Execute& call) {
-    if (call.arguments.size() <= kStatementAt)
-        throw sqlError(message::kMissingParameter, {call.procedure.name, "@stmt"});
-    return {textArgument(call, kStatementAt, "@stmt"), textArgument(call, kDeclarationsAt, "@params")};
-}
-
 // With the option, the metadata of the columns is returned, for which the statement must be valid.
 void Executor::prepare(const Execute& call, const std::string& database) {
-    PreparedText text = textToPrepare(call);
-    if (integerArgument(call, kOptionAt) & kReturnMetadata) {
-        const Temporarily describing(m_settings.describeOnly, true);
-        m_error = 0;
-        try {
-            runStatement(text, {}, 0, database);
+    m_error = 0;
+    if (integerArgument(call, kOptionAt) & kReturnMetadata) try {
+            const Temporarily describing(m_settings.describeOnly, true);
+            runStatement(textToPrepare(call), {}, 0, database);
         } catch (const SyntaxError& error) {
             report(messageOf(error, error.line, error.procedure));
             m_error = error.number;
         }
-        if (m_error != 0) throw sqlError(message::kStatementNotPrepared);
-    }
-    keepStatement(call, std::move(text));
-    m_error = 0;
+    if (m_error != 0) throw sqlError(message::kStatementNotPrepared);
+    keepStatement(call);
 }
 
 void Executor::prepareAndExecute(const Execute& call, const std::string& database) {
-    const PreparedText text = keepStatement(call, textToPrepare(call));
+    const PreparedText text = keepStatement(call);  // which it may unprepare
     runStatement(text, call, kOptionAt, database);
 }
 
@@ -120,7 +117,7 @@ void Executor::executePrepared(const Execute& call, const std::string& database)
     const auto found = m_prepared.find(handle);
     if (found == m_prepared.end())
         throw sqlError(message::kPreparedStatementNotFound, {std::to_string(handle)});
-    const PreparedText text = found->second;  // which it may unprepare
+    const PreparedText text = found->second;
     runStatement(text, call, kHandleAt + 1, database);
 }
 
