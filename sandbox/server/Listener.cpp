@@ -20,7 +20,6 @@ namespace {
 
 // SQL Server reserves the lower numbers for system sessions.
 constexpr int kFirstSessionId = 51;
-constexpr int kBacklog = 128;
 constexpr std::chrono::milliseconds kPauseWithoutDescriptors{50};
 
 [[noreturn]] void throwErrno(const std::string& what) {
@@ -48,23 +47,18 @@ FileDescriptor openListening(const Options& options) {
     const int on = 1;
     setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(socket.get(), kBacklog) != 0)
+        listen(socket.get(), SOMAXCONN) != 0)
         throwErrno("cannot listen on " + options.listenAddress + ":" + std::to_string(options.port));
     return socket;
 }
 
-sigset_t stopSignals() {
+const sigset_t kStopSignals = [] {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
     return signals;
-}
-
-FileDescriptor openSignals() {
-    const sigset_t signals = stopSignals();
-    return FileDescriptor::adopt(signalfd(-1, &signals, SFD_CLOEXEC));
-}
+}();
 
 tds::TlsContext openTls(const Options& options) {
     if (options.encryption == tds::EncryptionMode::None) return nullptr;
@@ -82,8 +76,7 @@ bool inputEnded() {
 }  // namespace
 
 void blockStopSignals() {
-    const sigset_t signals = stopSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    pthread_sigmask(SIG_BLOCK, &kStopSignals, nullptr);
 }
 
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
@@ -94,7 +87,7 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
       m_settings{credentials, tsql::hostName(), options.encryption.value(),
                  m_tls.get(), m_keytab.get(),   std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
-      m_signals(openSignals()) {
+      m_signals(FileDescriptor::adopt(signalfd(-1, &kStopSignals, SFD_CLOEXEC))) {
     if (!m_signals.isOpen()) throwErrno("signalfd");
 }
 
@@ -113,21 +106,17 @@ std::string Listener::address() const {
 }
 
 void Listener::run() {
-    for (Event event = waitForEvent(); event != Event::Stop; event = waitForEvent())
-        if (event == Event::Client) acceptClient();
-}
-
-Listener::Event Listener::waitForEvent() const {
     pollfd events[] = {{m_socket.get(), POLLIN, 0},
                        {m_signals.get(), POLLIN, 0},
                        {m_options.stopAtEndOfInput ? STDIN_FILENO : -1, POLLIN, 0}};
-    if (poll(events, std::size(events), -1) < 0) {
-        if (errno == EINTR) return Event::None;
-        throwErrno("poll");
-    }
     const auto& [client, signal, input] = events;
-    if (signal.revents != 0 || (input.revents != 0 && inputEnded())) return Event::Stop;
-    return client.revents != 0 ? Event::Client : Event::None;
+    for (;;) {
+        const int ready = poll(events, std::size(events), -1);
+        if (ready < 0 && errno != EINTR) throwErrno("poll");
+        if (ready <= 0) continue;
+        if (signal.revents != 0 || (input.revents != 0 && inputEnded())) return;
+        if (client.revents != 0) acceptClient();
+    }
 }
 
 void Listener::acceptClient() {

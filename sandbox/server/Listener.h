@@ -22,8 +22,6 @@ class Listener {
     void run();
 
   private:
-    enum class Event { None, Client, Stop };
-    Event waitForEvent() const;
     void acceptClient();
     void startSession(FileDescriptor client, std::uint32_t address);
     bool makePlace();

@@ -153,15 +153,9 @@ bool Storage::isSystemDatabase(std::string_view name) {
                                [&](std::string_view system) { return sameText(system, name); });
 }
 
-void Storage::use(const std::string& key, int change) {
+int Storage::use(const std::string& key, int change) {
     const std::lock_guard lock(m_mutex);
-    m_uses[key] += change;
-}
-
-int Storage::uses(const std::string& key) const {
-    const std::lock_guard lock(m_mutex);
-    const auto found = m_uses.find(key);
-    return found == m_uses.end() ? 0 : found->second;
+    return m_uses[key] += change;
 }
 
 }  // namespace tsql

@@ -65,10 +65,9 @@ class Storage {
     void rename(std::string_view name, std::string_view newName);
     static bool isSystemDatabase(std::string_view name);
 
-    // Count the sessions that have a database attached, by its databaseKey(). A database in use by others can
-    // be neither dropped nor restored.
-    void use(const std::string& key, int change);
-    int uses(const std::string& key) const;
+    // Counts the sessions that have a database attached, by its databaseKey(). A database in use by others
+    // can be neither dropped nor restored.
+    int use(const std::string& key, int change);
     // Passes the sessions by id.
     template <typename Work>
     auto withSessions(Work work) const {
