@@ -6,7 +6,6 @@ namespace tsql {
 namespace {
 
 constexpr std::size_t kMostStatements = 10'000;
-constexpr int kResourceSeverity = 17;
 constexpr std::int64_t kReturnMetadata = 1;  // bit of sp_prepare's option
 // Places of arguments: of sp_prepare and sp_prepexec the handle, the declarations, the SQL text and the
 // option or the first value; of sp_execute the handle and the first value.
@@ -84,9 +83,7 @@ Executor::PreparedText Executor::textToPrepare(const Execute& call) {
 const Executor::PreparedText& Executor::keepStatement(const Execute& call) {
     PreparedText text = textToPrepare(call);
     m_prepared.erase(integerArgument(call, kHandleAt));
-    if (m_prepared.size() >= kMostStatements)
-        throw SqlError(message::kInsufficientMemory,
-                       "There are too many prepared statements in this session.", kResourceSeverity);
+    if (m_prepared.size() >= kMostStatements) throw sqlError(message::kInsufficientMemory);
     ++m_lastHandle;
     if (const Argument& handle = call.arguments[kHandleAt]; handle.output)
         setVariable(std::get<VariableRef>(handle.value->node).name, m_lastHandle, simpleType(TypeId::Int));

@@ -1,4 +1,4 @@
-// CREATE, ALTER and DROP SCHEMA.
+// CREATE and DROP SCHEMA.
 #include "execute/Executor.h"
 
 namespace tsql {

@@ -108,7 +108,7 @@ Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 rig
 int compareExact(Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType) {
     const int scale = std::max(leftType.scale, rightType.scale);
     const Int128 difference = exactResult(BinaryOp::Subtract, left, leftType, right, rightType, scale);
-    return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+    return (difference > 0) - (difference < 0);
 }
 
 bool fits(Int128 value, const SqlType& type) {

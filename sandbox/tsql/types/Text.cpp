@@ -1,5 +1,6 @@
 #include "types/Text.h"
 
+#include <boost/algorithm/string/split.hpp>
 #include <boost/locale/utf.hpp>
 #include <clocale>
 #include <cwctype>
@@ -128,10 +129,8 @@ std::vector<std::string> listItems(std::string_view text) {
     std::string line(text);
     std::ranges::replace(line, '\n', ' ');
     std::vector<std::string> items;
-    for (std::size_t at = 0, end = 0; at < line.size(); at = end + 1) {
-        end = std::min(line.find(';', at), line.size());
-        items.emplace_back(trimmed(std::string_view(line).substr(at, end - at)));
-    }
+    boost::split(items, line, [](char c) { return c == ';'; });
+    for (auto& item : items) item = trimmed(item);
     return items;
 }
 
