@@ -55,7 +55,7 @@ void Executor::executeSql(const Execute& call, const std::string& database) {
 // Runs the text as the body of an unnamed procedure. firstValue: place of its first argument in the call.
 void Executor::runStatement(const PreparedText& text, const Execute& call, std::size_t firstValue,
                             const std::string& database) {
-    const auto& [statement, declarations] = text;
+    const std::string &statement = text.statement, &declarations = text.declarations;
     Frame frame, own;                     // the called procedure and its text are a level each
     if (trimmed(declarations).empty()) {  // the text may define a module
         inFrame(own, [&] { runText(statement, database); });
