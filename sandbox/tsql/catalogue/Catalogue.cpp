@@ -238,7 +238,7 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
                                 column.id};
         run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "
             "?2, ?3, ?4, ?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 "
-            "ON CONFLICT (object, ordinal) DO UPDATE SET type = ?3, nullable = ?4, fallback = ?6",
+            "ON CONFLICT (object, ordinal) DO UPDATE SET name = ?2, type = ?3, nullable = ?4, fallback = ?6",
             values);
     }
 }

@@ -96,7 +96,6 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
             given.output = argument.output;
         }
-        const Temporarily describing(m_settings.describeOnly, m_settings.describeOnly || call.describeOnly);
         inFrame(frame, [&] { guarded(1, [&] { return isSkipping() ? Flow::Next : this->run(execute); }); });
     });
     for (std::size_t i = 0; i < call.arguments.size(); ++i)

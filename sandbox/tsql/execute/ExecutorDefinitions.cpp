@@ -13,8 +13,8 @@ bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     return isKey && (!identity || key.columns.size() > 1 || !sameText(identity->name, key.columns.front()));
 }
 
-std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
-    return quotedName(name + "@" + std::to_string(table) + std::string(suffix));
+std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix) {
+    return name + "@" + std::to_string(table) + std::string(suffix);
 }
 
 // NULLs are equal in a unique key of T-SQL, but not of SQLite. Therefore rows with NULL have a second index.
@@ -311,7 +311,8 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
     const std::string on = " ON " + quotedName(table.stored) + " (";
     const auto make = [&](std::string_view suffix, const std::string& definition) {
         m_connection.run(std::string("CREATE ") + (isUniqueKey(index) ? "UNIQUE" : "") + " INDEX " +
-                         table.schema + "." + indexName(index.name, table.id, suffix) + on + definition);
+                         table.schema + "." + quotedName(indexName(index.name, table.id, suffix)) + on +
+                         definition);
     };
     try {
         make("", list + (filter.empty() ? ")" : ", (1)) WHERE " + filter));
@@ -330,7 +331,8 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
 
 void Executor::dropIndex(const TableInfo& table, const std::string& name) {
     for (const auto suffix : {std::string_view(), kNullsSuffix})
-        m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." + indexName(name, table.id, suffix));
+        m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." +
+                         quotedName(indexName(name, table.id, suffix)));
 }
 
 // ---- ALTER TABLE
@@ -339,9 +341,24 @@ void Executor::dropIndex(const TableInfo& table, const std::string& name) {
 void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
     const Value values[] = {
         table.stored, "CREATE TABLE " + quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")"};
+    changeSchema(table, "sql = ?2 WHERE type = 'table' AND name = ?1", values);
+}
+
+// Without effect on constraints that have no index.
+void Executor::renameIndex(const TableInfo& table, const std::string& name, const std::string& newName) {
+    for (const auto suffix : {std::string_view(), kNullsSuffix}) {
+        const std::string before = indexName(name, table.id, suffix),
+                          after = indexName(newName, table.id, suffix);
+        const Value values[] = {before, after, quotedName(before), quotedName(after)};
+        changeSchema(table, "name = ?2, sql = replace(sql, ?3, ?4) WHERE type = 'index' AND name = ?1",
+                     values);
+    }
+}
+
+void Executor::changeSchema(const TableInfo& table, const std::string& change,
+                            std::span<const Value> values) {
     m_connection.run("PRAGMA writable_schema = ON");
-    m_connection.run(
-        "UPDATE " + table.schema + ".sqlite_master SET sql = ?2 WHERE type = 'table' AND name = ?1", values);
+    m_connection.run("UPDATE " + table.schema + ".sqlite_master SET " + change, values);
     const std::string version = "PRAGMA " + table.schema + ".schema_version";
     m_connection.run(version + " = " + std::to_string(*m_connection.number(version) + 1));
     m_connection.run("PRAGMA writable_schema = RESET");
@@ -421,6 +438,10 @@ void Executor::fillColumn(const TableInfo& table, const TableColumn& column, con
                      emitAssign(value, column.type, table.fullName(), column.name).sql);
 }
 
+std::set<std::string> Executor::filterColumns(const TableInfo& table, const ObjectInfo& index) {
+    return Translator(*this).check(table, *parseConstraint("CHECK (" + index.stored + ")").check).columns;
+}
+
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                                 const std::vector<ObjectInfo>& keys) {
     const auto refuseIfUsed = [&](const auto& columns, std::string_view kind, const std::string& name) {
@@ -431,10 +452,7 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
     };
     for (const auto& key : keys) {
         const bool isIndex = key.type == objectType::kIndex;
-        if (isIndex && !key.stored.empty())
-            refuseIfUsed(
-                Translator(*this).check(table, *parseConstraint("CHECK (" + key.stored + ")").check).columns,
-                "index", key.name);
+        if (isIndex && !key.stored.empty()) refuseIfUsed(filterColumns(table, key), "index", key.name);
         refuseIfUsed(key.columns, isIndex ? "index" : "object", key.name);
     }
     for (const auto& other : table.columns)
