@@ -203,15 +203,10 @@ Value runReplicate(const SqlCall& call) {
 }
 
 Value runReverse(const SqlCall& call) {
-    std::string result(call.text(0));
-    auto end = result.end();
-    for (std::string_view rest = call.text(0); !rest.empty();) {
-        const std::string_view before = rest;
-        nextCharacter(rest);
-        const std::string_view character = before.substr(0, before.size() - rest.size());
-        end -= static_cast<std::ptrdiff_t>(character.size());
-        std::ranges::copy(character, end);
-    }
+    std::u32string characters;
+    for (std::string_view rest = call.text(0); !rest.empty();) characters += nextCharacter(rest);
+    std::string result;
+    for (; !characters.empty(); characters.pop_back()) appendCharacter(result, characters.back());
     return result;
 }
 

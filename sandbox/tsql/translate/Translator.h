@@ -136,6 +136,7 @@ class Translator {
     struct Scope {
         Scope* outer = nullptr;
         std::vector<Source> sources;
+        std::size_t firstSource = 0;  // that is visible: ON does not see tables before a comma
         std::set<std::string> groupKeys;
         std::vector<std::string> loose;  // columns outside aggregates and GROUP BY, as named in messages
         bool sawAggregate = false;
@@ -183,8 +184,6 @@ class Translator {
     QueryText assignInOrder(const Select& select, const Query& query, const std::string& rows);
     void refuseInRecursion(const Select& select) const;
     QueryText setOperation(const SetOperation& operation, const Query& query);
-    static std::string distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
-                                            const QueryText& text);
     void selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
@@ -208,7 +207,6 @@ class Translator {
     // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them.
     std::string orderBy(const std::vector<OrderItem>& items, const QueryText& text,
                         const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr);
-    static std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text);
     std::string rowCount(const Expr& expr, int least, int error);
     std::string changeLimit(const ExprPtr& top);
     std::optional<std::size_t> outputPosition(const Expr& expr, const QueryText& text) const;
@@ -230,10 +228,6 @@ class Translator {
     std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
     Typed defaultOf(const TableInfo& target, const TableColumn& column);
     Typed cell(const Expr& expr);
-    static std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
-        return emitAssign(value, column.type, target.fullName(), column.name).sql;
-    }
-    static ColumnList filledColumns(const TableInfo& target, const ColumnList& columns);
     Typed setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<Output>& output,
                           const std::string& exposed, const std::string& record = {});

@@ -69,7 +69,7 @@ bool Translator::isNamed(const Source& source, std::span<const std::string> qual
 const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope, const Source*& source) {
     const std::string& name = column.path.back();
     const SourceColumn* found = nullptr;
-    for (const auto& each : scope.sources) {
+    for (const auto& each : std::span(scope.sources).subspan(scope.firstSource)) {
         if (!isNamed(each, std::span(column.path).first(column.path.size() - 1))) continue;
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {

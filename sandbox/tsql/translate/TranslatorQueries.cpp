@@ -37,6 +37,28 @@ std::string distinctRows(const std::string& rows, const QueryText& text) {
     return "SELECT " + list + " FROM (" + rows + ") GROUP BY " + keys;
 }
 
+// Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
+std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text) {
+    const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
+    const std::size_t found = all.find(entry);
+    if (found == std::string::npos) throw sqlError(message::kOrderByItemNotInDistinct);
+    const auto position = std::stoul(all.substr(found + entry.size()));
+    return collated({std::to_string(position), text.columns[position - 1].column.type});
+}
+
+// UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
+std::string distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
+                                 const QueryText& text) {
+    if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
+    std::string equal;
+    for (const auto& [column, alias, isNull, isNew] : text.columns)
+        equal += (equal.empty() ? "" : " AND ") + comparable({"l." + alias, column.type}) + " IS " +
+                 comparable({"r." + alias, column.type});
+    return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
+                            "EXISTS (SELECT 1 FROM (" + right + ") AS r WHERE " + equal + ")",
+                        text);
+}
+
 const Select& firstSelect(const SetOperation& operation) {
     const auto* select = std::get_if<Select>(&operation.left->body);
     return select ? *select : firstSelect(std::get<SetOperation>(operation.left->body));
@@ -242,16 +264,6 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     return position;
 }
 
-// Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
-std::string Translator::orderKeyOfDistinct(const Typed& item, const std::string& list,
-                                           const QueryText& text) {
-    const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
-    const std::size_t found = all.find(entry);
-    if (found == std::string::npos) throw sqlError(message::kOrderByItemNotInDistinct);
-    const auto position = std::stoul(all.substr(found + entry.size()));
-    return collated({std::to_string(position), text.columns[position - 1].column.type});
-}
-
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text,
                                 const std::string* distinctList, const Select* firstOfSet) {
     std::string sql;
@@ -309,19 +321,6 @@ std::string Translator::changeLimit(const ExprPtr& top) {
 std::string Translator::limited(const std::string& sql, const ExprPtr& top) {
     const std::string limit = changeLimit(top);
     return limit.empty() ? sql : "SELECT * FROM (" + sql + ")" + limit;
-}
-
-// UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
-std::string Translator::distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
-                                             const QueryText& text) {
-    if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
-    std::string equal;
-    for (const auto& [column, alias, isNull, isNew] : text.columns)
-        equal += (equal.empty() ? "" : " AND ") + comparable({"l." + alias, column.type}) + " IS " +
-                 comparable({"r." + alias, column.type});
-    return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
-                            "EXISTS (SELECT 1 FROM (" + right + ") AS r WHERE " + equal + ")",
-                        text);
 }
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
@@ -581,12 +580,8 @@ std::string Translator::join(const Join& join) {
     std::string sql =
         swaps ? right + std::string(kSwapped[kind]) + left : left + std::string(kWords[kind]) + right;
     if (!join.on) return sql;
-    auto& sources = m_scope->sources;  // ON does not see tables before a comma
-    const std::vector<Source> before(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
-    sources.erase(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
-    sql += " ON " + condition(*join.on);
-    sources.insert(sources.begin(), before.begin(), before.end());
-    return sql;
+    const Temporarily onlyOfJoin(m_scope->firstSource, begin);
+    return sql + " ON " + condition(*join.on);
 }
 
 }  // namespace tsql
