@@ -1,5 +1,9 @@
 // SQLite functions for the SQL of the translator and the system views.
 
+#include <boost/algorithm/string/finder.hpp>
+#include <boost/algorithm/string/iter_find.hpp>
+#include <cstring>
+
 #include "functions/SqliteFunction.h"
 #include "syntax/Parser.h"
 
@@ -32,23 +36,50 @@ Value runRows(const SqlCall& call) {
     return call.integer(0);
 }
 
-// (string, separator); the parts as a JSON array, which SQLite turns into rows
+// The values as one string without characters that JSON escapes: for each one its kind, as the index in the
+// variant, and its bytes in hexadecimal digits, with commas between them.
+std::string packed(std::span<const CellView> cells) {
+    const auto bytesOf = []<typename T>(const T& value) -> std::string {
+        if constexpr (std::is_same_v<T, Null>) return {};
+        if constexpr (requires { value.size(); }) return hexDigits(std::as_bytes(std::span(value)));
+        return hexDigits(std::as_bytes(std::span(&value, 1)));
+    };
+    std::string row;
+    for (const auto& cell : cells)
+        row += (row.empty() ? "" : ",") + std::to_string(cell.index()) + std::visit(bytesOf, cell);
+    return row;
+}
+
+// (packed row, place of a value in it)
+Value runUnpack(const SqlCall& call) {
+    std::string_view cell = call.text(0);
+    for (auto before = call.integer(1); before > 0; --before) cell.remove_prefix(cell.find(',') + 1);
+    const Bytes bytes = *parseHex(cell.substr(0, cell.find(',')).substr(1));
+    const auto copied = [&](auto number) {
+        std::memcpy(&number, bytes.data(), sizeof number);
+        return Value(number);
+    };
+    switch (cell[0]) {
+        case '0':
+            return Null{};
+        case '1':
+            return copied(std::int64_t{});
+        case '2':
+            return copied(double{});
+        case '3':
+            return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        default:
+            return bytes;
+    }
+}
+
+// (string, separator); a packed row for each part, in a JSON array
 Value runSplit(const SqlCall& call) {
     if (characterCount(call.text(1)) != 1)
         throw sqlError(message::kWrongParameterType, {"separator", "nchar(1)/nvarchar(1)"});
-    std::string result = "[\"";
-    for (std::string_view rest = call.text(0); !rest.empty();) {
-        const bool separates = rest.starts_with(call.text(1));
-        const auto code = std::byte(rest.front());
-        if (separates)
-            result += "\",\"";
-        else if (code < std::byte{' '} || rest.front() == '"' || rest.front() == '\\')
-            result += "\\u00" + hexDigits({&code, 1});
-        else
-            result += rest.front();
-        rest.remove_prefix(separates ? call.text(1).size() : 1);
-    }
-    return result + "\"]";
+    std::vector<std::string_view> parts;
+    boost::iter_split(parts, call.text(0), boost::first_finder(call.text(1)));
+    return "[" + commaList(parts, [](CellView part) { return '"' + packed({&part, 1}) + '"'; }) + "]";
 }
 
 // CONVERT style for XML output of the type.
@@ -192,6 +223,8 @@ const ScalarFunction kQueryTable[] = {
     {"ts_single", runSingle, kReach},
     {"ts_deeper", runDeeper},
     {"ts_rows", runRows, kReach},
+    {"ts_pack", [](const SqlCall& call) -> Value { return packed(call.arguments()); }, kReach},
+    {"ts_unpack", runUnpack},
     {"ts_split", runSplit},
     {"ts_xml", runXml},
     {"ts_xml_value", runXmlValue},

@@ -136,7 +136,7 @@ class Translator {
     struct Scope {
         Scope* outer = nullptr;
         std::vector<Source> sources;
-        std::size_t firstSource = 0;  // that is visible: ON does not see tables before a comma
+        std::size_t firstSource = 0;  // that is visible: ON and APPLY do not see tables before a comma
         std::set<std::string> groupKeys;
         std::vector<std::string> loose;  // columns outside aggregates and GROUP BY, as named in messages
         bool sawAggregate = false;
@@ -188,14 +188,18 @@ class Translator {
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
     std::string from(const std::vector<TableRefPtr>& tables);
-    std::string tableRef(const TableRef& table);
-    std::string namedTable(const NamedTable& table, const std::string& alias);
-    std::string storedTable(const StoredModule& stored, const NamedTable& table, const std::string& alias);
+    // applied: by APPLY, so that the table may use columns of the tables before it.
+    std::string tableRef(const TableRef& table, bool applied = false);
+    std::string namedTable(const NamedTable& table, const std::string& alias, bool applied);
+    std::string storedTable(const StoredModule& stored, const NamedTable& table, const std::string& alias,
+                            bool applied);
     // Returns the SQL of the arguments, each converted to the type of its parameter.
     std::vector<std::string> argumentsOf(const StoredModule& function, const std::vector<ExprPtr>& arguments);
-    std::string tableFunction(const NamedTable& table, const std::string& alias);
-    std::string derivedTable(const Query& query, const std::vector<std::string>& names,
-                             const std::string& alias);
+    std::string splitText(const NamedTable& table, const std::string& alias, bool applied);
+    std::string derivedTable(QueryText text, const std::vector<std::string>& names, const std::string& alias,
+                             bool applied = false);
+    std::string packedTable(const std::string& rows, const std::vector<OutputColumn>& columns,
+                            const std::string& alias);
     std::string recursiveTable(const CommonTable& table, const std::string& alias);
     std::string recursiveReference(const NamedQuery& table, const std::string& alias);
     std::string join(const Join& join);
@@ -215,11 +219,12 @@ class Translator {
     std::string nextAlias();
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);
     std::string addSource(const std::vector<OutputColumn>& columns, const std::string& exposed);
-    // Runs `work` without the sources of the current scope: derived tables and arguments of table functions
-    // see outer queries, but not the tables beside them.
+    // Runs `work` for a derived table or arguments of a table function. Unless they are applied, they see
+    // outer queries, but not the tables beside them.
     template <typename Work>
-    auto blind(Work work) {
-        const Temporarily outside(m_scope, m_scope->outer);
+    auto beside(bool applied, Work work) {
+        const Temporarily visible(m_scope, applied ? m_scope : m_scope->outer);
+        const Temporarily ofItself(m_depth, std::string());
         return work();
     }
 

@@ -1,3 +1,5 @@
+#include <regex>
+
 #include "translate/Translator.h"
 
 namespace tsql {
@@ -300,12 +302,14 @@ std::string Translator::limit(const Select* select, const Query& query) {
     return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, message::kNegativeOffsetClause);
 }
 
-// Row count of TOP, OFFSET or FETCH, which cannot refer to columns. A count below `least` is an error; SQLite
-// alone would return all rows.
+// Row count of TOP, OFFSET or FETCH, which cannot refer to columns of its query. A count below `least` is an
+// error; SQLite alone would return all rows.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
-    const Temporarily blind(m_scope, nullptr);
+    const Temporarily outer(m_scope, m_scope ? m_scope->outer : nullptr);
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
+    static const std::regex column(R"(\bs\d+\.)");  // of an argument of an inline function
+    if (std::regex_search(rows.sql, column)) throw unsupported("a column as the number of TOP or OFFSET");
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
@@ -390,11 +394,14 @@ std::string Translator::nextAlias() {
     return "s" + std::to_string(m_aliases);
 }
 
-std::string Translator::tableRef(const TableRef& table) {
-    if (const auto* joined = std::get_if<Join>(&table.node)) return join(*joined);
+std::string Translator::tableRef(const TableRef& table, bool applied) {
+    const auto* joined = std::get_if<Join>(&table.node);
+    if (joined && applied) throw unsupported("APPLY of a join in parentheses");
+    if (joined) return join(*joined);
     const auto* derived = std::get_if<DerivedTable>(&table.node);
-    std::string sql = derived ? derivedTable(*derived->query, derived->columns, table.alias)
-                              : namedTable(std::get<NamedTable>(table.node), table.alias);
+    std::string sql = derived ? derivedTable(beside(applied, [&] { return query(*derived->query); }),
+                                             derived->columns, table.alias, applied)
+                              : namedTable(std::get<NamedTable>(table.node), table.alias, applied);
     Source& added = m_scope->sources.back();
     if (!table.alias.empty()) added.schemaName.clear();
     for (const auto& each : m_scope->sources)
@@ -415,7 +422,7 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
     m_scope->sources.push_back(std::move(source));
 }
 
-std::string Translator::namedTable(const NamedTable& table, const std::string& alias) {
+std::string Translator::namedTable(const NamedTable& table, const std::string& alias, bool applied) {
     const std::string exposed = alias.empty() ? table.name.name : alias;
     if (table.name.schema.empty() && !table.arguments)
         for (std::size_t i = m_with.size(); i-- > 0;) {
@@ -424,8 +431,10 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             const auto all = m_with;
             const CommonTable& common = *all[i].table;
             m_with.resize(i);  // it sees only those before it
-            std::string sql = isRecursive(common) ? recursiveTable(common, exposed)
-                                                  : derivedTable(*common.query, common.columns, exposed);
+            std::string sql = isRecursive(common)
+                                  ? recursiveTable(common, exposed)
+                                  : derivedTable(beside(false, [&] { return query(*common.query); }),
+                                                 common.columns, exposed);
             m_with = all;
             return sql;
         }
@@ -434,8 +443,8 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (!info)
         if (const auto stored =
                 m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView))
-            return storedTable(*stored, table, exposed);
-    if (table.arguments) return tableFunction(table, exposed);
+            return storedTable(*stored, table, exposed, applied && table.arguments);
+    if (table.arguments) return splitText(table, exposed, applied);
     const std::string sqlAlias = nextAlias();
     const auto view = info ? std::nullopt : m_names.view(table.name);
     if (view) {
@@ -452,18 +461,20 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
 
 // Returns the query of a view or function. It does not see the sources of the statement.
 std::string Translator::storedTable(const StoredModule& stored, const NamedTable& table,
-                                    const std::string& alias) {
+                                    const std::string& alias, bool applied) {
     const auto& parameters = stored.module->parameters;
     WordMap<std::string> arguments;
     const std::vector<ExprPtr> none;
-    const auto values = blind([&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
+    const auto values =
+        beside(applied, [&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
     for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
         const Temporarily noCommonTables(m_with, std::vector<NamedQuery>());
         const Temporarily onlyArguments(m_live, std::move(arguments));
         const Temporarily noOuterQuery(m_scope->outer, nullptr);
-        sql = derivedTable(*stored.module->query, stored.module->columns, alias);
+        sql = derivedTable(beside(false, [&] { return query(*stored.module->query); }),
+                           stored.module->columns, alias, applied);
     });
     m_scope->sources.back().database = stored.database;
     m_scope->sources.back().schemaName = stored.schemaName;
@@ -471,23 +482,32 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
 }
 
 // STRING_SPLIT(text, separator)
-std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
+std::string Translator::splitText(const NamedTable& table, const std::string& alias, bool applied) {
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
         throw sqlError(message::kInvalidObjectName,
                        {(table.name.schema.empty() ? "" : table.name.schema + ".") + table.name.name});
     if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
-    const auto pieces =
-        table.applied ? values(*table.arguments) : blind([&] { return values(*table.arguments); });
+    const auto pieces = beside(applied, [&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (!isText(pieces[i].type.id) && !pieces[i].nullLiteral)
             throw sqlError(message::kInvalidArgumentType,
                            {baseName(pieces[i].type.id), std::to_string(i + 1), "string_split"});
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
-    const std::string sqlAlias = nextAlias();
-    m_scope->sources.push_back({alias, {}, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
-    return "json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
-           coerce(separator, nvarcharType(SqlType::kMax)).sql + ")) AS " + sqlAlias;
+    return packedTable("ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
+                           coerce(separator, nvarcharType(SqlType::kMax)).sql + ")",
+                       {{{"value", type}, {}}}, alias);
+}
+
+// A source whose rows are the result of ts_pack() for each row, in a JSON array. Unlike a subquery, `rows`
+// may use the columns of the sources before it.
+std::string Translator::packedTable(const std::string& rows, const std::vector<OutputColumn>& columns,
+                                    const std::string& alias) {
+    const std::string sqlAlias = addSource(columns, alias);
+    int place = 0;
+    for (auto& column : m_scope->sources.back().columns)
+        column.sql = "ts_unpack(" + sqlAlias + ".value, " + std::to_string(place++) + ")";
+    return "json_each(" + rows + ") AS " + sqlAlias;
 }
 
 void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
@@ -511,9 +531,8 @@ std::string Translator::addSource(const std::vector<OutputColumn>& columns, cons
     return sqlAlias;
 }
 
-std::string Translator::derivedTable(const Query& query, const std::vector<std::string>& names,
-                                     const std::string& alias) {
-    QueryText text = blind([&] { return this->query(query); });
+std::string Translator::derivedTable(QueryText text, const std::vector<std::string>& names,
+                                     const std::string& alias, bool applied) {
     rename(text, names, alias);
     WordSet seen;
     for (const auto& [column, sqlName, nullLiteral, isNew] : text.columns) {
@@ -521,7 +540,10 @@ std::string Translator::derivedTable(const Query& query, const std::vector<std::
         if (!seen.insert(column.name).second)
             throw sqlError(message::kColumnSpecifiedTwice, {column.name, alias});
     }
-    return "(" + text.sql + ") AS " + addSource(text.columns, alias);
+    if (!applied) return "(" + text.sql + ") AS " + addSource(text.columns, alias);
+    return packedTable("(SELECT json_group_array(ts_pack(" + commaList(text.columns, &OutputColumn::alias) +
+                           ")) FROM (" + text.sql + "))",
+                       text.columns, alias);
 }
 
 // Anchor UNION ALL recursive part. Every row has its depth, which is checked against the recursion limit.
@@ -529,7 +551,7 @@ std::string Translator::recursiveTable(const CommonTable& table, const std::stri
     const auto& operation = std::get<SetOperation>(table.query->body);
     const std::string name = "r" + nextAlias();
     QueryText anchor;
-    const QueryText next = blind([&] {
+    const QueryText next = beside(/*applied=*/false, [&] {
         anchor = query(*operation.left);
         rename(anchor, table.columns, table.name);
         for (auto& output : anchor.columns) output.column.nullable = true;
@@ -566,7 +588,10 @@ std::string Translator::join(const Join& join) {
     const std::size_t begin = m_scope->sources.size();
     const std::string left = tableRef(*join.left);
     const std::size_t middle = m_scope->sources.size();
-    std::string right = tableRef(*join.right);
+    std::string right = [&] {
+        const Temporarily onlyOfJoin(m_scope->firstSource, begin);
+        return tableRef(*join.right, join.applies);
+    }();
     const bool whole = join.kind == JoinKind::Full;
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
