@@ -1,6 +1,7 @@
 // T-SQL's string functions, as SQLite functions.
 #include <openssl/evp.h>
 
+#include <boost/algorithm/string/join.hpp>
 #include <cmath>
 #include <cstdio>
 
@@ -271,15 +272,10 @@ std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& resul
 
 // (separator, string..., result type); skips NULLs
 Value runConcatWs(const SqlCall& call) {
-    std::string result;
-    bool first = true;
-    for (const CellView& piece : call.arguments().subspan(1, call.count() - 2)) {
-        if (isNull(piece)) continue;
-        if (!first && !isNull(call[0])) result += call.text(0);
-        result += std::get<std::string_view>(piece);
-        first = false;
-    }
-    return fitted(result, call.resultType());
+    std::vector<std::string> pieces;
+    for (const CellView& piece : call.arguments().subspan(1, call.count() - 2))
+        if (!isNull(piece)) pieces.emplace_back(std::get<std::string_view>(piece));
+    return fitted(boost::join(pieces, isNull(call[0]) ? "" : call.text(0)), call.resultType());
 }
 
 Value runQuoteName(const SqlCall& call) {

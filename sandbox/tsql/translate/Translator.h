@@ -127,8 +127,10 @@ class Translator {
     // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
-    // SqlError 8158 (too few names) and 8159 (too many).
-    static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of);
+    // SqlError 8158 (too few names), 8159 (too many), `unnamed` and `repeated`, if that is wrong with a
+    // column.
+    static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
+                       int unnamed = message::kUnnamedColumn, int repeated = message::kColumnSpecifiedTwice);
     // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
     static const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);
 
@@ -182,7 +184,6 @@ class Translator {
     // ---- queries (TranslatorQueries.cpp)
     QueryText select(const Select& select, const Query& query);
     QueryText assignInOrder(const Select& select, const Query& query, const std::string& rows);
-    void refuseInRecursion(const Select& select) const;
     QueryText setOperation(const SetOperation& operation, const Query& query);
     void selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
@@ -233,7 +234,6 @@ class Translator {
     std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
     Typed defaultOf(const TableInfo& target, const TableColumn& column);
     Typed cell(const Expr& expr);
-    Typed setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<Output>& output,
                           const std::string& exposed, const std::string& record = {});
     std::string returnedToVariables(const TableInfo& target, const Update& update);

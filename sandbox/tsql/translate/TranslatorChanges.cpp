@@ -123,13 +123,6 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
     return insertText(target, all, "VALUES (" + rowText(target, all, cells) + ")");
 }
 
-Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
-    Typed typed = clause.value ? value(*clause.value) : defaultOf({}, column);
-    if (!clause.op) return typed;
-    const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
-    return emitBinary(*clause.op, {prefix + quotedName(column.name), column.type}, typed);
-}
-
 void Translator::useCommonTables(const Change& change, const ObjectName& target) {
     if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
     for (const auto& table : change.with) {
@@ -212,8 +205,9 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
     m_scope = &scope;
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
+    const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
     std::string picked, sets, away, kept;
-    std::map<const TableColumn*, std::string> given;  // names of the values
+    std::map<const TableColumn*, std::string> names;  // of the values
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
         const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
@@ -224,9 +218,12 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         if (!column) throw sqlError(message::kInvalidColumnName, {clause.column});
         if (column->identity) throw sqlError(message::kIdentityUpdate, {column->name});
         if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
-        const std::string alias = "v" + std::to_string(given.size());
-        if (!given.emplace(column, alias).second) throw sqlError(message::kColumnSetTwice, {column->name});
-        picked += ", " + assigned(setValue(rowid, clause, *column), target, *column) + " AS " + alias;
+        const std::string alias = "v" + std::to_string(names.size());
+        if (!names.emplace(column, alias).second) throw sqlError(message::kColumnSetTwice, {column->name});
+        Typed given = clause.value ? value(*clause.value) : defaultOf({}, *column);
+        if (clause.op)
+            given = emitBinary(*clause.op, {prefix + quotedName(column->name), column->type}, given);
+        picked += ", " + assigned(given, target, *column) + " AS " + alias;
         const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
         sets.append(set).append("picked.").append(alias);
         away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
@@ -239,9 +236,9 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
-        const auto value = given.find(&column);
+        const auto value = names.find(&column);
         const std::string name = quotedName(column.name);
-        kept += ", " + (value == given.end() ? "present." + name : "given." + value->second) + " AS " + name;
+        kept += ", " + (value == names.end() ? "present." + name : "given." + value->second) + " AS " + name;
     }
     m_newRows = "given AS (" + rows + "), incoming AS (SELECT given.id AS ts_row" + kept +
                 " FROM given JOIN " + target.sqlName() + " AS present ON present._rowid_ = given.id)";

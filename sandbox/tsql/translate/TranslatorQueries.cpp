@@ -134,10 +134,12 @@ QueryText Translator::select(const Select& select, const Query& query) {
     refuseLooseColumns(message::kUngroupedInOrderBy, grouped);
 
     const std::string limitSql = limit(&select, query);
-    if (!depth.empty()) {
-        refuseInRecursion(select);
-        list += ", " + depth;
-    }
+    const int notInRecursion = select.distinct                 ? message::kDistinctInRecursion
+                               : select.top                    ? message::kTopInRecursion
+                               : grouped || scope.sawAggregate ? message::kGroupingInRecursion
+                                                               : 0;
+    if (!depth.empty() && notInRecursion) throw sqlError(notInRecursion, {m_with.back().table->name});
+    if (!depth.empty()) list += ", " + depth;
     std::string rows = fromSql + whereSql + groupSql + havingSql;
     if (select.having && select.groupBy.empty() &&
         !listHasAggregate)  // SQLite detects grouping only in the select list
@@ -148,15 +150,6 @@ QueryText Translator::select(const Select& select, const Query& query) {
     text.sql += orderSql + limitSql;
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
-}
-
-void Translator::refuseInRecursion(const Select& select) const {
-    const bool grouped = !select.groupBy.empty() || select.having || m_scope->sawAggregate;
-    const int error = select.distinct ? message::kDistinctInRecursion
-                      : select.top    ? message::kTopInRecursion
-                      : grouped       ? message::kGroupingInRecursion
-                                      : 0;
-    if (error) throw sqlError(error, {m_with.back().table->name});
 }
 
 // SELECT @v = @v + a FROM t ORDER BY b. Rows are sorted before the first value is computed.
@@ -510,13 +503,18 @@ std::string Translator::packedTable(const std::string& rows, const std::vector<O
     return "json_each(" + rows + ") AS " + sqlAlias;
 }
 
-void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
-    if (names.empty()) return;
-    if (names.size() != text.columns.size())
+void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
+                        int unnamed, int repeated) {
+    if (!names.empty() && names.size() != text.columns.size())
         throw sqlError(names.size() > text.columns.size() ? message::kFewerColumnsThanNames
                                                           : message::kMoreColumnsThanNames,
                        {of});
     for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
+    std::set<std::string> seen;
+    for (const auto& [column, alias, isNull, isNew] : text.columns) {
+        if (column.name.empty()) throw sqlError(unnamed, {alias.substr(1), of});
+        if (!seen.insert(toLower(column.name)).second) throw sqlError(repeated, {column.name, of});
+    }
 }
 
 // Adds a source with these columns to the scope and returns its alias in SQLite.
@@ -534,12 +532,6 @@ std::string Translator::addSource(const std::vector<OutputColumn>& columns, cons
 std::string Translator::derivedTable(QueryText text, const std::vector<std::string>& names,
                                      const std::string& alias, bool applied) {
     rename(text, names, alias);
-    WordSet seen;
-    for (const auto& [column, sqlName, nullLiteral, isNew] : text.columns) {
-        if (column.name.empty()) throw sqlError(message::kUnnamedColumn, {sqlName.substr(1), alias});
-        if (!seen.insert(column.name).second)
-            throw sqlError(message::kColumnSpecifiedTwice, {column.name, alias});
-    }
     if (!applied) return "(" + text.sql + ") AS " + addSource(text.columns, alias);
     return packedTable("(SELECT json_group_array(ts_pack(" + commaList(text.columns, &OutputColumn::alias) +
                            ")) FROM (" + text.sql + "))",
@@ -580,8 +572,6 @@ std::string Translator::recursiveReference(const NamedQuery& table, const std::s
 std::string Translator::join(const Join& join) {
     static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
                                                   " CROSS JOIN "};
-    static constexpr std::string_view kSwapped[] = {" JOIN ", " RIGHT JOIN ", " LEFT JOIN ", " FULL JOIN ",
-                                                    " CROSS JOIN "};
     for (const auto& table : m_with)  // outer rows would make the recursion endless
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
             throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
@@ -596,14 +586,16 @@ std::string Translator::join(const Join& join) {
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;
-    const auto kind = static_cast<std::size_t>(join.kind);
     const bool isNested = std::holds_alternative<Join>(join.right->node);
     // SQLite hides the row ids of a join in parentheses, which a change of its tables needs. Hence the join
     // comes first, if it can.
     const bool swaps = isNested && !std::holds_alternative<Join>(join.left->node);
     if (isNested && !swaps) right = "(" + right + ")";
-    std::string sql =
-        swaps ? right + std::string(kSwapped[kind]) + left : left + std::string(kWords[kind]) + right;
+    const auto words = [](JoinKind each) { return std::string(kWords[static_cast<std::size_t>(each)]); };
+    const JoinKind swapped = join.kind == JoinKind::Left    ? JoinKind::Right
+                             : join.kind == JoinKind::Right ? JoinKind::Left
+                                                            : join.kind;
+    std::string sql = swaps ? right + words(swapped) + left : left + words(join.kind) + right;
     if (!join.on) return sql;
     const Temporarily onlyOfJoin(m_scope->firstSource, begin);
     return sql + " ON " + condition(*join.on);
