@@ -10,18 +10,6 @@
 namespace tsql {
 namespace {
 
-// (value); returns it, and notes a NULL that an aggregate skips
-Value runNoted(const SqlCall& call) {
-    if (isNull(call[0])) call.context().noteNullLeftOut();
-    return ownedValue(call[0]);
-}
-
-// (rows, value); the value of a subquery, which may have one row at most
-Value runSingle(const SqlCall& call) {
-    if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
-    return ownedValue(call[1]);
-}
-
 // (depth, limit); depth + 1; limit 0: none
 Value runDeeper(const SqlCall& call) {
     if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
@@ -219,8 +207,18 @@ const ScalarFunction kQueryTable[] = {
          const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));
          return value ? Value(*value) : Value(Null{});
      }},
-    {"ts_noted", runNoted, kReach, Purity::Varying},
-    {"ts_single", runSingle, kReach},
+    {"ts_noted",  // (value); returns it, and notes a NULL that an aggregate skips
+     [](const SqlCall& call) {
+         if (isNull(call[0])) call.context().noteNullLeftOut();
+         return ownedValue(call[0]);
+     },
+     kReach, Purity::Varying},
+    {"ts_single",  // (rows, value); the value of a subquery, which may have one row at most
+     [](const SqlCall& call) {
+         if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
+         return ownedValue(call[1]);
+     },
+     kReach},
     {"ts_deeper", runDeeper},
     {"ts_rows", runRows, kReach},
     {"ts_pack", [](const SqlCall& call) -> Value { return packed(call.arguments()); }, kReach},

@@ -27,16 +27,18 @@ bool hasVarBinary(const QueryText& text) {
                                [](const auto& each) { return each.column.type.id == TypeId::VarBinary; });
 }
 
+// The columns in the form in which equal values are the same.
+std::string keysOf(const QueryText& text, const std::string& prefix = {}) {
+    return commaList(text.columns, [&](const OutputColumn& each) {
+        return comparable({prefix + each.alias, each.column.type});
+    });
+}
+
 // One row for all rows that are equal. DISTINCT of SQLite does not ignore the zeros at the end of binary
 // strings.
 std::string distinctRows(const std::string& rows, const QueryText& text) {
-    std::string list, keys;
-    for (const auto& [column, alias, isNull, isNew] : text.columns) {
-        const std::string comma = list.empty() ? "" : ", ";
-        list += comma + alias + " AS " + alias;
-        keys += comma + comparable({alias, column.type});
-    }
-    return "SELECT " + list + " FROM (" + rows + ") GROUP BY " + keys;
+    const auto named = [](const OutputColumn& each) { return each.alias + " AS " + each.alias; };
+    return "SELECT " + commaList(text.columns, named) + " FROM (" + rows + ") GROUP BY " + keysOf(text);
 }
 
 // Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
@@ -52,12 +54,9 @@ std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const
 std::string distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
                                  const QueryText& text) {
     if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
-    std::string equal;
-    for (const auto& [column, alias, isNull, isNew] : text.columns)
-        equal += (equal.empty() ? "" : " AND ") + comparable({"l." + alias, column.type}) + " IS " +
-                 comparable({"r." + alias, column.type});
     return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
-                            "EXISTS (SELECT 1 FROM (" + right + ") AS r WHERE " + equal + ")",
+                            "EXISTS (SELECT " + keysOf(text, "l.") + " INTERSECT SELECT " +
+                            keysOf(text, "r.") + " FROM (" + right + ") AS r)",
                         text);
 }
 
@@ -572,16 +571,16 @@ std::string Translator::recursiveReference(const NamedQuery& table, const std::s
 std::string Translator::join(const Join& join) {
     static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
                                                   " CROSS JOIN "};
+    static constexpr std::string_view kSwapped[] = {" JOIN ", " RIGHT JOIN ", " LEFT JOIN ", " FULL JOIN ",
+                                                    " CROSS JOIN "};
     for (const auto& table : m_with)  // outer rows would make the recursion endless
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
             throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
     const std::size_t begin = m_scope->sources.size();
-    const std::string left = tableRef(*join.left);
+    std::string left = tableRef(*join.left);
     const std::size_t middle = m_scope->sources.size();
-    std::string right = [&] {
-        const Temporarily onlyOfJoin(m_scope->firstSource, begin);
-        return tableRef(*join.right, join.applies);
-    }();
+    const Temporarily onlyOfJoin(m_scope->firstSource, begin);
+    std::string right = tableRef(*join.right, join.applies);
     const bool whole = join.kind == JoinKind::Full;
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
@@ -591,14 +590,10 @@ std::string Translator::join(const Join& join) {
     // comes first, if it can.
     const bool swaps = isNested && !std::holds_alternative<Join>(join.left->node);
     if (isNested && !swaps) right = "(" + right + ")";
-    const auto words = [](JoinKind each) { return std::string(kWords[static_cast<std::size_t>(each)]); };
-    const JoinKind swapped = join.kind == JoinKind::Left    ? JoinKind::Right
-                             : join.kind == JoinKind::Right ? JoinKind::Left
-                                                            : join.kind;
-    std::string sql = swaps ? right + words(swapped) + left : left + words(join.kind) + right;
-    if (!join.on) return sql;
-    const Temporarily onlyOfJoin(m_scope->firstSource, begin);
-    return sql + " ON " + condition(*join.on);
+    if (swaps) std::swap(left, right);
+    const std::string sql =
+        left.append((swaps ? kSwapped : kWords)[static_cast<std::size_t>(join.kind)]).append(right);
+    return join.on ? sql + " ON " + condition(*join.on) : sql;
 }
 
 }  // namespace tsql
