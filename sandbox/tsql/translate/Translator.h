@@ -40,12 +40,8 @@ class NameResolver {
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
 };
 
-struct SourceColumn {
-    std::string name;
+struct SourceColumn : Column {
     std::string sql;
-    SqlType type;
-    bool nullable = true;
-    bool identity = false;
 };
 
 // A table of a FROM clause. It has its own alias in SQLite.

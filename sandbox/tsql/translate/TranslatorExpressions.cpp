@@ -157,7 +157,7 @@ Typed Translator::node(const Call& call) {
         throw SqlError(message::kUnknownSetOption,
                        "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
     const FunctionKind kind = function->kind;
-    if (!call.within.empty() && kind != FunctionKind::Aggregate)
+    if (!call.within.empty() && function->name != "string_agg")
         throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
@@ -178,8 +178,6 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     const auto arguments = callArguments(call, /*datePart=*/false);
     Typed result = emitCall(function, arguments, call.distinct);
     if (!call.within.empty()) {
-        if (!sameWord(call.name.name, "STRING_AGG"))
-            throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
         std::string keys;
         for (const auto& item : call.within)
             keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
@@ -301,8 +299,7 @@ std::string Translator::test(const InList& in) {
 std::string Translator::test(const CompareQuery& compare) {
     const bool before = m_scope && std::exchange(m_scope->sawAggregate, false);
     const Typed operand = value(*compare.operand);
-    const bool aggregate = m_scope && m_scope->sawAggregate;
-    if (m_scope) m_scope->sawAggregate = before || aggregate;
+    const bool aggregate = m_scope && std::exchange(m_scope->sawAggregate, before || m_scope->sawAggregate);
     const QueryText text = query(*compare.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
     const Typed column{text.columns.front().alias, text.columns.front().column.type};

@@ -213,7 +213,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         for (const auto& column : source.columns) {
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
-            addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
+            addOutput(text, list, column,
                       collate ? collated({column.sql, column.type}, message::kTypeNotDistinct) : column.sql);
         }
     }
@@ -364,20 +364,16 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
 }
 
 std::string Translator::from(const std::vector<TableRefPtr>& tables) {
-    std::string sql;
+    std::vector<std::string> texts;
     bool hasJoin = false;
     for (const auto& table : tables) {
-        const std::string one = tableRef(*table);
         const bool isJoin = std::holds_alternative<Join>(table->node);
-        if (sql.empty())
-            sql = one;
-        else if (isJoin && !hasJoin)  // first, so that it needs no parentheses, which hide its row ids
-            sql = one + ", " + sql;
-        else
-            sql += isJoin ? ", (" + one + ")" : ", " + one;
-        hasJoin = hasJoin || isJoin;
+        // The first join comes first, so that it needs no parentheses, which hide its row ids.
+        const bool isFirst = isJoin && !std::exchange(hasJoin, hasJoin || isJoin);
+        const std::string one = tableRef(*table);
+        texts.insert(isFirst ? texts.begin() : texts.end(), isJoin && !isFirst ? "(" + one + ")" : one);
     }
-    return sql.empty() ? sql : " FROM " + sql;
+    return texts.empty() ? "" : " FROM " + commaList(texts);
 }
 
 std::string Translator::nextAlias() {
@@ -410,7 +406,7 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
     Source source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}};
     for (const auto& column : table.columns)
         source.columns.push_back(
-            {column.name, prefix + quotedName(column.name), column.type, column.nullable, column.identity});
+            {{column.name, column.type, column.nullable, column.identity}, prefix + quotedName(column.name)});
     m_scope->sources.push_back(std::move(source));
 }
 
@@ -522,8 +518,7 @@ std::string Translator::addSource(const std::vector<OutputColumn>& columns, cons
     const std::string prefix = sqlAlias + ".";
     Source source{exposed, {}, {}, {}, {}, {}};
     for (const auto& [column, alias, nullLiteral, isNew] : columns)
-        source.columns.push_back(
-            {column.name, prefix + alias, column.type, column.nullable, column.identity});
+        source.columns.push_back({column, prefix + alias});
     m_scope->sources.push_back(std::move(source));
     return sqlAlias;
 }
