@@ -253,8 +253,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
         {"too many attached databases", kManyDatabases},
         {"prohibited in generated columns",
          "a computed column with a user-defined function or one like GETDATE"},
-        {"misuse of aggregate", "an aggregate of columns of an outer query or of the left side of APPLY"},
-        {"no such column: s", "ORDER BY of a subquery with columns of an outer query"}};
+        {"misuse of aggregate", "an aggregate of columns of an outer query or of the left side of APPLY"}};
     for (const auto& [part, construct] : kLimits)
         if (text.find(part) != std::string::npos) return unsupported(construct);
     return {message::kUserDefined, "tsqlbox could not run the statement: " + text + "."};

@@ -10,20 +10,6 @@
 namespace tsql {
 namespace {
 
-// (depth, limit); depth + 1; limit 0: none
-Value runDeeper(const SqlCall& call) {
-    if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
-        throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
-    return call.integer(0) + 1;
-}
-
-// (requested rows, least, error)
-Value runRows(const SqlCall& call) {
-    if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
-    if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
-    return call.integer(0);
-}
-
 // The values as one string without characters that JSON escapes: for each one its kind, as the index in the
 // variant, and its bytes in hexadecimal digits, with commas between them.
 std::string packed(std::span<const CellView> cells) {
@@ -173,14 +159,6 @@ Value runIdOfType(const SqlCall& call) {
     return Null{};
 }
 
-// --- foreign keys in the system views
-
-// (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
-Value runReferenced(const SqlCall& call) {
-    const auto names = parseConstraint(call.text(0)).referencedColumns;
-    return names.empty() ? Value(Null{}) : Value(commaList(names));
-}
-
 constexpr auto kReach = Nulls::Reach;
 
 const ScalarFunction kQueryTable[] = {
@@ -219,8 +197,19 @@ const ScalarFunction kQueryTable[] = {
          return ownedValue(call[1]);
      },
      kReach},
-    {"ts_deeper", runDeeper},
-    {"ts_rows", runRows, kReach},
+    {"ts_deeper",  // (depth, limit); depth + 1; limit 0: none
+     [](const SqlCall& call) -> Value {
+         if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
+             throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
+         return call.integer(0) + 1;
+     }},
+    {"ts_rows",  // (requested rows, least, error)
+     [](const SqlCall& call) -> Value {
+         if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
+         if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
+         return call.integer(0);
+     },
+     kReach},
     {"ts_pack", [](const SqlCall& call) -> Value { return packed(call.arguments()); }, kReach},
     {"ts_unpack", runUnpack},
     {"ts_split", runSplit},
@@ -228,7 +217,12 @@ const ScalarFunction kQueryTable[] = {
     {"ts_xml_value", runXmlValue},
     {"ts_schema_of", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
     {"ts_bare_name", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
-    {"ts_referenced", runReferenced},
+    {"ts_referenced",  // (text of a foreign key); names of the columns that it references, or NULL without
+                       // any
+     [](const SqlCall& call) {
+         const auto names = parseConstraint(call.text(0)).referencedColumns;
+         return names.empty() ? Value(Null{}) : Value(commaList(names));
+     }},
     {"ts_on_delete", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
     {"ts_on_update", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
     {"ts_name_of_type", runNameOfType},

@@ -140,6 +140,7 @@ class Translator {
         bool sawAggregate = false;
         int aggregateDepth = 0;
         bool windows = false;  // window functions are allowed
+        int outerSources = 0;  // number of aliases given before its own
     };
     struct NamedQuery {
         const CommonTable* table;
@@ -151,14 +152,22 @@ class Translator {
     Typed node(const Literal& literal) { return tsql::literal(literal.constant); }
     Typed node(const VariableRef& variable);
     Typed node(const ColumnRef& column);
-    Typed node(const Unary& unary);
-    Typed node(const Binary& binary);
+    Typed node(const Unary& unary) {
+        return (unary.isBitNot ? emitBitNot : emitNegate)(value(*unary.operand));
+    }
+    Typed node(const Binary& binary) {
+        const Typed left = value(*binary.left);
+        return emitBinary(binary.op, left, value(*binary.right));
+    }
     Typed node(const Case& choice);
     Typed node(const Cast& cast);
     Typed node(const Call& call);
     Typed node(const ScalarQuery& query);
     Typed node(const NextValue& next);
-    std::string test(const Compare& compare);
+    std::string test(const Compare& compare) {
+        const Typed left = value(*compare.left);
+        return emitCompare(compare.op, left, value(*compare.right));
+    }
     std::string test(const Logic& logic);
     std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
     std::string test(const IsNull& isNull) { return "(" + value(*isNull.operand).sql + " IS NULL)"; }
@@ -205,9 +214,11 @@ class Translator {
 
     std::string groupBy(const Select& select);
     // distinctList: the select list of SELECT DISTINCT, which must contain the ORDER BY items; null without
-    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them.
+    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them. outerKeys:
+    // receives items for the select list: SQLite accepts columns of outer queries there only.
     std::string orderBy(const std::vector<OrderItem>& items, const QueryText& text,
-                        const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr);
+                        const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr,
+                        std::string* outerKeys = nullptr);
     std::string rowCount(const Expr& expr, int least, int error);
     std::string changeLimit(const ExprPtr& top);
     std::optional<std::size_t> outputPosition(const Expr& expr, const QueryText& text) const;

@@ -102,16 +102,6 @@ Typed Translator::node(const ColumnRef& column) {
     throw sqlError(message::kUnboundIdentifier, {path});
 }
 
-Typed Translator::node(const Unary& unary) {
-    const Typed operand = value(*unary.operand);
-    return unary.isBitNot ? emitBitNot(operand) : emitNegate(operand);
-}
-
-Typed Translator::node(const Binary& binary) {
-    const Typed left = value(*binary.left);
-    return emitBinary(binary.op, left, value(*binary.right));
-}
-
 Typed Translator::node(const Case& choice) {
     const Temporarily inner(m_nextValue, message::kNextValueInCase);
     std::vector<std::string> conditions;
@@ -266,11 +256,6 @@ Typed Translator::node(const ScalarQuery& scalar) {
     if (text.oneRow) return {"(" + text.sql + ")", column.type};
     // ts_single reports more than one row as an error; SQLite alone would use the first row.
     return {"(SELECT ts_single(count(*), " + alias + ") FROM (" + text.sql + "))", column.type};
-}
-
-std::string Translator::test(const Compare& compare) {
-    const Typed left = value(*compare.left);
-    return emitCompare(compare.op, left, value(*compare.right));
 }
 
 std::string Translator::test(const Logic& logic) {

@@ -1,5 +1,3 @@
-#include <regex>
-
 #include "translate/Translator.h"
 
 namespace tsql {
@@ -60,6 +58,12 @@ std::string distinctSetOperation(SetOp op, const std::string& left, const std::s
                         text);
 }
 
+// Whether the SQL uses one of the first sources to which nextAlias() has given an alias.
+bool usesSource(const std::string& sql, int sources) {
+    for (; sources > 0 && sql.find("s" + std::to_string(sources) + ".") == std::string::npos;) --sources;
+    return sources > 0;
+}
+
 const Select& firstSelect(const SetOperation& operation) {
     const auto* select = std::get_if<Select>(&operation.left->body);
     return select ? *select : firstSelect(std::get<SetOperation>(operation.left->body));
@@ -95,6 +99,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
     Scope scope;
     scope.outer = m_scope;
+    scope.outerSources = m_aliases;
     const Temporarily inner(m_scope, &scope);
     const Temporarily clause(m_nextValue, message::kNextValueInClause);
     QueryText text;
@@ -128,7 +133,9 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns(message::kUngroupedInHaving, grouped);
     scope.windows = true;
-    const std::string orderSql = orderBy(query.orderBy, text, select.distinct ? &list : nullptr);
+    std::string outerKeys;
+    const std::string orderSql =
+        orderBy(query.orderBy, text, select.distinct ? &list : nullptr, /*firstOfSet=*/nullptr, &outerKeys);
     scope.windows = false;
     refuseLooseColumns(message::kUngroupedInOrderBy, grouped);
 
@@ -145,8 +152,10 @@ QueryText Translator::select(const Select& select, const Query& query) {
         rows = " FROM (SELECT count(*)" + rows + ")";
     text.sql = select.distinct && hasVarBinary(text)
                    ? distinctRows("SELECT " + list + rows, text)
-                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows;
+                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + outerKeys + rows;
     text.sql += orderSql + limitSql;
+    if (!outerKeys.empty())
+        text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
 }
@@ -259,7 +268,8 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
 }
 
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text,
-                                const std::string* distinctList, const Select* firstOfSet) {
+                                const std::string* distinctList, const Select* firstOfSet,
+                                std::string* outerKeys) {
     std::string sql;
     std::set<std::string> columns;
     for (const auto& item : items) {
@@ -278,6 +288,10 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         else {
             const Typed typed = value(*item.value);
             key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text) : comparable(typed);
+            if (outerKeys && usesSource(key, m_scope->outerSources)) {
+                const std::string name = "k" + std::to_string(&item - items.data());
+                *outerKeys += ", " + std::exchange(key, name) + " AS " + name;
+            }
         }
         const bool isColumn = isLiteral || std::holds_alternative<ColumnRef>(node);
         if (isColumn && !columns.insert(key).second) throw sqlError(message::kRepeatedOrderByColumn);
@@ -300,8 +314,7 @@ std::string Translator::rowCount(const Expr& expr, int least, int error) {
     const Temporarily outer(m_scope, m_scope ? m_scope->outer : nullptr);
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
-    static const std::regex column(R"(\bs\d+\.)");  // of an argument of an inline function
-    if (std::regex_search(rows.sql, column)) throw unsupported("a column as the number of TOP or OFFSET");
+    if (usesSource(rows.sql, m_aliases)) throw unsupported("a column as the number of TOP or OFFSET");
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 

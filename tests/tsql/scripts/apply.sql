@@ -44,6 +44,27 @@ SELECT * FROM totals
 --> id int | name nvarchar(20) = 1 | Ada a; 2 | Bob; 11 | Ada a; 12 | Bob (4 rows) (4 changed)
 --> total decimal(38,2)? = 123456789012345691.66; 1.00; NULL; NULL (4 rows)
 DECLARE @all nvarchar(99) = N'' SELECT @all += x.n + N';' FROM customer c CROSS APPLY (SELECT UPPER(c.name) AS n) x ORDER BY c.id DESC SELECT @all a --> a nvarchar(99)? = BOB;ADA A;BOB;ADA A; (1 rows)
+-- sorted by columns of the left side, also in other subqueries
+SELECT c.id, k.* FROM customer c CROSS APPLY (SELECT TOP 2 id, note FROM purchase ORDER BY ABS(id - 10 - c.id), id) k ORDER BY 1, 2
+SELECT c.id, k.* FROM customer c CROSS APPLY (SELECT customer, note + c.name AS n, COUNT(*) m FROM purchase GROUP BY customer, note ORDER BY note + c.name DESC OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY) k ORDER BY 1
+SELECT c.id, (SELECT TOP 1 id FROM purchase ORDER BY CASE customer WHEN c.id THEN 0 ELSE 1 END, id DESC) l FROM customer c WHERE 10 IN (SELECT TOP 1 id FROM purchase ORDER BY ABS(id - c.id * 10)) ORDER BY 1
+--> id int | id int | note varchar(9)?
+--> 1 | 10 | a
+--> 1 | 11 | B
+--> 2 | 11 | B
+--> 2 | 12 | é"\,
+--> 11 | 12 | é"\,
+--> 11 | 13 | NULL
+--> 12 | 12 | é"\,
+--> 12 | 13 | NULL (8 rows)
+--> id int | customer int? | n nvarchar(29)? | m int?
+--> 1 | 1 | BAda a | 1
+--> 2 | 1 | BBob | 1
+--> 11 | 1 | BAda a | 1
+--> 12 | 1 | BBob | 1 (4 rows)
+--> id int = 1 | l int? = 12 (1 rows)
+CREATE FUNCTION nearest (@to int) RETURNS TABLE AS RETURN SELECT TOP 1 id FROM purchase ORDER BY ABS(id - @to), id -->
+SELECT c.id, n.id FROM customer c CROSS APPLY dbo.nearest(c.id + 10) n ORDER BY 1 --> id int | id int = 1 | 11; 2 | 12; 11 | 13; 12 | 13 (4 rows)
 -- outer joins around, a table before a comma, a recursive common table expression
 SELECT c.id, k.x, p.id FROM customer c OUTER APPLY (SELECT c.id + 9 AS x WHERE c.id > 1) k FULL JOIN purchase p ON p.id = k.x WHERE p.id > 11 OR p.id IS NULL ORDER BY 1, 3
 SELECT c.id, p.id, k.x FROM customer c RIGHT JOIN purchase p ON p.customer = c.id + 1 CROSS APPLY (SELECT ISNULL(c.id, 0) + p.id AS x) k ORDER BY 2
@@ -54,8 +75,7 @@ SELECT p.id, k.x FROM customer c LEFT JOIN (purchase p CROSS APPLY (SELECT p.id 
 WITH r AS (SELECT 1 AS n UNION ALL SELECT k.m FROM r CROSS APPLY (SELECT r.n + 1 AS m) k WHERE k.m < 4) SELECT n FROM r --> n int? = 1; 2; 3 (3 rows)
 SELECT 1 FROM customer c, purchase p CROSS APPLY (SELECT c.id) k (x) --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "c.id" could not be bound.
 -- what is refused
-SELECT 1 FROM customer c CROSS APPLY (SELECT TOP 1 id FROM purchase ORDER BY ABS(id - c.id)) k --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support ORDER BY of a subquery with columns of an outer query.
-SELECT 1 FROM customer c CROSS APPLY (SELECT TOP (c.id) id FROM purchase) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column as the number of TOP or OFFSET.
+SELECT 1 FROM customer c CROSS APPLY (SELECT TOP (c.id) id FROM purchase) p --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support a column as the number of TOP or OFFSET.
 SELECT 1 FROM customer c CROSS APPLY (SELECT SUM(c.id) AS s) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an aggregate of columns of an outer query or of the left side of APPLY.
 SELECT TOP (c.id) 1 FROM customer c --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "c.id" could not be bound.
 SELECT p.id FROM customer c CROSS APPLY dbo.purchasesOf(c.id, c.id) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column as the number of TOP or OFFSET.
