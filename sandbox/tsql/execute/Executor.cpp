@@ -248,11 +248,16 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
         return sqlError(message::kNestedTooDeeply);
-    if (text.find("prohibited in generated columns") != std::string::npos)
-        return unsupported("a computed column with a user-defined function or one like GETDATE");
-    // The files of the databases that were used first have been closed, or another one cannot be opened.
-    if (text.starts_with("no such table: ") || text.starts_with("too many attached databases"))
-        return unsupported("a statement or transaction over more than 10 databases");
+    // Files of databases are closed, or not opened, if there are too many of them.
+    constexpr std::string_view kManyDatabases = "a statement or transaction over more than 10 databases";
+    constexpr std::pair<std::string_view, std::string_view> kLimits[] = {
+        {"no such table: ", kManyDatabases},
+        {"too many attached databases", kManyDatabases},
+        {"prohibited in generated columns",
+         "a computed column with a user-defined function or one like GETDATE"},
+        {"misuse of aggregate", "an aggregate of columns of an outer query or of the left side of APPLY"}};
+    for (const auto& [part, construct] : kLimits)
+        if (text.find(part) != std::string::npos) return unsupported(construct);
     return {message::kUserDefined, "tsqlbox could not run the statement: " + text + "."};
 }
 

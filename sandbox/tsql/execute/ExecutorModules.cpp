@@ -47,14 +47,10 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
-        Translator::rename(text, module.columns, module.name.name);
-        for (const auto& [column, alias, nullLiteral, isNew] : text.columns) {
-            if (column.name.empty()) throw sqlError(message::kUnnamedViewColumn, {alias.substr(1)});
-            for (const auto& before : columns)
-                if (sameText(before.name, column.name))
-                    throw sqlError(message::kRepeatedViewColumn, {column.name, module.name.name});
+        Translator::rename(text, module.columns, module.name.name, message::kUnnamedViewColumn,
+                           message::kRepeatedViewColumn);
+        for (const auto& [column, alias, nullLiteral, isNew] : text.columns)
             columns.push_back({column.name, column.type, column.nullable});
-        }
     });
     return columns;
 }

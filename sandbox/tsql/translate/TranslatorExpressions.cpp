@@ -70,7 +70,7 @@ bool Translator::isNamed(const Source& source, std::span<const std::string> qual
 const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope, const Source*& source) {
     const std::string& name = column.path.back();
     const SourceColumn* found = nullptr;
-    for (const auto& each : scope.sources) {
+    for (const auto& each : std::span(scope.sources).subspan(scope.firstSource)) {
         if (!isNamed(each, std::span(column.path).first(column.path.size() - 1))) continue;
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
@@ -101,16 +101,6 @@ Typed Translator::node(const ColumnRef& column) {
     std::string path;
     for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
     throw sqlError(message::kUnboundIdentifier, {path});
-}
-
-Typed Translator::node(const Unary& unary) {
-    const Typed operand = value(*unary.operand);
-    return unary.isBitNot ? emitBitNot(operand) : emitNegate(operand);
-}
-
-Typed Translator::node(const Binary& binary) {
-    const Typed left = value(*binary.left);
-    return emitBinary(binary.op, left, value(*binary.right));
 }
 
 Typed Translator::node(const Case& choice) {
@@ -160,7 +150,7 @@ Typed Translator::node(const Call& call) {
         throw SqlError(message::kUnknownSetOption,
                        "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
     const FunctionKind kind = function->kind;
-    if (!call.within.empty() && kind != FunctionKind::Aggregate)
+    if (!call.within.empty() && function->name != "string_agg")
         throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
@@ -181,8 +171,6 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     const auto arguments = callArguments(call, /*datePart=*/false);
     Typed result = emitCall(function, arguments, call.distinct);
     if (!call.within.empty()) {
-        if (!sameWord(call.name.name, "STRING_AGG"))
-            throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
         std::string keys;
         for (const auto& item : call.within)
             keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
@@ -276,11 +264,6 @@ Typed Translator::node(const ScalarQuery& scalar) {
     return {"(SELECT ts_single(count(*), " + alias + ") FROM (" + text.sql + "))", column.type};
 }
 
-std::string Translator::test(const Compare& compare) {
-    const Typed left = value(*compare.left);
-    return emitCompare(compare.op, left, value(*compare.right));
-}
-
 std::string Translator::test(const Logic& logic) {
     const auto* inner = std::get_if<Logic>(&logic.left->node);
     const std::string left = condition(*logic.left);
@@ -307,8 +290,7 @@ std::string Translator::test(const InList& in) {
 std::string Translator::test(const CompareQuery& compare) {
     const bool before = m_scope && std::exchange(m_scope->sawAggregate, false);
     const Typed operand = value(*compare.operand);
-    const bool aggregate = m_scope && m_scope->sawAggregate;
-    if (m_scope) m_scope->sawAggregate = before || aggregate;
+    const bool aggregate = m_scope && std::exchange(m_scope->sawAggregate, before || m_scope->sawAggregate);
     const QueryText text = query(*compare.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
     const Typed column{text.columns.front().alias, text.columns.front().column.type};
