@@ -182,7 +182,10 @@ void Executor::afterError(const Message& message, bool raised) {
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
-    keepIdentities();
+    try {  // identities and values of sequences are not given again
+        skipIdentities();
+    } catch (const SqliteFailure&) {  // the disk is full: they may be reused
+    }
     // A constraint that no row has broken ends the batch.
     const bool badDefinition = message.number == message::kConstraintNotCreated && verb.empty();
     const bool endsBatch =

@@ -202,7 +202,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void skipIdentities();
     void noteHighest(const TableInfo& target);
     void renumber(Catalogue& catalogue, const TableInfo& table);
-    void keepIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
     void run(const CreateTable& create) { createTable(create); }
@@ -213,7 +212,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void define(const ObjectName& name, const std::function<void(Catalogue&)>& work);
     void checkDefaults(const CreateTable& definition);
     TableInfo createTable(const CreateTable& create);
-    bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
     void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
     std::optional<std::int64_t> counter(const std::string& schema, const std::string& name);
@@ -286,7 +284,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     using Arguments = std::vector<const Argument*>;
     Arguments bindArguments(const CreateModule& module, const Execute& execute, const std::string& name,
                             Frame& frame);
-    Value argumentValue(const Expr& argument, const SqlType& type);
     void returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
                        const Frame& frame);
     void inFrame(Frame& frame, const std::function<void()>& work);
@@ -312,7 +309,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool beginsImplicitly(const Statement& statement) const;
     void commit();
     void rollBack();
-    void rollBackTo(const std::string& name);
     void inTransaction(const std::function<void()>& work);
     void endTransaction(TransactionEvent event);
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }

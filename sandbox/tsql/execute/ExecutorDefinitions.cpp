@@ -149,8 +149,12 @@ TableInfo Executor::createTable(const CreateTable& create) {
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo object = newObject(owner, create.table, objectType::kTable);
         const auto taken = owner.find(object.key());
-        if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
-            throw sqlError(message::kObjectExists, {name});
+        // A procedure may create a temporary table with the name of its caller's.
+        const auto& own = m_frames.back()->temporary;
+        const bool isOwn =
+            !taken || !owner.isTemporary() || m_frames.size() == 1 ||
+            std::ranges::any_of(own, [&](const auto& each) { return each.stored == taken->stored; });
+        if (taken && !name.starts_with('@') && isOwn) throw sqlError(message::kObjectExists, {name});
         object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
         object.stored = object.key();
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
@@ -167,14 +171,6 @@ TableInfo Executor::createTable(const CreateTable& create) {
     });
     if (table.name.starts_with('#')) m_frames.back()->temporary.push_back(table);
     return table;
-}
-
-// Whether the current frame created the temporary table. A procedure may create one with the name of its
-// caller's.
-bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
-    return m_frames.size() == 1 || std::ranges::any_of(m_frames.back()->temporary, [&](const auto& table) {
-               return table.id == temporaryTable.id && table.stored == temporaryTable.stored;
-           });
 }
 
 // Sets the value that the next identity follows.

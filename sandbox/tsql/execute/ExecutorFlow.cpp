@@ -28,11 +28,11 @@ Flow Executor::run(const Assign& assign) {
 Flow Executor::run(const If& node) {
     if (m_settings.describeOnly) {  // both branches
         runStatement(*node.then);
-        return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
+    } else {
+        const bool condition = holds(*node.condition);
+        m_rowCount = m_error = 0;
+        if (condition) return runStatement(*node.then);
     }
-    const bool condition = holds(*node.condition);
-    m_rowCount = m_error = 0;
-    if (condition) return runStatement(*node.then);
     return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
 }
 

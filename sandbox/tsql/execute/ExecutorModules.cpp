@@ -320,20 +320,16 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
                 {name, parameter.name});
         if (argument && argument->output && !parameter.output)
             throw sqlError(message::kNotAnOutputParameter, {parameter.name});
-        frame.variables[parameter.name] = {value ? argumentValue(*value, parameter.type) : Value(Null{}),
-                                           parameter.type};
+        const TypedValue given = value ? evaluate(*value) : TypedValue{};
+        try {
+            frame.variables[parameter.name] = {convertValue(viewOf(given.value), given.type, parameter.type),
+                                               parameter.type};
+        } catch (const SqlError&) {
+            throw sqlError(message::kConversionError, {baseName(given.type.id), baseName(parameter.type.id)});
+        }
     }
     if (unknown) throw sqlError(message::kNotAParameter, {unknown->name, frame.procedure});
     return arguments;
-}
-
-Value Executor::argumentValue(const Expr& argument, const SqlType& type) {
-    const TypedValue given = evaluate(argument);
-    try {
-        return convertValue(viewOf(given.value), given.type, type);
-    } catch (const SqlError&) {
-        throw sqlError(message::kConversionError, {baseName(given.type.id), baseName(type.id)});
-    }
 }
 
 void Executor::returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,

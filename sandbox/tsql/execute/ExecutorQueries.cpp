@@ -344,14 +344,6 @@ void Executor::skipIdentities() {
     }
 }
 
-// Nor are they, or values of sequences, if their statement fails.
-void Executor::keepIdentities() {
-    try {
-        skipIdentities();
-    } catch (const SqliteFailure&) {  // the disk is full: they may be reused
-    }
-}
-
 // The caller has announced the change.
 void Executor::insertRow(const TableInfo& target, const ColumnList& columns,
                          const std::vector<TypedValue>& cells) {

@@ -108,37 +108,33 @@ bool Executor::resetAroundTransaction(std::string_view database) {
     return true;
 }
 
-void Executor::rollBackTo(const std::string& name) {
-    if (m_doomed) throw sqlError(message::kSavepointInDoomedTransaction);
-    m_knownTables.clear();
-    bool done = false;
-    keepTables([&] {
-        done = sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr,
-                            nullptr, nullptr) == SQLITE_OK;
-        skipIdentities();
-    });
-    if (!done) throw sqlError(message::kSavepointNotFound, {name});
-}
-
 void Executor::run(const Transaction& transaction) {
     const std::string name = transaction.variable.empty()
                                  ? transaction.name
                                  : evaluateText({m_line, VariableRef{transaction.variable}});
-    const TransactionVerb verb = transaction.verb;
-    if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(message::kRollbackInInsertExec);
-    if (verb == TransactionVerb::Rollback && m_transactions == 0)
-        throw sqlError(message::kRollbackWithoutBegin);
-    if (verb == TransactionVerb::Commit && m_transactions > 0 && m_transactions == m_fewestTransactions)
-        throw sqlError(message::kCommitInInsertExec);
-    const bool whole = name.empty() || sameWord(name, m_transactionName);
-    if (verb == TransactionVerb::Begin) begin(name);
-    if (verb == TransactionVerb::Save) {
+    if (transaction.verb == TransactionVerb::Begin) return begin(name);
+    if (transaction.verb == TransactionVerb::Commit) {
+        if (m_transactions > 0 && m_transactions == m_fewestTransactions)
+            throw sqlError(message::kCommitInInsertExec);
+        return commit();
+    }
+    if (transaction.verb == TransactionVerb::Save) {
         if (m_transactions == 0) throw sqlError(message::kSaveWithoutTransaction);
         beforeWrite();
-        m_connection.run("SAVEPOINT " + quotedName(name));
+        return m_connection.run("SAVEPOINT " + quotedName(name));
     }
-    if (verb == TransactionVerb::Commit) commit();
-    if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
+    if (m_insertsRows) throw sqlError(message::kRollbackInInsertExec);
+    if (m_transactions == 0) throw sqlError(message::kRollbackWithoutBegin);
+    if (name.empty() || sameWord(name, m_transactionName)) return rollBack();
+    if (m_doomed) throw sqlError(message::kSavepointInDoomedTransaction);
+    m_knownTables.clear();
+    bool done = false;
+    keepTables([&] {
+        const std::string sql = "ROLLBACK TO " + quotedName(name);
+        done = sqlite3_exec(m_connection.handle(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+        skipIdentities();
+    });
+    if (!done) throw sqlError(message::kSavepointNotFound, {name});
 }
 
 }  // namespace tsql

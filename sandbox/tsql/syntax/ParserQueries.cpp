@@ -25,10 +25,7 @@ constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
 };
 
 QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
-    auto query = std::make_unique<Query>();
-    query->line = line;
-    query->body = std::move(body);
-    return query;
+    return std::make_unique<Query>(Query{{}, std::move(body), {}, {}, {}, {}, {}, line});
 }
 
 Select select(Parser& in) {

@@ -195,10 +195,10 @@ Statement::Node tryCatch(Parser& in) {
 
 Statement::Node returnValue(Parser& in) {
     const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
-    const bool value = !in.peek().reserved || in.at("CASE") || in.at("NULL") || in.at("CONVERT") ||
-                       in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
-                       in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
-    if (ends || !value) return Return{};
+    constexpr std::string_view kBegins =
+        "CASE NULL CONVERT TRY_CONVERT COALESCE NULLIF LEFT RIGHT "
+        "CURRENT_TIMESTAMP";
+    if (ends || (in.peek().reserved && !hasWord(kBegins, toUpper(in.peek().raw)))) return Return{};
     if (!in.m_module || in.m_module->isTrigger())
         throw SyntaxError(sqlError(message::kReturnWithValueHere), in.peek().line);
     return Return{in.expression()};
