@@ -5,15 +5,12 @@
 #include "types/Text.h"
 
 namespace tsql {
-namespace {
 
 constexpr std::string_view kModes[] = {"IntentShared", "Shared", "Update", "IntentExclusive", "Exclusive"};
 // By mode: which modes, in the same order, other sessions may hold (+).
 constexpr std::string_view kCompatible[] = {"++++-", "+++--", "++---", "+--+-", "-----"};
 constexpr int kLongestCircle = 64;
 constexpr std::chrono::milliseconds kSlice(50);  // between two checks for cancellation
-
-}  // namespace
 
 std::optional<LockMode> lockModeNamed(std::string_view name) {
     for (std::size_t i = 0; i < std::size(kModes); ++i)

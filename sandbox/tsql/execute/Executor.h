@@ -77,7 +77,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // NameResolver
     SqlType variableType(std::string_view name) override;
     std::optional<TableInfo> findTable(const ObjectName& name) override;
-    TableInfo table(const ObjectName& name) override { return table(name, message::kInvalidObjectName); }
+    TableInfo table(const ObjectName& name) override { return table(name, kInvalidObjectName); }
     std::optional<SystemView> view(const ObjectName& name) override;
     std::int64_t mostRows() const override { return m_settings.mostRows; }
     std::optional<StoredModule> module(const ObjectName& name, std::string_view type) override;
@@ -271,7 +271,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const CreateModule& module);
     Flow run(const Execute& execute);
-    void checkBody(const CreateModule& module, const std::optional<TableInfo>& ofTrigger);
     std::shared_ptr<const Batch> parsed(const std::string& text);
     // inside: database in which the text runs; empty: the session's.
     void runText(const std::string& text, const std::string& inside);

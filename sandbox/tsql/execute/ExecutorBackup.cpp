@@ -77,15 +77,15 @@ Progress Executor::progress(std::int64_t step) const {
     return [this, step, reported = std::int64_t{0}](int percent) mutable {
         if (isCancelled()) throw BatchEnd{};
         while (step > 0 && reported < 100 && std::min<std::int64_t>(reported + step, 100) <= percent)
-            inform(message::kPercentProcessed,
+            inform(kPercentProcessed,
                    {std::to_string(reported = std::min<std::int64_t>(reported + step, 100))});
     };
 }
 
 // An error in `work` is followed by error 3013, which names the statement.
 void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
-    failingAs(sqlError(message::kBackupTerminated, {verb}), [&] {
-        if (m_transactions > 0) throw sqlError(message::kBackupWithinTransaction);
+    failingAs(sqlError(kBackupTerminated, {verb}), [&] {
+        if (m_transactions > 0) throw sqlError(kBackupWithinTransaction);
         work();
     });
 }
@@ -99,8 +99,8 @@ void Executor::informDone(std::string_view verb, const BackupHeader& header, std
     std::snprintf(speed, sizeof speed, "%.3f seconds (%.3f MB/sec)", seconds,
                   static_cast<double>(header.bytes) / kMegabyte / seconds);
     const std::string pages = std::to_string(header.pages);
-    inform(message::kPagesProcessed, {pages, database, header.database});
-    inform(message::kBackupProcessed, {verb, pages, speed});
+    inform(kPagesProcessed, {pages, database, header.database});
+    inform(kBackupProcessed, {verb, pages, speed});
 }
 
 void Executor::run(const Backup& backup) {
@@ -108,7 +108,7 @@ void Executor::run(const Backup& backup) {
         const auto start = std::chrono::steady_clock::now();
         const std::string file = evaluateText(*backup.file);
         if (!m_storage.isBackupPlace(file))
-            throw sqlError(message::kBackupDeviceNotOpened,
+            throw sqlError(kBackupDeviceNotOpened,
                            {file, "13", "not in the data folder or a --backup-folder"});
         const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
         const BackupHeader header =
@@ -132,7 +132,7 @@ Flow Executor::run(const Restore& restore) {
         const std::string file = evaluateText(*restore.file);
         if (restore.kind == RestoreKind::Verify) {
             verifyBackup(file, progress(0));
-            inform(message::kBackupSetValid);
+            inform(kBackupSetValid);
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
@@ -148,23 +148,23 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     const std::string name = evaluateText(*restore.database);
     std::vector<std::string> moved;
     for (const auto& each : restore.moved) moved.push_back(evaluateText(*each));
-    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(message::kRestoreOfOwnDatabase, {name});
-    if (m_storage.exists(name)) releaseDatabase(name, sqlError(message::kNoExclusiveAccess));
+    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(kRestoreOfOwnDatabase, {name});
+    if (m_storage.exists(name)) releaseDatabase(name, sqlError(kNoExclusiveAccess));
     try {
         const BackupHeader header =
             restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
         m_connection.attach(name);  // rebuilds outdated indexes
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {
-        if (error.number != message::kFileInUse) throw;
+        if (error.number != kFileInUse) throw;
         const BackupHeader header = readBackupHeader(file);
         for (const auto& row : fileListOf(header).rows) {
             if (m_tries > 0) break;
             const auto &own = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
-            inform(message::kFileInUse, {path, header.database});
-            inform(message::kFileCannotBeRestored, {own, path});
+            inform(kFileInUse, {path, header.database});
+            inform(kFileCannotBeRestored, {own, path});
         }
-        throw sqlError(message::kRestorePlanningFailed);
+        throw sqlError(kRestorePlanningFailed);
     }
 }
 

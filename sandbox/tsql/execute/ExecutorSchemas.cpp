@@ -5,12 +5,12 @@ namespace tsql {
 
 void Executor::run(const CreateSchema& create) {
     if (!create.owner.empty() && !sameWord(create.owner, "dbo"))
-        throw sqlError(message::kSecurableNotFound, {"find", "user", create.owner});
+        throw sqlError(kSecurableNotFound, {"find", "user", create.owner});
     define({}, [&](Catalogue& owner) {
-        failingAs(sqlError(message::kSchemaNotCreated), [&] {
-            if (owner.schemaNamed(create.name)) throw sqlError(message::kObjectExists, {create.name});
+        failingAs(sqlError(kSchemaNotCreated), [&] {
+            if (owner.schemaNamed(create.name)) throw sqlError(kObjectExists, {create.name});
         });
-        ObjectInfo schema{0, create.name, std::string(objectType::kSchema)};
+        ObjectInfo schema{0, create.name, std::string(kSchema)};
         owner.save(schema);
     });
 }
@@ -19,10 +19,10 @@ void Executor::dropSchema(const std::string& name, bool ifExists) {
     define({}, [&](Catalogue& owner) {
         const auto schema = owner.schemaNamed(name);
         if (!schema && ifExists) return;
-        if (!schema) throw sqlError(message::kSecurableNotFound, {"drop", "schema", name});
-        if (schema->object == 0) throw sqlError(message::kCannotDropBuiltIn, {"drop", "schema", name});
+        if (!schema) throw sqlError(kSecurableNotFound, {"drop", "schema", name});
+        if (schema->object == 0) throw sqlError(kCannotDropBuiltIn, {"drop", "schema", name});
         if (const auto objects = owner.objectsIn(name); !objects.empty())
-            throw sqlError(message::kReferencedByObject, {"drop schema", name, objects.front().name});
+            throw sqlError(kReferencedByObject, {"drop schema", name, objects.front().name});
         owner.remove(schema->object);
     });
 }
@@ -32,21 +32,21 @@ void Executor::run(const TransferObject& transfer) {
     define({}, [&](Catalogue& owner) {
         const auto schema = owner.schemaNamed(transfer.schema);
         if (!schema || schema->isOfSystem)
-            throw sqlError(message::kSecurableNotFound, {"alter", "schema", transfer.schema});
+            throw sqlError(kSecurableNotFound, {"alter", "schema", transfer.schema});
         auto moved = object(transfer.object);
         if (!moved || moved->parent != 0 || !transfer.object.database.empty())
-            throw sqlError(message::kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
+            throw sqlError(kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
         if (sameText(moved->schemaName, schema->name)) return;
         auto references = owner.keysTo(moved->id);
         const auto move = [&](ObjectInfo& each) {
             each.schemaName = schema->name;
-            if (owner.find(each.key())) throw sqlError(message::kTransferNameTaken, {each.name});
+            if (owner.find(each.key())) throw sqlError(kTransferNameTaken, {each.name});
             owner.save(each);
         };
         const std::string before = moved->stored;
-        if (moved->type == objectType::kTable) moved->stored = storedName(schema->name, moved->name);
+        if (moved->type == kTable) moved->stored = storedName(schema->name, moved->name);
         move(*moved);
-        if (moved->type == objectType::kTable)
+        if (moved->type == kTable)
             m_connection.run("ALTER TABLE " + owner.schema() + "." + quotedName(before) + " RENAME TO " +
                              quotedName(moved->stored));
         for (auto& key : references) {
@@ -54,7 +54,7 @@ void Executor::run(const TransferObject& transfer) {
             owner.save(key);
         }
         for (auto& key : owner.keysOf(moved->id))
-            if (key.type != objectType::kIndex) move(key);
+            if (key.type != kIndex) move(key);
         for (auto& trigger : owner.triggersOf(moved->id)) move(trigger);
     });
 }

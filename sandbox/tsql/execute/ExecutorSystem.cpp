@@ -43,8 +43,8 @@ int Executor::helpText(const Frame& frame) {
     ObjectName name = parseObjectName(textOf(frame, "@objname"));
     if (name.database.empty()) name.database = frame.database;
     const auto found = object(name);
-    if (!found) throw sqlError(message::kInvalidObject, {name.name, name.database});
-    if (found->source.empty()) throw sqlError(message::kNoTextOfObject, {name.name});
+    if (!found) throw sqlError(kInvalidObject, {name.name, name.database});
+    if (found->source.empty()) throw sqlError(kNoTextOfObject, {name.name});
     constexpr std::size_t kWidest = 255;
     const Column column{"Text", nvarcharType(kWidest)};
     std::vector<std::vector<Value>> rows;
@@ -63,10 +63,10 @@ std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_
     const std::string owner = textOf(frame, "@lockowner");
     const auto known = lockModeNamed(mode);
     const bool ofTransaction = sameWord(owner, "Transaction");
-    const int wrong = !known                                               ? message::kInvalidAppLockMode
-                      : !ofTransaction && !sameWord(owner, "Session")      ? message::kInvalidAppLockOwner
-                      : !sameWord(textOf(frame, "@dbprincipal"), "public") ? message::kInvalidAppLockPrincipal
-                      : ofTransaction && m_transactions == 0               ? message::kTransactionRequired
+    const int wrong = !known                                               ? kInvalidAppLockMode
+                      : !ofTransaction && !sameWord(owner, "Session")      ? kInvalidAppLockOwner
+                      : !sameWord(textOf(frame, "@dbprincipal"), "public") ? kInvalidAppLockPrincipal
+                      : ofTransaction && m_transactions == 0               ? kTransactionRequired
                                                                            : 0;
     if (wrong) {
         afterError(messageOf(sqlError(wrong, {frame.procedure}), m_line), /*raised=*/true);
@@ -88,7 +88,7 @@ int Executor::releaseAppLock(const Frame& frame) {
     const auto lock = appLock(frame, "Exclusive");
     if (!lock) return kWrongCall;
     if (m_locks.release(lock->resource, this, lock->ofTransaction)) return 0;
-    afterError(messageOf(sqlError(message::kAppLockNotHeld, {textOf(frame, "@resource")}), m_line),
+    afterError(messageOf(sqlError(kAppLockNotHeld, {textOf(frame, "@resource")}), m_line),
                /*raised=*/true);
     return kWrongCall;
 }

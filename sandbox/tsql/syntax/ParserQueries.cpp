@@ -39,7 +39,7 @@ Select select(Parser& in) {
     if (into && in.accept("INTO"))
         *into = in.objectName();
     else if (std::ranges::any_of(select.items, [](const auto& item) { return item.identity.has_value(); }))
-        throw SyntaxError(sqlError(message::kIdentityWithoutInto), in.faulty().line);
+        in.throwError(kIdentityWithoutInto, {}, in.faulty().line);
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
     if (in.accept("GROUP BY")) {
@@ -128,8 +128,7 @@ QueryPtr rowValues(Parser& in) {
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
             select.items.push_back({std::move(cell), {}, {}, {}});
-        if (rows && select.items.size() != width)
-            throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
+        if (rows && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
         width = select.items.size();
         QueryPtr row = queryOf(line, std::move(select));
         rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
@@ -229,11 +228,11 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
 
 // Nested query: ORDER BY needs TOP, OFFSET or FOR XML.
 QueryPtr Parser::subquery() {
-    if (m_scalarOnly) throw SyntaxError(sqlError(message::kSubqueryNotAllowedHere), peek().line);
+    if (m_scalarOnly) throwError(kSubqueryNotAllowedHere);
     QueryPtr query = this->query();
     const auto* select = std::get_if<Select>(&query->body);
     if (!query->orderBy.empty() && !(select && select->top) && !query->offset && !query->xml)
-        throw SyntaxError(sqlError(message::kOrderByNotAllowedHere), query->orderBy.front().value->line);
+        throwError(kOrderByNotAllowedHere, {}, query->orderBy.front().value->line);
     return query;
 }
 
@@ -243,8 +242,7 @@ std::vector<CommonTable> Parser::commonTables() {
     return list([this, &names] {
         CommonTable table;
         table.name = expectName();
-        if (!names.insert(toLower(table.name)).second)
-            throw SyntaxError(sqlError(message::kRepeatedCommonTableName, {table.name}), peek().line);
+        if (!names.insert(toLower(table.name)).second) throwError(kRepeatedCommonTableName, {table.name});
         if (at("(")) table.columns = columnNames();
         expect("AS");
         table.query = parenthesized([this] { return subquery(); });
@@ -310,8 +308,7 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
 ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
-    if (!m_declaredTables.contains(name.raw))
-        throw SyntaxError(sqlError(message::kUndeclaredTableVariable, {name.raw}), name.line);
+    if (!m_declaredTables.contains(name.raw)) throwError(kUndeclaredTableVariable, {name.raw}, name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 
@@ -350,8 +347,7 @@ std::optional<std::int64_t> Parser::options() {
             skipParenthesized();
         else if (takeToken().kind == TokenKind::End)
             throwSyntaxError();
-        if (most > kMost)
-            throw SyntaxError(sqlError(message::kMaxRecursionTooLarge, {std::to_string(*most)}), line);
+        if (most > kMost) throwError(kMaxRecursionTooLarge, {std::to_string(*most)}, line);
     }
     return most;
 }
