@@ -73,7 +73,7 @@ struct TableInfo {
 };
 
 // Object types, with the values of sysobjects.xtype.
-namespace objectType {
+inline namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
                                   kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX",

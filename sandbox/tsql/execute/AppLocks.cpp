@@ -5,18 +5,12 @@
 #include "types/Text.h"
 
 namespace tsql {
-namespace {
 
 constexpr std::string_view kModes[] = {"IntentShared", "Shared", "Update", "IntentExclusive", "Exclusive"};
-constexpr bool kCompatible[5][5] = {{true, true, true, true, false},
-                                    {true, true, true, false, false},
-                                    {true, true, false, false, false},
-                                    {true, false, false, true, false},
-                                    {false, false, false, false, false}};
+// By mode: which modes, in the same order, other sessions may hold (+).
+constexpr std::string_view kCompatible[] = {"++++-", "+++--", "++---", "+--+-", "-----"};
 constexpr int kLongestCircle = 64;
 constexpr std::chrono::milliseconds kSlice(50);  // between two checks for cancellation
-
-}  // namespace
 
 std::optional<LockMode> lockModeNamed(std::string_view name) {
     for (std::size_t i = 0; i < std::size(kModes); ++i)
@@ -28,7 +22,7 @@ std::vector<const void*> AppLocks::blockersOf(const Lock& lock) const {
     std::vector<const void*> blockers;
     for (const auto& held : m_granted)
         if (held.resource == lock.resource && held.session != lock.session &&
-            !kCompatible[static_cast<int>(held.mode)][static_cast<int>(lock.mode)])
+            kCompatible[static_cast<int>(held.mode)][static_cast<std::size_t>(lock.mode)] == '-')
             blockers.push_back(held.session);
     return blockers;
 }

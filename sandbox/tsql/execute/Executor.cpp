@@ -12,7 +12,7 @@ Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string
       m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
     m_database = storage.canonicalName(database);
-    if (m_database.empty()) throw sqlError(message::kCannotOpenDatabase, {database});
+    if (m_database.empty()) throw sqlError(kCannotOpenDatabase, {database});
     m_connection.attach(m_database);
     m_connection.onWait([this] {
         changeEntry([](SessionEntry& entry) { entry.waited = std::chrono::system_clock::now(); });
@@ -52,7 +52,7 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
         (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
     if (transactionLost() || (aborts && isCancelled())) rollBack();
     if (m_doomed) {
-        report(messageOf(sqlError(message::kDoomedAtEndOfBatch), 1, ""));
+        report(messageOf(sqlError(kDoomedAtEndOfBatch), 1, ""));
         rollBack();
     }
     frame.temporary.clear();  // #tables of a batch belong to the session
@@ -168,7 +168,7 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     } catch (const SqliteFailure& failure) {
         fail(errorOf(failure), line);
     } catch (const std::bad_alloc&) {
-        fail(sqlError(message::kInsufficientMemory), line);
+        fail(sqlError(kInsufficientMemory), line);
     }
     return Flow::Next;
 }
@@ -181,14 +181,16 @@ void Executor::afterError(const Message& message, bool raised) {
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
-    keepIdentities();
+    try {  // identities and values of sequences are not given again
+        skipIdentities();
+    } catch (const SqliteFailure&) {  // the disk is full: they may be reused
+    }
     // A constraint that no row has broken ends the batch.
-    const bool badDefinition = message.number == message::kConstraintNotCreated && verb.empty();
+    const bool badDefinition = message.number == kConstraintNotCreated && verb.empty();
     const bool endsBatch =
         !raised && (m_settings.abortOnError || endOf(message.number) == Ends::Batch || badDefinition);
     const bool endsHere = !raised && endOf(message.number) == Ends::Scope;
-    const bool refused =
-        !raised && message.number == message::kUserDefined;  // the statement is not supported
+    const bool refused = !raised && message.number == kUserDefined;  // the statement is not supported
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
     if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
         m_doomed = m_doomed || (endsBatch && m_transactions > 0);
@@ -203,7 +205,7 @@ void Executor::afterError(const Message& message, bool raised) {
         throw BatchEnd{};
     }
     if (!raised && !verb.empty() && !endsHere && !refused)
-        report({message::kStatementTerminated, 0, 0, message.line, message.procedure,
+        report({kStatementTerminated, 0, 0, message.line, message.procedure,
                 "The statement has been terminated."});
     done(-1);  // separates the error from the next statement's rows
     if (endsHere) throw ScopeEnd{};
@@ -211,7 +213,7 @@ void Executor::afterError(const Message& message, bool raised) {
 }
 
 void Executor::warnOfNulls() {
-    if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(message::kNullEliminated);
+    if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(kNullEliminated);
 }
 
 // Under NOCOUNT, procedures report only their result sets and errors.

@@ -77,7 +77,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // NameResolver
     SqlType variableType(std::string_view name) override;
     std::optional<TableInfo> findTable(const ObjectName& name) override;
-    TableInfo table(const ObjectName& name) override { return table(name, message::kInvalidObjectName); }
+    TableInfo table(const ObjectName& name) override { return table(name, kInvalidObjectName); }
     std::optional<SystemView> view(const ObjectName& name) override;
     std::int64_t mostRows() const override { return m_settings.mostRows; }
     std::optional<StoredModule> module(const ObjectName& name, std::string_view type) override;
@@ -202,7 +202,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void skipIdentities();
     void noteHighest(const TableInfo& target);
     void renumber(Catalogue& catalogue, const TableInfo& table);
-    void keepIdentities();
 
     // ---- definitions (ExecutorDefinitions.cpp)
     void run(const CreateTable& create) { createTable(create); }
@@ -213,7 +212,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void define(const ObjectName& name, const std::function<void(Catalogue&)>& work);
     void checkDefaults(const CreateTable& definition);
     TableInfo createTable(const CreateTable& create);
-    bool isOwn(const ObjectInfo& temporaryTable) const;
     void startIdentity(const TableInfo& table);
     void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
     std::optional<std::int64_t> counter(const std::string& schema, const std::string& name);
@@ -283,7 +281,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const CreateModule& module);
     Flow run(const Execute& execute);
-    void checkBody(const CreateModule& module, const std::optional<TableInfo>& ofTrigger);
     std::shared_ptr<const Batch> parsed(const std::string& text);
     static const CreateModule& moduleOf(const Batch& batch) {
         return std::get<CreateModule>(batch.statements.front()->node);
@@ -298,7 +295,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     using Arguments = std::vector<const Argument*>;
     Arguments bindArguments(const CreateModule& module, const Execute& execute, const std::string& name,
                             Frame& frame);
-    Value argumentValue(const Expr& argument, const SqlType& type);
     void returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
                        const Frame& frame);
     void inFrame(Frame& frame, const std::function<void()>& work);
@@ -343,7 +339,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool beginsImplicitly(const Statement& statement) const;
     void commit();
     void rollBack();
-    void rollBackTo(const std::string& name);
     void inTransaction(const std::function<void()>& work);
     void endTransaction(TransactionEvent event);
     bool transactionLost() { return m_begun && !m_connection.inTransaction(); }

@@ -25,10 +25,10 @@ void Executor::run(const SetOption& option) {
     }
     set(m_settings);
     if (option.table) {
-        const TableInfo target = table(*option.table, message::kObjectNotFound, 11);
-        if (!target.identityColumn()) throw sqlError(message::kNoIdentityColumn, {target.name});
+        const TableInfo target = table(*option.table, kObjectNotFound, 11);
+        if (!target.identityColumn()) throw sqlError(kNoIdentityColumn, {target.name});
         if (option.on && !m_settings.identityInsert.empty() && m_settings.identityInsert != target.fullName())
-            throw sqlError(message::kIdentityInsertAlreadyOn, {m_settings.identityInsert, target.name});
+            throw sqlError(kIdentityInsertAlreadyOn, {m_settings.identityInsert, target.name});
         if (option.on || m_settings.identityInsert == target.fullName())
             m_settings.identityInsert = option.on ? target.fullName() : "";
     }
@@ -44,25 +44,24 @@ void Executor::useDatabase(const std::string& name) {
 
 void Executor::run(const Use& use) {
     if (!m_frames.back()->procedure.empty())
-        throw sqlError(message::kNotAllowedHere,
-                       {"a USE database statement", "a procedure, function or trigger"});
+        throw sqlError(kNotAllowedHere, {"a USE database statement", "a procedure, function or trigger"});
     useDatabase(use.database);
-    inform(message::kDatabaseChanged, {m_database});
+    inform(kDatabaseChanged, {m_database});
 }
 
 void Executor::run(const CreateDatabase& create) {
-    if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"CREATE DATABASE"});
+    if (m_transactions > 0) throw sqlError(kNotWithinTransaction, {"CREATE DATABASE"});
     m_storage.create(create.name);
 }
 
 void Executor::run(const AlterDatabase& alter) {
     const std::string name = alter.name.empty() ? m_database : m_storage.canonicalName(alter.name);
-    if (name.empty()) throw sqlError(message::kCannotAlterDatabase, {alter.name});
-    if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"ALTER DATABASE"});
+    if (name.empty()) throw sqlError(kCannotAlterDatabase, {alter.name});
+    if (m_transactions > 0) throw sqlError(kNotWithinTransaction, {"ALTER DATABASE"});
     if (alter.newName.empty()) return;
-    releaseDatabase(name, sqlError(message::kDatabaseNotLocked));
+    releaseDatabase(name, sqlError(kDatabaseNotLocked));
     m_storage.rename(name, alter.newName);
-    inform(message::kDatabaseRenamed, {alter.newName});
+    inform(kDatabaseRenamed, {alter.newName});
 }
 
 // Detaches a database. Throws `inUse` if the session or another one uses it.
@@ -75,10 +74,10 @@ void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
 void Executor::dropDatabase(const std::string& name, bool ifExists) {
     if (!m_storage.exists(name)) {
         if (ifExists) return;
-        throw sqlError(message::kCannotDropMissing, {"database", name}, 1);
+        throw sqlError(kCannotDropMissing, {"database", name}, 1);
     }
-    if (m_transactions > 0) throw sqlError(message::kNotWithinTransaction, {"DROP DATABASE"});
-    releaseDatabase(name, sqlError(message::kCannotDropInUse, {name}));
+    if (m_transactions > 0) throw sqlError(kNotWithinTransaction, {"DROP DATABASE"});
+    releaseDatabase(name, sqlError(kCannotDropInUse, {name}));
     m_storage.drop(name);
 }
 
@@ -88,45 +87,39 @@ void Executor::run(const CheckDatabase& check) {
     const std::string name = check.database ? evaluateText(*check.database) : m_database;
     PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
     int faults = 0;
-    for (; findings.step() && findings.text(0) != "ok"; ++faults)
-        inform(message::kTableError, {findings.text(0)});
+    for (; findings.step() && findings.text(0) != "ok"; ++faults) inform(kTableError, {findings.text(0)});
     if (faults > 0 || !check.onlyFaults)
-        inform(message::kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
-    if (!check.onlyFaults) inform(message::kDbccDone);
+        inform(kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
+    if (!check.onlyFaults) inform(kDbccDone);
 }
 
 void Executor::run(const Maintenance& maintenance) {
     if (maintenance.table) {
-        const int missing =
-            maintenance.isDbcc ? message::kDbccTableUnknown : message::kStatisticsTableUnknown;
+        const int missing = maintenance.isDbcc ? kDbccTableUnknown : kStatisticsTableUnknown;
         const TableInfo target = table(*maintenance.table, missing);
         if (maintenance.checksIdentity) checkIdentity(target, maintenance);
     }
-    if (maintenance.isDbcc && !maintenance.onlyFaults) inform(message::kDbccDone);
+    if (maintenance.isDbcc && !maintenance.onlyFaults) inform(kDbccDone);
 }
 
 // DBCC CHECKIDENT. A given seed is the next identity of a table that never had one, else the last identity.
 void Executor::checkIdentity(const TableInfo& table, const Maintenance& check) {
     const TableColumn* identity = table.identityColumn();
-    if (!identity) throw sqlError(message::kTableWithoutIdentity, {table.name});
+    if (!identity) throw sqlError(kTableWithoutIdentity, {table.name});
     const std::int64_t unused = table.seed - table.increment, last = lastIdentity(table).value_or(unused);
     const auto highest = m_connection.number(
         std::string("SELECT ") + (table.increment < 0 ? "min(" : "max(") + quotedName(identity->name) +
         ") FROM " + table.sqlName() + " HAVING count(*) > 0");
     const std::string column = highest ? std::to_string(*highest) : "NULL";
     if (!check.onlyFaults)
-        inform(message::kIdentityChecked, {last == unused ? "NULL" : std::to_string(last),
-                                           check.seed ? "" : ", current column value '" + column + "'"});
+        inform(kIdentityChecked, {last == unused ? "NULL" : std::to_string(last),
+                                  check.seed ? "" : ", current column value '" + column + "'"});
     Value next = table.counted(std::max(table.counted(last), table.counted(highest.value_or(last))));
     if (check.seed) next = evaluate(*check.seed, identity->type);
-    if (!check.reseeds) return;
+    if (!check.reseeds || isNull(next)) return;
     beforeWrite();
-    m_givenIdentities.erase({table.schema, table.stored});
-    const Value values[] = {table.stored, next, check.seed && last == unused ? table.increment : 0,
-                            table.counted(1)};
-    m_connection.run(
-        "UPDATE " + table.schema + ".sqlite_sequence SET seq = coalesce((?2 - ?3) * ?4, seq) WHERE name = ?1",
-        values);
+    const std::int64_t step = check.seed && last == unused ? table.increment : 0;
+    setCounter(table.schema, table.stored, table.counted(std::get<std::int64_t>(next) - step));
 }
 
 // Sends a result set that is not from a query.

@@ -1,6 +1,5 @@
 // BACKUP, RESTORE and what they report.
 #include <cstdio>
-#include <map>
 #include <sstream>
 
 #include "execute/Executor.h"
@@ -15,55 +14,47 @@ struct BackupReport {
     std::vector<std::vector<Value>> rows;
 };
 
-// columns: the name and type of each column, and the value it has where a row gives none. Without that value
-// it is 0 or NULL.
-BackupReport reportOf(std::string_view columns, const std::vector<std::map<std::string_view, Value>>& rows) {
-    BackupReport report;
-    report.rows.resize(rows.size());
+// columns: the name and type of each column, and its value. "?" is the next value of the row; without a value
+// the column is 0 or NULL.
+BackupReport reportOf(std::string_view columns, const std::vector<std::vector<Value>>& rows) {
+    BackupReport report{{}, std::vector<std::vector<Value>>(rows.size())};
+    std::size_t next = 0;
     for (const std::string& item : listItems(columns)) {
         std::istringstream words(item);
-        std::string name, type, usual;
-        words >> name >> type >> usual;
+        std::string name, type, value;
+        words >> name >> type >> value;
         const SqlType is = report.columns.emplace_back(Column{name, parseType(type)}).type;
-        if (usual.empty()) usual = isNumber(is.id) ? "0" : "NULL";
-        const Value value =
-            usual == "NULL" ? Value(Null{}) : convertValue(usual, varcharType(SqlType::kMax), is);
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            const auto given = rows[i].find(name);
-            report.rows[i].push_back(given == rows[i].end() ? value : given->second);
-        }
+        if (value.empty()) value = isNumber(is.id) ? "0" : "NULL";
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            report.rows[i].push_back(value == "?"      ? rows[i][next]
+                                     : value == "NULL" ? Value(Null{})
+                                                       : convertValue(value, varcharType(SqlType::kMax), is));
+        next += value == "?";
     }
     return report;
 }
 
 BackupReport fileListOf(const BackupHeader& header) {
     constexpr std::string_view kColumns =
-        R"(LogicalName nvarchar(128); PhysicalName nvarchar(260); Type char(1); FileGroupName nvarchar(128);
-Size numeric(20); MaxSize numeric(20) 35184372080640; FileId bigint; CreateLSN numeric(25); DropLSN
+        R"(LogicalName nvarchar(128) ?; PhysicalName nvarchar(260) ?; Type char(1) ?; FileGroupName nvarchar(128) ?;
+Size numeric(20) ?; MaxSize numeric(20) 35184372080640; FileId bigint ?; CreateLSN numeric(25); DropLSN
 numeric(25); UniqueId uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes
-bigint; SourceBlockSize int 4096; FileGroupId int; LogGroupGUID uniqueidentifier; DifferentialBaseLSN
+bigint ?; SourceBlockSize int 4096; FileGroupId int ?; LogGroupGUID uniqueidentifier; DifferentialBaseLSN
 numeric(25); DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit 1; TDEThumbprint varbinary(32); SnapshotUrl nvarchar(360))";
-    return reportOf(kColumns, {{{"LogicalName", header.database},
-                                {"PhysicalName", header.dataFile},
-                                {"Type", std::string("D")},
-                                {"FileGroupName", std::string("PRIMARY")},
-                                {"Size", header.bytes},
-                                {"FileId", std::int64_t{1}},
-                                {"BackupSizeInBytes", header.bytes},
-                                {"FileGroupId", std::int64_t{1}}},
-                               {{"LogicalName", header.logName()},
-                                {"PhysicalName", header.dataFile + "-wal"},
-                                {"Type", std::string("L")},
-                                {"FileId", std::int64_t{2}}}});
+    const Value none = std::int64_t{0}, first = std::int64_t{1}, second = std::int64_t{2};
+    return reportOf(
+        kColumns,
+        {{header.database, header.dataFile, "D", "PRIMARY", header.bytes, first, header.bytes, first},
+         {header.logName(), header.dataFile + "-wal", "L", Null{}, none, second, none, none}});
 }
 
 BackupReport headerOf(const BackupHeader& header) {
     constexpr std::string_view kColumns =
-        R"(BackupName nvarchar(128); BackupDescription nvarchar(255); BackupType smallint 1; ExpirationDate
+        R"(BackupName nvarchar(128) ?; BackupDescription nvarchar(255) ?; BackupType smallint 1; ExpirationDate
 datetime; Compressed bit; Position smallint 1; DeviceType tinyint 2; UserName nvarchar(128); ServerName
-nvarchar(128); DatabaseName nvarchar(128); DatabaseVersion int; DatabaseCreationDate datetime; BackupSize
-numeric(20); FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN
-numeric(25); BackupStartDate datetime; BackupFinishDate datetime; SortOrder smallint; CodePage smallint;
+nvarchar(128); DatabaseName nvarchar(128) ?; DatabaseVersion int; DatabaseCreationDate datetime; BackupSize
+numeric(20) ?; FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN
+numeric(25); BackupStartDate datetime ?; BackupFinishDate datetime ?; SortOrder smallint; CodePage smallint;
 UnicodeLocaleId int; UnicodeComparisonStyle int; CompatibilityLevel tinyint 150; SoftwareVendorId int;
 SoftwareVersionMajor int 15; SoftwareVersionMinor int; SoftwareVersionBuild int 2000; MachineName
 nvarchar(128); Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collation
@@ -72,16 +63,11 @@ bit; IsReadOnly bit; IsSingleUser bit; HasBackupChecksums bit 1; IsDamaged bit; 
 HasIncompleteMetaData bit; IsForceOffline bit; IsCopyOnly bit; FirstRecoveryForkID uniqueidentifier;
 ForkPointLSN numeric(25) NULL; RecoveryModel nvarchar(60) SIMPLE; DifferentialBaseLSN numeric(25) NULL;
 DifferentialBaseGUID uniqueidentifier; BackupTypeDescription nvarchar(60) Database; BackupSetGUID
-uniqueidentifier; CompressedBackupSize bigint; Containment tinyint; KeyAlgorithm nvarchar(32);
+uniqueidentifier; CompressedBackupSize bigint ?; Containment tinyint; KeyAlgorithm nvarchar(32);
 EncryptorThumbprint varbinary(20); EncryptorType nvarchar(32))";
     const auto given = [](const std::string& text) { return text.empty() ? Value(Null{}) : Value(text); };
-    return reportOf(kColumns, {{{"BackupName", given(header.name)},
-                                {"BackupDescription", given(header.description)},
-                                {"CompressedBackupSize", header.bytes},
-                                {"DatabaseName", header.database},
-                                {"BackupSize", header.bytes},
-                                {"BackupStartDate", header.started},
-                                {"BackupFinishDate", header.finished}}});
+    return reportOf(kColumns, {{given(header.name), given(header.description), header.database, header.bytes,
+                                header.started, header.finished, header.bytes}});
 }
 
 }  // namespace
@@ -91,15 +77,15 @@ Progress Executor::progress(std::int64_t step) const {
     return [this, step, reported = std::int64_t{0}](int percent) mutable {
         if (isCancelled()) throw BatchEnd{};
         while (step > 0 && reported < 100 && std::min<std::int64_t>(reported + step, 100) <= percent)
-            inform(message::kPercentProcessed,
+            inform(kPercentProcessed,
                    {std::to_string(reported = std::min<std::int64_t>(reported + step, 100))});
     };
 }
 
 // An error in `work` is followed by error 3013, which names the statement.
 void Executor::runMedia(std::string_view verb, const std::function<void()>& work) {
-    failingAs(sqlError(message::kBackupTerminated, {verb}), [&] {
-        if (m_transactions > 0) throw sqlError(message::kBackupWithinTransaction);
+    failingAs(sqlError(kBackupTerminated, {verb}), [&] {
+        if (m_transactions > 0) throw sqlError(kBackupWithinTransaction);
         work();
     });
 }
@@ -113,8 +99,8 @@ void Executor::informDone(std::string_view verb, const BackupHeader& header, std
     std::snprintf(speed, sizeof speed, "%.3f seconds (%.3f MB/sec)", seconds,
                   static_cast<double>(header.bytes) / kMegabyte / seconds);
     const std::string pages = std::to_string(header.pages);
-    inform(message::kPagesProcessed, {pages, database, header.database});
-    inform(message::kBackupProcessed, {verb, pages, speed});
+    inform(kPagesProcessed, {pages, database, header.database});
+    inform(kBackupProcessed, {verb, pages, speed});
 }
 
 void Executor::run(const Backup& backup) {
@@ -122,7 +108,7 @@ void Executor::run(const Backup& backup) {
         const auto start = std::chrono::steady_clock::now();
         const std::string file = evaluateText(*backup.file);
         if (!m_storage.isBackupPlace(file))
-            throw sqlError(message::kBackupDeviceNotOpened,
+            throw sqlError(kBackupDeviceNotOpened,
                            {file, "13", "not in the data folder or a --backup-folder"});
         const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
         const BackupHeader header =
@@ -146,7 +132,7 @@ Flow Executor::run(const Restore& restore) {
         const std::string file = evaluateText(*restore.file);
         if (restore.kind == RestoreKind::Verify) {
             verifyBackup(file, progress(0));
-            inform(message::kBackupSetValid);
+            inform(kBackupSetValid);
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
@@ -162,23 +148,23 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     const std::string name = evaluateText(*restore.database);
     std::vector<std::string> moved;
     for (const auto& each : restore.moved) moved.push_back(evaluateText(*each));
-    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(message::kRestoreOfOwnDatabase, {name});
-    if (m_storage.exists(name)) releaseDatabase(name, sqlError(message::kNoExclusiveAccess));
+    if (databaseKey(name) == databaseKey(m_database)) throw sqlError(kRestoreOfOwnDatabase, {name});
+    if (m_storage.exists(name)) releaseDatabase(name, sqlError(kNoExclusiveAccess));
     try {
         const BackupHeader header =
             restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
         m_connection.attach(name);  // rebuilds outdated indexes
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {
-        if (error.number != message::kFileInUse) throw;
+        if (error.number != kFileInUse) throw;
         const BackupHeader header = readBackupHeader(file);
         for (const auto& row : fileListOf(header).rows) {
             if (m_tries > 0) break;
             const auto &own = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
-            inform(message::kFileInUse, {path, header.database});
-            inform(message::kFileCannotBeRestored, {own, path});
+            inform(kFileInUse, {path, header.database});
+            inform(kFileCannotBeRestored, {own, path});
         }
-        throw sqlError(message::kRestorePlanningFailed);
+        throw sqlError(kRestorePlanningFailed);
     }
 }
 

@@ -13,14 +13,12 @@ void Executor::checkNode(const Node& node) {
             if constexpr (requires { node.type; })
                 if (!value.nullLiteral) requireImplicit(value.type, node.type);
         }
-    if constexpr (std::is_same_v<Node, If>) {
-        check(*node.then);
+    if constexpr (requires { check(*node.then); }) check(*node.then);
+    if constexpr (requires { check(*node.otherwise); })
         if (node.otherwise) check(*node.otherwise);
-    } else if constexpr (std::is_same_v<Node, While>) {
-        check(*node.body);
-    } else if constexpr (std::is_same_v<Node, Compound>) {
-        check(node.statements);
-    } else if constexpr (std::is_same_v<Node, TryCatch>) {
+    if constexpr (requires { check(*node.body); }) check(*node.body);
+    if constexpr (requires { node.statements; }) check(node.statements);
+    if constexpr (requires { node.handler; }) {
         check(node.attempt);
         check(node.handler);
     } else if constexpr (std::is_same_v<Node, Declare>) {
@@ -29,7 +27,7 @@ void Executor::checkNode(const Node& node) {
             checkNode(each);
         }
     } else if constexpr (std::is_same_v<Node, Use>) {
-        if (!m_storage.exists(node.database)) throw sqlError(message::kUnknownDatabase, {node.database});
+        if (!m_storage.exists(node.database)) throw sqlError(kUnknownDatabase, {node.database});
         m_frames.back()->database = node.database;
     } else if constexpr (isOneOf<Node, SelectStatement, DeclareCursor>) {
         translator.query(*node.query);
@@ -44,8 +42,8 @@ void Executor::checkNode(const Node& node) {
         // Not all system procedures are supported.
         const std::string &caller = m_frames.back()->procedure, &called = node.procedure.name;
         const bool isSkipped = caller.empty() || called.empty() || lowerAscii(called).starts_with("sp_");
-        if (!isSkipped && !module(node.procedure, objectType::kProcedure))
-            inform(message::kMissingDependency, {caller, asWritten(node.procedure)});
+        if (!isSkipped && !module(node.procedure, kProcedure))
+            inform(kMissingDependency, {caller, asWritten(node.procedure)});
     } else if constexpr (std::is_base_of_v<Change, Node>) {
         const TableInfo target = changedTable(node, translator);
         if constexpr (std::is_same_v<Node, Update>)
@@ -70,7 +68,7 @@ void Executor::check(const Statement& statement) {
     try {
         std::visit([this](const auto& node) { checkNode(node); }, statement.node);
     } catch (const SqlError& error) {
-        if (error.number == message::kInvalidObjectName || error.number == message::kFunctionNotFound ||
+        if (error.number == kInvalidObjectName || error.number == kFunctionNotFound ||
             endOf(error.number) != Ends::Scope)
             return;
         fail(error, statement.line);

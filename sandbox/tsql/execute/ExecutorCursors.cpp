@@ -24,7 +24,7 @@ Cursors& Executor::cursorsWith(const CursorName& cursor) {
     const std::string name = toLower(cursor.name);
     Cursors& local = m_frames.back()->cursors;
     if (!cursor.global && local.contains(name)) return local;
-    if (!m_cursors.contains(name)) throw sqlError(message::kCursorNotFound, {cursor.name});
+    if (!m_cursors.contains(name)) throw sqlError(kCursorNotFound, {cursor.name});
     return m_cursors;
 }
 
@@ -39,12 +39,12 @@ Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
 Flow Executor::run(const DeclareCursor& declare) {
     Cursors& cursors = declare.local ? m_frames.back()->cursors : m_cursors;
     const std::string name = toLower(declare.name);
-    if (cursors.contains(name)) throw sqlError(message::kCursorExists, {declare.name});
+    if (cursors.contains(name)) throw sqlError(kCursorExists, {declare.name});
     Translator translator(*this);
     Cursor cursor;
     cursor.query = translator.query(*declare.query);
     if (!translator.assignments().empty())
-        throw sqlError(message::kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
+        throw sqlError(kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
     cursor.parameters = parameterValues(translator);
     cursor.scroll = declare.scroll;
     cursor.counted = declare.counted;
@@ -57,7 +57,7 @@ void Executor::run(const ChangeCursor& change) {
     Cursors& cursors = cursorsWith(change.cursor);
     Cursor& cursor = cursors.at(name);
     if (change.verb == CursorVerb::Open) {
-        if (cursor.open) throw sqlError(message::kCursorAlreadyOpen);
+        if (cursor.open) throw sqlError(kCursorAlreadyOpen);
         cursor.rows.clear();
         cursor.at = 0;
         PreparedStatement statement(m_connection, cursor.query.sql);
@@ -74,7 +74,7 @@ void Executor::run(const ChangeCursor& change) {
     } else if (change.verb == CursorVerb::Deallocate) {
         cursors.erase(name);
     } else {
-        if (!cursor.open) throw sqlError(message::kCursorNotOpen);
+        if (!cursor.open) throw sqlError(kCursorNotOpen);
         cursor.open = false;
         cursor.rows.clear();
     }
@@ -83,12 +83,11 @@ void Executor::run(const ChangeCursor& change) {
 Flow Executor::run(const Fetch& fetch) {
     Cursor& cursor = cursorsWith(fetch.cursor).at(toLower(fetch.cursor.name));
     const auto& columns = cursor.query.columns;
-    if (!cursor.open) throw sqlError(message::kCursorNotOpen);
+    if (!cursor.open) throw sqlError(kCursorNotOpen);
     constexpr std::string_view kTypes[] = {"next", "prior", "first", "last", "absolute", "relative"};
     if (!cursor.scroll && fetch.from != FetchFrom::Next)
-        throw sqlError(message::kForwardOnlyCursor, {kTypes[static_cast<std::size_t>(fetch.from)]});
-    if (!fetch.into.empty() && fetch.into.size() != columns.size())
-        throw sqlError(message::kCursorColumnCount);
+        throw sqlError(kForwardOnlyCursor, {kTypes[static_cast<std::size_t>(fetch.from)]});
+    if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(kCursorColumnCount);
     const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
     const auto* number = std::get_if<std::int64_t>(&offset);
     cursor.at = target(cursor, fetch.from, number ? *number : 0);
@@ -105,9 +104,9 @@ Flow Executor::run(const Fetch& fetch) {
             setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
         } catch (const SqlError& error) {
             const bool isTypeMismatch =
-                error.number == message::kOperandTypeClash || error.number == message::kNoImplicitConversion;
+                error.number == kOperandTypeClash || error.number == kNoImplicitConversion;
             if (!isTypeMismatch) throw;
-            throw sqlError(message::kCursorTypeMismatch,
+            throw sqlError(kCursorTypeMismatch,
                            {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
         }
     return finished(found);

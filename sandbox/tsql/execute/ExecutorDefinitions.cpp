@@ -9,7 +9,7 @@ namespace {
 // A key of the identity column alone needs no index, since that column is SQLite's row id.
 bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     const TableColumn* identity = table.identityColumn();
-    const bool isKey = key.type == objectType::kPrimaryKey || key.type == objectType::kUnique;
+    const bool isKey = key.type == kPrimaryKey || key.type == kUnique;
     return isKey && (!identity || key.columns.size() > 1 || !sameText(identity->name, key.columns.front()));
 }
 
@@ -33,7 +33,7 @@ std::string nullsOf(const TableInfo& table, const ObjectInfo& index) {
 
 // Whether the constraint is a condition of rows, which can be disabled.
 bool isCondition(const ObjectInfo& key) {
-    return key.type == objectType::kCheck || key.type == objectType::kForeignKey;
+    return key.type == kCheck || key.type == kForeignKey;
 }
 
 void setState(Catalogue& catalogue, ObjectInfo& constraint, std::string_view state) {
@@ -45,7 +45,7 @@ void setState(Catalogue& catalogue, ObjectInfo& constraint, std::string_view sta
 
 const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name, bool isIndex) {
     const auto found = std::ranges::find_if(keys, [&](const ObjectInfo& key) {
-        return (key.type == objectType::kIndex) == isIndex && sameText(key.name, name);
+        return (key.type == kIndex) == isIndex && sameText(key.name, name);
     });
     return found == keys.end() ? nullptr : &*found;
 }
@@ -54,20 +54,17 @@ const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view
 void refuseSecondIndex(const std::vector<ObjectInfo>& keys, std::string_view name, const TableInfo& table) {
     const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
     if (keyNamed(keys, name, /*isIndex=*/true) || (key && isUniqueKey(*key)))
-        throw sqlError(message::kIndexExists, {name, table.qualifiedName()});
+        throw sqlError(kIndexExists, {name, table.qualifiedName()});
 }
 
 void requireKeyType(const TableInfo& table, const TableColumn& column) {
     if (column.type.length == SqlType::kMax || isLob(column.type.id))
-        throw sqlError(message::kInvalidKeyColumnType, {column.name, table.name});
+        throw sqlError(kInvalidKeyColumnType, {column.name, table.name});
 }
 
 // Type, and prefix of a generated name, in the order of ConstraintKind.
-constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {{objectType::kPrimaryKey, "PK"},
-                                                                          {objectType::kUnique, "UQ"},
-                                                                          {objectType::kCheck, "CK"},
-                                                                          {objectType::kForeignKey, "FK"},
-                                                                          {objectType::kDefault, "DF"}};
+constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
+    {kPrimaryKey, "PK"}, {kUnique, "UQ"}, {kCheck, "CK"}, {kForeignKey, "FK"}, {kDefault, "DF"}};
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
@@ -91,13 +88,12 @@ TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& crea
 void setIdentity(TableInfo& table, const ColumnDefinition& definition) {
     if (!definition.identity) return;
     if (!isExact(definition.type.id) || definition.type.scale > 0)
-        throw sqlError(message::kInvalidIdentityType, {definition.name});
+        throw sqlError(kInvalidIdentityType, {definition.name});
     if (isWide(definition.type)) throw unsupported("an identity of more than 18 digits");
     if (definition.nullable.value_or(false))
-        throw sqlError(message::kIdentityOnNullable, {definition.name, table.name});
-    if (table.identityColumn()) throw sqlError(message::kSeveralIdentityColumns, {table.name});
-    if (definition.identity->increment == 0)
-        throw sqlError(message::kInvalidIdentityIncrement, {definition.name});
+        throw sqlError(kIdentityOnNullable, {definition.name, table.name});
+    if (table.identityColumn()) throw sqlError(kSeveralIdentityColumns, {table.name});
+    if (definition.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {definition.name});
     table.seed = definition.identity->seed;
     table.increment = definition.identity->increment;
 }
@@ -136,8 +132,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
     TableInfo table;
     table.name = name;
     for (const auto& definition : create.columns) {
-        if (table.column(definition.name))
-            throw sqlError(message::kRepeatedColumnName, {definition.name, name});
+        if (table.column(definition.name)) throw sqlError(kRepeatedColumnName, {definition.name, name});
         setIdentity(table, definition);
         table.columns.push_back(columnOf(definition, create));
     }
@@ -147,12 +142,16 @@ TableInfo Executor::createTable(const CreateTable& create) {
         if (!column.computed.empty()) column.type = computed(table, column).type;
     const auto constraints = allConstraints(create);
     if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
-        throw sqlError(message::kSeveralPrimaryKeys, {name});
+        throw sqlError(kSeveralPrimaryKeys, {name});
     define(create.table, [&](Catalogue& owner) {
-        ObjectInfo object = newObject(owner, create.table, objectType::kTable);
+        ObjectInfo object = newObject(owner, create.table, kTable);
         const auto taken = owner.find(object.key());
-        if (taken && !name.starts_with('@') && (!owner.isTemporary() || isOwn(*taken)))
-            throw sqlError(message::kObjectExists, {name});
+        // A procedure may create a temporary table with the name of its caller's.
+        const auto& own = m_frames.back()->temporary;
+        const bool isOwn =
+            !taken || !owner.isTemporary() || m_frames.size() == 1 ||
+            std::ranges::any_of(own, [&](const auto& each) { return each.stored == taken->stored; });
+        if (taken && !name.starts_with('@') && isOwn) throw sqlError(kObjectExists, {name});
         object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
         object.stored = object.key();
         if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
@@ -169,14 +168,6 @@ TableInfo Executor::createTable(const CreateTable& create) {
     });
     if (table.name.starts_with('#')) m_frames.back()->temporary.push_back(table);
     return table;
-}
-
-// Whether the current frame created the temporary table. A procedure may create one with the name of its
-// caller's.
-bool Executor::isOwn(const ObjectInfo& temporaryTable) const {
-    return m_frames.size() == 1 || std::ranges::any_of(m_frames.back()->temporary, [&](const auto& table) {
-               return table.id == temporaryTable.id && table.stored == temporaryTable.stored;
-           });
 }
 
 // Sets the value that the next identity follows.
@@ -198,18 +189,18 @@ void Executor::failingAs(const SqlError& failure, const std::function<void()>& w
 std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                                   const CreateTable& definition) {
     std::vector<ObjectInfo> keys;
-    failingAs(sqlError(message::kConstraintNotCreated), [&] {
+    failingAs(sqlError(kConstraintNotCreated), [&] {
         for (const auto* constraint : allConstraints(definition)) {
             ObjectInfo key = constraintOf(catalogue, table, *constraint);
             if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
-                inform(message::kForeignKeySkipped, {key.name});
+                inform(kForeignKeySkipped, {key.name});
                 continue;
             }
             catalogue.save(key);
             keys.push_back(key);
         }
         for (const auto& key : keys)
-            if (key.type == objectType::kForeignKey) referencedColumns(catalogue, key);
+            if (key.type == kForeignKey) referencedColumns(catalogue, key);
     });
     return keys;
 }
@@ -226,12 +217,12 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
         if (!column && constraint.kind == ConstraintKind::ForeignKey)
-            throw sqlError(message::kReferencingColumnUnknown, {key.name, name, table.name});
-        if (!column) throw sqlError(message::kUnknownIndexColumn, {name});
+            throw sqlError(kReferencingColumnUnknown, {key.name, name, table.name});
+        if (!column) throw sqlError(kUnknownIndexColumn, {name});
         if (!column->nullable && (constraint.onDelete == "SET NULL" || constraint.onUpdate == "SET NULL"))
-            throw sqlError(message::kSetNullOnNotNullable, {key.name});
+            throw sqlError(kSetNullOnNotNullable, {key.name});
         if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
-            throw sqlError(message::kPrimaryKeyOnNullable, {table.name});
+            throw sqlError(kPrimaryKeyOnNullable, {table.name});
         if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique)
             requireKeyType(table, *column);
         key.columns.push_back(column->name);
@@ -240,22 +231,21 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
         const auto read = Translator(*this).check(table, *constraint.check).columns;
         for (const auto& name : read)
             if (!key.columns.empty() && name != key.columns.front())
-                throw sqlError(message::kCheckOfOtherColumn, {key.columns.front(), table.name});
+                throw sqlError(kCheckOfOtherColumn, {key.columns.front(), table.name});
         key.columns.assign(read.begin(), read.end());
     }
     if (key.name.empty())  // "PK__Orders__7_42"
         key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
                    "_" + std::to_string(catalogue.lastId() + 1);
-    if (catalogue.find(key.key()) && !catalogue.isTemporary())
-        throw sqlError(message::kObjectExists, {key.name}, 5);
+    if (catalogue.find(key.key()) && !catalogue.isTemporary()) throw sqlError(kObjectExists, {key.name}, 5);
     const auto others = catalogue.keysOf(table.id);
     if (isUniqueKey(key)) refuseSecondIndex(others, key.name, table);
     for (const auto& other : others) {
         if (other.type != type) continue;
         if (constraint.kind == ConstraintKind::PrimaryKey)
-            throw sqlError(message::kPrimaryKeyAlreadyDefined, {table.name});
+            throw sqlError(kPrimaryKeyAlreadyDefined, {table.name});
         if (constraint.kind == ConstraintKind::Default && other.columns == key.columns)
-            throw sqlError(message::kDefaultAlreadyBound);
+            throw sqlError(kDefaultAlreadyBound);
     }
     if (constraint.kind == ConstraintKind::Default) {
         TableColumn column = *table.column(key.columns.front());
@@ -269,8 +259,7 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
 CheckText Executor::computed(const TableInfo& table, const TableColumn& column) {
     CheckText text = Translator(*this).check(table, *parseExpression(column.computed));
     for (const auto& name : text.columns)
-        if (!table.column(name)->computed.empty())
-            throw sqlError(message::kComputedOfComputed, {name, table.name});
+        if (!table.column(name)->computed.empty()) throw sqlError(kComputedOfComputed, {name, table.name});
     return text;
 }
 
@@ -290,10 +279,10 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
     for (const auto& key : catalogue.keysOf(table.id)) {
         if (isDisabled(key)) continue;
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
-        if (key.type == objectType::kCheck)
+        if (key.type == kCheck)
             body += name + " CHECK (" +
                     Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")";
-        if (key.type != objectType::kForeignKey) continue;
+        if (key.type != kForeignKey) continue;
         const Constraint constraint = parseConstraint(key.source);
         body += name + " FOREIGN KEY (" + quotedNames(key.columns) + ") REFERENCES " +
                 quotedName(key.stored) + " (" + quotedNames(referencedColumns(catalogue, key)) +
@@ -322,7 +311,7 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
         m_change.newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
         m_change.values.clear();
-        throw sqlError(message::kDuplicateKeyForIndex,
+        throw sqlError(kDuplicateKeyForIndex,
                        {table.qualifiedName(), index.name,
                         BrokenConstraint(m_connection, m_change).duplicateValue(index)});
     }
@@ -366,7 +355,7 @@ void Executor::changeSchema(const TableInfo& table, const std::string& change,
 
 // Checks the existing rows against a new constraint.
 void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key) {
-    const bool isCheck = key.type == objectType::kCheck;
+    const bool isCheck = key.type == kCheck;
     const std::string broken =
         isCheck ? "NOT (" + Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")"
                 : orphans(catalogue, table, key, quotedName(table.stored));
@@ -378,11 +367,11 @@ void Executor::checkRows(Catalogue& catalogue, const TableInfo& table, const Obj
 // ALTER TABLE ... CHECK or NOCHECK CONSTRAINT
 void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter) {
     auto keys = catalogue.keysOf(table.id);
-    failingAs(sqlError(message::kConstraintNotSwitched), [&] {
+    failingAs(sqlError(kConstraintNotSwitched), [&] {
         for (const auto& name : alter.switched) {
             const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
-            if (!key) throw sqlError(message::kSwitchedConstraintNotFound, {name});
-            if (!isCondition(*key)) throw sqlError(message::kConstraintNotSwitchable, {name});
+            if (!key) throw sqlError(kSwitchedConstraintNotFound, {name});
+            if (!isCondition(*key)) throw sqlError(kConstraintNotSwitchable, {name});
         }
     });
     for (auto& key : keys) {
@@ -398,14 +387,14 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
 
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
     TableColumn column = columnOf(definition, {});
-    if (table.column(column.name)) throw sqlError(message::kRepeatedColumnName, {column.name, table.name});
+    if (table.column(column.name)) throw sqlError(kRepeatedColumnName, {column.name, table.name});
     setIdentity(table, definition);
     const bool isComputed = !column.computed.empty(), isStored = !isComputed && !column.identity;
     if (isComputed) column.type = computed(table, column).type;
     const std::string fallback = std::exchange(column.byDefault, {});
     const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
     if (isStored && !column.nullable && !filled && anyRow(m_connection, table, "1"))
-        throw sqlError(message::kAddedColumnNotNull, {column.name, table.name});
+        throw sqlError(kAddedColumnNotNull, {column.name, table.name});
     if (isStored)
         m_connection.run("ALTER TABLE " + table.sqlName() + " ADD COLUMN " + quotedName(column.name) + " " +
                          std::string(storageClass(column.type)));
@@ -446,8 +435,8 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
                                 const std::vector<ObjectInfo>& keys) {
     const auto refuseIfUsed = [&](const auto& columns, std::string_view kind, const std::string& name) {
         if (std::ranges::none_of(columns, [&](const auto& each) { return sameText(each, column); })) return;
-        failingAs(sqlError(message::kColumnHasDependents, {verb, column}), [&] {
-            throw sqlError(message::kDependentOnColumn, {kind, name, column});
+        failingAs(sqlError(kColumnHasDependents, {verb, column}), [&] {
+            throw sqlError(kDependentOnColumn, {kind, name, column});
         });
     };
     for (const auto& key : keys) {
@@ -457,14 +446,14 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
     }
     for (const auto& other : table.columns)
         if (!other.computed.empty()) refuseIfUsed(computed(table, other).columns, "column", other.name);
-    if (!table.column(column)) throw sqlError(message::kAlteredColumnNotFound, {verb, column, table.name});
+    if (!table.column(column)) throw sqlError(kAlteredColumnNotFound, {verb, column, table.name});
 }
 
 void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
     refuseDependents(table, definition.name, "ALTER", {});
     TableColumn column = *table.column(definition.name);
     const SqlType before = column.type;
-    if (!column.computed.empty()) throw sqlError(message::kCannotAlterColumn, {column.name, "COMPUTED"});
+    if (!column.computed.empty()) throw sqlError(kCannotAlterColumn, {column.name, "COMPUTED"});
     if (column.identity || !definition.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
     const bool longer =
         before.id == definition.type.id &&
@@ -478,7 +467,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     table.columns = catalogue.columns(table.id);
     m_change.verb = "UPDATE";
     if (!column.nullable && anyRow(m_connection, table, quotedName(column.name) + " IS NULL"))
-        throw sqlError(message::kNullInColumn, {column.name, table.fullName(), m_change.verb});
+        throw sqlError(kNullInColumn, {column.name, table.fullName(), m_change.verb});
     redefine(catalogue, table);
     if (!longer) fillColumn(table, column, {quotedName(column.name), before});
     m_change.verb.clear();
@@ -489,15 +478,15 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
     const auto keys = catalogue.keysOf(table.id);
     const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
     if (!key && ifExists) return;
-    failingAs(sqlError(message::kConstraintNotDropped), [&] {
-        if (!key) throw sqlError(message::kNotAConstraint, {name});
+    failingAs(sqlError(kConstraintNotDropped), [&] {
+        if (!key) throw sqlError(kNotAConstraint, {name});
         for (const auto& foreign : catalogue.keysTo(table.id))
             if (isUniqueKey(*key) &&
                 std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, sameText))
-                throw sqlError(message::kConstraintReferenced,
+                throw sqlError(kConstraintReferenced,
                                {name, std::string(bareName(foreign.table)), foreign.name});
     });
-    if (key->type == objectType::kDefault) {
+    if (key->type == kDefault) {
         TableColumn column = *table.column(key->columns.front());
         column.byDefault.clear();
         catalogue.saveColumns(table.id, {column});
@@ -509,7 +498,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 void Executor::run(const AlterTable& alter) {
     checkDefaults(alter.added);
     claim(alter.added.table);
-    TableInfo target = table(alter.added.table, message::kAlteredTableNotFound);
+    TableInfo target = table(alter.added.table, kAlteredTableNotFound);
     define(alter.added.table, [&](Catalogue& owner) {
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
         for (auto& key : noteConstraints(owner, target, alter.added)) {
@@ -517,7 +506,7 @@ void Executor::run(const AlterTable& alter) {
                 checkRows(owner, target, key);
             else if (isCondition(key))
                 setState(owner, key, kUntrusted);
-            failingAs(sqlError(message::kConstraintNotCreated), [&] {
+            failingAs(sqlError(kConstraintNotCreated), [&] {
                 if (needsIndex(key, target)) makeIndex(target, key, quotedNames(key.columns));
             });
         }
@@ -535,7 +524,7 @@ void Executor::run(const AlterTable& alter) {
             const auto columns = owner.columns(target.id);
             if (target.column(name)->computed.empty() &&
                 std::ranges::count(columns, std::string(), &TableColumn::computed) == 1)
-                throw sqlError(message::kOnlyDataColumn, {target.column(name)->name, target.name});
+                throw sqlError(kOnlyDataColumn, {target.column(name)->name, target.name});
             m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
             owner.removeColumns(target.id, name);
         }
@@ -543,36 +532,36 @@ void Executor::run(const AlterTable& alter) {
 }
 
 void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create) {
-    ObjectInfo index{0, create.name, std::string(objectType::kIndex), table.id, create.filterText};
+    ObjectInfo index{0, create.name, std::string(kIndex), table.id, create.filterText};
     refuseSecondIndex(catalogue.keysOf(table.id), create.name, table);
     if (create.unique) index.source = kUniqueIndex;
     std::string list;
     for (const auto& [name, descending] : create.columns) {
         const TableColumn* column = table.column(name);
-        if (!column) throw sqlError(message::kUnknownIndexColumn, {name});
+        if (!column) throw sqlError(kUnknownIndexColumn, {name});
         requireKeyType(table, *column);
         list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
         index.columns.push_back(column->name);
     }
     for (const auto& name : create.included)
-        if (!table.column(name)) throw sqlError(message::kUnknownIndexColumn, {name});
+        if (!table.column(name)) throw sqlError(kUnknownIndexColumn, {name});
     makeIndex(table, index, list, create.filter ? Translator(*this).check(table, *create.filter).sql : "");
     catalogue.save(index);
 }
 
 void Executor::run(const CreateIndex& create) {
     claim(create.table);
-    const TableInfo target = table(create.table, message::kObjectNotFound);
+    const TableInfo target = table(create.table, kObjectNotFound);
     define(create.table, [&](Catalogue& owner) { addIndex(owner, target, create); });
 }
 
 void Executor::run(const AlterIndex& alter) {
-    const TableInfo target = table(alter.table, message::kObjectNotFound, 9);
+    const TableInfo target = table(alter.table, kObjectNotFound, 9);
     define(alter.table, [&](Catalogue& owner) {
         const auto keys = owner.keysOf(target.id);
         const ObjectInfo* key = keyNamed(keys, alter.name, /*isIndex=*/false);
         const bool known = keyNamed(keys, alter.name, /*isIndex=*/true) || (key && isUniqueKey(*key));
-        if (!alter.name.empty() && !known) throw sqlError(message::kIndexNotFound, {alter.name});
+        if (!alter.name.empty() && !known) throw sqlError(kIndexNotFound, {alter.name});
         m_connection.run("REINDEX " + target.sqlName());
     });
 }
@@ -597,9 +586,8 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
         const ObjectInfo* key = keyNamed(keys, dropped.name, /*isIndex=*/false);
         const std::string written = asWritten(dropped.table) + "." + dropped.name;
         if (key && isUniqueKey(*key))
-            throw sqlError(message::kCannotDropKeyIndex,
-                           {written, key->type == objectType::kPrimaryKey ? "PRIMARY" : "UNIQUE"});
-        if (!index && !ifExists) throw sqlError(message::kCannotDropMissing, {"index", written}, 7);
+            throw sqlError(kCannotDropKeyIndex, {written, key->type == kPrimaryKey ? "PRIMARY" : "UNIQUE"});
+        if (!index && !ifExists) throw sqlError(kCannotDropMissing, {"index", written}, 7);
         if (!index) return;
         dropIndex(*target, index->name);
         owner.remove(index->id);
@@ -610,12 +598,10 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     struct Kind {
         std::string_view word, type, otherType;
     };
-    constexpr Kind kKinds[] = {{"table", objectType::kTable, {}},  // in the order of ObjectKind
-                               {"view", objectType::kView, {}},
-                               {"procedure", objectType::kProcedure, {}},
-                               {"function", objectType::kFunction, objectType::kTableFunction},
-                               {"trigger", objectType::kTrigger, {}},
-                               {"sequence", objectType::kSequence, {}}};
+    constexpr Kind kKinds[] = {
+        {"table", kTable, {}},  // in the order of ObjectKind
+        {"view", kView, {}},       {"procedure", kProcedure, {}}, {"function", kFunction, kTableFunction},
+        {"trigger", kTrigger, {}}, {"sequence", kSequence, {}}};
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
@@ -625,13 +611,13 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
             const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
                 return found && (found->type == each.type || found->type == each.otherType);
             });
-            if (other == std::end(kKinds)) throw sqlError(message::kCannotDropMissing, {kind.word, written});
-            throw sqlError(message::kDropOfOtherKind,
+            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.word, written});
+            throw sqlError(kDropOfOtherKind,
                            {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
         }
         if (drop.kind == ObjectKind::Table) {
             for (const auto& key : owner.keysTo(found->id))
-                if (key.parent != found->id) throw sqlError(message::kTableReferenced, {written});
+                if (key.parent != found->id) throw sqlError(kTableReferenced, {written});
             m_connection.run("DROP TABLE " + owner.schema() + "." + quotedName(found->stored));
         }
         owner.remove(found->id);
@@ -647,7 +633,7 @@ void Executor::dropTable(const TableInfo& table) {
 // Drops all temporary tables of the session, which a rollback across a reset restores.
 void Executor::dropTemporaryTables() {
     for (auto id = temporary().lastId(); id > 0; --id)
-        if (const auto object = temporary().findById(id); object && object->type == objectType::kTable)
+        if (const auto object = temporary().findById(id); object && object->type == kTable)
             dropTable(temporary().tableOf(*object));
 }
 

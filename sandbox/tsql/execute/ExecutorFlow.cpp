@@ -28,11 +28,11 @@ Flow Executor::run(const Assign& assign) {
 Flow Executor::run(const If& node) {
     if (m_settings.describeOnly) {  // both branches
         runStatement(*node.then);
-        return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
+    } else {
+        const bool condition = holds(*node.condition);
+        m_rowCount = m_error = 0;
+        if (condition) return runStatement(*node.then);
     }
-    const bool condition = holds(*node.condition);
-    m_rowCount = m_error = 0;
-    if (condition) return runStatement(*node.then);
     return node.otherwise ? runStatement(*node.otherwise) : Flow::Next;
 }
 
@@ -54,7 +54,7 @@ Flow Executor::run(const Return& node) {
     Frame& frame = *m_frames.back();
     frame.returned = node.value ? evaluate(*node.value, frame.returnType) : Value(std::int64_t{0});
     if (isNull(frame.returned) && !frame.isFunction) {
-        inform(message::kNullReturnStatus, {frame.procedure});
+        inform(kNullReturnStatus, {frame.procedure});
         frame.returned = std::int64_t{0};
     }
     if (node.value && !frame.isFunction) m_rowCount = 1;  // as after an assignment
@@ -80,8 +80,7 @@ void Executor::run(const WaitFor& wait) {
     const std::string text = evaluateText(*wait.time);
     const Value time =
         convertValue(text, varcharType(SqlType::kMax), simpleType(TypeId::Time), kNoStyle, Conversion::Try);
-    if (isNull(time) || text.find(':') == std::string::npos)
-        throw sqlError(message::kBadTimeForWaitFor, {text});
+    if (isNull(time) || text.find(':') == std::string::npos) throw sqlError(kBadTimeForWaitFor, {text});
     using Clock = std::chrono::steady_clock;
     constexpr std::int64_t kNanosecondsPerTick = 100;
     constexpr std::int64_t kDay = 86'400LL * 10'000'000;

@@ -42,7 +42,7 @@ std::string converted(const std::cmatch& conversion, std::string_view rest,
     const bool precise = conversion[4].matched;
     const std::string size = width + (precise ? "." + number(conversion.str(5)) : "");
     const std::string type = conversion.str(6);
-    if (type.empty()) throw sqlError(message::kInvalidFormat, {rest.substr(0, 20)});
+    if (type.empty()) throw sqlError(kInvalidFormat, {rest.substr(0, 20)});
     const bool left = flags.find('-') != std::string::npos;
     if (left || precise) std::erase(flags, '0');
     const std::string side = left ? "%-!" : "%!";
@@ -52,10 +52,10 @@ std::string converted(const std::cmatch& conversion, std::string_view rest,
     const auto& [value, valueType] = arguments[index];
     const auto* text = std::get_if<std::string>(&value);
     if (!isText(valueType.id) && !isInteger(valueType.id) && !isBinary(valueType.id))
-        throw sqlError(message::kInvalidSubstitutionType,
+        throw sqlError(kInvalidSubstitutionType,
                        {baseName(valueType.id), std::to_string(index + 4)});  // parameter of RAISERROR
     if ((type == "s") != (text != nullptr) || isBinary(valueType.id))
-        throw sqlError(message::kSubstitutionTypeMismatch, {std::to_string(index + 1)});
+        throw sqlError(kSubstitutionTypeMismatch, {std::to_string(index + 1)});
     if (text) return written(side + size + "s", text->c_str());
     // Unsigned conversions show negative numbers as 32-bit ones.
     const auto shown = static_cast<long long>(std::get<std::int64_t>(value));
@@ -101,17 +101,16 @@ Flow Executor::run(const RaiseError& raise) {
     int severity = std::max(0, askedSeverity);
     const int state = askedState < 0 ? 1 : std::min(askedState, 255);
     constexpr int kTopUserSeverity = 18;
-    if (severity > kTopUserSeverity && !raise.log) throw sqlError(message::kSeverityTooHigh);
+    if (severity > kTopUserSeverity && !raise.log) throw sqlError(kSeverityTooHigh);
     const TypedValue message = evaluate(*raise.values[0]);
     std::string format = textOf(viewOf(message.value), message.type);
-    int raisedNumber = message::kUserDefined;
+    int raisedNumber = kUserDefined;
     if (isInteger(message.type.id)) {
         constexpr int kFirst = 13'000;
         raisedNumber = number(*raise.values[0]);
         if (raisedNumber < kFirst || !hasText(raisedNumber))
-            throw sqlError(
-                raisedNumber < kFirst ? message::kInvalidRaisedNumber : message::kNoTextOfRaisedNumber,
-                {format, std::to_string(severity), std::to_string(state)});
+            throw sqlError(raisedNumber < kFirst ? kInvalidRaisedNumber : kNoTextOfRaisedNumber,
+                           {format, std::to_string(severity), std::to_string(state)});
         const SqlError known = sqlError(raisedNumber);
         format = known.what();
         if (askedSeverity < 0) severity = known.severity;
@@ -134,14 +133,13 @@ Flow Executor::run(const RaiseError& raise) {
 Flow Executor::run(const Throw& node) {
     Message message;
     if (node.values.empty()) {
-        if (m_caught.empty()) throw sqlError(message::kRethrowOutsideCatch);
+        if (m_caught.empty()) throw sqlError(kRethrowOutsideCatch);
         message = m_caught.back();
     } else {
         const Value number = evaluate(*node.values[0], simpleType(TypeId::Int));
         const Value state = evaluate(*node.values[2], simpleType(TypeId::TinyInt));
         const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
-        if (given < message::kUserDefined)
-            throw sqlError(message::kThrowNumberOutOfRange, {std::to_string(given)});
+        if (given < kUserDefined) throw sqlError(kThrowNumberOutOfRange, {std::to_string(given)});
         const auto shown = isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state));
         const SqlError error(static_cast<int>(given), evaluateText(*node.values[1]), 16, shown);
         message = messageOf(error, m_line);

@@ -31,7 +31,7 @@ std::vector<TableColumn> parameterColumns(const CreateModule& module) {
 void Executor::within(const StoredModule& query, const std::function<void()>& work) {
     for (const Frame* frame : m_frames)
         if (query.id != 0 && frame->procedureId == query.id && frame->database == query.database)
-            throw sqlError(message::kSelfReference, {query.name});
+            throw sqlError(kSelfReference, {query.name});
     Frame frame(query);
     frame.isQuery = true;
     frame.declare(*query.module);
@@ -55,35 +55,27 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     return columns;
 }
 
-void Executor::checkBody(const CreateModule& module, const std::optional<TableInfo>& ofTrigger) {
-    Frame frame;
-    const Firing firing{ofTrigger.value_or(TableInfo()), {}, {}};
-    if (ofTrigger) frame.firing = &firing;
-    frame.procedure = module.name.name;
-    frame.schemaName = module.name.schema;
-    frame.declare(module);
-    inFrame(frame, [&] { check(module.body); });
-    dropTemporaryTables(frame);
-}
-
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
-    const std::string_view type = module.isTrigger() ? objectType::kTrigger
-                                  : module.function
-                                      ? module.query ? objectType::kTableFunction : objectType::kFunction
-                                  : module.query ? objectType::kView
-                                                 : objectType::kProcedure;
+    const std::string_view type = module.isTrigger() ? kTrigger
+                                  : module.function  ? module.query ? kTableFunction : kFunction
+                                  : module.query     ? kView
+                                                     : kProcedure;
     const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
     ObjectName name = module.name;
     if (table) name.schema = table->schemaName;
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
-    checkBody(module, table);
+    const Firing firing{table.value_or(TableInfo()), {}, {}};
+    Frame frame(StoredModule{{}, module.name.schema, module.name.name, nullptr});
+    if (table) frame.firing = &firing;
+    frame.declare(module);
+    inFrame(frame, [&] { check(module.body); });
+    dropTemporaryTables(frame);
     define(module.name, [&](Catalogue& owner) {
         const auto existing = owner.find(storedName(name.schema, name.name));
         if (existing && (!module.alter || existing->type != type))
-            throw sqlError(message::kObjectExists, {module.name.name}, 3);
-        if (!existing && !module.create)
-            throw sqlError(message::kInvalidObjectName, {asWritten(module.name)}, 6);
+            throw sqlError(kObjectExists, {module.name.name}, 3);
+        if (!existing && !module.create) throw sqlError(kInvalidObjectName, {asWritten(module.name)}, 6);
         ObjectInfo object = existing ? *existing : newObject(owner, name, type);
         if (table) bindTrigger(owner, module, *table, object);
         object.source = m_text;
@@ -124,7 +116,7 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
 }
 
 void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
-    if (m_frames.size() >= kDeepestCall) throw sqlError(message::kCallsNestedTooDeeply);
+    if (m_frames.size() >= kDeepestCall) throw sqlError(kCallsNestedTooDeeply);
     m_frames.push_back(&frame);
     const Finally leave([this] { m_frames.pop_back(); });
     work();
@@ -159,7 +151,7 @@ bool Executor::runScope(const Block& body, Frame& frame) {
 }
 
 Flow Executor::run(const Execute& execute) {
-    if (m_frames.back()->isFunction) throw sqlError(message::kProcedureCallInFunction);
+    if (m_frames.back()->isFunction) throw sqlError(kProcedureCallInFunction);
     const int transactions = m_transactions;
     if (execute.text) {
         runText(evaluateText(*execute.text), m_frames.back()->database);
@@ -186,8 +178,8 @@ Flow Executor::run(const Execute& execute) {
 // Reports error 266 if a call has changed the number of open transactions.
 void Executor::checkTransactions(int before, const std::string& procedure) {
     if (m_transactions == before || m_settings.implicitTransactions) return;
-    const SqlError error = sqlError(message::kTransactionCountMismatch,
-                                    {std::to_string(before), std::to_string(m_transactions)});
+    const SqlError error =
+        sqlError(kTransactionCountMismatch, {std::to_string(before), std::to_string(m_transactions)});
     afterError(messageOf(error, 0, procedure), /*raised=*/true);
 }
 
@@ -219,15 +211,14 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
 }
 
 void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
-    auto procedure = system ? std::nullopt : Executor::module(name, objectType::kProcedure);
+    auto procedure = system ? std::nullopt : Executor::module(name, kProcedure);
     if (system) {
         const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
                                  std::string(system->parameters) + " AS " + std::string(system->text));
         procedure = StoredModule{databaseOf(name), "sys", std::string(system->name), head, &moduleOf(*head)};
     }
-    if (!procedure && Executor::module(name, objectType::kFunction))
-        throw unsupported("EXECUTE of a function");
-    if (!procedure) throw sqlError(message::kProcedureNotFound, {asWritten(name)});
+    if (!procedure && Executor::module(name, kFunction)) throw unsupported("EXECUTE of a function");
+    if (!procedure) throw sqlError(kProcedureNotFound, {asWritten(name)});
     const CreateModule& module = *procedure->module;
     Frame frame(*procedure);
     frame.returned = std::int64_t{0};
@@ -258,16 +249,15 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
     for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
         const Argument& argument = execute.arguments[i];
         std::size_t at = i - frame.skippedArguments;
-        if (arguments.empty()) throw sqlError(message::kProcedureWithoutParameters, {frame.procedure});
+        if (arguments.empty()) throw sqlError(kProcedureWithoutParameters, {frame.procedure});
         if (!argument.name.empty())
             at = static_cast<std::size_t>(
                 std::ranges::find_if(module.parameters,
                                      [&](const auto& each) { return sameWord(each.name, argument.name); }) -
                 module.parameters.begin());
-        if (at < arguments.size() && arguments[at])
-            throw sqlError(message::kParameterSuppliedTwice, {argument.name});
+        if (at < arguments.size() && arguments[at]) throw sqlError(kParameterSuppliedTwice, {argument.name});
         if (at >= arguments.size() && argument.name.empty())
-            throw sqlError(message::kTooManyArguments, {frame.procedure});
+            throw sqlError(kTooManyArguments, {frame.procedure});
         (at < arguments.size() ? arguments[at] : unknown) = &argument;
     }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -275,25 +265,20 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
         const Argument* argument = arguments[i];
         const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
         if (!value && !m_settings.describeOnly)
-            throw sqlError(
-                frame.procedure.empty() ? message::kParameterNotSupplied : message::kMissingParameter,
-                {name, parameter.name});
+            throw sqlError(frame.procedure.empty() ? kParameterNotSupplied : kMissingParameter,
+                           {name, parameter.name});
         if (argument && argument->output && !parameter.output)
-            throw sqlError(message::kNotAnOutputParameter, {parameter.name});
-        frame.variables[parameter.name] = {value ? argumentValue(*value, parameter.type) : Value(Null{}),
-                                           parameter.type};
+            throw sqlError(kNotAnOutputParameter, {parameter.name});
+        const TypedValue given = value ? evaluate(*value) : TypedValue{};
+        try {
+            frame.variables[parameter.name] = {convertValue(viewOf(given.value), given.type, parameter.type),
+                                               parameter.type};
+        } catch (const SqlError&) {
+            throw sqlError(kConversionError, {baseName(given.type.id), baseName(parameter.type.id)});
+        }
     }
-    if (unknown) throw sqlError(message::kNotAParameter, {unknown->name, frame.procedure});
+    if (unknown) throw sqlError(kNotAParameter, {unknown->name, frame.procedure});
     return arguments;
-}
-
-Value Executor::argumentValue(const Expr& argument, const SqlType& type) {
-    const TypedValue given = evaluate(argument);
-    try {
-        return convertValue(viewOf(given.value), given.type, type);
-    } catch (const SqlError&) {
-        throw sqlError(message::kConversionError, {baseName(given.type.id), baseName(type.id)});
-    }
 }
 
 void Executor::returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
@@ -312,8 +297,8 @@ Value Executor::callFunction(std::string_view database, std::string_view key,
                              std::span<const CellView> arguments) {
     const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key)),
                             m_line};
-    const auto function = Executor::module(object, objectType::kFunction);
-    if (!function) throw sqlError(message::kInvalidObjectName, {object.name});
+    const auto function = Executor::module(object, kFunction);
+    if (!function) throw sqlError(kInvalidObjectName, {object.name});
     const CreateModule& module = *function->module;
     Frame frame(*function);
     frame.isFunction = true;

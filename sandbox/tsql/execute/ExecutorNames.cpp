@@ -7,7 +7,7 @@ namespace tsql {
 
 TypedValue& Executor::local(std::string_view name) {
     const auto found = m_frames.back()->variables.find(name);
-    if (found == m_frames.back()->variables.end()) throw sqlError(message::kUndeclaredVariable, {name});
+    if (found == m_frames.back()->variables.end()) throw sqlError(kUndeclaredVariable, {name});
     return found->second;
 }
 
@@ -49,7 +49,7 @@ const Executor::Global& Executor::global(std::string_view name) {
     };
     for (const auto& each : table)
         if (sameWord(each.name, name)) return each;
-    throw sqlError(message::kUndeclaredVariable, {name});
+    throw sqlError(kUndeclaredVariable, {name});
 }
 
 SqlType Executor::variableType(std::string_view name) {
@@ -87,12 +87,11 @@ Catalogue Executor::catalogue(const ObjectName& name) {
 }
 
 std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
-    if (isTemporaryName(name.name) && m_frames.back()->isQuery)
-        throw sqlError(message::kViewOnTemporaryTable);
+    if (isTemporaryName(name.name) && m_frames.back()->isQuery) throw sqlError(kViewOnTemporaryTable);
     if (name.name.starts_with('@')) {
         const auto& tables = m_frames.back()->tables;
         const auto found = tables.find(name.name);
-        if (found == tables.end()) throw sqlError(message::kUndeclaredTableVariable, {name.name});
+        if (found == tables.end()) throw sqlError(kUndeclaredTableVariable, {name.name});
         return found->second.info;
     }
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
@@ -101,7 +100,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     const std::string key = databaseOf(name) + '/' + schemaName + '/' + name.name;
     if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
     const auto found = visibleObject(name);
-    if (!found || found->type != objectType::kTable) return std::nullopt;
+    if (!found || found->type != kTable) return std::nullopt;
     TableInfo table = catalogue(name).tableOf(*found);
     if (m_shadow && m_shadow->id == table.id && m_shadow->database == table.database) table = *m_shadow;
     if (awaitsTransaction()) begin({});
@@ -128,7 +127,7 @@ ObjectInfo Executor::newObject(const Catalogue& owner, const ObjectName& name, s
     ObjectInfo object{0, name.name, std::string(type)};
     if (name.schema.empty() || owner.isTemporary()) return object;
     const auto schema = owner.schemaNamed(name.schema);
-    if (!schema || schema->isOfSystem) throw sqlError(message::kUnknownSchema, {name.schema});
+    if (!schema || schema->isOfSystem) throw sqlError(kUnknownSchema, {name.schema});
     object.schemaName = schema->name;
     return object;
 }
@@ -142,8 +141,8 @@ std::string Executor::asWritten(const ObjectName& name) {
 // missing, state: number and state of the error if there is no such table.
 TableInfo Executor::table(const ObjectName& name, int missing, int state) {
     if (auto found = findTable(name)) return *found;
-    if (namesChangedRows(name)) throw sqlError(message::kChangedRowsChanged);
-    if (module(name, objectType::kView)) throw unsupported("changes through a view ('" + name.name + "')");
+    if (namesChangedRows(name)) throw sqlError(kChangedRowsChanged);
+    if (module(name, kView)) throw unsupported("changes through a view ('" + name.name + "')");
     throw sqlError(missing, {asWritten(name)}, state);
 }
 

@@ -9,8 +9,8 @@ namespace {
 constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for cancellation
 
 // The number of columns or values of an INSERT is wrong.
-constexpr int kCountErrors[] = {message::kMoreInsertColumnsThanValues, message::kFewerInsertColumnsThanValues,
-                                message::kFewerSelectedThanInserted, message::kMoreSelectedThanInserted};
+constexpr int kCountErrors[] = {kMoreInsertColumnsThanValues, kFewerInsertColumnsThanValues,
+                                kFewerSelectedThanInserted, kMoreSelectedThanInserted};
 
 // Sink that passes rows to a function and everything else to the client.
 class DivertingSink final : public ResultSink {
@@ -110,7 +110,7 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     const auto source = from && once && !from->arguments ? findTable(from->name) : std::nullopt;
     CreateTable create{name, {}, {}};
     for (const auto& [column, alias, isNull, isNew] : text.columns) {
-        if (column.name.empty()) throw sqlError(message::kMissingColumnName);
+        if (column.name.empty()) throw sqlError(kMissingColumnName);
         auto& added =
             create.columns.emplace_back(ColumnDefinition{column.name, column.type, column.nullable});
         added.identity = isNew;
@@ -162,7 +162,7 @@ void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, 
     claim(*output->into);
     const TableInfo into = table(*output->into);
     if (into.schema != kTempSchema && !enabledTriggers(into, "INSERT").empty())
-        throw sqlError(message::kOutputIntoTriggers, {asWritten(*output->into)});
+        throw sqlError(kOutputIntoTriggers, {asWritten(*output->into)});
     std::int64_t changed = 0, identity = 0;
     insertRowsOf(into, insertColumns(into, output->columns, /*defaultValues=*/false), [&] {
         change(target, verb, sql, translator);
@@ -180,17 +180,16 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
     ColumnList columns;
     for (const auto& name : names) {
         const TableColumn* column = target.column(name);
-        if (!column) throw sqlError(message::kInvalidColumnName, {name});
-        if (std::ranges::find(columns, column) != columns.end())
-            throw sqlError(message::kColumnSetTwice, {name});
-        if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
-        if (column->identity && !identityGiven) throw sqlError(message::kIdentityInsertIsOff, {target.name});
+        if (!column) throw sqlError(kInvalidColumnName, {name});
+        if (std::ranges::find(columns, column) != columns.end()) throw sqlError(kColumnSetTwice, {name});
+        if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
+        if (column->identity && !identityGiven) throw sqlError(kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
     }
     if (!names.empty() && identityGiven && std::ranges::none_of(columns, &TableColumn::identity))
-        throw sqlError(message::kIdentityValueRequired, {target.name});
+        throw sqlError(kIdentityValueRequired, {target.name});
     if (!names.empty() || defaultValues) return columns;
-    if (identityGiven) throw sqlError(message::kIdentityValueNeedsColumnList, {target.name});
+    if (identityGiven) throw sqlError(kIdentityValueNeedsColumnList, {target.name});
     for (const auto& column : target.columns)
         if (!column.identity && column.computed.empty()) columns.push_back(&column);
     return columns;
@@ -206,11 +205,10 @@ std::string Executor::insertText(const TableInfo& target, const ColumnList& colu
     } catch (const SqlError& error) {
         const bool isCount = std::ranges::find(kCountErrors, error.number) != std::end(kCountErrors);
         if (!insert.columns.empty() || !isCount) throw;
-        const bool more = insert.query ? error.number == message::kMoreSelectedThanInserted
+        const bool more = insert.query ? error.number == kMoreSelectedThanInserted
                                        : insert.rows[0].size() == target.columns.size();
-        if (more && target.identityColumn())
-            throw sqlError(message::kIdentityValueNeedsColumnList, {target.name});
-        throw sqlError(message::kColumnCountMismatch);
+        if (more && target.identityColumn()) throw sqlError(kIdentityValueNeedsColumnList, {target.name});
+        throw sqlError(kColumnCountMismatch);
     }
 }
 
@@ -252,7 +250,7 @@ Flow Executor::run(const InsertBulk& bulk) {
     }
     std::int64_t rows = 0;
     const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
-        if (cells.size() != columns.size()) throw sqlError(message::kColumnCountMismatch);
+        if (cells.size() != columns.size()) throw sqlError(kColumnCountMismatch);
         ColumnList given;
         std::vector<TypedValue> values;
         for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -344,14 +342,6 @@ void Executor::skipIdentities() {
     }
 }
 
-// Nor are they, or values of sequences, if their statement fails.
-void Executor::keepIdentities() {
-    try {
-        skipIdentities();
-    } catch (const SqliteFailure&) {  // the disk is full: they may be reused
-    }
-}
-
 // The caller has announced the change.
 void Executor::insertRow(const TableInfo& target, const ColumnList& columns,
                          const std::vector<TypedValue>& cells) {
@@ -373,12 +363,12 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
         auto& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) row.push_back({ownedValue(cells[i]), types[i].type});
     };
-    if (m_insertsRows) throw sqlError(message::kNestedInsertExec);
+    if (m_insertsRows) throw sqlError(kNestedInsertExec);
     {
         const Temporarily inserting(m_insertsRows, true);
         divert(collect, work);
     }
-    if (misfits) throw sqlError(message::kColumnCountMismatch);
+    if (misfits) throw sqlError(kColumnCountMismatch);
     insertAll(target, [&] {
         for (const auto& row : collected) insertRow(target, columns, row);
         return std::ssize(collected);
@@ -451,10 +441,9 @@ Flow Executor::run(const Delete& statement) {
 // TRUNCATE TABLE restarts the identity.
 void Executor::run(const Truncate& truncate) {
     claim(truncate.table);
-    const TableInfo target = table(truncate.table, message::kTruncatedTableNotFound);
+    const TableInfo target = table(truncate.table, kTruncatedTableNotFound);
     for (const auto& key : catalogue(truncate.table).keysTo(target.id))
-        if (key.parent != target.id)
-            throw sqlError(message::kTruncatedTableReferenced, {asWritten(truncate.table)});
+        if (key.parent != target.id) throw sqlError(kTruncatedTableReferenced, {asWritten(truncate.table)});
     beforeWrite();
     m_connection.run("DELETE FROM " + target.sqlName());
     startIdentity(target);

@@ -5,12 +5,12 @@ namespace tsql {
 
 void Executor::run(const CreateSchema& create) {
     if (!create.owner.empty() && !sameWord(create.owner, "dbo"))
-        throw sqlError(message::kSecurableNotFound, {"find", "user", create.owner});
+        throw sqlError(kSecurableNotFound, {"find", "user", create.owner});
     define({}, [&](Catalogue& owner) {
-        failingAs(sqlError(message::kSchemaNotCreated), [&] {
-            if (owner.schemaNamed(create.name)) throw sqlError(message::kObjectExists, {create.name});
+        failingAs(sqlError(kSchemaNotCreated), [&] {
+            if (owner.schemaNamed(create.name)) throw sqlError(kObjectExists, {create.name});
         });
-        ObjectInfo schema{0, create.name, std::string(objectType::kSchema)};
+        ObjectInfo schema{0, create.name, std::string(kSchema)};
         owner.save(schema);
     });
 }
@@ -19,10 +19,10 @@ void Executor::dropSchema(const std::string& name, bool ifExists) {
     define({}, [&](Catalogue& owner) {
         const auto schema = owner.schemaNamed(name);
         if (!schema && ifExists) return;
-        if (!schema) throw sqlError(message::kSecurableNotFound, {"drop", "schema", name});
-        if (schema->object == 0) throw sqlError(message::kCannotDropBuiltIn, {"drop", "schema", name});
+        if (!schema) throw sqlError(kSecurableNotFound, {"drop", "schema", name});
+        if (schema->object == 0) throw sqlError(kCannotDropBuiltIn, {"drop", "schema", name});
         if (const auto objects = owner.objectsIn(name); !objects.empty())
-            throw sqlError(message::kReferencedByObject, {"drop schema", name, objects.front().name});
+            throw sqlError(kReferencedByObject, {"drop schema", name, objects.front().name});
         owner.remove(schema->object);
     });
 }

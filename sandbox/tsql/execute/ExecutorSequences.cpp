@@ -23,12 +23,12 @@ Sequence rangeOf(const SqlType& type) {
 void requireConsistent(const Sequence& sequence, const std::string& name, bool starts) {
     const auto& [start, increment, least, most, cycles, base] = sequence;
     const Int128 step = increment < 0 ? -Int128{increment} : increment;
-    if (increment == 0) throw sqlError(message::kSequenceWithoutIncrement, {name});
-    if (least >= most) throw sqlError(message::kSequenceRangeEmpty, {name});
-    if (step > Int128{most} - least) throw sqlError(message::kSequenceIncrementTooLarge, {name});
+    if (increment == 0) throw sqlError(kSequenceWithoutIncrement, {name});
+    if (least >= most) throw sqlError(kSequenceRangeEmpty, {name});
+    if (step > Int128{most} - least) throw sqlError(kSequenceIncrementTooLarge, {name});
     if (base >= least && base <= most) return;
-    throw starts ? sqlError(message::kSequenceStartOutside, {name})
-                 : sqlError(message::kSequenceValueOutside, {std::to_string(base), name});
+    throw starts ? sqlError(kSequenceStartOutside, {name})
+                 : sqlError(kSequenceValueOutside, {std::to_string(base), name});
 }
 
 }  // namespace
@@ -54,15 +54,15 @@ void Executor::run(const DefineSequence& statement) {
     };
     if (isTemporaryName(name.name)) throw unsupported("temporary sequences");
     if (!isExact(statement.type.id) || statement.type.id == TypeId::Bit || statement.type.scale > 0)
-        throw sqlError(message::kInvalidSequenceType, {name.name});
+        throw sqlError(kInvalidSequenceType, {name.name});
     if (isWide(statement.type)) throw unsupported("a sequence of more than 18 digits");
-    if (alters && has("START WITH")) throw sqlError(message::kNotInAlterSequence, {"START WITH"});
+    if (alters && has("START WITH")) throw sqlError(kNotInAlterSequence, {"START WITH"});
     define(name, [&](Catalogue& owner) {
         const auto existing = object(name);
-        if (existing && !alters) throw sqlError(message::kObjectExists, {name.name});
-        if (!existing && alters) throw sqlError(message::kInvalidObjectName, {asWritten(name)});
-        ObjectInfo stored = existing ? *existing : newObject(owner, name, objectType::kSequence);
-        if (stored.type != objectType::kSequence) throw sqlError(message::kNotASequence, {asWritten(name)});
+        if (existing && !alters) throw sqlError(kObjectExists, {name.name});
+        if (!existing && alters) throw sqlError(kInvalidObjectName, {asWritten(name)});
+        ObjectInfo stored = existing ? *existing : newObject(owner, name, kSequence);
+        if (stored.type != kSequence) throw sqlError(kNotASequence, {asWritten(name)});
         const SqlType type = existing ? owner.columns(stored.id).front().type : statement.type;
         const Sequence before = Sequence::read(stored.stored), range = rangeOf(type);
         Sequence next = existing ? before : range;
@@ -72,8 +72,8 @@ void Executor::run(const DefineSequence& statement) {
         set("INCREMENT BY", next.increment);
         set("MINVALUE", next.least);
         set("MAXVALUE", next.most);
-        if (next.least < range.least) throw sqlError(message::kSequenceArgumentInvalid, {"MINVALUE"});
-        if (next.most > range.most) throw sqlError(message::kSequenceArgumentInvalid, {"MAXVALUE"});
+        if (next.least < range.least) throw sqlError(kSequenceArgumentInvalid, {"MINVALUE"});
+        if (next.most > range.most) throw sqlError(kSequenceArgumentInvalid, {"MAXVALUE"});
         if (!existing) next.start = next.increment > 0 ? next.least : next.most;
         set(existing ? "RESTART WITH" : "START WITH", next.start);
         const bool restarts = !existing || has("RESTART") || has("RESTART WITH");
@@ -88,13 +88,12 @@ void Executor::run(const DefineSequence& statement) {
 }
 
 Typed Executor::nextValue(const ObjectName& name) {
-    if (m_frames.back()->isFunction || m_frames.back()->isQuery)
-        throw sqlError(message::kNextValueInSubquery);
+    if (m_frames.back()->isFunction || m_frames.back()->isQuery) throw sqlError(kNextValueInSubquery);
     const bool changes = !m_checking && !m_settings.describeOnly;
     if (changes) claim(name);
     const auto found = visibleObject(name);
-    if (!found) throw sqlError(message::kInvalidObjectName, {asWritten(name)});
-    if (found->type != objectType::kSequence) throw sqlError(message::kNotASequence, {asWritten(name)});
+    if (!found) throw sqlError(kInvalidObjectName, {asWritten(name)});
+    if (found->type != kSequence) throw sqlError(kNotASequence, {asWritten(name)});
     if (changes) beforeWrite();
     return {"ts_next_value(" + quotedText(databaseOf(name)) + ", " + std::to_string(found->id) + ")",
             catalogue(name).columns(found->id).front().type};
@@ -105,7 +104,7 @@ Value Executor::nextValue(std::string_view database, std::int64_t id) {
     const auto stored = owner.findById(id);
     const std::int64_t given = *counter(owner.schema(), counterOf(id));
     const auto value = Sequence::read(stored->stored).value(given);
-    if (!value) throw sqlError(message::kSequenceExhausted, {stored->name});
+    if (!value) throw sqlError(kSequenceExhausted, {stored->name});
     m_givenIdentities[{owner.schema(), counterOf(id)}] = given + 1;
     skipIdentities();
     return *value;

@@ -40,8 +40,8 @@ int Executor::helpText(const Frame& frame) {
     ObjectName name = parseObjectName(frame.text("@objname"));
     if (name.database.empty()) name.database = frame.database;
     const auto found = object(name);
-    if (!found) throw sqlError(message::kInvalidObject, {name.name, name.database});
-    if (found->source.empty()) throw sqlError(message::kNoTextOfObject, {name.name});
+    if (!found) throw sqlError(kInvalidObject, {name.name, name.database});
+    if (found->source.empty()) throw sqlError(kNoTextOfObject, {name.name});
     constexpr std::size_t kWidest = 255;
     const Column column{"Text", nvarcharType(kWidest)};
     std::vector<std::vector<Value>> rows;

@@ -7,7 +7,7 @@ constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite savepoint at the
 
 // Begins SQLite's transaction before the first change. Reading before that does not fix a snapshot.
 void Executor::beforeWrite() {
-    if (m_doomed) throw sqlError(message::kTransactionDoomed);
+    if (m_doomed) throw sqlError(kTransactionDoomed);
     if (m_transactions == 0 || m_connection.inTransaction()) return;
     m_connection.run("BEGIN");
     m_connection.run(std::string("SAVEPOINT ").append(kBegin));
@@ -67,8 +67,8 @@ void Executor::inTransaction(const std::function<void()>& work) {
 }
 
 void Executor::commit() {
-    if (m_transactions == 0) throw sqlError(message::kCommitWithoutBegin);
-    if (m_doomed) throw sqlError(message::kTransactionDoomed);
+    if (m_transactions == 0) throw sqlError(kCommitWithoutBegin);
+    if (m_doomed) throw sqlError(kTransactionDoomed);
     if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
     if (m_transactions > 1)
         --m_transactions;
@@ -109,37 +109,32 @@ bool Executor::resetAroundTransaction(std::string_view database) {
     return true;
 }
 
-void Executor::rollBackTo(const std::string& name) {
-    if (m_doomed) throw sqlError(message::kSavepointInDoomedTransaction);
-    m_knownTables.clear();
-    bool done = false;
-    keepTables([&] {
-        done = sqlite3_exec(m_connection.handle(), ("ROLLBACK TO " + quotedName(name)).c_str(), nullptr,
-                            nullptr, nullptr) == SQLITE_OK;
-        skipIdentities();
-    });
-    if (!done) throw sqlError(message::kSavepointNotFound, {name});
-}
-
 void Executor::run(const Transaction& transaction) {
     const std::string name = transaction.variable.empty()
                                  ? transaction.name
                                  : evaluateText({m_line, VariableRef{transaction.variable}});
-    const TransactionVerb verb = transaction.verb;
-    if (verb == TransactionVerb::Rollback && m_insertsRows) throw sqlError(message::kRollbackInInsertExec);
-    if (verb == TransactionVerb::Rollback && m_transactions == 0)
-        throw sqlError(message::kRollbackWithoutBegin);
-    if (verb == TransactionVerb::Commit && m_transactions > 0 && m_transactions == m_fewestTransactions)
-        throw sqlError(message::kCommitInInsertExec);
-    const bool whole = name.empty() || sameWord(name, m_transactionName);
-    if (verb == TransactionVerb::Begin) begin(name);
-    if (verb == TransactionVerb::Save) {
-        if (m_transactions == 0) throw sqlError(message::kSaveWithoutTransaction);
-        beforeWrite();
-        m_connection.run("SAVEPOINT " + quotedName(name));
+    if (transaction.verb == TransactionVerb::Begin) return begin(name);
+    if (transaction.verb == TransactionVerb::Commit) {
+        if (m_transactions > 0 && m_transactions == m_fewestTransactions) throw sqlError(kCommitInInsertExec);
+        return commit();
     }
-    if (verb == TransactionVerb::Commit) commit();
-    if (verb == TransactionVerb::Rollback) whole ? rollBack() : rollBackTo(name);
+    if (transaction.verb == TransactionVerb::Save) {
+        if (m_transactions == 0) throw sqlError(kSaveWithoutTransaction);
+        beforeWrite();
+        return m_connection.run("SAVEPOINT " + quotedName(name));
+    }
+    if (m_insertsRows) throw sqlError(kRollbackInInsertExec);
+    if (m_transactions == 0) throw sqlError(kRollbackWithoutBegin);
+    if (name.empty() || sameWord(name, m_transactionName)) return rollBack();
+    if (m_doomed) throw sqlError(kSavepointInDoomedTransaction);
+    m_knownTables.clear();
+    bool done = false;
+    keepTables([&] {
+        const std::string sql = "ROLLBACK TO " + quotedName(name);
+        done = sqlite3_exec(m_connection.handle(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+        skipIdentities();
+    });
+    if (!done) throw sqlError(kSavepointNotFound, {name});
 }
 
 }  // namespace tsql

@@ -23,13 +23,11 @@ bool isFiredBy(const ObjectInfo& trigger, std::string_view verb) {
 TableInfo Executor::tableOfTrigger(const CreateModule& trigger) {
     if (isTemporaryName(trigger.table.name)) throw unsupported("triggers on temporary tables");
     const auto found = object(trigger.table);
-    if (found && found->type == objectType::kView && trigger.insteadOf)
-        throw unsupported("INSTEAD OF triggers on views");
-    if (!found || found->type != objectType::kTable || databaseOf(trigger.table) != databaseOf(trigger.name))
-        throw sqlError(message::kNoTableForTrigger, {asWritten(trigger.table)});
+    if (found && found->type == kView && trigger.insteadOf) throw unsupported("INSTEAD OF triggers on views");
+    if (!found || found->type != kTable || databaseOf(trigger.table) != databaseOf(trigger.name))
+        throw sqlError(kNoTableForTrigger, {asWritten(trigger.table)});
     if (!trigger.name.schema.empty() && !sameText(trigger.name.schema, found->schemaName))
-        throw sqlError(message::kTriggerInOtherSchema,
-                       {trigger.create ? "create" : "alter", trigger.name.name});
+        throw sqlError(kTriggerInOtherSchema, {trigger.create ? "create" : "alter", trigger.name.name});
     return catalogue(trigger.table).tableOf(*found);
 }
 
@@ -38,7 +36,7 @@ void Executor::bindTrigger(const Catalogue& owner, const CreateModule& trigger, 
                            ObjectInfo& object) {
     const std::string_view verb = trigger.create ? "create" : "alter";
     if (object.id != 0 && object.parent != table.id)
-        throw sqlError(message::kTriggerOfOtherTable, {verb, object.name, table.name});
+        throw sqlError(kTriggerOfOtherTable, {verb, object.name, table.name});
     object.parent = table.id;
     object.columns = trigger.events;
     if (!trigger.insteadOf) return;
@@ -46,21 +44,21 @@ void Executor::bindTrigger(const Catalogue& owner, const CreateModule& trigger, 
     for (const auto& other : owner.triggersOf(table.id))
         for (const auto& event : trigger.events)
             if (other.id != object.id && isInsteadOf(other) && isFiredBy(other, event))
-                throw sqlError(message::kSecondInsteadOfTrigger, {verb, object.name, table.name, event});
+                throw sqlError(kSecondInsteadOfTrigger, {verb, object.name, table.name, event});
 }
 
 void Executor::run(const SwitchTriggers& node) {
     define(node.table, [&](Catalogue& owner) {
         const auto table = object(node.table);
-        if (!table || table->type != objectType::kTable)
-            throw sqlError(node.inAlterTable ? message::kAlteredTableNotFound : message::kObjectNotFound,
+        if (!table || table->type != kTable)
+            throw sqlError(node.inAlterTable ? kAlteredTableNotFound : kObjectNotFound,
                            {asWritten(node.table)});
         auto triggers = owner.triggersOf(table->id);
         for (const auto& name : node.names)
             if (std::ranges::none_of(triggers, [&](auto& each) { return sameText(each.name, name.name); }))
                 throw node.inAlterTable
-                    ? sqlError(message::kSwitchedTriggerNotFound, {name.name, asWritten(node.table)})
-                    : sqlError(message::kObjectNotFound, {asWritten(name)});
+                    ? sqlError(kSwitchedTriggerNotFound, {name.name, asWritten(node.table)})
+                    : sqlError(kObjectNotFound, {asWritten(name)});
         for (auto& trigger : triggers) {
             const auto isNamed = [&](const auto& name) { return sameText(trigger.name, name.name); };
             if (!node.names.empty() && std::ranges::none_of(node.names, isNamed)) continue;
@@ -114,7 +112,7 @@ Flow Executor::withTriggers(const TableInfo& target, StatementKind kind, const W
     if (target.schema != kTempSchema && Catalogue(m_connection, target.database, target.schema).hasTriggers())
         addFiring({target, kVerbs[static_cast<int>(kind)], updated}, firings);
     const bool ownTriggers = !firings.empty() && !firings.front().triggers.empty();
-    if (output && !output->into && ownTriggers) throw sqlError(message::kOutputOfTriggers, {target.name});
+    if (output && !output->into && ownTriggers) throw sqlError(kOutputOfTriggers, {target.name});
     std::erase_if(firings, [](const Firing& each) { return each.triggers.empty(); });
     if (firings.empty())
         change(target);
@@ -158,8 +156,7 @@ void Executor::changeAndFire(const TableInfo& target, std::vector<Firing> firing
 
 // XACT_ABORT is on in a trigger.
 void Executor::fire(const ObjectInfo& trigger, const Firing& firing) {
-    const auto stored =
-        module({firing.table.database, trigger.schemaName, trigger.name, m_line}, objectType::kTrigger);
+    const auto stored = module({firing.table.database, trigger.schemaName, trigger.name, m_line}, kTrigger);
     Frame frame(*stored);
     frame.firing = &firing;
     frame.declare(*stored->module);
@@ -168,8 +165,8 @@ void Executor::fire(const ObjectInfo& trigger, const Firing& firing) {
     const Temporarily mayCommit(m_fewestTransactions, 0);
     runScope(stored->module->body, frame);
     m_line = line;
-    if (m_doomed) throw sqlError(message::kErrorInTrigger);
-    if (m_transactions == 0) throw sqlError(message::kTransactionEndedInTrigger);
+    if (m_doomed) throw sqlError(kErrorInTrigger);
+    if (m_transactions == 0) throw sqlError(kTransactionEndedInTrigger);
 }
 
 // ---- the changed rows
@@ -198,7 +195,7 @@ SystemView Executor::changedRows(const ObjectName& name) {
 
 bool Executor::isUpdated(std::string_view column) const {
     const Firing* firing = m_frames.back()->firing;
-    if (!firing || !firing->table.column(column)) throw sqlError(message::kInvalidColumnName, {column});
+    if (!firing || !firing->table.column(column)) throw sqlError(kInvalidColumnName, {column});
     return firing->verb == "INSERT" ||
            (firing->verb == "UPDATE" && firing->updated.contains(std::string(column)));
 }

@@ -31,7 +31,7 @@ struct SqlError : std::runtime_error {
 }  // namespace tsql
 
 // Numbers of SQL Server's messages, named for what their texts say.
-namespace tsql::message {
+namespace tsql::inline message {
 
 #define TSQL_MESSAGE(name, number, severity, state, ends, text) inline constexpr int name = number;
 #include "messages/MessageTable.inc"

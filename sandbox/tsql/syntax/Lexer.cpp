@@ -91,7 +91,7 @@ class Lexer {
         const int begin = m_line;
         int depth = 0;
         do {
-            if (m_at >= m_text.size()) throw SyntaxError(sqlError(message::kMissingEndOfComment), begin);
+            if (m_at >= m_text.size()) throw SyntaxError(sqlError(kMissingEndOfComment), begin);
             const bool opens = startsWith("/*");
             const bool closes = !opens && startsWith("*/");
             depth += opens - closes;
@@ -117,8 +117,7 @@ class Lexer {
         if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair ? 2 : 1);
         if (c == '{') throw SyntaxError(unsupported("an ODBC escape sequence such as {fn ...}"), m_line);
         if (c == '$') throw SyntaxError(unsupported(m_text.substr(m_at, past(isNamePart, 1))), m_line);
-        throw SyntaxError(message::kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.",
-                          m_line);
+        throw SyntaxError(kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.", m_line);
     }
 
     // End of the run of characters that satisfy `fits`, starting at `from`. Both are offsets from the start
@@ -143,9 +142,9 @@ class Lexer {
         for (;; end += 2) {
             end = m_text.find(close, end);
             if (end == std::string_view::npos)
-                throw SyntaxError(sqlError(message::kUnclosedQuotationMark,
-                                           {m_text.substr(m_at + prefix + 1, kLongestName)}),
-                                  m_line);
+                throw SyntaxError(
+                    sqlError(kUnclosedQuotationMark, {m_text.substr(m_at + prefix + 1, kLongestName)}),
+                    m_line);
             if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
         }
         return takeToken(kind, end + 1 - m_at);
@@ -176,7 +175,7 @@ void checkName(const Token& token) {
     if (token.raw.size() <= kLongestName) return;
     const std::string name = unquoted(token);
     if (characterCount(name) <= kLongestName) return;
-    throw SyntaxError(message::kBadDatabaseName,
+    throw SyntaxError(kBadDatabaseName,
                       "The identifier that starts with '" + std::string(characters(name, 0, kLongestName)) +
                           "' is too long. Maximum length is 128.",
                       token.line);

@@ -9,7 +9,7 @@ constexpr int kDeepestNesting = 150;
 constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the depth of expressions to 1000
 
 [[noreturn]] void throwTooDeep(int line) {
-    throw SyntaxError(sqlError(message::kNestedTooDeeply), line);
+    throw SyntaxError(sqlError(kNestedTooDeeply), line);
 }
 
 ObjectName nameOf(std::vector<std::string> parts, int line) {
@@ -29,6 +29,10 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
         error.procedure = parser.m_procedure;
         throw;
     }
+}
+
+bool hasWord(std::string_view words, const std::string& word) {
+    return (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
 }
 
 ExprPtr parseExpression(std::string_view text) {
@@ -122,7 +126,7 @@ std::string Parser::expectVariable(int undeclaredState) {
     if (!atVariable()) throwSyntaxError();
     const Token& name = takeToken();
     if (!m_declared.contains(name.raw))
-        throw SyntaxError(sqlError(message::kUndeclaredVariable, {name.raw}, undeclaredState), name.line);
+        throwError(kUndeclaredVariable, {name.raw}, name.line, undeclaredState);
     return std::string(name.raw);
 }
 
@@ -194,7 +198,7 @@ const Token& Parser::faulty() const {
 void Parser::throwSyntaxError() const {
     const bool reserved = peek().reserved;
     throw SyntaxError(
-        reserved ? message::kSyntaxErrorNearKeyword : message::kSyntaxErrorNear,
+        reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear,
         std::string("Incorrect syntax near ") + (reserved ? "the keyword '" : "'") + near() + "'.",
         faulty().line);
 }

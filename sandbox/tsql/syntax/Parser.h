@@ -25,6 +25,9 @@ Constraint parseConstraint(std::string_view text);  // ObjectInfo::source
 ObjectName parseObjectName(std::string_view text);
 SqlType parseType(std::string_view text);
 
+// words: separated by blanks. An empty word is none of them.
+bool hasWord(std::string_view words, const std::string& word);
+
 class Parser {
   public:
     Parser(std::string_view text, bool quotedIdentifiers);
@@ -66,6 +69,11 @@ class Parser {
     const Token& faulty() const;                             // token that an error refers to
     std::string near() const { return unquoted(faulty()); }  // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
+    // Throws the error of that number. line: 0 for that of the next token; state: 0 for the usual one.
+    [[noreturn]] void throwError(int number, std::initializer_list<std::string_view> values = {},
+                                 int line = 0, int state = 0) const {
+        throw SyntaxError(sqlError(number, values, state), line ? line : peek().line);
+    }
     [[noreturn]] void throwUnsupported(std::string_view construct) const {
         throw SyntaxError(unsupported(construct), faulty().line);
     }

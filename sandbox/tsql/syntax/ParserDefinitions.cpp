@@ -32,12 +32,11 @@ Insert insert(Parser& in) {
         const int line = in.peek().line;
         constexpr int kMostRows = 1000;
         node.rows = in.list([&, count = 0]() mutable {
-            if (++count > kMostRows) throw SyntaxError(sqlError(message::kTooManyInsertRows), in.peek().line);
+            if (++count > kMostRows) in.throwError(kTooManyInsertRows);
             return in.inList(cell);
         });
         for (const auto& row : node.rows)
-            if (row.size() != node.rows.front().size())
-                throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
+            if (row.size() != node.rows.front().size()) in.throwError(kRowLengthsDiffer, {}, line);
     } else if (in.at("EXEC") || in.at("EXECUTE")) {
         if (node.top) in.throwUnsupported("INSERT TOP ... EXECUTE");
         node.execute = in.statement();
@@ -184,7 +183,7 @@ void defaultValue(Parser& in, Constraint& constraint, bool ofTable) {
     const std::size_t begin = in.position();
     const ExprPtr value = in.scalar(&Parser::unary);
     if (const auto* column = std::get_if<ColumnRef>(&value->node))
-        throw SyntaxError(sqlError(message::kNameNotPermittedHere, {column->path.back()}), value->line);
+        in.throwError(kNameNotPermittedHere, {column->path.back()}, value->line);
     bool isOperation = false;
     for (; in.acceptAny({"+", "-", "*", "/", "%", "&", "|", "^"}); isOperation = true)
         in.scalar(&Parser::unary);
@@ -261,8 +260,7 @@ void indexBody(Parser& in, CreateIndex& index) {
         index.filter = in.scalar(&Parser::condition);
         index.filterText = in.textSince(begin);
         if (!isFilter(*index.filter))
-            throw SyntaxError(sqlError(message::kBadIndexFilter, {index.name, index.table.name}),
-                              in.faulty().line);
+            in.throwError(kBadIndexFilter, {index.name, index.table.name}, in.faulty().line);
     }
     indexStorage(in);
 }
@@ -406,7 +404,7 @@ void moduleBody(Parser& in, CreateModule& module) {
     if (module.body.empty()) in.throwSyntaxError();
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
     if ((!body || !std::holds_alternative<Return>(body->statements.back()->node)))
-        throw SyntaxError(sqlError(message::kFunctionWithoutFinalReturn, {}, 2), in.peek().line);
+        in.throwError(kFunctionWithoutFinalReturn, {}, 0, 2);
 }
 
 // ON table [WITH options] FOR | AFTER | INSTEAD OF event, ...
@@ -428,8 +426,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     module.function = kind == "FUNCTION";
     module.name = in.objectName();
     if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
-    if (!module.name.database.empty())
-        throw SyntaxError(sqlError(message::kDatabaseInModuleName, {kind}), module.name.line);
+    if (!module.name.database.empty()) in.throwError(kDatabaseInModuleName, {kind}, module.name.line);
     in.m_procedure = module.name.name;
     bool isQuery = kind == "VIEW";
     if (!isQuery)
@@ -498,7 +495,7 @@ Statement::Node createSchema(Parser& in) {
     if (!in.at("AUTHORIZATION")) node.name = in.expectName();
     if (in.accept("AUTHORIZATION")) node.owner = in.expectName();
     if (node.name.empty()) node.name = node.owner;
-    if (node.name.empty()) throw SyntaxError(sqlError(message::kMissingColumnName, {}, 4), line);
+    if (node.name.empty()) in.throwError(kMissingColumnName, {}, line, 4);
     for (const auto word : {"CREATE", "GRANT", "REVOKE", "DENY"})
         in.throwIfAt(word, std::string(word) + " within CREATE SCHEMA");
     return node;
@@ -565,10 +562,9 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     const bool procedure = in.at("PROCEDURE") || in.at("PROC");
     if (procedure || in.at("FUNCTION") || in.at("VIEW") || in.at("TRIGGER")) {
         if (first) return createModule(in, std::move(module));
-        throw SyntaxError(sqlError(message::kMustBeFirstInBatch,
-                                   {procedure ? "CREATE/ALTER PROCEDURE"
-                                              : (create ? "CREATE " : "ALTER ") + toUpper(in.near())}),
-                          in.peek().line);
+        in.throwError(
+            kMustBeFirstInBatch,
+            {procedure ? "CREATE/ALTER PROCEDURE" : (create ? "CREATE " : "ALTER ") + toUpper(in.near())});
     }
     if (!create && in.accept("TABLE")) return alterTable(in);
     if (!create && in.accept("DATABASE")) return alterDatabase(in);
@@ -579,8 +575,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);
     if (in.accept("DATABASE")) return createDatabase(in);
-    if (in.at("SCHEMA") && !first)
-        throw SyntaxError(sqlError(message::kMustBeFirstInBatch, {"CREATE SCHEMA"}), in.peek().line);
+    if (in.at("SCHEMA") && !first) in.throwError(kMustBeFirstInBatch, {"CREATE SCHEMA"});
     if (in.accept("SCHEMA")) return createSchema(in);
     const bool unique = in.accept("UNIQUE");
     in.acceptAny({"CLUSTERED", "NONCLUSTERED"});

@@ -44,16 +44,11 @@ constexpr Operator kOperators[] = {
 };
 
 // Functions without parentheses, and functions whose names are reserved words.
-constexpr std::string_view kNiladic[] = {"CURRENT_TIMESTAMP", "CURRENT_USER", "SYSTEM_USER", "SESSION_USER",
-                                         "USER"};
-constexpr std::string_view kReservedFunctions[] = {"COALESCE", "NULLIF", "LEFT", "RIGHT"};
+constexpr std::string_view kNiladic = "CURRENT_TIMESTAMP CURRENT_USER SYSTEM_USER SESSION_USER USER";
+constexpr std::string_view kReservedFunctions = "COALESCE NULLIF LEFT RIGHT";
 
 ExprPtr make(int line, Expr::Node node) {
     return std::make_unique<Expr>(Expr{line, std::move(node)});
-}
-
-bool contains(std::span<const std::string_view> words, std::string_view word) {
-    return std::ranges::any_of(words, [&](auto each) { return sameWord(each, word); });
 }
 
 ExprPtr asValue(const Parser& in, ExprPtr expr) {
@@ -63,7 +58,7 @@ ExprPtr asValue(const Parser& in, ExprPtr expr) {
 
 ExprPtr asCondition(const Parser& in, ExprPtr expr) {
     if (expr->isCondition()) return expr;
-    throw SyntaxError(sqlError(message::kConditionExpected, {in.near()}), in.faulty().line);
+    in.throwError(kConditionExpected, {in.near()}, in.faulty().line);
 }
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
@@ -118,14 +113,14 @@ ExprPtr literal(const Token& token) {
 
 // (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)') is the text content of the XML.
 ExprPtr xmlValue(Parser& in, QueryPtr query) {
-    constexpr std::string_view kWhole[] = {".", "(.)[1]"}, kText[] = {"text()[1]", "(./text())[1]"};
+    constexpr std::string_view kWhole = ". (.)[1]", kText = "TEXT()[1] (./TEXT())[1]";
     const int line = in.peek().line;
     if (!query->xml || !query->xml->typed) in.throwSyntaxError();
     in.accept(". VALUE");
     in.expect("(");
     const std::string path = in.expectString();
-    const bool whole = contains(kWhole, path);
-    if (!whole && !contains(kText, path)) in.throwUnsupported("the path '" + path + "' in .value()");
+    const bool whole = hasWord(kWhole, path);
+    if (!whole && !hasWord(kText, toUpper(path))) in.throwUnsupported("the path '" + path + "' in .value()");
     in.expect(",");
     Cast cast;
     cast.type = Parser(in.expectString(), /*quotedIdentifiers=*/true).type(TypeUse::Cast);
@@ -201,12 +196,11 @@ std::string frame(Parser& in, bool ordered) {
     const std::size_t begin = in.position();
     const bool range = in.accept("RANGE");
     if (!range && !in.accept("ROWS")) return {};
-    if (!ordered) throw SyntaxError(sqlError(message::kFrameWithoutOrderBy), in.peek().line);
+    if (!ordered) in.throwError(kFrameWithoutOrderBy);
     const bool between = in.accept("BETWEEN");
     for (int bound = 0; bound <= between; ++bound) {
         if (bound > 0) in.expect("AND");
-        if (in.peek().kind == TokenKind::Number && range)
-            throw SyntaxError(sqlError(message::kRangeFrameLimits), in.peek().line);
+        if (in.peek().kind == TokenKind::Number && range) in.throwError(kRangeFrameLimits);
         if (in.accept("CURRENT ROW")) continue;
         if (!in.accept("UNBOUNDED")) in.expectInteger();
         if (!in.acceptAny({"PRECEDING", "FOLLOWING"})) in.throwSyntaxError();
@@ -228,7 +222,7 @@ ExprPtr call(Parser& in, ObjectName name) {
     const int line = name.line;
     const bool differs = builtIn && (sameWord(name.name, "RAND") || sameWord(name.name, "NEWID"));
     if (differs && in.m_module && in.m_module->function)
-        throw SyntaxError(sqlError(message::kSideEffectInFunction, {lowerAscii(name.name)}, 1), line);
+        in.throwError(kSideEffectInFunction, {lowerAscii(name.name)}, line, 1);
     Call call{std::move(name), {}};
     const bool counts =
         builtIn && (sameWord(call.name.name, "COUNT") || sameWord(call.name.name, "COUNT_BIG"));
@@ -255,9 +249,9 @@ ExprPtr updated(Parser& in) {
 // Column or function call.
 ExprPtr named(Parser& in) {
     const Token& first = in.peek();
-    const bool niladic = first.kind == TokenKind::Word && contains(kNiladic, first.raw);
-    if (niladic ||
-        (first.kind == TokenKind::Word && contains(kReservedFunctions, first.raw) && in.at("(", 1))) {
+    const std::string word = first.kind == TokenKind::Word ? toUpper(first.raw) : "";
+    const bool niladic = hasWord(kNiladic, word);
+    if (niladic || (hasWord(kReservedFunctions, word) && in.at("(", 1))) {
         ObjectName name{"", "", std::string(in.takeToken().raw), first.line};
         return niladic ? make(first.line, Call{std::move(name), {}}) : call(in, std::move(name));
     }

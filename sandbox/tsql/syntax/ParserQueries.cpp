@@ -26,10 +26,7 @@ constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
 };
 
 QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
-    auto query = std::make_unique<Query>();
-    query->line = line;
-    query->body = std::move(body);
-    return query;
+    return std::make_unique<Query>(Query{{}, std::move(body), {}, {}, {}, {}, {}, line});
 }
 
 Select select(Parser& in) {
@@ -43,7 +40,7 @@ Select select(Parser& in) {
     if (into && in.accept("INTO"))
         *into = in.objectName();
     else if (std::ranges::any_of(select.items, [](const auto& item) { return item.identity.has_value(); }))
-        throw SyntaxError(sqlError(message::kIdentityWithoutInto), in.faulty().line);
+        in.throwError(kIdentityWithoutInto, {}, in.faulty().line);
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
     if (in.accept("GROUP BY")) {
@@ -132,8 +129,7 @@ QueryPtr rowValues(Parser& in) {
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
             select.items.push_back({std::move(cell), {}, {}, {}});
-        if (rows && select.items.size() != width)
-            throw SyntaxError(sqlError(message::kRowLengthsDiffer), line);
+        if (rows && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
         width = select.items.size();
         QueryPtr row = queryOf(line, std::move(select));
         rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
@@ -230,11 +226,11 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
 
 // Nested query: ORDER BY needs TOP, OFFSET or FOR XML.
 QueryPtr Parser::subquery() {
-    if (m_scalarOnly) throw SyntaxError(sqlError(message::kSubqueryNotAllowedHere), peek().line);
+    if (m_scalarOnly) throwError(kSubqueryNotAllowedHere);
     QueryPtr query = this->query();
     const auto* select = std::get_if<Select>(&query->body);
     if (!query->orderBy.empty() && !(select && select->top) && !query->offset && !query->xml)
-        throw SyntaxError(sqlError(message::kOrderByNotAllowedHere), query->orderBy.front().value->line);
+        throwError(kOrderByNotAllowedHere, {}, query->orderBy.front().value->line);
     return query;
 }
 
@@ -244,8 +240,7 @@ std::vector<CommonTable> Parser::commonTables() {
     return list([this, &names] {
         CommonTable table;
         table.name = expectName();
-        if (!names.insert(toLower(table.name)).second)
-            throw SyntaxError(sqlError(message::kRepeatedCommonTableName, {table.name}), peek().line);
+        if (!names.insert(toLower(table.name)).second) throwError(kRepeatedCommonTableName, {table.name});
         if (at("(")) table.columns = columnNames();
         expect("AS");
         table.query = parenthesized([this] { return subquery(); });
@@ -352,8 +347,7 @@ std::optional<std::int64_t> Parser::options() {
             skipParenthesized();
         else if (takeToken().kind == TokenKind::End)
             throwSyntaxError();
-        if (most > kMost)
-            throw SyntaxError(sqlError(message::kMaxRecursionTooLarge, {std::to_string(*most)}), line);
+        if (most > kMost) throwError(kMaxRecursionTooLarge, {std::to_string(*most)}, line);
     }
     return most;
 }

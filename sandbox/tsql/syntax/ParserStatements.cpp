@@ -26,14 +26,10 @@ constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"", "ANSI_DEFAULTS CONTEXT_INFO OFFSETS"},  // no value is accepted
 };
 
-bool hasWord(std::string_view words, const std::string& word) {
-    return (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
-}
-
 void checkSetting(const std::string& name, const std::string& value, int line) {
     const auto* setting =
         std::ranges::find_if(kSettings, [&](const auto& each) { return hasWord(each.second, name); });
-    if (setting == std::end(kSettings)) throw SyntaxError(sqlError(message::kUnknownSetOption, {name}), line);
+    if (setting == std::end(kSettings)) throw SyntaxError(sqlError(kUnknownSetOption, {name}), line);
     const bool isNumber = value.find_first_not_of("-0123456789") == std::string::npos;
     if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
         throw SyntaxError(unsupported("SET " + name + " " + value), line);
@@ -98,9 +94,7 @@ Statement::Node declareCursor(Parser& in) {
         **option = true;
     }
     if (!isCursor) in.throwSyntaxError();
-    if (forward && node.scroll)
-        throw SyntaxError(sqlError(message::kConflictingCursorOptions, {"FORWARD_ONLY", "SCROLL"}),
-                          in.peek().line);
+    if (forward && node.scroll) in.throwError(kConflictingCursorOptions, {"FORWARD_ONLY", "SCROLL"});
     node.counted = node.counted || node.scroll;
     node.scroll = node.counted && !forward;
     node.query = in.query();
@@ -195,12 +189,11 @@ Statement::Node tryCatch(Parser& in) {
 
 Statement::Node returnValue(Parser& in) {
     const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
-    const bool value = !in.peek().reserved || in.at("CASE") || in.at("NULL") || in.at("CONVERT") ||
-                       in.at("TRY_CONVERT") || in.at("COALESCE") || in.at("NULLIF") || in.at("LEFT (") ||
-                       in.at("RIGHT (") || in.at("CURRENT_TIMESTAMP");
-    if (ends || !value) return Return{};
-    if (!in.m_module || in.m_module->isTrigger())
-        throw SyntaxError(sqlError(message::kReturnWithValueHere), in.peek().line);
+    constexpr std::string_view kBegins =
+        "CASE NULL CONVERT TRY_CONVERT COALESCE NULLIF LEFT RIGHT "
+        "CURRENT_TIMESTAMP";
+    if (ends || (in.peek().reserved && !hasWord(kBegins, toUpper(in.peek().raw)))) return Return{};
+    if (!in.m_module || in.m_module->isTrigger()) in.throwError(kReturnWithValueHere);
     return Return{in.expression()};
 }
 
@@ -229,7 +222,7 @@ Statement::Node raiseError(Parser& in) {
     return node;
 }
 
-Statement::Node throwError(Parser& in) {
+Statement::Node throwStatement(Parser& in) {
     Throw node;
     if (in.peek().kind == TokenKind::Number || in.atVariable())
         node.values = in.list([&] { return in.constant(); });
@@ -247,9 +240,7 @@ Statement::Node waitFor(Parser& in) {
 
 Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     Argument argument;
-    if (onlyNamed && !in.at("=", 1))
-        throw SyntaxError(sqlError(message::kPositionalArgumentAfterNamed, {std::to_string(number)}),
-                          in.peek().line);
+    if (onlyNamed && !in.at("=", 1)) in.throwError(kPositionalArgumentAfterNamed, {std::to_string(number)});
     if (in.atVariable() && in.at("=", 1)) {
         argument.name = std::string(in.takeToken().raw);
         in.takeToken();
@@ -258,7 +249,7 @@ Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
     argument.value = in.wordOrConstant();
     argument.output = in.acceptAny({"OUTPUT", "OUT"});
     if (argument.output && !std::holds_alternative<VariableRef>(argument.value->node))
-        throw SyntaxError(sqlError(message::kOutputOfConstant), argument.value->line);
+        in.throwError(kOutputOfConstant, {}, argument.value->line);
     return argument;
 }
 
@@ -459,7 +450,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"BEGIN", compound},
     {"RETURN", returnValue},
     {"RAISERROR", raiseError},
-    {"THROW", throwError},
+    {"THROW", throwStatement},
     {"WAITFOR", waitFor},
     {"EXEC", execute},
     {"EXECUTE", execute},
@@ -486,12 +477,11 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
     if (select && (!body || body->items.front().variable.empty() || select->into))
-        throw SyntaxError(sqlError(message::kSelectInFunction, {}, 2), statement.line);
+        throw SyntaxError(sqlError(kSelectInFunction, {}, 2), statement.line);
     const bool option = std::holds_alternative<SetOption>(statement.node);
     if (option || !hasWord(kTraceless, verb) || std::holds_alternative<TryCatch>(statement.node) ||
         std::holds_alternative<Transaction>(statement.node))
-        throw SyntaxError(sqlError(message::kSideEffectInFunction, {option ? "SET COMMAND" : verb}),
-                          statement.line);
+        throw SyntaxError(sqlError(kSideEffectInFunction, {option ? "SET COMMAND" : verb}), statement.line);
 }
 
 }  // namespace
@@ -506,7 +496,7 @@ Block Parser::batch() {
     Block others = statements("");
     std::move(others.begin(), others.end(), std::back_inserter(first));
     for (const auto& [name, label] : m_labels)
-        if (!label.isDeclared) throw SyntaxError(sqlError(message::kUnknownLabel, {name}), label.line);
+        if (!label.isDeclared) throwError(kUnknownLabel, {name}, label.line);
     return first;
 }
 
@@ -521,8 +511,7 @@ StatementPtr Parser::label() {
     const Token& name = peek();
     LabelUse& label = useOfLabel();
     expect(":");
-    if (std::exchange(label.isDeclared, true))
-        throw SyntaxError(sqlError(message::kLabelExists, {unquoted(name)}), name.line);
+    if (std::exchange(label.isDeclared, true)) throwError(kLabelExists, {unquoted(name)}, name.line);
     return std::make_unique<Statement>(Statement{name.line, Label{label.number}});
 }
 
@@ -535,8 +524,7 @@ Block Parser::statements(std::string_view end) {
         if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
         const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
         if (open && at("THROW")) throwSyntaxError();
-        if (open && at("WITH"))
-            throw SyntaxError(sqlError(message::kMissingSemicolonBeforeWith), peek().line);
+        if (open && at("WITH")) throwError(kMissingSemicolonBeforeWith);
         statements.push_back(atName() && at(":", 1) ? label() : statement());
     }
 }
@@ -548,8 +536,7 @@ StatementPtr Parser::statement() {
     const std::string verb = toUpper(peek().raw);
     if (hasWord(kUnsupported, verb)) throwUnsupported(verb == "BULK" ? "BULK INSERT" : verb);
     if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
-        throw SyntaxError(
-            sqlError(at("BREAK") ? message::kBreakOutsideWhile : message::kContinueOutsideWhile), line);
+        throwError(at("BREAK") ? kBreakOutsideWhile : kContinueOutsideWhile, {}, line);
     const auto* read = acceptOneOf(kStatements);
     auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
     if (m_module && m_module->function) checkInFunction(*statement, verb);
@@ -560,7 +547,7 @@ StatementPtr Parser::statement() {
     const auto* select = std::get_if<SelectStatement>(&statement->node);
     const ObjectName* made = create ? &create->table : select && select->into ? &*select->into : nullptr;
     if (made && made->name.starts_with('#') && !m_temporary.insert(made->name).second)
-        throw SyntaxError(sqlError(message::kObjectExists, {made->name}, 1), faulty().line);
+        throwError(kObjectExists, {made->name}, faulty().line, 1);
     return statement;
 }
 
@@ -577,12 +564,12 @@ Declaration Parser::declaration(bool isParameter) {
     else
         node.type = type(isParameter && m_procedure.empty() ? TypeUse::Client : TypeUse::Declaration);
     if (!isParameter && isLob(node.type.id) && node.type.id != TypeId::Xml)
-        throw SyntaxError(sqlError(message::kLobVariable), name.line);
+        throwError(kLobVariable, {}, name.line);
     if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
     throwIfAt("READONLY", "table-valued parameters");
     if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
-        throw SyntaxError(sqlError(message::kVariableAlreadyDeclared, {name.raw}), name.line);
+        throwError(kVariableAlreadyDeclared, {name.raw}, name.line);
     (node.table ? m_declaredTables : m_declared).insert(node.name);
     if (!isParameter && !node.table) m_locals.emplace_back(node.name, node.type);
     return node;
