@@ -239,17 +239,16 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     const std::string text = failure.what();
     const int code = failure.code & 0xFF;
     if (code == SQLITE_CONSTRAINT) return BrokenConstraint(m_connection, m_change).error(failure);
-    if (failure.code == SQLITE_BUSY_SNAPSHOT)
-        return sqlError(message::kDeadlockVictim, {std::to_string(m_spid)});
-    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return sqlError(message::kLockTimeout);
+    if (failure.code == SQLITE_BUSY_SNAPSHOT) return sqlError(kDeadlockVictim, {std::to_string(m_spid)});
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return sqlError(kLockTimeout);
     if (code == SQLITE_FULL && m_change.verb == "INSERT" && m_change.target.identityColumn() &&
         lastIdentity(m_change.target) == std::numeric_limits<std::int64_t>::max())
-        return sqlError(message::kArithmeticOverflow, {"IDENTITY", "bigint"}, 1);
-    if (code == SQLITE_FULL) return sqlError(message::kDiskFull);
-    if (code == SQLITE_NOMEM) return sqlError(message::kInsufficientMemory);
+        return sqlError(kArithmeticOverflow, {"IDENTITY", "bigint"}, 1);
+    if (code == SQLITE_FULL) return sqlError(kDiskFull);
+    if (code == SQLITE_NOMEM) return sqlError(kInsufficientMemory);
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
-        return sqlError(message::kNestedTooDeeply);
+        return sqlError(kNestedTooDeeply);
     // Files of databases are closed, or not opened, if there are too many of them.
     constexpr std::string_view kManyDatabases = "a statement or transaction over more than 10 databases";
     constexpr std::pair<std::string_view, std::string_view> kLimits[] = {
@@ -260,7 +259,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
         {"misuse of aggregate", "an aggregate of columns of an outer query or of the left side of APPLY"}};
     for (const auto& [part, construct] : kLimits)
         if (text.find(part) != std::string::npos) return unsupported(construct);
-    return {message::kUserDefined, "tsqlbox could not run the statement: " + text + "."};
+    return {kUserDefined, "tsqlbox could not run the statement: " + text + "."};
 }
 
 // ---- values

@@ -440,7 +440,7 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
         });
     };
     for (const auto& key : keys) {
-        const bool isIndex = key.type == objectType::kIndex;
+        const bool isIndex = key.type == kIndex;
         if (isIndex && !key.stored.empty()) refuseIfUsed(filterColumns(table, key), "index", key.name);
         refuseIfUsed(key.columns, isIndex ? "index" : "object", key.name);
     }

@@ -47,8 +47,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
-        Translator::rename(text, module.columns, module.name.name, message::kUnnamedViewColumn,
-                           message::kRepeatedViewColumn);
+        Translator::rename(text, module.columns, module.name.name, kUnnamedViewColumn, kRepeatedViewColumn);
         for (const auto& [column, alias, nullLiteral, isNew] : text.columns)
             columns.push_back({column.name, column.type, column.nullable});
     });

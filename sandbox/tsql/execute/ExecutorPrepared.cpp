@@ -32,7 +32,7 @@ std::string Executor::textArgument(const Execute& call, std::size_t at, std::str
     TypedValue given = evaluate(*call.arguments[at].value);
     if (isNull(given.value)) return {};
     if (!isNational(given.type.id))
-        throw sqlError(message::kWrongParameterType, {parameter, "ntext/nchar/nvarchar"},
+        throw sqlError(kWrongParameterType, {parameter, "ntext/nchar/nvarchar"},
                        parameter == "@params" ? 3 : 2);
     return std::move(std::get<std::string>(given.value));
 }
@@ -48,7 +48,7 @@ std::int64_t Executor::integerArgument(const Execute& call, std::size_t at) {
 // sp_executesql @statement, @declarations, values ...
 void Executor::executeSql(const Execute& call, const std::string& database) {
     if (call.arguments.empty() || !call.arguments.front().value)
-        throw sqlError(message::kMissingParameter, {"sp_executesql", "@statement"}, 10);
+        throw sqlError(kMissingParameter, {"sp_executesql", "@statement"}, 10);
     runStatement({textArgument(call, 0, "@statement"), textArgument(call, 1, "@params")}, call, 2, database);
 }
 
@@ -75,7 +75,7 @@ void Executor::runStatement(const PreparedText& text, const Execute& call, std::
 
 Executor::PreparedText Executor::textToPrepare(const Execute& call) {
     if (call.arguments.size() <= kStatementAt)
-        throw sqlError(message::kMissingParameter, {call.procedure.name, "@stmt"});
+        throw sqlError(kMissingParameter, {call.procedure.name, "@stmt"});
     return {textArgument(call, kStatementAt, "@stmt"), textArgument(call, kDeclarationsAt, "@params")};
 }
 
@@ -83,7 +83,7 @@ Executor::PreparedText Executor::textToPrepare(const Execute& call) {
 const Executor::PreparedText& Executor::keepStatement(const Execute& call) {
     PreparedText text = textToPrepare(call);
     m_prepared.erase(integerArgument(call, kHandleAt));
-    if (m_prepared.size() >= kMostStatements) throw sqlError(message::kInsufficientMemory);
+    if (m_prepared.size() >= kMostStatements) throw sqlError(kInsufficientMemory);
     ++m_lastHandle;
     if (const Argument& handle = call.arguments[kHandleAt]; handle.output)
         setVariable(std::get<VariableRef>(handle.value->node).name, m_lastHandle, simpleType(TypeId::Int));
@@ -100,7 +100,7 @@ void Executor::prepare(const Execute& call, const std::string& database) {
             report(messageOf(error, error.line, error.procedure));
             m_error = error.number;
         }
-    if (m_error != 0) throw sqlError(message::kStatementNotPrepared);
+    if (m_error != 0) throw sqlError(kStatementNotPrepared);
     keepStatement(call);
 }
 
@@ -112,8 +112,7 @@ void Executor::prepareAndExecute(const Execute& call, const std::string& databas
 void Executor::executePrepared(const Execute& call, const std::string& database) {
     const std::int64_t handle = integerArgument(call, kHandleAt);
     const auto found = m_prepared.find(handle);
-    if (found == m_prepared.end())
-        throw sqlError(message::kPreparedStatementNotFound, {std::to_string(handle)});
+    if (found == m_prepared.end()) throw sqlError(kPreparedStatementNotFound, {std::to_string(handle)});
     const PreparedText text = found->second;
     runStatement(text, call, kHandleAt + 1, database);
 }

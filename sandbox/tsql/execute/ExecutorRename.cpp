@@ -17,7 +17,7 @@ std::string sourceOf(const ObjectInfo& key, const TableInfo& table, const std::v
 }
 
 bool isIndex(const ObjectInfo& key) {
-    return key.type == objectType::kIndex || isUniqueKey(key);
+    return key.type == kIndex || isUniqueKey(key);
 }
 
 bool replaceName(std::vector<std::string>& names, std::string_view name, const std::string& newName) {
@@ -33,7 +33,7 @@ bool replaceName(std::vector<std::string>& names, std::string_view name, const s
 // keeps its text, which has its old name.
 void Executor::place(Catalogue& owner, ObjectInfo object, const std::string& schema,
                      const std::string& name) {
-    const bool isTable = object.type == objectType::kTable;
+    const bool isTable = object.type == kTable;
     auto references = isTable ? owner.keysTo(object.id) : std::vector<ObjectInfo>();
     object.schemaName = schema;
     object.name = name;
@@ -53,19 +53,19 @@ void Executor::run(const TransferObject& transfer) {
     define({}, [&](Catalogue& owner) {
         const auto schema = owner.schemaNamed(transfer.schema);
         if (!schema || schema->isOfSystem)
-            throw sqlError(message::kSecurableNotFound, {"alter", "schema", transfer.schema});
+            throw sqlError(kSecurableNotFound, {"alter", "schema", transfer.schema});
         const auto moved = object(transfer.object);
         if (!moved || moved->parent != 0 || !transfer.object.database.empty())
-            throw sqlError(message::kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
+            throw sqlError(kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
         if (sameText(moved->schemaName, schema->name)) return;
         const auto move = [&](const ObjectInfo& each) {
             if (owner.find(storedName(schema->name, each.name)))
-                throw sqlError(message::kTransferNameTaken, {each.name});
+                throw sqlError(kTransferNameTaken, {each.name});
             place(owner, each, schema->name, each.name);
         };
         move(*moved);
         for (const auto& key : owner.keysOf(moved->id))
-            if (key.type != objectType::kIndex) move(key);
+            if (key.type != kIndex) move(key);
         for (const auto& trigger : owner.triggersOf(moved->id)) move(trigger);
     });
 }
@@ -73,19 +73,19 @@ void Executor::run(const TransferObject& transfer) {
 // sp_rename: without a type, an object, an index or a column.
 int Executor::rename(const Frame& frame) {
     const std::string type = frame.text("@objtype"), newName = frame.text("@newname");
-    if (newName.empty()) throw sqlError(message::kParameterIsNull, {"@newname"});
+    if (newName.empty()) throw sqlError(kParameterIsNull, {"@newname"});
     constexpr std::string_view kTypes[] = {"OBJECT",   "INDEX",      "COLUMN",
                                            "DATABASE", "STATISTICS", "USERDATATYPE"};
     const auto isType = [&](std::string_view each) { return type.empty() || sameWord(each, type); };
     const auto* known = std::ranges::find_if(kTypes, isType);
-    if (known == std::end(kTypes)) throw sqlError(message::kUnknownRenameType, {type});
+    if (known == std::end(kTypes)) throw sqlError(kUnknownRenameType, {type});
     if (known - kTypes > 2) throw unsupported("sp_rename of the type '" + type + "'");
     ObjectName name = parseObjectName(frame.text("@objname"));
     const ObjectName parent{frame.database, name.database, name.schema};
     if (isTemporaryName(name.name) || isTemporaryName(parent.name) || isTemporaryName(newName))
         throw unsupported("sp_rename of a temporary table");
     const bool isHere = name.database.empty() || sameText(name.database, frame.database);
-    if (!isHere && sameWord(type, "OBJECT")) throw sqlError(message::kOtherDatabase);
+    if (!isHere && sameWord(type, "OBJECT")) throw sqlError(kOtherDatabase);
     name.database = frame.database;
     define(name, [&](Catalogue& owner) {
         if (isType("OBJECT") && isHere)
@@ -96,26 +96,25 @@ int Executor::rename(const Frame& frame) {
                 return renameObject(owner, key, newName);
         if (table && isType("COLUMN") && table->column(name.name))
             return renameColumn(owner, *table, *table->column(name.name), newName);
-        if (!isType("OBJECT")) throw sqlError(message::kAmbiguousItem, {type});
-        throw sqlError(message::kItemNotFound, {frame.text("@objname"), frame.database,
-                                                type.empty() ? "(null)" : std::string_view(type)});
+        if (!isType("OBJECT")) throw sqlError(kAmbiguousItem, {type});
+        throw sqlError(kItemNotFound, {frame.text("@objname"), frame.database,
+                                       type.empty() ? "(null)" : std::string_view(type)});
     });
-    inform(message::kRenameCaution);
+    inform(kRenameCaution);
     return 0;
 }
 
 void Executor::renameObject(Catalogue& owner, const ObjectInfo& object, const std::string& newName) {
     const std::string_view type = object.type;
-    if (type == objectType::kFunction || type == objectType::kTableFunction || type == objectType::kSequence)
+    if (type == kFunction || type == kTableFunction || type == kSequence)
         throw unsupported("sp_rename of a function or sequence");
     const auto taken = owner.find(storedName(object.schemaName, newName));
-    if (taken && taken->id != object.id && type != objectType::kIndex)
-        throw sqlError(message::kNewNameInUse, {newName, "object"});
+    if (taken && taken->id != object.id && type != kIndex) throw sqlError(kNewNameInUse, {newName, "object"});
     for (const auto& other : owner.keysOf(object.parent))
         if (isIndex(object) && isIndex(other) && other.id != object.id && sameText(other.name, newName))
-            throw sqlError(message::kNewNameInUse, {newName, "INDEX"});
+            throw sqlError(kNewNameInUse, {newName, "INDEX"});
     place(owner, object, object.schemaName, newName);
-    if (object.parent == 0 || type == objectType::kTrigger) return;
+    if (object.parent == 0 || type == kTrigger) return;
     const TableInfo table = owner.tableOf(*owner.findById(object.parent));
     renameIndex(table, object.name, newName);
     redefine(owner, table);  // which names checks and foreign keys
@@ -126,15 +125,14 @@ void Executor::renameColumn(Catalogue& owner, const TableInfo& table, TableColum
     const std::string name = column.name;
     const auto refuseUse = [&](const auto& columns) {
         if (std::ranges::any_of(columns, [&](const auto& each) { return sameText(each, name); }))
-            throw sqlError(message::kRenamedHasDependents, {table.qualifiedName() + "." + name});
+            throw sqlError(kRenamedHasDependents, {table.qualifiedName() + "." + name});
     };
-    if (table.column(newName) && !sameText(name, newName))
-        throw sqlError(message::kNewNameInUse, {newName, "COLUMN"});
+    if (table.column(newName) && !sameText(name, newName)) throw sqlError(kNewNameInUse, {newName, "COLUMN"});
     for (const auto& other : table.columns)
         if (!other.computed.empty()) refuseUse(computed(table, other).columns);
     for (const auto& key : owner.keysOf(table.id)) {
-        if (key.type == objectType::kCheck) refuseUse(key.columns);
-        if (key.type == objectType::kIndex && !key.stored.empty()) refuseUse(filterColumns(table, key));
+        if (key.type == kCheck) refuseUse(key.columns);
+        if (key.type == kIndex && !key.stored.empty()) refuseUse(filterColumns(table, key));
     }
     for (auto& key : owner.keysTo(table.id)) {
         auto columns = referencedColumns(owner, key);

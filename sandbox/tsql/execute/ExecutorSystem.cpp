@@ -60,10 +60,10 @@ std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_
     const std::string owner = frame.text("@lockowner");
     const auto known = lockModeNamed(mode);
     const bool ofTransaction = sameWord(owner, "Transaction");
-    const int wrong = !known                                            ? message::kInvalidAppLockMode
-                      : !ofTransaction && !sameWord(owner, "Session")   ? message::kInvalidAppLockOwner
-                      : !sameWord(frame.text("@dbprincipal"), "public") ? message::kInvalidAppLockPrincipal
-                      : ofTransaction && m_transactions == 0            ? message::kTransactionRequired
+    const int wrong = !known                                            ? kInvalidAppLockMode
+                      : !ofTransaction && !sameWord(owner, "Session")   ? kInvalidAppLockOwner
+                      : !sameWord(frame.text("@dbprincipal"), "public") ? kInvalidAppLockPrincipal
+                      : ofTransaction && m_transactions == 0            ? kTransactionRequired
                                                                         : 0;
     if (wrong) {
         afterError(messageOf(sqlError(wrong, {frame.procedure}), m_line), /*raised=*/true);
@@ -85,7 +85,7 @@ int Executor::releaseAppLock(const Frame& frame) {
     const auto lock = appLock(frame, "Exclusive");
     if (!lock) return kWrongCall;
     if (m_locks.release(lock->resource, this, lock->ofTransaction)) return 0;
-    afterError(messageOf(sqlError(message::kAppLockNotHeld, {frame.text("@resource")}), m_line),
+    afterError(messageOf(sqlError(kAppLockNotHeld, {frame.text("@resource")}), m_line),
                /*raised=*/true);
     return kWrongCall;
 }

@@ -308,7 +308,7 @@ ObjectName Parser::tableName() {
     const Token& name = takeToken();
     throwIfAt(".", "methods of xml");
     if (!m_declaredTables.contains(name.raw))
-        throw SyntaxError(sqlError(message::kUndeclaredTableVariable, {name.raw}), name.line);
+        throw SyntaxError(sqlError(kUndeclaredTableVariable, {name.raw}), name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 
