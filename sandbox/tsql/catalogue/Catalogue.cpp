@@ -35,6 +35,11 @@ std::vector<std::string> namesOf(std::string_view list) {
 
 }  // namespace
 
+void requireColumnName(std::string_view column) {
+    if (column.empty()) throw sqlError(message::kMissingColumnName);
+    if (column.find(", ") != column.npos) throw unsupported("a column name with a comma and a blank");
+}
+
 std::string_view storageClass(const SqlType& type) {
     if (isBinary(type.id) || isWide(type)) return "BLOB";
     if (isExact(type.id)) return "INTEGER";

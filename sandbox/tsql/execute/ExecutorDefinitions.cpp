@@ -68,8 +68,7 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
-    if (definition.name.find(", ") != std::string::npos)  // separates names in the catalogue's lists
-        throw unsupported("a column name with a comma and a blank");
+    requireColumnName(definition.name);
     TableColumn column{definition.name, definition.type, !definition.identity,
                        definition.identity.has_value()};
     for (const auto* constraint : allConstraints(create))
@@ -532,6 +531,7 @@ void Executor::run(const AlterTable& alter) {
 }
 
 void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create) {
+    if (create.name.empty()) throw sqlError(kMissingColumnName);
     ObjectInfo index{0, create.name, std::string(kIndex), table.id, create.filterText};
     refuseSecondIndex(catalogue.keysOf(table.id), create.name, table);
     if (create.unique) index.source = kUniqueIndex;

@@ -127,6 +127,7 @@ void Executor::renameColumn(Catalogue& owner, const TableInfo& table, TableColum
         if (std::ranges::any_of(columns, [&](const auto& each) { return sameText(each, name); }))
             throw sqlError(kRenamedHasDependents, {table.qualifiedName() + "." + name});
     };
+    requireColumnName(newName);
     if (table.column(newName) && !sameText(name, newName)) throw sqlError(kNewNameInUse, {newName, "COLUMN"});
     for (const auto& other : table.columns)
         if (!other.computed.empty()) refuseUse(computed(table, other).columns);

@@ -143,3 +143,10 @@ SELECT 1 AS [a, b] INTO Commas --> Msg 50000, Level 16, State 1, Line 1: tsqlbox
 CREATE TABLE Commas ([a,b] int, c int, PRIMARY KEY ([a,b], c))
 SELECT COL_NAME(OBJECT_ID('Commas'), key_ordinal) FROM sys.index_columns WHERE object_id = OBJECT_ID('Commas') --> - nvarchar(128)? = a,b; c (2 rows)
 ALTER TABLE Commas ADD [, ] int --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
+CREATE TABLE Named (a int) -->
+EXEC sp_rename 'Named.a', 'a, b', 'COLUMN' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
+CREATE TABLE [] (a int) --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+SELECT 1 AS a INTO [] --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+CREATE PROCEDURE dbo.[] AS SELECT 1 --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+CREATE INDEX [] ON Named (a) --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+ALTER TABLE Named ADD [] int --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
