@@ -76,6 +76,13 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         {"sDVHOSTNAME", "sOther", "FAILED   host name: "},
         {"[host]", "stray = 1\n[host]", "warning  store content: line "},
         {"strictQueryTool", "strictQueryTools", "warning  strict query tool: off"},
+        {"strictQueryTool = 1", "strictQueryTool = 7",
+         "FAILED   store value: host.strictQueryTool is '7', not a number from 0 to 1"},
+        {"[host]", "[host]\nrequireSael = 1",
+         "warning  store value: host.requireSael is no setting and has no effect\n"
+         "         -> Did you mean host.requireSeal?"},
+        {"[host]", "[host]\ndebugLogLevel = 'all'",
+         "FAILED   store value: host.debugLogLevel is 'all', not a number from 0 to 3"},
         {"[host]", "[host", "FAILED   store: "},
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
         {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},

@@ -185,6 +185,7 @@ TEST_F(Installation, ShowsAndChangesItsValues) {
         {{"config", "set", "Base.nPLATTYP", "1"}, 2, "", "is not a value of the store"},
         {{"config", "set", "Base.nPLATTYPE", "1x"}, 2, "", "whole number"},
         {{"config", "set", "Base.nPLATTYPE", "2147483648"}, 2, "", "whole number"},
+        {{"config", "set", "host.requireSeal", "2"}, 2, "", "host.requireSeal is a whole number from 0 to 1"},
         {{"config", "set", "Base.dBASEHOME", "relative"}, 2, "", "absolute path"},
         {{"config", "set", "Base.sVERSION", "50%"}, 2, "", "written twice"},
         {{"config", "set", "Base.sVERSION", "a\nb"}, 2, "", "control character"},

@@ -7,6 +7,10 @@
 #include "doctor/CheckList.h"
 #include "installation/Installation.h"
 
+// Checks the store's file and folder.
+void checkStore(CheckList& list);
+// Checks values that programs replace by a default, or ignore, without a message.
+void checkStoreValues(CheckList& list);
 // Checks the values of the store that say which components are installed.
 void checkComponents(CheckList& list);
 // Checks the folders, the room on their disks and the number of files that this process may open.

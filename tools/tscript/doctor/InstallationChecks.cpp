@@ -1,16 +1,13 @@
-// Checks of what is installed on this host: store, key, ODBC driver, query tool.
+// Checks of what is installed on this host: key, ODBC driver, query tool.
 #include <sql.h>
 #include <sqlext.h>
 #include <sys/stat.h>
 
 #include <array>
-#include <charconv>
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
 
-#include "DVUtilities/commonFunc.h"
 #include "HostSettings.h"
 #include "HostSetup.h"
 #include "doctor/CheckList.h"
@@ -24,72 +21,7 @@
 
 namespace {
 
-constexpr const char* kReference = "docs/configuration.md describes the store.";
-
-// ---- Store and key -------------------------------------------------------------------------------------
-
-void checkStore(CheckList& list) {
-    const hostlayer::StoreReport store = hostlayer::inspectStore();
-    if (!store.isInForce || !store.problem.empty())
-        return list.addFailure("store", ExitCode::kInstallation, store.problem,
-                               std::string("Name the store with --store or ZEPHRA_REGISTRY. ") + kReference);
-    list.addGood("store", store.path);
-    for (const std::string& oddity : store.oddities) list.addWarning("store content", oddity, kReference);
-    for (const FileOfRuns& file : filesOfRuns())
-        if (canStrangersChange(file.path))
-            list.addFailure(std::string(file.name) + " mode", ExitCode::kInstallation,
-                            "every user can change " + file.path, "Set its mode: chmod o-w " + file.path);
-    const std::string folder = std::filesystem::absolute(store.path).parent_path().string();
-    if (canStrangersReplaceFilesIn(folder))
-        list.addFailure("store folder", ExitCode::kInstallation, "every user can replace files in " + folder,
-                        "Set its mode: chmod o-w " + folder);
-    if (storeText("Dorvase", "sDVHOSTNAME").empty())
-        list.addFailure("host name", ExitCode::kInstallation, "the store does not name this host",
-                        "Set it: tscript config set Dorvase.sDVHOSTNAME NAME");
-}
-
-// Numbers that programs ignore or replace by a default, without a message, when they are out of range.
-struct NumberCheck {
-    const char* key;  // "host": a setting of the host layer
-    const char* value;
-    std::int64_t smallest;
-    std::int64_t largest;
-};
-
-constexpr NumberCheck kNumbers[] = {
-    {"host", "loginTimeout", 0, 2147483647},      {"Database", "nSQLAuthType", 0, 1},
-    {"Database", "nSQLAuthType_Dorvas", 0, 1},    {"Database", "nSQLAuthType_NQ2", 0, 1},
-    {"Database", "nSQLAuthType_WFEngine", 0, 1},  {"Database", "nSQLAuthType_VTCloud", 0, 1},
-    {"Database", "nSQLAuthType_HistoryDB", 0, 1}, {"host", "runRecordOutput", 0, 8388608},
-    {"host", "runRecordsKeep", 0, 2147483647},    {"host", "runRecordDays", 0, 36500},
-    {"host", "networkTimeout", 0, 2147483647},
-};
-
-// The value as text; empty if the store does not have it.
-std::string numberText(const NumberCheck& number) {
-    if (std::string_view(number.key) == "host") return hostlayer::hostSetting(number.value, "");
-    const std::string text = storeText(number.key, number.value);
-    unsigned int stored = 0;
-    std::string ignored;
-    const bool isNumber =
-        GetRegistryItemValue("", number.key, number.value, &stored, /*text=*/nullptr, ignored);
-    return isNumber ? std::to_string(stored) : text;
-}
-
-void checkNumber(CheckList& list, const NumberCheck& number) {
-    const std::string text = numberText(number);
-    if (text.empty()) return;
-    std::int64_t parsed = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, parsed);
-    const bool isNumber = error == std::errc() && stop == end;
-    if (isNumber && parsed >= number.smallest && parsed <= number.largest) return;
-    const std::string name = std::string(number.key) + "." + number.value;
-    list.addFailure("store value", ExitCode::kInstallation,
-                    name + " is '" + text + "', not a number from " + std::to_string(number.smallest) +
-                        " to " + std::to_string(number.largest),
-                    "Set it: tscript config set " + name + " NUMBER");
-}
+// ---- Key ---------------------------------------------------------------------------------------------
 
 std::string keyAdvice(const std::string& file) {
     if (file.empty()) return "Set it: tscript config set host.cipherKeyFile FILE";
@@ -207,7 +139,7 @@ void checkQueryTool(CheckList& list) {
 void checkInstallation(CheckList& list) {
     checkStore(list);
     if (list.hasFailed("store")) return list.addSkipped("everything else", "not checked without the store");
-    for (const NumberCheck& number : kNumbers) checkNumber(list, number);
+    checkStoreValues(list);
     checkKey(list);
     checkFolders(list);
     checkDriver(list);
