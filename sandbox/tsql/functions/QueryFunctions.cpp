@@ -147,18 +147,6 @@ std::vector<std::pair<std::string, int>> typeNumbers() {
     return all;
 }
 
-Value runNameOfType(const SqlCall& call) {
-    for (const auto& [name, id] : typeNumbers())
-        if (id == call.integer(0)) return name;
-    return Null{};
-}
-
-Value runIdOfType(const SqlCall& call) {
-    for (const auto& [name, id] : typeNumbers())
-        if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
-    return Null{};
-}
-
 constexpr auto kReach = Nulls::Reach;
 
 const ScalarFunction kQueryTable[] = {
@@ -225,8 +213,18 @@ const ScalarFunction kQueryTable[] = {
      }},
     {"ts_on_delete", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
     {"ts_on_update", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
-    {"ts_name_of_type", runNameOfType},
-    {"ts_id_of_type", runIdOfType},
+    {"ts_name_of_type",
+     [](const SqlCall& call) -> Value {
+         for (const auto& [name, id] : typeNumbers())
+             if (id == call.integer(0)) return name;
+         return Null{};
+     }},
+    {"ts_id_of_type",
+     [](const SqlCall& call) -> Value {
+         for (const auto& [name, id] : typeNumbers())
+             if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
+         return Null{};
+     }},
     {"ts_type_name", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
     {"ts_type_id", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
     {"ts_type_family", runTypeFact<familyOf>},

@@ -26,6 +26,7 @@ class SqlCall {
         const auto* integer = std::get_if<std::int64_t>(&m_arguments[i]);
         return integer ? static_cast<double>(*integer) : std::get<double>(m_arguments[i]);
     }
+    DatePart datePart() const { return static_cast<DatePart>(integer(0)); }
     SqlType type(std::size_t i) const { return decodeType(integer(i)); }
     SqlType resultType() const { return type(count() - 1); }
     DateTime dateTime(std::size_t i) const { return fromStorage(text(i)); }

@@ -71,10 +71,6 @@ Value runOnText(const SqlCall& call) {
     return std::string(function(call.text(0)));
 }
 
-Value runLen(const SqlCall& call) {
-    return static_cast<std::int64_t>(characterCount(trimRight(call.text(0))));
-}
-
 // (value, type); size in bytes in SQL Server
 Value runDataLength(const SqlCall& call) {
     const SqlType type = call.type(1);
@@ -95,16 +91,13 @@ Value runSubstring(const SqlCall& call) {
     return Bytes(bytes.substr(std::min(first, bytes.size()), count));
 }
 
-Value runLeft(const SqlCall& call) {
-    if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
-    return std::string(characters(call.text(0), 0, static_cast<std::size_t>(call.integer(1))));
-}
-
-Value runRight(const SqlCall& call) {
-    if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfFunction, {"right"});
+template <bool right>
+Value runSide(const SqlCall& call) {
+    const int error = right ? message::kInvalidLengthOfFunction : message::kInvalidLengthOfSubstring;
+    if (call.integer(1) < 0) throw sqlError(error, {"right"});
     const std::size_t count = characterCount(call.text(0));
     const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
-    return std::string(characters(call.text(0), count - kept, kept));
+    return std::string(characters(call.text(0), right ? count - kept : 0, kept));
 }
 
 // (string, part, replacement, result type)
@@ -333,11 +326,12 @@ Value runHashBytes(const SqlCall& call) {
 }
 
 const FunctionInfo kTextTable[] = {
-    {"len", "T", countType, runLen},
+    {"len", "T", countType,
+     [](const SqlCall& call) -> Value { return std::int64_t(characterCount(trimRight(call.text(0)))); }},
     {"datalength", "A#", countType, runDataLength},
     {"substring", "SII", partOfText, runSubstring},
-    {"left", "TI", partOfText, runLeft},
-    {"right", "TI", partOfText, runRight},
+    {"left", "TI", partOfText, runSide<false>},
+    {"right", "TI", partOfText, runSide<true>},
     {"upper", "T", sameText, runOnText<toUpper>},
     {"lower", "T", sameText, runOnText<toLower>},
     {"ltrim", "T", sameText, runOnText<trimLeft>},
