@@ -162,7 +162,6 @@ void Executor::fire(const ObjectInfo& trigger, const Firing& firing) {
         module({firing.table.database, trigger.schemaName, trigger.name, m_line}, objectType::kTrigger);
     Frame frame(*stored);
     frame.firing = &firing;
-    frame.declare(*stored->module);
     const int line = m_line;
     const Temporarily aborts(m_settings.abortOnError, true);
     const Temporarily mayCommit(m_fewestTransactions, 0);

@@ -16,11 +16,6 @@ Value runNow(const SqlCall& call) {
     return toStorage(call.context().now().*clock, call.type(0));
 }
 
-// (part, number, value, type)
-Value runDateAdd(const SqlCall& call) {
-    return toStorage(dateAdd(call.datePart(), call.integer(1), call.dateTime(2), call.type(3)), call.type(3));
-}
-
 // (part, start, end)
 template <typename Number>
 Value runDateDiff(const SqlCall& call) {
@@ -86,7 +81,11 @@ const FunctionInfo kDateTable[] = {
     {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
-    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; }, runDateAdd},
+    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; },
+     [](const SqlCall& call) -> Value {  // (part, number, value, type)
+         const SqlType type = call.type(3);
+         return toStorage(dateAdd(call.datePart(), call.integer(1), call.dateTime(2), type), type);
+     }},
     {"datediff", "PDD", TypeId::Int, runDateDiff<std::int32_t>},
     {"datediff_big", "PDD", TypeId::BigInt, runDateDiff<std::int64_t>},
     {"datepart", "PD", TypeId::Int, runOfDate<datePart>},

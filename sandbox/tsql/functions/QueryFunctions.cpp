@@ -150,20 +150,19 @@ std::vector<std::pair<std::string, int>> typeNumbers() {
 constexpr auto kReach = Nulls::Reach;
 
 const ScalarFunction kQueryTable[] = {
-    {"ts_variable", [](const SqlCall& call) { return call.context().session().variableValue(call.text(0)); },
-     kReach, Purity::Varying},
+    {"ts_variable", [](const SqlCall& call) { return call.session().variableValue(call.text(0)); }, kReach,
+     Purity::Varying},
     {"ts_call",  // (database, key, argument...); a user-defined function
      [](const SqlCall& call) {
-         return call.context().session().callFunction(call.text(0), call.text(1),
-                                                      call.arguments().subspan(2));
+         return call.session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
      },
      kReach, Purity::Varying},
     {"ts_next_value",  // (database, id of a sequence)
-     [](const SqlCall& call) { return call.context().session().nextValue(call.text(0), call.integer(1)); },
-     kReach, Purity::Varying},
+     [](const SqlCall& call) { return call.session().nextValue(call.text(0), call.integer(1)); }, kReach,
+     Purity::Varying},
     {"ts_next_identity",  // (schema, table, increment, type)
      [](const SqlCall& call) {
-         const auto next = call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
+         const auto next = call.session().nextIdentity(call.text(0), call.text(1), call.integer(2));
          if (fits(next, call.type(3))) return Value(next);
          throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(3).id)}, 1);
      },

@@ -16,6 +16,7 @@ class SqlCall {
     }
 
     FunctionContext& context() const { return m_context; }
+    FunctionSession& session() const { return m_context.session(); }
     std::size_t count() const { return m_count; }
     const CellView& operator[](std::size_t i) const { return m_arguments[i]; }
     std::span<const CellView> arguments() const { return {m_arguments.data(), m_count}; }

@@ -204,11 +204,6 @@ Value runReverse(const SqlCall& call) {
     return result;
 }
 
-Value runChar(const SqlCall& call) {
-    if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
-    return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
-}
-
 Value runNChar(const SqlCall& call) {
     const std::int64_t unit = call.integer(0);
     if (unit < 0 || unit > 0xFFFF) return Null{};
@@ -346,7 +341,11 @@ const FunctionInfo kTextTable[] = {
     {"space", "I", varcharType(kLongest),
      [](const SqlCall& call) { return repeated(" ", call.integer(0), kLongest); }},
     {"reverse", "T", sameText, runReverse},
-    {"char", "I", SqlType{TypeId::Char, 1, 0, 0}, runChar},
+    {"char", "I", SqlType{TypeId::Char, 1, 0, 0},
+     [](const SqlCall& call) -> Value {
+         if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
+         return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
+     }},
     {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},
     {"ascii", "T", TypeId::Int, runAscii},
     {"unicode", "T", TypeId::Int, runUnicode},

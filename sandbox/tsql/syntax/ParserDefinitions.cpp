@@ -438,9 +438,10 @@ Statement::Node createModule(Parser& in, CreateModule module) {
         module.columns = in.columnNames();
     if (module.function) {
         in.expect("RETURNS");
-        if (in.atVariable()) in.throwUnsupported("table-valued functions of several statements");
-        isQuery = in.accept("TABLE");
-        if (!isQuery) module.returns = in.type(TypeUse::Declaration);
+        if (in.atVariable()) module.rows = in.declaration(false);
+        if (module.rows && !module.rows->table) in.throwSyntaxError();
+        isQuery = !module.rows && in.accept("TABLE");
+        if (!isQuery && !module.rows) module.returns = in.type(TypeUse::Declaration);
     }
     moduleOptions(in);
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
