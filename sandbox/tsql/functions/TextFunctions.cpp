@@ -213,19 +213,6 @@ Value runNChar(const SqlCall& call) {
     return result;
 }
 
-Value runAscii(const SqlCall& call) {
-    std::string_view text = call.text(0);
-    if (text.empty()) return Null{};
-    return std::int64_t{codePage1252(nextCharacter(text))};
-}
-
-// The first UTF-16 unit of the character.
-Value runUnicode(const SqlCall& call) {
-    const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
-    if (wire.empty()) return Null{};
-    return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
-}
-
 std::string fixedPoint(double value, std::int64_t decimals) {
     const double power = std::pow(10.0, static_cast<double>(decimals));
     const double rounded = std::fabs(value) < 1e15 ? std::round(value * power) / power : value;
@@ -347,8 +334,17 @@ const FunctionInfo kTextTable[] = {
          return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
      }},
     {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},
-    {"ascii", "T", TypeId::Int, runAscii},
-    {"unicode", "T", TypeId::Int, runUnicode},
+    {"ascii", "T", TypeId::Int,
+     [](const SqlCall& call) {
+         std::string_view text = call.text(0);
+         return text.empty() ? Value(Null{}) : Value(std::int64_t{codePage1252(nextCharacter(text))});
+     }},
+    {"unicode", "T", TypeId::Int,  // the first UTF-16 unit of the character
+     [](const SqlCall& call) -> Value {
+         const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
+         if (wire.empty()) return Null{};
+         return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
+     }},
     {"str", "F[II", strText, runStr},
     {"concat", "TT*", joinedText, writeConcat},
     {"concat_ws", "TTT*=", joinedText, runConcatWs, Nulls::Reach},

@@ -58,8 +58,11 @@ std::string distinctSetOperation(SetOp op, const std::string& left, const std::s
                         text);
 }
 
-// Whether the SQL uses one of the first sources to which nextAlias() has given an alias.
-bool usesSource(const std::string& sql, int sources) {
+// Whether the SQL uses, outside of its strings, one of the first sources to which nextAlias() has given an
+// alias.
+bool usesSource(std::string sql, int sources) {
+    bool quoted = false;
+    std::erase_if(sql, [&](char c) { return (quoted = quoted != (c == '\'')); });
     for (; sources > 0 && sql.find("s" + std::to_string(sources) + ".") == std::string::npos;) --sources;
     return sources > 0;
 }

@@ -63,6 +63,8 @@ SELECT l.n, a.n FROM leaves l JOIN above(1) a ON a.n > l.n ORDER BY 1, 2
 SELECT n FROM tree('x')
 --> n int? | n int? = 0 | 2; 0 | 3; 1 | 2; 1 | 3; 2 | 3 (5 rows)
 --> Msg 245, Level 16, State 1, Line 2: Conversion failed when converting the varchar value 'x' to data type int.
+CREATE FUNCTION parts (@list nvarchar(99), @by nchar(1)) RETURNS @r TABLE (place int IDENTITY, part nvarchar(99)) AS BEGIN INSERT @r (part) SELECT value FROM STRING_SPLIT(@list, @by) RETURN END -->
+SELECT i.id, p.place, p.part FROM item i, dbo.parts('s1.x.''s2.', '.') p WHERE p.place = i.id ORDER BY 1 --> id int | place int* | part nvarchar(99)? = 1 | 1 | s1; 2 | 2 | x; 3 | 3 | 's2 (3 rows)
 -- the catalogue
 SELECT name, type, type_desc FROM sys.objects WHERE type IN ('TF', 'IF') ORDER BY name
 SELECT p.name, parameter_id, TYPE_NAME(user_type_id) t FROM sys.parameters p WHERE object_id = OBJECT_ID('cheap', 'TF')
@@ -71,7 +73,8 @@ SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE
 --> above | IF | SQL_INLINE_TABLE_VALUED_FUNCTION
 --> cheap | TF | SQL_TABLE_VALUED_FUNCTION
 --> fails | TF | SQL_TABLE_VALUED_FUNCTION
---> tree | TF | SQL_TABLE_VALUED_FUNCTION (4 rows)
+--> parts | TF | SQL_TABLE_VALUED_FUNCTION
+--> tree | TF | SQL_TABLE_VALUED_FUNCTION (5 rows)
 --> name nvarchar(128)? | parameter_id int? | t nvarchar(128)? = @most | 1 | decimal; @word | 2 | nvarchar (2 rows)
 --> ROUTINE_NAME nvarchar(128)? = tree | ROUTINE_TYPE nvarchar(20)? = FUNCTION (1 rows)
 ALTER FUNCTION fails () RETURNS @r TABLE (a int, b int) AS BEGIN INSERT @r VALUES (1, 2) RETURN END -->
