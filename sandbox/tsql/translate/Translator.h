@@ -126,8 +126,7 @@ class Translator {
     // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
-    // SqlError 8158 (too few names), 8159 (too many), `unnamed` and `repeated`, if that is wrong with a
-    // column.
+    // SqlError 8158 (too few names), 8159 (too many), `unnamed` (a column without a name) and `repeated`.
     static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
                        int unnamed = message::kUnnamedColumn, int repeated = message::kColumnSpecifiedTwice);
     // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.

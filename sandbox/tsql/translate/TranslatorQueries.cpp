@@ -315,9 +315,10 @@ std::string Translator::limit(const Select* select, const Query& query) {
 // error; SQLite alone would return all rows.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
     const Temporarily outer(m_scope, m_scope ? m_scope->outer : nullptr);
+    const int sources = m_aliases;
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
-    if (usesSource(rows.sql, m_aliases)) throw unsupported("a column as the number of TOP or OFFSET");
+    if (usesSource(rows.sql, sources)) throw unsupported("a column as the number of TOP or OFFSET");
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
@@ -455,10 +456,11 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (!stored && table.arguments) stored = m_names.module(table.name, objectType::kRowsFunction);
     if (!stored && table.arguments) return splitText(table, exposed, applied);
     std::vector<std::string> arguments;
+    const int sources = m_aliases;
     if (table.arguments) arguments = beside(applied, [&] { return argumentsOf(*stored, *table.arguments); });
     if (stored && !stored->module->rows)
         return storedTable(*stored, arguments, exposed, applied && table.arguments);
-    if (std::ranges::any_of(arguments, [&](auto& each) { return usesSource(each, m_aliases); }))
+    if (std::ranges::any_of(arguments, [&](auto& each) { return usesSource(each, sources); }))
         throw unsupported("columns as arguments of a table function of several statements");
     if (stored) info = m_names.calledTable(*stored, arguments, *this);
     const std::string sqlAlias = nextAlias();
@@ -601,9 +603,8 @@ std::string Translator::join(const Join& join) {
     const bool swaps = isNested && !std::holds_alternative<Join>(join.left->node);
     if (isNested && !swaps) right = "(" + right + ")";
     if (swaps) std::swap(left, right);
-    left.append((swaps ? kSwapped : kWords)[static_cast<std::size_t>(join.kind)])
-        .append(" JOIN ")
-        .append(right);
+    const std::string_view word = (swaps ? kSwapped : kWords)[static_cast<std::size_t>(join.kind)];
+    left.append(word).append(" JOIN ").append(right);
     return join.on ? left + " ON " + condition(*join.on) : left;
 }
 

@@ -65,6 +65,7 @@ SELECT n FROM tree('x')
 --> Msg 245, Level 16, State 1, Line 2: Conversion failed when converting the varchar value 'x' to data type int.
 CREATE FUNCTION parts (@list nvarchar(99), @by nchar(1)) RETURNS @r TABLE (place int IDENTITY, part nvarchar(99)) AS BEGIN INSERT @r (part) SELECT value FROM STRING_SPLIT(@list, @by) RETURN END -->
 SELECT i.id, p.place, p.part FROM item i, dbo.parts('s1.x.''s2.', '.') p WHERE p.place = i.id ORDER BY 1 --> id int | place int* | part nvarchar(99)? = 1 | 1 | s1; 2 | 2 | x; 3 | 3 | 's2 (3 rows)
+SELECT n FROM dbo.tree((SELECT MAX(id) FROM item) - 1) t WHERE n > 0 ORDER BY n --> n int? = 1; 2 (2 rows)
 -- the catalogue
 SELECT name, type, type_desc FROM sys.objects WHERE type IN ('TF', 'IF') ORDER BY name
 SELECT p.name, parameter_id, TYPE_NAME(user_type_id) t FROM sys.parameters p WHERE object_id = OBJECT_ID('cheap', 'TF')
