@@ -482,7 +482,8 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
 void checkInFunction(const Statement& statement, const std::string& verb) {
     const auto changesOwnTable = []<typename Node>(const Node& node) {
         if constexpr (std::is_base_of_v<Change, Node>)
-            return node.table.name.starts_with('@') && (!node.output || node.output->into);
+            return targetName(node.table, node.from).name.starts_with('@') &&
+                   (!node.output || node.output->into);
         return false;
     };
     if (std::visit(changesOwnTable, statement.node)) return;

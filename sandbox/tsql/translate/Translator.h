@@ -129,8 +129,6 @@ class Translator {
     // SqlError 8158 (too few names), 8159 (too many), `unnamed` (a column without a name) and `repeated`.
     static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
                        int unnamed = message::kUnnamedColumn, int repeated = message::kColumnSpecifiedTwice);
-    // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
-    static const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);
 
   private:
     struct Scope {

@@ -87,8 +87,11 @@ SELECT dbo.fails() --> Msg 4121, Level 16, State 1, Line 1: Cannot find either c
 DROP PROCEDURE fails --> Msg 3705, Level 16, State 1, Line 1: Cannot use DROP PROCEDURE with 'fails' because 'fails' is a function. Use DROP FUNCTION.
 DROP FUNCTION fails
 SELECT * FROM fails() --> Msg 208, Level 16, State 1, Line 2: Invalid object name 'fails'.
+CREATE FUNCTION aliased () RETURNS @r TABLE (id int, name nvarchar(20)) AS BEGIN INSERT @r (id) VALUES (1), (2), (9) UPDATE r SET name = i.name FROM @r AS r JOIN item i ON i.id = r.id DELETE r FROM @r r LEFT JOIN item i ON i.id = r.id WHERE i.id IS NULL RETURN END -->
+SELECT * FROM aliased() --> id int? | name nvarchar(20)? = 1 | pen; 2 | ink (2 rows)
 -- what is refused
-CREATE FUNCTION side () RETURNS @r TABLE (a int) AS BEGIN INSERT made (id) VALUES (1) RETURN END --> Msg 443, Level 16, State 14, Line 2, Procedure side: Invalid use of a side-effecting operator 'INSERT' within a function.
+CREATE FUNCTION side () RETURNS @r TABLE (a int) AS BEGIN UPDATE i SET name = N'' FROM @r r JOIN item i ON i.id = r.a RETURN END --> Msg 443, Level 16, State 14, Line 2, Procedure side: Invalid use of a side-effecting operator 'UPDATE' within a function.
+CREATE FUNCTION side () RETURNS @r TABLE (a int) AS BEGIN INSERT made (id) VALUES (1) RETURN END --> Msg 443, Level 16, State 14, Line 1, Procedure side: Invalid use of a side-effecting operator 'INSERT' within a function.
 CREATE FUNCTION side () RETURNS @r TABLE (a int) AS BEGIN INSERT @r OUTPUT inserted.a VALUES (1) RETURN END --> Msg 443, Level 16, State 14, Line 1, Procedure side: Invalid use of a side-effecting operator 'INSERT' within a function.
 CREATE FUNCTION side () RETURNS @r TABLE (a int) AS BEGIN CREATE TABLE #t (a int) RETURN END --> Msg 443, Level 16, State 14, Line 1, Procedure side: Invalid use of a side-effecting operator 'CREATE' within a function.
 CREATE FUNCTION side () RETURNS @r TABLE (a int) AS BEGIN RETURN 5 END --> Msg 178, Level 15, State 1, Line 1, Procedure side: A RETURN statement with a return value cannot be used in this context.
