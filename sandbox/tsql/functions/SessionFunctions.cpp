@@ -66,11 +66,6 @@ Value databaseNumber(const SqlCall& call) {
                              call.count() ? std::string(call.text(0)) : call.session().databaseOf({})));
 }
 
-Value databaseProperty(const SqlCall& call) {
-    if (!call.session().storage().exists(call.text(0))) return Null{};
-    return propertyIn(kDatabaseProperties, call.text(1));
-}
-
 Value serverProperty(const SqlCall& call) {
     for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
         if (sameWord(name, call.text(0))) return hostName();
@@ -228,7 +223,12 @@ const FunctionInfo kSessionTable[] = {
     {"host_name", "", kName, client<&FunctionSession::clientHost>, kNulls, kVarying},
     {"app_name", "", kName, client<&FunctionSession::clientProgram>, kNulls, kVarying},
     {"serverproperty", "T", kName, serverProperty, kNulls, kVarying},
-    {"databasepropertyex", "TT", kName, databaseProperty, kNulls, kVarying},
+    {"databasepropertyex", "TT", kName,
+     [](const SqlCall& call) {
+         const bool exists = call.session().storage().exists(call.text(0));
+         return exists ? propertyIn(kDatabaseProperties, call.text(1)) : Value(Null{});
+     },
+     kNulls, kVarying},
     {"is_srvrolemember", "T[T", TypeId::Int, isMember, kNulls, kVarying},
     {"is_member", "T", TypeId::Int, isMember, kNulls, kVarying},
     {"scope_identity", "", decimalType(38, 0),

@@ -85,3 +85,11 @@ SELECT 1 FROM customer c CROSS APPLY (SELECT c.id + 1) x --> Msg 8155, Level 16,
 SELECT 1 FROM customer c CROSS APPLY (SELECT d.id AS a) x --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "d.id" could not be bound.
 SELECT 1 FROM customer c CROSS APPLY (SELECT 1 AS a) x ON 1 = 1 --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'ON'.
 SELECT 1 FROM customer c OUTER JOIN (SELECT 1 AS a) x --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'OUTER'.
+DECLARE @s nvarchar(max) = N'SELECT k.c1 FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 0 AS c0', @i int = 0
+WHILE @i < 126 BEGIN SET @i = @i + 1 SET @s = @s + CONCAT(N', ', @i, N' AS c', @i) END
+DECLARE @t nvarchar(max) = @s + N') k'
+EXEC (@t)
+SET @t = @s + N', 1 AS d) k'
+EXEC (@t)
+--> c1 int = 1 (1 rows)
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of a query with more than 127 columns.
